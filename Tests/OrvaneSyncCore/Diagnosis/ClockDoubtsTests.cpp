@@ -260,7 +260,10 @@ TEST(ClockDoubts, ARecorderThatWasStartedLateIsNoWrongClockOnceTheCamerasWereHea
 
 TEST(ClockDoubts, ClaimsNoClockByChance) {
     int claimed = 0;
-    for (const unsigned seed : test::seeds(200)) {
+    std::vector<unsigned> seeds(1,
+                                47543); // three of five recordings lie under clips at one wrong date and hour
+    std::ranges::copy(test::seeds(200), std::back_inserter(seeds));
+    for (const unsigned seed : seeds) {
         Random random(seed);
         Shot shot;
         const int files = 3 + static_cast<int>(within(random, 0, 40));

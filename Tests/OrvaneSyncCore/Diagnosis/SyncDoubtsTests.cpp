@@ -9,7 +9,9 @@ TEST(SyncDoubts, TwoDaysNeverMixSilently) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     const Date first = *dateFromISO8601("2024-05-17T00:00:00Z");
     int wrongInAll = 0;
-    for (const unsigned seed : test::seeds(20))
+    std::vector<unsigned> seeds(1, 23014); // undated takes that collide have more than half of both in common
+    std::ranges::copy(test::seeds(20), std::back_inserter(seeds));
+    for (const unsigned seed : seeds)
         for (const Dates dates :
              {Dates::all, Dates::none, Dates::half, Dates::headersOnly, Dates::headersFarWest,
               Dates::headersAlone, Dates::wrongRecorder, Dates::wrongCamera}) {

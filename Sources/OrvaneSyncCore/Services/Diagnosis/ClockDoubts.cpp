@@ -142,12 +142,12 @@ class ClockDoubts {
         return OffsetWindow{first - coverSlackSeconds, last + coverSlackSeconds, *start, number};
     }
 
-    /// What brings the recordings under the clips, where it is no chance, also as the best of so many tries.
-    /// `expectedAt` gives, for an offset, how many of the clips that are looked at ought to find sound.
+    /// What brings the recordings under the clips, where chance does that at most so often. `expectedAt`
+    /// gives, for an offset, how many of the clips that are looked at ought to find sound.
     template <class ExpectedAt>
     std::optional<CardOffset> commonOffset(const std::vector<const Shoot::Clip*>& clips,
                                            const std::vector<FilePlace>& sounds, const ExpectedAt& expectedAt,
-                                           std::size_t tries = 1) const {
+                                           double mostChance = chance::smallest) const {
         const std::size_t step = clips.size() * sounds.size() / mostPairs + 1;
         std::vector<OffsetWindow> windows;
         std::vector<const Shoot::Clip*> looked;
@@ -168,7 +168,7 @@ class ClockDoubts {
         if (std::abs(offset) > 1 && std::abs(std::remainder(offset, secondsADay)) <= 1) return std::nullopt;
         const auto byChance = chanceOf(windows, best);
         const double niceShare = isNice ? std::min(1.0, best.widthSeconds / niceOffsetStepSeconds) : 1;
-        if (static_cast<double>(tries) * byChance * niceShare > chance::smallest) return std::nullopt;
+        if (byChance * niceShare > mostChance) return std::nullopt;
         return CardOffset{offset, isNice ? 0 : best.widthSeconds};
     }
 
@@ -181,9 +181,12 @@ class ClockDoubts {
         std::vector<Card> tried = onOtherDays(one.card);
         // Where the date alone is wrong, no hours are to be told.
         if (std::ranges::any_of(tried, [&](const Card& card) { return fitsAsItIs(card); })) return;
+        // A clock whose date and hours are both wrong is so much rarer.
+        const double mostChance =
+            chance::smallest * chance::smallest / static_cast<double>(std::max<std::size_t>(tried.size(), 1));
         for (const bool isForAll : {false, true})
             for (const Card& card : tried)
-                if (offsetAmong(one, card, isForAll, tried.size())) return;
+                if (offsetAmong(one, card, isForAll, mostChance)) return;
     }
     /// The card on the days of clips that it can't meet by its own, the nearest ones.
     std::vector<Card> onOtherDays(const Card& card) const {
@@ -236,7 +239,8 @@ class ClockDoubts {
     }
 
     /// `isForAll`: for all clips, not for those alone that lack sound. Whether there is a doubt.
-    bool offsetAmong(const DoubtedCard& one, const Card& card, bool isForAll, std::size_t tries = 1) {
+    bool offsetAmong(const DoubtedCard& one, const Card& card, bool isForAll,
+                     double mostChance = chance::smallest) {
         std::vector<const Shoot::Clip*> clips;
         for (const Shoot::Clip* clip : isForAll ? clips_ : uncovered_)
             if (mayMeet(card, *clip) && !(one.isPart && doubts_.has(clip->group->id, {Kind::constantOffset})))
@@ -251,7 +255,7 @@ class ClockDoubts {
                 return std::ranges::count_if(
                     looked, [&](const Shoot::Clip* clip) { return isWithin(hours, card, *clip); });
             },
-            tries);
+            mostChance);
         if (!common || (card.movedByDays != 0 && std::abs(common->seconds) >= secondsADay)) return false;
         return addOffset(one, card, *common, isForAll);
     }

@@ -142,7 +142,7 @@ const AudioMatch* collision(const Shoot::Clip& clip, bool areDated) {
     return besideFirst(clip, [&](const auto& a, const auto& b, double common) {
         if ((a.audio->shootDay() && b.audio->shootDay()) != areDated) return false;
         if (areDated) return beginsWhileTheOtherRuns(a, b, common);
-        return haveOneNameAndOtherSound(*a.audio, *b.audio) ||
+        return haveOneNameAndOtherSound(*a.audio, *b.audio) || beginsWhileTheOtherRuns(a, b, common) ||
                common < togetherShare * std::max(a.range.durationSeconds(), b.range.durationSeconds());
     });
 }

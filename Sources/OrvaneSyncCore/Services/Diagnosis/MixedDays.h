@@ -19,8 +19,8 @@ bool givesDateToSeveralShoots(const Shoot& shoot);
 /// One recorder cannot have made two recordings at one time: such files are of several days.
 bool undatedFilesCollide(const Shoot& shoot);
 /// What the recorder of the clip's first recording can't have made beside it, with dates neither or both
-/// (`areDated`). Recorders that roll together start and stop together; where both files have dates, they keep
-/// folders of their own.
+/// (`areDated`). Recorders that roll together start and stop together, or keep folders of their own; the
+/// latter alone counts where both files have dates.
 const AudioMatch* collision(const Shoot::Clip& clip, bool areDated);
 /// The same within one folder, whatever dates there are: one file begins while another one is recorded.
 const AudioMatch* collisionInFolder(const Shoot::Clip& clip);

@@ -258,10 +258,28 @@ TEST(ClockDoubts, ARecorderThatWasStartedLateIsNoWrongClockOnceTheCamerasWereHea
     }
 }
 
+/// A clock that was set anew within a day, on one card.
+TEST(ClockDoubts, RecordingsThatWereHeardInPlaceSayNothingOfTheOthers) {
+    Shot shot;
+    const std::array starts{36307, 36628, 36963, 37312, 37675, 38052};
+    for (std::size_t i = 0; i < starts.size(); ++i) {
+        const int late = i < starts.size() / 2 ? 0 : 3600;
+        shot.videos.push_back(clipAt("/CAM/A" + std::to_string(i) + ".mov", starts.at(i), 10));
+        shot.videos.back().channelCount = 2;
+        shot.audios.push_back(recordingAt("/S/T" + std::to_string(i) + ".wav", starts.at(i) - 3 + late, 20));
+    }
+    shot.diagnose();
+    std::unordered_map<UUID, HeardLag> heard;
+    for (const SoundLag::Pair& pair : SoundLag::pairsToHear(shot.groups)) heard[pair.matchID] = {0};
+    EXPECT_EQ(heard.size(), 3U);
+    shot.doubts = SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard});
+    EXPECT_EQ(shot.count(Kind::constantOffset), 3);
+}
+
 TEST(ClockDoubts, ClaimsNoClockByChance) {
     int claimed = 0;
-    std::vector<unsigned> seeds(1,
-                                47543); // three of five recordings lie under clips at one wrong date and hour
+    // Three of five recordings lie under clips at one wrong date and hour.
+    std::vector<unsigned> seeds(1, 47543);
     std::ranges::copy(test::seeds(200), std::back_inserter(seeds));
     for (const unsigned seed : seeds) {
         Random random(seed);

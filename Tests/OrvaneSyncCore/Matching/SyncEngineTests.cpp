@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 
 #include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
+#include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
 #include "Platform/Text.h"
 #include "Support/Assets.h"
 #include "Support/RandomSeed.h"
@@ -385,6 +386,22 @@ TEST(SyncEngine, clipsStandInTheOrderOfTheirNamesHoweverTheCardsInterlock) {
         });
         for (std::size_t i = 0; i < videos.size(); ++i)
             ASSERT_EQ(groups[i].video.url.path, videos[i].url.path) << "seed " << seed;
+    }
+}
+
+TEST(UnitNearness, isGreaterWithinTheFoldersOfAUnit) {
+    struct Case {
+        std::string clip, own, other;
+    };
+    for (const auto& [clip, own, other] :
+         {Case{"/S/U1/CAM", "/S/U1/SND", "/S/U2/SND"}, Case{"/S/CAM/U1", "/S/SND/U1", "/S/SND/U2"},
+          Case{"/S/A_CAM/0517", "/S/A_SOUND/0517", "/S/B_SOUND/0517"}}) {
+        const auto nearness = [&](const std::string& folder) {
+            return UnitNearness::of(MediaAsset({clip + "/A.mov"}, AssetKind::video),
+                                    MediaAsset({folder + "/T.wav"}, AssetKind::audio));
+        };
+        EXPECT_GT(nearness(own), nearness(other)) << clip;
+        EXPECT_EQ(nearness("/S/SND/X"), nearness("/S/SND/Y")) << clip;
     }
 }
 

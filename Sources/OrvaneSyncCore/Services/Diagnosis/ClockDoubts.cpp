@@ -217,8 +217,9 @@ class ClockDoubts {
     }
     /// The cameras heard the recordings of the card where its timecode lays them: one that begins late or
     /// ends early was started late or ended early, and moving it would be wrong.
-    bool isHeardInPlace(const Card& card) const {
-        if (shoot_.input.heardLags == nullptr) return false;
+    bool isHeardInPlace(const DoubtedCard& one, const Card& card) const {
+        // What lies under no clip was not heard, however the rest of the card was.
+        if (shoot_.input.heardLags == nullptr || one.isPart) return false;
         constexpr double inPlaceSeconds = 0.2; // a camera's own delay, or a nudge
         std::ptrdiff_t heard = 0, inPlace = 0;
         for (const Shoot::Clip& clip : shoot_.clips) {
@@ -245,7 +246,7 @@ class ClockDoubts {
         for (const Shoot::Clip* clip : isForAll ? clips_ : uncovered_)
             if (mayMeet(card, *clip) && !(one.isPart && doubts_.has(clip->group->id, {Kind::constantOffset})))
                 clips.push_back(clip);
-        if (std::cmp_less(clips.size(), explanation::fewest) || isHeardInPlace(card)) return false;
+        if (std::cmp_less(clips.size(), explanation::fewest) || isHeardInPlace(one, card)) return false;
         std::vector<FilePlace> sounds;
         for (const std::size_t file : card.files) sounds.push_back(placeOf(card, file));
         const auto common = commonOffset(

@@ -35,8 +35,9 @@ struct Contender {
     bool endsEarly = false;     ///< a file of it ends before its header says so
     UnitNearness nearness = {}; ///< of what covers most of the clip
 
-    std::pair<std::ptrdiff_t, bool> farness() const {
-        return {-static_cast<std::ptrdiff_t>(nearness.commonFolders), !nearness.haveOneName};
+    std::pair<std::ptrdiff_t, std::ptrdiff_t> farness() const {
+        return {-static_cast<std::ptrdiff_t>(nearness.commonFolders),
+                -static_cast<std::ptrdiff_t>(nearness.commonNames)};
     }
 };
 

@@ -15,19 +15,19 @@ namespace orvane {
 namespace {
 
 /// Without the words for what lies in a folder, which say nothing of whose it is.
-std::set<std::string> piecesOfFolder(std::string_view name) {
+template <class Names>
+std::set<std::string> piecesOfFolders(Names first, Names last) {
     static const std::set<std::string, std::less<>> kinds{"audio", "cam",     "camera", "card",  "clips",
                                                           "day",   "footage", "media",  "rec",   "roll",
                                                           "snd",   "sound",   "unit",   "video", "wav"};
     std::set<std::string> pieces;
     std::string piece;
-    for (const char c : platform::text::lowercased(name) + " ") {
-        if (std::string_view("_- .").find(c) == std::string_view::npos) {
-            piece += c;
-        } else if (std::string whole = std::exchange(piece, {}); !whole.empty() && !kinds.contains(whole)) {
-            pieces.insert(std::move(whole));
-        }
-    }
+    for (; first != last; ++first)
+        for (const char c : platform::text::lowercased(*first) + " ")
+            if (std::string_view("_- .").find(c) == std::string_view::npos)
+                piece += c;
+            else if (std::string whole = std::exchange(piece, {}); !whole.empty() && !kinds.contains(whole))
+                pieces.insert(std::move(whole));
     return pieces;
 }
 
@@ -37,10 +37,9 @@ UnitNearness UnitNearness::of(const MediaAsset& clip, const MediaAsset& recordin
     const auto own = folderNames(clip.url), other = folderNames(recording.url);
     const auto [a, b] = std::ranges::mismatch(own, other);
     const auto common = static_cast<std::size_t>(a - own.begin());
-    if (a == own.end() || b == other.end()) return {common, false};
-    const auto pieces = piecesOfFolder(*a);
-    return {common, std::ranges::any_of(piecesOfFolder(*b),
-                                        [&](const std::string& piece) { return pieces.contains(piece); })};
+    const auto names = piecesOfFolders(a, own.end()), others = piecesOfFolders(b, other.end());
+    return {common, static_cast<std::size_t>(std::ranges::count_if(
+                        others, [&](const std::string& piece) { return names.contains(piece); }))};
 }
 
 } // namespace orvane

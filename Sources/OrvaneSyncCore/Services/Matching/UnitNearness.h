@@ -8,11 +8,11 @@
 namespace orvane {
 
 /// How near a recording lies to a clip, as units that shoot at once keep folders of their own: by the folders
-/// that both lie in, then by a piece of the names in which their folders begin to differ, as "A" of "A_CAM"
-/// and "A_SOUND". The greater, the nearer. Pure; any thread.
+/// that both lie in, then by the pieces of names that the folders below have in common, as "A" of "A_CAM" and
+/// "A_SOUND", or "U1" of "CAM/U1" and "SOUND/U1". The greater, the nearer. Pure; any thread.
 struct UnitNearness {
     std::size_t commonFolders = 0;
-    bool haveOneName = false;
+    std::size_t commonNames = 0;
 
     static UnitNearness of(const MediaAsset& clip, const MediaAsset& recording);
     auto operator<=>(const UnitNearness&) const = default;

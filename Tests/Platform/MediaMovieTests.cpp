@@ -110,6 +110,10 @@ TEST(MediaInspector, saysHowMuchOfAFileIsThere) {
                                   .format({.channels = 2, .sampleRate = 8000, .samples = SampleFormat::pcm16})
                                   .silence((1 << 20) / 4)
                                   .bytes();
+    const std::string mono = WaveMaker()
+                                 .format({.channels = 1, .sampleRate = 16000, .samples = SampleFormat::pcm16})
+                                 .silence((1 << 20) / 2)
+                                 .bytes();
     const std::string longMovie = MovieMaker().video({}).movieFirst().mediaBytes(1 << 20).bytes();
     const std::size_t end = long_.size(), anySecond = end - 32'001;
     const MovieMaker movie = MovieMaker().video({}).mediaBytes(8000);
@@ -132,6 +136,9 @@ TEST(MediaInspector, saysHowMuchOfAFileIsThere) {
         {"zeros from a block on", withZeros(long_, 786'432, end), 0, 0.75},
         {"a channel that was switched off", withZeros(long_, anySecond, end), 0, {}},
         {"zeros for long", withZeros(long_, end / 2 + 1, end), 0, 0.5},
+        {"a receiver that was switched off for long", withZeros(mono, end / 2 + 99, end), 0, {}},
+        {"one channel with zeros for most of it", withZeros(mono, end / 4 + 1, end), 0, 0.25},
+        {"one channel with zeros from a block on", withZeros(mono, 786'432, end), 0, 0.75},
         {"zeros from a block on, and earlier ones",
          withZeros(long_, 786'432, end).replace(300'000, 100'000, 100'000, '\0'),
          0,

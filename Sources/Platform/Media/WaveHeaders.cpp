@@ -159,7 +159,8 @@ std::optional<MediaInspection> inspectWave(RandomAccessFile& file) {
         chunks.dataBytes = endOfWritten(file, {.begin = chunks.dataAt,
                                                .end = chunks.dataAt + *chunks.dataBytes,
                                                .frameBytes = format->blockAlign,
-                                               .bytesPerSecond = double(format->bytesPerSecond)}) -
+                                               .bytesPerSecond = double(format->bytesPerSecond),
+                                               .isOneChannel = format->channels == 1}) -
                            chunks.dataAt;
     result.durationSeconds = duration(*format, chunks);
     result.audioTracks.push_back({format->channels, static_cast<double>(format->sampleRate)});

@@ -30,7 +30,8 @@ class ZeroTail {
         if (!last) return span_.end;
         const std::uint64_t zeros = *last + 1, boundary = empty * blockBytes;
         const bool isAtABlock = boundary - zeros <= span_.frameBytes;
-        const auto leastBytes = static_cast<std::uint64_t>(longestPauseSeconds * span_.bytesPerSecond);
+        auto leastBytes = static_cast<std::uint64_t>(longestPauseSeconds * span_.bytesPerSecond);
+        if (span_.isOneChannel) leastBytes = std::max(leastBytes, (span_.end - span_.begin) / 2);
         return (isAtABlock || span_.end - zeros >= leastBytes) && isBetween(boundary) ? zeros : span_.end;
     }
 

@@ -85,10 +85,11 @@ TEST_F(StoppingTasks, leavesWorkThatHangs) {
     const std::weak_ptr<std::binary_semaphore> kept = share;
     std::binary_semaphore isUnderWay{0};
     const auto read = [&](std::shared_ptr<std::binary_semaphore> file) -> Task {
-        auto reading = onQueue(*queue, main, [file = std::move(file), &isUnderWay](std::stop_token /*stop*/) {
-            isUnderWay.release();
-            file->acquire();
-        });
+        auto reading =
+            onQueue(*queue, main, [file = std::move(file), &isUnderWay](const std::stop_token& /*stop*/) {
+                isUnderWay.release();
+                file->acquire();
+            });
         co_await reading;
     };
     const Task hanging = read(share);

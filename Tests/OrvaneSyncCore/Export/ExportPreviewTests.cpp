@@ -49,8 +49,9 @@ TEST(ExportPreview, CountsTheEventsThatWouldBeMade) {
 
 TEST(ExportPreview, ForecastsWhatIsWritten) {
     const MediaAsset sound = recording(2);
-    const auto clip = [&](const char* name, const MatchStatus& status, std::vector<MediaAsset> recordings) {
-        return matched(picture(name), std::move(recordings), status);
+    const auto clip = [&](const char* name, const MatchStatus& status,
+                          const std::vector<MediaAsset>& recordings) {
+        return matched(picture(name), recordings, status);
     };
     SyncGroup excluded = clip("C.mov", MatchStatus::matched(), {sound});
     SyncGroup excludedMOS = clip("N.mov", MatchStatus::mos(), {});

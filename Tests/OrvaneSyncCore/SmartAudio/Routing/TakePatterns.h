@@ -42,7 +42,7 @@ inline std::vector<PerWindowFrame> take(const std::vector<Pattern>& tracks) {
 }
 
 inline ChannelClassification classified(int track, ChannelKind kind, std::string source = "iXML: track",
-                                        std::string speaker = {}) {
+                                        const std::string& speaker = {}) {
     ChannelClassification c;
     c.trackIndex = track;
     c.kind = kind;

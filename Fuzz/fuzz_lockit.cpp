@@ -31,10 +31,10 @@ void checkMatches(std::string_view body) {
     const auto answer = decodedMatches(body, body.size());
     SyncGroupList groups;
     if (answer.matches)
-        for (const auto& [name, clip] : *answer.matches) {
+        for (const auto& [name, fields] : *answer.matches) {
             groups.append(
                 SyncGroup(MediaAsset(FileURL{"/" + name}, AssetKind::video), {}, MatchStatus::mos()));
-            for (const auto& [field, value] : lockitFields(clip)) {
+            for (const auto& [field, value] : fields) {
                 demand(!value.empty() && platform::text::isValidUTF8(value));
                 demand(platform::text::trimmed(value) == value);
             }

@@ -104,13 +104,17 @@ struct LockitController::Sync {
     std::shared_ptr<const LockitFilenames> names;
     std::size_t dayCount = 0;
     std::vector<std::string> matchingDays; ///< labels
-    int clipsWithMetadata = 0;             ///< after the last day
-    int clipsOfDay = 0;                    ///< updated by the last day
-    std::size_t clipsWithout = 0;          ///< metadata, before the day in hand
+    int clipsWithMetadata = 0;             ///< after the last day that is laid
+    std::size_t clipsWithout = 0;          ///< metadata then
+    std::size_t matchesBeingLaid = 0;      ///< of the day after that one, while it is laid
     std::size_t sameNames = 0;             ///< clips that have the file name of an earlier one
 
     /// An answer of so many matches may be all that was wanted, so that no other day is asked.
-    bool mayBeLast(std::size_t matches) const { return matches + sameNames >= clipsWithout; }
+    bool mayBeLast(std::size_t matches) const {
+        return matchesBeingLaid + matches + sameNames >= clipsWithout;
+    }
+    /// Every clip has metadata, so that no other day is asked.
+    bool isComplete = false;
 };
 
 Task LockitController::syncLockitNetwork(std::shared_ptr<LockitOAuthService> account,
@@ -183,26 +187,33 @@ Task LockitController::sync(Weak weak, std::shared_ptr<LockitOAuthService> accou
 
 namespace {
 
-/// A day that the service was asked about. Nobody waits for the answer any more when it is thrown away.
-class AskedDay {
+/// The question about a day: its token is read at once, it is sent when it is known to be needed. Nobody
+/// waits for the answer any more when it is thrown away.
+class DayRequest {
   public:
-    AskedDay(const std::shared_ptr<platform::MainThread>& mainThread, const LockitNetworkClient& client,
-             const std::string& projectID, const std::string& day,
-             const std::shared_ptr<const LockitFilenames>& names)
+    DayRequest(const std::shared_ptr<platform::MainThread>& mainThread, const LockitNetworkClient& client,
+               const std::string& projectID, const std::string& day,
+               const std::shared_ptr<const LockitFilenames>& names)
         : response_(std::make_shared<ClipMatchResponse>()),
           received_(std::make_shared<platform::Completion>(mainThread)),
-          mostMatches_(std::make_shared<std::optional<std::size_t>>()),
-          matching_(client.matchClips(projectID, day, names, response_,
-                                      [received = received_, known = mostMatches_](std::size_t most) {
-                                          *known = most;
-                                          received->end();
-                                      })) {
+          mostMatches_(std::make_shared<std::optional<std::size_t>>()), sending_(mainThread),
+          matching_(client.matchClips(
+              projectID, day, names, response_,
+              {sending_.task(), [received = received_, known = mostMatches_](std::size_t most) {
+                   *known = most;
+                   received->end();
+               }})) {
         matching_.whenDone([received = received_](const std::exception_ptr&) { received->end(); });
     }
-    AskedDay(const AskedDay&) = delete;
-    AskedDay& operator=(const AskedDay&) = delete;
-    ~AskedDay() { matching_.requestStop(); }
+    DayRequest(const DayRequest&) = delete;
+    DayRequest& operator=(const DayRequest&) = delete;
+    ~DayRequest() { matching_.requestStop(); }
 
+    void send() {
+        isSent_ = true;
+        sending_.end();
+    }
+    bool isSent() const { return isSent_; }
     /// Ends when the answer has come, or when none will.
     const Task& received() const { return received_->task(); }
     /// As many as the answer may hold; absent where none has come.
@@ -211,9 +222,11 @@ class AskedDay {
     const std::shared_ptr<ClipMatchResponse>& response() const { return response_; }
 
   private:
+    bool isSent_ = false;
     const std::shared_ptr<ClipMatchResponse> response_;
     const std::shared_ptr<platform::Completion> received_;
     const std::shared_ptr<std::optional<std::size_t>> mostMatches_;
+    platform::Completion sending_;
     const Task matching_;
 };
 
@@ -249,45 +262,59 @@ Task LockitController::askDayByDay(Weak weak, std::shared_ptr<Sync> sync) {
     sync->names = std::move(named.names);
     sync->sameNames = named.sameNames;
     sync->clipsWithout = named.clipsWithout;
-    std::unique_ptr<const AskedDay> next;
-    for (std::size_t i = 0; i < days->size(); ++i) {
-        self = weak.lock();
+    const Task matching = matchDays(weak, sync, days);
+    co_await matching;
+}
+
+/// A day is laid while the answer of the next one comes and is decoded. What was answered before a failure is
+/// laid before it ends the sync.
+Task LockitController::matchDays(Weak weak, std::shared_ptr<Sync> sync,
+                                 std::shared_ptr<const std::vector<LockitShootingDay>> days) {
+    std::unique_ptr<DayRequest> next;
+    Task laying = Task::ended();
+    for (std::size_t i = 0; i < days->size() && !sync->isComplete; ++i) {
+        auto self = weak.lock();
         if (!self) co_return;
         self->progress_ = {static_cast<int>(i), static_cast<int>(days->size())};
         self->work_.notify(ImportField::lockit);
         const auto mainThread = self->work_.environment.mainThread;
         self.reset();
-        const auto ask = [&](std::size_t day) {
-            return std::make_unique<const AskedDay>(mainThread, sync->client, sync->projectID,
-                                                    (*days)[day].uuid, sync->names);
+        const auto request = [&](std::size_t day) {
+            return std::make_unique<DayRequest>(mainThread, sync->client, sync->projectID, (*days)[day].uuid,
+                                                sync->names);
         };
-        const std::unique_ptr<const AskedDay> asked = next ? std::move(next) : ask(i);
-        // Where another day is needed in any case, the service works on it while this one is decoded and
-        // laid.
+        const std::unique_ptr<DayRequest> asked = next ? std::move(next) : request(i);
+        asked->send();
+        if (i + 1 < days->size()) next = request(i + 1);
+        // Where another day is needed in any case, the service works on it meanwhile.
         const auto askNext = [&](std::size_t matches) {
-            if (!next && i + 1 < days->size() && !sync->mayBeLast(matches)) next = ask(i + 1);
+            if (next && !sync->mayBeLast(matches)) next->send();
         };
-        co_await asked->received();
-        if (const auto most = asked->mostMatches()) askNext(*most);
-        co_await asked->matching();
-        askNext(asked->response()->matches ? asked->response()->matches->size() : 0);
-        const Task laying = layDay(weak, sync, asked->response());
+        std::exception_ptr raised;
+        try {
+            co_await asked->received();
+            if (const auto most = asked->mostMatches()) askNext(*most);
+            co_await asked->matching();
+        } catch (...) {
+            raised = std::current_exception();
+        }
         co_await laying;
-        if (sync->clipsOfDay > 0) sync->matchingDays.push_back((*days)[i].label());
-        self = weak.lock();
-        if (!self) co_return;
-        self->work_.documents->post([response = asked->response()] { *response = {}; }); // it may be large
-        const std::size_t count = self->work_.syncGroups().size();
-        const auto known = static_cast<std::size_t>(sync->clipsWithMetadata);
-        self.reset();
-        if (known == count) co_return;
-        sync->clipsWithout = count - std::min(known, count);
+        if (raised) std::rethrow_exception(raised);
+        if (sync->isComplete) co_return;
+        const auto& matches = asked->response()->matches;
+        askNext(matches ? matches->size() : 0);
+        laying = layDay(weak, sync, asked->response(), (*days)[i].label());
+        if (!next || !next->isSent()) co_await laying;
     }
+    co_await laying;
 }
 
-/// An edit that comes while the clips are looked up stays: the day is laid over them as they then are.
+/// An edit that comes while the clips are looked up stays: the day, which the layer then knows, is laid over
+/// them as they then are.
 Task LockitController::layDay(Weak weak, std::shared_ptr<Sync> sync,
-                              std::shared_ptr<ClipMatchResponse> response) {
+                              std::shared_ptr<ClipMatchResponse> response, std::string label) {
+    sync->matchesBeingLaid = response->matches ? response->matches->size() : 0;
+    int updated = 0;
     for (;;) {
         auto self = weak.lock();
         if (!self) co_return;
@@ -299,16 +326,22 @@ Task LockitController::layDay(Weak weak, std::shared_ptr<Sync> sync,
         auto laying = platform::onQueue(
             *self->work_.documents, self->work_.environment.mainThread,
             [layer = sync->layer, response, groups = before](const std::stop_token& stop) mutable {
-                const auto counts = layer->lay(groups, *response, stop);
+                const auto counts = layer->lay(groups, std::exchange(*response, {}), stop);
                 return Laid{std::move(groups), counts};
             });
         self.reset();
         Laid laid = co_await laying;
         self = weak.lock();
         if (!self) co_return;
+        updated = std::max(updated, laid.counts.updated); // by the first time round
         if (!self->work_.syncGroups().changesSince(before).empty()) continue;
-        sync->clipsOfDay = laid.counts.updated;
+        const std::size_t count = before.size();
+        const auto known = static_cast<std::size_t>(laid.counts.withMetadata);
         sync->clipsWithMetadata = laid.counts.withMetadata;
+        sync->clipsWithout = count - std::min(known, count);
+        sync->matchesBeingLaid = 0;
+        sync->isComplete = known == count;
+        if (updated > 0) sync->matchingDays.push_back(std::move(label));
         if (!laid.groups.changesSince(before).empty())
             self->work_.changeClips([&](SyncGroupList& clips) { clips = std::move(laid.groups); });
         co_return;

@@ -155,7 +155,8 @@ class LockitNetworkClientTest : public testing::Test {
 
 TEST_F(LockitNetworkClientTest, sendsFilenamesAndTakesTheDaysAnswer) {
     server.addProject("p", JSON::Object{{"name", "Film"}});
-    server.addDay("p", JSON::Object{{"uuid", "d"}}, {{"ä\".mov", JSON::Object{{"clipName", "x"}}}});
+    server.addDay("p", JSON::Object{{"uuid", "d"}},
+                  {{"ä\".mov", JSON::Object{{"camera", JSON::Object{{"name", "x"}}}}}});
     const auto response = std::make_shared<ClipMatchResponse>();
     EXPECT_EQ(outcome([&](const LockitNetworkClient& client) {
                   return client.matchClips(
@@ -165,7 +166,7 @@ TEST_F(LockitNetworkClientTest, sendsFilenamesAndTakesTheDaysAnswer) {
               }),
               "done");
     ASSERT_TRUE(response->matches);
-    EXPECT_EQ(response->matches->at("ä\".mov").clipName, "x");
+    EXPECT_EQ(response->matches->at("ä\".mov"), (LockitFields{{"cameraName", "x"}}));
     EXPECT_EQ(response->matches->size(), 1U);
     const auto sent = server.seen().back();
     EXPECT_EQ(sent.method + " " + sent.path, "POST /projects/p/projectdays/d/matchClips");

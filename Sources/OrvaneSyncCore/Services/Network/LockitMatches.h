@@ -1,25 +1,15 @@
 #pragma once
 
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
-#include "OrvaneSyncCore/Services/Network/LockitRecords.h"
+#include "OrvaneSyncCore/Services/Network/LockitFields.h"
 
-#include <map>
 #include <memory>
-#include <optional>
 #include <stop_token>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 namespace orvane {
-
-/// Shot and take as one text, such as "12A-3", each without white space around it; a blank text counts as
-/// none. The take alone without a shot, the shot alone without a take.
-std::optional<std::string> composedTake(const std::optional<std::string>& shot,
-                                        const std::optional<std::string>& take);
-
-/// What a clip of the service says, by the texts of `LockitField`. Fields without a value are left out.
-std::map<std::string, std::string> lockitFields(const LockitClip& clip);
 
 /// What a sync has laid over the clips so far, and what they had before. A plain value; copies are
 /// independent. Any thread.
@@ -34,7 +24,7 @@ class LockitLayer {
     /// Gives each clip whose file name, exactly, is matched what the answer says, in place of what it had. An
     /// answer without a value leaves a clip as it was. Clips that have come to be without what was laid
     /// before get it again. Throws Stopped.
-    Laid lay(SyncGroupList& groups, const ClipMatchResponse& answer, const std::stop_token& stop = {});
+    Laid lay(SyncGroupList& groups, ClipMatchResponse answer, const std::stop_token& stop = {});
     /// Lays what it knows over clips that have come to be without it.
     void layAgain(SyncGroupList& groups) const;
     /// The same clips as if nothing had been laid over them; what somebody else wrote meanwhile stays.
@@ -45,8 +35,6 @@ class LockitLayer {
     bool isEmpty() const { return laid_.empty(); }
 
   private:
-    using Fields = std::map<std::string, std::string>;
-
     SyncGroupList before_;
     /// What clips were given, the newest last; never empty. A list shares these groups as long as nobody
     /// edits them.
@@ -57,7 +45,7 @@ class LockitLayer {
 };
 
 /// As `LockitLayer::lay`, for one answer by itself.
-int applyLockitMatches(SyncGroupList& groups, const ClipMatchResponse& answer);
+int applyLockitMatches(SyncGroupList& groups, ClipMatchResponse answer);
 /// How many clips have metadata of the service.
 int lockitClipCount(const SyncGroupList& groups);
 

@@ -51,18 +51,21 @@ std::string bodyOf(platform::HTTPResponse response) {
 /// Each match is an object in the map of matches, within that of the answer.
 std::size_t mostMatches(std::string_view answer) {
     constexpr std::size_t around = 2;
-    const auto objects = static_cast<std::size_t>(std::ranges::count(answer, '{'));
+    std::size_t objects = 0;
+    for (std::size_t at = answer.find('{'); at != std::string_view::npos; at = answer.find('{', at + 1))
+        ++objects;
     return objects - std::min(objects, around);
 }
 
 } // namespace
 
 platform::Task LockitNetworkClient::request(std::shared_ptr<const Connection> connection, std::string path,
-                                            Body body, Decode decode, Received received) {
+                                            Body body, Decode decode, Steps steps) {
     const Dependencies& with = connection->dependencies;
     const auto token = std::make_shared<platform::Secret>();
     const platform::Task providing = with.bearerProvider(token);
     co_await providing;
+    co_await steps.maySend;
     platform::HTTPRequest request;
     request.url = with.baseURL + path;
     request.headers = {{"Authorization", "Bearer " + token->reveal()}, {"Accept", "application/json"}};
@@ -72,19 +75,19 @@ platform::Task LockitNetworkClient::request(std::shared_ptr<const Connection> co
         request.method = "POST";
         request.headers.emplace_back("Content-Type", "application/json");
     }
-    auto sending = platform::onQueue(*connection->queue, with.mainThread,
-                                     [http = with.http, request = std::move(request), body = std::move(body),
-                                      counts = received != nullptr](const std::stop_token& stop) mutable {
-                                         if (body) request.body = body();
-                                         platform::HTTPResponse response = sent(*http, request, stop);
-                                         for (auto& [name, value] : request.headers)
-                                             platform::Secret::wipe(value);
-                                         std::string answer = bodyOf(std::move(response));
-                                         const std::size_t most = counts ? mostMatches(answer) : 0;
-                                         return std::pair(std::move(answer), most);
-                                     });
+    auto sending =
+        platform::onQueue(*connection->queue, with.mainThread,
+                          [http = with.http, request = std::move(request), body = std::move(body),
+                           counts = steps.received != nullptr](const std::stop_token& stop) mutable {
+                              if (body) request.body = body();
+                              platform::HTTPResponse response = sent(*http, request, stop);
+                              for (auto& [name, value] : request.headers) platform::Secret::wipe(value);
+                              std::string answer = bodyOf(std::move(response));
+                              const std::size_t most = counts ? mostMatches(answer) : 0;
+                              return std::pair(std::move(answer), most);
+                          });
     auto [answer, most] = co_await sending;
-    if (received) received(most);
+    if (steps.received) steps.received(most);
     auto reading = platform::onQueue(
         *connection->decoding, with.mainThread,
         [decode = std::move(decode), answer = std::move(answer)](const std::stop_token&) mutable {
@@ -118,14 +121,14 @@ LockitNetworkClient::listShootingDays(const std::string& projectID,
 platform::Task LockitNetworkClient::matchClips(const std::string& projectID, const std::string& shootingDayID,
                                                const std::shared_ptr<const LockitFilenames>& names,
                                                std::shared_ptr<ClipMatchResponse> response,
-                                               Received received) const {
+                                               Steps steps) const {
     return request(
         connection_, "/projects/" + projectID + "/projectdays/" + shootingDayID + "/matchClips",
         [names] { return names->body; },
         [names, response = std::move(response)](const std::string& body) {
             *response = decodedMatches(body, names->filenames.size());
         },
-        std::move(received));
+        std::move(steps));
 }
 
 } // namespace orvane

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Services/Network/LockitError.h"
-#include "OrvaneSyncCore/Services/Network/LockitRecords.h"
+#include "OrvaneSyncCore/Services/Network/LockitFields.h"
 #include "Platform/HTTPClient.h"
 #include "Platform/Secret.h"
 #include "Platform/Task.h"
@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace orvane {
@@ -48,12 +49,20 @@ class LockitNetworkClient {
     platform::Task listProjects(std::shared_ptr<std::vector<LockitProject>> projects) const;
     platform::Task listShootingDays(const std::string& projectID,
                                     std::shared_ptr<std::vector<LockitShootingDay>> days) const;
-    /// Told that an answer has come, before it is decoded, and how many matches it holds at most.
+    /// Called when an answer has come, before it is decoded, with the most matches that it may hold.
     using Received = std::function<void(std::size_t mostMatches)>;
-    /// The answer is made and may be large: whoever takes it apart does so off the interface thread.
+    /// A request of several whose token is read beforehand.
+    struct Steps {
+        Steps() : maySend(platform::Task::ended()) {}
+        Steps(platform::Task sending, Received whenReceived)
+            : maySend(std::move(sending)), received(std::move(whenReceived)) {}
+        platform::Task maySend; ///< the request is sent once it has ended
+        Received received;
+    };
+    /// The answer may be large: whoever takes it apart does so off the interface thread.
     platform::Task matchClips(const std::string& projectID, const std::string& shootingDayID,
                               const std::shared_ptr<const LockitFilenames>& names,
-                              std::shared_ptr<ClipMatchResponse> response, Received received = nullptr) const;
+                              std::shared_ptr<ClipMatchResponse> response, Steps steps = Steps()) const;
 
   private:
     struct Connection;
@@ -61,7 +70,7 @@ class LockitNetworkClient {
     using Body = std::function<std::string()>;
     using Decode = std::function<void(const std::string& body)>;
     static platform::Task request(std::shared_ptr<const Connection> connection, std::string path, Body body,
-                                  Decode decode, Received received = nullptr);
+                                  Decode decode, Steps steps = Steps());
 
     std::shared_ptr<const Connection> connection_;
 };

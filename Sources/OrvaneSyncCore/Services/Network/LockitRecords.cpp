@@ -182,28 +182,26 @@ void understand(const std::function<void()>& decode) {
 }
 
 /// Most of the answer is names with null behind them.
-ClipMatchResponse decodedMatches(std::string_view body, std::size_t names) {
+bool decodeMatches(std::string_view body, std::size_t names,
+                   const std::function<void(std::string_view filename, const LockitClip& clip)>& match) {
     platform::JSONParser parser;
     const platform::JSONMembers members(parser.parse(body));
     if (!members.isObject()) throw DecodingError("expected an object");
-    ClipMatchResponse response;
     if (const auto unmatched = members.find("unmatched"); unmatched && !unmatched->isNull()) {
         const auto clips = unmatched->elements();
         if (!clips) throw DecodingError("unmatched: expected a list");
         for (const auto& clip : *clips) static_cast<void>(named<LockitClip>(clip, "unmatched"));
     }
     const auto matches = members.find("matches");
-    if (!matches || matches->isNull()) return response;
+    if (!matches || matches->isNull()) return false;
     const platform::JSONMembers clips(*matches);
     if (!clips.isObject()) throw DecodingError("matches: expected an object");
     const auto isMatch = [](const auto& member) { return !member.second.isNull(); };
     if (std::cmp_greater(std::ranges::count_if(clips.all(), isMatch), names))
         throw DecodingError("matches: more clips than were asked for");
-    response.matches.emplace();
     for (const auto& [filename, clip] : clips.all())
-        if (!clip.isNull())
-            response.matches->insert_or_assign(std::string(filename), named<LockitClip>(clip, "matches"));
-    return response;
+        if (!clip.isNull()) match(filename, named<LockitClip>(clip, "matches"));
+    return true;
 }
 
 /// Within the JSON form of a shooting day.

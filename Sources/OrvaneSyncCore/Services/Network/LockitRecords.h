@@ -8,7 +8,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace orvane {
@@ -107,12 +106,6 @@ struct LockitClip {
     std::optional<LockitPreformatted> preformatted;
 };
 
-struct ClipMatchResponse {
-    /// By the file name that was sent. Names that the service does not know, which it lists with null, are
-    /// left out.
-    std::optional<std::unordered_map<std::string, LockitClip>> matches;
-};
-
 /// Runs the decoding of an answer, which throws as below. Throws DecodingError with a description for people:
 /// whose answer it was, and what they may do.
 void understand(const std::function<void()>& decode);
@@ -133,9 +126,12 @@ std::vector<LockitProject> decodedList<LockitProject>(std::string_view body);
 template <>
 std::vector<LockitShootingDay> decodedList<LockitShootingDay>(std::string_view body);
 
-/// Of an answer about so many file names, each of which is matched at most once: more matches are refused
-/// before any is made. The clips of the day that matched no name are checked and of no use.
-ClipMatchResponse decodedMatches(std::string_view body, std::size_t names);
+/// Gives each clip that matches a file name, in the order of the answer; names that the service does not
+/// know, which it lists with null, are left out. The answer is one about so many file names, each of which is
+/// matched at most once: more matches are refused before any is given. The clips of the day that matched no
+/// name are checked and of no use. False without a list of matches.
+bool decodeMatches(std::string_view body, std::size_t names,
+                   const std::function<void(std::string_view filename, const LockitClip& clip)>& match);
 
 JSON toJSON(const LockitProject& project);
 /// With its label.

@@ -27,6 +27,35 @@ std::vector<ShotFile> takes(const std::string& prefix, const std::string& ending
     return files;
 }
 
+void write(const test::TemporaryDirectory& shoot, const std::vector<std::vector<ShotFile>>& cards) {
+    float level = 0.1F;
+    for (const auto& card : cards)
+        for (const ShotFile& file : card) {
+            const std::string path = shoot.path(file.path);
+            std::filesystem::create_directories(path.substr(0, path.rfind('/')));
+            if (path.ends_with(".mov")) {
+                test::MovieMaker()
+                    .video({.frames = static_cast<std::uint32_t>(25 * file.seconds)})
+                    .timecode({.firstFrame = static_cast<std::uint32_t>(25 * file.start)})
+                    .writeTo(path);
+                continue;
+            }
+            test::WaveMaker()
+                .format({.sampleRate = 8000, .samples = test::SampleFormat::pcm16})
+                .bext({.date = file.day, .timeReference = 8000ULL * static_cast<std::uint64_t>(file.start)})
+                .samples(std::vector<float>(8000 * static_cast<std::size_t>(file.seconds), level += 0.01F))
+                .writeTo(path);
+        }
+}
+
+std::vector<ShotFile> clipsOf(const std::string& prefix, int later = 0) {
+    return takes(prefix, ".mov", later, 10);
+}
+std::vector<ShotFile> soundOf(const std::string& prefix, int later = -3,
+                              const std::string& day = "2024-05-17") {
+    return takes(prefix, ".WAV", later, 20, day);
+}
+
 constexpr std::size_t firstFolder = 3; ///< behind the command and two options
 
 /// Uses a cure as it is told: its options, without a folder that it says to leave away. Where it says that
@@ -59,75 +88,50 @@ TEST(Cures, doWhatTheySayWhenTheyAreUsedAsTold) {
         std::vector<std::string> folders; ///< of the scan, below the shoot
         std::size_t clips;                ///< that the cured scan shows
     };
-    const auto clips = [](const std::string& prefix, int later = 0) {
-        return takes(prefix, ".mov", later, 10);
-    };
-    const auto sound = [](const std::string& prefix, int later = -3) {
-        return takes(prefix, ".WAV", later, 20);
-    };
     const std::vector<Case> cases{
-        {"half an hour late", {clips("C/A"), sound("S/T", 1797)}, {""}, 4},
-        {"a clock of a zone of its own", {clips("C/A"), sound("S/T", -19803)}, {""}, 4},
-        {"another year", {clips("C/240517_A"), takes("S/T", ".WAV", -3, 20, "2000-01-01")}, {""}, 4},
+        {"half an hour late", {clipsOf("C/A"), soundOf("S/T", 1797)}, {""}, 4},
+        {"a clock of a zone of its own", {clipsOf("C/A"), soundOf("S/T", -19803)}, {""}, 4},
+        {"another year", {clipsOf("C/240517_A"), soundOf("S/T", -3, "2000-01-01")}, {""}, 4},
         {"a date that stood still for a day",
-         {clips("D1/C/240517_A"), sound("D1/S/T"), clips("D2/C/240518_A"), sound("D2/S/U")},
+         {clipsOf("D1/C/240517_A"), soundOf("D1/S/T"), clipsOf("D2/C/240518_A"), soundOf("D2/S/U")},
          {""},
          4},
-        {"a second recorder", {clips("C/A"), sound("S1/T"), sound("S2/U")}, {""}, 4},
-        {"a recorder in a folder below", {clips("C/A"), sound("S/T"), sound("S/BAG/U")}, {""}, 4},
+        {"a second recorder", {clipsOf("C/A"), soundOf("S1/T"), soundOf("S2/U")}, {""}, 4},
+        {"a recorder in a folder below", {clipsOf("C/A"), soundOf("S/T"), soundOf("S/BAG/U")}, {""}, 4},
         {"folders that were named one by one",
-         {clips("C/A"), sound("S1/T"), sound("S2/U")},
+         {clipsOf("C/A"), soundOf("S1/T"), soundOf("S2/U")},
          {"C", "S1", "S2"},
          4},
-        {"names that a pattern would read", {clips("C/A"), sound("S[1]/T"), sound("S'[2]/U")}, {""}, 4},
+        {"names that a pattern would read", {clipsOf("C/A"), soundOf("S[1]/T"), soundOf("S'[2]/U")}, {""}, 4},
         {"a bag an hour late beside a cart and its clips",
-         {clips("CART/A"), sound("CART/T"), sound("BAG/U", 3597)},
+         {clipsOf("CART/A"), soundOf("CART/T"), soundOf("BAG/U", 3597)},
          {""},
          4},
         {"a bag of another year beside a cart",
-         {clips("C/240517_A"), sound("CART/T"), takes("BAG/U", ".WAV", -3, 20, "2000-01-01")},
+         {clipsOf("C/240517_A"), soundOf("CART/T"), soundOf("BAG/U", -3, "2000-01-01")},
          {""},
          4},
         {"a bag of the day before, its files, those of the cart and the clips in one folder",
-         {clips("S/240517_A"), sound("S/T"), takes("S/U", ".WAV", -3, 20, "2024-05-16")},
+         {clipsOf("S/240517_A"), soundOf("S/T"), soundOf("S/U", -3, "2024-05-16")},
          {""},
          4},
         {"a bag an hour late in the folder of the cart, with names of the same letters",
-         {clips("C/A"), sound("S/T"), sound("S/T_bag", 3597)},
+         {clipsOf("C/A"), soundOf("S/T"), soundOf("S/T_bag", 3597)},
          {""},
          4},
         {"a date that stood still, the clips of both days in one folder",
-         {clips("C/240517_A"), sound("S1/T"), clips("C/240518_B"), sound("S2/U")},
+         {clipsOf("C/240517_A"), soundOf("S1/T"), clipsOf("C/240518_B"), soundOf("S2/U")},
          {""},
          4},
         {"a camera an hour early beside another one with the sound",
-         {clips("B/B"), sound("B/T"), clips("A/A", -3600)},
+         {clipsOf("B/B"), soundOf("B/T"), clipsOf("A/A", -3600)},
          {""},
          4},
     };
     for (const Case& one : cases) {
         SCOPED_TRACE(one.name);
         const test::TemporaryDirectory shoot;
-        float level = 0.1F;
-        for (const auto& card : one.cards)
-            for (const ShotFile& file : card) {
-                const std::string path = shoot.path(file.path);
-                std::filesystem::create_directories(path.substr(0, path.rfind('/')));
-                if (path.ends_with(".mov")) {
-                    test::MovieMaker()
-                        .video({.frames = static_cast<std::uint32_t>(25 * file.seconds)})
-                        .timecode({.firstFrame = static_cast<std::uint32_t>(25 * file.start)})
-                        .writeTo(path);
-                    continue;
-                }
-                test::WaveMaker()
-                    .format({.sampleRate = 8000, .samples = test::SampleFormat::pcm16})
-                    .bext(
-                        {.date = file.day, .timeReference = 8000ULL * static_cast<std::uint64_t>(file.start)})
-                    .samples(
-                        std::vector<float>(8000 * static_cast<std::size_t>(file.seconds), level += 0.01F))
-                    .writeTo(path);
-            }
+        write(shoot, one.cards);
         std::vector<std::string> words{"diagnose", "--json", "--no-cache"};
         for (const std::string& folder : one.folders)
             words.push_back(folder.empty() ? shoot.path() : shoot.path(folder));
@@ -153,6 +157,38 @@ TEST(Cures, doWhatTheySayWhenTheyAreUsedAsTold) {
             const auto& matches = *group.find("audioMatches")->elements();
             ASSERT_EQ(matches.size(), 1U) << cure;
             EXPECT_EQ(takeOf(*matches.front().find("audio")), takeOf(*group.find("video")));
+        }
+    }
+}
+
+TEST(Cures, tellNoOptionThatWouldLeaveWrongSound) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    struct Case {
+        const char* name;
+        std::vector<std::vector<ShotFile>> cards;
+        const char* told; ///< of the message or the cure
+    };
+    const std::vector<Case> cases{
+        {"two units, whose folders do not tell which sound is whose",
+         {clipsOf("A/A"), clipsOf("B/B"), soundOf("S1/T"), soundOf("S2/U")},
+         "clip by clip"},
+        {"two days without dates, a camera's clips of both in one folder",
+         {clipsOf("C/A001C"), clipsOf("C/A002C", 3), soundOf("S1/T", -3, ""), soundOf("S2/U", -3, "")},
+         "clip by clip"},
+        {"the same, one after the other",
+         {clipsOf("C/A"), soundOf("S1/T", -3, ""), soundOf("S2/U", -3, "")},
+         "clip by clip"},
+    };
+    for (const Case& one : cases) {
+        SCOPED_TRACE(one.name);
+        const test::TemporaryDirectory shoot;
+        write(shoot, one.cards);
+        const JSON told = runWith({"diagnose", "--json", "--no-cache", shoot.path()}).json();
+        ASSERT_FALSE(told.find("doubts")->elements()->empty());
+        for (const JSON& doubt : *told.find("doubts")->elements()) {
+            const std::string cure = *doubt.find("cure")->string();
+            EXPECT_FALSE(appliedTo({}, cure)) << cure;
+            EXPECT_NE((*doubt.find("message")->string() + cure).find(one.told), std::string::npos) << cure;
         }
     }
 }

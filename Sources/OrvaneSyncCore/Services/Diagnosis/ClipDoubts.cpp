@@ -62,7 +62,8 @@ class OtherRecorders {
   public:
     explicit OtherRecorders(const Shoot& shoot) : shoot_(shoot), leavingOut_(shoot) {}
 
-    /// `kept`: the folder of a recording that stays. Empty where nothing leaves the other one alone out.
+    /// `kept`: the folder of a recording that stays. Empty where nothing leaves the other one alone out, and
+    /// where it may be the right one for some of the clips.
     const std::string& without(std::string_view folder, std::string_view kept) {
         const auto [known, isNew] = texts_.try_emplace({folder, kept});
         if (isNew) known->second = textOf(std::string(folder) + "/", std::string(kept) + "/");
@@ -83,14 +84,46 @@ class OtherRecorders {
                               : file.url.path.starts_with(whole));
         };
         const auto isOthers = [&](const AudioMatch& match) { return isOther(*match.audio); };
-        if (std::ranges::any_of(shoot_.clips, [&](const Shoot::Clip& clip) {
-                const auto& matches = clip.group->audioMatches;
-                return !matches.empty() && std::ranges::all_of(matches, isOthers);
-            }))
-            return {};
+        std::vector<const Shoot::Clip*> users;
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            const auto& matches = clip.group->audioMatches;
+            if (std::ranges::none_of(matches, isOthers)) continue;
+            if (isOthers(matches.front())) return {};
+            users.push_back(&clip);
+        }
+        if (!areOfOneCamera(users) || !areOfOneDay(users)) return {};
         const auto options = leavingOut_.of(isOther);
         if (!options) return {};
         return (options->globs.empty() ? "a scan " : "") + options->text();
+    }
+
+    /// Each camera of several may have a recorder of its own.
+    static bool areOfOneCamera(const std::vector<const Shoot::Clip*>& clips) {
+        std::vector<const Shoot::Clip*> timed;
+        for (const Shoot::Clip* clip : clips) {
+            if (folderOf(clip->group->video) != folderOf(clips.front()->group->video) ||
+                namePattern(clip->group->video) != namePattern(clips.front()->group->video))
+                return false;
+            if (clip->place) timed.push_back(clip);
+        }
+        const auto rangeOf = [](const Shoot::Clip* clip) { return onLine(clip->likelyPlace()); };
+        std::ranges::sort(timed, {}, [&](const Shoot::Clip* clip) { return rangeOf(clip).startSeconds; });
+        return std::ranges::adjacent_find(timed, [&](const auto* a, const auto* b) {
+                   return SyncEngine::overlapDuration(rangeOf(a), rangeOf(b)).has_value();
+               }) == timed.end();
+    }
+    /// Two recordings that lie at one time of day without saying of which day may be of two.
+    bool areOfOneDay(const std::vector<const Shoot::Clip*>& clips) const {
+        return std::ranges::all_of(clips, [&](const Shoot::Clip* clip) {
+            std::optional<long> day;
+            return std::ranges::all_of(clip->group->audioMatches, [&](const AudioMatch& match) {
+                const auto found = shoot_.recordingByID.find(match.audio->id);
+                if (found == shoot_.recordingByID.end()) return false;
+                const auto own = shoot_.recordings[found->second].place.day;
+                if (!day) day = own;
+                return own && own == day;
+            });
+        });
     }
 
     const Shoot& shoot_;
@@ -107,7 +140,7 @@ class SoundUnits {
             const MediaAsset& sound = *shoot.recordings[*clip.primary].asset;
             const auto nearness = UnitNearness::of(clip.group->video, sound);
             cameras_[folderOf(clip.group->video)].push_back(nearness);
-            const SyncEngine::TCRange range = hoursOf(*clip.place);
+            const SyncEngine::TCRange range = onLine(clip.likelyPlace());
             const auto [known, isNew] = units_.try_emplace(folderOf(sound), Unit{nearness, range});
             Unit& unit = known->second;
             if (nearness > unit.nearest) unit = {nearness, range};
@@ -121,7 +154,7 @@ class SoundUnits {
         const auto unit = units_.find(folderOf(recording));
         return unit != units_.end() && clip.place &&
                unit->second.nearest > UnitNearness::of(clip.group->video, recording) &&
-               SyncEngine::overlapDuration(unit->second.hours, hoursOf(*clip.place));
+               SyncEngine::overlapDuration(unit->second.hours, onLine(clip.likelyPlace()));
     }
     /// Most clips of that camera have sound that is nearer to them.
     bool mostHaveNearer(const Shoot::Clip& clip, const UnitNearness& nearness) const {
@@ -136,10 +169,6 @@ class SoundUnits {
         UnitNearness nearest;
         SyncEngine::TCRange hours; ///< of the clips that lie as near
     };
-    static SyncEngine::TCRange hoursOf(FilePlace place) {
-        place.day = place.likelyDay();
-        return onLine(place);
-    }
 
     std::map<std::string_view, Unit> units_;                        ///< by folder of the sound
     std::map<std::string_view, std::vector<UnitNearness>> cameras_; ///< by folder, of the clips' sound
@@ -277,8 +306,11 @@ class ClipDoubts {
                 shoot_.nameOf(*first.audio) + " and " + shoot_.nameOf(*matches.front()->audio) +
                     " lie under as much of " + name_ +
                     ", neither is clearly best, and the first one is heard",
-                "choose in the table of 'scan --review', or lock the clips" +
-                    (without.empty() ? "" : "; " + without + " leaves the other recorder out"));
+                without.empty()
+                    ? "choose in the table of 'scan --review' clip by clip, as another clip may need the "
+                      "other recording, or lock the clips"
+                    : "choose in the table of 'scan --review', or lock the clips; " + without +
+                          " leaves the other recorder out");
             return;
         }
     }

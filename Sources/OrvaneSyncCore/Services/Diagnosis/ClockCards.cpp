@@ -136,11 +136,7 @@ std::string nameOfCard(const Card& card, const Shoot& shoot) {
 }
 
 std::vector<Card> camerasCards(const Shoot& shoot) {
-    const auto placeOf = [&](std::size_t file) {
-        FilePlace place = *shoot.clips[file].place;
-        place.day = place.likelyDay();
-        return place;
-    };
+    const auto placeOf = [&](std::size_t file) { return shoot.clips[file].likelyPlace(); };
     std::map<std::string, Files> folders;
     for (std::size_t i = 0; i < shoot.clips.size(); ++i)
         if (shoot.clips[i].place) folders[std::string(folderOf(shoot.clips[i].group->video))].push_back(i);

@@ -27,6 +27,12 @@ struct Shoot {
         bool isCovered = false; ///< as `isCovered` of its group
 
         std::optional<long> likelyDay() const { return place->likelyDay(); }
+        /// Its place on that day.
+        FilePlace likelyPlace() const {
+            FilePlace likely = *place;
+            likely.day = likely.likelyDay();
+            return likely;
+        }
     };
 
     explicit Shoot(const DoubtInput& theInput, const std::stop_token& theStop);

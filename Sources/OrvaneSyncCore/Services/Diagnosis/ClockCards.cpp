@@ -9,9 +9,6 @@ namespace orvane {
 
 namespace {
 
-// A night goes on after its meal, and the next day begins later than that.
-constexpr double longestPauseSeconds = 21600;
-
 using Files = std::vector<std::size_t>;
 
 /// The files of one folder: those without a day, and of the others, in the order of their starts, what is of
@@ -27,8 +24,9 @@ std::vector<Card> nightsOf(const std::string& folder, Files files, const PlaceOf
     for (const std::size_t file : files) {
         const auto day = placeOf(file).day;
         const SyncEngine::TCRange range = rangeOf(file);
-        const bool isOfLast = !cards.empty() && cards.back().day.has_value() == day.has_value() &&
-                              (cards.back().day == day || range.startSeconds - endsAt <= longestPauseSeconds);
+        const bool isOfLast =
+            !cards.empty() && cards.back().day.has_value() == day.has_value() &&
+            (cards.back().day == day || range.startSeconds - endsAt <= longestPauseOfANight);
         if (!isOfLast) {
             cards.push_back({folder, day, {}});
             endsAt = range.endSeconds;

@@ -90,6 +90,9 @@ struct TimedClips {
 /// The share of the hours of the clips during which there is sound.
 double soundShare(const Shoot& shoot, const std::vector<const Shoot::Clip*>& clips);
 
+/// A night goes on after its meal, and the next day begins later than that.
+inline constexpr double longestPauseOfANight = 21600;
+
 /// What people set clocks wrong by are multiples of it.
 inline constexpr double niceOffsetStepSeconds = 1800;
 /// Of the labels of most clips, unless the work says at which rate timecode is read.

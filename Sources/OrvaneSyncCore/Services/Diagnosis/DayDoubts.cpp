@@ -1,8 +1,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
-#include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
+#include "OrvaneSyncCore/Services/Diagnosis/DayCures.h"
 #include "OrvaneSyncCore/Services/Diagnosis/MixedDays.h"
-#include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Stop.h"
@@ -25,7 +24,7 @@ using TCRange = SyncEngine::TCRange;
 /// Whether the day of a clip's sound can be relied on, and what speaks against it.
 class DayDoubts {
   public:
-    DayDoubts(const Shoot& shoot, SyncDoubts& doubts) : shoot_(shoot), doubts_(doubts) {}
+    DayDoubts(const Shoot& shoot, SyncDoubts& doubts) : shoot_(shoot), doubts_(doubts), cures_(shoot) {}
 
     void add() {
         for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
@@ -41,15 +40,12 @@ class DayDoubts {
                 unused_[*recording.place.day].add(recording.place.range, i);
         }
         for (auto& [day, cover] : unused_) cover.finish();
-        for (const Shoot::Clip& clip : shoot_.clips) {
-            if (!clip.place) continue;
-            clipDays_[folderOf(clip.group->video)].insert(clip.likelyDay());
-            if (clip.primary) soundDays_[folderOf(*primaryOf(clip).asset)].insert(clip.likelyDay());
-        }
         daysMayBeMixed_ = daysShareHours(shoot_) || clipsShareHours(shoot_) || undatedFilesCollide(shoot_);
         isDateGivenToSeveralShoots_ = givesDateToSeveralShoots(shoot_);
         if (daysMayBeMixed_) findSuspected();
         findFree();
+        findOfOwnDay();
+        findHeard();
         for (const Card& card : cardsOfManyClips()) {
             wrongDateOf(card);
             if (std::cmp_less(card.files.size(), fewestOfADate))
@@ -72,58 +68,6 @@ class DayDoubts {
     }
 
   private:
-    using DaysByFolder = std::map<std::string_view, std::set<std::optional<long>>>;
-
-    /// A date is given to all recordings of a scan. Folders are named where they hold no other day; that of
-    /// the sound only where the sound says what day it is of, or fits that day rather than its own. Where the
-    /// clips of several days lie in one folder, the others are left out.
-    const std::string& dayAlone(std::optional<long> day, std::string_view clips, std::string_view sound = {},
-                                bool isSoundSure = false) {
-        const auto [known, isNew] =
-            daysAlone_.try_emplace({day, std::string(clips), std::string(sound), isSoundSure});
-        if (!isNew) return known->second;
-        const auto isOfDay = [&](const DaysByFolder& days, std::string_view folder, bool mayBeUnused) {
-            const auto found = days.find(folder);
-            return day && !folder.empty() &&
-                   (found == days.end() ? mayBeUnused : found->second == std::set{day});
-        };
-        const bool isSuspected = std::ranges::any_of(suspected_, [&](const auto& entry) {
-            return entry.first.first == sound && entry.second.day == day;
-        });
-        const bool areClipsAlone = isOfDay(clipDays_, clips, false);
-        const bool isSoundAlone = isSuspected || (isSoundSure && !sound.empty() && areClipsAlone) ||
-                                  isOfDay(soundDays_, sound, true);
-        std::string files;
-        if (areClipsAlone && isSoundAlone)
-            files = "--video " + shellQuoted(clips) + " --audio " + shellQuoted(sound);
-        else if (day && isSoundAlone)
-            files = withoutOthers(*day, sound);
-        known->second = " in a scan of this day alone (" +
-                        (files.empty() ? "its files lie among those of other days: put links to them into a "
-                                         "folder of their own"
-                                       : files) +
-                        ")";
-        return known->second;
-    }
-    /// Empty where nothing leaves out just the clips of other days and other sound.
-    std::string withoutOthers(long day, std::string_view sound) const {
-        std::set<UUID> clips;
-        for (const Shoot::Clip& clip : shoot_.clips)
-            if (clip.place && clip.likelyDay() == day) clips.insert(clip.group->video.id);
-        const auto options = LeavingOut(shoot_).of([&](const MediaAsset& file) {
-            return file.kind == AssetKind::video ? !clips.contains(file.id) : folderOf(file) != sound;
-        });
-        return options ? options->text() : std::string();
-    }
-
-    /// Of what lies in the recording's folder and is of its day.
-    const std::string& cardAlone(const Recording& sound) {
-        const Card card{std::string(folderOf(*sound.asset)), sound.place.day, {}};
-        const auto [known, isNew] = cardsAlone_.try_emplace({card.folder, *card.day});
-        if (isNew) known->second = OffsetCure(shoot_, rateOfLabels(shoot_)).inAScanOfRecordings(card, false);
-        return known->second;
-    }
-
     /// The cards by day; those with less clips than can speak against a date are taken together, as cameras
     /// may have a folder for each clip.
     std::vector<Card> cardsOfManyClips() const {
@@ -148,11 +92,6 @@ class DayDoubts {
         const std::string a = one + "/", b = other + "/";
         const auto same = std::max<std::ptrdiff_t>(std::ranges::mismatch(a, b).in1 - a.begin(), 1);
         return a.substr(0, a.rfind('/', static_cast<std::size_t>(same - 1)));
-    }
-
-    /// Clips of that day would meet the sound of the days beside it as well.
-    bool hasClipsOf(long day) const {
-        return std::ranges::any_of(clipDays_, [&](const auto& entry) { return entry.second.contains(day); });
     }
 
     const Recording& primaryOf(const Shoot::Clip& clip) const { return shoot_.recordings[*clip.primary]; }
@@ -208,7 +147,7 @@ class DayDoubts {
                     "one shoot" +
                     (sound.place.statedDay ? ": the recording itself says " + dayText(*sound.place.statedDay)
                                            : ""),
-                "--sound-date " + (filmed ? dayText(*filmed) : "YYYY-MM-DD") + dayAlone(filmed, clips));
+                cures_.dateOf(filmed, clips, {}));
         if (recorded && filmed) {
             // The moment itself, which may lie across midnight.
             const double apart = static_cast<double>(*recorded - *filmed) * secondsADay +
@@ -222,20 +161,24 @@ class DayDoubts {
             return doubt(clip, Kind::otherDay,
                          namesOf(pair) + " fits by the time of day alone: " + undated +
                              " has no date, and the files here are of more than one day",
-                         "scan each day by itself, give the recordings' day with --sound-date YYYY-MM-DD" +
-                             dayAlone(filmed, clips) + ", or lock the clip where it is right");
+                         "scan each day by itself, give the recordings' day with " +
+                             cures_.dateOf(std::nullopt, clips, {}) + ", or lock the clip where it is right");
         }
         const std::string message = namesOf(pair) + " is of " + dayText(*recorded) + ", and the clip is of " +
                                     dayText(*filmed) + "; they fit by the time of day alone";
+        const bool isOthers = isOfOwnDay_[shoot_.recordingByID.at(match.audio->id)] && !isHeard(clip, sound);
         if (!pair.isFirst())
             return doubt(clip, Kind::otherDay, message,
                          clip.place->day
                              ? "take off what is of another day, scan each day by itself, or --days same"
-                             : "--sound-date " + dayText(*filmed) + cardAlone(sound) +
-                                   " if the recorder's date is wrong, or take off what is of another day");
+                             : (isOthers ? std::string()
+                                         : cures_.dateOfCard(*filmed, sound) +
+                                               " if the recorder's date is wrong, or ") +
+                                   "take off what is of another day");
         return doubt(clip, Kind::otherDay, message,
-                     "--sound-date " + dayText(*filmed) + dayAlone(filmed, clips, folderOf(*sound.asset)) +
-                         " if the recorder's date is wrong, " +
+                     (isOthers ? lookForSoundOf(*filmed) + ", lock the clip where its sound is right, "
+                               : cures_.dateOf(filmed, clips, soundFor(clip, sound)) +
+                                     " if the recorder's date is wrong, ") +
                          (clip.place->day ? "--days same to leave such sound out"
                                           : "an x under 'skip' in the table of 'scan --review' to leave the "
                                             "clip out"));
@@ -284,7 +227,7 @@ class DayDoubts {
                 std::string(folderOf(*sound.asset)) + "' fit " + counted(why.clips, "clip", "clips") +
                 " of " + dayText(why.day) + " that have no other sound, and come first under " +
                 std::to_string(why.own) + " of their own date: it may be wrong",
-            "--sound-date " + dayText(why.day) + dayAlone(why.day, why.folder, folderOf(*sound.asset)));
+            cures_.dateOf(why.day, why.folder, {folderOf(*sound.asset), sound.place.statedDay, true}));
     }
 
     void missesOtherDate(const Shoot::Clip& clip) {
@@ -306,11 +249,10 @@ class DayDoubts {
               shoot_.nameOf(clip.group->video) + " of " + dayText(*clip.place->day) + " has no sound, and " +
                   shoot_.nameOf(*sound.asset) + " of " + dayText(*sound.place.day) +
                   " lies under all of it by the time of day",
-              "--sound-date " + dayText(*clip.place->day) +
-                  dayAlone(clip.place->day, folderOf(clip.group->video), folderOf(*sound.asset)) +
+              cures_.dateOf(clip.place->day, folderOf(clip.group->video), soundFor(clip, sound)) +
                   " if the recorder's date is wrong, or " +
-                  (distance == 1 && !hasClipsOf(*sound.place.day) ? "--days neighbours"
-                                                                  : "attach the recording by hand"));
+                  (distance == 1 && !cures_.hasClipsOf(*sound.place.day) ? "--days neighbours"
+                                                                         : "attach the recording by hand"));
     }
 
     /// Where the clips of a card fit the recordings of another day clearly better than those of their own,
@@ -343,7 +285,7 @@ class DayDoubts {
         // Of a day without any sound nobody filmed but this camera: what lies under other clips counts, too.
         const bool isAlone = !byDay_.contains(*card.day) &&
                              std::ranges::all_of(clips, [](const auto* clip) { return !clip->primary; });
-        const auto soundFor = [&](long day) -> const Cover& {
+        const auto candidates = [&](long day) -> const Cover& {
             return isAlone ? byDay_.at(day) : soundOf(day);
         };
         Fit own{0, *card.day}, other;
@@ -354,7 +296,7 @@ class DayDoubts {
                 continue;
             }
             if (std::abs(day - *card.day) > farthest && byDay_.size() > mostDays) continue;
-            const Fit fit = fitOf(day, soundFor(day));
+            const Fit fit = fitOf(day, candidates(day));
             if (fit.clips > other.clips) other = fit;
         }
         constexpr double clearly = 1.5, majority = 0.6;
@@ -368,24 +310,39 @@ class DayDoubts {
         std::set<std::string_view> folders;
         for (const Recording& recording : shoot_.recordings)
             if (recording.place.day == other.day) folders.insert(folderOf(*recording.asset));
-        for (const auto& [sound, why] : suspected_)
-            if (sound.second == other.day && why.day == own.day) folders = {sound.first};
-        const double share = soundFor(other.day).shareOf(first, last);
+        DayCures::Sound sound{.day = other.day, .isSure = isHeardOn(card.folder, own.day, other.day)};
+        for (const auto& [key, why] : suspected_)
+            if (key.second == other.day && why.day == own.day) {
+                folders = {key.first};
+                sound.isSure = true;
+            }
+        if (folders.size() == 1) sound.folder = *folders.begin();
+        const double share = candidates(other.day).shareOf(first, last);
         if (chance::atLeast(other.clips, count, share) > chance::smallest) return;
+        int ofOwnDay = 0, silent = 0;
+        for (const Shoot::Clip* clip : clips) {
+            silent += clip->primary ? 0 : 1;
+            const auto sound = candidates(other.day).of(clip->place->range);
+            if (sound && isOfOwnDay_[*sound] && !isHeard(*clip, shoot_.recordings[*sound])) ++ofOwnDay;
+        }
+        const bool isOthers = 2 * ofOwnDay > other.clips;
         addCardDoubt(doubts_,
                      {Kind::otherDateFits,
                       "the clips in '" + card.folder + "' are dated " + dayText(own.day) + ", and " +
                           std::to_string(other.clips) + " of " + counted(count, "clip", "clips") +
                           " fit recordings of " + dayText(other.day) + ", " + std::to_string(own.clips) +
-                          " those of their own day",
-                      "--sound-date " + dayText(own.day) +
-                          dayAlone(own.day, card.folder,
-                                   folders.size() == 1 ? *folders.begin() : std::string_view(), isAlone) +
-                          (std::abs(other.day - own.day) == 1 && !hasClipsOf(other.day) &&
-                                   shoot_.input.rules.days != MatchingDays::neighbours
-                               ? ", or --days neighbours"
-                               : "") +
-                          "; one of the two dates is wrong"},
+                          " those of their own day" +
+                          (isOthers ? "; those recordings lie under clips of their day already" : ""),
+                      isOthers
+                          ? lookForSoundOf(own.day) +
+                                ", and where the cameras' date is wrong, attach the recordings by hand, or "
+                                "lock the clips that have them"
+                          : cures_.dateOf(own.day, card.folder, sound) +
+                                (std::abs(other.day - own.day) == 1 && !cures_.hasClipsOf(other.day) &&
+                                         silent > 0 && shoot_.input.rules.days != MatchingDays::neighbours
+                                     ? ", or --days neighbours"
+                                     : "") +
+                                "; one of the two dates is wrong"},
                      clips);
     }
 
@@ -418,6 +375,43 @@ class DayDoubts {
                 free_[*day].add(shoot_.recordings[i].place.range, i);
         for (auto& [day, cover] : free_) cover.finish();
     }
+    /// Recordings that come first under a clip of their own day and lie under all of it are not the sound of
+    /// another one, unless their date is suspected.
+    void findOfOwnDay() {
+        isOfOwnDay_.assign(shoot_.recordings.size(), false);
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            if (!clip.place || !clip.primary || !clip.isCovered) continue;
+            const Recording& sound = primaryOf(clip);
+            if (sound.place.day && sound.place.day == clip.likelyDay() &&
+                !suspected_.contains({folderOf(*sound.asset), *sound.place.day}))
+                isOfOwnDay_[*clip.primary] = true;
+        }
+    }
+    /// What the microphones of cameras heard in recordings of other dates.
+    void findHeard() {
+        if (shoot_.input.heardLags == nullptr) return;
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            if (!clip.place || !clip.primary || !clip.likelyDay()) continue;
+            const auto day = primaryOf(clip).place.day;
+            if (day && day != clip.likelyDay() &&
+                shoot_.input.heardLags->contains(clip.group->audioMatches.front().id))
+                ++heard_[{folderOf(clip.group->video), *clip.likelyDay(), *day}];
+        }
+    }
+    bool isHeardOn(std::string_view clips, long filmed, long recorded) const {
+        const auto found = heard_.find({clips, filmed, recorded});
+        return found != heard_.end() && found->second >= explanation::fewest;
+    }
+    bool isHeard(const Shoot::Clip& clip, const Recording& sound) const {
+        return sound.place.day && isHeardOn(folderOf(clip.group->video), *clip.likelyDay(), *sound.place.day);
+    }
+    DayCures::Sound soundFor(const Shoot::Clip& clip, const Recording& sound) const {
+        return {folderOf(*sound.asset), sound.place.statedDay, isHeard(clip, sound)};
+    }
+    static std::string lookForSoundOf(long day) {
+        return "look for the sound of " + dayText(day) + ", which is missing on the cards";
+    }
+
     bool isSuspected(long day) const {
         return std::ranges::any_of(suspected_, [&](const auto& entry) { return entry.first.second == day; });
     }
@@ -496,15 +490,15 @@ class DayDoubts {
 
     const Shoot& shoot_;
     SyncDoubts& doubts_;
-    DaysByFolder clipDays_;        ///< of the clips in it
-    DaysByFolder soundDays_;       ///< of the clips whose first recording is in it
+    DayCures cures_;
+    std::vector<bool> isOfOwnDay_; ///< by recording
+    /// How many clips of a folder and a day were heard in recordings of another one.
+    std::map<std::tuple<std::string_view, long, long>, int> heard_;
     std::map<long, Cover> byDay_;  ///< of the recordings, seconds since midnight
     std::map<long, Cover> unused_; ///< of those that no clip has
     std::map<long, Cover> free_;   ///< of days with clips of their own, of those that lie under none
     /// By folder and date of the recordings.
     std::map<std::pair<std::string_view, long>, Suspicion> suspected_;
-    std::map<std::pair<std::string, long>, std::string> cardsAlone_;
-    std::map<std::tuple<std::optional<long>, std::string, std::string, bool>, std::string> daysAlone_;
     std::set<std::size_t> fewOfItsDate_; ///< numbers of clips
     bool daysMayBeMixed_ = false;
     bool isDateGivenToSeveralShoots_ = false;

@@ -1,0 +1,113 @@
+#include "OrvaneSyncCore/Services/Diagnosis/DayCures.h"
+
+#include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
+#include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace orvane {
+
+namespace {
+
+/// Whether they follow each other as files of one night do, to which one date is given.
+bool areOfOneNight(std::vector<SyncEngine::TCRange> ranges) {
+    std::ranges::sort(ranges, {}, &SyncEngine::TCRange::startSeconds);
+    double endsAt = ranges.empty() ? 0 : ranges.front().endSeconds;
+    for (const SyncEngine::TCRange& range : ranges) {
+        if (range.startSeconds - endsAt > longestPauseOfANight) return false;
+        endsAt = std::max(endsAt, range.endSeconds);
+    }
+    return !ranges.empty();
+}
+
+} // namespace
+
+DayCures::DayCures(const Shoot& shoot) : shoot_(shoot) {
+    for (const Shoot::Clip& clip : shoot.clips) {
+        if (!clip.place) continue;
+        clipDays_[folderOf(clip.group->video)].insert(clip.likelyDay());
+        if (clip.primary)
+            usedDays_[folderOf(*shoot.recordings[*clip.primary].asset)].insert(clip.likelyDay());
+    }
+    for (const Recording& recording : shoot.recordings)
+        soundDays_[folderOf(*recording.asset)].insert(recording.place.statedDay);
+    findNight();
+}
+
+void DayCures::findNight() {
+    if (shoot_.recordings.empty()) return;
+    std::vector<SyncEngine::TCRange> clips, sound;
+    long first = shoot_.recordings.front().place.statedDay.value_or(0);
+    for (const Recording& recording : shoot_.recordings) {
+        FilePlace place = recording.place;
+        place.day = place.statedDay;
+        if (!place.day) return;
+        first = std::min(first, *place.day);
+        sound.push_back(onLine(place));
+    }
+    for (const Shoot::Clip& clip : shoot_.clips) {
+        if (!clip.place) continue;
+        if (!clip.likelyDay()) return;
+        clips.push_back(onLine(clip.likelyPlace()));
+    }
+    if (areOfOneNight(std::move(clips)) && areOfOneNight(std::move(sound))) firstSoundDay_ = first;
+}
+
+const std::string& DayCures::dateOf(std::optional<long> day, std::string_view clips, const Sound& sound) {
+    const auto [known, isNew] =
+        dates_.try_emplace({day, std::string(clips), std::string(sound.folder), sound.day, sound.isSure});
+    std::string& text = known->second;
+    if (!isNew) return text;
+    text = "--sound-date ";
+    if (day && sound.day && firstSoundDay_) return text += dayText(*firstSoundDay_ + (*day - *sound.day));
+    const std::string files = day ? alone(*day, clips, sound) : std::string();
+    return text += (day ? dayText(*day) : "YYYY-MM-DD") + " in a scan of this day alone (" +
+                   (files.empty() ? "its files lie among those of other days: put links to them into a "
+                                    "folder of their own"
+                                  : files) +
+                   ")";
+}
+
+/// Empty where neither folders nor exclusions part its files from others.
+std::string DayCures::alone(long day, std::string_view clips, const Sound& sound) const {
+    const auto isOfDay = [&](const DaysByFolder& days, std::string_view folder, bool mayBeUnused) {
+        const auto found = days.find(folder);
+        return !folder.empty() &&
+               (found == days.end() ? mayBeUnused : found->second == std::set<std::optional<long>>{day});
+    };
+    if (!sound.isSure && !isOfDay(usedDays_, sound.folder, true)) return {};
+    const auto recorded = soundDays_.find(sound.folder);
+    if (isOfDay(clipDays_, clips, false) && recorded != soundDays_.end() && recorded->second.size() == 1)
+        return "--video " + shellQuoted(clips) + " --audio " + shellQuoted(sound.folder);
+    return withoutOthers(day, sound);
+}
+
+/// Empty where nothing leaves out just the clips of other days and other sound.
+std::string DayCures::withoutOthers(long day, const Sound& sound) const {
+    std::set<UUID> kept;
+    for (const Shoot::Clip& clip : shoot_.clips)
+        if (clip.place && clip.likelyDay() == day) kept.insert(clip.group->video.id);
+    for (const Recording& recording : shoot_.recordings)
+        if (folderOf(*recording.asset) == sound.folder && recording.place.statedDay == sound.day)
+            kept.insert(recording.asset->id);
+    const auto options =
+        LeavingOut(shoot_).of([&](const MediaAsset& file) { return !kept.contains(file.id); });
+    return options ? options->text() : std::string();
+}
+
+const std::string& DayCures::dateOfCard(long day, const Recording& sound) {
+    const Card card{std::string(folderOf(*sound.asset)), sound.place.day, {}};
+    const auto [known, isNew] = cards_.try_emplace({day, card.folder, *card.day});
+    if (isNew)
+        known->second = "--sound-date " + dayText(day) +
+                        OffsetCure(shoot_, rateOfLabels(shoot_)).inAScanOfRecordings(card, false);
+    return known->second;
+}
+
+bool DayCures::hasClipsOf(long day) const {
+    return std::ranges::any_of(clipDays_, [&](const auto& entry) { return entry.second.contains(day); });
+}
+
+} // namespace orvane

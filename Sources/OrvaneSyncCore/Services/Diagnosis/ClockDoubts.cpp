@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/MixedDays.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetWindows.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
@@ -37,7 +38,7 @@ class ClockDoubts {
   public:
     ClockDoubts(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts)
         : shoot_(shoot), doubts_(doubts), rate_(rateOfLabels(shoot)), cure_(shoot, rate_), clips_(clips.all),
-          uncovered_(clips.uncovered) {}
+          uncovered_(clips.uncovered), isDateGivenToSeveralShoots_(givesDateToSeveralShoots(shoot)) {}
 
     void add() {
         findDoubtedCards();
@@ -177,7 +178,8 @@ class ClockDoubts {
     void offsetOf(const DoubtedCard& one) {
         platform::throwIfStopped(shoot_.stop);
         if (offsetAmong(one, one.card, false) || one.isPart || !one.isUnmet) return;
-        if (offsetAmong(one, one.card, true) || !one.card.day) return;
+        // What was given the date of another shoot lies anywhere.
+        if (isDateGivenToSeveralShoots_ || offsetAmong(one, one.card, true) || !one.card.day) return;
         std::vector<Card> tried = onOtherDays(one.card);
         // Where the date alone is wrong, no hours are to be told.
         if (std::ranges::any_of(tried, [&](const Card& card) { return fitsAsItIs(card); })) return;
@@ -455,6 +457,7 @@ class ClockDoubts {
     const std::vector<const Shoot::Clip*>& uncovered_;
     std::vector<DoubtedCard> doubtedCards_;
     std::vector<bool> isSuspected_; ///< by recording, of a card that lies under few clips
+    bool isDateGivenToSeveralShoots_;
 };
 
 } // namespace

@@ -258,6 +258,41 @@ TEST(ClockDoubts, ARecorderThatWasStartedLateIsNoWrongClockOnceTheCamerasWereHea
     }
 }
 
+TEST(ClockDoubts, WhatWasHeardIsCuredInAScanOfItsRecorderAlone) {
+    struct Case {
+        const char *bag, *cart; ///< what the paths begin with; the first one is heard and 2 s late
+        bool hasOtherCamera;
+        const char* scan;
+    };
+    for (const Case& one :
+         {Case{"/S/BAG/B", "/S/CART/T", false, "in a scan of this card alone (--exclude 'CART');"},
+          {"/S/B", "/S/T", false, "in a scan of this card alone (--exclude 'S/T*.wav');"},
+          {"/S/T1", "/S/T2", false, "in a scan of these recordings alone (put links"},
+          {"/S/BAG/B", "/S/CART/T", true,
+           "in a scan of this card alone (--exclude 'CAM2' --exclude 'CART');"}}) {
+        Shot shot;
+        for (int i = 0; i < 4; ++i) {
+            const std::string number = std::to_string(i);
+            const double at = 36000 + 300 * i;
+            shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", at, 10));
+            if (one.hasOtherCamera) shot.videos.push_back(clipAt("/CAM2/B" + number + ".mov", at, 10));
+            shot.audios.push_back(recordingAt(one.bag + number + ".wav", at - 3, 20));
+            shot.audios.push_back(recordingAt(one.cart + number + ".wav", at - 4, 20));
+        }
+        shot.diagnose();
+        std::unordered_map<UUID, HeardLag> heard;
+        for (const SyncGroup& group : shot.groups)
+            if (group.video.url.path.starts_with("/CAM/")) heard[group.audioMatches.front().id] = {-2};
+        shot.doubts =
+            SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard});
+        ASSERT_TRUE(shot.card(Kind::constantOffset)) << one.bag;
+        EXPECT_NE(shot.card(Kind::constantOffset)->doubt.cure.find(one.scan), std::string::npos)
+            << shot.card(Kind::constantOffset)->doubt.cure;
+        EXPECT_EQ(shot.count(Kind::ambiguous) + shot.count(Kind::otherDay), std::ssize(shot.groups))
+            << "which of the two is right";
+    }
+}
+
 /// A clock that was set anew within a day, on one card.
 TEST(ClockDoubts, RecordingsThatWereHeardInPlaceSayNothingOfTheOthers) {
     Shot shot;

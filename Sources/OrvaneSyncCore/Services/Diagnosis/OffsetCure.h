@@ -16,8 +16,8 @@ class OffsetCure {
     /// day; what is more goes into the date.
     std::string of(const Card& card, double offset) const;
     /// For options that would move the sound of other cards as well. `isPart`: other recordings of the card
-    /// are right.
-    std::string inAScanOfRecordings(const Card& card, bool isPart) const;
+    /// are right. `clips`: the folder of those that they are wrong for; empty for all.
+    std::string inAScanOfRecordings(const Card& card, bool isPart, const std::string& clips = {}) const;
     std::string inAScanOfClips(const Card& card) const;
 
   private:

@@ -1,4 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
+#include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Stop.h"
 
@@ -21,8 +23,9 @@ constexpr double mostlyAgreeing = 0.8;  // of the clips that were moved
 
 /// Clips of one camera folder with sound of one card.
 struct HandledClips {
-    std::vector<double> offsets;             ///< of those that were moved by hand, seconds
-    std::vector<double> heard;               ///< by the cameras' microphones, of those that were not
+    std::vector<double> offsets; ///< of those that were moved by hand, seconds
+    std::vector<double> heard;   ///< by the cameras' microphones, of those that were not
+    std::vector<const Shoot::Clip*> all;
     std::vector<const Shoot::Clip*> unmoved; ///< and not settled
     bool isConfirmed = false;                ///< somebody settled one where timecode laid it
 };
@@ -46,16 +49,41 @@ std::optional<Agreement> agreementOf(std::vector<double> offsets) {
     return Agreement{offset, agreeing};
 }
 
+using CardKey = std::tuple<std::string_view, std::string_view, std::optional<long>>; ///< clips, sound, day
+
+/// The mark that all first recordings of the clips have, and no other recorder's beside them. Whether nothing
+/// else of the folder lies beside them, or such a mark parts the two.
+bool findRecorder(Card& sound, const std::vector<const Shoot::Clip*>& clips) {
+    std::vector<const MediaAsset*> own, others;
+    for (const Shoot::Clip* clip : clips) {
+        own.push_back(clip->group->primaryAudio());
+        for (const TakeFile& file : takeOf(*clip->group, assumedChannels).files)
+            if (const MediaAsset& other = *clip->group->audioMatches[file.matchIndex].audio;
+                file.role == TakeRole::alternate && folderOf(other) == sound.folder)
+                others.push_back(&other);
+    }
+    if (others.empty()) return true;
+    for (const RecorderMark::By by : RecorderMark::all) {
+        const RecorderMark mark = RecorderMark::of(*own.front(), by);
+        const auto isOn = [&](const MediaAsset* file) { return mark.isOn(*file); };
+        if (!std::ranges::all_of(own, isOn) || std::ranges::any_of(others, isOn)) continue;
+        sound.recorder = mark;
+        return true;
+    }
+    return false;
+}
+
 } // namespace
 
 void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
     static const std::unordered_map<UUID, HeardLag> none;
     const auto& heardLags = shoot.input.heardLags != nullptr ? *shoot.input.heardLags : none;
-    std::map<std::tuple<std::string_view, std::string_view, std::optional<long>>, HandledClips> cards;
+    std::map<CardKey, HandledClips> cards;
     for (const Shoot::Clip& clip : shoot.clips) {
         if (!clip.primary || clip.group->isExcludedFromExport) continue;
         const Recording& sound = shoot.recordings[*clip.primary];
         HandledClips& card = cards[{folderOf(clip.group->video), folderOf(*sound.asset), sound.place.day}];
+        card.all.push_back(&clip);
         if (std::abs(clip.group->manualAudioOffsetSeconds) >= leastByHandSeconds)
             card.offsets.push_back(clip.group->manualAudioOffsetSeconds);
         else if (clip.isDecided)
@@ -67,6 +95,7 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
             card.heard.push_back(lag->second.seconds);
     }
     const auto rate = rateOfLabels(shoot);
+    const OffsetCure cure(shoot, rate);
     for (auto& [key, card] : cards) {
         platform::throwIfStopped(shoot.stop);
         if (card.isConfirmed || card.unmoved.empty()) continue;
@@ -79,21 +108,30 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
         const std::string clips = counted(offset->count, "clip", "clips");
         const std::string span = spanText(std::abs(offset->seconds));
         const bool isEarlier = offset->seconds < 0;
-        addCardDoubt(doubts,
-                     {SyncDoubt::Kind::constantOffset,
-                      moved ? "the sound of " + clips + " in " + folder + " was moved " + span +
-                                  (isEarlier ? " earlier" : " later") +
-                                  " by hand, and that of the others, with recordings of the same card, was "
-                                  "not: its clock may be wrong by that"
-                            : "the microphones of the cameras heard the sound of " + clips + " in " + folder +
-                                  " " + span + (isEarlier ? " earlier" : " later") + " than '" +
-                                  std::string(std::get<1>(key)) +
-                                  "' has it: the clock of that card is wrong by that, though each clip lies "
-                                  "within its recording",
-                      (moved ? "move the others by as much, or " : std::string()) + "--sound-offset " +
-                          offsetText(offset->seconds + shoot.input.rules.soundOffsetSeconds, rate) +
-                          " in a scan of this card alone; lock a clip whose sound is right as it is"},
-                     card.unmoved);
+        const auto& [camera, recorder, day] = key;
+        Card sound{std::string(recorder), day, {}};
+        const bool isAlone = std::ranges::none_of(cards, [&](const auto& other) {
+            return other.first != key && std::get<1>(other.first) == recorder &&
+                   std::get<2>(other.first) == day;
+        });
+        const bool isPart = !findRecorder(sound, card.all);
+        addCardDoubt(
+            doubts,
+            {SyncDoubt::Kind::constantOffset,
+             moved ? "the sound of " + clips + " in " + folder + " was moved " + span +
+                         (isEarlier ? " earlier" : " later") +
+                         " by hand, and that of the others, with recordings of the same card, was "
+                         "not: its clock may be wrong by that"
+                   : "the microphones of the cameras heard the sound of " + clips + " in " + folder + " " +
+                         span + (isEarlier ? " earlier" : " later") + " than '" +
+                         std::string(std::get<1>(key)) +
+                         "' has it: the clock of that card is wrong by that, though each clip lies "
+                         "within its recording",
+             (moved ? "move the others by as much, or " : std::string()) + "--sound-offset " +
+                 offsetText(offset->seconds + shoot.input.rules.soundOffsetSeconds, rate) +
+                 cure.inAScanOfRecordings(sound, isPart, isAlone ? std::string() : std::string(camera)) +
+                 "; lock a clip whose sound is right as it is"},
+            card.unmoved);
     }
 }
 

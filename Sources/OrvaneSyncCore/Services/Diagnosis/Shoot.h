@@ -112,7 +112,8 @@ std::string spanText(double seconds);
 
 void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts);
 void addCutFiles(const Shoot& shoot, SyncDoubts& doubts);
-/// Of clips whose first recording nothing else speaks against, so after all others.
+/// Of clips whose first recording nothing speaks against but what was heard of it, so after all others but
+/// that.
 void addRivalDoubts(const Shoot& shoot, SyncDoubts& doubts);
 void addDayDoubts(const Shoot& shoot, SyncDoubts& doubts);
 void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts);

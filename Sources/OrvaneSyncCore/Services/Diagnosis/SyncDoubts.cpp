@@ -18,8 +18,8 @@ SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) 
     addRecorderDates(shoot, doubts);
     addTimecodeDoubts(shoot, doubts);
     addDrift(shoot, doubts);
-    addOffsetsByHand(shoot, doubts);
     addRivalDoubts(shoot, doubts);
+    addOffsetsByHand(shoot, doubts);
     return doubts;
 }
 

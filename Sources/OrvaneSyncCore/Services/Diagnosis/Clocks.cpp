@@ -62,6 +62,16 @@ TimecodeFrameRate rateOfLabels(const Shoot& shoot) {
     return shoot.input.rules.timecodeRate.value_or(rateOfMostClips(shoot.input.groups));
 }
 
+std::vector<TimecodeFrameRate> ratesCountingAs(TimecodeFrameRate rate) {
+    using enum TimecodeFrameRate;
+    std::vector<TimecodeFrameRate> rates{fps23_976, fps24, fps29_97, fps29_97d, fps30,
+                                         fps47_952, fps48, fps59_94, fps59_94d, fps60};
+    std::erase_if(rates, [&](TimecodeFrameRate other) {
+        return timecodeRate::maxFrames(other) != timecodeRate::maxFrames(rate);
+    });
+    return rates;
+}
+
 double labelSeconds(double seconds, TimecodeFrameRate rate) {
     const auto count = static_cast<std::int64_t>(seconds);
     return Timecode({0, 0, 0, count, 0, 0}, rate).realTimeValue();

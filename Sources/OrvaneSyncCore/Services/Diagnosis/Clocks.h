@@ -97,6 +97,8 @@ inline constexpr double longestPauseOfANight = 21600;
 inline constexpr double niceOffsetStepSeconds = 1800;
 /// Of the labels of most clips, unless the work says at which rate timecode is read.
 TimecodeFrameRate rateOfLabels(const Shoot& shoot);
+/// The rates whose seconds have as many labels as those of the given one, itself among them.
+std::vector<TimecodeFrameRate> ratesCountingAs(TimecodeFrameRate rate);
 /// How long labels of that rate take to count so many seconds.
 double labelSeconds(double seconds, TimecodeFrameRate rate);
 

@@ -1,7 +1,10 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
+#include "OrvaneSyncCore/Services/Matching/AssetPlacement.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
+#include "OrvaneSyncCore/Utilities/RateText.h"
 #include "Platform/Stop.h"
 
 #include <algorithm>
@@ -25,6 +28,8 @@ constexpr double mostlyAgreeing = 0.8;  // of the clips that were moved
 struct HandledClips {
     std::vector<double> offsets; ///< of those that were moved by hand, seconds
     std::vector<double> heard;   ///< by the cameras' microphones, of those that were not
+    std::vector<std::pair<const Shoot::Clip*, double>>
+        places; ///< of these, where on the clip the sound began
     std::vector<const Shoot::Clip*> all;
     std::vector<const Shoot::Clip*> unmoved; ///< and not settled
     bool isConfirmed = false;                ///< somebody settled one where timecode laid it
@@ -35,7 +40,7 @@ struct Agreement {
     double seconds;
     std::ptrdiff_t count;
 };
-std::optional<Agreement> agreementOf(std::vector<double> offsets) {
+std::optional<Agreement> agreementOf(std::vector<double> offsets, double least = leastByHandSeconds) {
     if (std::cmp_less(offsets.size(), explanation::fewest)) return std::nullopt;
     const auto middle = offsets.begin() + std::ssize(offsets) / 2;
     std::ranges::nth_element(offsets, middle);
@@ -44,7 +49,7 @@ std::optional<Agreement> agreementOf(std::vector<double> offsets) {
         std::ranges::count_if(offsets, [&](double own) { return std::abs(own - offset) <= agreeingSeconds; });
     if (agreeing < explanation::fewest ||
         static_cast<double>(agreeing) < mostlyAgreeing * static_cast<double>(offsets.size()) ||
-        std::abs(offset) < leastByHandSeconds)
+        std::abs(offset) < least)
         return std::nullopt;
     return Agreement{offset, agreeing};
 }
@@ -73,6 +78,27 @@ bool findRecorder(Card& sound, const std::vector<const Shoot::Clip*>& clips) {
     return false;
 }
 
+/// The rate at which labels have to be read so that one offset brings all sound where it was heard.
+struct HeardRate {
+    TimecodeFrameRate rate;
+    Agreement offset; ///< of the recordings, to be added to what they state
+};
+std::optional<HeardRate> rateOf(const Shoot& shoot, const HandledClips& card) {
+    for (const TimecodeFrameRate rate : ratesCountingAs(rateOfLabels(shoot))) {
+        if (rate == shoot.input.rules.timecodeRate) continue;
+        std::vector<double> offsets;
+        for (const auto& [clip, place] : card.places) {
+            const auto sound = AssetPlacement(*clip->group->primaryAudio(), rate).range();
+            const auto picture = AssetPlacement(clip->group->video, rate).range();
+            if (sound && picture)
+                offsets.push_back(
+                    std::remainder(place - (sound->startSeconds - picture->startSeconds), secondsADay));
+        }
+        if (const auto offset = agreementOf(std::move(offsets), 0)) return HeardRate{rate, *offset};
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
@@ -91,8 +117,11 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
         else
             card.unmoved.push_back(&clip);
         if (const auto lag = heardLags.find(clip.group->audioMatches.front().id);
-            lag != heardLags.end() && clip.group->manualAudioOffsetSeconds == 0)
+            lag != heardLags.end() && clip.group->manualAudioOffsetSeconds == 0) {
             card.heard.push_back(lag->second.seconds);
+            card.places.emplace_back(&clip, clip.group->audioMatches.front().syncOffsetSeconds +
+                                                lag->second.seconds);
+        }
     }
     const auto rate = rateOfLabels(shoot);
     const OffsetCure cure(shoot, rate);
@@ -101,13 +130,11 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
         if (card.isConfirmed || card.unmoved.empty()) continue;
         const std::string folder = "'" + std::string(std::get<0>(key)) + "'";
         const auto moved = agreementOf(card.offsets);
-        const auto offset = moved ? moved : agreementOf(card.heard);
         // Of sound that runs at another speed, the distance is that of one moment alone.
-        if (!offset || (!moved && doubts.has(card.unmoved.front()->group->id, {SyncDoubt::Kind::drift})))
-            continue;
-        const std::string clips = counted(offset->count, "clip", "clips");
-        const std::string span = spanText(std::abs(offset->seconds));
-        const bool isEarlier = offset->seconds < 0;
+        if (!moved && doubts.has(card.unmoved.front()->group->id, {SyncDoubt::Kind::drift})) continue;
+        const auto offset = moved ? moved : agreementOf(card.heard);
+        const auto heardRate = offset || agreementOf(card.heard, 0) ? std::nullopt : rateOf(shoot, card);
+        if (!offset && !heardRate) continue;
         const auto& [camera, recorder, day] = key;
         Card sound{std::string(recorder), day, {}};
         const bool isAlone = std::ranges::none_of(cards, [&](const auto& other) {
@@ -115,23 +142,41 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
                    std::get<2>(other.first) == day;
         });
         const bool isPart = !findRecorder(sound, card.all);
-        addCardDoubt(
-            doubts,
-            {SyncDoubt::Kind::constantOffset,
-             moved ? "the sound of " + clips + " in " + folder + " was moved " + span +
-                         (isEarlier ? " earlier" : " later") +
-                         " by hand, and that of the others, with recordings of the same card, was "
-                         "not: its clock may be wrong by that"
-                   : "the microphones of the cameras heard the sound of " + clips + " in " + folder + " " +
-                         span + (isEarlier ? " earlier" : " later") + " than '" +
-                         std::string(std::get<1>(key)) +
-                         "' has it: the clock of that card is wrong by that, though each clip lies "
-                         "within its recording",
-             (moved ? "move the others by as much, or " : std::string()) + "--sound-offset " +
-                 offsetText(offset->seconds + shoot.input.rules.soundOffsetSeconds, rate) +
-                 cure.inAScanOfRecordings(sound, isPart, isAlone ? std::string() : std::string(camera)) +
-                 "; lock a clip whose sound is right as it is"},
-            card.unmoved);
+        const std::string scan =
+            cure.inAScanOfRecordings(sound, isPart, isAlone ? std::string() : std::string(camera)) +
+            "; lock a clip whose sound is right as it is";
+        if (heardRate) {
+            const auto [least, most] = std::ranges::minmax(card.heard);
+            const double total = heardRate->offset.seconds;
+            const std::string option = "--tc-rate " + rateText(heardRate->rate);
+            addCardDoubt(doubts,
+                         {SyncDoubt::Kind::timecodeRate,
+                          "the microphones of the cameras heard the sound of " +
+                              counted(heardRate->offset.count, "clip", "clips") + " in " + folder +
+                              formatted(" %.1f s", least) + formatted(" to %.1f s", most) +
+                              " away from where '" + std::string(recorder) +
+                              "' has it; with timecode that counts " + rateText(heardRate->rate) +
+                              " frames a second, they all are " + spanText(std::abs(total)) +
+                              (total < 0 ? " late" : " early"),
+                          option + " --sound-offset " + offsetText(total, heardRate->rate) + scan},
+                         card.unmoved);
+            continue;
+        }
+        const std::string clips = counted(offset->count, "clip", "clips");
+        const std::string span =
+            spanText(std::abs(offset->seconds)) + (offset->seconds < 0 ? " earlier" : " later");
+        addCardDoubt(doubts,
+                     {SyncDoubt::Kind::constantOffset,
+                      moved ? "the sound of " + clips + " in " + folder + " was moved " + span +
+                                  " by hand, and that of the others, with recordings of the same card, was "
+                                  "not: its clock may be wrong by that"
+                            : "the microphones of the cameras heard the sound of " + clips + " in " + folder +
+                                  " " + span + " than '" + std::string(recorder) +
+                                  "' has it: the clock of that card is wrong by that, though each clip lies "
+                                  "within its recording",
+                      (moved ? "move the others by as much, or " : std::string()) + "--sound-offset " +
+                          offsetText(offset->seconds + shoot.input.rules.soundOffsetSeconds, rate) + scan},
+                     card.unmoved);
     }
 }
 

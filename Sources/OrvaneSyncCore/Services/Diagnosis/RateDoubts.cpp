@@ -5,7 +5,10 @@
 #include "Platform/Stop.h"
 #include "Timecode/TimecodeFrameRate.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -26,9 +29,15 @@ class RateDoubts {
     }
 
   private:
+    struct Explained : Found {
+        /// By which the recordings would lie under all of these clips as they are read, too; empty where the
+        /// end goes before the start.
+        SyncEngine::TCRange offsets{-std::numeric_limits<double>::infinity(),
+                                    std::numeric_limits<double>::infinity()};
+    };
     struct Rate {
         TimecodeFrameRate rate;
-        int found;
+        Explained found;
     };
 
     /// The rate of a shoot at which most clips without sound find it, where labels that count alike were read
@@ -39,12 +48,8 @@ class RateDoubts {
         const double share = soundShare(shoot_, clips_.all);
         std::optional<Rate> best;
         int most = explanation::fewest - 1;
-        using enum TimecodeFrameRate;
-        for (const auto candidate :
-             {fps23_976, fps24, fps29_97, fps29_97d, fps30, fps47_952, fps48, fps59_94, fps59_94d, fps60}) {
-            if (candidate == shoot_.input.rules.timecodeRate ||
-                timecodeRate::maxFrames(candidate) != timecodeRate::maxFrames(rate_))
-                continue;
+        for (const auto candidate : ratesCountingAs(rate_)) {
+            if (candidate == shoot_.input.rules.timecodeRate) continue;
             platform::throwIfStopped(shoot_.stop);
             const auto [all, without] = foundAt(candidate);
             if (without.clips <= most || without.recordings < explanation::fewest) continue;
@@ -54,7 +59,7 @@ class RateDoubts {
                     chance::smallest)
                 continue;
             most = without.clips;
-            best = Rate{candidate, without.clips};
+            best = Rate{candidate, without};
         }
         return best;
     }
@@ -63,7 +68,7 @@ class RateDoubts {
         return std::abs(a.range.startSeconds - b.range.startSeconds) > aFrame;
     }
     /// Of all clips, and of those without sound.
-    std::pair<Found, Found> foundAt(TimecodeFrameRate rate) const {
+    std::pair<Explained, Explained> foundAt(TimecodeFrameRate rate) const {
         MatchRules rules = shoot_.input.rules;
         rules.timecodeRate = rate;
         Places places(rules);
@@ -77,7 +82,7 @@ class RateDoubts {
             }
         covers.finish();
         std::set<std::size_t> used;
-        Found all, without;
+        Explained all, without;
         for (const Shoot::Clip* clip : clips_.all) {
             auto place = places.of(clip->group->video);
             if (place) place->day = clip->place->day;
@@ -88,20 +93,37 @@ class RateDoubts {
             if (clip->isCovered || !(isMoved[*sound] || areApart(*place, *clip->place))) continue;
             ++without.clips;
             used.insert(*sound);
+            const SyncEngine::TCRange &stays = shoot_.recordings[*sound].place.range,
+                                      &clipStays = clip->place->range;
+            without.offsets.startSeconds = std::max(
+                without.offsets.startSeconds, clipStays.endSeconds - stays.endSeconds - coverSlackSeconds);
+            without.offsets.endSeconds = std::min(
+                without.offsets.endSeconds, clipStays.startSeconds - stays.startSeconds + coverSlackSeconds);
         }
         without.recordings = static_cast<int>(used.size());
         return {all, without};
     }
     void addRate(const Rate& rate) {
         const std::string text = rateText(rate.rate);
-        addCardDoubt(doubts_,
-                     {SyncDoubt::Kind::timecodeRate,
-                      "clips and recordings drift apart with the time of day; with timecode that counts " +
-                          text + " frames a second, " + std::to_string(rate.found) + " of " +
-                          counted(clips_.uncovered.size(), "clip", "clips") +
-                          " without all of their sound would match",
-                      "--tc-rate " + text},
-                     clips_.all); // what has sound has it by the wrong rate
+        // Timecode that was set at one moment and runs at the rate that it states is as likely.
+        const auto& [first, last] = rate.found.offsets;
+        const auto offset = first <= last ? std::optional(std::round((first + last) / 2)) : std::nullopt;
+        addCardDoubt(
+            doubts_,
+            {SyncDoubt::Kind::timecodeRate,
+             "clips and recordings drift apart with the time of day; with timecode that counts " + text +
+                 " frames a second, " + std::to_string(rate.found.clips) + " of " +
+                 counted(clips_.uncovered.size(), "clip", "clips") +
+                 " without all of their sound would match" +
+                 (offset ? "; with the recordings moved by about " + spanText(std::abs(*offset)) +
+                               (*offset < 0 ? " earlier" : " later") + " they would as well"
+                         : ""),
+             "--tc-rate " + text +
+                 (offset ? ", then check a clap early and one late on the card; where both are off, and not "
+                           "alike, --sound-offset " +
+                               offsetText(*offset + shoot_.input.rules.soundOffsetSeconds, rate_) + " instead"
+                         : "")},
+            clips_.all); // what has sound has it by the wrong rate
     }
 
     const Shoot& shoot_;

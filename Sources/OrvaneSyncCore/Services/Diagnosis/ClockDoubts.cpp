@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <set>
 #include <utility>
@@ -23,6 +24,7 @@ using Kind = SyncDoubt::Kind;
 using TCRange = SyncEngine::TCRange;
 
 constexpr double halfADay = 43200;
+constexpr std::size_t mostDays = 8; // of others that are tried for a card, the nearest ones
 // Clips times recordings of a card whose offsets are looked at; of more clips, some are enough to find it.
 constexpr std::size_t mostPairs = 10'000;
 // Nice offsets may serve a little fewer clips than the best one: a clip may begin before its sound.
@@ -63,6 +65,9 @@ class ClockDoubts {
     void findDoubtedCards() {
         const RecordersCards recorders(shoot_, clips_);
         isSuspected_.assign(shoot_.recordings.size(), false);
+        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
+            if (const auto day = shoot_.recordings[i].place.day; day && recorders.isRight[i])
+                usedDays_.insert(*day);
         for (const Card& card : recorders.cards) {
             const auto& files = card.files;
             const int right = recorders.countOf(files, recorders.isRight);
@@ -192,7 +197,6 @@ class ClockDoubts {
     }
     /// The card on the days of clips that it can't meet by its own, the nearest ones.
     std::vector<Card> onOtherDays(const Card& card) const {
-        constexpr std::size_t mostDays = 8;
         std::set<std::pair<long, long>> days; // by how far they are
         for (const Shoot::Clip* clip : clips_)
             if (const auto day = clip->likelyDay(); day && !mayMeet(card, *clip))
@@ -273,45 +277,75 @@ class ClockDoubts {
             (clip.isCovered ? covered : clips).push_back(&clip);
         }
         if (std::cmp_less(clips.size(), explanation::fewest)) return;
-        std::vector<std::size_t> files;
+        if (offsetOfClips(card, clips, covered, std::nullopt, chance::smallest) || !card.day) return;
+        // The date of the camera may be wrong as well, though not where its own clips are of that day.
+        std::vector<long> days;
+        std::ranges::copy_if(usedDays_, std::back_inserter(days),
+                             [&](long day) { return !card.isOf(day) && !isFilmedIn(card.folder, day); });
+        std::ranges::stable_sort(days, {}, [&](long day) { return std::abs(day - *card.day); });
+        days.resize(std::min(days.size(), mostDays));
+        for (const long day : days)
+            if (offsetOfClips(card, clips, covered, day,
+                              chance::smallest * chance::smallest / static_cast<double>(days.size())))
+                return;
+    }
+    bool isFilmedIn(const std::string& folder, long day) const {
+        return std::ranges::any_of(clips_, [&](const Shoot::Clip* clip) {
+            return clip->likelyDay() == day && folderOf(clip->group->video) == folder;
+        });
+    }
+    /// `soundDay`: of the recordings, which then are tried on the day of the card. Whether there is a doubt.
+    bool offsetOfClips(const Card& card, const std::vector<const Shoot::Clip*>& clips,
+                       const std::vector<const Shoot::Clip*>& covered, std::optional<long> soundDay,
+                       double mostChance) {
         std::vector<FilePlace> sounds;
         for (std::size_t i = 0; i < shoot_.recordings.size(); ++i) {
-            if (isSuspected_[i]) continue;
-            files.push_back(i);
-            sounds.push_back(shoot_.recordings[i].place);
+            const FilePlace& place = shoot_.recordings[i].place;
+            if (isSuspected_[i] || (soundDay && place.day != soundDay)) continue;
+            sounds.push_back(place);
+            if (soundDay) sounds.back().day = card.day;
         }
-        const auto common =
-            commonOffset(clips, sounds,
-                         [](double, const std::vector<const Shoot::Clip*>& looked) { return looked.size(); });
-        // By more than a day, it is the date that is wrong first.
-        if (!common || std::abs(common->seconds) >= secondsADay) return;
+        const auto common = commonOffset(
+            clips, sounds,
+            [](double, const std::vector<const Shoot::Clip*>& looked) { return looked.size(); }, mostChance);
+        // By more than a day, it is the date that is wrong first; by nothing, the date alone.
+        if (!common || std::abs(common->seconds) >= secondsADay ||
+            std::abs(common->seconds) <= coverSlackSeconds)
+            return false;
         std::set<std::size_t> used;
         std::vector<const Shoot::Clip*> found;
         for (const Shoot::Clip* clip : clips) {
-            const auto sound = std::ranges::find_if(files, [&](std::size_t file) {
-                const auto window = windowOf(*clip, shoot_.recordings[file].place, 0);
+            const auto sound = std::ranges::find_if(sounds, [&](const FilePlace& place) {
+                const auto window = windowOf(*clip, place, 0);
                 return window && window->first <= common->seconds && common->seconds <= window->last;
             });
-            if (sound == files.end()) continue;
+            if (sound == sounds.end()) continue;
             found.push_back(clip);
-            used.insert(*sound);
+            used.insert(static_cast<std::size_t>(sound - sounds.begin()));
         }
         if (std::cmp_less(used.size(), explanation::fewest) ||
             static_cast<double>(found.size()) <= explanation::clearly * static_cast<double>(covered.size()))
-            return;
+            return false;
         const std::size_t matched = found.size();
         found.insert(found.end(), covered.begin(), covered.end());
         std::ranges::sort(found); // in the order of the clips
-        addCardDoubt(doubts_,
-                     {Kind::constantOffset,
-                      "the clips in '" + card.folder + "' are " + spanText(std::abs(common->seconds)) +
-                          (common->seconds > 0 ? " late" : " early") +
-                          " against recordings that fit other clips: with these moved by that, " +
-                          std::to_string(matched) + " of " + counted(clips.size(), "clip", "clips") +
-                          " without all of their sound would match" + knownTo(*common),
-                      cure_.of({card.folder, std::nullopt, {}}, common->seconds) +
-                          cure_.inAScanOfClips(card) + clapAfter(*common)},
-                     found);
+        const Card scan{
+            card.folder, soundDay ? card.day : std::nullopt, {}, soundDay ? *card.day - *soundDay : 0};
+        addCardDoubt(
+            doubts_,
+            {Kind::constantOffset,
+             "the clips in '" + card.folder + "' are " +
+                 (soundDay ? "dated " + dayText(*card.day) + " instead of " + dayText(*soundDay) + " and "
+                           : std::string()) +
+                 spanText(std::abs(common->seconds)) + (common->seconds > 0 ? " late" : " early") +
+                 " against recordings that fit other clips: with these moved by that, " +
+                 std::to_string(matched) + " of " + counted(clips.size(), "clip", "clips") +
+                 " without all of their sound would match" + knownTo(*common),
+             cure_.of(scan, common->seconds) + cure_.inAScanOfClips(scan) +
+                 (soundDay ? " if a clap shows it, else look for the sound of " + dayText(*card.day) : "") +
+                 clapAfter(*common)},
+            found);
+        return true;
     }
 
     /// Of offsets that people do not set clocks by, all within the width fit as well.
@@ -457,6 +491,7 @@ class ClockDoubts {
     const std::vector<const Shoot::Clip*>& uncovered_;
     std::vector<DoubtedCard> doubtedCards_;
     std::vector<bool> isSuspected_; ///< by recording, of a card that lies under few clips
+    std::set<long> usedDays_;       ///< of the recordings that lie right
     bool isDateGivenToSeveralShoots_;
 };
 

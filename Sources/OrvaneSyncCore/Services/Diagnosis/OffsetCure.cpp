@@ -48,7 +48,10 @@ std::string OffsetCure::inAScanOfRecordings(const Card& card, bool isPart, const
 
 std::string OffsetCure::inAScanOfClips(const Card& card) const {
     return inAScanWithout(LeavingOut(shoot_).of([&](const MediaAsset& file) {
-        return file.kind == AssetKind::video && !file.url.path.starts_with(card.folder + "/");
+        if (file.kind == AssetKind::video) return !file.url.path.starts_with(card.folder + "/");
+        const auto recording = shoot_.recordingByID.find(file.id);
+        return card.day && recording != shoot_.recordingByID.end() &&
+               shoot_.recordings[recording->second].place.day != *card.day - card.movedByDays;
     }),
                           "clips");
 }

@@ -18,6 +18,7 @@ class OffsetCure {
     /// For options that would move the sound of other cards as well. `isPart`: other recordings of the card
     /// are right. `clips`: the folder of those that they are wrong for; empty for all.
     std::string inAScanOfRecordings(const Card& card, bool isPart, const std::string& clips = {}) const;
+    /// With a day, without recordings of others than that from which the card is moved.
     std::string inAScanOfClips(const Card& card) const;
 
   private:

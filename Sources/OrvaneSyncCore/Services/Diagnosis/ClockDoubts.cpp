@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/MixedDays.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetWindows.h"
+#include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Stop.h"
@@ -64,6 +65,7 @@ class ClockDoubts {
     };
     void findDoubtedCards() {
         const RecordersCards recorders(shoot_, clips_);
+        const std::vector<std::size_t> beside = besideTheirOwnRecorders();
         isSuspected_.assign(shoot_.recordings.size(), false);
         for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
             if (const auto day = shoot_.recordings[i].place.day; day && recorders.isRight[i])
@@ -78,10 +80,40 @@ class ClockDoubts {
             // The clock may have been set anew among them.
             DoubtedCard part{card, files.size(), true};
             std::erase_if(part.card.files, [&](std::size_t file) { return recorders.isMet[file]; });
+            for (const std::size_t file : beside)
+                if (isOn(card, shoot_, *shoot_.recordings[file].asset)) {
+                    part.card.files.push_back(file);
+                    if (std::ranges::find(files, file) == files.end()) ++part.all; // it counted as a channel
+                }
             if (right >= explanation::fewest &&
                 std::cmp_greater_equal(part.card.files.size(), explanation::fewest))
                 doubtedCards_.push_back(std::move(part));
         }
+    }
+    /// Recordings that clips have beside one of the same folder and recorder alone, which can't have made two
+    /// at one time: of an hour that comes twice.
+    std::vector<std::size_t> besideTheirOwnRecorders() const {
+        std::vector<bool> isBeside(shoot_.recordings.size()), isHeard(isBeside);
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            if (!clip.primary || clip.group->audioMatches.size() < 2) continue;
+            const MediaAsset& first = *clip.group->primaryAudio();
+            for (const TakeFile& file : takeOf(*clip.group, assumedChannels).files) {
+                const MediaAsset& own = *clip.group->audioMatches[file.matchIndex].audio;
+                const auto found = shoot_.recordingByID.find(own.id);
+                if (found == shoot_.recordingByID.end()) continue;
+                const bool isOneRecorders = std::ranges::all_of(RecorderMark::all, [&](RecorderMark::By by) {
+                    return RecorderMark::of(own, by).isOn(first);
+                });
+                if (file.role == TakeRole::alternate && folderOf(own) == folderOf(first) && isOneRecorders)
+                    isBeside[found->second] = true;
+                else
+                    isHeard[found->second] = true;
+            }
+        }
+        std::vector<std::size_t> files;
+        for (std::size_t i = 0; i < isBeside.size(); ++i)
+            if (isBeside[i] && !isHeard[i]) files.push_back(i);
+        return files;
     }
     /// What is to be added to the recording's place to come to the clip's; absent where they are two days and
     /// more apart.
@@ -407,7 +439,7 @@ class ClockDoubts {
         for (const Shoot::Clip* clip : clips_) {
             const bool mayMatch = mayMeet(card, *clip), isSought = isForAll || !clip->isCovered;
             if (const auto sound = mayMatch ? cover(as, card, *clip) : std::nullopt) {
-                ++now;
+                now += one.isPart ? 0 : 1; // where such recordings lie, others are heard
                 usedNow.insert(*sound);
             }
             if (mayMatch && isSought && isWithin(hours, card, *clip)) ++withoutSound;
@@ -426,7 +458,7 @@ class ClockDoubts {
         for (const Shoot::Clip& clip : shoot_.clips) {
             if (!clip.isDecided || !clip.place || clip.group->isExcludedFromExport || !mayMeet(card, clip))
                 continue;
-            if (cover(as, card, clip)) ++now;
+            if (!one.isPart && cover(as, card, clip)) ++now;
             if (cover(shifted, card, clip)) ++all;
         }
         if (std::cmp_less(used.size(), explanation::fewest) || all <= explanation::clearly * now ||

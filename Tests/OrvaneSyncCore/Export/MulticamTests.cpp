@@ -75,6 +75,21 @@ TEST(MulticamClusters, AreClipsThatRolledAtTheSameMoment) {
     check("excluded", {a, changed(at("10:00:00:00"), excluded)}, "");
     check("no start", {a, changed(at(""), bare)}, "");
     check("a start that is no timecode is midnight", {camera("a.mov", "00:00:00:00"), at("noon")}, "a b");
+    struct Sound {
+        const char *name, *first, *second, *clusters;
+    };
+    for (const Sound& one : {Sound{"two takes of one recorder", "T1.WAV", "T4.WAV", "a c | b d"},
+                             {"two recorders", "T1.WAV", "B1.WAV", "a b c d"},
+                             {"channels of a take", "T1_1.WAV", "T1_2.WAV", "a b c d"}}) {
+        const MediaAsset first = recording(1, one.first), second = recording(1, one.second);
+        const auto heard = [&](const char* filename, bool isFirst) {
+            return matched(camera(filename).video,
+                           isFirst ? std::vector{first, second} : std::vector{second, first});
+        };
+        check(one.name,
+              {heard("a.mov", true), heard("b.mov", false), heard("c.mov", true), heard("d.mov", false)},
+              one.clusters);
+    }
     check("no duration", {a, camera("b.mov", "10:00:00:00", 0)}, "");
     check("a time reference goes before the timecode",
           {a, changed(at("01:00:00:00"), stamped(36005ULL * 48000, std::nullopt))}, "a b");

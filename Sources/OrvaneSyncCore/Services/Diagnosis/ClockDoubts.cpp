@@ -3,7 +3,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/MixedDays.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetWindows.h"
-#include "OrvaneSyncCore/Services/Takes/Take.h"
+#include "OrvaneSyncCore/Services/Takes/RecordedAtOnce.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Stop.h"
@@ -95,20 +95,11 @@ class ClockDoubts {
     std::vector<std::size_t> besideTheirOwnRecorders() const {
         std::vector<bool> isBeside(shoot_.recordings.size()), isHeard(isBeside);
         for (const Shoot::Clip& clip : shoot_.clips) {
-            if (!clip.primary || clip.group->audioMatches.size() < 2) continue;
-            const MediaAsset& first = *clip.group->primaryAudio();
-            for (const TakeFile& file : takeOf(*clip.group, assumedChannels).files) {
-                const MediaAsset& own = *clip.group->audioMatches[file.matchIndex].audio;
-                const auto found = shoot_.recordingByID.find(own.id);
-                if (found == shoot_.recordingByID.end()) continue;
-                const bool isOneRecorders = std::ranges::all_of(RecorderMark::all, [&](RecorderMark::By by) {
-                    return RecorderMark::of(own, by).isOn(first);
-                });
-                if (file.role == TakeRole::alternate && folderOf(own) == folderOf(first) && isOneRecorders)
-                    isBeside[found->second] = true;
-                else
-                    isHeard[found->second] = true;
-            }
+            const auto others = ofOtherMoments(*clip.group);
+            for (std::size_t i = 0; i < clip.group->audioMatches.size(); ++i)
+                if (const auto found = shoot_.recordingByID.find(clip.group->audioMatches[i].audio->id);
+                    found != shoot_.recordingByID.end())
+                    (std::ranges::find(others, i) != others.end() ? isBeside : isHeard)[found->second] = true;
         }
         std::vector<std::size_t> files;
         for (std::size_t i = 0; i < isBeside.size(); ++i)

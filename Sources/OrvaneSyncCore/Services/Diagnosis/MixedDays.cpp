@@ -1,6 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/MixedDays.h"
 
-#include "OrvaneSyncCore/Services/Diagnosis/RecorderMark.h"
+#include "OrvaneSyncCore/Services/Matching/RecorderMark.h"
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
 #include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
 

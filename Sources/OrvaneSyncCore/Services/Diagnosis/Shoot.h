@@ -1,7 +1,7 @@
 #pragma once
 
-#include "OrvaneSyncCore/Services/Diagnosis/RecorderMark.h"
 #include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
+#include "OrvaneSyncCore/Services/Matching/RecorderMark.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 
 #include <cstddef>

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
 #include "OrvaneSyncCore/Services/Matching/RangeIndex.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
+#include "OrvaneSyncCore/Services/Takes/RecordedAtOnce.h"
 
 #include <algorithm>
 #include <chrono>
@@ -65,7 +66,8 @@ std::vector<std::vector<std::size_t>> multicamClusters(const std::vector<const S
         index.appendOverlapping(candidates[anchor].place->range, hits);
         std::vector<std::size_t> cluster{anchor};
         for (const RangeIndex::Hit& hit : hits)
-            if (hit.item > anchor && candidates[hit.item].maySharePlaceWith(candidates[anchor]))
+            if (hit.item > anchor && candidates[hit.item].maySharePlaceWith(candidates[anchor]) &&
+                !areOfOtherMoments(*groups[hit.item], *groups[anchor]))
                 cluster.push_back(hit.item);
         if (cluster.size() < fewestCameras) continue;
         std::ranges::sort(cluster);

@@ -1,4 +1,4 @@
-#include "OrvaneSyncCore/Services/Diagnosis/RecorderMark.h"
+#include "OrvaneSyncCore/Services/Matching/RecorderMark.h"
 
 #include "OrvaneSyncCore/Utilities/CountText.h"
 

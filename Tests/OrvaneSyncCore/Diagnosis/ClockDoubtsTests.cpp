@@ -337,19 +337,25 @@ TEST(ClockDoubts, RecordingsThatWereHeardInPlaceSayNothingOfTheOthers) {
 
 /// A recorder that was set back at the end of summer time, whose takes after that lie beside those before it.
 TEST(ClockDoubts, TakesOfTheHourThatComesTwiceAreFoundBesideOthers) {
-    Shot shot;
-    for (int i = 0; i < 6; ++i) {
-        const double at = 7400 + 1200 * i;
-        shot.videos.push_back(clipAt("/CAM/A" + std::to_string(i) + ".mov", at, 10));
-        shot.audios.push_back(
-            recordingAt("/S/T" + std::to_string(i) + ".wav", at - 3 - (i < 3 ? 0 : 3600), 20));
+    for (const int later : {0, 3}) { // than those before it
+        Shot shot;
+        for (int i = 0; i < 6; ++i) {
+            const double at = 7400 + 1200 * i + (i < 3 ? 0 : later);
+            shot.videos.push_back(clipAt("/CAM/A" + std::to_string(i) + ".mov", at, 10));
+            shot.audios.push_back(
+                recordingAt("/S/T" + std::to_string(i) + ".wav", at - 3 - (i < 3 ? 0 : 3600), 20));
+        }
+        shot.diagnose();
+        EXPECT_EQ(shot.count(later == 0 ? Kind::ambiguous : Kind::otherDay), 3);
+        EXPECT_EQ(shot.count(Kind::constantOffset), 3);
+        ASSERT_TRUE(shot.card(Kind::constantOffset));
+        EXPECT_TRUE(shot.card(Kind::constantOffset)
+                        ->doubt.message.starts_with("3 of 6 recordings in '/S' ('T3.wav' to 'T5.wav')"));
+        const std::string other = shot.doubts.summary(shot.groups).back().doubt.message;
+        EXPECT_EQ(later == 0,
+                  other.find("of more than one day, or of an hour that came twice") == std::string::npos)
+            << other;
     }
-    shot.diagnose();
-    EXPECT_EQ(shot.count(Kind::ambiguous), 3);
-    EXPECT_EQ(shot.count(Kind::constantOffset), 3);
-    ASSERT_TRUE(shot.card(Kind::constantOffset));
-    EXPECT_TRUE(shot.card(Kind::constantOffset)
-                    ->doubt.message.starts_with("3 of 6 recordings in '/S' ('T3.wav' to 'T5.wav')"));
 }
 
 TEST(ClockDoubts, ClaimsNoClockByChance) {

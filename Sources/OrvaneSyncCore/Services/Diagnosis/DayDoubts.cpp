@@ -40,7 +40,8 @@ class DayDoubts {
                 unused_[*recording.place.day].add(recording.place.range, i);
         }
         for (auto& [day, cover] : unused_) cover.finish();
-        daysMayBeMixed_ = daysShareHours(shoot_) || clipsShareHours(shoot_) || undatedFilesCollide(shoot_);
+        areDaysMixed_ = daysShareHours(shoot_) || clipsShareHours(shoot_);
+        daysMayBeMixed_ = areDaysMixed_ || undatedFilesCollide(shoot_);
         isDateGivenToSeveralShoots_ = givesDateToSeveralShoots(shoot_);
         if (daysMayBeMixed_) findSuspected();
         findFree();
@@ -158,11 +159,14 @@ class DayDoubts {
         } else {
             if (!daysMayBeMixed_) return false;
             const std::string undated = shoot_.nameOf(recorded ? clip.group->video : *sound.asset);
-            return doubt(clip, Kind::otherDay,
-                         namesOf(pair) + " fits by the time of day alone: " + undated +
-                             " has no date, and the files here are of more than one day",
-                         "scan each day by itself, give the recordings' day with " +
-                             cures_.dateOf(std::nullopt, clips, {}) + ", or lock the clip where it is right");
+            return doubt(
+                clip, Kind::otherDay,
+                namesOf(pair) + " fits by the time of day alone: " + undated +
+                    " has no date, and the files here are of more than one day" +
+                    (areDaysMixed_ ? "" : ", or of an hour that came twice at the end of summer time"),
+                std::string(areDaysMixed_ ? "" : "choose in the table of 'scan --review', ") +
+                    "scan each day by itself, give the recordings' day with " +
+                    cures_.dateOf(std::nullopt, clips, {}) + ", or lock the clip where it is right");
         }
         const std::string message = namesOf(pair) + " is of " + dayText(*recorded) + ", and the clip is of " +
                                     dayText(*filmed) + "; they fit by the time of day alone";
@@ -500,6 +504,7 @@ class DayDoubts {
     /// By folder and date of the recordings.
     std::map<std::pair<std::string_view, long>, Suspicion> suspected_;
     std::set<std::size_t> fewOfItsDate_; ///< numbers of clips
+    bool areDaysMixed_ = false;          ///< by the dates
     bool daysMayBeMixed_ = false;
     bool isDateGivenToSeveralShoots_ = false;
 };

@@ -80,7 +80,8 @@ TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
     Shot one, longer, undated, nine, dayOff, film;
     takes(one, nullptr, 9, "A", 0);
     takes(one, nullptr, 13, "B", -3);
-    EXPECT_EQ(cureOf(one), "--sound-offset 03:00:00:00 in a scan of this card alone (--exclude 'A')");
+    EXPECT_EQ(cureOf(one), "--sound-offset 03:00:00:00 in a scan of this card alone (--exclude 'A'); the "
+                           "other sound then needs a document of its own");
     takes(longer, nullptr, 9, "A", 1, -10);
     EXPECT_EQ(cureOf(longer), "--sound-offset -01:00:00:00") << "the camera rolls longer";
     for (const char* day : {"2024-05-17", "2024-05-18", "2024-05-19"}) {
@@ -138,7 +139,8 @@ TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
         beside.audios.push_back(recordingAt("/S/BAG/" + std::to_string(i) + ".wav", start - hour, 80));
     }
     beside.date(beside.audios, "2024-05-17");
-    EXPECT_EQ(cureOf(beside), "--sound-offset 01:00:00:00 in a scan of this card alone (--exclude 'A')");
+    EXPECT_EQ(cureOf(beside), "--sound-offset 01:00:00:00 in a scan of this card alone (--exclude 'A'); the "
+                              "other sound then needs a document of its own");
     takes(film, nullptr, 9, "A", 1);
     for (MediaAsset& video : film.videos) {
         const double start = TimecodeUtils::tcToSeconds(*video.startTimecodeString, 25);

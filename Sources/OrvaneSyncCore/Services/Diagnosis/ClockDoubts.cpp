@@ -477,7 +477,7 @@ class ClockDoubts {
         addCardDoubt(doubts_,
                      {Kind::constantOffset, text + knownTo(common),
                       cure_.of(card, offset) + (lost > 0 ? cure_.inAScanOfRecordings(card, one.isPart) : "") +
-                          clapAfter(common)},
+                          clapAfter(common) + (lost > 0 && !one.isPart ? cure_.forOtherSound(one.card) : "")},
                      doubted);
         return true;
     }

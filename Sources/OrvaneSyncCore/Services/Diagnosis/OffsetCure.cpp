@@ -46,6 +46,15 @@ std::string OffsetCure::inAScanOfRecordings(const Card& card, bool isPart, const
                           "recordings");
 }
 
+std::string OffsetCure::forOtherSound(const Card& card) const {
+    const bool hasOther = std::ranges::any_of(shoot_.clips, [&](const Shoot::Clip& clip) {
+        return std::ranges::any_of(clip.group->audioMatches, [&](const AudioMatch& match) {
+            return !isOn(card, shoot_, *match.audio);
+        });
+    });
+    return hasOther ? "; the other sound then needs a document of its own" : "";
+}
+
 std::string OffsetCure::inAScanOfClips(const Card& card) const {
     return inAScanWithout(LeavingOut(shoot_).of([&](const MediaAsset& file) {
         if (file.kind == AssetKind::video) return !file.url.path.starts_with(card.folder + "/");

@@ -18,6 +18,8 @@ class OffsetCure {
     /// For options that would move the sound of other cards as well. `isPart`: other recordings of the card
     /// are right. `clips`: the folder of those that they are wrong for; empty for all.
     std::string inAScanOfRecordings(const Card& card, bool isPart, const std::string& clips = {}) const;
+    /// What to say behind such a cure where clips have other sound as well, which that scan leaves out.
+    std::string forOtherSound(const Card& card) const;
     /// With a day, without recordings of others than that from which the card is moved.
     std::string inAScanOfClips(const Card& card) const;
 

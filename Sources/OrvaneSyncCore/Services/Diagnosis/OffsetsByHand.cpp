@@ -144,7 +144,8 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
         const bool isPart = !findRecorder(sound, card.all);
         const std::string scan =
             cure.inAScanOfRecordings(sound, isPart, isAlone ? std::string() : std::string(camera)) +
-            "; lock a clip whose sound is right as it is";
+            "; lock a clip whose sound is right as it is" +
+            (isPart ? std::string() : cure.forOtherSound(sound));
         if (heardRate) {
             const auto [least, most] = std::ranges::minmax(card.heard);
             const double total = heardRate->offset.seconds;

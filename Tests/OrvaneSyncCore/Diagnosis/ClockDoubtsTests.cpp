@@ -306,7 +306,12 @@ TEST(ClockDoubts, LagsThatGrowWithTheTimeOfDayTellTheRate) {
     }
     const MatchRules rules{.timecodeRate = TimecodeFrameRate::fps29_97d};
     shot.diagnose(rules);
+    EXPECT_EQ(shot.count(Kind::timecodeRate), 4) << "an offset at the stated rate does as well";
     std::unordered_map<UUID, HeardLag> heard;
+    for (const SyncGroup& group : shot.groups) heard[group.audioMatches.front().id] = {0.02};
+    shot.doubts =
+        SyncDoubts::of({shot.groups, shot.audios, rules, TrimMode::noTrim, {}, FileNames(), &heard});
+    EXPECT_TRUE(shot.doubts.isEmpty()) << "heard in place";
     for (const SyncGroup& group : shot.groups) {
         const AudioMatch& match = group.audioMatches.front();
         heard[match.id] = {-3 - match.syncOffsetSeconds};

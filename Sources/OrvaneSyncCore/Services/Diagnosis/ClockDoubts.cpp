@@ -523,6 +523,7 @@ class ClockDoubts {
 void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts) {
     const TimedClips clips(shoot);
     ClockDoubts clocks(shoot, clips, doubts);
+    addGivenRateDoubt(shoot, clips, doubts);
     if (std::cmp_greater_equal(clips.uncovered.size(), explanation::fewest) &&
         addRateDoubt(shoot, clips, doubts))
         return;

@@ -105,6 +105,9 @@ double labelSeconds(double seconds, TimecodeFrameRate rate);
 /// The rate at which clips and recordings would match, where labels that count alike were read at another.
 /// Whether there is one.
 bool addRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts);
+/// Where a rate was given, and at the rates that the files state one offset would lay the same recordings
+/// under the same clips: timecode says as much for both, and nobody heard which one is right.
+void addGivenRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts);
 void addRepeatDoubts(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts);
 
 } // namespace orvane

@@ -1,6 +1,8 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Matching/AssetPlacement.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
 #include "OrvaneSyncCore/Utilities/RateText.h"
 #include "Platform/Stop.h"
 #include "Timecode/TimecodeFrameRate.h"
@@ -136,6 +138,52 @@ class RateDoubts {
 
 bool addRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts) {
     return RateDoubts(shoot, clips, doubts).add();
+}
+
+void addGivenRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts) {
+    const MatchRules& rules = shoot.input.rules;
+    if (!rules.timecodeRate || rules.soundOffsetSeconds != 0) return;
+    std::vector<const Shoot::Clip*> moved; // against each other, where they are read as they state
+    std::set<std::size_t> used;
+    double first = -std::numeric_limits<double>::infinity(), last = -first;
+    int heard = 0;
+    platform::StopCheck check(shoot.stop);
+    for (const Shoot::Clip* clip : clips.all) {
+        check();
+        if (!clip->isCovered || !clip->primary) continue;
+        const AudioMatch& match = clip->group->audioMatches.front();
+        if (shoot.input.heardLags != nullptr && shoot.input.heardLags->contains(match.id)) ++heard;
+        const auto picture = AssetPlacement(clip->group->video).range();
+        const auto sound = AssetPlacement(*match.audio).range();
+        if (!picture || !sound) continue;
+        constexpr double aFrame = 0.01; // and less, at any rate
+        const double start = std::remainder(sound->startSeconds - picture->startSeconds, secondsADay);
+        if (std::abs(start - match.syncOffsetSeconds) > aFrame) {
+            moved.push_back(clip);
+            used.insert(*clip->primary);
+        }
+        first = std::max(first,
+                         picture->durationSeconds() - (start + sound->durationSeconds()) - coverSlackSeconds);
+        last = std::min(last, coverSlackSeconds - start);
+    }
+    // Where no offset is needed, the rate is no matter of finding sound.
+    if (heard >= explanation::fewest || std::cmp_less(moved.size(), explanation::fewest) ||
+        std::cmp_less(used.size(), explanation::fewest) || first > last || (first <= 0 && last >= 0))
+        return;
+    const double offset = std::round((first + last) / 2);
+    const auto stated = rateOfMostClips(shoot.input.groups);
+    addCardDoubt(
+        doubts,
+        {SyncDoubt::Kind::timecodeRate,
+         counted(moved.size(), "clip has its sound", "clips have their sound") + " by timecode that counts " +
+             rateText(*rules.timecodeRate) +
+             " frames a second, and would have it as well by what the files "
+             "state, with the recordings moved by about " +
+             spanText(std::abs(offset)) + (offset < 0 ? " earlier" : " later"),
+         "check a clap early and one late on the card, and lock the clips where both are right; where they "
+         "are off, and not alike, --sound-offset " +
+             offsetText(offset, stated) + " without the rate"},
+        moved);
 }
 
 } // namespace orvane

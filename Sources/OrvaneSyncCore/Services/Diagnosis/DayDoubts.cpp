@@ -326,8 +326,8 @@ class DayDoubts {
         int ofOwnDay = 0, silent = 0;
         for (const Shoot::Clip* clip : clips) {
             silent += clip->primary ? 0 : 1;
-            const auto sound = candidates(other.day).of(clip->place->range);
-            if (sound && isOfOwnDay_[*sound] && !isHeard(*clip, shoot_.recordings[*sound])) ++ofOwnDay;
+            const auto found = candidates(other.day).of(clip->place->range);
+            if (found && isOfOwnDay_[*found] && !isHeard(*clip, shoot_.recordings[*found])) ++ofOwnDay;
         }
         const bool isOthers = 2 * ofOwnDay > other.clips;
         addCardDoubt(doubts_,

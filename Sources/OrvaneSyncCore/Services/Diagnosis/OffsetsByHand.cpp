@@ -125,7 +125,9 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
     }
     const auto rate = rateOfLabels(shoot);
     const OffsetCure cure(shoot, rate);
-    for (auto& [key, card] : cards) {
+    for (const auto& entry : cards) {
+        const CardKey& key = entry.first;
+        const HandledClips& card = entry.second;
         platform::throwIfStopped(shoot.stop);
         if (card.isConfirmed || card.unmoved.empty()) continue;
         const std::string folder = "'" + std::string(std::get<0>(key)) + "'";
@@ -135,7 +137,8 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
         const auto offset = moved ? moved : agreementOf(card.heard);
         const auto heardRate = offset || agreementOf(card.heard, 0) ? std::nullopt : rateOf(shoot, card);
         if (!offset && !heardRate) continue;
-        const auto& [camera, recorder, day] = key;
+        const std::string_view camera = std::get<0>(key), recorder = std::get<1>(key);
+        const auto day = std::get<2>(key);
         Card sound{std::string(recorder), day, {}};
         const bool isAlone = std::ranges::none_of(cards, [&](const auto& other) {
             return other.first != key && std::get<1>(other.first) == recorder &&

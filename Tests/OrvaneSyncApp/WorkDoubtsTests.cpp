@@ -1,4 +1,5 @@
 #include "ControllerTest.h"
+#include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "Support/Assets.h"
 #include "Support/TemporaryDirectory.h"
@@ -32,6 +33,26 @@ TEST_F(WorkDoubtsTest, FollowTheWorkAndItsSettings) {
     const UUID clip = controller_->work().syncGroups().front().id;
     controller_->recordings().removeVideoFromSync(clip);
     EXPECT_EQ(kinds(), Kinds{});
+}
+
+TEST_F(WorkDoubtsTest, SayWhyAClipHasNoMatch) {
+    controller_->openStoredWork(
+        {{},
+         {},
+         SyncEngine().match({test::video("A.mov"), test::video("B.mov", "12:00:00:00")},
+                            {test::audio("T.wav", "12:00:00:00")}, MatchRules())});
+    const UUID clip = controller_->work().syncGroups().front().id;
+    const ResultsViewModel results(*controller_);
+    const auto reason = [&] {
+        finish(controller_->derivedDoubts().derive());
+        EXPECT_EQ(controller_->derivedDoubts().whyUnmatched(clip), results.row(0).reason);
+        return results.row(0).reason;
+    };
+    EXPECT_EQ(reason(), "no sound at that time");
+    controller_->clips().toggleMOS(clip);
+    EXPECT_EQ(reason(), "");
+    controller_->clips().toggleMOS(clip);
+    EXPECT_EQ(reason(), "no sound at that time");
 }
 
 TEST_F(WorkDoubtsTest, MenuShowsSoundOfAnotherDayLast) {

@@ -2,7 +2,9 @@
 
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
+#include "OrvaneSyncCore/Services/Naming/ResultsList.h"
 #include "Platform/Files.h"
+#include "Platform/Stop.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -36,6 +38,16 @@ std::size_t clipsWith(const SyncGroupList& groups, const IsOne& isOne) {
     }));
 }
 
+std::unordered_map<UUID, std::string> whyUnmatched(const DoubtSource& source, const std::stop_token& stop) {
+    std::unordered_map<UUID, std::string> result;
+    UnmatchedReasons reasons = source.unmatchedReasons();
+    for (const SyncGroup& group : filtered(source.files.groups, FilterMode::issues)) {
+        platform::throwIfStopped(stop);
+        result.emplace(group.id, reasons.ofClip(group));
+    }
+    return result;
+}
+
 } // namespace
 
 SyncDoubts DoubtSource::doubts(const FileNames& names, const std::stop_token& stop) const {
@@ -53,9 +65,13 @@ SyncDoubts DoubtSource::doubts(const FileNames& names, const std::stop_token& st
                           stop);
 }
 
+UnmatchedReasons DoubtSource::unmatchedReasons() const {
+    return {files.groups, [own = files] { return own.copiedAudioPool(); }, rules};
+}
+
 WorkDoubts::WorkDoubts(OpenWork& work, const ScanController& scan, const SmartAudioController& smartAudio)
     : work_(work), scan_(scan), smartAudio_(smartAudio), latest_(std::make_shared<const SyncDoubts>()),
-      queue_(platform::SerialQueue::create("doubts")) {}
+      whyUnmatched_(std::make_shared<const Reasons>()), queue_(platform::SerialQueue::create("doubts")) {}
 
 DoubtSource WorkDoubts::source() const {
     return {{work_.syncGroups(), work_.sharedWildTracks(), scan_.scanResult()},
@@ -84,6 +100,13 @@ const SyncDoubts& WorkDoubts::latest() const {
     return work_.syncGroups().empty() ? none : *latest_;
 }
 
+const std::string& WorkDoubts::whyUnmatched(const UUID& groupID) const {
+    derive();
+    static const std::string none;
+    const auto found = whyUnmatched_->find(groupID);
+    return found == whyUnmatched_->end() ? none : found->second;
+}
+
 std::shared_ptr<const SyncDoubts> WorkDoubts::ifCurrent() const {
     work_.notices.assertOnMainThread();
     return isBegun() && deriving_->isDone() ? latest_ : nullptr;
@@ -104,15 +127,18 @@ platform::Task WorkDoubts::deriveOnQueue(std::weak_ptr<const WorkDoubts> weak, s
     if (!self) co_return;
     struct Derived {
         std::shared_ptr<const SyncDoubts> doubts;
+        std::shared_ptr<const Reasons> reasons;
         bool isOther;
     };
     auto deriving = platform::onQueue(
         *self->queue_, self->work_.environment.mainThread,
-        [source = self->source(), before = self->latest_](const std::stop_token& stop) -> Derived {
+        [source = self->source(), before = self->latest_,
+         reasonsBefore = self->whyUnmatched_](const std::stop_token& stop) -> Derived {
             const auto doubts =
                 std::make_shared<const SyncDoubts>(source.doubts(source.files.fileNames(), stop));
-            const bool isOther = *doubts != *before;
-            return {isOther ? doubts : before, isOther};
+            const auto reasons = std::make_shared<const Reasons>(orvane::whyUnmatched(source, stop));
+            const bool isOther = *doubts != *before || *reasons != *reasonsBefore;
+            return {isOther ? doubts : before, isOther ? reasons : reasonsBefore, isOther};
         });
     self.reset();
     Derived derived;
@@ -126,6 +152,7 @@ platform::Task WorkDoubts::deriveOnQueue(std::weak_ptr<const WorkDoubts> weak, s
     self = weak.lock();
     if (!self || self->begun_ != number) co_return;
     self->latest_ = std::move(derived.doubts);
+    self->whyUnmatched_ = std::move(derived.reasons);
     if (!derived.isOther) co_return;
     ++self->revision_;
     self->work_.notify(ImportField::doubts);

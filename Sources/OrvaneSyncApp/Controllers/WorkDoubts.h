@@ -6,6 +6,7 @@
 #include "OrvaneSyncApp/Controllers/SmartAudioController.h"
 #include "OrvaneSyncApp/Controllers/WorkFiles.h"
 #include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
+#include "OrvaneSyncCore/Services/Diagnosis/UnmatchedReasons.h"
 #include "OrvaneSyncCore/Services/Waveform/SoundLag.h"
 #include "Platform/Task.h"
 
@@ -13,6 +14,7 @@
 #include <memory>
 #include <optional>
 #include <stop_token>
+#include <string>
 #include <tuple>
 #include <unordered_map>
 #include <vector>
@@ -30,10 +32,11 @@ struct DoubtSource {
 
     /// `names`: of these files. Throws Stopped.
     SyncDoubts doubts(const FileNames& names, const std::stop_token& stop = {}) const;
+    UnmatchedReasons unmatchedReasons() const;
 };
 
-/// The doubts about the open work, derived on a queue when somebody asks after a change that they depend on.
-/// Interface thread.
+/// The doubts about the open work, and why clips have no settled match, derived on a queue when somebody asks
+/// after a change that they depend on. Interface thread.
 class WorkDoubts {
   public:
     WorkDoubts(OpenWork& work, const ScanController& scan, const SmartAudioController& smartAudio);
@@ -41,6 +44,8 @@ class WorkDoubts {
     /// Those that were derived last. Where the work has changed since, it has others derived, and
     /// `ImportField::doubts` is notified when these stand and differ. Valid until then.
     const SyncDoubts& latest() const;
+    /// Why the clip has no settled match, in a few words, as `latest` has the doubts; empty where it has one.
+    const std::string& whyUnmatched(const UUID& groupID) const;
     /// Differs with every notice of others.
     std::uint64_t revision() const {
         latest();
@@ -66,6 +71,8 @@ class WorkDoubts {
     std::size_t heardCount() const;
 
   private:
+    /// By group.
+    using Reasons = std::unordered_map<UUID, std::string>;
     /// What counts besides the clips: a revision of the work, the rules of its match, the way of trimming.
     using Basis = std::tuple<std::uint64_t, MatchingDays, double, std::optional<long>,
                              std::optional<TimecodeFrameRate>, TrimMode>;
@@ -83,6 +90,7 @@ class WorkDoubts {
     const ScanController& scan_;
     const SmartAudioController& smartAudio_;
     mutable std::shared_ptr<const SyncDoubts> latest_;
+    mutable std::shared_ptr<const Reasons> whyUnmatched_; ///< derived with these
     mutable std::uint64_t revision_ = 0;
     // Of the derivation that was begun last.
     mutable std::optional<Basis> begunBy_; ///< absent: none, or it was stopped

@@ -31,8 +31,6 @@ const SyncDoubts& WorkSnapshot::doubts(const std::stop_token& stop) const {
     return *doubts_;
 }
 
-UnmatchedReasons WorkSnapshot::unmatchedReasons() const {
-    return {groups(), [files = source_.files] { return files.copiedAudioPool(); }, matchRules()};
-}
+UnmatchedReasons WorkSnapshot::unmatchedReasons() const { return source_.unmatchedReasons(); }
 
 } // namespace orvane

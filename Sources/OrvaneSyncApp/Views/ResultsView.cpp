@@ -206,9 +206,7 @@ ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
         if (field == ImportField::syncGroups || field == ImportField::smartAudio ||
             field == ImportField::doubts)
             showDoubts();
-        if (field == ImportField::doubts &&
-            isMeasuredWithReasons_ == desktop_.controller().doubts().byGroup.empty())
-            measureColumns();
+        if (field == ImportField::doubts && isMeasuredWithReasons_ != hasReasons()) measureColumns();
     });
     showCounts();
     showDoubts();
@@ -380,11 +378,16 @@ void ResultsView::measureColumns() {
             needs.at(column) = std::max<double>(needs.at(column), delegate_->sizeHint({}, cell).width());
         }
     }
-    isMeasuredWithReasons_ = !desktop_.controller().doubts().byGroup.empty();
+    isMeasuredWithReasons_ = hasReasons();
     double& status = needs.at(static_cast<std::size_t>(Column::match));
     status = std::max<double>({status, leastStatusWidth() * 1.0, isMeasuredWithReasons_ ? reasonWidth : 0.0});
     shares_ = needs;
     fitColumns();
+}
+
+bool ResultsView::hasReasons() const {
+    const ImportController& controller = desktop_.controller();
+    return controller.work().unmatchedCount() > 0 || !controller.doubts().byGroup.empty();
 }
 
 void ResultsView::wantThumbnails() {

@@ -71,6 +71,8 @@ class ResultsView : public QWidget {
     void fitColumns();
     /// Lets the columns share the width by what their texts need, unless somebody moved a border.
     void measureColumns();
+    /// Whether any row says why it is doubtful or not matched.
+    bool hasReasons() const;
     void wantThumbnails();
     void addRecordings(QMenu& menu, const UUID& clip);
     void showMenu(const QPoint& position);

@@ -127,6 +127,8 @@ OutlineModel::Row OutlineModel::row(std::size_t index) const {
     row.status = file;
     if (row.isMovedSinceLock) addStatusLine(row.status, row.facts);
     addStatusLine(row.status, matchText(clip, takeOf(clip, assumedChannels)));
+    if (const std::string& why = controller_.derivedDoubts().whyUnmatched(clip.id); !why.empty())
+        addStatusLine(row.status, why);
     if (const auto found = doubts.find(clip.id); found != doubts.end())
         for (const SyncDoubt& doubt : found->second) addStatusLine(row.status, messageInWords(doubt));
     return row;

@@ -95,6 +95,11 @@ ResultsViewModel::Row ResultsViewModel::row(std::size_t index) const {
             row.doubts += (row.doubts.empty() ? "" : "\n") + messageInWords(doubt) +
                           (cure.empty() ? "" : "\n→ " + cure);
         }
+    if (const std::string& why = controller_.derivedDoubts().whyUnmatched(group.id);
+        !why.empty() && (row.doubts.empty() || group.isMOS())) {
+        if (row.reason.empty()) row.reason = why;
+        row.doubts += (row.doubts.empty() ? "" : "\n") + why;
+    }
     row.isApproved = group.isApproved;
     row.isLocked = group.isLocked;
     if (isMovedSinceLock(group)) {

@@ -39,8 +39,8 @@ class ResultsViewModel {
     struct Row {
         std::vector<std::string> texts; ///< by column
         Certainty certainty = Certainty::missing;
-        std::string doubts; ///< messages and cures, a line each; empty without any
-        std::string reason; ///< the first message, as the row of the clip says it; empty without any
+        std::string doubts; ///< messages and cures, a line each, then why it has no settled match
+        std::string reason; ///< the first of these, as the row of the clip says it; empty without any
         bool isApproved = false;
         bool isLocked = false;
         bool isMovedSinceLock = false; ///< which `reason` says then

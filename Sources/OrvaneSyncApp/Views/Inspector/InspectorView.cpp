@@ -69,6 +69,9 @@ InspectorView::InspectorView(Desktop& desktop, std::shared_ptr<ReviewViewModel> 
     head->addWidget(title_ = title({}));
     title_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // it is elided, and widens nothing
     head->addWidget(status_ = new Badge);
+    head->addWidget(why_ = facts({}));
+    why_->setObjectName(QStringLiteral("whyUnmatched"));
+    why_->setWordWrap(true);
     column->addLayout(head);
     sections_ = {
         new DoubtsSection(desktop),   new SyncSection(desktop, review_), new RecordingsSection(desktop),
@@ -109,6 +112,9 @@ void InspectorView::refresh() {
     name_ = text(exportedName(desktop_.controller(), *clip, GroupNaming::manualName(*clip).value_or("")));
     showTitle();
     status_->show(signal(certainty), translatedSentence(clip->matchStatus.label()));
+    const std::string& why = desktop_.controller().derivedDoubts().whyUnmatched(clip->id);
+    why_->setText(translatedSentence(why));
+    why_->setVisible(!why.empty());
     for (InspectorSection* section : sections_) section->showClip(*clip);
     const auto* typed = qobject_cast<const QLineEdit*>(QApplication::focusWidget());
     const bool isFieldInUse = typed != nullptr && content_->isAncestorOf(typed);

@@ -41,6 +41,7 @@ class InspectorView : public QWidget {
     QLabel* title_;
     QString name_; ///< as it is exported
     design::Badge* status_;
+    QLabel* why_; ///< it has no settled match
     std::vector<InspectorSection*> sections_;
     AfterPicture later_;
     std::vector<platform::Subscription> observations_;

@@ -8,6 +8,7 @@
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Export/ExportPreview.h"
+#include "OrvaneSyncCore/Services/Naming/ResultsList.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <QCheckBox>
@@ -28,6 +29,9 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <map>
+#include <string>
+#include <vector>
 
 namespace orvane::views {
 
@@ -36,7 +40,7 @@ using namespace design;
 namespace {
 
 constexpr int exportWidth = 640;
-constexpr int mostLinesShown = 8;
+constexpr int mostLinesShown = 4;
 
 /// Who reads which version of the document; the newest first.
 struct Reader {
@@ -66,6 +70,28 @@ QString listed(const std::vector<std::string>& lines) {
         shown << QStringLiteral("• ") + translatedSentence(warningInWords(line));
     }
     return shown.join(QLatin1Char('\n'));
+}
+
+/// How many clips have no settled match, then each reason with the first of its clips.
+QString unmatchedNote(const ImportController& controller) {
+    std::map<std::string, std::vector<std::string>> files; // by reason
+    const SyncGroupList clips = filtered(controller.work().syncGroups(), FilterMode::issues);
+    for (const SyncGroup& clip : clips) {
+        const std::string& why = controller.derivedDoubts().whyUnmatched(clip.id);
+        files[why.empty() ? clip.matchStatus.label() : why].push_back(
+            controller.work().fileNames().of(clip.video));
+    }
+    if (files.empty()) return {};
+    if (files.size() == 1) // in one line
+        return QObject::tr("Not in the document: %1 (%2)")
+            .arg(translatedSentence(firstAndMore(files.begin()->second)),
+                 translatedSentence(files.begin()->first));
+    QStringList lines{QObject::tr("Not in the document: %1")
+                          .arg(translatedSentence(counted(clips.size(), "clip", "clips")))};
+    for (const auto& [why, names] : files)
+        lines << QStringLiteral("• %1: %2")
+                     .arg(translatedSentence(why), translatedSentence(firstAndMore(names)));
+    return lines.join(QLatin1Char('\n'));
 }
 
 /// Wants the height of what is in it, and scrolls where the screen has less.
@@ -113,10 +139,10 @@ ExportSheet::ExportSheet(Desktop& desktop, QWidget* parent) : QDialog(parent), d
     sections->setSpacing(space::medium);
     sections->addWidget(what);
     sections->addWidget(makeOptions());
-    sections->addWidget(makeDestination());
     sections->addWidget(warnings_ = facts({}));
     warnings_->hide();
     rows->addWidget(sections_ = new Scrolled(contents), 1);
+    rows->addWidget(makeDestination()); // in view, whatever the height
     rows->addWidget(outcome_ = new Banner);
     outcome_->setObjectName(QStringLiteral("outcome"));
 
@@ -142,6 +168,9 @@ ExportSheet::ExportSheet(Desktop& desktop, QWidget* parent) : QDialog(parent), d
             missing_ = translatedSentence(warningInWords(*missing));
             showForecast();
         });
+    observation_ = desktop_.controller().onChange([this](ImportField field) {
+        if (field == ImportField::doubts) showForecast();
+    });
 }
 
 QWidget* ExportSheet::makeOptions() {
@@ -250,10 +279,9 @@ void ExportSheet::showForecast() {
     const auto coverage = ExportPreview::smartAudioCoverage(work.syncGroups(), now.smartAudioResults);
     for (const auto& sentence : {coverage.text(), coverage.choiceText()})
         if (sentence) notes << translatedSentence(*sentence);
-    const WorkSnapshot snapshot(controller);
-    std::vector<std::string> out = leftOutWarnings(snapshot);
-    std::ranges::move(excludedNotes(snapshot), std::back_inserter(out));
-    if (!out.empty()) notes << listed(out);
+    if (const QString unmatched = unmatchedNote(controller); !unmatched.isEmpty()) notes << unmatched;
+    if (const auto excluded = excludedNotes(WorkSnapshot(controller)); !excluded.empty())
+        notes << listed(excluded);
     leftOut_->setText(notes.join(QLatin1Char('\n')));
     leftOut_->setVisible(!notes.isEmpty());
     const auto suggested = ExportPreview::suggestedEventName(work.syncGroups());
@@ -275,9 +303,6 @@ void ExportSheet::refuse(Signal signal, const QString& why, const QString& answe
     outcome_->show(signal, why, answer, std::move(action));
     outcome_->focusButton(); // a second Return answers
     fitHeight();
-    // What is wrong is nearly always the place; it is scrolled to once the sheet has its new height.
-    QMetaObject::invokeMethod(
-        this, [this] { sections_->ensureWidgetVisible(place_); }, Qt::QueuedConnection);
 }
 
 void ExportSheet::resizeEvent(QResizeEvent* event) {

@@ -26,7 +26,7 @@ class ExportSheet : public QDialog {
   private:
     /// A window is no smaller than its texts need, which depends on how they wrap, unless the screen is.
     void fitHeight();
-    /// Why nothing was written, with the place in view.
+    /// Why nothing was written.
     void refuse(design::Signal signal, const QString& why, const QString& answer = {},
                 std::function<void()> action = {});
     QWidget* makeOptions();
@@ -55,6 +55,7 @@ class ExportSheet : public QDialog {
     QString missing_;           ///< media of the document that are not there; empty until that was looked at
     bool isPlaceGiven_ = false; ///< by hand
     bool mayReplace_ = false;   ///< the user has agreed to replace this file
+    platform::Subscription observation_;
 };
 
 } // namespace orvane::views

@@ -27,13 +27,15 @@ std::optional<PictureNote> pictureNote(const SyncGroup* clip, VideoEngine& engin
             "The camera file is missing",
             clip->video.filename + " is not in its folder, " + folder.lastPathComponent() +
                 ". Connect its disk or put the file back, and open the clip again. The document "
-                "names the file all the same."};
+                "names the file all the same.",
+            true};
     }
     if (!engine.transport().isLoaded)
         return PictureNote{"The clip cannot be played",
                            clip->video.filename +
                                " holds no picture and no sound that can be read. "
-                               "Look at the file in another program, or export the clip as it is."};
+                               "Look at the file in another program, or export the clip as it is.",
+                           true};
     if (!hasPicture)
         return PictureNote{
             "Sound only",

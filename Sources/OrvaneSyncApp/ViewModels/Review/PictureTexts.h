@@ -12,6 +12,7 @@ namespace orvane {
 struct PictureNote {
     std::string title;
     std::string text;
+    bool mayComeBack = false; ///< with the file
 
     bool operator==(const PictureNote&) const = default;
 };

@@ -11,6 +11,7 @@
 #include "Platform/MediaInspector.h"
 
 #include <QAction>
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QSignalBlocker>
@@ -69,6 +70,8 @@ PictureView::PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> revi
     pages_->addWidget(canvas_ = new PictureCanvas);
     pages_->addWidget(lens_ = new SyncLensView(desktop_, review_));
     pages_->addWidget(note_ = new EmptyState(Glyph::film, {}, {}));
+    note_->add(tryAgain_ = button(tr("Try Again")));
+    connect(tryAgain_, &QPushButton::clicked, this, [this] { tryAgain(); });
     canvas_->setEngine(review_->engine());
     canvas_->whenScrolled = [this](double deltaY, bool isPrecise) {
         review_->scrollFrames(deltaY, isPrecise);
@@ -211,10 +214,23 @@ void PictureView::follow(VideoEngineField field) {
 void PictureView::showPage() {
     const auto note = pictureNote(clip(), *review_->engine(), platform::mediaLibraryWasMissed());
     if (note) note_->setTexts(translated(note->title), translatedSentence(note->text));
+    tryAgain_->setVisible(note && note->mayComeBack);
     const bool isLens = actions_.lens()->isChecked() && clip() != nullptr;
     pages_->setCurrentWidget(isLens ? static_cast<QWidget*>(lens_)
                              : note ? static_cast<QWidget*>(note_)
                                     : canvas_);
+}
+
+void PictureView::tryAgain() {
+    if (clip() != nullptr) desktop_.players().loadGroup(*review_->groupID());
+}
+
+bool PictureView::event(QEvent* event) {
+    // Who comes back from the file manager has put the card in.
+    const bool isBack = event->type() == QEvent::WindowActivate && isVisible();
+    if (isBack && review_->engine()->transport().isVideoMissing && !review_->engine()->transport().isPlaying)
+        tryAgain();
+    return QWidget::event(event);
 }
 
 void PictureView::showTransport() {

@@ -9,6 +9,7 @@
 
 class QAction;
 class QLabel;
+class QPushButton;
 class QSlider;
 class QStackedLayout;
 class QToolButton;
@@ -39,11 +40,16 @@ class PictureView : public QWidget {
     PictureCanvas& canvas() { return *canvas_; }
     SyncLensView& lens() { return *lens_; }
 
+  protected:
+    bool event(QEvent* event) override;
+
   private:
     QWidget* makeBar(ReviewActions& actions);
     QWidget* makeTimecodes();
     void follow(VideoEngineField field);
     void showPage();
+    /// The clip again, whose file was not there or could not be read.
+    void tryAgain();
     void showTransport();
     void showTimecodes();
     void toggleLoop();
@@ -57,6 +63,7 @@ class PictureView : public QWidget {
     PictureCanvas* canvas_;
     SyncLensView* lens_;
     design::EmptyState* note_;
+    QPushButton* tryAgain_; ///< below the note
     design::Badge* device_; ///< beside the timecode of the sound, where nothing is heard
     QStackedLayout* pages_;
     LevelMeters* meters_;

@@ -115,6 +115,12 @@ TEST_F(InspectorModelTest, theOutlineKeepsTheOrderOfTheShoot) {
     EXPECT_EQ(outlineOf({one, three, {"B001C001", "10:10:00:00", ""}, {"B001C002", "10:20:00:00", ""}}),
               "5-1 5-3 B001C001 B001C002 ")
         << "no row in common";
+    EXPECT_EQ(outlineOf({{"A001_Epsilon_240517", "09:50:00:00", ""},
+                         {"A001_Zeta_240517", "09:10:00:00", ""},
+                         {"A001C007_240516", "23:00:00:00", ""},
+                         {"A001C008_240517", "09:30:00:00", ""}}),
+              "A001C007 A001 A001C008 A001 ")
+        << "a camera whose names do not count goes by its clock";
 }
 
 TEST_F(InspectorModelTest, theOutlinePaintsOnlyWhatChanged) {

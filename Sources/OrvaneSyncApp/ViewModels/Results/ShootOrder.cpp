@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <list>
@@ -18,10 +19,24 @@ namespace orvane {
 
 namespace {
 
-/// By its letter, else by the card.
-std::string cameraOf(const SyncGroup& clip) {
-    return GroupNaming::cameraLetter(clip.video).value_or(std::string(folderPath(clip.video)));
-}
+/// By the letter of its name, else by that of its folder's first clip that has one, else by the folder.
+class CameraOfClip {
+  public:
+    explicit CameraOfClip(const SyncGroupList& clips) {
+        for (const SyncGroup& clip : clips)
+            if (auto letter = GroupNaming::cameraLetter(clip.video))
+                letters_.emplace(folderPath(clip.video), *std::move(letter));
+    }
+    std::string operator()(const SyncGroup& clip) const {
+        if (auto own = GroupNaming::cameraLetter(clip.video)) return *std::move(own);
+        std::string folder(folderPath(clip.video));
+        const auto found = letters_.find(folder);
+        return found == letters_.end() ? folder : found->second;
+    }
+
+  private:
+    std::unordered_map<std::string, std::string> letters_; ///< by folder
+};
 
 /// Takes the clips in the order of their list and lays the row of each when it comes to its first one.
 class RowsByShoot {
@@ -32,6 +47,7 @@ class RowsByShoot {
         for (std::size_t row = 0; row < rows.size(); ++row)
             for (const SyncGroup* clip : rows[row]) rowOfClip.emplace(clip, row);
         std::vector<const Clips*> owners(rows.size()); // the camera of its first clip
+        const CameraOfClip cameraOf(clips);
         for (std::size_t i = 0; i < clips.size(); ++i) {
             const std::size_t row = rowOfClip.at(clips.element(i).get());
             Clips& camera = cameras_[cameraOf(clips[i])];
@@ -39,6 +55,7 @@ class RowsByShoot {
             if (owners[row] == nullptr) owners[row] = &camera;
         }
         for (auto& [name, camera] : cameras_) {
+            sortByStart(camera);
             std::optional<std::size_t> shared;
             for (Clip& clip : std::views::reverse(camera)) {
                 clip.nextShared = shared;
@@ -64,6 +81,29 @@ class RowsByShoot {
     };
     using Clips = std::vector<Clip>; ///< of one camera
     using Place = std::list<std::size_t>::iterator;
+
+    /// By day and time, where all that have a start are of known days; those without one stay behind their
+    /// predecessors.
+    void sortByStart(Clips& camera) {
+        std::vector<std::pair<double, std::size_t>> order; // seconds, and the place among these
+        double latest = 0;
+        for (std::size_t i = 0; i < camera.size(); ++i) {
+            if (const auto& place = start(camera[i].row)) {
+                const auto day = place->knownDay();
+                if (!day) return;
+                latest = static_cast<double>(*day) * secondsADay + place->range.startSeconds;
+            }
+            order.emplace_back(latest, i);
+        }
+        if (std::ranges::is_sorted(order)) return;
+        std::ranges::sort(order);
+        Clips sorted;
+        for (std::size_t i = 0; i < order.size(); ++i) {
+            sorted.push_back(camera[order[i].second]);
+            sorted.back().position = camera[i].position;
+        }
+        camera = std::move(sorted);
+    }
 
     bool isLaid(std::size_t row) { return places_[row] != order_.end(); }
 

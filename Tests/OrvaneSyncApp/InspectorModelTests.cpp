@@ -317,6 +317,10 @@ TEST(KeyOverviewTest, greysWhatDoesNothing) {
     EXPECT_EQ(row(now, nudgePeriodPlus10).key, "Shift+.");
     EXPECT_EQ(row(now, slowMoForward).key, "K held, L");
     EXPECT_FALSE(row({}, playPause).acts);
+    std::size_t count = 0;
+    for (const KeyGroup& group : multicamKeyOverview(defaultBindings(), true))
+        for (const KeyGroup::Row& one : group.rows) count += one.acts ? 1U : 1000U;
+    EXPECT_EQ(count, 11U) << "nine that play, the way back and this list";
     auto bindings = defaultBindings();
     bindings[zoomFit] = bindings[playPause];
     EXPECT_FALSE(row(now, zoomFit, bindings).acts) << "another action has its key";

@@ -274,7 +274,9 @@ TEST_F(InspectorTest, aQuestionMarkShowsTheKeysAndAnyKeyClosesThem) {
     QWidget screen;
     auto* line = new QLineEdit(&screen);
     screen.resize(1200, 700);
-    KeyOverlay overlay(*desktop_, review_, &screen);
+    KeyOverlay overlay(&screen, [this] {
+        return keyOverview(desktop_->context().shortcuts()->bindings(), situationOf(*desktop_, *review_));
+    });
     screen.show();
     screen.activateWindow();
     ASSERT_TRUE(waitUntil([&] { return QApplication::activeWindow() == &screen; }));
@@ -344,7 +346,9 @@ TEST_F(InspectorTest, canBeLookedAt) {
     grab(outline, "outline");
     QWidget screen;
     screen.resize(1440, 800);
-    KeyOverlay overlay(*desktop_, review_, &screen);
+    KeyOverlay overlay(&screen, [this] {
+        return keyOverview(desktop_->context().shortcuts()->bindings(), situationOf(*desktop_, *review_));
+    });
     screen.show();
     overlay.open();
     grab(screen, "keys-1440");

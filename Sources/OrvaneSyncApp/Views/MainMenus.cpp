@@ -361,7 +361,7 @@ void MainMenus::update() {
     single_->setEnabled(clips.size() == 1 && applies("exportSingleClip", clips));
     const bool isPlaying = screens_.isPlaying();
     results_->setEnabled(isPlaying);
-    keys_->setEnabled(screens_.isReviewing());
+    keys_->setEnabled(isPlaying);
     review_->setEnabled(!isPlaying && !clips.empty());
     multicam_->setEnabled(!clips.empty());
     const UndoState undo = desktop_.controller().work().undoState();

@@ -37,10 +37,9 @@ class MainMenus : public QObject {
         std::function<void(const QStringList& paths)> openPaths;
         std::function<void()> takeKeyboard;                     ///< the screen in front
         std::function<void()> listenToCards, syncLockitNetwork; ///< both take long
-        std::function<bool()> isReviewing;
-        std::function<bool()> isListening; ///< to the cards
-        std::function<bool()> isPlaying;   ///< a screen that plays is in front
-        QWidget* sessions;                 ///< that can be hidden
+        std::function<bool()> isListening;                      ///< to the cards
+        std::function<bool()> isPlaying;                        ///< a screen that plays is in front
+        QWidget* sessions;                                      ///< that can be hidden
     };
     MainMenus(Desktop& desktop, QMainWindow& window, ReviewActions& review, Screens screens);
 

@@ -125,8 +125,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
         field->selectAll();
     };
     screens.isPlaying = [this] { return isPlayingScreen(); };
-    screens.showKeys = [this] { review().keys().open(); };
-    screens.isReviewing = [this] { return screen_ == Screen::review; };
+    screens.showKeys = [this] { (screen_ == Screen::multicam ? multicam().keys() : review().keys()).open(); };
     screens.openPaths = [this](const QStringList& paths) { openPaths(paths); };
     screens.takeKeyboard = [this] { takeKeyboard(); };
     screens.listenToCards = [this] { listenToCards(); };
@@ -137,7 +136,8 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     menus_ = new MainMenus(desktop_, *this, *reviewActions_, std::move(screens));
     ReviewKeys::Screens playing;
     playing.isInFront = [this] {
-        return isPlayingScreen() && !(review_ != nullptr && review_->keys().isVisible());
+        return isPlayingScreen() && !(review_ != nullptr && review_->keys().isVisible()) &&
+               !(multicam_ != nullptr && multicam_->keys().isVisible());
     };
     playing.handleFullscreen = [this](const KeyEvent& event) {
         return screen_ == Screen::multicam ? multicam_->handleFullscreen(event)

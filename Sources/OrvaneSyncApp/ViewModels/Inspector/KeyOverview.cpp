@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/ViewModels/Inspector/KeyOverview.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace orvane {
@@ -95,6 +96,25 @@ std::vector<KeyGroup> keyOverview(const ShortcutBindings& bindings, const Review
     for (KeyGroup& group : groups)
         std::ranges::stable_partition(group.rows, [&](const KeyGroup::Row& row) { return row.key != noKey; });
     groups.push_back(keysOfTheWindow(situation));
+    std::erase_if(groups, [](const KeyGroup& group) { return group.rows.empty(); });
+    return groups;
+}
+
+std::vector<KeyGroup> multicamKeyOverview(const ShortcutBindings& bindings, bool isLoaded) {
+    using enum ShortcutAction;
+    constexpr std::array played{playPause,    shuttleForward, shuttleReverse, shuttleStop,     stepForward,
+                                stepBackward, slowMoForward,  slowMoReverse,  toggleFullscreen};
+    ReviewSituation now;
+    now.isLoaded = isLoaded;
+    std::vector<KeyGroup> groups = keyOverview(bindings, now);
+    for (KeyGroup& group : groups)
+        std::erase_if(group.rows, [&](const KeyGroup::Row& row) {
+            return row.action ? std::ranges::find(played, *row.action) == played.end()
+                              : row.key != reviewKeys::leave && row.key != reviewKeys::overview;
+        });
+    for (KeyGroup::Row& row : groups.back().rows)
+        if (row.key == reviewKeys::leave)
+            row = {{}, row.key, "Back", "Where the cameras were opened from", true};
     std::erase_if(groups, [](const KeyGroup& group) { return group.rows.empty(); });
     return groups;
 }

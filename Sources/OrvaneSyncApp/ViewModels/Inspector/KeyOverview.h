@@ -49,5 +49,7 @@ struct KeyGroup {
     std::vector<Row> rows;
 };
 std::vector<KeyGroup> keyOverview(const ShortcutBindings& bindings, const ReviewSituation& situation);
+/// Of the cameras of a take beside each other: the keys that they play by. `isLoaded`: they can be played.
+std::vector<KeyGroup> multicamKeyOverview(const ShortcutBindings& bindings, bool isLoaded);
 
 } // namespace orvane

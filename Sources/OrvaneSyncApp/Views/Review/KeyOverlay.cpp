@@ -50,8 +50,8 @@ int heightOfKeys(const KeyGroup& group) { return (static_cast<int>(group.rows.si
 
 } // namespace
 
-KeyOverlay::KeyOverlay(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* over)
-    : QWidget(over), desktop_(desktop), review_(std::move(review)), over_(over) {
+KeyOverlay::KeyOverlay(QWidget* over, std::function<std::vector<KeyGroup>()> keys)
+    : QWidget(over), over_(over), keys_(std::move(keys)) {
     setObjectName(QStringLiteral("keyOverlay"));
     setVisible(false);
     qApp->installEventFilter(this);
@@ -60,7 +60,7 @@ KeyOverlay::KeyOverlay(Desktop& desktop, std::shared_ptr<ReviewViewModel> review
 KeyOverlay::~KeyOverlay() { qApp->removeEventFilter(this); }
 
 void KeyOverlay::open() {
-    groups_ = keyOverview(desktop_.context().shortcuts()->bindings(), situation());
+    groups_ = keys_();
     setGeometry(over_->rect());
     setAccessibleName(tr("Keys"));
     setAccessibleDescription(spoken());
@@ -74,29 +74,6 @@ QString KeyOverlay::spoken() const {
         for (const KeyGroup::Row& row : group.rows)
             if (row.acts) lines << tr("%1: %2").arg(keyName(row), translated(row.label));
     return lines.join(QLatin1Char('\n'));
-}
-
-ReviewSituation KeyOverlay::situation() const {
-    const OpenWork& work = desktop_.controller().work();
-    const auto& id = review_->groupID();
-    const SyncGroup* clip = id ? work.syncGroups().find(*id) : nullptr;
-    const auto has = [&](int step) { return clip != nullptr && (!neighbour || neighbour(*id, step)); };
-    ReviewSituation now;
-    now.hasClip = clip != nullptr;
-    now.isLoaded = review_->engine()->transport().isLoaded;
-    now.hasSound = clip != nullptr && !clip->isMOS();
-    now.isLocked = clip != nullptr && clip->isLocked;
-    now.isLooping = review_->engine()->loop().isLooping;
-    now.canCheckClap = review_->canCheckClap();
-    now.hasChoice = clip != nullptr && RecordingsPart::of(desktop_.controller(), *clip).hasChoice();
-    now.hasSuggestion =
-        clip != nullptr && desktop_.controller().timeline().siblingSuggestion(*id).has_value();
-    now.hasNext = has(1);
-    now.hasPrevious = has(-1);
-    now.canUndo = work.undoState().canUndo;
-    now.canRedo = work.undoState().canRedo;
-    now.hasWork = !work.syncGroups().empty();
-    return now;
 }
 
 bool KeyOverlay::eventFilter(QObject* watched, QEvent* event) {
@@ -174,6 +151,29 @@ void KeyOverlay::paintEvent(QPaintEvent*) {
         }
         *column += heightOfKeys(group);
     }
+}
+
+ReviewSituation situationOf(Desktop& desktop, ReviewViewModel& review,
+                            const std::function<std::optional<UUID>(const UUID& of, int step)>& neighbour) {
+    const OpenWork& work = desktop.controller().work();
+    const auto& id = review.groupID();
+    const SyncGroup* clip = id ? work.syncGroups().find(*id) : nullptr;
+    const auto has = [&](int step) { return clip != nullptr && (!neighbour || neighbour(*id, step)); };
+    ReviewSituation now;
+    now.hasClip = clip != nullptr;
+    now.isLoaded = review.engine()->transport().isLoaded;
+    now.hasSound = clip != nullptr && !clip->isMOS();
+    now.isLocked = clip != nullptr && clip->isLocked;
+    now.isLooping = review.engine()->loop().isLooping;
+    now.canCheckClap = review.canCheckClap();
+    now.hasChoice = clip != nullptr && RecordingsPart::of(desktop.controller(), *clip).hasChoice();
+    now.hasSuggestion = clip != nullptr && desktop.controller().timeline().siblingSuggestion(*id).has_value();
+    now.hasNext = has(1);
+    now.hasPrevious = has(-1);
+    now.canUndo = work.undoState().canUndo;
+    now.canRedo = work.undoState().canRedo;
+    now.hasWork = !work.syncGroups().empty();
+    return now;
 }
 
 } // namespace orvane::views

@@ -15,12 +15,10 @@ namespace orvane::views {
 /// shows it while the screen is seen and no text is edited; any key and a click close it.
 class KeyOverlay : public QWidget {
   public:
-    /// `over`: the screen that it covers.
-    KeyOverlay(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* over);
+    /// `over`: the screen that it covers; `keys`: those of the screen at this moment.
+    KeyOverlay(QWidget* over, std::function<std::vector<KeyGroup>()> keys);
     ~KeyOverlay() override;
 
-    /// The clip so many places away in the list, to say whether there is one; null: there always is.
-    std::function<std::optional<UUID>(const UUID& of, int step)> neighbour;
     void open();
     /// What it says, for reading aloud.
     QString spoken() const;
@@ -31,12 +29,15 @@ class KeyOverlay : public QWidget {
     void mousePressEvent(QMouseEvent* event) override;
 
   private:
-    ReviewSituation situation() const;
-
-    Desktop& desktop_;
-    const std::shared_ptr<ReviewViewModel> review_;
     QWidget* over_;
+    const std::function<std::vector<KeyGroup>()> keys_;
     std::vector<KeyGroup> groups_;
 };
+
+/// What of the clip in view decides which keys of its review do something. `neighbour`: the clip so many
+/// places away in the list, to say whether there is one; null: there always is.
+ReviewSituation
+situationOf(Desktop& desktop, ReviewViewModel& review,
+            const std::function<std::optional<UUID>(const UUID& of, int step)>& neighbour = nullptr);
 
 } // namespace orvane::views

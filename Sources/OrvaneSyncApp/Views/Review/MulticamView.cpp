@@ -5,6 +5,7 @@
 #include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
 #include "OrvaneSyncApp/Views/Review/CameraStrip.h"
 #include "OrvaneSyncApp/Views/Review/FullscreenWindow.h"
+#include "OrvaneSyncApp/Views/Review/KeyOverlay.h"
 #include "OrvaneSyncApp/Views/Review/PictureCanvas.h"
 #include "OrvaneSyncApp/Views/Review/PictureView.h"
 #include "OrvaneSyncApp/Views/Review/ReviewActions.h"
@@ -118,6 +119,9 @@ MulticamView::MulticamView(Desktop& desktop, ReviewActions& actions, std::functi
     transport->addStretch(1);
     column->addLayout(transport);
     column->addWidget(strip_ = new CameraStrip(desktop_, multicam_));
+    keys_ = new KeyOverlay(this, [this] {
+        return multicamKeyOverview(desktop_.context().shortcuts()->bindings(), multicam_->isOpen());
+    });
     multicam_->toggleFullscreen = [this] { toggleFullscreen(); };
     ofBag_ = multicam_->bag().onChange([this] { follow(); });
 }

@@ -13,6 +13,7 @@ class QLabel;
 namespace orvane::views {
 
 class CameraStrip;
+class KeyOverlay;
 class OutlineView;
 class ReviewActions;
 
@@ -29,6 +30,7 @@ class MulticamView : public QWidget {
     void open(const std::vector<UUID>& groupIDs);
     void leaveTake();
     OutlineView& outline() { return *outline_; }
+    KeyOverlay& keys() { return *keys_; }
     /// The user wants to see all cameras of a take.
     std::function<void(const std::vector<UUID>& cameras)> openTake;
     /// A key of the camera in fullscreen: Escape and F bring it back.
@@ -49,6 +51,7 @@ class MulticamView : public QWidget {
     QLabel* take_;
     QGridLayout* grid_;
     CameraStrip* strip_;
+    KeyOverlay* keys_;
     std::unique_ptr<FullscreenManager> fullscreen_; ///< of the camera that was sent there
     std::vector<Cell*> cells_;
     std::vector<UUID> shown_;

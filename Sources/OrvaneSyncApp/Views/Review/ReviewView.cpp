@@ -65,8 +65,12 @@ ReviewView::ReviewView(Desktop& desktop, ReviewActions& actions, std::function<v
     // The screen itself takes the keys: nothing in it has to be clicked first.
     setFocusPolicy(Qt::StrongFocus);
     setAccessibleName(tr("Review"));
-    keys_ = new KeyOverlay(desktop, review, this);
-    keys_->neighbour = [this](const UUID& of, int step) { return outline_->neighbour(of, step); };
+    keys_ = new KeyOverlay(this, [this] {
+        return keyOverview(
+            desktop_.context().shortcuts()->bindings(),
+            situationOf(desktop_, *desktop_.players().review(),
+                        [this](const UUID& of, int step) { return outline_->neighbour(of, step); }));
+    });
     steps_->showKeys = [this] { keys_->open(); };
     outline_->whenListChanged = [this] { steps_->refresh(); };
     ofReview_ = review->onChange([this] { steps_->refresh(); });

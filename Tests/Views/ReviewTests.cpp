@@ -361,6 +361,11 @@ TEST_F(ReviewTest, ARecordingIsHeardBeforeItIsAttached) {
     QTest::keyClick(search, Qt::Key_Up);
     EXPECT_EQ(list->currentRow(), 0) << "from the field, too";
     QTest::keyClick(search, Qt::Key_Down);
+    EXPECT_EQ(list->currentRow(), 0) << "Down leads to the row that Return would attach";
+    QTest::keyClick(list, Qt::Key_X);
+    EXPECT_EQ(search->text(), "x") << "typing goes on in the field";
+    search->clear();
+    QTest::keyClick(list, Qt::Key_Down);
     QTest::keyClick(list, Qt::Key_Return);
     EXPECT_EQ(chosen, missing.id);
 }

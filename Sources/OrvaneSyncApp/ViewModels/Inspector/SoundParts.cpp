@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
 #include "OrvaneSyncApp/ViewModels/Timeline/TimelineRows.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
@@ -83,8 +84,14 @@ std::vector<Attachable> attachableTo(const ImportController& controller, const U
     const auto clip = group != nullptr ? places.of(group->video) : std::nullopt;
     for (Attachable& one : all) {
         one.start = one.audio.startTimecodeString.value_or("");
-        if (!clip || ofOtherDays.contains(one.audio.id)) continue;
-        if (const auto place = places.of(one.audio)) one.fromClip = secondsFrom(*clip, *place);
+        const auto place = clip ? places.of(one.audio) : std::nullopt;
+        if (!place) continue;
+        if (ofOtherDays.contains(one.audio.id)) {
+            if (!place->day) continue;
+            one.day = dayText(*place->day);
+            if (!clip->knownDay()) continue; // how far it is depends on that
+        }
+        one.fromClip = secondsFrom(*clip, *place);
     }
     std::ranges::stable_sort(all, {}, [&](const Attachable& one) {
         return std::tuple(ofOtherDays.contains(one.audio.id), !one.fromClip,

@@ -50,6 +50,7 @@ struct RecordingsPart {
 struct Attachable {
     MediaAsset audio;
     std::string label;
+    std::string day = {};                ///< where it is another one than that of the clip
     std::string start = {};              ///< timecode; empty where there is none
     std::optional<double> fromClip = {}; ///< seconds; negative: ends before the clip begins
 };

@@ -65,6 +65,7 @@ AttachSheet::AttachSheet(Desktop& desktop, const std::vector<Attachable>& record
 
 QString AttachSheet::rowText(const Attachable& one) {
     QStringList parts{translatedSentence(one.label)};
+    if (!one.day.empty()) parts << text(one.day);
     if (!one.start.empty()) parts << text(one.start);
     if (one.fromClip) {
         const QString apart = text(clockText(std::abs(*one.fromClip)));
@@ -87,12 +88,18 @@ QLayout* AttachSheet::makeListening() {
 
 bool AttachSheet::eventFilter(QObject* watched, QEvent* event) {
     if (watched == search_ && event->type() == QEvent::KeyPress) {
-        // The list is gone through while its words are typed.
+        // Down leads into the list, to the row that Return would attach.
         const int key = static_cast<QKeyEvent*>(event)->key();
-        const bool isMove =
-            key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_PageUp || key == Qt::Key_PageDown;
+        const bool isMove = key == Qt::Key_Up || key == Qt::Key_PageUp || key == Qt::Key_PageDown;
+        if (key == Qt::Key_Down) list_->setFocus();
         if (isMove) QCoreApplication::sendEvent(list_, event);
-        return isMove;
+        return isMove || key == Qt::Key_Down;
+    }
+    if (watched == list_ && event->type() == QEvent::KeyPress &&
+        goesToSearch(*static_cast<QKeyEvent*>(event))) {
+        search_->setFocus();
+        if (static_cast<QKeyEvent*>(event)->key() != Qt::Key_Up) QCoreApplication::sendEvent(search_, event);
+        return true;
     }
     if (watched == list_ && event->type() == QEvent::KeyPress &&
         static_cast<QKeyEvent*>(event)->key() == Qt::Key_Space) {
@@ -100,6 +107,16 @@ bool AttachSheet::eventFilter(QObject* watched, QEvent* event) {
         return true;
     }
     return QDialog::eventFilter(watched, event);
+}
+
+bool AttachSheet::goesToSearch(const QKeyEvent& event) const {
+    if (event.key() == Qt::Key_Up) {
+        for (int row = list_->currentRow() - 1; row >= 0; --row)
+            if (!list_->item(row)->isHidden()) return false;
+        return true;
+    }
+    const QString typed = event.text();
+    return event.key() == Qt::Key_Backspace || (!typed.isEmpty() && typed.front().isPrint() && typed != " ");
 }
 
 const MediaAsset* AttachSheet::selected() const {

@@ -59,9 +59,14 @@ TEST_F(TimelineTest, theClapBecomesTheAnchorUnlessTheEditorWasFaster) {
     finish(ofLocked);
     EXPECT_FALSE(group().audioAnchorOffsetInAudioSeconds);
     controller_->clips().toggleLocked(id_);
+    controller_->withUndo(undoSteps::setManualClipName,
+                          [&] { controller_->clips().setManualClipName(id_, "Hero"); });
     finish(timeline.autoDetectAudioAnchorIfMissing(id_));
     EXPECT_EQ(group().audioAnchorOffsetInAudioSeconds, 3);
-    EXPECT_FALSE(controller_->work().undoState().canUndo);
+    controller_->undo();
+    EXPECT_FALSE(controller_->work().undoState().canUndo) << "it was no step";
+    EXPECT_EQ(group().manualClipName, std::nullopt);
+    EXPECT_EQ(group().audioAnchorOffsetInAudioSeconds, 3) << "taking back the name leaves the clap";
 }
 
 TEST_F(TimelineTest, theClapOfASplitTakeIsWhereTheClipShowsIt) {

@@ -73,6 +73,16 @@ bool OpenWork::edit(UUID groupID, const std::function<void(SyncGroup&)>& change)
     return true;
 }
 
+bool OpenWork::editWithSteps(UUID groupID, const std::function<bool(const SyncGroup&)>& mayHave,
+                             const std::function<void(SyncGroup&)>& change) {
+    notices.assertOnMainThread();
+    steps_->forEach([&](Step& step) {
+        const SyncGroup* then = step.groups.find(groupID);
+        if (then != nullptr && mayHave(*then)) step.groups.update(groupID, change);
+    });
+    return edit(groupID, change);
+}
+
 void OpenWork::editWhere(const std::function<bool(const SyncGroup&)>& test,
                          const std::function<void(SyncGroup&)>& change) {
     notices.assertOnMainThread();

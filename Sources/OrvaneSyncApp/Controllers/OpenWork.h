@@ -43,6 +43,10 @@ class OpenWork : public WorkState {
     }
     /// False when there is no such clip.
     bool edit(UUID groupID, const std::function<void(SyncGroup&)>& change);
+    /// The same for what was found of the clip and is no decision: taking back a step does not lose it.
+    /// `mayHave`: whether a step's state of the clip gets the change too.
+    bool editWithSteps(UUID groupID, const std::function<bool(const SyncGroup&)>& mayHave,
+                       const std::function<void(SyncGroup&)>& change);
     /// Notifies where there is such a clip.
     void editWhere(const std::function<bool(const SyncGroup&)>& test,
                    const std::function<void(SyncGroup&)>& change);

@@ -128,9 +128,15 @@ platform::Task TimelineController::detectAnchor(std::weak_ptr<TimelineController
     self.reset();
     const std::optional<double> clap = co_await searching;
     self = weak.lock();
-    const SyncGroup* group = self && clap ? self->mayGetAnchor(groupID) : nullptr;
-    if (group != nullptr && ClapDetector::Search::of(*group)->isOfSameSound(search))
-        self->clips_.setAudioAnchor(groupID, clap);
+    if (!self || !clap) co_return;
+    const auto mayHave = [&search](const SyncGroup& group) {
+        const auto own = ClapDetector::Search::of(group);
+        return !group.isLocked && !group.audioAnchorOffsetInAudioSeconds && own && own->isOfSameSound(search);
+    };
+    const SyncGroup* group = self->work_.syncGroups().find(groupID);
+    if (group != nullptr && mayHave(*group))
+        self->work_.editWithSteps(groupID, mayHave,
+                                  [&](SyncGroup& own) { own.audioAnchorOffsetInAudioSeconds = clap; });
 }
 
 void TimelineController::adjustOffset(const UUID& groupID, double deltaSeconds) {

@@ -63,6 +63,13 @@ class UndoStack {
             if (snapshot.capture > mark) visit(snapshot.value);
     }
 
+    /// All values that can be gone back to, either way.
+    template <class Visit>
+    void forEach(Visit&& visit) {
+        for (auto* snapshots : {&toUndo_, &toRedo_})
+            for (Snapshot& snapshot : *snapshots) visit(snapshot.value);
+    }
+
     UndoState state() const {
         const auto name = [](const std::deque<Snapshot>& snapshots) {
             return snapshots.empty() ? std::nullopt : std::optional(snapshots.back().actionName);

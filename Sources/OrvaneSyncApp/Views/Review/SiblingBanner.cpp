@@ -54,8 +54,9 @@ QPushButton* SiblingBanner::add(std::string_view id, QPushButton* one) {
 void SiblingBanner::refresh() {
     const auto& id = review_->groupID();
     const SyncGroup* clip = id ? desktop_.controller().work().syncGroups().find(*id) : nullptr;
-    const auto suggestion =
-        clip == nullptr ? std::nullopt : desktop_.controller().timeline().siblingSuggestion(*id);
+    const auto suggestion = clip == nullptr || clip->isLocked
+                                ? std::nullopt
+                                : desktop_.controller().timeline().siblingSuggestion(*id);
     if (suggestion)
         text_->setText(
             translatedSentence(suggestion->text(desktop_.controller().timeline().timelineFrameRate(*clip))));

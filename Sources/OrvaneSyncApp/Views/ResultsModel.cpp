@@ -28,8 +28,8 @@ bool isRightAligned(int column) {
 }
 
 QString elided(const QFontMetrics& metrics, int column, const QString& shown, int width) {
-    const bool isFile = column == static_cast<int>(Column::cameraFile);
-    return metrics.elidedText(shown, isFile ? elisionOfFile(metrics, shown, width) : Qt::ElideMiddle, width);
+    return column == static_cast<int>(Column::cameraFile) ? elidedFile(metrics, shown, width)
+                                                          : metrics.elidedText(shown, Qt::ElideMiddle, width);
 }
 
 void drawPicture(QPainter& painter, const QRect& within, const platform::Picture* picture) {
@@ -71,10 +71,33 @@ Signal signal(Certainty certainty) {
     return Signal::none;
 }
 
-Qt::TextElideMode elisionOfFile(const QFontMetrics& metrics, const QString& name, int width) {
+QString elidedFile(const QFontMetrics& metrics, const QString& name, int width) {
+    if (metrics.horizontalAdvance(name) <= width) return name;
     constexpr int number = 8; // characters, such as "A001C001"
-    return metrics.horizontalAdvance(name.left(number) + QChar(0x2026)) <= width / 2 ? Qt::ElideMiddle
-                                                                                     : Qt::ElideRight;
+    constexpr int leastTail = 3;
+    const qsizetype point = name.lastIndexOf(QLatin1Char('.'));
+    const QString stem = name.left(point > 0 ? point : name.size());
+    const QString head = stem.left(number) + QChar(0x2026);
+    for (qsizetype tail = stem.size() - number - 1; tail >= leastTail; --tail)
+        if (const QString cut = head + stem.right(tail); metrics.horizontalAdvance(cut) <= width) return cut;
+    return metrics.elidedText(name, Qt::ElideRight, width);
+}
+
+QString inPartOrder(const QString& name) {
+    const auto isRightToLeft = [](QChar one) {
+        return one.direction() == QChar::DirR || one.direction() == QChar::DirAL ||
+               one.direction() == QChar::DirAN;
+    };
+    if (std::ranges::none_of(name, isRightToLeft)) return name;
+    constexpr QChar leftToRightMark(0x200E);
+    QString marked;
+    for (const QChar one : name) {
+        const bool isSeparator = QStringLiteral("_-. ").contains(one);
+        if (isSeparator) marked += leftToRightMark;
+        marked += one;
+        if (isSeparator) marked += leftToRightMark;
+    }
+    return marked;
 }
 
 ResultsModel::ResultsModel(ResultsViewModel& rows, std::shared_ptr<Thumbnails> thumbnails, QObject* parent)
@@ -160,7 +183,16 @@ ResultsViewModel::Row ResultsModel::makeRow(std::size_t index) const {
         cell = utf8(translatedSentence(cell));
     }
     made.doubts = utf8(translatedSentence(made.doubts));
-    made.reason = utf8(translatedSentence(made.reason));
+    // In its own row what is said of the file comes first.
+    QString reason = translatedSentence(made.reason);
+    const QString file = text(made.texts[static_cast<std::size_t>(Column::cameraFile)]);
+    for (const QString& quoted : {QStringLiteral("'%1' "), QStringLiteral("„%1“ ")})
+        if (const QString own = quoted.arg(file); reason.startsWith(own)) reason.remove(0, own.size());
+    made.reason = utf8(reason);
+    for (const Column column : {Column::name, Column::cameraFile, Column::sound}) {
+        std::string& cell = made.texts[static_cast<std::size_t>(column)];
+        cell = utf8(inPartOrder(text(cell)));
+    }
     return made;
 }
 

@@ -15,9 +15,11 @@ namespace orvane::views {
 
 /// In which colour and with which glyph a list shows it.
 design::Signal signal(ResultsViewModel::Certainty certainty);
-/// Where the name of a file is cut that has not the room: in the middle, but never within its beginning, by
-/// which cameras count their clips. `width` in points.
-Qt::TextElideMode elisionOfFile(const QFontMetrics& metrics, const QString& name, int width);
+/// The name of a file in that many points: cut in the middle, but never within its beginning, by which
+/// cameras count their clips, and without its extension before anything else.
+QString elidedFile(const QFontMetrics& metrics, const QString& name, int width);
+/// A name with marks that keep its parts in their order where one of them is written from right to left.
+QString inPartOrder(const QString& name);
 
 /// The rows of the results for a table.
 class ResultsModel : public RowsModel<QAbstractTableModel, ResultsViewModel::Row> {

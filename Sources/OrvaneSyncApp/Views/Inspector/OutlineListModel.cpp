@@ -75,7 +75,7 @@ void OutlineDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
              QRectF(inner.left() + 2, inner.center().y() - outlineGlyphSide / 2.0, outlineGlyphSide,
                     outlineGlyphSide),
              weak);
-    inner.setLeft(inner.left() + outlineFoldWidth + (row.isInTake ? space::medium : 0));
+    inner.setLeft(inner.left() + outlineFoldWidth + (row.isInTake ? space::small : 0));
 
     // The glyph is not told by its colour alone.
     const Signal sign = signal(row.certainty);
@@ -103,24 +103,23 @@ void OutlineDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
     }
     const int factsWidth = right - inner.left();
     const auto line = [&](const QRect& place, const QFont& font, const QColor& colour, const QString& shown,
-                          Qt::TextElideMode elision = Qt::ElideMiddle) {
+                          bool isFile = false) {
         painter->setFont(font);
         painter->setPen(colour);
         painter->drawText(place, Qt::AlignVCenter | Qt::AlignLeft,
-                          QFontMetrics(font).elidedText(shown, elision, place.width()));
+                          isFile ? elidedFile(QFontMetrics(font), shown, place.width())
+                                 : QFontMetrics(font).elidedText(shown, Qt::ElideMiddle, place.width()));
     };
     if (row.facts.empty()) {
         inner.setRight(right);
         line(inner, textFont(), strong, text(row.label));
     } else {
-        const QString name = text(row.label);
+        const QString name = inPartOrder(text(row.label));
         // The name of a file has its number at the beginning, that of a clip its camera at the end.
         line({inner.left(), inner.top() + 2, inner.width(), half}, textFont(), strong, name,
-             name.contains(QLatin1Char(' ')) ? Qt::ElideMiddle
-                                             : elisionOfFile(QFontMetrics(textFont()), name, inner.width()));
-        const QString below = translatedSentence(row.facts);
-        line({inner.left(), inner.top() + half, factsWidth, half - 2}, factsFont(), weak, below,
-             elisionOfFile(QFontMetrics(factsFont()), below, factsWidth));
+             !name.contains(QLatin1Char(' ')));
+        line({inner.left(), inner.top() + half, factsWidth, half - 2}, factsFont(), weak,
+             inPartOrder(translatedSentence(row.facts)), true);
     }
     if (option.state.testFlag(QStyle::State_HasFocus)) {
         painter->setRenderHint(QPainter::Antialiasing, false);

@@ -43,12 +43,26 @@ bool isSession(const QTreeWidgetItem* item) { return !item->data(0, sessionRole)
 QString sessionOf(const QTreeWidgetItem* item) { return item->data(0, sessionRole).toString(); }
 std::string folderOf(const QTreeWidgetItem* item) { return utf8(item->data(0, folderRole).toString()); }
 
+QDateTime localTime(Date date) { return QDateTime::fromMSecsSinceEpoch(date.time_since_epoch().count()); }
+
+/// What tells the session from others of its name, short enough to leave room for the name: the time of day
+/// among those of one day, the day where each has another.
+QString whenMade(const SessionInfo& session, const std::vector<SessionInfo>& all) {
+    const QDateTime own = localTime(session.created);
+    std::ptrdiff_t namesakes = 0, ofSameDay = 0;
+    for (const SessionInfo& other : all) {
+        if (other.id == session.id || other.name != session.name) continue;
+        ++namesakes;
+        if (localTime(other.created).date() == own.date()) ++ofSameDay;
+    }
+    if (ofSameDay == 0) return QLocale().toString(own.date(), QLocale::ShortFormat);
+    if (ofSameDay == namesakes) return QLocale().toString(own.time(), QLocale::ShortFormat);
+    return QLocale().toString(own, QLocale::ShortFormat);
+}
+
 } // namespace
 
-QString dayText(Date date) {
-    const auto time = QDateTime::fromMSecsSinceEpoch(date.time_since_epoch().count());
-    return QLocale().toString(time, QLocale::ShortFormat);
-}
+QString dayText(Date date) { return QLocale().toString(localTime(date), QLocale::ShortFormat); }
 
 /// Says where a session was dropped, and moves nothing itself: the list follows the sessions.
 class SessionsPanel::Tree : public QTreeWidget {
@@ -208,7 +222,7 @@ void SessionsPanel::showSession(const SessionInfo& session, QTreeWidgetItem& ite
     const bool hasNamesake = std::ranges::count(all, session.name, &SessionInfo::name) > 1;
     item.setFirstColumnSpanned(!hasNamesake);
     item.setText(0, text(session.name));
-    item.setText(badgeColumn, hasNamesake ? dayText(session.created) : QString());
+    item.setText(badgeColumn, hasNamesake ? whenMade(session, all) : QString());
     item.setFont(badgeColumn, factsFont());
     item.setToolTip(0, tr("%1\n%2 clips, %3 locked\nmade %4\nchanged %5")
                            .arg(text(session.name), QString::number(session.groupCount),

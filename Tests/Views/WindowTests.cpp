@@ -350,6 +350,14 @@ TEST_F(WindowTest, LongWorkIsShownWhileItRunsAndCanBeCancelled) {
     ASSERT_TRUE(waitUntil([&] { return !state.isAnalyzing; }));
     EXPECT_TRUE(isShownRightly);
     EXPECT_TRUE(state.results.empty());
+    EXPECT_EQ(bannerText(), "Smart Audio has analyzed 0 of 2 clips with sound.");
+    window_->results().table()->selectRow(0);
+    for (QAction* one : window_->findChildren<QAction*>())
+        if (one->shortcut() == QKeySequence(QStringLiteral("Ctrl+R"))) one->trigger();
+    EXPECT_TRUE(waitUntil([&] {
+        const auto* toast = window_->findChild<QFrame*>(QStringLiteral("toast"));
+        return toast != nullptr && toast->accessibleName() == "Matched again: nothing has changed.";
+    }));
 
     bool isDone = false;
     bar.run("diagnose", "The cards", [&] { isDone = true; });

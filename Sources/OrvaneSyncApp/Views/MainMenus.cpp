@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/MainMenus.h"
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneDesignKit/Sheet.h"
 #include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
 #include "OrvaneSyncApp/ViewModels/Results/Questions.h"
 #include "OrvaneSyncApp/ViewModels/Review/FullscreenManager.h"
@@ -241,7 +242,8 @@ void MainMenus::exportClip() {
     arguments.set("groupID", clips.front().text());
     arguments.set("output", utf8(*path));
     arguments.set("overwrite", true); // the dialog has asked
-    desktop_.run("exportSingleClip", std::move(arguments));
+    desktop_.run("exportSingleClip", std::move(arguments),
+                 [this, place = *path](const JSON&) { tellSaved(place); });
 }
 
 void MainMenus::makeReview(ReviewActions& review) {
@@ -400,7 +402,13 @@ void MainMenus::runWithPath(std::string_view id, const QString& path, std::strin
     JSON arguments = JSON::object();
     arguments.set(argument, utf8(path));
     if (overwrites) arguments.set("overwrite", true); // the dialog has asked
-    desktop_.run(id, std::move(arguments));
+    desktop_.run(id, std::move(arguments), [this, overwrites, path](const JSON&) {
+        if (overwrites) tellSaved(path);
+    });
+}
+
+void MainMenus::tellSaved(const QString& path) {
+    showToast(&window_, tr("Saved: %1").arg(QFileInfo(path).fileName()));
 }
 
 } // namespace orvane::views

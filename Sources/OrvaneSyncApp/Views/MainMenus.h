@@ -76,6 +76,7 @@ class MainMenus : public QObject {
     std::optional<QString> placeFor(const QString& caption, const QString& filter, const QString& name);
     void runWithPath(std::string_view id, const QString& path, std::string_view argument = "path",
                      bool overwrites = false);
+    void tellSaved(const QString& path);
     bool applies(std::string_view id, const std::vector<UUID>& clips) const;
 
     Desktop& desktop_;

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/MainWindow.h"
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneDesignKit/Sheet.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncApp/ViewModels/Results/ListeningTexts.h"
 #include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
@@ -17,6 +18,8 @@
 #include "OrvaneSyncApp/Views/StartView.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncApp/Views/WorkBar.h"
+#include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <QCloseEvent>
 #include <QDragEnterEvent>
@@ -164,7 +167,7 @@ void MainWindow::observe() {
         if (field == ImportField::report)
             if (const auto& status = desktop_.controller().reports().aleMatchStatus())
                 banner_->show(Signal::none, translatedSentence(*status));
-        if (field == ImportField::smartAudio) tellUnheard();
+        if (field == ImportField::smartAudio) tellAnalysis();
         // Many fields change at once; the window follows when they all stand.
         if (std::exchange(isUpdateScheduled_, true)) return;
         QMetaObject::invokeMethod(
@@ -305,8 +308,31 @@ std::vector<UUID> MainWindow::actedOn() const {
 }
 
 void MainWindow::runForClips(std::string_view id) {
+    if (id == "resyncClip") return resync(actedOn());
     if (screen_ == Screen::results) return results().runForSelection(id);
     desktop_.runForClips(id, actedOn());
+}
+
+void MainWindow::resync(const std::vector<UUID>& clips) {
+    const auto waiting = std::make_shared<std::size_t>(clips.size());
+    const SyncGroupList before = desktop_.controller().work().syncGroups();
+    for (const UUID& clip : clips) {
+        JSON arguments = JSON::object();
+        arguments.set("groupID", clip.text());
+        desktop_.run(
+            "resyncClip", std::move(arguments), [self = QPointer(this), before, clips, waiting](const JSON&) {
+                if (--*waiting > 0 || !self) return;
+                const SyncGroupList& now = self->desktop_.controller().work().syncGroups();
+                const auto changed = std::ranges::count_if(clips, [&](const UUID& id) {
+                    const SyncGroup *was = before.find(id), *is = now.find(id);
+                    return was != nullptr && is != nullptr && !saySame(*was, *is);
+                });
+                showToast(self, changed == 0
+                                    ? tr("Matched again: nothing has changed.")
+                                    : tr("Matched again: %1 changed.")
+                                          .arg(translatedSentence(counted(changed, "clip", "clips"))));
+            });
+    }
 }
 
 void MainWindow::listenToCards() {
@@ -323,14 +349,22 @@ void MainWindow::listenToCards() {
     updateActions();
 }
 
-void MainWindow::tellUnheard() {
+void MainWindow::tellAnalysis() {
     const SmartAudioState& state = desktop_.controller().smartAudio().state();
     analysedClips_ = std::max(analysedClips_, state.progress.total);
     if (!std::exchange(wasAnalysing_, state.isAnalyzing) || state.isAnalyzing) return;
     // Of one clip the timeline says it.
     if (std::exchange(analysedClips_, 0) < 2) return;
     if (const auto warning = unheardWarning(WorkSnapshot(desktop_.controller())))
-        banner_->show(Signal::missing, translatedSentence(*warning));
+        return banner_->show(Signal::missing, translatedSentence(*warning));
+    int heard = 0, withSound = 0;
+    for (const SyncGroup& clip : desktop_.controller().work().syncGroups()) {
+        if (clip.isMOS() || !clip.matchStatus.isSettled()) continue;
+        ++withSound;
+        if (state.results.heard(clip.id) != nullptr) ++heard;
+    }
+    banner_->show(Signal::none,
+                  tr("Smart Audio has analyzed %1 of %2 clips with sound.").arg(heard).arg(withSound));
 }
 
 void MainWindow::showScreen(Screen screen) {

@@ -49,6 +49,7 @@ void drawPicture(QPainter& painter, const QRect& within, const platform::Picture
 QString marksText(const ResultsViewModel::Row& row) {
     QStringList words;
     if (row.isApproved) words << QObject::tr("approved");
+    if (row.isAnalysed) words << QObject::tr("analyzed");
     if (row.isLocked)
         words << (row.isMovedSinceLock ? QObject::tr("moved since locked") : QObject::tr("locked"));
     if (row.isExcluded) words << QObject::tr("not exported");
@@ -240,7 +241,7 @@ void ResultsDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
         int x = inner.left();
         for (const auto& [isSet, mark] :
              {std::pair(row.isApproved, Glyph::approve), std::pair(row.isLocked, Glyph::lock),
-              std::pair(row.isExcluded, Glyph::excluded)}) {
+              std::pair(row.isAnalysed, Glyph::waveform), std::pair(row.isExcluded, Glyph::excluded)}) {
             if (!isSet) continue;
             const bool isWarning = mark == Glyph::lock && row.isMovedSinceLock && !isSelected;
             draw(*painter, mark, QRectF(x, inner.center().y() - markSide / 2.0, markSide, markSide),

@@ -55,7 +55,7 @@ constexpr std::array<ColumnWidth, ResultsViewModel::columnCount> columnWidths{
      {Column::sound, 0, 25, 150},
      {Column::begins, 116, 0, 0},
      {Column::loudness, 92, 0, 0}}};
-constexpr int marksWidth = 76;
+constexpr int marksWidth = 96;
 constexpr double mostOfName = 0.34, mostOfCompactName = 0.45; ///< of what the columns share
 constexpr double reasonWidth = 240; ///< below the status, why it is doubtful: the beginning at least
 

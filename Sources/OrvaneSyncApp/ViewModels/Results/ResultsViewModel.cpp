@@ -110,6 +110,7 @@ ResultsViewModel::Row ResultsViewModel::row(std::size_t index) const {
         row.reason = moved;
     }
     row.isExcluded = group.isExcludedFromExport;
+    row.isAnalysed = controller_.smartAudio().state().results.heard(group.id) != nullptr;
     row.isBelowAnother = place.isBelowAnother;
     row.foldable = place.foldable;
     row.isFolded = folded_.contains(place.bundleID);

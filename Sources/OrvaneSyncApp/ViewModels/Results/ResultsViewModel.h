@@ -45,6 +45,7 @@ class ResultsViewModel {
         bool isLocked = false;
         bool isMovedSinceLock = false; ///< which `reason` says then
         bool isExcluded = false;
+        bool isAnalysed = false;     ///< its recording was heard by Smart Audio
         bool isBelowAnother = false; ///< shares the recording of a row above it
         std::size_t foldable = 0;    ///< rows that this one folds away
         bool isFolded = false;

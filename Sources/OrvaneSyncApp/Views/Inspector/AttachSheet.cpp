@@ -24,13 +24,15 @@ using namespace design;
 AttachSheet::AttachSheet(Desktop& desktop, const std::vector<Attachable>& recordings, QWidget* parent)
     : QDialog(parent), desktop_(desktop) {
     setWindowTitle(tr("Attach a recording"));
-    resize(520, 440);
+    resize(640, 440);
     auto* column = new QVBoxLayout(this);
     column->addWidget(label(translated(RecordingsPart::choosePrompt)));
     column->addWidget(search_ = searchField(tr("Search recordings"), tr("Name")));
     column->addWidget(list_ = new QListWidget, 1);
     list_->setAccessibleName(tr("Recordings"));
     list_->setUniformItemSizes(true);
+    list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // rows are cut instead
+    list_->setTextElideMode(Qt::ElideMiddle);
     list_->installEventFilter(this);
     search_->installEventFilter(this);
     for (const Attachable& one : recordings) {
@@ -91,7 +93,10 @@ bool AttachSheet::eventFilter(QObject* watched, QEvent* event) {
         // Down leads into the list, to the row that Return would attach.
         const int key = static_cast<QKeyEvent*>(event)->key();
         const bool isMove = key == Qt::Key_Up || key == Qt::Key_PageUp || key == Qt::Key_PageDown;
-        if (key == Qt::Key_Down) list_->setFocus();
+        if (key == Qt::Key_Down) {
+            if (selected() == nullptr) selectFirst();
+            list_->setFocus();
+        }
         if (isMove) QCoreApplication::sendEvent(list_, event);
         return isMove || key == Qt::Key_Down;
     }
@@ -174,8 +179,10 @@ void AttachSheet::filter(const QString& words) {
         item->setHidden(!isFound);
         if (!isFound) item->setSelected(false);
     }
-    if (!list_->selectedItems().isEmpty()) return;
-    // Return takes what is found first.
+    if (list_->selectedItems().isEmpty()) selectFirst(); // Return takes it
+}
+
+void AttachSheet::selectFirst() {
     for (int row = 0; row < list_->count(); ++row)
         if (!list_->item(row)->isHidden()) return list_->setCurrentRow(row);
 }

@@ -31,6 +31,7 @@ class AttachSheet : public QDialog {
     static QString rowText(const Attachable& one);
     QLayout* makeListening();
     void filter(const QString& words);
+    void selectFirst(); ///< of those that are found
     /// A key in the list that is meant for the field above it: what is typed, and Up from the first row.
     bool goesToSearch(const QKeyEvent& event) const;
     /// Null without a row that is selected.

@@ -28,8 +28,10 @@ bool isRightAligned(int column) {
 }
 
 QString elided(const QFontMetrics& metrics, int column, const QString& shown, int width) {
-    return column == static_cast<int>(Column::cameraFile) ? elidedFile(metrics, shown, width)
-                                                          : metrics.elidedText(shown, Qt::ElideMiddle, width);
+    // A clip without a name has that of its file.
+    const bool isFile = column == static_cast<int>(Column::cameraFile) ||
+                        (column == static_cast<int>(Column::name) && !shown.contains(QLatin1Char(' ')));
+    return isFile ? elidedFile(metrics, shown, width) : metrics.elidedText(shown, Qt::ElideMiddle, width);
 }
 
 void drawPicture(QPainter& painter, const QRect& within, const platform::Picture* picture) {
@@ -189,6 +191,9 @@ ResultsViewModel::Row ResultsModel::makeRow(std::size_t index) const {
     const QString file = text(made.texts[static_cast<std::size_t>(Column::cameraFile)]);
     for (const QString& quoted : {QStringLiteral("'%1' "), QStringLiteral("„%1“ ")})
         if (const QString own = quoted.arg(file); reason.startsWith(own)) reason.remove(0, own.size());
+    // Which recordings they are stands behind what is said of all such clips.
+    const qsizetype list = reason.indexOf(QStringLiteral(": "));
+    if (list > reason.indexOf(file) && reason.contains(file)) reason.remove(0, list + 2);
     made.reason = utf8(reason);
     for (const Column column : {Column::name, Column::cameraFile, Column::sound}) {
         std::string& cell = made.texts[static_cast<std::size_t>(column)];

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Review/CameraStrip.h"
 
 #include "OrvaneDesignKit/Theme.h"
+#include "OrvaneSyncApp/Views/ResultsModel.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Services/Timeline/TimelineRuler.h"
 
@@ -93,8 +94,8 @@ void CameraStrip::paintEvent(QPaintEvent*) {
             painter.setPen(isHeard ? all.text : all.facts);
             const QRect name(space::small, y, nameWidth - space::medium, rowHeight);
             painter.drawText(name, Qt::AlignVCenter | Qt::AlignLeft,
-                             painter.fontMetrics().elidedText(translatedSentence(camera.label),
-                                                              Qt::ElideMiddle, name.width()));
+                             elidedFile(painter.fontMetrics(), inPartOrder(translatedSentence(camera.label)),
+                                        name.width()));
             const double left = axis.left() + axis_.x(camera.startSeconds, axis.width());
             const double right = axis.left() + axis_.x(camera.endSeconds, axis.width());
             const QRectF bar(left, y, std::max(right - left, 1.0), rowHeight);

@@ -121,14 +121,14 @@ OutlineModel::Row OutlineModel::row(std::size_t index) const {
     const SyncGroup& clip = *place.clips.front();
     const std::string file = controller_.work().fileNames().of(clip.video);
     // A clip that is named after its file says it once.
-    row.facts = file.starts_with(place.label) ? clip.matchStatus.label() : file;
+    const std::string& why = controller_.derivedDoubts().whyUnmatched(clip.id);
+    row.facts = !file.starts_with(place.label) ? file : why.empty() ? clip.matchStatus.label() : why;
     if (row.isMovedSinceLock)
         row.facts = movedSinceLockText(clip, controller_.timeline().timelineFrameRate(clip));
     row.status = file;
     if (row.isMovedSinceLock) addStatusLine(row.status, row.facts);
     addStatusLine(row.status, matchText(clip, takeOf(clip, assumedChannels)));
-    if (const std::string& why = controller_.derivedDoubts().whyUnmatched(clip.id); !why.empty())
-        addStatusLine(row.status, why);
+    if (!why.empty()) addStatusLine(row.status, why);
     if (const auto found = doubts.find(clip.id); found != doubts.end())
         for (const SyncDoubt& doubt : found->second) addStatusLine(row.status, messageInWords(doubt));
     return row;

@@ -114,7 +114,7 @@ void InspectorView::refresh() {
     status_->show(signal(certainty), translatedSentence(clip->matchStatus.label()));
     const std::string& why = desktop_.controller().derivedDoubts().whyUnmatched(clip->id);
     why_->setText(translatedSentence(why));
-    why_->setVisible(!why.empty());
+    why_->setVisible(!why.empty() && clip->isMOS()); // of several recordings the doubts say more
     for (InspectorSection* section : sections_) section->showClip(*clip);
     const auto* typed = qobject_cast<const QLineEdit*>(QApplication::focusWidget());
     const bool isFieldInUse = typed != nullptr && content_->isAncestorOf(typed);

@@ -168,7 +168,11 @@ void OutlineView::showCounts() { counts_->setText(translatedSentence(rows_.count
 bool OutlineView::event(QEvent* event) {
     // The settings by which clips are named may have changed in another window.
     if (event->type() == QEvent::WindowActivate) rows_.followNaming();
-    return QWidget::event(event);
+    const bool isDone = QWidget::event(event);
+    // The clip in view stays in view in a lower list.
+    if (event->type() == QEvent::Resize && list_->currentIndex().isValid())
+        list_->scrollTo(list_->currentIndex());
+    return isDone;
 }
 
 } // namespace orvane::views

@@ -269,17 +269,17 @@ void Banner::focusButton() {
 }
 
 EmptyState::EmptyState(Glyph glyph, const QString& title, const QString& text, QWidget* parent)
-    : QWidget(parent), title_(design::title(title)), text_(label(text)), layout_(new QVBoxLayout(this)) {
-    auto* picture = new QLabel;
-    picture->setPixmap(glyphPixmap(glyph, emptyGlyphSide, colours().facts, devicePixelRatioF()));
-    picture->setAlignment(Qt::AlignCenter);
+    : QWidget(parent), picture_(new QLabel), title_(design::title(title)), text_(label(text)),
+      layout_(new QVBoxLayout(this)) {
+    picture_->setPixmap(glyphPixmap(glyph, emptyGlyphSide, colours().facts, devicePixelRatioF()));
+    picture_->setAlignment(Qt::AlignCenter);
     title_->setAlignment(Qt::AlignCenter);
     text_->setAlignment(Qt::AlignCenter);
     text_->setMaximumWidth(widestText);
     text_->setProperty("facts", true);
     layout_->setSpacing(space::medium);
     layout_->addStretch(1);
-    layout_->addWidget(picture, 0, Qt::AlignHCenter);
+    layout_->addWidget(picture_, 0, Qt::AlignHCenter);
     layout_->addWidget(title_, 0, Qt::AlignHCenter);
     // Between stretches rather than aligned: an aligned label gets the height of another width.
     auto* row = new QHBoxLayout;
@@ -293,6 +293,17 @@ EmptyState::EmptyState(Glyph glyph, const QString& title, const QString& text, Q
 void EmptyState::setTexts(const QString& title, const QString& text) {
     title_->setText(title);
     text_->setText(text);
+    fit();
+}
+
+void EmptyState::fit() {
+    const int ofPicture = picture_->isHidden() ? picture_->sizeHint().height() + layout_->spacing() : 0;
+    picture_->setVisible(layout_->totalHeightForWidth(width()) + ofPicture <= height());
+}
+
+void EmptyState::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    fit();
 }
 
 void EmptyState::add(QWidget* control) {

@@ -108,7 +108,14 @@ class EmptyState : public QWidget {
     /// Below the text.
     void add(QWidget* control);
 
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+
   private:
+    /// The glyph goes before a word is cut.
+    void fit();
+
+    QLabel* picture_;
     QLabel* title_;
     QLabel* text_;
     QVBoxLayout* layout_;

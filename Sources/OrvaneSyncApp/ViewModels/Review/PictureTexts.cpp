@@ -23,12 +23,11 @@ std::optional<PictureNote> pictureNote(const SyncGroup* clip, VideoEngine& engin
             "plays, and the document can be written all the same."};
     if (engine.transport().isVideoMissing) {
         const FileURL folder{std::filesystem::path(clip->video.url.path).parent_path().string()};
-        return PictureNote{
-            "The camera file is missing",
-            clip->video.filename + " is not in its folder, " + folder.lastPathComponent() +
-                ". Connect its disk or put the file back, and open the clip again. The document "
-                "names the file all the same.",
-            true};
+        return PictureNote{"The camera file is missing",
+                           clip->video.filename + " is not in its folder, " + folder.lastPathComponent() +
+                               ". Connect its disk or put the file back. The document "
+                               "names the file all the same.",
+                           true};
     }
     if (!engine.transport().isLoaded)
         return PictureNote{"The clip cannot be played",

@@ -71,6 +71,7 @@ PictureView::PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> revi
     pages_->addWidget(lens_ = new SyncLensView(desktop_, review_));
     pages_->addWidget(note_ = new EmptyState(Glyph::film, {}, {}));
     note_->add(tryAgain_ = button(tr("Try Again")));
+    tryAgain_->setFocusPolicy(Qt::TabFocus); // a click leaves the keys to the review
     connect(tryAgain_, &QPushButton::clicked, this, [this] { tryAgain(); });
     canvas_->setEngine(review_->engine());
     canvas_->whenScrolled = [this](double deltaY, bool isPrecise) {

@@ -138,7 +138,11 @@ void TimelineView::follow() {
     following_.push_back(timeline.waveform()->onChange([this] { changed(true); }));
     following_.push_back(review_->engine()->onChange([this](VideoEngineField field) {
         if (field == VideoEngineField::playhead && !playing_->isActive()) showPosition();
-        if (field == VideoEngineField::transport) runWhilePlaying();
+        if (field == VideoEngineField::transport) {
+            runWhilePlaying();
+            const bool isMissing = review_->engine()->transport().isVideoMissing;
+            if (std::exchange(wasVideoMissing_, isMissing) && !isMissing) showPictures(); // it is back
+        }
         if (field != VideoEngineField::loop) return;
         const LoopState& loop = review_->engine()->loop();
         canvas_->showLoop(loop.isLooping
@@ -165,8 +169,7 @@ void TimelineView::refresh() {
     if (shown_ != groupID) {
         shown_ = groupID;
         areRowsStale_ = true;
-        canvas_->pictures().setVideo(
-            clip->video.url.path, static_cast<int>(std::lround(pictureSlotHeight() * devicePixelRatioF())));
+        showPictures();
     }
     if (areRowsStale_ && rows_ && rows_->groupID == *groupID && review_->isDraggingAudio()) {
         moveRows(*clip); // the rest when the drag has ended
@@ -176,6 +179,14 @@ void TimelineView::refresh() {
     pages_->setCurrentIndex(1);
     showZoom();
     showPosition();
+}
+
+void TimelineView::showPictures() {
+    const SyncGroup* clip = shown_ ? desktop_.controller().work().syncGroups().find(*shown_) : nullptr;
+    if (clip == nullptr) return;
+    canvas_->pictures().setVideo(clip->video.url.path,
+                                 static_cast<int>(std::lround(pictureSlotHeight() * devicePixelRatioF())));
+    canvas_->update();
 }
 
 void TimelineView::buildRows(const SyncGroup& clip) {

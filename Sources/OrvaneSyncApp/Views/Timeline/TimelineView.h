@@ -40,6 +40,7 @@ class TimelineView : public QWidget {
     /// What changed is shown soon, once. `rows`: not the zoom alone.
     void changed(bool rows);
     void refresh();
+    void showPictures();
     void buildRows(const SyncGroup& clip);
     void moveRows(const SyncGroup& clip);
     void showSummary();
@@ -63,6 +64,7 @@ class TimelineView : public QWidget {
     std::shared_ptr<const TimelineRows> rows_;
     std::optional<UUID> shown_;
     bool areRowsStale_ = true;
+    bool wasVideoMissing_ = false; ///< of the clip in view
     AfterPicture later_;
     std::vector<platform::Subscription> following_;
 };

@@ -24,7 +24,7 @@ using namespace design;
 AttachSheet::AttachSheet(Desktop& desktop, const std::vector<Attachable>& recordings, QWidget* parent)
     : QDialog(parent), desktop_(desktop) {
     setWindowTitle(tr("Attach a recording"));
-    resize(640, 440);
+    resize(720, 440);
     auto* column = new QVBoxLayout(this);
     column->addWidget(label(translated(RecordingsPart::choosePrompt)));
     column->addWidget(search_ = searchField(tr("Search recordings"), tr("Name")));

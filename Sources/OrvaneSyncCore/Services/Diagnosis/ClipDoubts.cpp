@@ -250,7 +250,7 @@ class ClipDoubts {
         constexpr std::size_t most = 3;
         for (std::size_t i = 0; i < std::min(most, group_.audioMatches.size()); ++i) {
             const AudioMatch& match = group_.audioMatches[i];
-            files += (i > 0 ? ", " : "") + shoot_.nameOf(*match.audio) + " has " +
+            files += (i > 0 ? ", " : "") + shoot_.nameOf(*match.audio) + " " +
                      formatted("%.1f s", match.overlapDurationSeconds);
         }
         add(Kind::ambiguous,

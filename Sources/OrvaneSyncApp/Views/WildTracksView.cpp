@@ -37,6 +37,7 @@ WildTracksView::WildTracksView(Desktop& desktop, QWidget* parent) : QWidget(pare
     list_->setRootIsDecorated(false);
     list_->setProperty("columns", true);
     list_->setUniformRowHeights(true);
+    list_->setTextElideMode(Qt::ElideMiddle); // names of recordings count at their end
     list_->setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::DoubleClicked);
     QHeaderView* header = list_->header();
     header->setStretchLastSection(false);

@@ -59,6 +59,9 @@ struct MediaInspection {
     /// that of what is there; that of others is what the headers promise. A WAVE file, and a movie whose
     /// header comes first, end where nothing but zeros follow, as behind a copy that broke off.
     std::optional<double> heldShare;
+    /// Of a WAVE or AIFF file whose recorder never wrote how long its sound is, or had written less than
+    /// there is: the length is that of what its headers allow to read, and its end may be missing.
+    bool isUnclosed = false;
 };
 
 /// Inspects a file without reading media data but for a few KB at its end. QuickTime/MP4, WAVE, AIFF and MXF

@@ -27,7 +27,7 @@ inline std::string inspectionText(const std::optional<platform::MediaInspection>
     for (const auto& track : inspection->audioTracks)
         text += ", " + numberText(track.sampleRate) + " Hz " +
                 (track.channelCount ? std::to_string(*track.channelCount) : "?") + " ch";
-    return text;
+    return inspection->isUnclosed ? text + ", unclosed" : text;
 }
 
 inline std::string metadataText(const std::optional<platform::MediaInspection>& inspection) {

@@ -32,12 +32,13 @@ TEST(MediaWave, readsFormatAndDuration) {
           "1 s, 48000 Hz 1 ch");
     check("RF64", WaveMaker().rf64().format({}).silence(48000).chunk("iXML", "<BWFXML/>"),
           "1 s, 48000 Hz 1 ch");
-    check("no size was ever written", WaveMaker().format({}).silenceClaiming(0, 48000), "1 s, 48000 Hz 1 ch");
+    check("no size was ever written", WaveMaker().format({}).silenceClaiming(0, 48000),
+          "1 s, 48000 Hz 1 ch, unclosed");
     check("an empty recording with chunks behind it",
           WaveMaker().format({}).silenceClaiming(0, 0).iXML("<BWFXML/>"), "0 s, 48000 Hz 1 ch");
     check("sound that begins like a chunk",
           WaveMaker().format({}).chunkClaiming("data", 0, "iXML" + le32(999999) + field("", 144000 - 8)),
-          "1 s, 48000 Hz 1 ch");
+          "1 s, 48000 Hz 1 ch, unclosed");
     check("all ones without RF64", WaveMaker().format({}).silenceClaiming(0xFFFFFFFF, 48000),
           "1 s, 48000 Hz 1 ch");
     check("past the end", WaveMaker().format({}).silenceClaiming(0x7FFFFFFE, 48000), "1 s, 48000 Hz 1 ch");
@@ -59,7 +60,51 @@ TEST(MediaWave, readsFormatAndDuration) {
         WaveMaker().format({}).chunkClaiming("data", 0, "iXML" + le32(4) + field("", 144000 - 8)).bytes();
     EXPECT_EQ(inspectionText(inspectBytes(cutOff)), "0 s, 48000 Hz 1 ch");
     cutOff.replace(4, 4, le32(0));
-    EXPECT_EQ(inspectionText(inspectBytes(cutOff)), "1 s, 48000 Hz 1 ch") << "nor was the size of the file";
+    EXPECT_EQ(inspectionText(inspectBytes(cutOff)), "1 s, 48000 Hz 1 ch, unclosed")
+        << "nor was the size of the file";
+}
+
+TEST(MediaWave, tellsARecordingThatWasNeverClosed) {
+    constexpr std::uint32_t ones = 0xFFFFFFFF;
+    const std::string sound = std::string(72000, 'x'), zeros(72000, '\0');
+    struct Case {
+        const char* name;
+        const char* form;
+        std::uint32_t formSize, dataSize;
+        std::string sound;
+        const char* expected;
+    };
+    const std::vector<Case> cases{
+        {"a stream to a pipe", "RIFF", ones, ones, sound, "0.5 s, 48000 Hz 1 ch"},
+        {"one size is 0", "RIFF", 0, ones, sound, "0.5 s, 48000 Hz 1 ch, unclosed"},
+        {"both are in an empty ds64", "RF64", ones, ones, sound, "0.5 s, 48000 Hz 1 ch, unclosed"},
+        {"nothing but a header", "RIFF", 0, 0, "", "0 s, 48000 Hz 1 ch, unclosed"},
+        {"an empty recording", "RIFF", 4 + 24 + 36 + 8, 0, "", "0 s, 48000 Hz 1 ch"},
+        {"sizes of a moment before", "RIFF", 144072, 144000, sound + sound + sound,
+         "1 s, 48000 Hz 1 ch, unclosed"},
+        {"room that was made for more", "RIFF", 144072, 144000, sound + sound + zeros, "1 s, 48000 Hz 1 ch"},
+        {"a tag behind the end", "RIFF", 144072, 144000, sound + sound + "TAG" + std::string(125, 'x'),
+         "1 s, 48000 Hz 1 ch"},
+        {"a chunk that the form forgot", "RIFF", 144072, 144000, sound + sound + "iXML" + le32(72000) + sound,
+         "1 s, 48000 Hz 1 ch"},
+        {"the size of the form alone", "RIFF", 0, 72000, sound, "0.5 s, 48000 Hz 1 ch"}};
+    for (const Case& one : cases) {
+        const bool isLarge = std::string_view(one.form) == "RF64";
+        std::string bytes = WaveMaker()
+                                .chunk(isLarge ? "ds64" : "JUNK", std::string(28, '\0'))
+                                .format({})
+                                .chunkClaiming("data", one.dataSize, one.sound)
+                                .bytes();
+        bytes.replace(0, 8, one.form + le32(one.formSize));
+        EXPECT_EQ(inspectionText(inspectBytes(bytes)), one.expected) << one.name;
+    }
+    const auto aiff = [&](std::uint32_t formSize, std::uint32_t frames, std::uint32_t soundSize) {
+        return "FORM" + be32(formSize) + "AIFFCOMM" + be32(18) + be16(1) + be32(frames) + be16(24) +
+               be16(0x400E) + be32(0xBB800000) + be32(0) + "SSND" + be32(soundSize) + be64(0) + sound;
+    };
+    EXPECT_EQ(inspectionText(inspectBytes(aiff(0, 0, 0))), "0.5 s, 48000 Hz 1 ch, unclosed");
+    EXPECT_EQ(inspectionText(inspectBytes(aiff(72046, 0, 72008))), "0.5 s, 48000 Hz 1 ch, unclosed");
+    EXPECT_EQ(inspectionText(inspectBytes(aiff(72046, 24000, 72008))), "0.5 s, 48000 Hz 1 ch");
 }
 
 TEST(MediaWave, isBounded) {

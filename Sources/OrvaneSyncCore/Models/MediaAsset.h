@@ -60,6 +60,9 @@ struct MediaAsset {
     /// Of its media data the share that is there, 0 to 1, where the file ends half a second and more before
     /// what its headers promise, or holds nothing by which it could be read; absent: it ends as it should.
     std::optional<double> heldShare;
+    /// True of a recording whose recorder never wrote how long it is: its end may be missing; absent
+    /// otherwise.
+    std::optional<bool> isUnclosed;
     /// Of pieces of its sound, where they were read to tell it from a recording of the same name, size and
     /// start: what differs in it is no copy. Below 2^53, as JSON holds no more.
     std::optional<std::uint64_t> contentMark;

@@ -75,6 +75,7 @@ struct JSONFields<MediaAsset> {
         JSONField{"bextOriginator", &MediaAsset::bextOriginator},
         JSONField{"fileSizeBytes", &MediaAsset::fileSizeBytes},
         JSONField{"heldShare", &MediaAsset::heldShare},
+        JSONField{"isUnclosed", &MediaAsset::isUnclosed},
         JSONField{"contentMark", &MediaAsset::contentMark}};
 };
 

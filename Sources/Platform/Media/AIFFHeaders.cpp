@@ -52,6 +52,7 @@ std::optional<MediaInspection> inspectAIFF(RandomAccessFile& file) {
     const bool mayBeCompressed = file.peek(8, 4).text() == "AIFC";
     std::optional<Common> common;
     std::optional<std::uint64_t> soundBytes;
+    bool isUnclosed = false;
     WaveChunks reader(file, WaveChunks::Form::aiff);
     while (const auto chunk = reader.next()) {
         constexpr std::size_t commonBytes = 22, soundHeaderBytes = 8;
@@ -59,19 +60,25 @@ std::optional<MediaInspection> inspectAIFF(RandomAccessFile& file) {
         if (chunk->is("COMM") && !common)
             common = readCommon(file.peek(chunk->body, chunk->bounded(commonBytes)), mayBeCompressed);
         if (chunk->is("SSND") && !soundBytes) {
-            const std::uint64_t there = std::min(chunk->size, file.size() - chunk->body);
+            const std::uint64_t rest = file.size() - chunk->body;
+            // A recorder that lost its power never wrote the size: all that follows is sound.
+            isUnclosed = chunk->size < soundHeaderBytes && file.peek(0, 8).u32be(4) == 0U;
+            const std::uint64_t there = isUnclosed ? rest : std::min(chunk->size, rest);
             soundBytes = there - std::min<std::uint64_t>(there, soundHeaderBytes);
+            if (isUnclosed) reader.correctSize(rest);
         }
     }
     if (!common || common->channels == 0 || !(common->sampleRate >= 1) ||
         common->sampleRate > highestSampleRate || common->bits == 0)
         return std::nullopt;
-    std::uint64_t frames = common->frames;
     const std::uint64_t frameBytes = (common->bits + 7U) / 8U * std::uint64_t{common->channels};
+    if (soundBytes && common->frames == 0 && *soundBytes >= frameBytes) isUnclosed = true;
+    std::uint64_t frames = isUnclosed ? soundBytes.value_or(0) / frameBytes : common->frames;
     if (soundBytes) frames = std::min(frames, *soundBytes / frameBytes); // a file that was cut off
     MediaInspection result;
     result.durationSeconds = static_cast<double>(frames) / common->sampleRate;
     result.audioTracks.push_back({common->channels, common->sampleRate});
+    result.isUnclosed = isUnclosed;
     if (frames < common->frames)
         result.heldShare = static_cast<double>(frames) / static_cast<double>(common->frames);
     return result;

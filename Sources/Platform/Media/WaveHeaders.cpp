@@ -33,6 +33,7 @@ struct Chunks {
     std::optional<std::uint64_t> dataBytes; ///< what is really there
     std::uint64_t claimedBytes = 0;         ///< by the header
     std::uint64_t dataAt = 0;               ///< position in the file
+    bool isUnclosed = false;                ///< as in an inspection
     std::optional<std::uint64_t> frames;    ///< the "fact" of a compressed recording
     std::optional<std::string> creationDate;
 };
@@ -97,28 +98,55 @@ class ChunkReader {
     std::uint64_t takeData(const WaveChunks::Chunk& data, std::optional<std::uint64_t> largeFormSize) {
         const std::uint64_t rest = file_.size() - data.body;
         std::uint64_t claimed = data.size;
-        if (data.size == WaveChunks::sizeElsewhere) claimed = rest;
-        // A recorder that lost its power never wrote the size: all that follows is sound.
-        if (data.size == 0 && !isFinished(data.body, largeFormSize)) claimed = rest;
+        const auto formSize = [&] {
+            const std::uint32_t size = file_.peek(0, 8).u32le(4).value_or(0);
+            return size == WaveChunks::sizeElsewhere ? largeFormSize.value_or(size) : size;
+        };
+        bool isUnclosed = false;
+        if (data.size == WaveChunks::sizeElsewhere) {
+            claimed = rest;
+            // With both sizes so, a program wrote to a pipe and could not go back to them.
+            isUnclosed = formSize() == 0;
+        } else if (data.size == 0) {
+            const bool isWhole = isWholeForm(formSize());
+            // A recorder that lost its power never wrote the size: all that follows is sound.
+            if (!isWhole || !isChunkAt(data.body)) claimed = rest;
+            isUnclosed = !isWhole || claimed > 0;
+        } else if (data.size < rest) {
+            // Recorders write their sizes every few seconds as well: these end before what came later.
+            const std::uint64_t end = data.body + data.size;
+            isUnclosed = !isChunkAt(end + data.size % 2) && isSound(end) && formSize() < end;
+        }
         if (!chunks_.dataBytes) {
             chunks_.dataBytes = std::min(claimed, rest);
             chunks_.claimedBytes = claimed;
             chunks_.dataAt = data.body;
+            chunks_.isUnclosed = isUnclosed;
         }
         return claimed;
     }
 
-    /// Whether the recorder wrote its sizes, and a chunk behind the empty sound.
-    bool isFinished(std::uint64_t behindData, std::optional<std::uint64_t> largeFormSize) {
-        const std::uint32_t narrowSize = file_.peek(0, 8).u32le(4).value_or(0);
-        const std::uint64_t size =
-            narrowSize == WaveChunks::sizeElsewhere ? largeFormSize.value_or(narrowSize) : narrowSize;
-        if (size > file_.size() || (size + 8 != file_.size() && size + 9 != file_.size())) return false;
-        const ByteCursor header = file_.peek(behindData, WaveChunks::headerBytes);
+    /// Whether that is the size of all that is there.
+    bool isWholeForm(std::uint64_t size) const {
+        return size <= file_.size() && (size + 8 == file_.size() || size + 9 == file_.size());
+    }
+
+    bool isChunkAt(std::uint64_t position) {
+        const ByteCursor header = file_.peek(position, WaveChunks::headerBytes);
         const auto following = header.u32le(4);
         const auto isInName = [](char c) { return c >= ' ' && c < '\x7F'; };
         return following && std::ranges::all_of(header.text().substr(0, 4), isInName) &&
-               *following <= file_.size() - behindData - WaveChunks::headerBytes;
+               *following <= file_.size() - position - WaveChunks::headerBytes;
+    }
+
+    /// Half a second and more to the end of the file that begins with something: neither padding nor a tag.
+    bool isSound(std::uint64_t position) {
+        constexpr std::size_t blockBytes = 4096;
+        const std::uint64_t bytes = file_.size() - position;
+        const auto block =
+            file_.peek(position, static_cast<std::size_t>(std::min<std::uint64_t>(bytes, blockBytes)));
+        return chunks_.format && bytes >= chunks_.format->bytesPerSecond / 2 &&
+               std::ranges::any_of(block.text(), [](char c) { return c != '\0'; });
     }
 
     RandomAccessFile& file_;
@@ -164,6 +192,7 @@ std::optional<MediaInspection> inspectWave(RandomAccessFile& file) {
                            chunks.dataAt;
     result.durationSeconds = duration(*format, chunks);
     result.audioTracks.push_back({format->channels, static_cast<double>(format->sampleRate)});
+    result.isUnclosed = chunks.isUnclosed;
     if (chunks.dataBytes && *chunks.dataBytes < chunks.claimedBytes)
         result.heldShare = static_cast<double>(*chunks.dataBytes) / static_cast<double>(chunks.claimedBytes);
     return result;

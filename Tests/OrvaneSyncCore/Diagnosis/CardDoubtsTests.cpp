@@ -25,6 +25,8 @@ TEST(CardDoubts, FilesThatEndEarlyAreToldOnceAFolder) {
         for (auto* files : {&shot.videos, &shot.audios})
             for (MediaAsset& file : *files)
                 if (file.filename == name) file.heldShare = share;
+    shot.audios.push_back(recordingAt("/S/T7.wav", 60000, 5));
+    shot.audios.back().isUnclosed = true;
     shot.diagnose();
     std::vector<std::string> told;
     for (const CardDoubt& card : shot.doubts.cards)
@@ -37,6 +39,8 @@ TEST(CardDoubts, FilesThatEndEarlyAreToldOnceAFolder) {
     EXPECT_EQ(told,
               (std::vector<std::string>{"'A3.mov' ends early: about 0:06 of its 0:30 are there | 1", cutOff,
                                         "'A5.mov' is empty | 1", shorter,
+                                        "'T7.wav' was never closed by its recorder: its header does not have "
+                                        "the true length, 0:05 can be used, and its end may be missing | 0",
                                         "'T8.wav' can't be read: nothing of it looks like a recording | 0"}));
     const auto& own = shot.doubts.byGroup.at(shot.groups.front().id);
     const auto shortSound = std::ranges::find(own, Kind::shortSound, &SyncDoubt::kind);

@@ -11,7 +11,7 @@ constexpr const char* videoText =
     R"({"id":"00000000-0000-4000-8000-000000000001","url":"file:///media/a.mov","kind":"video","filename":"a.mov"})";
 constexpr const char* fullAudioText =
     R"({"id":"00000000-0000-4000-8000-000000000002","url":"file:///media/b.wav","kind":"audio","filename":"b.wav",
-    "startTimecodeString":"01:00:00:00","timecodeFrameRate":"fps29_97","fileSizeBytes":18446744073709551615,"heldShare":0.5,"contentMark":9007199254740991,"durationSeconds":1.5,"contentCreatedDate":"2024-05-17T10:00:00Z","dateZoneMinutes":-210,"frameRate":25.5,"width":1,"height":2,"channelCount":3,
+    "startTimecodeString":"01:00:00:00","timecodeFrameRate":"fps29_97","fileSizeBytes":18446744073709551615,"heldShare":0.5,"isUnclosed":true,"contentMark":9007199254740991,"durationSeconds":1.5,"contentCreatedDate":"2024-05-17T10:00:00Z","dateZoneMinutes":-210,"frameRate":25.5,"width":1,"height":2,"channelCount":3,
     "sampleRate":48000.5,"videoCodecFourCC":"apch","sensorFrameRate":120.5,"projectFrameRate":24.5,"offspeedConfidence":{"confirmed":{"isOffspeed":true,"factor":5.5}},
     "sourceRateDomainOverride":"conformedExternally","bextTimeReference":18446744073709551615,"bextOriginator":"R","ixmlData":{"scene":"1","take":"2","tape":"3","note":"4",
     "project":"5","circled":"6","wildTrack":"7","timecodeRate":"25/1","tracks":[{"channelIndex":1,"name":"Boom"}]}})";

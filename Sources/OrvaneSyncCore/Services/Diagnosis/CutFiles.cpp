@@ -12,10 +12,11 @@ namespace orvane {
 namespace {
 
 /// What is known of the length of a file that ends early.
-enum class Known : std::uint8_t { whatIsThere, whatIsPromised, noIndex, isEmpty, nothing };
+enum class Known : std::uint8_t { whatIsThere, whatIsPromised, noIndex, neverClosed, isEmpty, nothing };
 
 Known knownOf(const MediaAsset& file) {
     if (file.fileSizeBytes == 0) return Known::isEmpty;
+    if (file.isUnclosed) return Known::neverClosed;
     if (!file.heldShare) return Known::nothing;
     if (file.kind == AssetKind::audio) return Known::whatIsThere;
     return file.durationSeconds.value_or(0) > 0 ? Known::whatIsPromised : Known::noIndex;
@@ -35,6 +36,9 @@ std::string lengthsOf(const MediaAsset& file) {
     case Known::whatIsPromised:
         return " ends early: about " + clockText(length * heldShare) + " of its " + clockText(length) +
                " are there";
+    case Known::neverClosed:
+        return " was never closed by its recorder: its header does not have the true length, " +
+               clockText(length) + " can be used, and its end may be missing";
     case Known::noIndex:
         break;
     }
@@ -42,12 +46,16 @@ std::string lengthsOf(const MediaAsset& file) {
            "copied to its end";
 }
 
-/// Cameras close a recording that was cut off when its card is in them again.
+/// Cameras and recorders close a recording that was cut off when its card is in them again.
 std::string cureOf(Known known, bool isOne) {
     std::string copying = isOne ? "copy it again from the card" : "copy them again from the card";
-    if (known != Known::noIndex) return copying;
-    return copying + (isOne ? ", or let the camera repair it" : ", or let the camera repair them");
+    if (known != Known::noIndex && known != Known::neverClosed) return copying;
+    return copying +
+           (known == Known::noIndex ? ", or let the camera repair " : ", or let the recorder repair ") +
+           (isOne ? "it" : "them");
 }
+
+bool endsEarly(const MediaAsset& file) { return file.heldShare || file.isUnclosed.value_or(false); }
 
 } // namespace
 
@@ -69,10 +77,10 @@ void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
             folder.clips.insert(i);
         }
         for (const AudioMatch& match : group.audioMatches)
-            if (match.audio->heldShare) folderOfFile(*match.audio).clips.insert(i);
+            if (endsEarly(*match.audio)) folderOfFile(*match.audio).clips.insert(i);
     }
     for (const MediaAsset& recording : shoot.input.recordings)
-        if (recording.heldShare || nothingIsKnown(recording))
+        if (endsEarly(recording) || nothingIsKnown(recording))
             folderOfFile(recording).files.push_back(&recording);
     for (auto& [key, folder] : folders) {
         if (folder.files.empty()) continue;

@@ -337,6 +337,7 @@ MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, Asset
         asset.heldShare = 0;
     else if (inspection.heldShare && isWorthTelling(*inspection.heldShare, inspection))
         asset.heldShare = inspection.heldShare;
+    if (inspection.isUnclosed) asset.isUnclosed = true;
     takeTracks(asset, inspection);
     takeCreationDate(asset, inspection.metadata);
     asset.headerDate = StartSources::headerDate(inspection);

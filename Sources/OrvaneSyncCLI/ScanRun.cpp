@@ -97,7 +97,8 @@ const std::vector<Option>& scanOptions() {
         {"--tc-rate", "R",
          "frames per second of all timecode, such as 23.976 or 29.97DF, whatever the files say"},
         {"--days", "DAYS", "which days may meet: auto, same, midnight or neighbours"},
-        {"--choose", "first", "settle clips with several recordings by the one that is listed first"},
+        {"--choose", "first", "take the recording that is listed first for clips that have several, none clearly best, and would be "
+         "left out; clips that are matched keep theirs, and their doubts"},
         {"--report", "FILE", "a camera or sound report (ALE, CSV, TSV) to lay over the clips"},
         {"--no-cache", "", "read every file anew; neither use nor keep earlier results"},
     };

@@ -45,9 +45,12 @@ std::string writtenText(const ImportController& controller, const ExportResult& 
     text += ", in " + counted(result.eventCount, "event", "events");
     if (result.sceneEventCount > 0) text += " (" + std::to_string(result.sceneEventCount) + " by scene)";
     text += ".";
-    if (controller.work().unmatchedCount() > 0)
-        text += " Not in it: " + counted(controller.work().unmatchedCount(), "clip", "clips") +
-                " without a match.";
+    const int unmatched = controller.work().unmatchedCount();
+    const int excluded = all.excludedWithSound + all.excludedWithoutSound;
+    std::vector<std::string> left;
+    if (unmatched > 0) left.push_back(counted(unmatched, "clip", "clips") + " without a match");
+    if (excluded > 0) left.push_back(counted(excluded, "excluded clip", "excluded clips"));
+    if (!left.empty()) text += " Not in it: " + platform::text::joined(left, ", ") + ".";
     return text + "\n";
 }
 

@@ -101,6 +101,11 @@ TEST_F(CardsTest, aReviewComesBackFromASpreadsheet) {
     EXPECT_NE(document.find("name=\"=Take &quot;A&quot;\""), std::string::npos);
     EXPECT_EQ(sync.json().find("syncClipCount")->integer(), 2) << "one clip is skipped";
 
+    const Outcome written = runWith(
+        {"sync", folder_.path(), "-o", at("out.fcpxml"), "--apply", at("edited.tsv"), "--no-smart-audio"});
+    EXPECT_NE(written.out.find("Not in it: 1 clip without a match, 1 excluded clip."), std::string::npos)
+        << written.out;
+
     const Outcome first = runWith({"scan", folder_.path(), "--choose", "first", "--json"});
     EXPECT_EQ(first.json().find("counts")->find("syncClips")->integer(), 2);
     // A table that was only looked at is replaced, one that was filled in is not.
@@ -115,6 +120,31 @@ TEST_F(CardsTest, aReviewComesBackFromASpreadsheet) {
     EXPECT_EQ(runWith({"scan", folder_.path(), "--review", table, "--force"}).status, done);
     // Never the table that is being taken back.
     EXPECT_EQ(runWith({"sync", folder_.path(), "-o", table, "--apply", table, "--force"}).status, failed);
+}
+
+/// A clip without sound gets that of another moment, as one of a phone would.
+TEST_F(CardsTest, aChoiceMayNameAnyRecording) {
+    addSecondRecorder();
+    const auto after = [&](const std::string& choice, const std::string& lock) {
+        const std::string table = folder_.write("in.tsv", "camera_file\tchoice\toffset_frames\tlock\n"
+                                                          "A001C003_261120_R1AB.mov\t" +
+                                                              choice + "\t-25\t" + lock + "\n");
+        return runWith({"sync", folder_.path(), "-o", at("out.fcpxml"), "--apply", table, "--json",
+                        "--no-smart-audio", "--set", "trimMode=video"});
+    };
+    const Outcome named = after("sound/ISO.WAV", "x");
+    ASSERT_EQ(named.status, done) << named.err;
+    EXPECT_EQ(named.json().find("syncClipCount")->integer(), 2)
+        << "with the clip without sound: " << named.err;
+    EXPECT_EQ(named.err.find("A001C003"), std::string::npos) << "locked: nothing is doubted: " << named.err;
+    EXPECT_NE(folder_.read("out.fcpxml").find("ISO.WAV"), std::string::npos);
+    std::filesystem::create_directory(at("day2"));
+    std::filesystem::copy(at("sound/ISO.WAV"), at("day2/ISO.WAV"));
+    for (const char* none : {"ISO.WAV", "T9.WAV", "1,000"}) {
+        const std::string problem = after(none, "maybe").err;
+        EXPECT_NE(problem.find("line 2: choice takes the number"), std::string::npos) << problem;
+        EXPECT_NE(problem.find("line 2: lock takes x or nothing"), std::string::npos) << problem;
+    }
 }
 
 TEST_F(CardsTest, aTableOfOneCardIsGoodForTheWholeShoot) {

@@ -216,17 +216,29 @@ TEST_F(ServeTest, aReviewIsOneStep) {
     const std::string apply = R"({"path":")" + table + "\"}";
     EXPECT_EQ(call("applyReview", apply).dump(), R"({"changedClips":0,"warnings":[]})");
     EXPECT_FALSE(context_.controller->work().undoState().canUndo) << "nothing was asked for";
-    folder_.write("review.tsv", "camera_file\toffset_frames\tname\tskip\n"
-                                "camera/A001C001_261120_R1AB.mov\t12.5\tOne\tx\n"
+    folder_.write("review.tsv", "camera_file\toffset_frames\tname\tskip\tlock\n"
+                                "camera/A001C001_261120_R1AB.mov\t12.5\tOne\tx\tx\n"
                                 "B001C001_261120_R1CD.mov\t-1\n");
     EXPECT_EQ(call("applyReview", apply).dump(), R"({"changedClips":2,"warnings":[]})");
     const auto first = [&]() -> const SyncGroup& { return context_.controller->work().syncGroups().front(); };
     EXPECT_EQ(first().manualAudioOffsetSeconds, 0.5);
     EXPECT_EQ(first().manualClipName, "One");
-    EXPECT_TRUE(first().isExcludedFromExport);
+    EXPECT_TRUE(first().isExcludedFromExport && first().isLocked);
     EXPECT_EQ(call("applyReview", apply).dump(), R"({"changedClips":0,"warnings":[]})")
         << "it is done already";
     EXPECT_EQ(context_.controller->work().undoState().undoActionName, "Apply Review");
+    const auto choosing = [&](const std::string& lock) {
+        folder_.write("review.tsv",
+                      "camera_file\tchoice\tlock\nA001C001_261120_R1AB.mov\tDAY1_ROOMTONE.WAV\t" + lock +
+                          "\n");
+        return call("applyReview", apply).dump();
+    };
+    EXPECT_NE(choosing("x").find("the clip is locked"), std::string::npos);
+    EXPECT_EQ(choosing(""), R"({"changedClips":1,"warnings":[]})");
+    EXPECT_FALSE(first().isLocked);
+    EXPECT_EQ(first().primaryAudio()->filename, "DAY1_ROOMTONE.WAV") << "no recording of the clip before";
+    EXPECT_EQ(first().audioMatches.size(), 2U);
+    call("undo");
     call("setManualClipName", onFirst(R"(,"name":"Two\tTabs")"));
     call("writeReview", R"({"output":")" + table + R"(","overwrite":true})");
     EXPECT_EQ(call("applyReview", apply).dump(), R"({"changedClips":0,"warnings":[]})")

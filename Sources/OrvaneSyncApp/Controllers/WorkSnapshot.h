@@ -21,6 +21,8 @@ class WorkSnapshot {
     explicit WorkSnapshot(const ImportController& controller);
 
     const SyncGroupList& groups() const { return source_.files.groups; }
+    /// The recordings of the scan, without one those of the clips and wild tracks.
+    std::vector<const MediaAsset*> audioPool() const { return source_.files.audioPool(); }
     const std::vector<WildTrack>& wildTracks() const { return *source_.files.wildTracks; }
     const MatchRules& matchRules() const { return source_.rules; }
     const SmartAudioResults& smartAudioResults() const { return source_.smartAudioResults; }

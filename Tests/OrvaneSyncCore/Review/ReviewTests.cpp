@@ -172,6 +172,8 @@ TEST(ReviewTable, knowsWhatANewOneWouldLose) {
         {"a note", "matched\t1\t0\t\t\task", matched, true},
         {"a choice", "ambiguous\t2\t0\t\t\t", open, true},
         {"one that was taken over", "ambiguous\t2\t0\t\t\t", "manual\t1\t0\t\t\t\t1: B.WAV; 2: A.WAV", false},
+        {"a file of the scan", "unmatched\tSND/B.WAV\t0\t\t\t", "unmatched\t\t0\t\t\t", true},
+        {"one that is attached", "unmatched\tSND/B.WAV\t0\t\t\t", "manual\t1\t0\t\t\t\t1: B.WAV", false},
         {"an offset", "matched\t1\t-3\t\t\t", matched, true},
         {"a name, taken over", "matched\t1\t0\tX\tX\t", "matched\t1\t0\tX\tx\t", false},
     };

@@ -44,6 +44,7 @@ void fillDecisions(ReviewLine& line, const SyncGroup& group, const ClipRates& ra
     line[offsetFrames] = reviewFrames(group.manualAudioOffsetSeconds * rates.of(group.video));
     line[name] = group.manualClipName.value_or("");
     line[skip] = group.isExcludedFromExport ? "x" : "";
+    line[lock] = group.isLocked ? "x" : "";
 }
 
 /// Each doubt with its cure; where there is none, why the clip is not settled.
@@ -59,7 +60,8 @@ std::string doubtText(const SyncGroup& group, const SyncDoubts& doubts, Unmatche
 
 class Reading {
   public:
-    explicit Reading(const WorkSnapshot& work) : names_(work.fileNames()), rates_(ratesOf(work)) {
+    explicit Reading(const WorkSnapshot& work)
+        : work_(work), names_(work.fileNames()), rates_(ratesOf(work)) {
         for (const SyncGroup& group : work.groups()) {
             shown_[shownName(group)].push_back(&group);
             byFilename_[trimmedText(group.video.url.lastPathComponent())].push_back(&group);
@@ -74,16 +76,13 @@ class Reading {
         ReviewLine present;
         fillDecisions(present, *group, rates_);
         ReviewDecision decision{.groupID = group->id};
+        decision.isLocked = changedSwitch(line, lock, "lock", group->isLocked);
         readChoice(line, *group, decision);
         readOffset(line, present, *group, decision);
         if (line[name] && trimmed(*line[name]) != trimmed(*present[name]) &&
             trimmed(*line[name]) != asRead(name, *present[name]))
             decision.name = line[name];
-        if (line[skip]) {
-            const auto skips = reviewSwitch(*line[skip]);
-            if (!skips) problem(line, "skip takes x or nothing, not '" + *line[skip] + "'");
-            if (skips && *skips != group->isExcludedFromExport) decision.isSkipped = skips;
-        }
+        decision.isSkipped = changedSwitch(line, skip, "skip", group->isExcludedFromExport);
         if (!decision.isEmpty()) result.decisions.push_back(std::move(decision));
     }
 
@@ -110,6 +109,19 @@ class Reading {
             place = i;
         }
         return place;
+    }
+    std::optional<bool> changedSwitch(const ReviewLine& line, ReviewColumn column, const std::string& name,
+                                      bool present) {
+        if (!line[column]) return std::nullopt;
+        const auto isOn = reviewSwitch(*line[column]);
+        if (!isOn) problem(line, name + " takes x or nothing, not '" + *line[column] + "'");
+        return isOn == present ? std::nullopt : isOn;
+    }
+    /// Whether the line may choose another recording; else says why not.
+    bool mayChange(const ReviewLine& line, const SyncGroup& group, const ReviewDecision& decision) {
+        const bool isOpen = !group.isLocked || decision.isLocked == false;
+        if (!isOpen) problem(line, "the clip is locked and keeps its recordings; unlock it first");
+        return isOpen;
     }
     void problem(const ReviewLine& line, const std::string& what) {
         result.problems.push_back("review, line " + std::to_string(line.number) + ": " + what);
@@ -140,6 +152,7 @@ class Reading {
         const auto recordings = recordingsOf(group);
         const bool isWhole = number && *number == std::floor(*number) && *number >= 1 &&
                              *number <= static_cast<double>(std::numeric_limits<int>::max());
+        if (!number) return readNamedChoice(line, group, decision);
         if (!isWhole)
             return problem(line, "choice takes the number of a recording, not '" + *line[choice] + "'");
         std::size_t position = static_cast<std::size_t>(*number) - 1;
@@ -157,10 +170,34 @@ class Reading {
         }
         if (position >= recordings.size())
             return problem(line, "there is no recording number '" + *line[choice] + "'");
-        if (position == 0 && isChosen(group)) return;
-        if (group.isLocked)
-            return problem(line, "the clip is locked and keeps its recordings; unlock it first");
+        if ((position == 0 && isChosen(group)) || !mayChange(line, group, decision)) return;
         decision.matchID = group.audioMatches[recordings[position].front()].id;
+    }
+
+    /// By the name of a file of the clip's recordings, else of any other one: phones and recorders without
+    /// timecode meet no clip by themselves.
+    void readNamedChoice(const ReviewLine& line, const SyncGroup& group, ReviewDecision& decision) {
+        const std::string wanted = asRead(choice, trimmedText(*line[choice]));
+        if (pool_.empty()) pool_ = work_.audioPool();
+        if (poolNames_.empty())
+            for (const MediaAsset* recording : pool_)
+                poolNames_.push_back(asRead(choice, names_.of(*recording)));
+        const auto place = placeOf(wanted, poolNames_);
+        if (!place)
+            return problem(line, "choice takes the number of one of the clip's recordings or the name of a "
+                                 "file among all recordings, with its folder where several have that name; "
+                                 "not '" +
+                                     wanted + "'");
+        const UUID& id = pool_[*place]->id;
+        const auto recordings = recordingsOf(group);
+        for (std::size_t position = 0; position < recordings.size(); ++position)
+            for (const std::size_t match : recordings[position]) {
+                if (group.audioMatches[match].audio->id != id) continue;
+                if ((position != 0 || !isChosen(group)) && mayChange(line, group, decision))
+                    decision.matchID = group.audioMatches[match].id;
+                return;
+            }
+        if (mayChange(line, group, decision)) decision.other = Shared<MediaAsset>(*pool_[*place]);
     }
 
     void readOffset(const ReviewLine& line, const ReviewLine& present, const SyncGroup& group,
@@ -181,14 +218,31 @@ class Reading {
         if (reviewFrames(*frames) != *present[offsetFrames]) decision.offsetSeconds = seconds;
     }
 
+    const WorkSnapshot& work_;
     const FileNames& names_;
     const ClipRates rates_;
     std::unordered_map<std::string, std::vector<const SyncGroup*>> shown_, byFilename_;
     std::unordered_set<UUID> seen_;
+    std::vector<const MediaAsset*> pool_; ///< all recordings, once one was named
+    std::vector<std::string> poolNames_;  ///< as tables show them
 };
 
 void carryOutOne(ImportController& controller, const ReviewDecision& decision) {
-    if (decision.matchID) controller.recordings().chooseRecording(decision.groupID, *decision.matchID);
+    const auto setLock = [&](bool isLocked) {
+        const SyncGroup* group = controller.work().syncGroups().find(decision.groupID);
+        if (group != nullptr && group->isLocked != isLocked)
+            controller.clips().toggleLocked(decision.groupID);
+    };
+    if (decision.isLocked == false) setLock(false);
+    auto matchID = decision.matchID;
+    if (decision.other) {
+        controller.recordings().attachAudioToGroup(decision.groupID, **decision.other);
+        const SyncGroup* group = controller.work().syncGroups().find(decision.groupID);
+        if (group != nullptr)
+            for (const AudioMatch& match : group->audioMatches)
+                if (match.audio->id == (*decision.other)->id) matchID = match.id;
+    }
+    if (matchID) controller.recordings().chooseRecording(decision.groupID, *matchID);
     if (decision.offsetSeconds) {
         controller.clips().resetAudioOffset(
             decision.groupID); // so that the sum is exactly what was asked for
@@ -199,6 +253,7 @@ void carryOutOne(ImportController& controller, const ReviewDecision& decision) {
     if (group != nullptr &&
         decision.isSkipped.value_or(group->isExcludedFromExport) != group->isExcludedFromExport)
         controller.clips().toggleExcludedFromExport(decision.groupID);
+    if (decision.isLocked == true) setLock(true);
 }
 
 } // namespace

@@ -16,12 +16,13 @@ std::vector<ReviewLine> reviewLines(const WorkSnapshot& work);
 /// What a line asks for beyond what the clip has.
 struct ReviewDecision {
     UUID groupID;
-    std::optional<UUID> matchID{}; ///< of the recording to be chosen
+    std::optional<UUID> matchID{};             ///< of the recording to be chosen
+    std::optional<Shared<MediaAsset>> other{}; ///< a recording of the scan, to be attached and chosen
     std::optional<double> offsetSeconds{};
     std::optional<std::string> name{};
-    std::optional<bool> isSkipped{};
+    std::optional<bool> isSkipped{}, isLocked{};
 
-    bool isEmpty() const { return !matchID && !offsetSeconds && !name && !isSkipped; }
+    bool isEmpty() const { return !matchID && !other && !offsetSeconds && !name && !isSkipped && !isLocked; }
 };
 struct ReviewReading {
     std::vector<ReviewDecision> decisions;

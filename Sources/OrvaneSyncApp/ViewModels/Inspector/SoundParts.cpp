@@ -23,7 +23,8 @@ std::string recordingPlaceText(const AudioMatch& match, const SyncGroup& group) 
     std::string text = std::abs(offset) < atOnce ? "begins with the picture"
                                                  : "begins " + formatted("%.3f s", std::abs(offset)) +
                                                        (offset > 0 ? " after it" : " before it");
-    if (group.video.durationSeconds)
+    const bool isPlaced = match.overlapDurationSeconds > 0 || match.syncOffsetSeconds != 0;
+    if (group.video.durationSeconds && isPlaced)
         text += ", covers " + formatted("%.1f", match.overlapDurationSeconds) +
                 formatted(" of %.1f s", *group.video.durationSeconds);
     if (match.audio->channelCount) text += ", " + counted(*match.audio->channelCount, "channel", "channels");

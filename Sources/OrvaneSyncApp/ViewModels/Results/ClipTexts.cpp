@@ -61,6 +61,8 @@ std::string matchText(const SyncGroup& group, const Take& take) {
     // Any overlap is a match; one that leaves picture without sound is worth a look.
     const double covered = coveredSeconds(group, take);
     constexpr double worthSaying = 0.5; // seconds
+    // What is attached without timecode lies at the clip's beginning, and no overlap of it is known.
+    if (covered == 0 && group.audioMatches.front().syncOffsetSeconds == 0) return text;
     if (!group.video.isOffspeed() && *length - covered > worthSaying)
         text += ", covers " + formatted("%.1f", covered) + " of " + formatted("%.1f s", *length);
     return text;

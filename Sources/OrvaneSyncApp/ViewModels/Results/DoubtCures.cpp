@@ -144,7 +144,8 @@ std::optional<Spoken> spoken(const Quoted& quoted) {
 }
 
 /// Phrases of the core that name what only a terminal has.
-constexpr std::array<std::pair<std::string_view, std::string_view>, 6> phrases{{
+constexpr std::array<std::pair<std::string_view, std::string_view>, 7> phrases{{
+    {" (a file name under 'choice' in the table of 'scan --review')", ""},
     {"choose in the table of 'scan --review'", "choose the recording in the clip's menu"},
     {"an x under 'skip' in the table of 'scan --review' to leave the clip out",
      "“Toggle Excluded” to leave the clip out"},

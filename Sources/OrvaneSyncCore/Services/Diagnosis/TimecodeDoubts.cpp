@@ -131,7 +131,8 @@ class TimecodeDoubts {
     }
     static std::string byHand(const char* what) {
         return std::string("attach ") + what +
-               " by hand; where timecode was recorded on a sound channel, --set " +
+               " by hand (a file name under 'choice' in the table of 'scan --review'); where timecode was "
+               "recorded on a sound channel, --set " +
                std::string(settings::ltcEnabled.key) + "=true listens for it";
     }
     /// The recording under a clip of that length that begins or ends then.

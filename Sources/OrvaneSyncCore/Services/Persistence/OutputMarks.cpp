@@ -147,7 +147,8 @@ bool isOwnOutput(OutputKind kind, const std::string& path) {
     case OutputKind::table: {
         const std::string_view head = file->peek(0, headBytes).text();
         const std::string_view line = head.substr(0, head.find_first_of("\r\n"));
-        return line.size() < head.size() && line == reviewTableHeader;
+        constexpr std::string_view withoutLock = reviewTableHeader.substr(0, reviewTableHeader.rfind('\t'));
+        return line.size() < head.size() && (line == reviewTableHeader || line == withoutLock);
     }
     case OutputKind::rendering:
         return isOwnWave(*file) || isOwnMovie(*file);

@@ -23,9 +23,9 @@ std::string_view name(OutputKind kind);
 /// Who made a rendering: the originator in the `bext` of a WAV, the beginning of the encoder's name in a
 /// movie and of the software's in a picture.
 inline constexpr std::string_view renderingMark = "OrvaneSync";
-/// The first line of a review table, without its end.
+/// The first line of a review table, without its end; tables with the first ten columns alone are ours, too.
 inline constexpr std::string_view reviewTableHeader =
-    "clip\tcamera_file\tsound\tstatus\tdoubt\tchoice\toffset_frames\tname\tskip\tnote";
+    "clip\tcamera_file\tsound\tstatus\tdoubt\tchoice\toffset_frames\tname\tskip\tnote\tlock";
 
 /// The first lines of a mail, with their ends.
 inline constexpr std::string_view mailHead = "MIME-Version: 1.0\r\nSubject: OrvaneSync feedback\r\n";

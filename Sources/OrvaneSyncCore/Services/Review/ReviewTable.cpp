@@ -136,9 +136,14 @@ std::string decisionIn(const ReviewLine& line, ReviewColumn column) {
     }
     if (column == offsetFrames)
         if (const auto number = reviewNumber(cell)) return *number == 0 ? "" : reviewFrames(*number);
-    if (column == skip)
-        if (const auto skips = reviewSwitch(cell)) return *skips ? "x" : "";
+    if (column == skip || column == lock)
+        if (const auto isOn = reviewSwitch(cell)) return *isOn ? "x" : "";
     return cell;
+}
+
+/// One may be said with more of its folders.
+bool isSameFile(const std::string& a, const std::string& b) {
+    return a == b || a.ends_with("/" + b) || b.ends_with("/" + a);
 }
 
 /// A decision of the old line that the new one has, too; what the new one states without being a decision
@@ -148,7 +153,7 @@ bool isHeld(const ReviewLine& old, const ReviewLine* fresh, ReviewColumn column)
     if (decision.empty()) return true;
     if (fresh == nullptr) return false;
     if (column == ReviewColumn::choice && isChoiceOfTable(*fresh))
-        return recordingOfNumber(cellOf(*fresh, ReviewColumn::sound), 1) == decision;
+        return isSameFile(recordingOfNumber(cellOf(*fresh, ReviewColumn::sound), 1).value_or(""), decision);
     return decisionIn(*fresh, column) == decision;
 }
 
@@ -205,7 +210,7 @@ const ReviewLine* firstLostDecision(const std::vector<ReviewLine>& old,
     for (const ReviewLine& line : old) {
         const auto found = byFile.find(cellOf(line, cameraFile));
         const ReviewLine* own = found == byFile.end() ? nullptr : found->second;
-        for (const ReviewColumn column : {choice, offsetFrames, name, skip, note})
+        for (const ReviewColumn column : {choice, offsetFrames, name, skip, note, lock})
             if (!isHeld(line, own, column)) return &line;
     }
     return nullptr;

@@ -21,13 +21,14 @@ enum class ReviewColumn : std::uint8_t {
     sound,        ///< its recordings, numbered from 1
     status,       ///< of the match, as records name it
     doubt,        ///< for people
-    choice,       ///< number of the recording that the clip is to have
+    choice,       ///< number of the recording that the clip is to have, or the file name of any recording
     offsetFrames, ///< that the sound is moved by hand, in frames of the picture; later is positive
     name,         ///< that the clip was given by hand
     skip,         ///< "x": not in the document
-    note          ///< what people write for each other
+    note,         ///< what people write for each other
+    lock          ///< "x": locked as it is after all else of its line
 };
-inline constexpr std::size_t reviewColumnCount = 10;
+inline constexpr std::size_t reviewColumnCount = 11;
 
 struct ReviewLine {
     /// As a spreadsheet counts the rows; the header is 1.
@@ -62,7 +63,7 @@ std::vector<ReviewLine> readReviewTable(std::string_view text);
 std::optional<double> reviewNumber(std::string_view cell);
 /// The number of a cell that may be two: with its comma as a decimal point.
 std::optional<double> reviewNumberByDecimalComma(std::string_view cell);
-/// A cell of the column `skip`; nothing when it says neither.
+/// A cell of the column `skip` or `lock`; nothing when it says neither.
 std::optional<bool> reviewSwitch(std::string_view cell);
 /// The choice that a table states where nobody has made one: the first recording of a clip that is settled.
 bool isChoiceOfTable(const ReviewLine& line);

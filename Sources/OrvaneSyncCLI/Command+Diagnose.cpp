@@ -45,7 +45,8 @@ void diagnose(Context& context, const Arguments& arguments) {
     else
         context.out << cardsText(work, context.mayColour) << issuesText(controller, context.mayColour)
                     << countsText(controller)
-                    << (work.doubts().isEmpty() ? "Nothing is in doubt.\n" : doubtsText(work));
+                    << (work.doubts().isEmpty() ? "Nothing is in doubt.\n"
+                                                : doubtsText(work, context.call()));
 }
 
 } // namespace

@@ -35,7 +35,7 @@ void scan(Context& context, const Arguments& arguments) {
         context.out << state.dump(JSON::Layout::pretty) << "\n";
     } else {
         context.out << stateText(controller, context.mayColour) << smartAudioText(controller)
-                    << doubtsText(work);
+                    << doubtsText(work, context.call());
         if (review)
             context.out << "Wrote " << platform::text::printable(*review)
                         << ": decide there, then take it back with sync --apply.\n";

@@ -39,7 +39,9 @@ SmartAudioMode smartAudioMode(const Context& context, const Arguments& arguments
     if (controller.scan().scanResult()->totalFiles() == 0)
         throw CommandError("no video or audio files in " + folders);
     if (controller.work().syncGroups().empty()) throw CommandError("no video files in " + folders);
-    if (!asJSON) context.err << stateText(controller, false) << "\n";
+    if (!asJSON)
+        context.err << stateText(controller, false) << doubtsText(WorkSnapshot(controller), context.call())
+                    << "\n";
     throw CommandError("nothing to export from " + folders + ": " +
                        counted(controller.work().syncGroups().size(), "clip", "clips") +
                        ", none of them matched");

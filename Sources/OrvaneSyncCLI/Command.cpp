@@ -176,6 +176,7 @@ std::span<const Command* const> allCommands() {
 }
 
 int run(std::span<const std::string> words, Context& context) {
+    context.words.assign(words.begin(), words.end());
     try {
         if (words.empty()) {
             context.err << "error: no command\n";

@@ -15,6 +15,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orvane::cli {
 
@@ -35,6 +36,7 @@ struct Context {
     int outWidth = 80;                      ///< columns
     int errWidth = 80;                      ///< columns
     std::string programName = "orvanesync"; ///< as it was called, for examples
+    std::vector<std::string> words{};       ///< of the command line behind it
     std::shared_ptr<platform::SettingsStore> settings{};
     std::shared_ptr<const platform::Clock> clock = platform::systemClock();
 
@@ -48,6 +50,12 @@ struct Context {
         return StemCache::bySettings(*settings, openRenderedAudio(settings));
     }
 
+    /// The command line from the program's name on.
+    std::vector<std::string> call() const {
+        std::vector<std::string> all{programName};
+        all.insert(all.end(), words.begin(), words.end());
+        return all;
+    }
     /// One line "warning: ..." on standard error.
     void warn(std::string_view message) const;
 };

@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncApp/Controllers/WorkInputs.h"
+#include "OrvaneSyncCLI/CureCommand.h"
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Models/Settings.h"
@@ -115,6 +116,11 @@ void DocumentOutput::write(const ImportController& controller, const std::functi
                      << exportPreviewText(controller.work().syncGroups(), settings, isNameChosen_,
                                           smartAudioMode != SmartAudioMode::off);
     for (const std::string& warning : result.warnings) context_.warn(warning);
+    if (matching == Matching::isDone) return;
+    const std::vector<std::string> cures = cureCommands(context_.call(), work);
+    if (cures.empty()) return;
+    context_.err << (cures.size() == 1 ? "To apply the cure, run:\n" : "To apply a cure, run one of:\n");
+    for (const std::string& command : cures) context_.err << "  " << command << "\n";
 }
 
 } // namespace orvane::cli

@@ -4,6 +4,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
 
+#include "OrvaneSyncCLI/CureCommand.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Naming/ResultsList.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 
 namespace orvane::cli {
 
@@ -161,14 +163,17 @@ std::string smartAudioText(const ImportController& controller) {
     return text + ".\n" + loudness;
 }
 
-std::string doubtsText(const WorkSnapshot& work) {
+std::string doubtsText(const WorkSnapshot& work, std::span<const std::string> call) {
     const auto doubts = work.doubts().summary(work.groups());
     if (doubts.empty()) return "";
     std::string text = counted(doubts.size(), "doubt", "doubts") + ":\n";
+    std::set<std::string> told;
     for (const CardDoubt& doubt : doubts) {
         text += "\n  " + platform::text::printable(doubt.doubt.message);
         if (doubt.groupIDs.size() > 1) text += " (" + counted(doubt.groupIDs.size(), "clip", "clips") + ")";
         text += "\n    cure: " + platform::text::printable(doubt.doubt.cure) + "\n";
+        if (const auto command = cureCommand(call, doubt.doubt.cure); command && told.insert(*command).second)
+            text += "    run:  " + *command + "\n";
     }
     return text;
 }

@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/WorkSnapshot.h"
 
 #include <optional>
+#include <span>
 #include <string>
 
 namespace orvane::cli {
@@ -15,8 +16,9 @@ std::string stateText(const ImportController& controller, bool bold);
 std::string issuesText(const ImportController& controller, bool bold);
 /// A line on what Smart Audio did; empty where it did not run.
 std::string smartAudioText(const ImportController& controller);
-/// Each doubt about the clips with its cure, below how many there are; empty without any.
-std::string doubtsText(const WorkSnapshot& work);
+/// Each doubt about the clips with its cure, below how many there are; empty without any. Below a cure stands
+/// the call with its options, each once.
+std::string doubtsText(const WorkSnapshot& work, std::span<const std::string> call);
 /// What the export sheet of the app shows beside its settings: the events that scenes make, a better name for
 /// the event unless one was chosen, and, where Smart Audio was not switched off, the clips that it did not
 /// hear. A line each, where there is something to say.

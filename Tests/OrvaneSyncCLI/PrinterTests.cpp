@@ -1,4 +1,5 @@
 #include "OrvaneSyncCLI/ChannelStrip.h"
+#include "OrvaneSyncCLI/CureCommand.h"
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ProgressLine.h"
 #include "OrvaneSyncCLI/Table.h"
@@ -42,6 +43,41 @@ TEST(ExportPreviewText, SaysWhatHelps) {
           "By their scenes the clips call for 2 events.\n1 clips have not been analyzed for Smart Audio — "
           "their audio "
           "settings won’t be applied in this export.\n");
+}
+
+TEST(CureCommand, isTheCallWithWhatTheCureSays) {
+    const std::string scope = " in a scan of this card alone";
+    const struct {
+        std::vector<std::string> call;
+        std::string cure;
+        std::optional<std::string> expected;
+    } cases[] = {
+        {{"shoot"}, "--days same", "orvanesync scan shoot --days same"},
+        {{"my shoot", "$x"},
+         "--tc-rate 25, or the rate that was meant",
+         "orvanesync scan 'my shoot' '$x' --tc-rate 25"},
+        {{"it's"}, "--set ltc.enabled=true listens", R"(orvanesync scan 'it'\''s' --set ltc.enabled=true)"},
+        {{"--", "-a"}, "attach it by hand, or --set a=b c", "orvanesync scan --set a=b -- -a"},
+        {{"a", "--sound-offset", "1", "--exclude", "B", "--sound-date=2000-01-01"},
+         "--sound-date 2024-05-17 --sound-offset 01:00:00:00" + scope +
+             R"( (--exclude 'it'\''s (1), b' --exclude C), or lock it)",
+         R"(orvanesync scan a --exclude B --sound-date 2024-05-17 --sound-offset 01:00:00:00 --exclude 'it'\''s (1), b' --exclude C)"},
+        {{"/m/A", "--audio", "/m/B C", "--audio=/m/D"},
+         "--sound-date 2024-05-17" + scope + " (without the folder '/m/B C', without the folder '/m/D')",
+         "orvanesync scan /m/A --sound-date 2024-05-17"},
+        {{"a"}, "--sound-offset 00:00:02:00" + scope + "; lock a clip", std::nullopt},
+        {{"a"},
+         "--sound-offset 00:00:02:00" + scope + " (put links to them into a folder of their own)",
+         std::nullopt},
+        {{"a"}, "--sound-date YYYY-MM-DD", std::nullopt},
+        {{"a"}, "choose in the table of 'scan --review', or lock the clips", std::nullopt},
+        {{"a\nb"}, "--days same", std::nullopt},
+    };
+    for (const auto& one : cases) {
+        std::vector<std::string> call{"orvanesync", "scan"};
+        call.insert(call.end(), one.call.begin(), one.call.end());
+        EXPECT_EQ(cureCommand(call, one.cure), one.expected) << one.cure;
+    }
 }
 
 TEST(Table, alignsWhatATerminalShows) {

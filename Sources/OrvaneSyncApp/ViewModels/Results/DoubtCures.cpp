@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/ViewModels/Results/DoubtCures.h"
 
+#include "OrvaneSyncApp/ViewModels/Results/ShellWord.h"
 #include "OrvaneSyncApp/ViewModels/Results/WarningWords.h"
 
 #include "OrvaneSyncCore/Models/Settings.h"
@@ -22,42 +23,19 @@ struct Quoted {
     std::size_t length = 0;
 };
 
-struct Word {
-    std::string text;
-    std::size_t length = 0; ///< as it is written
-};
-
-/// Up to a blank, a comma or a semicolon. A folder stands in quotes, as a shell reads them; what is said of
-/// it is its name, in one pair of quotes.
-Word wordAt(std::string_view text, std::size_t at) {
-    Word word;
-    bool isInQuotes = false, wasInQuotes = false;
-    std::size_t i = at;
-    for (; i < text.size(); ++i) {
-        if (text[i] == '\'') {
-            isInQuotes = !isInQuotes;
-            wasInQuotes = true;
-        } else if (!isInQuotes && text[i] == '\\' && i + 1 < text.size()) {
-            word.text += text[++i];
-        } else if (!isInQuotes && std::string_view(" ,;)").find(text[i]) != std::string_view::npos) {
-            break;
-        } else {
-            word.text += text[i];
-        }
-    }
-    word.length = i - at;
-    if (wasInQuotes) word.text = "'" + word.text + "'";
-    return word;
+/// What is said of a folder is its name, in one pair of quotes.
+std::string spokenWord(ShellWord word) {
+    return word.isQuoted ? "'" + word.text + "'" : std::move(word.text);
 }
 
 Quoted quotedAt(std::string_view text, std::size_t at) {
-    const Word option = wordAt(text, at);
+    const ShellWord option = shellWordAt(text, at);
     Quoted found{option.text, {}, option.length};
     // A switch without a value stands at the end of what it says.
     if (at + found.length < text.size() && text[at + found.length] == ' ') {
-        Word value = wordAt(text, at + found.length + 1);
-        found.value = std::move(value.text);
+        ShellWord value = shellWordAt(text, at + found.length + 1);
         found.length += 1 + value.length;
+        found.value = spokenWord(std::move(value));
     }
     return found;
 }

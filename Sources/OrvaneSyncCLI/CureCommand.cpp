@@ -23,6 +23,10 @@ struct CureOptions {
     std::vector<std::string> foldersLeftOut; ///< that were named for the scan
 
     bool isEmpty() const { return options.empty() && foldersLeftOut.empty(); }
+    bool leavesCardsOut() const {
+        return !foldersLeftOut.empty() ||
+               std::ranges::find(options, "--exclude", &CureOption::name) != options.end();
+    }
 };
 
 /// That hold one value; the others may come again.
@@ -133,28 +137,56 @@ std::vector<std::string> wordsBeside(const CureOptions& cure, std::span<const st
     return words;
 }
 
+std::string shellLine(const std::vector<std::string>& words) {
+    std::string line;
+    for (const std::string& word : words) line += (line.empty() ? "" : " ") + shellWord(word);
+    return line;
+}
+
+/// Returns whether the call writes a document.
+bool numberOutput(std::vector<std::string>& words, int number) {
+    const std::string mark = "-" + std::to_string(number);
+    const auto name = [&](std::string& path, std::size_t from) {
+        if (path.substr(from) == "-") return false;
+        const std::size_t slash = path.rfind('/'), point = path.rfind('.');
+        const bool hasExtension =
+            point != std::string::npos && (slash == std::string::npos || point > slash + 1);
+        path.insert(hasExtension ? point : path.size(), mark);
+        return true;
+    };
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        constexpr std::string_view assigned = "--output=";
+        if ((words[i] == "-o" || words[i] == "--output") && i + 1 < words.size())
+            return name(words[i + 1], 0);
+        if (words[i].starts_with(assigned)) return name(words[i], assigned.size());
+        if (words[i].starts_with("-o")) return name(words[i], 2);
+    }
+    return false;
+}
+
 } // namespace
 
-std::optional<std::string> cureCommand(std::span<const std::string> call, std::string_view cure) {
+std::optional<std::string> CureCommands::next(std::string_view cure) {
     const CureOptions options = CureReader(cure).firstWay();
     if (options.isEmpty()) return std::nullopt;
-    std::vector<std::string> words = wordsBeside(options, call);
+    std::vector<std::string> words = wordsBeside(options, call_);
     auto end = std::ranges::find(words, "--");
     for (const CureOption& option : options.options) {
         end = words.insert(end, {option.name, option.value});
         end += 2;
     }
-    for (std::string& word : words) word = shellWord(word);
-    std::string line = platform::text::joined(words, " ");
-    return platform::text::printable(line) == line ? std::optional(std::move(line)) : std::nullopt;
+    const std::string plain = shellLine(words);
+    if (platform::text::printable(plain) != plain || !given_.insert(plain).second) return std::nullopt;
+    if (!options.leavesCardsOut() || !numberOutput(words, documents_ + 1)) return plain;
+    ++documents_;
+    return shellLine(words);
 }
 
-std::vector<std::string> cureCommands(std::span<const std::string> call, const WorkSnapshot& work) {
+std::vector<std::string> cureCommands(std::vector<std::string> call, const WorkSnapshot& work) {
+    CureCommands cures(std::move(call));
     std::vector<std::string> commands;
     for (const CardDoubt& doubt : work.doubts().summary(work.groups()))
-        if (auto command = cureCommand(call, doubt.doubt.cure);
-            command && std::ranges::find(commands, *command) == commands.end())
-            commands.push_back(std::move(*command));
+        if (auto command = cures.next(doubt.doubt.cure)) commands.push_back(std::move(*command));
     return commands;
 }
 

@@ -3,19 +3,33 @@
 #include "OrvaneSyncApp/Controllers/WorkSnapshot.h"
 
 #include <optional>
-#include <span>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace orvane::cli {
 
-/// The call with the options of a cure, as a shell reads it: "orvanesync diagnose shoot --days same". `call`:
-/// its words, the program first. Of several ways to cure it is the first. Nothing where no options do all of
-/// it, as where files have to be put into a folder of their own, and for names that no terminal shows.
-std::optional<std::string> cureCommand(std::span<const std::string> call, std::string_view cure);
+/// The calls that apply cures, as a shell reads them: "orvanesync diagnose shoot --days same".
+class CureCommands {
+  public:
+    /// `call`: its words, the program first.
+    explicit CureCommands(std::vector<std::string> call) : call_(std::move(call)) {}
 
-/// Those of all doubts, each once, in their order.
-std::vector<std::string> cureCommands(std::span<const std::string> call, const WorkSnapshot& work);
+    /// The call with the options of the first way that the cure names. Where these leave cards out, it writes
+    /// a document of its own beside that of the call: "OUT-2.fcpxml", "OUT-3.fcpxml" and so on. Nothing where
+    /// no options do all of it, as where files have to be put into a folder of their own, for names that no
+    /// terminal shows, and for a call that was given before.
+    std::optional<std::string> next(std::string_view cure);
+
+  private:
+    std::vector<std::string> call_;
+    std::set<std::string> given_; ///< without numbers
+    int documents_ = 1;
+};
+
+/// Those of all doubts, in their order.
+std::vector<std::string> cureCommands(std::vector<std::string> call, const WorkSnapshot& work);
 
 } // namespace orvane::cli

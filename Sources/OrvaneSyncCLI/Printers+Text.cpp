@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <set>
 
 namespace orvane::cli {
 
@@ -163,17 +162,16 @@ std::string smartAudioText(const ImportController& controller) {
     return text + ".\n" + loudness;
 }
 
-std::string doubtsText(const WorkSnapshot& work, std::span<const std::string> call) {
+std::string doubtsText(const WorkSnapshot& work, std::vector<std::string> call) {
     const auto doubts = work.doubts().summary(work.groups());
     if (doubts.empty()) return "";
     std::string text = counted(doubts.size(), "doubt", "doubts") + ":\n";
-    std::set<std::string> told;
+    CureCommands cures(std::move(call));
     for (const CardDoubt& doubt : doubts) {
         text += "\n  " + platform::text::printable(doubt.doubt.message);
         if (doubt.groupIDs.size() > 1) text += " (" + counted(doubt.groupIDs.size(), "clip", "clips") + ")";
         text += "\n    cure: " + platform::text::printable(doubt.doubt.cure) + "\n";
-        if (const auto command = cureCommand(call, doubt.doubt.cure); command && told.insert(*command).second)
-            text += "    run:  " + *command + "\n";
+        if (const auto command = cures.next(doubt.doubt.cure)) text += "    run:  " + *command + "\n";
     }
     return text;
 }

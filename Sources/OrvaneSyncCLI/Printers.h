@@ -3,8 +3,8 @@
 #include "OrvaneSyncApp/Controllers/WorkSnapshot.h"
 
 #include <optional>
-#include <span>
 #include <string>
+#include <vector>
 
 namespace orvane::cli {
 
@@ -18,7 +18,7 @@ std::string issuesText(const ImportController& controller, bool bold);
 std::string smartAudioText(const ImportController& controller);
 /// Each doubt about the clips with its cure, below how many there are; empty without any. Below a cure stands
 /// the call with its options, each once.
-std::string doubtsText(const WorkSnapshot& work, std::span<const std::string> call);
+std::string doubtsText(const WorkSnapshot& work, std::vector<std::string> call);
 /// What the export sheet of the app shows beside its settings: the events that scenes make, a better name for
 /// the event unless one was chosen, and, where Smart Audio was not switched off, the clips that it did not
 /// hear. A line each, where there is something to say.

@@ -76,8 +76,13 @@ TEST(CureCommand, isTheCallWithWhatTheCureSays) {
     for (const auto& one : cases) {
         std::vector<std::string> call{"orvanesync", "scan"};
         call.insert(call.end(), one.call.begin(), one.call.end());
-        EXPECT_EQ(cureCommand(call, one.cure), one.expected) << one.cure;
+        EXPECT_EQ(CureCommands(call).next(one.cure), one.expected) << one.cure;
     }
+    CureCommands cures({"orvanesync", "sync", "a", "-o", "day.1/Out.fcpxml"});
+    EXPECT_EQ(cures.next("--days same"), "orvanesync sync a -o day.1/Out.fcpxml --days same");
+    EXPECT_EQ(cures.next("--days same"), std::nullopt) << "told already";
+    EXPECT_EQ(cures.next("--exclude A"), "orvanesync sync a -o day.1/Out-2.fcpxml --exclude A");
+    EXPECT_EQ(cures.next("--exclude B"), "orvanesync sync a -o day.1/Out-3.fcpxml --exclude B");
 }
 
 TEST(Table, alignsWhatATerminalShows) {

@@ -36,6 +36,7 @@ void scan(Context& context, const Arguments& arguments) {
     } else {
         context.out << stateText(controller, context.mayColour) << smartAudioText(controller)
                     << doubtsText(work, context.call());
+        if (!arguments.has("--quiet")) context.out << notComparedText(work.groups());
         if (review)
             context.out << "Wrote " << platform::text::printable(*review)
                         << ": decide there, then take it back with sync --apply.\n";

@@ -114,7 +114,8 @@ void DocumentOutput::write(const ImportController& controller, const std::functi
         context_.out << stateText(controller, context_.mayColour) << smartAudioText(controller) << "\n"
                      << writtenText(controller, result, output_)
                      << exportPreviewText(controller.work().syncGroups(), settings, isNameChosen_,
-                                          smartAudioMode != SmartAudioMode::off);
+                                          smartAudioMode != SmartAudioMode::off)
+                     << lastLine;
     for (const std::string& warning : result.warnings) context_.warn(warning);
     if (matching == Matching::isDone) return;
     const std::vector<std::string> cures = cureCommands(context_.call(), work);

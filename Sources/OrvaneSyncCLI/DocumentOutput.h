@@ -29,6 +29,9 @@ class DocumentOutput {
     /// The one that was asked of Smart Audio; absent where the command knows of none.
     std::optional<SmartAudioMode> smartAudioMode;
 
+    /// Printed for people behind what was written.
+    std::string lastLine;
+
     /// Work that was kept is not matched by the options of the command.
     Matching matching = Matching::canChange;
 

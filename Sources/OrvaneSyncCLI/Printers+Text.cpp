@@ -176,4 +176,16 @@ std::string doubtsText(const WorkSnapshot& work, std::vector<std::string> call) 
     return text;
 }
 
+std::string notComparedText(const SyncGroupList& groups) {
+    constexpr std::ptrdiff_t fewest = 3; // of a card, by which its clock is judged
+    const auto hasBoth = [](const SyncGroup& group) {
+        return group.matchStatus.isSettled() && !group.isMOS() && !group.isLocked &&
+               group.video.channelCount.value_or(0) > 0;
+    };
+    if (std::ranges::count_if(groups, hasBoth) < fewest) return "";
+    return "All sound lies by timecode alone; 'orvanesync diagnose' of the same folders compares it with "
+           "what "
+           "the cameras heard.\n";
+}
+
 } // namespace orvane::cli

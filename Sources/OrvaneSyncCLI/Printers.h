@@ -19,6 +19,8 @@ std::string smartAudioText(const ImportController& controller);
 /// Each doubt about the clips with its cure, below how many there are; empty without any. Below a cure stands
 /// the call with its options, each once.
 std::string doubtsText(const WorkSnapshot& work, std::vector<std::string> call);
+/// Where cameras recorded sound and nothing compared it with the recordings, a line that says so; else empty.
+std::string notComparedText(const SyncGroupList& groups);
 /// What the export sheet of the app shows beside its settings: the events that scenes make, a better name for
 /// the event unless one was chosen, and, where Smart Audio was not switched off, the clips that it did not
 /// hear. A line each, where there is something to say.

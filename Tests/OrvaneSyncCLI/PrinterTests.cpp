@@ -85,6 +85,16 @@ TEST(CureCommand, isTheCallWithWhatTheCureSays) {
     EXPECT_EQ(cures.next("--exclude B"), "orvanesync sync a -o day.1/Out-3.fcpxml --exclude B");
 }
 
+TEST(NotComparedText, standsWhereCamerasHeardSomething) {
+    SyncGroup group = test::clip(test::video("A.mov"), test::audio("T.WAV"));
+    std::vector<SyncGroup> clips(3, group);
+    EXPECT_EQ(notComparedText(SyncGroupList{clips}), "") << "their cameras recorded no sound";
+    for (SyncGroup& clip : clips) clip.video.channelCount = 2;
+    EXPECT_NE(notComparedText(SyncGroupList{clips}), "");
+    clips[1].isLocked = true;
+    EXPECT_EQ(notComparedText(SyncGroupList{clips}), "") << "two tell nothing of a clock";
+}
+
 TEST(Table, alignsWhatATerminalShows) {
     Table table({{"NAME"}, {"N", Table::Align::right}});
     table.add({"日本", "1"});

@@ -45,19 +45,23 @@ void diagnose(Context& context, const Arguments& arguments) {
     else
         context.out << cardsText(work, context.mayColour) << issuesText(controller, context.mayColour)
                     << countsText(controller)
-                    << (work.doubts().isEmpty() ? "Nothing is in doubt.\n"
-                                                : doubtsText(work, context.call()));
+                    << (work.scanResult()->totalFiles() == 0 ? "No video or audio files found.\n"
+                        : work.doubts().isEmpty()            ? "Nothing is in doubt.\n"
+                                                             : doubtsText(work, context.call()));
 }
 
 } // namespace
 
 const Command& diagnoseCommand() {
-    static const Command command{"diagnose",
-                                 "FOLDER... [options]",
-                                 "What is on the cards, what matches, what is in doubt, and what cures it.",
-                                 "orvanesync diagnose demo/shoot",
-                                 scanOptions(),
-                                 diagnose};
+    static const Command command{
+        "diagnose",
+        "FOLDER... [options]",
+        "What is on the cards, what matches, what is in doubt, and what cures it.",
+        "orvanesync diagnose demo/shoot",
+        scanOptions(),
+        diagnose,
+        "  Also listens to some clips of each card: a clock that is wrong by a few seconds shows in\n"
+        "  the sound of the cameras alone. Changes nothing.\n"};
     return command;
 }
 

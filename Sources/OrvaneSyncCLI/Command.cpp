@@ -52,7 +52,7 @@ std::string usageLine(const Command& command) {
 }
 
 void printProgramHelp(std::ostream& out) {
-    out << "OrvaneSync lays recorder sound under camera clips: two folders in, one Final Cut Pro document "
+    out << "OrvaneSync lays recorder sound under camera clips: folders in, one Final Cut Pro document "
            "out.\n\n"
            "usage: orvanesync COMMAND [options]\n\ncommands:\n";
     for (const Command* command : allCommands()) {
@@ -99,6 +99,12 @@ std::string unknownCommand(std::string_view name) {
     std::string message = "there is no command '" + platform::text::printable(name) + "'";
     if (const auto meant = nearest(name, names)) message += " (did you mean '" + std::string(*meant) + "'?)";
     return message;
+}
+
+int refuseCommand(std::string_view name, const Context& context) {
+    context.err << "error: " << unknownCommand(name)
+                << "\nusage: orvanesync COMMAND [options]   (orvanesync --help lists the commands)\n";
+    return wrongUsage;
 }
 
 void applyOverrides(const Context& context, const Arguments& arguments) {
@@ -186,6 +192,8 @@ int run(std::span<const std::string> words, Context& context) {
         const std::string& first = words.front();
         if (first == "--help" || first == "-h" || first == "help") {
             const Command* command = words.size() > 1 ? findCommand(words[1]) : nullptr;
+            if (command == nullptr && words.size() > 1 && !words[1].starts_with('-'))
+                return refuseCommand(words[1], context);
             if (command != nullptr)
                 printCommandHelp(context, *command);
             else
@@ -198,11 +206,7 @@ int run(std::span<const std::string> words, Context& context) {
         }
         if (first == platform::BrowserSession::callbackCommand) return handOverCallback(words, context);
         const Command* command = findCommand(first);
-        if (command == nullptr) {
-            context.err << "error: " << unknownCommand(first)
-                        << "\nusage: orvanesync COMMAND [options]   (orvanesync --help lists the commands)\n";
-            return wrongUsage;
-        }
+        if (command == nullptr) return refuseCommand(first, context);
         return runCommand(*command, words.subspan(1), context);
     } catch (const std::exception& error) {
         context.err << "error: " << oneLine(error.what()) << "\n";

@@ -52,7 +52,7 @@ void chooseFolders(ImportController& controller, const Arguments& arguments) {
         if (audio || others.size() > 1) others.erase(others.begin());
     }
     if (!audio) audio = takeFirst(others);
-    if (!video && !audio) throw UsageError("which folder?");
+    if (!video && !audio) throw UsageError("which folder? Name those that hold the clips and the recordings");
     ScanScope scope{.exclusions = arguments.values("--exclude")};
     for (const Folders* more : {&named, &sounding, &others})
         for (const FileURL& one : *more)
@@ -89,16 +89,21 @@ const std::vector<Option>& scanOptions() {
         {"--video", "DIR", "a folder of camera files; may come again"},
         {"--audio", "DIR", "a folder of recordings; may come again"},
         {"--exclude", "GLOB",
-         "pass over files and folders of this name, or with a slash of this path below a FOLDER; may come "
+         "pass over files and folders of this name, or, with a slash, of this path below a FOLDER; may come "
          "again"},
-        {"--sound-offset", "[-]HH:MM:SS:FF", "how much later all recordings lie than they say"},
+        {"--sound-offset", "[-]HH:MM:SS:FF",
+         "lay all recordings later than they say; -01:00:00:00 is an hour earlier"},
         {"--sound-date", "YYYY-MM-DD",
          "the day on which the earliest recording of each shoot began; the others keep their distance"},
         {"--tc-rate", "R",
          "frames per second of all timecode, such as 23.976 or 29.97DF, whatever the files say"},
-        {"--days", "DAYS", "which days may meet: auto, same, midnight or neighbours"},
-        {"--choose", "first", "take the recording that is listed first for clips that have several, none clearly best, and would be "
-         "left out; clips that are matched keep theirs, and their doubts"},
+        {"--days", "DAYS",
+         "which sound a clip may meet: same (of its own day), midnight (also across midnight), neighbours "
+         "(also "
+         "of the days before and behind), auto (as midnight; of other days for a wrong clock, with a doubt)"},
+        {"--choose", "first",
+         "take the first recording of each ambiguous clip, which would be left out; matched clips keep their "
+         "sound and their doubts"},
         {"--report", "FILE", "a camera or sound report (ALE, CSV, TSV) to lay over the clips"},
         {"--no-cache", "", "read every file anew; neither use nor keep earlier results"},
     };

@@ -31,6 +31,7 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
         EXPECT_EQ(lines, status == wrongUsage ? 2 : 1); // the usage line comes with wrong usage only
     };
     check({"snyc"}, 2, "did you mean 'sync'?");
+    check({"help", "snyc"}, 2, "did you mean 'sync'?");
     check({"--json", "scan", "x"}, 2, "the command comes first, and '--json' behind it");
     check({"scan"}, 2, "which folder?");
     check({"scan", "--vidoe", "x"}, 2, "did you mean '--video'?");

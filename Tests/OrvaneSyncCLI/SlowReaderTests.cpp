@@ -1,5 +1,6 @@
 #include "OrvaneSyncCLI/LineWriter.h"
 #include "OrvaneSyncCLI/MessageRoom.h"
+#include "OrvaneSyncCLI/RunCommand.h"
 #include "Platform/Files.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
@@ -13,11 +14,17 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <atomic>
+#include <fstream>
+#include <memory>
+#include <optional>
 #include <semaphore>
 #include <sstream>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace orvane::test {
 namespace {
@@ -74,6 +81,79 @@ TEST(MessageRoom, holdsSoManyBytesAndMessagesTogether) {
     room.giveBack(60 * megabyte);
     for (std::size_t i = 0; i < 256; ++i) EXPECT_TRUE(room.tryTake(1));
     EXPECT_FALSE(room.tryTake(1));
+}
+
+/// A store whose writes end when the test says so.
+class HeldStore : public platform::SettingsStore {
+  public:
+    std::binary_semaphore isHeld{0};
+    void letGo() { endWrite(*held_, nullptr); }
+
+  protected:
+    void persist(Changes /*changes*/, const platform::SettingsWrite& write) override {
+        held_ = write;
+        isHeld.release();
+    }
+
+  private:
+    std::optional<platform::SettingsWrite> held_;
+};
+
+/// Requests, one each time that it is asked, of which it tells how many were taken and by which thread.
+class CountedRequests : public std::streambuf {
+  public:
+    explicit CountedRequests(int count) : count_(count) {}
+    std::atomic<int> taken = 0;
+    std::atomic<pid_t> reader = 0;
+
+  protected:
+    int_type underflow() override {
+        reader = ::gettid();
+        if (taken == count_) return traits_type::eof();
+        line_ =
+            taken == 0
+                ? R"({"jsonrpc":"2.0","id":1,"method":"setSetting","params":{"key":"eventName","value":"x"}})"
+                : R"({"jsonrpc":"2.0","id":1,"method":"undoState"})";
+        line_ += "\n";
+        ++taken;
+        setg(line_.data(), line_.data(), line_.data() + line_.size());
+        return traits_type::to_int_type(line_.front());
+    }
+
+  private:
+    const int count_;
+    std::string line_;
+};
+
+/// As the system has it: 'R' running, 'S' waiting; anything else once it has ended.
+char stateOf(pid_t thread) {
+    std::ifstream stat("/proc/self/task/" + std::to_string(thread) + "/stat");
+    std::string text;
+    std::getline(stat, text);
+    const std::size_t end = text.rfind(") ");
+    return end == std::string::npos ? 'X' : text[end + 2];
+}
+
+TEST(Serve, leavesInThePipeWhatHasNoRoomBehindARequestThatWaits) {
+    constexpr int most = cli::MessageRoom::mostMessages, count = most + 50;
+    const TemporaryDirectory folder;
+    const ScopedEnvironment data("XDG_DATA_HOME", folder.path().c_str());
+    CountedRequests requests(count);
+    std::istream in(&requests);
+    std::ostringstream out, err;
+    cli::Context context{out, err, in};
+    const auto store = std::make_shared<HeldStore>();
+    context.settings = store;
+    std::thread serving([&] {
+        EXPECT_EQ(cli::run(std::vector<std::string>{"serve", "--no-cache"}, context), 0);
+    });
+    store->isHeld.acquire();
+    while (requests.taken <= most || stateOf(requests.reader) == 'R') ::sched_yield();
+    EXPECT_EQ(requests.taken, most + 1) << "the last one waits for room";
+    EXPECT_EQ(out.str(), "");
+    store->letGo();
+    serving.join();
+    EXPECT_EQ(std::ranges::count(out.str(), '\n'), count) << err.str();
 }
 
 /// A caller that stopped reading, with a full pipe, and then asks for the end.

@@ -21,13 +21,13 @@ namespace {
 using TCRange = SyncEngine::TCRange;
 using Candidate = TakeMembership::Candidate;
 
-// A recording below this share of the best one's overlap is no rival to it, and makes the clip ambiguous.
+// A recording below this share of the best one's overlap makes the clip ambiguous.
 constexpr double ambiguityShare = 0.5;
 constexpr double roundingSeconds = 1e-6; // of sums of parts
 constexpr double adjoiningSeconds = SplitRecordingDetector::contiguityToleranceSeconds;
 
 /// What is ranked as one recording: the files of a take in parts, or a file by itself.
-struct Contender {
+struct RankedRecording {
     std::vector<std::size_t> files; ///< best first
     double coveredSeconds = 0;      ///< of the clip
     std::size_t first = 0;          ///< the place of its first file among what was met
@@ -140,9 +140,9 @@ std::vector<std::size_t> takeFrom(std::size_t seed, const Files& files,
     return members;
 }
 
-Contender contenderOf(const TCRange& clip, const Files& files, std::vector<std::size_t> members) {
+RankedRecording rankedRecordingOf(const TCRange& clip, const Files& files, std::vector<std::size_t> members) {
     const Meeting& best = files.meetings[members.front()];
-    Contender one{std::move(members), best.overlapSeconds, files.met.size(), best.isOfOtherDay};
+    RankedRecording one{std::move(members), best.overlapSeconds, files.met.size(), best.isOfOtherDay};
     std::vector<TCRange> ranges;
     for (const std::size_t file : one.files) {
         ranges.push_back(files.candidates[file].range);
@@ -153,87 +153,88 @@ Contender contenderOf(const TCRange& clip, const Files& files, std::vector<std::
     return one;
 }
 
-void measureNearness(std::vector<Contender>& contenders, const Files& files, const MediaAsset& video) {
-    const double most = std::ranges::max(contenders, {}, &Contender::coveredSeconds).coveredSeconds;
-    for (Contender& one : contenders)
+void measureNearness(std::vector<RankedRecording>& ranked, const Files& files, const MediaAsset& video) {
+    const double most = std::ranges::max(ranked, {}, &RankedRecording::coveredSeconds).coveredSeconds;
+    for (RankedRecording& one : ranked)
         if (one.coveredSeconds >= most - roundingSeconds)
             one.nearness = UnitNearness::of(video, *files.candidates[one.files.front()].audio);
 }
 
 /// The recordings that cover more of the clip first, and of equal ones those that were met first.
-auto rankOf(const Contender& one) {
+auto rankOf(const RankedRecording& one) {
     return std::tuple(-std::llround(one.coveredSeconds / roundingSeconds), one.endsEarly, one.farness(),
                       one.first);
 }
 
 /// And what covers little of the clip.
-void putOtherDaysBehind(std::span<Contender> contenders, double bestSeconds) {
-    std::ranges::stable_partition(contenders, [&](const Contender& one) {
+void putOtherDaysBehind(std::span<RankedRecording> ranked, double bestSeconds) {
+    std::ranges::stable_partition(ranked, [&](const RankedRecording& one) {
         return !one.isOfOtherDay && one.coveredSeconds >= bestSeconds * ambiguityShare;
     });
 }
 
 /// The one that is heard first, then the others without its files. Only files that adjoin others are asked
 /// for their take, as the files of any other cover the same.
-std::vector<Contender> contendersOf(const MediaAsset& video, const TCRange& clip, const Files& files) {
+std::vector<RankedRecording> rankedRecordings(const MediaAsset& video, const TCRange& clip,
+                                              const Files& files) {
     const std::size_t count = files.meetings.size();
     const std::vector<bool> mayBePart =
         mayAdjoin(files.parts) ? adjoining(files.candidates) : std::vector<bool>(count, false);
     std::vector<std::size_t> left(count);
     std::iota(left.begin(), left.end(), std::size_t{0});
     // Two files may both go on in a third one: which of the two has it hangs on which one is heard.
-    std::vector<Contender> contenders;
+    std::vector<RankedRecording> ranked;
     std::vector<bool> isMember(count, false);
     for (std::size_t i = 0; i < count; ++i) {
         if (isMember[i]) continue;
         auto members = mayBePart[i] ? takeFrom(i, files, left) : std::vector<std::size_t>{i};
         for (const std::size_t file : members) isMember[file] = true;
-        if (members.front() == i) contenders.push_back(contenderOf(clip, files, std::move(members)));
+        if (members.front() == i) ranked.push_back(rankedRecordingOf(clip, files, std::move(members)));
     }
-    measureNearness(contenders, files, video);
-    std::ranges::sort(contenders, {}, rankOf);
-    putOtherDaysBehind(contenders, contenders.front().coveredSeconds);
-    contenders.erase(contenders.begin() + 1, contenders.end());
+    measureNearness(ranked, files, video);
+    std::ranges::sort(ranked, {}, rankOf);
+    putOtherDaysBehind(ranked, ranked.front().coveredSeconds);
+    ranked.erase(ranked.begin() + 1, ranked.end());
     std::vector<bool> isTaken(count, false);
-    for (const std::size_t file : contenders.front().files) isTaken[file] = true;
+    for (const std::size_t file : ranked.front().files) isTaken[file] = true;
     for (std::size_t i = 0; i < count; ++i) {
         if (isTaken[i]) continue;
         std::erase_if(left, [&](std::size_t file) { return file < i || isTaken[file]; });
-        contenders.push_back(
-            contenderOf(clip, files, mayBePart[i] ? takeFrom(i, files, left) : std::vector<std::size_t>{i}));
-        for (const std::size_t file : contenders.back().files) isTaken[file] = true;
+        ranked.push_back(rankedRecordingOf(
+            clip, files, mayBePart[i] ? takeFrom(i, files, left) : std::vector<std::size_t>{i}));
+        for (const std::size_t file : ranked.back().files) isTaken[file] = true;
     }
-    return contenders;
+    return ranked;
 }
 
 /// All but the first, which is heard.
-void rank(std::vector<Contender>& contenders) {
-    const std::span others(contenders.begin() + 1, contenders.end());
+void rankOthers(std::vector<RankedRecording>& ranked) {
+    const std::span others(ranked.begin() + 1, ranked.end());
     std::ranges::sort(others, {}, rankOf);
-    putOtherDaysBehind(others, std::ranges::max(contenders, {}, &Contender::coveredSeconds).coveredSeconds);
+    putOtherDaysBehind(others, std::ranges::max(ranked, {}, &RankedRecording::coveredSeconds).coveredSeconds);
 }
 
-bool isInDoubt(const std::vector<Contender>& contenders, const std::vector<Candidate>& files) {
-    const Contender& best = contenders.front();
+bool isInDoubt(const std::vector<RankedRecording>& ranked, const std::vector<Candidate>& files) {
+    const RankedRecording& best = ranked.front();
     const double least = best.coveredSeconds * ambiguityShare;
-    const auto mayCompete = [&](const Contender& one) {
+    const auto mayCompete = [&](const RankedRecording& one) {
         return one.coveredSeconds < least && (best.isOfOtherDay || !one.isOfOtherDay);
     };
-    if (std::ranges::none_of(contenders, mayCompete)) return false;
+    if (std::ranges::none_of(ranked, mayCompete)) return false;
 
     std::vector<Candidate> listed; // the primary recording first
-    std::vector<const Contender*> contenderOf;
-    for (const Contender& one : contenders)
+    std::vector<const RankedRecording*> rankedOfFile;
+    for (const RankedRecording& one : ranked)
         for (const std::size_t file : one.files) {
             listed.push_back(files[file]);
-            contenderOf.push_back(&one);
+            rankedOfFile.push_back(&one);
         }
     const auto isCutShort = [&](const Candidate& file) {
         return std::ranges::any_of(
             listed, [&](const Candidate& other) { return TakeMembership::isCutShort(file, other); });
     };
     return std::ranges::any_of(TakeMembership::of(listed).alternates, [&](std::size_t alternate) {
-        return mayCompete(*contenderOf[alternate]) && !isCutShort(listed[alternate]);
+        return mayCompete(*rankedOfFile[alternate]) && !isCutShort(listed[alternate]);
     });
 }
 
@@ -270,11 +271,11 @@ MatchStatus rankMeetings(const MediaAsset& video, const TCRange& clip, std::vect
     files.candidates.reserve(files.parts.size());
     for (const RecordingPart& part : files.parts)
         files.candidates.push_back({&*part.file->asset, part.range()});
-    std::vector<Contender> contenders = contendersOf(video, clip, files);
-    rank(contenders);
-    const bool isSettled = !isInDoubt(contenders, files.candidates);
+    std::vector<RankedRecording> ranked = rankedRecordings(video, clip, files);
+    rankOthers(ranked);
+    const bool isSettled = !isInDoubt(ranked, files.candidates);
     auto listed = meetings.begin();
-    for (const Contender& one : contenders)
+    for (const RankedRecording& one : ranked)
         for (const std::size_t file : one.files) *listed++ = files.meetings[file];
     return isSettled ? MatchStatus::matched() : MatchStatus::ambiguous(static_cast<int>(meetings.size()));
 }

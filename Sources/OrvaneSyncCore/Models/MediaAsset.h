@@ -67,6 +67,8 @@ struct MediaAsset {
     /// start: what differs in it is no copy. Below 2^53, as JSON holds no more.
     std::optional<std::uint64_t> contentMark;
 
+    /// Its end is missing, or may be.
+    bool endsEarly() const { return heldShare || isUnclosed.value_or(false); }
     double slowMotionFactor() const;
     bool isOffspeed() const;
     bool isSuspectedOffspeedUnconfirmed() const;

@@ -173,6 +173,17 @@ TEST(CardDoubts, RecordingsThatCountAlikeMayBeOfTwoDays) {
     }
 }
 
+TEST(CardDoubts, ARecordingThatWasNeverClosedComesBehindAWholeOne) {
+    Shot shot{{clipAt("/C/A.mov", 36000, 10)},
+              {recordingAt("/1/T.wav", 35999, 20), recordingAt("/2/T.wav", 35999, 20)},
+              {}};
+    for (const bool isUnclosed : {false, true}) {
+        if (isUnclosed) shot.audios.front().isUnclosed = true;
+        shot.diagnose();
+        EXPECT_EQ(shot.groups.front().primaryAudio()->url.path, isUnclosed ? "/2/T.wav" : "/1/T.wav");
+    }
+}
+
 TEST(CardDoubts, ACopyThatBrokeOffAtItsFullSizeIsNotTheSound) {
     const test::TemporaryDirectory folder;
     Shot shot{{clipAt("/C/A.mov", 36000, 10), clipAt("/C/B.mov", 36012, 5)}, {}, {}};

@@ -55,8 +55,6 @@ std::string cureOf(Known known, bool isOne) {
            (isOne ? "it" : "them");
 }
 
-bool endsEarly(const MediaAsset& file) { return file.heldShare || file.isUnclosed.value_or(false); }
-
 } // namespace
 
 void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
@@ -77,10 +75,10 @@ void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
             folder.clips.insert(i);
         }
         for (const AudioMatch& match : group.audioMatches)
-            if (endsEarly(*match.audio)) folderOfFile(*match.audio).clips.insert(i);
+            if (match.audio->endsEarly()) folderOfFile(*match.audio).clips.insert(i);
     }
     for (const MediaAsset& recording : shoot.input.recordings)
-        if (endsEarly(recording) || nothingIsKnown(recording))
+        if (recording.endsEarly() || nothingIsKnown(recording))
             folderOfFile(recording).files.push_back(&recording);
     for (auto& [key, folder] : folders) {
         if (folder.files.empty()) continue;

@@ -57,10 +57,9 @@ void putNearestInFront(std::vector<std::size_t>& met, const MediaAsset& video,
         return *recordings[meetings[i].recording].asset;
     };
     const double most = meetings[met.front()].overlapSeconds;
-    const bool isCut = assetOf(met.front()).heldShare.has_value();
+    const bool isCut = assetOf(met.front()).endsEarly();
     const auto end = std::ranges::find_if(met, [&](std::size_t i) {
-        return meetings[i].overlapSeconds < most - roundingSeconds ||
-               assetOf(i).heldShare.has_value() != isCut;
+        return meetings[i].overlapSeconds < most - roundingSeconds || assetOf(i).endsEarly() != isCut;
     });
     const std::string_view folder = folderPath(assetOf(met.front()));
     if (std::all_of(met.begin(), end, [&](std::size_t i) { return folderPath(assetOf(i)) == folder; }))
@@ -78,7 +77,7 @@ Files filesOf(const MediaAsset& video, const TCRange& clip, const std::vector<Me
     std::iota(files.met.begin(), files.met.end(), std::size_t{0});
     // Behind what it has in common with the clip, a copy that broke off holds nothing.
     std::ranges::stable_sort(files.met, std::greater{}, [&](std::size_t i) {
-        return std::pair(meetings[i].overlapSeconds, !recordings[meetings[i].recording].asset->heldShare);
+        return std::pair(meetings[i].overlapSeconds, !recordings[meetings[i].recording].asset->endsEarly());
     });
     putNearestInFront(files.met, video, meetings, recordings);
     files.meetings.reserve(count);
@@ -147,7 +146,7 @@ RankedRecording rankedRecordingOf(const TCRange& clip, const Files& files, std::
     for (const std::size_t file : one.files) {
         ranges.push_back(files.candidates[file].range);
         one.first = std::min(one.first, files.met[file]);
-        one.endsEarly = one.endsEarly || files.candidates[file].audio->heldShare;
+        one.endsEarly = one.endsEarly || files.candidates[file].audio->endsEarly();
     }
     if (one.files.size() > 1) one.coveredSeconds = coveredSeconds(clip, std::move(ranges));
     return one;

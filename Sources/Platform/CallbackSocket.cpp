@@ -17,7 +17,7 @@ namespace orvane::platform {
 namespace {
 
 constexpr std::size_t longestMessage = std::size_t{64} << 10U;
-constexpr timeval patience{1, 0};
+constexpr timeval socketTimeLimit{1, 0};
 
 /// A folder of the session of the user, else one of this program's; only where nobody else can enter it.
 std::string folder() {
@@ -92,7 +92,7 @@ CallbackSocket::CallbackSocket(CallbackSocket&& other) noexcept
 std::optional<std::string> CallbackSocket::received() const {
     const int connection = ::accept4(descriptor_, nullptr, nullptr, SOCK_CLOEXEC);
     if (connection < 0) return std::nullopt;
-    ::setsockopt(connection, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+    ::setsockopt(connection, SOL_SOCKET, SO_RCVTIMEO, &socketTimeLimit, sizeof socketTimeLimit);
     std::string message;
     std::array<char, 4096> piece{};
     ssize_t count = -1;
@@ -109,7 +109,7 @@ bool CallbackSocket::send(const std::string& message) {
     const int made = place ? makeSocket() : -1;
     if (made < 0) return false;
     bool isSent = ::connect(made, general(*place), sizeof *place) == 0 && isOfThisUser(made);
-    ::setsockopt(made, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+    ::setsockopt(made, SOL_SOCKET, SO_SNDTIMEO, &socketTimeLimit, sizeof socketTimeLimit);
     for (std::size_t sent = 0; isSent && sent < message.size();) {
         const ssize_t count = ::send(made, message.data() + sent, message.size() - sent, MSG_NOSIGNAL);
         isSent = count > 0;

@@ -10,12 +10,12 @@ namespace orvane::platform {
 /// stopped. Where the file system knows no locks there is none, and nobody waits.
 class FileLock {
   public:
-    static constexpr std::chrono::milliseconds patience{10000};
+    static constexpr std::chrono::milliseconds timeLimit{10000};
     /// A lock file, made where it is missing. It stays: removing it would let two processes hold two locks.
     /// Throws FileError, also when another holds it for longer than that.
-    static FileLock ofFile(const std::string& path, std::chrono::milliseconds longest = patience);
+    static FileLock ofFile(const std::string& path, std::chrono::milliseconds longest = timeLimit);
     /// A folder itself, without a file in it. As above.
-    static FileLock ofFolder(const std::string& path, std::chrono::milliseconds longest = patience);
+    static FileLock ofFolder(const std::string& path, std::chrono::milliseconds longest = timeLimit);
     ~FileLock();
     FileLock(const FileLock&) = delete;
     FileLock& operator=(const FileLock&) = delete;

@@ -31,7 +31,7 @@ namespace {
 
 struct Termination {
     std::function<void(const EndProcess&)> callback;
-    std::chrono::milliseconds patience;
+    std::chrono::milliseconds timeLimit;
 };
 
 std::mutex terminationMutex;
@@ -44,14 +44,14 @@ Termination takeTermination() {
 
 /// Without waiting for a disk that does not answer.
 void discardAnsweringTemporaries() {
-    constexpr std::chrono::seconds patience{2};
+    constexpr std::chrono::seconds timeLimit{2};
     try {
         const auto areGone = std::make_shared<std::binary_semaphore>(0);
         std::thread([areGone] {
             files::discardTemporaries();
             areGone->release();
         }).detach();
-        if (!areGone->try_acquire_for(patience)) return;
+        if (!areGone->try_acquire_for(timeLimit)) return;
     } catch (const std::system_error&) { // no thread
         files::discardTemporaries();
     }
@@ -71,10 +71,10 @@ void discardAnsweringTemporaries() {
 
 /// The next signal, or the file at which nothing that is written has got any further for so long.
 std::variant<int, std::string> signalWhileWriting(const sigset_t& signals,
-                                                  std::chrono::milliseconds patience) {
+                                                  std::chrono::milliseconds timeLimit) {
     // Counted in looks, so that a process that was halted meanwhile has not lost its time.
     constexpr int looks = 10;
-    const auto interval = std::chrono::duration_cast<std::chrono::nanoseconds>(patience) / looks;
+    const auto interval = std::chrono::duration_cast<std::chrono::nanoseconds>(timeLimit) / looks;
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(interval);
     const timespec pause{seconds.count(), (interval - seconds).count()};
     std::uint64_t before = FileStep::ended();
@@ -90,9 +90,9 @@ std::variant<int, std::string> signalWhileWriting(const sigset_t& signals,
 
 } // namespace
 
-void beforeTermination(std::function<void(const EndProcess&)> callback, std::chrono::milliseconds patience) {
+void beforeTermination(std::function<void(const EndProcess&)> callback, std::chrono::milliseconds timeLimit) {
     const std::scoped_lock lock(terminationMutex);
-    storedTermination = {std::move(callback), patience};
+    storedTermination = {std::move(callback), timeLimit};
 }
 
 namespace {
@@ -148,7 +148,7 @@ void exitOnInterrupt(std::string lastWords) {
         if (!termination.callback) endBySignal(signal, lastWords);
         termination.callback(
             [signal, lastWords](const std::string& more) { endBySignal(signal, lastWords + more); });
-        const auto next = signalWhileWriting(signals, termination.patience);
+        const auto next = signalWhileWriting(signals, termination.timeLimit);
         if (const int* another = std::get_if<int>(&next)) endBySignal(*another, lastWords);
         endWithStatus(1, lastWords + "error: can't save " + text::printable(std::get<std::string>(next)) +
                              ": its disk or share does not answer\n");

@@ -17,10 +17,10 @@ void exitOnInterrupt(std::string lastWords);
 /// have, and its text goes to standard error. A second signal, and SIGINT, end it at once. Null: nothing; a
 /// call that has begun goes on, so the callback owns what it uses.
 using EndProcess = std::function<void(const std::string& lastWords)>;
-/// `patience`: for how long nothing that is written may get any further. The process then ends with status 1
+/// `timeLimit`: for how long nothing that is written may get any further. The process then ends with status 1
 /// and names the file. A save that is slow and gets on takes as long as it takes.
 void beforeTermination(std::function<void(const EndProcess& end)> callback,
-                       std::chrono::milliseconds patience = std::chrono::seconds(10));
+                       std::chrono::milliseconds timeLimit = std::chrono::seconds(10));
 
 /// Where no memory is left, on whatever thread, the process ends at that allocation with status 1, a line on
 /// standard error and no half-written file.

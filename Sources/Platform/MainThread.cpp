@@ -85,7 +85,7 @@ class StoppableRunner {
         changed_.notify_all();
         const auto isDone = [this] { return !isBusy_; };
         if (changed_.wait(lock, stop, isDone)) return true;
-        if (changed_.wait_for(lock, SerialQueue::patience, isDone)) return true;
+        if (changed_.wait_for(lock, SerialQueue::timeToStop, isDone)) return true;
         isAbandoned_ = true;
         ++abandonedPieces;
         thread_.detach();

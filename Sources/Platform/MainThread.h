@@ -56,12 +56,12 @@ class RunLoop : public MainThread {
 /// it waits for what was posted.
 ///
 /// Work that was posted with a stop token gets a thread of its own while the queue waits for it, and owns
-/// what it uses. It is not begun once its token is stopped. Work that was stopped has `patience` to notice;
+/// what it uses. It is not begun once its token is stopped. Work that was stopped has `timeToStop` to notice;
 /// after that nobody waits for it, neither the queue, which goes on to the next piece, nor its destruction,
 /// nor the end of the process: a call to the system may hang for as long as a network share is away.
 class SerialQueue {
   public:
-    static constexpr std::chrono::milliseconds patience{50};
+    static constexpr std::chrono::milliseconds timeToStop{50};
 
     virtual ~SerialQueue() = default;
     /// The work must not throw.

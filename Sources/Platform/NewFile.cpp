@@ -97,9 +97,9 @@ void removeAbandonedTemporaries(const std::string& folder) {
 void discardTemporaries() {
     // The lock is kept: no write begins or ends after this. A program that ends for want of memory may hold
     // it.
-    constexpr std::chrono::seconds patience{1};
+    constexpr std::chrono::seconds timeLimit{1};
     auto& temporaries = Temporaries::shared();
-    if (!temporaries.mutex.try_lock_for(patience)) return;
+    if (!temporaries.mutex.try_lock_for(timeLimit)) return;
     for (const std::string& path : temporaries.paths) ::unlink(path.c_str());
 }
 

@@ -177,8 +177,8 @@ TEST(Serve, endsWhenItIsAskedToThoughNobodyReadsItsAnswers) {
     pollfd ended{ending, POLLIN, 0}, room{out[1], POLLOUT, 0};
     while (::poll(&room, 1, 0) == 1 && ::poll(&ended, 1, 0) == 0) ::sched_yield();
     ::kill(process, SIGTERM);
-    constexpr int patience = 30'000; // milliseconds
-    EXPECT_EQ(::poll(&ended, 1, patience), 1) << "it is still there";
+    constexpr int timeLimit = 30'000; // milliseconds
+    EXPECT_EQ(::poll(&ended, 1, timeLimit), 1) << "it is still there";
     ::kill(process, SIGKILL);
     int status = 0;
     ::waitpid(process, &status, 0);

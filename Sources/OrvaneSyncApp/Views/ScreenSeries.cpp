@@ -35,8 +35,8 @@ namespace orvane::views {
 namespace {
 
 constexpr QSize sizes[] = {{1024, 700}, {1440, 800}, {2560, 1300}};
-constexpr int settled = 150;  ///< milliseconds for a window to lay itself out
-constexpr int patience = 200; ///< rounds that something is waited for
+constexpr int settled = 150;    ///< milliseconds for a window to lay itself out
+constexpr int mostRounds = 200; ///< rounds that something is waited for
 
 /// Steps one after the other, each with time for the window to lay itself out before it.
 class Walk : public QTimer {
@@ -268,7 +268,7 @@ class Walk : public QTimer {
 
     void next() {
         if (!steps_.empty()) {
-            if (!steps_.front()() && ++tries_ < patience) return;
+            if (!steps_.front()() && ++tries_ < mostRounds) return;
             tries_ = 0;
             steps_.pop_front();
             return;

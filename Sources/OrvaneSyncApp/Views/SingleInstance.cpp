@@ -21,7 +21,7 @@ namespace orvane::views {
 
 namespace {
 
-constexpr timeval handOverPatience{0, 500000};
+constexpr timeval handOverTimeLimit{0, 500000};
 constexpr qint64 mostBytes = qint64{1} << 20; // that a later program may say
 
 /// A stream socket; -1 where the system gives none.
@@ -122,7 +122,7 @@ QString SingleInstance::ownName() {
 bool SingleInstance::handOver(const QStringList& words) {
     const LocalSocket socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     for (const int direction : {SO_SNDTIMEO, SO_RCVTIMEO}) // it bounds connecting, too
-        ::setsockopt(socket.get(), SOL_SOCKET, direction, &handOverPatience, sizeof handOverPatience);
+        ::setsockopt(socket.get(), SOL_SOCKET, direction, &handOverTimeLimit, sizeof handOverTimeLimit);
     const LocalAddress address(name_);
     if (::connect(socket.get(), address.get(), address.size()) != 0 || !socket.isOfThisUser()) return false;
     QByteArray message;

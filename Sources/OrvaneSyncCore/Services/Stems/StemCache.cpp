@@ -104,10 +104,10 @@ std::optional<SeparatedStems> StemCache::stems(const TakeSound& audio, const std
     if (!separator_->isAvailable()) return std::nullopt;
     const std::string key = StemCache::key(audio);
     {
-        constexpr std::chrono::milliseconds patience{20}; // within which a stop is noticed
+        constexpr std::chrono::milliseconds interval{20}; // within which a stop is noticed
         std::unique_lock lock(mutex_);
         while (inFlight_.contains(key)) {
-            ended_.wait_for(lock, patience);
+            ended_.wait_for(lock, interval);
             platform::throwIfStopped(stop);
         }
         if (auto found = kept(key)) return found;

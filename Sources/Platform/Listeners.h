@@ -25,7 +25,7 @@ class Listeners {
 
     /// In the order in which they came. A callback may subscribe, unsubscribe and destroy the owner; one
     /// that was added or removed meanwhile is not called.
-    void tell(Arguments... what) const {
+    void notify(Arguments... what) const {
         const auto callbacks = callbacks_;
         for (const auto& one : callbacks)
             if (const auto callback = one.lock()) (*callback)(what...);

@@ -129,7 +129,7 @@ void SettingsStore::notify(const std::vector<std::string>& keys) {
         const std::lock_guard lock(mutex_);
         return listeners_;
     }();
-    for (const std::string& key : keys) listeners.tell(key);
+    for (const std::string& key : keys) listeners.notify(key);
 }
 
 SettingsStore::Values SettingsStore::applied(Values values, const Changes& changes) {

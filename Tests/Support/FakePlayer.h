@@ -197,7 +197,7 @@ inline void FakePlayer::seek(platform::MediaTime time, std::function<void(bool)>
     system_.mainThread().post([this, number = seeks] {
         const auto& players = system_.players;
         if (std::ranges::find(players, this) == players.end() || seeks != number) return;
-        time_.tell(currentTime());
+        time_.notify(currentTime());
         if (auto done = std::exchange(seekDone_, nullptr)) done(true);
     });
 }
@@ -207,10 +207,10 @@ inline void FakePlayer::moved() {
     const platform::MediaTime time = currentTime();
     const bool isAtEnd = rate_ > 0 ? time >= end() : time <= platform::MediaTime();
     const auto frame = static_cast<std::int64_t>(std::floor(time.seconds() * facts_.nominalFrameRate + 1e-6));
-    if (std::exchange(reported_, frame) != frame || isAtEnd) time_.tell(time);
+    if (std::exchange(reported_, frame) != frame || isAtEnd) time_.notify(time);
     if (!isAtEnd || rate_ == 0 || currentTime() != time) return;
     stopAt(time);
-    end_.tell();
+    end_.notify();
 }
 
 } // namespace orvane::test

@@ -30,7 +30,7 @@ void AudioLevelProvider::attach(const platform::Player& player) {
     player_ = &player;
     takeFacts();
     waitForUpdate();
-    changed_.tell();
+    changed_.notify();
 }
 
 void AudioLevelProvider::waitForUpdate() {
@@ -50,7 +50,7 @@ void AudioLevelProvider::update() {
     waitForUpdate();
     if (player_->facts().hasSound != isActive_ || player_->facts().soundChannelCount != channelCount_) {
         takeFacts();
-        if (!isActive_) return changed_.tell();
+        if (!isActive_) return changed_.notify();
     }
     if (!isActive_) return;
     auto measured = player_->levels();
@@ -60,7 +60,7 @@ void AudioLevelProvider::update() {
     levels_.channels = smoothed_;
     levels_.channelCount = channelCount_;
     levels_.timestamp = std::chrono::duration<double>(player_->hostTime()).count();
-    changed_.tell();
+    changed_.notify();
 }
 
 void AudioLevelProvider::detach() {
@@ -71,7 +71,7 @@ void AudioLevelProvider::detach() {
     isActive_ = false;
     levels_ = AudioLevels::empty;
     smoothed_.clear();
-    changed_.tell();
+    changed_.notify();
 }
 
 } // namespace orvane

@@ -62,7 +62,7 @@ platform::Task ClusterEngineBag::load(const std::vector<SyncGroup>& members) {
     if (!audioSourceMemberID_ || !isMember(*audioSourceMemberID_))
         audioSourceMemberID_ = members.empty() ? std::nullopt : std::optional(members.front().id);
     routeAudio();
-    changed_.tell();
+    changed_.notify();
     return allOf(std::move(loading));
 }
 
@@ -84,7 +84,7 @@ void ClusterEngineBag::showWaveform(const UUID& memberID, const std::optional<Ta
 void ClusterEngineBag::setAudioSource(std::optional<UUID> memberID) {
     audioSourceMemberID_ = memberID;
     routeAudio();
-    changed_.tell();
+    changed_.notify();
 }
 
 void ClusterEngineBag::routeAudio() {
@@ -164,7 +164,7 @@ void ClusterEngineBag::cleanup() {
     memberSyncOffsets_.clear();
     waveformSounds_.clear();
     audioSourceMemberID_.reset();
-    changed_.tell();
+    changed_.notify();
 }
 
 } // namespace orvane

@@ -125,7 +125,7 @@ Task LockitOAuthService::authenticate(Weak weak) {
     auto self = found(weak);
     self->isAuthenticating_ = true;
     self->lastError_.reset();
-    self->listeners_.tell();
+    self->listeners_.notify();
     const Task exchanging = exchange(weak);
     self.reset();
     std::exception_ptr raised;
@@ -142,7 +142,7 @@ Task LockitOAuthService::authenticate(Weak weak) {
     if (self) {
         self->isAuthenticating_ = false;
         self->lastError_ = std::move(why);
-        self->listeners_.tell();
+        self->listeners_.notify();
     }
     if (raised) std::rethrow_exception(raised);
 }
@@ -370,7 +370,7 @@ Task LockitOAuthService::refresh(Weak weak) {
         self = weak.lock();
         if (self && (error.status() == badRequest || error.status() == unauthorized)) {
             self->isRefreshRefused_ = true;
-            self->listeners_.tell();
+            self->listeners_.notify();
         }
         throw;
     }
@@ -455,12 +455,12 @@ void LockitOAuthService::takeState(const Kept& kept) {
     const bool isOther = isSignedIn != isSignedIn_ || isLocked != isKeyStoreLocked_;
     isSignedIn_ = isSignedIn;
     isKeyStoreLocked_ = isLocked;
-    if (isOther) listeners_.tell();
+    if (isOther) listeners_.notify();
     if (!isSignedIn || kept.accountEmail) setAccountEmail(isSignedIn ? kept.accountEmail : std::nullopt);
 }
 
 void LockitOAuthService::setAccountEmail(const std::optional<std::string>& email) {
-    if (std::exchange(accountEmail_, email) != email) listeners_.tell();
+    if (std::exchange(accountEmail_, email) != email) listeners_.notify();
 }
 
 double LockitOAuthService::now() const {

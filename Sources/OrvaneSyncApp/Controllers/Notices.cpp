@@ -19,17 +19,17 @@ platform::Subscription Notices::onChange(std::function<void(const ImportChange&)
 
 void Notices::notify(ImportField field) {
     assertOnMainThread();
-    if (changesUnderWay_ == 0) return tell(field);
+    if (changesUnderWay_ == 0) return callListeners(field);
     if (std::ranges::find(heldBack_, field) == heldBack_.end()) heldBack_.push_back(field);
 }
 
-void Notices::tell(ImportField field) {
+void Notices::callListeners(ImportField field) {
     ImportChange change{field};
     if (field == ImportField::syncGroups) {
         change.clips = clips_;
         change.clipsBefore = std::exchange(clipsNoticed_, clips_);
     }
-    listeners_.tell(change);
+    listeners_.notify(change);
 }
 
 void Notices::together(const std::function<void()>& change) {

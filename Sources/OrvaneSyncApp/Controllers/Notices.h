@@ -64,7 +64,7 @@ class Notices {
     void assertOnMainThread() const;
 
   private:
-    void tell(ImportField field);
+    void callListeners(ImportField field);
 
     const std::shared_ptr<platform::MainThread> mainThread_;
     const SyncGroupList& clips_;

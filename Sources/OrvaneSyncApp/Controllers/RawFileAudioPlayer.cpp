@@ -28,7 +28,7 @@ void RawFileAudioPlayer::makePlayer() {
         const auto self = weak.lock();
         if (!self || !self->currentAssetID_) return;
         self->currentTime_ = time.seconds();
-        self->changed_.tell();
+        self->changed_.notify();
     });
     end_ = player_->observeEnd([weak] {
         const auto self = weak.lock();
@@ -36,7 +36,7 @@ void RawFileAudioPlayer::makePlayer() {
         self->isPlaying_ = false;
         self->currentTime_ = 0;
         self->player_->seek({});
-        self->changed_.tell();
+        self->changed_.notify();
     });
 }
 
@@ -54,27 +54,27 @@ void RawFileAudioPlayer::load(const MediaAsset& asset) {
                       if (self && self->currentAssetID_ == id) self->opened(facts);
                   });
     waveform_->load(asset.url, waveformBins, false);
-    changed_.tell();
+    changed_.notify();
 }
 
 void RawFileAudioPlayer::opened(const platform::PlayerFacts& facts) {
     if (!facts.hasSound) return stop();
     duration_ = facts.duration.seconds();
     player_->setRate(isPlaying_ ? 1 : 0);
-    changed_.tell();
+    changed_.notify();
 }
 
 void RawFileAudioPlayer::setPlaying(bool isPlaying) {
     isPlaying_ = isPlaying;
     if (player_->isLoaded()) player_->setRate(isPlaying ? 1 : 0);
-    changed_.tell();
+    changed_.notify();
 }
 
 void RawFileAudioPlayer::seek(double toFraction) {
     if (!player_) return;
     currentTime_ = std::clamp(toFraction, 0.0, 1.0) * duration_;
     player_->seek(platform::MediaTime::fromSeconds(currentTime_));
-    changed_.tell();
+    changed_.notify();
 }
 
 void RawFileAudioPlayer::stop() {
@@ -84,7 +84,7 @@ void RawFileAudioPlayer::stop() {
     isPlaying_ = false;
     currentTime_ = duration_ = 0;
     waveform_->reset();
-    changed_.tell();
+    changed_.notify();
 }
 
 } // namespace orvane

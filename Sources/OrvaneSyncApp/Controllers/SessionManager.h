@@ -143,7 +143,7 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     class Restoring;
 
     explicit SessionManager(Dependencies dependencies);
-    void notify(SessionField field) const { listeners_.tell(field); }
+    void notify(SessionField field) const { listeners_.notify(field); }
     void assertOnMainThread() const;
     Date now() const { return clock_->date(); }
 

@@ -59,10 +59,10 @@ platform::Task VideoEngine::loadClip(FileURL video, std::optional<TakeSound> aud
     appliedSound_ = audio_;
     syncOffsetSeconds_ = appliedOffset_ = std::isfinite(syncOffsetSeconds) ? syncOffsetSeconds : 0;
     playhead_ = {.time = MediaTime::fromSeconds(std::max(initialSeekSeconds.value_or(0), 0.0))};
-    tell(VideoEngineField::playhead);
+    notify(VideoEngineField::playhead);
     if (players() == nullptr) return platform::Task::ended();
     transport_.isLoading = true;
-    tell(VideoEngineField::transport);
+    notify(VideoEngineField::transport);
     if (!player_) {
         player_ = players_->makePlayer();
         observePlayer();
@@ -92,7 +92,7 @@ void VideoEngine::observePlayer() {
     observers_ = {
         player_->observeTime(report([](VideoEngine& self, MediaTime time) { self.timeReported(time); })),
         player_->observeEnd(report([](VideoEngine& self) { self.endReported(); })),
-        player_->observePicture(report([](VideoEngine& self) { self.tell(VideoEngineField::picture); }))};
+        player_->observePicture(report([](VideoEngine& self) { self.notify(VideoEngineField::picture); }))};
 }
 
 void VideoEngine::opened(const platform::PlayerFacts& facts, std::optional<double> initialSeekSeconds) {
@@ -114,8 +114,8 @@ void VideoEngine::opened(const platform::PlayerFacts& facts, std::optional<doubl
     } else {
         player_->unload();
     }
-    tell(VideoEngineField::transport);
-    tell(VideoEngineField::playhead);
+    notify(VideoEngineField::transport);
+    notify(VideoEngineField::playhead);
 }
 
 void VideoEngine::unload() {
@@ -131,11 +131,11 @@ void VideoEngine::unload() {
     speed_ = {};
     if (loop_ != LoopState()) {
         loop_ = {};
-        tell(VideoEngineField::loop);
+        notify(VideoEngineField::loop);
     }
     if (transport_ != TransportState()) {
         transport_ = {};
-        tell(VideoEngineField::transport);
+        notify(VideoEngineField::transport);
     }
 }
 
@@ -152,7 +152,7 @@ void VideoEngine::cleanup() {
 void VideoEngine::setStartTimecode(double seconds, std::optional<TimecodeFrameRate> rate) {
     playhead_.startTimecodeSeconds = seconds;
     playhead_.timecodeRate = rate;
-    tell(VideoEngineField::playhead);
+    notify(VideoEngineField::playhead);
 }
 
 bool VideoEngine::correctInitialSeek(double toSeconds) {
@@ -341,7 +341,7 @@ void VideoEngine::apply(const AudioRenderPlan& plan) {
     if (isDucking_ != plan.isAudible) return;
     isDucking_ = !plan.isAudible;
     player_->setVolume(isDucking_ ? 0 : volume_);
-    tell(VideoEngineField::sound);
+    notify(VideoEngineField::sound);
 }
 
 void VideoEngine::setLoopRegion(double aroundSeconds, int frames) {
@@ -356,14 +356,14 @@ void VideoEngine::setLoopRegion(double aroundSeconds, int frames) {
     loop_.loopStart = start;
     loop_.loopEnd = end;
     loop_.isLooping = hasLoopRun_ = true;
-    tell(VideoEngineField::loop);
+    notify(VideoEngineField::loop);
     seek(loop_.loopStart);
     play();
 }
 
 void VideoEngine::clearLoop() {
     if (!std::exchange(loop_.isLooping, false)) return;
-    tell(VideoEngineField::loop);
+    notify(VideoEngineField::loop);
 }
 
 // Frames
@@ -423,14 +423,14 @@ void VideoEngine::endBlip() {
 void VideoEngine::setVolume(float volume) {
     volume_ = std::isfinite(volume) ? std::clamp(volume, 0.0F, 1.0F) : 0;
     if (transport_.isLoaded && !isDucking_) player_->setVolume(volume_);
-    tell(VideoEngineField::sound);
+    notify(VideoEngineField::sound);
 }
 
 void VideoEngine::setSyncOffsetSeconds(double seconds) {
     assertOnMainThread();
     if (!std::isfinite(seconds)) return;
     syncOffsetSeconds_ = seconds;
-    tell(VideoEngineField::sound);
+    notify(VideoEngineField::sound);
     if (!transport_.isLoaded || !(std::abs(seconds - appliedOffset_) > leastOffsetChange)) return;
     if (!transport_.isPlaying) pause(true);
     appliedOffset_ = seconds;
@@ -453,7 +453,7 @@ void VideoEngine::soundChanged() {
     appliedSound_ = audioSource();
     if (blips_) blips_->load(appliedSound_);
     player_->setSound(opener(appliedSound_));
-    tell(VideoEngineField::sound);
+    notify(VideoEngineField::sound);
 }
 
 // What is observed
@@ -466,17 +466,17 @@ void VideoEngine::setSpeed(ShuttleSpeed speed) {
 void VideoEngine::setLabel(std::string label) {
     if (label == loop_.jklLabel) return;
     loop_.jklLabel = std::move(label);
-    tell(VideoEngineField::loop);
+    notify(VideoEngineField::loop);
 }
 
 void VideoEngine::setPlayhead(MediaTime time) {
     if (playhead_.time == time) return;
     playhead_.time = time;
-    tell(VideoEngineField::playhead);
+    notify(VideoEngineField::playhead);
 }
 
 void VideoEngine::setPlaying(bool isPlaying) {
-    if (std::exchange(transport_.isPlaying, isPlaying) != isPlaying) tell(VideoEngineField::transport);
+    if (std::exchange(transport_.isPlaying, isPlaying) != isPlaying) notify(VideoEngineField::transport);
 }
 
 } // namespace orvane

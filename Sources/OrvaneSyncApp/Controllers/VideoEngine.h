@@ -164,7 +164,7 @@ class VideoEngine : public std::enable_shared_from_this<VideoEngine> {
     void setLabel(std::string label);
     void setPlayhead(platform::MediaTime time);
     void setPlaying(bool isPlaying);
-    void tell(VideoEngineField field) { changed_.tell(field); }
+    void notify(VideoEngineField field) { changed_.notify(field); }
 
     const Dependencies dependencies_;
     std::shared_ptr<platform::PlayerSystem> players_;

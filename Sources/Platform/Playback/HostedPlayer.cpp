@@ -427,7 +427,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         showPicture(now);
         if (!std::exchange(isSeeking_, false)) return;
         const auto completed = std::exchange(completed_, nullptr);
-        timeListeners.tell(now);
+        timeListeners.notify(now);
         if (completed) completed(true);
     }
 
@@ -479,8 +479,8 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         if (isEnd) {
             const MediaTime last = motion_.rate > 0 ? end() : MediaTime{};
             move({0, last, 0});
-            timeListeners.tell(last);
-            endListeners.tell();
+            timeListeners.notify(last);
+            endListeners.notify();
             return;
         }
         if (picture_) {
@@ -488,7 +488,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
             showPicture(now);
         }
         const Motion before = motion_;
-        timeListeners.tell(now);
+        timeListeners.notify(now);
         const bool isSame = motion_.rate == before.rate && motion_.frame == before.frame;
         if (isSame && isLoaded_) schedule();
     }
@@ -505,7 +505,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
             dropped_.interrupted();
         if (!isOther) return;
         shown_ = std::move(picture);
-        pictureListeners.tell();
+        pictureListeners.notify();
     }
 
     const std::shared_ptr<PlayerHost> host_;

@@ -177,7 +177,7 @@ void OutlineModel::follow(const ImportChange& change) {
     if (change.field == ImportField::report) return layOut(); // names depend on it
     if (change.field == ImportField::smartAudio || change.field == ImportField::doubts) {
         for (std::size_t i = 0; i < rows_.size(); ++i) changed.rows.push_back(i);
-        return listeners_.tell(changed);
+        return listeners_.notify(changed);
     }
     if (change.field != ImportField::syncGroups) return;
     const SyncGroupChanges changes = change.clipChanges();
@@ -193,7 +193,7 @@ void OutlineModel::follow(const ImportChange& change) {
                     changed.rows.push_back(i);
                 }
     }
-    if (!changes.changed.empty()) listeners_.tell(changed);
+    if (!changes.changed.empty()) listeners_.notify(changed);
 }
 
 void OutlineModel::layOut() {
@@ -242,7 +242,7 @@ void OutlineModel::layOut() {
         rows_.push_back(std::move(take));
         for (const SidebarNode& child : node.children) add(child, true, folded_.contains(node.id));
     }
-    listeners_.tell({.isLayoutChanged = true});
+    listeners_.notify({.isLayoutChanged = true});
 }
 
 std::optional<std::size_t> OutlineModel::takeRowOf(const UUID& groupID) const {

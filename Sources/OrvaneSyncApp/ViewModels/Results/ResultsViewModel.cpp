@@ -158,7 +158,7 @@ void ResultsViewModel::follow(const ImportChange& change) {
             change.field == ImportField::doubts) {
             Change all;
             for (std::size_t i = 0; i < rows_.size(); ++i) all.rows.push_back(i);
-            listeners_.tell(all);
+            listeners_.notify(all);
         }
         return;
     }
@@ -188,7 +188,7 @@ void ResultsViewModel::follow(const ImportChange& change) {
         rows_[row->second].clip = clip;
         changed.rows.push_back(row->second);
     }
-    if (!changes.changed.empty()) listeners_.tell(changed);
+    if (!changes.changed.empty()) listeners_.notify(changed);
 }
 
 void ResultsViewModel::layOut() {
@@ -254,7 +254,7 @@ void ResultsViewModel::takeRows(std::vector<Place> rows) {
         rowByGroup_.clear();
         for (std::size_t i = 0; i < rows_.size(); ++i) rowByGroup_.emplace(rows_[i].clip->id, i);
     }
-    listeners_.tell(change);
+    listeners_.notify(change);
 }
 
 bool ResultsViewModel::isFound(const SyncGroup& group, const Names& names) const {

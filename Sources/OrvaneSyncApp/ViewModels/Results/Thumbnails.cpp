@@ -85,7 +85,7 @@ void Thumbnails::decoded(const std::string& path, std::optional<platform::Pictur
         byPath_.erase(kept_.back().path);
         kept_.pop_back();
     }
-    listeners_.tell(path);
+    listeners_.notify(path);
 }
 
 } // namespace orvane

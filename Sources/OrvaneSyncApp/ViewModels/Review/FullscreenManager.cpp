@@ -36,13 +36,13 @@ void FullscreenManager::show() {
         std::clamp<std::ptrdiff_t>(preferredScreen(), 0, static_cast<std::ptrdiff_t>(screens.size()) - 1));
     window_.reset();
     window_ = desktop.open(currentScreenIndex_);
-    changed_.tell();
+    changed_.notify();
 }
 
 void FullscreenManager::hide() {
     if (!isShowing()) return;
     window_.reset();
-    changed_.tell();
+    changed_.notify();
 }
 
 bool FullscreenManager::handle(const KeyEvent& event) {

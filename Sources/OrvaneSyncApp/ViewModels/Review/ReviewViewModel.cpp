@@ -44,7 +44,7 @@ platform::Task ReviewViewModel::loadGroup(const UUID& groupID) {
     timeline_.show(groupID);
     groupID_ = groupID;
     isDraggingAudio_ = false;
-    changed_.tell();
+    changed_.notify();
     return load(weak_from_this(), groupID, ++loads_);
 }
 
@@ -94,7 +94,7 @@ void ReviewViewModel::close() {
     isDraggingAudio_ = false;
     fullscreen_.hide();
     engine_->cleanup();
-    changed_.tell();
+    changed_.notify();
 }
 
 void ReviewViewModel::follow() {
@@ -154,7 +154,7 @@ void ReviewViewModel::handleKeyAction(KeyAction action) {
         return applyZoom(TimelineZoomState::zoomOutFactor);
     case KeyAction::zoomFit:
         timeline_.zoom().zoomFit();
-        return changed_.tell();
+        return changed_.notify();
     case KeyAction::clapCheck:
         return clapCheck();
     case KeyAction::clearLoop:
@@ -163,7 +163,7 @@ void ReviewViewModel::handleKeyAction(KeyAction action) {
         return fullscreen_.toggleFullscreen();
     case KeyAction::toggleAudioExpand:
         isAudioExpanded_ = !isAudioExpanded_;
-        return changed_.tell();
+        return changed_.notify();
     case KeyAction::nextGroup:
     case KeyAction::prevGroup:
         if (moveInList) moveInList(action);
@@ -262,7 +262,7 @@ void ReviewViewModel::applyZoom(double scaleDelta) {
     TimelineZoomState& zoom = timeline_.zoom();
     if (groupID_) zoom.playheadSeconds = engine_->playhead().seconds();
     zoom.applyZoom(scaleDelta);
-    changed_.tell();
+    changed_.notify();
 }
 
 // Where the sound lies

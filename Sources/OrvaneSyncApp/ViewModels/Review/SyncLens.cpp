@@ -109,7 +109,7 @@ void SyncLens::show(const SyncLensPlan& plan, platform::PictureSize limit, std::
     limit_ = limit;
     columns_ = columns;
     isLoading_ = true;
-    changed_.tell();
+    changed_.notify();
     task_ = load(weak_from_this(), plan, limit, columns);
 }
 
@@ -119,7 +119,7 @@ void SyncLens::clear() {
     plan_.reset();
     seen_ = {};
     isLoading_ = false;
-    changed_.tell();
+    changed_.notify();
 }
 
 platform::Task SyncLens::load(std::weak_ptr<SyncLens> weak, SyncLensPlan plan, platform::PictureSize limit,
@@ -134,7 +134,7 @@ platform::Task SyncLens::load(std::weak_ptr<SyncLens> weak, SyncLensPlan plan, p
     if (!self || self->plan_ != plan || self->limit_ != limit) co_return;
     self->seen_ = std::move(seen);
     self->isLoading_ = false;
-    self->changed_.tell();
+    self->changed_.notify();
 }
 
 } // namespace orvane

@@ -315,19 +315,19 @@ void ShortcutCenter::setBindings(ShortcutBindings bindings) {
     assertOnMainThread();
     if (bindings == bindings_) return;
     bindings_ = std::move(bindings);
-    listeners_.tell(ShortcutField::bindings);
+    listeners_.notify(ShortcutField::bindings);
 }
 
 void ShortcutCenter::setProfiles(std::vector<std::string> profiles) {
     if (profiles == availableProfiles_) return;
     availableProfiles_ = std::move(profiles);
-    listeners_.tell(ShortcutField::availableProfiles);
+    listeners_.notify(ShortcutField::availableProfiles);
 }
 
 platform::SettingsWrite ShortcutCenter::setCurrentProfile(std::optional<std::string> name) {
     if (name != currentProfileName_) {
         currentProfileName_ = name;
-        listeners_.tell(ShortcutField::currentProfileName);
+        listeners_.notify(ShortcutField::currentProfileName);
     }
     const std::string_view key = shortcutSettings::currentProfile.key;
     return name ? settings_->set(key, std::move(*name)) : settings_->remove(key);

@@ -55,7 +55,7 @@ platform::Task WaveformState::load(TakeSound sound, std::size_t totalBins, bool 
     isLoading_ = true;
     task_ = run(weak_from_this(), std::move(sound), totalBins, includePerChannelImages, ++loads_);
     const platform::Task own = *task_;
-    changed_.tell();
+    changed_.notify();
     return own;
 }
 
@@ -79,7 +79,7 @@ platform::Task WaveformState::run(std::weak_ptr<WaveformState> weak, TakeSound s
     if (!self || load != self->loads_) co_return;
     self->waveform_ = std::move(waveform);
     self->isLoading_ = false;
-    self->changed_.tell();
+    self->changed_.notify();
 }
 
 void WaveformState::reset() {
@@ -88,7 +88,7 @@ void WaveformState::reset() {
     ++loads_;
     waveform_ = std::make_shared<const Waveform>();
     isLoading_ = false;
-    changed_.tell();
+    changed_.notify();
 }
 
 } // namespace orvane

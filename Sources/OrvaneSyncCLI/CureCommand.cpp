@@ -1,6 +1,7 @@
 #include "OrvaneSyncCLI/CureCommand.h"
 
 #include "OrvaneSyncApp/ViewModels/Results/ShellWord.h"
+#include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
 #include "Platform/Files.h"
 #include "Platform/Text.h"
@@ -23,16 +24,17 @@ struct CureOptions {
     std::vector<std::string> foldersLeftOut; ///< that were named for the scan
 
     bool isEmpty() const { return options.empty() && foldersLeftOut.empty(); }
-    bool leavesCardsOut() const {
-        return !foldersLeftOut.empty() ||
-               std::ranges::find(options, "--exclude", &CureOption::name) != options.end();
+    bool has(std::string_view name) const {
+        return std::ranges::find(options, name, &CureOption::name) != options.end();
     }
+    bool namesFolders() const { return has("--video") || has("--audio"); }
+    bool leavesCardsOut() const { return !foldersLeftOut.empty() || has("--exclude") || namesFolders(); }
 };
 
 /// That hold one value; the others may come again.
 constexpr std::array<std::string_view, 5> cureOptionsOfOneValue{"--sound-offset", "--sound-date", "--tc-rate",
                                                                 "--days", "--choose"};
-constexpr std::array<std::string_view, 2> cureOptionsThatAdd{"--exclude", "--set"};
+constexpr std::array<std::string_view, 4> cureOptionsThatAdd{"--exclude", "--set", "--video", "--audio"};
 
 bool isAmong(std::string_view name, std::span<const std::string_view> names) {
     return std::ranges::find(names, name) != names.end();
@@ -69,8 +71,8 @@ class CureReader {
         const std::size_t valueAt = at_ + name.length + 1;
         if (valueAt >= cure_.size() || cure_[valueAt - 1] != ' ') return false;
         ShellWord value = shellWordAt(cure_, valueAt);
-        // "YYYY-MM-DD" stands for what nobody but the user knows.
-        if (value.text.empty() || value.text.starts_with("YYYY")) return false;
+        // What nobody but the user knows.
+        if (value.text.empty() || value.text == "YYYY-MM-DD" || value.text == "FOLDER") return false;
         at_ = valueAt + value.length;
         found_.options.push_back({name.text, std::move(value.text)});
         return true;
@@ -109,31 +111,63 @@ std::string shellWord(const std::string& word) {
     return !word.empty() && word.find_first_not_of(plain) == std::string::npos ? word : shellQuoted(word);
 }
 
-/// The words of the call that stay beside the cure.
-std::vector<std::string> wordsBeside(const CureOptions& cure, std::span<const std::string> call) {
-    const auto isReplaced = [&](std::string_view name) {
-        return isAmong(name, cureOptionsOfOneValue) &&
-               std::ranges::find(cure.options, name, &CureOption::name) != cure.options.end();
+/// A call taken apart as `Arguments` does.
+struct CallPart {
+    std::vector<std::string> words; ///< an option with its value, or one word
+    std::string option;             ///< empty: a folder
+    std::string value;              ///< of the option; the folder
+};
+
+std::vector<CallPart> partsOf(std::span<const std::string> call) {
+    const auto command = std::ranges::find(allCommands(), call[1], &Command::name);
+    const auto takesValue = [&](const std::string& name) {
+        if (name == "--set") return true;
+        const auto isIt = [&](const Option& one) { return one.name == name || one.shortName == name; };
+        return command != allCommands().end() &&
+               std::ranges::any_of((*command)->options,
+                                   [&](const Option& one) { return isIt(one) && !one.value.empty(); });
     };
-    const auto isLeftOut = [&](const std::string& folder) {
-        return std::ranges::find(cure.foldersLeftOut, platform::files::standardized(folder)) !=
-               cure.foldersLeftOut.end();
-    };
-    std::vector<std::string> words;
-    for (std::size_t i = 0; i < call.size(); ++i) {
+    std::vector<CallPart> parts;
+    bool areOptions = true;
+    for (std::size_t i = 2; i < call.size(); ++i) {
         const std::string& word = call[i];
-        const std::string name = word.substr(0, word.find('='));
-        const bool hasValue = name.size() < word.size();
-        const bool namesFolder = name == "--video" || name == "--audio";
-        if (isReplaced(name)) {
-            i += hasValue ? 0 : 1;
-        } else if (namesFolder && hasValue ? isLeftOut(word.substr(name.size() + 1))
-                                           : i > 1 && isLeftOut(word)) {
-            if (!words.empty() && (words.back() == "--video" || words.back() == "--audio")) words.pop_back();
+        const std::size_t equals = std::min(word.find('='), word.size());
+        if (!areOptions || word.size() < 2 || word.front() != '-') {
+            parts.push_back({{word}, "", word});
+        } else if (word == "--") {
+            areOptions = false;
+        } else if (equals < word.size()) {
+            parts.push_back({{word}, word.substr(0, equals), word.substr(equals + 1)});
+        } else if (takesValue(word) && i + 1 < call.size()) {
+            ++i;
+            parts.push_back({{word, call[i]}, word, call[i]});
         } else {
-            words.push_back(word);
+            parts.push_back({{word}, word, ""});
         }
     }
+    return parts;
+}
+
+/// The words of the call with those of the cure, folders that may look like options last.
+std::vector<std::string> cured(std::span<const std::string> call, const CureOptions& cure) {
+    const auto isReplaced = [&](const CallPart& part) {
+        if (isAmong(part.option, cureOptionsOfOneValue)) return cure.has(part.option);
+        const bool isFolder = part.option.empty() || part.option == "--video" || part.option == "--audio";
+        return isFolder &&
+               (cure.namesFolders() ||
+                std::ranges::find(cure.foldersLeftOut, platform::files::standardized(part.value)) !=
+                    cure.foldersLeftOut.end());
+    };
+    std::vector<std::string> words(call.begin(), call.begin() + 2), last;
+    for (const CallPart& part : partsOf(call)) {
+        if (isReplaced(part)) continue;
+        const bool looksLikeOption = part.option.empty() && part.value.starts_with('-');
+        std::vector<std::string>& place = looksLikeOption ? last : words;
+        place.insert(place.end(), part.words.begin(), part.words.end());
+    }
+    for (const CureOption& option : cure.options) words.insert(words.end(), {option.name, option.value});
+    if (!last.empty()) words.emplace_back("--");
+    words.insert(words.end(), last.begin(), last.end());
     return words;
 }
 
@@ -169,12 +203,7 @@ bool numberOutput(std::vector<std::string>& words, int number) {
 std::optional<std::string> CureCommands::next(std::string_view cure) {
     const CureOptions options = CureReader(cure).firstWay();
     if (options.isEmpty()) return std::nullopt;
-    std::vector<std::string> words = wordsBeside(options, call_);
-    auto end = std::ranges::find(words, "--");
-    for (const CureOption& option : options.options) {
-        end = words.insert(end, {option.name, option.value});
-        end += 2;
-    }
+    std::vector<std::string> words = cured(call_, options);
     const std::string plain = shellLine(words);
     if (platform::text::printable(plain) != plain || !given_.insert(plain).second) return std::nullopt;
     if (!options.leavesCardsOut() || !numberOutput(words, documents_ + 1)) return plain;

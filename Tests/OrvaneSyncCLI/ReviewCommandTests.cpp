@@ -58,6 +58,9 @@ TEST_F(CardsTest, anyNumberOfFoldersIsRead) {
     check({folder_.path(), "--exclude", "cardB", "--exclude", "sound/*ROOMTONE*"}, 3, 1);
     const Outcome typo = runWith({"scan", folder_.path(), "--exclude", "CardB"});
     EXPECT_NE(typo.err.find("warning: the exclusion 'CardB' fits nothing"), std::string::npos) << typo.err;
+    const std::string empty = runWith({"diagnose", folder_.path(), "--exclude", "*"}).out;
+    EXPECT_NE(empty.find("No video or audio files found."), std::string::npos) << empty;
+    EXPECT_EQ(empty.find("Nothing is in doubt"), std::string::npos);
     const Outcome nothing =
         runWith({"sync", at("cardB"), at("sound"), at("camera"), "-o", "-", "--exclude", "*"});
     EXPECT_EQ(nothing.status, failed);

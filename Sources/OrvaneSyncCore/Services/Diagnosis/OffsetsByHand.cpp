@@ -135,7 +135,8 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
         // Of sound that runs at another speed, the distance is that of one moment alone.
         if (!moved && doubts.has(card.unmoved.front()->group->id, {SyncDoubt::Kind::drift})) continue;
         const auto offset = moved ? moved : agreementOf(card.heard);
-        const auto heardRate = offset || agreementOf(card.heard, 0) ? std::nullopt : rateOf(shoot, card);
+        std::optional<HeardRate> heardRate;
+        if (!offset && !agreementOf(card.heard, 0)) heardRate = rateOf(shoot, card);
         if (!offset && !heardRate) continue;
         const std::string_view camera = std::get<0>(key), recorder = std::get<1>(key);
         const auto day = std::get<2>(key);

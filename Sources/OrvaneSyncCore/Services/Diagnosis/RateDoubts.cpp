@@ -109,23 +109,23 @@ class RateDoubts {
         const std::string text = rateText(rate.rate);
         // Timecode that was set at one moment and runs at the rate that it states is as likely.
         const auto& [first, last] = rate.found.offsets;
-        const auto offset = first <= last ? std::optional(std::round((first + last) / 2)) : std::nullopt;
-        addCardDoubt(
-            doubts_,
-            {SyncDoubt::Kind::timecodeRate,
-             "clips and recordings drift apart with the time of day; with timecode that counts " + text +
-                 " frames a second, " + std::to_string(rate.found.clips) + " of " +
-                 counted(clips_.uncovered.size(), "clip", "clips") +
-                 " without all of their sound would match" +
-                 (offset ? "; with the recordings moved by about " + spanText(std::abs(*offset)) +
-                               (*offset < 0 ? " earlier" : " later") + " they would as well"
-                         : ""),
-             "--tc-rate " + text +
-                 (offset ? ", then check a clap early and one late on the card; where both are off, and not "
-                           "alike, --sound-offset " +
-                               offsetText(*offset + shoot_.input.rules.soundOffsetSeconds, rate_) + " instead"
-                         : "")},
-            clips_.all); // what has sound has it by the wrong rate
+        std::string offsetFits, offsetCure;
+        if (first <= last) {
+            const double offset = std::round((first + last) / 2);
+            offsetFits = "; with the recordings moved by about " + spanText(std::abs(offset)) +
+                         (offset < 0 ? " earlier" : " later") + " they would as well";
+            offsetCure = ", then check a clap early and one late on the card; where both are off, and not "
+                         "alike, --sound-offset " +
+                         offsetText(offset + shoot_.input.rules.soundOffsetSeconds, rate_) + " instead";
+        }
+        addCardDoubt(doubts_,
+                     {SyncDoubt::Kind::timecodeRate,
+                      "clips and recordings drift apart with the time of day; with timecode that counts " +
+                          text + " frames a second, " + std::to_string(rate.found.clips) + " of " +
+                          counted(clips_.uncovered.size(), "clip", "clips") +
+                          " without all of their sound would match" + offsetFits,
+                      "--tc-rate " + text + offsetCure},
+                     clips_.all); // what has sound has it by the wrong rate
     }
 
     const Shoot& shoot_;

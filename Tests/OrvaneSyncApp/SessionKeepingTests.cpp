@@ -358,6 +358,7 @@ TEST_F(SessionKeepingTest, aSessionDeletedDuringItsSaveStaysDeleted) {
         const auto saving = manager_->save(*controller_);
         for (int turn = 0; turn < turns; ++turn) mainThread_->runPosted();
         manager_->deleteSession(id);
+        EXPECT_TRUE(controller_->work().syncGroups().empty()) << "no change of them would be saved";
         finish(saving);
         flush();
         EXPECT_TRUE(SessionStore(folder_.path()).isDeleted(id)) << turns;

@@ -531,7 +531,12 @@ void SessionManager::deleteSession(UUID sessionId) {
     failures_.erase(sessionId);
     queue_->post([writer = groupsWriter_, sessionId] { writer->closed(sessionId); });
     reportFailures();
-    if (currentSessionId_ == sessionId) setCurrentSession(std::nullopt);
+    if (currentSessionId_ == sessionId) {
+        ++openings_;
+        setCurrentSession(std::nullopt);
+        // Clips that stayed would be work that nothing saves.
+        if (const auto controller = autosaveController_.lock()) controller->reset();
+    }
     loadSessionList();
 }
 

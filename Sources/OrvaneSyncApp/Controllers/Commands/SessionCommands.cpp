@@ -167,7 +167,8 @@ std::vector<Command> openingCommands() {
                      context.sessions->setFolder(session, call.textIfPresent("folder"));
                  })
             .when(hasSessions),
-        doing("deleteSession", "Delete Session", "Deletes a session; cannot be taken back.", {sessionId},
+        doing("deleteSession", "Delete Session",
+              "Deletes a session, and closes it where it is open; cannot be taken back.", {sessionId},
               deleteSession)
             .when(hasSessions),
         onSession("suggestedSessionName", "Suggested Name of a Session",

@@ -128,8 +128,7 @@ class TipOfChoice : public QObject {
 
 } // namespace
 
-Choice::Choice(QWidget* parent) : QComboBox(parent) {
-    setFocusPolicy(Qt::StrongFocus);
+Choice::Choice(QWidget* parent) : IgnoresWheel<QComboBox>(parent) {
     installEventFilter(new TipOfChoice(this));
 }
 
@@ -150,13 +149,6 @@ void Choice::paintEvent(QPaintEvent* event) {
     draw(painter, Glyph::unfolded,
          QRectF(width() - glyphSide - space::small, (height() - glyphSide) / 2.0, glyphSide, glyphSide),
          isEnabled() ? colours().facts : colours().disabled);
-}
-
-void Choice::wheelEvent(QWheelEvent* event) {
-    if (hasFocus())
-        QComboBox::wheelEvent(event);
-    else
-        event->ignore();
 }
 
 ToolRow::ToolRow(const QString& name, QWidget* parent) : QToolBar(name, parent) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneDesignKit/Icons.h"
+#include "OrvaneDesignKit/IgnoresWheel.h"
 
 #include <QComboBox>
 #include <QFrame>
@@ -33,14 +34,13 @@ QLineEdit* field(const QString& accessibleName, const QString& placeholder = {})
 /// With a magnifying glass, and a cross that empties it.
 QLineEdit* searchField(const QString& accessibleName, const QString& placeholder);
 
-/// One of a list. A wheel over it scrolls what is around it, unless it has the focus.
-class Choice : public QComboBox {
+/// One of a list. A wheel turns its open list, and nothing while that is closed.
+class Choice : public IgnoresWheel<QComboBox> {
   public:
     explicit Choice(QWidget* parent = nullptr);
 
   protected:
     void paintEvent(QPaintEvent* event) override;
-    void wheelEvent(QWheelEvent* event) override;
 };
 
 /// The tools of a window. Where it is too narrow for every word, those go first whose icon says it all, then

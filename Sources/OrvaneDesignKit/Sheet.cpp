@@ -1,6 +1,6 @@
 #include "OrvaneDesignKit/Sheet.h"
 
-#include "OrvaneDesignKit/WheelNeedsFocus.h"
+#include "OrvaneDesignKit/IgnoresWheel.h"
 
 #include <QHBoxLayout>
 #include <QSignalBlocker>
@@ -54,8 +54,8 @@ void Sheet::present() {
 
 SliderField::SliderField(const QString& accessibleName, Range range, const QString& unit,
                          std::function<void(int)> changed, QWidget* parent)
-    : QWidget(parent), slider_(new WheelNeedsFocus<QSlider>(Qt::Horizontal)),
-      field_(new WheelNeedsFocus<QSpinBox>), range_(range) {
+    : QWidget(parent), slider_(new IgnoresWheel<QSlider>(Qt::Horizontal)), field_(new IgnoresWheel<QSpinBox>),
+      range_(range) {
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(space::small);

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Views/Settings/PatternEditorView.h"
 
+#include "OrvaneDesignKit/IgnoresWheel.h"
 #include "OrvaneSyncApp/ViewModels/Settings/NamingPreview.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
@@ -21,7 +22,7 @@ std::size_t caretOf(const QLineEdit& line) {
 }
 
 QSpinBox* number(const QString& name, int highest) {
-    auto* made = new QSpinBox;
+    auto* made = new IgnoresWheel<QSpinBox>;
     made->setButtonSymbols(QAbstractSpinBox::NoButtons);
     made->setRange(1, highest);
     made->setAccessibleName(name);

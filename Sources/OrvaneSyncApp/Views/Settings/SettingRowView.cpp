@@ -1,6 +1,6 @@
 #include "OrvaneSyncApp/Views/Settings/SettingRowView.h"
 
-#include "OrvaneDesignKit/WheelNeedsFocus.h"
+#include "OrvaneDesignKit/IgnoresWheel.h"
 #include "OrvaneSyncApp/Views/Settings/PatternEditorView.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Models/SettingValues.h"
@@ -147,7 +147,7 @@ QWidget* SettingRowView::makeChoice() {
 
 QWidget* SettingRowView::makeNumber() {
     const bool isWhole = row_.setting.get().kind == SettingDescription::Kind::integer;
-    auto* number = new WheelNeedsFocus<QDoubleSpinBox>;
+    auto* number = new IgnoresWheel<QDoubleSpinBox>;
     number->setButtonSymbols(QAbstractSpinBox::NoButtons);
     number->setRange(row_.lowest, row_.highest);
     number->setDecimals(isWhole ? 0 : row_.decimals);
@@ -164,11 +164,11 @@ QWidget* SettingRowView::makeAmount() {
     auto* both = new QWidget;
     auto* line = new QHBoxLayout(both);
     line->setContentsMargins(0, 0, 0, 0);
-    auto* slider = new WheelNeedsFocus<QSlider>;
+    auto* slider = new IgnoresWheel<QSlider>;
     slider->setOrientation(Qt::Horizontal);
     slider->setRange(0, hundred);
     slider->setAccessibleName(translated(row_.label));
-    auto* number = new WheelNeedsFocus<QSpinBox>;
+    auto* number = new IgnoresWheel<QSpinBox>;
     number->setButtonSymbols(QAbstractSpinBox::NoButtons);
     number->setRange(0, hundred);
     number->setSuffix(QStringLiteral(" %"));

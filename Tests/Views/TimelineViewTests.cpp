@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Views/Timeline/TimelineCanvas.h"
 #include "OrvaneSyncApp/Views/Timeline/TimelineView.h"
 #include "OrvaneSyncApp/Views/Timeline/TrackHeader.h"
+#include "OrvaneSyncApp/Views/WildTracksView.h"
 
 #include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncCore/Models/SettingsCatalogue.h"
@@ -16,6 +17,7 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <QTest>
+#include <QTreeWidget>
 #include <QWheelEvent>
 
 #include <cmath>
@@ -320,6 +322,19 @@ TEST_F(TimelineViewTest, NothingIsLeftUnpainted) {
                     ASSERT_TRUE(waitUntil([&] { return !canvas().tiles().isDrawing(); }));
                 }
             }
+}
+
+TEST_F(TimelineViewTest, aRecordingThatIsListenedToStopsWhereTheListIsLeft) {
+    desktop_->controller().openStoredWork({{}, {}, {}, {WildTrack(test::audio("Atmo.wav"))}});
+    WildTracksView list(*desktop_);
+    list.show();
+    Q_EMIT list.list()->itemClicked(list.list()->topLevelItem(0), 0);
+    const auto plays = [&] {
+        return std::ranges::any_of(system_->players, [](const auto* one) { return one->rate() > 0; });
+    };
+    ASSERT_TRUE(waitUntil(plays));
+    list.hide();
+    EXPECT_FALSE(plays()) << "the clip that is opened would be heard on top of it";
 }
 
 TEST(TrackColourTest, ChannelsAreTold) {

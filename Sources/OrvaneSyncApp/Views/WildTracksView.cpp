@@ -171,6 +171,11 @@ void WildTracksView::play(const QTreeWidgetItem& row) {
     player_->togglePlayback(found->audio);
 }
 
+void WildTracksView::hideEvent(QHideEvent* event) {
+    if (player_ && !event->spontaneous()) player_->stop(); // a window that is only minimized plays on
+    QWidget::hideEvent(event);
+}
+
 void WildTracksView::showPlaying() {
     const auto& tracks = desktop_.controller().work().wildTracks();
     for (int i = 0; i < list_->topLevelItemCount(); ++i) {

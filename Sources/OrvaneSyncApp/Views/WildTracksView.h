@@ -11,7 +11,8 @@ class QTreeWidgetItem;
 
 namespace orvane::views {
 
-/// The sound that no clip uses: listen to it, name it, approve it for the document. Hidden without any.
+/// The sound that no clip uses: listen to it, name it, approve it for the document. Hidden without any. What
+/// plays stops when this goes from the screen.
 class WildTracksView : public QWidget {
   public:
     explicit WildTracksView(Desktop& desktop, QWidget* parent = nullptr);
@@ -21,6 +22,7 @@ class WildTracksView : public QWidget {
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
   private:
     void fill();

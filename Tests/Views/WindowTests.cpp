@@ -210,6 +210,36 @@ TEST_F(WindowTest, ANewScanIsLeftWithoutATraceAndActsOnNoClip) {
     EXPECT_TRUE(std::ranges::none_of(work().syncGroups(), &SyncGroup::isApproved));
 }
 
+TEST_F(WindowTest, AScanThatTakesDecisionsAwaySaysSoBeforeAndAfter) {
+    scan();
+    desktop_->runForClips("toggleLocked", {clip("A001C001").id});
+    window_->findChild<QAction*>(QStringLiteral("newScan"))->trigger();
+    const auto* warned = window_->findChild<QWidget*>(QStringLiteral("lost"));
+    EXPECT_TRUE(warned->isVisible() && warned->accessibleName().contains("1 locked"));
+    scan();
+    EXPECT_FALSE(clip("A001C001").isLocked);
+    EXPECT_TRUE(bannerText().contains("1 locked")) << bannerText().toStdString();
+    desktop_->runForClips("toggleApproved", {clip("A001C003").id});
+    press(*window_->centralWidget(), "Undo");
+    EXPECT_TRUE(clip("A001C003").isApproved) << "the later step is another one's";
+    desktop_->run("undo");
+    desktop_->run("undo");
+    EXPECT_TRUE(clip("A001C001").isLocked);
+
+    // A session that is opened takes the place of the page on which a scan was prepared.
+    const UUID first = *desktop_->sessions().currentSessionId();
+    desktop_->run("newSession");
+    window_->findChild<QAction*>(QStringLiteral("newScan"))->trigger();
+    JSON arguments = JSON::object();
+    arguments.set("sessionId", first.text());
+    desktop_->run("loadSession", std::move(arguments));
+    auto* pages = window_->findChild<QStackedWidget*>();
+    EXPECT_TRUE(waitUntil([&] { return pages->currentIndex() == 2; }));
+
+    desktop_->sessions().deleteSession(first);
+    EXPECT_TRUE(waitUntil([&] { return pages->currentIndex() == 0; })) << "its clips would be kept nowhere";
+}
+
 TEST_F(WindowTest, AnotherShootGetsASessionOfItsOwn) {
     scan();
     table().selectAll();

@@ -3,6 +3,7 @@
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneDesignKit/Sheet.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncApp/ViewModels/Results/ListeningTexts.h"
 #include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
 #include "OrvaneSyncApp/Views/MainMenus.h"
@@ -187,6 +188,8 @@ void MainWindow::observe() {
             banner_->show(Signal::missing,
                           tr("The session could not be saved: %1")
                               .arg(translatedSentence(*desktop_.sessions().lastSaveError())));
+        // The start page that was asked for was that of another session.
+        if (field == SessionField::currentSessionId) wantsStart_ = false;
         updateStatus();
     });
     // A clip that leaves the work leaves its screen.
@@ -404,7 +407,8 @@ void MainWindow::startScan() {
                                                            : OpenWork::ScanOf::sameWork);
     isLeavingScan_ = false;
     if (isOther) offerKnownSession();
-    scan_->whenDone([this](const std::exception_ptr& raised) {
+    const ClipDecisions before = ClipDecisions::of(desktop_.controller());
+    scan_->whenDone([this, before](const std::exception_ptr& raised) {
         scan_.reset();
         try {
             if (raised) std::rethrow_exception(raised);
@@ -412,6 +416,8 @@ void MainWindow::startScan() {
             QStringList scanned;
             for (const FileURL& folder : desktop_.controller().work().folders()) scanned << text(folder.path);
             RecentPlaces::add(scanned);
+            if (const auto lost = before.without(ClipDecisions::of(desktop_.controller())); lost.any())
+                tellLost(lost);
         } catch (const std::exception& why) {
             banner_->show(Signal::missing, translatedSentence(why.what()));
         } catch (const platform::Stopped&) {
@@ -423,6 +429,20 @@ void MainWindow::startScan() {
     // While the files are read, there is time to make the list.
     QMetaObject::invokeMethod(
         this, [this] { results(); }, Qt::QueuedConnection);
+}
+
+void MainWindow::tellLost(const ClipDecisions& lost) {
+    banner_->show(
+        Signal::doubtful,
+        tr("The scan replaced the clips and took away what was decided: %1.").arg(decisionsText(lost)),
+        tr("Undo"), [this] {
+            if (desktop_.controller().work().undoState().undoActionName != undoSteps::scanAndMatch.actionName)
+                return banner_->show(Signal::doubtful,
+                                     tr("Other steps came after the scan: Undo takes these back "
+                                        "first, then the scan."));
+            banner_->clear();
+            desktop_.run("undo");
+        });
 }
 
 void MainWindow::offerKnownSession() {

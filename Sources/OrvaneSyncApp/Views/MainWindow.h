@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncApp/ViewModels/Results/ClipDecisions.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncApp/Views/Sheets/SheetMenus.h"
@@ -65,6 +66,8 @@ class MainWindow : public QMainWindow {
     void leavePlayers();
     void observe();
     void startScan();
+    /// After a scan that took decisions away, with the way back.
+    void tellLost(const ClipDecisions& lost);
     /// Where the folders that are scanned are those of a session.
     void offerKnownSession();
     /// On the start screen, to be scanned from there.

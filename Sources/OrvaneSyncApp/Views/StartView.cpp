@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Views/DemoShoot.h"
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
+#include "OrvaneSyncApp/Views/Settings/Remark.h"
 
 #include <QDir>
 #include <QFileDialog>
@@ -21,6 +22,18 @@ namespace {
 constexpr int widestForm = 720;
 
 } // namespace
+
+QString decisionsText(const ClipDecisions& decisions) {
+    QStringList parts;
+    const auto add = [&](int count, const QString& what) {
+        if (count > 0) parts << what.arg(count);
+    };
+    add(decisions.locked, QObject::tr("%1 locked"));
+    add(decisions.approved, QObject::tr("%1 approved"));
+    add(decisions.otherwise, QObject::tr("%1 changed by hand"));
+    add(decisions.described, QObject::tr("%1 with metadata"));
+    return parts.join(QStringLiteral(", "));
+}
 
 StartView::StartView(Desktop& desktop, std::function<void()> scan, std::function<void()> back,
                      QWidget* parent)
@@ -59,6 +72,8 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, std::function
     start_ = button(tr("Scan && Match"), Weight::primary);
     start_->setToolTip(tr("Scan and match media files"));
     buttons->addWidget(start_);
+    rows->addWidget(lost_ = new Remark);
+    lost_->setObjectName(QStringLiteral("lost"));
     rows->addLayout(buttons);
     rows->addWidget(makeRecent());
     outer->addWidget(column, 0, Qt::AlignHCenter);
@@ -255,7 +270,24 @@ void StartView::showWhatIsSet() {
     showWayBack();
 }
 
-void StartView::showWayBack() { toClips_->setVisible(!desktop_.controller().work().syncGroups().empty()); }
+void StartView::showWayBack() {
+    toClips_->setVisible(!desktop_.controller().work().syncGroups().empty());
+    if (isVisible()) showWhatIsLost();
+}
+
+void StartView::showWhatIsLost() {
+    const QString lost = decisionsText(ClipDecisions::of(desktop_.controller()));
+    lost_->show(Signal::doubtful, lost.isEmpty()
+                                      ? QString()
+                                      : tr("A scan replaces the open clips. It would take away what "
+                                           "was decided: %1. Undo brings it back.")
+                                            .arg(lost));
+}
+
+void StartView::showEvent(QShowEvent* event) {
+    showWhatIsLost();
+    QWidget::showEvent(event);
+}
 
 void StartView::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape && !toClips_->isHidden()) return back_();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/ViewModels/Results/ClipDecisions.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
 
 #include <QWidget>
@@ -8,6 +9,11 @@
 #include <functional>
 
 namespace orvane::views {
+
+class Remark;
+
+/// Such as "1 locked, 2 approved"; empty for none.
+QString decisionsText(const ClipDecisions& decisions);
 
 /// The folders of the next scan: two fields, or one for both, filled by hand, by a choice or by a drop.
 /// Beside them the newest sessions; where there are none, what the program is for and a shoot to try it with.
@@ -23,6 +29,7 @@ class StartView : public QWidget {
 
   protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
   private:
     QWidget* folderRow(QLineEdit* field, const QString& caption);
@@ -34,6 +41,7 @@ class StartView : public QWidget {
     void showMode();
     void showWhatIsSet();
     void showWayBack();
+    void showWhatIsLost();
     void applyFields();
 
     Desktop& desktop_;
@@ -49,6 +57,7 @@ class StartView : public QWidget {
     QLabel* more_;
     QPushButton* start_;
     QPushButton* toClips_; ///< hidden where there are none
+    Remark* lost_;         ///< what a scan would take from the open clips
     QWidget* welcome_;
     QPushButton* demo_ = nullptr; ///< absent where its maker is
     QLabel* demoState_;

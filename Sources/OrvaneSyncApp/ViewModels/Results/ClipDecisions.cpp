@@ -1,0 +1,27 @@
+#include "OrvaneSyncApp/ViewModels/Results/ClipDecisions.h"
+
+#include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
+
+#include <algorithm>
+
+namespace orvane {
+
+ClipDecisions ClipDecisions::of(const ImportController& controller) {
+    const bool isReportLoaded = controller.reports().aleFile() != nullptr; // it is laid over the next clips
+    ClipDecisions found;
+    for (const SyncGroup& clip : controller.work().syncGroups()) {
+        if (clip.isLocked) ++found.locked;
+        if (clip.isApproved) ++found.approved;
+        if (!clip.isLocked && !clip.isApproved && holdsDecisions(clip)) ++found.otherwise;
+        if ((clip.hasALEMetadata() && !isReportLoaded) || clip.hasLockitMetadata()) ++found.described;
+    }
+    return found;
+}
+
+ClipDecisions ClipDecisions::without(const ClipDecisions& later) const {
+    const auto rest = [](int before, int after) { return std::max(before - after, 0); };
+    return {rest(locked, later.locked), rest(approved, later.approved), rest(otherwise, later.otherwise),
+            rest(described, later.described)};
+}
+
+} // namespace orvane

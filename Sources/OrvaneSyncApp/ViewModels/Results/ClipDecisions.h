@@ -1,0 +1,21 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/ImportController.h"
+
+namespace orvane {
+
+/// What the clips of the open work hold that a scan of their folders does not bring back.
+struct ClipDecisions {
+    int locked = 0;
+    int approved = 0;
+    int otherwise = 0; ///< clips with decisions that are neither locked nor approved
+    int described = 0; ///< clips with metadata of a report that is not loaded, or of the metadata service
+
+    static ClipDecisions of(const ImportController& controller);
+    /// What of these is not in `later`.
+    ClipDecisions without(const ClipDecisions& later) const;
+    bool any() const { return *this != ClipDecisions(); }
+    bool operator==(const ClipDecisions&) const = default;
+};
+
+} // namespace orvane

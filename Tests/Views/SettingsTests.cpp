@@ -14,11 +14,16 @@
 #include <QCheckBox>
 #include <QDropEvent>
 #include <QListWidget>
+#include <QMainWindow>
+#include <QMenuBar>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QStackedWidget>
 #include <QTableWidget>
 #include <QTest>
+#include <QTimer>
 #include <QTreeWidget>
+#include <QWheelEvent>
 
 #include <atomic>
 #include <filesystem>
@@ -194,6 +199,11 @@ TEST_F(SettingsTest, aKeyIsRecordedAndAConflictSettled) {
     EXPECT_EQ(keyOf(ShortcutAction::lockCurrent), "none") << "it is asked first";
     click(buttonOf(*window_->findChild<QWidget*>("keyboardBanner"), "Reset"));
     EXPECT_TRUE(waitUntil([&] { return center->bindings() == defaultBindings(); }));
+    click(buttonOf(*window_, "Delete"));
+    EXPECT_EQ(center->availableProfiles().size(), 1U) << "it is asked first";
+    click(buttonOf(*window_->findChild<QWidget*>("keyboardBanner"), "Delete"));
+    EXPECT_TRUE(waitUntil([&] { return center->availableProfiles().empty(); }));
+    window_.reset();
 }
 
 TEST_F(SettingsTest, patternsRolesAndFieldsAreEdited) {
@@ -296,18 +306,43 @@ TEST_F(SettingsTest, sessionsAreDraggedAndPresetsFollowTheFolder) {
                 if (one->accessibleName() == "Name of the preset") return one;
             throw std::logic_error("no field");
         }(),
-        "House");
+        "House/1");
     const auto active = [&] { return sessions.folderInfo("Summer")->activePresetName.value_or(""); };
-    ASSERT_TRUE(waitUntil([&] { return active() == "House"; }));
+    ASSERT_TRUE(waitUntil([&] { return active() == "House/1"; }));
     settings_->set(settings::eventName.key, "Changed");
     auto* presets = panel.findChild<QComboBox*>();
-    ASSERT_TRUE(waitUntil([&] { return presets->count() == 2; }));
+    EXPECT_TRUE(waitUntil([&] { return presets->currentText() == "House-1 (changed)"; }))
+        << presets->currentText().toStdString();
     presets->setCurrentIndex(0);
     presets->setFocus();
+    QWheelEvent wheel({}, {}, {}, {0, -120}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(presets, &wheel);
+    EXPECT_EQ(presets->currentIndex(), 0);
     QTest::keyClick(presets, Qt::Key_Down);
     EXPECT_TRUE(waitUntil([&] { return settings_->get(settings::eventName) == "Kept"; }));
-    click(buttonOf(panel, "Delete the preset"));
+    EXPECT_TRUE(waitUntil([&] { return presets->currentText() == "House-1"; }));
+
+    // What can't be brought back is asked for, and Return leaves it.
+    const auto answer = [&](const char* pressed, const auto& act) {
+        QTimer::singleShot(0, &panel, [pressed] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            ASSERT_NE(box, nullptr);
+            if (*pressed == '\0') return QTest::keyClick(box, Qt::Key_Return);
+            for (QAbstractButton* one : box->buttons())
+                if (one->text() == pressed) one->click();
+        });
+        act();
+    };
+    const auto remove = [&] { click(buttonOf(panel, "Delete the preset")); };
+    answer("", remove);
+    answer("Delete", remove);
     EXPECT_TRUE(waitUntil([&] { return presets->count() == 1; }));
+    tree->setCurrentItem(tree->topLevelItem(0)->child(0));
+    const auto removeSession = [&] { QTest::keyClick(tree, Qt::Key_Delete); };
+    answer("", removeSession);
+    EXPECT_EQ(sessions.sessions().size(), 1U);
+    answer("Delete", removeSession);
+    EXPECT_TRUE(sessions.sessions().empty());
 }
 
 } // namespace orvane::views

@@ -277,12 +277,14 @@ TEST_F(WindowTest, AnotherShootGetsASessionOfItsOwn) {
     for (const SessionInfo& one : std::vector(desktop_->sessions().sessions()))
         if (one.id != *first) desktop_->sessions().rename(one.id, "big");
     desktop_->sessions().rename(*first, "big");
-    QTreeWidgetItem* const open = tree.topLevelItem(0);
+    const auto isOpen = [&](int row) { return tree.topLevelItem(row)->font(0).bold(); };
+    QTreeWidgetItem* const open = tree.topLevelItem(isOpen(0) ? 0 : isOpen(1) ? 1 : 2);
+    const int row = tree.indexOfTopLevelItem(open);
     JSON third = JSON::object();
     third.set("groupID", clip("A001C003").id.text());
     desktop_->run("toggleLocked", std::move(third));
-    ASSERT_TRUE(waitUntil([&] { return tree.topLevelItem(0)->toolTip(0).contains("1 locked"); }));
-    ASSERT_EQ(tree.topLevelItem(0), open);
+    ASSERT_TRUE(waitUntil([&] { return open->toolTip(0).contains("1 locked"); }));
+    ASSERT_EQ(tree.topLevelItem(row), open) << "opening and saving move no row";
     EXPECT_FALSE(open->text(1).isEmpty()) << "a session of this name is there twice";
     Q_EMIT tree.itemActivated(open, 0);
     EXPECT_TRUE(isWanted);

@@ -5,6 +5,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
 #include "OrvaneSyncApp/ViewModels/Results/Questions.h"
 #include "OrvaneSyncApp/ViewModels/Review/FullscreenManager.h"
+#include "OrvaneSyncApp/Views/Asking.h"
 #include "OrvaneSyncApp/Views/RecentPlaces.h"
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
 #include "OrvaneSyncApp/Views/Review/ReviewActions.h"
@@ -22,7 +23,6 @@
 #include <QKeyEvent>
 #include <QMainWindow>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QSettings>
 
@@ -88,13 +88,8 @@ QAction* MainMenus::addAsking(QMenu* menu, std::string_view id, std::function<vo
 }
 
 bool MainMenus::agrees(const Question& question) {
-    QMessageBox box(QMessageBox::Question, translated(question.title), translated(question.title),
-                    QMessageBox::NoButton, &window_);
-    box.setInformativeText(translatedSentence(question.text));
-    QPushButton* yes = box.addButton(translated(question.yes), QMessageBox::AcceptRole);
-    box.setDefaultButton(box.addButton(translated(question.no), QMessageBox::RejectRole));
-    box.exec();
-    return box.clickedButton() == yes;
+    return isAgreed(&window_, translated(question.title), translatedSentence(question.text),
+                    translated(question.yes), translated(question.no));
 }
 
 QAction* MainMenus::addClipCommand(QMenu* menu, std::string_view id, const QKeySequence& key) {

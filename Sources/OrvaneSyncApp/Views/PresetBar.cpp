@@ -1,12 +1,15 @@
 #include "OrvaneSyncApp/Views/PresetBar.h"
 
+#include "OrvaneSyncApp/Views/Asking.h"
 #include "OrvaneSyncApp/Views/Settings/Remark.h"
+#include "OrvaneSyncCore/Services/Persistence/PresetManager.h"
 
 #include <QHBoxLayout>
 #include <QPointer>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace orvane::views {
 
@@ -59,6 +62,10 @@ PresetBar::PresetBar(Desktop& desktop, QWidget* parent)
     connect(save, &QPushButton::clicked, this, [this] { askForName(false); });
     connect(rename_, &QPushButton::clicked, this, [this] { askForName(true); });
     connect(delete_, &QPushButton::clicked, this, [this] {
+        if (!isAgreed(this, tr("Delete preset?"),
+                      tr("“%1” can't be brought back. The settings in force stay as they are.").arg(chosen()),
+                      tr("Delete"), tr("Cancel")))
+            return;
         run("deletePreset", named("name", utf8(chosen())), [self = QPointer(this)](const JSON&) {
             if (self) self->list();
         });
@@ -74,13 +81,18 @@ PresetBar::PresetBar(Desktop& desktop, QWidget* parent)
     observation_ = desktop_.sessions().onChange([this](SessionField field) {
         if (field == SessionField::folderInfos || field == SessionField::currentSessionId) show();
     });
+    // Settings change on any thread, and many at once.
+    settingsObservation_ =
+        desktop_.settings().onChange([self = QPointer(this), main = desktop_.mainThread()](const auto&) {
+            main->post([self] {
+                if (self) self->compare();
+            });
+        });
     show();
     list();
 }
 
-QString PresetBar::chosen() const {
-    return presets_->currentIndex() > 0 ? presets_->currentText() : QString();
-}
+QString PresetBar::chosen() const { return presets_->currentData().toString(); }
 
 void PresetBar::list() {
     run("presets", {}, [self = QPointer(this)](const JSON& found) {
@@ -99,13 +111,35 @@ void PresetBar::show() {
     const std::string active =
         folder ? (info != nullptr ? info->activePresetName.value_or("") : "") : active_;
     presets_->clear();
-    presets_->addItem(names_.empty() ? tr("No preset is saved") : tr("None"));
-    for (const std::string& name : names_) presets_->addItem(text(name));
-    const auto at = std::ranges::find(names_, active);
+    presets_->addItem(names_.empty() ? tr("No preset is saved") : tr("No preset"));
+    for (const std::string& name : names_) presets_->addItem(text(name), text(name));
+    const auto at = std::ranges::find(names_, PresetManager::listedName(active));
     presets_->setCurrentIndex(at == names_.end() ? 0 : static_cast<int>(at - names_.begin()) + 1);
     presets_->setEnabled(!names_.empty());
     rename_->setEnabled(!chosen().isEmpty());
     delete_->setEnabled(!chosen().isEmpty());
+    compare();
+}
+
+void PresetBar::compare() {
+    const QString name = chosen();
+    if (name.isEmpty()) return;
+    if (std::exchange(isComparing_, true)) {
+        isCompareAsked_ = true;
+        return;
+    }
+    // What changes while the file is read is compared afterwards.
+    const auto done = [self = QPointer(this), name](bool isInForce) {
+        if (!self) return;
+        self->isComparing_ = false;
+        if (const int at = self->presets_->findData(name); at > 0)
+            self->presets_->setItemText(at, isInForce ? name : tr("%1 (changed)").arg(name));
+        if (std::exchange(self->isCompareAsked_, false)) self->compare();
+    };
+    desktop_.run(
+        "presetInForce", named("name", utf8(name)),
+        [done](const JSON& isInForce) { done(isInForce.boolean() == true); },
+        [done](const QString&) { done(true); }); // there is none to compare with
 }
 
 void PresetBar::apply(const QString& name) {

@@ -13,6 +13,7 @@ namespace orvane::views {
 class Remark;
 
 /// The switcher of presets: puts one in place, for the open session's folder too; saves, renames and deletes.
+/// Says behind the name of the chosen one that the settings in force are others.
 class PresetBar : public QWidget {
   public:
     explicit PresetBar(Desktop& desktop, QWidget* parent = nullptr);
@@ -20,6 +21,8 @@ class PresetBar : public QWidget {
   private:
     void list();
     void show();
+    /// The settings in force with those of the chosen preset.
+    void compare();
     void apply(const QString& name);
     void applied(const std::string& name);
     /// Asks for a name below the list: of a new preset, or for the chosen one.
@@ -39,7 +42,10 @@ class PresetBar : public QWidget {
     std::vector<std::string> names_;
     std::string active_; ///< applied last without a folder
     bool isRename_ = false;
+    bool isComparing_ = false;
+    bool isCompareAsked_ = false; ///< again, as something changed meanwhile
     platform::Subscription observation_;
+    platform::Subscription settingsObservation_;
 };
 
 } // namespace orvane::views

@@ -1,9 +1,11 @@
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
 
 #include "OrvaneSyncApp/ViewModels/Settings/LockitTexts.h"
+#include "OrvaneSyncApp/Views/Asking.h"
 #include "OrvaneSyncApp/Views/PresetBar.h"
 #include "OrvaneSyncApp/Views/ProjectPicker.h"
 #include "OrvaneSyncApp/Views/Settings/Remark.h"
+#include "OrvaneSyncApp/Views/StartView.h"
 
 #include <QAbstractItemDelegate>
 #include <QDateTime>
@@ -14,7 +16,6 @@
 #include <QKeyEvent>
 #include <QLocale>
 #include <QMenu>
-#include <QMessageBox>
 #include <QPointer>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -67,6 +68,7 @@ QString dayText(Date date) { return QLocale().toString(localTime(date), QLocale:
 /// Says where a session was dropped, and moves nothing itself: the list follows the sessions.
 class SessionsPanel::Tree : public QTreeWidget {
   public:
+    std::function<void(QTreeWidgetItem* chosen)> deletionAsked;
     /// `folder`: absent for no folder.
     std::function<void(const QString& session, const std::optional<std::string>& folder)> dropped;
 
@@ -81,6 +83,12 @@ class SessionsPanel::Tree : public QTreeWidget {
             return true;
         }
         return QTreeWidget::event(event);
+    }
+    void keyPressEvent(QKeyEvent* event) override {
+        if (event->key() == Qt::Key_Delete && currentItem() != nullptr)
+            deletionAsked(currentItem());
+        else
+            QTreeWidget::keyPressEvent(event);
     }
     /// Names alone are edited.
     bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override {
@@ -131,6 +139,9 @@ SessionsPanel::SessionsPanel(Desktop& desktop, QWidget* parent)
     tree_->dropped = [this](const QString& session, const std::optional<std::string>& folder) {
         move(session, folder);
     };
+    tree_->deletionAsked = [this](const QTreeWidgetItem* item) {
+        isSession(item) ? askToDeleteSession(sessionOf(item)) : askToDeleteFolder(folderOf(item));
+    };
     empty_->setText(tr("Every scan is kept here and opens again at once, with all that was decided."));
     rows->addWidget(empty_);
     rows->addWidget(tree_, 1);
@@ -158,12 +169,13 @@ void SessionsPanel::fill() {
     }
     isFillAsked_ = false;
     isFilling_ = true;
+    const std::vector<SessionInfo> sessions = inOrder();
     std::vector<std::string> shape = desktop_.sessions().folderNames();
-    for (const SessionInfo& session : desktop_.sessions().sessions())
+    for (const SessionInfo& session : sessions)
         shape.push_back(session.id.text() + session.folder.value_or(""));
     // An analysis saves with every clip. Rows that were made anew in between would end a double click that
     // has begun.
-    if (shape != shape_) makeRows();
+    if (shape != shape_) makeRows(sessions);
     shape_ = std::move(shape);
     for (const SessionInfo& session : desktop_.sessions().sessions())
         if (QTreeWidgetItem* item = itemWith(sessionRole, text(session.id.text())))
@@ -178,14 +190,28 @@ void SessionsPanel::fill() {
     isFilling_ = false;
 }
 
-void SessionsPanel::makeRows() {
+/// Those that came since the first list stand before it. One that is opened or saved keeps its row: the row
+/// under the pointer stays the one that was aimed at.
+std::vector<SessionInfo> SessionsPanel::inOrder() {
+    const std::vector<SessionInfo>& all = desktop_.sessions().sessions();
+    std::vector<SessionInfo> ordered;
+    for (const SessionInfo& session : all)
+        if (std::ranges::find(order_, session.id) == order_.end()) ordered.push_back(session);
+    for (const UUID& id : order_)
+        if (const SessionInfo* session = desktop_.sessions().session(id)) ordered.push_back(*session);
+    order_.clear();
+    for (const SessionInfo& session : ordered) order_.push_back(session.id);
+    return ordered;
+}
+
+void SessionsPanel::makeRows(const std::vector<SessionInfo>& sessions) {
     const QTreeWidgetItem* current = tree_->currentItem();
     const QString chosen = current == nullptr ? QString() : sessionOf(current);
     badges_.clear();
     tree_->clear();
     std::map<std::string, QTreeWidgetItem*> folders;
     for (const std::string& name : desktop_.sessions().folderNames()) folders[name] = addFolder(name);
-    for (const SessionInfo& session : desktop_.sessions().sessions()) {
+    for (const SessionInfo& session : sessions) {
         const auto folder = session.folder ? folders.find(*session.folder) : folders.end();
         addSession(session, folder == folders.end() ? nullptr : folder->second);
     }
@@ -351,24 +377,45 @@ void SessionsPanel::addSessionActions(QMenu& menu, QTreeWidgetItem* item) {
     for (const std::string& name : desktop_.sessions().folderNames())
         into->addAction(text(name), this, [this, session, name] { move(session, name); });
     menu.addSeparator();
-    menu.addAction(tr("Delete…"), this, [this, session, name = item->text(0)] {
-        // It cannot be taken back, so it is asked for.
-        const auto answer = QMessageBox::question(
-            this, tr("Delete session"),
-            tr("Delete the session “%1” with all its decisions? The media stay as they are.").arg(name));
-        if (answer == QMessageBox::Yes) run("deleteSession", sessionArgument(session));
-    });
+    menu.addAction(tr("Delete…"), this, [this, session] { askToDeleteSession(session); });
+}
+
+void SessionsPanel::askToDeleteSession(const QString& id) {
+    const auto known = UUID::fromText(utf8(id));
+    const SessionInfo* session = known ? desktop_.sessions().session(*known) : nullptr;
+    if (session == nullptr) return;
+    QString decided = tr("%1 locked").arg(session->lockedCount);
+    if (desktop_.sessions().currentSessionId() == known)
+        if (const auto all = ClipDecisions::of(desktop_.controller()); all.any())
+            decided = decisionsText(all);
+    if (isAgreed(this, tr("Delete session?"),
+                 tr("“%1” with %2 clips goes, and all that was decided of them: %3. The media stay as they "
+                    "are. This can't be taken back.")
+                     .arg(text(session->name), QString::number(session->groupCount), decided),
+                 tr("Delete"), tr("Cancel")))
+        run("deleteSession", sessionArgument(id));
+}
+
+void SessionsPanel::askToDeleteFolder(const std::string& folder) {
+    const bool isUsed = std::ranges::any_of(desktop_.sessions().sessions(),
+                                            [&](const SessionInfo& one) { return one.folder == folder; });
+    if (isUsed) return problem_->show(Signal::doubtful, tr("Move or delete all sessions first"));
+    if (!isAgreed(
+            this, tr("Delete folder?"),
+            tr("“%1” is empty. Its settings and its project of LockitNetwork go with it.").arg(text(folder)),
+            tr("Delete"), tr("Cancel")))
+        return;
+    JSON arguments = JSON::object();
+    arguments.set("name", folder);
+    run("deleteEmptyFolder", std::move(arguments));
 }
 
 void SessionsPanel::addFolderActions(QMenu& menu, QTreeWidgetItem* item) {
     const std::string folder = folderOf(item);
     menu.addAction(tr("Rename"), this, [this, folder] { rename(itemWith(folderRole, text(folder))); });
     menu.addAction(tr("LockitNetwork Project…"), this, [this, folder] { pickProject(folder, tree_); });
-    QAction* remove = menu.addAction(tr("Delete Empty Folder"), this, [this, folder] {
-        JSON arguments = JSON::object();
-        arguments.set("name", folder);
-        run("deleteEmptyFolder", std::move(arguments));
-    });
+    QAction* remove =
+        menu.addAction(tr("Delete Empty Folder…"), this, [this, folder] { askToDeleteFolder(folder); });
     remove->setEnabled(item->childCount() == 0);
     if (item->childCount() > 0) {
         menu.setToolTipsVisible(true);

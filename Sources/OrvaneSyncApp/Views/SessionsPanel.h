@@ -23,8 +23,9 @@ class Remark;
 /// Day and time as the language has them, short.
 QString dayText(Date date);
 
-/// The kept sessions in their folders: opened by a double click or Return, renamed in place, dragged into a
-/// folder; the badge of each folder's project of LockitNetwork, and the presets.
+/// The kept sessions in their folders, in the order of the first list: opened by a double click or Return,
+/// renamed in place, dragged into a folder, deleted by the Delete key; the badge of each folder's project of
+/// LockitNetwork, and the presets.
 class SessionsPanel : public QWidget {
   public:
     explicit SessionsPanel(Desktop& desktop, QWidget* parent = nullptr);
@@ -35,7 +36,8 @@ class SessionsPanel : public QWidget {
     class Tree;
 
     void fill();
-    void makeRows();
+    std::vector<SessionInfo> inOrder();
+    void makeRows(const std::vector<SessionInfo>& sessions);
     void showSession(const SessionInfo& session, QTreeWidgetItem& item);
     QTreeWidgetItem* addFolder(const std::string& name);
     void addSession(const SessionInfo& session, QTreeWidgetItem* folder);
@@ -49,6 +51,8 @@ class SessionsPanel : public QWidget {
     void addSessionActions(QMenu& menu, QTreeWidgetItem* item);
     void addFolderActions(QMenu& menu, QTreeWidgetItem* item);
     void askForFolder();
+    void askToDeleteSession(const QString& id);
+    void askToDeleteFolder(const std::string& folder);
     void pickProject(const std::string& folder, QWidget* below);
     QString badgeOf(const std::string& folder);
     /// What is refused stands below the list.
@@ -58,6 +62,7 @@ class SessionsPanel : public QWidget {
     Tree* tree_;
     QLabel* empty_;
     Remark* problem_;
+    std::vector<UUID> order_;                    ///< of the sessions
     std::vector<std::string> shape_;             ///< folders, and sessions with theirs, as the rows have them
     std::map<std::string, QPushButton*> badges_; ///< by folder
     bool isFilling_ = false;

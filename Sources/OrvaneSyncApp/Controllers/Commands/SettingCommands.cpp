@@ -62,6 +62,13 @@ platform::Task loadPreset(CommandContext& context, Call call, std::shared_ptr<JS
     co_await platform::written(settings->setAll(values), *mainThread);
 }
 
+platform::Task presetInForce(CommandContext& context, Call call, std::shared_ptr<JSON> result) {
+    auto comparing = onDocuments(context, [name = call.text("name"), settings = context.settings] {
+        return PresetManager().isInForce(name, *settings);
+    });
+    *result = co_await comparing;
+}
+
 platform::Task renamePreset(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
     auto renaming = onDocuments(
         context, [from = call.text("from"), to = call.text("to")] { PresetManager().rename(from, to); });
@@ -86,6 +93,9 @@ std::vector<Command> settingCommands() {
                        {{"name", text}}, savePreset),
         Command::later("loadPreset", "Load Preset", "Puts the settings of a preset in place.",
                        {{"name", text}}, loadPreset),
+        Command::later("presetInForce", "Preset in Force",
+                       "Says whether the present settings are just those of a preset.", {{"name", text}},
+                       presetInForce),
         Command::later("renamePreset", "Rename Preset", "Gives a preset another name.",
                        {{"from", text}, {"to", text}}, renamePreset),
         Command::later("deletePreset", "Delete Preset", "Deletes a preset.", {{"name", text}}, deletePreset),

@@ -29,7 +29,7 @@ using namespace design;
 
 namespace {
 
-constexpr int outlineWidth = 220, camerasWidth = 1220;
+constexpr int multicamOutlineWidth = 220, camerasWidth = 1220;
 
 } // namespace
 
@@ -90,7 +90,7 @@ MulticamView::MulticamView(Desktop& desktop, ReviewActions& actions, std::functi
     columns->addWidget(cameras);
     columns->setStretchFactor(1, 1);
     columns->setChildrenCollapsible(false);
-    columns->setSizes({outlineWidth, camerasWidth});
+    columns->setSizes({multicamOutlineWidth, camerasWidth});
     auto* whole = new QHBoxLayout(this);
     whole->setContentsMargins(0, 0, 0, 0);
     whole->addWidget(columns);

@@ -87,8 +87,14 @@ QWidget* KeyboardPage::makeProfiles() {
     connect(profiles_, &QComboBox::activated, this, [this](int index) {
         if (index > 0) runOnProfile("loadShortcutProfile", profiles_->itemText(index));
     });
-    connect(deleteProfile_, &QPushButton::clicked, this,
-            [this] { runOnProfile("deleteShortcutProfile", profiles_->currentText()); });
+    connect(deleteProfile_, &QPushButton::clicked, this, [this] {
+        banner_->show(Signal::doubtful,
+                      tr("Delete the profile “%1”? It can't be brought back; the present keys stay.")
+                          .arg(profiles_->currentText()),
+                      tr("Delete"), [this, name = profiles_->currentText()] {
+                          runOnProfile("deleteShortcutProfile", name);
+                      });
+    });
     connect(profileName_, &QLineEdit::textChanged, saveProfile,
             [saveProfile](const QString& name) { saveProfile->setEnabled(!name.trimmed().isEmpty()); });
     const auto saveNamed = [this] {

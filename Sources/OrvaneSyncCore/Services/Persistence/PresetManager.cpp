@@ -17,23 +17,17 @@ namespace {
 constexpr std::string_view presetExtension = ".json";
 constexpr std::uint64_t largestPreset = std::uint64_t{16} << 20U; // bytes
 
-/// As it is listed.
-std::string listedName(std::string_view name) {
-    std::string listed(name);
-    std::ranges::replace_if(
-        listed, [](char c) { return c == '/' || c == ':'; }, '-');
-    return listed;
-}
-
 std::string presetPath(std::string_view name) {
-    return AppStorageHelper::presetsDirectory() + "/" + listedName(name) + std::string(presetExtension);
+    return AppStorageHelper::presetsDirectory() + "/" + PresetManager::listedName(name) +
+           std::string(presetExtension);
 }
 
 void refuseUnfitName(std::string_view name) {
     if (platform::text::trimmed(name).empty()) throw PresetNameError("a preset needs a name");
     if (name.find('\0') != std::string_view::npos)
         throw PresetNameError("the name of a preset can't hold the character NUL");
-    if (const std::string listed = listedName(name); listed != name && files::exists(presetPath(name)))
+    if (const std::string listed = PresetManager::listedName(name);
+        listed != name && files::exists(presetPath(name)))
         throw PresetNameError("the preset '" + std::string(name) + "' would replace '" + listed +
                               "'; choose another name, or save it as '" + listed + "'");
 }
@@ -84,6 +78,10 @@ platform::SettingsStore::Values PresetManager::saved(std::string_view name) cons
     return values(files::readText(presetPath(name), largestPreset));
 }
 
+bool PresetManager::isInForce(std::string_view name, const platform::SettingsStore& defaults) const {
+    return saved(name) == values(snapshotData(defaults));
+}
+
 platform::SettingsWrite PresetManager::load(std::string_view name, platform::SettingsStore& defaults) const {
     return defaults.setAll(saved(name));
 }
@@ -99,6 +97,13 @@ void PresetManager::rename(std::string_view from, std::string_view to) const {
 void PresetManager::deletePreset(std::string_view name) const { files::remove(presetPath(name)); }
 
 bool PresetManager::exists(std::string_view name) const { return files::exists(presetPath(name)); }
+
+std::string PresetManager::listedName(std::string_view name) {
+    std::string listed(name);
+    std::ranges::replace_if(
+        listed, [](char c) { return c == '/' || c == ':'; }, '-');
+    return listed;
+}
 
 std::vector<std::string> PresetManager::list() const {
     const std::string directory = AppStorageHelper::presetsDirectory();

@@ -41,6 +41,8 @@ class PresetManager {
     /// What the preset holds. Reads its file: not on the interface thread. Throws like `values`, and
     /// FileError when there is no such preset.
     platform::SettingsStore::Values saved(std::string_view name) const;
+    /// Whether the managed keys have just the stored values that the preset holds. Throws like `saved`.
+    bool isInForce(std::string_view name, const platform::SettingsStore& defaults) const;
     /// Puts it into the store, as `applySnapshot` does. Throws like `saved`.
     platform::SettingsWrite load(std::string_view name, platform::SettingsStore& defaults) const;
     /// Throws FileError, also when there is no such preset.
@@ -49,6 +51,8 @@ class PresetManager {
     /// unfit.
     void rename(std::string_view from, std::string_view to) const;
     bool exists(std::string_view name) const;
+    /// As `list` has the preset of this name.
+    static std::string listedName(std::string_view name);
     /// The names of all presets in the order of a file browser.
     std::vector<std::string> list() const;
 };

@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
 #include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
+#include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/WorkBar.h"
 #include "Support/Assets.h"
 #include "Views/ShootWindow.h"
@@ -337,6 +338,13 @@ TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {
             return one->text().contains(" media files of the document can't be found");
         });
     }));
+}
+
+TEST_F(WindowTest, QuitsOverAnOpenSheet) {
+    scan();
+    showExport(*desktop_, window_.get());
+    QTest::keyClick(&sheet(), Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_TRUE(waitUntil([&] { return !window_->isVisible(); }));
 }
 
 TEST_F(WindowTest, ASheetThatIsHigherThanTheScreenScrollsAndCutsNothing) {

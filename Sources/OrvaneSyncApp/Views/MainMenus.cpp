@@ -46,13 +46,34 @@ MainMenus::MainMenus(Desktop& desktop, QMainWindow& window, ReviewActions& revie
         connect(
             one->menu(), &QMenu::aboutToHide, this, [this] { returnKeyboard(); }, Qt::QueuedConnection);
     window_.menuBar()->installEventFilter(this);
+    QCoreApplication::instance()->installEventFilter(this);
     bindings_ = desktop_.players().shortcuts()->onChange([this](ShortcutField field) {
         if (field == ShortcutField::bindings) showKeys();
     });
     showKeys();
 }
 
+/// The keys of a menu rest while a sheet is open.
+bool MainMenus::isQuittingOverSheet(const QObject& watched, const QEvent& event) const {
+    if (event.type() != QEvent::KeyPress || !watched.isWidgetType() ||
+        QApplication::activeModalWidget() == nullptr)
+        return false;
+    return QKeySequence(static_cast<const QKeyEvent&>(event).keyCombination()) == quit_->shortcut();
+}
+
+void MainMenus::quit() {
+    // Sheets end as by their own cross, which stops what they run.
+    while (QWidget* sheet = QApplication::activeModalWidget())
+        if (!sheet->close()) return;
+    QMetaObject::invokeMethod(
+        &window_, [this] { window_.close(); }, Qt::QueuedConnection);
+}
+
 bool MainMenus::eventFilter(QObject* watched, QEvent* event) {
+    if (isQuittingOverSheet(*watched, *event)) {
+        quit();
+        return true;
+    }
     const bool isEscape =
         event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape;
     if (isEscape && watched == window_.menuBar()) // which leaves its entry by it
@@ -154,9 +175,9 @@ void MainMenus::makeFile() {
     commandActions_.emplace_back(export_, "exportFCPXML");
     file->addSeparator();
     addCommand(file, "reset", QKeySequence::Close);
-    QAction* quit = file->addAction(tr("Quit"));
-    quit->setShortcut(QKeySequence(tr("Ctrl+Q"))); // Qt gives none outside of the great desktops
-    connect(quit, &QAction::triggered, this, [this] { window_.close(); });
+    quit_ = file->addAction(tr("Quit"));
+    quit_->setShortcut(QKeySequence(tr("Ctrl+Q"))); // Qt gives none outside of the great desktops
+    connect(quit_, &QAction::triggered, this, [this] { quit(); });
 }
 
 void MainMenus::makeEdit() {

@@ -52,6 +52,8 @@ class MainMenus : public QObject {
   private:
     /// Where the menu bar keeps the keyboard and shows no menu: Qt leaves it there after a second menu.
     void returnKeyboard();
+    bool isQuittingOverSheet(const QObject& watched, const QEvent& event) const;
+    void quit();
     void makeFile();
     void makeEdit();
     void makeClip();
@@ -101,6 +103,7 @@ class MainMenus : public QObject {
     QAction* multicam_ = nullptr;
     QAction* results_ = nullptr;
     QAction* keys_ = nullptr;
+    QAction* quit_ = nullptr;
     QAction* listen_ = nullptr;
     platform::Subscription bindings_;
 };

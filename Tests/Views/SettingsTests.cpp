@@ -50,8 +50,8 @@ class SettingsTest : public testing::Test {
         dependencies.sessionsDir = folder_.path("sessions");
         desktop_ = std::make_unique<Desktop>(std::move(dependencies));
     }
-    void open(SettingPage page) {
-        window_ = std::make_unique<SettingsWindow>(*desktop_);
+    void open(SettingPage page, QWidget* over = nullptr) {
+        window_ = std::make_unique<SettingsWindow>(*desktop_, over);
         window_->show();
         window_->showTab(page);
         QCoreApplication::processEvents();
@@ -178,7 +178,9 @@ TEST_F(SettingsTest, aWordIsFoundOverAllTabs) {
 TEST_F(SettingsTest, aKeyIsRecordedAndAConflictSettled) {
     const auto& center = desktop_->context().shortcuts();
     ASSERT_TRUE(waitUntil([&] { return center->ready().isDone(); }));
-    open(SettingPage::keyboard);
+    QMainWindow main;
+    main.menuBar()->addMenu("&File")->addAction("E&xport")->setShortcut(QKeySequence("Ctrl+E"));
+    open(SettingPage::keyboard, &main);
     const auto keyOf = [&](ShortcutAction action) { return center->bindings().at(action).text(); };
     auto* key = find<QPushButton>(rawValue(ShortcutAction::clapCheck));
     click(key);
@@ -192,6 +194,11 @@ TEST_F(SettingsTest, aKeyIsRecordedAndAConflictSettled) {
     click(find<QPushButton>("settle clapCheck"));
     EXPECT_TRUE(waitUntil([&] { return keyOf(ShortcutAction::lockCurrent) == "none"; }));
     EXPECT_EQ(remarkOf(*key->parentWidget()), "");
+    click(key);
+    QTest::keyClick(key, Qt::Key_E, Qt::ControlModifier);
+    EXPECT_TRUE(waitUntil([&] {
+        return remarkOf(*key->parentWidget()).find("“Export”") != std::string::npos;
+    })) << "the menu keeps its key";
 
     type(*window_->findChild<QWidget*>("resetShortcuts")->parentWidget()->findChild<QLineEdit*>(), "Mine");
     EXPECT_TRUE(waitUntil([&] { return center->currentProfileName() == "Mine"; }));

@@ -350,6 +350,7 @@ void MainMenus::showKeys() {
     const auto give = [&](QAction* action, ShortcutAction meant) {
         const auto found = bindings.find(meant);
         action->setShortcut(found == bindings.end() ? QKeySequence() : menuKey(found->second));
+        action->setProperty(keyOfUser, true);
     };
     give(undo_, ShortcutAction::undo);
     give(redo_, ShortcutAction::redo);

@@ -14,6 +14,8 @@ std::optional<KeyEvent> keyEventOf(const QKeyEvent& event);
 
 /// The key as this desktop writes it, such as "Ctrl+Shift+L" and "K held, J"; empty when unbound.
 QString shownKey(const Shortcut& shortcut);
+/// Property of an entry of a menu whose key is that of an action, as the user has bound it.
+inline constexpr const char* keyOfUser = "keyOfUser";
 /// Empty for what no menu can hold.
 QKeySequence menuKey(const Shortcut& shortcut);
 

@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
+#include <QAction>
 #include <QFileDialog>
 #include <QGridLayout>
 #include <QKeyEvent>
@@ -193,9 +194,26 @@ void KeyboardPage::showBindings() {
         line.key->setAccessibleName(tr("Key of “%1”: %2").arg(translated(row.label), line.key->text()));
         line.clear->setVisible(!row.isUnbound);
         line.reset->setVisible(!row.isDefault);
-        line.conflict->show(Signal::doubtful, translatedSentence(row.conflict));
+        QStringList conflicts;
+        if (!row.conflict.empty()) conflicts << translatedSentence(row.conflict);
+        if (const auto bound = center_->bindings().find(row.action);
+            bound != center_->bindings().end() && !row.isDefault)
+            if (const QString entry = menuEntryWith(bound->second); !entry.isEmpty())
+                conflicts
+                    << tr("“%1” of the menu has this key too; in the review this action gets it.").arg(entry);
+        line.conflict->show(Signal::doubtful, conflicts.join(QLatin1Char('\n')));
         line.settle->setVisible(!row.conflict.empty());
     }
+}
+
+QString KeyboardPage::menuEntryWith(const Shortcut& shortcut) const {
+    const QWidget* main = window()->parentWidget();
+    const QKeySequence key = menuKey(shortcut);
+    if (main == nullptr || key.isEmpty()) return {};
+    for (const QAction* action : main->findChildren<QAction*>())
+        if (!action->property(keyOfUser).toBool() && action->shortcuts().contains(key))
+            return action->text().remove(QLatin1Char('&'));
+    return {};
 }
 
 void KeyboardPage::showProfiles() {

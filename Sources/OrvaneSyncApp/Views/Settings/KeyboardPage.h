@@ -37,6 +37,8 @@ class KeyboardPage : public SettingsPage {
     QWidget* makeLine(const ShortcutRow& row);
     void showBindings();
     void showProfiles();
+    /// Of the main window, with a key that is no action's: its title, empty without one.
+    QString menuEntryWith(const Shortcut& shortcut) const;
     void record(ShortcutAction action);
     void endRecording();
     void bind(ShortcutAction action, const std::string& key);

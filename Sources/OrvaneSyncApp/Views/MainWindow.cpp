@@ -27,6 +27,7 @@
 #include <QFileInfo>
 #include <QMimeData>
 #include <QPointer>
+#include <QScreen>
 #include <QSettings>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -66,7 +67,8 @@ QStringList folders(const QStringList& paths) {
 MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     setWindowTitle(QStringLiteral("OrvaneSync"));
     setMinimumSize(smallest);
-    resize(usualWindow);
+    constexpr QSize frame{0, 40}; // of the window manager
+    resize(usualWindow.boundedTo(screen()->availableGeometry().size() - frame).expandedTo(smallest));
     setAcceptDrops(true);
 
     auto* centre = new QWidget;

@@ -295,10 +295,14 @@ TEST_F(WindowTest, AnotherShootGetsASessionOfItsOwn) {
 TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {
     scan();
     const QString place = text(folder_.path("out.fcpxml"));
+    desktop_->sessions().rename(*desktop_->sessions().currentSessionId(), "Day 1/2: night");
     ExportSheet exporting(*desktop_, window_.get());
     exporting.show();
     auto* document = exporting.findChildren<QLineEdit*>().back();
     ASSERT_EQ(document->accessibleName(), "Document");
+    EXPECT_TRUE(document->text().endsWith("/Day 1-2- night.fcpxml")) << document->text().toStdString();
+    QTest::keyClicks(exporting.findChildren<QLineEdit*>().front(), "?");
+    EXPECT_TRUE(document->text().endsWith("/Synced-.fcpxml")) << document->text().toStdString();
     EXPECT_EQ(exporting.findChild<QScrollArea*>()->verticalScrollBar()->maximum(), 0) << "all is in view";
     document->setText(place);
     auto* outcome = static_cast<design::Banner*>(exporting.findChild<QFrame*>(QStringLiteral("outcome")));

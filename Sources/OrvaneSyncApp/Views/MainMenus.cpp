@@ -141,7 +141,7 @@ void MainMenus::makeFile() {
     save_ = file->addAction(translated(desktop_.command("saveProject").title));
     connect(save_, &QAction::triggered, this, [this] {
         const auto path = placeFor(tr("Save OrvaneSync Project"), tr("Projects (*.orvanesync)"),
-                                   text(proposedProjectName(desktop_.controller())));
+                                   text(proposedProjectName(desktop_.controller(), desktop_.sessions())));
         if (path) runWithPath("saveProject", *path, "path", true);
     });
     commandActions_.emplace_back(save_, "exportFCPXML"); // there is work
@@ -384,8 +384,11 @@ void MainMenus::update() {
     review_->setEnabled(!isPlaying && !clips.empty());
     multicam_->setEnabled(!clips.empty());
     const UndoState undo = desktop_.controller().work().undoState();
-    undo_->setText(undo.undoActionName ? tr("Undo %1").arg(translated(*undo.undoActionName)) : tr("Undo"));
-    redo_->setText(undo.redoActionName ? tr("Redo %1").arg(translated(*undo.redoActionName)) : tr("Redo"));
+    const auto named = [](const std::string& step) {
+        return translated(step).replace(QLatin1Char('&'), QStringLiteral("&&"));
+    };
+    undo_->setText(undo.undoActionName ? tr("Undo %1").arg(named(*undo.undoActionName)) : tr("Undo"));
+    redo_->setText(undo.redoActionName ? tr("Redo %1").arg(named(*undo.redoActionName)) : tr("Redo"));
 }
 
 namespace {

@@ -1,13 +1,16 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/Controllers/SessionManager.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
+#include "Platform/Text.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace orvane {
 
@@ -57,13 +60,36 @@ inline Question questionBeforeReset() {
         "Cancel", "Reset All"};
 }
 
-/// The file name that a project is offered to be saved under.
-inline std::string proposedProjectName(const ImportController& controller) {
+/// Without what a file system of any desktop refuses in a name.
+inline std::string asFileName(std::string_view name) {
+    std::string safe(name);
+    std::ranges::replace_if(
+        safe,
+        [](unsigned char c) {
+            return c < ' ' ||
+                   std::string_view("/\\:*?\"<>|").find(static_cast<char>(c)) != std::string_view::npos;
+        },
+        '-');
+    return std::string(platform::text::trimmed(safe));
+}
+
+/// The name, without its ending, under which a document of the open work is offered to be written: that of
+/// the session, so that no day of a shoot replaces another one's; without a session the event's.
+inline std::string proposedDocumentName(const SessionManager& sessions, std::string_view eventName) {
+    const auto& open = sessions.currentSessionId();
+    const SessionInfo* session = open ? sessions.session(*open) : nullptr;
+    const std::string name = asFileName(session != nullptr ? session->name : "");
+    return name.empty() ? asFileName(eventName) : name;
+}
+
+/// The same of a project, which keeps the name of its file.
+inline std::string proposedProjectName(const ImportController& controller, const SessionManager& sessions) {
     std::string name;
     if (const auto& open = controller.project().currentURL())
         name = std::filesystem::path(open->path).stem().string();
     else
-        name = controller.work().environment.settings->get(settings::eventName);
+        name =
+            proposedDocumentName(sessions, controller.work().environment.settings->get(settings::eventName));
     return (name.empty() ? "Project" : name) + ".orvanesync";
 }
 

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
 
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
+#include "OrvaneSyncApp/ViewModels/Results/Questions.h"
 #include "OrvaneSyncApp/ViewModels/Results/WarningWords.h"
 #include "OrvaneSyncApp/ViewModels/Settings/SettingRows.h"
 #include "OrvaneSyncApp/Views/Background.h"
@@ -220,17 +221,19 @@ QWidget* ExportSheet::makeOptions() {
 QWidget* ExportSheet::makeDestination() {
     auto* section = new Section(tr("Where"));
     place_ = field(tr("Document"), tr("Document"));
-    // The event's name, until somebody gives the file another one.
+    // The session's name, or that of the event once somebody types one; until the file is given another one.
     const QString folder = QSettings().value(placeKey, QDir::homePath()).toString();
-    const auto propose = [this, folder](const QString& event) {
+    const auto propose = [this, folder](const QString& name) {
         if (isPlaceGiven_) return;
         mayReplace_ = false;
-        const QString name = event.trimmed().replace(QLatin1Char('/'), QLatin1Char('-'));
         place_->setText(
             QDir(folder).filePath((name.isEmpty() ? tr("Synced") : name) + QStringLiteral(".fcpxml")));
     };
-    propose(text(desktop_.controller().exporting().exportSettings({}).eventName));
-    connect(event_, &QLineEdit::textChanged, this, propose);
+    propose(text(proposedDocumentName(desktop_.sessions(),
+                                      desktop_.controller().exporting().exportSettings({}).eventName)));
+    connect(event_, &QLineEdit::textChanged, this, [this, propose](const QString& event) {
+        if (event_->isModified() || event == suggestion_->text()) propose(text(asFileName(utf8(event))));
+    });
     auto* choose = button(tr("Choose…"), Glyph::folder);
     choose->setAccessibleName(tr("Choose where the document goes"));
     connect(choose, &QPushButton::clicked, this, [this] { choosePlace(); });

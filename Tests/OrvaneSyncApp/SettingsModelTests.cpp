@@ -195,6 +195,15 @@ TEST_F(SettingsModelTest, calibrationOffersWhatItsStateAllows) {
     EXPECT_EQ(panel.buildTitle, "Rebuild matrix");
     EXPECT_TRUE(panel.canSave && panel.areRowsUnsaved);
     EXPECT_EQ(panel.rows.front().perm.voiceIsoAmount, 0) << "sorted by their settings";
+    state.measurement->measurements.clear();
+    for (const CalibrationPerm& perm : permsOf(CalibrationMatrix::coarse))
+        state.measurement->measurements.push_back({perm, 0, 0, 0, filenameTag(perm) + ".wav"});
+    EXPECT_EQ(calibrationPanel(state).gaps, "");
+    state.measurement->measurements.pop_back();
+    state.unreadFiles = {"VI100_L100_U100.wav"};
+    EXPECT_EQ(calibrationPanel(state).gaps,
+              "1 of 27 clips of the document were not measured: VI100_L100_U100.\n"
+              "These files could not be read: VI100_L100_U100.wav.");
     state.savedCalibration = state.measurement;
     EXPECT_FALSE(calibrationPanel(state).canSave);
     state.isMeasuring = true;

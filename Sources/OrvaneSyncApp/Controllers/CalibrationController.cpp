@@ -46,6 +46,11 @@ struct CalibrationOnDisk {
     std::string problem;
 };
 
+struct Measured {
+    CalibrationResult result;
+    std::vector<std::string> unreadFiles{};
+};
+
 CalibrationOnDisk lookedAt(bool measuresSource, const std::stop_token& stop) {
     CalibrationOnDisk found;
     found.hasMatrix = platform::files::exists(calibration::sourceFile().path) &&
@@ -167,14 +172,16 @@ platform::Task CalibrationController::measureFolder(Weak weak, FileURL folder) {
         [folder = std::move(folder),
          levels = calibration::SourceLevels{source.peakDBFS, source.rmsDBFS, source.integratedLUFS},
          now = self->work_.environment.clock->date()](const std::stop_token& stop) {
-            return calibration::measure(folder, levels, now, stop);
+            Measured all{calibration::measure(folder, levels, now, stop)};
+            all.unreadFiles = calibration::unreadFiles(folder, all.result);
+            return all;
         });
     self.reset();
-    std::optional<CalibrationResult> result;
+    std::optional<Measured> all;
     std::exception_ptr stopped;
     std::string problem;
     try {
-        result = co_await measuring;
+        all = co_await measuring;
     } catch (const platform::Stopped&) {
         stopped = std::current_exception();
     } catch (const std::exception& error) {
@@ -183,11 +190,12 @@ platform::Task CalibrationController::measureFolder(Weak weak, FileURL folder) {
     if (self = weak.lock(); self) {
         self->state_.isMeasuring = false;
         self->state_.problem = problem;
-        if (result && result->measurements.empty())
+        if (all) self->state_.unreadFiles = std::move(all->unreadFiles);
+        if (all && all->result.measurements.empty())
             self->state_.problem = "No files in this folder matched the VI/L/U naming pattern. Make sure FCP "
                                    "exported with role-suffixes preserved.";
-        else if (result)
-            self->state_.measurement = std::move(result);
+        else if (all)
+            self->state_.measurement = std::move(all->result);
         self->changed();
     }
     if (stopped) std::rethrow_exception(stopped);

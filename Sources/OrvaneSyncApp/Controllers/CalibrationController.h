@@ -18,6 +18,7 @@ struct CalibrationState {
     std::optional<SmartAudioCalibration::SourceInfo> sourceInfo;
     std::optional<CalibrationResult> savedCalibration;
     std::optional<CalibrationResult> measurement; ///< not stored yet
+    std::vector<std::string> unreadFiles{};       ///< names of bounced files that could not be measured
     std::string problem;                          ///< for people; empty: none
 };
 

@@ -158,6 +158,8 @@ TEST_F(CalibrationTest, measuresBouncedFilesAgainstTheSource) {
     folder_.write("bounced/VI1_L1_U1.wav", "no sound");
     const auto result = calibration::measure({folder_.path("bounced")}, source, Date());
     ASSERT_EQ(result.measurements.size(), 2U);
+    EXPECT_EQ(calibration::unreadFiles({folder_.path("bounced")}, result),
+              std::vector{std::string("VI1_L1_U1.wav")});
     const CalibrationMeasurement& loud = result.measurements[1];
     EXPECT_EQ(loud.perm, (CalibrationPerm{50, 25, 10}));
     EXPECT_EQ(loud.bouncedFilename, "Calib_VI50_L25_U10.wav");

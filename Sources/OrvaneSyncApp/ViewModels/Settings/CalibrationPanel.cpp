@@ -2,7 +2,47 @@
 
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
+#include "OrvaneSyncCore/Services/Calibration/CalibrationMatrix.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+
 namespace orvane {
+
+namespace {
+
+std::string someNames(std::vector<std::string> names) {
+    constexpr std::size_t most = 6;
+    if (names.size() > most) {
+        names.resize(most);
+        names.emplace_back("…");
+    }
+    return platform::text::joined(names, ", ");
+}
+
+/// The clips of the matrix that the measurement has part of; of several, the one it has more of.
+std::string gapsOf(const CalibrationResult& result) {
+    const auto isMeasured = [&](const CalibrationPerm& perm) {
+        return std::ranges::find(result.measurements, perm, &CalibrationMeasurement::perm) !=
+               result.measurements.end();
+    };
+    std::optional<std::vector<std::string>> fewest;
+    std::size_t all = 0;
+    for (const CalibrationMatrix matrix : {CalibrationMatrix::sweetSpot, CalibrationMatrix::coarse}) {
+        const std::vector<CalibrationPerm> perms = permsOf(matrix);
+        std::vector<std::string> missing;
+        for (const CalibrationPerm& perm : perms)
+            if (!isMeasured(perm)) missing.push_back(filenameTag(perm));
+        if (fewest && fewest->size() <= missing.size()) continue;
+        fewest = std::move(missing);
+        all = perms.size();
+    }
+    if (!fewest || fewest->empty()) return {};
+    return std::to_string(fewest->size()) + " of " + std::to_string(all) +
+           " clips of the document were not measured: " + someNames(*fewest) + ".";
+}
+
+} // namespace
 
 CalibrationPanel calibrationPanel(const CalibrationState& state) {
     CalibrationPanel panel;
@@ -27,6 +67,13 @@ CalibrationPanel calibrationPanel(const CalibrationState& state) {
                             " is saved; forecasts go by it."
                       : "No calibration is saved; forecasts go by built-in estimates.";
     panel.problem = state.problem;
+    std::vector<std::string> gaps;
+    if (state.measurement)
+        if (std::string missing = gapsOf(*state.measurement); !missing.empty())
+            gaps.push_back(std::move(missing));
+    if (!state.unreadFiles.empty())
+        gaps.push_back("These files could not be read: " + someNames(state.unreadFiles) + ".");
+    panel.gaps = platform::text::joined(gaps, "\n");
     if (state.measurement)
         panel.rows = calibrationRows(*state.measurement);
     else if (state.savedCalibration)

@@ -18,6 +18,9 @@ struct CalibrationPanel {
     std::string progress; ///< what goes on; empty: nothing
     std::string saved;    ///< the calibration that forecasts go by
     std::string problem;
+    /// What the measurement lacks, a line each: clips of the document, and files that could not be read.
+    /// Empty where it is whole, or none stands.
+    std::string gaps;
     std::vector<CalibrationRow> rows; ///< what was measured, else what is saved
     bool areRowsUnsaved = false;
 };

@@ -94,6 +94,7 @@ QWidget* CalibrationPage::makeMeasuring() {
     row->addWidget(choose);
     row->addWidget(measure_);
     section->add(row);
+    section->add(measureProblem_ = new Remark);
     connect(choose, &QPushButton::clicked, this, [this] {
         const QString chosen = QFileDialog::getExistingDirectory(this, tr("Folder with the bounced files"));
         if (!chosen.isEmpty()) folder_->setText(chosen);
@@ -119,6 +120,7 @@ QWidget* CalibrationPage::makeResults() {
     results_->setShowGrid(false);
     results_->setFixedHeight(resultsHeight);
     section->add(results_);
+    section->add(gaps_ = new Remark);
     auto* row = new QHBoxLayout;
     row->addStretch(1);
     row->addWidget(save_ = button(tr("Save Calibration"), Weight::primary));
@@ -149,7 +151,9 @@ void CalibrationPage::show() {
     source_->setVisible(!panel.source.empty());
     progress_->setText(translatedSentence(panel.progress));
     progress_->setVisible(!panel.progress.empty());
-    problem_->show(panel.problem.empty() ? Signal::none : Signal::missing, translatedSentence(panel.problem));
+    (isMeasureAsked_ ? problem_ : measureProblem_)->show(Signal::none, {});
+    (isMeasureAsked_ ? measureProblem_ : problem_)->show(Signal::missing, translatedSentence(panel.problem));
+    gaps_->show(Signal::doubtful, translatedSentence(panel.gaps));
     saved_->setText(translatedSentence(panel.saved));
     showRows(panel);
 }
@@ -170,7 +174,9 @@ void CalibrationPage::showRows(const CalibrationPanel& panel) {
             } else {
                 const auto& difference = *differences.at(static_cast<std::size_t>(column - amountColumns));
                 cell->setText(text(difference.text));
-                cell->setForeground(colour(signalOf(difference.band)));
+                const Signal signal = signalOf(difference.band);
+                cell->setForeground(colour(signal));
+                cell->setIcon(icon(glyph(signal)));
             }
             results_->setItem(row, column, cell);
         }
@@ -178,6 +184,7 @@ void CalibrationPage::showRows(const CalibrationPanel& panel) {
 }
 
 void CalibrationPage::build() {
+    isMeasureAsked_ = false;
     JSON arguments = JSON::object();
     arguments.set("matrix", matrix_->currentIndex() == 0 ? "sweet" : "coarse");
     run("calibrationBuild", std::move(arguments), [self = QPointer(this)](const JSON&) {
@@ -186,6 +193,7 @@ void CalibrationPage::build() {
 }
 
 void CalibrationPage::measure() {
+    isMeasureAsked_ = true;
     JSON arguments = JSON::object();
     arguments.set("folder", utf8(folder_->text().trimmed()));
     run("calibrationMeasure", std::move(arguments));
@@ -200,7 +208,7 @@ void CalibrationPage::run(std::string_view id, JSON arguments, Desktop::Done don
     desktop().run(id, std::move(arguments), std::move(done), [self = QPointer(this)](const QString& why) {
         if (!self) return;
         self->show();
-        self->problem_->show(Signal::missing, why);
+        (self->isMeasureAsked_ ? self->measureProblem_ : self->problem_)->show(Signal::missing, why);
     });
 }
 

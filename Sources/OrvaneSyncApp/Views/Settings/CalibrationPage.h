@@ -27,7 +27,10 @@ class CalibrationPage : public SettingsPage {
     void reveal();
     void run(std::string_view id, JSON arguments = {}, Desktop::Done done = {});
 
-    Remark* problem_;
+    Remark* problem_;        ///< of building
+    Remark* measureProblem_; ///< of measuring and saving
+    Remark* gaps_;           ///< what the results lack
+    bool isMeasureAsked_ = false;
     QLabel* progress_;
     design::Choice* matrix_;
     QPushButton* build_;

@@ -83,6 +83,17 @@ std::string stemOf(const FileURL& file) {
     return name.substr(0, name.rfind('.'));
 }
 
+/// Those whose names say their combination, in the order of their names.
+std::vector<FileURL> bouncedFiles(const FileURL& folder) {
+    auto names = files::childNames(folder.path).value_or(std::vector<std::string>());
+    std::ranges::sort(names);
+    std::vector<FileURL> bounced;
+    for (const std::string& name : names)
+        if (FileURL file{folder.path + "/" + name}; isBounced(file) && parseCalibrationPerm(stemOf(file)))
+            bounced.push_back(std::move(file));
+    return bounced;
+}
+
 CalibrationResult resultOf(const SourceLevels& source, Date now) {
     CalibrationResult result;
     result.measuredAt = now;
@@ -165,18 +176,23 @@ std::optional<Levels> measureLevels(const FileURL& file, const std::stop_token& 
 CalibrationResult measure(const FileURL& folder, const SourceLevels& source, Date now,
                           const std::stop_token& stop) {
     CalibrationResult result = resultOf(source, now);
-    auto names = files::childNames(folder.path).value_or(std::vector<std::string>());
-    std::ranges::sort(names);
-    for (const std::string& name : names) {
-        const FileURL file{folder.path + "/" + name};
-        const auto perm = isBounced(file) ? parseCalibrationPerm(stemOf(file)) : std::nullopt;
-        const auto levels = perm ? measureLevels(file, stop) : std::nullopt;
+    for (const FileURL& file : bouncedFiles(folder)) {
+        const auto levels = measureLevels(file, stop);
         if (!levels) continue;
-        result.measurements.push_back({*perm, levels->peakDBFS - source.peakDBFS,
-                                       levels->rmsDBFS - source.rmsDBFS, loudnessOf(file, stop) - source.lufs,
-                                       file.lastPathComponent()});
+        result.measurements.push_back({*parseCalibrationPerm(stemOf(file)),
+                                       levels->peakDBFS - source.peakDBFS, levels->rmsDBFS - source.rmsDBFS,
+                                       loudnessOf(file, stop) - source.lufs, file.lastPathComponent()});
     }
     return result;
+}
+
+std::vector<std::string> unreadFiles(const FileURL& folder, const CalibrationResult& result) {
+    std::vector<std::string> unread;
+    for (const FileURL& file : bouncedFiles(folder))
+        if (std::ranges::find(result.measurements, file.lastPathComponent(),
+                              &CalibrationMeasurement::bouncedFilename) == result.measurements.end())
+            unread.push_back(file.lastPathComponent());
+    return unread;
 }
 
 CalibrationResult measureSingle(const FileURL& file, double clipDurationSeconds,

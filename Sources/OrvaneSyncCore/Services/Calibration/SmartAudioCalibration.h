@@ -64,6 +64,8 @@ struct SourceLevels {
 /// file that cannot be read has none. `now`: the time of the measurement.
 CalibrationResult measure(const FileURL& folder, const SourceLevels& source, Date now,
                           const std::stop_token& stop = {});
+/// The bounced files of the folder, by their names, that the result does not have: they could not be read.
+std::vector<std::string> unreadFiles(const FileURL& folder, const CalibrationResult& result);
 /// One bounced file in which the clips follow each other.
 CalibrationResult measureSingle(const FileURL& file, double clipDurationSeconds,
                                 const std::vector<CalibrationPerm>& perms, const SourceLevels& source,

@@ -132,6 +132,8 @@ TEST(ALEParser, saysWhyThereIsNoReport) {
           "a\0,\0b"s,
           unreadable);
     check("half a pair", "\xFE\xFF\xD8\x00\0,"s, unreadable);
+    check("a document", "%PDF-1.7\nName,Take\n", noTable);
+    check("bytes of any kind", "Column\n\x01\x02\x03\0Data\n\x04"s, noTable);
     for (const std::string& path : {folder.path(), folder.path("gone.csv")})
         EXPECT_THROW(ALEParser().parse(FileURL{path}), ALEParserError);
 }

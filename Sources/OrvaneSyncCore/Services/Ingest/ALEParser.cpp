@@ -80,6 +80,15 @@ bool isUTF8(std::string_view text, const std::stop_token& stop) {
     return isValid;
 }
 
+/// A document, a picture or an archive by another name: its beginning is full of control characters.
+bool isOfAnotherKind(std::string_view text) {
+    constexpr std::size_t beginning = 4096, mostOfText = 50; // one of so many characters
+    const std::string_view first = text.substr(0, beginning);
+    const auto isControl = [](unsigned char c) { return c < ' ' && (c < '\t' || c > '\r'); };
+    const auto controls = static_cast<std::size_t>(std::ranges::count_if(first, isControl));
+    return first.starts_with("%PDF-") || (controls > 1 && controls * mostOfText > first.size());
+}
+
 /// Counts what is really there, so that the memory of millions of cells is not copied as it grows.
 void reserveFor(ALEFile::Builder& report, std::string_view rows, char delimiter,
                 const std::stop_token& stop) {
@@ -119,6 +128,10 @@ void readRow(ALEFile::Builder& report, std::string_view line) {
 
 ALEParserError ALEParserError::noColumns() { return {Kind::noColumns, "No column header found in the file"}; }
 
+ALEParserError ALEParserError::noTable() {
+    return {Kind::noTable, "This is no table; load a report as ALE, CSV, TXT or TSV"};
+}
+
 ALEParserError ALEParserError::unreadable() {
     return {Kind::unreadable, "Could not read the file in any supported text encoding (UTF-8, UTF-16, "
                               "MacRoman, Latin-1)"};
@@ -131,7 +144,9 @@ ALEFile ALEParser::parse(const FileURL& url, const std::stop_token& stop) const 
     } catch (const platform::FileError&) {
         throw ALEParserError::unreadable();
     }
-    return parse(decodeText(std::move(bytes), stop), stop);
+    const std::string text = decodeText(std::move(bytes), stop);
+    if (isOfAnotherKind(text)) throw ALEParserError::noTable();
+    return parse(text, stop);
 }
 
 ALEFile ALEParser::parse(std::string_view content, const std::stop_token& stop) const {

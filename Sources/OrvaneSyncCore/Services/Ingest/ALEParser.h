@@ -13,9 +13,10 @@ namespace orvane {
 /// Why there is no report. The description is for people and does not name the file.
 class ALEParserError : public std::runtime_error {
   public:
-    enum class Kind { noColumns, unreadable };
+    enum class Kind { noColumns, noTable, unreadable };
 
     static ALEParserError noColumns();
+    static ALEParserError noTable();
     static ALEParserError unreadable();
     Kind kind() const { return kind_; }
 
@@ -34,7 +35,8 @@ class ALEParser {
 
     /// The encoding is found out: a byte order mark counts, then zero bytes tell UTF-16, then comes UTF-8;
     /// any other text is Windows-1252 or Mac OS Roman, by which reads as words. Throws ALEParserError, also
-    /// for a file that cannot be read, and Stopped. Takes some three times the size of the file.
+    /// for a file that cannot be read or is no text, and Stopped. Takes some three times the size of the
+    /// file.
     ALEFile parse(const FileURL& url, const std::stop_token& stop = {}) const;
     /// The same for a text in UTF-8.
     ALEFile parse(std::string_view content, const std::stop_token& stop = {}) const;

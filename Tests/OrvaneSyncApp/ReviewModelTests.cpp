@@ -73,6 +73,11 @@ TEST_F(ReviewModelTest, aClipOpensOnTheClapThatIsFound) {
     EXPECT_FALSE(controller_->work().undoState().canUndo);
 
     controller_->clips().setAudioAnchor(id_, std::nullopt);
+    controller_->clips().toggleLocked(id_);
+    load();
+    EXPECT_DOUBLE_EQ(at(), 4.5) << "also one that was locked before it was opened";
+    EXPECT_FALSE(group().audioAnchorOffsetInAudioSeconds) << "which keeps what it has";
+    controller_->clips().toggleLocked(id_);
     const auto opening = model_->loadGroup(id_);
     ASSERT_TRUE(mainThread_->waitUntil([&] { return engine_->transport().isLoaded; }));
     engine_->stepFrames(25, false);

@@ -18,6 +18,17 @@ namespace orvane {
 
 namespace {
 
+/// For a queue. A file that can't be read has no clap.
+auto clapSearch(ClapDetector::Search search) {
+    return [search = std::move(search)](const std::stop_token& stop) -> std::optional<double> {
+        try {
+            return ClapDetector::detectClapPoint(search, stop);
+        } catch (const std::exception&) {
+            return std::nullopt;
+        }
+    };
+}
+
 std::size_t machineThreads() { return std::max(std::thread::hardware_concurrency(), 1U); }
 
 } // namespace
@@ -114,17 +125,21 @@ platform::Task TimelineController::autoDetectAudioAnchorIfMissing(const UUID& gr
     return work_.running.add(detectAnchor(work_.weak(this), groupID, *ClapDetector::Search::of(*group)));
 }
 
+platform::Task TimelineController::locateClapOfLocked(UUID groupID,
+                                                      std::shared_ptr<std::optional<double>> clap) const {
+    const SyncGroup* group = work_.syncGroups().find(groupID);
+    if (group == nullptr || !group->isLocked || group->audioAnchorOffsetInAudioSeconds || group->isMOS())
+        co_return;
+    auto searching = platform::onQueue(*listening_, work_.environment.mainThread,
+                                       clapSearch(*ClapDetector::Search::of(*group)));
+    *clap = co_await searching;
+}
+
 platform::Task TimelineController::detectAnchor(std::weak_ptr<TimelineController> weak, UUID groupID,
                                                 ClapDetector::Search search) {
     auto self = weak.lock();
-    auto searching = platform::onQueue(*self->listening_, self->work_.environment.mainThread,
-                                       [search](const std::stop_token& stop) -> std::optional<double> {
-                                           try {
-                                               return ClapDetector::detectClapPoint(search, stop);
-                                           } catch (const std::exception&) {
-                                               return std::nullopt; // as of a file that cannot be read
-                                           }
-                                       });
+    auto searching =
+        platform::onQueue(*self->listening_, self->work_.environment.mainThread, clapSearch(search));
     self.reset();
     const std::optional<double> clap = co_await searching;
     self = weak.lock();

@@ -54,6 +54,9 @@ class TimelineController {
     /// Searches the clip's take for a clap and puts the anchor there, unless there is one by then. No
     /// undo step.
     platform::Task autoDetectAudioAnchorIfMissing(const UUID& groupID);
+    /// Leaves in `clap` where the clap of a locked clip without an anchor lies, in audio time, and writes
+    /// nothing; absent for any other clip.
+    platform::Task locateClapOfLocked(UUID groupID, std::shared_ptr<std::optional<double>> clap) const;
     /// Also of a locked clip. Throws OutOfRange as ClipEditing does; so do the other moves.
     void nudgeByFrames(const UUID& groupID, int frames);
     /// Moves the sound of the clip in view by a drag that has come so many points since it began. Snaps only

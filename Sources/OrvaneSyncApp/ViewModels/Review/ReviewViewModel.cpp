@@ -68,11 +68,17 @@ platform::Task ReviewViewModel::load(std::weak_ptr<ReviewViewModel> weak, UUID g
     self->setStartTimecode(*group);
     const platform::Task waveform = self->timeline_.loadWaveform(true);
     const platform::Task detecting = self->timeline_.autoDetectAudioAnchorIfMissing(groupID);
+    const auto clapOfLocked = std::make_shared<std::optional<double>>();
+    const platform::Task locating = self->timeline_.locateClapOfLocked(groupID, clapOfLocked);
     self.reset();
     co_await detecting;
+    co_await locating;
     group = clipStillInView();
     if (group == nullptr) co_return;
-    if (const auto clap = group->resolvedClapPointSeconds()) self->engine_->correctInitialSeek(*clap);
+    if (const auto clap = group->resolvedClapPointSeconds())
+        self->engine_->correctInitialSeek(*clap);
+    else if (*clapOfLocked) // it keeps what it has, and is opened on its clap all the same
+        self->engine_->correctInitialSeek(**clapOfLocked + ClipSound(*group).primaryOffsetSeconds());
     const platform::Task showing = self->engine_->shown();
     self.reset();
     co_await showing;

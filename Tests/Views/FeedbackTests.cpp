@@ -95,6 +95,7 @@ TEST_F(FeedbackTest, SendsWhatIsShownAndSaysWhenItIsNotTaken) {
     EXPECT_EQ(parts["report"].find("A001C001"), std::string::npos) << "no file's name goes along";
     EXPECT_TRUE(QImage::fromData(QByteArray::fromStdString(parts["screenshot"]), "PNG").width() > 1000);
 
+    EXPECT_FALSE(button(sheet, "Send")->isEnabled()) << "it would be sent twice";
     sheet.findChild<QCheckBox*>()->setChecked(false);
     press(sheet, "Send");
     ASSERT_TRUE(test::waitUntil([&] { return !server_.parts().contains("screenshot"); }));

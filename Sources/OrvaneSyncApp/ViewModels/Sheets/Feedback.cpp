@@ -138,7 +138,7 @@ platform::Task FeedbackDelivery::send(std::string url, Feedback feedback) {
             const auto answer = client->send(feedbackRequest(url, feedback), stop);
             constexpr int firstOfSuccess = 200, firstBehind = 300;
             if (answer.status < firstOfSuccess || answer.status >= firstBehind)
-                throw std::runtime_error("the service did not take the message: it answers with status " +
+                throw std::runtime_error("The service did not take the message: it answers with status " +
                                          std::to_string(answer.status));
         });
     co_await sending;

@@ -68,11 +68,17 @@ class FeedbackSheet : public Sheet {
         along->addLayout(right, 1);
         add(along);
         add(where_ = facts({}));
-        addClose(tr("Cancel"));
+        close_ = addClose(tr("Cancel"));
         send_ = addButton(tr("Save…"), Weight::primary);
         send_->setEnabled(false);
         connect(send_, &QPushButton::clicked, this, [this] { url_.empty() ? save() : send(); });
-        connect(message_, &QPlainTextEdit::textChanged, this, [this] { showState(); });
+        const auto changed = [this] {
+            isDelivered_ = false;
+            showState();
+        };
+        connect(message_, &QPlainTextEdit::textChanged, this, changed);
+        connect(report_, &QPlainTextEdit::textChanged, this, changed);
+        connect(sendsPicture_, &QCheckBox::toggled, this, changed);
         inBackground(
             this,
             [work = std::make_shared<const WorkSnapshot>(desktop.controller())] {
@@ -91,7 +97,8 @@ class FeedbackSheet : public Sheet {
   private:
     void showState() {
         send_->setText(url_.empty() ? tr("Save…") : tr("Send"));
-        send_->setEnabled(isReady_ && !isUnderWay_ && !message_->toPlainText().trimmed().isEmpty());
+        send_->setEnabled(isReady_ && !isUnderWay_ && !isDelivered_ &&
+                          !message_->toPlainText().trimmed().isEmpty());
         if (!isReady_) return;
         where_->setText(
             url_.empty()
@@ -120,12 +127,15 @@ class FeedbackSheet : public Sheet {
         task.whenDone([self = QPointer(this), done](const std::exception_ptr& raised) {
             if (!self) return;
             self->isUnderWay_ = false;
+            self->isDelivered_ = !raised; // not a second time by a second press
             self->showState();
             try {
                 if (raised) std::rethrow_exception(raised);
+                self->close_->setText(tr("Done"));
                 self->outcome().show(Signal::matched, done);
             } catch (const std::exception& why) {
-                self->outcome().show(Signal::missing, translatedSentence(why.what()));
+                self->outcome().show(Signal::missing, translatedSentence(why.what()), tr("Save as File…"),
+                                     [sheet = self.data()] { sheet->save(); });
             } catch (const platform::Stopped&) {
                 self->outcome().clear();
             }
@@ -143,6 +153,8 @@ class FeedbackSheet : public Sheet {
     std::string url_; ///< empty: none is configured
     bool isReady_ = false;
     bool isUnderWay_ = false;
+    bool isDelivered_ = false; ///< just what is shown
+    QPushButton* close_;
 };
 
 } // namespace

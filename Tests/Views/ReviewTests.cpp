@@ -416,6 +416,10 @@ TEST_F(ReviewTest, CamerasOfATakePlayTogether) {
             return one.second->player() != nullptr && one.second->player()->picture();
         });
     }));
+    for (const auto& [key, camera] : {std::pair(Qt::Key_2, 1U), std::pair(Qt::Key_1, 0U), {Qt::Key_3, 0U}}) {
+        press(key);
+        EXPECT_EQ(bag.audioSourceMemberID(), bag.memberLabels()[camera].first) << "there is no third camera";
+    }
     press(Qt::Key_Space);
     EXPECT_TRUE(bag.isPlaying());
     press(Qt::Key_Space);

@@ -149,6 +149,9 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
         return screen_ == Screen::multicam ? multicam_->handleFullscreen(event)
                                            : desktop_.players().review()->fullscreen().handle(event);
     };
+    playing.hear = [this](std::size_t camera) {
+        return screen_ == Screen::multicam && multicam_->hear(camera);
+    };
     playing.leave = [this] { goBack(); };
     keys_ = std::make_unique<ReviewKeys>(desktop_, *this, std::move(playing));
     observe();

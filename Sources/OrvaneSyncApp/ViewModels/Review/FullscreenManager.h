@@ -59,7 +59,7 @@ class FullscreenManager {
     bool handle(const KeyEvent& event);
 
     static constexpr std::string_view hint =
-        "ESC or F to exit · Space play/pause · ←/→ nudge audio · J/K/L shuttle";
+        "ESC or F to exit · Space play/pause · ←/→ one frame · J/K/L shuttle";
     static constexpr double hintPoints = 14, hintInset = 20;
     /// From 0.6 down to 0, by the seconds since the window opened.
     static double hintOpacity(double seconds);

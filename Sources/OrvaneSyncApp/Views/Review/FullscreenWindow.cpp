@@ -17,7 +17,8 @@ namespace orvane::views {
 /// Above the picture, for its first seconds.
 class FullscreenWindow::Hint : public QWidget {
   public:
-    explicit Hint(QWidget* parent) : QWidget(parent) {
+    Hint(const QString& name, QWidget* parent) : QWidget(parent) {
+        if (!name.isEmpty()) words_.prepend(name + QStringLiteral("   ·   "));
         setAttribute(Qt::WA_TransparentForMouseEvents);
         QFont font = design::textFont();
         font.setPixelSize(static_cast<int>(FullscreenManager::hintPoints));
@@ -53,13 +54,14 @@ class FullscreenWindow::Hint : public QWidget {
         return static_cast<double>(shown_.elapsed()) / milli;
     }
 
-    const QString words_ = translated(FullscreenManager::hint);
+    QString words_ = translated(FullscreenManager::hint);
     QElapsedTimer shown_;
     QTimer timer_;
     double opacity_ = FullscreenManager::hintOpacity(0);
 };
 
-FullscreenWindow::FullscreenWindow(std::shared_ptr<VideoEngine> engine, const QRect& screen)
+FullscreenWindow::FullscreenWindow(std::shared_ptr<VideoEngine> engine, const QRect& screen,
+                                   const QString& name)
     : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint) {
     setWindowTitle(tr("Picture"));
     setCursor(Qt::BlankCursor);
@@ -73,7 +75,7 @@ FullscreenWindow::FullscreenWindow(std::shared_ptr<VideoEngine> engine, const QR
     canvas->setEngine(std::move(engine));
     layout->addWidget(canvas);
     setGeometry(screen);
-    (new Hint(this))->raise();
+    (new Hint(name, this))->raise();
 }
 
 bool FullscreenWindow::isOne(const QWidget* window) {
@@ -93,7 +95,8 @@ class FullscreenWindow::Handle : public FullscreenManager::Window {
     FullscreenWindow* window_;
 };
 
-FullscreenManager::Desktop FullscreenWindow::desktop(std::shared_ptr<VideoEngine> engine) {
+FullscreenManager::Desktop FullscreenWindow::desktop(std::shared_ptr<VideoEngine> engine,
+                                                     std::function<QString()> name) {
     const auto screens = [] {
         std::vector<Screen> found;
         for (const QScreen* screen : QGuiApplication::screens()) {
@@ -104,9 +107,9 @@ FullscreenManager::Desktop FullscreenWindow::desktop(std::shared_ptr<VideoEngine
         }
         return found;
     };
-    const auto open = [engine = std::move(engine)](std::size_t index) {
+    const auto open = [engine = std::move(engine), name = std::move(name)](std::size_t index) {
         QScreen* screen = QGuiApplication::screens().at(static_cast<qsizetype>(index));
-        auto* window = new FullscreenWindow(engine, screen->geometry());
+        auto* window = new FullscreenWindow(engine, screen->geometry(), name());
         window->setScreen(screen);
         window->setWindowState(Qt::WindowFullScreen);
         window->show();

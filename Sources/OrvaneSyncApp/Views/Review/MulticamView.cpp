@@ -36,25 +36,37 @@ constexpr int multicamOutlineWidth = 220, camerasWidth = 1220;
 /// One camera: its picture, its name, and whether it is heard.
 class MulticamView::Cell : public QFrame {
   public:
-    Cell(const UUID& camera, const QString& name, const std::shared_ptr<VideoEngine>& engine,
+    /// `number`: the key by which it is heard; 0: none.
+    Cell(const UUID& camera, int number, const QString& label, const std::shared_ptr<VideoEngine>& player,
          const std::function<void(const UUID&)>& hear, const std::function<void(const UUID&)>& openClip)
-        : id(camera) {
+        : id(camera), name(label), engine_(player) {
         setProperty("panel", true);
         auto* column = new QVBoxLayout(this);
         column->setContentsMargins(2, 2, 2, 2);
         column->setSpacing(0);
         canvas_ = new PictureCanvas;
-        canvas_->setEngine(engine);
+        canvas_->setEngine(engine_);
         canvas_->setToolTip(tr("A click hears this camera, a double click opens it alone."));
         canvas_->whenClicked = [this, hear] { hear(id); };
         canvas_->whenDoubleClicked = [this, openClip] { openClip(id); };
         column->addWidget(canvas_, 1);
         auto* row = new QHBoxLayout;
         row->setContentsMargins(space::tight, 0, 0, 0);
-        auto* label = new ElidedLabel(Qt::ElideRight);
-        label->setText(name); // cameras count their clips at the beginning
-        label->setToolTip(name);
-        row->addWidget(label, 1);
+        if (number > 0) {
+            auto* key = facts(QString::number(number));
+            key->setToolTip(tr("The key %1 hears this camera").arg(number));
+            key->setWordWrap(false);
+            row->addWidget(key);
+        }
+        auto* shown = new ElidedLabel(Qt::ElideRight);
+        shown->setText(name); // cameras count their clips at the beginning
+        shown->setToolTip(name);
+        row->addWidget(shown, 1);
+        timecode_ = facts({});
+        timecode_->setFont(timecodeFont());
+        timecode_->setWordWrap(false);
+        timecode_->setAccessibleName(tr("Timecode of %1").arg(name));
+        row->addWidget(timecode_);
         heard_ = button(tr("Hear"), Glyph::sound, Weight::quiet);
         heard_->setCheckable(true);
         heard_->setFocusPolicy(Qt::TabFocus);
@@ -67,10 +79,14 @@ class MulticamView::Cell : public QFrame {
         heard_->setChecked(isHeard);
         heard_->setText(isHeard ? tr("Heard") : tr("Hear"));
     }
+    void showTimecode() { timecode_->setText(text(engine_->playhead().timecodeString())); }
     void setAsksForSize(bool asks) { canvas_->setAsksForSize(asks); }
     const UUID id;
+    const QString name;
 
   private:
+    const std::shared_ptr<VideoEngine> engine_;
+    QLabel* timecode_;
     PictureCanvas* canvas_;
     QPushButton* heard_;
 };
@@ -135,12 +151,23 @@ void MulticamView::toggleFullscreen() {
         const auto& engine = multicam_->bag().engines().at(*heard);
         fullscreen_ =
             std::make_unique<FullscreenManager>(engine, desktop_.controller().work().environment.settings);
-        fullscreen_->desktop = FullscreenWindow::desktop(engine);
+        fullscreen_->desktop = FullscreenWindow::desktop(engine, [this, id = *heard] {
+            const auto cell = std::ranges::find(cells_, id, &Cell::id);
+            return cell == cells_.end() ? QString() : (*cell)->name;
+        });
         fullscreen_->toggleFullscreen();
         if (!fullscreen_->isShowing()) fullscreen_.reset(); // nothing to show, or no screen
     }
     const auto& heard = multicam_->bag().audioSourceMemberID();
     for (Cell* cell : cells_) cell->setAsksForSize(!fullscreen_ || cell->id != heard);
+}
+
+bool MulticamView::hear(std::size_t camera) {
+    if (camera >= cells_.size()) return false;
+    JSON arguments = JSON::object();
+    arguments.set("groupID", cells_[camera]->id.text());
+    desktop_.run("clusterAudioSource", std::move(arguments));
+    return true;
 }
 
 bool MulticamView::handleFullscreen(const KeyEvent& event) {
@@ -207,11 +234,14 @@ void MulticamView::layOut() {
         QString name = translatedSentence(label);
         if (clip != nullptr && label != clip->video.filename)
             name += QStringLiteral("   ") + text(clip->video.filename);
-        auto* cell = new Cell(id, name, engine, hear, openClip_);
         const auto at = static_cast<int>(cells_.size());
+        constexpr int digits = 9;
+        auto* cell = new Cell(id, at < digits ? at + 1 : 0, name, engine, hear, openClip_);
         grid_->addWidget(cell, at / across, at % across);
         cells_.push_back(cell);
-        ofEngines_.push_back(engine->onChange([this](VideoEngineField field) {
+        ofEngines_.push_back(engine->onChange([this, cell](VideoEngineField field) {
+            if (field == VideoEngineField::playhead || field == VideoEngineField::transport)
+                cell->showTimecode();
             if (field == VideoEngineField::transport) {
                 actions_.action(KeyAction::playPause)
                     ->setIcon(icon(multicam_->bag().isPlaying() ? Glyph::pause : Glyph::play));

@@ -34,6 +34,8 @@ class MulticamView : public QWidget {
     /// The user wants to see all cameras of a take.
     std::function<void(const std::vector<UUID>& cameras)> openTake;
     /// A key of the camera in fullscreen: Escape and F bring it back.
+    /// Hears the camera of that place in the grid. False where there is none.
+    bool hear(std::size_t camera);
     bool handleFullscreen(const KeyEvent& event);
 
   private:

@@ -78,7 +78,10 @@ PictureView::PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> revi
         review_->scrollFrames(deltaY, isPrecise);
     };
     canvas_->whenDoubleClicked = [this] { review_->fullscreen().toggleFullscreen(); };
-    review_->fullscreen().desktop = FullscreenWindow::desktop(review_->engine());
+    review_->fullscreen().desktop = FullscreenWindow::desktop(review_->engine(), [this] {
+        const SyncGroup* shown = clip();
+        return shown == nullptr ? QString() : text(shown->video.filename);
+    });
 
     auto* picture = new QHBoxLayout;
     picture->setSpacing(1);

@@ -141,6 +141,11 @@ bool ReviewKeys::handle(const QKeyEvent& event, bool isFullscreen) {
     const bool leaves = isEscape && !isFullscreen && !isTyped && !review.engine()->loop().isLooping;
     try {
         if (isFullscreen && screens_.handleFullscreen(*meant)) return true;
+        const std::string typed = meant->charactersIgnoringModifiers.value_or("");
+        const bool isDigit = typed.size() == 1 && typed[0] >= '1' && typed[0] <= '9';
+        if (!isTyped && meant->isDown && isDigit && meant->modifiers == ModifierSet::none &&
+            !isBound(*meant) && screens_.hear(static_cast<std::size_t>(typed[0] - '1')))
+            return true;
         const bool used = desktop_.players().keyboard().handle(*meant, isTyped);
         if (leaves) screens_.leave();
         return used || leaves;

@@ -21,6 +21,9 @@ class ReviewKeys : public QObject {
         std::function<bool()> isInFront; ///< one that plays
         /// A key of the picture in fullscreen. Whether it is used up; the others are the screen's.
         std::function<bool(const KeyEvent&)> handleFullscreen;
+        /// The keys 1 to 9, where no action has them: the camera of that place, from 0. Whether it is used
+        /// up.
+        std::function<bool(std::size_t camera)> hear;
         std::function<void()> leave;
     };
     /// `window` outlives it.

@@ -181,7 +181,7 @@ void ResultsModel::sort(int column, Qt::SortOrder order) {
 ResultsViewModel::Row ResultsModel::makeRow(std::size_t index) const {
     ResultsViewModel::Row made = rows_.row(index);
     // Names of clips and files are people's own; the rest is ours.
-    for (const Column column : {Column::match, Column::sound, Column::begins}) {
+    for (const Column column : {Column::match, Column::sound, Column::begins, Column::loudness}) {
         std::string& cell = made.texts[static_cast<std::size_t>(column)];
         cell = utf8(translatedSentence(cell));
     }

@@ -230,12 +230,13 @@ void LoudnessSection::show(const SyncGroup& clip) {
     shown_ = part;
     source_->setText(translatedSentence(part.source));
     preset_->setText(text(part.preset));
-    target_->setText(text(part.target));
+    target_->setText(translatedSentence(part.target));
     forecast_->setText(part.forecast.empty() ? tr("after a measurement") : text(part.forecast));
-    gain_->show(text(part.gain));
+    gain_->show(translatedSentence(part.gain));
     showUnlessEmpty(warning_, translatedSentence(part.warning));
     showUnlessEmpty(estimation_, translatedSentence(part.estimation));
-    setSummary(part.isAutomatic ? text(part.gain) : tr("%1 by hand").arg(text(part.gain)));
+    const QString gain = translatedSentence(part.gain);
+    setSummary(part.isAutomatic ? gain : tr("%1 by hand").arg(gain));
 }
 
 } // namespace orvane::views

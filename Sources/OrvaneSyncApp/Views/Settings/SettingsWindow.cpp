@@ -4,6 +4,7 @@
 #include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QListWidget>
 #include <QSettings>
 #include <QShortcut>
@@ -123,6 +124,11 @@ void SettingsWindow::refreshSoon() {
         *scheduled = false;
         for (SettingsPage* page : settingsPages_) page->refresh();
     });
+}
+
+void SettingsWindow::keyPressEvent(QKeyEvent* event) {
+    const bool clears = event->key() == Qt::Key_Escape && search_->hasFocus() && !search_->text().isEmpty();
+    clears ? search_->clear() : QDialog::keyPressEvent(event);
 }
 
 void SettingsWindow::showMatching() {

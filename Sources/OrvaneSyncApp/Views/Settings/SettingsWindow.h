@@ -28,6 +28,10 @@ class SettingsWindow : public QDialog {
     void showTab(SettingPage page);
     QLineEdit* search() { return search_; }
 
+  protected:
+    /// Escape takes the words of the search away first.
+    void keyPressEvent(QKeyEvent* event) override;
+
   private:
     void listen();
     void refreshSoon();

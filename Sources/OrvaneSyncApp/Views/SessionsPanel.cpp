@@ -233,6 +233,7 @@ QTreeWidgetItem* SessionsPanel::addFolder(const std::string& name) {
     badges_[name] = badge;
     connect(badge, &QPushButton::clicked, this, [this, name, badge] { pickProject(name, badge); });
     tree_->setItemWidget(item, badgeColumn, badge);
+    item->setSizeHint(badgeColumn, badge->sizeHint()); // higher than a row of text
     return item;
 }
 

@@ -11,8 +11,10 @@
 #include <QAbstractItemDelegate>
 #include <QAbstractScrollArea>
 #include <QAction>
+#include <QDropEvent>
 #include <QInputDialog>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QStackedWidget>
@@ -181,6 +183,36 @@ TEST_F(WindowTest, ScansNothingWhereAFolderThatIsNamedIsNotThere) {
         << bannerText().toStdString();
     EXPECT_FALSE(window_->isScanning());
     EXPECT_EQ(work().folders(), std::vector{FileURL{folder_.path("shoot/camera")}}) << "ready to be scanned";
+}
+
+TEST_F(WindowTest, WhatIsDroppedGoesWhereItBelongs) {
+    const auto drop = [&](const QStringList& names) {
+        QMimeData data;
+        QList<QUrl> urls;
+        for (const QString& name : names) urls << QUrl::fromLocalFile(text(folder_.path(utf8(name))));
+        data.setUrls(urls);
+        QDragEnterEvent enter({}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(window_.get(), &enter);
+        QDropEvent event({}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(window_.get(), &event);
+    };
+    folder_.write("notes.pdf", "%PDF-1.7");
+    folder_.write("report.csv", "Name,Scene\nA001C001,12\n");
+    drop({"notes.pdf"});
+    EXPECT_TRUE(bannerText().startsWith("“notes.pdf”")) << bannerText().toStdString();
+    drop({"shoot/sound"});
+    EXPECT_EQ(bannerText(), "");
+    drop({"shoot/camera"}); // does not take the place of the sound
+    const auto folderOf = [&](const auto& url) { return url ? url->lastPathComponent() : std::string(); };
+    EXPECT_TRUE(waitUntil([&] {
+        return folderOf(work().videoFolderURL()) == "camera" && folderOf(work().audioFolderURL()) == "sound";
+    }));
+    QTest::keyClick(window_->focusWidget(), Qt::Key_Return);
+    ASSERT_TRUE(window_->isScanning());
+    ASSERT_TRUE(waitUntil([&] { return !window_->isScanning(); }));
+    drop({"report.csv"});
+    EXPECT_TRUE(waitUntil([&] { return bannerText().startsWith("Report loaded: "); }))
+        << bannerText().toStdString();
 }
 
 TEST_F(WindowTest, OffersNothingForAllClipsWhileAScanReplacesThem) {

@@ -5,6 +5,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncApp/ViewModels/Results/ListeningTexts.h"
+#include "OrvaneSyncApp/Views/DropFrame.h"
 #include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
 #include "OrvaneSyncApp/Views/MainMenus.h"
 #include "OrvaneSyncApp/Views/RecentPlaces.h"
@@ -23,9 +24,7 @@
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <QCloseEvent>
-#include <QDragEnterEvent>
 #include <QFileInfo>
-#include <QMimeData>
 #include <QPointer>
 #include <QScreen>
 #include <QSettings>
@@ -36,7 +35,6 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
-#include <cstdio>
 
 namespace orvane::views {
 
@@ -47,20 +45,6 @@ namespace {
 constexpr QSize smallest{1024, 640};
 constexpr QSize usualWindow{1440, 800};
 constexpr int sessionsWidth = 230;
-
-QStringList droppedPaths(const QMimeData* data) {
-    QStringList paths;
-    for (const QUrl& url : data->urls())
-        if (url.isLocalFile()) paths << url.toLocalFile();
-    return paths;
-}
-
-QStringList folders(const QStringList& paths) {
-    QStringList found;
-    for (const QString& path : paths)
-        if (QFileInfo(path).isDir()) found << path;
-    return found;
-}
 
 } // namespace
 
@@ -100,6 +84,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     splitter_->setChildrenCollapsible(false);
     splitter_->setSizes({sessionsWidth, usualWindow.width() - sessionsWidth});
     setCentralWidget(splitter_);
+    dropFrame_ = new DropFrame(this);
     // What a menu says of its entries lies over it for a moment.
     statusBar()->addWidget(status_ = design::facts({}));
     status_->setWordWrap(false);
@@ -405,6 +390,7 @@ void MainWindow::showResults() {
 
 void MainWindow::startScan() {
     wantsStart_ = false;
+    isDropped_ = false;
     banner_->clear();
     scanning_->begin();
     const bool isOther = desktop_.controller().work().syncGroups().empty();
@@ -474,47 +460,6 @@ void MainWindow::offerKnownSession() {
         });
 }
 
-void MainWindow::scanFolders(const QStringList& paths) {
-    QStringList absolute;
-    for (const QString& path : paths) absolute << QFileInfo(path).absoluteFilePath();
-    start_->takeFolders(absolute);
-    if (desktop_.isEnabled("startScan")) startScan();
-}
-
-void MainWindow::openPaths(const QStringList& paths) {
-    if (paths.size() == 1 && paths.first().endsWith(QStringLiteral(".orvanesync")))
-        return openProject(paths.first());
-    const QStringList cards = folders(paths);
-    if (cards.size() == paths.size()) {
-        if (!cards.isEmpty()) scanFolders(cards);
-        return;
-    }
-    // A scan of the others would have clips without their sound.
-    if (!cards.isEmpty()) showFolders(cards);
-    QStringList others;
-    for (const QString& path : paths)
-        if (!cards.contains(path)) others << QStringLiteral("“%1”").arg(path);
-    const QString why = tr("No folder and no project: %1. Check the name, and whether the card is connected; "
-                           "nothing is scanned until then.")
-                            .arg(others.join(QStringLiteral(", ")));
-    banner_->show(Signal::missing, why);
-    std::fprintf(stderr, "%s\n", qUtf8Printable(why));
-}
-
-void MainWindow::showFolders(const QStringList& cards) {
-    wantsStart_ = true;
-    start_->takeFolders(cards);
-    showPage();
-    updateActions();
-}
-
-void MainWindow::openProject(const QString& path) {
-    RecentPlaces::add({QFileInfo(path).absoluteFilePath()});
-    JSON arguments = JSON::object();
-    arguments.set("path", utf8(QFileInfo(path).absoluteFilePath()));
-    desktop_.run("loadProject", std::move(arguments));
-}
-
 void MainWindow::showPage() {
     const ImportController& controller = desktop_.controller();
     const ScanState state = controller.scan().scanState();
@@ -567,22 +512,6 @@ void MainWindow::restorePlaces() {
     const QSettings places;
     restoreGeometry(places.value(QStringLiteral("window")).toByteArray());
     splitter_->restoreState(places.value(QStringLiteral("sessions")).toByteArray());
-}
-
-void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
-    if (!droppedPaths(event->mimeData()).isEmpty()) event->acceptProposedAction();
-}
-
-void MainWindow::dropEvent(QDropEvent* event) {
-    const QStringList paths = droppedPaths(event->mimeData());
-    if (paths.size() == 1 && paths.first().endsWith(QStringLiteral(".orvanesync")))
-        return openProject(paths.first());
-    const QStringList dropped = folders(paths);
-    if (dropped.isEmpty()) {
-        banner_->show(Signal::doubtful, tr("Drop the folders of the cards, or a project file."));
-        return;
-    }
-    showFolders(dropped);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

@@ -21,6 +21,7 @@ class Banner;
 
 namespace orvane::views {
 
+class DropFrame;
 class MainMenus;
 class MulticamView;
 class OutlineView;
@@ -56,6 +57,7 @@ class MainWindow : public QMainWindow {
 
   protected:
     void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
@@ -72,6 +74,8 @@ class MainWindow : public QMainWindow {
     void offerKnownSession();
     /// On the start screen, to be scanned from there.
     void showFolders(const QStringList& cards);
+    /// The same with those that were dropped before.
+    void addDropped(const QStringList& cards);
     void showPage();
     /// To the screen in front; of the list its rows have it.
     void takeKeyboard();
@@ -100,6 +104,7 @@ class MainWindow : public QMainWindow {
 
     Desktop& desktop_;
     SessionsPanel* sessions_;
+    DropFrame* dropFrame_;
     StartView* start_;
     ScanningView* scanning_;
     ResultsView* results_ = nullptr;
@@ -120,6 +125,7 @@ class MainWindow : public QMainWindow {
     bool isOpening_ = false;                     ///< one screen gives way to another
     bool areSessionsHidden_ = false;             ///< by a screen that plays
     std::optional<platform::Task> scan_;
+    bool isDropped_ = false;  ///< folders were, since the last scan
     bool wantsStart_ = false; ///< the user asked for another scan over open work
     platform::Subscription workObservation_;
     platform::Subscription sessionObservation_;

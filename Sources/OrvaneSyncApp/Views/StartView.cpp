@@ -60,7 +60,19 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, std::function
     section->add(combinedRow_ = folderRow(combined_, tr("Folder with picture and sound")));
     section->add(videoRow_ = folderRow(video_, tr("Video folder")));
     section->add(audioRow_ = folderRow(audio_, tr("Audio folder")));
-    section->add(more_ = facts({}));
+    moreRow_ = new QWidget;
+    auto* moreLine = new QHBoxLayout(moreRow_);
+    moreLine->setContentsMargins(0, 0, 0, 0);
+    moreLine->addWidget(more_ = facts({}), 1);
+    auto* leaveOut = button({}, Glyph::cross, Weight::quiet);
+    leaveOut->setAccessibleName(tr("Leave the further folders out"));
+    leaveOut->setToolTip(tr("Leave the further folders out"));
+    connect(leaveOut, &QPushButton::clicked, this, [this] {
+        moreFolders_.clear();
+        applyFields();
+    });
+    moreLine->addWidget(leaveOut);
+    section->add(moreRow_);
     rows->addWidget(section);
 
     auto* buttons = new QHBoxLayout;
@@ -71,6 +83,7 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, std::function
     buttons->addStretch(1);
     start_ = button(tr("Scan && Match"), Weight::primary);
     start_->setToolTip(tr("Scan and match media files"));
+    start_->setAutoDefault(true); // Return presses it
     buttons->addWidget(start_);
     rows->addWidget(lost_ = new Remark);
     lost_->setObjectName(QStringLiteral("lost"));
@@ -263,8 +276,16 @@ void StartView::showWhatIsSet() {
     audio_->setText(audio);
     if (video.isEmpty() && audio.isEmpty()) combined_->clear();
     const auto count = static_cast<int>(work.folders().size()) - (video == audio ? 1 : 2);
-    more_->setVisible(count > 0);
-    more_->setText(tr("and %n more folder(s)", nullptr, count));
+    moreRow_->setVisible(count > 0);
+    QStringList more, paths;
+    for (const FileURL& folder : work.scanScope().moreFolders) {
+        more << text(folder.lastPathComponent());
+        paths << text(folder.pathText());
+    }
+    more_->setText(tr("and %n more folder(s)", nullptr, count) + QStringLiteral(": ") +
+                   more.join(QStringLiteral(", ")));
+    more_->setToolTip(paths.join(QLatin1Char('\n')));
+    moreFolders_ = paths; // those of a session that was opened, too
     showMode();
     start_->setEnabled(desktop_.isEnabled("startScan"));
     showWayBack();

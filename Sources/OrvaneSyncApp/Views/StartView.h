@@ -26,6 +26,8 @@ class StartView : public QWidget {
 
     /// The first folder is that of the picture, a second one that of the sound; more are read for both.
     void takeFolders(const QStringList& paths);
+    /// Return scans from there.
+    void focusScan() { start_->setFocus(); }
 
   protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -54,6 +56,7 @@ class StartView : public QWidget {
     QWidget* combinedRow_;
     QWidget* videoRow_;
     QWidget* audioRow_;
+    QWidget* moreRow_;
     QLabel* more_;
     QPushButton* start_;
     QPushButton* toClips_; ///< hidden where there are none

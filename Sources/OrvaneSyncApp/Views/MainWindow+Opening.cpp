@@ -1,0 +1,158 @@
+#include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/ViewModels/Results/CardOrder.h"
+#include "OrvaneSyncApp/Views/Background.h"
+#include "OrvaneSyncApp/Views/DropFrame.h"
+#include "OrvaneSyncApp/Views/MainWindow.h"
+#include "OrvaneSyncApp/Views/RecentPlaces.h"
+#include "OrvaneSyncApp/Views/StartView.h"
+
+#include <QDragEnterEvent>
+#include <QFileInfo>
+#include <QMimeData>
+#include <QStackedWidget>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace orvane::views {
+
+using namespace design;
+
+namespace {
+
+QStringList droppedPaths(const QMimeData* data) {
+    QStringList paths;
+    for (const QUrl& url : data->urls())
+        if (url.isLocalFile()) paths << url.toLocalFile();
+    return paths;
+}
+
+QStringList folders(const QStringList& paths) {
+    QStringList found;
+    for (const QString& path : paths)
+        if (QFileInfo(path).isDir()) found << path;
+    return found;
+}
+
+bool isProject(const QStringList& paths) {
+    return paths.size() == 1 && paths.first().endsWith(QStringLiteral(".orvanesync"));
+}
+
+bool isReport(const QStringList& paths) {
+    static const QStringList endings{QStringLiteral("ale"), QStringLiteral("csv"), QStringLiteral("txt"),
+                                     QStringLiteral("tsv")};
+    return paths.size() == 1 && endings.contains(QFileInfo(paths.first()).suffix().toLower());
+}
+
+} // namespace
+
+void MainWindow::scanFolders(const QStringList& paths) {
+    QStringList absolute;
+    for (const QString& path : paths) absolute << QFileInfo(path).absoluteFilePath();
+    start_->takeFolders(absolute);
+    if (desktop_.isEnabled("startScan")) startScan();
+}
+
+void MainWindow::openPaths(const QStringList& paths) {
+    if (paths.size() == 1 && paths.first().endsWith(QStringLiteral(".orvanesync")))
+        return openProject(paths.first());
+    const QStringList cards = folders(paths);
+    if (cards.size() == paths.size()) {
+        if (!cards.isEmpty()) scanFolders(cards);
+        return;
+    }
+    // A scan of the others would have clips without their sound.
+    if (!cards.isEmpty()) showFolders(cards);
+    QStringList others;
+    for (const QString& path : paths)
+        if (!cards.contains(path)) others << QStringLiteral("“%1”").arg(path);
+    const QString why = tr("No folder and no project: %1. Check the name, and whether the card is connected; "
+                           "nothing is scanned until then.")
+                            .arg(others.join(QStringLiteral(", ")));
+    banner_->show(Signal::missing, why);
+    std::fprintf(stderr, "%s\n", qUtf8Printable(why));
+}
+
+void MainWindow::showFolders(const QStringList& cards) {
+    wantsStart_ = true;
+    start_->takeFolders(cards);
+    wantsStart_ = true; // also where they opened a session of their own
+    showPage();
+    updateActions();
+}
+
+void MainWindow::addDropped(const QStringList& cards) {
+    // Cards are dropped one after the other as well as at once.
+    const bool isAdding = pages_->currentWidget() == start_ && isDropped_;
+    QStringList all;
+    if (isAdding)
+        for (const FileURL& folder : desktop_.controller().work().folders()) all << text(folder.path);
+    for (const QString& card : cards)
+        if (!all.contains(card)) all << card;
+    isDropped_ = true;
+    showFolders(all);
+    start_->focusScan();
+    if (all.size() < 2) return;
+    std::vector<std::string> folders;
+    for (const FileURL& folder : desktop_.controller().work().folders()) folders.push_back(folder.path);
+    inBackground(
+        this, [folders] { return cardsByContents(folders); },
+        [this, folders](const std::vector<std::string>& ordered) {
+            std::vector<std::string> present;
+            for (const FileURL& folder : desktop_.controller().work().folders())
+                present.push_back(folder.path);
+            if (present != folders || pages_->currentWidget() != start_) return; // others by now, or scanned
+            QStringList paths;
+            for (const std::string& folder : ordered) paths << text(folder);
+            start_->takeFolders(paths);
+        });
+}
+
+void MainWindow::openProject(const QString& path) {
+    RecentPlaces::add({QFileInfo(path).absoluteFilePath()});
+    JSON arguments = JSON::object();
+    arguments.set("path", utf8(QFileInfo(path).absoluteFilePath()));
+    desktop_.run("loadProject", std::move(arguments));
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+    const QStringList paths = droppedPaths(event->mimeData());
+    if (paths.isEmpty()) return;
+    event->acceptProposedAction();
+    dropFrame_->show(isProject(paths)  ? tr("Opens the project")
+                     : isReport(paths) ? tr("Loads the report")
+                                       : tr("Takes the folders for the next scan"));
+}
+
+void MainWindow::dragLeaveEvent(QDragLeaveEvent*) { dropFrame_->hide(); }
+
+void MainWindow::dropEvent(QDropEvent* event) {
+    dropFrame_->hide();
+    const QStringList paths = droppedPaths(event->mimeData());
+    banner_->clear(); // what was said of a drop before
+    if (isProject(paths)) return openProject(paths.first());
+    if (isReport(paths)) {
+        if (!desktop_.isEnabled("loadALE"))
+            return banner_->show(Signal::doubtful,
+                                 tr("“%1” is a report: drop it again when the scan has ended.")
+                                     .arg(QFileInfo(paths.first()).fileName()));
+        JSON arguments = JSON::object();
+        arguments.set("path", utf8(paths.first()));
+        desktop_.run("loadALE", std::move(arguments), [this](const JSON&) {
+            if (desktop_.controller().work().syncGroups().empty())
+                banner_->show(Signal::none, tr("The report is laid over the clips of the next scan."));
+        });
+        return;
+    }
+    const QStringList dropped = folders(paths);
+    if (!dropped.isEmpty()) addDropped(dropped);
+    QStringList refused;
+    for (const QString& path : paths)
+        if (!dropped.contains(path)) refused << QStringLiteral("“%1”").arg(QFileInfo(path).fileName());
+    if (!refused.isEmpty())
+        banner_->show(Signal::doubtful,
+                      tr("%1 can't be taken: drop the folders of the cards, a project file or a report.")
+                          .arg(refused.join(QStringLiteral(", "))));
+}
+
+} // namespace orvane::views

@@ -384,6 +384,7 @@ TEST_F(ReviewModelTest, theCamerasOfATakePlayAsOne) {
     finish(cluster->load({other_, id_}));
     EXPECT_DOUBLE_EQ(cameraAt(id_), 4.5);
     EXPECT_DOUBLE_EQ(cameraAt(other_), 1.5) << "without a clap of its own, where the other one claps";
+    EXPECT_EQ(bag.engines().at(id_)->playhead().timecodeString(), "10:00:04:12");
     EXPECT_EQ(bag.audioSourceMemberID(), id_); // the choice stays while its camera does
     controller_->withUndo(undoSteps::removeVideoFromSync,
                           [&] { controller_->recordings().removeVideoFromSync(id_); });

@@ -30,6 +30,13 @@ std::optional<double> openingOf(const SyncGroup& member, const std::vector<SyncG
     return std::nullopt;
 }
 
+/// The load, and then the clip's timecode at its playhead.
+platform::Task withTimecode(platform::Task loading, std::shared_ptr<VideoEngine> engine,
+                            std::optional<std::string> stated, std::optional<TimecodeFrameRate> rate) {
+    co_await loading;
+    engine->setStartTimecode(stated, rate);
+}
+
 } // namespace
 
 platform::Task ClusterEngineBag::allOf(std::vector<platform::Task> tasks) {
@@ -54,9 +61,10 @@ platform::Task ClusterEngineBag::load(const std::vector<SyncGroup>& members) {
         memberSyncOffsets_[member.id] = sound.offsetSeconds;
         memberLabels_.emplace_back(member.id, labelOf(member));
         const auto& engine = engineFor(member.id);
-        loading.push_back(
+        loading.push_back(withTimecode(
             engine->loadClip(member.video.url, sound.take, sound.offsetSeconds, openingOf(member, members),
-                             {member.video.durationSeconds.value_or(0), member.video.frameRate.value_or(0)}));
+                             {member.video.durationSeconds.value_or(0), member.video.frameRate.value_or(0)}),
+            engine, member.video.startTimecodeString, member.video.timecodeFrameRate));
         showWaveform(member.id, sound.take);
     }
     if (!audioSourceMemberID_ || !isMember(*audioSourceMemberID_))

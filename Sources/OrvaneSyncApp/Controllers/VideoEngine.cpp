@@ -1,6 +1,8 @@
 #include "OrvaneSyncApp/Controllers/VideoEngine.h"
 
 #include "OrvaneSyncCore/Services/Playback/ScrubBlipAudio.h"
+#include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
+#include "Timecode/Timecode.h"
 
 #include <algorithm>
 #include <cassert>
@@ -153,6 +155,14 @@ void VideoEngine::setStartTimecode(double seconds, std::optional<TimecodeFrameRa
     playhead_.startTimecodeSeconds = seconds;
     playhead_.timecodeRate = rate;
     notify(VideoEngineField::playhead);
+}
+
+void VideoEngine::setStartTimecode(const std::optional<std::string>& stated,
+                                   std::optional<TimecodeFrameRate> rate) {
+    if (!stated) return;
+    if (!rate) rate = TimecodeUtils::frameRate(playhead_.frameRate);
+    const auto start = Timecode::fromString(*stated, *rate);
+    setStartTimecode(start ? start->realTimeValue() : 0, rate);
 }
 
 bool VideoEngine::correctInitialSeek(double toSeconds) {

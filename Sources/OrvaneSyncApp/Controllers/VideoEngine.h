@@ -18,6 +18,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace orvane {
@@ -87,6 +88,9 @@ class VideoEngine : public std::enable_shared_from_this<VideoEngine> {
     /// Unloads everything.
     void cleanup();
     void setStartTimecode(double seconds, std::optional<TimecodeFrameRate> rate);
+    /// As a file states it, once it is loaded; without a rate of its own at that of the pictures. Nothing
+    /// changes without a timecode.
+    void setStartTimecode(const std::optional<std::string>& stated, std::optional<TimecodeFrameRate> rate);
 
     void play();
     /// The same from `time` on, brought within the clip, at a moment of the players' clock.

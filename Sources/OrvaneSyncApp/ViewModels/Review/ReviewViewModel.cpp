@@ -4,8 +4,6 @@
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Timeline/ClipPlaces.h"
 #include "OrvaneSyncCore/Services/Waveform/OnsetDetector.h"
-#include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
-#include "Timecode/Timecode.h"
 
 #include <cmath>
 #include <utility>
@@ -65,7 +63,7 @@ platform::Task ReviewViewModel::load(std::weak_ptr<ReviewViewModel> weak, UUID g
     co_await opening;
     group = clipStillInView();
     if (group == nullptr) co_return;
-    self->setStartTimecode(*group);
+    self->engine_->setStartTimecode(group->video.startTimecodeString, group->video.timecodeFrameRate);
     const platform::Task waveform = self->timeline_.loadWaveform(true);
     const platform::Task detecting = self->timeline_.autoDetectAudioAnchorIfMissing(groupID);
     const auto clapOfLocked = std::make_shared<std::optional<double>>();
@@ -83,14 +81,6 @@ platform::Task ReviewViewModel::load(std::weak_ptr<ReviewViewModel> weak, UUID g
     self.reset();
     co_await showing;
     co_await waveform;
-}
-
-void ReviewViewModel::setStartTimecode(const SyncGroup& group) {
-    if (!group.video.startTimecodeString) return;
-    const auto rate =
-        group.video.timecodeFrameRate.value_or(TimecodeUtils::frameRate(engine_->playhead().frameRate));
-    const auto start = Timecode::fromString(*group.video.startTimecodeString, rate);
-    engine_->setStartTimecode(start ? start->realTimeValue() : 0, rate);
 }
 
 void ReviewViewModel::close() {

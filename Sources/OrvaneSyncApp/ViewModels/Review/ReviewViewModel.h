@@ -83,7 +83,6 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     void edit(const UndoStep& step, void (ClipEditing::*operation)(UUID));
     void lockCluster();
     double clapCheckSeconds() const; ///< clip time, of the middle
-    void setStartTimecode(const SyncGroup& group);
 
     const std::shared_ptr<ImportController> controller_;
     TimelineController& timeline_;

@@ -57,6 +57,7 @@ class MulticamView::Cell : public QFrame {
             key->setToolTip(tr("The key %1 hears this camera").arg(number));
             key->setWordWrap(false);
             row->addWidget(key);
+            row->addSpacing(space::small);
         }
         auto* shown = new ElidedLabel(Qt::ElideRight);
         shown->setText(name); // cameras count their clips at the beginning

@@ -78,6 +78,7 @@ QPushButton[primary="true"] { background: @selected; color: @onSelected; border-
 QPushButton[primary="true"]:disabled, QPushButton:disabled { color: @disabled; background: @panel; border-color: @line; }
 QPushButton[quiet="true"] { background: transparent; border-color: transparent; text-align: left; }
 QPushButton[iconOnly="true"] { padding: 6px; }
+QPushButton[compact="true"] { padding: 0px 6px; }
 QPushButton[quiet="true"]:hover { background: @hovered; }
 QPushButton:focus, QToolButton:focus, QLineEdit:focus, QComboBox:focus, QAbstractItemView:focus, QCheckBox:focus { border: 1px solid @focus; outline: 0; }
 QLineEdit, QPlainTextEdit, QComboBox, QSpinBox, QDoubleSpinBox { color: @text; background: @raised; border: 1px solid @line; border-radius: 5px; padding: 5px 8px; selection-background-color: @selected; selection-color: @onSelected; }

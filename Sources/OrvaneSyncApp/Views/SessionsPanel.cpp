@@ -6,6 +6,8 @@
 #include "OrvaneSyncApp/Views/ProjectPicker.h"
 #include "OrvaneSyncApp/Views/Settings/Remark.h"
 #include "OrvaneSyncApp/Views/StartView.h"
+#include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <QAbstractItemDelegate>
 #include <QDateTime>
@@ -228,12 +230,12 @@ QTreeWidgetItem* SessionsPanel::addFolder(const std::string& name) {
     item->setExpanded(true);
     QPushButton* badge = button({}, Weight::quiet);
     badge->setFont(factsFont());
+    badge->setProperty("compact", true); // as high as a row of text
     badge->setObjectName(QStringLiteral("badge ") + text(name));
     badge->setToolTip(tr("Project of LockitNetwork, and prefix of the metadata"));
     badges_[name] = badge;
     connect(badge, &QPushButton::clicked, this, [this, name, badge] { pickProject(name, badge); });
     tree_->setItemWidget(item, badgeColumn, badge);
-    item->setSizeHint(badgeColumn, badge->sizeHint()); // higher than a row of text
     return item;
 }
 
@@ -390,9 +392,10 @@ void SessionsPanel::askToDeleteSession(const QString& id) {
         if (const auto all = ClipDecisions::of(desktop_.controller()); all.any())
             decided = decisionsText(all);
     if (isAgreed(this, tr("Delete session?"),
-                 tr("“%1” with %2 clips goes, and all that was decided of them: %3. The media stay as they "
-                    "are. This can't be taken back.")
-                     .arg(text(session->name), QString::number(session->groupCount), decided),
+                 tr("“%1” goes with %2 and all that was decided of them: %3. The media stay as they are. "
+                    "This can't be taken back.")
+                     .arg(text(session->name),
+                          translatedSentence(counted(session->groupCount, "clip", "clips")), decided),
                  tr("Delete"), tr("Cancel")))
         run("deleteSession", sessionArgument(id));
 }

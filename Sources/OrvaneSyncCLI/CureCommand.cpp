@@ -204,7 +204,7 @@ std::optional<std::string> CureCommands::next(std::string_view cure) {
     const CureOptions options = CureReader(cure).firstWay();
     if (options.isEmpty()) return std::nullopt;
     std::vector<std::string> words = cured(call_, options);
-    const std::string plain = shellLine(words);
+    std::string plain = shellLine(words);
     if (platform::text::printable(plain) != plain || !given_.insert(plain).second) return std::nullopt;
     if (!options.leavesCardsOut() || !numberOutput(words, documents_ + 1)) return plain;
     ++documents_;

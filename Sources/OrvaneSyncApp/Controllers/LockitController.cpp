@@ -283,7 +283,7 @@ Task LockitController::matchDays(Weak weak, std::shared_ptr<Sync> sync,
             return std::make_unique<DayRequest>(mainThread, sync->client, sync->projectID, (*days)[day].uuid,
                                                 sync->names);
         };
-        const std::unique_ptr<DayRequest> asked = next ? std::move(next) : request(i);
+        const std::unique_ptr<DayRequest> asked = next ? std::exchange(next, nullptr) : request(i);
         asked->send();
         if (i + 1 < days->size()) next = request(i + 1);
         // Where another day is needed in any case, the service works on it meanwhile.

@@ -54,7 +54,7 @@ std::optional<Agreement> agreementOf(std::vector<double> offsets, double least =
     return Agreement{offset, agreeing};
 }
 
-using CardKey = std::tuple<std::string_view, std::string_view, std::optional<long>>; ///< clips, sound, day
+using CardPair = std::tuple<std::string_view, std::string_view, std::optional<long>>; ///< clips, sound, day
 
 /// The mark that all first recordings of the clips have, and no other recorder's beside them. Whether nothing
 /// else of the folder lies beside them, or such a mark parts the two.
@@ -104,7 +104,7 @@ std::optional<HeardRate> rateOf(const Shoot& shoot, const HandledClips& card) {
 void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
     static const std::unordered_map<UUID, HeardLag> none;
     const auto& heardLags = shoot.input.heardLags != nullptr ? *shoot.input.heardLags : none;
-    std::map<CardKey, HandledClips> cards;
+    std::map<CardPair, HandledClips> cards;
     for (const Shoot::Clip& clip : shoot.clips) {
         if (!clip.primary || clip.group->isExcludedFromExport) continue;
         const Recording& sound = shoot.recordings[*clip.primary];
@@ -126,7 +126,7 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
     const auto rate = rateOfLabels(shoot);
     const OffsetCure cure(shoot, rate);
     for (const auto& entry : cards) {
-        const CardKey& key = entry.first;
+        const CardPair& key = entry.first;
         const HandledClips& card = entry.second;
         platform::throwIfStopped(shoot.stop);
         if (card.isConfirmed || card.unmoved.empty()) continue;

@@ -103,8 +103,8 @@ class SessionManager : public std::enable_shared_from_this<SessionManager> {
     void rename(const UUID& sessionId, std::string name);
     /// Blank: out of its folder.
     void setFolder(const UUID& sessionId, const std::optional<std::string>& folder);
-    /// Cannot be taken back. Of the open session the work goes too, as by `close`, once this has been started.
-    /// Throws FileError when it could not be deleted; all stands as it was then.
+    /// Cannot be taken back. Of the open session the work goes too, as by `close`, once this has been
+    /// started. Throws FileError when it could not be deleted; all stands as it was then.
     void deleteSession(UUID sessionId);
     /// In the list, or a folder on the disk whose record can't be read.
     bool exists(const UUID& sessionId) const;

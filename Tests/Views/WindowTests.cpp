@@ -428,8 +428,14 @@ TEST_F(WindowTest, LongWorkIsShownWhileItRunsAndCanBeCancelled) {
     EXPECT_TRUE(state.results.empty());
     EXPECT_EQ(bannerText(), "Smart Audio has analyzed 0 of 2 clips with sound.");
     window_->results().table()->selectRow(0);
-    for (QAction* one : window_->findChildren<QAction*>())
-        if (one->shortcut() == QKeySequence(QStringLiteral("Ctrl+R"))) one->trigger();
+    QAction* matchAgain = nullptr;
+    ASSERT_TRUE(waitUntil([&] { // what was stopped leaves the table of commands a moment later
+        for (QAction* one : window_->findChildren<QAction*>())
+            if (one->shortcut() == QKeySequence(QStringLiteral("Ctrl+R")) && one->isEnabled())
+                matchAgain = one;
+        return matchAgain != nullptr;
+    }));
+    matchAgain->trigger();
     EXPECT_TRUE(waitUntil([&] {
         const auto* toast = window_->findChild<QFrame*>(QStringLiteral("toast"));
         return toast != nullptr && toast->accessibleName() == "Matched again: nothing has changed.";

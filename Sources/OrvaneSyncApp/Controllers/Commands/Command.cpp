@@ -95,6 +95,10 @@ std::string problemOf(const JSON& value, const Parameter& parameter) {
     if (!isOfKind(value, parameter.kind)) return "must be " + std::string(kindText(parameter.kind));
     const Range range(parameter);
     if (const auto number = value.number(); number && !range.holds(*number)) return "must be " + range.text();
+    if (!parameter.choices.empty() &&
+        std::ranges::find(parameter.choices, *value.string()) == parameter.choices.end())
+        return "must be one of " +
+               platform::text::joined({parameter.choices.begin(), parameter.choices.end()}, ", ");
     if (parameter.kind == Parameter::Kind::path) return problemOfPath(*value.string());
     if (parameter.kind == Parameter::Kind::paths)
         for (const JSON& path : *value.elements())

@@ -73,15 +73,6 @@ bool hasOffset(const SyncGroup& group) { return group.manualAudioOffsetSeconds !
 bool hasRangeOverride(const SyncGroup& group) { return !group.manualBlockOverrides.empty(); }
 bool hasWildTracks(const CommandContext& context) { return !context.controller->work().wildTracks().empty(); }
 
-SyncMethod syncMethod(const Call& call) {
-    try {
-        return fromJSON<SyncMethod>(call.any("method"));
-    } catch (const DecodingError&) {
-        throw Error(Refusal::invalidArguments,
-                    "setSyncMethod: there is no method '" + call.text("method") + "'");
-    }
-}
-
 /// An asset of the pool by its identifier, or an asset as other commands give it.
 MediaAsset audio(const Controller& controller, const Call& call) {
     const JSON given = call.any("audio");
@@ -102,8 +93,6 @@ MediaAsset audio(const Controller& controller, const Call& call) {
 JSON lockCluster(CommandContext& context, const Call& call) {
     const std::string source = call.textIfPresent("source").value_or(
         std::string(rawValue(context.settings->get(settings::clipNamingSource))));
-    if (call.has("source") && !fromRawValue<ClipNamingSource>(source))
-        throw Error(Refusal::invalidArguments, "lockAllInCluster: there is no source '" + source + "'");
     const std::string pattern =
         call.textIfPresent("customPattern").value_or(context.settings->get(settings::customNamingPattern));
     context.controller->withUndo(undoSteps::lockAllInCluster, [&] {
@@ -228,7 +217,7 @@ std::vector<Command> valueCommands() {
         Command("setSyncMethod", undoSteps::setSyncMethod.actionName, "Says by what the clip is in sync.",
                 {groupID, {.name = "method", .kind = text, .choices = syncMethodNames}},
                 [](CommandContext& context, const Call& call) {
-                    const SyncMethod method = syncMethod(call);
+                    const auto method = fromJSON<SyncMethod>(call.any("method"));
                     context.controller->withUndo(setSyncMethod, [&] {
                         context.controller->clips().setSyncMethod(call.id("groupID"), method);
                     });

@@ -38,9 +38,7 @@ ExportSettings exportSettings(CommandContext& context, const Call& call) {
     if (const auto& session = context.sessions->currentSessionId())
         options.metadataPrefix = context.sessions->metadataPrefix(*session).value_or("");
     ExportSettings settings = context.controller->exporting().exportSettings(options);
-    if (call.has(version.name))
-        if (const auto named = fcpxml::fcpxmlVersionFrom(call.text(version.name)))
-            settings.fcpxmlVersion = *named;
+    if (call.has(version.name)) settings.fcpxmlVersion = *fcpxml::fcpxmlVersionFrom(call.text(version.name));
     return settings;
 }
 

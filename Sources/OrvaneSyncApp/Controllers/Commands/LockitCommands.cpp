@@ -62,20 +62,10 @@ platform::Task syncLockit(CommandContext& context, Call /*call*/, std::shared_pt
     *result = controller->lockit().lockitSyncStatus().value_or("");
 }
 
-LockitField fieldOf(const Call& call) {
-    if (const auto field = fromRawValue<LockitField>(call.text("field"))) return *field;
-    throw Error(Refusal::invalidArguments, "there is no field '" + call.text("field") + "'");
-}
-
-FCPMetaTarget targetOf(const Call& call) {
-    if (const auto target = fromRawValue<FCPMetaTarget>(call.text("target"))) return *target;
-    throw Error(Refusal::invalidArguments, "there is no target '" + call.text("target") + "'");
-}
-
 /// Answers when it is on the disk.
 platform::Task setFieldMapping(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
-    const LockitField field = fieldOf(call);
-    const FCPMetaTarget target = targetOf(call);
+    const LockitField field = *fromRawValue<LockitField>(call.text("field"));
+    const FCPMetaTarget target = *fromRawValue<FCPMetaTarget>(call.text("target"));
     const auto customKey = call.textIfPresent("customKey");
     const auto mainThread = context.controller->work().environment.mainThread;
     // Not within the co_await: GCC 12 destroys what the branch that is not taken would have made.

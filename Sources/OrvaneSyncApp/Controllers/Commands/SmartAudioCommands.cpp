@@ -37,11 +37,7 @@ Command onTrack(std::string_view id, std::string_view title, std::string_view he
 }
 
 platform::Task runAnalysis(CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
-    const auto mode = smartAudioModeFromUITag(call.text("mode"));
-    if (!mode)
-        throw Error(Refusal::invalidArguments,
-                    "runSmartAudioAnalysis: mode is off, standard, studio, cinematic or custom");
-    return context.controller->smartAudio().runSmartAudioAnalysis(*mode,
+    return context.controller->smartAudio().runSmartAudioAnalysis(*smartAudioModeFromUITag(call.text("mode")),
                                                                   call.boolean("forceOverwriteManualTracks"));
 }
 

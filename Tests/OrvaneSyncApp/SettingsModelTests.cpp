@@ -49,7 +49,7 @@ TEST_F(SettingsModelTest, everySettingHasOneRowWhoseChoicesItTakes) {
                 if (!row.choices.empty()) {
                     EXPECT_EQ(model_.choices(row).size(), row.choices.size()) << "the default is offered";
                 } else if (const auto number = setting.defaultValue().number()) {
-                    EXPECT_TRUE(*number >= row.lowest && *number <= row.highest);
+                    EXPECT_TRUE(setting.isInRange(*number));
                 }
             }
     for (const SettingDescription& setting : SettingsCatalogue::all())

@@ -12,6 +12,7 @@
 #include "Views/Application.h"
 
 #include <QCheckBox>
+#include <QDoubleSpinBox>
 #include <QDropEvent>
 #include <QListWidget>
 #include <QMainWindow>
@@ -136,6 +137,28 @@ TEST_F(SettingsTest, controlsStoreAtOnceAndFollowOthers) {
     amount->setFocus();
     QTest::keyClick(amount, Qt::Key_Right);
     EXPECT_NEAR(settings_->get(settings::smartAudioVoiceIso), 0.71, 1e-6);
+}
+
+TEST_F(SettingsTest, aNumberIsShownAsItIsStored) {
+    for (const SettingTab& tab : settingTabs()) {
+        open(tab.page);
+        for (const SettingSection& section : tab.sections)
+            for (const SettingRow& row : section.rows) {
+                if (row.control != SettingRow::Control::number) continue;
+                const SettingDescription& setting = row.setting;
+                ASSERT_TRUE(setting.details.range) << setting.key;
+                const auto [lowest, highest] = *setting.details.range;
+                const bool isWhole = setting.kind == SettingDescription::Kind::integer;
+                for (const double stored : {lowest, highest, isWhole ? lowest + 1 : lowest + 0.125}) {
+                    settings_->set(setting.key, stored);
+                    EXPECT_TRUE(waitUntil([&] {
+                        return find<QDoubleSpinBox>(setting.key)->value() == stored;
+                    })) << setting.key
+                        << " " << stored;
+                    EXPECT_EQ(settings_->value(setting.key)->number(), stored) << "showing stores nothing";
+                }
+            }
+    }
 }
 
 TEST_F(SettingsTest, aWordIsFoundOverAllTabs) {

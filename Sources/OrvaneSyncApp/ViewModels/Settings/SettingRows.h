@@ -34,8 +34,7 @@ struct SettingRow {
     std::string hint;
     std::vector<SettingChoice> choices{};
     std::string unit{}; ///< behind a number, with its blank
-    double lowest = 0, highest = 0;
-    int decimals = 0;
+    int decimals = 0;   ///< of a number at least; those that a stored value has beyond them are shown
     /// Whether the setting has an effect as the others stand; null: always.
     bool (*applies)(const platform::SettingsStore& store) = nullptr;
     /// Why a text would not do what is meant by it; empty where it does.

@@ -5,7 +5,6 @@
 #include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
 #include "Platform/SettingsStore.h"
 
-#include <limits>
 #include <stdexcept>
 #include <utility>
 
@@ -22,13 +21,8 @@ class Row {
   public:
     Row(const SettingDescription& setting, std::string label, std::string hint = {})
         : row_{setting, controlOf(setting), std::move(label), std::move(hint)} {
-        row_.lowest = std::numeric_limits<int>::min();
-        row_.highest = std::numeric_limits<int>::max();
-        if (const auto range = setting.details.range) {
-            row_.lowest = range->lowest;
-            row_.highest = range->highest;
-            if (row_.highest == 1) row_.control = Control::amount;
-        }
+        if (const auto range = setting.details.range; range && range->highest == 1)
+            row_.control = Control::amount;
     }
     Row& offering(Choices choices) {
         row_.control = Control::choice;
@@ -42,10 +36,8 @@ class Row {
             all.push_back({words[i], row_.setting.get().choices[i]});
         return offering(std::move(all));
     }
-    Row& in(std::string unit, double lowest, double highest, int decimals = 0) {
+    Row& in(std::string unit, int decimals = 0) {
         row_.unit = std::move(unit);
-        row_.lowest = lowest;
-        row_.highest = highest;
         row_.decimals = decimals;
         return *this;
     }
@@ -191,7 +183,6 @@ bool hasCustomAmounts(const SettingsStore& store) {
 
 SettingTab output() {
     using namespace settings;
-    constexpr double mostPixels = 16384, mostFrames = 100'000, mostSeconds = 3600;
     return {
         SettingPage::output,
         "Output",
@@ -220,8 +211,8 @@ SettingTab output() {
                "Its width is that of the clips; “Custom pixels…” takes the two below.")
                .offering(aspectRatios())
                .when(is<videoResolution, VideoResolutionMode::useAlternateFrameSize>),
-           Row(alternateWidth, "Width").in(" px", 1, mostPixels).when(takesPixels),
-           Row(alternateHeight, "Height").in(" px", 1, mostPixels).when(takesPixels),
+           Row(alternateWidth, "Width").in(" px").when(takesPixels),
+           Row(alternateHeight, "Height").in(" px").when(takesPixels),
            Row(spatialConform, "Pictures of another shape").named(words<SpatialConformType>(displayText))}},
          {"Notes",
           {Row(notesSource, "Notes of a clip", "Whose notes the Notes field in Final Cut Pro takes.")
@@ -233,7 +224,7 @@ SettingTab output() {
                .named(words<MulticamCodec>(displayText))}},
          {"Global audio offset",
           {Row(globalAudioOffsetFrames, "Offset of all sound", "Later if positive, earlier if negative.")
-               .in(" frames", -mostFrames, mostFrames),
+               .in(" frames"),
            Row(globalAudioOffsetStartMode, "Applies to")
                .named({"All clips", "The clips from a file name on", "The clips from a timecode on"}),
            Row(globalAudioOffsetStartFromFilename, "First clip, by file name")
@@ -242,7 +233,7 @@ SettingTab output() {
                .when(is<globalAudioOffsetStartMode, GlobalOffsetStart::fromTC>)
                .doubting(patternDoubts::timecode)}},
          {"Room tone",
-          {Row(atmoDuration, "Length", "0 makes it 180 seconds.").in(" s", 0, mostSeconds, 1),
+          {Row(atmoDuration, "Length", "0 makes it 180 seconds.").in(" s", 1),
            Row(atmoAudioRole, "Role").offering(atmoRoles()).doubting(patternDoubts::role)}}}};
 }
 
@@ -278,7 +269,6 @@ SettingTab roles() {
 
 SettingTab smartAudio() {
     using namespace settings;
-    constexpr double mostSNR = 100;
     return {
         SettingPage::smartAudio,
         "Smart Audio",
@@ -287,7 +277,7 @@ SettingTab smartAudio() {
            Row(smartAudioVoiceIso, "Voice Isolation").when(hasCustomAmounts),
            Row(smartAudioVoiceIsoSNR, "Voice Isolation below an SNR of",
                "Tracks with less noise are left alone; the mode Custom always recommends it.")
-               .in(" dB", 0, mostSNR, 1),
+               .in(" dB", 1),
            Row(smartAudioLoudness, "Loudness").when(hasCustomAmounts),
            Row(smartAudioLoudnessUniformity, "Uniformity of the loudness").when(hasCustomAmounts),
            Row(smartAudioAutoHum, "Hum removal where hum is heard").when(hasCustomAmounts),
@@ -388,7 +378,7 @@ const std::vector<SettingTab>& settingTabs() {
         {SettingPage::developer,
          "Developer",
          {{"Caches",
-           {Row(cachesLimitGB, "Rendered sound may take", "The oldest goes first.").in(" GB", 0, 1e6, 1)}}}},
+           {Row(cachesLimitGB, "Rendered sound may take", "The oldest goes first.").in(" GB", 1)}}}},
     };
     return all;
 }

@@ -17,7 +17,9 @@
 #include <QSlider>
 #include <QSpinBox>
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace orvane::views {
 
@@ -29,6 +31,16 @@ namespace {
 constexpr int controlWidth = 370;
 constexpr int percentWidth = 86;
 constexpr int hundred = 100;
+
+/// With how many decimals a number is shown as what it is, as far as people read it.
+int decimalsOf(double number) {
+    constexpr int most = 6;
+    int decimals = 0;
+    for (double unit = 1; decimals < most && std::abs(std::round(number * unit) / unit - number) > 1e-9;
+         unit *= 10)
+        ++decimals;
+    return decimals;
+}
 
 Signal signalOf(SettingRemark::Kind kind) {
     switch (kind) {
@@ -146,14 +158,21 @@ QWidget* SettingRowView::makeChoice() {
 }
 
 QWidget* SettingRowView::makeNumber() {
-    const bool isWhole = row_.setting.get().kind == SettingDescription::Kind::integer;
+    const SettingDescription& setting = row_.setting;
+    const bool isWhole = setting.kind == SettingDescription::Kind::integer;
+    using Int = std::numeric_limits<int>;
+    const auto range = setting.details.range.value_or(SettingDescription::Range{Int::min(), Int::max()});
     auto* number = new IgnoresWheel<QDoubleSpinBox>;
     number->setButtonSymbols(QAbstractSpinBox::NoButtons);
-    number->setRange(row_.lowest, row_.highest);
-    number->setDecimals(isWhole ? 0 : row_.decimals);
+    number->setRange(range.lowest, range.highest);
     number->setSuffix(translatedSentence(row_.unit));
     number->setKeyboardTracking(false);
-    put_ = [number](const JSON& value) { number->setValue(readAs<double>(value).value_or(0)); };
+    put_ = [number, atLeast = row_.decimals](const JSON& value) {
+        const double stored = readAs<double>(value).value_or(0);
+        number->setDecimals(
+            std::max(atLeast, decimalsOf(stored))); // before the value, which is rounded to them
+        number->setValue(stored);
+    };
     connect(number, &QDoubleSpinBox::valueChanged, this, [this, isWhole](double chosen) {
         store(isWhole ? JSON(static_cast<std::int64_t>(std::llround(chosen))) : JSON(chosen));
     });

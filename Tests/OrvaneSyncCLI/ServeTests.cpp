@@ -441,8 +441,9 @@ TEST_F(ServeTest, whatTheDiskRefusesIsAnError) {
 
 TEST_F(ServeTest, aProjectIsOpenedInASessionOfItsOwn) {
     call("newSession");
-    scan();
     const std::string project = R"({"path":")" + folder_.path("day.orvanesync") + "\"}";
+    EXPECT_TRUE(failure("saveProject", project).starts_with("1 there are no clips"));
+    scan();
     call("saveProject", project);
     call("toggleApproved", onFirst());
     call("saveSession", R"({"name":"Day one"})");

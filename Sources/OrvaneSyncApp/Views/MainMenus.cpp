@@ -27,6 +27,7 @@
 #include <QSettings>
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace orvane::views {
 
@@ -138,13 +139,11 @@ void MainMenus::makeFile() {
                 chosenFile(tr("Open OrvaneSync Project"), tr("Projects (*.orvanesync);;All files (*)")))
             runWithPath("loadProject", *path);
     });
-    save_ = file->addAction(translated(desktop_.command("saveProject").title));
-    connect(save_, &QAction::triggered, this, [this] {
+    save_ = addAsking(file, "saveProject", [this] {
         const auto path = placeFor(tr("Save OrvaneSync Project"), tr("Projects (*.orvanesync)"),
                                    text(proposedProjectName(desktop_.controller(), desktop_.sessions())));
         if (path) runWithPath("saveProject", *path, "path", true);
     });
-    commandActions_.emplace_back(save_, "exportFCPXML"); // there is work
     report_ = file->addAction(translated(desktop_.command("loadALE").title));
     report_->setIcon(icon(Glyph::report));
     commandActions_.emplace_back(report_, "loadALE");
@@ -326,7 +325,7 @@ void MainMenus::makeTools() {
         for (const auto& list : {commandActions_, clipActions_})
             for (const auto& [action, command] : list)
                 if (command == id) return action;
-        return export_;
+        throw std::logic_error("no entry of a menu runs " + std::string(id));
     };
     tools->add(undo_, tr("Undo"), true);
     tools->add(redo_, tr("Redo"), true);

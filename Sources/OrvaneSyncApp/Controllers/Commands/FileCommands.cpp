@@ -73,6 +73,14 @@ platform::Task exportedDocument(CommandContext& context, Call call, std::shared_
     *answer = co_await writing;
 }
 
+platform::Task saveProject(CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+    if (!hasClips(context))
+        throw Error(Refusal::failed,
+                    "there are no clips whose decisions a project would hold; scan folders first");
+    return context.controller->project().saveProject({platform::files::standardized(call.text("path"))},
+                                                     permission(call));
+}
+
 /// An operation on one clip that opens its own undo step, and one on all clips.
 Command onGroup(std::string_view id, std::string_view help, const UndoStep& step,
                 void (ReportController::*operation)(UUID), Command::Applies hasSome) {
@@ -125,11 +133,8 @@ std::vector<Command> reportCommands() {
 std::vector<Command> fileCommands() {
     return {
         Command::later("saveProject", "Save Project…", "Writes the decisions as a project file.",
-                       {{"path", path}, overwrite},
-                       [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
-                           return context.controller->project().saveProject(
-                               {platform::files::standardized(call.text("path"))}, permission(call));
-                       }),
+                       {{"path", path}, overwrite}, saveProject)
+            .when(hasClipsAtRest),
         Command::later("loadProject", "Open Project…",
                        "Scans the folders of a project and lays its decisions over the clips.",
                        {{"path", path}},

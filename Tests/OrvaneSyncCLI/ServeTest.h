@@ -4,6 +4,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
 #include "OrvaneSyncCore/Models/SettingsCatalogue.h"
+#include "Platform/InterfaceThread.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
@@ -34,11 +35,13 @@ class ServeTest : public testing::Test {
     JSON answer(const std::string& method, const std::string& params) {
         said_.clear();
         bool isServed = false, isWaiting = false;
-        server_.receive(R"({"jsonrpc":"2.0","id":1,"method":")" + method + R"(","params":)" + params + "}",
-                        [&] {
-                            isServed = true;
-                            if (isWaiting) loop_->quit();
-                        });
+        platform::runAsInterfaceWork([&] {
+            server_.receive(
+                R"({"jsonrpc":"2.0","id":1,"method":")" + method + R"(","params":)" + params + "}", [&] {
+                    isServed = true;
+                    if (isWaiting) loop_->quit();
+                });
+        });
         isWaiting = true;
         if (!isServed) loop_->run();
         return said_.empty() ? JSON() : JSON::parse(said_.back());

@@ -181,8 +181,24 @@ TEST_F(WindowTest, ScansNothingWhereAFolderThatIsNamedIsNotThere) {
     window_->openPaths({text(folder_.path("shoot/camera")), text(folder_.path("gone"))});
     EXPECT_TRUE(bannerText().contains("gone”") && !bannerText().contains("camera"))
         << bannerText().toStdString();
+    const std::vector ready{FileURL{folder_.path("shoot/camera")}};
+    EXPECT_TRUE(waitUntil([&] { return work().folders() == ready; })) << "to be scanned";
+    QCoreApplication::processEvents();
     EXPECT_FALSE(window_->isScanning());
-    EXPECT_EQ(work().folders(), std::vector{FileURL{folder_.path("shoot/camera")}}) << "ready to be scanned";
+}
+
+TEST_F(WindowTest, ScansTheFoldersThatWereNamedLastAndNoneWhereOneCannotBeRead) {
+    const std::string shoot = folder_.path("shoot");
+    window_->scanFolders({text(shoot + "/sound")});
+    window_->scanFolders({text(shoot)}); // before it is known whether the other can be read
+    ASSERT_TRUE(waitUntil([&] { return !window_->isScanning(); }));
+    const std::vector last{FileURL{shoot}};
+    EXPECT_EQ(work().folders(), last);
+    const auto scans = desktop_->controller().scan().scanNumber();
+    window_->scanFolders({text(shoot + "/gone")});
+    ASSERT_TRUE(waitUntil([&] { return bannerText().contains("gone"); }));
+    EXPECT_EQ(desktop_->controller().scan().scanNumber(), scans);
+    EXPECT_EQ(work().folders(), last);
 }
 
 TEST_F(WindowTest, WhatIsDroppedGoesWhereItBelongs) {

@@ -97,6 +97,8 @@ class ImportController {
     void undo();
     void redo();
 
+    /// An operation on behalf of the work: it stops with it.
+    platform::Task run(platform::Task operation) { return work_.running.add(std::move(operation)); }
     /// Back to the empty state, with nothing to take back. Whatever runs stops, and leaves no trace.
     void reset();
     /// As `reset`, but with notices when the new work stands.

@@ -49,8 +49,7 @@ bool isReport(const QStringList& paths) {
 void MainWindow::scanFolders(const QStringList& paths) {
     QStringList absolute;
     for (const QString& path : paths) absolute << QFileInfo(path).absoluteFilePath();
-    start_->takeFolders(absolute);
-    if (desktop_.isEnabled("startScan")) startScan();
+    start_->takeFolders(absolute, [this] { startScan(); });
 }
 
 void MainWindow::openPaths(const QStringList& paths) {
@@ -73,28 +72,36 @@ void MainWindow::openPaths(const QStringList& paths) {
     std::fprintf(stderr, "%s\n", qUtf8Printable(why));
 }
 
-void MainWindow::showFolders(const QStringList& cards) {
-    wantsStart_ = true;
-    start_->takeFolders(cards);
-    wantsStart_ = true; // also where they opened a session of their own
-    showPage();
-    updateActions();
+void MainWindow::showFolders(const QStringList& cards, std::function<void()> then) {
+    const auto show = [this] {
+        wantsStart_ = true;
+        showPage();
+        updateActions();
+    };
+    start_->takeFolders(cards, [show, then = std::move(then)] {
+        show(); // they may have opened a session of their own
+        if (then) then();
+    });
+    show();
 }
 
 void MainWindow::addDropped(const QStringList& cards) {
     // Cards are dropped one after the other as well as at once.
     const bool isAdding = pages_->currentWidget() == start_ && isDropped_;
-    QStringList all;
-    if (isAdding)
-        for (const FileURL& folder : desktop_.controller().work().folders()) all << text(folder.path);
+    QStringList all = isAdding ? start_->named() : QStringList();
     for (const QString& card : cards)
         if (!all.contains(card)) all << card;
     isDropped_ = true;
-    showFolders(all);
-    start_->focusScan();
-    if (all.size() < 2) return;
+    showFolders(all, [this] {
+        start_->focusScan();
+        orderCards();
+    });
+}
+
+void MainWindow::orderCards() {
     std::vector<std::string> folders;
     for (const FileURL& folder : desktop_.controller().work().folders()) folders.push_back(folder.path);
+    if (folders.size() < 2) return;
     inBackground(
         this, [folders] { return cardsByContents(folders); },
         [this, folders](const std::vector<std::string>& ordered) {

@@ -388,6 +388,8 @@ void MainWindow::showResults() {
     if (!isOfSelection) results().select(seen);
 }
 
+bool MainWindow::isScanning() const { return scan_ || start_->isAboutToScan(); }
+
 void MainWindow::startScan() {
     wantsStart_ = false;
     isDropped_ = false;

@@ -53,7 +53,8 @@ class MainWindow : public QMainWindow {
     /// Opens the cameras beside each other. Says so where there are not several.
     void openMulticam(const std::vector<UUID>& groupIDs);
     Desktop& desktop() { return desktop_; }
-    bool isScanning() const { return scan_.has_value(); }
+    /// Also while it is looked at whether the folders can be read.
+    bool isScanning() const;
 
   protected:
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -73,9 +74,11 @@ class MainWindow : public QMainWindow {
     /// Where the folders that are scanned are those of a session.
     void offerKnownSession();
     /// On the start screen, to be scanned from there.
-    void showFolders(const QStringList& cards);
+    void showFolders(const QStringList& cards, std::function<void()> then = {});
     /// The same with those that were dropped before.
     void addDropped(const QStringList& cards);
+    /// Puts those of the picture before those of the sound, by what they hold.
+    void orderCards();
     void showPage();
     /// To the screen in front; of the list its rows have it.
     void takeKeyboard();

@@ -8,10 +8,12 @@
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QKeyEvent>
+#include <QPointer>
 #include <QSettings>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace orvane::views {
 
@@ -93,7 +95,7 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, std::function
     column->setMinimumWidth(std::min(widestForm, 600));
     outer->addStretch(2);
 
-    connect(start_, &QPushButton::clicked, this, [this] { scan_(); });
+    connect(start_, &QPushButton::clicked, this, [this] { scanWhenApplied(); });
     for (QLineEdit* one : {combined_, video_, audio_}) {
         // The focus leaves a field also when a scan begins; what nobody typed changes nothing.
         connect(one, &QLineEdit::editingFinished, this, [this, one] {
@@ -101,9 +103,9 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, std::function
             one->setModified(false);
             applyFields();
         });
-        connect(one, &QLineEdit::returnPressed, this, [this] {
-            applyFields();
-            if (start_->isEnabled()) scan_();
+        connect(one, &QLineEdit::returnPressed, this, [this, one] {
+            one->setModified(false); // the field then says that its editing has ended
+            applyFields(scan_);
         });
     }
     observation_ = desktop_.controller().onChange([this](ImportField field) {
@@ -145,8 +147,7 @@ void StartView::makeDemo() {
             demo_->setEnabled(true);
             demoState_->setText(failure);
             if (folder.isEmpty()) return;
-            takeFolders({folder});
-            if (start_->isEnabled()) scan_();
+            takeFolders({folder}, scan_);
         });
 }
 
@@ -223,7 +224,7 @@ void StartView::chooseInto(QLineEdit* field, const QString& caption) {
     field->setFocus(); // Return scans
 }
 
-void StartView::takeFolders(const QStringList& paths) {
+void StartView::takeFolders(const QStringList& paths, std::function<void()> then) {
     if (paths.isEmpty()) return;
     moreFolders_ = paths.mid(2);
     if (paths.size() == 1) {
@@ -235,7 +236,14 @@ void StartView::takeFolders(const QStringList& paths) {
         audio_->setText(paths[1]);
     }
     showMode();
-    applyFields();
+    applyFields(std::move(then));
+}
+
+QStringList StartView::named() const {
+    QStringList all;
+    for (const QLineEdit* one : mode_->chosen() == 0 ? QList{combined_} : QList{video_, audio_})
+        if (!one->text().trimmed().isEmpty()) all << one->text().trimmed();
+    return all + moreFolders_;
 }
 
 void StartView::showMode() {
@@ -246,7 +254,9 @@ void StartView::showMode() {
     audioRow_->setVisible(!isCombined);
 }
 
-void StartView::applyFields() {
+void StartView::applyFields(std::function<void()> then) {
+    if (applying_) applying_->requestStop(); // others are in the fields by now
+    whenApplied_ = std::move(then);
     const bool isCombined = mode_->chosen() == 0;
     const QString video = (isCombined ? combined_ : video_)->text().trimmed();
     const QString audio = (isCombined ? combined_ : audio_)->text().trimmed();
@@ -259,9 +269,26 @@ void StartView::applyFields() {
     JSON::Array more;
     for (const QString& one : moreFolders_) more.emplace_back(utf8(one));
     arguments.set("moreFolders", JSON(std::move(more)));
-    desktop_.run("setFolders", std::move(arguments));
-    start_->setEnabled(desktop_.isEnabled("startScan"));
+    const auto areTaken = std::make_shared<bool>(false);
+    applying_ =
+        desktop_.run("setFolders", std::move(arguments), [areTaken](const JSON&) { *areTaken = true; });
+    applying_->whenDone([self = QPointer(this), own = ++applications_, areTaken](const std::exception_ptr&) {
+        if (!self || self->applications_ != own) return;
+        self->showStart();
+        const auto after = std::exchange(self->whenApplied_, nullptr);
+        if (*areTaken && after && self->desktop_.isEnabled("startScan")) after();
+    });
 }
+
+void StartView::scanWhenApplied() {
+    if (isApplying())
+        whenApplied_ = scan_;
+    else
+        scan_();
+}
+
+/// It can be pressed while the folders are looked at; that they cannot be read is said then.
+void StartView::showStart() { start_->setEnabled(isApplying() || desktop_.isEnabled("startScan")); }
 
 void StartView::showWhatIsSet() {
     const OpenWork& work = desktop_.controller().work();
@@ -271,9 +298,12 @@ void StartView::showWhatIsSet() {
     const QString video = path(work.videoFolderURL());
     const QString audio = path(work.audioFolderURL());
     if (!video.isEmpty() || !audio.isEmpty()) mode_->choose(video == audio ? 0 : 1);
-    combined_->setText(video == audio ? video : combined_->text());
-    video_->setText(video);
-    audio_->setText(audio);
+    const auto put = [](QLineEdit* field, const QString& text) {
+        if (!field->hasFocus() || !field->isModified()) field->setText(text); // else somebody types into it
+    };
+    if (video == audio) put(combined_, video);
+    put(video_, video);
+    put(audio_, audio);
     if (video.isEmpty() && audio.isEmpty()) combined_->clear();
     const auto count = static_cast<int>(work.folders().size()) - (video == audio ? 1 : 2);
     moreRow_->setVisible(count > 0);
@@ -287,7 +317,7 @@ void StartView::showWhatIsSet() {
     more_->setToolTip(paths.join(QLatin1Char('\n')));
     moreFolders_ = paths; // those of a session that was opened, too
     showMode();
-    start_->setEnabled(desktop_.isEnabled("startScan"));
+    showStart();
     showWayBack();
 }
 

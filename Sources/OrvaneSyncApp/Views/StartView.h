@@ -7,6 +7,7 @@
 #include <QWidget>
 
 #include <functional>
+#include <optional>
 
 namespace orvane::views {
 
@@ -25,9 +26,15 @@ class StartView : public QWidget {
               QWidget* parent = nullptr);
 
     /// The first folder is that of the picture, a second one that of the sound; more are read for both.
-    void takeFolders(const QStringList& paths);
+    /// Once they are known to be readable, `then` is called; where they are not, or others are chosen first,
+    /// it is not.
+    void takeFolders(const QStringList& paths, std::function<void()> then = {});
+    /// When it is known that the folders can be read.
+    bool isAboutToScan() const { return isApplying() && whenApplied_; }
     /// Return scans from there.
     void focusScan() { start_->setFocus(); }
+    /// Those in the fields, whether they are the work's by now or not.
+    QStringList named() const;
 
   protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -44,7 +51,11 @@ class StartView : public QWidget {
     void showWhatIsSet();
     void showWayBack();
     void showWhatIsLost();
-    void applyFields();
+    void applyFields(std::function<void()> then = {});
+    /// With the folders in the fields, as soon as these are the work's.
+    void scanWhenApplied();
+    bool isApplying() const { return applying_ && !applying_->isDone(); }
+    void showStart();
 
     Desktop& desktop_;
     const std::function<void()> scan_;
@@ -67,6 +78,9 @@ class StartView : public QWidget {
     design::Section* recent_;
     QWidget* recentRows_ = nullptr;
     QStringList moreFolders_;
+    std::optional<platform::Task> applying_; ///< looks at the folders, which a share may make long
+    std::function<void()> whenApplied_;      ///< by that one
+    int applications_ = 0;                   ///< that were begun: what an earlier one answers is old
     platform::Subscription observation_;
     platform::Subscription sessionObservation_;
 };

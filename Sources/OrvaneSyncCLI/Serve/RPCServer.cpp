@@ -256,7 +256,6 @@ platform::Task Server::answer(JSON request, std::shared_ptr<const Waiting> waiti
         request = JSON(); // the call has its own
         context_.expectKnown(call);
         const auto result = std::make_shared<JSON>();
-        response->isOfOperation = !command.now;
         if (command.now)
             *result = command.now(context_, call);
         else
@@ -265,6 +264,7 @@ platform::Task Server::answer(JSON request, std::shared_ptr<const Waiting> waiti
         JSON success = message();
         success.set("id", parsed.id);
         success.set("result", std::move(*result));
+        response->isOfOperation = !command.now; // a failure is short, and waits for no other document
         response->message.emplace(std::move(success));
         co_return;
     } catch (const Error& error) {

@@ -30,18 +30,25 @@ platform::Task build(CommandContext& context, Call call, std::shared_ptr<JSON> a
     answer->set("source", toJSON(*controller->calibration().state().sourceInfo));
 }
 
-platform::Task measure(CommandContext& context, Call call, std::shared_ptr<JSON> answer) {
-    const auto controller = context.controller;
-    const FileURL folder = readableFolder(call.text("folder"));
+platform::Task measured(std::shared_ptr<ImportController> controller, FileURL folder,
+                        std::shared_ptr<JSON> answer) {
     if (!controller->calibration().state().sourceInfo) {
         const platform::Task looking = controller->calibration().refreshState();
         co_await looking;
         expectNoProblem(controller->calibration());
     }
-    const platform::Task measuring = controller->calibration().measure(folder);
+    const platform::Task measuring = controller->calibration().measure(std::move(folder));
     co_await measuring;
     expectNoProblem(controller->calibration());
     if (const auto& result = controller->calibration().state().measurement) *answer = toJSON(*result);
+}
+
+platform::Task measure(CommandContext& context, const Call& call, const std::shared_ptr<JSON>& answer) {
+    return lookUp(
+        context.controller, [path = call.text("folder")] { return readableFolder(path); },
+        [answer](std::shared_ptr<ImportController> controller, FileURL folder) {
+            return measured(std::move(controller), std::move(folder), answer);
+        });
 }
 
 platform::Task save(CommandContext& context, Call /*call*/, std::shared_ptr<JSON> /*answer*/) {

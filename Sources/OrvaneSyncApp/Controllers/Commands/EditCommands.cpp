@@ -101,6 +101,14 @@ JSON lockCluster(CommandContext& context, const Call& call) {
     return {};
 }
 
+platform::Task attachFile(CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+    return lookUp(
+        context.controller, [path = call.text("path")] { return readableFile(path); },
+        [clip = call.id("groupID")](const std::shared_ptr<ImportController>& controller, FileURL file) {
+            return controller->recordings().chooseAndAttachAudio(clip, std::move(file));
+        });
+}
+
 JSON batchRename(CommandContext& context, const Call& call) {
     BatchRenamer renamer;
     renamer.find = call.textIfPresent("find").value_or("");
@@ -281,11 +289,7 @@ std::vector<Command> recordingCommands() {
             .undoneBy(attachAudioToGroup)
             .forClips(isUnlocked),
         Command::later("chooseAndAttachAudio", "Choose and Attach Audio…",
-                       "Reads a sound file and adds it to the clip.", {groupID, {"path", path}},
-                       [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
-                           return context.controller->recordings().chooseAndAttachAudio(
-                               call.id("groupID"), readableFile(call.text("path")));
-                       })
+                       "Reads a sound file and adds it to the clip.", {groupID, {"path", path}}, attachFile)
             .undoneBy(attachAudioToGroup)
             .forClips(isUnlocked),
         edit("removeAudioMatch", "Takes a recording from the clip.", removeAudioMatch,

@@ -22,14 +22,15 @@ const Parameter overwrite{"overwrite", boolean, true};
 const Parameter version{
     .name = "version", .kind = text, .isOptional = true, .choices = fcpxml::fcpxmlVersionTexts};
 
-platform::Task loadALE(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
-    const FileURL file = readableFile(call.text("path"));
-    if (const std::string why = whyNoReport(file.path); !why.empty())
-        throw Error(Refusal::failed, "can't read the report '" + file.path + "': " + why);
-    const platform::Task loading = context.controller->reports().loadALE(file);
+platform::Task readReport(std::shared_ptr<ImportController> controller, FileURL file) {
+    const platform::Task loading = controller->reports().loadALE(std::move(file));
     co_await loading;
-    if (const auto& problem = context.controller->reports().aleImportError())
-        throw Error(Refusal::failed, *problem);
+    if (const auto& problem = controller->reports().aleImportError()) throw Error(Refusal::failed, *problem);
+}
+
+platform::Task loadALE(CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+    return lookUp(
+        context.controller, [path = call.text("path")] { return readableReport(path); }, readReport);
 }
 
 ExportSettings exportSettings(CommandContext& context, const Call& call) {
@@ -77,8 +78,20 @@ platform::Task saveProject(CommandContext& context, const Call& call, const std:
     if (!hasClips(context))
         throw Error(Refusal::failed,
                     "there are no clips whose decisions a project would hold; scan folders first");
-    return context.controller->project().saveProject({platform::files::standardized(call.text("path"))},
-                                                     permission(call));
+    return lookUp(
+        context.controller,
+        [path = call.text("path")] { return FileURL{platform::files::standardized(path)}; },
+        [may = permission(call)](const std::shared_ptr<ImportController>& controller, FileURL file) {
+            return controller->project().saveProject(std::move(file), may);
+        });
+}
+
+platform::Task loadProject(CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+    return lookUp(
+        context.controller, [path = call.text("path")] { return readableFile(path); },
+        [](const std::shared_ptr<ImportController>& controller, FileURL file) {
+            return controller->project().loadProject(std::move(file));
+        });
 }
 
 /// An operation on one clip that opens its own undo step, and one on all clips.
@@ -137,10 +150,7 @@ std::vector<Command> fileCommands() {
             .when(hasClipsAtRest),
         Command::later("loadProject", "Open Project…",
                        "Scans the folders of a project and lays its decisions over the clips.",
-                       {{"path", path}},
-                       [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
-                           return context.controller->project().loadProject(readableFile(call.text("path")));
-                       }),
+                       {{"path", path}}, loadProject),
         Command::later("exportFCPXML", "Export FCPXML…", "Writes all settled clips as one document.",
                        {{"output", path}, {"eventName", text, true}, version, overwrite}, exportedDocument)
             .when(hasClipsAtRest),

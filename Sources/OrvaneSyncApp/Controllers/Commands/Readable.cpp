@@ -3,7 +3,6 @@
 #include "OrvaneSyncApp/Controllers/Commands/Command.h"
 #include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
 #include "Platform/Files.h"
-#include "Platform/InterfaceThread.h"
 #include "Platform/MediaRecognition.h"
 #include "Platform/RandomAccessFile.h"
 
@@ -38,7 +37,6 @@ namespace commands {
 namespace {
 
 FileURL readable(const std::string& path, bool isFolder) {
-    const platform::MayBlock caller; // waits for the answer, and for nothing else
     if (const std::string why = whyUnreadable(path, isFolder); !why.empty())
         throw Error(Refusal::failed, std::string("can't read the ") + (isFolder ? "folder" : "file") + " '" +
                                          path + "': " + why);
@@ -49,6 +47,12 @@ FileURL readable(const std::string& path, bool isFolder) {
 
 FileURL readableFile(const std::string& path) { return readable(path, false); }
 FileURL readableFolder(const std::string& path) { return readable(path, true); }
+FileURL readableReport(const std::string& path) {
+    FileURL file = readableFile(path);
+    if (const std::string why = whyNoReport(file.path); !why.empty())
+        throw Error(Refusal::failed, "can't read the report '" + file.path + "': " + why);
+    return file;
+}
 
 } // namespace commands
 

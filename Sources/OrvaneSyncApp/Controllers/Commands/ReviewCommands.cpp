@@ -31,13 +31,12 @@ platform::Task writeReview(CommandContext& context, Call call, std::shared_ptr<J
     *answer = std::move(json);
 }
 
-platform::Task applyReviewFile(CommandContext& context, Call call, std::shared_ptr<JSON> answer) {
-    const std::shared_ptr<ImportController> controller = context.controller;
-    auto reading =
-        platform::onQueue(*controller->work().documents, controller->work().environment.mainThread,
-                          [path = readableFile(call.text("path")).path, work = WorkSnapshot(*controller)] {
-                              return readDecisions(work, readReviewFile(path));
-                          });
+platform::Task applied(std::shared_ptr<ImportController> controller, FileURL file,
+                       std::shared_ptr<JSON> answer) {
+    auto reading = platform::onQueue(*controller->work().documents, controller->work().environment.mainThread,
+                                     [file = std::move(file), work = WorkSnapshot(*controller)] {
+                                         return readDecisions(work, readReviewFile(file.path));
+                                     });
     const ReviewReading read = co_await reading;
     carryOut(*controller, read.decisions);
     JSON::Array problems;
@@ -46,6 +45,15 @@ platform::Task applyReviewFile(CommandContext& context, Call call, std::shared_p
     json.set("changedClips", static_cast<int>(read.decisions.size()));
     json.set("warnings", std::move(problems));
     *answer = std::move(json);
+}
+
+platform::Task applyReviewFile(CommandContext& context, const Call& call,
+                               const std::shared_ptr<JSON>& answer) {
+    return lookUp(
+        context.controller, [path = call.text("path")] { return readableFile(path); },
+        [answer](std::shared_ptr<ImportController> controller, FileURL file) {
+            return applied(std::move(controller), std::move(file), answer);
+        });
 }
 
 bool isAmbiguous(const SyncGroup& group) {

@@ -12,8 +12,21 @@ namespace {
 
 using enum Parameter::Kind;
 
-std::optional<FileURL> folder(const Call& call, std::string_view name) {
-    return call.has(name) ? std::optional(readableFolder(call.text(name))) : std::nullopt;
+/// What a call names; it need not mention all of it.
+struct NamedFolders {
+    std::optional<FileURL> video, audio;
+    std::vector<FileURL> more;
+};
+
+/// Throws for the first that cannot be read.
+NamedFolders namedFolders(const Call& call) {
+    const auto folder = [&](std::string_view name) {
+        return call.has(name) ? std::optional(readableFolder(call.text(name))) : std::nullopt;
+    };
+    NamedFolders named{folder("videoFolder"), folder("audioFolder"), {}};
+    if (call.has("moreFolders"))
+        for (const std::string& path : call.texts("moreFolders")) named.more.push_back(readableFolder(path));
+    return named;
 }
 
 /// Whether a file of the open work lies in one of the folders.
@@ -38,43 +51,51 @@ bool holdsFilesOf(const OpenWork& work, const std::vector<FileURL>& folders) {
 /// A scan replaces all clips. Those of another shoot get a session of their own before the folders are
 /// theirs, so that the session that is open stays as it is. Its clips may not be in the work: they could not
 /// be read, or its card was empty today.
-void leaveOtherShoot(CommandContext& context, const std::optional<FileURL>& video,
-                     const std::optional<FileURL>& audio, const ScanScope& scope) {
-    const OpenWork& work = context.controller->work();
+void leaveOtherShoot(ImportController& controller, const std::shared_ptr<SessionManager>& sessions,
+                     const std::optional<FileURL>& video, const std::optional<FileURL>& audio,
+                     const ScanScope& scope) {
+    const OpenWork& work = controller.work();
     std::vector<FileURL> folders = scope.moreFolders;
     for (const auto& folder : {video, audio})
         if (folder) folders.push_back(*folder);
-    if (folders.empty() || !context.sessions || !context.sessions->currentSessionId()) return;
+    if (folders.empty() || !sessions || !sessions->currentSessionId()) return;
     const bool hasClips = !work.syncGroups().empty() || !work.wildTracks().empty();
-    if (hasClips ? !holdsFilesOf(work, folders) : context.sessions->keepsClipsFromElsewhere(folders))
-        context.sessions->newSession(*context.controller);
+    if (hasClips ? !holdsFilesOf(work, folders) : sessions->keepsClipsFromElsewhere(folders))
+        sessions->newSession(controller);
 }
 
-/// What is not named stays, a null takes it away. All folders are looked at before one is taken.
-JSON setFolders(CommandContext& context, const Call& call) {
-    const OpenWork& work = context.controller->work();
-    const auto video = call.mentions("videoFolder") ? folder(call, "videoFolder") : work.videoFolderURL();
-    const auto audio = call.mentions("audioFolder") ? folder(call, "audioFolder") : work.audioFolderURL();
+/// What is not named stays, a null takes it away.
+void takeFolders(ImportController& controller, const std::shared_ptr<SessionManager>& sessions,
+                 const Call& call, NamedFolders named) {
+    const OpenWork& work = controller.work();
+    const auto video = call.mentions("videoFolder") ? named.video : work.videoFolderURL();
+    const auto audio = call.mentions("audioFolder") ? named.audio : work.audioFolderURL();
     ScanScope scope = work.scanScope();
-    if (call.mentions("moreFolders")) {
-        scope.moreFolders.clear();
-        if (call.has("moreFolders"))
-            for (const std::string& path : call.texts("moreFolders"))
-                scope.moreFolders.push_back(readableFolder(path));
-    }
-    if (call.mentions("exclude")) {
+    if (call.mentions("moreFolders")) scope.moreFolders = std::move(named.more);
+    if (call.mentions("exclude"))
         scope.exclusions = call.has("exclude") ? call.texts("exclude") : std::vector<std::string>{};
-        if (std::ranges::find(scope.exclusions, std::string()) != scope.exclusions.end())
-            throw Error(Refusal::invalidArguments, "setFolders: exclude holds an empty pattern");
-    }
-    if (video == work.videoFolderURL() && audio == work.audioFolderURL() && scope == work.scanScope())
-        return {};
-    leaveOtherShoot(context, video, audio, scope);
-    ScanController& scan = context.controller->scan();
+    if (video == work.videoFolderURL() && audio == work.audioFolderURL() && scope == work.scanScope()) return;
+    leaveOtherShoot(controller, sessions, video, audio, scope);
+    ScanController& scan = controller.scan();
     scan.setVideoFolderURL(video);
     scan.setAudioFolderURL(audio);
     if (scope != work.scanScope()) scan.setScope(std::move(scope));
-    return {};
+}
+
+/// All folders are looked at before one is taken. Where others were chosen meanwhile, these stay.
+platform::Task setFolders(CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+    if (call.has("exclude") && std::ranges::count(call.texts("exclude"), std::string()) > 0)
+        throw Error(Refusal::invalidArguments, "setFolders: exclude holds an empty pattern");
+    const OpenWork& work = context.controller->work();
+    return lookUp(
+        context.controller, [call] { return namedFolders(call); },
+        [call, sessions = context.sessions, folders = work.folders(),
+         scope = work.scanScope()](const std::shared_ptr<ImportController>& controller, NamedFolders named) {
+            const OpenWork& present = controller->work();
+            if (present.folders() != folders || present.scanScope() != scope) throw platform::Stopped();
+            takeFolders(*controller, sessions, call, std::move(named));
+            return platform::Task::ended();
+        });
 }
 
 /// What is not named stays, a null takes it away.
@@ -182,14 +203,15 @@ JSON cancel(CommandContext& context, const Call& call) {
 
 std::vector<Command> workCommands() {
     return {
-        Command("setFolders", "Choose Folders",
-                "Chooses the folders of picture and sound, further ones, and the patterns of what is passed "
-                "over in them.",
-                {{"videoFolder", path, true},
-                 {"audioFolder", path, true},
-                 {"moreFolders", paths, true},
-                 {"exclude", texts, true}},
-                setFolders),
+        Command::later(
+            "setFolders", "Choose Folders",
+            "Chooses the folders of picture and sound, further ones, and the patterns of what is passed "
+            "over in them.",
+            {{"videoFolder", path, true},
+             {"audioFolder", path, true},
+             {"moreFolders", paths, true},
+             {"exclude", texts, true}},
+            setFolders),
         Command("setCorrections", "Correct the Sources",
                 "Says what the files say wrongly, for the next scan: how much later the sound lies, its day, "
                 "and the rate at which timecode counts.",

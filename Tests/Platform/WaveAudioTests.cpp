@@ -2,6 +2,7 @@
 #include "Platform/Media/WaveAudio.h"
 #include "Platform/MediaHelper/MediaLibraryClient.h"
 #include "Platform/VectorOps.h"
+#include "Support/RandomSeed.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
@@ -28,7 +29,8 @@ std::vector<std::vector<std::uint32_t>> bits(AudioFile& file, std::size_t block)
 /// Frames of random bytes: every integer there is, and every kind of float.
 std::string randomWave(int channels, int sampleBits, bool isFloat, std::size_t frames) {
     const auto align = static_cast<std::uint64_t>(channels * sampleBits / 8);
-    std::mt19937 random(11);
+    static const unsigned seed = test::randomSeed();
+    std::mt19937 random(seed);
     std::string body;
     for (std::size_t i = 0; i < frames * align; ++i) body += static_cast<char>(random());
     const std::string format = le16(isFloat ? 3 : 1) + le16(static_cast<std::uint64_t>(channels)) +
@@ -107,7 +109,7 @@ TEST(WaveAudio, readsShortWhereTheFileWasCutOff) {
 
 TEST(VectorOps, agreeWithTheirDefinitionAtAnyLength) {
     using namespace platform::vector;
-    std::mt19937 random(2);
+    std::mt19937 random(test::randomSeed());
     std::uniform_real_distribution<float> value(-1, 1);
     std::vector<float> samples;
     for (std::size_t count = 0; count < 100; ++count, samples.push_back(value(random))) {

@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/MasterGain.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioPredictor.h"
 #include "OrvaneSyncCore/Services/SmartAudio/TrackAdjustments.h"
+#include "Support/RandomSeed.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
@@ -130,7 +131,7 @@ TEST(LUFSMeter, hasNoResultWhereThereIsNothingToMeasure) {
 /// Levels on both sides of the gates, in several channels, at rates where a block is not four whole hops too;
 /// once so quiet that the absolute gate is the higher one.
 TEST(LUFSMeter, gatesAsDefinedHoweverTheSamplesAreCut) {
-    std::mt19937 random(7);
+    std::mt19937 random(test::randomSeed());
     std::normal_distribution<float> noise(0, 1);
     for (const auto& [rate, loudest] :
          {std::pair{48000.0, 1.0F}, {48000.0, 0.0013F}, {11025.0, 1.0F}, {8003.0, 1.0F}, {19.0, 1.0F}}) {

@@ -6,6 +6,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/WindowMeasurement.h"
 #include "Platform/Stop.h"
 #include "Support/MemoryAudio.h"
+#include "Support/RandomSeed.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
@@ -91,7 +92,7 @@ TEST(AudioPass, hearsNothingMoreOnceStopped) {
 
 /// Windows longer and shorter than the pieces that are read, on one thread and on several.
 TEST(AudioPass, givesTheSameBitsOnAnyNumberOfThreads) {
-    std::mt19937 random(3);
+    std::mt19937 random(test::randomSeed());
     std::uniform_real_distribution<float> level(-1, 1);
     std::vector<std::vector<float>> channels(3, std::vector<float>(400'007));
     for (auto& channel : channels)
@@ -155,7 +156,7 @@ class SmartAudioRouterTest : public testing::Test {
 
 /// `seconds` of noise, channel by channel at these levels.
 std::string noise(const std::vector<float>& levels, double seconds, test::WaveFormat format = {}) {
-    std::mt19937 random(5);
+    std::mt19937 random(test::seeds(1).front());
     std::uniform_real_distribution<float> value(-1, 1);
     format.channels = static_cast<int>(levels.size());
     std::vector<float> interleaved;

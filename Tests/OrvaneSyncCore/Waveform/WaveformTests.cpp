@@ -7,6 +7,7 @@
 #include "OrvaneSyncCore/Services/Waveform/WaveformState.h"
 #include "Platform/Files.h"
 #include "Support/MemoryAudio.h"
+#include "Support/RandomSeed.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 #include "Support/VirtualMainThread.h"
@@ -21,7 +22,8 @@ using Floats = std::vector<float>;
 using test::MemoryAudio;
 
 std::vector<Floats> noise(std::size_t channels, std::size_t frames) {
-    std::mt19937 random(11);
+    static const unsigned seed = test::randomSeed();
+    std::mt19937 random(seed);
     std::uniform_real_distribution<float> level(-1.2F, 1.2F);
     std::vector<Floats> made(channels, Floats(frames));
     for (Floats& channel : made)

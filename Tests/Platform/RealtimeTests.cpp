@@ -1,10 +1,8 @@
 #include "Platform/MainThread.h"
-#include "Platform/Realtime/ReadAheadAudio.h"
 #include "Platform/Realtime/RealtimeScope.h"
 #include "Platform/Realtime/Ring.h"
 #include "Platform/Realtime/Threads.h"
 #include "Platform/Realtime/TripleBuffer.h"
-#include "Support/MemoryAudio.h"
 #include "Support/RealtimeWatch.h"
 
 #include <gtest/gtest.h>
@@ -13,7 +11,6 @@
 #include <mutex>
 #include <numeric>
 #include <thread>
-#include <vector>
 
 namespace orvane::platform {
 namespace {
@@ -80,60 +77,6 @@ TEST(Realtime, tripleBufferGivesTheNewestValueWhole) {
     EXPECT_EQ(wrong, 0U);
 }
 
-/// Two channels; the sample of frame n is n and -n.
-std::unique_ptr<AudioFile> countingFile(std::size_t frames) {
-    std::vector<std::vector<float>> channels(2, std::vector<float>(frames));
-    for (std::size_t n = 0; n < frames; ++n) {
-        channels[0][n] = static_cast<float>(n);
-        channels[1][n] = -static_cast<float>(n);
-    }
-    return std::make_unique<test::MemoryAudio>(std::move(channels), 48000);
-}
-
-/// Reads to the end or `most` frames, waiting for the reading thread; the number of frames that are not what
-/// the file holds at that place.
-std::size_t wrongFrames(ReadAheadAudio& audio, std::size_t most, std::size_t& got) {
-    std::array<float, 331> left{};
-    std::array<float, 331> right{};
-    std::array<float*, 2> arrays{left.data(), right.data()};
-    std::size_t wrong = 0;
-    for (got = 0; got < most;) {
-        const auto from = static_cast<std::size_t>(audio.position());
-        const std::size_t frames = audio.read(arrays, std::min(left.size(), most - got));
-        for (std::size_t i = 0; i < frames; ++i) {
-            const auto expected = static_cast<float>(from + i);
-            wrong += left[i] == expected && right[i] == -expected ? 0 : 1;
-        }
-        got += frames;
-        if (frames > 0) continue;
-        if (audio.isAtEnd()) break;
-        audio.waitUntilReady();
-    }
-    return wrong;
-}
-
-TEST(Realtime, readAheadGivesTheFileFromAnyPosition) {
-    constexpr std::size_t length = 20000;
-    ReadAheadAudio audio(countingFile(length), 5000);
-    std::size_t got = 0;
-    EXPECT_EQ(wrongFrames(audio, length * 2, got), 0U);
-    EXPECT_EQ(got, length);
-    struct Case {
-        std::int64_t to;
-        std::size_t most, expected;
-    };
-    // Back and forth, within what was read ahead, at block boundaries, at and behind the end, and several
-    // requests before the first is answered.
-    for (const Case& test : {Case{0, 100, 100}, Case{1024, 3000, 3000}, Case{19999, 50, 1},
-                             Case{20000, 50, 0}, Case{30000, 50, 0}, Case{4095, length, length - 4095}}) {
-        audio.seek(7);
-        audio.seek(length / 2);
-        audio.seek(test.to);
-        EXPECT_EQ(wrongFrames(audio, test.most, got), 0U) << test.to;
-        EXPECT_EQ(got, test.expected) << test.to;
-    }
-}
-
 TEST(Realtime, consumersNeitherAllocateNorLock) {
     std::mutex mutex;
     const auto violationOf = [](const auto& work) {
@@ -151,16 +94,11 @@ TEST(Realtime, consumersNeitherAllocateNorLock) {
     }
     EXPECT_EQ(violationOf([] {}), "");
 
-    ReadAheadAudio audio(countingFile(20000), 5000);
-    audio.waitUntilReady();
     Ring<float> ring(64);
     TripleBuffer<std::array<float, 16>> levels;
     std::array<float, 512> left{};
-    std::array<float*, 1> arrays{left.data()};
     EXPECT_EQ(violationOf([&] {
                   for (int i = 0; i < 200; ++i) {
-                      audio.read(arrays, left.size());
-                      if (i % 20 == 0) audio.seek(i * 50);
                       ring.write(left);
                       ring.read(left);
                       levels.publish({});

@@ -204,7 +204,7 @@ class StandardCredentialStore final : public CredentialStore {
     /// The item of the file that is there as long as the key store keeps any: a locked store may not say so.
     static constexpr const char* inUse = "keyStoreInUse";
 
-    static const SecretServiceModule* desktop() { return modules::own<SecretServiceModule>(); }
+    static const SecretServiceModule* desktop() { return modules::own<SecretServiceModule>().module; }
     std::optional<Secret> readFile(const std::string& account) const {
         try {
             return file_.read(account);

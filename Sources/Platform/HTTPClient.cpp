@@ -10,6 +10,7 @@ namespace {
 
 class NoClient final : public HTTPClient {
   public:
+    explicit NoClient(std::string problem) : problem_(std::move(problem)) {}
     HTTPResponse send(const HTTPRequest& /*request*/, std::stop_token /*stop*/) override { fail(); }
     HTTPResponse download(const HTTPRequest& /*request*/, const std::string& /*path*/,
                           const Progress& /*progress*/, std::stop_token /*stop*/) override {
@@ -17,11 +18,12 @@ class NoClient final : public HTTPClient {
     }
 
   private:
-    [[noreturn]] static void fail() {
+    [[noreturn]] void fail() const {
         throw HTTPError(HTTPError::Kind::unavailable,
-                        std::string("This installation has no network module (") + NetworkModule::fileName +
-                            " is missing beside the program)");
+                        "This installation has no network module (" + problem_ + ")");
     }
+
+    const std::string problem_;
 };
 
 } // namespace
@@ -34,8 +36,8 @@ std::optional<std::string> HTTPResponse::header(std::string_view name) const {
 }
 
 std::shared_ptr<HTTPClient> HTTPClient::create() {
-    const NetworkModule* module = modules::own<NetworkModule>();
-    return module == nullptr ? std::make_shared<NoClient>() : module->httpClient();
+    const auto& [module, problem] = modules::own<NetworkModule>();
+    return module == nullptr ? std::make_shared<NoClient>(problem) : module->httpClient();
 }
 
 } // namespace orvane::platform

@@ -79,8 +79,9 @@ std::optional<MediaInspection> inspectMediaHeaders(RandomAccessFile& file);
 /// QuickTime, MP4, MXF, WAVE and AIFF files and the sound of WAVE files can be read.
 struct MediaHelper {
     std::string path;      ///< empty where it is not beside the program
-    std::string version;   ///< of OrvaneSync, ours where it is of any use; empty where it does not start
+    std::string version;   ///< of OrvaneSync and of the interface; empty where it does not start
     std::string libraries; ///< for people, such as "libavformat 59.27.100, libsndfile-1.2.0"
+    bool isUsable = false; ///< it was built together with this program
 };
 /// Starts it where none is running.
 MediaHelper mediaHelper();

@@ -25,6 +25,24 @@ void* entryPoint(std::span<const std::string> absolutePaths, const char* functio
     return nullptr;
 }
 
+Found<void> find(std::span<const std::string> folders, const char* fileName, const char* entryPoint) {
+    std::string problem = std::string(fileName) + " is missing beside the program";
+    for (const std::string& folder : folders) {
+        const std::string path = folder + "/" + fileName;
+        std::error_code error;
+        if (!std::filesystem::exists(path, error)) continue;
+        const auto entry = reinterpret_cast<const void* (*)()>(modules::entryPoint({&path, 1}, entryPoint));
+        if (entry == nullptr) {
+            problem = path + " can't be loaded; install OrvaneSync again, with the libraries that it needs";
+            continue;
+        }
+        const void* record = entry();
+        if (*static_cast<const std::uint64_t*>(record) == interfaceVersion) return {record, ""};
+        problem = path + " is of another build than the program; install OrvaneSync again";
+    }
+    return {nullptr, problem};
+}
+
 std::vector<std::string> systemLibraryFolders() {
     return {"/usr/local/lib", "/usr/lib/x86_64-linux-gnu", "/usr/lib/aarch64-linux-gnu", "/usr/lib64",
             "/usr/lib"};

@@ -1,7 +1,11 @@
 #pragma once
 
+#include "Platform/InterfaceVersion.h"
+
+#include <cstdint>
 #include <span>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace orvane::platform {
@@ -10,15 +14,14 @@ namespace orvane::platform {
 /// exports one function that gives a record of functions:
 ///
 ///     struct NetworkModule {
-///         static constexpr unsigned currentVersion = 1;   // raised with every change of the record
 ///         static constexpr const char* entryPoint = "orvaneNetworkModule";
 ///         static constexpr const char* fileName = "liborvane_network.so";
-///         unsigned version = currentVersion;              // first member
+///         std::uint64_t version = interfaceVersion;       // first member
 ///         ...
 ///     };
 ///
-/// The program and its modules are built together; the version catches a file that was left over from another
-/// build. Any thread.
+/// The program and its modules are built together. `interfaceVersion` is made of the headers of the platform,
+/// so that a module of a build with others is refused. Any thread.
 namespace modules {
 
 /// Where our own modules lie: the program's folder, and `lib` beside that folder. Nowhere else; above all not
@@ -29,24 +32,29 @@ std::vector<std::string> programFolders();
 /// process; null where there is none. Paths must be absolute: a bare name would be searched for.
 void* entryPoint(std::span<const std::string> absolutePaths, const char* function);
 
-/// The first module of this version in the folders; null where there is none.
+/// A module, or why there is none: a clause for people that names the file.
 template <class Module>
-const Module* load(std::span<const std::string> folders) {
-    for (const std::string& folder : folders) {
-        const std::string path = folder + "/" + Module::fileName;
-        using EntryPoint = const Module* (*)();
-        const auto entry = reinterpret_cast<EntryPoint>(entryPoint({&path, 1}, Module::entryPoint));
-        const Module* module = entry == nullptr ? nullptr : entry();
-        if (module != nullptr && module->version == Module::currentVersion) return module;
-    }
-    return nullptr;
+struct Found {
+    const Module* module = nullptr;
+    std::string problem;
+};
+
+/// The record of the first module of this interface in the folders, as `Found`.
+Found<void> find(std::span<const std::string> folders, const char* fileName, const char* entryPoint);
+
+template <class Module>
+Found<Module> load(std::span<const std::string> folders) {
+    static_assert(std::is_standard_layout_v<Module> &&
+                  std::is_same_v<decltype(Module::version), std::uint64_t>);
+    const Found<void> found = find(folders, Module::fileName, Module::entryPoint);
+    return {static_cast<const Module*>(found.module), found.problem};
 }
 
-/// The program's own module, looked for once; null where it is missing or of another build.
+/// The program's own module, looked for once.
 template <class Module>
-const Module* own() {
-    static const Module* const module = load<Module>(programFolders());
-    return module;
+const Found<Module>& own() {
+    static const Found<Module> found = load<Module>(programFolders());
+    return found;
 }
 
 /// The folders in which the system keeps its libraries, for a runtime that the user installed.

@@ -11,10 +11,8 @@
 namespace orvane::platform {
 
 SHA256::SHA256() {
-    const NetworkModule* module = modules::own<NetworkModule>();
-    if (module == nullptr)
-        throw std::runtime_error(
-            "the network module is missing beside the program; install OrvaneSync again");
+    const auto& [module, problem] = modules::own<NetworkModule>();
+    if (module == nullptr) throw std::runtime_error(problem);
     engine_ = module->sha256();
 }
 

@@ -6,15 +6,14 @@
 namespace orvane::platform {
 
 std::unique_ptr<TextRecognizer> TextRecognizer::create() {
-    const RecognitionModule* module = modules::own<RecognitionModule>();
+    const RecognitionModule* module = modules::own<RecognitionModule>().module;
     return module == nullptr ? nullptr : module->create();
 }
 
 TextRecognitionState textRecognitionState() {
-    const RecognitionModule* module = modules::own<RecognitionModule>();
+    const auto& [module, problem] = modules::own<RecognitionModule>();
     if (module != nullptr) return module->state();
-    return {false, std::string("slates can't be read: the module ") + RecognitionModule::fileName +
-                       " is missing beside the program"};
+    return {false, "slates can't be read: the module " + problem};
 }
 
 } // namespace orvane::platform

@@ -1,10 +1,13 @@
 #include "MediaFactory/WaveMaker.h"
 #include "Platform/Files.h"
+#include "Platform/InterfaceVersion.h"
 #include "Platform/JSON.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
+#include <array>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -104,6 +107,27 @@ TEST(Doctor, keepsALibraryOfSoundFromTheTerminal) {
         const std::string text = platform::files::readText(errors);
         EXPECT_EQ(text.find("a library prints"), std::string::npos) << text;
         EXPECT_EQ(text.starts_with("warning: "), isLimited) << "our own text: " << text;
+    }
+}
+
+/// The modules of this build, but for the number of their interface.
+TEST(Modules, ofAnotherBuildAreRefused) {
+    const TemporaryDirectory folder;
+    fs::create_directories(folder.path("bin"));
+    fs::copy_file(ORVANESYNC_PROGRAM, folder.path("bin/orvanesync"));
+    for (const char* name : {"liborvane_sound.so", "liborvane_recognition.so"}) {
+        SCOPED_TRACE(name);
+        std::string module = platform::files::readText(fs::path(ORVANE_MEDIA_HELPER).parent_path() / name);
+        std::array<char, sizeof(platform::interfaceVersion)> number{};
+        std::memcpy(number.data(), &platform::interfaceVersion, number.size());
+        const auto at = module.find(std::string_view(number.data(), number.size()));
+        ASSERT_NE(at, std::string::npos);
+        module[at] = static_cast<char>(~module[at]);
+        folder.write("lib/" + std::string(name), module);
+        const std::string out = folder.path("out");
+        std::system(("'" + folder.path("bin/orvanesync") + "' doctor >'" + out + "'").c_str());
+        EXPECT_NE(platform::files::readText(out).find(std::string(name) + " is of another build"),
+                  std::string::npos);
     }
 }
 

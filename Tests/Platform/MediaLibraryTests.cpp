@@ -51,10 +51,9 @@ std::vector<float> readAll(platform::AudioFile& file, int channel, std::size_t b
 }
 
 struct TestModule {
-    static constexpr unsigned currentVersion = 1;
     static constexpr const char* entryPoint = "testModule";
     static constexpr const char* fileName = "libtest_module.so";
-    unsigned version = currentVersion;
+    std::uint64_t version = platform::interfaceVersion;
 };
 
 TEST(MediaLibrary, isFoundBesideTheProgramOrMissedQuietly) {
@@ -63,7 +62,9 @@ TEST(MediaLibrary, isFoundBesideTheProgramOrMissedQuietly) {
     // A text under the name of a module; a bare name would be searched for in the system's folders.
     folder.write(TestModule::fileName, "no module");
     const std::array folders = {folder.path("missing"), folder.path()};
-    EXPECT_EQ(platform::modules::load<TestModule>(folders), nullptr);
+    const auto found = platform::modules::load<TestModule>(folders);
+    EXPECT_EQ(found.module, nullptr);
+    EXPECT_NE(found.problem.find("can't be loaded"), std::string::npos) << found.problem;
     const std::array names = {std::string("libm.so.6")};
     EXPECT_EQ(platform::modules::entryPoint(names, "cos"), nullptr);
 }

@@ -92,14 +92,14 @@ Check helperCheck(const platform::MediaHelper& helper) {
                 helper.path +
                     " does not start; install the libraries that it needs (on Debian: libavformat59, "
                     "libavcodec59, libswresample4, libsndfile1)"};
-    if (helper.version != ORVANE_VERSION)
+    if (!helper.isUsable)
         return {name, "problem",
                 helper.path + " is of version " + helper.version + "; install that of this version"};
-    return {name, "ok", helper.path + " (version " + helper.version + ")"};
+    return {name, "ok", helper.path + " (version " ORVANE_VERSION ")"};
 }
 
 Check libraryCheck(const platform::MediaHelper& helper) {
-    if (helper.version == ORVANE_VERSION) return {"media libraries", "ok", helper.libraries};
+    if (helper.isUsable) return {"media libraries", "ok", helper.libraries};
     return {
         "media libraries", "problem",
         "without the media helper only the headers of QuickTime, MP4, MXF, WAVE and AIFF files and the sound "

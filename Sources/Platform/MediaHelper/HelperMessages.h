@@ -50,7 +50,7 @@ struct Inspected {
 
 /// The first answer of every helper: one that is left over from another build understands other messages.
 struct About {
-    std::string version; ///< of OrvaneSync
+    std::string version; ///< `helperVersion`
     std::string libraries;
 };
 

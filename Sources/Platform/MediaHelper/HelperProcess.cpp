@@ -1,5 +1,6 @@
 #include "Platform/MediaHelper/HelperProcess.h"
 
+#include "Platform/InterfaceVersion.h"
 #include "Platform/Modules.h"
 #include "Platform/ReadErrorWatch.h"
 
@@ -156,7 +157,7 @@ std::shared_ptr<Process> Process::borrow(Purpose purpose) {
     auto process = takeFree(purpose);
     while (process && !process->isAlive()) process = takeFree(purpose);
     if (!process) process = start(purpose);
-    if (!process || process->about_.version != ORVANE_VERSION) {
+    if (!process || process->about_.version != helperVersion) {
         noteMissed();
         return nullptr;
     }

@@ -1,6 +1,7 @@
 #include "Platform/MediaHelper/MediaLibraryClient.h"
 
 #include "Platform/EarliestFrame.h"
+#include "Platform/InterfaceVersion.h"
 #include "Platform/MediaHelper/HelperProcess.h"
 #include "Platform/ReadErrorWatch.h"
 
@@ -151,10 +152,11 @@ std::string whyNoSharedMemory() {
 }
 
 MediaHelper mediaHelper() {
-    MediaHelper result{helper::programPath(), "", ""};
+    MediaHelper result{helper::programPath(), "", "", false};
     auto about = helper::tryToStart();
     if (!about) return result;
     result.version = std::move(about->version);
+    result.isUsable = result.version == helperVersion;
     result.libraries = std::move(about->libraries);
     return result;
 }

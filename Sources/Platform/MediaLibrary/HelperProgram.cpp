@@ -1,3 +1,4 @@
+#include "Platform/InterfaceVersion.h"
 #include "Platform/MediaHelper/HelperMessages.h"
 #include "Platform/MediaLibrary/ClaimedFrames.h"
 #include "Platform/MediaLibrary/FileInput.h"
@@ -86,7 +87,7 @@ class Helper {
         case helper::Request::close:
             return reply(files_.erase(reader.next<std::uint32_t>()) > 0);
         case helper::Request::about:
-            return reply(helper::About{ORVANE_VERSION, libraries()});
+            return reply(helper::About{helperVersion, libraries()});
         case helper::Request::canDecode:
             return reply(avcodec_find_decoder_by_name(reader.next<std::string>().c_str()) != nullptr);
         case helper::Request::openPictures:

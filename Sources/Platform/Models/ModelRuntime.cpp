@@ -57,7 +57,7 @@ enum Place : std::size_t {
     releaseSessionOptions = 100
 };
 constexpr int floatElements = 1, onlyErrors = 3, arenaAllocator = 1, ordinaryMemory = 0;
-constexpr std::uint32_t interfaceVersion = 1;
+constexpr std::uint32_t onnxInterfaceVersion = 1;
 
 using AnyFunction = void (*)();
 struct Functions {
@@ -203,7 +203,7 @@ std::shared_ptr<ModelRuntime> opened(const std::string& path) {
     if (entry == nullptr) return nullptr;
     const InterfaceBase* base = reinterpret_cast<const InterfaceBase* (*)()>(entry)();
     if (base == nullptr) return nullptr;
-    const Functions functions{base->getInterface(interfaceVersion)};
+    const Functions functions{base->getInterface(onnxInterfaceVersion)};
     if (functions.table == nullptr) return nullptr;
     try {
         return std::make_shared<OpenRuntime>(path, base->getVersion(), functions);

@@ -8,7 +8,7 @@ extern "C" __attribute__((visibility("default"))) const orvane::platform::Networ
 orvaneNetworkModule() {
     using orvane::platform::NetworkModule;
     static const NetworkModule module{
-        NetworkModule::currentVersion, orvane::platform::curlClient,
+        orvane::platform::interfaceVersion, orvane::platform::curlClient,
         [] { return std::string("libcurl ") + curl_version_info(CURLVERSION_NOW)->version; },
         orvane::platform::makeSHA256};
     return &module;

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "Platform/HTTPClient.h"
+#include "Platform/InterfaceVersion.h"
 #include "Platform/SHA256.h"
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -10,11 +12,10 @@ namespace orvane::platform {
 
 /// What the loadable module of network libraries offers.
 struct NetworkModule {
-    static constexpr unsigned currentVersion = 3;
     static constexpr const char* entryPoint = "orvaneNetworkModule";
     static constexpr const char* fileName = "liborvane_network.so";
 
-    unsigned version = currentVersion;
+    std::uint64_t version = interfaceVersion;
     std::shared_ptr<HTTPClient> (*httpClient)() = nullptr;
     /// For people, such as "libcurl 7.88.1".
     std::string (*versions)() = nullptr;

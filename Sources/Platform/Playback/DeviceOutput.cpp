@@ -259,7 +259,7 @@ std::string DeviceOutput::description() const {
 namespace {
 
 std::unique_ptr<SoundDevices> devicesOfMachine() {
-    const SoundModule* module = modules::own<SoundModule>();
+    const SoundModule* module = modules::own<SoundModule>().module;
     return module == nullptr ? nullptr : module->devices();
 }
 
@@ -274,10 +274,8 @@ std::unique_ptr<AudioOutput> AudioOutput::withoutDevice(std::shared_ptr<const Cl
 }
 
 AudioDeviceReport audioDeviceReport() {
-    const SoundModule* module = modules::own<SoundModule>();
-    if (module == nullptr)
-        return {false, std::string("the module ") + SoundModule::fileName +
-                           " is missing beside the program; nothing can be heard"};
+    const auto& [module, problem] = modules::own<SoundModule>();
+    if (module == nullptr) return {false, "the module " + problem + "; nothing can be heard"};
     const auto devices = module->devices();
     const std::string name = devices->defaultName();
     if (name.empty())

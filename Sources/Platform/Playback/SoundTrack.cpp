@@ -337,7 +337,7 @@ class ReadTrack final : public SoundTrack {
 };
 
 std::unique_ptr<TempoChange> tempoChangeOfModule(const TempoChange::Options& options) {
-    const SoundModule* module = modules::own<SoundModule>();
+    const SoundModule* module = modules::own<SoundModule>().module;
     return module == nullptr ? nullptr : module->tempoChange(options);
 }
 

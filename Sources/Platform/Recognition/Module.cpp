@@ -4,7 +4,7 @@
 extern "C" __attribute__((visibility("default"))) const orvane::platform::RecognitionModule*
 orvaneRecognitionModule() {
     using orvane::platform::RecognitionModule;
-    static const RecognitionModule module{RecognitionModule::currentVersion,
+    static const RecognitionModule module{orvane::platform::interfaceVersion,
                                           orvane::platform::tesseractRecognizer,
                                           orvane::platform::tesseractState};
     return &module;

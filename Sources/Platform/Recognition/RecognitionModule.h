@@ -1,16 +1,18 @@
 #pragma once
 
+#include "Platform/InterfaceVersion.h"
 #include "Platform/TextRecognizer.h"
+
+#include <cstdint>
 
 namespace orvane::platform {
 
 /// What the loadable module of text recognition offers.
 struct RecognitionModule {
-    static constexpr unsigned currentVersion = 1;
     static constexpr const char* entryPoint = "orvaneRecognitionModule";
     static constexpr const char* fileName = "liborvane_recognition.so";
 
-    unsigned version = currentVersion;
+    std::uint64_t version = interfaceVersion;
     /// Null without data of a language.
     std::unique_ptr<TextRecognizer> (*create)() = nullptr;
     TextRecognitionState (*state)() = nullptr;

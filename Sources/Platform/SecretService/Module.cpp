@@ -267,7 +267,7 @@ Answer unlock() {
 extern "C" __attribute__((visibility("default"))) const orvane::platform::SecretServiceModule*
 orvaneSecretServiceModule() {
     using orvane::platform::SecretServiceModule;
-    static const SecretServiceModule module{SecretServiceModule::currentVersion, orvane::platform::save,
+    static const SecretServiceModule module{orvane::platform::interfaceVersion, orvane::platform::save,
                                             orvane::platform::read, orvane::platform::remove,
                                             orvane::platform::unlock};
     return &module;

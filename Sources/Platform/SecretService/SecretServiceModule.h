@@ -1,5 +1,8 @@
 #pragma once
 
+#include "Platform/InterfaceVersion.h"
+
+#include <cstdint>
 #include <map>
 #include <set>
 #include <string>
@@ -11,7 +14,6 @@ namespace orvane::platform {
 /// as somebody needs to unlock it; `mayAsk` is whether the desktop may ask for that, once. A store that was
 /// started anew is found again. None of the calls throws.
 struct SecretServiceModule {
-    static constexpr unsigned currentVersion = 3;
     static constexpr const char* entryPoint = "orvaneSecretServiceModule";
     static constexpr const char* fileName = "liborvane_secret_service.so";
 
@@ -30,7 +32,7 @@ struct SecretServiceModule {
         std::set<std::string> locked;
     };
 
-    unsigned version = currentVersion;
+    std::uint64_t version = interfaceVersion;
     /// Whether the store said that it has it; it may not have.
     Answer (*save)(const std::string& account, const std::string& value, bool mayAsk) = nullptr;
     /// Asks for no more than what it finds locked.

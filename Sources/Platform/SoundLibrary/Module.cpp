@@ -3,7 +3,7 @@
 
 extern "C" __attribute__((visibility("default"))) const orvane::platform::SoundModule* orvaneSoundModule() {
     using namespace orvane::platform;
-    static const SoundModule module{SoundModule::currentVersion, portAudioDevices, soundTouchTempoChange,
+    static const SoundModule module{interfaceVersion, portAudioDevices, soundTouchTempoChange,
                                     [] { return portAudioVersion() + ", " + soundTouchVersion(); }};
     return &module;
 }

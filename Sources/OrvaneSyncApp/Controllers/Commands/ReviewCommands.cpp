@@ -5,6 +5,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/WorkReview.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncApp/Controllers/WorkInputs.h"
+#include "Platform/Stop.h"
 
 #include <algorithm>
 
@@ -17,13 +18,15 @@ using enum Parameter::Kind;
 platform::Task writeReview(CommandContext& context, Call call, std::shared_ptr<JSON> answer) {
     const ImportController& controller = *context.controller;
     const OutputPermission permission{call.has("overwrite") && call.boolean("overwrite"), "overwrite: true"};
-    auto writing = platform::onQueue(*controller.work().documents, controller.work().environment.mainThread,
-                                     [work = WorkSnapshot(controller), permission,
-                                      output = call.text("output"), inputs = inputsOf(controller)] {
-                                         const std::vector<ReviewLine> lines = reviewLines(work);
-                                         writeReviewFile(output, lines, inputs(), permission);
-                                         return static_cast<int>(lines.size());
-                                     });
+    auto writing =
+        platform::onQueue(*controller.work().documents, controller.work().environment.mainThread,
+                          [work = WorkSnapshot(controller), permission, output = call.text("output"),
+                           inputs = inputsOf(controller)](const std::stop_token& stop) {
+                              const std::vector<ReviewLine> lines = reviewLines(work, stop);
+                              platform::throwIfStopped(stop);
+                              writeReviewFile(output, lines, inputs(), permission);
+                              return static_cast<int>(lines.size());
+                          });
     const int clips = co_await writing;
     JSON json;
     json.set("output", call.text("output"));
@@ -33,10 +36,11 @@ platform::Task writeReview(CommandContext& context, Call call, std::shared_ptr<J
 
 platform::Task applied(std::shared_ptr<ImportController> controller, FileURL file,
                        std::shared_ptr<JSON> answer) {
-    auto reading = platform::onQueue(*controller->work().documents, controller->work().environment.mainThread,
-                                     [file = std::move(file), work = WorkSnapshot(*controller)] {
-                                         return readDecisions(work, readReviewFile(file.path));
-                                     });
+    auto reading = platform::onQueue(
+        *controller->work().documents, controller->work().environment.mainThread,
+        [file = std::move(file), work = WorkSnapshot(*controller)](const std::stop_token& stop) {
+            return readDecisions(work, readReviewFile(file.path), stop);
+        });
     const ReviewReading read = co_await reading;
     carryOut(*controller, read.decisions);
     JSON::Array problems;

@@ -8,6 +8,7 @@
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Files.h"
+#include "Platform/Stop.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -258,7 +259,7 @@ void carryOutOne(ImportController& controller, const ReviewDecision& decision) {
 
 } // namespace
 
-std::vector<ReviewLine> reviewLines(const WorkSnapshot& work) {
+std::vector<ReviewLine> reviewLines(const WorkSnapshot& work, const std::stop_token& stop) {
     const DisplayNames& displayNames = work.displayNames();
     const FileNames& files = work.fileNames();
     UnmatchedReasons reasons = work.unmatchedReasons();
@@ -266,6 +267,7 @@ std::vector<ReviewLine> reviewLines(const WorkSnapshot& work) {
     const ClipRates rates = ratesOf(work);
     std::vector<ReviewLine> lines;
     for (const SyncGroup& group : work.groups()) {
+        platform::throwIfStopped(stop);
         ReviewLine line{.number = lines.size() + 2};
         line[clip] = displayNames.at(group.id);
         line[cameraFile] = files.of(group.video);
@@ -278,9 +280,13 @@ std::vector<ReviewLine> reviewLines(const WorkSnapshot& work) {
     return lines;
 }
 
-ReviewReading readDecisions(const WorkSnapshot& work, const std::vector<ReviewLine>& lines) {
+ReviewReading readDecisions(const WorkSnapshot& work, const std::vector<ReviewLine>& lines,
+                            const std::stop_token& stop) {
     Reading reading(work);
-    for (const ReviewLine& line : lines) reading.read(line);
+    for (const ReviewLine& line : lines) {
+        platform::throwIfStopped(stop);
+        reading.read(line);
+    }
     return std::move(reading.result);
 }
 

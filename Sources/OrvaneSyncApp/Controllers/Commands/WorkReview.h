@@ -5,13 +5,14 @@
 #include "OrvaneSyncCore/Services/Review/ReviewTable.h"
 
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
 namespace orvane {
 
 /// The clips for review in a spreadsheet, in the order of the list.
-std::vector<ReviewLine> reviewLines(const WorkSnapshot& work);
+std::vector<ReviewLine> reviewLines(const WorkSnapshot& work, const std::stop_token& stop = {});
 
 /// What a line asks for beyond what the clip has.
 struct ReviewDecision {
@@ -31,7 +32,8 @@ struct ReviewReading {
 };
 /// What the lines say and the clips do not have yet; a clip without a line stays as it is. A clip is found by
 /// its camera file, as tables and messages name it, or by the end of its path. Any thread.
-ReviewReading readDecisions(const WorkSnapshot& work, const std::vector<ReviewLine>& lines);
+ReviewReading readDecisions(const WorkSnapshot& work, const std::vector<ReviewLine>& lines,
+                            const std::stop_token& stop = {});
 /// Does them as one undo step. Interface thread.
 void carryOut(ImportController& controller, const std::vector<ReviewDecision>& decisions);
 

@@ -55,7 +55,7 @@ TEST(MediaWave, readsFormatAndDuration) {
     check("a rate that is none", WaveMaker().format({.sampleRate = 4'000'000'000}).silence(100), "? s");
     check("a chunk past the end hides what follows",
           WaveMaker().format({}).chunkClaiming("JUNK", 0x7FFFFFFF, "").silence(48000), "? s, 48000 Hz 1 ch");
-    EXPECT_EQ(inspectionText(inspectBytes("RIFF\4\0\0\0AVI ")), "nothing");
+    EXPECT_EQ(inspectionText(inspectBytes("RIFF" + le32(4) + "AVI ")), "nothing");
     std::string cutOff =
         WaveMaker().format({}).chunkClaiming("data", 0, "iXML" + le32(4) + field("", 144000 - 8)).bytes();
     EXPECT_EQ(inspectionText(inspectBytes(cutOff)), "0 s, 48000 Hz 1 ch");

@@ -50,7 +50,7 @@ TEST(AudioPass, measuresWindows) {
 
 TEST(AudioPass, endsWhereTheFileDoes) {
     const std::vector<float> sound(25, 0.5F);
-    const auto windows = [&](std::int64_t claimed, AudioPass pass) {
+    const auto windows = [&](std::int64_t claimed, const AudioPass& pass) {
         return measured({{sound}, 48000, claimed}, 1, pass).at(0).totalWindows;
     };
     EXPECT_EQ(windows(25, {.windowFrames = 10}), 3); // the last window is short
@@ -142,7 +142,7 @@ TEST(AudioPass, givesTheSameBitsInEveryBuild) {
 
 class SmartAudioRouterTest : public testing::Test {
   protected:
-    SmartAudioResult analyze(SmartAudioRequest request, std::size_t threads = 2) const {
+    SmartAudioResult analyze(const SmartAudioRequest& request, std::size_t threads = 2) const {
         return SmartAudioRouter(threads, folder.path()).analyze(request);
     }
     SmartAudioRequest request(const std::string& wave, int channelCount) const {

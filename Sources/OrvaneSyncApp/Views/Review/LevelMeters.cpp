@@ -17,7 +17,7 @@ using namespace design;
 
 namespace {
 
-constexpr int widestBar = 10, gap = 2, clipHeight = 10;
+constexpr int widestBar = 10, barGap = 2, clipHeight = 10;
 constexpr int mostWidth = 132;
 constexpr double lowestDB = -60;      // the meter's range ends at full scale
 constexpr int updatesAfterRest = 180; // three seconds, until bars and peaks have fallen
@@ -39,7 +39,7 @@ LevelMeters::LevelMeters(const std::shared_ptr<platform::MainThread>& mainThread
 
 QSize LevelMeters::sizeHint() const {
     const int channels = std::max(widest_, 2);
-    return {std::min(channels * (widestBar + gap) + 2 * space::tight, mostWidth), 120};
+    return {std::min(channels * (widestBar + barGap) + 2 * space::tight, mostWidth), 120};
 }
 
 void LevelMeters::follow(VideoEngineField field) {
@@ -99,8 +99,8 @@ void LevelMeters::paintEvent(QPaintEvent*) {
     const Colours& all = colours();
     painter.fillRect(rect(), all.panel);
     if (channels_ <= 0) return;
-    const double bar = std::max(pitch() - gap, 1.0);
-    const double top = space::tight + clipHeight + gap, bottom = height() - space::tight;
+    const double bar = std::max(pitch() - barGap, 1.0);
+    const double top = space::tight + clipHeight + barGap, bottom = height() - space::tight;
     for (int i = 0; i < channels_; ++i) {
         const double left = firstBar() + i * pitch();
         const auto at = static_cast<std::size_t>(i);
@@ -134,10 +134,10 @@ void LevelMeters::paintEvent(QPaintEvent*) {
 }
 
 double LevelMeters::pitch() const {
-    return std::min((width() - 2.0 * space::tight) / std::max(channels_, 1), 1.0 * widestBar + gap);
+    return std::min((width() - 2.0 * space::tight) / std::max(channels_, 1), 1.0 * widestBar + barGap);
 }
 
-double LevelMeters::firstBar() const { return (width() - channels_ * pitch() + gap) / 2; }
+double LevelMeters::firstBar() const { return (width() - channels_ * pitch() + barGap) / 2; }
 
 int LevelMeters::channelAt(int x) const {
     return std::clamp(static_cast<int>((x - firstBar()) / pitch()), 0, std::max(channels_ - 1, 0));

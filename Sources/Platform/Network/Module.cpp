@@ -4,8 +4,7 @@
 
 #include <curl/curl.h>
 
-extern "C" __attribute__((visibility("default"))) const orvane::platform::NetworkModule*
-orvaneNetworkModule() {
+extern "C" __attribute__((visibility("default"))) const void* orvaneNetworkModule() {
     using orvane::platform::NetworkModule;
     static const NetworkModule module{
         orvane::platform::interfaceVersion, orvane::platform::curlClient,

@@ -264,8 +264,7 @@ Answer unlock() {
 
 } // namespace orvane::platform
 
-extern "C" __attribute__((visibility("default"))) const orvane::platform::SecretServiceModule*
-orvaneSecretServiceModule() {
+extern "C" __attribute__((visibility("default"))) const void* orvaneSecretServiceModule() {
     using orvane::platform::SecretServiceModule;
     static const SecretServiceModule module{orvane::platform::interfaceVersion, orvane::platform::save,
                                             orvane::platform::read, orvane::platform::remove,

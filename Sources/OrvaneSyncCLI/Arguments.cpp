@@ -52,12 +52,11 @@ Arguments Arguments::parse(std::span<const std::string> words, std::span<const O
     for (std::size_t i = 0; i < words.size(); ++i) {
         const std::string& word = words[i];
         if (word == "--") {
-            result.positionals_.insert(result.positionals_.end(),
-                                       words.begin() + static_cast<std::ptrdiff_t>(i) + 1, words.end());
+            for (const std::string& rest : words.subspan(i + 1)) result.add({"", rest, {rest}});
             break;
         }
         if (!looksLikeOption(word)) {
-            result.positionals_.push_back(word);
+            result.add({"", word, {word}});
             continue;
         }
         std::size_t equals = word.starts_with("--") ? word.find('=') : std::string::npos;
@@ -72,19 +71,28 @@ Arguments Arguments::parse(std::span<const std::string> words, std::span<const O
             }
         }
         if (option == nullptr) throw UsageError(unknownOption(name, options));
-        std::string value;
+        Part part{std::string(option->name), "", {word}};
         if (option->value.empty()) {
             if (equals != std::string::npos) throw UsageError("the option " + name + " takes no value");
         } else if (equals != std::string::npos) {
-            value = word.substr(equals + 1);
+            part.value = word.substr(equals + 1);
         } else {
             if (i + 1 == words.size())
                 throw UsageError("the option " + name + " needs a value: " + std::string(option->value));
-            value = words[++i];
+            part.value = words[++i];
+            part.words.push_back(part.value);
         }
-        result.values_[std::string(option->name)].push_back(std::move(value));
+        result.add(std::move(part));
     }
     return result;
+}
+
+void Arguments::add(Part part) {
+    if (part.option.empty())
+        positionals_.push_back(part.value);
+    else
+        values_[part.option].push_back(part.value);
+    parts_.push_back(std::move(part));
 }
 
 std::optional<std::string> Arguments::value(std::string_view option) const {

@@ -32,6 +32,13 @@ class Arguments {
     /// them where the command asks for all. Throws UsageError.
     static Arguments parse(std::span<const std::string> words, std::span<const Option> options);
 
+    /// What stands in the command line, in its order.
+    struct Part {
+        std::string option;             ///< its name with the dashes; empty: a positional
+        std::string value;              ///< of the option, empty for a switch; the positional
+        std::vector<std::string> words; ///< as they were written; the value ends the last one
+    };
+    const std::vector<Part>& parts() const { return parts_; }
     const std::vector<std::string>& positionals() const { return positionals_; }
     bool has(std::string_view option) const { return values_.contains(option); }
     std::optional<std::string> value(std::string_view option) const;
@@ -41,6 +48,9 @@ class Arguments {
     std::optional<long long> integer(std::string_view option) const;
 
   private:
+    void add(Part part);
+
+    std::vector<Part> parts_;
     std::vector<std::string> positionals_;
     std::map<std::string, std::vector<std::string>, std::less<>> values_;
 };

@@ -132,9 +132,8 @@ std::string oneLine(std::string_view text) {
 }
 
 int runCommand(const Command& command, std::span<const std::string> words, Context& context) {
-    const std::vector<Option> options = withCommonOptions(command.options);
     try {
-        const Arguments arguments = Arguments::parse(words, options);
+        const Arguments arguments = argumentsOf(command, words);
         if (arguments.has("--help")) {
             printCommandHelp(context, command);
             return done;
@@ -179,6 +178,10 @@ std::span<const Command* const> allCommands() {
 #endif
         });
     return commands;
+}
+
+Arguments argumentsOf(const Command& command, std::span<const std::string> words) {
+    return Arguments::parse(words, withCommonOptions(command.options));
 }
 
 int run(std::span<const std::string> words, Context& context) {

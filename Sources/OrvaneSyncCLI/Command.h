@@ -54,6 +54,8 @@ const Command& doctorCommand();
 
 /// All commands, in the order in which the help lists them.
 std::span<const Command* const> allCommands();
+/// The words behind the command's name. Throws UsageError.
+Arguments argumentsOf(const Command& command, std::span<const std::string> words);
 
 #ifdef ORVANE_DEMO
 const Command& serviceDemoCommand();

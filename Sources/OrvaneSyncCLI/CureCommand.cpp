@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <utility>
 
 namespace orvane::cli {
@@ -111,46 +112,11 @@ std::string shellWord(const std::string& word) {
     return !word.empty() && word.find_first_not_of(plain) == std::string::npos ? word : shellQuoted(word);
 }
 
-/// A call taken apart as `Arguments` does.
-struct CallPart {
-    std::vector<std::string> words; ///< an option with its value, or one word
-    std::string option;             ///< empty: a folder
-    std::string value;              ///< of the option; the folder
-};
+using Parts = std::vector<Arguments::Part>;
 
-std::vector<CallPart> partsOf(std::span<const std::string> call) {
-    const auto command = std::ranges::find(allCommands(), call[1], &Command::name);
-    const auto takesValue = [&](const std::string& name) {
-        if (name == "--set") return true;
-        const auto isIt = [&](const Option& one) { return one.name == name || one.shortName == name; };
-        return command != allCommands().end() &&
-               std::ranges::any_of((*command)->options,
-                                   [&](const Option& one) { return isIt(one) && !one.value.empty(); });
-    };
-    std::vector<CallPart> parts;
-    bool areOptions = true;
-    for (std::size_t i = 2; i < call.size(); ++i) {
-        const std::string& word = call[i];
-        const std::size_t equals = std::min(word.find('='), word.size());
-        if (!areOptions || word.size() < 2 || word.front() != '-') {
-            parts.push_back({{word}, "", word});
-        } else if (word == "--") {
-            areOptions = false;
-        } else if (equals < word.size()) {
-            parts.push_back({{word}, word.substr(0, equals), word.substr(equals + 1)});
-        } else if (takesValue(word) && i + 1 < call.size()) {
-            ++i;
-            parts.push_back({{word, call[i]}, word, call[i]});
-        } else {
-            parts.push_back({{word}, word, ""});
-        }
-    }
-    return parts;
-}
-
-/// The words of the call with those of the cure, folders that may look like options last.
-std::vector<std::string> cured(std::span<const std::string> call, const CureOptions& cure) {
-    const auto isReplaced = [&](const CallPart& part) {
+/// What of the call stays beside the cure.
+Parts besideCure(const Parts& call, const CureOptions& cure) {
+    const auto isReplaced = [&](const Arguments::Part& part) {
         if (isAmong(part.option, cureOptionsOfOneValue)) return cure.has(part.option);
         const bool isFolder = part.option.empty() || part.option == "--video" || part.option == "--audio";
         return isFolder &&
@@ -158,9 +124,16 @@ std::vector<std::string> cured(std::span<const std::string> call, const CureOpti
                 std::ranges::find(cure.foldersLeftOut, platform::files::standardized(part.value)) !=
                     cure.foldersLeftOut.end());
     };
-    std::vector<std::string> words(call.begin(), call.begin() + 2), last;
-    for (const CallPart& part : partsOf(call)) {
-        if (isReplaced(part)) continue;
+    Parts rest;
+    std::ranges::remove_copy_if(call, std::back_inserter(rest), isReplaced);
+    return rest;
+}
+
+/// Of the program and the command, the rest of the call and the cure; folders that look like options last.
+std::vector<std::string> wordsOf(std::vector<std::string> words, const Parts& parts,
+                                 const CureOptions& cure) {
+    std::vector<std::string> last;
+    for (const Arguments::Part& part : parts) {
         const bool looksLikeOption = part.option.empty() && part.value.starts_with('-');
         std::vector<std::string>& place = looksLikeOption ? last : words;
         place.insert(place.end(), part.words.begin(), part.words.end());
@@ -178,41 +151,38 @@ std::string shellLine(const std::vector<std::string>& words) {
 }
 
 /// Returns whether the call writes a document.
-bool numberOutput(std::vector<std::string>& words, int number) {
-    const std::string mark = "-" + std::to_string(number);
-    const auto name = [&](std::string& path, std::size_t from) {
-        if (path.substr(from) == "-") return false;
-        const std::size_t slash = path.rfind('/'), point = path.rfind('.');
-        const bool hasExtension =
-            point != std::string::npos && (slash == std::string::npos || point > slash + 1);
-        path.insert(hasExtension ? point : path.size(), mark);
-        return true;
-    };
-    for (std::size_t i = 0; i < words.size(); ++i) {
-        constexpr std::string_view assigned = "--output=";
-        if ((words[i] == "-o" || words[i] == "--output") && i + 1 < words.size())
-            return name(words[i + 1], 0);
-        if (words[i].starts_with(assigned)) return name(words[i], assigned.size());
-        if (words[i].starts_with("-o")) return name(words[i], 2);
-    }
-    return false;
+bool numberOutput(Parts& parts, int number) {
+    const auto output = std::ranges::find(parts, "--output", &Arguments::Part::option);
+    if (output == parts.end() || output->value == "-") return false;
+    const std::string& path = output->value;
+    const std::size_t slash = path.rfind('/'), point = path.rfind('.');
+    const bool hasExtension = point != std::string::npos && (slash == std::string::npos || point > slash + 1);
+    const std::size_t behind = hasExtension ? path.size() - point : 0;
+    std::string& word = output->words.back(); // its value ends it
+    word.insert(word.size() - behind, "-" + std::to_string(number));
+    return true;
 }
 
 } // namespace
 
+CureCommands::CureCommands(std::span<const std::string> call) : start_(call.begin(), call.begin() + 2) {
+    const auto command = std::ranges::find(allCommands(), call[1], &Command::name);
+    if (command != allCommands().end()) parts_ = argumentsOf(**command, call.subspan(2)).parts();
+}
+
 std::optional<std::string> CureCommands::next(std::string_view cure) {
     const CureOptions options = CureReader(cure).firstWay();
     if (options.isEmpty()) return std::nullopt;
-    std::vector<std::string> words = cured(call_, options);
-    std::string plain = shellLine(words);
+    Parts parts = besideCure(parts_, options);
+    std::string plain = shellLine(wordsOf(start_, parts, options));
     if (platform::text::printable(plain) != plain || !given_.insert(plain).second) return std::nullopt;
-    if (!options.leavesCardsOut() || !numberOutput(words, documents_ + 1)) return plain;
+    if (!options.leavesCardsOut() || !numberOutput(parts, documents_ + 1)) return plain;
     ++documents_;
-    return shellLine(words);
+    return shellLine(wordsOf(start_, parts, options));
 }
 
-std::vector<std::string> cureCommands(std::vector<std::string> call, const WorkSnapshot& work) {
-    CureCommands cures(std::move(call));
+std::vector<std::string> cureCommands(std::span<const std::string> call, const WorkSnapshot& work) {
+    CureCommands cures(call);
     std::vector<std::string> commands;
     for (const CardDoubt& doubt : work.doubts().summary(work.groups()))
         if (auto command = cures.next(doubt.doubt.cure)) commands.push_back(std::move(*command));

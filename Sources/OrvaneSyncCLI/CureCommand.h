@@ -1,12 +1,13 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/WorkSnapshot.h"
+#include "OrvaneSyncCLI/Arguments.h"
 
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace orvane::cli {
@@ -14,8 +15,8 @@ namespace orvane::cli {
 /// The calls that apply cures, as a shell reads them: "orvanesync diagnose shoot --days same".
 class CureCommands {
   public:
-    /// `call`: its words, the program first.
-    explicit CureCommands(std::vector<std::string> call) : call_(std::move(call)) {}
+    /// `call`: its words, the program and the name of a command first.
+    explicit CureCommands(std::span<const std::string> call);
 
     /// The call with the options of the first way that the cure names. Where these leave cards out, it writes
     /// a document of its own beside that of the call: "OUT-2.fcpxml", "OUT-3.fcpxml" and so on. Nothing where
@@ -24,12 +25,13 @@ class CureCommands {
     std::optional<std::string> next(std::string_view cure);
 
   private:
-    std::vector<std::string> call_;
+    std::vector<std::string> start_; ///< program and command
+    std::vector<Arguments::Part> parts_;
     std::set<std::string> given_; ///< without numbers
     int documents_ = 1;
 };
 
 /// Those of all doubts, in their order.
-std::vector<std::string> cureCommands(std::vector<std::string> call, const WorkSnapshot& work);
+std::vector<std::string> cureCommands(std::span<const std::string> call, const WorkSnapshot& work);
 
 } // namespace orvane::cli

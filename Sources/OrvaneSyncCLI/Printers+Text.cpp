@@ -162,11 +162,11 @@ std::string smartAudioText(const ImportController& controller) {
     return text + ".\n" + loudness;
 }
 
-std::string doubtsText(const WorkSnapshot& work, std::vector<std::string> call) {
+std::string doubtsText(const WorkSnapshot& work, std::span<const std::string> call) {
     const auto doubts = work.doubts().summary(work.groups());
     if (doubts.empty()) return "";
     std::string text = counted(doubts.size(), "doubt", "doubts") + ":\n";
-    CureCommands cures(std::move(call));
+    CureCommands cures(call);
     for (const CardDoubt& doubt : doubts) {
         text += "\n  " + platform::text::printable(doubt.doubt.message);
         if (doubt.groupIDs.size() > 1) text += " (" + counted(doubt.groupIDs.size(), "clip", "clips") + ")";

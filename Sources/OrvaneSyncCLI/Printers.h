@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/WorkSnapshot.h"
 
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -18,7 +19,7 @@ std::string issuesText(const ImportController& controller, bool bold);
 std::string smartAudioText(const ImportController& controller);
 /// Each doubt about the clips with its cure, below how many there are; empty without any. Below a cure stands
 /// the call with its options, each once.
-std::string doubtsText(const WorkSnapshot& work, std::vector<std::string> call);
+std::string doubtsText(const WorkSnapshot& work, std::span<const std::string> call);
 /// Where cameras recorded sound and nothing compared it with the recordings, a line that says so; else empty.
 std::string notComparedText(const SyncGroupList& groups);
 /// What the export sheet of the app shows beside its settings: the events that scenes make, a better name for

@@ -82,11 +82,11 @@ TEST(CureCommand, isTheCallWithWhatTheCureSays) {
         call.insert(call.end(), one.call.begin(), one.call.end());
         EXPECT_EQ(CureCommands(call).next(one.cure), one.expected) << one.cure;
     }
-    CureCommands cures({"orvanesync", "sync", "a", "-o", "day.1/Out.fcpxml"});
-    EXPECT_EQ(cures.next("--days same"), "orvanesync sync a -o day.1/Out.fcpxml --days same");
+    CureCommands cures(std::vector<std::string>{"orvanesync", "sync", "a", "-oday.1/Out.fcpxml"});
+    EXPECT_EQ(cures.next("--days same"), "orvanesync sync a -oday.1/Out.fcpxml --days same");
     EXPECT_EQ(cures.next("--days same"), std::nullopt) << "told already";
-    EXPECT_EQ(cures.next("--exclude A"), "orvanesync sync a -o day.1/Out-2.fcpxml --exclude A");
-    EXPECT_EQ(cures.next("--exclude B"), "orvanesync sync a -o day.1/Out-3.fcpxml --exclude B");
+    EXPECT_EQ(cures.next("--exclude A"), "orvanesync sync a -oday.1/Out-2.fcpxml --exclude A");
+    EXPECT_EQ(cures.next("--exclude B"), "orvanesync sync a -oday.1/Out-3.fcpxml --exclude B");
 }
 
 TEST(NotComparedText, standsWhereCamerasHeardSomething) {

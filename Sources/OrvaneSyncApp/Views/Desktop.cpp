@@ -83,16 +83,22 @@ platform::Task Desktop::run(std::string_view id, JSON arguments, Done done, Refu
     }
 }
 
-void Desktop::runForClips(std::string_view id, const std::vector<UUID>& groupIDs, JSON arguments) {
+void Desktop::runForClips(std::string_view id, const std::vector<UUID>& groupIDs, JSON arguments,
+                          const std::function<void()>& done) {
     if (groupIDs.empty()) return;
     const auto runEach = [&] {
+        std::vector<JSON> calls;
         for (const UUID& groupID : groupIDs) {
             const SyncGroup* clip = controller().work().syncGroups().find(groupID);
             if (clip == nullptr || !isEnabled(id, clip)) continue;
-            JSON each = arguments;
-            each.set("groupID", groupID.text());
-            run(id, std::move(each));
+            calls.push_back(arguments);
+            calls.back().set("groupID", groupID.text());
         }
+        const auto waiting = std::make_shared<std::size_t>(calls.size());
+        for (JSON& call : calls)
+            run(id, std::move(call), [waiting, done](const JSON&) {
+                if (--*waiting == 0 && done) done();
+            });
     };
     if (const auto& step = command(id).step; step && groupIDs.size() > 1)
         controller().withUndo(*step, runEach);

@@ -55,8 +55,10 @@ class Desktop {
     /// `whenRefused`. A command that was stopped calls none of them. Gives what goes on behind a long one; it
     /// has ended for one that answered at once or was refused.
     platform::Task run(std::string_view id, JSON arguments = {}, Done done = {}, Refused refused = {});
-    /// One command for several clips, as one step to take back where it is one.
-    void runForClips(std::string_view id, const std::vector<UUID>& groupIDs, JSON arguments = {});
+    /// One command for several clips, as one step to take back where it is one. `done` is called once, when
+    /// it has answered for each clip that it may be run for; not where one was refused or stopped.
+    void runForClips(std::string_view id, const std::vector<UUID>& groupIDs, JSON arguments = {},
+                     const std::function<void()>& done = {});
     /// A sentence for people.
     Refused whenRefused;
 

@@ -53,8 +53,7 @@ void MainWindow::scanFolders(const QStringList& paths) {
 }
 
 void MainWindow::openPaths(const QStringList& paths) {
-    if (paths.size() == 1 && paths.first().endsWith(QStringLiteral(".orvanesync")))
-        return openProject(paths.first());
+    if (isProject(paths)) return openProject(paths.first());
     const QStringList cards = folders(paths);
     if (cards.size() == paths.size()) {
         if (!cards.isEmpty()) scanFolders(cards);
@@ -99,16 +98,17 @@ void MainWindow::addDropped(const QStringList& cards) {
 }
 
 void MainWindow::orderCards() {
-    std::vector<std::string> folders;
-    for (const FileURL& folder : desktop_.controller().work().folders()) folders.push_back(folder.path);
+    const auto chosen = [this] {
+        std::vector<std::string> paths;
+        for (const FileURL& folder : desktop_.controller().work().folders()) paths.push_back(folder.path);
+        return paths;
+    };
+    const std::vector<std::string> folders = chosen();
     if (folders.size() < 2) return;
     inBackground(
         this, [folders] { return cardsByContents(folders); },
-        [this, folders](const std::vector<std::string>& ordered) {
-            std::vector<std::string> present;
-            for (const FileURL& folder : desktop_.controller().work().folders())
-                present.push_back(folder.path);
-            if (present != folders || pages_->currentWidget() != start_) return; // others by now, or scanned
+        [this, folders, chosen](const std::vector<std::string>& ordered) {
+            if (chosen() != folders || pages_->currentWidget() != start_) return; // others by now, or scanned
             QStringList paths;
             for (const std::string& folder : ordered) paths << text(folder);
             start_->takeFolders(paths);

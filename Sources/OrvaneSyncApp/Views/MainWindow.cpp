@@ -8,6 +8,7 @@
 #include "OrvaneSyncApp/Views/DropFrame.h"
 #include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
 #include "OrvaneSyncApp/Views/MainMenus.h"
+#include "OrvaneSyncApp/Views/MatchAgain.h"
 #include "OrvaneSyncApp/Views/RecentPlaces.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncApp/Views/Review/KeyOverlay.h"
@@ -20,8 +21,6 @@
 #include "OrvaneSyncApp/Views/StartView.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncApp/Views/WorkBar.h"
-#include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
-#include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <QCloseEvent>
 #include <QFileInfo>
@@ -301,31 +300,9 @@ std::vector<UUID> MainWindow::actedOn() const {
 }
 
 void MainWindow::runForClips(std::string_view id) {
-    if (id == "resyncClip") return resync(actedOn());
     if (screen_ == Screen::results) return results().runForSelection(id);
+    if (id == "resyncClip") return matchAgain(desktop_, this, actedOn());
     desktop_.runForClips(id, actedOn());
-}
-
-void MainWindow::resync(const std::vector<UUID>& clips) {
-    const auto waiting = std::make_shared<std::size_t>(clips.size());
-    const SyncGroupList before = desktop_.controller().work().syncGroups();
-    for (const UUID& clip : clips) {
-        JSON arguments = JSON::object();
-        arguments.set("groupID", clip.text());
-        desktop_.run(
-            "resyncClip", std::move(arguments), [self = QPointer(this), before, clips, waiting](const JSON&) {
-                if (--*waiting > 0 || !self) return;
-                const SyncGroupList& now = self->desktop_.controller().work().syncGroups();
-                const auto changed = std::ranges::count_if(clips, [&](const UUID& id) {
-                    const SyncGroup *was = before.find(id), *is = now.find(id);
-                    return was != nullptr && is != nullptr && !saySame(*was, *is);
-                });
-                showToast(self, changed == 0
-                                    ? tr("Matched again: nothing has changed.")
-                                    : tr("Matched again: %1 changed.")
-                                          .arg(translatedSentence(counted(changed, "clip", "clips"))));
-            });
-    }
 }
 
 void MainWindow::listenToCards() {

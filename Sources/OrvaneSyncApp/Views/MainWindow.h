@@ -94,8 +94,6 @@ class MainWindow : public QMainWindow {
     /// What menus and keys act on: the selection of the list, or the clip in view.
     std::vector<UUID> actedOn() const;
     void runForClips(std::string_view id);
-    /// Says at its end what has changed.
-    void resync(const std::vector<UUID>& clips);
     /// Doubts that come of it stand above the list.
     void listenToCards();
     /// When an analysis of several clips has ended: what it could not hear.

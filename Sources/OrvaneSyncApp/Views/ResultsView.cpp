@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/ViewModels/Inspector/ClipParts.h"
 #include "OrvaneSyncApp/Views/DoubtBar.h"
+#include "OrvaneSyncApp/Views/MatchAgain.h"
 #include "OrvaneSyncApp/Views/ResultsModel.h"
 #include "OrvaneSyncApp/Views/SearchKeys.h"
 #include "OrvaneSyncApp/Views/Translation.h"
@@ -485,7 +486,10 @@ std::optional<ResultsView::Listing> ResultsView::listing() const {
 
 void ResultsView::runForSelection(std::string_view command) {
     const std::vector<UUID> clips = selectedClips();
-    desktop_.runForClips(command, clips);
+    if (command == "resyncClip")
+        matchAgain(desktop_, this, clips);
+    else
+        desktop_.runForClips(command, clips);
     select(clips);
 }
 

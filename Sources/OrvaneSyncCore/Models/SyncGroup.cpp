@@ -149,13 +149,17 @@ bool haveSameFields(const Record& a, const Record& b) {
 bool saySame(const SyncGroup& a, const SyncGroup& b) { return haveSameFields(a, b); }
 
 bool holdsDecisions(const SyncGroup& group) {
+    return group.audioAnchorOffsetInAudioSeconds || holdsDecisionsBesideClap(group);
+}
+
+bool holdsDecisionsBesideClap(const SyncGroup& group) {
     return group.matchStatus == MatchStatus::manual() || group.manualAudioOffsetSeconds != 0 ||
-           group.audioAnchorOffsetInAudioSeconds || group.pictureClapAnchorSeconds || group.isApproved ||
-           group.isLocked || group.manualClipName || group.isPickup || group.isExcludedFromExport ||
-           group.isExcludedFromMulticam() || group.syncMethod != SyncMethod::timecode ||
-           group.generateNativeMOSClip || group.shouldGenerateProjectRateClip() ||
-           group.hasManualTrackEdits() || !group.algorithmExcludedTracks.empty() ||
-           !group.manualBlockOverrides.empty() || !group.masterGainAuto;
+           group.pictureClapAnchorSeconds || group.isApproved || group.isLocked || group.manualClipName ||
+           group.isPickup || group.isExcludedFromExport || group.isExcludedFromMulticam() ||
+           group.syncMethod != SyncMethod::timecode || group.generateNativeMOSClip ||
+           group.shouldGenerateProjectRateClip() || group.hasManualTrackEdits() ||
+           !group.algorithmExcludedTracks.empty() || !group.manualBlockOverrides.empty() ||
+           !group.masterGainAuto;
 }
 
 template <>

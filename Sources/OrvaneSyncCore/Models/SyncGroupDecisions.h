@@ -11,5 +11,7 @@ bool saySame(const SyncGroup& a, const SyncGroup& b);
 /// Something about the clip was decided by hand and would be lost with it. A rate by hand and a recording
 /// that was taken off look like what the matcher finds by itself, so they do not show here.
 bool holdsDecisions(const SyncGroup& group);
+/// The same without the clap point in the sound, which is also found where a clip is only opened.
+bool holdsDecisionsBesideClap(const SyncGroup& group);
 
 } // namespace orvane

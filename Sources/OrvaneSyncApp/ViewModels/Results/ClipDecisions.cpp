@@ -12,7 +12,12 @@ ClipDecisions ClipDecisions::of(const ImportController& controller) {
     for (const SyncGroup& clip : controller.work().syncGroups()) {
         if (clip.isLocked) ++found.locked;
         if (clip.isApproved) ++found.approved;
-        if (!clip.isLocked && !clip.isApproved && holdsDecisions(clip)) ++found.otherwise;
+        if (!clip.isLocked && !clip.isApproved) {
+            if (holdsDecisionsBesideClap(clip))
+                ++found.otherwise;
+            else if (clip.audioAnchorOffsetInAudioSeconds)
+                ++found.claps;
+        }
         if ((clip.hasALEMetadata() && !isReportLoaded) || clip.hasLockitMetadata()) ++found.described;
     }
     return found;
@@ -21,7 +26,7 @@ ClipDecisions ClipDecisions::of(const ImportController& controller) {
 ClipDecisions ClipDecisions::without(const ClipDecisions& later) const {
     const auto rest = [](int before, int after) { return std::max(before - after, 0); };
     return {rest(locked, later.locked), rest(approved, later.approved), rest(otherwise, later.otherwise),
-            rest(described, later.described)};
+            rest(claps, later.claps), rest(described, later.described)};
 }
 
 } // namespace orvane

@@ -10,7 +10,7 @@ using namespace design;
 
 namespace {
 
-constexpr QSize diagnosticsSize{720, 560};
+constexpr QSize diagnosticsSize{760, 620};
 
 class DiagnosticsSheet : public Sheet {
   public:

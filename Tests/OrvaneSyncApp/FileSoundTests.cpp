@@ -78,10 +78,10 @@ TEST(RawFileAudioPlayer, playsOneFileAtATime) {
     preview->togglePlayback(first);
     EXPECT_EQ(preview->currentAssetID(), first.id);
     EXPECT_TRUE(preview->isPlaying());
+    EXPECT_TRUE(preview->waveform()->isLoading());
     players.thread.runPosted();
     EXPECT_EQ(preview->duration(), 10);
     EXPECT_EQ(fake().rate(), 1);
-    EXPECT_TRUE(preview->waveform()->isLoading());
     players.system->advance(2, {});
     EXPECT_NEAR(preview->currentTime(), 2, 0.05);
     preview->togglePlayback(first);

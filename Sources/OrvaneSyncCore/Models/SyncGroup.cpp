@@ -153,13 +153,20 @@ bool holdsDecisions(const SyncGroup& group) {
 }
 
 bool holdsDecisionsBesideClap(const SyncGroup& group) {
-    return group.matchStatus == MatchStatus::manual() || group.manualAudioOffsetSeconds != 0 ||
-           group.pictureClapAnchorSeconds || group.isApproved || group.isLocked || group.manualClipName ||
-           group.isPickup || group.isExcludedFromExport || group.isExcludedFromMulticam() ||
-           group.syncMethod != SyncMethod::timecode || group.generateNativeMOSClip ||
-           group.shouldGenerateProjectRateClip() || group.hasManualTrackEdits() ||
-           !group.algorithmExcludedTracks.empty() || !group.manualBlockOverrides.empty() ||
-           !group.masterGainAuto;
+    static const SyncGroup undecided(MediaAsset(UUID(), FileURL(), AssetKind::video), {},
+                                     MatchStatus::unmatched());
+    const auto isDecided = [&]<FieldSource source, class Value>(const ClipField<source, Value>& field) {
+        if constexpr (source != FieldSource::decision)
+            return false;
+        else if constexpr (std::is_same_v<Value, MatchStatus>)
+            return group.*field.member == MatchStatus::manual();
+        else if constexpr (std::is_same_v<Value, std::optional<bool>>)
+            return (group.*field.member).value_or(false); // switched off again is as it was
+        else
+            return group.*field.member != undecided.*field.member;
+    };
+    return std::apply([&](const auto&... field) { return (isDecided(field) || ...); },
+                      JSONFields<SyncGroup>::list);
 }
 
 template <>

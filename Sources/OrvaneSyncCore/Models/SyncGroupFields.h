@@ -10,7 +10,7 @@
 #include <tuple>
 #include <utility>
 
-/// The fields of a clip and of its matches: their JSON form.
+/// The fields of a clip and of its matches: their JSON form, and which of a clip the editor decides.
 namespace orvane {
 
 /// What a report or the metadata service says of a clip, by the name of the field.
@@ -62,40 +62,62 @@ struct JSONFields<BlockOverride> {
                                      JSONField{"trackIndex", &BlockOverride::trackIndex}};
 };
 
+/// Where the value of a field of a clip comes from.
+enum class FieldSource {
+    found,    ///< by a scan, a report or an analysis, which find it again
+    clap,     ///< the clap point in the sound: by the editor, or by the search when a clip is opened
+    decision, ///< by the editor alone; a value other than that of a new clip is one
+    detail    ///< by the editor, and of no account without the decision that it belongs to
+};
+
+template <FieldSource Source, class Value>
+struct ClipField : JSONField<SyncGroup, Value> {
+    static constexpr FieldSource source = Source;
+};
+template <FieldSource Source, class Value>
+constexpr ClipField<Source, Value> clipField(std::string_view key, Value SyncGroup::*member) {
+    return {{key, member}};
+}
+
 template <>
 struct JSONFields<SyncGroup> {
+  private:
+    static constexpr auto found = FieldSource::found, clap = FieldSource::clap,
+                          decision = FieldSource::decision, detail = FieldSource::detail;
+
+  public:
     static constexpr std::tuple list{
-        JSONField{"id", &SyncGroup::id},
-        JSONField{"video", &SyncGroup::video},
-        JSONField{"audioMatches", &SyncGroup::audioMatches},
-        JSONField{"matchStatus", &SyncGroup::matchStatus},
-        JSONField{"clipName", &SyncGroup::clipName},
-        JSONField{"aleMetadata", &SyncGroup::aleMetadata},
-        JSONField{"lockitMetadata", &SyncGroup::lockitMetadata},
-        JSONField{"algorithmExcludedTracks", &SyncGroup::algorithmExcludedTracks},
-        JSONField{"manualActiveTracks", &SyncGroup::manualActiveTracks},
-        JSONField{"tracksManuallyEdited", &SyncGroup::tracksManuallyEdited},
-        JSONField{"manualBlockOverrides", &SyncGroup::manualBlockOverrides},
-        JSONField{"manualAudioOffsetSeconds", &SyncGroup::manualAudioOffsetSeconds},
-        JSONField{"audioAnchorOffsetInAudioSeconds", &SyncGroup::audioAnchorOffsetInAudioSeconds},
-        JSONField{"isApproved", &SyncGroup::isApproved},
-        JSONField{"pictureClapAnchorSeconds", &SyncGroup::pictureClapAnchorSeconds},
-        JSONField{"isLocked", &SyncGroup::isLocked},
-        JSONField{"lockedAtAudioAnchor", &SyncGroup::lockedAtAudioAnchor},
-        JSONField{"lockedAtPictureAnchor", &SyncGroup::lockedAtPictureAnchor},
-        JSONField{"lockedAtManualOffset", &SyncGroup::lockedAtManualOffset},
-        JSONField{"syncMethod", &SyncGroup::syncMethod},
-        JSONField{"generateNativeMOSClip", &SyncGroup::generateNativeMOSClip},
-        JSONField{"nativeMOSNameSuffix", &SyncGroup::nativeMOSNameSuffix},
-        JSONField{"generateProjectRateClipFlag", &SyncGroup::generateProjectRateClipFlag},
-        JSONField{"projectRateNameSuffix", &SyncGroup::projectRateNameSuffix},
-        JSONField{"manualClipName", &SyncGroup::manualClipName},
-        JSONField{"isPickup", &SyncGroup::isPickup},
-        JSONField{"isExcludedFromExport", &SyncGroup::isExcludedFromExport},
-        JSONField{"isExcludedFromMulticamFlag", &SyncGroup::isExcludedFromMulticamFlag},
-        JSONField{"masterGainDB", &SyncGroup::masterGainDB},
-        JSONField{"measuredLUFS", &SyncGroup::measuredLUFS},
-        JSONField{"masterGainAuto", &SyncGroup::masterGainAuto}};
+        clipField<found>("id", &SyncGroup::id),
+        clipField<found>("video", &SyncGroup::video),
+        clipField<found>("audioMatches", &SyncGroup::audioMatches),
+        clipField<decision>("matchStatus", &SyncGroup::matchStatus),
+        clipField<found>("clipName", &SyncGroup::clipName),
+        clipField<found>("aleMetadata", &SyncGroup::aleMetadata),
+        clipField<found>("lockitMetadata", &SyncGroup::lockitMetadata),
+        clipField<decision>("algorithmExcludedTracks", &SyncGroup::algorithmExcludedTracks),
+        clipField<found>("manualActiveTracks", &SyncGroup::manualActiveTracks),
+        clipField<decision>("tracksManuallyEdited", &SyncGroup::tracksManuallyEdited),
+        clipField<decision>("manualBlockOverrides", &SyncGroup::manualBlockOverrides),
+        clipField<decision>("manualAudioOffsetSeconds", &SyncGroup::manualAudioOffsetSeconds),
+        clipField<clap>("audioAnchorOffsetInAudioSeconds", &SyncGroup::audioAnchorOffsetInAudioSeconds),
+        clipField<decision>("isApproved", &SyncGroup::isApproved),
+        clipField<decision>("pictureClapAnchorSeconds", &SyncGroup::pictureClapAnchorSeconds),
+        clipField<decision>("isLocked", &SyncGroup::isLocked),
+        clipField<detail>("lockedAtAudioAnchor", &SyncGroup::lockedAtAudioAnchor),
+        clipField<detail>("lockedAtPictureAnchor", &SyncGroup::lockedAtPictureAnchor),
+        clipField<detail>("lockedAtManualOffset", &SyncGroup::lockedAtManualOffset),
+        clipField<decision>("syncMethod", &SyncGroup::syncMethod),
+        clipField<decision>("generateNativeMOSClip", &SyncGroup::generateNativeMOSClip),
+        clipField<detail>("nativeMOSNameSuffix", &SyncGroup::nativeMOSNameSuffix),
+        clipField<decision>("generateProjectRateClipFlag", &SyncGroup::generateProjectRateClipFlag),
+        clipField<detail>("projectRateNameSuffix", &SyncGroup::projectRateNameSuffix),
+        clipField<decision>("manualClipName", &SyncGroup::manualClipName),
+        clipField<decision>("isPickup", &SyncGroup::isPickup),
+        clipField<decision>("isExcludedFromExport", &SyncGroup::isExcludedFromExport),
+        clipField<decision>("isExcludedFromMulticamFlag", &SyncGroup::isExcludedFromMulticamFlag),
+        clipField<found>("masterGainDB", &SyncGroup::masterGainDB),
+        clipField<found>("measuredLUFS", &SyncGroup::measuredLUFS),
+        clipField<decision>("masterGainAuto", &SyncGroup::masterGainAuto)};
 };
 
 } // namespace orvane

@@ -39,13 +39,8 @@ T changed(const T& value) {
         return T(changed(typename T::value_type{}));
 }
 
-/// Whoever adds a field to a clip says here what it is, or has it kept.
+/// Whoever adds a field to a clip says in its list what it is, and here whether projects leave it out.
 TEST(SyncGroup, everyDecisionIsSeenAndIsInAProject) {
-    const std::set<std::string_view> foundByScansAndAnalyses{
-        "clipName", "aleMetadata", "lockitMetadata", "manualActiveTracks", "masterGainDB", "measuredLUFS"};
-    const std::set<std::string_view> ofAnotherDecision{"lockedAtAudioAnchor", "lockedAtPictureAnchor",
-                                                       "lockedAtManualOffset", "nativeMOSNameSuffix",
-                                                       "projectRateNameSuffix"};
     const std::set<std::string_view> inSessionsAlone{"matchStatus",
                                                      "aleMetadata",
                                                      "lockitMetadata",
@@ -65,14 +60,17 @@ TEST(SyncGroup, everyDecisionIsSeenAndIsInAProject) {
                                                      "pictureClapAnchorSeconds"};
     const SyncGroup plain = test::clip(test::video("a.mov"), test::audio("s.wav"));
     EXPECT_FALSE(holdsDecisions(plain));
-    const auto check = [&]<class Value, class Form>(const JSONField<SyncGroup, Value, Form>& field) {
+    SyncGroup takenBack = plain;
+    takenBack.isExcludedFromMulticamFlag = false;
+    EXPECT_FALSE(holdsDecisions(takenBack));
+    const auto check = [&]<FieldSource source, class Value>(const ClipField<source, Value>& field) {
         if constexpr (!isOfScan<Value>) {
             SyncGroup group = plain;
             const Value value = changed(group.*field.member);
             group.*field.member = value;
-            EXPECT_EQ(holdsDecisions(group),
-                      !foundByScansAndAnalyses.contains(field.key) && !ofAnotherDecision.contains(field.key))
+            EXPECT_EQ(holdsDecisions(group), source == FieldSource::decision || source == FieldSource::clap)
                 << field.key;
+            EXPECT_EQ(holdsDecisionsBesideClap(group), source == FieldSource::decision) << field.key;
             SyncGroup scanned = plain;
             fromJSON<PersistedGroup>(toJSON(PersistedGroup(group))).applyTo(scanned);
             EXPECT_EQ(scanned.*field.member == value, !inSessionsAlone.contains(field.key)) << field.key;

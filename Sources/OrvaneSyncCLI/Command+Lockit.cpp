@@ -189,9 +189,10 @@ void assign(Context&, LockitRun& run, const Arguments& arguments) {
     const auto& words = arguments.positionals();
     const std::string& folder = words[1];
     const auto project = words.size() > 2 ? std::optional(words[2]) : std::nullopt;
-    run.sessions().setLockitProject(folder, project);
-    if (const auto& failure = run.sessions().folderListError()) throw CommandError(*failure);
-    run.say(toJSON(*run.sessions().folderInfo(folder)),
+    run.sessions().folders().setLockitProject(folder, project);
+    run.wait(run.sessions().flush());
+    if (const auto& failure = run.sessions().folders().writeFailure()) throw CommandError(*failure);
+    run.say(toJSON(*run.sessions().folders().find(folder)),
             project ? "The folder " + printable(folder) + " has the project " + printable(*project) + ".\n"
                     : "The folder " + printable(folder) + " has no project.\n");
 }

@@ -26,6 +26,12 @@ struct FileAttributes {
     bool isDirectory = false;
     /// The same for two paths that lead to one file.
     std::pair<std::uint64_t, std::uint64_t> identity;
+
+    /// The same file, and nothing has been written to it in between.
+    bool isUnchangedSince(const FileAttributes& before) const {
+        return identity == before.identity && size == before.size &&
+               modificationSinceReference == before.modificationSinceReference;
+    }
 };
 
 namespace files {

@@ -83,9 +83,10 @@ void writeForEver(const std::string& folder, const UUID& id, const std::string& 
                 work.manager->setFolder(id, std::to_string(number));
             else
                 work.manager->rename(id, std::to_string(number));
+            work.finish(work.manager->flush());
             progress.decided = number;
         }
-        if (number % 4 == 0) work.manager->setMetadataPrefix(writer, std::to_string(number));
+        if (number % 4 == 0) work.manager->folders().setMetadataPrefix(writer, std::to_string(number));
     }
 }
 

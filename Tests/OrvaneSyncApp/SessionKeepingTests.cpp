@@ -119,7 +119,7 @@ TEST_F(SessionKeepingTest, aWriteThatFailsShowsAndIsTriedAgain) {
                        controller_->work().syncGroups().front().isApproved;
         };
         obstacle.put();
-        manager_->rename(id, obstacle.name);
+        finish(manager_->rename(id, obstacle.name));
         EXPECT_TRUE(manager_->lastSaveError());
         manager_->setFolder(id, obstacle.name);
         approveFirst();
@@ -127,7 +127,7 @@ TEST_F(SessionKeepingTest, aWriteThatFailsShowsAndIsTriedAgain) {
         ASSERT_TRUE(manager_->lastSaveError());
         EXPECT_NE(manager_->lastSaveError()->find("session.json: "), std::string::npos);
         // What is on no disk yet is still known.
-        manager_->loadSessionList();
+        finish(manager_->loadSessionList());
         ASSERT_NE(manager_->session(id), nullptr);
         EXPECT_EQ(manager_->session(id)->name, obstacle.name);
         // Another session is no reason to forget it.
@@ -137,7 +137,7 @@ TEST_F(SessionKeepingTest, aWriteThatFailsShowsAndIsTriedAgain) {
         obstacle.take();
         mainThread_->advance(5s);
         ASSERT_TRUE(mainThread_->waitUntil([&] { return !manager_->lastSaveError(); }));
-        manager_->deleteSession(*manager_->currentSessionId());
+        finish(manager_->deleteSession(*manager_->currentSessionId()));
         finish(manager_->load(id, controller_));
         EXPECT_TRUE(isOnDisk());
     }
@@ -151,7 +151,11 @@ TEST_F(SessionKeepingTest, aWriteThatFailsShowsAndIsTriedAgain) {
     fs::rename(place, folder_.path("aside"));
     folder_.write(id.text() + ".orvanesync", "");
     approveFirst();
-    EXPECT_THROW(manager_->deleteSession(id), platform::FileError);
+    std::exception_ptr refused;
+    const platform::Task deletion = manager_->deleteSession(id);
+    deletion.whenDone([&](const std::exception_ptr& raised) { refused = raised; });
+    finish(deletion);
+    EXPECT_TRUE(refused);
     EXPECT_EQ(manager_->currentSessionId(), id);
     fs::remove(place);
     fs::rename(folder_.path("aside"), place);
@@ -206,20 +210,21 @@ TEST_F(SessionKeepingTest, nothingOfAnotherProgramIsUndoneByOneThatOnlyLooksOn) 
 
     // Settings, in a folder made by the other.
     theirs->createFolder("Reel");
-    theirs->setMetadataPrefix("Reel", "r.");
+    theirs->folders().setMetadataPrefix("Reel", "r.");
     theirs->setFolder(next, "Reel");
+    finish(theirs->flush());
     finish(manager_->load(id, controller_));
     manager_->setFolder(id, "Reel");
     EXPECT_EQ(manager_->metadataPrefix(id), "r.");
     folder_.write("folders.json", "[");
-    manager_->loadSessionList();
+    finish(manager_->loadSessionList());
     EXPECT_EQ(manager_->metadataPrefix(id), "r.");
     ASSERT_TRUE(manager_->problem());
     EXPECT_NE(manager_->problem()->find("list of session folders can't be read"), std::string::npos);
 
     // A session that they delete comes back with a change alone.
     flush();
-    theirs->deleteSession(id);
+    finish(theirs->deleteSession(id));
     lookOn();
     EXPECT_FALSE(SessionStore(folder_.path()).exists(id));
     ASSERT_TRUE(manager_->problem());
@@ -233,7 +238,7 @@ TEST_F(SessionKeepingTest, nothingOfAnotherProgramIsUndoneByOneThatOnlyLooksOn) 
         EXPECT_EQ(onDisk(id).groups.size(), 2U);
         EXPECT_EQ(manager_->problem()->find("deleted"), std::string::npos);
         EXPECT_EQ(manager_->lastSaveError(), std::nullopt);
-        theirs->deleteSession(id);
+        finish(theirs->deleteSession(id));
     }
 }
 
@@ -258,7 +263,7 @@ TEST_F(SessionKeepingTest, twoProgramsKeepBothSidesWork) {
         const SessionInfo info = SessionStore(folder_.path()).list().front();
         return std::tuple(info.name, info.folder.value_or(""), info.nameAutoDerived);
     };
-    theirs->rename(id, "Their name");
+    finish(theirs->rename(id, "Their name"));
     mainThread_->advance(20s);
     EXPECT_EQ(recordOnDisk(), std::tuple("Their name", "", false));
     manager_->setFolder(id, "Our folder");
@@ -294,16 +299,18 @@ TEST_F(SessionKeepingTest, twoProgramsKeepBothSidesWork) {
     // Folders of sessions: changes of one list, whoever makes them.
     EXPECT_TRUE(manager_->createFolder("Ours"));
     EXPECT_TRUE(theirs->createFolder("Theirs"));
-    manager_->setMetadataPrefix("Ours", "o.");
+    finish(theirs->flush());
+    manager_->folders().setMetadataPrefix("Ours", "o.");
+    flush();
     EXPECT_EQ(manager_->folderNames(), (std::vector<std::string>{"Ours", "Theirs"}));
     // One deletes what the other has open: the next change brings it back whole.
-    theirs->deleteSession(id);
+    finish(theirs->deleteSession(id));
     approveFirst();
     flush();
     EXPECT_EQ(onDisk(id).groups.size(), 2U);
     newSession();
-    theirs->deleteSession(id);
-    manager_->rename(id, "Nobody's"); // of one that nobody has open nothing is left
+    finish(theirs->deleteSession(id));
+    finish(manager_->rename(id, "Nobody's")); // of one that nobody has open nothing is left
     EXPECT_EQ(manager_->session(id), nullptr);
     EXPECT_EQ(manager_->lastSaveError(), std::nullopt);
 }
@@ -357,14 +364,46 @@ TEST_F(SessionKeepingTest, aSessionDeletedDuringItsSaveStaysDeleted) {
         bringClips(50);
         const auto saving = manager_->save(*controller_);
         for (int turn = 0; turn < turns; ++turn) mainThread_->runPosted();
-        manager_->deleteSession(id);
-        EXPECT_TRUE(controller_->work().syncGroups().empty()) << "no change of them would be saved";
+        const auto deleting = manager_->deleteSession(id);
+        approveFirst(); // while it goes
         finish(saving);
         flush();
+        EXPECT_TRUE(deleting.isDone());
+        EXPECT_TRUE(controller_->work().syncGroups().empty()) << "no change of them would be saved";
         EXPECT_TRUE(SessionStore(folder_.path()).isDeleted(id)) << turns;
         EXPECT_EQ(manager_->session(id), nullptr);
         EXPECT_EQ(manager_->lastSaveError(), std::nullopt);
     }
+}
+
+TEST_F(SessionKeepingTest, noDecisionWaitsForTheDiskAndOthersSeeItWithinASecond) {
+    auto theirs = makeManager();
+    theirs->start(makeController());
+    const UUID id = newSession();
+    const auto inTheLoop = [&](std::function<void()> work) { // where tests watch what waits
+        mainThread_->post(std::move(work));
+        mainThread_->runPosted();
+    };
+    inTheLoop([&] {
+        manager_->rename(id, "Winter");
+        manager_->setFolder(id, "Reel");
+        manager_->folders().setMetadataPrefix("Reel", "r.");
+        manager_->createFolder("Old");
+        manager_->renameFolder("Old", "Older");
+        manager_->captureActiveSettingsSnapshot();
+        EXPECT_EQ(manager_->session(id)->name, "Winter");
+        EXPECT_EQ(manager_->metadataPrefix(id), "r.");
+        manager_->loadMostRecentSession(controller_);
+    });
+    flush();
+    mainThread_->advance(1s);
+    ASSERT_TRUE(mainThread_->waitUntil([&] { return theirs->session(id) != nullptr; }));
+    EXPECT_EQ(theirs->session(id)->name, "Winter");
+    EXPECT_EQ(theirs->folderNames(), (std::vector<std::string>{"Older", "Reel"}));
+    inTheLoop([&] { manager_->deleteSession(id); });
+    flush();
+    mainThread_->advance(1s);
+    EXPECT_TRUE(mainThread_->waitUntil([&] { return theirs->session(id) == nullptr; }));
 }
 
 TEST_F(SessionKeepingTest, recordsThatCannotBeReadAreToldOfAndNotReplacedByGuesses) {

@@ -247,7 +247,7 @@ TEST_F(SessionManagerTest, listsWhatCanBeReadNewestFirst) {
     folder_.write("DDDDDDDD-0000-4000-8000-000000000004.orvanesync/session.json",
                   record(a.c_str(), "no date"));
     folder_.write("EEEEEEEE-0000-4000-8000-000000000005.orvanesync", "a file");
-    manager_->loadSessionList();
+    finish(manager_->loadSessionList());
     std::vector<std::string> ids;
     for (const SessionInfo& info : manager_->sessions()) ids.push_back(info.id.text());
     std::string upper = c;
@@ -256,7 +256,7 @@ TEST_F(SessionManagerTest, listsWhatCanBeReadNewestFirst) {
     EXPECT_TRUE(manager_->sessions().front().nameAutoDerived);
     finish(manager_->load(*UUID::fromText(c), controller_));
     EXPECT_EQ(manager_->currentSessionId(), UUID::fromText(c));
-    manager_->deleteSession(*UUID::fromText(c));
+    finish(manager_->deleteSession(*UUID::fromText(c)));
     EXPECT_EQ(manager_->currentSessionId(), std::nullopt);
     EXPECT_EQ(manager_->sessions().size(), 2U);
     EXPECT_FALSE(fs::exists(folder_.path(c + ".orvanesync")));
@@ -264,10 +264,10 @@ TEST_F(SessionManagerTest, listsWhatCanBeReadNewestFirst) {
 
 TEST_F(SessionManagerTest, suggestsTheNextShootingDay) {
     const UUID id = newSession();
-    EXPECT_EQ(manager_->suggestedSessionName(id), std::nullopt);
+    EXPECT_EQ(manager_->list().suggestedName(id), std::nullopt);
     manager_->setFolder(id, "Dreh");
-    EXPECT_EQ(manager_->suggestedSessionName(id), "Dreh DT 001");
-    EXPECT_EQ(manager_->suggestedSessionName(UUID::random()), std::nullopt);
+    EXPECT_EQ(manager_->list().suggestedName(id), "Dreh DT 001");
+    EXPECT_EQ(manager_->list().suggestedName(UUID::random()), std::nullopt);
     const std::pair<const char*, const char*> siblings[] = {
         {"Dreh DT 002", "003"},
         {"dreh dt_007", "008"},
@@ -280,11 +280,11 @@ TEST_F(SessionManagerTest, suggestsTheNextShootingDay) {
         const UUID sibling = newSession();
         manager_->setFolder(sibling, "Dreh");
         manager_->rename(sibling, name);
-        EXPECT_EQ(manager_->suggestedSessionName(id), "Dreh DT " + std::string(next)) << name;
+        EXPECT_EQ(manager_->list().suggestedName(id), "Dreh DT " + std::string(next)) << name;
     }
     manager_->setFolder(newSession(), "Elsewhere");
     manager_->rename(*manager_->currentSessionId(), "DT 5000");
-    EXPECT_EQ(manager_->suggestedSessionName(id), "Dreh DT 1235");
+    EXPECT_EQ(manager_->list().suggestedName(id), "Dreh DT 1235");
 }
 
 TEST_F(SessionManagerTest, foldersAreKeptWithTheirSessions) {
@@ -292,18 +292,19 @@ TEST_F(SessionManagerTest, foldersAreKeptWithTheirSessions) {
     EXPECT_TRUE(manager_->createFolder("  Dreh\n"));
     for (const char* name : {"", " \n", "Dreh"}) EXPECT_FALSE(manager_->createFolder(name)) << name;
     manager_->setFolder(id, "Dreh");
-    manager_->setLockitProject("Dreh", "p1");
-    manager_->setActivePreset("Dreh", " Doc ");
-    manager_->setMetadataPrefix("New", "x.");
+    manager_->folders().setLockitProject("Dreh", "p1");
+    manager_->folders().setActivePreset("Dreh", " Doc ");
+    manager_->folders().setMetadataPrefix("New", "x.");
     EXPECT_EQ(manager_->lockitProjectID(id), "p1");
     manager_->deleteEmptyFolder("Dreh");
     for (const char* name : {"New", "Dreh", " "}) EXPECT_FALSE(manager_->renameFolder("Dreh", name)) << name;
     EXPECT_TRUE(manager_->renameFolder("Dreh", " Shoot "));
     EXPECT_EQ(manager_->currentSessionFolderName(), "Shoot");
-    EXPECT_EQ(manager_->folderInfo("Shoot")->activePresetName, "Doc");
-    manager_->setActivePreset("Shoot", " ");
-    EXPECT_EQ(manager_->folderInfo("Shoot")->activePresetName, std::nullopt);
+    EXPECT_EQ(manager_->folders().find("Shoot")->activePresetName, "Doc");
+    manager_->folders().setActivePreset("Shoot", " ");
+    EXPECT_EQ(manager_->folders().find("Shoot")->activePresetName, std::nullopt);
     manager_->deleteEmptyFolder("New");
+    flush();
     EXPECT_EQ(makeManager()->folderNames(), (std::vector<std::string>{"Shoot"}));
     EXPECT_EQ(SessionStore(folder_.path()).list().front().folder, "Shoot");
     manager_->setFolder(id, " ");
@@ -319,11 +320,13 @@ TEST_F(SessionManagerTest, theListOfFoldersSurvivesWhatIsInItsPlace) {
     const auto manager = makeManager();
     EXPECT_TRUE(manager->folderNames().empty());
     EXPECT_TRUE(manager->createFolder("c"));
+    finish(manager->flush());
     EXPECT_NE(folder_.read("folders.json.unreadable").find("%%%"), std::string::npos);
     // A change that cannot be written is not forgotten.
     fs::rename(folder_.path("folders.json"), folder_.path("aside"));
     fs::create_directories(folder_.path("folders.json/x"));
     EXPECT_TRUE(manager->createFolder("d"));
+    finish(manager->flush());
     ASSERT_TRUE(manager->lastSaveError());
     EXPECT_TRUE(manager->lastSaveError()->starts_with("folders.json: "));
     fs::remove_all(folder_.path("folders.json"));
@@ -340,7 +343,7 @@ TEST_F(SessionManagerTest, settingsFollowTheWorkIntoItsFolder) {
     const UUID second = newSession();
     manager_->setFolder(second, "Two");
     const auto captured = [&](const char* folder) {
-        const FolderInfo* info = manager_->folderInfo(folder);
+        const FolderInfo* info = manager_->folders().find(folder);
         return info == nullptr ? std::nullopt : info->activeSettingsSnapshot;
     };
     settings_->set("eventName", "two");

@@ -38,7 +38,7 @@ class KeptWork : public testing::Test {
         manager->setFolder(*manager->currentSessionId(), "Dreh");
         manager->save(*controller);
         finish(manager->flush());
-        manager->setMetadataPrefix("Dreh", "x.");
+        manager->folders().setMetadataPrefix("Dreh", "x.");
         settings_->set("eventName", "Of the folder");
         manager->captureActiveSettingsSnapshot();
         settings_->remove("eventName");

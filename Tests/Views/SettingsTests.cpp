@@ -337,7 +337,7 @@ TEST_F(SettingsTest, sessionsAreDraggedAndPresetsFollowTheFolder) {
             throw std::logic_error("no field");
         }(),
         "House/1");
-    const auto active = [&] { return sessions.folderInfo("Summer")->activePresetName.value_or(""); };
+    const auto active = [&] { return sessions.folders().find("Summer")->activePresetName.value_or(""); };
     ASSERT_TRUE(waitUntil([&] { return active() == "House/1"; }));
     settings_->set(settings::eventName.key, "Changed");
     auto* presets = panel.findChild<QComboBox*>();
@@ -372,7 +372,7 @@ TEST_F(SettingsTest, sessionsAreDraggedAndPresetsFollowTheFolder) {
     answer("", removeSession);
     EXPECT_EQ(sessions.sessions().size(), 1U);
     answer("Delete", removeSession);
-    EXPECT_TRUE(sessions.sessions().empty());
+    EXPECT_TRUE(waitUntil([&] { return sessions.sessions().empty(); }));
 }
 
 } // namespace orvane::views

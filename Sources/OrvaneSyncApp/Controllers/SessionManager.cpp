@@ -1,14 +1,12 @@
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
 
+#include "OrvaneSyncApp/Controllers/FolderSettings.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
-#include "Platform/InterfaceThread.h"
+#include "Platform/Log.h"
 #include "Platform/Text.h"
 
-#include <algorithm>
 #include <cassert>
-#include <charconv>
 #include <chrono>
-#include <exception>
 #include <set>
 #include <utility>
 
@@ -17,19 +15,7 @@ namespace orvane {
 namespace {
 
 constexpr std::chrono::seconds autosaveInterval{5};
-
-std::vector<FileURL> allFolders(const SessionFolders& media) {
-    std::vector<FileURL> all = media.scope.moreFolders;
-    for (const auto& one : {media.videoFolder, media.audioFolder})
-        if (one) all.push_back(*one);
-    return all;
-}
-
-/// The same folder, or one within it.
-bool isFolderWithin(const FileURL& inner, const FileURL& outer) {
-    return inner == outer ||
-           inner.path.starts_with(outer.path.ends_with('/') ? outer.path : outer.path + "/");
-}
+constexpr std::chrono::seconds lookInterval{1};
 
 /// For comparisons: each once, in one order, however it was written.
 std::set<std::string> foldersOf(const std::vector<FileURL>& urls) {
@@ -38,35 +24,22 @@ std::set<std::string> foldersOf(const std::vector<FileURL>& urls) {
     return all;
 }
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
-/// As the first match of "DT[ _-]*0*([0-9]+)", in any case, whose digits are a number of 64 bits.
-std::optional<std::int64_t> shootingDayNumber(std::string_view name) {
-    for (std::size_t at = 0; at + 2 <= name.size(); ++at) {
-        if ((name[at] | 0x20) != 'd' || (name[at + 1] | 0x20) != 't') continue;
-        std::size_t first = at + 2;
-        while (first < name.size() && (name[first] == ' ' || name[first] == '_' || name[first] == '-'))
-            ++first;
-        if (first == name.size() || !isDigit(name[first])) continue;
-        std::int64_t number = 0;
-        const auto result = std::from_chars(name.data() + first, name.data() + name.size(), number);
-        return result.ec == std::errc() ? std::optional(number) : std::nullopt;
-    }
-    return std::nullopt;
-}
-
 } // namespace
 
 /// While it lives, changes of the clips are no edits.
-class SessionManager::Restoring {
-  public:
-    explicit Restoring(SessionManager& manager) : manager_(manager) { manager_.isRestoring_ = true; }
-    ~Restoring() { manager_.isRestoring_ = false; }
+struct SessionManager::Restoring {
+    explicit Restoring(SessionManager& owner) : manager(owner) { manager.isRestoring_ = true; }
+    ~Restoring() { manager.isRestoring_ = false; }
     Restoring(const Restoring&) = delete;
     Restoring& operator=(const Restoring&) = delete;
 
-  private:
-    SessionManager& manager_;
+    SessionManager& manager;
+};
+
+/// What the disk says of all sessions.
+struct SessionManager::Lists {
+    std::vector<SessionInfo> sessions;
+    SessionStore::Stored<std::vector<FolderInfo>> folders;
 };
 
 std::shared_ptr<SessionManager> SessionManager::create(Dependencies dependencies) {
@@ -75,19 +48,28 @@ std::shared_ptr<SessionManager> SessionManager::create(Dependencies dependencies
 }
 
 SessionManager::SessionManager(Dependencies dependencies)
-    : mainThread_(std::move(dependencies.mainThread)), settings_(std::move(dependencies.settings)),
-      clock_(std::move(dependencies.clock)), store_(std::move(dependencies.sessionsDir)),
-      sessions_(store_.list()), groupsWriter_(std::make_shared<SessionGroupsWriter>(store_)),
-      queue_(platform::SerialQueue::create("sessions")) {
-    loadFolderInfos();
+    : mainThread_(std::move(dependencies.mainThread)), clock_(std::move(dependencies.clock)),
+      store_(std::move(dependencies.sessionsDir)), list_(store_.list()),
+      autosaveTimer_(mainThread_, autosaveInterval, [this] { autosave(); }),
+      lookTimer_(mainThread_, lookInterval, [this] { lookAgain(); }),
+      knownRecords_(std::make_shared<SessionStore::KnownRecords>()),
+      queue_(platform::SerialQueue::create("sessions")),
+      folderSettings_(std::make_shared<FolderSettings>(std::move(dependencies.settings), mainThread_)),
+      folders_(std::make_shared<SessionFolderList>(store_, *queue_, mainThread_)),
+      writes_(std::make_shared<SessionWrites>(static_cast<SessionWrites::Owner&>(*this), store_, *queue_,
+                                              mainThread_)) {
+    folders_->adopt(store_.readFolderInfos());
+    folders_->whenChanged = [this] { notify(SessionField::folderInfos); };
+    folders_->whenWritten = [this](const std::optional<std::string>& kept) { folderListIsWritten(kept); };
+    folderSettings_->whenChanged = [this] { captureActiveSettingsSnapshot(); };
+    reportProblem();
 }
 
 SessionManager::~SessionManager() {
     listeners_ = {};
-    saveScheduledChanges();
-    captureNowIfScheduled();
-    writeUnwritten();
-    writeFolderChanges();
+    leaveSession();
+    writes_->postUnwritten();
+    folders_->postUnwritten();
 }
 
 void SessionManager::assertOnMainThread() const { assert(mainThread_->isCurrent()); }
@@ -101,109 +83,44 @@ platform::Subscription SessionManager::onChange(std::function<void(SessionField)
 
 platform::Task SessionManager::save(const ImportController& controller, std::optional<std::string> name) {
     assertOnMainThread();
-    return save(workOf(controller), std::move(name));
+    return save(open_.workOf(controller), std::move(name), true);
 }
 
 void SessionManager::beginSessionOfOpenWork(const ImportController& controller) {
     assertOnMainThread();
     const OpenWork& work = controller.work();
-    if (currentSessionId_ || (work.syncGroups().empty() && work.wildTracks().empty())) return;
+    if (open_.id || (work.syncGroups().empty() && work.wildTracks().empty())) return;
     setCurrentSession(UUID::random());
     scheduleSave();
 }
 
-platform::Task SessionManager::save(Work newWork, std::optional<std::string> name) {
-    if (!currentSessionId_) return finishWrites({}); // nothing to wait for
-    const UUID id = *currentSessionId_;
-    const auto waiting = unwritten_.find(id);
-    if (newWork.leavesClipsAlone && waiting != unwritten_.end() && waiting->second.work) {
-        const Work& earlier = *waiting->second.work; // whose clips are still to be written
+platform::Task SessionManager::save(SessionWork newWork, std::optional<std::string> name, bool isChanged) {
+    if (!open_.id) return platform::Task::ended(); // nothing to wait for
+    const UUID id = *open_.id;
+    const UnwrittenSession* waiting = writes_->find(id);
+    if (newWork.leavesClipsAlone && waiting != nullptr && waiting->work) {
+        const SessionWork& earlier = *waiting->work; // whose clips are still to be written
         newWork.groups = earlier.groups;
         newWork.isEmptiedByEdit = earlier.isEmptiedByEdit;
         newWork.leavesClipsAlone = earlier.leavesClipsAlone;
     }
-    auto work = std::make_shared<const Work>(std::move(newWork));
-    change(id, changeBySave(*work, std::move(name))).work = std::move(work);
-    return startWriting(id);
+    auto work = std::make_shared<const SessionWork>(std::move(newWork));
+    change(id, open_.changeBySave(*work, std::move(name), clock_->date()), work, isChanged);
+    return writes_->start(id);
 }
 
-SessionInfoChange SessionManager::changeBySave(const Work& work, std::optional<std::string> name) const {
-    const SyncGroupList& groups = work.groups;
-    SessionInfoChange change;
-    if (name && platform::text::trimmed(*name).empty()) name.reset();
-    // While nobody knows the folders of a session that has some, it keeps the name it has from them.
-    if (!name && (!areFoldersUnreadable_ || !work.folders.isEmpty()))
-        change.derivedName = defaultName(work.folders.folders, now());
-    if (name) change.nameAutoDerived = false;
-    change.name = std::move(name);
-    if (work.leavesClipsAlone) return change;
-    change.counts = {static_cast<int>(groups.size()),
-                     static_cast<int>(std::count_if(groups.begin(), groups.end(),
-                                                    [](const SyncGroup& group) { return group.isLocked; }))};
-    return change;
-}
-
-/// Folders are changed by choosing others: work without them does not take away those that the session has. A
-/// bookmark, of another platform, goes with the path it was made of.
-SessionManager::Work SessionManager::workOf(const ImportController& controller) const {
-    Work work{
-        .groups = controller.work().syncGroups(),
-        .isEmptiedByEdit = controller.work().isEmptiedByEdit(),
-        .folders = {.folders = knownFolders_},
-        .wildTracks = {controller.work().sharedWildTracks(), knownWildTracks_},
-    };
-    const auto& video = controller.work().videoFolderURL();
-    const auto& audio = controller.work().audioFolderURL();
-    SessionFoldersChange& folders = work.folders;
-    folders.hasVideo = video && video != knownFolders_.videoFolder;
-    folders.hasAudio = audio && audio != knownFolders_.audioFolder;
-    if (folders.hasVideo) {
-        folders.folders.videoFolder = video;
-        folders.folders.videoBookmark.reset();
-    }
-    if (folders.hasAudio) {
-        folders.folders.audioFolder = audio;
-        folders.folders.audioBookmark.reset();
-    }
-    const ScanScope& scope = controller.work().scanScope();
-    folders.hasScope = !controller.work().folders().empty() && scope != knownFolders_.scope;
-    if (folders.hasScope) folders.folders.scope = scope;
-    const SourceCorrections corrections = controller.work().keptCorrections();
-    const auto matchedBy = controller.work().keptMatchedBy();
-    folders.hasCorrections =
-        !controller.work().folders().empty() &&
-        (corrections != knownFolders_.corrections || matchedBy != knownFolders_.matchedBy);
-    if (folders.hasCorrections) {
-        folders.folders.corrections = corrections;
-        folders.folders.matchedBy = matchedBy;
-    }
-    return work;
-}
-
-SessionManager::Unwritten& SessionManager::change(const UUID& id, SessionInfoChange change) {
-    change.modified = now();
+void SessionManager::change(const UUID& id, const SessionInfoChange& change,
+                            std::shared_ptr<const SessionWork> work, bool isChanged) {
     const SessionInfo* shown = session(id);
-    Unwritten& unwritten = unwritten_[id];
-    unwritten.info = shown != nullptr ? *shown : SessionInfo{.id = id, .created = *change.modified};
-    unwritten.change.add(change);
-    change.apply(unwritten.info);
-    adopt(unwritten.info);
-    return unwritten;
+    SessionInfo info = shown != nullptr ? *shown : SessionInfo{.id = id, .created = *change.modified};
+    change.apply(info);
+    writes_->change(info, change, std::move(work), isChanged);
+    adopt(std::move(info));
 }
 
 void SessionManager::adopt(SessionInfo info) {
-    place(std::move(info));
+    list_.place(std::move(info));
     notify(SessionField::sessions);
-}
-
-/// Into the list, in order.
-void SessionManager::place(SessionInfo info) {
-    const auto found = std::ranges::find(sessions_, info.id, &SessionInfo::id);
-    if (found == sessions_.end())
-        sessions_.push_back(std::move(info));
-    else
-        *found = std::move(info);
-    std::ranges::stable_sort(sessions_, std::ranges::greater{}, &SessionInfo::modified);
 }
 
 void SessionManager::start(const std::shared_ptr<ImportController>& controller) {
@@ -222,8 +139,9 @@ void SessionManager::start(const std::shared_ptr<ImportController>& controller) 
     controller->project().whenOpened = [weak = weak_from_this()] {
         if (const auto self = weak.lock()) self->projectIsOpen();
     };
-    scheduleTimer();
-    startObservingSettingsChanges();
+    autosaveTimer_.start();
+    lookTimer_.start();
+    folderSettings_->observe();
 }
 
 /// One save for all the changes of a turn of the run loop.
@@ -243,72 +161,83 @@ void SessionManager::saveScheduledChanges() {
 void SessionManager::autosaveIfNeeded() {
     const bool isChanged = std::exchange(isSaveScheduled_, false);
     const auto controller = autosaveController_.lock();
-    if (!controller || !currentSessionId_ || isProjectOpening_) return;
-    if (!isChanged && isDeletedByAnother()) {
-        deletionProblem_ = "Another program has deleted this session; the next change saves it anew";
-        return reportProblem();
-    }
-    Work work = workOf(*controller);
+    if (!controller || !open_.id || isProjectOpening_) return;
+    SessionWork work = open_.workOf(*controller);
     work.leavesClipsAlone = work.groups.empty() && !work.isEmptiedByEdit;
     // Without clips there may be sound, which has names.
     if (!work.leavesClipsAlone || !controller->work().wildTracks().empty())
-        save(std::move(work), std::nullopt);
+        save(std::move(work), std::nullopt, isChanged);
 }
 
-/// And nothing of it waits to be written here.
-bool SessionManager::isDeletedByAnother() const {
-    const platform::MayBlock record;
-    return !unwritten_.contains(*currentSessionId_) && store_.isDeleted(*currentSessionId_);
+void SessionManager::autosave() {
+    writes_->retryFailed();
+    folders_->write();
+    // Who waits for the saves so far would wait for ever where one takes longer than this.
+    if (!writes_->isFinishing()) autosaveIfNeeded();
 }
 
-void SessionManager::scheduleTimer() {
-    if (autosaveTimer_) autosaveTimer_->cancel();
-    autosaveTimer_ = mainThread_->after(autosaveInterval, [weak = weak_from_this()] {
-        const auto self = weak.lock();
-        if (!self) return;
-        self->retryFailedWrites();
-        self->writeFolderChanges();
-        // Who waits for the saves so far would wait for ever where one takes longer than this.
-        if (self->flushes_ == 0) self->autosaveIfNeeded();
-        self->scheduleTimer();
-    });
+void SessionManager::lookAgain() {
+    if (looking_.isDone()) looking_ = look(weak_from_this());
 }
 
 void SessionManager::resignActive() {
     assertOnMainThread();
     autosaveIfNeeded();
-    if (autosaveTimer_) autosaveTimer_->cancel();
-    autosaveTimer_.reset();
+    autosaveTimer_.stop();
+    lookTimer_.stop();
 }
 
 void SessionManager::becomeActive() {
     assertOnMainThread();
-    scheduleTimer();
+    autosaveTimer_.start();
+    lookTimer_.start();
     autosaveIfNeeded();
+}
+
+platform::Task SessionManager::flush() {
+    assertOnMainThread();
+    leaveSession();
+    writes_->retryFailed();
+    return writes_->finish(folders_->write());
 }
 
 // Opening.
 
-void SessionManager::loadSessionList() {
-    const platform::MayBlock record;
+platform::Task SessionManager::loadSessionList() {
     assertOnMainThread();
-    loadFolderInfos();
-    sessions_ = store_.list();
-    for (const auto& [id, unwritten] : unwritten_) {
-        const SessionInfo* onDisk = session(id);
-        SessionInfo info = onDisk != nullptr ? *onDisk : unwritten.info;
-        unwritten.change.apply(info);
-        place(std::move(info));
-    }
-    notify(SessionField::sessions);
+    return look(weak_from_this());
 }
 
-struct SessionManager::Read {
-    SessionStore::Groups groups;
-    SessionStore::Stored<SessionFolders> folders;
-    SessionStore::Stored<std::vector<WildTrack>> wildTracks;
-    std::optional<std::string> infoProblem;
-};
+platform::Task SessionManager::look(std::weak_ptr<SessionManager> weak) {
+    auto self = weak.lock();
+    auto reading = platform::onQueue(*self->queue_, self->mainThread_,
+                                     [store = self->store_, known = self->knownRecords_] {
+                                         return Lists{store.list({}, known.get()), store.readFolderInfos()};
+                                     });
+    self.reset();
+    Lists onDisk = co_await reading;
+    self = weak.lock();
+    if (self) self->adopt(std::move(onDisk));
+}
+
+/// The queue is in order, and so is what comes back from it: what the disk lacks of the changes is unwritten.
+void SessionManager::adopt(Lists onDisk) {
+    SessionList list(std::move(onDisk.sessions));
+    for (const auto& [id, unwritten] : writes_->unwritten()) {
+        const SessionInfo* there = list.find(id);
+        SessionInfo info = there != nullptr ? *there : unwritten.info;
+        unwritten.change.apply(info);
+        list.place(std::move(info));
+    }
+    // The open session can be named and moved even where another process has deleted it.
+    const SessionInfo* current = open_.id ? session(*open_.id) : nullptr;
+    if (current != nullptr && list.find(*open_.id) == nullptr) list.place(*current);
+    folders_->adopt(std::move(onDisk.folders));
+    reportProblem();
+    if (list.all() == list_.all()) return;
+    list_ = std::move(list);
+    notify(SessionField::sessions);
+}
 
 platform::Task SessionManager::load(UUID sessionId, const std::shared_ptr<ImportController>& controller) {
     assertOnMainThread();
@@ -318,75 +247,66 @@ platform::Task SessionManager::load(UUID sessionId, const std::shared_ptr<Import
 platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID sessionId,
                                     std::weak_ptr<ImportController> controller, std::uint64_t opening) {
     auto self = weak.lock();
-    {
-        const platform::MayBlock record;
-        if (!self->store_.exists(sessionId)) co_return;
-    }
+    self->open_.keptOf.reset(); // what is kept from here on is told behind the opening
     self->leaveSession();
-    self->loadFolderInfos();
     self->captureActiveSettingsSnapshot();
-    self->writeNow(sessionId); // what is read must be the newest
+    if (self->writes_->find(sessionId) != nullptr) { // what is read must be the newest
+        const platform::Task writing = self->writes_->start(sessionId);
+        self.reset();
+        co_await writing;
+        self = weak.lock();
+        if (!self || self->openings_ != opening) co_return;
+    }
     auto reading = platform::onQueue(*self->queue_, self->mainThread_, [store = self->store_, sessionId] {
-        return Read{store.readGroups(sessionId), store.readFolders(sessionId),
-                    store.readWildTracks(sessionId), store.readInfo(sessionId).problem};
+        return readStoredSession(store, sessionId);
     });
     self.reset();
-    Read read = co_await reading;
+    std::optional<StoredSession> read = co_await reading;
     self = weak.lock();
     const auto work = controller.lock();
-    if (!self || !work || self->openings_ != opening) co_return;
+    if (!self || !work || !read || self->openings_ != opening) co_return;
     self->leaveSession(); // what was edited meanwhile is saved where it belongs
-    self->open(sessionId, std::move(read), *work);
+    self->open(sessionId, std::move(*read), *work);
 }
 
-void SessionManager::open(const UUID& sessionId, Read read, ImportController& controller) {
-    queue_->post(
-        [writer = groupsWriter_, sessionId, groups = read.groups] { writer->opened(sessionId, groups); });
+void SessionManager::open(const UUID& sessionId, StoredSession read, ImportController& controller) {
+    writes_->opened(sessionId, read.groups);
     SessionFolders media = read.folders.record.value_or(SessionFolders{});
-    const SessionFolders known = media;
-    std::vector<WildTrack> wildTracks = std::move(read.wildTracks.record).value_or(std::vector<WildTrack>());
-    const auto knownWildTracks = std::make_shared<const std::vector<WildTrack>>(wildTracks);
-    if (const auto newer = unwritten_.find(sessionId); newer != unwritten_.end() && newer->second.work) {
-        if (!newer->second.work->leavesClipsAlone)
-            read.groups.groups = newer->second.work->groups; // which the disk would not take
-        media = newer->second.work->folders.folders;
-        if (const auto& tracks = newer->second.work->wildTracks.tracks) wildTracks = *tracks;
+    SyncGroupList groups = read.groups.groups;
+    std::vector<WildTrack> wildTracks = read.wildTracks.record.value_or(std::vector<WildTrack>());
+    if (const UnwrittenSession* newer = writes_->find(sessionId); newer != nullptr && newer->work) {
+        if (!newer->work->leavesClipsAlone) groups = newer->work->groups; // which the disk would not take
+        media = newer->work->folders.folders;
+        if (const auto& tracks = newer->work->wildTracks.tracks) wildTracks = *tracks;
     }
     {
         const Restoring restoring(*this);
-        controller.openStoredWork({media.videoFolder, media.audioFolder, std::move(read.groups.groups),
+        controller.openStoredWork({media.videoFolder, media.audioFolder, std::move(groups),
                                    std::move(wildTracks), media.scope, media.corrections, media.matchedBy});
     }
-    const auto kept = std::exchange(keptWhileOpening_, {});
     setCurrentSession(sessionId);
-    knownFolders_ = known;
-    knownWildTracks_ = knownWildTracks;
-    areFoldersUnreadable_ = read.folders.problem.has_value();
-    for (const auto& problem :
-         {read.infoProblem, read.folders.problem, read.wildTracks.problem, read.groups.problem})
-        if (problem) openingProblem_ = openingProblem_ ? *openingProblem_ + "; " + *problem : *problem;
+    open_.isRead(read);
+    folders_->adopt(std::move(read.sessionFolders));
     reportProblem();
-    reportKeptFiles(kept);
     const FolderInfo* folder = folderOfSession(sessionId);
-    if (folder == nullptr || !folder->activeSettingsSnapshot) return;
-    try {
-        presetManager_.applySnapshot(*folder->activeSettingsSnapshot, *settings_);
-    } catch (const std::runtime_error&) {
-        // The settings stay as they are; the session is open all the same.
-    }
+    if (folder != nullptr && folder->activeSettingsSnapshot)
+        folderSettings_->apply(*folder->activeSettingsSnapshot);
 }
 
-platform::Task SessionManager::loadMostRecentSession(const std::shared_ptr<ImportController>& controller) {
-    loadSessionList();
-    return sessions_.empty() ? platform::Task::ended() : load(sessions_.front().id, controller);
+platform::Task SessionManager::loadMostRecentSession(std::shared_ptr<ImportController> controller) {
+    const std::weak_ptr<SessionManager> weak = weak_from_this();
+    co_await loadSessionList();
+    const auto self = weak.lock();
+    if (!self || self->sessions().empty()) co_return;
+    co_await self->load(self->sessions().front().id, controller);
 }
 
 platform::Task SessionManager::findSession(std::vector<FileURL> folders,
                                            std::shared_ptr<std::optional<UUID>> found) const {
     assertOnMainThread();
     std::vector<UUID> candidates;
-    for (const SessionInfo& info : sessions_)
-        if (info.groupCount > 0 && info.id != currentSessionId_) candidates.push_back(info.id);
+    for (const SessionInfo& info : sessions())
+        if (info.groupCount > 0 && info.id != open_.id) candidates.push_back(info.id);
     auto reading =
         platform::onQueue(*queue_, mainThread_,
                           [store = store_, candidates = std::move(candidates),
@@ -425,14 +345,14 @@ void SessionManager::close(ImportController& controller) {
 /// What of the open session waits for a moment of its own happens now.
 void SessionManager::leaveSession() {
     saveScheduledChanges();
-    captureNowIfScheduled();
+    folderSettings_->sayNowIfChanged();
 }
 
 /// The clips of the work before may stand until those of the project do; they are kept where they belong.
 void SessionManager::beginSessionOfProject() {
     ++openings_;
     autosaveIfNeeded();
-    captureNowIfScheduled();
+    folderSettings_->sayNowIfChanged();
     setCurrentSession(UUID::random());
     isProjectOpening_ = true;
 }
@@ -444,120 +364,119 @@ void SessionManager::projectIsOpen() {
 }
 
 void SessionManager::setCurrentSession(std::optional<UUID> id) {
-    const auto before = std::exchange(currentSessionId_, id);
+    const auto before = open_.id;
     isProjectOpening_ = false;
-    if (before && before != id && !unwritten_.contains(*before))
-        queue_->post([writer = groupsWriter_, left = *before] { writer->closed(left); });
-    knownFolders_ = {};
-    knownWildTracks_.reset();
-    areFoldersUnreadable_ = false;
-    openingProblem_.reset();
-    deletionProblem_.reset();
-    keptProblem_.reset();
+    if (before && before != id && writes_->find(*before) == nullptr) writes_->closed(*before);
+    open_.become(id);
     reportProblem();
     notify(SessionField::currentSessionId);
 }
 
-/// Also of a session that was left: the texts name the file.
-void SessionManager::reportKeptFiles(const std::vector<std::string>& kept) {
-    if (kept.empty()) return;
-    keptProblem_ = platform::text::joined(kept, "; ");
-    reportProblem();
-}
-
-void SessionManager::reportProblem() {
-    std::vector<std::string> parts;
-    for (const auto& part : {folders_.readProblem(), openingProblem_, deletionProblem_, keptProblem_})
-        if (part) parts.push_back(*part);
-    const auto text = parts.empty() ? std::nullopt : std::optional(platform::text::joined(parts, "; "));
-    if (problem_ == text) return;
-    problem_ = text;
-    notify(SessionField::problem);
+bool SessionManager::keepsClipsFromElsewhere(const std::vector<FileURL>& folders) const {
+    const SessionInfo* current = open_.id ? session(*open_.id) : nullptr;
+    return current != nullptr && current->groupCount > 0 && open_.isElsewhere(folders);
 }
 
 // Names and places.
 
-const SessionInfo* SessionManager::session(const UUID& sessionId) const {
-    const auto found = std::ranges::find(sessions_, sessionId, &SessionInfo::id);
-    return found == sessions_.end() ? nullptr : &*found;
+platform::Task SessionManager::rename(const UUID& sessionId, std::string name) {
+    return decide(sessionId, {.name = std::move(name), .nameAutoDerived = false});
 }
 
-bool SessionManager::keepsClipsFromElsewhere(const std::vector<FileURL>& folders) const {
-    const SessionInfo* current = currentSessionId_ ? session(*currentSessionId_) : nullptr;
-    if (current == nullptr || current->groupCount == 0) return false;
-    return std::ranges::none_of(allFolders(knownFolders_), [&](const FileURL& known) {
-        return std::ranges::any_of(folders, [&](const FileURL& folder) {
-            return isFolderWithin(folder, known) || isFolderWithin(known, folder);
-        });
-    });
-}
-
-void SessionManager::rename(const UUID& sessionId, std::string name) {
-    assertOnMainThread();
-    if (session(sessionId) != nullptr)
-        persistRecord(sessionId, {.name = std::move(name), .nameAutoDerived = false});
-}
-
-void SessionManager::setFolder(const UUID& sessionId, const std::optional<std::string>& folder) {
-    assertOnMainThread();
-    if (session(sessionId) == nullptr) return;
+platform::Task SessionManager::setFolder(const UUID& sessionId, const std::optional<std::string>& folder) {
     std::optional<std::string> name(platform::text::trimmed(folder.value_or("")));
     if (name->empty()) name.reset();
-    persistRecord(sessionId, {.folder = std::move(name)});
+    return decide(sessionId, {.folder = std::move(name)});
 }
 
-void SessionManager::deleteSession(UUID sessionId) {
-    const platform::MayBlock record;
+platform::Task SessionManager::decide(const UUID& id, SessionInfoChange change) {
     assertOnMainThread();
-    ++writeGeneration_[sessionId]; // writes on their way stop
-    try {
-        // Behind a write under way, which would otherwise make the folder anew.
-        std::exception_ptr refused;
-        queue_->sync([&] {
-            try {
-                store_.remove(sessionId);
-            } catch (const platform::FileError&) {
-                refused = std::current_exception();
-            }
-        });
-        if (refused) std::rethrow_exception(refused);
-    } catch (const platform::FileError&) {
-        if (!store_.isDeleted(sessionId)) {
-            if (unwritten_.contains(sessionId)) startWriting(sessionId);
-            throw;
-        }
-    }
-    unwritten_.erase(sessionId);
-    failures_.erase(sessionId);
-    queue_->post([writer = groupsWriter_, sessionId] { writer->closed(sessionId); });
-    reportFailures();
-    if (currentSessionId_ == sessionId) {
-        ++openings_;
-        setCurrentSession(std::nullopt);
+    if (session(id) == nullptr) return platform::Task::ended();
+    change.modified = clock_->date();
+    this->change(id, change, nullptr, true);
+    return writes_->start(id);
+}
+
+platform::Task SessionManager::deleteSession(UUID sessionId, std::shared_ptr<bool> wasThere) {
+    assertOnMainThread();
+    return remove(weak_from_this(), sessionId, std::move(wasThere));
+}
+
+platform::Task SessionManager::remove(std::weak_ptr<SessionManager> weak, UUID sessionId,
+                                      std::shared_ptr<bool> wasThere) {
+    const platform::Task removing = weak.lock()->writes_->remove(sessionId, std::move(wasThere));
+    co_await removing;
+    const auto self = weak.lock();
+    if (!self) co_return;
+    if (self->open_.has(sessionId)) {
+        ++self->openings_;
+        self->setCurrentSession(std::nullopt);
         // Clips that stayed would be work that nothing saves.
-        if (const auto controller = autosaveController_.lock()) controller->reset();
+        if (const auto controller = self->autosaveController_.lock()) controller->reset();
     }
-    loadSessionList();
+    self->list_.remove(sessionId);
+    self->notify(SessionField::sessions);
 }
 
-bool SessionManager::exists(const UUID& sessionId) const {
-    const platform::MayBlock record;
-    return session(sessionId) != nullptr || store_.exists(sessionId);
+// What comes back from the queue.
+
+void SessionManager::isWritten(const UUID& id, const std::shared_ptr<const SessionWork>& work) {
+    if (!open_.has(id)) return writes_->closed(id);
+    if (!work) return;
+    open_.isWritten(*work);
+    reportProblem();
 }
 
-std::optional<std::string> SessionManager::suggestedSessionName(const UUID& sessionId) const {
-    const SessionInfo* named = session(sessionId);
-    if (named == nullptr || !named->folder || named->folder->empty()) return std::nullopt;
-    std::int64_t highest = 0;
-    for (const SessionInfo& other : sessions_) {
-        if (other.id == sessionId || other.folder != named->folder) continue;
-        const std::int64_t number = shootingDayNumber(other.name).value_or(0);
-        if (number < std::numeric_limits<std::int64_t>::max()) highest = std::max(highest, number);
+std::shared_ptr<const SessionWork> SessionManager::isDeletedByAnother(const UUID& id, bool isChanged) {
+    const auto controller = autosaveController_.lock();
+    if (!open_.has(id) || !controller) {
+        list_.remove(id);
+        notify(SessionField::sessions);
+        return nullptr;
     }
-    constexpr std::size_t digits = 3;
-    std::string next = std::to_string(highest + 1);
-    next.insert(0, digits - std::min(digits, next.size()), '0');
-    return *named->folder + " DT " + next;
+    if (isChanged) return std::make_shared<const SessionWork>(open_.workOf(*controller));
+    open_.deletionProblem = "Another program has deleted this session; the next change saves it anew";
+    reportProblem();
+    return nullptr;
+}
+
+std::optional<std::string> SessionManager::saveError(const UUID& sessionId) const {
+    const auto& failures = writes_->failures();
+    const auto failure = failures.find(sessionId);
+    return failure == failures.end() ? std::nullopt : std::optional(failure->second);
+}
+
+void SessionManager::folderListIsWritten(const std::optional<std::string>& kept) {
+    if (kept) {
+        open_.keptProblem = kept;
+        open_.keptOf.reset();
+    }
+    reportProblem();
+    reportFailures();
+}
+
+void SessionManager::reportFailures() {
+    std::optional<std::string> failure = folders_->writeFailure();
+    if (!writes_->failures().empty()) failure = writes_->failures().begin()->second;
+    if (failure) platform::logError("Session save failed: " + *failure);
+    if (failure == lastSaveError_) return;
+    lastSaveError_ = std::move(failure);
+    notify(SessionField::lastSaveError);
+}
+
+/// Also of a session that was left: the texts name the file.
+void SessionManager::reportKeptFiles(const UUID& id, const std::vector<std::string>& kept) {
+    if (kept.empty()) return;
+    open_.keptProblem = platform::text::joined(kept, "; ");
+    open_.keptOf = id;
+    reportProblem();
+}
+
+void SessionManager::reportProblem() {
+    auto text = open_.problem(folders_->readProblem());
+    if (problem_ == text) return;
+    problem_ = std::move(text);
+    notify(SessionField::problem);
 }
 
 } // namespace orvane

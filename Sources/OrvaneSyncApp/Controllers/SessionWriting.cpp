@@ -20,9 +20,16 @@ void attempt(std::vector<std::string>& failures, std::string_view file, const Op
 
 } // namespace
 
+std::optional<StoredSession> readStoredSession(const SessionStore& store, const UUID& id) {
+    if (!store.exists(id)) return std::nullopt;
+    return StoredSession{store.readGroups(id), store.readFolders(id), store.readWildTracks(id),
+                         store.readInfo(id).problem, store.readFolderInfos()};
+}
+
 void writeSessionWork(const SessionStore& store, SessionGroupsWriter& writer, const UUID& id,
                       const UnwrittenSession& data, SessionWriteOutcome& outcome) {
-    if (!data.work) return;
+    outcome.isDeleted = (!data.work || !data.isChanged) && store.isDeleted(id);
+    if (outcome.isDeleted || !data.work) return;
     attempt(outcome.failures, "groups.json", [&] {
         store.create(id); // somebody may have taken it away meanwhile
         if (data.work->leavesClipsAlone) return;
@@ -52,6 +59,7 @@ void writeSessionWork(const SessionStore& store, SessionGroupsWriter& writer, co
 /// the folders follows those on the disk.
 void writeSessionRecord(const SessionStore& store, const UnwrittenSession& data,
                         SessionWriteOutcome& outcome) {
+    if (outcome.isDeleted) return;
     const bool isOfFolders = data.work && !data.work->folders.isEmpty();
     auto change = outcome.areClipsOutdated && !isOfFolders ? data.change.decisions() : data.change;
     if (!change) return;

@@ -107,7 +107,7 @@ void PresetBar::list() {
 
 void PresetBar::show() {
     const auto folder = desktop_.sessions().currentSessionFolderName();
-    const FolderInfo* info = folder ? desktop_.sessions().folderInfo(*folder) : nullptr;
+    const FolderInfo* info = folder ? desktop_.sessions().folders().find(*folder) : nullptr;
     const std::string active =
         folder ? (info != nullptr ? info->activePresetName.value_or("") : "") : active_;
     presets_->clear();

@@ -42,7 +42,7 @@ ProjectPicker::ProjectPicker(Desktop& desktop, std::string folder,
     buttons->addWidget(retry_);
     rows->addLayout(buttons);
     auto* prefix = field(tr("Prefix of the metadata"), tr("Prefix of the metadata"));
-    const FolderInfo* info = desktop_.sessions().folderInfo(folder_);
+    const FolderInfo* info = desktop_.sessions().folders().find(folder_);
     if (info != nullptr && info->metadataPrefix) prefix->setText(text(*info->metadataPrefix));
     prefix->setToolTip(tr("Stands before every mapped metadata value of this folder"));
     rows->addWidget(facts(tr("Prefix of the metadata")));
@@ -92,7 +92,7 @@ void ProjectPicker::showProjects(Projects projects) {
     loaded_(projects_);
     if (projects_.empty()) return say(translatedSentence(projectPicker::noProjects), false);
     say({}, false);
-    const FolderInfo* info = desktop_.sessions().folderInfo(folder_);
+    const FolderInfo* info = desktop_.sessions().folders().find(folder_);
     list_->clear();
     for (const LockitProject& project : projects_) {
         auto* item = new QListWidgetItem(text(project.name), list_);

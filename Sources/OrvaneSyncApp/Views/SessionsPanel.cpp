@@ -263,7 +263,7 @@ void SessionsPanel::showSession(const SessionInfo& session, QTreeWidgetItem& ite
 }
 
 QString SessionsPanel::badgeOf(const std::string& folder) {
-    const FolderInfo* info = desktop_.sessions().folderInfo(folder);
+    const FolderInfo* info = desktop_.sessions().folders().find(folder);
     const std::optional<std::string> project = info == nullptr ? std::nullopt : info->lockitProjectID;
     // The key store is only asked where the answer is shown.
     if (project && !account_) {
@@ -369,7 +369,7 @@ void SessionsPanel::addSessionActions(QMenu& menu, QTreeWidgetItem* item) {
     menu.addAction(tr("Open"), this, [this, session] { open(itemWith(sessionRole, session)); });
     menu.addAction(tr("Rename"), this, [this, session] { rename(itemWith(sessionRole, session)); });
     if (const auto id = UUID::fromText(utf8(session)))
-        if (const auto name = desktop_.sessions().suggestedSessionName(*id))
+        if (const auto name = desktop_.sessions().list().suggestedName(*id))
             menu.addAction(tr("Auto-name: %1").arg(text(*name)), this, [this, session, name] {
                 JSON arguments = sessionArgument(session);
                 arguments.set("name", *name);

@@ -13,17 +13,7 @@ const Parameter sessionId{"sessionId", id};
 
 Error sessionNotFound() { return {Refusal::failed, "Session not found"}; }
 
-/// A command that gives nothing.
-template <class Operation>
-Command doing(std::string_view id, std::string_view title, std::string_view help,
-              std::vector<Parameter> parameters, Operation operation) {
-    return {id, title, help, std::move(parameters), [operation](CommandContext& context, const Call& call) {
-                operation(context, call);
-                return JSON();
-            }};
-}
-
-/// The same for a session of the list.
+/// A command for a session of the list.
 template <class Operation>
 Command onSession(std::string_view id, std::string_view title, std::string_view help,
                   const std::vector<Parameter>& more, Operation operation) {
@@ -45,10 +35,12 @@ platform::Task loadSession(CommandContext& context, Call call, std::shared_ptr<J
 }
 
 /// Also one whose record can't be read.
-void deleteSession(CommandContext& context, const Call& call) {
+platform::Task deleteSession(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
     const UUID session = call.id("sessionId");
-    if (!context.sessions->exists(session)) throw sessionNotFound();
-    context.sessions->deleteSession(session);
+    const bool isListed = context.sessions->session(session) != nullptr;
+    const auto wasThere = std::make_shared<bool>(false);
+    co_await context.sessions->deleteSession(session, wasThere);
+    if (!isListed && !*wasThere) throw sessionNotFound();
 }
 
 /// Ends when the session is on the disk; an error of the writing is the answer.
@@ -70,7 +62,7 @@ platform::Task decided(CommandContext& context, std::vector<UUID> changed) {
     co_await context.sessions->flush();
     for (const UUID& session : changed)
         if (const auto problem = context.sessions->saveError(session)) throw refusedByDisk(*problem);
-    if (const auto& problem = context.sessions->folderListError()) throw refusedByDisk(*problem);
+    if (const auto& problem = context.sessions->folders().writeFailure()) throw refusedByDisk(*problem);
 }
 
 platform::Task createFolder(CommandContext& context, Call call, std::shared_ptr<JSON> result) {
@@ -78,12 +70,18 @@ platform::Task createFolder(CommandContext& context, Call call, std::shared_ptr<
     co_await decided(context, {});
 }
 
+/// Another process may have put sessions into the folder.
 platform::Task renameFolder(CommandContext& context, Call call, std::shared_ptr<JSON> result) {
-    std::vector<UUID> moved;
-    for (const SessionInfo& info : context.sessions->sessions())
-        if (info.folder == call.text("from")) moved.push_back(info.id);
+    co_await context.sessions->loadSessionList();
+    std::vector<UUID> moved = context.sessions->list().idsIn(call.text("from"));
     *result = context.sessions->renameFolder(call.text("from"), call.text("to"));
     co_await decided(context, std::move(moved));
+}
+
+platform::Task deleteEmptyFolder(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
+    co_await context.sessions->loadSessionList(); // as above
+    context.sessions->deleteEmptyFolder(call.text("name"));
+    co_await decided(context, {});
 }
 
 /// Which session is open, and what people should know of it.
@@ -103,12 +101,12 @@ JSON folderNames(CommandContext& context, const Call&) {
 }
 
 JSON folderInfo(CommandContext& context, const Call& call) {
-    const FolderInfo* folder = context.sessions->folderInfo(call.text("name"));
+    const FolderInfo* folder = context.sessions->folders().find(call.text("name"));
     return folder == nullptr ? JSON() : toJSON(*folder);
 }
 
 JSON suggestedName(CommandContext& context, const UUID& session, const Call&) {
-    const auto name = context.sessions->suggestedSessionName(session);
+    const auto name = context.sessions->list().suggestedName(session);
     return name ? JSON(*name) : JSON();
 }
 
@@ -123,6 +121,18 @@ Command deciding(std::string_view id, std::string_view title, std::string_view h
             if (context.sessions->session(session) == nullptr) throw sessionNotFound();
             operation(context, session, call);
             return decided(context, {session});
+        });
+}
+
+/// A decision about a folder, by one text that may be left out; it answers when that is on the disk.
+template <class Operation>
+Command ofFolder(std::string_view id, std::string_view title, std::string_view help, std::string_view what,
+                 Operation operation) {
+    return Command::later(
+        id, title, help, {{"forFolder", text}, {what, text, true}},
+        [operation, what](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+            (context.sessions->folders().*operation)(call.text("forFolder"), call.textIfPresent(what));
+            return decided(context, {});
         });
 }
 
@@ -167,9 +177,9 @@ std::vector<Command> openingCommands() {
                      context.sessions->setFolder(session, call.textIfPresent("folder"));
                  })
             .when(hasSessions),
-        doing("deleteSession", "Delete Session",
-              "Deletes a session, and closes it where it is open; cannot be taken back.", {sessionId},
-              deleteSession)
+        Command::later("deleteSession", "Delete Session",
+                       "Deletes a session, and closes it where it is open; cannot be taken back.",
+                       {sessionId}, deleteSession)
             .when(hasSessions),
         onSession("suggestedSessionName", "Suggested Name of a Session",
                   "Suggests the folder's name and the next shooting day.", {}, suggestedName)
@@ -178,7 +188,6 @@ std::vector<Command> openingCommands() {
 }
 
 std::vector<Command> folderCommands() {
-    const Parameter forFolder{"forFolder", text};
     return {
         Command("folderNames", "Folders", "Lists the folders of sessions.", {}, folderNames),
         Command::later("createFolder", "New Folder",
@@ -187,28 +196,18 @@ std::vector<Command> folderCommands() {
         Command::later("renameFolder", "Rename Folder",
                        "Renames a folder of sessions; false where the name is taken.",
                        {{"from", text}, {"to", text}}, renameFolder),
-        doing("deleteEmptyFolder", "Delete Empty Folder", "Deletes a folder without sessions.",
-              {{"name", text}},
-              [](CommandContext& context, const Call& call) {
-                  context.sessions->deleteEmptyFolder(call.text("name"));
-              }),
+        Command::later("deleteEmptyFolder", "Delete Empty Folder", "Deletes a folder without sessions.",
+                       {{"name", text}}, deleteEmptyFolder),
         Command("folderInfo", "One Folder", "Gives what is known of a folder of sessions.", {{"name", text}},
                 folderInfo),
-        doing("setLockitProject", "Link Folder to a Lockit Project",
-              "Connects a folder with a project of LockitNetwork.", {forFolder, {"projectID", text, true}},
-              [](CommandContext& context, const Call& call) {
-                  context.sessions->setLockitProject(call.text("forFolder"), call.textIfPresent("projectID"));
-              }),
-        doing("setMetadataPrefix", "Set Metadata Prefix of a Folder",
-              "Sets the prefix of the metadata of a folder.", {forFolder, {"prefix", text, true}},
-              [](CommandContext& context, const Call& call) {
-                  context.sessions->setMetadataPrefix(call.text("forFolder"), call.textIfPresent("prefix"));
-              }),
-        doing("setActivePreset", "Set Preset of a Folder", "Sets the preset that goes with a folder.",
-              {forFolder, {"presetName", text, true}},
-              [](CommandContext& context, const Call& call) {
-                  context.sessions->setActivePreset(call.text("forFolder"), call.textIfPresent("presetName"));
-              }),
+        ofFolder("setLockitProject", "Link Folder to a Lockit Project",
+                 "Connects a folder with a project of LockitNetwork.", "projectID",
+                 &SessionFolderList::setLockitProject),
+        ofFolder("setMetadataPrefix", "Set Metadata Prefix of a Folder",
+                 "Sets the prefix of the metadata of a folder.", "prefix",
+                 &SessionFolderList::setMetadataPrefix),
+        ofFolder("setActivePreset", "Set Preset of a Folder", "Sets the preset that goes with a folder.",
+                 "presetName", &SessionFolderList::setActivePreset),
     };
 }
 

@@ -19,11 +19,6 @@ bool areSame(const SyncGroupList& a, const SyncGroupList& b) {
     return true;
 }
 
-bool isSameFile(const platform::FileAttributes& a, const platform::FileAttributes& b) {
-    return a.identity == b.identity && a.size == b.size &&
-           a.modificationSinceReference == b.modificationSinceReference;
-}
-
 } // namespace
 
 void SessionGroupsWriter::opened(const UUID& id, const SessionStore::Groups& read) {
@@ -40,7 +35,7 @@ SessionGroupsWriter::Written SessionGroupsWriter::write(const UUID& id, const Sy
     const std::string path = store_.groupsPath(id);
     if (session.onDisk && areSame(*session.onDisk, groups))
         if (const auto there = files::attributes(path))
-            return {.areOutdated = !session.file || !isSameFile(*session.file, *there)};
+            return {.areOutdated = !session.file || !there->isUnchangedSince(*session.file)};
 
     const std::string folder = store_.folderOf(id);
     const platform::FileLock lock = platform::FileLock::ofFolder(folder);
@@ -64,7 +59,7 @@ void SessionGroupsWriter::keepUnknown(Open& session, const std::string& path, bo
         keepAs(reason, files::keepBeside(path, files::otherSuffix));
     };
     // Another process may have written good clips since this one found a file that it could not read.
-    if (!session.file || !isSameFile(*session.file, *there))
+    if (!session.file || !there->isUnchangedSince(*session.file))
         keep("Another program has changed this session; its clips were");
     else if (session.isUnreadable)
         keepAs("The clips of this session could not be read; their file was",

@@ -18,6 +18,8 @@ struct SessionInfo {
     int lockedCount = 0;
     std::optional<std::string> folder{}; ///< name of the folder it lies in
     bool nameAutoDerived = true;         ///< the name follows the media folders
+
+    bool operator==(const SessionInfo&) const = default;
 };
 
 /// What a save, a rename or a move changes of a record. What it does not name stays as it is on the disk,

@@ -143,19 +143,27 @@ void SessionStore::remove(const UUID& id) const {
     }
 }
 
-std::vector<SessionInfo>
-SessionStore::list(const std::function<void(const std::string& problem)>& unreadable) const {
+std::vector<SessionInfo> SessionStore::list(const std::function<void(const std::string& problem)>& unreadable,
+                                            KnownRecords* known) const {
     std::vector<SessionInfo> sessions;
     std::unordered_set<UUID> ids;
+    KnownRecords read;
     for (const std::string& name : files::childNames(directory_).value_or(std::vector<std::string>())) {
         if (!name.ends_with(sessionExtension)) continue;
         const auto id =
             UUID::fromText(std::string_view(name).substr(0, name.size() - sessionExtension.size()));
         if (!id || !isDirectory(directory_ + "/" + name) || !ids.insert(*id).second) continue;
-        Stored<SessionInfo> info = readInfo(*id);
+        // Before the reading: what is written meanwhile is read the next time.
+        const auto file = known != nullptr ? files::attributes(infoPath(*id)) : std::nullopt;
+        const auto before = known != nullptr ? known->find(*id) : KnownRecords::iterator();
+        const bool isKnown = file && before != known->end() && file->isUnchangedSince(before->second.first);
+        Stored<SessionInfo> info = isKnown ? Stored<SessionInfo>{before->second.second} : readInfo(*id);
         if (info.problem && unreadable) unreadable(*info.problem);
-        if (info.record) sessions.push_back(std::move(*info.record));
+        if (!info.record) continue;
+        if (file) read.emplace(*id, std::pair(*file, *info.record));
+        sessions.push_back(std::move(*info.record));
     }
+    if (known != nullptr) *known = std::move(read);
     std::ranges::sort(sessions, [](const SessionInfo& a, const SessionInfo& b) {
         return a.modified != b.modified ? a.modified > b.modified : a.id < b.id;
     });

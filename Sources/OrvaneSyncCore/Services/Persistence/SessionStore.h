@@ -8,6 +8,8 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace orvane {
@@ -30,10 +32,12 @@ class SessionStore {
     /// FileError when the session is still there.
     void remove(const UUID& id) const;
 
+    /// Records as they were read, with what their files were then.
+    using KnownRecords = std::unordered_map<UUID, std::pair<platform::FileAttributes, SessionInfo>>;
     /// The sessions whose records can be read, most recently modified first. `unreadable` is told, for
-    /// people, of those whose records can't.
-    std::vector<SessionInfo>
-    list(const std::function<void(const std::string& problem)>& unreadable = {}) const;
+    /// people, of those whose records can't. A record in `known` whose file is unchanged is not read again.
+    std::vector<SessionInfo> list(const std::function<void(const std::string& problem)>& unreadable = {},
+                                  KnownRecords* known = nullptr) const;
 
     template <class Record>
     struct Stored {

@@ -1,0 +1,44 @@
+#include "OrvaneSyncApp/Controllers/FolderSettings.h"
+
+#include <chrono>
+#include <stdexcept>
+
+namespace orvane {
+
+namespace {
+
+constexpr std::chrono::milliseconds settingsDebounce{500};
+
+} // namespace
+
+void FolderSettings::observe() {
+    observation_ = settings_->onChange([weak = weak_from_this(), main = mainThread_](const std::string&) {
+        main->post([weak] {
+            if (const auto self = weak.lock()) self->wait();
+        });
+    });
+}
+
+void FolderSettings::wait() {
+    if (timer_) timer_->cancel();
+    timer_ = mainThread_->after(settingsDebounce, [weak = weak_from_this()] {
+        if (const auto self = weak.lock()) self->sayNowIfChanged();
+    });
+}
+
+void FolderSettings::sayNowIfChanged() {
+    if (!timer_) return;
+    timer_->cancel();
+    timer_.reset();
+    if (whenChanged) whenChanged();
+}
+
+void FolderSettings::apply(const std::string& snapshot) const {
+    try {
+        presets_.applySnapshot(snapshot, *settings_);
+    } catch (const std::runtime_error&) {
+        // The settings stay as they are; the session is open all the same.
+    }
+}
+
+} // namespace orvane

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/Persistence/PresetManager.h"
+#include "Platform/MainThread.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace orvane {
+
+/// The settings that follow the work into its folder: says when they have changed and come to rest, and makes
+/// and applies their snapshot. Interface thread. Held by a shared pointer, as settings change on any thread.
+class FolderSettings : public std::enable_shared_from_this<FolderSettings> {
+  public:
+    FolderSettings(std::shared_ptr<platform::SettingsStore> settings,
+                   std::shared_ptr<platform::MainThread> mainThread)
+        : settings_(std::move(settings)), mainThread_(std::move(mainThread)) {}
+
+    /// Half a second after the last of several changes.
+    std::function<void()> whenChanged;
+    void observe();
+    /// A change that waits for its moment is said now.
+    void sayNowIfChanged();
+
+    std::string snapshot() const { return presets_.snapshotData(*settings_); }
+    /// One that can't be understood changes nothing.
+    void apply(const std::string& snapshot) const;
+
+  private:
+    void wait();
+
+    const std::shared_ptr<platform::SettingsStore> settings_;
+    const std::shared_ptr<platform::MainThread> mainThread_;
+    const PresetManager presets_{};
+    platform::Subscription observation_;
+    std::shared_ptr<platform::Timer> timer_;
+};
+
+} // namespace orvane

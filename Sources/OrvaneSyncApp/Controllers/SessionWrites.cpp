@@ -1,0 +1,215 @@
+#include "OrvaneSyncApp/Controllers/SessionWrites.h"
+
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+namespace orvane {
+
+SessionWrites::SessionWrites(Owner& owner, SessionStore store, platform::SerialQueue& queue,
+                             std::shared_ptr<platform::MainThread> mainThread)
+    : owner_(owner), store_(std::move(store)), queue_(queue), mainThread_(std::move(mainThread)),
+      groupsWriter_(std::make_shared<SessionGroupsWriter>(store_)) {}
+
+const UnwrittenSession* SessionWrites::find(const UUID& id) const {
+    const auto found = unwritten_.find(id);
+    return found == unwritten_.end() ? nullptr : &found->second;
+}
+
+void SessionWrites::change(SessionInfo info, const SessionInfoChange& change,
+                           std::shared_ptr<const SessionWork> work, bool isChanged) {
+    UnwrittenSession& unwritten = unwritten_[info.id];
+    unwritten.info = std::move(info);
+    unwritten.change.add(change);
+    if (work) unwritten.work = std::move(work);
+    unwritten.isChanged |= isChanged;
+}
+
+bool SessionWrites::isNewest(const UUID& id, std::uint64_t token) const {
+    const auto newest = generation_.find(id);
+    return newest != generation_.end() && newest->second == token;
+}
+
+platform::Task SessionWrites::add(platform::Task task) {
+    std::erase_if(tasks_, [](const platform::Task& one) { return one.isDone(); });
+    tasks_.push_back(task);
+    return task;
+}
+
+platform::Task SessionWrites::start(const UUID& id) {
+    const std::uint64_t token = ++generation_[id];
+    if (removing_.contains(id)) return platform::Task::ended(); // it is written if it can't be deleted
+    return add(write(weak_from_this(), id, token));
+}
+
+/// The order makes a session that opens of every moment at which the process may be killed: the record, by
+/// which the session is listed, comes last and is never older than the clips it was written with.
+platform::Task SessionWrites::write(std::weak_ptr<SessionWrites> weak, UUID id, std::uint64_t token) {
+    auto self = weak.lock();
+    if (!self) co_return;
+    // Waits for the writes before it. What is saved meanwhile takes this one's place.
+    auto turn = platform::onQueue(self->queue_, self->mainThread_, [] {});
+    self.reset();
+    co_await turn;
+    self = weak.lock();
+    if (!self || !self->isNewest(id, token)) co_return;
+
+    const auto data = std::make_shared<const UnwrittenSession>(self->unwritten_.at(id));
+    auto writing = platform::onQueue(self->queue_, self->mainThread_,
+                                     [store = self->store_, writer = self->groupsWriter_, data, id] {
+                                         SessionWriteOutcome outcome;
+                                         writeSessionWork(store, *writer, id, *data, outcome);
+                                         return outcome;
+                                     });
+    self.reset();
+    SessionWriteOutcome outcome = co_await writing;
+    self = weak.lock();
+    if (!self) co_return;
+    self->owner_.reportKeptFiles(id, std::exchange(outcome.kept, {}));
+    if (!self->isNewest(id, token)) co_return;
+
+    auto listing = platform::onQueue(self->queue_, self->mainThread_,
+                                     [store = self->store_, data, outcome = std::move(outcome)] {
+                                         SessionWriteOutcome whole = outcome;
+                                         writeSessionRecord(store, *data, whole);
+                                         return whole;
+                                     });
+    self.reset();
+    outcome = co_await listing;
+    self = weak.lock();
+    if (self && self->isNewest(id, token)) self->finished(id, std::move(outcome));
+}
+
+void SessionWrites::finished(const UUID& id, SessionWriteOutcome outcome) {
+    failures_.erase(id);
+    if (outcome.isDeleted) {
+        UnwrittenSession& data = unwritten_.at(id);
+        if (auto work = owner_.isDeletedByAnother(id, data.isChanged)) {
+            data.work = std::move(work);
+            start(id);
+        } else {
+            forget(id);
+        }
+        return owner_.reportFailures();
+    }
+    if (!outcome.failures.empty()) {
+        failures_[id] = platform::text::joined(outcome.failures, "; ");
+    } else {
+        const auto work = unwritten_.at(id).work;
+        unwritten_.erase(id);
+        owner_.isWritten(id, work);
+    }
+    if (outcome.info) owner_.adopt(std::move(*outcome.info));
+    owner_.reportKeptFiles(id, outcome.kept);
+    owner_.reportFailures();
+}
+
+void SessionWrites::forget(const UUID& id) {
+    unwritten_.erase(id);
+    failures_.erase(id);
+    closed(id);
+}
+
+void SessionWrites::retryFailed() {
+    std::vector<UUID> ids;
+    for (const auto& [id, failure] : failures_) ids.push_back(id);
+    for (const UUID& id : ids) start(id);
+}
+
+platform::Task SessionWrites::remove(UUID id, std::shared_ptr<bool> wasThere) {
+    ++generation_[id]; // writes on their way stop
+    removing_.insert(id);
+    return add(removing(weak_from_this(), id, std::move(wasThere)));
+}
+
+platform::Task SessionWrites::removing(std::weak_ptr<SessionWrites> weak, UUID id,
+                                       std::shared_ptr<bool> wasThere) {
+    struct Outcome {
+        bool wasThere = false;
+        std::exception_ptr refused = nullptr;
+    };
+    auto self = weak.lock();
+    auto deleting = platform::onQueue(self->queue_, self->mainThread_, [store = self->store_, id] {
+        Outcome outcome{store.exists(id)};
+        try {
+            store.remove(id);
+        } catch (const platform::FileError&) {
+            if (!store.isDeleted(id)) outcome.refused = std::current_exception();
+        }
+        return outcome;
+    });
+    self.reset();
+    const Outcome outcome = co_await deleting;
+    self = weak.lock();
+    if (!self) co_return;
+    self->removing_.erase(id);
+    if (outcome.refused) {
+        if (self->find(id) != nullptr) self->start(id);
+        std::rethrow_exception(outcome.refused);
+    }
+    *wasThere = outcome.wasThere;
+    self->forget(id);
+    self->owner_.reportFailures();
+}
+
+/// While one lives, the timer begins no save.
+class SessionWrites::Finishing {
+  public:
+    explicit Finishing(std::weak_ptr<SessionWrites> weak) : weak_(std::move(weak)) { count(1); }
+    ~Finishing() { count(-1); }
+    Finishing(const Finishing&) = delete;
+    Finishing& operator=(const Finishing&) = delete;
+
+  private:
+    void count(int change) {
+        if (const auto self = weak_.lock()) self->finishing_ += change;
+    }
+    const std::weak_ptr<SessionWrites> weak_;
+};
+
+platform::Task SessionWrites::finish(platform::Task other) {
+    add(std::move(other));
+    return finishing(weak_from_this());
+}
+
+platform::Task SessionWrites::finishing(std::weak_ptr<SessionWrites> weak) {
+    const Finishing finishing(weak);
+    // A save that was overtaken ends early; the one that took its place is waited for, too.
+    for (;;) {
+        std::optional<platform::Task> next;
+        if (const auto self = weak.lock()) {
+            const auto found =
+                std::ranges::find_if(self->tasks_, [](const platform::Task& task) { return !task.isDone(); });
+            if (found != self->tasks_.end()) next = *found;
+        }
+        if (!next) co_return;
+        try {
+            co_await *next;
+        } catch (const platform::FileError&) {
+            // Said to who asked for it.
+        }
+    }
+}
+
+void SessionWrites::postUnwritten() const {
+    for (const auto& [id, data] : unwritten_)
+        queue_.post([store = store_, writer = groupsWriter_, id = id, data = data,
+                     isRemoved = removing_.contains(id)] {
+            if (isRemoved && store.isDeleted(id)) return;
+            SessionWriteOutcome outcome;
+            writeSessionWork(store, *writer, id, data, outcome);
+            writeSessionRecord(store, data, outcome);
+        });
+}
+
+void SessionWrites::opened(const UUID& id, SessionStore::Groups groups) {
+    queue_.post([writer = groupsWriter_, id, groups = std::move(groups)] { writer->opened(id, groups); });
+}
+
+void SessionWrites::closed(const UUID& id) {
+    queue_.post([writer = groupsWriter_, id] { writer->closed(id); });
+}
+
+} // namespace orvane

@@ -58,11 +58,24 @@ SyncDoubts DoubtSource::doubts(const FileNames& names, const std::stop_token& st
         real.push_back({inside.substr(0, inside.size() - 2)});
     }
     std::vector<MediaAsset> gathered;
-    const auto* recordings = files.scannedAudio();
-    if (recordings == nullptr) gathered = files.copiedAudioPool();
-    return SyncDoubts::of({files.groups, recordings != nullptr ? *recordings : gathered, rules, trimMode,
-                           smartAudioResults, names, heardLags.get(), std::move(real)},
+    return SyncDoubts::of({files.groups, recordings(gathered), rules, trimMode, smartAudioResults, names,
+                           heard ? &heard->lags : nullptr, std::move(real),
+                           heard ? &heard->elsewhere : nullptr},
                           stop);
+}
+
+const std::vector<MediaAsset>& DoubtSource::recordings(std::vector<MediaAsset>& gathered) const {
+    const auto* scanned = files.scannedAudio();
+    if (scanned != nullptr) return *scanned;
+    gathered = files.copiedAudioPool();
+    return gathered;
+}
+
+HeardSound DoubtSource::listen(std::vector<SoundLag::Pair> pairs, const std::stop_token& stop,
+                               const std::function<void(std::size_t done)>& progress) const {
+    std::vector<MediaAsset> gathered;
+    const SoundLag::RecordingNeighbours neighbours(files.groups, recordings(gathered), rules, stop);
+    return SoundLag::heardWithNeighbours(files.groups, std::move(pairs), neighbours, stop, progress);
 }
 
 UnmatchedReasons DoubtSource::unmatchedReasons() const {
@@ -78,7 +91,7 @@ DoubtSource WorkDoubts::source() const {
             work_.matchRules(),
             work_.environment.settings->get(settings::trimMode),
             smartAudio_.state().results,
-            heardLags_,
+            heard_,
             work_.folders()};
 }
 
@@ -159,9 +172,11 @@ platform::Task WorkDoubts::deriveOnQueue(std::weak_ptr<const WorkDoubts> weak, s
 }
 
 std::size_t WorkDoubts::heardCount() const {
-    return heardLags_
-               ? clipsWith(work_.syncGroups(), [&](const UUID& match) { return heardLags_->contains(match); })
-               : 0;
+    return heard_ ? clipsWith(work_.syncGroups(),
+                              [&](const UUID& match) {
+                                  return heard_->lags.contains(match) || heard_->elsewhere.contains(match);
+                              })
+                  : 0;
 }
 
 std::size_t WorkDoubts::clipsOf(const std::vector<SoundLag::Pair>& pairs) const {
@@ -194,26 +209,26 @@ platform::Task WorkDoubts::listenToPairs(std::weak_ptr<WorkDoubts> weak, std::ve
             if (own && own->progress_ && own->listeningNumber_ == number) own->show(Listening{done, total});
         });
     };
-    auto hearing = platform::onQueue(
-        *self->listeningQueue_, self->work_.environment.mainThread,
-        [pairs = std::move(pairs), progress = std::move(progress)](const std::stop_token& stop) {
-            return SoundLag::heard(pairs, stop, progress);
-        });
+    auto hearing = platform::onQueue(*self->listeningQueue_, self->work_.environment.mainThread,
+                                     [source = self->source(), pairs = std::move(pairs),
+                                      progress = std::move(progress)](const std::stop_token& stop) mutable {
+                                         return source.listen(std::move(pairs), stop, progress);
+                                     });
     self.reset();
     const auto ended = [&] {
         self = weak.lock();
         if (self && self->listeningNumber_ == number) self->show(std::nullopt);
     };
-    std::unordered_map<UUID, HeardLag> lags;
+    HeardSound heard;
     try {
-        lags = co_await hearing;
+        heard = co_await hearing;
     } catch (...) {
         ended();
         throw;
     }
     ended();
     if (!self) co_return;
-    self->heardLags_ = std::make_shared<const std::unordered_map<UUID, HeardLag>>(std::move(lags));
+    self->heard_ = std::make_shared<const HeardSound>(std::move(heard));
     self->begunBy_.reset();
     self->work_.notify(ImportField::doubts); // whoever shows them asks
 }

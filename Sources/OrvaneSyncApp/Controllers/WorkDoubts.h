@@ -11,6 +11,7 @@
 #include "Platform/Task.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stop_token>
@@ -27,12 +28,20 @@ struct DoubtSource {
     MatchRules rules; ///< by which the clips were matched
     TrimMode trimMode;
     SmartAudioResults smartAudioResults;
-    std::shared_ptr<const std::unordered_map<UUID, HeardLag>> heardLags; ///< by match; null: none were heard
-    std::vector<FileURL> folders;                                        ///< of the scan
+    std::shared_ptr<const HeardSound> heard; ///< null: none were
+    std::vector<FileURL> folders;            ///< of the scan
 
     /// `names`: of these files. Throws Stopped.
     SyncDoubts doubts(const FileNames& names, const std::stop_token& stop = {}) const;
     UnmatchedReasons unmatchedReasons() const;
+    /// What the microphones of the cameras heard. Reads the files; not on the interface thread. As
+    /// `SoundLag::heardWithNeighbours`.
+    HeardSound listen(std::vector<SoundLag::Pair> pairs, const std::stop_token& stop,
+                      const std::function<void(std::size_t done)>& progress) const;
+
+  private:
+    /// All of the work; `gathered` holds them where no scan does.
+    const std::vector<MediaAsset>& recordings(std::vector<MediaAsset>& gathered) const;
 };
 
 /// The doubts about the open work, and why clips have no settled match, derived on a queue when somebody asks
@@ -98,7 +107,7 @@ class WorkDoubts {
     mutable std::uint64_t begun_ = 0; ///< its number
     mutable std::optional<platform::Task> deriving_;
 
-    std::shared_ptr<const std::unordered_map<UUID, HeardLag>> heardLags_;
+    std::shared_ptr<const HeardSound> heard_;
     const std::unique_ptr<platform::SerialQueue> queue_;
     std::unique_ptr<platform::SerialQueue> listeningQueue_;
     std::optional<Listening> progress_; ///< of the listening that was begun last

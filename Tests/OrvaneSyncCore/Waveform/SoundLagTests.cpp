@@ -1,9 +1,11 @@
+#include "../Diagnosis/Shot.h"
 #include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncCore/Services/Waveform/SoundLag.h"
 #include "Support/RandomSeed.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 
@@ -39,7 +41,8 @@ TEST(SoundLag, IsFoundByTheCamerasOwnMicrophone) {
         {"in its place", 0, 0},
         {"2.5 s late", 2.5, -2.5},
         {"4.3 s early", -4.3, 4.3},
-        {"further than is looked for", 5.5, std::nullopt},
+        {"6.5 s early", -6.5, 6.5},
+        {"6.5 s early, too much noise for that", -6.5, std::nullopt, 1, 0.001F, 0.1F},
         {"under the noise of the camera", 2.5, std::nullopt, 1, 0.001F, 0.1F},
         {"a camera without sound", 2.5, std::nullopt, 1, 0, 0},
         {"another sound", 0, std::nullopt, 2},
@@ -66,7 +69,7 @@ TEST(SoundLag, IsFoundByTheCamerasOwnMicrophone) {
             pairs.push_back({UUID::random(), make("camera" + std::to_string(pairs.size()) + ".wav", heard),
                              recording, one.lag - startsAt});
         }
-        const auto lags = SoundLag::heard(pairs);
+        const auto lags = SoundLag::heard(pairs).lags;
         for (std::size_t i = 0; i < cases.size(); ++i) {
             const auto found = lags.find(pairs[i].matchID);
             ASSERT_EQ(found != lags.end(), cases[i].heard.has_value()) << cases[i].name << ", seed " << seed;
@@ -81,13 +84,73 @@ TEST(SoundLag, IsFoundByTheCamerasOwnMicrophone) {
         const FileURL camera = make("long.wav", {steady.begin(), steady.begin() + std::ptrdiff_t{60} * rate});
         for (const bool isSlow : {true, false}) {
             const FileURL sound = make("sound.wav", isSlow ? slow : steady);
-            const auto one = SoundLag::heard({{UUID(), camera, sound, 0, 60}});
+            const auto one = SoundLag::heard({{UUID(), camera, sound, 0, 60}}).lags;
             ASSERT_EQ(one.size(), 1U);
             EXPECT_NEAR(one.begin()->second.drift.value_or(1), isSlow ? -0.001 : 0, 0.0002) << seed;
         }
         pairs.assign(5, pairs[1]);
         for (SoundLag::Pair& pair : pairs) pair.matchID = UUID::random();
-        EXPECT_EQ(SoundLag::heard(pairs).size(), 3U) << "the others would say the same";
+        EXPECT_EQ(SoundLag::heard(pairs).lags.size(), 3U) << "the others would say the same";
+    }
+}
+
+/// Takes in a fixed rhythm, of which timecode lays one under the clip of the next.
+TEST(SoundLag, OtherTakesAreHeardUnderClipsFromWhereTheClockIsWrong) {
+    constexpr int takes = 9;
+    constexpr double apart = 150;
+    struct Case {
+        const char* name;
+        int wrongFrom; ///< first take with a wrong clock
+        bool isOther;  ///< the cameras hear nothing that was recorded
+        std::size_t elsewhere, mostHeard;
+    };
+    for (const Case& one :
+         {Case{"right", takes, false, 0, 3}, Case{"all wrong", 0, false, 3, 3},
+          Case{"from the middle on", 4, false, 3, 9}, Case{"across a street", 0, true, 0, 0}}) {
+        const TemporaryDirectory folder;
+        std::vector<MediaAsset> clips, recordings;
+        for (int i = 0; i < takes; ++i) {
+            const auto seed = static_cast<unsigned>(i + 1);
+            const auto make = [&](const std::string& name, std::vector<float> samples) {
+                WaveMaker()
+                    .format({.channels = 1, .sampleRate = rate})
+                    .samples(samples)
+                    .writeTo(folder.path(name));
+                return folder.path(name);
+            };
+            const auto take = soundOf(seed, 22);
+            auto heard = soundOf(seed + 100, 15);
+            if (!one.isOther) heard = {take.begin() + 3 * rate, take.begin() + 18 * rate};
+            const std::string number = std::to_string(i) + ".wav";
+            const double at = 36000 + apart * i;
+            clips.push_back(doubts::clipAt(make("A" + number, heard), at, 15));
+            clips.back().channelCount = 1;
+            recordings.push_back(
+                doubts::recordingAt(make("T" + number, take), at - 3 + (i >= one.wrongFrom ? apart : 0), 22));
+        }
+        const SyncGroupList groups = SyncEngine().match(clips, recordings, {});
+        const HeardSound heard = SoundLag::heardWithNeighbours(
+            groups, SoundLag::pairsToHear(groups), SoundLag::RecordingNeighbours(groups, recordings, {}));
+        EXPECT_GE(heard.elsewhere.size(), one.elsewhere) << one.name;
+        EXPECT_LE(heard.elsewhere.size() + heard.lags.size(), one.mostHeard) << one.name;
+        for (const SyncGroup& group : groups) {
+            if (group.isMOS()) continue;
+            const UUID& match = group.audioMatches.front().id;
+            const char number = group.video.filename[1];
+            const bool isRight = group.primaryAudio()->filename[1] == number;
+            EXPECT_FALSE((isRight ? heard.elsewhere.contains(match) : heard.lags.contains(match)))
+                << one.name;
+            const auto found = heard.elsewhere.find(match);
+            if (found == heard.elsewhere.end()) continue;
+            EXPECT_NEAR(found->second.seconds, -apart, 0.011);
+            const auto other = std::ranges::find(recordings, found->second.recordingID, &MediaAsset::id);
+            ASSERT_NE(other, recordings.end());
+            EXPECT_EQ(other->filename[1], number);
+        }
+        if (one.wrongFrom == 4 && !one.isOther) { // the last one before, and the first one behind
+            EXPECT_TRUE(heard.lags.contains(groups[3].audioMatches.front().id));
+            EXPECT_TRUE(heard.elsewhere.contains(groups[5].audioMatches.front().id));
+        }
     }
 }
 

@@ -29,6 +29,8 @@ struct DoubtInput {
     /// That the scan was given, by their real paths, below which its exclusions are matched; none for work
     /// that no scan made.
     std::vector<FileURL> folders = {};
+    /// Of clips whose cameras heard another recording, by match. Null: none were listened to.
+    const std::unordered_map<UUID, HeardElsewhere>* heardElsewhere = nullptr;
 };
 
 /// Why clips may not have the right sound. Derived anew from the state of the work; pure, any thread.

@@ -1,17 +1,17 @@
 #include "OrvaneSyncCore/Services/Waveform/SoundLag.h"
 
 #include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
-#include "OrvaneSyncCore/Services/Takes/ClipSound.h"
+#include "OrvaneSyncCore/Services/Waveform/SoundPlace.h"
 #include "Platform/MainThread.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <functional>
-#include <map>
 #include <memory>
 #include <mutex>
-#include <string_view>
+#include <optional>
+#include <span>
+#include <unordered_set>
 #include <utility>
 
 namespace orvane::SoundLag {
@@ -22,17 +22,15 @@ namespace {
 constexpr double heardSeconds = 10;
 // Whoever records more has a mix or a boom among the first.
 constexpr int mostChannels = 4;
-constexpr double leastSeconds = 3; // in common
-constexpr std::size_t fewestPairs = 3, mostPairsOfACard = 6, mostPairs = 30;
-// What is softer than the loudest by more is the noise of two different microphones.
-constexpr float floorDB = 40;
-constexpr double steadyDB = 1.5; // standard deviation
-constexpr double likeness = 0.6; // correlation, 1 for the same
-// By which the best place is ahead of all that are not right beside it.
-constexpr double ahead = 0.1;
-// Of the first clips of a card; then the others would say the same.
-constexpr double agreeingSeconds = 0.1;
-constexpr int besideBins = 30;
+// What is looked for in a whole minute has to be longer, as more places are alike by chance.
+constexpr double heardFarSeconds = 20;
+// A recorder rolls before the camera, and seldom for longer.
+constexpr double rollsBeforeSeconds = 60;
+// Cameras that hear other sound than any recorder cost the reading of whole minutes, clip by clip.
+constexpr std::size_t mostInVain = 3;
+// By which another recording is more like the camera's sound than its own one.
+constexpr double liker = 0.1;
+constexpr int mostRounds = 12; // that find the take from which on a clock is wrong among some thousands
 
 /// The level of all channels together, window by window.
 class Levels : public AudioListener {
@@ -64,42 +62,80 @@ std::vector<float> levelsOf(platform::AudioFile* file, double from, double secon
     std::array<AudioListener*, 1> listeners{&levels};
     AudioPass{.firstFrame = static_cast<std::int64_t>(std::llround(from * file->sampleRate())),
               .channels = static_cast<std::size_t>(std::min(file->channelCount(), mostChannels)),
-              .windowFrames = wholeSamples(1 / binsPerSecond, file->sampleRate()),
-              .windows = static_cast<std::size_t>(seconds * binsPerSecond),
+              .windowFrames = wholeSamples(1 / SoundPlace::binsPerSecond, file->sampleRate()),
+              .windows = static_cast<std::size_t>(seconds * SoundPlace::binsPerSecond),
               .stop = stop}
         .run(*file, listeners);
     return std::move(levels.dB);
 }
 
-/// The two files of a pair, each opened once.
+/// What was heard of a pair.
+struct HeardPair {
+    std::optional<HeardLag> lag;
+    std::optional<HeardElsewhere> elsewhere;
+    bool isInVain = false; ///< it was looked for far away, and not found
+};
+
+/// The files of a pair, those under the clip opened once.
 class Listening {
   public:
     Listening(const Pair& pair, std::stop_token stop)
         : pair_(pair), stop_(std::move(stop)), camera_(platform::AudioFile::openAllTracks(pair.camera.path)),
           take_(openTake(pair.recording)) {}
 
-    std::optional<HeardLag> lag() const {
-        const auto atHead = lagAt(0);
-        if (!atHead) return std::nullopt;
-        HeardLag lag{*atHead};
-        if (pair_.lengthSeconds < leastForDriftSeconds) return lag;
-        const double tail = pair_.lengthSeconds - heardSeconds;
-        if (const auto atTail = lagAt(tail)) lag.drift = (*atTail - *atHead) / tail;
-        return lag;
+    /// `isFarToo`: with what lies further from its place than `SoundPlace::nearSeconds`.
+    HeardPair hear(bool isFarToo) const {
+        if (!camera_ || !take_) return {};
+        HeardPair result;
+        if (const auto lag = lagAt(0, 0))
+            result.lag = HeardLag{*lag};
+        else if (isFarToo)
+            result = far();
+        if (!result.lag || pair_.lengthSeconds < leastForDriftSeconds) return result;
+        const double tail = pair_.lengthSeconds - heardSeconds, atHead = result.lag->seconds;
+        if (const auto atTail = lagAt(tail, atHead)) result.lag->drift = (*atTail - atHead) / tail;
+        return result;
     }
 
   private:
-    /// Of what is heard from that moment of the clip on.
-    std::optional<double> lagAt(double seconds) const {
+    /// Of what is heard from that moment of the clip on, near a lag.
+    std::optional<double> lagAt(double seconds, double around) const {
         const auto own = levelsOf(camera_.get(), seconds, heardSeconds, stop_);
-        if (!take_ || static_cast<double>(own.size()) < leastSeconds * binsPerSecond) return std::nullopt;
-        const double place = seconds - pair_.offsetSeconds;
-        const double from = std::max(0.0, place - furthestSeconds);
-        const double to = place + heardSeconds + furthestSeconds;
+        if (static_cast<double>(own.size()) < leastHeardSeconds * SoundPlace::binsPerSecond)
+            return std::nullopt;
+        const double place = seconds - pair_.offsetSeconds - around;
+        const double from = std::max(0.0, place - SoundPlace::nearSeconds);
+        const double to = place + heardSeconds + SoundPlace::nearSeconds;
         if (to <= from) return std::nullopt;
         const auto other = levelsOf(take_.audio.get(), from, to - from, stop_);
         if (camera_->failedAt() || take_.audio->failedAt()) return std::nullopt;
-        return between(own, other, from - place);
+        const auto lag = SoundPlace::near(own, other, from - place);
+        return lag ? std::optional(*lag + around) : std::nullopt;
+    }
+    HeardPair far() const {
+        const auto own = levelsOf(camera_.get(), 0, heardFarSeconds, stop_);
+        if (static_cast<double>(own.size()) < leastHeardSeconds * SoundPlace::binsPerSecond ||
+            camera_->failedAt() || SoundPlace::isSteady(own))
+            return {};
+        const double from = std::max(0.0, -pair_.offsetSeconds - furthestSeconds);
+        const auto inOwn = placeIn(take_, own, from, furthestSeconds - pair_.offsetSeconds - from);
+        if (inOwn && inOwn->isPlain)
+            return {.lag = HeardLag{inOwn->seconds - from - pair_.offsetSeconds}, .elsewhere = {}};
+        for (const OtherRecording& other : pair_.others) {
+            const auto found = placeIn(openTake(other.recording), own, 0, rollsBeforeSeconds);
+            if (found && found->isPlain && found->likeness > (inOwn ? inOwn->likeness : 0) + liker)
+                return {.lag = {},
+                        .elsewhere = HeardElsewhere{other.recordingID, found->seconds - other.offsetSeconds,
+                                                    found->score}};
+        }
+        return {.lag = {}, .elsewhere = {}, .isInVain = true};
+    }
+    /// Of what begins within `seconds` from that moment of the recording on; clip time is of that moment.
+    std::optional<SoundPlace::Found> placeIn(const OpenTake& take, std::span<const float> own, double from,
+                                             double seconds) const {
+        if (!take || seconds <= 0) return std::nullopt;
+        const auto levels = levelsOf(take.audio.get(), from, seconds + heardFarSeconds, stop_);
+        return take.audio->failedAt() ? std::nullopt : SoundPlace::anywhere(own, levels);
     }
 
     const Pair& pair_;
@@ -108,128 +144,17 @@ class Listening {
     const OpenTake take_;
 };
 
-std::vector<float> aboveTheFloor(std::span<const float> levels) {
-    const float loudest = std::ranges::max(levels);
-    std::vector<float> result(levels.begin(), levels.end());
-    for (float& level : result) level = std::max(level, loudest - floorDB);
-    return result;
-}
-
-/// Sums over the bins that two stretches have in common.
-struct Sums {
-    double count = 0, a = 0, b = 0, aa = 0, bb = 0, ab = 0;
-
-    static double spread(double sum, double squares, double count) {
-        return std::sqrt(std::max(0.0, squares / count - sum * sum / (count * count)));
-    }
-    double correlation() const {
-        const double spreadA = spread(a, aa, count), spreadB = spread(b, bb, count);
-        if (spreadA < steadyDB || spreadB < steadyDB) return 0;
-        return (ab / count - a * b / (count * count)) / (spreadA * spreadB);
-    }
-};
-
-std::string_view folderOf(const FileURL& file) {
-    return std::string_view(file.path).substr(0, file.path.rfind('/'));
-}
-
-bool liesUnderAll(const AudioMatch& match, double clipSeconds) {
-    constexpr double slackSeconds = 1; // a slow hand at the recorder
-    return match.syncOffsetSeconds <= slackSeconds &&
-           match.syncOffsetSeconds + match.audio->durationSeconds.value_or(0) >= clipSeconds - slackSeconds;
-}
-
-bool areOfOneCard(const Pair& a, const Pair& b) {
-    return folderOf(a.camera) == folderOf(b.camera) &&
-           folderOf(a.recording.files.front().url) == folderOf(b.recording.files.front().url);
+/// Of what was found in a card, whether three and all agree.
+bool areAgreed(const std::vector<double>& found) {
+    return found.size() >= fewestPairs &&
+           std::ranges::max(found) - std::ranges::min(found) <= agreeingSeconds;
 }
 
 } // namespace
 
-std::vector<Pair> pairsToHear(const SyncGroupList& groups) {
-    struct Heard {
-        const SyncGroup* group;
-        const AudioMatch* match;
-    };
-    std::map<std::pair<std::string_view, std::string_view>, std::vector<Heard>> cards;
-    for (const SyncGroup& group : groups) {
-        if (group.audioMatches.empty() || !group.matchStatus.isSettled() || group.isLocked ||
-            group.isExcludedFromExport || group.manualAudioOffsetSeconds != 0 || group.video.isOffspeed() ||
-            group.video.channelCount.value_or(0) <= 0 ||
-            group.video.durationSeconds.value_or(0) < leastSeconds)
-            continue;
-        const std::string_view camera = folderOf(group.video.url);
-        cards[{camera, folderOf(group.primaryAudio()->url)}].push_back({&group, &group.audioMatches.front()});
-        if (group.audioMatches.size() < 2) continue;
-        for (const TakeFile& file : takeOf(group, assumedChannels).files) {
-            const AudioMatch& match = group.audioMatches[file.matchIndex];
-            if (file.role != TakeRole::alternate || liesUnderAll(match, *group.video.durationSeconds))
-                continue;
-            auto& card = cards[{camera, folderOf(match.audio->url)}];
-            if (card.empty() || card.back().group != &group) card.push_back({&group, &match});
-        }
-    }
-    std::erase_if(cards, [](const auto& card) { return card.second.size() < fewestPairs; });
-    std::vector<Pair> pairs;
-    if (cards.empty()) return pairs;
-    const std::size_t each = std::clamp(mostPairs / cards.size(), fewestPairs, mostPairsOfACard);
-    const auto isShort = [](const Heard& one) {
-        return *one.group->video.durationSeconds < leastForDriftSeconds;
-    };
-    for (auto& [folders, clips] : cards) {
-        if (std::cmp_greater_equal(std::ranges::count_if(clips, std::not_fn(isShort)), fewestPairs))
-            std::erase_if(clips, isShort);
-        const std::size_t count = std::min(each, clips.size());
-        for (std::size_t i = 0; i < count; ++i) {
-            const auto& [group, match] = clips[i * clips.size() / count];
-            const double length = *group->video.durationSeconds;
-            if (match != &group->audioMatches.front()) {
-                pairs.push_back(
-                    {match->id, group->video.url, match->audio->url, match->syncOffsetSeconds, length});
-                continue;
-            }
-            const ClipSound sound(*group);
-            pairs.push_back({match->id, group->video.url, *sound.take, sound.offsetSeconds, length});
-        }
-    }
-    return pairs;
-}
-
-std::optional<double> between(std::span<const float> camera, std::span<const float> recording,
-                              double offsetSeconds) {
-    if (camera.empty() || recording.empty()) return std::nullopt;
-    const auto own = aboveTheFloor(camera), other = aboveTheFloor(recording);
-    const auto base = std::lround(offsetSeconds * binsPerSecond);
-    constexpr int most = static_cast<int>(furthestSeconds * binsPerSecond);
-    std::array<double, 2 * most + 1> likenesses{};
-    for (int lag = -most; lag <= most; ++lag) {
-        const std::ptrdiff_t shift = base + lag; // bin i of the camera is bin i - shift of the recording
-        const auto first = std::max<std::ptrdiff_t>(0, shift);
-        const auto last = std::min(std::ssize(own), std::ssize(other) + shift);
-        if (static_cast<double>(last - first) < leastSeconds * binsPerSecond) continue;
-        Sums sums;
-        for (auto i = first; i < last; ++i) {
-            const double a = own[static_cast<std::size_t>(i)], b = other[static_cast<std::size_t>(i - shift)];
-            sums.a += a;
-            sums.b += b;
-            sums.aa += a * a;
-            sums.bb += b * b;
-            sums.ab += a * b;
-        }
-        sums.count = static_cast<double>(last - first);
-        const int place = lag + most;
-        likenesses[static_cast<std::size_t>(place)] = sums.correlation();
-    }
-    const auto best = std::ranges::max_element(likenesses);
-    if (*best < likeness) return std::nullopt;
-    for (auto other = likenesses.begin(); other != likenesses.end(); ++other)
-        if (std::abs(other - best) > besideBins && *other > *best - ahead) return std::nullopt;
-    return static_cast<double>(best - likenesses.begin() - most) / binsPerSecond;
-}
-
-std::unordered_map<UUID, HeardLag> heard(const std::vector<Pair>& pairs, const std::stop_token& stop,
-                                         const std::function<void(std::size_t done)>& progress) {
-    std::unordered_map<UUID, HeardLag> lags;
+HeardSound heard(const std::vector<Pair>& pairs, const std::stop_token& stop,
+                 const std::function<void(std::size_t done)>& progress) {
+    HeardSound result;
     std::size_t done = 0;
     std::mutex mutex;
     const auto nowDone = [&](std::size_t more) {
@@ -248,25 +173,51 @@ std::unordered_map<UUID, HeardLag> heard(const std::vector<Pair>& pairs, const s
     platform::concurrently(
         cards.size(), atOnce,
         [&](std::size_t card) {
-            std::vector<double> found;
-            std::size_t drifts = 0, tried = 0;
+            std::vector<double> lags, elsewhere;
+            std::size_t drifts = 0, tried = 0, inVain = 0;
+            bool isFarFound = false;
             for (const Pair& pair : cards[card]) {
-                if (found.size() >= fewestPairs && (drifts == 0 || drifts >= fewestPairs) &&
-                    std::ranges::max(found) - std::ranges::min(found) <= agreeingSeconds)
-                    break;
-                const auto lag = Listening(pair, stop).lag();
+                const bool isAgreed =
+                    lags.empty() ? areAgreed(elsewhere) : elsewhere.empty() && areAgreed(lags);
+                if (isAgreed && (drifts == 0 || drifts >= fewestPairs)) break;
+                const HeardPair found = Listening(pair, stop).hear(isFarFound || inVain < mostInVain);
                 ++tried;
                 nowDone(1);
-                if (!lag) continue;
-                found.push_back(lag->seconds);
-                drifts += lag->drift ? 1 : 0;
+                inVain += found.isInVain ? 1 : 0;
                 const std::lock_guard lock(mutex);
-                lags.emplace(pair.matchID, *lag);
+                if (found.lag) {
+                    lags.push_back(found.lag->seconds);
+                    drifts += found.lag->drift ? 1 : 0;
+                    isFarFound = isFarFound || std::abs(found.lag->seconds) > SoundPlace::nearSeconds;
+                    result.lags.emplace(pair.matchID, *found.lag);
+                } else if (found.elsewhere) {
+                    elsewhere.push_back(found.elsewhere->seconds);
+                    isFarFound = true;
+                    result.elsewhere.emplace(pair.matchID, *found.elsewhere);
+                }
             }
             nowDone(cards[card].size() - tried);
         },
         stop);
-    return lags;
+    return result;
+}
+
+HeardSound heardWithNeighbours(const SyncGroupList& groups, std::vector<Pair> pairs,
+                               const RecordingNeighbours& neighbours, const std::stop_token& stop,
+                               const std::function<void(std::size_t done)>& progress) {
+    neighbours.addTo(pairs);
+    HeardSound result = heard(pairs, stop, progress);
+    std::unordered_set<UUID> tried;
+    for (int round = 0; round < mostRounds; ++round) {
+        for (const Pair& pair : pairs) tried.insert(pair.matchID);
+        pairs = pairsBetween(groups, result, tried);
+        if (pairs.empty()) break;
+        neighbours.addTo(pairs);
+        HeardSound more = heard(pairs, stop);
+        result.lags.merge(more.lags);
+        result.elsewhere.merge(more.elsewhere);
+    }
+    return result;
 }
 
 } // namespace orvane::SoundLag

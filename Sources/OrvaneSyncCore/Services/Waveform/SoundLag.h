@@ -1,15 +1,10 @@
 #pragma once
 
-#include "OrvaneSyncCore/Models/HeardLag.h"
-#include "OrvaneSyncCore/Models/SyncGroupList.h"
-#include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
+#include "OrvaneSyncCore/Services/Waveform/PairsToHear.h"
 
 #include <cstddef>
 #include <functional>
-#include <optional>
-#include <span>
 #include <stop_token>
-#include <unordered_map>
 #include <vector>
 
 namespace orvane {
@@ -18,38 +13,22 @@ namespace orvane {
 /// Any thread.
 namespace SoundLag {
 
-/// How far the recordings are looked for around their place, seconds.
-inline constexpr double furthestSeconds = 5;
-inline constexpr double binsPerSecond = 100;
-/// A drift of 0.1 % is then 40 ms from the head to the tail.
-inline constexpr double leastForDriftSeconds = 50;
+/// How far a recording is looked through around its place, where the camera's sound is not close to it,
+/// seconds.
+inline constexpr double furthestSeconds = 30;
 
-/// A clip whose camera recorded sound, with one of its recordings.
-struct Pair {
-    UUID matchID; ///< of the clip with the recording
-    FileURL camera;
-    TakeSound recording;
-    double offsetSeconds = 0; ///< clip time of the recording's first sample
-    double lengthSeconds = 0; ///< of the clip
-};
-/// Of each camera folder with each folder of recordings some clips, spread over them: those that have their
-/// sound by timecode alone, and where there are enough that last long enough to show a drift, of these. None
-/// where three could not be heard. Of what lies beside the take of a clip, recordings that begin within the
-/// clip or end within it: such a recorder was started late, or its clock is wrong.
-std::vector<Pair> pairsToHear(const SyncGroupList& groups);
+/// By files at the head of the clip, and at the tail of one that lasts `leastForDriftSeconds`. Those of which
+/// nothing was heard are left out, and those behind three of their card that agree. Pairs of one card stand
+/// together. `progress` gets the number of pairs that are done, from several threads, one call at a time.
+/// Throws Stopped.
+HeardSound heard(const std::vector<Pair>& pairs, const std::stop_token& stop = {},
+                 const std::function<void(std::size_t done)>& progress = {});
 
-/// Seconds to be added to the offset of the recording, to 10 ms. Both are levels in dB, `binsPerSecond` of
-/// them, that of the camera from its first frame; the recording's first bin lies at `offsetSeconds` of the
-/// clip. Nothing where the two have not plainly one sound in common, nor where one of them is steady.
-std::optional<double> between(std::span<const float> camera, std::span<const float> recording,
-                              double offsetSeconds);
-
-/// The same of files at the head of the clip, and at the tail of one that lasts `leastForDriftSeconds`; by
-/// match. Those for which there is none are left out, and those behind three of their card that agree. Pairs
-/// of one card stand together. `progress` gets the number of pairs that are done, from several threads, one
-/// call at a time. Throws Stopped.
-std::unordered_map<UUID, HeardLag> heard(const std::vector<Pair>& pairs, const std::stop_token& stop = {},
-                                         const std::function<void(std::size_t done)>& progress = {});
+/// The same with what each pair's neighbours tell, and where a clock is wrong for a part of a card, with some
+/// more clips of it. `pairs`: those to begin with, for which `progress` is.
+HeardSound heardWithNeighbours(const SyncGroupList& groups, std::vector<Pair> pairs,
+                               const RecordingNeighbours& neighbours, const std::stop_token& stop = {},
+                               const std::function<void(std::size_t done)>& progress = {});
 
 } // namespace SoundLag
 } // namespace orvane

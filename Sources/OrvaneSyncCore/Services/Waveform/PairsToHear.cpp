@@ -1,0 +1,196 @@
+#include "OrvaneSyncCore/Services/Waveform/PairsToHear.h"
+
+#include "OrvaneSyncCore/Services/Takes/ClipSound.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
+#include "Platform/Stop.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string_view>
+#include <tuple>
+#include <utility>
+
+namespace orvane::SoundLag {
+
+namespace {
+
+constexpr std::size_t mostPairsOfACard = 6, mostPairs = 30;
+constexpr double startTogetherSeconds = 0.5; // as the files of one take do
+constexpr std::size_t neighboursEitherWay = 2;
+
+std::string_view pathOfFolder(const FileURL& file) {
+    return std::string_view(file.path).substr(0, file.path.rfind('/'));
+}
+
+bool liesUnderAll(const AudioMatch& match, double clipSeconds) {
+    constexpr double slackSeconds = 1; // a slow hand at the recorder
+    return match.syncOffsetSeconds <= slackSeconds &&
+           match.syncOffsetSeconds + match.audio->durationSeconds.value_or(0) >= clipSeconds - slackSeconds;
+}
+
+struct Hearable {
+    const SyncGroup* group;
+    const AudioMatch* match;
+};
+/// By the folders of camera and recordings, in the order of the clips.
+using HearableCards = std::map<std::pair<std::string_view, std::string_view>, std::vector<Hearable>>;
+
+HearableCards hearableCards(const SyncGroupList& groups) {
+    HearableCards cards;
+    for (const SyncGroup& group : groups) {
+        if (group.audioMatches.empty() || !group.matchStatus.isSettled() || group.isLocked ||
+            group.isExcludedFromExport || group.manualAudioOffsetSeconds != 0 || group.video.isOffspeed() ||
+            group.video.channelCount.value_or(0) <= 0 ||
+            group.video.durationSeconds.value_or(0) < leastHeardSeconds)
+            continue;
+        const std::string_view camera = pathOfFolder(group.video.url);
+        cards[{camera, pathOfFolder(group.primaryAudio()->url)}].push_back(
+            {&group, &group.audioMatches.front()});
+        if (group.audioMatches.size() < 2) continue;
+        for (const TakeFile& file : takeOf(group, assumedChannels).files) {
+            const AudioMatch& match = group.audioMatches[file.matchIndex];
+            if (file.role != TakeRole::alternate || liesUnderAll(match, *group.video.durationSeconds))
+                continue;
+            auto& card = cards[{camera, pathOfFolder(match.audio->url)}];
+            if (card.empty() || card.back().group != &group) card.push_back({&group, &match});
+        }
+    }
+    std::erase_if(cards, [](const auto& card) { return card.second.size() < fewestPairs; });
+    const auto isShort = [](const Hearable& one) {
+        return *one.group->video.durationSeconds < leastForDriftSeconds;
+    };
+    for (auto& [folders, clips] : cards)
+        if (std::cmp_greater_equal(std::ranges::count_if(clips, std::not_fn(isShort)), fewestPairs))
+            std::erase_if(clips, isShort);
+    return cards;
+}
+
+Pair pairOf(const Hearable& one) {
+    const auto& [group, match] = one;
+    const double length = *group->video.durationSeconds;
+    if (match != &group->audioMatches.front())
+        return {match->id, group->video.url, match->audio->url, match->syncOffsetSeconds, length};
+    const ClipSound sound(*group);
+    return {match->id, group->video.url, *sound.take, sound.offsetSeconds, length};
+}
+
+/// Numbers from 0 to `size` - 1, `count` of them: the first, the last, what is halfway between, and so on.
+std::vector<std::size_t> spread(std::size_t size, std::size_t count) {
+    std::vector<std::size_t> numbers;
+    const auto add = [&](std::size_t number) {
+        if (numbers.size() < count && std::ranges::find(numbers, number) == numbers.end())
+            numbers.push_back(number);
+    };
+    add(0);
+    for (std::size_t parts = 1; numbers.size() < count; parts *= 2)
+        for (std::size_t i = 1; i <= parts; i += 2) add(i * (size - 1) / parts);
+    return numbers;
+}
+
+/// Of recorders that make a folder for each take, the folder above.
+std::string cardOf(const std::map<std::string_view, std::size_t>& filesIn, const FileURL& file) {
+    const std::string_view folder = pathOfFolder(file);
+    return std::string(filesIn.at(folder) >= fewestPairs ? folder : folder.substr(0, folder.rfind('/')));
+}
+
+} // namespace
+
+bool areOfOneCard(const Pair& a, const Pair& b) {
+    return pathOfFolder(a.camera) == pathOfFolder(b.camera) &&
+           pathOfFolder(a.recording.files.front().url) == pathOfFolder(b.recording.files.front().url);
+}
+
+std::vector<Pair> pairsToHear(const SyncGroupList& groups) {
+    std::vector<Pair> pairs;
+    const HearableCards cards = hearableCards(groups);
+    if (cards.empty()) return pairs;
+    const std::size_t each = std::clamp(mostPairs / cards.size(), fewestPairs, mostPairsOfACard);
+    for (const auto& [folders, clips] : cards)
+        for (const std::size_t i : spread(clips.size(), std::min(each, clips.size())))
+            pairs.push_back(pairOf(clips[i]));
+    return pairs;
+}
+
+std::vector<Pair> pairsBetween(const SyncGroupList& groups, const HeardSound& heard,
+                               const std::unordered_set<UUID>& tried) {
+    std::vector<Pair> pairs;
+    if (heard.elsewhere.empty()) return pairs;
+    for (const auto& [folders, clips] : hearableCards(groups)) {
+        const auto elsewhere = [&](std::size_t i) -> std::optional<double> {
+            const auto found = heard.elsewhere.find(clips[i].match->id);
+            return found != heard.elsewhere.end() ? std::optional(found->second.seconds) : std::nullopt;
+        };
+        std::optional<std::size_t> last;
+        for (std::size_t i = 0; i < clips.size(); ++i) {
+            const auto own = elsewhere(i);
+            if (!own && !heard.lags.contains(clips[i].match->id)) continue;
+            const auto before = last ? elsewhere(*last) : std::nullopt;
+            const bool isSame = before.has_value() == own.has_value() &&
+                                std::abs(before.value_or(0) - own.value_or(0)) <= agreeingSeconds;
+            if (last && !isSame) {
+                std::vector<std::size_t> untried;
+                for (std::size_t k = *last + 1; k < i; ++k)
+                    if (!tried.contains(clips[k].match->id)) untried.push_back(k);
+                if (!untried.empty()) pairs.push_back(pairOf(clips[untried[untried.size() / 2]]));
+            }
+            last = i;
+        }
+    }
+    return pairs;
+}
+
+RecordingNeighbours::RecordingNeighbours(const SyncGroupList& groups,
+                                         const std::vector<MediaAsset>& recordings, const MatchRules& rules,
+                                         const std::stop_token& stop)
+    : groups_(groups) {
+    Places places(rules);
+    const std::vector<Recording> all = recordingsAmong(recordings, places, stop);
+    std::map<std::string_view, std::size_t> filesIn;
+    for (const Recording& one : all) ++filesIn[pathOfFolder(one.asset->url)];
+    for (const Recording& one : all)
+        recordings_.push_back({one.asset->id, one.asset->url, cardOf(filesIn, one.asset->url), one.place});
+    std::ranges::stable_sort(recordings_, {}, [](const Placed& one) {
+        return std::tuple(std::string_view(one.card), one.place.day, one.place.range.startSeconds);
+    });
+}
+
+void RecordingNeighbours::addTo(std::vector<Pair>& pairs) const {
+    std::unordered_map<UUID, const SyncGroup*> clips;
+    for (const SyncGroup& group : groups_)
+        if (!group.audioMatches.empty()) clips[group.audioMatches.front().id] = &group;
+    std::unordered_map<UUID, std::ptrdiff_t> numbers;
+    for (const Placed& one : recordings_) numbers.emplace(one.id, std::ssize(numbers));
+    for (Pair& pair : pairs) {
+        const auto clip = clips.find(pair.matchID);
+        if (clip == clips.end()) continue;
+        const auto& matches = clip->second->audioMatches;
+        const auto number = numbers.find(matches.front().audio->id);
+        if (number == numbers.end()) continue;
+        const Placed& own = recordings_[static_cast<std::size_t>(number->second)];
+        const auto isUnderTheClip = [&](const Placed& one) {
+            return std::ranges::any_of(matches,
+                                       [&](const AudioMatch& match) { return match.audio->id == one.id; });
+        };
+        for (const std::ptrdiff_t step : {1, -1}) {
+            double startsAt = own.place.range.startSeconds;
+            std::size_t found = 0;
+            for (auto i = number->second + step; i >= 0 && i < std::ssize(recordings_); i += step) {
+                const Placed& one = recordings_[static_cast<std::size_t>(i)];
+                if (one.card != own.card || found == neighboursEitherWay) break;
+                const double start = one.place.range.startSeconds;
+                if (isUnderTheClip(one) || std::abs(start - startsAt) < startTogetherSeconds) continue;
+                startsAt = start;
+                ++found;
+                double apart = start - own.place.range.startSeconds;
+                if (one.place.day && own.place.day)
+                    apart += static_cast<double>(*one.place.day - *own.place.day) * secondsADay;
+                pair.others.push_back({one.id, one.url, matches.front().syncOffsetSeconds + apart});
+            }
+        }
+    }
+}
+
+} // namespace orvane::SoundLag

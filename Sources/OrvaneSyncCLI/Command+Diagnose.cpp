@@ -60,8 +60,8 @@ const Command& diagnoseCommand() {
         "orvanesync diagnose demo/shoot",
         scanOptions(),
         diagnose,
-        "  Also listens to some clips of each card: a clock that is wrong by a few seconds shows in\n"
-        "  the sound of the cameras alone. Changes nothing.\n"};
+        "  Also listens to some clips of each card: a clock that is wrong by some seconds, or by the\n"
+        "  distance of two takes, shows in the sound of the cameras alone. Changes nothing.\n"};
     return command;
 }
 

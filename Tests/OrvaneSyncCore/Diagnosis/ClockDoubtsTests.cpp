@@ -263,28 +263,35 @@ TEST(ClockDoubts, ARecorderThatWasStartedLateIsNoWrongClockOnceTheCamerasWereHea
 TEST(ClockDoubts, WhatWasHeardIsCuredInAScanOfItsRecorderAlone) {
     struct Case {
         const char *bag, *cart; ///< what the paths begin with; the first one is heard and 2 s late
-        bool hasOtherCamera;
+        std::optional<HeardLag> otherCamera; ///< absent: there is none, or it has no microphone
         const char* scan;
+        bool isOtherDeaf = false;
     };
     for (const Case& one :
-         {Case{"/S/BAG/B", "/S/CART/T", false, "in a scan of this card alone (--exclude 'CART');"},
-          {"/S/B", "/S/T", false, "in a scan of this card alone (--exclude 'S/T*.wav');"},
-          {"/S/T1", "/S/T2", false, "in a scan of these recordings alone (put links"},
-          {"/S/BAG/B", "/S/CART/T", true,
-           "in a scan of this card alone (--exclude 'CAM2' --exclude 'CART');"}}) {
+         {Case{"/S/BAG/B", "/S/CART/T", {}, "in a scan of this card alone (--exclude 'CART');"},
+          {"/S/B", "/S/T", {}, "in a scan of this card alone (--exclude 'S/T*.wav');"},
+          {"/S/T1", "/S/T2", {}, "in a scan of these recordings alone (put links"},
+          {"/S/BAG/B", "/S/CART/T", HeardLag{0},
+           "in a scan of this card alone (--exclude 'CAM2' --exclude 'CART');"},
+          {"/S/BAG/B", "/S/CART/T", HeardLag{-2.04}, "in a scan of this card alone (--exclude 'CART');"},
+          {"/S/BAG/B", "/S/CART/T", {}, "in a scan of this card alone (--exclude 'CART');", true}}) {
         Shot shot;
         for (int i = 0; i < 4; ++i) {
             const std::string number = std::to_string(i);
             const double at = 36000 + 300 * i;
             shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", at, 10));
-            if (one.hasOtherCamera) shot.videos.push_back(clipAt("/CAM2/B" + number + ".mov", at, 10));
+            if (one.otherCamera || one.isOtherDeaf)
+                shot.videos.push_back(clipAt("/CAM2/B" + number + ".mov", at, 10));
             shot.audios.push_back(recordingAt(one.bag + number + ".wav", at - 3, 20));
             shot.audios.push_back(recordingAt(one.cart + number + ".wav", at - 4, 20));
         }
         shot.diagnose();
         std::unordered_map<UUID, HeardLag> heard;
         for (const SyncGroup& group : shot.groups)
-            if (group.video.url.path.starts_with("/CAM/")) heard[group.audioMatches.front().id] = {-2};
+            if (group.video.url.path.starts_with("/CAM/"))
+                heard[group.audioMatches.front().id] = {-2};
+            else if (one.otherCamera)
+                heard[group.audioMatches.front().id] = *one.otherCamera;
         shot.doubts =
             SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard});
         ASSERT_TRUE(shot.card(Kind::constantOffset)) << one.bag;
@@ -292,6 +299,55 @@ TEST(ClockDoubts, WhatWasHeardIsCuredInAScanOfItsRecorderAlone) {
             << shot.card(Kind::constantOffset)->doubt.cure;
         EXPECT_EQ(shot.count(Kind::ambiguous) + shot.count(Kind::otherDay), std::ssize(shot.groups))
             << "which of the two is right";
+    }
+}
+
+/// Takes in a fixed rhythm, under the clips of which timecode lays those before.
+TEST(ClockDoubts, WhatCamerasHeardInOtherRecordingsTellsTheClock) {
+    struct Case {
+        const char* name;
+        std::vector<int> heard; ///< clip by clip: 1 another recording, 0 its own, -1 nothing
+        double score;
+        int offset, alone; ///< clips with such a doubt
+        const char* cure;
+    };
+    for (const Case& one : {Case{"all", {1, 1, -1, -1, 1, -1}, 5, 6, 0, "--sound-offset -00:02:30:00; lock"},
+                            {"from the middle on",
+                             {0, -1, 0, 1, -1, 1},
+                             5,
+                             3,
+                             0,
+                             "--sound-offset -00:02:30:00 in a scan of these"},
+                            {"one alone", {0, 0, -1, 1, 0, 0}, 7, 0, 1, "choose 'T4.wav' in the table"},
+                            {"one that chance may have made", {-1, -1, -1, 1, -1, -1}, 5.5, 0, 0, ""},
+                            {"none", {-1, -1, -1, -1, -1, -1}, 9, 0, 0, ""}}) {
+        Shot shot;
+        for (int i = 0; i < 7; ++i) {
+            const std::string number = std::to_string(i);
+            if (i > 0) shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", 36000 + 150 * i, 10));
+            shot.audios.push_back(recordingAt("/S/T" + number + ".wav", 36000 - 3 + 150 * (i + 1), 20));
+        }
+        shot.diagnose();
+        std::unordered_map<UUID, HeardLag> lags;
+        std::unordered_map<UUID, HeardElsewhere> elsewhere;
+        for (std::size_t i = 0; i < one.heard.size(); ++i) { // clip i + 1 has recording i
+            const UUID match = shot.groups[i].audioMatches.front().id;
+            if (one.heard[i] == 0) lags[match] = {};
+            if (one.heard[i] == 1) elsewhere[match] = {shot.audios[i + 1].id, -150, one.score};
+        }
+        shot.doubts = SyncDoubts::of({.groups = shot.groups,
+                                      .recordings = shot.audios,
+                                      .rules = {},
+                                      .trimMode = TrimMode::noTrim,
+                                      .smartAudioResults = {},
+                                      .names = FileNames(),
+                                      .heardLags = &lags,
+                                      .heardElsewhere = &elsewhere});
+        EXPECT_EQ(shot.count(Kind::constantOffset), one.offset) << one.name;
+        EXPECT_EQ(shot.count(Kind::ambiguous), one.alone) << one.name;
+        const auto all = shot.doubts.summary(shot.groups);
+        EXPECT_EQ(all.empty(), one.offset + one.alone == 0);
+        EXPECT_TRUE(all.empty() || all.front().doubt.cure.starts_with(one.cure)) << all.front().doubt.cure;
     }
 }
 

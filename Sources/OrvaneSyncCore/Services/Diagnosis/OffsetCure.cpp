@@ -36,12 +36,13 @@ std::string OffsetCure::of(const Card& card, double offset) const {
     return date + (date.empty() ? "" : " ") + "--sound-offset " + offsetText(total, rate_);
 }
 
-std::string OffsetCure::inAScanOfRecordings(const Card& card, bool isPart, const std::string& clips) const {
+std::string OffsetCure::inAScanOfRecordings(const Card& card, bool isPart,
+                                            const std::set<std::string_view>& cameras) const {
     // Nothing but their order tells such recordings from those that are right.
     if (isPart) return inAScanWithout(std::nullopt, "recordings");
     return inAScanWithout(LeavingOut(shoot_).of([&](const MediaAsset& file) {
         return file.kind == AssetKind::audio ? !isOn(card, shoot_, file)
-                                             : !clips.empty() && folderOf(file) != clips;
+                                             : !cameras.empty() && !cameras.contains(folderOf(file));
     }),
                           "recordings");
 }

@@ -2,7 +2,9 @@
 
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 
+#include <set>
 #include <string>
+#include <string_view>
 
 namespace orvane {
 
@@ -16,8 +18,9 @@ class OffsetCure {
     /// day; what is more goes into the date.
     std::string of(const Card& card, double offset) const;
     /// For options that would move the sound of other cards as well. `isPart`: other recordings of the card
-    /// are right. `clips`: the folder of those that they are wrong for; empty for all.
-    std::string inAScanOfRecordings(const Card& card, bool isPart, const std::string& clips = {}) const;
+    /// are right. `cameras`: the folders of the clips that they are wrong for; empty for all.
+    std::string inAScanOfRecordings(const Card& card, bool isPart,
+                                    const std::set<std::string_view>& cameras = {}) const;
     /// What to say behind such a cure where clips have other sound as well, which that scan leaves out.
     std::string forOtherSound(const Card& card) const;
     /// With a day, without recordings of others than that from which the card is moved.

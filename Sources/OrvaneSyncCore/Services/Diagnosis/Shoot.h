@@ -121,8 +121,10 @@ void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts);
 void addRecorderDates(const Shoot& shoot, SyncDoubts& doubts);
 /// What was heard at the head and at the tail of some clips.
 void addDrift(const Shoot& shoot, SyncDoubts& doubts);
-/// What people moved by hand, and what was heard of some clips, tells of the others.
+/// What people moved by hand tells of the other clips.
 void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts);
+/// So does what was heard of some clips, where nobody moved any.
+void addHeardOffsets(const Shoot& shoot, SyncDoubts& doubts);
 void addTimecodeDoubts(const Shoot& shoot, SyncDoubts& doubts);
 
 } // namespace orvane

@@ -20,6 +20,7 @@ SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) 
     addDrift(shoot, doubts);
     addRivalDoubts(shoot, doubts);
     addOffsetsByHand(shoot, doubts);
+    addHeardOffsets(shoot, doubts);
     return doubts;
 }
 

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
+
+#include <cstddef>
+#include <map>
+#include <optional>
+#include <string_view>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+// What is known of a clock from single clips: what people moved by hand, and what the cameras heard.
+namespace orvane {
+
+// Less is a nudge to the frame, or a camera's own delay.
+inline constexpr double leastByHandSeconds = 0.2;
+inline constexpr double agreeingByHandSeconds = 0.1; ///< around the median: claps are set to a frame
+
+/// Clips of one camera folder with sound of one card. Offsets are in seconds, to be added to the recordings.
+struct HandledClips {
+    std::vector<double> offsets; ///< of those that were moved by hand
+    std::vector<double> heard;   ///< by the cameras' microphones, of those that were not
+    std::vector<std::pair<const Shoot::Clip*, double>>
+        places; ///< of these, where on the clip the sound began
+    std::vector<std::pair<const Shoot::Clip*, HeardElsewhere>> elsewhere; ///< of those not moved
+    std::vector<const Shoot::Clip*> all;
+    std::vector<const Shoot::Clip*> unmoved; ///< and not settled
+    bool isConfirmed = false;                ///< somebody settled one where timecode laid it
+};
+using CameraAndCard =
+    std::tuple<std::string_view, std::string_view, std::optional<long>>; ///< folder of clips, of sound, day
+std::map<CameraAndCard, HandledClips> handledClips(const Shoot& shoot);
+
+/// What most of the offsets agree on, and how many do.
+struct Agreement {
+    double seconds;
+    std::ptrdiff_t count;
+};
+/// Absent for less than `fewest` that agree, and for less than `least` seconds.
+std::optional<Agreement> agreementOf(std::vector<double> offsets, std::ptrdiff_t fewest,
+                                     double least = leastByHandSeconds);
+
+/// Gives `sound` the mark that all first recordings of the clips have, and no other recorder's beside them.
+/// Whether nothing else of the folder lies beside them, or such a mark parts the two.
+bool findRecorder(Card& sound, const std::vector<const Shoot::Clip*>& clips);
+
+} // namespace orvane

@@ -1,0 +1,266 @@
+#include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
+#include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
+#include "OrvaneSyncCore/Services/Matching/AssetPlacement.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
+#include "OrvaneSyncCore/Utilities/RateText.h"
+#include "Platform/Stop.h"
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using Kind = SyncDoubt::Kind;
+using HeardCards = std::map<CameraAndCard, HandledClips>;
+
+// Two whole sounds that are found in other recordings, at one distance, are no chance.
+constexpr std::ptrdiff_t fewestElsewhere = 2;
+// One alone is told where it is beyond what chance came to in hundreds of searches.
+constexpr double sureScore = 6;
+
+/// The rate at which labels have to be read so that one offset brings all sound where it was heard.
+struct HeardRate {
+    TimecodeFrameRate rate;
+    Agreement offset; ///< of the recordings, to be added to what they state
+};
+std::optional<HeardRate> rateOf(const Shoot& shoot, const HandledClips& card) {
+    for (const TimecodeFrameRate rate : ratesCountingAs(rateOfLabels(shoot))) {
+        if (rate == shoot.input.rules.timecodeRate) continue;
+        std::vector<double> offsets;
+        for (const auto& [clip, place] : card.places) {
+            const auto sound = AssetPlacement(*clip->group->primaryAudio(), rate).range();
+            const auto picture = AssetPlacement(clip->group->video, rate).range();
+            if (sound && picture)
+                offsets.push_back(
+                    std::remainder(place - (sound->startSeconds - picture->startSeconds), secondsADay));
+        }
+        if (const auto offset = agreementOf(std::move(offsets), explanation::fewest, 0))
+            return HeardRate{rate, *offset};
+    }
+    return std::nullopt;
+}
+
+/// A camera, and what its microphone says of one card of recordings.
+struct Camera {
+    const CameraAndCard* key;
+    const HandledClips* clips;
+    std::optional<Agreement> offset = {}; ///< by which the card's clock is wrong
+    bool isElsewhere = false;             ///< that was heard in other recordings than those under the clips
+    bool isDeaf() const { return clips->heard.empty() && clips->elsewhere.empty(); }
+};
+
+std::string quotedFolder(std::string_view folder) { return "'" + std::string(folder) + "'"; }
+
+class HeardOffsets {
+  public:
+    HeardOffsets(const Shoot& shoot, SyncDoubts& doubts)
+        : shoot_(shoot), doubts_(doubts), rate_(rateOfLabels(shoot)), cure_(shoot, rate_),
+          cards_(handledClips(shoot)) {}
+
+    void add() {
+        std::map<std::pair<std::string_view, std::optional<long>>, std::vector<Camera>> recorders;
+        for (const auto& [key, card] : cards_) {
+            platform::throwIfStopped(shoot_.stop);
+            if (!card.heard.empty()) addPart(key, card);
+            if (card.isConfirmed || card.unmoved.empty() || agreementOf(card.offsets, explanation::fewest))
+                continue;
+            recorders[{std::get<1>(key), std::get<2>(key)}].push_back(cameraOf(key, card));
+        }
+        for (const auto& [recorder, cameras] : recorders) addOffsets(cameras);
+    }
+
+  private:
+    Camera cameraOf(const CameraAndCard& key, const HandledClips& card) const {
+        Camera camera{&key, &card};
+        // Of sound that runs at another speed, the distance is that of one moment alone.
+        if (doubts_.has(card.unmoved.front()->group->id, {Kind::drift})) return camera;
+        if (card.elsewhere.empty()) {
+            camera.offset = agreementOf(card.heard, explanation::fewest);
+        } else if (card.heard.empty()) {
+            std::vector<double> offsets;
+            for (const auto& [clip, other] : card.elsewhere) offsets.push_back(other.seconds);
+            camera.offset = agreementOf(std::move(offsets), fewestElsewhere);
+            camera.isElsewhere = camera.offset.has_value();
+        }
+        return camera;
+    }
+
+    /// Of all cameras with sound of one card: those that heard it at one distance are told together, and with
+    /// them those that could not hear, as long as no other camera says otherwise.
+    void addOffsets(const std::vector<Camera>& cameras) {
+        std::vector<std::vector<Camera>> together;
+        for (const Camera& camera : cameras) {
+            if (!camera.offset) {
+                addRate(camera);
+                addEachElsewhere(*camera.clips);
+                continue;
+            }
+            const auto same = std::ranges::find_if(together, [&](const auto& others) {
+                return others.front().isElsewhere == camera.isElsewhere &&
+                       std::abs(others.front().offset->seconds - camera.offset->seconds) <=
+                           agreeingByHandSeconds;
+            });
+            if (same != together.end())
+                same->push_back(camera);
+            else
+                together.push_back({camera});
+        }
+        const bool areAgreed = together.size() == 1 && std::ranges::all_of(cameras, [](const Camera& camera) {
+                                   return camera.offset || camera.isDeaf();
+                               });
+        for (const auto& those : together) addOffset(those, areAgreed ? cameras : those);
+    }
+
+    /// `heard`: those that agree on it. `all`: for which it is told.
+    void addOffset(const std::vector<Camera>& heard, const std::vector<Camera>& all) {
+        const double offset = heard.front().offset->seconds;
+        std::ptrdiff_t count = 0;
+        std::vector<std::string> folders, deaf;
+        for (const Camera& camera : heard) {
+            count += camera.offset->count;
+            folders.push_back(quotedFolder(std::get<0>(*camera.key)));
+        }
+        std::vector<const Shoot::Clip*> unmoved;
+        for (const Camera& camera : all) {
+            if (camera.isDeaf()) deaf.push_back(quotedFolder(std::get<0>(*camera.key)));
+            unmoved.insert(unmoved.end(), camera.clips->unmoved.begin(), camera.clips->unmoved.end());
+        }
+        std::ranges::sort(unmoved); // in the order of the clips
+        const std::string in =
+            counted(count, "clip", "clips") + " in " + platform::text::joined(folders, ", ");
+        const std::string recorder = quotedFolder(std::get<1>(*heard.front().key));
+        const std::string span = spanText(std::abs(offset)) + (offset < 0 ? " earlier" : " later");
+        std::string text =
+            heard.front().isElsewhere
+                ? "the microphones of the cameras heard other sound in " + in + " than " + recorder +
+                      " has under them: that of other recordings of that card, " + span +
+                      " than it has them: its clock is wrong by that"
+                : "the microphones of the cameras heard the sound of " + in + " " + span + " than " +
+                      recorder +
+                      " has it: the clock of that card is wrong by that, though each clip lies within its "
+                      "recording";
+        if (!deaf.empty())
+            text += "; that of the clips in " + platform::text::joined(deaf, ", ") +
+                    " comes from the same recorder and could not be heard";
+        addCardDoubt(doubts_,
+                     {Kind::constantOffset, text,
+                      "--sound-offset " + offsetText(offset + shoot_.input.rules.soundOffsetSeconds, rate_) +
+                          scanOf(all)},
+                     unmoved);
+    }
+    /// Lags that grow with the time of day are a wrong rate.
+    void addRate(const Camera& camera) {
+        const HandledClips& card = *camera.clips;
+        if (agreementOf(card.heard, explanation::fewest, 0) ||
+            doubts_.has(card.unmoved.front()->group->id, {Kind::drift}))
+            return;
+        const auto heardRate = rateOf(shoot_, card);
+        if (!heardRate) return;
+        const auto [least, most] = std::ranges::minmax(card.heard);
+        const double total = heardRate->offset.seconds;
+        const std::string text = rateText(heardRate->rate);
+        addCardDoubt(doubts_,
+                     {Kind::timecodeRate,
+                      "the microphones of the cameras heard the sound of " +
+                          counted(heardRate->offset.count, "clip", "clips") + " in " +
+                          quotedFolder(std::get<0>(*camera.key)) + formatted(" %.1f s", least) +
+                          formatted(" to %.1f s", most) + " away from where " +
+                          quotedFolder(std::get<1>(*camera.key)) + " has it; with timecode that counts " +
+                          text + " frames a second, they all are " + spanText(std::abs(total)) +
+                          (total < 0 ? " late" : " early"),
+                      "--tc-rate " + text + " --sound-offset " + offsetText(total, heardRate->rate) +
+                          scanOf({camera})},
+                     card.unmoved);
+    }
+    /// The scan in which the card's sound moves under the clips of these cameras alone.
+    std::string scanOf(const std::vector<Camera>& cameras) const {
+        const auto& [camera, recorder, day] = *cameras.front().key;
+        Card sound{std::string(recorder), day, {}};
+        std::vector<const Shoot::Clip*> clips;
+        std::set<std::string_view> folders;
+        for (const Camera& one : cameras) {
+            clips.insert(clips.end(), one.clips->all.begin(), one.clips->all.end());
+            folders.insert(std::get<0>(*one.key));
+        }
+        const bool areAll = std::ranges::none_of(cards_, [&](const auto& other) {
+            return std::get<1>(other.first) == recorder && std::get<2>(other.first) == day &&
+                   !folders.contains(std::get<0>(other.first));
+        });
+        const bool isPart = !findRecorder(sound, clips);
+        return cure_.inAScanOfRecordings(sound, isPart, areAll ? std::set<std::string_view>() : folders) +
+               "; lock a clip whose sound is right as it is" +
+               (isPart ? std::string() : cure_.forOtherSound(sound));
+    }
+
+    /// Where some clips of a card were heard in place and others elsewhere: its clock was set anew in
+    /// between. From the first of these to the last one, none in place between them, all are doubted.
+    void addPart(const CameraAndCard& key, const HandledClips& card) {
+        std::vector<double> offsets;
+        for (const auto& [clip, other] : card.elsewhere) offsets.push_back(other.seconds);
+        const auto offset = agreementOf(std::move(offsets), fewestElsewhere);
+        if (!offset) return;
+        const auto startOf = [&](std::size_t recording) {
+            return onLine(shoot_.recordings[recording].place).startSeconds;
+        };
+        std::vector<std::size_t> moved;
+        for (const auto& [clip, other] : card.elsewhere) {
+            moved.push_back(*clip->primary);
+            moved.push_back(shoot_.recordingByID.at(other.recordingID));
+        }
+        const auto [first, last] = std::ranges::minmax(moved, {}, startOf);
+        std::vector<const Shoot::Clip*> doubted;
+        for (const Shoot::Clip* clip : card.unmoved)
+            if (startOf(*clip->primary) >= startOf(first) && startOf(*clip->primary) <= startOf(last) &&
+                !shoot_.input.heardLags->contains(clip->group->audioMatches.front().id))
+                doubted.push_back(clip);
+        const auto nameOf = [&](std::size_t recording) {
+            return shoot_.nameOf(*shoot_.recordings[recording].asset);
+        };
+        addCardDoubt(
+            doubts_,
+            {Kind::constantOffset,
+             "the microphones of the cameras heard other sound in " +
+                 counted(offset->count, "clip", "clips") + " in " + quotedFolder(std::get<0>(key)) +
+                 " than " + quotedFolder(std::get<1>(key)) + " has under them: its recordings " +
+                 nameOf(first) + " to " + nameOf(last) + " are " + spanText(std::abs(offset->seconds)) +
+                 (offset->seconds < 0 ? " late" : " early") + " against the clips",
+             "--sound-offset " + offsetText(offset->seconds + shoot_.input.rules.soundOffsetSeconds, rate_) +
+                 cure_.inAScanOfRecordings({std::string(std::get<1>(key)), std::get<2>(key), {}}, true)},
+            doubted);
+    }
+    /// Where they do not agree.
+    void addEachElsewhere(const HandledClips& card) {
+        for (const auto& [clip, other] : card.elsewhere) {
+            if (other.score < sureScore || doubts_.has(clip->group->id, {Kind::constantOffset})) continue;
+            const MediaAsset& sound = *shoot_.recordings[shoot_.recordingByID.at(other.recordingID)].asset;
+            const std::string name = shoot_.nameOf(sound);
+            doubts_.byGroup[clip->group->id].push_back(
+                {Kind::ambiguous,
+                 "the microphone of the camera heard the sound of " + name + " in " +
+                     shoot_.nameOf(clip->group->video) + ", and not that of " +
+                     shoot_.nameOf(*clip->group->primaryAudio()) +
+                     ", which lies under it; it would have to lie " + spanText(std::abs(other.seconds)) +
+                     (other.seconds < 0 ? " earlier" : " later") + " than its timecode says",
+                 "choose " + name +
+                     " in the table of 'scan --review' and move it by that, or lock the clip"});
+        }
+    }
+
+    const Shoot& shoot_;
+    SyncDoubts& doubts_;
+    TimecodeFrameRate rate_;
+    OffsetCure cure_;
+    HeardCards cards_;
+};
+
+} // namespace
+
+void addHeardOffsets(const Shoot& shoot, SyncDoubts& doubts) { HeardOffsets(shoot, doubts).add(); }
+
+} // namespace orvane

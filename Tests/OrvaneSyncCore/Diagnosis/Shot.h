@@ -99,4 +99,18 @@ inline void shootADay(Shot& shot, Random& random, int takes, const std::string& 
     }
 }
 
+/// Some recordings go on in a second file, as when the first one is full.
+inline void splitTakes(Shot& shot, Random& random) {
+    const auto whole = shot.audios;
+    for (std::size_t i = 0; i < whole.size(); ++i) {
+        if (within(random, 0, 1) < 0.5) continue;
+        const double first = std::round(within(random, 0.3, 0.7) * *whole[i].durationSeconds);
+        MediaAsset rest = recordingAt(whole[i].url.path + "_2.wav", 0, *whole[i].durationSeconds - first);
+        rest.bextTimeReference = *whole[i].bextTimeReference + samples(first);
+        rest.contentCreatedDate = whole[i].contentCreatedDate;
+        shot.audios[i].durationSeconds = first;
+        shot.audios.push_back(rest);
+    }
+}
+
 } // namespace orvane::test::doubts

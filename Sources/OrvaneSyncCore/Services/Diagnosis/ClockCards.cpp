@@ -44,17 +44,19 @@ std::vector<Card> nightsOf(const std::string& folder, Files files, const PlaceOf
 RecordersCards::RecordersCards(const Shoot& shoot, const std::vector<const Shoot::Clip*>& clips)
     : isRight(shoot.recordings.size()), isMet(isRight), isFitting(isRight), shoot_(shoot) {
     for (const Shoot::Clip* clip : clips) {
-        if (clip->isCovered && clip->primary) isRight[*clip->primary] = true;
+        if (clip->isCovered && clip->primary) isRight[shoot.wholes.firstOf[*clip->primary]] = true;
         areClipsDated_ = areClipsDated_ || clip->likelyDay();
     }
     for (const Shoot::Clip& clip : shoot.clips)
         for (const AudioMatch& match : clip.group->audioMatches)
             if (const auto found = shoot.recordingByID.find(match.audio->id);
                 found != shoot.recordingByID.end()) {
-                isMet[found->second] = true;
-                if (clip.place && fits(match, clip.place->range.durationSeconds()))
-                    isFitting[found->second] = true;
+                const std::size_t whole = shoot.wholes.firstOf[found->second];
+                isMet[whole] = true;
+                if (clip.place && fits(match, found->second, *clip.place)) isFitting[whole] = true;
             }
+    for (std::vector<bool>* those : {&isRight, &isMet, &isFitting})
+        for (std::size_t i = 0; i < those->size(); ++i) (*those)[i] = (*those)[shoot.wholes.firstOf[i]];
     std::map<std::string, Files> folders, joined;
     for (std::size_t i = 0; i < shoot.recordings.size(); ++i)
         folders[std::string(folderOf(*shoot.recordings[i].asset))].push_back(i);
@@ -73,6 +75,14 @@ RecordersCards::RecordersCards(const Shoot& shoot, const std::vector<const Shoot
         for (Card& card : nights(folder, files))
             if (std::cmp_greater_equal(card.files.size(), explanation::fewest))
                 cards.push_back(std::move(card));
+}
+
+/// Whether one of the two lies under all of the other, a second more or less.
+bool RecordersCards::fits(const AudioMatch& match, std::size_t file, const FilePlace& clip) const {
+    const double start = match.syncOffsetSeconds - shoot_.wholes.startsAt[file];
+    const SyncEngine::TCRange picture{0, clip.range.durationSeconds()},
+        sound{start, start + shoot_.wholes.places[file].range.durationSeconds()};
+    return covers(sound, picture) || covers(picture, sound);
 }
 
 FilePlace RecordersCards::placeOf(std::size_t file) const {

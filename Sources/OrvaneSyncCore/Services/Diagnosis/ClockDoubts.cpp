@@ -28,8 +28,6 @@ constexpr double halfADay = 43200;
 constexpr std::size_t mostDays = 8; // of others that are tried for a card, the nearest ones
 // Clips times recordings of a card whose offsets are looked at; of more clips, some are enough to find it.
 constexpr std::size_t mostPairs = 10'000;
-// Nice offsets may serve a little fewer clips than the best one: a clip may begin before its sound.
-constexpr double nearlyAll = 0.9;
 
 /// An offset that brings the recordings of a card under clips, and how far it may be wrong.
 struct CardOffset {
@@ -127,7 +125,7 @@ class ClockDoubts {
         return !card.day || !day || (*day >= *card.day - 1 && *day <= *card.day + card.moreDays + 1);
     }
     FilePlace placeOf(const Card& card, std::size_t file) const {
-        FilePlace place = shoot_.recordings[file].place;
+        FilePlace place = shoot_.wholes.places[file];
         if (place.day) *place.day += card.movedByDays;
         return place;
     }
@@ -198,7 +196,7 @@ class ClockDoubts {
         const auto byChance = chanceOf(windows, best);
         const double niceShare = isNice ? std::min(1.0, best.widthSeconds / niceOffsetStepSeconds) : 1;
         if (byChance * niceShare > mostChance) return std::nullopt;
-        return CardOffset{offset, isNice ? 0 : best.widthSeconds};
+        return CardOffset{offset, isNice ? 0 : best.likelyWidthSeconds};
     }
 
     /// By the clips that lack sound; recordings that lie under no clip at all may be those of a second
@@ -235,14 +233,14 @@ class ClockDoubts {
     }
     bool fitsAsItIs(const Card& card) const {
         Cover sound;
-        for (const std::size_t file : card.files) sound.add(laid(card, file), file);
+        const auto wholes = shoot_.wholes.oneOfEach(card.files);
+        for (const std::size_t file : wholes) sound.add(laid(card, file), file);
         sound.finish();
         std::set<std::size_t> used;
         for (const Shoot::Clip* clip : clips_)
             if (const auto found = mayMeet(card, *clip) ? cover(sound, card, *clip) : std::nullopt)
-                used.insert(*found);
-        return static_cast<double>(used.size()) >=
-               explanation::majority * static_cast<double>(card.files.size());
+                used.insert(found->whole);
+        return static_cast<double>(used.size()) >= explanation::majority * static_cast<double>(wholes.size());
     }
     /// The cameras heard the recordings of the card where its timecode lays them: one that begins late or
     /// ends early was started late or ended early, and moving it would be wrong.
@@ -277,7 +275,8 @@ class ClockDoubts {
                 clips.push_back(clip);
         if (std::cmp_less(clips.size(), explanation::fewest) || isHeardInPlace(one, card)) return false;
         std::vector<FilePlace> sounds;
-        for (const std::size_t file : card.files) sounds.push_back(placeOf(card, file));
+        for (const std::size_t file : shoot_.wholes.oneOfEach(card.files))
+            sounds.push_back(placeOf(card, file));
         const auto common = commonOffset(
             clips, sounds,
             [&](double offset, const std::vector<const Shoot::Clip*>& looked) {
@@ -322,10 +321,13 @@ class ClockDoubts {
                        const std::vector<const Shoot::Clip*>& covered, std::optional<long> soundDay,
                        double mostChance) {
         std::vector<FilePlace> sounds;
-        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i) {
-            const FilePlace& place = shoot_.recordings[i].place;
-            if (isSuspected_[i] || (soundDay && place.day != soundDay)) continue;
-            sounds.push_back(place);
+        std::vector<std::size_t> files;
+        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
+            if (!isSuspected_[i] && (!soundDay || shoot_.recordings[i].place.day == soundDay))
+                files.push_back(i);
+        files = shoot_.wholes.oneOfEach(files);
+        for (const std::size_t file : files) {
+            sounds.push_back(shoot_.wholes.places[file]);
             if (soundDay) sounds.back().day = card.day;
         }
         const auto common = commonOffset(
@@ -344,7 +346,8 @@ class ClockDoubts {
             });
             if (sound == sounds.end()) continue;
             found.push_back(clip);
-            used.insert(static_cast<std::size_t>(sound - sounds.begin()));
+            const double into = apart(*clip, *sound).value_or(0) - common->seconds;
+            used.insert(shoot_.wholes.partAt(files[static_cast<std::size_t>(sound - sounds.begin())], into));
         }
         if (std::cmp_less(used.size(), explanation::fewest) ||
             static_cast<double>(found.size()) <= explanation::clearly * static_cast<double>(covered.size()))
@@ -416,7 +419,8 @@ class ClockDoubts {
     bool addOffset(const DoubtedCard& one, const Card& card, const CardOffset& common, bool isForAll) {
         const double offset = common.seconds;
         Cover as, shifted;
-        for (const std::size_t file : card.files) {
+        const auto wholes = shoot_.wholes.oneOfEach(card.files);
+        for (const std::size_t file : wholes) {
             as.add(laid(card, file), file);
             shifted.add(moved(laid(card, file), offset), file);
         }
@@ -425,20 +429,22 @@ class ClockDoubts {
         const TCRange hours = hoursOf(card, offset);
         int now = 0, all = 0, matched = 0;
         double withoutSound = 0;
-        std::set<std::size_t> used, usedNow;
+        std::set<std::size_t> used, usedNow, parts;
         std::vector<const Shoot::Clip*> doubted; // with those that have sound of the card by chance
         for (const Shoot::Clip* clip : clips_) {
             const bool mayMatch = mayMeet(card, *clip), isSought = isForAll || !clip->isCovered;
             if (const auto sound = mayMatch ? cover(as, card, *clip) : std::nullopt) {
                 now += one.isPart ? 0 : 1; // where such recordings lie, others are heard
-                usedNow.insert(*sound);
+                usedNow.insert(sound->whole);
             }
             if (mayMatch && isSought && isWithin(hours, card, *clip)) ++withoutSound;
             const auto sound = mayMatch ? cover(shifted, card, *clip) : std::nullopt;
             if (sound) ++all;
             if (sound && isSought) {
                 ++matched;
-                used.insert(*sound);
+                used.insert(sound->whole);
+                parts.insert(shoot_.wholes.partAt(
+                    sound->whole, sound->clip.startSeconds - laid(card, sound->whole).startSeconds - offset));
                 doubted.push_back(clip);
             } else if (!one.isPart && clip->primary &&
                        isOn(card, shoot_, *shoot_.recordings[*clip->primary].asset)) {
@@ -452,10 +458,10 @@ class ClockDoubts {
             if (!one.isPart && cover(as, card, clip)) ++now;
             if (cover(shifted, card, clip)) ++all;
         }
-        if (std::cmp_less(used.size(), explanation::fewest) || all <= explanation::clearly * now ||
+        if (std::cmp_less(parts.size(), explanation::fewest) || all <= explanation::clearly * now ||
             matched < explanation::majority * withoutSound)
             return false;
-        const auto recordings = static_cast<long long>(card.files.size());
+        const auto recordings = static_cast<long long>(wholes.size());
         if (isForAll &&
             static_cast<double>(used.size()) < explanation::majority * static_cast<double>(recordings))
             return false;
@@ -488,10 +494,16 @@ class ClockDoubts {
                one.card.folder + "' (" + file(one.card.files.front()) + " to " + file(one.card.files.back()) +
                ")";
     }
-    static std::optional<std::size_t> cover(const Cover& sound, const Card& card, const Shoot::Clip& clip) {
-        std::optional<std::size_t> found;
-        anyPlace(card, clip,
-                 [&](const TCRange& range) { return (found = sound.ofEither(range)).has_value(); });
+    struct Covered {
+        std::size_t whole; ///< a file of the recording
+        TCRange clip;      ///< where the clip lies among the recordings
+    };
+    static std::optional<Covered> cover(const Cover& sound, const Card& card, const Shoot::Clip& clip) {
+        std::optional<Covered> found;
+        anyPlace(card, clip, [&](const TCRange& range) {
+            if (const auto whole = sound.ofEither(range)) found = Covered{*whole, range};
+            return found.has_value();
+        });
         return found;
     }
     /// How many clips would lose their sound if all recordings moved. What lies on a card whose clock is

@@ -50,6 +50,7 @@ class RecordersCards {
     void keepOneOfATake(Files& files) const;
     std::vector<Card> byRecorder(const std::string& folder, const Files& files) const;
     FilePlace placeOf(std::size_t file) const;
+    bool fits(const AudioMatch& match, std::size_t file, const FilePlace& clip) const;
 
     const Shoot& shoot_;
     bool areClipsDated_ = false;

@@ -27,18 +27,17 @@ class DayDoubts {
     DayDoubts(const Shoot& shoot, SyncDoubts& doubts) : shoot_(shoot), doubts_(doubts), cures_(shoot) {}
 
     void add() {
-        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
-            if (const auto day = shoot_.recordings[i].place.day)
-                byDay_[*day].add(shoot_.recordings[i].place.range, i);
-        for (auto& [day, cover] : byDay_) cover.finish();
-        std::set<UUID> used;
+        std::vector<bool> isUsed(shoot_.recordings.size()); // by whole recording
         for (const Shoot::Clip& clip : shoot_.clips)
-            for (const AudioMatch& match : clip.group->audioMatches) used.insert(match.audio->id);
+            for (const AudioMatch& match : clip.group->audioMatches)
+                if (const auto found = shoot_.recordingByID.find(match.audio->id);
+                    found != shoot_.recordingByID.end())
+                    isUsed[shoot_.wholes.firstOf[found->second]] = true;
         for (std::size_t i = 0; i < shoot_.recordings.size(); ++i) {
-            const Recording& recording = shoot_.recordings[i];
-            if (recording.place.day && !used.contains(recording.asset->id))
-                unused_[*recording.place.day].add(recording.place.range, i);
+            addWhole(byDay_, i);
+            if (!isUsed[i]) addWhole(unused_, i);
         }
+        for (auto& [day, cover] : byDay_) cover.finish();
         for (auto& [day, cover] : unused_) cover.finish();
         areDaysMixed_ = daysShareHours(shoot_) || clipsShareHours(shoot_);
         daysMayBeMixed_ = areDaysMixed_ || undatedFilesCollide(shoot_);
@@ -69,6 +68,11 @@ class DayDoubts {
     }
 
   private:
+    /// What a clip would lie under: a recording in parts at the first of them, by its day.
+    void addWhole(std::map<long, Cover>& covers, std::size_t recording) const {
+        const FilePlace& whole = shoot_.wholes.places[recording];
+        if (whole.day && shoot_.wholes.isFirst(recording)) covers[*whole.day].add(whole.range, recording);
+    }
     /// The cards by day; those with less clips than can speak against a date are taken together, as cameras
     /// may have a folder for each clip.
     std::vector<Card> cardsOfManyClips() const {
@@ -170,7 +174,8 @@ class DayDoubts {
         }
         const std::string message = namesOf(pair) + " is of " + dayText(*recorded) + ", and the clip is of " +
                                     dayText(*filmed) + "; they fit by the time of day alone";
-        const bool isOthers = isOfOwnDay_[shoot_.recordingByID.at(match.audio->id)] && !isHeard(clip, sound);
+        const bool isOthers = isOfOwnDay_[shoot_.wholes.firstOf[shoot_.recordingByID.at(match.audio->id)]] &&
+                              !isHeard(clip, sound);
         if (!pair.isFirst())
             return doubt(clip, Kind::otherDay, message,
                          clip.place->day
@@ -360,7 +365,7 @@ class DayDoubts {
                 if (const auto found = shoot_.recordingByID.find(match.audio->id);
                     found != shoot_.recordingByID.end() &&
                     shoot_.recordings[found->second].place.day == clip.place->day)
-                    isMet[found->second] = true;
+                    isMet[shoot_.wholes.firstOf[found->second]] = true;
         }
         struct Count {
             int all = 0, met = 0;
@@ -369,14 +374,14 @@ class DayDoubts {
         for (std::size_t i = 0; i < isMet.size(); ++i)
             if (const auto day = shoot_.recordings[i].place.day) {
                 ++counts[*day].all;
-                counts[*day].met += isMet[i] ? 1 : 0;
+                counts[*day].met += isMet[shoot_.wholes.firstOf[i]] ? 1 : 0;
             }
         constexpr double mostly = 2.0 / 3;
         for (const auto& [day, count] : counts)
             if (count.met >= mostly * count.all && !isSuspected(day)) free_[day];
         for (std::size_t i = 0; i < isMet.size(); ++i)
-            if (const auto day = shoot_.recordings[i].place.day; day && !isMet[i] && free_.contains(*day))
-                free_[*day].add(shoot_.recordings[i].place.range, i);
+            if (const auto day = shoot_.wholes.places[i].day; day && !isMet[i] && free_.contains(*day))
+                addWhole(free_, i);
         for (auto& [day, cover] : free_) cover.finish();
     }
     /// Recordings that come first under a clip of their own day and lie under all of it are not the sound of
@@ -388,7 +393,7 @@ class DayDoubts {
             const Recording& sound = primaryOf(clip);
             if (sound.place.day && sound.place.day == clip.likelyDay() &&
                 !suspected_.contains({folderOf(*sound.asset), *sound.place.day}))
-                isOfOwnDay_[*clip.primary] = true;
+                isOfOwnDay_[shoot_.wholes.firstOf[*clip.primary]] = true;
         }
     }
     /// What the microphones of cameras heard in recordings of other dates.
@@ -453,7 +458,8 @@ class DayDoubts {
             const auto found = users.find(key);
             if (found == users.end()) continue; // nobody believes the date
             Cover sound;
-            for (const std::size_t file : card.files) sound.add(shoot_.recordings[file].place.range, file);
+            for (const std::size_t file : shoot_.wholes.oneOfEach(card.files))
+                sound.add(shoot_.wholes.places[file].range, file);
             sound.finish();
             const int own = found->second;
             int best = 0; // of the clips of one day

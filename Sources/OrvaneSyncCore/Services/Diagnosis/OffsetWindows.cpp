@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace orvane {
 
@@ -22,21 +23,30 @@ DeepestOffset deepest(const std::vector<OffsetWindow>& windows, std::size_t clip
     }
     std::ranges::sort(
         edges, [](const Edge& a, const Edge& b) { return a.at != b.at ? a.at < b.at : a.isEnd < b.isEnd; });
-    std::vector<int> open(clipCount);
-    DeepestOffset best;
-    int depth = 0;
+    // Behind each edge; several windows of one clip count once.
+    std::vector<int> open(clipCount), depths(edges.size());
+    int depth = 0, most = 0;
     for (std::size_t i = 0; i < edges.size(); ++i) {
         int& count = open[edges[i].clip];
-        if (edges[i].isEnd) {
-            if (--count == 0) --depth;
-            continue;
-        }
-        if (count++ == 0) ++depth;
-        if (depth <= best.depth || i + 1 >= edges.size()) continue;
-        const double width = edges[i + 1].at - edges[i].at;
-        best = {edges[i].at + width / 2, depth, width};
+        if (edges[i].isEnd)
+            depth -= --count == 0 ? 1 : 0;
+        else
+            depth += count++ == 0 ? 1 : 0;
+        depths[i] = depth;
+        most = std::max(most, depth);
     }
-    return best;
+    const auto first = std::ranges::find(depths, most) - depths.begin();
+    // From the edge on, as long as there are so many.
+    const auto rangeOf = [&](int least) {
+        auto from = first, to = first;
+        while (from > 0 && depths[static_cast<std::size_t>(from - 1)] >= least) --from;
+        while (depths[static_cast<std::size_t>(to)] >= least) ++to;
+        return std::pair(edges[static_cast<std::size_t>(from)].at, edges[static_cast<std::size_t>(to)].at);
+    };
+    const auto [from, to] = rangeOf(most);
+    const double middle = (from + to) / 2;
+    const auto [likelyFrom, likelyTo] = rangeOf(static_cast<int>(std::ceil(nearlyAll * most)));
+    return {middle, most, to - from, 2 * std::max(middle - likelyFrom, likelyTo - middle)};
 }
 
 OffsetFit fitAt(const std::vector<OffsetWindow>& windows, std::size_t clipCount, double offset) {

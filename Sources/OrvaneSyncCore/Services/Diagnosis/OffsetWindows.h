@@ -9,7 +9,9 @@ namespace orvane {
 struct DeepestOffset {
     double seconds = 0;
     int depth = 0;           ///< clips that it finds sound for, of those that were looked at
-    double widthSeconds = 0; ///< how far it may move and still find the same
+    double widthSeconds = 0; ///< how far it may move and still find as many
+    /// The same for nearly as many: a clip or two may lie otherwise, as sound that began late or ended early.
+    double likelyWidthSeconds = 0;
 };
 
 /// Offsets by which one recording comes to lie under one clip.
@@ -19,7 +21,10 @@ struct OffsetWindow {
     std::size_t clip;
 };
 
-/// The offset in most clips' windows, in the middle of where they meet.
+/// Offsets may serve a little fewer clips than the best one.
+inline constexpr double nearlyAll = 0.9;
+/// The offset in most clips' windows, in the middle of where they meet. What is near to it is a range about
+/// it.
 DeepestOffset deepest(const std::vector<OffsetWindow>& windows, std::size_t clipCount);
 /// What an offset does for the clips.
 struct OffsetFit {

@@ -76,11 +76,15 @@ class RateDoubts {
         Places places(rules);
         Covers covers(rules.days);
         std::vector<bool> isMoved(shoot_.recordings.size());
+        std::vector<double> starts(shoot_.recordings.size()); // seconds since midnight
         for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
             if (auto place = places.of(*shoot_.recordings[i].asset)) {
                 place->day = shoot_.recordings[i].place.day;
-                covers.add(*place, i);
                 isMoved[i] = areApart(*place, shoot_.recordings[i].place);
+                place->range.endSeconds =
+                    place->range.startSeconds + shoot_.wholes.places[i].range.durationSeconds();
+                starts[i] = place->range.startSeconds;
+                if (shoot_.wholes.isFirst(i)) covers.add(*place, i);
             }
         covers.finish();
         std::set<std::size_t> used;
@@ -94,8 +98,9 @@ class RateDoubts {
             // What lies under a clip where both are read as they are is kept apart by something else.
             if (clip->isCovered || !(isMoved[*sound] || areApart(*place, *clip->place))) continue;
             ++without.clips;
-            used.insert(*sound);
-            const SyncEngine::TCRange &stays = shoot_.recordings[*sound].place.range,
+            used.insert(shoot_.wholes.partAt(
+                *sound, std::remainder(place->range.startSeconds - starts[*sound], secondsADay)));
+            const SyncEngine::TCRange &stays = shoot_.wholes.places[*sound].range,
                                       &clipStays = clip->place->range;
             without.offsets.startSeconds = std::max(
                 without.offsets.startSeconds, clipStays.endSeconds - stays.endSeconds - coverSlackSeconds);

@@ -39,7 +39,9 @@ class RecorderDates {
     struct Fit {
         Card card; ///< on the day that is tried
         std::vector<const Shoot::Clip*> clips;
-        std::size_t recordings = 0;
+        std::size_t recordings = 0; ///< each once that is cut into several files
+        std::size_t all = 0;        ///< recordings of the card
+        std::size_t files = 0;      ///< in which the clips begin
     };
 
     void dateOf(const Card& card) {
@@ -48,8 +50,8 @@ class RecorderDates {
             Fit fit = fitOn(card, day);
             if (fit.recordings > best.recordings) best = std::move(fit);
         }
-        if (std::cmp_less(best.recordings, explanation::fewest) || isTold(best.clips)) return;
-        const auto count = static_cast<long long>(card.files.size());
+        if (std::cmp_less(best.files, explanation::fewest) || isTold(best.clips)) return;
+        const auto count = static_cast<long long>(best.all);
         addCardDoubt(
             doubts_,
             {Kind::otherDateFits,
@@ -75,18 +77,23 @@ class RecorderDates {
         Fit fit{card, {}};
         fit.card.movedByDays = day - *card.day;
         fit.card.day = day;
+        const auto laid = [&](std::size_t file) {
+            FilePlace place = shoot_.wholes.places[file];
+            *place.day += fit.card.movedByDays;
+            return onLine(place);
+        };
         Cover sound, pictures;
         SyncEngine::TCRange hours{std::numeric_limits<double>::infinity(),
                                   -std::numeric_limits<double>::infinity()};
-        for (const std::size_t file : card.files) {
-            FilePlace place = shoot_.recordings[file].place;
-            *place.day += fit.card.movedByDays;
-            sound.add(onLine(place), file);
-            hours.startSeconds = std::min(hours.startSeconds, onLine(place).startSeconds);
-            hours.endSeconds = std::max(hours.endSeconds, onLine(place).endSeconds);
+        const auto wholes = shoot_.wholes.oneOfEach(card.files);
+        for (const std::size_t file : wholes) {
+            const SyncEngine::TCRange range = laid(file);
+            sound.add(range, file);
+            hours.startSeconds = std::min(hours.startSeconds, range.startSeconds);
+            hours.endSeconds = std::max(hours.endSeconds, range.endSeconds);
         }
         sound.finish();
-        std::set<std::size_t> used;
+        std::set<std::size_t> used, parts;
         int within = 0;
         for (const Shoot::Clip* clip : clips_.all) {
             FilePlace place = *clip->place;
@@ -97,6 +104,8 @@ class RecorderDates {
             if (!found) continue;
             fit.clips.push_back(clip);
             used.insert(*found);
+            const double into = onLine(place).startSeconds - laid(*found).startSeconds;
+            parts.insert(shoot_.wholes.partAt(*found, into));
         }
         pictures.finish();
         const auto shareOf = [&](const Cover& cover) {
@@ -104,10 +113,12 @@ class RecorderDates {
         };
         const auto matched = static_cast<int>(fit.clips.size());
         const double byChance = chance::atLeast(matched, within, std::max(shareOf(sound), shareOf(pictures)));
-        const bool isMuch = static_cast<double>(used.size()) >=
-                            explanation::majority * static_cast<double>(card.files.size());
+        const bool isMuch =
+            static_cast<double>(used.size()) >= explanation::majority * static_cast<double>(wholes.size());
         if (isMuch && static_cast<double>(days_.size()) * byChance <= chance::smallest)
             fit.recordings = used.size();
+        fit.all = wholes.size();
+        fit.files = parts.size();
         return fit;
     }
     /// Most of the clips are in doubt for their day or their clock already.

@@ -23,7 +23,8 @@ class RepeatDoubts {
     RepeatDoubts(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts)
         : shoot_(shoot), doubts_(doubts), rate_(rateOfLabels(shoot)), cure_(shoot, rate_), clips_(clips.all),
           covers_(shoot.input.rules.days) {
-        for (std::size_t i = 0; i < shoot.recordings.size(); ++i) covers_.add(shoot.recordings[i].place, i);
+        for (std::size_t i = 0; i < shoot.recordings.size(); ++i)
+            if (shoot.wholes.isFirst(i)) covers_.add(shoot.wholes.places[i], i);
         covers_.finish();
     }
 
@@ -50,7 +51,8 @@ class RepeatDoubts {
             FilePlace place = *clip->place;
             place.range = moved(place.range, -offset);
             auto sound = covers_.of(place);
-            if (!sound && offset == 0 && clip->isCovered) sound = clip->primary; // by several parts
+            if (!sound && offset == 0 && clip->isCovered)
+                sound = shoot_.wholes.firstOf[*clip->primary]; // by several
             if (sound) used.insert(*sound);
             if (sound || (offset == 0 && clip->isCovered))
                 ++fit.clips;

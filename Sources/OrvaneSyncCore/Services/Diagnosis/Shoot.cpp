@@ -72,12 +72,6 @@ std::string_view folderOf(const MediaAsset& asset) {
     return std::string_view(path).substr(0, path.rfind('/'));
 }
 
-bool fits(const AudioMatch& match, double clipSeconds) {
-    const double start = match.syncOffsetSeconds;
-    const TCRange clip{0, clipSeconds}, sound{start, start + match.audio->durationSeconds.value_or(0)};
-    return covers(sound, clip) || covers(clip, sound);
-}
-
 bool isCovered(const SyncGroup& group, double clipSeconds, double movedBySeconds) {
     std::vector<TCRange> ranges;
     for (const AudioMatch& match : group.audioMatches) {
@@ -96,6 +90,7 @@ bool isCovered(const SyncGroup& group, double clipSeconds, double movedBySeconds
 Shoot::Shoot(const DoubtInput& theInput, const std::stop_token& theStop) : input(theInput), stop(theStop) {
     Places places(input.rules);
     recordings = recordingsAmong(input.recordings, places, stop);
+    wholes = WholeRecordings::of(recordings, input.rules.days, coverSlackSeconds, stop);
     for (std::size_t i = 0; i < recordings.size(); ++i) recordingByID[recordings[i].asset->id] = i;
     for (const SyncGroup& group : input.groups) places.learn(group.video);
     clips.reserve(input.groups.size());

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
 #include "OrvaneSyncCore/Services/Matching/RecorderMark.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
+#include "OrvaneSyncCore/Services/Matching/WholeRecordings.h"
 
 #include <cstddef>
 #include <optional>
@@ -42,6 +43,8 @@ struct Shoot {
     std::vector<Clip> clips; ///< in the order of the groups
     std::vector<Recording> recordings;
     std::unordered_map<UUID, std::size_t> recordingByID; ///< in `recordings`
+    /// What is looked for under a clip: a take that was cut into several files lies there as one.
+    WholeRecordings wholes;
 
     std::string nameOf(const MediaAsset& asset) const { return "'" + input.names.of(asset) + "'"; }
 };
@@ -56,8 +59,6 @@ void addCardDoubt(SyncDoubts& doubts, SyncDoubt doubt, const std::vector<const S
 /// recorder is none of its clock.
 inline constexpr double coverSlackSeconds = 1;
 bool covers(const SyncEngine::TCRange& sound, const SyncEngine::TCRange& clip);
-/// Whether one of the two lies under all of the other, a second more or less.
-bool fits(const AudioMatch& match, double clipSeconds);
 /// Whether the clip's sound, moved by that, lies under all of it, or one of its recordings all within it: a
 /// camera may roll longer than the recorder.
 bool isCovered(const SyncGroup& group, double clipSeconds, double movedBySeconds = 0);

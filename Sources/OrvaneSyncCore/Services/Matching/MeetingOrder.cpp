@@ -116,8 +116,8 @@ std::vector<bool> adjoining(const std::vector<Candidate>& files) {
         auto next = std::ranges::lower_bound(byStart, end - adjoiningSeconds, {}, startOf);
         for (; next != byStart.end() && startOf(*next) <= end + SplitRecordingDetector::largestGapSeconds;
              ++next)
-            if (*next != i && (startOf(*next) <= end + adjoiningSeconds ||
-                               SplitRecordingDetector::mayContinue(*files[i].audio, *files[*next].audio)))
+            if (*next != i &&
+                SplitRecordingDetector::mayAdjoin(*files[i].audio, end, *files[*next].audio, startOf(*next)))
                 result[i] = result[*next] = true;
     }
     return result;

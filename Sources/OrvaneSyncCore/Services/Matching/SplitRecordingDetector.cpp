@@ -70,6 +70,13 @@ bool mayContinue(const MediaAsset& previous, const MediaAsset& current) {
                         a.scene && a.take && b.scene && b.take);
 }
 
+bool mayAdjoin(const MediaAsset& previous, double endSeconds, const MediaAsset& current,
+               double startSeconds) {
+    const double gap = startSeconds - endSeconds;
+    return gap >= -contiguityToleranceSeconds && gap <= largestGapSeconds &&
+           (gap <= contiguityToleranceSeconds || mayContinue(previous, current));
+}
+
 bool follows(const SyncEngine::TCRange& previous, const SyncEngine::TCRange& current) {
     return !(std::abs(current.startSeconds - previous.endSeconds) > contiguityToleranceSeconds);
 }

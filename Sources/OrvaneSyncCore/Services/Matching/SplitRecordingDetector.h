@@ -36,6 +36,10 @@ bool areKnownToDiffer(const std::optional<std::string>& a, const std::optional<s
 /// A_001 and A_002, do so only where both files state one scene and one take.
 bool mayContinue(const MediaAsset& previous, const MediaAsset& current);
 
+/// The same of one that begins within `largestGapSeconds` of the other's end; where it begins at that end it
+/// needs nothing of this, as what tells their recorders apart is looked at by whoever joins them.
+bool mayAdjoin(const MediaAsset& previous, double endSeconds, const MediaAsset& current, double startSeconds);
+
 /// Whether each file begins where the one before ends, with nothing known that tells their recorders or their
 /// sound rolls apart. In any order; fewer than two are no chain.
 bool isContinuousChain(std::vector<Candidate> candidates);

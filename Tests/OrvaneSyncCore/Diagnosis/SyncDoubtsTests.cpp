@@ -1,3 +1,4 @@
+#include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "Shot.h"
 
 namespace orvane::test::doubts {
@@ -410,6 +411,18 @@ TEST(SyncDoubts, SaysWhichPartOfAClipHasNoSound) {
         const SyncDoubt& said = doubts.byGroup.begin()->second.front();
         EXPECT_NE(said.message.find(one.message), std::string::npos) << said.message;
         EXPECT_EQ(said.cure.find("--set") != std::string::npos, one.canBeTrimmed) << said.cure;
+    }
+
+    // Parts of a night, dated without a time of day.
+    Shot night{{clipAt("/C/A.mov", 86385, 30)},
+               {recordingAt("/S/T_1.wav", 86380, 25), recordingAt("/S/T_2.wav", 5, 20)},
+               {}};
+    for (auto* files : {&night.videos, &night.audios}) night.date(*files, "2024-05-17");
+    night.date(night.audios, "2024-05-18", 1);
+    for (const TrimMode trim : {TrimMode::commonDuration, TrimMode::overlap, TrimMode::videoDuration}) {
+        night.diagnose({}, trim);
+        EXPECT_TRUE(night.doubts.isEmpty()) << "the second part begins behind midnight";
+        EXPECT_EQ(takeOf(night.groups.front(), 2).durationSeconds, 45);
     }
 }
 

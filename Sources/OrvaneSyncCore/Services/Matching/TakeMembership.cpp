@@ -1,8 +1,10 @@
 #include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
 
+#include "OrvaneSyncCore/Services/Matching/AssetPlacement.h"
 #include "OrvaneSyncCore/Services/Matching/ChannelNames.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -35,15 +37,27 @@ std::optional<std::string> stated(const MediaAsset& file, std::optional<std::str
     return file.ixmlData ? *file.ixmlData.*field : std::nullopt;
 }
 
-/// A clip without a date meets the recordings of all days, and timecode comes again each day.
-bool areOfDifferentDays(const MediaAsset& a, const MediaAsset& b) {
-    constexpr std::chrono::hours halfADay{12};
-    return a.contentCreatedDate && b.contentCreatedDate &&
-           std::chrono::abs(*a.contentCreatedDate - *b.contentCreatedDate) > halfADay;
+/// How many midnights lie between the starts of two files as they are laid, by what their timecode says.
+std::optional<double> midnightsBetween(const Candidate& a, const Candidate& b) {
+    const auto own = AssetPlacement(*a.audio).range(), other = AssetPlacement(*b.audio).range();
+    if (!own || !other) return std::nullopt;
+    const double apart = b.range.startSeconds - a.range.startSeconds;
+    return std::round((apart - (other->startSeconds - own->startSeconds)) / secondsADay);
 }
 
-bool mayBeOfOneRecorder(const MediaAsset& a, const MediaAsset& b) {
-    return !differ(a.sampleRate, b.sampleRate) && !areOfDifferentDays(a, b) &&
+/// A clip without a date meets the recordings of all days, and timecode comes again each day. A date without
+/// a time of day changes by a whole day where a recording passes midnight.
+bool areOfDifferentDays(const Candidate& a, const Candidate& b) {
+    constexpr std::chrono::hours halfADay{12};
+    const auto &own = a.audio->contentCreatedDate, &other = b.audio->contentCreatedDate;
+    if (!own || !other || std::chrono::abs(*own - *other) <= halfADay) return false;
+    const double days = std::round(std::chrono::duration<double>(*other - *own).count() / secondsADay);
+    return midnightsBetween(a, b) != days;
+}
+
+bool mayBeOfOneRecorder(const Candidate& one, const Candidate& two) {
+    const MediaAsset &a = *one.audio, &b = *two.audio;
+    return !differ(a.sampleRate, b.sampleRate) && !areOfDifferentDays(one, two) &&
            !areKnownToDiffer(a.bextOriginator, b.bextOriginator) &&
            !areKnownToDiffer(stated(a, &IXMLData::tape), stated(b, &IXMLData::tape));
 }
@@ -64,9 +78,10 @@ bool isOfOneTake(const MediaAsset& a, const MediaAsset& b) {
     return bothSayAll || ChannelName(a).differsOnlyInChannel(ChannelName(b));
 }
 
-bool isCopy(const MediaAsset& a, const MediaAsset& b) {
+bool isCopy(const Candidate& one, const Candidate& two) {
+    const MediaAsset &a = *one.audio, &b = *two.audio;
     if (folderPath(a) == folderPath(b) || differ(a.channelCount, b.channelCount) ||
-        differ(a.contentMark, b.contentMark) || a.heldShare != b.heldShare || !mayBeOfOneRecorder(a, b))
+        differ(a.contentMark, b.contentMark) || a.heldShare != b.heldShare || !mayBeOfOneRecorder(one, two))
         return false;
     if (a.fileSizeBytes && b.fileSizeBytes) return *a.fileSizeBytes == *b.fileSizeBytes;
     const auto samples = [](const MediaAsset& file) {
@@ -150,7 +165,7 @@ class Finder {
             Indices kept;
             for (const std::size_t i : same) {
                 isCopyOfOther[i] = std::ranges::any_of(
-                    kept, [&](std::size_t other) { return isCopy(asset(other), asset(i)); });
+                    kept, [&](std::size_t other) { return isCopy(files_[other], files_[i]); });
                 if (!isCopyOfOther[i]) kept.push_back(i);
             }
         }
@@ -163,7 +178,7 @@ class Finder {
         isUsed_[seed] = true;
         Indices near;
         for (const std::size_t i : startingNear(start(seed), startToleranceSeconds))
-            if (!isUsed_[i] && mayBeOfOneRecorder(asset(seed), asset(i)) &&
+            if (!isUsed_[i] && mayBeOfOneRecorder(files_[seed], files_[i]) &&
                 isOfOneTake(asset(seed), asset(i)))
                 near.push_back(i);
         std::ranges::stable_partition(
@@ -188,7 +203,7 @@ class Finder {
     /// What has no length, as a file that says nothing of it, has no place in a chain.
     bool isPart(std::size_t i, std::size_t neighbour) const {
         return !isUsed_[i] && end(i) > start(i) && end(neighbour) > start(neighbour) &&
-               mayBeOfOneRecorder(asset(neighbour), asset(i));
+               mayBeOfOneRecorder(files_[neighbour], files_[i]);
     }
 
     Indices later(const Indices& edge) {
@@ -297,8 +312,7 @@ bool TakeMembership::isCutShort(const Candidate& file, const Candidate& other) {
     return std::abs(file.range.startSeconds - other.range.startSeconds) < sameStartSeconds &&
            file.range.endSeconds + sameStartSeconds < other.range.endSeconds &&
            file.audio->normalizedName() == other.audio->normalizedName() &&
-           !differ(file.audio->channelCount, other.audio->channelCount) &&
-           mayBeOfOneRecorder(*file.audio, *other.audio);
+           !differ(file.audio->channelCount, other.audio->channelCount) && mayBeOfOneRecorder(file, other);
 }
 
 } // namespace orvane

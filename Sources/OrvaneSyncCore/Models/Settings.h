@@ -271,11 +271,12 @@ inline const Declared<std::string> globalAudioOffsetStartFromTC{"globalAudioOffs
 
 inline const Declared<bool> ltcEnabled{"ltc.enabled", false, family::linearTimecode,
                                        "read timecode from a sound track where a file has no other"};
+inline constexpr int everyTimecodeChannel = -1;
 inline const Declared<int> ltcChannelIndex{"ltc.channelIndex",
-                                           0,
+                                           everyTimecodeChannel,
                                            family::linearTimecode,
                                            "its channel, counted from 0; -1: the first that carries timecode",
-                                           {.range = SettingDescription::Range{-1, 1023}}};
+                                           {.range = SettingDescription::Range{everyTimecodeChannel, 1023}}};
 
 inline const Declared<double> atmoDuration{"atmo.duration",
                                            0.0,

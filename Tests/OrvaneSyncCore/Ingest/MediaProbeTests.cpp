@@ -205,7 +205,9 @@ TEST_F(Probe, linearTimecodeIsTheLastResort) {
     };
     EXPECT_FALSE(start(0).has_value()) << "off unless it is wanted";
     settings->set("ltc.enabled", true);
-    EXPECT_FALSE(start(0).has_value()) << "the first channel unless another is chosen";
+    EXPECT_EQ(start(0), "10:00:00:00") << "on whichever channel it is";
+    settings->set("ltc.channelIndex", std::int64_t{0});
+    EXPECT_FALSE(start(0).has_value()) << "on the chosen one alone";
     for (const std::int64_t channel : {1, 7, 1023}) {
         settings->set("ltc.channelIndex", channel);
         EXPECT_EQ(start(0), "10:00:00:00") << channel;
@@ -215,7 +217,6 @@ TEST_F(Probe, linearTimecodeIsTheLastResort) {
 
 TEST_F(Probe, linearTimecodeGivesTheStartOfTheFile) {
     settings->set("ltc.enabled", true);
-    settings->set("ltc.channelIndex", std::int64_t{-1});
     constexpr double start = 24 * 36000 + 5.4;
     const auto sound = test::LTCSignal{.rate = TimecodeFrameRate::fps24}.samples(start, 1.5);
     const MediaAsset recording = probed(WaveMaker().format({}).samples(sound), "a.wav");

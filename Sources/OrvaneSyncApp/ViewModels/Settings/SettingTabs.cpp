@@ -126,7 +126,7 @@ Choices aspectRatios() {
 
 Choices timecodeChannels() {
     constexpr int channels = 16;
-    Choices all{{"The first that carries timecode", -1}};
+    Choices all{{"The first that carries timecode", settings::everyTimecodeChannel}};
     for (int channel = 0; channel < channels; ++channel)
         all.push_back({"Channel " + std::to_string(channel + 1), channel});
     return all;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Ingest/LTCReading.h"
 #include "Platform/AudioFile.h"
 
@@ -14,7 +15,7 @@ namespace orvane {
 namespace LTCDecoder {
 
 /// Every channel is listened to, and the lowest that carries timecode is taken.
-inline constexpr int anyChannel = -1;
+inline constexpr int anyChannel = settings::everyTimecodeChannel;
 /// As many channels as a search hears.
 inline constexpr int mostChannels = 128;
 

@@ -203,8 +203,8 @@ TEST_F(ShootTest, ltcReadsAChannelOrSaysThatThereIsNone) {
     ASSERT_EQ(found.status, done) << found.err;
     EXPECT_EQ(found.json().find("tc")->string()->substr(0, 8), "01:02:03");
     EXPECT_GE(*found.json().find("atSeconds")->number(), 0);
-    EXPECT_TRUE(runWith({"ltc", folder_.path("ltc.wav"), "--json"}).json().isNull());
-    const JSON any = runWith({"ltc", folder_.path("ltc.wav"), "--channel", "-1", "--json"}).json();
+    EXPECT_TRUE(runWith({"ltc", folder_.path("ltc.wav"), "--channel", "0", "--json"}).json().isNull());
+    const JSON any = runWith({"ltc", folder_.path("ltc.wav"), "--json"}).json();
     EXPECT_EQ(any.find("channel")->number(), 1);
     EXPECT_EQ(*any.find("start")->string(), "01:02:03:00");
     EXPECT_EQ(runWith({"ltc", folder_.path("ltc.wav"), "--channel", "-2"}).status, wrongUsage);

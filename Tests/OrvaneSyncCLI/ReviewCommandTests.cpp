@@ -24,11 +24,11 @@ class CardsTest : public testing::Test {
     std::string at(const char* name) const { return folder_.path(name); }
 
     /// A recorder that rolled at the end of both clips of the take, as their second choice.
-    void addSecondRecorder() {
+    void addSecondRecorder(const char* date = "2026-11-20") {
         constexpr std::uint64_t sampleRate = 48000, start = 36008;
         test::WaveMaker()
             .format({.channels = 1, .sampleRate = sampleRate})
-            .bext({.originator = "Other", .date = "2026-11-20", .timeReference = start * sampleRate})
+            .bext({.originator = "Other", .date = date, .timeReference = start * sampleRate})
             .silence(10 * sampleRate)
             .writeTo(at("sound/ISO.WAV"));
     }
@@ -148,6 +148,22 @@ TEST_F(CardsTest, aChoiceMayNameAnyRecording) {
         EXPECT_NE(problem.find("line 2: choice takes the number"), std::string::npos) << problem;
         EXPECT_NE(problem.find("line 2: lock takes x or nothing"), std::string::npos) << problem;
     }
+}
+
+TEST_F(CardsTest, aLockBesideAChoiceTakesOffWhatIsOfAnotherDay) {
+    const auto hasOther = [&](const char* date, const std::string& cells) {
+        addSecondRecorder(date);
+        const std::string table =
+            folder_.write("in.tsv", "camera_file\tchoice\tlock\nA001C001_261120_R1AB.mov\t" + cells + "\n");
+        const Outcome sync = runWith({"sync", at("camera"), at("sound"), "-o", at("out.fcpxml"), "--days",
+                                      "neighbours", "--apply", table, "--no-smart-audio"});
+        EXPECT_EQ(sync.status, done) << sync.err;
+        return sync.out.find("+ 1 more") != std::string::npos;
+    };
+    EXPECT_TRUE(hasOther("2026-11-21", "1\t"));
+    EXPECT_FALSE(hasOther("2026-11-21", "1\tx"));
+    EXPECT_TRUE(hasOther("2026-11-21", "2\tx")) << "it is what was chosen";
+    EXPECT_TRUE(hasOther("2026-11-20", "1\tx")) << "another recorder of the day";
 }
 
 TEST_F(CardsTest, aTableOfOneCardIsGoodForTheWholeShoot) {

@@ -34,17 +34,6 @@ bool uses(const SyncGroup& group, const UUID& audioID) {
                                [&](const AudioMatch& match) { return match.audio->id == audioID; });
 }
 
-/// Files that meet across midnight are of one day.
-bool areOfOtherDays(const FilePlace& clip, const std::optional<FilePlace>& sound) {
-    if (!sound || !sound->day) return false;
-    const auto filmed = clip.knownDay();
-    if (!filmed) return clip.headerDay && std::abs(*clip.headerDay - *sound->day) > 1;
-    if (*filmed == *sound->day) return false;
-    const double between = static_cast<double>(*sound->day - *filmed) * secondsADay;
-    return !SyncEngine::overlapDuration(
-        clip.range, {sound->range.startSeconds + between, sound->range.endSeconds + between});
-}
-
 } // namespace
 
 void RecordingEditing::attachAudioToGroup(UUID groupID, MediaAsset audio) {

@@ -107,20 +107,21 @@ TEST(Days, MeetByTheirRule) {
     header.headerDate = dateFromISO8601("2024-05-18T00:00:01Z");
     const std::vector<MediaAsset> nights{late, audio("T_240516.wav", "23:59:56:00"),
                                          audio("T_240517.wav", "00:00:10:00"), audio("T.wav", "00:00:15:00")};
-    for (const MatchingDays days : {automatic, same}) {
-        EXPECT_EQ(offsets({.days = days}, {header}, nights), (Offsets{-6, 14, -5, 9}))
-            << "other nights than that of the header come last";
-        const auto statusOf = [&](const std::vector<MediaAsset>& sounds) {
-            return SyncEngine().match({header}, sounds, {.days = days}).front().matchStatus;
-        };
-        EXPECT_EQ(statusOf(nights), MatchStatus::matched()) << "and are no rivals";
-        const std::vector<MediaAsset> rivals{nights[1], audio("T_240518.wav", "00:00:21:00")};
-        EXPECT_EQ(offsets({.days = days}, {header}, rivals), (Offsets{-5, 20})) << "much more in common";
-        EXPECT_EQ(statusOf(rivals), MatchStatus::ambiguous(2));
-        EXPECT_EQ(offsets({.days = days}, {header}, {nights[2]}), Offsets{9}) << "nothing of its day";
-    }
+    EXPECT_EQ(offsets({}, {header}, nights), (Offsets{-6, 14, -5, 9}))
+        << "other nights than that of the header come last";
+    const auto statusOf = [&](const std::vector<MediaAsset>& sounds) {
+        return SyncEngine().match({header}, sounds, {}).front().matchStatus;
+    };
+    EXPECT_EQ(statusOf(nights), MatchStatus::matched()) << "and are no rivals";
+    const std::vector<MediaAsset> rivals{nights[1], audio("T_240518.wav", "00:00:21:00")};
+    EXPECT_EQ(offsets({}, {header}, rivals), (Offsets{-5, 20})) << "much more in common";
+    EXPECT_EQ(statusOf(rivals), MatchStatus::ambiguous(2));
+    EXPECT_EQ(offsets({}, {header}, {nights[2]}), Offsets{9}) << "nothing of its day";
+    EXPECT_EQ(offsets({.days = midnight}, {header}, nights), (Offsets{-6, 14})) << "the header parts days";
+    EXPECT_EQ(offsets({.days = same}, {header}, nights), Offsets{14});
     header.headerDate = dateFromISO8601("2024-05-18T08:00:01Z");
-    EXPECT_EQ(offsets({}, {header}, nights).size(), 4U) << "the header counts another zone";
+    for (const MatchingDays days : {automatic, midnight, same})
+        EXPECT_EQ(offsets({.days = days}, {header}, nights).size(), 4U) << "the header counts another zone";
 }
 
 TEST(Days, AWrongClockIsTriedOnlyWhereTheCardMeetsNothing) {

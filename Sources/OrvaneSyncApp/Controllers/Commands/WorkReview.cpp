@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
+#include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Files.h"
@@ -62,7 +63,8 @@ std::string doubtText(const SyncGroup& group, const SyncDoubts& doubts, Unmatche
 class Reading {
   public:
     explicit Reading(const WorkSnapshot& work)
-        : work_(work), names_(work.fileNames()), rates_(ratesOf(work)) {
+        : work_(work), names_(work.fileNames()), rates_(ratesOf(work)), places_(work.matchRules()) {
+        for (const SyncGroup& group : work.groups()) places_.learn(group.video);
         for (const SyncGroup& group : work.groups()) {
             shown_[shownName(group)].push_back(&group);
             byFilename_[trimmedText(group.video.url.lastPathComponent())].push_back(&group);
@@ -79,6 +81,8 @@ class Reading {
         ReviewDecision decision{.groupID = group->id};
         decision.isLocked = changedSwitch(line, lock, "lock", group->isLocked);
         readChoice(line, *group, decision);
+        if (decision.isLocked == true && !decision.other && line[choice] && !trimmed(*line[choice]).empty())
+            findOtherDays(*group, decision);
         readOffset(line, present, *group, decision);
         if (line[name] && trimmed(*line[name]) != trimmed(*present[name]) &&
             trimmed(*line[name]) != asRead(name, *present[name]))
@@ -201,6 +205,20 @@ class Reading {
         if (mayChange(line, group, decision)) decision.other = Shared<MediaAsset>(*pool_[*place]);
     }
 
+    /// Who chooses a recording of another day knows better than the dates.
+    void findOtherDays(const SyncGroup& group, ReviewDecision& decision) {
+        const auto clip = places_.of(group.video);
+        if (!clip || group.isMOS()) return;
+        const auto isOther = [&](const AudioMatch& match) {
+            return areOfOtherDays(*clip, places_.of(*match.audio));
+        };
+        for (const AudioMatch& match : group.audioMatches)
+            if (isOther(match)) decision.otherDays.push_back(match.id);
+        const UUID& chosen = decision.matchID ? *decision.matchID : group.audioMatches.front().id;
+        if (std::ranges::find(decision.otherDays, chosen) != decision.otherDays.end())
+            decision.otherDays.clear();
+    }
+
     void readOffset(const ReviewLine& line, const ReviewLine& present, const SyncGroup& group,
                     ReviewDecision& decision) {
         if (!line[offsetFrames]) return;
@@ -222,6 +240,7 @@ class Reading {
     const WorkSnapshot& work_;
     const FileNames& names_;
     const ClipRates rates_;
+    Places places_;
     std::unordered_map<std::string, std::vector<const SyncGroup*>> shown_, byFilename_;
     std::unordered_set<UUID> seen_;
     std::vector<const MediaAsset*> pool_; ///< all recordings, once one was named
@@ -244,6 +263,8 @@ void carryOutOne(ImportController& controller, const ReviewDecision& decision) {
                 if (match.audio->id == (*decision.other)->id) matchID = match.id;
     }
     if (matchID) controller.recordings().chooseRecording(decision.groupID, *matchID);
+    for (const UUID& other : decision.otherDays)
+        controller.recordings().removeAudioMatch(decision.groupID, other);
     if (decision.offsetSeconds) {
         controller.clips().resetAudioOffset(
             decision.groupID); // so that the sum is exactly what was asked for

@@ -22,6 +22,8 @@ struct ReviewDecision {
     std::optional<double> offsetSeconds{};
     std::optional<std::string> name{};
     std::optional<bool> isSkipped{}, isLocked{};
+    /// Of another day than the clip, beside what its line both chooses and locks: to be taken off.
+    std::vector<UUID> otherDays{};
 
     bool isEmpty() const { return !matchID && !other && !offsetSeconds && !name && !isSkipped && !isLocked; }
 };

@@ -178,19 +178,19 @@ class DayDoubts {
                               !isHeard(clip, sound);
         if (!pair.isFirst())
             return doubt(clip, Kind::otherDay, message,
-                         clip.place->day
-                             ? "take off what is of another day, scan each day by itself, or --days same"
-                             : (isOthers ? std::string()
-                                         : cures_.dateOfCard(*filmed, sound) +
-                                               " if the recorder's date is wrong, or ") +
-                                   "take off what is of another day");
+                         (clip.place->day || isOthers
+                              ? std::string()
+                              : cures_.dateOfCard(*filmed, sound) + " if the recorder's date is wrong, or ") +
+                             "take off what is of another day" +
+                             (clip.place->knownDay() ? ", scan each day by itself, or --days same" : ""));
         return doubt(clip, Kind::otherDay, message,
                      (isOthers ? lookForSoundOf(*filmed) + ", lock the clip where its sound is right, "
                                : cures_.dateOf(filmed, clips, soundFor(clip, sound)) +
                                      " if the recorder's date is wrong, ") +
-                         (clip.place->day ? "--days same to leave such sound out"
-                                          : "an x under 'skip' in the table of 'scan --review' to leave the "
-                                            "clip out"));
+                         (clip.place->knownDay()
+                              ? "--days same to leave such sound out"
+                              : "an x under 'skip' in the table of 'scan --review' to leave the "
+                                "clip out"));
     }
 
     /// A clip whose header agrees with its timecode, and which has no recording of the header's day, of a day

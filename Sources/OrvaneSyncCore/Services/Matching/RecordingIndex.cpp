@@ -120,8 +120,8 @@ int NeighbouringDays::distance(std::size_t recording, Date headerDay) const {
                       day && std::chrono::abs(*day - headerDay) <= neighbouringDay);
 }
 
-DayLine::DayLine(const std::vector<Recording>& recordings, bool sameDayOnly)
-    : recordings_(recordings), sameDayOnly_(sameDayOnly) {
+DayLine::DayLine(const std::vector<Recording>& recordings, MatchingDays days)
+    : recordings_(recordings), days_(days) {
     const auto dated = std::ranges::find_if(
         recordings, [](const Recording& recording) { return recording.place.day.has_value(); });
     if (dated != recordings.end()) firstDay_ = *dated->place.day;
@@ -149,6 +149,7 @@ std::vector<Meeting> DayLine::of(const FilePlace& clip) const {
         for (Meeting& meeting : meetings)
             meeting.isOfOtherDay =
                 isOfOtherDay(clip, recordings_[meeting.recording].place, meeting.offsetSeconds);
+        std::erase_if(meetings, [&](const Meeting& meeting) { return isLeftOut(clip, meeting); });
         return meetings;
     }
     std::vector<Hit> hits;
@@ -156,7 +157,7 @@ std::vector<Meeting> DayLine::of(const FilePlace& clip) const {
                              hits);
     for (const Hit& hit : hits) {
         const FilePlace& sound = recordings_[hit.item].place;
-        if (sameDayOnly_ && *sound.day != *clip.day) continue;
+        if (days_ == MatchingDays::same && *sound.day != *clip.day) continue;
         // Counted from the clip's own day, times keep the precision that they have within a day.
         const double between = static_cast<double>(*sound.day - *clip.day) * secondsADay;
         const auto overlap = SyncEngine::overlapDuration(moved(sound.range, between), clip.range);
@@ -167,6 +168,13 @@ std::vector<Meeting> DayLine::of(const FilePlace& clip) const {
     sortByRecording(meetings.begin(), meetings.end());
     undated_.append(clip.range, recordings_, true, meetings);
     return meetings;
+}
+
+bool DayLine::isLeftOut(const FilePlace& clip, const Meeting& meeting) const {
+    const auto& day = recordings_[meeting.recording].place.day;
+    if (!clip.isHeaderClose || !day) return false;
+    return (days_ == MatchingDays::same && day != clip.headerDay) ||
+           (days_ == MatchingDays::midnight && meeting.isOfOtherDay);
 }
 
 int DayLine::distance(std::size_t recording, long headerDay) const {

@@ -61,17 +61,19 @@ class NeighbouringDays {
 /// all by time of day, across midnight too. Reads the recordings that it was made of.
 class DayLine {
   public:
-    /// `sameDayOnly`: no dated clip meets a recording that began on another day.
-    DayLine(const std::vector<Recording>& recordings, bool sameDayOnly);
+    /// With `same`, no clip meets a recording that began on another day than its own, by its date or by a
+    /// header that agrees with the timecode; with `midnight`, such a header parts days as a date does.
+    DayLine(const std::vector<Recording>& recordings, MatchingDays days);
 
     /// As `NeighbouringDays::of`, and says which are of another day than the clip's header.
     std::vector<Meeting> of(const FilePlace& clip) const;
 
   private:
     int distance(std::size_t recording, long headerDay) const;
+    bool isLeftOut(const FilePlace& clip, const Meeting& meeting) const;
 
     const std::vector<Recording>& recordings_;
-    bool sameDayOnly_;
+    MatchingDays days_;
     long firstDay_ = 0; ///< where the line begins
     RangeIndex dated_;  ///< seconds on the line
     TimeOfDayIndex undated_, all_;

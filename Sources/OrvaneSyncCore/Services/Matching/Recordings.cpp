@@ -71,6 +71,16 @@ void giveDay(std::vector<FilePlace>& recordings, long given) {
 
 } // namespace
 
+bool areOfOtherDays(const FilePlace& clip, const std::optional<FilePlace>& sound) {
+    if (!sound || !sound->day) return false;
+    const auto filmed = clip.knownDay();
+    if (!filmed) return clip.headerDay && std::abs(*clip.headerDay - *sound->day) > 1;
+    if (*filmed == *sound->day) return false;
+    const double between = static_cast<double>(*sound->day - *filmed) * secondsADay;
+    return !SyncEngine::overlapDuration(
+        clip.range, {sound->range.startSeconds + between, sound->range.endSeconds + between});
+}
+
 std::string_view folderPath(const MediaAsset& asset) {
     const std::string& path = asset.url.path;
     return std::string_view(path).substr(0, path.rfind('/') + 1);

@@ -38,6 +38,10 @@ struct FilePlace {
     std::optional<long> likelyDay() const { return day ? day : headerDay; }
 };
 
+/// Whether a recording is of another day than the clip, as far as both say. Where the clip's header counts in
+/// whatever zone, two days lie between. Files that meet across midnight are of one day.
+bool areOfOtherDays(const FilePlace& clip, const std::optional<FilePlace>& sound);
+
 /// Lays files by the rules; absent without a place in time. One thread at a time.
 class Places {
   public:

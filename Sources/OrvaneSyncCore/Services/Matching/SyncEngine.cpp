@@ -67,7 +67,7 @@ std::vector<std::vector<Meeting>> meetings(const std::vector<MediaAsset>& videos
         each([&](std::size_t i, const FilePlace& place) { return index.of(videos[i], place); });
         return all;
     }
-    const DayLine line(recordings, rules.days == MatchingDays::same);
+    const DayLine line(recordings, rules.days);
     each([&](std::size_t, const FilePlace& place) { return line.of(place); });
     bool isOneSilent = false;
     for (std::size_t i = 0; i < videos.size(); ++i)

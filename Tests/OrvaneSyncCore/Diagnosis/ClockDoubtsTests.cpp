@@ -369,6 +369,15 @@ TEST(ClockDoubts, LagsThatGrowWithTheTimeOfDayTellTheRate) {
     const MatchRules rules{.timecodeRate = TimecodeFrameRate::fps29_97d};
     shot.diagnose(rules);
     EXPECT_EQ(shot.count(Kind::timecodeRate), 4) << "an offset at the stated rate does as well";
+    Shot two = shot; // and a camera of that rate, which has its sound
+    for (int i = 0; i < 4; ++i)
+        two.videos.push_back(clipAt("/CAMB/B" + std::to_string(i) + ".mov", 36301 + 400 * i, 10,
+                                    TimecodeFrameRate::fps29_97d));
+    two.diagnose(rules);
+    ASSERT_EQ(two.count(Kind::timecodeRate), 4) << "an offset would move that of the other camera alone";
+    EXPECT_NE(two.card(Kind::timecodeRate)->doubt.cure.find("--tc-rate 29.97NDF --sound-offset 00:00:3"),
+              std::string::npos)
+        << two.card(Kind::timecodeRate)->doubt.cure;
     std::unordered_map<UUID, HeardLag> heard;
     for (const SyncGroup& group : shot.groups) heard[group.audioMatches.front().id] = {0.02};
     shot.doubts =
@@ -480,8 +489,15 @@ TEST(ClockDoubts, FindsARateAndADate) {
         video.startTimecodeString = TimecodeUtils::secondsToTC(start, TimecodeFrameRate::fps23_976);
         video.timecodeFrameRate = TimecodeFrameRate::fps24;
     }
+    // A camera that counts what it says keeps its sound at that rate, too.
+    for (int i = 0; i < 4; ++i) {
+        const double start = static_cast<double>(*film.audios[static_cast<std::size_t>(i)].bextTimeReference);
+        film.videos.push_back(clipAt("/CAMB/B" + std::to_string(i) + ".mov", start / 48000 + 3, 10,
+                                     TimecodeFrameRate::fps23_976));
+    }
     film.diagnose();
     ASSERT_TRUE(film.card(Kind::timecodeRate));
+    EXPECT_EQ(film.card(Kind::timecodeRate)->groupIDs.size(), 30U);
     EXPECT_TRUE(film.card(Kind::timecodeRate)->doubt.cure.starts_with("--tc-rate 23.976, then check a clap"));
     EXPECT_FALSE(film.card(Kind::constantOffset));
 

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Services/Matching/AssetPlacement.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <optional>
 #include <set>
@@ -17,6 +19,8 @@
 namespace orvane {
 
 namespace {
+
+constexpr double aFrameSeconds = 1.0 / 24; // and less, at any higher rate
 
 /// Timecode that was counted at another rate than the files say.
 class RateDoubts {
@@ -112,6 +116,7 @@ class RateDoubts {
     }
     void addRate(const Rate& rate) {
         const std::string text = rateText(rate.rate);
+        const auto concerned = concernedBy(rate.rate);
         // Timecode that was set at one moment and runs at the rate that it states is as likely.
         const auto& [first, last] = rate.found.offsets;
         std::string offsetFits, offsetCure;
@@ -121,7 +126,8 @@ class RateDoubts {
                          (offset < 0 ? " earlier" : " later") + " they would as well";
             offsetCure = ", then check a clap early and one late on the card; where both are off, and not "
                          "alike, --sound-offset " +
-                         offsetText(offset + shoot_.input.rules.soundOffsetSeconds, rate_) + " instead";
+                         offsetText(offset + shoot_.input.rules.soundOffsetSeconds, rate_) + " instead" +
+                         aloneIn(concerned);
         }
         addCardDoubt(doubts_,
                      {SyncDoubt::Kind::timecodeRate,
@@ -130,7 +136,34 @@ class RateDoubts {
                           counted(clips_.uncovered.size(), "clip", "clips") +
                           " without all of their sound would match" + offsetFits,
                       "--tc-rate " + text + offsetCure},
-                     clips_.all); // what has sound has it by the wrong rate
+                     concerned);
+    }
+    /// For an offset, which would move the sound of the other clips as well; empty without others.
+    std::string aloneIn(const std::vector<const Shoot::Clip*>& clips) const {
+        const std::string_view folder = folderOf(clips.front()->group->video);
+        const auto isIn = [&](const Shoot::Clip* clip) { return folderOf(clip->group->video) == folder; };
+        if (clips.size() == clips_.all.size() || !std::ranges::all_of(clips, isIn)) return {};
+        return OffsetCure(shoot_, rate_).inAScanOfClips({std::string(folder), std::nullopt, {}});
+    }
+    /// Those without all of their sound, and those whose sound would move: what has sound may have it by the
+    /// wrong rate.
+    std::vector<const Shoot::Clip*> concernedBy(TimecodeFrameRate rate) const {
+        MatchRules rules = shoot_.input.rules;
+        rules.timecodeRate = rate;
+        Places places(rules);
+        const auto stays = [&](const Shoot::Clip* clip) {
+            if (!clip->isCovered || !clip->primary) return false;
+            const Recording& own = shoot_.recordings[*clip->primary];
+            const auto picture = places.of(clip->group->video), sound = places.of(*own.asset);
+            if (!picture || !sound) return false;
+            const auto between = [](const FilePlace& first, const FilePlace& second) {
+                return second.range.startSeconds - first.range.startSeconds;
+            };
+            return std::abs(between(*picture, *sound) - between(*clip->place, own.place)) <= aFrameSeconds;
+        };
+        std::vector<const Shoot::Clip*> concerned;
+        std::ranges::remove_copy_if(clips_.all, std::back_inserter(concerned), stays);
+        return concerned;
     }
 
     const Shoot& shoot_;
@@ -148,7 +181,8 @@ bool addRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubt
 void addGivenRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts) {
     const MatchRules& rules = shoot.input.rules;
     if (!rules.timecodeRate || rules.soundOffsetSeconds != 0) return;
-    std::vector<const Shoot::Clip*> moved; // against each other, where they are read as they state
+    std::vector<const Shoot::Clip*> moved;       // against each other, where they are read as they state
+    std::set<std::string_view> folders, staying; // of these clips, and of those that lie alike at both rates
     std::set<std::size_t> used;
     double first = -std::numeric_limits<double>::infinity(), last = -first;
     int heard = 0;
@@ -161,12 +195,15 @@ void addGivenRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& 
         const auto picture = AssetPlacement(clip->group->video).range();
         const auto sound = AssetPlacement(*match.audio).range();
         if (!picture || !sound) continue;
-        constexpr double aFrame = 0.01; // and less, at any rate
         const double start = std::remainder(sound->startSeconds - picture->startSeconds, secondsADay);
-        if (std::abs(start - match.syncOffsetSeconds) > aFrame) {
-            moved.push_back(clip);
-            used.insert(*clip->primary);
+        const std::string_view folder = folderOf(clip->group->video);
+        if (std::abs(start - match.syncOffsetSeconds) <= aFrameSeconds) {
+            staying.insert(folder);
+            continue;
         }
+        moved.push_back(clip);
+        folders.insert(folder);
+        used.insert(*clip->primary);
         first = std::max(first,
                          picture->durationSeconds() - (start + sound->durationSeconds()) - coverSlackSeconds);
         last = std::min(last, coverSlackSeconds - start);
@@ -175,8 +212,21 @@ void addGivenRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& 
     if (heard >= explanation::fewest || std::cmp_less(moved.size(), explanation::fewest) ||
         std::cmp_less(used.size(), explanation::fewest) || first > last || (first <= 0 && last >= 0))
         return;
+    // An offset would move the sound of the others as well.
+    if (!staying.empty() && (folders.size() > 1 || staying.contains(*folders.begin()))) return;
     const double offset = std::round((first + last) / 2);
-    const auto stated = rateOfMostClips(shoot.input.groups);
+    // The rate that the clips state is none at all to recordings that count samples.
+    const TimecodeFrameRate stated = labelRate(moved.front()->group->video);
+    const bool isStatedByAll = std::ranges::all_of(moved, [&](const Shoot::Clip* clip) {
+        return labelRate(clip->group->video) == stated && shoot.recordings[*clip->primary].isCounted;
+    });
+    std::string instead = "a scan without the rate";
+    if (isStatedByAll) {
+        instead = "--tc-rate " + rateText(stated) + " --sound-offset " + offsetText(offset, stated);
+        if (!staying.empty())
+            instead +=
+                OffsetCure(shoot, stated).inAScanOfClips({std::string(*folders.begin()), std::nullopt, {}});
+    }
     addCardDoubt(
         doubts,
         {SyncDoubt::Kind::timecodeRate,
@@ -186,8 +236,8 @@ void addGivenRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& 
              "state, with the recordings moved by about " +
              spanText(std::abs(offset)) + (offset < 0 ? " earlier" : " later"),
          "check a clap early and one late on the card, and lock the clips where both are right; where they "
-         "are off, and not alike, --sound-offset " +
-             offsetText(offset, stated) + " without the rate"},
+         "are off, and not alike, " +
+             instead},
         moved);
 }
 

@@ -8,7 +8,7 @@
 
 #include <algorithm>
 #include <array>
-#include <iterator>
+#include <set>
 #include <utility>
 
 namespace orvane::cli {
@@ -114,18 +114,30 @@ std::string shellWord(const std::string& word) {
 
 using Parts = std::vector<Arguments::Part>;
 
-/// What of the call stays beside the cure.
+/// By which an option replaces another one: its name, with the key of a setting, with the value of what may
+/// come again.
+std::string identityOf(std::string_view option, const std::string& value) {
+    std::string identity(option);
+    if (isAmong(option, cureOptionsOfOneValue)) return identity;
+    return identity + " " + (option == "--set" ? value.substr(0, value.find('=')) : value);
+}
+
+/// What of the call stays beside the cure: no option twice, of those that replace each other the last.
 Parts besideCure(const Parts& call, const CureOptions& cure) {
+    std::set<std::string> later;
+    for (const CureOption& option : cure.options) later.insert(identityOf(option.name, option.value));
     const auto isReplaced = [&](const Arguments::Part& part) {
-        if (isAmong(part.option, cureOptionsOfOneValue)) return cure.has(part.option);
+        if (!part.option.empty() && !later.insert(identityOf(part.option, part.value)).second) return true;
         const bool isFolder = part.option.empty() || part.option == "--video" || part.option == "--audio";
         return isFolder &&
                (cure.namesFolders() ||
                 std::ranges::find(cure.foldersLeftOut, platform::files::standardized(part.value)) !=
                     cure.foldersLeftOut.end());
     };
-    Parts rest;
-    std::ranges::remove_copy_if(call, std::back_inserter(rest), isReplaced);
+    Parts rest; // from the last to the first
+    for (auto part = call.rbegin(); part != call.rend(); ++part)
+        if (!isReplaced(*part)) rest.push_back(*part);
+    std::ranges::reverse(rest);
     return rest;
 }
 
@@ -168,6 +180,7 @@ bool numberOutput(Parts& parts, int number) {
 CureCommands::CureCommands(std::span<const std::string> call) : start_(call.begin(), call.begin() + 2) {
     const auto command = std::ranges::find(allCommands(), call[1], &Command::name);
     if (command != allCommands().end()) parts_ = argumentsOf(**command, call.subspan(2)).parts();
+    given_.insert(shellLine(wordsOf(start_, besideCure(parts_, {}), {}))); // what is in force cures nothing
 }
 
 std::optional<std::string> CureCommands::next(std::string_view cure) {

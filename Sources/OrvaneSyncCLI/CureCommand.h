@@ -21,7 +21,8 @@ class CureCommands {
     /// The call with the options of the first way that the cure names. Where these leave cards out, it writes
     /// a document of its own beside that of the call: "OUT-2.fcpxml", "OUT-3.fcpxml" and so on. Nothing where
     /// no options do all of it, as where files have to be put into a folder of their own, for names that no
-    /// terminal shows, and for a call that was given before.
+    /// terminal shows, and for a call that was given before or does nothing else than this one. No option
+    /// comes twice, and no setting.
     std::optional<std::string> next(std::string_view cure);
 
   private:

@@ -11,11 +11,16 @@ namespace orvane {
 
 namespace {
 
-/// The path stands for itself in a pattern.
+/// The path stands for itself in a pattern, but for what no terminal shows and nobody types.
 std::string escaped(std::string_view path) {
+    constexpr char firstPrintable = ' ', deleted = '\x7f';
     std::string pattern;
-    for (const char c : path)
-        pattern += c == '*' || c == '?' || c == '[' ? std::string{'[', c, ']'} : std::string{c};
+    for (const char c : path) {
+        const bool isControl = (c >= 0 && c < firstPrintable) || c == deleted;
+        pattern += isControl                          ? std::string{'?'}
+                   : c == '*' || c == '?' || c == '[' ? std::string{'[', c, ']'}
+                                                      : std::string{c};
+    }
     return pattern;
 }
 
@@ -188,12 +193,22 @@ LeavingOut::of(const std::function<bool(const MediaAsset&)>& isLeftOut) const {
         std::set<std::string> shapes;
         for (const std::string& name : names) shapes.insert(shapeOf(name));
         constexpr std::size_t most = 4;
-        if (shapes.size() > most) return std::nullopt;
-        for (const std::string& shape : shapes)
-            if (!propose(own + shape, [&](const std::string& file) {
+        const std::size_t before = options.globs.size();
+        if (shapes.size() <= most && std::ranges::all_of(shapes, [&](const std::string& shape) {
+                return propose(own + shape, [&](const std::string& file) {
                     return isMeant(file) && shapeOf(lastName(file)) == shape;
-                }))
-                return std::nullopt;
+                });
+            }))
+            continue;
+        options.globs.resize(before);
+        // Neighbours in numbers: a few can be named.
+        constexpr std::size_t mostNames = 4;
+        if (names.size() > mostNames || !std::ranges::all_of(names, [&](const std::string& name) {
+                return propose(own + escaped(name), [&](const std::string& file) {
+                    return isMeant(file) && lastName(file) == name;
+                });
+            }))
+            return std::nullopt;
     }
     return options;
 }

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 
 namespace orvane {
 
@@ -39,7 +40,14 @@ std::string OffsetCure::of(const Card& card, double offset) const {
 std::string OffsetCure::inAScanOfRecordings(const Card& card, bool isPart,
                                             const std::set<std::string_view>& cameras) const {
     // Nothing but their order tells such recordings from those that are right.
-    if (isPart) return inAScanWithout(std::nullopt, "recordings");
+    if (isPart) {
+        std::set<UUID> own;
+        for (const std::size_t file : card.files) own.insert(shoot_.recordings[file].asset->id);
+        return inAScanWithout(own.empty() ? std::nullopt : LeavingOut(shoot_).of([&](const MediaAsset& file) {
+            return file.kind == AssetKind::audio && !own.contains(file.id);
+        }),
+                              "recordings");
+    }
     return inAScanWithout(LeavingOut(shoot_).of([&](const MediaAsset& file) {
         return file.kind == AssetKind::audio ? !isOn(card, shoot_, file)
                                              : !cameras.empty() && !cameras.contains(folderOf(file));

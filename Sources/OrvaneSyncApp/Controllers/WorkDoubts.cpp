@@ -48,6 +48,11 @@ std::unordered_map<UUID, std::string> whyUnmatched(const DoubtSource& source, co
     return result;
 }
 
+std::optional<int> timecodeChannelOf(const platform::SettingsStore& store) {
+    return store.get(settings::ltcEnabled) ? std::optional(store.get(settings::ltcChannelIndex))
+                                           : std::nullopt;
+}
+
 } // namespace
 
 SyncDoubts DoubtSource::doubts(const FileNames& names, const std::stop_token& stop) const {
@@ -60,7 +65,7 @@ SyncDoubts DoubtSource::doubts(const FileNames& names, const std::stop_token& st
     std::vector<MediaAsset> gathered;
     return SyncDoubts::of({files.groups, recordings(gathered), rules, trimMode, smartAudioResults, names,
                            heard ? &heard->lags : nullptr, std::move(real),
-                           heard ? &heard->elsewhere : nullptr},
+                           heard ? &heard->elsewhere : nullptr, timecodeChannel},
                           stop);
 }
 
@@ -92,14 +97,19 @@ DoubtSource WorkDoubts::source() const {
             work_.environment.settings->get(settings::trimMode),
             smartAudio_.state().results,
             heard_,
-            work_.folders()};
+            work_.folders(),
+            timecodeChannelOf(*work_.environment.settings)};
 }
 
 WorkDoubts::Basis WorkDoubts::basis() const {
     const MatchRules& rules = work_.matchRules();
-    return {work_.revisionBesidesClips(), rules.days,
-            rules.soundOffsetSeconds,     rules.soundDay,
-            rules.timecodeRate,           work_.environment.settings->get(settings::trimMode)};
+    return {work_.revisionBesidesClips(),
+            rules.days,
+            rules.soundOffsetSeconds,
+            rules.soundDay,
+            rules.timecodeRate,
+            work_.environment.settings->get(settings::trimMode),
+            timecodeChannelOf(*work_.environment.settings)};
 }
 
 bool WorkDoubts::isBegun() const {

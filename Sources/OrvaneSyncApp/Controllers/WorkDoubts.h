@@ -30,6 +30,7 @@ struct DoubtSource {
     SmartAudioResults smartAudioResults;
     std::shared_ptr<const HeardSound> heard; ///< null: none were
     std::vector<FileURL> folders;            ///< of the scan
+    std::optional<int> timecodeChannel;      ///< as of `DoubtInput`
 
     /// `names`: of these files. Throws Stopped.
     SyncDoubts doubts(const FileNames& names, const std::stop_token& stop = {}) const;
@@ -82,9 +83,10 @@ class WorkDoubts {
   private:
     /// By group.
     using Reasons = std::unordered_map<UUID, std::string>;
-    /// What counts besides the clips: a revision of the work, the rules of its match, the way of trimming.
+    /// What counts besides the clips: a revision of the work, the rules of its match, the way of trimming,
+    /// the channel of linear timecode.
     using Basis = std::tuple<std::uint64_t, MatchingDays, double, std::optional<long>,
-                             std::optional<TimecodeFrameRate>, TrimMode>;
+                             std::optional<TimecodeFrameRate>, TrimMode, std::optional<int>>;
 
     Basis basis() const;
     /// Of what the last derivation that was begun is.

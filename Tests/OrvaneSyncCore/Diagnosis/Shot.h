@@ -47,12 +47,17 @@ struct Shot {
     SyncGroupList groups = {};
     SyncDoubts doubts = {};
 
-    void diagnose(const MatchRules& rules = {}, TrimMode trim = TrimMode::commonDuration) {
-        groups = SyncEngine().match(videos, audios, rules);
+    void derive(const MatchRules& rules = {}, TrimMode trim = TrimMode::commonDuration) {
         FileNames names;
         for (const MediaAsset& file : videos) names.add(file);
         for (const MediaAsset& file : audios) names.add(file);
-        doubts = SyncDoubts::of({groups, audios, rules, trim, {}, names});
+        DoubtInput input{groups, audios, rules, trim, {}, names};
+        input.timecodeChannel = timecodeChannel;
+        doubts = SyncDoubts::of(input);
+    }
+    void diagnose(const MatchRules& rules = {}, TrimMode trim = TrimMode::commonDuration) {
+        groups = SyncEngine().match(videos, audios, rules);
+        derive(rules, trim);
         if (!settlesAll && locks.empty() && !locksWhatIsHeard) return;
         for (SyncGroup group : groups) {
             if (settlesAll && group.matchStatus.kind == MatchStatus::Kind::ambiguous)
@@ -60,10 +65,11 @@ struct Shot {
             group.isLocked = locksWhatIsHeard ? !group.isMOS() : group.video.filename == locks;
             groups.update(group.id, [&](SyncGroup& own) { own = group; });
         }
-        doubts = SyncDoubts::of({groups, audios, rules, trim, {}, names});
+        derive(rules, trim);
     }
-    bool settlesAll = false; ///< whatever is ambiguous, by what it lists first
-    std::string locks = {};  ///< the clip of this name
+    std::optional<int> timecodeChannel = {}; ///< as of `DoubtInput`
+    bool settlesAll = false;                 ///< whatever is ambiguous, by what it lists first
+    std::string locks = {};                  ///< the clip of this name
     bool locksWhatIsHeard = false;
     void date(std::vector<MediaAsset>& files, const char* day, std::size_t from = 0) {
         for (std::size_t i = from; i < files.size(); ++i)

@@ -74,6 +74,105 @@ TEST(SyncDoubts, TwoDaysNeverMixSilently) {
     EXPECT_GT(wrongInAll, 0) << "nothing was mixed up, so nothing was looked at";
 }
 
+TEST(SyncDoubts, SoundWithoutACommonTimecodeIsInDoubtUntilItIsMoved) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    struct Case {
+        const char* name;
+        double picture, sound; ///< seconds since midnight; without timecode below 0
+        double header;         ///< of the picture
+        double moved;          ///< by hand
+        std::string frames;    ///< proposed; "-": in doubt without any, "": no doubt
+    };
+    const Case cases[] = {
+        {"a phone, dated as it began", -1, 36000, 36003, 0, "-75"},
+        {"dated as it ended", -1, 36000, 36013, 0, "-75"},
+        {"a clock of another zone", -1, 36000, 43203, 0, "-"},
+        {"a camera that knows no time", 0, 36000, 36003, 0, "-900075"},
+        {"a recorder without timecode", 36003, -1, 36003, 0, "-"},
+        {"moved", -1, 36000, 36003, -3, ""},
+        {"both count", 36003, 36000, 36003, 0, ""},
+        {"a night at 00:00:00:00", 0, 86395, 2, 0, ""},
+    };
+    for (const Case& one : cases) {
+        Shot shot;
+        shot.videos.push_back(clipAt("/C/A.mov", std::max(one.picture, 0.0), 10));
+        shot.videos.back().frameRate = 25;
+        shot.audios.push_back(recordingAt("/S/T.wav", std::max(one.sound, 0.0), 20));
+        if (one.picture < 0) shot.videos.front().startTimecodeString.reset();
+        if (one.sound < 0) shot.audios.front().bextTimeReference.reset();
+        shot.videos.front().headerDate =
+            *dateFromISO8601("2024-05-17T00:00:00Z") + std::chrono::seconds(std::llround(one.header));
+        shot.date(shot.audios, "2024-05-17");
+        shot.diagnose();
+        shot.groups.update(shot.groups.begin()->id, [&](SyncGroup& own) {
+            own.audioMatches = {SyncEngine::matchByTimecode(own.video, shot.audios.front(), {})};
+            own.matchStatus = MatchStatus::manual();
+            own.manualAudioOffsetSeconds = one.moved;
+        });
+        shot.derive();
+        EXPECT_EQ(shot.count(Kind::noTimecode), one.frames.empty() ? 0 : 1) << one.name;
+        EXPECT_EQ(shot.count(Kind::shortSound), 0) << one.name;
+        if (shot.doubts.isEmpty()) continue;
+        const std::string message = shot.doubts.byGroup.begin()->second.front().message;
+        EXPECT_EQ(message.find("an offset of " + one.frames + " frames") != std::string::npos,
+                  one.frames != "-")
+            << one.name << ": " << message;
+    }
+}
+
+TEST(SyncDoubts, ARecordingDatedMidnightIsNamedWhereAClipLacksIt) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    struct Case {
+        const char* name;
+        const char* date; ///< of the recording without a time reference
+        double firstPart; ///< seconds of sound before midnight; none with 0
+        bool isNamed;
+    };
+    const Case cases[] = {
+        {"all there is", "2024-05-18T12:00:00Z", 0, true},
+        {"the second part of a take", "2024-05-18T12:00:00Z", 9, true},
+        {"the clip has its sound", "2024-05-18T12:00:00Z", 30, false},
+        {"another day", "2024-05-17T12:00:00Z", 0, false},
+    };
+    for (const Case& one : cases) {
+        Shot shot;
+        shot.videos.push_back(clipAt("/C/A.mov", 86395, 10));
+        shot.date(shot.videos, "2024-05-17");
+        if (one.firstPart > 0) shot.audios.push_back(recordingAt("/S/T_1.wav", 86391, one.firstPart));
+        shot.audios.push_back(recordingAt("/S/T_0.wav", 80000, 20)); // the recorder knows the time
+        shot.date(shot.audios, "2024-05-17");
+        shot.audios.push_back(recordingAt("/S/T_2.wav", 0, 11));
+        shot.audios.back().bextTimeReference.reset();
+        shot.audios.back().contentCreatedDate = dateFromISO8601(one.date);
+        shot.diagnose();
+        EXPECT_EQ(shot.count(Kind::noTimecode), one.isNamed) << one.name;
+        EXPECT_EQ(shot.count(Kind::shortSound), 0) << one.name;
+        if (!one.isNamed) continue;
+        const auto laid = SyncEngine::matchByTimecode(shot.videos.front(), shot.audios.back(), {});
+        EXPECT_EQ(laid.syncOffsetSeconds, 5) << one.name;
+        EXPECT_EQ(laid.overlapDurationSeconds, 5) << one.name;
+    }
+}
+
+TEST(SyncDoubts, LinearTimecodeIsProposedWhereItWasNotListenedFor) {
+    const std::pair<std::optional<int>, const char*> cases[] = {
+        {std::nullopt, "--set ltc.enabled=true"}, {0, "--set ltc.channelIndex=-1"}, {-1, ""}};
+    for (const auto& [channel, option] : cases)
+        for (const bool isMute : {false, true}) {
+            Shot shot;
+            shot.videos.push_back(clipAt("/C/A.mov", 0, 10));
+            shot.videos.front().startTimecodeString.reset();
+            shot.videos.front().channelCount = isMute ? 0 : 2;
+            shot.audios.push_back(recordingAt("/S/T.wav", 36000, 20));
+            shot.timecodeChannel = channel;
+            shot.diagnose();
+            const std::string cure = shot.doubts.byGroup.begin()->second.front().cure;
+            const bool isNone = isMute || *option == '\0';
+            EXPECT_NE(cure.find(isNone ? "attach" : option), std::string::npos) << cure;
+            EXPECT_EQ(cure.find("--set") == std::string::npos, isNone) << cure;
+        }
+}
+
 TEST(SyncDoubts, TimecodeIsHeldAgainstTheDatesOfTheFiles) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     struct Clip {

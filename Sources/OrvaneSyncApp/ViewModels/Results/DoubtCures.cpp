@@ -87,6 +87,12 @@ std::optional<Spoken> spokenSetting(const std::string& assignment) {
         return Spoken{"“Read Timecode from the Sound”",
                       CureStep{"Read Timecode from the Sound", "setSetting", std::move(arguments), true}};
     }
+    if (key == settings::ltcChannelIndex.key) {
+        JSON arguments = one("key", JSON(key));
+        arguments.set("value", JSON(settings::everyTimecodeChannel));
+        return Spoken{"“Read Timecode from Every Track”",
+                      CureStep{"Read Timecode from Every Track", "setSetting", std::move(arguments), true}};
+    }
     const auto mode = fromRawValue<TrimMode>(value);
     if (key != settings::trimMode.key || !mode) return std::nullopt;
     const std::string name(displayText(*mode));
@@ -122,8 +128,11 @@ std::optional<Spoken> spoken(const Quoted& quoted) {
 }
 
 /// Phrases of the core that name what only a terminal has.
-constexpr std::array<std::pair<std::string_view, std::string_view>, 7> phrases{{
+constexpr std::array<std::pair<std::string_view, std::string_view>, 9> phrases{{
+    {" (a file name under 'choice' and its offset under 'offset_frames' in the table of 'scan --review')",
+     ""},
     {" (a file name under 'choice' in the table of 'scan --review')", ""},
+    {" (under 'offset_frames' in the table of 'scan --review')", ""},
     {"choose in the table of 'scan --review'", "choose the recording in the clip's menu"},
     {"an x under 'skip' in the table of 'scan --review' to leave the clip out",
      "“Toggle Excluded” to leave the clip out"},

@@ -392,7 +392,9 @@ class ClipDoubts {
     void shortSound() {
         // Whoever cuts to the sound knows that it is shorter.
         if (shoot_.input.trimMode == TrimMode::overlap) return;
-        if (!clip_.place || group_.video.isOffspeed() || take_.isEmpty()) return;
+        if (!clip_.place || clip_.isUnplaced || clip_.atMidnight != nullptr || group_.video.isOffspeed() ||
+            take_.isEmpty())
+            return;
         const double start = take_.offsetSeconds + group_.manualAudioOffsetSeconds;
         const double before = std::clamp(start, 0.0, length());
         const double after = std::clamp(length() - (start + take_.durationSeconds), 0.0, length());
@@ -445,7 +447,7 @@ class ClipDoubts {
     }
     void cutByTrim() {
         const auto cut = cutOff();
-        if (!cut || isSoundCutOff()) return; // which says both
+        if (!cut || isSoundCutOff() || clip_.atMidnight != nullptr) return; // which says both
         const double picture = group_.video.durationSeconds.value_or(0);
         add(Kind::cutByTrim,
             name_ + " is cut from " + formatted("%.1f s", picture) +

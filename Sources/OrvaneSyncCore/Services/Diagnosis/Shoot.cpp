@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Stop.h"
 #include "Timecode/TimecodeFrameRate.h"
 
@@ -11,6 +12,7 @@
 #include <chrono>
 #include <cmath>
 #include <map>
+#include <set>
 #include <utility>
 
 namespace orvane {
@@ -55,7 +57,46 @@ bool isDecidedAlone(const SyncGroup& group, const IsOfOtherDay& isOfOtherDay, co
     return !hasAlternate;
 }
 
+bool isUnplaced(const Shoot::Clip& clip, Places& places) {
+    const SyncGroup& group = *clip.group;
+    if (group.audioMatches.empty() || group.matchStatus.kind != MatchStatus::Kind::manual || group.isLocked ||
+        group.manualAudioOffsetSeconds != 0)
+        return false;
+    const AudioMatch& first = group.audioMatches.front();
+    if (!clip.place || !places.of(*first.audio)) return true;
+    return countsFromZero(group.video) && !(first.overlapDurationSeconds > 0);
+}
+
+/// `recordings`: without a place in time.
+const MediaAsset* soundAtMidnight(const Shoot::Clip& clip, const std::vector<const MediaAsset*>& recordings,
+                                  const Places& places) {
+    const auto& matches = clip.group->audioMatches;
+    for (const MediaAsset* recording : recordings)
+        if (places.midnightOffset(*clip.place, *recording) &&
+            std::ranges::none_of(matches,
+                                 [&](const AudioMatch& match) { return match.audio->id == recording->id; }))
+            return recording;
+    return nullptr;
+}
+
 } // namespace
+
+std::optional<double> writtenSeconds(const MediaAsset& video) {
+    for (const auto& date : {video.localCreatedDate(), video.headerDate})
+        if (date && secondOfDay(*date) != 0)
+            return static_cast<double>(dayNumber(*date)) * secondsADay + secondOfDay(*date);
+    return std::nullopt;
+}
+
+bool countsFromZero(const MediaAsset& video) {
+    const auto isOther = [](char c) { return c >= '1' && c <= '9'; };
+    if (video.bextTimeReference.value_or(0) != 0 || !video.startTimecodeString ||
+        std::ranges::any_of(*video.startTimecodeString, isOther))
+        return false;
+    constexpr double nearMidnight = 300;
+    const auto seconds = writtenSeconds(video);
+    return !seconds || std::abs(std::remainder(*seconds, secondsADay)) > nearMidnight;
+}
 
 double heardSeconds(const SyncGroup& group, const Take& take) {
     std::map<int, double> byChannel;
@@ -92,6 +133,13 @@ Shoot::Shoot(const DoubtInput& theInput, const std::stop_token& theStop) : input
     recordings = recordingsAmong(input.recordings, places, stop);
     wholes = WholeRecordings::of(recordings, input.rules.days, coverSlackSeconds, stop);
     for (std::size_t i = 0; i < recordings.size(); ++i) recordingByID[recordings[i].asset->id] = i;
+    std::set<std::string_view> knowTime; // folders
+    for (const Recording& recording : recordings) knowTime.insert(folderOf(*recording.asset));
+    std::vector<const MediaAsset*> dated; // without a start
+    for (const MediaAsset& recording : input.recordings)
+        if (recording.contentCreatedDate && !recording.isAtmo() && !recordingByID.contains(recording.id) &&
+            knowTime.contains(folderOf(recording)))
+            dated.push_back(&recording);
     for (const SyncGroup& group : input.groups) places.learn(group.video);
     clips.reserve(input.groups.size());
     platform::StopCheck check(stop);
@@ -122,6 +170,9 @@ Shoot::Shoot(const DoubtInput& theInput, const std::stop_token& theStop) : input
         if (clip.place) {
             clip.isCovered = isCovered(group, clip.place->range.durationSeconds());
         }
+        clip.isUnplaced = isUnplaced(clip, places);
+        if (clip.place && !clip.isCovered && !clip.isUnplaced)
+            clip.atMidnight = soundAtMidnight(clip, dated, places);
         clips.push_back(clip);
     }
 }

@@ -26,6 +26,12 @@ struct Shoot {
         std::optional<std::size_t> primary;
         bool isDecided = false; ///< by the editor: no doubt about which recording it has
         bool isCovered = false; ///< as `isCovered` of its group
+        /// Its first recording was attached by hand, and no timecode that both count says where it lies;
+        /// where nobody has moved it.
+        bool isUnplaced = false;
+        /// A recording without a start, of a recorder that knows the time, which may have begun at midnight
+        /// under it (`Places::midnightOffset`). Of a clip that is not covered, and has it not.
+        const MediaAsset* atMidnight = nullptr;
 
         std::optional<long> likelyDay() const { return place->likelyDay(); }
         /// Its place on that day.
@@ -103,6 +109,13 @@ bool isOn(const Card& card, const Shoot& shoot, const MediaAsset& recording);
 std::vector<Card> cardsOf(const std::vector<Recording>& recordings);
 /// By `likelyDay`. Clips without a place are on no card.
 std::vector<Card> cardsOf(const std::vector<Shoot::Clip>& clips);
+
+/// The time of the file's own date, else of its header, seconds since 1970 in the user's calendar. A date at
+/// midnight is one without a time of day.
+std::optional<double> writtenSeconds(const MediaAsset& video);
+/// A timecode of zeros, as movies have it whose camera knows no time. One that is dated about midnight may be
+/// a night's.
+bool countsFromZero(const MediaAsset& video);
 
 /// Without the file's name and the slash before it.
 std::string_view folderOf(const MediaAsset& asset);

@@ -10,6 +10,7 @@
 
 #include <initializer_list>
 #include <map>
+#include <optional>
 #include <stop_token>
 #include <unordered_map>
 #include <vector>
@@ -31,6 +32,9 @@ struct DoubtInput {
     std::vector<FileURL> folders = {};
     /// Of clips whose cameras heard another recording, by match. Null: none were listened to.
     const std::unordered_map<UUID, HeardElsewhere>* heardElsewhere = nullptr;
+    /// Of sound, from 0, on which linear timecode is listened for, or `settings::everyTimecodeChannel`;
+    /// absent: on none.
+    std::optional<int> timecodeChannel = {};
 };
 
 /// Why clips may not have the right sound. Derived anew from the state of the work; pure, any thread.

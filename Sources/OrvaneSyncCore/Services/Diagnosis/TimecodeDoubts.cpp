@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
+#include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 #include "OrvaneSyncCore/Utilities/FilenameUtils.h"
@@ -28,9 +29,12 @@ class TimecodeDoubts {
 
     void add() {
         for (const Shoot::Clip& clip : shoot_.clips) {
+            if (clip.isUnplaced && !clip.group->isExcludedFromExport) unplaced(clip);
             if (clip.isDecided || clip.group->matchStatus.kind == MatchStatus::Kind::mos) continue;
-            if (!clip.place || countsFromZero(clip))
+            if (!clip.place || (clip.group->isMOS() && countsFromZero(clip.group->video)))
                 withoutTimecode(clip);
+            else if (clip.atMidnight != nullptr)
+                atMidnight(clip);
             else if (clip.group->isMOS())
                 otherCount(clip);
             if (!clip.place) continue;
@@ -52,15 +56,8 @@ class TimecodeDoubts {
         const TCRange& range() const { return clip->place->range; }
     };
 
-    /// By the date of the file, else by that of its header. A date at midnight is one without a time of day.
-    static std::optional<double> secondsOf(const MediaAsset& video) {
-        for (const auto& date : {video.localCreatedDate(), video.headerDate})
-            if (date && secondOfDay(*date) != 0)
-                return static_cast<double>(dayNumber(*date)) * secondsADay + secondOfDay(*date);
-        return std::nullopt;
-    }
     static std::optional<Written> writtenOf(const Shoot::Clip& clip) {
-        const auto seconds = secondsOf(clip.group->video);
+        const auto seconds = writtenSeconds(clip.group->video);
         return seconds ? std::optional(Written{&clip, *seconds}) : std::nullopt;
     }
     static std::string momentText(double seconds) {
@@ -73,17 +70,6 @@ class TimecodeDoubts {
         doubts_.byGroup[clip.group->id].push_back({kind, std::move(message), std::move(cure)});
     }
 
-    /// As movies do whose camera knows no time. One that is dated about midnight may be a night's.
-    static bool countsFromZero(const Shoot::Clip& clip) {
-        const MediaAsset& video = clip.group->video;
-        const auto isOther = [](char c) { return c >= '1' && c <= '9'; };
-        if (!clip.group->isMOS() || video.bextTimeReference.value_or(0) != 0 || !video.startTimecodeString ||
-            std::ranges::any_of(*video.startTimecodeString, isOther))
-            return false;
-        constexpr double nearMidnight = 300;
-        const auto seconds = secondsOf(video);
-        return !seconds || std::abs(std::remainder(*seconds, secondsADay)) > nearMidnight;
-    }
     void withoutTimecode(const Shoot::Clip& clip) {
         const MediaAsset& video = clip.group->video;
         const double length = video.durationSeconds.value_or(0);
@@ -92,12 +78,67 @@ class TimecodeDoubts {
             shoot_.nameOf(video) +
             (clip.place ? " counts from 00:00:00:00, as cameras do that know no time" : " has no timecode") +
             ", and no sound can be found for it";
-        if (const auto seconds = secondsOf(video)) {
+        if (const auto seconds = writtenSeconds(video)) {
             message += "; it is dated " + momentText(*seconds);
-            if (const auto sound = soundAt(*seconds, length))
-                message += ", when " + shoot_.nameOf(*shoot_.recordings[*sound].asset) + " was recorded";
+            if (const auto sound = soundAt(*seconds, length)) {
+                const MediaAsset& recording = *shoot_.recordings[*sound].asset;
+                message += ", when " + shoot_.nameOf(recording) + " was recorded";
+                const auto laid = SyncEngine::matchByTimecode(video, recording, shoot_.input.rules);
+                if (const auto frames = framesByDate(video, shoot_.recordings[*sound].place, laid))
+                    message += " and lies by that date with an offset of " + *frames + " frames";
+            }
         }
-        doubt(clip, Kind::noTimecode, std::move(message), byHand("its recording"));
+        doubt(clip, Kind::noTimecode, std::move(message), byHand("its recording", &video));
+    }
+    void atMidnight(const Shoot::Clip& clip) {
+        const MediaAsset& recording = *clip.atMidnight;
+        doubt(clip, Kind::noTimecode,
+              shoot_.nameOf(recording) + " of " + dayText(dayNumber(*recording.localCreatedDate())) +
+                  " has a time reference of 0, as recorders write it that know no time; if it began at "
+                  "midnight, it is sound of " +
+                  shoot_.nameOf(clip.group->video),
+              "attach it by hand (a file name under 'choice' in the table of 'scan --review'), which lays it "
+              "at midnight");
+    }
+    /// The sound lies somewhere, and looks as if it were right.
+    void unplaced(const Shoot::Clip& clip) {
+        const MediaAsset& video = clip.group->video;
+        const AudioMatch& match = clip.group->audioMatches.front();
+        std::string message =
+            shoot_.nameOf(*match.audio) + " was attached to " + shoot_.nameOf(video) +
+            " by hand, and no timecode says where in the clip it begins: it is laid " +
+            (match.syncOffsetSeconds == 0
+                 ? "from the first picture on"
+                 : (clip.primary ? "where the timecodes have it, " : "at midnight, ") +
+                       spanText(std::abs(match.syncOffsetSeconds)) + " from the first picture");
+        const auto seconds = writtenSeconds(video);
+        const auto frames = seconds && clip.primary
+                                ? framesByDate(video, shoot_.recordings[*clip.primary].place, match)
+                                : std::nullopt;
+        if (frames)
+            message += "; by the date of the clip, " + momentText(*seconds) + ", it lies with an offset of " +
+                       *frames + " frames";
+        doubt(clip, Kind::noTimecode, std::move(message),
+              "set its offset in frames (under 'offset_frames' in the table of 'scan --review') by a clap, "
+              "and lock the clip where the sound is right without one");
+    }
+    /// What a table says as `offset_frames` so that the recording lies under the clip by the date of the
+    /// clip, which is that of its first picture or of its last; absent where it does not lie under the clip
+    /// then.
+    static std::optional<std::string> framesByDate(const MediaAsset& video, const FilePlace& sound,
+                                                   const AudioMatch& laid) {
+        const auto written = writtenSeconds(video);
+        const double length = video.durationSeconds.value_or(0);
+        if (!written || !sound.day) return std::nullopt;
+        const double day = static_cast<double>(*sound.day) * secondsADay;
+        const TCRange recorded{day + sound.range.startSeconds, day + sound.range.endSeconds};
+        for (const double start : {*written, *written - length}) {
+            if (!covers(recorded, {start, start + length})) continue;
+            const double seconds = recorded.startSeconds - start - laid.syncOffsetSeconds;
+            if (std::abs(seconds) > secondsADay) return std::nullopt;
+            return std::to_string(std::llround(seconds * clipRate(video, rateWithoutAny)));
+        }
+        return std::nullopt;
     }
     /// Of folders in which no recording has a start: no clip can find them.
     void recordingsWithoutTimecode() {
@@ -129,11 +170,18 @@ class TimecodeDoubts {
                 silent);
         }
     }
-    static std::string byHand(const char* what) {
-        return std::string("attach ") + what +
-               " by hand (a file name under 'choice' in the table of 'scan --review'); where timecode was "
-               "recorded on a sound channel, --set " +
-               std::string(settings::ltcEnabled.key) + "=true listens for it";
+    /// `file`: that may hold timecode on a channel of its sound.
+    std::string byHand(const char* what, const MediaAsset* file = nullptr) const {
+        const auto& heard = shoot_.input.timecodeChannel;
+        std::string cure = std::string("attach ") + what +
+                           " by hand (a file name under 'choice' and its offset under 'offset_frames' in the "
+                           "table of 'scan --review')";
+        const bool mayHold = file == nullptr || file->channelCount.value_or(0) > 0;
+        if (!mayHold || heard == settings::everyTimecodeChannel) return cure;
+        const std::string option = heard ? std::string(settings::ltcChannelIndex.key) + "=" +
+                                               std::to_string(settings::everyTimecodeChannel)
+                                         : std::string(settings::ltcEnabled.key) + "=true";
+        return cure + "; where timecode was recorded on a sound channel, --set " + option + " listens for it";
     }
     /// The recording under a clip of that length that begins or ends then.
     std::optional<std::size_t> soundAt(double seconds, double length) {

@@ -81,6 +81,19 @@ bool areOfOtherDays(const FilePlace& clip, const std::optional<FilePlace>& sound
         clip.range, {sound->range.startSeconds + between, sound->range.endSeconds + between});
 }
 
+std::optional<double> Places::midnightOffset(const FilePlace& clip, const MediaAsset& recording) const {
+    const auto date = recording.localCreatedDate();
+    const auto filmed = clip.likelyDay();
+    if (recording.startTimecodeString || recording.bextTimeReference || !date || !filmed ||
+        rules_.soundOffsetSeconds != 0 || rules_.soundDay)
+        return std::nullopt;
+    const double offset =
+        static_cast<double>(dayNumber(*date) - *filmed) * secondsADay - clip.range.startSeconds;
+    const SyncEngine::TCRange picture{0, clip.range.durationSeconds()},
+        sound{offset, offset + recording.durationSeconds.value_or(0)};
+    return SyncEngine::overlapDuration(picture, sound) ? std::optional(offset) : std::nullopt;
+}
+
 std::string_view folderPath(const MediaAsset& asset) {
     const std::string& path = asset.url.path;
     return std::string_view(path).substr(0, path.rfind('/') + 1);

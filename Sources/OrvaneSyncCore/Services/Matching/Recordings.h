@@ -51,6 +51,11 @@ class Places {
     /// than the timecode. All files before the first `of`.
     void learn(const MediaAsset& asset);
     std::optional<FilePlace> of(const MediaAsset& asset);
+    /// Where on the clip the midnight lies with which the day of a recording without a start begins, seconds
+    /// from the first picture: the count of one that began then looks like that of a recorder that knows no
+    /// time. Absent where the two would not meet, where a day is not known, and with a correction of the
+    /// sound.
+    std::optional<double> midnightOffset(const FilePlace& clip, const MediaAsset& recording) const;
     const MatchRules& rules() const { return rules_; }
 
   private:

@@ -195,6 +195,11 @@ AudioMatch SyncEngine::matchByTimecode(const MediaAsset& video, const MediaAsset
                                        const MatchRules& rules) {
     Places places(rules);
     const auto picture = places.of(video), sound = places.of(audio);
+    if (picture && !sound)
+        if (const auto start = places.midnightOffset(*picture, audio)) {
+            const double end = std::min(picture->range.durationSeconds(), *start + *audio.durationSeconds);
+            return {audio, *start, end - std::max(0.0, *start)};
+        }
     if (!picture || !sound) return {audio, 0, 0};
     // By time of day, whatever their days: who attaches by hand knows better. Across midnight where they meet
     // there and not within the day.

@@ -47,7 +47,8 @@ class SyncEngine {
     static std::optional<double> overlapDuration(const TCRange& a, const TCRange& b);
 
     /// The audio where the timecodes lay it; at the start of the clip where one of the two has no place. By
-    /// time of day, and but for the rule `neighbours` across midnight too.
+    /// time of day, and but for the rule `neighbours` across midnight too. A recording that may have begun at
+    /// the midnight which the clip passes (`Places::midnightOffset`) lies there.
     static AudioMatch matchByTimecode(const MediaAsset& video, const MediaAsset& audio,
                                       const MatchRules& rules = MatchRules::neighbours());
 

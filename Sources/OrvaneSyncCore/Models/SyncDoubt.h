@@ -29,6 +29,7 @@ struct SyncDoubt {
         noTimecode,     ///< nothing says when the clip was filmed
         cutFile,        ///< a file ends before what its headers promise
         drift,          ///< the sound runs faster or slower than the picture
+        missingFile,    ///< a take in mono files lacks one that others have
     };
 
     Kind kind = Kind::ambiguous;
@@ -41,10 +42,10 @@ struct SyncDoubt {
 };
 template <>
 struct RawValues<SyncDoubt::Kind> {
-    static constexpr std::array<std::string_view, 14> texts{
+    static constexpr std::array<std::string_view, 15> texts{
         "otherDay",     "ambiguous",  "otherDateFits", "constantOffset", "timecodeRate",
         "dropMix",      "shortSound", "mutedSpeech",   "cutByTrim",      "splitGap",
-        "notTimeOfDay", "noTimecode", "cutFile",       "drift"};
+        "notTimeOfDay", "noTimecode", "cutFile",       "drift",          "missingFile"};
 };
 
 /// The doubts whether the right recording lies under a clip. The others are about what is heard and seen of

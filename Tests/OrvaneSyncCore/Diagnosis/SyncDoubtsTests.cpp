@@ -154,6 +154,35 @@ TEST(SyncDoubts, ARecordingDatedMidnightIsNamedWhereAClipLacksIt) {
     }
 }
 
+TEST(SyncDoubts, AMonoFileThatOtherTakesHaveIsMissed) {
+    const std::pair<std::vector<const char*>, int> cases[] = {
+        {{"123", "123", "13"}, 1},      {{"123", "23", "123"}, 1},
+        {{"123", "12", "1"}, 0},        // fewer were armed
+        {{"13", "13", "13", "123"}, 0}, // as most
+        {{"13", "24", "3"}, 3},
+    };
+    for (const auto& [takes, doubted] : cases) {
+        Shot shot;
+        for (std::size_t i = 0; i < takes.size(); ++i) {
+            const double start = 36000 + 400 * static_cast<double>(i);
+            const std::string name = "T" + std::to_string(i);
+            shot.videos.push_back(clipAt("/C/A" + name + ".mov", start + 2, 10));
+            for (const char channel : std::string(takes[i])) {
+                shot.audios.push_back(recordingAt("/S/" + name + "_" + channel + ".wav", start, 20));
+                shot.audios.back().channelCount = 1;
+            }
+        }
+        shot.diagnose();
+        EXPECT_EQ(shot.count(Kind::missingFile), doubted) << takes.front() << " " << takes.back();
+    }
+    Shot parts; // one after the other
+    parts.videos.push_back(clipAt("/C/A.mov", 36005, 40));
+    for (const int part : {1, 3, 4})
+        parts.audios.push_back(recordingAt("/S/T_" + std::to_string(part) + ".wav", 36000 + 10 * part, 10));
+    parts.diagnose();
+    EXPECT_EQ(parts.count(Kind::missingFile), 0);
+}
+
 TEST(SyncDoubts, LinearTimecodeIsProposedWhereItWasNotListenedFor) {
     const std::pair<std::optional<int>, const char*> cases[] = {
         {std::nullopt, "--set ltc.enabled=true"}, {0, "--set ltc.channelIndex=-1"}, {-1, ""}};

@@ -125,6 +125,8 @@ std::string dayText(long sinceEpoch);
 std::string spanText(double seconds);
 
 void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts);
+/// Of takes in mono files.
+void addMissingChannels(const Shoot& shoot, SyncDoubts& doubts);
 void addCutFiles(const Shoot& shoot, SyncDoubts& doubts);
 /// Of clips whose first recording nothing speaks against but what was heard of it, so after all others but
 /// that.

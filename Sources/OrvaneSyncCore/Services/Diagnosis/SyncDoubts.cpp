@@ -13,6 +13,7 @@ SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) 
     SyncDoubts doubts;
     addCutFiles(shoot, doubts);
     addClipDoubts(shoot, doubts);
+    addMissingChannels(shoot, doubts);
     addClockDoubts(shoot, doubts);
     addDayDoubts(shoot, doubts);
     addRecorderDates(shoot, doubts);

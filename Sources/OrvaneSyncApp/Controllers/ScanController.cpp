@@ -176,6 +176,7 @@ platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std
                 auto assets = service->probeAll(urls, kind, report, notRead, stop);
                 if (kind == AssetKind::video) part.proxies = ProxyFiles::takeOut(assets);
                 if (kind == AssetKind::audio && sharesStarts) TakeStarts::share(assets);
+                if (kind == AssetKind::audio) TakeStarts::continueAtMidnight(assets);
                 (kind == AssetKind::video ? part.videoAssets : part.audioAssets) = std::move(assets);
                 return part;
             });

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Matching/TakeStarts.h"
 #include "Support/Assets.h"
+#include "Support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 
@@ -34,6 +35,33 @@ TEST(TakeStarts, AreThoseOfTheFileThatCarriesTheTimecode) {
         EXPECT_EQ(all[0].startTimecodeString.has_value(), isGiven);
         EXPECT_EQ(all[0].bextTimeReference, isGiven ? heard.bextTimeReference : std::nullopt);
         EXPECT_EQ(all[0].timecodeFrameRate, isGiven ? heard.timecodeFrameRate : std::nullopt);
+    }
+}
+
+TEST(TakeStarts, APartFromMidnightOnFollowsTheOneBefore) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    const auto dated = [](MediaAsset file, const char* date) {
+        file.contentCreatedDate = dateFromISO8601(std::string(date) + "T12:00:00Z");
+        return file;
+    };
+    const MediaAsset before = dated(recording("S/T2_1.WAV", "23:59:00:00"), "2024-05-17");
+    const struct {
+        MediaAsset first, second;
+        bool isGiven;
+    } cases[] = {
+        {before, dated(recording("S/T2_2.WAV", "", 11), "2024-05-18"), true},
+        {before, dated(recording("S/T2_2.WAV", "", 11), "2024-05-17"), false},
+        {before, recording("S/T2_2.WAV", "", 11), false},
+        {before, dated(recording("S/T3_2.WAV", "", 11), "2024-05-18"), false},
+        {before, dated(recording("B/T2_2.WAV", "", 11), "2024-05-18"), false},
+        {dated(recording("S/T2_1.WAV", "23:59:00:00", 58), "2024-05-17"), // ends before midnight
+         dated(recording("S/T2_2.WAV", "", 11), "2024-05-18"), false},
+    };
+    for (const auto& [first, second, isGiven] : cases) {
+        std::vector<MediaAsset> all{second, first};
+        TakeStarts::continueAtMidnight(all);
+        EXPECT_EQ(all[0].startTimecodeString.value_or(""), isGiven ? "00:00:00:00" : "")
+            << second.url.path << " after " << first.durationSeconds.value_or(0);
     }
 }
 

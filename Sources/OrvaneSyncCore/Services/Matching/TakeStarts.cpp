@@ -1,6 +1,9 @@
 #include "OrvaneSyncCore/Services/Matching/TakeStarts.h"
 
 #include "OrvaneSyncCore/Services/Matching/ChannelNames.h"
+#include "OrvaneSyncCore/Services/Matching/Recordings.h"
+#include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
 
 #include <algorithm>
 #include <cmath>
@@ -59,6 +62,31 @@ void share(std::vector<MediaAsset>& recordings) {
             recording->timecodeFrameRate = (*found)->timecodeFrameRate;
             recording->bextTimeReference = (*found)->bextTimeReference;
         }
+}
+
+void continueAtMidnight(std::vector<MediaAsset>& recordings) {
+    std::vector<const MediaAsset*> before; // that end at midnight
+    for (const MediaAsset& recording : recordings)
+        if (const auto range = SyncEngine::tcRange(recording);
+            range && SplitRecordingDetector::follows(*range, {secondsADay, secondsADay}))
+            before.push_back(&recording);
+    if (before.empty()) return;
+    const auto dayOf = [](const MediaAsset& recording) -> std::optional<long> {
+        const auto date = recording.localCreatedDate();
+        return date ? std::optional(dayNumber(*date)) : std::nullopt;
+    };
+    for (MediaAsset& recording : recordings) {
+        const auto day = dayOf(recording);
+        if (hasStart(recording) || !day) continue;
+        const auto part = std::ranges::find_if(before, [&](const MediaAsset* one) {
+            const auto dayBefore = dayOf(*one);
+            return dayBefore && *dayBefore + 1 == *day && folderPath(*one) == folderPath(recording) &&
+                   SplitRecordingDetector::mayContinue(*one, recording);
+        });
+        if (part == before.end()) continue;
+        recording.startTimecodeString = "00:00:00:00";
+        recording.timecodeFrameRate = (*part)->timecodeFrameRate;
+    }
 }
 
 } // namespace orvane::TakeStarts

@@ -365,6 +365,10 @@ TEST_F(SessionManagerTest, settingsFollowTheWorkIntoItsFolder) {
     EXPECT_TRUE(overtaken.isDone());
     EXPECT_EQ(manager_->currentSessionId(), first);
     EXPECT_EQ(settings_->get(settings::eventName), "one");
+    EXPECT_EQ(manager_->settingsOfFolder(), std::vector<std::string>{"eventName"})
+        << "the other one is alike";
+    finish(manager_->load(first, controller_));
+    EXPECT_TRUE(manager_->settingsOfFolder().empty());
 }
 
 /// The sessions with the commands of the windows and of `serve`.

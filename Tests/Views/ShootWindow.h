@@ -25,6 +25,12 @@ class ShootWindow {
         application();
         registerStandardDefaults(*settings_);
         makeSmallShoot(folder_.path("shoot"));
+        begin();
+    }
+
+    /// As a start of the program does, over the same sessions.
+    void begin() {
+        window_.reset();
         views::Desktop::Dependencies dependencies;
         dependencies.mainThread = views::qtMainThread();
         dependencies.settings = settings_;

@@ -17,6 +17,7 @@
 #include <QMimeData>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QSettings>
 #include <QStackedWidget>
 #include <QTableView>
 #include <QTimer>
@@ -25,6 +26,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 
 namespace orvane::views {
 
@@ -338,6 +340,39 @@ TEST_F(WindowTest, AnotherShootGetsASessionOfItsOwn) {
     Q_EMIT tree.itemActivated(open, 0);
     EXPECT_TRUE(isWanted);
     EXPECT_TRUE(work().undoState().canUndo);
+}
+
+TEST_F(WindowTest, AStartOpensTheNewestSessionOrSaysWhyNot) {
+    scan();
+    desktop_->runForClips("toggleLocked", {clip("A001C001").id});
+    const UUID id = *desktop_->sessions().currentSessionId();
+    const QString folder = text(folder_.path("sessions/" + id.text() + ".orvanesync"));
+    const auto start = [&](const std::function<void()>& atOnce = {}) {
+        ASSERT_TRUE(waitUntil([&, saved = desktop_->sessions().flush()] { return saved.isDone(); }));
+        begin();
+        window_->openNewestSession();
+        if (atOnce) atOnce();
+        ASSERT_TRUE(waitUntil([&] { return !bannerText().isEmpty() && !window_->isOpeningNewest(); }));
+        QCoreApplication::processEvents();
+    };
+    const auto page = [&] { return window_->findChild<QStackedWidget*>()->currentIndex(); };
+    start();
+    EXPECT_TRUE(clip("A001C001").isLocked);
+    EXPECT_EQ(page(), 2);
+    press(*window_->centralWidget(), "New Scan…");
+    EXPECT_EQ(page(), 0);
+
+    start([&] { window_->openPaths({"/nowhere"}); });
+    EXPECT_TRUE(bannerText().contains("/nowhere"));
+    EXPECT_TRUE(work().syncGroups().empty()) << "what is named takes its place";
+    QSettings().setValue("opening", text(id.text()));
+    start();
+    EXPECT_EQ(page(), 0);
+    EXPECT_TRUE(bannerText().contains("ended while it opened")) << "it is not tried twice";
+    std::ofstream(utf8(folder) + "/groups.json") << "no clips";
+    start();
+    EXPECT_EQ(page(), 0);
+    EXPECT_TRUE(bannerText().contains("groups.json")) << bannerText().toStdString();
 }
 
 TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {

@@ -33,12 +33,16 @@ void FolderSettings::sayNowIfChanged() {
     if (whenChanged) whenChanged();
 }
 
-void FolderSettings::apply(const std::string& snapshot) const {
+std::vector<std::string> FolderSettings::apply(const std::string& snapshot) const {
+    std::vector<std::string> changed;
     try {
+        for (const auto& [key, value] : presets_.values(snapshot))
+            if (settings_->value(key) != value) changed.push_back(key);
         presets_.applySnapshot(snapshot, *settings_);
     } catch (const std::runtime_error&) {
-        // The settings stay as they are; the session is open all the same.
+        return {}; // the settings stay as they are; the session is open all the same
     }
+    return changed;
 }
 
 } // namespace orvane

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace orvane {
 
@@ -25,8 +26,8 @@ class FolderSettings : public std::enable_shared_from_this<FolderSettings> {
     void sayNowIfChanged();
 
     std::string snapshot() const { return presets_.snapshotData(*settings_); }
-    /// One that can't be understood changes nothing.
-    void apply(const std::string& snapshot) const;
+    /// Gives the keys that have another value by it. One that can't be understood changes nothing.
+    std::vector<std::string> apply(const std::string& snapshot) const;
 
   private:
     void wait();

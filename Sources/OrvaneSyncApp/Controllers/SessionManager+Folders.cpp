@@ -72,4 +72,12 @@ void SessionManager::captureActiveSettingsSnapshot() {
         folders_->setSettingsSnapshot(*folder, std::move(snapshot));
 }
 
+void SessionManager::applySettingsOfFolder(const UUID& sessionId) {
+    settingsOfFolder_.clear();
+    const FolderInfo* folder = folderOfSession(sessionId);
+    if (folder != nullptr && folder->activeSettingsSnapshot)
+        settingsOfFolder_ = folderSettings_->apply(*folder->activeSettingsSnapshot);
+    if (!settingsOfFolder_.empty()) notify(SessionField::settingsOfFolder);
+}
+
 } // namespace orvane

@@ -261,10 +261,11 @@ platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID ses
         return readStoredSession(store, sessionId);
     });
     self.reset();
+    const std::stop_token stop = co_await platform::OwnStopToken{};
     std::optional<StoredSession> read = co_await reading;
     self = weak.lock();
     const auto work = controller.lock();
-    if (!self || !work || !read || self->openings_ != opening) co_return;
+    if (!self || !work || !read || self->openings_ != opening || stop.stop_requested()) co_return;
     self->leaveSession(); // what was edited meanwhile is saved where it belongs
     self->open(sessionId, std::move(*read), *work);
 }
@@ -288,9 +289,7 @@ void SessionManager::open(const UUID& sessionId, StoredSession read, ImportContr
     open_.isRead(read);
     folders_->adopt(std::move(read.sessionFolders));
     reportProblem();
-    const FolderInfo* folder = folderOfSession(sessionId);
-    if (folder != nullptr && folder->activeSettingsSnapshot)
-        folderSettings_->apply(*folder->activeSettingsSnapshot);
+    applySettingsOfFolder(sessionId);
 }
 
 platform::Task SessionManager::loadMostRecentSession(std::shared_ptr<ImportController> controller) {

@@ -20,7 +20,14 @@ namespace orvane {
 class FolderSettings;
 
 /// What of the sessions has changed.
-enum class SessionField : std::uint8_t { sessions, currentSessionId, lastSaveError, problem, folderInfos };
+enum class SessionField : std::uint8_t {
+    sessions,
+    currentSessionId,
+    lastSaveError,
+    problem,
+    folderInfos,
+    settingsOfFolder
+};
 
 /// Keeps the open work: a session holds all clips with every edit, is saved in the background after every
 /// change, and opens again at once. Sessions lie in named folders, which carry settings.
@@ -53,6 +60,9 @@ class SessionManager : public std::enable_shared_from_this<SessionManager>, priv
     /// What people should know: what can't be read of the open session or of the list of folders, that
     /// another program has deleted the session, or which file was kept.
     const std::optional<std::string>& problem() const { return problem_; }
+    /// Keys of the settings that another value came for with the folder of the session that was opened last.
+    /// Told only where there are some.
+    const std::vector<std::string>& settingsOfFolder() const { return settingsOfFolder_; }
     /// Calls back after every change, on the interface thread.
     platform::Subscription onChange(std::function<void(SessionField)> callback);
 
@@ -81,7 +91,8 @@ class SessionManager : public std::enable_shared_from_this<SessionManager>, priv
 
     /// Reads the session's clips and then replaces the controller's work by them; the task ends when they
     /// stand. Nothing when there is no such session. A session whose clips can't be read opens without any
-    /// (`problem`), and their file is kept. A later call takes the place of one that still reads.
+    /// (`problem`), and their file is kept. A later call takes the place of one that still reads; one that is
+    /// stopped leaves the work as it is.
     platform::Task load(UUID sessionId, const std::shared_ptr<ImportController>& controller);
     platform::Task loadMostRecentSession(std::shared_ptr<ImportController> controller);
     /// Empty work under a new id, saved at once. The task is that of `save`.
@@ -165,6 +176,7 @@ class SessionManager : public std::enable_shared_from_this<SessionManager>, priv
     void autosave();
     void lookAgain();
     const FolderInfo* folderOfSession(const UUID& sessionId) const;
+    void applySettingsOfFolder(const UUID& sessionId);
 
     const std::shared_ptr<platform::MainThread> mainThread_;
     const std::shared_ptr<const platform::Clock> clock_;
@@ -173,6 +185,7 @@ class SessionManager : public std::enable_shared_from_this<SessionManager>, priv
     SessionList list_;
     OpenSession open_;
     std::optional<std::string> lastSaveError_, problem_;
+    std::vector<std::string> settingsOfFolder_;
 
     std::weak_ptr<ImportController> autosaveController_;
     platform::Subscription controllerObservation_;

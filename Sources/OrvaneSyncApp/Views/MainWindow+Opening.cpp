@@ -4,11 +4,16 @@
 #include "OrvaneSyncApp/Views/DropFrame.h"
 #include "OrvaneSyncApp/Views/MainWindow.h"
 #include "OrvaneSyncApp/Views/RecentPlaces.h"
+#include "OrvaneSyncApp/Views/SessionsPanel.h"
+#include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
 #include "OrvaneSyncApp/Views/StartView.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QDragEnterEvent>
 #include <QFileInfo>
 #include <QMimeData>
+#include <QPointer>
+#include <QSettings>
 #include <QStackedWidget>
 
 #include <algorithm>
@@ -34,6 +39,9 @@ QStringList folders(const QStringList& paths) {
     return found;
 }
 
+/// Stands while the newest session is read: a start that finds it would end in the same way.
+QString openingKey() { return QStringLiteral("opening"); }
+
 bool isProject(const QStringList& paths) {
     return paths.size() == 1 && paths.first().endsWith(QStringLiteral(".orvanesync"));
 }
@@ -52,7 +60,64 @@ void MainWindow::scanFolders(const QStringList& paths) {
     start_->takeFolders(absolute, [this] { startScan(); });
 }
 
+void MainWindow::openNewestSession() {
+    const std::vector<SessionInfo>& sessions = desktop_.sessions().sessions();
+    if (sessions.empty()) return;
+    const SessionInfo newest = sessions.front();
+    QSettings places;
+    if (places.value(openingKey()).toString() == text(newest.id.text())) {
+        places.remove(openingKey());
+        return banner_->show(Signal::doubtful,
+                             tr("The program ended while it opened the session “%1”, so it is not opened by "
+                                "itself this time. Double-click it at the left to open it.")
+                                 .arg(text(newest.name)));
+    }
+    places.setValue(openingKey(), text(newest.id.text()));
+    places.sync();
+    JSON arguments = JSON::object();
+    arguments.set("sessionId", newest.id.text());
+    opening_ =
+        desktop_.run("loadSession", std::move(arguments), {}, [this, id = newest.id](const QString& why) {
+            if (!desktop_.sessions().exists(id))
+                banner_->show(Signal::missing, why); // else another one was opened
+        });
+    opening_->whenDone([self = QPointer(this), newest](const std::exception_ptr& raised) {
+        QSettings().remove(openingKey());
+        if (!self) return;
+        self->opening_.reset();
+        // Of a session whose clips can't be read there may be sound without picture, which is no way on.
+        if (self->desktop_.controller().work().syncGroups().empty() && self->desktop_.sessions().problem())
+            self->prepareScan();
+        if (!raised && self->desktop_.sessions().currentSessionId() == newest.id) self->tellOpened(newest);
+    });
+}
+
+void MainWindow::tellOpened(const SessionInfo& session) {
+    // What is wrong with it, or came with it, says more.
+    if (!banner_->text().isEmpty() || desktop_.controller().work().syncGroups().empty()) return;
+    banner_->show(
+        Signal::none,
+        tr("The session “%1” is open as it was left, %2.").arg(text(session.name), dayText(session.modified)),
+        tr("New Scan…"), [this] {
+            banner_->clear();
+            prepareScan();
+        });
+}
+
+void MainWindow::stopOpening() {
+    if (!opening_) return;
+    opening_->requestStop();
+    QSettings().remove(openingKey());
+}
+
+void MainWindow::prepareScan() {
+    wantsStart_ = true;
+    showPage();
+    updateActions();
+}
+
 void MainWindow::openPaths(const QStringList& paths) {
+    if (!paths.isEmpty()) stopOpening();
     if (isProject(paths)) return openProject(paths.first());
     const QStringList cards = folders(paths);
     if (cards.size() == paths.size()) {
@@ -72,11 +137,7 @@ void MainWindow::openPaths(const QStringList& paths) {
 }
 
 void MainWindow::showFolders(const QStringList& cards, std::function<void()> then) {
-    const auto show = [this] {
-        wantsStart_ = true;
-        showPage();
-        updateActions();
-    };
+    const auto show = [this] { prepareScan(); };
     start_->takeFolders(cards, [show, then = std::move(then)] {
         show(); // they may have opened a session of their own
         if (then) then();
@@ -115,6 +176,22 @@ void MainWindow::orderCards() {
         });
 }
 
+void MainWindow::tellSettingsOfFolder() {
+    constexpr qsizetype most = 4;
+    const std::vector<std::string>& keys = desktop_.sessions().settingsOfFolder();
+    QStringList names;
+    for (const std::string& label : labelsOfSettings(keys)) names << translated(label);
+    QString list = names.mid(0, most).join(QStringLiteral(", "));
+    if (const qsizetype more = std::ssize(keys) - std::min(most, names.size()); names.isEmpty())
+        list = tr("%1 settings").arg(more);
+    else if (more > 0)
+        list = tr("%1 and %2 more").arg(list).arg(more);
+    banner_->show(Signal::none,
+                  tr("The folder “%1” has settings of its own, which are in force with its session: %2.")
+                      .arg(text(desktop_.sessions().currentSessionFolderName().value_or("")), list),
+                  tr("Settings…"), [this] { SettingsWindow(desktop_, this).exec(); });
+}
+
 void MainWindow::openProject(const QString& path) {
     RecentPlaces::add({QFileInfo(path).absoluteFilePath()});
     JSON arguments = JSON::object();
@@ -136,6 +213,7 @@ void MainWindow::dragLeaveEvent(QDragLeaveEvent*) { dropFrame_->hide(); }
 void MainWindow::dropEvent(QDropEvent* event) {
     dropFrame_->hide();
     const QStringList paths = droppedPaths(event->mimeData());
+    stopOpening();
     banner_->clear(); // what was said of a drop before
     if (isProject(paths)) return openProject(paths.first());
     if (isReport(paths)) {

@@ -100,11 +100,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     screens.openReview = [this] { openSelected(); };
     screens.openMulticam = [this] { openCamerasOfSelected(); };
     screens.showResults = [this] { showResults(); };
-    screens.newScan = [this] {
-        wantsStart_ = true;
-        showPage();
-        updateActions();
-    };
+    screens.newScan = [this] { prepareScan(); };
     screens.leaveStart = [this] { wantsStart_ = false; };
     screens.isListening = [this] { return desktop_.controller().derivedDoubts().listening().has_value(); };
     screens.find = [this] {
@@ -177,6 +173,7 @@ void MainWindow::observe() {
             banner_->show(Signal::missing,
                           tr("The session could not be saved: %1")
                               .arg(translatedSentence(*desktop_.sessions().lastSaveError())));
+        if (field == SessionField::settingsOfFolder) tellSettingsOfFolder();
         // The start page that was asked for was that of another session.
         if (field == SessionField::currentSessionId) wantsStart_ = false;
         updateStatus();
@@ -495,6 +492,7 @@ void MainWindow::restorePlaces() {
 
 void MainWindow::closeEvent(QCloseEvent* event) {
     showResults(); // a picture in fullscreen would keep the program
+    stopOpening();
     QSettings places;
     places.setValue(QStringLiteral("window"), saveGeometry());
     places.setValue(QStringLiteral("sessions"), splitter_->saveState());

@@ -43,6 +43,9 @@ class MainWindow : public QMainWindow {
     /// Sets the folders and scans them.
     void scanFolders(const QStringList& paths);
     void openProject(const QString& path);
+    /// As it was left. Where it cannot be read, or its opening ended the program the last time, the start
+    /// page stays and says so.
+    void openNewestSession();
     /// One project, or folders. What is neither is told of, and nothing is scanned.
     void openPaths(const QStringList& paths);
     // The screens behind the first one are made when they are first asked for: the window is there sooner.
@@ -55,6 +58,8 @@ class MainWindow : public QMainWindow {
     Desktop& desktop() { return desktop_; }
     /// Also while it is looked at whether the folders can be read.
     bool isScanning() const;
+    /// While the newest session is read at the start.
+    bool isOpeningNewest() const { return opening_.has_value(); }
 
   protected:
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -73,12 +78,19 @@ class MainWindow : public QMainWindow {
     void tellLost(const ClipDecisions& lost);
     /// Where the folders that are scanned are those of a session.
     void offerKnownSession();
+    void tellOpened(const SessionInfo& session);
+    /// What is named or dropped takes the place of the session that the start opens.
+    void stopOpening();
+    /// The start page over open work.
+    void prepareScan();
     /// On the start screen, to be scanned from there.
     void showFolders(const QStringList& cards, std::function<void()> then = {});
     /// The same with those that were dropped before.
     void addDropped(const QStringList& cards);
     /// Puts those of the picture before those of the sound, by what they hold.
     void orderCards();
+    /// Of the session that was opened: which settings its folder has changed.
+    void tellSettingsOfFolder();
     void showPage();
     /// To the screen in front; of the list its rows have it.
     void takeKeyboard();
@@ -126,8 +138,9 @@ class MainWindow : public QMainWindow {
     bool isOpening_ = false;                     ///< one screen gives way to another
     bool areSessionsHidden_ = false;             ///< by a screen that plays
     std::optional<platform::Task> scan_;
-    bool isDropped_ = false;  ///< folders were, since the last scan
-    bool wantsStart_ = false; ///< the user asked for another scan over open work
+    std::optional<platform::Task> opening_; ///< of the newest session, at the start
+    bool isDropped_ = false;                ///< folders were, since the last scan
+    bool wantsStart_ = false;               ///< the user asked for another scan over open work
     platform::Subscription workObservation_;
     platform::Subscription sessionObservation_;
     platform::Subscription reviewObservation_;

@@ -43,7 +43,8 @@ int runProgram(int argc, char** argv) {
     QCommandLineParser arguments;
     arguments.setApplicationDescription(QStringLiteral(
         "The window of OrvaneSync: folders with camera files and sound recordings in, one "
-        "FCPXML document out.\nFolders that are named are scanned at once. The demo shoot of "
+        "FCPXML document out.\nFolders that are named are scanned at once; without any, the newest "
+        "session opens as it was left. The demo shoot of "
         "./demo.sh: orvanesync-app demo/shoot\nWhere a window is open already, it takes what is "
         "named here."));
     arguments.addHelpOption();
@@ -99,7 +100,10 @@ int runProgram(int argc, char** argv) {
     if (arguments.isSet(start)) new design::FirstPaint(window, [] { QCoreApplication::quit(); });
     window.show();
     const views::Notifier notifier(desktop, window);
-    window.openPaths(named);
+    if (!named.isEmpty())
+        window.openPaths(named);
+    else if (!arguments.isSet(pictures))
+        window.openNewestSession();
     if (arguments.isSet(pictures))
         views::writeScreens(window, arguments.value(pictures), [] { QCoreApplication::quit(); });
     else

@@ -77,6 +77,9 @@ const std::vector<SettingTab>& settingTabs();
 /// That of a setting, which other screens show under the same name. Must have one.
 const SettingRow& settingRow(std::string_view key);
 
+/// Of those that have a row its label, in the order of the tabs.
+std::vector<std::string> labelsOfSettings(const std::vector<std::string>& keys);
+
 /// Those that only other programs or older presets use, the switch that the room tone builder shows itself,
 /// and the maps, which the table of fields shows.
 const std::vector<std::string_view>& settingsWithoutRow();

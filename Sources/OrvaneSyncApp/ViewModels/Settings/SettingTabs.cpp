@@ -399,4 +399,13 @@ const SettingRow& settingRow(std::string_view key) {
     throw std::logic_error("no row for " + std::string(key));
 }
 
+std::vector<std::string> labelsOfSettings(const std::vector<std::string>& keys) {
+    std::vector<std::string> labels;
+    for (const SettingTab& tab : settingTabs())
+        for (const SettingSection& section : tab.sections)
+            for (const SettingRow& row : section.rows)
+                if (std::ranges::find(keys, row.setting.get().key) != keys.end()) labels.push_back(row.label);
+    return labels;
+}
+
 } // namespace orvane

@@ -6,6 +6,7 @@
 #include "OrvaneSyncApp/Views/Review/CameraStrip.h"
 #include "OrvaneSyncApp/Views/Review/FullscreenWindow.h"
 #include "OrvaneSyncApp/Views/Review/KeyOverlay.h"
+#include "OrvaneSyncApp/Views/Review/LevelMeters.h"
 #include "OrvaneSyncApp/Views/Review/PictureCanvas.h"
 #include "OrvaneSyncApp/Views/Review/PictureView.h"
 #include "OrvaneSyncApp/Views/Review/ReviewActions.h"
@@ -30,14 +31,16 @@ using namespace design;
 namespace {
 
 constexpr int multicamOutlineWidth = 220, camerasWidth = 1220;
+constexpr int widestMeters = 48; // of a camera among several
 
 } // namespace
 
-/// One camera: its picture, its name, and whether it is heard.
+/// One camera: its picture, its levels where it is heard, and its name.
 class MulticamView::Cell : public QFrame {
   public:
     /// `number`: the key by which it is heard; 0: none.
-    Cell(const UUID& camera, int number, const QString& label, const std::shared_ptr<VideoEngine>& player,
+    Cell(const UUID& camera, int number, const QString& label,
+         const std::shared_ptr<platform::MainThread>& mainThread, const std::shared_ptr<VideoEngine>& player,
          const std::function<void(const UUID&)>& hear, const std::function<void(const UUID&)>& openClip)
         : id(camera), name(label), engine_(player) {
         setProperty("panel", true);
@@ -49,7 +52,14 @@ class MulticamView::Cell : public QFrame {
         canvas_->setToolTip(tr("A click hears this camera, a double click opens it alone."));
         canvas_->whenClicked = [this, hear] { hear(id); };
         canvas_->whenDoubleClicked = [this, openClip] { openClip(id); };
-        column->addWidget(canvas_, 1);
+        auto* picture = new QHBoxLayout;
+        picture->setSpacing(2);
+        picture->addWidget(canvas_, 1);
+        // Each has the room of one: that another camera is heard moves no picture.
+        auto* meters = new LevelMeters(mainThread, engine_);
+        meters->setMaximumWidth(widestMeters);
+        picture->addWidget(meters);
+        column->addLayout(picture, 1);
         auto* row = new QHBoxLayout;
         row->setContentsMargins(space::tight, 0, 0, 0);
         if (number > 0) {
@@ -237,7 +247,8 @@ void MulticamView::layOut() {
             name += QStringLiteral("   ") + text(clip->video.filename);
         const auto at = static_cast<int>(cells_.size());
         constexpr int digits = 9;
-        auto* cell = new Cell(id, at < digits ? at + 1 : 0, name, engine, hear, openClip_);
+        auto* cell =
+            new Cell(id, at < digits ? at + 1 : 0, name, desktop_.mainThread(), engine, hear, openClip_);
         grid_->addWidget(cell, at / across, at % across);
         cells_.push_back(cell);
         ofEngines_.push_back(engine->onChange([this, cell](VideoEngineField field) {

@@ -33,9 +33,9 @@ class MulticamView : public QWidget {
     KeyOverlay& keys() { return *keys_; }
     /// The user wants to see all cameras of a take.
     std::function<void(const std::vector<UUID>& cameras)> openTake;
-    /// A key of the camera in fullscreen: Escape and F bring it back.
     /// Hears the camera of that place in the grid. False where there is none.
     bool hear(std::size_t camera);
+    /// A key of the camera in fullscreen: Escape and F bring it back.
     bool handleFullscreen(const KeyEvent& event);
 
   private:

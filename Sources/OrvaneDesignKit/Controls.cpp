@@ -156,10 +156,10 @@ ToolRow::ToolRow(const QString& name, QWidget* parent) : QToolBar(name, parent) 
     setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
 }
 
-void ToolRow::add(QAction* action, const QString& word, bool isKnownByIcon) {
+void ToolRow::add(QAction* action, const QString& word, int rank) {
     action->setIconText(QLatin1Char(' ') + word);
     addAction(action);
-    (isKnownByIcon ? knownByIcon_ : others_).push_back(action);
+    byRank_.emplace(rank, action);
 }
 
 void ToolRow::resizeEvent(QResizeEvent* event) {
@@ -168,14 +168,12 @@ void ToolRow::resizeEvent(QResizeEvent* event) {
 }
 
 void ToolRow::fit() {
-    for (const auto* some : {&knownByIcon_, &others_})
-        for (QAction* action : *some) action->setPriority(QAction::NormalPriority);
+    for (const auto& [rank, action] : byRank_) action->setPriority(QAction::NormalPriority);
     // A tool of low priority shows its icon alone.
-    for (const auto* some : {&knownByIcon_, &others_})
-        for (QAction* action : *some) {
-            if (layout()->sizeHint().width() <= width()) return;
-            action->setPriority(QAction::LowPriority);
-        }
+    for (const auto& [rank, action] : byRank_) {
+        if (layout()->sizeHint().width() <= width()) return;
+        action->setPriority(QAction::LowPriority);
+    }
 }
 
 Badge::Badge(Signal signal, const QString& text, QWidget* parent) : QWidget(parent) {

@@ -11,6 +11,7 @@
 #include <QToolBar>
 
 #include <functional>
+#include <map>
 #include <vector>
 
 class QHBoxLayout;
@@ -43,12 +44,12 @@ class Choice : public IgnoresWheel<QComboBox> {
     void paintEvent(QPaintEvent* event) override;
 };
 
-/// The tools of a window. Where it is too narrow for every word, those go first whose icon says it all, then
-/// the others from the left; tooltips and accessible names stay.
+/// The tools of a window. Where it is too narrow for every word, those of the lowest rank go first; tooltips
+/// and accessible names stay.
 class ToolRow : public QToolBar {
   public:
     explicit ToolRow(const QString& name, QWidget* parent = nullptr);
-    void add(QAction* action, const QString& word, bool isKnownByIcon = false);
+    void add(QAction* action, const QString& word, int rank);
 
   protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -56,8 +57,7 @@ class ToolRow : public QToolBar {
   private:
     void fit();
 
-    std::vector<QAction*> knownByIcon_;
-    std::vector<QAction*> others_;
+    std::multimap<int, QAction*> byRank_;
 };
 
 /// A signal's glyph and word in its colour.

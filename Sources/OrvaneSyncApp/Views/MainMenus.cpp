@@ -327,21 +327,22 @@ void MainMenus::makeTools() {
                 if (command == id) return action;
         throw std::logic_error("no entry of a menu runs " + std::string(id));
     };
-    tools->add(undo_, tr("Undo"), true);
-    tools->add(redo_, tr("Redo"), true);
+    // The words of what is done with every clip, and of its end, stay longest.
+    tools->add(undo_, tr("Undo"), 0);
+    tools->add(redo_, tr("Redo"), 0);
     tools->addSeparator();
-    tools->add(actionOf("runSmartAudioAnalysis"), tr("Smart Audio"));
-    tools->add(actionOf("toggleApproved"), tr("Approve"), true);
-    tools->add(actionOf("toggleLocked"), tr("Lock"), true);
-    tools->add(rename_, tr("Rename"), true);
-    tools->add(actionOf("resyncAllClips"), tr("Re-sync"));
-    tools->add(report_, tr("Report"));
-    tools->add(sheets_.buildRoomTone, tr("Room Tone"));
-    tools->add(actionOf("syncLockitNetwork"), tr("LockitNetwork"));
+    tools->add(actionOf("runSmartAudioAnalysis"), tr("Smart Audio"), 5);
+    tools->add(actionOf("toggleApproved"), tr("Approve"), 8);
+    tools->add(actionOf("toggleLocked"), tr("Lock"), 7);
+    tools->add(rename_, tr("Rename"), 6);
+    tools->add(actionOf("resyncAllClips"), tr("Re-sync"), 4);
+    tools->add(report_, tr("Report"), 3);
+    tools->add(sheets_.buildRoomTone, tr("Room Tone"), 2);
+    tools->add(actionOf("syncLockitNetwork"), tr("LockitNetwork"), 1);
     auto* stretch = new QWidget;
     stretch->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     tools->addWidget(stretch);
-    tools->add(export_, tr("Export"));
+    tools->add(export_, tr("Export"), 9);
 }
 
 void MainMenus::showKeys() {

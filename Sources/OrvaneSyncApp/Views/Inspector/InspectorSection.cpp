@@ -59,11 +59,12 @@ QString InspectorSection::runFromField(std::string_view id, JSON arguments) {
     return *why;
 }
 
-QPushButton* InspectorSection::commandButton(std::string_view id, const QString& text) {
+QPushButton* InspectorSection::commandButton(std::string_view id, const QString& text,
+                                             std::function<void()> act) {
     const commands::Command& row = desktop_.command(id);
     QPushButton* made = button(text.isEmpty() ? translated(row.title) : text);
     made->setToolTip(translated(row.help));
-    connect(made, &QPushButton::clicked, this, [this, id] { run(id); });
+    connect(made, &QPushButton::clicked, this, [this, id, act = std::move(act)] { act ? act() : run(id); });
     controls_.emplace_back(made, id);
     return made;
 }

@@ -42,8 +42,8 @@ class InspectorSection : public design::FoldableSection {
     QString runFromField(std::string_view id, JSON arguments);
 
     /// A button that runs a command for the clip, enabled while the command can do anything to it. Without a
-    /// text it bears the command's title.
-    QPushButton* commandButton(std::string_view id, const QString& text = {});
+    /// text it bears the command's title. `act`, where there is one, runs it.
+    QPushButton* commandButton(std::string_view id, const QString& text = {}, std::function<void()> act = {});
     /// A box that runs a command when it is clicked; whoever made it keeps it as the clip is.
     QCheckBox* commandBox(std::string_view id, const QString& text);
 

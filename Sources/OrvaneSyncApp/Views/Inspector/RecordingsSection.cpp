@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/ViewModels/Inspector/KeyOverview.h"
 #include "OrvaneSyncApp/Views/Inspector/AttachSheet.h"
+#include "OrvaneSyncApp/Views/MatchAgain.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QFileDialog>
@@ -29,7 +30,8 @@ RecordingsSection::RecordingsSection(Desktop& desktop)
     buttons->addWidget(attachFile_ = button(tr("Attach File…")));
     attachFile_->setToolTip(translated(RecordingsPart::choosePrompt));
     connect(attachFile_, &QPushButton::clicked, this, [this] { chooseFile(); });
-    buttons->addWidget(commandButton("resyncClip"));
+    buttons->addWidget(
+        commandButton("resyncClip", {}, [this] { matchAgain(this->desktop(), this, {clipID()}); }));
     buttons->addWidget(detach_ = commandButton("removeVideoFromSync"));
     detach_->setToolTip(translated(RecordingsPart::detachHint));
     add(buttons);

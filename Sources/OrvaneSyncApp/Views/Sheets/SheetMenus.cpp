@@ -36,13 +36,20 @@ SheetActions addSheetActions(Desktop& desktop, QWidget* window, QMenu* clip, QMe
                     [&desktop, window] { showFeedback(desktop, window); });
     QAction* about = help->addSeparator();
     help->addAction(QObject::tr("About OrvaneSync"), window, [window] { showAbout(window); });
-    findServices(window, [help, about](const ServiceConfiguration& found) {
-        if (!found.updatesURL) return;
-        auto* updates = new QAction(QObject::tr("Check for Updates…"), help);
-        QObject::connect(updates, &QAction::triggered, help,
-                         [url = text(*found.updatesURL)] { QDesktopServices::openUrl(QUrl(url)); });
-        help->insertAction(about, updates);
-    });
+    auto* updates = new QAction(QObject::tr("Check for Updates…"), help);
+    updates->setVisible(false);
+    QObject::connect(updates, &QAction::triggered, help,
+                     [updates] { QDesktopServices::openUrl(QUrl(updates->data().toString())); });
+    help->insertAction(about, updates);
+    // The address may be put there, or go, while the window is open.
+    const auto look = [window, updates] {
+        findServices(window, [updates](const ServiceConfiguration& found) {
+            updates->setData(text(found.updatesURL.value_or("")));
+            updates->setVisible(found.updatesURL.has_value());
+        });
+    };
+    QObject::connect(help, &QMenu::aboutToShow, help, look);
+    look();
     return actions;
 }
 

@@ -15,7 +15,6 @@
 #include <QPointer>
 #include <QSignalBlocker>
 #include <QSlider>
-#include <QSpinBox>
 
 #include <algorithm>
 #include <cmath>
@@ -187,7 +186,7 @@ QWidget* SettingRowView::makeAmount() {
     slider->setOrientation(Qt::Horizontal);
     slider->setRange(0, hundred);
     slider->setAccessibleName(translated(row_.label));
-    auto* number = new IgnoresWheel<QSpinBox>;
+    auto* number = new IgnoresWheel<QDoubleSpinBox>;
     number->setButtonSymbols(QAbstractSpinBox::NoButtons);
     number->setRange(0, hundred);
     number->setSuffix(QStringLiteral(" %"));
@@ -197,21 +196,23 @@ QWidget* SettingRowView::makeAmount() {
     line->addWidget(slider, 1);
     line->addWidget(number);
     put_ = [slider, number](const JSON& value) {
-        const auto percent = static_cast<int>(std::lround(readAs<double>(value).value_or(0) * hundred));
+        const double percent = readAs<double>(value).value_or(0) * hundred;
         const QSignalBlocker quietSlider(slider), quietNumber(number);
-        slider->setValue(percent);
+        slider->setValue(static_cast<int>(std::lround(percent)));
+        number->setDecimals(decimalsOf(percent));
         number->setValue(percent);
     };
-    const auto storePercent = [this](int percent) { store(percent / static_cast<double>(hundred)); };
+    const auto storePercent = [this](double percent) { store(percent / hundred); };
     // A drag is stored when it ends; meanwhile its number is shown.
     connect(slider, &QSlider::valueChanged, this, [slider, number, storePercent](int percent) {
         const QSignalBlocker quiet(number);
+        number->setDecimals(0);
         number->setValue(percent);
         if (!slider->isSliderDown()) storePercent(percent);
     });
     connect(slider, &QSlider::sliderReleased, this,
             [slider, storePercent] { storePercent(slider->value()); });
-    connect(number, &QSpinBox::valueChanged, this, storePercent);
+    connect(number, &QDoubleSpinBox::valueChanged, this, storePercent);
     return both;
 }
 

@@ -77,7 +77,11 @@ TEST_F(ReviewModelTest, aClipOpensOnTheClapThatIsFound) {
     load();
     EXPECT_DOUBLE_EQ(at(), 4.5) << "also one that was locked before it was opened";
     EXPECT_FALSE(group().audioAnchorOffsetInAudioSeconds) << "which keeps what it has";
+    EXPECT_EQ(model_->clapSeconds(), 4.5) << "for the lens";
     controller_->clips().toggleLocked(id_);
+    model_->nudgeByFrames(id_, 25);
+    EXPECT_EQ(model_->clapSeconds(), 5.5);
+    model_->nudgeByFrames(id_, -25);
     {
         bool hasStepped = false;
         const auto user = engine_->onChange([&](VideoEngineField) {

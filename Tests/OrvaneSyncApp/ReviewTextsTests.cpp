@@ -33,12 +33,12 @@ TEST(SyncLensTest, LooksAtTheFrameInWhichTheClapIsHeard) {
     for (const Case& each : cases) {
         SyncGroup clip = clipWithSound(each.offset);
         clip.audioAnchorOffsetInAudioSeconds = each.anchor;
-        const auto plan = syncLensPlan(clip, playheadAt(0));
+        const auto plan = syncLensPlan(clip, clip.resolvedClapPointSeconds(), playheadAt(0));
         EXPECT_EQ(plan ? plan->clapFrame : -1, each.frame) << each.name;
         if (!plan) continue;
         EXPECT_NEAR(plan->endSeconds() - plan->startSeconds(), 3 / 25.0, 1e-9) << each.name;
     }
-    EXPECT_FALSE(syncLensPlan(clipWithSound(0), playheadAt(0))) << "no clap";
+    EXPECT_FALSE(syncLensPlan(clipWithSound(0), std::nullopt, playheadAt(0))) << "no clap";
 }
 
 TEST(PictureTextsTest, TimecodeOfTheSoundIsTheRecorders) {

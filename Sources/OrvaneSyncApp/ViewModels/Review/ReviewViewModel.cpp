@@ -41,6 +41,7 @@ const SyncGroup* ReviewViewModel::group() const {
 platform::Task ReviewViewModel::loadGroup(const UUID& groupID) {
     timeline_.show(groupID);
     groupID_ = groupID;
+    clapOfLocked_.reset();
     isDraggingAudio_ = false;
     changed_.notify();
     return load(weak_from_this(), groupID, ++loads_);
@@ -67,16 +68,19 @@ platform::Task ReviewViewModel::load(std::weak_ptr<ReviewViewModel> weak, UUID g
     const platform::Task waveform = self->timeline_.loadWaveform(true);
     const platform::Task detecting = self->timeline_.autoDetectAudioAnchorIfMissing(groupID);
     const auto clapOfLocked = std::make_shared<std::optional<double>>();
+    const std::optional<UUID> searched =
+        group->isMOS() ? std::nullopt : std::optional(group->audioMatches.front().id);
     const platform::Task locating = self->timeline_.locateClapOfLocked(groupID, clapOfLocked);
     self.reset();
     co_await detecting;
     co_await locating;
     group = clipStillInView();
     if (group == nullptr) co_return;
-    if (const auto clap = group->resolvedClapPointSeconds())
-        self->engine_->correctInitialSeek(*clap);
-    else if (*clapOfLocked) // it keeps what it has, and is opened on its clap all the same
-        self->engine_->correctInitialSeek(**clapOfLocked + ClipSound(*group).primaryOffsetSeconds());
+    if (*clapOfLocked && searched) {
+        self->clapOfLocked_ = {*searched, **clapOfLocked};
+        self->changed_.notify();
+    }
+    if (const auto clap = self->clapSeconds()) self->engine_->correctInitialSeek(*clap);
     const platform::Task showing = self->engine_->shown();
     self.reset();
     co_await showing;
@@ -107,7 +111,7 @@ void ReviewViewModel::follow() {
 
 /// Who stands on the clap stays on it where the sound was moved, also by an undo.
 void ReviewViewModel::stayOnClap(double movedSeconds) {
-    const auto& anchor = group()->audioAnchorOffsetInAudioSeconds;
+    const auto anchor = clapInSound();
     if (!anchor || !engine_->transport().isLoaded || engine_->transport().isPlaying || engine_->isSkimming())
         return;
     const double clap = *anchor + ClipSound(*group()).primaryOffsetSeconds();
@@ -242,9 +246,23 @@ void ReviewViewModel::clapCheck() {
     if (canCheckClap()) engine_->setLoopRegion(clapCheckSeconds(), clapCheckFrames);
 }
 
-double ReviewViewModel::clapCheckSeconds() const {
-    return group()->resolvedClapPointSeconds().value_or(clapCheckWithoutClap);
+std::optional<double> ReviewViewModel::clapInSound() const {
+    const SyncGroup* clip = group();
+    if (clip == nullptr || clip->isMOS()) return std::nullopt;
+    if (clip->audioAnchorOffsetInAudioSeconds) return clip->audioAnchorOffsetInAudioSeconds;
+    const bool isOfItsSound = clapOfLocked_ && clip->audioMatches.front().id == clapOfLocked_->recording;
+    return isOfItsSound ? std::optional(clapOfLocked_->audioSeconds) : std::nullopt;
 }
+
+std::optional<double> ReviewViewModel::clapSeconds() const {
+    const SyncGroup* clip = group();
+    if (clip == nullptr) return std::nullopt;
+    if (const auto own = clip->resolvedClapPointSeconds()) return own;
+    const auto inSound = clapInSound();
+    return inSound ? std::optional(*inSound + ClipSound(*clip).primaryOffsetSeconds()) : std::nullopt;
+}
+
+double ReviewViewModel::clapCheckSeconds() const { return clapSeconds().value_or(clapCheckWithoutClap); }
 
 bool ReviewViewModel::canCheckClap() const {
     if (engine_->loop().isLooping) return true;

@@ -44,6 +44,9 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     /// Clip time.
     void jumpToEdit(bool previous);
     void clapCheck();
+    /// Clip time of the clap in view. Of a locked clip without one: the clap that was found when it was
+    /// opened, which the clip does not keep.
+    std::optional<double> clapSeconds() const;
     /// Whether `clapCheck` does something: a loop runs, or there is something to play around the clap.
     bool canCheckClap() const;
     /// Moves the sound; while it plays, under the sound that is heard. Throws OutOfRange.
@@ -83,6 +86,8 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     void edit(const UndoStep& step, void (ClipEditing::*operation)(UUID));
     void lockCluster();
     double clapCheckSeconds() const; ///< clip time, of the middle
+    /// Of the clap in the sound.
+    std::optional<double> clapInSound() const;
 
     const std::shared_ptr<ImportController> controller_;
     TimelineController& timeline_;
@@ -91,6 +96,11 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     platform::Listeners<> changed_;
     platform::Subscription following_;
     std::optional<UUID> groupID_;
+    struct FoundClap {
+        UUID recording;          ///< the match in which it was searched
+        double audioSeconds = 0; ///< of audio time
+    };
+    std::optional<FoundClap> clapOfLocked_;
     std::uint64_t loads_ = 0; ///< the number of the newest
     std::uint64_t keys_ = 0;  ///< that did something
     platform::Task jump_ = platform::Task::ended();

@@ -9,17 +9,17 @@
 
 namespace orvane {
 
-std::optional<SyncLensPlan> syncLensPlan(const SyncGroup& clip, const PlayheadState& playhead) {
-    const auto clap = clip.resolvedClapPointSeconds();
-    if (!clap || *clap < 0 || !(*clap <= playhead.clipDuration)) return std::nullopt;
+std::optional<SyncLensPlan> syncLensPlan(const SyncGroup& clip, std::optional<double> clapSeconds,
+                                         const PlayheadState& playhead) {
+    if (!clapSeconds || *clapSeconds < 0 || !(*clapSeconds <= playhead.clipDuration)) return std::nullopt;
     ClipSound sound(clip);
     SyncLensPlan plan{.video = clip.video.url,
                       .sound = std::move(sound.take),
                       .soundOffsetSeconds = sound.offsetSeconds,
-                      .clapSeconds = *clap,
+                      .clapSeconds = *clapSeconds,
                       .frameLength = playhead.frameLength()};
     constexpr double rounding = 1e-6; // a clap on the edge of a frame belongs to the frame that begins there
-    plan.clapFrame = platform::MediaTime::fromSeconds(*clap + rounding).wholeUnits(plan.frameLength);
+    plan.clapFrame = platform::MediaTime::fromSeconds(*clapSeconds + rounding).wholeUnits(plan.frameLength);
     return plan;
 }
 
@@ -29,16 +29,13 @@ std::string syncLensCaption(std::size_t picture) {
     return captions.at(picture);
 }
 
-std::string syncLensNote(const SyncGroup& clip) {
+std::string syncLensNote(const SyncGroup& clip, bool hasClap) {
     if (clip.isMOS()) return "This clip has no sound, so no clap is heard.";
-    if (clip.resolvedClapPointSeconds()) return "The clap is heard outside of the picture of this clip.";
+    if (hasClap) return "The clap is heard outside of the picture of this clip.";
     if (clip.isLocked)
-        return "This clip was locked before its clap was found, and a locked clip gets none. Unlock it, and "
-               "choose "
-               "Detect Clap in the inspector.";
+        return "No clap is heard in the recording of this clip. To set it by eye, unlock the clip first.";
     return "This clip has no clap yet. Put the playhead on the clap, by ear or by eye, and choose Sync > "
-           "Update "
-           "Clap Point.";
+           "Update Clap Point.";
 }
 
 namespace {

@@ -36,12 +36,13 @@ struct SyncLensPlan {
     bool operator==(const SyncLensPlan&) const = default;
 };
 
-/// Nothing for a clip without a clap.
-std::optional<SyncLensPlan> syncLensPlan(const SyncGroup& clip, const PlayheadState& playhead);
+/// `clapSeconds`: clip time. Nothing for a clip without a clap, or with one outside of its picture.
+std::optional<SyncLensPlan> syncLensPlan(const SyncGroup& clip, std::optional<double> clapSeconds,
+                                         const PlayheadState& playhead);
 /// What stands below the picture of that place, from 0.
 std::string syncLensCaption(std::size_t picture);
 /// Why there is no plan for the clip, and what helps.
-std::string syncLensNote(const SyncGroup& clip);
+std::string syncLensNote(const SyncGroup& clip, bool hasClap);
 
 /// The pictures and the sound of a plan, read elsewhere; what a newer plan overtakes is never shown.
 /// Interface thread; held by a shared pointer, as loads hold it weakly.

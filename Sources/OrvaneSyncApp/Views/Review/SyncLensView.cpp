@@ -44,10 +44,12 @@ void SyncLensView::look() {
     const auto& id = review_->groupID();
     const SyncGroup* clip = id ? desktop_.controller().work().syncGroups().find(*id) : nullptr;
     const VideoEngine& engine = *review_->engine();
-    const auto plan = clip != nullptr && engine.transport().isLoaded ? syncLensPlan(*clip, engine.playhead())
-                                                                     : std::nullopt;
+    const auto plan = clip != nullptr && engine.transport().isLoaded
+                          ? syncLensPlan(*clip, review_->clapSeconds(), engine.playhead())
+                          : std::nullopt;
     if (!plan) {
-        note_ = clip == nullptr ? QString() : translated(syncLensNote(*clip));
+        note_ =
+            clip == nullptr ? QString() : translated(syncLensNote(*clip, review_->clapSeconds().has_value()));
         lens_->clear();
         return update();
     }

@@ -78,7 +78,7 @@ void MainWindow::openNewestSession() {
     arguments.set("sessionId", newest.id.text());
     opening_ =
         desktop_.run("loadSession", std::move(arguments), {}, [this, id = newest.id](const QString& why) {
-            if (!desktop_.sessions().exists(id))
+            if (desktop_.sessions().session(id) == nullptr)
                 banner_->show(Signal::missing, why); // else another one was opened
         });
     opening_->whenDone([self = QPointer(this), newest](const std::exception_ptr& raised) {

@@ -33,6 +33,13 @@ std::string countsText(const ImportController& controller) {
            counted(work.wildTracks().size(), "recording", "recordings") + " without picture.\n";
 }
 
+std::string findingsText(const WorkSnapshot& work, std::span<const std::string> call) {
+    if (work.scanResult()->totalFiles() == 0) return "No video or audio files found.\n";
+    const std::string left = leftOver(work).text();
+    if (!work.doubts().isEmpty()) return doubtsText(work, call) + left;
+    return left.empty() ? "Nothing is in doubt.\n" : left;
+}
+
 void diagnose(Context& context, const Arguments& arguments) {
     ScanRun run(context, arguments);
     run.scan(ScanRun::Analysis::none);
@@ -44,10 +51,7 @@ void diagnose(Context& context, const Arguments& arguments) {
         context.out << diagnosisJSON(work).dump(JSON::Layout::pretty) << "\n";
     else
         context.out << cardsText(work, context.mayColour) << issuesText(controller, context.mayColour)
-                    << countsText(controller)
-                    << (work.scanResult()->totalFiles() == 0 ? "No video or audio files found.\n"
-                        : work.doubts().isEmpty()            ? "Nothing is in doubt.\n"
-                                                             : doubtsText(work, context.call()));
+                    << countsText(controller) << findingsText(work, context.call());
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "OrvaneSyncCore/Services/Diagnosis/LeftOver.h"
 #include "OrvaneSyncCore/Services/Waveform/SoundLag.h"
 #include "Shot.h"
 
@@ -191,6 +192,43 @@ TEST(ClockDoubts, TakesThatRepeatEachHourHideAWrongClock) {
         EXPECT_EQ(shot.count(Kind::constantOffset), one.doubted) << one.name;
         const auto card = shot.card(Kind::constantOffset);
         EXPECT_TRUE(!card || card->doubt.cure.starts_with(one.cure)) << one.name << ": " << card->doubt.cure;
+    }
+}
+
+TEST(ClockDoubts, OneRecordingThroughAllClipsIsToldByTheOnlyHourThatFits) {
+    struct Case {
+        const char* name;
+        double late, before, seconds; ///< of the recording, and how long it ran before the first clip
+        const char* cure;
+        bool isLeftOver = false, hasOtherSound = false;
+    };
+    for (const Case& one : {
+             Case{"right", 0, 200, 2400, "none"},
+             {"an hour late", 3600, 200, 2400, "--sound-offset -01:00:00:00 if a clap shows it"},
+             {"an hour and a half late", 5400, 200, 2400, "--sound-offset -01:30:00:00 if a clap shows it"},
+             {"twenty minutes late and short", 3000, 200, 2000, "none", true},
+             {"long enough for several hours", 14400, 3700, 9120, "none", true},
+             {"an hour late, and a clip has sound", 3600, 200, 2400, "none", true, true},
+         }) {
+        Shot shot;
+        for (const double at : {0, 420, 1000, 1700})
+            shot.videos.push_back(
+                clipAt("/CAM/A" + std::to_string(shot.videos.size()) + ".mov", 36000 + at, 20));
+        shot.audios.push_back(recordingAt("/S/LONG.wav", 36000 + one.late - one.before, one.seconds));
+        if (one.hasOtherSound) shot.audios.push_back(recordingAt("/R/T.wav", 35990, 40));
+        shot.diagnose();
+        const auto card = shot.card(Kind::constantOffset);
+        EXPECT_EQ(card ? card->doubt.cure : "none", one.cure) << one.name;
+        const auto left = LeftOver::of(shot.groups, {&shot.audios.front()}, {}, shot.doubts);
+        EXPECT_EQ(!left.isEmpty(), one.isLeftOver) << one.name;
+        if (!one.isLeftOver) continue;
+        const std::string count = one.hasOtherSound ? "3 clips" : "4 clips", text = left.text();
+        EXPECT_EQ(text.find(count + " have no sound, and 1 recording has no picture:\n  " + count +
+                            " in '/CAM' without a date, from 10:0"),
+                  0U)
+            << text;
+        EXPECT_NE(text.find(" to 10:28:40\n  1 recording in '/S' without a date, from 1"), std::string::npos)
+            << text;
     }
 }
 

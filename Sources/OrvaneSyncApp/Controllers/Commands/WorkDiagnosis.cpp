@@ -51,6 +51,12 @@ std::vector<CardContents> cardContents(const WorkSnapshot& work) {
     return result;
 }
 
+LeftOver leftOver(const WorkSnapshot& work) {
+    std::vector<const MediaAsset*> recordings;
+    for (const WildTrack& track : work.wildTracks()) recordings.push_back(&track.audio);
+    return LeftOver::of(work.groups(), recordings, work.matchRules(), work.doubts());
+}
+
 JSON diagnosisJSON(const WorkSnapshot& work) {
     JSON::Array cards, doubts;
     for (const CardContents& contents : cardContents(work)) {
@@ -67,6 +73,7 @@ JSON diagnosisJSON(const WorkSnapshot& work) {
     json.set("cards", std::move(cards));
     json.set("counts", countsJSON(work));
     json.set("doubts", std::move(doubts));
+    if (const LeftOver left = leftOver(work); !left.isEmpty()) json.set("leftOver", toJSON(left));
     return json;
 }
 

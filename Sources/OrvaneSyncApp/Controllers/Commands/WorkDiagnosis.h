@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/WorkSnapshot.h"
+#include "OrvaneSyncCore/Services/Diagnosis/LeftOver.h"
 
 #include <map>
 #include <string>
@@ -18,6 +19,9 @@ struct CardContents {
 /// In the order of their paths; of a chosen folder that holds folders with media, these, each a card of its
 /// own. As the last scan found them.
 std::vector<CardContents> cardContents(const WorkSnapshot& work);
+
+/// Clips without sound and recordings without picture that no doubt tells of.
+LeftOver leftOver(const WorkSnapshot& work);
 
 /// The object of `diagnose --json`.
 JSON diagnosisJSON(const WorkSnapshot& work);

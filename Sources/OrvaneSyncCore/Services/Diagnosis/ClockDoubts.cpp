@@ -540,7 +540,9 @@ void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts) {
         addRateDoubt(shoot, clips, doubts))
         return;
     clocks.add();
-    if (!clips.uncovered.empty()) addRepeatDoubts(shoot, clips, doubts);
+    if (clips.uncovered.empty()) return;
+    addRepeatDoubts(shoot, clips, doubts);
+    addLongRecordings(shoot, clips, doubts);
 }
 
 } // namespace orvane

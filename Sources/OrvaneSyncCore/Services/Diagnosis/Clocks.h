@@ -110,5 +110,7 @@ bool addRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubt
 /// under the same clips: timecode says as much for both, and nobody heard which one is right.
 void addGivenRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts);
 void addRepeatDoubts(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts);
+/// Of one recording or two of a card that would lie under all clips by one whole hour alone.
+void addLongRecordings(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts);
 
 } // namespace orvane

@@ -1,0 +1,117 @@
+#include "OrvaneSyncCore/Services/Diagnosis/LeftOver.h"
+
+#include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <numeric>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using Files = LeftOver::Files;
+
+/// By folder and day.
+class FilesByDay {
+  public:
+    void add(const MediaAsset& file, const FilePlace& place) {
+        const auto& [start, end] = place.range;
+        const auto [known, isNew] = files_.try_emplace({std::string(folderOf(file)), place.likelyDay()});
+        Files& files = known->second;
+        files.firstSeconds = isNew ? start : std::min(files.firstSeconds, start);
+        files.lastSeconds = isNew ? end : std::max(files.lastSeconds, end);
+        ++files.count;
+    }
+    std::vector<Files> all() && {
+        std::vector<Files> result;
+        for (auto& [key, files] : files_) {
+            std::tie(files.folder, files.day) = key;
+            result.push_back(std::move(files));
+        }
+        return result;
+    }
+
+  private:
+    std::map<std::pair<std::string, std::optional<long>>, Files> files_;
+};
+
+/// "10:03:20"; behind midnight as a clock has it.
+std::string clockText(double seconds) {
+    const auto whole = std::lround(std::fmod(std::floor(seconds) + secondsADay, secondsADay));
+    constexpr long aMinute = 60, anHour = 3600;
+    std::string text;
+    for (const long part : {whole / anHour, whole % anHour / aMinute, whole % aMinute})
+        text += (text.empty() ? "" : ":") + formatted("%02.0f", static_cast<double>(part));
+    return text;
+}
+
+std::string linesOf(const std::vector<Files>& all, const char* one, const char* many) {
+    std::string lines;
+    for (const Files& files : all)
+        lines += "  " + counted(files.count, one, many) + " in '" + files.folder + "'" +
+                 (files.day ? " of " + dayText(*files.day) : " without a date") + ", from " +
+                 clockText(files.firstSeconds) + " to " + clockText(files.lastSeconds) + "\n";
+    return lines;
+}
+
+int countOf(const std::vector<Files>& all) {
+    return std::accumulate(all.begin(), all.end(), 0,
+                           [](int sum, const Files& files) { return sum + files.count; });
+}
+
+JSON::Array toJSON(const std::vector<Files>& all) {
+    JSON::Array list;
+    for (const Files& files : all) {
+        JSON json;
+        json.set("folder", files.folder);
+        json.set("count", files.count);
+        if (files.day) json.set("day", dayText(*files.day));
+        json.set("from", clockText(files.firstSeconds));
+        json.set("to", clockText(files.lastSeconds));
+        list.push_back(std::move(json));
+    }
+    return list;
+}
+
+} // namespace
+
+LeftOver LeftOver::of(const SyncGroupList& groups, const std::vector<const MediaAsset*>& recordings,
+                      const MatchRules& rules, const SyncDoubts& doubts) {
+    Places places(rules);
+    FilesByDay clips, sounds;
+    for (const MediaAsset* recording : recordings) places.learn(*recording);
+    for (const SyncGroup& group : groups) places.learn(group.video);
+    for (const SyncGroup& group : groups)
+        if (group.matchStatus.kind == MatchStatus::Kind::unmatched && !group.isExcludedFromExport &&
+            !group.isLocked && !doubts.byGroup.contains(group.id))
+            if (const auto place = places.of(group.video)) clips.add(group.video, *place);
+    for (const MediaAsset* recording : recordings)
+        if (const auto place = recording->isAtmo() ? std::nullopt : places.of(*recording))
+            sounds.add(*recording, *place);
+    LeftOver result{std::move(clips).all(), std::move(sounds).all()};
+    if (result.clips.empty() || result.recordings.empty()) return {};
+    return result;
+}
+
+std::string LeftOver::text() const {
+    if (isEmpty()) return {};
+    return counted(countOf(clips), "clip has", "clips have") + " no sound, and " +
+           counted(countOf(recordings), "recording has", "recordings have") + " no picture:\n" +
+           linesOf(clips, "clip", "clips") + linesOf(recordings, "recording", "recordings") +
+           "Where they belong together, a clock or a date is wrong: look for one clap in both, and give what "
+           "lies between with --sound-offset, or the day with --sound-date.\n";
+}
+
+JSON toJSON(const LeftOver& leftOver) {
+    JSON json;
+    json.set("clips", toJSON(leftOver.clips));
+    json.set("recordings", toJSON(leftOver.recordings));
+    return json;
+}
+
+} // namespace orvane

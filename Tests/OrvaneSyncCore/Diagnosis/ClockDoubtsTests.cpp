@@ -148,6 +148,11 @@ TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
     beside.date(beside.audios, "2024-05-17");
     EXPECT_EQ(cureOf(beside), "--sound-offset 01:00:00:00 in a scan of this card alone (--exclude 'A'); the "
                               "other sound then needs a document of its own");
+    Shot reset; // a clock that began anew in the middle of a card
+    takes(reset, "2024-05-17", 9, "A", 0);
+    for (std::size_t i = 0; i < reset.audios.size(); ++i) setBack(reset.audios[i], i < 8 ? 0 : 37554);
+    reset.date(reset.audios, "2000-01-01", 8);
+    EXPECT_EQ(cureOf(reset).find("--sound-date 2024-05-17 --sound-offset 10:25:5"), 0U) << cureOf(reset);
     takes(film, nullptr, 9, "A", 1);
     for (MediaAsset& video : film.videos) {
         const double start = TimecodeUtils::tcToSeconds(*video.startTimecodeString, 25);

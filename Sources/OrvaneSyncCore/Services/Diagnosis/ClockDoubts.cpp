@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <iterator>
 #include <limits>
@@ -206,20 +207,34 @@ class ClockDoubts {
         if (offsetAmong(one, one.card, false) || one.isPart || !one.isUnmet) return;
         // What was given the date of another shoot lies anywhere.
         if (isDateGivenToSeveralShoots_ || offsetAmong(one, one.card, true) || !one.card.day) return;
-        std::vector<Card> tried = onOtherDays(one.card);
         // Where the date alone is wrong, no hours are to be told.
-        if (std::ranges::any_of(tried, [&](const Card& card) { return fitsAsItIs(card); })) return;
-        // A clock whose date and hours are both wrong is so much rarer.
-        const double mostChance =
-            chance::smallest * chance::smallest / static_cast<double>(std::max<std::size_t>(tried.size(), 1));
-        for (const bool isForAll : {false, true})
+        if (std::ranges::any_of(onOtherDays(one.card, clips_),
+                                [&](const Card& card) { return fitsAsItIs(card); }))
+            return;
+        // A clock whose date and hours are both wrong is rarer, but for one that began anew.
+        const double rarer = isDateOfAReset(*one.card.day) ? 1 : chance::smallest;
+        for (const bool isForAll : {false, true}) {
+            const std::vector<Card> tried = onOtherDays(one.card, isForAll ? clips_ : uncovered_);
+            const double mostChance =
+                chance::smallest * rarer / static_cast<double>(std::max<std::size_t>(tried.size(), 1));
             for (const Card& card : tried)
                 if (offsetAmong(one, card, isForAll, mostChance)) return;
+        }
+    }
+    /// The first of January, where clocks begin that know no date, weeks from any clip.
+    bool isDateOfAReset(long day) const {
+        constexpr long weeks = 30;
+        const std::chrono::year_month_day date{std::chrono::sys_days(std::chrono::days(day))};
+        return date.month() == std::chrono::January && date.day() == std::chrono::day(1) &&
+               std::ranges::none_of(clips_, [&](const Shoot::Clip* clip) {
+                   const auto filmed = clip->likelyDay();
+                   return filmed && std::abs(*filmed - day) < weeks;
+               });
     }
     /// The card on the days of clips that it can't meet by its own, the nearest ones.
-    std::vector<Card> onOtherDays(const Card& card) const {
+    std::vector<Card> onOtherDays(const Card& card, const std::vector<const Shoot::Clip*>& clips) const {
         std::set<std::pair<long, long>> days; // by how far they are
-        for (const Shoot::Clip* clip : clips_)
+        for (const Shoot::Clip* clip : clips)
             if (const auto day = clip->likelyDay(); day && !mayMeet(card, *clip))
                 days.emplace(std::abs(*day - *card.day), *day);
         std::vector<Card> tried;

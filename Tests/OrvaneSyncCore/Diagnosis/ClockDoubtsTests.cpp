@@ -153,6 +153,18 @@ TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
     for (std::size_t i = 0; i < reset.audios.size(); ++i) setBack(reset.audios[i], i < 8 ? 0 : 37554);
     reset.date(reset.audios, "2000-01-01", 8);
     EXPECT_EQ(cureOf(reset).find("--sound-date 2024-05-17 --sound-offset 10:25:5"), 0U) << cureOf(reset);
+    Shot afternoon; // a second recorder, right before its clock was set
+    takes(afternoon, "2024-05-17", 9, "A", 0);
+    for (int i = 0; i < 12; ++i) {
+        const double start = static_cast<double>(*afternoon.audios[i].bextTimeReference) / 48000;
+        afternoon.audios.push_back(
+            recordingAt("/S/BAG/" + std::to_string(i) + ".wav", start - (i < 6 ? 0 : hour), 80));
+    }
+    afternoon.date(afternoon.audios, "2024-05-17");
+    EXPECT_EQ(cureOf(afternoon),
+              "--sound-offset 01:00:00:00 in a scan of these recordings alone (put links to "
+              "them into a folder of their own); the other sound then needs a document of "
+              "its own");
     takes(film, nullptr, 9, "A", 1);
     for (MediaAsset& video : film.videos) {
         const double start = TimecodeUtils::tcToSeconds(*video.startTimecodeString, 25);

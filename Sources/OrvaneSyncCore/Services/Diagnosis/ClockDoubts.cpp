@@ -76,7 +76,7 @@ class ClockDoubts {
                 doubtedCards_.push_back({card, files.size(), false, recorders.isUnmet(card)});
                 for (const std::size_t file : files) isSuspected_[file] = true;
             }
-            // The clock may have been set anew among them.
+            // The clock may have been set anew among them. A second recorder comes first nowhere.
             DoubtedCard part{card, files.size(), true};
             std::erase_if(part.card.files, [&](std::size_t file) { return recorders.isMet[file]; });
             for (const std::size_t file : beside)
@@ -84,7 +84,7 @@ class ClockDoubts {
                     part.card.files.push_back(file);
                     if (std::ranges::find(files, file) == files.end()) ++part.all; // it counted as a channel
                 }
-            if (right >= explanation::fewest &&
+            if (std::max(right, recorders.countOf(files, recorders.isFitting)) >= explanation::fewest &&
                 std::cmp_greater_equal(part.card.files.size(), explanation::fewest))
                 doubtedCards_.push_back(std::move(part));
         }
@@ -204,7 +204,12 @@ class ClockDoubts {
     /// recorder, and of any day.
     void offsetOf(const DoubtedCard& one) {
         platform::throwIfStopped(shoot_.stop);
-        if (offsetAmong(one, one.card, false) || one.isPart || !one.isUnmet) return;
+        if (offsetAmong(one, one.card, false)) return;
+        if (one.isPart) {
+            offsetAmong(one, one.card, true);
+            return;
+        }
+        if (!one.isUnmet) return;
         // What was given the date of another shoot lies anywhere.
         if (isDateGivenToSeveralShoots_ || offsetAmong(one, one.card, true) || !one.card.day) return;
         // Where the date alone is wrong, no hours are to be told.
@@ -281,12 +286,21 @@ class ClockDoubts {
                static_cast<double>(inPlace) > explanation::majority * static_cast<double>(heard);
     }
 
+    /// Of all clips, those without sound of the recorder itself, which can't have made two recordings at
+    /// once.
+    bool isSought(const DoubtedCard& one, const Shoot::Clip& clip, bool isForAll) const {
+        if (!isForAll || !one.isPart) return isForAll || !clip.isCovered;
+        return std::ranges::none_of(clip.group->audioMatches, [&](const AudioMatch& match) {
+            return isOn(one.card, shoot_, *match.audio);
+        });
+    }
     /// `isForAll`: for all clips, not for those alone that lack sound. Whether there is a doubt.
     bool offsetAmong(const DoubtedCard& one, const Card& card, bool isForAll,
                      double mostChance = chance::smallest) {
         std::vector<const Shoot::Clip*> clips;
         for (const Shoot::Clip* clip : isForAll ? clips_ : uncovered_)
-            if (mayMeet(card, *clip) && !(one.isPart && doubts_.has(clip->group->id, {Kind::constantOffset})))
+            if (mayMeet(card, *clip) && isSought(one, *clip, isForAll) &&
+                !(one.isPart && doubts_.has(clip->group->id, {Kind::constantOffset})))
                 clips.push_back(clip);
         if (std::cmp_less(clips.size(), explanation::fewest) || isHeardInPlace(one, card)) return false;
         std::vector<FilePlace> sounds;
@@ -447,15 +461,15 @@ class ClockDoubts {
         std::set<std::size_t> used, usedNow, parts;
         std::vector<const Shoot::Clip*> doubted; // with those that have sound of the card by chance
         for (const Shoot::Clip* clip : clips_) {
-            const bool mayMatch = mayMeet(card, *clip), isSought = isForAll || !clip->isCovered;
+            const bool mayMatch = mayMeet(card, *clip), isLooked = isSought(one, *clip, isForAll);
             if (const auto sound = mayMatch ? cover(as, card, *clip) : std::nullopt) {
                 now += one.isPart ? 0 : 1; // where such recordings lie, others are heard
                 usedNow.insert(sound->whole);
             }
-            if (mayMatch && isSought && isWithin(hours, card, *clip)) ++withoutSound;
+            if (mayMatch && isLooked && isWithin(hours, card, *clip)) ++withoutSound;
             const auto sound = mayMatch ? cover(shifted, card, *clip) : std::nullopt;
             if (sound) ++all;
-            if (sound && isSought) {
+            if (sound && isLooked) {
                 ++matched;
                 used.insert(sound->whole);
                 parts.insert(shoot_.wholes.partAt(
@@ -498,7 +512,8 @@ class ClockDoubts {
         addCardDoubt(doubts_,
                      {Kind::constantOffset, text + knownTo(common),
                       cure_.of(card, offset) + (lost > 0 ? cure_.inAScanOfRecordings(card, one.isPart) : "") +
-                          clapAfter(common) + (lost > 0 && !one.isPart ? cure_.forOtherSound(one.card) : "")},
+                          clapAfter(common) +
+                          (lost > 0 && (isForAll || !one.isPart) ? cure_.forOtherSound(one.card) : "")},
                      doubted);
         return true;
     }

@@ -191,7 +191,7 @@ class ClockDoubts {
             best.depth < explanation::majority * static_cast<double>(expected))
             return std::nullopt;
 
-        const auto [offset, isNice] = nicest(windows, looked.size(), best);
+        const auto [offset, isNice] = nicest(windows, looked.size(), best, rate_);
         // By a whole day it is the date that is wrong.
         if (std::abs(offset) > 1 && std::abs(std::remainder(offset, secondsADay)) <= 1) return std::nullopt;
         const auto byChance = chanceOf(windows, best);
@@ -412,37 +412,6 @@ class ClockDoubts {
     }
     std::string clapAfter(const CardOffset& common) const {
         return isGuess(common) ? "; then check a clap and set the frames" : "";
-    }
-
-    /// Whole hours go before half ones, these before whole seconds: of all offsets that find sound for the
-    /// same clips, what people set their clocks wrong by. Long recordings lie under clips by several of them;
-    /// by the right one both begin nearly together.
-    std::pair<double, bool> nicest(const std::vector<OffsetWindow>& windows, std::size_t clipCount,
-                                   const DeepestOffset& best) const {
-        constexpr double anHour = 3600;
-        constexpr double nearSeconds = 30; // of what the best one misses by a clip that begins early
-        constexpr double clearlyNearerSeconds = 60;
-        const double hourOfLabels = labelSeconds(anHour, rate_);
-        std::optional<double> nice;
-        OffsetFit most{static_cast<int>(std::ceil(nearlyAll * best.depth)), 0};
-        constexpr int days = 2, hours = 24;
-        for (const double step : {anHour, hourOfLabels, anHour / 2, hourOfLabels / 2})
-            for (int count = -days * hours; count <= days * hours; ++count) {
-                const double offset = count * step;
-                if (count == 0) continue;
-                const OffsetFit fit = fitAt(windows, clipCount, offset);
-                const bool isNear = std::abs(offset - best.seconds) <= best.widthSeconds / 2 + nearSeconds;
-                if (fit.depth < most.depth || (fit.depth < best.depth && !isNear)) continue;
-                if (nice && fit.depth == most.depth &&
-                    fit.startsApartSeconds >= most.startsApartSeconds - clearlyNearerSeconds)
-                    continue;
-                most = fit;
-                nice = offset;
-            }
-        if (nice) return {*nice, true};
-        const double whole = std::round(best.seconds);
-        const bool fits = std::abs(whole - best.seconds) <= best.widthSeconds / 2;
-        return {fits ? whole : best.seconds, false};
     }
 
     bool addOffset(const DoubtedCard& one, const Card& card, const CardOffset& common, bool isForAll) {

@@ -1,10 +1,12 @@
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetWindows.h"
 
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <utility>
 
 namespace orvane {
@@ -63,6 +65,34 @@ OffsetFit fitAt(const std::vector<OffsetWindow>& windows, std::size_t clipCount,
     }
     if (fit.depth > 0) fit.startsApartSeconds /= fit.depth;
     return fit;
+}
+
+NicestOffset nicest(const std::vector<OffsetWindow>& windows, std::size_t clipCount,
+                    const DeepestOffset& best, TimecodeFrameRate rate) {
+    constexpr double anHour = 3600;
+    constexpr double nearSeconds = 30; // of what the best one misses by a clip that begins early
+    constexpr double clearlyNearerSeconds = 60;
+    const double hourOfLabels = labelSeconds(anHour, rate);
+    std::optional<double> nice;
+    OffsetFit most{static_cast<int>(std::ceil(nearlyAll * best.depth)), 0};
+    constexpr int days = 2, hours = 24;
+    for (const double step : {anHour, hourOfLabels, anHour / 2, hourOfLabels / 2})
+        for (int count = -days * hours; count <= days * hours; ++count) {
+            const double offset = count * step;
+            if (count == 0) continue;
+            const OffsetFit fit = fitAt(windows, clipCount, offset);
+            const bool isNear = std::abs(offset - best.seconds) <= best.widthSeconds / 2 + nearSeconds;
+            if (fit.depth < most.depth || (fit.depth < best.depth && !isNear)) continue;
+            if (nice && fit.depth == most.depth &&
+                fit.startsApartSeconds >= most.startsApartSeconds - clearlyNearerSeconds)
+                continue;
+            most = fit;
+            nice = offset;
+        }
+    if (nice) return {*nice, true};
+    const double whole = std::round(best.seconds);
+    const bool fits = std::abs(whole - best.seconds) <= best.widthSeconds / 2;
+    return {fits ? whole : best.seconds, false};
 }
 
 double chanceOf(const std::vector<OffsetWindow>& windows, const DeepestOffset& best) {

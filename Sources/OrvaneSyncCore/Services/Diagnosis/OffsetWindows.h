@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Timecode/TimecodeFrameRate.h"
+
 #include <cstddef>
 #include <vector>
 
@@ -23,8 +25,7 @@ struct OffsetWindow {
 
 /// Offsets may serve a little fewer clips than the best one.
 inline constexpr double nearlyAll = 0.9;
-/// The offset in most clips' windows, in the middle of where they meet. What is near to it is a range about
-/// it.
+/// The offset in most clips' windows, in the middle of where they meet.
 DeepestOffset deepest(const std::vector<OffsetWindow>& windows, std::size_t clipCount);
 /// What an offset does for the clips.
 struct OffsetFit {
@@ -32,6 +33,17 @@ struct OffsetFit {
     double startsApartSeconds = 0; ///< from the recordings' starts to those of these clips, on average
 };
 OffsetFit fitAt(const std::vector<OffsetWindow>& windows, std::size_t clipCount, double offset);
+
+/// An offset that people set clocks wrong by, else one that is all that the windows know.
+struct NicestOffset {
+    double seconds;
+    bool isNice; ///< whole or half hours
+};
+/// Whole hours go before half ones, these before whole seconds: of all offsets that find sound for the
+/// same clips, what people set their clocks wrong by. Long recordings lie under clips by several of them;
+/// by the right one both begin nearly together.
+NicestOffset nicest(const std::vector<OffsetWindow>& windows, std::size_t clipCount,
+                    const DeepestOffset& best, TimecodeFrameRate rate);
 /// That the best of all offsets finds sound for so many clips although the two have nothing to do with
 /// each other: the windows would then lie anywhere.
 double chanceOf(const std::vector<OffsetWindow>& windows, const DeepestOffset& best);

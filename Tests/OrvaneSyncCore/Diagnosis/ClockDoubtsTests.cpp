@@ -174,6 +174,28 @@ TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
         << "counted as the option is read";
 }
 
+/// A recorder that keeps the date of the first of three days, each some seconds later than the one before.
+TEST(ClockDoubts, ADateThatIsWrongByDaysIsNoClockThatIsWrongByADay) {
+    for (const double laterEachDay : {5, 7, 12}) {
+        Shot shot;
+        for (int day = 0; day < 3; ++day)
+            for (int i = 0; i < 4; ++i) {
+                const std::string folder = "/D" + std::to_string(day), number = std::to_string(i);
+                const double at = 36000 + 400 * i + 11 * i * i + laterEachDay * day;
+                shot.videos.push_back(clipAt(folder + "/CAM/A" + number + ".mov", at, 10));
+                shot.date(shot.videos, std::array{"2024-05-17", "2024-05-18", "2024-05-19"}.at(day),
+                          shot.videos.size() - 1);
+                shot.audios.push_back(recordingAt(folder + "/SND/T" + number + ".wav", at - 3, 20));
+            }
+        shot.date(shot.audios, "2024-05-17");
+        shot.diagnose();
+        EXPECT_FALSE(shot.card(Kind::constantOffset)) << shot.card(Kind::constantOffset)->doubt.message;
+        const auto date = shot.card(Kind::otherDateFits);
+        ASSERT_TRUE(date) << laterEachDay;
+        EXPECT_TRUE(date->doubt.cure.starts_with("--sound-date 2024-05-1")) << date->doubt.cure;
+    }
+}
+
 TEST(ClockDoubts, TakesThatRepeatEachHourHideAWrongClock) {
     struct Case {
         const char* name;

@@ -204,6 +204,7 @@ class ClockDoubts {
     /// recorder, and of any day.
     void offsetOf(const DoubtedCard& one) {
         platform::throwIfStopped(shoot_.stop);
+        if (one.isUnmet && !one.isPart && isDateAloneWrong(one.card)) return;
         if (offsetAmong(one, one.card, false)) return;
         if (one.isPart) {
             offsetAmong(one, one.card, true);
@@ -212,14 +213,16 @@ class ClockDoubts {
         if (!one.isUnmet) return;
         // What was given the date of another shoot lies anywhere.
         if (isDateGivenToSeveralShoots_ || offsetAmong(one, one.card, true) || !one.card.day) return;
+        const auto isOutOfReach = [&](const Shoot::Clip& clip) { return !mayMeet(one.card, clip); };
         // Where the date alone is wrong, no hours are to be told.
-        if (std::ranges::any_of(onOtherDays(one.card, clips_),
+        if (std::ranges::any_of(onOtherDays(one.card, clips_, isOutOfReach),
                                 [&](const Card& card) { return fitsAsItIs(card); }))
             return;
         // A clock whose date and hours are both wrong is rarer, but for one that began anew.
         const double rarer = isDateOfAReset(*one.card.day) ? 1 : chance::smallest;
         for (const bool isForAll : {false, true}) {
-            const std::vector<Card> tried = onOtherDays(one.card, isForAll ? clips_ : uncovered_);
+            const std::vector<Card> tried =
+                onOtherDays(one.card, isForAll ? clips_ : uncovered_, isOutOfReach);
             const double mostChance =
                 chance::smallest * rarer / static_cast<double>(std::max<std::size_t>(tried.size(), 1));
             for (const Card& card : tried)
@@ -236,11 +239,41 @@ class ClockDoubts {
                    return filmed && std::abs(*filmed - day) < weeks;
                });
     }
-    /// The card on the days of clips that it can't meet by its own, the nearest ones.
-    std::vector<Card> onOtherDays(const Card& card, const std::vector<const Shoot::Clip*>& clips) const {
+    /// At its own hours it lies under clips of another day that lack sound. Takes in a rhythm lie under those
+    /// of other days at about their hours too, and moving them there would mix the days.
+    bool isDateAloneWrong(const Card& card) const {
+        if (!card.day) return false;
+        const auto isOfOther = [&](const Shoot::Clip& clip) { return !card.isOf(*clip.likelyDay()); };
+        return std::ranges::any_of(onOtherDays(card, uncovered_, isOfOther), [&](const Card& other) {
+            Cover sound;
+            const auto wholes = shoot_.wholes.oneOfEach(other.files);
+            for (const std::size_t file : wholes) sound.add(laid(other, file), file);
+            sound.finish();
+            std::set<std::size_t> used;
+            int clips = 0, fitting = 0;
+            const TCRange hours = hoursOf(other, 0);
+            for (const Shoot::Clip* clip : uncovered_) {
+                if (clip->likelyDay() != other.day || !isWithin(hours, other, *clip)) continue;
+                ++clips;
+                if (const auto found = cover(sound, other, *clip)) {
+                    ++fitting;
+                    used.insert(found->whole);
+                }
+            }
+            return std::cmp_greater_equal(used.size(), explanation::fewest) &&
+                   static_cast<double>(used.size()) >=
+                       explanation::majority * static_cast<double>(wholes.size()) &&
+                   chance::atLeast(fitting, clips, sound.shareOf(hours.startSeconds, hours.endSeconds)) <=
+                       chance::smallest;
+        });
+    }
+    /// The card on the days of those of the clips, the nearest ones.
+    template <class MayBeOf>
+    std::vector<Card> onOtherDays(const Card& card, const std::vector<const Shoot::Clip*>& clips,
+                                  const MayBeOf& mayBeOf) const {
         std::set<std::pair<long, long>> days; // by how far they are
         for (const Shoot::Clip* clip : clips)
-            if (const auto day = clip->likelyDay(); day && !mayMeet(card, *clip))
+            if (const auto day = clip->likelyDay(); day && mayBeOf(*clip))
                 days.emplace(std::abs(*day - *card.day), *day);
         std::vector<Card> tried;
         for (const auto& [distance, day] : days) {

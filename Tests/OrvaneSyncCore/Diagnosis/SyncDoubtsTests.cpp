@@ -337,6 +337,44 @@ TEST(SyncDoubts, ADateThatFitsTheClipMayBeWrong) {
     ASSERT_TRUE(shot.card(Kind::otherDateFits));
     EXPECT_EQ(shot.card(Kind::otherDateFits)->groupIDs.size(), 6U);
 
+    Shot copied; // the second day's sound lies in the folder of the first one, with its date
+    for (const int day : {0, 1})
+        for (int i = 0; i < 4; ++i) {
+            const double at = 36000 + 300 * i + 9 * i * i + 4 * day;
+            const std::string number = std::to_string(i);
+            copied.videos.push_back(
+                clipAt(day == 0 ? "/D2/CAM/A" + number + ".mov" : "/D3/CAM/B" + number + ".mov", at, 8));
+            copied.date(copied.videos, day == 0 ? "2024-05-17" : "2024-05-18", copied.videos.size() - 1);
+            copied.audios.push_back(
+                recordingAt((day == 0 ? "/D2/SND/T" : "/D2/SND/U") + number + ".wav", at - 3, 14));
+            copied.audios.back().channelCount = 1;
+        }
+    copied.date(copied.audios, "2024-05-17");
+    copied.diagnose();
+    SmartAudioResult result;
+    result.bestTrackIndex = 1;
+    result.tracks.resize(2);
+    for (const bool isBeside : {false, true}) {
+        TrackAdjustment& track = result.tracks[isBeside ? 1 : 0];
+        track.trackIndex = isBeside ? 2 : 1;
+        track.averageLevelDB = isBeside ? -20 : -40;
+        track.speechRatio = 0.3F;
+    }
+    SmartAudioResults results;
+    for (const SyncGroup& group : copied.groups) results.emplace(group.id, result);
+    const std::string alone =
+        "--sound-date 2024-05-18 in a scan of this day alone (--exclude 'D2/CAM' --exclude 'D2/SND/T*.wav')";
+    FileNames names;
+    copied.doubts = SyncDoubts::of(
+        {copied.groups, copied.audios, {}, TrimMode::noTrim, results, names, nullptr, {{"/"}}});
+    EXPECT_EQ(copied.count(Kind::otherDay), 4) << "what lies beside the sound of the first day";
+    EXPECT_EQ(copied.card(Kind::otherDateFits)->doubt.cure, alone + "; one of the two dates is wrong");
+    for (const SyncGroup& group : copied.groups) {
+        if (group.isMOS()) continue;
+        EXPECT_EQ(copied.doubts.byGroup.at(group.id).back().cure, alone + "; take it off this clip");
+        EXPECT_FALSE(copied.doubts.has(group.id, {Kind::mutedSpeech})) << "it would be switched on";
+    }
+
     Shot night; // dated by the evening before, beside the night before that
     night.videos.push_back(clipAt("/CAM/A.mov", 1803, 8));
     night.audios = {recordingAt("/S/T007.wav", 1800, 14), recordingAt("/S/T099.wav", 1801, 14)};

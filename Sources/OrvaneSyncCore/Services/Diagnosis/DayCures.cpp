@@ -56,8 +56,8 @@ void DayCures::findNight() {
 }
 
 const std::string& DayCures::dateOf(std::optional<long> day, std::string_view clips, const Sound& sound) {
-    const auto [known, isNew] =
-        dates_.try_emplace({day, std::string(clips), std::string(sound.folder), sound.day, sound.isSure});
+    const auto [known, isNew] = dates_.try_emplace(
+        {day, std::string(clips), std::string(sound.folder), sound.day, sound.isSure, sound.pattern});
     std::string& text = known->second;
     if (!isNew) return text;
     text = "--sound-date ";
@@ -79,7 +79,8 @@ std::string DayCures::alone(long day, std::string_view clips, const Sound& sound
     };
     if (!sound.isSure && !isOfDay(usedDays_, sound.folder, true)) return {};
     const auto recorded = soundDays_.find(sound.folder);
-    if (isOfDay(clipDays_, clips, false) && recorded != soundDays_.end() && recorded->second.size() == 1)
+    if (sound.pattern.empty() && isOfDay(clipDays_, clips, false) && recorded != soundDays_.end() &&
+        recorded->second.size() == 1)
         return "--video " + shellQuoted(clips) + " --audio " + shellQuoted(sound.folder);
     return withoutOthers(day, sound);
 }
@@ -90,7 +91,8 @@ std::string DayCures::withoutOthers(long day, const Sound& sound) const {
     for (const Shoot::Clip& clip : shoot_.clips)
         if (clip.place && clip.likelyDay() == day) kept.insert(clip.group->video.id);
     for (const Recording& recording : shoot_.recordings)
-        if (folderOf(*recording.asset) == sound.folder && recording.place.statedDay == sound.day)
+        if (folderOf(*recording.asset) == sound.folder && recording.place.statedDay == sound.day &&
+            (sound.pattern.empty() || namePattern(*recording.asset) == sound.pattern))
             kept.insert(recording.asset->id);
     const auto options =
         LeavingOut(shoot_).of([&](const MediaAsset& file) { return !kept.contains(file.id); });

@@ -21,6 +21,8 @@ class DayCures {
         std::string_view folder = {}; ///< empty where they lie in several
         std::optional<long> day = {}; ///< that of their own date
         bool isSure = false;          ///< that they are of the clips' day, whatever other clips have them
+        /// As `namePattern` of them, where others of that date lie in the folder.
+        std::string pattern = {};
     };
     /// "--sound-date 2024-05-17", and the scan that it is for. All recordings of a scan get the date: folders
     /// are named where they hold no other day; that of the sound only where the sound says what day it is of,
@@ -44,8 +46,9 @@ class DayCures {
     DaysByFolder usedDays_;             ///< of the clips whose first recording is in it
     DaysByFolder soundDays_;            ///< of the recordings in it
     std::optional<long> firstSoundDay_; ///< where all clips are of one night, and all recordings
-    std::map<std::tuple<std::optional<long>, std::string, std::string, std::optional<long>, bool>,
-             std::string>
+    std::map<
+        std::tuple<std::optional<long>, std::string, std::string, std::optional<long>, bool, std::string>,
+        std::string>
         dates_;
     std::map<std::tuple<long, std::string, long>, std::string> cards_;
 };

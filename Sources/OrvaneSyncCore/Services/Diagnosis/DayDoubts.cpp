@@ -2,6 +2,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/DayCures.h"
 #include "OrvaneSyncCore/Services/Diagnosis/MixedDays.h"
+#include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Stop.h"
@@ -105,6 +106,13 @@ class DayDoubts {
         doubts_.byGroup[clip.group->id].push_back({kind, std::move(message), std::move(cure)});
         return true;
     }
+    /// What is not the clip's own sound is not to be switched on, however loud it is.
+    void keepOffWhatLiesBeside(const Shoot::Clip& clip) {
+        const int own = takeOf(*clip.group, assumedChannels).channelCount;
+        std::erase_if(doubts_.byGroup[clip.group->id], [&](const SyncDoubt& doubt) {
+            return doubt.kind == Kind::mutedSpeech && doubt.channel.value_or(0) > own;
+        });
+    }
 
     /// A recording of a clip.
     struct Pair {
@@ -120,8 +128,11 @@ class DayDoubts {
     bool otherDay(const Shoot::Clip& clip) {
         return std::ranges::any_of(clip.group->audioMatches, [&](const AudioMatch& match) {
             const auto found = shoot_.recordingByID.find(match.audio->id);
-            return found != shoot_.recordingByID.end() &&
-                   otherDay({clip, match, shoot_.recordings[found->second]});
+            if (found == shoot_.recordingByID.end()) return false;
+            const Pair pair{clip, match, shoot_.recordings[found->second]};
+            const bool isOther = otherDay(pair);
+            if (isOther && !pair.isFirst()) keepOffWhatLiesBeside(clip);
+            return isOther;
         });
     }
     void sharesItsSound(const Shoot::Clip& clip, const Shoot::Clip& other, const AudioMatch* beside) {
@@ -227,16 +238,19 @@ class DayDoubts {
         const auto& [clip, match, sound] = pair;
         if (const AudioMatch* other = pair.isFirst() ? collision(clip, true) : nullptr)
             return collides(clip, *other);
-        const auto suspected = suspected_.find({folderOf(*sound.asset), *sound.place.day});
+        const auto suspected = suspected_.find(kindOf(sound));
         if (suspected == suspected_.end()) return false;
         const Suspicion& why = suspected->second;
-        return doubt(
-            clip, Kind::otherDay,
-            namesOf(pair) + " is of the same date, but the recordings in '" +
-                std::string(folderOf(*sound.asset)) + "' fit " + counted(why.clips, "clip", "clips") +
-                " of " + dayText(why.day) + " that have no other sound, and come first under " +
-                std::to_string(why.own) + " of their own date: it may be wrong",
-            cures_.dateOf(why.day, why.folder, {folderOf(*sound.asset), sound.place.statedDay, true}));
+        return doubt(clip, Kind::otherDay,
+                     namesOf(pair) + " is of the same date, but the recordings in '" +
+                         std::string(folderOf(*sound.asset)) + "' fit " +
+                         counted(why.clips, "clip", "clips") + " of " + dayText(why.day) +
+                         " that have no other sound, and come first under " + std::to_string(why.own) +
+                         " of their own date: it may be wrong",
+                     cures_.dateOf(
+                         why.day, why.folder,
+                         {folderOf(*sound.asset), sound.place.statedDay, true, patternOf(suspected->first)}) +
+                         (pair.isFirst() ? "" : "; take it off this clip"));
     }
 
     void missesOtherDate(const Shoot::Clip& clip) {
@@ -321,9 +335,10 @@ class DayDoubts {
             if (recording.place.day == other.day) folders.insert(folderOf(*recording.asset));
         DayCures::Sound sound{.day = other.day, .isSure = isHeardOn(card.folder, own.day, other.day)};
         for (const auto& [key, why] : suspected_)
-            if (key.second == other.day && why.day == own.day) {
-                folders = {key.first};
+            if (std::get<1>(key) == other.day && why.day == own.day) {
+                folders = {std::get<0>(key)};
                 sound.isSure = true;
+                sound.pattern = patternOf(key);
             }
         if (folders.size() == 1) sound.folder = *folders.begin();
         const double share = candidates(other.day).shareOf(first, last);
@@ -391,8 +406,7 @@ class DayDoubts {
         for (const Shoot::Clip& clip : shoot_.clips) {
             if (!clip.place || !clip.primary || !clip.isCovered) continue;
             const Recording& sound = primaryOf(clip);
-            if (sound.place.day && sound.place.day == clip.likelyDay() &&
-                !suspected_.contains({folderOf(*sound.asset), *sound.place.day}))
+            if (sound.place.day && sound.place.day == clip.likelyDay() && !suspected_.contains(kindOf(sound)))
                 isOfOwnDay_[shoot_.wholes.firstOf[*clip.primary]] = true;
         }
     }
@@ -422,7 +436,8 @@ class DayDoubts {
     }
 
     bool isSuspected(long day) const {
-        return std::ranges::any_of(suspected_, [&](const auto& entry) { return entry.first.second == day; });
+        return std::ranges::any_of(suspected_,
+                                   [&](const auto& entry) { return std::get<1>(entry.first) == day; });
     }
     /// What clips of another day may have for their sound.
     const Cover& soundOf(long day) const {
@@ -436,29 +451,46 @@ class DayDoubts {
         int clips, own;          ///< how many they fit there, and how many of their own day have them
         std::string_view folder; ///< of those clips, where it is one
     };
+    /// What may have one wrong date: the recordings of one folder and day whose names are alike, as those of
+    /// another day may have been copied to them.
+    using SoundKind = std::tuple<std::string_view, long, std::string>;
+    static SoundKind kindOf(const Recording& sound) {
+        return {folderOf(*sound.asset), *sound.place.day, namePattern(*sound.asset)};
+    }
+    /// Empty where the folder has no other names of that day.
+    std::string patternOf(const SoundKind& kind) const {
+        const auto isBeside = [&](const Recording& sound) {
+            if (!sound.place.day) return false;
+            const SoundKind other = kindOf(sound);
+            return std::get<0>(other) == std::get<0>(kind) && std::get<1>(other) == std::get<1>(kind) &&
+                   other != kind;
+        };
+        return std::ranges::any_of(shoot_.recordings, isBeside) ? std::get<2>(kind) : std::string();
+    }
     /// The recordings that fit clips of another day, which have no sound of that day, rather than their own.
     void findSuspected() {
         std::map<long, std::vector<const Shoot::Clip*>> lacking; // by day
-        std::map<std::pair<std::string_view, long>, int> users;  // by folder and date of the recordings
+        std::map<SoundKind, int> users;
         for (const Shoot::Clip& clip : shoot_.clips) {
             const auto day = clip.place ? clip.likelyDay() : std::nullopt;
             if (!day || clip.isDecided) continue;
             if (clip.primary && primaryOf(clip).place.day == day)
-                ++users[{folderOf(*primaryOf(clip).asset), *day}];
+                ++users[kindOf(primaryOf(clip))];
             else
                 lacking[*day].push_back(&clip);
             for (const AudioMatch& match : clip.group->audioMatches) // what lies beside it is believed, too
-                users.try_emplace({folderOf(*match.audio), *day}, 0);
+                users.try_emplace({folderOf(*match.audio), *day, namePattern(*match.audio)}, 0);
         }
         constexpr double clearly = 1.5, majority = 0.6;
-        for (const Card& card : cardsOf(shoot_.recordings)) {
+        std::map<SoundKind, std::vector<std::size_t>> kinds;
+        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
+            if (shoot_.recordings[i].place.day) kinds[kindOf(shoot_.recordings[i])].push_back(i);
+        for (const auto& [key, files] : kinds) {
             platform::throwIfStopped(shoot_.stop);
-            if (!card.day || std::cmp_less(card.files.size(), fewestOfADate)) continue;
-            const std::pair key{folderOf(*shoot_.recordings[card.files.front()].asset), *card.day};
             const auto found = users.find(key);
-            if (found == users.end()) continue; // nobody believes the date
+            if (std::cmp_less(files.size(), fewestOfADate) || found == users.end()) continue; // not believed
             Cover sound;
-            for (const std::size_t file : shoot_.wholes.oneOfEach(card.files))
+            for (const std::size_t file : shoot_.wholes.oneOfEach(files))
                 sound.add(shoot_.wholes.places[file].range, file);
             sound.finish();
             const int own = found->second;
@@ -471,7 +503,7 @@ class DayDoubts {
                 const int most = std::max({fewestOfADate - 1, static_cast<int>(clearly * own), least, best});
                 const auto fitting = static_cast<int>(std::ranges::count_if(
                     clips, [&](const auto* clip) { return sound.of(clip->place->range).has_value(); }));
-                if (day == *card.day || fitting <= most || isChance(fitting, clips, sound)) continue;
+                if (day == std::get<1>(key) || fitting <= most || isChance(fitting, clips, sound)) continue;
                 std::string_view folder = folderOf(clips.front()->group->video);
                 for (const auto* clip : clips)
                     if (folderOf(clip->group->video) != folder) folder = {};
@@ -507,8 +539,7 @@ class DayDoubts {
     std::map<long, Cover> byDay_;  ///< of the recordings, seconds since midnight
     std::map<long, Cover> unused_; ///< of those that no clip has
     std::map<long, Cover> free_;   ///< of days with clips of their own, of those that lie under none
-    /// By folder and date of the recordings.
-    std::map<std::pair<std::string_view, long>, Suspicion> suspected_;
+    std::map<SoundKind, Suspicion> suspected_;
     std::set<std::size_t> fewOfItsDate_; ///< numbers of clips
     bool areDaysMixed_ = false;          ///< by the dates
     bool daysMayBeMixed_ = false;

@@ -350,6 +350,11 @@ class DayDoubts {
             if (found && isOfOwnDay_[*found] && !isHeard(*clip, shoot_.recordings[*found])) ++ofOwnDay;
         }
         const bool isOthers = 2 * ofOwnDay > other.clips;
+        // What has all of its own day's sound, and would find none of the other day.
+        std::erase_if(clips, [&](const auto* clip) {
+            return clip->isCovered && clip->primary && primaryOf(*clip).place.day == own.day &&
+                   !candidates(other.day).of(clip->place->range);
+        });
         addCardDoubt(doubts_,
                      {Kind::otherDateFits,
                       "the clips in '" + card.folder + "' are dated " + dayText(own.day) + ", and " +

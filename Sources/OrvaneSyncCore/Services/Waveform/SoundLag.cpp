@@ -22,12 +22,12 @@ namespace {
 constexpr double heardSeconds = 10;
 // Whoever records more has a mix or a boom among the first.
 constexpr int mostChannels = 4;
-// What is looked for in a whole minute has to be longer, as more places are alike by chance.
+// What is looked for in so much has to be longer, as more places are alike by chance.
 constexpr double heardFarSeconds = 20;
 // A recorder rolls before the camera, and seldom for longer.
-constexpr double rollsBeforeSeconds = 60;
+constexpr double rollsBeforeSeconds = 30;
 // Cameras that hear other sound than any recorder cost the reading of whole minutes, clip by clip.
-constexpr std::size_t mostInVain = 3;
+constexpr std::size_t mostInVain = 2;
 // By which another recording is more like the camera's sound than its own one.
 constexpr double liker = 0.1;
 constexpr int mostRounds = 12; // that find the take from which on a clock is wrong among some thousands

@@ -162,6 +162,16 @@ std::string shellLine(const std::vector<std::string>& words) {
     return line;
 }
 
+/// What a call says, in whatever order.
+std::string meaningOf(const Parts& parts, const CureOptions& cure) {
+    std::set<std::string> all;
+    for (const Arguments::Part& part : parts) all.insert(part.option + " " + part.value);
+    for (const CureOption& option : cure.options) all.insert(option.name + " " + option.value);
+    std::string meaning;
+    for (const std::string& one : all) meaning += one + '\0';
+    return meaning;
+}
+
 /// Returns whether the call writes a document.
 bool numberOutput(Parts& parts, int number) {
     const auto output = std::ranges::find(parts, "--output", &Arguments::Part::option);
@@ -180,7 +190,7 @@ bool numberOutput(Parts& parts, int number) {
 CureCommands::CureCommands(std::span<const std::string> call) : start_(call.begin(), call.begin() + 2) {
     const auto command = std::ranges::find(allCommands(), call[1], &Command::name);
     if (command != allCommands().end()) parts_ = argumentsOf(**command, call.subspan(2)).parts();
-    given_.insert(shellLine(wordsOf(start_, besideCure(parts_, {}), {}))); // what is in force cures nothing
+    given_.insert(meaningOf(besideCure(parts_, {}), {})); // what is in force cures nothing
 }
 
 std::optional<std::string> CureCommands::next(std::string_view cure) {
@@ -188,7 +198,8 @@ std::optional<std::string> CureCommands::next(std::string_view cure) {
     if (options.isEmpty()) return std::nullopt;
     Parts parts = besideCure(parts_, options);
     std::string plain = shellLine(wordsOf(start_, parts, options));
-    if (platform::text::printable(plain) != plain || !given_.insert(plain).second) return std::nullopt;
+    if (platform::text::printable(plain) != plain || !given_.insert(meaningOf(parts, options)).second)
+        return std::nullopt;
     if (!options.leavesCardsOut() || !numberOutput(parts, documents_ + 1)) return plain;
     ++documents_;
     return shellLine(wordsOf(start_, parts, options));

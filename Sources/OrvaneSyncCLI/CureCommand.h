@@ -28,7 +28,7 @@ class CureCommands {
   private:
     std::vector<std::string> start_; ///< program and command
     std::vector<Arguments::Part> parts_;
-    std::set<std::string> given_; ///< without numbers
+    std::set<std::string> given_; ///< what they say, without numbers
     int documents_ = 1;
 };
 

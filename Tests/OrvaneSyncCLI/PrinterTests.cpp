@@ -71,7 +71,7 @@ TEST(CureCommand, isTheCallWithWhatTheCureSays) {
         {{"a", "--quiet", "--set", "x.y=1", "--set=x.y=2", "--quiet"},
          "--set x.y=3, or lock it",
          "orvanesync scan a --quiet --set x.y=3"},
-        {{"a", "--set", "x.y=3"}, "--set x.y=3, or lock it", std::nullopt}, // in force
+        {{"--set", "x.y=3", "a", "--quiet"}, "--set x.y=3, or lock it", std::nullopt}, // in force
         {{"a"}, "--sound-date 2024-05-17" + scope + " (--video FOLDER)", std::nullopt},
         {{"a"}, "--sound-offset 00:00:02:00" + scope + "; lock a clip", std::nullopt},
         {{"a"},

@@ -140,6 +140,11 @@ TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
     for (std::size_t i = 0; i < half.audios.size(); ++i) setBack(half.audios[i], i < 5 ? 7 * hour : 0);
     EXPECT_EQ(cureOf(half), "--sound-offset 07:00:00:00 in a scan of these recordings alone (put links to "
                             "them into a folder of their own)");
+    Shot few = half; // of which the right ones can be named
+    few.videos.assign(half.videos.begin() + 2, half.videos.begin() + 8);
+    few.audios.assign(half.audios.begin() + 2, half.audios.begin() + 8);
+    EXPECT_TRUE(cureOf(few).starts_with("--sound-offset 07:00:00:00 in a scan of this card alone (--exclude"))
+        << cureOf(few);
     for (int i = 0; i < 12; ++i) {
         const double start =
             static_cast<double>(*beside.audios[static_cast<std::size_t>(i)].bextTimeReference) / 48000;

@@ -183,6 +183,22 @@ TEST(SyncDoubts, AMonoFileThatOtherTakesHaveIsMissed) {
     EXPECT_EQ(parts.count(Kind::missingFile), 0);
 }
 
+TEST(SyncDoubts, ANightOfAnotherDateNeedsNoScanOfItsOwnUnderClipsOfOneDay) {
+    Shot night;
+    const std::pair<double, const char*> takes[] = {{86000, "2000-01-01"}, {500, "2000-01-02"}};
+    for (const auto& [start, date] : takes) {
+        const std::string name = std::to_string(night.videos.size());
+        night.videos.push_back(clipAt("/C/A" + name + "_240517.mov", start, 10));
+        night.audios.push_back(recordingAt("/S/T" + name + ".wav", start - 3, 20));
+        night.audios.back().contentCreatedDate = dateFromISO8601(std::string(date) + "T12:00:00Z");
+    }
+    const auto cure = [&] { return night.doubts.summary(night.groups).front().doubt.cure; };
+    night.diagnose();
+    EXPECT_TRUE(cure().starts_with("--sound-date 2024-05-17 if")) << cure();
+    night.diagnose({.soundDay = dayNumber(*dateFromISO8601("2024-05-17T12:00:00Z"))});
+    EXPECT_TRUE(cure().starts_with("--sound-date 2024-05-17 in a scan of")) << cure() << ": it is in force";
+}
+
 TEST(SyncDoubts, LinearTimecodeIsProposedWhereItWasNotListenedFor) {
     const std::pair<std::optional<int>, const char*> cases[] = {
         {std::nullopt, "--set ltc.enabled=true"}, {0, "--set ltc.channelIndex=-1"}, {-1, ""}};

@@ -52,7 +52,8 @@ void DayCures::findNight() {
         if (!clip.likelyDay()) return;
         clips.push_back(onLine(clip.likelyPlace()));
     }
-    if (areOfOneNight(std::move(clips)) && areOfOneNight(std::move(sound))) firstSoundDay_ = first;
+    isSoundOfOneNight_ = areOfOneNight(std::move(sound));
+    if (isSoundOfOneNight_ && areOfOneNight(std::move(clips))) firstSoundDay_ = first;
 }
 
 const std::string& DayCures::dateOf(std::optional<long> day, std::string_view clips, const Sound& sound) {
@@ -62,7 +63,11 @@ const std::string& DayCures::dateOf(std::optional<long> day, std::string_view cl
     if (!isNew) return text;
     text = "--sound-date ";
     if (day && sound.day && firstSoundDay_) return text += dayText(*firstSoundDay_ + (*day - *sound.day));
-    const std::string files = day ? alone(*day, clips, sound) : std::string();
+    // The recordings keep their distance in days.
+    if (day && sound.day && isSoundOfOneNight_ && areAllClipsOf(*day) && shoot_.input.rules.soundDay != day)
+        return text += dayText(*day);
+    std::string files = day ? alone(*day, clips, sound) : std::string();
+    if (files.empty() && day) files = withoutOtherClips(*day);
     return text += (day ? dayText(*day) : "YYYY-MM-DD") + " in a scan of this day alone (" +
                    (files.empty() ? "its files lie among those of other days: put links to them into a "
                                     "folder of their own"
@@ -83,6 +88,24 @@ std::string DayCures::alone(long day, std::string_view clips, const Sound& sound
         recorded->second.size() == 1)
         return "--video " + shellQuoted(clips) + " --audio " + shellQuoted(sound.folder);
     return withoutOthers(day, sound);
+}
+
+bool DayCures::areAllClipsOf(long day) const {
+    return std::ranges::all_of(
+        clipDays_, [&](const auto& entry) { return entry.second == std::set<std::optional<long>>{day}; });
+}
+
+/// Where the sound of each day has a folder, and nothing says which is whose. Empty where nothing leaves out
+/// just the clips of other days, or where all sound lies in one folder.
+std::string DayCures::withoutOtherClips(long day) const {
+    if (soundDays_.size() < 2) return {};
+    std::set<UUID> others;
+    for (const Shoot::Clip& clip : shoot_.clips)
+        if (clip.place && clip.likelyDay() != day) others.insert(clip.group->video.id);
+    const auto options =
+        LeavingOut(shoot_).of([&](const MediaAsset& file) { return others.contains(file.id); });
+    if (!options || options->globs.empty() || !options->folders.empty()) return {};
+    return options->text() + " --exclude FOLDER, FOLDER being where sound of other days lies";
 }
 
 /// Empty where nothing leaves out just the clips of other days and other sound.

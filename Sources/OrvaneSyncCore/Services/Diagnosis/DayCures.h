@@ -38,6 +38,8 @@ class DayCures {
     using DaysByFolder = std::map<std::string_view, std::set<std::optional<long>>>;
 
     void findNight();
+    bool areAllClipsOf(long day) const;
+    std::string withoutOtherClips(long day) const;
     std::string alone(long day, std::string_view clips, const Sound& sound) const;
     std::string withoutOthers(long day, const Sound& sound) const;
 
@@ -46,6 +48,7 @@ class DayCures {
     DaysByFolder usedDays_;             ///< of the clips whose first recording is in it
     DaysByFolder soundDays_;            ///< of the recordings in it
     std::optional<long> firstSoundDay_; ///< where all clips are of one night, and all recordings
+    bool isSoundOfOneNight_ = false;    ///< all recordings are, and all clips have a day
     std::map<
         std::tuple<std::optional<long>, std::string, std::string, std::optional<long>, bool, std::string>,
         std::string>

@@ -1,3 +1,4 @@
+#include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
 #include "OrvaneSyncCLI/ChannelStrip.h"
 #include "OrvaneSyncCLI/CureCommand.h"
 #include "OrvaneSyncCLI/Printers.h"
@@ -43,6 +44,26 @@ TEST(ExportPreviewText, SaysWhatHelps) {
           "By their scenes the clips call for 2 events.\n1 clips have not been analyzed for Smart Audio — "
           "their audio "
           "settings won’t be applied in this export.\n");
+}
+
+TEST(MatchText, SaysWhatIsCoveredWhereTheSoundWasMovedTo) {
+    const struct {
+        double offset, overlap, moved; ///< seconds
+        const char* text;
+    } cases[] = {{-2, 10, 0, "Matched"},
+                 {7, 3, 0, "Matched, covers 3.0 of 10.0 s"},
+                 {7, 3, -7, "Matched"},
+                 {36000, 0, -36003, "Matched"},
+                 {0, 0, 0, "Matched"}, // nobody knows
+                 {0, 0, 6, "Matched, covers 4.0 of 10.0 s"}};
+    for (const auto& [offset, overlap, moved, text] : cases) {
+        SyncGroup group =
+            test::clip(test::video("a.mov", "00:00:00:00", 10), test::audio("a.wav", "00:00:00:00", 20));
+        group.audioMatches.front().syncOffsetSeconds = offset;
+        group.audioMatches.front().overlapDurationSeconds = overlap;
+        group.manualAudioOffsetSeconds = moved;
+        EXPECT_EQ(matchText(group, takeOf(group, assumedChannels)), text) << offset << " " << moved;
+    }
 }
 
 TEST(CureCommand, isTheCallWithWhatTheCureSays) {

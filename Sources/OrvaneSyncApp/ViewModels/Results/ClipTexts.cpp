@@ -13,11 +13,13 @@ namespace {
 /// Seconds with milliseconds, as sync is judged by eye and ear.
 std::string secondsText(double seconds) { return formatted("%.3f s", seconds); }
 
-/// Seconds of the clip that have sound.
+/// Seconds of the clip that have sound, where it was moved to.
 double coveredSeconds(const SyncGroup& group, const Take& take) {
-    if (take.heardFileCount() == 1) return group.audioMatches.front().overlapDurationSeconds;
-    const double end = std::min(take.offsetSeconds + take.durationSeconds, *group.video.durationSeconds);
-    return std::max(end - std::max(take.offsetSeconds, 0.0), 0.0);
+    const double moved = group.manualAudioOffsetSeconds;
+    if (take.heardFileCount() == 1 && moved == 0) return group.audioMatches.front().overlapDurationSeconds;
+    const double start = take.offsetSeconds + moved;
+    const double end = std::min(start + take.durationSeconds, *group.video.durationSeconds);
+    return std::max(end - std::max(start, 0.0), 0.0);
 }
 
 } // namespace
@@ -62,7 +64,9 @@ std::string matchText(const SyncGroup& group, const Take& take) {
     const double covered = coveredSeconds(group, take);
     constexpr double worthSaying = 0.5; // seconds
     // What is attached without timecode lies at the clip's beginning, and no overlap of it is known.
-    if (covered == 0 && group.audioMatches.front().syncOffsetSeconds == 0) return text;
+    if (covered == 0 && group.audioMatches.front().syncOffsetSeconds == 0 &&
+        group.manualAudioOffsetSeconds == 0)
+        return text;
     if (!group.video.isOffspeed() && *length - covered > worthSaying)
         text += ", covers " + formatted("%.1f", covered) + " of " + formatted("%.1f s", *length);
     return text;

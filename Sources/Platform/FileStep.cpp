@@ -1,6 +1,7 @@
 #include "Platform/FileStep.h"
 
 #include <mutex>
+#include <utility>
 
 namespace orvane::platform {
 
@@ -36,6 +37,13 @@ std::uint64_t FileStep::ended() {
 std::string FileStep::oldestPath() {
     const std::lock_guard lock(stepsMutex);
     return oldestStep == nullptr ? "" : oldestStep->path_;
+}
+
+std::string StalledWrites::look(int looks) {
+    const std::uint64_t ended = FileStep::ended();
+    std::string path = FileStep::oldestPath();
+    idle_ = std::exchange(before_, ended) != ended || path.empty() ? 0 : idle_ + 1;
+    return idle_ < looks ? std::string() : path;
 }
 
 } // namespace orvane::platform

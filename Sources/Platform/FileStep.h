@@ -25,4 +25,17 @@ class FileStep {
     FileStep* newer_ = nullptr;
 };
 
+/// Whether what is written gets any further; asked at regular moments by who waits for it. Counted in looks,
+/// so that a process that was halted meanwhile has not lost its time.
+class StalledWrites {
+  public:
+    /// The file at which nothing has got any further for `looks` looks; empty where something has, or where
+    /// nobody writes: who has not begun to is at work.
+    std::string look(int looks);
+
+  private:
+    std::uint64_t before_ = FileStep::ended();
+    int idle_ = 0;
+};
+
 } // namespace orvane::platform

@@ -1,8 +1,11 @@
 #include "Platform/HTTPClient.h"
 
+#include "Platform/InterfaceThread.h"
 #include "Platform/Modules.h"
 #include "Platform/Network/NetworkModule.h"
 #include "Platform/Text.h"
+
+#include <utility>
 
 namespace orvane::platform {
 
@@ -26,6 +29,24 @@ class NoClient final : public HTTPClient {
     const std::string problem_;
 };
 
+/// That of the module, which knows nothing of the program's interface thread.
+class CheckedClient final : public HTTPClient {
+  public:
+    explicit CheckedClient(std::shared_ptr<HTTPClient> client) : client_(std::move(client)) {}
+    HTTPResponse send(const HTTPRequest& request, std::stop_token stop) override {
+        assertMayBlock("asking a server");
+        return client_->send(request, std::move(stop));
+    }
+    HTTPResponse download(const HTTPRequest& request, const std::string& path, const Progress& progress,
+                          std::stop_token stop) override {
+        assertMayBlock("a download");
+        return client_->download(request, path, progress, std::move(stop));
+    }
+
+  private:
+    const std::shared_ptr<HTTPClient> client_;
+};
+
 } // namespace
 
 std::optional<std::string> HTTPResponse::header(std::string_view name) const {
@@ -37,7 +58,8 @@ std::optional<std::string> HTTPResponse::header(std::string_view name) const {
 
 std::shared_ptr<HTTPClient> HTTPClient::create() {
     const auto& [module, problem] = modules::own<NetworkModule>();
-    return module == nullptr ? std::make_shared<NoClient>(problem) : module->httpClient();
+    if (module == nullptr) return std::make_shared<NoClient>(problem);
+    return std::make_shared<CheckedClient>(module->httpClient());
 }
 
 } // namespace orvane::platform

@@ -16,7 +16,7 @@ InterfaceWatch watching;
 struct Piece {
     const char* name = nullptr;
     const std::function<void()>* work = nullptr;
-    int mayBlock = 0;
+    std::chrono::nanoseconds ofInner{0}; ///< processor time of the pieces within it
 };
 thread_local Piece* underWay = nullptr;
 
@@ -40,7 +40,8 @@ std::string nameOf(const Piece& piece) {
 void watchInterfaceWork(const InterfaceWatch& watch) { watching = watch; }
 
 void runAsInterfaceWork(const std::function<void()>& work) {
-    Piece piece{nullptr, &work};
+    Piece piece;
+    piece.work = &work;
     struct Restore {
         Piece* outer;
         ~Restore() { underWay = outer; }
@@ -48,7 +49,9 @@ void runAsInterfaceWork(const std::function<void()>& work) {
     if (watching.hasRun == nullptr) return work();
     const auto start = processorTime();
     work();
-    watching.hasRun(nameOf(piece).c_str(), processorTime() - start);
+    const auto used = processorTime() - start;
+    if (restore.outer != nullptr) restore.outer->ofInner += used;
+    watching.hasRun(nameOf(piece).c_str(), used - piece.ofInner);
 }
 
 void nameInterfaceWork(const char* name) {
@@ -56,15 +59,8 @@ void nameInterfaceWork(const char* name) {
 }
 
 void assertMayBlock(const char* what) {
-    if (underWay == nullptr || underWay->mayBlock > 0 || watching.hasBlocked == nullptr) return;
+    if (underWay == nullptr || watching.hasBlocked == nullptr) return;
     watching.hasBlocked(what, nameOf(*underWay).c_str());
-}
-
-MayBlock::MayBlock() {
-    if (underWay != nullptr) ++underWay->mayBlock;
-}
-MayBlock::~MayBlock() {
-    if (underWay != nullptr) --underWay->mayBlock;
 }
 
 } // namespace orvane::platform

@@ -10,22 +10,13 @@ namespace orvane::platform {
 // one of these says so by `assertMayBlock`, and tests that watch fail. A program that calls services by
 // itself, outside any loop, keeps no interface waiting and may do as it likes.
 
-/// Runs a piece of work as one of the interface thread. For loops.
+/// Runs a piece of work as one of the interface thread. For loops; one within another counts by itself.
 void runAsInterfaceWork(const std::function<void()>& work);
 /// What the piece under way is called in reports; a text that stays. Without one it is known by its type.
 void nameInterfaceWork(const char* name);
 
 /// Said by whatever may take as long as a disk or another thread wants.
 void assertMayBlock(const char* what);
-
-/// Allows it for a while, on this thread: for what is known to be short and in memory.
-class MayBlock {
-  public:
-    MayBlock();
-    ~MayBlock();
-    MayBlock(const MayBlock&) = delete;
-    MayBlock& operator=(const MayBlock&) = delete;
-};
 
 inline constexpr std::chrono::milliseconds longestInterfaceWork{10}; ///< of processor time
 

@@ -8,7 +8,6 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
-#include <cstdint>
 #include <cstdlib>
 #include <cxxabi.h>
 #include <exception>
@@ -72,19 +71,13 @@ void discardAnsweringTemporaries() {
 /// The next signal, or the file at which nothing that is written has got any further for so long.
 std::variant<int, std::string> signalWhileWriting(const sigset_t& signals,
                                                   std::chrono::milliseconds timeLimit) {
-    // Counted in looks, so that a process that was halted meanwhile has not lost its time.
     constexpr int looks = 10;
     const auto interval = std::chrono::duration_cast<std::chrono::nanoseconds>(timeLimit) / looks;
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(interval);
     const timespec pause{seconds.count(), (interval - seconds).count()};
-    std::uint64_t before = FileStep::ended();
-    for (int idle = 0;;) {
+    for (StalledWrites writes;;) {
         if (const int signal = ::sigtimedwait(&signals, nullptr, &pause); signal > 0) return signal;
-        const std::uint64_t ended = FileStep::ended();
-        std::string path = FileStep::oldestPath();
-        // Whoever has not begun to write yet is at work.
-        idle = std::exchange(before, ended) != ended || path.empty() ? 0 : idle + 1;
-        if (idle == looks) return path;
+        if (std::string path = writes.look(looks); !path.empty()) return path;
     }
 }
 

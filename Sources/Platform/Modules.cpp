@@ -1,5 +1,7 @@
 #include "Platform/Modules.h"
 
+#include "Platform/InterfaceThread.h"
+
 #include <dlfcn.h>
 #include <filesystem>
 #include <system_error>
@@ -17,6 +19,7 @@ std::vector<std::string> programFolders() {
 void* entryPoint(std::span<const std::string> absolutePaths, const char* function) {
     for (const std::string& path : absolutePaths) {
         if (!path.starts_with('/')) continue;
+        assertMayBlock("loading a library");
         // Never unloaded: its threads and tables live as long as the process.
         void* module = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
         if (module == nullptr) continue;

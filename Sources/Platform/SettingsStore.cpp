@@ -1,10 +1,13 @@
 #include "Platform/SettingsStore.h"
 
+#include "Platform/InterfaceThread.h"
+
 #include <algorithm>
 
 namespace orvane::platform {
 
 void SettingsWrite::wait() const {
+    if (!isDone()) assertMayBlock("waiting for the settings");
     std::unique_lock lock(state_->mutex);
     state_->ended.wait(lock, [this] { return state_->isDone; });
     if (state_->raised) std::rethrow_exception(state_->raised);

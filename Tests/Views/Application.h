@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneDesignKit/Theme.h"
+#include "OrvaneSyncApp/Views/WatchedApplication.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <QApplication>
@@ -23,7 +24,7 @@ inline QApplication& application() {
         for (const char* home : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
             qputenv(home, QByteArray::fromStdString(homes.path(home)));
         QStandardPaths::setTestModeEnabled(true);
-        auto* one = new QApplication(count, arguments);
+        auto* one = new views::WatchedApplication(count, arguments);
         QCoreApplication::setOrganizationName(QStringLiteral("OrvaneSyncTests"));
         design::applyTheme(*one);
         return one;

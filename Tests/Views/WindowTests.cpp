@@ -181,7 +181,7 @@ TEST_F(WindowTest, ANewNameHoldsNothingThatTheNamingAdds) {
 
 TEST_F(WindowTest, ScansNothingWhereAFolderThatIsNamedIsNotThere) {
     window_->openPaths({text(folder_.path("shoot/camera")), text(folder_.path("gone"))});
-    EXPECT_TRUE(bannerText().contains("gone”") && !bannerText().contains("camera"))
+    EXPECT_TRUE(waitUntil([&] { return bannerText().contains("gone”") && !bannerText().contains("camera"); }))
         << bannerText().toStdString();
     const std::vector ready{FileURL{folder_.path("shoot/camera")}};
     EXPECT_TRUE(waitUntil([&] { return work().folders() == ready; })) << "to be scanned";
@@ -217,7 +217,8 @@ TEST_F(WindowTest, WhatIsDroppedGoesWhereItBelongs) {
     folder_.write("notes.pdf", "%PDF-1.7");
     folder_.write("report.csv", "Name,Scene\nA001C001,12\n");
     drop({"notes.pdf"});
-    EXPECT_TRUE(bannerText().startsWith("“notes.pdf”")) << bannerText().toStdString();
+    EXPECT_TRUE(waitUntil([&] { return bannerText().startsWith("“notes.pdf”"); }))
+        << bannerText().toStdString();
     drop({"shoot/sound"});
     EXPECT_EQ(bannerText(), "");
     drop({"shoot/camera"}); // does not take the place of the sound
@@ -392,7 +393,7 @@ TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {
     ASSERT_NE(outcome, nullptr);
     folder_.write("out.fcpxml", "somebody else's");
     press(exporting, "Export");
-    EXPECT_TRUE(outcome->text().contains("already"));
+    ASSERT_TRUE(waitUntil([&] { return outcome->text().contains("already"); }));
     EXPECT_EQ(folder_.read("out.fcpxml"), "somebody else's");
     QTest::keyClick(exporting.focusWidget(), Qt::Key_Return); // answers "Replace It"
     ASSERT_TRUE(waitUntil([&] { return outcome->text().startsWith("Written"); }))

@@ -32,11 +32,18 @@ QStringList droppedPaths(const QMimeData* data) {
     return paths;
 }
 
-QStringList folders(const QStringList& paths) {
-    QStringList found;
-    for (const QString& path : paths)
-        if (QFileInfo(path).isDir()) found << path;
-    return found;
+/// Those that are folders, for `done`; a card or share may take its time to say so.
+template <class Done>
+void sortOutFolders(QObject* context, const QStringList& paths, Done done) {
+    inBackground(
+        context,
+        [paths] {
+            QStringList found;
+            for (const QString& path : paths)
+                if (QFileInfo(path).isDir()) found << path;
+            return found;
+        },
+        std::move(done));
 }
 
 /// Stands while the newest session is read: a start that finds it would end in the same way.
@@ -119,21 +126,21 @@ void MainWindow::prepareScan() {
 void MainWindow::openPaths(const QStringList& paths) {
     if (!paths.isEmpty()) stopOpening();
     if (isProject(paths)) return openProject(paths.first());
-    const QStringList cards = folders(paths);
-    if (cards.size() == paths.size()) {
-        if (!cards.isEmpty()) scanFolders(cards);
-        return;
-    }
-    // A scan of the others would have clips without their sound.
-    if (!cards.isEmpty()) showFolders(cards);
-    QStringList others;
-    for (const QString& path : paths)
-        if (!cards.contains(path)) others << QStringLiteral("“%1”").arg(path);
-    const QString why = tr("No folder and no project: %1. Check the name, and whether the card is connected; "
-                           "nothing is scanned until then.")
-                            .arg(others.join(QStringLiteral(", ")));
-    banner_->show(Signal::missing, why);
-    std::fprintf(stderr, "%s\n", qUtf8Printable(why));
+    if (paths.isEmpty()) return;
+    sortOutFolders(this, paths, [this, paths](const QStringList& cards) {
+        if (cards.size() == paths.size()) return scanFolders(cards);
+        // A scan of the others would have clips without their sound.
+        if (!cards.isEmpty()) showFolders(cards);
+        QStringList others;
+        for (const QString& path : paths)
+            if (!cards.contains(path)) others << QStringLiteral("“%1”").arg(path);
+        const QString why =
+            tr("No folder and no project: %1. Check the name, and whether the card is connected; "
+               "nothing is scanned until then.")
+                .arg(others.join(QStringLiteral(", ")));
+        banner_->show(Signal::missing, why);
+        std::fprintf(stderr, "%s\n", qUtf8Printable(why));
+    });
 }
 
 void MainWindow::showFolders(const QStringList& cards, std::function<void()> then) {
@@ -229,15 +236,16 @@ void MainWindow::dropEvent(QDropEvent* event) {
         });
         return;
     }
-    const QStringList dropped = folders(paths);
-    if (!dropped.isEmpty()) addDropped(dropped);
-    QStringList refused;
-    for (const QString& path : paths)
-        if (!dropped.contains(path)) refused << QStringLiteral("“%1”").arg(QFileInfo(path).fileName());
-    if (!refused.isEmpty())
-        banner_->show(Signal::doubtful,
-                      tr("%1 can't be taken: drop the folders of the cards, a project file or a report.")
-                          .arg(refused.join(QStringLiteral(", "))));
+    sortOutFolders(this, paths, [this, paths](const QStringList& dropped) {
+        if (!dropped.isEmpty()) addDropped(dropped);
+        QStringList refused;
+        for (const QString& path : paths)
+            if (!dropped.contains(path)) refused << QStringLiteral("“%1”").arg(QFileInfo(path).fileName());
+        if (!refused.isEmpty())
+            banner_->show(Signal::doubtful,
+                          tr("%1 can't be taken: drop the folders of the cards, a project file or a report.")
+                              .arg(refused.join(QStringLiteral(", "))));
+    });
 }
 
 } // namespace orvane::views

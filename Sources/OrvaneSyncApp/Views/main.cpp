@@ -8,18 +8,25 @@
 #include "OrvaneSyncApp/Views/ScreenSeries.h"
 #include "OrvaneSyncApp/Views/SingleInstance.h"
 #include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncApp/Views/WatchedApplication.h"
 #include "OrvaneSyncCore/Services/Persistence/StandardSettings.h"
 #include "OrvaneSyncCore/Services/RenderedAudio/RenderedAudioStore.h"
 #include "OrvaneSyncCore/Services/Stems/StemCache.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformCache.h"
+#include "Platform/FileStep.h"
+#include "Platform/InterfaceThread.h"
 #include "Platform/Interrupt.h"
 #include "Platform/KeyRepeat.h"
+#include "Platform/Log.h"
 #include "Platform/MainThread.h"
+#include "Platform/Text.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QFileInfo>
+#include <QTimer>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -28,10 +35,37 @@ namespace {
 
 using namespace orvane;
 
+#ifndef NDEBUG
+void logBlocking(const char* what, const char* work) {
+    platform::logError(std::string("The window is held up by ") + what + " in " + work);
+}
+#endif
+
+/// Ends once all is on the disk; with a message where nothing that is written gets any further for 10 s, as
+/// nobody sees a program without a window wait.
+void endWhenSaved(SessionManager& sessions) {
+    constexpr int looks = 10; // one a second
+    auto* timer = new QTimer(QCoreApplication::instance());
+    QObject::connect(timer, &QTimer::timeout, timer, [writes = platform::StalledWrites()]() mutable {
+        const std::string path = writes.look(looks);
+        if (path.empty()) return;
+        std::fprintf(stderr, "error: can't save %s: its disk or share does not answer\n",
+                     platform::text::printable(path).c_str());
+        std::_Exit(1);
+    });
+    timer->start(std::chrono::seconds(1));
+    sessions.flush().whenDone([](const std::exception_ptr&) { QCoreApplication::quit(); });
+}
+
 int runProgram(int argc, char** argv) {
     platform::failRefusedWrites();
     platform::endWithoutMemory();
+#ifdef NDEBUG
     QApplication application(argc, argv);
+#else
+    platform::watchInterfaceWork({logBlocking, nullptr});
+    views::WatchedApplication application(argc, argv);
+#endif
     QCoreApplication::setOrganizationName(QStringLiteral("Orvane Tandrel"));
     QCoreApplication::setApplicationName(QStringLiteral("OrvaneSync"));
     QCoreApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
@@ -125,9 +159,8 @@ int runProgram(int argc, char** argv) {
                          }
                      });
     QApplication::setQuitOnLastWindowClosed(false);
-    QObject::connect(&application, &QGuiApplication::lastWindowClosed, &application, [&desktop] {
-        desktop.sessions().flush().whenDone([](const std::exception_ptr&) { QCoreApplication::quit(); });
-    });
+    QObject::connect(&application, &QGuiApplication::lastWindowClosed, &application,
+                     [&desktop] { endWhenSaved(desktop.sessions()); });
     const int status = QApplication::exec();
     if (platform::SerialQueue::hasAbandonedWork()) std::_Exit(status);
     return status;

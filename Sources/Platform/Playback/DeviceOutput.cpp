@@ -1,5 +1,6 @@
 #include "Platform/Playback/DeviceOutput.h"
 
+#include "Platform/InterfaceThread.h"
 #include "Platform/Modules.h"
 #include "Platform/Realtime/Threads.h"
 #include "Platform/SoundLibrary/SoundModule.h"
@@ -150,6 +151,7 @@ DeviceOutput::DeviceOutput(std::shared_ptr<const Clock> clock, FindDevices findD
 DeviceOutput::~DeviceOutput() {
     stop();
     if (!thread_.joinable()) return;
+    assertMayBlock("waiting for the sound device");
     thread_.request_stop();
     thread_.join();
 }

@@ -56,6 +56,7 @@ PictureTrack::~PictureTrack() {
         work_.request_stop();
     }
     changed_.notify_all();
+    assertMayBlock("waiting for the pictures");
     thread_.join();
 }
 

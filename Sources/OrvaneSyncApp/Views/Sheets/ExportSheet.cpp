@@ -334,20 +334,28 @@ void ExportSheet::choosePlace() {
 
 void ExportSheet::write() {
     const QString place = QDir::cleanPath(place_->text().trimmed());
-    if (QFileInfo::exists(place) && !mayReplace_) {
-        return refuse(Signal::doubtful, tr("There is a file of this name already: %1").arg(place),
-                      tr("Replace It"), [this] {
-                          mayReplace_ = true;
-                          outcome_->clear();
-                          write();
-                      });
-    }
+    write_->setEnabled(false);
+    if (mayReplace_) return writeTo(place);
+    inBackground(
+        this, [place] { return QFileInfo::exists(place); },
+        [this, place](bool isTaken) {
+            if (!isTaken) return writeTo(place);
+            write_->setEnabled(true);
+            refuse(Signal::doubtful, tr("There is a file of this name already: %1").arg(place),
+                   tr("Replace It"), [this] {
+                       mayReplace_ = true;
+                       outcome_->clear();
+                       write();
+                   });
+        });
+}
+
+void ExportSheet::writeTo(const QString& place) {
     JSON arguments = JSON::object();
     arguments.set("output", utf8(place));
     arguments.set("eventName", utf8(event_->text().trimmed()));
     arguments.set("version", readers[version_->currentIndex()].version);
     if (mayReplace_) arguments.set("overwrite", true);
-    write_->setEnabled(false);
     const QPointer self(this); // the sheet may be closed meanwhile
     desktop_.run(
         "exportFCPXML", std::move(arguments),

@@ -35,6 +35,7 @@ class ExportSheet : public QDialog {
     void showVersion();
     void choosePlace();
     void write();
+    void writeTo(const QString& place);
     void written(const JSON& answer);
     void setOption(std::string_view key, JSON value);
 

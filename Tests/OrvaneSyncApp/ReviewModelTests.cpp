@@ -1,6 +1,7 @@
 #include "ControllerTest.h"
 
 #include "MediaFactory/WaveMaker.h"
+#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/Commands/ReviewPlayers.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncApp/ViewModels/Review/CameraAxis.h"
@@ -41,6 +42,9 @@ class ReviewModelTest : public ControllerTest {
         controller_->openStoredWork({{}, {}, SyncGroupList({group, other, broken})});
         engine_ = makeEngine();
         model_ = ReviewViewModel::create(controller_, engine_);
+        context_.controller = controller_;
+        context_.settings = controller_->work().environment.settings;
+        model_->decideOfClip = [this](KeyAction key, const UUID& clip) { context_.decideOfClip(key, clip); };
     }
     std::shared_ptr<VideoEngine> makeEngine() {
         return VideoEngine::create({.mainThread = mainThread_,
@@ -52,6 +56,7 @@ class ReviewModelTest : public ControllerTest {
         model_->handleKeyAction(action);
         mainThread_->runPosted();
     }
+    commands::CommandContext context_;
     const SyncGroup& group() const { return *controller_->work().syncGroups().find(id_); }
     FakePlayer& player() { return *system_->players.front(); }
     double heardOffset() { return player().offsets.empty() ? 1.5 : player().offsets.back().seconds(); }

@@ -103,7 +103,7 @@ platform::Task TrackEditing::soloAlgorithmInclusion(const UUID& groupID, int tra
 }
 
 platform::Task TrackEditing::addBlockOverride(UUID groupID, double startSeconds, double endSeconds,
-                                              int trackIndex) {
+                                              int trackIndex, std::optional<UUID> inPlaceOf) {
     const auto [low, high] = std::minmax(startSeconds, endSeconds);
     if (!std::isfinite(low) || !std::isfinite(high) || high - low < shortestOverrideSeconds)
         return platform::Task::ended();
@@ -111,6 +111,8 @@ platform::Task TrackEditing::addBlockOverride(UUID groupID, double startSeconds,
     const BlockOverride added{UUID::random(), low, high, trackIndex};
     const bool found = work_.edit(groupID, [&](SyncGroup& group) {
         auto& overrides = group.manualBlockOverrides;
+        if (inPlaceOf)
+            std::erase_if(overrides, [&](const BlockOverride& one) { return one.id == inPlaceOf; });
         overrides = cleared(overrides, added.startSeconds, added.endSeconds);
         overrides.push_back(added);
         std::ranges::stable_sort(overrides, {}, &BlockOverride::startSeconds);

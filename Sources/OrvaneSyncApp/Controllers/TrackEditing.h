@@ -25,8 +25,9 @@ class TrackEditing {
 
     /// In seconds of clip time, in either order; overrides below it make room. Under 0.1 s: nothing. Throws
     /// OutOfRange for a track that the clip's take does not have, and for a range that is not within the
-    /// clip.
-    platform::Task addBlockOverride(UUID groupID, double startSeconds, double endSeconds, int trackIndex);
+    /// clip. `inPlaceOf`: one that goes for it.
+    platform::Task addBlockOverride(UUID groupID, double startSeconds, double endSeconds, int trackIndex,
+                                    std::optional<UUID> inPlaceOf = std::nullopt);
     platform::Task removeBlockOverride(UUID groupID, UUID overrideID);
 
     static constexpr double lowestGainDB = -60, highestGainDB = 40;

@@ -34,12 +34,7 @@ Desktop::Desktop(Dependencies dependencies) : mainThread_(dependencies.mainThrea
     context_.sessions->start(context_.controller);
 }
 
-const commands::Command& Desktop::command(std::string_view id) const {
-    const auto& table = commands::allCommands();
-    const auto found = std::ranges::find(table, id, &commands::Command::id);
-    if (found == table.end()) throw std::logic_error("no command " + std::string(id));
-    return *found;
-}
+const commands::Command& Desktop::command(std::string_view id) const { return commands::command(id); }
 
 bool Desktop::isEnabled(std::string_view id, const SyncGroup* clip) const {
     return command(id).isEnabled(context_, clip);

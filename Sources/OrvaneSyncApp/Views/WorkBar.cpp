@@ -120,7 +120,7 @@ void WorkBar::showWork() {
 void WorkBar::cancel() {
     cancel_->setEnabled(false); // until it has ended
     if (isAnalysing())
-        desktop_.controller().smartAudio().stop();
+        desktop_.run("stopSmartAudio");
     else if (!running_.empty())
         running_.front().task.requestStop();
 }

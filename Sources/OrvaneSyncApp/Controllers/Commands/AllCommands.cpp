@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <iterator>
+#include <stdexcept>
+#include <string>
 
 namespace orvane::commands {
 
@@ -17,6 +19,13 @@ const std::vector<Command>& allCommands() {
         return commands;
     }();
     return all;
+}
+
+const Command& command(std::string_view id) {
+    const auto& table = allCommands();
+    const auto found = std::ranges::find(table, id, &Command::id);
+    if (found == table.end()) throw std::logic_error("no command " + std::string(id));
+    return *found;
 }
 
 } // namespace orvane::commands

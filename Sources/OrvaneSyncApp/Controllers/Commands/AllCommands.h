@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/Commands/Command.h"
 
+#include <string_view>
 #include <vector>
 
 namespace orvane::commands {
@@ -26,5 +27,7 @@ std::vector<Command> shortcutCommands();
 std::vector<Command> lockitCommands();
 std::vector<Command> modelCommands();
 const std::vector<Command>& allCommands();
+/// Throws std::logic_error for one that is not there.
+const Command& command(std::string_view id);
 
 } // namespace orvane::commands

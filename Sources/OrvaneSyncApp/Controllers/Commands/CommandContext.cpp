@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncApp/Controllers/Commands/ReviewPlayers.h"
 
 #include <algorithm>
@@ -11,9 +12,25 @@ const std::shared_ptr<ShortcutCenter>& CommandContext::shortcuts() {
     return shortcuts_;
 }
 
+/// The row of the table that a key of the review stands for, and how it names the clip.
+void CommandContext::decideOfClip(ShortcutAction key, const UUID& clip) {
+    const bool isOfCluster = key == ShortcutAction::lockAllInCluster;
+    if (!isOfCluster && key != ShortcutAction::toggleApproved && key != ShortcutAction::lockCurrent) return;
+    const Command& row = command(isOfCluster                             ? "lockAllInCluster"
+                                 : key == ShortcutAction::toggleApproved ? "toggleApproved"
+                                                                         : "toggleLocked");
+    JSON arguments = JSON::object();
+    arguments.set(isOfCluster ? "of" : groupID.name, clip.text());
+    row.now(*this, Call(row, &arguments));
+}
+
 ReviewPlayers& CommandContext::players() {
-    if (!players_)
+    if (!players_) {
         players_ = std::make_shared<ReviewPlayers>(controller, shortcuts(), openPlayers, rendersPreviews);
+        players_->review()->decideOfClip = [this](KeyAction key, const UUID& clip) {
+            decideOfClip(key, clip);
+        };
+    }
     return *players_;
 }
 

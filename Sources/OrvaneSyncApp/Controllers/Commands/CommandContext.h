@@ -49,6 +49,8 @@ class CommandContext {
     const std::shared_ptr<LockitOAuthService>& account();
     ReviewPlayers& players();
     ReviewViewModel& review();
+    /// What a key of the review decides about a clip, by the row of the table.
+    void decideOfClip(ShortcutAction key, const UUID& clip);
     const std::shared_ptr<platform::MainThread>& mainThread() const;
 
     /// Throws for a clip, recording, range or wild track that a call names and that is not there: before the

@@ -242,16 +242,19 @@ std::vector<Command> valueCommands() {
             })
             .forClips(isUnlocked),
         editAndListen("addBlockOverride",
-                      "Chooses the track that is heard in a range of the clip, in seconds from its start.",
+                      "Chooses the track that is heard in a range of the clip, in seconds from its start; "
+                      "in the place of a range that is there, where one is named.",
                       addBlockOverride,
                       {groupID,
                        {.name = "startSeconds", .kind = number, .lowest = 0},
                        {.name = "endSeconds", .kind = number, .lowest = 0},
-                       {.name = "trackIndex", .kind = integer, .lowest = 1}},
+                       {.name = "trackIndex", .kind = integer, .lowest = 1},
+                       {"overrideID", id, true}},
                       [](Controller& controller, const Call& call) {
                           return controller.tracks().addBlockOverride(
                               call.id("groupID"), call.number("startSeconds"), call.number("endSeconds"),
-                              call.integer("trackIndex"));
+                              call.integer("trackIndex"),
+                              call.has("overrideID") ? std::optional(call.id("overrideID")) : std::nullopt);
                       }),
         editAndListen("removeBlockOverride", "Removes a range that was chosen by hand.", removeBlockOverride,
                       {groupID, {"overrideID", id}},

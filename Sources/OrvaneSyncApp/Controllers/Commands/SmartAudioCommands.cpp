@@ -75,6 +75,16 @@ std::vector<Command> smartAudioCommands() {
                 return context.controller->smartAudio().measureLoudness();
             })
             .when(hasSoundAtRest),
+        Command("stopSmartAudio", "Stop Smart Audio", "Ends the analysis; what it has done until now stays.",
+                {},
+                [](CommandContext& context, const Call&) {
+                    context.controller->smartAudio().stop();
+                    return JSON();
+                })
+            .when([](const CommandContext& context) {
+                return context.controller->smartAudio().state().isAnalyzing;
+            })
+            .ahead(),
         Command("smartAudioResult", "Smart Audio Result", "Gives what Smart Audio found in the clip.",
                 {groupID}, smartAudioResult)
             .forClips(hasSound),

@@ -220,6 +220,16 @@ std::vector<Command> workCommands() {
         Command::later("startScan", "Scan & Match", "Reads the folders and matches what is in them.", {},
                        startScan)
             .when([](const CommandContext& context) { return context.controller->scan().canScan(); }),
+        Command("stopScan", "Stop Scan", "Stops the scan and leaves all as it was.", {},
+                [](CommandContext& context, const Call&) {
+                    context.controller->scan().stopScan();
+                    return JSON();
+                })
+            .when([](const CommandContext& context) {
+                const ScanState state = context.controller->scan().scanState();
+                return state != ScanState::idle && state != ScanState::done;
+            })
+            .ahead(),
         Command("reset", "Close", "Goes back to empty work; the session that was open stays as it is.", {},
                 [](CommandContext& context, const Call&) {
                     if (context.sessions)

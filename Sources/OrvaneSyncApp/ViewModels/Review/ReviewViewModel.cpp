@@ -175,7 +175,6 @@ void ReviewViewModel::handleKeyAction(KeyAction action) {
 
 /// What a key decides about the clip in view.
 void ReviewViewModel::decide(KeyAction action) {
-    namespace steps = undoSteps;
     switch (action) {
     case KeyAction::audioOffsetPlus:
     case KeyAction::nudgePeriodPlus:
@@ -194,32 +193,14 @@ void ReviewViewModel::decide(KeyAction action) {
     case KeyAction::updateClapPoint:
         return setAnchor(*groupID_,
                          engine_->playhead().seconds() - ClipSound(*group()).primaryOffsetSeconds());
-    case KeyAction::toggleApproved:
-        return edit(steps::toggleApproved, &ClipEditing::toggleApproved);
-    case KeyAction::lockCurrent:
-        return edit(steps::toggleLocked, &ClipEditing::toggleLocked);
-    case KeyAction::lockAllInCluster:
-        return lockCluster();
     default:
-        return;
+        if (decideOfClip) decideOfClip(action, *groupID_);
     }
 }
 
 void ReviewViewModel::step(int frames) {
     engine_->stepFrames(frames,
                         controller_->work().environment.settings->get(settings::playbackAudioScrubbing));
-}
-
-void ReviewViewModel::edit(const UndoStep& step, void (ClipEditing::*operation)(UUID)) {
-    controller_->withUndo(step, [&] { (controller_->clips().*operation)(*groupID_); });
-}
-
-void ReviewViewModel::lockCluster() {
-    const platform::SettingsStore& store = *controller_->work().environment.settings;
-    controller_->withUndo(undoSteps::lockAllInCluster, [&] {
-        controller_->clips().lockAllInCluster(*groupID_, store.get(settings::clipNamingSource),
-                                              store.get(settings::customNamingPattern));
-    });
 }
 
 void ReviewViewModel::jumpToEdit(bool previous) {

@@ -34,6 +34,8 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     }
     /// To the next clip of the list, or the one before.
     std::function<void(KeyAction)> moveInList;
+    /// What a key decides about the clip in view without the player: a command.
+    std::function<void(KeyAction, const UUID& groupID)> decideOfClip;
 
     /// Opens a clip on its clap, searches for one where it has none, and loads its waveform. The task ends
     /// when all that is done, or another clip was opened. Throws GroupNotFound.
@@ -82,9 +84,6 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     void decide(KeyAction action);
     void jumpToOnset(bool previous);
     void step(int frames);
-    /// As one step to take back.
-    void edit(const UndoStep& step, void (ClipEditing::*operation)(UUID));
-    void lockCluster();
     double clapCheckSeconds() const; ///< clip time, of the middle
     /// Of the clap in the sound.
     std::optional<double> clapInSound() const;

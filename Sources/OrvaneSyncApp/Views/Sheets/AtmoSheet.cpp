@@ -216,16 +216,22 @@ class AtmoSheet : public Sheet {
 
   private:
     void scan() {
-        scan_ = desktop_.controller().atmo().scanAtmoCandidates();
-        scan_->whenDone([self = QPointer(this)](const std::exception_ptr& raised) {
-            if (!self) return;
+        const QPointer self(this);
+        scan_ = desktop_.run(
+            "scanAtmoCandidates", {},
+            [self](const JSON&) {
+                if (self) self->showScenes();
+            },
+            [self](const QString& why) {
+                if (self) self->showNothing(why);
+            });
+        scan_->whenDone([self](const std::exception_ptr& raised) {
             try {
                 if (raised) std::rethrow_exception(raised);
-                self->showScenes();
-            } catch (const std::exception& why) {
-                self->showNothing(translatedSentence(why.what()));
             } catch (const platform::Stopped&) {
-                self->showNothing(tr("The search was stopped."));
+                if (self) self->showNothing(tr("The search was stopped."));
+            } catch (const std::exception&) {
+                return; // shown as refused
             }
         });
     }

@@ -372,15 +372,8 @@ void TimelineCanvas::chooseRange(const TimelineSpan& span, int track, const std:
     added.set("startSeconds", span.startSeconds);
     added.set("endSeconds", span.endSeconds);
     added.set("trackIndex", track);
-    const auto add = [&] { desktop_.run("addBlockOverride", std::move(added)); };
-    if (!inPlaceOf) return add();
-    JSON removed = ofClip();
-    removed.set("overrideID", inPlaceOf->text());
-    // A moved edge is one step to take back.
-    desktop_.controller().withUndo(*desktop_.command("addBlockOverride").step, [&] {
-        desktop_.run("removeBlockOverride", std::move(removed));
-        add();
-    });
+    if (inPlaceOf) added.set("overrideID", inPlaceOf->text());
+    desktop_.run("addBlockOverride", std::move(added));
 }
 
 void TimelineCanvas::removeRange(const UUID& range) {

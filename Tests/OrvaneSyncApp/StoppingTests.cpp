@@ -1,7 +1,11 @@
 #include "MediaFactory/MediaFactory.h"
 #include "MediaFactory/SmallShoot.h"
 #include "OrvaneSyncApp/ControllerTest.h"
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
+
+#include <semaphore>
 
 namespace orvane {
 namespace {
@@ -78,6 +82,51 @@ TEST_F(StoppingTest, otherWorkStopsWhatRuns) {
         "the end", [&] { controller_.reset(); }, true);
     finish(scanning);
     EXPECT_TRUE(endedByStop(scanning));
+}
+
+/// While the work before it hangs: the command ends without waiting for that, and its own is not begun later.
+TEST_F(StoppingTest, aLongCommandThatIsStoppedWaitsForNothingAndBeginsNothing) {
+    using platform::JSON;
+    commands::CommandContext context;
+    context.controller = controller_;
+    context.settings = settings_;
+    const std::string output = folder_.path("output");
+    const JSON::Object to{{"output", output}};
+    const JSON::Object report{{"path", folder_.write("day.csv", "Name,Scene\nA001C001_261120_R1AB,77\n")}};
+    const std::pair<const char*, JSON::Object> cases[] = {
+        {"startScan", {}},
+        {"exportFCPXML", to},
+        {"writeReview", to},
+        {"applyReview", report},
+        {"loadALE", report},
+        {"state", {}},
+        {"diagnose", {}},
+        {"scanAtmoCandidates", {}},
+        {"runSmartAudioAnalysis", {{"mode", "standard"}, {"forceOverwriteManualTracks", false}}},
+        {"measureLoudness", {}},
+        {"calibrationBuild", {}},
+        {"calibrationMeasure", {{"folder", folder_.path("sound")}}},
+    };
+    platform::SerialQueue& documents = *controller_->work().documents;
+    const SyncGroupList clips = controller_->work().syncGroups();
+    for (const auto& [id, arguments] : cases) {
+        SCOPED_TRACE(id);
+        std::binary_semaphore isOver{0};
+        documents.post([&] { isOver.acquire(); });
+        const JSON given(arguments);
+        const commands::Command& row = commands::command(id);
+        const platform::Task task =
+            row.whenDone(context, commands::Call(row, &given), std::make_shared<JSON>());
+        task.requestStop();
+        finish(task);
+        EXPECT_TRUE(endedByStop(task));
+        isOver.release();
+        documents.sync([] {});
+        mainThread_->runPosted();
+        EXPECT_FALSE(std::filesystem::exists(output));
+        EXPECT_TRUE(controller_->work().syncGroups().changesSince(clips).empty());
+    }
+    EXPECT_EQ(controller_->reports().aleFile(), nullptr);
 }
 
 TEST_F(StoppingTest, aReportThatIsStoppedLeavesTheOneBefore) {

@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Services/Network/LockitMatches.h"
 #include "Platform/Completion.h"
+#include "Platform/Stop.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -244,19 +245,22 @@ Task LockitController::askDayByDay(Weak weak, std::shared_ptr<Sync> sync) {
         std::shared_ptr<const LockitFilenames> names;
         std::size_t sameNames = 0, clipsWithout = 0;
     };
-    auto naming = platform::onQueue(
-        *self->work_.documents, self->work_.environment.mainThread, [groups = self->work_.syncGroups()] {
-            std::vector<std::string> filenames;
-            filenames.reserve(groups.size());
-            std::unordered_set<std::string_view> different;
-            for (const SyncGroup& group : groups) {
-                filenames.push_back(group.video.filename);
-                different.insert(group.video.filename);
-            }
-            return Named{std::make_shared<const LockitFilenames>(std::move(filenames)),
-                         groups.size() - different.size(),
-                         groups.size() - static_cast<std::size_t>(lockitClipCount(groups))};
-        });
+    auto naming =
+        platform::onQueue(*self->work_.documents, self->work_.environment.mainThread,
+                          [groups = self->work_.syncGroups()](const std::stop_token& stop) {
+                              platform::StopCheck check(stop);
+                              std::vector<std::string> filenames;
+                              filenames.reserve(groups.size());
+                              std::unordered_set<std::string_view> different;
+                              for (const SyncGroup& group : groups) {
+                                  check();
+                                  filenames.push_back(group.video.filename);
+                                  different.insert(group.video.filename);
+                              }
+                              return Named{std::make_shared<const LockitFilenames>(std::move(filenames)),
+                                           groups.size() - different.size(),
+                                           groups.size() - static_cast<std::size_t>(lockitClipCount(groups))};
+                          });
     self.reset();
     Named named = co_await naming;
     sync->names = std::move(named.names);

@@ -111,6 +111,7 @@ platform::Task ProjectController::save(std::weak_ptr<ProjectController> weak, Fi
     auto self = weak.lock();
     const std::uint64_t clearings = self->clearings_;
     const OpenWork& work = self->work_;
+    // Carried out whatever happens: closing the work stops what runs, and must not lose what was to be saved.
     auto writing = platform::onQueue(
         *work.documents, work.environment.mainThread,
         [url, permission = std::move(permission), inputs = inputsOfScan(work, self->reports_, self->scan_),

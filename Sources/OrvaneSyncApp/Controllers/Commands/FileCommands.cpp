@@ -7,6 +7,7 @@
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncApp/Controllers/WorkInputs.h"
 #include "Platform/Files.h"
+#include "Platform/Stop.h"
 
 #include <memory>
 #include <optional>
@@ -55,7 +56,9 @@ platform::Task exportedDocument(CommandContext& context, Call call, std::shared_
     const std::string& output = call.text("output");
     const auto guard = std::make_shared<std::optional<OutputGuard>>();
     auto checking = platform::onQueue(
-        queue, mainThread, [guard, output, inputs = inputsOf(*controller), may = permission(call)] {
+        queue, mainThread,
+        [guard, output, inputs = inputsOf(*controller), may = permission(call)](const std::stop_token& stop) {
+            platform::throwIfStopped(stop);
             guard->emplace(OutputKind::document, inputs(), may);
             (*guard)->check(output);
         });

@@ -27,7 +27,7 @@ SmartAudioMode mode(const Arguments& arguments) {
     const auto named = arguments.value("--mode");
     if (!named) return SmartAudioMode::standard;
     if (const auto found = smartAudioModeFromUITag(*named)) return *found;
-    throw UsageError("--mode takes off, standard, studio, cinematic or custom, not '" + *named + "'");
+    throw UsageError("--mode must be off, standard, studio, cinematic or custom, not '" + *named + "'");
 }
 
 std::optional<int> channelCount(const Arguments& arguments) {

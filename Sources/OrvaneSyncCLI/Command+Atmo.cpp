@@ -65,7 +65,7 @@ void atmo(Context& context, const Arguments& arguments) {
     order.seconds = arguments.number("--duration").value_or(order.seconds);
     constexpr double longest = 3600;
     if (order.seconds < 1 || order.seconds > longest)
-        throw UsageError("--duration goes from 1 to 3600 seconds");
+        throw UsageError("--duration must be 1 to 3600 seconds");
     if (order.directory && order.directory->empty()) throw UsageError("-o needs the name of a folder");
     ScanRun run(context, arguments);
     run.scan(ScanRun::Analysis::none);

@@ -31,7 +31,7 @@ void caches(Context& context, const Arguments& arguments) {
     const auto& words = arguments.positionals();
     const std::string verb = words.empty() ? "show" : words.front();
     if (words.size() > 1 || (verb != "show" && verb != "clear"))
-        throw UsageError("caches takes show or clear, not '" + words.back() + "'");
+        throw UsageError("caches must be followed by show or clear, not '" + words.back() + "'");
     if (verb == "show") return show(context, arguments.has("--json"));
     const std::int64_t bytes = AppStorageHelper::clearDiskCaches();
     if (arguments.has("--json")) {

@@ -55,7 +55,7 @@ void print(Context& context, const CalibrationResult& result) {
 
 void build(Context& context, const Arguments& arguments, CalibrationRun& run) {
     const std::string named = arguments.value("--matrix").value_or("sweet");
-    if (named != "sweet" && named != "coarse") throw UsageError("--matrix takes sweet or coarse");
+    if (named != "sweet" && named != "coarse") throw UsageError("--matrix must be sweet or coarse");
     const auto matrix = named == "coarse" ? CalibrationMatrix::coarse : CalibrationMatrix::sweetSpot;
     if (const auto source = arguments.value("--source")) {
         if (const std::string why = whyUnreadable(*source, false); !why.empty())
@@ -105,14 +105,14 @@ void show(Context& context, const Arguments& arguments) {
     else if (saved)
         print(context, *saved);
     else
-        context.out << "No calibration: forecasts go by an estimate.\n";
+        context.out << "No calibration: forecasts use an estimate.\n";
 }
 
 void calibrate(Context& context, const Arguments& arguments) {
     const auto& words = arguments.positionals();
     const std::string verb = words.empty() ? "show" : words.front();
     if (verb != "build" && verb != "measure" && verb != "show")
-        throw UsageError("calibrate takes build, measure or show, not '" + verb + "'");
+        throw UsageError("calibrate must be followed by build, measure or show, not '" + verb + "'");
     if (words.size() > (verb == "measure" ? 2U : 1U) || (verb == "measure" && words.size() != 2))
         throw UsageError(verb == "measure" ? "calibrate measure takes one folder"
                                            : "calibrate " + verb + " takes no file");

@@ -60,7 +60,7 @@ const Command& diagnoseCommand() {
     static const Command command{
         "diagnose",
         "FOLDER... [options]",
-        "What is on the cards, what matches, what is in doubt, and what cures it.",
+        "What is on the cards, what matches, what is uncertain, and how to fix it.",
         "orvanesync diagnose demo/shoot",
         scanOptions(),
         diagnose,

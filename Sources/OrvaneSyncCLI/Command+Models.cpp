@@ -64,7 +64,7 @@ void models(Context& context, const Arguments& arguments) {
     const auto& words = arguments.positionals();
     const std::string verb = words.empty() ? "list" : words.front();
     if (verb != "list" && verb != "download" && verb != "delete")
-        throw UsageError("models takes list, download or delete, not '" + verb + "'");
+        throw UsageError("models must be followed by list, download or delete, not '" + verb + "'");
     if (verb == "list" ? words.size() > 1 : words.size() != 2)
         throw UsageError("models " + verb + (verb == "list" ? " takes no model" : " takes one model"));
     const auto loop = platform::RunLoop::create();

@@ -61,7 +61,7 @@ PlayRange askedFor(const Context& context, const Arguments& arguments) {
     asked.to = arguments.number("--to");
     asked.rate = arguments.number("--rate").value_or(1);
     if (asked.rate == 0 || std::abs(asked.rate) > fastestRate)
-        throw UsageError("--rate goes from -32 to 32 and is not 0");
+        throw UsageError("--rate must be -32 to 32 and not 0");
     if (asked.from < 0) throw UsageError("--from is a second of the clip, 0 or later");
     if (asked.to && !(*asked.to > asked.from)) throw UsageError("--to has to lie behind --from");
     return asked;

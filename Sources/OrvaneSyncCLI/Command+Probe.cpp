@@ -61,7 +61,7 @@ const Command& probeCommand() {
         "FILE... [options]",
         "Show what is known of each file.",
         "orvanesync probe demo/shoot/sound/*.WAV",
-        {{"--no-cache", "", "read every file anew; neither use nor keep earlier results"}},
+        {{"--no-cache", "", "read every file again; neither use nor keep earlier results"}},
         probeFiles};
     return command;
 }

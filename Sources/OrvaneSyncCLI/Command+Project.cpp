@@ -65,10 +65,10 @@ void show(Context& context, const std::string& file, bool asJSON) {
 
 void project(Context& context, const Arguments& arguments) {
     const auto& words = arguments.positionals();
-    if (words.empty()) throw UsageError("project takes show or export");
+    if (words.empty()) throw UsageError("project must be followed by show or export");
     const std::string& verb = words.front();
     if (verb != "show" && verb != "export")
-        throw UsageError("project takes show or export, not '" + verb + "'");
+        throw UsageError("project must be followed by show or export, not '" + verb + "'");
     if (words.size() != 2) throw UsageError("project " + verb + " takes one file");
     if (verb == "show") return show(context, words[1], arguments.has("--json"));
     RunInputs inputs;
@@ -84,7 +84,7 @@ void project(Context& context, const Arguments& arguments) {
 
 std::vector<Option> projectOptions() {
     std::vector<Option> options = documentOptions();
-    options.push_back({"--no-cache", "", "read every file anew; neither use nor keep earlier results"});
+    options.push_back({"--no-cache", "", "read every file again; neither use nor keep earlier results"});
     return options;
 }
 
@@ -93,7 +93,7 @@ std::vector<Option> projectOptions() {
 const Command& projectCommand() {
     static const Command command{"project",
                                  "show FILE | export FILE -o OUT.fcpxml [options]",
-                                 "Show a project file, or scan its folders anew and write its document.",
+                                 "Show a project file, or scan its folders again and write its document.",
                                  "orvanesync project show Day1.orvanesync",
                                  projectOptions(),
                                  project};

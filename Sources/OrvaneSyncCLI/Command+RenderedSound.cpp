@@ -137,7 +137,7 @@ void solo(Context& context, const Arguments& arguments) {
 
 double amount(const Arguments& arguments, std::string_view option) {
     const double value = arguments.number(option).value_or(0);
-    if (value < 0 || value > 1) throw UsageError(std::string(option) + " goes from 0 to 1");
+    if (value < 0 || value > 1) throw UsageError(std::string(option) + " must be 0 to 1");
     return value;
 }
 
@@ -151,7 +151,7 @@ VoiceIsolationSettings previewSettings(const Context& context, const Arguments& 
     }
     constexpr double mostGainDB = 96;
     const double gain = arguments.number("--gain").value_or(0);
-    if (gain < -mostGainDB || gain > mostGainDB) throw UsageError("--gain goes from -96 to 96 dB");
+    if (gain < -mostGainDB || gain > mostGainDB) throw UsageError("--gain must be -96 to 96 dB");
     return {amount(arguments, "--voice-isolation"), amount(arguments, "--loudness"),
             amount(arguments, "--uniformity"), gain};
 }
@@ -181,7 +181,7 @@ const Command& mixdownCommand() {
     static const Command command{
         "mixdown",
         "FILE -o OUT.wav [options] | --session ID --clip NAME -o OUT.wav",
-        "Render what Smart Audio lets be heard of a recording.",
+        "Render the mix that Smart Audio chose for a recording.",
         "orvanesync mixdown demo/shoot/sound/DAY1_T01.WAV -o /tmp/mixdown.wav",
         with({{"--session", "ID",
                "of kept work, by its id or name: one of its clips, with the choices made there"},

@@ -136,7 +136,7 @@ commands::CommandContext openWork(Context& context, const Arguments& arguments,
 std::string notSaved(const std::string& failure) { return "the session could not be saved: " + failure; }
 
 void serve(Context& context, const Arguments& arguments) {
-    if (!arguments.positionals().empty()) throw UsageError("serve takes no file");
+    if (!arguments.positionals().empty()) throw UsageError("serve must be called without a file");
     const auto loop = platform::RunLoop::create();
     commands::CommandContext work = openWork(context, arguments, loop);
     // The interface thread never waits for who reads the answers: it would not see that it is to end.
@@ -199,8 +199,8 @@ const Command& serveCommand() {
         "[options]",
         "Answer JSON-RPC 2.0 requests, one a line, on standard input and output.",
         "orvanesync serve",
-        {{"--no-cache", "", "read every file anew; neither use nor keep earlier results"},
-         {"--virtual-clock", "", "players stand still until the method advanceClock moves their time"}},
+        {{"--no-cache", "", "read every file again; neither use nor keep earlier results"},
+         {"--virtual-clock", "", "the players are paused until the method advanceClock moves their time"}},
         serve,
         "\nA request: {\"jsonrpc\": \"2.0\", \"id\": 1, \"method\": \"state\"}\n"
         "What the methods answer, and a program that uses them: docs/automation.md\n"};

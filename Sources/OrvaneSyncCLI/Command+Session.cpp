@@ -98,7 +98,7 @@ void session(Context& context, const Arguments& arguments) {
     const std::string verb = words.empty() ? "list" : words.front();
     if (verb == "list" && words.size() <= 1) return list(context, store, asJSON);
     if (verb != "show" && verb != "export" && verb != "delete")
-        throw UsageError("session takes list, show, export or delete, not '" + verb + "'");
+        throw UsageError("session must be followed by list, show, export or delete, not '" + verb + "'");
     if (words.size() != 2) throw UsageError("session " + verb + " takes one session");
     if (verb == "show")
         return show(context, OpenSession(context, store, sessionNamed(store, words[1])), asJSON);

@@ -87,7 +87,7 @@ void settings(Context& context, const Arguments& arguments) {
     if (words.empty()) return list(context, asJSON);
     const std::string& verb = words.front();
     if (verb != "get" && verb != "set" && verb != "unset")
-        throw UsageError("settings takes get, set or unset, not '" + verb + "'");
+        throw UsageError("settings must be followed by get, set or unset, not '" + verb + "'");
     if (words.size() != (verb == "set" ? 3U : 2U))
         throw UsageError(verb == "set" ? "settings set takes a key and a value"
                                        : "settings " + verb + " takes one key");

@@ -90,7 +90,7 @@ ModifierSet modifiersTyped(const std::string& list) {
         const auto modifier = modifierNamed(name);
         if (!modifier && !list.empty())
             throw UsageError(
-                "--modifiers takes command, shift, option and control with commas between, not '" + name +
+                "--modifiers must be command, shift, option and control with commas between, not '" + name +
                 "'");
         all = all | modifier.value_or(ModifierSet::none);
         at = end + 1;
@@ -102,7 +102,7 @@ void decode(Context& context, const Arguments& arguments) {
     const auto code = arguments.integer("--code");
     if (!code) throw UsageError("--code is missing");
     if (*code < 0 || *code > std::numeric_limits<std::uint16_t>::max())
-        throw UsageError("--code takes 0 to 65535");
+        throw UsageError("--code must be 0 to 65535");
     const auto shortcut = Shortcut::decode(static_cast<std::uint16_t>(*code), arguments.value("--text"),
                                            arguments.value("--plain"),
                                            modifiersTyped(arguments.value("--modifiers").value_or("")));
@@ -190,7 +190,7 @@ const Verb& verbOf(const std::vector<std::string>& words) {
                        : &each == &verbs.back() ? " or "
                                                 : ", ")
                 .append(each.name);
-        throw UsageError("shortcuts takes " + all + ", not '" + named + "'");
+        throw UsageError("shortcuts must be followed by " + all + ", not '" + named + "'");
     }
     if (words.size() != verb->words + 1)
         throw UsageError("shortcuts " + named + " takes " + std::string(verb->takes));

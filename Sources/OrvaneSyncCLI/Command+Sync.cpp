@@ -25,7 +25,7 @@ SmartAudioMode smartAudioMode(const Context& context, const Arguments& arguments
     }
     if (const auto named = arguments.value("--smart-audio")) {
         if (const auto mode = smartAudioModeFromUITag(*named)) return *mode;
-        throw UsageError("--smart-audio takes off, standard, studio, cinematic or custom, not '" + *named +
+        throw UsageError("--smart-audio must be off, standard, studio, cinematic or custom, not '" + *named +
                          "'");
     }
     return context.settings->find(settings::smartAudioMode).value_or(SmartAudioMode::standard);
@@ -125,7 +125,7 @@ std::vector<Option> syncOptions() {
         {"--apply", "IN.tsv",
          "do what a table says that scan --review has written and people have filled in"},
         {"--lockit", "PROJECT",
-         "lay over the clips what LockitNetwork says of them; orvanesync lockit projects lists the projects"},
+         "copy the metadata of LockitNetwork to the clips; orvanesync lockit projects lists the projects"},
         {"--atmo", "", "build room tone of the quiet stretches of each scene, and put it into the document"},
         {"--loudness", "", "measure every clip and write the gain that brings it to the target loudness"},
     };

@@ -49,7 +49,7 @@ std::size_t binsOf(const Arguments& arguments) {
     const long long bins =
         arguments.integer("--bins").value_or(static_cast<long long>(WaveformReduction::reviewBins));
     if (bins < 1 || bins > static_cast<long long>(WaveformReduction::mostBins))
-        throw UsageError("--bins goes from 1 to " + std::to_string(WaveformReduction::mostBins));
+        throw UsageError("--bins must be 1 to " + std::to_string(WaveformReduction::mostBins));
     return static_cast<std::size_t>(bins);
 }
 

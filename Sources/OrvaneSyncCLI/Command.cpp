@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::array<Option, 5> commonOptions{{
     {"--json", "", "print exactly one JSON document, and nothing else, on standard output"},
-    {"--set", "KEY=VALUE", "use a setting's value for this run only; may come again"},
+    {"--set", "KEY=VALUE", "use a setting's value for this run only; may be repeated"},
     {"--quiet", "", "show no progress"},
     {"--help", "", "show this help", "-h"},
     {"--version", "", "show the program's version"},

@@ -86,11 +86,11 @@ void chooseDays(Context& context, const Arguments& arguments) {
 
 const std::vector<Option>& scanOptions() {
     static const std::vector<Option> options{
-        {"--video", "DIR", "a folder of camera files; may come again"},
-        {"--audio", "DIR", "a folder of recordings; may come again"},
+        {"--video", "DIR", "a folder of camera files; may be repeated"},
+        {"--audio", "DIR", "a folder of recordings; may be repeated"},
         {"--exclude", "GLOB",
-         "pass over files and folders of this name, or, with a slash, of this path below a FOLDER; may come "
-         "again"},
+         "pass over files and folders of this name, or, with a slash, of this path below a FOLDER; may be "
+         "repeated"},
         {"--sound-offset", "[-]HH:MM:SS:FF",
          "lay all recordings later than they say; -01:00:00:00 is an hour earlier"},
         {"--sound-date", "YYYY-MM-DD",
@@ -98,14 +98,13 @@ const std::vector<Option>& scanOptions() {
         {"--tc-rate", "R",
          "frames per second of all timecode, such as 23.976 or 29.97DF, whatever the files say"},
         {"--days", "DAYS",
-         "which sound a clip may meet: same (of its own day), midnight (also across midnight), neighbours "
-         "(also "
-         "of the days before and behind), auto (as midnight; of other days for a wrong clock, with a doubt)"},
+         "which days are matched: same (its own day), midnight (also across midnight), neighbours (also the "
+         "day before and after), auto (as midnight; other days for a wrong clock, with a doubt)"},
         {"--choose", "first",
          "take the first recording of each ambiguous clip, which would be left out; matched clips keep their "
          "sound and their doubts"},
-        {"--report", "FILE", "a camera or sound report (ALE, CSV, TSV) to lay over the clips"},
-        {"--no-cache", "", "read every file anew; neither use nor keep earlier results"},
+        {"--report", "FILE", "a camera or sound report (ALE, CSV, TSV) to copy to the clips"},
+        {"--no-cache", "", "read every file again; neither use nor keep earlier results"},
     };
     return options;
 }

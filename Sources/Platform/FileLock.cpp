@@ -55,7 +55,7 @@ FileLock::FileLock(const std::string& path, int file, std::chrono::milliseconds 
     if (file_ >= 0 && meansNoLocks(reason)) return;
     if (file_ >= 0) ::close(file_);
     throw FileError("can't lock " + text::validUTF8(path) + ": " +
-                    (reason == EWOULDBLOCK ? "another program holds it and does not let go"
+                    (reason == EWOULDBLOCK ? "another program keeps it locked"
                                            : std::generic_category().message(reason)));
 }
 

@@ -102,7 +102,7 @@ std::vector<Entry> entriesOf(RandomAccessFile& file, const std::string& path, st
         if ((flags & 1U) != 0 || (entry.method != stored && entry.method != deflated))
             refuse(path, "an entry is encrypted or packed in an unknown way");
         total += entry.bytes;
-        if (total > mostBytes) refuse(path, "its entries take too much room");
+        if (total > mostBytes) refuse(path, "its entries take too much space");
         entries.push_back(std::move(entry));
         at += fixedBytes + nameBytes + rest;
     }

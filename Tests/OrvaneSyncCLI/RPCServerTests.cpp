@@ -83,7 +83,7 @@ TEST_F(RPCServer, answersEveryMessageAsTheProtocolSays) {
         {R"({"jsonrpc":"2.0","id":7,"method":"sub"})", error("7", -32601, "there is no method 'sub'")},
         {R"({"jsonrpc":"2.0","id":7,"method":"add"})", error("7", -32602, "add: number is missing")},
         {R"({"jsonrpc":"2.0","id":7,"method":"add","params":[1]})",
-         error("7", -32602, "add: arguments go by name")},
+         error("7", -32602, "add: params must be an object with named members")},
         {R"({"jsonrpc":"2.0","id":7,"method":"add","params":{"number":1.5}})",
          error("7", -32602, "add: number must be a whole number")},
         {R"({"jsonrpc":"2.0","id":7,"method":"add","params":{"number":1,"x":1}})",

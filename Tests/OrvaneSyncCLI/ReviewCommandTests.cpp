@@ -97,7 +97,7 @@ TEST_F(CardsTest, aReviewComesBackFromASpreadsheet) {
     ASSERT_EQ(sync.status, done) << sync.err;
     for (const char* problem : {"line 5: there is no clip of the camera file 'Z.mov'",
                                 "line 6: a line before this one", "line 7: there is no recording number '7'",
-                                "line 7: offset_frames takes a number", "line 7: skip takes x"})
+                                "line 7: offset_frames must be a number", "line 7: skip must be x"})
         EXPECT_NE(sync.err.find(problem), std::string::npos) << problem << "\n" << sync.err;
     EXPECT_EQ(sync.json().find("counts")->find("syncClips")->integer(), 2);
     const std::string document = folder_.read("out.fcpxml");
@@ -145,8 +145,8 @@ TEST_F(CardsTest, aChoiceMayNameAnyRecording) {
     std::filesystem::copy(at("sound/ISO.WAV"), at("day2/ISO.WAV"));
     for (const char* none : {"ISO.WAV", "T9.WAV", "1,000"}) {
         const std::string problem = after(none, "maybe").err;
-        EXPECT_NE(problem.find("line 2: choice takes the number"), std::string::npos) << problem;
-        EXPECT_NE(problem.find("line 2: lock takes x or nothing"), std::string::npos) << problem;
+        EXPECT_NE(problem.find("line 2: choice must be the number"), std::string::npos) << problem;
+        EXPECT_NE(problem.find("line 2: lock must be x or nothing"), std::string::npos) << problem;
     }
 }
 

@@ -72,7 +72,7 @@ TEST_F(ShortcutsCommand, decodesAndSaysWhatIsWrong) {
     check({"set", "clapCheck", "f5"}, 2, "'f5' is no key");
     check({"set", "clapCheck"}, 2, "takes an action and a key");
     check({"list", "--code", "4"}, 2, "goes with decode alone");
-    check({"forget"}, 2, "takes list, set");
+    check({"forget"}, 2, "followed by list, set");
     check({"load", "Night"}, 1, "there is no profile 'Night'");
     check({"save", "a/b"}, 1, "can't hold '/'");
     check({"import", folder.path("none.json")}, 1, "Could not parse the file as a keyboard binding set.");

@@ -235,7 +235,7 @@ TEST_F(SpokenTakeTest, saysWhatSmartAudioDidNotHear) {
     check(
         "a format that nothing decodes", {{"Boom", -18, -18, -62}, {"Lav", -40, -40, -66}},
         [](std::string& wave) { wave.replace(wave.find("fmt ") + 8, 2, "\x00\x20", 2); },
-        "Smart Audio can't hear T01.WAV; only its channel 1 stays switched on",
+        "Smart Audio can't read the sound of T01.WAV; only its channel 1 stays switched on",
         "0 clips heard, 0 of 0 channels chosen; 1 recording can't be heard");
 }
 

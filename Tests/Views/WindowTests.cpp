@@ -408,7 +408,7 @@ TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {
     ASSERT_TRUE(waitUntil([analysis = desktop_->run("runSmartAudioAnalysis", std::move(arguments))] {
         return analysis.isDone();
     }));
-    EXPECT_TRUE(waitUntil([&] { return bannerText().startsWith("Smart Audio can't hear "); }))
+    EXPECT_TRUE(waitUntil([&] { return bannerText().startsWith("Smart Audio can't read the sound of "); }))
         << bannerText().toStdString();
     press(exporting, "Export");
     const auto warnings = [&] {

@@ -16,7 +16,7 @@
 
 namespace orvane {
 
-/// Which recordings lie under which clip, and those that no clip uses. Undo steps and clips that are not
+/// Which recordings overlap which clip, and those that no clip uses. Undo steps and clips that are not
 /// there: as in ClipEditing. Interface thread.
 class RecordingEditing {
   public:

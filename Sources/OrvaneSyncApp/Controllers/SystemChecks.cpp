@@ -36,7 +36,7 @@ Check settingsCheck(const platform::SettingsStore& settings) {
 
 Check rightsCheck() {
     const auto open = AppStorageHelper::keepPrivate();
-    if (open.empty()) return {"folder rights", "ok", "settings, work and caches are yours alone"};
+    if (open.empty()) return {"folder rights", "ok", "only you can read settings, work and caches"};
     return {"folder rights", "problem", platform::text::joined(open, "; ")};
 }
 
@@ -131,7 +131,7 @@ Check serviceCheck() {
     const auto service = ServiceConfiguration::load();
     if (service.problem) return {"metadata service", "problem", *service.problem};
     if (service.hasLockit()) return {"metadata service", "ok", *service.baseURL};
-    return {"metadata service", "unused", "none is configured in " + ServiceConfiguration::path()};
+    return {"metadata service", "unused", "no service is configured in " + ServiceConfiguration::path()};
 }
 
 Check keyStoreCheck() {
@@ -142,7 +142,7 @@ Check keyStoreCheck() {
                 "the desktop's key store is locked, so that a sign-in in it can't be used; unlock it in the "
                 "desktop"};
     return {"key store", "problem",
-            "the desktop has none that answers; secrets are kept in " + kept.where +
+            "no key store of the desktop answers; secrets are kept in " + kept.where +
                 ", which you alone can read and which is not encrypted"};
 }
 

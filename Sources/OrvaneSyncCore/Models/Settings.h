@@ -106,9 +106,9 @@ inline const Declared<TrimMode> trimMode{
 inline const Declared<NotesSource> notesSource{"notes.source", NotesSource::both, family::notes,
                                                "whose notes the Notes field takes"};
 inline const Declared<std::string> notesVideoPrefix{"notes.videoPrefix", "V:", family::notes,
-                                                    "stands before the camera's notes"};
+                                                    "is put before the camera's notes"};
 inline const Declared<std::string> notesAudioPrefix{"notes.audioPrefix", "A:", family::notes,
-                                                    "stands before the sound recordist's notes"};
+                                                    "is put before the sound recordist's notes"};
 
 inline const Declared<MulticamCodec> multicamCodec{"multicam.codec", MulticamCodec::automatic,
                                                    family::multicam, "render format of multicam clips"};
@@ -134,7 +134,7 @@ inline const Declared<bool> generateNativeMOS{
     "offspeed.generateNativeMOS", false, family::offspeed,
     "also a silent clip at the sensor's rate for off-speed material"};
 inline const Declared<std::string> nativeMOSSuffix{"offspeed.suffix", "[{fps} FPS]", family::offspeed,
-                                                   "stands behind its name; {fps} is the sensor's rate"};
+                                                   "is appended to its name; {fps} is the sensor's rate"};
 inline const Declared<bool> nativeMOSSeparateEvent{"offspeed.separateEvent", false, family::offspeed,
                                                    "those clips go into an event of their own"};
 inline const Declared<std::string> nativeMOSEventName{"offspeed.eventName", "Native MOS", family::offspeed,
@@ -144,7 +144,7 @@ inline const Declared<bool> generateProjectRate{
     "also a clip conformed to the project's rate for off-speed material"};
 inline const Declared<std::string> projectRateSuffix{"offspeed.projectRateSuffix", "{fps}fps",
                                                      family::offspeed,
-                                                     "stands behind its name; {fps} is the project's rate"};
+                                                     "is appended to its name; {fps} is the project's rate"};
 inline const Declared<bool> projectRateSeparateEvent{"offspeed.projectRateSeparateEvent", false,
                                                      family::offspeed,
                                                      "those clips go into an event of their own"};

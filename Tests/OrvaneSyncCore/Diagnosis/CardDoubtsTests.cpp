@@ -34,7 +34,7 @@ TEST(CardDoubts, FilesThatEndEarlyAreToldOnceAFolder) {
     const std::string cutOff =
         "'A4.mov' has no index by which it could be read: the recording was cut off before "
         "it was closed, or not copied to its end | 1";
-    const std::string shorter = "'T1.wav' ends early: 0:18 of the 1:00 that its header promises are there; "
+    const std::string shorter = "'T1.wav' ends early: 0:18 of the 1:00 that its header states are there; "
                                 "likewise 1 more file in '/S' | 1";
     const std::string unclosed =
         "'T7.wav' was never closed by its recorder: its header does not have the true "

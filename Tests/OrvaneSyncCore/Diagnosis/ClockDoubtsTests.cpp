@@ -520,7 +520,7 @@ TEST(ClockDoubts, TakesOfTheHourThatComesTwiceAreFoundBesideOthers) {
 
 TEST(ClockDoubts, ClaimsNoClockByChance) {
     int claimed = 0;
-    // Three of five recordings lie under clips at one wrong date and hour.
+    // Three of five recordings overlap clips at one wrong date and hour.
     std::vector<unsigned> seeds(1, 47543);
     std::ranges::copy(test::seeds(200), std::back_inserter(seeds));
     for (const unsigned seed : seeds) {

@@ -105,7 +105,7 @@ TEST_F(ModelStorageTest, aFailureLeavesNothingAndIsTold) {
     client_->status = 200;
     client_->length = std::uint64_t{1} << 62U;
     EXPECT_EQ(download(), Kind::writeFailed);
-    EXPECT_NE(message_.find("too little room"), std::string::npos) << message_;
+    EXPECT_NE(message_.find("too little space"), std::string::npos) << message_;
     client_->length = 0;
     client_->body = *base64::decoded(leavingPackage);
     EXPECT_EQ(download(), Kind::writeFailed);

@@ -81,7 +81,7 @@ std::vector<Command> calibrationCommands() {
                        "Measures the files that were bounced from the calibration's clips.",
                        {{"folder", path}}, measure),
         Command::later("calibrationSave", "Save Calibration",
-                       "Makes what was measured the calibration that forecasts go by.", {}, save),
+                       "Makes what was measured the calibration that forecasts use.", {}, save),
         Command::later("calibration", "Calibration", "Says what of a calibration is on the disk.", {}, show),
     };
 }

@@ -84,7 +84,7 @@ std::vector<Command> clusterCommands() {
                     bagOf(context).setAudioSource(call.id("groupID"));
                     return JSON();
                 }),
-        Command("clusterState", "Multicam State", "Gives what each camera stands at and does.", {},
+        Command("clusterState", "Multicam State", "Returns the state of the player of each camera.", {},
                 [](CommandContext& context, const Call&) { return clusterStateJSON(bagOf(context)); }),
         Command::later("clusterFrame", "Save Picture of Camera…",
                        "Writes the picture that a camera shows as PNG.",

@@ -86,7 +86,7 @@ struct Range {
 std::string problemOfPath(const std::string& path) {
     if (path.empty()) return "is empty";
     // Standard input and output hold the requests and answers.
-    if (path == "-") return "must name a file or a folder, and '-' is none here";
+    if (path == "-") return "must name a file or a folder; '-' is not allowed here";
     return path.find('\0') == std::string::npos ? "" : "holds a NUL character";
 }
 
@@ -169,7 +169,8 @@ std::string Command::signature() const {
 Call::Call(const Command& command, const JSON* params) : command_(&command) {
     const std::string said = std::string(command.id) + ": ";
     if (params != nullptr) {
-        if (!params->isObject()) throw Error(Refusal::invalidArguments, said + "arguments go by name");
+        if (!params->isObject())
+            throw Error(Refusal::invalidArguments, said + "params must be an object with named members");
         params_ = *params;
     }
     for (const Parameter& parameter : command.parameters) {

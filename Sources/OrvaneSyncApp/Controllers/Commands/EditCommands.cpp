@@ -135,9 +135,9 @@ std::vector<Command> flagCommands() {
                 &ClipEditing::togglePickup),
         onGroup("markScenePickupFromHere", "Marks the takes of this scene from this one on as pickups.",
                 markScenePickupFromHere, &ClipEditing::markScenePickupFromHere),
-        onGroup("toggleExcludedFromExport", "Leaves the clip out of the export, or takes it in again.",
+        onGroup("toggleExcludedFromExport", "Excludes the clip from the export, or includes it again.",
                 toggleExcludedFromExport, &ClipEditing::toggleExcludedFromExport),
-        onGroup("toggleExcludedFromMulticam", "Leaves the clip out of multicam clips, or takes it in again.",
+        onGroup("toggleExcludedFromMulticam", "Excludes the clip from multicam clips, or includes it again.",
                 toggleExcludedFromMulticam, &ClipEditing::toggleExcludedFromMulticam),
         onGroup("confirmAmbiguousMatch", "Takes the recordings of an ambiguous clip as they are.",
                 confirmAmbiguousMatch, &RecordingEditing::confirmAmbiguousMatch, isAmbiguousAndUnlocked),
@@ -201,7 +201,7 @@ std::vector<Command> valueCommands() {
              }),
         Command("batchRename", "Rename Clips…",
                 "Gives all clips but those named by their camera's file another name: replaces a text, pads "
-                "numbers with zeros, puts texts before and behind.",
+                "numbers with zeros, adds a prefix and a suffix.",
                 {{.name = "find", .kind = text, .isOptional = true},
                  {.name = "replace", .kind = text, .isOptional = true},
                  {.name = "padDigits",
@@ -309,7 +309,7 @@ std::vector<Command> recordingCommands() {
             .undoneBy(resyncAllClips)
             .when(hasClipsAtRest),
         Command::later("resetAllClipsToAutoSync", "Reset All Clips",
-                       "Takes back the manual decisions about all clips; cannot be taken back.", {},
+                       "Removes the manual decisions about all clips; cannot be undone.", {},
                        [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
                            return context.controller->clips().resetAllClipsToAutoSync();
                        })
@@ -348,7 +348,7 @@ std::vector<Command> undoCommands() {
             .when([](const CommandContext& context) {
                 return isAtRest(context) && context.controller->work().undoState().canUndo;
             }),
-        Command("redo", "Redo", "Makes the step again that was taken back last.", {},
+        Command("redo", "Redo", "Redoes the last undone step.", {},
                 [](CommandContext& context, const Call&) {
                     context.controller->redo();
                     return JSON();

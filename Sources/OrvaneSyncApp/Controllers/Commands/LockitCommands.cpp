@@ -113,8 +113,8 @@ std::vector<Command> lockitCommands() {
         Command::later("lockitDays", "Shooting Days of a Project", "Lists the shooting days of a project.",
                        {{"projectID", text}}, days),
         Command::later("syncLockitNetwork", "Sync LockitNetwork",
-                       "Lays what LockitNetwork says over the clips, day by day; gives what came of it.", {},
-                       syncLockit)
+                       "Copies the metadata of LockitNetwork to the clips, day by day; returns the outcome.",
+                       {}, syncLockit)
             .undoneBy(undoSteps::syncLockitNetwork)
             .when(hasClipsAtRest),
         Command("fieldMapping", "Field Mapping", "Gives where each field of LockitNetwork goes.", {},

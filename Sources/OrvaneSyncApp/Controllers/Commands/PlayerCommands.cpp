@@ -89,7 +89,7 @@ std::vector<Command> loadingCommands() {
                            return context.players().loadGroup(call.id("groupID"));
                        })
             .forClips(canPlay),
-        Command("playerState", "Player State", "Gives what the player stands at and does.", {},
+        Command("playerState", "Player State", "Returns the state of the player.", {},
                 [](CommandContext& context, const Call&) { return playerStateJSON(engineOf(context)); }),
         Command::later("playerFrame", "Save Picture…", "Writes the picture that is shown as PNG.",
                        {{"output", path}, {"overwrite", boolean, true}},

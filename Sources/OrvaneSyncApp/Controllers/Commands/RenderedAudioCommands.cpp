@@ -45,7 +45,7 @@ platform::Task clearCaches(CommandContext& context, Call /*call*/, std::shared_p
 std::vector<Command> renderedAudioCommands() {
     return {
         Command::later("renderMixdown", "Render Mixdown",
-                       "Renders what the analysis lets be heard of the clip's sound.", {groupID},
+                       "Renders the mix that the analysis chose for the clip's sound.", {groupID},
                        renderMixdown)
             .forClips(hasSound),
         Command::later(

@@ -76,10 +76,9 @@ std::vector<Command> reviewCommands() {
                        "Writes the clips as a table to decide about them in a spreadsheet.",
                        {{"output", path}, {"overwrite", boolean, true}}, writeReview)
             .when(hasClipsAtRest),
-        Command::later(
-            "applyReview", "Apply Review Table…",
-            "Takes the decisions of a review table back; says which of its lines it could not use.",
-            {{"path", path}}, applyReviewFile)
+        Command::later("applyReview", "Apply Review Table…",
+                       "Applies the decisions of a review table; says which of its lines it could not use.",
+                       {{"path", path}}, applyReviewFile)
             .undoneBy(steps::applyReview)
             .when(hasClipsAtRest),
         Command("chooseFirst", "Choose First Recordings",

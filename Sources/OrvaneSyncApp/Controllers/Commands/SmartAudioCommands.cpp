@@ -95,7 +95,7 @@ std::vector<Command> smartAudioCommands() {
         onTrack("toggleAlgorithmInclusion", "Toggle Algo Inclusion",
                 "Lets the analysis use a track, or keeps it out.", steps::toggleAlgorithmInclusion,
                 &TrackEditing::toggleAlgorithmInclusion),
-        onTrack("soloAlgorithmInclusion", "Solo Algo Inclusion", "Lets the analysis use this track alone.",
+        onTrack("soloAlgorithmInclusion", "Solo Algo Inclusion", "Lets the analysis use only this track.",
                 steps::soloAlgorithmInclusion, &TrackEditing::soloAlgorithmInclusion),
     };
 }

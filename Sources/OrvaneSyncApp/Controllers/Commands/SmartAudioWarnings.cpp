@@ -47,8 +47,8 @@ Warnings unheardWarnings(const AnalysedClip& analysed) {
     const auto& [group, result, names, take, files] = analysed;
     if (result.isHeard()) return {};
     const auto failure = readFailureOf(result);
-    std::string warning =
-        "Smart Audio can't hear " + files + (failure ? " (" + std::string(failure->what()) + "); " : "; ");
+    std::string warning = "Smart Audio can't read the sound of " + files +
+                          (failure ? " (" + std::string(failure->what()) + "); " : "; ");
     if (!group.manualActiveTracks.empty()) return {warning + "its channels stay as they were chosen"};
     if (result.tracks.empty() || !result.bestTrackIndex)
         return {warning + "all its channels stay switched on"};
@@ -102,8 +102,9 @@ std::vector<std::string> unheardRecordings(const WorkSnapshot& work) {
 }
 
 std::string warningOfUnheard(const std::vector<std::string>& names) {
-    return "Smart Audio can't hear " + counted(std::ssize(names), "recording", "recordings") + ": " +
-           firstAndMore(names) + "; check that the card or drive is connected and run Smart Audio again";
+    return "Smart Audio can't read the sound of " + counted(std::ssize(names), "recording", "recordings") +
+           ": " + firstAndMore(names) +
+           "; check that the card or drive is connected and run Smart Audio again";
 }
 
 void addPassedOver(const WorkSnapshot& work, Warnings& warnings) {
@@ -167,7 +168,7 @@ std::optional<std::string> unheardWarning(const WorkSnapshot& work) {
 
 std::string earlyEndWarning(const std::string& filename, double heardSeconds, double promisedSeconds) {
     return filename + " ends early: " + clockText(heardSeconds) + " of the " + clockText(promisedSeconds) +
-           " that its header promises could be heard";
+           " that its header states could be read";
 }
 
 std::vector<std::string> smartAudioWarnings(const WorkSnapshot& work) {

@@ -241,7 +241,7 @@ std::vector<Command> workCommands() {
         Command::later("state", "State of the Work", "Gives the open work.", {}, state),
         Command::later(
             "diagnose", "Diagnosis",
-            "Gives what is on the cards, and each doubt with its cure; listens to some clips of each "
+            "Gives what is on the cards, and each doubt and how to fix it; listens to some clips of each "
             "card.",
             {}, diagnose),
         Command::later("group", "One Clip", "Gives one clip, with the doubts about it.", {{"groupID", id}},

@@ -119,7 +119,7 @@ class Reading {
                                       bool present) {
         if (!line[column]) return std::nullopt;
         const auto isOn = reviewSwitch(*line[column]);
-        if (!isOn) problem(line, name + " takes x or nothing, not '" + *line[column] + "'");
+        if (!isOn) problem(line, name + " must be x or nothing, not '" + *line[column] + "'");
         return isOn == present ? std::nullopt : isOn;
     }
     /// Whether the line may choose another recording; else says why not.
@@ -159,7 +159,7 @@ class Reading {
                              *number <= static_cast<double>(std::numeric_limits<int>::max());
         if (!number) return readNamedChoice(line, group, decision);
         if (!isWhole)
-            return problem(line, "choice takes the number of a recording, not '" + *line[choice] + "'");
+            return problem(line, "choice must be the number of a recording, not '" + *line[choice] + "'");
         std::size_t position = static_cast<std::size_t>(*number) - 1;
         if (line[sound] && !trimmed(*line[sound]).empty()) {
             // The numbers are those of the line: the clip may list its recordings in another order by now.
@@ -189,7 +189,7 @@ class Reading {
                 poolNames_.push_back(asRead(choice, names_.of(*recording)));
         const auto place = placeOf(wanted, poolNames_);
         if (!place)
-            return problem(line, "choice takes the number of one of the clip's recordings or the name of a "
+            return problem(line, "choice must be the number of one of the clip's recordings or the name of a "
                                  "file among all recordings, with its folder where several have that name; "
                                  "not '" +
                                      wanted + "'");
@@ -227,7 +227,7 @@ class Reading {
         const auto byComma = reviewNumberByDecimalComma(cell);
         if (!frames && byComma && reviewFrames(*byComma) == *present[offsetFrames]) return;
         if (!frames)
-            return problem(line, "offset_frames takes a number of frames, not '" + std::string(cell) + "'" +
+            return problem(line, "offset_frames must be a number of frames, not '" + std::string(cell) + "'" +
                                      (byComma ? ", which may be a thousand times as many; write it without "
                                                 "a comma"
                                               : ""));

@@ -34,7 +34,7 @@ std::string recordingPlaceText(const AudioMatch& match, const SyncGroup& group) 
 std::string recordingsPromptOf(const RecordingsPart& part, const SyncGroup& group) {
     if (part.recordings.empty())
         return part.isMeantSilent ? "The clip is meant to have no sound."
-                                  : "No recording lies under this clip. Attach one, or mark the clip as MOS.";
+                                  : "This clip has no recording. Attach one, or mark the clip as MOS.";
     if (part.isAmbiguous && part.isLocked) return "Unlock sync to choose.";
     if (part.isAmbiguous && part.recordings.size() > 1)
         return counted(part.recordings.size(), "recording", "recordings") +

@@ -45,8 +45,7 @@ TypedNumber gainFromText(std::string_view text, double lowest, double highest) {
     const auto gain = typedNumberIn(text, "dB");
     if (!gain) return {{}, "Type a gain in dB, such as -3.5."};
     if (*gain < lowest || *gain > highest)
-        return {{},
-                "The gain goes from " + formatted("%.0f dB to ", lowest) + formatted("%+.0f dB.", highest)};
+        return {{}, "The gain must be " + formatted("%.0f dB to ", lowest) + formatted("%+.0f dB.", highest)};
     return {gain, {}};
 }
 

@@ -72,7 +72,7 @@ std::optional<Spoken> spokenDays(const std::string& value) {
     if (!fromRawValue<MatchingDays>(value)) return std::nullopt;
     const std::string words = value == rawValue(MatchingDays::same)
                                   ? "match sound of the same day only"
-                                  : "let clips meet the sound of the days before and behind";
+                                  : "also match sound of the day before and after";
     const std::string button = value == rawValue(MatchingDays::same) ? "Same Day Only" : "Neighbouring Days";
     return Spoken{words, CureStep{button, "setSetting", setting(settings::matchingDays.key, value), true}};
 }
@@ -138,7 +138,7 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 9> phrases{{
      "“Toggle Excluded” to leave the clip out"},
     {"an x under 'skip' in the table of 'scan --review'", "“Toggle Excluded” in the clip's menu"},
     {"the table of 'scan --review'", "the clip's menu"},
-    {"has its date by --sound-date alone", "has its date by your correction alone"},
+    {"has its date only by --sound-date", "has its date only by your correction"},
     {"leave every channel on with sync --no-smart-audio", "switch Smart Audio off and every channel on"},
 }};
 

@@ -51,7 +51,7 @@ std::optional<std::string> soundNote(VideoEngine& engine) {
     if (!mixer || mixer->output().description() != withoutDevice) return std::nullopt;
     return "Nothing is heard: the machine has no sound device. Connect one, or choose one in the settings of "
            "the "
-           "system; what plays goes on through it by itself.";
+           "system; playback continues on it automatically.";
 }
 
 namespace {

@@ -64,8 +64,8 @@ CalibrationPanel calibrationPanel(const CalibrationState& state) {
     panel.saved = state.savedCalibration
                       ? "A calibration of " +
                             counted(state.savedCalibration->measurements.size(), "clip", "clips") +
-                            " is saved; forecasts go by it."
-                      : "No calibration is saved; forecasts go by built-in estimates.";
+                            " is saved; forecasts use it."
+                      : "No calibration is saved; forecasts use built-in estimates.";
     panel.problem = state.problem;
     std::vector<std::string> gaps;
     if (state.measurement)

@@ -107,8 +107,8 @@ ChannelsSection::Row ChannelsSection::makeRow(int track) {
     column->addWidget(row.kind);
     column->addWidget(row.share);
     row.isActive->setToolTip(
-        tr("%1 With Alt: this track alone.").arg(translated(desktop().command("toggleTrackActive").help)));
-    row.isAllowed->setToolTip(tr("%1 With Alt: this track alone.")
+        tr("%1 With Alt: only this track.").arg(translated(desktop().command("toggleTrackActive").help)));
+    row.isAllowed->setToolTip(tr("%1 With Alt: only this track.")
                                   .arg(translated(desktop().command("toggleAlgorithmInclusion").help)));
     row.solo->setToolTip(translated(desktop().command("toggleSoloMonitor").help));
     row.solo->setCheckable(true);

@@ -9,7 +9,7 @@ class QVBoxLayout;
 
 namespace orvane::views {
 
-/// Which recordings lie under the clip: choose, confirm, attach, take off.
+/// Which recordings overlap the clip: choose, confirm, attach, take off.
 class RecordingsSection : public InspectorSection {
   public:
     explicit RecordingsSection(Desktop& desktop);

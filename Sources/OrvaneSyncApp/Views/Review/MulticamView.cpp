@@ -49,7 +49,7 @@ class MulticamView::Cell : public QFrame {
         column->setSpacing(0);
         canvas_ = new PictureCanvas;
         canvas_->setEngine(engine_);
-        canvas_->setToolTip(tr("A click hears this camera, a double click opens it alone."));
+        canvas_->setToolTip(tr("Click: listen to this camera. Double-click: open only this one."));
         canvas_->whenClicked = [this, hear] { hear(id); };
         canvas_->whenDoubleClicked = [this, openClip] { openClip(id); };
         auto* picture = new QHBoxLayout;

@@ -52,7 +52,7 @@ class BatchRenameSheet : public Sheet {
         const auto clips = desktop.controller().work().syncGroups().size();
         const QString all = translatedSentence(counted(clips, "clip", "clips"));
         add(facts(tr("All of the work is renamed (%1), whatever is selected.").arg(all)));
-        add(facts(tr("A clip that still bears its camera's file name is left alone.")));
+        add(facts(tr("A clip that still has its camera's file name keeps it.")));
 
         clear_ = button(tr("Clear all manual names"), Weight::quiet);
         clear_->setToolTip(

@@ -53,14 +53,14 @@ class FeedbackSheet : public Sheet {
         left->addWidget(sendsPicture_);
         auto* picture = new QLabel;
         picture->setPixmap(screenshot_.scaledToWidth(pictureWidth, Qt::SmoothTransformation));
-        picture->setAccessibleName(tr("The picture that goes along"));
+        picture->setAccessibleName(tr("Attached picture"));
         left->addWidget(picture);
         left->addStretch(1);
         along->addLayout(left);
         auto* right = new QVBoxLayout;
-        right->addWidget(label(tr("This report goes along. Change or delete what you like.")));
+        right->addWidget(label(tr("This report is attached. Change or delete what you like.")));
         report_ = new QPlainTextEdit;
-        report_->setAccessibleName(tr("The report that goes along"));
+        report_->setAccessibleName(tr("Attached report"));
         report_->setTabChangesFocus(true);
         report_->setPlainText(tr("Looking…"));
         report_->setFont(factsFont());

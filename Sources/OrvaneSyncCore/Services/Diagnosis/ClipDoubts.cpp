@@ -254,7 +254,7 @@ class ClipDoubts {
                      formatted("%.1f s", match.overlapDurationSeconds);
         }
         add(Kind::ambiguous,
-            std::to_string(group_.audioMatches.size()) + " recordings lie under " + name_ + " of " +
+            std::to_string(group_.audioMatches.size()) + " recordings overlap " + name_ + " of " +
                 formatted("%.1f s", length()) + " and none is clearly best: " + files,
             isSettled
                 ? "take off what does not belong to it, or lock the clip"
@@ -304,8 +304,7 @@ class ClipDoubts {
             const std::string without = others.without(folder, folderOf(*first.audio));
             add(Kind::ambiguous,
                 shoot_.nameOf(*first.audio) + " and " + shoot_.nameOf(*matches.front()->audio) +
-                    " lie under as much of " + name_ +
-                    ", neither is clearly best, and the first one is heard",
+                    " overlap as much of " + name_ + ", neither is clearly best, and the first one is heard",
                 without.empty()
                     ? "choose in the table of 'scan --review' clip by clip, as another clip may need the "
                       "other recording, or lock the clips"

@@ -24,7 +24,7 @@ struct Found {
     int recordings = 0;
 };
 
-/// How the recordings lie under the clips, by number, and the cards that they make up.
+/// How the recordings overlap the clips, by number, and the cards that they make up.
 ///
 /// A card is what is in one folder and of one day, or of one night that passes midnight by its dates, without
 /// the files that are copies or channels of others. Of recorders that make a folder for each take, it is what

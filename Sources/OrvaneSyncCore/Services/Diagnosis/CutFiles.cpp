@@ -30,9 +30,9 @@ std::string lengthsOf(const MediaAsset& file) {
     case Known::nothing:
         return " can't be read: nothing of it looks like a recording";
     case Known::whatIsThere:
-        if (!(heldShare > 0)) return " holds nothing of what its header promises";
+        if (!(heldShare > 0)) return " holds nothing of what its header states";
         return " ends early: " + clockText(length) + " of the " + clockText(length / heldShare) +
-               " that its header promises are there";
+               " that its header states are there";
     case Known::whatIsPromised:
         return " ends early: about " + clockText(length * heldShare) + " of its " + clockText(length) +
                " are there";

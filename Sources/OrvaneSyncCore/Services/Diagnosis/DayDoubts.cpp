@@ -159,7 +159,7 @@ class DayDoubts {
         if (isDateGivenToSeveralShoots_ && !(filmed && sound.place.statedDay == filmed))
             return doubt(
                 clip, Kind::otherDay,
-                namesOf(pair) + " has its date by --sound-date alone, and the files here are of more than " +
+                namesOf(pair) + " has its date only by --sound-date, and the files here are of more than " +
                     "one shoot" +
                     (sound.place.statedDay ? ": the recording itself says " + dayText(*sound.place.statedDay)
                                            : ""),
@@ -176,7 +176,7 @@ class DayDoubts {
             const std::string undated = shoot_.nameOf(recorded ? clip.group->video : *sound.asset);
             return doubt(
                 clip, Kind::otherDay,
-                namesOf(pair) + " fits by the time of day alone: " + undated +
+                namesOf(pair) + " fits only by the time of day: " + undated +
                     " has no date, and the files here are of more than one day" +
                     (areDaysMixed_ ? "" : ", or of an hour that came twice at the end of summer time"),
                 std::string(areDaysMixed_ ? "" : "choose in the table of 'scan --review', ") +
@@ -184,7 +184,7 @@ class DayDoubts {
                     cures_.dateOf(std::nullopt, clips, {}) + ", or lock the clip where it is right");
         }
         const std::string message = namesOf(pair) + " is of " + dayText(*recorded) + ", and the clip is of " +
-                                    dayText(*filmed) + "; they fit by the time of day alone";
+                                    dayText(*filmed) + "; they fit only by the time of day";
         const bool isOthers = isOfOwnDay_[shoot_.wholes.firstOf[shoot_.recordingByID.at(match.audio->id)]] &&
                               !isHeard(clip, sound);
         if (!pair.isFirst())
@@ -361,7 +361,7 @@ class DayDoubts {
                           std::to_string(other.clips) + " of " + counted(count, "clip", "clips") +
                           " fit recordings of " + dayText(other.day) + ", " + std::to_string(own.clips) +
                           " those of their own day" +
-                          (isOthers ? "; those recordings lie under clips of their day already" : ""),
+                          (isOthers ? "; those recordings overlap clips of their day already" : ""),
                       isOthers
                           ? lookForSoundOf(own.day) +
                                 ", and where the cameras' date is wrong, attach the recordings by hand, or "

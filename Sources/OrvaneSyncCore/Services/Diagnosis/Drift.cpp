@@ -46,7 +46,7 @@ void addDrift(const Shoot& shoot, SyncDoubts& doubts) {
                          {SyncDoubt::Kind::drift,
                           "the sound in '" + std::string(folders.second) + "' runs 0.1 % " +
                               (isSlow ? "slower" : "faster") + " than the clips in '" +
-                              std::string(folders.first) + "', as the microphones of the cameras heard at " +
+                              std::string(folders.first) + "', as the cameras' own sound shows at " +
                               "the head and at the tail of " + counted(count, "clip", "clips") +
                               ": after a minute it is 60 ms " + (isSlow ? "late" : "early"),
                           "ask the sound department at which rate the recorder ran (48.048 or 47.952 kHz "

@@ -76,7 +76,7 @@ class TimecodeDoubts {
         if (!clip.group->isMOS() || !(length > 0) || shoot_.input.recordings.empty()) return;
         std::string message =
             shoot_.nameOf(video) +
-            (clip.place ? " counts from 00:00:00:00, as cameras do that know no time" : " has no timecode") +
+            (clip.place ? " counts from 00:00:00:00, as cameras without a set clock do" : " has no timecode") +
             ", and no sound can be found for it";
         if (const auto seconds = writtenSeconds(video)) {
             message += "; it is dated " + momentText(*seconds);

@@ -36,7 +36,7 @@ void expectRoom(std::uint64_t bytes) {
     const auto space = std::filesystem::space(folder, unknown);
     if (unknown || space.available >= bytes) return;
     constexpr std::uint64_t megabyte = 1'000'000;
-    failWrite("there is too little room in " + folder + ": " + std::to_string(bytes / megabyte + 1) +
+    failWrite("there is too little space in " + folder + ": " + std::to_string(bytes / megabyte + 1) +
               " MB are needed and " + std::to_string(space.available / megabyte) + " MB are free");
 }
 

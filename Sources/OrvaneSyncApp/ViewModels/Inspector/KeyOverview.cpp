@@ -56,23 +56,18 @@ bool actsNow(ShortcutAction action, const ReviewSituation& now) {
 KeyGroup keysOfTheWindow(const ReviewSituation& now) {
     namespace keys = reviewKeys;
     KeyGroup group{"Window", {}};
-    const auto add = [&](const char* key, const char* label, const char* help, bool acts) {
-        group.rows.push_back({{}, key, label, help, acts});
+    const auto add = [&](const char* key, const char* label, bool acts) {
+        group.rows.push_back({{}, key, label, acts});
     };
-    add(keys::lens, "Sync Lens",
-        "Shows the frames before, at and after the clap beside the sound of that moment.", now.hasClip);
-    add(keys::attach, "Attach a recording", "Adds a recording of this shoot to the clip",
-        now.hasClip && !now.isLocked);
-    add("Ctrl+1–9", "Use This Recording",
-        "Settles the clip by one of its recordings, which then comes first.", now.hasChoice);
-    add(keys::applySuggestion, "Move as the other camera",
-        "Moves the sound of the clip as that of the suggested camera.", now.hasSuggestion);
-    add(keys::rename, "Rename Clip", "Gives the clip a name of its own; a blank one removes it.",
-        now.hasClip);
-    add(keys::approve, "Mark Synced", "Marks the clip, or takes the mark off, as in the list.", now.hasClip);
-    add(keys::multicam, "Open as Multicam", "Opens cameras of one take, each on its clap.", now.hasClip);
-    add(keys::leave, "Back to the results", "Back to the list of all clips", !now.isLooping);
-    add(keys::overview, "All keys", "What each key does here and now.", true);
+    add(keys::lens, "Sync Lens", now.hasClip);
+    add(keys::attach, "Attach a recording", now.hasClip && !now.isLocked);
+    add("Ctrl+1–9", "Use This Recording", now.hasChoice);
+    add(keys::applySuggestion, "Move as the other camera", now.hasSuggestion);
+    add(keys::rename, "Rename Clip", now.hasClip);
+    add(keys::approve, "Mark Synced", now.hasClip);
+    add(keys::multicam, "Open as Multicam", now.hasClip);
+    add(keys::leave, "Back to the results", !now.isLooping);
+    add(keys::overview, "All keys", true);
     return group;
 }
 
@@ -89,8 +84,7 @@ std::vector<KeyGroup> keyOverview(const ShortcutBindings& bindings, const Review
         const bool isReached =
             !shortcut.isUnbound() && actionFor(bindings, shortcut.key, shortcut.modifiers) == action;
         groups[static_cast<std::size_t>(category(action))].rows.push_back(
-            {action, keyText(shortcut), std::string(label(action)), std::string(helpText(action)),
-             isReached && actsNow(action, situation)});
+            {action, keyText(shortcut), std::string(label(action)), isReached && actsNow(action, situation)});
     }
     const std::string noKey = keyText(Shortcut::unbound);
     for (KeyGroup& group : groups)
@@ -113,8 +107,7 @@ std::vector<KeyGroup> multicamKeyOverview(const ShortcutBindings& bindings, bool
                               : row.key != reviewKeys::leave && row.key != reviewKeys::overview;
         });
     for (KeyGroup::Row& row : groups.back().rows)
-        if (row.key == reviewKeys::leave)
-            row = {{}, row.key, "Back", "Where the cameras were opened from", true};
+        if (row.key == reviewKeys::leave) row = {{}, row.key, "Back", true};
     std::erase_if(groups, [](const KeyGroup& group) { return group.rows.empty(); });
     return groups;
 }

@@ -40,7 +40,6 @@ struct KeyGroup {
         std::optional<ShortcutAction> action; ///< absent: the window's, which is not bound
         std::string key; ///< as the keyboard has it, such as "Shift+Right"; "—" without one
         std::string label;
-        std::string help;
         bool acts = false; ///< pressed now, it does something
 
         bool operator==(const Row&) const = default;

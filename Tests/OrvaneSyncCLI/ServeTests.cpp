@@ -371,6 +371,19 @@ TEST_F(ServeTest, anEditAnswersWhenTheClipHasBeenAnalysedAgain) {
     call("removeBlockOverride", onFirst(R"(,"overrideID":)" + range));
     EXPECT_EQ(tracks(), heard);
     EXPECT_NE(heard, "2");
+
+    // A range that is moved is one step to take back, and stays where the new place is refused.
+    call("addBlockOverride", onFirst(R"(,"startSeconds":0,"endSeconds":60,"trackIndex":2)"));
+    const auto ranges = [&] { return first("manualBlockOverrides"); };
+    const JSON before = ranges();
+    const std::string move = R"(,"startSeconds":30,"endSeconds":60,"overrideID":)" +
+                             before.elements()->front().find("id")->dump() + R"(,"trackIndex":)";
+    EXPECT_NE(failure("addBlockOverride", onFirst(move + "7")), "");
+    EXPECT_TRUE(ranges() == before);
+    call("addBlockOverride", onFirst(move + "1"));
+    EXPECT_EQ(ranges().elements()->size(), 1U);
+    call("undo");
+    EXPECT_TRUE(ranges() == before);
 }
 
 TEST_F(ServeTest, keepsSessionsAndSettings) {

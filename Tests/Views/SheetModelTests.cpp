@@ -4,7 +4,9 @@
 #include "OrvaneSyncApp/ViewModels/Results/WarningWords.h"
 #include "OrvaneSyncApp/ViewModels/Sheets/AtmoBuilderModel.h"
 #include "OrvaneSyncApp/ViewModels/Sheets/Feedback.h"
+#include "OrvaneSyncApp/ViewModels/Sheets/ReportTexts.h"
 #include "OrvaneSyncApp/ViewModels/Sheets/SegmentPlayer.h"
+#include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
 #include "Platform/Files.h"
 #include "Platform/Stop.h"
 #include "Support/TemporaryDirectory.h"
@@ -28,6 +30,17 @@ AtmoCandidate candidate(double seconds) {
 }
 
 } // namespace
+
+TEST(ReportTexts, NameRowsAndTheColumnsThatGoOn) {
+    const ALEFile report = ALEParser().parse("Scene,Take,File Name,sensor_fps,Comments,Lens\n"
+                                             "12,3,A001.mov,100,good,\n12,4,,,,\n,,,25,,\n");
+    EXPECT_EQ(reportTexts::nameOfRow(report, 0), "A001.mov");
+    EXPECT_EQ(reportTexts::nameOfRow(report, 1), "12-4");
+    EXPECT_EQ(reportTexts::nameOfRow(report, 2), "row 3");
+    const reportTexts::Columns columns = reportTexts::columnsOf(report);
+    EXPECT_EQ(columns.inDocument, (std::vector<std::string>{"Scene", "Take", "sensor_fps"}));
+    EXPECT_EQ(columns.shownOnly, (std::vector<std::string>{"File Name", "Comments"}));
+}
 
 TEST(DoubtCures, SayForTheWindowWhatTheTerminalHasOptionsFor) {
     struct Case {

@@ -80,6 +80,7 @@ void ReportController::forget() {
     aleFile_.reset();
     aleImportError_.reset();
     aleMatchStatus_.reset();
+    rowsWithoutClip_.clear();
 }
 
 void ReportController::clear() {
@@ -88,21 +89,24 @@ void ReportController::clear() {
     work_.notify(ImportField::report);
 }
 
-std::optional<std::string> ReportController::Merging::lay(SyncGroupList& groups,
-                                                          const std::stop_token& stop) const {
+std::optional<ReportController::Laid> ReportController::Merging::lay(SyncGroupList& groups,
+                                                                     const std::stop_token& stop) const {
     if (!report || groups.empty()) return std::nullopt;
-    return aleMatchStatusMessage(MetadataMerger().merge(*report, groups, strategy, stop), strategy);
+    const MetadataMerger merger;
+    return Laid{aleMatchStatusMessage(merger.merge(*report, groups, strategy, stop), strategy),
+                merger.rowsWithoutClip(*report, groups, strategy, stop)};
 }
 
 ReportController::Merging ReportController::merging() const {
     return {aleFile_, aleMatchStrategyFromDefaults()};
 }
 
-void ReportController::merged(const Merging& merging, std::optional<std::string> status) {
+void ReportController::merged(const Merging& merging, std::optional<Laid> laid) {
     if (merging.report != aleFile_) {
         work_.running.add(merge(work_.weak(this))); // another one was loaded meanwhile
-    } else if (status) {
-        aleMatchStatus_ = std::move(status);
+    } else if (laid) {
+        aleMatchStatus_ = std::move(laid->status);
+        rowsWithoutClip_ = std::move(laid->rowsWithoutClip);
         work_.notify(ImportField::report);
     }
 }
@@ -116,17 +120,17 @@ platform::Task ReportController::merge(std::weak_ptr<ReportController> weak) {
         const Merging merging = self->merging();
         auto laying = platform::onQueue(*self->work_.documents, self->work_.environment.mainThread,
                                         [merging, groups = before](const std::stop_token& stop) mutable {
-                                            auto status = merging.lay(groups, stop);
-                                            return std::pair(std::move(groups), std::move(status));
+                                            auto laid = merging.lay(groups, stop);
+                                            return std::pair(std::move(groups), std::move(laid));
                                         });
         self.reset();
-        auto [groups, status] = co_await laying;
+        auto [groups, laid] = co_await laying;
         self = weak.lock();
         if (!self || self->aleFile_ != merging.report) co_return;
         if (!self->work_.syncGroups().changesSince(before).empty()) continue;
-        self->work_.notices.together([&, &made = groups] {
+        self->work_.notices.together([&, &made = groups, &rows = laid] {
             self->work_.changeClips([&](SyncGroupList& clips) { clips = std::move(made); });
-            self->merged(merging, std::move(status));
+            self->merged(merging, std::move(rows));
         });
         co_return;
     }

@@ -11,6 +11,7 @@
 #include <optional>
 #include <stop_token>
 #include <string>
+#include <vector>
 
 namespace orvane {
 
@@ -20,11 +21,13 @@ class ReportController {
     explicit ReportController(OpenWork& work) : work_(work) {}
 
     /// The report that is loaded, and where it lies; `ImportField::report` is the change of any of these
-    /// four.
+    /// five.
     const std::shared_ptr<const ALEFile>& aleFile() const { return aleFile_; }
     const std::optional<FileURL>& aleFileURL() const { return aleFileURL_; }
     /// Why the last report could not be loaded, with the file's name; absent when it was.
     const std::optional<std::string>& aleImportError() const { return aleImportError_; }
+    /// Of the loaded report, those that name none of the clips over which it was laid last.
+    const std::vector<std::size_t>& rowsWithoutClip() const { return rowsWithoutClip_; }
     /// The last message of a report merge; absent without a report.
     const std::optional<std::string>& aleMatchStatus() const { return aleMatchStatus_; }
 
@@ -36,18 +39,22 @@ class ReportController {
     /// keeps its path, and no output goes over it.
     platform::Task loadALEOfProject(FileURL url);
 
+    /// What came of it.
+    struct Laid {
+        std::string status;
+        std::vector<std::size_t> rowsWithoutClip;
+    };
     /// The loaded report and how it finds its clips, for another thread.
     struct Merging {
         std::shared_ptr<const ALEFile> report; ///< null: none
         ALEMatchStrategy strategy;
 
-        /// Changes the clips that a row belongs to; gives what to say of it, nothing without a report. Throws
-        /// Stopped.
-        std::optional<std::string> lay(SyncGroupList& groups, const std::stop_token& stop) const;
+        /// Changes the clips that a row belongs to; gives nothing without a report. Throws Stopped.
+        std::optional<Laid> lay(SyncGroupList& groups, const std::stop_token& stop) const;
     };
     Merging merging() const;
     /// For a scan: its clips stand, with what this made of them.
-    void merged(const Merging& merging, std::optional<std::string> status);
+    void merged(const Merging& merging, std::optional<Laid> laid);
     /// Forgets the report; what it said of the clips stays.
     void clear();
 
@@ -78,6 +85,7 @@ class ReportController {
     std::shared_ptr<const ALEFile> aleFile_;
     std::optional<std::string> aleImportError_;
     std::optional<std::string> aleMatchStatus_;
+    std::vector<std::size_t> rowsWithoutClip_;
     std::optional<platform::Task> loading_;
 };
 

@@ -19,7 +19,7 @@ struct Matches {
     SyncGroupList groups;
     std::vector<WildTrack> wild;
     MatchedBy by;
-    std::optional<std::string> reportStatus;
+    std::optional<ReportController::Laid> report;
 };
 
 std::vector<WildTrack> unclaimed(const std::vector<MediaAsset>& audioAssets, const SyncGroupList& groups) {
@@ -234,7 +234,7 @@ platform::Task ScanController::match(std::weak_ptr<ScanController> weak, std::ui
             made.by = MatchedBy::of(corrections, rateOfMostClips(scanned->videoAssets));
             made.groups = engine.match(scanned->videoAssets, scanned->audioAssets, made.by.rules, stop);
             made.wild = unclaimed(scanned->audioAssets, made.groups);
-            made.reportStatus = merging.lay(made.groups, stop);
+            made.report = merging.lay(made.groups, stop);
             if (edit) edit(made.groups, scanned->audioAssets, made.by.rules);
             made.groups.makeIndex();
             return made;
@@ -248,7 +248,7 @@ platform::Task ScanController::match(std::weak_ptr<ScanController> weak, std::ui
         if (self->scanResult_ != outcome->scanResult) self->show(*outcome);
         self->work_.adoptScan(std::move(made.groups), std::move(made.wild), std::move(made.by), outcome, of);
         self->smartAudio_.caches().removeAll();
-        self->reports_.merged(merging, std::move(made.reportStatus));
+        self->reports_.merged(merging, std::move(made.report));
         if (self->whenMatched) self->whenMatched();
     });
 }

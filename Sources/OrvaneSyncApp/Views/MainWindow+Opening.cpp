@@ -1,11 +1,13 @@
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/ViewModels/Results/CardOrder.h"
+#include "OrvaneSyncApp/ViewModels/Sheets/ReportTexts.h"
 #include "OrvaneSyncApp/Views/Background.h"
 #include "OrvaneSyncApp/Views/DropFrame.h"
 #include "OrvaneSyncApp/Views/MainWindow.h"
 #include "OrvaneSyncApp/Views/RecentPlaces.h"
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
 #include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
+#include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/StartView.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
@@ -227,6 +229,15 @@ void MainWindow::dropEvent(QDropEvent* event) {
         if (!desktop_.isEnabled("loadALE"))
             return banner_->show(Signal::doubtful,
                                  tr("“%1” is a report: drop it again when the scan has ended.")
+void MainWindow::tellReport() {
+    const ReportController& reports = desktop_.controller().reports();
+    if (!reports.aleMatchStatus()) return;
+    QString said = translatedSentence(*reports.aleMatchStatus());
+    if (const std::string rows = reportTexts::rowsWithoutClip(reports); !rows.empty())
+        said += QStringLiteral(". ") + translatedSentence(rows) + QStringLiteral(".");
+    banner_->show(Signal::none, said, tr("Report…"), [this] { showReport(desktop_, this); });
+}
+
                                      .arg(QFileInfo(paths.first()).fileName()));
         JSON arguments = JSON::object();
         arguments.set("path", utf8(paths.first()));

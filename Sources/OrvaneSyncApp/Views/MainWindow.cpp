@@ -150,9 +150,7 @@ void MainWindow::observe() {
         if (field == ImportField::lockit)
             if (const auto& status = desktop_.controller().lockit().lockitSyncStatus())
                 banner_->show(Signal::none, translatedSentence(*status));
-        if (field == ImportField::report)
-            if (const auto& status = desktop_.controller().reports().aleMatchStatus())
-                banner_->show(Signal::none, translatedSentence(*status));
+        if (field == ImportField::report) tellReport();
         if (field == ImportField::smartAudio) tellAnalysis();
         // Many fields change at once; the window follows when they all stand.
         if (std::exchange(isUpdateScheduled_, true)) return;

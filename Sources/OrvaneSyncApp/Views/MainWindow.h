@@ -95,6 +95,8 @@ class MainWindow : public QMainWindow {
     /// To the screen in front; of the list its rows have it.
     void takeKeyboard();
     void showScreen(Screen screen);
+    /// How many clips the report that was loaded has found, with the way to what it has not.
+    void tellReport();
     /// Back to the list, on the clip that was in view.
     void showResults();
     /// Escape: to the screen that this one was opened from.

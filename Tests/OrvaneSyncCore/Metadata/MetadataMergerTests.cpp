@@ -40,6 +40,9 @@ TEST(MetadataMerger, pairsARowWithItsClip) {
         const auto result = MetadataMerger().merge(report(rows), groups, strategy);
         EXPECT_EQ(result, (MetadataMerger::MergeResult{expected ? 1 : 0, 2}));
         EXPECT_EQ(groups[1].aleMetadata, expected);
+        if (rows.size() == 2) {
+            EXPECT_EQ(MetadataMerger().rowsWithoutClip(report(rows), groups, strategy).empty(), !!expected);
+        }
         EXPECT_FALSE(groups[0].aleMetadata);
         EXPECT_FALSE(before[1].aleMetadata); // an earlier copy of the list stays as it was
     };

@@ -19,6 +19,8 @@ void showAtmoBuilder(Desktop& desktop, QWidget* parent);
 void showDiagnostics(Desktop& desktop, QWidget* parent);
 /// A message with a picture of the window and a report, both of which are shown before anything leaves.
 void showFeedback(Desktop& desktop, QWidget* parent);
+/// What came of the report that is loaded; nothing without one.
+void showReport(Desktop& desktop, QWidget* parent);
 void showAbout(QWidget* parent);
 
 /// Says which outside services there are, once that is known: entries for others are absent.

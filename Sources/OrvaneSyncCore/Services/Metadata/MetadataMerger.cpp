@@ -9,6 +9,7 @@
 #include <array>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -39,6 +40,39 @@ void applyFields(SyncGroup& group, Fields fields) {
     if (!scene.empty() && !take.empty()) group.clipName = scene + "-" + take;
     if (const auto rate = MetadataMerger::lookupSensorFPS(fields)) group.video.sensorFrameRate = rate;
     group.aleMetadata = std::move(fields);
+}
+
+/// What a row names a clip by in a chosen column: its name, its file and its reel.
+std::array<std::string, 3> keysOf(const SyncGroup& group) {
+    const std::string stem = group.video.filenameStem();
+    return {group.video.normalizedName(), group.video.filename, stem.substr(0, stem.find('_'))};
+}
+
+/// The name of the recording, and that of the take whose channels lie in files of their own.
+std::array<std::string, 2> keysOf(const AudioMatch& match) {
+    const std::string name = match.audio->normalizedName();
+    return {name, name.substr(0, name.rfind('_')) + "_x"};
+}
+
+/// Empty for the name of a camera file. Recorders also leave the extension out, and a point in a name
+/// begins none then.
+std::string recordingName(std::string_view cell) {
+    const FileURL file{std::string(platform::text::trimmed(cell.substr(cell.find_last_of("/\\") + 1)))};
+    const auto kind = assetKindFrom(file);
+    if (kind == AssetKind::video) return {};
+    return kind ? normalisedFilename(file.path) : platform::text::lowercased(file.path);
+}
+
+std::vector<std::string> columnsOfFiles(const ALEFile& report) {
+    std::vector<std::string> columns;
+    for (const std::string_view column : report.columns())
+        if (ReportColumns::namesFiles(column)) columns.emplace_back(column);
+    return columns;
+}
+
+bool isByColumn(const ALEMatchStrategy& strategy) {
+    return strategy.kind == ALEMatchStrategy::Kind::column &&
+           !platform::text::trimmed(strategy.columnName).empty();
 }
 
 // A report may have a million rows, and a shoot some thousand clips: each index below holds the names that
@@ -106,11 +140,6 @@ class RowsByColumn {
     }
 
   private:
-    /// Its name, its file and its reel.
-    static std::array<std::string, 3> keysOf(const SyncGroup& group) {
-        const std::string stem = group.video.filenameStem();
-        return {group.video.normalizedName(), group.video.filename, stem.substr(0, stem.find('_'))};
-    }
     struct Entry {
         std::vector<std::size_t> rows; ///< in file order
         std::optional<Fields> merged;
@@ -147,16 +176,8 @@ class RowsBySound {
     }
 
   private:
-    /// The name of the recording, and that of the take whose channels lie in files of their own.
-    static std::array<std::string, 2> keysOf(const AudioMatch& match) {
-        const std::string name = match.audio->normalizedName();
-        return {name, name.substr(0, name.rfind('_')) + "_x"};
-    }
-
     Rows rowsByRecording() const {
-        std::vector<std::string> columns;
-        for (const std::string_view column : report_.columns())
-            if (ReportColumns::namesFiles(column)) columns.emplace_back(column);
+        const std::vector<std::string> columns = columnsOfFiles(report_);
         Rows rows;
         for (const SyncGroup& group : groups_)
             for (const AudioMatch& match : group.audioMatches)
@@ -171,15 +192,6 @@ class RowsBySound {
             }
         }
         return rows;
-    }
-
-    /// Empty for the name of a camera file. Recorders also leave the extension out, and a point in a name
-    /// begins none then.
-    static std::string recordingName(std::string_view cell) {
-        const FileURL file{std::string(platform::text::trimmed(cell.substr(cell.find_last_of("/\\") + 1)))};
-        const auto kind = assetKindFrom(file);
-        if (kind == AssetKind::video) return {};
-        return kind ? normalisedFilename(file.path) : platform::text::lowercased(file.path);
     }
 
     const ALEFile& report_;
@@ -209,11 +221,41 @@ MetadataMerger::MergeResult mergeRows(const ALEFile& report, Rows rows, SyncGrou
 MetadataMerger::MergeResult MetadataMerger::merge(const ALEFile& aleFile, SyncGroupList& groups,
                                                   const ALEMatchStrategy& strategy,
                                                   const std::stop_token& stop) const {
-    const bool byColumn = strategy.kind == ALEMatchStrategy::Kind::column &&
-                          !platform::text::trimmed(strategy.columnName).empty();
-    return byColumn
+    return isByColumn(strategy)
                ? mergeRows(aleFile, RowsByColumn(aleFile, groups, strategy.columnName, stop), groups, stop)
                : mergeRows(aleFile, RowsByName(aleFile, groups, stop), groups, stop);
+}
+
+std::vector<std::size_t> MetadataMerger::rowsWithoutClip(const ALEFile& aleFile, const SyncGroupList& groups,
+                                                         const ALEMatchStrategy& strategy,
+                                                         const std::stop_token& stop) const {
+    const bool byColumn = isByColumn(strategy);
+    std::unordered_set<std::string> clips, recordings;
+    for (const SyncGroup& group : groups) {
+        if (byColumn)
+            for (std::string& key : keysOf(group)) clips.insert(std::move(key));
+        else
+            clips.insert(group.video.normalizedName());
+        for (const AudioMatch& match : group.audioMatches)
+            for (std::string& key : keysOf(match)) recordings.insert(std::move(key));
+    }
+    const std::vector<std::string> columns = columnsOfFiles(aleFile);
+    const auto namesClip = [&](const ALEClip& row) {
+        const std::string text(row.cell(byColumn ? strategy.columnName : "Name").value_or(""));
+        if (!text.empty() && (clips.contains(normalisedFilename(text)) || (byColumn && clips.contains(text))))
+            return true;
+        return std::ranges::any_of(columns, [&](const std::string& column) {
+            const std::string name = recordingName(row.cell(column).value_or(""));
+            return !name.empty() && recordings.contains(name);
+        });
+    };
+    std::vector<std::size_t> rows;
+    platform::StopCheck check(stop);
+    for (std::size_t row = 0; row < aleFile.clipCount(); ++row) {
+        check();
+        if (!namesClip(aleFile.clip(row))) rows.push_back(row);
+    }
+    return rows;
 }
 
 std::optional<double> MetadataMerger::lookupSensorFPS(const Fields& fields) {

@@ -3,10 +3,12 @@
 #include "OrvaneSyncCore/Models/ALEFile.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 
+#include <cstddef>
 #include <map>
 #include <optional>
 #include <stop_token>
 #include <string>
+#include <vector>
 
 namespace orvane {
 
@@ -46,6 +48,12 @@ class MetadataMerger {
     /// Throws Stopped; some of the clips are changed then.
     MergeResult merge(const ALEFile& aleFile, SyncGroupList& groups, const ALEMatchStrategy& strategy,
                       const std::stop_token& stop = {}) const;
+
+    /// The rows that name none of these clips, and no recording of theirs, in the order of the report. Throws
+    /// Stopped.
+    std::vector<std::size_t> rowsWithoutClip(const ALEFile& aleFile, const SyncGroupList& groups,
+                                             const ALEMatchStrategy& strategy,
+                                             const std::stop_token& stop = {}) const;
 
     /// The rate of the sensor in frames per second, from the first of the columns that may tell it whose cell
     /// is a number above 0. Case, blanks and "_" in the columns' names do not count; of two columns whose

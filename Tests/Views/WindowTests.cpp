@@ -401,6 +401,10 @@ TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {
     EXPECT_NE(folder_.read("out.fcpxml").find("<fcpxml"), std::string::npos);
 
     // The card is pulled out.
+    press(exporting, "Cancel");
+    ASSERT_TRUE(waitUntil([&] { return outcome->text().contains("was cancelled"); }));
+    EXPECT_EQ(folder_.read("out.fcpxml"), "somebody else's");
+    press(exporting, "Export");
     std::filesystem::rename(folder_.path("shoot"), folder_.path("away"));
     JSON arguments = JSON::object();
     arguments.set("mode", "standard");

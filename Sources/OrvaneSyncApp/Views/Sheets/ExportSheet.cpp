@@ -153,7 +153,7 @@ ExportSheet::ExportSheet(Desktop& desktop, QWidget* parent) : QDialog(parent), d
     buttons->addWidget(write_ = button(tr("Export"), Glyph::exportDocument, Weight::primary));
     write_->setDefault(true);
     rows->addLayout(buttons);
-    connect(close_, &QPushButton::clicked, this, [this] { accept(); });
+    connect(close_, &QPushButton::clicked, this, [this] { stopOrClose(); });
     connect(write_, &QPushButton::clicked, this, [this] { write(); });
     connect(suggestion_, &QPushButton::clicked, this, [this] { event_->setText(suggestion_->text()); });
 
@@ -356,8 +356,11 @@ void ExportSheet::writeTo(const QString& place) {
     arguments.set("eventName", utf8(event_->text().trimmed()));
     arguments.set("version", readers[version_->currentIndex()].version);
     if (mayReplace_) arguments.set("overwrite", true);
+    outcome_->show(Signal::none, tr("The document is being written: %1").arg(place));
+    close_->setText(tr("Cancel"));
+    fitHeight();
     const QPointer self(this); // the sheet may be closed meanwhile
-    desktop_.run(
+    const platform::Task writing = desktop_.run(
         "exportFCPXML", std::move(arguments),
         [self](const JSON& answer) {
             if (self) self->written(answer);
@@ -365,8 +368,28 @@ void ExportSheet::writeTo(const QString& place) {
         [self](const QString& why) {
             if (!self) return;
             self->refuse(Signal::missing, why);
-            self->write_->setEnabled(true);
         });
+    writing_ = writing;
+    writing.whenDone([self](const std::exception_ptr& raised) {
+        if (!self) return;
+        self->writing_.reset();
+        self->write_->setEnabled(true);
+        try {
+            if (raised) std::rethrow_exception(raised);
+        } catch (const platform::Stopped&) {
+            self->outcome_->show(Signal::none, tr("The export was cancelled; no document was written."));
+        } catch (const std::exception&) {
+            return; // has been said
+        }
+    });
+}
+
+void ExportSheet::stopOrClose() { writing_ ? writing_->requestStop() : reject(); }
+
+/// Also when the program is left: half a document never stands at its place.
+void ExportSheet::reject() {
+    if (writing_) writing_->requestStop();
+    QDialog::reject();
 }
 
 void ExportSheet::written(const JSON& answer) {
@@ -402,7 +425,6 @@ void ExportSheet::written(const JSON& answer) {
             },
             Qt::QueuedConnection);
     close_->setText(tr("Done"));
-    write_->setEnabled(true);
     mayReplace_ = true; // what was just written
     if (openWhenDone_->isChecked() && !QDesktopServices::openUrl(QUrl::fromLocalFile(place)))
         outcome_->show(Signal::doubtful,

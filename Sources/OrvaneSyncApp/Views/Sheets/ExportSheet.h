@@ -6,6 +6,7 @@
 #include <QDialog>
 
 #include <functional>
+#include <optional>
 
 class QCheckBox;
 class QComboBox;
@@ -18,6 +19,8 @@ namespace orvane::views {
 class ExportSheet : public QDialog {
   public:
     explicit ExportSheet(Desktop& desktop, QWidget* parent = nullptr);
+    /// Ends an export that is under way.
+    void reject() override;
 
   protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -36,6 +39,8 @@ class ExportSheet : public QDialog {
     void choosePlace();
     void write();
     void writeTo(const QString& place);
+    /// The button beside "Export": while the document is written, it stops that.
+    void stopOrClose();
     void written(const JSON& answer);
     void setOption(std::string_view key, JSON value);
 
@@ -53,7 +58,8 @@ class ExportSheet : public QDialog {
     design::Banner* outcome_;
     QScrollArea* sections_;
     QLabel* warnings_;
-    QString missing_;           ///< media of the document that are not there; empty until that was looked at
+    QString missing_; ///< media of the document that are not there; empty until that was looked at
+    std::optional<platform::Task> writing_;
     bool isPlaceGiven_ = false; ///< by hand
     bool mayReplace_ = false;   ///< the user has agreed to replace this file
     platform::Subscription observation_;

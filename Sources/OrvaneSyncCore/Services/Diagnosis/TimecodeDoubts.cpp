@@ -74,10 +74,10 @@ class TimecodeDoubts {
         const MediaAsset& video = clip.group->video;
         const double length = video.durationSeconds.value_or(0);
         if (!clip.group->isMOS() || !(length > 0) || shoot_.input.recordings.empty()) return;
-        std::string message =
-            shoot_.nameOf(video) +
-            (clip.place ? " counts from 00:00:00:00, as cameras without a set clock do" : " has no timecode") +
-            ", and no sound can be found for it";
+        std::string message = shoot_.nameOf(video) +
+                              (clip.place ? " counts from 00:00:00:00, as cameras without a set clock do"
+                                          : " has no timecode") +
+                              ", and no sound can be found for it";
         if (const auto seconds = writtenSeconds(video)) {
             message += "; it is dated " + momentText(*seconds);
             if (const auto sound = soundAt(*seconds, length)) {

@@ -228,7 +228,12 @@ TEST_F(WindowTest, WhatIsDroppedGoesWhereItBelongs) {
     }));
     QTest::keyClick(window_->focusWidget(), Qt::Key_Return);
     ASSERT_TRUE(window_->isScanning());
+    const auto scans = desktop_->controller().scan().scanNumber();
+    drop({"shoot"});
+    EXPECT_TRUE(bannerText().startsWith("A scan is under way"));
     ASSERT_TRUE(waitUntil([&] { return !window_->isScanning(); }));
+    EXPECT_EQ(desktop_->controller().scan().scanNumber(), scans) << "which other folders do not end";
+    EXPECT_FALSE(work().syncGroups().empty());
     drop({"report.csv"});
     EXPECT_TRUE(waitUntil([&] { return bannerText().startsWith("Report loaded: "); }))
         << bannerText().toStdString();
@@ -396,15 +401,15 @@ TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {
     ASSERT_TRUE(waitUntil([&] { return outcome->text().contains("already"); }));
     EXPECT_EQ(folder_.read("out.fcpxml"), "somebody else's");
     QTest::keyClick(exporting.focusWidget(), Qt::Key_Return); // answers "Replace It"
+    press(exporting, "Cancel");
+    ASSERT_TRUE(waitUntil([&] { return outcome->text().contains("was cancelled"); }));
+    EXPECT_EQ(folder_.read("out.fcpxml"), "somebody else's");
+    press(exporting, "Export");
     ASSERT_TRUE(waitUntil([&] { return outcome->text().startsWith("Written"); }))
         << outcome->text().toStdString();
     EXPECT_NE(folder_.read("out.fcpxml").find("<fcpxml"), std::string::npos);
 
     // The card is pulled out.
-    press(exporting, "Cancel");
-    ASSERT_TRUE(waitUntil([&] { return outcome->text().contains("was cancelled"); }));
-    EXPECT_EQ(folder_.read("out.fcpxml"), "somebody else's");
-    press(exporting, "Export");
     std::filesystem::rename(folder_.path("shoot"), folder_.path("away"));
     JSON arguments = JSON::object();
     arguments.set("mode", "standard");

@@ -17,8 +17,10 @@
 #include <QPointer>
 #include <QSettings>
 #include <QStackedWidget>
+#include <QTimer>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 
 namespace orvane::views {
@@ -47,6 +49,8 @@ void sortOutFolders(QObject* context, const QStringList& paths, Done done) {
         },
         std::move(done));
 }
+
+constexpr std::chrono::milliseconds openingShownAfter{300};
 
 /// Stands while the newest session is read: a start that finds it would end in the same way.
 QString openingKey() { return QStringLiteral("opening"); }
@@ -85,20 +89,35 @@ void MainWindow::openNewestSession() {
     places.sync();
     JSON arguments = JSON::object();
     arguments.set("sessionId", newest.id.text());
+    const QString underWay = tr("Opening the session “%1”…").arg(text(newest.name));
+    QTimer::singleShot(openingShownAfter, this, [this, underWay] {
+        if (opening_ && banner_->text().isEmpty()) banner_->show(Signal::none, underWay);
+    });
     opening_ =
         desktop_.run("loadSession", std::move(arguments), {}, [this, id = newest.id](const QString& why) {
             if (desktop_.sessions().session(id) == nullptr)
                 banner_->show(Signal::missing, why); // else another one was opened
         });
-    opening_->whenDone([self = QPointer(this), newest](const std::exception_ptr& raised) {
+    opening_->whenDone([self = QPointer(this), newest, underWay](const std::exception_ptr& raised) {
         QSettings().remove(openingKey());
         if (!self) return;
         self->opening_.reset();
+        if (self->banner_->text() == underWay) self->banner_->clear();
         // Of a session whose clips can't be read there may be sound without picture, which is no way on.
         if (self->desktop_.controller().work().syncGroups().empty() && self->desktop_.sessions().problem())
             self->prepareScan();
         if (!raised && self->desktop_.sessions().currentSessionId() == newest.id) self->tellOpened(newest);
     });
+}
+
+void MainWindow::leaveBannerOfOtherSession() {
+    const auto& id = desktop_.sessions().currentSessionId();
+    const SessionInfo* session = id ? desktop_.sessions().session(*id) : nullptr;
+    // One that a scan has just begun has no clips yet; what was said of the scan holds.
+    if (session == nullptr || session->groupCount == 0) return;
+    banner_->clear();
+    if (const auto& problem = desktop_.sessions().problem())
+        banner_->show(Signal::doubtful, translatedSentence(*problem));
 }
 
 void MainWindow::tellOpened(const SessionInfo& session) {
@@ -125,8 +144,17 @@ void MainWindow::prepareScan() {
     updateActions();
 }
 
+bool MainWindow::refusesDuringScan() {
+    if (!scan_) return false;
+    banner_->show(
+        Signal::doubtful,
+        tr("A scan is under way. Folders and projects are taken when it has ended or was cancelled."));
+    return true;
+}
+
 void MainWindow::openPaths(const QStringList& paths) {
-    if (!paths.isEmpty()) stopOpening();
+    if (paths.isEmpty() || refusesDuringScan()) return;
+    stopOpening();
     if (isProject(paths)) return openProject(paths.first());
     if (paths.isEmpty()) return;
     sortOutFolders(this, paths, [this, paths](const QStringList& cards) {
@@ -201,6 +229,15 @@ void MainWindow::tellSettingsOfFolder() {
                   tr("Settings…"), [this] { SettingsWindow(desktop_, this).exec(); });
 }
 
+void MainWindow::tellReport() {
+    const ReportController& reports = desktop_.controller().reports();
+    if (!reports.aleMatchStatus()) return;
+    QString said = translatedSentence(*reports.aleMatchStatus());
+    if (const std::string rows = reportTexts::rowsWithoutClip(reports); !rows.empty())
+        said += QStringLiteral(". ") + translatedSentence(rows) + QStringLiteral(".");
+    banner_->show(Signal::none, said, tr("Report…"), [this] { showReport(desktop_, this); });
+}
+
 void MainWindow::openProject(const QString& path) {
     RecentPlaces::add({QFileInfo(path).absoluteFilePath()});
     JSON arguments = JSON::object();
@@ -224,20 +261,12 @@ void MainWindow::dropEvent(QDropEvent* event) {
     const QStringList paths = droppedPaths(event->mimeData());
     stopOpening();
     banner_->clear(); // what was said of a drop before
+    if (!isReport(paths) && refusesDuringScan()) return;
     if (isProject(paths)) return openProject(paths.first());
     if (isReport(paths)) {
         if (!desktop_.isEnabled("loadALE"))
             return banner_->show(Signal::doubtful,
                                  tr("“%1” is a report: drop it again when the scan has ended.")
-void MainWindow::tellReport() {
-    const ReportController& reports = desktop_.controller().reports();
-    if (!reports.aleMatchStatus()) return;
-    QString said = translatedSentence(*reports.aleMatchStatus());
-    if (const std::string rows = reportTexts::rowsWithoutClip(reports); !rows.empty())
-        said += QStringLiteral(". ") + translatedSentence(rows) + QStringLiteral(".");
-    banner_->show(Signal::none, said, tr("Report…"), [this] { showReport(desktop_, this); });
-}
-
                                      .arg(QFileInfo(paths.first()).fileName()));
         JSON arguments = JSON::object();
         arguments.set("path", utf8(paths.first()));

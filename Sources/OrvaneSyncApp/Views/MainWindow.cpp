@@ -173,7 +173,10 @@ void MainWindow::observe() {
                               .arg(translatedSentence(*desktop_.sessions().lastSaveError())));
         if (field == SessionField::settingsOfFolder) tellSettingsOfFolder();
         // The start page that was asked for was that of another session.
-        if (field == SessionField::currentSessionId) wantsStart_ = false;
+        if (field == SessionField::currentSessionId) {
+            wantsStart_ = false;
+            leaveBannerOfOtherSession();
+        }
         updateStatus();
     });
     // A clip that leaves the work leaves its screen.

@@ -78,6 +78,10 @@ class MainWindow : public QMainWindow {
     void tellLost(const ClipDecisions& lost);
     /// Where the folders that are scanned are those of a session.
     void offerKnownSession();
+    /// Says so where a scan runs, which other folders would end.
+    bool refusesDuringScan();
+    /// Where a session was opened, what was said of the work before goes.
+    void leaveBannerOfOtherSession();
     void tellOpened(const SessionInfo& session);
     /// What is named or dropped takes the place of the session that the start opens.
     void stopOpening();
@@ -91,12 +95,12 @@ class MainWindow : public QMainWindow {
     void orderCards();
     /// Of the session that was opened: which settings its folder has changed.
     void tellSettingsOfFolder();
+    /// How many clips the report that was loaded has found, with the way to what it has not.
+    void tellReport();
     void showPage();
     /// To the screen in front; of the list its rows have it.
     void takeKeyboard();
     void showScreen(Screen screen);
-    /// How many clips the report that was loaded has found, with the way to what it has not.
-    void tellReport();
     /// Back to the list, on the clip that was in view.
     void showResults();
     /// Escape: to the screen that this one was opened from.

@@ -86,6 +86,8 @@ void ScanningView::showProgress() {
         const double passed = std::chrono::duration<double>(platform::systemClock()->now() - began_).count();
         if (const auto left = secondsLeft(progress.fraction(), passed))
             counts += tr(", %1 to go").arg(text(clockText(*left)));
+    } else if (const auto& read = scan.scanResult(); read && scan.scanState() == ScanState::matching) {
+        counts = tr("%1 clips, %2 recordings").arg(read->videoAssets.size()).arg(read->audioAssets.size());
     }
     counts_->setText(counts);
     file_->setText(file_->fontMetrics().elidedText(text(progress.file), Qt::ElideMiddle, barWidth));

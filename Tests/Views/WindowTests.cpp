@@ -15,6 +15,7 @@
 #include <QInputDialog>
 #include <QKeyEvent>
 #include <QMimeData>
+#include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QSettings>
@@ -362,7 +363,10 @@ TEST_F(WindowTest, AStartOpensTheNewestSessionOrSaysWhyNot) {
         QCoreApplication::processEvents();
     };
     const auto page = [&] { return window_->findChild<QStackedWidget*>()->currentIndex(); };
+    window_->resize(4000, 3000); // on a larger screen than the next time
+    window_->close();
     start();
+    EXPECT_LE(window_->height(), window_->screen()->availableGeometry().height());
     EXPECT_TRUE(clip("A001C001").isLocked);
     EXPECT_EQ(page(), 2);
     press(*window_->centralWidget(), "New Scan…");

@@ -43,6 +43,7 @@ namespace {
 
 constexpr QSize smallest{1024, 640};
 constexpr QSize usualWindow{1440, 800};
+constexpr QSize windowFrame{0, 40}; // of the window manager
 constexpr int sessionsWidth = 230;
 
 } // namespace
@@ -50,8 +51,7 @@ constexpr int sessionsWidth = 230;
 MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     setWindowTitle(QStringLiteral("OrvaneSync"));
     setMinimumSize(smallest);
-    constexpr QSize frame{0, 40}; // of the window manager
-    resize(usualWindow.boundedTo(screen()->availableGeometry().size() - frame).expandedTo(smallest));
+    resize(usualWindow.boundedTo(screen()->availableGeometry().size() - windowFrame).expandedTo(smallest));
     setAcceptDrops(true);
 
     auto* centre = new QWidget;
@@ -488,7 +488,18 @@ void MainWindow::updateStatus() {
 void MainWindow::restorePlaces() {
     const QSettings places;
     restoreGeometry(places.value(QStringLiteral("window")).toByteArray());
+    keepOnScreen();
     splitter_->restoreState(places.value(QStringLiteral("sessions")).toByteArray());
+}
+
+/// The screen that the window stood on may be another one, or gone.
+void MainWindow::keepOnScreen() {
+    const QScreen* on = QGuiApplication::screenAt(geometry().center());
+    const QRect room = (on != nullptr ? on : screen())->availableGeometry();
+    if (isMaximized() || isFullScreen() || room.contains(geometry())) return;
+    resize(size().boundedTo(room.size() - windowFrame).expandedTo(smallest));
+    move(std::max(room.left(), std::min(x(), room.right() - width())),
+         std::max(room.top(), std::min(y(), room.bottom() - height())));
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

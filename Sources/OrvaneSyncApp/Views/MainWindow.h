@@ -120,6 +120,7 @@ class MainWindow : public QMainWindow {
     void updateStatus();
     void updateActions();
     void restorePlaces();
+    void keepOnScreen();
 
     Desktop& desktop_;
     SessionsPanel* sessions_;

@@ -229,6 +229,11 @@ TEST_F(SettingsTest, aKeyIsRecordedAndAConflictSettled) {
     EXPECT_EQ(keyOf(ShortcutAction::lockCurrent), "none") << "it is asked first";
     click(buttonOf(*window_->findChild<QWidget*>("keyboardBanner"), "Reset"));
     EXPECT_TRUE(waitUntil([&] { return center->bindings() == defaultBindings(); }));
+    EXPECT_TRUE(waitUntil([&] {
+        return std::ranges::any_of(window_->findChildren<QComboBox*>(), [](const QComboBox* one) {
+            return one->currentText() == "Mine (changed)";
+        });
+    })) << "the keys are not the profile's";
     click(buttonOf(*window_, "Delete"));
     EXPECT_EQ(center->availableProfiles().size(), 1U) << "it is asked first";
     click(buttonOf(*window_->findChild<QWidget*>("keyboardBanner"), "Delete"));

@@ -1,10 +1,13 @@
 #include "OrvaneSyncApp/Views/Settings/KeyboardPage.h"
 
+#include "OrvaneSyncApp/Views/Background.h"
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
 #include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncCore/Services/Shortcuts/ShortcutFiles.h"
 
 #include <QAction>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QPointer>
@@ -45,10 +48,12 @@ KeyboardPage::KeyboardPage(Desktop& desktop, const SettingsModel& model, const S
     add(profileSection_ = makeProfiles(), tr("profile import export reset"), true);
     add(actionSection_ = makeActions(), tr("shortcut key action"));
     observation_ = center_->onChange([this](ShortcutField field) {
-        if (field == ShortcutField::bindings)
+        if (field == ShortcutField::bindings) {
             showBindings();
-        else
+            compare();
+        } else {
             showProfiles();
+        }
     });
     showBindings();
     showProfiles();
@@ -86,13 +91,13 @@ QWidget* KeyboardPage::makeProfiles() {
     save->addWidget(reset);
     section->add(save);
     connect(profiles_, &QComboBox::activated, this, [this](int index) {
-        if (index > 0) runOnProfile("loadShortcutProfile", profiles_->itemText(index));
+        if (index > 0) runOnProfile("loadShortcutProfile", profiles_->itemData(index).toString());
     });
     connect(deleteProfile_, &QPushButton::clicked, this, [this] {
         banner_->show(Signal::doubtful,
                       tr("Delete the profile “%1”? It can't be brought back; the present keys stay.")
-                          .arg(profiles_->currentText()),
-                      tr("Delete"), [this, name = profiles_->currentText()] {
+                          .arg(profiles_->currentData().toString()),
+                      tr("Delete"), [this, name = profiles_->currentData().toString()] {
                           runOnProfile("deleteShortcutProfile", name);
                       });
     });
@@ -220,11 +225,30 @@ void KeyboardPage::showProfiles() {
     const auto& current = center_->currentProfileName();
     profiles_->clear();
     profiles_->addItem(tr("Choose a profile"));
-    for (const std::string& name : center_->availableProfiles()) profiles_->addItem(text(name));
-    const int index = current ? profiles_->findText(text(*current), Qt::MatchExactly) : 0;
+    for (const std::string& name : center_->availableProfiles()) profiles_->addItem(text(name), text(name));
+    const int index = current ? profiles_->findData(text(*current)) : 0;
     profiles_->setCurrentIndex(std::max(index, 0));
     profiles_->setEnabled(profiles_->count() > 1);
     deleteProfile_->setEnabled(profiles_->currentIndex() > 0);
+    compare();
+}
+
+void KeyboardPage::compare() {
+    const auto& current = center_->currentProfileName();
+    if (!current) return;
+    const auto read = [folder = utf8(QFileInfo(text(center_->bindingsFile())).path()),
+                       name = *current]() -> std::optional<ShortcutBindings> {
+        try {
+            return ShortcutFiles(folder).readProfile(name);
+        } catch (const std::exception&) {
+            return std::nullopt; // there is none to compare with
+        }
+    };
+    inBackground(this, read, [this, name = text(*current)](const std::optional<ShortcutBindings>& kept) {
+        if (const int at = profiles_->findData(name); at > 0)
+            profiles_->setItemText(at, kept && *kept != center_->bindings() ? tr("%1 (changed)").arg(name)
+                                                                            : name);
+    });
 }
 
 void KeyboardPage::record(ShortcutAction action) {
@@ -276,9 +300,15 @@ void KeyboardPage::settle(ShortcutAction action) {
 
 void KeyboardPage::run(std::string_view id, JSON arguments) {
     banner_->clear();
-    desktop().run(id, std::move(arguments), {}, [self = QPointer(this)](const QString& why) {
-        if (self) self->banner_->show(Signal::missing, why);
-    });
+    const QPointer self(this);
+    desktop().run(
+        id, std::move(arguments),
+        [self](const JSON&) {
+            if (self) self->compare(); // a profile may have been saved anew
+        },
+        [self](const QString& why) {
+            if (self) self->banner_->show(Signal::missing, why);
+        });
 }
 
 void KeyboardPage::runOnProfile(std::string_view id, const QString& name) {

@@ -37,6 +37,8 @@ class KeyboardPage : public SettingsPage {
     QWidget* makeLine(const ShortcutRow& row);
     void showBindings();
     void showProfiles();
+    /// Says of the profile in force where the keys are others than it holds.
+    void compare();
     /// Of the main window, with a key that is no action's: its title, empty without one.
     QString menuEntryWith(const Shortcut& shortcut) const;
     void record(ShortcutAction action);

@@ -496,10 +496,12 @@ void MainWindow::restorePlaces() {
 void MainWindow::keepOnScreen() {
     const QScreen* on = QGuiApplication::screenAt(geometry().center());
     const QRect room = (on != nullptr ? on : screen())->availableGeometry();
-    if (isMaximized() || isFullScreen() || room.contains(geometry())) return;
-    resize(size().boundedTo(room.size() - windowFrame).expandedTo(smallest));
-    move(std::max(room.left(), std::min(x(), room.right() - width())),
-         std::max(room.top(), std::min(y(), room.bottom() - height())));
+    if (isMaximized() || isFullScreen()) return;
+    QRect own = geometry(); // without the frame, as it is restored
+    own.setSize(own.size().boundedTo(room.size() - windowFrame).expandedTo(smallest));
+    own.moveLeft(std::max(room.left(), std::min(own.left(), room.right() + 1 - own.width())));
+    own.moveTop(std::max(room.top(), std::min(own.top(), room.bottom() + 1 - own.height())));
+    if (own != geometry()) setGeometry(own);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

@@ -6,6 +6,7 @@
 
 #include <QImage>
 #include <QPainter>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -31,7 +32,13 @@ QString elided(const QFontMetrics& metrics, int column, const QString& shown, in
     // A clip without a name has that of its file.
     const bool isFile = column == static_cast<int>(Column::cameraFile) ||
                         (column == static_cast<int>(Column::name) && !shown.contains(QLatin1Char(' ')));
-    return isFile ? elidedFile(metrics, shown, width) : metrics.elidedText(shown, Qt::ElideMiddle, width);
+    if (isFile) return elidedFile(metrics, shown, width);
+    QString rest = shown;
+    if (column == static_cast<int>(Column::sound) && metrics.horizontalAdvance(shown) > width) {
+        static const QRegularExpression kind(QStringLiteral("\\.\\w{2,4}(?= |$)"));
+        rest.remove(kind); // of the file, which says least
+    }
+    return metrics.elidedText(rest, Qt::ElideMiddle, width);
 }
 
 void drawPicture(QPainter& painter, const QRect& within, const platform::Picture* picture) {

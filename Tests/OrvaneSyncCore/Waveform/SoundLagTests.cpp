@@ -48,7 +48,7 @@ TEST(SoundLag, IsFoundByTheCamerasOwnMicrophone) {
         {"another sound", 0, std::nullopt, 2},
     };
     for (const unsigned seed : seeds(2)) {
-        const auto make = [&](const std::string& name, std::vector<float> samples) {
+        const auto make = [&](const std::string& name, const std::vector<float>& samples) {
             WaveMaker()
                 .format({.channels = 1, .sampleRate = rate})
                 .samples(samples)
@@ -111,7 +111,7 @@ TEST(SoundLag, OtherTakesAreHeardUnderClipsFromWhereTheClockIsWrong) {
         std::vector<MediaAsset> clips, recordings;
         for (int i = 0; i < takes; ++i) {
             const auto seed = static_cast<unsigned>(i + 1);
-            const auto make = [&](const std::string& name, std::vector<float> samples) {
+            const auto make = [&](const std::string& name, const std::vector<float>& samples) {
                 WaveMaker()
                     .format({.channels = 1, .sampleRate = rate})
                     .samples(samples)

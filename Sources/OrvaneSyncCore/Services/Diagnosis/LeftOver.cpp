@@ -8,13 +8,12 @@
 #include <cmath>
 #include <map>
 #include <numeric>
+#include <tuple>
 #include <utility>
 
 namespace orvane {
 
 namespace {
-
-using Files = LeftOver::Files;
 
 /// By folder and day.
 class FilesByDay {
@@ -22,13 +21,13 @@ class FilesByDay {
     void add(const MediaAsset& file, const FilePlace& place) {
         const auto& [start, end] = place.range;
         const auto [known, isNew] = files_.try_emplace({std::string(folderOf(file)), place.likelyDay()});
-        Files& files = known->second;
+        LeftOver::Files& files = known->second;
         files.firstSeconds = isNew ? start : std::min(files.firstSeconds, start);
         files.lastSeconds = isNew ? end : std::max(files.lastSeconds, end);
         ++files.count;
     }
-    std::vector<Files> all() && {
-        std::vector<Files> result;
+    std::vector<LeftOver::Files> all() && {
+        std::vector<LeftOver::Files> result;
         for (auto& [key, files] : files_) {
             std::tie(files.folder, files.day) = key;
             result.push_back(std::move(files));
@@ -37,7 +36,7 @@ class FilesByDay {
     }
 
   private:
-    std::map<std::pair<std::string, std::optional<long>>, Files> files_;
+    std::map<std::pair<std::string, std::optional<long>>, LeftOver::Files> files_;
 };
 
 /// "10:03:20"; behind midnight as a clock has it.
@@ -50,23 +49,23 @@ std::string clockText(double seconds) {
     return text;
 }
 
-std::string linesOf(const std::vector<Files>& all, const char* one, const char* many) {
+std::string linesOf(const std::vector<LeftOver::Files>& all, const char* one, const char* many) {
     std::string lines;
-    for (const Files& files : all)
+    for (const LeftOver::Files& files : all)
         lines += "  " + counted(files.count, one, many) + " in '" + files.folder + "'" +
                  (files.day ? " of " + dayText(*files.day) : " without a date") + ", from " +
                  clockText(files.firstSeconds) + " to " + clockText(files.lastSeconds) + "\n";
     return lines;
 }
 
-int countOf(const std::vector<Files>& all) {
+int countOf(const std::vector<LeftOver::Files>& all) {
     return std::accumulate(all.begin(), all.end(), 0,
-                           [](int sum, const Files& files) { return sum + files.count; });
+                           [](int sum, const LeftOver::Files& files) { return sum + files.count; });
 }
 
-JSON::Array toJSON(const std::vector<Files>& all) {
+JSON::Array toJSON(const std::vector<LeftOver::Files>& all) {
     JSON::Array list;
-    for (const Files& files : all) {
+    for (const LeftOver::Files& files : all) {
         JSON json;
         json.set("folder", files.folder);
         json.set("count", files.count);

@@ -135,6 +135,12 @@ TEST(Days, AWrongClockIsTriedOnlyWhereTheCardMeetsNothing) {
     EXPECT_EQ(offsets({}, {clip, other}, {wrong, elsewhere}), Offsets{0});
     EXPECT_EQ(offsets({}, {clip, other}, {wrong, sibling}), Offsets{}) << "the card's clock is right";
     EXPECT_EQ(offsets({}, {clip}, {wrong, own}), Offsets{10}) << "sound of its own day is better";
+    const MediaAsset late = test::video("C_240517.mov", "23:59:50:00", 20);
+    EXPECT_EQ(offsets({}, {test::video("D_240517.mov", "00:20:00:00"), late},
+                      {in("/S1", test::audio("T4_240518.wav", "00:20:00:00")),
+                       in("/S1", test::audio("T5_240518.wav", "00:00:05:00", 5))}),
+              Offsets{0})
+        << "clips that are named by the day on which the night began, of which one runs past midnight";
     EXPECT_EQ(offsets({.days = midnight}, {clip}, {wrong}), Offsets{});
     EXPECT_EQ(offsets({}, {clip}, {in("/S1", test::audio("T_240520.wav"))}), Offsets{}) << "no neighbour";
 }

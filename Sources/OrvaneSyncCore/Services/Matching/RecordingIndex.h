@@ -83,7 +83,7 @@ class DayLine {
 /// day. A card is what one folder holds of one day. Reads the recordings that it was made of.
 class WrongClocks {
   public:
-    /// `isMet`: by recording, whether a dated clip meets it.
+    /// `isMet`: by recording, whether a clip of its day meets it, or one of the night behind that.
     WrongClocks(const std::vector<Recording>& recordings, const std::vector<bool>& isMet);
 
     /// By time of day, the recordings of the day before the clip's and of the day after.

@@ -75,9 +75,14 @@ std::vector<std::vector<Meeting>> meetings(const std::vector<MediaAsset>& videos
     if (rules.days != MatchingDays::automatic || !isOneSilent) return all;
 
     std::vector<bool> isMet(recordings.size());
-    for (std::size_t i = 0; i < videos.size(); ++i)
-        if (places[i] && places[i]->day)
-            for (const Meeting& meeting : all[i]) isMet[meeting.recording] = true;
+    for (std::size_t i = 0; i < videos.size(); ++i) {
+        if (!places[i] || !places[i]->day) continue;
+        for (const Meeting& meeting : all[i]) {
+            // A clip that runs past midnight is none of the day on which its recording begins.
+            const auto day = recordings[meeting.recording].place.day;
+            if (!day || *day <= *places[i]->day) isMet[meeting.recording] = true;
+        }
+    }
     const WrongClocks clocks(recordings, isMet);
     each([&](std::size_t, const FilePlace& place) { return clocks.of(place); });
     return all;

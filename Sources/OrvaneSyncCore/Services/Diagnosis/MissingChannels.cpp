@@ -52,15 +52,11 @@ struct NumberedTake {
 using NumberedCard = std::map<std::string_view, NumberedTake>;
 
 /// A number that the take passes over, though another one of its card has it. Which channels are armed
-/// changes from take to take: none where half of the takes have these same numbers.
+/// changes from take to take: none where another take has these same numbers.
 std::optional<int> missingNumber(const NumberedTake& take, const NumberedCard& card) {
-    std::size_t takes = 0, alike = 0;
-    for (const auto& [stem, other] : card) {
-        if (!other.isTake) continue;
-        ++takes;
-        alike += other.numbers == take.numbers ? 1 : 0;
-    }
-    if (2 * alike >= takes) return std::nullopt;
+    const auto alike = std::ranges::count_if(
+        card, [&](const auto& other) { return other.second.isTake && other.second.numbers == take.numbers; });
+    if (alike > 1) return std::nullopt;
     for (int number = 1; number < *take.numbers.rbegin(); ++number)
         if (!take.numbers.contains(number) && std::ranges::any_of(card, [&](const auto& other) {
                 return other.second.isTake && other.second.numbers.size() > 1 &&

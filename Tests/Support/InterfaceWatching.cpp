@@ -10,8 +10,11 @@ namespace orvane::test {
 
 namespace {
 
-/// Unoptimised code and the sanitizers take many times the time of a program.
-#if defined(NDEBUG) && !defined(ORVANE_SANITIZED)
+/// Unoptimised code and the sanitizers take many times the time of a program; the first dialog of a program also
+/// reads fonts and styles.
+#if defined(ORVANE_SANITIZED)
+constexpr int slowdown = 60;
+#elif defined(NDEBUG)
 constexpr int slowdown = 1;
 #else
 constexpr int slowdown = 20;

@@ -443,6 +443,12 @@ class ClockDoubts {
     std::string knownTo(const CardOffset& common) const {
         return isGuess(common) ? "; the offset is known to " + spanText(common.widthSeconds) + " only" : "";
     }
+    /// What is recorded after each take by habit lies behind all of them by about as much.
+    std::string unlessAfterTakes(const CardOffset& common, bool isForAll, int lost) const {
+        return isForAll && lost > 0 && isGuess(common)
+                   ? "; if they are room tone or wild tracks that were made after the takes, nothing is wrong"
+                   : "";
+    }
     std::string clapAfter(const CardOffset& common) const {
         return isGuess(common) ? "; then check a clap and set the frames" : "";
     }
@@ -515,7 +521,8 @@ class ClockDoubts {
                      {Kind::constantOffset, text + knownTo(common),
                       cure_.of(card, offset) + (lost > 0 ? cure_.inAScanOfRecordings(card, one.isPart) : "") +
                           clapAfter(common) +
-                          (lost > 0 && (isForAll || !one.isPart) ? cure_.forOtherSound(one.card) : "")},
+                          (lost > 0 && (isForAll || !one.isPart) ? cure_.forOtherSound(one.card) : "") +
+                          unlessAfterTakes(common, isForAll, lost)},
                      doubted);
         return true;
     }

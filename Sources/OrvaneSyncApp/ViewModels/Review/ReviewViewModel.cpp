@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Services/Timeline/ClipPlaces.h"
 #include "OrvaneSyncCore/Services/Waveform/OnsetDetector.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -122,6 +123,14 @@ void ReviewViewModel::stayOnClap(double movedSeconds) {
 
 // Keys
 
+/// The clip is as wide as the viewport then, and is what has to be in it.
+void ReviewViewModel::fitTimeline() {
+    TimelineZoomState& zoom = timeline_.zoom();
+    zoom.zoomFit();
+    zoom.scrollOffset = std::min(zoom.preRollSeconds * zoom.pixelsPerSecond(), zoom.largestScrollOffset());
+    changed_.notify();
+}
+
 void ReviewViewModel::handleKeyAction(KeyAction action) {
     ++keys_;
     switch (action) {
@@ -153,8 +162,7 @@ void ReviewViewModel::handleKeyAction(KeyAction action) {
     case KeyAction::zoomOut:
         return applyZoom(TimelineZoomState::zoomOutFactor);
     case KeyAction::zoomFit:
-        timeline_.zoom().zoomFit();
-        return changed_.notify();
+        return fitTimeline();
     case KeyAction::clapCheck:
         return clapCheck();
     case KeyAction::clearLoop:

@@ -64,6 +64,7 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     /// Scrolling over the picture. Gives the frames that were stepped.
     int scrollFrames(double deltaY, bool hasPreciseDeltas);
     void applyZoom(double scaleDelta);
+    void fitTimeline();
 
     /// Ends when the last jump to an edit is done: it waits for the waveform.
     platform::Task jumpReady() const { return jump_; }

@@ -26,10 +26,13 @@
 #include <QFileInfo>
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <initializer_list>
+#include <string_view>
 
 namespace {
 
@@ -57,9 +60,31 @@ void endWhenSaved(SessionManager& sessions) {
     sessions.flush().whenDone([](const std::exception_ptr&) { QCoreApplication::quit(); });
 }
 
+bool isAmongArguments(int argc, char** argv, std::initializer_list<std::string_view> names) {
+    return std::any_of(argv + 1, argv + argc,
+                       [&](const char* argument) { return std::ranges::count(names, argument) > 0; });
+}
+
+/// Qt ends a program that finds no display by a crash. The help needs none.
+bool hasDisplay(int argc, char** argv) {
+    for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        if (!qEnvironmentVariableIsEmpty(variable)) return true;
+    if (isAmongArguments(argc, argv, {"-platform", "--platform"})) return true;
+    if (!isAmongArguments(argc, argv, {"-h", "--help", "--help-all", "-v", "--version"})) return false;
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    return true;
+}
+
 int runProgram(int argc, char** argv) {
     platform::failRefusedWrites();
     platform::endWithoutMemory();
+    if (!hasDisplay(argc, argv)) {
+        std::fputs("error: there is no display to open a window on. Start it in a desktop session, or use "
+                   "'orvanesync', which does the same on the command line; --screenshot also runs with "
+                   "QT_QPA_PLATFORM=offscreen.\n",
+                   stderr);
+        return 1;
+    }
 #ifdef NDEBUG
     QApplication application(argc, argv);
 #else

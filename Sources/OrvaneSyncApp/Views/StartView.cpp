@@ -98,6 +98,7 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, std::function
 
     connect(start_, &QPushButton::clicked, this, [this] { scanWhenApplied(); });
     for (QLineEdit* one : {combined_, video_, audio_}) {
+        connect(one, &QLineEdit::textEdited, this, [this] { showStart(); });
         // The focus leaves a field also when a scan begins; what nobody typed changes nothing.
         connect(one, &QLineEdit::editingFinished, this, [this, one] {
             if (!one->isModified()) return;
@@ -288,8 +289,14 @@ void StartView::scanWhenApplied() {
         scan_();
 }
 
-/// It can be pressed while the folders are looked at; that they cannot be read is said then.
-void StartView::showStart() { start_->setEnabled(isApplying() || desktop_.isEnabled("startScan")); }
+/// It can be pressed while the folders are typed or looked at; that they cannot be read is said then.
+void StartView::showStart() {
+    const auto isTyped = [](const QLineEdit* one) {
+        return one->isVisible() && one->isModified() && !one->text().trimmed().isEmpty();
+    };
+    start_->setEnabled(isApplying() || std::ranges::any_of(QList{combined_, video_, audio_}, isTyped) ||
+                       desktop_.isEnabled("startScan"));
+}
 
 void StartView::showWhatIsSet() {
     const OpenWork& work = desktop_.controller().work();

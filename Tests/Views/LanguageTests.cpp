@@ -16,6 +16,7 @@
 #include <QSet>
 
 #include <algorithm>
+#include <set>
 
 namespace orvane::views {
 
@@ -150,7 +151,12 @@ TEST(LanguageTest, MenusOpenByTheirLettersAndNoneOfTheseIsAKeyOfTheReview) {
         MainWindow& window = windows.window();
         window.openReview(windows.work().syncGroups().front().id);
         ASSERT_TRUE(window.review().isVisible());
+        std::set<QString> keys;
         for (const QAction* menu : window.menuBar()->actions()) {
+            for (const QAction* entry : menu->menu()->actions()) {
+                const QString key = entry->shortcut().toString();
+                EXPECT_TRUE(key.isEmpty() || keys.insert(key).second) << key.toStdString();
+            }
             const int letter = QKeySequence::mnemonic(menu->text())[0].key();
             QTest::keyClick(&window, static_cast<Qt::Key>(letter), Qt::AltModifier);
             EXPECT_EQ(QApplication::activePopupWidget(), menu->menu()) << menu->text().toStdString();

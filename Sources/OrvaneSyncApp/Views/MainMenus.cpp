@@ -10,6 +10,7 @@
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
 #include "OrvaneSyncApp/Views/Review/ReviewActions.h"
 #include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
+#include "OrvaneSyncApp/Views/Sheets/HelpMenu.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Models/Settings.h"
@@ -21,20 +22,53 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QKeyEvent>
+#include <QKeySequence>
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QPushButton>
 #include <QSettings>
 
 #include <algorithm>
+#include <array>
 #include <stdexcept>
+#include <utility>
 
 namespace orvane::views {
 
 using namespace design;
 
+namespace {
+
+struct DrawnEntry {
+    std::string_view id;
+    Glyph glyph;
+};
+constexpr std::array<DrawnEntry, 14> drawnEntries{{{"undo", Glyph::undo},
+                                                   {"redo", Glyph::redo},
+                                                   {"loadALE", Glyph::report},
+                                                   {"syncLockitNetwork", Glyph::network},
+                                                   {"exportFCPXML", Glyph::exportDocument},
+                                                   {"toggleApproved", Glyph::approve},
+                                                   {"toggleLocked", Glyph::lock},
+                                                   {"toggleExcludedFromExport", Glyph::excluded},
+                                                   {"resyncClip", Glyph::refresh},
+                                                   {"resyncAllClips", Glyph::refresh},
+                                                   {"batchRename", Glyph::rename},
+                                                   {"runSmartAudioAnalysis", Glyph::waveform},
+                                                   {"buildAtmo", Glyph::roomTone},
+                                                   {"clusterLoad", Glyph::cameras}}};
+
+QKeySequence keyOfEntry(std::string_view key) {
+    if (key == "New") return QKeySequence::New;
+    if (key == "Close") return QKeySequence::Close;
+    return {text(key), QKeySequence::PortableText};
+}
+
+} // namespace
+
 MainMenus::MainMenus(Desktop& desktop, QMainWindow& window, ReviewActions& review, Screens screens)
     : QObject(&window), desktop_(desktop), window_(window), screens_(std::move(screens)) {
+    makeCommands();
     makeFile();
     makeEdit();
     makeClip();
@@ -89,24 +123,86 @@ void MainMenus::returnKeyboard() {
         screens_.takeKeyboard();
 }
 
-QAction* MainMenus::addCommand(QMenu* menu, std::string_view id, const QKeySequence& key, JSON arguments) {
-    const commands::Command& row = desktop_.command(id);
-    QAction* action = menu->addAction(translated(row.title));
-    action->setShortcut(key);
-    action->setStatusTip(translated(row.help));
-    connect(action, &QAction::triggered, this,
-            [this, id, arguments = std::move(arguments)] { desktop_.run(id, arguments); });
-    commandActions_.emplace_back(action, id);
+void MainMenus::makeCommands() {
+    const auto acts = actsOfWindow();
+    for (const commands::Command& row : commands::allCommands()) {
+        if (!row.entry) continue;
+        auto* action = new QAction(translated(row.title), this);
+        action->setShortcut(keyOfEntry(row.entry->key));
+        action->setStatusTip(translated(row.help));
+        if (const auto act = acts.find(row.id); act != acts.end())
+            connect(action, &QAction::triggered, this, act->second);
+        else
+            connect(action, &QAction::triggered, this, [this, &row] { run(row); });
+        ofCommands_.emplace(row.id, action);
+    }
+    for (const auto& [id, glyph] : drawnEntries) of(id)->setIcon(icon(glyph));
+    of("buildAtmo")->setText(tr("Build Room Tone…"));
+    of("clusterLoad")
+        ->setStatusTip(tr("Opens all cameras of the clip's take, or the clips that are selected."));
+}
+
+std::map<std::string_view, std::function<void()>> MainMenus::actsOfWindow() {
+    return {
+        {"newSession",
+         [this] {
+             desktop_.run("newSession");
+             screens_.leaveStart();
+         }},
+        {"loadProject", [this] { openProject(); }},
+        {"saveProject", [this] { saveProject(); }},
+        {"loadALE", [this] { loadReport(); }},
+        {"syncLockitNetwork", [this] { screens_.syncLockitNetwork(); }},
+        {"writeReview", [this] { writeReview(); }},
+        {"applyReview", [this] { applyReview(); }},
+        {"exportFCPXML", [this] { showExport(desktop_, &window_); }},
+        {"exportSingleClip", [this] { exportClip(); }},
+        {"resyncAllClips",
+         [this] {
+             if (agrees(questionBeforeResync())) desktop_.run("resyncAllClips");
+         }},
+        {"resetAllClipsToAutoSync",
+         [this] {
+             if (agrees(questionBeforeReset())) desktop_.run("resetAllClipsToAutoSync");
+         }},
+        {"batchRename", [this] { showBatchRenamer(desktop_, &window_); }},
+        {"runSmartAudioAnalysis",
+         [this] { analyse(settings::smartAudioMode.write(modeOfAnalysis(desktop_.settings()))); }},
+        {"buildAtmo", [this] { showAtmoBuilder(desktop_, &window_); }},
+        {"clusterLoad", [this] { screens_.openMulticam(); }},
+    };
+}
+
+void MainMenus::run(const commands::Command& row) {
+    if (row.isOfOneClip())
+        screens_.runForClips(row.id);
+    else
+        desktop_.run(row.id);
+}
+
+QAction* MainMenus::of(std::string_view id) const {
+    const auto found = ofCommands_.find(id);
+    if (found == ofCommands_.end()) throw std::logic_error("no entry of a menu runs " + std::string(id));
+    return found->second;
+}
+
+QMenu* MainMenus::addMenu(const QString& title) { return window_.menuBar()->addMenu(title); }
+
+QAction* MainMenus::ownEntry(const QString& title, std::function<void()> act, const QString& help) {
+    auto* action = new QAction(title, this);
+    action->setStatusTip(help);
+    connect(action, &QAction::triggered, this, std::move(act));
     return action;
 }
 
-QAction* MainMenus::addAsking(QMenu* menu, std::string_view id, std::function<void()> act) {
-    const commands::Command& row = desktop_.command(id);
-    QAction* action = menu->addAction(translated(row.title));
-    action->setStatusTip(translated(row.help));
-    connect(action, &QAction::triggered, this, std::move(act));
-    commandActions_.emplace_back(action, id);
-    return action;
+void MainMenus::fill(QMenu* menu, commands::Menu which, std::vector<OwnEntry> entries) {
+    for (const commands::Command& row : commands::allCommands())
+        if (row.entry && row.entry->menu == which) entries.push_back({row.entry->order, of(row.id)});
+    std::ranges::stable_sort(entries, {}, &OwnEntry::order);
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (i > 0 && entries[i].order / 100 != entries[i - 1].order / 100) menu->addSeparator();
+        menu->addAction(entries[i].action);
+    }
 }
 
 bool MainMenus::agrees(const Question& question) {
@@ -114,129 +210,82 @@ bool MainMenus::agrees(const Question& question) {
                     translated(question.yes), translated(question.no));
 }
 
-QAction* MainMenus::addClipCommand(QMenu* menu, std::string_view id, const QKeySequence& key) {
-    const commands::Command& row = desktop_.command(id);
-    QAction* action = menu->addAction(translated(row.title));
-    action->setShortcut(key);
-    action->setStatusTip(translated(row.help));
-    connect(action, &QAction::triggered, this, [this, id] { screens_.runForClips(id); });
-    clipActions_.emplace_back(action, id);
-    return action;
+void MainMenus::openProject() {
+    if (const auto path =
+            chosenFile(tr("Open OrvaneSync Project"), tr("Projects (*.orvanesync);;All files (*)")))
+        runWithPath("loadProject", *path);
+}
+
+void MainMenus::saveProject() {
+    const auto path = placeFor(tr("Save OrvaneSync Project"), tr("Projects (*.orvanesync)"),
+                               text(proposedProjectName(desktop_.controller(), desktop_.sessions())));
+    if (path) runWithPath("saveProject", *path, "path", true);
+}
+
+void MainMenus::loadReport() {
+    if (const auto path =
+            chosenFile(tr("Load report"), tr("Reports (*.ale *.csv *.txt *.tsv);;All files (*)")))
+        runWithPath("loadALE", *path);
+}
+
+void MainMenus::writeReview() {
+    const auto path =
+        placeFor(tr("Write review table"), tr("Review tables (*.csv)"), QStringLiteral("Review.csv"));
+    if (path) runWithPath("writeReview", *path, "output", true);
+}
+
+void MainMenus::applyReview() {
+    if (const auto path = chosenFile(tr("Apply review table"), tr("Review tables (*.csv)")))
+        runWithPath("applyReview", *path);
 }
 
 void MainMenus::makeFile() {
-    QMenu* file = window_.menuBar()->addMenu(tr("&File"));
-    scan_ = file->addAction(tr("New Scan…"));
+    QMenu* file = addMenu(tr("&File"));
+    scan_ = ownEntry(tr("New Scan…"), [this] { screens_.newScan(); });
     scan_->setObjectName(QStringLiteral("newScan"));
-    connect(scan_, &QAction::triggered, this, [this] { screens_.newScan(); });
-    RecentPlaces::menu(file, screens_.openPaths);
-    QAction* newSession = addCommand(file, "newSession", QKeySequence::New);
-    connect(newSession, &QAction::triggered, this, [this] { screens_.leaveStart(); });
-    file->addSeparator();
-    open_ = file->addAction(translated(desktop_.command("loadProject").title));
-    connect(open_, &QAction::triggered, this, [this] {
-        if (const auto path =
-                chosenFile(tr("Open OrvaneSync Project"), tr("Projects (*.orvanesync);;All files (*)")))
-            runWithPath("loadProject", *path);
-    });
-    save_ = addAsking(file, "saveProject", [this] {
-        const auto path = placeFor(tr("Save OrvaneSync Project"), tr("Projects (*.orvanesync)"),
-                                   text(proposedProjectName(desktop_.controller(), desktop_.sessions())));
-        if (path) runWithPath("saveProject", *path, "path", true);
-    });
-    report_ = file->addAction(translated(desktop_.command("loadALE").title));
-    report_->setIcon(icon(Glyph::report));
-    commandActions_.emplace_back(report_, "loadALE");
-    connect(report_, &QAction::triggered, this, [this] {
-        if (const auto path =
-                chosenFile(tr("Load report"), tr("Reports (*.ale *.csv *.txt *.tsv);;All files (*)")))
-            runWithPath("loadALE", *path);
-    });
-    addCommand(file, "clearALEMetadataForAllClips");
-    addAsking(file, "syncLockitNetwork", [this] {
-        screens_.syncLockitNetwork();
-    })->setIcon(icon(Glyph::network));
-    addCommand(file, "clearLockitMetadataForAllClips");
-    file->addSeparator();
-    const QString tables = tr("Review tables (*.csv)");
-    addAsking(file, "writeReview", [this, tables] {
-        const auto path = placeFor(tr("Write review table"), tables, QStringLiteral("Review.csv"));
-        if (path) runWithPath("writeReview", *path, "output", true);
-    });
-    addAsking(file, "applyReview", [this, tables] {
-        if (const auto path = chosenFile(tr("Apply review table"), tables)) runWithPath("applyReview", *path);
-    });
-    file->addSeparator();
-    export_ =
-        file->addAction(icon(Glyph::exportDocument), translated(desktop_.command("exportFCPXML").title));
-    export_->setShortcut(QKeySequence(tr("Ctrl+E")));
-    connect(export_, &QAction::triggered, this, [this] { showExport(desktop_, &window_); });
-    commandActions_.emplace_back(export_, "exportFCPXML");
-    file->addSeparator();
-    addCommand(file, "reset", QKeySequence::Close);
-    quit_ = file->addAction(tr("Quit"));
-    quit_->setShortcut(QKeySequence(tr("Ctrl+Q"))); // Qt gives none outside of the great desktops
-    connect(quit_, &QAction::triggered, this, [this] { quit(); });
+    quit_ = ownEntry(tr("Quit"), [this] { quit(); });
+    quit_->setShortcut(Qt::CTRL | Qt::Key_Q); // Qt gives none outside of the great desktops
+    QAction* recent = RecentPlaces::menu(file, screens_.openPaths)->menuAction();
+    fill(file, commands::Menu::file, {{110, scan_}, {120, recent}, {520, quit_}});
 }
 
 void MainMenus::makeEdit() {
-    QMenu* edit = window_.menuBar()->addMenu(tr("&Edit"));
-    undo_ = addCommand(edit, "undo");
-    undo_->setIcon(icon(Glyph::undo));
-    redo_ = addCommand(edit, "redo");
-    redo_->setIcon(icon(Glyph::redo));
-    edit->addSeparator();
-    find_ = edit->addAction(tr("Find…"));
+    find_ = ownEntry(tr("Find…"), [this] { screens_.find(); });
     find_->setShortcut(QKeySequence::Find);
-    connect(find_, &QAction::triggered, this, [this] { screens_.find(); });
-    QAction* settings = edit->addAction(icon(Glyph::gear), tr("Settings…"));
-    settings->setShortcut(QKeySequence(tr("Ctrl+,")));
-    connect(settings, &QAction::triggered, this, [this] { SettingsWindow(desktop_, &window_).exec(); });
+    QAction* settings = ownEntry(tr("Settings…"), [this] { SettingsWindow(desktop_, &window_).exec(); });
+    settings->setIcon(icon(Glyph::gear));
+    settings->setShortcut(Qt::CTRL | Qt::Key_Comma);
+    fill(addMenu(tr("&Edit")), commands::Menu::edit, {{210, find_}, {220, settings}});
 }
 
 void MainMenus::makeClip() {
-    QMenu* clip = clip_ = window_.menuBar()->addMenu(tr("&Clip"));
-    addClipCommand(clip, "toggleApproved", QKeySequence(tr("Ctrl+Return")))->setIcon(icon(Glyph::approve));
-    addClipCommand(clip, "toggleLocked", QKeySequence(tr("Ctrl+L")))->setIcon(icon(Glyph::lock));
-    addClipCommand(clip, "toggleExcludedFromExport")->setIcon(icon(Glyph::excluded));
-    addClipCommand(clip, "toggleExcludedFromMulticam");
-    addClipCommand(clip, "togglePickup");
-    clip->addSeparator();
-    rename_ = clip->addAction(icon(Glyph::rename), tr("Rename…"));
-    rename_->setShortcut(QKeySequence(Qt::Key_F2));
-    connect(rename_, &QAction::triggered, this, [this] { screens_.renameClip(); });
-    addClipCommand(clip, "confirmAmbiguousMatch");
-    addClipCommand(clip, "resyncClip", QKeySequence(tr("Ctrl+R")))->setIcon(icon(Glyph::refresh));
-    addClipCommand(clip, "resetClipToAutoSync");
-    clip->addSeparator();
-    single_ = clip->addAction(translated(desktop_.command("exportSingleClip").title));
-    single_->setStatusTip(translated(desktop_.command("exportSingleClip").help));
-    connect(single_, &QAction::triggered, this, [this] { exportClip(); });
-    clip->addSeparator();
-    addAsking(clip, "resyncAllClips", [this] {
-        if (agrees(questionBeforeResync())) desktop_.run("resyncAllClips");
-    })->setIcon(icon(Glyph::refresh));
-    addAsking(clip, "resetAllClipsToAutoSync", [this] {
-        if (agrees(questionBeforeReset())) desktop_.run("resetAllClipsToAutoSync");
-    });
+    rename_ = ownEntry(tr("Rename…"), [this] { screens_.renameClip(); });
+    rename_->setIcon(icon(Glyph::rename));
+    rename_->setShortcut(Qt::Key_F2);
+    fill(addMenu(tr("&Clip")), commands::Menu::clip, {{210, rename_}});
 }
 
 void MainMenus::makeAudio() {
-    QMenu* audio = audio_ = window_.menuBar()->addMenu(tr("&Audio"));
-    addAsking(audio, "runSmartAudioAnalysis", [this] {
-        analyse(settings::smartAudioMode.write(modeOfAnalysis(desktop_.settings())));
-    })->setIcon(icon(Glyph::waveform));
-    for (std::size_t i = 0; i < RawValues<SmartAudioMode>::texts.size(); ++i)
-        addAsking(audio, "runSmartAudioAnalysis", [this, i] {
-            analyse(settings::smartAudioMode.write(static_cast<SmartAudioMode>(i)));
-        })->setText(tr("Smart Audio: %1").arg(translated(RawValues<SmartAudioMode>::texts.at(i))));
-    addCommand(audio, "measureLoudness");
-    audio->addSeparator();
-    listen_ = audio->addAction(tr("Listen to the Cards"));
-    listen_->setObjectName(QStringLiteral("listen"));
-    listen_->setStatusTip(
+    std::vector<OwnEntry> entries;
+    for (std::size_t i = 0; i < RawValues<SmartAudioMode>::texts.size(); ++i) {
+        QAction* mode = ownEntry(
+            tr("Smart Audio: %1").arg(translated(RawValues<SmartAudioMode>::texts.at(i))),
+            [this, i] { analyse(settings::smartAudioMode.write(static_cast<SmartAudioMode>(i))); },
+            of("runSmartAudioAnalysis")->statusTip());
+        ofAnalysisModes_.push_back(mode);
+        entries.push_back({120, mode});
+    }
+    listen_ = ownEntry(
+        tr("Listen to the Cards"), [this] { screens_.listenToCards(); },
         tr("Compares some clips of each card with what their cameras heard, to find a clock that is wrong."));
-    connect(listen_, &QAction::triggered, this, [this] { screens_.listenToCards(); });
+    listen_->setObjectName(QStringLiteral("listen"));
+    entries.push_back({210, listen_});
+    entries.push_back({320, ownEntry(tr("Calibration…"), [this] {
+                           SettingsWindow settings(desktop_, &window_);
+                           settings.showTab(SettingPage::calibration);
+                           settings.exec();
+                       })});
+    fill(addMenu(tr("&Audio")), commands::Menu::audio, std::move(entries));
 }
 
 void MainMenus::analyse(const JSON& mode) {
@@ -262,35 +311,28 @@ void MainMenus::exportClip() {
 }
 
 void MainMenus::makeReview(ReviewActions& review) {
-    QMenu* playback = window_.menuBar()->addMenu(tr("&Playback"));
-    review.fillPlayback(*playback);
-    QMenu* sync = window_.menuBar()->addMenu(tr("&Sync"));
-    review.fillSync(*sync);
+    review.fillPlayback(*addMenu(tr("&Playback")));
+    review.fillSync(*addMenu(tr("&Sync")));
 }
 
 void MainMenus::makeView() {
-    QMenu* view = window_.menuBar()->addMenu(tr("&View"));
-    results_ = view->addAction(icon(Glyph::back), tr("Results"));
-    connect(results_, &QAction::triggered, this, [this] { screens_.showResults(); });
-    review_ = view->addAction(icon(Glyph::film), tr("Review Clip"));
-    review_->setStatusTip(
+    QMenu* view = addMenu(tr("&View"));
+    results_ = ownEntry(tr("Results"), [this] { screens_.showResults(); });
+    results_->setIcon(icon(Glyph::back));
+    review_ = ownEntry(
+        tr("Review Clip"), [this] { screens_.openReview(); },
         tr("Opens the clip on its clap, with its sound. Return does the same in the list."));
-    connect(review_, &QAction::triggered, this, [this] { screens_.openReview(); });
-    multicam_ = view->addAction(icon(Glyph::cameras), translated(desktop_.command("clusterLoad").title));
-    multicam_->setShortcut(QKeySequence(tr("Ctrl+M")));
-    multicam_->setStatusTip(tr("Opens all cameras of the clip's take, or the clips that are selected."));
-    connect(multicam_, &QAction::triggered, this, [this] { screens_.openMulticam(); });
-    view->addSeparator();
+    review_->setIcon(icon(Glyph::film));
     QMenu* screens = view->addMenu(icon(Glyph::fullscreen), tr("Fullscreen on"));
     connect(screens, &QMenu::aboutToShow, this, [this, screens] { listScreens(screens); });
-    view->addSeparator();
-    QAction* sessions = view->addAction(tr("Sessions"));
+    QAction* sessions =
+        ownEntry(tr("Sessions"), [this] { screens_.sessions->setVisible(!screens_.sessions->isVisible()); });
     sessions->setCheckable(true);
-    sessions->setShortcut(QKeySequence(tr("Ctrl+0")));
+    sessions->setShortcut(Qt::CTRL | Qt::Key_0);
     connect(view, &QMenu::aboutToShow, this,
             [this, sessions] { sessions->setChecked(screens_.sessions->isVisible()); });
-    connect(sessions, &QAction::triggered, this,
-            [this] { screens_.sessions->setVisible(!screens_.sessions->isVisible()); });
+    fill(view, commands::Menu::view,
+         {{110, results_}, {120, review_}, {210, screens->menuAction()}, {310, sessions}});
 }
 
 void MainMenus::listScreens(QMenu* menu) {
@@ -310,39 +352,34 @@ void MainMenus::listScreens(QMenu* menu) {
 }
 
 void MainMenus::makeHelp() {
-    QMenu* help = window_.menuBar()->addMenu(tr("&Help"));
-    keys_ = help->addAction(tr("Keys of the Review (?)"));
-    keys_->setStatusTip(tr("What each key does here and now."));
-    connect(keys_, &QAction::triggered, this, [this] { screens_.showKeys(); });
-    sheets_ = addSheetActions(desktop_, &window_, clip_, audio_, help);
+    QMenu* help = addMenu(tr("&Help"));
+    keys_ = ownEntry(
+        tr("Keys of the Review (?)"), [this] { screens_.showKeys(); },
+        tr("What each key does here and now."));
+    help->addAction(keys_);
+    addHelpEntries(desktop_, &window_, help);
 }
 
 void MainMenus::makeTools() {
     auto* tools = new ToolRow(tr("Tools"));
     tools->setObjectName(QStringLiteral("tools"));
     window_.addToolBar(tools);
-    const auto actionOf = [this](std::string_view id) {
-        for (const auto& list : {commandActions_, clipActions_})
-            for (const auto& [action, command] : list)
-                if (command == id) return action;
-        throw std::logic_error("no entry of a menu runs " + std::string(id));
-    };
     // The words of what is done with every clip, and of its end, stay longest.
-    tools->add(undo_, tr("Undo"), 0);
-    tools->add(redo_, tr("Redo"), 0);
+    tools->add(of("undo"), tr("Undo"), 0);
+    tools->add(of("redo"), tr("Redo"), 0);
     tools->addSeparator();
-    tools->add(actionOf("runSmartAudioAnalysis"), tr("Smart Audio"), 5);
-    tools->add(actionOf("toggleApproved"), tr("Approve"), 8);
-    tools->add(actionOf("toggleLocked"), tr("Lock"), 7);
+    tools->add(of("runSmartAudioAnalysis"), tr("Smart Audio"), 5);
+    tools->add(of("toggleApproved"), tr("Approve"), 8);
+    tools->add(of("toggleLocked"), tr("Lock"), 7);
     tools->add(rename_, tr("Rename"), 6);
-    tools->add(actionOf("resyncAllClips"), tr("Re-sync"), 4);
-    tools->add(report_, tr("Report"), 3);
-    tools->add(sheets_.buildRoomTone, tr("Room Tone"), 2);
-    tools->add(actionOf("syncLockitNetwork"), tr("LockitNetwork"), 1);
+    tools->add(of("resyncAllClips"), tr("Re-sync"), 4);
+    tools->add(of("loadALE"), tr("Report"), 3);
+    tools->add(of("buildAtmo"), tr("Room Tone"), 2);
+    tools->add(of("syncLockitNetwork"), tr("LockitNetwork"), 1);
     auto* stretch = new QWidget;
     stretch->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     tools->addWidget(stretch);
-    tools->add(export_, tr("Export"), 9);
+    tools->add(of("exportFCPXML"), tr("Export"), 9);
 }
 
 void MainMenus::showKeys() {
@@ -352,10 +389,10 @@ void MainMenus::showKeys() {
         action->setShortcut(found == bindings.end() ? QKeySequence() : menuKey(found->second));
         action->setProperty(keyOfUser, true);
     };
-    give(undo_, ShortcutAction::undo);
-    give(redo_, ShortcutAction::redo);
-    give(open_, ShortcutAction::openProject);
-    give(save_, ShortcutAction::saveProject);
+    give(of("undo"), ShortcutAction::undo);
+    give(of("redo"), ShortcutAction::redo);
+    give(of("loadProject"), ShortcutAction::openProject);
+    give(of("saveProject"), ShortcutAction::saveProject);
 }
 
 bool MainMenus::applies(std::string_view id, const std::vector<UUID>& clips) const {
@@ -367,28 +404,27 @@ bool MainMenus::applies(std::string_view id, const std::vector<UUID>& clips) con
 }
 
 void MainMenus::update() {
-    for (const auto& [action, id] : commandActions_) action->setEnabled(desktop_.isEnabled(id));
     const std::vector<UUID> clips = screens_.clips();
-    for (const auto& [action, id] : clipActions_) action->setEnabled(applies(id, clips));
+    for (const auto& [id, action] : ofCommands_)
+        action->setEnabled(desktop_.command(id).isOfOneClip() ? applies(id, clips) : desktop_.isEnabled(id));
+    for (QAction* mode : ofAnalysisModes_) mode->setEnabled(of("runSmartAudioAnalysis")->isEnabled());
+    if (clips.size() != 1) of("exportSingleClip")->setEnabled(false);
+    of("clusterLoad")->setEnabled(!clips.empty());
     const commands::CommandContext& context = desktop_.context();
     scan_->setEnabled(commands::isAtRest(context));
     find_->setEnabled(commands::hasClipsAtRest(context));
     listen_->setEnabled(commands::hasClipsAtRest(context) && !screens_.isListening());
-    sheets_.renameClips->setEnabled(desktop_.isEnabled("batchRename"));
-    sheets_.buildRoomTone->setEnabled(desktop_.isEnabled("scanAtmoCandidates"));
     rename_->setEnabled(clips.size() == 1);
-    single_->setEnabled(clips.size() == 1 && applies("exportSingleClip", clips));
     const bool isPlaying = screens_.isPlaying();
     results_->setEnabled(isPlaying);
     keys_->setEnabled(isPlaying);
     review_->setEnabled(!isPlaying && !clips.empty());
-    multicam_->setEnabled(!clips.empty());
     const UndoState undo = desktop_.controller().work().undoState();
     const auto named = [](const std::string& step) {
         return translated(step).replace(QLatin1Char('&'), QStringLiteral("&&"));
     };
-    undo_->setText(undo.undoActionName ? tr("Undo %1").arg(named(*undo.undoActionName)) : tr("Undo"));
-    redo_->setText(undo.redoActionName ? tr("Redo %1").arg(named(*undo.redoActionName)) : tr("Redo"));
+    of("undo")->setText(undo.undoActionName ? tr("Undo %1").arg(named(*undo.undoActionName)) : tr("Undo"));
+    of("redo")->setText(undo.redoActionName ? tr("Redo %1").arg(named(*undo.redoActionName)) : tr("Redo"));
 }
 
 namespace {

@@ -1,16 +1,15 @@
 #pragma once
 
 #include "OrvaneSyncApp/Views/Desktop.h"
-#include "OrvaneSyncApp/Views/Sheets/SheetMenus.h"
 
-#include <QKeySequence>
 #include <QObject>
+#include <QString>
 #include <QStringList>
 
 #include <functional>
+#include <map>
 #include <optional>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 class QAction;
@@ -54,6 +53,16 @@ class MainMenus : public QObject {
     void returnKeyboard();
     bool isQuittingOverSheet(const QObject& watched, const QEvent& event) const;
     void quit();
+    /// An entry of a menu that runs no row of the table by itself.
+    struct OwnEntry {
+        int order; ///< among those of the table, as theirs
+        QAction* action;
+    };
+    /// The entries of the rows that are in a menu.
+    void makeCommands();
+    /// What the window does for a row that it does not just run: it asks for a place or an answer, or shows
+    /// something; by the command.
+    std::map<std::string_view, std::function<void()>> actsOfWindow();
     void makeFile();
     void makeEdit();
     void makeClip();
@@ -62,14 +71,21 @@ class MainMenus : public QObject {
     void makeView();
     void makeHelp();
     void makeTools();
-    /// A row of the table in a menu.
-    QAction* addCommand(QMenu* menu, std::string_view id, const QKeySequence& key = {}, JSON arguments = {});
-    QAction* addClipCommand(QMenu* menu, std::string_view id, const QKeySequence& key = {});
+    /// Lays the entries of the table and those of the window's own into a menu.
+    void fill(QMenu* menu, commands::Menu which, std::vector<OwnEntry> entries);
+    QAction* ownEntry(const QString& title, std::function<void()> act, const QString& help = {});
+    QMenu* addMenu(const QString& title);
+    /// The entry of a row of the table, which has one.
+    QAction* of(std::string_view id) const;
+    void run(const commands::Command& row);
     /// The actions of menus that have a key of the user's choice.
     void showKeys();
     void listScreens(QMenu* menu);
-    /// An entry for a command that something is asked for first.
-    QAction* addAsking(QMenu* menu, std::string_view id, std::function<void()> act);
+    void openProject();
+    void saveProject();
+    void loadReport();
+    void writeReview();
+    void applyReview();
     bool agrees(const Question& question);
     void analyse(const JSON& mode); ///< as the setting holds it
     void exportClip();
@@ -84,23 +100,12 @@ class MainMenus : public QObject {
     Desktop& desktop_;
     QMainWindow& window_;
     const Screens screens_;
-    std::vector<std::pair<QAction*, std::string_view>> commandActions_;
-    std::vector<std::pair<QAction*, std::string_view>> clipActions_;
-    QMenu* clip_ = nullptr;
-    QMenu* audio_ = nullptr;
-    SheetActions sheets_{};
+    std::map<std::string_view, QAction*> ofCommands_;
+    std::vector<QAction*> ofAnalysisModes_;
     QAction* scan_ = nullptr;
     QAction* find_ = nullptr;
-    QAction* undo_ = nullptr;
-    QAction* redo_ = nullptr;
-    QAction* open_ = nullptr;
-    QAction* save_ = nullptr;
-    QAction* report_ = nullptr;
-    QAction* export_ = nullptr;
     QAction* rename_ = nullptr;
-    QAction* single_ = nullptr;
     QAction* review_ = nullptr;
-    QAction* multicam_ = nullptr;
     QAction* results_ = nullptr;
     QAction* keys_ = nullptr;
     QAction* quit_ = nullptr;

@@ -3,7 +3,6 @@
 #include "OrvaneSyncApp/ViewModels/Results/ClipDecisions.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
-#include "OrvaneSyncApp/Views/Sheets/SheetMenus.h"
 
 #include <QMainWindow>
 

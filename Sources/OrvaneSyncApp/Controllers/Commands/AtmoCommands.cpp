@@ -68,7 +68,8 @@ std::vector<Command> atmoCommands() {
                         {.name = "targetDuration", .kind = number, .lowest = 1, .highest = 3600},
                         {.name = "outputDirectory", .kind = path, .isOptional = true}},
                        buildAtmo)
-            .when(hasSoundAtRest),
+            .when(hasSoundAtRest)
+            .inMenu(Menu::audio, 310),
     };
 }
 

@@ -58,7 +58,8 @@ std::vector<Command> clusterCommands() {
     constexpr double mostFrames = 1'000'000, longestSeconds = 604'800;
     return {
         Command::later("clusterLoad", "Open as Multicam", "Opens cameras of one take, each on its clap.",
-                       {{"groupIDs", texts}}, load),
+                       {{"groupIDs", texts}}, load)
+            .inMenu(Menu::view, 130, "Ctrl+M"),
         row("clusterPlay", "Play All", "Starts all cameras at one instant, by the place of the one heard.",
             {}, [](ClusterEngineBag& bag, const Call&) { bag.playAll(); }),
         row("clusterPause", "Pause All", "Stops all cameras.", {},

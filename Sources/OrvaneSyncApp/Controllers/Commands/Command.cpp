@@ -142,6 +142,11 @@ Command Command::ahead() && {
     return std::move(*this);
 }
 
+Command Command::inMenu(Menu menu, int order, std::string_view key) && {
+    entry = MenuPlace{menu, order, key};
+    return std::move(*this);
+}
+
 bool Command::isOfOneClip() const {
     return std::ranges::any_of(parameters, [](const Parameter& parameter) {
         return parameter.kind == Parameter::Kind::id && !parameter.isOptional &&

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/Commands/MenuPlace.h"
 #include "OrvaneSyncApp/Controllers/UndoStep.h"
 #include "OrvaneSyncCore/Models/SyncGroup.h"
 #include "OrvaneSyncCore/Models/UUID.h"
@@ -108,6 +109,7 @@ struct Command {
     Command when(Enabled isEnabledNow) &&;
     Command forClips(Applies appliesToClip) &&;
     Command ahead() &&;
+    Command inMenu(Menu menu, int order, std::string_view key = {}) &&;
 
     /// Whether it can do anything as the work stands: to this clip, or without one, to any.
     bool isEnabled(const CommandContext& context, const SyncGroup* clip = nullptr) const;
@@ -126,6 +128,7 @@ struct Command {
     Applies applies = nullptr; ///< of a command for one clip; null: to every one
     /// Is about an operation that others wait for: where calls are served in turn, this one is not held up.
     bool goesAhead = false;
+    std::optional<MenuPlace> entry; ///< nothing: it is in no menu
 };
 
 } // namespace orvane::commands

@@ -126,21 +126,27 @@ std::vector<Command> flagCommands() {
         onGroup("resetAudioOffset", "Puts the sound back to where the timecode lays it.", resetAudioOffset,
                 &ClipEditing::resetAudioOffset, hasOffset),
         onGroup("toggleApproved", "Approves the clip, or takes the approval back.", toggleApproved,
-                &ClipEditing::toggleApproved),
+                &ClipEditing::toggleApproved)
+            .inMenu(Menu::clip, 110, "Ctrl+Return"),
         onGroup("toggleLocked", "Locks the clip with its offset and anchors as they are, or unlocks it.",
-                toggleLocked, &ClipEditing::toggleLocked),
+                toggleLocked, &ClipEditing::toggleLocked)
+            .inMenu(Menu::clip, 120, "Ctrl+L"),
         onGroup("toggleMOS", "Marks a clip without sound as meant to have none, or takes the mark away.",
                 toggleMOS, &ClipEditing::toggleMOS, isMOS),
         onGroup("togglePickup", "Marks the clip as a pickup, or takes the mark away.", togglePickup,
-                &ClipEditing::togglePickup),
+                &ClipEditing::togglePickup)
+            .inMenu(Menu::clip, 150),
         onGroup("markScenePickupFromHere", "Marks the takes of this scene from this one on as pickups.",
                 markScenePickupFromHere, &ClipEditing::markScenePickupFromHere),
         onGroup("toggleExcludedFromExport", "Excludes the clip from the export, or includes it again.",
-                toggleExcludedFromExport, &ClipEditing::toggleExcludedFromExport),
+                toggleExcludedFromExport, &ClipEditing::toggleExcludedFromExport)
+            .inMenu(Menu::clip, 130),
         onGroup("toggleExcludedFromMulticam", "Excludes the clip from multicam clips, or includes it again.",
-                toggleExcludedFromMulticam, &ClipEditing::toggleExcludedFromMulticam),
+                toggleExcludedFromMulticam, &ClipEditing::toggleExcludedFromMulticam)
+            .inMenu(Menu::clip, 140),
         onGroup("confirmAmbiguousMatch", "Takes the recordings of an ambiguous clip as they are.",
-                confirmAmbiguousMatch, &RecordingEditing::confirmAmbiguousMatch, isAmbiguousAndUnlocked),
+                confirmAmbiguousMatch, &RecordingEditing::confirmAmbiguousMatch, isAmbiguousAndUnlocked)
+            .inMenu(Menu::clip, 220),
         onGroup("removeVideoFromSync", "Takes the clip out of the list.", removeVideoFromSync,
                 &RecordingEditing::removeVideoFromSync, isUnlocked),
         Command::later("resyncClip", resyncClip.actionName, "Matches the clip anew; manual decisions stay.",
@@ -148,9 +154,11 @@ std::vector<Command> flagCommands() {
                        [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
                            return context.controller->recordings().resyncClip(call.id("groupID"));
                        })
-            .undoneBy(resyncClip),
+            .undoneBy(resyncClip)
+            .inMenu(Menu::clip, 230, "Ctrl+R"),
         onGroup("resetClipToAutoSync", "Takes back every manual decision about the clip but its matches.",
-                resetClipToAutoSync, &ClipEditing::resetClipToAutoSync),
+                resetClipToAutoSync, &ClipEditing::resetClipToAutoSync)
+            .inMenu(Menu::clip, 240),
         onGroup("resetMasterGain", "Lets the master gain follow the measured loudness again.",
                 resetMasterGain, &TrackEditing::resetMasterGain),
         switching("setGenerateNativeMOS",
@@ -213,7 +221,8 @@ std::vector<Command> valueCommands() {
                  {.name = "suffix", .kind = text, .isOptional = true}},
                 batchRename)
             .undoneBy(setManualClipName)
-            .when(hasClipsAtRest),
+            .when(hasClipsAtRest)
+            .inMenu(Menu::clip, 510),
         Command("clearAllManualNames", "Clear All Manual Names",
                 "Takes every name back that was given by hand; the naming rules name the clips again.", {},
                 [](CommandContext& context, const Call&) {
@@ -307,13 +316,15 @@ std::vector<Command> recordingCommands() {
                            return context.controller->recordings().resyncAllClips();
                        })
             .undoneBy(resyncAllClips)
-            .when(hasClipsAtRest),
+            .when(hasClipsAtRest)
+            .inMenu(Menu::clip, 410),
         Command::later("resetAllClipsToAutoSync", "Reset All Clips",
                        "Removes the manual decisions about all clips; cannot be undone.", {},
                        [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
                            return context.controller->clips().resetAllClipsToAutoSync();
                        })
-            .when(hasClipsAtRest),
+            .when(hasClipsAtRest)
+            .inMenu(Menu::clip, 420),
         edit("renameWildTrack", "Names a recording without picture.", renameWildTrack,
              {{"id", id}, {"to", text}},
              [](Controller& controller, const Call& call) {
@@ -347,7 +358,8 @@ std::vector<Command> undoCommands() {
                 })
             .when([](const CommandContext& context) {
                 return isAtRest(context) && context.controller->work().undoState().canUndo;
-            }),
+            })
+            .inMenu(Menu::edit, 110),
         Command("redo", "Redo", "Redoes the last undone step.", {},
                 [](CommandContext& context, const Call&) {
                     context.controller->redo();
@@ -355,7 +367,8 @@ std::vector<Command> undoCommands() {
                 })
             .when([](const CommandContext& context) {
                 return isAtRest(context) && context.controller->work().undoState().canRedo;
-            }),
+            })
+            .inMenu(Menu::edit, 120),
         Command("undoState", "What Can Be Undone", "Says what can be taken back and made again.", {},
                 [](CommandContext& context, const Call&) {
                     return undoStateJSON(context.controller->work().undoState());

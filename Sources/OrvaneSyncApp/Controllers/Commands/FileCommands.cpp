@@ -132,17 +132,20 @@ std::vector<Command> reportCommands() {
         Command::later("loadALE", "Load Report…",
                        "Reads a camera or sound report and lays it over the clips.", {{"path", path}},
                        loadALE)
-            .when(isAtRest),
+            .when(isAtRest)
+            .inMenu(Menu::file, 230),
         onGroup("clearALEMetadata", "Removes what reports said of the clip.", steps::clearALEMetadata,
                 &ReportController::clearALEMetadata, hasALEMetadata),
         onGroup("clearLockitMetadata", "Removes what LockitNetwork said of the clip.",
                 steps::clearLockitMetadata, &ReportController::clearLockitMetadata, hasLockitMetadata),
         onAll("clearALEMetadataForAllClips", "Removes what reports said of all clips.",
               steps::clearALEMetadataForAllClips, &ReportController::clearALEMetadataForAllClips,
-              &ReportController::aleMetadataClipCount),
+              &ReportController::aleMetadataClipCount)
+            .inMenu(Menu::file, 240),
         onAll("clearLockitMetadataForAllClips", "Removes what LockitNetwork said of all clips.",
               steps::clearLockitMetadataForAllClips, &ReportController::clearLockitMetadataForAllClips,
-              &ReportController::lockitMetadataClipCount),
+              &ReportController::lockitMetadataClipCount)
+            .inMenu(Menu::file, 260),
     };
 }
 
@@ -150,17 +153,21 @@ std::vector<Command> fileCommands() {
     return {
         Command::later("saveProject", "Save Project…", "Writes the decisions as a project file.",
                        {{"path", path}, overwrite}, saveProject)
-            .when(hasClipsAtRest),
+            .when(hasClipsAtRest)
+            .inMenu(Menu::file, 220),
         Command::later("loadProject", "Open Project…",
                        "Scans the folders of a project and lays its decisions over the clips.",
-                       {{"path", path}}, loadProject),
+                       {{"path", path}}, loadProject)
+            .inMenu(Menu::file, 210),
         Command::later("exportFCPXML", "Export FCPXML…", "Writes all settled clips as one document.",
                        {{"output", path}, {"eventName", text, true}, version, overwrite}, exportedDocument)
-            .when(hasClipsAtRest),
+            .when(hasClipsAtRest)
+            .inMenu(Menu::file, 410, "Ctrl+E"),
         Command::later("exportSingleClip", "Export Single Clip…", "Writes one clip as a document.",
                        {groupID, {"output", path}, {"eventName", text, true}, version, overwrite},
                        exportedDocument)
-            .when(hasClipsAtRest),
+            .when(hasClipsAtRest)
+            .inMenu(Menu::clip, 310),
     };
 }
 

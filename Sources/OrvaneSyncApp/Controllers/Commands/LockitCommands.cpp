@@ -116,7 +116,8 @@ std::vector<Command> lockitCommands() {
                        "Copies the metadata of LockitNetwork to the clips, day by day; returns the outcome.",
                        {}, syncLockit)
             .undoneBy(undoSteps::syncLockitNetwork)
-            .when(hasClipsAtRest),
+            .when(hasClipsAtRest)
+            .inMenu(Menu::file, 250),
         Command("fieldMapping", "Field Mapping", "Gives where each field of LockitNetwork goes.", {},
                 [](CommandContext& context, const Call&) {
                     return toJSON(LockitFieldMapping::current(*context.settings));

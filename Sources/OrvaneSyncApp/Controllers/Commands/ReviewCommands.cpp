@@ -75,12 +75,14 @@ std::vector<Command> reviewCommands() {
         Command::later("writeReview", "Write Review Table…",
                        "Writes the clips as a table to decide about them in a spreadsheet.",
                        {{"output", path}, {"overwrite", boolean, true}}, writeReview)
-            .when(hasClipsAtRest),
+            .when(hasClipsAtRest)
+            .inMenu(Menu::file, 310),
         Command::later("applyReview", "Apply Review Table…",
                        "Applies the decisions of a review table; says which of its lines it could not use.",
                        {{"path", path}}, applyReviewFile)
             .undoneBy(steps::applyReview)
-            .when(hasClipsAtRest),
+            .when(hasClipsAtRest)
+            .inMenu(Menu::file, 320),
         Command("chooseFirst", "Choose First Recordings",
                 "Settles every ambiguous clip by the recording that it lists first.", {},
                 [](CommandContext& context, const Call&) {

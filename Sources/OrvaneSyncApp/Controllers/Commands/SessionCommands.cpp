@@ -146,7 +146,8 @@ std::vector<Command> openingCommands() {
         Command::later("newSession", "New Session", "Opens empty work in a session of its own.", {},
                        [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
                            return saved(context, context.sessions->newSession(*context.controller));
-                       }),
+                       })
+            .inMenu(Menu::file, 130, "New"),
         Command::later(
             "saveSession", "Save Session",
             "Saves the open session now, under a name where one is given; work without a session gets "

@@ -57,7 +57,8 @@ std::vector<Command> smartAudioCommands() {
                        "Analyses the sound of all settled clips.",
                        {{.name = "mode", .kind = text, .choices = smartAudioModeTags}, overwriteManualTracks},
                        runAnalysis)
-            .when(hasSoundAtRest),
+            .when(hasSoundAtRest)
+            .inMenu(Menu::audio, 110),
         Command::later("runSmartAudioForGroup", "Run Smart Audio for This Clip",
                        "Analyses the sound of the clip and measures its loudness.",
                        {groupID, overwriteManualTracks},
@@ -74,7 +75,8 @@ std::vector<Command> smartAudioCommands() {
             [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
                 return context.controller->smartAudio().measureLoudness();
             })
-            .when(hasSoundAtRest),
+            .when(hasSoundAtRest)
+            .inMenu(Menu::audio, 130),
         Command("stopSmartAudio", "Stop Smart Audio", "Ends the analysis; what it has done until now stays.",
                 {},
                 [](CommandContext& context, const Call&) {

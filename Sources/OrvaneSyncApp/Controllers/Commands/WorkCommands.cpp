@@ -237,7 +237,8 @@ std::vector<Command> workCommands() {
                     else
                         context.controller->reset();
                     return JSON();
-                }),
+                })
+            .inMenu(Menu::file, 510, "Close"),
         Command::later("state", "State of the Work", "Gives the open work.", {}, state),
         Command::later(
             "diagnose", "Diagnosis",

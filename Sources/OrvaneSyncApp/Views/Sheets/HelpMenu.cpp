@@ -1,7 +1,5 @@
-#include "OrvaneSyncApp/Views/Sheets/SheetMenus.h"
+#include "OrvaneSyncApp/Views/Sheets/HelpMenu.h"
 
-#include "OrvaneDesignKit/Icons.h"
-#include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
@@ -12,24 +10,7 @@
 
 namespace orvane::views {
 
-SheetActions addSheetActions(Desktop& desktop, QWidget* window, QMenu* clip, QMenu* audio, QMenu* help) {
-    SheetActions actions{};
-    clip->addSeparator();
-    actions.renameClips =
-        clip->addAction(design::icon(design::Glyph::rename), translated(desktop.command("batchRename").title),
-                        window, [&desktop, window] { showBatchRenamer(desktop, window); });
-    actions.renameClips->setStatusTip(translated(desktop.command("batchRename").help));
-    audio->addSeparator();
-    actions.buildRoomTone =
-        audio->addAction(design::icon(design::Glyph::roomTone), QObject::tr("Build Room Tone…"), window,
-                         [&desktop, window] { showAtmoBuilder(desktop, window); });
-    actions.buildRoomTone->setStatusTip(translated(desktop.command("buildAtmo").help));
-    audio->addAction(QObject::tr("Calibration…"), window, [&desktop, window] {
-        SettingsWindow settings(desktop, window);
-        settings.showTab(SettingPage::calibration);
-        settings.exec();
-    });
-
+void addHelpEntries(Desktop& desktop, QWidget* window, QMenu* help) {
     help->addAction(QObject::tr("Diagnostics…"), window,
                     [&desktop, window] { showDiagnostics(desktop, window); });
     help->addAction(QObject::tr("Send Feedback…"), window,
@@ -50,7 +31,6 @@ SheetActions addSheetActions(Desktop& desktop, QWidget* window, QMenu* clip, QMe
     };
     QObject::connect(help, &QMenu::aboutToShow, help, look);
     look();
-    return actions;
 }
 
 } // namespace orvane::views

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace orvane::commands {
+
+enum class Menu : std::uint8_t { file, edit, clip, audio, view };
+
+/// The entry of a command in the menus of the window.
+struct MenuPlace {
+    Menu menu = Menu::file;
+    /// Entries stand by rising numbers, with a separator wherever the hundreds change.
+    int order = 0;
+    /// Such as "Ctrl+Return"; "New" and "Close" are the keys that the desktop has for these. Empty: none, or
+    /// one of the user's choice.
+    std::string_view key = {};
+};
+
+} // namespace orvane::commands

@@ -525,6 +525,10 @@ TEST_F(ServeTest, listsItsCommandsAsTheGuideDoes) {
     EXPECT_TRUE(isEnabled("undo"));
     EXPECT_TRUE(isEnabled("attachAudioToGroup")) << "for another clip";
     EXPECT_FALSE(isEnabled("attachAudioToGroup", onFirst())) << "it is locked";
+    call("startScan");
+    EXPECT_TRUE(isEnabled("undo"));
+    call("startScan", R"({"ofOtherWork":true})");
+    EXPECT_FALSE(isEnabled("undo")) << "it would bring back other work";
 }
 
 /// The example of docs/automation.md, as it stands there.

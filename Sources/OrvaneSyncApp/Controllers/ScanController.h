@@ -53,6 +53,8 @@ class ScanController {
     /// what was found then. `of`: whether the folders are those of the open work, or of other work that
     /// takes its place, which clears the undo steps.
     platform::Task startScan(OpenWork::ScanOf of = OpenWork::ScanOf::sameWork);
+    /// The scan that was started last, which may have ended; ended without one.
+    platform::Task lastScan() const { return runningScan_.value_or(platform::Task::ended()); }
     /// A scan that runs ends, and leaves all as it was before it; its task fails with Stopped.
     void stopScan();
     /// A scan that runs ends without a trace.

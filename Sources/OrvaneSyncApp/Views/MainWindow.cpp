@@ -371,8 +371,11 @@ void MainWindow::startScan() {
     banner_->clear();
     scanning_->begin();
     const bool isOther = desktop_.controller().work().syncGroups().empty();
-    scan_ = desktop_.controller().scan().startScan(isOther ? OpenWork::ScanOf::otherWork
-                                                           : OpenWork::ScanOf::sameWork);
+    JSON arguments = JSON::object();
+    arguments.set("ofOtherWork", isOther);
+    // The command goes on through the analysis; the screen follows the scan, and says what it ends with.
+    desktop_.run("startScan", std::move(arguments), {}, [](const QString&) {});
+    scan_ = desktop_.controller().scan().lastScan();
     isLeavingScan_ = false;
     if (isOther) offerKnownSession();
     const ClipDecisions before = ClipDecisions::of(desktop_.controller());

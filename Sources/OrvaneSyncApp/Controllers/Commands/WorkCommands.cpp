@@ -120,9 +120,18 @@ JSON setCorrections(CommandContext& context, const Call& call) {
 }
 
 /// Done when the clips stand and the analysis has ended that the settings may ask for.
-platform::Task startScan(CommandContext& context, Call, std::shared_ptr<JSON>) {
-    co_await context.controller->scan().startScan();
-    co_await context.controller->smartAudio().waitForAnalysisAfterScan();
+platform::Task startScan(CommandContext& context, Call call, std::shared_ptr<JSON>) {
+    // Weak: the end of the program stops the scan by the end of its controller.
+    const std::weak_ptr<ImportController> weak = context.controller;
+    const bool isOfOtherWork = call.has("ofOtherWork") && call.boolean("ofOtherWork");
+    const platform::Task scanning = context.controller->scan().startScan(
+        isOfOtherWork ? OpenWork::ScanOf::otherWork : OpenWork::ScanOf::sameWork);
+    co_await scanning;
+    auto controller = weak.lock();
+    if (!controller) co_return;
+    const platform::Task analysing = controller->smartAudio().waitForAnalysisAfterScan();
+    controller.reset();
+    co_await analysing;
 }
 
 /// What is said of all of the work, made on a queue.
@@ -217,8 +226,10 @@ std::vector<Command> workCommands() {
                 "and the rate at which timecode counts.",
                 {{"soundOffset", text, true}, {"soundDate", text, true}, {"timecodeRate", text, true}},
                 setCorrections),
-        Command::later("startScan", "Scan & Match", "Reads the folders and matches what is in them.", {},
-                       startScan)
+        Command::later("startScan", "Scan & Match",
+                       "Reads the folders and matches what is in them; of other work than the open one "
+                       "there is nothing to take back.",
+                       {{"ofOtherWork", boolean, true}}, startScan)
             .when([](const CommandContext& context) { return context.controller->scan().canScan(); }),
         Command("stopScan", "Stop Scan", "Stops the scan and leaves all as it was.", {},
                 [](CommandContext& context, const Call&) {

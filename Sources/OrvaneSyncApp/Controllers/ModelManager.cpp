@@ -17,8 +17,8 @@ struct ModelsOnDisk {
     BanditStemSeparator::Installation bandit;
 };
 
-ModelsOnDisk modelsOnDisk() {
-    return {modelCatalogue(ServiceConfiguration::load()), ModelStorage::totalSizeMB(),
+ModelsOnDisk modelsOnDisk(const std::stop_token& stop) {
+    return {modelCatalogue(ServiceConfiguration::load()), ModelStorage::totalSizeMB(stop),
             BanditStemSeparator().installation()};
 }
 
@@ -83,7 +83,15 @@ platform::Task ModelManager::download(const std::string& id) {
 platform::Task ModelManager::fetch(Weak weak, std::string id) {
     // The row as it is at the moment: the configuration may have changed since it was shown.
     const platform::Task looking = rebuild(weak);
-    co_await looking;
+    try {
+        co_await looking;
+    } catch (const platform::Stopped&) {
+        if (const auto own = weak.lock()) {
+            own->downloads_.erase(id);
+            own->setStatus(id, {ModelStatus::Kind::error, 0, "Download cancelled"});
+        }
+        throw;
+    }
     auto self = weak.lock();
     if (!self) co_return;
     const ModelInfo* const model = self->model(id);

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/ModelStorage/ModelStorage.h"
 #include "OrvaneSyncCore/Utilities/Base64.h"
 #include "Platform/Files.h"
+#include "Platform/Stop.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
@@ -90,6 +91,9 @@ TEST_F(ModelStorageTest, aModelIsInItsPlaceOnceItIsWholeAndTested) {
     EXPECT_EQ(folder_.read("Orvane Tandrel/Models/demucs.mlpackage/Manifest.json").size(), 280U);
     EXPECT_TRUE(ModelStorage::isInstalled("demucs"));
     EXPECT_EQ(ModelStorage::totalSizeMB(), 0);
+    std::stop_source stopped;
+    stopped.request_stop();
+    EXPECT_THROW(ModelStorage::totalSizeMB(stopped.get_token()), platform::Stopped);
     folder_.write("Orvane Tandrel/Models/demucs.bin", "both");
     ModelStorage::remove("demucs");
     EXPECT_TRUE(fs::is_empty(models("")));

@@ -32,7 +32,8 @@ platform::Task setSetting(CommandContext& context, Call call, std::shared_ptr<JS
     co_await platform::written(context.settings->set(key, value), *mainThread);
 }
 
-/// Presets are files, which the interface thread does not wait for.
+/// Presets are files, which the interface thread does not wait for. What reads them takes a stop token, and
+/// nobody who stops it waits for the disk; what changes them is carried to its end.
 template <class Work>
 auto onDocuments(const CommandContext& context, Work work) {
     const auto& open = context.controller->work();
@@ -40,7 +41,7 @@ auto onDocuments(const CommandContext& context, Work work) {
 }
 
 platform::Task presets(CommandContext& context, Call /*call*/, std::shared_ptr<JSON> result) {
-    auto listing = onDocuments(context, [] { return PresetManager().list(); });
+    auto listing = onDocuments(context, [](const std::stop_token&) { return PresetManager().list(); });
     std::vector<std::string> names = co_await listing;
     *result = JSON::array();
     for (std::string& name : names) result->append(std::move(name));
@@ -56,16 +57,18 @@ platform::Task savePreset(CommandContext& context, Call call, std::shared_ptr<JS
 platform::Task loadPreset(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
     const auto settings = context.settings;
     const auto mainThread = context.controller->work().environment.mainThread;
-    auto reading = onDocuments(context, [name = call.text("name")] { return PresetManager().saved(name); });
+    auto reading = onDocuments(
+        context, [name = call.text("name")](const std::stop_token&) { return PresetManager().saved(name); });
     const platform::SettingsStore::Values values = co_await reading;
     // Who watches the settings is called on the thread that changes them.
     co_await platform::written(settings->setAll(values), *mainThread);
 }
 
 platform::Task presetInForce(CommandContext& context, Call call, std::shared_ptr<JSON> result) {
-    auto comparing = onDocuments(context, [name = call.text("name"), settings = context.settings] {
-        return PresetManager().isInForce(name, *settings);
-    });
+    auto comparing =
+        onDocuments(context, [name = call.text("name"), settings = context.settings](const std::stop_token&) {
+            return PresetManager().isInForce(name, *settings);
+        });
     *result = co_await comparing;
 }
 

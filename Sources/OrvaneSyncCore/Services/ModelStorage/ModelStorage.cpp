@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "Platform/Files.h"
 #include "Platform/SHA256.h"
+#include "Platform/Stop.h"
 #include "Platform/Text.h"
 
 namespace orvane::ModelStorage {
@@ -11,7 +12,7 @@ namespace files = platform::files;
 
 namespace {
 
-std::int64_t bytesOf(const std::string& path) {
+std::int64_t bytesOf(const std::string& path, const std::stop_token& stop = {}) {
     const auto there = files::attributes(path);
     if (!there) return 0;
     if (!there->isDirectory) return there->size;
@@ -19,6 +20,7 @@ std::int64_t bytesOf(const std::string& path) {
     files::walk(
         path,
         [&](const std::string& file, files::WalkEntry kind) {
+            platform::throwIfStopped(stop);
             if (kind != files::WalkEntry::file) return;
             if (const auto attributes = files::attributes(file)) bytes += attributes->size;
         },
@@ -55,9 +57,9 @@ void remove(std::string_view id) {
     }
 }
 
-std::int64_t totalSizeMB() {
+std::int64_t totalSizeMB(const std::stop_token& stop) {
     constexpr std::int64_t megabyte = 1'048'576;
-    return bytesOf(modelsDirectory()) / megabyte;
+    return bytesOf(modelsDirectory(), stop) / megabyte;
 }
 
 bool verifySHA256(const std::string& path, std::string_view expectedHash, const std::stop_token& stop) {

@@ -19,8 +19,8 @@ std::int64_t sizeOnDisk(std::string_view id); ///< bytes; 0 for one that is not 
 void remove(std::string_view id);
 /// Where a model lies while it is downloaded.
 std::string downloadPath(std::string_view id);
-/// Of everything in the folder, in whole units of 1,048,576 bytes.
-std::int64_t totalSizeMB();
+/// Of everything in the folder, in whole units of 1,048,576 bytes. Throws Stopped.
+std::int64_t totalSizeMB(const std::stop_token& stop = {});
 /// `expectedHash` in hexadecimal digits of either case. False for a file that cannot be read. Throws Stopped.
 bool verifySHA256(const std::string& path, std::string_view expectedHash, const std::stop_token& stop = {});
 } // namespace orvane::ModelStorage

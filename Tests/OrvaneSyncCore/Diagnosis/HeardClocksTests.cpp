@@ -1,0 +1,182 @@
+#include "OrvaneSyncCore/Services/Waveform/SoundLag.h"
+#include "Shot.h"
+
+namespace orvane::test::doubts {
+namespace {
+
+TEST(HeardClocks, ARecorderThatWasStartedLateIsNoWrongClockOnceTheCamerasWereHeard) {
+    for (const bool isSecondUnitRight : {false, true}) {
+        Shot shot;
+        for (int i = 0; i < 6; ++i) {
+            const std::string number = std::to_string(i) + ".wav";
+            shot.videos.push_back(clipAt("/CAM/A" + std::to_string(i) + ".mov", 36000 + 300 * i, 10));
+            shot.videos.back().channelCount = 2;
+            shot.audios.push_back(recordingAt("/S/T" + number, 36003 + 300 * i, 12));
+            if (isSecondUnitRight) shot.audios.push_back(recordingAt("/S2/U" + number, 35997 + 300 * i, 20));
+        }
+        shot.diagnose();
+        EXPECT_EQ(shot.count(Kind::constantOffset), 6) << "by timecode alone it may be either";
+        std::unordered_map<UUID, HeardLag> heard;
+        for (const SoundLag::Pair& pair : SoundLag::pairsToHear(shot.groups))
+            if (pair.recording.files.front().url.path.starts_with("/S/")) heard[pair.matchID] = {0.04};
+        const auto doubtsOf = [&] {
+            shot.doubts =
+                SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard});
+            return shot.count(Kind::constantOffset);
+        };
+        EXPECT_EQ(doubtsOf(), 0);
+        EXPECT_EQ(shot.count(Kind::shortSound), isSecondUnitRight ? 0 : 6);
+        for (auto& [match, lag] : heard) lag.seconds = -3;
+        EXPECT_EQ(doubtsOf(), 6) << "heard at another place";
+    }
+}
+
+TEST(HeardClocks, WhatWasHeardIsCuredInAScanOfItsRecorderAlone) {
+    struct Case {
+        const char *bag, *cart; ///< what the paths begin with; the first one is heard and 2 s late
+        std::optional<HeardLag> otherCamera; ///< absent: there is none, or it has no microphone
+        const char* scan;
+        bool isOtherDeaf = false;
+    };
+    for (const Case& one :
+         {Case{"/S/BAG/B", "/S/CART/T", {}, "in a scan of this card alone (--exclude 'CART');"},
+          {"/S/B", "/S/T", {}, "in a scan of this card alone (--exclude 'S/T*.wav');"},
+          {"/S/T1", "/S/T2", {}, "in a scan of these recordings alone (put links"},
+          {"/S/BAG/B", "/S/CART/T", HeardLag{0},
+           "in a scan of this card alone (--exclude 'CAM2' --exclude 'CART');"},
+          {"/S/BAG/B", "/S/CART/T", HeardLag{-2.04}, "in a scan of this card alone (--exclude 'CART');"},
+          {"/S/BAG/B", "/S/CART/T", {}, "in a scan of this card alone (--exclude 'CART');", true}}) {
+        Shot shot;
+        for (int i = 0; i < 4; ++i) {
+            const std::string number = std::to_string(i);
+            const double at = 36000 + 300 * i;
+            shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", at, 10));
+            if (one.otherCamera || one.isOtherDeaf)
+                shot.videos.push_back(clipAt("/CAM2/B" + number + ".mov", at, 10));
+            shot.audios.push_back(recordingAt(one.bag + number + ".wav", at - 3, 20));
+            shot.audios.push_back(recordingAt(one.cart + number + ".wav", at - 4, 20));
+        }
+        shot.diagnose();
+        std::unordered_map<UUID, HeardLag> heard;
+        for (const SyncGroup& group : shot.groups)
+            if (group.video.url.path.starts_with("/CAM/"))
+                heard[group.audioMatches.front().id] = {-2};
+            else if (one.otherCamera)
+                heard[group.audioMatches.front().id] = *one.otherCamera;
+        shot.doubts =
+            SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard});
+        ASSERT_TRUE(shot.card(Kind::constantOffset)) << one.bag;
+        EXPECT_NE(shot.card(Kind::constantOffset)->doubt.cure.find(one.scan), std::string::npos)
+            << shot.card(Kind::constantOffset)->doubt.cure;
+        EXPECT_EQ(shot.count(Kind::ambiguous) + shot.count(Kind::otherDay), std::ssize(shot.groups))
+            << "which of the two is right";
+    }
+}
+
+/// Takes in a fixed rhythm, under the clips of which timecode lays those before.
+TEST(HeardClocks, WhatCamerasHeardInOtherRecordingsTellsTheClock) {
+    struct Case {
+        const char* name;
+        std::vector<int> heard; ///< clip by clip: 1 another recording, 0 its own, -1 nothing
+        double score;
+        int offset, alone; ///< clips with such a doubt
+        const char* cure;
+    };
+    for (const Case& one : {Case{"all", {1, 1, -1, -1, 1, -1}, 5, 6, 0, "--sound-offset -00:02:30:00; lock"},
+                            {"from the middle on",
+                             {0, -1, 0, 1, -1, 1},
+                             5,
+                             3,
+                             0,
+                             "--sound-offset -00:02:30:00 in a scan of these"},
+                            {"one alone", {0, 0, -1, 1, 0, 0}, 7, 0, 1, "choose 'T4.wav' in the table"},
+                            {"one that chance may have made", {-1, -1, -1, 1, -1, -1}, 5.5, 0, 0, ""},
+                            {"none", {-1, -1, -1, -1, -1, -1}, 9, 0, 0, ""}}) {
+        Shot shot;
+        for (int i = 0; i < 7; ++i) {
+            const std::string number = std::to_string(i);
+            if (i > 0) shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", 36000 + 150 * i, 10));
+            shot.audios.push_back(recordingAt("/S/T" + number + ".wav", 36000 - 3 + 150 * (i + 1), 20));
+        }
+        shot.diagnose();
+        std::unordered_map<UUID, HeardLag> lags;
+        std::unordered_map<UUID, HeardElsewhere> elsewhere;
+        for (std::size_t i = 0; i < one.heard.size(); ++i) { // clip i + 1 has recording i
+            const UUID match = shot.groups[i].audioMatches.front().id;
+            if (one.heard[i] == 0) lags[match] = {};
+            if (one.heard[i] == 1) elsewhere[match] = {shot.audios[i + 1].id, -150, one.score};
+        }
+        shot.doubts = SyncDoubts::of({.groups = shot.groups,
+                                      .recordings = shot.audios,
+                                      .rules = {},
+                                      .trimMode = TrimMode::noTrim,
+                                      .smartAudioResults = {},
+                                      .names = FileNames(),
+                                      .heardLags = &lags,
+                                      .heardElsewhere = &elsewhere});
+        EXPECT_EQ(shot.count(Kind::constantOffset), one.offset) << one.name;
+        EXPECT_EQ(shot.count(Kind::ambiguous), one.alone) << one.name;
+        const auto all = shot.doubts.summary(shot.groups);
+        EXPECT_EQ(all.empty(), one.offset + one.alone == 0);
+        EXPECT_TRUE(all.empty() || all.front().doubt.cure.starts_with(one.cure)) << all.front().doubt.cure;
+    }
+}
+
+/// A camera that counts non-drop and was set at ten o'clock, read as drop frame.
+TEST(HeardClocks, LagsThatGrowWithTheTimeOfDayTellTheRate) {
+    Shot shot;
+    for (int i = 0; i < 4; ++i) {
+        const std::string number = std::to_string(i);
+        shot.videos.push_back(
+            clipAt("/CAM/A" + number + ".mov", 36336 + 400 * i, 10, TimecodeFrameRate::fps29_97));
+        shot.audios.push_back(recordingAt("/S/T" + number + ".wav", 36297 + 400 * i, 20));
+    }
+    const MatchRules rules{.timecodeRate = TimecodeFrameRate::fps29_97d};
+    shot.diagnose(rules);
+    EXPECT_EQ(shot.count(Kind::timecodeRate), 4) << "an offset at the stated rate does as well";
+    Shot two = shot; // and a camera of that rate, which has its sound
+    for (int i = 0; i < 4; ++i)
+        two.videos.push_back(clipAt("/CAMB/B" + std::to_string(i) + ".mov", 36301 + 400 * i, 10,
+                                    TimecodeFrameRate::fps29_97d));
+    two.diagnose(rules);
+    ASSERT_EQ(two.count(Kind::timecodeRate), 4) << "an offset would move that of the other camera alone";
+    EXPECT_NE(two.card(Kind::timecodeRate)->doubt.cure.find("--tc-rate 29.97NDF --sound-offset 00:00:3"),
+              std::string::npos)
+        << two.card(Kind::timecodeRate)->doubt.cure;
+    std::unordered_map<UUID, HeardLag> heard;
+    for (const SyncGroup& group : shot.groups) heard[group.audioMatches.front().id] = {0.02};
+    shot.doubts =
+        SyncDoubts::of({shot.groups, shot.audios, rules, TrimMode::noTrim, {}, FileNames(), &heard});
+    EXPECT_TRUE(shot.doubts.isEmpty()) << "heard in place";
+    for (const SyncGroup& group : shot.groups) {
+        const AudioMatch& match = group.audioMatches.front();
+        heard[match.id] = {-3 - match.syncOffsetSeconds};
+    }
+    shot.doubts =
+        SyncDoubts::of({shot.groups, shot.audios, rules, TrimMode::noTrim, {}, FileNames(), &heard});
+    ASSERT_TRUE(shot.card(Kind::timecodeRate));
+    EXPECT_TRUE(shot.card(Kind::timecodeRate)
+                    ->doubt.cure.starts_with("--tc-rate 29.97NDF --sound-offset 00:00:35:29;"))
+        << shot.card(Kind::timecodeRate)->doubt.cure;
+}
+
+/// A clock that was set anew within a day, on one card.
+TEST(HeardClocks, RecordingsThatWereHeardInPlaceSayNothingOfTheOthers) {
+    Shot shot;
+    const std::array starts{36307, 36628, 36963, 37312, 37675, 38052};
+    for (std::size_t i = 0; i < starts.size(); ++i) {
+        const int late = i < starts.size() / 2 ? 0 : 3600;
+        shot.videos.push_back(clipAt("/CAM/A" + std::to_string(i) + ".mov", starts.at(i), 10));
+        shot.videos.back().channelCount = 2;
+        shot.audios.push_back(recordingAt("/S/T" + std::to_string(i) + ".wav", starts.at(i) - 3 + late, 20));
+    }
+    shot.diagnose();
+    std::unordered_map<UUID, HeardLag> heard;
+    for (const SoundLag::Pair& pair : SoundLag::pairsToHear(shot.groups)) heard[pair.matchID] = {0};
+    EXPECT_EQ(heard.size(), 3U);
+    shot.doubts = SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard});
+    EXPECT_EQ(shot.count(Kind::constantOffset), 3);
+}
+
+} // namespace
+} // namespace orvane::test::doubts

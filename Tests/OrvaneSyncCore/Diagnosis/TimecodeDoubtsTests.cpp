@@ -1,0 +1,172 @@
+#include "Shot.h"
+
+namespace orvane::test::doubts {
+namespace {
+
+TEST(TimecodeDoubts, SoundWithoutACommonTimecodeIsInDoubtUntilItIsMoved) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    struct Case {
+        const char* name;
+        double picture, sound; ///< seconds since midnight; without timecode below 0
+        double header;         ///< of the picture
+        double moved;          ///< by hand
+        std::string frames;    ///< proposed; "-": in doubt without any, "": no doubt
+    };
+    const Case cases[] = {
+        {"a phone, dated as it began", -1, 36000, 36003, 0, "-75"},
+        {"dated as it ended", -1, 36000, 36013, 0, "-75"},
+        {"a clock of another zone", -1, 36000, 43203, 0, "-"},
+        {"a camera that knows no time", 0, 36000, 36003, 0, "-900075"},
+        {"a recorder without timecode", 36003, -1, 36003, 0, "-"},
+        {"moved", -1, 36000, 36003, -3, ""},
+        {"both count", 36003, 36000, 36003, 0, ""},
+        {"a night at 00:00:00:00", 0, 86395, 2, 0, ""},
+    };
+    for (const Case& one : cases) {
+        Shot shot;
+        shot.videos.push_back(clipAt("/C/A.mov", std::max(one.picture, 0.0), 10));
+        shot.videos.back().frameRate = 25;
+        shot.audios.push_back(recordingAt("/S/T.wav", std::max(one.sound, 0.0), 20));
+        if (one.picture < 0) shot.videos.front().startTimecodeString.reset();
+        if (one.sound < 0) shot.audios.front().bextTimeReference.reset();
+        shot.videos.front().headerDate =
+            *dateFromISO8601("2024-05-17T00:00:00Z") + std::chrono::seconds(std::llround(one.header));
+        shot.date(shot.audios, "2024-05-17");
+        shot.diagnose();
+        shot.groups.update(shot.groups.begin()->id, [&](SyncGroup& own) {
+            own.audioMatches = {SyncEngine::matchByTimecode(own.video, shot.audios.front(), {})};
+            own.matchStatus = MatchStatus::manual();
+            own.manualAudioOffsetSeconds = one.moved;
+        });
+        shot.derive();
+        EXPECT_EQ(shot.count(Kind::noTimecode), one.frames.empty() ? 0 : 1) << one.name;
+        EXPECT_EQ(shot.count(Kind::shortSound), 0) << one.name;
+        if (shot.doubts.isEmpty()) continue;
+        const std::string message = shot.doubts.byGroup.begin()->second.front().message;
+        EXPECT_EQ(message.find("an offset of " + one.frames + " frames") != std::string::npos,
+                  one.frames != "-")
+            << one.name << ": " << message;
+    }
+}
+
+TEST(TimecodeDoubts, ARecordingDatedMidnightIsNamedWhereAClipLacksIt) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    struct Case {
+        const char* name;
+        const char* date; ///< of the recording without a time reference
+        double firstPart; ///< seconds of sound before midnight; none with 0
+        bool isNamed;
+    };
+    const Case cases[] = {
+        {"all there is", "2024-05-18T12:00:00Z", 0, true},
+        {"the second part of a take", "2024-05-18T12:00:00Z", 9, true},
+        {"the clip has its sound", "2024-05-18T12:00:00Z", 30, false},
+        {"another day", "2024-05-17T12:00:00Z", 0, false},
+    };
+    for (const Case& one : cases) {
+        Shot shot;
+        shot.videos.push_back(clipAt("/C/A.mov", 86395, 10));
+        shot.date(shot.videos, "2024-05-17");
+        if (one.firstPart > 0) shot.audios.push_back(recordingAt("/S/T_1.wav", 86391, one.firstPart));
+        shot.audios.push_back(recordingAt("/S/T_0.wav", 80000, 20)); // the recorder knows the time
+        shot.date(shot.audios, "2024-05-17");
+        shot.audios.push_back(recordingAt("/S/T_2.wav", 0, 11));
+        shot.audios.back().bextTimeReference.reset();
+        shot.audios.back().contentCreatedDate = dateFromISO8601(one.date);
+        shot.diagnose();
+        EXPECT_EQ(shot.count(Kind::noTimecode), one.isNamed) << one.name;
+        EXPECT_EQ(shot.count(Kind::shortSound), 0) << one.name;
+        if (!one.isNamed) continue;
+        const auto laid = SyncEngine::matchByTimecode(shot.videos.front(), shot.audios.back(), {});
+        EXPECT_EQ(laid.syncOffsetSeconds, 5) << one.name;
+        EXPECT_EQ(laid.overlapDurationSeconds, 5) << one.name;
+    }
+}
+
+TEST(TimecodeDoubts, LinearTimecodeIsProposedWhereItWasNotListenedFor) {
+    const std::pair<std::optional<int>, const char*> cases[] = {
+        {std::nullopt, "--set ltc.enabled=true"}, {0, "--set ltc.channelIndex=-1"}, {-1, ""}};
+    for (const auto& [channel, option] : cases)
+        for (const bool isMute : {false, true}) {
+            Shot shot;
+            shot.videos.push_back(clipAt("/C/A.mov", 0, 10));
+            shot.videos.front().startTimecodeString.reset();
+            shot.videos.front().channelCount = isMute ? 0 : 2;
+            shot.audios.push_back(recordingAt("/S/T.wav", 36000, 20));
+            shot.timecodeChannel = channel;
+            shot.diagnose();
+            const std::string cure = shot.doubts.byGroup.begin()->second.front().cure;
+            const bool isNone = isMute || *option == '\0';
+            EXPECT_NE(cure.find(isNone ? "attach" : option), std::string::npos) << cure;
+            EXPECT_EQ(cure.find("--set") == std::string::npos, isNone) << cure;
+        }
+}
+
+TEST(TimecodeDoubts, TimecodeIsHeldAgainstTheDatesOfTheFiles) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    struct Clip {
+        const char* folder;
+        double timecode, header; ///< seconds since midnight; without timecode below 0
+    };
+    struct Case {
+        const char* name;
+        std::vector<Clip> clips;
+        Kind kind;
+        int doubted;
+    };
+    using Clips = std::vector<Clip>;
+    const Clips usual{{"A", 36000, 36001}, {"A", 36300, 36301}, {"A", 36700, 36702}, {"A", 37200, 37200}};
+    const auto with = [&](const Clips& more) {
+        Clips all = usual;
+        all.insert(all.end(), more.begin(), more.end());
+        return all;
+    };
+    using enum Kind;
+    const std::vector<Case> cases{
+        {"time of day", usual, notTimeOfDay, 0},
+        {"counted while the camera runs",
+         {{"A", 36000, 36001}, {"A", 36008, 36301}, {"A", 36016, 36700}, {"A", 36024, 37100}},
+         notTimeOfDay,
+         4},
+        {"two of such a card, and its headers in UTC",
+         {{"A", 36000, 28801}, {"A", 36008, 29401}},
+         notTimeOfDay,
+         2},
+        {"written anew, one after the other",
+         {{"A", 36000, 72000}, {"A", 36300, 72009}, {"A", 36700, 72018}, {"A", 37200, 72027}},
+         notTimeOfDay,
+         0},
+        {"written anew, in another order",
+         {{"A", 36300, 72000}, {"A", 36000, 72900}, {"A", 37200, 73800}, {"A", 36700, 74700}},
+         notTimeOfDay,
+         0},
+        {"one among others", with({{"B", 36900, 51500}}), notTimeOfDay, 1},
+        {"another camera with its header in UTC", with({{"B", 36900, 29700}}), notTimeOfDay, 0},
+        {"a phone", with({{"P", -1, 36310}}), noTimecode, 1},
+        {"a drone that counts each clip from 0", with({{"P", 0, 36310}}), noTimecode, 1},
+        {"a clip at midnight", with({{"P", 0, 86399}}), noTimecode, 0},
+    };
+    for (const Case& one : cases) {
+        Shot shot;
+        shot.audios.push_back(recordingAt("/S/T.wav", 35990, 3600));
+        for (const Clip& clip : one.clips) {
+            shot.videos.push_back(
+                clipAt(std::string("/") + clip.folder + "/" + std::to_string(shot.videos.size()) + ".mov",
+                       std::max(clip.timecode, 0.0), 8));
+            if (clip.timecode < 0) shot.videos.back().startTimecodeString.reset();
+            shot.videos.back().headerDate =
+                *dateFromISO8601("2024-05-17T00:00:00Z") + std::chrono::seconds(std::llround(clip.header));
+        }
+        shot.date(shot.audios, "2024-05-17");
+        shot.diagnose();
+        EXPECT_EQ(shot.count(one.kind), one.doubted) << one.name;
+        EXPECT_EQ(std::ssize(shot.doubts.byGroup), one.doubted) << one.name;
+        if (one.kind == noTimecode && one.doubted > 0) {
+            EXPECT_NE(shot.doubts.summary(shot.groups).front().doubt.message.find("'T.wav' was recorded"),
+                      std::string::npos);
+        }
+    }
+}
+
+} // namespace
+} // namespace orvane::test::doubts

@@ -28,12 +28,7 @@ class DayDoubts {
     DayDoubts(const Shoot& shoot, SyncDoubts& doubts) : shoot_(shoot), doubts_(doubts), cures_(shoot) {}
 
     void add() {
-        std::vector<bool> isUsed(shoot_.recordings.size()); // by whole recording
-        for (const Shoot::Clip& clip : shoot_.clips)
-            for (const AudioMatch& match : clip.group->audioMatches)
-                if (const auto found = shoot_.recordingByID.find(match.audio->id);
-                    found != shoot_.recordingByID.end())
-                    isUsed[shoot_.wholes.firstOf[found->second]] = true;
+        const std::vector<bool> isUsed = shoot_.usedWholes();
         for (std::size_t i = 0; i < shoot_.recordings.size(); ++i) {
             addWhole(byDay_, i);
             if (!isUsed[i]) addWhole(unused_, i);

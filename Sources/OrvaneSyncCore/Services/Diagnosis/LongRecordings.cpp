@@ -21,15 +21,10 @@ class LongRecordings {
         : shoot_(shoot), clips_(clips), doubts_(doubts), rate_(rateOfLabels(shoot)) {}
 
     void add() {
-        std::vector<bool> isMet(shoot_.recordings.size()); // by whole recording
-        for (const Shoot::Clip& clip : shoot_.clips)
-            for (const AudioMatch& match : clip.group->audioMatches)
-                if (const auto found = shoot_.recordingByID.find(match.audio->id);
-                    found != shoot_.recordingByID.end())
-                    isMet[shoot_.wholes.firstOf[found->second]] = true;
+        const std::vector<bool> isUsed = shoot_.usedWholes();
         std::map<std::string, std::vector<std::size_t>> folders; // of what lies under no clip
         for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
-            if (!isMet[shoot_.wholes.firstOf[i]])
+            if (!isUsed[shoot_.wholes.firstOf[i]])
                 folders[std::string(folderOf(*shoot_.recordings[i].asset))].push_back(i);
         for (const auto& [folder, files] : folders) {
             const auto wholes = shoot_.wholes.oneOfEach(files);

@@ -177,6 +177,15 @@ Shoot::Shoot(const DoubtInput& theInput, const std::stop_token& theStop) : input
     }
 }
 
+std::vector<bool> Shoot::usedWholes() const {
+    std::vector<bool> isUsed(recordings.size());
+    for (const Clip& clip : clips)
+        for (const AudioMatch& match : clip.group->audioMatches)
+            if (const auto found = recordingByID.find(match.audio->id); found != recordingByID.end())
+                isUsed[wholes.firstOf[found->second]] = true;
+    return isUsed;
+}
+
 void addCardDoubt(SyncDoubts& doubts, SyncDoubt doubt, const std::vector<const Shoot::Clip*>& clips) {
     CardDoubt card{std::move(doubt), {}};
     for (const Shoot::Clip* clip : clips) {

@@ -51,6 +51,8 @@ struct Shoot {
     std::unordered_map<UUID, std::size_t> recordingByID; ///< in `recordings`
     /// What is looked for under a clip: a take that was cut into several files lies there as one.
     WholeRecordings wholes;
+    /// By the first file of each whole recording: whether a clip has a part of it.
+    std::vector<bool> usedWholes() const;
 
     std::string nameOf(const MediaAsset& asset) const { return "'" + input.names.of(asset) + "'"; }
 };

@@ -191,6 +191,30 @@ TEST(Days, PartsOfARecordingPassMidnight) {
     EXPECT_EQ(groups.front().matchStatus, MatchStatus::splitRecording(2));
 }
 
+TEST(Days, WhatIsAttachedByHandLiesByItsTimeOfDay) {
+    const MediaAsset clip = test::video("A_240518.mov", "10:00:00:00", 30);
+    struct Case {
+        const char* name;
+        MatchingDays days;
+        MediaAsset clip;
+        const char* start;
+        double offset, overlap;
+    };
+    for (const Case& one : {
+             Case{"another date", automatic, clip, "09:59:50:00", -10, 30},
+             {"less than a second in common", automatic, clip, "10:00:29:15", 29.6, 0.4},
+             {"nothing in common", automatic, clip, "11:00:00:00", 3600, 0},
+             {"behind midnight", automatic, test::video("A.mov", "23:59:50:00", 30), "00:00:05:00", 15, 15},
+             {"before midnight", automatic, test::video("A.mov", "00:00:10:00", 30), "23:59:30:00", -40, 20},
+             {"no midnight", neighbours, test::video("A.mov", "00:00:10:00", 30), "23:59:30:00", 86360, 0},
+         }) {
+        const auto laid = SyncEngine::matchByTimecode(one.clip, test::audio("T_240517.wav", one.start, 60),
+                                                      {.days = one.days});
+        EXPECT_NEAR(laid.syncOffsetSeconds, one.offset, 1e-6) << one.name;
+        EXPECT_NEAR(laid.overlapDurationSeconds, one.overlap, 1e-6) << one.name;
+    }
+}
+
 TEST(Corrections, MoveWhereFilesLie) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     const auto rules = [](const SourceCorrections& corrections, double fps = 25) {

@@ -32,6 +32,45 @@ TEST(SplitRecordingDetector, isContinuousChain) {
     check("one roll", pair({}, {}, "\xC3\x89", "\xC3\xA9"), true);
 }
 
+TEST(SplitRecordingDetector, mayContinue) {
+    const auto stated = [](const char* name, const char* scene, const char* take, const char* tape = "R1") {
+        MediaAsset part = test::audio(name, "10:00:00:00", 10);
+        part.sampleRate = 48000;
+        part.channelCount = 2;
+        part.ixmlData = IXMLData{};
+        part.ixmlData->scene = scene;
+        part.ixmlData->take = take;
+        part.ixmlData->tape = tape;
+        return part;
+    };
+    const auto named = [](const char* name) { return test::audio(name, "10:00:00:00", 10); };
+    MediaAsset slow = stated("A2.wav", "7", "1"), mono = slow;
+    slow.sampleRate = 44100;
+    mono.channelCount = 1;
+    struct Case {
+        const char* name;
+        MediaAsset previous, current;
+        bool mayContinue;
+    };
+    for (const Case& one : {
+             Case{"one take, any number counts", stated("A1.wav", "7", "1"), stated("A2.wav", "7", "1"),
+                  true},
+             {"backwards", stated("A2.wav", "7", "1"), stated("A1.wav", "7", "1"), false},
+             {"another word", stated("A1.wav", "7", "1"), stated("B2.wav", "7", "1"), false},
+             {"another take", stated("A1.wav", "7", "1"), stated("A2.wav", "7", "2"), false},
+             {"another scene", stated("A1.wav", "7", "1"), stated("A2.wav", "8", "1"), false},
+             {"another roll", stated("A1.wav", "7", "1"), stated("A2.wav", "7", "1", "R2"), false},
+             {"another rate", stated("A1.wav", "7", "1"), slow, false},
+             {"other channels", stated("A1.wav", "7", "1"), mono, false},
+             {"a number of its own", named("T_1.wav"), named("T_2.wav"), true},
+             {"a part behind the take", named("T01.wav"), named("T01_2.wav"), true},
+             {"takes", named("T05.wav"), named("T06.wav"), false},
+             {"takes of three digits", named("A_001.wav"), named("A_002.wav"), false},
+         })
+        EXPECT_EQ(SplitRecordingDetector::mayContinue(one.previous, one.current), one.mayContinue)
+            << one.name;
+}
+
 SyncGroup voter(const char* name, std::optional<double> project, std::optional<double> file,
                 std::optional<double> sensor = std::nullopt, MatchStatus status = MatchStatus::matched()) {
     MediaAsset video = test::video(name);

@@ -113,10 +113,10 @@ Task pasteCallbacks(Context& context, std::shared_ptr<LockitOAuthService> accoun
 }
 
 std::string signedInText(const LockitOAuthService& account) {
-    if (account.isKeyStoreLocked()) return OAuthError(OAuthError::Kind::keyStoreLocked).what();
-    if (!account.isSignedIn()) return "Not signed in to LockitNetwork.";
+    if (account.state().isKeyStoreLocked) return OAuthError(OAuthError::Kind::keyStoreLocked).what();
+    if (!account.state().isSignedIn) return "Not signed in to LockitNetwork.";
     return "Signed in to LockitNetwork" +
-           (account.accountEmail() ? " as " + printable(*account.accountEmail()) : "") + ".";
+           (account.state().accountEmail ? " as " + printable(*account.state().accountEmail) : "") + ".";
 }
 
 void signIn(Context& context, LockitRun& run, const Arguments&) {
@@ -141,7 +141,7 @@ void signIn(Context& context, LockitRun& run, const Arguments&) {
 }
 
 void signOut(Context&, LockitRun& run, const Arguments&) {
-    const bool wasSignedIn = run.account().isSignedIn() || run.account().isKeyStoreLocked();
+    const bool wasSignedIn = run.account().state().isSignedIn || run.account().state().isKeyStoreLocked;
     run.wait(run.account().signOut());
     run.sayStatus(wasSignedIn ? "Signed out of LockitNetwork." : "Nobody is signed in to LockitNetwork.");
 }

@@ -9,7 +9,7 @@ namespace orvane::cli {
 /// What stands behind the message of a request that failed: what helps where the service has refused to renew
 /// the token. Else empty.
 inline std::string signInHint(const LockitOAuthService& account) {
-    return account.isRefreshRefused() ? " (sign in again: orvanesync lockit sign-in)" : "";
+    return account.state().isRefreshRefused ? " (sign in again: orvanesync lockit sign-in)" : "";
 }
 
 } // namespace orvane::cli

@@ -25,16 +25,16 @@ class LockitOAuthTest : public test::LockitTest {
 
 TEST_F(LockitOAuthTest, signsInWithAProofAndKeepsTheTokens) {
     const auto account = makeAccount();
-    EXPECT_FALSE(account->isSignedIn());
+    EXPECT_FALSE(account->state().isSignedIn);
     std::string url;
     browser_->user = [&](const std::string& page) { return server_.callbackFor(url = page); };
     const auto signingIn = account->signIn();
-    EXPECT_TRUE(account->isAuthenticating());
+    EXPECT_TRUE(account->state().isAuthenticating);
     EXPECT_EQ(outcome(signingIn), "done");
     finish(account->accountEmailRefreshed());
-    EXPECT_FALSE(account->isAuthenticating());
-    EXPECT_TRUE(account->isSignedIn());
-    EXPECT_EQ(account->accountEmail(), "script@example.com");
+    EXPECT_FALSE(account->state().isAuthenticating);
+    EXPECT_TRUE(account->state().isSignedIn);
+    EXPECT_EQ(account->state().accountEmail, "script@example.com");
     EXPECT_EQ(item("accountEmail"), "script@example.com");
     EXPECT_EQ(bearerOf(*account), item("accessToken"));
     EXPECT_TRUE(url.starts_with(server_.baseURL() +
@@ -43,10 +43,10 @@ TEST_F(LockitOAuthTest, signsInWithAProofAndKeepsTheTokens) {
     EXPECT_NE(url.find("&redirect_uri=orvane-tandrel://oauth/callback&code_challenge="), std::string::npos);
     EXPECT_EQ(server_.countOf(tokenPath), 1);
 
-    EXPECT_TRUE(makeAccount()->isSignedIn());
+    EXPECT_TRUE(makeAccount()->state().isSignedIn);
     finish(account->signOut());
     EXPECT_TRUE(credentials_->items.empty());
-    EXPECT_FALSE(account->isSignedIn() || account->accountEmail());
+    EXPECT_FALSE(account->state().isSignedIn || account->state().accountEmail);
     EXPECT_EQ(bearerOf(*account),
               "Not signed in to LockitNetwork. Open Settings → LockitNetwork to sign in.");
 }
@@ -71,7 +71,7 @@ TEST_F(LockitOAuthTest, aCallbackThatIsNotTheAnswerFetchesNoToken) {
     for (const auto& [text, user] : cases) {
         browser_->user = user;
         EXPECT_EQ(outcome(account->signIn()), text);
-        EXPECT_EQ(account->lastError(), text);
+        EXPECT_EQ(account->state().lastError, text);
     }
     EXPECT_EQ(server_.countOf(tokenPath), 0);
     EXPECT_TRUE(credentials_->items.empty());
@@ -116,7 +116,7 @@ TEST_F(LockitOAuthTest, tellsWhatTheTokenEndpointSaidWithoutItsSecrets) {
     EXPECT_EQ(outcome(account->signIn()), unsaved);
     credentials_->isBroken = true;
     EXPECT_EQ(outcome(account->signIn()), unsaved);
-    EXPECT_FALSE(account->isSignedIn());
+    EXPECT_FALSE(account->state().isSignedIn);
 }
 
 TEST_F(LockitOAuthTest, refreshesOnceForAllWhoWait) {
@@ -165,15 +165,15 @@ TEST_F(LockitOAuthTest, saysThatTheKeyStoreIsLockedAndThatARefreshIsRefused) {
         "The key store, which keeps the sign-in to LockitNetwork, is locked. Unlock it "
         "in the desktop and try again.";
     EXPECT_EQ(bearerOf(*account), locked);
-    EXPECT_TRUE(account->isKeyStoreLocked());
-    EXPECT_FALSE(account->isSignedIn() || account->accountEmail());
+    EXPECT_TRUE(account->state().isKeyStoreLocked);
+    EXPECT_FALSE(account->state().isSignedIn || account->state().accountEmail);
     EXPECT_EQ(outcome(account->signIn()), locked) << "no second sign-in beside the first";
     EXPECT_EQ(server_.countOf(tokenPath), 0);
     EXPECT_EQ(outcome(account->signOut()), "locked");
     credentials_->isLocked = false;
     finish(account->revalidateSignInState());
-    EXPECT_TRUE(account->isSignedIn() && !account->isKeyStoreLocked());
-    EXPECT_EQ(account->accountEmail(), "someone");
+    EXPECT_TRUE(account->state().isSignedIn && !account->state().isKeyStoreLocked);
+    EXPECT_EQ(account->state().accountEmail, "someone");
 
     credentials_->items["lockit.expiresAt"] = "0";
     credentials_->items["lockit.refreshToken"] = "old";
@@ -181,10 +181,10 @@ TEST_F(LockitOAuthTest, saysThatTheKeyStoreIsLockedAndThatARefreshIsRefused) {
     for (const auto& [status, isRefused] : answers) {
         server_.fail({tokenPath, Fault::status, status, "", 0, 1});
         EXPECT_NE(bearerOf(*account).find(std::to_string(status)), std::string::npos);
-        EXPECT_EQ(account->isRefreshRefused(), isRefused);
+        EXPECT_EQ(account->state().isRefreshRefused, isRefused);
     }
     EXPECT_EQ(outcome(account->signIn()), "done");
-    EXPECT_FALSE(account->isRefreshRefused());
+    EXPECT_FALSE(account->state().isRefreshRefused);
 }
 
 TEST_F(LockitOAuthTest, aRefreshThatEndsAfterTheSignOutLeavesNothing) {

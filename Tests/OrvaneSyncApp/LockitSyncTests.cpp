@@ -102,7 +102,7 @@ TEST_F(LockitSyncTest, keepsTheDaysBeforeAFailure) {
     const auto account = signedInAccount();
     EXPECT_EQ(sync(account), "Not authorized (401). Please sign in again in Settings → Metadata.");
     EXPECT_EQ(scenes(), "0A 1A - ");
-    EXPECT_FALSE(account->isSignedIn() || account->accountEmail());
+    EXPECT_FALSE(account->state().isSignedIn || account->state().accountEmail);
     EXPECT_TRUE(credentials_->items.empty());
     EXPECT_EQ(undoName(), "Sync LockitNetwork");
 
@@ -190,7 +190,7 @@ TEST_F(LockitSyncTest, loadsProjectsInTheOrderOfTheirNames) {
     server_.fail({"/projects", Fault::status, 401, "", 0, 1});
     const auto account = signedInAccount();
     EXPECT_EQ(load(account), "Sign in to LockitNetwork is required.");
-    EXPECT_FALSE(account->isSignedIn());
+    EXPECT_FALSE(account->state().isSignedIn);
     EXPECT_TRUE(credentials_->items.empty());
 }
 

@@ -34,7 +34,7 @@ constexpr const char* signInRequired = "Sign in to LockitNetwork is required.";
 
 /// Why the account is not signed in: `usual`, or that its sign-in is out of reach.
 std::string whyNotSignedIn(const LockitOAuthService& account, const char* usual) {
-    return account.isKeyStoreLocked() ? OAuthError(OAuthError::Kind::keyStoreLocked).what() : usual;
+    return account.state().isKeyStoreLocked ? OAuthError(OAuthError::Kind::keyStoreLocked).what() : usual;
 }
 
 bool isRejection(const std::exception_ptr& raised) {
@@ -74,7 +74,7 @@ Task answered(std::shared_ptr<LockitOAuthService> account, std::string what,
     account->configuration().requireLockit();
     const Task revalidating = account->revalidateSignInState();
     co_await revalidating;
-    if (!account->isSignedIn()) throw LockitRefusal(whyNotSignedIn(*account, notSignedInToChoose));
+    if (!account->state().isSignedIn) throw LockitRefusal(whyNotSignedIn(*account, notSignedInToChoose));
     std::exception_ptr raised;
     try {
         const Task asking = ask(account->makeClient());
@@ -146,7 +146,7 @@ Task LockitController::sync(Weak weak, std::shared_ptr<LockitOAuthService> accou
     co_await revalidating;
     auto self = weak.lock();
     if (!self) co_return;
-    if (!account->isSignedIn()) {
+    if (!account->state().isSignedIn) {
         self->end(SyncEnd::failed, whyNotSignedIn(*account, notSignedIn));
         co_return;
     }

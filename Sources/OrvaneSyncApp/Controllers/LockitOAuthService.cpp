@@ -20,12 +20,6 @@ using Kind = OAuthError::Kind;
 
 namespace {
 
-constexpr const char* accessTokenItem = "lockit.accessToken";
-constexpr const char* refreshTokenItem = "lockit.refreshToken";
-constexpr const char* expiresAtItem = "lockit.expiresAt";
-constexpr const char* accountEmailItem = "lockit.accountEmail";
-
-constexpr double expirySlack = 60; ///< seconds ahead of its end in which a token is refreshed
 constexpr std::int64_t usualLifetime = 604800;
 constexpr std::int64_t longestLifetime = 2592000;
 
@@ -47,16 +41,6 @@ std::string basicAuthorization(const ServiceConfiguration& service) {
 
 } // namespace
 
-struct LockitOAuthService::Kept {
-    std::optional<Secret> accessToken;
-    std::optional<Secret> refreshToken;
-    std::optional<std::string> expiresAt;
-    std::optional<std::string> accountEmail;
-    bool isLocked = false; ///< there is more, which the store does not show
-
-    OAuthError missing() const { return OAuthError(isLocked ? Kind::keyStoreLocked : Kind::notSignedIn); }
-};
-
 std::shared_ptr<LockitOAuthService> LockitOAuthService::create(Dependencies dependencies) {
     std::shared_ptr<LockitOAuthService> service(new LockitOAuthService(std::move(dependencies)));
     service->ready_ = start(service);
@@ -66,14 +50,14 @@ std::shared_ptr<LockitOAuthService> LockitOAuthService::create(Dependencies depe
 LockitOAuthService::LockitOAuthService(Dependencies dependencies)
     : mainThread_(std::move(dependencies.mainThread)), clock_(std::move(dependencies.clock)),
       http_(std::move(dependencies.http)),
-      credentials_(dependencies.credentials
-                       ? std::move(dependencies.credentials)
-                       : platform::CredentialStore::create(AppStorageHelper::credentialFile())),
       browser_(dependencies.browser ? std::move(dependencies.browser)
                                     : ownBrowser(std::move(dependencies.openPage))),
       needsConfiguration_(!dependencies.configuration),
       configuration_(dependencies.configuration.value_or(ServiceConfiguration())),
-      keeping_(platform::SerialQueue::create("key store")),
+      signIn_(dependencies.credentials
+                  ? std::move(dependencies.credentials)
+                  : platform::CredentialStore::create(AppStorageHelper::credentialFile()),
+              mainThread_),
       browsing_(platform::SerialQueue::create("browser")),
       requesting_(platform::SerialQueue::create("tokens")) {}
 
@@ -86,7 +70,7 @@ platform::Subscription LockitOAuthService::onChange(std::function<void()> callba
 Task LockitOAuthService::start(Weak weak) {
     auto self = found(weak);
     // Reading a file and loading a library.
-    auto loading = platform::onQueue(*self->keeping_, self->mainThread_,
+    auto loading = platform::onQueue(*self->requesting_, self->mainThread_,
                                      [loads = self->needsConfiguration_, makes = self->http_ == nullptr] {
                                          return std::pair(loads ? std::optional(ServiceConfiguration::load())
                                                                 : std::nullopt,
@@ -98,12 +82,12 @@ Task LockitOAuthService::start(Weak weak) {
     if (configuration) self->configuration_ = std::move(*configuration);
     if (http) self->http_ = std::move(http);
     self.reset();
-    const auto kept = std::make_shared<Kept>();
-    const Task reading = read(weak, kept, Asking::once);
+    const auto kept = std::make_shared<StoredSignIn>();
+    const Task reading = found(weak)->signIn_.read(kept, Asking::once);
     co_await reading;
     self = found(weak);
     self->takeState(*kept);
-    if (self->isSignedIn_ && !kept->accountEmail && self->configuration_.hasLockit())
+    if (self->state_.isSignedIn && !kept->accountEmail && self->configuration_.hasLockit())
         self->accountEmailRefreshed_ = self->running_.add(askForAccountEmail(weak));
 }
 
@@ -123,8 +107,8 @@ void LockitOAuthService::cancelSignIn() { browser_->cancel(); }
 /// However the sign-in ends, it is over for those who watch.
 Task LockitOAuthService::authenticate(Weak weak) {
     auto self = found(weak);
-    self->isAuthenticating_ = true;
-    self->lastError_.reset();
+    self->state_.isAuthenticating = true;
+    self->state_.lastError.reset();
     self->listeners_.notify();
     const Task exchanging = exchange(weak);
     self.reset();
@@ -140,8 +124,8 @@ Task LockitOAuthService::authenticate(Weak weak) {
     }
     self = weak.lock();
     if (self) {
-        self->isAuthenticating_ = false;
-        self->lastError_ = std::move(why);
+        self->state_.isAuthenticating = false;
+        self->state_.lastError = std::move(why);
         self->listeners_.notify();
     }
     if (raised) std::rethrow_exception(raised);
@@ -193,14 +177,14 @@ Task LockitOAuthService::exchange(Weak weak) {
     const Task revalidating = revalidate(weak);
     co_await revalidating;
     self = found(weak);
-    if (!self->isSignedIn_) throw OAuthError(Kind::keychainWriteFailed);
+    if (!self->state_.isSignedIn) throw OAuthError(Kind::keychainWriteFailed);
     self->accountEmailRefreshed_ = self->running_.add(askForAccountEmail(weak));
 }
 
 /// A second sign-in beside one that the store hides would count until it is unlocked, and the other after it.
 Task LockitOAuthService::requireReadableStore(Weak weak) {
-    const auto kept = std::make_shared<Kept>();
-    const Task reading = read(weak, kept, Asking::again);
+    const auto kept = std::make_shared<StoredSignIn>();
+    const Task reading = found(weak)->signIn_.read(kept, Asking::again);
     co_await reading;
     if (!kept->isLocked) co_return;
     found(weak)->takeState(*kept);
@@ -259,59 +243,17 @@ Task LockitOAuthService::requestTokens(Weak weak, oauth::Fields fields,
     co_await sending;
 }
 
-/// The access token decides: what else can't be written makes a later refresh necessary, or impossible.
 Task LockitOAuthService::persist(Weak weak, std::shared_ptr<oauth::TokenResponse> response) {
     auto self = found(weak);
     const std::int64_t lifetime =
         std::min(response->expiresInSeconds.value_or(usualLifetime), longestLifetime);
-    const double expiresAt = self->now() + static_cast<double>(lifetime);
-    auto keeping = platform::onQueue(
-        *self->keeping_, self->mainThread_, [store = self->credentials_, response, expiresAt] {
-            try {
-                store->save(accessTokenItem, response->accessToken);
-            } catch (const platform::CredentialError&) {
-                throw OAuthError(Kind::keychainWriteFailed);
-            }
-            const auto saveIfPossible = [&](const char* item, const Secret& value) {
-                try {
-                    store->save(item, value);
-                } catch (const platform::CredentialError&) { // as above
-                }
-            };
-            if (!response->refreshToken.empty()) saveIfPossible(refreshTokenItem, response->refreshToken);
-            saveIfPossible(expiresAtItem, Secret(JSON(expiresAt).dump()));
-        });
+    const Task keeping = self->signIn_.keep(std::move(response), self->now() + static_cast<double>(lifetime));
     self.reset();
     co_await keeping;
-    found(weak)->isRefreshRefused_ = false;
+    found(weak)->state_.isRefreshRefused = false;
 }
 
 // Tokens.
-
-Task LockitOAuthService::read(Weak weak, std::shared_ptr<Kept> kept, Asking asking) {
-    auto self = found(weak);
-    auto reading = platform::onQueue(
-        *self->keeping_, self->mainThread_, [store = self->credentials_, kept = std::move(kept), asking] {
-            const auto found =
-                store->read({accessTokenItem, refreshTokenItem, expiresAtItem, accountEmailItem}, asking);
-            const auto text = [&](const char* item) {
-                const auto value = found.value(item);
-                return value ? std::optional(value->reveal()) : std::nullopt;
-            };
-            kept->accessToken = found.value(accessTokenItem);
-            kept->refreshToken = found.value(refreshTokenItem);
-            kept->expiresAt = text(expiresAtItem);
-            kept->accountEmail = text(accountEmailItem);
-            kept->isLocked = found.isLocked;
-        });
-    self.reset();
-    co_await reading;
-}
-
-bool LockitOAuthService::isExpired(const Kept& kept) const {
-    const auto expiresAt = platform::text::decimalNumber(kept.expiresAt.value_or(""));
-    return !expiresAt || *expiresAt <= now() + expirySlack;
-}
 
 Task LockitOAuthService::currentBearerToken(std::shared_ptr<Secret> token) {
     return bearer(weak_from_this(), std::move(token));
@@ -324,9 +266,9 @@ Task LockitOAuthService::bearer(Weak weak, std::shared_ptr<Secret> token) {
     self.reset();
     co_await gettingReady;
     for (bool isRefreshed = false;; isRefreshed = true) {
-        const auto kept = std::make_shared<Kept>();
+        const auto kept = std::make_shared<StoredSignIn>();
         const std::uint64_t refreshesBefore = found(weak)->refreshes_;
-        const Task reading = read(weak, kept, Asking::once);
+        const Task reading = found(weak)->signIn_.read(kept, Asking::once);
         co_await reading;
         self = found(weak);
         if (self->generation_ != generation) throw OAuthError(Kind::notSignedIn);
@@ -335,7 +277,7 @@ Task LockitOAuthService::bearer(Weak weak, std::shared_ptr<Secret> token) {
             throw kept->missing();
         }
         // A token that was just made is given whatever the store says of its end.
-        if (isRefreshed || !self->isExpired(*kept)) {
+        if (isRefreshed || !kept->isExpired(self->now())) {
             *token = std::move(*kept->accessToken);
             co_return;
         }
@@ -352,8 +294,8 @@ Task LockitOAuthService::bearer(Weak weak, std::shared_ptr<Secret> token) {
 /// Goes on where those who wait for it have given up: the service may have made the old refresh token
 /// useless by then.
 Task LockitOAuthService::refresh(Weak weak) {
-    const auto kept = std::make_shared<Kept>();
-    const Task reading = read(weak, kept, Asking::once);
+    const auto kept = std::make_shared<StoredSignIn>();
+    const Task reading = found(weak)->signIn_.read(kept, Asking::once);
     co_await reading;
     if (!kept->refreshToken) throw kept->missing();
     auto self = found(weak);
@@ -369,7 +311,7 @@ Task LockitOAuthService::refresh(Weak weak) {
         constexpr int badRequest = 400, unauthorized = 401; // as the grant is not valid any more
         self = weak.lock();
         if (self && (error.status() == badRequest || error.status() == unauthorized)) {
-            self->isRefreshRefused_ = true;
+            self->state_.isRefreshRefused = true;
             self->listeners_.notify();
         }
         throw;
@@ -382,25 +324,16 @@ Task LockitOAuthService::refresh(Weak weak) {
 
 Task LockitOAuthService::signOut() {
     ++generation_;
-    isRefreshRefused_ = false;
+    state_.isRefreshRefused = false;
     takeState({});
-    return running_.add(forget(weak_from_this()));
-}
-
-Task LockitOAuthService::forget(Weak weak) {
-    auto self = found(weak);
-    auto forgetting = platform::onQueue(*self->keeping_, self->mainThread_, [store = self->credentials_] {
-        store->remove({accessTokenItem, refreshTokenItem, expiresAtItem, accountEmailItem});
-    });
-    self.reset();
-    co_await forgetting;
+    return running_.add(signIn_.forget());
 }
 
 Task LockitOAuthService::revalidateSignInState() { return revalidate(weak_from_this()); }
 
 Task LockitOAuthService::revalidate(Weak weak) {
-    const auto kept = std::make_shared<Kept>();
-    const Task reading = read(weak, kept, Asking::once);
+    const auto kept = std::make_shared<StoredSignIn>();
+    const Task reading = found(weak)->signIn_.read(kept, Asking::once);
     co_await reading;
     found(weak)->takeState(*kept);
 }
@@ -414,7 +347,7 @@ Task LockitOAuthService::refreshAccountEmail() {
 
 Task LockitOAuthService::askForAccountEmail(Weak weak) {
     auto self = found(weak);
-    if (!self->isSignedIn_) co_return;
+    if (!self->state_.isSignedIn) co_return;
     const auto user = std::make_shared<LockitUser>();
     const std::uint64_t generation = self->generation_;
     try {
@@ -429,12 +362,7 @@ Task LockitOAuthService::askForAccountEmail(Weak weak) {
     const std::string text = platform::text::trimmed(email).empty() ? user->login.value_or("") : email;
     if (text.empty() || self->generation_ != generation) co_return;
     self->setAccountEmail(text);
-    auto keeping = platform::onQueue(*self->keeping_, self->mainThread_, [store = self->credentials_, text] {
-        try {
-            store->save(accountEmailItem, Secret(text));
-        } catch (const platform::CredentialError&) { // asked for again at the next start
-        }
-    });
+    const Task keeping = self->signIn_.keepAccountEmail(text);
     self.reset();
     co_await keeping;
 }
@@ -450,17 +378,17 @@ LockitNetworkClient LockitOAuthService::makeClient() {
 // State.
 
 /// The account's text may be known and not kept.
-void LockitOAuthService::takeState(const Kept& kept) {
+void LockitOAuthService::takeState(const StoredSignIn& kept) {
     const bool isSignedIn = kept.accessToken.has_value(), isLocked = !isSignedIn && kept.isLocked;
-    const bool isOther = isSignedIn != isSignedIn_ || isLocked != isKeyStoreLocked_;
-    isSignedIn_ = isSignedIn;
-    isKeyStoreLocked_ = isLocked;
+    const bool isOther = isSignedIn != state_.isSignedIn || isLocked != state_.isKeyStoreLocked;
+    state_.isSignedIn = isSignedIn;
+    state_.isKeyStoreLocked = isLocked;
     if (isOther) listeners_.notify();
     if (!isSignedIn || kept.accountEmail) setAccountEmail(isSignedIn ? kept.accountEmail : std::nullopt);
 }
 
 void LockitOAuthService::setAccountEmail(const std::optional<std::string>& email) {
-    if (std::exchange(accountEmail_, email) != email) listeners_.notify();
+    if (std::exchange(state_.accountEmail, email) != email) listeners_.notify();
 }
 
 double LockitOAuthService::now() const {

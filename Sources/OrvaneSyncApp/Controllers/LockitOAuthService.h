@@ -1,14 +1,12 @@
 #pragma once
 
-#include "OrvaneSyncApp/Controllers/OAuthError.h"
-#include "OrvaneSyncApp/Controllers/OAuthForms.h"
+#include "OrvaneSyncApp/Controllers/LockitSignInState.h"
+#include "OrvaneSyncApp/Controllers/SignInStore.h"
 #include "OrvaneSyncCore/Services/Network/LockitNetworkClient.h"
 #include "OrvaneSyncCore/Services/Persistence/ServiceConfiguration.h"
 #include "Platform/BrowserSession.h"
-#include "Platform/CredentialStore.h"
 #include "Platform/Listeners.h"
 #include "Platform/MainThread.h"
-#include "Platform/Secret.h"
 #include "Platform/SharedWait.h"
 #include "Platform/Task.h"
 
@@ -45,21 +43,11 @@ class LockitOAuthService : public std::enable_shared_from_this<LockitOAuthServic
     static constexpr const char* redirectURI = "orvane-tandrel://oauth/callback";
     static constexpr const char* callbackURLScheme = "orvane-tandrel";
 
-    // The state, observable. It holds from the end of `ready` on.
-
+    /// Observable. It holds from the end of `ready` on.
+    const LockitSignInState& state() const { return state_; }
     platform::Task ready() const { return *ready_; }
     /// The same for an operation that can be stopped without stopping it for others: `co_await` it.
     auto readiness() const { return platform::shared(*ready_, mainThread_); }
-    bool isSignedIn() const { return isSignedIn_; }
-    /// The key store keeps a sign-in that it does not show until it is unlocked.
-    bool isKeyStoreLocked() const { return isKeyStoreLocked_; }
-    /// The service has refused to renew the token: nothing but a new sign-in helps.
-    bool isRefreshRefused() const { return isRefreshRefused_; }
-    bool isAuthenticating() const { return isAuthenticating_; }
-    /// Why the last sign-in failed; absent when it was begun anew.
-    const std::optional<std::string>& lastError() const { return lastError_; }
-    /// What the user knows the account by.
-    const std::optional<std::string>& accountEmail() const { return accountEmail_; }
     const ServiceConfiguration& configuration() const { return configuration_; }
     platform::Subscription onChange(std::function<void()> callback);
 
@@ -77,7 +65,7 @@ class LockitOAuthService : public std::enable_shared_from_this<LockitOAuthServic
     /// Leaves a valid token; refreshes it where it ends within a minute, once for all who wait. Fails with
     /// OAuthError and what the transport fails with; the tokens stay then.
     platform::Task currentBearerToken(std::shared_ptr<platform::Secret> token);
-    /// Looks into the key store; then `isSignedIn` says what it holds.
+    /// Looks into the key store; then `state` says what it holds.
     platform::Task revalidateSignInState();
     /// Asks the service for the account's text. Never fails.
     platform::Task refreshAccountEmail();
@@ -90,7 +78,6 @@ class LockitOAuthService : public std::enable_shared_from_this<LockitOAuthServic
   private:
     explicit LockitOAuthService(Dependencies dependencies);
     using Weak = std::weak_ptr<LockitOAuthService>;
-    struct Kept; ///< what the key store holds
 
     static platform::Task start(Weak weak);
     static platform::Task authenticate(Weak weak);
@@ -99,35 +86,24 @@ class LockitOAuthService : public std::enable_shared_from_this<LockitOAuthServic
     static platform::Task requestTokens(Weak weak, oauth::Fields fields,
                                         std::shared_ptr<oauth::TokenResponse> response);
     static platform::Task persist(Weak weak, std::shared_ptr<oauth::TokenResponse> response);
-    static platform::Task read(Weak weak, std::shared_ptr<Kept> kept,
-                               platform::CredentialStore::Asking asking);
     static platform::Task requireReadableStore(Weak weak);
     static platform::Task bearer(Weak weak, std::shared_ptr<platform::Secret> token);
     static platform::Task refresh(Weak weak);
-    static platform::Task forget(Weak weak);
     static platform::Task revalidate(Weak weak);
     static platform::Task askForAccountEmail(Weak weak);
-    bool isExpired(const Kept& kept) const;
-    void takeState(const Kept& kept);
+    void takeState(const StoredSignIn& kept);
     void setAccountEmail(const std::optional<std::string>& email);
     double now() const; ///< seconds since 1970
 
     const std::shared_ptr<platform::MainThread> mainThread_;
     const std::shared_ptr<const platform::Clock> clock_;
     std::shared_ptr<platform::HTTPClient> http_;
-    const std::shared_ptr<platform::CredentialStore> credentials_;
     const std::shared_ptr<platform::BrowserSession> browser_;
     const bool needsConfiguration_;
     ServiceConfiguration configuration_;
     platform::Listeners<> listeners_;
 
-    bool isSignedIn_ = false;
-    bool isKeyStoreLocked_ = false;
-    bool isRefreshRefused_ = false;
-    bool isAuthenticating_ = false;
-    std::optional<std::string> lastError_;
-    std::optional<std::string> accountEmail_;
-
+    LockitSignInState state_;
     std::optional<platform::Task> ready_;
     std::optional<platform::Task> signingIn_;
     std::optional<platform::Task> refreshing_;
@@ -137,7 +113,7 @@ class LockitOAuthService : public std::enable_shared_from_this<LockitOAuthServic
     /// Raised by every sign-in and sign-out: tokens that were asked for before are no longer wanted.
     std::uint64_t generation_ = 0;
     // Last: they are waited for before all else goes.
-    const std::unique_ptr<platform::SerialQueue> keeping_;  ///< the key store, in order
+    const SignInStore signIn_;
     const std::unique_ptr<platform::SerialQueue> browsing_; ///< a sign-in waits here
     const std::unique_ptr<platform::SerialQueue> requesting_;
 };

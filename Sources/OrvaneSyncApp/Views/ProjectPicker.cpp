@@ -67,7 +67,7 @@ ProjectPicker::ProjectPicker(Desktop& desktop, std::string folder,
 }
 
 void ProjectPicker::load() {
-    if (!account_->isSignedIn() && !account_->isKeyStoreLocked())
+    if (!account_->state().isSignedIn && !account_->state().isKeyStoreLocked)
         return say(translatedSentence(projectPicker::notSignedIn), false);
     say(tr("Loading…"), false);
     const auto found = std::make_shared<Projects>();
@@ -80,7 +80,7 @@ void ProjectPicker::load() {
             } catch (const std::exception& why) {
                 // Without an account there is nothing to try again.
                 self->say(translatedSentence(why.what()),
-                          self->account_->isSignedIn() || self->account_->isKeyStoreLocked());
+                          self->account_->state().isSignedIn || self->account_->state().isKeyStoreLocked);
             } catch (const platform::Stopped&) {
                 return;
             }

@@ -273,7 +273,7 @@ QString SessionsPanel::badgeOf(const std::string& folder) {
             if (self) self->fill();
         });
     }
-    return text(folderBadge(project, account_ && account_->isSignedIn(), projects_));
+    return text(folderBadge(project, account_ && account_->state().isSignedIn, projects_));
 }
 
 void SessionsPanel::pickProject(const std::string& folder, QWidget* below) {

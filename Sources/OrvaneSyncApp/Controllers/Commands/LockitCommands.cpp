@@ -25,7 +25,7 @@ platform::Task signIn(CommandContext& context, const Call& /*call*/,
 }
 
 JSON completeSignIn(CommandContext& context, const Call& call) {
-    if (!context.account()->isAuthenticating())
+    if (!context.account()->state().isAuthenticating)
         throw Error(Refusal::failed, "No sign-in waits for a callback");
     if (!context.account()->completeSignIn(call.text("callbackURL")))
         throw Error(Refusal::invalidArguments, std::string("completeSignIn: callbackURL must begin with ") +

@@ -114,9 +114,9 @@ JSON exportJSON(const WorkSnapshot& work, const ExportResult& result, const std:
 
 JSON lockitStatusJSON(const LockitOAuthService& account, const LockitController& lockit) {
     JSON json;
-    json.set("isSignedIn", account.isSignedIn());
-    json.setIfPresent("accountEmail", account.accountEmail());
-    if (account.isKeyStoreLocked()) json.set("isKeyStoreLocked", true);
+    json.set("isSignedIn", account.state().isSignedIn);
+    json.setIfPresent("accountEmail", account.state().accountEmail);
+    if (account.state().isKeyStoreLocked) json.set("isKeyStoreLocked", true);
     json.set("isSyncingLockit", lockit.isSyncingLockit());
     json.setIfPresent("lockitSyncStatus", lockit.lockitSyncStatus());
     try {

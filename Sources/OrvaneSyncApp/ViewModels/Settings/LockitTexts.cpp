@@ -6,25 +6,25 @@ namespace orvane {
 
 AccountPanel accountPanel(const LockitOAuthService& account) {
     AccountPanel panel;
-    panel.isSignedIn = account.isSignedIn();
-    panel.canCancel = account.isAuthenticating();
+    panel.isSignedIn = account.state().isSignedIn;
+    panel.canCancel = account.state().isAuthenticating;
     panel.canSignIn = !panel.isSignedIn && !panel.canCancel && account.configuration().hasLockit();
     if (panel.canCancel)
         panel.state = "Opening browser…";
     else if (panel.isSignedIn)
-        panel.state = account.accountEmail().value_or("Signed in");
+        panel.state = account.state().accountEmail.value_or("Signed in");
     else
-        panel.state = account.isKeyStoreLocked() ? "Key store locked" : "Not signed in";
+        panel.state = account.state().isKeyStoreLocked ? "Key store locked" : "Not signed in";
     if (const auto& problem = account.configuration().problem)
         panel.problem = *problem;
     else if (!account.configuration().hasLockit())
         panel.problem = "No LockitNetwork service is configured. Its address and client go into " +
                         ServiceConfiguration::path() + ".";
-    else if (account.lastError())
-        panel.problem = *account.lastError();
-    else if (account.isKeyStoreLocked())
+    else if (account.state().lastError)
+        panel.problem = *account.state().lastError;
+    else if (account.state().isKeyStoreLocked)
         panel.problem = OAuthError(OAuthError::Kind::keyStoreLocked).what();
-    else if (account.isRefreshRefused())
+    else if (account.state().isRefreshRefused)
         panel.problem = "The service no longer takes this sign-in. Sign out, and sign in again.";
     return panel;
 }

@@ -164,7 +164,7 @@ void MetadataPage::showAccount() {
 
 /// Again until it has ended: what waits for the browser can be cancelled from when it waits.
 void MetadataPage::cancelSignIn() {
-    if (!account_->isAuthenticating()) return;
+    if (!account_->state().isAuthenticating) return;
     cancel_->setEnabled(false);
     account_->cancelSignIn();
     QTimer::singleShot(betweenCancels, this, [this] {

@@ -74,7 +74,7 @@ TEST_F(ReviewModelTest, aClipOpensOnTheClapThatIsFound) {
     EXPECT_EQ(group().audioAnchorOffsetInAudioSeconds, 3);
     EXPECT_DOUBLE_EQ(at(), 4.5);
     EXPECT_EQ(engine_->playhead().timecodeString(), "10:00:04:12");
-    EXPECT_EQ(engine_->syncOffsetSeconds(), 1.5);
+    EXPECT_EQ(engine_->sound().syncOffsetSeconds, 1.5);
     EXPECT_FALSE(controller_->work().undoState().canUndo);
 
     controller_->clips().setAudioAnchor(id_, std::nullopt);

@@ -96,7 +96,7 @@ TEST_F(VideoEngineTest, eachPressRaisesTheSpeedAndTheOtherDirectionBeginsAtNorma
         EXPECT_EQ(engine_->loop().jklLabel, c.label);
         EXPECT_EQ(player().pitch, c.pitch);
         EXPECT_EQ(player().volume, c.isHeard ? 0.5F : 0.0F);
-        EXPECT_EQ(engine_->isDucking(), !c.isHeard);
+        EXPECT_EQ(engine_->sound().isDucking, !c.isHeard);
         EXPECT_EQ(engine_->transport().isPlaying, c.rate != 0);
     }
     // A volume that was set while nothing was heard holds once something is.
@@ -204,12 +204,12 @@ TEST_F(VideoEngineTest, anotherOffsetIsHeardAtOnceAndMovesNothing) {
         press(running);
         run(0.1);
         const int seeks = player().seeks;
-        const double rate = player().rate(), offset = engine_->syncOffsetSeconds() - 0.04;
+        const double rate = player().rate(), offset = engine_->sound().syncOffsetSeconds - 0.04;
         engine_->setSyncOffsetSeconds(offset);
         EXPECT_EQ(player().offsets.back(), MediaTime::fromSeconds(offset));
         EXPECT_EQ(player().rate(), rate);
         EXPECT_EQ(player().seeks, seeks);
-        EXPECT_FALSE(engine_->isDucking());
+        EXPECT_FALSE(engine_->sound().isDucking);
     }
     // While the files are opened it is kept.
     engine_->loadClip(FileURL{"/B.mov"}, TakeSound(FileURL{"/T.wav"}), 0, std::nullopt);

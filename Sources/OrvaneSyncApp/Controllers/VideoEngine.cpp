@@ -1,8 +1,6 @@
 #include "OrvaneSyncApp/Controllers/VideoEngine.h"
 
 #include "OrvaneSyncCore/Services/Playback/ScrubBlipAudio.h"
-#include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
-#include "Timecode/Timecode.h"
 
 #include <algorithm>
 #include <cassert>
@@ -14,39 +12,19 @@ namespace orvane {
 
 using platform::MediaTime;
 
-namespace {
-
-constexpr double leastOffsetChange = 0.0001; // seconds
-
-std::function<std::unique_ptr<platform::AudioFile>()> opener(const std::optional<TakeSound>& sound) {
-    if (!sound) return nullptr;
-    return [sound = *sound] { return openTake(sound).audio; };
-}
-
-} // namespace
-
 std::shared_ptr<VideoEngine> VideoEngine::create(Dependencies dependencies) {
     return std::shared_ptr<VideoEngine>(new VideoEngine(std::move(dependencies)));
 }
 
-VideoEngine::VideoEngine(Dependencies dependencies) : dependencies_(std::move(dependencies)) {}
+VideoEngine::VideoEngine(Dependencies dependencies)
+    : dependencies_(std::move(dependencies)), output_(dependencies_),
+      seeks_(std::make_shared<PlayerSeeks>(dependencies_.mainThread)) {}
 
 VideoEngine::~VideoEngine() {
     if (blipTimer_) blipTimer_->cancel();
 }
 
 void VideoEngine::assertOnMainThread() const { assert(dependencies_.mainThread->isCurrent()); }
-
-const std::shared_ptr<platform::PlayerSystem>& VideoEngine::players() {
-    if (players_ || !dependencies_.openPlayers) return players_;
-    players_ = dependencies_.openPlayers();
-    if (players_ && dependencies_.makeBlips) blips_ = dependencies_.makeBlips(players_);
-    return players_;
-}
-
-std::optional<TakeSound> VideoEngine::audioSource() const {
-    return mixdown_ ? std::optional<TakeSound>(*mixdown_) : audio_;
-}
 
 // Loading
 
@@ -56,24 +34,21 @@ platform::Task VideoEngine::loadClip(FileURL video, std::optional<TakeSound> aud
     unload();
     userHasMovedPlayhead_ = false;
     video_ = std::move(video);
-    audio_ = std::move(audio);
-    mixdown_.reset();
-    appliedSound_ = audio_;
-    syncOffsetSeconds_ = appliedOffset_ = std::isfinite(syncOffsetSeconds) ? syncOffsetSeconds : 0;
+    sound_.begin(std::move(audio), syncOffsetSeconds);
     playhead_ = {.time = MediaTime::fromSeconds(std::max(initialSeekSeconds.value_or(0), 0.0))};
     notify(VideoEngineField::playhead);
-    if (players() == nullptr) return platform::Task::ended();
+    if (output_.system() == nullptr) return platform::Task::ended();
     transport_.isLoading = true;
     notify(VideoEngineField::transport);
     if (!player_) {
-        player_ = players_->makePlayer();
+        player_ = output_.system()->makePlayer();
         observePlayer();
     }
-    if (blips_) blips_->load(appliedSound_);
+    if (output_.blips() != nullptr) output_.blips()->load(sound_.applied());
     const auto loaded = std::make_shared<platform::Completion>(dependencies_.mainThread);
     player_->load({.videoPath = video_->path,
-                   .openSound = opener(appliedSound_),
-                   .soundOffset = MediaTime::fromSeconds(appliedOffset_),
+                   .openSound = sound_.opener(),
+                   .soundOffset = MediaTime::fromSeconds(sound_.state().syncOffsetSeconds),
                    .pictureDuration = MediaTime::fromSeconds(picture.durationSeconds),
                    .pictureFrameRate = picture.frameRate},
                   [weak = weak_from_this(), initialSeekSeconds, loaded](const platform::PlayerFacts& facts) {
@@ -105,13 +80,10 @@ void VideoEngine::opened(const platform::PlayerFacts& facts, std::optional<doubl
         transport_.duration = facts.duration;
         playhead_.clipDuration = facts.duration.seconds();
         if (facts.nominalFrameRate > 0) playhead_.frameRate = facts.nominalFrameRate;
-        player_->setVolume(volume_);
-        soundChanged();
-        setSyncOffsetSeconds(syncOffsetSeconds_);
-        if (isMeasuringLevels_) {
-            if (!meters_) meters_ = AudioLevelProvider::onClockOf(players_);
-            meters_->attach(*player_);
-        }
+        player_->setVolume(sound().volume);
+        giveSound();
+        setSyncOffsetSeconds(sound().syncOffsetSeconds);
+        output_.loaded(*player_);
         seek(std::clamp(initialSeekSeconds.value_or(0), 0.0, playhead_.clipDuration));
     } else {
         player_->unload();
@@ -124,21 +96,13 @@ void VideoEngine::unload() {
     if (blipTimer_) blipTimer_->cancel();
     blipTimer_.reset();
     blipReturnsTo_.reset();
-    if (blips_) blips_->shutdown();
-    if (meters_) meters_->detach();
+    output_.unload();
     if (player_) player_->unload();
-    forgetSeek();
-    isSlowMotionScrubbing_ = isDucking_ = false;
+    seeks_->forget();
+    isSlowMotionScrubbing_ = false;
+    sound_.endDucking();
     savedPlayheadBeforeSkim_.reset();
-    speed_ = {};
-    if (loop_ != LoopState()) {
-        loop_ = {};
-        notify(VideoEngineField::loop);
-    }
-    if (transport_ != TransportState()) {
-        transport_ = {};
-        notify(VideoEngineField::transport);
-    }
+    clearLoopAndTransport();
 }
 
 void VideoEngine::cleanup() {
@@ -147,22 +111,7 @@ void VideoEngine::cleanup() {
     observers_.clear();
     player_.reset();
     video_.reset();
-    audio_.reset();
-    mixdown_.reset();
-}
-
-void VideoEngine::setStartTimecode(double seconds, std::optional<TimecodeFrameRate> rate) {
-    playhead_.startTimecodeSeconds = seconds;
-    playhead_.timecodeRate = rate;
-    notify(VideoEngineField::playhead);
-}
-
-void VideoEngine::setStartTimecode(const std::optional<std::string>& stated,
-                                   std::optional<TimecodeFrameRate> rate) {
-    if (!stated) return;
-    if (!rate) rate = TimecodeUtils::frameRate(playhead_.frameRate);
-    const auto start = Timecode::fromString(*stated, *rate);
-    setStartTimecode(start ? start->realTimeValue() : 0, rate);
+    sound_.clear();
 }
 
 bool VideoEngine::correctInitialSeek(double toSeconds) {
@@ -183,7 +132,7 @@ bool VideoEngine::correctInitialSeek(double toSeconds) {
 
 void VideoEngine::timeReported(MediaTime time) {
     if (loop_.loopStart < time) hasLoopRun_ = true;
-    if (isSkimming() || seekingTo_ || blipReturnsTo_) return;
+    if (isSkimming() || seeks_->target() || blipReturnsTo_) return;
     setPlayhead(time);
     if (transport_.isPlaying && loop_.isLooping && loop_.loopEnd <= time) seek(loop_.loopStart);
 }
@@ -199,10 +148,16 @@ void VideoEngine::endReported() {
     }
     isSlowMotionScrubbing_ = false;
     setSpeed({});
-    if (!isSkimming() && !seekingTo_) setPlayhead(player_->currentTime());
+    if (!isSkimming() && !seeks_->target()) setPlayhead(player_->currentTime());
 }
 
 // Transport
+
+/// A moment of the players' clock.
+struct VideoEngine::HostStart {
+    MediaTime time;
+    std::chrono::nanoseconds hostTime;
+};
 
 void VideoEngine::play() { start(std::nullopt); }
 void VideoEngine::play(MediaTime time, std::chrono::nanoseconds hostTime) {
@@ -215,12 +170,12 @@ void VideoEngine::start(const std::optional<HostStart>& at) {
     endBlip();
     noteUserMoved();
     isSlowMotionScrubbing_ = false;
-    if (blips_) blips_->silence();
+    if (output_.blips() != nullptr) output_.blips()->silence();
     apply(AudioRenderPlan::normalSpeed);
     setSpeed(ShuttleSpeed::normal());
     setPlaying(true);
     if (!at) return player_->setRate(1);
-    forgetSeek();
+    seeks_->forget();
     const MediaTime time = within(at->time);
     setPlayhead(time);
     player_->setRate(1, time, at->hostTime);
@@ -232,7 +187,7 @@ void VideoEngine::pause(bool silenceAudio) {
     endBlip();
     isSlowMotionScrubbing_ = false;
     player_->setRate(0);
-    if (transport_.isPlaying && !seekingTo_) {
+    if (transport_.isPlaying && !seeks_->target()) {
         // The picture of the moment may still be on its way.
         setPlayhead(player_->currentTime());
         seekPlayer(playhead_.time);
@@ -284,31 +239,11 @@ void VideoEngine::moveTo(double seconds) {
 }
 
 void VideoEngine::seekPlayer(MediaTime time, std::function<void()> shown) {
-    seekingTo_ = time;
-    const std::uint64_t number = ++seeks_;
-    player_->seek(time, [weak = weak_from_this(), number, shown = std::move(shown)](bool isShown) {
-        const auto self = weak.lock();
-        if (!self || self->seeks_ != number) return;
-        self->seekingTo_.reset();
-        const auto waiting = std::exchange(self->whenShown_, {});
-        if (isShown && shown) shown();
-        for (const auto& one : waiting) one->end();
-    });
-}
-
-void VideoEngine::forgetSeek() {
-    ++seeks_;
-    seekingTo_.reset();
-    for (const auto& one : std::exchange(whenShown_, {})) one->end();
-}
-
-platform::Task VideoEngine::shown() {
-    if (!seekingTo_) return platform::Task::ended();
-    return whenShown_.emplace_back(std::make_shared<platform::Completion>(dependencies_.mainThread))->task();
+    seeks_->begin(*player_, time, std::move(shown));
 }
 
 MediaTime VideoEngine::position() const {
-    if (seekingTo_) return *seekingTo_;
+    if (seeks_->target()) return *seeks_->target();
     return blipReturnsTo_ ? *blipReturnsTo_ : player_->currentTime();
 }
 
@@ -333,7 +268,7 @@ void VideoEngine::slowMotionScrub(bool forward) {
 
 void VideoEngine::run(double rate, const AudioRenderPlan& plan) {
     endBlip();
-    if (blips_) blips_->silence();
+    if (output_.blips() != nullptr) output_.blips()->silence();
     wrapIfAtEnd(rate > 0);
     apply(plan);
     setPlaying(true);
@@ -347,11 +282,7 @@ void VideoEngine::wrapIfAtEnd(bool isForward) {
 }
 
 void VideoEngine::apply(const AudioRenderPlan& plan) {
-    player_->setPitchAlgorithm(plan.algorithm);
-    if (isDucking_ != plan.isAudible) return;
-    isDucking_ = !plan.isAudible;
-    player_->setVolume(isDucking_ ? 0 : volume_);
-    notify(VideoEngineField::sound);
+    if (sound_.render(plan, *player_)) notify(VideoEngineField::sound);
 }
 
 void VideoEngine::setLoopRegion(double aroundSeconds, int frames) {
@@ -384,31 +315,34 @@ void VideoEngine::stepFrames(std::int64_t count, bool playBlip) {
     using Limits = std::numeric_limits<std::int32_t>;
     noteUserMoved();
     const MediaTime base = position();
-    pause(!playBlip || (blips_ && blips_->hasOpenFile()) || !isAudible());
+    pause(!playBlip || hasBlips() || !isAudible());
     const MediaTime target = within(base + playhead_.frameLength() *
                                                std::clamp<std::int64_t>(count, Limits::min(), Limits::max()));
     setPlayhead(target);
-    seekPlayer(target, [this, target, playBlip] {
-        if (playBlip && !transport_.isPlaying) playFrameBlip(target);
+    seekPlayer(target, [weak = weak_from_this(), target, playBlip] {
+        const auto self = weak.lock();
+        if (self && playBlip && !self->transport_.isPlaying) self->playFrameBlip(target);
     });
 }
 
 void VideoEngine::playFrameBlip(MediaTime at) {
-    if (!blips_ || !blips_->hasOpenFile()) {
+    if (!hasBlips()) {
         if (isAudible()) playBlipOnPlayer(); // which shows the next pictures meanwhile
         return;
     }
-    blips_->playBlip(ScrubBlipAudio::sourceSeconds(at.seconds(), syncOffsetSeconds_),
-                     ScrubBlipAudio::blipSeconds(playhead_.frameRate, ScrubBlipAudio::longestSeconds),
-                     volume_);
+    output_.blips()->playBlip(
+        ScrubBlipAudio::sourceSeconds(at.seconds(), sound().syncOffsetSeconds),
+        ScrubBlipAudio::blipSeconds(playhead_.frameRate, ScrubBlipAudio::longestSeconds), sound().volume);
 }
 
-bool VideoEngine::isAudible() const { return player_->facts().hasSound && volume_ > 0; }
+bool VideoEngine::hasBlips() const { return output_.blips() != nullptr && output_.blips()->hasOpenFile(); }
+
+bool VideoEngine::isAudible() const { return player_->facts().hasSound && sound().volume > 0; }
 
 void VideoEngine::playBlipOnPlayer() {
     endBlip();
     // Who is told of the sound may end the blip.
-    blipTimer_ = players_->after(legacyBlipHold, [weak = weak_from_this()] {
+    blipTimer_ = output_.system()->after(legacyBlipHold, [weak = weak_from_this()] {
         if (const auto self = weak.lock()) self->endBlip();
     });
     blipReturnsTo_ = player_->currentTime();
@@ -431,62 +365,33 @@ void VideoEngine::endBlip() {
 // Sound
 
 void VideoEngine::setVolume(float volume) {
-    volume_ = std::isfinite(volume) ? std::clamp(volume, 0.0F, 1.0F) : 0;
-    if (transport_.isLoaded && !isDucking_) player_->setVolume(volume_);
+    sound_.setVolume(volume, player());
     notify(VideoEngineField::sound);
 }
 
 void VideoEngine::setSyncOffsetSeconds(double seconds) {
     assertOnMainThread();
     if (!std::isfinite(seconds)) return;
-    syncOffsetSeconds_ = seconds;
+    sound_.setOffset(seconds);
     notify(VideoEngineField::sound);
-    if (!transport_.isLoaded || !(std::abs(seconds - appliedOffset_) > leastOffsetChange)) return;
+    if (!transport_.isLoaded || !sound_.isOffsetNew()) return;
     if (!transport_.isPlaying) pause(true);
-    appliedOffset_ = seconds;
-    player_->setSoundOffset(MediaTime::fromSeconds(seconds));
+    sound_.giveOffset(*player_);
 }
 
 void VideoEngine::setAudio(std::optional<TakeSound> audio) {
-    audio_ = std::move(audio);
-    soundChanged();
+    sound_.setAudio(std::move(audio));
+    giveSound();
 }
 
 void VideoEngine::setMixdownAudio(std::optional<FileURL> url) {
-    mixdown_ = std::move(url);
-    soundChanged();
+    sound_.setMixdown(std::move(url));
+    giveSound();
 }
 
-void VideoEngine::soundChanged() {
+void VideoEngine::giveSound() {
     assertOnMainThread();
-    if (!transport_.isLoaded || audioSource() == appliedSound_) return;
-    appliedSound_ = audioSource();
-    if (blips_) blips_->load(appliedSound_);
-    player_->setSound(opener(appliedSound_));
-    notify(VideoEngineField::sound);
-}
-
-// What is observed
-
-void VideoEngine::setSpeed(ShuttleSpeed speed) {
-    speed_ = speed;
-    setLabel(speed.label());
-}
-
-void VideoEngine::setLabel(std::string label) {
-    if (label == loop_.jklLabel) return;
-    loop_.jklLabel = std::move(label);
-    notify(VideoEngineField::loop);
-}
-
-void VideoEngine::setPlayhead(MediaTime time) {
-    if (playhead_.time == time) return;
-    playhead_.time = time;
-    notify(VideoEngineField::playhead);
-}
-
-void VideoEngine::setPlaying(bool isPlaying) {
-    if (std::exchange(transport_.isPlaying, isPlaying) != isPlaying) notify(VideoEngineField::transport);
+    if (transport_.isLoaded && sound_.give(*player_, output_.blips())) notify(VideoEngineField::sound);
 }
 
 } // namespace orvane

@@ -38,6 +38,19 @@ struct TransportState {
     bool operator==(const TransportState&) const = default;
 };
 
+/// What the file says of a picture that cannot be decoded here; 0: not known.
+struct KnownPicture {
+    double durationSeconds = 0, frameRate = 0;
+};
+
+/// How the sound under the clip is played.
+struct SoundState {
+    float volume = 1; ///< the user's, 0 to 1
+    /// Start of the sound on the clip's axis; positive: it starts later than the picture.
+    double syncOffsetSeconds = 0;
+    bool isDucking = false; ///< muted as nothing would be heard at this speed
+};
+
 /// The region that is played again and again, and what the screen says of the speed.
 struct LoopState {
     std::string jklLabel = "STOP";

@@ -85,7 +85,7 @@ std::vector<Command> loadingCommands() {
                        {groupID},
                        [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
                            expectPlayers(context);
-                           engineOf(context).measureLevels();
+                           engineOf(context).output().measureLevels();
                            return context.players().loadGroup(call.id("groupID"));
                        })
             .forClips(canPlay),

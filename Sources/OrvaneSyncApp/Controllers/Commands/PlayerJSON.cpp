@@ -46,12 +46,12 @@ JSON playerStateJSON(const VideoEngine& engine) {
     json.set("isLooping", engine.loop().isLooping);
     json.set("loopStartSeconds", engine.loop().loopStart.seconds());
     json.set("loopEndSeconds", engine.loop().loopEnd.seconds());
-    json.set("syncOffsetSeconds", engine.syncOffsetSeconds());
-    json.set("volume", static_cast<double>(engine.volume()));
-    json.set("isDucking", engine.isDucking());
+    json.set("syncOffsetSeconds", engine.sound().syncOffsetSeconds);
+    json.set("volume", static_cast<double>(engine.sound().volume));
+    json.set("isDucking", engine.sound().isDucking);
     setShownFrame(json, engine);
     json.set("droppedFrames", player == nullptr ? 0 : player->droppedPictures());
-    json.set("levels", levelsJSON(engine.levels()));
+    json.set("levels", levelsJSON(engine.output().levels()));
     return json;
 }
 
@@ -66,8 +66,8 @@ JSON clusterStateJSON(const ClusterEngineBag& bag) {
         setShownFrame(member, engine);
         member.set("isPlaying", engine.transport().isPlaying);
         member.set("rate", engine.rate());
-        member.set("volume", static_cast<double>(engine.volume()));
-        member.set("isDucking", engine.isDucking());
+        member.set("volume", static_cast<double>(engine.sound().volume));
+        member.set("isDucking", engine.sound().isDucking);
         member.set("syncOffsetSeconds", bag.memberSyncOffsets().at(id));
         members.push_back(std::move(member));
     }

@@ -11,7 +11,7 @@ namespace orvane {
 std::optional<PictureNote> pictureNote(const SyncGroup* clip, VideoEngine& engine, bool isHelperMissing) {
     if (clip == nullptr)
         return PictureNote{"No clip is open", "Choose one at the left, or a take for all its cameras."};
-    if (engine.players() == nullptr)
+    if (engine.output().system() == nullptr)
         return PictureNote{"Pictures and sound cannot be played", "'orvanesync doctor' says why."};
     if (engine.transport().isLoading) return std::nullopt;
     const bool hasPicture = engine.transport().isLoaded && engine.player()->facts().hasPicture;
@@ -45,7 +45,7 @@ std::optional<PictureNote> pictureNote(const SyncGroup* clip, VideoEngine& engin
 }
 
 std::optional<std::string> soundNote(VideoEngine& engine) {
-    const auto& players = engine.players();
+    const auto& players = engine.output().system();
     const auto mixer = players ? players->mixer() : nullptr;
     constexpr std::string_view withoutDevice = "no sound device"; // as an output describes itself
     if (!mixer || mixer->output().description() != withoutDevice) return std::nullopt;

@@ -103,7 +103,7 @@ void ReviewViewModel::follow() {
     const SyncGroup* clip = group();
     if (clip == nullptr) return close();
     ClipSound sound(*clip);
-    const double moved = sound.offsetSeconds - engine_->syncOffsetSeconds();
+    const double moved = sound.offsetSeconds - engine_->sound().syncOffsetSeconds;
     engine_->setAudio(std::move(sound.take));
     engine_->setSyncOffsetSeconds(sound.offsetSeconds);
     timeline_.show(*groupID_);

@@ -251,7 +251,7 @@ void PictureView::showTransport() {
     toStart_->setEnabled(engine.transport().isLoaded);
     loop_->setEnabled(engine.transport().isLoaded);
     const QSignalBlocker quiet(volume_);
-    volume_->setValue(static_cast<int>(std::lround(engine.volume() * wholeVolume)));
+    volume_->setValue(static_cast<int>(std::lround(engine.sound().volume * wholeVolume)));
 }
 
 void PictureView::showTimecodes() {

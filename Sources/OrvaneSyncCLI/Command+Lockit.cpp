@@ -207,8 +207,8 @@ void sync(Context&, LockitRun& run, const Arguments& arguments) {
     if (run.sessions().currentSessionId() != id || run.sessions().problem())
         throw CommandError(run.sessions().problem().value_or("the session can't be opened"));
     const SyncGroupList before = run.controller().work().syncGroups();
-    run.wait(
-        run.controller().lockit().syncLockitNetwork(run.sharedAccount(), run.sessions().lockitProjectID(id)));
+    run.wait(run.controller().lockit().syncLockitNetwork(run.sharedAccount(),
+                                                         run.sessions().places().lockitProjectID(id)));
     if (!run.controller().work().syncGroups().changesSince(before).empty()) {
         run.wait(run.sessions().save(run.controller()));
         run.wait(run.sessions().flush());

@@ -80,7 +80,7 @@ void writeForEver(const std::string& folder, const UUID& id, const std::string& 
                 .count());
         if (number % 3 == 0) {
             if (writer == "two")
-                work.manager->setFolder(id, std::to_string(number));
+                work.manager->places().setFolder(id, std::to_string(number));
             else
                 work.manager->rename(id, std::to_string(number));
             work.finish(work.manager->flush());

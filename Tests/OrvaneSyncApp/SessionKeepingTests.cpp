@@ -121,7 +121,7 @@ TEST_F(SessionKeepingTest, aWriteThatFailsShowsAndIsTriedAgain) {
         obstacle.put();
         finish(manager_->rename(id, obstacle.name));
         EXPECT_TRUE(manager_->lastSaveError());
-        manager_->setFolder(id, obstacle.name);
+        manager_->places().setFolder(id, obstacle.name);
         approveFirst();
         flush();
         ASSERT_TRUE(manager_->lastSaveError());
@@ -209,16 +209,16 @@ TEST_F(SessionKeepingTest, nothingOfAnotherProgramIsUndoneByOneThatOnlyLooksOn) 
     EXPECT_NE(manager_->problem()->find(id.text()), std::string::npos);
 
     // Settings, in a folder made by the other.
-    theirs->createFolder("Reel");
+    theirs->places().createFolder("Reel");
     theirs->folders().setMetadataPrefix("Reel", "r.");
-    theirs->setFolder(next, "Reel");
+    theirs->places().setFolder(next, "Reel");
     finish(theirs->flush());
     finish(manager_->load(id, controller_));
-    manager_->setFolder(id, "Reel");
-    EXPECT_EQ(manager_->metadataPrefix(id), "r.");
+    manager_->places().setFolder(id, "Reel");
+    EXPECT_EQ(manager_->places().metadataPrefix(id), "r.");
     folder_.write("folders.json", "[");
     finish(manager_->loadSessionList());
-    EXPECT_EQ(manager_->metadataPrefix(id), "r.");
+    EXPECT_EQ(manager_->places().metadataPrefix(id), "r.");
     ASSERT_TRUE(manager_->problem());
     EXPECT_NE(manager_->problem()->find("list of session folders can't be read"), std::string::npos);
 
@@ -266,13 +266,13 @@ TEST_F(SessionKeepingTest, twoProgramsKeepBothSidesWork) {
     finish(theirs->rename(id, "Their name"));
     mainThread_->advance(20s);
     EXPECT_EQ(recordOnDisk(), std::tuple("Their name", "", false));
-    manager_->setFolder(id, "Our folder");
+    manager_->places().setFolder(id, "Our folder");
     EXPECT_EQ(recordOnDisk(), std::tuple("Their name", "Our folder", false));
     EXPECT_EQ(manager_->session(id)->name, "Their name");
     finish(theirs->save(*theirController));
     EXPECT_EQ(recordOnDisk(), std::tuple("Their name", "Our folder", false));
     EXPECT_EQ(theirs->session(id)->folder, "Our folder");
-    manager_->setFolder(id, {});
+    manager_->places().setFolder(id, {});
     // Whoever writes, what stood there is kept, and nothing that was kept before gives way to it.
     std::vector<std::string> kept{"groups.json.other"};
     for (int turn = 2; turn < 5; ++turn) {
@@ -297,12 +297,12 @@ TEST_F(SessionKeepingTest, twoProgramsKeepBothSidesWork) {
     for (const char* record : {"folders.json", "session.json.unreadable"}) // folders: nobody chose others
         EXPECT_EQ(folder_.read(file(id, record)), "{");
     // Folders of sessions: changes of one list, whoever makes them.
-    EXPECT_TRUE(manager_->createFolder("Ours"));
-    EXPECT_TRUE(theirs->createFolder("Theirs"));
+    EXPECT_TRUE(manager_->places().createFolder("Ours"));
+    EXPECT_TRUE(theirs->places().createFolder("Theirs"));
     finish(theirs->flush());
     manager_->folders().setMetadataPrefix("Ours", "o.");
     flush();
-    EXPECT_EQ(manager_->folderNames(), (std::vector<std::string>{"Ours", "Theirs"}));
+    EXPECT_EQ(manager_->places().folderNames(), (std::vector<std::string>{"Ours", "Theirs"}));
     // One deletes what the other has open: the next change brings it back whole.
     finish(theirs->deleteSession(id));
     approveFirst();
@@ -386,20 +386,20 @@ TEST_F(SessionKeepingTest, noDecisionWaitsForTheDiskAndOthersSeeItWithinASecond)
     };
     inTheLoop([&] {
         manager_->rename(id, "Winter");
-        manager_->setFolder(id, "Reel");
+        manager_->places().setFolder(id, "Reel");
         manager_->folders().setMetadataPrefix("Reel", "r.");
-        manager_->createFolder("Old");
-        manager_->renameFolder("Old", "Older");
-        manager_->captureActiveSettingsSnapshot();
+        manager_->places().createFolder("Old");
+        manager_->places().renameFolder("Old", "Older");
+        manager_->places().captureSettings();
         EXPECT_EQ(manager_->session(id)->name, "Winter");
-        EXPECT_EQ(manager_->metadataPrefix(id), "r.");
+        EXPECT_EQ(manager_->places().metadataPrefix(id), "r.");
         manager_->loadMostRecentSession(controller_);
     });
     flush();
     mainThread_->advance(1s);
     ASSERT_TRUE(mainThread_->waitUntil([&] { return theirs->session(id) != nullptr; }));
     EXPECT_EQ(theirs->session(id)->name, "Winter");
-    EXPECT_EQ(theirs->folderNames(), (std::vector<std::string>{"Older", "Reel"}));
+    EXPECT_EQ(theirs->places().folderNames(), (std::vector<std::string>{"Older", "Reel"}));
     inTheLoop([&] { manager_->deleteSession(id); });
     flush();
     mainThread_->advance(1s);

@@ -198,7 +198,7 @@ TEST_F(SessionManagerTest, theNewestSaveWinsAndNoneIsLostToAnother) {
         {"a save and then a move",
          [&](const UUID& id, const UUID&) {
              manager_->save(*controller_);
-             manager_->setFolder(id, " Dreh \n");
+             manager_->places().setFolder(id, " Dreh \n");
          }},
         {"another session right after the edit",
          [&](const UUID&, const UUID& other) { finish(manager_->load(other, controller_)); }},
@@ -265,7 +265,7 @@ TEST_F(SessionManagerTest, listsWhatCanBeReadNewestFirst) {
 TEST_F(SessionManagerTest, suggestsTheNextShootingDay) {
     const UUID id = newSession();
     EXPECT_EQ(manager_->list().suggestedName(id), std::nullopt);
-    manager_->setFolder(id, "Dreh");
+    manager_->places().setFolder(id, "Dreh");
     EXPECT_EQ(manager_->list().suggestedName(id), "Dreh DT 001");
     EXPECT_EQ(manager_->list().suggestedName(UUID::random()), std::nullopt);
     const std::pair<const char*, const char*> siblings[] = {
@@ -278,54 +278,55 @@ TEST_F(SessionManagerTest, suggestsTheNextShootingDay) {
         {"DT1234", "1235"}};
     for (const auto& [name, next] : siblings) {
         const UUID sibling = newSession();
-        manager_->setFolder(sibling, "Dreh");
+        manager_->places().setFolder(sibling, "Dreh");
         manager_->rename(sibling, name);
         EXPECT_EQ(manager_->list().suggestedName(id), "Dreh DT " + std::string(next)) << name;
     }
-    manager_->setFolder(newSession(), "Elsewhere");
+    manager_->places().setFolder(newSession(), "Elsewhere");
     manager_->rename(*manager_->currentSessionId(), "DT 5000");
     EXPECT_EQ(manager_->list().suggestedName(id), "Dreh DT 1235");
 }
 
 TEST_F(SessionManagerTest, foldersAreKeptWithTheirSessions) {
     const UUID id = newSession();
-    EXPECT_TRUE(manager_->createFolder("  Dreh\n"));
-    for (const char* name : {"", " \n", "Dreh"}) EXPECT_FALSE(manager_->createFolder(name)) << name;
-    manager_->setFolder(id, "Dreh");
+    EXPECT_TRUE(manager_->places().createFolder("  Dreh\n"));
+    for (const char* name : {"", " \n", "Dreh"}) EXPECT_FALSE(manager_->places().createFolder(name)) << name;
+    manager_->places().setFolder(id, "Dreh");
     manager_->folders().setLockitProject("Dreh", "p1");
     manager_->folders().setActivePreset("Dreh", " Doc ");
     manager_->folders().setMetadataPrefix("New", "x.");
-    EXPECT_EQ(manager_->lockitProjectID(id), "p1");
-    manager_->deleteEmptyFolder("Dreh");
-    for (const char* name : {"New", "Dreh", " "}) EXPECT_FALSE(manager_->renameFolder("Dreh", name)) << name;
-    EXPECT_TRUE(manager_->renameFolder("Dreh", " Shoot "));
-    EXPECT_EQ(manager_->currentSessionFolderName(), "Shoot");
+    EXPECT_EQ(manager_->places().lockitProjectID(id), "p1");
+    manager_->places().deleteEmptyFolder("Dreh");
+    for (const char* name : {"New", "Dreh", " "})
+        EXPECT_FALSE(manager_->places().renameFolder("Dreh", name)) << name;
+    EXPECT_TRUE(manager_->places().renameFolder("Dreh", " Shoot "));
+    EXPECT_EQ(manager_->places().folderOfOpenSession(), "Shoot");
     EXPECT_EQ(manager_->folders().find("Shoot")->activePresetName, "Doc");
     manager_->folders().setActivePreset("Shoot", " ");
     EXPECT_EQ(manager_->folders().find("Shoot")->activePresetName, std::nullopt);
-    manager_->deleteEmptyFolder("New");
+    manager_->places().deleteEmptyFolder("New");
     flush();
-    EXPECT_EQ(makeManager()->folderNames(), (std::vector<std::string>{"Shoot"}));
+    EXPECT_EQ(makeManager()->places().folderNames(), (std::vector<std::string>{"Shoot"}));
     EXPECT_EQ(SessionStore(folder_.path()).list().front().folder, "Shoot");
-    manager_->setFolder(id, " ");
-    EXPECT_EQ(manager_->currentSessionFolderName(), std::nullopt);
-    EXPECT_EQ(manager_->metadataPrefix(id), std::nullopt);
+    manager_->places().setFolder(id, " ");
+    EXPECT_EQ(manager_->places().folderOfOpenSession(), std::nullopt);
+    EXPECT_EQ(manager_->places().metadataPrefix(id), std::nullopt);
 }
 
 TEST_F(SessionManagerTest, theListOfFoldersSurvivesWhatIsInItsPlace) {
     folder_.write("empty_folders.json", R"(["b", "a"])");
-    EXPECT_EQ(makeManager()->folderNames(), (std::vector<std::string>{"a", "b"}));
+    EXPECT_EQ(makeManager()->places().folderNames(), (std::vector<std::string>{"a", "b"}));
     EXPECT_FALSE(fs::exists(folder_.path("empty_folders.json")));
     folder_.write("folders.json", R"([{"name":"x","activeSettingsSnapshot":"%%%"}])");
     const auto manager = makeManager();
-    EXPECT_TRUE(manager->folderNames().empty());
-    EXPECT_TRUE(manager->createFolder("c"));
+    EXPECT_TRUE(manager->places().folderNames().empty());
+    EXPECT_TRUE(manager->places().createFolder("c"));
     finish(manager->flush());
     EXPECT_NE(folder_.read("folders.json.unreadable").find("%%%"), std::string::npos);
     // A change that cannot be written is not forgotten.
     fs::rename(folder_.path("folders.json"), folder_.path("aside"));
     fs::create_directories(folder_.path("folders.json/x"));
-    EXPECT_TRUE(manager->createFolder("d"));
+    EXPECT_TRUE(manager->places().createFolder("d"));
     finish(manager->flush());
     ASSERT_TRUE(manager->lastSaveError());
     EXPECT_TRUE(manager->lastSaveError()->starts_with("folders.json: "));
@@ -333,15 +334,15 @@ TEST_F(SessionManagerTest, theListOfFoldersSurvivesWhatIsInItsPlace) {
     fs::rename(folder_.path("aside"), folder_.path("folders.json"));
     finish(manager->flush());
     EXPECT_EQ(manager->lastSaveError(), std::nullopt);
-    EXPECT_EQ(makeManager()->folderNames(), (std::vector<std::string>{"c", "d"}));
+    EXPECT_EQ(makeManager()->places().folderNames(), (std::vector<std::string>{"c", "d"}));
 }
 
 TEST_F(SessionManagerTest, settingsFollowTheWorkIntoItsFolder) {
     manager_->start(controller_);
     const UUID first = newSession();
-    manager_->setFolder(first, "One");
+    manager_->places().setFolder(first, "One");
     const UUID second = newSession();
-    manager_->setFolder(second, "Two");
+    manager_->places().setFolder(second, "Two");
     const auto captured = [&](const char* folder) {
         const FolderInfo* info = manager_->folders().find(folder);
         return info == nullptr ? std::nullopt : info->activeSettingsSnapshot;
@@ -365,10 +366,10 @@ TEST_F(SessionManagerTest, settingsFollowTheWorkIntoItsFolder) {
     EXPECT_TRUE(overtaken.isDone());
     EXPECT_EQ(manager_->currentSessionId(), first);
     EXPECT_EQ(settings_->get(settings::eventName), "one");
-    EXPECT_EQ(manager_->settingsOfFolder(), std::vector<std::string>{"eventName"})
+    EXPECT_EQ(manager_->places().appliedSettings(), std::vector<std::string>{"eventName"})
         << "the other one is alike";
     finish(manager_->load(first, controller_));
-    EXPECT_TRUE(manager_->settingsOfFolder().empty());
+    EXPECT_TRUE(manager_->places().appliedSettings().empty());
 }
 
 /// The sessions with the commands of the windows and of `serve`.

@@ -35,12 +35,12 @@ class KeptWork : public testing::Test {
         for (const SyncGroup& group : controller->work().syncGroups())
             if (group.video.filename.starts_with("A001C001"))
                 controller->clips().setManualClipName(group.id, "Hero");
-        manager->setFolder(*manager->currentSessionId(), "Dreh");
+        manager->places().setFolder(*manager->currentSessionId(), "Dreh");
         manager->save(*controller);
         finish(manager->flush());
         manager->folders().setMetadataPrefix("Dreh", "x.");
         settings_->set("eventName", "Of the folder");
-        manager->captureActiveSettingsSnapshot();
+        manager->places().captureSettings();
         settings_->remove("eventName");
         session_ = manager->currentSessionId()->text();
         finish(controller->project().saveProject({project_}));

@@ -320,7 +320,7 @@ TEST_F(SettingsTest, sessionsAreDraggedAndPresetsFollowTheFolder) {
     panel.show();
     desktop_->run("newSession");
     SessionManager& sessions = desktop_->sessions();
-    sessions.createFolder("Winter");
+    sessions.places().createFolder("Winter");
     auto* tree = panel.findChild<QTreeWidget*>();
     ASSERT_TRUE(waitUntil([&] { return tree->topLevelItemCount() == 2; }));
     tree->setCurrentItem(tree->topLevelItem(1));
@@ -328,10 +328,11 @@ TEST_F(SettingsTest, sessionsAreDraggedAndPresetsFollowTheFolder) {
     QMimeData data;
     QDropEvent drop(place, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
     (tree->*&DroppedOn::dropEvent)(&drop);
-    EXPECT_EQ(sessions.currentSessionFolderName(), "Winter");
+    EXPECT_EQ(sessions.places().folderOfOpenSession(), "Winter");
     ASSERT_TRUE(waitUntil([&] { return tree->topLevelItemCount() == 1; }));
     tree->topLevelItem(0)->setText(0, "Summer"); // as the editor in place does
-    EXPECT_TRUE(waitUntil([&] { return sessions.folderNames() == std::vector<std::string>{"Summer"}; }));
+    EXPECT_TRUE(
+        waitUntil([&] { return sessions.places().folderNames() == std::vector<std::string>{"Summer"}; }));
 
     settings_->set(settings::eventName.key, "Kept");
     click(buttonOf(panel, "Save the present settings as a preset"));

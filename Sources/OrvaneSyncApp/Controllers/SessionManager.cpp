@@ -1,11 +1,8 @@
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
 
-#include "OrvaneSyncApp/Controllers/FolderSettings.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
-#include "Platform/Log.h"
 #include "Platform/Text.h"
 
-#include <cassert>
 #include <chrono>
 #include <set>
 #include <utility>
@@ -17,29 +14,22 @@ namespace {
 constexpr std::chrono::seconds autosaveInterval{5};
 constexpr std::chrono::seconds lookInterval{1};
 
-/// For comparisons: each once, in one order, however it was written.
-std::set<std::string> foldersOf(const std::vector<FileURL>& urls) {
-    std::set<std::string> all;
-    for (const FileURL& url : urls) all.insert(url.pathText());
-    return all;
-}
-
 } // namespace
 
-/// While it lives, changes of the clips are no edits.
-struct SessionManager::Restoring {
-    explicit Restoring(SessionManager& owner) : manager(owner) { manager.isRestoring_ = true; }
-    ~Restoring() { manager.isRestoring_ = false; }
-    Restoring(const Restoring&) = delete;
-    Restoring& operator=(const Restoring&) = delete;
+/// What comes back of the writing.
+class SessionManager::Reports : public SessionWrites::Owner {
+  public:
+    explicit Reports(SessionManager& manager) : manager_(manager) {}
 
-    SessionManager& manager;
-};
+    void isWritten(const UUID& id, const std::shared_ptr<const SessionWork>& work) override;
+    void adopt(SessionInfo info) override { manager_.adopt(std::move(info)); }
+    void reportKeptFiles(const UUID& id, const std::vector<std::string>& kept) override;
+    void reportFailures() override;
+    std::shared_ptr<const SessionWork> isDeletedByAnother(const UUID& id, bool isChanged) override;
+    void folderListIsWritten(const std::optional<std::string>& kept);
 
-/// What the disk says of all sessions.
-struct SessionManager::Lists {
-    std::vector<SessionInfo> sessions;
-    SessionStore::Stored<std::vector<FolderInfo>> folders;
+  private:
+    SessionManager& manager_;
 };
 
 std::shared_ptr<SessionManager> SessionManager::create(Dependencies dependencies) {
@@ -48,20 +38,28 @@ std::shared_ptr<SessionManager> SessionManager::create(Dependencies dependencies
 }
 
 SessionManager::SessionManager(Dependencies dependencies)
-    : mainThread_(std::move(dependencies.mainThread)), clock_(std::move(dependencies.clock)),
-      store_(std::move(dependencies.sessionsDir)), list_(store_.list()),
-      autosaveTimer_(mainThread_, autosaveInterval, [this] { autosave(); }),
+    : SessionStatus(std::move(dependencies.mainThread),
+                    SessionList(SessionStore(dependencies.sessionsDir).list())),
+      clock_(std::move(dependencies.clock)), store_(std::move(dependencies.sessionsDir)),
+      autosaveTimer_(mainThread_, autosaveInterval, [this] { autosaveAgain(); }),
       lookTimer_(mainThread_, lookInterval, [this] { lookAgain(); }),
-      knownRecords_(std::make_shared<SessionStore::KnownRecords>()),
       queue_(platform::SerialQueue::create("sessions")),
       folderSettings_(std::make_shared<FolderSettings>(std::move(dependencies.settings), mainThread_)),
       folders_(std::make_shared<SessionFolderList>(store_, *queue_, mainThread_)),
-      writes_(std::make_shared<SessionWrites>(static_cast<SessionWrites::Owner&>(*this), store_, *queue_,
-                                              mainThread_)) {
+      stored_(store_, *queue_, mainThread_),
+      places_(*this, folders_, folderSettings_,
+              [this](const UUID& id, SessionInfoChange change) { return decide(id, std::move(change)); }),
+      reports_(std::make_unique<Reports>(*this)),
+      writes_(std::make_shared<SessionWrites>(*reports_, store_, *queue_, mainThread_)),
+      autosave_(std::make_shared<SessionAutosave>(
+          mainThread_,
+          [this](const ImportController& controller, bool isChanged) { autosave(controller, isChanged); })) {
     folders_->adopt(store_.readFolderInfos());
     folders_->whenChanged = [this] { notify(SessionField::folderInfos); };
-    folders_->whenWritten = [this](const std::optional<std::string>& kept) { folderListIsWritten(kept); };
-    folderSettings_->whenChanged = [this] { captureActiveSettingsSnapshot(); };
+    folders_->whenWritten = [this](const std::optional<std::string>& kept) {
+        reports_->folderListIsWritten(kept);
+    };
+    folderSettings_->whenChanged = [this] { places_.captureSettings(); };
     reportProblem();
 }
 
@@ -70,13 +68,6 @@ SessionManager::~SessionManager() {
     leaveSession();
     writes_->postUnwritten();
     folders_->postUnwritten();
-}
-
-void SessionManager::assertOnMainThread() const { assert(mainThread_->isCurrent()); }
-
-platform::Subscription SessionManager::onChange(std::function<void(SessionField)> callback) {
-    assertOnMainThread();
-    return listeners_.add(std::move(callback));
 }
 
 // Saving.
@@ -91,7 +82,7 @@ void SessionManager::beginSessionOfOpenWork(const ImportController& controller) 
     const OpenWork& work = controller.work();
     if (open_.id || (work.syncGroups().empty() && work.wildTracks().empty())) return;
     setCurrentSession(UUID::random());
-    scheduleSave();
+    autosave_->schedule();
 }
 
 platform::Task SessionManager::save(SessionWork newWork, std::optional<std::string> name, bool isChanged) {
@@ -126,13 +117,7 @@ void SessionManager::adopt(SessionInfo info) {
 void SessionManager::start(const std::shared_ptr<ImportController>& controller) {
     assertOnMainThread();
     if (std::exchange(isStarted_, true)) return;
-    autosaveController_ = controller;
-    controllerObservation_ = controller->onChange([this](ImportField field) {
-        if (field == ImportField::syncGroups || field == ImportField::wildTracks ||
-            field == ImportField::videoFolderURL || field == ImportField::audioFolderURL ||
-            field == ImportField::scanScope || field == ImportField::sourceCorrections)
-            scheduleSave();
-    });
+    autosave_->watch(controller);
     controller->project().whenOpening = [weak = weak_from_this()] {
         if (const auto self = weak.lock()) self->beginSessionOfProject();
     };
@@ -144,36 +129,22 @@ void SessionManager::start(const std::shared_ptr<ImportController>& controller) 
     folderSettings_->observe();
 }
 
-/// One save for all the changes of a turn of the run loop.
-void SessionManager::scheduleSave() {
-    if (isRestoring_ || isProjectOpening_ || std::exchange(isSaveScheduled_, true)) return;
-    mainThread_->post([weak = weak_from_this()] {
-        if (const auto self = weak.lock()) self->saveScheduledChanges();
-    });
-}
-
-void SessionManager::saveScheduledChanges() {
-    if (isSaveScheduled_) autosaveIfNeeded();
-}
-
 /// A list is saved empty only if the editor has taken the last clip out: work that is left behind, a card
 /// that is empty today and clips that could not be read leave what is on the disk.
-void SessionManager::autosaveIfNeeded() {
-    const bool isChanged = std::exchange(isSaveScheduled_, false);
-    const auto controller = autosaveController_.lock();
-    if (!controller || !open_.id || isProjectOpening_) return;
-    SessionWork work = open_.workOf(*controller);
+void SessionManager::autosave(const ImportController& controller, bool isChanged) {
+    if (!open_.id) return;
+    SessionWork work = open_.workOf(controller);
     work.leavesClipsAlone = work.groups.empty() && !work.isEmptiedByEdit;
     // Without clips there may be sound, which has names.
-    if (!work.leavesClipsAlone || !controller->work().wildTracks().empty())
+    if (!work.leavesClipsAlone || !controller.work().wildTracks().empty())
         save(std::move(work), std::nullopt, isChanged);
 }
 
-void SessionManager::autosave() {
+void SessionManager::autosaveAgain() {
     writes_->retryFailed();
     folders_->write();
     // Who waits for the saves so far would wait for ever where one takes longer than this.
-    if (!writes_->isFinishing()) autosaveIfNeeded();
+    if (!writes_->isFinishing()) autosave_->save();
 }
 
 void SessionManager::lookAgain() {
@@ -182,7 +153,7 @@ void SessionManager::lookAgain() {
 
 void SessionManager::resignActive() {
     assertOnMainThread();
-    autosaveIfNeeded();
+    autosave_->save();
     autosaveTimer_.stop();
     lookTimer_.stop();
 }
@@ -191,7 +162,7 @@ void SessionManager::becomeActive() {
     assertOnMainThread();
     autosaveTimer_.start();
     lookTimer_.start();
-    autosaveIfNeeded();
+    autosave_->save();
 }
 
 platform::Task SessionManager::flush() {
@@ -210,18 +181,16 @@ platform::Task SessionManager::loadSessionList() {
 
 platform::Task SessionManager::look(std::weak_ptr<SessionManager> weak) {
     auto self = weak.lock();
-    auto reading = platform::onQueue(*self->queue_, self->mainThread_,
-                                     [store = self->store_, known = self->knownRecords_] {
-                                         return Lists{store.list({}, known.get()), store.readFolderInfos()};
-                                     });
+    const auto onDisk = std::make_shared<StoredLists>();
+    const platform::Task reading = self->stored_.readLists(onDisk);
     self.reset();
-    Lists onDisk = co_await reading;
+    co_await reading;
     self = weak.lock();
-    if (self) self->adopt(std::move(onDisk));
+    if (self) self->adopt(std::move(*onDisk));
 }
 
 /// The queue is in order, and so is what comes back from it: what the disk lacks of the changes is unwritten.
-void SessionManager::adopt(Lists onDisk) {
+void SessionManager::adopt(StoredLists onDisk) {
     SessionList list(std::move(onDisk.sessions));
     for (const auto& [id, unwritten] : writes_->unwritten()) {
         const SessionInfo* there = list.find(id);
@@ -249,7 +218,7 @@ platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID ses
     auto self = weak.lock();
     self->open_.keptOf.reset(); // what is kept from here on is told behind the opening
     self->leaveSession();
-    self->captureActiveSettingsSnapshot();
+    self->places_.captureSettings();
     if (self->writes_->find(sessionId) != nullptr) { // what is read must be the newest
         const platform::Task writing = self->writes_->start(sessionId);
         self.reset();
@@ -257,17 +226,16 @@ platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID ses
         self = weak.lock();
         if (!self || self->openings_ != opening) co_return;
     }
-    auto reading = platform::onQueue(*self->queue_, self->mainThread_, [store = self->store_, sessionId] {
-        return readStoredSession(store, sessionId);
-    });
+    const auto read = std::make_shared<std::optional<StoredSession>>();
+    const platform::Task reading = self->stored_.read(sessionId, read);
     self.reset();
     const std::stop_token stop = co_await platform::OwnStopToken{};
-    std::optional<StoredSession> read = co_await reading;
+    co_await reading;
     self = weak.lock();
     const auto work = controller.lock();
-    if (!self || !work || !read || self->openings_ != opening || stop.stop_requested()) co_return;
+    if (!self || !work || !*read || self->openings_ != opening || stop.stop_requested()) co_return;
     self->leaveSession(); // what was edited meanwhile is saved where it belongs
-    self->open(sessionId, std::move(*read), *work);
+    self->open(sessionId, std::move(**read), *work);
 }
 
 void SessionManager::open(const UUID& sessionId, StoredSession read, ImportController& controller) {
@@ -281,7 +249,7 @@ void SessionManager::open(const UUID& sessionId, StoredSession read, ImportContr
         if (const auto& tracks = newer->work->wildTracks.tracks) wildTracks = *tracks;
     }
     {
-        const Restoring restoring(*this);
+        const SessionAutosave::Restoring restoring(*autosave_);
         controller.openStoredWork({media.videoFolder, media.audioFolder, std::move(groups),
                                    std::move(wildTracks), media.scope, media.corrections, media.matchedBy});
     }
@@ -289,7 +257,7 @@ void SessionManager::open(const UUID& sessionId, StoredSession read, ImportContr
     open_.isRead(read);
     folders_->adopt(std::move(read.sessionFolders));
     reportProblem();
-    applySettingsOfFolder(sessionId);
+    if (places_.applySettings(sessionId)) notify(SessionField::settingsOfFolder);
 }
 
 platform::Task SessionManager::loadMostRecentSession(std::shared_ptr<ImportController> controller) {
@@ -300,25 +268,13 @@ platform::Task SessionManager::loadMostRecentSession(std::shared_ptr<ImportContr
     co_await self->load(self->sessions().front().id, controller);
 }
 
-platform::Task SessionManager::findSession(std::vector<FileURL> folders,
+platform::Task SessionManager::findSession(const std::vector<FileURL>& folders,
                                            std::shared_ptr<std::optional<UUID>> found) const {
     assertOnMainThread();
     std::vector<UUID> candidates;
     for (const SessionInfo& info : sessions())
         if (info.groupCount > 0 && info.id != open_.id) candidates.push_back(info.id);
-    auto reading =
-        platform::onQueue(*queue_, mainThread_,
-                          [store = store_, candidates = std::move(candidates),
-                           wanted = foldersOf(folders)](const std::stop_token& stop) -> std::optional<UUID> {
-                              for (const UUID& id : candidates) {
-                                  platform::throwIfStopped(stop);
-                                  const auto record = store.readFolders(id).record;
-                                  if (!record) continue;
-                                  if (!wanted.empty() && foldersOf(allFolders(*record)) == wanted) return id;
-                              }
-                              return std::nullopt;
-                          });
-    *found = co_await reading;
+    return stored_.find(std::move(candidates), folders, std::move(found));
 }
 
 platform::Task SessionManager::newSession(ImportController& controller) {
@@ -326,7 +282,7 @@ platform::Task SessionManager::newSession(ImportController& controller) {
     ++openings_; // one that still reads is no longer asked for
     leaveSession();
     {
-        const Restoring restoring(*this);
+        const SessionAutosave::Restoring restoring(*autosave_);
         controller.openStoredWork({});
     }
     setCurrentSession(UUID::random());
@@ -343,49 +299,38 @@ void SessionManager::close(ImportController& controller) {
 
 /// What of the open session waits for a moment of its own happens now.
 void SessionManager::leaveSession() {
-    saveScheduledChanges();
+    autosave_->saveScheduled();
     folderSettings_->sayNowIfChanged();
 }
 
 /// The clips of the work before may stand until those of the project do; they are kept where they belong.
 void SessionManager::beginSessionOfProject() {
     ++openings_;
-    autosaveIfNeeded();
+    autosave_->save();
     folderSettings_->sayNowIfChanged();
     setCurrentSession(UUID::random());
-    isProjectOpening_ = true;
+    autosave_->projectBegins();
 }
 
 /// Or it was given up on the way. Not where another session was opened meanwhile.
 void SessionManager::projectIsOpen() {
-    if (!std::exchange(isProjectOpening_, false)) return;
-    if (const auto controller = autosaveController_.lock()) save(*controller);
+    if (!autosave_->projectEnds()) return;
+    if (const auto controller = autosave_->controller()) save(*controller);
 }
 
 void SessionManager::setCurrentSession(std::optional<UUID> id) {
     const auto before = open_.id;
-    isProjectOpening_ = false;
+    autosave_->projectEnds();
     if (before && before != id && writes_->find(*before) == nullptr) writes_->closed(*before);
     open_.become(id);
     reportProblem();
     notify(SessionField::currentSessionId);
 }
 
-bool SessionManager::keepsClipsFromElsewhere(const std::vector<FileURL>& folders) const {
-    const SessionInfo* current = open_.id ? session(*open_.id) : nullptr;
-    return current != nullptr && current->groupCount > 0 && open_.isElsewhere(folders);
-}
-
 // Names and places.
 
 platform::Task SessionManager::rename(const UUID& sessionId, std::string name) {
     return decide(sessionId, {.name = std::move(name), .nameAutoDerived = false});
-}
-
-platform::Task SessionManager::setFolder(const UUID& sessionId, const std::optional<std::string>& folder) {
-    std::optional<std::string> name(platform::text::trimmed(folder.value_or("")));
-    if (name->empty()) name.reset();
-    return decide(sessionId, {.folder = std::move(name)});
 }
 
 platform::Task SessionManager::decide(const UUID& id, SessionInfoChange change) {
@@ -411,7 +356,7 @@ platform::Task SessionManager::remove(std::weak_ptr<SessionManager> weak, UUID s
         ++self->openings_;
         self->setCurrentSession(std::nullopt);
         // Clips that stayed would be work that nothing saves.
-        if (const auto controller = self->autosaveController_.lock()) controller->reset();
+        if (const auto controller = self->autosave_->controller()) controller->reset();
     }
     self->list_.remove(sessionId);
     self->notify(SessionField::sessions);
@@ -419,23 +364,25 @@ platform::Task SessionManager::remove(std::weak_ptr<SessionManager> weak, UUID s
 
 // What comes back from the queue.
 
-void SessionManager::isWritten(const UUID& id, const std::shared_ptr<const SessionWork>& work) {
-    if (!open_.has(id)) return writes_->closed(id);
+void SessionManager::Reports::isWritten(const UUID& id, const std::shared_ptr<const SessionWork>& work) {
+    if (!manager_.open_.has(id)) return manager_.writes_->closed(id);
     if (!work) return;
-    open_.isWritten(*work);
-    reportProblem();
+    manager_.open_.isWritten(*work);
+    manager_.reportProblem();
 }
 
-std::shared_ptr<const SessionWork> SessionManager::isDeletedByAnother(const UUID& id, bool isChanged) {
-    const auto controller = autosaveController_.lock();
-    if (!open_.has(id) || !controller) {
-        list_.remove(id);
-        notify(SessionField::sessions);
+std::shared_ptr<const SessionWork> SessionManager::Reports::isDeletedByAnother(const UUID& id,
+                                                                               bool isChanged) {
+    const auto controller = manager_.autosave_->controller();
+    if (!manager_.open_.has(id) || !controller) {
+        manager_.list_.remove(id);
+        manager_.notify(SessionField::sessions);
         return nullptr;
     }
-    if (isChanged) return std::make_shared<const SessionWork>(open_.workOf(*controller));
-    open_.deletionProblem = "Another program has deleted this session; the next change saves it anew";
-    reportProblem();
+    if (isChanged) return std::make_shared<const SessionWork>(manager_.open_.workOf(*controller));
+    manager_.open_.deletionProblem =
+        "Another program has deleted this session; the next change saves it anew";
+    manager_.reportProblem();
     return nullptr;
 }
 
@@ -445,37 +392,29 @@ std::optional<std::string> SessionManager::saveError(const UUID& sessionId) cons
     return failure == failures.end() ? std::nullopt : std::optional(failure->second);
 }
 
-void SessionManager::folderListIsWritten(const std::optional<std::string>& kept) {
+void SessionManager::Reports::folderListIsWritten(const std::optional<std::string>& kept) {
     if (kept) {
-        open_.keptProblem = kept;
-        open_.keptOf.reset();
+        manager_.open_.keptProblem = kept;
+        manager_.open_.keptOf.reset();
     }
-    reportProblem();
+    manager_.reportProblem();
     reportFailures();
 }
 
-void SessionManager::reportFailures() {
-    std::optional<std::string> failure = folders_->writeFailure();
-    if (!writes_->failures().empty()) failure = writes_->failures().begin()->second;
-    if (failure) platform::logError("Session save failed: " + *failure);
-    if (failure == lastSaveError_) return;
-    lastSaveError_ = std::move(failure);
-    notify(SessionField::lastSaveError);
+void SessionManager::Reports::reportFailures() {
+    std::optional<std::string> failure = manager_.folders_->writeFailure();
+    if (!manager_.writes_->failures().empty()) failure = manager_.writes_->failures().begin()->second;
+    manager_.setLastSaveError(std::move(failure));
 }
 
 /// Also of a session that was left: the texts name the file.
-void SessionManager::reportKeptFiles(const UUID& id, const std::vector<std::string>& kept) {
+void SessionManager::Reports::reportKeptFiles(const UUID& id, const std::vector<std::string>& kept) {
     if (kept.empty()) return;
-    open_.keptProblem = platform::text::joined(kept, "; ");
-    open_.keptOf = id;
-    reportProblem();
+    manager_.open_.keptProblem = platform::text::joined(kept, "; ");
+    manager_.open_.keptOf = id;
+    manager_.reportProblem();
 }
 
-void SessionManager::reportProblem() {
-    auto text = open_.problem(folders_->readProblem());
-    if (problem_ == text) return;
-    problem_ = std::move(text);
-    notify(SessionField::problem);
-}
+void SessionManager::reportProblem() { setProblem(open_.problem(folders_->readProblem())); }
 
 } // namespace orvane

@@ -1,33 +1,20 @@
 #pragma once
 
-#include "OrvaneSyncApp/Controllers/OpenSession.h"
 #include "OrvaneSyncApp/Controllers/Repeating.h"
-#include "OrvaneSyncApp/Controllers/SessionFolderList.h"
-#include "OrvaneSyncApp/Controllers/SessionList.h"
+#include "OrvaneSyncApp/Controllers/SessionAutosave.h"
+#include "OrvaneSyncApp/Controllers/SessionPlaces.h"
+#include "OrvaneSyncApp/Controllers/SessionStatus.h"
 #include "OrvaneSyncApp/Controllers/SessionWrites.h"
-#include "Platform/Listeners.h"
+#include "OrvaneSyncApp/Controllers/StoredSessions.h"
 
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace orvane {
-
-class FolderSettings;
-
-/// What of the sessions has changed.
-enum class SessionField : std::uint8_t {
-    sessions,
-    currentSessionId,
-    lastSaveError,
-    problem,
-    folderInfos,
-    settingsOfFolder
-};
 
 /// Keeps the open work: a session holds all clips with every edit, is saved in the background after every
 /// change, and opens again at once. Sessions lie in named folders, which carry settings.
@@ -36,7 +23,7 @@ enum class SessionField : std::uint8_t {
 /// on a queue of its own, in order, but that of the lists at its making. Destroying it waits for what is not
 /// written yet: `flush` first, which keeps nobody waiting. Held by a shared pointer, as its background work
 /// holds it weakly.
-class SessionManager : public std::enable_shared_from_this<SessionManager>, private SessionWrites::Owner {
+class SessionManager : public SessionStatus, public std::enable_shared_from_this<SessionManager> {
   public:
     struct Dependencies {
         std::shared_ptr<platform::MainThread> mainThread;
@@ -45,26 +32,12 @@ class SessionManager : public std::enable_shared_from_this<SessionManager>, priv
         std::shared_ptr<const platform::Clock> clock = platform::systemClock();
     };
     static std::shared_ptr<SessionManager> create(Dependencies dependencies);
-    ~SessionManager() override;
+    ~SessionManager();
 
-    // The state. Each getter is observable.
-
-    const SessionList& list() const { return list_; }
-    const std::vector<SessionInfo>& sessions() const { return list_.all(); }
-    const SessionInfo* session(const UUID& sessionId) const { return list_.find(sessionId); }
-    /// The open session; absent: nothing is saved.
-    const std::optional<UUID>& currentSessionId() const { return open_.id; }
-    /// What the last writing of a session or of the list of folders failed at; absent once all are written.
-    const std::optional<std::string>& lastSaveError() const { return lastSaveError_; }
+    /// What the last writing of the session failed at.
     std::optional<std::string> saveError(const UUID& sessionId) const;
-    /// What people should know: what can't be read of the open session or of the list of folders, that
-    /// another program has deleted the session, or which file was kept.
-    const std::optional<std::string>& problem() const { return problem_; }
-    /// Keys of the settings that another value came for with the folder of the session that was opened last.
-    /// Told only where there are some.
-    const std::vector<std::string>& settingsOfFolder() const { return settingsOfFolder_; }
-    /// Calls back after every change, on the interface thread.
-    platform::Subscription onChange(std::function<void(SessionField)> callback);
+    SessionFolderList& folders() { return *folders_; }
+    SessionPlaces& places() { return places_; }
 
     // Saving.
 
@@ -104,56 +77,26 @@ class SessionManager : public std::enable_shared_from_this<SessionManager>, priv
     platform::Task loadSessionList();
     /// Leaves in `found` the session with clips, other than the open one, whose media lay in just these
     /// folders, of several the most recently modified; absent where there is none.
-    platform::Task findSession(std::vector<FileURL> folders,
+    platform::Task findSession(const std::vector<FileURL>& folders,
                                std::shared_ptr<std::optional<UUID>> found) const;
-    /// Whether the open session has clips on the disk, and its folders there have nothing in common with
-    /// these (`OpenSession::isElsewhere`).
-    bool keepsClipsFromElsewhere(const std::vector<FileURL>& folders) const;
 
-    // Names and places. The tasks end as that of `save`.
+    // The tasks end as that of `save`.
 
     platform::Task rename(const UUID& sessionId, std::string name);
-    /// Blank: out of its folder.
-    platform::Task setFolder(const UUID& sessionId, const std::optional<std::string>& folder);
     /// Cannot be taken back. Of the open session the work goes too, as by `close`, once this has been
     /// started. Leaves in `wasThere` whether the disk had it, also one whose record can't be read. Throws
     /// FileError when it could not be deleted; all stands as it was then.
     platform::Task deleteSession(UUID sessionId,
                                  std::shared_ptr<bool> wasThere = std::make_shared<bool>(false));
 
-    // Folders (SessionManager+Folders.cpp). What another process has made of them: `loadSessionList` first.
-
-    SessionFolderList& folders() { return *folders_; }
-    /// Those of sessions too, ascending.
-    std::vector<std::string> folderNames() const;
-    /// False for a blank name or one that is taken.
-    bool createFolder(std::string_view name);
-    /// Its sessions move along. False for a blank name or one that is taken.
-    bool renameFolder(std::string from, std::string_view to);
-    /// Nothing while a session lies in it.
-    void deleteEmptyFolder(const std::string& name);
-    std::optional<std::string> lockitProjectID(const UUID& sessionId) const;
-    std::optional<std::string> metadataPrefix(const UUID& sessionId) const;
-    std::optional<std::string> currentSessionFolderName() const;
-    /// The present settings into the open session's folder, if it lies in one.
-    void captureActiveSettingsSnapshot();
-
   private:
-    struct Restoring;
-    struct Lists;
+    class Reports;
 
     explicit SessionManager(Dependencies dependencies);
-    void notify(SessionField field) const { listeners_.notify(field); }
-    void assertOnMainThread() const;
 
-    void isWritten(const UUID& id, const std::shared_ptr<const SessionWork>& work) override;
-    void adopt(SessionInfo info) override;
-    void reportKeptFiles(const UUID& id, const std::vector<std::string>& kept) override;
-    void reportFailures() override;
-    std::shared_ptr<const SessionWork> isDeletedByAnother(const UUID& id, bool isChanged) override;
-    void folderListIsWritten(const std::optional<std::string>& kept);
     void reportProblem();
 
+    void adopt(SessionInfo info);
     platform::Task save(SessionWork work, std::optional<std::string> name, bool isChanged);
     platform::Task decide(const UUID& id, SessionInfoChange change);
     /// The session as it is shown, with the change, which is noted as unwritten.
@@ -169,40 +112,25 @@ class SessionManager : public std::enable_shared_from_this<SessionManager>, priv
     static platform::Task remove(std::weak_ptr<SessionManager> weak, UUID sessionId,
                                  std::shared_ptr<bool> wasThere);
     static platform::Task look(std::weak_ptr<SessionManager> weak);
-    void adopt(Lists onDisk);
-    void scheduleSave();
-    void saveScheduledChanges();
-    void autosaveIfNeeded();
-    void autosave();
+    void adopt(StoredLists onDisk);
+    void autosave(const ImportController& controller, bool isChanged);
+    void autosaveAgain();
     void lookAgain();
-    const FolderInfo* folderOfSession(const UUID& sessionId) const;
-    void applySettingsOfFolder(const UUID& sessionId);
 
-    const std::shared_ptr<platform::MainThread> mainThread_;
     const std::shared_ptr<const platform::Clock> clock_;
     const SessionStore store_;
-    platform::Listeners<SessionField> listeners_;
-    SessionList list_;
-    OpenSession open_;
-    std::optional<std::string> lastSaveError_, problem_;
-    std::vector<std::string> settingsOfFolder_;
-
-    std::weak_ptr<ImportController> autosaveController_;
-    platform::Subscription controllerObservation_;
     Repeating autosaveTimer_, lookTimer_;
     bool isStarted_ = false;
-    bool isRestoring_ = false;      ///< changes of the clips are those of a session that opens
-    std::uint64_t openings_ = 0;    ///< tells an opening that another has taken its place
-    bool isSaveScheduled_ = false;  ///< for the changes of this turn of the run loop
-    bool isProjectOpening_ = false; ///< what stands is no longer the session's, or not yet
-
-    /// Belong to the queue.
-    const std::shared_ptr<SessionStore::KnownRecords> knownRecords_;
+    std::uint64_t openings_ = 0; ///< tells an opening that another has taken its place
     /// Before what uses it: destroyed behind it, when it waits for all that was posted.
     const std::unique_ptr<platform::SerialQueue> queue_;
     const std::shared_ptr<FolderSettings> folderSettings_;
     const std::shared_ptr<SessionFolderList> folders_;
+    const StoredSessions stored_;
+    SessionPlaces places_;
+    const std::unique_ptr<Reports> reports_;
     const std::shared_ptr<SessionWrites> writes_;
+    const std::shared_ptr<SessionAutosave> autosave_;
     platform::Task looking_ = platform::Task::ended();
 };
 

@@ -215,7 +215,7 @@ void MainWindow::orderCards() {
 
 void MainWindow::tellSettingsOfFolder() {
     constexpr qsizetype most = 4;
-    const std::vector<std::string>& keys = desktop_.sessions().settingsOfFolder();
+    const std::vector<std::string>& keys = desktop_.sessions().places().appliedSettings();
     QStringList names;
     for (const std::string& label : labelsOfSettings(keys)) names << translated(label);
     QString list = names.mid(0, most).join(QStringLiteral(", "));
@@ -225,7 +225,7 @@ void MainWindow::tellSettingsOfFolder() {
         list = tr("%1 and %2 more").arg(list).arg(more);
     banner_->show(Signal::none,
                   tr("The folder “%1” has settings of its own, which are in force with its session: %2.")
-                      .arg(text(desktop_.sessions().currentSessionFolderName().value_or("")), list),
+                      .arg(text(desktop_.sessions().places().folderOfOpenSession().value_or("")), list),
                   tr("Settings…"), [this] { SettingsWindow(desktop_, this).exec(); });
 }
 

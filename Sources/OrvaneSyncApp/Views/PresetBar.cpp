@@ -106,7 +106,7 @@ void PresetBar::list() {
 }
 
 void PresetBar::show() {
-    const auto folder = desktop_.sessions().currentSessionFolderName();
+    const auto folder = desktop_.sessions().places().folderOfOpenSession();
     const FolderInfo* info = folder ? desktop_.sessions().folders().find(*folder) : nullptr;
     const std::string active =
         folder ? (info != nullptr ? info->activePresetName.value_or("") : "") : active_;
@@ -151,12 +151,12 @@ void PresetBar::apply(const QString& name) {
 /// The settings of the folder follow: it is the folder that brings them back.
 void PresetBar::applied(const std::string& name) {
     active_ = name;
-    if (const auto folder = desktop_.sessions().currentSessionFolderName()) {
+    if (const auto folder = desktop_.sessions().places().folderOfOpenSession()) {
         JSON arguments = named("forFolder", *folder);
         arguments.set("presetName", name);
         run("setActivePreset", std::move(arguments), {});
     }
-    desktop_.sessions().captureActiveSettingsSnapshot();
+    desktop_.sessions().places().captureSettings();
     show();
 }
 

@@ -172,7 +172,7 @@ void SessionsPanel::fill() {
     isFillAsked_ = false;
     isFilling_ = true;
     const std::vector<SessionInfo> sessions = inOrder();
-    std::vector<std::string> shape = desktop_.sessions().folderNames();
+    std::vector<std::string> shape = desktop_.sessions().places().folderNames();
     for (const SessionInfo& session : sessions)
         shape.push_back(session.id.text() + session.folder.value_or(""));
     // An analysis saves with every clip. Rows that were made anew in between would end a double click that
@@ -212,7 +212,8 @@ void SessionsPanel::makeRows(const std::vector<SessionInfo>& sessions) {
     badges_.clear();
     tree_->clear();
     std::map<std::string, QTreeWidgetItem*> folders;
-    for (const std::string& name : desktop_.sessions().folderNames()) folders[name] = addFolder(name);
+    for (const std::string& name : desktop_.sessions().places().folderNames())
+        folders[name] = addFolder(name);
     for (const SessionInfo& session : sessions) {
         const auto folder = session.folder ? folders.find(*session.folder) : folders.end();
         addSession(session, folder == folders.end() ? nullptr : folder->second);
@@ -377,7 +378,7 @@ void SessionsPanel::addSessionActions(QMenu& menu, QTreeWidgetItem* item) {
             });
     QMenu* into = menu.addMenu(tr("Move to Folder"));
     into->addAction(tr("None"), this, [this, session] { move(session, std::nullopt); });
-    for (const std::string& name : desktop_.sessions().folderNames())
+    for (const std::string& name : desktop_.sessions().places().folderNames())
         into->addAction(text(name), this, [this, session, name] { move(session, name); });
     menu.addSeparator();
     menu.addAction(tr("Delete…"), this, [this, session] { askToDeleteSession(session); });

@@ -38,7 +38,7 @@ ExportSettings exportSettings(CommandContext& context, const Call& call) {
     ExportController::Options options;
     options.eventName = call.textIfPresent("eventName");
     if (const auto& session = context.sessions->currentSessionId())
-        options.metadataPrefix = context.sessions->metadataPrefix(*session).value_or("");
+        options.metadataPrefix = context.sessions->places().metadataPrefix(*session).value_or("");
     ExportSettings settings = context.controller->exporting().exportSettings(options);
     if (call.has(version.name)) settings.fcpxmlVersion = *fcpxml::fcpxmlVersionFrom(call.text(version.name));
     return settings;

@@ -57,7 +57,7 @@ platform::Task syncLockit(CommandContext& context, Call /*call*/, std::shared_pt
     const auto controller = context.controller;
     const auto session = context.sessions->currentSessionId();
     const platform::Task syncing = controller->lockit().syncLockitNetwork(
-        context.account(), session ? context.sessions->lockitProjectID(*session) : std::nullopt);
+        context.account(), session ? context.sessions->places().lockitProjectID(*session) : std::nullopt);
     co_await syncing;
     *result = controller->lockit().lockitSyncStatus().value_or("");
 }

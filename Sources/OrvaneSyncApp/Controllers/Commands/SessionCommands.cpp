@@ -66,7 +66,7 @@ platform::Task decided(CommandContext& context, std::vector<UUID> changed) {
 }
 
 platform::Task createFolder(CommandContext& context, Call call, std::shared_ptr<JSON> result) {
-    *result = context.sessions->createFolder(call.text("name"));
+    *result = context.sessions->places().createFolder(call.text("name"));
     co_await decided(context, {});
 }
 
@@ -74,13 +74,13 @@ platform::Task createFolder(CommandContext& context, Call call, std::shared_ptr<
 platform::Task renameFolder(CommandContext& context, Call call, std::shared_ptr<JSON> result) {
     co_await context.sessions->loadSessionList();
     std::vector<UUID> moved = context.sessions->list().idsIn(call.text("from"));
-    *result = context.sessions->renameFolder(call.text("from"), call.text("to"));
+    *result = context.sessions->places().renameFolder(call.text("from"), call.text("to"));
     co_await decided(context, std::move(moved));
 }
 
 platform::Task deleteEmptyFolder(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
     co_await context.sessions->loadSessionList(); // as above
-    context.sessions->deleteEmptyFolder(call.text("name"));
+    context.sessions->places().deleteEmptyFolder(call.text("name"));
     co_await decided(context, {});
 }
 
@@ -96,7 +96,7 @@ JSON sessionState(CommandContext& context, const Call&) {
 
 JSON folderNames(CommandContext& context, const Call&) {
     JSON::Array names;
-    for (std::string& name : context.sessions->folderNames()) names.emplace_back(std::move(name));
+    for (std::string& name : context.sessions->places().folderNames()) names.emplace_back(std::move(name));
     return names;
 }
 
@@ -175,7 +175,7 @@ std::vector<Command> openingCommands() {
         deciding("setSessionFolder", "Move Session to Folder", "Puts a session into a folder, or out of it.",
                  {"folder", text, true},
                  [](CommandContext& context, const UUID& session, const Call& call) {
-                     context.sessions->setFolder(session, call.textIfPresent("folder"));
+                     context.sessions->places().setFolder(session, call.textIfPresent("folder"));
                  })
             .when(hasSessions),
         Command::later("deleteSession", "Delete Session",

@@ -1,0 +1,62 @@
+#include "OrvaneSyncApp/Controllers/StoredSessions.h"
+
+#include "OrvaneSyncApp/Controllers/OpenSession.h"
+
+#include <set>
+#include <string>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+/// For comparisons: each once, in one order, however it was written.
+std::set<std::string> textsOfFolders(const std::vector<FileURL>& urls) {
+    std::set<std::string> all;
+    for (const FileURL& url : urls) all.insert(url.pathText());
+    return all;
+}
+
+/// A coroutine apart from its owner, which may go while it waits.
+template <class Result, class Work>
+platform::Task readInto(platform::SerialQueue& queue, std::shared_ptr<platform::MainThread> mainThread,
+                        std::shared_ptr<Result> result, Work work) {
+    auto reading = platform::onQueue(queue, mainThread, std::move(work));
+    *result = co_await reading;
+}
+
+} // namespace
+
+StoredSessions::StoredSessions(SessionStore store, platform::SerialQueue& queue,
+                               std::shared_ptr<platform::MainThread> mainThread)
+    : store_(std::move(store)), queue_(queue), mainThread_(std::move(mainThread)),
+      knownRecords_(std::make_shared<SessionStore::KnownRecords>()) {}
+
+platform::Task StoredSessions::readLists(std::shared_ptr<StoredLists> lists) const {
+    return readInto(queue_, mainThread_, std::move(lists), [store = store_, known = knownRecords_] {
+        return StoredLists{store.list({}, known.get()), store.readFolderInfos()};
+    });
+}
+
+platform::Task StoredSessions::read(const UUID& id,
+                                    std::shared_ptr<std::optional<StoredSession>> session) const {
+    return readInto(queue_, mainThread_, std::move(session),
+                    [store = store_, id] { return readStoredSession(store, id); });
+}
+
+platform::Task StoredSessions::find(std::vector<UUID> candidates, const std::vector<FileURL>& folders,
+                                    std::shared_ptr<std::optional<UUID>> found) const {
+    return readInto(queue_, mainThread_, std::move(found),
+                    [store = store_, candidates = std::move(candidates),
+                     wanted = textsOfFolders(folders)](const std::stop_token& stop) -> std::optional<UUID> {
+                        for (const UUID& id : candidates) {
+                            platform::throwIfStopped(stop);
+                            const auto record = store.readFolders(id).record;
+                            if (!record) continue;
+                            if (!wanted.empty() && textsOfFolders(allFolders(*record)) == wanted) return id;
+                        }
+                        return std::nullopt;
+                    });
+}
+
+} // namespace orvane

@@ -35,7 +35,7 @@ class TextRecognizer {
     static std::unique_ptr<TextRecognizer> create();
 };
 
-/// What this installation can read.
+/// What this installation can read; any thread but the interface thread.
 struct TextRecognitionState {
     bool isAvailable = false;
     std::string description; ///< library and languages; or what is missing, and what to install

@@ -1,11 +1,14 @@
 #include "Platform/Stop.h"
 #include "Platform/TextRecognizer.h"
 #include "Support/DrawnPictures.h"
+#include "Support/InterfaceWatching.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
+#include <utility>
 
 namespace orvane::platform {
 namespace {
@@ -75,6 +78,16 @@ TEST(TextRecognizer, keepsShortValuesBesideTheirLabels) {
     auto texts = textsOf(*recognizer, picture, RecognitionLevel::accurate);
     for (std::string& text : texts) std::erase(text, ':'); // its dots are no letters
     EXPECT_EQ(texts, (std::vector<std::string>{"Scene 14B", "Take 7", "Roll C7"}));
+}
+
+TEST(TextRecognizer, holdsUpTheInterfaceThreadWhereverItReads) {
+    const auto recognizer = TextRecognizer::create();
+    ASSERT_TRUE(recognizer) << textRecognitionState().description;
+    const std::pair<const char*, std::function<void()>> reads[] = {
+        {"create", [] { TextRecognizer::create(); }},
+        {"state", [] { textRecognitionState(); }},
+        {"lines", [&] { recognizer->lines({}, RecognitionLevel::fast); }}};
+    for (const auto& [name, read] : reads) EXPECT_FALSE(test::whatHoldsUp(read).empty()) << name;
 }
 
 TEST(TextRecognizer, takesTextureForNoText) {

@@ -35,4 +35,14 @@ bool watchInterfaceThreads() {
     return true;
 }
 
+std::vector<std::string> whatHoldsUp(const std::function<void()>& work) {
+    static std::vector<std::string> heard;
+    heard.clear();
+    platform::watchInterfaceWork(
+        {[](const char* what, const char*) { heard.emplace_back(what); }, [](const char*, auto) {}});
+    platform::runAsInterfaceWork(work);
+    watchInterfaceThreads();
+    return heard;
+}
+
 } // namespace orvane::test

@@ -1,6 +1,7 @@
 #include "Platform/Models/ModelRuntime.h"
 
 #include "Platform/Files.h"
+#include "Platform/InterfaceThread.h"
 #include "Platform/Modules.h"
 #include "Platform/Stop.h"
 
@@ -100,6 +101,7 @@ class LoadedModel : public Model {
     std::vector<ModelTensor> run(const std::string& inputName, const ModelTensor& input,
                                  std::span<const std::string> outputNames,
                                  const std::stop_token& stop) override {
+        assertMayBlock("running a model");
         throwIfStopped(stop);
         MemoryInfo* rawMemory = nullptr;
         functions_.call(createCPUMemoryInfo, arenaAllocator, ordinaryMemory, &rawMemory);
@@ -181,6 +183,7 @@ class OpenRuntime : public ModelRuntime {
     std::string path() const override { return path_; }
     std::string version() const override { return version_; }
     std::unique_ptr<Model> load(const std::string& modelPath) override {
+        assertMayBlock("loading a model");
         SessionOptions* rawOptions = nullptr;
         functions_.call(createSessionOptions, &rawOptions);
         const auto options = functions_.owned(rawOptions, releaseSessionOptions);
@@ -215,6 +218,7 @@ std::shared_ptr<ModelRuntime> opened(const std::string& path) {
 } // namespace
 
 std::shared_ptr<ModelRuntime> ModelRuntime::find(std::span<const std::string> folders) {
+    assertMayBlock("looking for a library");
     constexpr std::string_view library = "libonnxruntime.so";
     std::vector<std::string> all(folders.begin(), folders.end());
     std::ranges::copy(modules::systemLibraryFolders(), std::back_inserter(all));

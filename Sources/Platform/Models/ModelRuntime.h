@@ -35,7 +35,7 @@ class Model {
 
 /// ONNX Runtime, where this machine has it: a library that the user or the system installed, opened when it
 /// is first asked for. Its C interface keeps its order from version to version, so nothing of it is needed to
-/// build. Any thread.
+/// build. Any thread but the interface thread.
 class ModelRuntime {
   public:
     virtual ~ModelRuntime() = default;

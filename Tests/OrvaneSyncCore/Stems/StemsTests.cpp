@@ -6,6 +6,7 @@
 #include "Platform/AudioFile.h"
 #include "Platform/Files.h"
 #include "Platform/Stop.h"
+#include "Support/InterfaceWatching.h"
 #include "Support/RandomSeed.h"
 #include "Support/StemModel.h"
 #include "Support/TemporaryDirectory.h"
@@ -142,6 +143,7 @@ TEST_F(StemsTest, aSeparatorSaysWhyItIsUnavailable) {
     EXPECT_TRUE(without.whyUnavailable().starts_with("BanditV2.onnx not installed"))
         << without.whyUnavailable();
     EXPECT_FALSE(without.separate(recording("T01.WAV", 1), folder_.path()));
+    EXPECT_EQ(test::whatHoldsUp([] { platform::ModelRuntime::find({}); }).front(), "looking for a library");
 }
 
 TEST_F(StemsTest, theModelRunsMinuteByMinute) {

@@ -1,11 +1,13 @@
 #include "OrvaneSyncCLI/RunCommand.h"
 
 #include "MediaFactory/WaveMaker.h"
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "Platform/Files.h"
 #include "Platform/JSON.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
+#include <algorithm>
 #include <filesystem>
 
 namespace orvane::cli {
@@ -107,6 +109,9 @@ TEST(CommandLine, everyCommandHelpsWithAnExampleThatItTakes) {
             << "README.md lacks " << command->name;
     }
     EXPECT_NE(runWith({"sync", "--help"}).out.find("exportFCPXML {output, "), std::string::npos);
+    for (const commands::Command& method : commands::allCommands())
+        for (const std::string_view command : method.counterparts)
+            EXPECT_EQ(std::ranges::count(allCommands(), command, &Command::name), 1) << method.id;
     EXPECT_TRUE(runWith({"--version"}).out.starts_with("orvanesync "));
     EXPECT_EQ(runWith({}).status, wrongUsage);
 }

@@ -60,6 +60,7 @@ std::vector<Command> atmoCommands() {
     return {
         Command::later("scanAtmoCandidates", "Find Room Tone",
                        "Finds the quiet stretches in the recordings of each scene.", {}, scanCandidates)
+            .alsoBy({"atmo"})
             .when(hasSoundAtRest),
         Command::later("buildAtmo", "Build Room Tone",
                        "Joins quiet stretches of a scene into a file that goes into the document.",
@@ -68,6 +69,7 @@ std::vector<Command> atmoCommands() {
                         {.name = "targetDuration", .kind = number, .lowest = 1, .highest = 3600},
                         {.name = "outputDirectory", .kind = path, .isOptional = true}},
                        buildAtmo)
+            .alsoBy({"atmo"})
             .when(hasSoundAtRest)
             .inMenu(Menu::audio, 310),
     };

@@ -76,13 +76,17 @@ std::vector<Command> calibrationCommands() {
     return {
         Command::later("calibrationBuild", "Build Calibration Matrix",
                        "Builds the source, the picture and the document that Final Cut Pro is measured with.",
-                       {{.name = "matrix", .kind = text, .isOptional = true, .choices = matrices}}, build),
+                       {{.name = "matrix", .kind = text, .isOptional = true, .choices = matrices}}, build)
+            .alsoBy({"calibrate"}),
         Command::later("calibrationMeasure", "Measure Calibration",
                        "Measures the files that were bounced from the calibration's clips.",
-                       {{"folder", path}}, measure),
+                       {{"folder", path}}, measure)
+            .alsoBy({"calibrate"}),
         Command::later("calibrationSave", "Save Calibration",
-                       "Makes what was measured the calibration that forecasts use.", {}, save),
-        Command::later("calibration", "Calibration", "Says what of a calibration is on the disk.", {}, show),
+                       "Makes what was measured the calibration that forecasts use.", {}, save)
+            .alsoBy({"calibrate"}),
+        Command::later("calibration", "Calibration", "Says what of a calibration is on the disk.", {}, show)
+            .alsoBy({"calibrate"}),
     };
 }
 

@@ -147,6 +147,11 @@ Command Command::inMenu(Menu menu, int order, std::string_view key) && {
     return std::move(*this);
 }
 
+Command Command::alsoBy(std::initializer_list<std::string_view> commands) && {
+    counterparts = commands;
+    return std::move(*this);
+}
+
 bool Command::isOfOneClip() const {
     return std::ranges::any_of(parameters, [](const Parameter& parameter) {
         return parameter.kind == Parameter::Kind::id && !parameter.isOptional &&

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <span>
@@ -110,6 +111,8 @@ struct Command {
     Command forClips(Applies appliesToClip) &&;
     Command ahead() &&;
     Command inMenu(Menu menu, int order, std::string_view key = {}) &&;
+    /// Commands of the command line that do the same.
+    Command alsoBy(std::initializer_list<std::string_view> commands) &&;
 
     /// Whether it can do anything as the work stands: to this clip, or without one, to any.
     bool isEnabled(const CommandContext& context, const SyncGroup* clip = nullptr) const;
@@ -129,6 +132,8 @@ struct Command {
     /// Is about an operation that others wait for: where calls are served in turn, this one is not held up.
     bool goesAhead = false;
     std::optional<MenuPlace> entry; ///< nothing: it is in no menu
+    /// Of the command line, whose help shows this one.
+    std::vector<std::string_view> counterparts;
 };
 
 } // namespace orvane::commands

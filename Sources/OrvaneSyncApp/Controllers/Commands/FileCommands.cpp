@@ -132,6 +132,7 @@ std::vector<Command> reportCommands() {
         Command::later("loadALE", "Load Report…",
                        "Reads a camera or sound report and lays it over the clips.", {{"path", path}},
                        loadALE)
+            .alsoBy({"report"})
             .when(isAtRest)
             .inMenu(Menu::file, 230),
         onGroup("clearALEMetadata", "Removes what reports said of the clip.", steps::clearALEMetadata,
@@ -158,9 +159,11 @@ std::vector<Command> fileCommands() {
         Command::later("loadProject", "Open Project…",
                        "Scans the folders of a project and lays its decisions over the clips.",
                        {{"path", path}}, loadProject)
+            .alsoBy({"project"})
             .inMenu(Menu::file, 210),
         Command::later("exportFCPXML", "Export FCPXML…", "Writes all settled clips as one document.",
                        {{"output", path}, {"eventName", text, true}, version, overwrite}, exportedDocument)
+            .alsoBy({"sync", "session", "project"})
             .when(hasClipsAtRest)
             .inMenu(Menu::file, 410, "Ctrl+E"),
         Command::later("exportSingleClip", "Export Single Clip…", "Writes one clip as a document.",

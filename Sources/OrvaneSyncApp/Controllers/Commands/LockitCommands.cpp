@@ -97,38 +97,47 @@ JSON groupedMetadata(CommandContext& context, const Call& call) {
 std::vector<Command> lockitCommands() {
     return {
         Command::later("lockitStatus", "State of LockitNetwork",
-                       "Gives who is signed in, and what came of the last sync.", {}, status),
+                       "Gives who is signed in, and what came of the last sync.", {}, status)
+            .alsoBy({"lockit"}),
         Command::later(
             "signIn", "Sign In with LockitNetwork",
             "Signs in: says openURL with the page to show, and answers when the user has come back "
             "from it.",
-            {}, signIn),
+            {}, signIn)
+            .alsoBy({"lockit"}),
         Command("completeSignIn", "Paste the Callback",
                 "Hands the address that the page has led to to the sign-in that waits; is not held up by it.",
                 {{"callbackURL", text}}, completeSignIn)
+            .alsoBy({"lockit"})
             .ahead(),
-        Command::later("signOut", "Sign Out", "Forgets who is signed in.", {}, signOut),
+        Command::later("signOut", "Sign Out", "Forgets who is signed in.", {}, signOut).alsoBy({"lockit"}),
         Command::later("lockitProjects", "Projects of LockitNetwork", "Lists the projects of the account.",
-                       {}, projects),
+                       {}, projects)
+            .alsoBy({"lockit"}),
         Command::later("lockitDays", "Shooting Days of a Project", "Lists the shooting days of a project.",
-                       {{"projectID", text}}, days),
+                       {{"projectID", text}}, days)
+            .alsoBy({"lockit"}),
         Command::later("syncLockitNetwork", "Sync LockitNetwork",
                        "Copies the metadata of LockitNetwork to the clips, day by day; returns the outcome.",
                        {}, syncLockit)
+            .alsoBy({"sync", "lockit"})
             .undoneBy(undoSteps::syncLockitNetwork)
             .when(hasClipsAtRest)
             .inMenu(Menu::file, 250),
         Command("fieldMapping", "Field Mapping", "Gives where each field of LockitNetwork goes.", {},
                 [](CommandContext& context, const Call&) {
                     return toJSON(LockitFieldMapping::current(*context.settings));
-                }),
+                })
+            .alsoBy({"lockit"}),
         Command::later("setFieldMapping", "Map a Field", "Says where a field of LockitNetwork goes.",
                        {{.name = "field", .choices = RawValues<LockitField>::texts},
                         {.name = "target", .choices = RawValues<FCPMetaTarget>::texts},
                         {"customKey", text, true}},
-                       setFieldMapping),
+                       setFieldMapping)
+            .alsoBy({"lockit"}),
         Command::later("resetFieldMapping", "Reset the Field Mapping", "Gives each field its default target.",
-                       {}, resetFieldMapping),
+                       {}, resetFieldMapping)
+            .alsoBy({"lockit"}),
         Command("groupedMetadata", "Metadata of a Clip",
                 "Gives the imported metadata of a clip by what it is about.", {groupID}, groupedMetadata),
     };

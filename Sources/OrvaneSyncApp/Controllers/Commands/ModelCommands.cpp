@@ -51,14 +51,18 @@ JSON cancelDownload(CommandContext& context, const Call& call) {
 
 std::vector<Command> modelCommands() {
     return {
-        Command::later("models", "Models", "Lists the optional models and says which are there.", {}, list),
+        Command::later("models", "Models", "Lists the optional models and says which are there.", {}, list)
+            .alsoBy({"models"}),
         Command::later("downloadModel", "Download Model", "Downloads a model and tests it.", {{"id", text}},
-                       download),
+                       download)
+            .alsoBy({"models"}),
         Command("cancelModelDownload", "Cancel Download",
                 "Stops the download of a model; the next one goes on from there.", {{"id", text}},
                 cancelDownload)
+            .alsoBy({"models"})
             .ahead(),
-        Command::later("deleteModel", "Delete Model", "Removes a downloaded model.", {{"id", text}}, remove),
+        Command::later("deleteModel", "Delete Model", "Removes a downloaded model.", {{"id", text}}, remove)
+            .alsoBy({"models"}),
     };
 }
 

@@ -25,21 +25,24 @@ void expectPlayers(CommandContext& context) {
 /// A row that answers at once.
 Command row(std::string_view id, std::string_view title, std::string_view help,
             std::vector<Parameter> parameters, void (*operation)(VideoEngine&, const Call&)) {
-    return {id, title, help, std::move(parameters), [operation](CommandContext& context, const Call& call) {
-                operation(engineOf(context), call);
-                return JSON();
-            }};
+    return Command(id, title, help, std::move(parameters),
+                   [operation](CommandContext& context, const Call& call) {
+                       operation(engineOf(context), call);
+                       return JSON();
+                   })
+        .alsoBy({"play"});
 }
 
 /// A row that answers when the picture that it led to is shown.
 Command shownRow(std::string_view id, std::string_view title, std::string_view help,
                  std::vector<Parameter> parameters, void (*operation)(VideoEngine&, const Call&)) {
     return Command::later(
-        id, title, help, std::move(parameters),
-        [operation](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
-            operation(engineOf(context), call);
-            return engineOf(context).shown();
-        });
+               id, title, help, std::move(parameters),
+               [operation](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+                   operation(engineOf(context), call);
+                   return engineOf(context).shown();
+               })
+        .alsoBy({"play"});
 }
 
 platform::Task pressKey(CommandContext& context, Call call, std::shared_ptr<JSON> /*answer*/) {
@@ -88,18 +91,22 @@ std::vector<Command> loadingCommands() {
                            engineOf(context).output().measureLevels();
                            return context.players().loadGroup(call.id("groupID"));
                        })
+            .alsoBy({"play"})
             .forClips(canPlay),
         Command("playerState", "Player State", "Returns the state of the player.", {},
-                [](CommandContext& context, const Call&) { return playerStateJSON(engineOf(context)); }),
+                [](CommandContext& context, const Call&) { return playerStateJSON(engineOf(context)); })
+            .alsoBy({"play"}),
         Command::later("playerFrame", "Save Picture…", "Writes the picture that is shown as PNG.",
                        {{"output", path}, {"overwrite", boolean, true}},
                        [](CommandContext& context, Call call, std::shared_ptr<JSON> answer) {
                            return writePicture(context, context.review().engine(), std::move(call),
                                                std::move(answer));
-                       }),
+                       })
+            .alsoBy({"frame", "play"}),
         Command::later("advanceClock", "Advance Clock",
                        "Moves the players' clock; answers when all that happens by then has happened.",
-                       {{.name = "seconds", .kind = number, .lowest = 0, .highest = 3600}}, advanceClock),
+                       {{.name = "seconds", .kind = number, .lowest = 0, .highest = 3600}}, advanceClock)
+            .alsoBy({"play"}),
     };
 }
 
@@ -141,7 +148,8 @@ std::vector<Command> transportCommands() {
                        [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
                            context.review().clapCheck();
                            return context.review().engine()->shown();
-                       }),
+                       })
+            .alsoBy({"play"}),
         row("playerVolume", "Volume", "Sets how loud the clip is heard, from 0 to 1.",
             {{.name = "volume", .kind = number, .lowest = 0, .highest = 1}},
             [](VideoEngine& engine, const Call& call) {
@@ -155,7 +163,8 @@ std::vector<Command> handCommands() {
         Command::later(
             "playerKey", "Press a Key", "Hands a key to the screen in front.",
             {{"key", text}, {"modifiers", texts, true}, {"isDown", boolean}, {"isRepeat", boolean, true}},
-            pressKey),
+            pressKey)
+            .alsoBy({"play"}),
         Command::later("playerSkim", "Skim",
                        "Shows where the pointer is; without a second, where the playhead was.",
                        {{.name = "seconds",
@@ -166,7 +175,8 @@ std::vector<Command> handCommands() {
                        [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
                            context.review().handleSkim(call.numberIfPresent("seconds"));
                            return engineOf(context).shown();
-                       }),
+                       })
+            .alsoBy({"play"}),
     };
 }
 

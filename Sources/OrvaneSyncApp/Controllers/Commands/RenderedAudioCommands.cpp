@@ -47,6 +47,7 @@ std::vector<Command> renderedAudioCommands() {
         Command::later("renderMixdown", "Render Mixdown",
                        "Renders the mix that the analysis chose for the clip's sound.", {groupID},
                        renderMixdown)
+            .alsoBy({"mixdown"})
             .forClips(hasSound),
         Command::later(
             "toggleSoloMonitor", "Solo in Player", "Plays one track of the clip's take alone, or ends that.",
@@ -54,6 +55,7 @@ std::vector<Command> renderedAudioCommands() {
             [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
                 return rendered(context).toggleSoloMonitor(call.id("groupID"), call.integer("trackIndex"));
             })
+            .alsoBy({"solo"})
             .forClips(hasSound),
         Command::later("runVoiceIsolationForGroup", "Preview Voice Isolation",
                        "Renders the clip's sound as the effects of the project's preset change it.",
@@ -61,6 +63,7 @@ std::vector<Command> renderedAudioCommands() {
                        [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
                            return rendered(context).runVoiceIsolationForGroup(call.id("groupID"));
                        })
+            .alsoBy({"preview"})
             .forClips(hasSound),
         Command("playbackAudioURL", "Rendered Sound",
                 "Gives the file that plays in the place of the clip's recording.", {groupID},
@@ -68,10 +71,13 @@ std::vector<Command> renderedAudioCommands() {
                     const auto url = rendered(context).playbackAudioURL(call.id("groupID"));
                     return url ? JSON(url->absoluteString()) : JSON();
                 })
+            .alsoBy({"mixdown", "solo", "preview"})
             .forClips(hasSound),
         Command::later("caches", "Caches", "Says what the caches hold, and how much they may.", {},
-                       showCaches),
-        Command::later("clearCaches", "Clear Caches", "Removes all that can be made again.", {}, clearCaches),
+                       showCaches)
+            .alsoBy({"caches"}),
+        Command::later("clearCaches", "Clear Caches", "Removes all that can be made again.", {}, clearCaches)
+            .alsoBy({"caches"}),
     };
 }
 

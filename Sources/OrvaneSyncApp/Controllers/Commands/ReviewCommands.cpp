@@ -75,11 +75,13 @@ std::vector<Command> reviewCommands() {
         Command::later("writeReview", "Write Review Table…",
                        "Writes the clips as a table to decide about them in a spreadsheet.",
                        {{"output", path}, {"overwrite", boolean, true}}, writeReview)
+            .alsoBy({"scan"})
             .when(hasClipsAtRest)
             .inMenu(Menu::file, 310),
         Command::later("applyReview", "Apply Review Table…",
                        "Applies the decisions of a review table; says which of its lines it could not use.",
                        {{"path", path}}, applyReviewFile)
+            .alsoBy({"sync"})
             .undoneBy(steps::applyReview)
             .when(hasClipsAtRest)
             .inMenu(Menu::file, 320),
@@ -92,6 +94,7 @@ std::vector<Command> reviewCommands() {
                         });
                     return JSON();
                 })
+            .alsoBy({"sync"})
             .undoneBy(steps::confirmAmbiguousMatch)
             .when(hasAmbiguous),
         Command(

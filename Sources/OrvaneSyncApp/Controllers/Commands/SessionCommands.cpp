@@ -140,7 +140,8 @@ std::vector<Command> openingCommands() {
     return {
         Command(
             "sessions", "Sessions", "Lists the sessions, most recently changed first.", {},
-            [](CommandContext& context, const Call&) { return toJSONArray(context.sessions->sessions()); }),
+            [](CommandContext& context, const Call&) { return toJSONArray(context.sessions->sessions()); })
+            .alsoBy({"session"}),
         Command("sessionState", "State of the Session", "Says which session is open and how its saving goes.",
                 {}, sessionState),
         Command::later("newSession", "New Session", "Opens empty work in a session of its own.", {},
@@ -160,6 +161,7 @@ std::vector<Command> openingCommands() {
             }),
         Command::later("loadSession", "Open Session", "Opens a session in place of the work that is open.",
                        {sessionId}, loadSession)
+            .alsoBy({"session"})
             .when(hasSessions),
         Command::later("loadMostRecentSession", "Open Most Recent Session",
                        "Opens the session that was changed last.", {},
@@ -181,6 +183,7 @@ std::vector<Command> openingCommands() {
         Command::later("deleteSession", "Delete Session",
                        "Deletes a session, and closes it where it is open; cannot be taken back.",
                        {sessionId}, deleteSession)
+            .alsoBy({"session"})
             .when(hasSessions),
         onSession("suggestedSessionName", "Suggested Name of a Session",
                   "Suggests the folder's name and the next shooting day.", {}, suggestedName)

@@ -88,9 +88,11 @@ platform::Task deletePreset(CommandContext& context, Call call, std::shared_ptr<
 std::vector<Command> settingCommands() {
     return {
         Command("setting", "One Setting", "Gives the value of a setting, or its default.", {{"key", text}},
-                setting),
+                setting)
+            .alsoBy({"settings"}),
         Command::later("setSetting", "Change a Setting", "Stores the value of a setting; null removes it.",
-                       {{"key", text}, {"value", any, true}}, setSetting),
+                       {{"key", text}, {"value", any, true}}, setSetting)
+            .alsoBy({"settings"}),
         Command::later("presets", "Presets", "Lists the presets.", {}, presets),
         Command::later("savePreset", "Save Preset", "Keeps the present settings under a name.",
                        {{"name", text}}, savePreset),

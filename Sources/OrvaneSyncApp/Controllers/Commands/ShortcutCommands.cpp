@@ -35,7 +35,8 @@ Command row(std::string_view id, std::string_view title, std::string_view help,
                                       return operation(center, call);
                                   };
                               return run<answer>(context.shortcuts(), std::move(ofCall), std::move(result));
-                          });
+                          })
+        .alsoBy({"shortcuts"});
 }
 
 ShortcutAction actionOf(const Call& call) {
@@ -89,7 +90,8 @@ std::vector<Command> shortcutCommands() {
                          return center.importBindings(call.text("path"));
                      }),
         Command::later("exportShortcuts", "Export Shortcuts…", "Writes the keys to a file.",
-                       {{"output", path}, {"overwrite", boolean, true}}, exported),
+                       {{"output", path}, {"overwrite", boolean, true}}, exported)
+            .alsoBy({"shortcuts"}),
         row<profilesListing>("shortcutProfiles", "Shortcut Profiles", "Lists the profiles of keys.", {}),
         row<profilesListing>(
             "saveShortcutProfile", "Save Shortcut Profile", "Keeps the present keys under a name.", {profile},
@@ -107,7 +109,8 @@ std::vector<Command> shortcutCommands() {
                  {"text", text, true},
                  {"plain", text, true},
                  modifiers},
-                decoded),
+                decoded)
+            .alsoBy({"shortcuts"}),
     };
 }
 

@@ -78,21 +78,25 @@ std::vector<Command> slateCommands() {
     return {
         Command::later("detectSlate", "Detect Slate",
                        "Searches the clip for a clapper board: its clap, scene, take and roll.", {groupID},
-                       detectSlate),
+                       detectSlate)
+            .alsoBy({"slate"}),
         Command::later("detectSlates", "Detect Slates", "Searches all clips for their clapper boards.", {},
                        detectSlates)
+            .alsoBy({"slate"})
             .when(hasClips),
         Command("slateResult", "Slate", "Gives what the last search found, and what is offered of it.",
                 {groupID},
                 [](CommandContext& context, const Call& call) {
                     return resultJSON(context, context.group(call.id("groupID")).id);
-                }),
+                })
+            .alsoBy({"slate"}),
         Command("acceptSlate", undoSteps::acceptSlate.actionName,
                 "Takes scene and take of the slate where neither recorder nor report says them.", {groupID},
                 [](CommandContext& context, const Call& call) {
                     context.controller->slates().acceptSlate(call.id("groupID"));
                     return JSON();
                 })
+            .alsoBy({"slate"})
             .undoneBy(undoSteps::acceptSlate)
             .when(hasProposals),
         Command("acceptSlates", undoSteps::acceptSlates.actionName,
@@ -101,6 +105,7 @@ std::vector<Command> slateCommands() {
                     context.controller->slates().acceptSlates();
                     return JSON();
                 })
+            .alsoBy({"slate"})
             .undoneBy(undoSteps::acceptSlates)
             .when(hasProposals),
     };

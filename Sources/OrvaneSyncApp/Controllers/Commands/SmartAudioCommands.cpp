@@ -57,6 +57,7 @@ std::vector<Command> smartAudioCommands() {
                        "Analyses the sound of all settled clips.",
                        {{.name = "mode", .kind = text, .choices = smartAudioModeTags}, overwriteManualTracks},
                        runAnalysis)
+            .alsoBy({"sync"})
             .when(hasSoundAtRest)
             .inMenu(Menu::audio, 110),
         Command::later("runSmartAudioForGroup", "Run Smart Audio for This Clip",
@@ -66,6 +67,7 @@ std::vector<Command> smartAudioCommands() {
                            return context.controller->smartAudio().runSmartAudioForGroup(
                                call.id("groupID"), call.boolean("forceOverwriteManualTracks"));
                        })
+            .alsoBy({"analyze"})
             .forClips(hasSound),
         Command::later(
             "measureLoudness", "Measure Loudness",
@@ -75,6 +77,7 @@ std::vector<Command> smartAudioCommands() {
             [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
                 return context.controller->smartAudio().measureLoudness();
             })
+            .alsoBy({"sync", "loudness"})
             .when(hasSoundAtRest)
             .inMenu(Menu::audio, 130),
         Command("stopSmartAudio", "Stop Smart Audio", "Ends the analysis; what it has done until now stays.",
@@ -89,6 +92,7 @@ std::vector<Command> smartAudioCommands() {
             .ahead(),
         Command("smartAudioResult", "Smart Audio Result", "Gives what Smart Audio found in the clip.",
                 {groupID}, smartAudioResult)
+            .alsoBy({"analyze"})
             .forClips(hasSound),
         onTrack("toggleTrackActive", "Toggle Audio Track", "Switches a track of the export on or off.",
                 steps::toggleTrackActive, &TrackEditing::toggleTrackActive),

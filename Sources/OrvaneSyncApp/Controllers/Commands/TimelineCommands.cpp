@@ -129,6 +129,7 @@ std::vector<Command> viewCommands() {
                          .lowest = 1,
                          .highest = static_cast<double>(WaveformReduction::mostBins)}},
                        waveform)
+            .alsoBy({"onsets", "waveform"})
             .forClips(hasSound),
         Command::later("scrollFrames", "Scroll over the Picture",
                        "Scrolls over the picture and says how many frames that stepped; answers when the "
@@ -172,6 +173,7 @@ std::vector<Command> moveCommands() {
             [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
                 return context.controller->timeline().autoDetectAudioAnchorIfMissing(call.id("groupID"));
             })
+            .alsoBy({"clap"})
             .forClips(lacksAnchor),
         Command::later(
             "nudgeByFrames", "Nudge Audio",

@@ -220,16 +220,19 @@ std::vector<Command> workCommands() {
              {"audioFolder", path, true},
              {"moreFolders", paths, true},
              {"exclude", texts, true}},
-            setFolders),
+            setFolders)
+            .alsoBy({"sync", "scan"}),
         Command("setCorrections", "Correct the Sources",
                 "Says what the files say wrongly, for the next scan: how much later the sound lies, its day, "
                 "and the rate at which timecode counts.",
                 {{"soundOffset", text, true}, {"soundDate", text, true}, {"timecodeRate", text, true}},
-                setCorrections),
+                setCorrections)
+            .alsoBy({"sync", "scan"}),
         Command::later("startScan", "Scan & Match",
                        "Reads the folders and matches what is in them; of other work than the open one "
                        "there is nothing to take back.",
                        {{"ofOtherWork", boolean, true}}, startScan)
+            .alsoBy({"sync", "scan"})
             .when([](const CommandContext& context) { return context.controller->scan().canScan(); }),
         Command("stopScan", "Stop Scan", "Stops the scan and leaves all as it was.", {},
                 [](CommandContext& context, const Call&) {
@@ -250,12 +253,14 @@ std::vector<Command> workCommands() {
                     return JSON();
                 })
             .inMenu(Menu::file, 510, "Close"),
-        Command::later("state", "State of the Work", "Gives the open work.", {}, state),
+        Command::later("state", "State of the Work", "Gives the open work.", {}, state)
+            .alsoBy({"scan", "session"}),
         Command::later(
             "diagnose", "Diagnosis",
             "Gives what is on the cards, and each doubt and how to fix it; listens to some clips of each "
             "card.",
-            {}, diagnose),
+            {}, diagnose)
+            .alsoBy({"diagnose"}),
         Command::later("group", "One Clip", "Gives one clip, with the doubts about it.", {{"groupID", id}},
                        oneGroup),
         Command("commands", "Commands",

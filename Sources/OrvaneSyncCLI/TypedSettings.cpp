@@ -6,8 +6,8 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 namespace orvane::cli {
@@ -16,30 +16,16 @@ namespace {
 
 using Kind = SettingDescription::Kind;
 
-struct SettingGroup {
-    std::string_view title;
-    std::array<const SettingDescription*, 7> settings; ///< fewer leave the last ones empty
-};
-
-constexpr std::array<SettingGroup, 6> mostChanged{{
-    {"names",
-     {&settings::eventName, &settings::clipNamingSource, &settings::customNamingPattern,
-      &settings::namingSeparator, &settings::notesSource}},
-    {"events and clips",
-     {&settings::splitEventsByScene, &settings::eventNamePattern, &settings::generateRawMediaEvent,
-      &settings::wrapMOSInSyncClip, &settings::generateSyncClips}},
-    {"picture",
-     {&settings::targetFrameRate, &settings::trimMode, &settings::videoResolution, &settings::aspectRatio,
-      &settings::spatialConform}},
-    {"multicam", {&settings::generateMulticam, &settings::multicamCodec}},
-    {"off-speed material",
-     {&settings::generateNativeMOS, &settings::nativeMOSSuffix, &settings::nativeMOSSeparateEvent,
-      &settings::generateProjectRate, &settings::projectRateSuffix, &settings::projectRateSeparateEvent,
-      &settings::offspeedAutoKeyword}},
-    {"sound",
-     {&settings::smartAudioMode, &settings::smartAudioBlockMode, &settings::smartAudioLoudness,
-      &settings::globalAudioOffsetFrames, &settings::audioBaseRole, &settings::volumeKeyframes}},
-}};
+/// Those that are changed most, group by group.
+std::vector<SettingsCatalogue::Entry> mostChangedSettings() {
+    std::vector<SettingsCatalogue::Entry> all;
+    for (const SettingsCatalogue::Entry& one : SettingsCatalogue::all())
+        if (one.get().details.changed.order > 0) all.push_back(one);
+    std::ranges::stable_sort(all, {}, [](const SettingDescription& one) {
+        return std::pair(one.details.changed.group.order, one.details.changed.order);
+    });
+    return all;
+}
 
 } // namespace
 
@@ -54,14 +40,13 @@ platform::JSON settingValue(const SettingDescription& setting, const std::string
 
 std::string exportSettingsHelp() {
     std::string help = "settings (--set KEY=VALUE; with their defaults; 'orvanesync settings' lists all):\n";
-    for (const SettingGroup& group : mostChanged) {
-        help.append("  ").append(group.title).append("\n");
-        for (const SettingDescription* setting : group.settings) {
-            if (setting == nullptr) break;
-            std::string line = "    " + std::string(setting->key) + "=" + settingText(defaultInUse(*setting));
-            line.resize(std::max<std::size_t>(line.size() + 2, 48), ' ');
-            help.append(line).append(setting->meaning).append("\n");
-        }
+    std::string_view group;
+    for (const SettingDescription& setting : mostChangedSettings()) {
+        const std::string_view title = setting.details.changed.group.title;
+        if (std::exchange(group, title) != title) help.append("  ").append(title).append("\n");
+        std::string line = "    " + std::string(setting.key) + "=" + settingText(defaultInUse(setting));
+        line.resize(std::max<std::size_t>(line.size() + 2, 48), ' ');
+        help.append(line).append(setting.meaning).append("\n");
     }
     return help;
 }

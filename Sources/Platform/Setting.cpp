@@ -88,6 +88,14 @@ std::optional<std::size_t> SettingDescription::choiceIndex(std::string_view text
                                   : std::optional(static_cast<std::size_t>(found - choices.begin()));
 }
 
+std::vector<SettingDescription::Offer> SettingDescription::offers() const {
+    if (details.offered != nullptr) return details.offered();
+    std::vector<Offer> all;
+    if (details.choiceName == nullptr) return all;
+    for (std::size_t i = 0; i < choices.size(); ++i) all.push_back({details.choiceName(i), choices[i]});
+    return all;
+}
+
 std::string_view name(SettingDescription::Kind kind) {
     static constexpr std::array<std::string_view, 5> names{"boolean", "integer", "number", "text", "map"};
     return names.at(static_cast<std::size_t>(kind));

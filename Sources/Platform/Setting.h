@@ -12,6 +12,7 @@
 #include <type_traits>
 #include <utility>
 #include <variant>
+#include <vector>
 
 namespace orvane::platform {
 
@@ -22,7 +23,21 @@ struct SettingDescription {
     struct Range {
         double lowest, highest; ///< both allowed
     };
-    /// What few settings have.
+    /// One of the values that the settings screen offers, with its words.
+    struct Offer {
+        std::string text;
+        JSON value;
+    };
+    struct HelpGroup {
+        int order = 0; ///< among the groups
+        std::string_view title{};
+    };
+    /// Where a setting stands in the help of the commands that it changes the most.
+    struct HelpPlace {
+        HelpGroup group{};
+        int order = 0; ///< within the group, from 1; 0: it does not stand there
+    };
+    /// What not every setting has.
     struct Details {
         std::optional<Range> range{}; ///< of a number; what is beyond counts as none
         /// Of a text: why it is none that the setting takes; empty where it is one.
@@ -31,6 +46,17 @@ struct SettingDescription {
         bool choicesInAnyCase = false;
         /// Where nothing is stored, commands differ; the default is what the settings screen shows.
         bool absenceVaries = false;
+        /// The default also holds for readers that ask for a boolean by the key alone.
+        bool isRegistered = false;
+        // On the settings screen.
+        std::string_view label{}; ///< empty: it has no row there
+        std::string_view hint{};
+        std::string_view unit{};                                 ///< behind a number, with its blank
+        int decimals = 0;                                        ///< of a number at least
+        std::string (*choiceName)(std::size_t choice) = nullptr; ///< the words of the choices
+        /// The values that it offers, where they are not the choices in their order.
+        std::vector<Offer> (*offered)() = nullptr;
+        HelpPlace changed{};
     };
 
     std::string_view key;
@@ -43,13 +69,15 @@ struct SettingDescription {
 
     /// Null when there is none.
     JSON defaultValue() const;
-    /// Whether the value is of this kind, by the rules of `readAs`. What few settings have is not looked at.
+    /// Whether the value is of this kind, by the rules of `readAs`. The details are not looked at.
     bool understands(const JSON& value) const;
     bool isInRange(double number) const {
         return !details.range || (number >= details.range->lowest && number <= details.range->highest);
     }
     /// Where among the choices the text stands.
     std::optional<std::size_t> choiceIndex(std::string_view text) const;
+    /// What the settings screen offers; empty where anything may be typed.
+    std::vector<Offer> offers() const;
 };
 
 /// "boolean", "integer", "number", "text" or "map".

@@ -31,7 +31,6 @@ class SettingsModelTest : public testing::Test {
 
 TEST_F(SettingsModelTest, everySettingHasOneRowWhoseChoicesItTakes) {
     std::map<std::string_view, int> rows;
-    for (const std::string_view key : settingsWithoutRow()) ++rows[key];
     for (const SettingTab& tab : settingTabs())
         for (const SettingSection& section : tab.sections)
             for (const SettingRow& row : section.rows) {
@@ -53,7 +52,7 @@ TEST_F(SettingsModelTest, everySettingHasOneRowWhoseChoicesItTakes) {
                 }
             }
     for (const SettingDescription& setting : SettingsCatalogue::all())
-        EXPECT_EQ(rows[setting.key], 1) << setting.key;
+        EXPECT_EQ(rows[setting.key], setting.details.label.empty() ? 0 : 1) << setting.key;
 }
 
 TEST_F(SettingsModelTest, aRowSaysWhatHoldsAndWhatIsWrong) {

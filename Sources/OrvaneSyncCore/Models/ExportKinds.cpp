@@ -1,6 +1,16 @@
 #include "OrvaneSyncCore/Models/ExportKinds.h"
 
+#include "OrvaneSyncCore/Models/MatchingDays.h"
+
+#include <cstddef>
+
 namespace orvane {
+
+std::string_view displayText(ClipNamingSource source) {
+    static constexpr std::array<std::string_view, 4> texts{"Video Filename", "Audio Filename", "Scene-Take",
+                                                           "Custom"};
+    return texts.at(static_cast<std::size_t>(source));
+}
 
 std::string_view displayText(VideoResolutionMode mode) {
     return mode == VideoResolutionMode::useVideoFrameSize ? "Native (per-clip)" : "Alternate (fixed)";
@@ -25,6 +35,23 @@ std::string_view displayText(NotesSource source) {
 
 std::string_view displayText(MulticamCodec codec) {
     return codec == MulticamCodec::automatic ? "Auto (from source, fallback ProRes LT)" : rawValue(codec);
+}
+
+std::string_view displayText(GlobalOffsetStart start) {
+    static constexpr std::array<std::string_view, 3> texts{"All clips", "The clips from a file name on",
+                                                           "The clips from a timecode on"};
+    return texts.at(static_cast<std::size_t>(start));
+}
+
+std::string_view displayText(ReportMatchField field) {
+    return field == ReportMatchField::name ? "The clip's name" : "A column";
+}
+
+std::string_view displayText(MatchingDays days) {
+    static constexpr std::array<std::string_view, 4> texts{"Automatic (its own; clocks a day off)",
+                                                           "Its own day", "Its own day, and across midnight",
+                                                           "Its own day and both beside it"};
+    return texts.at(static_cast<std::size_t>(days));
 }
 
 } // namespace orvane

@@ -13,6 +13,7 @@ template <>
 struct RawValues<ClipNamingSource> {
     static constexpr std::array<std::string_view, 4> texts{"video", "audio", "sceneTake", "custom"};
 };
+std::string_view displayText(ClipNamingSource source);
 
 /// Which frame size the main format takes.
 enum class VideoResolutionMode { useVideoFrameSize, useAlternateFrameSize };
@@ -78,6 +79,7 @@ template <>
 struct RawValues<GlobalOffsetStart> {
     static constexpr std::array<std::string_view, 3> texts{"all", "fromFilename", "fromTC"};
 };
+std::string_view displayText(GlobalOffsetStart start);
 
 /// What the lines of a report are matched by.
 enum class ReportMatchField { name, column };
@@ -85,5 +87,6 @@ template <>
 struct RawValues<ReportMatchField> {
     static constexpr std::array<std::string_view, 2> texts{"name", "column"};
 };
+std::string_view displayText(ReportMatchField field);
 
 } // namespace orvane

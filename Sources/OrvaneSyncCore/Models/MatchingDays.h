@@ -19,5 +19,6 @@ template <>
 struct RawValues<MatchingDays> {
     static constexpr std::array<std::string_view, 4> texts{"auto", "same", "midnight", "neighbours"};
 };
+std::string_view displayText(MatchingDays days);
 
 } // namespace orvane

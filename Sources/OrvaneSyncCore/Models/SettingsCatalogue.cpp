@@ -41,9 +41,8 @@ void SettingsCatalogue::add(const SettingDescription& setting) { entries().empla
 
 void registerStandardDefaults(platform::SettingsStore& store) {
     platform::SettingsStore::Values values;
-    for (const auto* setting : {&settings::playbackAppliesSmartAudio, &settings::wrapMOSInSyncClip,
-                                &settings::offspeedAutoKeyword, &settings::generateRawMediaEvent})
-        values[std::string(setting->key)] = setting->defaultValue();
+    for (const SettingDescription& setting : SettingsCatalogue::all())
+        if (setting.details.isRegistered) values[std::string(setting.key)] = setting.defaultValue();
     store.registerDefaults(std::move(values));
 }
 

@@ -28,13 +28,25 @@ void add(const SettingDescription& setting);
 
 } // namespace SettingsCatalogue
 
-/// Registers the four switches whose absence reads as true also for readers that only ask for a boolean.
+/// Registers the defaults of the settings that are declared so (`isRegistered`).
 void registerStandardDefaults(platform::SettingsStore& store);
 
 /// The texts under which the settings hold an enumeration; where they are others than its raw values, this is
 /// specialised beside it.
 template <RawValued E>
 inline constexpr std::span<const std::string_view> settingTexts{RawValues<E>::texts};
+
+/// The words of an enumeration's cases: its `displayText`.
+template <RawValued E>
+std::string displayed(std::size_t choice) {
+    return std::string(displayText(static_cast<E>(choice)));
+}
+/// The name of a case with what it does.
+template <RawValued E>
+std::string described(std::size_t choice) {
+    const auto value = static_cast<E>(choice);
+    return std::string(rawValue(value)) + " – " + std::string(description(value));
+}
 
 /// A setting that joins the catalogue. The object lives for the whole run; it is made before `main`.
 template <class T>
@@ -49,9 +61,10 @@ struct Declared : platform::Setting<T> {
     }
     /// A text of a list that no enumeration stands for.
     Declared(std::string_view theKey, Default standard, std::span<const std::string_view> texts,
-             std::string_view under, std::string_view says) requires std::is_same_v<T, std::string>
+             std::string_view under, std::string_view says,
+             Details more = {}) requires std::is_same_v<T, std::string>
         : platform::Setting<T>(theKey, standard, texts) {
-        join(under, says, {});
+        join(under, says, more);
     }
     Declared(std::string_view theKey, T standard, std::string_view under, std::string_view says,
              Details more = {}) requires RawValued<T>
@@ -67,6 +80,9 @@ struct Declared : platform::Setting<T> {
         this->family = under;
         this->meaning = says;
         this->details = more;
+        if constexpr (RawValued<T>)
+            if constexpr (requires { displayText(T{}); })
+                if (more.choiceName == nullptr) this->details.choiceName = displayed<T>;
         SettingsCatalogue::add(*this);
     }
 };

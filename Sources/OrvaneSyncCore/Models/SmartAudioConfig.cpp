@@ -115,6 +115,10 @@ std::string SmartAudioPreset::menuText() const {
            std::to_string(uniformity);
 }
 
+std::string displayText(SmartAudioLook look) {
+    return SmartAudioPreset::all().at(static_cast<std::size_t>(look)).menuText();
+}
+
 JSON toJSON(const SmartAudioBlockSettings& record) { return fieldsToJSON(record); }
 
 template <>

@@ -84,6 +84,17 @@ std::string badgeLabel(BlockMode mode, std::optional<MaterialCharacter> detected
     return std::string(name) + " · " + std::to_string(seconds) + "s blocks";
 }
 
+std::string_view displayText(SmartAudioRouting routing) {
+    static constexpr std::array<std::string_view, 3> texts{"Automatic", "One track of the take",
+                                                           "Whoever speaks"};
+    return rowOf(texts, routing);
+}
+
+std::string_view displayText(Aggressiveness aggressiveness) {
+    static constexpr std::array<std::string_view, 3> texts{"Conservative", "Balanced", "Inclusive"};
+    return rowOf(texts, aggressiveness);
+}
+
 std::string_view description(BestChannelMode mode) {
     return bestChannelDescriptions.at(static_cast<std::size_t>(mode));
 }

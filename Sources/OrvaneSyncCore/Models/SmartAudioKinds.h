@@ -35,6 +35,7 @@ struct RawValues<BlockMode> {
 /// Seconds of a block; `adaptive` follows what was detected in the take.
 double blockSeconds(BlockMode mode, std::optional<MaterialCharacter> detected);
 std::string menuLabel(BlockMode mode, std::optional<MaterialCharacter> detected);
+inline std::string displayText(BlockMode mode) { return menuLabel(mode, std::nullopt); }
 std::string badgeLabel(BlockMode mode, std::optional<MaterialCharacter> detected);
 
 /// By what the router chooses. `automatic`: `speaker` for takes without a boom or mix that qualifies as
@@ -44,6 +45,7 @@ template <>
 struct RawValues<SmartAudioRouting> {
     static constexpr std::array<std::string_view, 3> texts{"auto", "takeDefault", "speaker"};
 };
+std::string_view displayText(SmartAudioRouting routing);
 
 /// Shown and stored; no routing step reads it.
 enum class Aggressiveness { conservative, balanced, inclusive };
@@ -51,6 +53,7 @@ template <>
 struct RawValues<Aggressiveness> {
     static constexpr std::array<std::string_view, 3> texts{"conservative", "balanced", "inclusive"};
 };
+std::string_view displayText(Aggressiveness aggressiveness);
 
 /// The kind of a routed block. `multiActiveWarn`: two speakers are active on two lavalier tracks and no mix
 /// track is there to take over.
@@ -95,6 +98,8 @@ template <>
 struct RawValues<SmartAudioLook> {
     static constexpr std::array<std::string_view, 4> texts{"Cinematic", "Drama", "Documentary", "None"};
 };
+/// With its amounts, in whole percent.
+std::string displayText(SmartAudioLook look);
 
 template <>
 ChannelKind fromJSON<ChannelKind>(const JSON& json);

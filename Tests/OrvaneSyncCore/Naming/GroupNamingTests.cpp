@@ -29,7 +29,7 @@ TEST(GroupNaming, sourcesAndTokens) {
     for (const Source source : GroupNaming::allSources)
         EXPECT_EQ(GroupNaming::sourceFrom(rawValue(source)), source);
     EXPECT_EQ(GroupNaming::sourceFrom("Video"), Source::sceneTake);
-    EXPECT_EQ(GroupNaming::label(Source::sceneTake), "Scene-Take");
+    EXPECT_EQ(displayText(Source::sceneTake), "Scene-Take");
     EXPECT_EQ(GroupNaming::label(GroupNaming::TokenInfo::Category::date), "Date / Time");
 
     SyncGroup group = slatedClip("1", "2");

@@ -12,12 +12,9 @@
 namespace orvane {
 
 /// One of the values that a row offers.
-struct SettingChoice {
-    std::string text;
-    platform::JSON value;
-};
+using SettingChoice = SettingDescription::Offer;
 
-/// How the settings screen shows one setting. All texts are for people.
+/// How the settings screen shows one setting, with the words of its declaration. All texts are for people.
 struct SettingRow {
     enum class Control : std::uint8_t {
         toggle,
@@ -71,7 +68,7 @@ struct SettingTab {
     std::vector<SettingSection> sections;
 };
 
-/// The tabs in their order. Every setting of the catalogue has one row, but those of `settingsWithoutRow`.
+/// The tabs in their order. Every setting of the catalogue that is declared with a label has one row.
 const std::vector<SettingTab>& settingTabs();
 
 /// That of a setting, which other screens show under the same name. Must have one.
@@ -79,9 +76,5 @@ const SettingRow& settingRow(std::string_view key);
 
 /// Of those that have a row its label, in the order of the tabs.
 std::vector<std::string> labelsOfSettings(const std::vector<std::string>& keys);
-
-/// Those that only other programs or older presets use, the switch that the room tone builder shows itself,
-/// and the maps, which the table of fields shows.
-const std::vector<std::string_view>& settingsWithoutRow();
 
 } // namespace orvane

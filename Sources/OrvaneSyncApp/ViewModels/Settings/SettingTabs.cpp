@@ -1,8 +1,6 @@
 #include "OrvaneSyncApp/ViewModels/Settings/PatternDoubts.h"
 #include "OrvaneSyncApp/ViewModels/Settings/SettingRows.h"
 #include "OrvaneSyncCore/Models/Settings.h"
-#include "OrvaneSyncCore/Models/SmartAudioConfig.h"
-#include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
 #include "Platform/SettingsStore.h"
 
 #include <stdexcept>
@@ -14,32 +12,21 @@ namespace {
 
 using Control = SettingRow::Control;
 using platform::SettingsStore;
-using Choices = std::vector<SettingChoice>;
 
 /// A row and what few rows have.
 class Row {
   public:
-    Row(const SettingDescription& setting, std::string label, std::string hint = {})
-        : row_{setting, controlOf(setting), std::move(label), std::move(hint)} {
+    explicit Row(const SettingDescription& setting)
+        : row_{setting,
+               controlOf(setting),
+               std::string(setting.details.label),
+               std::string(setting.details.hint),
+               setting.offers(),
+               std::string(setting.details.unit),
+               setting.details.decimals} {
+        if (!row_.choices.empty()) row_.control = Control::choice;
         if (const auto range = setting.details.range; range && range->highest == 1)
             row_.control = Control::amount;
-    }
-    Row& offering(Choices choices) {
-        row_.control = Control::choice;
-        row_.choices = std::move(choices);
-        return *this;
-    }
-    /// The words of an enumeration's cases, in their order.
-    Row& named(const std::vector<std::string>& words) {
-        Choices all;
-        for (std::size_t i = 0; i < words.size(); ++i)
-            all.push_back({words[i], row_.setting.get().choices[i]});
-        return offering(std::move(all));
-    }
-    Row& in(std::string unit, int decimals = 0) {
-        row_.unit = std::move(unit);
-        row_.decimals = decimals;
-        return *this;
     }
     Row& when(bool (*applies)(const SettingsStore&)) {
         row_.applies = applies;
@@ -71,26 +58,6 @@ class Row {
     SettingRow row_;
 };
 
-template <class E>
-std::vector<std::string> words(std::string (*text)(E)) {
-    std::vector<std::string> all;
-    for (std::size_t i = 0; i < RawValues<E>::texts.size(); ++i) all.push_back(text(static_cast<E>(i)));
-    return all;
-}
-template <class E>
-std::vector<std::string> words(std::string_view (*text)(E)) {
-    std::vector<std::string> all;
-    for (std::size_t i = 0; i < RawValues<E>::texts.size(); ++i) all.emplace_back(text(static_cast<E>(i)));
-    return all;
-}
-
-template <std::size_t count>
-Choices numbers(const std::array<SmartAudioChoice, count>& from) {
-    Choices all;
-    for (const SmartAudioChoice& one : from) all.push_back({std::string(one.text), one.value});
-    return all;
-}
-
 /// Whether a switch is on.
 template <const auto& setting>
 bool isOn(const SettingsStore& store) {
@@ -99,77 +66,6 @@ bool isOn(const SettingsStore& store) {
 template <const auto& setting, auto value>
 bool is(const SettingsStore& store) {
     return store.get(setting) == value;
-}
-
-Choices frameRates() {
-    Choices all{{"Automatic (the rate of most clips)", 0.0}};
-    for (const auto& [text, rate] : {std::pair{"23.976 fps", 23.976},
-                                     {"24 fps", 24.0},
-                                     {"25 fps", 25.0},
-                                     {"29.97 fps", 29.97},
-                                     {"30 fps", 30.0},
-                                     {"47.952 fps", 47.952},
-                                     {"48 fps", 48.0},
-                                     {"50 fps", 50.0},
-                                     {"59.94 fps", 59.94},
-                                     {"60 fps", 60.0}})
-        all.push_back({text, rate});
-    return all;
-}
-
-Choices aspectRatios() {
-    return {{"16:9 (HD / UHD)", "16:9"},          {"4:3 (TV classic)", "4:3"},
-            {"2:1 (Univisium)", "2:1"},           {"1:1 (Square)", "1:1"},
-            {"2.35:1 (Cinemascope)", "2.35:1"},   {"2.39:1 (DCI scope)", "2.39:1"},
-            {"9:16 (Vertical / Social)", "9:16"}, {"Custom pixels…", "custom"}};
-}
-
-Choices timecodeChannels() {
-    constexpr int channels = 16;
-    Choices all{{"The first that carries timecode", settings::everyTimecodeChannel}};
-    for (int channel = 0; channel < channels; ++channel)
-        all.push_back({"Channel " + std::to_string(channel + 1), channel});
-    return all;
-}
-
-Choices blockModes() {
-    Choices all;
-    for (std::size_t i = 0; i < RawValues<BlockMode>::texts.size(); ++i)
-        all.push_back(
-            {menuLabel(static_cast<BlockMode>(i), std::nullopt), RawValues<BlockMode>::texts.at(i)});
-    return all;
-}
-
-Choices looks() {
-    Choices all;
-    for (const SmartAudioPreset& preset : SmartAudioPreset::all())
-        all.push_back({preset.menuText(), preset.label});
-    return all;
-}
-
-Choices loudnessTargets() {
-    Choices all = numbers(loudnessTargetChoices);
-    all.push_back({"Off (levels stay as they are)", 0.0});
-    return all;
-}
-
-/// Roles are called in Final Cut Pro what they are stored as.
-Choices atmoRoles() {
-    Choices all;
-    for (const char* role :
-         {"effects.atmosphere", "effects.ambience", "effects.background", "effects.room-tone"})
-        all.push_back({role, role});
-    return all;
-}
-
-/// The name of each case with what it does.
-template <class Mode>
-std::vector<std::string> described() {
-    std::vector<std::string> all;
-    for (std::size_t i = 0; i < RawValues<Mode>::texts.size(); ++i)
-        all.push_back(std::string(RawValues<Mode>::texts.at(i)) + " – " +
-                      std::string(description(static_cast<Mode>(i))));
-    return all;
 }
 
 bool takesPixels(const SettingsStore& store) {
@@ -183,58 +79,28 @@ bool hasCustomAmounts(const SettingsStore& store) {
 
 SettingTab output() {
     using namespace settings;
-    return {
-        SettingPage::output,
-        "Output",
-        {{"Event",
-          {Row(eventName, "Event name", "The event in Final Cut Pro that the clips go to."),
-           Row(generateSyncClips, "Synchronized clips", "Every clip with its sound, as a clip of its own."),
-           Row(generateMulticam, "Multicam clips", "Cameras that rolled together become one clip."),
-           Row(splitEventsByScene, "One event a scene"),
-           Row(eventNamePattern, "Name of a scene's event",
-               "{eventName} is the event's name, {scene} the scene, {scene:3} the scene with three "
-               "digits.")
-               .when(isOn<splitEventsByScene>)
-               .doubting(patternDoubts::eventName),
-           Row(generateRawMediaEvent, "Event with the source media",
-               "One more event that holds every source file."),
-           Row(rawMediaEventName, "Name of that event").when(isOn<generateRawMediaEvent>)}},
-         {"Clips",
-          {Row(trimMode, "Length of the clips").named(words<TrimMode>(displayText)),
-           Row(wrapMOSInSyncClip, "Clips without sound (MOS) become synchronized clips too"),
-           Row(volumeKeyframes, "Volume keyframes",
-               "The volumes of the channels follow Smart Audio's choice over time.")}},
-         {"Frame",
-          {Row(targetFrameRate, "Frame rate of the project").offering(frameRates()),
-           Row(videoResolution, "Frame size").named(words<VideoResolutionMode>(displayText)),
-           Row(aspectRatio, "Shape of the alternate frame",
-               "Its width is that of the clips; “Custom pixels…” takes the two below.")
-               .offering(aspectRatios())
-               .when(is<videoResolution, VideoResolutionMode::useAlternateFrameSize>),
-           Row(alternateWidth, "Width").in(" px").when(takesPixels),
-           Row(alternateHeight, "Height").in(" px").when(takesPixels),
-           Row(spatialConform, "Pictures of another shape").named(words<SpatialConformType>(displayText))}},
-         {"Notes",
-          {Row(notesSource, "Notes of a clip", "Whose notes the Notes field in Final Cut Pro takes.")
-               .named(words<NotesSource>(displayText)),
-           Row(notesVideoPrefix, "Before the camera's notes"),
-           Row(notesAudioPrefix, "Before the sound recordist's notes")}},
-         {"Multicam",
-          {Row(multicamCodec, "Render format", "What Final Cut Pro renders a multicam clip to.")
-               .named(words<MulticamCodec>(displayText))}},
-         {"Global audio offset",
-          {Row(globalAudioOffsetFrames, "Offset of all sound", "Later if positive, earlier if negative.")
-               .in(" frames"),
-           Row(globalAudioOffsetStartMode, "Applies to")
-               .named({"All clips", "The clips from a file name on", "The clips from a timecode on"}),
-           Row(globalAudioOffsetStartFromFilename, "First clip, by file name")
-               .when(is<globalAudioOffsetStartMode, GlobalOffsetStart::fromFilename>),
-           Row(globalAudioOffsetStartFromTC, "First clip, by timecode")
-               .when(is<globalAudioOffsetStartMode, GlobalOffsetStart::fromTC>)
-               .doubting(patternDoubts::timecode)}},
-         {"Room tone",
-          {Row(atmoDuration, "Length", "0 makes it 180 seconds.").in(" s", 1),
-           Row(atmoAudioRole, "Role").offering(atmoRoles()).doubting(patternDoubts::role)}}}};
+    return {SettingPage::output,
+            "Output",
+            {{"Event",
+              {Row(eventName), Row(generateSyncClips), Row(generateMulticam), Row(splitEventsByScene),
+               Row(eventNamePattern).when(isOn<splitEventsByScene>).doubting(patternDoubts::eventName),
+               Row(generateRawMediaEvent), Row(rawMediaEventName).when(isOn<generateRawMediaEvent>)}},
+             {"Clips", {Row(trimMode), Row(wrapMOSInSyncClip), Row(volumeKeyframes)}},
+             {"Frame",
+              {Row(targetFrameRate), Row(videoResolution),
+               Row(aspectRatio).when(is<videoResolution, VideoResolutionMode::useAlternateFrameSize>),
+               Row(alternateWidth).when(takesPixels), Row(alternateHeight).when(takesPixels),
+               Row(spatialConform)}},
+             {"Notes", {Row(notesSource), Row(notesVideoPrefix), Row(notesAudioPrefix)}},
+             {"Multicam", {Row(multicamCodec)}},
+             {"Global audio offset",
+              {Row(globalAudioOffsetFrames), Row(globalAudioOffsetStartMode),
+               Row(globalAudioOffsetStartFromFilename)
+                   .when(is<globalAudioOffsetStartMode, GlobalOffsetStart::fromFilename>),
+               Row(globalAudioOffsetStartFromTC)
+                   .when(is<globalAudioOffsetStartMode, GlobalOffsetStart::fromTC>)
+                   .doubting(patternDoubts::timecode)}},
+             {"Room tone", {Row(atmoDuration), Row(atmoAudioRole).doubting(patternDoubts::role)}}}};
 }
 
 SettingTab naming() {
@@ -242,9 +108,8 @@ SettingTab naming() {
     return {SettingPage::naming,
             "Naming",
             {{"Names of the clips",
-              {Row(clipNamingSource, "Named after").named(words<ClipNamingSource>(GroupNaming::label)),
-               Row(namingSeparator, "Separator", "Stands between scene and take."),
-               Row(customNamingPattern, "Pattern", "Counts where clips are named by “Custom”.")
+              {Row(clipNamingSource), Row(namingSeparator),
+               Row(customNamingPattern)
                    .as(Control::pattern)
                    .when(is<clipNamingSource, ClipNamingSource::custom>)
                    .doubting(patternDoubts::clipName)}}}};
@@ -253,58 +118,28 @@ SettingTab naming() {
 SettingTab roles() {
     using namespace settings;
     SettingSection tracks{"Subroles of the tracks", {}, SettingSection::Form::roles};
-    int track = 0;
     for (const auto& subrole : defaultSubroles)
-        tracks.rows.push_back(
-            Row(subrole, "Track " + std::to_string(++track)).doubting(patternDoubts::subrole));
-    return {SettingPage::roles,
-            "Audio roles",
-            {{"Role",
-              {Row(audioBaseRole, "Main role", "All recorded sound stands under it in Final Cut Pro.")
-                   .doubting(patternDoubts::mainRole),
-               Row(useIXMLTrackNames, "Name tracks as the recorder does",
-                   "The names below count for tracks that the recorder has not named.")}},
-             tracks}};
+        tracks.rows.push_back(Row(subrole).doubting(patternDoubts::subrole));
+    return {
+        SettingPage::roles,
+        "Audio roles",
+        {{"Role", {Row(audioBaseRole).doubting(patternDoubts::mainRole), Row(useIXMLTrackNames)}}, tracks}};
 }
 
 SettingTab smartAudio() {
     using namespace settings;
-    return {
-        SettingPage::smartAudio,
-        "Smart Audio",
-        {{"Adjustments",
-          {Row(smartAudioMode, "Mode").named(described<SmartAudioMode>()),
-           Row(smartAudioVoiceIso, "Voice Isolation").when(hasCustomAmounts),
-           Row(smartAudioVoiceIsoSNR, "Voice Isolation below an SNR of",
-               "Tracks with less noise are left alone; the mode Custom always recommends it.")
-               .in(" dB", 1),
-           Row(smartAudioLoudness, "Loudness").when(hasCustomAmounts),
-           Row(smartAudioLoudnessUniformity, "Uniformity of the loudness").when(hasCustomAmounts),
-           Row(smartAudioAutoHum, "Hum removal where hum is heard").when(hasCustomAmounts),
-           Row(smartAudioHumFreq, "Mains hum")
-               .offering(numbers(humFrequencyChoices))
-               .when(hasCustomAmounts)}},
-         {"Choice of microphones",
-          {Row(smartAudioBlockMode, "Length of a stretch", "How often the microphone may change.")
-               .offering(blockModes()),
-           Row(bestChannelMode, "Activation of tracks",
-               "What the timeline says of a clip that was analysed, and what presets hold for other "
-               "programs.")
-               .named(described<BestChannelMode>()),
-           Row(smartAudioAggressiveness, "Aggressiveness",
-               "Held in presets for other programs; no choice of a microphone depends on it.")
-               .named({"Conservative", "Balanced", "Inclusive"}),
-           Row(smartAudioRouting, "Follow",
-               "Automatic follows whoever speaks in takes without boom and mix, else one track of the take.")
-               .named({"Automatic", "One track of the take", "Whoever speaks"}),
-           Row(smartAudioLoudnessTargetDB, "Speech peaks", "What the peaks of a stretch are brought to.")
-               .offering(loudnessTargets()),
-           Row(smartAudioBanditEnabled, "Separate speech, music and effects first",
-               "Needs the stem model; Developer › Diagnostics says whether it is there.")}},
-         {"Project",
-          {Row(smartAudioPreset, "Look").offering(looks()),
-           Row(smartAudioTargetLUFS, "Loudness of the project").offering(numbers(targetLUFSChoices))}},
-         {"Playback", {Row(playbackAppliesSmartAudio, "Hear the choice while playing")}}}};
+    return {SettingPage::smartAudio,
+            "Smart Audio",
+            {{"Adjustments",
+              {Row(smartAudioMode), Row(smartAudioVoiceIso).when(hasCustomAmounts),
+               Row(smartAudioVoiceIsoSNR), Row(smartAudioLoudness).when(hasCustomAmounts),
+               Row(smartAudioLoudnessUniformity).when(hasCustomAmounts),
+               Row(smartAudioAutoHum).when(hasCustomAmounts), Row(smartAudioHumFreq).when(hasCustomAmounts)}},
+             {"Choice of microphones",
+              {Row(smartAudioBlockMode), Row(bestChannelMode), Row(smartAudioAggressiveness),
+               Row(smartAudioRouting), Row(smartAudioLoudnessTargetDB), Row(smartAudioBanditEnabled)}},
+             {"Project", {Row(smartAudioPreset), Row(smartAudioTargetLUFS)}},
+             {"Playback", {Row(playbackAppliesSmartAudio)}}}};
 }
 
 SettingTab offspeed() {
@@ -312,45 +147,34 @@ SettingTab offspeed() {
     return {SettingPage::offspeed,
             "Off-speed",
             {{"Silent clips at the sensor's rate",
-              {Row(generateNativeMOS, "Also make one of each off-speed clip"),
-               Row(nativeMOSSuffix, "Behind its name", "{fps} is the sensor's rate.")
-                   .when(isOn<generateNativeMOS>)
-                   .doubting(patternDoubts::rateSuffix),
-               Row(wrapNativeMOSInSyncClip, "As a synchronized clip").when(isOn<generateNativeMOS>),
-               Row(nativeMOSSeparateEvent, "In an event of their own").when(isOn<generateNativeMOS>),
-               Row(nativeMOSEventName, "Name of that event").when([](const SettingsStore& store) {
+              {Row(generateNativeMOS),
+               Row(nativeMOSSuffix).when(isOn<generateNativeMOS>).doubting(patternDoubts::rateSuffix),
+               Row(wrapNativeMOSInSyncClip).when(isOn<generateNativeMOS>),
+               Row(nativeMOSSeparateEvent).when(isOn<generateNativeMOS>),
+               Row(nativeMOSEventName).when([](const SettingsStore& store) {
                    return store.get(settings::generateNativeMOS) &&
                           store.get(settings::nativeMOSSeparateEvent);
                })}},
              {"Clips at the project's rate",
-              {Row(generateProjectRate, "Also make one of each off-speed clip"),
-               Row(projectRateSuffix, "Behind its name", "{fps} is the project's rate.")
-                   .when(isOn<generateProjectRate>)
-                   .doubting(patternDoubts::rateSuffix),
-               Row(projectRateSeparateEvent, "In an event of their own").when(isOn<generateProjectRate>),
-               Row(projectRateEventName, "Name of that event").when([](const SettingsStore& store) {
+              {Row(generateProjectRate),
+               Row(projectRateSuffix).when(isOn<generateProjectRate>).doubting(patternDoubts::rateSuffix),
+               Row(projectRateSeparateEvent).when(isOn<generateProjectRate>),
+               Row(projectRateEventName).when([](const SettingsStore& store) {
                    return store.get(settings::generateProjectRate) &&
                           store.get(settings::projectRateSeparateEvent);
                })}},
-             {"Keywords",
-              {Row(offspeedAutoKeyword, "Mark off-speed clips",
-                   "With “Offspeed” and the rate of the sensor.")}}}};
+             {"Keywords", {Row(offspeedAutoKeyword)}}}};
 }
 
 SettingTab reports() {
     using namespace settings;
     return {SettingPage::reports,
             "Reports and timecode",
-            {{"Matching",
-              {Row(matchingDays, "Days whose sound a clip meets")
-                   .named({"Automatic (its own; clocks a day off)", "Its own day",
-                           "Its own day, and across midnight", "Its own day and both beside it"})}},
+            {{"Matching", {Row(matchingDays)}},
              {"Reports",
-              {Row(reportMatchField, "Lines belong to a clip by").named({"The clip's name", "A column"}),
-               Row(reportMatchColumn, "Column").when(is<reportMatchField, ReportMatchField::column>)}},
-             {"Linear timecode",
-              {Row(ltcEnabled, "Read timecode from a sound track", "Where a file has no other."),
-               Row(ltcChannelIndex, "Track").offering(timecodeChannels()).when(isOn<ltcEnabled>)}}}};
+              {Row(reportMatchField),
+               Row(reportMatchColumn).when(is<reportMatchField, ReportMatchField::column>)}},
+             {"Linear timecode", {Row(ltcEnabled), Row(ltcChannelIndex).when(isOn<ltcEnabled>)}}}};
 }
 
 } // namespace
@@ -365,29 +189,11 @@ const std::vector<SettingTab>& settingTabs() {
         offspeed(),
         reports(),
         {SettingPage::metadata, "Metadata", {}},
-        {SettingPage::keyboard,
-         "Keyboard",
-         {{"Stepping", {Row(playbackAudioScrubbing, "Sound while scrubbing and stepping")}}}},
+        {SettingPage::keyboard, "Keyboard", {{"Stepping", {Row(playbackAudioScrubbing)}}}},
         {SettingPage::models, "Models", {}},
-        {SettingPage::calibration,
-         "Calibration",
-         {{"Source",
-           {Row(calibInputAudio, "Recording",
-                "The loudest minute of it is what Final Cut Pro is measured with; without one, made noise.")
-                .as(Control::file)}}}},
-        {SettingPage::developer,
-         "Developer",
-         {{"Caches",
-           {Row(cachesLimitGB, "Rendered sound may take", "The oldest goes first.").in(" GB", 1)}}}},
+        {SettingPage::calibration, "Calibration", {{"Source", {Row(calibInputAudio).as(Control::file)}}}},
+        {SettingPage::developer, "Developer", {{"Caches", {Row(cachesLimitGB)}}}},
     };
-    return all;
-}
-
-const std::vector<std::string_view>& settingsWithoutRow() {
-    using namespace settings;
-    static const std::vector<std::string_view> all{overrideAnamorphic.key, experimentalVolumeKeyframes.key,
-                                                   atmoIncludeInExport.key, lockitFieldMapping.key,
-                                                   lockitCustomKeys.key};
     return all;
 }
 

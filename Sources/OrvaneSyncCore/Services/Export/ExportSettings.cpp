@@ -1,6 +1,5 @@
 #include "OrvaneSyncCore/Services/Export/ExportSettings.h"
 
-#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Export/AspectRatioHelper.h"
 #include "OrvaneSyncCore/Services/Matching/ProjectFrameRateResolver.h"
 
@@ -55,55 +54,18 @@ void readGlobalAudioOffset(ExportSettings& settings, const SettingsStore& store)
         settings.globalAudioOffsetStartingFromTC = store.find(settings::globalAudioOffsetStartFromTC);
 }
 
-void readOffspeed(ExportSettings& settings, const SettingsStore& store) {
-    settings.generateNativeMOSForOffspeed = store.get(settings::generateNativeMOS);
-    settings.nativeMOSSuffix = store.get(settings::nativeMOSSuffix);
-    settings.separateEventForNativeMOS = store.get(settings::nativeMOSSeparateEvent);
-    settings.nativeMOSEventName = store.get(settings::nativeMOSEventName);
-    settings.wrapNativeMOSInSyncClip = store.get(settings::wrapNativeMOSInSyncClip);
-    settings.generateProjectRateForOffspeed = store.get(settings::generateProjectRate);
-    settings.projectRateSuffix = store.get(settings::projectRateSuffix);
-    settings.separateEventForProjectRate = store.get(settings::projectRateSeparateEvent);
-    settings.projectRateEventName = store.get(settings::projectRateEventName);
-    settings.offspeedAutoKeyword = store.get(settings::offspeedAutoKeyword);
-}
-
 void readAtmo(ExportSettings& settings, const SettingsStore& store, const ExportSettings::Request& request) {
     settings.atmoFileURL = request.atmoFileURL;
-    settings.atmoAudioRole =
-        request.atmoAudioRoleOverride ? *request.atmoAudioRoleOverride : store.get(settings::atmoAudioRole);
+    if (request.atmoAudioRoleOverride) settings.atmoAudioRole = *request.atmoAudioRoleOverride;
     const double seconds =
         request.atmoDurationOverride ? *request.atmoDurationOverride : store.get(settings::atmoDuration);
     settings.atmoDurationSeconds = seconds > 0 ? seconds : defaultAtmoSeconds;
 }
 
-void readEvents(ExportSettings& settings, const SettingsStore& store) {
-    settings.generateSyncClips = store.get(settings::generateSyncClips);
-    settings.wrapMOSInSyncClip = store.get(settings::wrapMOSInSyncClip);
-    settings.generateRawMediaEvent = store.get(settings::generateRawMediaEvent);
-    settings.rawMediaEventName = store.get(settings::rawMediaEventName);
-    settings.splitEventsByScene = store.get(settings::splitEventsByScene);
-    settings.eventNamePattern = store.get(settings::eventNamePattern);
-}
-
-void readNaming(ExportSettings& settings, const SettingsStore& store) {
-    settings.audioBaseRole = store.get(settings::audioBaseRole);
-    settings.useIXMLTrackNames = store.get(settings::useIXMLTrackNames);
-    int track = 0;
-    for (const auto& subrole : settings::defaultSubroles) settings.subroleMap[++track] = store.get(subrole);
-    settings.clipNamingSource = store.get(settings::clipNamingSource);
-    settings.customNamingPattern = store.get(settings::customNamingPattern);
-    settings.namingSeparator = store.get(settings::namingSeparator);
-    settings.notesSource = store.get(settings::notesSource);
-    settings.notesVideoPrefix = store.get(settings::notesVideoPrefix);
-    settings.notesAudioPrefix = store.get(settings::notesAudioPrefix);
-    settings.lockitFieldMapping = LockitFieldMapping::current(store);
-}
-
 } // namespace
 
 ExportSettings ExportSettings::fromUserDefaults(const SettingsStore& store, const Request& request) {
-    ExportSettings settings;
+    ExportSettings settings(store);
     settings.eventName = request.eventName;
     settings.generateMulticam = request.generateMulticam;
     settings.smartAudioResults = request.smartAudioResults;
@@ -116,17 +78,13 @@ ExportSettings ExportSettings::fromUserDefaults(const SettingsStore& store, cons
 
     readFrameSizes(settings, store, request);
     readGlobalAudioOffset(settings, store);
-    readOffspeed(settings, store);
     readAtmo(settings, store, request);
-    readEvents(settings, store);
-    readNaming(settings, store);
-    settings.videoResolution = store.get(settings::videoResolution);
-    settings.spatialConform = store.get(settings::spatialConform);
-    settings.overrideAnamorphic = store.get(settings::overrideAnamorphic);
-    settings.trimMode = store.get(settings::trimMode);
-    settings.multicamCodec = store.get(settings::multicamCodec);
-    settings.volumeKeyframes =
-        store.find(settings::volumeKeyframes).value_or(store.get(settings::experimentalVolumeKeyframes));
+    int track = 0;
+    for (const auto& subrole : settings::defaultSubroles) settings.subroleMap[++track] = store.get(subrole);
+    settings.customNamingPattern = store.get(settings::customNamingPattern);
+    settings.lockitFieldMapping = LockitFieldMapping::current(store);
+    if (!store.find(settings::volumeKeyframes))
+        settings.volumeKeyframes = store.get(settings::experimentalVolumeKeyframes);
     return settings;
 }
 

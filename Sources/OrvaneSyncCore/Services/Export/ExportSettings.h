@@ -1,7 +1,7 @@
 #pragma once
 
 #include "FCPXMLKit/model/FCPXMLVersion.h"
-#include "OrvaneSyncCore/Models/ExportKinds.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Models/SmartAudioResults.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Services/Matching/MatchRules.h"
@@ -16,67 +16,94 @@
 
 namespace orvane {
 
-/// Every decision of an export: the exporter reads nothing else. The defaults are those of an empty store.
-struct ExportSettings {
-    std::string eventName = "Synced";
+/// A record whose members are settings, each with its declaration: `TrimMode trimMode =
+/// of(settings::trimMode);`. Made without a store it holds their defaults.
+class ReadFromSettings {
+  protected:
+    ReadFromSettings() = default;
+    explicit ReadFromSettings(const platform::SettingsStore& store) : store_(&store) {}
+
+    template <class T>
+    T of(const platform::Setting<T>& setting) const {
+        return store_ == nullptr ? setting.standard() : store_->get(setting);
+    }
+    /// The store is not used behind the construction.
+    void isRead() { store_ = nullptr; }
+
+  private:
+    const platform::SettingsStore* store_ = nullptr;
+};
+
+/// Every decision of an export: the exporter reads nothing else.
+struct ExportSettings : ReadFromSettings {
+    ExportSettings() = default;
+    /// What the store holds; a value that means nothing reads as the default.
+    explicit ExportSettings(const platform::SettingsStore& store) : ReadFromSettings(store) { isRead(); }
+
+    // As they are stored.
+
+    std::string eventName = of(settings::eventName);
+    std::string audioBaseRole = of(settings::audioBaseRole); ///< the part before "." of every audio role
+    bool useIXMLTrackNames = of(settings::useIXMLTrackNames);
+    bool generateMulticam = of(settings::generateMulticam);
+    bool generateSyncClips = of(settings::generateSyncClips);
+    bool wrapMOSInSyncClip = of(settings::wrapMOSInSyncClip);
+    VideoResolutionMode videoResolution = of(settings::videoResolution);
+    SpatialConformType spatialConform = of(settings::spatialConform);
+    bool overrideAnamorphic = of(settings::overrideAnamorphic);
+    TrimMode trimMode = of(settings::trimMode);
+    std::string atmoAudioRole = of(settings::atmoAudioRole);
+    bool generateNativeMOSForOffspeed = of(settings::generateNativeMOS);
+    std::string nativeMOSSuffix = of(settings::nativeMOSSuffix);
+    bool separateEventForNativeMOS = of(settings::nativeMOSSeparateEvent);
+    std::string nativeMOSEventName = of(settings::nativeMOSEventName);
+    bool wrapNativeMOSInSyncClip = of(settings::wrapNativeMOSInSyncClip);
+    bool generateProjectRateForOffspeed = of(settings::generateProjectRate);
+    std::string projectRateSuffix = of(settings::projectRateSuffix);
+    bool separateEventForProjectRate = of(settings::projectRateSeparateEvent);
+    std::string projectRateEventName = of(settings::projectRateEventName);
+    bool offspeedAutoKeyword = of(settings::offspeedAutoKeyword);
+    bool generateRawMediaEvent = of(settings::generateRawMediaEvent);
+    std::string rawMediaEventName = of(settings::rawMediaEventName);
+    bool splitEventsByScene = of(settings::splitEventsByScene);
+    std::string eventNamePattern = of(settings::eventNamePattern);
+    NotesSource notesSource = of(settings::notesSource);
+    std::string notesVideoPrefix = of(settings::notesVideoPrefix);
+    std::string notesAudioPrefix = of(settings::notesAudioPrefix);
+    MulticamCodec multicamCodec = of(settings::multicamCodec);
+    ClipNamingSource clipNamingSource = of(settings::clipNamingSource);
+    std::string namingSeparator = of(settings::namingSeparator);
+    bool volumeKeyframes = of(settings::volumeKeyframes);
+
+    // Derived from several, or from the work.
+
     double frameRate = 24.0;        ///< of the main format and of all times not tied to one clip
     double projectFrameRate = 24.0; ///< to which a clip's position conforms; also decides what is offspeed
     int outputWidth = 1920;         ///< native frame, pixels
     int outputHeight = 1080;
+    int alternateWidth = of(settings::alternateWidth); ///< container, pixels
+    int alternateHeight = of(settings::alternateHeight);
     fcpxml::FCPXMLVersion fcpxmlVersion = fcpxml::FCPXMLVersion::v1_14;
-    std::string audioBaseRole = "dialogue"; ///< the part before "." of every audio role
-    bool useIXMLTrackNames = true;          ///< the recorder's name of a track goes before its subrole
-    std::map<int, std::string> subroleMap;  ///< by track, from 1
-    int defaultAudioTracks = 2;             ///< channels of an audio file whose count is unknown
-    bool generateMulticam = true;
-    bool generateSyncClips = true;
-    SmartAudioResults smartAudioResults; ///< by group
-    bool wrapMOSInSyncClip = true;       ///< a clip without audio goes out as a video-only sync-clip
-    VideoResolutionMode videoResolution = VideoResolutionMode::useVideoFrameSize;
-    int alternateWidth = 1920; ///< container, pixels
-    int alternateHeight = 1080;
-    SpatialConformType spatialConform = SpatialConformType::fill;
-    bool overrideAnamorphic = false; ///< carried, without effect on the document
-    TrimMode trimMode = TrimMode::commonDuration;
-    std::optional<FileURL> atmoFileURL; ///< room tone to add
-    std::string atmoAudioRole = "effects.atmosphere";
+    std::map<int, std::string> subroleMap; ///< by track, from 1
+    int defaultAudioTracks = 2;            ///< channels of an audio file whose count is unknown
+    SmartAudioResults smartAudioResults;   ///< by group
+    std::optional<FileURL> atmoFileURL;    ///< room tone to add
     double atmoDurationSeconds = 180.0;
-    bool generateNativeMOSForOffspeed = false;
-    std::string nativeMOSSuffix = "[{fps} FPS]"; ///< {fps} is the sensor rate
-    bool separateEventForNativeMOS = false;
-    std::string nativeMOSEventName = "Native MOS";
-    bool wrapNativeMOSInSyncClip = false;
-    bool generateProjectRateForOffspeed = false;
-    std::string projectRateSuffix = "{fps}fps"; ///< {fps} is the project rate
-    bool separateEventForProjectRate = false;
-    std::string projectRateEventName = "Project Rate";
-    bool offspeedAutoKeyword = true;
-    bool generateRawMediaEvent = true; ///< an event with every source file
-    std::string rawMediaEventName = "Source Media";
-    bool splitEventsByScene = false;
-    std::string eventNamePattern = "{eventName} {scene:3}"; ///< of a scene's event
-    NotesSource notesSource = NotesSource::both;
-    std::string notesVideoPrefix = "V:";
-    std::string notesAudioPrefix = "A:";
     std::string metadataPrefix; ///< of every mapped metadata value
     LockitFieldMapping lockitFieldMapping;
-    MulticamCodec multicamCodec = MulticamCodec::automatic;
     double globalAudioOffsetSeconds = 0; ///< added to all audio of the export
     /// The first clip that the offset applies to, by name or by timecode; absent: to every clip.
     std::optional<std::string> globalAudioOffsetStartingFromFilename;
     std::optional<std::string> globalAudioOffsetStartingFromTC;
-    GroupNaming::Source clipNamingSource = GroupNaming::Source::sceneTake;
     std::optional<std::string> customNamingPattern;
-    std::string namingSeparator = "-";
-    MatchRules matchRules;        ///< by which the sound was laid against the pictures
-    bool volumeKeyframes = false; ///< Smart Audio's choice over time, as volumes of the channels
+    MatchRules matchRules; ///< by which the sound was laid against the pictures
 
     /// What the settings store does not hold.
     struct Request {
-        std::string eventName = "Synced";
+        std::string eventName = settings::eventName.standard();
         const MediaAsset* sourceVideo = nullptr; ///< gives the native frame size
         std::optional<int> aspectAnchorWidth;    ///< the width that a container's height is computed from
-        bool generateMulticam = true;
+        bool generateMulticam = settings::generateMulticam.standard();
         SyncGroupList groups; ///< vote on the frame rate
         SmartAudioResults smartAudioResults;
         std::optional<FileURL> atmoFileURL;
@@ -86,7 +113,6 @@ struct ExportSettings {
         MatchRules matchRules;
     };
 
-    /// Sets every field. A text that names no case reads as the default.
     static ExportSettings fromUserDefaults(const platform::SettingsStore& store, const Request& request);
 };
 

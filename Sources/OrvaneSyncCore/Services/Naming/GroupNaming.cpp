@@ -9,9 +9,6 @@ namespace orvane::GroupNaming {
 
 namespace {
 
-constexpr std::array<std::string_view, allSources.size()> sourceLabels{"Video Filename", "Audio Filename",
-                                                                       "Scene-Take", "Custom"};
-
 /// The scene's words, with the separator for whatever the recorder put between them.
 std::string joinedWords(std::string_view scene, std::string_view separator) {
     std::string joined;
@@ -34,8 +31,6 @@ std::string customName(const SyncGroup& group, const std::optional<std::string>&
 }
 
 } // namespace
-
-std::string_view label(Source source) { return sourceLabels.at(static_cast<std::size_t>(source)); }
 
 Source sourceFrom(std::string_view text) { return fromRawValue<Source>(text).value_or(Source::sceneTake); }
 

@@ -20,7 +20,6 @@ namespace GroupNaming {
 using Source = ClipNamingSource;
 inline constexpr std::array<Source, 4> allSources{Source::video, Source::audio, Source::sceneTake,
                                                   Source::custom};
-std::string_view label(Source source);
 /// A text that is none of the stored ones reads as `sceneTake`.
 Source sourceFrom(std::string_view stored);
 

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "Platform/Setting.h"
+
+#include <vector>
+
+/// The values that the settings screen offers for settings which take others too. Pure; any thread.
+namespace orvane::settings::offers {
+
+using Offers = std::vector<platform::SettingDescription::Offer>;
+
+Offers frameRates();
+Offers aspectRatios();
+Offers timecodeChannels();
+Offers humFrequencies();
+Offers projectLoudness();
+Offers loudnessTargets();
+Offers atmoRoles();
+
+} // namespace orvane::settings::offers

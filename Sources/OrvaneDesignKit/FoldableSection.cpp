@@ -1,8 +1,8 @@
 #include "OrvaneDesignKit/FoldableSection.h"
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneDesignKit/KeptState.h"
 
-#include <QSettings>
 #include <QVBoxLayout>
 
 namespace orvane::design {
@@ -25,9 +25,9 @@ FoldableSection::FoldableSection(const QString& name, const QString& title, QWid
     bodyLayout_->setSpacing(space::small);
     connect(header_, &QPushButton::clicked, this, [this] {
         setFolded(!isFolded());
-        QSettings().setValue(name_, isFolded());
+        keptState::set(name_, isFolded());
     });
-    setFolded(QSettings().value(name_, false).toBool());
+    setFolded(keptState::value(name_, false).toBool());
 }
 
 bool FoldableSection::isFolded() const { return body_->isHidden(); }

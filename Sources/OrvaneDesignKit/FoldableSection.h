@@ -8,7 +8,7 @@ class QVBoxLayout;
 namespace orvane::design {
 
 /// A titled part of a panel that folds to its title, with a word about it beside the title. Whether it is
-/// folded is kept in the user's QSettings under its name.
+/// folded is kept for the user under its name (`keptState`).
 class FoldableSection : public QFrame {
   public:
     /// `name`: for the settings, such as "sync".

@@ -1,6 +1,7 @@
 #include "MediaFactory/SmallShoot.h"
 #include "OrvaneDesignKit/EntryField.h"
 #include "OrvaneDesignKit/FoldableSection.h"
+#include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
 #include "OrvaneSyncApp/Views/Inspector/InspectorView.h"
 #include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
@@ -21,7 +22,6 @@
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <QSettings>
 #include <QTest>
 
 namespace orvane::views {
@@ -33,7 +33,7 @@ class InspectorTest : public testing::Test {
   protected:
     InspectorTest() {
         test::application();
-        QSettings().clear();
+        design::keptState::remove({});
         registerStandardDefaults(*settings_);
         test::makeSmallShoot(folder_.path("shoot"));
         Desktop::Dependencies dependencies;

@@ -1,4 +1,5 @@
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneSyncApp/ViewModels/Inspector/ClipParts.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
@@ -18,7 +19,6 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <QSettings>
 #include <QStackedWidget>
 #include <QTableView>
 #include <QTimer>
@@ -375,7 +375,7 @@ TEST_F(WindowTest, AStartOpensTheNewestSessionOrSaysWhyNot) {
     start([&] { window_->openPaths({"/nowhere"}); });
     EXPECT_TRUE(bannerText().contains("/nowhere"));
     EXPECT_TRUE(work().syncGroups().empty()) << "what is named takes its place";
-    QSettings().setValue("opening", text(id.text()));
+    design::keptState::set("opening", text(id.text()));
     start();
     EXPECT_EQ(page(), 0);
     EXPECT_TRUE(bannerText().contains("ended while it opened")) << "it is not tried twice";

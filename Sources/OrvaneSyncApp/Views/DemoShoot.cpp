@@ -30,7 +30,7 @@ namespace {
 using Progress = std::function<void(const QString& step)>;
 using Done = std::function<void(const QString& folder, const QString& failure)>;
 
-void start(QObject* context, const QString& folder, Progress progress, Done done) {
+void start(QObject* context, const QString& program, const QString& folder, Progress progress, Done done) {
     auto* tool = new QProcess(context);
     QObject::connect(tool, &QProcess::readyReadStandardOutput, context,
                      [tool, progress = std::move(progress)] {
@@ -52,14 +52,14 @@ void start(QObject* context, const QString& folder, Progress progress, Done done
         if (error == QProcess::FailedToStart)
             end(QObject::tr("The demo shoot could not be made: %1").arg(tool->errorString()));
     });
-    tool->start(maker(), {folder});
+    tool->start(program, {folder});
 }
 
 } // namespace
 
 void make(QObject* context, Progress progress, Done done) {
     struct Place {
-        QString folder;
+        QString folder, maker;
         bool isMade = false;
     };
     inBackground(
@@ -68,11 +68,12 @@ void make(QObject* context, Progress progress, Done done) {
             const QDir data(text(AppStorageHelper::applicationSupportDirectory()));
             const QString folder = data.filePath(QStringLiteral("Demo Shoot"));
             // The report is written last.
-            return Place{folder, QFileInfo::exists(QDir(folder).filePath(QStringLiteral("DAY1.csv")))};
+            return Place{folder, maker(),
+                         QFileInfo::exists(QDir(folder).filePath(QStringLiteral("DAY1.csv")))};
         },
         [context, progress = std::move(progress), done = std::move(done)](const Place& place) {
             if (place.isMade) return done(place.folder, {});
-            start(context, place.folder, progress, done);
+            start(context, place.maker, place.folder, progress, done);
         });
 }
 

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/MainMenus.h"
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneDesignKit/Sheet.h"
 #include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
 #include "OrvaneSyncApp/ViewModels/Results/Questions.h"
@@ -26,7 +27,6 @@
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QPushButton>
-#include <QSettings>
 
 #include <algorithm>
 #include <array>
@@ -433,7 +433,7 @@ QString lastFolderSetting() { return QStringLiteral("lastFolder"); }
 
 std::optional<QString> remembered(const QString& chosen) {
     if (chosen.isEmpty()) return std::nullopt;
-    QSettings().setValue(lastFolderSetting(), QFileInfo(chosen).absolutePath());
+    design::keptState::set(lastFolderSetting(), QFileInfo(chosen).absolutePath());
     return chosen;
 }
 
@@ -441,12 +441,12 @@ std::optional<QString> remembered(const QString& chosen) {
 
 std::optional<QString> MainMenus::chosenFile(const QString& caption, const QString& filter) {
     return remembered(QFileDialog::getOpenFileName(
-        &window_, caption, QSettings().value(lastFolderSetting()).toString(), filter));
+        &window_, caption, design::keptState::value(lastFolderSetting()).toString(), filter));
 }
 
 std::optional<QString> MainMenus::placeFor(const QString& caption, const QString& filter,
                                            const QString& name) {
-    const QDir folder(QSettings().value(lastFolderSetting(), QDir::homePath()).toString());
+    const QDir folder(design::keptState::value(lastFolderSetting(), QDir::homePath()).toString());
     auto chosen = remembered(QFileDialog::getSaveFileName(&window_, caption, folder.filePath(name), filter));
     if (chosen && QFileInfo(*chosen).suffix().isEmpty())
         *chosen += QLatin1Char('.') + QFileInfo(name).suffix();

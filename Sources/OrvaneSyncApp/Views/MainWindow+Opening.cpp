@@ -1,4 +1,5 @@
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneSyncApp/ViewModels/Results/CardOrder.h"
 #include "OrvaneSyncApp/ViewModels/Sheets/ReportTexts.h"
 #include "OrvaneSyncApp/Views/Background.h"
@@ -15,7 +16,6 @@
 #include <QFileInfo>
 #include <QMimeData>
 #include <QPointer>
-#include <QSettings>
 #include <QStackedWidget>
 #include <QTimer>
 
@@ -77,16 +77,15 @@ void MainWindow::openNewestSession() {
     const std::vector<SessionInfo>& sessions = desktop_.sessions().sessions();
     if (sessions.empty()) return;
     const SessionInfo newest = sessions.front();
-    QSettings places;
-    if (places.value(openingKey()).toString() == text(newest.id.text())) {
-        places.remove(openingKey());
+    if (design::keptState::value(openingKey()).toString() == text(newest.id.text())) {
+        design::keptState::remove(openingKey());
         return banner_->show(Signal::doubtful,
                              tr("The program ended while it opened the session “%1”, so it is not opened by "
                                 "itself this time. Double-click it at the left to open it.")
                                  .arg(text(newest.name)));
     }
-    places.setValue(openingKey(), text(newest.id.text()));
-    places.sync();
+    design::keptState::set(openingKey(), text(newest.id.text()));
+    design::keptState::finish();
     JSON arguments = JSON::object();
     arguments.set("sessionId", newest.id.text());
     const QString underWay = tr("Opening the session “%1”…").arg(text(newest.name));
@@ -99,7 +98,7 @@ void MainWindow::openNewestSession() {
                 banner_->show(Signal::missing, why); // else another one was opened
         });
     opening_->whenDone([self = QPointer(this), newest, underWay](const std::exception_ptr& raised) {
-        QSettings().remove(openingKey());
+        design::keptState::remove(openingKey());
         if (!self) return;
         self->opening_.reset();
         if (self->banner_->text() == underWay) self->banner_->clear();
@@ -135,7 +134,7 @@ void MainWindow::tellOpened(const SessionInfo& session) {
 void MainWindow::stopOpening() {
     if (!opening_) return;
     opening_->requestStop();
-    QSettings().remove(openingKey());
+    design::keptState::remove(openingKey());
 }
 
 void MainWindow::prepareScan() {

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/MainWindow.h"
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneDesignKit/Sheet.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
@@ -26,7 +27,6 @@
 #include <QFileInfo>
 #include <QPointer>
 #include <QScreen>
-#include <QSettings>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QStatusBar>
@@ -489,10 +489,9 @@ void MainWindow::updateStatus() {
 }
 
 void MainWindow::restorePlaces() {
-    const QSettings places;
-    restoreGeometry(places.value(QStringLiteral("window")).toByteArray());
+    restoreGeometry(design::keptState::value(QStringLiteral("window")).toByteArray());
     keepOnScreen();
-    splitter_->restoreState(places.value(QStringLiteral("sessions")).toByteArray());
+    splitter_->restoreState(design::keptState::value(QStringLiteral("sessions")).toByteArray());
 }
 
 /// The screen that the window stood on may be another one, or gone.
@@ -510,9 +509,8 @@ void MainWindow::keepOnScreen() {
 void MainWindow::closeEvent(QCloseEvent* event) {
     showResults(); // a picture in fullscreen would keep the program
     stopOpening();
-    QSettings places;
-    places.setValue(QStringLiteral("window"), saveGeometry());
-    places.setValue(QStringLiteral("sessions"), splitter_->saveState());
+    design::keptState::set(QStringLiteral("window"), saveGeometry());
+    design::keptState::set(QStringLiteral("sessions"), splitter_->saveState());
     if (review_ != nullptr) review_->savePlaces();
     if (results_ != nullptr) results_->savePlaces();
     event->accept();

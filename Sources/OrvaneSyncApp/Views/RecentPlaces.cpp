@@ -1,8 +1,8 @@
 #include "OrvaneSyncApp/Views/RecentPlaces.h"
 
+#include "OrvaneDesignKit/KeptState.h"
 #include <QFileInfo>
 #include <QMenu>
-#include <QSettings>
 
 namespace orvane::views::RecentPlaces {
 
@@ -12,7 +12,7 @@ constexpr qsizetype most = 10;
 const QString key = QStringLiteral("recent");
 const QChar between(0); // which no path holds
 
-QStringList entries() { return QSettings().value(key).toStringList(); }
+QStringList entries() { return design::keptState::value(key).toStringList(); }
 
 QString title(const QStringList& paths) {
     QStringList names;
@@ -29,7 +29,7 @@ void add(const QStringList& paths) {
     const QString entry = paths.join(between);
     all.removeAll(entry);
     all.prepend(entry);
-    QSettings().setValue(key, all.mid(0, most));
+    design::keptState::set(key, all.mid(0, most));
 }
 
 QMenu* menu(QMenu* parent, std::function<void(const QStringList& paths)> open) {
@@ -45,7 +45,7 @@ QMenu* menu(QMenu* parent, std::function<void(const QStringList& paths)> open) {
         if (made->isEmpty()) made->addAction(QObject::tr("Nothing yet"))->setEnabled(false);
         if (entries().isEmpty()) return;
         made->addSeparator();
-        made->addAction(QObject::tr("Clear List"), made, [] { QSettings().remove(key); });
+        made->addAction(QObject::tr("Clear List"), made, [] { design::keptState::remove(key); });
     });
     return made;
 }

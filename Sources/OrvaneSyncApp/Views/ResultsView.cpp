@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Views/ResultsView.h"
 
+#include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneSyncApp/ViewModels/Inspector/ClipParts.h"
 #include "OrvaneSyncApp/Views/DoubtBar.h"
 #include "OrvaneSyncApp/Views/MatchAgain.h"
@@ -17,7 +18,6 @@
 #include <QMenu>
 #include <QMouseEvent>
 #include <QScrollBar>
-#include <QSettings>
 #include <QSplitter>
 #include <QStackedLayout>
 #include <QTimer>
@@ -574,20 +574,19 @@ void ResultsView::showMenu(const QPoint& position) {
 }
 
 void ResultsView::savePlaces() const {
-    QSettings places;
-    places.setValue(QStringLiteral("columns"), table_->horizontalHeader()->saveState());
+    design::keptState::set(QStringLiteral("columns"), table_->horizontalHeader()->saveState());
     if (!areSharesChosen_) return;
     QVariantList shares;
     for (const double share : shares_) shares << share;
-    places.setValue(QStringLiteral("columnShares"), shares);
+    design::keptState::set(QStringLiteral("columnShares"), shares);
 }
 
 void ResultsView::restorePlaces() {
-    const QSettings places;
     isFitting_ = true;
-    table_->horizontalHeader()->restoreState(places.value(QStringLiteral("columns")).toByteArray());
+    table_->horizontalHeader()->restoreState(
+        design::keptState::value(QStringLiteral("columns")).toByteArray());
     isFitting_ = false;
-    const QVariantList shares = places.value(QStringLiteral("columnShares")).toList();
+    const QVariantList shares = design::keptState::value(QStringLiteral("columnShares")).toList();
     areSharesChosen_ = std::cmp_equal(shares.size(), shares_.size());
     if (areSharesChosen_)
         for (const ColumnWidth& one : columnWidths)

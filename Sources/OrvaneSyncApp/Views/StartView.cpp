@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Views/StartView.h"
 
+#include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneSyncApp/Views/DemoShoot.h"
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
 #include "OrvaneSyncApp/Views/Settings/Remark.h"
@@ -9,7 +10,6 @@
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QPointer>
-#include <QSettings>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -214,13 +214,12 @@ QWidget* StartView::folderRow(QLineEdit* field, const QString& caption) {
 }
 
 void StartView::chooseInto(QLineEdit* field, const QString& caption) {
-    QSettings places;
     const QString key = QStringLiteral("lastCard");
     const QString from =
-        field->text().isEmpty() ? places.value(key, QDir::homePath()).toString() : field->text();
+        field->text().isEmpty() ? design::keptState::value(key, QDir::homePath()).toString() : field->text();
     const QString chosen = QFileDialog::getExistingDirectory(this, caption, from);
     if (chosen.isEmpty()) return;
-    places.setValue(key, chosen);
+    design::keptState::set(key, chosen);
     field->setText(chosen);
     applyFields();
     field->setFocus(); // Return scans

@@ -1,5 +1,6 @@
 #include "OrvaneDesignKit/AppIcon.h"
 #include "OrvaneDesignKit/FirstPaint.h"
+#include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneDesignKit/Theme.h"
 #include "OrvaneSyncApp/Views/Gallery.h"
 #include "OrvaneSyncApp/Views/MainWindow.h"
@@ -187,6 +188,7 @@ int runProgram(int argc, char** argv) {
     QObject::connect(&application, &QGuiApplication::lastWindowClosed, &application,
                      [&desktop] { endWhenSaved(desktop.sessions()); });
     const int status = QApplication::exec();
+    design::keptState::finish();
     if (platform::SerialQueue::hasAbandonedWork()) std::_Exit(status);
     return status;
 }

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Views/Review/ReviewView.h"
 
+#include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneDesignKit/Theme.h"
 #include "OrvaneSyncApp/Views/Inspector/InspectorView.h"
 #include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
@@ -10,7 +11,6 @@
 #include "OrvaneSyncApp/Views/Timeline/TimelineView.h"
 
 #include <QHBoxLayout>
-#include <QSettings>
 #include <QSplitter>
 #include <QVBoxLayout>
 
@@ -56,9 +56,8 @@ ReviewView::ReviewView(Desktop& desktop, ReviewActions& actions, std::function<v
     for (QSplitter* splitter : {columns_, rows_}) splitter->setChildrenCollapsible(false);
     columns_->setSizes({outlineWidth, middleWidth, inspectorWidth});
     rows_->setSizes({pictureHeight, timelineHeight});
-    const QSettings places;
-    columns_->restoreState(places.value(QStringLiteral("review/columns")).toByteArray());
-    rows_->restoreState(places.value(QStringLiteral("review/rows")).toByteArray());
+    columns_->restoreState(design::keptState::value(QStringLiteral("review/columns")).toByteArray());
+    rows_->restoreState(design::keptState::value(QStringLiteral("review/rows")).toByteArray());
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(columns_);
@@ -97,9 +96,8 @@ void ReviewView::go(int step) {
 }
 
 void ReviewView::savePlaces() const {
-    QSettings places;
-    places.setValue(QStringLiteral("review/columns"), columns_->saveState());
-    places.setValue(QStringLiteral("review/rows"), rows_->saveState());
+    design::keptState::set(QStringLiteral("review/columns"), columns_->saveState());
+    design::keptState::set(QStringLiteral("review/rows"), rows_->saveState());
 }
 
 } // namespace orvane::views

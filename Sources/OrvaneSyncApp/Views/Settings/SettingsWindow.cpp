@@ -1,12 +1,12 @@
 #include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
 
+#include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneSyncApp/Views/Settings/SettingsPage.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QListWidget>
-#include <QSettings>
 #include <QShortcut>
 #include <QStackedWidget>
 #include <QVBoxLayout>
@@ -78,11 +78,11 @@ SettingsWindow::SettingsWindow(Desktop& desktop, QWidget* parent)
         connect(new QShortcut(QKeySequence(key), this), &QShortcut::activated, this,
                 [this, by = step] { goToTab(by); });
     listen();
-    tabs_->setCurrentRow(std::clamp(QSettings().value(lastTab, 0).toInt(), 0, tabCount() - 1));
+    tabs_->setCurrentRow(std::clamp(design::keptState::value(lastTab, 0).toInt(), 0, tabCount() - 1));
 }
 
 SettingsWindow::~SettingsWindow() {
-    if (tabs_->currentRow() >= 0) QSettings().setValue(lastTab, tabs_->currentRow());
+    if (tabs_->currentRow() >= 0) design::keptState::set(lastTab, tabs_->currentRow());
 }
 
 int SettingsWindow::tabCount() const { return static_cast<int>(settingsPages_.size()); }

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
 
+#include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncApp/ViewModels/Results/Questions.h"
 #include "OrvaneSyncApp/ViewModels/Results/WarningWords.h"
@@ -24,7 +25,6 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <QSettings>
 #include <QTime>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -197,10 +197,10 @@ QWidget* ExportSheet::makeOptions() {
     version_->setAccessibleName(tr("Version of the document"));
     for (const Reader& one : readers)
         version_->addItem(QStringLiteral("FCPXML ") + QLatin1String(one.version));
-    version_->setCurrentIndex(
-        std::clamp(QSettings().value(versionKey, 0).toInt(), 0, static_cast<int>(std::size(readers)) - 1));
+    version_->setCurrentIndex(std::clamp(design::keptState::value(versionKey, 0).toInt(), 0,
+                                         static_cast<int>(std::size(readers)) - 1));
     connect(version_, &QComboBox::activated, this, [this](int chosen) {
-        QSettings().setValue(versionKey, chosen);
+        design::keptState::set(versionKey, chosen);
         showVersion();
     });
     choices->addRow(tr("Version"), version_);
@@ -222,7 +222,7 @@ QWidget* ExportSheet::makeDestination() {
     auto* section = new Section(tr("Where"));
     place_ = field(tr("Document"), tr("Document"));
     // The session's name, or that of the event once somebody types one; until the file is given another one.
-    const QString folder = QSettings().value(placeKey, QDir::homePath()).toString();
+    const QString folder = design::keptState::value(placeKey, QDir::homePath()).toString();
     const auto propose = [this, folder](const QString& name) {
         if (isPlaceGiven_) return;
         mayReplace_ = false;
@@ -413,7 +413,7 @@ void ExportSheet::written(const JSON& answer) {
                        QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(place).absolutePath()));
                    });
     warnings_->setText(tr("Export finished with warnings") + QLatin1Char('\n') + listed(lines));
-    QSettings().setValue(placeKey, QFileInfo(place).absolutePath());
+    design::keptState::set(placeKey, QFileInfo(place).absolutePath());
     warnings_->setVisible(!lines.empty());
     fitHeight();
     if (!lines.empty()) // scrolled to once the sheet has its new height

@@ -2,6 +2,7 @@
 
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneDesignKit/ElidedLabel.h"
+#include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneSyncApp/Views/Timeline/TimelineCanvas.h"
 #include "OrvaneSyncApp/Views/Timeline/TrackHeader.h"
 #include "OrvaneSyncApp/Views/Translation.h"
@@ -10,7 +11,6 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QScrollBar>
-#include <QSettings>
 #include <QSignalBlocker>
 #include <QStackedLayout>
 #include <QTimer>
@@ -77,9 +77,9 @@ QWidget* TimelineView::makeTools() {
     auto* skim = add(tr("Skim"), tr("Skim"), tr("Shows the picture under the pointer while nothing plays."),
                      Weight::normal);
     skim->setCheckable(true);
-    skim->setChecked(QSettings().value(skimSetting(), true).toBool());
+    skim->setChecked(design::keptState::value(skimSetting(), true).toBool());
     connect(skim, &QPushButton::toggled, this, [this](bool skims) {
-        QSettings().setValue(skimSetting(), skims);
+        design::keptState::set(skimSetting(), skims);
         canvas_->setMinimumSize(smallest);
         canvas_->setSkims(skims);
     });
@@ -108,7 +108,7 @@ QWidget* TimelineView::makeRows() {
     grid->setRowStretch(0, 1);
     across_->setSingleStep(scrollStep);
     down_->setSingleStep(scrollStep);
-    canvas_->setSkims(QSettings().value(skimSetting(), true).toBool());
+    canvas_->setSkims(design::keptState::value(skimSetting(), true).toBool());
     canvas_->resized = [this] { changed(false); };
     canvas_->zoomChanged = [this] { changed(false); };
     canvas_->dragEnded = [this] { changed(true); };

@@ -55,6 +55,26 @@ TEST_F(WorkDoubtsTest, SayWhyAClipHasNoMatch) {
     EXPECT_EQ(reason(), "no sound at that time");
 }
 
+TEST_F(WorkDoubtsTest, AreKeptByAMarkOnAClipWithoutARecording) {
+    controller_->openStoredWork({{},
+                                 {},
+                                 SyncEngine().match({test::video("A.mov", "10:00:00:00", 60)},
+                                                    {test::audio("T.wav", "09:59:50:00", 90),
+                                                     test::audio("U.wav", "10:00:50:00", 90)},
+                                                    MatchRules())});
+    const UUID clip = controller_->work().syncGroups().front().id;
+    const ResultsViewModel results(*controller_);
+    ASSERT_EQ(kinds(), std::vector{Kind::ambiguous});
+    controller_->clips().toggleApproved(clip);
+    EXPECT_EQ(kinds(), std::vector{Kind::ambiguous});
+    controller_->clips().toggleLocked(clip);
+    EXPECT_EQ(kinds(), std::vector{Kind::ambiguous});
+    ASSERT_EQ(results.doubts().size(), 1U);
+    EXPECT_TRUE(results.doubts().front().cure.steps.empty()) << "what passes over locked clips is no cure";
+    controller_->clips().toggleExcludedFromExport(clip);
+    EXPECT_EQ(kinds(), std::vector<Kind>{}) << "left out by decision";
+}
+
 TEST_F(WorkDoubtsTest, MenuShowsSoundOfAnotherDayLast) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     open(test::video("A_240517.mov"), test::audio("Z_240517.wav"));

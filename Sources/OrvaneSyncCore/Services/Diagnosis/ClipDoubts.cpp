@@ -256,8 +256,11 @@ class ClipDoubts {
         add(Kind::ambiguous,
             std::to_string(group_.audioMatches.size()) + " recordings overlap " + name_ + " of " +
                 formatted("%.1f s", length()) + " and none is clearly best: " + files,
-            isSettled
-                ? "take off what does not belong to it, or lock the clip"
+            isSettled ? "take off what does not belong to it, or lock the clip"
+            : group_.isLocked
+                ? "it is locked without one and left out of the document: unlock it, then choose in the "
+                  "table "
+                  "of 'scan --review'"
                 : "choose in the table of 'scan --review', or take the first of each with --choose first");
     }
 

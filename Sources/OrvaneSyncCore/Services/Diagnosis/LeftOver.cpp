@@ -87,7 +87,7 @@ LeftOver LeftOver::of(const SyncGroupList& groups, const std::vector<const Media
     for (const SyncGroup& group : groups) places.learn(group.video);
     for (const SyncGroup& group : groups)
         if (group.matchStatus.kind == MatchStatus::Kind::unmatched && !group.isExcludedFromExport &&
-            !group.isLocked && !doubts.byGroup.contains(group.id))
+            !doubts.byGroup.contains(group.id))
             if (const auto place = places.of(group.video)) clips.add(group.video, *place);
     for (const MediaAsset* recording : recordings)
         if (const auto place = recording->isAtmo() ? std::nullopt : places.of(*recording))

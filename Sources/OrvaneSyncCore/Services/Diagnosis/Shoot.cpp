@@ -34,12 +34,13 @@ std::vector<Card> cards(const Items& items, const Describe& describe) {
 
 using CardKey = std::optional<std::pair<std::string_view, std::optional<long>>>;
 
-/// Locked, left out, or settled by one of its recordings: the others were taken off, or it was put in front
-/// of one that matching would list first (`isEarlier` where both have as much in common with the clip). Clips
-/// that were settled all at once by what they list first are no such.
+/// Left out, locked with its sound, or settled by one of its recordings: the others were taken off, or it was
+/// put in front of one that matching would list first (`isEarlier` where both have as much in common with the
+/// clip). Clips that were settled all at once by what they list first are no such; nor is one that is locked
+/// before it has a recording, as it has no place in the document.
 template <class IsOfOtherDay, class IsEarlier>
 bool isDecidedAlone(const SyncGroup& group, const IsOfOtherDay& isOfOtherDay, const IsEarlier& isEarlier) {
-    if (group.isLocked || group.isExcludedFromExport) return true;
+    if (group.isExcludedFromExport || (group.isLocked && group.matchStatus.isSettled())) return true;
     if (group.matchStatus.kind != MatchStatus::Kind::manual) return false;
     if (group.audioMatches.size() < 2) return true;
     const Take take = takeOf(group, assumedChannels);

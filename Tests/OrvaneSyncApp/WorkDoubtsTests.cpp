@@ -1,4 +1,5 @@
 #include "ControllerTest.h"
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "Support/Assets.h"
@@ -28,8 +29,13 @@ TEST_F(WorkDoubtsTest, FollowTheWorkAndItsSettings) {
     EXPECT_EQ(kinds(), Kinds{});
     open(test::video("A.mov", "10:00:00:00", 60), test::audio("T.wav", "09:59:50:00", 50));
     EXPECT_EQ(kinds(), (Kinds{Kind::shortSound, Kind::cutByTrim}));
-    settings_->set(settings::trimMode.key, "overlap");
+    controller_->changeSetting(undoSteps::setTrimMode, settings::trimMode.key, "overlap");
     EXPECT_EQ(kinds(), Kinds{}) << "cut to the sound";
+    controller_->undo();
+    EXPECT_EQ(kinds().size(), 2U);
+    EXPECT_EQ(settings_->value(settings::trimMode.key), std::nullopt) << "the default, as it was";
+    controller_->redo();
+    EXPECT_EQ(kinds(), Kinds{});
     const UUID clip = controller_->work().syncGroups().front().id;
     controller_->recordings().removeVideoFromSync(clip);
     EXPECT_EQ(kinds(), Kinds{});

@@ -91,6 +91,10 @@ class ImportController {
     /// recordings are wild tracks beside them; the names and approvals of these stay when a step is taken
     /// back. A change that makes no difference is no step.
     void withUndo(const UndoStep& step, const std::function<void()>& mutation);
+    /// As `OpenWork::changeSetting`.
+    void changeSetting(const UndoStep& step, std::string_view key, platform::JSON value) {
+        work_.changeSetting(step, key, std::move(value));
+    }
     /// For a change that goes on, such as by a key that is held: the next one belongs to the same step.
     void continueUndo(const UndoStep& step) { work_.continueUndo(step); }
     /// Nothing when there is no step. What Smart Audio knows of the clips is forgotten with it.

@@ -12,11 +12,16 @@
 namespace orvane {
 
 struct OpenWork::Step {
+    struct Setting {
+        std::string key;
+        std::optional<platform::JSON> value; ///< absent: the default
+    };
     SyncGroupList groups;
     WildTracks wildTracks;
     std::shared_ptr<const ScanOutcome> scan;
     MatchedBy matchedBy;
     std::shared_ptr<const ProjectEntries> projectEntries;
+    std::optional<Setting> setting = {}; ///< of a step that changed one
 };
 
 struct OpenWork::Steps : UndoStack<Step> {};
@@ -163,7 +168,8 @@ void OpenWork::adoptScan(SyncGroupList groups, std::vector<WildTrack> wildTracks
     notices.together([&] {
         if (of == ScanOf::otherWork)
             clearUndo();
-        else if (mayHoldDecisions())
+        else if (mayHoldDecisions() ||
+                 (!syncGroups_.empty() && matchedBy.corrections != matchedBy_.corrections))
             addStep(undoSteps::scanAndMatch, present());
         isEdited_ = false;
         isEmptiedByEdit_ = false;
@@ -221,6 +227,16 @@ void OpenWork::addStep(const UndoStep& step, Step before) {
     if (steps_->add(step, std::move(before), environment.clock->now())) notify(ImportField::undoState);
 }
 
+void OpenWork::changeSetting(const UndoStep& step, std::string_view key, platform::JSON value) {
+    notices.together([&] {
+        Step before = present();
+        before.setting = {std::string(key), environment.settings->value(key)};
+        if (before.setting->value == value) return;
+        environment.settings->set(key, std::move(value));
+        addStep(step, std::move(before));
+    });
+}
+
 void OpenWork::continueUndo(const UndoStep& step) {
     steps_->continueLastStep(step, environment.clock->now());
 }
@@ -237,8 +253,15 @@ bool OpenWork::isUndoClearedSince(std::uint64_t mark) const { return steps_->isC
 
 void OpenWork::travel(bool isBack) {
     notices.together([&] {
+        const Step* ahead = steps_->ahead(isBack);
+        if (ahead == nullptr) return;
         Step target = present();
-        if (!(isBack ? steps_->undo(target) : steps_->redo(target))) return;
+        if (const auto& setting = ahead->setting)
+            target.setting = {setting->key, environment.settings->value(setting->key)};
+        isBack ? steps_->undo(target) : steps_->redo(target);
+        if (const auto& setting = target.setting)
+            setting->value ? environment.settings->set(setting->key, *setting->value)
+                           : environment.settings->remove(setting->key);
         const bool wasEmpty = syncGroups_.empty();
         // A list without clips is the editor's where the step forward took them out; before the first step it
         // is that of work that was not there yet.

@@ -59,8 +59,8 @@ class OpenWork : public WorkState {
     /// setting.
     void openOtherWork(SyncGroupList groups, std::vector<WildTrack> wildTracks,
                        const SourceCorrections& matchedBy);
-    /// What a scan has made, of the same work or of other work. Where the work before holds decisions, the
-    /// scan is a step. Wild tracks keep their names and approvals.
+    /// What a scan has made, of the same work or of other work. Where the work before holds decisions, or was
+    /// matched by other corrections, the scan is a step. Wild tracks keep their names and approvals.
     enum class ScanOf { sameWork, otherWork };
     void adoptScan(SyncGroupList groups, std::vector<WildTrack> wildTracks, MatchedBy matchedBy,
                    std::shared_ptr<const ScanOutcome> scan, ScanOf of);
@@ -68,6 +68,9 @@ class OpenWork : public WorkState {
     /// Runs a change of clips as one step to take back. A change that makes no difference is no step, and
     /// leaves clips and steps as they were. Within another change it is a part of that one's step.
     void withUndo(const UndoStep& step, const std::function<void()>& mutation);
+    /// Stores the value of a setting on which every clip of the document depends, as a step to take back.
+    /// Nothing where it has the value already.
+    void changeSetting(const UndoStep& step, std::string_view key, platform::JSON value);
     void continueUndo(const UndoStep& step);
     void undo();
     void redo();

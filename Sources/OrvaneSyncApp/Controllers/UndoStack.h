@@ -70,6 +70,12 @@ class UndoStack {
             for (Snapshot& snapshot : *snapshots) visit(snapshot.value);
     }
 
+    /// What `undo` (`isBack`) or `redo` would lead to; null: nothing.
+    const Value* ahead(bool isBack) const {
+        const auto& snapshots = isBack ? toUndo_ : toRedo_;
+        return snapshots.empty() ? nullptr : &snapshots.back().value;
+    }
+
     UndoState state() const {
         const auto name = [](const std::deque<Snapshot>& snapshots) {
             return snapshots.empty() ? std::nullopt : std::optional(snapshots.back().actionName);

@@ -32,6 +32,7 @@ inline constexpr UndoStep attachAudioToGroup{"Attach Audio"};
 inline constexpr UndoStep removeAudioMatch{"Remove Audio Match"};
 inline constexpr UndoStep confirmAmbiguousMatch{"Confirm Audio Matches"};
 inline constexpr UndoStep chooseRecording{"Choose Recording"};
+inline constexpr UndoStep setTrimMode{"Change Length of Clips"};
 inline constexpr UndoStep applyReview{"Apply Review"};
 inline constexpr UndoStep removeVideoFromSync{"Remove Video From Sync"};
 inline constexpr UndoStep resyncClip{"Re-sync Clip"};

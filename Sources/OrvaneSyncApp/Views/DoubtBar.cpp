@@ -1,7 +1,9 @@
 #include "OrvaneSyncApp/Views/DoubtBar.h"
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneDesignKit/Sheet.h"
 #include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <QHBoxLayout>
 #include <QPointer>
@@ -81,18 +83,29 @@ void DoubtBar::showOne() {
         made->setToolTip(step.scansAgain ? tr("Corrects this and scans again; can be taken back")
                                          : tr("Corrects this at once; can be taken back"));
         connect(made, &QPushButton::clicked, this, [this, step] { cure(step); });
-        buttons_->insertWidget(static_cast<int>(steps_.size()), made);
+        // Behind the button that only shows: it is where it was, whatever the next doubt offers.
+        buttons_->insertWidget(1 + static_cast<int>(steps_.size()), made);
         steps_.push_back(made);
     }
 }
 
 void DoubtBar::cure(const CureStep& step) {
-    desktop_.run(step.command, step.arguments,
-                 [self = QPointer(this), scansAgain = step.scansAgain](const JSON&) {
-                     if (!self) return;
-                     if (scansAgain && self->whenScanWanted) self->whenScanWanted();
-                     if (self->whenCured) self->whenCured();
-                 });
+    const SyncGroupList before = desktop_.controller().work().syncGroups();
+    desktop_.run(step.command, step.arguments, [self = QPointer(this), step, before](const JSON&) {
+        if (!self) return;
+        if (step.scansAgain) {
+            if (self->whenScanWanted) self->whenScanWanted();
+        } else {
+            const SyncGroupList& now = self->desktop_.controller().work().syncGroups();
+            const std::size_t changed = now.changesSince(before).changed.size();
+            const QString clips =
+                translatedSentence(counted(changed > 0 ? changed : now.size(), "clip", "clips"));
+            showToast(self->window(), (changed > 0 ? tr("%1: %2 changed. Undo takes it back.")
+                                                   : tr("%1: holds for all %2. Undo takes it back."))
+                                          .arg(translatedSentence(step.button), clips));
+        }
+        if (self->whenCured) self->whenCured();
+    });
 }
 
 } // namespace orvane::views

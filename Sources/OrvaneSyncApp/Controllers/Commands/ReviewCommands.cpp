@@ -5,6 +5,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/WorkReview.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncApp/Controllers/WorkInputs.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "Platform/Stop.h"
 
 #include <algorithm>
@@ -97,6 +98,15 @@ std::vector<Command> reviewCommands() {
             .alsoBy({"sync"})
             .undoneBy(steps::confirmAmbiguousMatch)
             .when(hasAmbiguous),
+        Command("setTrimMode", steps::setTrimMode.actionName,
+                "Changes the length of the clips of the document, as the setting trimMode does.",
+                {{.name = "mode", .kind = text, .choices = RawValues<TrimMode>::texts}},
+                [](CommandContext& context, const Call& call) {
+                    context.controller->changeSetting(steps::setTrimMode, settings::trimMode.key,
+                                                      JSON(call.text("mode")));
+                    return JSON();
+                })
+            .undoneBy(steps::setTrimMode),
         Command(
             "chooseRecording", steps::chooseRecording.actionName,
             "Settles the clip by one of its recordings, which then comes first.", {groupID, {"matchID", id}},

@@ -97,7 +97,7 @@ std::optional<Spoken> spokenSetting(const std::string& assignment) {
     if (key != settings::trimMode.key || !mode) return std::nullopt;
     const std::string name(displayText(*mode));
     return Spoken{"“Length of the clips: " + name + "”",
-                  CureStep{"Trim to " + name, "setSetting", setting(settings::trimMode.key, value), false}};
+                  CureStep{"Trim to " + name, "setTrimMode", one("mode", JSON(value)), false}};
 }
 
 /// Nothing for what is no option of a cure with a value that it takes: names of files may look like options.

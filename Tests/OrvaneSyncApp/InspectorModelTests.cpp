@@ -54,6 +54,12 @@ TEST_F(InspectorModelTest, theOutlineFollowsTheShootAndStepsOverTakes) {
     EXPECT_FALSE(outline.groupID(0));
     EXPECT_EQ(outline.clipsOf(0), (std::vector{a_, b_}));
     EXPECT_EQ(outline.row(4).certainty, OutlineModel::Certainty::missing);
+    EXPECT_EQ(outline.counts().text(), "4 clips\n0 locked") << "one without sound has nothing to choose from";
+    controller_->clips().toggleExcludedFromExport(a_);
+    for (const UUID& id : {a_, b_, next_, silent_})
+        EXPECT_EQ(outline.row(*outline.rowOf(id)).label, exportedName(*controller_, group(id), ""));
+    controller_->clips().toggleExcludedFromExport(a_);
+    change(silent_, [](SyncGroup& clip) { clip.matchStatus = MatchStatus::ambiguous(2); });
     EXPECT_EQ(outline.counts().text(), "4 clips\n0 locked · 1 to decide");
 
     EXPECT_EQ(outline.neighbour(b_, 1), next_);

@@ -37,13 +37,10 @@ bool areListedAlike(const SyncGroup& a, const SyncGroup& b) {
         const MediaAsset* audio = group.primaryAudio();
         return std::tuple(group.manualClipName, group.isPickup, group.isExcludedFromMulticam(),
                           group.video.sensorFrameRate, group.video.projectFrameRate,
+                          group.isExcludedFromExport, group.matchStatus.isSettled(),
                           audio == nullptr ? std::string() : audio->url.path);
     };
     return listing(a) == listing(b);
-}
-
-std::pair<ClipNamingSource, std::string> outlineNamingOf(const platform::SettingsStore& store) {
-    return {store.get(settings::clipNamingSource), store.get(settings::customNamingPattern)};
 }
 
 void addStatusLine(std::string& text, const std::string& line) { text += (text.empty() ? "" : "\n") + line; }
@@ -54,7 +51,7 @@ std::string OutlineModel::Counts::text() const {
     std::string text = shown == all ? "" : std::to_string(shown) + " of ";
     text += counted(all, "clip", "clips");
     text += "\n" + std::to_string(locked) + " locked";
-    if (issues > 0) text += " · " + std::to_string(issues) + " to decide";
+    if (toDecide > 0) text += " · " + std::to_string(toDecide) + " to decide";
     return text;
 }
 
@@ -83,7 +80,7 @@ std::size_t OutlineModel::placeAmongOnly(const SyncGroup& clip) const {
 }
 
 void OutlineModel::followNaming() {
-    if (naming_ != outlineNamingOf(*controller_.work().environment.settings)) layOut();
+    if (naming_ != NamingRules::of(*controller_.work().environment.settings)) layOut();
 }
 
 void OutlineModel::toggleFolded(std::size_t row) {
@@ -166,9 +163,11 @@ std::optional<OutlineModel::PlaceInList> OutlineModel::placeInList(const UUID& g
 
 OutlineModel::Counts OutlineModel::counts() const {
     const OpenWork& work = controller_.work();
-    Counts counts{work.syncGroups().size(), order_.size(), 0,
-                  static_cast<std::size_t>(work.unmatchedCount())};
-    for (const SyncGroup& group : work.syncGroups()) counts.locked += group.isLocked ? 1U : 0U;
+    Counts counts{.all = work.syncGroups().size(), .shown = order_.size()};
+    for (const SyncGroup& group : work.syncGroups()) {
+        if (group.isLocked) ++counts.locked;
+        if (group.matchStatus.kind == MatchStatus::Kind::ambiguous) ++counts.toDecide;
+    }
     return counts;
 }
 
@@ -198,7 +197,8 @@ void OutlineModel::follow(const ImportChange& change) {
 
 void OutlineModel::layOut() {
     const OpenWork& work = controller_.work();
-    naming_ = outlineNamingOf(*work.environment.settings);
+    naming_ = NamingRules::of(*work.environment.settings);
+    const DisplayNames& names = work.displayNames();
     rows_.clear();
     order_.clear();
     rowByGroup_.clear();
@@ -206,10 +206,10 @@ void OutlineModel::layOut() {
     const auto add = [&](const SidebarNode& node, bool isInTake, bool isHidden) {
         placeInOrder_[node.group->id] = order_.size();
         order_.push_back(node.group->id);
-        if (!isHidden) rows_.push_back({{}, node.label, {node.group}, false, isInTake});
+        if (!isHidden) rows_.push_back({{}, names.at(node.group->id), {node.group}, false, isInTake});
         rowByGroup_[node.group->id] = rows_.size() - 1;
     };
-    auto nodes = SidebarOutline::build(work.syncGroups(), naming_.first, naming_.second);
+    auto nodes = SidebarOutline::build(work.syncGroups(), naming_.source, naming_.pattern);
     std::vector<ClipsOfRow> clips;
     clips.reserve(nodes.size());
     for (const SidebarNode& node : nodes) {
@@ -229,15 +229,19 @@ void OutlineModel::layOut() {
             std::ranges::stable_sort(node.children, {},
                                      [&](const SidebarNode& child) { return byPlace(child.group.get()); });
         if (node.group) {
-            node.label = GroupNaming::manualName(*node.group).value_or(node.label);
-            if (isFound(node.label, *node.group)) add(node, false, false);
+            if (isFound(names.at(node.group->id), *node.group)) add(node, false, false);
             continue;
         }
         std::erase_if(node.children, [&](const SidebarNode& child) {
-            return !isFound(node.label + " " + child.label, *child.group);
+            return !isFound(node.label + " " + names.at(child.group->id), *child.group);
         });
         if (node.children.empty()) continue;
-        Place take{node.id, node.label, {}, true, false};
+        Place take{node.id,
+                   GroupNaming::baseName(*node.children.front().group, naming_.source, naming_.pattern,
+                                         naming_.separator),
+                   {},
+                   true,
+                   false};
         for (const SidebarNode& child : node.children) take.clips.push_back(child.group);
         rows_.push_back(std::move(take));
         for (const SidebarNode& child : node.children) add(child, true, folded_.contains(node.id));

@@ -9,13 +9,13 @@
 #include <optional>
 #include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace orvane {
 
-/// The clips as the review lists them: in the order of the shoot, the cameras of one take below a row of
-/// their own, which folds them away. The controller outlives it. Interface thread.
+/// The clips as the review lists them, each by the name that all lists give it: in the order of the shoot,
+/// the cameras of one take below a row of their own, which folds them away. The controller outlives it.
+/// Interface thread.
 class OutlineModel {
   public:
     using Certainty = ResultsViewModel::Certainty;
@@ -36,7 +36,8 @@ class OutlineModel {
         bool operator==(const Row&) const = default;
     };
     struct Counts {
-        std::size_t all = 0, shown = 0, locked = 0, issues = 0;
+        std::size_t all = 0, shown = 0, locked = 0;
+        std::size_t toDecide = 0; ///< that have several recordings to choose from
 
         /// Always two lines, so that the list below keeps its place: "150 clips", "12 locked · 3 to decide".
         std::string text() const;
@@ -97,7 +98,7 @@ class OutlineModel {
     SearchWords search_;
     std::optional<std::map<UUID, std::size_t>> only_; ///< places of the clips that are listed alone
     std::set<std::string> folded_;                    ///< takes
-    std::pair<ClipNamingSource, std::string> naming_; ///< by which the rows are named
+    NamingRules naming_;                              ///< by which the rows are named
     std::vector<Place> rows_;
     std::vector<UUID> order_; ///< of the clips shown
     std::map<UUID, std::size_t> rowByGroup_;

@@ -81,6 +81,36 @@ TEST_F(WorkDoubtsTest, AreKeptByAMarkOnAClipWithoutARecording) {
     EXPECT_EQ(kinds(), std::vector<Kind>{}) << "left out by decision";
 }
 
+TEST_F(WorkDoubtsTest, FindTheirClipsInTheListAndLeaveThemWithTheDoubt) {
+    MediaAsset later = test::video("B_260102.mov", "08:00:00:00"),
+               early = test::video("A_260101.mov", "10:00:00:00", 60);
+    controller_->openStoredWork(
+        {{},
+         {},
+         SyncEngine().match({later, early}, {test::audio("T_260101.wav", "09:59:50:00", 50)}, MatchRules())});
+    ResultsViewModel results(*controller_);
+    const auto files = [&] {
+        std::string all;
+        for (std::size_t i = 0; i < results.rowCount(); ++i)
+            all += results.videoURL(i).path.substr(results.videoURL(i).path.rfind('/') + 1, 1);
+        return all;
+    };
+    finish(controller_->derivedDoubts().derive());
+    using Filter = ResultsViewModel::Filter;
+    const auto listed = [&](Filter filter) {
+        results.setFilter(filter);
+        return files();
+    };
+    results.setSorting(ResultsViewModel::Column::starts, true);
+    EXPECT_EQ(listed(Filter::all), "AB") << "by day first";
+    EXPECT_EQ(listed(Filter::issues), "B");
+    EXPECT_EQ(listed(Filter::doubtful), "A");
+    EXPECT_EQ(results.counts(), (ResultsViewModel::Counts{2, 1, 1, 1}));
+    controller_->changeSetting(undoSteps::setTrimMode, settings::trimMode.key, "overlap");
+    finish(controller_->derivedDoubts().derive());
+    EXPECT_EQ(files(), "") << "a list of doubts follows them";
+}
+
 TEST_F(WorkDoubtsTest, MenuShowsSoundOfAnotherDayLast) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     open(test::video("A_240517.mov"), test::audio("Z_240517.wav"));

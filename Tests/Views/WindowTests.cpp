@@ -21,6 +21,7 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QStackedWidget>
+#include <QStatusBar>
 #include <QTableView>
 #include <QTimer>
 #include <QToolButton>
@@ -100,6 +101,9 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
     EXPECT_EQ(table().currentIndex(), table().model()->index(2, 0)) << "keys go on from the row they were on";
     EXPECT_TRUE(clip("A001C001").isApproved && clip("A001C003").isApproved);
     EXPECT_EQ(window_->results().selectedClips().size(), 4U) << "the selection stays";
+    EXPECT_TRUE(std::ranges::any_of(window_->statusBar()->findChildren<QLabel*>(), [](const QLabel* label) {
+        return label->text().startsWith("4 selected · 4 clips");
+    }));
     QCoreApplication::processEvents(); // menus follow in the next turn of the loop
     QTest::keyClick(window_.get(), Qt::Key_Z, Qt::ControlModifier);
     EXPECT_FALSE(clip("A001C001").isApproved || clip("A001C003").isApproved);

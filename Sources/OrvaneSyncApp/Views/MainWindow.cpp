@@ -198,7 +198,10 @@ ResultsView& MainWindow::results() {
     if (results_ != nullptr) return *results_;
     pages_->addWidget(results_ = new ResultsView(desktop_));
     results_->restorePlaces();
-    results_->whenSelectionChanged = [this] { updateActions(); };
+    results_->whenSelectionChanged = [this] {
+        updateActions();
+        updateStatus();
+    };
     results_->whenScanWanted = [this] {
         if (desktop_.isEnabled("startScan")) startScan();
     };
@@ -481,6 +484,8 @@ void MainWindow::updateStatus() {
         if (const int excluded = all.excludedWithSound + all.excludedWithoutSound; excluded > 0)
             sentence += tr(", %1 excluded").arg(excluded);
     }
+    if (const std::size_t selected = isPlayingScreen() ? 0 : actedOn().size(); selected > 1)
+        sentence = tr("%1 selected").arg(selected) + QStringLiteral(" · ") + sentence;
     status_->setText(sentence);
     const auto& id = desktop_.sessions().currentSessionId();
     const SessionInfo* session = id ? desktop_.sessions().session(*id) : nullptr;

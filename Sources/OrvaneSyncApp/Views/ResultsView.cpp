@@ -35,44 +35,19 @@ namespace {
 
 constexpr int searchWidth = 260;
 constexpr int wildTracksHeight = 170;
-constexpr int scrollRest = 60;     ///< milliseconds
-constexpr int compactBelow = 1050; ///< points of width for the table
+constexpr int scrollRest = 60; ///< milliseconds
 constexpr platform::PictureSize thumbnailLimit{128, 72};
 
-// Of columns whose contents have one length, in points; the others share the rest by their weights.
-struct ColumnWidth {
-    ResultsViewModel::Column column;
-    int fixed;
-    int weight;
-    int least; ///< of the status, `leastStatusWidth`
-};
-using Column = ResultsViewModel::Column;
-constexpr std::array<ColumnWidth, ResultsViewModel::columnCount> columnWidths{
-    {{Column::name, 0, 45, 180},
-     {Column::cameraFile, 0, 35, 120},
-     {Column::starts, 112, 0, 0},
-     {Column::length, 66, 0, 0},
-     {Column::match, 0, 28, 0},
-     {Column::sound, 0, 25, 150},
-     {Column::begins, 116, 0, 0},
-     {Column::loudness, 92, 0, 0}}};
-constexpr int marksWidth = 96;
-constexpr double mostOfName = 0.34, mostOfCompactName = 0.45; ///< of what the columns share
-constexpr double reasonWidth = 240; ///< below the status, why it is doubtful: the beginning at least
-
-/// So that the longest of the usual ones is not cut in any language.
-int leastStatusWidth() {
-    Badge usual(Signal::none, translatedSentence("Matched, off-speed"));
-    usual.setFont(factsFont());
-    return usual.sizeHint().width() + 2 * space::small;
-}
-
 struct FilterChoice {
-    FilterMode mode;
+    ResultsViewModel::Filter mode;
     const char* title;
 };
-constexpr std::array<FilterChoice, 3> filters{
-    {{FilterMode::all, "All"}, {FilterMode::matched, "Matched"}, {FilterMode::issues, "Issues"}}};
+using Column = ResultsViewModel::Column;
+using ListFilter = ResultsViewModel::Filter;
+constexpr std::array<FilterChoice, 4> filters{{{ListFilter::all, "All"},
+                                               {ListFilter::matched, "Matched"},
+                                               {ListFilter::issues, "Issues"},
+                                               {ListFilter::doubtful, "Doubtful"}}};
 
 /// Folds with a click on the triangle, Left and Right; Home and End go to the first and the last row. Keys
 /// are of the row, whichever of its cells was clicked.
@@ -169,7 +144,7 @@ ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
     column->addWidget(doubts_ = new DoubtBar(desktop));
     doubts_->whenClipsWanted = [this](const std::vector<UUID>& clips) {
         filter_->choose(0);
-        rows_.setFilter(FilterMode::all);
+        rows_.setFilter(ListFilter::all);
         search_->clear();
         select(clips);
     };
@@ -191,7 +166,7 @@ ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
         showCounts();
         if (change.isLayoutChanged) keepSelection(change.areAllNew);
         // Not for each filter: the columns would jump.
-        if (change.areAllNew && rows_.filter() == FilterMode::all && search_->text().isEmpty())
+        if (change.areAllNew && rows_.filter() == ListFilter::all && search_->text().isEmpty())
             measureColumns();
         if (!table_->isColumnHidden(static_cast<int>(Column::loudness)) != rows_.isLoudnessKnown())
             fitColumns();
@@ -259,19 +234,7 @@ QWidget* ResultsView::makeTable() {
     header->setSectionsMovable(true);
     header->setMinimumSectionSize(40);
     header->setFont(factsFont());
-    for (const ColumnWidth& one : columnWidths) {
-        shares_[static_cast<std::size_t>(one.column)] = 10 * one.weight;
-        if (one.weight == 0) header->resizeSection(static_cast<int>(one.column), one.fixed);
-    }
-    header->resizeSection(ResultsModel::marksColumn, marksWidth);
-    connect(header, &QHeaderView::sectionResized, this, [this] {
-        if (isFitting_) return;
-        areSharesChosen_ = true;
-        for (const ColumnWidth& one : columnWidths)
-            if (const int column = static_cast<int>(one.column);
-                one.weight > 0 && !table_->isColumnHidden(column))
-                shares_[static_cast<std::size_t>(column)] = table_->columnWidth(column);
-    });
+    prepareColumns();
     // Unsorted at first: the order of the shoot.
     header->setSortIndicator(-1, Qt::AscendingOrder);
     header->setSortIndicatorClearable(true);
@@ -294,103 +257,6 @@ QWidget* ResultsView::makeTable() {
     return pages;
 }
 
-void ResultsView::fitColumns() {
-    const int width = table_->viewport()->width();
-    const bool isCompact = width < compactBelow;
-    delegate_->setCompact(isCompact);
-    isFitting_ = true;
-    table_->setColumnHidden(static_cast<int>(Column::cameraFile), isCompact);
-    table_->setColumnHidden(static_cast<int>(Column::length), isCompact);
-    table_->setColumnHidden(static_cast<int>(Column::begins), isCompact);
-    table_->setColumnHidden(static_cast<int>(Column::loudness), !rows_.isLoudnessKnown());
-    int rest = width - table_->columnWidth(ResultsModel::marksColumn);
-    std::vector<const ColumnWidth*> sharing;
-    for (const ColumnWidth& one : columnWidths) {
-        const int column = static_cast<int>(one.column);
-        if (table_->isColumnHidden(column)) continue;
-        if (one.weight > 0)
-            sharing.push_back(&one);
-        else
-            rest -= table_->columnWidth(column);
-    }
-    const auto shareOf = [this](const ColumnWidth* one) {
-        return shares_[static_cast<std::size_t>(one->column)];
-    };
-    const auto leastOf = [](const ColumnWidth* one) {
-        return one->column == Column::match ? leastStatusWidth() : one->least;
-    };
-    const auto shared = [&] {
-        double sum = 0;
-        for (const ColumnWidth* one : sharing) sum += shareOf(one);
-        return sum;
-    };
-    const auto give = [&](const ColumnWidth* one, int points) {
-        table_->setColumnWidth(static_cast<int>(one->column), points);
-        rest -= points;
-    };
-    // By their needs, where there is too little for all: the clip's name first, by which it is known, and
-    // then it is the longest texts that are cut.
-    if (!areSharesChosen_ && shared() > rest) {
-        const auto needOf = [&](const ColumnWidth* one) {
-            return std::min(shareOf(one), leastOf(one) * 1.0);
-        };
-        double kept = 0; // for those that follow
-        for (const ColumnWidth* one : sharing)
-            if (one->column != Column::name) kept += needOf(one);
-        const auto name = std::ranges::find(sharing, Column::name, &ColumnWidth::column);
-        give(*name, static_cast<int>(std::min(
-                        {shareOf(*name), (isCompact ? mostOfCompactName : mostOfName) * rest, rest - kept})));
-        sharing.erase(name);
-        std::ranges::sort(sharing, {}, shareOf);
-        for (auto left = std::ssize(sharing); left > 0; --left) {
-            const ColumnWidth* one = sharing[sharing.size() - static_cast<std::size_t>(left)];
-            kept -= needOf(one);
-            const double equal = std::max(rest / static_cast<double>(left), needOf(one));
-            give(one, static_cast<int>(std::min({shareOf(one), equal, rest - kept})));
-        }
-        sharing.clear();
-    }
-    // Those whose share is too small get what they need, and the others share what that leaves.
-    const auto needy = [&] {
-        const double sum = shared();
-        return std::ranges::find_if(
-            sharing, [&](const ColumnWidth* one) { return rest * shareOf(one) < leastOf(one) * sum; });
-    };
-    for (auto one = needy(); one != sharing.end(); one = needy()) {
-        give(*one, leastOf(*one));
-        sharing.erase(one);
-    }
-    for (; !sharing.empty(); sharing.erase(sharing.begin()))
-        give(sharing.front(), static_cast<int>(rest * shareOf(sharing.front()) / shared()));
-    isFitting_ = false;
-}
-
-void ResultsView::measureColumns() {
-    constexpr int sample = 64; // rows: those of one shoot are named alike
-    const int rows = model_->rowCount();
-    if (areSharesChosen_ || rows == 0) return;
-    std::array<double, ResultsViewModel::columnCount> needs{};
-    for (int i = 0; i < std::min(rows, sample); ++i) {
-        const int row = static_cast<int>(static_cast<std::int64_t>(i) * rows / std::min(rows, sample));
-        for (const ColumnWidth& one : columnWidths) {
-            if (one.weight == 0) continue;
-            const auto column = static_cast<std::size_t>(one.column);
-            const QModelIndex cell = model_->index(row, static_cast<int>(one.column));
-            needs.at(column) = std::max<double>(needs.at(column), delegate_->sizeHint({}, cell).width());
-        }
-    }
-    isMeasuredWithReasons_ = hasReasons();
-    double& status = needs.at(static_cast<std::size_t>(Column::match));
-    status = std::max<double>({status, leastStatusWidth() * 1.0, isMeasuredWithReasons_ ? reasonWidth : 0.0});
-    shares_ = needs;
-    fitColumns();
-}
-
-bool ResultsView::hasReasons() const {
-    const ImportController& controller = desktop_.controller();
-    return controller.work().unmatchedCount() > 0 || !controller.doubts().byGroup.empty();
-}
-
 void ResultsView::wantThumbnails() {
     if (!table_->isVisible()) return;
     const int first = table_->rowAt(0);
@@ -400,7 +266,8 @@ void ResultsView::wantThumbnails() {
 
 void ResultsView::showCounts() {
     const ResultsViewModel::Counts counts = rows_.counts();
-    const std::array<std::size_t, 3> numbers{counts.all, counts.matched, counts.issues};
+    const std::array<std::size_t, filters.size()> numbers{counts.all, counts.matched, counts.issues,
+                                                          counts.doubtful};
     for (std::size_t i = 0; i < filters.size(); ++i)
         filter_->setText(static_cast<int>(i), tr("%1  %2").arg(tr(filters[i].title)).arg(numbers[i]));
     const bool isEmpty = rows_.rowCount() == 0;
@@ -410,7 +277,9 @@ void ResultsView::showCounts() {
         empty_->setTexts(
             tr("No clips"),
             tr("The folders hold no picture that can be read. Choose others with File > New Scan."));
-    else if (rows_.filter() == FilterMode::issues && search_->text().isEmpty())
+    else if (rows_.filter() == ListFilter::doubtful && search_->text().isEmpty())
+        empty_->setTexts(tr("No match is in doubt"), tr("What waits for a decision is under Issues."));
+    else if (rows_.filter() == ListFilter::issues && search_->text().isEmpty())
         empty_->setTexts(tr("Nothing waits for a decision"), tr("Every clip is settled."));
     else
         empty_->setTexts(tr("No clip is found"), tr("Change the search or the filter above."));
@@ -477,7 +346,7 @@ std::vector<UUID> ResultsView::selectedClips() const {
 std::optional<ResultsView::Listing> ResultsView::listing() const {
     QStringList title;
     for (const FilterChoice& one : filters)
-        if (one.mode == rows_.filter() && one.mode != FilterMode::all) title << tr(one.title);
+        if (one.mode == rows_.filter() && one.mode != ListFilter::all) title << tr(one.title);
     if (const QString words = search_->text().simplified(); !words.isEmpty()) title << tr("“%1”").arg(words);
     if (rows_.isSorted()) title << tr("as sorted");
     if (title.isEmpty()) return std::nullopt;
@@ -571,27 +440,6 @@ void ResultsView::showMenu(const QPoint& position) {
     menu.addAction(tr("Review"), this, [this] { Q_EMIT table_->activated(table_->currentIndex()); });
     menu.addAction(translated(desktop_.command("clusterLoad").title), this, [this] { openMulticam(); });
     menu.exec(table_->viewport()->mapToGlobal(position));
-}
-
-void ResultsView::savePlaces() const {
-    design::keptState::set(QStringLiteral("columns"), table_->horizontalHeader()->saveState());
-    if (!areSharesChosen_) return;
-    QVariantList shares;
-    for (const double share : shares_) shares << share;
-    design::keptState::set(QStringLiteral("columnShares"), shares);
-}
-
-void ResultsView::restorePlaces() {
-    isFitting_ = true;
-    table_->horizontalHeader()->restoreState(
-        design::keptState::value(QStringLiteral("columns")).toByteArray());
-    isFitting_ = false;
-    const QVariantList shares = design::keptState::value(QStringLiteral("columnShares")).toList();
-    areSharesChosen_ = std::cmp_equal(shares.size(), shares_.size());
-    if (areSharesChosen_)
-        for (const ColumnWidth& one : columnWidths)
-            if (const auto column = static_cast<std::size_t>(one.column); one.weight > 0)
-                shares_.at(column) = std::max(1.0, shares[static_cast<qsizetype>(column)].toDouble());
 }
 
 } // namespace orvane::views

@@ -62,6 +62,7 @@ class ResultsView : public QWidget {
 
   private:
     QWidget* makeTable();
+    void prepareColumns();
     void showCounts();
     void showDoubts();
     /// After rows came, went or moved: what was selected, or the row that took its place.

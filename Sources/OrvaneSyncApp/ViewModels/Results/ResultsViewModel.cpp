@@ -42,7 +42,7 @@ platform::Subscription ResultsViewModel::onChange(std::function<void(const Chang
     return listeners_.add(std::move(callback));
 }
 
-void ResultsViewModel::setFilter(FilterMode filter) {
+void ResultsViewModel::setFilter(Filter filter) {
     if (filter_ == filter) return;
     filter_ = filter;
     layOut();
@@ -67,8 +67,12 @@ void ResultsViewModel::toggleFolded(std::size_t row) {
 
 ResultsViewModel::Counts ResultsViewModel::counts() const {
     const OpenWork& work = controller_.work();
+    const SyncDoubts& doubts = controller_.doubts();
+    const auto doubtful = std::ranges::count_if(work.syncGroups(), [&](const SyncGroup& group) {
+        return certaintyOf(group, doubts) == Certainty::doubtful;
+    });
     return {work.syncGroups().size(), static_cast<std::size_t>(work.matchedCount()),
-            static_cast<std::size_t>(work.unmatchedCount())};
+            static_cast<std::size_t>(work.unmatchedCount()), static_cast<std::size_t>(doubtful)};
 }
 
 std::optional<std::size_t> ResultsViewModel::rowOf(const UUID& groupID) const {
@@ -87,7 +91,7 @@ ResultsViewModel::Row ResultsViewModel::row(std::size_t index) const {
                  lengthText(group.video), matchText(group, take), soundText(group, take, files),
                  beginsText(group, take), loudnessText(group)};
     const auto& doubts = controller_.doubts().byGroup;
-    row.certainty = certaintyOf(group, doubts.contains(group.id));
+    row.certainty = certaintyOf(group, controller_.doubts());
     if (const auto found = doubts.find(group.id); found != doubts.end())
         for (const SyncDoubt& doubt : found->second) {
             const std::string cure = cureInWords(doubt).text;
@@ -104,7 +108,6 @@ ResultsViewModel::Row ResultsViewModel::row(std::size_t index) const {
     row.isLocked = group.isLocked;
     if (isMovedSinceLock(group)) {
         row.isMovedSinceLock = true;
-        if (row.certainty != Certainty::missing) row.certainty = Certainty::doubtful;
         const std::string moved = movedSinceLockText(group, controller_.timeline().timelineFrameRate(group));
         row.doubts = moved + (row.doubts.empty() ? "" : "\n" + row.doubts);
         row.reason = moved;
@@ -129,6 +132,11 @@ ResultsViewModel::Certainty ResultsViewModel::certaintyOf(const SyncGroup& group
         break;
     }
     return hasDoubts ? Certainty::doubtful : Certainty::settled;
+}
+
+ResultsViewModel::Certainty ResultsViewModel::certaintyOf(const SyncGroup& group, const SyncDoubts& doubts) {
+    const Certainty certainty = certaintyOf(group, doubts.byGroup.contains(group.id));
+    return isMovedSinceLock(group) && certainty != Certainty::missing ? Certainty::doubtful : certainty;
 }
 
 std::vector<ResultsViewModel::Doubt> ResultsViewModel::doubts() const {
@@ -156,6 +164,7 @@ void ResultsViewModel::follow(const ImportChange& change) {
         // Names depend on the report, and doubts are derived some time after what they depend on.
         if (change.field == ImportField::report || change.field == ImportField::smartAudio ||
             change.field == ImportField::doubts) {
+            if (filter_ == Filter::doubtful && change.field == ImportField::doubts) layOut();
             Change all;
             for (std::size_t i = 0; i < rows_.size(); ++i) all.rows.push_back(i);
             listeners_.notify(all);
@@ -163,7 +172,7 @@ void ResultsViewModel::follow(const ImportChange& change) {
         return;
     }
     const SyncGroupChanges changes = change.clipChanges();
-    const bool mayMove = filter_ != FilterMode::all || !search_.isEmpty() || sortColumn_;
+    const bool mayMove = filter_ != Filter::all || !search_.isEmpty() || sortColumn_;
     if (!changes.went.empty() || !changes.came.empty() || !changes.moved.empty() || mayMove) return layOut();
     Change changed;
     for (const std::size_t position : changes.changed) {
@@ -191,10 +200,20 @@ void ResultsViewModel::follow(const ImportChange& change) {
     if (!changes.changed.empty()) listeners_.notify(changed);
 }
 
-void ResultsViewModel::layOut() {
+SyncGroupList ResultsViewModel::listed() const {
     const SyncGroupList& all = controller_.work().syncGroups();
+    if (filter_ != Filter::doubtful)
+        return filtered(all, filter_ == Filter::all       ? FilterMode::all
+                             : filter_ == Filter::matched ? FilterMode::matched
+                                                          : FilterMode::issues);
+    const SyncDoubts& doubts = controller_.doubts();
+    return all.filtered(
+        [&](const SyncGroup& group) { return certaintyOf(group, doubts) == Certainty::doubtful; });
+}
+
+void ResultsViewModel::layOut() {
     const Names& names = controller_.work().displayNames();
-    SyncGroupList shown = filtered(all, filter_);
+    SyncGroupList shown = listed();
     if (!search_.isEmpty())
         shown = shown.filtered([&](const SyncGroup& group) { return isFound(group, names); });
     const std::vector<SharedAudioBundle> bundles = sharedAudioBundles(shown);
@@ -203,10 +222,15 @@ void ResultsViewModel::layOut() {
         // A bundle stands where its first clip does.
         using Key = std::pair<double, std::string>;
         std::vector<std::pair<Key, std::size_t>> keys;
+        calendar::DayStarts starts;
+        const auto dayOf = [&](const SyncGroup& group) { // clips without a day first
+            const auto day = *sortColumn_ == Column::starts ? group.video.shootDay(starts) : std::nullopt;
+            return day ? static_cast<double>(day->time_since_epoch().count()) : 0;
+        };
         for (std::size_t i = 0; i < bundles.size(); ++i) {
             const SyncGroup& first = bundles[i].cams.front();
             keys.emplace_back(isNumber(*sortColumn_) ? Key(sortKeyNumber(first), "")
-                                                     : Key(0, sortKeyText(first, names)),
+                                                     : Key(dayOf(first), sortKeyText(first, names)),
                               i);
         }
         std::ranges::stable_sort(keys, [this](const auto& a, const auto& b) {

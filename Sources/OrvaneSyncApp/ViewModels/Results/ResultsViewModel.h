@@ -35,6 +35,14 @@ class ResultsViewModel {
 
     static Certainty certaintyOf(const SyncGroup& group, bool hasDoubts);
 
+    /// Which clips are listed.
+    enum class Filter : std::uint8_t {
+        all,
+        matched, ///< the settled ones
+        issues,  ///< those that wait for a decision
+        doubtful ///< of that certainty
+    };
+
     /// A row as it is shown.
     struct Row {
         std::vector<std::string> texts; ///< by column
@@ -54,7 +62,7 @@ class ResultsViewModel {
     };
 
     struct Counts {
-        std::size_t all = 0, matched = 0, issues = 0;
+        std::size_t all = 0, matched = 0, issues = 0, doubtful = 0;
 
         bool operator==(const Counts&) const = default;
     };
@@ -71,11 +79,11 @@ class ResultsViewModel {
 
     platform::Subscription onChange(std::function<void(const Change&)> callback);
 
-    FilterMode filter() const { return filter_; }
-    void setFilter(FilterMode filter);
+    Filter filter() const { return filter_; }
+    void setFilter(Filter filter);
     /// Shows the clips of which a name, a file or a scene holds each of the words.
     void setSearch(const std::string& text);
-    /// Absent: the order of the shoot.
+    /// Absent: the order of the shoot. Starts are sorted by their day first.
     void setSorting(std::optional<Column> column, bool isAscending);
     bool isAscending() const { return isAscending_; }
     /// The clips shown, in the order of the rows, those that are folded away too.
@@ -130,6 +138,8 @@ class ResultsViewModel {
     };
     void follow(const ImportChange& change);
     void layOut();
+    SyncGroupList listed() const;
+    static Certainty certaintyOf(const SyncGroup& group, const SyncDoubts& doubts);
     /// Tells which rows have changed; where rows came, went or moved, that the layout has.
     void takeRows(std::vector<Place> rows);
     using Names = std::map<UUID, std::string>;
@@ -139,7 +149,7 @@ class ResultsViewModel {
 
     ImportController& controller_;
     platform::Listeners<const Change&> listeners_;
-    FilterMode filter_ = FilterMode::all;
+    Filter filter_ = Filter::all;
     SearchWords search_;
     std::optional<Column> sortColumn_;
     bool isAscending_ = true;

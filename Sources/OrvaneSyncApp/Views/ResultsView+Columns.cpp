@@ -1,0 +1,185 @@
+#include "OrvaneSyncApp/Views/ResultsModel.h"
+#include "OrvaneSyncApp/Views/ResultsView.h"
+#include "OrvaneSyncApp/Views/Translation.h"
+
+#include <QHeaderView>
+#include "OrvaneDesignKit/KeptState.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+
+namespace orvane::views {
+
+using namespace design;
+
+namespace {
+
+constexpr int compactBelow = 1050; ///< points of width for the table
+
+// Of columns whose contents have one length, in points; the others share the rest by their weights.
+struct ColumnWidth {
+    ResultsViewModel::Column column;
+    int fixed;
+    int weight;
+    int least; ///< of the status, `leastStatusWidth`
+};
+using Column = ResultsViewModel::Column;
+constexpr std::array<ColumnWidth, ResultsViewModel::columnCount> columnWidths{
+    {{Column::name, 0, 45, 180},
+     {Column::cameraFile, 0, 35, 120},
+     {Column::starts, 112, 0, 0},
+     {Column::length, 66, 0, 0},
+     {Column::match, 0, 28, 0},
+     {Column::sound, 0, 25, 150},
+     {Column::begins, 116, 0, 0},
+     {Column::loudness, 92, 0, 0}}};
+constexpr int marksWidth = 96;
+constexpr double mostOfName = 0.34, mostOfCompactName = 0.45; ///< of what the columns share
+constexpr double reasonWidth = 240; ///< below the status, why it is doubtful: the beginning at least
+
+/// So that the longest of the usual ones is not cut in any language.
+int leastStatusWidth() {
+    Badge usual(Signal::none, translatedSentence("Matched, off-speed"));
+    usual.setFont(factsFont());
+    return usual.sizeHint().width() + 2 * space::small;
+}
+
+} // namespace
+
+void ResultsView::prepareColumns() {
+    QHeaderView* header = table_->horizontalHeader();
+    for (const ColumnWidth& one : columnWidths) {
+        shares_[static_cast<std::size_t>(one.column)] = 10 * one.weight;
+        if (one.weight == 0) header->resizeSection(static_cast<int>(one.column), one.fixed);
+    }
+    header->resizeSection(ResultsModel::marksColumn, marksWidth);
+    connect(header, &QHeaderView::sectionResized, this, [this] {
+        if (isFitting_) return;
+        areSharesChosen_ = true;
+        for (const ColumnWidth& one : columnWidths)
+            if (const int column = static_cast<int>(one.column);
+                one.weight > 0 && !table_->isColumnHidden(column))
+                shares_[static_cast<std::size_t>(column)] = table_->columnWidth(column);
+    });
+}
+
+void ResultsView::fitColumns() {
+    const int width = table_->viewport()->width();
+    const bool isCompact = width < compactBelow;
+    delegate_->setCompact(isCompact);
+    isFitting_ = true;
+    table_->setColumnHidden(static_cast<int>(Column::cameraFile), isCompact);
+    table_->setColumnHidden(static_cast<int>(Column::length), isCompact);
+    table_->setColumnHidden(static_cast<int>(Column::begins), isCompact);
+    table_->setColumnHidden(static_cast<int>(Column::loudness), !rows_.isLoudnessKnown());
+    int rest = width - table_->columnWidth(ResultsModel::marksColumn);
+    std::vector<const ColumnWidth*> sharing;
+    for (const ColumnWidth& one : columnWidths) {
+        const int column = static_cast<int>(one.column);
+        if (table_->isColumnHidden(column)) continue;
+        if (one.weight > 0)
+            sharing.push_back(&one);
+        else
+            rest -= table_->columnWidth(column);
+    }
+    const auto shareOf = [this](const ColumnWidth* one) {
+        return shares_[static_cast<std::size_t>(one->column)];
+    };
+    const auto leastOf = [](const ColumnWidth* one) {
+        return one->column == Column::match ? leastStatusWidth() : one->least;
+    };
+    const auto shared = [&] {
+        double sum = 0;
+        for (const ColumnWidth* one : sharing) sum += shareOf(one);
+        return sum;
+    };
+    const auto give = [&](const ColumnWidth* one, int points) {
+        table_->setColumnWidth(static_cast<int>(one->column), points);
+        rest -= points;
+    };
+    // By their needs, where there is too little for all: the clip's name first, by which it is known, and
+    // then it is the longest texts that are cut.
+    if (!areSharesChosen_ && shared() > rest) {
+        const auto needOf = [&](const ColumnWidth* one) {
+            return std::min(shareOf(one), leastOf(one) * 1.0);
+        };
+        double kept = 0; // for those that follow
+        for (const ColumnWidth* one : sharing)
+            if (one->column != Column::name) kept += needOf(one);
+        const auto name = std::ranges::find(sharing, Column::name, &ColumnWidth::column);
+        give(*name, static_cast<int>(std::min(
+                        {shareOf(*name), (isCompact ? mostOfCompactName : mostOfName) * rest, rest - kept})));
+        sharing.erase(name);
+        std::ranges::sort(sharing, {}, shareOf);
+        for (auto left = std::ssize(sharing); left > 0; --left) {
+            const ColumnWidth* one = sharing[sharing.size() - static_cast<std::size_t>(left)];
+            kept -= needOf(one);
+            const double equal = std::max(rest / static_cast<double>(left), needOf(one));
+            give(one, static_cast<int>(std::min({shareOf(one), equal, rest - kept})));
+        }
+        sharing.clear();
+    }
+    // Those whose share is too small get what they need, and the others share what that leaves.
+    const auto needy = [&] {
+        const double sum = shared();
+        return std::ranges::find_if(
+            sharing, [&](const ColumnWidth* one) { return rest * shareOf(one) < leastOf(one) * sum; });
+    };
+    for (auto one = needy(); one != sharing.end(); one = needy()) {
+        give(*one, leastOf(*one));
+        sharing.erase(one);
+    }
+    for (; !sharing.empty(); sharing.erase(sharing.begin()))
+        give(sharing.front(), static_cast<int>(rest * shareOf(sharing.front()) / shared()));
+    isFitting_ = false;
+}
+
+void ResultsView::measureColumns() {
+    constexpr int sample = 64; // rows: those of one shoot are named alike
+    const int rows = model_->rowCount();
+    if (areSharesChosen_ || rows == 0) return;
+    std::array<double, ResultsViewModel::columnCount> needs{};
+    for (int i = 0; i < std::min(rows, sample); ++i) {
+        const int row = static_cast<int>(static_cast<std::int64_t>(i) * rows / std::min(rows, sample));
+        for (const ColumnWidth& one : columnWidths) {
+            if (one.weight == 0) continue;
+            const auto column = static_cast<std::size_t>(one.column);
+            const QModelIndex cell = model_->index(row, static_cast<int>(one.column));
+            needs.at(column) = std::max<double>(needs.at(column), delegate_->sizeHint({}, cell).width());
+        }
+    }
+    isMeasuredWithReasons_ = hasReasons();
+    double& status = needs.at(static_cast<std::size_t>(Column::match));
+    status = std::max<double>({status, leastStatusWidth() * 1.0, isMeasuredWithReasons_ ? reasonWidth : 0.0});
+    shares_ = needs;
+    fitColumns();
+}
+
+bool ResultsView::hasReasons() const {
+    const ImportController& controller = desktop_.controller();
+    return controller.work().unmatchedCount() > 0 || !controller.doubts().byGroup.empty();
+}
+
+void ResultsView::savePlaces() const {
+    design::keptState::set(QStringLiteral("columns"), table_->horizontalHeader()->saveState());
+    if (!areSharesChosen_) return;
+    QVariantList shares;
+    for (const double share : shares_) shares << share;
+    design::keptState::set(QStringLiteral("columnShares"), shares);
+}
+
+void ResultsView::restorePlaces() {
+    isFitting_ = true;
+    table_->horizontalHeader()->restoreState(
+        design::keptState::value(QStringLiteral("columns")).toByteArray());
+    isFitting_ = false;
+    const QVariantList shares = design::keptState::value(QStringLiteral("columnShares")).toList();
+    areSharesChosen_ = std::cmp_equal(shares.size(), shares_.size());
+    if (areSharesChosen_)
+        for (const ColumnWidth& one : columnWidths)
+            if (const auto column = static_cast<std::size_t>(one.column); one.weight > 0)
+                shares_.at(column) = std::max(1.0, shares[static_cast<qsizetype>(column)].toDouble());
+}
+
+} // namespace orvane::views

@@ -418,6 +418,8 @@ TEST_F(EditingTest, batchRenamingIsOneStepAndOneNotice) {
     settings_->set("clipNamingSource", "audio");
     controller_->clips().applyBatchRename(renamer);
     EXPECT_EQ(notices, 1);
+    controller_->clips().applyBatchRename(renamer, std::vector<UUID>());
+    EXPECT_EQ(notices, 1) << "none of them";
     EXPECT_EQ(group(0).manualClipName, "X one");
     EXPECT_EQ(group(1).manualClipName, "X four");
     EXPECT_EQ(group(2).manualClipName, std::nullopt) << "bears its camera's name";

@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Views/SingleInstance.h"
 #include "Views/ShootWindow.h"
 
+#include <QAction>
 #include <QClipboard>
 #include <QTreeWidget>
 
@@ -26,13 +27,12 @@ class SheetTest : public testing::Test, protected test::ShootWindow {
 TEST_F(SheetTest, RenamesAllClipsInOneStepAsThePreviewSays) {
     showBatchRenamer(*desktop_, window_.get());
     QDialog& renamer = sheet();
-    auto* preview = renamer.findChild<QTreeWidget*>();
+    auto* preview = renamer.findChild<QTreeView*>();
     type(renamer, "Find", "12");
     type(renamer, "Replace with", "99");
-    QString after;
-    for (int i = 0; i < preview->topLevelItemCount(); ++i)
-        if (preview->topLevelItem(i)->text(0).startsWith("12")) after = preview->topLevelItem(i)->text(1);
-    ASSERT_EQ(after, "99A-3");
+    const auto after = [preview](int row) { return preview->model()->index(row, 1).data().toString(); };
+    ASSERT_TRUE(waitUntil([&] { return after(0) == "99A-3 Cam A"; })) << "as the list will have it";
+    EXPECT_EQ(preview->model()->rowCount(), 4);
     press(renamer, "Apply to All 4 Clips");
     EXPECT_EQ(std::ranges::count_if(work().syncGroups(),
                                     [](const SyncGroup& clip) { return clip.manualClipName == "99A-3"; }),
@@ -41,6 +41,17 @@ TEST_F(SheetTest, RenamesAllClipsInOneStepAsThePreviewSays) {
     EXPECT_TRUE(std::ranges::none_of(work().syncGroups(), [](const SyncGroup& clip) {
         return clip.manualClipName.has_value();
     })) << "one step for all of them";
+
+    // Of several that are selected these alone.
+    const std::vector<UUID> both{clip("A001C001").id, clip("B001C001").id};
+    window_->results().select({both.front(), clip("A001C003").id});
+    QCoreApplication::processEvents();
+    for (QAction* one : window_->findChildren<QAction*>())
+        if (one->shortcut() == Qt::Key_F2 && one->isEnabled()) one->trigger();
+    type(sheet(), "Prefix", "X");
+    press(sheet(), "Apply to 2 Clips");
+    EXPECT_TRUE(clip("A001C001").manualClipName.has_value());
+    EXPECT_FALSE(clip("B001C001").manualClipName.has_value());
 }
 
 TEST_F(SheetTest, TellsWhatThisMachineHasAndCopiesIt) {

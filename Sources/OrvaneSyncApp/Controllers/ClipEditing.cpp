@@ -176,12 +176,18 @@ platform::Task ClipEditing::resetAllClipsToAutoSync() {
     return smartAudio_.reanalyseAll();
 }
 
-void ClipEditing::applyBatchRename(const BatchRenamer& renamer) {
+void ClipEditing::applyBatchRename(const BatchRenamer& renamer,
+                                   const std::optional<std::vector<UUID>>& only) {
     work_.notices.assertOnMainThread();
     const platform::SettingsStore& store = *work_.environment.settings;
-    const auto names = renamer.newNames(work_.syncGroups(), {store.get(settings::clipNamingSource),
-                                                             store.get(settings::customNamingPattern),
-                                                             store.get(settings::namingSeparator)});
+    SyncGroupList clips = work_.syncGroups();
+    if (only) {
+        const std::unordered_set<UUID> chosen(only->begin(), only->end());
+        clips = clips.filtered([&](const SyncGroup& clip) { return chosen.contains(clip.id); });
+    }
+    const auto names = renamer.newNames(clips, {store.get(settings::clipNamingSource),
+                                                store.get(settings::customNamingPattern),
+                                                store.get(settings::namingSeparator)});
     if (names.empty()) return;
     work_.withUndo(undoSteps::setManualClipName, [&] {
         for (const auto& [id, name] : names) setManualClipName(id, name);

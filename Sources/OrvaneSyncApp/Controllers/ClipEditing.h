@@ -53,7 +53,8 @@ class ClipEditing {
     platform::Task resetAllClipsToAutoSync();
 
     /// Writes the new names as one undo step of its own; none when no clip gets a name.
-    void applyBatchRename(const BatchRenamer& renamer);
+    /// `only`: the clips to rename; absent: all.
+    void applyBatchRename(const BatchRenamer& renamer, const std::optional<std::vector<UUID>>& only = {});
     void clearAllManualNames();
 
   private:

@@ -165,7 +165,7 @@ std::map<std::string_view, std::function<void()>> MainMenus::actsOfWindow() {
          [this] {
              if (agrees(questionBeforeReset())) desktop_.run("resetAllClipsToAutoSync");
          }},
-        {"batchRename", [this] { showBatchRenamer(desktop_, &window_); }},
+        {"batchRename", [this] { showBatchRenamer(desktop_, &window_, screens_.clips()); }},
         {"runSmartAudioAnalysis",
          [this] { analyse(settings::smartAudioMode.write(modeOfAnalysis(desktop_.settings()))); }},
         {"buildAtmo", [this] { showAtmoBuilder(desktop_, &window_); }},
@@ -414,7 +414,7 @@ void MainMenus::update() {
     scan_->setEnabled(commands::isAtRest(context));
     find_->setEnabled(commands::hasClipsAtRest(context));
     listen_->setEnabled(commands::hasClipsAtRest(context) && !screens_.isListening());
-    rename_->setEnabled(clips.size() == 1);
+    rename_->setEnabled(clips.size() == 1 || (!clips.empty() && of("batchRename")->isEnabled()));
     const bool isPlaying = screens_.isPlaying();
     results_->setEnabled(isPlaying);
     keys_->setEnabled(isPlaying);

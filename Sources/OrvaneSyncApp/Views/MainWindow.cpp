@@ -19,6 +19,7 @@
 #include "OrvaneSyncApp/Views/Review/ReviewView.h"
 #include "OrvaneSyncApp/Views/ScanningView.h"
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
+#include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/StartView.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncApp/Views/WorkBar.h"
@@ -95,7 +96,11 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     screens.clips = [this] { return actedOn(); };
     screens.runForClips = [this](std::string_view id) { runForClips(id); };
     screens.renameClip = [this] {
-        if (const auto clips = actedOn(); clips.size() == 1) results().rename(clips.front());
+        const auto clips = actedOn();
+        if (clips.size() == 1)
+            results().rename(clips.front());
+        else if (!clips.empty())
+            showBatchRenamer(desktop_, this, clips);
     };
     screens.openReview = [this] { openSelected(); };
     screens.openMulticam = [this] { openCamerasOfSelected(); };

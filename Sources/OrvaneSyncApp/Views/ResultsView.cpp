@@ -6,6 +6,7 @@
 #include "OrvaneSyncApp/Views/MatchAgain.h"
 #include "OrvaneSyncApp/Views/ResultsModel.h"
 #include "OrvaneSyncApp/Views/SearchKeys.h"
+#include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncApp/Views/WildTracksView.h"
 #include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
@@ -434,8 +435,9 @@ void ResultsView::showMenu(const QPoint& position) {
     }
     menu.addAction(icon(Glyph::waveform), tr("Analyse Sound"), this, [this] { analyseSelection(); });
     menu.addSeparator();
-    menu.addAction(tr("Rename…"), this, [this, clip = clips.front()] { rename(clip); })
-        ->setEnabled(clips.size() == 1);
+    menu.addAction(tr("Rename…"), this, [this, clips] {
+        clips.size() == 1 ? rename(clips.front()) : showBatchRenamer(desktop_, this, clips);
+    });
     menu.addSeparator();
     menu.addAction(tr("Review"), this, [this] { Q_EMIT table_->activated(table_->currentIndex()); });
     menu.addAction(translated(desktop_.command("clusterLoad").title), this, [this] { openMulticam(); });

@@ -242,13 +242,14 @@ TEST(BatchRenamer, sparesCameraNames) {
     const BatchRenamer renamer{"", "", 0, "X ", ""};
     const BatchRenamer::Settings settings;
 
-    const auto preview = renamer.previewSample(groups, settings);
-    Names after;
-    for (const auto& row : preview.rows) after.push_back(row.after);
-    EXPECT_EQ(after, (Names{"B001C001", "X Hero", "X 2-1", "X 2-1", "X 10-1", "solo", "X 3-1", "X 3-1"}));
-    EXPECT_EQ(preview.rows[1].before, "Hero");
-    EXPECT_EQ(preview.remainder, "… and 1 more");
-    EXPECT_EQ(renamer.previewSample(day, settings).remainder, "");
+    const std::vector<UUID> some{groups[4].id, groups[1].id, groups[0].id};
+    Names before, after;
+    for (const auto& row : renamer.preview(groups, some, settings)) {
+        before.push_back(row.before);
+        after.push_back(row.after);
+    }
+    EXPECT_EQ(before, (Names{"10-1 Cam A", "Hero", "B001C001 Cam B"}));
+    EXPECT_EQ(after, (Names{"X 10-1 Cam A", "X Hero", "B001C001 Cam B"})) << "as the list has them";
 
     const auto names = renamer.newNames(groups, settings);
     ASSERT_EQ(names.size(), 7U);

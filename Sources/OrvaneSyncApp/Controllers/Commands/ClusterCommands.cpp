@@ -40,12 +40,7 @@ Command row(std::string_view id, std::string_view title, std::string_view help,
 }
 
 platform::Task load(CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
-    std::vector<UUID> ids;
-    for (const std::string& text : call.texts("groupIDs")) {
-        const auto id = UUID::fromText(text);
-        if (!id) throw Error(Refusal::invalidArguments, "groupIDs: '" + text + "' is no identifier");
-        if (std::ranges::find(ids, *id) == ids.end()) ids.push_back(*id);
-    }
+    std::vector<UUID> ids = call.ids("groupIDs");
     if (ids.empty()) throw Error(Refusal::invalidArguments, "groupIDs: names no clip");
     if (context.players().players() == nullptr)
         throw Error(Refusal::failed, "pictures and sound cannot be played; 'orvanesync doctor' says why");

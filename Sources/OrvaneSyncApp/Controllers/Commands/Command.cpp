@@ -209,6 +209,17 @@ bool Call::names(std::string_view name) const {
 
 UUID Call::id(std::string_view name) const { return *UUID::fromText(text(name)); }
 const std::string& Call::text(std::string_view name) const { return *find(name)->string(); }
+std::vector<UUID> Call::ids(std::string_view name) const {
+    std::vector<UUID> found;
+    for (const std::string& text : texts(name)) {
+        const auto id = UUID::fromText(text);
+        if (!id)
+            throw Error(Refusal::invalidArguments, std::string(name) + ": '" + text + "' is no identifier");
+        if (std::ranges::find(found, *id) == found.end()) found.push_back(*id);
+    }
+    return found;
+}
+
 std::vector<std::string> Call::texts(std::string_view name) const {
     std::vector<std::string> result;
     for (const JSON& element : *find(name)->elements()) result.push_back(*element.string());

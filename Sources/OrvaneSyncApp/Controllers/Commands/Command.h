@@ -71,6 +71,8 @@ class Call {
     UUID id(std::string_view name) const;
     const std::string& text(std::string_view name) const;
     std::vector<std::string> texts(std::string_view name) const;
+    /// Of texts, each of them once; throws Error for one that is no identifier.
+    std::vector<UUID> ids(std::string_view name) const;
     double number(std::string_view name) const;
     int integer(std::string_view name) const;
     bool boolean(std::string_view name) const;

@@ -116,7 +116,8 @@ JSON batchRename(CommandContext& context, const Call& call) {
     renamer.padDigits = call.has("padDigits") ? call.integer("padDigits") : 0;
     renamer.prefix = call.textIfPresent("prefix").value_or("");
     renamer.suffix = call.textIfPresent("suffix").value_or("");
-    context.controller->clips().applyBatchRename(renamer);
+    context.controller->clips().applyBatchRename(
+        renamer, call.has("groupIDs") ? std::optional(call.ids("groupIDs")) : std::nullopt);
     return {};
 }
 
@@ -208,8 +209,8 @@ std::vector<Command> valueCommands() {
                  controller.clips().setManualClipName(call.id("groupID"), call.text("name"));
              }),
         Command("batchRename", "Rename Clips…",
-                "Gives all clips but those named by their camera's file another name: replaces a text, pads "
-                "numbers with zeros, adds a prefix and a suffix.",
+                "Gives all clips, or those that are named, but not those that bear their camera's file name, "
+                "another name: replaces a text, pads numbers with zeros, adds a prefix and a suffix.",
                 {{.name = "find", .kind = text, .isOptional = true},
                  {.name = "replace", .kind = text, .isOptional = true},
                  {.name = "padDigits",
@@ -218,7 +219,8 @@ std::vector<Command> valueCommands() {
                   .lowest = 0,
                   .highest = BatchRenamer::mostPadDigits},
                  {.name = "prefix", .kind = text, .isOptional = true},
-                 {.name = "suffix", .kind = text, .isOptional = true}},
+                 {.name = "suffix", .kind = text, .isOptional = true},
+                 {.name = "groupIDs", .kind = texts, .isOptional = true}},
                 batchRename)
             .undoneBy(setManualClipName)
             .when(hasClipsAtRest)

@@ -1,13 +1,17 @@
 #include "OrvaneDesignKit/Sheet.h"
+#include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
+#include "OrvaneSyncApp/Views/Background.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Naming/BatchRenamer.h"
-#include "OrvaneSyncCore/Utilities/CountText.h"
 
+#include <QAbstractTableModel>
 #include <QFormLayout>
 #include <QHeaderView>
-#include <QTreeWidget>
+#include <QTreeView>
+
+#include <unordered_set>
 
 namespace orvane::views {
 
@@ -18,9 +22,42 @@ namespace {
 constexpr int renameWidth = 620;
 constexpr int previewHeight = 250;
 
+class PreviewModel : public QAbstractTableModel {
+  public:
+    using QAbstractTableModel::QAbstractTableModel;
+
+    void show(std::vector<BatchRenamer::PreviewRow> rows) {
+        const bool isOther = rows.size() != rows_.size();
+        if (isOther) beginResetModel();
+        rows_ = std::move(rows);
+        if (isOther)
+            endResetModel();
+        else if (!rows_.empty()) // it stays scrolled to where it was
+            Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, 1));
+    }
+    int rowCount(const QModelIndex& of = {}) const override {
+        return of.isValid() ? 0 : static_cast<int>(rows_.size());
+    }
+    int columnCount(const QModelIndex& of = {}) const override { return of.isValid() ? 0 : 2; }
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override {
+        if (role != Qt::DisplayRole || orientation != Qt::Horizontal) return {};
+        return section == 0 ? QObject::tr("Before") : QObject::tr("After");
+    }
+    QVariant data(const QModelIndex& at, int role) const override {
+        const BatchRenamer::PreviewRow& row = rows_.at(static_cast<std::size_t>(at.row()));
+        if (role == Qt::DisplayRole || role == Qt::ToolTipRole)
+            return text(at.column() == 0 ? row.before : row.after);
+        if (role == Qt::ForegroundRole && at.column() == 1 && row.before == row.after) return colours().facts;
+        return {};
+    }
+
+  private:
+    std::vector<BatchRenamer::PreviewRow> rows_;
+};
+
 class BatchRenameSheet : public Sheet {
   public:
-    BatchRenameSheet(Desktop& desktop, QWidget* parent)
+    BatchRenameSheet(Desktop& desktop, QWidget* parent, const std::vector<UUID>& selected)
         : Sheet(tr("Rename Clips"), parent), desktop_(desktop), find_(field(tr("Find"))),
           replace_(field(tr("Replace with"))), prefix_(field(tr("Prefix"))), suffix_(field(tr("Suffix"))) {
         setMinimumWidth(renameWidth);
@@ -40,18 +77,36 @@ class BatchRenameSheet : public Sheet {
         for (QLineEdit* one : {find_, replace_, prefix_, suffix_})
             connect(one, &QLineEdit::textChanged, this, [this] { showPreview(); });
 
-        preview_ = new QTreeWidget;
-        preview_->setAccessibleName(tr("Preview"));
-        preview_->setHeaderLabels({tr("Before"), tr("After")});
-        preview_->setRootIsDecorated(false);
-        preview_->setProperty("columns", true);
-        preview_->setSelectionMode(QAbstractItemView::NoSelection);
-        preview_->setMinimumHeight(previewHeight);
-        preview_->header()->setSectionResizeMode(QHeaderView::Stretch);
-        add(preview_, 1);
-        const auto clips = desktop.controller().work().syncGroups().size();
-        const QString all = translatedSentence(counted(clips, "clip", "clips"));
-        add(facts(tr("All of the work is renamed (%1), whatever is selected.").arg(all)));
+        all_ = ResultsViewModel(desktop.controller()).order();
+        selected_ = inOrder(selected);
+        if (selected_.size() > 1) {
+            auto* row = new QHBoxLayout;
+            auto* scope = new SegmentedChoice(
+                tr("Which clips"),
+                {tr("Selected Clips  %1").arg(selected_.size()), tr("All Clips  %1").arg(all_.size())},
+                [this](int chosen) {
+                    isOfSelection_ = chosen == 0;
+                    showPreview();
+                });
+            scope->choose(0);
+            isOfSelection_ = true;
+            row->addWidget(scope);
+            row->addStretch(1);
+            add(row);
+        }
+        auto* preview = new QTreeView;
+        preview->setModel(preview_ = new PreviewModel(preview));
+        preview->setAccessibleName(tr("Preview"));
+        preview->setRootIsDecorated(false);
+        preview->setUniformRowHeights(true);
+        preview->setProperty("columns", true);
+        preview->setSelectionMode(QAbstractItemView::NoSelection);
+        preview->setMinimumHeight(previewHeight);
+        preview->header()->setSectionResizeMode(QHeaderView::Stretch);
+        add(preview, 1);
+        if (selected_.size() < 2)
+            add(facts(tr("All clips of the work are renamed. To rename some of them, select these in the "
+                         "list before.")));
         add(facts(tr("A clip that still has its camera's file name keeps it.")));
 
         clear_ = button(tr("Clear all manual names"), Weight::quiet);
@@ -60,8 +115,7 @@ class BatchRenameSheet : public Sheet {
                "chosen Source."));
         addAside(clear_);
         addClose(tr("Cancel"));
-        apply_ =
-            addButton(clips == 1 ? tr("Apply") : tr("Apply to All %1 Clips").arg(clips), Weight::primary);
+        apply_ = addButton(tr("Apply"), Weight::primary);
         connect(apply_, &QPushButton::clicked, this, [this] { apply(); });
         connect(clear_, &QPushButton::clicked, this,
                 [this] { desktop_.run("clearAllManualNames", {}, [this](const JSON&) { accept(); }); });
@@ -78,27 +132,43 @@ class BatchRenameSheet : public Sheet {
         made.suffix = utf8(suffix_->text());
         return made;
     }
+    /// Those of the work, as the list has them.
+    std::vector<UUID> inOrder(const std::vector<UUID>& clips) const {
+        const std::unordered_set<UUID> chosen(clips.begin(), clips.end());
+        std::vector<UUID> found;
+        for (const UUID& clip : all_)
+            if (chosen.contains(clip)) found.push_back(clip);
+        return found;
+    }
+    const std::vector<UUID>& renamed() const { return isOfSelection_ ? selected_ : all_; }
     void showPreview() {
-        const platform::SettingsStore& store = desktop_.settings();
-        const BatchRenamer made = renamer();
-        const auto& clips = desktop_.controller().work().syncGroups();
-        const auto preview = made.previewSample(clips, {store.get(settings::clipNamingSource),
-                                                        store.get(settings::customNamingPattern),
-                                                        store.get(settings::namingSeparator)});
-        preview_->clear();
-        for (const auto& row : preview.rows) {
-            auto* item = new QTreeWidgetItem(preview_, {text(row.before), text(row.after)});
-            const bool changes = row.before != row.after;
-            item->setForeground(1, changes ? colours().text : colours().facts);
-            item->setToolTip(0, text(row.before));
-            item->setToolTip(1, text(row.after));
-        }
-        if (!preview.remainder.empty()) {
-            auto* more = new QTreeWidgetItem(preview_, {translatedSentence(preview.remainder)});
-            more->setForeground(0, colours().facts);
-        }
-        apply_->setEnabled(made.hasOperation());
+        const std::size_t count = renamed().size();
+        apply_->setText(isOfSelection_ ? tr("Apply to %1 Clips").arg(count)
+                        : count == 1   ? tr("Apply")
+                                       : tr("Apply to All %1 Clips").arg(count));
+        apply_->setEnabled(renamer().hasOperation());
+        const SyncGroupList& clips = desktop_.controller().work().syncGroups();
         clear_->setEnabled(!BatchRenamer::manuallyNamed(clips).empty());
+        // One at a time: while names are made, the last of what is typed waits.
+        isPreviewStale_ = true;
+        if (!isPreviewMade_) makePreview();
+    }
+    void makePreview() {
+        isPreviewMade_ = true;
+        isPreviewStale_ = false;
+        const platform::SettingsStore& store = desktop_.settings();
+        BatchRenamer::Settings naming{store.get(settings::clipNamingSource),
+                                      store.get(settings::customNamingPattern),
+                                      store.get(settings::namingSeparator)};
+        inBackground(
+            this,
+            [made = renamer(), groups = desktop_.controller().work().syncGroups(), clips = renamed(),
+             naming = std::move(naming)] { return made.preview(groups, clips, naming); },
+            [this](std::vector<BatchRenamer::PreviewRow> rows) {
+                preview_->show(std::move(rows));
+                isPreviewMade_ = false;
+                if (isPreviewStale_) makePreview();
+            });
     }
     void apply() {
         const BatchRenamer made = renamer();
@@ -108,6 +178,11 @@ class BatchRenameSheet : public Sheet {
         arguments.set("padDigits", made.padDigits);
         arguments.set("prefix", made.prefix);
         arguments.set("suffix", made.suffix);
+        if (isOfSelection_) {
+            JSON ids = JSON::array();
+            for (const UUID& clip : selected_) ids.append(clip.text());
+            arguments.set("groupIDs", std::move(ids));
+        }
         desktop_.run(
             "batchRename", std::move(arguments), [this](const JSON&) { accept(); },
             [this](const QString& why) { outcome().show(Signal::missing, why); });
@@ -119,15 +194,19 @@ class BatchRenameSheet : public Sheet {
     QLineEdit* prefix_;
     QLineEdit* suffix_;
     SliderField* padding_;
-    QTreeWidget* preview_;
+    PreviewModel* preview_;
+    std::vector<UUID> all_, selected_; ///< as the list has them
+    bool isOfSelection_ = false;
+    bool isPreviewMade_ = false;  ///< on another thread
+    bool isPreviewStale_ = false; ///< what is typed is not yet what is previewed
     QPushButton* clear_;
     QPushButton* apply_;
 };
 
 } // namespace
 
-void showBatchRenamer(Desktop& desktop, QWidget* parent) {
-    (new BatchRenameSheet(desktop, parent))->present();
+void showBatchRenamer(Desktop& desktop, QWidget* parent, const std::vector<UUID>& selected) {
+    (new BatchRenameSheet(desktop, parent, selected))->present();
 }
 
 } // namespace orvane::views

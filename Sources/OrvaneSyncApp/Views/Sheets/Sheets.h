@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/Persistence/ServiceConfiguration.h"
 
 #include <functional>
+#include <vector>
 
 class QWidget;
 
@@ -11,8 +12,9 @@ class QWidget;
 namespace orvane::views {
 
 void showExport(Desktop& desktop, QWidget* parent);
-/// Find and replace, padding, prefix and suffix over all clips, with what would come of it.
-void showBatchRenamer(Desktop& desktop, QWidget* parent);
+/// Find and replace, padding, prefix and suffix over all clips, or over those that are selected where these
+/// are several, with what would come of it.
+void showBatchRenamer(Desktop& desktop, QWidget* parent, const std::vector<UUID>& selected = {});
 /// Room tone of each scene out of the quiet stretches of its recordings.
 void showAtmoBuilder(Desktop& desktop, QWidget* parent);
 /// The state of each subsystem.

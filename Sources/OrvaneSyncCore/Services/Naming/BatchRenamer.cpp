@@ -1,9 +1,12 @@
 #include "OrvaneSyncCore/Services/Naming/BatchRenamer.h"
 
+#include "OrvaneSyncCore/Services/Naming/ClipNames.h"
 #include "OrvaneSyncCore/Services/Naming/Replacing.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
+#include <unordered_map>
+#include <unordered_set>
 
 namespace orvane {
 
@@ -12,6 +15,14 @@ namespace {
 std::string currentName(const SyncGroup& group, const BatchRenamer::Settings& settings) {
     if (group.manualClipName && !group.manualClipName->empty()) return *group.manualClipName;
     return GroupNaming::baseName(group, settings.source, settings.customPattern, settings.separator);
+}
+
+std::vector<std::string> listNames(const SyncGroupList& groups, const BatchRenamer::Settings& settings) {
+    std::vector<std::string> names =
+        ClipNames::inDocument(groups, settings.source, settings.customPattern, settings.separator);
+    for (std::size_t i = 0; i < names.size(); ++i)
+        names[i] = GroupNaming::appendingOffspeedTag(std::move(names[i]), groups[i]);
+    return names;
 }
 
 bool hasCameraName(const SyncGroup& group, std::string_view name) {
@@ -30,16 +41,32 @@ std::string BatchRenamer::transform(std::string_view name) const {
     return prefix + result + suffix;
 }
 
-BatchRenamer::Preview BatchRenamer::previewSample(const SyncGroupList& groups,
-                                                  const Settings& settings) const {
-    Preview preview;
-    for (std::size_t i = 0; i < std::min(groups.size(), previewRowLimit); ++i) {
-        const std::string before = currentName(groups[i], settings);
-        preview.rows.push_back(
-            {groups[i].id, before, hasCameraName(groups[i], before) ? before : transform(before)});
+std::vector<BatchRenamer::PreviewRow> BatchRenamer::preview(const SyncGroupList& groups,
+                                                            const std::vector<UUID>& clips,
+                                                            const Settings& settings) const {
+    const std::unordered_set<UUID> chosen(clips.begin(), clips.end());
+    std::unordered_map<UUID, std::string> given;
+    for (auto& [id, name] : newNames(
+             groups.filtered([&](const SyncGroup& group) { return chosen.contains(group.id); }), settings))
+        given.emplace(id, std::move(name));
+    SyncGroupList renamed;
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+        const auto own = given.find(groups[i].id);
+        if (own == given.end()) {
+            renamed.append(groups.element(i));
+            continue;
+        }
+        SyncGroup group = groups[i];
+        group.manualClipName = own->second;
+        renamed.append(std::move(group));
     }
-    if (groups.size() > preview.rows.size())
-        preview.remainder = "… and " + std::to_string(groups.size() - preview.rows.size()) + " more";
+    std::unordered_map<UUID, PreviewRow> rows;
+    std::vector<std::string> before = listNames(groups, settings), after = listNames(renamed, settings);
+    for (std::size_t i = 0; i < groups.size(); ++i)
+        rows[groups[i].id] = {std::move(before[i]), std::move(after[i])};
+    std::vector<PreviewRow> preview;
+    preview.reserve(clips.size());
+    for (const UUID& clip : clips) preview.push_back(std::move(rows.at(clip)));
     return preview;
 }
 

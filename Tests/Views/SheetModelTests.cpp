@@ -37,6 +37,11 @@ TEST(ReportTexts, NameRowsAndTheColumnsThatGoOn) {
     EXPECT_EQ(reportTexts::nameOfRow(report, 0), "A001.mov");
     EXPECT_EQ(reportTexts::nameOfRow(report, 1), "12-4");
     EXPECT_EQ(reportTexts::nameOfRow(report, 2), "row 3");
+    const ALEFile marked =
+        ALEParser().parse("Scene,Take,File Name,Roll,Start TC\n1,1,B.mov,A001,10:00:00:00\n"
+                          "1,2,,,10:01:00:00\n");
+    EXPECT_EQ(reportTexts::lineOfRow(marked, 0), "B.mov  ·  A001  ·  10:00:00:00");
+    EXPECT_EQ(reportTexts::lineOfRow(marked, 1), "1-2  ·  10:01:00:00");
     const reportTexts::Columns columns = reportTexts::columnsOf(report);
     EXPECT_EQ(columns.inDocument, (std::vector<std::string>{"Scene", "Take", "sensor_fps"}));
     EXPECT_EQ(columns.shownOnly, (std::vector<std::string>{"File Name", "Comments"}));

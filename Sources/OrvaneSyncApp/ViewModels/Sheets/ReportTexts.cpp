@@ -5,6 +5,8 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
+#include <array>
+#include <span>
 
 namespace orvane::reportTexts {
 
@@ -20,6 +22,28 @@ std::string nameOfRow(const ALEFile& report, std::size_t row) {
     const std::string scene = cell("Scene"), take = cell("Take");
     if (!scene.empty()) return take.empty() ? scene : scene + "-" + take;
     return "row " + std::to_string(row + 1);
+}
+
+std::string lineOfRow(const ALEFile& report, std::size_t row) {
+    // In order of preference, as `ReportColumns::normalised` has them.
+    static constexpr std::array<std::string_view, 6> tapes{"tape",       "reel",    "roll",
+                                                           "cameraroll", "camroll", "soundroll"};
+    static constexpr std::array<std::string_view, 7> starts{"start", "starttc",   "tcin",    "starttimecode",
+                                                            "in",    "starttime", "timecode"};
+    const ALEClip clip = report.clip(row);
+    const auto firstOf = [&](std::span<const std::string_view> names) -> std::string {
+        for (const std::string_view name : names)
+            for (const std::string_view column : report.columns())
+                if (ReportColumns::normalised(column) == name)
+                    if (const auto text = platform::text::trimmed(clip.cell(column).value_or(""));
+                        !text.empty())
+                        return std::string(text);
+        return {};
+    };
+    std::string line = nameOfRow(report, row);
+    for (const std::string& part : {firstOf(tapes), firstOf(starts)})
+        if (!part.empty()) line += "  ·  " + part;
+    return line;
 }
 
 Columns columnsOf(const ALEFile& report) {

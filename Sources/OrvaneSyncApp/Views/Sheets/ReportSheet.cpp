@@ -35,7 +35,7 @@ class ReportSheet : public Sheet {
         QStringList rows;
         const std::vector<std::size_t>& all = reports.rowsWithoutClip();
         for (std::size_t i = 0; i < std::min(all.size(), mostRows); ++i)
-            rows << text(reportTexts::nameOfRow(*reports.aleFile(), all[i]));
+            rows << text(reportTexts::lineOfRow(*reports.aleFile(), all[i]));
         if (all.size() > mostRows) rows << tr("… and %1 more").arg(all.size() - mostRows);
         if (rows.isEmpty()) {
             add(facts(tr("Each row names a clip.")));

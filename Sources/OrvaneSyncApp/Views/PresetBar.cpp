@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Views/PresetBar.h"
 
+#include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneSyncApp/Views/Asking.h"
 #include "OrvaneSyncApp/Views/Settings/Remark.h"
 #include "OrvaneSyncCore/Services/Persistence/PresetManager.h"
@@ -30,10 +31,14 @@ QPushButton* tool(Glyph glyph, const QString& name) {
     return made;
 }
 
+/// Where the next start finds the preset that was applied without a folder.
+QString presetPlace() { return QStringLiteral("preset"); }
+
 } // namespace
 
 PresetBar::PresetBar(Desktop& desktop, QWidget* parent)
-    : QWidget(parent), desktop_(desktop), presets_(new Choice) {
+    : QWidget(parent), desktop_(desktop), presets_(new Choice),
+      active_(utf8(keptState::value(presetPlace()).toString())) {
     auto* rows = new QVBoxLayout(this);
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(space::tight);
@@ -151,6 +156,7 @@ void PresetBar::apply(const QString& name) {
 /// The settings of the folder follow: it is the folder that brings them back.
 void PresetBar::applied(const std::string& name) {
     active_ = name;
+    keptState::set(presetPlace(), text(name));
     if (const auto folder = desktop_.sessions().places().folderOfOpenSession()) {
         JSON arguments = named("forFolder", *folder);
         arguments.set("presetName", name);

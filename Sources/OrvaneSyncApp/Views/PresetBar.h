@@ -40,7 +40,7 @@ class PresetBar : public QWidget {
     QPushButton* take_;
     Remark* problem_;
     std::vector<std::string> names_;
-    std::string active_; ///< applied last without a folder
+    std::string active_; ///< applied last without a folder, before this start too
     bool isRename_ = false;
     bool isComparing_ = false;
     bool isCompareAsked_ = false; ///< again, as something changed meanwhile

@@ -485,6 +485,9 @@ TEST_F(SessionCommandTest, whateverTakesThePlaceOfWorkItsSessionKeepsIt) {
         EXPECT_EQ(folder_.read(file(other, "groups.json")), otherBefore);
         EXPECT_EQ(current ? onDisk(*current).groups.size() : 0U, controller_->work().syncGroups().size());
     }
+    run("loadProject", {{"path", project}});
+    flush();
+    EXPECT_EQ(manager_->session(*manager_->currentSessionId())->name, "day") << "as its file";
 }
 
 TEST_F(SessionCommandTest, foldersOfAnotherShootLeaveTheOpenSessionAlone) {

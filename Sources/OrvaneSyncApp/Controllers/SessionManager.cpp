@@ -4,6 +4,7 @@
 #include "Platform/Text.h"
 
 #include <chrono>
+#include <filesystem>
 #include <set>
 #include <utility>
 
@@ -315,7 +316,12 @@ void SessionManager::beginSessionOfProject() {
 /// Or it was given up on the way. Not where another session was opened meanwhile.
 void SessionManager::projectIsOpen() {
     if (!autosave_->projectEnds()) return;
-    if (const auto controller = autosave_->controller()) save(*controller);
+    const auto controller = autosave_->controller();
+    if (!controller) return;
+    std::optional<std::string> name;
+    if (const auto& file = controller->project().currentURL())
+        name = std::filesystem::path(file->path).stem().string();
+    save(*controller, std::move(name));
 }
 
 void SessionManager::setCurrentSession(std::optional<UUID> id) {

@@ -494,8 +494,14 @@ void MainWindow::updateStatus() {
     status_->setText(sentence);
     const auto& id = desktop_.sessions().currentSessionId();
     const SessionInfo* session = id ? desktop_.sessions().session(*id) : nullptr;
-    setWindowTitle(session != nullptr ? tr("%1 – OrvaneSync").arg(text(session->name))
-                                      : QStringLiteral("OrvaneSync"));
+    QString title = session != nullptr ? text(session->name) : QString();
+    if (const auto& project = desktop_.controller().project().currentURL()) {
+        const QFileInfo file(text(project->path));
+        title = title.isEmpty() || title == file.completeBaseName()
+                    ? file.fileName()
+                    : tr("%1 (%2)").arg(title, file.fileName());
+    }
+    setWindowTitle(title.isEmpty() ? QStringLiteral("OrvaneSync") : tr("%1 – OrvaneSync").arg(title));
 }
 
 void MainWindow::restorePlaces() {

@@ -404,8 +404,12 @@ TEST_F(WindowTest, AStartOpensTheNewestSessionOrSaysWhyNot) {
     start();
     EXPECT_EQ(page(), 0);
     EXPECT_TRUE(bannerText().contains("ended while it opened")) << "it is not tried twice";
+    window_->results().search()->setText("a001");
+    window_->results().select({clip("A001C003").id});
     std::ofstream(utf8(folder) + "/groups.json") << "no clips";
     start();
+    EXPECT_EQ(window_->results().search()->text(), "a001");
+    EXPECT_EQ(window_->results().selectedClips(), std::vector{clip("A001C003").id});
     EXPECT_EQ(page(), 0);
     EXPECT_TRUE(bannerText().contains("groups.json")) << bannerText().toStdString();
 }

@@ -105,7 +105,9 @@ void MainWindow::openNewestSession() {
         // Of a session whose clips can't be read there may be sound without picture, which is no way on.
         if (self->desktop_.controller().work().syncGroups().empty() && self->desktop_.sessions().problem())
             self->prepareScan();
-        if (!raised && self->desktop_.sessions().currentSessionId() == newest.id) self->tellOpened(newest);
+        if (raised || self->desktop_.sessions().currentSessionId() != newest.id) return;
+        self->results().restoreListing();
+        self->tellOpened(newest);
     });
 }
 

@@ -528,7 +528,10 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     design::keptState::set(QStringLiteral("window"), saveGeometry());
     design::keptState::set(QStringLiteral("sessions"), splitter_->saveState());
     if (review_ != nullptr) review_->savePlaces();
-    if (results_ != nullptr) results_->savePlaces();
+    if (results_ != nullptr) {
+        results_->savePlaces();
+        results_->saveListing();
+    }
     event->accept();
 }
 

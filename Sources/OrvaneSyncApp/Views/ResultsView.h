@@ -56,6 +56,10 @@ class ResultsView : public QWidget {
     /// How the columns lie, for the next start.
     void savePlaces() const;
     void restorePlaces();
+    /// Which clip of the open session was worked at last, and which were listed; and the same again at the
+    /// next start, where it opens that session.
+    void saveListing() const;
+    void restoreListing();
 
   protected:
     void showEvent(QShowEvent* event) override;

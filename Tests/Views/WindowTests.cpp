@@ -215,6 +215,21 @@ TEST_F(WindowTest, ScansNothingWhereAFolderThatIsNamedIsNotThere) {
     EXPECT_FALSE(window_->isScanning());
 }
 
+TEST_F(WindowTest, AFolderThatIsNotThereIsToldOfAtItsField) {
+    QLineEdit* field = window_->findChild<QLineEdit*>();
+    auto* refused = window_->findChild<QWidget*>(QStringLiteral("refused"));
+    for (auto* one : window_->findChildren<QLineEdit*>())
+        if (one->isVisible() && one->accessibleName() == "Folder with picture and sound") field = one;
+    QTest::keyClicks(field, text(folder_.path("gone")));
+    QTest::keyClick(field, Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([&] { return refused->isVisible(); }));
+    EXPECT_TRUE(refused->findChild<QLabel*>()->text().startsWith("Can't read the folder"));
+    EXPECT_EQ(bannerText(), QString());
+    EXPECT_TRUE(field->hasFocus());
+    QTest::keyClicks(field, "x");
+    EXPECT_FALSE(refused->isVisible());
+}
+
 TEST_F(WindowTest, ScansTheFoldersThatWereNamedLastAndNoneWhereOneCannotBeRead) {
     const std::string shoot = folder_.path("shoot");
     window_->scanFolders({text(shoot + "/sound")});
@@ -389,8 +404,12 @@ TEST_F(WindowTest, AStartOpensTheNewestSessionOrSaysWhyNot) {
     };
     const auto page = [&] { return window_->findChild<QStackedWidget*>()->currentIndex(); };
     window_->resize(4000, 3000); // on a larger screen than the next time
+    window_->results().search()->setText("a001");
+    window_->results().select({clip("A001C003").id});
     window_->close();
     start();
+    EXPECT_EQ(window_->results().search()->text(), "a001");
+    EXPECT_EQ(window_->results().selectedClips(), std::vector{clip("A001C003").id});
     EXPECT_LE(window_->height(), window_->screen()->availableGeometry().height());
     EXPECT_TRUE(clip("A001C001").isLocked);
     EXPECT_EQ(page(), 2);
@@ -404,12 +423,8 @@ TEST_F(WindowTest, AStartOpensTheNewestSessionOrSaysWhyNot) {
     start();
     EXPECT_EQ(page(), 0);
     EXPECT_TRUE(bannerText().contains("ended while it opened")) << "it is not tried twice";
-    window_->results().search()->setText("a001");
-    window_->results().select({clip("A001C003").id});
     std::ofstream(utf8(folder) + "/groups.json") << "no clips";
     start();
-    EXPECT_EQ(window_->results().search()->text(), "a001");
-    EXPECT_EQ(window_->results().selectedClips(), std::vector{clip("A001C003").id});
     EXPECT_EQ(page(), 0);
     EXPECT_TRUE(bannerText().contains("groups.json")) << bannerText().toStdString();
 }

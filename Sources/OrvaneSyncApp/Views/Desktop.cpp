@@ -43,10 +43,12 @@ bool Desktop::isEnabled(std::string_view id, const SyncGroup* clip) const {
 platform::Task Desktop::run(std::string_view id, JSON arguments, Done done, Refused whenThisIsRefused) {
     const commands::Command& row = command(id);
     const auto refused = [this, own = std::move(whenThisIsRefused)](const std::exception& why) {
+        QString sentence = translatedSentence(why.what());
+        sentence = sentence.left(1).toUpper() + sentence.mid(1);
         if (own)
-            own(translatedSentence(why.what()));
+            own(sentence);
         else if (whenRefused)
-            whenRefused(translatedSentence(why.what()));
+            whenRefused(sentence);
     };
     try {
         const commands::Call call(row, arguments.isNull() ? nullptr : &arguments);

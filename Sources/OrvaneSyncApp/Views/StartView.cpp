@@ -63,6 +63,8 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, std::function
     section->add(combinedRow_ = folderRow(combined_, tr("Folder with picture and sound")));
     section->add(videoRow_ = folderRow(video_, tr("Video folder")));
     section->add(audioRow_ = folderRow(audio_, tr("Audio folder")));
+    section->add(refused_ = new Remark);
+    refused_->setObjectName(QStringLiteral("refused"));
     moreRow_ = new QWidget;
     auto* moreLine = new QHBoxLayout(moreRow_);
     moreLine->setContentsMargins(0, 0, 0, 0);
@@ -98,7 +100,10 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, std::function
 
     connect(start_, &QPushButton::clicked, this, [this] { scanWhenApplied(); });
     for (QLineEdit* one : {combined_, video_, audio_}) {
-        connect(one, &QLineEdit::textEdited, this, [this] { showStart(); });
+        connect(one, &QLineEdit::textEdited, this, [this] {
+            refused_->show(Signal::missing, {});
+            showStart();
+        });
         // The focus leaves a field also when a scan begins; what nobody typed changes nothing.
         connect(one, &QLineEdit::editingFinished, this, [this, one] {
             if (!one->isModified()) return;
@@ -271,14 +276,29 @@ void StartView::applyFields(std::function<void()> then) {
     for (const QString& one : moreFolders_) more.emplace_back(utf8(one));
     arguments.set("moreFolders", JSON(std::move(more)));
     const auto areTaken = std::make_shared<bool>(false);
-    applying_ =
-        desktop_.run("setFolders", std::move(arguments), [areTaken](const JSON&) { *areTaken = true; });
+    refused_->show(Signal::missing, {});
+    applying_ = desktop_.run(
+        "setFolders", std::move(arguments), [areTaken](const JSON&) { *areTaken = true; },
+        [self = QPointer(this)](const QString& why) {
+            if (self) self->refuse(why);
+        });
     applying_->whenDone([self = QPointer(this), own = ++applications_, areTaken](const std::exception_ptr&) {
         if (!self || self->applications_ != own) return;
         self->showStart();
         const auto after = std::exchange(self->whenApplied_, nullptr);
         if (*areTaken && after && self->desktop_.isEnabled("startScan")) after();
     });
+}
+
+void StartView::refuse(const QString& why) {
+    if (!isVisible() && desktop_.whenRefused) return desktop_.whenRefused(why);
+    refused_->show(Signal::missing, tr("%1. Check the name, and whether the card is connected.").arg(why));
+    for (QLineEdit* one : {combined_, video_, audio_})
+        if (const QString path = QDir::cleanPath(one->text().trimmed());
+            one->isVisible() && path != QStringLiteral(".") && why.contains(path)) {
+            one->setFocus();
+            return one->selectAll();
+        }
 }
 
 void StartView::scanWhenApplied() {

@@ -54,6 +54,8 @@ class StartView : public QWidget {
     void applyFields(std::function<void()> then = {});
     /// With the folders in the fields, as soon as these are the work's.
     void scanWhenApplied();
+    /// Says at the fields why the folders are not taken.
+    void refuse(const QString& why);
     bool isApplying() const { return applying_ && !applying_->isDone(); }
     void showStart();
 
@@ -67,6 +69,7 @@ class StartView : public QWidget {
     QWidget* combinedRow_;
     QWidget* videoRow_;
     QWidget* audioRow_;
+    Remark* refused_;
     QWidget* moreRow_;
     QLabel* more_;
     QPushButton* start_;

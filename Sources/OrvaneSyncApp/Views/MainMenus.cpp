@@ -365,7 +365,7 @@ void MainMenus::makeTools() {
     tools->setObjectName(QStringLiteral("tools"));
     window_.addToolBar(tools);
     // The words of what is done with every clip, and of its end, stay longest.
-    tools->add(of("undo"), tr("Undo"), 0);
+    tools->add(of("undo"), tr("Undo"), 1);
     tools->add(of("redo"), tr("Redo"), 0);
     tools->addSeparator();
     tools->add(of("runSmartAudioAnalysis"), tr("Smart Audio"), 5);

@@ -149,7 +149,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
 }
 
 void MainWindow::observe() {
-    desktop_.whenRefused = [this](const QString& why) { banner_->show(Signal::missing, why); };
+    desktop_.whenRefused = [this](const QString& why) { tellHere(Signal::missing, why); };
     workObservation_ = desktop_.controller().onChange([this](ImportField field) {
         if (field == ImportField::progress) return;
         if (field == ImportField::lockit)
@@ -174,8 +174,9 @@ void MainWindow::observe() {
             banner_->show(Signal::doubtful, translatedSentence(*desktop_.sessions().problem()));
         if (field == SessionField::lastSaveError && desktop_.sessions().lastSaveError())
             banner_->show(Signal::missing,
-                          tr("The session could not be saved: %1")
-                              .arg(translatedSentence(*desktop_.sessions().lastSaveError())));
+                          unsaved_ = tr("The session could not be saved: %1")
+                                         .arg(translatedSentence(*desktop_.sessions().lastSaveError())));
+        if (field == SessionField::lastSaveError && !desktop_.sessions().lastSaveError()) forget(unsaved_);
         if (field == SessionField::settingsOfFolder) tellSettingsOfFolder();
         // The start page that was asked for was that of another session.
         if (field == SessionField::currentSessionId) {
@@ -204,6 +205,7 @@ ResultsView& MainWindow::results() {
     pages_->addWidget(results_ = new ResultsView(desktop_));
     results_->restorePlaces();
     results_->whenSelectionChanged = [this] {
+        forget(toldHere_);
         updateActions();
         updateStatus();
     };
@@ -221,7 +223,10 @@ ReviewView& MainWindow::review() {
     if (review_ == nullptr) {
         pages_->addWidget(review_ = new ReviewView(desktop_, *reviewActions_, [this] { showResults(); }));
         review_->openTake = [this](const std::vector<UUID>& cameras) { openMulticam(cameras); };
-        review_->whenMoved = [this] { updateActions(); };
+        review_->whenMoved = [this] {
+            forget(toldHere_);
+            updateActions();
+        };
         review_->outline().whenAllWanted = [this] { listed_.reset(); };
     }
     return *review_;
@@ -252,9 +257,8 @@ void MainWindow::openReview(const UUID& groupID) {
 
 void MainWindow::openMulticam(const std::vector<UUID>& groupIDs) {
     if (groupIDs.size() < 2)
-        return banner_->show(
-            Signal::doubtful,
-            tr("The take has one camera. Select several clips to see them beside each other."));
+        return tellHere(Signal::doubtful,
+                        tr("The take has one camera. Select several clips to see them beside each other."));
     // Escape goes back to the clip that the cameras were opened from.
     const std::optional<UUID> from = screen_ == Screen::review     ? review_->clip()
                                      : screen_ == Screen::multicam ? multicamFrom_
@@ -341,6 +345,13 @@ void MainWindow::tellAnalysis() {
     }
     banner_->show(Signal::none,
                   tr("Smart Audio has analyzed %1 of %2 clips with sound.").arg(heard).arg(withSound));
+}
+
+void MainWindow::tellHere(Signal signal, const QString& what) { banner_->show(signal, toldHere_ = what); }
+
+void MainWindow::forget(QString& told) {
+    if (!told.isEmpty() && banner_->text() == told) banner_->clear();
+    told.clear();
 }
 
 void MainWindow::showScreen(Screen screen) {
@@ -462,6 +473,7 @@ void MainWindow::showPage() {
                                              : &results();
     if (isPlayingScreen() && page != review_ && page != multicam_) return showResults();
     if (pages_->currentWidget() == page) return;
+    forget(toldHere_);
     pages_->setCurrentWidget(page);
     takeKeyboard();
     if (page == results_ && results_->selectedClips().empty())

@@ -79,6 +79,10 @@ class MainWindow : public QMainWindow {
     void offerKnownSession();
     /// Says so where a scan runs, which other folders would end.
     bool refusesDuringScan();
+    /// What the page and the clips in front are about: it goes when these are left.
+    void tellHere(design::Signal signal, const QString& what);
+    /// Takes the banner away where it still says that.
+    void forget(QString& told);
     /// Where a session was opened, what was said of the work before goes.
     void leaveBannerOfOtherSession();
     void tellOpened(const SessionInfo& session);
@@ -143,6 +147,8 @@ class MainWindow : public QMainWindow {
     std::vector<UUID> multicamOfSelection_;      ///< the cameras last opened from the list
     bool isOpening_ = false;                     ///< one screen gives way to another
     bool areSessionsHidden_ = false;             ///< by a screen that plays
+    QString toldHere_;                           ///< as `tellHere`
+    QString unsaved_;                            ///< that the session could not be saved
     std::optional<platform::Task> scan_;
     std::optional<platform::Task> opening_; ///< of the newest session, at the start
     bool isDropped_ = false;                ///< folders were, since the last scan

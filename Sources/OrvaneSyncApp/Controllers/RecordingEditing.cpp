@@ -120,6 +120,7 @@ void RecordingEditing::chooseRecording(UUID groupID, UUID matchID) {
                 putFirst(own, recording);
                 own.matchStatus = MatchStatus::manual();
                 carryDecisions(own, before);
+                startWithRecording(own, before);
                 carryAnchor(own, before);
             });
             smartAudio_.caches().removeSmartAudioCaches(groupID);

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <set>
 #include <sstream>
@@ -184,6 +185,26 @@ TEST(Take, decisionsFollowTheirChannels) {
     auto joined = files;
     joined.push_back({"A/T_0.WAV", -0.25, 60});
     EXPECT_EQ(carried(joined), std::tuple(Tracks{3, 4, 6}, 4, 1.0));
+}
+
+TEST(Take, aRecordingThatIsChosenIsHeard) {
+    using Tracks = std::set<int>;
+    const auto chosen = [&](bool isOther, Tracks on) {
+        SyncGroup before = clipOf({{"A/T.WAV", 0, 60, 2, "A"}, {"B/U.WAV", 0, 30, 3, "B"}});
+        before.manualActiveTracks = std::move(on);
+        before.measuredLUFS = -19;
+        before.masterGainDB = -6;
+        SyncGroup clip = before;
+        if (isOther) std::ranges::reverse(clip.audioMatches);
+        carryDecisions(clip, before);
+        startWithRecording(clip, before);
+        EXPECT_EQ(clip.measuredLUFS.has_value(), !isOther);
+        return std::pair(clip.manualActiveTracks, clip.masterGainDB);
+    };
+    EXPECT_EQ(chosen(true, {1}), std::pair(Tracks({1, 2, 3}), 0.0)) << "no channel of it was on";
+    EXPECT_EQ(chosen(true, {1, 4}), std::pair(Tracks({2, 4}), 0.0)) << "one was";
+    EXPECT_EQ(chosen(true, {}), std::pair(Tracks(), 0.0));
+    EXPECT_EQ(chosen(false, {1}), std::pair(Tracks({1}), -6.0)) << "the same recording";
 }
 
 TEST(Take, anAnchorKeepsItsPlaceUnderAnotherFirstRecording) {

@@ -84,6 +84,24 @@ void carryDecisions(SyncGroup& group, const SyncGroup& before) {
     group.manualBlockOverrides = std::move(ranges);
 }
 
+void startWithRecording(SyncGroup& group, const SyncGroup& before) {
+    if (group.isMOS() || before.isMOS()) return;
+    if (group.audioMatches.front().audio->url == before.audioMatches.front().audio->url) return;
+    group.measuredLUFS.reset();
+    if (group.masterGainAuto) group.masterGainDB = 0;
+    const auto isAnyHeard = [](const SyncGroup& clip, int channels) {
+        const auto first = clip.manualActiveTracks.begin(); // they are counted from those of the take
+        return first != clip.manualActiveTracks.end() && *first <= channels;
+    };
+    const int channels = takeOf(group, assumedChannels).channelCount;
+    if (isAnyHeard(group, channels) || !isAnyHeard(before, takeOf(before, assumedChannels).channelCount))
+        return;
+    for (int channel = 1; channel <= channels; ++channel) group.manualActiveTracks.insert(channel);
+    group.manualActiveTracks.erase(group.manualActiveTracks.upper_bound(channels),
+                                   group.manualActiveTracks.end());
+    group.tracksManuallyEdited.reset();
+}
+
 void carryAnchor(SyncGroup& group, const SyncGroup& before) {
     std::optional<double>& anchor = group.audioAnchorOffsetInAudioSeconds;
     if (!anchor || before.isMOS()) return;

@@ -12,6 +12,12 @@ namespace orvane {
 /// with its former recordings. Where either has none, nothing changes. Pure; any thread.
 void carryDecisions(SyncGroup& group, const SyncGroup& before);
 
+/// What was said of the recording that the editor has replaced by another one says nothing of that one: it is
+/// heard with all its channels where the choice of channels, made for the former one, would leave it silent,
+/// and neither the loudness nor the gain that follows from it are known. To be called behind
+/// `carryDecisions`; where the recording is the same, nothing changes. Pure; any thread.
+void startWithRecording(SyncGroup& group, const SyncGroup& before);
+
 /// Keeps the sync anchor, which is stated from the start of the first recording, at its place under the
 /// picture when another recording is the first one by now. It is dropped where that place is outside of what
 /// is heard, or nothing is heard. Pure; any thread.

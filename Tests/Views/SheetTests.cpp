@@ -5,10 +5,12 @@
 
 #include <QAction>
 #include <QClipboard>
+#include <QPlainTextEdit>
 #include <QTreeWidget>
 
 #include <algorithm>
 #include <atomic>
+#include <fstream>
 #include <thread>
 
 namespace orvane::views {
@@ -52,6 +54,17 @@ TEST_F(SheetTest, RenamesAllClipsInOneStepAsThePreviewSays) {
     press(sheet(), "Apply to 2 Clips");
     EXPECT_TRUE(clip("A001C001").manualClipName.has_value());
     EXPECT_FALSE(clip("B001C001").manualClipName.has_value());
+}
+
+TEST_F(SheetTest, SaysWhichLinesOfAReviewTableAreOfNoUse) {
+    const SyncGroup& clip = work().syncGroups()[0];
+    std::ofstream(folder_.path("decided.csv")) << "camera_file\tchoice\tlock\n"
+                                               << clip.video.filename << "\t9\tx\n";
+    applyReviewTable(*desktop_, text(folder_.path("decided.csv")), window_.get());
+    const auto lists = [&] { return window_->findChildren<QPlainTextEdit*>(); };
+    ASSERT_TRUE(waitUntil([&] { return !lists().isEmpty(); }));
+    EXPECT_TRUE(lists()[0]->toPlainText().contains("line 2: there is no recording number '9'"));
+    EXPECT_TRUE(work().syncGroups()[0].isLocked) << "what the line says beside it counts";
 }
 
 TEST_F(SheetTest, TellsWhatThisMachineHasAndCopiesIt) {

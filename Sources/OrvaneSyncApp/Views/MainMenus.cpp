@@ -236,7 +236,7 @@ void MainMenus::writeReview() {
 
 void MainMenus::applyReview() {
     if (const auto path = chosenFile(tr("Apply review table"), tr("Review tables (*.csv)")))
-        runWithPath("applyReview", *path);
+        applyReviewTable(desktop_, *path, &window_);
 }
 
 void MainMenus::makeFile() {

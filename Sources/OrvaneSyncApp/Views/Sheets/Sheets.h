@@ -23,6 +23,9 @@ void showDiagnostics(Desktop& desktop, QWidget* parent);
 void showFeedback(Desktop& desktop, QWidget* parent);
 /// What came of the report that is loaded; nothing without one.
 void showReport(Desktop& desktop, QWidget* parent);
+/// Applies the decisions of a review table, and says how many clips that changed and of which lines something
+/// could not be used.
+void applyReviewTable(Desktop& desktop, const QString& path, QWidget* parent);
 void showAbout(QWidget* parent);
 
 /// Says which outside services there are, once that is known: entries for others are absent.

@@ -65,7 +65,6 @@ TimelineZoomState TimelineController::zoomOf(const UUID& groupID) const {
     const ClipSound sound(*group);
     zoom.clipDuration = group->video.durationSeconds.value_or(0);
     zoom.sizePaddingForAudio(sound.offsetSeconds, sound.durationSeconds);
-    zoom.scrollOffset = std::min(zoom.scrollOffset, zoom.largestScrollOffset());
     return zoom;
 }
 

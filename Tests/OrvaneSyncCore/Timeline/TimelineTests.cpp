@@ -59,6 +59,22 @@ TEST(TimelineZoom, fitsTheClipAndPadsForTheSound) {
     }
 }
 
+TEST(TimelineZoom, keepsWhatIsInViewWhenTheSoundMoves) {
+    TimelineZoomState zoom{.zoomScale = 64, .viewportWidth = 700, .clipDuration = 8};
+    zoom.sizePaddingForAudio(1198, 20); // a recording of another time of the day
+    zoom.zoomFit();
+    zoom.scrollOffset = zoom.preRollSeconds * zoom.pixelsPerSecond();
+    const double scale = zoom.pixelsPerSecond();
+    for (const double offset : {-40.0, 600.0}) {
+        zoom.sizePaddingForAudio(offset, 100);
+        EXPECT_NEAR(zoom.viewportX(0), 0, 1e-6) << offset;
+        EXPECT_NEAR(zoom.pixelsPerSecond(), scale, 1e-6) << offset;
+    }
+    zoom.sizePaddingForAudio(-2, 14);
+    EXPECT_GE(zoom.viewportX(0), 0);
+    EXPECT_LE(zoom.viewportX(8), 700);
+}
+
 TEST(TimelineRuler, choosesTicksAndNamesThem) {
     struct Case {
         double duration, width, interval;

@@ -53,10 +53,16 @@ void TimelineZoomState::updateViewportWidth(double width) {
 }
 
 void TimelineZoomState::sizePaddingForAudio(double audioOffsetSeconds, double audioDuration) {
+    const double scale = pixelsPerSecond(), left = scrollOffset / scale - preRollSeconds;
     preRollSeconds =
         audioOffsetSeconds <= 0 ? std::max(leastPadding, spareSeconds - audioOffsetSeconds) : leastPadding;
     const double overhang = audioDuration + audioOffsetSeconds - clipDuration;
     postRollSeconds = overhang >= 0 ? std::max(leastPadding, overhang + spareSeconds) : leastPadding;
+    if (zoomScale > leastZoom) {
+        zoomScale = std::clamp(scale / fitPixelsPerSecond(), leastZoom, mostZoom);
+        scrollOffset = (left + preRollSeconds) * pixelsPerSecond();
+    }
+    scrollOffset = std::clamp(scrollOffset, 0.0, largestScrollOffset());
 }
 
 std::optional<double> pinchZoomFactor(double magnification) {

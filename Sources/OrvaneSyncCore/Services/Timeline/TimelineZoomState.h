@@ -39,7 +39,8 @@ struct TimelineZoomState {
     /// A new width counts if it differs by more than half a point.
     void updateViewportWidth(double width);
     /// Keeps sound that begins before the picture or ends behind it within reach, with 2 seconds to spare.
-    /// `audioOffsetSeconds`: clip time of the sound's first sample; `audioDuration`: 0 where it is not known.
+    /// Where not all is shown, what is in view stays where it is. `audioOffsetSeconds`: clip time of the
+    /// sound's first sample; `audioDuration`: 0 where it is not known.
     void sizePaddingForAudio(double audioOffsetSeconds, double audioDuration);
 };
 

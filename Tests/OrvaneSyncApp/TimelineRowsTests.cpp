@@ -152,7 +152,7 @@ TEST_F(TimelineRowsTest, LaysRulerPicturesAndRangesOverTheClip) {
     const auto slots = all.pictureSlots(90);
     ASSERT_EQ(slots.size(), 7U) << "600 points of clip";
     EXPECT_EQ(slots.front().x, 100);
-    EXPECT_EQ(slots[2].seconds, 9);
+    EXPECT_EQ(slots[2].seconds, 11.25) << "in the middle of its slot";
 
     const std::vector<double> onsets{0, 1, 1.01, 3, 100};
     EXPECT_EQ(all.onsetPlaces(onsets), (std::vector<double>{180, 200, 240})) << "a column once";

@@ -71,9 +71,10 @@ std::vector<TimelineLayout::PictureSlot> TimelineLayout::pictureSlots(double slo
     const double begin = x(0);
     const double end = std::min(x(rows_->clipSeconds), width());
     if (!(slotWidth > 0)) return slots;
+    constexpr double half = 0.5;
     for (double number = std::max(std::floor(-begin / slotWidth), 0.0); begin + number * slotWidth < end;
          ++number)
-        slots.push_back({begin + number * slotWidth, number * slotWidth / zoom_.pixelsPerSecond()});
+        slots.push_back({begin + number * slotWidth, (number + half) * slotWidth / zoom_.pixelsPerSecond()});
     return slots;
 }
 

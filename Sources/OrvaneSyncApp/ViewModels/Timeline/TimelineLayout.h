@@ -71,7 +71,7 @@ class TimelineLayout {
 
     struct PictureSlot {
         double x;       ///< of the left edge
-        double seconds; ///< of the picture there
+        double seconds; ///< of its middle: a picture up to half a slot before it still lies in the slot
     };
     /// Pictures side by side from the clip's first frame on, as far as they are visible.
     std::vector<PictureSlot> pictureSlots(double slotWidth) const;

@@ -318,8 +318,8 @@ TEST(KeyOverviewTest, greysWhatDoesNothing) {
     ReviewSituation now{.hasClip = true, .isLoaded = true, .hasSound = true, .isLocked = true};
     EXPECT_TRUE(row(now, nudgePeriodPlus).acts) << "a lock leaves the nudges";
     EXPECT_FALSE(row(now, updateClapPoint).acts);
-    EXPECT_FALSE(row(now, clearLoop).acts || row(now, audioOffsetPlus).acts || row(now, nextGroup).acts);
-    EXPECT_EQ(row(now, audioOffsetPlus).key, "—");
+    EXPECT_FALSE(row(now, clearLoop).acts || row(now, nextGroup).acts);
+    EXPECT_THROW(row(now, audioOffsetPlus), std::logic_error) << "no key leads there";
     EXPECT_EQ(row(now, nudgePeriodPlus10).key, "Shift+.");
     EXPECT_EQ(row(now, slowMoForward).key, "K held, L");
     EXPECT_FALSE(row({}, playPause).acts);
@@ -330,6 +330,28 @@ TEST(KeyOverviewTest, greysWhatDoesNothing) {
     auto bindings = defaultBindings();
     bindings[zoomFit] = bindings[playPause];
     EXPECT_FALSE(row(now, zoomFit, bindings).acts) << "another action has its key";
+    const auto marks = [&](const KeyGroup& group) {
+        return std::ranges::count(group.rows, "Mark Synced", &KeyGroup::Row::label);
+    };
+    for (const bool isBound : {true, false}) {
+        bindings[toggleApproved] = isBound ? defaultBindings().at(toggleApproved) : Shortcut::unbound;
+        std::ptrdiff_t count = 0;
+        for (const KeyGroup& group : keyOverview(bindings, now)) count += marks(group);
+        EXPECT_EQ(count, 1);
+    }
+}
+
+TEST(KeyOverviewTest, laysGroupsIntoColumns) {
+    std::vector<KeyGroup> groups;
+    for (const std::size_t rows : {12U, 4U, 6U, 3U, 4U})
+        groups.push_back({"", std::vector<KeyGroup::Row>(rows)});
+    for (const auto& [most, columns, lines] : {std::tuple(1, 1, 38), {2, 2, 19}, {3, 3, 13}, {9, 3, 13}}) {
+        const KeyColumns laid = keyColumns(groups, most);
+        EXPECT_EQ(laid.columns, columns) << most;
+        EXPECT_EQ(laid.lines, lines) << most;
+        for (std::size_t i = 0; i < groups.size(); ++i)
+            EXPECT_LE(laid.places[i].line + static_cast<int>(groups[i].rows.size()) + 1, laid.lines) << most;
+    }
 }
 
 } // namespace

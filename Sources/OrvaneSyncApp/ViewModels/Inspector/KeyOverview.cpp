@@ -53,7 +53,24 @@ bool actsNow(ShortcutAction action, const ReviewSituation& now) {
     }
 }
 
-KeyGroup keysOfTheWindow(const ReviewSituation& now) {
+/// In columns of that many lines.
+KeyColumns laidOut(const std::vector<KeyGroup>& groups, int lines) {
+    KeyColumns laid{.places = {}, .columns = 1, .lines = lines};
+    int line = 0;
+    for (const KeyGroup& group : groups) {
+        const int own = static_cast<int>(group.rows.size()) + 1;
+        if (line > 0 && line + own > lines) {
+            ++laid.columns;
+            line = 0;
+        }
+        laid.places.push_back({laid.columns - 1, line});
+        line += own + 1;
+    }
+    return laid;
+}
+
+/// `isApproveBound`: a key that can be chosen marks the clip, which is enough to know.
+KeyGroup keysOfTheWindow(const ReviewSituation& now, bool isApproveBound) {
     namespace keys = reviewKeys;
     KeyGroup group{"Window", {}};
     const auto add = [&](const char* key, const char* label, bool acts) {
@@ -64,7 +81,7 @@ KeyGroup keysOfTheWindow(const ReviewSituation& now) {
     add("Ctrl+1–9", "Use This Recording", now.hasChoice);
     add(keys::applySuggestion, "Move as the other camera", now.hasSuggestion);
     add(keys::rename, "Rename Clip", now.hasClip);
-    add(keys::approve, "Mark Synced", now.hasClip);
+    if (!isApproveBound) add(keys::approve, "Mark Synced", now.hasClip);
     add(keys::multicam, "Open as Multicam", now.hasClip);
     add(keys::leave, "Back to the results", !now.isLooping);
     add(keys::overview, "All keys", true);
@@ -77,21 +94,32 @@ std::vector<KeyGroup> keyOverview(const ShortcutBindings& bindings, const Review
     std::vector<KeyGroup> groups;
     for (std::size_t i = 0; i < RawValues<ShortcutCategory>::texts.size(); ++i)
         groups.push_back({std::string(label(static_cast<ShortcutCategory>(i))), {}});
+    bool isApproveBound = false;
     for (const ShortcutAction action : allShortcutActions()) {
         const auto bound = bindings.find(action);
-        const Shortcut shortcut = bound == bindings.end() ? Shortcut::unbound : bound->second;
+        if (bound == bindings.end() || bound->second.isUnbound()) continue;
+        const Shortcut shortcut = bound->second;
         // Of two actions with one key the first has it.
-        const bool isReached =
-            !shortcut.isUnbound() && actionFor(bindings, shortcut.key, shortcut.modifiers) == action;
+        const bool isReached = actionFor(bindings, shortcut.key, shortcut.modifiers) == action;
+        isApproveBound |= action == ShortcutAction::toggleApproved && isReached;
         groups[static_cast<std::size_t>(category(action))].rows.push_back(
             {action, keyText(shortcut), std::string(label(action)), isReached && actsNow(action, situation)});
     }
-    const std::string noKey = keyText(Shortcut::unbound);
-    for (KeyGroup& group : groups)
-        std::ranges::stable_partition(group.rows, [&](const KeyGroup::Row& row) { return row.key != noKey; });
-    groups.push_back(keysOfTheWindow(situation));
+    groups.push_back(keysOfTheWindow(situation, isApproveBound));
     std::erase_if(groups, [](const KeyGroup& group) { return group.rows.empty(); });
     return groups;
+}
+
+KeyColumns keyColumns(const std::vector<KeyGroup>& groups, int mostColumns) {
+    int most = 0, all = 0;
+    for (const KeyGroup& group : groups) {
+        const int own = static_cast<int>(group.rows.size()) + 1;
+        most = std::max(most, own);
+        all += own + 1;
+    }
+    for (int lines = most; lines < all; ++lines)
+        if (KeyColumns laid = laidOut(groups, lines); laid.columns <= mostColumns) return laid;
+    return laidOut(groups, all);
 }
 
 std::vector<KeyGroup> multicamKeyOverview(const ShortcutBindings& bindings, bool isLoaded) {

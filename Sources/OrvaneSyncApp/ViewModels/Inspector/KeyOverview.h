@@ -34,11 +34,11 @@ inline constexpr const char *lens = "S", *rename = "F2", *attach = "Ctrl+T", *ch
 inline constexpr int mostChosen = 9; ///< recordings that `choose` reaches, from 1
 } // namespace reviewKeys
 
-/// The keys by what they are about. Pure; any thread.
+/// The keys by what they are about, without actions that have none. Pure; any thread.
 struct KeyGroup {
     struct Row {
         std::optional<ShortcutAction> action; ///< absent: the window's, which is not bound
-        std::string key; ///< as the keyboard has it, such as "Shift+Right"; "—" without one
+        std::string key;                      ///< as the keyboard has it, such as "Shift+Right"
         std::string label;
         bool acts = false; ///< pressed now, it does something
 
@@ -48,6 +48,16 @@ struct KeyGroup {
     std::vector<Row> rows;
 };
 std::vector<KeyGroup> keyOverview(const ShortcutBindings& bindings, const ReviewSituation& situation);
+/// Groups in columns, in their order and none parted: each has a line for its title and one for each row,
+/// with a free line between two. As few lines as the columns allow, as few columns as those lines need.
+struct KeyColumns {
+    struct Place {
+        int column, line; ///< from 0
+    };
+    std::vector<Place> places; ///< of each group
+    int columns = 0, lines = 0;
+};
+KeyColumns keyColumns(const std::vector<KeyGroup>& groups, int mostColumns);
 /// Of the cameras of a take beside each other: the keys that they play by. `isLoaded`: they can be played.
 std::vector<KeyGroup> multicamKeyOverview(const ShortcutBindings& bindings, bool isLoaded);
 

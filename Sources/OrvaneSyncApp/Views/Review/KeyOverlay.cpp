@@ -18,10 +18,8 @@ using namespace design;
 
 namespace {
 
-constexpr int keyRowHeight = 22;
-constexpr int keyLabelWidth = 232;
-constexpr int leastKeyNameWidth = 108;
-constexpr int keyShade = 235; ///< of 255: the screen below shines through a little
+constexpr int keyRowHeight = 22, leastKeyRowHeight = 17;
+constexpr int keyShade = 250; ///< of 255: what is bright on the screen below can be told, no more
 
 bool takesTypedText(const QWidget* widget) {
     return widget != nullptr && widget->testAttribute(Qt::WA_InputMethodEnabled) &&
@@ -33,20 +31,24 @@ bool isModifierKey(int key) {
            key == Qt::Key_AltGr;
 }
 
-QString keyName(const KeyGroup::Row& row) {
-    return row.key == keyText(Shortcut::unbound) ? QObject::tr("no key") : translatedKey(row.key);
+QFont titleFontOfKeys() {
+    QFont bold = textFont();
+    bold.setWeight(QFont::DemiBold);
+    return bold;
 }
 
-int widthOfKeyNames(const std::vector<KeyGroup>& groups) {
-    const QFontMetrics metrics(factsFont());
-    int widest = leastKeyNameWidth;
-    for (const KeyGroup& group : groups)
-        for (const KeyGroup::Row& row : group.rows)
-            widest = std::max(widest, metrics.horizontalAdvance(keyName(row)) + space::small);
-    return widest;
-}
-
-int heightOfKeys(const KeyGroup& group) { return (static_cast<int>(group.rows.size()) + 2) * keyRowHeight; }
+/// What the names of the keys take, and what stands beside them, with the space behind each.
+struct KeyWidths {
+    explicit KeyWidths(const std::vector<KeyGroup>& groups) {
+        const QFontMetrics ofNames(factsFont()), ofLabels(textFont());
+        for (const KeyGroup& group : groups)
+            for (const KeyGroup::Row& row : group.rows) {
+                name = std::max(name, ofNames.horizontalAdvance(translatedKey(row.key)) + space::medium);
+                label = std::max(label, ofLabels.horizontalAdvance(translated(row.label)) + space::large);
+            }
+    }
+    int name = 0, label = 0;
+};
 
 } // namespace
 
@@ -72,7 +74,7 @@ QString KeyOverlay::spoken() const {
     QStringList lines;
     for (const KeyGroup& group : groups_)
         for (const KeyGroup::Row& row : group.rows)
-            if (row.acts) lines << tr("%1: %2").arg(keyName(row), translated(row.label));
+            if (row.acts) lines << tr("%1: %2").arg(translatedKey(row.key), translated(row.label));
     return lines.join(QLatin1Char('\n'));
 }
 
@@ -105,16 +107,13 @@ void KeyOverlay::paintEvent(QPaintEvent*) {
     QColor ground = all.window;
     ground.setAlpha(keyShade);
     painter.fillRect(rect(), ground);
-    // Groups go into the columns one after the other, each into the first that has room.
     const int top = space::large + 2 * keyRowHeight;
-    const int room = height() - top - space::medium;
-    const int keyNameWidth = widthOfKeyNames(groups_);
-    const int columns = std::max(1, (width() - space::medium) / (keyNameWidth + keyLabelWidth));
-    // What is left of the width is for the labels.
-    const int keyColumnWidth =
-        std::min((width() - 2 * space::medium) / columns, keyNameWidth + 2 * keyLabelWidth);
-    std::vector<int> used(static_cast<std::size_t>(columns), 0);
-    const int left = std::max<int>((width() - columns * keyColumnWidth) / 2, space::medium);
+    const KeyWidths widths(groups_);
+    const int columnWidth = widths.name + widths.label;
+    const KeyColumns laid = keyColumns(groups_, std::max(1, (width() - 2 * space::medium) / columnWidth));
+    const int rowHeight = std::clamp((height() - top - space::medium) / std::max(laid.lines, 1),
+                                     leastKeyRowHeight, keyRowHeight);
+    const int left = std::max<int>((width() - laid.columns * columnWidth) / 2, space::medium);
     painter.setFont(titleFont());
     painter.setPen(all.text);
     painter.drawText(QRect(left, space::medium, width() - 2 * left, 2 * keyRowHeight), Qt::AlignVCenter,
@@ -122,34 +121,23 @@ void KeyOverlay::paintEvent(QPaintEvent*) {
     painter.setFont(factsFont());
     painter.setPen(all.facts);
     painter.drawText(
-        QRect(left + keyNameWidth, space::medium, width() - left - keyNameWidth, 2 * keyRowHeight),
+        QRect(left + widths.name, space::medium, width() - left - widths.name, 2 * keyRowHeight),
         Qt::AlignVCenter,
         tr("Grey: does nothing at the moment. Any key closes this. Settings > Keyboard changes them."));
-    for (const KeyGroup& group : groups_) {
-        auto column = std::ranges::find_if(used, [&](int y) { return y + heightOfKeys(group) <= room; });
-        if (column == used.end()) column = std::ranges::min_element(used);
-        const int x = left + static_cast<int>(column - used.begin()) * keyColumnWidth;
-        int y = top + *column;
-        QFont bold = textFont();
-        bold.setWeight(QFont::DemiBold);
-        painter.setFont(bold);
+    for (std::size_t i = 0; i < groups_.size(); ++i) {
+        QRect line(left + laid.places[i].column * columnWidth, top + laid.places[i].line * rowHeight,
+                   columnWidth, rowHeight);
+        painter.setFont(titleFontOfKeys());
         painter.setPen(all.text);
-        painter.drawText(QRect(x, y, keyColumnWidth, keyRowHeight), Qt::AlignVCenter,
-                         translated(group.title));
-        y += keyRowHeight;
-        for (const KeyGroup::Row& row : group.rows) {
+        painter.drawText(line, Qt::AlignVCenter, translated(groups_[i].title));
+        for (const KeyGroup::Row& row : groups_[i].rows) {
+            line.translate(0, rowHeight);
             painter.setPen(row.acts ? all.text : all.disabled);
             painter.setFont(factsFont());
-            painter.drawText(QRect(x, y, keyNameWidth, keyRowHeight), Qt::AlignVCenter, keyName(row));
+            painter.drawText(line, Qt::AlignVCenter, translatedKey(row.key));
             painter.setFont(textFont());
-            const QRect place(x + keyNameWidth, y, keyColumnWidth - keyNameWidth - space::medium,
-                              keyRowHeight);
-            painter.drawText(
-                place, Qt::AlignVCenter,
-                painter.fontMetrics().elidedText(translated(row.label), Qt::ElideRight, place.width()));
-            y += keyRowHeight;
+            painter.drawText(line.adjusted(widths.name, 0, 0, 0), Qt::AlignVCenter, translated(row.label));
         }
-        *column += heightOfKeys(group);
     }
 }
 

@@ -36,6 +36,12 @@ bool isOfSync(KeyAction action) {
            action == KeyAction::toggleApproved;
 }
 
+bool hasUsualKey(KeyAction action) {
+    static const ShortcutBindings usual = defaultBindings();
+    const auto found = usual.find(action);
+    return found != usual.end() && !found->second.isUnbound();
+}
+
 /// What all cameras of a take do together.
 bool isForCameras(KeyAction action) {
     return action == KeyAction::toggleFullscreen ||
@@ -108,8 +114,10 @@ void ReviewActions::fillSync(QMenu& menu) const {
         if (isOfSync(key) && category(key) != ShortcutCategory::audioOffset) menu.addAction(action);
     menu.addAction(lens_);
     menu.addSeparator();
-    for (const auto& [key, action] : actions_)
-        if (category(key) == ShortcutCategory::audioOffset) menu.addAction(action);
+    for (const bool hasKey : {true, false}) // those that are nearest at hand first
+        for (const auto& [key, action] : actions_)
+            if (category(key) == ShortcutCategory::audioOffset && hasUsualKey(key) == hasKey)
+                menu.addAction(action);
 }
 
 void ReviewActions::setInFront(bool isInFront, bool isReview) {

@@ -169,6 +169,21 @@ TEST_F(InspectorTest, boxesAndChoicesAreCommandsAndSectionsFoldForGood) {
         static_cast<design::FoldableSection*>(again.findChild<QFrame*>("inspector-notes"))->isFolded());
 }
 
+TEST_F(InspectorTest, whatWasUsedStaysInItsPlaceWhereSectionsAboveItGrow) {
+    open("A001C001");
+    auto* scroll = inspector_->findChild<QScrollArea*>();
+    QPushButton& used = button("Measure Loudness");
+    scroll->ensureWidgetVisible(&used);
+    used.setFocus();
+    serve();
+    const auto at = [&] { return used.mapTo(inspector_.get(), QPoint()).y(); };
+    const int before = at(), scrolled = scroll->verticalScrollBar()->value();
+    const MediaAsset roomTone = desktop_->controller().work().wildTracks()[0].audio;
+    desktop_->controller().recordings().attachAudioToGroup(clip("A001C001").id, roomTone);
+    ASSERT_TRUE(waitUntil([&] { return scroll->verticalScrollBar()->value() != scrolled; }));
+    EXPECT_EQ(at(), before);
+}
+
 TEST_F(InspectorTest, nothingIsCutAtAnyWidthAndEveryControlHasAName) {
     const auto faults = [&] {
         QStringList all;
@@ -294,7 +309,8 @@ TEST_F(InspectorTest, aQuestionMarkShowsTheKeysAndAnyKeyClosesThem) {
     EXPECT_FALSE(overlay.isVisible());
     EXPECT_EQ(line->text(), "?") << "the key that closes does nothing else";
     overlay.open();
-    EXPECT_TRUE(overlay.spoken().contains("Lock Current Clip") && overlay.spoken().contains("Ctrl+Return"));
+    EXPECT_TRUE(overlay.spoken().contains("Lock Current Clip") &&
+                overlay.spoken().contains("Return: Mark Synced"));
 }
 
 /// Pictures for people to look at, where ORVANE_PICTURES names a folder.

@@ -12,6 +12,7 @@
 #include <QApplication>
 #include <QEvent>
 #include <QLineEdit>
+#include <QPointer>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QStackedLayout>
@@ -102,6 +103,22 @@ void InspectorView::scheduleRefresh() {
     if (isVisible()) later_.schedule();
 }
 
+/// What people look at: the control that they have just used, else the first section in view.
+QWidget* InspectorView::lookedAt() const {
+    const QRect seen(0, scroll_->verticalScrollBar()->value(), content_->width(),
+                     scroll_->viewport()->height());
+    QWidget* const used = QApplication::focusWidget();
+    if (used != nullptr && content_->isAncestorOf(used) && seen.intersects({topOf(*used), used->size()}))
+        return used;
+    if (seen.top() == 0) return nullptr; // who is at the top stays there
+    const auto first = std::ranges::find_if(sections_, [&](const InspectorSection* section) {
+        return section->isVisible() && section->geometry().bottom() > seen.top();
+    });
+    return first == sections_.end() ? nullptr : *first;
+}
+
+QPoint InspectorView::topOf(const QWidget& inside) const { return inside.mapTo(content_, QPoint()); }
+
 void InspectorView::refresh() {
     const auto& id = review_->groupID();
     const SyncGroup* clip = id ? desktop_.controller().work().syncGroups().find(*id) : nullptr;
@@ -115,16 +132,22 @@ void InspectorView::refresh() {
     const std::string& why = desktop_.controller().derivedDoubts().whyUnmatched(clip->id);
     why_->setText(translatedSentence(why));
     why_->setVisible(!why.empty() && clip->isMOS()); // of several recordings the doubts say more
+    const QPointer held(lookedAt());
+    const int heldAt = held ? topOf(*held).y() : 0;
     for (InspectorSection* section : sections_) section->showClip(*clip);
     const auto* typed = qobject_cast<const QLineEdit*>(QApplication::focusWidget());
     const bool isFieldInUse = typed != nullptr && content_->isAncestorOf(typed);
-    if (std::exchange(clipID_, clip->id) != clip->id && !isFieldInUse)
-        scroll_->verticalScrollBar()->setValue(0);
+    const bool isOther = std::exchange(clipID_, clip->id) != clip->id;
     settleLayouts(*content_);
     // The room that it needs now, not in a later turn of the loop: until then all would lie on top of each
     // other.
     const int needed = content_->layout()->totalHeightForWidth(content_->width());
     content_->resize(content_->width(), std::max(needed, content_->parentWidget()->height()));
+    QScrollBar& scrolled = *scroll_->verticalScrollBar();
+    if (isOther && !isFieldInUse)
+        scrolled.setValue(0);
+    else if (held && held->isVisible()) // it stays where it is on the screen, whatever grew above it
+        scrolled.setValue(scrolled.value() + topOf(*held).y() - heldAt);
 }
 
 void InspectorView::showTitle() {

@@ -31,6 +31,8 @@ class InspectorView : public QWidget {
     void scheduleRefresh();
     void refresh();
     void showTitle();
+    QWidget* lookedAt() const;
+    QPoint topOf(const QWidget& inside) const; ///< in `content_`
 
     Desktop& desktop_;
     const std::shared_ptr<ReviewViewModel> review_;

@@ -98,7 +98,12 @@ class ScenePanel : public Section {
         build->addWidget(generate_);
         add(build);
         add(status_ = facts({}));
-        connect(generate_, &QPushButton::clicked, this, [this] { generate(); });
+        connect(generate_, &QPushButton::clicked, this, [this] {
+            if (isWorking())
+                building_->requestStop();
+            else
+                generate();
+        });
         show();
     }
     std::function<void(const QString&)> whenRefused;
@@ -145,32 +150,31 @@ class ScenePanel : public Section {
                           .arg(one().selection.size())
                           .arg(one().candidates.size())
                           .arg(one().chosenSeconds(), 0, 'f', 1));
-        generate_->setEnabled(one().canGenerate());
-        const bool isWorking = one().state == AtmoBuilderModel::Scene::State::generating;
-        status_->setText(isWorking ? tr("Building…") : translatedSentence(one().status));
+        generate_->setText(isWorking() ? tr("Stop") : tr("Generate"));
+        generate_->setEnabled(isWorking() || one().canGenerate());
+        status_->setText(isWorking() ? tr("Building…") : translatedSentence(one().status));
         status_->setVisible(!status_->text().isEmpty());
         showPlaying();
     }
+    bool isWorking() const { return one().state == AtmoBuilderModel::Scene::State::generating; }
     void generate() {
         auto order = model_.begin(scene_);
         if (!order) return;
-        show();
         const auto result = std::make_shared<AtmoResult>();
-        desktop_.controller()
-            .atmo()
-            .buildAtmo(std::move(*order), result)
-            .whenDone([self = QPointer(this), result](const std::exception_ptr& raised) {
-                if (!self) return;
-                try {
-                    if (raised) std::rethrow_exception(raised);
-                    self->model_.succeeded(self->scene_, result->audioURL.lastPathComponent());
-                } catch (const std::exception& why) {
-                    self->model_.failed(self->scene_, why.what());
-                } catch (const platform::Stopped&) {
-                    self->model_.failed(self->scene_, "stopped");
-                }
-                self->show();
-            });
+        building_ = desktop_.controller().atmo().buildAtmo(std::move(*order), result);
+        show();
+        building_->whenDone([self = QPointer(this), result](const std::exception_ptr& raised) {
+            if (!self) return;
+            try {
+                if (raised) std::rethrow_exception(raised);
+                self->model_.succeeded(self->scene_, result->audioURL.lastPathComponent());
+            } catch (const std::exception& why) {
+                self->model_.failed(self->scene_, why.what());
+            } catch (const platform::Stopped&) {
+                self->model_.failed(self->scene_, "stopped");
+            }
+            self->show();
+        });
     }
 
     Desktop& desktop_;
@@ -181,6 +185,7 @@ class ScenePanel : public Section {
     QLabel* sum_;
     QPushButton* generate_;
     QLabel* status_;
+    std::optional<platform::Task> building_;
     bool isFilling_ = false;
 };
 
@@ -199,6 +204,11 @@ class AtmoSheet : public Sheet {
         bar_->setFixedWidth(atmoSize.width() / 2);
         bar_->setAccessibleName(tr("Progress of the search"));
         waiting->add(bar_);
+        waiting->add(count_ = facts({}));
+        count_->setWordWrap(false); // as wide as what it says
+        auto* stop = button(tr("Stop"));
+        connect(stop, &QPushButton::clicked, this, [this] { scan_->requestStop(); });
+        waiting->add(stop);
         pages_->addWidget(waiting);
         add(pages_, 1);
         addClose(tr("Done"))->setObjectName(QStringLiteral("done"));
@@ -207,8 +217,11 @@ class AtmoSheet : public Sheet {
         };
         observation_ = desktop.controller().onChange([this](ImportField field) {
             if (field != ImportField::atmo) return;
-            bar_->setValue(
-                static_cast<int>(desktop_.controller().atmo().state().progress.fraction * progressParts));
+            const SmartAudioProgress& progress = desktop_.controller().atmo().state().progress;
+            bar_->setValue(static_cast<int>(progress.fraction * progressParts));
+            count_->setText(progress.total > 0
+                                ? tr("Scene %1 of %2").arg(progress.current).arg(progress.total)
+                                : QString());
         });
         scan();
     }
@@ -229,14 +242,16 @@ class AtmoSheet : public Sheet {
             try {
                 if (raised) std::rethrow_exception(raised);
             } catch (const platform::Stopped&) {
-                if (self) self->showNothing(tr("The search was stopped."));
+                if (self)
+                    self->showNothing(tr("Open this sheet again to search from the beginning."),
+                                      tr("The search was stopped"));
             } catch (const std::exception&) {
                 return; // shown as refused
             }
         });
     }
-    void showNothing(const QString& why) {
-        pages_->addWidget(new EmptyState(Glyph::waveform, tr("No quiet stretch was found"), why));
+    void showNothing(const QString& why, const QString& what = tr("No quiet stretch was found")) {
+        pages_->addWidget(new EmptyState(Glyph::waveform, what, why));
         pages_->setCurrentIndex(1);
     }
     void showScenes() {
@@ -269,6 +284,7 @@ class AtmoSheet : public Sheet {
     std::unique_ptr<AtmoBuilderModel> model_;
     QStackedWidget* pages_;
     QProgressBar* bar_;
+    QLabel* count_;
     std::vector<ScenePanel*> panels_;
     std::optional<platform::Task> scan_;
     platform::Subscription observation_;

@@ -123,7 +123,13 @@ TEST(LanguageTest, NoWindowSaysAnythingInEnglishInGerman) {
 TEST(LanguageTest, KnowsTextsAndSentencesButNoNames) {
     const test::Spoken german(QStringLiteral("de"));
     EXPECT_EQ(translated("Scan & Match"), QStringLiteral("Scannen & Zuordnen"));
-    EXPECT_EQ(translatedSentence("3.000 s after"), QStringLiteral("3,000 s danach"));
+    for (const auto& [english, german] :
+         {std::pair("3.000 s after", u"3,000 s danach"),
+          {"Scenes 1A-99X", u"Szenen 1A-99X"},
+          {"sound at that time is of 2026-11-24", u"der Ton zu dieser Zeit ist vom 2026-11-24"},
+          {"review, line 2: there is no recording number '9'",
+           u"Prüftabelle, Zeile 2: eine Aufnahme mit der Nummer '9' gibt es nicht"}})
+        EXPECT_EQ(translatedSentence(english), QStringView(german));
     for (const char* name : {"A001.mov", "T1.5 s.WAV", "libsndfile-1.2.0"})
         EXPECT_EQ(translatedSentence(name), QLatin1String(name));
 }

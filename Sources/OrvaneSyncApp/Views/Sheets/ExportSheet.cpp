@@ -288,8 +288,9 @@ void ExportSheet::showForecast() {
     leftOut_->setText(notes.join(QLatin1Char('\n')));
     leftOut_->setVisible(!notes.isEmpty());
     const auto suggested = ExportPreview::suggestedEventName(work.syncGroups());
-    suggestion_->setVisible(suggested && text(*suggested) != event_->text());
-    if (suggested) suggestion_->setText(text(*suggested));
+    const QString name = suggested ? translatedSentence(*suggested) : QString();
+    suggestion_->setVisible(suggested && name != event_->text());
+    if (suggested) suggestion_->setText(name);
     fitHeight();
 }
 

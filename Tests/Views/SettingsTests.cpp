@@ -211,6 +211,9 @@ TEST_F(SettingsTest, aKeyIsRecordedAndAConflictSettled) {
     QTest::keyClick(key, Qt::Key_Escape);
     EXPECT_EQ(keyOf(ShortcutAction::clapCheck), "c");
     click(key);
+    QTest::keyClick(key, Qt::Key_F5);
+    EXPECT_NE(remarkOf(*key->parentWidget()).find("cannot be chosen"), std::string::npos);
+    click(key);
     QTest::keyClick(key, Qt::Key_L, Qt::ControlModifier);
     ASSERT_TRUE(waitUntil([&] { return keyOf(ShortcutAction::clapCheck) == "command+l"; }));
     EXPECT_NE(remarkOf(*key->parentWidget()).find("Lock Current Clip"), std::string::npos);

@@ -155,8 +155,8 @@ LoudnessPart LoudnessPart::of(const SyncGroup& group, const MasterGain::Target& 
             "Master Gain > +12 dB — risk of clipping. Source is very quiet; consider switching to the "
             "Documentary preset.";
     if (!predictor.isCalibrated())
-        part.estimation = "Smart Audio is using estimated values. Run Settings → Developer → Smart Audio "
-                          "Calibration once for production-accurate predictions.";
+        part.estimation = "Smart Audio is using estimated values. Run Settings → Calibration once for "
+                          "production-accurate predictions.";
     return part;
 }
 

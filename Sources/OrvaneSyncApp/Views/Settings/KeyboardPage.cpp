@@ -274,7 +274,13 @@ bool KeyboardPage::eventFilter(QObject* watched, QEvent* event) {
         return true;
     case QEvent::KeyPress: {
         const auto pressed = keyEventOf(*static_cast<QKeyEvent*>(event));
-        if (pressed && recorder_.handle(*pressed)) showBindings();
+        if (!pressed || !recorder_.handle(*pressed)) return true;
+        showBindings();
+        if (pressed->keyCode != Shortcut::KeyCode::escape && !shortcutFor(*pressed))
+            line->conflict->show(
+                Signal::missing,
+                tr("This key cannot be chosen. Letters, 0 , . + − [ ], Space, Return and the "
+                   "arrows can, also with Ctrl, Alt or Shift."));
         return true;
     }
     case QEvent::KeyRelease:

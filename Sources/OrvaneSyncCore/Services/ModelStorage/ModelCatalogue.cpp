@@ -59,8 +59,8 @@ platform::JSON toJSON(const ModelInfo& model) {
 
 const std::vector<BuiltInFeature>& builtInFeatures() {
     static const std::vector<BuiltInFeature> features{
-        {"Audio Clap Detection", "Peak-based clap/sync-point detection (vDSP)"},
-        {"Smart Audio Analysis", "VAD + SNR analysis (Accelerate)"},
+        {"Audio Clap Detection", "Peak-based clap/sync-point detection"},
+        {"Smart Audio Analysis", "VAD + SNR analysis"},
         {"FCP Audio Enhancers", "Voice Isolation, Loudness via FCPXML"}};
     return features;
 }

@@ -7,6 +7,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/ActiveTracks.h"
 #include "OrvaneSyncCore/Services/SmartAudio/ManualOverrides.h"
 #include "OrvaneSyncCore/Services/Takes/ClipSound.h"
+#include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -195,7 +196,10 @@ std::string smartAudioSummary(const SyncGroup& group, const SmartAudioState& sta
         if (state.results.contains(group.id))
             return "Smart Audio could not hear the recording — check that its card is connected, and run it "
                    "again";
-        if (group.manualActiveTracks.empty()) return "All tracks active — run Smart Audio for recommendation";
+        const auto ofTake = static_cast<std::size_t>(takeOf(group, assumedChannels).channelCount);
+        const bool areAllOn = group.manualActiveTracks.empty() ||
+                              (group.manualActiveTracks.size() == ofTake && !group.hasManualTrackEdits());
+        if (areAllOn) return "All tracks active — run Smart Audio for recommendation";
         return group.hasManualTrackEdits()
                    ? "Tracks chosen by hand"
                    : "An earlier analysis chose the channels — run Smart Audio to see why";

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Views/Timeline/TimelineCanvas.h"
 
+#include "OrvaneSyncApp/Views/Review/KeyEvents.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QContextMenuEvent>
@@ -31,6 +32,20 @@ std::unique_ptr<QMenu> TimelineCanvas::menuAt(const TimelineLayout::Hit& hit) {
         connect(action, &QAction::triggered, this,
                 [this, id, arguments = std::move(arguments)] { desktop_.run(id, arguments); });
     };
+    const auto withKey = [&](const QString& title, KeyAction action) {
+        const ShortcutBindings& bindings = desktop_.players().shortcuts()->bindings();
+        const auto found = bindings.find(action);
+        const QString key = found == bindings.end() ? QString() : shownKey(found->second);
+        return key.isEmpty() ? title : title + QLatin1Char('\t') + key;
+    };
+    if (hit.spot == Spot::recording) {
+        const TimelineRecording& recording = rows.recordings[*hit.index];
+        menu->addSection(views::text(recording.name));
+        JSON chosen = ofClip();
+        chosen.set("matchID", recording.matchID.text());
+        add("chooseRecording", std::move(chosen), tr("Use This Recording"));
+        menu->addSeparator();
+    }
     if (rows.hasSound && (hit.spot == Spot::waveform || hit.spot == Spot::anchor)) {
         JSON here = ofClip();
         here.set("secondsInAudio", hit.seconds - rows.soundOffset - rows.primaryStart);
@@ -46,7 +61,7 @@ std::unique_ptr<QMenu> TimelineCanvas::menuAt(const TimelineLayout::Hit& hit) {
         analysis.set("forceOverwriteManualTracks", false);
         add("runSmartAudioForGroup", std::move(analysis));
     }
-    add("toggleLocked", ofClip(), rows.isLocked ? tr("Unlock") : tr("Lock"));
+    add("toggleLocked", ofClip(), withKey(rows.isLocked ? tr("Unlock") : tr("Lock"), KeyAction::lockCurrent));
     if (hit.track && rows.channel(*hit.track) != nullptr) {
         menu->addSection(
             QStringLiteral("T%1 %2").arg(*hit.track).arg(translatedSentence(rows.channel(*hit.track)->name)));
@@ -63,7 +78,7 @@ std::unique_ptr<QMenu> TimelineCanvas::menuAt(const TimelineLayout::Hit& hit) {
     }
     menu->addSeparator();
     const auto key = [&](const QString& title, KeyAction action) {
-        connect(menu->addAction(title), &QAction::triggered, this,
+        connect(menu->addAction(withKey(title, action)), &QAction::triggered, this,
                 [this, action] { review_->handleKeyAction(action); });
     };
     key(tr("Zoom In"), KeyAction::zoomIn);

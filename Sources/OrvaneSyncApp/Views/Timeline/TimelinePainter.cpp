@@ -361,11 +361,22 @@ class Painting {
     void paintRecording(const TimelineRecording& one, const TimelineLayout::Row& row) {
         const QRectF place =
             rect(layout_.recordingRect(one, row)).intersected(visible().adjusted(-4, 0, 4, 0));
-        if (place.isEmpty()) return;
+        if (place.isEmpty()) return pointTo(one, row);
         painter_.setPen(QPen(colours().line, 1));
         painter_.setBrush(colours().raised);
         painter_.drawRect(place.adjusted(0.5, 0.5, -0.5, -0.5));
         text(place.intersected(visible()).adjusted(space::tight, 0, 0, 0), orvane::views::text(one.name));
+    }
+
+    /// To which side a recording lies that is out of view, where its lane has no other.
+    void pointTo(const TimelineRecording& one, const TimelineLayout::Row& row) {
+        if (std::ranges::count(rows_.recordings, one.lane, &TimelineRecording::lane) > 1) return;
+        const bool isBehind = layout_.x(one.startSeconds) > 0;
+        const QRectF place(space::small, row.y, layout_.width() - 2 * space::small, row.height);
+        const QString name = orvane::views::text(one.name);
+        painter_.setPen(colours().facts);
+        painter_.drawText(place, Qt::AlignVCenter | (isBehind ? Qt::AlignRight : Qt::AlignLeft),
+                          isBehind ? name + QStringLiteral(" →") : QStringLiteral("← ") + name);
     }
 
     // Over all rows
@@ -433,11 +444,17 @@ class Painting {
     }
 
     QRectF visible() const { return {0, TimelineLayout::rulerHeight, layout_.width(), 1e6}; }
+    /// In lines where one is too short and the place is high enough for more.
     void text(const QRectF& place, const QString& words) {
+        const QRectF inside = place.adjusted(space::tight, 0, -space::tight, 0);
+        const QFontMetricsF metrics(painter_.font());
+        constexpr int inLines = Qt::AlignVCenter | Qt::AlignLeft | Qt::TextWordWrap;
         painter_.setPen(colours().facts);
-        painter_.drawText(
-            place.adjusted(space::tight, 0, -space::tight, 0), Qt::AlignVCenter | Qt::AlignLeft,
-            QFontMetricsF(painter_.font()).elidedText(words, Qt::ElideRight, place.width() - space::small));
+        if (metrics.boundingRect(inside, inLines, words).height() <= inside.height())
+            painter_.drawText(inside, inLines, words);
+        else
+            painter_.drawText(inside, Qt::AlignVCenter | Qt::AlignLeft,
+                              metrics.elidedText(words, Qt::ElideRight, inside.width()));
     }
 
     QPainter& painter_;

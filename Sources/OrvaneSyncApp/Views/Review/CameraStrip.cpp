@@ -84,7 +84,11 @@ void CameraStrip::paintEvent(QPaintEvent*) {
             painter.setPen(all.line);
             painter.drawLine(QPointF(x, rulerHeight - 5), QPointF(x, height()));
             painter.setPen(all.facts);
-            painter.drawText(QPointF(x + space::tight, rulerHeight - 7), text(TimelineRuler::formatTime(at)));
+            const QString label = text(TimelineRuler::formatTime(at));
+            // The last one lies before its tick where there is no room behind it.
+            const int labelWidth = painter.fontMetrics().horizontalAdvance(label) + space::tight;
+            const double labelX = x + labelWidth > width() ? x - labelWidth : x + space::tight;
+            painter.drawText(QPointF(labelX, rulerHeight - 7), label);
         }
         const auto& heard = multicam_->bag().audioSourceMemberID();
         int y = rulerHeight;

@@ -12,19 +12,70 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPainter>
+#include <QStyledItemDelegate>
 #include <QVBoxLayout>
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace orvane::views {
 
 using namespace design;
 
+namespace {
+
+constexpr int partsRole = Qt::UserRole;
+const QString betweenParts = QStringLiteral("  ·  "); // parts of a row where it is one text
+
+/// The parts of a row under those of the others, each as wide as the widest; where there is no room for all,
+/// the widest column is cut.
+class ColumnsDelegate : public QStyledItemDelegate {
+  public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    void measure(const QFontMetrics& metrics, const QStringList& parts) {
+        widths_.resize(std::max(widths_.size(), parts.size()));
+        for (qsizetype i = 0; i < parts.size(); ++i)
+            if (!parts[i].isEmpty())
+                widths_[i] = std::max(widths_[i], metrics.horizontalAdvance(parts[i]) + space::medium);
+    }
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override {
+        QStyleOptionViewItem row(option);
+        initStyleOption(&row, index);
+        row.text.clear();
+        row.widget->style()->drawControl(QStyle::CE_ItemViewItem, &row, painter, row.widget);
+        painter->save();
+        painter->setFont(row.font);
+        painter->setPen(row.palette.color(
+            row.state.testFlag(QStyle::State_Selected) ? QPalette::HighlightedText : QPalette::Text));
+        const QRect inside = row.rect.adjusted(space::tight, 0, -space::tight, 0);
+        QList<int> widths = widths_;
+        const int missing = std::accumulate(widths.begin(), widths.end(), 0) - inside.width();
+        int& widest = *std::ranges::max_element(widths);
+        widest -= std::clamp(missing, 0, widest);
+        int x = inside.left();
+        const QStringList parts = index.data(partsRole).toStringList();
+        for (qsizetype i = 0; i < parts.size(); ++i) {
+            const QRect place(x, inside.top(), widths[i] - space::small, inside.height());
+            painter->drawText(place, Qt::AlignVCenter | Qt::AlignLeft,
+                              row.fontMetrics.elidedText(parts[i], Qt::ElideMiddle, place.width()));
+            x += widths[i];
+        }
+        painter->restore();
+    }
+
+  private:
+    QList<int> widths_{0};
+};
+
+} // namespace
+
 AttachSheet::AttachSheet(Desktop& desktop, const std::vector<Attachable>& recordings, QWidget* parent)
     : QDialog(parent), desktop_(desktop) {
     setWindowTitle(tr("Attach a recording"));
-    resize(720, 440);
+    resize(800, 440);
     auto* column = new QVBoxLayout(this);
     column->addWidget(label(translated(RecordingsPart::choosePrompt)));
     column->addWidget(search_ = searchField(tr("Search recordings"), tr("Name")));
@@ -35,8 +86,15 @@ AttachSheet::AttachSheet(Desktop& desktop, const std::vector<Attachable>& record
     list_->setTextElideMode(Qt::ElideMiddle);
     list_->installEventFilter(this);
     search_->installEventFilter(this);
+    auto* columns = new ColumnsDelegate(list_);
+    list_->setItemDelegate(columns);
     for (const Attachable& one : recordings) {
-        list_->addItem(rowText(one));
+        const QStringList parts = partsOf(one);
+        QStringList said = parts;
+        said.removeAll(QString());
+        auto* row = new QListWidgetItem(said.join(betweenParts), list_);
+        row->setData(partsRole, parts);
+        columns->measure(QFontMetrics(textFont()), parts);
         audios_.push_back(one.audio);
     }
     if (recordings.empty())
@@ -65,17 +123,17 @@ AttachSheet::AttachSheet(Desktop& desktop, const std::vector<Attachable>& record
     search_->setFocus();
 }
 
-QString AttachSheet::rowText(const Attachable& one) {
-    QStringList parts{translatedSentence(one.label)};
-    if (!one.day.empty()) parts << text(one.day);
-    if (!one.start.empty()) parts << text(one.start);
+QStringList AttachSheet::partsOf(const Attachable& one) {
+    const QString label = translatedSentence(one.label);
+    QString apart;
     if (one.fromClip) {
-        const QString apart = text(clockText(std::abs(*one.fromClip)));
-        parts << (*one.fromClip == 0  ? tr("meets the clip")
-                  : *one.fromClip < 0 ? tr("%1 before the clip").arg(apart)
-                                      : tr("%1 after the clip").arg(apart));
+        const QString clock = text(clockText(std::abs(*one.fromClip)));
+        apart = *one.fromClip == 0  ? tr("meets the clip")
+                : *one.fromClip < 0 ? tr("%1 before the clip").arg(clock)
+                                    : tr("%1 after the clip").arg(clock);
     }
-    return parts.join(QStringLiteral("  ·  "));
+    return {label.section(betweenParts, 0, 0), label.section(betweenParts, 1), text(one.day), text(one.start),
+            apart};
 }
 
 QLayout* AttachSheet::makeListening() {

@@ -28,7 +28,7 @@ class AttachSheet : public QDialog {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
-    static QString rowText(const Attachable& one);
+    static QStringList partsOf(const Attachable& one);
     QLayout* makeListening();
     void filter(const QString& words);
     void selectFirst(); ///< of those that are found

@@ -252,6 +252,21 @@ TEST_F(TimelineViewTest, BoxesOfAChannelRunTheirCommands) {
         << titles.join(", ").toStdString();
 }
 
+TEST_F(TimelineViewTest, ARecordingOnALaneIsTakenByItsMenu) {
+    open(id_);
+    const auto menu = canvas().menuAt(layout().hit(layout().x(11), at(11, RowKind::recordings).y()));
+    QAction* use = nullptr;
+    QStringList titles;
+    for (QAction* action : menu->actions()) {
+        titles << action->text();
+        if (action->text() == "Use This Recording") use = action;
+    }
+    EXPECT_TRUE(titles.contains("Lock\tCtrl+L")) << titles.join(", ").toStdString();
+    ASSERT_NE(use, nullptr);
+    use->trigger();
+    EXPECT_EQ(clip().audioMatches.front().audio->filename, "ZOOM0001.WAV");
+}
+
 TEST_F(TimelineViewTest, ZoomsAtThePointerAndRepaintsLittleWhilePlaying) {
     open(id_);
     const QPoint place = at(20, RowKind::sound);

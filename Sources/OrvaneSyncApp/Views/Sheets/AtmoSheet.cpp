@@ -205,7 +205,8 @@ class AtmoSheet : public Sheet {
         bar_->setAccessibleName(tr("Progress of the search"));
         waiting->add(bar_);
         waiting->add(count_ = facts({}));
-        count_->setWordWrap(false); // as wide as what it says
+        count_->setFixedWidth(bar_->width());
+        count_->setAlignment(Qt::AlignHCenter);
         auto* stop = button(tr("Stop"));
         connect(stop, &QPushButton::clicked, this, [this] { scan_->requestStop(); });
         waiting->add(stop);

@@ -40,7 +40,9 @@ class WaitingBrowserSession final : public BrowserSession {
         const std::stop_callback whenStopped(stop, [this] { wakeUp(); });
         const auto end = std::chrono::steady_clock::now() + setup_.limit;
         if (!setup_.open || !setup_.open(url))
-            throw BrowserSessionError(Kind::unavailable, "No browser can be opened");
+            throw BrowserSessionError(Kind::unavailable,
+                                      "No browser can be opened. Choose a default browser in "
+                                      "the desktop's settings, and sign in again");
         for (;;) {
             throwIfStopped(stop);
             if (auto callback = taken()) return std::move(*callback);

@@ -56,6 +56,18 @@ TEST_F(SheetTest, RenamesAllClipsInOneStepAsThePreviewSays) {
     EXPECT_FALSE(clip("B001C001").manualClipName.has_value());
 }
 
+TEST_F(SheetTest, StopsTheSearchForRoomTone) {
+    showAtmoBuilder(*desktop_, window_.get());
+    press(sheet(), "Stop");
+    const auto isSaid = [&] {
+        return std::ranges::any_of(sheet().findChildren<QLabel*>(), [](const QLabel* one) {
+            return one->isVisible() && one->text() == "The search was stopped";
+        });
+    };
+    EXPECT_TRUE(waitUntil(isSaid));
+    EXPECT_FALSE(desktop_->controller().atmo().candidates());
+}
+
 TEST_F(SheetTest, SaysWhichLinesOfAReviewTableAreOfNoUse) {
     const SyncGroup& clip = work().syncGroups()[0];
     std::ofstream(folder_.path("decided.csv")) << "camera_file\tchoice\tlock\n"

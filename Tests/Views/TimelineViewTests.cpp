@@ -263,8 +263,10 @@ TEST_F(TimelineViewTest, ARecordingOnALaneIsTakenByItsMenu) {
     }
     EXPECT_TRUE(titles.contains("Lock\tCtrl+L")) << titles.join(", ").toStdString();
     ASSERT_NE(use, nullptr);
+    desktop_->controller().tracks().soloTrackActive(id_, 1);
     use->trigger();
     EXPECT_EQ(clip().audioMatches.front().audio->filename, "ZOOM0001.WAV");
+    EXPECT_EQ(clip().manualActiveTracks, (std::set{1, 2})) << "it is heard, and the other one is not";
 }
 
 TEST_F(TimelineViewTest, ZoomsAtThePointerAndRepaintsLittleWhilePlaying) {

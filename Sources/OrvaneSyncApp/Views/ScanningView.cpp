@@ -55,7 +55,8 @@ ScanningView::ScanningView(Desktop& desktop, QWidget* parent)
     }
     file_->setAccessibleName(tr("File being read"));
     auto* stop = button(tr("Cancel"));
-    stop->setToolTip(tr("Stops the scan and leaves all as it was"));
+    stop->setToolTip(tr("Stops the scan and leaves all as it was (Escape)"));
+    stop->setShortcut(Qt::Key_Escape);
     connect(stop, &QPushButton::clicked, this, [this] { desktop_.run("stopScan"); });
     rows->addSpacing(space::small);
     rows->addWidget(stop, 0, Qt::AlignHCenter);

@@ -152,10 +152,12 @@ void MetadataPage::open() {
 void MetadataPage::showAccount() {
     const AccountPanel panel = accountPanel(*account_);
     pill_->show(panel.isSignedIn ? Signal::matched : Signal::none, translatedSentence(panel.state));
+    const bool wasPressed = signIn_->hasFocus();
     signIn_->setVisible(panel.canSignIn);
     cancel_->setVisible(panel.canCancel);
     if (!panel.canCancel) cancel_->setEnabled(true);
     paste_->setVisible(panel.canCancel);
+    if (wasPressed && panel.canCancel) callback_->setFocus(); // what comes next
     signOut_->setVisible(panel.isSignedIn && !panel.canCancel);
     if (panel.canCancel) refusal_.clear();
     const QString why = refusal_.isEmpty() ? translatedSentence(panel.problem) : refusal_;

@@ -1,8 +1,6 @@
 #include "OrvaneSyncCLI/CureCommand.h"
 
-#include "OrvaneSyncApp/ViewModels/Results/ShellWord.h"
 #include "OrvaneSyncCLI/Command.h"
-#include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
 #include "Platform/Files.h"
 #include "Platform/Text.h"
 
@@ -15,95 +13,37 @@ namespace orvane::cli {
 
 namespace {
 
-struct CureOption {
-    std::string name, value;
-};
-
-/// What of a cure a command line does.
+/// What of a way a command line does.
 struct CureOptions {
     std::vector<CureOption> options;
     std::vector<std::string> foldersLeftOut; ///< that were named for the scan
 
-    bool isEmpty() const { return options.empty() && foldersLeftOut.empty(); }
-    bool has(std::string_view name) const {
-        return std::ranges::find(options, name, &CureOption::name) != options.end();
+    explicit CureOptions(const CureWay& way) {
+        take(way.options);
+        if (way.scan) take(way.scan->options);
     }
-    bool namesFolders() const { return has("--video") || has("--audio"); }
-    bool leavesCardsOut() const { return !foldersLeftOut.empty() || has("--exclude") || namesFolders(); }
-};
-
-/// That hold one value; the others may come again.
-constexpr std::array<std::string_view, 5> cureOptionsOfOneValue{"--sound-offset", "--sound-date", "--tc-rate",
-                                                                "--days", "--choose"};
-constexpr std::array<std::string_view, 4> cureOptionsThatAdd{"--exclude", "--set", "--video", "--audio"};
-
-bool isAmong(std::string_view name, std::span<const std::string_view> names) {
-    return std::ranges::find(names, name) != names.end();
-}
-
-/// Reads a cure from front to back.
-class CureReader {
-  public:
-    explicit CureReader(std::string_view cure) : cure_(cure) {}
-
-    /// Of the first way; empty where it needs more than options.
-    CureOptions firstWay() {
-        for (at_ = cure_.find("--"); at_ != std::string_view::npos; at_ = cure_.find("--", at_ + 2)) {
-            if (!takeOption()) continue;
-            while (skip(" ") && takeOption()) {
-            }
-            if (at_ > 0 && cure_[at_ - 1] == ' ') --at_;
-            return takeScope() ? std::move(found_) : CureOptions();
-        }
-        return {};
+    bool has(CureOption::Kind kind) const {
+        return std::ranges::find(options, kind, &CureOption::kind) != options.end();
+    }
+    bool namesFolders() const { return has(CureOption::Kind::video) || has(CureOption::Kind::audio); }
+    bool leavesCardsOut() const {
+        return !foldersLeftOut.empty() || has(CureOption::Kind::exclude) || namesFolders();
     }
 
   private:
-    bool skip(std::string_view text) {
-        if (!cure_.substr(at_).starts_with(text)) return false;
-        at_ += text.size();
-        return true;
+    void take(const std::vector<CureOption>& some) {
+        for (const CureOption& option : some)
+            if (option.kind == CureOption::Kind::withoutFolder)
+                foldersLeftOut.push_back(option.value);
+            else
+                options.push_back(option);
     }
-
-    bool takeOption() {
-        const ShellWord name = shellWordAt(cure_, at_);
-        if (!isAmong(name.text, cureOptionsOfOneValue) && !isAmong(name.text, cureOptionsThatAdd))
-            return false;
-        const std::size_t valueAt = at_ + name.length + 1;
-        if (valueAt >= cure_.size() || cure_[valueAt - 1] != ' ') return false;
-        ShellWord value = shellWordAt(cure_, valueAt);
-        // What nobody but the user knows.
-        if (value.text.empty() || value.text == "YYYY-MM-DD" || value.text == "FOLDER") return false;
-        at_ = valueAt + value.length;
-        found_.options.push_back({name.text, std::move(value.text)});
-        return true;
-    }
-
-    /// "in a scan of this card alone (--exclude 'CART')": without what makes such a scan, the options would
-    /// move other cards, too.
-    bool takeScope() {
-        if (!skip(" in a scan of ")) return true;
-        const std::size_t alone = cure_.find(" alone", at_);
-        if (alone == std::string_view::npos) return false;
-        at_ = alone + std::string_view(" alone").size();
-        if (!skip(" (")) return false;
-        while (!skip(")")) {
-            skip(", ") || skip(" ");
-            if (skip("without the folder ")) {
-                ShellWord folder = shellWordAt(cure_, at_);
-                at_ += folder.length;
-                found_.foldersLeftOut.push_back(std::move(folder.text));
-            } else if (!takeOption()) {
-                return false;
-            }
-        }
-        return true;
-    }
-
-    std::string_view cure_;
-    std::size_t at_ = 0;
-    CureOptions found_;
 };
+
+/// That hold one value; the others may come again.
+constexpr std::array cureOptionsOfOneValue{CureOption::Kind::soundOffset, CureOption::Kind::soundDate,
+                                           CureOption::Kind::timecodeRate, CureOption::Kind::days,
+                                           CureOption::Kind::choose};
 
 /// Quoted where a shell would read it otherwise.
 std::string shellWord(const std::string& word) {
@@ -118,14 +58,15 @@ using Parts = std::vector<Arguments::Part>;
 /// come again.
 std::string identityOf(std::string_view option, const std::string& value) {
     std::string identity(option);
-    if (isAmong(option, cureOptionsOfOneValue)) return identity;
+    if (std::ranges::find(cureOptionsOfOneValue, option, nameOf) != cureOptionsOfOneValue.end())
+        return identity;
     return identity + " " + (option == "--set" ? value.substr(0, value.find('=')) : value);
 }
 
 /// What of the call stays beside the cure: no option twice, of those that replace each other the last.
 Parts besideCure(const Parts& call, const CureOptions& cure) {
     std::set<std::string> later;
-    for (const CureOption& option : cure.options) later.insert(identityOf(option.name, option.value));
+    for (const CureOption& option : cure.options) later.insert(identityOf(nameOf(option.kind), option.value));
     const auto isReplaced = [&](const Arguments::Part& part) {
         if (!part.option.empty() && !later.insert(identityOf(part.option, part.value)).second) return true;
         const bool isFolder = part.option.empty() || part.option == "--video" || part.option == "--audio";
@@ -150,7 +91,8 @@ std::vector<std::string> wordsOf(std::vector<std::string> words, const Parts& pa
         std::vector<std::string>& place = looksLikeOption ? last : words;
         place.insert(place.end(), part.words.begin(), part.words.end());
     }
-    for (const CureOption& option : cure.options) words.insert(words.end(), {option.name, option.value});
+    for (const CureOption& option : cure.options)
+        words.insert(words.end(), {std::string(nameOf(option.kind)), option.value});
     if (!last.empty()) words.emplace_back("--");
     words.insert(words.end(), last.begin(), last.end());
     return words;
@@ -166,7 +108,8 @@ std::string shellLine(const std::vector<std::string>& words) {
 std::string meaningOf(const Parts& parts, const CureOptions& cure) {
     std::set<std::string> all;
     for (const Arguments::Part& part : parts) all.insert(part.option + " " + part.value);
-    for (const CureOption& option : cure.options) all.insert(option.name + " " + option.value);
+    for (const CureOption& option : cure.options)
+        all.insert(std::string(nameOf(option.kind)) + " " + option.value);
     std::string meaning;
     for (const std::string& one : all) meaning += one + '\0';
     return meaning;
@@ -190,12 +133,14 @@ bool numberOutput(Parts& parts, int number) {
 CureCommands::CureCommands(std::span<const std::string> call) : start_(call.begin(), call.begin() + 2) {
     const auto command = std::ranges::find(allCommands(), call[1], &Command::name);
     if (command != allCommands().end()) parts_ = argumentsOf(**command, call.subspan(2)).parts();
-    given_.insert(meaningOf(besideCure(parts_, {}), {})); // what is in force cures nothing
+    const CureOptions none{CureWay()};
+    given_.insert(meaningOf(besideCure(parts_, none), none)); // what is in force cures nothing
 }
 
-std::optional<std::string> CureCommands::next(std::string_view cure) {
-    const CureOptions options = CureReader(cure).firstWay();
-    if (options.isEmpty()) return std::nullopt;
+std::optional<std::string> CureCommands::next(const DoubtCure& cure) {
+    const CureWay* way = cure.firstWay();
+    if (way == nullptr) return std::nullopt;
+    const CureOptions options(*way);
     Parts parts = besideCure(parts_, options);
     std::string plain = shellLine(wordsOf(start_, parts, options));
     if (platform::text::printable(plain) != plain || !given_.insert(meaningOf(parts, options)).second)

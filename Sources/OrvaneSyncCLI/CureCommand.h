@@ -7,7 +7,6 @@
 #include <set>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace orvane::cli {
@@ -23,7 +22,7 @@ class CureCommands {
     /// no options do all of it, as where files have to be put into a folder of their own, for names that no
     /// terminal shows, and for a call that was given before or does nothing else than this one. No option
     /// comes twice, and no setting.
-    std::optional<std::string> next(std::string_view cure);
+    std::optional<std::string> next(const DoubtCure& cure);
 
   private:
     std::vector<std::string> start_; ///< program and command

@@ -67,51 +67,71 @@ TEST(MatchText, SaysWhatIsCoveredWhereTheSoundWasMovedTo) {
 }
 
 TEST(CureCommand, isTheCallWithWhatTheCureSays) {
-    const std::string scope = " in a scan of this card alone";
+    using enum CureOption::Kind;
+    const auto way = [](std::vector<CureOption> options, std::vector<CureOption> scan = {},
+                        const char* rest = "") {
+        return DoubtCure(CureWay{std::move(options), CureScan{"this card", std::move(scan), rest}});
+    };
+    const DoubtCure sameDay(days, "same");
     const struct {
         std::vector<std::string> call;
-        std::string cure;
+        DoubtCure cure;
+        const char* text;
         std::optional<std::string> expected;
     } cases[] = {
-        {{"shoot"}, "--days same", "orvanesync scan shoot --days same"},
+        {{"shoot"}, sameDay, "--days same", "orvanesync scan shoot --days same"},
         {{"my shoot", "$x"},
-         "--tc-rate 25, or the rate that was meant",
+         DoubtCure(timecodeRate, "25") + " or " + DoubtCure(timecodeRate, "30"),
+         "--tc-rate 25 or --tc-rate 30",
          "orvanesync scan 'my shoot' '$x' --tc-rate 25"},
-        {{"it's"}, "--set ltc.enabled=true listens", R"(orvanesync scan 'it'\''s' --set ltc.enabled=true)"},
-        {{"--", "-a"}, "attach it by hand, or --set a=b c", "orvanesync scan --set a=b -- -a"},
+        {{"--", "-a"},
+         "attach --audio x, or " + DoubtCure(setting, "a=b") + " c",
+         "attach --audio x, or --set a=b c",
+         "orvanesync scan --set a=b -- -a"},
         {{"a", "--sound-offset", "1", "--exclude", "B", "--sound-date=2000-01-01"},
-         "--sound-date 2024-05-17 --sound-offset 01:00:00:00" + scope +
-             R"( (--exclude 'it'\''s (1), b' --exclude C), or lock it)",
+         way({{soundDate, "2024-05-17"}, {soundOffset, "01:00:00:00"}},
+             {{exclude, "it's (1), b"}, {exclude, "C"}}),
+         R"(--sound-date 2024-05-17 --sound-offset 01:00:00:00 in a scan of this card alone (--exclude 'it'\''s (1), b' --exclude 'C'))",
          R"(orvanesync scan a --exclude B --sound-date 2024-05-17 --sound-offset 01:00:00:00 --exclude 'it'\''s (1), b' --exclude C)"},
         {{"/m/A", "--audio", "/m/B C", "--audio=/m/D"},
-         "--sound-date 2024-05-17" + scope + " (without the folder '/m/B C', without the folder '/m/D')",
+         way({{soundDate, "2024-05-17"}}, {{withoutFolder, "/m/B C"}, {withoutFolder, "/m/D"}}),
+         "--sound-date 2024-05-17 in a scan of this card alone (without the folder '/m/B C', without the "
+         "folder '/m/D')",
          "orvanesync scan /m/A --sound-date 2024-05-17"},
         {{"a", "--video", "b", "--exclude", "c", "d"},
-         "--sound-date 2024-05-17" + scope + " (--video '/m/A' --audio '/m/B C'), or lock it",
+         way({{soundDate, "2024-05-17"}}, {{video, "/m/A"}, {audio, "/m/B C"}}) + ", or lock it",
+         "--sound-date 2024-05-17 in a scan of this card alone (--video '/m/A' --audio '/m/B C'), or lock it",
          "orvanesync scan --exclude c --sound-date 2024-05-17 --video /m/A --audio '/m/B C'"},
         {{"a", "--quiet", "--set", "x.y=1", "--set=x.y=2", "--quiet"},
-         "--set x.y=3, or lock it",
+         DoubtCure(setting, "x.y=3"),
+         "--set x.y=3",
          "orvanesync scan a --quiet --set x.y=3"},
-        {{"--set", "x.y=3", "a", "--quiet"}, "--set x.y=3, or lock it", std::nullopt}, // in force
-        {{"a"}, "--sound-date 2024-05-17" + scope + " (--video FOLDER)", std::nullopt},
-        {{"a"}, "--sound-offset 00:00:02:00" + scope + "; lock a clip", std::nullopt},
+        {{"--set", "x.y=3", "a", "--quiet"},
+         DoubtCure(setting, "x.y=3"),
+         "--set x.y=3",
+         std::nullopt}, // in force
         {{"a"},
-         "--sound-offset 00:00:02:00" + scope + " (put links to them into a folder of their own)",
+         way({{soundDate, "2024-05-17"}}, {{exclude, ""}}, ", which you know"),
+         "--sound-date 2024-05-17 in a scan of this card alone (--exclude FOLDER, which you know)",
          std::nullopt},
-        {{"a"}, "--sound-date YYYY-MM-DD", std::nullopt},
-        {{"a"}, "choose in the table of 'scan --review', or lock the clips", std::nullopt},
-        {{"a\nb"}, "--days same", std::nullopt},
+        {{"a"},
+         DoubtCure(soundDate, "") + ", or lock it",
+         "--sound-date YYYY-MM-DD, or lock it",
+         std::nullopt},
+        {{"a"}, "choose --days same", "choose --days same", std::nullopt},
+        {{"a\nb"}, sameDay, "--days same", std::nullopt},
     };
     for (const auto& one : cases) {
         std::vector<std::string> call{"orvanesync", "scan"};
         call.insert(call.end(), one.call.begin(), one.call.end());
-        EXPECT_EQ(CureCommands(call).next(one.cure), one.expected) << one.cure;
+        EXPECT_EQ(one.cure.text(), one.text);
+        EXPECT_EQ(CureCommands(call).next(one.cure), one.expected) << one.text;
     }
     CureCommands cures(std::vector<std::string>{"orvanesync", "sync", "a", "-oday.1/Out.fcpxml"});
-    EXPECT_EQ(cures.next("--days same"), "orvanesync sync a -oday.1/Out.fcpxml --days same");
-    EXPECT_EQ(cures.next("--days same"), std::nullopt) << "told already";
-    EXPECT_EQ(cures.next("--exclude A"), "orvanesync sync a -oday.1/Out-2.fcpxml --exclude A");
-    EXPECT_EQ(cures.next("--exclude B"), "orvanesync sync a -oday.1/Out-3.fcpxml --exclude B");
+    EXPECT_EQ(cures.next(sameDay), "orvanesync sync a -oday.1/Out.fcpxml --days same");
+    EXPECT_EQ(cures.next(sameDay), std::nullopt) << "told already";
+    EXPECT_EQ(cures.next({exclude, "A"}), "orvanesync sync a -oday.1/Out-2.fcpxml --exclude A");
+    EXPECT_EQ(cures.next({exclude, "B"}), "orvanesync sync a -oday.1/Out-3.fcpxml --exclude B");
 }
 
 TEST(NotComparedText, standsWhereCamerasHeardSomething) {

@@ -193,15 +193,7 @@ ResultsViewModel::Row ResultsModel::makeRow(std::size_t index) const {
         cell = utf8(translatedSentence(cell));
     }
     made.doubts = utf8(translatedSentence(made.doubts));
-    // In its own row what is said of the file comes first.
-    QString reason = translatedSentence(made.reason);
-    const QString file = text(made.texts[static_cast<std::size_t>(Column::cameraFile)]);
-    for (const QString& quoted : {QStringLiteral("'%1' "), QStringLiteral("„%1“ ")})
-        if (const QString own = quoted.arg(file); reason.startsWith(own)) reason.remove(0, own.size());
-    // Which recordings they are stands behind what is said of all such clips.
-    const qsizetype list = reason.indexOf(QStringLiteral(": "));
-    if (list > reason.indexOf(file) && reason.contains(file)) reason.remove(0, list + 2);
-    made.reason = utf8(reason);
+    made.reason = utf8(translatedSentence(made.reason));
     for (const Column column : {Column::name, Column::cameraFile, Column::sound}) {
         std::string& cell = made.texts[static_cast<std::size_t>(column)];
         cell = utf8(inPartOrder(text(cell)));

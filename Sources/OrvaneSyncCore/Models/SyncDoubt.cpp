@@ -6,9 +6,11 @@ JSON toJSON(const SyncDoubt& doubt) {
     JSON json;
     json.set("kind", rawValue(doubt.kind));
     json.set("message", doubt.message);
-    json.set("cure", doubt.cure);
+    json.set("cure", doubt.cure.text());
     return json;
 }
+
+std::string warningOf(const SyncDoubt& doubt) { return doubt.message + "; " + doubt.cure.text(); }
 
 JSON toJSON(const CardDoubt& doubt) {
     JSON json = toJSON(doubt.doubt);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncCore/Models/DoubtCure.h"
 #include "OrvaneSyncCore/Models/RawValues.h"
 #include "OrvaneSyncCore/Models/UUID.h"
 
@@ -34,9 +35,14 @@ struct SyncDoubt {
 
     Kind kind = Kind::ambiguous;
     std::string message; ///< one sentence for people, with the numbers and the file's name
-    std::string cure;    ///< what to do: an option as it is typed, or a decision of the editor
+    DoubtCure cure;      ///< options, or a decision of the editor
     /// The channel that `mutedSpeech` is about, from 1.
     std::optional<int> channel{};
+    /// The message for the row of its clip, which has the clip's name and room for the beginning; empty: as
+    /// it is.
+    std::string reason{};
+    /// The message where a window says it otherwise, as it has no options; empty: as it is.
+    std::string windowMessage{};
 
     bool operator==(const SyncDoubt&) const = default;
 };
@@ -64,6 +70,8 @@ struct CardDoubt {
 };
 
 JSON toJSON(const SyncDoubt& doubt);
+/// One line for a terminal: the message and the cure.
+std::string warningOf(const SyncDoubt& doubt);
 /// The keys of the doubt, and `groupIDs`.
 JSON toJSON(const CardDoubt& doubt);
 

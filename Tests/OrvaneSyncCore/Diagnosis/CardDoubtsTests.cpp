@@ -46,7 +46,9 @@ TEST(CardDoubts, FilesThatEndEarlyAreToldOnceAFolder) {
     const auto& own = shot.doubts.byGroup.at(shot.groups.front().id);
     const auto shortSound = std::ranges::find(own, Kind::shortSound, &SyncDoubt::kind);
     ASSERT_NE(shortSound, own.end());
-    EXPECT_TRUE(shortSound->cure.starts_with("copy 'T1.wav' again from the card")) << shortSound->cure;
+    EXPECT_TRUE(shortSound->cure.text().starts_with("copy 'T1.wav' again from the card"))
+        << shortSound->cure.text();
+    EXPECT_EQ(shortSound->message, "'A1.mov' " + shortSound->reason);
 }
 
 TEST(CardDoubts, SoundThatRunsAtAnotherSpeed) {
@@ -227,7 +229,7 @@ TEST(ClockDoubts, CountANightAsOneCard) {
     const auto card = shot.card(Kind::constantOffset);
     ASSERT_TRUE(card);
     EXPECT_NE(card->doubt.message.find("8 of 8 clips"), std::string::npos) << card->doubt.message;
-    EXPECT_EQ(card->doubt.cure, "--sound-offset -05:00:00:00");
+    EXPECT_EQ(card->doubt.cure.text(), "--sound-offset -05:00:00:00");
     EXPECT_EQ(card->groupIDs.size(), 8U);
 }
 

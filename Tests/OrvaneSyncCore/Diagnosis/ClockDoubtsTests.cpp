@@ -22,10 +22,10 @@ TEST(ClockDoubts, FindsTheClockOfACard) {
                 EXPECT_TRUE(group.isMOS() || shot.doubts.has(group.id, {Kind::constantOffset}))
                     << "silent sound by chance, seed " << seed << ", " << group.video.filename;
             const std::string option = "--sound-offset ";
-            ASSERT_TRUE(card->doubt.cure.starts_with(option));
-            const auto end = card->doubt.cure.find("; then check a clap");
+            ASSERT_TRUE(card->doubt.cure.text().starts_with(option));
+            const auto end = card->doubt.cure.text().find("; then check a clap");
             EXPECT_EQ(end == std::string::npos, card->doubt.message.find("is known to") == std::string::npos);
-            const std::string cure = card->doubt.cure.substr(0, end);
+            const std::string cure = card->doubt.cure.text().substr(0, end);
             Shot cured = shot;
             cured.diagnose(MatchRules::of(MatchingDays::automatic,
                                           {.soundOffset = cure.substr(option.size())},
@@ -35,10 +35,10 @@ TEST(ClockDoubts, FindsTheClockOfACard) {
             if (const auto at = card->doubt.message.find("known to "); at != std::string::npos) {
                 const auto found = TimecodeUtils::tcToSeconds(cure.substr(cure.find(':') - 2), 25);
                 EXPECT_LE(std::abs(found - std::abs(offset)), std::stod(card->doubt.message.substr(at + 9)))
-                    << "seed " << seed << ": " << card->doubt.message << card->doubt.cure;
+                    << "seed " << seed << ": " << card->doubt.message << card->doubt.cure.text();
             }
             if (std::fmod(offset, 1800) == 0) {
-                EXPECT_EQ(card->doubt.cure, option + offsetText(offset, TimecodeFrameRate::fps25))
+                EXPECT_EQ(card->doubt.cure.text(), option + offsetText(offset, TimecodeFrameRate::fps25))
                     << "seed " << seed << ": whole hours are preferred";
             }
         }
@@ -57,7 +57,7 @@ TEST(ClockDoubts, LongRecordingsFitByTheOffsetThatStartsThemWithTheirClips) {
         shot.diagnose();
         const auto card = shot.card(Kind::constantOffset);
         ASSERT_TRUE(card) << offset;
-        EXPECT_EQ(card->doubt.cure, "--sound-offset " + offsetText(offset, TimecodeFrameRate::fps25));
+        EXPECT_EQ(card->doubt.cure.text(), "--sound-offset " + offsetText(offset, TimecodeFrameRate::fps25));
     }
 }
 
@@ -81,7 +81,7 @@ TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
     const auto cureOf = [](Shot& shot, const MatchRules& rules = {}) {
         shot.diagnose(rules);
         const auto card = shot.card(Kind::constantOffset);
-        return card ? card->doubt.cure : "none";
+        return card ? card->doubt.cure.text() : "none";
     };
     Shot one, longer, undated, nine, dayOff, film;
     takes(one, nullptr, 9, "A", 0);
@@ -196,7 +196,7 @@ TEST(ClockDoubts, ADateThatIsWrongByDaysIsNoClockThatIsWrongByADay) {
         EXPECT_FALSE(shot.card(Kind::constantOffset)) << shot.card(Kind::constantOffset)->doubt.message;
         const auto date = shot.card(Kind::otherDateFits);
         ASSERT_TRUE(date) << laterEachDay;
-        EXPECT_TRUE(date->doubt.cure.starts_with("--sound-date 2024-05-1")) << date->doubt.cure;
+        EXPECT_TRUE(date->doubt.cure.text().starts_with("--sound-date 2024-05-1")) << date->doubt.cure.text();
     }
 }
 
@@ -234,7 +234,8 @@ TEST(ClockDoubts, TakesThatRepeatEachHourHideAWrongClock) {
         shot.diagnose();
         EXPECT_EQ(shot.count(Kind::constantOffset), one.doubted) << one.name;
         const auto card = shot.card(Kind::constantOffset);
-        EXPECT_TRUE(!card || card->doubt.cure.starts_with(one.cure)) << one.name << ": " << card->doubt.cure;
+        EXPECT_TRUE(!card || card->doubt.cure.text().starts_with(one.cure))
+            << one.name << ": " << card->doubt.cure.text();
     }
 }
 
@@ -261,7 +262,7 @@ TEST(ClockDoubts, OneRecordingThroughAllClipsIsToldByTheOnlyHourThatFits) {
         if (one.hasOtherSound) shot.audios.push_back(recordingAt("/R/T.wav", 35990, 40));
         shot.diagnose();
         const auto card = shot.card(Kind::constantOffset);
-        EXPECT_EQ(card ? card->doubt.cure : "none", one.cure) << one.name;
+        EXPECT_EQ(card ? card->doubt.cure.text() : "none", one.cure) << one.name;
         const auto left = LeftOver::of(shot.groups, {&shot.audios.front()}, {}, shot.doubts);
         EXPECT_EQ(!left.isEmpty(), one.isLeftOver) << one.name;
         if (!one.isLeftOver) continue;
@@ -315,8 +316,8 @@ TEST(ClockDoubts, OffsetsByHandTellOfTheOtherClips) {
             SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard});
         EXPECT_EQ(shot.count(Kind::constantOffset), one.doubted) << one.name;
         const auto card = shot.card(Kind::constantOffset);
-        EXPECT_TRUE(!card || card->doubt.cure.find("--sound-offset -00:00:02:10") != std::string::npos)
-            << card->doubt.cure;
+        EXPECT_TRUE(!card || card->doubt.cure.text().find("--sound-offset -00:00:02:10") != std::string::npos)
+            << card->doubt.cure.text();
     }
 }
 
@@ -405,7 +406,8 @@ TEST(ClockDoubts, FindsARateAndADate) {
     film.diagnose();
     ASSERT_TRUE(film.card(Kind::timecodeRate));
     EXPECT_EQ(film.card(Kind::timecodeRate)->groupIDs.size(), 30U);
-    EXPECT_TRUE(film.card(Kind::timecodeRate)->doubt.cure.starts_with("--tc-rate 23.976, then check a clap"));
+    EXPECT_TRUE(
+        film.card(Kind::timecodeRate)->doubt.cure.text().starts_with("--tc-rate 23.976, then check a clap"));
     EXPECT_FALSE(film.card(Kind::constantOffset));
 
     shootADay(dated, random, 8, "1");
@@ -413,7 +415,7 @@ TEST(ClockDoubts, FindsARateAndADate) {
     for (MediaAsset& audio : dated.audios) audio.contentCreatedDate = dateFromISO8601("2000-01-01T12:00:00Z");
     dated.diagnose();
     ASSERT_TRUE(dated.card(Kind::otherDateFits));
-    EXPECT_EQ(dated.card(Kind::otherDateFits)->doubt.cure,
+    EXPECT_EQ(dated.card(Kind::otherDateFits)->doubt.cure.text(),
               "--sound-date 2024-05-17; one of the two dates is wrong");
     EXPECT_EQ(dated.card(Kind::otherDateFits)->groupIDs.size(), 8U);
     for (std::size_t i = 0; i < dated.videos.size(); ++i) { // a header in UTC changes its day among the clips
@@ -438,7 +440,7 @@ TEST(ClockDoubts, FindsARateAndADate) {
     EXPECT_EQ(ahead.count(Kind::otherDateFits), 8);
     const auto cure = [&] {
         const auto card = ahead.card(Kind::otherDateFits);
-        return card ? card->doubt.cure : "no doubt";
+        return card ? card->doubt.cure.text() : "no doubt";
     };
     EXPECT_TRUE(cure().starts_with("look for the sound of 2024-05-18")) << cure();
     for (MediaAsset& video : ahead.videos)

@@ -66,8 +66,8 @@ TEST(HeardClocks, WhatWasHeardIsCuredInAScanOfItsRecorderAlone) {
         shot.doubts =
             SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard});
         ASSERT_TRUE(shot.card(Kind::constantOffset)) << one.bag;
-        EXPECT_NE(shot.card(Kind::constantOffset)->doubt.cure.find(one.scan), std::string::npos)
-            << shot.card(Kind::constantOffset)->doubt.cure;
+        EXPECT_NE(shot.card(Kind::constantOffset)->doubt.cure.text().find(one.scan), std::string::npos)
+            << shot.card(Kind::constantOffset)->doubt.cure.text();
         EXPECT_EQ(shot.count(Kind::ambiguous) + shot.count(Kind::otherDay), std::ssize(shot.groups))
             << "which of the two is right";
     }
@@ -118,7 +118,8 @@ TEST(HeardClocks, WhatCamerasHeardInOtherRecordingsTellsTheClock) {
         EXPECT_EQ(shot.count(Kind::ambiguous), one.alone) << one.name;
         const auto all = shot.doubts.summary(shot.groups);
         EXPECT_EQ(all.empty(), one.offset + one.alone == 0);
-        EXPECT_TRUE(all.empty() || all.front().doubt.cure.starts_with(one.cure)) << all.front().doubt.cure;
+        EXPECT_TRUE(all.empty() || all.front().doubt.cure.text().starts_with(one.cure))
+            << all.front().doubt.cure.text();
     }
 }
 
@@ -140,9 +141,10 @@ TEST(HeardClocks, LagsThatGrowWithTheTimeOfDayTellTheRate) {
                                     TimecodeFrameRate::fps29_97d));
     two.diagnose(rules);
     ASSERT_EQ(two.count(Kind::timecodeRate), 4) << "an offset would move that of the other camera alone";
-    EXPECT_NE(two.card(Kind::timecodeRate)->doubt.cure.find("--tc-rate 29.97NDF --sound-offset 00:00:3"),
-              std::string::npos)
-        << two.card(Kind::timecodeRate)->doubt.cure;
+    EXPECT_NE(
+        two.card(Kind::timecodeRate)->doubt.cure.text().find("--tc-rate 29.97NDF --sound-offset 00:00:3"),
+        std::string::npos)
+        << two.card(Kind::timecodeRate)->doubt.cure.text();
     std::unordered_map<UUID, HeardLag> heard;
     for (const SyncGroup& group : shot.groups) heard[group.audioMatches.front().id] = {0.02};
     shot.doubts =
@@ -156,8 +158,9 @@ TEST(HeardClocks, LagsThatGrowWithTheTimeOfDayTellTheRate) {
         SyncDoubts::of({shot.groups, shot.audios, rules, TrimMode::noTrim, {}, FileNames(), &heard});
     ASSERT_TRUE(shot.card(Kind::timecodeRate));
     EXPECT_TRUE(shot.card(Kind::timecodeRate)
-                    ->doubt.cure.starts_with("--tc-rate 29.97NDF --sound-offset 00:00:35:29;"))
-        << shot.card(Kind::timecodeRate)->doubt.cure;
+                    ->doubt.cure.text()
+                    .starts_with("--tc-rate 29.97NDF --sound-offset 00:00:35:29;"))
+        << shot.card(Kind::timecodeRate)->doubt.cure.text();
 }
 
 /// A clock that was set anew within a day, on one card.

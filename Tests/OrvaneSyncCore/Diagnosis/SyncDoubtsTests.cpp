@@ -112,7 +112,7 @@ TEST(SyncDoubts, ANightOfAnotherDateNeedsNoScanOfItsOwnUnderClipsOfOneDay) {
         night.audios.push_back(recordingAt("/S/T" + name + ".wav", start - 3, 20));
         night.audios.back().contentCreatedDate = dateFromISO8601(std::string(date) + "T12:00:00Z");
     }
-    const auto cure = [&] { return night.doubts.summary(night.groups).front().doubt.cure; };
+    const auto cure = [&] { return night.doubts.summary(night.groups).front().doubt.cure.text(); };
     night.diagnose();
     EXPECT_TRUE(cure().starts_with("--sound-date 2024-05-17 if")) << cure();
     night.diagnose({.soundDay = dayNumber(*dateFromISO8601("2024-05-17T12:00:00Z"))});
@@ -178,8 +178,8 @@ TEST(SyncDoubts, ADateThatFitsTheClipMayBeWrong) {
                                std::ranges::count(own->second, Kind::otherDay, &SyncDoubt::kind) > 0;
         EXPECT_TRUE(isDoubted) << group.video.filename << (isRight ? ": what lies beside its sound" : "");
         if (group.video.filename != "A15.mov") continue;
-        EXPECT_EQ(own->second.back().cure, "--sound-date 2024-05-18 in a scan of this day alone "
-                                           "(--video '/CAM/D1' --audio '/S/D1')");
+        EXPECT_EQ(own->second.back().cure.text(), "--sound-date 2024-05-18 in a scan of this day alone "
+                                                  "(--video '/CAM/D1' --audio '/S/D1')");
     }
 
     for (MediaAsset& video : shot.videos) std::swap(video.contentCreatedDate, video.headerDate);
@@ -219,10 +219,10 @@ TEST(SyncDoubts, ADateThatFitsTheClipMayBeWrong) {
     copied.doubts = SyncDoubts::of(
         {copied.groups, copied.audios, {}, TrimMode::noTrim, results, names, nullptr, {{"/"}}});
     EXPECT_EQ(copied.count(Kind::otherDay), 4) << "what lies beside the sound of the first day";
-    EXPECT_EQ(copied.card(Kind::otherDateFits)->doubt.cure, alone + "; one of the two dates is wrong");
+    EXPECT_EQ(copied.card(Kind::otherDateFits)->doubt.cure.text(), alone + "; one of the two dates is wrong");
     for (const SyncGroup& group : copied.groups) {
         if (group.isMOS()) continue;
-        EXPECT_EQ(copied.doubts.byGroup.at(group.id).back().cure, alone + "; take it off this clip");
+        EXPECT_EQ(copied.doubts.byGroup.at(group.id).back().cure.text(), alone + "; take it off this clip");
         EXPECT_FALSE(copied.doubts.has(group.id, {Kind::mutedSpeech})) << "it would be switched on";
     }
 
@@ -387,7 +387,7 @@ TEST(SyncDoubts, LooksAtEachClip) {
             for (const SyncDoubt& doubt : own) {
                 kinds.insert(doubt.kind);
                 EXPECT_NE(doubt.message.find('\''), std::string::npos) << "names a file: " << doubt.message;
-                EXPECT_FALSE(doubt.cure.empty());
+                EXPECT_FALSE(doubt.cure.isEmpty());
             }
         EXPECT_EQ(kinds, one.kinds) << one.name;
     }
@@ -438,7 +438,7 @@ TEST(SyncDoubts, SaysWhichPartOfAClipHasNoSound) {
         ASSERT_EQ(std::ssize(doubts.byGroup), 1);
         const SyncDoubt& said = doubts.byGroup.begin()->second.front();
         EXPECT_NE(said.message.find(one.message), std::string::npos) << said.message;
-        EXPECT_EQ(said.cure.find("--set") != std::string::npos, one.canBeTrimmed) << said.cure;
+        EXPECT_EQ(said.cure.text().find("--set") != std::string::npos, one.canBeTrimmed) << said.cure.text();
     }
 
     // Parts of a night, dated without a time of day.

@@ -95,7 +95,7 @@ TEST(TimecodeDoubts, LinearTimecodeIsProposedWhereItWasNotListenedFor) {
             shot.audios.push_back(recordingAt("/S/T.wav", 36000, 20));
             shot.timecodeChannel = channel;
             shot.diagnose();
-            const std::string cure = shot.doubts.byGroup.begin()->second.front().cure;
+            const std::string cure = shot.doubts.byGroup.begin()->second.front().cure.text();
             const bool isNone = isMute || *option == '\0';
             EXPECT_NE(cure.find(isNone ? "attach" : option), std::string::npos) << cure;
             EXPECT_EQ(cure.find("--set") == std::string::npos, isNone) << cure;

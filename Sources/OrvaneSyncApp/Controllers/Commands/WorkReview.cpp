@@ -56,7 +56,7 @@ std::string doubtText(const SyncGroup& group, const SyncDoubts& doubts, Unmatche
         return group.matchStatus.isSettled() ? "" : reasons.ofClip(group);
     std::vector<std::string> texts;
     for (const SyncDoubt& one : own->second)
-        texts.push_back(one.cure.empty() ? one.message : one.message + " (" + one.cure + ")");
+        texts.push_back(one.cure.isEmpty() ? one.message : one.message + " (" + one.cure.text() + ")");
     return platform::text::joined(texts, "; ");
 }
 

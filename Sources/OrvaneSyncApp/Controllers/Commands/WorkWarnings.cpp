@@ -208,7 +208,7 @@ std::vector<std::string> doubtWarnings(const WorkSnapshot& work, Matching matchi
             std::ranges::find(doubtsAboutMatching, doubt.doubt.kind) != doubtsAboutMatching.end())
             clips.insert(doubt.groupIDs.begin(), doubt.groupIDs.end());
         else
-            warnings.push_back(doubt.doubt.message + "; " + doubt.doubt.cure);
+            warnings.push_back(warningOf(doubt.doubt));
     }
     if (!clips.empty())
         warnings.push_back(counted(clips.size(), "clip", "clips") +

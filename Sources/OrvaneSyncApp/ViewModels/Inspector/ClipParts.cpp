@@ -56,7 +56,7 @@ DoubtsPart DoubtsPart::of(const ImportController& controller, const SyncGroup& g
     const auto found = all.find(group.id);
     if (found == all.end()) return part;
     for (const SyncDoubt& doubt : found->second) {
-        Cure cure = cureInWords(doubt);
+        Cure cure = cureInWords(doubt.cure);
         Doubt shown{messageInWords(doubt), std::move(cure.text), std::move(cure.steps)};
         addStepsForClip(group, doubt, shown);
         // Without folders nothing can be scanned again.

@@ -1,13 +1,9 @@
 #include "OrvaneSyncApp/ViewModels/Results/DoubtCures.h"
 
-#include "OrvaneSyncApp/ViewModels/Results/ShellWord.h"
 #include "OrvaneSyncApp/ViewModels/Results/WarningWords.h"
 
 #include "OrvaneSyncCore/Models/Settings.h"
-#include "OrvaneSyncCore/Models/SourceCorrections.h"
 
-#include <array>
-#include <cstddef>
 #include <optional>
 #include <utility>
 
@@ -16,29 +12,6 @@ namespace orvane {
 namespace {
 
 using platform::JSON;
-
-/// The option and its value from `at` on.
-struct Quoted {
-    std::string option, value;
-    std::size_t length = 0;
-};
-
-/// What is said of a folder is its name, in one pair of quotes.
-std::string spokenWord(ShellWord word) {
-    return word.isQuoted ? "'" + word.text + "'" : std::move(word.text);
-}
-
-Quoted quotedAt(std::string_view text, std::size_t at) {
-    const ShellWord option = shellWordAt(text, at);
-    Quoted found{option.text, {}, option.length};
-    // A switch without a value stands at the end of what it says.
-    if (at + found.length < text.size() && text[at + found.length] == ' ') {
-        ShellWord value = shellWordAt(text, at + found.length + 1);
-        found.length += 1 + value.length;
-        found.value = spokenWord(std::move(value));
-    }
-    return found;
-}
 
 JSON one(std::string_view key, JSON value) {
     JSON arguments = JSON::object();
@@ -55,18 +28,8 @@ JSON setting(std::string_view key, std::string_view value) {
 /// What stands for an option in the text, and what does the same.
 struct Spoken {
     std::string words;
-    std::optional<CureStep> step;
+    std::optional<CureStep> step = {};
 };
-
-bool isCorrection(std::optional<std::string> offset, std::optional<std::string> date,
-                  const std::optional<std::string>& rate) {
-    try {
-        SourceCorrections::fromTexts(std::move(offset), std::move(date), rate);
-        return true;
-    } catch (const CorrectionError&) {
-        return false;
-    }
-}
 
 std::optional<Spoken> spokenDays(const std::string& value) {
     if (!fromRawValue<MatchingDays>(value)) return std::nullopt;
@@ -100,54 +63,43 @@ std::optional<Spoken> spokenSetting(const std::string& assignment) {
                   CureStep{"Trim to " + name, "setTrimMode", one("mode", JSON(value)), false}};
 }
 
-/// Nothing for what is no option of a cure with a value that it takes: names of files may look like options.
-std::optional<Spoken> spoken(const Quoted& quoted) {
-    const std::string& value = quoted.value;
+Spoken spokenPath(std::string_view what, const CureOption& option) {
+    return {std::string(what) + (option.value.empty() ? "FOLDER" : "'" + option.value + "'")};
+}
+
+/// Nothing where a window has no other words for it.
+std::optional<Spoken> spoken(const CureOption& option) {
+    using enum CureOption::Kind;
+    const std::string& value = option.value;
     const auto correction = [&](std::string words, std::string button, std::string_view name) {
         return Spoken{std::move(words),
                       CureStep{std::move(button), "setCorrections", one(name, JSON(value)), true}};
     };
-    if (quoted.option == "--tc-rate" && isCorrection({}, {}, value))
+    switch (option.kind) {
+    case timecodeRate:
         return correction("count timecode at " + value + " frames a second", "Count at " + value,
                           "timecodeRate");
-    if (quoted.option == "--sound-date" && value == "YYYY-MM-DD")
-        return Spoken{"give the recordings the right date", std::nullopt};
-    if (quoted.option == "--sound-date" && isCorrection({}, value, {}))
-        return correction("date the recordings " + value, "Date Sound " + value, "soundDate");
-    if (quoted.option == "--sound-offset" && isCorrection(value, {}, {}))
+    case soundDate:
+        return value.empty() ? Spoken{"give the recordings the right date"}
+                             : correction("date the recordings " + value, "Date Sound " + value, "soundDate");
+    case soundOffset:
         return correction("move all sound by " + value, "Move Sound " + value, "soundOffset");
-    if (quoted.option == "--days") return spokenDays(value);
-    if (quoted.option == "--set") return spokenSetting(value);
-    if (quoted.option == "--choose" && value == "first")
+    case days:
+        return spokenDays(value);
+    case CureOption::Kind::setting:
+        return spokenSetting(value);
+    case choose:
         return Spoken{"“Choose First Recordings”",
                       CureStep{"Choose First Recordings", "chooseFirst", JSON::object(), false}};
-    const bool isFolder = value.starts_with('\'') || value == "FOLDER";
-    if (quoted.option == "--video" && isFolder) return Spoken{"picture: " + value, std::nullopt};
-    if (quoted.option == "--audio" && isFolder) return Spoken{"sound: " + value, std::nullopt};
+    case video:
+        return spokenPath("picture: ", option);
+    case audio:
+        return spokenPath("sound: ", option);
+    case exclude:
+    case withoutFolder:
+        break;
+    }
     return std::nullopt;
-}
-
-/// Phrases of the core that name what only a terminal has.
-constexpr std::array<std::pair<std::string_view, std::string_view>, 9> phrases{{
-    {" (a file name under 'choice' and its offset under 'offset_frames' in the table of 'scan --review')",
-     ""},
-    {" (a file name under 'choice' in the table of 'scan --review')", ""},
-    {" (under 'offset_frames' in the table of 'scan --review')", ""},
-    {"choose in the table of 'scan --review'", "choose the recording in the clip's menu"},
-    {"an x under 'skip' in the table of 'scan --review' to leave the clip out",
-     "“Toggle Excluded” to leave the clip out"},
-    {"an x under 'skip' in the table of 'scan --review'", "“Toggle Excluded” in the clip's menu"},
-    {"the table of 'scan --review'", "the clip's menu"},
-    {"has its date only by --sound-date", "has its date only by your correction"},
-    {"leave every channel on with sync --no-smart-audio", "switch Smart Audio off and every channel on"},
-}};
-
-std::string withoutPhrases(std::string text) {
-    for (const auto& [quoted, words] : phrases)
-        for (std::size_t at = text.find(quoted); at != std::string::npos;
-             at = text.find(quoted, at + words.size()))
-            text.replace(at, quoted.size(), words);
-    return text;
 }
 
 /// A date and an offset of one cure belong together.
@@ -159,54 +111,59 @@ void add(std::vector<CureStep>& steps, CureStep step, bool belongsToLast) {
         for (const auto& [key, value] : *members) last.arguments.set(key, value);
 }
 
-/// Options with what stands for them, and what does the same.
-Cure inWords(const std::string& from) {
-    Cure cure;
-    // A cure for some of the files needs a scan of these alone, which nobody but the user can arrange.
-    const bool isForSome = from.find(" in a scan of ") != std::string::npos;
-    std::size_t at = 0;
-    std::size_t lastEnd = std::string::npos;
-    while (at < from.size()) {
-        const std::size_t option = from.find("--", at);
-        cure.text += from.substr(at, option - at);
-        if (option == std::string::npos) break;
-        const Quoted quoted = quotedAt(from, option);
-        auto said = spoken(quoted);
-        if (!said) {
-            cure.text += "--";
-            at = option + 2;
-            continue;
-        }
-        const bool followsOption = lastEnd != std::string::npos && option == lastEnd + 1;
-        if (followsOption && (quoted.option == "--sound-offset" || quoted.option == "--audio"))
-            cure.text.replace(cure.text.size() - 1, 1, quoted.option == "--audio" ? ", " : " and ");
-        cure.text += said->words;
-        if (said->step && !isForSome) add(cure.steps, std::move(*said->step), followsOption);
-        at = lastEnd = option + quoted.length;
+/// What is said between an option and the one before.
+const char* separator(CureOption::Kind kind) {
+    using enum CureOption::Kind;
+    return kind == soundOffset ? " and " : kind == audio || kind == withoutFolder ? ", " : " ";
+}
+
+/// `steps`: gets what does the same.
+std::string inWords(const std::vector<CureOption>& options, std::vector<CureStep>* steps) {
+    std::string text;
+    for (const CureOption& option : options) {
+        auto said = spoken(option);
+        const bool isFirst = text.empty();
+        text += (isFirst ? "" : separator(option.kind)) + (said ? said->words : option.text());
+        if (said && said->step && steps != nullptr) add(*steps, std::move(*said->step), !isFirst);
     }
-    return cure;
+    return text;
 }
 
 } // namespace
 
-std::vector<std::string_view> terminalPhrases() {
-    std::vector<std::string_view> result;
-    for (const auto& [quoted, words] : phrases) result.push_back(quoted);
-    return result;
+std::string messageInWords(const SyncDoubt& doubt) {
+    return doubt.windowMessage.empty() ? doubt.message : doubt.windowMessage;
 }
 
-std::string messageInWords(const SyncDoubt& doubt) { return withoutPhrases(doubt.message); }
-
-std::string messageInRow(const SyncDoubt& doubt, const std::string& ownFile) {
-    std::string message = messageInWords(doubt);
-    const std::string attribute = " of '" + ownFile + "'";
-    if (const std::size_t at = message.find(attribute + " is "); at != std::string::npos)
-        message.erase(at, attribute.size());
-    return message;
+std::string messageInRow(const SyncDoubt& doubt) {
+    return doubt.reason.empty() ? messageInWords(doubt) : doubt.reason;
 }
 
-Cure cureInWords(const SyncDoubt& doubt) { return inWords(withoutPhrases(doubt.cure)); }
+Cure cureInWords(const DoubtCure& from) {
+    Cure cure;
+    bool isForAll = true; // else it needs a scan of some files, which nobody but the user can arrange
+    for (const DoubtCure::Part& part : from.parts()) {
+        if (const auto* words = std::get_if<DoubtCure::Words>(&part)) {
+            cure.text += words->window;
+            continue;
+        }
+        const auto& way = std::get<CureWay>(part);
+        isForAll = isForAll && way.isForAll();
+        cure.text += inWords(way.options, &cure.steps);
+        if (way.scan)
+            cure.text += " in a scan of " + way.scan->files + " alone (" +
+                         inWords(way.scan->options, nullptr) + way.scan->rest + ")";
+    }
+    if (!isForAll) cure.steps.clear();
+    return cure;
+}
 
-std::string warningInWords(std::string warning) { return inWords(withoutPhrases(std::move(warning))).text; }
+std::map<std::string, std::string> warningsInWords(const std::vector<CardDoubt>& doubts) {
+    std::map<std::string, std::string> words;
+    for (const CardDoubt& one : doubts)
+        words.emplace(warningOf(one.doubt),
+                      messageInWords(one.doubt) + "; " + cureInWords(one.doubt.cure).text);
+    return words;
+}
 
 } // namespace orvane

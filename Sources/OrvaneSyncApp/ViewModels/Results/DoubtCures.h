@@ -20,7 +20,7 @@ struct CureStep {
     bool operator==(const CureStep&) const = default;
 };
 
-/// A cure as a window says it. Core doubts quote options of the command line, which a window has none of.
+/// A cure as a window says it, which has no options of the command line.
 struct Cure {
     std::string text;
     std::vector<CureStep> steps; ///< what can be done at once; empty where people have to look first
@@ -28,13 +28,9 @@ struct Cure {
 
 /// The same of what a doubt says.
 std::string messageInWords(const SyncDoubt& doubt);
-/// What it says in the row of its clip, which has room for the beginning: without the clip's own file where
-/// that only says whose channel is meant.
-std::string messageInRow(const SyncDoubt& doubt, const std::string& ownFile);
+/// What it says in the row of its clip, which has room for the beginning.
+std::string messageInRow(const SyncDoubt& doubt);
 /// Pure; any thread.
-Cure cureInWords(const SyncDoubt& doubt);
-/// What the doubts and warnings of the core say where a window says something else. Each has to be said
-/// somewhere: a sentence of the core that is put otherwise would come into the window as it is.
-std::vector<std::string_view> terminalPhrases();
+Cure cureInWords(const DoubtCure& cure);
 
 } // namespace orvane

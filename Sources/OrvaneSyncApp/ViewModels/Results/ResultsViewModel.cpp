@@ -94,8 +94,8 @@ ResultsViewModel::Row ResultsViewModel::row(std::size_t index) const {
     row.certainty = certaintyOf(group, controller_.doubts());
     if (const auto found = doubts.find(group.id); found != doubts.end())
         for (const SyncDoubt& doubt : found->second) {
-            const std::string cure = cureInWords(doubt).text;
-            if (row.reason.empty()) row.reason = messageInRow(doubt, files.of(group.video));
+            const std::string cure = cureInWords(doubt.cure).text;
+            if (row.reason.empty()) row.reason = messageInRow(doubt);
             row.doubts += (row.doubts.empty() ? "" : "\n") + messageInWords(doubt) +
                           (cure.empty() ? "" : "\n→ " + cure);
         }
@@ -142,7 +142,7 @@ ResultsViewModel::Certainty ResultsViewModel::certaintyOf(const SyncGroup& group
 std::vector<ResultsViewModel::Doubt> ResultsViewModel::doubts() const {
     std::vector<Doubt> result;
     for (CardDoubt& one : controller_.doubts().summary(controller_.work().syncGroups()))
-        result.push_back({messageInWords(one.doubt), cureInWords(one.doubt), std::move(one.groupIDs)});
+        result.push_back({messageInWords(one.doubt), cureInWords(one.doubt.cure), std::move(one.groupIDs)});
     return result;
 }
 

@@ -1,11 +1,15 @@
 #pragma once
 
+#include "OrvaneSyncCore/Models/SyncDoubt.h"
+
+#include <map>
 #include <string>
+#include <vector>
 
 namespace orvane {
 
-/// A warning as a window says it, without the options of the command line that the core quotes in it. Pure;
+/// By the warning of each doubt, what a window says instead, which has no options of the command line. Pure;
 /// any thread.
-std::string warningInWords(std::string warning);
+std::map<std::string, std::string> warningsInWords(const std::vector<CardDoubt>& doubts);
 
 } // namespace orvane

@@ -61,14 +61,17 @@ const Declared<bool>* const switches[] = {&settings::generateRawMediaEvent, &set
 const QString versionKey = QStringLiteral("exportVersion");
 const QString placeKey = QStringLiteral("exportFolder");
 
-QString listed(const std::vector<std::string>& lines) {
+/// `inWords`: what stands for some of them.
+QString listed(const std::vector<std::string>& lines,
+               const std::map<std::string, std::string>& inWords = {}) {
     QStringList shown;
     for (const std::string& line : lines) {
         if (shown.size() == mostLinesShown) {
             shown << QObject::tr("and %1 more").arg(lines.size() - mostLinesShown);
             break;
         }
-        shown << QStringLiteral("• ") + translatedSentence(warningInWords(line));
+        const auto words = inWords.find(line);
+        shown << QStringLiteral("• ") + translatedSentence(words == inWords.end() ? line : words->second);
     }
     return shown.join(QLatin1Char('\n'));
 }
@@ -166,7 +169,7 @@ ExportSheet::ExportSheet(Desktop& desktop, QWidget* parent) : QDialog(parent), d
         },
         [this](const std::optional<std::string>& missing) {
             if (!missing) return;
-            missing_ = translatedSentence(warningInWords(*missing));
+            missing_ = translatedSentence(*missing);
             showForecast();
         });
     observation_ = desktop_.controller().onChange([this](ImportField field) {
@@ -413,7 +416,9 @@ void ExportSheet::written(const JSON& answer) {
                    tr("Show Folder"), [place] {
                        QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(place).absolutePath()));
                    });
-    warnings_->setText(tr("Export finished with warnings") + QLatin1Char('\n') + listed(lines));
+    const ImportController& controller = desktop_.controller();
+    const auto inWords = warningsInWords(controller.doubts().summary(controller.work().syncGroups()));
+    warnings_->setText(tr("Export finished with warnings") + QLatin1Char('\n') + listed(lines, inWords));
     design::keptState::set(placeKey, QFileInfo(place).absolutePath());
     warnings_->setVisible(!lines.empty());
     fitHeight();

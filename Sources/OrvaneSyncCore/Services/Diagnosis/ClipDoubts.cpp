@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Services/Matching/MeetingOrder.h"
@@ -53,8 +54,9 @@ std::optional<bool> countsDropFrame(const MediaAsset& sound) {
 /// How long labels take to count one.
 double secondsOfAnHour(TimecodeFrameRate rate) { return Timecode({.hours = 1}, rate).realTimeValue(); }
 
-std::string option(TrimMode mode) {
-    return "--set " + std::string(settings::trimMode.key) + "=" + std::string(rawValue(mode));
+DoubtCure option(TrimMode mode) {
+    return {CureOption::Kind::setting,
+            std::string(settings::trimMode.key) + "=" + std::string(rawValue(mode))};
 }
 
 /// How the recorder of one folder is left out of a scan, where no clip needs it.
@@ -64,14 +66,14 @@ class OtherRecorders {
 
     /// `kept`: the folder of a recording that stays. Empty where nothing leaves the other one alone out, and
     /// where it may be the right one for some of the clips.
-    const std::string& without(std::string_view folder, std::string_view kept) {
-        const auto [known, isNew] = texts_.try_emplace({folder, kept});
-        if (isNew) known->second = textOf(std::string(folder) + "/", std::string(kept) + "/");
+    const DoubtCure& without(std::string_view folder, std::string_view kept) {
+        const auto [known, isNew] = cures_.try_emplace({folder, kept});
+        if (isNew) known->second = cureOf(std::string(folder) + "/", std::string(kept) + "/");
         return known->second;
     }
 
   private:
-    std::string textOf(const std::string& folder, const std::string& kept) const {
+    DoubtCure cureOf(const std::string& folder, const std::string& kept) const {
         if (folder == kept) return {};
         // Its recorder's folder is the highest one that the other does not lie in.
         const auto same = std::ranges::mismatch(folder, kept).in1 - folder.begin();
@@ -94,7 +96,7 @@ class OtherRecorders {
         if (!areOfOneCamera(users) || !areOfOneDay(users)) return {};
         const auto options = leavingOut_.of(isOther);
         if (!options) return {};
-        return (options->globs.empty() ? "a scan " : "") + options->text();
+        return DoubtCure(options->globs.empty() ? "a scan " : "") + CureWay{options->options()};
     }
 
     /// Each camera of several may have a recorder of its own.
@@ -128,7 +130,7 @@ class OtherRecorders {
 
     const Shoot& shoot_;
     const LeavingOut leavingOut_;
-    std::map<std::pair<std::string_view, std::string_view>, std::string> texts_;
+    std::map<std::pair<std::string_view, std::string_view>, DoubtCure> cures_;
 };
 
 /// Units that shoot at once, by the folders of their sound: clips near to such a folder have it, too.
@@ -205,8 +207,13 @@ class ClipDoubts {
     }
 
   private:
-    void add(Kind kind, std::string message, std::string cure) {
-        doubts_.push_back({kind, std::move(message), std::move(cure)});
+    /// `reason`: as that of a doubt.
+    void add(Kind kind, std::string message, DoubtCure cure, std::string reason = {}) {
+        doubts_.push_back({kind, std::move(message), std::move(cure), {}, std::move(reason)});
+    }
+    /// What begins with the name of the clip.
+    void addOf(Kind kind, const std::string& about, DoubtCure cure) {
+        add(kind, name_ + " " + about, std::move(cure), about);
     }
     double length() const { return clip_.place ? clip_.place->range.durationSeconds() : 0; }
     const MediaAsset& fileOf(const TakeFile& file) const {
@@ -227,7 +234,8 @@ class ClipDoubts {
             "the timecode " + *file.startTimecodeString + " of " + shoot_.nameOf(file) + " has frame " +
                 std::to_string(frame) + ", and it is read at " +
                 std::to_string(timecodeRate::maxFrames(rate)) + " frames a second",
-            "--tc-rate " + std::to_string(fitting) + ", or the rate at which the timecode was made");
+            DoubtCure(CureOption::Kind::timecodeRate, std::to_string(fitting)) +
+                ", or the rate at which the timecode was made");
     }
 
     /// Nobody listened to clips that were settled all at once, and where a date is missing their first
@@ -256,12 +264,13 @@ class ClipDoubts {
         add(Kind::ambiguous,
             std::to_string(group_.audioMatches.size()) + " recordings overlap " + name_ + " of " +
                 formatted("%.1f s", length()) + " and none is clearly best: " + files,
-            isSettled ? "take off what does not belong to it, or lock the clip"
+            isSettled ? DoubtCure("take off what does not belong to it, or lock the clip")
             : group_.isLocked
-                ? "it is locked without one and left out of the document: unlock it, then choose in the "
-                  "table "
-                  "of 'scan --review'"
-                : "choose in the table of 'scan --review', or take the first of each with --choose first");
+                ? DoubtCure("it is locked without one and left out of the document: unlock it, then ") +
+                      cureWords::choose()
+                : cureWords::choose() + ", or take the first of each with " +
+                      DoubtCure(CureOption::Kind::choose, "first"),
+            files);
     }
 
     /// What another recorder has in common with the clip, all of its files together, by folder.
@@ -304,14 +313,14 @@ class ClipDoubts {
             // The sound of the clip's own unit is heard.
             const MediaAsset& other = *matches.front()->audio;
             if (units.isOfOthers(other, clip_) && nearness(*first.audio) > nearness(other)) continue;
-            const std::string without = others.without(folder, folderOf(*first.audio));
+            const DoubtCure& without = others.without(folder, folderOf(*first.audio));
             add(Kind::ambiguous,
                 shoot_.nameOf(*first.audio) + " and " + shoot_.nameOf(*matches.front()->audio) +
                     " overlap as much of " + name_ + ", neither is clearly best, and the first one is heard",
-                without.empty()
-                    ? "choose in the table of 'scan --review' clip by clip, as another clip may need the "
-                      "other recording, or lock the clips"
-                    : "choose in the table of 'scan --review', or lock the clips; " + without +
+                without.isEmpty()
+                    ? cureWords::choose() + " clip by clip, as another clip may need the other recording, or "
+                                            "lock the clips"
+                    : cureWords::choose() + ", or lock the clips; " + without +
                           " leaves the other recorder out");
             return;
         }
@@ -330,7 +339,7 @@ class ClipDoubts {
                 shoot_.nameOf(own) + " of the clip's own unit has " + formatted("%.1f s", common) +
                     " of the " + formatted("%.1f s", heard) + " that " + shoot_.nameOf(first) +
                     " of another one has of " + name_ + ", which is heard",
-                "choose in the table of 'scan --review', or lock the clips");
+                cureWords::choose() + ", or lock the clips");
             return;
         }
     }
@@ -344,12 +353,13 @@ class ClipDoubts {
         if (!units.isOfOthers(first, clip_) || !units.mostHaveNearer(clip_, nearness(first)) ||
             !std::ranges::all_of(group_.audioMatches, isAsFar))
             return;
-        add(Kind::ambiguous,
-            name_ + " has no sound of its own unit, and " + shoot_.nameOf(first) + " of another one is heard",
-            "look for a recording that is missing on the cards, or choose in the table of 'scan --review', "
-            "or lock the clips");
+        addOf(Kind::ambiguous,
+              "has no sound of its own unit, and " + shoot_.nameOf(first) + " of another one is heard",
+              "look for a recording that is missing on the cards, or " + cureWords::choose() +
+                  ", or lock the clips");
     }
 
+    static DoubtCure rateFor(std::string rate) { return {CureOption::Kind::timecodeRate, std::move(rate)}; }
     /// Only what both files say of themselves counts.
     void dropMix() {
         if (shoot_.input.rules.timecodeRate) return;
@@ -361,10 +371,10 @@ class ClipDoubts {
             timecodeRate::isDrop(*own) == *isDropped)
             return;
         const auto kind = [](bool isDrop) { return isDrop ? "drop frame" : "non-drop"; };
-        add(Kind::dropMix,
-            name_ + " counts " + kind(!*isDropped) + " and " + shoot_.nameOf(sound) + " " + kind(*isDropped) +
-                "; equal timecodes lie 3.6 s apart after each hour",
-            "--tc-rate 29.97DF or --tc-rate 29.97NDF, whichever all were meant to count");
+        addOf(Kind::dropMix,
+              std::string("counts ") + kind(!*isDropped) + " and " + shoot_.nameOf(sound) + " " +
+                  kind(*isDropped) + "; equal timecodes lie 3.6 s apart after each hour",
+              rateFor("29.97DF") + " or " + rateFor("29.97NDF") + ", whichever all were meant to count");
     }
 
     /// Labels of one family that were counted at two rates drift apart from midnight on. A start in samples
@@ -383,12 +393,12 @@ class ClipDoubts {
         const double start = clip_.place->range.startSeconds;
         const double drift = start * std::abs(secondsOfAnHour(other) / secondsOfAnHour(*own) - 1);
         if (drift < smallestDriftSeconds || drift * timecodeRate::rate(*own).doubleValue() < 1) return;
-        add(Kind::timecodeRate,
-            name_ + " counts " + rateText(*own) + " frames a second and " + shoot_.nameOf(sound) + " " +
-                rateText(other) + ": where they agree on the timecode, they lie " + spanText(drift) +
-                " apart at " + spanText(start) + " after midnight",
-            "--tc-rate " + rateText(*own) + " or --tc-rate " + rateText(other) +
-                ", whichever all were meant to count");
+        addOf(Kind::timecodeRate,
+              "counts " + rateText(*own) + " frames a second and " + shoot_.nameOf(sound) + " " +
+                  rateText(other) + ": where they agree on the timecode, they lie " + spanText(drift) +
+                  " apart at " + spanText(start) + " after midnight",
+              rateFor(rateText(*own)) + " or " + rateFor(rateText(other)) +
+                  ", whichever all were meant to count");
     }
 
     void shortSound() {
@@ -401,31 +411,32 @@ class ClipDoubts {
         const double before = std::clamp(start, 0.0, length());
         const double after = std::clamp(length() - (start + take_.durationSeconds), 0.0, length());
         if (isSoundCutOff())
-            return add(Kind::shortSound,
-                       name_ + " is cut to " + formatted("%.1f s,", take_.durationSeconds) +
-                           " the length of its sound, counted from the picture's start, and " +
-                           shoot_.nameOf(*group_.primaryAudio()) + " begins " + formatted("%.1f s", before) +
-                           " after that: nothing of it is heard",
-                       cureOfCut());
+            return addOf(Kind::shortSound,
+                         "is cut to " + formatted("%.1f s,", take_.durationSeconds) +
+                             " the length of its sound, counted from the picture's start, and " +
+                             shoot_.nameOf(*group_.primaryAudio()) + " begins " +
+                             formatted("%.1f s", before) + " after that: nothing of it is heard",
+                         cureOfCut());
         if (before + after < missingSoundSeconds) return;
         if (before >= length() || after >= length())
-            return add(Kind::shortSound,
-                       name_ + " lasts " + formatted("%.1f s", length()) + ", and " +
-                           shoot_.nameOf(*group_.primaryAudio()) + " lies outside of it: no sound is heard",
-                       "take that recording off the clip and attach another one, or move the sound under the "
-                       "picture by hand");
+            return addOf(
+                Kind::shortSound,
+                "lasts " + formatted("%.1f s", length()) + ", and " + shoot_.nameOf(*group_.primaryAudio()) +
+                    " lies outside of it: no sound is heard",
+                "take that recording off the clip and attach another one, or move the sound under the "
+                "picture by hand");
         std::string where;
         if (before > 0.05) where = formatted("the first %.1f s", before);
         if (after > 0.05) where += (where.empty() ? "" : " and ") + formatted("the last %.1f s", after);
         const auto cut = std::ranges::find_if(
             take_.files, [&](const TakeFile& file) { return isHeard(file.role) && fileOf(file).heldShare; });
-        add(Kind::shortSound,
-            name_ + " lasts " + formatted("%.1f s", length()) + ", and " + where + " have no sound of " +
-                shoot_.nameOf(*group_.primaryAudio()),
-            (cut != take_.files.end()
-                 ? "copy " + shoot_.nameOf(fileOf(*cut)) + " again from the card, as it ends early"
-                 : "look for a recording that is missing on the cards") +
-                ", or cut to the sound with " + option(TrimMode::overlap));
+        addOf(Kind::shortSound,
+              "lasts " + formatted("%.1f s", length()) + ", and " + where + " have no sound of " +
+                  shoot_.nameOf(*group_.primaryAudio()),
+              DoubtCure(cut != take_.files.end()
+                            ? "copy " + shoot_.nameOf(fileOf(*cut)) + " again from the card, as it ends early"
+                            : "look for a recording that is missing on the cards") +
+                  ", or cut to the sound with " + option(TrimMode::overlap));
     }
 
     /// What the document cuts off the picture's end; absent where that is too little to tell.
@@ -443,7 +454,7 @@ class ClipDoubts {
         const double start = take_.offsetSeconds + group_.manualAudioOffsetSeconds;
         return clip_.place && cutOff() && start >= take_.durationSeconds && start < length();
     }
-    static std::string cureOfCut() {
+    static DoubtCure cureOfCut() {
         return option(TrimMode::videoDuration) + " keeps all of the picture, " + option(TrimMode::overlap) +
                " what both have";
     }
@@ -451,11 +462,10 @@ class ClipDoubts {
         const auto cut = cutOff();
         if (!cut || isSoundCutOff() || clip_.atMidnight != nullptr) return; // which says both
         const double picture = group_.video.durationSeconds.value_or(0);
-        add(Kind::cutByTrim,
-            name_ + " is cut from " + formatted("%.1f s", picture) +
-                formatted(" to %.1f s,", picture - *cut) +
-                " the length of its sound, counted from the picture's start",
-            cureOfCut());
+        addOf(Kind::cutByTrim,
+              "is cut from " + formatted("%.1f s", picture) + formatted(" to %.1f s,", picture - *cut) +
+                  " the length of its sound, counted from the picture's start",
+              cureOfCut());
     }
 
     /// For each file the one of its recorder and its channels that it continues, whatever else was recorded
@@ -508,12 +518,16 @@ class ClipDoubts {
                 muted = &track;
         }
         if (muted == nullptr || static_cast<double>(muted->averageLevelDB) < loudestOn + louderDB) return;
-        add(Kind::mutedSpeech,
-            "channel " + std::to_string(muted->trackIndex) + channelName(muted->trackIndex) + " of " + name_ +
-                " is off and has speech " +
-                formatted("%.0f dB", static_cast<double>(muted->averageLevelDB) - loudestOn) +
-                " above what is on",
-            "listen to it and switch it on, or leave every channel on with sync --no-smart-audio");
+        const std::string channel =
+            "channel " + std::to_string(muted->trackIndex) + channelName(muted->trackIndex);
+        const std::string why = " is off and has speech " +
+                                formatted("%.0f dB", static_cast<double>(muted->averageLevelDB) - loudestOn) +
+                                " above what is on";
+        add(Kind::mutedSpeech, channel + " of " + name_ + why,
+            "listen to it and switch it on, or " +
+                DoubtCure(DoubtCure::Words{"leave every channel on with sync --no-smart-audio",
+                                           "switch Smart Audio off and every channel on"}),
+            channel + why);
         doubts_.back().channel = muted->trackIndex;
     }
     std::string channelName(int number) const {

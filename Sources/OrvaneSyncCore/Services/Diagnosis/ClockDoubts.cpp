@@ -429,7 +429,7 @@ class ClockDoubts {
                  " against recordings that fit other clips: with these moved by that, " +
                  std::to_string(matched) + " of " + counted(clips.size(), "clip", "clips") +
                  " without all of their sound would match" + knownTo(*common),
-             cure_.of(scan, common->seconds) + cure_.inAScanOfClips(scan) +
+             cure_.of(scan, common->seconds).in(cure_.scanOfClips(scan)) +
                  (soundDay ? " if a clap shows it, else look for the sound of " + dayText(*card.day) : "") +
                  clapAfter(*common)},
             found);
@@ -517,13 +517,14 @@ class ClockDoubts {
                     counted(static_cast<long long>(withoutSound), "clip", "clips") +
                     " without all of their sound would match";
         if (lost > 0) text += ", and " + counted(lost, "clip", "clips") + " would lose other sound";
-        addCardDoubt(doubts_,
-                     {Kind::constantOffset, text + knownTo(common),
-                      cure_.of(card, offset) + (lost > 0 ? cure_.inAScanOfRecordings(card, one.isPart) : "") +
-                          clapAfter(common) +
-                          (lost > 0 && (isForAll || !one.isPart) ? cure_.forOtherSound(one.card) : "") +
-                          unlessAfterTakes(common, isForAll, lost)},
-                     doubted);
+        addCardDoubt(
+            doubts_,
+            {Kind::constantOffset, text + knownTo(common),
+             cure_.of(card, offset).in(lost > 0 ? cure_.scanOfRecordings(card, one.isPart) : std::nullopt) +
+                 clapAfter(common) +
+                 (lost > 0 && (isForAll || !one.isPart) ? cure_.forOtherSound(one.card) : "") +
+                 unlessAfterTakes(common, isForAll, lost)},
+            doubted);
         return true;
     }
     std::string nameOf(const DoubtedCard& one) const {

@@ -86,13 +86,17 @@ void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
         const auto more = static_cast<long long>(folder.files.size()) - 1;
         std::vector<const Shoot::Clip*> clips;
         for (const std::size_t clip : folder.clips) clips.push_back(&shoot.clips[clip]);
+        const std::string lengths = lengthsOf(first);
+        const bool isOfItsClip = more == 0 && clips.size() == 1 && &clips.front()->group->video == &first;
         addCardDoubt(doubts,
                      {SyncDoubt::Kind::cutFile,
-                      shoot.nameOf(first) + lengthsOf(first) +
+                      shoot.nameOf(first) + lengths +
                           (more > 0 ? "; likewise " + counted(more, "more file", "more files") + " in '" +
                                           std::string(key.first) + "'"
                                     : ""),
-                      cureOf(key.second, more == 0)},
+                      cureOf(key.second, more == 0),
+                      {},
+                      isOfItsClip ? lengths.substr(1) : std::string()},
                      clips);
     }
 }

@@ -11,6 +11,8 @@ namespace orvane {
 
 namespace {
 
+constexpr const char* thisDay = "this day";
+
 /// Whether they follow each other as files of one night do, to which one date is given.
 bool areOfOneNight(std::vector<SyncEngine::TCRange> ranges) {
     std::ranges::sort(ranges, {}, &SyncEngine::TCRange::startSeconds);
@@ -56,37 +58,39 @@ void DayCures::findNight() {
     if (isSoundOfOneNight_ && areOfOneNight(std::move(clips))) firstSoundDay_ = first;
 }
 
-const std::string& DayCures::dateOf(std::optional<long> day, std::string_view clips, const Sound& sound) {
+const DoubtCure& DayCures::dateOf(std::optional<long> day, std::string_view clips, const Sound& sound) {
     const auto [known, isNew] = dates_.try_emplace(
         {day, std::string(clips), std::string(sound.folder), sound.day, sound.isSure, sound.pattern});
-    std::string& text = known->second;
-    if (!isNew) return text;
-    text = "--sound-date ";
-    if (day && sound.day && firstSoundDay_) return text += dayText(*firstSoundDay_ + (*day - *sound.day));
+    DoubtCure& cure = known->second;
+    if (!isNew) return cure;
+    const auto date = [](long given) { return DoubtCure(CureOption::Kind::soundDate, dayText(given)); };
+    if (day && sound.day && firstSoundDay_) return cure = date(*firstSoundDay_ + (*day - *sound.day));
     // The recordings keep their distance in days.
     if (day && sound.day && isSoundOfOneNight_ && areAllClipsOf(*day) && shoot_.input.rules.soundDay != day)
-        return text += dayText(*day);
-    std::string files = day ? alone(*day, clips, sound) : std::string();
-    if (files.empty() && day) files = withoutOtherClips(*day);
-    return text += (day ? dayText(*day) : "YYYY-MM-DD") + " in a scan of this day alone (" +
-                   (files.empty() ? "its files lie among those of other days: put links to them into a "
-                                    "folder of their own"
-                                  : files) +
-                   ")";
+        return cure = date(*day);
+    auto scan = day ? alone(*day, clips, sound) : std::nullopt;
+    if (!scan && day) scan = withoutOtherClips(*day);
+    if (!scan)
+        scan = {thisDay,
+                {},
+                "its files lie among those of other days: put links to them into a folder of their own"};
+    return cure = (day ? date(*day) : DoubtCure(CureOption::Kind::soundDate, "")).in(scan);
 }
 
-/// Empty where neither folders nor exclusions part its files from others.
-std::string DayCures::alone(long day, std::string_view clips, const Sound& sound) const {
+/// Absent where neither folders nor exclusions part its files from others.
+std::optional<CureScan> DayCures::alone(long day, std::string_view clips, const Sound& sound) const {
     const auto isOfDay = [&](const DaysByFolder& days, std::string_view folder, bool mayBeUnused) {
         const auto found = days.find(folder);
         return !folder.empty() &&
                (found == days.end() ? mayBeUnused : found->second == std::set<std::optional<long>>{day});
     };
-    if (!sound.isSure && !isOfDay(usedDays_, sound.folder, true)) return {};
+    if (!sound.isSure && !isOfDay(usedDays_, sound.folder, true)) return std::nullopt;
     const auto recorded = soundDays_.find(sound.folder);
     if (sound.pattern.empty() && isOfDay(clipDays_, clips, false) && recorded != soundDays_.end() &&
         recorded->second.size() == 1)
-        return "--video " + shellQuoted(clips) + " --audio " + shellQuoted(sound.folder);
+        return CureScan{thisDay,
+                        {{CureOption::Kind::video, std::string(clips)},
+                         {CureOption::Kind::audio, std::string(sound.folder)}}};
     return withoutOthers(day, sound);
 }
 
@@ -95,21 +99,23 @@ bool DayCures::areAllClipsOf(long day) const {
         clipDays_, [&](const auto& entry) { return entry.second == std::set<std::optional<long>>{day}; });
 }
 
-/// Where the sound of each day has a folder, and nothing says which is whose. Empty where nothing leaves out
+/// Where the sound of each day has a folder, and nothing says which is whose. Absent where nothing leaves out
 /// just the clips of other days, or where all sound lies in one folder.
-std::string DayCures::withoutOtherClips(long day) const {
-    if (soundDays_.size() < 2) return {};
+std::optional<CureScan> DayCures::withoutOtherClips(long day) const {
+    if (soundDays_.size() < 2) return std::nullopt;
     std::set<UUID> others;
     for (const Shoot::Clip& clip : shoot_.clips)
         if (clip.place && clip.likelyDay() != day) others.insert(clip.group->video.id);
     const auto options =
         LeavingOut(shoot_).of([&](const MediaAsset& file) { return others.contains(file.id); });
-    if (!options || options->globs.empty() || !options->folders.empty()) return {};
-    return options->text() + " --exclude FOLDER, FOLDER being where sound of other days lies";
+    if (!options || options->globs.empty() || !options->folders.empty()) return std::nullopt;
+    CureScan scan{thisDay, options->options(), ", FOLDER being where sound of other days lies"};
+    scan.options.push_back({CureOption::Kind::exclude, ""});
+    return scan;
 }
 
-/// Empty where nothing leaves out just the clips of other days and other sound.
-std::string DayCures::withoutOthers(long day, const Sound& sound) const {
+/// Absent where nothing leaves out just the clips of other days and other sound.
+std::optional<CureScan> DayCures::withoutOthers(long day, const Sound& sound) const {
     std::set<UUID> kept;
     for (const Shoot::Clip& clip : shoot_.clips)
         if (clip.place && clip.likelyDay() == day) kept.insert(clip.group->video.id);
@@ -119,15 +125,16 @@ std::string DayCures::withoutOthers(long day, const Sound& sound) const {
             kept.insert(recording.asset->id);
     const auto options =
         LeavingOut(shoot_).of([&](const MediaAsset& file) { return !kept.contains(file.id); });
-    return options ? options->text() : std::string();
+    return options && options->count() > 0 ? std::optional(CureScan{thisDay, options->options()})
+                                           : std::nullopt;
 }
 
-const std::string& DayCures::dateOfCard(long day, const Recording& sound) {
+const DoubtCure& DayCures::dateOfCard(long day, const Recording& sound) {
     const Card card{std::string(folderOf(*sound.asset)), sound.place.day, {}};
     const auto [known, isNew] = cards_.try_emplace({day, card.folder, *card.day});
     if (isNew)
-        known->second = "--sound-date " + dayText(day) +
-                        OffsetCure(shoot_, rateOfLabels(shoot_)).inAScanOfRecordings(card, false);
+        known->second = DoubtCure(CureOption::Kind::soundDate, dayText(day))
+                            .in(OffsetCure(shoot_, rateOfLabels(shoot_)).scanOfRecordings(card, false));
     return known->second;
 }
 

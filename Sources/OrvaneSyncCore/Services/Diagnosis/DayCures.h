@@ -28,9 +28,9 @@ class DayCures {
     /// are named where they hold no other day; that of the sound only where the sound says what day it is of,
     /// or fits that day rather than its own. Where the clips of several days lie in one folder, the others
     /// are left out. `day`: of the clips.
-    const std::string& dateOf(std::optional<long> day, std::string_view clips, const Sound& sound);
+    const DoubtCure& dateOf(std::optional<long> day, std::string_view clips, const Sound& sound);
     /// The same in a scan of the recording's card, of what lies in its folder and is of its day.
-    const std::string& dateOfCard(long day, const Recording& sound);
+    const DoubtCure& dateOfCard(long day, const Recording& sound);
     /// Clips of that day would meet the sound of the days beside it as well.
     bool hasClipsOf(long day) const;
 
@@ -39,9 +39,9 @@ class DayCures {
 
     void findNight();
     bool areAllClipsOf(long day) const;
-    std::string withoutOtherClips(long day) const;
-    std::string alone(long day, std::string_view clips, const Sound& sound) const;
-    std::string withoutOthers(long day, const Sound& sound) const;
+    std::optional<CureScan> withoutOtherClips(long day) const;
+    std::optional<CureScan> alone(long day, std::string_view clips, const Sound& sound) const;
+    std::optional<CureScan> withoutOthers(long day, const Sound& sound) const;
 
     const Shoot& shoot_;
     DaysByFolder clipDays_;             ///< of the clips in it
@@ -51,9 +51,9 @@ class DayCures {
     bool isSoundOfOneNight_ = false;    ///< all recordings are, and all clips have a day
     std::map<
         std::tuple<std::optional<long>, std::string, std::string, std::optional<long>, bool, std::string>,
-        std::string>
+        DoubtCure>
         dates_;
-    std::map<std::tuple<long, std::string, long>, std::string> cards_;
+    std::map<std::tuple<long, std::string, long>, DoubtCure> cards_;
 };
 
 } // namespace orvane

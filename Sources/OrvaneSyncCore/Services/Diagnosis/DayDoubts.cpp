@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/DayCures.h"
 #include "OrvaneSyncCore/Services/Diagnosis/MixedDays.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
@@ -97,8 +98,11 @@ class DayDoubts {
 
     const Recording& primaryOf(const Shoot::Clip& clip) const { return shoot_.recordings[*clip.primary]; }
 
-    bool doubt(const Shoot::Clip& clip, Kind kind, std::string message, std::string cure) {
-        doubts_.byGroup[clip.group->id].push_back({kind, std::move(message), std::move(cure)});
+    /// `reason`: as that of a doubt.
+    bool doubt(const Shoot::Clip& clip, Kind kind, std::string message, DoubtCure cure,
+               std::string reason = {}) {
+        doubts_.byGroup[clip.group->id].push_back(
+            {kind, std::move(message), std::move(cure), {}, std::move(reason)});
         return true;
     }
     /// What is not the clip's own sound is not to be switched on, however loud it is.
@@ -137,8 +141,9 @@ class DayDoubts {
                   " lie at one time, which one camera can't do, and both have " + shoot_.nameOf(sound) +
                   (beside != nullptr ? " before " + shoot_.nameOf(*beside->audio) : std::string()) +
                   ": a clock was set back between them, as at the end of summer time",
-              "choose in the table of 'scan --review', or lock the one whose sound is right and leave the "
-              "other out");
+              cureWords::choose() + ", or lock the one whose sound is right and leave the other out",
+              "a clock was set back between this and " + shoot_.nameOf(other.group->video) +
+                  ", as at the end of summer time");
     }
     std::string namesOf(const Pair& pair) const {
         return shoot_.nameOf(*pair.sound.asset) + " under " + shoot_.nameOf(pair.clip.group->video) +
@@ -151,14 +156,17 @@ class DayDoubts {
         const auto& [clip, match, sound] = pair;
         const auto recorded = sound.place.day, filmed = clip.likelyDay();
         const std::string_view clips = folderOf(clip.group->video);
-        if (isDateGivenToSeveralShoots_ && !(filmed && sound.place.statedDay == filmed))
-            return doubt(
-                clip, Kind::otherDay,
-                namesOf(pair) + " has its date only by --sound-date, and the files here are of more than " +
-                    "one shoot" +
-                    (sound.place.statedDay ? ": the recording itself says " + dayText(*sound.place.statedDay)
-                                           : ""),
-                cures_.dateOf(filmed, clips, {}));
+        if (isDateGivenToSeveralShoots_ && !(filmed && sound.place.statedDay == filmed)) {
+            const std::string byItself =
+                sound.place.statedDay ? "the recording itself says " + dayText(*sound.place.statedDay) : "";
+            const std::string behind =
+                ", and the files here are of more than one shoot" + (byItself.empty() ? "" : ": " + byItself);
+            doubt(clip, Kind::otherDay, namesOf(pair) + " has its date only by --sound-date" + behind,
+                  cures_.dateOf(filmed, clips, {}), byItself);
+            doubts_.byGroup[clip.group->id].back().windowMessage =
+                namesOf(pair) + " has its date only by your correction" + behind;
+            return true;
+        }
         if (recorded && filmed) {
             // The moment itself, which may lie across midnight.
             const double apart = static_cast<double>(*recorded - *filmed) * secondsADay +
@@ -169,14 +177,14 @@ class DayDoubts {
         } else {
             if (!daysMayBeMixed_) return false;
             const std::string undated = shoot_.nameOf(recorded ? clip.group->video : *sound.asset);
-            return doubt(
-                clip, Kind::otherDay,
-                namesOf(pair) + " fits only by the time of day: " + undated +
-                    " has no date, and the files here are of more than one day" +
-                    (areDaysMixed_ ? "" : ", or of an hour that came twice at the end of summer time"),
-                std::string(areDaysMixed_ ? "" : "choose in the table of 'scan --review', ") +
-                    "scan each day by itself, give the recordings' day with " +
-                    cures_.dateOf(std::nullopt, clips, {}) + ", or lock the clip where it is right");
+            const std::string why =
+                undated + " has no date, and the files here are of more than one day" +
+                (areDaysMixed_ ? "" : ", or of an hour that came twice at the end of summer time");
+            return doubt(clip, Kind::otherDay, namesOf(pair) + " fits only by the time of day: " + why,
+                         (areDaysMixed_ ? DoubtCure() : cureWords::choose() + ", ") +
+                             "scan each day by itself, give the recordings' day with " +
+                             cures_.dateOf(std::nullopt, clips, {}) + ", or lock the clip where it is right",
+                         why);
         }
         const std::string message = namesOf(pair) + " is of " + dayText(*recorded) + ", and the clip is of " +
                                     dayText(*filmed) + "; they fit only by the time of day";
@@ -185,18 +193,18 @@ class DayDoubts {
         if (!pair.isFirst())
             return doubt(clip, Kind::otherDay, message,
                          (clip.place->day || isOthers
-                              ? std::string()
+                              ? DoubtCure()
                               : cures_.dateOfCard(*filmed, sound) + " if the recorder's date is wrong, or ") +
                              "take off what is of another day" +
-                             (clip.place->knownDay() ? ", scan each day by itself, or --days same" : ""));
+                             (clip.place->knownDay() ? ", scan each day by itself, or " + sameDayOnly()
+                                                     : DoubtCure()));
         return doubt(clip, Kind::otherDay, message,
-                     (isOthers ? lookForSoundOf(*filmed) + ", lock the clip where its sound is right, "
-                               : cures_.dateOf(filmed, clips, soundFor(clip, sound)) +
-                                     " if the recorder's date is wrong, ") +
-                         (clip.place->knownDay()
-                              ? "--days same to leave such sound out"
-                              : "an x under 'skip' in the table of 'scan --review' to leave the "
-                                "clip out"));
+                     (isOthers
+                          ? DoubtCure(lookForSoundOf(*filmed) + ", lock the clip where its sound is right, ")
+                          : cures_.dateOf(filmed, clips, soundFor(clip, sound)) +
+                                " if the recorder's date is wrong, ") +
+                         (clip.place->knownDay() ? sameDayOnly() + " to leave such sound out"
+                                                 : cureWords::skipToLeaveOut()));
     }
 
     /// A clip whose header agrees with its timecode, and which has no recording of the header's day, of a day
@@ -224,8 +232,8 @@ class DayDoubts {
                          shoot_.nameOf(*other.audio) +
                          " was, which one recorder can't do: the date of one of them is wrong, or the clock "
                          "was set back between them",
-                     "choose in the table of 'scan --review', or scan the two in folders of their own with "
-                     "--sound-date YYYY-MM-DD");
+                     cureWords::choose() + ", or scan the two in folders of their own with " +
+                         DoubtCure(CureOption::Kind::soundDate, ""));
     }
 
     /// Sound whose date is that of the clip, which may be a wrong one all the same. Whether there is a doubt.
@@ -263,14 +271,17 @@ class DayDoubts {
         }
         if (!best) return;
         const Recording& sound = shoot_.recordings[*best];
+        const std::string fits = shoot_.nameOf(*sound.asset) + " of " + dayText(*sound.place.day) +
+                                 " lies under all of it by the time of day";
         doubt(clip, Kind::otherDateFits,
               shoot_.nameOf(clip.group->video) + " of " + dayText(*clip.place->day) + " has no sound, and " +
-                  shoot_.nameOf(*sound.asset) + " of " + dayText(*sound.place.day) +
-                  " lies under all of it by the time of day",
+                  fits,
               cures_.dateOf(clip.place->day, folderOf(clip.group->video), soundFor(clip, sound)) +
                   " if the recorder's date is wrong, or " +
-                  (distance == 1 && !cures_.hasClipsOf(*sound.place.day) ? "--days neighbours"
-                                                                         : "attach the recording by hand"));
+                  (distance == 1 && !cures_.hasClipsOf(*sound.place.day)
+                       ? neighbouringDays()
+                       : DoubtCure("attach the recording by hand")),
+              fits);
     }
 
     /// Where the clips of a card fit the recordings of another day clearly better than those of their own,
@@ -350,24 +361,24 @@ class DayDoubts {
             return clip->isCovered && clip->primary && primaryOf(*clip).place.day == own.day &&
                    !candidates(other.day).of(clip->place->range);
         });
-        addCardDoubt(doubts_,
-                     {Kind::otherDateFits,
-                      "the clips in '" + card.folder + "' are dated " + dayText(own.day) + ", and " +
-                          std::to_string(other.clips) + " of " + counted(count, "clip", "clips") +
-                          " fit recordings of " + dayText(other.day) + ", " + std::to_string(own.clips) +
-                          " those of their own day" +
-                          (isOthers ? "; those recordings overlap clips of their day already" : ""),
-                      isOthers
-                          ? lookForSoundOf(own.day) +
-                                ", and where the cameras' date is wrong, attach the recordings by hand, or "
-                                "lock the clips that have them"
-                          : cures_.dateOf(own.day, card.folder, sound) +
-                                (std::abs(other.day - own.day) == 1 && !cures_.hasClipsOf(other.day) &&
-                                         silent > 0 && shoot_.input.rules.days != MatchingDays::neighbours
-                                     ? ", or --days neighbours"
-                                     : "") +
-                                "; one of the two dates is wrong"},
-                     clips);
+        addCardDoubt(
+            doubts_,
+            {Kind::otherDateFits,
+             "the clips in '" + card.folder + "' are dated " + dayText(own.day) + ", and " +
+                 std::to_string(other.clips) + " of " + counted(count, "clip", "clips") +
+                 " fit recordings of " + dayText(other.day) + ", " + std::to_string(own.clips) +
+                 " those of their own day" +
+                 (isOthers ? "; those recordings overlap clips of their day already" : ""),
+             isOthers ? DoubtCure(lookForSoundOf(own.day) +
+                                  ", and where the cameras' date is wrong, attach the recordings by hand, or "
+                                  "lock the clips that have them")
+                      : cures_.dateOf(own.day, card.folder, sound) +
+                            (std::abs(other.day - own.day) == 1 && !cures_.hasClipsOf(other.day) &&
+                                     silent > 0 && shoot_.input.rules.days != MatchingDays::neighbours
+                                 ? ", or " + neighbouringDays()
+                                 : DoubtCure()) +
+                            "; one of the two dates is wrong"},
+            clips);
     }
 
     /// Of days whose recordings mostly lie under clips of that day, the date is right, and those recordings
@@ -430,6 +441,12 @@ class DayDoubts {
     }
     DayCures::Sound soundFor(const Shoot::Clip& clip, const Recording& sound) const {
         return {folderOf(*sound.asset), sound.place.statedDay, isHeard(clip, sound)};
+    }
+    static DoubtCure sameDayOnly() {
+        return {CureOption::Kind::days, std::string(rawValue(MatchingDays::same))};
+    }
+    static DoubtCure neighbouringDays() {
+        return {CureOption::Kind::days, std::string(rawValue(MatchingDays::neighbours))};
     }
     static std::string lookForSoundOf(long day) {
         return "look for the sound of " + dayText(day) + ", which is missing on the cards";

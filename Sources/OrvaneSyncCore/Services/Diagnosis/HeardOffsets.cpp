@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Services/Matching/AssetPlacement.h"
@@ -148,11 +149,7 @@ class HeardOffsets {
         if (!deaf.empty())
             text += "; that of the clips in " + platform::text::joined(deaf, ", ") +
                     " comes from the same recorder and could not be heard";
-        addCardDoubt(doubts_,
-                     {Kind::constantOffset, text,
-                      "--sound-offset " + offsetText(offset + shoot_.input.rules.soundOffsetSeconds, rate_) +
-                          scanOf(all)},
-                     unmoved);
+        addCardDoubt(doubts_, {Kind::constantOffset, text, forCameras({offsetBy(offset)}, all)}, unmoved);
     }
     /// Lags that grow with the time of day are a wrong rate.
     void addRate(const Camera& camera) {
@@ -174,12 +171,17 @@ class HeardOffsets {
                           quotedFolder(std::get<1>(*camera.key)) + " has it; with timecode that counts " +
                           text + " frames a second, they all are " + spanText(std::abs(total)) +
                           (total < 0 ? " late" : " early"),
-                      "--tc-rate " + text + " --sound-offset " + offsetText(total, heardRate->rate) +
-                          scanOf({camera})},
+                      forCameras({{CureOption::Kind::timecodeRate, text},
+                                  {CureOption::Kind::soundOffset, offsetText(total, heardRate->rate)}},
+                                 {camera})},
                      card.unmoved);
     }
-    /// The scan in which the card's sound moves under the clips of these cameras alone.
-    std::string scanOf(const std::vector<Camera>& cameras) const {
+    CureOption offsetBy(double seconds) const {
+        return {CureOption::Kind::soundOffset,
+                offsetText(seconds + shoot_.input.rules.soundOffsetSeconds, rate_)};
+    }
+    /// In a scan in which the card's sound moves under the clips of these cameras alone.
+    DoubtCure forCameras(std::vector<CureOption> options, const std::vector<Camera>& cameras) const {
         const auto& [camera, recorder, day] = *cameras.front().key;
         Card sound{std::string(recorder), day, {}};
         std::vector<const Shoot::Clip*> clips;
@@ -193,7 +195,9 @@ class HeardOffsets {
                    !folders.contains(std::get<0>(other.first));
         });
         const bool isPart = !findRecorder(sound, clips);
-        return cure_.inAScanOfRecordings(sound, isPart, areAll ? std::set<std::string_view>() : folders) +
+        return DoubtCure(CureWay{std::move(options)})
+                   .in(cure_.scanOfRecordings(sound, isPart,
+                                              areAll ? std::set<std::string_view>() : folders)) +
                "; lock a clip whose sound is right as it is" +
                (isPart ? std::string() : cure_.forOtherSound(sound));
     }
@@ -230,8 +234,8 @@ class HeardOffsets {
                  " than " + quotedFolder(std::get<1>(key)) + " has under them: its recordings " +
                  nameOf(first) + " to " + nameOf(last) + " are " + spanText(std::abs(offset->seconds)) +
                  (offset->seconds < 0 ? " late" : " early") + " against the clips",
-             "--sound-offset " + offsetText(offset->seconds + shoot_.input.rules.soundOffsetSeconds, rate_) +
-                 cure_.inAScanOfRecordings({std::string(std::get<1>(key)), std::get<2>(key), {}}, true)},
+             DoubtCure(CureWay{{offsetBy(offset->seconds)}})
+                 .in(cure_.scanOfRecordings({std::string(std::get<1>(key)), std::get<2>(key), {}}, true))},
             doubted);
     }
     /// Where they do not agree.
@@ -247,8 +251,7 @@ class HeardOffsets {
                      shoot_.nameOf(*clip->group->primaryAudio()) +
                      ", which lies under it; it would have to lie " + spanText(std::abs(other.seconds)) +
                      (other.seconds < 0 ? " earlier" : " later") + " than its timecode says",
-                 "choose " + name +
-                     " in the table of 'scan --review' and move it by that, or lock the clip"});
+                 cureWords::choose(name) + " and move it by that, or lock the clip"});
         }
     }
 

@@ -84,19 +84,11 @@ class Trial {
 
 } // namespace
 
-std::string shellQuoted(std::string_view text) {
-    std::string result = "'";
-    for (const char c : text) result += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return result + "'";
-}
-
-std::string LeavingOut::Options::text() const {
-    std::string text;
-    for (const std::string& glob : globs)
-        text += (text.empty() ? "" : " ") + ("--exclude " + shellQuoted(glob));
-    for (const std::string& folder : folders)
-        text += (text.empty() ? "without the folder " : ", without the folder ") + shellQuoted(folder);
-    return text;
+std::vector<CureOption> LeavingOut::Options::options() const {
+    std::vector<CureOption> all;
+    for (const std::string& glob : globs) all.push_back({CureOption::Kind::exclude, glob});
+    for (const std::string& folder : folders) all.push_back({CureOption::Kind::withoutFolder, folder});
+    return all;
 }
 
 LeavingOut::LeavingOut(const Shoot& shoot) : shoot_(shoot) {

@@ -10,9 +10,6 @@
 
 namespace orvane {
 
-/// As a shell reads it.
-std::string shellQuoted(std::string_view text);
-
 /// What leaves some files of a work out of its scan and keeps all others. Each proposal was tried on the
 /// paths of all files as a scan tries its exclusions.
 class LeavingOut {
@@ -23,8 +20,8 @@ class LeavingOut {
         std::vector<std::string> globs;   ///< for `--exclude`
         std::vector<std::string> folders; ///< that were named for the scan and hold nothing else
 
-        /// "--exclude 'UNIT2/*.WAV'"; of a folder "without the folder '/media/UNIT2'".
-        std::string text() const;
+        std::size_t count() const { return globs.size() + folders.size(); }
+        std::vector<CureOption> options() const;
     };
     /// Absent where what is left out lies among what is kept.
     std::optional<Options> of(const std::function<bool(const MediaAsset&)>& isLeftOut) const;

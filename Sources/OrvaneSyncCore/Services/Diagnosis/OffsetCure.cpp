@@ -11,48 +11,50 @@ namespace orvane {
 
 namespace {
 
-constexpr const char* byLinks = " alone (put links to them into a folder of their own)";
-
-std::string inAScanWithout(const std::optional<LeavingOut::Options>& others, const char* files) {
+std::optional<CureScan> scanWithout(const std::optional<LeavingOut::Options>& others, const char* files) {
     constexpr std::size_t most = 6;
-    if (others && others->globs.empty() && others->folders.empty()) return {}; // the scan has no others
-    return others && others->globs.size() + others->folders.size() <= most
-               ? " in a scan of this card alone (" + others->text() + ")"
-               : std::string(" in a scan of these ") + files + byLinks;
+    if (!others || others->count() > most)
+        return CureScan{files, {}, "put links to them into a folder of their own"};
+    if (others->count() == 0) return std::nullopt; // the scan has no others
+    return CureScan{"this card", others->options()};
 }
 
 } // namespace
 
-std::string OffsetCure::of(const Card& card, double offset) const {
+DoubtCure OffsetCure::of(const Card& card, double offset) const {
     double total = offset + shoot_.input.rules.soundOffsetSeconds;
     const double halfAFrame = 0.5 / timecodeRate::frameRateForRealTimeCalculation(rate_);
-    std::string date = card.movedByDays != 0 ? "--sound-date " + dayText(*card.day) : "";
+    std::optional<long> date = card.movedByDays != 0 ? card.day : std::nullopt;
+    const auto dated = [&]() -> CureOption { return {CureOption::Kind::soundDate, dayText(*date)}; };
     if (std::abs(total) >= secondsADay - halfAFrame) {
         const double days = std::round(total / secondsADay);
         total -= days * secondsADay;
         // Without a date the time of day is all that counts.
-        if (card.day) date = "--sound-date " + dayText(*card.day + static_cast<long>(days));
-        if (card.day && std::abs(total) < halfAFrame) return date;
+        if (card.day) date = *card.day + static_cast<long>(days);
+        if (card.day && std::abs(total) < halfAFrame) return CureWay{{dated()}};
     }
-    return date + (date.empty() ? "" : " ") + "--sound-offset " + offsetText(total, rate_);
+    CureWay way;
+    if (date) way.options.push_back(dated());
+    way.options.push_back({CureOption::Kind::soundOffset, offsetText(total, rate_)});
+    return way;
 }
 
-std::string OffsetCure::inAScanOfRecordings(const Card& card, bool isPart,
-                                            const std::set<std::string_view>& cameras) const {
+std::optional<CureScan> OffsetCure::scanOfRecordings(const Card& card, bool isPart,
+                                                     const std::set<std::string_view>& cameras) const {
     // Nothing but their order tells such recordings from those that are right.
     if (isPart) {
         std::set<UUID> own;
         for (const std::size_t file : card.files) own.insert(shoot_.recordings[file].asset->id);
-        return inAScanWithout(own.empty() ? std::nullopt : LeavingOut(shoot_).of([&](const MediaAsset& file) {
+        return scanWithout(own.empty() ? std::nullopt : LeavingOut(shoot_).of([&](const MediaAsset& file) {
             return file.kind == AssetKind::audio && !own.contains(file.id);
         }),
-                              "recordings");
+                           "these recordings");
     }
-    return inAScanWithout(LeavingOut(shoot_).of([&](const MediaAsset& file) {
+    return scanWithout(LeavingOut(shoot_).of([&](const MediaAsset& file) {
         return file.kind == AssetKind::audio ? !isOn(card, shoot_, file)
                                              : !cameras.empty() && !cameras.contains(folderOf(file));
     }),
-                          "recordings");
+                       "these recordings");
 }
 
 std::string OffsetCure::forOtherSound(const Card& card) const {
@@ -64,14 +66,14 @@ std::string OffsetCure::forOtherSound(const Card& card) const {
     return hasOther ? "; the other sound then needs a document of its own" : "";
 }
 
-std::string OffsetCure::inAScanOfClips(const Card& card) const {
-    return inAScanWithout(LeavingOut(shoot_).of([&](const MediaAsset& file) {
+std::optional<CureScan> OffsetCure::scanOfClips(const Card& card) const {
+    return scanWithout(LeavingOut(shoot_).of([&](const MediaAsset& file) {
         if (file.kind == AssetKind::video) return !file.url.path.starts_with(card.folder + "/");
         const auto recording = shoot_.recordingByID.find(file.id);
         return card.day && recording != shoot_.recordingByID.end() &&
                shoot_.recordings[recording->second].place.day != *card.day - card.movedByDays;
     }),
-                          "clips");
+                       "these clips");
 }
 
 } // namespace orvane

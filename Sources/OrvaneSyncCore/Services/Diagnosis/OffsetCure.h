@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -16,15 +17,16 @@ class OffsetCure {
 
     /// `offset` in seconds, besides that by which the work is corrected already. Offsets are given up to a
     /// day; what is more goes into the date.
-    std::string of(const Card& card, double offset) const;
-    /// For options that would move the sound of other cards as well. `isPart`: other recordings of the card
-    /// are right. `cameras`: the folders of the clips that they are wrong for; empty for all.
-    std::string inAScanOfRecordings(const Card& card, bool isPart,
-                                    const std::set<std::string_view>& cameras = {}) const;
+    DoubtCure of(const Card& card, double offset) const;
+    /// For options that would move the sound of other cards as well; absent where there is none. `isPart`:
+    /// other recordings of the card are right. `cameras`: the folders of the clips that they are wrong for;
+    /// empty for all.
+    std::optional<CureScan> scanOfRecordings(const Card& card, bool isPart,
+                                             const std::set<std::string_view>& cameras = {}) const;
     /// What to say behind such a cure where clips have other sound as well, which that scan leaves out.
     std::string forOtherSound(const Card& card) const;
     /// With a day, without recordings of others than that from which the card is moved.
-    std::string inAScanOfClips(const Card& card) const;
+    std::optional<CureScan> scanOfClips(const Card& card) const;
 
   private:
     const Shoot& shoot_;

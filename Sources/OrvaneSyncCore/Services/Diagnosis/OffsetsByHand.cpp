@@ -35,10 +35,11 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
                           (moved->seconds < 0 ? " earlier" : " later") +
                           " by hand, and that of the others, with recordings of the same card, was not: its "
                           "clock may be wrong by that",
-                      "move the others by as much, or --sound-offset " +
-                          offsetText(moved->seconds + shoot.input.rules.soundOffsetSeconds, rate) +
-                          cure.inAScanOfRecordings(
-                              sound, isPart, isAlone ? std::set<std::string_view>() : std::set{camera}) +
+                      "move the others by as much, or " +
+                          DoubtCure(CureOption::Kind::soundOffset,
+                                    offsetText(moved->seconds + shoot.input.rules.soundOffsetSeconds, rate))
+                              .in(cure.scanOfRecordings(
+                                  sound, isPart, isAlone ? std::set<std::string_view>() : std::set{camera})) +
                           "; lock a clip whose sound is right as it is" +
                           (isPart ? std::string() : cure.forOtherSound(sound))},
                      card.unmoved);

@@ -119,15 +119,18 @@ class RateDoubts {
         const auto concerned = concernedBy(rate.rate);
         // Timecode that was set at one moment and runs at the rate that it states is as likely.
         const auto& [first, last] = rate.found.offsets;
-        std::string offsetFits, offsetCure;
+        std::string offsetFits;
+        DoubtCure offsetCure;
         if (first <= last) {
             const double offset = std::round((first + last) / 2);
             offsetFits = "; with the recordings moved by about " + spanText(std::abs(offset)) +
                          (offset < 0 ? " earlier" : " later") + " they would as well";
             offsetCure = ", then check a clap early and one late on the card; where both are off, and not "
-                         "alike, --sound-offset " +
-                         offsetText(offset + shoot_.input.rules.soundOffsetSeconds, rate_) + " instead" +
-                         aloneIn(concerned);
+                         "alike, " +
+                         DoubtCure(CureOption::Kind::soundOffset,
+                                   offsetText(offset + shoot_.input.rules.soundOffsetSeconds, rate_))
+                             .in(aloneIn(concerned)) +
+                         " instead";
         }
         addCardDoubt(doubts_,
                      {SyncDoubt::Kind::timecodeRate,
@@ -135,15 +138,15 @@ class RateDoubts {
                           text + " frames a second, " + std::to_string(rate.found.clips) + " of " +
                           counted(clips_.uncovered.size(), "clip", "clips") +
                           " without all of their sound would match" + offsetFits,
-                      "--tc-rate " + text + offsetCure},
+                      DoubtCure(CureOption::Kind::timecodeRate, text) + offsetCure},
                      concerned);
     }
-    /// For an offset, which would move the sound of the other clips as well; empty without others.
-    std::string aloneIn(const std::vector<const Shoot::Clip*>& clips) const {
+    /// For an offset, which would move the sound of the other clips as well; absent without others.
+    std::optional<CureScan> aloneIn(const std::vector<const Shoot::Clip*>& clips) const {
         const std::string_view folder = folderOf(clips.front()->group->video);
         const auto isIn = [&](const Shoot::Clip* clip) { return folderOf(clip->group->video) == folder; };
-        if (clips.size() == clips_.all.size() || !std::ranges::all_of(clips, isIn)) return {};
-        return OffsetCure(shoot_, rate_).inAScanOfClips({std::string(folder), std::nullopt, {}});
+        if (clips.size() == clips_.all.size() || !std::ranges::all_of(clips, isIn)) return std::nullopt;
+        return OffsetCure(shoot_, rate_).scanOfClips({std::string(folder), std::nullopt, {}});
     }
     /// Those without all of their sound, and those whose sound would move: what has sound may have it by the
     /// wrong rate.
@@ -220,12 +223,14 @@ void addGivenRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& 
     const bool isStatedByAll = std::ranges::all_of(moved, [&](const Shoot::Clip* clip) {
         return labelRate(clip->group->video) == stated && shoot.recordings[*clip->primary].isCounted;
     });
-    std::string instead = "a scan without the rate";
+    DoubtCure instead = "a scan without the rate";
     if (isStatedByAll) {
-        instead = "--tc-rate " + rateText(stated) + " --sound-offset " + offsetText(offset, stated);
+        CureWay way{{{CureOption::Kind::timecodeRate, rateText(stated)},
+                     {CureOption::Kind::soundOffset, offsetText(offset, stated)}}};
         if (!staying.empty())
-            instead +=
-                OffsetCure(shoot, stated).inAScanOfClips({std::string(*folders.begin()), std::nullopt, {}});
+            way.scan =
+                OffsetCure(shoot, stated).scanOfClips({std::string(*folders.begin()), std::nullopt, {}});
+        instead = std::move(way);
     }
     addCardDoubt(
         doubts,

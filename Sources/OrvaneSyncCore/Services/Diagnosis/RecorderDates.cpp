@@ -52,15 +52,16 @@ class RecorderDates {
         }
         if (std::cmp_less(best.files, explanation::fewest) || isTold(best.clips)) return;
         const auto count = static_cast<long long>(best.all);
-        addCardDoubt(
-            doubts_,
-            {Kind::otherDateFits,
-             nameOfCard(card, shoot_) + " are dated " + dayText(*card.day) + ", and " +
-                 std::to_string(best.recordings) + " of " + counted(count, "recording", "recordings") +
-                 " lie under clips of " + dayText(*best.card.day) + " by the time of day",
-             "--sound-date " + dayText(*best.card.day) + cure_.inAScanOfRecordings(best.card, false) +
-                 " if the recorder's date is wrong" + cure_.forOtherSound(card)},
-            best.clips);
+        addCardDoubt(doubts_,
+                     {Kind::otherDateFits,
+                      nameOfCard(card, shoot_) + " are dated " + dayText(*card.day) + ", and " +
+                          std::to_string(best.recordings) + " of " +
+                          counted(count, "recording", "recordings") + " lie under clips of " +
+                          dayText(*best.card.day) + " by the time of day",
+                      DoubtCure(CureOption::Kind::soundDate, dayText(*best.card.day))
+                              .in(cure_.scanOfRecordings(best.card, false)) +
+                          " if the recorder's date is wrong" + cure_.forOtherSound(card)},
+                     best.clips);
     }
     /// Of the clips, besides those on which the card lies already.
     std::vector<long> nearestDays(const Card& card) const {

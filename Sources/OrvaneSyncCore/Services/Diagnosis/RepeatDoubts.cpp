@@ -101,7 +101,7 @@ class RepeatDoubts {
                           (best < 0 ? " earlier, " : " later, ") + std::to_string(most.clips) + " of " + all +
                           (folder ? " in '" + *folder + "'" : std::string()) + " have sound, and " +
                           std::to_string(now.clips) + " as they are; a clock may be wrong by that",
-                      cure_.of(card, best) + (folder ? cure_.inAScanOfClips(card) : "") +
+                      cure_.of(card, best).in(folder ? cure_.scanOfClips(card) : std::nullopt) +
                           " if a clap shows it, else lock a clip whose clap is right"},
                      clips);
         return true;

@@ -43,14 +43,17 @@ std::vector<CardDoubt> SyncDoubts::summary(const SyncGroupList& groups) const {
         if (own == byGroup.end()) continue;
         for (const SyncDoubt& doubt : own->second) {
             if (isOfCard(doubt)) continue;
-            const auto [place, isNew] = places.try_emplace({doubt.kind, doubt.cure}, all.size());
+            const auto [place, isNew] = places.try_emplace({doubt.kind, doubt.cure.text()}, all.size());
             if (isNew) all.push_back({doubt, {}});
             all[place->second].groupIDs.push_back(group.id);
         }
     }
     for (std::size_t i = cards.size(); i < all.size(); ++i)
-        if (const auto more = all[i].groupIDs.size() - 1; more > 0)
-            all[i].doubt.message += "; likewise " + counted(more, "more clip", "more clips");
+        if (const auto more = all[i].groupIDs.size() - 1; more > 0) {
+            const std::string likewise = "; likewise " + counted(more, "more clip", "more clips");
+            all[i].doubt.message += likewise;
+            if (!all[i].doubt.windowMessage.empty()) all[i].doubt.windowMessage += likewise;
+        }
     return all;
 }
 

@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
@@ -66,18 +67,23 @@ class TimecodeDoubts {
         return dayText(static_cast<long>(day)) + " " +
                TimecodeUtils::secondsToTC(rest, TimecodeFrameRate::fps25).substr(0, 8);
     }
-    void doubt(const Shoot::Clip& clip, Kind kind, std::string message, std::string cure) {
-        doubts_.byGroup[clip.group->id].push_back({kind, std::move(message), std::move(cure)});
+    /// Of what begins with the name of the clip: the rest is enough in its row.
+    void doubt(const Shoot::Clip& clip, Kind kind, const std::string& about, DoubtCure cure) {
+        doubt(clip, kind, shoot_.nameOf(clip.group->video) + " " + about, std::move(cure), about);
+    }
+    void doubt(const Shoot::Clip& clip, Kind kind, std::string message, DoubtCure cure, std::string reason) {
+        doubts_.byGroup[clip.group->id].push_back(
+            {kind, std::move(message), std::move(cure), {}, std::move(reason)});
     }
 
     void withoutTimecode(const Shoot::Clip& clip) {
         const MediaAsset& video = clip.group->video;
         const double length = video.durationSeconds.value_or(0);
         if (!clip.group->isMOS() || !(length > 0) || shoot_.input.recordings.empty()) return;
-        std::string message = shoot_.nameOf(video) +
-                              (clip.place ? " counts from 00:00:00:00, as cameras without a set clock do"
-                                          : " has no timecode") +
-                              ", and no sound can be found for it";
+        std::string message =
+            std::string(clip.place ? "counts from 00:00:00:00, as cameras without a set clock do"
+                                   : "has no timecode") +
+            ", and no sound can be found for it";
         if (const auto seconds = writtenSeconds(video)) {
             message += "; it is dated " + momentText(*seconds);
             if (const auto sound = soundAt(*seconds, length)) {
@@ -88,7 +94,7 @@ class TimecodeDoubts {
                     message += " and lies by that date with an offset of " + *frames + " frames";
             }
         }
-        doubt(clip, Kind::noTimecode, std::move(message), byHand("its recording", &video));
+        doubt(clip, Kind::noTimecode, message, byHand("its recording", &video));
     }
     void atMidnight(const Shoot::Clip& clip) {
         const MediaAsset& recording = *clip.atMidnight;
@@ -97,16 +103,16 @@ class TimecodeDoubts {
                   " has a time reference of 0, as recorders write it that know no time; if it began at "
                   "midnight, it is sound of " +
                   shoot_.nameOf(clip.group->video),
-              "attach it by hand (a file name under 'choice' in the table of 'scan --review'), which lays it "
-              "at midnight");
+              "attach it by hand" + cureWords::inTable("a file name under 'choice'") +
+                  ", which lays it at midnight",
+              {});
     }
     /// The sound lies somewhere, and looks as if it were right.
     void unplaced(const Shoot::Clip& clip) {
         const MediaAsset& video = clip.group->video;
         const AudioMatch& match = clip.group->audioMatches.front();
-        std::string message =
-            shoot_.nameOf(*match.audio) + " was attached to " + shoot_.nameOf(video) +
-            " by hand, and no timecode says where in the clip it begins: it is laid " +
+        std::string where =
+            std::string("it is laid ") +
             (match.syncOffsetSeconds == 0
                  ? "from the first picture on"
                  : (clip.primary ? "where the timecodes have it, " : "at midnight, ") +
@@ -116,11 +122,14 @@ class TimecodeDoubts {
                                 ? framesByDate(video, shoot_.recordings[*clip.primary].place, match)
                                 : std::nullopt;
         if (frames)
-            message += "; by the date of the clip, " + momentText(*seconds) + ", it lies with an offset of " +
-                       *frames + " frames";
-        doubt(clip, Kind::noTimecode, std::move(message),
-              "set its offset in frames (under 'offset_frames' in the table of 'scan --review') by a clap, "
-              "and lock the clip where the sound is right without one");
+            where += "; by the date of the clip, " + momentText(*seconds) + ", it lies with an offset of " +
+                     *frames + " frames";
+        doubt(clip, Kind::noTimecode,
+              shoot_.nameOf(*match.audio) + " was attached to " + shoot_.nameOf(video) +
+                  " by hand, and no timecode says where in the clip it begins: " + where,
+              "set its offset in frames" + cureWords::inTable("under 'offset_frames'") +
+                  " by a clap, and lock the clip where the sound is right without one",
+              where);
     }
     /// What a table says as `offset_frames` so that the recording lies under the clip by the date of the
     /// clip, which is that of its first picture or of its last; absent where it does not lie under the clip
@@ -171,17 +180,18 @@ class TimecodeDoubts {
         }
     }
     /// `file`: that may hold timecode on a channel of its sound.
-    std::string byHand(const char* what, const MediaAsset* file = nullptr) const {
+    DoubtCure byHand(const char* what, const MediaAsset* file = nullptr) const {
         const auto& heard = shoot_.input.timecodeChannel;
-        std::string cure = std::string("attach ") + what +
-                           " by hand (a file name under 'choice' and its offset under 'offset_frames' in the "
-                           "table of 'scan --review')";
+        DoubtCure cure =
+            std::string("attach ") + what + " by hand" +
+            cureWords::inTable("a file name under 'choice' and its offset under 'offset_frames'");
         const bool mayHold = file == nullptr || file->channelCount.value_or(0) > 0;
         if (!mayHold || heard == settings::everyTimecodeChannel) return cure;
         const std::string option = heard ? std::string(settings::ltcChannelIndex.key) + "=" +
                                                std::to_string(settings::everyTimecodeChannel)
                                          : std::string(settings::ltcEnabled.key) + "=true";
-        return cure + "; where timecode was recorded on a sound channel, --set " + option + " listens for it";
+        return cure + "; where timecode was recorded on a sound channel, " +
+               DoubtCure(CureOption::Kind::setting, option) + " listens for it";
     }
     /// The recording under a clip of that length that begins or ends then.
     std::optional<std::size_t> soundAt(double seconds, double length) {
@@ -218,12 +228,12 @@ class TimecodeDoubts {
                 !covers(recording.place.range, *range))
                 continue;
             return doubt(clip, Kind::dropMix,
-                         shoot_.nameOf(video) + " counts " + (isDrop ? "drop frame" : "non-drop") +
+                         std::string("counts ") + (isDrop ? "drop frame" : "non-drop") +
                              " and has no sound; counted as " + (isDrop ? "non-drop" : "drop frame") + ", " +
                              shoot_.nameOf(*recording.asset) + " lies under all of it",
-                         "--tc-rate " + rateText(*other) +
-                             ", in a scan of such clips alone where others count "
-                             "otherwise");
+                         DoubtCure(CureWay{.options = {{CureOption::Kind::timecodeRate, rateText(*other)}},
+                                           .isForSome = true}) +
+                             ", in a scan of such clips alone where others count otherwise");
         }
     }
 
@@ -272,7 +282,7 @@ class TimecodeDoubts {
                           shoot_.nameOf(clips.back().clip->group->video) + " it counts " +
                           spanText(std::abs(labels)) + ", and their dates are " + spanText(written) +
                           " apart; what lies under them by timecode is sound of another moment",
-                      leaveOut},
+                      leaveOut()},
                      all);
     }
 
@@ -297,17 +307,17 @@ class TimecodeDoubts {
                 const bool isOfZone = std::ranges::any_of(zones, [](const auto& z) { return z.has_value(); });
                 if (isOfZone || told_.contains(one.clip) || !one.clip->primary) continue;
                 doubt(*one.clip, Kind::notTimeOfDay,
-                      shoot_.nameOf(one.clip->group->video) + " is dated " + momentText(one.seconds) +
-                          ", and its timecode is " +
+                      "is dated " + momentText(one.seconds) + ", and its timecode is " +
                           one.clip->group->video.startTimecodeString.value_or("another") + "; of the other " +
                           counted(usual->second, "clip", "clips") + " date and timecode agree",
-                      leaveOut);
+                      leaveOut());
             }
     }
 
-    static constexpr const char* leaveOut =
-        "attach the right recordings by hand, or leave the clips out with an x under 'skip' in the table of "
-        "'scan --review'; lock those whose sound is right";
+    static DoubtCure leaveOut() {
+        return "attach the right recordings by hand, or leave the clips out with " + cureWords::skip() +
+               "; lock those whose sound is right";
+    }
 
     const Shoot& shoot_;
     SyncDoubts& doubts_;

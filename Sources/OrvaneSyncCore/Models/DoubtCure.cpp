@@ -1,0 +1,125 @@
+#include "OrvaneSyncCore/Models/DoubtCure.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using OptionKind = CureOption::Kind;
+
+bool isPath(OptionKind kind) { return kind >= OptionKind::exclude; }
+
+std::string textOf(const std::vector<CureOption>& options) {
+    std::string text;
+    for (const CureOption& option : options) {
+        if (!text.empty()) text += option.kind == OptionKind::withoutFolder ? ", " : " ";
+        text += option.text();
+    }
+    return text;
+}
+
+std::string textOf(const CureWay& way) {
+    std::string text = textOf(way.options);
+    if (way.scan)
+        text += " in a scan of " + way.scan->files + " alone (" + textOf(way.scan->options) + way.scan->rest +
+                ")";
+    return text;
+}
+
+bool areKnown(const std::vector<CureOption>& options) {
+    return std::ranges::none_of(options, [](const CureOption& option) { return option.value.empty(); });
+}
+
+} // namespace
+
+std::string shellQuoted(std::string_view text) {
+    std::string result = "'";
+    for (const char c : text) result += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return result + "'";
+}
+
+std::string_view nameOf(CureOption::Kind kind) {
+    switch (kind) {
+    case OptionKind::soundOffset:
+        return "--sound-offset";
+    case OptionKind::soundDate:
+        return "--sound-date";
+    case OptionKind::timecodeRate:
+        return "--tc-rate";
+    case OptionKind::days:
+        return "--days";
+    case OptionKind::setting:
+        return "--set";
+    case OptionKind::choose:
+        return "--choose";
+    case OptionKind::exclude:
+        return "--exclude";
+    case OptionKind::video:
+        return "--video";
+    case OptionKind::audio:
+        return "--audio";
+    case OptionKind::withoutFolder:
+        break;
+    }
+    return {};
+}
+
+std::string CureOption::text() const {
+    const std::string said = !value.empty() ? (isPath(kind) ? shellQuoted(value) : value)
+                             : isPath(kind) ? "FOLDER"
+                                            : "YYYY-MM-DD";
+    return (kind == Kind::withoutFolder ? "without the folder" : std::string(nameOf(kind))) + " " + said;
+}
+
+DoubtCure::DoubtCure(std::string words) {
+    if (!words.empty()) parts_.emplace_back(Words{words, words});
+}
+
+DoubtCure::DoubtCure(Words words) { parts_.emplace_back(std::move(words)); }
+
+DoubtCure& DoubtCure::operator+=(const DoubtCure& other) {
+    const std::vector<Part> added = other.parts_; // which may be the same cure
+    for (const Part& part : added) {
+        auto* last = parts_.empty() ? nullptr : std::get_if<Words>(&parts_.back());
+        const auto* words = std::get_if<Words>(&part);
+        if (last != nullptr && words != nullptr) {
+            last->terminal += words->terminal;
+            last->window += words->window;
+        } else {
+            parts_.push_back(part);
+        }
+    }
+    return *this;
+}
+
+DoubtCure DoubtCure::in(std::optional<CureScan> scan) && {
+    for (auto part = parts_.rbegin(); part != parts_.rend(); ++part)
+        if (auto* way = std::get_if<CureWay>(&*part)) {
+            way->scan = std::move(scan);
+            break;
+        }
+    return std::move(*this);
+}
+
+std::string DoubtCure::text() const {
+    std::string text;
+    for (const Part& part : parts_) {
+        const auto* words = std::get_if<Words>(&part);
+        text += words != nullptr ? words->terminal : textOf(std::get<CureWay>(part));
+    }
+    return text;
+}
+
+const CureWay* DoubtCure::firstWay() const {
+    for (const Part& part : parts_) {
+        const auto* way = std::get_if<CureWay>(&part);
+        if (way == nullptr || !areKnown(way->options)) continue;
+        const bool isDone = !way->scan || (way->scan->rest.empty() && areKnown(way->scan->options));
+        return isDone ? way : nullptr;
+    }
+    return nullptr;
+}
+
+} // namespace orvane

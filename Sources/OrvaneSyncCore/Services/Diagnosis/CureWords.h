@@ -1,0 +1,31 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/DoubtCure.h"
+
+#include <string>
+
+/// Decisions of the editor, which a terminal's user makes in a table and a window's in a menu.
+namespace orvane::cureWords {
+
+inline DoubtCure choose() {
+    return DoubtCure::Words{"choose in the table of 'scan --review'",
+                            "choose the recording in the clip's menu"};
+}
+inline DoubtCure choose(const std::string& recording) {
+    return DoubtCure::Words{"choose " + recording + " in the table of 'scan --review'",
+                            "choose " + recording + " in the clip's menu"};
+}
+/// Which columns of the table say it, behind what is to be done; a window has its fields before one's eyes.
+inline DoubtCure inTable(const std::string& columns) {
+    return DoubtCure::Words{" (" + columns + " in the table of 'scan --review')", ""};
+}
+inline DoubtCure skip() {
+    return DoubtCure::Words{"an x under 'skip' in the table of 'scan --review'",
+                            "“Toggle Excluded” in the clip's menu"};
+}
+inline DoubtCure skipToLeaveOut() {
+    return DoubtCure::Words{"an x under 'skip' in the table of 'scan --review' to leave the clip out",
+                            "“Toggle Excluded” to leave the clip out"};
+}
+
+} // namespace orvane::cureWords

@@ -117,6 +117,18 @@ TEST(SyncDoubts, ANightOfAnotherDateNeedsNoScanOfItsOwnUnderClipsOfOneDay) {
     EXPECT_TRUE(cure().starts_with("--sound-date 2024-05-17 if")) << cure();
     night.diagnose({.soundDay = dayNumber(*dateFromISO8601("2024-05-17T12:00:00Z"))});
     EXPECT_TRUE(cure().starts_with("--sound-date 2024-05-17 in a scan of")) << cure() << ": it is in force";
+    // Names have the shoot day, and the headers of the cameras that of the sound.
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    for (const auto& [daysLater, isDoubted] : {std::pair{0, false}, {-1, true}}) {
+        for (std::size_t i = 0; i < 2; ++i) {
+            const Date day = *dateFromISO8601(i == 0 ? "2024-05-17T00:00:00Z" : "2024-05-18T00:00:00Z");
+            night.audios[i].contentCreatedDate = day + std::chrono::hours(12);
+            night.videos[i].headerDate =
+                day + std::chrono::days(daysLater) + std::chrono::seconds(static_cast<int>(takes[i].first));
+        }
+        night.diagnose();
+        EXPECT_EQ(night.count(Kind::otherDay) > 0, isDoubted);
+    }
 }
 
 TEST(SyncDoubts, FewClipsAreDoubtedByTheirHeadersOneByOne) {

@@ -173,6 +173,7 @@ class DayDoubts {
                                  sound.place.range.startSeconds - clip.place->range.startSeconds;
             const bool isOfDay = std::abs(apart - match.syncOffsetSeconds) < 1;
             if (isOfDay || (!clip.place->day && *recorded == *filmed)) return sameDay(pair);
+            if (isWrittenOn(clip.group->video, *clip.place, *recorded)) return false;
             if (!clip.place->day && !daysMayBeMixed_ && !isAllOfOtherDay(clip)) return false;
         } else {
             if (!daysMayBeMixed_) return false;
@@ -301,6 +302,9 @@ class DayDoubts {
             if (!clip.place->knownDay()) continue;
             // Where a date was given, it has served what has its sound.
             if (shoot_.input.rules.soundDay && clip.isCovered) continue;
+            if (clip.primary && primaryOf(clip).place.day &&
+                isWrittenOn(clip.group->video, *clip.place, *primaryOf(clip).place.day))
+                continue; // whatever its name says
             clips.push_back(&clip);
             first = std::min(first, clip.place->range.startSeconds);
             last = std::max(last, clip.place->range.endSeconds);

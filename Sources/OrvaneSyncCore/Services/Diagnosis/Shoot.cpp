@@ -89,6 +89,15 @@ std::optional<double> writtenSeconds(const MediaAsset& video) {
     return std::nullopt;
 }
 
+bool isWrittenOn(const MediaAsset& video, const FilePlace& place, long day) {
+    constexpr double closeSeconds = 300; // as clocks of cameras differ from timecode
+    const auto written = writtenSeconds(video);
+    if (!written) return false;
+    const double into = *written - static_cast<double>(day) * secondsADay;
+    return std::abs(into - place.range.startSeconds) <= closeSeconds ||
+           std::abs(into - place.range.endSeconds) <= closeSeconds;
+}
+
 bool countsFromZero(const MediaAsset& video) {
     const auto isOther = [](char c) { return c >= '1' && c <= '9'; };
     if (video.bextTimeReference.value_or(0) != 0 || !video.startTimecodeString ||

@@ -115,6 +115,9 @@ std::vector<Card> cardsOf(const std::vector<Shoot::Clip>& clips);
 /// The time of the file's own date, else of its header, seconds since 1970 in the user's calendar. A date at
 /// midnight is one without a time of day.
 std::optional<double> writtenSeconds(const MediaAsset& video);
+/// Whether the file's own date, or its header, is that moment of its timecode on that day: names may have the
+/// shoot day, which goes on behind midnight.
+bool isWrittenOn(const MediaAsset& video, const FilePlace& place, long day);
 /// A timecode of zeros, as movies have it whose camera knows no time. One that is dated about midnight may be
 /// a night's.
 bool countsFromZero(const MediaAsset& video);

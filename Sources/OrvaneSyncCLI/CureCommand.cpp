@@ -82,17 +82,20 @@ Parts besideCure(const Parts& call, const CureOptions& cure) {
     return rest;
 }
 
-/// Of the program and the command, the rest of the call and the cure; folders that look like options last.
+/// Of the program and the command, the rest of the call and the cure; switches behind the cure, and folders
+/// that look like options last.
 std::vector<std::string> wordsOf(std::vector<std::string> words, const Parts& parts,
                                  const CureOptions& cure) {
-    std::vector<std::string> last;
+    std::vector<std::string> switches, last;
     for (const Arguments::Part& part : parts) {
         const bool looksLikeOption = part.option.empty() && part.value.starts_with('-');
-        std::vector<std::string>& place = looksLikeOption ? last : words;
+        const bool isSwitch = !part.option.empty() && part.value.empty();
+        std::vector<std::string>& place = looksLikeOption ? last : isSwitch ? switches : words;
         place.insert(place.end(), part.words.begin(), part.words.end());
     }
     for (const CureOption& option : cure.options)
         words.insert(words.end(), {std::string(nameOf(option.kind)), option.value});
+    words.insert(words.end(), switches.begin(), switches.end());
     if (!last.empty()) words.emplace_back("--");
     words.insert(words.end(), last.begin(), last.end());
     return words;
@@ -153,8 +156,10 @@ std::optional<std::string> CureCommands::next(const DoubtCure& cure) {
 std::vector<std::string> cureCommands(std::span<const std::string> call, const WorkSnapshot& work) {
     CureCommands cures(call);
     std::vector<std::string> commands;
-    for (const CardDoubt& doubt : work.doubts().summary(work.groups()))
+    for (const CardDoubt& doubt : work.doubts().summary(work.groups())) {
+        if (!work.helps(doubt)) continue;
         if (auto command = cures.next(doubt.doubt.cure)) commands.push_back(std::move(*command));
+    }
     return commands;
 }
 

@@ -105,7 +105,7 @@ TEST(CureCommand, isTheCallWithWhatTheCureSays) {
         {{"a", "--quiet", "--set", "x.y=1", "--set=x.y=2", "--quiet"},
          DoubtCure(setting, "x.y=3"),
          "--set x.y=3",
-         "orvanesync scan a --quiet --set x.y=3"},
+         "orvanesync scan a --set x.y=3 --quiet"},
         {{"--set", "x.y=3", "a", "--quiet"},
          DoubtCure(setting, "x.y=3"),
          "--set x.y=3",

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
+#include "OrvaneSyncCore/Services/Diagnosis/CureTrial.h"
 #include "OrvaneSyncCore/Services/Naming/ResultsList.h"
 #include "Platform/Files.h"
 #include "Platform/Stop.h"
@@ -55,18 +56,35 @@ std::optional<int> timecodeChannelOf(const platform::SettingsStore& store) {
 
 } // namespace
 
-SyncDoubts DoubtSource::doubts(const FileNames& names, const std::stop_token& stop) const {
+DoubtInput DoubtSource::input(const std::vector<MediaAsset>& recordings, const FileNames& names) const {
     std::vector<FileURL> real;
     for (const FileURL& folder : folders) {
         // A link that is the last component stays, so the way to something in it is asked for.
         const std::string inside = platform::files::standardized(folder.path + "/x");
         real.push_back({inside.substr(0, inside.size() - 2)});
     }
+    return {files.groups,
+            recordings,
+            rules,
+            trimMode,
+            smartAudioResults,
+            names,
+            heard ? &heard->lags : nullptr,
+            std::move(real),
+            heard ? &heard->elsewhere : nullptr,
+            timecodeChannel};
+}
+
+SyncDoubts DoubtSource::doubts(const FileNames& names, const std::stop_token& stop) const {
     std::vector<MediaAsset> gathered;
-    return SyncDoubts::of({files.groups, recordings(gathered), rules, trimMode, smartAudioResults, names,
-                           heard ? &heard->lags : nullptr, std::move(real),
-                           heard ? &heard->elsewhere : nullptr, timecodeChannel},
-                          stop);
+    return SyncDoubts::of(input(recordings(gathered), names), stop);
+}
+
+bool DoubtSource::helps(const CardDoubt& doubt, const SyncDoubts& doubts, const FileNames& names,
+                        const std::stop_token& stop) const {
+    std::vector<MediaAsset> gathered;
+    const DoubtInput tried = input(recordings(gathered), names);
+    return CureTrial(tried, doubts, stop).helps(doubt);
 }
 
 const std::vector<MediaAsset>& DoubtSource::recordings(std::vector<MediaAsset>& gathered) const {

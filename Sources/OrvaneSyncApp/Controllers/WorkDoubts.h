@@ -34,6 +34,9 @@ struct DoubtSource {
 
     /// `names`: of these files. Throws Stopped.
     SyncDoubts doubts(const FileNames& names, const std::stop_token& stop = {}) const;
+    /// As `CureTrial::helps`; `doubts` and `names` are those of these files. Throws Stopped.
+    bool helps(const CardDoubt& doubt, const SyncDoubts& doubts, const FileNames& names,
+               const std::stop_token& stop = {}) const;
     UnmatchedReasons unmatchedReasons() const;
     /// What the microphones of the cameras heard. Reads the files; not on the interface thread. As
     /// `SoundLag::heardWithNeighbours`.
@@ -41,6 +44,7 @@ struct DoubtSource {
                       const std::function<void(std::size_t done)>& progress) const;
 
   private:
+    DoubtInput input(const std::vector<MediaAsset>& recordings, const FileNames& names) const;
     /// All of the work; `gathered` holds them where no scan does.
     const std::vector<MediaAsset>& recordings(std::vector<MediaAsset>& gathered) const;
 };

@@ -31,6 +31,10 @@ const SyncDoubts& WorkSnapshot::doubts(const std::stop_token& stop) const {
     return *doubts_;
 }
 
+bool WorkSnapshot::helps(const CardDoubt& doubt, const std::stop_token& stop) const {
+    return source_.helps(doubt, doubts(stop), fileNames(), stop);
+}
+
 UnmatchedReasons WorkSnapshot::unmatchedReasons() const { return source_.unmatchedReasons(); }
 
 } // namespace orvane

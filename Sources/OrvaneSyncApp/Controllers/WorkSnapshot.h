@@ -43,6 +43,8 @@ class WorkSnapshot {
     const DisplayNames& displayNames() const;
     /// Throws Stopped.
     const SyncDoubts& doubts(const std::stop_token& stop = {}) const;
+    /// Whether the first way of its cure does, as `CureTrial::helps`. Matches; throws Stopped.
+    bool helps(const CardDoubt& doubt, const std::stop_token& stop = {}) const;
     OpenWork::Counts counts() const { return OpenWork::Counts::of(groups()); }
     /// Why clips have no sound and recordings no clip.
     UnmatchedReasons unmatchedReasons() const;

@@ -9,9 +9,9 @@ namespace {
 
 using OptionKind = CureOption::Kind;
 
-bool isPath(OptionKind kind) { return kind >= OptionKind::exclude; }
+bool isPathOption(OptionKind kind) { return kind >= OptionKind::exclude; }
 
-std::string textOf(const std::vector<CureOption>& options) {
+std::string cureText(const std::vector<CureOption>& options) {
     std::string text;
     for (const CureOption& option : options) {
         if (!text.empty()) text += option.kind == OptionKind::withoutFolder ? ", " : " ";
@@ -20,15 +20,15 @@ std::string textOf(const std::vector<CureOption>& options) {
     return text;
 }
 
-std::string textOf(const CureWay& way) {
-    std::string text = textOf(way.options);
+std::string cureText(const CureWay& way) {
+    std::string text = cureText(way.options);
     if (way.scan)
-        text += " in a scan of " + way.scan->files + " alone (" + textOf(way.scan->options) + way.scan->rest +
-                ")";
+        text += " in a scan of " + way.scan->files + " alone (" + cureText(way.scan->options) +
+                way.scan->rest + ")";
     return text;
 }
 
-bool areKnown(const std::vector<CureOption>& options) {
+bool areOptionsKnown(const std::vector<CureOption>& options) {
     return std::ranges::none_of(options, [](const CureOption& option) { return option.value.empty(); });
 }
 
@@ -67,9 +67,9 @@ std::string_view nameOf(CureOption::Kind kind) {
 }
 
 std::string CureOption::text() const {
-    const std::string said = !value.empty() ? (isPath(kind) ? shellQuoted(value) : value)
-                             : isPath(kind) ? "FOLDER"
-                                            : "YYYY-MM-DD";
+    const std::string said = !value.empty()       ? (isPathOption(kind) ? shellQuoted(value) : value)
+                             : isPathOption(kind) ? "FOLDER"
+                                                  : "YYYY-MM-DD";
     return (kind == Kind::withoutFolder ? "without the folder" : std::string(nameOf(kind))) + " " + said;
 }
 
@@ -107,7 +107,7 @@ std::string DoubtCure::text() const {
     std::string text;
     for (const Part& part : parts_) {
         const auto* words = std::get_if<Words>(&part);
-        text += words != nullptr ? words->terminal : textOf(std::get<CureWay>(part));
+        text += words != nullptr ? words->terminal : cureText(std::get<CureWay>(part));
     }
     return text;
 }
@@ -115,8 +115,8 @@ std::string DoubtCure::text() const {
 const CureWay* DoubtCure::firstWay() const {
     for (const Part& part : parts_) {
         const auto* way = std::get_if<CureWay>(&part);
-        if (way == nullptr || !areKnown(way->options)) continue;
-        const bool isDone = !way->scan || (way->scan->rest.empty() && areKnown(way->scan->options));
+        if (way == nullptr || !areOptionsKnown(way->options)) continue;
+        const bool isDone = !way->scan || (way->scan->rest.empty() && areOptionsKnown(way->scan->options));
         return isDone ? way : nullptr;
     }
     return nullptr;

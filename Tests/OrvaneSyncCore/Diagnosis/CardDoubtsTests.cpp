@@ -1,3 +1,4 @@
+#include "OrvaneSyncCore/Services/Diagnosis/CureTrial.h"
 #include "OrvaneSyncCore/Services/Diagnosis/UnmatchedReasons.h"
 #include "OrvaneSyncCore/Services/Ingest/ContentMarks.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
@@ -231,6 +232,45 @@ TEST(ClockDoubts, CountANightAsOneCard) {
     EXPECT_NE(card->doubt.message.find("8 of 8 clips"), std::string::npos) << card->doubt.message;
     EXPECT_EQ(card->doubt.cure.text(), "--sound-offset -05:00:00:00");
     EXPECT_EQ(card->groupIDs.size(), 8U);
+}
+
+TEST(CureTrial, RefusesWhatLeavesTheDoubtOrTakesOtherClipsTheirSound) {
+    using enum CureOption::Kind;
+    Shot shot; // the last recording has the date of the day before
+    for (int take = 0; take < 3; ++take) {
+        const std::string number = std::to_string(take);
+        shot.videos.push_back(clipAt("/F/C/A" + number + ".mov", 36000 + 400 * take, 10));
+        shot.audios.push_back(
+            recordingAt((take < 2 ? "/F/S/T" : "/F/R/T") + number + ".wav", 35995 + 400 * take, 20));
+    }
+    for (auto* files : {&shot.videos, &shot.audios}) shot.date(*files, "2024-05-17");
+    shot.date(shot.audios, "2024-05-16", 2);
+    shot.diagnose();
+    const auto all = shot.doubts.summary(shot.groups);
+    ASSERT_EQ(all.size(), 1U);
+    ASSERT_EQ(all.front().groupIDs.size(), 1U) << all.front().doubt.message;
+    const std::vector<CureOption> alone{{exclude, "S"}};
+    const struct {
+        std::vector<CureOption> options, scan;
+        bool helps;
+    } cases[] = {{{{soundDate, "2024-05-17"}}, {}, true},
+                 {{{soundDate, "2024-05-17"}}, alone, false}, // T2 lies as before, and two clips lose theirs
+                 {{{soundOffset, "00:06:40:00"}}, {{exclude, "R"}}, true}, // the clip in doubt gets T1
+                 {{{soundOffset, "00:06:40:00"}}, {}, false},
+                 {{{soundOffset, "01:00:00:00"}}, {}, false},
+                 {{{days, "same"}}, {}, true},
+                 {{{timecodeRate, "25"}}, {}, false}, // nothing changes
+                 {{{setting, "trimMode=overlap"}}, {}, true}};
+    FileNames names;
+    const MatchRules rules;
+    DoubtInput input{shot.groups, shot.audios, rules, TrimMode::commonDuration, {}, names};
+    input.folders = {FileURL{"/F"}};
+    for (const auto& one : cases) {
+        CardDoubt doubt = all.front();
+        doubt.doubt.cure = CureWay{one.options};
+        if (!one.scan.empty()) doubt.doubt.cure = std::move(doubt.doubt.cure).in(CureScan{"it", one.scan});
+        EXPECT_EQ(CureTrial(input, shot.doubts, {}).helps(doubt), one.helps) << doubt.doubt.cure.text();
+    }
 }
 
 } // namespace

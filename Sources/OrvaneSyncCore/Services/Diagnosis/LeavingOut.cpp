@@ -1,6 +1,5 @@
 #include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
 
-#include "OrvaneSyncCore/Utilities/PathGlob.h"
 #include "Platform/Stop.h"
 
 #include <algorithm>
@@ -55,34 +54,22 @@ std::string shapeOf(std::string_view name) {
     return shape;
 }
 
-/// What a scan passes over: where a folder above the file fits the pattern, or its own name does, in each of
-/// the folders that were named.
-class Trial {
-  public:
-    Trial(const std::vector<std::string>& roots, const std::string& pattern)
-        : roots_(roots), glob_(pattern) {}
-
-    bool leavesOut(const std::string& path) const {
-        bool isFound = false;
-        for (const std::string& root : roots_) {
-            if (!path.starts_with(root)) continue;
-            isFound = true;
-            const std::string_view below = std::string_view(path).substr(root.size());
-            bool isPassedOver = glob_.matches(below);
-            for (std::size_t slash = below.find('/'); slash != std::string_view::npos && !isPassedOver;
-                 slash = below.find('/', slash + 1))
-                isPassedOver = glob_.matches(below.substr(0, slash));
-            if (!isPassedOver) return false;
-        }
-        return isFound;
-    }
-
-  private:
-    const std::vector<std::string>& roots_;
-    PathGlob glob_;
-};
-
 } // namespace
+
+bool PassedOver::leavesOut(const std::string& path) const {
+    bool isFound = false;
+    for (const std::string& root : roots_) {
+        if (!path.starts_with(root)) continue;
+        isFound = true;
+        const std::string_view below = std::string_view(path).substr(root.size());
+        bool isPassedOver = glob_.matches(below);
+        for (std::size_t slash = below.find('/'); slash != std::string_view::npos && !isPassedOver;
+             slash = below.find('/', slash + 1))
+            isPassedOver = glob_.matches(below.substr(0, slash));
+        if (!isPassedOver) return false;
+    }
+    return isFound;
+}
 
 std::vector<CureOption> LeavingOut::Options::options() const {
     std::vector<CureOption> all;
@@ -139,7 +126,7 @@ LeavingOut::of(const std::function<bool(const MediaAsset&)>& isLeftOut) const {
     Options options;
     const auto propose = [&](const std::string& pattern, const auto& isMeant) {
         platform::throwIfStopped(shoot_.stop);
-        const Trial trial(roots_, pattern);
+        const PassedOver trial(roots_, pattern);
         const auto isPassedOver = [&](const std::string& path) { return trial.leavesOut(path); };
         if (std::ranges::any_of(kept, isPassedOver)) return false;
         if (!std::ranges::all_of(

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
+#include "OrvaneSyncCore/Utilities/PathGlob.h"
 
 #include <functional>
 #include <optional>
@@ -9,6 +10,20 @@
 #include <vector>
 
 namespace orvane {
+
+/// What a scan with an exclusion passes over: where a folder above the file fits the pattern, or its own name
+/// does, in each of the folders that were named.
+class PassedOver {
+  public:
+    /// `roots`: these folders, with a slash behind each.
+    PassedOver(const std::vector<std::string>& roots, const std::string& pattern)
+        : roots_(roots), glob_(pattern) {}
+    bool leavesOut(const std::string& path) const;
+
+  private:
+    const std::vector<std::string>& roots_;
+    PathGlob glob_;
+};
 
 /// What leaves some files of a work out of its scan and keeps all others. Each proposal was tried on the
 /// paths of all files as a scan tries its exclusions.

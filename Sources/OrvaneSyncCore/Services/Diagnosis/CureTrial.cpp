@@ -1,0 +1,142 @@
+#include "OrvaneSyncCore/Services/Diagnosis/CureTrial.h"
+
+#include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
+#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+
+#include <algorithm>
+#include <cmath>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace orvane {
+
+namespace {
+
+using TriedKind = CureOption::Kind;
+
+/// Of all files those that a scan by these options takes.
+class KeptFiles {
+  public:
+    KeptFiles(const std::vector<FileURL>& folders, const std::vector<CureOption>& options) {
+        for (const FileURL& folder : folders) roots_.push_back(withSlash(folder.path));
+        for (const CureOption& option : options) {
+            if (option.kind == TriedKind::exclude) patterns_.emplace_back(roots_, option.value);
+            if (option.kind == TriedKind::withoutFolder) std::erase(roots_, withSlash(option.value));
+            if (option.kind == TriedKind::video) videoFolders_.push_back(withSlash(option.value));
+            if (option.kind == TriedKind::audio) audioFolders_.push_back(withSlash(option.value));
+        }
+    }
+    bool has(const MediaAsset& file) const {
+        const std::string& path = file.url.path;
+        if (std::ranges::any_of(patterns_, [&](const PassedOver& one) { return one.leavesOut(path); }))
+            return false;
+        if (videoFolders_.empty() && audioFolders_.empty()) return roots_.empty() || isIn(roots_, path);
+        return isIn(file.kind == AssetKind::video ? videoFolders_ : audioFolders_, path);
+    }
+
+  private:
+    static std::string withSlash(const std::string& folder) {
+        return folder + (folder.ends_with('/') ? "" : "/");
+    }
+    static bool isIn(const std::vector<std::string>& folders, const std::string& path) {
+        return std::ranges::any_of(folders,
+                                   [&](const std::string& folder) { return path.starts_with(folder); });
+    }
+
+    std::vector<std::string> roots_, videoFolders_, audioFolders_; ///< with a slash behind each
+    std::vector<PassedOver> patterns_;
+};
+
+bool isOptionOfMatching(const CureOption& option) {
+    return option.kind != TriedKind::setting && option.kind != TriedKind::choose;
+}
+
+MatchRules rulesWith(MatchRules rules, const std::vector<CureOption>& options,
+                     const std::vector<MediaAsset>& videos) {
+    SourceCorrections given;
+    for (const auto& [kind, value] : options) {
+        if (kind == TriedKind::soundOffset) given.soundOffset = value;
+        if (kind == TriedKind::soundDate) given.soundDate = value;
+        if (kind == TriedKind::timecodeRate)
+            given.timecodeRate = SourceCorrections::fromTexts({}, {}, value).timecodeRate;
+        if (kind == TriedKind::days) given.days = fromRawValue<MatchingDays>(value);
+    }
+    if (given.timecodeRate) rules.timecodeRate = given.timecodeRate;
+    if (given.soundOffset)
+        rules.soundOffsetSeconds =
+            given.soundOffsetSeconds(rules.timecodeRate.value_or(rateOfMostClips(videos)));
+    if (given.soundDate) rules.soundDay = given.soundDay();
+    if (given.days) rules.days = *given.days;
+    return rules;
+}
+
+bool haveSameFirstSound(const SyncGroup& before, const SyncGroup& after) {
+    if (before.audioMatches.empty() || after.audioMatches.empty())
+        return before.audioMatches.empty() == after.audioMatches.empty();
+    constexpr double same = 0.001;
+    const AudioMatch &was = before.audioMatches.front(), &is = after.audioMatches.front();
+    return was.audio->id == is.audio->id && std::abs(was.syncOffsetSeconds - is.syncOffsetSeconds) < same;
+}
+
+/// Whether a clip has a doubt of that kind in the same words.
+bool isToldAgain(const SyncDoubts& before, const UUID& was, SyncDoubt::Kind kind, const SyncDoubts& after,
+                 const UUID& is) {
+    const auto had = before.byGroup.find(was), has = after.byGroup.find(is);
+    return had != before.byGroup.end() && has != after.byGroup.end() &&
+           std::ranges::any_of(had->second, [&](const SyncDoubt& one) {
+               return one.kind == kind && std::ranges::any_of(has->second, [&](const SyncDoubt& other) {
+                          return other.kind == kind && other.message == one.message;
+                      });
+           });
+}
+
+/// What a way does to the clips that are in its scan.
+struct Outcome {
+    int helped = 0; ///< of those in doubt, that get other sound
+    int lost = 0;   ///< of the others, that lose all of it
+};
+
+} // namespace
+
+bool CureTrial::helps(const CardDoubt& doubt) const {
+    const CureWay* way = doubt.doubt.cure.firstWay();
+    if (way == nullptr || !std::ranges::all_of(way->options, isOptionOfMatching)) return true;
+    std::vector<CureOption> all = way->options;
+    if (way->scan) all.insert(all.end(), way->scan->options.begin(), way->scan->options.end());
+    const KeptFiles kept(input_.folders, all);
+    std::vector<MediaAsset> videos, audios;
+    for (const SyncGroup& group : input_.groups)
+        if (kept.has(group.video)) videos.push_back(group.video);
+    for (const MediaAsset& recording : input_.recordings)
+        if (kept.has(recording)) audios.push_back(recording);
+    const MatchRules rules = rulesWith(input_.rules, way->options, videos);
+    const SyncGroupList groups = SyncEngine().match(videos, audios, rules, stop_);
+
+    std::unordered_map<UUID, const SyncGroup*> byVideo;
+    for (const SyncGroup& group : groups) byVideo[group.video.id] = &group;
+    const std::unordered_set<UUID> doubted(doubt.groupIDs.begin(), doubt.groupIDs.end());
+    DoubtInput after{groups, audios, rules, input_.trimMode, {}, input_.names};
+    after.folders = input_.folders;
+    after.timecodeChannel = input_.timecodeChannel;
+    const SyncDoubts doubts = SyncDoubts::of(after, stop_);
+    Outcome outcome;
+    bool doesStand = false;
+    for (const SyncGroup& before : input_.groups) {
+        const auto found = byVideo.find(before.video.id);
+        if (found == byVideo.end() || before.isLocked) continue;
+        const SyncGroup& now = *found->second;
+        if (!doubted.contains(before.id)) {
+            outcome.lost +=
+                before.matchStatus.isSettled() && !before.audioMatches.empty() && now.audioMatches.empty()
+                    ? 1
+                    : 0;
+            continue;
+        }
+        outcome.helped += !now.audioMatches.empty() && !haveSameFirstSound(before, now) ? 1 : 0;
+        doesStand = doesStand || isToldAgain(before_, before.id, doubt.doubt.kind, doubts, now.id);
+    }
+    if (doesStand) return false;
+    return outcome.lost == 0 || (way->scan && outcome.helped > 0);
+}
+
+} // namespace orvane

@@ -82,16 +82,17 @@ TEST(HeardClocks, WhatCamerasHeardInOtherRecordingsTellsTheClock) {
         int offset, alone; ///< clips with such a doubt
         const char* cure;
     };
-    for (const Case& one : {Case{"all", {1, 1, -1, -1, 1, -1}, 5, 6, 0, "--sound-offset -00:02:30:00; lock"},
-                            {"from the middle on",
-                             {0, -1, 0, 1, -1, 1},
-                             5,
-                             3,
-                             0,
-                             "--sound-offset -00:02:30:00 in a scan of these"},
-                            {"one alone", {0, 0, -1, 1, 0, 0}, 7, 0, 1, "choose 'T4.wav' in the table"},
-                            {"one that chance may have made", {-1, -1, -1, 1, -1, -1}, 5.5, 0, 0, ""},
-                            {"none", {-1, -1, -1, -1, -1, -1}, 9, 0, 0, ""}}) {
+    for (const Case& one :
+         {Case{"all", {1, 1, -1, -1, 1, -1}, 5, 6, 0, "--sound-offset -00:02:30:00; lock"},
+          {"from the middle on",
+           {0, -1, 0, 1, -1, 1},
+           5,
+           3,
+           0,
+           "--sound-offset -00:02:30:00 in a scan of this card alone (--exclude 'S/T0.wav'"},
+          {"one alone", {0, 0, -1, 1, 0, 0}, 7, 0, 1, "choose 'T4.wav' in the table"},
+          {"one that chance may have made", {-1, -1, -1, 1, -1, -1}, 5.5, 0, 0, ""},
+          {"none", {-1, -1, -1, -1, -1, -1}, 9, 0, 0, ""}}) {
         Shot shot;
         for (int i = 0; i < 7; ++i) {
             const std::string number = std::to_string(i);

@@ -226,17 +226,21 @@ class HeardOffsets {
         const auto nameOf = [&](std::size_t recording) {
             return shoot_.nameOf(*shoot_.recordings[recording].asset);
         };
-        addCardDoubt(
-            doubts_,
-            {Kind::constantOffset,
-             "the microphones of the cameras heard other sound in " +
-                 counted(offset->count, "clip", "clips") + " in " + quotedFolder(std::get<0>(key)) +
-                 " than " + quotedFolder(std::get<1>(key)) + " has under them: its recordings " +
-                 nameOf(first) + " to " + nameOf(last) + " are " + spanText(std::abs(offset->seconds)) +
-                 (offset->seconds < 0 ? " late" : " early") + " against the clips",
-             DoubtCure(CureWay{{offsetBy(offset->seconds)}})
-                 .in(cure_.scanOfRecordings({std::string(std::get<1>(key)), std::get<2>(key), {}}, true))},
-            doubted);
+        Card part{std::string(std::get<1>(key)), std::get<2>(key), {}};
+        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
+            if (isOn(part, shoot_, *shoot_.recordings[i].asset) && startOf(i) >= startOf(first) &&
+                startOf(i) <= startOf(last))
+                part.files.push_back(i);
+        addCardDoubt(doubts_,
+                     {Kind::constantOffset,
+                      "the microphones of the cameras heard other sound in " +
+                          counted(offset->count, "clip", "clips") + " in " + quotedFolder(std::get<0>(key)) +
+                          " than " + quotedFolder(std::get<1>(key)) + " has under them: its recordings " +
+                          nameOf(first) + " to " + nameOf(last) + " are " +
+                          spanText(std::abs(offset->seconds)) + (offset->seconds < 0 ? " late" : " early") +
+                          " against the clips",
+                      DoubtCure(CureWay{{offsetBy(offset->seconds)}}).in(cure_.scanOfRecordings(part, true))},
+                     doubted);
     }
     /// Where they do not agree.
     void addEachElsewhere(const HandledClips& card) {

@@ -102,6 +102,29 @@ TEST(TimecodeDoubts, LinearTimecodeIsProposedWhereItWasNotListenedFor) {
         }
 }
 
+TEST(TimecodeDoubts, EachClipWithoutTimecodeIsToldItsOwnRecording) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    for (const int hoursBehind : {0, 2}) {
+        Shot shot;
+        for (const int at : {36000, 36700, 37900, 38300}) {
+            const std::string number = std::to_string(shot.videos.size() + 1);
+            shot.videos.push_back(clipAt("/C/A" + number + ".mov", at, 10));
+            shot.videos.back().startTimecodeString.reset();
+            shot.videos.back().headerDate =
+                *dateFromISO8601("2024-05-17T00:00:00Z") + std::chrono::seconds(at - 3600 * hoursBehind);
+            shot.audios.push_back(recordingAt("/S/T" + number + ".wav", at - 4, 20));
+        }
+        shot.date(shot.audios, "2024-05-17");
+        shot.diagnose();
+        const auto all = shot.doubts.summary(shot.groups);
+        ASSERT_EQ(all.size(), 1U);
+        EXPECT_TRUE(all.front().doubt.message.ends_with(
+            "with an offset of -96 frames; likewise 'A2.mov' ('T2.wav', -96), 'A3.mov' ('T3.wav', -96), "
+            "'A4.mov' ('T4.wav', -96)"))
+            << all.front().doubt.message;
+    }
+}
+
 TEST(TimecodeDoubts, TimecodeIsHeldAgainstTheDatesOfTheFiles) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     struct Clip {

@@ -517,14 +517,14 @@ class ClockDoubts {
                     counted(static_cast<long long>(withoutSound), "clip", "clips") +
                     " without all of their sound would match";
         if (lost > 0) text += ", and " + counted(lost, "clip", "clips") + " would lose other sound";
-        addCardDoubt(
-            doubts_,
-            {Kind::constantOffset, text + knownTo(common),
-             cure_.of(card, offset).in(lost > 0 ? cure_.scanOfRecordings(card, one.isPart) : std::nullopt) +
-                 clapAfter(common) +
-                 (lost > 0 && (isForAll || !one.isPart) ? cure_.forOtherSound(one.card) : "") +
-                 unlessAfterTakes(common, isForAll, lost)},
-            doubted);
+        SyncDoubt doubt{
+            Kind::constantOffset, text + knownTo(common),
+            cure_.of(card, offset).in(lost > 0 ? cure_.scanOfRecordings(card, one.isPart) : std::nullopt) +
+                clapAfter(common) +
+                (lost > 0 && (isForAll || !one.isPart) ? cure_.forOtherSound(one.card) : "") +
+                unlessAfterTakes(common, isForAll, lost)};
+        if (!isToldLikewise(doubts_, doubt, doubted, nameOf(one)))
+            addCardDoubt(doubts_, std::move(doubt), doubted);
         return true;
     }
     std::string nameOf(const DoubtedCard& one) const {

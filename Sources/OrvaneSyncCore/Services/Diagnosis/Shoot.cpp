@@ -205,6 +205,21 @@ void addCardDoubt(SyncDoubts& doubts, SyncDoubt doubt, const std::vector<const S
     doubts.cards.push_back(std::move(card));
 }
 
+bool isToldLikewise(SyncDoubts& doubts, const SyncDoubt& doubt, const std::vector<const Shoot::Clip*>& clips,
+                    const std::string& card) {
+    const auto told = std::ranges::find_if(doubts.cards, [&](const CardDoubt& other) {
+        return other.doubt.kind == doubt.kind && other.doubt.cure == doubt.cure &&
+               std::ranges::equal(other.groupIDs, clips, {}, {},
+                                  [](const Shoot::Clip* clip) { return clip->group->id; });
+    });
+    if (told == doubts.cards.end()) return false;
+    const SyncDoubt before = told->doubt;
+    told->doubt.message += "; likewise " + card;
+    for (const Shoot::Clip* clip : clips)
+        std::ranges::replace(doubts.byGroup[clip->group->id], before, told->doubt);
+    return true;
+}
+
 bool covers(const TCRange& sound, const TCRange& clip) {
     return sound.startSeconds <= clip.startSeconds + coverSlackSeconds &&
            sound.endSeconds >= clip.endSeconds - coverSlackSeconds;

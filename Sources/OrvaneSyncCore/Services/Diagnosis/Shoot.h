@@ -62,6 +62,10 @@ double heardSeconds(const SyncGroup& group, const Take& take);
 
 /// Puts a doubt down for each of the clips.
 void addCardDoubt(SyncDoubts& doubts, SyncDoubt doubt, const std::vector<const Shoot::Clip*>& clips);
+/// Says of a doubt about the same clips with the same cure that it holds for another card as well. Returns
+/// whether there is one.
+bool isToldLikewise(SyncDoubts& doubts, const SyncDoubt& doubt, const std::vector<const Shoot::Clip*>& clips,
+                    const std::string& card);
 
 /// What a clip may begin earlier or end later than its sound and still be covered: a slow hand at the
 /// recorder is none of its clock.

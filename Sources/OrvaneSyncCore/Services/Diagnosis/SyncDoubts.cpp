@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
+#include "Platform/Text.h"
 
 #include <algorithm>
 #include <utility>
@@ -38,19 +39,29 @@ std::vector<CardDoubt> SyncDoubts::summary(const SyncGroupList& groups) const {
         return std::ranges::any_of(cards, [&](const CardDoubt& card) { return card.doubt == doubt; });
     };
     std::map<std::pair<SyncDoubt::Kind, std::string>, std::size_t> places;
+    std::map<std::size_t, std::vector<std::string>> owns; // of the clips behind the first
     for (const SyncGroup& group : groups) {
         const auto own = byGroup.find(group.id);
         if (own == byGroup.end()) continue;
         for (const SyncDoubt& doubt : own->second) {
             if (isOfCard(doubt)) continue;
             const auto [place, isNew] = places.try_emplace({doubt.kind, doubt.cure.text()}, all.size());
-            if (isNew) all.push_back({doubt, {}});
+            if (isNew)
+                all.push_back({doubt, {}});
+            else if (!doubt.own.empty())
+                owns[place->second].push_back(doubt.own);
             all[place->second].groupIDs.push_back(group.id);
         }
     }
     for (std::size_t i = cards.size(); i < all.size(); ++i)
         if (const auto more = all[i].groupIDs.size() - 1; more > 0) {
-            const std::string likewise = "; likewise " + counted(more, "more clip", "more clips");
+            std::vector<std::string> named = owns[i];
+            constexpr std::size_t most = 5;
+            named.resize(std::min(named.size(), most));
+            const std::size_t others = more - named.size();
+            std::string likewise = "; likewise " + platform::text::joined(named, ", ");
+            if (others > 0)
+                likewise += (named.empty() ? "" : " and ") + counted(others, "more clip", "more clips");
             all[i].doubt.message += likewise;
             if (!all[i].doubt.windowMessage.empty()) all[i].doubt.windowMessage += likewise;
         }

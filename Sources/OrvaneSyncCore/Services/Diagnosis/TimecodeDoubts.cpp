@@ -1,4 +1,6 @@
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
@@ -84,17 +86,58 @@ class TimecodeDoubts {
             std::string(clip.place ? "counts from 00:00:00:00, as cameras without a set clock do"
                                    : "has no timecode") +
             ", and no sound can be found for it";
+        std::string own;
         if (const auto seconds = writtenSeconds(video)) {
             message += "; it is dated " + momentText(*seconds);
-            if (const auto sound = soundAt(*seconds, length)) {
+            const double behind = secondsBehind(folderOf(video));
+            if (const auto sound = soundAt(*seconds + behind, length)) {
                 const MediaAsset& recording = *shoot_.recordings[*sound].asset;
-                message += ", when " + shoot_.nameOf(recording) + " was recorded";
+                const std::string name = shoot_.nameOf(recording);
                 const auto laid = SyncEngine::matchByTimecode(video, recording, shoot_.input.rules);
-                if (const auto frames = framesByDate(video, shoot_.recordings[*sound].place, laid))
-                    message += " and lies by that date with an offset of " + *frames + " frames";
+                const auto frames = framesByDate(video, shoot_.recordings[*sound].place, laid, behind);
+                if (behind == 0)
+                    message += ", when " + name + " was recorded";
+                else
+                    message += ", " + spanText(std::abs(behind)) + (behind > 0 ? " before" : " after") +
+                               " the time of the recordings, as all clips of its folder are, and " + name +
+                               " was recorded then";
+                if (frames) message += " and lies by that date with an offset of " + *frames + " frames";
+                own = shoot_.nameOf(video) + " (" + name + (frames ? ", " + *frames : "") + ")";
             }
         }
         doubt(clip, Kind::noTimecode, message, byHand("its recording", &video));
+        doubts_.byGroup[clip.group->id].back().own = std::move(own);
+    }
+    /// By how much the dates of clips without timecode are behind those of the recordings, as phones date in
+    /// UTC: by the only number of hours at which all clips of the folder have sound. 0 where their dates are
+    /// right, and where nothing is sure.
+    double secondsBehind(std::string_view folder) {
+        const auto [known, isNew] = behind_.try_emplace(folder, 0.0);
+        if (!isNew) return known->second;
+        std::vector<std::pair<double, double>> dates; // and lengths
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            const MediaAsset& video = clip.group->video;
+            const auto seconds = writtenSeconds(video);
+            if (seconds && !clip.place && clip.group->isMOS() && folderOf(video) == folder)
+                dates.emplace_back(*seconds, video.durationSeconds.value_or(0));
+        }
+        const auto haveSound = [&](double later) {
+            return std::ranges::all_of(dates, [&](const auto& date) {
+                return soundAt(date.first + later, date.second).has_value();
+            });
+        };
+        if (std::cmp_less(dates.size(), explanation::fewest) || haveSound(0)) return 0;
+        constexpr int mostHours = 14; // of a zone
+        std::vector<double> found;
+        for (int hours = -mostHours; hours <= mostHours; ++hours)
+            if (haveSound(hours * 3600.0)) found.push_back(hours * 3600.0);
+        if (found.size() != 1) return 0;
+        const auto [first, last] = std::ranges::minmax(dates);
+        const double share =
+            cover_.shareOf(first.first + found.front(), last.first + last.second + found.front());
+        const auto count = static_cast<int>(dates.size());
+        if ((2 * mostHours + 1) * chance::atLeast(count, count, share) > chance::smallest) return 0;
+        return known->second = found.front();
     }
     void atMidnight(const Shoot::Clip& clip) {
         const MediaAsset& recording = *clip.atMidnight;
@@ -135,8 +178,9 @@ class TimecodeDoubts {
     /// clip, which is that of its first picture or of its last; absent where it does not lie under the clip
     /// then.
     static std::optional<std::string> framesByDate(const MediaAsset& video, const FilePlace& sound,
-                                                   const AudioMatch& laid) {
-        const auto written = writtenSeconds(video);
+                                                   const AudioMatch& laid, double secondsBehind = 0) {
+        auto written = writtenSeconds(video);
+        if (written) *written += secondsBehind;
         const double length = video.durationSeconds.value_or(0);
         if (!written || !sound.day) return std::nullopt;
         const double day = static_cast<double>(*sound.day) * secondsADay;
@@ -323,8 +367,9 @@ class TimecodeDoubts {
     SyncDoubts& doubts_;
     std::map<std::string, std::vector<Written>> cards_; ///< by folder
     std::set<const Shoot::Clip*> told_;
-    std::set<UUID> used_; ///< recordings that a clip has
-    Cover cover_;         ///< of the dated recordings, seconds since 1970
+    std::map<std::string_view, double> behind_; ///< as `secondsBehind`, by folder
+    std::set<UUID> used_;                       ///< recordings that a clip has
+    Cover cover_;                               ///< of the dated recordings, seconds since 1970
 };
 
 } // namespace

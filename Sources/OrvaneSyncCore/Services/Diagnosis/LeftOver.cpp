@@ -102,8 +102,10 @@ std::string LeftOver::text() const {
     return counted(countOf(clips), "clip has", "clips have") + " no sound, and " +
            counted(countOf(recordings), "recording has", "recordings have") + " no picture:\n" +
            linesOf(clips, "clip", "clips") + linesOf(recordings, "recording", "recordings") +
-           "Where they belong together, a clock or a date is wrong: look for one clap in both, and give what "
-           "lies between with --sound-offset, or the day with --sound-date.\n";
+           "If the clips were shot without sound and the recordings are wild tracks or room tone, nothing is "
+           "wrong. If some of them belong together, a clock or a date is: look for one clap in both, and "
+           "give "
+           "what lies between with --sound-offset, or the day with --sound-date.\n";
 }
 
 JSON toJSON(const LeftOver& leftOver) {

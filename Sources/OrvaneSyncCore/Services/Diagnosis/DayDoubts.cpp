@@ -302,8 +302,8 @@ class DayDoubts {
             if (!clip.place->knownDay()) continue;
             // Where a date was given, it has served what has its sound.
             if (shoot_.input.rules.soundDay && clip.isCovered) continue;
-            if (clip.primary && primaryOf(clip).place.day &&
-                isWrittenOn(clip.group->video, *clip.place, *primaryOf(clip).place.day))
+            const auto recorded = clip.primary ? primaryOf(clip).place.day : std::nullopt;
+            if (recorded && recorded != card.day && isWrittenOn(clip.group->video, *clip.place, *recorded))
                 continue; // whatever its name says
             clips.push_back(&clip);
             first = std::min(first, clip.place->range.startSeconds);

@@ -162,6 +162,22 @@ TEST(HeardClocks, LagsThatGrowWithTheTimeOfDayTellTheRate) {
                     ->doubt.cure.text()
                     .starts_with("--tc-rate 29.97NDF --sound-offset 00:00:35:29;"))
         << shot.card(Kind::timecodeRate)->doubt.cure.text();
+    // Read at a rate that counts otherwise than the clips state, and nothing counts labels of sound.
+    const MatchRules film{.timecodeRate = TimecodeFrameRate::fps23_976};
+    two.videos.erase(two.videos.begin(), two.videos.begin() + 4);
+    for (std::size_t i = 0; i < 4; ++i)
+        two.audios[i].bextTimeReference = samples(36333 + 400 * static_cast<double>(i));
+    two.diagnose(film);
+    heard.clear();
+    for (std::size_t i = 0; i < 4; ++i)
+        heard[two.groups[i].audioMatches.front().id] = {-3 -
+                                                        two.groups[i].audioMatches.front().syncOffsetSeconds};
+    two.doubts = SyncDoubts::of({two.groups, two.audios, film, TrimMode::noTrim, {}, FileNames(), &heard});
+    ASSERT_TRUE(two.card(Kind::timecodeRate));
+    EXPECT_TRUE(two.card(Kind::timecodeRate)
+                    ->doubt.cure.text()
+                    .starts_with("--tc-rate 29.97DF --sound-offset -00:00:34:29;"))
+        << two.card(Kind::timecodeRate)->doubt.cure.text();
 }
 
 /// A clock that was set anew within a day, on one card.

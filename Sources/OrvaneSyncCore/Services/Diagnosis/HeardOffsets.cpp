@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <set>
 #include <utility>
 
@@ -30,9 +31,26 @@ struct HeardRate {
     TimecodeFrameRate rate;
     Agreement offset; ///< of the recordings, to be added to what they state
 };
+/// Those that count as the labels are read, and that which the clips state where no label of the recordings
+/// is read at all.
+std::vector<TimecodeFrameRate> ratesToTry(const Shoot& shoot, const HandledClips& card) {
+    std::vector<TimecodeFrameRate> rates = ratesCountingAs(rateOfLabels(shoot));
+    const TimecodeFrameRate stated = labelRate(card.places.front().first->group->video);
+    if (std::ranges::find(rates, stated) == rates.end() &&
+        std::ranges::all_of(card.places, [&](const auto& place) {
+            const Shoot::Clip& clip = *place.first;
+            return labelRate(clip.group->video) == stated && shoot.recordings[*clip.primary].isCounted;
+        }))
+        rates.push_back(stated);
+    std::erase(rates, shoot.input.rules.timecodeRate);
+    return rates;
+}
+/// The one at which they agree best.
 std::optional<HeardRate> rateOf(const Shoot& shoot, const HandledClips& card) {
-    for (const TimecodeFrameRate rate : ratesCountingAs(rateOfLabels(shoot))) {
-        if (rate == shoot.input.rules.timecodeRate) continue;
+    std::optional<HeardRate> best;
+    if (std::cmp_less(card.places.size(), explanation::fewest)) return best;
+    double narrowest = std::numeric_limits<double>::infinity();
+    for (const TimecodeFrameRate rate : ratesToTry(shoot, card)) {
         std::vector<double> offsets;
         for (const auto& [clip, place] : card.places) {
             const auto sound = AssetPlacement(*clip->group->primaryAudio(), rate).range();
@@ -41,10 +59,14 @@ std::optional<HeardRate> rateOf(const Shoot& shoot, const HandledClips& card) {
                 offsets.push_back(
                     std::remainder(place - (sound->startSeconds - picture->startSeconds), secondsADay));
         }
-        if (const auto offset = agreementOf(std::move(offsets), explanation::fewest, 0))
-            return HeardRate{rate, *offset};
+        const auto offset = agreementOf(offsets, explanation::fewest, 0);
+        if (!offset) continue;
+        const auto [first, last] = std::ranges::minmax(offsets);
+        if (last - first >= narrowest) continue;
+        narrowest = last - first;
+        best = HeardRate{rate, *offset};
     }
-    return std::nullopt;
+    return best;
 }
 
 /// A camera, and what its microphone says of one card of recordings.

@@ -131,6 +131,18 @@ TEST(SyncDoubts, ANightOfAnotherDateNeedsNoScanOfItsOwnUnderClipsOfOneDay) {
     }
 }
 
+TEST(SyncDoubts, WhatGoesOnBehindMidnightNeedsAnotherRuleOfDays) {
+    Shot shot;
+    shot.videos.push_back(clipAt("/C/A.mov", 86385, 30));
+    shot.audios = {recordingAt("/S/T_1.wav", 86380, 25), recordingAt("/S/T_2.wav", 5, 20)};
+    shot.diagnose({.days = MatchingDays::neighbours});
+    ASSERT_EQ(shot.count(Kind::shortSound), 1);
+    for (const SyncDoubt& doubt : shot.doubts.byGroup.begin()->second)
+        EXPECT_TRUE(doubt.cure.text().starts_with("--days auto")) << doubt.message;
+    shot.diagnose();
+    EXPECT_TRUE(shot.doubts.isEmpty());
+}
+
 TEST(SyncDoubts, FewClipsAreDoubtedByTheirHeadersOneByOne) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     struct Case {

@@ -32,12 +32,20 @@ struct Spoken {
 };
 
 std::optional<Spoken> spokenDays(const std::string& value) {
-    if (!fromRawValue<MatchingDays>(value)) return std::nullopt;
-    const std::string words = value == rawValue(MatchingDays::same)
-                                  ? "match sound of the same day only"
-                                  : "also match sound of the day before and after";
-    const std::string button = value == rawValue(MatchingDays::same) ? "Same Day Only" : "Neighbouring Days";
-    return Spoken{words, CureStep{button, "setSetting", setting(settings::matchingDays.key, value), true}};
+    const auto rule = fromRawValue<MatchingDays>(value);
+    if (!rule) return std::nullopt;
+    const auto spoken = [&](const char* words, const char* button) {
+        return Spoken{words,
+                      CureStep{button, "setSetting", setting(settings::matchingDays.key, value), true}};
+    };
+    switch (*rule) {
+    case MatchingDays::same:
+        return spoken("match sound of the same day only", "Same Day Only");
+    case MatchingDays::neighbours:
+        return spoken("also match sound of the day before and after", "Neighbouring Days");
+    default:
+        return spoken("match sound of the shoot day", "Shoot Day");
+    }
 }
 
 std::optional<Spoken> spokenSetting(const std::string& assignment) {

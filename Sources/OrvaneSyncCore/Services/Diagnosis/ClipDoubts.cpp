@@ -9,6 +9,7 @@
 #include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
 #include "OrvaneSyncCore/Utilities/RateText.h"
 #include "Platform/Stop.h"
 #include "Platform/Text.h"
@@ -433,10 +434,12 @@ class ClipDoubts {
         addOf(Kind::shortSound,
               "lasts " + formatted("%.1f s", length()) + ", and " + where + " have no sound of " +
                   shoot_.nameOf(*group_.primaryAudio()),
-              DoubtCure(cut != take_.files.end()
-                            ? "copy " + shoot_.nameOf(fileOf(*cut)) + " again from the card, as it ends early"
-                            : "look for a recording that is missing on the cards") +
-                  ", or cut to the sound with " + option(TrimMode::overlap));
+              isPartedAtMidnight() ? acrossMidnight()
+                                   : DoubtCure(cut != take_.files.end()
+                                                   ? "copy " + shoot_.nameOf(fileOf(*cut)) +
+                                                         " again from the card, as it ends early"
+                                                   : "look for a recording that is missing on the cards") +
+                                         ", or cut to the sound with " + option(TrimMode::overlap));
     }
 
     /// What the document cuts off the picture's end; absent where that is too little to tell.
@@ -465,7 +468,20 @@ class ClipDoubts {
         addOf(Kind::cutByTrim,
               "is cut from " + formatted("%.1f s", picture) + formatted(" to %.1f s,", picture - *cut) +
                   " the length of its sound, counted from the picture's start",
-              cureOfCut());
+              isPartedAtMidnight() ? acrossMidnight() : cureOfCut());
+    }
+    /// By the rule of neighbouring days times of day meet alone: what goes on behind midnight is not found.
+    bool isPartedAtMidnight() const {
+        if (shoot_.input.rules.days != MatchingDays::neighbours || !clip_.place) return false;
+        const SyncEngine::TCRange behind{0, clip_.place->range.endSeconds - secondsADay};
+        return behind.endSeconds > 0 &&
+               std::ranges::any_of(shoot_.recordings, [&](const Recording& recording) {
+                   return SyncEngine::overlapDuration(recording.place.range, behind).has_value();
+               });
+    }
+    static DoubtCure acrossMidnight() {
+        return DoubtCure(CureOption::Kind::days, std::string(rawValue(MatchingDays::automatic))) +
+               ", which finds sound behind midnight";
     }
 
     /// For each file the one of its recorder and its channels that it continues, whatever else was recorded

@@ -458,6 +458,24 @@ TEST(ClockDoubts, FindsARateAndADate) {
     EXPECT_TRUE(cure().starts_with("--sound-date 2024-05-18 in a scan of this day alone (--video '/B'"))
         << cure();
 
+    Shot two; // days in one folder, whose cards have one date and are told apart by the hours
+    for (int i = 0; i < 8; ++i) {
+        const std::string number = std::to_string(i), day = i < 4 ? "1" : "2";
+        const double at = 36000 + 400 * (i % 4) + (i < 4 ? 0 : 60);
+        two.videos.push_back(clipAt("/R/C/A00" + day + "C" + number + ".mov", at, 10));
+        two.audios.push_back(recordingAt("/R/S" + day + "/T" + number + ".wav", at - 3, 20));
+    }
+    two.date(two.videos, "2024-05-17");
+    two.date(two.videos, "2024-05-18", 4);
+    two.date(two.audios, "2000-01-01");
+    two.diagnose();
+    ASSERT_EQ(two.doubts.cards.size(), 2U);
+    for (const std::size_t day : {0U, 1U})
+        EXPECT_NE(
+            two.doubts.cards[day].doubt.cure.text().find(day == 0 ? "--exclude 'S2'" : "--exclude 'S1'"),
+            std::string::npos)
+            << two.doubts.cards[day].doubt.cure.text();
+
     Shot nights; // each began before midnight, and its day is asked for alone
     for (int night = 0; night < 3; ++night) {
         const Date first = *dateFromISO8601("2024-05-17T00:00:00Z") + std::chrono::hours(24 * night);

@@ -340,9 +340,7 @@ class DayDoubts {
         if (other.clips < fewestOfADate || other.clips < majority * count ||
             other.clips <= clearly * own.clips)
             return;
-        std::set<std::string_view> folders;
-        for (const Recording& recording : shoot_.recordings)
-            if (recording.place.day == other.day) folders.insert(folderOf(*recording.asset));
+        std::set<std::string_view> folders = soundFolders(other.day, clips);
         DayCures::Sound sound{.day = other.day, .isSure = isHeardOn(card.folder, own.day, other.day)};
         for (const auto& [key, why] : suspected_)
             if (std::get<1>(key) == other.day && why.day == own.day) {
@@ -385,6 +383,21 @@ class DayDoubts {
             clips);
     }
 
+    /// Of the recordings of that day that lie under some of the clips by the time of day.
+    std::set<std::string_view> soundFolders(long day, const std::vector<const Shoot::Clip*>& clips) const {
+        std::map<std::string_view, Cover> covers;
+        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
+            if (shoot_.recordings[i].place.day == day && shoot_.wholes.isFirst(i))
+                covers[folderOf(*shoot_.recordings[i].asset)].add(shoot_.wholes.places[i].range, i);
+        std::set<std::string_view> folders;
+        for (auto& [folder, cover] : covers) {
+            cover.finish();
+            if (std::ranges::any_of(
+                    clips, [&](const auto* clip) { return cover.of(clip->place->range).has_value(); }))
+                folders.insert(folder);
+        }
+        return folders;
+    }
     /// Of days whose recordings mostly lie under clips of that day, the date is right, and those recordings
     /// are no sound for clips of another one.
     void findFree() {

@@ -56,13 +56,17 @@ std::optional<int> timecodeChannelOf(const platform::SettingsStore& store) {
 
 } // namespace
 
-DoubtInput DoubtSource::input(const std::vector<MediaAsset>& recordings, const FileNames& names) const {
+std::vector<FileURL> DoubtSource::realFolders() const {
     std::vector<FileURL> real;
     for (const FileURL& folder : folders) {
         // A link that is the last component stays, so the way to something in it is asked for.
         const std::string inside = platform::files::standardized(folder.path + "/x");
         real.push_back({inside.substr(0, inside.size() - 2)});
     }
+    return real;
+}
+
+DoubtInput DoubtSource::input(const std::vector<MediaAsset>& recordings, const FileNames& names) const {
     return {files.groups,
             recordings,
             rules,
@@ -70,9 +74,10 @@ DoubtInput DoubtSource::input(const std::vector<MediaAsset>& recordings, const F
             smartAudioResults,
             names,
             heard ? &heard->lags : nullptr,
-            std::move(real),
+            realFolders(),
             heard ? &heard->elsewhere : nullptr,
-            timecodeChannel};
+            timecodeChannel,
+            heard ? &heard->claims : nullptr};
 }
 
 SyncDoubts DoubtSource::doubts(const FileNames& names, const std::stop_token& stop) const {
@@ -87,6 +92,11 @@ bool DoubtSource::helps(const CardDoubt& doubt, const SyncDoubts& doubts, const 
     return CureTrial(tried, doubts, stop).helps(doubt);
 }
 
+std::vector<SoundClaim> DoubtSource::claims(const std::vector<MediaAsset>& recordings,
+                                            const std::stop_token& stop) const {
+    return SyncDoubts::claims(input(recordings, FileNames()), stop);
+}
+
 const std::vector<MediaAsset>& DoubtSource::recordings(std::vector<MediaAsset>& gathered) const {
     const auto* scanned = files.scannedAudio();
     if (scanned != nullptr) return *scanned;
@@ -97,8 +107,21 @@ const std::vector<MediaAsset>& DoubtSource::recordings(std::vector<MediaAsset>& 
 HeardSound DoubtSource::listen(std::vector<SoundLag::Pair> pairs, const std::stop_token& stop,
                                const std::function<void(std::size_t done)>& progress) const {
     std::vector<MediaAsset> gathered;
-    const SoundLag::RecordingNeighbours neighbours(files.groups, recordings(gathered), rules, stop);
-    return SoundLag::heardWithNeighbours(files.groups, std::move(pairs), neighbours, stop, progress);
+    const std::vector<MediaAsset>& all = recordings(gathered);
+    const SoundLag::RecordingNeighbours neighbours(files.groups, all, rules, stop);
+    HeardSound result =
+        SoundLag::heardWithNeighbours(files.groups, std::move(pairs), neighbours, stop, progress);
+    DoubtSource asHeard = *this;
+    constexpr int mostRounds = 6; // an offset that was not heard may give way to another one
+    for (int round = 0; round < mostRounds; ++round) {
+        asHeard.heard = std::make_shared<const HeardSound>(result);
+        const auto claims = asHeard.claims(all, stop);
+        HeardClaims more = SoundLag::heardClaims(files.groups, all, claims, stop);
+        const std::size_t before = result.claims.size();
+        result.claims.merge(more);
+        if (result.claims.size() == before) break;
+    }
+    return result;
 }
 
 UnmatchedReasons DoubtSource::unmatchedReasons() const {
@@ -215,9 +238,13 @@ std::size_t WorkDoubts::clipsOf(const std::vector<SoundLag::Pair>& pairs) const 
 
 platform::Task WorkDoubts::listen() {
     auto pairs = SoundLag::pairsToHear(work_.syncGroups());
-    if (pairs.empty()) return platform::Task::ended();
+    // What timecode suggests can be heard without any clip that has its sound.
+    if (pairs.empty() && std::ranges::none_of(work_.syncGroups(), [](const SyncGroup& group) {
+            return group.video.channelCount.value_or(0) > 0;
+        }))
+        return platform::Task::ended();
     if (!listeningQueue_) listeningQueue_ = platform::SerialQueue::create("doubts");
-    show(Listening{0, clipsOf(pairs)});
+    if (!pairs.empty()) show(Listening{0, clipsOf(pairs)});
     return work_.running.add(listenToPairs(work_.weak(this), std::move(pairs), ++listeningNumber_));
 }
 

@@ -44,7 +44,11 @@ struct DoubtSource {
                       const std::function<void(std::size_t done)>& progress) const;
 
   private:
+    std::vector<FileURL> realFolders() const;
+    /// The arguments and this must outlive it.
     DoubtInput input(const std::vector<MediaAsset>& recordings, const FileNames& names) const;
+    std::vector<SoundClaim> claims(const std::vector<MediaAsset>& recordings,
+                                   const std::stop_token& stop) const;
     /// All of the work; `gathered` holds them where no scan does.
     const std::vector<MediaAsset>& recordings(std::vector<MediaAsset>& gathered) const;
 };

@@ -124,6 +124,55 @@ TEST(HeardClocks, WhatCamerasHeardInOtherRecordingsTellsTheClock) {
     }
 }
 
+/// Beside a recorder that is right, another one whose recordings lie under no clip.
+TEST(HeardClocks, WhatTimecodeSuggestsIsToldAsTheCamerasHeardIt) {
+    enum class Heard { nothingAsked, there, elsewhere, nothing };
+    struct Case {
+        const char* name;
+        Heard heard;
+        bool isOwnHeard, haveMicrophones;
+        int doubted;
+        const char* cure;
+    };
+    for (const Case& one :
+         {Case{"no microphones", Heard::nothingAsked, false, false, 6, "--sound-offset -00:02:00:00 in a"},
+          {"nobody listened", Heard::nothingAsked, false, true, 6, "listen before"},
+          {"a clock 119.52 s late", Heard::there, true, true, 6, "--sound-offset -00:01:59:13 in a"},
+          {"room tone after the takes", Heard::nothing, true, true, 0, ""},
+          {"neither of the two", Heard::nothing, false, true, 6, "move them only where one clap"},
+          {"cameras that hear nothing", Heard::elsewhere, true, true, 6, "--sound-offset -00:02:00:00"}}) {
+        Shot shot;
+        const std::array<double, 6> late{2, 0, 1, -1, 1, -2}; // not by the same after each take
+        for (int i = 0; i < 6; ++i) {
+            const double at = 36000 + 410 * i + 17 * i * i;
+            const std::string number = std::to_string(i);
+            shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", at, 20));
+            if (one.haveMicrophones) shot.videos.back().channelCount = 1;
+            shot.audios.push_back(recordingAt("/CART/T" + number + ".wav", at - 3, 40));
+            shot.audios.push_back(
+                recordingAt("/BAG/B" + number + ".wav", at + 110 + late.at(static_cast<std::size_t>(i)), 40));
+        }
+        shot.diagnose();
+        std::unordered_map<UUID, HeardLag> lags;
+        for (const SyncGroup& group : shot.groups)
+            if (one.isOwnHeard) lags[group.audioMatches.front().id] = {};
+        HeardClaims heard;
+        const FileNames names;
+        DoubtInput input{shot.groups, shot.audios, {}, TrimMode::noTrim, {}, names, &lags};
+        if (one.heard != Heard::nothingAsked) input.heardClaims = &heard;
+        const auto asked = SyncDoubts::claims(input);
+        EXPECT_EQ(asked.size(), one.haveMicrophones ? 3U : 0U) << one.name;
+        for (const SoundClaim& claim : asked)
+            heard[claim.key()] = {one.heard == Heard::there ? std::optional(claim.offsetSeconds + 0.48)
+                                                            : std::nullopt,
+                                  one.heard != Heard::elsewhere};
+        shot.doubts = SyncDoubts::of(input);
+        EXPECT_EQ(shot.count(Kind::constantOffset), one.doubted) << one.name;
+        const auto card = shot.card(Kind::constantOffset);
+        EXPECT_TRUE(!card || card->doubt.cure.starts_with(one.cure)) << one.name << ": " << card->doubt.cure;
+    }
+}
+
 /// A camera that counts non-drop and was set at ten o'clock, read as drop frame.
 TEST(HeardClocks, LagsThatGrowWithTheTimeOfDayTellTheRate) {
     Shot shot;

@@ -76,6 +76,22 @@ TEST(SoundLag, IsFoundByTheCamerasOwnMicrophone) {
             if (!cases[i].heard) continue;
             EXPECT_NEAR(found->second.seconds, *cases[i].heard, 0.011) << cases[i].name;
         }
+        // The same where nothing but a claim lays the recordings there.
+        SyncGroupList groups;
+        std::vector<SoundClaim> claims;
+        MediaAsset sound(recording, AssetKind::audio);
+        for (const SoundLag::Pair& pair : pairs) {
+            groups.append(SyncGroup(MediaAsset(pair.camera, AssetKind::video), {}, MatchStatus::unmatched()));
+            claims.push_back({groups[groups.size() - 1].id, sound.id, pair.offsetSeconds});
+        }
+        const HeardClaims there = SoundLag::heardClaims(groups, {sound}, claims);
+        for (std::size_t i = 0; i < cases.size(); ++i) {
+            const HeardClaim& own = there.at(claims[i].key());
+            const bool isSilent = cases[i].gain == 0 || cases[i].noise > cases[i].gain;
+            EXPECT_EQ(own.couldHear, !isSilent) << cases[i].name;
+            ASSERT_EQ(own.offsetSeconds.has_value(), cases[i].camera == 1 && !isSilent) << cases[i].name;
+            EXPECT_NEAR(own.offsetSeconds.value_or(-startsAt), -startsAt, 0.011) << cases[i].name;
+        }
         const double speed = 1.001; // the recording has 0.1 % more samples than its time
         std::vector<float> slow;
         const auto steady = soundOf(seed, 70);

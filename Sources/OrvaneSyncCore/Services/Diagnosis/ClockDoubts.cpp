@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
+#include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
 #include "OrvaneSyncCore/Services/Diagnosis/MixedDays.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetWindows.h"
@@ -34,13 +36,16 @@ constexpr std::size_t mostPairs = 10'000;
 struct CardOffset {
     double seconds = 0;
     double widthSeconds = 0; ///< 0 for what people set clocks wrong by
+    int heardClips = 0;      ///< by whose microphones it is known
 };
 
 class ClockDoubts {
   public:
-    ClockDoubts(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts)
-        : shoot_(shoot), doubts_(doubts), rate_(rateOfLabels(shoot)), cure_(shoot, rate_), clips_(clips.all),
-          uncovered_(clips.uncovered), isDateGivenToSeveralShoots_(givesDateToSeveralShoots(shoot)) {}
+    ClockDoubts(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts,
+                std::vector<SoundClaim>* toHear)
+        : shoot_(shoot), doubts_(doubts), toHear_(toHear), rate_(rateOfLabels(shoot)), cure_(shoot, rate_),
+          clips_(clips.all), uncovered_(clips.uncovered),
+          isDateGivenToSeveralShoots_(givesDateToSeveralShoots(shoot)) {}
 
     void add() {
         findDoubtedCards();
@@ -295,28 +300,11 @@ class ClockDoubts {
                 used.insert(found->whole);
         return static_cast<double>(used.size()) >= explanation::majority * static_cast<double>(wholes.size());
     }
-    /// The cameras heard the recordings of the card where its timecode lays them: one that begins late or
-    /// ends early was started late or ended early, and moving it would be wrong.
+    /// What lies under no clip was not heard, however the rest of the card was.
     bool isHeardInPlace(const DoubtedCard& one, const Card& card) const {
-        // What lies under no clip was not heard, however the rest of the card was.
-        if (shoot_.input.heardLags == nullptr || one.isPart) return false;
-        constexpr double inPlaceSeconds = 0.2; // a camera's own delay, or a nudge
-        std::ptrdiff_t heard = 0, inPlace = 0;
-        for (const Shoot::Clip& clip : shoot_.clips) {
-            if (clip.group->manualAudioOffsetSeconds != 0) continue;
-            for (const AudioMatch& match : clip.group->audioMatches) {
-                const auto lag = shoot_.input.heardLags->find(match.id);
-                if (lag == shoot_.input.heardLags->end()) continue;
-                const auto recording = shoot_.recordingByID.find(match.audio->id);
-                if (recording == shoot_.recordingByID.end() ||
-                    !isOn(card, shoot_, *shoot_.recordings[recording->second].asset))
-                    continue;
-                ++heard;
-                if (std::abs(lag->second.seconds) < inPlaceSeconds) ++inPlace;
-            }
-        }
-        return inPlace >= explanation::fewest &&
-               static_cast<double>(inPlace) > explanation::majority * static_cast<double>(heard);
+        return !one.isPart && areHeardInPlace(shoot_, [&](const MediaAsset& recording) {
+            return isOn(card, shoot_, recording);
+        });
     }
 
     /// Of all clips, those without sound of the recorder itself, which can't have made two recordings at
@@ -453,6 +441,13 @@ class ClockDoubts {
         return isGuess(common) ? "; then check a clap and set the frames" : "";
     }
 
+    static constexpr const char* notListened = "listen before anything is moved ('diagnose' does): room tone "
+                                               "and wild tracks that were made after the "
+                                               "takes are right where they are";
+    static constexpr const char* notToBeMoved =
+        "move them only where one clap in both shows it; room tone and wild tracks that were made after the "
+        "takes are right where they are";
+
     bool addOffset(const DoubtedCard& one, const Card& card, const CardOffset& common, bool isForAll) {
         const double offset = common.seconds;
         Cover as, shifted;
@@ -468,6 +463,7 @@ class ClockDoubts {
         double withoutSound = 0;
         std::set<std::size_t> used, usedNow, parts;
         std::vector<const Shoot::Clip*> doubted; // with those that have sound of the card by chance
+        ClaimedOffset claimed(shoot_, common.widthSeconds / 2);
         for (const Shoot::Clip* clip : clips_) {
             const bool mayMatch = mayMeet(card, *clip), isLooked = isSought(one, *clip, isForAll);
             if (const auto sound = mayMatch ? cover(as, card, *clip) : std::nullopt) {
@@ -480,8 +476,11 @@ class ClockDoubts {
             if (sound && isLooked) {
                 ++matched;
                 used.insert(sound->whole);
-                parts.insert(shoot_.wholes.partAt(
-                    sound->whole, sound->clip.startSeconds - laid(card, sound->whole).startSeconds - offset));
+                const double start =
+                    laid(card, sound->whole).startSeconds + offset - sound->clip.startSeconds;
+                const std::size_t part = shoot_.wholes.partAt(sound->whole, -start);
+                parts.insert(part);
+                claimed.add(*clip, part, start + shoot_.wholes.startsAt[part]);
                 doubted.push_back(clip);
             } else if (!one.isPart && clip->primary &&
                        isOn(card, shoot_, *shoot_.recordings[*clip->primary].asset)) {
@@ -502,6 +501,15 @@ class ClockDoubts {
         if (isForAll &&
             static_cast<double>(used.size()) < explanation::majority * static_cast<double>(recordings))
             return false;
+        const auto heard = common.heardClips == 0 ? claimed.heard(toHear_)
+                                                  : ClaimedOffset::Heard{.clips = common.heardClips};
+        // Room tone and wild tracks lie behind takes by about as much, and under the clips of those nowhere.
+        if (heard.isRefuted && (claimed.isSoundOfClipsInPlace() || (!isForAll && isGuess(common))))
+            return false;
+        if (heard.correctionSeconds &&
+            (isGuess(common) || std::abs(*heard.correctionSeconds) >= leastByHandSeconds) &&
+            addOffset(one, card, {offset + *heard.correctionSeconds, 0, heard.clips}, isForAll))
+            return true;
         const int lost = lostBy(one, card, offset);
         std::string text = nameOf(one) + " are ";
         if (card.movedByDays != 0)
@@ -517,12 +525,20 @@ class ClockDoubts {
                     counted(static_cast<long long>(withoutSound), "clip", "clips") +
                     " without all of their sound would match";
         if (lost > 0) text += ", and " + counted(lost, "clip", "clips") + " would lose other sound";
-        SyncDoubt doubt{
-            Kind::constantOffset, text + knownTo(common),
+        if (heard.isConfirmed())
+            text += "; the microphones of the cameras heard their sound there in " +
+                    counted(heard.clips, "clip", "clips");
+        DoubtCure cure =
             cure_.of(card, offset).in(lost > 0 ? cure_.scanOfRecordings(card, one.isPart) : std::nullopt) +
-                clapAfter(common) +
-                (lost > 0 && (isForAll || !one.isPart) ? cure_.forOtherSound(one.card) : "") +
-                unlessAfterTakes(common, isForAll, lost)};
+            clapAfter(common) + (lost > 0 && (isForAll || !one.isPart) ? cure_.forOtherSound(one.card) : "") +
+            (heard.isConfirmed() ? "" : unlessAfterTakes(common, isForAll, lost));
+        if (heard.isRefuted && isForAll && isGuess(common)) {
+            text += "; the microphones of the cameras heard nothing of them there";
+            cure = notToBeMoved;
+        } else if (heard.isUnasked && isGuess(common) && lost > 0) {
+            cure = notListened;
+        }
+        SyncDoubt doubt{Kind::constantOffset, text + knownTo(common), std::move(cure)};
         if (!isToldLikewise(doubts_, doubt, doubted, nameOf(one)))
             addCardDoubt(doubts_, std::move(doubt), doubted);
         return true;
@@ -560,6 +576,7 @@ class ClockDoubts {
 
     const Shoot& shoot_;
     SyncDoubts& doubts_;
+    std::vector<SoundClaim>* toHear_;
     TimecodeFrameRate rate_;
     OffsetCure cure_;
     const std::vector<const Shoot::Clip*>& clips_;
@@ -572,9 +589,9 @@ class ClockDoubts {
 
 } // namespace
 
-void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts) {
+void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts, std::vector<SoundClaim>* toHear) {
     const TimedClips clips(shoot);
-    ClockDoubts clocks(shoot, clips, doubts);
+    ClockDoubts clocks(shoot, clips, doubts, toHear);
     addGivenRateDoubt(shoot, clips, doubts);
     if (std::cmp_greater_equal(clips.uncovered.size(), explanation::fewest) &&
         addRateDoubt(shoot, clips, doubts))

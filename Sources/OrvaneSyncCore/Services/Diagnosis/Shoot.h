@@ -141,7 +141,8 @@ void addCutFiles(const Shoot& shoot, SyncDoubts& doubts);
 /// that.
 void addRivalDoubts(const Shoot& shoot, SyncDoubts& doubts);
 void addDayDoubts(const Shoot& shoot, SyncDoubts& doubts);
-void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts);
+/// `toHear`, unless null: gets what the cameras' microphones can tell of them and were not asked.
+void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts, std::vector<SoundClaim>* toHear = nullptr);
 /// Of recorders that nothing else is said of, as their clips have other sound: so after the two before.
 void addRecorderDates(const Shoot& shoot, SyncDoubts& doubts);
 /// What was heard at the head and at the tail of some clips.

@@ -26,6 +26,14 @@ SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) 
     return doubts;
 }
 
+std::vector<SoundClaim> SyncDoubts::claims(const DoubtInput& input, const std::stop_token& stop) {
+    const Shoot shoot(input, stop);
+    SyncDoubts doubts;
+    std::vector<SoundClaim> claims;
+    addClockDoubts(shoot, doubts, &claims);
+    return claims;
+}
+
 bool SyncDoubts::has(const UUID& group, std::initializer_list<SyncDoubt::Kind> kinds) const {
     const auto own = byGroup.find(group);
     return own != byGroup.end() && std::ranges::any_of(own->second, [&](const SyncDoubt& doubt) {

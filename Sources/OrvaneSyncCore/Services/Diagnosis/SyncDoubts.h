@@ -35,6 +35,8 @@ struct DoubtInput {
     /// Of sound, from 0, on which linear timecode is listened for, or `settings::everyTimecodeChannel`;
     /// absent: on none.
     std::optional<int> timecodeChannel = {};
+    /// Of `SyncDoubts::claims`, those that were listened to. Null: none were.
+    const HeardClaims* heardClaims = nullptr;
 };
 
 /// Why clips may not have the right sound. Derived anew from the state of the work; pure, any thread.
@@ -50,6 +52,9 @@ struct SyncDoubts {
     /// A clip that is locked, left out of the export or settled by one of its recordings raises no doubt
     /// about which one it has. Throws Stopped.
     static SyncDoubts of(const DoubtInput& input, const std::stop_token& stop = {});
+    /// What the cameras' microphones can tell of offsets that timecode suggests, and nobody has listened to:
+    /// a few clips of each. Others may follow once these were heard. Throws Stopped.
+    static std::vector<SoundClaim> claims(const DoubtInput& input, const std::stop_token& stop = {});
     /// Whether the clip has a doubt of one of these kinds.
     bool has(const UUID& group, std::initializer_list<SyncDoubt::Kind> kinds) const;
     /// Each doubt once: those of cards, then those of single clips in the order of the clips, with the clips

@@ -144,6 +144,55 @@ class Listening {
     const OpenTake take_;
 };
 
+/// A file of a take with the others that were recorded beside it, by the same start.
+TakeSound soundBeside(const MediaAsset& recording, const std::vector<MediaAsset>& all) {
+    TakeSound sound(recording.url);
+    const auto folder = [](const MediaAsset& file) {
+        return std::string_view(file.url.path).substr(0, file.url.path.rfind('/'));
+    };
+    sound.files.front().channelCount = std::max(recording.channelCount.value_or(1), 1);
+    sound.files.front().durationSeconds = recording.durationSeconds.value_or(0);
+    int channels = sound.files.front().channelCount;
+    for (const MediaAsset& other : all) {
+        if (other.id == recording.id || channels >= mostChannels ||
+            other.bextTimeReference != recording.bextTimeReference ||
+            other.startTimecodeString != recording.startTimecodeString ||
+            other.contentCreatedDate != recording.contentCreatedDate ||
+            other.durationSeconds != recording.durationSeconds || folder(other) != folder(recording))
+            continue;
+        TakeSound::File file = sound.files.front();
+        file.url = other.url;
+        file.firstChannel = channels + 1;
+        file.channelCount = std::max(other.channelCount.value_or(1), 1);
+        channels += file.channelCount;
+        sound.files.push_back(std::move(file));
+    }
+    return sound;
+}
+
+HeardClaim hearClaim(const SoundClaim& claim, const FileURL& video, const TakeSound& recording,
+                     const std::stop_token& stop) {
+    const auto camera = platform::AudioFile::openAllTracks(video.path);
+    const OpenTake take = openTake(recording);
+    if (!camera || !take) return {};
+    auto own = levelsOf(camera.get(), 0, heardFarSeconds, stop);
+    const double reach = claim.reachSeconds + furthestSeconds;
+    const double from = std::max(0.0, -claim.offsetSeconds - reach);
+    const double to = reach - claim.offsetSeconds + heardFarSeconds;
+    if (to <= from) return {};
+    const auto levels = levelsOf(take.audio.get(), from, to - from, stop);
+    if (camera->failedAt() || take.audio->failedAt()) return {};
+    // What is to be found has to be shorter than what it is looked for in.
+    constexpr auto spare = static_cast<std::size_t>(SoundPlace::nearSeconds * SoundPlace::binsPerSecond);
+    if (levels.size() < own.size() + spare) own.resize(levels.size() > spare ? levels.size() - spare : 0);
+    const bool couldHear =
+        static_cast<double>(own.size()) >= leastClaimedSeconds * SoundPlace::binsPerSecond &&
+        !SoundPlace::isSteady(own);
+    const auto found = own.empty() ? std::nullopt : SoundPlace::anywhere(own, levels);
+    if (found && found->isPlain) return {found->seconds - from, true};
+    return {std::nullopt, couldHear};
+}
+
 /// Of what was found in a card, whether three and all agree.
 bool areAgreed(const std::vector<double>& found) {
     return found.size() >= fewestPairs &&
@@ -217,6 +266,29 @@ HeardSound heardWithNeighbours(const SyncGroupList& groups, std::vector<Pair> pa
         result.lags.merge(more.lags);
         result.elsewhere.merge(more.elsewhere);
     }
+    return result;
+}
+
+HeardClaims heardClaims(const SyncGroupList& groups, const std::vector<MediaAsset>& recordings,
+                        const std::vector<SoundClaim>& claims, const std::stop_token& stop) {
+    std::unordered_map<UUID, const MediaAsset*> assets;
+    for (const SyncGroup& group : groups) assets.emplace(group.id, &group.video);
+    for (const MediaAsset& recording : recordings) assets.emplace(recording.id, &recording);
+    HeardClaims result;
+    std::mutex mutex;
+    constexpr std::size_t atOnce = 4;
+    platform::concurrently(
+        claims.size(), atOnce,
+        [&](std::size_t i) {
+            const SoundClaim& claim = claims[i];
+            const auto video = assets.find(claim.clipID), recording = assets.find(claim.recordingID);
+            if (video == assets.end() || recording == assets.end()) return;
+            const HeardClaim heard =
+                hearClaim(claim, video->second->url, soundBeside(*recording->second, recordings), stop);
+            const std::lock_guard lock(mutex);
+            result.emplace(claim.key(), heard);
+        },
+        stop);
     return result;
 }
 

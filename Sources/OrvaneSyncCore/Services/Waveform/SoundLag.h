@@ -30,5 +30,10 @@ HeardSound heardWithNeighbours(const SyncGroupList& groups, std::vector<Pair> pa
                                const RecordingNeighbours& neighbours, const std::stop_token& stop = {},
                                const std::function<void(std::size_t done)>& progress = {});
 
+/// Whether the recordings are heard where claims lay them, or elsewhere within `furthestSeconds` of there. Of
+/// clips whose camera or recording cannot be read, nothing. Throws Stopped.
+HeardClaims heardClaims(const SyncGroupList& groups, const std::vector<MediaAsset>& recordings,
+                        const std::vector<SoundClaim>& claims, const std::stop_token& stop = {});
+
 } // namespace SoundLag
 } // namespace orvane

@@ -1,0 +1,114 @@
+#include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
+
+#include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace orvane {
+
+namespace {
+
+constexpr double inPlaceSeconds = 0.2; // a camera's own delay, or a nudge
+constexpr int fewestHeard = 2;         // of one plain place, chance makes one in a thousand
+constexpr std::size_t heardAtOnce = 3, mostHeard = 6;
+
+/// What was heard of clips that have sound.
+struct InPlace {
+    std::ptrdiff_t heard = 0, inPlace = 0;
+
+    void add(const Shoot& shoot, const AudioMatch& match) {
+        const auto lag = shoot.input.heardLags->find(match.id);
+        if (lag == shoot.input.heardLags->end()) return;
+        ++heard;
+        if (std::abs(lag->second.seconds) < inPlaceSeconds) ++inPlace;
+    }
+    bool isMost() const {
+        return static_cast<double>(inPlace) > explanation::majority * static_cast<double>(heard);
+    }
+};
+
+} // namespace
+
+void ClaimedOffset::add(const Shoot::Clip& clip, std::size_t recording, double offsetSeconds) {
+    laid_.push_back({&clip,
+                     {.clipID = clip.group->id,
+                      .recordingID = shoot_.recordings[recording].asset->id,
+                      .offsetSeconds = offsetSeconds,
+                      .reachSeconds = reach_}});
+}
+
+std::vector<const ClaimedOffset::Laid*> ClaimedOffset::audible() const {
+    std::vector<const Laid*> all;
+    for (const Laid& one : laid_) {
+        const MediaAsset& video = one.clip->group->video;
+        if (!one.clip->group->isExcludedFromExport && video.channelCount.value_or(0) > 0 &&
+            video.durationSeconds.value_or(0) >= leastClaimedSeconds && !video.isOffspeed())
+            all.push_back(&one);
+    }
+    std::vector<const Laid*> result; // spread over the clips, every second one to begin with
+    const std::size_t count = std::min(all.size(), mostHeard);
+    for (const std::size_t first : {0, 1})
+        for (std::size_t i = first; i < count; i += 2)
+            result.push_back(all[i * (all.size() - 1) / std::max<std::size_t>(count - 1, 1)]);
+    return result;
+}
+
+bool ClaimedOffset::Heard::isConfirmed() const { return clips >= fewestHeard; }
+
+ClaimedOffset::Heard ClaimedOffset::heard(std::vector<SoundClaim>* toHear) const {
+    Heard result;
+    std::vector<double> corrections;
+    int missed = 0;
+    std::vector<SoundClaim> unheard;
+    for (const Laid* one : audible()) {
+        const HeardClaim* heard = nullptr;
+        if (shoot_.input.heardClaims != nullptr)
+            if (const auto found = shoot_.input.heardClaims->find(one->claim.key());
+                found != shoot_.input.heardClaims->end())
+                heard = &found->second;
+        if (heard == nullptr) {
+            unheard.push_back(one->claim);
+        } else if (heard->offsetSeconds) {
+            corrections.push_back(*heard->offsetSeconds - one->claim.offsetSeconds);
+        } else if (heard->couldHear) {
+            ++missed;
+        }
+    }
+    result.clips = static_cast<int>(corrections.size());
+    if (const auto agreed = agreementOf(std::move(corrections), fewestHeard, 0)) {
+        result.correctionSeconds = agreed->seconds;
+        result.clips = static_cast<int>(agreed->count);
+    }
+    result.isRefuted = result.clips == 0 && missed >= explanation::fewest;
+    result.isUnasked = shoot_.input.heardClaims == nullptr && !unheard.empty();
+    if (toHear != nullptr && !result.isConfirmed() && !result.isRefuted) {
+        unheard.resize(std::min(unheard.size(), heardAtOnce));
+        toHear->insert(toHear->end(), unheard.begin(), unheard.end());
+    }
+    return result;
+}
+
+bool ClaimedOffset::isSoundOfClipsInPlace() const {
+    if (shoot_.input.heardLags == nullptr) return false;
+    InPlace count;
+    for (const Laid& one : laid_)
+        if (one.clip->primary && one.clip->group->manualAudioOffsetSeconds == 0)
+            count.add(shoot_, one.clip->group->audioMatches.front());
+    return count.isMost();
+}
+
+bool areHeardInPlace(const Shoot& shoot, const std::function<bool(const MediaAsset& recording)>& isMeant) {
+    if (shoot.input.heardLags == nullptr) return false;
+    InPlace count;
+    for (const Shoot::Clip& clip : shoot.clips) {
+        if (clip.group->manualAudioOffsetSeconds != 0) continue;
+        for (const AudioMatch& match : clip.group->audioMatches)
+            if (shoot.recordingByID.contains(match.audio->id) && isMeant(*match.audio))
+                count.add(shoot, match);
+    }
+    return count.inPlace >= explanation::fewest && count.isMost();
+}
+
+} // namespace orvane

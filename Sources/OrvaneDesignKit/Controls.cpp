@@ -7,6 +7,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QResizeEvent>
+#include <QStyle>
 #include <QStyleOption>
 #include <QStylePainter>
 #include <QToolTip>
@@ -65,6 +66,12 @@ QPushButton* button(const QString& text, Glyph glyph, Weight weight) {
     made->setIcon(icon(glyph));
     if (text.isEmpty()) made->setProperty("iconOnly", true);
     return made;
+}
+
+void setPrimary(QPushButton* button, bool isPrimary) {
+    button->setProperty("primary", isPrimary);
+    button->style()->unpolish(button);
+    button->style()->polish(button);
 }
 
 QLabel* title(const QString& text) {

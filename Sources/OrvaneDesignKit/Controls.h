@@ -24,6 +24,8 @@ namespace orvane::design {
 enum class Weight { normal, primary, quiet };
 QPushButton* button(const QString& text, Weight weight = Weight::normal);
 QPushButton* button(const QString& text, Glyph glyph, Weight weight = Weight::normal);
+/// Gives a button of normal weight that of a primary one, or takes it.
+void setPrimary(QPushButton* button, bool isPrimary);
 
 QLabel* title(const QString& text);
 QLabel* label(const QString& text);

@@ -92,6 +92,25 @@ TEST(DoubtCures, SayForTheWindowWhatTheTerminalHasOptionsFor) {
               "'b' counts wrong; count timecode at 25 frames a second");
 }
 
+TEST(Warnings, SayTheSameOfSeveralFilesOnce) {
+    const std::vector<std::string> warnings{
+        "not in the document: A (1).mov (no sound)",
+        "Project rate mismatch: A.mov is 50 fps, project is 25 fps",
+        "not in the document: B.mov (several)",
+        "not in the document: C.mov (no sound)",
+        "something: else",
+        "not in the document: ",
+        "MOS (no audio): D.mov",
+        "MOS (no audio): E.mov",
+        "Project rate mismatch: F is it.mov is 50 fps, project is 25 fps"};
+    EXPECT_EQ(warningGroups(warnings), (std::vector<WarningGroup>{{warnings[0], {"C.mov"}},
+                                                                   {warnings[1], {"F is it.mov"}},
+                                                                   {warnings[2], {}},
+                                                                   {warnings[4], {}},
+                                                                   {warnings[5], {}},
+                                                                   {warnings[6], {"E.mov"}}}));
+}
+
 TEST(AtmoBuilderModel, PreselectsTheLongestAndBuildsWhatIsChosen) {
     AtmoBuilderModel model({{"12", {candidate(40), candidate(30), candidate(20)}}, {"13", {}}});
     ASSERT_EQ(model.scenes().size(), 1U) << "a scene without a stretch is not listed";

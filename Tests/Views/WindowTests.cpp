@@ -464,6 +464,8 @@ TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {
     arguments.set("forceOverwriteManualTracks", false);
     ASSERT_TRUE(waitUntil([analysis = desktop_->run("runSmartAudioAnalysis", std::move(arguments))] {
         return analysis.isDone();
+    EXPECT_TRUE(button(exporting, "Done")->isDefault()) << "Return writes nothing again";
+    EXPECT_TRUE(button(exporting, "Done")->hasFocus());
     }));
     EXPECT_TRUE(waitUntil([&] { return bannerText().startsWith("Smart Audio can't read the sound of "); }))
         << bannerText().toStdString();

@@ -62,18 +62,35 @@ const QString versionKey = QStringLiteral("exportVersion");
 const QString placeKey = QStringLiteral("exportFolder");
 
 /// `inWords`: what stands for some of them.
-QString listed(const std::vector<std::string>& lines,
-               const std::map<std::string, std::string>& inWords = {}) {
+QString listed(const std::vector<std::string>& lines) {
     QStringList shown;
     for (const std::string& line : lines) {
         if (shown.size() == mostLinesShown) {
             shown << QObject::tr("and %1 more").arg(lines.size() - mostLinesShown);
             break;
         }
-        const auto words = inWords.find(line);
-        shown << QStringLiteral("• ") + translatedSentence(words == inWords.end() ? line : words->second);
+        shown << QStringLiteral("• ") + translatedSentence(line);
     }
     return shown.join(QLatin1Char('\n'));
+}
+
+/// All of them: what is said of several files once, with their names below it.
+QString grouped(const std::vector<std::string>& warnings, const std::map<std::string, std::string>& inWords) {
+    constexpr std::size_t mostNames = 500; // in one paragraph, which is laid out at once
+    QStringList lines;
+    for (const WarningGroup& group : warningGroups(warnings)) {
+        const auto words = inWords.find(group.text);
+        lines << QStringLiteral("• ") +
+                     translatedSentence(words == inWords.end() ? group.text : words->second);
+        if (group.others.empty()) continue;
+        QStringList names;
+        for (std::size_t i = 0; i < std::min(group.others.size(), mostNames); ++i)
+            names << text(group.others[i]);
+        if (group.others.size() > mostNames)
+            names << QObject::tr("and %1 more").arg(group.others.size() - mostNames);
+        lines << QStringLiteral("   ") + QObject::tr("Likewise: %1").arg(names.join(QStringLiteral(", ")));
+    }
+    return lines.join(QLatin1Char('\n'));
 }
 
 /// How many clips have no settled match, then each reason with the first of its clips.
@@ -154,8 +171,11 @@ ExportSheet::ExportSheet(Desktop& desktop, QWidget* parent) : QDialog(parent), d
     buttons->addStretch(1);
     buttons->addWidget(close_ = button(tr("Cancel")));
     buttons->addWidget(write_ = button(tr("Export"), Glyph::exportDocument, Weight::primary));
-    write_->setDefault(true);
+    answerWith(write_);
     rows->addLayout(buttons);
+    // What is typed after a document was written wants another one.
+    connect(event_, &QLineEdit::textEdited, this, [this] { answerWith(write_); });
+    connect(place_, &QLineEdit::textEdited, this, [this] { answerWith(write_); });
     connect(close_, &QPushButton::clicked, this, [this] { stopOrClose(); });
     connect(write_, &QPushButton::clicked, this, [this] { write(); });
     connect(suggestion_, &QPushButton::clicked, this, [this] { event_->setText(suggestion_->text()); });
@@ -388,6 +408,11 @@ void ExportSheet::writeTo(const QString& place) {
     });
 }
 
+void ExportSheet::answerWith(QPushButton* chosen) {
+    for (QPushButton* one : {close_, write_}) setPrimary(one, one == chosen);
+    chosen->setDefault(true);
+}
+
 void ExportSheet::stopOrClose() { writing_ ? writing_->requestStop() : reject(); }
 
 /// Also when the program is left: half a document never stands at its place.
@@ -418,7 +443,7 @@ void ExportSheet::written(const JSON& answer) {
                    });
     const ImportController& controller = desktop_.controller();
     const auto inWords = warningsInWords(controller.doubts().summary(controller.work().syncGroups()));
-    warnings_->setText(tr("Export finished with warnings") + QLatin1Char('\n') + listed(lines, inWords));
+    warnings_->setText(tr("Export finished with warnings") + QLatin1Char('\n') + grouped(lines, inWords));
     design::keptState::set(placeKey, QFileInfo(place).absolutePath());
     warnings_->setVisible(!lines.empty());
     fitHeight();
@@ -431,6 +456,8 @@ void ExportSheet::written(const JSON& answer) {
             },
             Qt::QueuedConnection);
     close_->setText(tr("Done"));
+    answerWith(close_);
+    close_->setFocus();
     mayReplace_ = true; // what was just written
     if (openWhenDone_->isChecked() && !QDesktopServices::openUrl(QUrl::fromLocalFile(place)))
         outcome_->show(Signal::doubtful,

@@ -42,6 +42,8 @@ class ExportSheet : public QDialog {
     /// The button beside "Export": while the document is written, it stops that.
     void stopOrClose();
     void written(const JSON& answer);
+    /// The button that Return presses, which is the coloured one.
+    void answerWith(QPushButton* chosen);
     void setOption(std::string_view key, JSON value);
 
     Desktop& desktop_;

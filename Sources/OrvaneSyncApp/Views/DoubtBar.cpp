@@ -22,9 +22,12 @@ DoubtBar::DoubtBar(Desktop& desktop, QWidget* parent) : QFrame(parent), desktop_
     auto* top = new QHBoxLayout;
     top->addWidget(new Badge(Signal::doubtful, {}), 0, Qt::AlignTop);
     top->addWidget(text_ = label(QString()), 1);
-    // Beside the text, at the top: they stay where they are, however many lines the next one has.
+    // Beside the text, at the top: they stay where they are, however many lines and cures the next one has.
     auto* steps = new QHBoxLayout;
     steps->setSpacing(0);
+    steps->addWidget(clips_ = button(tr("Show Clips")));
+    clips_->setToolTip(tr("Selects the clips that this is about"));
+    steps->addSpacing(space::small);
     steps->addWidget(position_ = facts({}));
     position_->setWordWrap(false);
     steps->addSpacing(space::tight);
@@ -48,8 +51,6 @@ DoubtBar::DoubtBar(Desktop& desktop, QWidget* parent) : QFrame(parent), desktop_
     rows->addLayout(top);
     buttons_ = new QHBoxLayout;
     buttons_->setSpacing(space::small);
-    buttons_->addWidget(clips_ = button(tr("Show Clips")));
-    clips_->setToolTip(tr("Selects the clips that this is about"));
     buttons_->addStretch(1);
     rows->addLayout(buttons_);
     connect(clips_, &QPushButton::clicked, this, [this] {
@@ -83,8 +84,7 @@ void DoubtBar::showOne() {
         made->setToolTip(step.scansAgain ? tr("Corrects this and scans again; can be taken back")
                                          : tr("Corrects this at once; can be taken back"));
         connect(made, &QPushButton::clicked, this, [this, step] { cure(step); });
-        // Behind the button that only shows: it is where it was, whatever the next doubt offers.
-        buttons_->insertWidget(1 + static_cast<int>(steps_.size()), made);
+        buttons_->insertWidget(static_cast<int>(steps_.size()), made);
         steps_.push_back(made);
     }
 }

@@ -79,6 +79,7 @@ class BatchRenameSheet : public Sheet {
 
         all_ = ResultsViewModel(desktop.controller()).order();
         selected_ = inOrder(selected);
+        if (selected_.size() == all_.size()) selected_.clear();
         if (selected_.size() > 1) {
             auto* row = new QHBoxLayout;
             auto* scope = new SegmentedChoice(

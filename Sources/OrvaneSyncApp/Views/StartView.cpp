@@ -43,7 +43,7 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, std::function
     : QWidget(parent), desktop_(desktop), scan_(std::move(scan)), back_(std::move(back)) {
     auto* outer = new QVBoxLayout(this);
     outer->addStretch(1);
-    auto* column = new QWidget;
+    auto* column = column_ = new QWidget;
     column->setMaximumWidth(widestForm);
     auto* rows = new QVBoxLayout(column);
     rows->setSpacing(space::medium);
@@ -102,6 +102,7 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, std::function
     for (QLineEdit* one : {combined_, video_, audio_}) {
         connect(one, &QLineEdit::textEdited, this, [this] {
             refused_->show(Signal::missing, {});
+            fitHeight();
             showStart();
         });
         // The focus leaves a field also when a scan begins; what nobody typed changes nothing.
@@ -283,6 +284,7 @@ void StartView::applyFields(std::function<void()> then) {
             if (self) self->refuse(why);
         });
     applying_->whenDone([self = QPointer(this), own = ++applications_, areTaken](const std::exception_ptr&) {
+    fitHeight();
         if (!self || self->applications_ != own) return;
         self->showStart();
         const auto after = std::exchange(self->whenApplied_, nullptr);
@@ -299,6 +301,7 @@ void StartView::refuse(const QString& why) {
             one->setFocus();
             return one->selectAll();
         }
+    fitHeight();
 }
 
 void StartView::scanWhenApplied() {
@@ -307,6 +310,12 @@ void StartView::scanWhenApplied() {
     else
         scan_();
 }
+/// A column in the middle is not asked how high it is at its width.
+void StartView::fitHeight() {
+    column_->setMinimumHeight(
+        refused_->isHidden() ? 0 : column_->layout()->totalHeightForWidth(column_->width()));
+}
+
 
 /// It can be pressed while the folders are typed or looked at; that they cannot be read is said then.
 void StartView::showStart() {

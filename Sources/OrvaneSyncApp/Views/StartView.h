@@ -59,12 +59,14 @@ class StartView : public QWidget {
     bool isApplying() const { return applying_ && !applying_->isDone(); }
     void showStart();
 
+    void fitHeight();
     Desktop& desktop_;
     const std::function<void()> scan_;
     const std::function<void()> back_;
     design::SegmentedChoice* mode_;
     QLineEdit* combined_;
     QLineEdit* video_;
+    QWidget* column_;
     QLineEdit* audio_;
     QWidget* combinedRow_;
     QWidget* videoRow_;

@@ -357,6 +357,11 @@ void MainMenus::makeHelp() {
         tr("Keys of the Review (?)"), [this] { screens_.showKeys(); },
         tr("What each key does here and now."));
     help->addAction(keys_);
+    introduction_ = ownEntry(
+        tr("Introduction and Demo Shoot"), [this] { screens_.showIntroduction(); },
+        tr("What the program is for, and a small shooting day to try it with."));
+    introduction_->setObjectName(QStringLiteral("introduction"));
+    help->addAction(introduction_);
     addHelpEntries(desktop_, &window_, help);
 }
 
@@ -412,6 +417,7 @@ void MainMenus::update() {
     of("clusterLoad")->setEnabled(!clips.empty());
     const commands::CommandContext& context = desktop_.context();
     scan_->setEnabled(commands::isAtRest(context));
+    introduction_->setEnabled(scan_->isEnabled());
     find_->setEnabled(commands::hasClipsAtRest(context));
     listen_->setEnabled(commands::hasClipsAtRest(context) && !screens_.isListening());
     rename_->setEnabled(clips.size() == 1 || (!clips.empty() && of("batchRename")->isEnabled()));

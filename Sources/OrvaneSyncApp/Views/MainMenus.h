@@ -31,8 +31,8 @@ class MainMenus : public QObject {
     struct Screens {
         std::function<std::vector<UUID>()> clips; ///< that commands for clips act on
         std::function<void(std::string_view)> runForClips;
-        std::function<void()> renameClip, openReview, openMulticam, showResults, newScan, leaveStart, find,
-            showKeys;
+        std::function<void()> renameClip, openReview, openMulticam, showResults, newScan, showIntroduction,
+            leaveStart, find, showKeys;
         std::function<void(const QStringList& paths)> openPaths;
         std::function<void()> takeKeyboard;                     ///< the screen in front
         std::function<void()> listenToCards, syncLockitNetwork; ///< both take long
@@ -107,6 +107,7 @@ class MainMenus : public QObject {
     QAction* rename_ = nullptr;
     QAction* review_ = nullptr;
     QAction* results_ = nullptr;
+    QAction* introduction_ = nullptr;
     QAction* keys_ = nullptr;
     QAction* quit_ = nullptr;
     QAction* listen_ = nullptr;

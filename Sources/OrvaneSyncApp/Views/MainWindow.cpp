@@ -106,6 +106,10 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     screens.openMulticam = [this] { openCamerasOfSelected(); };
     screens.showResults = [this] { showResults(); };
     screens.newScan = [this] { prepareScan(); };
+    screens.showIntroduction = [this] {
+        prepareScan();
+        start_->showWelcome();
+    };
     screens.leaveStart = [this] { wantsStart_ = false; };
     screens.isListening = [this] { return desktop_.controller().derivedDoubts().listening().has_value(); };
     screens.find = [this] {

@@ -146,6 +146,12 @@ QWidget* StartView::makeWelcome() {
     return part;
 }
 
+void StartView::showWelcome() {
+    isWelcomeWanted_ = true;
+    welcome_->show();
+    if (demo_ != nullptr) demo_->setFocus();
+}
+
 void StartView::makeDemo() {
     demo_->setEnabled(false);
     demoState_->setText(tr("Making the demo shoot…"));
@@ -168,7 +174,7 @@ QWidget* StartView::makeRecent() {
 void StartView::showRecent() {
     constexpr std::size_t most = 5;
     const auto& sessions = desktop_.sessions().sessions();
-    welcome_->setVisible(sessions.empty());
+    welcome_->setVisible(sessions.empty() || isWelcomeWanted_);
     recent_->setVisible(!sessions.empty());
     // One of its buttons may be what brought this about.
     if (recentRows_ != nullptr) {
@@ -278,13 +284,13 @@ void StartView::applyFields(std::function<void()> then) {
     arguments.set("moreFolders", JSON(std::move(more)));
     const auto areTaken = std::make_shared<bool>(false);
     refused_->show(Signal::missing, {});
+    fitHeight();
     applying_ = desktop_.run(
         "setFolders", std::move(arguments), [areTaken](const JSON&) { *areTaken = true; },
         [self = QPointer(this)](const QString& why) {
             if (self) self->refuse(why);
         });
     applying_->whenDone([self = QPointer(this), own = ++applications_, areTaken](const std::exception_ptr&) {
-    fitHeight();
         if (!self || self->applications_ != own) return;
         self->showStart();
         const auto after = std::exchange(self->whenApplied_, nullptr);
@@ -295,13 +301,19 @@ void StartView::applyFields(std::function<void()> then) {
 void StartView::refuse(const QString& why) {
     if (!isVisible() && desktop_.whenRefused) return desktop_.whenRefused(why);
     refused_->show(Signal::missing, tr("%1. Check the name, and whether the card is connected.").arg(why));
+    fitHeight();
     for (QLineEdit* one : {combined_, video_, audio_})
         if (const QString path = QDir::cleanPath(one->text().trimmed());
             one->isVisible() && path != QStringLiteral(".") && why.contains(path)) {
             one->setFocus();
             return one->selectAll();
         }
-    fitHeight();
+}
+
+/// A column in the middle is not asked how high it is at its width.
+void StartView::fitHeight() {
+    column_->setMinimumHeight(
+        refused_->isHidden() ? 0 : column_->layout()->totalHeightForWidth(column_->width()));
 }
 
 void StartView::scanWhenApplied() {
@@ -310,12 +322,6 @@ void StartView::scanWhenApplied() {
     else
         scan_();
 }
-/// A column in the middle is not asked how high it is at its width.
-void StartView::fitHeight() {
-    column_->setMinimumHeight(
-        refused_->isHidden() ? 0 : column_->layout()->totalHeightForWidth(column_->width()));
-}
-
 
 /// It can be pressed while the folders are typed or looked at; that they cannot be read is said then.
 void StartView::showStart() {
@@ -373,7 +379,13 @@ void StartView::showWhatIsLost() {
 
 void StartView::showEvent(QShowEvent* event) {
     showWhatIsLost();
+    welcome_->setVisible(isWelcomeWanted_ || desktop_.sessions().sessions().empty());
     QWidget::showEvent(event);
+}
+
+void StartView::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    if (!event->spontaneous()) isWelcomeWanted_ = false;
 }
 
 void StartView::keyPressEvent(QKeyEvent* event) {

@@ -31,6 +31,8 @@ class StartView : public QWidget {
     void takeFolders(const QStringList& paths, std::function<void()> then = {});
     /// When it is known that the folders can be read.
     bool isAboutToScan() const { return isApplying() && whenApplied_; }
+    /// What the program is for and the demo shoot, also where there are sessions; until the page is left.
+    void showWelcome();
     /// Return scans from there.
     void focusScan() { start_->setFocus(); }
     /// Those in the fields, whether they are the work's by now or not.
@@ -39,6 +41,7 @@ class StartView : public QWidget {
   protected:
     void keyPressEvent(QKeyEvent* event) override;
     void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
   private:
     QWidget* folderRow(QLineEdit* field, const QString& caption);
@@ -56,17 +59,17 @@ class StartView : public QWidget {
     void scanWhenApplied();
     /// Says at the fields why the folders are not taken.
     void refuse(const QString& why);
+    void fitHeight();
     bool isApplying() const { return applying_ && !applying_->isDone(); }
     void showStart();
 
-    void fitHeight();
     Desktop& desktop_;
     const std::function<void()> scan_;
     const std::function<void()> back_;
+    QWidget* column_;
     design::SegmentedChoice* mode_;
     QLineEdit* combined_;
     QLineEdit* video_;
-    QWidget* column_;
     QLineEdit* audio_;
     QWidget* combinedRow_;
     QWidget* videoRow_;
@@ -78,7 +81,8 @@ class StartView : public QWidget {
     QPushButton* toClips_; ///< hidden where there are none
     Remark* lost_;         ///< what a scan would take from the open clips
     QWidget* welcome_;
-    QPushButton* demo_ = nullptr; ///< absent where its maker is
+    bool isWelcomeWanted_ = false; ///< although there are sessions
+    QPushButton* demo_ = nullptr;  ///< absent where its maker is
     QLabel* demoState_;
     design::Section* recent_;
     QWidget* recentRows_ = nullptr;

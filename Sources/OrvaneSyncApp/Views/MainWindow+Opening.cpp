@@ -140,6 +140,8 @@ void MainWindow::stopOpening() {
 }
 
 void MainWindow::prepareScan() {
+    // What was said of the clips and asks for nothing.
+    if (!wantsStart_ && banner_->signal() == Signal::none) banner_->clear();
     wantsStart_ = true;
     showPage();
     updateActions();

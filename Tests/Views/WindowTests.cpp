@@ -216,17 +216,31 @@ TEST_F(WindowTest, ScansNothingWhereAFolderThatIsNamedIsNotThere) {
 }
 
 TEST_F(WindowTest, AFolderThatIsNotThereIsToldOfAtItsField) {
-    QLineEdit* field = window_->findChild<QLineEdit*>();
-    auto* refused = window_->findChild<QWidget*>(QStringLiteral("refused"));
-    for (auto* one : window_->findChildren<QLineEdit*>())
-        if (one->isVisible() && one->accessibleName() == "Folder with picture and sound") field = one;
-    QTest::keyClicks(field, text(folder_.path("gone")));
-    QTest::keyClick(field, Qt::Key_Return);
+    const auto* refused = window_->findChild<QWidget*>(QStringLiteral("refused"));
+    const auto typeInto = [&](const char* name, const QString& words) -> QLineEdit& {
+        for (auto* one : window_->findChildren<QLineEdit*>())
+            if (one->isVisible() && one->accessibleName() == name) {
+                QTest::keyClicks(one, words);
+                QTest::keyClick(one, Qt::Key_Return);
+                return *one;
+            }
+        throw std::logic_error("no field");
+    };
+    typeInto("Folder with picture and sound", text(folder_.path("gone")));
     ASSERT_TRUE(waitUntil([&] { return refused->isVisible(); }));
     EXPECT_TRUE(refused->findChild<QLabel*>()->text().startsWith("Can't read the folder"));
     EXPECT_EQ(bannerText(), QString());
-    EXPECT_TRUE(field->hasFocus());
-    QTest::keyClicks(field, "x");
+
+    scan();
+    window_->findChild<QAction*>("newScan")->trigger();
+    QLineEdit& field = typeInto("Video folder", "/gone");
+    ASSERT_TRUE(waitUntil([&] { return refused->isVisible(); }));
+    EXPECT_TRUE(field.hasFocus());
+    const auto scans = desktop_->controller().scan().scanNumber();
+    press(*window_, "Scan && Match");
+    ASSERT_TRUE(waitUntil([&] { return refused->isVisible(); }));
+    EXPECT_EQ(desktop_->controller().scan().scanNumber(), scans) << "the field names another folder";
+    QTest::keyClicks(&field, "x");
     EXPECT_FALSE(refused->isVisible());
 }
 

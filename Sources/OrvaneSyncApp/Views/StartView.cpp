@@ -317,7 +317,9 @@ void StartView::fitHeight() {
 }
 
 void StartView::scanWhenApplied() {
-    if (isApplying())
+    if (!refused_->isHidden()) // the folders of the work are others than the fields say
+        applyFields(scan_);
+    else if (isApplying())
         whenApplied_ = scan_;
     else
         scan_();

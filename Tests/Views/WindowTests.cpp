@@ -358,11 +358,16 @@ TEST_F(WindowTest, AnotherShootGetsASessionOfItsOwn) {
     QTest::keyClick(window_.get(), Qt::Key_Return, Qt::ControlModifier);
     const auto first = desktop_->sessions().currentSessionId();
     ASSERT_TRUE(first);
+    JSON project = JSON::object();
+    project.set("path", folder_.path("one.orvanesync"));
+    desktop_->run("saveProject", std::move(project));
+    ASSERT_TRUE(waitUntil([&] { return window_->windowTitle().contains("(one.orvanesync)"); }));
     test::makeSmallShoot(folder_.path("other"));
     scan("other");
     EXPECT_FALSE(clip("A001C001").isApproved);
     EXPECT_EQ(bannerText(), "") << "no session has these folders";
     EXPECT_NE(desktop_->sessions().currentSessionId(), first);
+    EXPECT_FALSE(window_->windowTitle().contains("one")) << window_->windowTitle().toStdString();
     desktop_->run("newSession");
     QCoreApplication::processEvents();
     scan();

@@ -150,7 +150,7 @@ platform::Task ProjectController::open(std::weak_ptr<ProjectController> weak, Fi
     Opened opened = co_await reading; // on failure nothing has changed
     self = weak.lock();
     if (!self) co_return;
-    if (self->whenOpening) self->whenOpening();
+    if (self->whenOpening) self->whenOpening(url);
     self.reset();
     const platform::Task opening = openWork(weak, std::move(opened), std::move(url));
     std::exception_ptr raised;

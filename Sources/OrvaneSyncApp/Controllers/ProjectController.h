@@ -46,7 +46,8 @@ class ProjectController {
     platform::Task loadProject(FileURL url);
     /// Called when a project was read and is about to take the place of the work, and when it has or was
     /// given up: for who keeps the work.
-    std::function<void()> whenOpening, whenOpened;
+    std::function<void(const FileURL& file)> whenOpening;
+    std::function<void()> whenOpened;
     /// The clips, by their video, whose edits wait for a scan that finds them.
     std::vector<FileURL> clipsNotFound() const;
     /// The clips, by their video, whose choice of tracks was left out: its numbers count the channels of

@@ -119,8 +119,8 @@ void SessionManager::start(const std::shared_ptr<ImportController>& controller) 
     assertOnMainThread();
     if (std::exchange(isStarted_, true)) return;
     autosave_->watch(controller);
-    controller->project().whenOpening = [weak = weak_from_this()] {
-        if (const auto self = weak.lock()) self->beginSessionOfProject();
+    controller->project().whenOpening = [weak = weak_from_this()](const FileURL& file) {
+        if (const auto self = weak.lock()) self->beginSessionOfProject(file);
     };
     controller->project().whenOpened = [weak = weak_from_this()] {
         if (const auto self = weak.lock()) self->projectIsOpen();
@@ -305,28 +305,26 @@ void SessionManager::leaveSession() {
 }
 
 /// The clips of the work before may stand until those of the project do; they are kept where they belong.
-void SessionManager::beginSessionOfProject() {
+void SessionManager::beginSessionOfProject(const FileURL& file) {
     ++openings_;
     autosave_->save();
     folderSettings_->sayNowIfChanged();
     setCurrentSession(UUID::random());
     autosave_->projectBegins();
+    openingProject_ = std::filesystem::path(file.path).stem().string();
 }
 
 /// Or it was given up on the way. Not where another session was opened meanwhile.
 void SessionManager::projectIsOpen() {
+    auto name = std::exchange(openingProject_, std::nullopt);
     if (!autosave_->projectEnds()) return;
-    const auto controller = autosave_->controller();
-    if (!controller) return;
-    std::optional<std::string> name;
-    if (const auto& file = controller->project().currentURL())
-        name = std::filesystem::path(file->path).stem().string();
-    save(*controller, std::move(name));
+    if (const auto controller = autosave_->controller()) save(*controller, std::move(name));
 }
 
 void SessionManager::setCurrentSession(std::optional<UUID> id) {
     const auto before = open_.id;
     autosave_->projectEnds();
+    openingProject_.reset();
     if (before && before != id && writes_->find(*before) == nullptr) writes_->closed(*before);
     open_.become(id);
     reportProblem();

@@ -104,7 +104,7 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
                 bool isChanged);
     void setCurrentSession(std::optional<UUID> id);
     void leaveSession();
-    void beginSessionOfProject();
+    void beginSessionOfProject(const FileURL& file);
     void projectIsOpen();
     static platform::Task open(std::weak_ptr<SessionManager> weak, UUID sessionId,
                                std::weak_ptr<ImportController> controller, std::uint64_t opening);
@@ -122,6 +122,7 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
     Repeating autosaveTimer_, lookTimer_;
     bool isStarted_ = false;
     std::uint64_t openings_ = 0; ///< tells an opening that another has taken its place
+    std::optional<std::string> openingProject_; ///< the name of a project while it is opened
     /// Before what uses it: destroyed behind it, when it waits for all that was posted.
     const std::unique_ptr<platform::SerialQueue> queue_;
     const std::shared_ptr<FolderSettings> folderSettings_;

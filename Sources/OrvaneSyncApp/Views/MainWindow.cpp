@@ -156,6 +156,7 @@ void MainWindow::observe() {
     desktop_.whenRefused = [this](const QString& why) { tellHere(Signal::missing, why); };
     workObservation_ = desktop_.controller().onChange([this](ImportField field) {
         if (field == ImportField::progress) return;
+        if (field == ImportField::project) sessionOfProject_ = desktop_.sessions().currentSessionId();
         if (field == ImportField::lockit)
             if (const auto& status = desktop_.controller().lockit().lockitSyncStatus())
                 banner_->show(Signal::none, translatedSentence(*status));
@@ -511,7 +512,8 @@ void MainWindow::updateStatus() {
     const auto& id = desktop_.sessions().currentSessionId();
     const SessionInfo* session = id ? desktop_.sessions().session(*id) : nullptr;
     QString title = session != nullptr ? text(session->name) : QString();
-    if (const auto& project = desktop_.controller().project().currentURL()) {
+    if (const auto& project = desktop_.controller().project().currentURL();
+        project && session != nullptr && id == sessionOfProject_) {
         const QFileInfo file(text(project->path));
         title = title.isEmpty() || title == file.completeBaseName()
                     ? file.fileName()

@@ -147,8 +147,9 @@ class MainWindow : public QMainWindow {
     std::vector<UUID> multicamOfSelection_;      ///< the cameras last opened from the list
     bool isOpening_ = false;                     ///< one screen gives way to another
     bool areSessionsHidden_ = false;             ///< by a screen that plays
-    QString toldHere_;                           ///< as `tellHere`
-    QString unsaved_;                            ///< that the session could not be saved
+    std::optional<UUID> sessionOfProject_; ///< that was opened from the project's file, or last saved to it
+    QString toldHere_;                     ///< as `tellHere`
+    QString unsaved_;                      ///< that the session could not be saved
     std::optional<platform::Task> scan_;
     std::optional<platform::Task> opening_; ///< of the newest session, at the start
     bool isDropped_ = false;                ///< folders were, since the last scan

@@ -1,5 +1,5 @@
 #include "OrvaneSyncApp/Controllers/ProjectTracks.h"
-
+#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "Support/Assets.h"
 #include "Support/Test.h"
 
@@ -51,6 +51,29 @@ TEST(ProjectTracks, AChoiceHoldsWithoutRecordingsThatHaveNoPartInItsNumbers) {
         EXPECT_EQ(leftOut.empty(), one.isKept) << one.name;
         EXPECT_EQ(groups.front().manualActiveTracks, one.isKept ? one.chosen : std::set<int>{}) << one.name;
     }
+}
+
+TEST(ProjectTracks, AChoiceStaysWithTheRecordingThatWasChosen) {
+    std::vector<MediaAsset> files{test::audio("A.WAV", "10:00:00:00", 60),
+                                  test::audio("B.WAV", "10:00:10:00", 20)};
+    AudioByURL known;
+    SyncGroup group(test::video("A.mov", "10:00:00:00", 60), {}, MatchStatus::ambiguous(2));
+    PersistedGroup entry(group.id, group.video.url);
+    for (MediaAsset& file : files) {
+        file.channelCount = 2;
+        file.bextOriginator = file.filename;
+        known[file.url] = &file;
+        entry.audioPaths.insert(entry.audioPaths.begin(), file.url); // the second one was chosen
+        group.audioMatches.push_back(SyncEngine::matchByTimecode(group.video, file, {}));
+    }
+    group.manualActiveTracks = {1, 2};
+    group.audioAnchorOffsetInAudioSeconds = 5;
+    OrvaneSyncProject project;
+    project.groups = {entry};
+    SyncGroupList groups({group});
+    EXPECT_TRUE(fitTracksToRecordings(project, groups, known, {}).empty());
+    EXPECT_EQ(groups.front().manualActiveTracks, (std::set{3, 4}));
+    EXPECT_EQ(groups.front().audioAnchorOffsetInAudioSeconds, 15);
 }
 
 } // namespace

@@ -28,6 +28,14 @@ bool hasRecordings(const SyncGroup& group, const std::vector<FileURL>& recording
     return own == others;
 }
 
+/// Whether the clip begins with another of the project's recordings than the project: the editor had chosen
+/// that one, or it was attached.
+bool startsWithAnother(const SyncGroup& group, const std::vector<FileURL>& recordings,
+                       const AudioByURL& known) {
+    return group.audioMatches.front().audio->url != recordings.front() &&
+           std::ranges::all_of(recordings, [&](const FileURL& one) { return known.contains(one); });
+}
+
 /// Whether a file that is not here had its channels behind those of this file of the take, or none of its
 /// own, whatever it may state: channels are counted in the order of the paths, and other recorders' come
 /// last.
@@ -71,8 +79,10 @@ std::vector<FileURL> fitTracksToRecordings(const OrvaneSyncProject& project, Syn
     for (const PersistedGroup& entry : project.groups) entries[entry.videoPath] = &entry;
     const auto countsOtherChannels = [&](const SyncGroup& group) {
         const auto entry = entries.find(group.video.url);
-        return entry != entries.end() && hasTrackDecisions(group) && !group.isMOS() &&
-               !hasRecordings(group, entry->second->audioPaths);
+        if (entry == entries.end() || group.isMOS()) return false;
+        const auto& recordings = entry->second->audioPaths;
+        return (hasTrackDecisions(group) || group.audioAnchorOffsetInAudioSeconds) &&
+               (!hasRecordings(group, recordings) || startsWithAnother(group, recordings, known));
     };
     std::vector<FileURL> leftOut;
     groups.updateWhere(countsOtherChannels, [&](SyncGroup& group) {
@@ -88,8 +98,11 @@ std::vector<FileURL> fitTracksToRecordings(const OrvaneSyncProject& project, Syn
                 missing.push_back(recording);
         const bool isTakeKnown =
             !before.audioMatches.empty() && before.audioMatches.front().audio->url == recordings.front();
-        if (isTakeKnown && (missing.empty() || holdsWithout(missing, group, before)))
-            return carryDecisions(group, before);
+        if (isTakeKnown && (missing.empty() || holdsWithout(missing, group, before))) {
+            carryDecisions(group, before);
+            return carryAnchor(group, before);
+        }
+        if (!hasTrackDecisions(group)) return;
         group.manualActiveTracks.clear();
         group.algorithmExcludedTracks.clear();
         group.manualBlockOverrides.clear();

@@ -68,12 +68,19 @@ TEST(ProjectTracks, AChoiceStaysWithTheRecordingThatWasChosen) {
     }
     group.manualActiveTracks = {1, 2};
     group.audioAnchorOffsetInAudioSeconds = 5;
-    OrvaneSyncProject project;
-    project.groups = {entry};
-    SyncGroupList groups({group});
-    EXPECT_TRUE(fitTracksToRecordings(project, groups, known, {}).empty());
-    EXPECT_EQ(groups.front().manualActiveTracks, (std::set{3, 4}));
-    EXPECT_EQ(groups.front().audioAnchorOffsetInAudioSeconds, 15);
+    for (const bool isByHand : {false, true}) {
+        entry.matchStatusRaw = isByHand ? "manual" : "ambiguous:2";
+        OrvaneSyncProject project;
+        project.groups = {entry};
+        SyncGroupList groups({group});
+        settleAsStored(project, groups);
+        EXPECT_TRUE(fitTracksToRecordings(project, groups, known, {}).empty());
+        const SyncGroup& now = groups.front();
+        EXPECT_EQ(now.audioMatches.front().audio->filename, isByHand ? "B.WAV" : "A.WAV");
+        EXPECT_EQ(now.matchStatus, isByHand ? MatchStatus::manual() : MatchStatus::ambiguous(2));
+        EXPECT_EQ(now.manualActiveTracks, isByHand ? std::set({1, 2}) : std::set({3, 4}));
+        EXPECT_EQ(now.audioAnchorOffsetInAudioSeconds, isByHand ? 5 : 15);
+    }
 }
 
 } // namespace

@@ -72,6 +72,7 @@ std::vector<FileURL> lay(const ProjectService& service, const OrvaneSyncProject*
     all.groups = leftOut;
     if (project != nullptr) {
         service.applyEdits(*project, groups);
+        settleAsStored(*project, groups);
         all.groups.insert(all.groups.end(), project->groups.begin(), project->groups.end());
     }
     AudioByURL known;

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Matching/ChannelNames.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
 #include "Platform/Text.h"
@@ -9,6 +10,8 @@
 #include <algorithm>
 #include <set>
 #include <string>
+#include <string_view>
+#include <utility>
 
 namespace orvane {
 
@@ -71,12 +74,42 @@ bool holdsWithout(const std::vector<FileURL>& missing, const SyncGroup& group, c
            });
 }
 
+using EntriesByVideoURL = std::unordered_map<FileURL, const PersistedGroup*>;
+
+EntriesByVideoURL entriesOf(const OrvaneSyncProject& project) {
+    EntriesByVideoURL entries;
+    for (const PersistedGroup& entry : project.groups) entries[entry.videoPath] = &entry;
+    return entries;
+}
+
+/// The matches of the recording that holds the file; none where the clip has no such recording.
+std::vector<std::size_t> recordingWith(const SyncGroup& group, const FileURL& file) {
+    for (auto& recording : recordingsOf(group))
+        for (const std::size_t match : recording)
+            if (group.audioMatches[match].audio->url == file) return std::move(recording);
+    return {};
+}
+
 } // namespace
+
+void settleAsStored(const OrvaneSyncProject& project, SyncGroupList& groups) {
+    const EntriesByVideoURL entries = entriesOf(project);
+    const std::string_view byHand = MatchStatus::manual().name();
+    const auto isToBeSettled = [&](const SyncGroup& group) {
+        const auto entry = entries.find(group.video.url);
+        return entry != entries.end() && entry->second->matchStatusRaw == byHand &&
+               group.audioMatches.size() > 1 && !entry->second->audioPaths.empty() &&
+               !recordingWith(group, entry->second->audioPaths.front()).empty();
+    };
+    groups.updateWhere(isToBeSettled, [&](SyncGroup& group) {
+        putFirst(group, recordingWith(group, entries.at(group.video.url)->audioPaths.front()));
+        group.matchStatus = MatchStatus::manual();
+    });
+}
 
 std::vector<FileURL> fitTracksToRecordings(const OrvaneSyncProject& project, SyncGroupList& groups,
                                            const AudioByURL& known, const MatchRules& rules) {
-    std::unordered_map<FileURL, const PersistedGroup*> entries;
-    for (const PersistedGroup& entry : project.groups) entries[entry.videoPath] = &entry;
+    const EntriesByVideoURL entries = entriesOf(project);
     const auto countsOtherChannels = [&](const SyncGroup& group) {
         const auto entry = entries.find(group.video.url);
         if (entry == entries.end() || group.isMOS()) return false;

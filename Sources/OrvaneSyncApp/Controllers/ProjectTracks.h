@@ -13,6 +13,10 @@ namespace orvane {
 
 using AudioByURL = std::unordered_map<FileURL, const MediaAsset*>;
 
+/// Settles the clips that the editor had settled by hand when the project was saved: the recording that came
+/// first in it does again, where the scan has found it for the clip. Before `fitTracksToRecordings`.
+void settleAsStored(const OrvaneSyncProject& project, SyncGroupList& groups);
+
 /// The tracks that a project's edits chose in clips whose recordings are others than the project names, or
 /// begin with another: each choice goes to its own channel where all recordings that it was counted in are
 /// known, or where those that are not have no part in its numbers, as a second recorder's have none in those

@@ -11,7 +11,8 @@
 namespace orvane {
 
 /// What a project file holds of one clip: where its video lies and what the editor decided. The fields from
-/// `matchStatusRaw` on, `id` and `audioPaths` tell how it was when it was saved and are not laid over a scan.
+/// `matchStatusRaw` on, `id` and `audioPaths` tell how it was when it was saved; of a clip that was settled
+/// by hand they say by which recording.
 struct PersistedGroup {
     UUID id;
     FileURL videoPath; ///< the key by which a clip of a later scan is found

@@ -89,8 +89,10 @@ Topic& topic(ImportController& controller) {
         return controller.recordings();
     else if constexpr (std::is_same_v<Topic, ReportController>)
         return controller.reports();
-    else
+    else {
+        static_assert(std::is_same_v<Topic, TrackEditing>, "a topic that rows run is named here");
         return controller.tracks();
+    }
 }
 
 } // namespace orvane::commands

@@ -1,6 +1,7 @@
 #include "Support/RealtimeWatch.h"
 
 #include "Platform/Realtime/RealtimeScope.h"
+#include "Support/AllocatedWork.h"
 
 #include <atomic>
 #include <cstddef>
@@ -43,6 +44,7 @@ const int hooks =
 
 void* allocated(std::size_t size) {
     report(allocation);
+    AllocatedWork::add();
     void* memory = std::malloc(size == 0 ? 1 : size);
     if (memory == nullptr) throw std::bad_alloc();
     return memory;

@@ -54,9 +54,11 @@ VirtualMainThread::VirtualMainThread()
     : owner_(std::this_thread::get_id()), clock_(std::make_shared<ManualClock>()) {}
 
 void VirtualMainThread::post(std::function<void()> work) {
+    std::list<std::function<void()>> one; // made ahead: nothing is allocated under the lock
+    one.push_back(std::move(work));
     const std::lock_guard lock(mutex_);
     if (isClosed_) return;
-    ready_.push_back(std::move(work));
+    ready_.splice(ready_.end(), one);
     posted_.notify_all();
 }
 
@@ -69,7 +71,7 @@ std::shared_ptr<platform::Timer> VirtualMainThread::after(std::chrono::nanosecon
 }
 
 void VirtualMainThread::close() {
-    std::deque<std::function<void()>> dropped;
+    std::list<std::function<void()>> dropped;
     const std::lock_guard lock(mutex_);
     isClosed_ = true;
     dropped.swap(ready_);

@@ -5,8 +5,8 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
-#include <deque>
 #include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -62,7 +62,7 @@ class VirtualMainThread final : public platform::MainThread {
     const std::shared_ptr<ManualClock> clock_;
     mutable std::mutex mutex_;
     std::condition_variable posted_;
-    std::deque<std::function<void()>> ready_;
+    std::list<std::function<void()>> ready_;
     bool isClosed_ = false;
     std::multimap<std::chrono::nanoseconds, std::shared_ptr<Pending>> timers_;
 };

@@ -69,12 +69,16 @@ platform::Task exportedDocument(CommandContext& context, Call call, std::shared_
     const platform::Task making =
         controller->exporting().exportInBackground(clip, exportSettings(context, call), result);
     co_await making;
-    auto writing = platform::onQueue(queue, mainThread, [guard, output, result, work = std::move(work)] {
-        (*guard)->write(output, result->fcpxmlString);
-        addOwnWarnings(work, *result);
-        return exportJSON(work, *result, output);
-    });
-    *answer = co_await writing;
+    auto telling = platform::onQueue(queue, mainThread,
+                                     [output, result, work = std::move(work)](const std::stop_token& stop) {
+                                         addOwnWarnings(work, *result, Matching::canChange, stop);
+                                         return exportJSON(work, *result, output);
+                                     });
+    JSON told = co_await telling;
+    auto writing = platform::onQueue(
+        queue, mainThread, [guard, output, result] { (*guard)->write(output, result->fcpxmlString); });
+    co_await writing;
+    *answer = std::move(told);
 }
 
 platform::Task saveProject(CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {

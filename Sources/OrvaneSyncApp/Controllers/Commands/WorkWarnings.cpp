@@ -6,6 +6,7 @@
 #include "OrvaneSyncCore/Utilities/FilenameUtils.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/Files.h"
+#include "Platform/Stop.h"
 #include "Platform/Text.h"
 #include "Timecode/ExactRate.h"
 
@@ -165,7 +166,7 @@ std::vector<std::string> scanWarnings(const WorkSnapshot& work) {
     return warnings;
 }
 
-std::optional<std::string> missingMediaWarning(const WorkSnapshot& work) {
+std::optional<std::string> missingMediaWarning(const WorkSnapshot& work, const std::stop_token& stop) {
     Names missing;
     std::unordered_set<std::string_view> seen;
     const auto look = [&](const MediaAsset& asset) {
@@ -174,6 +175,7 @@ std::optional<std::string> missingMediaWarning(const WorkSnapshot& work) {
     };
     for (const SyncGroup& group : work.groups()) {
         if (group.isExcludedFromExport || !group.matchStatus.isSettled()) continue;
+        platform::throwIfStopped(stop);
         look(group.video);
         for (const AudioMatch& match : group.audioMatches) look(*match.audio);
     }
@@ -217,8 +219,9 @@ std::vector<std::string> doubtWarnings(const WorkSnapshot& work, Matching matchi
     return warnings;
 }
 
-void addOwnWarnings(const WorkSnapshot& work, ExportResult& result, Matching matching) {
-    if (auto missing = missingMediaWarning(work))
+void addOwnWarnings(const WorkSnapshot& work, ExportResult& result, Matching matching,
+                    const std::stop_token& stop) {
+    if (auto missing = missingMediaWarning(work, stop))
         result.warnings.insert(result.warnings.begin(), *std::move(missing));
     for (const auto& warnings :
          {leftOutWarnings(work), doubtWarnings(work, matching), smartAudioWarnings(work)})

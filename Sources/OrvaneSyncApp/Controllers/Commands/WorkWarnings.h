@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/Takes/ReadFailed.h"
 
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -15,7 +16,7 @@ namespace orvane {
 /// be right.
 std::vector<std::string> scanWarnings(const WorkSnapshot& work);
 /// How many files of the document are not there, with the first; nothing where all are. Looks at the disk.
-std::optional<std::string> missingMediaWarning(const WorkSnapshot& work);
+std::optional<std::string> missingMediaWarning(const WorkSnapshot& work, const std::stop_token& stop = {});
 /// Each clip that the document does not hold, and why, but those that the editor left out.
 std::vector<std::string> leftOutWarnings(const WorkSnapshot& work);
 /// Each clip that the editor left out and that would be in the document otherwise.
@@ -33,7 +34,8 @@ enum class Matching : bool { isDone, canChange };
 std::vector<std::string> doubtWarnings(const WorkSnapshot& work, Matching matching = Matching::canChange);
 /// What people should know beside the exporter's own warnings; media that are missing come first. Looks for
 /// every file on the disk, so not on the interface thread.
-void addOwnWarnings(const WorkSnapshot& work, ExportResult& result, Matching matching = Matching::canChange);
+void addOwnWarnings(const WorkSnapshot& work, ExportResult& result, Matching matching = Matching::canChange,
+                    const std::stop_token& stop = {});
 /// Why a result is empty, where it is because the recording was read in part only.
 std::optional<ReadFailed> readFailureOf(const SmartAudioResult& result);
 /// Says that a recording ends before the length that its header promises.

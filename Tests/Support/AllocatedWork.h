@@ -1,0 +1,51 @@
+#pragma once
+
+#include <atomic>
+#include <thread>
+
+namespace orvane::test {
+
+/// What the threads besides that of the test allocate: a measure of their work that depends neither on the
+/// machine nor on what else it does. Without sanitizers, which have allocators of their own (`isCounted`).
+struct AllocatedWork {
+#ifdef ORVANE_SANITIZED
+    static constexpr bool isCounted = false;
+#else
+    static constexpr bool isCounted = true;
+#endif
+
+    /// Counts from 0 on. The thread that comes to `holdAt` waits there; 0: none does.
+    static void begin(long holdAt) {
+        ofTest_ = std::this_thread::get_id();
+        count_ = 0;
+        holdAt_ = holdAt;
+        isHeld_ = false;
+        isCounting_ = true;
+    }
+    static bool isHeld() { return isHeld_; }
+    /// The work that is held goes on, counted anew.
+    static void release() {
+        count_ = holdAt_ = 0;
+        isHeld_ = false;
+        isHeld_.notify_all();
+    }
+    static long end() {
+        isCounting_ = false;
+        return count_;
+    }
+    /// Called for each allocation of the process.
+    static void add() {
+        if (!isCounting_ || std::this_thread::get_id() == ofTest_ || ++count_ != holdAt_) return;
+        isHeld_ = true;
+        isHeld_.wait(true);
+    }
+
+  private:
+    static inline std::atomic<bool> isCounting_ = false;
+    static inline std::atomic<long> count_ = 0;
+    static inline std::atomic<long> holdAt_ = 0;
+    static inline std::atomic<bool> isHeld_ = false;
+    static inline std::thread::id ofTest_;
+};
+
+} // namespace orvane::test

@@ -1,5 +1,6 @@
 #include "MediaFactory/MediaFactory.h"
 #include "Platform/MediaInspectionText.h"
+#include "Support/RandomSeed.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
@@ -100,7 +101,7 @@ TEST(MediaInspector, saysHowMuchOfAFileIsThere) {
     // Media data, of 32 KB a second, that is as random as sound, with zeros from the one byte of the file to
     // the other.
     const auto withZeros = [](std::string bytes, std::size_t from, std::size_t to) {
-        std::minstd_rand random(1);
+        std::minstd_rand random(test::randomSeed());
         const std::size_t mediaBytes = 1 << 20;
         for (std::size_t at = bytes.size() - mediaBytes; at < bytes.size(); ++at)
             bytes[at] = at < from || at >= to ? static_cast<char>(random() % 255 + 1) : '\0';

@@ -29,8 +29,7 @@ std::vector<std::vector<std::uint32_t>> bits(AudioFile& file, std::size_t block)
 /// Frames of random bytes: every integer there is, and every kind of float.
 std::string randomWave(int channels, int sampleBits, bool isFloat, std::size_t frames) {
     const auto align = static_cast<std::uint64_t>(channels * sampleBits / 8);
-    static const unsigned seed = test::randomSeed();
-    std::mt19937 random(seed);
+    std::mt19937 random(test::randomSeed());
     std::string body;
     for (std::size_t i = 0; i < frames * align; ++i) body += static_cast<char>(random());
     const std::string format = le16(isFloat ? 3 : 1) + le16(static_cast<std::uint64_t>(channels)) +

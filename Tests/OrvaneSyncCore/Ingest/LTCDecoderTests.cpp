@@ -32,8 +32,7 @@ std::optional<std::string> label(const Sound& signal, double sampleRate = 48000)
 
 /// White noise so many decibels below a signal of that level.
 Sound noisy(Sound signal, float level, double decibels) {
-    std::mt19937 random(
-        test::seeds(1).front()); // its own, so that the noise does not depend on the tests before
+    std::mt19937 random(test::randomSeed());
     std::normal_distribution<float> noise(0, level * static_cast<float>(std::pow(10, -decibels / 20)));
     for (float& sample : signal) sample += noise(random);
     return signal;

@@ -22,8 +22,7 @@ using Floats = std::vector<float>;
 using test::MemoryAudio;
 
 std::vector<Floats> noise(std::size_t channels, std::size_t frames) {
-    static const unsigned seed = test::randomSeed();
-    std::mt19937 random(seed);
+    std::mt19937 random(test::randomSeed());
     std::uniform_real_distribution<float> level(-1.2F, 1.2F);
     std::vector<Floats> made(channels, Floats(frames));
     for (Floats& channel : made)

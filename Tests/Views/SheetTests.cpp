@@ -1,3 +1,4 @@
+#include "OrvaneSyncApp/Views/DoubtBar.h"
 #include "OrvaneSyncApp/Views/Notifier.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/SingleInstance.h"
@@ -77,6 +78,25 @@ TEST_F(SheetTest, SaysWhichLinesOfAReviewTableAreOfNoUse) {
     ASSERT_TRUE(waitUntil([&] { return !lists().isEmpty(); }));
     EXPECT_TRUE(lists()[0]->toPlainText().contains("line 2: there is no recording number '9'"));
     EXPECT_TRUE(work().syncGroups()[0].isLocked) << "what the line says beside it counts";
+}
+
+TEST_F(SheetTest, WhatOnlyShowsStandsWhereItStoodUnderTheNextDoubt) {
+    DoubtBar bar(*desktop_);
+    const std::vector clips{clip("A001C001").id};
+    JSON mode = JSON::object();
+    mode.set("mode", "overlap");
+    bar.show({{"a", {"b", {{"Trim to Overlap", "setTrimMode", mode, false}}}, clips}, {"c", {}, clips}});
+    QCoreApplication::processEvents();
+    const QPoint place = button(bar, "Show Clips")->pos();
+    press(bar, "Trim to Overlap");
+    EXPECT_EQ(settings_->get(settings::trimMode), TrimMode::overlap);
+    const auto* toast = bar.findChild<QFrame*>("toast");
+    ASSERT_NE(toast, nullptr);
+    EXPECT_EQ(toast->accessibleName(), "Trim to Overlap: holds for all 4 clips. Undo takes it back.");
+    press(bar, "›");
+    EXPECT_EQ(button(bar, "Show Clips")->pos(), place);
+    desktop_->run("undo");
+    EXPECT_EQ(settings_->get(settings::trimMode), TrimMode::commonDuration);
 }
 
 TEST_F(SheetTest, TellsWhatThisMachineHasAndCopiesIt) {

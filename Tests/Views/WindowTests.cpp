@@ -1,7 +1,6 @@
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneSyncApp/ViewModels/Inspector/ClipParts.h"
-#include "OrvaneSyncApp/Views/DoubtBar.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
 #include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
@@ -152,26 +151,6 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
     ASSERT_EQ(window_->results().selectedClips().size(), 1U);
     EXPECT_EQ(table().currentIndex().row(), 1);
     EXPECT_EQ(cell(1, 1), next);
-}
-
-TEST_F(WindowTest, WhatOnlyShowsStandsWhereItStoodUnderTheNextDoubt) {
-    scan();
-    DoubtBar bar(*desktop_);
-    const std::vector clips{clip("A001C001").id};
-    JSON mode = JSON::object();
-    mode.set("mode", "overlap");
-    bar.show({{"a", {"b", {{"Trim to Overlap", "setTrimMode", mode, false}}}, clips}, {"c", {}, clips}});
-    QCoreApplication::processEvents();
-    const QPoint place = button(bar, "Show Clips")->pos();
-    press(bar, "Trim to Overlap");
-    EXPECT_EQ(settings_->get(settings::trimMode), TrimMode::overlap);
-    const auto* toast = bar.findChild<QFrame*>("toast");
-    ASSERT_NE(toast, nullptr);
-    EXPECT_EQ(toast->accessibleName(), "Trim to Overlap: holds for all 4 clips. Undo takes it back.");
-    press(bar, "›");
-    EXPECT_EQ(button(bar, "Show Clips")->pos(), place);
-    desktop_->run("undo");
-    EXPECT_EQ(settings_->get(settings::trimMode), TrimMode::commonDuration);
 }
 
 TEST_F(WindowTest, ColumnsShareTheWidthByWhatTheirTextsNeed) {

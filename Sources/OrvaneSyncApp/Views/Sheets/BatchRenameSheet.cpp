@@ -8,6 +8,7 @@
 
 #include <QAbstractTableModel>
 #include <QFormLayout>
+#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QTreeView>
 

@@ -35,7 +35,7 @@ struct BatchRenamer {
     bool hasOperation() const;
     std::string transform(std::string_view name) const;
     /// What lists call each of `clips` before and after, in their order, when these alone are renamed. All of
-    /// them are among `groups`. Pure, some milliseconds for a thousand clips; any thread.
+    /// them are among `groups`. Pure; any thread.
     std::vector<PreviewRow> preview(const SyncGroupList& groups, const std::vector<UUID>& clips,
                                     const Settings& settings) const;
     /// The new manual name of every clip that gets one, in the order of the clips. A clip that still bears

@@ -293,7 +293,8 @@ void ResultsView::showDoubts() {
     if (std::exchange(doubtsRevision_, revision) == revision) return;
     std::vector<ResultsViewModel::Doubt> doubts = rows_.doubts();
     const bool areSame = std::ranges::equal(doubts, shownDoubts_, [](const auto& one, const auto& before) {
-        return one.message == before.message && one.groupIDs == before.groupIDs;
+        return one.message == before.message && one.cure.text == before.cure.text &&
+               one.groupIDs == before.groupIDs;
     });
     if (areSame) return;
     shownDoubts_ = std::move(doubts);

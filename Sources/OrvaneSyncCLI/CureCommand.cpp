@@ -140,26 +140,30 @@ CureCommands::CureCommands(std::span<const std::string> call) : start_(call.begi
     given_.insert(meaningOf(besideCure(parts_, none), none)); // what is in force cures nothing
 }
 
-std::optional<std::string> CureCommands::next(const DoubtCure& cure) {
+std::optional<std::string> CureCommands::next(const DoubtCure& cure, const std::function<bool()>& helps) {
     const CureWay* way = cure.firstWay();
     if (way == nullptr) return std::nullopt;
     const CureOptions options(*way);
     Parts parts = besideCure(parts_, options);
     std::string plain = shellLine(wordsOf(start_, parts, options));
-    if (platform::text::printable(plain) != plain || !given_.insert(meaningOf(parts, options)).second)
+    std::string meaning = meaningOf(parts, options);
+    if (platform::text::printable(plain) != plain || given_.contains(meaning) || !helps())
         return std::nullopt;
+    given_.insert(std::move(meaning));
     if (!options.leavesCardsOut() || !numberOutput(parts, documents_ + 1)) return plain;
     ++documents_;
     return shellLine(wordsOf(start_, parts, options));
 }
 
+std::optional<std::string> CureCommands::next(const CardDoubt& doubt, const WorkSnapshot& work) {
+    return next(doubt.doubt.cure, [&] { return work.helps(doubt); });
+}
+
 std::vector<std::string> cureCommands(std::span<const std::string> call, const WorkSnapshot& work) {
     CureCommands cures(call);
     std::vector<std::string> commands;
-    for (const CardDoubt& doubt : work.doubts().summary(work.groups())) {
-        if (!work.helps(doubt)) continue;
-        if (auto command = cures.next(doubt.doubt.cure)) commands.push_back(std::move(*command));
-    }
+    for (const CardDoubt& doubt : work.doubts().summary(work.groups()))
+        if (auto command = cures.next(doubt, work)) commands.push_back(std::move(*command));
     return commands;
 }
 

@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/WorkSnapshot.h"
 #include "OrvaneSyncCLI/Arguments.h"
 
+#include <functional>
 #include <optional>
 #include <set>
 #include <span>
@@ -22,7 +23,11 @@ class CureCommands {
     /// no options do all of it, as where files have to be put into a folder of their own, for names that no
     /// terminal shows, and for a call that was given before or does nothing else than this one. No option
     /// comes twice, and no setting.
-    std::optional<std::string> next(const DoubtCure& cure);
+    /// `helps`: asked last, whether the way is worth a call.
+    std::optional<std::string> next(
+        const DoubtCure& cure, const std::function<bool()>& helps = [] { return true; });
+    /// The same where the files, matched as the way says, show that it helps.
+    std::optional<std::string> next(const CardDoubt& doubt, const WorkSnapshot& work);
 
   private:
     std::vector<std::string> start_; ///< program and command

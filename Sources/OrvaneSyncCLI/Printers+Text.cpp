@@ -171,8 +171,7 @@ std::string doubtsText(const WorkSnapshot& work, std::span<const std::string> ca
         text += "\n  " + platform::text::printable(doubt.doubt.message);
         if (doubt.groupIDs.size() > 1) text += " (" + counted(doubt.groupIDs.size(), "clip", "clips") + ")";
         text += "\n    cure: " + platform::text::printable(doubt.doubt.cure.text()) + "\n";
-        if (!work.helps(doubt)) continue;
-        if (const auto command = cures.next(doubt.doubt.cure)) text += "    run:  " + *command + "\n";
+        if (const auto command = cures.next(doubt, work)) text += "    run:  " + *command + "\n";
     }
     return text;
 }

@@ -115,28 +115,30 @@ bool CureTrial::helps(const CardDoubt& doubt) const {
     std::unordered_map<UUID, const SyncGroup*> byVideo;
     for (const SyncGroup& group : groups) byVideo[group.video.id] = &group;
     const std::unordered_set<UUID> doubted(doubt.groupIDs.begin(), doubt.groupIDs.end());
-    DoubtInput after{groups, audios, rules, input_.trimMode, {}, input_.names};
-    after.folders = input_.folders;
-    after.timecodeChannel = input_.timecodeChannel;
-    const SyncDoubts doubts = SyncDoubts::of(after, stop_);
     Outcome outcome;
-    bool doesStand = false;
+    std::vector<std::pair<UUID, UUID>> unchanged; // of those in doubt, with the groups that they have then
     for (const SyncGroup& before : input_.groups) {
         const auto found = byVideo.find(before.video.id);
         if (found == byVideo.end() || before.isLocked) continue;
         const SyncGroup& now = *found->second;
-        if (!doubted.contains(before.id)) {
+        const bool hasSound = !now.audioMatches.empty();
+        if (!doubted.contains(before.id))
             outcome.lost +=
-                before.matchStatus.isSettled() && !before.audioMatches.empty() && now.audioMatches.empty()
-                    ? 1
-                    : 0;
-            continue;
-        }
-        outcome.helped += !now.audioMatches.empty() && !haveSameFirstSound(before, now) ? 1 : 0;
-        doesStand = doesStand || isToldAgain(before_, before.id, doubt.doubt.kind, doubts, now.id);
+                before.matchStatus.isSettled() && !before.audioMatches.empty() && !hasSound ? 1 : 0;
+        else if (haveSameFirstSound(before, now))
+            unchanged.emplace_back(before.id, now.id);
+        else
+            outcome.helped += hasSound ? 1 : 0;
     }
-    if (doesStand) return false;
-    return outcome.lost == 0 || (way->scan && outcome.helped > 0);
+    if (outcome.lost > 0 && (!way->scan || outcome.helped == 0)) return false;
+    if (unchanged.empty()) return true;
+    DoubtInput after{groups, audios, rules, input_.trimMode, {}, input_.names};
+    after.folders = input_.folders;
+    after.timecodeChannel = input_.timecodeChannel;
+    const SyncDoubts doubts = SyncDoubts::of(after, stop_);
+    return std::ranges::none_of(unchanged, [&](const auto& ids) {
+        return isToldAgain(before_, ids.first, doubt.doubt.kind, doubts, ids.second);
+    });
 }
 
 } // namespace orvane

@@ -267,7 +267,8 @@ class ClipDoubts {
                 formatted("%.1f s", length()) + " and none is clearly best: " + files,
             isSettled ? DoubtCure("take off what does not belong to it, or lock the clip")
             : group_.isLocked
-                ? DoubtCure("it is locked without one and left out of the document: unlock it, then ") +
+                ? DoubtCure("the clip is locked without a recording and left out of the document: unlock "
+                            "it, then ") +
                       cureWords::choose()
                 : cureWords::choose() + ", or take the first of each with " +
                       DoubtCure(CureOption::Kind::choose, "first"),

@@ -164,7 +164,7 @@ struct Verb {
     std::string_view name;
     std::size_t words; ///< behind it
     std::string_view takes;
-    bool tellsProfiles; ///< the answer in JSON is the profiles, else the keys
+    bool answersProfiles; ///< the answer in JSON is the profiles, else the keys
     Run run = nullptr;
 };
 constexpr std::string_view noWord = "nothing more", oneFile = "one file", oneName = "the name of a profile";
@@ -205,11 +205,11 @@ void shortcuts(Context& context, const Arguments& arguments) {
     const Shortcuts center(context);
     const bool asJSON = arguments.has("--json");
     const std::string said = verb.run == nullptr ? "" : verb.run(center, arguments);
-    if (!verb.tellsProfiles || verb.name == "load")
+    if (!verb.answersProfiles || verb.name == "load")
         for (const std::string& problem : bindingProblems(center->bindings())) context.warn(problem);
     if (!said.empty() && !asJSON)
         context.out << platform::text::printable(said) << "\n";
-    else if (verb.tellsProfiles)
+    else if (verb.answersProfiles)
         printProfiles(context, *center, asJSON);
     else
         printBindings(context, *center, asJSON);

@@ -45,12 +45,12 @@ Termination takeTermination() {
 void discardAnsweringTemporaries() {
     constexpr std::chrono::seconds timeLimit{2};
     try {
-        const auto areGone = std::make_shared<std::binary_semaphore>(0);
-        std::thread([areGone] {
+        const auto haveEnded = std::make_shared<std::binary_semaphore>(0);
+        std::thread([haveEnded] {
             files::discardTemporaries();
-            areGone->release();
+            haveEnded->release();
         }).detach();
-        if (!areGone->try_acquire_for(timeLimit)) return;
+        if (!haveEnded->try_acquire_for(timeLimit)) return;
     } catch (const std::system_error&) { // no thread
         files::discardTemporaries();
     }

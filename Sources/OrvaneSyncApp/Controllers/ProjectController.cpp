@@ -45,8 +45,8 @@ void takeTracks(const PersistedGroup& entry, Clip& other) {
 
 /// Clips of which the editor has chosen no tracks since get back what could not be laid over them. `project`
 /// has an entry for each clip, in their order.
-void keepLeftOut(const std::vector<PersistedGroup>& leftOut, const SyncGroupList& groups,
-                 OrvaneSyncProject& project) {
+void keepUnappliedGroups(const std::vector<PersistedGroup>& leftOut, const SyncGroupList& groups,
+                         OrvaneSyncProject& project) {
     const EntriesByVideo entries = byVideo(leftOut);
     for (std::size_t i = 0; i < groups.size() && !entries.empty(); ++i) {
         const SyncGroup& group = groups[i];
@@ -123,7 +123,7 @@ platform::Task ProjectController::save(std::weak_ptr<ProjectController> weak, Fi
             const OutputGuard guard(OutputKind::project, inputs(), permission);
             OrvaneSyncProject project = service.snapshot(video, audio, report, groups, date, scope);
             project.sourceCorrections = corrections;
-            keepLeftOut(entries->leftOut, groups, project);
+            keepUnappliedGroups(entries->leftOut, groups, project);
             if (entries->unapplied) keepUnapplied(*entries->unapplied, project);
             service.save(project, url, guard);
         });

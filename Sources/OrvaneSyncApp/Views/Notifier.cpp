@@ -44,9 +44,10 @@ void Notifier::sendToDesktop(const QString& title, const QString& text) {
     QDBusMessage call = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("/org/freedesktop/Notifications"),
         QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("Notify"));
-    constexpr int untilDesktopSays = -1;
+    constexpr int desktopDefaultTimeout = -1;
     call << title << 0U << QStringLiteral("orvanesync") << title << text << QStringList()
-         << QVariantMap{{QStringLiteral("desktop-entry"), QStringLiteral("orvanesync")}} << untilDesktopSays;
+         << QVariantMap{{QStringLiteral("desktop-entry"), QStringLiteral("orvanesync")}}
+         << desktopDefaultTimeout;
     bus.send(call); // nobody waits for what comes of it
 }
 

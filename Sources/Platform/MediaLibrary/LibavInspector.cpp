@@ -30,7 +30,7 @@ std::optional<double> duration(const LibavFile& file) {
     return longest;
 }
 
-bool saysEnough(const LibavFile& file) {
+bool isDescribed(const LibavFile& file) {
     if (file->nb_streams == 0 || !duration(file)) return false;
     return std::ranges::all_of(streams(file), [](const AVStream* stream) {
         const AVCodecParameters& parameters = *stream->codecpar;
@@ -85,7 +85,7 @@ void readMetadata(const LibavFile& file, MediaInspection& into) {
 std::optional<MediaInspection> inspectWithLibav(const std::string& path, bool& ranOut) {
     auto file = LibavFile::open(path, ranOut);
     if (!file) return std::nullopt;
-    if (!saysEnough(*file)) file->findStreamInfo();
+    if (!isDescribed(*file)) file->findStreamInfo();
     ranOut = file->ranOutOfTime();
 
     MediaInspection result;

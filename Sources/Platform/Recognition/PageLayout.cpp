@@ -84,7 +84,7 @@ void findCells(const Components& components, const std::vector<bool>& isRule, Pa
             page.cells.values[i] = places[static_cast<std::size_t>(label)];
 }
 
-bool standSideBySide(const Box& a, const Box& b) {
+bool areHorizontalNeighbours(const Box& a, const Box& b) {
     constexpr double similar = 1.7; // times the height
     const int low = std::min(a.height(), b.height()), high = std::max(a.height(), b.height());
     return high <= similar * low && a.overlapDown(b) * 2 > low && a.overlapAcross(b) > -low &&
@@ -106,7 +106,7 @@ std::vector<int> rowLengths(const std::vector<Box>& letters) {
         for (std::size_t j = i + 1; j < order.size(); ++j) {
             const Box &a = letters[order[i]], &b = letters[order[j]];
             if (b.left - a.left > widest) break;
-            if (standSideBySide(a, b)) parents[root(order[i])] = root(order[j]);
+            if (areHorizontalNeighbours(a, b)) parents[root(order[i])] = root(order[j]);
         }
     std::vector<int> members(letters.size(), 0), lengths(letters.size(), 0);
     for (std::size_t i = 0; i < letters.size(); ++i) ++members[root(i)];

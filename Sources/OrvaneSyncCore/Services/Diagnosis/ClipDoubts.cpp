@@ -490,8 +490,8 @@ class ClipDoubts {
     void splitGap() {
         if (group_.audioMatches.size() < 2) return;
         const auto endOf = [](const TakeFile& file) { return file.startSeconds + file.durationSeconds; };
-        double toldAt = -std::numeric_limits<double>::infinity(); // the channels of a take in mono files miss
-                                                                  // the same moments
+        double reportedAt = -std::numeric_limits<double>::infinity(); // the channels of a take in mono files
+                                                                      // miss the same moments
         for (const TakeFile& after : take_.files) {
             if (after.role == TakeRole::mirror) continue;
             const TakeFile* before = nullptr; // the one that ends last
@@ -501,8 +501,8 @@ class ClipDoubts {
                     (before == nullptr || endOf(file) > endOf(*before)) &&
                     SplitRecordingDetector::mayContinue(fileOf(file), fileOf(after)))
                     before = &file;
-            if (before == nullptr || std::abs(toldAt - endOf(*before)) < 1) continue;
-            if (gap(*before, after, after.startSeconds - endOf(*before))) toldAt = endOf(*before);
+            if (before == nullptr || std::abs(reportedAt - endOf(*before)) < 1) continue;
+            if (gap(*before, after, after.startSeconds - endOf(*before))) reportedAt = endOf(*before);
         }
     }
     bool gap(const TakeFile& before, const TakeFile& after, double seconds) {

@@ -12,14 +12,14 @@ namespace orvane {
 namespace {
 
 /// What is known of the length of a file that ends early.
-enum class Known : std::uint8_t { whatIsThere, whatIsPromised, noIndex, neverClosed, isEmpty, nothing };
+enum class Known : std::uint8_t { present, stated, noIndex, neverClosed, isEmpty, nothing };
 
 Known knownOf(const MediaAsset& file) {
     if (file.fileSizeBytes == 0) return Known::isEmpty;
     if (file.isUnclosed) return Known::neverClosed;
     if (!file.heldShare) return Known::nothing;
-    if (file.kind == AssetKind::audio) return Known::whatIsThere;
-    return file.durationSeconds.value_or(0) > 0 ? Known::whatIsPromised : Known::noIndex;
+    if (file.kind == AssetKind::audio) return Known::present;
+    return file.durationSeconds.value_or(0) > 0 ? Known::stated : Known::noIndex;
 }
 
 std::string lengthsOf(const MediaAsset& file) {
@@ -29,11 +29,11 @@ std::string lengthsOf(const MediaAsset& file) {
         return " is empty";
     case Known::nothing:
         return " can't be read: nothing of it looks like a recording";
-    case Known::whatIsThere:
+    case Known::present:
         if (!(heldShare > 0)) return " holds nothing of what its header states";
         return " ends early: " + clockText(length) + " of the " + clockText(length / heldShare) +
                " that its header states are there";
-    case Known::whatIsPromised:
+    case Known::stated:
         return " ends early: about " + clockText(length * heldShare) + " of its " + clockText(length) +
                " are there";
     case Known::neverClosed:

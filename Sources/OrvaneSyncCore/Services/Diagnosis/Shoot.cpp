@@ -39,7 +39,8 @@ using CardKey = std::optional<std::pair<std::string_view, std::optional<long>>>;
 /// clip). Clips that were settled all at once by what they list first are no such; nor is one that is locked
 /// before it has a recording, as it has no place in the document.
 template <class IsOfOtherDay, class IsEarlier>
-bool isDecidedAlone(const SyncGroup& group, const IsOfOtherDay& isOfOtherDay, const IsEarlier& isEarlier) {
+bool isDecidedIndividually(const SyncGroup& group, const IsOfOtherDay& isOfOtherDay,
+                           const IsEarlier& isEarlier) {
     if (group.isExcludedFromExport || (group.isLocked && group.matchStatus.isSettled())) return true;
     if (group.matchStatus.kind != MatchStatus::Kind::manual) return false;
     if (group.audioMatches.size() < 2) return true;
@@ -161,7 +162,7 @@ Shoot::Shoot(const DoubtInput& theInput, const std::stop_token& theStop) : input
             return found != recordingByID.end() ? std::optional(found->second) : std::nullopt;
         };
         if (!group.audioMatches.empty()) clip.primary = numberOf(group.audioMatches.front());
-        clip.isDecided = isDecidedAlone(
+        clip.isDecided = isDecidedIndividually(
             group,
             [&](const AudioMatch& match) {
                 const auto number = numberOf(match);

@@ -45,7 +45,7 @@ class TimecodeDoubts {
                 cards_[std::string(folderOf(clip.group->video))].push_back(*dated);
         }
         for (auto& [folder, clips] : cards_)
-            if (std::ranges::sort(clips, {}, &Written::seconds); standsStill(clips)) addCard(folder, clips);
+            if (std::ranges::sort(clips, {}, &Written::seconds); isConstant(clips)) addCard(folder, clips);
         strays();
         recordingsWithoutTimecode();
     }
@@ -284,7 +284,7 @@ class TimecodeDoubts {
     /// Timecode that counts while the camera runs: between two clips more time passes by their dates than by
     /// their timecode. Of files that were written anew, the dates follow each other faster than the clips
     /// did.
-    static bool standsStill(const std::vector<Written>& clips) {
+    static bool isConstant(const std::vector<Written>& clips) {
         constexpr double sameSeconds = 10, farSeconds = 300, adjoiningSeconds = 0.1, mostly = 0.8;
         int rising = 0, steady = 0;
         bool adjoin = true;
@@ -314,7 +314,7 @@ class TimecodeDoubts {
         std::vector<const Shoot::Clip*> all;
         for (const Written& one : clips) {
             all.push_back(one.clip);
-            told_.insert(one.clip);
+            reported_.insert(one.clip);
         }
         std::ranges::sort(all); // in the order of the clips
         const double written = clips.back().seconds - clips.front().seconds;
@@ -349,7 +349,7 @@ class TimecodeDoubts {
             for (const Written& one : clips) {
                 const auto zones = zonesOf(one.secondOfDay(), one.range());
                 const bool isOfZone = std::ranges::any_of(zones, [](const auto& z) { return z.has_value(); });
-                if (isOfZone || told_.contains(one.clip) || !one.clip->primary) continue;
+                if (isOfZone || reported_.contains(one.clip) || !one.clip->primary) continue;
                 doubt(*one.clip, Kind::notTimeOfDay,
                       "is dated " + momentText(one.seconds) + ", and its timecode is " +
                           one.clip->group->video.startTimecodeString.value_or("another") + "; of the other " +
@@ -366,7 +366,7 @@ class TimecodeDoubts {
     const Shoot& shoot_;
     SyncDoubts& doubts_;
     std::map<std::string, std::vector<Written>> cards_; ///< by folder
-    std::set<const Shoot::Clip*> told_;
+    std::set<const Shoot::Clip*> reported_;
     std::map<std::string_view, double> behind_; ///< as `secondsBehind`, by folder
     std::set<UUID> used_;                       ///< recordings that a clip has
     Cover cover_;                               ///< of the dated recordings, seconds since 1970

@@ -138,16 +138,16 @@ std::vector<VolumeKeyframe> keyframesFromLegacySegments(const std::vector<Window
 
 std::vector<BlockDecision> blocksInOrder(std::vector<BlockDecision> blocks, const std::set<int>& tracks) {
     // Records of the analysis may hold a moment or a gain that is no number where the samples hold such.
-    const auto isUseless = [&](const BlockDecision& block) {
+    const auto isInvalidBlock = [&](const BlockDecision& block) {
         return !std::isfinite(block.startSeconds) || !std::isfinite(block.endSeconds) ||
                !(block.endSeconds > block.startSeconds) ||
                (!tracks.empty() && block.activeTrack > 0 && !tracks.contains(block.activeTrack));
     };
-    std::erase_if(blocks, isUseless);
+    std::erase_if(blocks, isInvalidBlock);
     std::ranges::stable_sort(blocks, {}, &BlockDecision::startSeconds);
     for (std::size_t i = 1; i < blocks.size(); ++i)
         blocks[i - 1].endSeconds = std::min(blocks[i - 1].endSeconds, blocks[i].startSeconds);
-    std::erase_if(blocks, isUseless);
+    std::erase_if(blocks, isInvalidBlock);
     for (BlockDecision& block : blocks)
         if (!std::isfinite(block.gainMultiplier)) block.gainMultiplier = 1;
     return blocks;

@@ -210,7 +210,7 @@ ALEFile ALEParser::parseALESections(std::string_view text, const std::stop_token
     enum class Section { none, heading, column, data };
     ALEFile::Builder report;
     Section section = Section::none;
-    bool hasRoom = false;
+    bool isReserved = false;
     ReportLines lines(text);
     platform::StopCheck check(stop);
     while (const auto line = lines.nextFilled()) {
@@ -223,7 +223,7 @@ ALEFile ALEParser::parseALESections(std::string_view text, const std::stop_token
         } else if (word == "Data") {
             section = Section::data;
             // Once: a text may be nothing but such lines.
-            if (!std::exchange(hasRoom, true)) reserveFor(report, lines.rest(), '\t', stop);
+            if (!std::exchange(isReserved, true)) reserveFor(report, lines.rest(), '\t', stop);
         } else if (section == Section::heading) {
             readHeading(report, *line);
         } else if (section == Section::column && !report.hasColumns()) {

@@ -125,9 +125,9 @@ std::optional<OffspeedConfidence> offspeedConfidence(const MediaAsset& asset, bo
     if (const auto confidence =
             OffspeedDetector::classify(asset.sensorFrameRate, asset.projectFrameRate, vendorConfirmed))
         return confidence;
-    const bool knowsNothing = !rateFromTimecodeTrack && !vendorConfirmed && !asset.projectFrameRate &&
-                              asset.sensorFrameRate && *asset.sensorFrameRate > 0;
-    if (!knowsNothing) return std::nullopt;
+    const bool hasNoRateSource = !rateFromTimecodeTrack && !vendorConfirmed && !asset.projectFrameRate &&
+                                 asset.sensorFrameRate && *asset.sensorFrameRate > 0;
+    if (!hasNoRateSource) return std::nullopt;
     return OffspeedConfidence::suspectedUnconfirmed(1.0);
 }
 

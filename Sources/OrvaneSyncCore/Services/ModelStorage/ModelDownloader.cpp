@@ -30,7 +30,7 @@ constexpr std::uint64_t largestModel = std::uint64_t{8} << 30U, largestUnpacked 
     throw ModelDownloadError(Kind::writeFailed, "Could not save file: " + why);
 }
 
-void expectRoom(std::uint64_t bytes) {
+void requireDiskSpace(std::uint64_t bytes) {
     const std::string folder = ModelStorage::modelsDirectory();
     std::error_code unknown;
     const auto space = std::filesystem::space(folder, unknown);
@@ -98,7 +98,7 @@ std::string installed(const std::string& download, const std::string& id, const 
         Removing(ModelStorage::localPackagePath(id)).now();
         return target;
     }
-    expectRoom(platform::unpackedBytes(download, largestUnpacked));
+    requireDiskSpace(platform::unpackedBytes(download, largestUnpacked));
     const std::string unpacked = download + ".unpacked", target = ModelStorage::localPackagePath(id);
     const Removing rest(unpacked);
     rest.now();
@@ -118,7 +118,7 @@ void ModelDownloader::fetch(const ModelDownload& wanted, const std::string& to,
     bool isRoomKnown = false;
     const auto received = [&](std::uint64_t bytes, std::optional<std::uint64_t> total) {
         if (!total || *total == 0) return;
-        if (!std::exchange(isRoomKnown, true)) expectRoom(*total - std::min(bytes, *total));
+        if (!std::exchange(isRoomKnown, true)) requireDiskSpace(*total - std::min(bytes, *total));
         if (progress) progress(static_cast<double>(bytes) / static_cast<double>(*total));
     };
     platform::HTTPRequest request;

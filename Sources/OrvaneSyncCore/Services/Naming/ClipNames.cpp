@@ -76,7 +76,7 @@ std::vector<std::string> of(const SyncGroupList& groups, GroupNaming::Source sou
     std::unordered_map<std::string_view, std::vector<std::size_t>> alike;
     alike.reserve(names.size());
     for (std::size_t i = 0; i < names.size(); ++i) alike[names[i]].push_back(i);
-    std::vector<std::pair<std::size_t, std::string>> toldApart;
+    std::vector<std::pair<std::size_t, std::string>> distinguished;
     for (const auto& [text, places] : alike) {
         if (places.size() < 2) continue;
         std::vector<const SyncGroup*> clips;
@@ -84,9 +84,9 @@ std::vector<std::string> of(const SyncGroupList& groups, GroupNaming::Source sou
         for (const std::size_t place : places) clips.push_back(&groups[place]);
         const std::vector<std::string> folders = cameraFolders(clips);
         for (std::size_t i = 0; i < places.size(); ++i)
-            if (!folders[i].empty()) toldApart.emplace_back(places[i], name(places[i], folders[i]));
+            if (!folders[i].empty()) distinguished.emplace_back(places[i], name(places[i], folders[i]));
     }
-    for (auto& [place, text] : toldApart) names[place] = std::move(text);
+    for (auto& [place, text] : distinguished) names[place] = std::move(text);
     return names;
 }
 

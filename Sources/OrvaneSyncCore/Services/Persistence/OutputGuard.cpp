@@ -43,7 +43,7 @@ bool isForeignMediaName(OutputKind kind, const std::string& path) {
     return platform::isMediaName(path) && !isNameOf(kind, path);
 }
 
-bool liesIn(const std::string& path, const std::string& folder) {
+bool liesInFolder(const std::string& path, const std::string& folder) {
     return path.size() > folder.size() && path.starts_with(folder) &&
            (folder.ends_with('/') || path[folder.size()] == '/');
 }
@@ -59,7 +59,8 @@ bool isSideFileName(const std::string& path) {
 bool isProgramsOwn(const std::string& path) {
     const std::array homes{files::dataHome(), files::configHome(), files::cacheHome()};
     return std::ranges::any_of(homes, [&](const std::string& home) {
-        return liesIn(path, files::standardized(home + "/" + std::string(AppStorageHelper::appFolderName)));
+        return liesInFolder(path,
+                            files::standardized(home + "/" + std::string(AppStorageHelper::appFolderName)));
     });
 }
 
@@ -132,7 +133,7 @@ OutputGuard::There OutputGuard::look(const std::string& path) const {
     if (files::isReadOnly(path)) refuse(place, path, "the file there is read-only" + std::string(otherName));
     if (isOwn) return There::replaceable;
     const bool isScanned = std::ranges::any_of(
-        inputs_.folders, [&](const std::string& folder) { return liesIn(target, folder); });
+        inputs_.folders, [&](const std::string& folder) { return liesInFolder(target, folder); });
     if (isScanned && isSideFileName(target))
         refuse(place, path, "it lies among the camera's own files" + std::string(otherName));
     if (!permission_.replacesOthers)

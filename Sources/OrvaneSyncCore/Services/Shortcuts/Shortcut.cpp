@@ -76,9 +76,9 @@ std::string_view keyOfCharacters(std::string_view characters) {
     if (characters == "-") return Special::minus;
     if (characters == "[" || characters == "{") return "[";
     if (characters == "]" || characters == "}") return "]";
-    constexpr std::array<std::string_view, 3> asTheyStand{Special::zero, ",", "."};
-    const auto* same = std::ranges::find(asTheyStand, characters);
-    return same == asTheyStand.end() ? std::string_view() : *same;
+    constexpr std::array<std::string_view, 3> unchangedKeys{Special::zero, ",", "."};
+    const auto* same = std::ranges::find(unchangedKeys, characters);
+    return same == unchangedKeys.end() ? std::string_view() : *same;
 }
 
 /// A letter of any script as a key; nothing for another text.

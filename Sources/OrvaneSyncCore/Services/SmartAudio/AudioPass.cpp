@@ -97,8 +97,8 @@ class HeardWindows : public AudioListener {
             const std::size_t heard = ++heard_;
             if (heard * steps / planned_ == (heard - 1) * steps / planned_) return;
             const std::lock_guard lock(mutex_);
-            if (heard <= told_) return;
-            told_ = heard;
+            if (heard <= reported_) return;
+            reported_ = heard;
             progress_(static_cast<double>(heard) / static_cast<double>(planned_));
         }
 
@@ -107,7 +107,7 @@ class HeardWindows : public AudioListener {
         std::size_t planned_;
         std::atomic<std::size_t> heard_ = 0;
         std::mutex mutex_;
-        std::size_t told_ = 0;
+        std::size_t reported_ = 0;
     };
 
     std::shared_ptr<Count> count_;

@@ -53,7 +53,8 @@ std::optional<TrackLevel> loudest(const std::vector<TrackLevel>& lavs, Qualifies
 }
 
 /// Lavs, then tracks of unknown role; boom and mix never stand in for the default.
-std::vector<int> standInTracks(int defaultTrack, const std::vector<ChannelClassification>& classifications) {
+std::vector<int> substituteTracks(int defaultTrack,
+                                  const std::vector<ChannelClassification>& classifications) {
     std::vector<int> tracks;
     for (const ChannelKind kind : {ChannelKind::lav, ChannelKind::unknown})
         for (const ChannelClassification& classification : classifications)
@@ -109,7 +110,7 @@ std::vector<BlockDecision> buildBlocksFromDefault(int defaultTrack, std::span<co
                                                   double windowSeconds,
                                                   const std::vector<ChannelClassification>& classifications,
                                                   double minBlockSeconds) {
-    const std::vector<int> lavTracks = standInTracks(defaultTrack, classifications);
+    const std::vector<int> lavTracks = substituteTracks(defaultTrack, classifications);
     const double takeSeconds = static_cast<double>(frames.size()) * windowSeconds;
     const double blockSeconds = std::max(minBlockSeconds, shortestBlockSeconds);
 

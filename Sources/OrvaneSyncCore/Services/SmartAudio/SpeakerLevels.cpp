@@ -76,7 +76,7 @@ Track measured(int track, std::span<const PerWindowFrame> frames) {
 }
 
 /// A track without any sound but its noise: unplugged, or humming throughout.
-bool hearsSomething(const Track& track) {
+bool hasUsableLevel(const Track& track) {
     const auto usable =
         std::ranges::count_if(track.raw, [&](double level) { return level - track.noiseDB > usableDB; });
     return static_cast<std::size_t>(usable) > fewestTogether;
@@ -132,7 +132,7 @@ SpeakerLevels::SpeakerLevels(const std::vector<int>& tracks, std::span<const Per
     std::vector<std::size_t> heard; // the persons whose tracks hear something
     for (const int track : tracks) {
         all.push_back(measured(track, frames));
-        if (hearsSomething(all.back())) heard.push_back(all.size() - 1);
+        if (hasUsableLevel(all.back())) heard.push_back(all.size() - 1);
     }
     hearAnybody_ = !heard.empty();
     std::vector<double> balance(all.size() * all.size());

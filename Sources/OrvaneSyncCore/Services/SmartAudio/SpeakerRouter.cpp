@@ -23,15 +23,15 @@ constexpr std::size_t mostPeople = 32;
 class SharedTracks {
   public:
     explicit SharedTracks(const std::vector<ChannelClassification>& classifications)
-        : boomsSayNothing_(ChannelClassifier::areGuessedBoomsAlone(classifications)) {}
+        : ignoresBooms_(ChannelClassifier::areGuessedBoomsAlone(classifications)) {}
 
     bool contain(const ChannelClassification& track) const {
-        return (track.kind == ChannelKind::boom && !boomsSayNothing_) || track.kind == ChannelKind::mix ||
+        return (track.kind == ChannelKind::boom && !ignoresBooms_) || track.kind == ChannelKind::mix ||
                track.isPreMixed;
     }
 
   private:
-    bool boomsSayNothing_;
+    bool ignoresBooms_;
 };
 
 // What a window costs, from 0 to 1: nothing on the lav of whoever speaks, 1 on one that is this far behind.

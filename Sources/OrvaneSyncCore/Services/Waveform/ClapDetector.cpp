@@ -20,7 +20,7 @@ constexpr double searchedSeconds = 30;
 constexpr double blockSeconds = 0.01;
 /// Of the end where no clap is expected.
 constexpr double quietSeconds = 5;
-constexpr double timesTheQuiet = 5;
+constexpr double riseOverBackground = 5;
 
 /// Hears one stretch of a recording.
 class TransientSearch : public AudioListener {
@@ -52,7 +52,7 @@ class TransientSearch : public AudioListener {
         double sum = 0;
         for (const float level : region) sum += level;
         const double divisor = static_cast<double>(std::max<std::size_t>(count, 1) * channels_);
-        const bool isClap = sum / divisor * timesTheQuiet < static_cast<double>(peak_);
+        const bool isClap = sum / divisor * riseOverBackground < static_cast<double>(peak_);
         return isClap ? std::optional(peakAt_) : std::nullopt;
     }
 

@@ -25,7 +25,7 @@ std::string_view pathOfFolder(const FileURL& file) {
     return std::string_view(file.path).substr(0, file.path.rfind('/'));
 }
 
-bool liesUnderAll(const AudioMatch& match, double clipSeconds) {
+bool coversClip(const AudioMatch& match, double clipSeconds) {
     constexpr double slackSeconds = 1; // a slow hand at the recorder
     return match.syncOffsetSeconds <= slackSeconds &&
            match.syncOffsetSeconds + match.audio->durationSeconds.value_or(0) >= clipSeconds - slackSeconds;
@@ -52,8 +52,7 @@ HearableCards hearableCards(const SyncGroupList& groups) {
         if (group.audioMatches.size() < 2) continue;
         for (const TakeFile& file : takeOf(group, assumedChannels).files) {
             const AudioMatch& match = group.audioMatches[file.matchIndex];
-            if (file.role != TakeRole::alternate || liesUnderAll(match, *group.video.durationSeconds))
-                continue;
+            if (file.role != TakeRole::alternate || coversClip(match, *group.video.durationSeconds)) continue;
             auto& card = cards[{camera, pathOfFolder(match.audio->url)}];
             if (card.empty() || card.back().group != &group) card.push_back({&group, &match});
         }

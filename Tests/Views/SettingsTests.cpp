@@ -362,10 +362,10 @@ TEST_F(SettingsTest, sessionsAreDraggedAndPresetsFollowTheFolder) {
     EXPECT_TRUE(waitUntil([&] { return presets->currentText() == "House-1"; }));
 
     // Where no folder brings it back, the next start does.
-    sessions.setFolder(*sessions.currentSessionId(), std::nullopt);
+    sessions.places().setFolder(*sessions.currentSessionId(), std::nullopt);
     PresetBar next(*desktop_);
     EXPECT_TRUE(waitUntil([&] { return next.findChild<QComboBox*>()->currentText() == "House-1"; }));
-    sessions.setFolder(*sessions.currentSessionId(), "Summer");
+    sessions.places().setFolder(*sessions.currentSessionId(), "Summer");
 
     // What can't be brought back is asked for, and Return leaves it.
     const auto answer = [&](const char* pressed, const auto& act) {

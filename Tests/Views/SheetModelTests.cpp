@@ -104,11 +104,11 @@ TEST(Warnings, SayTheSameOfSeveralFilesOnce) {
         "MOS (no audio): E.mov",
         "Project rate mismatch: F is it.mov is 50 fps, project is 25 fps"};
     EXPECT_EQ(warningGroups(warnings), (std::vector<WarningGroup>{{warnings[0], {"C.mov"}},
-                                                                   {warnings[1], {"F is it.mov"}},
-                                                                   {warnings[2], {}},
-                                                                   {warnings[4], {}},
-                                                                   {warnings[5], {}},
-                                                                   {warnings[6], {"E.mov"}}}));
+                                                                  {warnings[1], {"F is it.mov"}},
+                                                                  {warnings[2], {}},
+                                                                  {warnings[4], {}},
+                                                                  {warnings[5], {}},
+                                                                  {warnings[6], {"E.mov"}}}));
 }
 
 TEST(AtmoBuilderModel, PreselectsTheLongestAndBuildsWhatIsChosen) {

@@ -121,7 +121,7 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
     const SessionStore store_;
     Repeating autosaveTimer_, lookTimer_;
     bool isStarted_ = false;
-    std::uint64_t openings_ = 0; ///< tells an opening that another has taken its place
+    std::uint64_t openings_ = 0;                ///< tells an opening that another has taken its place
     std::optional<std::string> openingProject_; ///< the name of a project while it is opened
     /// Before what uses it: destroyed behind it, when it waits for all that was posted.
     const std::unique_ptr<platform::SerialQueue> queue_;

@@ -2,8 +2,8 @@
 #include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
-#include <QHeaderView>
 #include "OrvaneDesignKit/KeptState.h"
+#include <QHeaderView>
 
 #include <algorithm>
 #include <array>

@@ -447,23 +447,24 @@ void ResultsView::showMenu(const QPoint& position) {
 
 void ResultsView::saveListing() const {
     const auto& session = desktop_.sessions().currentSessionId();
-    QSettings places;
-    places.setValue(QStringLiteral("list/session"), session ? text(session->text()) : QString());
-    places.setValue(QStringLiteral("list/clip"), chosen_.empty() ? QString() : text(chosen_.front().text()));
-    places.setValue(QStringLiteral("list/filter"), filter_->chosen());
-    places.setValue(QStringLiteral("list/search"), search_->text());
+    const auto keep = [](const char* key, const QVariant& value) {
+        keptState::set(QLatin1String("list/") + key, value);
+    };
+    keep("session", session ? text(session->text()) : QString());
+    keep("clip", chosen_.empty() ? QString() : text(chosen_.front().text()));
+    keep("filter", filter_->chosen());
+    keep("search", search_->text());
 }
 
 void ResultsView::restoreListing() {
-    const QSettings places;
-    const auto kept = [&](const char* key) { return places.value(QLatin1String("list/") + key); };
+    const auto kept = [](const char* key) { return keptState::value(QLatin1String("list/") + key); };
     const auto& session = desktop_.sessions().currentSessionId();
     if (!session || kept("session").toString() != text(session->text())) return;
     const auto filter = std::clamp<std::size_t>(kept("filter").toUInt(), 0, filters.size() - 1);
     filter_->choose(static_cast<int>(filter));
     rows_.setFilter(filters.at(filter).mode);
     search_->setText(kept("search").toString());
-    if (const auto clip = UUID::fromText(utf8(kept("clip").toString()))) select({*clip});
+    if (const auto clip = UUID::fromText(utf8(kept("clip").toString()))) select(std::vector{*clip});
 }
 
 } // namespace orvane::views

@@ -137,8 +137,8 @@ TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
     EXPECT_EQ(cureOf(flat).find("--sound-date 2024-05-17 --sound-offset 08:53:20:00; then"), 0U)
         << cureOf(flat);
     for (std::size_t i = 0; i < half.audios.size(); ++i) setBack(half.audios[i], i < 5 ? 7 * hour : 0);
-    EXPECT_EQ(cureOf(half), "--sound-offset 07:00:00:00 in a scan of these recordings alone (put links to "
-                            "them into a folder of their own)");
+    EXPECT_EQ(cureOf(half), "--sound-offset 07:00:00:00 in a scan of this card alone (--exclude "
+                            "'S/A_[5-9].wav' --exclude 'S/A_[0-9][0-9].wav')");
     Shot few = half; // of which the right ones can be named
     few.videos.assign(half.videos.begin() + 2, half.videos.begin() + 8);
     few.audios.assign(half.audios.begin() + 2, half.audios.begin() + 8);
@@ -166,9 +166,9 @@ TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
     }
     afternoon.date(afternoon.audios, "2024-05-17");
     EXPECT_EQ(cureOf(afternoon),
-              "--sound-offset 01:00:00:00 in a scan of these recordings alone (put links to "
-              "them into a folder of their own); the other sound then needs a document of "
-              "its own");
+              "--sound-offset 01:00:00:00 in a scan of this card alone (--exclude 'A' --exclude "
+              "'S/BAG/[0-5].wav' --exclude 'S/BAG/1[1-9].wav'); the other sound then needs a document of its "
+              "own");
     takes(film, nullptr, 9, "A", 1);
     for (MediaAsset& video : film.videos) {
         const double start = TimecodeUtils::tcToSeconds(*video.startTimecodeString, 25);

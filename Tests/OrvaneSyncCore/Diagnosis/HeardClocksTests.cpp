@@ -82,17 +82,16 @@ TEST(HeardClocks, WhatCamerasHeardInOtherRecordingsTellsTheClock) {
         int offset, alone; ///< clips with such a doubt
         const char* cure;
     };
-    for (const Case& one :
-         {Case{"all", {1, 1, -1, -1, 1, -1}, 5, 6, 0, "--sound-offset -00:02:30:00; lock"},
-          {"from the middle on",
-           {0, -1, 0, 1, -1, 1},
-           5,
-           3,
-           0,
-           "--sound-offset -00:02:30:00 in a scan of this card alone (--exclude 'S/T0.wav'"},
-          {"one alone", {0, 0, -1, 1, 0, 0}, 7, 0, 1, "choose 'T4.wav' in the table"},
-          {"one that chance may have made", {-1, -1, -1, 1, -1, -1}, 5.5, 0, 0, ""},
-          {"none", {-1, -1, -1, -1, -1, -1}, 9, 0, 0, ""}}) {
+    for (const Case& one : {Case{"all", {1, 1, -1, -1, 1, -1}, 5, 6, 0, "--sound-offset -00:02:30:00; lock"},
+                            {"from the middle on",
+                             {0, -1, 0, 1, -1, 1},
+                             5,
+                             3,
+                             0,
+                             "--sound-offset -00:02:30:00 in a scan of this card alone (--exclude"},
+                            {"one alone", {0, 0, -1, 1, 0, 0}, 7, 0, 1, "choose 'T4.wav' in the table"},
+                            {"one that chance may have made", {-1, -1, -1, 1, -1, -1}, 5.5, 0, 0, ""},
+                            {"none", {-1, -1, -1, -1, -1, -1}, 9, 0, 0, ""}}) {
         Shot shot;
         for (int i = 0; i < 7; ++i) {
             const std::string number = std::to_string(i);
@@ -121,6 +120,50 @@ TEST(HeardClocks, WhatCamerasHeardInOtherRecordingsTellsTheClock) {
         EXPECT_EQ(all.empty(), one.offset + one.alone == 0);
         EXPECT_TRUE(all.empty() || all.front().doubt.cure.text().starts_with(one.cure))
             << all.front().doubt.cure.text();
+    }
+}
+
+TEST(HeardClocks, AClockThatChangedWithinACardIsToldForThatPartAlone) {
+    constexpr double none = 100;
+    struct Case {
+        const char* name;
+        std::vector<double> heard; ///< clip by clip
+        int first, behind;         ///< of the clips that are doubted
+        const char* leftOut;
+    };
+    for (const Case& one :
+         {Case{"from the seventh on",
+               {0, 0, 0, none, 0, 0, -3, -3, none, -3, none, none},
+               6,
+               12,
+               "'S/T10[0-5].wav'"},
+          {"until it was set",
+           {-9, none, -9.02, 0, 0, 0, none, none, none, none, none, 0},
+           0,
+           3,
+           "'S/T10[3-9].wav' --exclude 'S/T1[1-9][0-9].wav'"},
+          {"lost and set right", {0, 0, 4, none, none, none, 4, 0, none, none, none, 0}, 2, 7, ""},
+          {"one alone", {0, none, none, none, -9, 0, none, none, none, none, none, 0}, 0, 0, ""},
+          {"another speed", {0, none, 1, none, 2, none, 3, 3.1, none, 4, none, 5}, 0, 0, ""}}) {
+        Shot shot;
+        for (int i = 0; i < 12; ++i) {
+            const double at = 36000 + 410 * i + 17 * i * i;
+            shot.videos.push_back(clipAt("/CAM/A" + std::to_string(100 + i) + ".mov", at, 10));
+            shot.audios.push_back(recordingAt("/S/T" + std::to_string(100 + i) + ".wav", at - 20, 60));
+        }
+        shot.diagnose();
+        std::unordered_map<UUID, HeardLag> lags;
+        for (std::size_t i = 0; i < 12; ++i)
+            if (one.heard[i] != none) lags[shot.groups[i].audioMatches.front().id] = {one.heard[i]};
+        shot.doubts =
+            SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &lags});
+        for (int i = 0; i < 12; ++i)
+            EXPECT_EQ(shot.doubts.has(shot.groups[static_cast<std::size_t>(i)].id, {Kind::constantOffset}),
+                      i >= one.first && i < one.behind)
+                << one.name << ", clip " << i;
+        const auto card = shot.card(Kind::constantOffset);
+        EXPECT_TRUE(!card || card->doubt.cure.text().find(one.leftOut) != std::string::npos)
+            << card->doubt.cure.text();
     }
 }
 

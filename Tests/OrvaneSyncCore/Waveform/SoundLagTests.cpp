@@ -119,10 +119,12 @@ TEST(SoundLag, OtherTakesAreHeardUnderClipsFromWhereTheClockIsWrong) {
         int wrongFrom; ///< first take with a wrong clock
         bool isOther;  ///< the cameras hear nothing that was recorded
         std::size_t elsewhere, mostHeard;
+        double late = apart;
     };
     for (const Case& one :
          {Case{"right", takes, false, 0, 3}, Case{"all wrong", 0, false, 3, 3},
-          Case{"from the middle on", 4, false, 3, 9}, Case{"across a street", 0, true, 0, 0}}) {
+          Case{"from the middle on", 4, false, 3, 9}, Case{"3 s late from there on", 4, false, 0, 8, 3},
+          Case{"across a street", 0, true, 0, 0}}) {
         const TemporaryDirectory folder;
         std::vector<MediaAsset> clips, recordings;
         for (int i = 0; i < takes; ++i) {
@@ -141,8 +143,8 @@ TEST(SoundLag, OtherTakesAreHeardUnderClipsFromWhereTheClockIsWrong) {
             const double at = 36000 + apart * i;
             clips.push_back(doubts::clipAt(make("A" + number, heard), at, 15));
             clips.back().channelCount = 1;
-            recordings.push_back(
-                doubts::recordingAt(make("T" + number, take), at - 3 + (i >= one.wrongFrom ? apart : 0), 22));
+            recordings.push_back(doubts::recordingAt(make("T" + number, take),
+                                                     at - 3 + (i >= one.wrongFrom ? one.late : 0), 22));
         }
         const SyncGroupList groups = SyncEngine().match(clips, recordings, {});
         const HeardSound heard = SoundLag::heardWithNeighbours(
@@ -163,7 +165,10 @@ TEST(SoundLag, OtherTakesAreHeardUnderClipsFromWhereTheClockIsWrong) {
             ASSERT_NE(other, recordings.end());
             EXPECT_EQ(other->filename[1], number);
         }
-        if (one.wrongFrom == 4 && !one.isOther) { // the last one before, and the first one behind
+        if (one.late < apart) {
+            for (const int i : {3, 4}) // the last one before, and the first one behind
+                EXPECT_NEAR(heard.lags.at(groups[i].audioMatches.front().id).seconds, i < 4 ? 0 : -3, 0.011);
+        } else if (one.wrongFrom == 4 && !one.isOther) { // the last one before, and the first one behind
             EXPECT_TRUE(heard.lags.contains(groups[3].audioMatches.front().id));
             EXPECT_TRUE(heard.elsewhere.contains(groups[5].audioMatches.front().id));
         }

@@ -39,6 +39,15 @@ std::map<CameraAndCard, HandledClips> handledClips(const Shoot& shoot) {
     return cards;
 }
 
+std::vector<HandledClips::Sounding> HandledClips::soundings() const {
+    std::vector<Sounding> result;
+    for (const auto& [clip, place] : places)
+        result.push_back({clip, place - clip->group->audioMatches.front().syncOffsetSeconds, false});
+    for (const auto& [clip, other] : elsewhere) result.push_back({clip, other.seconds, true});
+    std::ranges::sort(result, {}, &Sounding::clip);
+    return result;
+}
+
 std::optional<Agreement> agreementOf(std::vector<double> offsets, std::ptrdiff_t fewest, double least) {
     constexpr double mostly = 0.8;
     if (std::ssize(offsets) < fewest) return std::nullopt;

@@ -27,6 +27,15 @@ struct HandledClips {
     std::vector<const Shoot::Clip*> all;
     std::vector<const Shoot::Clip*> unmoved; ///< and not settled
     bool isConfirmed = false;                ///< somebody settled one where timecode laid it
+
+    /// A clip of which something was heard, and what moves the card's recordings to there.
+    struct Sounding {
+        const Shoot::Clip* clip;
+        double seconds;
+        bool isElsewhere;
+    };
+    /// In their own sound or elsewhere, in the order of `all`.
+    std::vector<Sounding> soundings() const;
 };
 using CameraAndCard =
     std::tuple<std::string_view, std::string_view, std::optional<long>>; ///< folder of clips, of sound, day

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
+#include "OrvaneSyncCore/Services/Diagnosis/MovedParts.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Services/Matching/AssetPlacement.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
@@ -90,7 +91,7 @@ class HeardOffsets {
         std::map<std::pair<std::string_view, std::optional<long>>, std::vector<Camera>> recorders;
         for (const auto& [key, card] : cards_) {
             platform::throwIfStopped(shoot_.stop);
-            if (!card.heard.empty()) addPart(key, card);
+            if (addParts(key, card)) continue;
             if (card.isConfirmed || card.unmoved.empty() || agreementOf(card.offsets, explanation::fewest))
                 continue;
             recorders[{std::get<1>(key), std::get<2>(key)}].push_back(cameraOf(key, card));
@@ -224,46 +225,6 @@ class HeardOffsets {
                (isPart ? std::string() : cure_.forOtherSound(sound));
     }
 
-    /// Where some clips of a card were heard in place and others elsewhere: its clock was set anew in
-    /// between. From the first of these to the last one, none in place between them, all are doubted.
-    void addPart(const CameraAndCard& key, const HandledClips& card) {
-        std::vector<double> offsets;
-        for (const auto& [clip, other] : card.elsewhere) offsets.push_back(other.seconds);
-        const auto offset = agreementOf(std::move(offsets), fewestElsewhere);
-        if (!offset) return;
-        const auto startOf = [&](std::size_t recording) {
-            return onLine(shoot_.recordings[recording].place).startSeconds;
-        };
-        std::vector<std::size_t> moved;
-        for (const auto& [clip, other] : card.elsewhere) {
-            moved.push_back(*clip->primary);
-            moved.push_back(shoot_.recordingByID.at(other.recordingID));
-        }
-        const auto [first, last] = std::ranges::minmax(moved, {}, startOf);
-        std::vector<const Shoot::Clip*> doubted;
-        for (const Shoot::Clip* clip : card.unmoved)
-            if (startOf(*clip->primary) >= startOf(first) && startOf(*clip->primary) <= startOf(last) &&
-                !shoot_.input.heardLags->contains(clip->group->audioMatches.front().id))
-                doubted.push_back(clip);
-        const auto nameOf = [&](std::size_t recording) {
-            return shoot_.nameOf(*shoot_.recordings[recording].asset);
-        };
-        Card part{std::string(std::get<1>(key)), std::get<2>(key), {}};
-        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
-            if (isOn(part, shoot_, *shoot_.recordings[i].asset) && startOf(i) >= startOf(first) &&
-                startOf(i) <= startOf(last))
-                part.files.push_back(i);
-        addCardDoubt(doubts_,
-                     {Kind::constantOffset,
-                      "the microphones of the cameras heard other sound in " +
-                          counted(offset->count, "clip", "clips") + " in " + quotedFolder(std::get<0>(key)) +
-                          " than " + quotedFolder(std::get<1>(key)) + " has under them: its recordings " +
-                          nameOf(first) + " to " + nameOf(last) + " are " +
-                          spanText(std::abs(offset->seconds)) + (offset->seconds < 0 ? " late" : " early") +
-                          " against the clips",
-                      DoubtCure(CureWay{{offsetBy(offset->seconds)}}).in(cure_.scanOfRecordings(part, true))},
-                     doubted);
-    }
     /// Where they do not agree.
     void addEachElsewhere(const HandledClips& card) {
         for (const auto& [clip, other] : card.elsewhere) {
@@ -279,6 +240,16 @@ class HeardOffsets {
                      (other.seconds < 0 ? " earlier" : " later") + " than its timecode says",
                  cureWords::choose(name) + " and move it by that, or lock the clip"});
         }
+    }
+
+    bool addParts(const CameraAndCard& key, const HandledClips& card) {
+        const auto isDrifting = [&] {
+            return doubts_.has(card.all.front()->group->id, {Kind::drift}) || rateOf(shoot_, card);
+        };
+        const auto parts = movedParts(shoot_, card);
+        if (parts.empty() || isDrifting()) return false;
+        for (const MovedPart& part : parts) addMovedPart(shoot_, cure_, rate_, key, part, doubts_);
+        return true;
     }
 
     const Shoot& shoot_;

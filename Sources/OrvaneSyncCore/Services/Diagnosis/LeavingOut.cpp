@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
 
+#include "OrvaneSyncCore/Services/Diagnosis/NumberRanges.h"
 #include "Platform/Stop.h"
 
 #include <algorithm>
@@ -9,19 +10,6 @@
 namespace orvane {
 
 namespace {
-
-/// The path stands for itself in a pattern, but for what no terminal shows and nobody types.
-std::string escaped(std::string_view path) {
-    constexpr char firstPrintable = ' ', deleted = '\x7f';
-    std::string pattern;
-    for (const char c : path) {
-        const bool isControl = (c >= 0 && c < firstPrintable) || c == deleted;
-        pattern += isControl                          ? std::string{'?'}
-                   : c == '*' || c == '?' || c == '[' ? std::string{'[', c, ']'}
-                                                      : std::string{c};
-    }
-    return pattern;
-}
 
 /// Of paths in the order of their bytes, whether one lies in the folder, which ends with a slash.
 bool hasIn(const std::vector<std::string>& paths, std::string_view folder) {
@@ -50,11 +38,23 @@ std::string commonStem(const std::vector<std::string>& names, std::string_view e
 /// A pattern of all names with other digits in the same places.
 std::string shapeOf(std::string_view name) {
     std::string shape;
-    for (const char c : name) shape += c >= '0' && c <= '9' ? "[0-9]" : escaped({&c, 1});
+    for (const char c : name) shape += c >= '0' && c <= '9' ? "[0-9]" : escapedInPattern({&c, 1});
     return shape;
 }
 
 } // namespace
+
+std::string escapedInPattern(std::string_view path) {
+    constexpr char firstPrintable = ' ', deleted = '\x7f';
+    std::string pattern;
+    for (const char c : path) {
+        const bool isControl = (c >= 0 && c < firstPrintable) || c == deleted;
+        pattern += isControl                          ? std::string{'?'}
+                   : c == '*' || c == '?' || c == '[' ? std::string{'[', c, ']'}
+                                                      : std::string{c};
+    }
+    return pattern;
+}
 
 bool PassedOver::leavesOut(const std::string& path) const {
     bool isFound = false;
@@ -97,8 +97,8 @@ LeavingOut::LeavingOut(const Shoot& shoot) : shoot_(shoot) {
     roots_.push_back(common);
 }
 
-std::optional<LeavingOut::Options>
-LeavingOut::of(const std::function<bool(const MediaAsset&)>& isLeftOut) const {
+std::optional<LeavingOut::Options> LeavingOut::of(const std::function<bool(const MediaAsset&)>& isLeftOut,
+                                                  bool byNumber) const {
     std::vector<std::string> left, kept;
     const auto take = [&](const MediaAsset& file) {
         (isLeftOut(file) ? left : kept).push_back(file.url.path);
@@ -137,7 +137,8 @@ LeavingOut::of(const std::function<bool(const MediaAsset&)>& isLeftOut) const {
     };
     const auto below = [&](const std::string& folder) -> std::optional<std::string> {
         for (const std::string& root : roots_)
-            if (folder.starts_with(root)) return escaped(std::string_view(folder).substr(root.size()));
+            if (folder.starts_with(root))
+                return escapedInPattern(std::string_view(folder).substr(root.size()));
         return std::nullopt;
     };
     for (const std::string& folder : folders) {
@@ -166,9 +167,10 @@ LeavingOut::of(const std::function<bool(const MediaAsset&)>& isLeftOut) const {
         const auto isMeant = [&](const std::string& file) {
             return isDirectlyIn(folder, file) && file.ends_with(ending);
         };
-        if (propose(own + "*" + escaped(ending), isMeant)) continue;
+        if (propose(own + "*" + escapedInPattern(ending), isMeant)) continue;
         const std::string stem = commonStem(names, ending);
-        if (!stem.empty() && propose(own + escaped(stem) + "*" + escaped(ending), isMeant)) continue;
+        if (!stem.empty() && propose(own + escapedInPattern(stem) + "*" + escapedInPattern(ending), isMeant))
+            continue;
         std::set<std::string> shapes;
         for (const std::string& name : names) shapes.insert(shapeOf(name));
         constexpr std::size_t most = 4;
@@ -180,11 +182,24 @@ LeavingOut::of(const std::function<bool(const MediaAsset&)>& isLeftOut) const {
             }))
             continue;
         options.globs.resize(before);
-        // Neighbours in numbers: a few can be named.
+        // Neighbours in numbers: a few can be named, more lie before or behind the others.
         constexpr std::size_t mostNames = 4;
-        if (names.size() > mostNames || !std::ranges::all_of(names, [&](const std::string& name) {
-                return propose(own + escaped(name), [&](const std::string& file) {
+        if (names.size() <= mostNames && std::ranges::all_of(names, [&](const std::string& name) {
+                return propose(own + escapedInPattern(name), [&](const std::string& file) {
                     return isMeant(file) && lastName(file) == name;
+                });
+            }))
+            continue;
+        if (!byNumber) return std::nullopt;
+        options.globs.resize(before);
+        std::vector<std::string> others;
+        for (const std::string& file : kept)
+            if (isMeant(file)) others.emplace_back(lastName(file));
+        const auto ranges = numberRanges(names, others);
+        if (ranges.empty() || !std::ranges::all_of(ranges, [&](const NumberRange& range) {
+                return propose(own + range.pattern, [&](const std::string& file) {
+                    return isMeant(file) &&
+                           std::ranges::find(range.names, lastName(file)) != range.names.end();
                 });
             }))
             return std::nullopt;

@@ -24,6 +24,8 @@ class PassedOver {
     const std::vector<std::string>& roots_;
     PathGlob glob_;
 };
+/// What stands for itself in a pattern of `--exclude`, but for what no terminal shows and nobody types.
+std::string escapedInPattern(std::string_view path);
 
 /// What leaves some files of a work out of its scan and keeps all others. Each proposal was tried on the
 /// paths of all files as a scan tries its exclusions.
@@ -38,8 +40,10 @@ class LeavingOut {
         std::size_t count() const { return globs.size() + folders.size(); }
         std::vector<CureOption> options() const;
     };
-    /// Absent where what is left out lies among what is kept.
-    std::optional<Options> of(const std::function<bool(const MediaAsset&)>& isLeftOut) const;
+    /// Absent where what is left out lies among what is kept. `byNumber`: files
+    /// of one card are told apart by their numbers as well, those before a moment from those behind it.
+    std::optional<Options> of(const std::function<bool(const MediaAsset&)>& isLeftOut,
+                              bool byNumber = false) const;
 
   private:
     const Shoot& shoot_;

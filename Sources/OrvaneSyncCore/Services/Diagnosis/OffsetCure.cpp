@@ -45,9 +45,10 @@ std::optional<CureScan> OffsetCure::scanOfRecordings(const Card& card, bool isPa
     if (isPart) {
         std::set<UUID> own;
         for (const std::size_t file : card.files) own.insert(shoot_.recordings[file].asset->id);
-        return scanWithout(own.empty() ? std::nullopt : LeavingOut(shoot_).of([&](const MediaAsset& file) {
+        const auto isOther = [&](const MediaAsset& file) {
             return file.kind == AssetKind::audio && !own.contains(file.id);
-        }),
+        };
+        return scanWithout(own.empty() ? std::nullopt : LeavingOut(shoot_).of(isOther, true),
                            "these recordings");
     }
     return scanWithout(LeavingOut(shoot_).of([&](const MediaAsset& file) {

@@ -20,6 +20,9 @@ namespace {
 constexpr std::size_t mostPairsOfACard = 6, mostPairs = 30;
 constexpr double startTogetherSeconds = 0.5; // as the files of one take do
 constexpr std::size_t neighboursEitherWay = 2;
+constexpr std::size_t mostSteps = 2; // a clock that was lost and set right again
+
+bool differ(double a, double b) { return std::abs(a - b) > agreeingSeconds; }
 
 std::string_view pathOfFolder(const FileURL& file) {
     return std::string_view(file.path).substr(0, file.path.rfind('/'));
@@ -116,26 +119,35 @@ std::vector<Pair> pairsToHear(const SyncGroupList& groups) {
 std::vector<Pair> pairsBetween(const SyncGroupList& groups, const HeardSound& heard,
                                const std::unordered_set<UUID>& tried) {
     std::vector<Pair> pairs;
-    if (heard.elsewhere.empty()) return pairs;
     for (const auto& [folders, clips] : hearableCards(groups)) {
-        const auto elsewhere = [&](std::size_t i) -> std::optional<double> {
-            const auto found = heard.elsewhere.find(clips[i].match->id);
-            return found != heard.elsewhere.end() ? std::optional(found->second.seconds) : std::nullopt;
+        struct Sounding {
+            std::size_t clip;
+            double seconds;
+            bool isElsewhere;
         };
-        std::optional<std::size_t> last;
+        std::vector<Sounding> soundings;
+        std::size_t steps = 0;
+        bool isAnyElsewhere = false;
         for (std::size_t i = 0; i < clips.size(); ++i) {
-            const auto own = elsewhere(i);
-            if (!own && !heard.lags.contains(clips[i].match->id)) continue;
-            const auto before = last ? elsewhere(*last) : std::nullopt;
-            const bool isSame = before.has_value() == own.has_value() &&
-                                std::abs(before.value_or(0) - own.value_or(0)) <= agreeingSeconds;
-            if (last && !isSame) {
-                std::vector<std::size_t> untried;
-                for (std::size_t k = *last + 1; k < i; ++k)
-                    if (!tried.contains(clips[k].match->id)) untried.push_back(k);
-                if (!untried.empty()) pairs.push_back(pairOf(clips[untried[untried.size() / 2]]));
-            }
-            last = i;
+            const UUID& match = clips[i].match->id;
+            if (const auto other = heard.elsewhere.find(match); other != heard.elsewhere.end())
+                soundings.push_back({i, other->second.seconds, true});
+            else if (const auto lag = heard.lags.find(match); lag != heard.lags.end())
+                soundings.push_back({i, lag->second.seconds, false});
+            else
+                continue;
+            isAnyElsewhere = isAnyElsewhere || soundings.back().isElsewhere;
+            if (soundings.size() > 1 && differ(soundings.end()[-2].seconds, soundings.back().seconds))
+                ++steps;
+        }
+        // What differs from clip to clip is no clock that was set anew, but one of another speed.
+        if (!isAnyElsewhere && (steps > mostSteps || soundings.size() < 2 * steps + 1)) continue;
+        for (std::size_t i = 1; i < soundings.size(); ++i) {
+            if (!differ(soundings[i - 1].seconds, soundings[i].seconds)) continue;
+            std::vector<std::size_t> untried;
+            for (std::size_t k = soundings[i - 1].clip + 1; k < soundings[i].clip; ++k)
+                if (!tried.contains(clips[k].match->id)) untried.push_back(k);
+            if (!untried.empty()) pairs.push_back(pairOf(clips[untried[untried.size() / 2]]));
         }
     }
     return pairs;

@@ -46,8 +46,8 @@ bool areOfOneCard(const Pair& a, const Pair& b);
 /// clock is wrong. Pairs of one card stand together. Pure; any thread.
 std::vector<Pair> pairsToHear(const SyncGroupList& groups);
 
-/// Where of two clips of a card one was heard elsewhere and the other one was not, the one halfway between
-/// them that was not listened to: so the take is found from which on a clock is wrong. Those of `tried` were
+/// Where two clips of a card were heard at different distances from their sound, the one halfway between them
+/// that was not listened to: so the take is found from which on a clock is wrong. Those of `tried` were
 /// listened to, by match. Pure; any thread.
 std::vector<Pair> pairsBetween(const SyncGroupList& groups, const HeardSound& heard,
                                const std::unordered_set<UUID>& tried);

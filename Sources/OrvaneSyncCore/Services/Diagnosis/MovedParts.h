@@ -1,0 +1,31 @@
+#pragma once
+
+#include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
+#include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
+
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+namespace orvane {
+
+/// Clips of a camera whose sound a card has at another distance than that of those before and behind them:
+/// its clock was set anew in between, or lost.
+struct MovedPart {
+    double seconds = 0;       ///< to be added to the recordings
+    std::ptrdiff_t count = 0; ///< clips of which that was heard
+    bool isElsewhere = false; ///< in other recordings than those under the clips
+    /// In the order of their starts: the first recording that was heard so, and the first behind them that
+    /// was not; absent for the beginning and the end of the card.
+    std::optional<std::size_t> first = {}, behind = {};
+    std::vector<const Shoot::Clip*> clips =
+        {}; ///< with those between them that were not heard, in their order
+};
+/// Empty where all clips were heard at one distance, and where that changes so often that no clock was set.
+std::vector<MovedPart> movedParts(const Shoot& shoot, const HandledClips& card);
+
+/// Doubts the part's clips; its cure moves the recordings of that part alone.
+void addMovedPart(const Shoot& shoot, const OffsetCure& cure, TimecodeFrameRate rate,
+                  const CameraAndCard& key, const MovedPart& part, SyncDoubts& doubts);
+
+} // namespace orvane

@@ -46,6 +46,15 @@ TEST(TimecodeDoubts, SoundWithoutACommonTimecodeIsInDoubtUntilItIsMoved) {
         EXPECT_EQ(message.find("an offset of " + one.frames + " frames") != std::string::npos,
                   one.frames != "-")
             << one.name << ": " << message;
+        shot.groups.update(shot.groups.begin()->id, [](SyncGroup& own) { own.video.channelCount = 1; });
+        HeardClaims heard;
+        const FileNames names;
+        DoubtInput input{shot.groups, shot.audios, {}, TrimMode::noTrim, {}, names};
+        for (const SoundClaim& claim : SyncDoubts::claims(input))
+            heard[claim.key()] = {claim.offsetSeconds - 4.2};
+        input.heardClaims = &heard;
+        const auto byEar = SyncDoubts::of(input).byGroup.begin()->second.front().message;
+        EXPECT_NE(byEar.find("heard it with an offset of -105 frames"), std::string::npos) << byEar;
     }
 }
 

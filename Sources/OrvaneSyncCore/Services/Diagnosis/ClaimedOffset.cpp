@@ -41,12 +41,8 @@ void ClaimedOffset::add(const Shoot::Clip& clip, std::size_t recording, double o
 
 std::vector<const ClaimedOffset::Laid*> ClaimedOffset::audible() const {
     std::vector<const Laid*> all;
-    for (const Laid& one : laid_) {
-        const MediaAsset& video = one.clip->group->video;
-        if (!one.clip->group->isExcludedFromExport && video.channelCount.value_or(0) > 0 &&
-            video.durationSeconds.value_or(0) >= leastClaimedSeconds && !video.isOffspeed())
-            all.push_back(&one);
-    }
+    for (const Laid& one : laid_)
+        if (isAudible(*one.clip)) all.push_back(&one);
     std::vector<const Laid*> result; // spread over the clips, every second one to begin with
     const std::size_t count = std::min(all.size(), mostHeard);
     for (const std::size_t first : {0, 1})
@@ -63,11 +59,7 @@ ClaimedOffset::Heard ClaimedOffset::heard(std::vector<SoundClaim>* toHear) const
     int missed = 0;
     std::vector<SoundClaim> unheard;
     for (const Laid* one : audible()) {
-        const HeardClaim* heard = nullptr;
-        if (shoot_.input.heardClaims != nullptr)
-            if (const auto found = shoot_.input.heardClaims->find(one->claim.key());
-                found != shoot_.input.heardClaims->end())
-                heard = &found->second;
+        const HeardClaim* heard = heardClaim(shoot_, one->claim);
         if (heard == nullptr) {
             unheard.push_back(one->claim);
         } else if (heard->offsetSeconds) {
@@ -97,6 +89,18 @@ bool ClaimedOffset::isSoundOfClipsInPlace() const {
         if (one.clip->primary && one.clip->group->manualAudioOffsetSeconds == 0)
             count.add(shoot_, one.clip->group->audioMatches.front());
     return count.isMost();
+}
+
+bool isAudible(const Shoot::Clip& clip) {
+    const MediaAsset& video = clip.group->video;
+    return !clip.group->isExcludedFromExport && video.channelCount.value_or(0) > 0 &&
+           video.durationSeconds.value_or(0) >= leastClaimedSeconds && !video.isOffspeed();
+}
+
+const HeardClaim* heardClaim(const Shoot& shoot, const SoundClaim& claim) {
+    if (shoot.input.heardClaims == nullptr) return nullptr;
+    const auto found = shoot.input.heardClaims->find(claim.key());
+    return found != shoot.input.heardClaims->end() ? &found->second : nullptr;
 }
 
 bool areHeardInPlace(const Shoot& shoot, const std::function<bool(const MediaAsset& recording)>& isMeant) {

@@ -46,6 +46,10 @@ class ClaimedOffset {
     std::vector<Laid> laid_;
 };
 
+/// Whether the clip's camera recorded sound, and for so long that what is not in it means something.
+bool isAudible(const Shoot::Clip& clip);
+/// What came of it; null where nobody listened.
+const HeardClaim* heardClaim(const Shoot& shoot, const SoundClaim& claim);
 /// Whether the cameras heard these recordings where timecode lays them, most of those that they heard: one
 /// that begins late or ends early was started late or ended early, and moving it would be wrong.
 bool areHeardInPlace(const Shoot& shoot, const std::function<bool(const MediaAsset& recording)>& isMeant);

@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
@@ -191,11 +192,11 @@ class ClipDoubts {
         if (doubts_.empty()) noOwnSound(units);
         return std::move(doubts_);
     }
-    std::vector<SyncDoubt> all() {
+    std::vector<SyncDoubt> all(bool mayChooseFirst) {
         labelOutsideOfRate(group_.video);
         if (group_.isMOS()) return std::move(doubts_);
         labelOutsideOfRate(*group_.primaryAudio());
-        ambiguous();
+        ambiguous(mayChooseFirst);
         dropMix();
         otherRate();
         if (group_.matchStatus.isSettled()) {
@@ -251,7 +252,8 @@ class ClipDoubts {
                    group_.audioMatches[file.matchIndex].overlapDurationSeconds < least;
         });
     }
-    void ambiguous() {
+    /// `mayChooseFirst`: no camera of the shoot heard another one than what its clip lists first.
+    void ambiguous(bool mayChooseFirst) {
         if (clip_.isDecided) return;
         const bool isSettled = wasAmbiguous();
         if (group_.matchStatus.kind != MatchStatus::Kind::ambiguous && !isSettled) return;
@@ -262,16 +264,25 @@ class ClipDoubts {
             files += (i > 0 ? ", " : "") + shoot_.nameOf(*match.audio) + " " +
                      formatted("%.1f s", match.overlapDurationSeconds);
         }
-        add(Kind::ambiguous,
-            std::to_string(group_.audioMatches.size()) + " recordings overlap " + name_ + " of " +
-                formatted("%.1f s", length()) + " and none is clearly best: " + files,
+        const std::string about = std::to_string(group_.audioMatches.size()) + " recordings overlap " +
+                                  name_ + " of " + formatted("%.1f s", length()) +
+                                  " and none is clearly best: ";
+        const auto heard = heardAmong(shoot_, clip_);
+        if (heard)
+            files +=
+                "; the microphone of the camera heard " + shoot_.nameOf(*group_.audioMatches[*heard].audio);
+        DoubtCure choice = heard && !mayChooseFirst
+                               ? cureWords::choose(shoot_.nameOf(*group_.audioMatches[*heard].audio))
+                               : cureWords::choose();
+        if (!isSettled && !group_.isLocked && mayChooseFirst)
+            choice += ", or take the first of each with " + DoubtCure(CureOption::Kind::choose, "first");
+        add(Kind::ambiguous, about + files,
             isSettled ? DoubtCure("take off what does not belong to it, or lock the clip")
             : group_.isLocked
                 ? DoubtCure("the clip is locked without a recording and left out of the document: unlock "
                             "it, then ") +
-                      cureWords::choose()
-                : cureWords::choose() + ", or take the first of each with " +
-                      DoubtCure(CureOption::Kind::choose, "first"),
+                      choice
+                : choice,
             files);
     }
 
@@ -575,7 +586,10 @@ void addFromEachClip(SyncDoubts& doubts, const Shoot& shoot, const DoubtsOf& dou
 } // namespace
 
 void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts) {
-    addFromEachClip(doubts, shoot, [&](const Shoot::Clip& clip) { return ClipDoubts(shoot, clip).all(); });
+    const bool mayChooseFirst = std::ranges::none_of(
+        shoot.clips, [&](const Shoot::Clip& clip) { return heardAmong(shoot, clip).value_or(0) > 0; });
+    addFromEachClip(doubts, shoot,
+                    [&](const Shoot::Clip& clip) { return ClipDoubts(shoot, clip).all(mayChooseFirst); });
 }
 
 void addRivalDoubts(const Shoot& shoot, SyncDoubts& doubts) {

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
 
+#include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Text.h"
@@ -31,6 +32,7 @@ std::vector<SoundClaim> SyncDoubts::claims(const DoubtInput& input, const std::s
     SyncDoubts doubts;
     std::vector<SoundClaim> claims;
     addClockDoubts(shoot, doubts, &claims);
+    addClipClaims(shoot, claims);
     return claims;
 }
 

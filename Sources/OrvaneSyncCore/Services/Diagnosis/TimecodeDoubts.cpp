@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
+#include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
@@ -161,10 +162,14 @@ class TimecodeDoubts {
                  : (clip.primary ? "where the timecodes have it, " : "at midnight, ") +
                        spanText(std::abs(match.syncOffsetSeconds)) + " from the first picture");
         const auto seconds = writtenSeconds(video);
-        const auto frames = seconds && clip.primary
+        const auto heard = heardAttached(shoot_, clip);
+        const auto frames = !heard && seconds && clip.primary
                                 ? framesByDate(video, shoot_.recordings[*clip.primary].place, match)
                                 : std::nullopt;
-        if (frames)
+        if (heard)
+            where += "; the microphone of the camera heard it with an offset of " +
+                     framesOf(*heard - match.syncOffsetSeconds, video) + " frames";
+        else if (frames)
             where += "; by the date of the clip, " + momentText(*seconds) + ", it lies with an offset of " +
                      *frames + " frames";
         doubt(clip, Kind::noTimecode,
@@ -189,9 +194,12 @@ class TimecodeDoubts {
             if (!covers(recorded, {start, start + length})) continue;
             const double seconds = recorded.startSeconds - start - laid.syncOffsetSeconds;
             if (std::abs(seconds) > secondsADay) return std::nullopt;
-            return std::to_string(std::llround(seconds * clipRate(video, rateWithoutAny)));
+            return framesOf(seconds, video);
         }
         return std::nullopt;
+    }
+    static std::string framesOf(double seconds, const MediaAsset& video) {
+        return std::to_string(std::llround(seconds * clipRate(video, rateWithoutAny)));
     }
     /// Of folders in which no recording has a start: no clip can find them.
     void recordingsWithoutTimecode() {

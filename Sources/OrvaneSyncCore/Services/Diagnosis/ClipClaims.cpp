@@ -1,0 +1,81 @@
+#include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
+
+#include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace orvane {
+
+namespace {
+
+constexpr std::size_t mostClipsToHear = 30, mostRivals = 3;
+constexpr double alikeSeconds = 0.2; // a camera's own delay; the files of one take
+// In more minutes, other sound is alike by chance.
+constexpr double furthestAttachedSeconds = 600;
+
+bool isAmbiguous(const Shoot::Clip& clip) {
+    return clip.group->matchStatus.kind == MatchStatus::Kind::ambiguous && !clip.isDecided;
+}
+
+SoundClaim claimOf(const Shoot::Clip& clip, const AudioMatch& match, double reachSeconds) {
+    return {clip.group->id, match.audio->id, match.syncOffsetSeconds, reachSeconds};
+}
+
+SoundClaim attachedClaim(const Shoot::Clip& clip) {
+    const AudioMatch& match = clip.group->audioMatches.front();
+    return claimOf(clip, match, std::min(match.audio->durationSeconds.value_or(0), furthestAttachedSeconds));
+}
+
+/// Those that do not lie alike, by number of the match.
+std::vector<std::size_t> rivalsOf(const SyncGroup& group) {
+    std::vector<std::size_t> rivals;
+    for (std::size_t i = 0; i < group.audioMatches.size() && rivals.size() < mostRivals; ++i) {
+        const AudioMatch& own = group.audioMatches[i];
+        if (std::ranges::none_of(rivals, [&](std::size_t other) {
+                const AudioMatch& match = group.audioMatches[other];
+                return folderOf(*match.audio) == folderOf(*own.audio) &&
+                       std::abs(match.syncOffsetSeconds - own.syncOffsetSeconds) < alikeSeconds;
+            }))
+            rivals.push_back(i);
+    }
+    return rivals;
+}
+
+} // namespace
+
+std::optional<std::size_t> heardAmong(const Shoot& shoot, const Shoot::Clip& clip) {
+    if (shoot.input.heardClaims == nullptr || !isAmbiguous(clip)) return std::nullopt;
+    std::optional<std::size_t> result;
+    for (const std::size_t rival : rivalsOf(*clip.group)) {
+        const AudioMatch& match = clip.group->audioMatches[rival];
+        const HeardClaim* heard = heardClaim(shoot, claimOf(clip, match, 0));
+        if (heard == nullptr || !heard->offsetSeconds ||
+            std::abs(*heard->offsetSeconds - match.syncOffsetSeconds) >= alikeSeconds)
+            continue;
+        if (result) return std::nullopt;
+        result = rival;
+    }
+    return result;
+}
+
+std::optional<double> heardAttached(const Shoot& shoot, const Shoot::Clip& clip) {
+    const HeardClaim* heard = clip.isUnplaced ? heardClaim(shoot, attachedClaim(clip)) : nullptr;
+    return heard != nullptr ? heard->offsetSeconds : std::nullopt;
+}
+
+void addClipClaims(const Shoot& shoot, std::vector<SoundClaim>& toHear) {
+    std::size_t ambiguous = 0, attached = 0;
+    const auto ask = [&](const SoundClaim& claim) {
+        if (heardClaim(shoot, claim) == nullptr) toHear.push_back(claim);
+    };
+    for (const Shoot::Clip& clip : shoot.clips) {
+        if (!isAudible(clip)) continue;
+        if (isAmbiguous(clip) && ++ambiguous <= mostClipsToHear)
+            for (const std::size_t rival : rivalsOf(*clip.group))
+                ask(claimOf(clip, clip.group->audioMatches[rival], 0));
+        if (clip.isUnplaced && ++attached <= mostClipsToHear) ask(attachedClaim(clip));
+    }
+}
+
+} // namespace orvane

@@ -58,6 +58,48 @@ TEST(TimecodeDoubts, SoundWithoutACommonTimecodeIsInDoubtUntilItIsMoved) {
     }
 }
 
+TEST(TimecodeDoubts, WhatNoTimecodeBringsTogetherIsFoundByTheMicrophone) {
+    struct Case {
+        const char* name;
+        bool hasPicture, hasSound;      ///< a timecode
+        int recordings, asked, heardIn; ///< the last: in so many of them
+        const char* told;
+    };
+    for (const Case& one :
+         {Case{"a phone", false, true, 3, 3, 1, "'T0.wav' in 'A.mov' with an offset of -105 frames"},
+          {"a recorder without timecode", true, false, 3, 3, 1, "'T0.wav' in 'A.mov' with an offset of -105"},
+          {"sound that repeats", false, true, 3, 3, 2, ""},
+          {"too many recordings", false, true, 61, 0, 0, ""},
+          {"both count", true, true, 3, 0, 0, ""}}) {
+        Shot shot;
+        shot.videos.push_back(clipAt("/C/A.mov", 36003, 10));
+        shot.videos.back().frameRate = 25;
+        shot.videos.back().channelCount = 1;
+        if (!one.hasPicture) shot.videos.back().startTimecodeString.reset();
+        FileNames names;
+        names.add(shot.videos.back());
+        for (int i = 0; i < one.recordings; ++i) {
+            shot.audios.push_back(recordingAt("/S/T" + std::to_string(i) + ".wav", 40000 + 100 * i, 20));
+            if (!one.hasSound) shot.audios.back().bextTimeReference.reset();
+            names.add(shot.audios.back());
+        }
+        shot.diagnose();
+        HeardClaims heard;
+        DoubtInput input{shot.groups, shot.audios, {}, TrimMode::noTrim, {}, names};
+        const auto asked = SyncDoubts::claims(input);
+        EXPECT_EQ(std::ssize(asked), one.asked) << one.name;
+        for (int i = 0; i < std::ssize(asked); ++i)
+            heard[asked[static_cast<std::size_t>(i)].key()] = {
+                i < one.heardIn ? std::optional(-4.2) : std::nullopt, true};
+        input.heardClaims = &heard;
+        std::string told;
+        for (const CardDoubt& card : SyncDoubts::of(input).cards)
+            if (card.doubt.message.starts_with("what no timecode")) told = card.doubt.message;
+        EXPECT_EQ(told.empty(), std::string_view(one.told).empty()) << one.name << ": " << told;
+        EXPECT_NE(told.find(one.told), std::string::npos) << told;
+    }
+}
+
 TEST(TimecodeDoubts, ARecordingDatedMidnightIsNamedWhereAClipLacksIt) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     struct Case {

@@ -11,8 +11,6 @@ namespace {
 
 constexpr std::size_t mostClipsToHear = 30, mostRivals = 3;
 constexpr double alikeSeconds = 0.2; // a camera's own delay; the files of one take
-// In more minutes, other sound is alike by chance.
-constexpr double furthestAttachedSeconds = 600;
 
 bool isAmbiguous(const Shoot::Clip& clip) {
     return clip.group->matchStatus.kind == MatchStatus::Kind::ambiguous && !clip.isDecided;

@@ -17,5 +17,11 @@ std::optional<double> heardAttached(const Shoot& shoot, const Shoot::Clip& clip)
 /// What the two before can be known by, and nobody has listened to: of so many clips as can be heard in
 /// seconds.
 void addClipClaims(const Shoot& shoot, std::vector<SoundClaim>& toHear);
+/// Recordings that clips without sound may have, though no timecode says so, where there are few.
+void addClaimsByEar(const Shoot& shoot, std::vector<SoundClaim>& toHear);
+
+/// How far from its place sound without a common timecode is looked for, seconds: in more minutes, other
+/// sound is alike by chance.
+inline constexpr double furthestAttachedSeconds = 600;
 
 } // namespace orvane

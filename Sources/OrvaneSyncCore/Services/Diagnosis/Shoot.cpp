@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 
+#include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Services/Matching/RecordingIndex.h"
 #include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
@@ -117,6 +118,10 @@ double heardSeconds(const SyncGroup& group, const Take& take) {
     double most = 0;
     for (const auto& [channel, seconds] : byChannel) most = std::max(most, seconds);
     return most;
+}
+
+std::string framesText(double seconds, const MediaAsset& video) {
+    return std::to_string(std::llround(seconds * clipRate(video, rateWithoutAny)));
 }
 
 std::string_view folderOf(const MediaAsset& asset) {

@@ -126,6 +126,9 @@ bool isWrittenOn(const MediaAsset& video, const FilePlace& place, long day);
 /// a night's.
 bool countsFromZero(const MediaAsset& video);
 
+/// As a table says it under `offset_frames`.
+std::string framesText(double seconds, const MediaAsset& video);
+
 /// Without the file's name and the slash before it.
 std::string_view folderOf(const MediaAsset& asset);
 /// "2024-05-17".
@@ -152,5 +155,7 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts);
 /// So does what was heard of some clips, where nobody moved any.
 void addHeardOffsets(const Shoot& shoot, SyncDoubts& doubts);
 void addTimecodeDoubts(const Shoot& shoot, SyncDoubts& doubts);
+/// Recordings that the cameras heard, of clips that no timecode leads to them.
+void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts);
 
 } // namespace orvane

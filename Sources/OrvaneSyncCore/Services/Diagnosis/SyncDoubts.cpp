@@ -20,6 +20,7 @@ SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) 
     addDayDoubts(shoot, doubts);
     addRecorderDates(shoot, doubts);
     addTimecodeDoubts(shoot, doubts);
+    addSoundsByEar(shoot, doubts);
     addDrift(shoot, doubts);
     addRivalDoubts(shoot, doubts);
     addOffsetsByHand(shoot, doubts);
@@ -33,6 +34,7 @@ std::vector<SoundClaim> SyncDoubts::claims(const DoubtInput& input, const std::s
     std::vector<SoundClaim> claims;
     addClockDoubts(shoot, doubts, &claims);
     addClipClaims(shoot, claims);
+    addClaimsByEar(shoot, claims);
     return claims;
 }
 

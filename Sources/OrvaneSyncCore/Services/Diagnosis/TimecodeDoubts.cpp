@@ -168,7 +168,7 @@ class TimecodeDoubts {
                                 : std::nullopt;
         if (heard)
             where += "; the microphone of the camera heard it with an offset of " +
-                     framesOf(*heard - match.syncOffsetSeconds, video) + " frames";
+                     framesText(*heard - match.syncOffsetSeconds, video) + " frames";
         else if (frames)
             where += "; by the date of the clip, " + momentText(*seconds) + ", it lies with an offset of " +
                      *frames + " frames";
@@ -194,12 +194,9 @@ class TimecodeDoubts {
             if (!covers(recorded, {start, start + length})) continue;
             const double seconds = recorded.startSeconds - start - laid.syncOffsetSeconds;
             if (std::abs(seconds) > secondsADay) return std::nullopt;
-            return framesOf(seconds, video);
+            return framesText(seconds, video);
         }
         return std::nullopt;
-    }
-    static std::string framesOf(double seconds, const MediaAsset& video) {
-        return std::to_string(std::llround(seconds * clipRate(video, rateWithoutAny)));
     }
     /// Of folders in which no recording has a start: no clip can find them.
     void recordingsWithoutTimecode() {

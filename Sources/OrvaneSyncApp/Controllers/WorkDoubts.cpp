@@ -39,6 +39,11 @@ std::size_t clipsWith(const SyncGroupList& groups, const IsOne& isOne) {
     }));
 }
 
+bool haveMicrophones(const SyncGroupList& groups) {
+    return std::ranges::any_of(
+        groups, [](const SyncGroup& group) { return group.video.channelCount.value_or(0) > 0; });
+}
+
 std::unordered_map<UUID, std::string> whyUnmatched(const DoubtSource& source, const std::stop_token& stop) {
     std::unordered_map<UUID, std::string> result;
     UnmatchedReasons reasons = source.unmatchedReasons();
@@ -239,10 +244,7 @@ std::size_t WorkDoubts::clipsOf(const std::vector<SoundLag::Pair>& pairs) const 
 platform::Task WorkDoubts::listen() {
     auto pairs = SoundLag::pairsToHear(work_.syncGroups());
     // What timecode suggests can be heard without any clip that has its sound.
-    if (pairs.empty() && std::ranges::none_of(work_.syncGroups(), [](const SyncGroup& group) {
-            return group.video.channelCount.value_or(0) > 0;
-        }))
-        return platform::Task::ended();
+    if (pairs.empty() && !haveMicrophones(work_.syncGroups())) return platform::Task::ended();
     if (!listeningQueue_) listeningQueue_ = platform::SerialQueue::create("doubts");
     if (!pairs.empty()) show(Listening{0, clipsOf(pairs)});
     return work_.running.add(listenToPairs(work_.weak(this), std::move(pairs), ++listeningNumber_));

@@ -30,6 +30,8 @@ constexpr double rollsBeforeSeconds = 30;
 constexpr std::size_t mostInVain = 2;
 // By which another recording is more like the camera's sound than its own one.
 constexpr double liker = 0.1;
+// Below it, what was heard close to its place may be a take that is much like the right one, as of one song.
+constexpr double surelyAlike = 0.85;
 constexpr int mostRounds = 12; // that find the take from which on a clock is wrong among some thousands
 
 /// The level of all channels together, window by window.
@@ -73,7 +75,9 @@ std::vector<float> levelsOf(platform::AudioFile* file, double from, double secon
 struct HeardPair {
     std::optional<HeardLag> lag;
     std::optional<HeardElsewhere> elsewhere;
-    bool isInVain = false; ///< it was looked for far away, and not found
+    double likeness = 0;     ///< of either
+    bool isInVain = false;   ///< it was looked for far away, and not found
+    bool isCompared = false; ///< with other recordings, though it was heard in its own
 };
 
 /// The files of a pair, those under the clip opened once.
@@ -83,23 +87,34 @@ class Listening {
         : pair_(pair), stop_(std::move(stop)), camera_(platform::AudioFile::openAllTracks(pair.camera.path)),
           take_(openTake(pair.recording)) {}
 
-    /// `isFarToo`: with what lies further from its place than `SoundPlace::nearSeconds`.
-    HeardPair hear(bool isFarToo) const {
+    /// `isFarToo`: with what lies further from its place than `SoundPlace::nearSeconds`. `isCompared`: with
+    /// what is in other recordings, where its own one is only much like it.
+    HeardPair hear(bool isFarToo, bool isCompared) const {
         if (!camera_ || !take_) return {};
         HeardPair result;
-        if (const auto lag = lagAt(0, 0))
-            result.lag = HeardLag{*lag};
-        else if (isFarToo)
-            result = far();
-        if (!result.lag || pair_.lengthSeconds < leastForDriftSeconds) return result;
-        const double tail = pair_.lengthSeconds - heardSeconds, atHead = result.lag->seconds;
-        if (const auto atTail = lagAt(tail, atHead)) result.lag->drift = (*atTail - atHead) / tail;
-        return result;
+        const auto lag = lagAt(0, 0);
+        if (!lag) return isFarToo ? withDrift(far()) : result;
+        if (lag->likeness < surelyAlike && isCompared && !pair_.others.empty()) {
+            result.isCompared = true;
+            const auto own = head();
+            const auto inOwn = own.empty() ? std::nullopt : inOwnTake(own);
+            if (!own.empty()) findElsewhere(result, own, inOwn ? inOwn->likeness : lag->likeness);
+            if (result.elsewhere) return result;
+        }
+        result.lag = HeardLag{lag->seconds};
+        result.likeness = lag->likeness;
+        return withDrift(std::move(result));
     }
 
   private:
+    HeardPair withDrift(HeardPair result) const {
+        if (!result.lag || pair_.lengthSeconds < leastForDriftSeconds) return result;
+        const double tail = pair_.lengthSeconds - heardSeconds, atHead = result.lag->seconds;
+        if (const auto atTail = lagAt(tail, atHead)) result.lag->drift = (atTail->seconds - atHead) / tail;
+        return result;
+    }
     /// Of what is heard from that moment of the clip on, near a lag.
-    std::optional<double> lagAt(double seconds, double around) const {
+    std::optional<SoundPlace::Near> lagAt(double seconds, double around) const {
         const auto own = levelsOf(camera_.get(), seconds, heardSeconds, stop_);
         if (static_cast<double>(own.size()) < leastHeardSeconds * SoundPlace::binsPerSecond)
             return std::nullopt;
@@ -109,26 +124,49 @@ class Listening {
         if (to <= from) return std::nullopt;
         const auto other = levelsOf(take_.audio.get(), from, to - from, stop_);
         if (camera_->failedAt() || take_.audio->failedAt()) return std::nullopt;
-        const auto lag = SoundPlace::near(own, other, from - place);
-        return lag ? std::optional(*lag + around) : std::nullopt;
+        auto lag = SoundPlace::near(own, other, from - place);
+        if (lag) lag->seconds += around;
+        return lag;
     }
-    HeardPair far() const {
-        const auto own = levelsOf(camera_.get(), 0, heardFarSeconds, stop_);
+    /// Of the camera, for what is looked for in whole minutes; empty where that would be in vain.
+    std::vector<float> head() const {
+        auto own = levelsOf(camera_.get(), 0, heardFarSeconds, stop_);
         if (static_cast<double>(own.size()) < leastHeardSeconds * SoundPlace::binsPerSecond ||
             camera_->failedAt() || SoundPlace::isSteady(own))
-            return {};
+            own.clear();
+        return own;
+    }
+    /// Clip time is of the first sample of its own recording.
+    std::optional<SoundPlace::Found> inOwnTake(std::span<const float> own) const {
         const double from = std::max(0.0, -pair_.offsetSeconds - furthestSeconds);
-        const auto inOwn = placeIn(take_, own, from, furthestSeconds - pair_.offsetSeconds - from);
-        if (inOwn && inOwn->isPlain)
-            return {.lag = HeardLag{inOwn->seconds - from - pair_.offsetSeconds}, .elsewhere = {}};
+        auto found = placeIn(take_, own, from, furthestSeconds - pair_.offsetSeconds - from);
+        if (found) found->seconds -= from;
+        return found;
+    }
+    /// What is more like it than that.
+    void findElsewhere(HeardPair& result, std::span<const float> own, double likeness) const {
         for (const OtherRecording& other : pair_.others) {
             const auto found = placeIn(openTake(other.recording), own, 0, rollsBeforeSeconds);
-            if (found && found->isPlain && found->likeness > (inOwn ? inOwn->likeness : 0) + liker)
-                return {.lag = {},
-                        .elsewhere = HeardElsewhere{other.recordingID, found->seconds - other.offsetSeconds,
-                                                    found->score}};
+            if (!found || !found->isPlain || found->likeness <= likeness + liker) continue;
+            result.elsewhere =
+                HeardElsewhere{other.recordingID, found->seconds - other.offsetSeconds, found->score};
+            result.likeness = found->likeness;
+            return;
         }
-        return {.lag = {}, .elsewhere = {}, .isInVain = true};
+    }
+    HeardPair far() const {
+        HeardPair result;
+        const auto own = head();
+        if (own.empty()) return result;
+        const auto inOwn = inOwnTake(own);
+        if (inOwn && inOwn->isPlain) {
+            result.lag = HeardLag{inOwn->seconds - pair_.offsetSeconds};
+            result.likeness = inOwn->likeness;
+        } else {
+            findElsewhere(result, own, inOwn ? inOwn->likeness : 0);
+        }
+        result.isInVain = !result.lag && !result.elsewhere;
+        return result;
     }
     /// Of what begins within `seconds` from that moment of the recording on; clip time is of that moment.
     std::optional<SoundPlace::Found> placeIn(const OpenTake& take, std::span<const float> own, double from,
@@ -223,28 +261,43 @@ HeardSound heard(const std::vector<Pair>& pairs, const std::stop_token& stop,
         cards.size(), atOnce,
         [&](std::size_t card) {
             std::vector<double> lags, elsewhere;
-            std::size_t drifts = 0, tried = 0, inVain = 0;
+            std::size_t drifts = 0, tried = 0, inVain = 0, comparedInVain = 0;
             bool isFarFound = false;
+            std::vector<std::pair<UUID, double>> likenesses; // of what was heard in its own recording
+            double leastElsewhere = 0;
             for (const Pair& pair : cards[card]) {
                 const bool isAgreed =
                     lags.empty() ? areAgreed(elsewhere) : elsewhere.empty() && areAgreed(lags);
                 if (isAgreed && (drifts == 0 || drifts >= fewestPairs)) break;
-                const HeardPair found = Listening(pair, stop).hear(isFarFound || inVain < mostInVain);
+                const HeardPair found =
+                    Listening(pair, stop)
+                        .hear(isFarFound || inVain < mostInVain, comparedInVain < mostInVain);
                 ++tried;
                 nowDone(1);
                 inVain += found.isInVain ? 1 : 0;
+                comparedInVain += found.isCompared && !found.elsewhere ? 1 : 0;
                 const std::lock_guard lock(mutex);
                 if (found.lag) {
                     lags.push_back(found.lag->seconds);
                     drifts += found.lag->drift ? 1 : 0;
                     isFarFound = isFarFound || std::abs(found.lag->seconds) > SoundPlace::nearSeconds;
                     result.lags.emplace(pair.matchID, *found.lag);
+                    likenesses.emplace_back(pair.matchID, found.likeness);
                 } else if (found.elsewhere) {
+                    leastElsewhere =
+                        elsewhere.empty() ? found.likeness : std::min(leastElsewhere, found.likeness);
                     elsewhere.push_back(found.elsewhere->seconds);
                     isFarFound = true;
                     result.elsewhere.emplace(pair.matchID, *found.elsewhere);
                 }
             }
+            // What is so much less like it, where others are found elsewhere, is a take that is like the
+            // right one.
+            for (const auto& [match, likeness] : likenesses)
+                if (likeness < leastElsewhere - liker) {
+                    const std::lock_guard lock(mutex);
+                    result.lags.erase(match);
+                }
             nowDone(cards[card].size() - tried);
         },
         stop);

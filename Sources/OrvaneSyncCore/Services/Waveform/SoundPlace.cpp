@@ -121,15 +121,15 @@ bool isSteady(std::span<const float> levels) {
     return Sums::spread(sum, squares, static_cast<double>(levels.size())) < steadyDB;
 }
 
-std::optional<double> near(std::span<const float> camera, std::span<const float> recording,
-                           double offsetSeconds) {
+std::optional<Near> near(std::span<const float> camera, std::span<const float> recording,
+                         double offsetSeconds) {
     if (camera.empty() || recording.empty()) return std::nullopt;
     const std::ptrdiff_t base = std::lround(offsetSeconds * binsPerSecond);
     constexpr auto most = static_cast<std::ptrdiff_t>(nearSeconds * binsPerSecond);
     const Likenesses likenesses(aboveTheFloor(camera), aboveTheFloor(recording), base - most, base + most,
                                 leastSeconds * binsPerSecond, besideSeconds * binsPerSecond);
     if (!likenesses.isPlain()) return std::nullopt;
-    return static_cast<double>(likenesses.best - most) / binsPerSecond;
+    return Near{static_cast<double>(likenesses.best - most) / binsPerSecond, likenesses.at(likenesses.best)};
 }
 
 std::optional<Found> anywhere(std::span<const float> camera, std::span<const float> recording) {

@@ -16,11 +16,15 @@ inline constexpr double nearSeconds = 5;
 /// Too even to be told from other sound: silence, room tone, a hum.
 bool isSteady(std::span<const float> levels);
 
-/// Seconds to be added to the offset of the recording, to 10 ms. The levels of the camera begin at its first
+struct Near {
+    double seconds = 0;  ///< to be added to the offset of the recording, to 10 ms
+    double likeness = 0; ///< as of `Found`
+};
+/// Where the recording lies close to that offset. The levels of the camera begin at its first
 /// frame; the recording's first bin lies at `offsetSeconds` of the clip. Nothing where the two have not
 /// plainly one sound in common, nor where one of them is steady.
-std::optional<double> near(std::span<const float> camera, std::span<const float> recording,
-                           double offsetSeconds);
+std::optional<Near> near(std::span<const float> camera, std::span<const float> recording,
+                         double offsetSeconds);
 
 struct Found {
     double seconds = 0;  ///< clip time of the recording's first bin, to 10 ms

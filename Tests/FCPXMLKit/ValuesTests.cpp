@@ -45,6 +45,7 @@ TEST(AttributeText, DatesKeepTheirZone) {
     EXPECT_EQ(attributeText(DateTime{instant, minutes{-570}}), "2024-05-16 22:30:00 -0930");
     EXPECT_EQ(attributeText(DateTime{instant, std::nullopt}), "2024-05-17 08:00:00 +0000");
     EXPECT_EQ(DateTime::fromString("2024-05-17 10:00:00 +0200"), (DateTime{instant, minutes{120}}));
+    EXPECT_EQ(DateTime::fromString("2024-05-16 22:30:00 -0930"), (DateTime{instant, minutes{-570}}));
     EXPECT_EQ(DateTime::fromString("2024-05-17 10:00:00 0200"), (DateTime{instant, minutes{120}}));
     for (const char* text : {"", "2024-05-17", "2024-02-30 10:00:00 +0000", "2024-05-17 25:00:00 +0000",
                              "2024-05-17 10:00:00 +02", "2024-05-17 10:00:00 +0200 "})

@@ -62,6 +62,25 @@ TEST(TimecodeUtils, conversions) {
     EXPECT_EQ(TimecodeUtils::tcToSeconds("01:00:00", 25), 0.0);
 }
 
+TEST(TimecodeUtils, whyNoTimecode) {
+    struct Case {
+        const char* text;
+        TimecodeFrameRate rate;
+        const char* why;
+    };
+    for (const Case& one : {Case{"00:10:00;00", fps29_97d, ""},
+                            {"00:11:00;02", fps29_97d, ""},
+                            {"00:11:00;01", fps29_97d, "no such frame"},
+                            {"00:11:00:01", fps25, ""},
+                            {"00:00:00:25", fps25, "frames go to 24"},
+                            {"00:60:00:00", fps25, "go to 59"},
+                            {"ten", fps25, "no timecode"}}) {
+        const std::string why = TimecodeUtils::whyNoTimecode(one.text, one.rate);
+        EXPECT_EQ(why.empty(), std::string(one.why).empty()) << one.text << ": " << why;
+        EXPECT_TRUE(why.find(one.why) != std::string::npos) << one.text << ": " << why;
+    }
+}
+
 TEST(FilenameUtils, atmoAndMOS) {
     for (const char* name : {"SC12_AMB_03.wav", "room-tone.wav", "Wild.Track 2.wav", "room tone.wav",
                              "ROOMTONE", "x ambience.wav", "wildtrack.wav", "atmo.wav", "ROOM__TONE", ".amb"})

@@ -38,22 +38,14 @@ bool overlap(const std::vector<const SyncGroup*>& clips, const std::vector<std::
     std::ranges::sort(all, [](const Rolling& a, const Rolling& b) {
         return std::pair(a.day, a.range.startSeconds) < std::pair(b.day, b.range.startSeconds);
     });
-    // The clip of those before that ends last, and the last one of any other folder.
+    // Of those before the one that ends last is enough: another that reaches into a clip reached into it too.
     const Rolling* last = nullptr;
-    const Rolling* lastElsewhere = nullptr;
     for (const Rolling& own : all) {
-        if (last != nullptr && last->day != own.day) last = lastElsewhere = nullptr;
-        for (const Rolling* before : {last, lastElsewhere})
-            if (before != nullptr && *before->folder != *own.folder &&
-                before->range.endSeconds > own.range.startSeconds)
-                return true;
-        if (last == nullptr || own.range.endSeconds > last->range.endSeconds) {
-            if (last != nullptr && *last->folder != *own.folder) lastElsewhere = last;
-            last = &own;
-        } else if (*own.folder != *last->folder &&
-                   (lastElsewhere == nullptr || own.range.endSeconds > lastElsewhere->range.endSeconds)) {
-            lastElsewhere = &own;
-        }
+        if (last != nullptr && last->day != own.day) last = nullptr;
+        if (last != nullptr && *last->folder != *own.folder &&
+            last->range.endSeconds > own.range.startSeconds)
+            return true;
+        if (last == nullptr || own.range.endSeconds > last->range.endSeconds) last = &own;
     }
     return false;
 }

@@ -142,6 +142,7 @@ TEST(HeardClocks, AClockThatChangedWithinACardIsToldForThatPartAlone) {
            0,
            3,
            "'S/T10[3-9].wav' --exclude 'S/T1[1-9][0-9].wav'"},
+          {"the last two", {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, -3, -3}, 10, 12, "'S/T10*.wav'"},
           {"lost and set right", {0, 0, 4, none, none, none, 4, 0, none, none, none, 0}, 2, 7, ""},
           {"one alone", {0, none, none, none, -9, 0, none, none, none, none, none, 0}, 0, 0, ""},
           {"another speed", {0, none, 1, none, 2, none, 3, 3.1, none, 4, none, 5}, 0, 0, ""}}) {

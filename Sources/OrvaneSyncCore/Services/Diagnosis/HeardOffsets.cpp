@@ -46,10 +46,12 @@ std::vector<TimecodeFrameRate> ratesToTry(const Shoot& shoot, const HandledClips
     std::erase(rates, shoot.input.rules.timecodeRate);
     return rates;
 }
-/// The one at which they agree best.
+/// The one at which they agree best; absent where they agree as the labels are read.
 std::optional<HeardRate> rateOf(const Shoot& shoot, const HandledClips& card) {
     std::optional<HeardRate> best;
-    if (std::cmp_less(card.places.size(), explanation::fewest)) return best;
+    if (std::cmp_less(card.places.size(), explanation::fewest) ||
+        agreementOf(card.heard, explanation::fewest, 0))
+        return best;
     double narrowest = std::numeric_limits<double>::infinity();
     for (const TimecodeFrameRate rate : ratesToTry(shoot, card)) {
         std::vector<double> offsets;
@@ -177,9 +179,7 @@ class HeardOffsets {
     /// Lags that grow with the time of day are a wrong rate.
     void addRate(const Camera& camera) {
         const HandledClips& card = *camera.clips;
-        if (agreementOf(card.heard, explanation::fewest, 0) ||
-            doubts_.has(card.unmoved.front()->group->id, {Kind::drift}))
-            return;
+        if (doubts_.has(card.unmoved.front()->group->id, {Kind::drift})) return;
         const auto heardRate = rateOf(shoot_, card);
         if (!heardRate) return;
         const auto [least, most] = std::ranges::minmax(card.heard);

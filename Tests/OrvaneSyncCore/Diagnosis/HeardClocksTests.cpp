@@ -216,12 +216,13 @@ TEST(HeardClocks, WhatTimecodeSuggestsIsToldAsTheCamerasHeardIt) {
         const char* cure;
     };
     for (const Case& one :
-         {Case{"no microphones", Heard::nothingAsked, false, false, 6, "--sound-offset -00:02:00:00 in a"},
+         {Case{"no microphones", Heard::nothingAsked, false, false, 6, "give this as --sound-offset only"},
           {"nobody listened", Heard::nothingAsked, false, true, 6, "listen before"},
           {"a clock 119.52 s late", Heard::there, true, true, 6, "--sound-offset -00:01:59:13 in a"},
           {"room tone after the takes", Heard::nothing, true, true, 0, ""},
-          {"neither of the two", Heard::nothing, false, true, 6, "move them only where one clap"},
-          {"cameras that hear nothing", Heard::elsewhere, true, true, 6, "--sound-offset -00:02:00:00"}}) {
+          {"neither of the two", Heard::nothing, false, true, 6, "give this as --sound-offset only"},
+          {"cameras that hear nothing", Heard::elsewhere, true, true, 6,
+           "give this as --sound-offset only"}}) {
         Shot shot;
         const std::array<double, 6> late{2, 0, 1, -1, 1, -2}; // not by the same after each take
         for (int i = 0; i < 6; ++i) {

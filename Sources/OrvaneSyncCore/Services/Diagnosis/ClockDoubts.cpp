@@ -431,12 +431,6 @@ class ClockDoubts {
     std::string knownTo(const CardOffset& common) const {
         return isGuess(common) ? "; the offset is known to " + spanText(common.widthSeconds) + " only" : "";
     }
-    /// What is recorded after each take by habit lies behind all of them by about as much.
-    std::string unlessAfterTakes(const CardOffset& common, bool isForAll, int lost) const {
-        return isForAll && lost > 0 && isGuess(common)
-                   ? "; if they are room tone or wild tracks that were made after the takes, nothing is wrong"
-                   : "";
-    }
     std::string clapAfter(const CardOffset& common) const {
         return isGuess(common) ? "; then check a clap and set the frames" : "";
     }
@@ -444,9 +438,14 @@ class ClockDoubts {
     static constexpr const char* notListened = "listen before anything is moved ('diagnose' does): room tone "
                                                "and wild tracks that were made after the "
                                                "takes are right where they are";
-    static constexpr const char* notToBeMoved =
-        "move them only where one clap in both shows it; room tone and wild tracks that were made after the "
-        "takes are right where they are";
+    /// What is recorded after each take by habit lies behind all of them by about as much. No call is
+    /// offered: it would lay such sound under clips that are right.
+    static DoubtCure notToBeMoved() {
+        const std::string unless =
+            "only where one clap in both shows it; room tone and wild tracks that were "
+            "made after the takes are right where they are";
+        return DoubtCure::Words{"give this as --sound-offset " + unless, "move them " + unless};
+    }
 
     bool addOffset(const DoubtedCard& one, const Card& card, const CardOffset& common, bool isForAll) {
         const double offset = common.seconds;
@@ -530,14 +529,13 @@ class ClockDoubts {
                     counted(heard.clips, "clip", "clips");
         DoubtCure cure =
             cure_.of(card, offset).in(lost > 0 ? cure_.scanOfRecordings(card, one.isPart) : std::nullopt) +
-            clapAfter(common) + (lost > 0 && (isForAll || !one.isPart) ? cure_.forOtherSound(one.card) : "") +
-            (heard.isConfirmed() ? "" : unlessAfterTakes(common, isForAll, lost));
-        if (heard.isRefuted && isForAll && isGuess(common)) {
-            text += "; the microphones of the cameras heard nothing of them there";
-            cure = notToBeMoved;
-        } else if (heard.isUnasked && isGuess(common) && lost > 0) {
+            clapAfter(common) + (lost > 0 && (isForAll || !one.isPart) ? cure_.forOtherSound(one.card) : "");
+        if (heard.isUnasked && isGuess(common) && lost > 0)
             cure = notListened;
-        }
+        else if (isForAll && isGuess(common) && (heard.isRefuted || (lost > 0 && !heard.isConfirmed())))
+            cure = notToBeMoved();
+        if (heard.isRefuted && isForAll && isGuess(common))
+            text += "; the microphones of the cameras heard nothing of them there";
         SyncDoubt doubt{Kind::constantOffset, text + knownTo(common), std::move(cure)};
         if (!isToldLikewise(doubts_, doubt, doubted, nameOf(one)))
             addCardDoubt(doubts_, std::move(doubt), doubted);

@@ -181,6 +181,54 @@ TEST_F(EditingTest, matchingAnewKeepsWhatWasDecidedMeanwhile) {
     EXPECT_EQ(group().audioMatches.size(), 2U) << "after one that was stopped";
 }
 
+TEST_F(EditingTest, matchingAnewKeepsTheChosenRecording) {
+    RecordingEditing& recordings = controller_->recordings();
+    const auto attach = [&](MediaAsset audio) {
+        audio.channelCount = 2;
+        recordings.attachAudioToGroup(id(), audio);
+    };
+    const std::vector<SyncGroup> all(controller_->work().syncGroups().begin(),
+                                     controller_->work().syncGroups().end());
+    const struct {
+        const char* name;
+        std::function<void()> settle;
+        const char* heard;
+        MatchStatus status;
+        std::set<int> tracks;
+    } cases[] = {
+        {"still there", [] {}, "two.wav", MatchStatus::manual(), {2, 3}},
+        {"beside one that was taken off",
+         [&] {
+             recordings.removeAudioMatch(id(), group().audioMatches.back().id);
+             recordings.chooseRecording(id(), group().audioMatches.front().id);
+         },
+         "two.wav",
+         MatchStatus::manual(),
+         {2, 3}},
+        {"one that only hands had attached",
+         [&] {
+             attach(test::audio("far.wav", "15:00:00:00"));
+             recordings.chooseRecording(id(), group().audioMatches.back().id);
+         },
+         "one.wav",
+         MatchStatus::matched(),
+         {1, 2, 3, 4, 5, 6, 7, 8, 9}},
+    };
+    for (const bool isOfAll : {false, true})
+        for (const auto& one : cases) {
+            SCOPED_TRACE(one.name);
+            open(all);
+            recordings.chooseRecording(id(), group().audioMatches[1].id);
+            change(0, [](SyncGroup& own) { own.manualActiveTracks = {2, 3}; });
+            one.settle();
+            for (int i = 0; i < 2; ++i) // and what is kept is kept again
+                finish(isOfAll ? recordings.resyncAllClips() : recordings.resyncClip(id()));
+            EXPECT_EQ(group().audioMatches.front().audio->filename, one.heard);
+            EXPECT_EQ(group().matchStatus, one.status);
+            EXPECT_EQ(group().manualActiveTracks, one.tracks);
+        }
+}
+
 TEST_F(EditingTest, wildTracksGoAndComeWithTheirRecordings) {
     const auto wild = [&] {
         std::string text;

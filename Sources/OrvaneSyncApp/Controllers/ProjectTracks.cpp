@@ -82,14 +82,6 @@ EntriesByVideoURL entriesOf(const OrvaneSyncProject& project) {
     return entries;
 }
 
-/// The matches of the recording that holds the file; none where the clip has no such recording.
-std::vector<std::size_t> recordingWith(const SyncGroup& group, const FileURL& file) {
-    for (auto& recording : recordingsOf(group))
-        for (const std::size_t match : recording)
-            if (group.audioMatches[match].audio->url == file) return std::move(recording);
-    return {};
-}
-
 } // namespace
 
 void settleAsStored(const OrvaneSyncProject& project, SyncGroupList& groups) {

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
 #include "Platform/Stop.h"
 
@@ -59,6 +60,16 @@ SyncGroupList::Element laid(const SyncGroupList::Element& before, const ByPath& 
     return saySame(*before, *own) ? before : std::move(own);
 }
 
+/// Of a clip that was settled by hand the chosen recording stays the chosen one while it is there, whichever
+/// matching puts first.
+void keepChoice(SyncGroup& group, const SyncGroup& before) {
+    if (before.isMOS() || before.matchStatus != MatchStatus::manual()) return;
+    const auto chosen = recordingWith(group, before.audioMatches.front().audio->url);
+    if (chosen.empty() || chosen.front() == 0) return;
+    putFirst(group, chosen);
+    group.matchStatus = MatchStatus::manual();
+}
+
 bool haveSameSound(const SyncGroup& a, const SyncGroup& b) {
     return a.video.url == b.video.url &&
            std::ranges::equal(a.audioMatches, b.audioMatches, {}, &AudioMatch::id, &AudioMatch::id);
@@ -70,7 +81,10 @@ void layMatches(SyncGroup& group, const SyncGroup& matched) {
     const SyncGroup before = group;
     group.audioMatches = matched.audioMatches;
     group.matchStatus = matched.matchStatus;
+    keepChoice(group, before);
     carryDecisions(group, before);
+    startWithRecording(group, before);
+    if (!group.isMOS()) carryAnchor(group, before);
 }
 
 std::vector<SyncGroup> rematched(const WorkFiles& files, const std::vector<UUID>& groupIDs, MatchRules rules,

@@ -36,7 +36,8 @@ struct Resynced {
 std::optional<Resynced> resynced(const WorkFiles& files, const SourceCorrections& corrections,
                                  const std::stop_token& stop);
 
-/// Gives the clip the recordings of `matched`, and its decisions what they stand for in these.
+/// Gives the clip the recordings of `matched`, and its decisions what they stand for in these. Where the
+/// editor chose another recording than `matched` has in front, that one stays chosen if it is still there.
 void layMatches(SyncGroup& group, const SyncGroup& matched);
 
 /// What a clip uses is no wild track; of what clips have given up, that which no clip uses any more is one.

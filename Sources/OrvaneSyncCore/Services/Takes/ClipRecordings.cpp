@@ -32,6 +32,13 @@ std::vector<std::vector<std::size_t>> recordingsOf(const SyncGroup& group) {
     return recordings;
 }
 
+std::vector<std::size_t> recordingWith(const SyncGroup& group, const FileURL& file) {
+    for (auto& recording : recordingsOf(group))
+        for (const std::size_t match : recording)
+            if (group.audioMatches[match].audio->url == file) return std::move(recording);
+    return {};
+}
+
 void putFirst(SyncGroup& group, const std::vector<std::size_t>& recording) {
     std::vector<AudioMatch> ordered;
     for (const std::size_t match : recording) ordered.push_back(group.audioMatches[match]);

@@ -12,6 +12,9 @@ namespace orvane {
 /// those before. A copy stands with the recording in front of it. Pure; any thread.
 std::vector<std::vector<std::size_t>> recordingsOf(const SyncGroup& group);
 
+/// The one of them that holds the file; empty where the clip has no such recording. Pure; any thread.
+std::vector<std::size_t> recordingWith(const SyncGroup& group, const FileURL& file);
+
 /// The same clip with the files of one of its recordings in front of the others.
 void putFirst(SyncGroup& group, const std::vector<std::size_t>& recording);
 

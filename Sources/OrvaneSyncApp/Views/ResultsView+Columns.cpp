@@ -72,7 +72,19 @@ void ResultsView::fitColumns() {
     table_->setColumnHidden(static_cast<int>(Column::cameraFile), isCompact);
     table_->setColumnHidden(static_cast<int>(Column::length), isCompact);
     table_->setColumnHidden(static_cast<int>(Column::begins), isCompact);
-    table_->setColumnHidden(static_cast<int>(Column::loudness), !rows_.isLoudnessKnown());
+    isFittedWithLoudness_ = rows_.isLoudnessKnown();
+    const auto leastOf = [](const ColumnWidth* one) {
+        return one->column == Column::match ? leastStatusWidth() : one->least;
+    };
+    const auto isShown = [&](const ColumnWidth& one) {
+        return one.column == Column::loudness ? isFittedWithLoudness_
+                                              : !table_->isColumnHidden(static_cast<int>(one.column));
+    };
+    int least = table_->columnWidth(ResultsModel::marksColumn);
+    for (const ColumnWidth& one : columnWidths)
+        if (isShown(one)) least += one.weight > 0 ? leastOf(&one) : one.fixed;
+    // The review shows it as well, and a clip is known by its name.
+    table_->setColumnHidden(static_cast<int>(Column::loudness), !isFittedWithLoudness_ || least > width);
     int rest = width - table_->columnWidth(ResultsModel::marksColumn);
     std::vector<const ColumnWidth*> sharing;
     for (const ColumnWidth& one : columnWidths) {
@@ -85,9 +97,6 @@ void ResultsView::fitColumns() {
     }
     const auto shareOf = [this](const ColumnWidth* one) {
         return shares_[static_cast<std::size_t>(one->column)];
-    };
-    const auto leastOf = [](const ColumnWidth* one) {
-        return one->column == Column::match ? leastStatusWidth() : one->least;
     };
     const auto shared = [&] {
         double sum = 0;

@@ -169,8 +169,7 @@ ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
         // Not for each filter: the columns would jump.
         if (change.areAllNew && rows_.filter() == ListFilter::all && search_->text().isEmpty())
             measureColumns();
-        if (!table_->isColumnHidden(static_cast<int>(Column::loudness)) != rows_.isLoudnessKnown())
-            fitColumns();
+        if (isFittedWithLoudness_ != rows_.isLoudnessKnown()) fitColumns();
         scrolled_->start();
     });
     workObservation_ = desktop_.controller().onChange([this, splitter](ImportField field) {

@@ -97,6 +97,7 @@ class ResultsView : public QWidget {
     bool isFitting_ = false;
     bool areSharesChosen_ = false;       ///< by somebody who moved a border
     bool isMeasuredWithReasons_ = false; ///< why clips are doubtful has a place below their status
+    bool isFittedWithLoudness_ = false;  ///< whether that of any clip was known
     std::vector<UUID> chosen_;           ///< the clips selected last
     std::optional<UUID> current_;        ///< the clip that the keys went to last
     std::size_t chosenRow_ = 0;          ///< of the first of them

@@ -552,13 +552,17 @@ TEST_F(WindowTest, LongWorkIsShownWhileItRunsAndCanBeCancelled) {
     for (QAction* one : window_->findChildren<QAction*>())
         if (one->shortcut() == QKeySequence(QStringLiteral("Ctrl+R")) && one->isEnabled()) matchAgain = one;
     ASSERT_NE(matchAgain, nullptr);
-    matchAgain->trigger();
+    auto* tool = window_->findChild<QAction*>(QStringLiteral("resync"));
+    EXPECT_EQ(tool->toolTip(), "Re-sync Clip");
+    tool->trigger();
     QString said;
     EXPECT_TRUE(waitUntil([&] {
         const auto* toast = window_->findChild<QFrame*>(QStringLiteral("toast"));
         if (toast != nullptr) said = toast->accessibleName();
         return said == "Matched again: nothing has changed.";
     })) << said.toStdString();
+    list->selectionModel()->clear();
+    EXPECT_EQ(tool->toolTip(), "Re-sync All Clips");
 
     bool isDone = false;
     bar.run("diagnose", "The cards", [&] { isDone = true; });

@@ -15,6 +15,7 @@
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -377,7 +378,15 @@ void MainMenus::makeTools() {
     tools->add(of("toggleApproved"), tr("Approve"), 8);
     tools->add(of("toggleLocked"), tr("Lock"), 7);
     tools->add(rename_, tr("Rename"), 6);
-    tools->add(of("resyncAllClips"), tr("Re-sync"), 4);
+    resync_ = ownEntry(tr("Re-sync"), [this] {
+        if (screens_.clips().empty())
+            of("resyncAllClips")->trigger();
+        else
+            screens_.runForClips("resyncClip");
+    });
+    resync_->setObjectName(QStringLiteral("resync"));
+    resync_->setIcon(icon(Glyph::refresh));
+    tools->add(resync_, tr("Re-sync"), 4);
     tools->add(of("loadALE"), tr("Report"), 3);
     tools->add(of("buildAtmo"), tr("Room Tone"), 2);
     tools->add(of("syncLockitNetwork"), tr("LockitNetwork"), 1);
@@ -415,6 +424,13 @@ void MainMenus::update() {
     for (QAction* mode : ofAnalysisModes_) mode->setEnabled(of("runSmartAudioAnalysis")->isEnabled());
     if (clips.size() != 1) of("exportSingleClip")->setEnabled(false);
     of("clusterLoad")->setEnabled(!clips.empty());
+    const QAction& resync = *of(clips.empty() ? "resyncAllClips" : "resyncClip");
+    resync_->setEnabled(resync.isEnabled());
+    resync_->setStatusTip(resync.statusTip());
+    resync_->setToolTip(
+        clips.size() < 2
+            ? resync.text()
+            : tr("Re-sync %1").arg(translatedSentence(counted(std::ssize(clips), "clip", "clips"))));
     const commands::CommandContext& context = desktop_.context();
     scan_->setEnabled(commands::isAtRest(context));
     introduction_->setEnabled(scan_->isEnabled());

@@ -105,6 +105,7 @@ class MainMenus : public QObject {
     QAction* scan_ = nullptr;
     QAction* find_ = nullptr;
     QAction* rename_ = nullptr;
+    QAction* resync_ = nullptr; ///< of the tools: the chosen clips, or all where none is chosen
     QAction* review_ = nullptr;
     QAction* results_ = nullptr;
     QAction* introduction_ = nullptr;

@@ -358,6 +358,8 @@ TEST_F(WindowTest, AnotherShootGetsASessionOfItsOwn) {
     const auto trees = window_->findChildren<QTreeWidget*>();
     const auto sessions = std::ranges::find(trees, QStringLiteral("Sessions"), &QWidget::accessibleName);
     ASSERT_NE(sessions, trees.end());
+    ASSERT_NE((*sessions)->currentItem(), nullptr);
+    EXPECT_TRUE((*sessions)->currentItem()->font(0).bold()) << "keys act on the session that was opened";
     QKeyEvent asks(QEvent::ShortcutOverride, Qt::Key_F2, Qt::NoModifier);
     asks.ignore();
     QCoreApplication::sendEvent(*sessions, &asks);

@@ -179,6 +179,10 @@ void SessionsPanel::fill() {
     // has begun.
     if (shape != shape_) makeRows(sessions);
     shape_ = std::move(shape);
+    // Keys act on the session that has just been opened; another row stays where it was chosen afterwards.
+    const std::optional<UUID>& open = desktop_.sessions().currentSessionId();
+    if (open != shownOpen_) tree_->setCurrentItem(open ? itemWith(sessionRole, text(open->text())) : nullptr);
+    shownOpen_ = open;
     for (const SessionInfo& session : desktop_.sessions().sessions())
         if (QTreeWidgetItem* item = itemWith(sessionRole, text(session.id.text())))
             showSession(session, *item);

@@ -9,6 +9,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -64,6 +65,7 @@ class SessionsPanel : public QWidget {
     Remark* problem_;
     std::vector<UUID> order_;                    ///< of the sessions
     std::vector<std::string> shape_;             ///< folders, and sessions with theirs, as the rows have them
+    std::optional<UUID> shownOpen_;              ///< the open session, as the rows have it
     std::map<std::string, QPushButton*> badges_; ///< by folder
     bool isFilling_ = false;
     bool isFillAsked_ = false;                    ///< while a name was typed

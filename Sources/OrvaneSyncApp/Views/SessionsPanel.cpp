@@ -180,9 +180,13 @@ void SessionsPanel::fill() {
     if (shape != shape_) makeRows(sessions);
     shape_ = std::move(shape);
     // Keys act on the session that has just been opened; another row stays where it was chosen afterwards.
+    // A new session is open before it is in the list.
     const std::optional<UUID>& open = desktop_.sessions().currentSessionId();
-    if (open != shownOpen_) tree_->setCurrentItem(open ? itemWith(sessionRole, text(open->text())) : nullptr);
-    shownOpen_ = open;
+    QTreeWidgetItem* const row = open ? itemWith(sessionRole, text(open->text())) : nullptr;
+    if (open != shownOpen_ && (row != nullptr || !open)) {
+        tree_->setCurrentItem(row);
+        shownOpen_ = open;
+    }
     for (const SessionInfo& session : desktop_.sessions().sessions())
         if (QTreeWidgetItem* item = itemWith(sessionRole, text(session.id.text())))
             showSession(session, *item);

@@ -65,7 +65,9 @@ std::size_t characterLength(std::string_view text, std::size_t at) {
     return length;
 }
 
-void appendEscaped(std::string& out, std::string_view value) {
+/// `asByte` gives what a byte that is neither plain nor part of a character becomes.
+template <class AsByte>
+void appendConverted(std::string& out, std::string_view value, const AsByte& asByte) {
     std::size_t copied = 0;
     for (std::size_t i = 0; i < value.size();) {
         const auto c = static_cast<unsigned char>(value[i]);
@@ -79,10 +81,17 @@ void appendEscaped(std::string& out, std::string_view value) {
             continue;
         }
         out.append(value, copied, i - copied);
-        out += c < 0x80 ? escapeFor(c) : replacement;
+        out += asByte(i);
         copied = ++i;
     }
     out.append(value, copied);
+}
+
+void appendEscaped(std::string& out, std::string_view value) {
+    appendConverted(out, value, [&](std::size_t at) {
+        const auto c = static_cast<unsigned char>(value[at]);
+        return c < 0x80 ? escapeFor(c) : replacement;
+    });
 }
 
 /// The printed size, but for escapes.
@@ -132,6 +141,16 @@ std::size_t recentPlace(std::string_view text, std::size_t places) {
 }
 
 } // namespace
+
+std::string readBack(std::string_view value) {
+    std::string out;
+    appendConverted(out, value, [&](std::size_t at) {
+        const auto c = static_cast<unsigned char>(value[at]);
+        const bool isHeld = c < 0x80 && escapeFor(c) != replacement;
+        return isHeld ? value.substr(at, 1) : replacement;
+    });
+    return out;
+}
 
 std::string_view XMLArena::copy(std::string_view text) {
     if (text.empty()) return {};

@@ -103,6 +103,10 @@ class XMLElement {
 /// All elements of that name, depth first, each before its children, the given one included.
 std::vector<XMLElement*> findElements(XMLElement& in, std::string_view named);
 
+/// The value of an attribute as a document gives it back: each byte that XML cannot hold (of control
+/// characters and invalid UTF-8) is U+FFFD. Values that have to differ in a document differ by this.
+std::string readBack(std::string_view value);
+
 /// A tree of elements with its memory.
 class XMLDocument {
   public:
@@ -114,7 +118,7 @@ class XMLDocument {
     XMLElement& makeRoot(std::string_view name);
 
     /// UTF-8 with declaration and document type, one element a line, four spaces a level. Always well-formed:
-    /// what XML cannot hold (control characters, invalid UTF-8) is printed as U+FFFD. Empty without a root.
+    /// attributes hold what `readBack` gives. Empty without a root.
     std::string text() const;
 
   private:

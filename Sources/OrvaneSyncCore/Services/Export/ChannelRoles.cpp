@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Export/ChannelRoles.h"
 
+#include "FCPXMLKit/xml/XMLElement.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
 
 #include <algorithm>
@@ -71,6 +72,8 @@ ChannelRoles::ChannelRoles(const SyncGroup& group, const Take& take, const Expor
                                                                : alternateRole(file, track, audio, settings);
         }
     }
+    // Names may differ only in what the document cannot hold.
+    for (std::string& role : roles_) role = fcpxml::readBack(role);
     makeDistinct(roles_);
 }
 

@@ -64,9 +64,9 @@ TEST_F(SessionManagerTest, findsTheSessionOfFolders) {
     bringClips(1);
     finish(manager_->save(*controller_));
     newSession(); // without clips
-    const auto sessionOf = [&](std::vector<FileURL> folders) {
+    const auto sessionOf = [&](const std::vector<FileURL>& folders) {
         const auto found = std::make_shared<std::optional<UUID>>();
-        finish(manager_->findSession(std::move(folders), found));
+        finish(manager_->findSession(folders, found));
         return *found;
     };
     const FileURL pictures{"/media/Day 1"}, sound{"/media/Sound"};

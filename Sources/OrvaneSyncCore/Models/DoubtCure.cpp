@@ -73,7 +73,7 @@ std::string CureOption::text() const {
     return (kind == Kind::withoutFolder ? "without the folder" : std::string(nameOf(kind))) + " " + said;
 }
 
-DoubtCure::DoubtCure(std::string words) {
+DoubtCure::DoubtCure(const std::string& words) {
     if (!words.empty()) parts_.emplace_back(Words{words, words});
 }
 

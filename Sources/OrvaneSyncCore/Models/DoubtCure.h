@@ -67,7 +67,7 @@ class DoubtCure {
     using Part = std::variant<Words, CureWay>;
 
     DoubtCure() = default;
-    DoubtCure(std::string words);
+    DoubtCure(const std::string& words);
     DoubtCure(const char* words) : DoubtCure(std::string(words)) {}
     DoubtCure(Words words);
     DoubtCure(CureWay way) { parts_.emplace_back(std::move(way)); }

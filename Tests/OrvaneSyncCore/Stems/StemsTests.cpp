@@ -52,7 +52,7 @@ TEST(AudioSTFT, scalesByTheRootOfItsLength) {
         tone[i] = static_cast<float>(std::cos(2 * std::numbers::pi * 64 / 2048 * static_cast<double>(i)));
     const auto spectrogram = AudioSTFT().transform(tone);
     const std::size_t at = 64 * spectrogram.nTime + 40;
-    EXPECT_NEAR(std::hypot(spectrogram.real[at], spectrogram.imag[at]), 1024 / 2 / std::sqrt(2048.0), 1e-3);
+    EXPECT_NEAR(std::hypot(spectrogram.real[at], spectrogram.imag[at]), 1024 / (2 * std::sqrt(2048.0)), 1e-3);
     EXPECT_EQ(spectrogram.imag[40], 0) << "the lowest bin is real";
 }
 

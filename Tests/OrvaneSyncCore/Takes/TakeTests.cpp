@@ -168,7 +168,7 @@ TEST(Take, decisionsFollowTheirChannels) {
                                   {"B/T_2.WAV", 0, 60},
                                   {"U.WAV", 9, 50, 2}};
     const SyncGroup before = clipOf(files);
-    const auto carried = [&](std::vector<File> now) {
+    const auto carried = [&](const std::vector<File>& now) {
         SyncGroup clip = clipOf(now);
         clip.manualActiveTracks = {2, 3, 5};
         clip.manualBlockOverrides = {{{}, 1, 4, 3}};
@@ -209,7 +209,7 @@ TEST(Take, aRecordingThatIsChosenIsHeard) {
 
 TEST(Take, anAnchorKeepsItsPlaceUnderAnotherFirstRecording) {
     const std::vector<File> files{{"A/T.WAV", -7, 90, 1, "A"}, {"B/U.WAV", -5, 30, 1, "B"}};
-    const auto carried = [&](std::vector<File> now, double anchor) {
+    const auto carried = [&](const std::vector<File>& now, double anchor) {
         const SyncGroup before = clipOf(files);
         SyncGroup clip = clipOf(now);
         clip.audioAnchorOffsetInAudioSeconds = anchor;
@@ -232,7 +232,7 @@ TEST(Take, namesOfChannels) {
         file.ixmlData->tracks = std::move(tracks);
         return file;
     };
-    const auto check = [](const char* name, std::vector<MediaAsset> audios,
+    const auto check = [](const char* name, const std::vector<MediaAsset>& audios,
                           const std::vector<IXMLTrack>& expected) {
         const SyncGroup clip = SyncEngine().match({test::video("V.mov")}, audios).front();
         EXPECT_EQ(namedChannels(clip, takeOf(clip, 2)), expected) << name;

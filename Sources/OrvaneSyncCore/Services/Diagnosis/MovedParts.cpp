@@ -61,8 +61,8 @@ std::vector<MovedPart> movedParts(const Shoot& shoot, const HandledClips& card) 
         MovedPart part{.seconds = agreed->seconds,
                        .count = agreed->count,
                        .isElsewhere = std::ranges::any_of(run, &Sounding::isElsewhere)};
-        if (i > 0) part.first = *run.front().clip->primary;
-        if (i + 1 < runs.size()) part.behind = *runs[i + 1].front().clip->primary;
+        if (i > 0) part.first = run.front().clip->primary;
+        if (i + 1 < runs.size()) part.behind = runs[i + 1].front().clip->primary;
         for (const Shoot::Clip* clip : card.unmoved) {
             const double start = startOf(shoot, clip);
             if ((!part.first || start >= startOf(shoot, *part.first)) &&

@@ -95,8 +95,11 @@ int audioRate(const MediaAsset& audio) {
 }
 
 std::optional<Time> audioStartTime(const MediaAsset& asset) {
-    if (asset.bextTimeReference.value_or(0) != 0)
-        return Time(BFraction(BInt::fromMagnitude(false, {*asset.bextTimeReference}), audioRate(asset)));
+    // A header that is filled with ones counts more samples than a document has numbers for.
+    constexpr std::uint64_t mostSamples = 1'000'000'000'000'000; // of a day at any rate
+    const std::uint64_t samples = asset.bextTimeReference.value_or(0);
+    if (samples != 0 && samples <= mostSamples)
+        return Time(BFraction(BInt::fromMagnitude(false, {samples}), audioRate(asset)));
     const double own = asset.timecodeFrameRate
                            ? timecodeRate::frameRateForRealTimeCalculation(*asset.timecodeFrameRate)
                            : usableRate(asset.frameRate);

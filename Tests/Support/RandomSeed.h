@@ -6,17 +6,20 @@
 #include <iostream>
 #include <random>
 #include <ranges>
+#include <string_view>
 
 namespace orvane::test {
 
-/// The seed of all random tests of a run: what ORVANE_SEED says, so that a failure can be seen again, else
-/// another one in every run. Printed where it was drawn, and with each failure behind that.
+/// The seed of all random tests of a run: the number in ORVANE_SEED, one that is drawn where it says "new",
+/// else 1, so that a change fails by what it changed. Printed at the first use, and with each failure behind
+/// that.
 inline unsigned randomSeed() {
     static const unsigned seed = [] {
         // Nothing changes the environment while tests run.
         const char* given = std::getenv("ORVANE_SEED");
-        return given != nullptr ? static_cast<unsigned>(std::strtoul(given, nullptr, 10))
-                                : std::random_device{}();
+        if (given == nullptr) return 1U;
+        return given == std::string_view("new") ? std::random_device{}()
+                                                : static_cast<unsigned>(std::strtoul(given, nullptr, 10));
     }();
     struct Printing : testing::EmptyTestEventListener {
         void OnTestPartResult(const testing::TestPartResult& result) override {
@@ -40,11 +43,5 @@ inline auto seedsFrom(unsigned first, unsigned count) {
 
 /// The seeds of a test over as many random cases, beginning with that.
 inline auto seeds(unsigned count) { return seedsFrom(randomSeed(), count); }
-
-/// From 1 on unless ORVANE_SEED says otherwise: where some random case in hundreds is known to be one of
-/// which the test says too much.
-inline auto sameSeeds(unsigned count) {
-    return seedsFrom(std::getenv("ORVANE_SEED") != nullptr ? randomSeed() : 1, count);
-}
 
 } // namespace orvane::test

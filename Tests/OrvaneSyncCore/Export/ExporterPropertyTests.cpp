@@ -296,7 +296,7 @@ std::optional<Document> documentOf(const Shoot& shoot) {
 
 TEST(ExporterProperties, DocumentsOfAShootSayWhatTheShootSays) {
     int multicams = 0, sounds = 0;
-    for (const unsigned seed : test::sameSeeds(documents)) {
+    for (const unsigned seed : test::seeds(documents)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         const Shoot shoot = randomShoot(seed, Numbers::sane);
         const auto document = documentOf(shoot);
@@ -333,7 +333,7 @@ TEST(ExporterProperties, NoTimeIsAFrameOff) {
 }
 
 TEST(ExporterProperties, NumbersThatNoShootHasBreakNothing) {
-    for (const unsigned seed : test::sameSeeds(documents)) {
+    for (const unsigned seed : test::seeds(documents)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         const Shoot shoot = randomShoot(seed, Numbers::any);
         const auto document = documentOf(shoot);

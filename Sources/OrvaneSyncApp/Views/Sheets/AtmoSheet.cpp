@@ -22,7 +22,7 @@ using namespace design;
 namespace {
 
 constexpr QSize atmoSize{760, 620};
-constexpr int playColumn = 4;
+constexpr int stretchPlayColumn = 4;
 constexpr int progressParts = 1000;
 constexpr int mostListHeight = 190;
 constexpr int candidateRole = Qt::UserRole;
@@ -50,7 +50,7 @@ class ScenePanel : public Section {
             row->setToolTip(0, text(candidate.url.pathText()));
             for (const int number : {1, 2, 3})
                 row->setTextAlignment(number, Qt::AlignRight | Qt::AlignVCenter);
-            row->setToolTip(playColumn, tr("Play or stop this stretch (Space)"));
+            row->setToolTip(stretchPlayColumn, tr("Play or stop this stretch (Space)"));
         }
         add(list_);
         connect(list_, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem* row, int column) {
@@ -59,7 +59,7 @@ class ScenePanel : public Section {
             show();
         });
         connect(list_, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem* row, int column) {
-            if (column == playColumn) listen(*row);
+            if (column == stretchPlayColumn) listen(*row);
         });
 
         auto* choose = new QHBoxLayout;
@@ -113,7 +113,7 @@ class ScenePanel : public Section {
         for (int i = 0; i < list_->topLevelItemCount(); ++i) {
             QTreeWidgetItem& row = *list_->topLevelItem(i);
             const bool plays = player_.playingID() == idOf(row);
-            row.setIcon(playColumn, icon(plays ? Glyph::pause : Glyph::play));
+            row.setIcon(stretchPlayColumn, icon(plays ? Glyph::pause : Glyph::play));
         }
     }
 

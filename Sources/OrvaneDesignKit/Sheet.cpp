@@ -2,7 +2,10 @@
 
 #include "OrvaneDesignKit/IgnoresWheel.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QHBoxLayout>
+#include <QPlainTextEdit>
 #include <QSignalBlocker>
 #include <QSlider>
 #include <QSpinBox>
@@ -33,6 +36,21 @@ Sheet::Sheet(const QString& title, QWidget* parent) : QDialog(parent) {
 void Sheet::add(QWidget* control, int stretch) { contents_->addWidget(control, stretch); }
 void Sheet::add(QLayout* controls) { contents_->addLayout(controls); }
 void Sheet::addAside(QWidget* control) { buttons_->insertWidget(0, control); }
+
+void Sheet::addCopyableList(const QStringList& lines, const QString& name) {
+    const QString all = lines.join(QLatin1Char('\n'));
+    auto* list = new QPlainTextEdit(all);
+    list->setReadOnly(true);
+    list->setTabChangesFocus(true);
+    list->setAccessibleName(name);
+    add(list, 1);
+    QPushButton* copy = button(tr("Copy List"));
+    connect(copy, &QPushButton::clicked, this, [this, all] {
+        QGuiApplication::clipboard()->setText(all);
+        outcome().show(Signal::matched, tr("The list is in the clipboard."));
+    });
+    addAside(copy);
+}
 
 QPushButton* Sheet::addButton(const QString& text, Weight weight) {
     QPushButton* made = button(text, weight);

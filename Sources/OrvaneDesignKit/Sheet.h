@@ -19,6 +19,8 @@ class Sheet : public QDialog {
     void add(QLayout* controls);
     /// At the left of the row of buttons.
     void addAside(QWidget* control);
+    /// Lines to read, which a button aside copies to the clipboard. `name`: for those who can't see it.
+    void addCopyableList(const QStringList& lines, const QString& name);
     /// The last one that is added is the main one.
     QPushButton* addButton(const QString& text, Weight weight = Weight::normal);
     /// Closes the sheet.

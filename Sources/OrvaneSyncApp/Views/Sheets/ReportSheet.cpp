@@ -4,10 +4,6 @@
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
-#include <QPlainTextEdit>
-
 #include <algorithm>
 
 namespace orvane::views {
@@ -41,17 +37,7 @@ class ReportSheet : public Sheet {
             add(facts(tr("Each row names a clip.")));
         } else {
             add(label(tr("Rows that name no clip: %1").arg(all.size())));
-            auto* list = new QPlainTextEdit(rows.join(QLatin1Char('\n')));
-            list->setReadOnly(true);
-            list->setTabChangesFocus(true);
-            list->setAccessibleName(tr("Rows that name no clip"));
-            add(list, 1);
-            QPushButton* copy = button(tr("Copy List"));
-            connect(copy, &QPushButton::clicked, this, [this, rows] {
-                QGuiApplication::clipboard()->setText(rows.join(QLatin1Char('\n')));
-                outcome().show(Signal::matched, tr("The list is in the clipboard."));
-            });
-            addAside(copy);
+            addCopyableList(rows, tr("Rows that name no clip"));
         }
         const reportTexts::Columns columns = reportTexts::columnsOf(*reports.aleFile());
         add(facts(tr("In the document: %1.").arg(columnNames(columns.inDocument))));

@@ -2,10 +2,7 @@
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
-#include <QClipboard>
 #include <QFileInfo>
-#include <QGuiApplication>
-#include <QPlainTextEdit>
 #include <QPointer>
 
 namespace orvane::views {
@@ -25,17 +22,7 @@ class ReviewTableSheet : public Sheet {
         add(label(changed));
         add(label(
             tr("Of these lines something could not be used. Correct them in the table and apply it again.")));
-        auto* list = new QPlainTextEdit(problems.join(QLatin1Char('\n')));
-        list->setReadOnly(true);
-        list->setTabChangesFocus(true);
-        list->setAccessibleName(tr("Lines that could not be used"));
-        add(list, 1);
-        QPushButton* copy = button(tr("Copy List"));
-        connect(copy, &QPushButton::clicked, this, [this, problems] {
-            QGuiApplication::clipboard()->setText(problems.join(QLatin1Char('\n')));
-            outcome().show(Signal::matched, tr("The list is in the clipboard."));
-        });
-        addAside(copy);
+        addCopyableList(problems, tr("Lines that could not be used"));
         addClose(tr("Done"))->setDefault(true);
     }
 };

@@ -530,12 +530,13 @@ class ClockDoubts {
         DoubtCure cure =
             cure_.of(card, offset).in(lost > 0 ? cure_.scanOfRecordings(card, one.isPart) : std::nullopt) +
             clapAfter(common) + (lost > 0 && (isForAll || !one.isPart) ? cure_.forOtherSound(one.card) : "");
+        const bool mayBeRoomTone = isForAll && isGuess(common);
+        if (mayBeRoomTone && heard.isRefuted)
+            text += "; the microphones of the cameras heard nothing of them there";
         if (heard.isUnasked && isGuess(common) && lost > 0)
             cure = notListened;
-        else if (isForAll && isGuess(common) && (heard.isRefuted || (lost > 0 && !heard.isConfirmed())))
+        else if (mayBeRoomTone && (heard.isRefuted || (lost > 0 && !heard.isConfirmed())))
             cure = notToBeMoved();
-        if (heard.isRefuted && isForAll && isGuess(common))
-            text += "; the microphones of the cameras heard nothing of them there";
         SyncDoubt doubt{Kind::constantOffset, text + knownTo(common), std::move(cure)};
         if (!isToldLikewise(doubts_, doubt, doubted, nameOf(one)))
             addCardDoubt(doubts_, std::move(doubt), doubted);

@@ -1,6 +1,7 @@
 #include "FrameCheck/FrameCheck.h"
 #include "OrvaneSyncCore/Export/DocumentReader.h"
 #include "OrvaneSyncCore/Export/RandomShoot.h"
+#include "OrvaneSyncCore/Services/Export/ExportPreview.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/Text.h"
 #include "Support/RandomSeed.h"
@@ -126,6 +127,11 @@ class Document {
     }
 
     void checkMulticams() const {
+        const bool isCutShort = std::ranges::any_of(result_.warnings, [](const std::string& line) {
+            return line.starts_with("Not in the multicam clip");
+        });
+        EXPECT_TRUE(isCutShort || result_.multicamCount ==
+                                      ExportPreview::forecast(shoot_.groups, shoot_.settings).multicams);
         for (const Node* clip : root_.all("mc-clip")) {
             const Node& multicam = resource(clip->text("ref")).children.front();
             const Time earliest = *multicam.time("tcStart");
@@ -313,8 +319,7 @@ TEST(ExporterProperties, DocumentsOfAShootSayWhatTheShootSays) {
         multicams += document->text().find("<multicam") != std::string::npos;
         sounds += document->text().find("<sync-source") != std::string::npos;
     }
-    EXPECT_GT(std::min(multicams, sounds), static_cast<int>(documents / 10))
-        << "the shoots are worth the test";
+    EXPECT_GT(std::min(multicams, sounds), 0) << "the shoots are worth the test";
 }
 
 /// One with such names of tracks.

@@ -14,11 +14,12 @@ namespace {
 struct FileInWarning {
     std::string_view before, behind, rest;
 };
-constexpr std::array<FileInWarning, 4> filesInWarnings{
+constexpr std::array<FileInWarning, 5> filesInWarnings{
     {{"not in the document: ", " (", ")"},
      {"Project rate mismatch: ", " is ", " fps, project is "},
      {"MOS (no audio): ", "", ""},
-     {"Skipped (not matched): ", "", ""}}};
+     {"Skipped (not matched): ", "", ""},
+     {"Not in the multicam clip (shorter than a frame of it): ", "", ""}}};
 
 /// Where the name ends; nothing where the warning is put otherwise.
 std::size_t endOfFile(const std::string& warning, const FileInWarning& kind) {

@@ -27,23 +27,33 @@ std::optional<Time> startOnAxis(const CameraClip& camera, const ExportSettings& 
 /// saw at that moment.
 class AngleGrid {
   public:
-    /// `frame`: absent for cameras of one rate, whose times are whole frames of it.
-    AngleGrid(const std::optional<Time>& frame, const Time& firstStart)
-        : frame_(frame), earliest_(atOrAfter(firstStart)) {}
+    AngleGrid(const std::vector<CameraClip>& cameras, const ExportSettings& settings) {
+        const auto rate = [&](const CameraClip& camera) { return clipRate(camera.group->video, settings); };
+        if (std::ranges::adjacent_find(cameras, std::ranges::not_equal_to(), rate) != cameras.end())
+            frame_ = frameDurationTime(settings.frameRate);
+        std::optional<Time> first;
+        for (const CameraClip& camera : cameras) {
+            const auto start = startOnAxis(camera, settings);
+            if (start && (!first || *start < *first)) first = start;
+        }
+        if (first) earliest_ = atOrAfter(*first);
+    }
 
     const Time& earliest() const { return earliest_; }
+    /// Whether the camera ran for a whole frame of the grid.
+    bool shows(const SyncClip& clip, const std::optional<Time>& start) const {
+        return !frame_ || !start || !clip.duration || Time::zero() < seen(clip, *start);
+    }
     /// Leaves out what the camera saw before it comes in, and gives how much later than the first one that
-    /// is.
+    /// is. For a camera of which the grid shows something.
     Time place(SyncClip& clip, const std::optional<Time>& start) const {
         if (!start) return Time::zero();
-        const Time delay = std::max(atOrAfter(*start) - earliest_, Time::zero());
-        if (!frame_ || !clip.start || !clip.duration) return delay;
-        const Time unseen = earliest_ + delay - *start;
-        const Time seen = (*clip.duration - unseen).toFrame(*frame_, FrameSampling::floor);
-        if (!(Time::zero() < seen)) return delay;
-        *clip.start += unseen;
-        clip.duration = seen;
-        return delay;
+        const Time begin = atOrAfter(*start);
+        if (frame_ && clip.duration) {
+            clip.duration = seen(clip, *start);
+            *clip.start += begin - *start;
+        }
+        return begin - earliest_;
     }
 
   private:
@@ -52,8 +62,11 @@ class AngleGrid {
         const Time frame = time.toFrame(*frame_, FrameSampling::floor);
         return frame < time ? frame + *frame_ : frame;
     }
-    std::optional<Time> frame_;
-    Time earliest_;
+    Time seen(const SyncClip& clip, const Time& start) const {
+        return (*clip.duration - (atOrAfter(start) - start)).toFrame(*frame_, FrameSampling::floor);
+    }
+    std::optional<Time> frame_; ///< absent for cameras of one rate, whose times are whole frames of it
+    Time earliest_ = Time::zero();
 };
 
 /// `delay`: how much later than the first camera this one comes in.
@@ -122,23 +135,13 @@ std::optional<BuiltMulticam> buildMulticam(std::vector<CameraClip> cameras, cons
                                            ResourceList& resources) {
     if (cameras.size() < fewestCameras) return std::nullopt;
     const MediaAsset& firstVideo = cameras.front().group->video;
-    std::optional<Time> firstStart;
-    std::vector<std::optional<Time>> starts;
-    for (const CameraClip& camera : cameras) {
-        starts.push_back(startOnAxis(camera, settings));
-        if (starts.back() && (!firstStart || *starts.back() < *firstStart)) firstStart = starts.back();
-    }
-    const double rate = clipRate(firstVideo, settings);
-    const bool isMixed = std::ranges::any_of(
-        cameras, [&](const CameraClip& camera) { return clipRate(camera.group->video, settings) != rate; });
-    const AngleGrid grid(isMixed ? std::optional(frameDurationTime(settings.frameRate)) : std::nullopt,
-                         firstStart.value_or(Time::zero()));
+    const AngleGrid grid(cameras, settings);
     const Time& earliest = grid.earliest();
     Time total = Time::zero();
     std::vector<Time> delays;
     std::vector<const MediaAsset*> videos;
     for (CameraClip& camera : cameras) {
-        delays.push_back(grid.place(camera.clip, starts[delays.size()]));
+        delays.push_back(grid.place(camera.clip, startOnAxis(camera, settings)));
         total = std::max(total, delays.back() + camera.clip.duration.value_or(Time::zero()));
         videos.push_back(&camera.group->video);
     }
@@ -208,17 +211,32 @@ std::optional<UUID> multicamBucketGroupID(const std::vector<const SyncGroup*>& g
     return std::ranges::max_element(buckets, {}, &Bucket::angles)->first; // the first among equals
 }
 
+namespace {
+
+/// Takes out the cameras that show no whole frame between cameras of other rates: a clip that is shorter than
+/// a frame of the one that holds it can only lie at a wrong time.
+void leaveOutUnseen(std::vector<CameraClip>& cameras, ExportRun& run) {
+    const AngleGrid grid(cameras, run.settings);
+    std::erase_if(cameras, [&](const CameraClip& camera) {
+        if (grid.shows(camera.clip, startOnAxis(camera, run.settings))) return false;
+        run.warn("Not in the multicam clip (shorter than a frame of it): ", *camera.group);
+        return true;
+    });
+}
+
+} // namespace
+
 void addMulticamClips(ExportRun& run) {
     std::vector<const SyncGroup*> groups;
     for (const BuiltClip& built : run.syncClips) groups.push_back(built.group);
     for (const auto& cluster : multicamClusters(groups, run.settings.matchRules)) {
         platform::throwIfStopped(run.stop);
         std::vector<CameraClip> cameras;
-        std::vector<const SyncGroup*> angles;
-        for (const std::size_t member : cluster) {
-            angles.push_back(groups[member]);
+        for (const std::size_t member : cluster)
             cameras.push_back({groups[member], run.takeSyncClip(run.syncClips[member])});
-        }
+        leaveOutUnseen(cameras, run);
+        std::vector<const SyncGroup*> angles;
+        for (const CameraClip& camera : cameras) angles.push_back(camera.group);
         auto multicam = buildMulticam(std::move(cameras), std::string(altFormatID), run.clipNames,
                                       run.settings, run.resources);
         if (!multicam) continue;

@@ -153,7 +153,7 @@ TEST(Days, DatesOfACardMayCountAnotherZone) {
     const MediaAsset evening = clip("A2.mov", "17:30:00:00", "2024-05-18T00:30:40Z");
     const std::vector<MediaAsset> sounds{test::audio("T1_240517.wav"),
                                          test::audio("T2_240517.wav", "17:30:00:00")};
-    EXPECT_EQ(offsets({}, {evening, clip("A1.mov", "10:00:00:00", "2024-05-17T17:00:00Z")}, sounds),
+    EXPECT_EQ(offsets({}, {evening, clip("B1.mov", "10:00:00:00", "2024-05-17T17:00:00Z")}, sounds),
               Offsets{0})
         << "seven hours ahead of the timecode, as the whole card is";
     EXPECT_EQ(offsets({}, {evening, clip("A1.mov", "10:00:00:00", "2024-05-17T10:00:00Z")}, sounds),
@@ -178,6 +178,10 @@ TEST(Days, DatesOfACardMayCountAnotherZone) {
         EXPECT_EQ(group.primaryAudio()->filename[1], group.video.filename[1]) << "not that of the other day";
         card.append(group);
     }
+    clips[1].headerDate = dateFromISO8601("2024-05-17T15:10:02Z"); // written anew, in another zone
+    const auto mixed =
+        SyncEngine().match({clips[0], clips[1]}, {takes[0], test::audio("T5_240518.wav", "16:30:00:00")}, {});
+    EXPECT_EQ(mixed.front().primaryAudio()->filename, "T5_240518.wav") << "of no zone, the header as it is";
     const auto anew = SyncEngine().match({clips[0]}, takes, MatchRules(), {}, &card);
     EXPECT_EQ(anew.front().primaryAudio()->filename, "T1_240517.wav") << "the whole card shows the zone";
 }
@@ -213,6 +217,13 @@ TEST(Days, WhatIsAttachedByHandLiesByItsTimeOfDay) {
         EXPECT_NEAR(laid.syncOffsetSeconds, one.offset, 1e-6) << one.name;
         EXPECT_NEAR(laid.overlapDurationSeconds, one.overlap, 1e-6) << one.name;
     }
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    MediaAsset withoutStart = created(test::audio("T.wav", "", 60), "2024-05-18T12:00:00Z");
+    withoutStart.startTimecodeString.reset();
+    const auto laid =
+        SyncEngine::matchByTimecode(test::video("A_240518.mov", "00:00:10:00", 30), withoutStart, {});
+    EXPECT_EQ(std::pair(laid.syncOffsetSeconds, laid.overlapDurationSeconds), std::pair(-10.0, 30.0))
+        << "it counts from midnight";
 }
 
 TEST(Corrections, MoveWhereFilesLie) {
@@ -236,6 +247,9 @@ TEST(Corrections, MoveWhereFilesLie) {
         offsets(rules({.soundDate = "2024-05-17"}), {test::video("A_240518.mov", "01:00:00:00")}, night),
         Offsets{0})
         << "the night passes midnight";
+    MatchRules byDate = rules({.soundDate = "2024-05-17"});
+    byDate.days = midnight;
+    EXPECT_EQ(offsets(byDate, {test::video("A_240518.mov")}, {old}), Offsets{}) << "clips keep their own day";
     MatchRules byNeighbours = rules({.soundDate = "2024-05-17"});
     byNeighbours.days = neighbours;
     EXPECT_EQ(offsets(byNeighbours, {clip}, {old}), Offsets{0});
@@ -268,7 +282,8 @@ TEST(Corrections, AreCheckedAsTheyAreTyped) {
     for (const char* offset : {"", "-", "1", "01:00:00", "01:60:00:00", "24:00:00:00", "01:00:00:120",
                                "1 00:00:00:00", "01:00:00:00.5", "--01:00:00:00"})
         EXPECT_NE(message(offset, {}, {}), "") << offset;
-    for (const char* date : {"", "2024-02-30", "24-02-03", "2024-2-3", "2024/02/03", "2024-02-03T10"})
+    for (const char* date :
+         {"", "2024-02-30", "24-02-03", "x024-02-03", "2024-2-3", "2024/02/03", "2024-02-03T10"})
         EXPECT_NE(message({}, date, {}), "") << date;
     EXPECT_NE(message({}, {}, "fast"), "");
     EXPECT_NE(message("00:00:00:25", {}, "25").find("frames go to 24"), std::string::npos);

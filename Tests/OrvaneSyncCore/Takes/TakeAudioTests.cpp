@@ -130,7 +130,9 @@ TEST_F(TakeAudioTest, readsTheSameFromAnywhereAndOnAnyReader) {
         EXPECT_TRUE(std::equal(third.begin(), third.begin() + static_cast<long>(got),
                                whole[2].begin() + static_cast<long>(at)));
         ASSERT_TRUE(other->seek(static_cast<std::int64_t>(at)));
+        const std::vector<float> kept = third;
         other->read(std::span(into).first(1), first.size());
+        EXPECT_EQ(third, kept) << "what was not given is not written to";
         EXPECT_TRUE(std::equal(first.begin(), first.begin() + static_cast<long>(got),
                                whole[0].begin() + static_cast<long>(at)));
     }

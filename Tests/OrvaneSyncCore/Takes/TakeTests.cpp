@@ -88,6 +88,10 @@ TEST(Take, rolesAndRunningNumbers) {
          {{"T-CH1.WAV", 0, 60}, {"T-CH2.WAV", 0, 60}, {"T_Boom.WAV", 0, 20}, {"T.WAV", 0, 60, 2}},
          "T_Boom.WAV channel 1 @0, T-CH1.WAV channel 2 @0, T-CH2.WAV channel 3 @0, T.WAV channel 4-5 @0",
          "Matched"},
+        {"channels named within the names",
+         {{"T_Boom_final.WAV", 0, 60}, {"T_Lav_final.WAV", 0, 60}},
+         "T_Boom_final.WAV channel 1 @0, T_Lav_final.WAV channel 2 @0",
+         "Matched"},
         {"what starts later, or at another rate, or has another name, is another recording",
          {{"T_1.WAV", 0, 60}, {"T_2.WAV", 0.6, 50}, {"T_3.WAV", 0, 60, 1, "", "", 96000}, {"U_4.WAV", 0, 60}},
          "T_1.WAV part 1 @0, T_3.WAV alternate 2 @0, U_4.WAV alternate 3 @0, T_2.WAV alternate 4 @0.6",
@@ -245,6 +249,9 @@ TEST(Take, namesOfChannels) {
           {named(asset({"T_Boom.WAV", 0, 60}), {{1, "Boom"}}),
            named(asset({"T_Ann K.WAV", 0, 60}), {{1, "Ann K"}})},
           {{1, "Ann K"}, {2, "Boom"}});
+    const std::vector<IXMLTrack> listed{{2, "Lav"}, {7, "Spare"}, {1, "Boom"}};
+    check("a list of more tracks, by their numbers", {named(one, listed), named(two, listed)},
+          {{1, "Boom"}, {2, "Lav"}});
     check("all tracks in every file",
           {named(one, {{1, "Boom"}, {5, "Lav"}}), named(two, {{1, "Boom"}, {5, "Lav"}})},
           {{1, "Boom"}, {2, "Lav"}});

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Slate/SlateDetector.h"
 
+#include <limits>
 #include <map>
 #include <memory>
 #include <string>
@@ -13,18 +14,22 @@ namespace orvane::test {
 struct SlateVideo {
     std::int64_t frames = 0; ///< 0: it cannot be opened
     std::map<std::int64_t, std::vector<std::string>> texts;
+    std::int64_t readable = std::numeric_limits<std::int64_t>::max(); ///< pictures from there on are damaged
     int found = 0; ///< pictures in which text was looked for
     int read = 0;  ///< pictures that were read closely
 };
 
 class SlateVideoFrames : public platform::FrameReader {
   public:
-    explicit SlateVideoFrames(const SlateVideo& video) { facts_.duration = {video.frames, 24}; }
+    explicit SlateVideoFrames(const SlateVideo& video) : readable_(video.readable) {
+        facts_.duration = {video.frames, 24};
+    }
     const platform::VideoFacts& facts() const override { return facts_; }
     std::optional<platform::Picture> pictureAt(platform::MediaTime time, platform::MediaTime /*tolerance*/,
                                                platform::PictureSize /*limit*/,
                                                const std::stop_token& /*stop*/) override {
         const std::int64_t number = time.value * 24 / time.scale;
+        if (number >= readable_) return std::nullopt;
         platform::Picture picture;
         picture.time = {number, 24};
         picture.number = number;
@@ -33,6 +38,7 @@ class SlateVideoFrames : public platform::FrameReader {
 
   private:
     platform::VideoFacts facts_;
+    std::int64_t readable_;
 };
 
 class SlateVideoRecognizer : public platform::TextRecognizer {

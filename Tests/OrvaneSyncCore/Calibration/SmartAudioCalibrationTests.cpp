@@ -169,10 +169,11 @@ TEST_F(CalibrationTest, measuresBouncedFilesAgainstTheSource) {
     EXPECT_NEAR(result.measurements[0].peakDeltaDB, 0, 0.01);
     EXPECT_TRUE(calibration::measure({folder_.path("absent")}, source, Date()).measurements.empty());
 
-    const auto single = calibration::measureSingle(recording("all.wav", {-12, -12, -6, -6, -3}), 2,
+    const auto single = calibration::measureSingle(recording("all.wav", {-12, -12, -60, -60, -3}), 2,
                                                    permsOf(CalibrationMatrix::coarse), source, Date());
     ASSERT_EQ(single.measurements.size(), 3U);
-    EXPECT_NEAR(single.measurements[1].peakDeltaDB, 6, 0.01);
+    EXPECT_NEAR(single.measurements[1].peakDeltaDB, -48, 0.01);
+    EXPECT_NEAR(single.measurements[1].rmsDeltaDB, -48, 0.01) << "nothing of the stretch before it";
     EXPECT_EQ(single.measurements[1].bouncedFilename, "all.wav[2/27]");
 
     EXPECT_FALSE(calibration::loadSaved());

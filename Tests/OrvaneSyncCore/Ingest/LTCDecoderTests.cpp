@@ -181,6 +181,9 @@ TEST(LinearTimecode, tellsWhereTheLabelLies) {
     EXPECT_EQ(label(ltcSignal(dirty, 24)), "12:34:56:20");
     EXPECT_EQ(label(ltcSignal(twoFrames.substr(40) + twoFrames, 24)), "12:34:56:20")
         << "a word that its neighbour contradicts is passed over";
+    const Sound dropout = changed(LTCSignal{}.samples(1000.2, 1),
+                                  [](float x, auto i) { return i >= 9600 && i < 14400 ? 0.0F : x; });
+    EXPECT_EQ(label(dropout), "00:00:40:01") << "the first that agrees with the longest run";
     EXPECT_EQ(label(ltcSignal(twoFrames, 24), std::numeric_limits<double>::infinity()), "12:34:56:20");
 }
 

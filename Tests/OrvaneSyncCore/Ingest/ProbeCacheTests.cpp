@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Ingest/ProbeCache.h"
 
 #include "ManualQueue.h"
+#include "OrvaneSyncCore/Services/Ingest/ProbeCacheFile.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
@@ -203,6 +204,13 @@ TEST_F(Cache, aBrokenFileIsAColdCache) {
     cache->store(asset);
     open();
     EXPECT_TRUE(holds(asset)) << "the next save replaces it";
+}
+
+TEST(CacheFile, leavesADamagedRecordOutAlone) {
+    ProbeRecord record;
+    record.path = "/b.wav";
+    const auto file = ProbeCacheFile::fromBytes(ProbeCacheFile::bytes({"damaged", record.bytes()}));
+    EXPECT_TRUE(file && file->count() == 1 && file->find("/b.wav"));
 }
 
 TEST_F(Cache, aPipeInItsPlaceHoldsNobodyUp) {

@@ -107,6 +107,7 @@ TEST(SmartAudioResult, TheResultPrintsWhatIsThere) {
         R"("tracks":[{"averageLevelDB":0.0,"bestSourceScore":0.0,"estimatedSNR":12.7,)"
         R"("speechRatio":0.0,"trackIndex":1,"voiceIsolationAmount":0.3}],"windowDurationSeconds":0.25,)"
         R"("windowedBestTracks":[{"bestTrackIndex":1,"endSeconds":2.0,"startSeconds":0.0}]})");
+    EXPECT_EQ(toJSON(SmartAudioResult()).dump().find("stem"), std::string::npos);
 }
 
 TEST(SmartAudioConfig, PresetsAndSliders) {

@@ -123,6 +123,8 @@ TEST_F(OutputGuardTest, ownOutputsOfTheKindAreWrittenAgainAndOthersWithPermissio
         Outcome outcome;
     } cases[] = {{"x.fcpxml", document, ours, always},
                  {"of another program.fcpxml", document, foreign, withPermission},
+                 {"of other resources.fcpxml", document,
+                  std::string(ours).replace(ours.find("<format"), 7, "<effect"), withPermission},
                  {"empty.fcpxml", document, "", withPermission},
                  {"a project.fcpxml", document, saved, withPermission},
                  {"x.orvanesync", project, saved, always},

@@ -49,11 +49,13 @@ TEST(SlateText, readsSceneTakeAndRoll) {
 class SlateDetectorTest : public testing::Test {
   protected:
     SlateResult detect(double seconds, std::map<std::int64_t, Lines> texts,
-                       const std::optional<FileURL>& audio = std::nullopt) {
+                       const std::optional<FileURL>& audio = std::nullopt,
+                       std::int64_t readable = std::numeric_limits<std::int64_t>::max()) {
         video_ = std::make_shared<test::SlateVideo>();
         video_->frames = static_cast<std::int64_t>(seconds * 24);
         video_->texts = std::move(texts);
-        return test::slateDetector(video_)->detect(FileURL{"/a.mov"}, audio);
+        video_->readable = readable;
+        return test::slateDetector(video_)->detect(FileURL{"/a.mov"}, audio, {}, {}, &unread_);
     }
     FileURL clap(double at) {
         std::vector<float> samples(std::size_t{40} * 8000, 0.001F);
@@ -64,12 +66,14 @@ class SlateDetectorTest : public testing::Test {
 
     test::TemporaryDirectory folder_;
     std::shared_ptr<test::SlateVideo> video_;
+    std::optional<FileURL> unread_;
 };
 
 TEST_F(SlateDetectorTest, findsTheBestPicture) {
     const Lines slate{"Scene 12A", "Take 3", "Roll A1"};
     SlateResult found = detect(12, {{48, {"Scene"}}, {54, slate}, {60, slate}});
     EXPECT_EQ(found, (SlateResult{2.25, ClapMethod::visualSlate, 2.25, "12A", "3", "A1"}));
+    EXPECT_EQ(unread_, std::nullopt);
     EXPECT_EQ(video_->found, 40); // the tail is left alone, and one picture is read
     EXPECT_EQ(video_->read, 1);
     // At the tail: from 2 s of 12 on.
@@ -79,6 +83,7 @@ TEST_F(SlateDetectorTest, findsTheBestPicture) {
     EXPECT_EQ(detect(10, {{30, {"a", "b", "c"}}}), SlateResult{});
     EXPECT_EQ(video_->found, 40);
     EXPECT_EQ(detect(0, {}), SlateResult{});
+    EXPECT_EQ(detect(12, {{6, slate}}, std::nullopt, 24).slateFrameTime, 0.25) << "damaged behind it";
     // Nothing scores higher than 1.
     const Lines best{"scene 1", "take 2", "roll 3", "prod", "date", "director", "camera", "7"};
     EXPECT_EQ(detect(8, {{12, best}}).slateFrameTime, 0.5);
@@ -90,6 +95,7 @@ TEST_F(SlateDetectorTest, aClapThatIsHeardGoesFirst) {
     EXPECT_EQ(detect(5, {{24, slate}}, clap(3)),
               (SlateResult{3, ClapMethod::audioTransient, 1, "1", "2", {}}));
     EXPECT_EQ(detect(5, {{24, slate}}, FileURL{"/nowhere.wav"}).clapMethod, ClapMethod::visualSlate);
+    EXPECT_EQ(unread_, FileURL{"/nowhere.wav"});
     // Where no text can be read there is the clap alone; the tail of the recording is not searched.
     SlateDetector blind([] { return SlateDetector::Dependencies{}; });
     EXPECT_EQ(blind.detect(FileURL{"/a.mov"}, clap(3)), (SlateResult{3, ClapMethod::audioTransient}));

@@ -236,6 +236,9 @@ TEST(TrackAdjustments, recommendsByModeAndSpeech) {
     EXPECT_FALSE(adjusted(clean, SmartAudioMode::studio, studio).voiceIsolationAmount);
     EXPECT_EQ(adjusted(clean, SmartAudioMode::custom, studio).voiceIsolationAmount, 0.5F);
     EXPECT_FALSE(adjusted(noisy, SmartAudioMode::custom, {}).loudnessUniformity);
+    EXPECT_FALSE(
+        adjusted(noisy, SmartAudioMode::studio, {.voiceIsolationAmount = 0, .autoHumReduction = false})
+            .hasAdjustment());
 
     // 52.6 dB count as 40, and 3/7 of 40/40 is 3/7 to the last bit.
     const TrackAnalysis best = track({0.1F, 0.1F, 0.1F, 0.0001F, 0.0001F, 0.0001F, 0.0001F});

@@ -1,6 +1,7 @@
 #include "../Diagnosis/Shot.h"
 #include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncCore/Services/Waveform/SoundLag.h"
+#include "OrvaneSyncCore/Services/Waveform/SoundPlace.h"
 #include "Support/RandomSeed.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
@@ -178,6 +179,18 @@ TEST(SoundLag, OtherTakesAreHeardUnderClipsFromWhereTheClockIsWrong) {
             EXPECT_TRUE(heard.elsewhere.contains(groups[5].audioMatches.front().id));
         }
     }
+}
+
+TEST(SoundPlace, NeedsOtherPlacesToCompareWith) {
+    std::mt19937 random(1);
+    std::uniform_real_distribution<float> level(-50, -10);
+    std::vector<float> take(6000); // a minute
+    for (std::size_t i = 0; i < take.size(); ++i) take[i] = i % 30 == 0 ? level(random) : take[i - 1];
+    const auto camera = std::span(take).subspan(1500, 2000);
+    const auto found = SoundPlace::anywhere(camera, take);
+    ASSERT_TRUE(found && found->isPlain);
+    EXPECT_NEAR(found->seconds, -15, 0.011);
+    EXPECT_FALSE(SoundPlace::anywhere(camera, camera));
 }
 
 } // namespace

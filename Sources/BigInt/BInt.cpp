@@ -15,9 +15,9 @@ __extension__ using Wide = unsigned __int128;
 
 constexpr std::size_t limbBits = 64;
 
+/// Zero keeps its one limb.
 void trim(Limbs& limbs) {
     while (limbs.size() > 1 && limbs.back() == 0) limbs.pop_back();
-    if (limbs.empty()) limbs.push_back(0);
 }
 
 std::strong_ordering compare(const Limbs& a, const Limbs& b) {

@@ -42,7 +42,7 @@ std::vector<Card> nightsOf(const std::string& folder, Files files, const PlaceOf
 } // namespace
 
 RecordersCards::RecordersCards(const Shoot& shoot, const std::vector<const Shoot::Clip*>& clips)
-    : isRight(shoot.recordings.size()), isMet(isRight), isFitting(isRight), shoot_(shoot) {
+    : isRight(shoot.recordings.size()), isOverlapping(isRight), isFitting(isRight), shoot_(shoot) {
     for (const Shoot::Clip* clip : clips) {
         if (clip->isCovered && clip->primary) isRight[shoot.wholes.firstOf[*clip->primary]] = true;
         areClipsDated_ = areClipsDated_ || clip->likelyDay();
@@ -52,10 +52,10 @@ RecordersCards::RecordersCards(const Shoot& shoot, const std::vector<const Shoot
             if (const auto found = shoot.recordingByID.find(match.audio->id);
                 found != shoot.recordingByID.end()) {
                 const std::size_t whole = shoot.wholes.firstOf[found->second];
-                isMet[whole] = true;
+                isOverlapping[whole] = true;
                 if (clip.place && fits(match, found->second, *clip.place)) isFitting[whole] = true;
             }
-    for (std::vector<bool>* those : {&isRight, &isMet, &isFitting})
+    for (std::vector<bool>* those : {&isRight, &isOverlapping, &isFitting})
         for (std::size_t i = 0; i < those->size(); ++i) (*those)[i] = (*those)[shoot.wholes.firstOf[i]];
     std::map<std::string, Files> folders, joined;
     for (std::size_t i = 0; i < shoot.recordings.size(); ++i)
@@ -112,7 +112,7 @@ int RecordersCards::countOf(const Files& files, const std::vector<bool>& those) 
     return static_cast<int>(std::ranges::count_if(files, [&](std::size_t file) { return those[file]; }));
 }
 
-bool RecordersCards::isUnmet(const Card& card) const {
+bool RecordersCards::fitsFewClips(const Card& card) const {
     return std::cmp_less_equal(3 * countOf(card.files, isFitting), card.files.size());
 }
 
@@ -124,15 +124,15 @@ std::vector<Card> RecordersCards::byRecorder(const std::string& folder, const Fi
             recorders[RecorderMark::of(*shoot_.recordings[file].asset, by).value].push_back(file);
         if (recorders.size() < 2) continue;
         std::vector<Card> result;
-        bool hasMet = false, hasUnmet = false;
+        bool hasFitting = false, hasMisplaced = false;
         for (auto& [value, own] : recorders)
             for (Card& card : nights(folder, std::move(own))) {
                 card.recorder = RecorderMark{by, value};
                 if (std::cmp_greater_equal(card.files.size(), explanation::fewest))
-                    (isUnmet(card) ? hasUnmet : hasMet) = true;
+                    (fitsFewClips(card) ? hasMisplaced : hasFitting) = true;
                 result.push_back(std::move(card));
             }
-        if (hasMet && hasUnmet) return result;
+        if (hasFitting && hasMisplaced) return result;
     }
     return {};
 }

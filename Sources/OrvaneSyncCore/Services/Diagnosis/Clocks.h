@@ -36,13 +36,13 @@ class RecordersCards {
     RecordersCards(const Shoot& shoot, const std::vector<const Shoot::Clip*>& clips);
 
     std::vector<Card> cards;
-    std::vector<bool> isRight;   ///< it comes first under a clip that has all of its sound
-    std::vector<bool> isMet;     ///< it lies under a part of a clip
-    std::vector<bool> isFitting; ///< it lies under all of a clip, or within it
+    std::vector<bool> isRight;       ///< it comes first under a clip that has all of its sound
+    std::vector<bool> isOverlapping; ///< it lies under a part of a clip
+    std::vector<bool> isFitting;     ///< it lies under all of a clip, or within it
 
     int countOf(const std::vector<std::size_t>& files, const std::vector<bool>& those) const;
     /// Few of its recordings lie where they are.
-    bool isUnmet(const Card& card) const;
+    bool fitsFewClips(const Card& card) const;
 
   private:
     using Files = std::vector<std::size_t>;

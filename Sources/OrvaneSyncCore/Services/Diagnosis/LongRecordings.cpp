@@ -40,7 +40,7 @@ class LongRecordings {
         sound.finish();
         std::vector<const Shoot::Clip*> clips;
         for (const Shoot::Clip* clip : clips_.all)
-            if (std::ranges::any_of(wholes, [&](std::size_t file) { return mayMeet(file, *clip); }))
+            if (std::ranges::any_of(wholes, [&](std::size_t file) { return mayOverlap(file, *clip); }))
                 clips.push_back(clip);
         // Where some clips have sound, the others may have none.
         if (std::cmp_less(clips.size(), explanation::fewest) ||
@@ -58,7 +58,7 @@ class LongRecordings {
         }
     }
     /// Of clips of other days the date is wrong, if anything.
-    bool mayMeet(std::size_t file, const Shoot::Clip& clip) const {
+    bool mayOverlap(std::size_t file, const Shoot::Clip& clip) const {
         const auto recorded = shoot_.wholes.places[file].day, filmed = clip.likelyDay();
         return !recorded || !filmed || std::abs(*recorded - *filmed) <= 1;
     }

@@ -31,7 +31,7 @@ class RecorderDates {
         const RecordersCards recorders(shoot_, clips_.all);
         for (const Card& card : recorders.cards) {
             platform::throwIfStopped(shoot_.stop);
-            if (card.day && recorders.isUnmet(card)) dateOf(card);
+            if (card.day && recorders.fitsFewClips(card)) dateOf(card);
         }
     }
 

@@ -1,0 +1,80 @@
+#include "OrvaneSyncCore/Services/Diagnosis/CommonOffset.h"
+
+#include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace orvane {
+
+namespace {
+
+// Clips times recordings of a card whose offsets are looked at; of more clips, some are enough to find it.
+constexpr std::size_t mostPairsOfFiles = 10'000;
+
+} // namespace
+
+bool CommonOffset::isGuess(TimecodeFrameRate rate) const {
+    return widthSeconds * timecodeRate::frameRateForRealTimeCalculation(rate) > 1;
+}
+
+std::string CommonOffset::knownTo(TimecodeFrameRate rate) const {
+    return isGuess(rate) ? "; the offset is known to " + spanText(widthSeconds) + " only" : "";
+}
+
+std::string CommonOffset::clapAfter(TimecodeFrameRate rate) const {
+    return isGuess(rate) ? "; then check a clap and set the frames" : "";
+}
+
+std::optional<double> secondsApart(const Shoot::Clip& clip, const FilePlace& sound) {
+    constexpr double halfADay = secondsADay / 2;
+    double seconds = clip.place->range.startSeconds - sound.range.startSeconds;
+    const auto day = clip.likelyDay();
+    if (day && sound.day) {
+        seconds += static_cast<double>(*day - *sound.day) * secondsADay;
+        return std::abs(seconds) < 2 * secondsADay ? std::optional(seconds) : std::nullopt;
+    }
+    if (seconds > halfADay) seconds -= secondsADay;
+    if (seconds < -halfADay) seconds += secondsADay;
+    return seconds;
+}
+
+std::optional<OffsetWindow> windowOf(const Shoot::Clip& clip, const FilePlace& sound, std::size_t number) {
+    const auto start = secondsApart(clip, sound);
+    if (!start) return std::nullopt;
+    const double end = *start + clip.place->range.durationSeconds() - sound.range.durationSeconds();
+    const auto [first, last] = std::minmax(*start, end);
+    return OffsetWindow{first - coverSlackSeconds, last + coverSlackSeconds, *start, number};
+}
+
+std::optional<CommonOffset> commonOffset(const std::vector<const Shoot::Clip*>& clips,
+                                         const std::vector<FilePlace>& sounds,
+                                         const ExpectedClips& expectedAt, double mostChance,
+                                         TimecodeFrameRate rate) {
+    const std::size_t step = clips.size() * sounds.size() / mostPairsOfFiles + 1;
+    std::vector<OffsetWindow> windows;
+    std::vector<const Shoot::Clip*> looked;
+    for (std::size_t i = 0; i < clips.size(); i += step) {
+        for (const FilePlace& sound : sounds)
+            if (const auto window = windowOf(*clips[i], sound, looked.size())) windows.push_back(*window);
+        looked.push_back(clips[i]);
+    }
+    if (windows.empty()) return std::nullopt;
+    const DeepestOffset best = deepest(windows, looked.size());
+    const auto expected = expectedAt(best.seconds, looked);
+    if (best.depth < explanation::fewest ||
+        best.depth < explanation::majority * static_cast<double>(expected))
+        return std::nullopt;
+
+    const auto [offset, isNice] = nicest(windows, looked.size(), best, rate);
+    // By a whole day it is the date that is wrong.
+    if (std::abs(offset) > 1 && std::abs(std::remainder(offset, secondsADay)) <= 1) return std::nullopt;
+    const auto byChance = chanceOf(windows, best);
+    const double niceShare = isNice ? std::min(1.0, best.widthSeconds / niceOffsetStepSeconds) : 1;
+    if (byChance * niceShare > mostChance) return std::nullopt;
+    return CommonOffset{offset, isNice ? 0 : best.likelyWidthSeconds};
+}
+
+} // namespace orvane

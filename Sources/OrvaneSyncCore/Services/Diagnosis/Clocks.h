@@ -29,7 +29,7 @@ struct Found {
 /// A card is what is in one folder and of one day, or of one night that passes midnight by its dates, without
 /// the files that are copies or channels of others. Of recorders that make a folder for each take, it is what
 /// lies in one folder above. Where the files of one recorder in a folder lie under clips and those of another
-/// one do not, each has cards of its own. Clips of which none has a day meet the recordings of all days,
+/// one do not, each has cards of its own. Clips of which none has a day overlap the recordings of all days,
 /// which then make one card.
 class RecordersCards {
   public:
@@ -65,8 +65,8 @@ SyncEngine::TCRange moved(const SyncEngine::TCRange& range, double seconds);
 /// Seconds since 1970 for a file with a day, since midnight for one without.
 SyncEngine::TCRange onLine(const FilePlace& place);
 
-/// Dated files cover dated ones where their days and times meet, by the rule `same` on one day alone; where
-/// one of the two has no date, the time of day counts.
+/// Dated files cover dated ones where their days and times overlap, by the rule `same` on one day alone;
+/// where one of the two has no date, the time of day counts.
 class Covers {
   public:
     explicit Covers(MatchingDays days) : isSameDayOnly_(days == MatchingDays::same) {}
@@ -78,7 +78,7 @@ class Covers {
   private:
     bool isSameDayOnly_;
     Cover dated_, undated_, all_;
-    std::map<long, Cover> days_; ///< where no clip meets another day's sound
+    std::map<long, Cover> days_; ///< where no clip overlaps another day's sound
 };
 
 /// Clips that a clock may have parted from their sound: with a place, neither settled by hand nor shot

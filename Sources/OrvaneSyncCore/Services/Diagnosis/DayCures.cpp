@@ -142,4 +142,16 @@ bool DayCures::hasClipsOf(long day) const {
     return std::ranges::any_of(clipDays_, [&](const auto& entry) { return entry.second.contains(day); });
 }
 
+DoubtCure DayCures::sameDayOnly() {
+    return {CureOption::Kind::days, std::string(rawValue(MatchingDays::same))};
+}
+
+DoubtCure DayCures::neighbouringDays() {
+    return {CureOption::Kind::days, std::string(rawValue(MatchingDays::neighbours))};
+}
+
+std::string DayCures::lookForSoundOf(long day) {
+    return "look for the sound of " + dayText(day) + ", which is missing on the cards";
+}
+
 } // namespace orvane

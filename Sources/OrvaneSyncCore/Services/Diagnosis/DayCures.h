@@ -31,8 +31,12 @@ class DayCures {
     const DoubtCure& dateOf(std::optional<long> day, std::string_view clips, const Sound& sound);
     /// The same in a scan of the recording's card, of what lies in its folder and is of its day.
     const DoubtCure& dateOfCard(long day, const Recording& sound);
-    /// Clips of that day would meet the sound of the days beside it as well.
+    /// Clips of that day would overlap the sound of the days beside it as well.
     bool hasClipsOf(long day) const;
+
+    static DoubtCure sameDayOnly();
+    static DoubtCure neighbouringDays();
+    static std::string lookForSoundOf(long day);
 
   private:
     using DaysByFolder = std::map<std::string_view, std::set<std::optional<long>>>;

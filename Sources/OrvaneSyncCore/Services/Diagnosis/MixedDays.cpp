@@ -18,7 +18,8 @@ namespace {
 
 using TCRange = SyncEngine::TCRange;
 
-// Of what one clip meets, two recordings that share less than this of the longer one were not made together.
+// Of what overlaps one clip, two recordings that share less than this of the longer one were not made
+// together.
 constexpr double togetherShare = 0.5;
 
 bool mayBeOneRecorder(const MediaAsset& a, const MediaAsset& b) {

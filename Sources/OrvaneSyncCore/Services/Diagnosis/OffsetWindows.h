@@ -25,7 +25,7 @@ struct OffsetWindow {
 
 /// Offsets may serve a little fewer clips than the best one.
 inline constexpr double nearlyAll = 0.9;
-/// The offset in most clips' windows, in the middle of where they meet.
+/// The offset in most clips' windows, in the middle of where they overlap.
 DeepestOffset deepest(const std::vector<OffsetWindow>& windows, std::size_t clipCount);
 /// What an offset does for the clips.
 struct OffsetFit {

@@ -1,0 +1,193 @@
+#include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
+#include "OrvaneSyncCore/Services/Diagnosis/DatedSound.h"
+#include "OrvaneSyncCore/Services/Matching/MatchRules.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+
+#include <algorithm>
+#include <limits>
+#include <map>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using Kind = SyncDoubt::Kind;
+
+class CardDates {
+  public:
+    CardDates(const Shoot& shoot, const DatedSound& sound, DayCures& cures, SyncDoubts& doubts)
+        : shoot_(shoot), sound_(sound), cures_(cures), doubts_(doubts) {}
+
+    std::set<std::size_t> add() {
+        std::set<std::size_t> fewOfItsDate;
+        for (const Card& card : cardsOfManyClips()) {
+            wrongDateOf(card);
+            if (std::cmp_less(card.files.size(), fewestOfADate))
+                fewOfItsDate.insert(card.files.begin(), card.files.end());
+        }
+        return fewOfItsDate;
+    }
+
+  private:
+    /// The cards by day; those with less clips than can speak against a date are taken together, as cameras
+    /// may have a folder for each clip.
+    std::vector<Card> cardsOfManyClips() const {
+        std::vector<Card> cards, small;
+        for (Card& card : cardsOf(shoot_.clips))
+            (std::cmp_less(card.files.size(), fewestOfADate) && card.day ? small : cards)
+                .push_back(std::move(card));
+        std::ranges::stable_sort(small, {}, [](const Card& card) { return card.day; });
+        for (Card& card : small) {
+            if (cards.empty() || &card == &small.front() || cards.back().day != card.day) {
+                cards.push_back(std::move(card));
+                continue;
+            }
+            Card& together = cards.back();
+            together.folder = commonFolder(together.folder, card.folder);
+            together.files.insert(together.files.end(), card.files.begin(), card.files.end());
+        }
+        return cards;
+    }
+    /// The one in which both lie, without the slash behind it.
+    static std::string commonFolder(const std::string& one, const std::string& other) {
+        const std::string a = one + "/", b = other + "/";
+        const auto same = std::max<std::ptrdiff_t>(std::ranges::mismatch(a, b).in1 - a.begin(), 1);
+        return a.substr(0, a.rfind('/', static_cast<std::size_t>(same - 1)));
+    }
+    const Recording& primaryOf(const Shoot::Clip& clip) const { return shoot_.recordings[*clip.primary]; }
+
+    /// Where the clips of a card fit the recordings of another day clearly better than those of their own,
+    /// one of the dates is wrong, whatever single clips have found.
+    void wrongDateOf(const Card& card) {
+        if (!card.day || sound_.byDay.empty()) return;
+        struct Fit {
+            int clips = 0;
+            long day = 0;
+        };
+        std::vector<const Shoot::Clip*> clips;
+        double first = std::numeric_limits<double>::infinity(), last = -first;
+        for (const std::size_t file : card.files) {
+            const Shoot::Clip& clip = shoot_.clips[file];
+            if (clip.isDecided || clip.group->matchStatus.kind == MatchStatus::Kind::mos) continue;
+            // What writes files anew dates their headers by its own clock.
+            if (!clip.place->knownDay()) continue;
+            // Where a date was given, it has served what has its sound.
+            if (shoot_.input.rules.soundDay && clip.isCovered) continue;
+            const auto recorded = clip.primary ? primaryOf(clip).place.day : std::nullopt;
+            if (recorded && recorded != card.day && isWrittenOn(clip.group->video, *clip.place, *recorded))
+                continue; // whatever its name says
+            clips.push_back(&clip);
+            first = std::min(first, clip.place->range.startSeconds);
+            last = std::max(last, clip.place->range.endSeconds);
+        }
+        const auto fitOf = [&](long day, const Cover& cover) {
+            Fit fit{0, day};
+            for (const Shoot::Clip* clip : clips)
+                if (cover.of(clip->place->range)) ++fit.clips;
+            return fit;
+        };
+        // Of a day without any sound nobody filmed but this camera: what lies under other clips counts, too.
+        const bool isAlone = !sound_.byDay.contains(*card.day) &&
+                             std::ranges::all_of(clips, [](const auto* clip) { return !clip->primary; });
+        const auto candidates = [&](long day) -> const Cover& {
+            return isAlone ? sound_.byDay.at(day) : sound_.soundOf(day);
+        };
+        Fit own{0, *card.day}, other;
+        constexpr long farthest = 2; // days whose recordings are all tried, however many days there are
+        for (const auto& [day, cover] : sound_.byDay) {
+            if (day == *card.day) {
+                own = fitOf(day, cover);
+                continue;
+            }
+            if (std::abs(day - *card.day) > farthest && sound_.byDay.size() > mostDays) continue;
+            const Fit fit = fitOf(day, candidates(day));
+            if (fit.clips > other.clips) other = fit;
+        }
+        constexpr double clearly = 1.5, majority = 0.6;
+        const int count = static_cast<int>(clips.size());
+        const auto explained =
+            std::ranges::count_if(clips, [&](const auto* clip) { return hasClockDoubt(*clip); });
+        if (explained >= other.clips) return;
+        if (other.clips < fewestOfADate || other.clips < majority * count ||
+            other.clips <= clearly * own.clips)
+            return;
+        std::set<std::string_view> folders = soundFolders(other.day, clips);
+        DayCures::Sound sound{.day = other.day, .isSure = sound_.isHeardOn(card.folder, own.day, other.day)};
+        for (const auto& [key, why] : sound_.suspected)
+            if (std::get<1>(key) == other.day && why.day == own.day) {
+                folders = {std::get<0>(key)};
+                sound.isSure = true;
+                sound.pattern = sound_.patternOf(key);
+            }
+        if (folders.size() == 1) sound.folder = *folders.begin();
+        const double share = candidates(other.day).shareOf(first, last);
+        if (chance::atLeast(other.clips, count, share) > chance::smallest) return;
+        int ofOwnDay = 0, silent = 0;
+        for (const Shoot::Clip* clip : clips) {
+            silent += clip->primary ? 0 : 1;
+            const auto found = candidates(other.day).of(clip->place->range);
+            if (found && sound_.isOfOwnDay[*found] && !sound_.isHeard(*clip, shoot_.recordings[*found]))
+                ++ofOwnDay;
+        }
+        const bool isOthers = 2 * ofOwnDay > other.clips;
+        // What has all of its own day's sound, and would find none of the other day.
+        std::erase_if(clips, [&](const auto* clip) {
+            return clip->isCovered && clip->primary && primaryOf(*clip).place.day == own.day &&
+                   !candidates(other.day).of(clip->place->range);
+        });
+        addCardDoubt(
+            doubts_,
+            {Kind::otherDateFits,
+             "the clips in '" + card.folder + "' are dated " + dayText(own.day) + ", and " +
+                 std::to_string(other.clips) + " of " + counted(count, "clip", "clips") +
+                 " fit recordings of " + dayText(other.day) + ", " + std::to_string(own.clips) +
+                 " those of their own day" +
+                 (isOthers ? "; those recordings overlap clips of their day already" : ""),
+             isOthers ? DoubtCure(DayCures::lookForSoundOf(own.day) +
+                                  ", and where the cameras' date is wrong, attach the recordings by hand, or "
+                                  "lock the clips that have them")
+                      : cures_.dateOf(own.day, card.folder, sound) +
+                            (std::abs(other.day - own.day) == 1 && !cures_.hasClipsOf(other.day) &&
+                                     silent > 0 && shoot_.input.rules.days != MatchingDays::neighbours
+                                 ? ", or " + DayCures::neighbouringDays()
+                                 : DoubtCure()) +
+                            "; one of the two dates is wrong"},
+            clips);
+    }
+
+    /// Of the recordings of that day that lie under some of the clips by the time of day.
+    std::set<std::string_view> soundFolders(long day, const std::vector<const Shoot::Clip*>& clips) const {
+        std::map<std::string_view, Cover> covers;
+        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
+            if (shoot_.recordings[i].place.day == day && shoot_.wholes.isFirst(i))
+                covers[folderOf(*shoot_.recordings[i].asset)].add(shoot_.wholes.places[i].range, i);
+        std::set<std::string_view> folders;
+        for (auto& [folder, cover] : covers) {
+            cover.finish();
+            if (std::ranges::any_of(
+                    clips, [&](const auto* clip) { return cover.of(clip->place->range).has_value(); }))
+                folders.insert(folder);
+        }
+        return folders;
+    }
+    bool hasClockDoubt(const Shoot::Clip& clip) const {
+        return doubts_.has(clip.group->id, {Kind::constantOffset, Kind::timecodeRate});
+    }
+
+    static constexpr std::size_t mostDays = 8;
+
+    const Shoot& shoot_;
+    const DatedSound& sound_;
+    DayCures& cures_;
+    SyncDoubts& doubts_;
+};
+
+} // namespace
+
+std::set<std::size_t> addCardDates(const Shoot& shoot, const DatedSound& sound, DayCures& cures,
+                                   SyncDoubts& doubts) {
+    return CardDates(shoot, sound, cures, doubts).add();
+}
+
+} // namespace orvane

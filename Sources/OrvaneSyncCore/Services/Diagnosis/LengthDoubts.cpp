@@ -1,0 +1,167 @@
+#include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Diagnosis/ClipInDoubt.h"
+#include "OrvaneSyncCore/Services/Matching/ClipRate.h"
+#include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <optional>
+
+namespace orvane {
+
+namespace {
+
+using Kind = SyncDoubt::Kind;
+using platform::text::formatted;
+
+// A camera that rolls a moment longer than the recorder is no fault.
+constexpr double missingSoundSeconds = 1;
+constexpr double cutSeconds = 0.5;
+// Starts by timecode are rounded to a frame at either side.
+constexpr double smallestGapSeconds = 0.1;
+
+DoubtCure trimOption(TrimMode mode) {
+    return {CureOption::Kind::setting,
+            std::string(settings::trimMode.key) + "=" + std::string(rawValue(mode))};
+}
+
+/// What of the picture has no sound, and what of it is cut off.
+class LengthDoubts {
+  public:
+    explicit LengthDoubts(ClipInDoubt& of) : of_(of) {}
+
+    void add() {
+        shortSound();
+        cutByTrim();
+        splitGap();
+    }
+
+  private:
+    void shortSound() {
+        // Whoever cuts to the sound knows that it is shorter.
+        if (of_.shoot.input.trimMode == TrimMode::overlap) return;
+        if (!of_.clip.place || of_.clip.isUnplaced || of_.clip.atMidnight != nullptr ||
+            of_.group.video.isOffspeed() || of_.take.isEmpty())
+            return;
+        const double start = of_.take.offsetSeconds + of_.group.manualAudioOffsetSeconds;
+        const double before = std::clamp(start, 0.0, of_.length());
+        const double after = std::clamp(of_.length() - (start + of_.take.durationSeconds), 0.0, of_.length());
+        if (isSoundCutOff())
+            return of_.addOf(Kind::shortSound,
+                             "is cut to " + formatted("%.1f s,", of_.take.durationSeconds) +
+                                 " the length of its sound, counted from the picture's start, and " +
+                                 of_.shoot.nameOf(*of_.group.primaryAudio()) + " begins " +
+                                 formatted("%.1f s", before) + " after that: nothing of it is heard",
+                             cureOfCut());
+        if (before + after < missingSoundSeconds) return;
+        if (before >= of_.length() || after >= of_.length())
+            return of_.addOf(
+                Kind::shortSound,
+                "lasts " + formatted("%.1f s", of_.length()) + ", and " +
+                    of_.shoot.nameOf(*of_.group.primaryAudio()) + " lies outside of it: no sound is heard",
+                "take that recording off the clip and attach another one, or move the sound under the "
+                "picture by hand");
+        std::string where;
+        if (before > 0.05) where = formatted("the first %.1f s", before);
+        if (after > 0.05) where += (where.empty() ? "" : " and ") + formatted("the last %.1f s", after);
+        const auto cut = std::ranges::find_if(of_.take.files, [&](const TakeFile& file) {
+            return isHeard(file.role) && of_.fileOf(file).heldShare;
+        });
+        of_.addOf(Kind::shortSound,
+                  "lasts " + formatted("%.1f s", of_.length()) + ", and " + where + " have no sound of " +
+                      of_.shoot.nameOf(*of_.group.primaryAudio()),
+                  isPartedAtMidnight()
+                      ? acrossMidnight()
+                      : DoubtCure(cut != of_.take.files.end()
+                                      ? "copy " + of_.shoot.nameOf(of_.fileOf(*cut)) +
+                                            " again from the card, as it ends early"
+                                      : "look for a recording that is missing on the cards") +
+                            ", or cut to the sound with " + trimOption(TrimMode::overlap));
+    }
+
+    /// What the document cuts off the picture's end; absent where that is too little to tell.
+    std::optional<double> cutOff() const {
+        if (of_.shoot.input.trimMode != TrimMode::commonDuration || of_.group.video.isOffspeed())
+            return std::nullopt;
+        const double cut = of_.group.video.durationSeconds.value_or(0) - of_.take.durationSeconds;
+        // To less than a frame nothing is cut.
+        if (of_.take.durationSeconds * clipRate(of_.group.video, rateWithoutAny) < 1 || cut < cutSeconds)
+            return std::nullopt;
+        return cut;
+    }
+    /// Whether the sound begins within the picture, behind what the document keeps of it.
+    bool isSoundCutOff() const {
+        const double start = of_.take.offsetSeconds + of_.group.manualAudioOffsetSeconds;
+        return of_.clip.place && cutOff() && start >= of_.take.durationSeconds && start < of_.length();
+    }
+    static DoubtCure cureOfCut() {
+        return trimOption(TrimMode::videoDuration) + " keeps all of the picture, " +
+               trimOption(TrimMode::overlap) + " what both have";
+    }
+    void cutByTrim() {
+        const auto cut = cutOff();
+        if (!cut || isSoundCutOff() || of_.clip.atMidnight != nullptr) return; // which says both
+        const double picture = of_.group.video.durationSeconds.value_or(0);
+        of_.addOf(Kind::cutByTrim,
+                  "is cut from " + formatted("%.1f s", picture) + formatted(" to %.1f s,", picture - *cut) +
+                      " the length of its sound, counted from the picture's start",
+                  isPartedAtMidnight() ? acrossMidnight() : cureOfCut());
+    }
+    /// By the rule of neighbouring days times of day alone overlap: what goes on behind midnight is not
+    /// found.
+    bool isPartedAtMidnight() const {
+        if (of_.shoot.input.rules.days != MatchingDays::neighbours || !of_.clip.place) return false;
+        const SyncEngine::TCRange behind{0, of_.clip.place->range.endSeconds - secondsADay};
+        return behind.endSeconds > 0 &&
+               std::ranges::any_of(of_.shoot.recordings, [&](const Recording& recording) {
+                   return SyncEngine::overlapDuration(recording.place.range, behind).has_value();
+               });
+    }
+    static DoubtCure acrossMidnight() {
+        return DoubtCure(CureOption::Kind::days, std::string(rawValue(MatchingDays::automatic))) +
+               ", which finds sound behind midnight";
+    }
+
+    /// For each file the one of its recorder and its channels that it continues, whatever else was recorded
+    /// meanwhile.
+    void splitGap() {
+        if (of_.group.audioMatches.size() < 2) return;
+        const auto endOf = [](const TakeFile& file) { return file.startSeconds + file.durationSeconds; };
+        double reportedAt = -std::numeric_limits<double>::infinity(); // the channels of a take in mono files
+                                                                      // miss the same moments
+        for (const TakeFile& after : of_.take.files) {
+            if (after.role == TakeRole::mirror) continue;
+            const TakeFile* before = nullptr; // the one that ends last
+            for (const TakeFile& file : of_.take.files)
+                if (file.role != TakeRole::mirror && file.startSeconds < after.startSeconds &&
+                    endOf(file) <= after.startSeconds + SplitRecordingDetector::contiguityToleranceSeconds &&
+                    (before == nullptr || endOf(file) > endOf(*before)) &&
+                    SplitRecordingDetector::mayContinue(of_.fileOf(file), of_.fileOf(after)))
+                    before = &file;
+            if (before == nullptr || std::abs(reportedAt - endOf(*before)) < 1) continue;
+            if (gap(*before, after, after.startSeconds - endOf(*before))) reportedAt = endOf(*before);
+        }
+    }
+    bool gap(const TakeFile& before, const TakeFile& after, double seconds) {
+        if (seconds < smallestGapSeconds || seconds > SplitRecordingDetector::largestGapSeconds) return false;
+        const double at = of_.take.offsetSeconds + of_.group.manualAudioOffsetSeconds + after.startSeconds;
+        if (at - seconds < 0 || at > of_.length()) return false;
+        of_.add(Kind::splitGap,
+                formatted("%.2f s", seconds) + " of sound are missing between " +
+                    of_.shoot.nameOf(of_.fileOf(before)) + " and " + of_.shoot.nameOf(of_.fileOf(after)) +
+                    formatted(", %.1f s into ", at - seconds) + of_.name,
+                "copy the card again, or look for a part of the recording that is missing");
+        return true;
+    }
+
+    ClipInDoubt& of_;
+};
+
+} // namespace
+
+void addLengthDoubts(ClipInDoubt& of) { LengthDoubts(of).add(); }
+
+} // namespace orvane

@@ -1,0 +1,265 @@
+#include "OrvaneSyncCore/Services/Diagnosis/ClipInDoubt.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
+#include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
+#include "OrvaneSyncCore/Services/Matching/MeetingOrder.h"
+#include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
+#include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <map>
+#include <string_view>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+using Kind = SyncDoubt::Kind;
+using platform::text::formatted;
+
+constexpr double rivalShare = 0.5; // of what is heard, as matching has it
+constexpr double equalShare = 0.9; // of what the take covers
+
+/// How the recorder of one folder is left out of a scan, where no clip needs it.
+class OtherRecorders {
+  public:
+    explicit OtherRecorders(const Shoot& shoot) : shoot_(shoot), leavingOut_(shoot) {}
+
+    /// `kept`: the folder of a recording that stays. Empty where nothing leaves the other one alone out, and
+    /// where it may be the right one for some of the clips.
+    const DoubtCure& without(std::string_view folder, std::string_view kept) {
+        const auto [known, isNew] = cures_.try_emplace({folder, kept});
+        if (isNew) known->second = cureOf(std::string(folder) + "/", std::string(kept) + "/");
+        return known->second;
+    }
+
+  private:
+    DoubtCure cureOf(const std::string& folder, const std::string& kept) const {
+        if (folder == kept) return {};
+        // Its recorder's folder is the highest one that the other does not lie in.
+        const auto same = std::ranges::mismatch(folder, kept).in1 - folder.begin();
+        const bool holdsKept = kept.starts_with(folder);
+        const std::string whole =
+            holdsKept ? folder : folder.substr(0, folder.find('/', static_cast<std::size_t>(same)) + 1);
+        const auto isOther = [&](const MediaAsset& file) {
+            return file.kind == AssetKind::audio &&
+                   (holdsKept ? folderOf(file) == std::string_view(folder).substr(0, folder.size() - 1)
+                              : file.url.path.starts_with(whole));
+        };
+        const auto isOthers = [&](const AudioMatch& match) { return isOther(*match.audio); };
+        std::vector<const Shoot::Clip*> users;
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            const auto& matches = clip.group->audioMatches;
+            if (std::ranges::none_of(matches, isOthers)) continue;
+            if (isOthers(matches.front())) return {};
+            users.push_back(&clip);
+        }
+        if (!areOfOneCamera(users) || !areOfOneDay(users)) return {};
+        const auto options = leavingOut_.of(isOther);
+        if (!options) return {};
+        return DoubtCure(options->globs.empty() ? "a scan " : "") + CureWay{options->options()};
+    }
+
+    /// Each camera of several may have a recorder of its own.
+    static bool areOfOneCamera(const std::vector<const Shoot::Clip*>& clips) {
+        std::vector<const Shoot::Clip*> timed;
+        for (const Shoot::Clip* clip : clips) {
+            if (folderOf(clip->group->video) != folderOf(clips.front()->group->video) ||
+                namePattern(clip->group->video) != namePattern(clips.front()->group->video))
+                return false;
+            if (clip->place) timed.push_back(clip);
+        }
+        const auto rangeOf = [](const Shoot::Clip* clip) { return onLine(clip->likelyPlace()); };
+        std::ranges::sort(timed, {}, [&](const Shoot::Clip* clip) { return rangeOf(clip).startSeconds; });
+        return std::ranges::adjacent_find(timed, [&](const auto* a, const auto* b) {
+                   return SyncEngine::overlapDuration(rangeOf(a), rangeOf(b)).has_value();
+               }) == timed.end();
+    }
+    /// Two recordings that lie at one time of day without saying of which day may be of two.
+    bool areOfOneDay(const std::vector<const Shoot::Clip*>& clips) const {
+        return std::ranges::all_of(clips, [&](const Shoot::Clip* clip) {
+            std::optional<long> day;
+            return std::ranges::all_of(clip->group->audioMatches, [&](const AudioMatch& match) {
+                const auto found = shoot_.recordingByID.find(match.audio->id);
+                if (found == shoot_.recordingByID.end()) return false;
+                const auto own = shoot_.recordings[found->second].place.day;
+                if (!day) day = own;
+                return own && own == day;
+            });
+        });
+    }
+
+    const Shoot& shoot_;
+    const LeavingOut leavingOut_;
+    std::map<std::pair<std::string_view, std::string_view>, DoubtCure> cures_;
+};
+
+/// Units that shoot at once, by the folders of their sound: clips near to such a folder have it, too.
+class SoundUnits {
+  public:
+    explicit SoundUnits(const Shoot& shoot) {
+        for (const Shoot::Clip& clip : shoot.clips) {
+            if (!clip.primary || !clip.place) continue;
+            const MediaAsset& sound = *shoot.recordings[*clip.primary].asset;
+            const auto nearness = UnitNearness::of(clip.group->video, sound);
+            cameras_[folderOf(clip.group->video)].push_back(nearness);
+            const SyncEngine::TCRange range = onLine(clip.likelyPlace());
+            const auto [known, isNew] = units_.try_emplace(folderOf(sound), Unit{nearness, range});
+            Unit& unit = known->second;
+            if (nearness > unit.nearest) unit = {nearness, range};
+            if (nearness < unit.nearest) continue;
+            unit.hours.startSeconds = std::min(unit.hours.startSeconds, range.startSeconds);
+            unit.hours.endSeconds = std::max(unit.hours.endSeconds, range.endSeconds);
+        }
+    }
+    /// Clips that are nearer to the recording have their sound from its folder, while this clip was filmed.
+    bool isOfOthers(const MediaAsset& recording, const Shoot::Clip& clip) const {
+        const auto unit = units_.find(folderOf(recording));
+        return unit != units_.end() && clip.place &&
+               unit->second.nearest > UnitNearness::of(clip.group->video, recording) &&
+               SyncEngine::overlapDuration(unit->second.hours, onLine(clip.likelyPlace()));
+    }
+    /// Most clips of that camera have sound that is nearer to them.
+    bool mostHaveNearer(const Shoot::Clip& clip, const UnitNearness& nearness) const {
+        const auto camera = cameras_.find(folderOf(clip.group->video));
+        return camera != cameras_.end() && 2 * std::ranges::count_if(camera->second, [&](const auto& own) {
+                                               return own > nearness;
+                                           }) > std::ssize(camera->second);
+    }
+
+  private:
+    struct Unit {
+        UnitNearness nearest;
+        SyncEngine::TCRange hours; ///< of the clips that lie as near
+    };
+
+    std::map<std::string_view, Unit> units_;                        ///< by folder of the sound
+    std::map<std::string_view, std::vector<UnitNearness>> cameras_; ///< by folder, of the clips' sound
+};
+
+/// Other recorders than the one that is heard.
+class Rivals {
+  public:
+    Rivals(const Shoot& shoot, const Shoot::Clip& clip) : of_(shoot, clip) {}
+
+    /// Two recorders that ran as long: which one comes first is decided by their folders' names.
+    std::vector<SyncDoubt> doubts(OtherRecorders& others, const SoundUnits& units) {
+        equalRecordings(others, units);
+        if (of_.doubts.empty()) ownUnit();
+        if (of_.doubts.empty()) noOwnSound(units);
+        return std::move(of_.doubts);
+    }
+
+  private:
+    /// What another recorder has in common with the clip, all of its files together, by folder.
+    std::map<std::string_view, std::vector<const AudioMatch*>> alternates() const {
+        std::map<std::string_view, std::vector<const AudioMatch*>> byFolder;
+        const auto candidate = [](const AudioMatch& match) {
+            const double start = match.syncOffsetSeconds;
+            return TakeMembership::Candidate{&*match.audio,
+                                             {start, start + match.audio->durationSeconds.value_or(0)}};
+        };
+        for (const TakeFile& file : of_.take.files) {
+            const AudioMatch& match = of_.group.audioMatches[file.matchIndex];
+            const auto isCopyOf = [&](const AudioMatch& other) {
+                return TakeMembership::isCutShort(candidate(match), candidate(other));
+            };
+            if (file.role == TakeRole::alternate && std::ranges::none_of(of_.group.audioMatches, isCopyOf))
+                byFolder[folderOf(*match.audio)].push_back(&match);
+        }
+        return byFolder;
+    }
+    /// Of what is heard of the take.
+    double commonSeconds(const std::vector<const AudioMatch*>& matches) const {
+        const SyncEngine::TCRange heard{
+            std::max(of_.take.offsetSeconds, 0.0),
+            std::min(of_.take.offsetSeconds + of_.take.durationSeconds, of_.length())};
+        std::vector<SyncEngine::TCRange> ranges;
+        for (const AudioMatch* match : matches) {
+            const double start = std::max(match->syncOffsetSeconds, 0.0);
+            ranges.push_back({start, start + match->overlapDurationSeconds});
+        }
+        return coveredSeconds(heard, std::move(ranges));
+    }
+    UnitNearness nearness(const MediaAsset& recording) const {
+        return UnitNearness::of(of_.group.video, recording);
+    }
+    void equalRecordings(OtherRecorders& others, const SoundUnits& units) {
+        const double least = heardSeconds(of_.group, of_.take) * equalShare;
+        const AudioMatch& first = of_.group.audioMatches.front();
+        for (const auto& [folder, matches] : alternates()) {
+            if (commonSeconds(matches) < least) continue;
+            // The sound of the clip's own unit is heard.
+            const MediaAsset& other = *matches.front()->audio;
+            if (units.isOfOthers(other, of_.clip) && nearness(*first.audio) > nearness(other)) continue;
+            const DoubtCure& without = others.without(folder, folderOf(*first.audio));
+            of_.add(Kind::ambiguous,
+                    of_.shoot.nameOf(*first.audio) + " and " + of_.shoot.nameOf(*matches.front()->audio) +
+                        " overlap as much of " + of_.name +
+                        ", neither is clearly best, and the first one is heard",
+                    without.isEmpty() ? cureWords::choose() +
+                                            " clip by clip, as another clip may need the other recording, or "
+                                            "lock the clips"
+                                      : cureWords::choose() + ", or lock the clips; " + without +
+                                            " leaves the other recorder out");
+            return;
+        }
+    }
+
+    /// Another unit's sound lies under more of the clip than that of its own, which began late or ended
+    /// early.
+    void ownUnit() {
+        const MediaAsset& first = *of_.group.audioMatches.front().audio;
+        const double heard = heardSeconds(of_.group, of_.take);
+        for (const auto& [folder, matches] : alternates()) {
+            const MediaAsset& own = *matches.front()->audio;
+            const double common = commonSeconds(matches);
+            if (common < heard * rivalShare || nearness(own) <= nearness(first)) continue;
+            of_.add(Kind::ambiguous,
+                    of_.shoot.nameOf(own) + " of the clip's own unit has " + formatted("%.1f s", common) +
+                        " of the " + formatted("%.1f s", heard) + " that " + of_.shoot.nameOf(first) +
+                        " of another one has of " + of_.name + ", which is heard",
+                    cureWords::choose() + ", or lock the clips");
+            return;
+        }
+    }
+
+    /// A recorder that did not run is no reason to hear another unit's.
+    void noOwnSound(const SoundUnits& units) {
+        const MediaAsset& first = *of_.group.audioMatches.front().audio;
+        const auto isAsFar = [&](const AudioMatch& match) {
+            return nearness(*match.audio) <= nearness(first);
+        };
+        if (!units.isOfOthers(first, of_.clip) || !units.mostHaveNearer(of_.clip, nearness(first)) ||
+            !std::ranges::all_of(of_.group.audioMatches, isAsFar))
+            return;
+        of_.addOf(Kind::ambiguous,
+                  "has no sound of its own unit, and " + of_.shoot.nameOf(first) + " of another one is heard",
+                  "look for a recording that is missing on the cards, or " + cureWords::choose() +
+                      ", or lock the clips");
+    }
+
+    ClipInDoubt of_;
+};
+
+} // namespace
+
+void addRivalDoubts(const Shoot& shoot, SyncDoubts& doubts) {
+    using enum Kind;
+    OtherRecorders others(shoot);
+    const SoundUnits units(shoot);
+    addFromEachClip(doubts, shoot, [&](const Shoot::Clip& clip) -> std::vector<SyncDoubt> {
+        const SyncGroup& group = *clip.group;
+        // Where the recording itself is in doubt, its rivals may be what is right.
+        if (group.audioMatches.empty() || clip.isDecided || !group.matchStatus.isSettled() ||
+            group.matchStatus.kind == MatchStatus::Kind::manual ||
+            doubts.has(group.id,
+                       {otherDay, otherDateFits, constantOffset, timecodeRate, notTimeOfDay, ambiguous}))
+            return {};
+        return Rivals(shoot, clip).doubts(others, units);
+    });
+}
+
+} // namespace orvane

@@ -287,7 +287,7 @@ class ClockDoubts {
             if (!one.isPart && suspected_.isSuspected[*clip->primary]) return false;
             const auto recorded = shoot_.recordings[*clip->primary].place.day;
             return (card.movedByDays != 0 && !(recorded && card.isOf(*recorded))) ||
-                   !isCovered(*clip->group, clip->place->range.durationSeconds(), offset);
+                   !isCovered(shoot_, *clip->group, clip->place->range.durationSeconds(), offset);
         }));
     }
 

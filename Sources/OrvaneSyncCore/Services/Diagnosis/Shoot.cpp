@@ -129,12 +129,18 @@ std::string_view folderOf(const MediaAsset& asset) {
     return std::string_view(path).substr(0, path.rfind('/'));
 }
 
-bool isCovered(const SyncGroup& group, double clipSeconds, double movedBySeconds) {
+bool isCovered(const Shoot& shoot, const SyncGroup& group, double clipSeconds, double movedBySeconds) {
     std::vector<TCRange> ranges;
     for (const AudioMatch& match : group.audioMatches) {
         const double start = match.syncOffsetSeconds + movedBySeconds;
         ranges.push_back({start, start + match.audio->durationSeconds.value_or(0)});
-        if (ranges.back().durationSeconds() > 0 && covers({0, clipSeconds}, ranges.back())) return true;
+        TCRange whole = ranges.back();
+        if (const auto found = shoot.recordingByID.find(match.audio->id); found != shoot.recordingByID.end()) {
+            whole.startSeconds -= shoot.wholes.startsAt[found->second];
+            whole.endSeconds =
+                whole.startSeconds + shoot.wholes.places[found->second].range.durationSeconds();
+        }
+        if (whole.durationSeconds() > 0 && covers({0, clipSeconds}, whole)) return true;
     }
     // By all files together: a take may have been cut into several.
     std::ranges::sort(ranges, {}, &TCRange::startSeconds);
@@ -184,7 +190,7 @@ Shoot::Shoot(const DoubtInput& theInput, const std::stop_token& theStop) : input
                 return own > first || (own == first && *number < *clip.primary);
             });
         if (clip.place) {
-            clip.isCovered = isCovered(group, clip.place->range.durationSeconds());
+            clip.isCovered = isCovered(*this, group, clip.place->range.durationSeconds());
         }
         clip.isUnplaced = isUnplaced(clip, places);
         if (clip.place && !clip.isCovered && !clip.isUnplaced)

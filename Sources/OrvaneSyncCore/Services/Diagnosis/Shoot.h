@@ -71,9 +71,9 @@ bool isToldLikewise(SyncDoubts& doubts, const SyncDoubt& doubt, const std::vecto
 /// recorder is none of its clock.
 inline constexpr double coverSlackSeconds = 1;
 bool covers(const SyncEngine::TCRange& sound, const SyncEngine::TCRange& clip);
-/// Whether the clip's sound, moved by that, lies under all of it, or one of its recordings all within it: a
-/// camera may roll longer than the recorder.
-bool isCovered(const SyncGroup& group, double clipSeconds, double movedBySeconds = 0);
+/// Whether the clip's sound, moved by that, lies under all of it, or one of its recordings with all of its
+/// parts within it: a camera may roll longer than the recorder.
+bool isCovered(const Shoot& shoot, const SyncGroup& group, double clipSeconds, double movedBySeconds = 0);
 
 /// Ranges of sound of which one may lie under all of a clip.
 class Cover {

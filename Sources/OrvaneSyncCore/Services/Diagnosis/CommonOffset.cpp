@@ -57,8 +57,11 @@ std::optional<CommonOffset> commonOffset(const std::vector<const Shoot::Clip*>& 
     std::vector<OffsetWindow> windows;
     std::vector<const Shoot::Clip*> looked;
     for (std::size_t i = 0; i < clips.size(); i += step) {
-        for (const FilePlace& sound : sounds)
-            if (const auto window = windowOf(*clips[i], sound, looked.size())) windows.push_back(*window);
+        for (std::size_t sound = 0; sound < sounds.size(); ++sound)
+            if (auto window = windowOf(*clips[i], sounds[sound], looked.size())) {
+                window->recording = sound;
+                windows.push_back(*window);
+            }
         looked.push_back(clips[i]);
     }
     if (windows.empty()) return std::nullopt;
@@ -71,7 +74,9 @@ std::optional<CommonOffset> commonOffset(const std::vector<const Shoot::Clip*>& 
     const auto [offset, isNice] = nicest(windows, looked.size(), best, rate);
     // By a whole day it is the date that is wrong.
     if (std::abs(offset) > 1 && std::abs(std::remainder(offset, secondsADay)) <= 1) return std::nullopt;
-    const auto byChance = chanceOf(windows, best);
+    // Clips under one recording agree with each other whatever its clock is. Whole hours are rare enough.
+    const int depth = isNice ? best.depth : std::min(best.depth, recordingsAt(windows, best.seconds));
+    const auto byChance = chanceOf(windows, depth);
     const double niceShare = isNice ? std::min(1.0, best.widthSeconds / niceOffsetStepSeconds) : 1;
     if (byChance * niceShare > mostChance) return std::nullopt;
     return CommonOffset{offset, isNice ? 0 : best.likelyWidthSeconds};

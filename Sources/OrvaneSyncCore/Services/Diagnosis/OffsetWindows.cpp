@@ -7,6 +7,7 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <set>
 #include <utility>
 
 namespace orvane {
@@ -95,7 +96,7 @@ NicestOffset nicest(const std::vector<OffsetWindow>& windows, std::size_t clipCo
     return {fits ? whole : best.seconds, false};
 }
 
-double chanceOf(const std::vector<OffsetWindow>& windows, const DeepestOffset& best) {
+double chanceOf(const std::vector<OffsetWindow>& windows, int depth) {
     double sum = 0, first = std::numeric_limits<double>::infinity(), last = -first;
     for (const OffsetWindow& window : windows) {
         sum += window.last - window.first;
@@ -103,7 +104,14 @@ double chanceOf(const std::vector<OffsetWindow>& windows, const DeepestOffset& b
         last = std::max(last, window.last);
     }
     const double mean = last > first ? sum / (last - first) : static_cast<double>(windows.size());
-    return static_cast<double>(windows.size()) * chance::atLeast(best.depth - 1, mean);
+    return static_cast<double>(windows.size()) * chance::atLeast(depth - 1, mean);
+}
+
+int recordingsAt(const std::vector<OffsetWindow>& windows, double offset) {
+    std::set<std::size_t> recordings;
+    for (const OffsetWindow& window : windows)
+        if (window.first <= offset && offset <= window.last) recordings.insert(window.recording);
+    return static_cast<int>(recordings.size());
 }
 
 } // namespace orvane

@@ -21,6 +21,7 @@ struct OffsetWindow {
     double first, last;
     double start; ///< where both begin together
     std::size_t clip;
+    std::size_t recording = 0;
 };
 
 /// Offsets may serve a little fewer clips than the best one.
@@ -44,8 +45,10 @@ struct NicestOffset {
 /// by the right one both begin nearly together.
 NicestOffset nicest(const std::vector<OffsetWindow>& windows, std::size_t clipCount,
                     const DeepestOffset& best, TimecodeFrameRate rate);
-/// That the best of all offsets finds sound for so many clips although the two have nothing to do with
+/// That the best of all offsets finds sound for `depth` clips although the two have nothing to do with
 /// each other: the windows would then lie anywhere.
-double chanceOf(const std::vector<OffsetWindow>& windows, const DeepestOffset& best);
+double chanceOf(const std::vector<OffsetWindow>& windows, int depth);
+/// How many recordings have a window at the offset.
+int recordingsAt(const std::vector<OffsetWindow>& windows, double offset);
 
 } // namespace orvane

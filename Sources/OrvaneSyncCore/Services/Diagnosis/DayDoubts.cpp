@@ -132,7 +132,8 @@ class DayDoubts {
                 (sound_.areDaysMixed ? "" : ", or of an hour that came twice at the end of summer time");
             return doubt(clip, Kind::otherDay, namesOf(pair) + " fits only by the time of day: " + why,
                          (sound_.areDaysMixed ? DoubtCure() : cureWords::choose() + ", ") +
-                             "scan each day by itself, give the recordings' day with " +
+                             DoubtCure::Words{"scan each day by itself, give the recordings' day with ",
+                                              "scan each day by itself, "} +
                              cures_.dateOf(std::nullopt, clips, {}) + ", or lock the clip where it is right",
                          why);
         }
@@ -178,14 +179,14 @@ class DayDoubts {
 
     /// Whether there is a doubt.
     bool collides(const Shoot::Clip& clip, const AudioMatch& other) {
-        return doubt(clip, Kind::otherDay,
-                     shoot_.nameOf(*clip.group->primaryAudio()) + " under " +
-                         shoot_.nameOf(clip.group->video) + " was recorded while " +
-                         shoot_.nameOf(*other.audio) +
-                         " was, which one recorder can't do: the date of one of them is wrong, or the clock "
-                         "was set back between them",
-                     cureWords::choose() + ", or scan the two in folders of their own with " +
-                         DoubtCure(CureOption::Kind::soundDate, ""));
+        return doubt(
+            clip, Kind::otherDay,
+            shoot_.nameOf(*clip.group->primaryAudio()) + " under " + shoot_.nameOf(clip.group->video) +
+                " was recorded while " + shoot_.nameOf(*other.audio) +
+                " was, which one recorder can't do: the date of one of them is wrong, or the clock "
+                "was set back between them",
+            cureWords::choose() + ", or scan the two in folders of their own" +
+                DoubtCure(DoubtCure::Words{" with ", " and "}) + DoubtCure(CureOption::Kind::soundDate, ""));
     }
 
     /// Sound whose date is that of the clip, which may be a wrong one all the same. Whether there is a doubt.

@@ -317,6 +317,17 @@ TEST_F(WindowTest, AScanThatTakesDecisionsAwaySaysSoBeforeAndAfter) {
     desktop_->run("undo");
     EXPECT_TRUE(clip("A001C001").isLocked);
 
+    // So does the scan of a cure that is chosen in the review.
+    table().selectRow(rowOf("A001C001"));
+    QTest::keyClick(&table(), Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([&] { return desktop_->players().review()->groupID().has_value(); }));
+    desktop_->whenScanWanted();
+    ASSERT_TRUE(waitUntil([&] { return !window_->isScanning() && !clip("A001C001").isLocked; }));
+    EXPECT_TRUE(bannerText().contains("1 locked")) << bannerText().toStdString();
+    EXPECT_TRUE(table().isVisible() && !desktop_->players().review()->groupID()) << "the clip is another one";
+    press(*window_->centralWidget(), "Undo");
+    EXPECT_TRUE(clip("A001C001").isLocked);
+
     // A session that is opened takes the place of the page on which a scan was prepared.
     const UUID first = *desktop_->sessions().currentSessionId();
     desktop_->run("newSession");

@@ -61,6 +61,9 @@ class Desktop {
                      const std::function<void()>& done = {});
     /// A sentence for people.
     Refused whenRefused;
+    /// The window scans the folders of the work, as what was just corrected concerns the match. Whoever wants
+    /// a scan asks by this, so that it is shown while it runs and what it takes away is said.
+    std::function<void()> whenScanWanted;
 
   private:
     const std::shared_ptr<platform::MainThread> mainThread_;

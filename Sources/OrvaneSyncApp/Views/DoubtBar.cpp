@@ -94,7 +94,7 @@ void DoubtBar::cure(const CureStep& step) {
     desktop_.run(step.command, step.arguments, [self = QPointer(this), step, before](const JSON&) {
         if (!self) return;
         if (step.scansAgain) {
-            if (self->whenScanWanted) self->whenScanWanted();
+            if (self->desktop_.whenScanWanted) self->desktop_.whenScanWanted();
         } else {
             const SyncGroupList& now = self->desktop_.controller().work().syncGroups();
             const std::size_t changed = now.changesSince(before).changed.size();

@@ -18,8 +18,6 @@ class DoubtBar : public QFrame {
     void show(std::vector<ResultsViewModel::Doubt> doubts);
 
     std::function<void(const std::vector<UUID>&)> whenClipsWanted;
-    /// A cure has changed what is matched.
-    std::function<void()> whenScanWanted;
     /// A cure has done all that it does.
     std::function<void()> whenCured;
 

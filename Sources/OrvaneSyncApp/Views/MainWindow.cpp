@@ -154,6 +154,9 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
 
 void MainWindow::observe() {
     desktop_.whenRefused = [this](const QString& why) { tellHere(Signal::missing, why); };
+    desktop_.whenScanWanted = [this] {
+        if (desktop_.isEnabled("startScan")) startScan();
+    };
     workObservation_ = desktop_.controller().onChange([this](ImportField field) {
         if (field == ImportField::progress) return;
         if (field == ImportField::project) sessionOfProject_ = desktop_.sessions().currentSessionId();
@@ -201,6 +204,7 @@ void MainWindow::observe() {
 
 MainWindow::~MainWindow() {
     desktop_.whenRefused = nullptr;
+    desktop_.whenScanWanted = nullptr;
     screen_ = Screen::results;
     leavePlayers();
 }
@@ -213,9 +217,6 @@ ResultsView& MainWindow::results() {
         forget(toldHere_);
         updateActions();
         updateStatus();
-    };
-    results_->whenScanWanted = [this] {
-        if (desktop_.isEnabled("startScan")) startScan();
     };
     results_->openMulticam = [this] { openCamerasOfSelected(); };
     // The key press that opens a clip is over before the review takes keys: Return means another thing there.

@@ -149,9 +149,6 @@ ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
         search_->clear();
         select(clips);
     };
-    doubts_->whenScanWanted = [this] {
-        if (whenScanWanted) whenScanWanted();
-    };
     doubts_->whenCured = [this] { showDoubts(); };
 
     auto* splitter = new QSplitter(Qt::Vertical);

@@ -42,8 +42,6 @@ class ResultsView : public QWidget {
     void runForSelection(std::string_view command);
     /// Has the selected clips listened to, one after the other.
     void analyseSelection();
-    /// A cure has changed what is matched.
-    std::function<void()> whenScanWanted;
     void rename(const UUID& clip);
     /// Those that are among the rows; the first comes into view. Without any the selection stays.
     void select(const std::vector<UUID>& clips);

@@ -31,7 +31,8 @@ DoubtsSection::DoubtsSection(Desktop& desktop)
 void DoubtsSection::take(const CureStep& step) {
     run(step.command, step.arguments,
         [alive = QPointer<DoubtsSection>(this), scans = step.scansAgain](const JSON&) {
-            if (scans && alive != nullptr) alive->desktop().run("startScan");
+            if (scans && alive != nullptr && alive->desktop().whenScanWanted)
+                alive->desktop().whenScanWanted();
         });
 }
 

@@ -163,11 +163,24 @@ std::optional<OutlineModel::PlaceInList> OutlineModel::placeInList(const UUID& g
 
 OutlineModel::Counts OutlineModel::counts() const {
     const OpenWork& work = controller_.work();
-    Counts counts{.all = work.syncGroups().size(), .shown = order_.size()};
-    for (const SyncGroup& group : work.syncGroups()) {
-        if (group.isLocked) ++counts.locked;
-        if (group.matchStatus.kind == MatchStatus::Kind::ambiguous) ++counts.toDecide;
-    }
+    const auto isToDecide = [](const SyncGroup& group) {
+        return group.matchStatus.kind == MatchStatus::Kind::ambiguous;
+    };
+    Counts counts = counts_.of(
+        work.syncGroups(),
+        [&](const SyncGroup& before, const SyncGroup& now) {
+            return before.isLocked == now.isLocked && isToDecide(before) == isToDecide(now);
+        },
+        [&] {
+            Counts all;
+            for (const SyncGroup& group : work.syncGroups()) {
+                if (group.isLocked) ++all.locked;
+                if (isToDecide(group)) ++all.toDecide;
+            }
+            return all;
+        });
+    counts.all = work.syncGroups().size();
+    counts.shown = order_.size();
     return counts;
 }
 

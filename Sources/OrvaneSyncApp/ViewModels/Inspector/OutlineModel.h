@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/DerivedFromClips.h"
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
 #include "OrvaneSyncCore/Utilities/SearchWords.h"
@@ -103,6 +104,7 @@ class OutlineModel {
     std::vector<UUID> order_; ///< of the clips shown
     std::map<UUID, std::size_t> rowByGroup_;
     std::map<UUID, std::size_t> placeInOrder_;
+    mutable DerivedFromClips<Counts> counts_; ///< `locked` and `toDecide`
     platform::Subscription observation_;
 };
 

@@ -68,11 +68,17 @@ void ResultsViewModel::toggleFolded(std::size_t row) {
 ResultsViewModel::Counts ResultsViewModel::counts() const {
     const OpenWork& work = controller_.work();
     const SyncDoubts& doubts = controller_.doubts();
-    const auto doubtful = std::ranges::count_if(work.syncGroups(), [&](const SyncGroup& group) {
+    if (doubtsRevision() != doubtfulRevision_) doubtfulCount_.reset();
+    doubtfulRevision_ = doubtsRevision();
+    const auto isDoubtful = [&](const SyncGroup& group) {
         return certaintyOf(group, doubts) == Certainty::doubtful;
-    });
+    };
+    const std::size_t doubtful = doubtfulCount_.of(
+        work.syncGroups(),
+        [&](const SyncGroup& before, const SyncGroup& now) { return isDoubtful(before) == isDoubtful(now); },
+        [&] { return static_cast<std::size_t>(std::ranges::count_if(work.syncGroups(), isDoubtful)); });
     return {work.syncGroups().size(), static_cast<std::size_t>(work.matchedCount()),
-            static_cast<std::size_t>(work.unmatchedCount()), static_cast<std::size_t>(doubtful)};
+            static_cast<std::size_t>(work.unmatchedCount()), doubtful};
 }
 
 std::optional<std::size_t> ResultsViewModel::rowOf(const UUID& groupID) const {

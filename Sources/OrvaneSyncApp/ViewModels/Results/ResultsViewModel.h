@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/DerivedFromClips.h"
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "OrvaneSyncApp/ViewModels/Results/DoubtCures.h"
 #include "OrvaneSyncCore/Services/Naming/ResultsList.h"
@@ -158,6 +159,8 @@ class ResultsViewModel {
     std::vector<UUID> order_;
     std::map<UUID, std::size_t> rowByGroup_;
     std::ptrdiff_t loudnessCount_ = 0; ///< rows whose loudness is known
+    mutable DerivedFromClips<std::size_t> doubtfulCount_;
+    mutable std::uint64_t doubtfulRevision_ = 0; ///< of the doubts by which these were counted
     platform::Subscription observation_;
 };
 

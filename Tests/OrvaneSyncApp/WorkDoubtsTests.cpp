@@ -1,9 +1,14 @@
 #include "ControllerTest.h"
+#include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncApp/ViewModels/Results/ListeningTexts.h"
 #include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "Support/Assets.h"
 #include "Support/TemporaryDirectory.h"
+
+#include <cmath>
+#include <random>
 
 namespace orvane {
 namespace {
@@ -59,6 +64,50 @@ TEST_F(WorkDoubtsTest, SayWhyAClipHasNoMatch) {
     EXPECT_EQ(reason(), "");
     controller_->clips().toggleMOS(clip);
     EXPECT_EQ(reason(), "no sound at that time");
+}
+
+TEST_F(WorkDoubtsTest, ListeningSaysWhatItFoundWithoutAnyMatch) {
+    const test::TemporaryDirectory folder;
+    constexpr std::uint32_t rate = 8000;
+    // Noise that changes its level as speech does; the camera hears the take from its sixth second on.
+    std::mt19937 random(1);
+    std::uniform_real_distribution<float> level(-50, -10), noise(-1, 1);
+    std::vector<float> take(std::size_t{25} * rate);
+    float gain = 0;
+    for (std::size_t i = 0; i < take.size(); ++i) {
+        if (i % (rate * 3 / 10) == 0) gain = std::pow(10.0F, level(random) / 20);
+        take[i] = gain * noise(random);
+    }
+    const auto begin = take.begin() + 6 * rate;
+    const auto write = [&](MediaAsset asset, const std::vector<float>& samples) {
+        asset.url = FileURL{folder.path(asset.filename + ".wav")};
+        asset.channelCount = 1;
+        test::WaveMaker()
+            .format({.channels = 1, .sampleRate = rate})
+            .samples(samples)
+            .writeTo(asset.url.path);
+        return asset;
+    };
+    const MediaAsset recording = write(test::audio("T", "", 25), take);
+    const auto clip = write(test::video("A", "", 12), {begin, begin + 12 * rate});
+    const auto silent = write(test::video("B", "", 12), std::vector<float>(12 * rate));
+    for (const auto& [videos, said] :
+         {std::pair(std::vector{clip, silent},
+                    "For 2 clips the camera's sound was looked for in recordings that "
+                    "may belong to it, and found for 1 clip."),
+          std::pair(std::vector{silent},
+                    "For 1 clip the camera's sound was looked for in recordings that may "
+                    "belong to it, and found nowhere."),
+          std::pair(std::vector{test::video("C", "", 12)}, "There is nothing to listen to")}) {
+        controller_->openStoredWork(
+            {{}, {}, SyncEngine().match(videos, {recording}, MatchRules()), {WildTrack(recording)}});
+        const platform::Task listening = controller_->listenForDoubts();
+        EXPECT_EQ(listening.isDone(), !controller_->derivedDoubts().listening())
+            << "it can be seen and stopped";
+        finish(listening);
+        const std::string told = heardText(controller_->derivedDoubts().listened(), false);
+        EXPECT_TRUE(told.starts_with(said)) << told;
+    }
 }
 
 TEST_F(WorkDoubtsTest, AreKeptByAMarkOnAClipWithoutARecording) {

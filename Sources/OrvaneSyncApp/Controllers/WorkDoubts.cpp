@@ -227,12 +227,16 @@ platform::Task WorkDoubts::deriveOnQueue(std::weak_ptr<const WorkDoubts> weak, s
     self->work_.notify(ImportField::doubts);
 }
 
-std::size_t WorkDoubts::heardCount() const {
-    return heard_ ? clipsWith(work_.syncGroups(),
-                              [&](const UUID& match) {
-                                  return heard_->lags.contains(match) || heard_->elsewhere.contains(match);
-                              })
-                  : 0;
+WorkDoubts::Listened WorkDoubts::cameOf(const HeardSound& heard, std::size_t matched) const {
+    std::unordered_set<UUID> suggested, found;
+    for (const auto& [key, claim] : heard.claims) {
+        suggested.insert(std::get<0>(key));
+        if (claim.offsetSeconds) found.insert(std::get<0>(key));
+    }
+    const auto isHeard = [&](const UUID& match) {
+        return heard.lags.contains(match) || heard.elsewhere.contains(match);
+    };
+    return {matched, clipsWith(work_.syncGroups(), isHeard), suggested.size(), found.size()};
 }
 
 std::size_t WorkDoubts::clipsOf(const std::vector<SoundLag::Pair>& pairs) const {
@@ -244,9 +248,12 @@ std::size_t WorkDoubts::clipsOf(const std::vector<SoundLag::Pair>& pairs) const 
 platform::Task WorkDoubts::listen() {
     auto pairs = SoundLag::pairsToHear(work_.syncGroups());
     // What timecode suggests can be heard without any clip that has its sound.
-    if (pairs.empty() && !haveMicrophones(work_.syncGroups())) return platform::Task::ended();
+    if (pairs.empty() && !haveMicrophones(work_.syncGroups())) {
+        listened_ = {};
+        return platform::Task::ended();
+    }
     if (!listeningQueue_) listeningQueue_ = platform::SerialQueue::create("doubts");
-    if (!pairs.empty()) show(Listening{0, clipsOf(pairs)});
+    show(Listening{0, clipsOf(pairs)});
     return work_.running.add(listenToPairs(work_.weak(this), std::move(pairs), ++listeningNumber_));
 }
 
@@ -258,8 +265,9 @@ void WorkDoubts::show(std::optional<Listening> progress) {
 platform::Task WorkDoubts::listenToPairs(std::weak_ptr<WorkDoubts> weak, std::vector<SoundLag::Pair> pairs,
                                          std::uint64_t number) {
     auto self = weak.lock();
+    const std::size_t matched = self->clipsOf(pairs);
     // Thirty at most, so that each is worth a notice.
-    auto progress = [weak, number, count = pairs.size(), total = self->clipsOf(pairs),
+    auto progress = [weak, number, count = pairs.size(), total = matched,
                      mainThread = self->work_.environment.mainThread](std::size_t pairsDone) {
         mainThread->post([weak, number, total, done = pairsDone * total / count] {
             const auto own = weak.lock();
@@ -285,6 +293,7 @@ platform::Task WorkDoubts::listenToPairs(std::weak_ptr<WorkDoubts> weak, std::ve
     }
     ended();
     if (!self) co_return;
+    self->listened_ = self->cameOf(heard, matched);
     self->heard_ = std::make_shared<const HeardSound>(std::move(heard));
     self->begunBy_.reset();
     self->work_.notify(ImportField::doubts); // whoever shows them asks

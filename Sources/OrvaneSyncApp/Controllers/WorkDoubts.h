@@ -79,14 +79,22 @@ class WorkDoubts {
     /// recordings are longer than clips. What is heard counts from then on. Where it is stopped, what was
     /// heard before stays.
     platform::Task listen();
-    /// How far the listening is, in clips.
+    /// How far the listening is, in clips that have their sound. Other clips may follow: when all of these
+    /// are done, or where there are none, how long it takes is not known.
     struct Listening {
         std::size_t done = 0, total = 0;
     };
     /// Absent while nobody listens. `ImportField::progress` is notified when it changes.
     const std::optional<Listening>& listening() const { return progress_; }
-    /// Of how many clips it was heard where their sound lies.
-    std::size_t heardCount() const;
+    /// What the last listening came to that was not stopped, in clips.
+    struct Listened {
+        std::size_t matched = 0;   ///< that were compared with the recordings under them
+        std::size_t heard = 0;     ///< of which it was heard where their sound lies
+        std::size_t suggested = 0; ///< that were compared with recordings which may belong to them
+        std::size_t found = 0;     ///< of which one of these was heard
+        bool operator==(const Listened&) const = default;
+    };
+    const Listened& listened() const { return listened_; }
 
   private:
     /// By group.
@@ -103,6 +111,8 @@ class WorkDoubts {
     static platform::Task listenToPairs(std::weak_ptr<WorkDoubts> weak, std::vector<SoundLag::Pair> pairs,
                                         std::uint64_t number);
     std::size_t clipsOf(const std::vector<SoundLag::Pair>& pairs) const;
+    /// `matched`: clips that were compared with the recordings under them.
+    Listened cameOf(const HeardSound& heard, std::size_t matched) const;
     void show(std::optional<Listening> progress);
 
     OpenWork& work_;
@@ -122,6 +132,7 @@ class WorkDoubts {
     std::unique_ptr<platform::SerialQueue> listeningQueue_;
     std::optional<Listening> progress_; ///< of the listening that was begun last
     std::uint64_t listeningNumber_ = 0;
+    Listened listened_;
 };
 
 } // namespace orvane

@@ -324,14 +324,17 @@ void MainWindow::runForClips(std::string_view id) {
 void MainWindow::listenToCards() {
     banner_->clear();
     showResults();
-    const auto total = std::make_shared<std::size_t>(0); // clips that are listened to
-    work_->run("diagnose", tr("The cards are listened to…"), [this, total] {
-        const ImportController& controller = desktop_.controller();
-        const bool isInDoubt = !controller.doubts().summary(controller.work().syncGroups()).empty();
-        const std::size_t heard = *total > 0 ? controller.derivedDoubts().heardCount() : 0;
-        banner_->show(Signal::none, translatedSentence(heardText(heard, *total, isInDoubt)));
+    work_->run("diagnose", tr("The cards are listened to…"), [this] {
+        // What was heard counts in the doubts that are derived from then on.
+        desktop_.controller().derivedDoubts().derive().whenDone(
+            [self = QPointer(this)](const std::exception_ptr&) {
+                if (!self) return;
+                const ImportController& controller = self->desktop_.controller();
+                const bool isInDoubt = !controller.doubts().summary(controller.work().syncGroups()).empty();
+                const auto& listened = controller.derivedDoubts().listened();
+                self->banner_->show(Signal::none, translatedSentence(heardText(listened, isInDoubt)));
+            });
     });
-    if (const auto& listening = desktop_.controller().derivedDoubts().listening()) *total = listening->total;
     updateActions();
 }
 

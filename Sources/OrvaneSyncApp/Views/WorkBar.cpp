@@ -105,8 +105,9 @@ void WorkBar::showWork() {
     } else if (!running_.empty()) {
         sentence = running_.front().title;
         bar_->setRange(0, 0); // that it goes on is all that is known
-        if (const auto& heard = desktop_.controller().derivedDoubts().listening()) {
-            sentence = translatedSentence(listeningText(heard->done, heard->total));
+        const auto& heard = desktop_.controller().derivedDoubts().listening();
+        if (heard && heard->done < heard->total) {
+            sentence = translatedSentence(listeningText(*heard));
             bar_->setRange(0, static_cast<int>(heard->total));
             bar_->setValue(static_cast<int>(heard->done));
         }

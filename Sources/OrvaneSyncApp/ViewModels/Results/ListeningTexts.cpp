@@ -2,20 +2,41 @@
 
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
+#include <utility>
+
 namespace orvane {
 
-std::string listeningText(std::size_t done, std::size_t total) {
-    return "Listening to the cards: " + std::to_string(done) + " of " + std::to_string(total) + " clips";
+std::string listeningText(const WorkDoubts::Listening& progress) {
+    return "Listening to the cards: " + std::to_string(progress.done) + " of " +
+           std::to_string(progress.total) + " clips";
 }
 
-std::string heardText(std::size_t heard, std::size_t total, bool isInDoubt) {
-    if (total == 0)
-        return "There is nothing to listen to: it takes three clips of a card whose camera recorded sound.";
-    if (heard == 0)
-        return "Of " + counted(static_cast<long long>(total), "clip", "clips") +
-               " none sounds plainly like its recording, so that the clocks stay as they are.";
-    return "The sound of " + counted(static_cast<long long>(heard), "clip", "clips") + " was compared; " +
-           (isInDoubt ? "what is in doubt stands above the list." : "nothing is in doubt.");
+std::string heardText(const WorkDoubts::Listened& listened, bool isInDoubt) {
+    const auto clips = [](std::size_t count) {
+        return counted(static_cast<long long>(count), "clip", "clips");
+    };
+    std::string said;
+    const auto say = [&](std::string_view sentence) {
+        said += (said.empty() ? "" : " ");
+        said += sentence;
+    };
+    if (listened.matched == 0 && listened.suggested == 0)
+        say("There is nothing to listen to: it takes three matched clips of a card whose camera recorded "
+            "sound, or recordings that may belong to clips without sound.");
+    if (listened.matched > 0)
+        say(listened.heard > 0
+                ? "The sound of " + clips(listened.heard) + " was compared."
+                : "Of " + clips(listened.matched) +
+                      " none sounds plainly like its recording, so that the clocks stay as they are.");
+    if (listened.suggested > 0)
+        say("For " + clips(listened.suggested) +
+            " the camera's sound was looked for in recordings that may belong to it, and found " +
+            (listened.found > 0 ? "for " + clips(listened.found) : "nowhere") + ".");
+    if (isInDoubt)
+        say("What is in doubt stands above the list.");
+    else if (listened.heard > 0)
+        say("Nothing is in doubt.");
+    return said;
 }
 
 } // namespace orvane

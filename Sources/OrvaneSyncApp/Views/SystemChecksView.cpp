@@ -61,7 +61,8 @@ void SystemChecksView::show(std::vector<SystemCheck> found) {
         if (one != looking_) delete one; // of the look before
     for (int i = 0; i < static_cast<int>(checks_.size()); ++i) {
         const SystemCheck& check = checks_[static_cast<std::size_t>(i)];
-        QLabel* name = label(translated(check.name));
+        const QString caption = translated(check.name);
+        QLabel* name = label(caption.left(1).toUpper() + caption.mid(1));
         QLabel* detail = facts(translatedSentence(check.detail));
         // On the line of the badge, which is higher.
         for (QLabel* one : {name, detail}) one->setContentsMargins(0, space::tight / 2, 0, 0);

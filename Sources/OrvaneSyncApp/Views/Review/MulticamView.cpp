@@ -73,6 +73,7 @@ class MulticamView::Cell : public QFrame {
         shown->setText(name); // cameras count their clips at the beginning
         shown->setToolTip(name);
         row->addWidget(shown, 1);
+        row->addSpacing(space::small);
         timecode_ = facts({});
         timecode_->setFont(timecodeFont());
         timecode_->setWordWrap(false);

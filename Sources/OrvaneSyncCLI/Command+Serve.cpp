@@ -2,7 +2,7 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/LineReader.h"
 #include "OrvaneSyncCLI/LineWriter.h"
-#include "OrvaneSyncCLI/MessageRoom.h"
+#include "OrvaneSyncCLI/PendingMessageLimit.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
 #include "Platform/Completion.h"
 #include "Platform/Interrupt.h"
@@ -37,7 +37,7 @@ class MessageReader {
     void readAll(std::istream& in) {
         LineReader lines(in);
         while (auto line = lines.next()) {
-            room_.take(line->text.size());
+            pending_.acquire(line->text.size());
             // Messages that go ahead are answered at once.
             const auto isThereRoom = std::make_shared<std::binary_semaphore>(0);
             answers_.whenRoom([isThereRoom] { isThereRoom->release(); });
@@ -50,17 +50,17 @@ class MessageReader {
     void take(LineReader::Line line) {
         const std::size_t bytes = line.text.size();
         if (line.isWhole)
-            return server_.receive(std::move(line.text), [this, bytes] { room_.giveBack(bytes); });
+            return server_.receive(std::move(line.text), [this, bytes] { pending_.release(bytes); });
         server_.refuse("the message is longer than " + std::to_string(LineReader::longestLine >> 20U) +
                        " MB");
-        room_.giveBack(bytes);
+        pending_.release(bytes);
     }
 
     LineWriter& answers_;
     std::shared_ptr<platform::RunLoop> loop_;
     rpc::Server& server_;
     const std::function<void()> whenAllServed_;
-    MessageRoom room_;
+    PendingMessageLimit pending_;
     std::thread thread_;
 };
 

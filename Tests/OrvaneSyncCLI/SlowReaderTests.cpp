@@ -1,5 +1,5 @@
 #include "OrvaneSyncCLI/LineWriter.h"
-#include "OrvaneSyncCLI/MessageRoom.h"
+#include "OrvaneSyncCLI/PendingMessageLimit.h"
 #include "OrvaneSyncCLI/RunCommand.h"
 #include "Platform/Files.h"
 #include "Support/TemporaryDirectory.h"
@@ -65,22 +65,22 @@ TEST(LineWriter, neverHoldsUpWhoWritesAndKeepsTheOrder) {
     EXPECT_TRUE(text.starts_with("first\nxxx") && text.ends_with("xxx\nlast\n"));
 }
 
-TEST(MessageRoom, holdsSoManyBytesAndMessagesTogether) {
+TEST(PendingMessageLimit, holdsSoManyBytesAndMessagesTogether) {
     constexpr std::size_t megabyte = std::size_t{1} << 20U;
-    cli::MessageRoom room;
-    EXPECT_TRUE(room.tryTake(100 * megabyte)) << "one alone is served, whatever it takes";
-    EXPECT_FALSE(room.tryTake(0));
-    room.giveBack(100 * megabyte);
-    EXPECT_TRUE(room.tryTake(40 * megabyte) && room.tryTake(24 * megabyte));
-    EXPECT_FALSE(room.tryTake(1));
-    std::thread waiting([&] { room.take(60 * megabyte); });
-    room.giveBack(24 * megabyte);
-    room.giveBack(40 * megabyte);
+    cli::PendingMessageLimit limit;
+    EXPECT_TRUE(limit.tryAcquire(100 * megabyte)) << "one alone is served, whatever it takes";
+    EXPECT_FALSE(limit.tryAcquire(0));
+    limit.release(100 * megabyte);
+    EXPECT_TRUE(limit.tryAcquire(40 * megabyte) && limit.tryAcquire(24 * megabyte));
+    EXPECT_FALSE(limit.tryAcquire(1));
+    std::thread waiting([&] { limit.acquire(60 * megabyte); });
+    limit.release(24 * megabyte);
+    limit.release(40 * megabyte);
     waiting.join();
-    EXPECT_FALSE(room.tryTake(5 * megabyte)) << "the one that waited has it";
-    room.giveBack(60 * megabyte);
-    for (std::size_t i = 0; i < 256; ++i) EXPECT_TRUE(room.tryTake(1));
-    EXPECT_FALSE(room.tryTake(1));
+    EXPECT_FALSE(limit.tryAcquire(5 * megabyte)) << "the one that waited has it";
+    limit.release(60 * megabyte);
+    for (std::size_t i = 0; i < 256; ++i) EXPECT_TRUE(limit.tryAcquire(1));
+    EXPECT_FALSE(limit.tryAcquire(1));
 }
 
 /// A store whose writes end when the test says so.
@@ -135,7 +135,7 @@ char stateOf(pid_t thread) {
 }
 
 TEST(Serve, leavesInThePipeWhatHasNoRoomBehindARequestThatWaits) {
-    constexpr int most = cli::MessageRoom::mostMessages, count = most + 50;
+    constexpr int most = cli::PendingMessageLimit::mostMessages, count = most + 50;
     const TemporaryDirectory folder;
     const ScopedEnvironment data("XDG_DATA_HOME", folder.path().c_str());
     CountedRequests requests(count);

@@ -194,8 +194,9 @@ bool OpenWork::differsFrom(const Step& before) const {
     if (before.groups.size() != syncGroups_.size()) return true;
     const SyncGroupChanges changes = syncGroups_.changesSince(before.groups);
     if (!changes.came.empty() || !changes.moved.empty()) return true;
-    return std::ranges::any_of(
-        changes.changed, [&](std::size_t row) { return !saySame(before.groups[row], syncGroups_[row]); });
+    return std::ranges::any_of(changes.changed, [&](std::size_t row) {
+        return !haveSameContents(before.groups[row], syncGroups_[row]);
+    });
 }
 
 void OpenWork::withUndo(const UndoStep& step, const std::function<void()>& mutation) {
@@ -241,9 +242,9 @@ void OpenWork::continueUndo(const UndoStep& step) {
     steps_->continueLastStep(step, environment.clock->now());
 }
 
-void OpenWork::undo() { travel(true); }
+void OpenWork::undo() { applyStep(true); }
 
-void OpenWork::redo() { travel(false); }
+void OpenWork::redo() { applyStep(false); }
 
 UndoState OpenWork::undoState() const { return steps_->state(); }
 
@@ -251,14 +252,14 @@ std::uint64_t OpenWork::undoMark() const { return steps_->mark(); }
 
 bool OpenWork::isUndoClearedSince(std::uint64_t mark) const { return steps_->isClearedSince(mark); }
 
-void OpenWork::travel(bool isBack) {
+void OpenWork::applyStep(bool isUndo) {
     notices.together([&] {
-        const Step* ahead = steps_->ahead(isBack);
+        const Step* ahead = steps_->ahead(isUndo);
         if (ahead == nullptr) return;
         Step target = present();
         if (const auto& setting = ahead->setting)
             target.setting = {setting->key, environment.settings->value(setting->key)};
-        isBack ? steps_->undo(target) : steps_->redo(target);
+        isUndo ? steps_->undo(target) : steps_->redo(target);
         if (const auto& setting = target.setting)
             setting->value ? environment.settings->set(setting->key, *setting->value)
                            : environment.settings->remove(setting->key);
@@ -267,7 +268,7 @@ void OpenWork::travel(bool isBack) {
         // is that of work that was not there yet.
         if (wasEmpty) isEmptinessRedone_ = isEmptiedByEdit_;
         const SyncGroupList clipsBefore = std::exchange(syncGroups_, target.groups);
-        isEmptiedByEdit_ = syncGroups_.empty() && !isBack && isEmptinessRedone_;
+        isEmptiedByEdit_ = syncGroups_.empty() && !isUndo && isEmptinessRedone_;
         isEdited_ = true;
         WildTracks wildTracks = wildTracksOf(target, clipsBefore);
         const bool isOfOtherScan = std::exchange(scan_, target.scan) != target.scan;

@@ -105,7 +105,7 @@ class OpenWork : public WorkState {
     Step present() const;
     bool differsFrom(const Step& before) const;
     void addStep(const UndoStep& step, Step before);
-    void travel(bool isBack);
+    void applyStep(bool isUndo);
     WildTracks wildTracksOf(const Step& target, const SyncGroupList& clipsBefore) const;
     bool mayHoldDecisions() const;
 

@@ -57,7 +57,7 @@ ByPath byPath(const SyncGroupList& matched) {
 SyncGroupList::Element laid(const SyncGroupList::Element& before, const ByPath& matched) {
     auto own = std::make_shared<SyncGroup>(*before);
     layMatches(*own, *matched.at(before->video.url.path));
-    return saySame(*before, *own) ? before : std::move(own);
+    return haveSameContents(*before, *own) ? before : std::move(own);
 }
 
 /// Of a clip that was settled by hand the chosen recording stays the chosen one while it is there, whichever

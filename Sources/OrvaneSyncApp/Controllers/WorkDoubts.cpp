@@ -28,7 +28,7 @@ bool areDoubtedAlike(const SyncGroup& before, const SyncGroup& now) {
     other.masterGainDB = before.masterGainDB;
     other.masterGainAuto = before.masterGainAuto;
     other.measuredLUFS = before.measuredLUFS;
-    return saySame(before, other);
+    return haveSameContents(before, other);
 }
 
 /// Of how many clips a recording is one of those.

@@ -18,7 +18,7 @@ void matchAgain(Desktop& desktop, QWidget* of, const std::vector<UUID>& clips) {
         const SyncGroupList& now = desktop.controller().work().syncGroups();
         const auto changed = std::ranges::count_if(clips, [&](const UUID& id) {
             const SyncGroup *was = before.find(id), *is = now.find(id);
-            return was != nullptr && is != nullptr && !saySame(*was, *is);
+            return was != nullptr && is != nullptr && !haveSameContents(*was, *is);
         });
         design::showToast(window, changed == 0
                                       ? QObject::tr("Matched again: nothing has changed.")

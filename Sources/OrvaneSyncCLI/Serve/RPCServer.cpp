@@ -111,11 +111,11 @@ Server::Server(CommandContext& context, std::vector<Command> commands, Write wri
 
 Server::~Server() { context_.cancelRequest = nullptr; }
 
-bool Server::goesAhead(const JSON& message) const {
+bool Server::isServedAtOnce(const JSON& message) const {
     const JSON* method = message.isObject() ? message.find("method") : nullptr;
     if (method == nullptr || method->string() == nullptr) return false;
     const auto command = commands_.find(*method->string());
-    return command != commands_.end() && command->second.goesAhead;
+    return command != commands_.end() && command->second.isServedAtOnce;
 }
 
 bool Server::cancel(const JSON& id) {
@@ -142,7 +142,7 @@ void Server::receive(std::string line, std::function<void()> whenServed) {
     } catch (const platform::JSONError& error) {
         waiting->problem = error.what();
     }
-    if (isServing_ && waiting->message && goesAhead(*waiting->message)) {
+    if (isServing_ && waiting->message && isServedAtOnce(*waiting->message)) {
         serve(waiting); // waits for nothing, so it is done when this returns
         if (waiting->whenServed) waiting->whenServed();
         return;

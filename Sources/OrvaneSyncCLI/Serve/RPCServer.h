@@ -68,7 +68,7 @@ class Server {
     platform::Task serve(std::shared_ptr<Waiting> waiting);
     platform::Task finished(const Command& command, Call call, JSON id, std::shared_ptr<JSON> result);
     /// One that is not held up by those before it.
-    bool goesAhead(const JSON& message) const;
+    bool isServedAtOnce(const JSON& message) const;
     /// Whether there was such a request.
     bool cancel(const JSON& id);
     platform::Task answer(JSON request, std::shared_ptr<const Waiting> waiting,

@@ -146,7 +146,7 @@ bool haveSameFields(const Record& a, const Record& b) {
 
 } // namespace
 
-bool saySame(const SyncGroup& a, const SyncGroup& b) { return haveSameFields(a, b); }
+bool haveSameContents(const SyncGroup& a, const SyncGroup& b) { return haveSameFields(a, b); }
 
 bool holdsDecisions(const SyncGroup& group) {
     return group.audioAnchorOffsetInAudioSeconds || holdsDecisionsBesideClap(group);

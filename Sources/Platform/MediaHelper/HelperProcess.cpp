@@ -123,11 +123,11 @@ void closeIfOpen(int descriptor) {
 } // namespace
 
 namespace {
-std::atomic<bool> isMissed = false;
+std::atomic<bool> isStartFailed = false;
 } // namespace
 
-bool wasMissed() { return isMissed; }
-void noteMissed() { isMissed = true; }
+bool hasStartFailed() { return isStartFailed; }
+void setStartFailed() { isStartFailed = true; }
 int sharingError() { return lastSharingError; }
 
 const std::string& programPath() {
@@ -158,7 +158,7 @@ std::shared_ptr<Process> Process::borrow(Purpose purpose) {
     while (process && !process->isAlive()) process = takeFree(purpose);
     if (!process) process = start(purpose);
     if (!process || process->about_.version != helperVersion) {
-        noteMissed();
+        setStartFailed();
         return nullptr;
     }
     return {process.release(), [](Process* returned) {

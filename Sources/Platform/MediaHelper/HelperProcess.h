@@ -77,8 +77,8 @@ class Process {
 std::optional<About> tryToStart();
 
 /// Whether one was asked for and did not start. Any thread.
-bool wasMissed();
-void noteMissed();
+bool hasStartFailed();
+void setStartFailed();
 /// The system's error where no memory could be shared with the last one that was to start; 0 where one could.
 int sharingError();
 

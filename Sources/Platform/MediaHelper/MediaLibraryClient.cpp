@@ -144,7 +144,7 @@ bool canDecode(const std::string& codec) noexcept {
 
 } // namespace
 
-bool mediaLibraryWasMissed() { return helper::wasMissed(); }
+bool mediaLibraryWasMissed() { return helper::hasStartFailed(); }
 
 std::string whyNoSharedMemory() {
     const int error = helper::sharingError();
@@ -164,7 +164,7 @@ MediaHelper mediaHelper() {
 const MediaLibrary* mediaLibrary() {
     static const MediaLibrary library{inspect, openAudio, openAudioTracks, canDecode};
     if (!helper::programPath().empty()) return &library;
-    helper::noteMissed();
+    helper::setStartFailed();
     return nullptr;
 }
 

@@ -72,14 +72,14 @@ bool LibavPictures::load() {
     for (unsigned i = 0; i < (*file_)->nb_streams; ++i)
         if ((*file_)->streams[i] != stream_) (*file_)->streams[i]->discard = AVDISCARD_ALL;
     times_ = PictureTimes(*file_->get(), *stream_, file_->size());
-    if (file_->isMovie() && !times_.hasIndex()) learnOrigin();
+    if (file_->isMovie() && !times_.hasIndex()) readFirstTimestamp();
     orientation_ = PictureOrientation::of(reinterpret_cast<const std::int32_t*>(
         av_stream_get_side_data(stream_, AV_PKT_DATA_DISPLAYMATRIX, nullptr)));
     return openDecoder(*avcodec_find_decoder(parameters.codec_id));
 }
 
 /// A movie in fragments does not say when its first picture is shown.
-void LibavPictures::learnOrigin() {
+void LibavPictures::readFirstTimestamp() {
     for (int packets = 0; packets < mostKeylessPackets; ++packets) {
         if (av_read_frame(file_->get(), packet_.get()) < 0) return;
         const bool isFirst = packet_->stream_index == stream_->index &&

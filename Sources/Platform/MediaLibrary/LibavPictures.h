@@ -52,7 +52,7 @@ class LibavPictures {
 
     explicit LibavPictures(std::string path) : path_(std::move(path)) {}
     bool load();
-    void learnOrigin();
+    void readFirstTimestamp();
     bool openDecoder(const AVCodec& codec);
     void readFacts();
 

@@ -137,8 +137,8 @@ Command Command::forClips(Applies appliesToClip) && {
     return std::move(*this);
 }
 
-Command Command::ahead() && {
-    goesAhead = true;
+Command Command::servedAtOnce() && {
+    isServedAtOnce = true;
     return std::move(*this);
 }
 

@@ -111,7 +111,7 @@ struct Command {
     Command undoneBy(const UndoStep& itsStep) &&;
     Command when(Enabled isEnabledNow) &&;
     Command forClips(Applies appliesToClip) &&;
-    Command ahead() &&;
+    Command servedAtOnce() &&;
     Command inMenu(Menu menu, int order, std::string_view key = {}) &&;
     /// Commands of the command line that do the same.
     Command alsoBy(std::initializer_list<std::string_view> commands) &&;
@@ -132,7 +132,7 @@ struct Command {
     Enabled enabled;           ///< null: always
     Applies applies = nullptr; ///< of a command for one clip; null: to every one
     /// Is about an operation that others wait for: where calls are served in turn, this one is not held up.
-    bool goesAhead = false;
+    bool isServedAtOnce = false;
     std::optional<MenuPlace> entry; ///< nothing: it is in no menu
     /// Of the command line, whose help shows this one.
     std::vector<std::string_view> counterparts;

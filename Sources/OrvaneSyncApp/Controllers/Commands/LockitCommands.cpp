@@ -109,7 +109,7 @@ std::vector<Command> lockitCommands() {
                 "Hands the address that the page has led to to the sign-in that waits; is not held up by it.",
                 {{"callbackURL", text}}, completeSignIn)
             .alsoBy({"lockit"})
-            .ahead(),
+            .servedAtOnce(),
         Command::later("signOut", "Sign Out", "Forgets who is signed in.", {}, signOut).alsoBy({"lockit"}),
         Command::later("lockitProjects", "Projects of LockitNetwork", "Lists the projects of the account.",
                        {}, projects)

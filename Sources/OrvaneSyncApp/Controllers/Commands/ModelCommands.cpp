@@ -60,7 +60,7 @@ std::vector<Command> modelCommands() {
                 "Stops the download of a model; the next one goes on from there.", {{"id", text}},
                 cancelDownload)
             .alsoBy({"models"})
-            .ahead(),
+            .servedAtOnce(),
         Command::later("deleteModel", "Delete Model", "Removes a downloaded model.", {{"id", text}}, remove)
             .alsoBy({"models"}),
     };

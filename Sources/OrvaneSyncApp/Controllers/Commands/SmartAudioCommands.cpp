@@ -89,7 +89,7 @@ std::vector<Command> smartAudioCommands() {
             .when([](const CommandContext& context) {
                 return context.controller->smartAudio().state().isAnalyzing;
             })
-            .ahead(),
+            .servedAtOnce(),
         Command("smartAudioResult", "Smart Audio Result", "Gives what Smart Audio found in the clip.",
                 {groupID}, smartAudioResult)
             .alsoBy({"analyze"})

@@ -243,7 +243,7 @@ std::vector<Command> workCommands() {
                 const ScanState state = context.controller->scan().scanState();
                 return state != ScanState::idle && state != ScanState::done;
             })
-            .ahead(),
+            .servedAtOnce(),
         Command("reset", "Close", "Goes back to empty work; the session that was open stays as it is.", {},
                 [](CommandContext& context, const Call&) {
                     if (context.sessions)
@@ -269,7 +269,8 @@ std::vector<Command> workCommands() {
                 {{"groupID", id, true}}, commandsJSON),
         Command("version", "Version", "Gives the version of the program.", {},
                 [](CommandContext&, const Call&) { return JSON(ORVANE_VERSION); }),
-        Command("cancel", "Cancel", "Stops the request of an identifier.", {{"id", any}}, cancel).ahead(),
+        Command("cancel", "Cancel", "Stops the request of an identifier.", {{"id", any}}, cancel)
+            .servedAtOnce(),
     };
 }
 

@@ -116,7 +116,7 @@ bool areNamedAlike(const SyncGroup& before, const SyncGroup& now) {
     other.masterGainDB = before.masterGainDB;
     other.masterGainAuto = before.masterGainAuto;
     other.measuredLUFS = before.measuredLUFS;
-    return saySame(before, other);
+    return haveSameContents(before, other);
 }
 
 std::vector<std::string> cameraFolders(const std::vector<const SyncGroup*>& clips) {

@@ -6,25 +6,25 @@
 
 namespace orvane::cli {
 
-/// What messages take that were read and not yet served. Those beyond wait in the pipe until there is room.
+/// Limits how many messages, and bytes of them, are read and not yet served. Those beyond wait in the pipe.
 /// Any thread.
-class MessageRoom {
+class PendingMessageLimit {
   public:
     static constexpr std::size_t mostMessages = 256;
     /// One alone may take more. What is made of a message takes several times as much.
     static constexpr std::size_t mostBytes = std::size_t{64} << 20U;
 
     /// Waits until there is room.
-    void take(std::size_t bytes) {
+    void acquire(std::size_t bytes) {
         std::unique_lock lock(mutex_);
-        freed_.wait(lock, [&] { return takeIfFree(bytes); });
+        freed_.wait(lock, [&] { return acquireIfFree(bytes); });
     }
     /// False, and nothing is taken, while there is none.
-    bool tryTake(std::size_t bytes) {
+    bool tryAcquire(std::size_t bytes) {
         const std::lock_guard lock(mutex_);
-        return takeIfFree(bytes);
+        return acquireIfFree(bytes);
     }
-    void giveBack(std::size_t bytes) {
+    void release(std::size_t bytes) {
         {
             const std::lock_guard lock(mutex_);
             --messages_;
@@ -34,7 +34,7 @@ class MessageRoom {
     }
 
   private:
-    bool takeIfFree(std::size_t bytes) {
+    bool acquireIfFree(std::size_t bytes) {
         if (messages_ > 0 && (messages_ >= mostMessages || bytes_ + bytes > mostBytes)) return false;
         ++messages_;
         bytes_ += bytes;

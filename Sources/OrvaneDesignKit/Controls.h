@@ -81,7 +81,7 @@ class Badge : public QWidget {
     QString text_;
 };
 
-/// Says at the place itself what happened and what to do, with a button for it. Hidden without a text.
+/// Shows beside the control what happened and what to do, with a button for it. Hidden without a text.
 class Banner : public QFrame {
   public:
     explicit Banner(QWidget* parent = nullptr);

@@ -40,7 +40,7 @@ class MessageReader {
             pending_.acquire(line->text.size());
             // Messages that go ahead are answered at once.
             const auto isThereRoom = std::make_shared<std::binary_semaphore>(0);
-            answers_.whenRoom([isThereRoom] { isThereRoom->release(); });
+            answers_.whenWritable([isThereRoom] { isThereRoom->release(); });
             isThereRoom->acquire();
             loop_->post([this, line = std::move(*line)]() mutable { take(std::move(line)); });
         }
@@ -142,12 +142,12 @@ void serve(Context& context, const Arguments& arguments) {
     // The interface thread never waits for who reads the answers: it would not see that it is to end.
     LineWriter answers(context.out);
     rpc::Server server(work, commands::allCommands(), [&](const std::string& line) { answers.write(line); });
-    server.whenRoom([&answers, loop] {
+    server.whenWritable([&answers, loop] {
         if (!answers.isFull()) return platform::Task::ended();
         auto room = std::make_shared<platform::Completion>(loop);
         const platform::Task task = room->task();
         // Handed on as a whole, so that it ends on the interface thread.
-        answers.whenRoom([loop, room = std::move(room)]() mutable {
+        answers.whenWritable([loop, room = std::move(room)]() mutable {
             loop->post([room = std::move(room)] { room->end(); });
         });
         return task;

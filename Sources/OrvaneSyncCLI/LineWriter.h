@@ -31,7 +31,7 @@ class LineWriter {
     void write(std::string line);
     bool isFull() const;
     /// Calls back once fewer bytes wait than `fullBytes`, or once none does: at once, or on the own thread.
-    void whenRoom(std::function<void()> callback) { whenBelow(fullBytes, std::move(callback)); }
+    void whenWritable(std::function<void()> callback) { whenBelow(fullBytes, std::move(callback)); }
     void whenWritten(std::function<void()> callback) { whenBelow(1, std::move(callback)); }
 
   private:

@@ -10,7 +10,7 @@
 namespace orvane::cli {
 
 /// One line on a terminal's standard error that says how far long work is: phase, count, bar and time left.
-/// Nothing at all elsewhere. Takes itself away when it goes.
+/// Nothing at all elsewhere. Cleared when it is destroyed.
 class ProgressLine {
   public:
     ProgressLine(Context& context, bool isQuiet);

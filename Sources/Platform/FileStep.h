@@ -25,12 +25,12 @@ class FileStep {
     FileStep* newer_ = nullptr;
 };
 
-/// Whether what is written gets any further; asked at regular moments by who waits for it. Counted in looks,
-/// so that a process that was halted meanwhile has not lost its time.
+/// Whether what is written makes progress; checked at regular moments by the thread that waits for it.
+/// Counted in checks, so that the time for which the process was halted does not count.
 class StalledWrites {
   public:
-    /// The file at which nothing has got any further for `looks` looks; empty where something has, or where
-    /// nobody writes: who has not begun to is at work.
+    /// The file that made no progress for `looks` checks; empty where something made some, or where nothing
+    /// is being written: a write that has not begun counts as progress.
     std::string look(int looks);
 
   private:

@@ -56,16 +56,16 @@ void discardAnsweringTemporaries() {
     }
 }
 
-[[noreturn]] void endWithStatus(int status, const std::string& lastWords) {
+[[noreturn]] void endWithStatus(int status, const std::string& exitMessage) {
     discardAnsweringTemporaries();
     // Past the streams, which another thread may be in the middle of.
-    if (::write(STDERR_FILENO, lastWords.data(), lastWords.size()) < 0) ::_exit(1);
+    if (::write(STDERR_FILENO, exitMessage.data(), exitMessage.size()) < 0) ::_exit(1);
     ::_exit(status);
 }
 
-[[noreturn]] void endBySignal(int signal, const std::string& lastWords) {
+[[noreturn]] void endBySignal(int signal, const std::string& exitMessage) {
     constexpr int endedBySignal = 128;
-    endWithStatus(endedBySignal + signal, lastWords);
+    endWithStatus(endedBySignal + signal, exitMessage);
 }
 
 /// The next signal, or the file at which nothing that is written has got any further for so long.
@@ -123,7 +123,7 @@ void failRefusedWrites() {
     ::signal(SIGXFSZ, SIG_IGN);
 }
 
-void exitOnInterrupt(std::string lastWords) {
+void exitOnInterrupt(std::string exitMessage) {
     sigset_t signals;
     sigemptyset(&signals);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
@@ -134,16 +134,16 @@ void exitOnInterrupt(std::string lastWords) {
     // Blocked here, and so in every thread started later; one thread waits for them and may take locks, which
     // a signal handler may not.
     ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    std::thread([signals, lastWords = std::move(lastWords)] {
+    std::thread([signals, exitMessage = std::move(exitMessage)] {
         int signal = 0;
         if (::sigwait(&signals, &signal) != 0) return;
         const Termination termination = signal == SIGINT ? Termination() : takeTermination();
-        if (!termination.callback) endBySignal(signal, lastWords);
+        if (!termination.callback) endBySignal(signal, exitMessage);
         termination.callback(
-            [signal, lastWords](const std::string& more) { endBySignal(signal, lastWords + more); });
+            [signal, exitMessage](const std::string& more) { endBySignal(signal, exitMessage + more); });
         const auto next = signalWhileWriting(signals, termination.timeLimit);
-        if (const int* another = std::get_if<int>(&next)) endBySignal(*another, lastWords);
-        endWithStatus(1, lastWords + "error: can't save " + text::printable(std::get<std::string>(next)) +
+        if (const int* another = std::get_if<int>(&next)) endBySignal(*another, exitMessage);
+        endWithStatus(1, exitMessage + "error: can't save " + text::printable(std::get<std::string>(next)) +
                              ": its disk or share does not answer\n");
     }).detach();
 }

@@ -41,7 +41,7 @@ class JSONView {
     std::array<std::uintptr_t, 2> element_{}; ///< the library's own reference, which is plain data
 };
 
-/// The members of one object side by side, for who asks for many of them.
+/// The members of one object side by side, for a caller that asks for many of them.
 class JSONMembers {
   public:
     /// None for a value of another kind.

@@ -15,12 +15,12 @@ class ReadErrorWatch {
     ReadErrorWatch& operator=(const ReadErrorWatch&) = delete;
 
     bool hasSeenError() const { return hasSeenError_; }
-    /// Those that any thread has reported so far: for who is handed what other threads read.
+    /// Those that any thread has reported so far: for a caller that is given what other threads read.
     static std::uint64_t errorsOfAllThreads() noexcept;
 
     /// For readers: the system has refused to read, on this thread.
     static void report() noexcept;
-    /// For who opens a file that may be absent: reports what `errno` says, unless nothing is there.
+    /// For a caller that opens a file that may be absent: reports what `errno` says, unless nothing is there.
     static void reportUnlessAbsent(int errorNumber) noexcept;
 
   private:

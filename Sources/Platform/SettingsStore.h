@@ -175,7 +175,7 @@ class FileSettingsStore final : public SettingsStore {
     std::unique_ptr<SerialQueue> queue_; ///< made when it is needed
 };
 
-/// A store that lives and dies with the object.
+/// A store in memory, with the lifetime of the object.
 class MemorySettingsStore final : public SettingsStore {
   protected:
     void persist(Changes changes, const SettingsWrite& write) override;

@@ -15,8 +15,8 @@ class Stopped {
 };
 
 // The rule: a function that may run longer than 10 ms takes a std::stop_token as its last parameter and asks
-// it once per block, file, clip or some thousand rows. It throws Stopped, so what it made so far goes away as
-// with any exception; what it wrote meanwhile is removed by whoever writes. A default token never stops.
+// it once per block, file, clip or some thousand rows. It throws Stopped, so what it made so far is discarded
+// as with any exception; what it wrote meanwhile is removed by whoever writes. A default token never stops.
 
 inline void throwIfStopped(const std::stop_token& stop) {
     if (stop.stop_requested()) throw Stopped();

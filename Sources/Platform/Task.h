@@ -17,8 +17,8 @@
 
 namespace orvane::platform {
 
-/// A waiting coroutine on its way through queues. It is ended, not lost, when the queue that should have
-/// resumed it goes away first.
+/// A waiting coroutine that is queued to be resumed. It is ended when the queue that should have resumed it
+/// is destroyed first.
 class Resumption {
   public:
     explicit Resumption(std::coroutine_handle<> waiting) : waiting_(waiting) {}
@@ -147,8 +147,8 @@ struct OwnStopToken {
     std::stop_token await_resume() { return std::move(token); }
 };
 
-/// A suspended operation on its way back to the interface thread, by whoever takes it first: the work that it
-/// waits for, or a stop.
+/// Resumes a suspended operation on the interface thread, once, by whichever of two comes first: the work
+/// that it waits for, or a stop.
 class ReturnWay {
   public:
     explicit ReturnWay(std::coroutine_handle<> waiting) : waiting_(std::make_shared<Resumption>(waiting)) {}

@@ -27,8 +27,8 @@ class WorkQueue {
 
     void post(std::function<void()> work);
     std::shared_ptr<Timer> after(std::chrono::nanoseconds delay, std::function<void()> work);
-    /// Runs the work in its turn and waits for it; its exception passes through. A caller who would only wait
-    /// for the server to wake up does the server's work himself, up to and with his own.
+    /// Runs the work in its turn and waits for it; its exception passes through. While the queue's thread has
+    /// not woken up, the caller runs the queued work itself, up to and including its own.
     void sync(const std::function<void()>& work);
     void stop(Stop how);
     /// Runs work until it is stopped.

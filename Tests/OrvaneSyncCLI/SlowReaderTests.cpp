@@ -52,7 +52,7 @@ TEST(LineWriter, neverHoldsUpWhoWritesAndKeepsTheOrder) {
         lines.write(std::string(cli::LineWriter::fullBytes, 'x'));
         EXPECT_TRUE(lines.isFull());
         std::binary_semaphore hasRoom{0};
-        lines.whenRoom([&] { hasRoom.release(); });
+        lines.whenWritable([&] { hasRoom.release(); });
         lines.whenWritten([&] { wasWritten = true; });
         EXPECT_FALSE(hasRoom.try_acquire());
         stuck.isLet.release();

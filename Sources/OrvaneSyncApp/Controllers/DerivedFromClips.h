@@ -50,7 +50,7 @@ class DerivedFromClips {
         }
         return *value_;
     }
-    /// For who keeps it; null where it has to be made anew.
+    /// For a caller that keeps it; null where it has to be made anew.
     template <class IsSame>
     std::shared_ptr<const Value> ifMade(const SyncGroupList& clips, const IsSame& isSame) {
         if (value_ && !madeOf_.isSame(clips, isSame)) value_.reset();

@@ -372,7 +372,7 @@ Task LockitController::makeStep(Weak weak, std::shared_ptr<Sync> sync) {
                 Step step;
                 step.present = present;
                 // Where nobody else has changed anything, the clips of the beginning are shared.
-                const bool isAlone = ofSteps.empty() && layer->isAsLeft(present);
+                const bool isAlone = ofSteps.empty() && layer->isUnchangedSince(present);
                 layer->layAgain(step.present);
                 step.before = isAlone ? std::move(start) : layer->without(step.present);
                 step.isOne = !layer->isEmpty() && !step.before.changesSince(step.present).empty();

@@ -15,7 +15,7 @@
 
 namespace orvane {
 
-/// What an opened project says that stands on no clip.
+/// What an opened project says that belongs to no clip.
 struct ProjectEntries {
     /// The project with those entries whose clips no scan has found yet: a folder was gone, or a card was not
     /// in. They wait for a scan that finds the clips, and every save keeps them. Null when none waits.
@@ -45,7 +45,7 @@ class ProjectController {
     /// The work is then that of the project: no step of the work before can be taken back.
     platform::Task loadProject(FileURL url);
     /// Called when a project was read and is about to take the place of the work, and when it has or was
-    /// given up: for who keeps the work.
+    /// given up: for the owner of the work.
     std::function<void(const FileURL& file)> whenOpening;
     std::function<void()> whenOpened;
     /// The clips, by their video, whose edits wait for a scan that finds them.

@@ -57,7 +57,7 @@ class ScanController {
     platform::Task lastScan() const { return runningScan_.value_or(platform::Task::ended()); }
     /// A scan that runs ends, and leaves all as it was before it; its task fails with Stopped.
     void stopScan();
-    /// A scan that runs ends without a trace.
+    /// A scan that runs ends, changes nothing and reports nothing.
     void abandonScan();
     /// Back to the state before any scan.
     void clear();

@@ -37,7 +37,7 @@ class SmartAudioController {
     void layRangesAgain(const UUID& groupID) { runs_.layRangesAgain(groupID); }
 
     /// Whether a scan starts an analysis by itself where the setting `smartAudioMode` was written. On at
-    /// first; for a face that runs the analysis on terms of its own.
+    /// first; off for a front end that starts analyses itself.
     void setAnalysesAfterScan(bool doesSo) { analysesAfterScan_ = doesSo; }
     void startAnalysisAfterScan();
     /// Whatever runs ends without a result.

@@ -26,7 +26,7 @@ class VideoEngine : public VideoEngineStatus, public std::enable_shared_from_thi
     ~VideoEngine();
 
     const SoundState& sound() const { return sound_.state(); } ///< observable
-    /// Of the recording; null where nobody wants to see it.
+    /// Of the recording; null where no view shows it.
     const std::shared_ptr<WaveformState>& waveform() const { return dependencies_.waveform; }
     double rate() const { return transport_.isLoaded && transport_.isPlaying ? player_->rate() : 0; }
     /// For what a screen shows of it; null unless a clip is loaded.

@@ -12,7 +12,7 @@
 
 namespace orvane {
 
-/// All that is said of the open work, as it is at one moment, for who says it on another thread. Shares what
+/// All that is said of the open work, as it is at one moment, to be said on another thread. Shares what
 /// the work holds, so that it costs little to make. What it derives from that, it derives when it is asked:
 /// one thread at a time.
 class WorkSnapshot {

@@ -55,14 +55,14 @@ class WorkState {
     /// they are others. The standard days are left out.
     SourceCorrections keptCorrections() const;
     std::optional<SourceCorrections> keptMatchedBy() const;
-    /// What an opened project says that stands on no clip; null: nothing.
+    /// What an opened project says that belongs to no clip; null: nothing.
     const std::shared_ptr<const ProjectEntries>& projectEntries() const { return projectEntries_; }
     const SyncGroupList& syncGroups() const { return syncGroups_; }
     /// Null when there is no such clip, or it is locked.
     const SyncGroup* unlockedGroup(const UUID& groupID) const;
     /// Audio that no video claims, room tone included.
     const std::vector<WildTrack>& wildTracks() const { return *wildTracks_; }
-    /// The same for who keeps them: never changed, and another one after every change.
+    /// The same for a caller that keeps them: never changed, and another one after every change.
     const std::shared_ptr<const std::vector<WildTrack>>& sharedWildTracks() const { return wildTracks_; }
     /// There are no clips because the editor took the last one out, and not because nothing is open or found.
     bool isEmptiedByEdit() const { return isEmptiedByEdit_; }
@@ -85,7 +85,8 @@ class WorkState {
     /// The name of every clip in Final Cut, by group, by the naming settings. Valid until these or the clips
     /// change.
     const DisplayNames& displayNames() const;
-    /// The same for who keeps them; null where nobody has asked for them since they may have changed.
+    /// The same for a caller that keeps them; null where nobody has asked for them since they may have
+    /// changed.
     std::shared_ptr<const DisplayNames> displayNamesIfMade() const;
     /// What to call the files of the clips and wild tracks. Valid until these change.
     const FileNames& fileNames() const;

@@ -432,10 +432,10 @@ void MainMenus::update() {
             ? resync.text()
             : tr("Re-sync %1").arg(translatedSentence(counted(std::ssize(clips), "clip", "clips"))));
     const commands::CommandContext& context = desktop_.context();
-    scan_->setEnabled(commands::isAtRest(context));
+    scan_->setEnabled(commands::isScanIdle(context));
     introduction_->setEnabled(scan_->isEnabled());
-    find_->setEnabled(commands::hasClipsAtRest(context));
-    listen_->setEnabled(commands::hasClipsAtRest(context) && !screens_.isListening());
+    find_->setEnabled(commands::hasClipsWhileIdle(context));
+    listen_->setEnabled(commands::hasClipsWhileIdle(context) && !screens_.isListening());
     rename_->setEnabled(clips.size() == 1 || (!clips.empty() && of("batchRename")->isEnabled()));
     const bool isPlaying = screens_.isPlaying();
     results_->setEnabled(isPlaying);

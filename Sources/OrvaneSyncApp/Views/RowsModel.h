@@ -10,8 +10,8 @@
 namespace orvane::views {
 
 /// What models of long lists share: a row is made when it is first painted and kept until it changes. None is
-/// made while a change is told, as it may be one of several that make sense together. `Base` is a model of
-/// Qt.
+/// made while a change is announced, as it may be one of several that make sense together. `Base` is a model
+/// of Qt.
 template <class Base, class Row>
 class RowsModel : public Base {
   public:

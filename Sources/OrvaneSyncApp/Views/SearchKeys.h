@@ -10,8 +10,8 @@ class QLineEdit;
 namespace orvane::views {
 
 /// The way by keys from a field that searches a list into the list: Down and Return go to its first row,
-/// Escape takes the words away and, without any, gives the list the keyboard as it was. Lives as long as the
-/// field, which the list outlives or dies with.
+/// Escape takes the words away and, without any, gives the list the keyboard as it was. Has the lifetime of
+/// the field, which is destroyed no later than the list.
 class SearchKeys : public QObject {
   public:
     SearchKeys(QLineEdit& field, QAbstractItemView& list);

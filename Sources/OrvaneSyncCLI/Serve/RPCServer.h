@@ -43,9 +43,9 @@ class Server {
     void refuse(const std::string& why);
     /// Says something that nobody asked for.
     void notify(std::string_view method, JSON params);
-    /// Asked before each message is served, and waited for: who takes the lines may have no room for an
-    /// answer. Null: never.
-    void whenRoom(std::function<platform::Task()> room) { room_ = std::move(room); }
+    /// Asked before each message is served, and waited for: the queue of answers may be full. Null:
+    /// never.
+    void whenWritable(std::function<platform::Task()> room) { room_ = std::move(room); }
     /// A long operation runs that a caller waits for.
     bool isWaitedFor() const { return isWaitedFor_; }
     /// Calls back as soon as all that was received has been answered.

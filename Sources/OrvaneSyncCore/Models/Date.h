@@ -35,8 +35,8 @@ std::optional<Date> withClockOf(Date date, int zoneMinutes);
 /// The first instant of that day in the user's time zone.
 Date startOfDay(Date date);
 
-/// Starts of days for who asks for thousands of dates on a few days: the system, which looks at the zone's
-/// file every time, is asked little more than once a day. One thread at a time.
+/// Starts of days for a caller that asks for thousands of dates on a few days: the system, which looks at the
+/// zone's file every time, is asked little more than once a day. One thread at a time.
 class DayStarts {
   public:
     /// As `startOfDay`.

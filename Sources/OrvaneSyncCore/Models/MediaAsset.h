@@ -86,7 +86,7 @@ struct MediaAsset {
     std::optional<Date> localCreatedDate() const;
     /// Start of the day, in the user's calendar, of the date in the name, else of the date in the file.
     std::optional<Date> shootDay() const;
-    /// The same, for who asks thousands of files.
+    /// The same, for a caller that asks thousands of files.
     std::optional<Date> shootDay(calendar::DayStarts& starts) const;
 
     /// Six digits YYMMDD that stand alone in the name, at noon of the user's calendar.

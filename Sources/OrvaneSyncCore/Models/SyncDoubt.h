@@ -41,7 +41,7 @@ struct SyncDoubt {
     /// The message for the row of its clip, which has the clip's name and room for the beginning; empty: as
     /// it is.
     std::string reason{};
-    /// Of what has numbers of each clip's own: the clip with these, for who tells of several clips at once.
+    /// Of what has numbers of each clip's own: the clip with these, for a text about several clips at once.
     std::string own{};
     /// The message where a window says it otherwise, as it has no options; empty: as it is.
     std::string windowMessage{};

@@ -67,7 +67,7 @@ enum class FieldSource {
     found,    ///< by a scan, a report or an analysis, which find it again
     clap,     ///< the clap point in the sound: by the editor, or by the search when a clip is opened
     decision, ///< by the editor alone; a value other than that of a new clip is one
-    detail    ///< by the editor, and of no account without the decision that it belongs to
+    detail    ///< by the editor, and ignored without the decision that it belongs to
 };
 
 template <FieldSource Source, class Value>

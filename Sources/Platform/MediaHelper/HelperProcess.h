@@ -56,7 +56,7 @@ class Process {
     static std::unique_ptr<Process> start(Purpose purpose);
     /// Null without one.
     static std::unique_ptr<Process> takeFree(Purpose purpose);
-    /// It has not ended while it was free: out of memory, or by somebody's hand.
+    /// It has not ended while it was free: out of memory, or killed by another process.
     bool isAlive() const;
     void end();
 

@@ -15,7 +15,8 @@ struct SwsContext;
 
 namespace orvane::platform {
 
-/// How stored pictures are brought upright: mirrored left to right where told, then turned clockwise.
+/// How stored pictures are brought upright: mirrored left to right where the file says so, then turned
+/// clockwise.
 struct PictureOrientation {
     int quarterTurns = 0; ///< 0 to 3
     bool isMirrored = false;

@@ -27,7 +27,7 @@ class PictureTrack {
         bool hasPicture = false;  ///< the moment of that seek has one
         bool canStart = false;    ///< what `getReady` waits for is there
     };
-    /// `report` is called on the track's thread when a seek is done and when a picture came in at rest.
+    /// `report` is called on the track's thread when a seek is done and when a picture came in while paused.
     PictureTrack(std::unique_ptr<VideoDecoder> decoder, std::function<void(Report)> report);
     ~PictureTrack();
 

@@ -70,9 +70,10 @@ class Player {
 
     /// The moment of the clip that is heard and seen; exact while the rate is 0.
     virtual MediaTime currentTime() const = 0;
-    virtual double rate() const = 0; ///< signed, 0 at rest and after an end was reached
-    /// From -32 to 32. From rest, a clip begins to run forward when its first pictures are decoded, for which
-    /// it waits a moment. Reaching the end of the clip, or 0 in reverse, stops there and reports it once.
+    virtual double rate() const = 0; ///< signed, 0 while paused and after an end was reached
+    /// From -32 to 32. From pause, a clip begins to run forward when its first pictures are decoded, for
+    /// which it waits a moment. Reaching the end of the clip, or 0 in reverse, stops there and reports it
+    /// once.
     virtual void setRate(double rate) = 0;
     /// Runs at `rate` so that `time` is heard at the moment `hostTime` of the system's clock (Clock::now):
     /// the same moment for several players is the same frame of the output.

@@ -73,7 +73,7 @@ void SoundRendering::next(SoundBlock& block) {
     if (block.isSilent) return;
     if (tempo_) {
         stretch(block);
-        layAttacks(block);
+        mixInAttacks(block);
     } else {
         sample(placeAt(block.firstFrame), block.left.data(), block.right.data(), SoundBlock::mostFrames);
     }
@@ -146,16 +146,16 @@ void SoundRendering::stretch(SoundBlock& block) {
     std::fill(block.right.begin() + static_cast<std::ptrdiff_t>(done), block.right.end(), 0.0F);
 }
 
-void SoundRendering::layAttacks(SoundBlock& block) {
+void SoundRendering::mixInAttacks(SoundBlock& block) {
     const auto around = static_cast<std::int64_t>(behindAttackSeconds * outputRate_);
     double from = placeAt(block.firstFrame - around), to = placeAt(block.firstFrame + block.frames + around);
     if (from > to) std::swap(from, to);
     for (const std::int64_t attack : attacks_.attacks(window_, static_cast<std::int64_t>(std::floor(from)),
                                                       static_cast<std::int64_t>(std::ceil(to)), isReverse_))
-        layAttack(block, attack);
+        mixInAttack(block, attack);
 }
 
-void SoundRendering::layAttack(SoundBlock& block, std::int64_t attack) {
+void SoundRendering::mixInAttack(SoundBlock& block, std::int64_t attack) {
     const SoundTransport& transport = plan_.transport;
     const double clip = static_cast<double>(attack) / window_.sampleRate() + plan_.offsetSeconds;
     const std::int64_t middle =

@@ -45,7 +45,7 @@ class SoundRendering {
     std::int64_t position() const { return position_; }
     /// Leaves out what lies before this frame.
     void skipTo(std::int64_t outputFrame) { begin(plan_, outputFrame); }
-    /// Whether frames can be left out without a trace.
+    /// Whether frames can be left out inaudibly.
     bool isDirect() const { return tempo_ == nullptr; }
     /// Fills all but the generation. The last one is silent without an end.
     void next(SoundBlock& block);
@@ -57,8 +57,8 @@ class SoundRendering {
     void sample(double place, float* left, float* right, std::size_t count);
     void measure(std::int64_t first, std::size_t count);
     void stretch(SoundBlock& block);
-    void layAttacks(SoundBlock& block);
-    void layAttack(SoundBlock& block, std::int64_t attack);
+    void mixInAttacks(SoundBlock& block);
+    void mixInAttack(SoundBlock& block, std::int64_t attack);
     void fadeOut(SoundBlock& block) const;
 
     SampleWindow window_;

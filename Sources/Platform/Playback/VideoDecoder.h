@@ -42,7 +42,7 @@ class PixelStore {
 };
 
 /// Decodes the pictures of one file in a helper process of its own, one after the other or anywhere. One
-/// thread at a time, never the interface thread. When the process ends over the file, or by somebody's hand,
+/// thread at a time, never the interface thread. When the process ends over the file, or is killed,
 /// another one takes its place with the next query, so that one bad picture does not cost the others; a file
 /// over which too many have ended has no further picture.
 class VideoDecoder {

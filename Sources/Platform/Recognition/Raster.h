@@ -68,7 +68,7 @@ struct Ink {
 };
 Ink inkOf(const Cleaned& picture);
 
-/// The pieces of a mask that hang together.
+/// The connected components of a mask.
 struct Components {
     struct Component {
         Box box;

@@ -61,7 +61,7 @@ std::vector<Command> atmoCommands() {
         Command::later("scanAtmoCandidates", "Find Room Tone",
                        "Finds the quiet stretches in the recordings of each scene.", {}, scanCandidates)
             .alsoBy({"atmo"})
-            .when(hasSoundAtRest),
+            .when(hasSoundWhileIdle),
         Command::later("buildAtmo", "Build Room Tone",
                        "Joins quiet stretches of a scene into a file that goes into the document.",
                        {{"scene", text},
@@ -70,7 +70,7 @@ std::vector<Command> atmoCommands() {
                         {.name = "outputDirectory", .kind = path, .isOptional = true}},
                        buildAtmo)
             .alsoBy({"atmo"})
-            .when(hasSoundAtRest)
+            .when(hasSoundWhileIdle)
             .inMenu(Menu::audio, 310),
     };
 }

@@ -12,15 +12,17 @@ inline bool hasUnlockedSound(const SyncGroup& group) { return isUnlocked(group) 
 inline bool hasClips(const CommandContext& context) {
     return !context.controller->work().syncGroups().empty();
 }
-/// No scan is on its way, whose clips take the place of those that there are.
-inline bool isAtRest(const CommandContext& context) {
+/// No scan runs that will replace the clips.
+inline bool isScanIdle(const CommandContext& context) {
     const ScanState state = context.controller->scan().scanState();
     return state == ScanState::idle || state == ScanState::done;
 }
-inline bool hasClipsAtRest(const CommandContext& context) { return hasClips(context) && isAtRest(context); }
+inline bool hasClipsWhileIdle(const CommandContext& context) {
+    return hasClips(context) && isScanIdle(context);
+}
 /// Of clips that are settled.
-inline bool hasSoundAtRest(const CommandContext& context) {
-    return context.controller->work().syncClipCount() > 0 && isAtRest(context);
+inline bool hasSoundWhileIdle(const CommandContext& context) {
+    return context.controller->work().syncClipCount() > 0 && isScanIdle(context);
 }
 
 } // namespace orvane::commands

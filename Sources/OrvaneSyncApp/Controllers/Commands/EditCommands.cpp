@@ -223,7 +223,7 @@ std::vector<Command> valueCommands() {
                  {.name = "groupIDs", .kind = texts, .isOptional = true}},
                 batchRename)
             .undoneBy(setManualClipName)
-            .when(hasClipsAtRest)
+            .when(hasClipsWhileIdle)
             .inMenu(Menu::clip, 510),
         Command("clearAllManualNames", "Clear All Manual Names",
                 "Takes every name back that was given by hand; the naming rules name the clips again.", {},
@@ -232,7 +232,7 @@ std::vector<Command> valueCommands() {
                     return JSON();
                 })
             .undoneBy(setManualClipName)
-            .when(hasClipsAtRest),
+            .when(hasClipsWhileIdle),
         Command("setSyncMethod", undoSteps::setSyncMethod.actionName, "Says by what the clip is in sync.",
                 {groupID, {.name = "method", .kind = text, .choices = syncMethodNames}},
                 [](CommandContext& context, const Call& call) {
@@ -318,14 +318,14 @@ std::vector<Command> recordingCommands() {
                            return context.controller->recordings().resyncAllClips();
                        })
             .undoneBy(resyncAllClips)
-            .when(hasClipsAtRest)
+            .when(hasClipsWhileIdle)
             .inMenu(Menu::clip, 410),
         Command::later("resetAllClipsToAutoSync", "Reset All Clips",
                        "Removes the manual decisions about all clips; cannot be undone.", {},
                        [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
                            return context.controller->clips().resetAllClipsToAutoSync();
                        })
-            .when(hasClipsAtRest)
+            .when(hasClipsWhileIdle)
             .inMenu(Menu::clip, 420),
         edit("renameWildTrack", "Names a recording without picture.", renameWildTrack,
              {{"id", id}, {"to", text}},
@@ -359,7 +359,7 @@ std::vector<Command> undoCommands() {
                     return JSON();
                 })
             .when([](const CommandContext& context) {
-                return isAtRest(context) && context.controller->work().undoState().canUndo;
+                return isScanIdle(context) && context.controller->work().undoState().canUndo;
             })
             .inMenu(Menu::edit, 110),
         Command("redo", "Redo", "Redoes the last undone step.", {},
@@ -368,7 +368,7 @@ std::vector<Command> undoCommands() {
                     return JSON();
                 })
             .when([](const CommandContext& context) {
-                return isAtRest(context) && context.controller->work().undoState().canRedo;
+                return isScanIdle(context) && context.controller->work().undoState().canRedo;
             })
             .inMenu(Menu::edit, 120),
         Command("undoState", "What Can Be Undone", "Says what can be taken back and made again.", {},

@@ -137,7 +137,7 @@ std::vector<Command> reportCommands() {
                        "Reads a camera or sound report and lays it over the clips.", {{"path", path}},
                        loadALE)
             .alsoBy({"report"})
-            .when(isAtRest)
+            .when(isScanIdle)
             .inMenu(Menu::file, 230),
         onGroup("clearALEMetadata", "Removes what reports said of the clip.", steps::clearALEMetadata,
                 &ReportController::clearALEMetadata, hasALEMetadata),
@@ -158,7 +158,7 @@ std::vector<Command> fileCommands() {
     return {
         Command::later("saveProject", "Save Project…", "Writes the decisions as a project file.",
                        {{"path", path}, overwrite}, saveProject)
-            .when(hasClipsAtRest)
+            .when(hasClipsWhileIdle)
             .inMenu(Menu::file, 220),
         Command::later("loadProject", "Open Project…",
                        "Scans the folders of a project and lays its decisions over the clips.",
@@ -168,12 +168,12 @@ std::vector<Command> fileCommands() {
         Command::later("exportFCPXML", "Export FCPXML…", "Writes all settled clips as one document.",
                        {{"output", path}, {"eventName", text, true}, version, overwrite}, exportedDocument)
             .alsoBy({"sync", "session", "project"})
-            .when(hasClipsAtRest)
+            .when(hasClipsWhileIdle)
             .inMenu(Menu::file, 410, "Ctrl+E"),
         Command::later("exportSingleClip", "Export Single Clip…", "Writes one clip as a document.",
                        {groupID, {"output", path}, {"eventName", text, true}, version, overwrite},
                        exportedDocument)
-            .when(hasClipsAtRest)
+            .when(hasClipsWhileIdle)
             .inMenu(Menu::clip, 310),
     };
 }

@@ -122,7 +122,7 @@ std::vector<Command> lockitCommands() {
                        {}, syncLockit)
             .alsoBy({"sync", "lockit"})
             .undoneBy(undoSteps::syncLockitNetwork)
-            .when(hasClipsAtRest)
+            .when(hasClipsWhileIdle)
             .inMenu(Menu::file, 250),
         Command("fieldMapping", "Field Mapping", "Gives where each field of LockitNetwork goes.", {},
                 [](CommandContext& context, const Call&) {

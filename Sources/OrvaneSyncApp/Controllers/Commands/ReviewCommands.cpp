@@ -77,14 +77,14 @@ std::vector<Command> reviewCommands() {
                        "Writes the clips as a table to decide about them in a spreadsheet.",
                        {{"output", path}, {"overwrite", boolean, true}}, writeReview)
             .alsoBy({"scan"})
-            .when(hasClipsAtRest)
+            .when(hasClipsWhileIdle)
             .inMenu(Menu::file, 310),
         Command::later("applyReview", "Apply Review Table…",
                        "Applies the decisions of a review table; says which of its lines it could not use.",
                        {{"path", path}}, applyReviewFile)
             .alsoBy({"sync"})
             .undoneBy(steps::applyReview)
-            .when(hasClipsAtRest)
+            .when(hasClipsWhileIdle)
             .inMenu(Menu::file, 320),
         Command("chooseFirst", "Choose First Recordings",
                 "Settles every ambiguous clip by the recording that it lists first.", {},

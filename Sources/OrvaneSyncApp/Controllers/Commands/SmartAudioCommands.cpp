@@ -58,7 +58,7 @@ std::vector<Command> smartAudioCommands() {
                        {{.name = "mode", .kind = text, .choices = smartAudioModeTags}, overwriteManualTracks},
                        runAnalysis)
             .alsoBy({"sync"})
-            .when(hasSoundAtRest)
+            .when(hasSoundWhileIdle)
             .inMenu(Menu::audio, 110),
         Command::later("runSmartAudioForGroup", "Run Smart Audio for This Clip",
                        "Analyses the sound of the clip and measures its loudness.",
@@ -78,7 +78,7 @@ std::vector<Command> smartAudioCommands() {
                 return context.controller->smartAudio().measureLoudness();
             })
             .alsoBy({"sync", "loudness"})
-            .when(hasSoundAtRest)
+            .when(hasSoundWhileIdle)
             .inMenu(Menu::audio, 130),
         Command("stopSmartAudio", "Stop Smart Audio", "Ends the analysis; what it has done until now stays.",
                 {},

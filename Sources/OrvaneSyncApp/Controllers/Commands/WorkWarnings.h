@@ -29,8 +29,8 @@ std::vector<std::string> smartAudioWarnings(const WorkSnapshot& work);
 std::optional<std::string> unheardWarning(const WorkSnapshot& work);
 /// Whether who is warned can have the clips matched in another way.
 enum class Matching : bool { isDone, canChange };
-/// One line each doubt, with its cure, for who shows no list of them. Where the matching is done, doubts that
-/// another matching cures are one line together, which says where to look.
+/// One line each doubt, with its cure, for a front end that shows no list of them. Where the matching is
+/// done, doubts that another matching cures are one line together, which says where to look.
 std::vector<std::string> doubtWarnings(const WorkSnapshot& work, Matching matching = Matching::canChange);
 /// What people should know beside the exporter's own warnings; media that are missing come first. Looks for
 /// every file on the disk, so not on the interface thread.

@@ -29,7 +29,7 @@ platform::HTTPRequest feedbackRequest(const std::string& url, const Feedback& fe
 /// The same as a mail without an address (RFC 2046), which mail programs open.
 std::string feedbackMail(const Feedback& feedback);
 
-/// Gives feedback away. Interface thread; the work is done on a queue of its own.
+/// Sends feedback. Interface thread; the work is done on a queue of its own.
 class FeedbackDelivery {
   public:
     FeedbackDelivery(std::shared_ptr<platform::MainThread> mainThread,

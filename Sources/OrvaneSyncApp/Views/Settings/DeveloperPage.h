@@ -9,7 +9,7 @@ namespace orvane::views {
 
 class SystemChecksView;
 
-/// The caches with their sizes, and the state of each thing that the program stands on.
+/// The caches with their sizes, and the state of each component that the program needs.
 class DeveloperPage : public SettingsPage {
   public:
     DeveloperPage(Desktop& desktop, const SettingsModel& model, const SettingTab& tab);

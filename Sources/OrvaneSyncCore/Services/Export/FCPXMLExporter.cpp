@@ -90,8 +90,8 @@ void addClip(ExportRun& run, const SyncGroup& group) {
     if (!clip) return;
     const bool inEvent = run.settings.generateSyncClips;
     if (run.settings.generateMulticam) {
-        run.syncClips.push_back({&group, inEvent ? run.eventItems.size() : run.looseClips.size()});
-        if (!inEvent) run.looseClips.push_back(std::move(*clip));
+        run.syncClips.push_back({&group, inEvent ? run.eventItems.size() : run.clipsWithoutEvent.size()});
+        if (!inEvent) run.clipsWithoutEvent.push_back(std::move(*clip));
     }
     if (!inEvent) return;
     run.place(std::move(*clip), &group);
@@ -173,7 +173,7 @@ void ExportRun::place(EventItem item, const SyncGroup* group) {
 
 SyncClip ExportRun::takeSyncClip(const BuiltClip& built) {
     if (settings.generateSyncClips) return std::get<SyncClip>(eventItems.at(built.index));
-    return std::move(looseClips.at(built.index));
+    return std::move(clipsWithoutEvent.at(built.index));
 }
 
 ClipKind clipKind(const SyncGroup& group, const ExportSettings& settings) {

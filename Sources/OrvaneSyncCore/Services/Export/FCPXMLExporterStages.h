@@ -19,7 +19,7 @@ inline constexpr std::string_view audioFormatID = "r2";
 /// A synchronized clip as the multicam stage needs it.
 struct BuiltClip {
     const SyncGroup* group = nullptr;
-    std::size_t index = 0; ///< in `eventItems`, or in `looseClips` where clips stand in no event
+    std::size_t index = 0; ///< in `eventItems`, or in `clipsWithoutEvent` where clips stand in no event
 };
 
 /// What the run over the groups has collected.
@@ -42,7 +42,7 @@ struct ExportRun {
     std::vector<fcpxml::EventItem> projectRateItems;
     std::vector<fcpxml::EventItem> rawItems;
     std::vector<BuiltClip> syncClips; ///< filled only where multicam clips are wanted
-    std::vector<fcpxml::SyncClip> looseClips;
+    std::vector<fcpxml::SyncClip> clipsWithoutEvent;
 
     std::unordered_map<UUID, std::string> videoAssetIDByGroup;
     std::unordered_map<UUID, std::string> formatIDByGroup;

@@ -246,7 +246,7 @@ std::vector<MediaAsset> MediaProbeService::probeAll(const std::vector<FileURL>& 
             if (known[i].earlierID) probed.asset.id = *known[i].earlierID;
             assets[i] = probed.asset;
             isProbed = true;
-            if (probed.isOpened && isToBeHeard(assets[i])) listenForTimecode(assets[i], stop);
+            if (probed.isOpened && needsTimecodeDecoding(assets[i])) listenForTimecode(assets[i], stop);
             const bool isWhole = probed.isOpened && !watch.hasSeenError();
             isRead[which] = isWhole ? 1 : 0;
             // What an error hid would stay hidden as long as the file is the same. A start that was heard is
@@ -296,7 +296,7 @@ void MediaProbeService::takeFromCache(const std::vector<FileURL>& urls, SideFile
         if (!known[i].attributes) return;
         auto cached = snapshot.known(urls[i], *known[i].attributes);
         if (!cached) return;
-        known[i].isHit = cached->asset && mayStandFor(*cached->asset, assets[i].kind, sideFiles);
+        known[i].isHit = cached->asset && isCacheEntryValid(*cached->asset, assets[i].kind, sideFiles);
         if (known[i].isHit)
             assets[i] = *std::move(cached->asset);
         else if (cached->kind == assets[i].kind)
@@ -306,14 +306,15 @@ void MediaProbeService::takeFromCache(const std::vector<FileURL>& urls, SideFile
 
 /// A file without timecode may have been probed while its sound was not to be listened to. A clip that states
 /// no start of its own hangs on the files beside it, which come, change and go without it.
-bool MediaProbeService::mayStandFor(const MediaAsset& cached, AssetKind kind, SideFiles& sideFiles) const {
+bool MediaProbeService::isCacheEntryValid(const MediaAsset& cached, AssetKind kind,
+                                          SideFiles& sideFiles) const {
     if (cached.kind != kind || cached.timecodeSideFile) return false;
     if (kind == AssetKind::video && !cached.startTimecodeString && sideFiles.areBeside(cached.url.path))
         return false;
-    return !isToBeHeard(cached);
+    return !needsTimecodeDecoding(cached);
 }
 
-bool MediaProbeService::isToBeHeard(const MediaAsset& asset) const {
+bool MediaProbeService::needsTimecodeDecoding(const MediaAsset& asset) const {
     const bool hasStart = (asset.startTimecodeString && !mayBeUnset(asset)) || asset.bextTimeReference;
     return !hasStart && mayHoldSound(asset) && settings_->get(settings::ltcEnabled);
 }

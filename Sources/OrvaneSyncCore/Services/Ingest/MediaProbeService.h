@@ -33,9 +33,9 @@ class MediaProbeService {
     MediaAsset probe(const FileURL& url, AssetKind kind, const Unread& unread = {},
                      const std::stop_token& stop = {}) const;
     /// Comes from several threads, but one call at a time: for every file that is begun or done, with the
-    /// number of those done, which never falls. `inHand`: of the files that are begun and not done the one
-    /// that has taken longest; null where there is none.
-    using Progress = std::function<void(int completed, int total, const FileURL* inHand)>;
+    /// number of those done, which never falls. `longestRunning`: of the files that are begun and not done
+    /// the one that has taken longest; null where there is none.
+    using Progress = std::function<void(int completed, int total, const FileURL* longestRunning)>;
     /// In the order of the input. What the cache knows comes first, then the others are probed; recordings
     /// that look like copies of each other have a mark of their content. `unread` comes at the end, on the
     /// caller's thread, in the order of the input. Throws nothing but Stopped; what was probed by then stays
@@ -63,11 +63,11 @@ class MediaProbeService {
                        std::vector<MediaAsset>& assets, const std::stop_token& stop) const;
     void markContents(std::vector<MediaAsset>& recordings, const std::vector<Known>& known,
                       const std::stop_token& stop) const;
-    bool mayStandFor(const MediaAsset& cached, AssetKind kind, SideFiles& sideFiles) const;
+    bool isCacheEntryValid(const MediaAsset& cached, AssetKind kind, SideFiles& sideFiles) const;
     Probed probeFile(const FileURL& url, AssetKind kind, SideFiles& sideFiles) const;
     void readBroadcastMetadata(MediaAsset& asset, platform::RandomAccessFile& file) const;
     /// It has no start of its own, and linear timecode is wanted.
-    bool isToBeHeard(const MediaAsset& asset) const;
+    bool needsTimecodeDecoding(const MediaAsset& asset) const;
     void listenForTimecode(MediaAsset& asset, const std::stop_token& stop) const;
 
     const std::shared_ptr<const platform::SettingsStore> settings_;

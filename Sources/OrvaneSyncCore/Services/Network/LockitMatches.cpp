@@ -13,7 +13,7 @@ namespace orvane {
 LockitLayer::Laid LockitLayer::lay(SyncGroupList& groups, ClipMatchResponse answer,
                                    const std::stop_token& stop) {
     platform::StopCheck check(stop);
-    if (!isAsLeft(groups)) {
+    if (!isUnchangedSince(groups)) {
         layAgain(groups);
         places_.clear();
         for (std::size_t i = 0; i < groups.size(); ++i) places_.emplace(groups[i].video.filename, i);
@@ -52,7 +52,7 @@ LockitLayer::Laid LockitLayer::lay(SyncGroupList& groups, ClipMatchResponse answ
 }
 
 void LockitLayer::layAgain(SyncGroupList& groups) const {
-    if (laid_.empty() || isAsLeft(groups)) return;
+    if (laid_.empty() || isUnchangedSince(groups)) return;
     const SyncGroup* known = nullptr;
     groups.updateWhere(
         [&](const SyncGroup& group) {

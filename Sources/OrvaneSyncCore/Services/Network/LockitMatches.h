@@ -30,7 +30,7 @@ class LockitLayer {
     /// The same clips as if nothing had been laid over them; what somebody else wrote meanwhile stays.
     SyncGroupList without(SyncGroupList groups) const;
     /// These clips are as `lay` left them; nobody has edited one since.
-    bool isAsLeft(const SyncGroupList& groups) const { return groups.changesSince(left_).empty(); }
+    bool isUnchangedSince(const SyncGroupList& groups) const { return groups.changesSince(left_).empty(); }
     /// Nothing differs from what there was before.
     bool isEmpty() const { return laid_.empty(); }
 

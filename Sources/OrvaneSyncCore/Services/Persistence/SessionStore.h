@@ -28,8 +28,8 @@ class SessionStore {
     bool isDeleted(const UUID& id) const;
     /// Throws FileError.
     void create(const UUID& id) const;
-    /// First out of sight, then in pieces: a process that is killed leaves the whole session or none. Throws
-    /// FileError when the session is still there.
+    /// Renamed first, then removed file by file: a process that is killed leaves the whole session or none.
+    /// Throws FileError when the session is still there.
     void remove(const UUID& id) const;
 
     /// Records as they were read, with what their files were then.

@@ -8,9 +8,9 @@
 
 namespace orvane {
 
-/// Plays short pieces of a recording while the player stands. The recording is opened, read and converted to
-/// the rate of the output on a queue of its own; of blips that come faster than that, the newest is heard.
-/// It joins the mixer with its first blip: who never steps opens no device for it.
+/// Plays short pieces of a recording while the player is paused. The recording is opened, read and converted
+/// to the rate of the output on a queue of its own; of blips that come faster than that, the newest is heard.
+/// It joins the mixer with its first blip, so that no device is opened for it before the first step.
 class ScrubAudioPlayer final : public FrameBlips {
   public:
     explicit ScrubAudioPlayer(std::shared_ptr<platform::Mixer> mixer);

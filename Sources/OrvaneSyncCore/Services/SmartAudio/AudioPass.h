@@ -49,7 +49,7 @@ class AudioPiece {
 class AudioListener {
   public:
     virtual ~AudioListener() = default;
-    /// The next samples, for who wants to know their levels as well.
+    /// The next samples, for a listener that needs their levels as well.
     virtual void hear(const AudioPiece& piece) { samples(piece.channels(), piece.frames()); }
     /// The next `frames` samples of each channel.
     virtual void samples(std::span<const float* const> /*channels*/, std::size_t /*frames*/) {}

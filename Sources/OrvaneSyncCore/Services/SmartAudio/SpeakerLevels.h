@@ -26,7 +26,7 @@ class SpeakerLevels {
     int track(std::size_t person) const { return tracks_[person]; }
 
     /// False where no track ever rises above its own noise.
-    bool hearAnybody() const { return hearAnybody_; }
+    bool isAnybodyHeard() const { return isAnybodyHeard_; }
     /// How surely somebody speaks in a window, 0 to 1.
     double presence(std::size_t window) const { return presence_[window]; }
     /// dB ahead of the nearest other; negative for all but at most one.
@@ -40,7 +40,7 @@ class SpeakerLevels {
 
   private:
     std::vector<int> tracks_;
-    bool hearAnybody_ = false;
+    bool isAnybodyHeard_ = false;
     std::vector<double> presence_;
     std::vector<double> leads_;
 };

@@ -181,7 +181,7 @@ std::vector<BlockDecision> buildBlocksBySpeaker(const std::vector<int>& tracks,
                                                 std::span<const PerWindowFrame> frames, double windowSeconds,
                                                 double minBlockSeconds) {
     const SpeakerLevels levels(tracks, frames);
-    if (!levels.hearAnybody()) return {};
+    if (!levels.isAnybodyHeard()) return {};
     const std::vector<Segment> segments =
         segmentsOf(levels, wholeWindows(minBlockSeconds, windowSeconds, frames.size()));
 

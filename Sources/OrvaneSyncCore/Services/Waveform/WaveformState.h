@@ -42,7 +42,7 @@ class WaveformState : public std::enable_shared_from_this<WaveformState> {
     void reset();
 
     const Waveform& waveform() const { return *waveform_; }
-    /// The same for who draws it elsewhere: never changed, and another one after every load.
+    /// The same for a caller that draws it elsewhere: never changed, and another one after every load.
     const std::shared_ptr<const Waveform>& sharedWaveform() const { return waveform_; }
     bool isLoading() const { return isLoading_; }
     /// Calls back whenever one of these is another.

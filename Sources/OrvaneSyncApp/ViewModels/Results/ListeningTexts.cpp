@@ -17,7 +17,7 @@ std::string heardText(const WorkDoubts::Listened& listened, bool isInDoubt) {
     };
     std::string said;
     const auto say = [&](std::string_view sentence) {
-        said += (said.empty() ? "" : " ");
+        said += (said.empty() ? "" : "\n");
         said += sentence;
     };
     if (listened.matched == 0 && listened.suggested == 0)

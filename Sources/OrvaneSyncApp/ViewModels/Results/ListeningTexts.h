@@ -8,7 +8,7 @@ namespace orvane {
 
 /// "Listening to the cards: 3 of 18 clips".
 std::string listeningText(const WorkDoubts::Listening& progress);
-/// What came of it. `isInDoubt`: whether anything of the work is.
+/// What came of it, a line a sentence. `isInDoubt`: whether anything of the work is.
 std::string heardText(const WorkDoubts::Listened& listened, bool isInDoubt);
 
 } // namespace orvane

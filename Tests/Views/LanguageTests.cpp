@@ -1,3 +1,4 @@
+#include "OrvaneSyncApp/ViewModels/Results/ListeningTexts.h"
 #include "OrvaneSyncApp/Views/Review/ReviewView.h"
 #include "Views/AllWindows.h"
 
@@ -124,12 +125,22 @@ TEST(LanguageTest, KnowsTextsAndSentencesButNoNames) {
     const test::Spoken german(QStringLiteral("de"));
     EXPECT_EQ(translated("Scan & Match"), QStringLiteral("Scannen & Zuordnen"));
     for (const auto& [english, german] :
-         {std::pair("3.000 s after", u"3,000 s danach"),
+         {std::pair<std::string, QStringView>("3.000 s after", u"3,000 s danach"),
           {"Scenes 1A-99X", u"Szenen 1A-99X"},
           {"sound at that time is of 2026-11-24", u"der Ton zu dieser Zeit ist vom 2026-11-24"},
+          {heardText({.matched = 3, .heard = 2, .suggested = 1}, true),
+           u"Der Ton von 2 Clips wurde verglichen.\n"
+           u"Für 1 Clip wurde der Ton der Kamera in Aufnahmen gesucht, die "
+           u"dazugehören können, und nirgends gefunden.\n"
+           u"Was zweifelhaft ist, steht über der Liste."},
+          {LockitController::noProject,
+           u"Kein Lockit-Projekt ist zugewiesen. Zuerst dem Ordner (der Produktion) eines zuweisen, mit "
+           u"„Lockit“ neben seinem Namen."},
+          {"✓ Matched 2 of 8 clips with LockitNetwork (shooting day(s): 1, 2; checked 3 days).",
+           u"✓ LockitNetwork kennt 2 von 8 Clips (Drehtage: 1, 2; geprüft: 3)."},
           {"review, line 2: there is no recording number '9'",
            u"Prüftabelle, Zeile 2: eine Aufnahme mit der Nummer '9' gibt es nicht"}})
-        EXPECT_EQ(translatedSentence(english), QStringView(german));
+        EXPECT_EQ(translatedSentence(english), german);
     for (const char* name : {"A001.mov", "T1.5 s.WAV", "libsndfile-1.2.0"})
         EXPECT_EQ(translatedSentence(name), QLatin1String(name));
 }

@@ -20,9 +20,6 @@ using platform::Task;
 
 namespace {
 
-constexpr const char* noProject =
-    "No Lockit project assigned. Assign one to the folder (= production) first, via the “Lockit” pill on the "
-    "folder header.";
 constexpr const char* notSignedIn =
     "Not signed in to LockitNetwork. Settings → Metadata → “Sign In with LockitNetwork”.";
 constexpr const char* noDays = "The Lockit project has no shooting days (projectdays). Sync not possible.";
@@ -90,6 +87,10 @@ Task answered(std::shared_ptr<LockitOAuthService> account, std::string what,
 }
 
 } // namespace
+
+const char* const LockitController::noProject =
+    "No Lockit project assigned. Assign one to the folder (= production) first, via the “Lockit” pill on the "
+    "folder header.";
 
 struct LockitController::Sync {
     Sync(LockitNetworkClient itsClient, std::string project, std::uint64_t undoMark, SyncGroupList clips)

@@ -31,6 +31,8 @@ class LockitController {
     bool isSyncingLockit() const { return isSyncingLockit_; }
     /// What came of the last sync, for people; absent before the first.
     const std::optional<std::string>& lockitSyncStatus() const { return lockitSyncStatus_; }
+    /// What that says where no project was named.
+    static const char* const noProject;
     /// The same for programs.
     enum class SyncEnd : std::uint8_t { none, matched, noMatches, failed };
     SyncEnd lastSyncEnd() const { return lastSyncEnd_; }

@@ -160,9 +160,7 @@ void MainWindow::observe() {
     workObservation_ = desktop_.controller().onChange([this](ImportField field) {
         if (field == ImportField::progress) return;
         if (field == ImportField::project) sessionOfProject_ = desktop_.sessions().currentSessionId();
-        if (field == ImportField::lockit)
-            if (const auto& status = desktop_.controller().lockit().lockitSyncStatus())
-                banner_->show(Signal::none, translatedSentence(*status));
+        if (field == ImportField::lockit) tellLockitSync();
         if (field == ImportField::report) tellReport();
         if (field == ImportField::smartAudio) tellAnalysis();
         // Many fields change at once; the window follows when they all stand.
@@ -336,6 +334,24 @@ void MainWindow::listenToCards() {
             });
     });
     updateActions();
+}
+
+void MainWindow::tellLockitSync() {
+    using SyncEnd = LockitController::SyncEnd;
+    const LockitController& lockit = desktop_.controller().lockit();
+    const auto& status = lockit.lockitSyncStatus();
+    if (!status || lockit.isSyncingLockit()) return;
+    const SyncEnd end = lockit.lastSyncEnd();
+    const bool isWithoutFolder =
+        *status == LockitController::noProject && !desktop_.sessions().places().folderOfOpenSession();
+    banner_->show(end == SyncEnd::failed      ? Signal::missing
+                  : end == SyncEnd::noMatches ? Signal::doubtful
+                                              : Signal::none,
+                  isWithoutFolder
+                      ? tr("A LockitNetwork project belongs to a folder of sessions, and this session is in "
+                           "none. Move it into a folder by its menu in the side bar, then choose the "
+                           "project by “Lockit” beside the folder's name.")
+                      : translatedSentence(*status));
 }
 
 void MainWindow::tellAnalysis() {

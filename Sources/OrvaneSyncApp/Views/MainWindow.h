@@ -118,6 +118,8 @@ class MainWindow : public QMainWindow {
     /// Doubts that come of it stand above the list.
     void listenToCards();
     /// When an analysis of several clips has ended: what it could not hear.
+    /// What came of the last sync with the metadata service.
+    void tellLockitSync();
     void tellAnalysis();
     bool isPlayingScreen() const { return screen_ != Screen::results; }
     void updateStatus();

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
 
+#include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneSyncApp/ViewModels/Settings/LockitTexts.h"
 #include "OrvaneSyncApp/Views/Asking.h"
 #include "OrvaneSyncApp/Views/PresetBar.h"
@@ -34,7 +35,11 @@ namespace {
 constexpr int sessionRole = Qt::UserRole;
 constexpr int folderRole = Qt::UserRole + 1;
 constexpr int badgeColumn = 1;
-constexpr int narrowest = 226; // for the words of the presets
+constexpr int widestBadge = 110; // of its text; the name of the folder stands beside it
+constexpr int narrowest = 226;   // for the words of the presets
+
+/// Of the kept state: identifiers and names of projects, one after the other.
+QString lockitProjectsKey() { return QStringLiteral("lockitProjects"); }
 
 JSON sessionArgument(const QString& session) {
     JSON arguments = JSON::object();
@@ -110,6 +115,7 @@ class SessionsPanel::Tree : public QTreeWidget {
 
 SessionsPanel::SessionsPanel(Desktop& desktop, QWidget* parent)
     : QWidget(parent), desktop_(desktop), tree_(new Tree), empty_(facts({})), problem_(new Remark) {
+    restoreProjects();
     auto* rows = new QVBoxLayout(this);
     rows->setContentsMargins(space::small, space::small, space::small, space::small);
     setMinimumWidth(narrowest);
@@ -193,9 +199,16 @@ void SessionsPanel::fill() {
     for (const auto& [folder, badge] : badges_) {
         // A name that was refused goes back.
         if (QTreeWidgetItem* item = itemWith(folderRole, text(folder))) item->setText(0, text(folder));
-        badge->setText(badgeOf(folder));
-        badge->setAccessibleName(tr("LockitNetwork project of “%1”: %2").arg(text(folder), badge->text()));
+        const QString project = badgeOf(folder);
+        badge->setText(badge->fontMetrics()
+                           .elidedText(project, Qt::ElideRight, widestBadge)
+                           .replace(QLatin1Char('&'), QStringLiteral("&&")));
+        badge->setAccessibleName(tr("LockitNetwork project of “%1”: %2").arg(text(folder), project));
+        badge->setToolTip(badge->accessibleName() + QLatin1Char('\n') +
+                          tr("Project of LockitNetwork, and prefix of the metadata"));
     }
+    // It does not look at the buttons within by itself.
+    if (!badges_.empty()) tree_->resizeColumnToContents(badgeColumn);
     empty_->setVisible(desktop_.sessions().sessions().empty());
     isFilling_ = false;
 }
@@ -241,7 +254,6 @@ QTreeWidgetItem* SessionsPanel::addFolder(const std::string& name) {
     badge->setFont(factsFont());
     badge->setProperty("compact", true); // as high as a row of text
     badge->setObjectName(QStringLiteral("badge ") + text(name));
-    badge->setToolTip(tr("Project of LockitNetwork, and prefix of the metadata"));
     badges_[name] = badge;
     connect(badge, &QPushButton::clicked, this, [this, name, badge] { pickProject(name, badge); });
     tree_->setItemWidget(item, badgeColumn, badge);
@@ -285,11 +297,25 @@ QString SessionsPanel::badgeOf(const std::string& folder) {
     return text(folderBadge(project, account_ && account_->state().isSignedIn, projects_));
 }
 
+/// The service is only asked where somebody chooses; their names stand on the folders from the first look on.
+void SessionsPanel::keepProjects(const std::vector<LockitProject>& loaded) {
+    projects_ = loaded;
+    QStringList kept;
+    for (const LockitProject& project : projects_) kept << text(project.uuid) << text(project.name);
+    keptState::set(lockitProjectsKey(), kept);
+}
+
+void SessionsPanel::restoreProjects() {
+    const QStringList kept = keptState::value(lockitProjectsKey()).toStringList();
+    for (qsizetype i = 0; i + 1 < kept.size(); i += 2)
+        projects_.push_back({utf8(kept[i]), utf8(kept[i + 1]), {}, {}, {}});
+}
+
 void SessionsPanel::pickProject(const std::string& folder, QWidget* below) {
     auto* picker = new ProjectPicker(
         desktop_, folder,
         [self = QPointer(this)](const ProjectPicker::Projects& loaded) {
-            if (self) self->projects_ = loaded;
+            if (self) self->keepProjects(loaded);
         },
         this);
     connect(picker, &QObject::destroyed, this, [self = QPointer(this)] {

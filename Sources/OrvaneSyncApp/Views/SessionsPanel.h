@@ -54,6 +54,8 @@ class SessionsPanel : public QWidget {
     void askForFolder();
     void askToDeleteSession(const QString& id);
     void askToDeleteFolder(const std::string& folder);
+    void keepProjects(const std::vector<LockitProject>& loaded);
+    void restoreProjects();
     void pickProject(const std::string& folder, QWidget* below);
     QString badgeOf(const std::string& folder);
     /// What is refused stands below the list.
@@ -69,7 +71,7 @@ class SessionsPanel : public QWidget {
     std::map<std::string, QPushButton*> badges_; ///< by folder
     bool isFilling_ = false;
     bool isFillAsked_ = false;                    ///< while a name was typed
-    std::vector<LockitProject> projects_;         ///< as far as they are loaded
+    std::vector<LockitProject> projects_;         ///< as they were loaded last, be it by an earlier run
     std::shared_ptr<LockitOAuthService> account_; ///< null until a folder has a project
     platform::Subscription observation_;
     platform::Subscription accountObservation_;

@@ -59,7 +59,4 @@ class Arguments {
 std::optional<double> numberFrom(std::string_view text);
 std::optional<long long> integerFrom(std::string_view text);
 
-/// The candidate that was probably meant: the nearest by edits, if it is near.
-std::optional<std::string_view> nearest(std::string_view word, std::span<const std::string_view> candidates);
-
 } // namespace orvane::cli

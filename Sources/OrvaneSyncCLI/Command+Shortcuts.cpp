@@ -2,6 +2,7 @@
 #include "OrvaneSyncCLI/RunUntilDone.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Shortcuts/ShortcutCenter.h"
+#include "OrvaneSyncCore/Utilities/NearestWord.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -68,9 +69,8 @@ void printProfiles(Context& context, const ShortcutCenter& center, bool asJSON) 
 
 ShortcutAction actionNamed(const std::string& word) {
     if (const auto action = fromRawValue<ShortcutAction>(word)) return *action;
-    const auto meant = nearest(word, RawValues<ShortcutAction>::texts);
     throw UsageError("there is no action '" + word + "'" +
-                     (meant ? " (did you mean '" + std::string(*meant) + "'?)" : "") +
+                     didYouMean(word, RawValues<ShortcutAction>::texts) +
                      "; 'orvanesync shortcuts list' lists them");
 }
 

@@ -1,4 +1,5 @@
 #include "OrvaneSyncCLI/Command.h"
+#include "OrvaneSyncCore/Utilities/NearestWord.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/JSON.h"
 
@@ -44,9 +45,8 @@ TimecodeFrameRate rate(const Arguments& arguments) {
     if (const auto found = timecodeRate::fromName(*named)) return *found;
     std::vector<std::string_view> names;
     for (const auto each : timecodeRate::all()) names.push_back(timecodeRate::name(each));
-    const auto meant = nearest(*named, names);
     throw UsageError("--rate takes the name of a rate such as fps29_97d, not '" + *named + "'" +
-                     (meant ? " (did you mean '" + std::string(*meant) + "'?)" : ""));
+                     didYouMean(*named, names));
 }
 
 double number(const std::string& text) {

@@ -4,6 +4,7 @@
 #include "OrvaneSyncCLI/SoundFile.h"
 #include "OrvaneSyncCLI/TypedSettings.h"
 #include "OrvaneSyncCore/Models/SettingValues.h"
+#include "OrvaneSyncCore/Utilities/NearestWord.h"
 #include "Platform/BrowserSession.h"
 #include "Platform/Text.h"
 
@@ -96,9 +97,7 @@ std::string unknownCommand(std::string_view name) {
         return "the command comes first, and '" + platform::text::printable(name) + "' behind it";
     std::vector<std::string_view> names;
     for (const Command* command : allCommands()) names.push_back(command->name);
-    std::string message = "there is no command '" + platform::text::printable(name) + "'";
-    if (const auto meant = nearest(name, names)) message += " (did you mean '" + std::string(*meant) + "'?)";
-    return message;
+    return "there is no command '" + platform::text::printable(name) + "'" + didYouMean(name, names);
 }
 
 int refuseCommand(std::string_view name, const Context& context) {

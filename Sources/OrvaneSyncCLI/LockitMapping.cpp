@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Metadata/LockitFieldMapping.h"
+#include "OrvaneSyncCore/Utilities/NearestWord.h"
 
 #include <cstddef>
 #include <string>
@@ -15,9 +16,8 @@ namespace {
 template <RawValued Case>
 Case caseNamed(const std::string& word, std::string_view what) {
     if (const auto named = fromRawValue<Case>(word)) return *named;
-    const auto meant = nearest(word, RawValues<Case>::texts);
     throw UsageError("there is no " + std::string(what) + " '" + word + "'" +
-                     (meant ? " (did you mean '" + std::string(*meant) + "'?)" : "") +
+                     didYouMean(word, RawValues<Case>::texts) +
                      "; 'orvanesync lockit mapping list' lists them");
 }
 

@@ -3,7 +3,6 @@
 #include "OrvaneSyncCLI/Arguments.h"
 #include "OrvaneSyncCore/Models/SettingValues.h"
 #include "OrvaneSyncCore/Models/Settings.h"
-#include "Platform/Text.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -53,11 +52,7 @@ std::string exportSettingsHelp() {
 
 const SettingDescription& knownSetting(std::string_view key) {
     if (const SettingDescription* setting = SettingsCatalogue::find(key)) return *setting;
-    std::vector<std::string_view> keys;
-    for (const SettingDescription& setting : SettingsCatalogue::all()) keys.push_back(setting.key);
-    std::string message = "no setting is called '" + platform::text::printable(key) + "'";
-    if (const auto meant = nearest(key, keys)) message += " (did you mean '" + std::string(*meant) + "'?)";
-    throw UsageError(message + "; 'orvanesync settings' lists them");
+    throw UsageError(SettingsCatalogue::whyUnknown(key) + "; 'orvanesync settings' lists them");
 }
 
 } // namespace orvane::cli

@@ -1,10 +1,12 @@
 #include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Utilities/NearestWord.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
+#include <iterator>
 #include <vector>
 
 namespace orvane {
@@ -35,6 +37,12 @@ std::span<const SettingsCatalogue::Entry> SettingsCatalogue::all() { return entr
 const SettingDescription* SettingsCatalogue::find(std::string_view key) {
     const auto found = std::ranges::find(entries(), key, keyOf);
     return found == entries().end() ? nullptr : &found->get();
+}
+
+std::string SettingsCatalogue::whyUnknown(std::string_view key) {
+    std::vector<std::string_view> keys;
+    std::ranges::transform(entries(), std::back_inserter(keys), keyOf);
+    return "no setting is called '" + platform::text::printable(key) + "'" + didYouMean(key, keys);
 }
 
 void SettingsCatalogue::add(const SettingDescription& setting) { entries().emplace_back(setting); }

@@ -23,6 +23,8 @@ using Entry = std::reference_wrapper<const SettingDescription>;
 std::span<const Entry> all();
 /// Null for a key that is none of them.
 const SettingDescription* find(std::string_view key);
+/// For people, of a key that is none of them, with the one that was probably meant.
+std::string whyUnknown(std::string_view key);
 /// For `Declared`.
 void add(const SettingDescription& setting);
 

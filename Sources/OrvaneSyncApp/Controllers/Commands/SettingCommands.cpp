@@ -11,25 +11,30 @@ namespace {
 
 using enum Parameter::Kind;
 
+/// A setting of the user, or what the program notes beside these. Throws Error for any other key: what is
+/// stored under it is read by nobody.
+const SettingDescription& settingNamed(const Call& call) {
+    const std::string& key = call.text("key");
+    for (auto* find : {&SettingsCatalogue::find, &shortcutSettings::find, &screenSettings::find})
+        if (const SettingDescription* known = find(key)) return *known;
+    throw Error(Refusal::invalidArguments, SettingsCatalogue::whyUnknown(key));
+}
+
 /// As its readers would find it: the stored value, else the default.
 JSON setting(CommandContext& context, const Call& call) {
-    const std::string& key = call.text("key");
-    if (auto value = context.settings->value(key)) return std::move(*value);
-    const SettingDescription* known = SettingsCatalogue::find(key);
-    if (known == nullptr) known = shortcutSettings::find(key);
-    if (known == nullptr) known = screenSettings::find(key);
-    return known == nullptr ? JSON() : defaultInUse(*known);
+    const SettingDescription& known = settingNamed(call);
+    if (auto value = context.settings->value(known.key)) return std::move(*value);
+    return defaultInUse(known);
 }
 
 /// Answers when the value is on the disk, or with why it is not.
 platform::Task setSetting(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
-    const std::string& key = call.text("key");
+    const SettingDescription& known = settingNamed(call);
     const JSON value = call.any("value");
-    const SettingDescription* known = SettingsCatalogue::find(key);
-    if (known != nullptr && !value.isNull())
-        if (const auto problem = whyUseless(*known, value)) throw Error(Refusal::invalidArguments, *problem);
+    if (!value.isNull())
+        if (const auto problem = whyUseless(known, value)) throw Error(Refusal::invalidArguments, *problem);
     const auto mainThread = context.controller->work().environment.mainThread;
-    co_await platform::written(context.settings->set(key, value), *mainThread);
+    co_await platform::written(context.settings->set(known.key, value), *mainThread);
 }
 
 /// Presets are files, which the interface thread does not wait for. What reads them takes a stop token, and

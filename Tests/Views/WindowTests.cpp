@@ -192,6 +192,8 @@ TEST_F(WindowTest, ScansNothingWhereAFolderThatIsNamedIsNotThere) {
     EXPECT_TRUE(waitUntil([&] { return work().folders() == ready; })) << "to be scanned";
     QCoreApplication::processEvents();
     EXPECT_FALSE(window_->isScanning());
+    desktop_->run("noSuchCommand"); // from a slot, which nothing may leave by an exception
+    EXPECT_TRUE(bannerText().contains("noSuchCommand"));
 }
 
 TEST_F(WindowTest, AFolderThatIsNotThereIsToldOfAtItsField) {

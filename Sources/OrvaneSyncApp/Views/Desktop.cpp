@@ -41,7 +41,6 @@ bool Desktop::isEnabled(std::string_view id, const SyncGroup* clip) const {
 }
 
 platform::Task Desktop::run(std::string_view id, JSON arguments, Done done, Refused whenThisIsRefused) {
-    const commands::Command& row = command(id);
     const auto refused = [this, own = std::move(whenThisIsRefused)](const std::exception& why) {
         QString sentence = translatedSentence(why.what());
         sentence = sentence.left(1).toUpper() + sentence.mid(1);
@@ -51,6 +50,7 @@ platform::Task Desktop::run(std::string_view id, JSON arguments, Done done, Refu
             whenRefused(sentence);
     };
     try {
+        const commands::Command& row = command(id);
         const commands::Call call(row, arguments.isNull() ? nullptr : &arguments);
         context_.expectKnown(call);
         if (row.now) {

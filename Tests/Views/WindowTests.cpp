@@ -184,6 +184,35 @@ TEST_F(WindowTest, ANewNameHoldsNothingThatTheNamingAdds) {
               *clip("A001C001").manualClipName + " Cam A");
 }
 
+TEST_F(WindowTest, EntriesOfMenusHaveTheKeysOfTheUser) {
+    const auto& center = desktop_->context().shortcuts();
+    ASSERT_TRUE(waitUntil([&] { return center->ready().isDone(); }));
+    const auto keyOf = [&](const QString& title) {
+        for (const QAction* entry : window_->findChildren<QAction*>())
+            if (entry->text() == title) return entry->shortcut().toString(QKeySequence::PortableText);
+        return QStringLiteral("no entry");
+    };
+    using enum ShortcutAction;
+    const struct {
+        std::optional<ShortcutAction> action; ///< that is given the key
+        const char *key, *lock, *approve, *resync;
+    } cases[] = {{{}, "", "Ctrl+L", "Ctrl+Return", "Ctrl+R"},
+                 {lockCurrent, "command+k", "Ctrl+K", "Ctrl+Return", "Ctrl+R"},
+                 {lockCurrent, "command+r", "", "Ctrl+Return", "Ctrl+R"}, // an entry has it already
+                 {lockCurrent, "x", "", "Ctrl+Return", "Ctrl+R"},         // for the review alone
+                 {lockCurrent, "command+return", "", "Ctrl+Return", "Ctrl+R"},
+                 {toggleApproved, "command+shift+m", "Ctrl+Return", "Ctrl+Shift+M", "Ctrl+R"}};
+    for (const auto& one : cases) {
+        if (one.action) {
+            const platform::Task bound = center->setBinding(Shortcut::fromText(one.key), *one.action);
+            ASSERT_TRUE(waitUntil([&] { return bound.isDone(); }));
+        }
+        EXPECT_EQ(keyOf("Lock Current Clip"), one.lock) << one.key;
+        EXPECT_EQ(keyOf("Mark Synced"), one.approve) << one.key;
+        EXPECT_EQ(keyOf("Re-sync Clip"), one.resync) << one.key;
+    }
+}
+
 TEST_F(WindowTest, ScansNothingWhereAFolderThatIsNamedIsNotThere) {
     window_->openPaths({text(folder_.path("shoot/camera")), text(folder_.path("gone"))});
     EXPECT_TRUE(waitUntil([&] { return bannerText().contains("gone”") && !bannerText().contains("camera"); }))

@@ -371,11 +371,11 @@ void MainMenus::makeTools() {
     tools->setObjectName(QStringLiteral("tools"));
     window_.addToolBar(tools);
     // The words of what is done with every clip, and of its end, stay longest.
-    tools->add(of("undo"), tr("Undo"), 1);
-    tools->add(of("redo"), tr("Redo"), 0);
+    tools->add(of("undo"), of("undo")->text(), 1);
+    tools->add(of("redo"), of("redo")->text(), 0);
     tools->addSeparator();
     tools->add(of("runSmartAudioAnalysis"), tr("Smart Audio"), 5);
-    tools->add(of("toggleApproved"), tr("Approve"), 8);
+    tools->add(of("toggleApproved"), of("toggleApproved")->text(), 8);
     tools->add(of("toggleLocked"), tr("Lock"), 7);
     tools->add(rename_, tr("Rename"), 6);
     resync_ = ownEntry(tr("Re-sync"), [this] {
@@ -398,15 +398,18 @@ void MainMenus::makeTools() {
 
 void MainMenus::showKeys() {
     const ShortcutBindings& bindings = desktop_.players().shortcuts()->bindings();
-    const auto give = [&](QAction* action, ShortcutAction meant) {
-        const auto found = bindings.find(meant);
-        action->setShortcut(found == bindings.end() ? QKeySequence() : menuKey(found->second));
-        action->setProperty(keyOfUser, true);
-    };
-    give(of("undo"), ShortcutAction::undo);
-    give(of("redo"), ShortcutAction::redo);
-    give(of("loadProject"), ShortcutAction::openProject);
-    give(of("saveProject"), ShortcutAction::saveProject);
+    std::vector<std::pair<QAction*, QKeySequence>> ofUser;
+    for (const auto& [id, action] : ofCommands_) {
+        const commands::Command& row = desktop_.command(id);
+        if (!row.action) continue;
+        const auto key = shortcutInMenus(bindings, *row.action);
+        action->setProperty(keyOfUser, key.has_value());
+        action->setShortcut(key ? QKeySequence() : keyOfEntry(row.entry->key));
+        if (key) ofUser.emplace_back(action, menuKey(*key));
+    }
+    // Of two entries with one key the desktop would run neither.
+    for (const auto& [action, key] : ofUser)
+        if (entryWithKey(window_, key) == nullptr) action->setShortcut(key);
 }
 
 bool MainMenus::applies(std::string_view id, const std::vector<UUID>& clips) const {
@@ -442,11 +445,13 @@ void MainMenus::update() {
     keys_->setEnabled(isPlaying);
     review_->setEnabled(!isPlaying && !clips.empty());
     const UndoState undo = desktop_.controller().work().undoState();
-    const auto named = [](const std::string& step) {
-        return translated(step).replace(QLatin1Char('&'), QStringLiteral("&&"));
+    const auto name = [this](std::string_view id, const std::optional<std::string>& step,
+                             const QString& withStep) {
+        of(id)->setText(step ? withStep.arg(translated(*step).replace(QLatin1Char('&'), QStringLiteral("&&")))
+                             : translated(desktop_.command(id).title));
     };
-    of("undo")->setText(undo.undoActionName ? tr("Undo %1").arg(named(*undo.undoActionName)) : tr("Undo"));
-    of("redo")->setText(undo.redoActionName ? tr("Redo %1").arg(named(*undo.redoActionName)) : tr("Redo"));
+    name("undo", undo.undoActionName, tr("Undo %1"));
+    name("redo", undo.redoActionName, tr("Redo %1"));
 }
 
 namespace {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -26,6 +27,11 @@ const Command& command(std::string_view id) {
     const auto found = std::ranges::find(table, id, &Command::id);
     if (found == table.end()) throw std::logic_error("no command " + std::string(id));
     return *found;
+}
+
+const Command* commandOf(ShortcutAction action) {
+    const auto found = std::ranges::find(allCommands(), std::optional(action), &Command::action);
+    return found == allCommands().end() ? nullptr : &*found;
 }
 
 } // namespace orvane::commands

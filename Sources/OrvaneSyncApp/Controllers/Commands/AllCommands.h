@@ -29,5 +29,7 @@ std::vector<Command> modelCommands();
 const std::vector<Command>& allCommands();
 /// Throws std::logic_error for one that is not there.
 const Command& command(std::string_view id);
+/// The row that does what this key can do; null where none does.
+const Command* commandOf(ShortcutAction action);
 
 } // namespace orvane::commands

@@ -2,6 +2,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/Commands/PlayerJSON.h"
 #include "OrvaneSyncApp/Controllers/Commands/ReviewPlayers.h"
+#include "OrvaneSyncCore/Services/Shortcuts/ReviewKeys.h"
 
 #include <algorithm>
 
@@ -54,7 +55,7 @@ std::vector<Command> clusterCommands() {
     return {
         Command::later("clusterLoad", "Open as Multicam", "Opens cameras of one take, each on its clap.",
                        {{"groupIDs", texts}}, load)
-            .inMenu(Menu::view, 130, "Ctrl+M"),
+            .inMenu(Menu::view, 130, reviewKeys::multicam),
         row("clusterPlay", "Play All", "Starts all cameras at one instant, by the place of the one heard.",
             {}, [](ClusterEngineBag& bag, const Call&) { bag.playAll(); }),
         row("clusterPause", "Pause All", "Stops all cameras.", {},

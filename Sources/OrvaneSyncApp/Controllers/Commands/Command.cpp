@@ -122,6 +122,13 @@ Command Command::later(std::string_view id, std::string_view title, std::string_
     return command;
 }
 
+Command Command::later(std::string_view id, ShortcutAction action, std::vector<Parameter> parameters,
+                       Later run) {
+    Command command(id, action, std::move(parameters), nullptr);
+    command.whenDone = std::move(run);
+    return command;
+}
+
 Command Command::undoneBy(const UndoStep& itsStep) && {
     step = itsStep;
     return std::move(*this);

@@ -4,6 +4,7 @@
 #include "OrvaneSyncApp/Controllers/UndoStep.h"
 #include "OrvaneSyncCore/Models/SyncGroup.h"
 #include "OrvaneSyncCore/Models/UUID.h"
+#include "OrvaneSyncCore/Services/Shortcuts/ShortcutAction.h"
 #include "Platform/JSON.h"
 #include "Platform/Task.h"
 
@@ -104,8 +105,15 @@ struct Command {
             std::vector<Parameter> theParameters, Now run)
         : id(theID), title(theTitle), help(theHelp), parameters(std::move(theParameters)),
           now(std::move(run)) {}
+    /// Does what a key can do: it is called and described as that action.
+    Command(std::string_view theID, ShortcutAction theAction, std::vector<Parameter> theParameters, Now run)
+        : Command(theID, label(theAction), helpText(theAction), std::move(theParameters), std::move(run)) {
+        action = theAction;
+    }
     static Command later(std::string_view id, std::string_view title, std::string_view help,
                          std::vector<Parameter> parameters, Later run);
+    static Command later(std::string_view id, ShortcutAction action, std::vector<Parameter> parameters,
+                         Later run);
 
     // What else a row of the table says.
     Command undoneBy(const UndoStep& itsStep) &&;
@@ -134,6 +142,8 @@ struct Command {
     /// Is about an operation that others wait for: where calls are served in turn, this one is not held up.
     bool isServedAtOnce = false;
     std::optional<MenuPlace> entry; ///< nothing: it is in no menu
+    /// What a key of the user's choice can do by this command.
+    std::optional<ShortcutAction> action;
     /// Of the command line, whose help shows this one.
     std::vector<std::string_view> counterparts;
 };

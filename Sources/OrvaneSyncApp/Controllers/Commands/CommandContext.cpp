@@ -12,16 +12,13 @@ const std::shared_ptr<ShortcutCenter>& CommandContext::shortcuts() {
     return shortcuts_;
 }
 
-/// The row of the table that a key of the review stands for, and how it names the clip.
+/// Runs the row of the table that a key of the review stands for, where that is one for a clip.
 void CommandContext::decideOfClip(ShortcutAction key, const UUID& clip) {
-    const bool isOfCluster = key == ShortcutAction::lockAllInCluster;
-    if (!isOfCluster && key != ShortcutAction::toggleApproved && key != ShortcutAction::lockCurrent) return;
-    const Command& row = command(isOfCluster                             ? "lockAllInCluster"
-                                 : key == ShortcutAction::toggleApproved ? "toggleApproved"
-                                                                         : "toggleLocked");
+    const Command* row = commandOf(key);
+    if (row == nullptr || !row->isOfOneClip()) return;
     JSON arguments = JSON::object();
-    arguments.set(isOfCluster ? "of" : groupID.name, clip.text());
-    row.now(*this, Call(row, &arguments));
+    arguments.set(row->parameters.front().name, clip.text());
+    row->now(*this, Call(*row, &arguments));
 }
 
 ReviewPlayers& CommandContext::players() {

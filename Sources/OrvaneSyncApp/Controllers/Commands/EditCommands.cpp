@@ -6,6 +6,7 @@
 #include "OrvaneSyncCore/Models/RawValues.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Naming/BatchRenamer.h"
+#include "OrvaneSyncCore/Services/Shortcuts/ReviewKeys.h"
 
 #include <algorithm>
 #include <array>
@@ -55,6 +56,15 @@ Command onGroup(std::string_view id, std::string_view help, const UndoStep& step
                     (topic<Topic>(controller).*operation)(call.id("groupID"));
                 })
         .forClips(applies);
+}
+
+/// What a key can do as well.
+Command onGroup(std::string_view id, ShortcutAction action, const UndoStep& step,
+                void (ClipEditing::*operation)(UUID)) {
+    Command row = onGroup(id, helpText(action), step, operation);
+    row.title = label(action);
+    row.action = action;
+    return row;
 }
 
 Command switching(std::string_view id, std::string_view help, const UndoStep& step,
@@ -126,12 +136,11 @@ std::vector<Command> flagCommands() {
     return {
         onGroup("resetAudioOffset", "Puts the sound back to where the timecode lays it.", resetAudioOffset,
                 &ClipEditing::resetAudioOffset, hasOffset),
-        onGroup("toggleApproved", "Approves the clip, or takes the approval back.", toggleApproved,
+        onGroup("toggleApproved", ShortcutAction::toggleApproved, toggleApproved,
                 &ClipEditing::toggleApproved)
-            .inMenu(Menu::clip, 110, "Ctrl+Return"),
-        onGroup("toggleLocked", "Locks the clip with its offset and anchors as they are, or unlocks it.",
-                toggleLocked, &ClipEditing::toggleLocked)
-            .inMenu(Menu::clip, 120, "Ctrl+L"),
+            .inMenu(Menu::clip, 110, reviewKeys::approve),
+        onGroup("toggleLocked", ShortcutAction::lockCurrent, toggleLocked, &ClipEditing::toggleLocked)
+            .inMenu(Menu::clip, 120),
         onGroup("toggleMOS", "Marks a clip without sound as meant to have none, or takes the mark away.",
                 toggleMOS, &ClipEditing::toggleMOS, isMOS),
         onGroup("togglePickup", "Marks the clip as a pickup, or takes the mark away.", togglePickup,
@@ -196,8 +205,7 @@ std::vector<Command> valueCommands() {
                                                    call.numberIfPresent("secondsInAudio"));
              }),
         Command(
-            "lockAllInCluster", undoSteps::lockAllInCluster.actionName,
-            "Locks every clip with the base name of this one.",
+            "lockAllInCluster", ShortcutAction::lockAllInCluster,
             {{"of", id},
              {.name = "source", .kind = text, .isOptional = true, .choices = settingTexts<ClipNamingSource>},
              {"customPattern", text, true}},
@@ -353,7 +361,7 @@ JSON undoStateJSON(const UndoState& state) {
 
 std::vector<Command> undoCommands() {
     return {
-        Command("undo", "Undo", "Takes the last step back.", {},
+        Command("undo", ShortcutAction::undo, {},
                 [](CommandContext& context, const Call&) {
                     context.controller->undo();
                     return JSON();
@@ -362,7 +370,7 @@ std::vector<Command> undoCommands() {
                 return isScanIdle(context) && context.controller->work().undoState().canUndo;
             })
             .inMenu(Menu::edit, 110),
-        Command("redo", "Redo", "Redoes the last undone step.", {},
+        Command("redo", ShortcutAction::redo, {},
                 [](CommandContext& context, const Call&) {
                     context.controller->redo();
                     return JSON();

@@ -156,13 +156,10 @@ std::vector<Command> reportCommands() {
 
 std::vector<Command> fileCommands() {
     return {
-        Command::later("saveProject", "Save Project…", "Writes the decisions as a project file.",
-                       {{"path", path}, overwrite}, saveProject)
+        Command::later("saveProject", ShortcutAction::saveProject, {{"path", path}, overwrite}, saveProject)
             .when(hasClipsWhileIdle)
             .inMenu(Menu::file, 220),
-        Command::later("loadProject", "Open Project…",
-                       "Scans the folders of a project and lays its decisions over the clips.",
-                       {{"path", path}}, loadProject)
+        Command::later("loadProject", ShortcutAction::openProject, {{"path", path}}, loadProject)
             .alsoBy({"project"})
             .inMenu(Menu::file, 210),
         Command::later("exportFCPXML", "Export FCPXML…", "Writes all settled clips as one document.",

@@ -12,8 +12,9 @@ struct MenuPlace {
     Menu menu = Menu::file;
     /// Entries stand by rising numbers, with a separator wherever the hundreds change.
     int order = 0;
-    /// Such as "Ctrl+Return"; "New" and "Close" are the keys that the desktop has for these. Empty: none, or
-    /// one of the user's choice.
+    /// Such as "Ctrl+Return"; "New" and "Close" are the keys that the desktop has for these. Of a command
+    /// that names a `ShortcutAction` only the key that stands in where the user's acts in the review alone.
+    /// Empty: none.
     std::string_view key = {};
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 #include <utility>
 
 namespace orvane {
@@ -73,15 +74,15 @@ KeyColumns laidOut(const std::vector<KeyGroup>& groups, int lines) {
 KeyGroup keysOfTheWindow(const ReviewSituation& now, bool isApproveBound) {
     namespace keys = reviewKeys;
     KeyGroup group{"Window", {}};
-    const auto add = [&](const char* key, const char* label, bool acts) {
-        group.rows.push_back({{}, key, label, acts});
+    const auto add = [&](const char* key, std::string_view label, bool acts) {
+        group.rows.push_back({{}, key, std::string(label), acts});
     };
     add(keys::lens, "Sync Lens", now.hasClip);
     add(keys::attach, "Attach a recording", now.hasClip && !now.isLocked);
     add("Ctrl+1–9", "Use This Recording", now.hasChoice);
     add(keys::applySuggestion, "Move as the other camera", now.hasSuggestion);
     add(keys::rename, "Rename Clip", now.hasClip);
-    if (!isApproveBound) add(keys::approve, "Mark Synced", now.hasClip);
+    if (!isApproveBound) add(keys::approve, label(ShortcutAction::toggleApproved), now.hasClip);
     add(keys::multicam, "Open as Multicam", now.hasClip);
     add(keys::leave, "Back to the results", !now.isLooping);
     add(keys::overview, "All keys", true);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Services/Shortcuts/KeyText.h"
+#include "OrvaneSyncCore/Services/Shortcuts/ReviewKeys.h"
 #include "OrvaneSyncCore/Services/Shortcuts/ShortcutBindings.h"
 
 #include <optional>
@@ -25,14 +26,6 @@ struct ReviewSituation {
 
     bool operator==(const ReviewSituation&) const = default;
 };
-
-/// Keys of the review's window, which nobody binds.
-namespace reviewKeys {
-inline constexpr const char *lens = "S", *rename = "F2", *attach = "Ctrl+T", *choose = "Ctrl+%1",
-                            *applySuggestion = "Ctrl+Shift+A", *multicam = "Ctrl+M", *leave = "Esc",
-                            *approve = "Ctrl+Return", *overview = "?";
-inline constexpr int mostChosen = 9; ///< recordings that `choose` reaches, from 1
-} // namespace reviewKeys
 
 /// The keys by what they are about, without actions that have none. Pure; any thread.
 struct KeyGroup {

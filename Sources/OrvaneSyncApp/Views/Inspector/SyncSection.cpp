@@ -99,18 +99,12 @@ void SyncSection::makeAnchor() {
 void SyncSection::makeDecisions() {
     auto* buttons = new FlowLayout;
     buttons->addWidget(lock_ = commandButton("toggleLocked", tr("Lock sync as verified")));
-    lock_->setToolTip(tr("Verify and lock the current clip's sync — locked clips no longer auto-recompute."));
-    QPushButton* lockAll = button(tr("Lock All Cams in Cluster"));
-    lockAll->setToolTip(tr("Lock every cam that shares this clip's scene/take."));
-    connect(lockAll, &QPushButton::clicked, this, [this] {
+    buttons->addWidget(commandButton("lockAllInCluster", {}, [this] {
         JSON arguments = JSON::object();
         arguments.set("of", clipID().text());
         run("lockAllInCluster", std::move(arguments));
-    });
-    buttons->addWidget(lockAll);
-    buttons->addWidget(approve_ = commandButton("toggleApproved",
-                                                translated(orvane::label(ShortcutAction::toggleApproved))));
-    approve_->setToolTip(translated(helpText(ShortcutAction::toggleApproved)));
+    }));
+    buttons->addWidget(approve_ = commandButton("toggleApproved"));
     approve_->setCheckable(true);
     approve_->setIcon(icon(Glyph::approve));
     add(buttons);

@@ -5,8 +5,10 @@
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Services/Shortcuts/LinuxKeys.h"
 
+#include <QAction>
 #include <QKeyEvent>
 #include <QKeySequence>
+#include <QWidget>
 
 #include <algorithm>
 #include <array>
@@ -72,6 +74,15 @@ QKeySequence menuKey(const Shortcut& shortcut) {
                       text(keyText(shortcut)).replace(QLatin1String("Super+"), QLatin1String("Meta+")),
                       QKeySequence::PortableText)
                 : QKeySequence();
+}
+
+const QAction* entryWithKey(const QWidget& window, const QKeySequence& key) {
+    if (key.isEmpty()) return nullptr;
+    const auto entries = window.findChildren<const QAction*>();
+    const auto found = std::ranges::find_if(entries, [&](const QAction* entry) {
+        return !entry->property(keyOfUser).toBool() && entry->shortcuts().contains(key);
+    });
+    return found == entries.end() ? nullptr : *found;
 }
 
 } // namespace orvane::views

@@ -4,8 +4,10 @@
 
 #include <QString>
 
+class QAction;
 class QKeyEvent;
 class QKeySequence;
+class QWidget;
 
 namespace orvane::views {
 
@@ -18,5 +20,7 @@ QString shownKey(const Shortcut& shortcut);
 inline constexpr const char* keyOfUser = "keyOfUser";
 /// Empty for what no menu can hold.
 QKeySequence menuKey(const Shortcut& shortcut);
+/// The entry of the window's menus that has this key, whatever the user binds; null for none.
+const QAction* entryWithKey(const QWidget& window, const QKeySequence& key);
 
 } // namespace orvane::views

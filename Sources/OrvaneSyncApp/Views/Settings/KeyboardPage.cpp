@@ -205,7 +205,10 @@ void KeyboardPage::showBindings() {
             bound != center_->bindings().end() && !row.isDefault)
             if (const QString entry = menuEntryWith(bound->second); !entry.isEmpty())
                 conflicts
-                    << tr("“%1” of the menu has this key too; in the review this action gets it.").arg(entry);
+                    << (keyAction(row.action)
+                            ? tr("“%1” of the menu has this key too; in the review this action gets it.")
+                            : tr("“%1” of the menu has this key and keeps it; choose another."))
+                           .arg(entry);
         line.conflict->show(Signal::doubtful, conflicts.join(QLatin1Char('\n')));
         line.settle->setVisible(!row.conflict.empty());
     }
@@ -213,12 +216,8 @@ void KeyboardPage::showBindings() {
 
 QString KeyboardPage::menuEntryWith(const Shortcut& shortcut) const {
     const QWidget* main = window()->parentWidget();
-    const QKeySequence key = menuKey(shortcut);
-    if (main == nullptr || key.isEmpty()) return {};
-    for (const QAction* action : main->findChildren<QAction*>())
-        if (!action->property(keyOfUser).toBool() && action->shortcuts().contains(key))
-            return action->text().remove(QLatin1Char('&'));
-    return {};
+    const QAction* entry = main == nullptr ? nullptr : entryWithKey(*main, menuKey(shortcut));
+    return entry == nullptr ? QString() : entry->text().remove(QLatin1Char('&'));
 }
 
 void KeyboardPage::showProfiles() {

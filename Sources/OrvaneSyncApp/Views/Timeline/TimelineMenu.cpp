@@ -31,6 +31,7 @@ std::unique_ptr<QMenu> TimelineCanvas::menuAt(const TimelineLayout::Hit& hit) {
         action->setEnabled(desktop_.isEnabled(id, clip()));
         connect(action, &QAction::triggered, this,
                 [this, id, arguments = std::move(arguments)] { desktop_.run(id, arguments); });
+        return action;
     };
     const auto withKey = [&](const QString& title, KeyAction action) {
         const ShortcutBindings& bindings = desktop_.players().shortcuts()->bindings();
@@ -61,7 +62,10 @@ std::unique_ptr<QMenu> TimelineCanvas::menuAt(const TimelineLayout::Hit& hit) {
         analysis.set("forceOverwriteManualTracks", false);
         add("runSmartAudioForGroup", std::move(analysis));
     }
-    add("toggleLocked", ofClip(), withKey(rows.isLocked ? tr("Unlock") : tr("Lock"), KeyAction::lockCurrent));
+    QAction* lock = add("toggleLocked", ofClip(),
+                        withKey(translated(label(KeyAction::lockCurrent)), KeyAction::lockCurrent));
+    lock->setCheckable(true);
+    lock->setChecked(rows.isLocked);
     if (hit.track && rows.channel(*hit.track) != nullptr) {
         menu->addSection(
             QStringLiteral("T%1 %2").arg(*hit.track).arg(translatedSentence(rows.channel(*hit.track)->name)));

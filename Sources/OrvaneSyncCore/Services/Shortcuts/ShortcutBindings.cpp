@@ -41,6 +41,17 @@ std::optional<ShortcutAction> actionFor(const ShortcutBindings& bindings, std::s
     return found == bindings.end() ? std::nullopt : std::optional(found->first);
 }
 
+std::optional<Shortcut> shortcutInMenus(const ShortcutBindings& bindings, ShortcutAction action) {
+    const auto found = bindings.find(action);
+    if (found == bindings.end() || found->second.isUnbound()) return std::nullopt;
+    const Shortcut& key = found->second;
+    const auto isHeld = [&](ModifierSet modifier) { return key.modifiers.contains(modifier); };
+    if (keyAction(action) && !isHeld(ModifierSet::command) && !isHeld(ModifierSet::option) &&
+        !isHeld(ModifierSet::control))
+        return std::nullopt;
+    return actionFor(bindings, key.key, key.modifiers) == action ? std::optional(key) : std::nullopt;
+}
+
 std::vector<SharedShortcut> sharedShortcuts(const ShortcutBindings& bindings) {
     std::vector<SharedShortcut> all;
     for (const auto& [action, shortcut] : bindings) {

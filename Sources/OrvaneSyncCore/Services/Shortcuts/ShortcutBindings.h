@@ -20,6 +20,11 @@ ShortcutBindings defaultBindings();
 std::optional<ShortcutAction> actionFor(const ShortcutBindings& bindings, std::string_view key,
                                         ModifierSet modifiers);
 
+/// The user's key where menus have it too: of an action of the menus, and of one of the review where the key
+/// is held with Ctrl, Alt or Super. Any other acts in the review alone, as lists use it by themselves.
+/// Nothing also for an action that has no key, or whose key another one gets.
+std::optional<Shortcut> shortcutInMenus(const ShortcutBindings& bindings, ShortcutAction action);
+
 /// A key that several actions have: the first of them gets it.
 struct SharedShortcut {
     Shortcut shortcut;

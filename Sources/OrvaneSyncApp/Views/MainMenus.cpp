@@ -138,9 +138,6 @@ void MainMenus::makeCommands() {
         ofCommands_.emplace(row.id, action);
     }
     for (const auto& [id, glyph] : drawnEntries) of(id)->setIcon(icon(glyph));
-    of("buildAtmo")->setText(tr("Build Room Tone…"));
-    of("clusterLoad")
-        ->setStatusTip(tr("Opens all cameras of the clip's take, or the clips that are selected."));
 }
 
 std::map<std::string_view, std::function<void()>> MainMenus::actsOfWindow() {

@@ -62,7 +62,7 @@ std::vector<Command> atmoCommands() {
                        "Finds the quiet stretches in the recordings of each scene.", {}, scanCandidates)
             .alsoBy({"atmo"})
             .when(hasSoundWhileIdle),
-        Command::later("buildAtmo", "Build Room Tone",
+        Command::later("buildAtmo", "Build Room Tone…",
                        "Joins quiet stretches of a scene into a file that goes into the document.",
                        {{"scene", text},
                         {.name = "candidateIDs", .kind = texts, .isOptional = true},

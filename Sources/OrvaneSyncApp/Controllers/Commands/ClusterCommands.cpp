@@ -53,7 +53,8 @@ platform::Task load(CommandContext& context, const Call& call, const std::shared
 std::vector<Command> clusterCommands() {
     constexpr double mostFrames = 1'000'000, longestSeconds = 604'800;
     return {
-        Command::later("clusterLoad", "Open as Multicam", "Opens cameras of one take, each on its clap.",
+        Command::later("clusterLoad", "Open as Multicam",
+                       "Opens all cameras of a take, or the clips that are chosen, each on its clap.",
                        {{"groupIDs", texts}}, load)
             .inMenu(Menu::view, 130, reviewKeys::multicam),
         row("clusterPlay", "Play All", "Starts all cameras at one instant, by the place of the one heard.",

@@ -453,8 +453,11 @@ TEST_F(ReviewTest, EveryActionHasAnEntryThatNamesItsKey) {
     for (const ShortcutAction action : allShortcutActions()) {
         if (!keyAction(action)) continue; // those of the menus are entries by nature
         const QString name = text(label(action));
+        const commands::Command* row = commands::commandOf(action);
+        const int inMenusOfCommands = row != nullptr && row->entry ? 1 : 0;
         EXPECT_EQ(
-            entries.filter(QRegularExpression("^" + QRegularExpression::escape(name) + "(\t|$)")).size(), 1)
+            entries.filter(QRegularExpression("^" + QRegularExpression::escape(name) + "(\t|$)")).size(),
+            1 + inMenusOfCommands)
             << name.toStdString();
     }
     EXPECT_TRUE(waitUntil([&] {

@@ -23,11 +23,15 @@ TEST(TimelineZoom, keepsTheMomentUnderThePointerElseUnderThePlayhead) {
                 zoom.applyZoom(factor);
                 EXPECT_NEAR(momentAtX(), moment, 1e-9) << hasPointer << playhead << factor;
             }
+            EXPECT_NEAR(zoom.zoomScale, 40, 1e-9);
             for (int i = 0; i < 30; ++i) zoom.applyZoom(0.8);
             EXPECT_EQ(zoom.zoomScale, 1);
             EXPECT_EQ(zoom.scrollOffset, 0);
             EXPECT_NEAR(zoom.contentSeconds() * zoom.pixelsPerSecond(), 1000, 1e-9);
         }
+    TimelineZoomState atTheEdge{.viewportWidth = 1000, .clipDuration = 60, .cursorViewportX = 0};
+    atTheEdge.applyZoom(2);
+    EXPECT_EQ(atTheEdge.scrollOffset, 0);
     TimelineZoomState closest{.zoomScale = 64, .scrollOffset = 7};
     for (const double factor : {1.25, 0.0, -1.0, std::numeric_limits<double>::quiet_NaN()}) {
         closest.applyZoom(factor);

@@ -58,7 +58,6 @@ struct ScrubAudioPlayer::Reading {
             const std::lock_guard lock(mutex);
             if (number != newest) return;
         }
-        if (!take) return;
         std::optional<AudioSlice> slice;
         try {
             slice = ScrubBlipAudio::readStereoSlice(*take.audio, atSourceSeconds, seconds);

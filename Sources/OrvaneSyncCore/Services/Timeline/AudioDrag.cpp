@@ -22,9 +22,8 @@ double draggedSeconds(double seconds, DragModifiers modifiers, const AudioDrag::
 } // namespace
 
 std::optional<double> AudioDrag::move(double translation, DragModifiers modifiers, const Timeline& timeline) {
-    if (!(timeline.pixelsPerSecond > 0)) return std::nullopt;
     const double seconds = draggedSeconds(translation / timeline.pixelsPerSecond, modifiers, timeline);
-    if (!std::isfinite(seconds)) return std::nullopt;
+    if (!std::isfinite(seconds)) return std::nullopt; // of a timeline without a width
     const double change = seconds - applied_;
     live_ = seconds;
     applied_ = seconds;

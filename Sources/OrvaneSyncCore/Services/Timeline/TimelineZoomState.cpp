@@ -35,7 +35,6 @@ double TimelineZoomState::rulerInterval() const {
 void TimelineZoomState::applyZoom(double scaleDelta) {
     if (!(scaleDelta > 0)) return;
     const double scale = std::clamp(zoomScale * scaleDelta, leastZoom, mostZoom);
-    if (scale == zoomScale) return;
     const double x = cursorViewportX.value_or(viewportX(playheadSeconds));
     const double contentTime = (x + scrollOffset) / pixelsPerSecond();
     zoomScale = scale;

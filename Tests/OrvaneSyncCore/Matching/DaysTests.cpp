@@ -153,7 +153,8 @@ TEST(Days, DatesOfACardMayCountAnotherZone) {
     const MediaAsset evening = clip("A2.mov", "17:30:00:00", "2024-05-18T00:30:40Z");
     const std::vector<MediaAsset> sounds{test::audio("T1_240517.wav"),
                                          test::audio("T2_240517.wav", "17:30:00:00")};
-    EXPECT_EQ(offsets({}, {evening, clip("B1.mov", "10:00:00:00", "2024-05-17T17:00:00Z")}, sounds),
+    const MediaAsset other = in("/B", clip("C1.mov", "10:00:00:00", "2024-05-17T10:00:00Z"));
+    EXPECT_EQ(offsets({}, {evening, clip("B1.mov", "10:00:00:00", "2024-05-17T17:00:00Z"), other}, sounds),
               Offsets{0})
         << "seven hours ahead of the timecode, as the whole card is";
     EXPECT_EQ(offsets({}, {evening, clip("A1.mov", "10:00:00:00", "2024-05-17T10:00:00Z")}, sounds),

@@ -51,7 +51,7 @@ TEST(MetadataMerger, pairsARowWithItsClip) {
     check("the later row counts whole", name, {{"Name", "Note"}, {"A", "first"}, {"a.mxf"}}, "A.mov",
           Fields{{"Name", "a.mxf"}});
     check("no row, no metadata", name, {{"Name"}, {"B"}}, "A.mov", {});
-    check("a reel is no name", name, {{"Name"}, {"A001C003"}}, "A001C003_X.mov", {});
+    check("a reel is no name", name, {{"Name"}, {"a001c003"}}, "a001c003_X.mov", {});
     check("rows without a name belong to no clip", name, {{"Tape"}, {"A"}}, "A.mov", {});
     check("a reel that is longer than the name's prefix", column("Tape"), {{"Tape"}, {"A001"}},
           "A001C003_240101_R1AB.mov", {});

@@ -1,3 +1,4 @@
+#include "OrvaneSyncCore/Models/SlateResult.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Models/WildTrack.h"
 #include "Support/Assets.h"
@@ -97,6 +98,12 @@ TEST(Records, JSONForms) {
     } catch (const DecodingError& error) {
         EXPECT_TRUE(std::string(error.what()).starts_with("audioMatches: ")) << error.what();
     }
+}
+
+TEST(Records, aSlateSaysWhatWasFoundOfIt) {
+    EXPECT_EQ(toJSON(SlateResult{}).dump(), "{}");
+    EXPECT_EQ(toJSON(SlateResult{2.25, ClapMethod::visualSlate, {}, "12A", {}, {}}).dump(),
+              R"({"clapMethod":"Visual","clapPointSeconds":2.25,"ocrScene":"12A"})");
 }
 
 TEST(Records, variantsHaveOneKey) {

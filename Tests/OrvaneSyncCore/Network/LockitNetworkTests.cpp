@@ -59,7 +59,7 @@ TEST(LockitRecords, aFieldOfAnotherKindSpoilsTheWholeAnswer) {
     for (const char* body :
          {R"({"matches":{"a":{},"b":{}}})", R"({"unmatched":{}})", R"({"matches":[]})",
           R"({"matches":{"a":{"take":{"isPickup":1}}}})", R"({"unmatched":[{"preformatted":{"tags":[1]}}]})",
-          R"({"matches":{"a":{"scene":{"sets":{}}}}})"})
+          R"({"matches":{"a":{"scene":{"sets":{}}}}})", R"({"matches":{"a":{"scene":"12A"}}})"})
         EXPECT_EQ(matches(body), "undecodable") << body;
 }
 

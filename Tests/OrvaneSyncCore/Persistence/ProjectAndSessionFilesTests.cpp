@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Persistence/GroupsCoding.h"
 #include "OrvaneSyncCore/Services/Persistence/ProjectService.h"
 #include "OrvaneSyncCore/Services/Persistence/SessionRecords.h"
+#include "OrvaneSyncCore/Services/Persistence/SessionStore.h"
 #include "OrvaneSyncCore/Utilities/Base64.h"
 #include "Platform/Files.h"
 #include "Support/Assets.h"
@@ -160,6 +161,22 @@ TEST(SessionFiles, clipsOfOneIdGetIdsOfTheirOwn) {
     } catch (const DecodingError& error) {
         EXPECT_TRUE(std::string(error.what()).starts_with("clip 2: ")) << error.what();
     }
+}
+
+TEST(SessionFiles, whichWildTracksThereAreIsSaidByWhoseClipsStand) {
+    const test::TemporaryDirectory folder;
+    const SessionStore store(folder.path());
+    const UUID id = UUID::random();
+    folder.write(id.text() + ".orvanesync/groups.json", "[]");
+    const auto written = [&](const char* name, bool areOtherClipsOnDisk) {
+        const std::vector<WildTrack> tracks{WildTrack(test::audio(name))};
+        store.changeWildTracks(id, {std::make_shared<const std::vector<WildTrack>>(tracks), nullptr},
+                               areOtherClipsOnDisk);
+        return store.readWildTracks(id).record.value().at(0).audio.filename;
+    };
+    EXPECT_EQ(written("a.wav", true), "a.wav") << "the disk has none";
+    EXPECT_EQ(written("b.wav", true), "a.wav") << "those of the other process";
+    EXPECT_EQ(written("c.wav", false), "c.wav") << "as after a new scan here";
 }
 
 TEST(SessionFiles, recordsComeBackAndSayWhatIsMissing) {

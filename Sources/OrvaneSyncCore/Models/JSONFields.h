@@ -19,7 +19,7 @@ template <class T>
 struct JSONForm;
 
 /// One field of a record's JSON form: its key and its member. A member that is optional may be absent, every
-/// other one must be there.
+/// other one must be there, unless it is `addedLater`.
 template <class Record, class Value, class FormOfField = JSONForm<Value>>
 struct JSONField {
     using Form = FormOfField;
@@ -34,6 +34,18 @@ JSONField(const char*, Value Record::*) -> JSONField<Record, Value>;
 template <template <class> class Form, class Record, class Value>
 constexpr JSONField<Record, Value, Form<Value>> fieldAs(std::string_view key, Value Record::*member) {
     return {key, member};
+}
+
+template <class Field>
+struct AddedLater : Field {
+    static constexpr bool mayBeAbsent = true;
+};
+/// A field of any kind that the first version of its record did not have: where it is absent, the value is
+/// that of a new record. `addedLater(JSONField{"isPickup", &Record::isPickup})`. Whatever people keep was
+/// written before a field that comes from here on, so each one is declared so or its member is optional.
+template <class Field>
+constexpr AddedLater<Field> addedLater(Field field) {
+    return {field};
 }
 
 /// The JSON form of a record, as one list of its fields in their order, for reading and writing. Specialised
@@ -115,18 +127,32 @@ JSON fieldsToJSON(const Record& record) {
     return json;
 }
 
+template <class Field>
+concept MayBeAbsent = Field::mayBeAbsent;
+template <MayBeAbsent Field, class Json>
+bool isAbsent(const Field& field, const Json& json) {
+    const auto value = json.find(field.key);
+    return !value || value->isNull();
+}
+
 /// A record that is made of its fields in their order.
 template <class Record, class Json>
 Record madeFromJSON(const Json& json) {
-    const auto taken = [&]<class Field>(const Field& field) { return Field::Form::taken(json, field.key); };
+    const auto taken = [&]<class Field>(const Field& field) {
+        if constexpr (MayBeAbsent<Field>)
+            if (isAbsent(field, json)) return Record{}.*field.member;
+        return Field::Form::taken(json, field.key);
+    };
     return std::apply([&](const auto&... field) { return Record{taken(field)...}; },
                       JSONFields<Record>::list);
 }
 
-/// A record whose fields are read into one that is there.
+/// A record whose fields are read into one that is there, a new one.
 template <class Record, class Json>
 Record filledFromJSON(const Json& json, Record record) {
     const auto take = [&]<class Field>(const Field& field) {
+        if constexpr (MayBeAbsent<Field>)
+            if (isAbsent(field, json)) return;
         record.*field.member = Field::Form::taken(json, field.key);
     };
     std::apply([&](const auto&... field) { (take(field), ...); }, JSONFields<Record>::list);

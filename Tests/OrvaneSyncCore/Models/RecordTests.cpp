@@ -1,3 +1,4 @@
+#include "OrvaneSyncCore/Models/JSONFields.h"
 #include "OrvaneSyncCore/Models/SlateResult.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Models/WildTrack.h"
@@ -6,6 +7,17 @@
 #include "Support/Test.h"
 
 namespace orvane {
+
+struct RecordWithAddition {
+    double first = 0;
+    bool later = true;
+};
+template <>
+struct JSONFields<RecordWithAddition> {
+    static constexpr std::tuple list{JSONField{"first", &RecordWithAddition::first},
+                                     addedLater(JSONField{"later", &RecordWithAddition::later})};
+};
+
 namespace {
 
 constexpr const char* videoText =
@@ -104,6 +116,19 @@ TEST(Records, aSlateSaysWhatWasFoundOfIt) {
     EXPECT_EQ(toJSON(SlateResult{}).dump(), "{}");
     EXPECT_EQ(toJSON(SlateResult{2.25, ClapMethod::visualSlate, {}, "12A", {}, {}}).dump(),
               R"({"clapMethod":"Visual","clapPointSeconds":2.25,"ocrScene":"12A"})");
+}
+
+TEST(Records, aFieldAddedLaterMayBeAbsent) {
+    const std::pair<const char*, bool> cases[] = {{R"({"first":1})", true},
+                                                  {R"({"first":1,"later":null})", true},
+                                                  {R"({"first":1,"later":false})", false}};
+    for (const auto& [text, later] : cases) {
+        const JSON json = JSON::parse(text);
+        EXPECT_EQ(madeFromJSON<RecordWithAddition>(json).later, later) << text;
+        EXPECT_EQ(filledFromJSON(json, RecordWithAddition{}).later, later) << text;
+    }
+    EXPECT_THROW(filledFromJSON(JSON::parse(R"({"later":true})"), RecordWithAddition{}), DecodingError);
+    EXPECT_THROW(madeFromJSON<RecordWithAddition>(JSON::parse(R"({"first":1,"later":1})")), DecodingError);
 }
 
 TEST(Records, variantsHaveOneKey) {

@@ -1,3 +1,5 @@
+#include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
+#include "OrvaneSyncCore/Models/WildTrack.h"
 #include "OrvaneSyncCore/Services/Persistence/GroupsCoding.h"
 #include "OrvaneSyncCore/Services/Persistence/ProjectService.h"
 #include "OrvaneSyncCore/Services/Persistence/SessionRecords.h"
@@ -144,6 +146,35 @@ TEST(SessionFiles, clipsAreEncodedByWhatChangedAndReadAlike) {
     expectRight();
     groups = {};
     expectRight();
+}
+
+/// What people keep, as an earlier version of the program wrote it. No key is ever added here: a field that a
+/// record gets may be absent in these (`addedLater`).
+TEST(SessionFiles, recordsOfAnEarlierVersionAreRead) {
+    const std::string clip =
+        R"([{"id":"AAAAAAAA-0000-4000-8000-000000000001","video":{"id":"AAAAAAAA-0000-4000-8000-000000000002","url":"file:///media/a.mov","kind":"video","filename":"a.mov"},
+        "audioMatches":[{"id":"AAAAAAAA-0000-4000-8000-000000000003","audio":{"id":"AAAAAAAA-0000-4000-8000-000000000004","url":"file:///media/s.wav","kind":"audio","filename":"s.wav",
+        "ixmlData":{"tracks":[{"channelIndex":1,"name":"Boom"}]}},"syncOffsetSeconds":1.5,"overlapDurationSeconds":2.5}],"matchStatus":{"manual":{}},"clipName":"n",
+        "algorithmExcludedTracks":[],"manualActiveTracks":[3],"manualBlockOverrides":[{"id":"AAAAAAAA-0000-4000-8000-000000000005","startSeconds":0.5,"endSeconds":1.5,"trackIndex":2}],
+        "manualAudioOffsetSeconds":-0.25,"isApproved":true,"isLocked":true,"syncMethod":"clap","generateNativeMOSClip":false,"isPickup":false,"isExcludedFromExport":true,"masterGainDB":-3.5,"masterGainAuto":false}])";
+    const SyncGroup read = groupsFromText(clip).front();
+    EXPECT_TRUE(saySame(read, fromJSON<SyncGroup>(JSON::parse(clip).elements()->front()))); // both readers
+    EXPECT_TRUE(read.isLocked && read.matchStatus == MatchStatus::manual());
+    const char* project =
+        R"({"version":1,"savedAt":"2026-11-24T10:00:00Z","videoFolderPath":"/media","groups":[{"id":"AAAAAAAA-0000-4000-8000-000000000001","videoPath":"/media/a.mov","audioPaths":["/media/s.wav"],
+        "clipName":"n","manualAudioOffsetSeconds":-0.25,"manualActiveTracks":[3],"manualBlockOverrides":[],"algorithmExcludedTracks":[],"isApproved":true,"isPickup":false,"isExcludedFromExport":true,
+        "isExcludedFromMulticam":true,"matchStatusRaw":"manual"}]})";
+    SyncGroupList scanned{test::clip(test::video("a.mov"), test::audio("t.wav"))};
+    ProjectService().applyEdits(ProjectService::decoded(project), scanned);
+    EXPECT_TRUE(scanned.front().isExcludedFromMulticam() && scanned.front().isApproved);
+    const JSON session = JSON::parse(
+        R"({"id":"AAAAAAAA-0000-4000-8000-000000000001","name":"n","created":"2026-11-24T10:00:00Z","modified":"2026-11-24T10:00:00Z","groupCount":1,"lockedCount":0})");
+    EXPECT_TRUE(fromJSON<SessionInfo>(session).nameAutoDerived);
+    fromJSON<SessionFolders>(JSON::parse(R"({"videoFolder":"/media"})"));
+    EXPECT_EQ(fromJSON<FolderInfo>(JSON::parse(R"({"name":"Day 1"})")).name, "Day 1");
+    const JSON wildTrack = JSON::parse(
+        R"({"id":"AAAAAAAA-0000-4000-8000-000000000004","audio":{"id":"AAAAAAAA-0000-4000-8000-000000000004","url":"file:///media/s.wav","kind":"audio","filename":"s.wav"},"customName":"Rain","isApproved":true})");
+    EXPECT_EQ(fromJSON<WildTrack>(wildTrack).customName, "Rain");
 }
 
 TEST(SessionFiles, clipsOfOneIdGetIdsOfTheirOwn) {

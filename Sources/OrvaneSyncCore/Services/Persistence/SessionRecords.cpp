@@ -72,29 +72,16 @@ std::string defaultName(const SessionFolders& folders, Date day) {
     return text.data();
 }
 
-/// A name of a session that was saved without a word about it follows the folders.
-template <class T>
-struct TrueIfMissingForm;
-
-template <>
-struct TrueIfMissingForm<bool> {
-    static void put(JSON& json, std::string_view key, bool value) { json.set(key, value); }
-    static bool taken(const JSON& json, std::string_view key) {
-        return optional<bool>(json, key).value_or(true);
-    }
-};
-
 template <>
 struct JSONFields<SessionInfo> {
-    static constexpr std::tuple list{
-        JSONField{"id", &SessionInfo::id},
-        JSONField{"name", &SessionInfo::name},
-        JSONField{"created", &SessionInfo::created},
-        JSONField{"modified", &SessionInfo::modified},
-        JSONField{"groupCount", &SessionInfo::groupCount},
-        JSONField{"lockedCount", &SessionInfo::lockedCount},
-        JSONField{"folder", &SessionInfo::folder},
-        fieldAs<TrueIfMissingForm>("nameAutoDerived", &SessionInfo::nameAutoDerived)};
+    static constexpr std::tuple list{JSONField{"id", &SessionInfo::id},
+                                     JSONField{"name", &SessionInfo::name},
+                                     JSONField{"created", &SessionInfo::created},
+                                     JSONField{"modified", &SessionInfo::modified},
+                                     JSONField{"groupCount", &SessionInfo::groupCount},
+                                     JSONField{"lockedCount", &SessionInfo::lockedCount},
+                                     JSONField{"folder", &SessionInfo::folder},
+                                     addedLater(JSONField{"nameAutoDerived", &SessionInfo::nameAutoDerived})};
 };
 
 template <>

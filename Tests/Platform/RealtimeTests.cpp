@@ -1,6 +1,5 @@
 #include "Platform/MainThread.h"
 #include "Platform/Realtime/RealtimeScope.h"
-#include "Platform/Realtime/Ring.h"
 #include "Platform/Realtime/Threads.h"
 #include "Platform/Realtime/TripleBuffer.h"
 #include "Support/RealtimeWatch.h"
@@ -9,42 +8,10 @@
 
 #include <array>
 #include <mutex>
-#include <numeric>
 #include <thread>
 
 namespace orvane::platform {
 namespace {
-
-TEST(Realtime, ringKeepsOrderBetweenTwoThreads) {
-    constexpr std::uint64_t count = 200000;
-    Ring<std::uint64_t> ring(1000);
-    EXPECT_EQ(ring.capacity(), 1024U);
-    std::thread producer([&] {
-        std::array<std::uint64_t, 97> piece{};
-        std::uint64_t next = 0;
-        for (std::size_t size = 1; next < count; size = size % piece.size() + 1) {
-            const std::size_t wanted = std::min<std::uint64_t>(size, count - next);
-            std::iota(piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(wanted), next);
-            const std::size_t taken = ring.write(std::span(piece).first(wanted));
-            if (taken == 0) std::this_thread::yield();
-            next += taken;
-        }
-    });
-    std::array<std::uint64_t, 61> piece{};
-    std::uint64_t expected = 0;
-    std::uint64_t wrong = 0;
-    while (expected < count) {
-        const std::size_t got = expected % 5 == 4 ? ring.skip(3) : ring.read(piece);
-        if (expected % 5 != 4)
-            for (std::size_t i = 0; i < got; ++i) wrong += piece[i] == expected + i ? 0 : 1;
-        if (got == 0) std::this_thread::yield();
-        expected += got;
-    }
-    producer.join();
-    EXPECT_EQ(wrong, 0U);
-    EXPECT_EQ(ring.readable(), 0U);
-    EXPECT_EQ(ring.writable(), ring.capacity());
-}
 
 TEST(Realtime, tripleBufferGivesTheNewestValueWhole) {
     struct Value {
@@ -94,13 +61,9 @@ TEST(Realtime, consumersNeitherAllocateNorLock) {
     }
     EXPECT_EQ(violationOf([] {}), "");
 
-    Ring<float> ring(64);
     TripleBuffer<std::array<float, 16>> levels;
-    std::array<float, 512> left{};
     EXPECT_EQ(violationOf([&] {
                   for (int i = 0; i < 200; ++i) {
-                      ring.write(left);
-                      ring.read(left);
                       levels.publish({});
                       levels.update();
                   }

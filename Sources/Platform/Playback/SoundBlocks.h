@@ -32,7 +32,9 @@ struct SoundBlock {
 
 /// The blocks between the thread that makes sound and the callback that plays it, all allocated at the start.
 /// Neither side locks or waits. A block is free, filled or taken by the callback; the producer takes back
-/// what it filled for an earlier transport.
+/// what it filled for an earlier transport. A queue would not do: the blocks of two transports are due at the
+/// same frames while one passes over into the other, and what is queued for an output that stands still could
+/// not be taken back.
 class SoundBlocks {
   public:
     static constexpr std::size_t count = 64;

@@ -62,13 +62,13 @@ TEST(ScrubSliceRing, passesOverFromWhatWasHeardLast) {
 }
 
 TEST(ScrubSliceRing, takesWhatItCan) {
-    ScrubSliceRing ring(64, 4);
+    ScrubSliceRing ring(64);
     EXPECT_EQ(ring.capacityFrames(), 64U);
     const auto lastOf = [&](const AudioSlice& published, float volume) {
         ring.publish(published, volume);
         return rendered(ring, 64).left.back();
     };
-    EXPECT_EQ(lastOf(constant(1000, 0.5F), 0.5F), 0.25F); // cut to what a slot holds
+    EXPECT_EQ(lastOf(constant(1000, 0.5F), 0.5F), 0.25F); // cut to the longest
     EXPECT_EQ(rendered(ring, 64).left.back(), 0);
     EXPECT_EQ(lastOf(constant(64, 0.5F), 7), 0.5F);
     EXPECT_EQ(lastOf(constant(64, 0.5F), -1), 0);

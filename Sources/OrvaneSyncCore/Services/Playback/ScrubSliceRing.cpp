@@ -4,69 +4,38 @@
 
 namespace orvane {
 
-namespace {
-
-constexpr std::size_t slotsToChooseFrom = 3; // one is played, one published, one free
-
-class Lock {
-  public:
-    explicit Lock(std::atomic_flag& flag) : flag_(flag) {
-        while (flag_.test_and_set(std::memory_order_acquire)) {
-            // held for the time of five assignments
-        }
-    }
-    ~Lock() { flag_.clear(std::memory_order_release); }
-    Lock(const Lock&) = delete;
-    Lock& operator=(const Lock&) = delete;
-
-  private:
-    std::atomic_flag& flag_;
-};
-
-} // namespace
-
-ScrubSliceRing::ScrubSliceRing(std::size_t capacityFrames, std::size_t slotCount)
-    : capacityFrames_(std::max<std::size_t>(capacityFrames, 1)),
-      slotCount_(std::max<std::size_t>(slotCount, 1)), storage_(slotCount_ * 2 * capacityFrames_) {}
+ScrubSliceRing::ScrubSliceRing(std::size_t capacityFrames)
+    : capacityFrames_(std::max<std::size_t>(capacityFrames, 1)), slices_(empty(capacityFrames_)) {}
 
 void ScrubSliceRing::publish(const AudioSlice& slice, float volume) {
     if (slice.channels.size() != 2 || slice.frameCount() == 0) return;
-    const std::size_t frames = std::min(capacityFrames_, slice.frameCount());
-    const auto isTaken = [&](std::size_t index) {
-        const auto one = static_cast<std::ptrdiff_t>(index);
-        return one == publishedSlot_ || one == playedSlot_;
-    };
-    if (slotCount_ >= slotsToChooseFrom)
-        while (isTaken(writeSlot_)) writeSlot_ = (writeSlot_ + 1) % slotCount_;
-    const auto index = static_cast<std::ptrdiff_t>(writeSlot_);
-    writeSlot_ = (writeSlot_ + 1) % slotCount_;
-    std::copy_n(slice.channels[0].begin(), frames, slot(index));
-    std::copy_n(slice.channels[1].begin(), frames, slot(index) + capacityFrames_);
-    publishedSlot_ = index;
-    const Lock lock(lock_);
-    published_ = {index, frames, std::clamp(volume, 0.0F, 1.0F), published_.generation + 1};
+    Slice& draft = slices_.draft();
+    draft.frames = std::min(capacityFrames_, slice.frameCount());
+    std::copy_n(slice.channels[0].begin(), draft.frames, draft.left.begin());
+    std::copy_n(slice.channels[1].begin(), draft.frames, draft.right.begin());
+    draft.volume = std::clamp(volume, 0.0F, 1.0F);
+    draft.number = ++published_;
+    slices_.publish();
 }
 
 void ScrubSliceRing::silence() {
-    const Lock lock(lock_);
-    published_.slot = -1;
-    published_.frames = 0;
-    ++published_.generation;
+    const std::uint64_t upTo = published_;
+    std::uint64_t before = silenced_;
+    while (before < upTo && !silenced_.compare_exchange_weak(before, upTo)) {
+        // another thread has silenced up to `before`
+    }
 }
 
 void ScrubSliceRing::latch() noexcept {
-    if (lock_.test_and_set(std::memory_order_acquire)) return;
-    if (published_.generation != current_.generation) {
-        current_ = published_;
-        playedSlot_ = current_.slot;
-        cursor_ = 0;
-        const bool isSilent = current_.slot < 0 || current_.frames == 0;
-        const float* samples = isSilent ? nullptr : slot(current_.slot);
-        stepLeft_ = lastLeft_ - (isSilent ? 0 : samples[0] * current_.volume);
-        stepRight_ = lastRight_ - (isSilent ? 0 : samples[capacityFrames_] * current_.volume);
-        stepRemaining_ = declickFrames;
-    }
-    lock_.clear(std::memory_order_release);
+    const bool isNew = slices_.update();
+    const Slice& slice = slices_.current();
+    const bool isSilent = slice.number <= silenced_;
+    if (!isNew && isSilent == isSilent_) return;
+    isSilent_ = isSilent;
+    cursor_ = 0;
+    stepLeft_ = lastLeft_ - (isSilent ? 0 : slice.left[0] * slice.volume);
+    stepRight_ = lastRight_ - (isSilent ? 0 : slice.right[0] * slice.volume);
+    stepRemaining_ = declickFrames;
 }
 
 void ScrubSliceRing::write(float& left, float& right, float sourceLeft, float sourceRight) noexcept {
@@ -82,14 +51,13 @@ void ScrubSliceRing::write(float& left, float& right, float sourceLeft, float so
 
 void ScrubSliceRing::render(float* left, float* right, std::size_t frames) noexcept {
     latch();
+    const Slice& slice = slices_.current();
     std::size_t done = 0;
-    if (current_.slot >= 0 && cursor_ < current_.frames) {
-        const std::size_t some = std::min(frames, current_.frames - cursor_);
-        const float* samples = slot(current_.slot) + cursor_;
-        for (; done < some; ++done)
-            write(left[done], right[done], current_.volume * samples[done],
-                  current_.volume * samples[capacityFrames_ + done]);
-        cursor_ += some;
+    if (!isSilent_) {
+        const std::size_t some = std::min(frames, slice.frames - cursor_);
+        for (; done < some; ++done, ++cursor_)
+            write(left[done], right[done], slice.volume * slice.left[cursor_],
+                  slice.volume * slice.right[cursor_]);
     }
     for (; done < frames; ++done) write(left[done], right[done], 0, 0);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Services/Playback/ScrubSlice.h"
+#include "Platform/Realtime/TripleBuffer.h"
 
 #include <atomic>
 #include <cstddef>
@@ -13,19 +14,18 @@ namespace orvane {
 /// frame, and silence behind it. Whatever is played when another comes, or silence, passes over into that
 /// within `declickFrames`, without a click.
 ///
-/// `publish` belongs to one thread at a time; `silence` to any, `render` to the callback. The callback never
-/// waits: where the lock over the five published values is held it goes on, and sees them at its next call.
+/// `publish` belongs to one thread at a time; `silence` to any, `render` to the callback. Nobody waits.
 class ScrubSliceRing {
   public:
     static constexpr int declickFrames = 32;
-    static constexpr std::size_t defaultSlotCount = 16;
 
-    /// `capacityFrames`: the longest slice. Both are at least 1.
-    explicit ScrubSliceRing(std::size_t capacityFrames, std::size_t slotCount = defaultSlotCount);
+    /// `capacityFrames`: the longest slice, at least 1.
+    explicit ScrubSliceRing(std::size_t capacityFrames);
 
     /// Hands over a slice of two channels; a longer one is cut. Anything else is ignored. `volume`: linear,
     /// brought within 0 and 1.
     void publish(const AudioSlice& slice, float volume);
+    /// Ends what was published before.
     void silence();
     /// Fills both arrays.
     void render(float* left, float* right, std::size_t frames) noexcept;
@@ -33,31 +33,25 @@ class ScrubSliceRing {
     std::size_t capacityFrames() const { return capacityFrames_; }
 
   private:
-    struct Published {
-        std::ptrdiff_t slot = -1; ///< -1: silence
+    struct Slice {
+        std::vector<float> left, right; ///< of `capacityFrames_`
         std::size_t frames = 0;
         float volume = 1;
-        std::uint64_t generation = 0; ///< grows with each publication
+        std::uint64_t number = 0; ///< counts the publications, from 1
     };
-    void latch() noexcept;
-    float* slot(std::ptrdiff_t index) {
-        return storage_.data() + static_cast<std::size_t>(index) * 2 * capacityFrames_;
+    static Slice empty(std::size_t frames) {
+        return {std::vector<float>(frames), std::vector<float>(frames)};
     }
+    void latch() noexcept;
     void write(float& left, float& right, float sourceLeft, float sourceRight) noexcept;
 
     const std::size_t capacityFrames_;
-    const std::size_t slotCount_;
-    std::vector<float> storage_; ///< of each slot all samples of the left, then those of the right
-    std::atomic_flag lock_ = ATOMIC_FLAG_INIT;
-    Published published_; ///< under the lock
-
-    // Producer. A slot that is published or played is left alone where there are enough.
-    std::size_t writeSlot_ = 0;
-    std::ptrdiff_t publishedSlot_ = -1;
-    std::atomic<std::ptrdiff_t> playedSlot_ = -1; ///< written by the callback
+    platform::TripleBuffer<Slice> slices_;
+    std::atomic<std::uint64_t> published_ = 0; ///< the number of the newest slice
+    std::atomic<std::uint64_t> silenced_ = 0;  ///< slices up to this number are not heard
 
     // Callback.
-    Published current_;
+    bool isSilent_ = true;
     std::size_t cursor_ = 0;             ///< next frame of the slice
     float stepLeft_ = 0, stepRight_ = 0; ///< the jump to smooth away
     int stepRemaining_ = 0;

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Export/RandomShoot.h"
 
+#include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Support/Test.h"
 
@@ -64,12 +65,20 @@ class Maker {
         return any_ && chance(25) ? oneOf(odd) : TimecodeUtils::secondsToTC(seconds, fps);
     }
 
-    template <class E, std::size_t n>
-    void choose(E& value, const E (&values)[n]) {
-        value = oneOf(values);
+    /// Each switch and each choice that is declared.
+    void choose(platform::SettingsStore& store) {
+        for (const SettingDescription& setting : SettingsCatalogue::all())
+            if (setting.kind == SettingDescription::Kind::boolean)
+                store.set(setting.key, chance(65));
+            else if (!setting.choices.empty())
+                store.set(setting.key, setting.choices[static_cast<std::size_t>(
+                                           below(static_cast<int>(setting.choices.size())))]);
     }
 
     void chooseSettings(ExportSettings& s) {
+        platform::MemorySettingsStore store;
+        choose(store);
+        s = ExportSettings(store);
         s.frameRate = s.projectFrameRate = number(oneOf(rates));
         s.eventName = chance(50) ? text() : "Day 1";
         s.fcpxmlVersion = static_cast<fcpxml::FCPXMLVersion>(below(9));
@@ -78,22 +87,6 @@ class Maker {
         s.defaultAudioTracks = integer(1 + below(4));
         s.outputWidth = integer(1920);
         s.alternateHeight = integer(1080);
-        for (bool* flag :
-             {&s.generateMulticam, &s.generateSyncClips, &s.wrapMOSInSyncClip,
-              &s.generateNativeMOSForOffspeed, &s.separateEventForNativeMOS, &s.wrapNativeMOSInSyncClip,
-              &s.generateProjectRateForOffspeed, &s.separateEventForProjectRate, &s.offspeedAutoKeyword,
-              &s.generateRawMediaEvent, &s.splitEventsByScene, &s.volumeKeyframes})
-            *flag = chance(65);
-        choose(s.videoResolution,
-               {VideoResolutionMode::useVideoFrameSize, VideoResolutionMode::useAlternateFrameSize});
-        choose(s.spatialConform,
-               {SpatialConformType::fill, SpatialConformType::fit, SpatialConformType::none});
-        choose(s.trimMode,
-               {TrimMode::commonDuration, TrimMode::videoDuration, TrimMode::noTrim, TrimMode::overlap});
-        choose(s.notesSource, {NotesSource::video, NotesSource::audio, NotesSource::both, NotesSource::none});
-        choose(s.multicamCodec, {MulticamCodec::automatic, MulticamCodec::proRes4444, MulticamCodec::h264});
-        choose(s.clipNamingSource, {GroupNaming::Source::video, GroupNaming::Source::audio,
-                                    GroupNaming::Source::sceneTake, GroupNaming::Source::custom});
         s.customNamingPattern = maybe("{scene}" + text() + "{take}");
         s.eventNamePattern = chance(50) ? "{eventName} {scene:3}" : "S{scene}" + text();
         if (chance(40)) s.atmoFileURL = FileURL{"/media/atmo" + text() + ".wav"};

@@ -2,14 +2,12 @@
 
 #include "OrvaneSyncCore/Models/MatchingDays.h"
 
-#include <cstddef>
-
 namespace orvane {
 
 std::string_view displayText(ClipNamingSource source) {
     static constexpr std::array<std::string_view, 4> texts{"Video Filename", "Audio Filename", "Scene-Take",
                                                            "Custom"};
-    return texts.at(static_cast<std::size_t>(source));
+    return rowOf(texts, source);
 }
 
 std::string_view displayText(VideoResolutionMode mode) {
@@ -18,19 +16,19 @@ std::string_view displayText(VideoResolutionMode mode) {
 
 std::string_view displayText(SpatialConformType type) {
     static constexpr std::array<std::string_view, 3> texts{"Fill (crop)", "Fit (letterbox)", "None (native)"};
-    return texts.at(static_cast<std::size_t>(type));
+    return rowOf(texts, type);
 }
 
 std::string_view displayText(TrimMode mode) {
     static constexpr std::array<std::string_view, 4> texts{
         "Common (trim to shortest)", "Video duration", "No trim (longest)", "Overlap (picture and sound)"};
-    return texts.at(static_cast<std::size_t>(mode));
+    return rowOf(texts, mode);
 }
 
 std::string_view displayText(NotesSource source) {
     static constexpr std::array<std::string_view, 4> texts{"Video only", "Audio only", "Video + Audio",
                                                            "None"};
-    return texts.at(static_cast<std::size_t>(source));
+    return rowOf(texts, source);
 }
 
 std::string_view displayText(MulticamCodec codec) {
@@ -40,7 +38,7 @@ std::string_view displayText(MulticamCodec codec) {
 std::string_view displayText(GlobalOffsetStart start) {
     static constexpr std::array<std::string_view, 3> texts{"All clips", "The clips from a file name on",
                                                            "The clips from a timecode on"};
-    return texts.at(static_cast<std::size_t>(start));
+    return rowOf(texts, start);
 }
 
 std::string_view displayText(ReportMatchField field) {
@@ -51,7 +49,7 @@ std::string_view displayText(MatchingDays days) {
     static constexpr std::array<std::string_view, 4> texts{"Automatic (its own; clocks a day off)",
                                                            "Its own day", "Its own day, and across midnight",
                                                            "Its own day and both beside it"};
-    return texts.at(static_cast<std::size_t>(days));
+    return rowOf(texts, days);
 }
 
 } // namespace orvane

@@ -1,20 +1,18 @@
 #include "OrvaneSyncCore/Models/LockitField.h"
 
-#include <cstddef>
-
 namespace orvane {
 
 std::string_view displayName(LockitField field) {
     static constexpr std::array<std::string_view, 10> names{
         "Scene",         "Take", "Shot Description", "Take Comment", "Int/Ext · Day/Night",
         "Scene Content", "Set",  "Tags (print/PU)",  "Episode",      "Camera Name (Lockit)"};
-    return names.at(static_cast<std::size_t>(field));
+    return rowOf(names, field);
 }
 
 std::string_view displayName(FCPMetaTarget target) {
     static constexpr std::array<std::string_view, 8> names{"— Off —",     "Scene", "Shot/Take", "Camera Name",
                                                            "Description", "Notes", "Keyword",   "Custom…"};
-    return names.at(static_cast<std::size_t>(target));
+    return rowOf(names, target);
 }
 
 std::string_view ownMetadataKey(FCPMetaTarget target) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Models/JSONCoding.h"
+#include "OrvaneSyncCore/Utilities/EnumTable.h"
 
 #include <array>
 #include <cstddef>
@@ -10,8 +11,8 @@
 
 namespace orvane {
 
-/// The texts under which an enumeration is stored, in the order of its cases. Specialised beside each
-/// enumeration that is stored by a text:
+/// The texts under which an enumeration is stored, one for each case in their order: `rawValue` does not
+/// compile otherwise. Specialised beside each enumeration that is stored by a text:
 ///
 ///     template <> struct RawValues<ChannelKind> {
 ///         static constexpr std::array<std::string_view, 4> texts{"boom", "lav", "mix", "unknown"};
@@ -26,7 +27,8 @@ concept RawValued = requires {
 
 template <RawValued E>
 constexpr std::string_view rawValue(E value) {
-    return RawValues<E>::texts.at(static_cast<std::size_t>(value));
+    static_assert(!RawValues<E>::texts.back().empty(), "a text for each case");
+    return rowOf(RawValues<E>::texts, value);
 }
 
 /// Exactly the stored text; nothing for any other.

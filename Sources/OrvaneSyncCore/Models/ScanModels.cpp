@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Models/ScanModels.h"
 
+#include "OrvaneSyncCore/Utilities/EnumTable.h"
+
 #include <array>
 
 namespace orvane {
@@ -21,10 +23,8 @@ constexpr std::array<StateRow, 5> stateRows{{
 
 } // namespace
 
-std::string_view name(ScanState state) { return stateRows.at(static_cast<std::size_t>(state)).name; }
-std::string_view progressText(ScanState state) {
-    return stateRows.at(static_cast<std::size_t>(state)).progressText;
-}
+std::string_view name(ScanState state) { return rowOf(stateRows, state).name; }
+std::string_view progressText(ScanState state) { return rowOf(stateRows, state).progressText; }
 
 JSON toJSON(const DiscoveryResult& result) {
     JSON json;

@@ -8,12 +8,6 @@ namespace orvane {
 
 namespace {
 
-template <class Row, std::size_t count, class E>
-const Row& rowOf(const std::array<Row, count>& rows, E value) {
-    static_assert(count == RawValues<E>::texts.size());
-    return rows.at(static_cast<std::size_t>(value));
-}
-
 struct CharacterRow {
     std::string_view displayName;
     double minBlockSeconds;
@@ -95,9 +89,7 @@ std::string_view displayText(Aggressiveness aggressiveness) {
     return rowOf(texts, aggressiveness);
 }
 
-std::string_view description(BestChannelMode mode) {
-    return bestChannelDescriptions.at(static_cast<std::size_t>(mode));
-}
+std::string_view description(BestChannelMode mode) { return rowOf(bestChannelDescriptions, mode); }
 
 std::string_view description(SmartAudioMode mode) { return rowOf(smartAudioModeRows, mode).description; }
 std::string_view sectionText(SmartAudioMode mode) { return rowOf(smartAudioModeRows, mode).sectionText; }

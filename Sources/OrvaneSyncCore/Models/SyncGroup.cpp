@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Models/MediaAssetFields.h"
 #include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 #include "OrvaneSyncCore/Models/SyncGroupFields.h"
+#include "OrvaneSyncCore/Utilities/EnumTable.h"
 
 #include <algorithm>
 
@@ -26,7 +27,7 @@ constexpr std::array<StatusRow, 6> statusRows{{
     {MatchStatus::Kind::manual, "manual", "Manual", false},
 }};
 
-const StatusRow& row(MatchStatus::Kind kind) { return statusRows.at(static_cast<std::size_t>(kind)); }
+const StatusRow& row(MatchStatus::Kind kind) { return rowOf(statusRows, kind); }
 
 struct MethodRow {
     std::string_view name;
@@ -40,7 +41,7 @@ constexpr std::array<MethodRow, 3> methodRows{{
     {"manual", "Manual", "Use the sync anchor + arrow keys to set offset manually"},
 }};
 
-const MethodRow& row(SyncMethod method) { return methodRows.at(static_cast<std::size_t>(method)); }
+const MethodRow& row(SyncMethod method) { return rowOf(methodRows, method); }
 
 } // namespace
 

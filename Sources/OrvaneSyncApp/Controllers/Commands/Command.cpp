@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/Command.h"
 
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncCore/Utilities/EnumTable.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -112,7 +113,7 @@ std::string problemOf(const JSON& value, const Parameter& parameter) {
 std::string_view name(Parameter::Kind kind) {
     constexpr std::array<std::string_view, 9> names{"id",      "text", "path",  "number", "integer",
                                                     "boolean", "any",  "texts", "paths"};
-    return names[static_cast<std::size_t>(kind)];
+    return rowOf(names, kind);
 }
 
 Command Command::later(std::string_view id, std::string_view title, std::string_view help,

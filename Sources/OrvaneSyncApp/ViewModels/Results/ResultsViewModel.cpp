@@ -4,6 +4,7 @@
 #include "OrvaneSyncApp/ViewModels/Results/ShootOrder.h"
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
+#include "OrvaneSyncCore/Utilities/EnumTable.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -30,7 +31,7 @@ std::string loudnessText(const SyncGroup& group) {
 std::string_view ResultsViewModel::title(Column column) {
     static constexpr std::array<std::string_view, columnCount> titles{
         "Clip", "Camera file", "Starts", "Length", "Match", "Sound", "Sound begins", "Loudness"};
-    return titles[static_cast<std::size_t>(column)];
+    return orvane::rowOf(titles, column);
 }
 
 ResultsViewModel::ResultsViewModel(ImportController& controller) : controller_(controller) {

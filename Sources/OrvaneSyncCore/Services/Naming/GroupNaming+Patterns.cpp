@@ -2,6 +2,8 @@
 #include "OrvaneSyncCore/Services/Naming/Replacing.h"
 #include "Platform/Text.h"
 
+#include "OrvaneSyncCore/Utilities/EnumTable.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <ranges>
@@ -22,9 +24,7 @@ constexpr std::array<CategoryRow, allTokenCategories.size()> categoryRows{{
     {"date", "Date / Time"},
 }};
 
-const CategoryRow& row(TokenInfo::Category category) {
-    return categoryRows.at(static_cast<std::size_t>(category));
-}
+const CategoryRow& row(TokenInfo::Category category) { return rowOf(categoryRows, category); }
 
 /// ASCII digits alone, within 64 bits.
 std::optional<std::int64_t> wholeNumber(std::string_view text) {

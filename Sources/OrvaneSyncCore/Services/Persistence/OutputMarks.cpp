@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Persistence/OutputMarks.h"
 
 #include "OrvaneSyncCore/Services/Persistence/ProjectService.h"
+#include "OrvaneSyncCore/Utilities/EnumTable.h"
 #include "Platform/Files.h"
 #include "Platform/JSON.h"
 #include "Platform/MediaInspector.h"
@@ -114,7 +115,7 @@ void takeAll(std::string_view& text, std::string_view characters) {
 std::string_view name(OutputKind kind) {
     constexpr std::array names{
         "document"sv, "project"sv, "table"sv, "rendering"sv, "picture"sv, "list of key bindings"sv, "mail"sv};
-    return names.at(static_cast<std::size_t>(kind));
+    return rowOf(names, kind);
 }
 
 bool beginsAsOwnDocument(std::string_view text) {

@@ -130,22 +130,22 @@ constexpr std::array<ActionDescription, actionCount> descriptions{{
     {editFile, "Save Project…", "Save the current project to disk.", "s", command},
 }};
 
+static_assert(!descriptions.back().label.empty(), "a description for each action");
+
 constexpr std::array<ShortcutAction, actionCount> actions = [] {
     std::array<ShortcutAction, actionCount> all{};
     for (std::size_t i = 0; i < actionCount; ++i) all.at(i) = static_cast<ShortcutAction>(i);
     return all;
 }();
 
-const ActionDescription& description(ShortcutAction action) {
-    return descriptions.at(static_cast<std::size_t>(action));
-}
+const ActionDescription& description(ShortcutAction action) { return rowOf(descriptions, action); }
 
 } // namespace
 
 std::string_view label(ShortcutCategory category) {
     constexpr std::array<std::string_view, 6> labels{"Playback", "Audio Offset", "Navigation",
                                                      "Zoom",     "Sync & Lock",  "Edit & File"};
-    return labels.at(static_cast<std::size_t>(category));
+    return rowOf(labels, category);
 }
 
 std::span<const ShortcutAction> allShortcutActions() { return actions; }

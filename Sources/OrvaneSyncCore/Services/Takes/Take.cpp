@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 
 #include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
+#include "OrvaneSyncCore/Utilities/EnumTable.h"
 
 #include <algorithm>
 #include <array>
@@ -100,7 +101,7 @@ const IXMLTrack* ownTrack(const std::vector<IXMLTrack>& tracks, int number, int 
 
 std::string_view name(TakeRole role) {
     constexpr std::array<std::string_view, 4> names{"part", "channel", "mirror", "alternate"};
-    return names[static_cast<std::size_t>(role)];
+    return rowOf(names, role);
 }
 
 int Take::runningChannelCount() const {

@@ -15,22 +15,6 @@ namespace orvane {
 
 namespace {
 
-/// Whatever doubts look at, they do not look at names, marks, claps and levels.
-bool areDoubtedAlike(const SyncGroup& before, const SyncGroup& now) {
-    SyncGroup other = now;
-    other.isApproved = before.isApproved;
-    other.isPickup = before.isPickup;
-    other.manualClipName = before.manualClipName;
-    other.audioAnchorOffsetInAudioSeconds = before.audioAnchorOffsetInAudioSeconds;
-    other.pictureClapAnchorSeconds = before.pictureClapAnchorSeconds;
-    other.syncMethod = before.syncMethod;
-    other.manualBlockOverrides = before.manualBlockOverrides;
-    other.masterGainDB = before.masterGainDB;
-    other.masterGainAuto = before.masterGainAuto;
-    other.measuredLUFS = before.measuredLUFS;
-    return haveSameContents(before, other);
-}
-
 /// Of how many clips a recording is one of those.
 template <class IsOne>
 std::size_t clipsWith(const SyncGroupList& groups, const IsOne& isOne) {
@@ -159,7 +143,7 @@ WorkDoubts::Basis WorkDoubts::basis() const {
 }
 
 bool WorkDoubts::isBegun() const {
-    return begunBy_ == basis() && begunOf_.isSame(work_.syncGroups(), areDoubtedAlike);
+    return begunBy_ == basis() && begunOf_.isSame(work_.syncGroups(), haveSameDoubtInputs);
 }
 
 const SyncDoubts& WorkDoubts::latest() const {

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/WorkState.h"
 
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 #include "OrvaneSyncCore/Services/Naming/ClipNames.h"
 
 #include <algorithm>
@@ -77,12 +78,12 @@ std::shared_ptr<const DisplayNames> WorkState::displayNamesIfMade() const {
     auto rules = NamingRules::of(*environment.settings);
     if (namedBy_ != rules) displayNames_.reset();
     namedBy_ = std::move(rules);
-    return displayNames_.ifMade(syncGroups_, ClipNames::areNamedAlike);
+    return displayNames_.ifMade(syncGroups_, haveSameNameInputs);
 }
 
 const DisplayNames& WorkState::displayNames() const {
     displayNamesIfMade();
-    return displayNames_.of(syncGroups_, ClipNames::areNamedAlike, [this] {
+    return displayNames_.of(syncGroups_, haveSameNameInputs, [this] {
         return WorkFiles{syncGroups_, wildTracks_, nullptr}.displayNames(*namedBy_);
     });
 }

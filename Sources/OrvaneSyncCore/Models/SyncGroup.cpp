@@ -130,24 +130,37 @@ bool isSame(const AudioMatch& a, const AudioMatch& b) {
            a.overlapDurationSeconds == b.overlapDurationSeconds;
 }
 
-template <class Record>
-bool haveSameFields(const Record& a, const Record& b) {
+/// `counts`: whether a field is one of those that are compared.
+template <class Record, class Counts>
+bool haveSameFields(const Record& a, const Record& b, const Counts& counts) {
     const auto isSameValue = []<class Value>(const Value& one, const Value& other) {
         if constexpr (std::is_same_v<Value, MediaAsset>)
-            return haveSameFields(one, other);
+            return haveSameFields(one, other, [](const auto&) { return true; });
         else if constexpr (std::is_same_v<Value, std::vector<AudioMatch>>)
             return std::ranges::equal(one, other, isSame);
         else
             return one == other;
     };
-    return std::apply(
-        [&](const auto&... field) { return (isSameValue(a.*field.member, b.*field.member) && ...); },
-        JSONFields<Record>::list);
+    const auto isSameField = [&](const auto& field) {
+        return !counts(field) || isSameValue(a.*field.member, b.*field.member);
+    };
+    return std::apply([&](const auto&... field) { return (isSameField(field) && ...); },
+                      JSONFields<Record>::list);
 }
 
 } // namespace
 
-bool haveSameContents(const SyncGroup& a, const SyncGroup& b) { return haveSameFields(a, b); }
+bool haveSameContents(const SyncGroup& a, const SyncGroup& b) {
+    return haveSameFields(a, b, [](const auto&) { return true; });
+}
+
+bool haveSameDoubtInputs(const SyncGroup& a, const SyncGroup& b) {
+    return haveSameFields(a, b, [](const auto& field) { return field.concerns(Concerns::doubts); });
+}
+
+bool haveSameNameInputs(const SyncGroup& a, const SyncGroup& b) {
+    return haveSameFields(a, b, [](const auto& field) { return field.concerns(Concerns::names); });
+}
 
 bool holdsDecisions(const SyncGroup& group) {
     return group.audioAnchorOffsetInAudioSeconds || holdsDecisionsBesideClap(group);
@@ -156,7 +169,8 @@ bool holdsDecisions(const SyncGroup& group) {
 bool holdsDecisionsBesideClap(const SyncGroup& group) {
     static const SyncGroup undecided(MediaAsset(UUID(), FileURL(), AssetKind::video), {},
                                      MatchStatus::unmatched());
-    const auto isDecided = [&]<FieldSource source, class Value>(const ClipField<source, Value>& field) {
+    const auto isDecided = [&]<FieldSource source, Concerns derived, class Value>(
+                               const ClipField<source, derived, Value>& field) {
         if constexpr (source != FieldSource::decision)
             return false;
         else if constexpr (std::is_same_v<Value, MatchStatus>)

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Models/JSONFields.h"
 #include "OrvaneSyncCore/Models/SyncGroup.h"
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -10,7 +11,8 @@
 #include <tuple>
 #include <utility>
 
-/// The fields of a clip and of its matches: their JSON form, and which of a clip the editor decides.
+/// The fields of a clip and of its matches: their JSON form, which of a clip the editor decides, and what
+/// depends on them.
 namespace orvane {
 
 /// What a report or the metadata service says of a clip, by the name of the field.
@@ -70,12 +72,24 @@ enum class FieldSource {
     detail    ///< by the editor, and ignored without the decision that it belongs to
 };
 
-template <FieldSource Source, class Value>
+/// What is derived again when a field of a clip changes, besides what shows the field itself. A new field
+/// concerns both until its line says otherwise.
+enum class Concerns : std::uint8_t {
+    neither = 0,
+    doubts = 1, ///< what is doubted about its match
+    names = 2,  ///< the names of the clips, which depend on each other
+    both = doubts | names
+};
+
+template <FieldSource Source, Concerns Derived, class Value>
 struct ClipField : JSONField<SyncGroup, Value> {
     static constexpr FieldSource source = Source;
+    static constexpr bool concerns(Concerns one) {
+        return (static_cast<unsigned>(Derived) & static_cast<unsigned>(one)) != 0;
+    }
 };
-template <FieldSource Source, class Value>
-constexpr ClipField<Source, Value> clipField(std::string_view key, Value SyncGroup::*member) {
+template <FieldSource Source, Concerns Derived = Concerns::both, class Value>
+constexpr ClipField<Source, Derived, Value> clipField(std::string_view key, Value SyncGroup::*member) {
     return {{key, member}};
 }
 
@@ -84,6 +98,7 @@ struct JSONFields<SyncGroup> {
   private:
     static constexpr auto found = FieldSource::found, clap = FieldSource::clap,
                           decision = FieldSource::decision, detail = FieldSource::detail;
+    static constexpr auto neither = Concerns::neither, doubts = Concerns::doubts, names = Concerns::names;
 
   public:
     static constexpr std::tuple list{
@@ -94,30 +109,31 @@ struct JSONFields<SyncGroup> {
         clipField<found>("clipName", &SyncGroup::clipName),
         clipField<found>("aleMetadata", &SyncGroup::aleMetadata),
         clipField<found>("lockitMetadata", &SyncGroup::lockitMetadata),
-        clipField<decision>("algorithmExcludedTracks", &SyncGroup::algorithmExcludedTracks),
-        clipField<found>("manualActiveTracks", &SyncGroup::manualActiveTracks),
-        clipField<decision>("tracksManuallyEdited", &SyncGroup::tracksManuallyEdited),
-        clipField<decision>("manualBlockOverrides", &SyncGroup::manualBlockOverrides),
-        clipField<decision>("manualAudioOffsetSeconds", &SyncGroup::manualAudioOffsetSeconds),
-        clipField<clap>("audioAnchorOffsetInAudioSeconds", &SyncGroup::audioAnchorOffsetInAudioSeconds),
-        clipField<decision>("isApproved", &SyncGroup::isApproved),
-        clipField<decision>("pictureClapAnchorSeconds", &SyncGroup::pictureClapAnchorSeconds),
-        clipField<decision>("isLocked", &SyncGroup::isLocked),
-        clipField<detail>("lockedAtAudioAnchor", &SyncGroup::lockedAtAudioAnchor),
-        clipField<detail>("lockedAtPictureAnchor", &SyncGroup::lockedAtPictureAnchor),
-        clipField<detail>("lockedAtManualOffset", &SyncGroup::lockedAtManualOffset),
-        clipField<decision>("syncMethod", &SyncGroup::syncMethod),
+        clipField<decision, doubts>("algorithmExcludedTracks", &SyncGroup::algorithmExcludedTracks),
+        clipField<found, doubts>("manualActiveTracks", &SyncGroup::manualActiveTracks),
+        clipField<decision, doubts>("tracksManuallyEdited", &SyncGroup::tracksManuallyEdited),
+        clipField<decision, neither>("manualBlockOverrides", &SyncGroup::manualBlockOverrides),
+        clipField<decision, doubts>("manualAudioOffsetSeconds", &SyncGroup::manualAudioOffsetSeconds),
+        clipField<clap, neither>("audioAnchorOffsetInAudioSeconds",
+                                 &SyncGroup::audioAnchorOffsetInAudioSeconds),
+        clipField<decision, neither>("isApproved", &SyncGroup::isApproved),
+        clipField<decision, neither>("pictureClapAnchorSeconds", &SyncGroup::pictureClapAnchorSeconds),
+        clipField<decision, doubts>("isLocked", &SyncGroup::isLocked),
+        clipField<detail, doubts>("lockedAtAudioAnchor", &SyncGroup::lockedAtAudioAnchor),
+        clipField<detail, doubts>("lockedAtPictureAnchor", &SyncGroup::lockedAtPictureAnchor),
+        clipField<detail, doubts>("lockedAtManualOffset", &SyncGroup::lockedAtManualOffset),
+        clipField<decision, neither>("syncMethod", &SyncGroup::syncMethod),
         clipField<decision>("generateNativeMOSClip", &SyncGroup::generateNativeMOSClip),
         clipField<detail>("nativeMOSNameSuffix", &SyncGroup::nativeMOSNameSuffix),
         clipField<decision>("generateProjectRateClipFlag", &SyncGroup::generateProjectRateClipFlag),
         clipField<detail>("projectRateNameSuffix", &SyncGroup::projectRateNameSuffix),
-        clipField<decision>("manualClipName", &SyncGroup::manualClipName),
-        clipField<decision>("isPickup", &SyncGroup::isPickup),
+        clipField<decision, names>("manualClipName", &SyncGroup::manualClipName),
+        clipField<decision, names>("isPickup", &SyncGroup::isPickup),
         clipField<decision>("isExcludedFromExport", &SyncGroup::isExcludedFromExport),
         clipField<decision>("isExcludedFromMulticamFlag", &SyncGroup::isExcludedFromMulticamFlag),
-        clipField<found>("masterGainDB", &SyncGroup::masterGainDB),
-        clipField<found>("measuredLUFS", &SyncGroup::measuredLUFS),
-        clipField<decision>("masterGainAuto", &SyncGroup::masterGainAuto)};
+        clipField<found, neither>("masterGainDB", &SyncGroup::masterGainDB),
+        clipField<found, neither>("measuredLUFS", &SyncGroup::measuredLUFS),
+        clipField<decision, neither>("masterGainAuto", &SyncGroup::masterGainAuto)};
 };
 
 } // namespace orvane

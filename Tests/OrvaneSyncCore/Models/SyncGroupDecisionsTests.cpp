@@ -39,6 +39,20 @@ T changed(const T& value) {
         return T(changed(typename T::value_type{}));
 }
 
+TEST(SyncGroup, doubtsAndNamesDependOnWhatTheirFieldsSay) {
+    const SyncGroup plain = test::clip(test::video("a.mov"), test::audio("s.wav"));
+    SyncGroup named = plain, moved = plain, approved = plain;
+    named.manualClipName = "Hero";
+    moved.manualAudioOffsetSeconds = 1;
+    approved.isApproved = true;
+    EXPECT_TRUE(haveSameDoubtInputs(plain, named) && !haveSameNameInputs(plain, named));
+    EXPECT_TRUE(!haveSameDoubtInputs(plain, moved) && haveSameNameInputs(plain, moved));
+    EXPECT_TRUE(haveSameDoubtInputs(plain, approved) && haveSameNameInputs(plain, approved));
+    EXPECT_FALSE(haveSameContents(plain, approved));
+    approved.video.filename = "b.mov";
+    EXPECT_FALSE(haveSameDoubtInputs(plain, approved) || haveSameNameInputs(plain, approved));
+}
+
 /// Whoever adds a field to a clip says in its list what it is, and here whether projects leave it out.
 TEST(SyncGroup, everyDecisionIsSeenAndIsInAProject) {
     const std::set<std::string_view> inSessionsAlone{"matchStatus",
@@ -63,7 +77,8 @@ TEST(SyncGroup, everyDecisionIsSeenAndIsInAProject) {
     SyncGroup takenBack = plain;
     takenBack.isExcludedFromMulticamFlag = false;
     EXPECT_FALSE(holdsDecisions(takenBack));
-    const auto check = [&]<FieldSource source, class Value>(const ClipField<source, Value>& field) {
+    const auto check = [&]<FieldSource source, Concerns derived, class Value>(
+                           const ClipField<source, derived, Value>& field) {
         if constexpr (!isOfScan<Value>) {
             SyncGroup group = plain;
             const Value value = changed(group.*field.member);

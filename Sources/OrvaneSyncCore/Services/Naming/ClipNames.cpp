@@ -1,7 +1,6 @@
 #include "OrvaneSyncCore/Services/Naming/ClipNames.h"
 
 #include "OrvaneSyncCore/Models/FilePaths.h"
-#include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "OrvaneSyncCore/Services/Naming/SyncClustering.h"
 
@@ -95,28 +94,6 @@ std::vector<std::string> inDocument(const SyncGroupList& groups, GroupNaming::So
     for (std::size_t i = 0, next = 0; i < groups.size(); ++i)
         if (isTaken(groups[i])) names[i] = std::move(own[next++]);
     return names;
-}
-
-bool areNamedAlike(const SyncGroup& before, const SyncGroup& now) {
-    // Marks, and where and how its sound lies.
-    SyncGroup other = now;
-    other.isApproved = before.isApproved;
-    other.isLocked = before.isLocked;
-    other.lockedAtAudioAnchor = before.lockedAtAudioAnchor;
-    other.lockedAtPictureAnchor = before.lockedAtPictureAnchor;
-    other.lockedAtManualOffset = before.lockedAtManualOffset;
-    other.manualAudioOffsetSeconds = before.manualAudioOffsetSeconds;
-    other.audioAnchorOffsetInAudioSeconds = before.audioAnchorOffsetInAudioSeconds;
-    other.pictureClapAnchorSeconds = before.pictureClapAnchorSeconds;
-    other.syncMethod = before.syncMethod;
-    other.algorithmExcludedTracks = before.algorithmExcludedTracks;
-    other.manualActiveTracks = before.manualActiveTracks;
-    other.tracksManuallyEdited = before.tracksManuallyEdited;
-    other.manualBlockOverrides = before.manualBlockOverrides;
-    other.masterGainDB = before.masterGainDB;
-    other.masterGainAuto = before.masterGainAuto;
-    other.measuredLUFS = before.measuredLUFS;
-    return haveSameContents(before, other);
 }
 
 std::vector<std::string> cameraFolders(const std::vector<const SyncGroup*>& clips) {

@@ -25,10 +25,6 @@ std::vector<std::string> inDocument(const SyncGroupList& groups, GroupNaming::So
                                     const std::optional<std::string>& customPattern,
                                     std::string_view separator);
 
-/// Whether nothing by which clips are named tells both states of a clip apart. Where that is not known,
-/// false.
-bool areNamedAlike(const SyncGroup& before, const SyncGroup& now);
-
 /// For each of some clips of one name the folder of its camera; all empty unless they are of two cameras:
 /// files of one name in different folders, or of different folders and rolling at the same moment. A camera
 /// that stopped and went on within a take is one.

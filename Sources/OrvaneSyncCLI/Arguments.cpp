@@ -30,6 +30,7 @@ std::string unknownOption(std::string_view name, std::span<const Option> options
 
 Arguments Arguments::parse(std::span<const std::string> words, std::span<const Option> options) {
     Arguments result;
+    for (const Option& option : options) result.values_[std::string(option.name)];
     for (std::size_t i = 0; i < words.size(); ++i) {
         const std::string& word = words[i];
         if (word == "--") {
@@ -76,14 +77,15 @@ void Arguments::add(Part part) {
     parts_.push_back(std::move(part));
 }
 
-std::optional<std::string> Arguments::value(std::string_view option) const {
+const std::vector<std::string>& Arguments::valuesOf(std::string_view option) const {
     const auto found = values_.find(option);
-    return found == values_.end() ? std::nullopt : std::optional(found->second.back());
+    if (found == values_.end()) throw std::logic_error("undeclared option " + std::string(option));
+    return found->second;
 }
 
-std::vector<std::string> Arguments::values(std::string_view option) const {
-    const auto found = values_.find(option);
-    return found == values_.end() ? std::vector<std::string>{} : found->second;
+std::optional<std::string> Arguments::value(std::string_view option) const {
+    const std::vector<std::string>& all = valuesOf(option);
+    return all.empty() ? std::nullopt : std::optional(all.back());
 }
 
 std::optional<double> Arguments::number(std::string_view option) const {

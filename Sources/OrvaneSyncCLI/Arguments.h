@@ -40,19 +40,21 @@ class Arguments {
     };
     const std::vector<Part>& parts() const { return parts_; }
     const std::vector<std::string>& positionals() const { return positionals_; }
-    bool has(std::string_view option) const { return values_.contains(option); }
+    /// Of these and the next: an option that the command does not declare is a std::logic_error.
+    bool has(std::string_view option) const { return !valuesOf(option).empty(); }
     std::optional<std::string> value(std::string_view option) const;
-    std::vector<std::string> values(std::string_view option) const;
+    std::vector<std::string> values(std::string_view option) const { return valuesOf(option); }
     /// The value as a number. Throws UsageError for a text that is none.
     std::optional<double> number(std::string_view option) const;
     std::optional<long long> integer(std::string_view option) const;
 
   private:
     void add(Part part);
+    const std::vector<std::string>& valuesOf(std::string_view option) const;
 
     std::vector<Part> parts_;
     std::vector<std::string> positionals_;
-    std::map<std::string, std::vector<std::string>, std::less<>> values_;
+    std::map<std::string, std::vector<std::string>, std::less<>> values_; ///< of each option declared
 };
 
 /// The whole text as a finite number; nothing when it is none.

@@ -128,13 +128,8 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
     dependencies.stems = context.openStems();
     if (!arguments.has("--no-cache")) dependencies.probeCache = context.openProbeCache();
     controller_ = ImportController::create(std::move(dependencies));
-    if (folders == Folders::ofArguments) chooseFolders(*controller_, arguments);
-    chooseDays(context, arguments);
-    if (const auto chosen = arguments.value("--choose"); chosen && *chosen != "first")
-        throw UsageError("--choose takes first, not '" + *chosen + "'");
-    choosesFirst_ = arguments.has("--choose");
     isQuiet_ = arguments.has("--quiet");
-    if (const auto report = arguments.value("--report")) loadReport(*report);
+    if (folders == Folders::ofArguments) readOptions(arguments);
     subscription_ = controller_->onChange([this](ImportField field) {
         if (field == ImportField::scanState && controller_->scan().scanState() != ScanState::done)
             show(progressText(controller_->scan().scanState()));
@@ -150,6 +145,16 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
         if (field == ImportField::atmo && sought.total > 0)
             progress_.show({sought.phase, sought.current, sought.total}, sought.fraction);
     });
+}
+
+/// Those of `scanOptions`.
+void ScanRun::readOptions(const Arguments& arguments) {
+    chooseFolders(*controller_, arguments);
+    chooseDays(context_, arguments);
+    if (const auto chosen = arguments.value("--choose"); chosen && *chosen != "first")
+        throw UsageError("--choose takes first, not '" + *chosen + "'");
+    choosesFirst_ = arguments.has("--choose");
+    if (const auto report = arguments.value("--report")) loadReport(*report);
 }
 
 /// A report without a table in it is a warning: the clips are worth having without it.

@@ -48,6 +48,7 @@ class ScanRun {
     void warn(std::string message);
 
   private:
+    void readOptions(const Arguments& arguments);
     void loadReport(const std::string& path);
     void apply(const std::vector<ReviewLine>& review);
     void warnOfTheScan();

@@ -107,6 +107,7 @@ TEST(CommandLine, everyCommandHelpsWithAnExampleThatItTakes) {
         const bool isListed = readme.find("\n| `" + std::string(command->name)) != std::string::npos;
         EXPECT_TRUE(isListed || readme.find("orvanesync " + std::string(command->name)) != std::string::npos)
             << "README.md lacks " << command->name;
+        EXPECT_THROW(argumentsOf(*command, {}).has("--undeclared"), std::logic_error);
     }
     EXPECT_NE(runWith({"sync", "--help"}).out.find("exportFCPXML {output, "), std::string::npos);
     for (const commands::Command& method : commands::allCommands())

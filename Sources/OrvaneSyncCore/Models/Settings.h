@@ -199,9 +199,10 @@ inline const Declared<bool> wrapMOSInSyncClip{
     "export.wrapMOSInSyncClip",
     true,
     family::exporting,
-    "a clip without sound becomes a synchronized clip too",
+    "a clip without sound becomes a synchronized clip; else it is source media only",
     {.isRegistered = true,
      .label = "Clips without sound (MOS) become synchronized clips too",
+     .hint = "Off leaves them out of the clips’ events: they are only in the event with the source media.",
      .changed = {mostChanged::eventsAndClips, 4}}};
 inline const Declared<bool> splitEventsByScene{
     "export.splitEventsByScene",

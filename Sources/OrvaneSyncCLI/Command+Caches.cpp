@@ -8,12 +8,6 @@ namespace orvane::cli {
 
 namespace {
 
-constexpr double megabyte = 1e6;
-
-std::string sizeText(std::int64_t bytes) {
-    return formatted("%.1f MB", static_cast<double>(bytes) / megabyte);
-}
-
 void show(const Context& context, bool asJSON) {
     const CacheReport report = cacheReport(*context.settings);
     if (asJSON) {
@@ -22,8 +16,9 @@ void show(const Context& context, bool asJSON) {
     }
     Table table({{"CACHE"}, {"FILES", Table::Align::right}, {"SIZE", Table::Align::right}, {"FOLDER"}});
     for (const CacheFolder& folder : report.folders)
-        table.add({folder.name, std::to_string(folder.files), sizeText(folder.bytes), folder.path});
-    context.out << table.text(context.mayColour) << "Rendered sound takes " << sizeText(report.renderedBytes)
+        table.add({folder.name, std::to_string(folder.files), megabytesText(folder.bytes), folder.path});
+    context.out << table.text(context.mayColour) << "Rendered sound takes "
+                << megabytesText(static_cast<double>(report.renderedBytes))
                 << formatted(" of the %g GB that it may.\n", report.limitGB);
 }
 
@@ -39,7 +34,7 @@ void caches(Context& context, const Arguments& arguments) {
         json.set("removedBytes", bytes);
         context.out << json.dump(platform::JSON::Layout::pretty) << "\n";
     } else {
-        context.out << "Removed " << sizeText(bytes) << ".\n";
+        context.out << "Removed " << megabytesText(bytes) << ".\n";
     }
 }
 

@@ -17,9 +17,6 @@ namespace orvane::cli {
 
 namespace {
 
-/// Seconds with milliseconds, as sync is judged by eye and ear.
-std::string secondsText(double seconds) { return formatted("%.3f s", seconds); }
-
 std::string timecodeRateText(TimecodeFrameRate rate) {
     return formatted("%.6g fps", timecodeRate::frameRateForRealTimeCalculation(rate)) +
            (timecodeRate::isDrop(rate) ? ", drop frame" : ", non-drop");

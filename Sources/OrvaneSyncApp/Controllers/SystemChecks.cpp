@@ -53,18 +53,16 @@ Check cacheCheck(const OpenProbeCache& openProbeCache) {
     if (platform::files::exists(file) && ::access(file.c_str(), R_OK) != 0)
         return {"known files", "problem", "can't read " + file};
     const auto cache = openProbeCache();
-    constexpr double megabyte = 1e6;
-    const std::string size = formatted(" (%.1f MB)", static_cast<double>(cache->sizeBytes()) / megabyte);
+    const std::string size = " (" + megabytesText(cache->sizeBytes()) + ")";
     return {"known files", "ok", counted(cache->count(), "file", "files") + " probed before" + size};
 }
 
 Check renderedCheck(const platform::SettingsStore& settings) {
-    constexpr double megabyte = 1e6;
     const CacheReport report = cacheReport(settings);
     return {"rendered sound", "ok",
-            formatted("%.1f MB", static_cast<double>(report.renderedBytes) / megabyte) +
-                formatted(" of the %g GB that it may take; ", report.limitGB) +
-                formatted("%.1f MB in all caches", static_cast<double>(report.bytes) / megabyte)};
+            megabytesText(report.renderedBytes) +
+                formatted(" of the %g GB that it may take; ", report.limitGB) + megabytesText(report.bytes) +
+                " in all caches"};
 }
 
 Check stemsCheck(const platform::SettingsStore& store) {

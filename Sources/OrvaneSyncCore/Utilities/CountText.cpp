@@ -10,6 +10,13 @@ std::string counted(long long count, std::string_view one, std::string_view many
     return std::to_string(count) + " " + std::string(count == 1 ? one : many);
 }
 
+std::string secondsText(double seconds) { return formatted("%.3f s", seconds); }
+
+std::string megabytesText(double bytes) {
+    constexpr double megabyte = 1e6;
+    return formatted("%.1f MB", bytes / megabyte);
+}
+
 std::string clockText(double seconds) {
     constexpr double longest = 1e9;
     if (!(seconds >= 0 && seconds < longest)) return "";

@@ -16,6 +16,11 @@ std::string counted(std::unsigned_integral auto count, std::string_view one, std
 }
 /// Minutes and seconds, or hours too, such as "1:05" and "1:00:07"; empty for nothing.
 std::string clockText(double seconds);
+/// Seconds with milliseconds, as sync is judged by eye and ear: "1.500 s".
+std::string secondsText(double seconds);
+/// Such as "3.2 MB", of a million bytes each.
+std::string megabytesText(double bytes);
+std::string megabytesText(std::integral auto bytes) { return megabytesText(static_cast<double>(bytes)); }
 /// Minutes and seconds to the hundredth, such as "01:23.45".
 std::string fineClockText(double seconds);
 

@@ -10,9 +10,6 @@ namespace orvane {
 
 namespace {
 
-/// Seconds with milliseconds, as sync is judged by eye and ear.
-std::string secondsText(double seconds) { return formatted("%.3f s", seconds); }
-
 /// Seconds of the clip that have sound, where it was moved to.
 double coveredSeconds(const SyncGroup& group, const Take& take) {
     const double moved = group.manualAudioOffsetSeconds;

@@ -25,7 +25,7 @@ std::string trackText(const TimelineRows& rows, int track) {
     return "T" + std::to_string(track) + (channel == nullptr ? "" : " " + channel->name);
 }
 
-std::string spanText(double start, double end) { return momentText(start) + " – " + momentText(end); }
+std::string rangeText(double start, double end) { return momentText(start) + " – " + momentText(end); }
 
 void addLine(std::string& text, const std::string& line) {
     if (line.empty()) return;
@@ -120,7 +120,7 @@ std::string TimelineRows::tooltip(const BlockDecision& block) const {
     std::string text = trackText(*this, block.activeTrack);
     if (block.secondaryTrack) text += " + " + trackText(*this, *block.secondaryTrack);
     if (block.kind == BlockKind::multiActiveWarn) text += "  " + std::string(multiActiveWarnLabel);
-    addLine(text, spanText(block.startSeconds + soundOffset, block.endSeconds + soundOffset));
+    addLine(text, rangeText(block.startSeconds + soundOffset, block.endSeconds + soundOffset));
     addLine(text, block.reason);
     addLine(text, "Peak " + formatted("%.1f", block.peakDB) + " dB · gain ×" +
                       formatted("%.2f", block.gainMultiplier));
@@ -129,12 +129,12 @@ std::string TimelineRows::tooltip(const BlockDecision& block) const {
 
 std::string TimelineRows::tooltip(const BlockOverride& range) const {
     return trackText(*this, range.trackIndex) + " by hand\n" +
-           spanText(range.startSeconds, range.endSeconds) +
+           rangeText(range.startSeconds, range.endSeconds) +
            "\nDrag an edge to move it; Delete removes the range.";
 }
 
 std::string TimelineRows::tooltip(const TimelineRecording& recording) const {
-    return recording.name + "\n" + spanText(recording.startSeconds, recording.endSeconds);
+    return recording.name + "\n" + rangeText(recording.startSeconds, recording.endSeconds);
 }
 
 std::vector<TimelineChannel> timelineChannels(const SyncGroup& group, const SmartAudioState& smartAudio) {

@@ -19,9 +19,7 @@ namespace {
 constexpr int cachesHeight = 170;
 
 QString megabytes(const JSON* bytes) {
-    constexpr double megabyte = 1e6;
-    return translatedSentence(
-        formatted("%.1f MB", (bytes == nullptr ? 0 : bytes->number().value_or(0)) / megabyte));
+    return translatedSentence(megabytesText(bytes == nullptr ? 0 : bytes->number().value_or(0)));
 }
 
 QTableWidget* table(const QStringList& columns, const QString& name, int height) {

@@ -40,7 +40,7 @@ class FilesByDay {
 };
 
 /// "10:03:20"; behind midnight as a clock has it.
-std::string clockText(double seconds) {
+std::string timeOfDayText(double seconds) {
     const auto whole = std::lround(std::fmod(std::floor(seconds) + secondsADay, secondsADay));
     constexpr long aMinute = 60, anHour = 3600;
     std::string text;
@@ -54,7 +54,7 @@ std::string linesOf(const std::vector<LeftOver::Files>& all, const char* one, co
     for (const LeftOver::Files& files : all)
         lines += "  " + counted(files.count, one, many) + " in '" + files.folder + "'" +
                  (files.day ? " of " + dayText(*files.day) : " without a date") + ", from " +
-                 clockText(files.firstSeconds) + " to " + clockText(files.lastSeconds) + "\n";
+                 timeOfDayText(files.firstSeconds) + " to " + timeOfDayText(files.lastSeconds) + "\n";
     return lines;
 }
 
@@ -70,8 +70,8 @@ JSON::Array toJSON(const std::vector<LeftOver::Files>& all) {
         json.set("folder", files.folder);
         json.set("count", files.count);
         if (files.day) json.set("day", dayText(*files.day));
-        json.set("from", clockText(files.firstSeconds));
-        json.set("to", clockText(files.lastSeconds));
+        json.set("from", timeOfDayText(files.firstSeconds));
+        json.set("to", timeOfDayText(files.lastSeconds));
         list.push_back(std::move(json));
     }
     return list;

@@ -26,6 +26,10 @@ constexpr int mostChannels = 4;
 constexpr double heardFarSeconds = 20;
 // A recorder rolls before the camera, and seldom for longer.
 constexpr double rollsBeforeSeconds = 30;
+// One that runs through many clips lies under them by any clock that is wrong by minutes.
+constexpr double leastLongSeconds = 600, furthestInLongSeconds = 300;
+// In so much, what chance comes to is more than what is plain in a minute.
+constexpr double sureInLong = 6;
 // Cameras that hear other sound than any recorder cost the reading of whole minutes, clip by clip.
 constexpr std::size_t mostInVain = 2;
 // By which another recording is more like the camera's sound than its own one.
@@ -137,11 +141,21 @@ class Listening {
         return own;
     }
     /// Clip time is of the first sample of its own recording.
-    std::optional<SoundPlace::Found> inOwnTake(std::span<const float> own) const {
-        const double from = std::max(0.0, -pair_.offsetSeconds - furthestSeconds);
-        auto found = placeIn(take_, own, from, furthestSeconds - pair_.offsetSeconds - from);
+    std::optional<SoundPlace::Found> inOwnTake(std::span<const float> own,
+                                               double reach = furthestSeconds) const {
+        const double from = std::max(0.0, -pair_.offsetSeconds - reach);
+        auto found = placeIn(take_, own, from, reach - pair_.offsetSeconds - from);
         if (found) found->seconds -= from;
         return found;
+    }
+    double takeSeconds() const {
+        return static_cast<double>(take_.audio->frameCount()) / take_.audio->sampleRate();
+    }
+    void findInLong(HeardPair& result, std::span<const float> own) const {
+        const auto found = inOwnTake(own, furthestInLongSeconds);
+        if (!found || !found->isPlain || found->score < sureInLong) return;
+        result.lag = HeardLag{found->seconds - pair_.offsetSeconds};
+        result.likeness = found->likeness;
     }
     /// What is more like it than that.
     void findElsewhere(HeardPair& result, std::span<const float> own, double likeness) const {
@@ -164,6 +178,7 @@ class Listening {
             result.likeness = inOwn->likeness;
         } else {
             findElsewhere(result, own, inOwn ? inOwn->likeness : 0);
+            if (!result.elsewhere && takeSeconds() >= leastLongSeconds) findInLong(result, own);
         }
         result.isInVain = !result.lag && !result.elsewhere;
         return result;

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/WorkDiagnosis.h"
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/Printers.h"
+#include "OrvaneSyncCLI/ReviewFile.h"
 #include "OrvaneSyncCLI/ScanRun.h"
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
@@ -41,17 +42,28 @@ std::string findingsText(const WorkSnapshot& work, std::span<const std::string> 
 }
 
 void diagnose(Context& context, const Arguments& arguments) {
+    const ReviewFile review(arguments);
     ScanRun run(context, arguments);
     run.scan(ScanRun::Analysis::none);
     run.show("Listening to some clips...");
     run.wait(run.controller().listenForDoubts());
     const ImportController& controller = run.controller();
     const WorkSnapshot work(controller);
+    std::vector<ReviewLine> lines;
+    std::size_t filledIn = 0;
+    if (review) {
+        lines = reviewLines(work);
+        filledIn = fillInWhatWasHeard(lines, work);
+        review.write(lines, controller);
+    }
     if (arguments.has("--json"))
         context.out << diagnosisJSON(work).dump(JSON::Layout::pretty) << "\n";
     else
         context.out << cardsText(work, context.mayColour) << issuesText(controller, context.mayColour)
                     << countsText(controller) << findingsText(work, context.call());
+    if (review && !arguments.has("--json"))
+        context.out << review.text() << counted(filledIn, "line is", "lines are")
+                    << " filled in with what was heard.\n";
 }
 
 } // namespace
@@ -62,7 +74,7 @@ const Command& diagnoseCommand() {
         "FOLDER... [options]",
         "What is on the cards, what matches, what is uncertain, and how to fix it.",
         "orvanesync diagnose demo/shoot",
-        scanOptions(),
+        ReviewFile::withOptions(scanOptions()),
         diagnose,
         "  Also listens to some clips of each card: a clock that is wrong by some seconds, or by the\n"
         "  distance of two takes, shows in the sound of the cameras alone. Changes nothing.\n"};

@@ -69,7 +69,8 @@ std::optional<std::vector<std::string>> appliedTo(std::vector<std::string> words
         isUsed = std::erase(words, cure.substr(from, cure.find('\'', from) - from)) > 0;
     }
     for (std::size_t at = cure.find("--"); at != std::string::npos; at = cure.find("--", at + 2)) {
-        if (cure.compare(at, 8, "--review") == 0) continue; // the table is another way
+        if (cure.compare(at, 8, "--review") == 0 || cure.compare(at, 7, "--apply") == 0)
+            continue; // the table is another way
         const std::size_t blank = cure.find(' ', at);
         const bool isQuoted = cure[blank + 1] == '\'';
         const std::size_t from = blank + (isQuoted ? 2 : 1);

@@ -45,6 +45,13 @@ struct SyncDoubt {
     std::string own{};
     /// The message where a window says it otherwise, as it has no options; empty: as it is.
     std::string windowMessage{};
+    /// What the clip should have, by what its camera heard.
+    struct Suggestion {
+        std::optional<UUID> recordingID{}; ///< absent: the one that it has
+        double offsetSeconds = 0;          ///< by hand
+        bool operator==(const Suggestion&) const = default;
+    };
+    std::optional<Suggestion> suggestion{};
 
     bool operator==(const SyncDoubt&) const = default;
 };

@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
+#include "OrvaneSyncCore/Utilities/Day.h"
+
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -27,6 +29,14 @@ std::string clockText(double seconds) {
                       whole % 60);
     else
         std::snprintf(text.data(), text.size(), "%lld:%02lld", whole / 60, whole % 60);
+    return text.data();
+}
+
+std::string timeOfDayText(double seconds) {
+    const double inDay = std::fmod(std::floor(seconds), secondsADay);
+    const long whole = std::lround(inDay < 0 ? inDay + secondsADay : inDay);
+    std::array<char, 48> text{};
+    std::snprintf(text.data(), text.size(), "%02ld:%02ld:%02ld", whole / 3600, whole / 60 % 60, whole % 60);
     return text.data();
 }
 

@@ -21,6 +21,8 @@ std::string secondsText(double seconds);
 /// Such as "3.2 MB", of a million bytes each.
 std::string megabytesText(double bytes);
 std::string megabytesText(std::integral auto bytes) { return megabytesText(static_cast<double>(bytes)); }
+/// Hours, minutes and whole seconds since midnight, such as "09:03:20"; of any day as a clock has it then.
+std::string timeOfDayText(double seconds);
 /// Minutes and seconds to the hundredth, such as "01:23.45".
 std::string fineClockText(double seconds);
 

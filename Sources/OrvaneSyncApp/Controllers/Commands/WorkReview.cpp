@@ -301,6 +301,29 @@ std::vector<ReviewLine> reviewLines(const WorkSnapshot& work, const std::stop_to
     return lines;
 }
 
+std::size_t fillInWhatWasHeard(std::vector<ReviewLine>& lines, const WorkSnapshot& work) {
+    const ClipRates rates = ratesOf(work);
+    std::unordered_map<UUID, std::string> recordings;
+    for (const MediaAsset* recording : work.audioPool())
+        recordings.emplace(recording->id, work.fileNames().of(*recording));
+    std::size_t count = 0, number = 0;
+    for (const SyncGroup& group : work.groups()) {
+        ReviewLine& line = lines.at(number++);
+        const auto own = work.doubts().byGroup.find(group.id);
+        if (own == work.doubts().byGroup.end() || group.isLocked || group.manualAudioOffsetSeconds != 0)
+            continue;
+        const auto told = std::ranges::find_if(
+            own->second, [](const SyncDoubt& one) { return one.suggestion.has_value(); });
+        if (told == own->second.end()) continue;
+        const auto& [recording, seconds] = *told->suggestion;
+        if (recording) line[choice] = recordings[*recording];
+        if (!recording || seconds != 0)
+            line[offsetFrames] = reviewFrames(std::round(seconds * rates.of(group.video)));
+        ++count;
+    }
+    return count;
+}
+
 ReviewReading readDecisions(const WorkSnapshot& work, const std::vector<ReviewLine>& lines,
                             const std::stop_token& stop) {
     Reading reading(work);

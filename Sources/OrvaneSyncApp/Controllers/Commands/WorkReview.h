@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
 #include "OrvaneSyncCore/Services/Review/ReviewTable.h"
 
+#include <cstddef>
 #include <optional>
 #include <stop_token>
 #include <string>
@@ -13,6 +14,9 @@ namespace orvane {
 
 /// The clips for review in a spreadsheet, in the order of the list.
 std::vector<ReviewLine> reviewLines(const WorkSnapshot& work, const std::stop_token& stop = {});
+/// Fills in what the cameras' microphones heard, of clips about which nothing was decided. Returns of how
+/// many.
+std::size_t fillInWhatWasHeard(std::vector<ReviewLine>& lines, const WorkSnapshot& work);
 
 /// What a line asks for beyond what the clip has.
 struct ReviewDecision {

@@ -15,6 +15,11 @@ inline DoubtCure choose(const std::string& recording) {
     return DoubtCure::Words{"choose " + recording + " in the table of 'scan --review'",
                             "choose " + recording + " in the clip's menu"};
 }
+/// What the microphones heard is known clip by clip.
+inline DoubtCure asHeard(const std::string& what, const std::string& columns) {
+    return DoubtCure::Words{
+        what + ": 'diagnose --review FILE' fills in " + columns + ", and 'sync --apply FILE' takes it", what};
+}
 /// Which columns of the table say it, behind what is to be done; a window has its fields before one's eyes.
 inline DoubtCure inTable(const std::string& columns) {
     return DoubtCure::Words{" (" + columns + " in the table of 'scan --review')", ""};

@@ -1,3 +1,4 @@
+#include "OrvaneSyncCore/Services/Diagnosis/ClockDrift.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
@@ -93,7 +94,7 @@ class HeardOffsets {
         std::map<std::pair<std::string_view, std::optional<long>>, std::vector<Camera>> recorders;
         for (const auto& [key, card] : cards_) {
             platform::throwIfStopped(shoot_.stop);
-            if (addParts(key, card)) continue;
+            if (addDrift(key, card) || addParts(key, card)) continue;
             if (card.isConfirmed || card.unmoved.empty() || agreementOf(card.offsets, explanation::fewest))
                 continue;
             recorders[{std::get<1>(key), std::get<2>(key)}].push_back(cameraOf(key, card));
@@ -240,6 +241,15 @@ class HeardOffsets {
                      (other.seconds < 0 ? " earlier" : " later") + " than its timecode says",
                  cureWords::choose(name) + " and move it by that, or lock the clip"});
         }
+    }
+
+    bool addDrift(const CameraAndCard& key, const HandledClips& card) {
+        if (card.isConfirmed || card.unmoved.empty() || rateOf(shoot_, card) ||
+            doubts_.has(card.unmoved.front()->group->id, {Kind::drift}))
+            return false;
+        const auto drift = clockDriftOf(card);
+        if (drift) addClockDrift(shoot_, key, card, *drift, doubts_);
+        return drift.has_value();
     }
 
     bool addParts(const CameraAndCard& key, const HandledClips& card) {

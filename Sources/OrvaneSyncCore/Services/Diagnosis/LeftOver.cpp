@@ -2,10 +2,8 @@
 
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
-#include "OrvaneSyncCore/Utilities/Day.h"
 
 #include <algorithm>
-#include <cmath>
 #include <map>
 #include <numeric>
 #include <tuple>
@@ -38,16 +36,6 @@ class FilesByDay {
   private:
     std::map<std::pair<std::string, std::optional<long>>, LeftOver::Files> files_;
 };
-
-/// "10:03:20"; behind midnight as a clock has it.
-std::string timeOfDayText(double seconds) {
-    const auto whole = std::lround(std::fmod(std::floor(seconds) + secondsADay, secondsADay));
-    constexpr long aMinute = 60, anHour = 3600;
-    std::string text;
-    for (const long part : {whole / anHour, whole % anHour / aMinute, whole % aMinute})
-        text += (text.empty() ? "" : ":") + formatted("%02.0f", static_cast<double>(part));
-    return text;
-}
 
 std::string linesOf(const std::vector<LeftOver::Files>& all, const char* one, const char* many) {
     std::string lines;

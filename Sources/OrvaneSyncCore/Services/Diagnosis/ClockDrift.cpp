@@ -1,0 +1,101 @@
+#include "OrvaneSyncCore/Services/Diagnosis/ClockDrift.h"
+
+#include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <vector>
+
+namespace orvane {
+
+namespace {
+
+constexpr std::size_t fewestOnALine = 4; // three may lie on one by chance
+constexpr double leastChange = 0.2;      // seconds over the clips that were heard
+constexpr double besideTheLine = 0.08;   // seconds: a clip is heard to 10 ms, and rooms echo
+constexpr double mostPerSecond = 5e-4;   // beyond it, labels count at another rate
+
+struct Heard {
+    double at, seconds;
+};
+
+double startOf(const Shoot::Clip& clip) { return onLine(clip.likelyPlace()).startSeconds; }
+
+ClockDrift lineThrough(const std::vector<Heard>& heard) {
+    const auto count = static_cast<double>(heard.size());
+    ClockDrift line{.count = heard.size()};
+    for (const Heard& one : heard) {
+        line.originSeconds += one.at / count;
+        line.atOrigin += one.seconds / count;
+    }
+    double squares = 0, products = 0;
+    for (const Heard& one : heard) {
+        squares += (one.at - line.originSeconds) * (one.at - line.originSeconds);
+        products += (one.at - line.originSeconds) * (one.seconds - line.atOrigin);
+    }
+    line.perSecond = squares > 0 ? products / squares : 0;
+    const auto [first, last] = std::ranges::minmax(heard, {}, &Heard::at);
+    line.firstSeconds = first.at;
+    line.lastSeconds = last.at;
+    return line;
+}
+
+double distanceFrom(const ClockDrift& line, const Heard& one) {
+    return std::abs(one.seconds - line.offsetAt(one.at));
+}
+
+std::string secondsText(double seconds) {
+    return platform::text::formatted("%.1f s", std::abs(seconds)) + (seconds < 0 ? " late" : " early");
+}
+
+} // namespace
+
+std::optional<ClockDrift> clockDriftOf(const HandledClips& card) {
+    std::vector<Heard> heard;
+    for (const auto& [clip, seconds, isElsewhere] : card.soundings())
+        if (clip->place) heard.push_back({startOf(*clip), seconds});
+    // One may have been misheard, where enough others remain.
+    for (bool isFirst = true;; isFirst = false) {
+        if (heard.size() < fewestOnALine) return std::nullopt;
+        const ClockDrift line = lineThrough(heard);
+        const auto worst =
+            std::ranges::max_element(heard, {}, [&](const Heard& one) { return distanceFrom(line, one); });
+        if (distanceFrom(line, *worst) <= besideTheLine) {
+            const double change = line.perSecond * (line.lastSeconds - line.firstSeconds);
+            const bool isDrift = std::abs(change) >= leastChange && std::abs(line.perSecond) <= mostPerSecond;
+            return isDrift ? std::optional(line) : std::nullopt;
+        }
+        if (!isFirst) return std::nullopt;
+        heard.erase(worst);
+    }
+}
+
+void addClockDrift(const Shoot& shoot, const CameraAndCard& key, const HandledClips& card,
+                   const ClockDrift& drift, SyncDoubts& doubts) {
+    const auto& [camera, recorder, day] = key;
+    constexpr double million = 1e6;
+    const std::string about =
+        "by the microphones of the cameras, the clocks of '" + std::string(camera) + "' and '" +
+        std::string(recorder) + "' run apart by " +
+        platform::text::formatted("%.0f", std::abs(drift.perSecond) * million) +
+        " parts in a million: the sound of " + counted(drift.count, "clip", "clips") + " goes from " +
+        secondsText(drift.offsetAt(drift.firstSeconds)) + " at " + timeOfDayText(drift.firstSeconds) +
+        " to " + secondsText(drift.offsetAt(drift.lastSeconds)) + " at " + timeOfDayText(drift.lastSeconds);
+    for (const Shoot::Clip* clip : card.unmoved) {
+        if (!clip->place) continue;
+        const double seconds = drift.offsetAt(startOf(*clip));
+        const std::string own =
+            shoot.nameOf(clip->group->video) + " by " + framesText(seconds, clip->group->video) + " frames";
+        doubts.byGroup[clip->group->id].push_back(
+            {.kind = SyncDoubt::Kind::drift,
+             .message = about + "; move the sound of " + own,
+             .cure = cureWords::asHeard("move the sound of each clip by its own distance", "'offset_frames'"),
+             .own = own,
+             .suggestion = SyncDoubt::Suggestion{.offsetSeconds = seconds}});
+    }
+}
+
+} // namespace orvane

@@ -34,6 +34,16 @@ std::string countsText(const ImportController& controller) {
            counted(work.wildTracks().size(), "recording", "recordings") + " without picture.\n";
 }
 
+/// Where the microphones of the cameras do not bear out what timecode says.
+std::string heardText(const ImportController& controller) {
+    const std::size_t heard = controller.derivedDoubts().heardCount();
+    const std::size_t unheard = controller.derivedDoubts().unheardCount();
+    if (unheard == 0) return {};
+    return "The cameras' microphones heard the sound of " + std::to_string(heard) + " of " +
+           counted(heard + unheard, "clip", "clips") + " that were listened to, and in " +
+           std::to_string(unheard) + " nothing of it.\n";
+}
+
 std::string findingsText(const WorkSnapshot& work, std::span<const std::string> call) {
     if (work.scanResult()->totalFiles() == 0) return "No video or audio files found.\n";
     const std::string left = leftOver(work).text();
@@ -60,7 +70,7 @@ void diagnose(Context& context, const Arguments& arguments) {
         context.out << diagnosisJSON(work).dump(JSON::Layout::pretty) << "\n";
     else
         context.out << cardsText(work, context.mayColour) << issuesText(controller, context.mayColour)
-                    << countsText(controller) << findingsText(work, context.call());
+                    << countsText(controller) << heardText(controller) << findingsText(work, context.call());
     if (review && !arguments.has("--json"))
         context.out << review.text() << counted(filledIn, "line is", "lines are")
                     << " filled in with what was heard.\n";

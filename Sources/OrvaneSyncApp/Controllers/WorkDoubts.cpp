@@ -66,7 +66,8 @@ DoubtInput DoubtSource::input(const std::vector<MediaAsset>& recordings, const F
             realFolders(),
             heard ? &heard->elsewhere : nullptr,
             timecodeChannel,
-            heard ? &heard->claims : nullptr};
+            heard ? &heard->claims : nullptr,
+            heard ? &heard->unheard : nullptr};
 }
 
 SyncDoubts DoubtSource::doubts(const FileNames& names, const std::stop_token& stop) const {
@@ -221,6 +222,12 @@ WorkDoubts::Listened WorkDoubts::cameOf(const HeardSound& heard, std::size_t mat
         return heard.lags.contains(match) || heard.elsewhere.contains(match);
     };
     return {matched, clipsWith(work_.syncGroups(), isHeard), suggested.size(), found.size()};
+}
+
+std::size_t WorkDoubts::unheardCount() const {
+    return heard_ ? clipsWith(work_.syncGroups(),
+                              [&](const UUID& match) { return heard_->unheard.contains(match); })
+                  : 0;
 }
 
 std::size_t WorkDoubts::clipsOf(const std::vector<SoundLag::Pair>& pairs) const {

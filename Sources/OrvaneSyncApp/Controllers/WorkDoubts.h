@@ -95,6 +95,10 @@ class WorkDoubts {
         bool operator==(const Listened&) const = default;
     };
     const Listened& listened() const { return listened_; }
+    /// Of how many clips it was heard where their sound lies.
+    std::size_t heardCount() const;
+    /// Of how many the camera has other sound than the recording under the clip and those beside that.
+    std::size_t unheardCount() const;
 
   private:
     /// By group.

@@ -7,6 +7,7 @@
 #include <optional>
 #include <tuple>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace orvane {
@@ -53,6 +54,9 @@ struct HeardSound {
     std::unordered_map<UUID, HeardLag> lags;
     std::unordered_map<UUID, HeardElsewhere> elsewhere;
     HeardClaims claims = {};
+    /// Whose cameras have speech, long enough to be found, and nothing of it is in the recording under it nor
+    /// in those beside that.
+    std::unordered_set<UUID> unheard = {};
 };
 
 } // namespace orvane

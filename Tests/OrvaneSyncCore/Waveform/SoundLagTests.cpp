@@ -193,5 +193,27 @@ TEST(SoundPlace, NeedsOtherPlacesToCompareWith) {
     EXPECT_FALSE(SoundPlace::anywhere(camera, camera));
 }
 
+TEST(SoundLag, MinutesOfALongRecordingAreSearchedAndOtherSpeechIsToldFromNoise) {
+    const TemporaryDirectory folder;
+    const auto make = [&](const std::string& name, const std::vector<float>& samples) {
+        WaveMaker().format({.channels = 1, .sampleRate = rate}).samples(samples).writeTo(folder.path(name));
+        return FileURL{folder.path(name)};
+    };
+    const auto take = soundOf(1, 700);
+    const FileURL recording = make("take.wav", take);
+    constexpr std::ptrdiff_t from = 350 * rate, length = 20 * rate;
+    std::vector<float> noise(length);
+    std::mt19937 random(3);
+    for (float& sample : noise) sample = std::uniform_real_distribution<float>(-0.1F, 0.1F)(random);
+    const std::vector<FileURL> cameras{make("own.wav", {take.begin() + from, take.begin() + from + length}),
+                                       make("other.wav", soundOf(2, 20)), make("noise.wav", noise)};
+    std::vector<SoundLag::Pair> pairs;
+    for (const FileURL& camera : cameras) pairs.push_back({UUID::random(), camera, recording, -150, 20});
+    const HeardSound heard = SoundLag::heard(pairs);
+    ASSERT_EQ(heard.lags.size(), 1U);
+    EXPECT_NEAR(heard.lags.at(pairs[0].matchID).seconds, -200, 0.011);
+    EXPECT_EQ(heard.unheard, std::unordered_set<UUID>{pairs[1].matchID});
+}
+
 } // namespace
 } // namespace orvane::test

@@ -112,6 +112,8 @@ class CardDates {
         if (other.clips < fewestOfADate || other.clips < majority * count ||
             other.clips <= clearly * own.clips)
             return;
+        if (sound_.isInPlaceOn(card.folder, own.day, other.day)) return;
+        const bool isUnheard = sound_.isUnheardOn(card.folder, own.day, other.day);
         std::set<std::string_view> folders = soundFolders(other.day, clips);
         DayCures::Sound sound{.day = other.day, .isSure = sound_.isHeardOn(card.folder, own.day, other.day)};
         for (const auto& [key, why] : sound_.suspected)
@@ -143,16 +145,21 @@ class CardDates {
                  std::to_string(other.clips) + " of " + counted(count, "clip", "clips") +
                  " fit recordings of " + dayText(other.day) + ", " + std::to_string(own.clips) +
                  " those of their own day" +
-                 (isOthers ? "; those recordings overlap clips of their day already" : ""),
-             isOthers ? DoubtCure(DayCures::lookForSoundOf(own.day) +
-                                  ", and where the cameras' date is wrong, attach the recordings by hand, or "
-                                  "lock the clips that have them")
-                      : cures_.dateOf(own.day, card.folder, sound) +
-                            (std::abs(other.day - own.day) == 1 && !cures_.hasClipsOf(other.day) &&
-                                     silent > 0 && shoot_.input.rules.days != MatchingDays::neighbours
-                                 ? ", or " + DayCures::neighbouringDays()
-                                 : DoubtCure()) +
-                            "; one of the two dates is wrong"},
+                 (isOthers    ? "; those recordings overlap clips of their day already"
+                  : isUnheard ? "; the cameras' microphones heard nothing of those"
+                              : ""),
+             isUnheard
+                 ? DoubtCure(DayCures::lookForSoundOf(own.day) + ", or lock the clips whose sound is right")
+             : isOthers
+                 ? DoubtCure(DayCures::lookForSoundOf(own.day) +
+                             ", and where the cameras' date is wrong, attach the recordings by hand, or "
+                             "lock the clips that have them")
+                 : cures_.dateOf(own.day, card.folder, sound) +
+                       (std::abs(other.day - own.day) == 1 && !cures_.hasClipsOf(other.day) && silent > 0 &&
+                                shoot_.input.rules.days != MatchingDays::neighbours
+                            ? ", or " + DayCures::neighbouringDays()
+                            : DoubtCure()) +
+                       "; one of the two dates is wrong"},
             clips);
     }
 

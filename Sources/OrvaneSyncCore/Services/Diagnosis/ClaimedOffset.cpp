@@ -10,8 +10,7 @@ namespace orvane {
 
 namespace {
 
-constexpr double inPlaceSeconds = 0.2; // a camera's own delay, or a nudge
-constexpr int fewestHeard = 2;         // of one plain place, chance makes one in a thousand
+constexpr int fewestHeard = 2; // of one plain place, chance makes one in a thousand
 constexpr std::size_t heardAtOnce = 3, mostHeard = 6;
 
 /// What was heard of clips that have sound.
@@ -89,6 +88,10 @@ bool ClaimedOffset::isSoundOfClipsInPlace() const {
         if (one.clip->primary && one.clip->group->manualAudioOffsetSeconds == 0)
             count.add(shoot_, one.clip->group->audioMatches.front());
     return count.isMost();
+}
+
+bool isUnheard(const Shoot& shoot, const UUID& match) {
+    return shoot.input.unheard != nullptr && shoot.input.unheard->contains(match);
 }
 
 bool isAudible(const Shoot::Clip& clip) {

@@ -46,6 +46,11 @@ class ClaimedOffset {
     std::vector<Laid> laid_;
 };
 
+/// What is heard so near to its place lies there: a camera's own delay, or a nudge.
+inline constexpr double inPlaceSeconds = 0.2;
+/// Whether the match's clip was listened to and has other sound than the recording.
+bool isUnheard(const Shoot& shoot, const UUID& match);
+
 /// Whether the clip's camera recorded sound, and for so long that what is not in it means something.
 bool isAudible(const Shoot::Clip& clip);
 /// What came of it; null where nobody listened.

@@ -10,10 +10,19 @@ namespace orvane {
 namespace {
 
 constexpr std::size_t mostClipsToHear = 30, mostRivals = 3;
-constexpr double alikeSeconds = 0.2; // a camera's own delay; the files of one take
+constexpr std::ptrdiff_t mostEqualToHear = 12; // of all, spread over them
+constexpr double equalShare = 0.9;             // of what the first one overlaps
+constexpr double alikeSeconds = 0.2;           // a camera's own delay; the files of one take
 
 bool isAmbiguous(const Shoot::Clip& clip) {
     return clip.group->matchStatus.kind == MatchStatus::Kind::ambiguous && !clip.isDecided;
+}
+
+/// Whose first recording came first by the order of their paths, perhaps.
+bool mayHaveEquals(const Shoot::Clip& clip) {
+    const SyncGroup& group = *clip.group;
+    return group.matchStatus.isSettled() && group.matchStatus.kind != MatchStatus::Kind::manual &&
+           !clip.isDecided && group.audioMatches.size() > 1;
 }
 
 SoundClaim claimOf(const Shoot::Clip& clip, const AudioMatch& match, double reachSeconds) {
@@ -25,11 +34,16 @@ SoundClaim attachedClaim(const Shoot::Clip& clip) {
     return claimOf(clip, match, std::min(match.audio->durationSeconds.value_or(0), furthestAttachedSeconds));
 }
 
-/// Those that do not lie alike, by number of the match.
+/// Those that do not lie alike, by number of the match; of a settled clip those that overlap it as much as
+/// the first.
 std::vector<std::size_t> rivalsOf(const SyncGroup& group) {
     std::vector<std::size_t> rivals;
+    const double least = group.matchStatus.isSettled() && !group.audioMatches.empty()
+                             ? equalShare * group.audioMatches.front().overlapDurationSeconds
+                             : 0;
     for (std::size_t i = 0; i < group.audioMatches.size() && rivals.size() < mostRivals; ++i) {
         const AudioMatch& own = group.audioMatches[i];
+        if (own.overlapDurationSeconds < least) continue;
         if (std::ranges::none_of(rivals, [&](std::size_t other) {
                 const AudioMatch& match = group.audioMatches[other];
                 return folderOf(*match.audio) == folderOf(*own.audio) &&
@@ -43,9 +57,12 @@ std::vector<std::size_t> rivalsOf(const SyncGroup& group) {
 } // namespace
 
 std::optional<std::size_t> heardAmong(const Shoot& shoot, const Shoot::Clip& clip) {
-    if (shoot.input.heardClaims == nullptr || !isAmbiguous(clip)) return std::nullopt;
+    if (shoot.input.heardClaims == nullptr || !(isAmbiguous(clip) || mayHaveEquals(clip)))
+        return std::nullopt;
+    const auto rivals = rivalsOf(*clip.group);
+    if (!isAmbiguous(clip) && rivals.size() < 2) return std::nullopt;
     std::optional<std::size_t> result;
-    for (const std::size_t rival : rivalsOf(*clip.group)) {
+    for (const std::size_t rival : rivals) {
         const AudioMatch& match = clip.group->audioMatches[rival];
         const HeardClaim* heard = heardClaim(shoot, claimOf(clip, match, 0));
         if (heard == nullptr || !heard->offsetSeconds ||
@@ -67,12 +84,20 @@ void addClipClaims(const Shoot& shoot, std::vector<SoundClaim>& toHear) {
     const auto ask = [&](const SoundClaim& claim) {
         if (heardClaim(shoot, claim) == nullptr) toHear.push_back(claim);
     };
+    std::vector<const Shoot::Clip*> equal;
     for (const Shoot::Clip& clip : shoot.clips) {
         if (!isAudible(clip)) continue;
+        if (mayHaveEquals(clip) && rivalsOf(*clip.group).size() > 1) equal.push_back(&clip);
         if (isAmbiguous(clip) && ++ambiguous <= mostClipsToHear)
             for (const std::size_t rival : rivalsOf(*clip.group))
                 ask(claimOf(clip, clip.group->audioMatches[rival], 0));
         if (clip.isUnplaced && ++attached <= mostClipsToHear) ask(attachedClaim(clip));
+    }
+    const std::ptrdiff_t count = std::min(mostEqualToHear, std::ssize(equal));
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        const Shoot::Clip& clip = *equal[static_cast<std::size_t>(i * std::ssize(equal) / count)];
+        for (const std::size_t rival : rivalsOf(*clip.group))
+            ask(claimOf(clip, clip.group->audioMatches[rival], 0));
     }
 }
 

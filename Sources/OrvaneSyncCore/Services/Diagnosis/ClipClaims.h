@@ -8,8 +8,9 @@
 
 namespace orvane {
 
-/// Of the recordings that overlap an ambiguous clip, the one that its camera heard where it lies, by number
-/// of the match. Absent where it heard none of them, or two that do not lie alike.
+/// Of the recordings that overlap an ambiguous clip, or that overlap a settled one alike, the one that its
+/// camera heard where it lies, by number of the match. Absent where it heard none of them, or two that do not
+/// lie alike.
 std::optional<std::size_t> heardAmong(const Shoot& shoot, const Shoot::Clip& clip);
 /// Clip time at which the camera heard the recording begin that was attached by hand without a common
 /// timecode.

@@ -1,11 +1,13 @@
 #include "OrvaneSyncCore/Services/Diagnosis/DatedSound.h"
 
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
+#include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/MixedDays.h"
 #include "Platform/Stop.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -143,15 +145,32 @@ void DatedSound::findHeard() {
     for (const Shoot::Clip& clip : shoot_.clips) {
         if (!clip.place || !clip.primary || !clip.likelyDay()) continue;
         const auto day = shoot_.recordings[*clip.primary].place.day;
-        if (day && day != clip.likelyDay() &&
-            shoot_.input.heardLags->contains(clip.group->audioMatches.front().id))
-            ++heard_[{folderOf(clip.group->video), *clip.likelyDay(), *day}];
+        if (!day || day == clip.likelyDay()) continue;
+        HeardCount& count = heard_[{folderOf(clip.group->video), *clip.likelyDay(), *day}];
+        const UUID& match = clip.group->audioMatches.front().id;
+        if (const auto lag = shoot_.input.heardLags->find(match); lag != shoot_.input.heardLags->end()) {
+            ++count.heard;
+            count.inPlace += std::abs(lag->second.seconds) < inPlaceSeconds ? 1 : 0;
+        } else if (isUnheard(shoot_, match)) {
+            ++count.unheard;
+        }
     }
 }
 
 bool DatedSound::isHeardOn(std::string_view clips, long filmed, long recorded) const {
     const auto found = heard_.find({clips, filmed, recorded});
-    return found != heard_.end() && found->second >= explanation::fewest;
+    return found != heard_.end() && found->second.heard >= explanation::fewest;
+}
+
+bool DatedSound::isUnheardOn(std::string_view clips, long filmed, long recorded) const {
+    const auto found = heard_.find({clips, filmed, recorded});
+    return found != heard_.end() && found->second.heard == 0 && found->second.unheard >= explanation::fewest;
+}
+
+bool DatedSound::isInPlaceOn(std::string_view clips, long filmed, long recorded) const {
+    const auto found = heard_.find({clips, filmed, recorded});
+    return found != heard_.end() && found->second.inPlace >= explanation::fewest &&
+           found->second.inPlace == found->second.heard && found->second.unheard == 0 && byDay.size() == 1;
 }
 
 bool DatedSound::isHeard(const Shoot::Clip& clip, const Recording& sound) const {

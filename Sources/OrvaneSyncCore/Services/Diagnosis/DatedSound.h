@@ -49,6 +49,11 @@ class DatedSound {
     /// and day recordings of that one.
     bool isHeardOn(std::string_view clips, long filmed, long recorded) const;
     bool isHeard(const Shoot::Clip& clip, const Recording& sound) const;
+    /// Whether several were listened to, and had other sound than those recordings.
+    bool isUnheardOn(std::string_view clips, long filmed, long recorded) const;
+    /// Whether all that were listened to have their sound where it lies, and there are recordings of no other
+    /// day, to which those that were not could belong.
+    bool isInPlaceOn(std::string_view clips, long filmed, long recorded) const;
     /// Empty where the folder has no other names of that day.
     std::string patternOf(const SoundKind& kind) const;
 
@@ -62,8 +67,11 @@ class DatedSound {
 
     const Shoot& shoot_;
     std::map<long, Cover> free_; ///< of days with clips of their own, of those that lie under none
-    /// How many clips of a folder and a day were heard in recordings of another one.
-    std::map<std::tuple<std::string_view, long, long>, int> heard_;
+    struct HeardCount {
+        int heard = 0, inPlace = 0, unheard = 0;
+    };
+    /// Of the clips of a folder and a day with recordings of another one.
+    std::map<std::tuple<std::string_view, long, long>, HeardCount> heard_;
 };
 
 /// Of cards whose clips fit the recordings of another day clearly better than those of their own. Returns the

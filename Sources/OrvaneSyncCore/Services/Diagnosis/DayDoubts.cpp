@@ -1,3 +1,4 @@
+#include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/DatedSound.h"
 #include "OrvaneSyncCore/Services/Diagnosis/DayCures.h"
@@ -80,8 +81,22 @@ class DayDoubts {
             const Pair pair{clip, match, shoot_.recordings[found->second]};
             const bool isOther = otherDay(pair);
             if (isOther && !pair.isFirst()) keepOffWhatLiesBeside(clip);
+            if (isOther) nameHeard(pair);
             return isOther;
         });
+    }
+    /// Of several recordings that fit by the time of day, in the doubt about one of them.
+    void nameHeard(const Pair& pair) {
+        const Shoot::Clip& clip = pair.clip;
+        const auto heard = heardAmong(shoot_, clip);
+        if (!heard || (heard == 0 && !pair.isFirst())) return;
+        SyncDoubt& last = doubts_.byGroup[clip.group->id].back();
+        const std::string name = shoot_.nameOf(*clip.group->audioMatches[*heard].audio);
+        last.message += "; the microphone of the camera heard " + name;
+        last.own = shoot_.nameOf(clip.group->video) + " with " + name;
+        if (heard == 0) return; // it is chosen already
+        last.cure = cureWords::asHeard("choose what was heard", "'choice'") + ", " + last.cure;
+        last.suggestion = SyncDoubt::Suggestion{clip.group->audioMatches[*heard].audio->id};
     }
     void sharesItsSound(const Shoot::Clip& clip, const Shoot::Clip& other, const AudioMatch* beside) {
         const MediaAsset& sound = *clip.group->primaryAudio();
@@ -139,9 +154,11 @@ class DayDoubts {
         }
         const std::string message = namesOf(pair) + " is of " + dayText(*recorded) + ", and the clip is of " +
                                     dayText(*filmed) + "; they fit only by the time of day";
+        if (pair.isFirst() && sound_.isInPlaceOn(clips, *filmed, *recorded)) return false;
         const bool isOthers =
-            sound_.isOfOwnDay[shoot_.wholes.firstOf[shoot_.recordingByID.at(match.audio->id)]] &&
-            !sound_.isHeard(clip, sound);
+            sound_.isUnheardOn(clips, *filmed, *recorded) ||
+            (sound_.isOfOwnDay[shoot_.wholes.firstOf[shoot_.recordingByID.at(match.audio->id)]] &&
+             !sound_.isHeard(clip, sound));
         if (!pair.isFirst())
             return doubt(clip, Kind::otherDay, message,
                          (clip.place->day || isOthers

@@ -154,6 +154,8 @@ void addDrift(const Shoot& shoot, SyncDoubts& doubts);
 void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts);
 /// So does what was heard of some clips, where nobody moved any.
 void addHeardOffsets(const Shoot& shoot, SyncDoubts& doubts);
+/// Where they had other sound than what lies under them, in all clips of a card that were listened to.
+void addUnheardSound(const Shoot& shoot, SyncDoubts& doubts);
 void addTimecodeDoubts(const Shoot& shoot, SyncDoubts& doubts);
 /// Recordings that the cameras heard, of clips that no timecode leads to them.
 void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts);

@@ -25,6 +25,7 @@ SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) 
     addRivalDoubts(shoot, doubts);
     addOffsetsByHand(shoot, doubts);
     addHeardOffsets(shoot, doubts);
+    addUnheardSound(shoot, doubts);
     return doubts;
 }
 

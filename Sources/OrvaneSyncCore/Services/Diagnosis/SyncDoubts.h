@@ -13,6 +13,7 @@
 #include <optional>
 #include <stop_token>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace orvane {
@@ -37,6 +38,8 @@ struct DoubtInput {
     std::optional<int> timecodeChannel = {};
     /// Of `SyncDoubts::claims`, those that were listened to. Null: none were.
     const HeardClaims* heardClaims = nullptr;
+    /// As `HeardSound::unheard`. Null: none were listened to.
+    const std::unordered_set<UUID>* unheard = nullptr;
 };
 
 /// Why clips may not have the right sound. Derived anew from the state of the work; pure, any thread.

@@ -31,7 +31,9 @@ constexpr double leastLongSeconds = 600, furthestInLongSeconds = 300;
 // In so much, what chance comes to is more than what is plain in a minute.
 constexpr double sureInLong = 6;
 // Cameras that hear other sound than any recorder cost the reading of whole minutes, clip by clip.
-constexpr std::size_t mostInVain = 2;
+constexpr std::size_t mostInVain = 3;
+// Speech of so many seconds is missed in one of ten searches at most.
+constexpr double leastUnheardSeconds = 14;
 // By which another recording is more like the camera's sound than its own one.
 constexpr double liker = 0.1;
 // Below it, what was heard close to its place may be a take that is much like the right one, as of one song.
@@ -81,6 +83,7 @@ struct HeardPair {
     std::optional<HeardElsewhere> elsewhere;
     double likeness = 0;     ///< of either
     bool isInVain = false;   ///< it was looked for far away, and not found
+    bool isUnheard = false;  ///< as `HeardSound::unheard`
     bool isCompared = false; ///< with other recordings, though it was heard in its own
 };
 
@@ -181,6 +184,11 @@ class Listening {
             if (!result.elsewhere && takeSeconds() >= leastLongSeconds) findInLong(result, own);
         }
         result.isInVain = !result.lag && !result.elsewhere;
+        // What begins late or ends early lacks the sound of the camera's head.
+        const double heardTo = std::min(pair_.lengthSeconds, heardFarSeconds);
+        result.isUnheard = result.isInVain && inOwn && SoundPlace::isLikeSpeech(own) &&
+                           pair_.offsetSeconds <= 0 && heardTo >= leastUnheardSeconds &&
+                           pair_.offsetSeconds + takeSeconds() >= heardTo;
         return result;
     }
     /// Of what begins within `seconds` from that moment of the recording on; clip time is of that moment.
@@ -292,6 +300,7 @@ HeardSound heard(const std::vector<Pair>& pairs, const std::stop_token& stop,
                 inVain += found.isInVain ? 1 : 0;
                 comparedInVain += found.isCompared && !found.elsewhere ? 1 : 0;
                 const std::lock_guard lock(mutex);
+                if (found.isUnheard) result.unheard.insert(pair.matchID);
                 if (found.lag) {
                     lags.push_back(found.lag->seconds);
                     drifts += found.lag->drift ? 1 : 0;
@@ -333,6 +342,7 @@ HeardSound heardWithNeighbours(const SyncGroupList& groups, std::vector<Pair> pa
         HeardSound more = heard(pairs, stop);
         result.lags.merge(more.lags);
         result.elsewhere.merge(more.elsewhere);
+        result.unheard.merge(more.unheard);
     }
     return result;
 }

@@ -121,6 +121,24 @@ bool isSteady(std::span<const float> levels) {
     return Sums::spread(sum, squares, static_cast<double>(levels.size())) < steadyDB;
 }
 
+bool isLikeSpeech(std::span<const float> levels) {
+    constexpr double leastDB = 4; // speech with a camera's echo and noise has 5 to 6
+    constexpr auto half = static_cast<std::ptrdiff_t>(binsPerSecond / 2);
+    if (levels.empty()) return false;
+    const auto own = aboveTheFloor(levels);
+    std::vector<double> sums{0};
+    for (const float level : own) sums.push_back(sums.back() + double{level});
+    double squares = 0;
+    for (std::ptrdiff_t i = 0; i < std::ssize(own); ++i) {
+        const auto first = std::max<std::ptrdiff_t>(0, i - half), last = std::min(std::ssize(own), i + half);
+        const double mean = (sums[static_cast<std::size_t>(last)] - sums[static_cast<std::size_t>(first)]) /
+                            static_cast<double>(last - first);
+        const double change = double{own[static_cast<std::size_t>(i)]} - mean;
+        squares += change * change;
+    }
+    return std::sqrt(squares / static_cast<double>(own.size())) >= leastDB;
+}
+
 std::optional<Near> near(std::span<const float> camera, std::span<const float> recording,
                          double offsetSeconds) {
     if (camera.empty() || recording.empty()) return std::nullopt;

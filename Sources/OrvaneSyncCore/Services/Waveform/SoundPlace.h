@@ -16,6 +16,10 @@ inline constexpr double nearSeconds = 5;
 /// Too even to be told from other sound: silence, room tone, a hum.
 bool isSteady(std::span<const float> levels);
 
+/// Changes within a second as syllables do. Traffic, wind and a camera's own noise change more slowly, or by
+/// less.
+bool isLikeSpeech(std::span<const float> levels);
+
 struct Near {
     double seconds = 0;  ///< to be added to the offset of the recording, to 10 ms
     double likeness = 0; ///< as of `Found`

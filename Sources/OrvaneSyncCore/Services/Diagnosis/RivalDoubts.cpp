@@ -1,3 +1,4 @@
+#include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ClipInDoubt.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
@@ -28,15 +29,43 @@ class OtherRecorders {
     explicit OtherRecorders(const Shoot& shoot) : shoot_(shoot), leavingOut_(shoot) {}
 
     /// `kept`: the folder of a recording that stays. Empty where nothing leaves the other one alone out, and
-    /// where it may be the right one for some of the clips.
+    /// where it may be the right one for some of the clips: as long as nobody heard that it is not, for those
+    /// of which it is heard.
     const DoubtCure& without(std::string_view folder, std::string_view kept) {
         const auto [known, isNew] = cures_.try_emplace({folder, kept});
-        if (isNew) known->second = cureOf(std::string(folder) + "/", std::string(kept) + "/");
+        if (isNew)
+            known->second =
+                cureOf(std::string(folder) + "/", std::string(kept) + "/", areHeardWith(kept, folder));
+        return known->second;
+    }
+    /// Whether the cameras of several clips that have both heard those of the first folder in place, and of
+    /// none those of the other.
+    bool areHeardWith(std::string_view folder, std::string_view other) {
+        const auto [known, isNew] = heard_.try_emplace({folder, other});
+        if (isNew) known->second = wereHeardWith(folder, other);
         return known->second;
     }
 
   private:
-    DoubtCure cureOf(const std::string& folder, const std::string& kept) const {
+    bool wereHeardWith(std::string_view folder, std::string_view other) const {
+        constexpr int fewest = 2; // one plain place each
+        int own = 0, others = 0;
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            const auto heard = heardAmong(shoot_, clip);
+            if (!heard) continue;
+            const std::string_view in = folderOf(*clip.group->audioMatches[*heard].audio);
+            const auto isIn = [&](std::string_view one) {
+                return std::ranges::any_of(clip.group->audioMatches, [&](const AudioMatch& match) {
+                    return folderOf(*match.audio) == one;
+                });
+            };
+            if (!isIn(folder) || !isIn(other)) continue;
+            own += in == folder ? 1 : 0;
+            others += in == other ? 1 : 0;
+        }
+        return own >= fewest && others == 0;
+    }
+    DoubtCure cureOf(const std::string& folder, const std::string& kept, bool isKeptHeard) const {
         if (folder == kept) return {};
         // Its recorder's folder is the highest one that the other does not lie in.
         const auto same = std::ranges::mismatch(folder, kept).in1 - folder.begin();
@@ -53,7 +82,11 @@ class OtherRecorders {
         for (const Shoot::Clip& clip : shoot_.clips) {
             const auto& matches = clip.group->audioMatches;
             if (std::ranges::none_of(matches, isOthers)) continue;
-            if (isOthers(matches.front())) return {};
+            const auto isKept = [&](const AudioMatch& match) {
+                return match.audio->url.path.starts_with(kept);
+            };
+            if (isOthers(matches.front()) && !(isKeptHeard && std::ranges::any_of(matches, isKept)))
+                return {};
             users.push_back(&clip);
         }
         if (!areOfOneCamera(users) || !areOfOneDay(users)) return {};
@@ -94,6 +127,7 @@ class OtherRecorders {
     const Shoot& shoot_;
     const LeavingOut leavingOut_;
     std::map<std::pair<std::string_view, std::string_view>, DoubtCure> cures_;
+    std::map<std::pair<std::string_view, std::string_view>, bool> heard_;
 };
 
 /// Units that shoot at once, by the folders of their sound: clips near to such a folder have it, too.
@@ -194,18 +228,32 @@ class Rivals {
             // The sound of the clip's own unit is heard.
             const MediaAsset& other = *matches.front()->audio;
             if (units.isOfOthers(other, of_.clip) && nearness(*first.audio) > nearness(other)) continue;
-            const DoubtCure& without = others.without(folder, folderOf(*first.audio));
+            const std::string_view own = folderOf(*first.audio);
+            const bool isOtherHeard = others.areHeardWith(folder, own);
+            const std::string_view kept = isOtherHeard ? folder : own;
+            const DoubtCure& without = others.without(isOtherHeard ? own : folder, kept);
+            const bool isKnown = isOtherHeard || others.areHeardWith(own, folder);
             of_.add(Kind::ambiguous,
                     of_.shoot.nameOf(*first.audio) + " and " + of_.shoot.nameOf(*matches.front()->audio) +
                         " overlap as much of " + of_.name +
-                        ", neither is clearly best, and the first one is heard",
-                    without.isEmpty() ? cureWords::choose() +
-                                            " clip by clip, as another clip may need the other recording, or "
-                                            "lock the clips"
-                                      : cureWords::choose() + ", or lock the clips; " + without +
-                                            " leaves the other recorder out");
+                        ", neither is clearly best, and the first one is heard" +
+                        (isKnown ? "; the microphones of the cameras heard what lies in '" +
+                                       std::string(kept) + "' in its place, and the other not"
+                                 : ""),
+                    withoutText(without, isKnown));
             return;
         }
+    }
+    /// Which of two that nobody heard is left out is the user's choice, so the options are no call.
+    static DoubtCure withoutText(const DoubtCure& without, bool isKnown) {
+        if (without.isEmpty())
+            return cureWords::choose() +
+                   " clip by clip, as another clip may need the other recording, or lock the clips";
+        const DoubtCure choice = cureWords::choose() + ", or lock the clips; ";
+        return isKnown ? choice + without + " leaves the other recorder out"
+                       : choice +
+                             DoubtCure::Words{without.text() + " leaves the other recorder out",
+                                              "a scan without one of their folders leaves that recorder out"};
     }
 
     /// Another unit's sound lies under more of the clip than that of its own, which began late or ended

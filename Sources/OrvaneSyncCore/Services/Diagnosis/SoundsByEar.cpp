@@ -2,9 +2,11 @@
 #include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
-#include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <algorithm>
+#include <set>
+#include <string>
+#include <string_view>
 #include <utility>
 
 namespace orvane {
@@ -12,7 +14,8 @@ namespace orvane {
 namespace {
 
 // Of more, too many would be alike by chance, and all of them are read.
-constexpr std::size_t mostPairsByEar = 60;
+constexpr std::size_t mostPairsByEar = 200;
+constexpr double mostSecondsByEar = 36000;
 
 /// A clip that no timecode leads to its sound, and a recording in which that may be.
 struct PairByEar {
@@ -23,20 +26,39 @@ struct PairByEar {
     SoundClaim claim() const { return {clip->group->id, recording->id, 0, furthestAttachedSeconds}; }
 };
 
-/// Of clips without timecode all recordings, of others those without; empty where these are too many.
+/// Folders with a file that counts from zero: the others there go on from it, as what counts while it runs.
+class CountingFolders {
+  public:
+    explicit CountingFolders(const Shoot& shoot) {
+        for (const Shoot::Clip& clip : shoot.clips)
+            if (countsFromZero(clip.group->video)) folders_.insert(folderOf(clip.group->video));
+        for (const MediaAsset& recording : shoot.input.recordings)
+            if (recording.bextTimeReference == 0) folders_.insert(folderOf(recording));
+    }
+    bool hold(const MediaAsset& file) const { return folders_.contains(folderOf(file)); }
+
+  private:
+    std::set<std::string_view> folders_;
+};
+
+/// Of clips whose timecode is no time of day all recordings, of others those of which that is true; empty
+/// where these are too many.
 std::vector<PairByEar> pairsByEar(const Shoot& shoot) {
     std::vector<PairByEar> pairs;
+    const CountingFolders counting(shoot);
+    double seconds = 0;
     for (const Shoot::Clip& clip : shoot.clips) {
         if (clip.isDecided || clip.group->matchStatus.kind != MatchStatus::Kind::unmatched ||
             !isAudible(clip))
             continue;
-        const bool isWithout = !clip.place || countsFromZero(clip.group->video);
+        const bool isWithout = !clip.place || counting.hold(clip.group->video);
         for (const MediaAsset& recording : shoot.input.recordings) {
-            if (recording.isAtmo() || !(recording.durationSeconds.value_or(0) > leastClaimedSeconds) ||
-                recording.durationSeconds.value_or(0) > furthestAttachedSeconds ||
-                (!isWithout && shoot.recordingByID.contains(recording.id)))
+            const double length = recording.durationSeconds.value_or(0);
+            if (recording.isAtmo() || !(length > leastClaimedSeconds) || length > furthestAttachedSeconds ||
+                (!isWithout && shoot.recordingByID.contains(recording.id) && !counting.hold(recording)))
                 continue;
-            if (pairs.size() == mostPairsByEar) return {};
+            seconds += length;
+            if (pairs.size() == mostPairsByEar || seconds > mostSecondsByEar) return {};
             const AudioMatch laid =
                 SyncEngine::matchByTimecode(clip.group->video, recording, shoot.input.rules);
             pairs.push_back({&clip, &recording, laid.syncOffsetSeconds});
@@ -54,9 +76,6 @@ void addClaimsByEar(const Shoot& shoot, std::vector<SoundClaim>& toHear) {
 
 void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts) {
     if (shoot.input.heardClaims == nullptr) return;
-    constexpr std::size_t mostNamed = 8;
-    std::string text;
-    std::vector<const Shoot::Clip*> clips;
     const auto pairs = pairsByEar(shoot);
     for (auto pair = pairs.begin(); pair != pairs.end();) {
         const auto next =
@@ -69,21 +88,16 @@ void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts) {
         if (found.size() != 1) continue; // none, or sound that repeats
         const auto& [own, seconds] = found.front();
         const MediaAsset& video = own->clip->group->video;
-        if (clips.size() < mostNamed)
-            text += (clips.empty() ? "" : ", ") + shoot.nameOf(*own->recording) + " in " +
-                    shoot.nameOf(video) + " with an offset of " +
-                    framesText(seconds - own->laidSeconds, video) + " frames";
-        clips.push_back(own->clip);
+        const double offset = seconds - own->laidSeconds;
+        const std::string text = shoot.nameOf(*own->recording) + " in " + shoot.nameOf(video) +
+                                 " with an offset of " + framesText(offset, video) + " frames";
+        doubts.byGroup[own->clip->group->id].push_back(
+            {.kind = SyncDoubt::Kind::noTimecode,
+             .message = "what no timecode brings together, the microphones of the cameras heard: " + text,
+             .cure = cureWords::asHeard("attach them by hand", "'choice' and 'offset_frames'"),
+             .own = text,
+             .suggestion = SyncDoubt::Suggestion{own->recording->id, offset}});
     }
-    if (clips.empty()) return;
-    if (clips.size() > mostNamed)
-        text += ", and others in " + counted(clips.size() - mostNamed, "more clip", "more clips");
-    addCardDoubt(doubts,
-                 {SyncDoubt::Kind::noTimecode,
-                  "what no timecode brings together, the microphones of the cameras heard: " + text,
-                  "attach them by hand" +
-                      cureWords::inTable("a file name under 'choice' and its offset under 'offset_frames'")},
-                 clips);
 }
 
 } // namespace orvane

@@ -214,6 +214,8 @@ TakeSound soundBeside(const MediaAsset& recording, const std::vector<MediaAsset>
     sound.files.front().channelCount = std::max(recording.channelCount.value_or(1), 1);
     sound.files.front().durationSeconds = recording.durationSeconds.value_or(0);
     int channels = sound.files.front().channelCount;
+    // Of files that know no time, nothing but their lengths would be equal.
+    if (recording.bextTimeReference.value_or(0) == 0 && !recording.startTimecodeString) return sound;
     for (const MediaAsset& other : all) {
         if (other.id == recording.id || channels >= mostChannels ||
             other.bextTimeReference != recording.bextTimeReference ||

@@ -26,7 +26,11 @@ constexpr double equalShare = 0.9; // of what the take covers
 /// How the recorder of one folder is left out of a scan, where no clip needs it.
 class OtherRecorders {
   public:
-    explicit OtherRecorders(const Shoot& shoot) : shoot_(shoot), leavingOut_(shoot) {}
+    explicit OtherRecorders(const Shoot& shoot) : shoot_(shoot), leavingOut_(shoot) {
+        for (const Shoot::Clip& clip : shoot.clips)
+            if (const auto heard = heardAmong(shoot, clip))
+                heard_.emplace_back(clip.group, folderOf(*clip.group->audioMatches[*heard].audio));
+    }
 
     /// `kept`: the folder of a recording that stays. Empty where nothing leaves the other one alone out, and
     /// where it may be the right one for some of the clips: as long as nobody heard that it is not, for those
@@ -40,22 +44,12 @@ class OtherRecorders {
     }
     /// Whether the cameras of several clips that have both heard those of the first folder in place, and of
     /// none those of the other.
-    bool areHeardWith(std::string_view folder, std::string_view other) {
-        const auto [known, isNew] = heard_.try_emplace({folder, other});
-        if (isNew) known->second = wereHeardWith(folder, other);
-        return known->second;
-    }
-
-  private:
-    bool wereHeardWith(std::string_view folder, std::string_view other) const {
+    bool areHeardWith(std::string_view folder, std::string_view other) const {
         constexpr int fewest = 2; // one plain place each
         int own = 0, others = 0;
-        for (const Shoot::Clip& clip : shoot_.clips) {
-            const auto heard = heardAmong(shoot_, clip);
-            if (!heard) continue;
-            const std::string_view in = folderOf(*clip.group->audioMatches[*heard].audio);
+        for (const auto& [group, in] : heard_) {
             const auto isIn = [&](std::string_view one) {
-                return std::ranges::any_of(clip.group->audioMatches, [&](const AudioMatch& match) {
+                return std::ranges::any_of(group->audioMatches, [&](const AudioMatch& match) {
                     return folderOf(*match.audio) == one;
                 });
             };
@@ -65,6 +59,8 @@ class OtherRecorders {
         }
         return own >= fewest && others == 0;
     }
+
+  private:
     DoubtCure cureOf(const std::string& folder, const std::string& kept, bool isKeptHeard) const {
         if (folder == kept) return {};
         // Its recorder's folder is the highest one that the other does not lie in.
@@ -127,7 +123,7 @@ class OtherRecorders {
     const Shoot& shoot_;
     const LeavingOut leavingOut_;
     std::map<std::pair<std::string_view, std::string_view>, DoubtCure> cures_;
-    std::map<std::pair<std::string_view, std::string_view>, bool> heard_;
+    std::vector<std::pair<const SyncGroup*, std::string_view>> heard_; ///< in the recordings of which folder
 };
 
 /// Units that shoot at once, by the folders of their sound: clips near to such a folder have it, too.

@@ -34,6 +34,8 @@ constexpr double sureInLong = 6;
 constexpr std::size_t mostInVain = 3;
 // Speech of so many seconds is missed in one of ten searches at most.
 constexpr double leastUnheardSeconds = 14;
+// From it on something is alike: music that repeats is so in many places, none of which is plain.
+constexpr double leastAlike = 0.5;
 // By which another recording is more like the camera's sound than its own one.
 constexpr double liker = 0.1;
 // Below it, what was heard close to its place may be a take that is much like the right one, as of one song.
@@ -186,9 +188,9 @@ class Listening {
         result.isInVain = !result.lag && !result.elsewhere;
         // What begins late or ends early lacks the sound of the camera's head.
         const double heardTo = std::min(pair_.lengthSeconds, heardFarSeconds);
-        result.isUnheard = result.isInVain && inOwn && SoundPlace::isLikeSpeech(own) &&
-                           pair_.offsetSeconds <= 0 && heardTo >= leastUnheardSeconds &&
-                           pair_.offsetSeconds + takeSeconds() >= heardTo;
+        result.isUnheard = result.isInVain && inOwn && inOwn->likeness < leastAlike &&
+                           SoundPlace::isLikeSpeech(own) && pair_.offsetSeconds <= 0 &&
+                           heardTo >= leastUnheardSeconds && pair_.offsetSeconds + takeSeconds() >= heardTo;
         return result;
     }
     /// Of what begins within `seconds` from that moment of the recording on; clip time is of that moment.

@@ -26,14 +26,16 @@ struct PairByEar {
     SoundClaim claim() const { return {clip->group->id, recording->id, 0, furthestAttachedSeconds}; }
 };
 
-/// Folders with a file that counts from zero: the others there go on from it, as what counts while it runs.
+/// Folders with a file that counts from zero or has no time: the others there may go on from it, as what
+/// counts while it runs.
 class CountingFolders {
   public:
     explicit CountingFolders(const Shoot& shoot) {
         for (const Shoot::Clip& clip : shoot.clips)
             if (countsFromZero(clip.group->video)) folders_.insert(folderOf(clip.group->video));
+        // A time reference of 0 is none.
         for (const MediaAsset& recording : shoot.input.recordings)
-            if (recording.bextTimeReference == 0) folders_.insert(folderOf(recording));
+            if (!shoot.recordingByID.contains(recording.id)) folders_.insert(folderOf(recording));
     }
     bool hold(const MediaAsset& file) const { return folders_.contains(folderOf(file)); }
 
@@ -46,6 +48,12 @@ class CountingFolders {
 std::vector<PairByEar> pairsByEar(const Shoot& shoot) {
     std::vector<PairByEar> pairs;
     const CountingFolders counting(shoot);
+    const std::vector<bool> isUsed = shoot.usedWholes();
+    const auto hasTime = [&](const MediaAsset& recording) {
+        const auto placed = shoot.recordingByID.find(recording.id);
+        return placed != shoot.recordingByID.end() &&
+               (!counting.hold(recording) || isUsed[shoot.wholes.firstOf[placed->second]]);
+    };
     double seconds = 0;
     for (const Shoot::Clip& clip : shoot.clips) {
         if (clip.isDecided || clip.group->matchStatus.kind != MatchStatus::Kind::unmatched ||
@@ -55,7 +63,7 @@ std::vector<PairByEar> pairsByEar(const Shoot& shoot) {
         for (const MediaAsset& recording : shoot.input.recordings) {
             const double length = recording.durationSeconds.value_or(0);
             if (recording.isAtmo() || !(length > leastClaimedSeconds) || length > furthestAttachedSeconds ||
-                (!isWithout && shoot.recordingByID.contains(recording.id) && !counting.hold(recording)))
+                (!isWithout && hasTime(recording)))
                 continue;
             seconds += length;
             if (pairs.size() == mostPairsByEar || seconds > mostSecondsByEar) return {};

@@ -20,6 +20,8 @@ std::optional<double> heardAttached(const Shoot& shoot, const Shoot::Clip& clip)
 void addClipClaims(const Shoot& shoot, std::vector<SoundClaim>& toHear);
 /// Recordings that clips without sound may have, though no timecode says so, where there are few.
 void addClaimsByEar(const Shoot& shoot, std::vector<SoundClaim>& toHear);
+/// Long recordings that no clip has, in some clips that have other sound.
+void addLoneClaims(const Shoot& shoot, std::vector<SoundClaim>& toHear);
 
 /// How far from its place sound without a common timecode is looked for, seconds: in more minutes, other
 /// sound is alike by chance.

@@ -21,6 +21,7 @@ SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) 
     addRecorderDates(shoot, doubts);
     addTimecodeDoubts(shoot, doubts);
     addSoundsByEar(shoot, doubts);
+    addLoneRecordings(shoot, doubts);
     addDrift(shoot, doubts);
     addRivalDoubts(shoot, doubts);
     addOffsetsByHand(shoot, doubts);
@@ -36,6 +37,7 @@ std::vector<SoundClaim> SyncDoubts::claims(const DoubtInput& input, const std::s
     addClockDoubts(shoot, doubts, &claims);
     addClipClaims(shoot, claims);
     addClaimsByEar(shoot, claims);
+    addLoneClaims(shoot, claims);
     return claims;
 }
 

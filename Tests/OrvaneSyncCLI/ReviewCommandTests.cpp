@@ -1,11 +1,14 @@
 #include "OrvaneSyncCLI/RunCommand.h"
 
+#include "MediaFactory/MovieMaker.h"
 #include "MediaFactory/SmallShoot.h"
 #include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncCore/Services/Review/ReviewTable.h"
 #include "Support/Test.h"
 
+#include <cmath>
 #include <filesystem>
+#include <random>
 
 namespace orvane::cli {
 namespace {
@@ -176,6 +179,56 @@ TEST_F(CardsTest, aTableOfOneCardIsGoodForTheWholeShoot) {
                                   "--exclude", "day2/*", "--no-smart-audio"});
     EXPECT_TRUE(sync.err.starts_with("The review changes 0 clips.\nwarning: not in the document: "))
         << sync.err;
+}
+
+TEST(HeardReview, WhatTheCamerasHeardIsFilledInAndTakenBack) {
+    constexpr int rate = 8000, takeSeconds = 25, clipSeconds = 12, from = 6;
+    const test::TemporaryDirectory folder;
+    std::filesystem::create_directory(folder.path("shoot"));
+    const auto at = [&](const std::string& name) { return folder.path("shoot/" + name); };
+    for (const unsigned take : {1, 2}) {
+        const std::string number = std::to_string(take);
+        std::mt19937 random(take);
+        std::uniform_real_distribution<float> level(-50, -10), noise(-1, 1);
+        std::vector<float> samples(static_cast<std::size_t>(takeSeconds * rate));
+        float gain = 0;
+        for (std::size_t i = 0; i < samples.size(); ++i) { // as syllables are louder and softer
+            if (i % (rate * 3 / 10) == 0) gain = std::pow(10.0F, level(random) / 20);
+            samples[i] = gain * noise(random);
+        }
+        std::string heard;
+        for (std::size_t i = from * rate; i < (from + clipSeconds) * rate; ++i) {
+            const auto sample = static_cast<std::int16_t>(samples[i] * 30000);
+            heard += {static_cast<char>(sample >> 8), static_cast<char>(sample & 0xFF)};
+        }
+        test::MovieMaker()
+            .video({.frames = 25 * clipSeconds})
+            .audio({.channels = 1,
+                    .sampleRate = rate,
+                    .codec = "twos",
+                    .samples = clipSeconds * rate,
+                    .sound = heard})
+            .timecode({.firstFrame = 25 * (36000 + 300 * take)})
+            .writeTo(at("A" + number + ".mov"));
+        test::WaveMaker()
+            .format({.channels = 1, .sampleRate = rate})
+            .samples(samples)
+            .writeTo(at("T" + number + ".WAV"));
+    }
+    const std::string table = folder.path("heard.tsv");
+    const Outcome told = runWith({"diagnose", folder.path("shoot"), "--review", table, "--no-cache"});
+    ASSERT_EQ(told.status, done) << told.err;
+    EXPECT_NE(told.out.find("2 lines are filled in"), std::string::npos) << told.out;
+    const auto lines = readReviewTable(folder.read("heard.tsv"));
+    ASSERT_EQ(lines.size(), 2U);
+    for (const std::size_t i : {0, 1}) {
+        EXPECT_EQ(lines[i][ReviewColumn::choice], "T" + std::to_string(i + 1) + ".WAV");
+        EXPECT_EQ(lines[i][ReviewColumn::offsetFrames], "-150");
+    }
+    const Outcome sync = runWith({"sync", folder.path("shoot"), "-o", folder.path("out.fcpxml"), "--apply",
+                                  table, "--json", "--no-smart-audio", "--no-cache"});
+    ASSERT_EQ(sync.status, done) << sync.err;
+    EXPECT_EQ(sync.json().find("counts")->find("syncClips")->integer(), 2);
 }
 
 } // namespace

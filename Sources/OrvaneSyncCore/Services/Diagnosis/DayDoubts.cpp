@@ -155,8 +155,9 @@ class DayDoubts {
         const std::string message = namesOf(pair) + " is of " + dayText(*recorded) + ", and the clip is of " +
                                     dayText(*filmed) + "; they fit only by the time of day";
         if (pair.isFirst() && sound_.isInPlaceOn(clips, *filmed, *recorded)) return false;
+        const bool isUnheard = sound_.isUnheardOn(clips, *filmed, *recorded);
         const bool isOthers =
-            sound_.isUnheardOn(clips, *filmed, *recorded) ||
+            isUnheard || (!pair.isFirst() && heardAmong(shoot_, clip) == 0) ||
             (sound_.isOfOwnDay[shoot_.wholes.firstOf[shoot_.recordingByID.at(match.audio->id)]] &&
              !sound_.isHeard(clip, sound));
         if (!pair.isFirst())
@@ -168,13 +169,14 @@ class DayDoubts {
                              (clip.place->knownDay()
                                   ? ", scan each day by itself, or " + DayCures::sameDayOnly()
                                   : DoubtCure()));
-        return doubt(clip, Kind::otherDay, message,
-                     (isOthers ? DoubtCure(DayCures::lookForSoundOf(*filmed) +
-                                           ", lock the clip where its sound is right, ")
-                               : cures_.dateOf(filmed, clips, soundFor(clip, sound)) +
-                                     " if the recorder's date is wrong, ") +
-                         (clip.place->knownDay() ? DayCures::sameDayOnly() + " to leave such sound out"
-                                                 : cureWords::skipToLeaveOut()));
+        return doubt(
+            clip, Kind::otherDay, message,
+            (isOthers
+                 ? DoubtCure(DayCures::lookForSoundOf(*filmed) + ", lock the clip where its sound is right, ")
+                 : cures_.dateOf(filmed, clips, soundFor(clip, sound)) +
+                       " if the recorder's date is wrong, ") +
+                (clip.place->knownDay() && !isUnheard ? DayCures::sameDayOnly() + " to leave such sound out"
+                                                      : cureWords::skipToLeaveOut()));
     }
 
     /// A clip whose header agrees with its timecode, and which has no recording of the header's day, of a day

@@ -371,6 +371,33 @@ TEST(ClockDoubts, ClaimsNoClockByChance) {
     EXPECT_EQ(claimed, 0);
 }
 
+/// Recorders that roll late or stop early, by about as much at each take or not, and cameras that roll on.
+TEST(ClockDoubts, TakesHandsAtTheRecorderForNoClock) {
+    // Hands that one offset explains to the frame: of the recorder, of all takes, of the camera.
+    std::vector<unsigned> seeds{1039, 1143, 1175};
+    std::ranges::copy(test::seeds(200), std::back_inserter(seeds));
+    for (const unsigned seed : seeds) {
+        Random random(seed);
+        Shot shot;
+        const double late = within(random, -4, 6), rest = within(random, -6, 12);
+        const double varied = seed % 2 == 0 ? 0.2 : 3, clipSeconds = within(random, 12, 60);
+        double at = 36000;
+        for (int i = 0; i < 4 + static_cast<int>(within(random, 0, 20)); ++i) {
+            const std::string number = std::to_string(i);
+            const double length = seed % 3 == 0 ? clipSeconds : within(random, 12, 60);
+            const double start = at + late + within(random, -varied, varied);
+            const double end = at + length + rest + within(random, -varied, varied);
+            shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", at, length));
+            if (seed % 5 == 0) shot.videos.push_back(clipAt("/B/B" + number + ".mov", at + 2, length - 1));
+            shot.audios.push_back(recordingAt("/S/T" + number + ".wav", start, std::max(end - start, 2.0)));
+            at += within(random, 120, 900);
+        }
+        shot.diagnose();
+        const auto card = shot.card(Kind::constantOffset);
+        EXPECT_FALSE(card) << "seed " << seed << ": " << card->doubt.message;
+    }
+}
+
 TEST(ClockDoubts, LockedClipsSpeakForTheirClock) {
     Shot shot;
     for (int take = 0; take < 60; ++take) {

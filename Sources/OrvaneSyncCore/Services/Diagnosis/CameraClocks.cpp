@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CommonOffset.h"
+#include "OrvaneSyncCore/Services/Diagnosis/HandsAtTheRecorder.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Services/Diagnosis/SuspectedCards.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
@@ -84,6 +85,7 @@ class CameraClocks {
             return false;
         std::set<std::size_t> used;
         std::vector<const Shoot::Clip*> found;
+        HandsAtTheRecorder hands;
         for (const Shoot::Clip* clip : clips) {
             const auto sound = std::ranges::find_if(sounds, [&](const FilePlace& place) {
                 const auto window = windowOf(*clip, place, 0);
@@ -91,11 +93,15 @@ class CameraClocks {
             });
             if (sound == sounds.end()) continue;
             found.push_back(clip);
-            const double into = secondsApart(*clip, *sound).value_or(0) - common->seconds;
+            const double apart = secondsApart(*clip, *sound).value_or(0), into = apart - common->seconds;
+            if (!soundDay)
+                hands.add({apart, apart + clip->place->range.durationSeconds()},
+                          {0, sound->range.durationSeconds()});
             used.insert(shoot_.wholes.partAt(files[static_cast<std::size_t>(sound - sounds.begin())], into));
         }
         if (std::cmp_less(used.size(), explanation::fewest) ||
-            static_cast<double>(found.size()) <= explanation::clearly * static_cast<double>(covered.size()))
+            static_cast<double>(found.size()) <= explanation::clearly * static_cast<double>(covered.size()) ||
+            hands.explain(*common))
             return false;
         const std::size_t matched = found.size();
         found.insert(found.end(), covered.begin(), covered.end());

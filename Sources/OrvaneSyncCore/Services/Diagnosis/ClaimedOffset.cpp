@@ -28,6 +28,18 @@ struct InPlace {
     }
 };
 
+InPlace heardOf(const Shoot& shoot, const std::function<bool(const MediaAsset& recording)>& isMeant) {
+    InPlace count;
+    if (shoot.input.heardLags == nullptr) return count;
+    for (const Shoot::Clip& clip : shoot.clips) {
+        if (clip.group->manualAudioOffsetSeconds != 0) continue;
+        for (const AudioMatch& match : clip.group->audioMatches)
+            if (shoot.recordingByID.contains(match.audio->id) && isMeant(*match.audio))
+                count.add(shoot, match);
+    }
+    return count;
+}
+
 } // namespace
 
 void ClaimedOffset::add(const Shoot::Clip& clip, std::size_t recording, double offsetSeconds) {
@@ -107,15 +119,13 @@ const HeardClaim* heardClaim(const Shoot& shoot, const SoundClaim& claim) {
 }
 
 bool areHeardInPlace(const Shoot& shoot, const std::function<bool(const MediaAsset& recording)>& isMeant) {
-    if (shoot.input.heardLags == nullptr) return false;
-    InPlace count;
-    for (const Shoot::Clip& clip : shoot.clips) {
-        if (clip.group->manualAudioOffsetSeconds != 0) continue;
-        for (const AudioMatch& match : clip.group->audioMatches)
-            if (shoot.recordingByID.contains(match.audio->id) && isMeant(*match.audio))
-                count.add(shoot, match);
-    }
+    const InPlace count = heardOf(shoot, isMeant);
     return count.inPlace >= explanation::fewest && count.isMost();
+}
+
+bool areHeardOutOfPlace(const Shoot& shoot, const std::function<bool(const MediaAsset& recording)>& isMeant) {
+    const InPlace count = heardOf(shoot, isMeant);
+    return count.heard >= explanation::fewest && count.inPlace == 0;
 }
 
 } // namespace orvane

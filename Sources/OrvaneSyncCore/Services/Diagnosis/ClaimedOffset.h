@@ -58,5 +58,7 @@ const HeardClaim* heardClaim(const Shoot& shoot, const SoundClaim& claim);
 /// Whether the cameras heard these recordings where timecode lays them, most of those that they heard: one
 /// that begins late or ends early was started late or ended early, and moving it would be wrong.
 bool areHeardInPlace(const Shoot& shoot, const std::function<bool(const MediaAsset& recording)>& isMeant);
+/// Whether they heard three and more of these, and none there.
+bool areHeardOutOfPlace(const Shoot& shoot, const std::function<bool(const MediaAsset& recording)>& isMeant);
 
 } // namespace orvane

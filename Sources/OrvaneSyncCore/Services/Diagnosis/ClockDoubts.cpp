@@ -2,7 +2,9 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CommonOffset.h"
+#include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
+#include "OrvaneSyncCore/Services/Diagnosis/HandsAtTheRecorder.h"
 #include "OrvaneSyncCore/Services/Diagnosis/MixedDays.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Services/Diagnosis/SuspectedCards.h"
@@ -177,9 +179,6 @@ class ClockDoubts {
         return addOffset(one, card, *common, isForAll);
     }
 
-    static constexpr const char* notListened = "listen before anything is moved ('diagnose' does): room tone "
-                                               "and wild tracks that were made after the "
-                                               "takes are right where they are";
     /// What is recorded after each take by habit lies behind all of them by about as much. No call is
     /// offered: it would lay such sound under clips that are right.
     static DoubtCure notToBeMoved() {
@@ -199,6 +198,7 @@ class ClockDoubts {
         std::set<std::size_t> used, usedNow, parts;
         std::vector<const Shoot::Clip*> doubted; // with those that have sound of the card by chance
         ClaimedOffset claimed(shoot_, common.widthSeconds / 2);
+        HandsAtTheRecorder hands;
         for (const Shoot::Clip* clip : clips_) {
             const bool mayMatch = times.mayOverlap(*clip), isLooked = isSought(one, *clip, isForAll);
             if (const auto sound = mayMatch ? times.covered(inPlace, *clip) : std::nullopt) {
@@ -216,6 +216,7 @@ class ClockDoubts {
                 const std::size_t part = shoot_.wholes.partAt(sound->whole, -start);
                 parts.insert(part);
                 claimed.add(*clip, part, start + shoot_.wholes.startsAt[part]);
+                if (card.movedByDays == 0) hands.add(sound->clip, times.range(sound->whole));
                 doubted.push_back(clip);
             } else if (!one.isPart && clip->primary &&
                        isOn(card, shoot_, *shoot_.recordings[*clip->primary].asset)) {
@@ -245,6 +246,9 @@ class ClockDoubts {
             (common.isGuess(rate_) || std::abs(*heard.correctionSeconds) >= leastByHandSeconds) &&
             addOffset(one, card, {offset + *heard.correctionSeconds, 0, heard.clips}, isForAll))
             return true;
+        const auto isOfCard = [&](const MediaAsset& recording) { return isOn(card, shoot_, recording); };
+        if (!heard.isConfirmed() && hands.explain(common) && !areHeardOutOfPlace(shoot_, isOfCard))
+            return false;
         const int lost = lostBy(one, card, offset);
         std::string text = one.name(shoot_) + " are ";
         if (card.movedByDays != 0)
@@ -270,8 +274,8 @@ class ClockDoubts {
         const bool mayBeRoomTone = isForAll && common.isGuess(rate_);
         if (mayBeRoomTone && heard.isRefuted)
             text += "; the microphones of the cameras heard nothing of them there";
-        if (heard.isUnasked && common.isGuess(rate_) && lost > 0)
-            cure = notListened;
+        if (heard.isUnasked && common.isOdd())
+            cure = cureWords::listenFirst;
         else if (mayBeRoomTone && (heard.isRefuted || (lost > 0 && !heard.isConfirmed())))
             cure = notToBeMoved();
         SyncDoubt doubt{Kind::constantOffset, text + common.knownTo(rate_), std::move(cure)};

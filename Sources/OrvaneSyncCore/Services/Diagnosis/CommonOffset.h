@@ -17,6 +17,8 @@ struct CommonOffset {
     double widthSeconds = 0; ///< 0 for what people set clocks wrong by
     int heardClips = 0;      ///< by whose microphones it is known
 
+    /// Found by timecode, and no hours or half hours: there may be another reason for it than a clock.
+    bool isOdd() const { return widthSeconds > 0; }
     /// Whether it may be wrong by more than a frame.
     bool isGuess(TimecodeFrameRate rate) const;
     /// Behind the message: how far it is known; empty where that is a frame.

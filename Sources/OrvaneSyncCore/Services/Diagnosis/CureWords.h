@@ -33,4 +33,9 @@ inline DoubtCure skipToLeaveOut() {
                             "“Toggle Excluded” to leave the clip out"};
 }
 
+/// Of an odd offset that microphones can tell more of than timecode.
+inline constexpr const char* listenFirst =
+    "listen before anything is moved ('diagnose' does): room tone and wild tracks that were made after the "
+    "takes are right where they are";
+
 } // namespace orvane::cureWords

@@ -1,0 +1,26 @@
+#include "OrvaneSyncCore/Services/Diagnosis/HandsAtTheRecorder.h"
+
+#include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace orvane {
+
+void HandsAtTheRecorder::add(const SyncEngine::TCRange& clip, const SyncEngine::TCRange& sound) {
+    ++count_;
+    if (std::min(clip.endSeconds, sound.endSeconds) <= std::max(clip.startSeconds, sound.startSeconds))
+        return;
+    ++overlapping_;
+    const auto [first, last] =
+        std::minmax(clip.startSeconds - sound.startSeconds, clip.endSeconds - sound.endSeconds);
+    furthest_ = std::max({furthest_, first - coverSlackSeconds, -last - coverSlackSeconds});
+}
+
+bool HandsAtTheRecorder::explain(const CommonOffset& offset) const {
+    constexpr double slowHandSeconds = 12;
+    return offset.isOdd() && count_ > 0 && overlapping_ >= explanation::majority * count_ &&
+           (std::abs(offset.seconds) <= offset.widthSeconds || furthest_ <= slowHandSeconds);
+}
+
+} // namespace orvane

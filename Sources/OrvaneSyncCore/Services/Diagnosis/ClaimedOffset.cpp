@@ -64,6 +64,11 @@ std::vector<const ClaimedOffset::Laid*> ClaimedOffset::audible() const {
 
 bool ClaimedOffset::Heard::isConfirmed() const { return clips >= fewestHeard; }
 
+CommonOffset ClaimedOffset::Heard::corrected(double offsetSeconds, TimecodeFrameRate rate) const {
+    const HeardClock clock = heardClock(offsetSeconds + correctionSeconds.value_or(0), rate);
+    return {clock.seconds, 0, clips, clock.isRound};
+}
+
 ClaimedOffset::Heard ClaimedOffset::heard(std::vector<SoundClaim>* toHear) const {
     Heard result;
     std::vector<double> corrections;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncCore/Services/Diagnosis/CommonOffset.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 
 #include <cstddef>
@@ -27,6 +28,8 @@ class ClaimedOffset {
         bool isUnasked = false; ///< nobody has listened, and some might tell
 
         bool isConfirmed() const;
+        /// The offset that was claimed, as it was heard.
+        CommonOffset corrected(double offsetSeconds, TimecodeFrameRate rate) const;
     };
     /// `toHear`, unless null: gets what was not listened to and would tell.
     Heard heard(std::vector<SoundClaim>* toHear) const;

@@ -244,7 +244,7 @@ class ClockDoubts {
             return false;
         if (heard.correctionSeconds &&
             (common.isGuess(rate_) || std::abs(*heard.correctionSeconds) >= leastByHandSeconds) &&
-            addOffset(one, card, {offset + *heard.correctionSeconds, 0, heard.clips}, isForAll))
+            addOffset(one, card, heard.corrected(offset, rate_), isForAll))
             return true;
         const auto isOfCard = [&](const MediaAsset& recording) { return isOn(card, shoot_, recording); };
         if (!heard.isConfirmed() && hands.explain(common) && !areHeardOutOfPlace(shoot_, isOfCard))

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 
 #include <algorithm>
@@ -25,7 +26,7 @@ std::string CommonOffset::knownTo(TimecodeFrameRate rate) const {
 }
 
 std::string CommonOffset::clapAfter(TimecodeFrameRate rate) const {
-    return isGuess(rate) ? "; then check a clap and set the frames" : "";
+    return isGuess(rate) || !isRound ? checkAClap : "";
 }
 
 std::optional<double> secondsApart(const Shoot::Clip& clip, const FilePlace& sound) {

@@ -16,6 +16,7 @@ struct CommonOffset {
     double seconds = 0;
     double widthSeconds = 0; ///< 0 for what people set clocks wrong by
     int heardClips = 0;      ///< by whose microphones it is known
+    bool isRound = true;     ///< of these, whole seconds: `HeardClock`
 
     /// Found by timecode, and no hours or half hours: there may be another reason for it than a clock.
     bool isOdd() const { return widthSeconds > 0; }

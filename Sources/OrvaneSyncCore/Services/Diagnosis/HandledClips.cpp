@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
 
+#include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 
 #include <algorithm>
@@ -60,6 +61,18 @@ std::optional<Agreement> agreementOf(std::vector<double> offsets, std::ptrdiff_t
         std::abs(offset) < least)
         return std::nullopt;
     return Agreement{offset, agreeing};
+}
+
+HeardClock heardClock(double seconds, TimecodeFrameRate rate) {
+    constexpr double nearFrames = 2;
+    const double near = nearFrames / timecodeRate::frameRateForRealTimeCalculation(rate);
+    const double whole = std::round(seconds - microphoneDelaySeconds);
+    // Labels of 23.976 count 1000 s in 1001 s, and clocks are set by them as well.
+    const double labels = std::copysign(labelSeconds(std::abs(whole), rate), seconds);
+    const bool areLabelsNearer = std::abs(labels - seconds) < std::abs(whole - seconds);
+    const double round = areLabelsNearer ? labels : whole;
+    const bool isRound = whole != 0 && std::abs(round - seconds) <= near;
+    return {isRound ? round : seconds - microphoneDelaySeconds, isRound};
 }
 
 bool findRecorder(Card& sound, const std::vector<const Shoot::Clip*>& clips) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
+#include "Timecode/TimecodeFrameRate.h"
 
 #include <cstddef>
 #include <map>
@@ -16,6 +17,8 @@ namespace orvane {
 // Less is a nudge to the frame, or a camera's own delay.
 inline constexpr double leastByHandSeconds = 0.2;
 inline constexpr double agreeingByHandSeconds = 0.1; ///< around the median: claps are set to a frame
+/// By which a camera's microphone is behind the recorder's: some metres of air, and its converter.
+inline constexpr double microphoneDelaySeconds = 0.015;
 
 /// Clips of one camera folder with sound of one card. Offsets are in seconds, to be added to the recordings.
 struct HandledClips {
@@ -49,6 +52,16 @@ struct Agreement {
 /// Absent for less than `fewest` that agree, and for less than `least` seconds.
 std::optional<Agreement> agreementOf(std::vector<double> offsets, std::ptrdiff_t fewest,
                                      double least = leastByHandSeconds);
+
+/// What the clock of recordings is wrong by that cameras heard at such a distance.
+struct HeardClock {
+    double seconds;
+    bool isRound; ///< whole seconds, as people set clocks; else the frame may be another one
+};
+/// `seconds`: to be added to the recordings.
+HeardClock heardClock(double seconds, TimecodeFrameRate rate);
+/// Behind the cure of a clock that is not round.
+inline constexpr const char* checkAClap = "; then check a clap and set the frames";
 
 /// Gives `sound` the mark that all first recordings of the clips have, and no other recorder's beside them.
 /// Whether nothing else of the folder lies beside them, or such a mark parts the two.

@@ -146,7 +146,8 @@ class HeardOffsets {
 
     /// `heard`: those that agree on it. `all`: for which it is told.
     void addOffset(const std::vector<Camera>& heard, const std::vector<Camera>& all) {
-        const double offset = heard.front().offset->seconds;
+        const HeardClock clock = heardClock(heard.front().offset->seconds, rate_);
+        const double offset = clock.seconds;
         std::ptrdiff_t count = 0;
         std::vector<std::string> folders, deaf;
         for (const Camera& camera : heard) {
@@ -175,7 +176,9 @@ class HeardOffsets {
         if (!deaf.empty())
             text += "; that of the clips in " + platform::text::joined(deaf, ", ") +
                     " comes from the same recorder and could not be heard";
-        addCardDoubt(doubts_, {Kind::constantOffset, text, forCameras({offsetBy(offset)}, all)}, unmoved);
+        addCardDoubt(doubts_,
+                     {Kind::constantOffset, text, forCameras({offsetBy(offset)}, all, clock.isRound)},
+                     unmoved);
     }
     /// Lags that grow with the time of day are a wrong rate.
     void addRate(const Camera& camera) {
@@ -205,7 +208,8 @@ class HeardOffsets {
                 offsetText(seconds + shoot_.input.rules.soundOffsetSeconds, rate_)};
     }
     /// In a scan in which the card's sound moves under the clips of these cameras alone.
-    DoubtCure forCameras(std::vector<CureOption> options, const std::vector<Camera>& cameras) const {
+    DoubtCure forCameras(std::vector<CureOption> options, const std::vector<Camera>& cameras,
+                         bool isExact = true) const {
         const auto& [camera, recorder, day] = *cameras.front().key;
         Card sound{std::string(recorder), day, {}};
         std::vector<const Shoot::Clip*> clips;
@@ -222,7 +226,7 @@ class HeardOffsets {
         return DoubtCure(CureWay{std::move(options)})
                    .in(cure_.scanOfRecordings(sound, isPart,
                                               areAll ? std::set<std::string_view>() : folders)) +
-               "; lock a clip whose sound is right as it is" +
+               (isExact ? "" : checkAClap) + "; lock a clip whose sound is right as it is" +
                (isPart ? std::string() : cure_.forOtherSound(sound));
     }
 

@@ -156,10 +156,11 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts);
 void addHeardOffsets(const Shoot& shoot, SyncDoubts& doubts);
 /// Where they had other sound than what lies under them, in all clips of a card that were listened to.
 void addUnheardSound(const Shoot& shoot, SyncDoubts& doubts);
-void addTimecodeDoubts(const Shoot& shoot, SyncDoubts& doubts);
 /// Long recordings that lie nowhere, beside clips whose cameras heard them.
 void addLoneRecordings(const Shoot& shoot, SyncDoubts& doubts);
 /// Recordings that the cameras heard, of clips that no timecode leads to them.
 void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts);
+/// Of clips of which the above says nothing.
+void addTimecodeDoubts(const Shoot& shoot, SyncDoubts& doubts);
 
 } // namespace orvane

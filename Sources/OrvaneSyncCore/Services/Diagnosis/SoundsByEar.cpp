@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
+#include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 
 #include <algorithm>
@@ -96,7 +97,7 @@ void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts) {
         if (found.size() != 1) continue; // none, or sound that repeats
         const auto& [own, seconds] = found.front();
         const MediaAsset& video = own->clip->group->video;
-        const double offset = seconds - own->laidSeconds;
+        const double offset = seconds - microphoneDelaySeconds - own->laidSeconds;
         const std::string text = shoot.nameOf(*own->recording) + " in " + shoot.nameOf(video) +
                                  " with an offset of " + framesText(offset, video) + " frames";
         doubts.byGroup[own->clip->group->id].push_back(

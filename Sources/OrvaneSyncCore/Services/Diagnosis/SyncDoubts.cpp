@@ -19,9 +19,9 @@ SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) 
     addClockDoubts(shoot, doubts);
     addDayDoubts(shoot, doubts);
     addRecorderDates(shoot, doubts);
-    addTimecodeDoubts(shoot, doubts);
     addSoundsByEar(shoot, doubts);
     addLoneRecordings(shoot, doubts);
+    addTimecodeDoubts(shoot, doubts);
     addDrift(shoot, doubts);
     addRivalDoubts(shoot, doubts);
     addOffsetsByHand(shoot, doubts);

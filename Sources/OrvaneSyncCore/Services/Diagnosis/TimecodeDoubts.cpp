@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
+#include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
@@ -83,6 +84,8 @@ class TimecodeDoubts {
         const MediaAsset& video = clip.group->video;
         const double length = video.durationSeconds.value_or(0);
         if (!clip.group->isMOS() || !(length > 0) || shoot_.input.recordings.empty()) return;
+        // What was heard says more than dates, and where it is heard, no channel holds timecode.
+        if (doubts_.has(clip.group->id, {Kind::noTimecode})) return;
         std::string message =
             std::string(clip.place ? "counts from 00:00:00:00, as cameras without a set clock do"
                                    : "has no timecode") +
@@ -168,7 +171,7 @@ class TimecodeDoubts {
                                 : std::nullopt;
         if (heard)
             where += "; the microphone of the camera heard it with an offset of " +
-                     framesText(*heard - match.syncOffsetSeconds, video) + " frames";
+                     framesText(*heard - microphoneDelaySeconds - match.syncOffsetSeconds, video) + " frames";
         else if (frames)
             where += "; by the date of the clip, " + momentText(*seconds) + ", it lies with an offset of " +
                      *frames + " frames";

@@ -398,6 +398,45 @@ TEST(ClockDoubts, TakesHandsAtTheRecorderForNoClock) {
     }
 }
 
+/// A camera whose clock was set anew in the middle of its card, beside one that is right.
+TEST(ClockDoubts, TellsOfTheClipsFromWhichOnACamerasClockIsWrong) {
+    for (const double ahead : {3600.0, -50.0, 0.0}) {
+        Shot shot;
+        for (int i = 0; i < 8; ++i) {
+            const double at = 36000 + 400 * i + 13 * i * i;
+            const std::string number = std::to_string(i);
+            shot.videos.push_back(clipAt("/CAM_A/A" + number + ".mov", at, 15));
+            shot.videos.push_back(clipAt("/CAM_B/B" + number + ".mov", at + 1 + (i < 4 ? 0 : ahead), 15));
+            shot.audios.push_back(recordingAt("/S/T" + number + ".wav", at - 5, 35));
+        }
+        shot.diagnose();
+        const auto card = shot.card(Kind::constantOffset);
+        ASSERT_EQ(card.has_value(), ahead != 0) << ahead;
+        if (!card) continue;
+        EXPECT_EQ(card->groupIDs.size(), 4U) << card->doubt.message;
+        const std::string cure = card->doubt.cure.text();
+        EXPECT_NE(cure.find("--exclude 'CAM_A' --exclude 'CAM_B/B0.mov'"), std::string::npos) << cure;
+        EXPECT_EQ(cure.starts_with("--sound-offset 01:00:00:00"), ahead == 3600) << cure;
+    }
+}
+
+/// Of two units, one whose sound the scan leaves out.
+TEST(ClockDoubts, LaysNoSoundOfAnotherUnitByAnOddOffset) {
+    for (const bool areUnits : {true, false}) {
+        Shot shot;
+        for (int i = 0; i < 5; ++i) {
+            const double at = 36000 + 400 * i + 13 * i * i;
+            const std::string number = std::to_string(i);
+            shot.videos.push_back(clipAt("/CAM/U1/A" + number + ".mov", at - 65, 15));
+            shot.videos.push_back(clipAt("/CAM/U2/B" + number + ".mov", at, 15));
+            shot.audios.push_back(
+                recordingAt((areUnits ? "/SND/U2/T" : "/SND/T") + number + ".wav", at - 5, 35));
+        }
+        shot.diagnose();
+        EXPECT_EQ(shot.count(Kind::constantOffset), areUnits ? 0 : 5);
+    }
+}
+
 TEST(ClockDoubts, LockedClipsSpeakForTheirClock) {
     Shot shot;
     for (int take = 0; take < 60; ++take) {

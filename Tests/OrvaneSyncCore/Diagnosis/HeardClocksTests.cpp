@@ -168,6 +168,36 @@ TEST(HeardClocks, AClockThatChangedWithinACardIsToldForThatPartAlone) {
     }
 }
 
+TEST(HeardClocks, ACameraThatWasSetAnewCostsNoOtherItsSound) {
+    for (const auto& [other, excluded, doubted] :
+         {std::tuple{std::optional(0.0), "--exclude 'CAM_B' --exclude 'CAM_A/A0.mov'", 3},
+          {std::optional(-1.98), "(--exclude 'S/T0.wav'", 3},
+          {std::optional<double>(), "--exclude 'CAM_B' --exclude 'CAM_A/A0.mov'", 6}}) {
+        Shot shot;
+        for (int i = 0; i < 6; ++i) {
+            const double at = 36000 + 410 * i + 17 * i * i;
+            for (const std::string camera : {"A", "B"})
+                shot.videos.push_back(
+                    clipAt("/CAM_" + camera + "/" + camera + std::to_string(i) + ".mov", at, 15));
+            shot.audios.push_back(recordingAt("/S/T" + std::to_string(i) + ".wav", at - 5, 35));
+        }
+        shot.diagnose();
+        std::unordered_map<UUID, HeardLag> lags;
+        for (const SyncGroup& group : shot.groups) {
+            const bool isLater = group.video.filename[1] >= '3', isA = group.video.filename[0] == 'A';
+            if (isA || other) lags[group.audioMatches.front().id] = {!isLater ? 0.02 : isA ? -1.98 : *other};
+        }
+        shot.doubts =
+            SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &lags});
+        const auto card = shot.card(Kind::constantOffset);
+        ASSERT_TRUE(card);
+        const std::string cure = card->doubt.cure.text();
+        EXPECT_TRUE(cure.starts_with("--sound-offset -00:00:02:00 in")) << "round: " << cure;
+        EXPECT_NE(cure.find(excluded), std::string::npos) << cure;
+        EXPECT_EQ(std::ssize(card->groupIDs), doubted) << card->doubt.message;
+    }
+}
+
 TEST(HeardClocks, OfSeveralRecordingsTheOneThatTheCameraHeardIsNamed) {
     struct Case {
         const char* heard; ///< what the message ends with

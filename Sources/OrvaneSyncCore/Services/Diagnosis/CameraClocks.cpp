@@ -1,8 +1,12 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
+#include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CommonOffset.h"
+#include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
+#include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandsAtTheRecorder.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Services/Diagnosis/SuspectedCards.h"
+#include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Stop.h"
@@ -20,11 +24,22 @@ using Kind = SyncDoubt::Kind;
 
 constexpr std::size_t mostOtherDays = 8; // of the recordings that are tried for a card, the nearest ones
 
+/// Clips of a card, and the recordings that may be theirs.
+struct CameraTrial {
+    const Card& card;
+    std::vector<const Shoot::Clip*> clips = {};   ///< without all of their sound
+    std::vector<const Shoot::Clip*> covered = {}; ///< by the same clock
+    bool isPart = false;                          ///< for other clips of the card the clock is right
+    std::optional<long> soundDay = {};            ///< of recordings that are tried on the card's day
+    std::vector<std::size_t> files = {};          ///< one of each recording
+    std::vector<FilePlace> sounds = {};           ///< of these
+};
+
 class CameraClocks {
   public:
     CameraClocks(const Shoot& shoot, const TimedClips& clips, const SuspectedCards& suspected,
-                 SyncDoubts& doubts)
-        : shoot_(shoot), clips_(clips.all), suspected_(suspected), doubts_(doubts),
+                 SyncDoubts& doubts, std::vector<SoundClaim>* toHear)
+        : shoot_(shoot), clips_(clips.all), suspected_(suspected), doubts_(doubts), toHear_(toHear),
           rate_(rateOfLabels(shoot)), cure_(shoot, rate_) {}
 
     void add() {
@@ -36,99 +51,168 @@ class CameraClocks {
 
   private:
     void offsetOf(const Card& card) {
-        std::vector<const Shoot::Clip*> clips, covered;
+        CameraTrial whole{card};
         for (const std::size_t file : card.files) {
             const Shoot::Clip& clip = shoot_.clips[file];
             if (clip.isDecided || clip.group->matchStatus.kind == MatchStatus::Kind::mos) continue;
             if (doubts_.has(clip.group->id, {Kind::constantOffset})) return;
-            (clip.isCovered ? covered : clips).push_back(&clip);
+            (clip.isCovered ? whole.covered : whole.clips).push_back(&clip);
         }
-        if (std::cmp_less(clips.size(), explanation::fewest)) return;
-        if (offsetOn(card, clips, covered, std::nullopt, chance::smallest) || !card.day) return;
+        if (std::cmp_less(whole.clips.size(), explanation::fewest)) return;
+        CameraTrial part = partOf(whole);
+        if (offsetOn(whole, chance::smallest) || offsetOn(part, chance::smallest) || !card.day) return;
         // The date of the camera may be wrong as well, though not where its own clips are of that day.
         std::vector<long> days;
         std::ranges::copy_if(suspected_.usedDays, std::back_inserter(days),
                              [&](long day) { return !card.isOf(day) && !isFilmedIn(card.folder, day); });
         std::ranges::stable_sort(days, {}, [&](long day) { return std::abs(day - *card.day); });
         days.resize(std::min(days.size(), mostOtherDays));
-        for (const long day : days)
-            if (offsetOn(card, clips, covered, day,
-                         chance::smallest * chance::smallest / static_cast<double>(days.size())))
+        for (const long day : days) {
+            whole.soundDay = day;
+            if (offsetOn(whole, chance::smallest * chance::smallest / static_cast<double>(days.size())))
                 return;
+        }
+    }
+    /// The clips without any sound, as long as those that have theirs lie before or behind all of them: by
+    /// their names, as a clock that is set goes back, too.
+    static CameraTrial partOf(const CameraTrial& whole) {
+        CameraTrial part{.card = whole.card, .isPart = true};
+        if (std::cmp_less(whole.covered.size(), explanation::fewest)) return part;
+        std::ranges::copy_if(whole.clips, std::back_inserter(part.clips),
+                             [](const Shoot::Clip* clip) { return clip->group->audioMatches.empty(); });
+        if (std::ranges::any_of(whole.covered, [&](const Shoot::Clip* clip) {
+                return !part.clips.empty() && clip > part.clips.front() && clip < part.clips.back();
+            }))
+            part.clips.clear();
+        return part;
     }
     bool isFilmedIn(const std::string& folder, long day) const {
         return std::ranges::any_of(clips_, [&](const Shoot::Clip* clip) {
             return clip->likelyDay() == day && folderOf(clip->group->video) == folder;
         });
     }
-    /// `soundDay`: of the recordings, which then are tried on the day of the card. Whether there is a doubt.
-    bool offsetOn(const Card& card, const std::vector<const Shoot::Clip*>& clips,
-                  const std::vector<const Shoot::Clip*>& covered, std::optional<long> soundDay,
-                  double mostChance) {
-        std::vector<FilePlace> sounds;
-        std::vector<std::size_t> files;
-        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
-            if (!suspected_.isSuspected[i] && (!soundDay || shoot_.recordings[i].place.day == soundDay))
-                files.push_back(i);
-        files = shoot_.wholes.oneOfEach(files);
-        for (const std::size_t file : files) {
-            sounds.push_back(shoot_.wholes.places[file]);
-            if (soundDay) sounds.back().day = card.day;
+    void findSounds(CameraTrial& trial) const {
+        // For a part, what lies right under clips of other cameras: no camera filmed a take two times.
+        std::vector<bool> isTried(shoot_.recordings.size(), !trial.isPart);
+        if (trial.isPart) {
+            for (const Shoot::Clip* clip : clips_)
+                if (clip->isCovered && clip->primary) isTried[shoot_.wholes.firstOf[*clip->primary]] = true;
+            for (const std::size_t file : trial.card.files)
+                if (const auto& own = shoot_.clips[file].primary)
+                    isTried[shoot_.wholes.firstOf[*own]] = false;
         }
+        trial.files.clear();
+        trial.sounds.clear();
+        for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
+            if (!suspected_.isSuspected[i] && isTried[shoot_.wholes.firstOf[i]] &&
+                (!trial.soundDay || shoot_.recordings[i].place.day == trial.soundDay))
+                trial.files.push_back(i);
+        trial.files = shoot_.wholes.oneOfEach(trial.files);
+        for (const std::size_t file : trial.files) {
+            trial.sounds.push_back(shoot_.wholes.places[file]);
+            if (trial.soundDay) trial.sounds.back().day = trial.card.day;
+        }
+    }
+    /// Whether there is a doubt.
+    bool offsetOn(CameraTrial& trial, double mostChance) {
+        if (std::cmp_less(trial.clips.size(), explanation::fewest)) return false;
+        findSounds(trial);
         const auto common = commonOffset(
-            clips, sounds,
+            trial.clips, trial.sounds,
             [](double, const std::vector<const Shoot::Clip*>& looked) { return looked.size(); }, mostChance,
             rate_);
         // By more than a day, it is the date that is wrong first; by nothing, the date alone.
-        if (!common || std::abs(common->seconds) >= secondsADay ||
-            std::abs(common->seconds) <= coverSlackSeconds)
-            return false;
+        return common && std::abs(common->seconds) < secondsADay &&
+               std::abs(common->seconds) > coverSlackSeconds && addOffset(trial, *common);
+    }
+    /// Whether the recording is the sound of clips to which it is nearer: those of its own unit.
+    bool isOfOtherUnit(const Shoot::Clip& clip, std::size_t whole) const {
+        const MediaAsset& sound = *shoot_.recordings[whole].asset;
+        const auto own = UnitNearness::of(clip.group->video, sound);
+        return std::ranges::any_of(clips_, [&](const Shoot::Clip* other) {
+            return other->isCovered && other->primary && shoot_.wholes.firstOf[*other->primary] == whole &&
+                   UnitNearness::of(other->group->video, sound) > own;
+        });
+    }
+    bool addOffset(const CameraTrial& trial, const CommonOffset& common) {
         std::set<std::size_t> used;
         std::vector<const Shoot::Clip*> found;
         HandsAtTheRecorder hands;
-        for (const Shoot::Clip* clip : clips) {
-            const auto sound = std::ranges::find_if(sounds, [&](const FilePlace& place) {
+        ClaimedOffset claimed(shoot_, common.widthSeconds / 2);
+        std::size_t ofOtherUnits = 0;
+        for (const Shoot::Clip* clip : trial.clips) {
+            const auto sound = std::ranges::find_if(trial.sounds, [&](const FilePlace& place) {
                 const auto window = windowOf(*clip, place, 0);
-                return window && window->first <= common->seconds && common->seconds <= window->last;
+                return window && window->first <= common.seconds && common.seconds <= window->last;
             });
-            if (sound == sounds.end()) continue;
+            if (sound == trial.sounds.end()) continue;
             found.push_back(clip);
-            const double apart = secondsApart(*clip, *sound).value_or(0), into = apart - common->seconds;
-            if (!soundDay)
+            const std::size_t file = trial.files[static_cast<std::size_t>(sound - trial.sounds.begin())];
+            const double apart = secondsApart(*clip, *sound).value_or(0), into = apart - common.seconds;
+            if (!trial.soundDay)
                 hands.add({apart, apart + clip->place->range.durationSeconds()},
                           {0, sound->range.durationSeconds()});
-            used.insert(shoot_.wholes.partAt(files[static_cast<std::size_t>(sound - sounds.begin())], into));
+            const std::size_t part = shoot_.wholes.partAt(file, into);
+            used.insert(part);
+            claimed.add(*clip, part, shoot_.wholes.startsAt[part] - into);
+            if (isOfOtherUnit(*clip, shoot_.wholes.firstOf[file])) ++ofOtherUnits;
         }
+        const auto matched = static_cast<double>(found.size());
+        const bool isGuess = common.isGuess(rate_);
         if (std::cmp_less(used.size(), explanation::fewest) ||
-            static_cast<double>(found.size()) <= explanation::clearly * static_cast<double>(covered.size()) ||
-            hands.explain(*common))
+            matched <= explanation::clearly * static_cast<double>(trial.covered.size()) ||
+            (isGuess && static_cast<double>(ofOtherUnits) >= explanation::majority * matched))
             return false;
-        const std::size_t matched = found.size();
-        found.insert(found.end(), covered.begin(), covered.end());
-        std::ranges::sort(found); // in the order of the clips
-        const Card scan{
-            card.folder, soundDay ? card.day : std::nullopt, {}, soundDay ? *card.day - *soundDay : 0};
-        addCardDoubt(
-            doubts_,
-            {Kind::constantOffset,
-             "the clips in '" + card.folder + "' are " +
-                 (soundDay ? "dated " + dayText(*card.day) + " instead of " + dayText(*soundDay) + " and "
-                           : std::string()) +
-                 spanText(std::abs(common->seconds)) + (common->seconds > 0 ? " late" : " early") +
-                 " against recordings that fit other clips: with these moved by that, " +
-                 std::to_string(matched) + " of " + counted(clips.size(), "clip", "clips") +
-                 " without all of their sound would match" + common->knownTo(rate_),
-             cure_.of(scan, common->seconds).in(cure_.scanOfClips(scan)) +
-                 (soundDay ? " if a clap shows it, else look for the sound of " + dayText(*card.day) : "") +
-                 common->clapAfter(rate_)},
-            found);
+        const auto heard = common.heardClips == 0 ? claimed.heard(toHear_)
+                                                  : ClaimedOffset::Heard{.clips = common.heardClips};
+        if (heard.isRefuted && (isGuess || trial.isPart)) return false;
+        if (heard.correctionSeconds &&
+            (isGuess || std::abs(*heard.correctionSeconds) >= leastByHandSeconds) &&
+            addOffset(trial, heard.corrected(common.seconds, rate_)))
+            return true;
+        if (!heard.isConfirmed() && hands.explain(common)) return false;
+        tell(trial, common, heard, found);
         return true;
+    }
+    void tell(const CameraTrial& trial, const CommonOffset& common, const ClaimedOffset::Heard& heard,
+              std::vector<const Shoot::Clip*> found) {
+        const Card& card = trial.card;
+        const auto nameOf = [&](const Shoot::Clip* clip) { return shoot_.nameOf(clip->group->video); };
+        std::string text =
+            "the clips in '" + card.folder + "' " +
+            (trial.isPart ? "from " + nameOf(trial.clips.front()) + " to " + nameOf(trial.clips.back()) + " "
+                          : "") +
+            "are ";
+        if (trial.soundDay)
+            text += "dated " + dayText(*card.day) + " instead of " + dayText(*trial.soundDay) + " and ";
+        text += spanText(std::abs(common.seconds)) + (common.seconds > 0 ? " late" : " early") +
+                " against recordings that fit other clips: with these moved by that, " +
+                std::to_string(found.size()) + " of " + counted(trial.clips.size(), "clip", "clips") +
+                " without all of their sound would match";
+        if (heard.isConfirmed())
+            text += "; the microphones of the cameras heard their sound there in " +
+                    counted(heard.clips, "clip", "clips");
+        const Card scan{card.folder,
+                        trial.soundDay ? card.day : std::nullopt,
+                        {},
+                        trial.soundDay ? *card.day - *trial.soundDay : 0};
+        DoubtCure cure =
+            cure_.of(scan, common.seconds)
+                .in(trial.isPart ? cure_.scanOfClipsBetween(*trial.clips.front(), *trial.clips.back())
+                                 : cure_.scanOfClips(scan)) +
+            (trial.soundDay ? " if a clap shows it, else look for the sound of " + dayText(*card.day) : "") +
+            common.clapAfter(rate_);
+        if (heard.isUnasked && common.isOdd()) cure = cureWords::listenFirst;
+        found.insert(found.end(), trial.covered.begin(), trial.covered.end());
+        std::ranges::sort(found); // in the order of the clips
+        addCardDoubt(doubts_, {Kind::constantOffset, text + common.knownTo(rate_), std::move(cure)}, found);
     }
 
     const Shoot& shoot_;
     const std::vector<const Shoot::Clip*>& clips_;
     const SuspectedCards& suspected_;
     SyncDoubts& doubts_;
+    std::vector<SoundClaim>* toHear_;
     const TimecodeFrameRate rate_;
     const OffsetCure cure_;
 };
@@ -136,8 +220,8 @@ class CameraClocks {
 } // namespace
 
 void addCameraClockDoubts(const Shoot& shoot, const TimedClips& clips, const SuspectedCards& suspected,
-                          SyncDoubts& doubts) {
-    CameraClocks(shoot, clips, suspected, doubts).add();
+                          SyncDoubts& doubts, std::vector<SoundClaim>* toHear) {
+    CameraClocks(shoot, clips, suspected, doubts, toHear).add();
 }
 
 } // namespace orvane

@@ -316,7 +316,7 @@ void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts, std::vector<SoundCla
         addRateDoubt(shoot, clips, doubts))
         return;
     clocks.add(false);
-    addCameraClockDoubts(shoot, clips, clocks.suspected(), doubts);
+    addCameraClockDoubts(shoot, clips, clocks.suspected(), doubts, toHear);
     clocks.add(true);
     if (clips.uncovered.empty()) return;
     addRepeatDoubts(shoot, clips, doubts);

@@ -262,7 +262,7 @@ class HeardOffsets {
         };
         const auto parts = movedParts(shoot_, card);
         if (parts.empty() || isDrifting()) return false;
-        for (const MovedPart& part : parts) addMovedPart(shoot_, cure_, rate_, key, part, doubts_);
+        for (const MovedPart& part : parts) addMovedPart(shoot_, cards_, key, part, doubts_);
         return true;
     }
 

@@ -1,13 +1,16 @@
 #include "OrvaneSyncCore/Services/Diagnosis/MovedParts.h"
 
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/RateText.h"
+#include "Platform/Text.h"
 
 #include <algorithm>
 #include <cmath>
 #include <iterator>
-#include <limits>
+#include <string>
+#include <utility>
 
 namespace orvane {
 
@@ -46,6 +49,46 @@ std::vector<Run> runsOf(const Shoot& shoot, std::vector<Sounding> soundings) {
     return runs;
 }
 
+bool isIn(const Shoot& shoot, const MovedPart& part, std::size_t recording) {
+    const double start = startOf(shoot, recording);
+    return (!part.first || start >= startOf(shoot, *part.first)) &&
+           (!part.behind || start < startOf(shoot, *part.behind));
+}
+
+/// What the other cameras know of the recordings of a part.
+struct OtherCameras {
+    bool hasOwnTime = false;       ///< one heard them at another distance
+    std::vector<std::string> deaf; ///< folders of those that heard nothing, where none heard them
+    std::vector<const Shoot::Clip*> deafClips;
+};
+OtherCameras othersOf(const Shoot& shoot, const std::map<CameraAndCard, HandledClips>& cards,
+                      const CameraAndCard& key, const MovedPart& part) {
+    OtherCameras others;
+    bool areAgreed = false;
+    for (const auto& [other, card] : cards) {
+        if (other == key || std::get<1>(other) != std::get<1>(key) || std::get<2>(other) != std::get<2>(key))
+            continue;
+        bool isHeard = false;
+        for (const Sounding& one : card.soundings()) {
+            if (!isIn(shoot, part, *one.clip->primary)) continue;
+            isHeard = true;
+            (std::abs(one.seconds - part.seconds) <= agreeingByHandSeconds ? areAgreed : others.hasOwnTime) =
+                true;
+        }
+        const auto before = others.deafClips.size();
+        if (!isHeard)
+            std::ranges::copy_if(card.unmoved, std::back_inserter(others.deafClips),
+                                 [&](const Shoot::Clip* clip) { return isIn(shoot, part, *clip->primary); });
+        if (others.deafClips.size() > before)
+            others.deaf.push_back("'" + std::string(std::get<0>(other)) + "'");
+    }
+    if (areAgreed) {
+        others.deaf.clear();
+        others.deafClips.clear();
+    }
+    return others;
+}
+
 } // namespace
 
 std::vector<MovedPart> movedParts(const Shoot& shoot, const HandledClips& card) {
@@ -63,45 +106,68 @@ std::vector<MovedPart> movedParts(const Shoot& shoot, const HandledClips& card) 
                        .isElsewhere = std::ranges::any_of(run, &Sounding::isElsewhere)};
         if (i > 0) part.first = run.front().clip->primary;
         if (i + 1 < runs.size()) part.behind = runs[i + 1].front().clip->primary;
-        for (const Shoot::Clip* clip : card.unmoved) {
-            const double start = startOf(shoot, clip);
-            if ((!part.first || start >= startOf(shoot, *part.first)) &&
-                (!part.behind || start < startOf(shoot, *part.behind)))
-                part.clips.push_back(clip);
-        }
+        for (const Shoot::Clip* clip : card.unmoved)
+            if (isIn(shoot, part, *clip->primary)) part.clips.push_back(clip);
         if (!part.clips.empty()) parts.push_back(std::move(part));
     }
     return parts;
 }
 
-void addMovedPart(const Shoot& shoot, const OffsetCure& cure, TimecodeFrameRate rate,
+void addMovedPart(const Shoot& shoot, const std::map<CameraAndCard, HandledClips>& cards,
                   const CameraAndCard& key, const MovedPart& part, SyncDoubts& doubts) {
     const auto& [camera, recorder, day] = key;
+    const TimecodeFrameRate rate = rateOfLabels(shoot);
+    const OffsetCure cure(shoot, rate);
     Card sound{std::string(recorder), day, {}};
     findRecorder(sound, part.clips);
-    const double from = part.first ? startOf(shoot, *part.first) : -std::numeric_limits<double>::infinity();
-    const double to = part.behind ? startOf(shoot, *part.behind) : std::numeric_limits<double>::infinity();
     for (std::size_t i = 0; i < shoot.recordings.size(); ++i)
-        if (isOn(sound, shoot, *shoot.recordings[i].asset) && startOf(shoot, i) >= from &&
-            startOf(shoot, i) < to)
-            sound.files.push_back(i);
-    const auto [first, last] = std::ranges::minmax(
-        sound.files, {}, [&](std::size_t file) { return onLine(shoot.recordings[file].place).startSeconds; });
-    const auto nameOf = [&](std::size_t file) { return shoot.nameOf(*shoot.recordings[file].asset); };
+        if (isOn(sound, shoot, *shoot.recordings[i].asset) && isIn(shoot, part, i)) sound.files.push_back(i);
+    const OtherCameras others = othersOf(shoot, cards, key, part);
+    const bool isOfCamera = others.hasOwnTime || !others.deaf.empty();
+    const HeardClock clock = heardClock(part.seconds, rate);
+    const bool isSoundLate = part.seconds < 0;
+    std::string text = "the microphones of the cameras heard " +
+                       std::string(part.isElsewhere ? "other sound in " : "the sound of ") +
+                       counted(part.count, "clip", "clips") + " in '" + std::string(camera) +
+                       (part.isElsewhere ? "' than '" + std::string(recorder) + "' has under them"
+                                         : "' elsewhere than '" + std::string(recorder) + "' has it");
+    DoubtCure moved(CureOption::Kind::soundOffset,
+                    offsetText(clock.seconds + shoot.input.rules.soundOffsetSeconds, rate));
+    const char* clap = clock.isRound ? "" : checkAClap;
+    if (!isOfCamera) {
+        const auto [first, last] = std::ranges::minmax(sound.files, {}, [&](std::size_t file) {
+            return onLine(shoot.recordings[file].place).startSeconds;
+        });
+        const auto nameOf = [&](std::size_t file) { return shoot.nameOf(*shoot.recordings[file].asset); };
+        text += ": its recordings " + nameOf(first) + " to " + nameOf(last) + " are " +
+                spanText(std::abs(clock.seconds)) + (isSoundLate ? " late" : " early") + " against the clips";
+        addCardDoubt(doubts,
+                     {SyncDoubt::Kind::constantOffset, std::move(text),
+                      std::move(moved).in(cure.scanOfRecordings(sound, true)) + clap},
+                     part.clips);
+        return;
+    }
+    // Without a bound, the part goes on to the camera's first clip or its last one.
+    const Shoot::Clip *first = part.clips.front(), *last = part.clips.back();
+    for (const Shoot::Clip& clip : shoot.clips) {
+        if (folderOf(clip.group->video) != camera) continue;
+        if (!part.first) first = std::min(first, &clip);
+        if (!part.behind) last = std::max(last, &clip);
+    }
+    text += ": the clips " + shoot.nameOf(part.clips.front()->group->video) + " to " +
+            shoot.nameOf(part.clips.back()->group->video) + " are " + spanText(std::abs(clock.seconds)) +
+            (isSoundLate ? " early" : " late") + " against the recordings";
+    std::vector<const Shoot::Clip*> doubted = part.clips;
+    if (!others.hasOwnTime) {
+        text += ", or these are wrong by that: the clips in " + platform::text::joined(others.deaf, ", ") +
+                " have the same recordings and could not be heard";
+        doubted.insert(doubted.end(), others.deafClips.begin(), others.deafClips.end());
+        std::ranges::sort(doubted); // in the order of the clips
+    }
     addCardDoubt(doubts,
-                 {SyncDoubt::Kind::constantOffset,
-                  "the microphones of the cameras heard " +
-                      std::string(part.isElsewhere ? "other sound in " : "the sound of ") +
-                      counted(part.count, "clip", "clips") + " in '" + std::string(camera) +
-                      (part.isElsewhere ? "' than '" + std::string(recorder) + "' has under them"
-                                        : "' elsewhere than '" + std::string(recorder) + "' has it") +
-                      ": its recordings " + nameOf(first) + " to " + nameOf(last) + " are " +
-                      spanText(std::abs(part.seconds)) + (part.seconds < 0 ? " late" : " early") +
-                      " against the clips",
-                  DoubtCure(CureOption::Kind::soundOffset,
-                            offsetText(part.seconds + shoot.input.rules.soundOffsetSeconds, rate))
-                      .in(cure.scanOfRecordings(sound, true))},
-                 part.clips);
+                 {SyncDoubt::Kind::constantOffset, std::move(text),
+                  std::move(moved).in(cure.scanOfClipsBetween(*first, *last, &sound)) + clap},
+                 doubted);
 }
 
 } // namespace orvane

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
-#include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -24,8 +24,10 @@ struct MovedPart {
 /// Empty where all clips were heard at one distance, and where that changes so often that no clock was set.
 std::vector<MovedPart> movedParts(const Shoot& shoot, const HandledClips& card);
 
-/// Doubts the part's clips; its cure moves the recordings of that part alone.
-void addMovedPart(const Shoot& shoot, const OffsetCure& cure, TimecodeFrameRate rate,
+/// Doubts the part's clips. Its cure moves the recordings of that part alone, and where other cameras have
+/// them as well and did not hear the same, under these clips alone: it may be this camera that was set.
+/// `key`: one of `cards`.
+void addMovedPart(const Shoot& shoot, const std::map<CameraAndCard, HandledClips>& cards,
                   const CameraAndCard& key, const MovedPart& part, SyncDoubts& doubts);
 
 } // namespace orvane

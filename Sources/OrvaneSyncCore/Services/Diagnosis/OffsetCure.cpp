@@ -77,4 +77,18 @@ std::optional<CureScan> OffsetCure::scanOfClips(const Card& card) const {
                        "these clips");
 }
 
+std::optional<CureScan> OffsetCure::scanOfClipsBetween(const Shoot::Clip& first, const Shoot::Clip& last,
+                                                       const Card* sound) const {
+    const std::string_view folder = folderOf(first.group->video);
+    std::set<UUID> own;
+    for (const Shoot::Clip& clip : shoot_.clips)
+        if (&clip >= &first && &clip <= &last && folderOf(clip.group->video) == folder)
+            own.insert(clip.group->video.id);
+    const auto isOther = [&](const MediaAsset& file) {
+        return file.kind == AssetKind::video ? !own.contains(file.id)
+                                             : sound != nullptr && !isOn(*sound, shoot_, file);
+    };
+    return scanWithout(LeavingOut(shoot_).of(isOther, true), "these clips");
+}
+
 } // namespace orvane

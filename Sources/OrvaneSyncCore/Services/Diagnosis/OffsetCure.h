@@ -27,6 +27,9 @@ class OffsetCure {
     std::string forOtherSound(const Card& card) const;
     /// With a day, without recordings of others than that from which the card is moved.
     std::optional<CureScan> scanOfClips(const Card& card) const;
+    /// For the clips of one folder from the first to the last; with a card, for its recordings alone.
+    std::optional<CureScan> scanOfClipsBetween(const Shoot::Clip& first, const Shoot::Clip& last,
+                                               const Card* sound = nullptr) const;
 
   private:
     const Shoot& shoot_;

@@ -29,8 +29,9 @@ struct SuspectedCards {
     std::set<long> usedDays;       ///< of the recordings that lie right
 };
 
-/// Clocks of cameras against recordings that lie right under the clips of others.
+/// Clocks of cameras, or from some clip on or up to it, against recordings that lie right under the clips of
+/// others. `toHear` as of `addClockDoubts`.
 void addCameraClockDoubts(const Shoot& shoot, const TimedClips& clips, const SuspectedCards& suspected,
-                          SyncDoubts& doubts);
+                          SyncDoubts& doubts, std::vector<SoundClaim>* toHear);
 
 } // namespace orvane

@@ -398,6 +398,27 @@ TEST(ClockDoubts, TakesHandsAtTheRecorderForNoClock) {
     }
 }
 
+TEST(ClockDoubts, AnOffsetThatTimecodeTellsRoughlyStaysInDoubtUntilItIsChecked) {
+    const auto late = [](double seconds) {
+        Shot shot;
+        for (int i = 0; i < 5; ++i) {
+            const double at = 36000 + 400 * i + 11 * i * i;
+            shot.videos.push_back(clipAt("/CAM/A" + std::to_string(i) + ".mov", at, 10));
+            shot.audios.push_back(recordingAt("/S/T" + std::to_string(i) + ".wav", at - 5 + seconds, 20));
+        }
+        return shot;
+    };
+    for (const auto& [seconds, given, doubted] :
+         {std::tuple{40.0, -38.0, 5}, {3600.0, -3600.0, 0}, {1800.0, -1800.0, 0}}) {
+        Shot shot = late(seconds);
+        shot.diagnose({.soundOffsetSeconds = given});
+        EXPECT_EQ(shot.count(Kind::constantOffset), doubted) << given;
+        shot.locksWhatIsHeard = true;
+        shot.diagnose({.soundOffsetSeconds = given});
+        EXPECT_EQ(shot.count(Kind::constantOffset), 0) << given;
+    }
+}
+
 /// A camera whose clock was set anew in the middle of its card, beside one that is right.
 TEST(ClockDoubts, TellsOfTheClipsFromWhichOnACamerasClockIsWrong) {
     for (const double ahead : {3600.0, -50.0, 0.0}) {

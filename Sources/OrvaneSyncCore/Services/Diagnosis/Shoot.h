@@ -158,6 +158,8 @@ void addHeardOffsets(const Shoot& shoot, SyncDoubts& doubts);
 void addUnheardSound(const Shoot& shoot, SyncDoubts& doubts);
 /// Long recordings that lie nowhere, beside clips whose cameras heard them.
 void addLoneRecordings(const Shoot& shoot, SyncDoubts& doubts);
+/// That an offset was given which timecode tells roughly, and nobody checked: so after those above.
+void addGivenOffset(const Shoot& shoot, SyncDoubts& doubts);
 /// Recordings that the cameras heard, of clips that no timecode leads to them.
 void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts);
 /// Of clips of which the above says nothing.

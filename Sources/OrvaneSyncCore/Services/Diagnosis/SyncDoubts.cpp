@@ -27,6 +27,7 @@ SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) 
     addOffsetsByHand(shoot, doubts);
     addHeardOffsets(shoot, doubts);
     addUnheardSound(shoot, doubts);
+    addGivenOffset(shoot, doubts);
     return doubts;
 }
 

@@ -1,0 +1,74 @@
+#include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/CommonOffset.h"
+#include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+#include "Platform/Stop.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <vector>
+
+namespace orvane {
+
+namespace {
+
+/// Hours and half hours, also as labels count them, are what a clock was wrong by, and no guess.
+bool isOfAWrongHour(double seconds, TimecodeFrameRate rate) {
+    const double aFrame = 1 / timecodeRate::frameRateForRealTimeCalculation(rate);
+    return std::ranges::any_of(std::array{niceOffsetStepSeconds, labelSeconds(niceOffsetStepSeconds, rate)},
+                               [&](double step) { return std::abs(std::remainder(seconds, step)) < aFrame; });
+}
+
+/// Whether people or microphones say where the clip's sound lies.
+bool isChecked(const Shoot& shoot, const Shoot::Clip& clip) {
+    if (clip.isDecided || clip.group->manualAudioOffsetSeconds != 0) return true;
+    const auto* heard = shoot.input.heardLags;
+    return heard != nullptr && heard->contains(clip.group->audioMatches.front().id);
+}
+
+} // namespace
+
+void addGivenOffset(const Shoot& shoot, SyncDoubts& doubts) {
+    const double given = shoot.input.rules.soundOffsetSeconds;
+    const TimecodeFrameRate rate = rateOfLabels(shoot);
+    if (given == 0 || isOfAWrongHour(given, rate)) return;
+    std::vector<const Shoot::Clip*> clips;
+    std::vector<OffsetWindow> windows;
+    int checked = 0, audible = 0;
+    platform::StopCheck check(shoot.stop);
+    for (const Shoot::Clip& clip : shoot.clips) {
+        check();
+        if (!clip.place || !clip.primary || clip.group->isExcludedFromExport) continue;
+        if (isChecked(shoot, clip)) {
+            ++checked;
+            continue;
+        }
+        if (!clip.isCovered) continue;
+        if (doubts.has(clip.group->id, {SyncDoubt::Kind::constantOffset, SyncDoubt::Kind::timecodeRate}))
+            return;
+        if (isAudible(clip)) ++audible;
+        const FilePlace& sound = shoot.wholes.places[*clip.primary];
+        if (const auto window = windowOf(clip, sound, clips.size())) {
+            windows.push_back(*window);
+            clips.push_back(&clip);
+        }
+    }
+    // Where nobody listened to clips that have sound, 'diagnose' does first.
+    const bool isUnasked = shoot.input.heardLags == nullptr && audible >= explanation::fewest;
+    if (checked >= explanation::fewest || isUnasked || std::cmp_less(clips.size(), explanation::fewest))
+        return;
+    const CommonOffset known{given, deepest(windows, clips.size()).likelyWidthSeconds};
+    if (!known.isGuess(rate)) return;
+    addCardDoubt(doubts,
+                 {SyncDoubt::Kind::constantOffset,
+                  "the sound of " + counted(clips.size(), "clip", "clips") + " lies by an offset of " +
+                      spanText(std::abs(given)) + " that only timecode suggests" + known.knownTo(rate),
+                  DoubtCure::Words{"check a clap, give the offset that it shows as --sound-offset, and lock "
+                                   "three clips that are right",
+                                   "check a clap, move three clips by hand, and lock those that are right"}},
+                 clips);
+}
+
+} // namespace orvane

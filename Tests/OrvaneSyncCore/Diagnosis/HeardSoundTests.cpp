@@ -1,0 +1,138 @@
+#include "Shot.h"
+
+namespace orvane::test::doubts {
+namespace {
+
+/// Eight clips, an hour and a half apart, each with the recordings of these folders.
+struct HeardShot : Shot {
+    std::unordered_map<UUID, HeardLag> lags;
+    std::unordered_map<UUID, HeardElsewhere> elsewhere;
+    HeardClaims claims;
+    std::unordered_set<UUID> unheard;
+
+    explicit HeardShot(const std::vector<std::string>& sound) {
+        for (int i = 0; i < 8; ++i) {
+            const double at = 25200 + 5400 * i;
+            videos.push_back(clipAt("/CAM/A" + std::to_string(i) + ".mov", at, 15));
+            videos.back().channelCount = 2;
+            for (const std::string& folder : sound)
+                audios.push_back(recordingAt(folder + std::to_string(i) + ".wav", at - 5, 35));
+        }
+    }
+    void match() { groups = SyncEngine().match(videos, audios, MatchRules()); }
+    void hear() {
+        doubts = SyncDoubts::of({.groups = groups,
+                                 .recordings = audios,
+                                 .rules = {},
+                                 .trimMode = TrimMode::noTrim,
+                                 .smartAudioResults = {},
+                                 .names = FileNames(),
+                                 .heardLags = &lags,
+                                 .heardElsewhere = &elsewhere,
+                                 .heardClaims = &claims,
+                                 .unheard = &unheard});
+    }
+    const UUID& match(std::size_t clip) const { return groups[clip].audioMatches.front().id; }
+};
+
+TEST(HeardSound, AClockThatRunsFastIsToldWithTheOffsetOfEachClip) {
+    struct Case {
+        const char* name;
+        double perSecond, jitter;
+        int told;
+    };
+    for (const Case& one : {Case{"50 ppm", -5e-5, 0.02, 8},
+                            {"no drift", 0, 0.02, 0},
+                            {"no line", -5e-5, 0.6, 0},
+                            {"too little", -2e-6, 0.02, 0}}) {
+        HeardShot shot({"/S/T"});
+        shot.match();
+        for (const std::size_t i : {0, 2, 4, 5, 7})
+            shot.lags[shot.match(i)] = {one.perSecond * 5400 * static_cast<double>(i) +
+                                        (i % 2 == 0 ? one.jitter : 0)};
+        shot.hear();
+        EXPECT_EQ(shot.count(Kind::drift), one.told) << one.name;
+        EXPECT_EQ(shot.count(Kind::constantOffset), 0) << one.name;
+        if (one.told == 0) continue;
+        const SyncDoubt& last = shot.doubts.byGroup[shot.groups[6].id].front();
+        ASSERT_TRUE(last.suggestion);
+        EXPECT_NEAR(last.suggestion->offsetSeconds, one.perSecond * 5400 * 6, 0.05);
+        EXPECT_NE(last.message.find("51 parts in a million"), std::string::npos) << last.message;
+    }
+}
+
+TEST(HeardSound, OtherSoundThanWhatLiesUnderTheClipsIsToldUnlessACameraHeardIt) {
+    struct Case {
+        const char *clipDay, *soundDay;
+        int unheard, heard;
+        int otherDay, otherDate;
+    };
+    for (const Case& one : {Case{nullptr, nullptr, 3, 0, 8, 0},
+                            {nullptr, nullptr, 2, 0, 0, 0},
+                            {nullptr, nullptr, 3, 1, 0, 0},
+                            {"2024-05-17", "2024-05-18", 3, 0, 8, 8},
+                            {"2024-05-17", "2024-05-18", 0, 0, 8, 8},
+                            {"2024-05-17", "2024-05-18", 0, 4, 0, 0}}) {
+        HeardShot shot({"/S/T"});
+        if (one.clipDay != nullptr) shot.date(shot.videos, one.clipDay);
+        if (one.soundDay != nullptr) shot.date(shot.audios, one.soundDay);
+        shot.match();
+        int number = 0;
+        for (; number < one.unheard; ++number)
+            shot.unheard.insert(shot.match(static_cast<std::size_t>(number)));
+        for (; number < one.unheard + one.heard; ++number)
+            shot.lags[shot.match(static_cast<std::size_t>(number))] = {0.04};
+        shot.hear();
+        EXPECT_EQ(shot.count(Kind::otherDay), one.otherDay) << number;
+        EXPECT_EQ(shot.count(Kind::otherDateFits), one.otherDate) << number;
+        if (one.otherDate > 0) {
+            EXPECT_EQ(shot.card(Kind::otherDateFits)->doubt.cure.firstWay() != nullptr, one.unheard == 0);
+        }
+    }
+}
+
+TEST(HeardSound, OfTwoRecordersTheOneThatWasHeardStays) {
+    for (const int heard : {-1, 0, 1, 2}) { // none, the first, the other, both
+        HeardShot shot({"/S/BAG/B", "/S/CART/T"});
+        shot.date(shot.videos, "2024-05-17");
+        shot.date(shot.audios, "2024-05-17");
+        shot.match();
+        for (const SyncGroup& group : shot.groups)
+            for (std::size_t i = 0; i < group.audioMatches.size(); ++i) {
+                const AudioMatch& match = group.audioMatches[i];
+                const bool isHeard = std::cmp_equal(heard, i) || heard == 2;
+                shot.claims[SoundClaim{group.id, match.audio->id, match.syncOffsetSeconds, 0}.key()] = {
+                    isHeard ? std::optional(match.syncOffsetSeconds) : std::nullopt, true};
+            }
+        shot.hear();
+        EXPECT_EQ(shot.count(Kind::ambiguous), 8) << heard;
+        const CureWay* way = shot.doubts.byGroup[shot.groups[0].id].front().cure.firstWay();
+        ASSERT_EQ(way != nullptr, heard == 0 || heard == 1) << heard;
+        if (way != nullptr) {
+            EXPECT_EQ(way->options.front().value, heard == 0 ? "CART" : "BAG");
+        }
+    }
+}
+
+TEST(HeardSound, ALongRecordingThatLiesNowhereIsToldByTheClipsThatHeardIt) {
+    for (const int heard : {2, 3, 4}) {
+        HeardShot shot({"/S/T"});
+        MediaAsset lav(FileURL{"/LAV/L.wav"}, AssetKind::audio); // without timecode
+        lav.durationSeconds = 9000;
+        shot.audios.push_back(lav);
+        shot.match();
+        int number = 0;
+        for (const std::size_t i : {0, 2, 4, 6})
+            shot.claims[SoundClaim{shot.groups[i].id, shot.audios.back().id, 0, 0}.key()] = {
+                number++ < heard ? std::optional(-1000.0 - 5400 * static_cast<double>(i)) : std::nullopt,
+                true};
+        shot.hear();
+        EXPECT_EQ(shot.count(Kind::constantOffset), heard < 3 ? 0 : 2) << heard << ": of the clips within it";
+        if (heard >= 3) {
+            EXPECT_NE(shot.card(Kind::constantOffset)->doubt.message.find("06:43:20"), std::string::npos);
+        }
+    }
+}
+
+} // namespace
+} // namespace orvane::test::doubts

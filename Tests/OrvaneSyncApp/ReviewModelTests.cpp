@@ -317,6 +317,8 @@ TEST_F(ReviewModelTest, theFullscreenWindowFollowsTheScreensAndItsKeys) {
     EXPECT_TRUE(hit("k"));
     EXPECT_EQ(player().rate(), 0);
     EXPECT_FALSE(hit("c"));
+    for (const char* key : {"l", "space", "f", "arrowLeft"})
+        EXPECT_FALSE(hit(key, ModifierSet::command)) << key << " with Control is another key";
     EXPECT_TRUE(hit("f"));
     EXPECT_EQ(open, 0U);
     EXPECT_EQ(screenLabel({"Laptop", 1920, 1080, true}), "Laptop, 1920×1080 (Main)");

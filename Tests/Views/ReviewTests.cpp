@@ -299,10 +299,30 @@ TEST_F(ReviewTest, LensAndFullscreenShowTheSamePicture) {
     for (QWidget* top : QApplication::topLevelWidgets())
         if (FullscreenWindow::isOne(top) && top->isVisible()) full = top;
     ASSERT_NE(full, nullptr);
+    full->activateWindow();
+    ASSERT_TRUE(waitUntil([&] { return QApplication::activeWindow() == full; }));
     QTest::keyClick(full, Qt::Key_Space);
     EXPECT_TRUE(engine().transport().isPlaying);
     QTest::keyClick(full, Qt::Key_Period);
     EXPECT_NE(clip(0).manualAudioOffsetSeconds, 0) << "its other keys are those of the review";
+    QCoreApplication::processEvents();
+    QTest::keyClick(full, Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(clip(0).manualAudioOffsetSeconds, 0) << "and of the menus";
+    QTest::keyClick(full, Qt::Key_L, Qt::ControlModifier);
+    EXPECT_TRUE(clip(0).isLocked);
+    EXPECT_TRUE(engine().transport().isPlaying);
+    auto* keys = full->findChild<QWidget*>(QStringLiteral("keyOverlay"));
+    QTest::keyClick(full, Qt::Key_Question);
+    EXPECT_TRUE(keys->isVisible());
+    QTest::keyClick(full, Qt::Key_Question);
+    EXPECT_FALSE(keys->isVisible());
+    QTest::keyClick(full, Qt::Key_BracketRight);
+    const auto says = [&](const char* name) {
+        const auto all = full->findChildren<QWidget*>();
+        return std::ranges::any_of(
+            all, [&](const auto* one) { return one->accessibleName().startsWith(QLatin1String(name)); });
+    };
+    EXPECT_TRUE(waitUntil([&] { return says("B001C001"); })) << "the caption follows the clip";
     QTest::keyClick(full, Qt::Key_Escape);
     EXPECT_TRUE(waitUntil([&] { return full == nullptr; }));
     EXPECT_TRUE(window_->review().isVisible());

@@ -48,19 +48,20 @@ void FullscreenManager::hide() {
 bool FullscreenManager::handle(const KeyEvent& event) {
     using Code = Shortcut::KeyCode;
     if (!isShowing() || !event.isDown) return false;
-    const auto& typed = event.charactersIgnoringModifiers;
-    if (event.keyCode == Code::escape || typed == "f" || typed == "F") {
+    const bool isBare = event.modifiers == ModifierSet::none;
+    if (isLeftBy(event)) {
         hide();
         return true;
     }
-    if (event.keyCode == Code::arrowLeft || event.keyCode == Code::arrowRight) {
-        const int frames = event.modifiers.contains(ModifierSet::shift) ? 5 : 1;
+    const bool isArrow = event.keyCode == Code::arrowLeft || event.keyCode == Code::arrowRight;
+    if (isArrow && (isBare || event.modifiers == ModifierSet::shift)) {
+        const int frames = isBare ? 1 : 5;
         engine_->stepFrames(event.keyCode == Code::arrowRight ? frames : -frames,
                             settings_->get(settings::playbackAudioScrubbing));
         return true;
     }
     constexpr std::array transport{Code::space, Code::k, Code::j, Code::l};
-    if (std::ranges::find(transport, event.keyCode) == transport.end()) return false;
+    if (!isBare || std::ranges::find(transport, event.keyCode) == transport.end()) return false;
     if (event.isRepeat) return true; // a key that is held does it once
     if (event.keyCode == Code::j)
         engine_->pressJ();
@@ -69,6 +70,12 @@ bool FullscreenManager::handle(const KeyEvent& event) {
     else
         engine_->playPause();
     return true;
+}
+
+bool FullscreenManager::isLeftBy(const KeyEvent& event) {
+    const auto& typed = event.charactersIgnoringModifiers;
+    return event.isDown && event.modifiers == ModifierSet::none &&
+           (event.keyCode == Shortcut::KeyCode::escape || typed == "f" || typed == "F");
 }
 
 double FullscreenManager::hintOpacity(double seconds) {

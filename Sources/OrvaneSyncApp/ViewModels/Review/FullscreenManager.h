@@ -55,8 +55,10 @@ class FullscreenManager {
     /// Moves the window there where one shows.
     void setPreferredScreen(int index);
 
-    /// A key of the window. Whether the event is used up.
+    /// A key of the window. Whether the event is used up: those that it does not have are the screen's.
     bool handle(const KeyEvent& event);
+    /// Whether the key press closes the window.
+    static bool isLeftBy(const KeyEvent& event);
 
     static constexpr std::string_view hint =
         "ESC or F to exit · Space play/pause · ←/→ one frame · J/K/L shuttle";

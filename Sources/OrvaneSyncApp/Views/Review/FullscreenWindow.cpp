@@ -2,9 +2,11 @@
 
 #include "OrvaneDesignKit/Theme.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
+#include "OrvaneSyncApp/Views/Review/KeyOverlay.h"
 #include "OrvaneSyncApp/Views/Review/PictureCanvas.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
+#include <QAction>
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QPainter>
@@ -17,17 +19,11 @@ namespace orvane::views {
 /// Above the picture, for its first seconds.
 class FullscreenWindow::Hint : public QWidget {
   public:
-    Hint(const QString& name, QWidget* parent) : QWidget(parent) {
-        if (!name.isEmpty()) words_.prepend(name + QStringLiteral("   ·   "));
+    explicit Hint(QWidget* parent) : QWidget(parent) {
         setAttribute(Qt::WA_TransparentForMouseEvents);
         QFont font = design::textFont();
         font.setPixelSize(static_cast<int>(FullscreenManager::hintPoints));
         setFont(font);
-        const QFontMetrics metrics(font);
-        constexpr int inset = static_cast<int>(FullscreenManager::hintInset);
-        setGeometry(inset, inset, metrics.horizontalAdvance(words_) + metrics.averageCharWidth(),
-                    metrics.height());
-        shown_.start();
         constexpr int pace = 40; // milliseconds
         connect(&timer_, &QTimer::timeout, this, [this] {
             const double opacity = FullscreenManager::hintOpacity(seconds());
@@ -37,7 +33,24 @@ class FullscreenWindow::Hint : public QWidget {
             timer_.stop();
             hide();
         });
-        timer_.start(pace);
+        timer_.setInterval(pace);
+    }
+    /// Says it from the beginning where the camera is another one than was said.
+    void tell(const QString& name) {
+        if (shown_.isValid() && name_ == name) return;
+        name_ = name;
+        words_ = translated(FullscreenManager::hint);
+        if (!name.isEmpty()) words_.prepend(name + QStringLiteral("   ·   "));
+        const QFontMetrics metrics(font());
+        constexpr int inset = static_cast<int>(FullscreenManager::hintInset);
+        setGeometry(inset, inset, metrics.horizontalAdvance(words_) + metrics.averageCharWidth(),
+                    metrics.height());
+        setAccessibleName(words_);
+        shown_.start();
+        opacity_ = FullscreenManager::hintOpacity(0);
+        timer_.start();
+        show();
+        update();
     }
 
   protected:
@@ -54,14 +67,13 @@ class FullscreenWindow::Hint : public QWidget {
         return static_cast<double>(shown_.elapsed()) / milli;
     }
 
-    QString words_ = translated(FullscreenManager::hint);
+    QString name_, words_;
     QElapsedTimer shown_;
     QTimer timer_;
     double opacity_ = FullscreenManager::hintOpacity(0);
 };
 
-FullscreenWindow::FullscreenWindow(std::shared_ptr<VideoEngine> engine, const QRect& screen,
-                                   const QString& name)
+FullscreenWindow::FullscreenWindow(std::shared_ptr<VideoEngine> engine, const QRect& screen, const Of& of)
     : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint) {
     setWindowTitle(tr("Picture"));
     setCursor(Qt::BlankCursor);
@@ -72,10 +84,19 @@ FullscreenWindow::FullscreenWindow(std::shared_ptr<VideoEngine> engine, const QR
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     auto* canvas = new PictureCanvas;
-    canvas->setEngine(std::move(engine));
+    canvas->setEngine(engine);
     layout->addWidget(canvas);
     setGeometry(screen);
-    (new Hint(name, this))->raise();
+    auto* hint = new Hint(this);
+    hint->tell(of.name());
+    hint->raise();
+    ofEngine_ = engine->onChange([hint, name = of.name](VideoEngineField field) {
+        if (field == VideoEngineField::transport) hint->tell(name());
+    });
+    new KeyOverlay(this, of.keys);
+    // Keys of menus act in the windows that have their entries.
+    for (QAction* entry : of.screen.window()->findChildren<QAction*>())
+        if (!entry->shortcut().isEmpty()) addAction(entry);
 }
 
 bool FullscreenWindow::isOne(const QWidget* window) {
@@ -95,8 +116,7 @@ class FullscreenWindow::Handle : public FullscreenManager::Window {
     FullscreenWindow* window_;
 };
 
-FullscreenManager::Desktop FullscreenWindow::desktop(std::shared_ptr<VideoEngine> engine,
-                                                     std::function<QString()> name) {
+FullscreenManager::Desktop FullscreenWindow::desktop(std::shared_ptr<VideoEngine> engine, Of of) {
     const auto screens = [] {
         std::vector<Screen> found;
         for (const QScreen* screen : QGuiApplication::screens()) {
@@ -107,9 +127,9 @@ FullscreenManager::Desktop FullscreenWindow::desktop(std::shared_ptr<VideoEngine
         }
         return found;
     };
-    const auto open = [engine = std::move(engine), name = std::move(name)](std::size_t index) {
+    const auto open = [engine = std::move(engine), of = std::move(of)](std::size_t index) {
         QScreen* screen = QGuiApplication::screens().at(static_cast<qsizetype>(index));
-        auto* window = new FullscreenWindow(engine, screen->geometry(), name());
+        auto* window = new FullscreenWindow(engine, screen->geometry(), of);
         window->setScreen(screen);
         window->setWindowState(Qt::WindowFullScreen);
         window->show();

@@ -20,6 +20,7 @@ class KeyOverlay : public QWidget {
     ~KeyOverlay() override;
 
     void open();
+    std::vector<KeyGroup> now() const { return keys_(); }
     /// What it says, for reading aloud.
     QString spoken() const;
 

@@ -163,10 +163,12 @@ void MulticamView::toggleFullscreen() {
         const auto& engine = multicam_->bag().engines().at(*heard);
         fullscreen_ =
             std::make_unique<FullscreenManager>(engine, desktop_.controller().work().environment.settings);
-        fullscreen_->desktop = FullscreenWindow::desktop(engine, [this, id = *heard] {
+        const auto name = [this, id = *heard] {
             const auto cell = std::ranges::find(cells_, id, &Cell::id);
             return cell == cells_.end() ? QString() : (*cell)->name;
-        });
+        };
+        fullscreen_->desktop =
+            FullscreenWindow::desktop(engine, {*this, name, [this] { return keys_->now(); }});
         fullscreen_->toggleFullscreen();
         if (!fullscreen_->isShowing()) fullscreen_.reset(); // nothing to show, or no screen
     }
@@ -183,9 +185,7 @@ bool MulticamView::hear(std::size_t camera) {
 }
 
 bool MulticamView::handleFullscreen(const KeyEvent& event) {
-    const auto& typed = event.charactersIgnoringModifiers;
-    const bool isBack = event.keyCode == Shortcut::KeyCode::escape || typed == "f" || typed == "F";
-    if (!fullscreen_ || !event.isDown || !isBack) return false;
+    if (!fullscreen_ || !FullscreenManager::isLeftBy(event)) return false;
     toggleFullscreen();
     return true;
 }

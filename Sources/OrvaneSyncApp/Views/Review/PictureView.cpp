@@ -78,10 +78,12 @@ PictureView::PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> revi
         review_->scrollFrames(deltaY, isPrecise);
     };
     canvas_->whenDoubleClicked = [this] { review_->fullscreen().toggleFullscreen(); };
-    review_->fullscreen().desktop = FullscreenWindow::desktop(review_->engine(), [this] {
+    const auto name = [this] {
         const SyncGroup* shown = clip();
         return shown == nullptr ? QString() : text(shown->video.filename);
-    });
+    };
+    review_->fullscreen().desktop = FullscreenWindow::desktop(
+        review_->engine(), {*this, name, [this] { return keys ? keys() : std::vector<KeyGroup>(); }});
 
     auto* picture = new QHBoxLayout;
     picture->setSpacing(1);

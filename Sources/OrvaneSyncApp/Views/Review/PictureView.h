@@ -1,11 +1,14 @@
 #pragma once
 
+#include "OrvaneSyncApp/ViewModels/Inspector/KeyOverview.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
 
 #include <QWidget>
 
+#include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 class QAction;
 class QLabel;
@@ -39,6 +42,8 @@ class PictureView : public QWidget {
 
     PictureCanvas& canvas() { return *canvas_; }
     SyncLensView& lens() { return *lens_; }
+    /// What each key does at this moment, for the picture in fullscreen.
+    std::function<std::vector<KeyGroup>()> keys;
 
   protected:
     bool event(QEvent* event) override;

@@ -68,6 +68,10 @@ bool ReviewKeys::eventFilter(QObject* watched, QEvent* event) {
         if (watched == &window_) desktop_.players().keyboard().keyboardLost();
         return false;
     }
+    // What asks something opens over the window, and would lie behind the picture.
+    if (event->type() == QEvent::WindowBlocked && screens_.isInFront() &&
+        FullscreenWindow::isOne(qobject_cast<const QWidget*>(watched)))
+        screens_.handleFullscreen(*keyEventNamed("escape", ModifierSet::none, true, false));
     if (event->type() != QEvent::KeyPress && event->type() != QEvent::KeyRelease &&
         event->type() != QEvent::ShortcutOverride)
         return false;

@@ -70,6 +70,7 @@ ReviewView::ReviewView(Desktop& desktop, ReviewActions& actions, std::function<v
             situationOf(desktop_, *desktop_.players().review(),
                         [this](const UUID& of, int step) { return outline_->neighbour(of, step); }));
     });
+    picture_->keys = [this] { return keys_->now(); };
     steps_->showKeys = [this] { keys_->open(); };
     outline_->whenListChanged = [this] { steps_->refresh(); };
     ofReview_ = review->onChange([this] { steps_->refresh(); });

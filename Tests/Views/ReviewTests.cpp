@@ -240,6 +240,17 @@ TEST_F(ReviewTest, KeysOfTextAndOfTabbedControlsAreTheirs) {
     }
     EXPECT_EQ(presses, 1) << "by Tab it is meant, by a click it was used";
     EXPECT_TRUE(engine().transport().isPlaying);
+    // One that greys itself under the focus leaves the keys to the review, not to its neighbour.
+    QPushButton greyed(&window_->review());
+    greyed.show();
+    QWidget::setTabOrder(&greyed, &button);
+    greyed.setFocus(Qt::TabFocusReason);
+    greyed.setEnabled(false);
+    press(Qt::Key_Space);
+    EXPECT_EQ(presses, 1);
+    EXPECT_FALSE(engine().transport().isPlaying);
+    EXPECT_TRUE(waitUntil([&] { return window_->review().hasFocus(); }));
+    press(Qt::Key_Space);
     // A held key that leaves with the window is up.
     QTest::keyPress(window_.get(), Qt::Key_K);
     QEvent away(QEvent::WindowDeactivate);

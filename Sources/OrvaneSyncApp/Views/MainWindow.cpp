@@ -142,6 +142,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
         return screen_ == Screen::multicam && multicam_->hear(camera);
     };
     playing.leave = [this] { goBack(); };
+    playing.takeKeyboard = [this] { takeKeyboard(); };
     keys_ = std::make_unique<ReviewKeys>(desktop_, *this, std::move(playing));
     observe();
     reviewActions_->setInFront(false, false);

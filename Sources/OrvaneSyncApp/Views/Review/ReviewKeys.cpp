@@ -15,7 +15,10 @@
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QPointer>
 #include <QTextEdit>
+
+#include <utility>
 
 namespace orvane::views {
 
@@ -58,9 +61,8 @@ ReviewKeys::ReviewKeys(Desktop& desktop, QWidget& window, Screens screens)
 ReviewKeys::~ReviewKeys() { QApplication::instance()->removeEventFilter(this); }
 
 bool ReviewKeys::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::FocusIn) {
-        const auto reason = static_cast<const QFocusEvent*>(event)->reason();
-        isFocusByTab_ = reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason;
+    if (event->type() == QEvent::FocusOut || event->type() == QEvent::FocusIn) {
+        noteFocus(*watched, static_cast<const QFocusEvent&>(*event));
         return false;
     }
     if (event->type() == QEvent::WindowDeactivate) {
@@ -103,6 +105,27 @@ bool ReviewKeys::eventFilter(QObject* watched, QEvent* event) {
     if (!meant || isTextEdited(focus) || isOtherK(*meant) || !isBound(*meant)) return false;
     event->accept(); // before the shortcuts of menus
     return true;
+}
+
+void ReviewKeys::noteFocus(const QObject& watched, const QFocusEvent& event) {
+    const auto* widget = qobject_cast<const QWidget*>(&watched);
+    if (widget == nullptr || widget->window() != &window_) return;
+    if (event.lostFocus()) {
+        // Qt hands the focus of what greys or hides itself to the next control, as if Tab had been pressed.
+        isHandedOver_ = !widget->isEnabled() || widget->isHidden();
+        if (isHandedOver_) // where no control can take it, the next one is not the neighbour
+            QMetaObject::invokeMethod(
+                this, [this] { isHandedOver_ = false; }, Qt::QueuedConnection);
+        return;
+    }
+    const auto reason = event.reason();
+    isFocusByTab_ = !isHandedOver_ && (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason);
+    if (!std::exchange(isHandedOver_, false) || !screens_.isInFront()) return;
+    const auto toScreen = [this, next = QPointer(widget)] {
+        if (next != nullptr && next == QApplication::focusWidget() && screens_.isInFront())
+            screens_.takeKeyboard();
+    };
+    QMetaObject::invokeMethod(this, toScreen, Qt::QueuedConnection);
 }
 
 void ReviewKeys::noteElsewhere(const QKeyEvent& event) {

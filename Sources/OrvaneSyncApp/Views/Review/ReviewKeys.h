@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+class QFocusEvent;
 class QKeyEvent;
 class QWidget;
 
@@ -25,6 +26,7 @@ class ReviewKeys : public QObject {
         /// up.
         std::function<bool(std::size_t camera)> hear;
         std::function<void()> leave;
+        std::function<void()> takeKeyboard; ///< the screen itself, no control of it
     };
     /// `window` outlives it.
     ReviewKeys(Desktop& desktop, QWidget& window, Screens screens);
@@ -37,6 +39,8 @@ class ReviewKeys : public QObject {
     bool handle(const QKeyEvent& event, bool isFullscreen);
     static void leaveField();
     bool isBound(const KeyEvent& event) const;
+    /// A control that greys or hides itself under the keyboard gives it to the screen, not to its neighbour.
+    void noteFocus(const QObject& watched, const QFocusEvent& event);
     void noteElsewhere(const QKeyEvent& event);
     /// Whether the press belongs to one of another screen: the key is held since then, or was pressed twice,
     /// of which the first opened the review.
@@ -46,6 +50,7 @@ class ReviewKeys : public QObject {
     QWidget& window_;
     const Screens screens_;
     bool isFocusByTab_ = false;
+    bool isHandedOver_ = false; ///< the focus is on its way from a control that cannot have it any longer
     struct {
         int key = 0;
         std::uint64_t at = 0; ///< milliseconds of the window system; 0: it gives none

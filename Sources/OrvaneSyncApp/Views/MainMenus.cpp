@@ -8,6 +8,7 @@
 #include "OrvaneSyncApp/ViewModels/Review/FullscreenManager.h"
 #include "OrvaneSyncApp/Views/Asking.h"
 #include "OrvaneSyncApp/Views/RecentPlaces.h"
+#include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
 #include "OrvaneSyncApp/Views/Review/ReviewActions.h"
 #include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
@@ -329,8 +330,18 @@ void MainMenus::makeView() {
     sessions->setShortcut(Qt::CTRL | Qt::Key_0);
     connect(view, &QMenu::aboutToShow, this,
             [this, sessions] { sessions->setChecked(screens_.sessions->isVisible()); });
-    fill(view, commands::Menu::view,
-         {{110, results_}, {120, review_}, {210, screens->menuAction()}, {310, sessions}});
+    std::vector<OwnEntry> entries{
+        {110, results_}, {120, review_}, {210, screens->menuAction()}, {310, sessions}};
+    for (const QString& title : ResultsView::filterTitles()) {
+        const auto choice = static_cast<int>(filters_.size());
+        QAction* one = ownEntry(
+            tr("List: %1").arg(title), [this, choice] { screens_.showFilter(choice); },
+            tr("Shows the list of clips, with these alone."));
+        one->setShortcut(Qt::ALT | static_cast<Qt::Key>(Qt::Key_1 + choice));
+        filters_.push_back(one);
+        entries.push_back({130 + choice, one});
+    }
+    fill(view, commands::Menu::view, std::move(entries));
 }
 
 void MainMenus::listScreens(QMenu* menu) {
@@ -435,6 +446,7 @@ void MainMenus::update() {
     scan_->setEnabled(commands::isScanIdle(context));
     introduction_->setEnabled(scan_->isEnabled());
     find_->setEnabled(commands::hasClipsWhileIdle(context));
+    for (QAction* filter : filters_) filter->setEnabled(find_->isEnabled());
     listen_->setEnabled(commands::hasClipsWhileIdle(context) && !screens_.isListening());
     rename_->setEnabled(clips.size() == 1 || (!clips.empty() && of("batchRename")->isEnabled()));
     const bool isPlaying = screens_.isPlaying();

@@ -33,6 +33,10 @@ class MainMenus : public QObject {
         std::function<void(std::string_view)> runForClips;
         std::function<void()> renameClip, openReview, openMulticam, showResults, newScan, showIntroduction,
             leaveStart, find, showKeys;
+        std::function<void(int choice)>
+            showFilter; ///< of the list, in the order of `ResultsView::filterTitles`
+        std::function<void(const QString& path)> openProject;
+        std::function<void(const QString& what)> tell; ///< that asks for nothing
         std::function<void(const QStringList& paths)> openPaths;
         std::function<void()> takeKeyboard;                     ///< the screen in front
         std::function<void()> listenToCards, syncLockitNetwork; ///< both take long
@@ -102,6 +106,7 @@ class MainMenus : public QObject {
     const Screens screens_;
     std::map<std::string_view, QAction*> ofCommands_;
     std::vector<QAction*> ofAnalysisModes_;
+    std::vector<QAction*> filters_;
     QAction* scan_ = nullptr;
     QAction* find_ = nullptr;
     QAction* rename_ = nullptr;

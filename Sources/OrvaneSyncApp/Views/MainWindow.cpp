@@ -119,6 +119,10 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
         field->setFocus(Qt::ShortcutFocusReason);
         field->selectAll();
     };
+    screens.showFilter = [this](int choice) {
+        showResults();
+        results().showFilter(choice);
+    };
     screens.isPlaying = [this] { return isPlayingScreen(); };
     screens.showKeys = [this] { (screen_ == Screen::multicam ? multicam().keys() : review().keys()).open(); };
     screens.openPaths = [this](const QStringList& paths) { openPaths(paths); };

@@ -129,9 +129,7 @@ ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
     column->setSpacing(space::small);
 
     auto* top = new QHBoxLayout;
-    std::vector<QString> titles;
-    for (const FilterChoice& one : filters) titles.push_back(tr(one.title));
-    filter_ = new SegmentedChoice(tr("Which clips"), titles, [this](int chosen) {
+    filter_ = new SegmentedChoice(tr("Which clips"), filterTitles(), [this](int chosen) {
         rows_.setFilter(filters[static_cast<std::size_t>(chosen)].mode);
     });
     top->addWidget(filter_);
@@ -441,13 +439,27 @@ void ResultsView::showMenu(const QPoint& position) {
     menu.exec(table_->viewport()->mapToGlobal(position));
 }
 
-void ResultsView::saveListing() const {
+std::vector<QString> ResultsView::filterTitles() {
+    std::vector<QString> titles;
+    for (const FilterChoice& one : filters) titles.push_back(tr(one.title));
+    return titles;
+}
+
+void ResultsView::showFilter(int choice) {
+    filter_->choose(choice);
+    rows_.setFilter(filters.at(static_cast<std::size_t>(choice)).mode);
+    if (selectedClips().empty()) table_->selectRow(0); // Return opens it
+    table_->setFocus();
+}
+
+void ResultsView::saveListing(const std::optional<UUID>& clip) const {
     const auto& session = desktop_.sessions().currentSessionId();
     const auto keep = [](const char* key, const QVariant& value) {
         keptState::set(QLatin1String("list/") + key, value);
     };
     keep("session", session ? text(session->text()) : QString());
-    keep("clip", chosen_.empty() ? QString() : text(chosen_.front().text()));
+    const auto shown = clip || chosen_.empty() ? clip : std::optional(chosen_.front());
+    keep("clip", shown ? text(shown->text()) : QString());
     keep("filter", filter_->chosen());
     keep("search", search_->text());
 }

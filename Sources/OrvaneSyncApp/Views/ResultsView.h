@@ -56,7 +56,11 @@ class ResultsView : public QWidget {
     void restorePlaces();
     /// Which clip of the open session was worked at last, and which were listed; and the same again at the
     /// next start, where it opens that session.
-    void saveListing() const;
+    /// The filters of the list, in their order, and which clips it shows: one of them.
+    static std::vector<QString> filterTitles();
+    void showFilter(int choice);
+    /// `clip`: the one in view elsewhere; absent: the one that is selected.
+    void saveListing(const std::optional<UUID>& clip = std::nullopt) const;
     void restoreListing();
 
   protected:

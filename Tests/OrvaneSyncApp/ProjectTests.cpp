@@ -60,6 +60,21 @@ TEST_F(ProjectTest, aNewScanGetsTheEditsBack) {
     EXPECT_NE(clip().id, before);
     EXPECT_EQ(controller_->project().currentURL(), file_);
 
+    // What was attached by hand is named, as the scan cannot find it.
+    auto attached = ProjectService().load(file_);
+    for (PersistedGroup& entry : attached.groups) {
+        entry.matchStatusRaw = MatchStatus::manual().name();
+        entry.audioPaths = {FileURL{folder_.path("T09.wav")}};
+    }
+    const FileURL other{folder_.path("attached.orvanesync")};
+    ProjectService().save(attached, other);
+    EXPECT_EQ(ended(controller_->project().loadProject(other)), "");
+    std::vector<FileURL> silent;
+    for (const SyncGroup& group : controller_->work().syncGroups())
+        if (group.isMOS()) silent.push_back(group.video.url);
+    EXPECT_FALSE(silent.empty());
+    EXPECT_EQ(controller_->project().clipsWithoutRecording(), silent);
+
     // A re-scan drops edits; the project's come with the project alone.
     EXPECT_EQ(ended(controller_->scan().startScan()), "");
     EXPECT_EQ(clip().manualClipName, std::nullopt);

@@ -251,8 +251,15 @@ void ProjectController::takeOverFromScan() {
     adoptLeftOut(std::move(*tracksLeftOutByScan_));
     auto held = std::make_shared<ProjectEntries>(*entries());
     if (!held->unapplied) return;
+    const EntriesByVideo stored = byVideo(held->unapplied->groups);
     std::unordered_set<FileURL> found;
-    for (const SyncGroup& group : work_.syncGroups()) found.insert(group.video.url);
+    for (const SyncGroup& group : work_.syncGroups()) {
+        found.insert(group.video.url);
+        const auto entry = stored.find(group.video.url);
+        if (group.isMOS() && entry != stored.end() && !entry->second->audioPaths.empty() &&
+            entry->second->matchStatusRaw == MatchStatus::manual().name())
+            held->withoutRecording.push_back(group.video.url);
+    }
     auto waiting = std::make_shared<OrvaneSyncProject>(*held->unapplied);
     std::erase_if(waiting->groups,
                   [&](const PersistedGroup& entry) { return found.contains(entry.videoPath); });

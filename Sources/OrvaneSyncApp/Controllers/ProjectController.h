@@ -24,6 +24,8 @@ struct ProjectEntries {
     /// gives it to them, and every save keeps it.
     std::vector<PersistedGroup> leftOut = {};
     std::vector<FileURL> tracksLeftOut = {}; ///< the videos of these clips that are there
+    /// The videos of clips to which recordings were attached by hand that the scan did not lay under them.
+    std::vector<FileURL> withoutRecording = {};
 };
 
 /// The project file: the editor's decisions alone, laid over a new scan. Interface thread.
@@ -50,6 +52,7 @@ class ProjectController {
     std::function<void()> whenOpened;
     /// The clips, by their video, whose edits wait for a scan that finds them.
     std::vector<FileURL> clipsNotFound() const;
+    std::vector<FileURL> clipsWithoutRecording() const { return entries()->withoutRecording; }
     /// The clips, by their video, whose choice of tracks was left out: its numbers count the channels of
     /// recordings that the scan has not found.
     const std::vector<FileURL>& tracksLeftOut() const { return entries()->tracksLeftOut; }

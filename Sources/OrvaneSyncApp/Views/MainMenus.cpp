@@ -60,6 +60,21 @@ constexpr std::array<DrawnEntry, 14> drawnEntries{{{"undo", Glyph::undo},
                                                    {"buildAtmo", Glyph::roomTone},
                                                    {"clusterLoad", Glyph::cameras}}};
 
+/// What of the clips a project file does not hold; empty where it holds all.
+QString keptInSessionText(const SyncGroupList& groups) {
+    const auto isAttached = [](const SyncGroup& group) { // a scan would not find it again
+        return std::ranges::any_of(group.audioMatches,
+                                   [](const AudioMatch& match) { return match.overlapDurationSeconds <= 0; });
+    };
+    const auto locked = std::ranges::count_if(groups, &SyncGroup::isLocked);
+    const auto attached = std::ranges::count_if(groups, isAttached);
+    return locked + attached == 0 ? QString()
+                                  : QObject::tr("The project file does not hold everything: %1 locked clips "
+                                                "and %2 attached recordings are kept in the session only.")
+                                        .arg(locked)
+                                        .arg(attached);
+}
+
 QKeySequence keyOfEntry(std::string_view key) {
     if (key == "New") return QKeySequence::New;
     if (key == "Close") return QKeySequence::Close;
@@ -212,13 +227,16 @@ bool MainMenus::agrees(const Question& question) {
 void MainMenus::openProject() {
     if (const auto path =
             chosenFile(tr("Open OrvaneSync Project"), tr("Projects (*.orvanesync);;All files (*)")))
-        runWithPath("loadProject", *path);
+        screens_.openProject(*path);
 }
 
 void MainMenus::saveProject() {
     const auto path = placeFor(tr("Save OrvaneSync Project"), tr("Projects (*.orvanesync)"),
                                text(proposedProjectName(desktop_.controller(), desktop_.sessions())));
-    if (path) runWithPath("saveProject", *path, "path", true);
+    if (!path) return;
+    runWithPath("saveProject", *path, "path", true);
+    if (const QString kept = keptInSessionText(desktop_.controller().work().syncGroups()); !kept.isEmpty())
+        screens_.tell(kept);
 }
 
 void MainMenus::loadReport() {

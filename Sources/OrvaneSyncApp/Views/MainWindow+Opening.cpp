@@ -245,7 +245,22 @@ void MainWindow::openProject(const QString& path) {
     RecentPlaces::add({QFileInfo(path).absoluteFilePath()});
     JSON arguments = JSON::object();
     arguments.set("path", utf8(QFileInfo(path).absoluteFilePath()));
-    desktop_.run("loadProject", std::move(arguments));
+    desktop_.run("loadProject", std::move(arguments), [this](const JSON&) { tellProjectOpened(); });
+}
+
+void MainWindow::tellProjectOpened() {
+    if (desktop_.controller().work().syncGroups().empty()) return; // its folders are not here
+    const QString locks = tr("A project file holds no locks: they are in the session where they were set.");
+    QStringList names;
+    for (const FileURL& video : desktop_.controller().project().clipsWithoutRecording())
+        names << text(video.lastPathComponent());
+    if (names.isEmpty()) return tellHere(Signal::none, locks);
+    tellHere(
+        Signal::doubtful,
+        tr("Recordings that were attached by hand did not come back with the project: %1. Attach them again "
+           "with Ctrl+T, or open the session in which that was done.")
+                .arg(names.join(QStringLiteral(", "))) +
+            QLatin1Char(' ') + locks);
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {

@@ -125,6 +125,8 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     };
     screens.isPlaying = [this] { return isPlayingScreen(); };
     screens.showKeys = [this] { (screen_ == Screen::multicam ? multicam().keys() : review().keys()).open(); };
+    screens.openProject = [this](const QString& path) { openProject(path); };
+    screens.tell = [this](const QString& what) { tellHere(Signal::none, what); };
     screens.openPaths = [this](const QStringList& paths) { openPaths(paths); };
     screens.takeKeyboard = [this] { takeKeyboard(); };
     screens.listenToCards = [this] { listenToCards(); };

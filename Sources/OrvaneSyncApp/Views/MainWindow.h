@@ -86,6 +86,8 @@ class MainWindow : public QMainWindow {
     /// Where a session was opened, what was said of the work before goes.
     void leaveBannerOfOtherSession();
     void tellOpened(const SessionInfo& session);
+    /// What a project does not bring.
+    void tellProjectOpened();
     /// What is named or dropped takes the place of the session that the start opens.
     void stopOpening();
     /// The start page over open work.

@@ -42,14 +42,14 @@ constexpr const char* outOfPicture = "The clap point lies outside of the picture
 
 /// Seconds of the clap point before the picture (below 0) or behind its end; 0 within it.
 double secondsOutOfPicture(const SyncGroup& group) {
-    const auto clap = group.resolvedClapPointSeconds();
+    const auto clap = group.isMOS() ? group.pictureClapAnchorSeconds : group.resolvedClapPointSeconds();
     const auto& length = group.video.durationSeconds;
     if (!clap || !length) return 0;
     return *clap - std::clamp(*clap, 0.0, *length);
 }
 
 std::string anchorSentence(const SyncGroup& group, double outOfPicture) {
-    if (!group.audioAnchorOffsetInAudioSeconds) return "No clap point yet";
+    if (!group.audioAnchorOffsetInAudioSeconds || group.isMOS()) return "No clap point yet";
     if (outOfPicture != 0 && !group.pictureClapAnchorSeconds)
         return "No clap within the picture: the clap point lies " +
                formatted("%.3f s", std::abs(outOfPicture)) +
@@ -89,7 +89,8 @@ SyncPart SyncPart::of(const SyncGroup& group, double frameRate) {
     part.offsetFrames = offsetFramesText(part.offsetSeconds, part.frameRate);
     part.offsetInSeconds = formatted("%+.3f", part.offsetSeconds);
     part.begins = soundBeginsSentence(group);
-    part.hasAnchor = group.audioAnchorOffsetInAudioSeconds.has_value();
+    // What a recording that was taken away leaves behind is no place in this clip.
+    part.hasAnchor = part.hasSound && group.audioAnchorOffsetInAudioSeconds.has_value();
     const double secondsOut = secondsOutOfPicture(group);
     part.anchor = anchorSentence(group, secondsOut);
     if (group.pictureClapAnchorSeconds) // it goes before that of the sound

@@ -59,7 +59,7 @@ platform::Task ReviewViewModel::load(std::weak_ptr<ReviewViewModel> weak, UUID g
     const ClipSound sound(*group);
     const MediaAsset& video = group->video;
     const platform::Task opening =
-        self->engine_->loadClip(video.url, sound.take, sound.offsetSeconds, group->resolvedClapPointSeconds(),
+        self->engine_->loadClip(video.url, sound.take, sound.offsetSeconds, self->clapInPicture(),
                                 {video.durationSeconds.value_or(0), video.frameRate.value_or(0)});
     self.reset();
     co_await opening;
@@ -81,7 +81,7 @@ platform::Task ReviewViewModel::load(std::weak_ptr<ReviewViewModel> weak, UUID g
         self->clapOfLocked_ = {*searched, **clapOfLocked};
         self->changed_.notify();
     }
-    if (const auto clap = self->clapSeconds()) self->engine_->correctInitialSeek(*clap);
+    if (const auto clap = self->clapInPicture()) self->engine_->correctInitialSeek(*clap);
     const platform::Task showing = self->engine_->shown();
     self.reset();
     co_await showing;
@@ -246,9 +246,16 @@ std::optional<double> ReviewViewModel::clapInSound() const {
 std::optional<double> ReviewViewModel::clapSeconds() const {
     const SyncGroup* clip = group();
     if (clip == nullptr) return std::nullopt;
-    if (const auto own = clip->resolvedClapPointSeconds()) return own;
+    if (clip->pictureClapAnchorSeconds) return clip->pictureClapAnchorSeconds;
     const auto inSound = clapInSound();
     return inSound ? std::optional(*inSound + ClipSound(*clip).primaryOffsetSeconds()) : std::nullopt;
+}
+
+std::optional<double> ReviewViewModel::clapInPicture() const {
+    const auto clap = clapSeconds();
+    const SyncGroup* clip = group();
+    const auto length = clip == nullptr ? std::nullopt : clip->video.durationSeconds;
+    return clap && *clap >= 0 && (!length || *clap < *length) ? clap : std::nullopt;
 }
 
 double ReviewViewModel::clapCheckSeconds() const { return clapSeconds().value_or(clapCheckWithoutClap); }

@@ -37,8 +37,9 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     /// What a key decides about the clip in view without the player: a command.
     std::function<void(KeyAction, const UUID& groupID)> decideOfClip;
 
-    /// Opens a clip on its clap, searches for one where it has none, and loads its waveform. The task ends
-    /// when all that is done, or another clip was opened. Throws GroupNotFound.
+    /// Opens a clip on its clap, or at its start where that lies outside of the picture, searches for one
+    /// where it has none, and loads its waveform. The task ends when all that is done, or another clip was
+    /// opened. Throws GroupNotFound.
     platform::Task loadGroup(const UUID& groupID);
     void close();
 
@@ -46,8 +47,8 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     /// Clip time.
     void jumpToEdit(bool previous);
     void clapCheck();
-    /// Clip time of the clap in view. Of a locked clip without one: the clap that was found when it was
-    /// opened, which the clip does not keep.
+    /// Clip time of the clap in view; a clip without sound has only the one of its picture. Of a locked clip
+    /// without one: the clap that was found when it was opened, which the clip does not keep.
     std::optional<double> clapSeconds() const;
     /// Whether `clapCheck` does something: a loop runs, or there is something to play around the clap.
     bool canCheckClap() const;
@@ -85,7 +86,8 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     void decide(KeyAction action);
     void jumpToOnset(bool previous);
     void step(int frames);
-    double clapCheckSeconds() const; ///< clip time, of the middle
+    std::optional<double> clapInPicture() const; ///< `clapSeconds` where the picture has that moment
+    double clapCheckSeconds() const;             ///< clip time, of the middle
     /// Of the clap in the sound.
     std::optional<double> clapInSound() const;
 

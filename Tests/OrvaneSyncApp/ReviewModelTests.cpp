@@ -287,6 +287,17 @@ TEST_F(ReviewModelTest, aDragIsHeardWhenItHasEnded) {
     EXPECT_FALSE(engine_->transport().isLoaded);
 }
 
+TEST_F(ReviewModelTest, aClapBehindThePictureIsNotWhereItOpens) {
+    controller_->clips().setAudioAnchor(id_, 19); // 20.5 s
+    load();
+    EXPECT_DOUBLE_EQ(at(), 0);
+    model_->putClapOnFrame();
+    EXPECT_GE(*model_->clapSeconds(), 0);
+    EXPECT_LT(*model_->clapSeconds(), 1 / controller_->timeline().timelineFrameRate(group()));
+    press(KeyAction::playPause);
+    EXPECT_TRUE(engine_->transport().isPlaying);
+}
+
 TEST_F(ReviewModelTest, theFullscreenWindowFollowsTheScreensAndItsKeys) {
     struct Shown final : FullscreenManager::Window {
         explicit Shown(std::size_t& count) : open(count) { ++open; }

@@ -313,6 +313,16 @@ void ReviewViewModel::seekVideoToAnchor() {
                                          engine_->playhead().clipDuration));
 }
 
+void ReviewViewModel::putClapOnFrame() {
+    const auto clap = clapInSound();
+    if (!clap) return;
+    constexpr double rounding = 0.001; // of a frame
+    const double rate = timeline_.timelineFrameRate(*group());
+    const double frames =
+        (engine_->playhead().seconds() - *clap - ClipSound(*group()).primaryOffsetSeconds()) * rate;
+    nudgeByFrames(*groupID_, static_cast<int>(std::ceil(frames - rounding)));
+}
+
 void ReviewViewModel::handleSkim(std::optional<double> seconds) {
     seconds ? engine_->skim(*seconds) : engine_->endSkim();
 }

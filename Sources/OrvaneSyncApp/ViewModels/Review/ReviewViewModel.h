@@ -57,6 +57,9 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     /// `takeSeconds`: place in the recording. With Command and Option the anchor is put there.
     void handleWaveformClick(double takeSeconds, ModifierSet modifiers);
     void seekVideoToAnchor();
+    /// Moves the sound by whole frames, so that its clap falls into the frame that is shown: what brings the
+    /// sound of a recorder whose timecode is far off under the picture.
+    void putClapOnFrame();
     /// Clip time that the pointer is at; absent once it has left the timeline.
     void handleSkim(std::optional<double> seconds);
     /// Points since the drag began. The player follows when it has ended. Throws OutOfRange.

@@ -79,6 +79,8 @@ void SyncSection::makeAnchor() {
     buttons->addWidget(goToAnchor_ = button(tr("Go To")));
     goToAnchor_->setAccessibleName(tr("Go to the clap point"));
     connect(goToAnchor_, &QPushButton::clicked, this, [this] { review_->seekVideoToAnchor(); });
+    buttons->addWidget(putOnFrame_ = button(tr("Put on the Frame Shown")));
+    connect(putOnFrame_, &QPushButton::clicked, this, [this] { review_->putClapOnFrame(); });
     buttons->addWidget(updateAnchor_ = button({}));
     connect(updateAnchor_, &QPushButton::clicked, this,
             [this] { review_->handleKeyAction(KeyAction::updateClapPoint); });
@@ -158,6 +160,8 @@ void SyncSection::show(const SyncGroup& clip) {
         button->setToolTip(reason.empty() ? help : translated(reason));
     };
     showButton(goToAnchor_, part.noGoTo, tr("Moves the playhead to the clap point"));
+    showButton(putOnFrame_, part.hasAnchor ? std::string() : part.noGoTo,
+               tr("Moves the sound by whole frames, so that its clap falls into the frame that is shown"));
     updateAnchor_->setText(translated(part.updateAnchor));
     showButton(updateAnchor_, part.noUpdate, translated(helpText(ShortcutAction::updateClapPoint)));
     showButton(clearAnchor_, part.noClear, translated(desktop().command("setAudioAnchor").help));

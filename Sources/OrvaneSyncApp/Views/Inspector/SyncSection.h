@@ -31,7 +31,8 @@ class SyncSection : public InspectorSection {
     design::Choice* method_;
     QLabel *methodText_, *begins_, *anchor_, *anchorHint_, *lockedAt_, *wholeFrames_;
     design::EntryField *frames_, *seconds_;
-    QPushButton *goToAnchor_, *clearAnchor_, *updateAnchor_, *searchAnchor_, *clapCheck_, *lock_, *approve_;
+    QPushButton *goToAnchor_, *putOnFrame_, *clearAnchor_, *updateAnchor_, *searchAnchor_, *clapCheck_,
+        *lock_, *approve_;
     platform::Subscription ofEngine_;
 };
 

@@ -282,6 +282,10 @@ TEST_F(ReviewModelTest, aDragIsHeardWhenItHasEnded) {
     press(KeyAction::lockCurrent);
     controller_->recordings().removeAudioMatch(id_, group().audioMatches.front().id);
     EXPECT_EQ(player().sounds, 1);
+    EXPECT_THROW(press(KeyAction::nudgePeriodPlus), OutOfRange) << "there is nothing to move";
+    EXPECT_DOUBLE_EQ(group().manualAudioOffsetSeconds, 1);
+    load();
+    EXPECT_DOUBLE_EQ(at(), 0) << "the clap was that of the recording";
     controller_->recordings().removeVideoFromSync(id_);
     EXPECT_FALSE(model_->groupID());
     EXPECT_FALSE(engine_->transport().isLoaded);

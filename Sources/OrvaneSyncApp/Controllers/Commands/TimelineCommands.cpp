@@ -185,7 +185,8 @@ std::vector<Command> moveCommands() {
                         [&] { context.review().nudgeByFrames(call.id("groupID"), call.integer("frames")); });
                 return context.review().engine()->shown();
             })
-            .undoneBy(steps::adjustAudioOffset),
+            .undoneBy(steps::adjustAudioOffset)
+            .forClips(hasSound),
         Command::later("dragAudio", "Drag Audio", "Drags the sound of the clip by points of the timeline.",
                        {groupID,
                         {.name = "points", .kind = number, .lowest = -mostPoints, .highest = mostPoints},

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
 
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncApp/Controllers/WorkErrors.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Timeline/ClipPlaces.h"
 #include "OrvaneSyncCore/Services/Waveform/OnsetDetector.h"
@@ -278,7 +279,10 @@ void ReviewViewModel::applyZoom(double scaleDelta) {
 // Where the sound lies
 
 void ReviewViewModel::adjustOffset(int byFrames) {
-    if (groupID_) nudgeByFrames(*groupID_, byFrames);
+    const SyncGroup* clip = group();
+    if (clip == nullptr) return;
+    if (clip->isMOS()) throw OutOfRange("The clip has no sound to move. Ctrl+T attaches a recording.");
+    nudgeByFrames(*groupID_, byFrames);
 }
 
 void ReviewViewModel::nudgeByFrames(const UUID& groupID, int frames) {

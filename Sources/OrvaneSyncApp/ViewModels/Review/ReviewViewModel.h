@@ -52,7 +52,8 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     std::optional<double> clapSeconds() const;
     /// Whether `clapCheck` does something: a loop runs, or there is something to play around the clap.
     bool canCheckClap() const;
-    /// Moves the sound; while it plays, under the sound that is heard. Throws OutOfRange.
+    /// Moves the sound; while it plays, under the sound that is heard. Throws OutOfRange, also where the clip
+    /// has none.
     void adjustOffset(int byFrames);
     /// `takeSeconds`: place in the recording. With Command and Option the anchor is put there.
     void handleWaveformClick(double takeSeconds, ModifierSet modifiers);

@@ -129,7 +129,14 @@ void ReviewActions::setInFront(bool isInFront, bool isReview) {
 void ReviewActions::showEnabled() {
     const auto acts = [this](KeyAction key) {
         if (!isReview_) return isForCameras(key);
-        return key != KeyAction::clapCheck || desktop_.players().review()->canCheckClap();
+        const ReviewViewModel& review = *desktop_.players().review();
+        if (category(key) == ShortcutCategory::audioOffset) {
+            const SyncGroup* clip = review.groupID()
+                                        ? desktop_.controller().work().syncGroups().find(*review.groupID())
+                                        : nullptr;
+            return clip != nullptr && desktop_.isEnabled("nudgeByFrames", clip);
+        }
+        return key != KeyAction::clapCheck || review.canCheckClap();
     };
     for (const auto& [key, action] : actions_) action->setEnabled(isInFront_ && acts(key));
     lens_->setEnabled(isInFront_ && isReview_);

@@ -426,6 +426,23 @@ TEST_F(ReviewTest, RecordingsAreChosenAndAttachedByKeys) {
     EXPECT_EQ(clip(2).audioMatches.front().audio->filename, "T02.wav") << "a locked clip stays";
 }
 
+TEST_F(ReviewTest, ArrowsInTheListOpenTheClipThatTheyMark) {
+    open();
+    auto* list = window_->review().outline().findChild<QListView*>();
+    list->setFocus(Qt::TabFocusReason);
+    for (const auto& [key, shown] :
+         {std::pair(Qt::Key_Down, 1U), std::pair(Qt::Key_Down, 2U), {Qt::Key_Up, 1U}}) {
+        QTest::keyClick(list, key);
+        EXPECT_TRUE(review().shows(ids_[shown])) << shown;
+    }
+    ASSERT_TRUE(waitUntil([&] { return isOnScreen(1); }));
+    QTest::keyClick(list, Qt::Key_Space);
+    EXPECT_TRUE(engine().transport().isPlaying);
+    press(Qt::Key_3, Qt::AltModifier);
+    EXPECT_TRUE(window_->results().isVisible());
+    EXPECT_LT(window_->results().table()->model()->rowCount(), 3) << "the filter has a key";
+}
+
 TEST_F(ReviewTest, TheMenuBarGivesTheKeyboardBack) {
     window_->openReview(ids_[0]);
     ASSERT_TRUE(window_->review().hasFocus());

@@ -24,10 +24,13 @@ namespace {
 
 constexpr int narrowestOutline = 180;
 
-/// A click or Return opens a row; a click on the triangle, Left and Right fold it.
+/// A click or Return opens a row, and so does an arrow that comes to a clip, so that the row that is marked
+/// is the clip that the keys act on; a click on the triangle, Left and Right fold it. Space plays.
 class OutlineList : public QListView {
   public:
     std::function<void(int row)> open, fold;
+    std::function<bool(int row)> isOpen; ///< the clip of the row is in view
+    std::function<void()> play;
 
   protected:
     void mousePressEvent(QMouseEvent* event) override {
@@ -44,10 +47,20 @@ class OutlineList : public QListView {
         if (!index.isValid()) return QListView::keyPressEvent(event);
         const auto& row = static_cast<const OutlineListModel*>(model())->row(index.row());
         const int key = event->key();
+        if (key == Qt::Key_Space && isOpen(index.row())) return play();
         if (key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space) return open(index.row());
         const bool isFolding = key == (row.isFolded ? Qt::Key_Right : Qt::Key_Left);
         if (row.isTake && isFolding) return fold(index.row());
         QListView::keyPressEvent(event);
+        if (currentIndex() == index) return;
+        // Over the row of a take that is unfolded, to its clips.
+        const auto* rows = static_cast<const OutlineListModel*>(model());
+        const bool isUp = currentIndex().row() < index.row();
+        const auto isTitle = [&](int row) { return rows->row(row).isTake && !rows->row(row).isFolded; };
+        const int next = currentIndex().row() + (isUp && currentIndex().row() > 0 ? -1 : 1);
+        if (isTitle(currentIndex().row()) && next < model()->rowCount())
+            setCurrentIndex(model()->index(next, 0));
+        if (!rows->row(currentIndex().row()).isTake) open(currentIndex().row());
     }
 };
 
@@ -83,6 +96,10 @@ OutlineView::OutlineView(Desktop& desktop, Choose choose, std::function<void()> 
     list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     list->setEditTriggers(QAbstractItemView::NoEditTriggers);
     list->open = [this](int row) { open(row); };
+    list->isOpen = [this](int row) {
+        return selected_ && !isTakeSelected_ && rows_.groupID(static_cast<std::size_t>(row)) == selected_;
+    };
+    list->play = [&desktop] { desktop.players().handleKeyAction(KeyAction::playPause); };
     list->fold = [this](int row) { rows_.toggleFolded(static_cast<std::size_t>(row)); };
     column->addWidget(list, 1);
     auto* keys = new SearchKeys(*search_, *list);

@@ -109,6 +109,7 @@ TEST(KeyboardMonitor, turnsKeysIntoActions) {
         {"arrows repeat", "+arrowRight =arrowRight -arrowRight", "stepForward stepForward ~"},
         {"an unmarked repeat is one", "+f +f -f +f", "toggleFullscreen . ~ toggleFullscreen"},
         {"modifiers count", "+shift+c +shift+arrowLeft", "updateClapPoint stepBackward5"},
+        {"a plus is typed with Shift", "+shift+plus", "zoomIn"},
         {"menus have their own keys", "+command+z +command+s", "~ ~"},
         {"a key without an action", "+q -q", "~ ~"},
         {"a text takes all keys", "t+k t-k t+c +c t-c +c", "~ ~ ~ . ~ clapCheck"},

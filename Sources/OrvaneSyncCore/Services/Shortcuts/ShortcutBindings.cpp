@@ -38,7 +38,11 @@ std::optional<ShortcutAction> actionFor(const ShortcutBindings& bindings, std::s
         const Shortcut& shortcut = binding.second;
         return !shortcut.isUnbound() && shortcut.key == key && shortcut.modifiers == modifiers;
     });
-    return found == bindings.end() ? std::nullopt : std::optional(found->first);
+    if (found != bindings.end()) return found->first;
+    // On most keyboards a plus is typed with Shift, which is no part of what is meant then.
+    if (key == Shortcut::SpecialKey::plus && modifiers.contains(ModifierSet::shift))
+        return actionFor(bindings, key, {modifiers.rawValue & ~ModifierSet::shift.rawValue});
+    return std::nullopt;
 }
 
 std::optional<Shortcut> shortcutInMenus(const ShortcutBindings& bindings, ShortcutAction action) {

@@ -233,8 +233,7 @@ void StartView::chooseInto(QLineEdit* field, const QString& caption) {
     if (chosen.isEmpty()) return;
     design::keptState::set(key, chosen);
     field->setText(chosen);
-    applyFields();
-    field->setFocus(); // Return scans
+    applyFields([this] { start_->setFocus(); }); // Return scans
 }
 
 void StartView::takeFolders(const QStringList& paths, std::function<void()> then) {

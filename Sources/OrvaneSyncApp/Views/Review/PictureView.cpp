@@ -275,6 +275,7 @@ void PictureView::lookForDevice() {
         device_->setToolTip(whole);
         device_->setAccessibleDescription(whole);
         device_->setVisible(note.has_value());
+        if (note) lookForDevice(); // one that is connected meanwhile is taken
     });
 }
 

@@ -237,6 +237,8 @@ ReviewView& MainWindow::review() {
         review_->whenMoved = [this] {
             forget(toldHere_);
             updateActions();
+            // Also a program that is ended from outside comes back to it.
+            if (results_ != nullptr) results_->saveListing(review_->clip());
         };
         review_->outline().whenAllWanted = [this] { listed_.reset(); };
     }

@@ -57,6 +57,7 @@ class Table : public QTableView {
     std::function<bool(const QModelIndex&, const QPoint&)> fold;
     std::function<void()> resized;
     std::function<void(int row, bool isLeft)> sideways;
+    std::function<void()> escape;
 
   protected:
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override {
@@ -75,6 +76,7 @@ class Table : public QTableView {
         const bool isLeft = event->key() == Qt::Key_Left;
         if ((isLeft || event->key() == Qt::Key_Right) && currentIndex().isValid())
             return sideways(currentIndex().row(), isLeft);
+        if (event->key() == Qt::Key_Escape && escape) return escape();
         QTableView::keyPressEvent(event);
     }
     void mousePressEvent(QMouseEvent* event) override {
@@ -195,6 +197,7 @@ QWidget* ResultsView::makeTable() {
         rows_.toggleFolded(static_cast<std::size_t>(index.row()));
         return true;
     };
+    table->escape = [this] { search_->clear(); };
     table->sideways = [this](int row, bool isLeft) {
         const auto& at = model_->row(row);
         if (at.foldable > 0 && at.isFolded != isLeft)
@@ -472,7 +475,10 @@ void ResultsView::restoreListing() {
     filter_->choose(static_cast<int>(filter));
     rows_.setFilter(filters.at(filter).mode);
     search_->setText(kept("search").toString());
-    if (const auto clip = UUID::fromText(utf8(kept("clip").toString()))) select(std::vector{*clip});
+    const auto clip = UUID::fromText(utf8(kept("clip").toString()));
+    if (!clip) return;
+    if (!rows_.rowOf(*clip)) search_->clear(); // it may have been renamed since
+    select(std::vector{*clip});
 }
 
 } // namespace orvane::views

@@ -58,8 +58,11 @@ void PlayheadLine::paintEvent(QPaintEvent* /*event*/) {
     constexpr int middle = playheadWidth / 2;
     constexpr double top = TimelineLayout::rulerHeight - 11, tip = TimelineLayout::rulerHeight - 1;
     painter.setPen(Qt::NoPen);
+    constexpr double lineOpacity = 0.6; // the peak of a clap is seen through it
     painter.setBrush(colours().text);
+    painter.setOpacity(lineOpacity);
     painter.drawRect(QRectF(middle, top, 1, height()));
+    painter.setOpacity(1);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.drawPolygon(QPolygonF{{0.5, top}, {playheadWidth - 0.5, top}, {middle + 0.5, tip}});
 }

@@ -383,7 +383,8 @@ class Painting {
 
     void mark(double x, double top, double bottom) {
         const double at = std::floor(x) + 0.5;
-        painter_.setPen(QPen(colours().focus, 1));
+        // What is looked for lies below: the peak of the clap.
+        painter_.setPen(QPen(colours().focus, 1, Qt::DotLine));
         painter_.drawLine(QPointF(at, top), QPointF(at, bottom));
         painter_.save();
         painter_.setRenderHint(QPainter::Antialiasing);

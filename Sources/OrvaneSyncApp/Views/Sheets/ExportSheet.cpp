@@ -88,9 +88,10 @@ QString grouped(const std::vector<std::string>& warnings, const std::map<std::st
             names << text(group.others[i]);
         if (group.others.size() > mostNames)
             names << QObject::tr("and %1 more").arg(group.others.size() - mostNames);
-        lines << QStringLiteral("   ") + QObject::tr("Likewise: %1").arg(names.join(QStringLiteral(", ")));
+        lines << QStringLiteral("   ") + QObject::tr("Likewise: %1").arg(names.join(QStringLiteral(", ")))
+              << QString(); // a line apart from the next kind
     }
-    return lines.join(QLatin1Char('\n'));
+    return lines.join(QLatin1Char('\n')).trimmed();
 }
 
 /// How many clips have no settled match, then each reason with the first of its clips.

@@ -158,7 +158,8 @@ TEST(SessionFiles, recordsOfAnEarlierVersionAreRead) {
         "algorithmExcludedTracks":[],"manualActiveTracks":[3],"manualBlockOverrides":[{"id":"AAAAAAAA-0000-4000-8000-000000000005","startSeconds":0.5,"endSeconds":1.5,"trackIndex":2}],
         "manualAudioOffsetSeconds":-0.25,"isApproved":true,"isLocked":true,"syncMethod":"clap","generateNativeMOSClip":false,"isPickup":false,"isExcludedFromExport":true,"masterGainDB":-3.5,"masterGainAuto":false}])";
     const SyncGroup read = groupsFromText(clip).front();
-    EXPECT_TRUE(haveSameContents(read, fromJSON<SyncGroup>(JSON::parse(clip).elements()->front()))); // both readers
+    EXPECT_TRUE(
+        haveSameContents(read, fromJSON<SyncGroup>(JSON::parse(clip).elements()->front()))); // both readers
     EXPECT_TRUE(read.isLocked && read.matchStatus == MatchStatus::manual());
     const char* project =
         R"({"version":1,"savedAt":"2026-11-24T10:00:00Z","videoFolderPath":"/media","groups":[{"id":"AAAAAAAA-0000-4000-8000-000000000001","videoPath":"/media/a.mov","audioPaths":["/media/s.wav"],

@@ -47,7 +47,7 @@ double distanceFrom(const ClockDrift& line, const Heard& one) {
     return std::abs(one.seconds - line.offsetAt(one.at));
 }
 
-std::string secondsText(double seconds) {
+std::string distanceText(double seconds) {
     return platform::text::formatted("%.1f s", std::abs(seconds)) + (seconds < 0 ? " late" : " early");
 }
 
@@ -82,8 +82,8 @@ void addClockDrift(const Shoot& shoot, const CameraAndCard& key, const HandledCl
         std::string(recorder) + "' run apart by " +
         platform::text::formatted("%.0f", std::abs(drift.perSecond) * million) +
         " parts in a million: the sound of " + counted(drift.count, "clip", "clips") + " goes from " +
-        secondsText(drift.offsetAt(drift.firstSeconds)) + " at " + timeOfDayText(drift.firstSeconds) +
-        " to " + secondsText(drift.offsetAt(drift.lastSeconds)) + " at " + timeOfDayText(drift.lastSeconds);
+        distanceText(drift.offsetAt(drift.firstSeconds)) + " at " + timeOfDayText(drift.firstSeconds) +
+        " to " + distanceText(drift.offsetAt(drift.lastSeconds)) + " at " + timeOfDayText(drift.lastSeconds);
     for (const Shoot::Clip* clip : card.unmoved) {
         if (!clip->place) continue;
         const double seconds = drift.offsetAt(startOf(*clip));

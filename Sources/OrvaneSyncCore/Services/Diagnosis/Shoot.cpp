@@ -135,7 +135,8 @@ bool isCovered(const Shoot& shoot, const SyncGroup& group, double clipSeconds, d
         const double start = match.syncOffsetSeconds + movedBySeconds;
         ranges.push_back({start, start + match.audio->durationSeconds.value_or(0)});
         TCRange whole = ranges.back();
-        if (const auto found = shoot.recordingByID.find(match.audio->id); found != shoot.recordingByID.end()) {
+        if (const auto found = shoot.recordingByID.find(match.audio->id);
+            found != shoot.recordingByID.end()) {
             whole.startSeconds -= shoot.wholes.startsAt[found->second];
             whole.endSeconds =
                 whole.startSeconds + shoot.wholes.places[found->second].range.durationSeconds();

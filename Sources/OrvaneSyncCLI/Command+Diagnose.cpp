@@ -36,12 +36,11 @@ std::string countsText(const ImportController& controller) {
 
 /// Where the microphones of the cameras do not bear out what timecode says.
 std::string heardText(const ImportController& controller) {
-    const std::size_t heard = controller.derivedDoubts().heardCount();
-    const std::size_t unheard = controller.derivedDoubts().unheardCount();
-    if (unheard == 0) return {};
-    return "The cameras' microphones heard the sound of " + std::to_string(heard) + " of " +
-           counted(heard + unheard, "clip", "clips") + " that were listened to, and in " +
-           std::to_string(unheard) + " nothing of it.\n";
+    const WorkDoubts::Listened& listened = controller.derivedDoubts().listened();
+    if (listened.unheard == 0) return {};
+    return "The cameras' microphones heard the sound of " + std::to_string(listened.heard) + " of " +
+           counted(listened.heard + listened.unheard, "clip", "clips") + " that were listened to, and in " +
+           std::to_string(listened.unheard) + " nothing of it.\n";
 }
 
 std::string findingsText(const WorkSnapshot& work, std::span<const std::string> call) {

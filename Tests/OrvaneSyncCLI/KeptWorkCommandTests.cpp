@@ -145,6 +145,7 @@ TEST_F(KeptWork, noCommandWritesOverWhatMustStay) {
     const std::vector<Case> writers{
         {".xml", {"sync", folder_.path("sound"), "-o"}},
         {".tsv", {"scan", folder_.path("sound"), "--review"}},
+        {".tsv", {"diagnose", folder_.path("sound"), "--review"}},
         {".xml", {"session", "export", session_, "-o"}},
         {".xml", {"project", "export", project_, "-o"}},
         {".png", {"frame", video, "--at", "0", "-o"}},

@@ -221,13 +221,9 @@ WorkDoubts::Listened WorkDoubts::cameOf(const HeardSound& heard, std::size_t mat
     const auto isHeard = [&](const UUID& match) {
         return heard.lags.contains(match) || heard.elsewhere.contains(match);
     };
-    return {matched, clipsWith(work_.syncGroups(), isHeard), suggested.size(), found.size()};
-}
-
-std::size_t WorkDoubts::unheardCount() const {
-    return heard_ ? clipsWith(work_.syncGroups(),
-                              [&](const UUID& match) { return heard_->unheard.contains(match); })
-                  : 0;
+    const auto isUnheard = [&](const UUID& match) { return heard.unheard.contains(match); };
+    return {matched, clipsWith(work_.syncGroups(), isHeard), clipsWith(work_.syncGroups(), isUnheard),
+            suggested.size(), found.size()};
 }
 
 std::size_t WorkDoubts::clipsOf(const std::vector<SoundLag::Pair>& pairs) const {

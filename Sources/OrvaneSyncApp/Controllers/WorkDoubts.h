@@ -90,15 +90,12 @@ class WorkDoubts {
     struct Listened {
         std::size_t matched = 0;   ///< that were compared with the recordings under them
         std::size_t heard = 0;     ///< of which it was heard where their sound lies
+        std::size_t unheard = 0;   ///< of which the camera has other sound than there and beside that
         std::size_t suggested = 0; ///< that were compared with recordings which may belong to them
         std::size_t found = 0;     ///< of which one of these was heard
         bool operator==(const Listened&) const = default;
     };
     const Listened& listened() const { return listened_; }
-    /// Of how many clips it was heard where their sound lies.
-    std::size_t heardCount() const;
-    /// Of how many the camera has other sound than the recording under the clip and those beside that.
-    std::size_t unheardCount() const;
 
   private:
     /// By group.

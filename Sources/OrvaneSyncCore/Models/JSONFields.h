@@ -134,13 +134,17 @@ bool isAbsent(const Field& field, const Json& json) {
     const auto value = json.find(field.key);
     return !value || value->isNull();
 }
+template <class Record, MayBeAbsent Field>
+auto valueOfNew(const Field& field) {
+    return Record{}.*field.member;
+}
 
 /// A record that is made of its fields in their order.
 template <class Record, class Json>
 Record madeFromJSON(const Json& json) {
     const auto taken = [&]<class Field>(const Field& field) {
         if constexpr (MayBeAbsent<Field>)
-            if (isAbsent(field, json)) return Record{}.*field.member;
+            if (isAbsent(field, json)) return valueOfNew<Record>(field);
         return Field::Form::taken(json, field.key);
     };
     return std::apply([&](const auto&... field) { return Record{taken(field)...}; },

@@ -73,7 +73,8 @@ class FullscreenWindow::Hint : public QWidget {
     double opacity_ = FullscreenManager::hintOpacity(0);
 };
 
-FullscreenWindow::FullscreenWindow(std::shared_ptr<VideoEngine> engine, const QRect& screen, const Of& of)
+FullscreenWindow::FullscreenWindow(const std::shared_ptr<VideoEngine>& engine, const QRect& screen,
+                                   const Of& of)
     : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint) {
     setWindowTitle(tr("Picture"));
     setCursor(Qt::BlankCursor);

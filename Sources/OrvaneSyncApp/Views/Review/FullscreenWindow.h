@@ -20,7 +20,7 @@ class FullscreenWindow : public QWidget {
         std::function<QString()> name; ///< of the camera, for the hint, which comes again with another
         std::function<std::vector<KeyGroup>()> keys; ///< what each does at this moment
     };
-    FullscreenWindow(std::shared_ptr<VideoEngine> engine, const QRect& screen, const Of& of);
+    FullscreenWindow(const std::shared_ptr<VideoEngine>& engine, const QRect& screen, const Of& of);
 
     /// The screens of the machine, and what opens a window on one of them.
     static FullscreenManager::Desktop desktop(std::shared_ptr<VideoEngine> engine, Of of);

@@ -121,7 +121,7 @@ class LoneDoubts {
         return std::nullopt;
     }
     DoubtCure cure(const MediaAsset& recording, double start) const {
-        const DoubtCure byHand = "attach it by hand to the clips that shall have it";
+        DoubtCure byHand = "attach it by hand to the clips that shall have it";
         const Recording* known = placed(recording);
         if (known == nullptr) return byHand;
         // The time of day alone: a date has an option of its own.

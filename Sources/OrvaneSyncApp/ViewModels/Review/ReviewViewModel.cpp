@@ -254,9 +254,10 @@ std::optional<double> ReviewViewModel::clapSeconds() const {
 
 std::optional<double> ReviewViewModel::clapInPicture() const {
     const auto clap = clapSeconds();
-    const SyncGroup* clip = group();
-    const auto length = clip == nullptr ? std::nullopt : clip->video.durationSeconds;
-    return clap && *clap >= 0 && (!length || *clap < *length) ? clap : std::nullopt;
+    if (!clap || *clap < 0) return std::nullopt;
+    const auto& length = group()->video.durationSeconds; // a clap is a clip's
+    if (length && *clap >= *length) return std::nullopt;
+    return clap;
 }
 
 double ReviewViewModel::clapCheckSeconds() const { return clapSeconds().value_or(clapCheckWithoutClap); }

@@ -480,6 +480,17 @@ TEST_F(ServeTest, aProjectIsOpenedInASessionOfItsOwn) {
     };
     EXPECT_EQ(first(before), "truetrue");
     EXPECT_EQ(first(own), "falsefalse");
+    // Nor is work lost that has no session.
+    for (const bool isProject : {true, false}) {
+        call("reset");
+        scan();
+        const std::size_t sessions = call("sessions").elements()->size();
+        call("toggleLocked", onFirst());
+        call(isProject ? "loadProject" : "newSession", isProject ? project : "{}");
+        call("saveSession");
+        ASSERT_EQ(call("sessions").elements()->size(), sessions + 2);
+        EXPECT_EQ(first(*call("sessions").elements()->at(1).find("id")->string()), "falsetrue");
+    }
 }
 
 TEST_F(ServeTest, bindsKeys) {

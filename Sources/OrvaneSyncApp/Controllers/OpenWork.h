@@ -76,6 +76,8 @@ class OpenWork : public WorkState {
     void redo();
     void clearUndo();
     UndoState undoState() const;
+    /// Whether somebody may have decided something of the clips since a scan made them.
+    bool mayHoldDecisions() const;
     /// For a change that is made in pieces while the editor goes on working, and becomes one step at its end,
     /// on top of those that came meanwhile: where the steps stand when it begins;
     std::uint64_t undoMark() const;
@@ -107,7 +109,6 @@ class OpenWork : public WorkState {
     void addStep(const UndoStep& step, Step before);
     void applyStep(bool isUndo);
     WildTracks wildTracksOf(const Step& target, const SyncGroupList& clipsBefore) const;
-    bool mayHoldDecisions() const;
 
     std::shared_ptr<const ScanOutcome> scan_; ///< that made the clips; null: none
     const std::unique_ptr<Steps> steps_;

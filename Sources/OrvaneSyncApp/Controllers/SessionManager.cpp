@@ -235,6 +235,7 @@ platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID ses
     self = weak.lock();
     const auto work = controller.lock();
     if (!self || !work || !*read || self->openings_ != opening || stop.stop_requested()) co_return;
+    self->keepDecisionsOf(*work);
     self->leaveSession(); // what was edited meanwhile is saved where it belongs
     self->open(sessionId, std::move(**read), *work);
 }
@@ -281,6 +282,7 @@ platform::Task SessionManager::findSession(const std::vector<FileURL>& folders,
 platform::Task SessionManager::newSession(ImportController& controller) {
     assertOnMainThread();
     ++openings_; // one that still reads is no longer asked for
+    keepDecisionsOf(controller);
     leaveSession();
     {
         const SessionAutosave::Restoring restoring(*autosave_);
@@ -304,9 +306,15 @@ void SessionManager::leaveSession() {
     folderSettings_->sayNowIfChanged();
 }
 
+/// Where other work takes the place of work that has no session, which nothing else would keep.
+void SessionManager::keepDecisionsOf(const ImportController& controller) {
+    if (isStarted_ && controller.work().mayHoldDecisions()) beginSessionOfOpenWork(controller);
+}
+
 /// The clips of the work before may stand until those of the project do; they are kept where they belong.
 void SessionManager::beginSessionOfProject(const FileURL& file) {
     ++openings_;
+    if (const auto controller = autosave_->controller()) keepDecisionsOf(*controller);
     autosave_->save();
     folderSettings_->sayNowIfChanged();
     setCurrentSession(UUID::random());

@@ -50,7 +50,8 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
     void beginSessionOfOpenWork(const ImportController& controller);
     /// From now on: saves after every change of clips, wild tracks or folders and every 5 seconds, watches
     /// the settings, sees within a second what another process changes of the lists, and gives a project that
-    /// is opened a session of its own, after that of the work before was saved. A list without clips is saved
+    /// is opened a session of its own, after that of the work before was saved; work without a session that
+    /// may hold decisions gets one first. A list without clips is saved
     /// only where the editor has emptied it. Once; later calls do nothing.
     void start(const std::shared_ptr<ImportController>& controller);
     /// The application is left, or comes back: saves; the timers rest in between.
@@ -104,6 +105,7 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
                 bool isChanged);
     void setCurrentSession(std::optional<UUID> id);
     void leaveSession();
+    void keepDecisionsOf(const ImportController& controller);
     void beginSessionOfProject(const FileURL& file);
     void projectIsOpen();
     static platform::Task open(std::weak_ptr<SessionManager> weak, UUID sessionId,

@@ -58,6 +58,23 @@ TEST(MXF, theFinishedHeaderCounts) {
     EXPECT_EQ(mxfText(std::string(70000, 'x') + mxfHeader(done)), "nothing");
 }
 
+TEST(MXF, theShareThatACopyReached) {
+    const std::string front = mxfHeader({}), footer = test::mxfWithFooter({}, {}, true).substr(front.size());
+    constexpr std::size_t size = 1 << 20U;
+    std::string whole = front;
+    for (std::uint32_t at = 0; whole.size() < size; ++at) whole += static_cast<char>(at * 2654435761U >> 24U);
+    constexpr std::size_t footerAt = 24 + 20; // within the partition's pack, behind its key and length
+    whole.replace(footerAt, 8, test::be64(size)).append(footer);
+    const auto share = [](std::string bytes, std::size_t zerosFrom) {
+        std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(zerosFrom), bytes.end(), '\0');
+        return test::inspectBytes(bytes)->heldShare.value_or(-1);
+    };
+    EXPECT_EQ(share(whole, whole.size()), -1);
+    EXPECT_NEAR(share(whole, size / 2), 0.5, 0.001);
+    EXPECT_EQ(share(whole, size - 4), -1) << "a damaged footer alone";
+    EXPECT_EQ(share(whole.replace(size / 2, size / 2, size / 2, '\0'), whole.size()), -1) << "black pictures";
+}
+
 TEST(MXF, sizesAndLength) {
     const auto check = [](const MXFSpec& spec, const char* expected) {
         EXPECT_EQ(test::inspectionText(test::inspectBytes(mxfHeader(spec))), expected);

@@ -1,5 +1,7 @@
 #include "Platform/Media/MXFSets.h"
 
+#include "Platform/Media/ZeroTail.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -137,6 +139,19 @@ std::optional<Partition> findFooter(RandomAccessFile& file, const Partition& fir
     return partition && partition->kind == footerPartition ? partition : std::nullopt;
 }
 
+/// Nothing of a file that has its footer, or whose header knows of none. Where a copy broke off in a file
+/// that was given its full size first, the footer's place holds zeros as all behind the copied part does.
+std::optional<double> shareBeforeFooter(RandomAccessFile& file, const Partition& first) {
+    if (first.footer == 0) return std::nullopt;
+    std::uint64_t end = file.size();
+    if (first.footer < file.size() - first.start) {
+        if (readPartition(file, first.start + first.footer)) return std::nullopt;
+        end = endOfWritten(file, {.begin = first.end, .end = file.size()});
+        if (end == file.size() || end > first.start + first.footer) return std::nullopt;
+    }
+    return static_cast<double>(end - first.start) / static_cast<double>(first.footer);
+}
+
 } // namespace
 
 ByteCursor Set::property(std::uint16_t tag) const {
@@ -179,11 +194,8 @@ std::optional<Header> readHeader(RandomAccessFile& file) {
     const auto first = findFirstPartition(file);
     if (!first) return std::nullopt;
     Header header{readSets(file, *first), first->isComplete()};
-    if (first->footer > 0 && first->footer >= file.size() - first->start) {
-        header.heldShare =
-            static_cast<double>(file.size() - first->start) / static_cast<double>(first->footer);
-        return header;
-    }
+    header.heldShare = shareBeforeFooter(file, *first);
+    if (header.heldShare) return header;
     if (header.isComplete) return header;
     if (const auto footer = findFooter(file, *first)) {
         std::vector<Set> last = readSets(file, *footer);

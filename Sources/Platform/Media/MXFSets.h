@@ -55,7 +55,8 @@ enum Kind : std::uint8_t {
 struct Header {
     std::vector<Set> sets;
     bool isComplete = false; ///< its partition says that all values are final
-    /// Of a file that ends before the footer of which its header knows: the share that is there.
+    /// Of a file that ends before the footer of which its header knows, or has zeros from there to its end:
+    /// the share that is there.
     std::optional<double> heldShare = {};
 };
 

@@ -45,8 +45,26 @@ constexpr std::array cureOptionsOfOneValue{CureOption::Kind::soundOffset, CureOp
                                            CureOption::Kind::timecodeRate, CureOption::Kind::days,
                                            CureOption::Kind::choose};
 
-/// Quoted where a shell would read it otherwise.
+/// As bash and zsh read it, in characters that every terminal shows as they are.
+std::string shellEscaped(std::string_view word) {
+    std::string result = "$'";
+    for (const char c : word) {
+        const auto byte = static_cast<unsigned char>(c);
+        const auto digit = [byte](unsigned shift) { return static_cast<char>('0' + (byte >> shift & 7U)); };
+        if (c == '\'' || c == '\\')
+            result += {'\\', c};
+        else if (byte >= ' ' && byte < 0x7F)
+            result += c;
+        else
+            result += {'\\', digit(6), digit(3), digit(0)};
+    }
+    return result + "'";
+}
+
+/// Quoted where a shell would read it otherwise; control characters, as a line feed in the name of a folder,
+/// are escaped.
 std::string shellWord(const std::string& word) {
+    if (platform::text::printable(word) != word) return shellEscaped(word);
     constexpr std::string_view plain =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-./:=,+@%";
     return !word.empty() && word.find_first_not_of(plain) == std::string::npos ? word : shellQuoted(word);
@@ -147,8 +165,7 @@ std::optional<std::string> CureCommands::next(const DoubtCure& cure, const std::
     Parts parts = besideCure(parts_, options);
     std::string plain = shellLine(wordsOf(start_, parts, options));
     std::string meaning = meaningOf(parts, options);
-    if (platform::text::printable(plain) != plain || given_.contains(meaning) || !helps())
-        return std::nullopt;
+    if (given_.contains(meaning) || !helps()) return std::nullopt;
     given_.insert(std::move(meaning));
     if (!options.leavesCardsOut() || !numberOutput(parts, documents_ + 1)) return plain;
     ++documents_;

@@ -119,7 +119,7 @@ TEST(CureCommand, isTheCallWithWhatTheCureSays) {
          "--sound-date YYYY-MM-DD, or lock it",
          std::nullopt},
         {{"a"}, "choose --days same", "choose --days same", std::nullopt},
-        {{"a\nb"}, sameDay, "--days same", std::nullopt},
+        {{"a\nb'\\\xff"}, sameDay, "--days same", R"(orvanesync scan $'a\012b\'\\\377' --days same)"},
     };
     for (const auto& one : cases) {
         std::vector<std::string> call{"orvanesync", "scan"};

@@ -143,6 +143,30 @@ TEST(SyncDoubts, WhatGoesOnBehindMidnightNeedsAnotherRuleOfDays) {
     EXPECT_TRUE(shot.doubts.isEmpty());
 }
 
+TEST(SyncDoubts, TakesOfTwoDaysUnderOneClipAreNoClockSetBack) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    Shot shot;
+    for (int i = 0; i < 10; ++i) {
+        const int day = i / 5;
+        const double at = 36000 + 600 * (i % 5) + 11 * day;
+        const std::string number = std::to_string(i);
+        shot.videos.push_back(clipAt("/C/A" + number + ".mov", at, 15));
+        shot.videos.back().headerDate =
+            *dateFromISO8601("2024-05-17T00:00:00Z") + std::chrono::seconds(86400 * day + std::lround(at));
+        shot.audios.push_back(
+            recordingAt("/S/" + std::to_string(240517 + day) + "-" + number + ".wav", at - 5, 35));
+    }
+    shot.diagnose();
+    EXPECT_EQ(shot.count(Kind::otherDay), 10);
+    for (const auto& [id, own] : shot.doubts.byGroup)
+        for (const SyncDoubt& doubt : own) {
+            EXPECT_EQ(doubt.message.find("clock was set back"), std::string::npos) << doubt.message;
+            EXPECT_TRUE(doubt.cure.text().ends_with("--days same")) << doubt.cure.text();
+        }
+    shot.diagnose({.days = MatchingDays::same});
+    EXPECT_TRUE(shot.doubts.isEmpty());
+}
+
 TEST(SyncDoubts, FewClipsAreDoubtedByTheirHeadersOneByOne) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     struct Case {

@@ -46,6 +46,11 @@ class DayDoubts {
     }
 
   private:
+    std::optional<long> dayOf(const MediaAsset& recording) const {
+        const auto found = shoot_.recordingByID.find(recording.id);
+        return found == shoot_.recordingByID.end() ? std::nullopt
+                                                   : shoot_.recordings[found->second].place.day;
+    }
     const Recording& primaryOf(const Shoot::Clip& clip) const { return shoot_.recordings[*clip.primary]; }
 
     /// `reason`: as that of a doubt.
@@ -198,6 +203,15 @@ class DayDoubts {
 
     /// Whether there is a doubt.
     bool collides(const Shoot::Clip& clip, const AudioMatch& other) {
+        const MediaAsset& own = *clip.group->primaryAudio();
+        const auto ownDay = dayOf(own), otherDay = dayOf(*other.audio);
+        if (ownDay && otherDay && ownDay != otherDay)
+            return doubt(clip, Kind::otherDay,
+                         shoot_.nameOf(own) + " under " + shoot_.nameOf(clip.group->video) + " is of " +
+                             dayText(*ownDay) + ", and " + shoot_.nameOf(*other.audio) +
+                             ", which fits as well by the time of day, of " + dayText(*otherDay),
+                         "take off what is of another day, scan each day by itself, or " +
+                             DayCures::sameDayOnly());
         return doubt(
             clip, Kind::otherDay,
             shoot_.nameOf(*clip.group->primaryAudio()) + " under " + shoot_.nameOf(clip.group->video) +

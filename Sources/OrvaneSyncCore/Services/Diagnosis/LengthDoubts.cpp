@@ -141,9 +141,20 @@ class LengthDoubts {
                     (before == nullptr || endOf(file) > endOf(*before)) &&
                     SplitRecordingDetector::mayContinue(of_.fileOf(file), of_.fileOf(after)))
                     before = &file;
-            if (before == nullptr || std::abs(reportedAt - endOf(*before)) < 1) continue;
+            if (before == nullptr || std::abs(reportedAt - endOf(*before)) < 1 || isFilled(*before, after))
+                continue;
             if (gap(*before, after, after.startSeconds - endOf(*before))) reportedAt = endOf(*before);
         }
+    }
+    /// A part with another name may lie between the two, in their channels.
+    bool isFilled(const TakeFile& before, const TakeFile& after) const {
+        constexpr double tolerance = SplitRecordingDetector::contiguityToleranceSeconds;
+        const double from = before.startSeconds + before.durationSeconds;
+        return std::ranges::any_of(of_.take.files, [&](const TakeFile& file) {
+            return file.role != TakeRole::mirror && file.firstChannel == after.firstChannel &&
+                   std::abs(file.startSeconds - from) <= tolerance &&
+                   std::abs(file.startSeconds + file.durationSeconds - after.startSeconds) <= tolerance;
+        });
     }
     bool gap(const TakeFile& before, const TakeFile& after, double seconds) {
         if (seconds < smallestGapSeconds || seconds > SplitRecordingDetector::largestGapSeconds) return false;

@@ -389,6 +389,22 @@ TEST(SyncEngine, clipsStandInTheOrderOfTheirNamesHoweverTheCardsInterlock) {
     }
 }
 
+TEST(SyncEngine, theSoundOfAnotherUnitIsNoRivalOfTheOwnOne) {
+    for (const bool coversAll : {true, false}) {
+        std::vector<MediaAsset> sounds{audio("T.wav", "09:59:55:00", coversAll ? 30 : 18),
+                                       audio("U.wav", "10:00:09:00", 30)};
+        MediaAsset clip = video("A.mov", "10:00:00:00", 15);
+        clip.url.path = "/S/UNIT1/CAM/A.mov";
+        sounds[0].url.path = "/S/UNIT1/SND/T.wav";
+        sounds[1].url.path = "/S/UNIT3/SND/U.wav";
+        EXPECT_EQ(matched(clip, sounds).matchStatus,
+                  coversAll ? MatchStatus::matched() : MatchStatus::ambiguous(2));
+        sounds[1].url.path = "/S/UNIT1/SND2/U.wav";
+        sounds[0].url.path = "/S/UNIT1/SND1/T.wav";
+        EXPECT_EQ(matched(clip, sounds).matchStatus, MatchStatus::ambiguous(2)) << "of the own unit, both";
+    }
+}
+
 TEST(UnitNearness, isGreaterWithinTheFoldersOfAUnit) {
     struct Case {
         std::string clip, own, other;

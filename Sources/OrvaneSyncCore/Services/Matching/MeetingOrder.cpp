@@ -213,11 +213,18 @@ void rankOthers(std::vector<RankedRecording>& ranked) {
     putOtherDaysBehind(others, std::ranges::max(ranked, {}, &RankedRecording::coveredSeconds).coveredSeconds);
 }
 
-bool isInDoubt(const std::vector<RankedRecording>& ranked, const std::vector<Candidate>& files) {
+bool isInDoubt(const MediaAsset& video, const TCRange& clip, const std::vector<RankedRecording>& ranked,
+               const std::vector<Candidate>& files) {
     const RankedRecording& best = ranked.front();
     const double least = best.coveredSeconds * ambiguityShare;
+    const bool isAll = best.coveredSeconds >= clip.endSeconds - clip.startSeconds - roundingSeconds;
+    const auto nearnessOf = [&](const RankedRecording& one) {
+        return UnitNearness::of(video, *files[one.files.front()].audio);
+    };
     const auto mayCompete = [&](const RankedRecording& one) {
-        return one.coveredSeconds < least && (best.isOfOtherDay || !one.isOfOtherDay);
+        if (one.coveredSeconds >= least || (!best.isOfOtherDay && one.isOfOtherDay)) return false;
+        // Another unit's, beside the own one's, which has all of the clip.
+        return !isAll || best.isOfOtherDay || nearnessOf(one) >= nearnessOf(best);
     };
     if (std::ranges::none_of(ranked, mayCompete)) return false;
 
@@ -272,7 +279,7 @@ MatchStatus rankMeetings(const MediaAsset& video, const TCRange& clip, std::vect
         files.candidates.push_back({&*part.file->asset, part.range()});
     std::vector<RankedRecording> ranked = rankedRecordings(video, clip, files);
     rankOthers(ranked);
-    const bool isSettled = !isInDoubt(ranked, files.candidates);
+    const bool isSettled = !isInDoubt(video, clip, ranked, files.candidates);
     auto listed = meetings.begin();
     for (const RankedRecording& one : ranked)
         for (const std::size_t file : one.files) *listed++ = files.meetings[file];

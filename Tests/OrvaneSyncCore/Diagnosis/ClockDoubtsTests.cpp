@@ -138,7 +138,8 @@ TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
         << cureOf(flat);
     for (std::size_t i = 0; i < half.audios.size(); ++i) setBack(half.audios[i], i < 5 ? 7 * hour : 0);
     EXPECT_EQ(cureOf(half), "--sound-offset 07:00:00:00 in a scan of this card alone (--exclude "
-                            "'S/A_[5-9].wav' --exclude 'S/A_[0-9][0-9].wav')");
+                            "'S/A_[5-9].wav' --exclude 'S/A_[0-9][0-9].wav'); the other recordings then "
+                            "need a document of their own");
     Shot few = half; // of which the right ones can be named
     few.videos.assign(half.videos.begin() + 2, half.videos.begin() + 8);
     few.audios.assign(half.audios.begin() + 2, half.audios.begin() + 8);

@@ -270,7 +270,9 @@ class ClockDoubts {
         DoubtCure cure =
             cure_.of(card, offset).in(lost > 0 ? cure_.scanOfRecordings(card, one.isPart) : std::nullopt) +
             common.clapAfter(rate_) +
-            (lost > 0 && (isForAll || !one.isPart) ? cure_.forOtherSound(one.card) : "");
+            (lost == 0                 ? ""
+             : isForAll || !one.isPart ? cure_.forOtherSound(one.card)
+                                       : OffsetCure::forOtherRecordings());
         const bool mayBeRoomTone = isForAll && common.isGuess(rate_);
         if (mayBeRoomTone && heard.isRefuted)
             text += "; the microphones of the cameras heard nothing of them there";

@@ -141,9 +141,10 @@ void addMovedPart(const Shoot& shoot, const std::map<CameraAndCard, HandledClips
         const auto nameOf = [&](std::size_t file) { return shoot.nameOf(*shoot.recordings[file].asset); };
         text += ": its recordings " + nameOf(first) + " to " + nameOf(last) + " are " +
                 spanText(std::abs(clock.seconds)) + (isSoundLate ? " late" : " early") + " against the clips";
+        const auto scan = cure.scanOfRecordings(sound, true);
         addCardDoubt(doubts,
                      {SyncDoubt::Kind::constantOffset, std::move(text),
-                      std::move(moved).in(cure.scanOfRecordings(sound, true)) + clap},
+                      std::move(moved).in(scan) + clap + (scan ? OffsetCure::forOtherRecordings() : "")},
                      part.clips);
         return;
     }

@@ -67,6 +67,10 @@ std::string OffsetCure::forOtherSound(const Card& card) const {
     return hasOther ? "; the other sound then needs a document of its own" : "";
 }
 
+std::string OffsetCure::forOtherRecordings() {
+    return "; the other recordings then need a document of their own";
+}
+
 std::optional<CureScan> OffsetCure::scanOfClips(const Card& card) const {
     return scanWithout(LeavingOut(shoot_).of([&](const MediaAsset& file) {
         if (file.kind == AssetKind::video) return !file.url.path.starts_with(card.folder + "/");

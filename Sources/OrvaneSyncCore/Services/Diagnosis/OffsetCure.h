@@ -25,6 +25,8 @@ class OffsetCure {
                                              const std::set<std::string_view>& cameras = {}) const;
     /// What to say behind such a cure where clips have other sound as well, which that scan leaves out.
     std::string forOtherSound(const Card& card) const;
+    /// The same behind the cure of a part of a card, whose other recordings that scan leaves out.
+    static std::string forOtherRecordings();
     /// With a day, without recordings of others than that from which the card is moved.
     std::optional<CureScan> scanOfClips(const Card& card) const;
     /// For the clips of one folder from the first to the last; with a card, for its recordings alone.

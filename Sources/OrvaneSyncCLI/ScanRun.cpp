@@ -157,14 +157,14 @@ void ScanRun::readOptions(const Arguments& arguments) {
     if (const auto report = arguments.value("--report")) loadReport(*report);
 }
 
-/// A report without a table in it is a warning: the clips are worth having without it.
 void ScanRun::loadReport(const std::string& path) {
     if (const std::string why = whyNoReport(path); !why.empty())
         throw UsageError("can't read the report '" + path + "': " + why);
     wait(controller_->reports().loadALE({platform::files::standardized(path)}));
     if (const auto& error = controller_->reports().aleImportError())
-        warn(*error);
-    else if (const auto& report = controller_->reports().aleFile())
+        throw UsageError("can't read the report " + *error +
+                         "; --report takes a camera or sound report (ALE, CSV, TSV)");
+    if (const auto& report = controller_->reports().aleFile())
         for (std::string& doubt : reportDoubts(*report, *context_.settings)) warn(std::move(doubt));
 }
 

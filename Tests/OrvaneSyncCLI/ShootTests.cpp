@@ -311,15 +311,20 @@ TEST_F(ShootTest, aReportReachesTheClipsAndTheDocument) {
         << hint.out;
 }
 
-TEST_F(ShootTest, aReportWithoutATableIsAWarning) {
-    const std::string says = "list.csv: No column header found in the file";
-    const Outcome outcome = runWith({"sync", folder_.path(), "-o", folder_.path("out.fcpxml"), "--report",
-                                     folder_.write("list.csv", "Name\nA\n"), "--json"});
-    EXPECT_EQ(outcome.status, done);
-    EXPECT_EQ(outcome.err, "warning: " + says + "\n");
-    EXPECT_EQ(*outcome.json().find("warnings")->elements()->back().string(), says);
-    EXPECT_EQ(outcome.json().find("syncClipCount")->integer(), 3);
-    EXPECT_EQ(outcome.json().find("aleMatchStatus"), nullptr);
+TEST_F(ShootTest, aReportThatIsNoneOrOfAnotherDayIsTold) {
+    const auto with = [&](const std::string& report) {
+        return runWith({"scan", folder_.path(), "--report", folder_.write("list.csv", report), "--json"});
+    };
+    const Outcome none = with("Name\nA\n");
+    EXPECT_EQ(none.status, wrongUsage);
+    EXPECT_NE(none.err.find("list.csv: No column header found in the file"), std::string::npos) << none.err;
+    for (const auto& [cells, isTold] :
+         {std::pair("15:00:00:00,2026-11-20", true), std::pair("10:00:02:00,2026-11-19", false),
+          std::pair("10:00:02:00,2026-11-01", true), std::pair("-,today", false)}) {
+        const Outcome outcome =
+            with(std::string("Name,Start,Shoot Date\na001c001_261120_r1ab,") + cells + "\n");
+        EXPECT_EQ(outcome.err.find("of another day") != std::string::npos, isTold) << cells << outcome.err;
+    }
 }
 
 TEST_F(ShootTest, whatTheScanDoubtsIsALineAndInTheJSON) {

@@ -1,6 +1,9 @@
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Matching/MatchRules.h"
+#include "OrvaneSyncCore/Services/Matching/Recordings.h"
+#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "OrvaneSyncCore/Services/Naming/ResultsList.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/FilenameUtils.h"
@@ -9,8 +12,10 @@
 #include "Platform/Stop.h"
 #include "Platform/Text.h"
 #include "Timecode/ExactRate.h"
+#include "Timecode/Timecode.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <map>
 #include <unordered_map>
@@ -96,6 +101,48 @@ void addFilesThatAReportMixesUp(const WorkSnapshot& work, std::vector<std::strin
                            firstAndMore(names));
 }
 
+/// What the clip's row says that is not so of the clip; empty where it says nothing of the kind.
+std::string contradictionOf(const SyncGroup& group) {
+    constexpr double sameStartSeconds = 1;
+    const auto cell = [&](const char* name) {
+        const auto found = group.aleMetadata->find(name);
+        return found == group.aleMetadata->end() ? std::string()
+                                                 : std::string(platform::text::trimmed(found->second));
+    };
+    MediaAsset stated = group.video;
+    stated.startTimecodeString = cell("Start");
+    const auto start = SyncEngine::tcRange(group.video), other = SyncEngine::tcRange(stated);
+    if (start && other && Timecode::fromString(*stated.startTimecodeString, labelRate(group.video)) &&
+        std::abs(other->startSeconds - start->startSeconds) > sameStartSeconds)
+        return "starts at " + *stated.startTimecodeString + ", and the clip at " +
+               *group.video.startTimecodeString;
+    const auto date = dateFromISO8601(cell("Shoot Date") + "T00:00:00Z"), day = group.video.shootDay();
+    constexpr long longestNight = 1; // a report has the day on which the shoot began
+    if (date && day &&
+        std::abs(std::chrono::floor<std::chrono::days>(*date).time_since_epoch().count() - dayNumber(*day)) >
+            longestNight)
+        return "is of " + cell("Shoot Date") + ", and the clip is not";
+    return {};
+}
+
+/// Cameras begin their names anew with each card.
+void addReportOfAnotherDay(const WorkSnapshot& work, std::vector<std::string>& warnings) {
+    if (!work.aleFile) return;
+    std::size_t rows = 0, wrong = 0;
+    std::string first;
+    for (const SyncGroup& group : work.groups()) {
+        if (!group.hasALEMetadata() || fileOfRow(group) != &group.video) continue;
+        ++rows;
+        const std::string contradiction = contradictionOf(group);
+        if (contradiction.empty()) continue;
+        if (wrong++ == 0) first = "the row of '" + work.fileNames().of(group.video) + "' " + contradiction;
+    }
+    if (wrong == 0 || wrong * 2 < rows) return; // a slip of the pen
+    warnings.push_back("the report may be of another day: " + first +
+                       (wrong > 1 ? "; likewise " + counted(wrong - 1, "more clip", "more clips") : "") +
+                       "; load the report of these clips");
+}
+
 /// What of an opened project stands on no clip.
 void addUnusedOfProject(const WorkSnapshot& work, std::vector<std::string>& warnings) {
     Names clips;
@@ -141,6 +188,7 @@ std::vector<std::string> scanWarnings(const WorkSnapshot& work) {
     addUnreadKinds(work, warnings);
     addProxies(work, warnings);
     addFilesThatAReportMixesUp(work, warnings);
+    addReportOfAnotherDay(work, warnings);
     if (const auto& scan = work.scanResult(); scan && !scan->unreadFiles.empty()) {
         Names files;
         for (const FileURL& file : scan->unreadFiles) files.push_back(file.path);

@@ -99,6 +99,8 @@ TEST_F(ServeTest, aMistakeChangesNothing) {
          "-32602 addBlockOverride: trackIndex: the clip's take has tracks 1 to 6"},
         {"addBlockOverride", onFirst(R"(,"startSeconds":-1,"endSeconds":1,"trackIndex":1)"),
          "-32602 addBlockOverride: startSeconds must be 0 or more"},
+        {"addBlockOverride", onFirst(R"(,"startSeconds":1,"endSeconds":1,"trackIndex":1)"),
+         "-32602 addBlockOverride: the range must last 0.1 s at least"},
         {"setSyncMethod", onFirst(R"(,"method":"luck")"),
          "-32602 setSyncMethod: method must be one of timecode, clap, manual"},
         {"attachAudioToGroup", onFirst(R"(,"audio":"33333333-3333-4333-8333-333333333333")"),
@@ -198,6 +200,8 @@ TEST_F(ServeTest, aFolderIsNamedLeftOrTakenAway) {
     call("setCorrections", R"({"soundDate":"2026-11-20","timecodeRate":"25"})");
     call("setCorrections", R"({"soundDate":null})");
     EXPECT_NE(failure("setCorrections", R"({"soundOffset":"01:00:00:25"})"), "") << "it counts at 25";
+    EXPECT_NE(failure("setCorrections", R"({"timecodeRate":null,"soundOffset":"01:00:00:25"})"), "")
+        << "and the clips do";
     const SourceCorrections corrections{{}, {}, TimecodeFrameRate::fps25};
     call("startScan");
     EXPECT_EQ(context_.controller->work().syncGroups().size(), 3U);
@@ -425,6 +429,7 @@ TEST_F(ServeTest, keepsSessionsAndSettings) {
 TEST_F(ServeTest, whatTheDiskRefusesIsAnError) {
     call("newSession");
     const std::string id = *call("sessions").elements()->front().find("id")->string();
+    EXPECT_NE(failure("renameSession", R"({"name":" ","sessionId":")" + id + "\"}"), "");
     call("createFolder", R"({"name":"Old"})");
     call("setSessionFolder", R"({"folder":"Old","sessionId":")" + id + "\"}");
     const std::filesystem::path sessions = work_.path("Orvane Tandrel/Sessions");

@@ -27,8 +27,6 @@ void toggle(std::set<int>& tracks, int track) {
     if (tracks.erase(track) == 0) tracks.insert(track);
 }
 
-constexpr double shortestOverrideSeconds = 0.1;
-
 constexpr double sameMomentSeconds = 0.000001;
 
 void expectRange(const SyncGroup& group, double low, double high, int trackIndex) {

@@ -23,9 +23,10 @@ class TrackEditing {
     platform::Task toggleAlgorithmInclusion(const UUID& groupID, int trackIndex);
     platform::Task soloAlgorithmInclusion(const UUID& groupID, int trackIndex);
 
-    /// In seconds of clip time, in either order; overrides below it make room. Under 0.1 s: nothing. Throws
-    /// OutOfRange for a track that the clip's take does not have, and for a range that is not within the
-    /// clip. `inPlaceOf`: one that goes for it.
+    static constexpr double shortestOverrideSeconds = 0.1;
+    /// In seconds of clip time, in either order; overrides below it make room. Nothing for a range under the
+    /// shortest. Throws OutOfRange for a track that the clip's take does not have, and for a range that is
+    /// not within the clip. `inPlaceOf`: one that goes for it.
     platform::Task addBlockOverride(UUID groupID, double startSeconds, double endSeconds, int trackIndex,
                                     std::optional<UUID> inPlaceOf = std::nullopt);
     platform::Task removeBlockOverride(UUID groupID, UUID overrideID);

@@ -7,9 +7,11 @@
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Naming/BatchRenamer.h"
 #include "OrvaneSyncCore/Services/Shortcuts/ReviewKeys.h"
+#include "Platform/Text.h"
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace orvane::commands {
 
@@ -270,9 +272,13 @@ std::vector<Command> valueCommands() {
                        {.name = "trackIndex", .kind = integer, .lowest = 1},
                        {"overrideID", id, true}},
                       [](Controller& controller, const Call& call) {
+                          const double start = call.number("startSeconds"), end = call.number("endSeconds");
+                          if (std::abs(end - start) < TrackEditing::shortestOverrideSeconds)
+                              throw OutOfRange(
+                                  platform::text::formatted("the range must last %g s at least",
+                                                            TrackEditing::shortestOverrideSeconds));
                           return controller.tracks().addBlockOverride(
-                              call.id("groupID"), call.number("startSeconds"), call.number("endSeconds"),
-                              call.integer("trackIndex"),
+                              call.id("groupID"), start, end, call.integer("trackIndex"),
                               call.has("overrideID") ? std::optional(call.id("overrideID")) : std::nullopt);
                       }),
         editAndListen("removeBlockOverride", "Removes a range that was chosen by hand.", removeBlockOverride,

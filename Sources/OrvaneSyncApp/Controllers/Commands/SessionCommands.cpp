@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "Platform/Text.h"
 
 namespace orvane::commands {
 
@@ -110,6 +111,12 @@ JSON suggestedName(CommandContext& context, const UUID& session, const Call&) {
     return name ? JSON(*name) : JSON();
 }
 
+std::string givenSessionName(const Call& call) {
+    if (platform::text::trimmed(call.text("name")).empty())
+        throw Error(Refusal::invalidArguments, "the name of the session is empty");
+    return call.text("name");
+}
+
 /// A decision about a session of the list; it answers when that is on the disk.
 template <class Operation>
 Command deciding(std::string_view id, std::string_view title, std::string_view help, Parameter more,
@@ -155,9 +162,9 @@ std::vector<Command> openingCommands() {
             "one.",
             {{"name", text, true}},
             [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+                auto name = call.has("name") ? std::optional(givenSessionName(call)) : std::nullopt;
                 context.sessions->beginSessionOfOpenWork(*context.controller);
-                return saved(context,
-                             context.sessions->save(*context.controller, call.textIfPresent("name")));
+                return saved(context, context.sessions->save(*context.controller, std::move(name)));
             }),
         Command::later("loadSession", "Open Session", "Opens a session in place of the work that is open.",
                        {sessionId}, loadSession)
@@ -171,7 +178,7 @@ std::vector<Command> openingCommands() {
             .when(hasSessions),
         deciding("renameSession", "Rename Session", "Names a session.", {"name", text},
                  [](CommandContext& context, const UUID& session, const Call& call) {
-                     context.sessions->rename(session, call.text("name"));
+                     context.sessions->rename(session, givenSessionName(call));
                  })
             .when(hasSessions),
         deciding("setSessionFolder", "Move Session to Folder", "Puts a session into a folder, or out of it.",

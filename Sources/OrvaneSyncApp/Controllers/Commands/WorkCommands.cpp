@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/Readable.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkDiagnosis.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
+#include "OrvaneSyncCore/Services/Matching/MatchRules.h"
 
 #include <algorithm>
 
@@ -64,7 +65,8 @@ void leaveOtherShoot(ImportController& controller, const std::shared_ptr<Session
         sessions->newSession(controller);
 }
 
-/// What is not named stays, a null takes it away.
+/// What is not named stays, a null takes it away. An offset counts at the rate of the clips, where there are
+/// any.
 void takeFolders(ImportController& controller, const std::shared_ptr<SessionManager>& sessions,
                  const Call& call, NamedFolders named) {
     const OpenWork& work = controller.work();
@@ -111,6 +113,8 @@ JSON setCorrections(CommandContext& context, const Call& call) {
         SourceCorrections corrections =
             SourceCorrections::fromTexts(text("soundOffset", present.soundOffset),
                                          text("soundDate", present.soundDate), text("timecodeRate", rate));
+        const SyncGroupList& groups = context.controller->work().syncGroups();
+        if (!groups.empty()) corrections.soundOffsetSeconds(rateOfMostClips(groups));
         corrections.days = context.controller->work().keptCorrections().days;
         context.controller->scan().setCorrections(std::move(corrections));
     } catch (const CorrectionError& error) {

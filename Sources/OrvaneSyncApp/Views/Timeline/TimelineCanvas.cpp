@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Timeline/TimelineCanvas.h"
 
 #include "OrvaneDesignKit/Theme.h"
+#include "OrvaneSyncApp/Controllers/TrackEditing.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QHelpEvent>
@@ -371,6 +372,7 @@ void TimelineCanvas::click(Qt::KeyboardModifiers held) {
 }
 
 void TimelineCanvas::chooseRange(const TimelineSpan& span, int track, const std::optional<UUID>& inPlaceOf) {
+    if (std::abs(span.endSeconds - span.startSeconds) < TrackEditing::shortestOverrideSeconds) return;
     JSON added = ofClip();
     added.set("startSeconds", span.startSeconds);
     added.set("endSeconds", span.endSeconds);

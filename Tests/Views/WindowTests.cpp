@@ -474,6 +474,16 @@ TEST_F(WindowTest, AStartOpensTheNewestSessionOrSaysWhyNot) {
     EXPECT_EQ(page(), 0);
     EXPECT_TRUE(bannerText().contains("ended while it opened")) << "it is not tried twice";
     std::ofstream(utf8(folder) + "/groups.json") << "no clips";
+    // So does opening it again in the same run, also after a clip was only opened.
+    window_->openReview(clip("B001C001").id);
+    desktop_->run("reset");
+    ASSERT_TRUE(waitUntil([&] { return work().syncGroups().empty(); }));
+    JSON again = JSON::object();
+    again.set("sessionId", id.text());
+    desktop_->run("loadSession", std::move(again));
+    ASSERT_TRUE(waitUntil([&] { return !work().syncGroups().empty() && page() == 2; }));
+    EXPECT_EQ(window_->results().selectedClips(), std::vector{clip("B001C001").id});
+
     start();
     EXPECT_EQ(page(), 0);
     EXPECT_TRUE(bannerText().contains("groups.json")) << bannerText().toStdString();

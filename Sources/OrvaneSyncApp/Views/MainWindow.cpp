@@ -196,6 +196,7 @@ void MainWindow::observe() {
             wantsStart_ = false;
             leaveBannerOfOtherSession();
         }
+            if (results_ != nullptr) results_->restoreListing(); // its clips stand before it is the open one
         updateStatus();
     });
     // A clip that leaves the work leaves its screen.

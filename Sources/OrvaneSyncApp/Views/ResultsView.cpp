@@ -240,7 +240,10 @@ QWidget* ResultsView::makeTable() {
     connect(table, &QTableView::customContextMenuRequested, this, [this](const QPoint& at) { showMenu(at); });
     connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
         chosen_ = selectedClips();
-        if (!chosen_.empty()) chosenRow_ = rows_.rowOf(chosen_.front()).value_or(0);
+        if (!chosen_.empty()) {
+            chosenRow_ = rows_.rowOf(chosen_.front()).value_or(0);
+            remember(chosen_.front());
+        }
         if (whenSelectionChanged) whenSelectionChanged();
     });
     connect(table->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
@@ -455,27 +458,38 @@ void ResultsView::showFilter(int choice) {
     table_->setFocus();
 }
 
-void ResultsView::saveListing(const std::optional<UUID>& clip) const {
+void ResultsView::remember(const UUID& clip) {
+    if (const auto& session = desktop_.sessions().currentSessionId())
+        lastOf_.insert_or_assign(*session, clip);
+}
+
+void ResultsView::saveListing(const std::optional<UUID>& clip) {
     const auto& session = desktop_.sessions().currentSessionId();
     const auto keep = [](const char* key, const QVariant& value) {
         keptState::set(QLatin1String("list/") + key, value);
     };
-    keep("session", session ? text(session->text()) : QString());
+    if (!session) return; // that of the session last open stands
+    keep("session", text(session->text()));
     const auto shown = clip || chosen_.empty() ? clip : std::optional(chosen_.front());
     keep("clip", shown ? text(shown->text()) : QString());
     keep("filter", filter_->chosen());
     keep("search", search_->text());
+    if (shown) remember(*shown);
 }
 
 void ResultsView::restoreListing() {
-    const auto kept = [](const char* key) { return keptState::value(QLatin1String("list/") + key); };
     const auto& session = desktop_.sessions().currentSessionId();
-    if (!session || kept("session").toString() != text(session->text())) return;
-    const auto filter = std::clamp<std::size_t>(kept("filter").toUInt(), 0, filters.size() - 1);
-    filter_->choose(static_cast<int>(filter));
-    rows_.setFilter(filters.at(filter).mode);
-    search_->setText(kept("search").toString());
-    const auto clip = UUID::fromText(utf8(kept("clip").toString()));
+    if (!session) return;
+    const auto last = lastOf_.find(*session);
+    std::optional<UUID> clip = last != lastOf_.end() ? std::optional(last->second) : std::nullopt;
+    const auto kept = [](const char* key) { return keptState::value(QLatin1String("list/") + key); };
+    if (!clip && kept("session").toString() == text(session->text())) {
+        const auto filter = std::clamp<std::size_t>(kept("filter").toUInt(), 0, filters.size() - 1);
+        filter_->choose(static_cast<int>(filter));
+        rows_.setFilter(filters.at(filter).mode);
+        search_->setText(kept("search").toString());
+        clip = UUID::fromText(utf8(kept("clip").toString()));
+    }
     if (!clip) return;
     if (!rows_.rowOf(*clip)) search_->clear(); // it may have been renamed since
     select(std::vector{*clip});

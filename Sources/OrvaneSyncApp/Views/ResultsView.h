@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -54,13 +55,13 @@ class ResultsView : public QWidget {
     /// How the columns lie, for the next start.
     void savePlaces() const;
     void restorePlaces();
-    /// Which clip of the open session was worked at last, and which were listed; and the same again at the
-    /// next start, where it opens that session.
     /// The filters of the list, in their order, and which clips it shows: one of them.
     static std::vector<QString> filterTitles();
     void showFilter(int choice);
-    /// `clip`: the one in view elsewhere; absent: the one that is selected.
-    void saveListing(const std::optional<UUID>& clip = std::nullopt) const;
+    /// Which clip of the open session was worked at last, and which were listed. `clip`: the one in view
+    /// elsewhere; absent: the one that is selected.
+    void saveListing(const std::optional<UUID>& clip = std::nullopt);
+    /// The same again where that session is opened: in this run, or by the next start.
     void restoreListing();
 
   protected:
@@ -81,6 +82,7 @@ class ResultsView : public QWidget {
     /// Whether any row says why it is doubtful or not matched.
     bool hasReasons() const;
     void wantThumbnails();
+    void remember(const UUID& clip);
     void addRecordings(QMenu& menu, const UUID& clip);
     void showMenu(const QPoint& position);
 
@@ -103,6 +105,7 @@ class ResultsView : public QWidget {
     std::vector<UUID> chosen_;           ///< the clips selected last
     std::optional<UUID> current_;        ///< the clip that the keys went to last
     std::size_t chosenRow_ = 0;          ///< of the first of them
+    std::map<UUID, UUID> lastOf_;        ///< the clip last worked at, by session
     QStackedLayout* pages_;
     design::EmptyState* empty_;
     WildTracksView* wildTracks_;

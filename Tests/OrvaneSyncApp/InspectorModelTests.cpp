@@ -208,6 +208,8 @@ TEST_F(InspectorModelTest, syncSaysWhatTheClipHasAndWhatWasLocked) {
     EXPECT_EQ(part.anchor, "No clap within the picture: the clap point lies 1.040 s before its start");
     EXPECT_EQ(part.noCheck, part.noGoTo);
     EXPECT_EQ(SyncPart::of(group(silent_), 25).noUpdate, "The clip has no sound.");
+    controller_->clips().toggleLocked(silent_);
+    EXPECT_TRUE(SyncPart::of(group(silent_), 25).begins.ends_with("unlock it to attach a recording."));
 
     MediaAsset slow = video("S.mov");
     slow.sensorFrameRate = 47.952;

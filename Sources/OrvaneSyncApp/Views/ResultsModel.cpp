@@ -59,8 +59,11 @@ QString marksText(const ResultsViewModel::Row& row) {
     QStringList words;
     if (row.isApproved) words << QObject::tr("approved");
     if (row.isAnalysed) words << QObject::tr("analyzed");
+    const bool hasSound = row.certainty != Certainty::missing && row.certainty != Certainty::silent;
     if (row.isLocked)
-        words << (row.isMovedSinceLock ? QObject::tr("moved since locked") : QObject::tr("locked"));
+        words << (row.isMovedSinceLock ? QObject::tr("moved since locked")
+                  : hasSound           ? QObject::tr("locked")
+                                       : QObject::tr("locked without sound"));
     if (row.isExcluded) words << QObject::tr("not exported");
     return words.join(QStringLiteral(", "));
 }

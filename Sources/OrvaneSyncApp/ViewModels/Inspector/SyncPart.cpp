@@ -30,7 +30,9 @@ std::string wholeFramesSentence(double seconds, double frameRate) {
 }
 
 std::string soundBeginsSentence(const SyncGroup& group) {
-    if (group.isMOS()) return "No sound. Ctrl+T attaches a recording.";
+    if (group.isMOS())
+        return group.isLocked ? "No sound, and locked so: unlock it to attach a recording."
+                              : "No sound. Ctrl+T attaches a recording.";
     std::string begins = beginsText(group, takeOf(group, assumedChannels));
     if (!begins.ends_with("picture")) begins += " picture";
     return "Sound begins " + begins;
@@ -99,7 +101,9 @@ SyncPart SyncPart::of(const SyncGroup& group, double frameRate) {
                                     : "⌘⌥ Click on the audio waveform to set the sync anchor";
     addReasons(part, secondsOut);
     part.updateAnchor = part.hasAnchor ? "Update Clap Point" : "Set Clap Point";
-    part.lock = part.isLocked ? "Unlock sync verification" : "Lock sync as verified";
+    part.lock = !part.hasSound  ? part.isLocked ? "Unlock the clip without sound" : "Lock as without sound"
+                : part.isLocked ? "Unlock sync verification"
+                                : "Lock sync as verified";
     if (isMovedSinceLock(group))
         part.lockedAt =
             "It was locked at " + offsetFramesText(*group.lockedAtManualOffset, part.frameRate) + " frames.";

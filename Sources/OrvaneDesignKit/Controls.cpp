@@ -330,6 +330,12 @@ void SegmentedChoice::setText(int index, const QString& text) {
     buttons_.at(static_cast<std::size_t>(index))->setText(text);
 }
 
+void SegmentedChoice::setHint(int index, const QString& hint) {
+    QPushButton* const one = buttons_.at(static_cast<std::size_t>(index));
+    one->setToolTip(hint);
+    one->setAccessibleDescription(hint);
+}
+
 void SegmentedChoice::choose(int index) { buttons_.at(static_cast<std::size_t>(index))->setChecked(true); }
 
 int SegmentedChoice::chosen() const {

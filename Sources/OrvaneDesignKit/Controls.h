@@ -129,6 +129,8 @@ class SegmentedChoice : public QWidget {
     SegmentedChoice(const QString& accessibleName, const std::vector<QString>& choices,
                     std::function<void(int)> chosen, QWidget* parent = nullptr);
     void setText(int index, const QString& text);
+    /// What more there is to say of a choice: to the pointer, and to who hears the window.
+    void setHint(int index, const QString& hint);
     void choose(int index);
     int chosen() const;
 

@@ -87,6 +87,9 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
     const int first = rowOf("A001C001");
     ASSERT_EQ(rowOf("B001C001"), first + 1);
     EXPECT_TRUE(cell(first, 5).contains("DAY1_T01.WAV"));
+    EXPECT_TRUE(std::ranges::any_of(window_->results().findChildren<QPushButton*>(), [&](const auto* one) {
+        return one->text() == "Matched  3" && one->toolTip().startsWith("2 with sound and 1 MOS");
+    }));
     const QRect name = table().visualRect(table().model()->index(first, 0));
     QTest::mouseClick(table().viewport(), Qt::LeftButton, {}, name.topLeft() + QPoint(12, name.height() / 2));
     EXPECT_EQ(table().model()->rowCount(), 3);

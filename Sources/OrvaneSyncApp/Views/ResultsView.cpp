@@ -271,6 +271,9 @@ void ResultsView::showCounts() {
                                                           counts.doubtful};
     for (std::size_t i = 0; i < filters.size(); ++i)
         filter_->setText(static_cast<int>(i), tr("%1  %2").arg(tr(filters[i].title)).arg(numbers[i]));
+    const OpenWork& work = desktop_.controller().work();
+    filter_->setHint(
+        1, tr("%1 with sound and %2 MOS, which need none").arg(work.syncClipCount()).arg(work.mosCount()));
     const bool isEmpty = rows_.rowCount() == 0;
     pages_->setCurrentIndex(isEmpty ? 1 : 0);
     if (!isEmpty) return;
@@ -465,16 +468,16 @@ void ResultsView::remember(const UUID& clip) {
 
 void ResultsView::saveListing(const std::optional<UUID>& clip) {
     const auto& session = desktop_.sessions().currentSessionId();
+    if (!session) return; // that of the session last open stands
     const auto keep = [](const char* key, const QVariant& value) {
         keptState::set(QLatin1String("list/") + key, value);
     };
-    if (!session) return; // that of the session last open stands
     keep("session", text(session->text()));
     const auto shown = clip || chosen_.empty() ? clip : std::optional(chosen_.front());
+    if (shown) remember(*shown);
     keep("clip", shown ? text(shown->text()) : QString());
     keep("filter", filter_->chosen());
     keep("search", search_->text());
-    if (shown) remember(*shown);
 }
 
 void ResultsView::restoreListing() {

@@ -90,6 +90,13 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
     EXPECT_TRUE(std::ranges::any_of(window_->results().findChildren<QPushButton*>(), [&](const auto* one) {
         return one->text() == "Matched  3" && one->toolTip().startsWith("2 with sound and 1 MOS");
     }));
+    ASSERT_TRUE(waitUntil([&] { return desktop_->controller().derivedDoubts().derive().isDone(); }));
+    QCoreApplication::processEvents(); // what is in doubt stands above the list
+    const QPoint before = table().mapTo(window_.get(), QPoint());
+    desktop_->run("noSuchCommand");
+    EXPECT_TRUE(bannerText().contains("noSuchCommand"));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(table().mapTo(window_.get(), QPoint()), before) << "a banner moves no row under the pointer";
     const QRect name = table().visualRect(table().model()->index(first, 0));
     QTest::mouseClick(table().viewport(), Qt::LeftButton, {}, name.topLeft() + QPoint(12, name.height() / 2));
     EXPECT_EQ(table().model()->rowCount(), 3);

@@ -107,7 +107,7 @@ void MainWindow::openNewestSession() {
             self->prepareScan();
         if (raised || self->desktop_.sessions().currentSessionId() != newest.id) return;
         self->results().restoreListing();
-        self->tellOpened(newest);
+        self->showOpenedBanner(newest);
     });
 }
 
@@ -121,7 +121,7 @@ void MainWindow::leaveBannerOfOtherSession() {
         banner_->show(Signal::doubtful, translatedSentence(*problem));
 }
 
-void MainWindow::tellOpened(const SessionInfo& session) {
+void MainWindow::showOpenedBanner(const SessionInfo& session) {
     // What is wrong with it, or came with it, says more.
     if (!banner_->text().isEmpty() || desktop_.controller().work().syncGroups().empty()) return;
     banner_->show(
@@ -216,7 +216,7 @@ void MainWindow::orderCards() {
         });
 }
 
-void MainWindow::tellSettingsOfFolder() {
+void MainWindow::showFolderSettingsBanner() {
     constexpr qsizetype most = 4;
     const std::vector<std::string>& keys = desktop_.sessions().places().appliedSettings();
     QStringList names;
@@ -232,7 +232,7 @@ void MainWindow::tellSettingsOfFolder() {
                   tr("Settings…"), [this] { SettingsWindow(desktop_, this).exec(); });
 }
 
-void MainWindow::tellReport() {
+void MainWindow::showReportBanner() {
     const ReportController& reports = desktop_.controller().reports();
     if (!reports.aleMatchStatus()) return;
     QString said = translatedSentence(*reports.aleMatchStatus());
@@ -245,17 +245,17 @@ void MainWindow::openProject(const QString& path) {
     RecentPlaces::add({QFileInfo(path).absoluteFilePath()});
     JSON arguments = JSON::object();
     arguments.set("path", utf8(QFileInfo(path).absoluteFilePath()));
-    desktop_.run("loadProject", std::move(arguments), [this](const JSON&) { tellProjectOpened(); });
+    desktop_.run("loadProject", std::move(arguments), [this](const JSON&) { showProjectBanner(); });
 }
 
-void MainWindow::tellProjectOpened() {
+void MainWindow::showProjectBanner() {
     if (desktop_.controller().work().syncGroups().empty()) return; // its folders are not here
     const QString locks = tr("A project file holds no locks: they are in the session where they were set.");
     QStringList names;
     for (const FileURL& video : desktop_.controller().project().clipsWithoutRecording())
         names << text(video.lastPathComponent());
-    if (names.isEmpty()) return tellHere(Signal::none, locks);
-    tellHere(
+    if (names.isEmpty()) return showPageBanner(Signal::none, locks);
+    showPageBanner(
         Signal::doubtful,
         tr("Recordings that were attached by hand did not come back with the project: %1. Attach them again "
            "with Ctrl+T, or open the session in which that was done.")

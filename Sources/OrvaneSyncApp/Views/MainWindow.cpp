@@ -26,6 +26,7 @@
 
 #include <QCloseEvent>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QPointer>
 #include <QScreen>
 #include <QSplitter>
@@ -126,7 +127,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     screens.isPlaying = [this] { return isPlayingScreen(); };
     screens.showKeys = [this] { (screen_ == Screen::multicam ? multicam().keys() : review().keys()).open(); };
     screens.openProject = [this](const QString& path) { openProject(path); };
-    screens.tell = [this](const QString& what) { tellHere(Signal::none, what); };
+    screens.tell = [this](const QString& what) { showPageBanner(Signal::none, what); };
     screens.openPaths = [this](const QStringList& paths) { openPaths(paths); };
     screens.takeKeyboard = [this] { takeKeyboard(); };
     screens.listenToCards = [this] { listenToCards(); };
@@ -160,16 +161,16 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
 }
 
 void MainWindow::observe() {
-    desktop_.whenRefused = [this](const QString& why) { tellHere(Signal::missing, why); };
+    desktop_.whenRefused = [this](const QString& why) { showPageBanner(Signal::missing, why); };
     desktop_.whenScanWanted = [this] {
         if (desktop_.isEnabled("startScan")) startScan();
     };
     workObservation_ = desktop_.controller().onChange([this](ImportField field) {
         if (field == ImportField::progress) return;
         if (field == ImportField::project) sessionOfProject_ = desktop_.sessions().currentSessionId();
-        if (field == ImportField::lockit) tellLockitSync();
-        if (field == ImportField::report) tellReport();
-        if (field == ImportField::smartAudio) tellAnalysis();
+        if (field == ImportField::lockit) showLockitBanner();
+        if (field == ImportField::report) showReportBanner();
+        if (field == ImportField::smartAudio) showAnalysisBanner();
         // Many fields change at once; the window follows when they all stand.
         if (std::exchange(isUpdateScheduled_, true)) return;
         QMetaObject::invokeMethod(
@@ -190,13 +191,13 @@ void MainWindow::observe() {
                           unsaved_ = tr("The session could not be saved: %1")
                                          .arg(translatedSentence(*desktop_.sessions().lastSaveError())));
         if (field == SessionField::lastSaveError && !desktop_.sessions().lastSaveError()) forget(unsaved_);
-        if (field == SessionField::settingsOfFolder) tellSettingsOfFolder();
+        if (field == SessionField::settingsOfFolder) showFolderSettingsBanner();
         // The start page that was asked for was that of another session.
         if (field == SessionField::currentSessionId) {
             wantsStart_ = false;
             leaveBannerOfOtherSession();
-        }
             if (results_ != nullptr) results_->restoreListing(); // its clips stand before it is the open one
+        }
         updateStatus();
     });
     // A clip that leaves the work leaves its screen.
@@ -220,7 +221,7 @@ ResultsView& MainWindow::results() {
     pages_->addWidget(results_ = new ResultsView(desktop_));
     results_->restorePlaces();
     results_->whenSelectionChanged = [this] {
-        forget(toldHere_);
+        forget(pageBanner_);
         updateActions();
         updateStatus();
     };
@@ -236,7 +237,7 @@ ReviewView& MainWindow::review() {
         pages_->addWidget(review_ = new ReviewView(desktop_, *reviewActions_, [this] { showResults(); }));
         review_->openTake = [this](const std::vector<UUID>& cameras) { openMulticam(cameras); };
         review_->whenMoved = [this] {
-            forget(toldHere_);
+            forget(pageBanner_);
             updateActions();
             // Also a program that is ended from outside comes back to it.
             if (results_ != nullptr) results_->saveListing(review_->clip());
@@ -271,8 +272,9 @@ void MainWindow::openReview(const UUID& groupID) {
 
 void MainWindow::openMulticam(const std::vector<UUID>& groupIDs) {
     if (groupIDs.size() < 2)
-        return tellHere(Signal::doubtful,
-                        tr("The take has one camera. Select several clips to see them beside each other."));
+        return showPageBanner(
+            Signal::doubtful,
+            tr("The take has one camera. Select several clips to see them beside each other."));
     // Escape goes back to the clip that the cameras were opened from.
     const std::optional<UUID> from = screen_ == Screen::review     ? review_->clip()
                                      : screen_ == Screen::multicam ? multicamFrom_
@@ -346,7 +348,7 @@ void MainWindow::listenToCards() {
     updateActions();
 }
 
-void MainWindow::tellLockitSync() {
+void MainWindow::showLockitBanner() {
     using SyncEnd = LockitController::SyncEnd;
     const LockitController& lockit = desktop_.controller().lockit();
     const auto& status = lockit.lockitSyncStatus();
@@ -364,7 +366,7 @@ void MainWindow::tellLockitSync() {
                       : translatedSentence(*status));
 }
 
-void MainWindow::tellAnalysis() {
+void MainWindow::showAnalysisBanner() {
     const SmartAudioState& state = desktop_.controller().smartAudio().state();
     analysedClips_ = std::max(analysedClips_, state.progress.total);
     if (!std::exchange(wasAnalysing_, state.isAnalyzing) || state.isAnalyzing) return;
@@ -382,7 +384,9 @@ void MainWindow::tellAnalysis() {
                   tr("Smart Audio has analyzed %1 of %2 clips with sound.").arg(heard).arg(withSound));
 }
 
-void MainWindow::tellHere(Signal signal, const QString& what) { banner_->show(signal, toldHere_ = what); }
+void MainWindow::showPageBanner(Signal signal, const QString& what) {
+    banner_->show(signal, pageBanner_ = what);
+}
 
 void MainWindow::forget(QString& told) {
     if (!told.isEmpty() && banner_->text() == told) banner_->clear();
@@ -442,7 +446,7 @@ void MainWindow::startScan() {
             for (const FileURL& folder : desktop_.controller().work().folders()) scanned << text(folder.path);
             RecentPlaces::add(scanned);
             if (const auto lost = before.without(ClipDecisions::of(desktop_.controller())); lost.any())
-                tellLost(lost);
+                showLostBanner(lost);
         } catch (const std::exception& why) {
             banner_->show(Signal::missing, translatedSentence(why.what()));
         } catch (const platform::Stopped&) {
@@ -456,7 +460,7 @@ void MainWindow::startScan() {
         this, [this] { results(); }, Qt::QueuedConnection);
 }
 
-void MainWindow::tellLost(const ClipDecisions& lost) {
+void MainWindow::showLostBanner(const ClipDecisions& lost) {
     banner_->show(
         Signal::doubtful,
         tr("The scan replaced the clips and took away what was decided: %1.").arg(decisionsText(lost)),
@@ -508,7 +512,12 @@ void MainWindow::showPage() {
                                              : &results();
     if (isPlayingScreen() && page != review_ && page != multicam_) return showResults();
     if (pages_->currentWidget() == page) return;
-    forget(toldHere_);
+    forget(pageBanner_);
+    // Where it comes and goes, it moves neither the rows of the list under the pointer nor the timeline at
+    // the lower end of a review.
+    auto* column = static_cast<QBoxLayout*>(banner_->parentWidget()->layout());
+    column->removeWidget(banner_);
+    column->insertWidget(page == results_ ? 1 : 0, banner_);
     pages_->setCurrentWidget(page);
     takeKeyboard();
     if (page == results_ && results_->selectedClips().empty())

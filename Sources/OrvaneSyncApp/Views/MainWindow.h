@@ -74,20 +74,20 @@ class MainWindow : public QMainWindow {
     void observe();
     void startScan();
     /// After a scan that took decisions away, with the way back.
-    void tellLost(const ClipDecisions& lost);
+    void showLostBanner(const ClipDecisions& lost);
     /// Where the folders that are scanned are those of a session.
     void offerKnownSession();
     /// Says so where a scan runs, which other folders would end.
     bool refusesDuringScan();
     /// What the page and the clips in front are about: it goes when these are left.
-    void tellHere(design::Signal signal, const QString& what);
+    void showPageBanner(design::Signal signal, const QString& what);
     /// Takes the banner away where it still says that.
     void forget(QString& told);
     /// Where a session was opened, what was said of the work before goes.
     void leaveBannerOfOtherSession();
-    void tellOpened(const SessionInfo& session);
+    void showOpenedBanner(const SessionInfo& session);
     /// What a project does not bring.
-    void tellProjectOpened();
+    void showProjectBanner();
     /// What is named or dropped takes the place of the session that the start opens.
     void stopOpening();
     /// The start page over open work.
@@ -99,9 +99,9 @@ class MainWindow : public QMainWindow {
     /// Puts those of the picture before those of the sound, by what they hold.
     void orderCards();
     /// Of the session that was opened: which settings its folder has changed.
-    void tellSettingsOfFolder();
+    void showFolderSettingsBanner();
     /// How many clips the report that was loaded has found, with the way to what it has not.
-    void tellReport();
+    void showReportBanner();
     void showPage();
     /// To the screen in front; of the list its rows have it.
     void takeKeyboard();
@@ -119,10 +119,10 @@ class MainWindow : public QMainWindow {
     void runForClips(std::string_view id);
     /// Doubts that come of it stand above the list.
     void listenToCards();
-    /// When an analysis of several clips has ended: what it could not hear.
     /// What came of the last sync with the metadata service.
-    void tellLockitSync();
-    void tellAnalysis();
+    void showLockitBanner();
+    /// When an analysis of several clips has ended: what it could not hear.
+    void showAnalysisBanner();
     bool isPlayingScreen() const { return screen_ != Screen::results; }
     void updateStatus();
     void updateActions();
@@ -152,7 +152,7 @@ class MainWindow : public QMainWindow {
     bool isOpening_ = false;                     ///< one screen gives way to another
     bool areSessionsHidden_ = false;             ///< by a screen that plays
     std::optional<UUID> sessionOfProject_; ///< that was opened from the project's file, or last saved to it
-    QString toldHere_;                     ///< as `tellHere`
+    QString pageBanner_;                   ///< as `showPageBanner`
     QString unsaved_;                      ///< that the session could not be saved
     std::optional<platform::Task> scan_;
     std::optional<platform::Task> opening_; ///< of the newest session, at the start

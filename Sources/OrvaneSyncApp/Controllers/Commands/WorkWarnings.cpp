@@ -242,14 +242,6 @@ std::vector<std::string> leftOutWarnings(const WorkSnapshot& work) {
     return warnings;
 }
 
-std::vector<std::string> excludedNotes(const WorkSnapshot& work) {
-    std::vector<std::string> notes;
-    for (const SyncGroup& group : work.groups())
-        if (group.isExcludedFromExport && group.matchStatus.isSettled())
-            notes.push_back("not in the document: " + work.fileNames().of(group.video) + " (excluded)");
-    return notes;
-}
-
 std::vector<std::string> doubtWarnings(const WorkSnapshot& work, Matching matching) {
     std::vector<std::string> warnings;
     std::unordered_set<UUID> clips;

@@ -19,8 +19,6 @@ std::vector<std::string> scanWarnings(const WorkSnapshot& work);
 std::optional<std::string> missingMediaWarning(const WorkSnapshot& work, const std::stop_token& stop = {});
 /// Each clip that the document does not hold, and why, but those that the editor left out.
 std::vector<std::string> leftOutWarnings(const WorkSnapshot& work);
-/// Each clip that the editor left out and that would be in the document otherwise.
-std::vector<std::string> excludedNotes(const WorkSnapshot& work);
 /// Each recording that Smart Audio could not hear, where they are few, or not to its end, or of which it
 /// leaves nothing but timecode switched on; clips that it left out; and measured clips that are silent or
 /// raised by far.

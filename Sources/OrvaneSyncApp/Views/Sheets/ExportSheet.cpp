@@ -10,7 +10,6 @@
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Export/ExportPreview.h"
-#include "OrvaneSyncCore/Services/Naming/ResultsList.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <QCheckBox>
@@ -41,7 +40,6 @@ using namespace design;
 namespace {
 
 constexpr int exportWidth = 640;
-constexpr int mostLinesShown = 4;
 
 /// Who reads which version of the document; the newest first.
 struct Reader {
@@ -61,20 +59,8 @@ const Declared<bool>* const switches[] = {&settings::generateRawMediaEvent, &set
 const QString versionKey = QStringLiteral("exportVersion");
 const QString placeKey = QStringLiteral("exportFolder");
 
-/// `inWords`: what stands for some of them.
-QString listed(const std::vector<std::string>& lines) {
-    QStringList shown;
-    for (const std::string& line : lines) {
-        if (shown.size() == mostLinesShown) {
-            shown << QObject::tr("and %1 more").arg(lines.size() - mostLinesShown);
-            break;
-        }
-        shown << QStringLiteral("• ") + translatedSentence(line);
-    }
-    return shown.join(QLatin1Char('\n'));
-}
-
-/// All of them: what is said of several files once, with their names below it.
+/// All of them: what is said of several files once, with their names below it. `inWords`: what stands for
+/// some of them.
 QString grouped(const std::vector<std::string>& warnings, const std::map<std::string, std::string>& inWords) {
     constexpr std::size_t mostNames = 500; // in one paragraph, which is laid out at once
     QStringList lines;
@@ -94,22 +80,25 @@ QString grouped(const std::vector<std::string>& warnings, const std::map<std::st
     return lines.join(QLatin1Char('\n')).trimmed();
 }
 
-/// How many clips have no settled match, then each reason with the first of its clips.
-QString unmatchedNote(const ImportController& controller) {
+/// How many clips are left out, then each reason with the first of its clips.
+QString leftOutNote(const ImportController& controller) {
     std::map<std::string, std::vector<std::string>> files; // by reason
-    const SyncGroupList clips = filtered(controller.work().syncGroups(), FilterMode::issues);
-    for (const SyncGroup& clip : clips) {
-        const std::string& why = controller.derivedDoubts().whyUnmatched(clip.id);
-        files[why.empty() ? clip.matchStatus.label() : why].push_back(
-            controller.work().fileNames().of(clip.video));
+    std::size_t count = 0;
+    for (const SyncGroup& clip : controller.work().syncGroups()) {
+        const bool isSettled = clip.matchStatus.isSettled();
+        if (isSettled && !clip.isExcludedFromExport) continue;
+        ++count;
+        std::string why = isSettled ? "excluded" : controller.derivedDoubts().whyUnmatched(clip.id);
+        if (why.empty()) why = clip.matchStatus.label();
+        files[std::move(why)].push_back(controller.work().fileNames().of(clip.video));
     }
     if (files.empty()) return {};
     if (files.size() == 1) // in one line
         return QObject::tr("Not in the document: %1 (%2)")
             .arg(translatedSentence(firstAndMore(files.begin()->second)),
                  translatedSentence(files.begin()->first));
-    QStringList lines{QObject::tr("Not in the document: %1")
-                          .arg(translatedSentence(counted(clips.size(), "clip", "clips")))};
+    QStringList lines{
+        QObject::tr("Not in the document: %1").arg(translatedSentence(counted(count, "clip", "clips")))};
     for (const auto& [why, names] : files)
         lines << QStringLiteral("• %1: %2")
                      .arg(translatedSentence(why), translatedSentence(firstAndMore(names)));
@@ -306,9 +295,7 @@ void ExportSheet::showForecast() {
     const auto coverage = ExportPreview::smartAudioCoverage(work.syncGroups(), now.smartAudioResults);
     for (const auto& sentence : {coverage.text(), coverage.choiceText()})
         if (sentence) notes << translatedSentence(*sentence);
-    if (const QString unmatched = unmatchedNote(controller); !unmatched.isEmpty()) notes << unmatched;
-    if (const auto excluded = excludedNotes(WorkSnapshot(controller)); !excluded.empty())
-        notes << listed(excluded);
+    if (const QString leftOut = leftOutNote(controller); !leftOut.isEmpty()) notes << leftOut;
     leftOut_->setText(notes.join(QLatin1Char('\n')));
     leftOut_->setVisible(!notes.isEmpty());
     const auto suggested = ExportPreview::suggestedEventName(work.syncGroups());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "MediaFactory/SmallShoot.h"
+#include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/Views/MainWindow.h"
 #include "OrvaneSyncApp/Views/QtMainThread.h"
 #include "OrvaneSyncCore/Models/Settings.h"
@@ -11,6 +12,7 @@
 #include <QDialog>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTableView>
 #include <QTest>
 
 #include <memory>
@@ -53,6 +55,21 @@ class ShootWindow {
         for (const SyncGroup& group : work().syncGroups())
             if (group.video.filename.starts_with(cameraFile)) return group;
         throw std::logic_error("no such clip");
+    }
+    QTableView& table() { return *window_->results().table(); }
+    QString cell(int row, int column) { return table().model()->index(row, column).data().toString(); }
+    /// Of the screen; empty where none is shown.
+    QString bannerText() {
+        for (const auto* one : window_->centralWidget()->findChildren<QFrame*>())
+            if (const auto* banner = dynamic_cast<const design::Banner*>(one); banner && banner->isVisible())
+                return banner->text();
+        return {};
+    }
+    /// Of the list; below 0 where there is none.
+    int rowOf(const QString& cameraFile) {
+        for (int row = 0; row < table().model()->rowCount(); ++row)
+            if (cell(row, 1).startsWith(cameraFile)) return row;
+        return -1;
     }
     /// The dialog that is open.
     QDialog& sheet() {

@@ -1,8 +1,6 @@
 #include "OrvaneDesignKit/Controls.h"
-#include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneSyncApp/ViewModels/Inspector/ClipParts.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
-#include "OrvaneSyncApp/Views/SessionsPanel.h"
 #include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/WorkBar.h"
@@ -12,11 +10,7 @@
 #include <QAbstractItemDelegate>
 #include <QAbstractScrollArea>
 #include <QAction>
-#include <QDropEvent>
 #include <QInputDialog>
-#include <QKeyEvent>
-#include <QMimeData>
-#include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QStackedWidget>
@@ -24,11 +18,9 @@
 #include <QTableView>
 #include <QTimer>
 #include <QToolButton>
-#include <QTreeWidget>
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 
 namespace orvane::views {
 
@@ -36,22 +28,7 @@ namespace {
 
 using test::waitUntil;
 
-class WindowTest : public testing::Test, protected test::ShootWindow {
-  protected:
-    QTableView& table() { return *window_->results().table(); }
-    QString cell(int row, int column) { return table().model()->index(row, column).data().toString(); }
-    QString bannerText() {
-        for (const auto* one : window_->centralWidget()->findChildren<QFrame*>())
-            if (const auto* banner = dynamic_cast<const design::Banner*>(one); banner && banner->isVisible())
-                return banner->text();
-        return {};
-    }
-    int rowOf(const QString& cameraFile) {
-        for (int row = 0; row < table().model()->rowCount(); ++row)
-            if (cell(row, 1).startsWith(cameraFile)) return row;
-        return -1;
-    }
-};
+class WindowTest : public testing::Test, protected test::ShootWindow {};
 
 } // namespace
 
@@ -221,282 +198,6 @@ TEST_F(WindowTest, EntriesOfMenusHaveTheKeysOfTheUser) {
         EXPECT_EQ(keyOf("Mark Synced"), one.approve) << one.key;
         EXPECT_EQ(keyOf("Re-sync Clip"), one.resync) << one.key;
     }
-}
-
-TEST_F(WindowTest, ScansNothingWhereAFolderThatIsNamedIsNotThere) {
-    window_->openPaths({text(folder_.path("shoot/camera")), text(folder_.path("gone"))});
-    EXPECT_TRUE(waitUntil([&] { return bannerText().contains("gone”") && !bannerText().contains("camera"); }))
-        << bannerText().toStdString();
-    const std::vector ready{FileURL{folder_.path("shoot/camera")}};
-    EXPECT_TRUE(waitUntil([&] { return work().folders() == ready; })) << "to be scanned";
-    QCoreApplication::processEvents();
-    EXPECT_FALSE(window_->isScanning());
-    desktop_->run("noSuchCommand"); // from a slot, which nothing may leave by an exception
-    EXPECT_TRUE(bannerText().contains("noSuchCommand"));
-}
-
-TEST_F(WindowTest, AFolderThatIsNotThereIsToldOfAtItsField) {
-    const auto* refused = window_->findChild<QWidget*>(QStringLiteral("refused"));
-    const auto typeInto = [&](const char* name, const QString& words) -> QLineEdit& {
-        for (auto* one : window_->findChildren<QLineEdit*>())
-            if (one->isVisible() && one->accessibleName() == name) {
-                QTest::keyClicks(one, words);
-                QTest::keyClick(one, Qt::Key_Return);
-                return *one;
-            }
-        throw std::logic_error("no field");
-    };
-    typeInto("Folder with picture and sound", text(folder_.path("gone")));
-    ASSERT_TRUE(waitUntil([&] { return refused->isVisible(); }));
-    EXPECT_TRUE(refused->findChild<QLabel*>()->text().startsWith("Can't read the folder"));
-    EXPECT_EQ(bannerText(), QString());
-
-    scan();
-    window_->findChild<QAction*>("newScan")->trigger();
-    QLineEdit& field = typeInto("Video folder", "/gone");
-    ASSERT_TRUE(waitUntil([&] { return refused->isVisible(); }));
-    EXPECT_TRUE(field.hasFocus());
-    const auto scans = desktop_->controller().scan().scanNumber();
-    press(*window_, "Scan && Match");
-    ASSERT_TRUE(waitUntil([&] { return refused->isVisible(); }));
-    EXPECT_EQ(desktop_->controller().scan().scanNumber(), scans) << "the field names another folder";
-    QTest::keyClicks(&field, "x");
-    EXPECT_FALSE(refused->isVisible());
-}
-
-TEST_F(WindowTest, ScansTheFoldersThatWereNamedLastAndNoneWhereOneCannotBeRead) {
-    const std::string shoot = folder_.path("shoot");
-    window_->scanFolders({text(shoot + "/sound")});
-    window_->scanFolders({text(shoot)}); // before it is known whether the other can be read
-    ASSERT_TRUE(waitUntil([&] { return !window_->isScanning(); }));
-    const std::vector last{FileURL{shoot}};
-    EXPECT_EQ(work().folders(), last);
-    const auto scans = desktop_->controller().scan().scanNumber();
-    window_->scanFolders({text(shoot + "/gone")});
-    ASSERT_TRUE(waitUntil([&] { return bannerText().contains("gone"); }));
-    EXPECT_EQ(desktop_->controller().scan().scanNumber(), scans);
-    EXPECT_EQ(work().folders(), last);
-}
-
-TEST_F(WindowTest, WhatIsDroppedGoesWhereItBelongs) {
-    const auto drop = [&](const QStringList& names) {
-        QMimeData data;
-        QList<QUrl> urls;
-        for (const QString& name : names) urls << QUrl::fromLocalFile(text(folder_.path(utf8(name))));
-        data.setUrls(urls);
-        QDragEnterEvent enter({}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(window_.get(), &enter);
-        QDropEvent event({}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(window_.get(), &event);
-    };
-    folder_.write("notes.pdf", "%PDF-1.7");
-    folder_.write("report.csv", "Name,Scene\nA001C001,12\n");
-    drop({"notes.pdf"});
-    EXPECT_TRUE(waitUntil([&] { return bannerText().startsWith("“notes.pdf”"); }))
-        << bannerText().toStdString();
-    drop({"shoot/sound"});
-    EXPECT_EQ(bannerText(), "");
-    drop({"shoot/camera"}); // does not take the place of the sound
-    const auto folderOf = [&](const auto& url) { return url ? url->lastPathComponent() : std::string(); };
-    EXPECT_TRUE(waitUntil([&] {
-        return folderOf(work().videoFolderURL()) == "camera" && folderOf(work().audioFolderURL()) == "sound";
-    }));
-    QTest::keyClick(window_->focusWidget(), Qt::Key_Return);
-    ASSERT_TRUE(window_->isScanning());
-    const auto scans = desktop_->controller().scan().scanNumber();
-    drop({"shoot"});
-    EXPECT_TRUE(bannerText().startsWith("A scan is under way"));
-    ASSERT_TRUE(waitUntil([&] { return !window_->isScanning(); }));
-    EXPECT_EQ(desktop_->controller().scan().scanNumber(), scans) << "which other folders do not end";
-    EXPECT_FALSE(work().syncGroups().empty());
-    drop({"report.csv"});
-    EXPECT_TRUE(waitUntil([&] { return bannerText().startsWith("Report loaded: "); }))
-        << bannerText().toStdString();
-}
-
-TEST_F(WindowTest, OffersNothingForAllClipsWhileAScanReplacesThem) {
-    scan();
-    const auto scanning = desktop_->controller().scan().startScan();
-    const auto isOffered = [&](bool expected) {
-        for (const char* id :
-             {"resyncAllClips", "loadALE", "scanAtmoCandidates", "exportFCPXML", "batchRename"})
-            EXPECT_EQ(desktop_->isEnabled(id), expected) << id;
-    };
-    isOffered(false);
-    desktop_->controller().scan().stopScan();
-    ASSERT_TRUE(waitUntil([&] { return scanning.isDone(); }));
-    isOffered(true);
-}
-
-TEST_F(WindowTest, ANewScanIsLeftWithoutATraceAndActsOnNoClip) {
-    scan();
-    auto* pages = window_->findChild<QStackedWidget*>();
-    window_->findChild<QAction*>(QStringLiteral("newScan"))->trigger();
-    ASSERT_EQ(pages->currentIndex(), 0);
-    QTest::keyClick(window_.get(), Qt::Key_Return,
-                    Qt::ControlModifier); // approves what is selected in the list
-    ASSERT_NE(qobject_cast<QLineEdit*>(window_->focusWidget()), nullptr) << "a folder can be typed at once";
-    QTest::keyClick(window_->focusWidget(), Qt::Key_Escape);
-    EXPECT_EQ(pages->currentIndex(), 2);
-    EXPECT_EQ(table().model()->rowCount(), 4);
-    EXPECT_TRUE(std::ranges::none_of(work().syncGroups(), &SyncGroup::isApproved));
-}
-
-TEST_F(WindowTest, AScanThatTakesDecisionsAwaySaysSoBeforeAndAfter) {
-    scan();
-    desktop_->runForClips("toggleLocked", {clip("A001C001").id});
-    window_->findChild<QAction*>(QStringLiteral("newScan"))->trigger();
-    const auto* warned = window_->findChild<QWidget*>(QStringLiteral("lost"));
-    EXPECT_TRUE(warned->isVisible() && warned->accessibleName().contains("1 locked"));
-    scan();
-    EXPECT_FALSE(clip("A001C001").isLocked);
-    EXPECT_TRUE(bannerText().contains("1 locked")) << bannerText().toStdString();
-    desktop_->runForClips("toggleApproved", {clip("A001C003").id});
-    press(*window_->centralWidget(), "Undo");
-    EXPECT_TRUE(clip("A001C003").isApproved) << "the later step is another one's";
-    desktop_->run("undo");
-    desktop_->run("undo");
-    EXPECT_TRUE(clip("A001C001").isLocked);
-
-    // So does the scan of a cure that is chosen in the review.
-    table().selectRow(rowOf("A001C001"));
-    QTest::keyClick(&table(), Qt::Key_Return);
-    ASSERT_TRUE(waitUntil([&] { return desktop_->players().review()->groupID().has_value(); }));
-    desktop_->whenScanWanted();
-    ASSERT_TRUE(waitUntil([&] { return !window_->isScanning() && !clip("A001C001").isLocked; }));
-    EXPECT_TRUE(bannerText().contains("1 locked")) << bannerText().toStdString();
-    EXPECT_TRUE(table().isVisible() && !desktop_->players().review()->groupID()) << "the clip is another one";
-    press(*window_->centralWidget(), "Undo");
-    EXPECT_TRUE(clip("A001C001").isLocked);
-
-    // A session that is opened takes the place of the page on which a scan was prepared.
-    const UUID first = *desktop_->sessions().currentSessionId();
-    desktop_->run("newSession");
-    window_->findChild<QAction*>(QStringLiteral("newScan"))->trigger();
-    JSON arguments = JSON::object();
-    arguments.set("sessionId", first.text());
-    desktop_->run("loadSession", std::move(arguments));
-    auto* pages = window_->findChild<QStackedWidget*>();
-    EXPECT_TRUE(waitUntil([&] { return pages->currentIndex() == 2; }));
-
-    desktop_->sessions().deleteSession(first);
-    EXPECT_TRUE(waitUntil([&] { return pages->currentIndex() == 0; })) << "its clips would be kept nowhere";
-}
-
-TEST_F(WindowTest, AnotherShootGetsASessionOfItsOwn) {
-    scan();
-    table().selectAll();
-    QTest::keyClick(window_.get(), Qt::Key_Return, Qt::ControlModifier);
-    const auto first = desktop_->sessions().currentSessionId();
-    ASSERT_TRUE(first);
-    JSON project = JSON::object();
-    project.set("path", folder_.path("one.orvanesync"));
-    desktop_->run("saveProject", std::move(project));
-    ASSERT_TRUE(waitUntil([&] { return window_->windowTitle().contains("(one.orvanesync)"); }));
-    test::makeSmallShoot(folder_.path("other"));
-    scan("other");
-    EXPECT_FALSE(clip("A001C001").isApproved);
-    EXPECT_EQ(bannerText(), "") << "no session has these folders";
-    EXPECT_NE(desktop_->sessions().currentSessionId(), first);
-    EXPECT_FALSE(window_->windowTitle().contains("one")) << window_->windowTitle().toStdString();
-    desktop_->run("newSession");
-    QCoreApplication::processEvents();
-    scan();
-    ASSERT_TRUE(waitUntil([&] { return bannerText().startsWith("These folders are in the session"); }));
-    press(*window_->centralWidget(), "Open It");
-    ASSERT_TRUE(waitUntil([&] { return desktop_->sessions().currentSessionId() == first; }));
-    EXPECT_TRUE(clip("A001C001").isApproved);
-    EXPECT_TRUE(clip("A001C001").video.url.path.starts_with(folder_.path("shoot")));
-    const auto trees = window_->findChildren<QTreeWidget*>();
-    const auto sessions = std::ranges::find(trees, QStringLiteral("Sessions"), &QWidget::accessibleName);
-    ASSERT_NE(sessions, trees.end());
-    ASSERT_NE((*sessions)->currentItem(), nullptr);
-    EXPECT_TRUE((*sessions)->currentItem()->font(0).bold()) << "keys act on the session that was opened";
-    QKeyEvent asks(QEvent::ShortcutOverride, Qt::Key_F2, Qt::NoModifier);
-    asks.ignore();
-    QCoreApplication::sendEvent(*sessions, &asks);
-    EXPECT_TRUE(asks.isAccepted()) << "the session is renamed, and no clip";
-
-    // What is open is not read again by a second double click, as that would take the steps back; and rows
-    // stay while the work is saved, so that a double click that has begun finds its row.
-    SessionsPanel panel(*desktop_);
-    panel.show();
-    bool isWanted = false;
-    panel.whenOpenWorkIsWanted = [&] { isWanted = true; };
-    auto& tree = *panel.findChild<QTreeWidget*>();
-    for (const SessionInfo& one : std::vector(desktop_->sessions().sessions()))
-        if (one.id != *first) desktop_->sessions().rename(one.id, "big");
-    desktop_->sessions().rename(*first, "big");
-    const auto isOpen = [&](int row) { return tree.topLevelItem(row)->font(0).bold(); };
-    QTreeWidgetItem* const open = tree.topLevelItem(isOpen(0) ? 0 : isOpen(1) ? 1 : 2);
-    const int row = tree.indexOfTopLevelItem(open);
-    JSON third = JSON::object();
-    third.set("groupID", clip("A001C003").id.text());
-    desktop_->run("toggleLocked", std::move(third));
-    ASSERT_TRUE(waitUntil([&] { return open->toolTip(0).contains("1 locked"); }));
-    ASSERT_EQ(tree.topLevelItem(row), open) << "opening and saving move no row";
-    EXPECT_FALSE(open->text(1).isEmpty()) << "a session of this name is there twice";
-    Q_EMIT tree.itemActivated(open, 0);
-    EXPECT_TRUE(isWanted);
-    EXPECT_TRUE(work().undoState().canUndo);
-}
-
-TEST_F(WindowTest, AStartOpensTheNewestSessionOrSaysWhyNot) {
-    scan();
-    desktop_->runForClips("toggleLocked", {clip("A001C001").id});
-    const UUID id = *desktop_->sessions().currentSessionId();
-    const QString folder = text(folder_.path("sessions/" + id.text() + ".orvanesync"));
-    const auto start = [&](const std::function<void()>& atOnce = {}) {
-        ASSERT_TRUE(waitUntil([&, saved = desktop_->sessions().flush()] { return saved.isDone(); }));
-        begin();
-        window_->openNewestSession();
-        if (atOnce) atOnce();
-        ASSERT_TRUE(waitUntil([&] { return !bannerText().isEmpty() && !window_->isOpeningNewest(); }));
-        QCoreApplication::processEvents();
-    };
-    const auto page = [&] { return window_->findChild<QStackedWidget*>()->currentIndex(); };
-    window_->resize(4000, 3000); // on a larger screen than the next time
-    window_->results().search()->setText("a001");
-    window_->results().select({clip("A001C003").id});
-    window_->close();
-    start();
-    EXPECT_EQ(window_->results().search()->text(), "a001");
-    EXPECT_EQ(window_->results().selectedClips(), std::vector{clip("A001C003").id});
-    EXPECT_LE(window_->height(), window_->screen()->availableGeometry().height());
-    EXPECT_TRUE(clip("A001C001").isLocked);
-    EXPECT_EQ(page(), 2);
-    press(*window_->centralWidget(), "New Scan…");
-    EXPECT_EQ(page(), 0);
-    const auto isWelcome = [&] {
-        return std::ranges::any_of(window_->findChildren<QLabel*>(), [](const QLabel* one) {
-            return one->isVisible() && one->text().startsWith("Choose the camera and sound folders");
-        });
-    };
-    EXPECT_FALSE(isWelcome()) << "there is a session";
-    window_->findChild<QAction*>("introduction")->trigger();
-    EXPECT_TRUE(isWelcome());
-
-    start([&] { window_->openPaths({"/nowhere"}); });
-    EXPECT_TRUE(bannerText().contains("/nowhere"));
-    EXPECT_TRUE(work().syncGroups().empty()) << "what is named takes its place";
-    design::keptState::set("opening", text(id.text()));
-    start();
-    EXPECT_EQ(page(), 0);
-    EXPECT_TRUE(bannerText().contains("ended while it opened")) << "it is not tried twice";
-    std::ofstream(utf8(folder) + "/groups.json") << "no clips";
-    // So does opening it again in the same run, also after a clip was only opened.
-    window_->openReview(clip("B001C001").id);
-    desktop_->run("reset");
-    ASSERT_TRUE(waitUntil([&] { return work().syncGroups().empty(); }));
-    JSON again = JSON::object();
-    again.set("sessionId", id.text());
-    desktop_->run("loadSession", std::move(again));
-    ASSERT_TRUE(waitUntil([&] { return !work().syncGroups().empty() && page() == 2; }));
-    EXPECT_EQ(window_->results().selectedClips(), std::vector{clip("B001C001").id});
-
-    start();
-    EXPECT_EQ(page(), 0);
-    EXPECT_TRUE(bannerText().contains("groups.json")) << bannerText().toStdString();
 }
 
 TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {

@@ -138,6 +138,8 @@ TEST(LanguageTest, KnowsTextsAndSentencesButNoNames) {
            u"„Lockit“ neben seinem Namen."},
           {"✓ Matched 2 of 8 clips with LockitNetwork (shooting day(s): 1, 2; checked 3 days).",
            u"✓ LockitNetwork kennt 2 von 8 Clips (Drehtage: 1, 2; geprüft: 3)."},
+          {"Report loaded: 1 of 8 clips matched — check the match setting (current: column “Reel”)",
+           u"Bericht geladen: 1 von 8 Clips gefunden — die Zuordnung prüfen (eingestellt: Spalte „Reel“)"},
           {"review, line 2: there is no recording number '9'",
            u"Prüftabelle, Zeile 2: eine Aufnahme mit der Nummer '9' gibt es nicht"}})
         EXPECT_EQ(translatedSentence(english), german);

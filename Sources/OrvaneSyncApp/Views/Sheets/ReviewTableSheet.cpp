@@ -17,7 +17,7 @@ constexpr QSize reviewTableSize{640, 400};
 class ReviewTableSheet : public Sheet {
   public:
     ReviewTableSheet(const QString& changed, const QStringList& problems, QWidget* parent)
-        : Sheet(tr("Review table"), parent) {
+        : Sheet(tr("Review Table"), parent) {
         resize(reviewTableSize);
         add(label(changed));
         add(label(

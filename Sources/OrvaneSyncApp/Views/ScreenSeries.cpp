@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Views/MainWindow.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncApp/Views/Review/FullscreenWindow.h"
+#include "OrvaneSyncApp/Views/Review/KeyOverlay.h"
 #include "OrvaneSyncApp/Views/Review/PictureCanvas.h"
 #include "OrvaneSyncApp/Views/Review/PictureView.h"
 #include "OrvaneSyncApp/Views/Review/ReviewView.h"
@@ -10,6 +11,7 @@
 #include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
+#include "OrvaneSyncCore/Services/Review/ReviewTable.h"
 
 #include <QAction>
 #include <QApplication>
@@ -18,15 +20,19 @@
 #include <QDir>
 #include <QImage>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QTableView>
+#include <QTemporaryDir>
 #include <QTimer>
 
 #include <algorithm>
 #include <cstdio>
 #include <deque>
+#include <fstream>
 #include <memory>
 #include <utility>
 
@@ -92,7 +98,11 @@ class Walk : public QTimer {
         then([this] { window_.findChild<QAction*>(QStringLiteral("listen"))->trigger(); });
         waitUntil([this] { return !window_.desktop().controller().derivedDoubts().listening(); });
         then([this] { grab(window_, QStringLiteral("listened")); });
+        then([this] { loadTables(); });
+        waitUntil([this] { return window_.desktop().controller().reports().aleMatchStatus().has_value(); });
+        waitUntil([this] { return isOpen(tr("Review Table")); });
         then([this] {
+            showReport(window_.desktop(), &window_);
             showExport(window_.desktop(), &window_);
             showBatchRenamer(window_.desktop(), &window_);
             showAtmoBuilder(window_.desktop(), &window_);
@@ -105,19 +115,49 @@ class Walk : public QTimer {
             return std::ranges::all_of(sheets, [](const QDialog* one) { return isFilled(*one); });
         });
         then([this] {
-            // Those that are open, by their titles.
-            for (QDialog* sheet : window_.findChildren<QDialog*>()) {
-                if (!sheet->isVisible()) continue;
-                grab(*sheet, QStringLiteral("sheet-") + sheet->windowTitle().toLower().replace(' ', '-'));
-                sheet->close();
-            }
+            for (auto* field : window_.findChildren<QLineEdit*>()) // with clips that are renamed
+                if (field->accessibleName() == tr("Prefix")) field->setText(QStringLiteral("A "));
         });
+        then([this] { grabSheets(); });
         then([this] {
             settings_ = std::make_unique<SettingsWindow>(window_.desktop(), &window_);
             settings_->show();
             tab_ = 0;
         });
         waitUntil([this] { return isLastTabGrabbed(); });
+    }
+
+    /// Those that are open, by their titles.
+    void grabSheets() {
+        for (QDialog* sheet : window_.findChildren<QDialog*>()) {
+            if (!sheet->isVisible()) continue;
+            grab(*sheet, QStringLiteral("sheet-") + sheet->windowTitle().toLower().replace(' ', '-'));
+            sheet->close();
+        }
+    }
+    bool isOpen(const QString& title) {
+        return std::ranges::any_of(window_.findChildren<QDialog*>(), [&](const QDialog* one) {
+            return one->isVisible() && one->windowTitle() == title;
+        });
+    }
+    /// A report and a review table of which no line can be used: the clips stay as they are.
+    void loadTables() {
+        if (work().syncGroups().empty()) return;
+        using enum ReviewColumn;
+        ReviewLine unknown, wrong;
+        unknown[cameraFile] = "A999C001.mov";
+        wrong[cameraFile] = work().syncGroups().front().video.filename;
+        wrong[offsetFrames] = "later";
+        const auto written = [this](const char* name, const std::string& contents) {
+            const std::string path = utf8(tables_.filePath(QString::fromLatin1(name)));
+            std::ofstream(path, std::ios::binary) << contents;
+            return path;
+        };
+        JSON arguments = JSON::object();
+        arguments.set("path", written("report.csv", "Name,Scene,Take\nA999C001,99,1\n"));
+        window_.desktop().run("loadALE", std::move(arguments));
+        applyReviewTable(window_.desktop(), text(written("table.tsv", writtenReviewTable({unknown, wrong}))),
+                         &window_);
     }
 
     /// One tab a round: what a page shows comes a while after it is opened.
@@ -184,8 +224,16 @@ class Walk : public QTimer {
         shown([this] { grab(window_, QStringLiteral("review-lens")); });
         shown([this] {
             toggleLens();
-            toggleLock();
+            window_.review().keys().open();
         });
+        shown([this] {
+            grab(window_, QStringLiteral("review-keys"));
+            window_.review().keys().hide();
+            for (auto* one : window_.findChildren<QPushButton*>())
+                if (one->isVisible() && one->text() == tr("Attach…")) one->click();
+        });
+        shown([this] { grabSheets(); });
+        shown([this] { toggleLock(); });
         shown([this] { grab(window_, QStringLiteral("review-locked")); });
         shown([this] { menus(); });
         shown([this] {
@@ -282,6 +330,7 @@ class Walk : public QTimer {
     const std::function<void()> done_;
     std::deque<std::function<bool()>> steps_;
     int tries_ = 0;
+    QTemporaryDir tables_;
     std::unique_ptr<SettingsWindow> settings_;
     int tab_ = 0;               ///< the next of the settings
     bool isTabLaidOut_ = false; ///< the one before it

@@ -250,12 +250,14 @@ TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {
         return warnings().section('\n', 1, 1).contains(" media files of the document can't be found");
     };
     EXPECT_TRUE(waitUntil(isFirst)) << warnings().toStdString();
+    desktop_->runForClips("toggleExcludedFromExport", {clip("B001C001").id});
     const ExportSheet later(*desktop_, window_.get()); // says so before anything is written
+    QString leftOut;
     EXPECT_TRUE(waitUntil([&] {
-        return std::ranges::any_of(later.findChildren<QLabel*>(), [](const QLabel* one) {
-            return one->text().contains(" media files of the document can't be found");
-        });
-    }));
+        for (const auto* one : later.findChildren<QLabel*>())
+            if (one->text().contains(" media files of the document can't be found")) leftOut = one->text();
+        return leftOut.contains("\n• excluded: 'B001C001");
+    })) << leftOut.toStdString();
 }
 
 TEST_F(WindowTest, QuitsOverAnOpenSheet) {

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <ranges>
 #include <string>
 #include <vector>
 
@@ -47,6 +48,20 @@ double distanceFrom(const ClockDrift& line, const Heard& one) {
     return std::abs(one.seconds - line.offsetAt(one.at));
 }
 
+/// Whether it is one distance up to a moment and another one from there on, each to what a clip is heard to:
+/// a line always leads through two of them, but they are two clocks, or the takes of two days.
+bool isStep(std::vector<Heard> heard) {
+    std::ranges::sort(heard, {}, &Heard::at);
+    const auto isOneDistance = [](auto first, auto last) {
+        const auto [least, most] =
+            std::ranges::minmax(std::ranges::subrange(first, last), {}, &Heard::seconds);
+        return most.seconds - least.seconds <= besideTheLine;
+    };
+    for (auto from = heard.begin() + 1; from != heard.end(); ++from)
+        if (isOneDistance(heard.begin(), from) && isOneDistance(from, heard.end())) return true;
+    return false;
+}
+
 std::string distanceText(double seconds) {
     return platform::text::formatted("%.1f s", std::abs(seconds)) + (seconds < 0 ? " late" : " early");
 }
@@ -66,7 +81,7 @@ std::optional<ClockDrift> clockDriftOf(const HandledClips& card) {
         if (distanceFrom(line, *worst) <= besideTheLine) {
             const double change = line.perSecond * (line.lastSeconds - line.firstSeconds);
             const bool isDrift = std::abs(change) >= leastChange && std::abs(line.perSecond) <= mostPerSecond;
-            return isDrift ? std::optional(line) : std::nullopt;
+            return isDrift && !isStep(heard) ? std::optional(line) : std::nullopt;
         }
         if (!isFirst) return std::nullopt;
         heard.erase(worst);

@@ -349,7 +349,7 @@ void MainMenus::makeView() {
     connect(view, &QMenu::aboutToShow, this,
             [this, sessions] { sessions->setChecked(screens_.sessions->isVisible()); });
     std::vector<OwnEntry> entries{
-        {110, results_}, {120, review_}, {210, screens->menuAction()}, {310, sessions}};
+        {110, results_}, {120, review_}, {310, screens->menuAction()}, {410, sessions}};
     for (const QString& title : ResultsView::filterTitles()) {
         const auto choice = static_cast<int>(filters_.size());
         QAction* one = ownEntry(
@@ -357,7 +357,7 @@ void MainMenus::makeView() {
             tr("Shows the list of clips, with these alone."));
         one->setShortcut(Qt::ALT | static_cast<Qt::Key>(Qt::Key_1 + choice));
         filters_.push_back(one);
-        entries.push_back({130 + choice, one});
+        entries.push_back({210 + choice, one});
     }
     fill(view, commands::Menu::view, std::move(entries));
 }

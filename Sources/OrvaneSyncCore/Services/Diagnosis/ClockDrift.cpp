@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/ClockDrift.h"
 
+#include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Text.h"

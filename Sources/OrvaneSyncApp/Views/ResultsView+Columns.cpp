@@ -128,6 +128,9 @@ void ResultsView::fitColumns() {
             give(one, static_cast<int>(std::min({shareOf(one), equal, rest - kept})));
         }
         sharing.clear();
+        // What the others do not need is the name's again.
+        constexpr int nameColumn = static_cast<int>(Column::name);
+        table_->setColumnWidth(nameColumn, table_->columnWidth(nameColumn) + std::max(rest, 0));
     }
     // Those whose share is too small get what they need, and the others share what that leaves.
     const auto needy = [&] {

@@ -373,7 +373,7 @@ TEST(ClockDoubts, ClaimsNoClockByChance) {
 }
 
 /// Recorders that roll late or stop early, by about as much at each take or not, and cameras that roll on.
-TEST(ClockDoubts, TakesHandsAtTheRecorderForNoClock) {
+TEST(ClockDoubts, TakesLateStartsAndEarlyStopsForNoClock) {
     // Hands that one offset explains to the frame: of the recorder, of all takes, of the camera.
     std::vector<unsigned> seeds{1039, 1143, 1175};
     std::ranges::copy(test::seeds(200), std::back_inserter(seeds));

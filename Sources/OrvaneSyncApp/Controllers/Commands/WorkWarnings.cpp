@@ -137,7 +137,7 @@ void addReportOfAnotherDay(const WorkSnapshot& work, std::vector<std::string>& w
         if (contradiction.empty()) continue;
         if (wrong++ == 0) first = "the row of '" + work.fileNames().of(group.video) + "' " + contradiction;
     }
-    if (wrong == 0 || wrong * 2 < rows) return; // a slip of the pen
+    if (wrong == 0 || wrong * 2 < rows) return; // single cells were typed wrong
     warnings.push_back("the report may be of another day: " + first +
                        (wrong > 1 ? "; likewise " + counted(wrong - 1, "more clip", "more clips") : "") +
                        "; load the report of these clips");

@@ -62,7 +62,7 @@ ReviewKeys::~ReviewKeys() { QApplication::instance()->removeEventFilter(this); }
 
 bool ReviewKeys::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::FocusOut || event->type() == QEvent::FocusIn) {
-        noteFocus(*watched, static_cast<const QFocusEvent&>(*event));
+        followFocus(*watched, static_cast<const QFocusEvent&>(*event));
         return false;
     }
     if (event->type() == QEvent::WindowDeactivate) {
@@ -107,7 +107,7 @@ bool ReviewKeys::eventFilter(QObject* watched, QEvent* event) {
     return true;
 }
 
-void ReviewKeys::noteFocus(const QObject& watched, const QFocusEvent& event) {
+void ReviewKeys::followFocus(const QObject& watched, const QFocusEvent& event) {
     const auto* widget = qobject_cast<const QWidget*>(&watched);
     if (widget == nullptr || widget->window() != &window_) return;
     if (event.lostFocus()) {

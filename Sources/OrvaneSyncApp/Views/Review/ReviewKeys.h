@@ -40,7 +40,7 @@ class ReviewKeys : public QObject {
     static void leaveField();
     bool isBound(const KeyEvent& event) const;
     /// A control that greys or hides itself under the keyboard gives it to the screen, not to its neighbour.
-    void noteFocus(const QObject& watched, const QFocusEvent& event);
+    void followFocus(const QObject& watched, const QFocusEvent& event);
     void noteElsewhere(const QKeyEvent& event);
     /// Whether the press belongs to one of another screen: the key is held since then, or was pressed twice,
     /// of which the first opened the review.
@@ -50,7 +50,7 @@ class ReviewKeys : public QObject {
     QWidget& window_;
     const Screens screens_;
     bool isFocusByTab_ = false;
-    bool isHandedOver_ = false; ///< the focus is on its way from a control that cannot have it any longer
+    bool isHandedOver_ = false; ///< a control that cannot have the focus has lost it
     struct {
         int key = 0;
         std::uint64_t at = 0; ///< milliseconds of the window system; 0: it gives none

@@ -3,7 +3,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/CommonOffset.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
-#include "OrvaneSyncCore/Services/Diagnosis/HandsAtTheRecorder.h"
+#include "OrvaneSyncCore/Services/Diagnosis/LateStartsAndEarlyStops.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Services/Diagnosis/SuspectedCards.h"
 #include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
@@ -137,7 +137,7 @@ class CameraClocks {
     bool addOffset(const CameraTrial& trial, const CommonOffset& common) {
         std::set<std::size_t> used;
         std::vector<const Shoot::Clip*> found;
-        HandsAtTheRecorder hands;
+        LateStartsAndEarlyStops rolling;
         ClaimedOffset claimed(shoot_, common.widthSeconds / 2);
         std::size_t ofOtherUnits = 0;
         for (const Shoot::Clip* clip : trial.clips) {
@@ -150,8 +150,8 @@ class CameraClocks {
             const std::size_t file = trial.files[static_cast<std::size_t>(sound - trial.sounds.begin())];
             const double apart = secondsApart(*clip, *sound).value_or(0), into = apart - common.seconds;
             if (!trial.soundDay)
-                hands.add({apart, apart + clip->place->range.durationSeconds()},
-                          {0, sound->range.durationSeconds()});
+                rolling.add({apart, apart + clip->place->range.durationSeconds()},
+                            {0, sound->range.durationSeconds()});
             const std::size_t part = shoot_.wholes.partAt(file, into);
             used.insert(part);
             claimed.add(*clip, part, shoot_.wholes.startsAt[part] - into);
@@ -170,7 +170,7 @@ class CameraClocks {
             (isGuess || std::abs(*heard.correctionSeconds) >= leastByHandSeconds) &&
             addOffset(trial, heard.corrected(common.seconds, rate_)))
             return true;
-        if (!heard.isConfirmed() && hands.explain(common)) return false;
+        if (!heard.isConfirmed() && rolling.explain(common)) return false;
         tell(trial, common, heard, found);
         return true;
     }

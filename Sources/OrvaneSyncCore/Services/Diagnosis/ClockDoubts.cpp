@@ -4,7 +4,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/CommonOffset.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
-#include "OrvaneSyncCore/Services/Diagnosis/HandsAtTheRecorder.h"
+#include "OrvaneSyncCore/Services/Diagnosis/LateStartsAndEarlyStops.h"
 #include "OrvaneSyncCore/Services/Diagnosis/MixedDays.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Services/Diagnosis/SuspectedCards.h"
@@ -198,7 +198,7 @@ class ClockDoubts {
         std::set<std::size_t> used, usedNow, parts;
         std::vector<const Shoot::Clip*> doubted; // with those that have sound of the card by chance
         ClaimedOffset claimed(shoot_, common.widthSeconds / 2);
-        HandsAtTheRecorder hands;
+        LateStartsAndEarlyStops rolling;
         for (const Shoot::Clip* clip : clips_) {
             const bool mayMatch = times.mayOverlap(*clip), isLooked = isSought(one, *clip, isForAll);
             if (const auto sound = mayMatch ? times.covered(inPlace, *clip) : std::nullopt) {
@@ -216,7 +216,7 @@ class ClockDoubts {
                 const std::size_t part = shoot_.wholes.partAt(sound->whole, -start);
                 parts.insert(part);
                 claimed.add(*clip, part, start + shoot_.wholes.startsAt[part]);
-                if (card.movedByDays == 0) hands.add(sound->clip, times.range(sound->whole));
+                if (card.movedByDays == 0) rolling.add(sound->clip, times.range(sound->whole));
                 doubted.push_back(clip);
             } else if (!one.isPart && clip->primary &&
                        isOn(card, shoot_, *shoot_.recordings[*clip->primary].asset)) {
@@ -247,7 +247,7 @@ class ClockDoubts {
             addOffset(one, card, heard.corrected(offset, rate_), isForAll))
             return true;
         const auto isOfCard = [&](const MediaAsset& recording) { return isOn(card, shoot_, recording); };
-        if (!heard.isConfirmed() && hands.explain(common) && !areHeardOutOfPlace(shoot_, isOfCard))
+        if (!heard.isConfirmed() && rolling.explain(common) && !areHeardOutOfPlace(shoot_, isOfCard))
             return false;
         const int lost = lostBy(one, card, offset);
         std::string text = one.name(shoot_) + " are ";

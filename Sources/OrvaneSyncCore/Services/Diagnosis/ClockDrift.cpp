@@ -24,8 +24,6 @@ struct Heard {
     double at, seconds;
 };
 
-double startOf(const Shoot::Clip& clip) { return onLine(clip.likelyPlace()).startSeconds; }
-
 ClockDrift lineThrough(const std::vector<Heard>& heard) {
     const auto count = static_cast<double>(heard.size());
     ClockDrift line{.count = heard.size()};
@@ -72,7 +70,7 @@ std::string distanceText(double seconds) {
 std::optional<ClockDrift> clockDriftOf(const HandledClips& card) {
     std::vector<Heard> heard;
     for (const auto& [clip, seconds, isElsewhere] : card.soundings())
-        if (clip->place) heard.push_back({startOf(*clip), seconds});
+        if (clip->place) heard.push_back({likelyRange(*clip).startSeconds, seconds});
     // One may have been misheard, where enough others remain.
     for (bool isFirst = true;; isFirst = false) {
         if (heard.size() < fewestOnALine) return std::nullopt;
@@ -102,7 +100,7 @@ void addClockDrift(const Shoot& shoot, const CameraAndCard& key, const HandledCl
         " to " + distanceText(drift.offsetAt(drift.lastSeconds)) + " at " + timeOfDayText(drift.lastSeconds);
     for (const Shoot::Clip* clip : card.unmoved) {
         if (!clip->place) continue;
-        const double seconds = drift.offsetAt(startOf(*clip));
+        const double seconds = drift.offsetAt(likelyRange(*clip).startSeconds);
         const std::string own =
             shoot.nameOf(clip->group->video) + " by " + framesText(seconds, clip->group->video) + " frames";
         doubts.byGroup[clip->group->id].push_back(

@@ -17,6 +17,8 @@ SyncEngine::TCRange onLine(const FilePlace& place) {
     return moved(place.range, static_cast<double>(place.day.value_or(0)) * secondsADay);
 }
 
+SyncEngine::TCRange likelyRange(const Shoot::Clip& clip) { return onLine(clip.likelyPlace()); }
+
 void Covers::add(const FilePlace& sound, std::size_t item) {
     (sound.day ? dated_ : undated_).add(onLine(sound), item);
     if (sound.day && isSameDayOnly_) days_[*sound.day].add(sound.range, item);

@@ -64,6 +64,8 @@ std::vector<Card> camerasCards(const Shoot& shoot);
 SyncEngine::TCRange moved(const SyncEngine::TCRange& range, double seconds);
 /// Seconds since 1970 for a file with a day, since midnight for one without.
 SyncEngine::TCRange onLine(const FilePlace& place);
+/// Of the clip by the day that it most likely is of.
+SyncEngine::TCRange likelyRange(const Shoot::Clip& clip);
 
 /// Dated files cover dated ones where their days and times overlap, by the rule `same` on one day alone;
 /// where one of the two has no date, the time of day counts.

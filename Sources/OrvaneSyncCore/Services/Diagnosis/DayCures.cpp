@@ -52,7 +52,7 @@ void DayCures::findNight() {
     for (const Shoot::Clip& clip : shoot_.clips) {
         if (!clip.place) continue;
         if (!clip.likelyDay()) return;
-        clips.push_back(onLine(clip.likelyPlace()));
+        clips.push_back(likelyRange(clip));
     }
     isSoundOfOneNight_ = areOfOneNight(std::move(sound));
     if (isSoundOfOneNight_ && areOfOneNight(std::move(clips))) firstSoundDay_ = first;

@@ -74,7 +74,7 @@ class LoneDoubts {
             for (const Shoot::Clip* clip : lone.clips)
                 if (const HeardClaim* heard = heardClaim(shoot_, lone.claim(*clip));
                     heard != nullptr && heard->offsetSeconds) {
-                    const double start = startOf(*clip) + *heard->offsetSeconds;
+                    const double start = likelyRange(*clip).startSeconds + *heard->offsetSeconds;
                     if (starts.empty()) first = start;
                     starts.push_back(start - first);
                 }
@@ -84,13 +84,11 @@ class LoneDoubts {
     }
 
   private:
-    static double startOf(const Shoot::Clip& clip) { return onLine(clip.likelyPlace()).startSeconds; }
-
     void tell(const MediaAsset& recording, double start, std::ptrdiff_t count) {
         const double end = start + *recording.durationSeconds;
         std::vector<const Shoot::Clip*> clips;
         for (const Shoot::Clip& clip : shoot_.clips)
-            if (clip.place && startOf(clip) < end && onLine(clip.likelyPlace()).endSeconds > start)
+            if (clip.place && likelyRange(clip).startSeconds < end && likelyRange(clip).endSeconds > start)
                 clips.push_back(&clip);
         const std::string name = shoot_.nameOf(recording);
         addCardDoubt(doubts_,
@@ -117,7 +115,7 @@ class LoneDoubts {
     /// Of the first clip behind that moment.
     std::optional<long> clipDay(double start) const {
         for (const Shoot::Clip& clip : shoot_.clips)
-            if (clip.place && startOf(clip) >= start) return clip.likelyDay();
+            if (clip.place && likelyRange(clip).startSeconds >= start) return clip.likelyDay();
         return std::nullopt;
     }
     DoubtCure cure(const MediaAsset& recording, double start) const {

@@ -100,7 +100,7 @@ class OtherRecorders {
                 return false;
             if (clip->place) timed.push_back(clip);
         }
-        const auto rangeOf = [](const Shoot::Clip* clip) { return onLine(clip->likelyPlace()); };
+        const auto rangeOf = [](const Shoot::Clip* clip) { return likelyRange(*clip); };
         std::ranges::sort(timed, {}, [&](const Shoot::Clip* clip) { return rangeOf(clip).startSeconds; });
         return std::ranges::adjacent_find(timed, [&](const auto* a, const auto* b) {
                    return SyncEngine::overlapDuration(rangeOf(a), rangeOf(b)).has_value();
@@ -135,7 +135,7 @@ class SoundUnits {
             const MediaAsset& sound = *shoot.recordings[*clip.primary].asset;
             const auto nearness = UnitNearness::of(clip.group->video, sound);
             cameras_[folderOf(clip.group->video)].push_back(nearness);
-            const SyncEngine::TCRange range = onLine(clip.likelyPlace());
+            const SyncEngine::TCRange range = likelyRange(clip);
             const auto [known, isNew] = units_.try_emplace(folderOf(sound), Unit{nearness, range});
             Unit& unit = known->second;
             if (nearness > unit.nearest) unit = {nearness, range};
@@ -149,7 +149,7 @@ class SoundUnits {
         const auto unit = units_.find(folderOf(recording));
         return unit != units_.end() && clip.place &&
                unit->second.nearest > UnitNearness::of(clip.group->video, recording) &&
-               SyncEngine::overlapDuration(unit->second.hours, onLine(clip.likelyPlace()));
+               SyncEngine::overlapDuration(unit->second.hours, likelyRange(clip));
     }
     /// Most clips of that camera have sound that is nearer to them.
     bool mostHaveNearer(const Shoot::Clip& clip, const UnitNearness& nearness) const {

@@ -1,4 +1,4 @@
-#include "OrvaneSyncCore/Services/Diagnosis/HandsAtTheRecorder.h"
+#include "OrvaneSyncCore/Services/Diagnosis/LateStartsAndEarlyStops.h"
 
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 
@@ -7,7 +7,7 @@
 
 namespace orvane {
 
-void HandsAtTheRecorder::add(const SyncEngine::TCRange& clip, const SyncEngine::TCRange& sound) {
+void LateStartsAndEarlyStops::add(const SyncEngine::TCRange& clip, const SyncEngine::TCRange& sound) {
     ++count_;
     if (std::min(clip.endSeconds, sound.endSeconds) <= std::max(clip.startSeconds, sound.startSeconds))
         return;
@@ -17,10 +17,10 @@ void HandsAtTheRecorder::add(const SyncEngine::TCRange& clip, const SyncEngine::
     furthest_ = std::max({furthest_, first - coverSlackSeconds, -last - coverSlackSeconds});
 }
 
-bool HandsAtTheRecorder::explain(const CommonOffset& offset) const {
-    constexpr double slowHandSeconds = 12;
+bool LateStartsAndEarlyStops::explain(const CommonOffset& offset) const {
+    constexpr double longestDelaySeconds = 12;
     return offset.isOdd() && count_ > 0 && overlapping_ >= explanation::majority * count_ &&
-           (std::abs(offset.seconds) <= offset.widthSeconds || furthest_ <= slowHandSeconds);
+           (std::abs(offset.seconds) <= offset.widthSeconds || furthest_ <= longestDelaySeconds);
 }
 
 } // namespace orvane

@@ -221,14 +221,14 @@ auto onQueue(SerialQueue& queue, const std::shared_ptr<MainThread>& mainThread, 
             const std::stop_token stop = canStop ? waiting.promise().stopToken() : std::stop_token();
             token = stop;
             if (stop.stop_requested()) return false;
-            // Copies only: the coroutine, and this awaiter in it, may be gone before the work has run. The
-            // work alone holds the way back, so that both end with the queue.
+            // Copies only: the coroutine, and this awaiter in it, may be gone before the work has run. A
+            // queue does not begin what is stopped and may throw it away before the callback of the stop
+            // comes, so that callback holds the way back too; whoever takes it ends the circle.
             const auto way = std::make_shared<ReturnWay>(waiting);
             if (canStop)
                 whenStopped = std::make_shared<std::stop_callback<std::function<void()>>>(
-                    stop, [main = mainThread, way = std::weak_ptr(way), name = operation] {
-                        const auto own = way.lock();
-                        auto resumption = own ? own->take() : nullptr;
+                    stop, [main = mainThread, way, name = operation] {
+                        auto resumption = way->take();
                         const auto thread = main.lock();
                         if (!resumption || !thread) return;
                         ReturnWay::post(*thread, std::move(resumption), name);

@@ -4,7 +4,10 @@
 #include "Support/VirtualMainThread.h"
 
 #include <atomic>
+#include <functional>
+#include <optional>
 #include <semaphore>
+#include <stop_token>
 #include <string>
 #include <thread>
 
@@ -105,6 +108,36 @@ TEST_F(StoppingTasks, leavesWorkThatHangs) {
     share->release();
     while (SerialQueue::hasAbandonedWork()) std::this_thread::yield();
     EXPECT_EQ(kept.use_count(), 1) << "what the work held is given back when it ends";
+}
+
+/// Throws a piece of work away at the moment its stop is asked for, before any other callback of that stop.
+class DroppingQueue final : public SerialQueue {
+  public:
+    void post(std::function<void()> work, std::stop_token stop) override {
+        work_ = std::move(work);
+        dropping_.emplace(std::move(stop), [this] { work_ = nullptr; }); // the latest is called first
+    }
+    void sync(const std::function<void()>& work) override { work(); }
+    void after(std::chrono::nanoseconds, std::function<void()> work) override { work_ = std::move(work); }
+    bool isEmpty() const { return !work_; }
+
+  private:
+    std::function<void()> work_;
+    std::optional<std::stop_callback<std::function<void()>>> dropping_;
+};
+
+TEST_F(StoppingTasks, comesBackFromWorkThatAQueueHasThrownAway) {
+    DroppingQueue dropping;
+    const auto read = [&]() -> Task {
+        auto reading = onQueue(dropping, main, [](const std::stop_token&) {});
+        co_await reading;
+    };
+    const Task task = read();
+    ASSERT_FALSE(dropping.isEmpty());
+    task.requestStop();
+    EXPECT_TRUE(dropping.isEmpty());
+    main->runPosted();
+    EXPECT_EQ(endOf(task), "cancelled");
 }
 
 /// Work that takes no token, such as the writing of a file, is carried to its end; the stop comes after it.

@@ -90,6 +90,23 @@ TEST(MulticamClusters, AreClipsThatRolledAtTheSameMoment) {
               {heard("a.mov", true), heard("b.mov", false), heard("c.mov", true), heard("d.mov", false)},
               one.clusters);
     }
+    struct Attached {
+        const char *name, *sound, *clusters;
+        double movedBy = 0, start = 0;
+    };
+    for (const Attached& one : {Attached{"each with its own take at one time", "T2.WAV", ""},
+                                {"a take that goes on where the first one ends", "T2.WAV", "a b", 29},
+                                {"a later clip with the next take", "T2.WAV", "a b", 20, 9},
+                                {"two recorders", "B1.WAV", "a b"}}) {
+        SyncGroup other = matched(camera("b.mov", TimecodeUtils::secondsToTC(36000 + one.start, 25.0)).video,
+                                  {recording(1, one.sound)});
+        other.manualAudioOffsetSeconds = one.movedBy;
+        check(one.name, {matched(a.video, {recording(1, "T1.WAV")}), other}, one.clusters);
+    }
+    check("the channels of a take, one under each",
+          {matched(a.video, {recording(1, "T1_1.WAV")}),
+           matched(at("10:00:00:00").video, {recording(1, "T1_2.WAV")})},
+          "a b");
     check("no duration", {a, camera("b.mov", "10:00:00:00", 0)}, "");
     check("a time reference goes before the timecode",
           {a, changed(at("01:00:00:00"), stamped(36005ULL * 48000, std::nullopt))}, "a b");

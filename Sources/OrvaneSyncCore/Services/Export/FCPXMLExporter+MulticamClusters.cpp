@@ -65,9 +65,11 @@ std::vector<std::vector<std::size_t>> multicamClusters(const std::vector<const S
         hits.clear();
         index.appendOverlapping(candidates[anchor].place->range, hits);
         std::vector<std::size_t> cluster{anchor};
+        const double start = candidates[anchor].place->range.startSeconds;
         for (const RangeIndex::Hit& hit : hits)
             if (hit.item > anchor && candidates[hit.item].maySharePlaceWith(candidates[anchor]) &&
-                !areOfOtherMoments(*groups[hit.item], *groups[anchor]))
+                !areOfOtherMoments(*groups[anchor], *groups[hit.item],
+                                   candidates[hit.item].place->range.startSeconds - start))
                 cluster.push_back(hit.item);
         if (cluster.size() < fewestCameras) continue;
         std::ranges::sort(cluster);

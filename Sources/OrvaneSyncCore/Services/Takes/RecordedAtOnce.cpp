@@ -3,9 +3,11 @@
 #include "OrvaneSyncCore/Services/Matching/RecorderMark.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
+#include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 
 #include <algorithm>
+#include <array>
 
 namespace orvane {
 
@@ -17,12 +19,13 @@ bool areOfOneRecorder(const MediaAsset& a, const MediaAsset& b) {
            });
 }
 
+SyncEngine::TCRange rangeFrom(double startSeconds, const MediaAsset& audio) {
+    return {startSeconds, startSeconds + audio.durationSeconds.value_or(0)};
+}
+
 bool ranAtOnce(const AudioMatch& a, const AudioMatch& b) {
-    const auto rangeOf = [](const AudioMatch& match) {
-        return SyncEngine::TCRange{match.syncOffsetSeconds,
-                                   match.syncOffsetSeconds + match.audio->durationSeconds.value_or(0)};
-    };
-    const auto common = SyncEngine::overlapDuration(rangeOf(a), rangeOf(b));
+    const auto common = SyncEngine::overlapDuration(rangeFrom(a.syncOffsetSeconds, *a.audio),
+                                                    rangeFrom(b.syncOffsetSeconds, *b.audio));
     return common && *common > SplitRecordingDetector::contiguityToleranceSeconds;
 }
 
@@ -30,6 +33,21 @@ bool holds(const SyncGroup& group, const MediaAsset& first) {
     return std::ranges::any_of(ofOtherMoments(group), [&](std::size_t match) {
         return group.audioMatches[match].audio->id == first.id;
     });
+}
+
+/// Where the sound of a clip lies on the axis of its picture.
+double firstSoundAt(const SyncGroup& group) {
+    return group.audioMatches.front().syncOffsetSeconds + group.manualAudioOffsetSeconds;
+}
+
+/// Half of the shorter one has to lie within the other: sound that was moved by hand under one clip alone may
+/// reach a little into the take of the next.
+bool areTakesOfOneTime(const TakeMembership::Candidate& one, const TakeMembership::Candidate& other) {
+    const auto common = SyncEngine::overlapDuration(one.range, other.range);
+    const double shorter = std::min(one.range.endSeconds - one.range.startSeconds,
+                                    other.range.endSeconds - other.range.startSeconds);
+    return common && *common > shorter / 2 && areOfOneRecorder(*one.audio, *other.audio) &&
+           !TakeMembership::of(std::array{one, other}).alternates.empty();
 }
 
 } // namespace
@@ -47,10 +65,13 @@ std::vector<std::size_t> ofOtherMoments(const SyncGroup& group) {
     return found;
 }
 
-bool areOfOtherMoments(const SyncGroup& a, const SyncGroup& b) {
+bool areOfOtherMoments(const SyncGroup& a, const SyncGroup& b, double distanceSeconds) {
     const MediaAsset *one = a.primaryAudio(), *other = b.primaryAudio();
-    if (one == nullptr || other == nullptr || one->id == other->id) return false;
-    return holds(a, *other) || holds(b, *one);
+    if (one == nullptr || other == nullptr || one->id == other->id || one->url.path == other->url.path)
+        return false;
+    return holds(a, *other) || holds(b, *one) ||
+           areTakesOfOneTime({one, rangeFrom(firstSoundAt(a), *one)},
+                             {other, rangeFrom(firstSoundAt(b) + distanceSeconds, *other)});
 }
 
 } // namespace orvane

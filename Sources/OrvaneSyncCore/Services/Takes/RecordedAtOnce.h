@@ -11,8 +11,9 @@ namespace orvane {
 /// recorder, in the same folder, made them and can't have run twice at one time: takes of another day, or of
 /// the other one of two equal hours. Pure; any thread.
 std::vector<std::size_t> ofOtherMoments(const SyncGroup& group);
-/// Whether the clips' first recordings tell that they were not filmed at one moment, wherever timecode lays
-/// them.
-bool areOfOtherMoments(const SyncGroup& a, const SyncGroup& b);
+/// Whether the clips' first recordings tell that they were not filmed at one moment, although timecode begins
+/// the picture of `b` `distanceSeconds` after that of `a`: one clip has the other's beside its own, or both,
+/// where they lie under their pictures, would be two takes of one recorder at one time.
+bool areOfOtherMoments(const SyncGroup& a, const SyncGroup& b, double distanceSeconds);
 
 } // namespace orvane

@@ -187,6 +187,26 @@ TEST(Days, DatesOfACardMayCountAnotherZone) {
     EXPECT_EQ(anew.front().primaryAudio()->filename, "T1_240517.wav") << "the whole card shows the zone";
 }
 
+TEST(Days, OtherDaysAreLeftOutWhereHeaderDatesAndFoldersAgree) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    struct Case {
+        const char *name, *header, *ownFolder, *otherFolder;
+        double ownSeconds;
+        Offsets found;
+    };
+    for (const Case& one :
+         {Case{"two days of folders", "2024-05-17T10:00:00Z", "/D1/SND", "/D2/SND", 60, {-10}},
+          {"all sound in one folder", "2024-05-17T10:00:00Z", "/SND", "/SND", 60, {-10, -20}},
+          {"the header of the other day", "2024-05-18T10:00:00Z", "/D1/SND", "/D2/SND", 60, {-20, -10}},
+          {"a part of its own sound", "2024-05-17T10:00:00Z", "/D1/SND", "/D2/SND", 30, {-10, -20}}}) {
+        MediaAsset clip = in("/D1/CAM", test::video("C1.mov", "10:00:00:00", 30));
+        clip.headerDate = dateFromISO8601(one.header);
+        const MediaAsset own = in(one.ownFolder, test::audio("T1_240517.wav", "09:59:50:00", one.ownSeconds));
+        const MediaAsset other = in(one.otherFolder, test::audio("T1_240518.wav", "09:59:40:00", 60));
+        EXPECT_EQ(offsets({}, {clip}, {own, other}), one.found) << one.name;
+    }
+}
+
 TEST(Days, PartsOfARecordingPassMidnight) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     const auto groups = SyncEngine().match(

@@ -259,8 +259,40 @@ double coveredSeconds(const TCRange& clip, std::vector<TCRange> ranges) {
     return covered;
 }
 
+namespace {
+
+/// Takes off what is of another day than the header's where the unit's own sound of that day has all of the
+/// clip, and lies nearer to it by its folders: the header, the recordings' dates and the folders agree.
+void leaveOutOtherDays(const MediaAsset& video, const TCRange& clip, std::vector<Meeting>& meetings,
+                       const std::vector<Recording>& recordings) {
+    if (std::ranges::none_of(meetings, &Meeting::isOfOtherDay)) return;
+    const auto nearnessOf = [&](const Meeting& meeting) {
+        return UnitNearness::of(video, *recordings[meeting.recording].asset);
+    };
+    const auto isOfHeadersDay = [&](const Meeting& meeting) {
+        return !meeting.isOfOtherDay && recordings[meeting.recording].place.day;
+    };
+    UnitNearness nearest;
+    for (const Meeting& meeting : meetings)
+        if (isOfHeadersDay(meeting)) nearest = std::max(nearest, nearnessOf(meeting));
+    std::vector<TCRange> own;
+    for (const Meeting& meeting : meetings)
+        if (isOfHeadersDay(meeting) && nearnessOf(meeting) == nearest) {
+            const double start = clip.startSeconds + meeting.offsetSeconds;
+            own.push_back({start, start + recordings[meeting.recording].place.range.durationSeconds()});
+        }
+    constexpr double lateByHandSeconds = 1;
+    if (coveredSeconds(clip, std::move(own)) < clip.durationSeconds() - lateByHandSeconds) return;
+    std::erase_if(meetings, [&](const Meeting& meeting) {
+        return meeting.isOfOtherDay && nearnessOf(meeting) < nearest;
+    });
+}
+
+} // namespace
+
 MatchStatus rankMeetings(const MediaAsset& video, const TCRange& clip, std::vector<Meeting>& meetings,
                          const std::vector<Recording>& recordings) {
+    leaveOutOtherDays(video, clip, meetings, recordings);
     if (meetings.size() == 1) return MatchStatus::matched();
     Files files = filesOf(video, clip, meetings, recordings);
     if (isOneRecording(files.parts)) {

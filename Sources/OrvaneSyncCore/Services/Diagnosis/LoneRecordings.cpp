@@ -123,7 +123,8 @@ class LoneDoubts {
         const Recording* known = placed(recording);
         if (known == nullptr) return byHand;
         // The time of day alone: a date has an option of its own.
-        const double offset = std::remainder(start - known->place.range.startSeconds, secondsADay);
+        const double offset =
+            heardClock(std::remainder(start - known->place.range.startSeconds, secondsADay), rate_).seconds;
         const auto day = clipDay(start);
         std::vector<CureOption> options;
         if (std::abs(offset) >= leastByHandSeconds)

@@ -36,7 +36,7 @@ TEST(HeardClocks, WhatWasHeardIsCuredInAScanOfItsRecorderAlone) {
         const char *bag, *cart; ///< what the paths begin with; the first one is heard and 2 s late
         std::optional<HeardLag> otherCamera; ///< absent: there is none, or it has no microphone
         const char* scan;
-        bool isOtherDeaf = false;
+        bool isOtherDeaf = false, hasOtherUnit = false;
     };
     for (const Case& one :
          {Case{"/S/BAG/B", "/S/CART/T", {}, "in a scan of this card alone (--exclude 'CART');"},
@@ -45,7 +45,13 @@ TEST(HeardClocks, WhatWasHeardIsCuredInAScanOfItsRecorderAlone) {
           {"/S/BAG/B", "/S/CART/T", HeardLag{0},
            "in a scan of this card alone (--exclude 'CAM2' --exclude 'CART');"},
           {"/S/BAG/B", "/S/CART/T", HeardLag{-2.04}, "in a scan of this card alone (--exclude 'CART');"},
-          {"/S/BAG/B", "/S/CART/T", {}, "in a scan of this card alone (--exclude 'CART');", true}}) {
+          {"/S/BAG/B", "/S/CART/T", {}, "in a scan of this card alone (--exclude 'CART');", true},
+          {"/S/BAG/B",
+           "/S/CART/T",
+           {},
+           "in a scan of this card alone (--exclude 'CART' --exclude 'U2');",
+           false,
+           true}}) {
         Shot shot;
         for (int i = 0; i < 4; ++i) {
             const std::string number = std::to_string(i);
@@ -53,6 +59,10 @@ TEST(HeardClocks, WhatWasHeardIsCuredInAScanOfItsRecorderAlone) {
             shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", at, 10));
             if (one.otherCamera || one.isOtherDeaf)
                 shot.videos.push_back(clipAt("/CAM2/B" + number + ".mov", at, 10));
+            if (one.hasOtherUnit) {
+                shot.videos.push_back(clipAt("/U2/CAM/C" + number + ".mov", at + 100, 10));
+                shot.audios.push_back(recordingAt("/U2/SND/C" + number + ".wav", at + 97, 20));
+            }
             shot.audios.push_back(recordingAt(one.bag + number + ".wav", at - 3, 20));
             shot.audios.push_back(recordingAt(one.cart + number + ".wav", at - 4, 20));
         }
@@ -68,7 +78,8 @@ TEST(HeardClocks, WhatWasHeardIsCuredInAScanOfItsRecorderAlone) {
         ASSERT_TRUE(shot.card(Kind::constantOffset)) << one.bag;
         EXPECT_NE(shot.card(Kind::constantOffset)->doubt.cure.text().find(one.scan), std::string::npos)
             << shot.card(Kind::constantOffset)->doubt.cure.text();
-        EXPECT_EQ(shot.count(Kind::ambiguous) + shot.count(Kind::otherDay), std::ssize(shot.groups))
+        EXPECT_EQ(shot.count(Kind::ambiguous) + shot.count(Kind::otherDay),
+                  one.hasOtherUnit ? 4 : std::ssize(shot.groups))
             << "which of the two is right";
     }
 }

@@ -203,6 +203,15 @@ class HeardOffsets {
                                  {camera})},
                      card.unmoved);
     }
+    /// Their clips may belong to the card.
+    void addCamerasWithoutSound(std::set<std::string_view>& folders) const {
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            const std::string_view folder = folderOf(clip.group->video);
+            if (std::ranges::none_of(cards_,
+                                     [&](const auto& card) { return std::get<0>(card.first) == folder; }))
+                folders.insert(folder);
+        }
+    }
     CureOption offsetBy(double seconds) const {
         return {CureOption::Kind::soundOffset,
                 offsetText(seconds + shoot_.input.rules.soundOffsetSeconds, rate_)};
@@ -218,10 +227,10 @@ class HeardOffsets {
             clips.insert(clips.end(), one.clips->all.begin(), one.clips->all.end());
             folders.insert(std::get<0>(*one.key));
         }
-        const bool areAll = std::ranges::none_of(cards_, [&](const auto& other) {
-            return std::get<1>(other.first) == recorder && std::get<2>(other.first) == day &&
-                   !folders.contains(std::get<0>(other.first));
-        });
+        // Others would be left without their own sound, or be given this.
+        const bool areAll = std::ranges::none_of(
+            cards_, [&](const auto& other) { return !folders.contains(std::get<0>(other.first)); });
+        if (!areAll) addCamerasWithoutSound(folders);
         const bool isPart = !findRecorder(sound, clips);
         return DoubtCure(CureWay{std::move(options)})
                    .in(cure_.scanOfRecordings(sound, isPart,

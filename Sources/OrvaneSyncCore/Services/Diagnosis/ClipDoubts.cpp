@@ -4,6 +4,8 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
+#include <set>
+#include <string_view>
 #include <utility>
 
 namespace orvane {
@@ -17,19 +19,39 @@ constexpr double louderDB = 12;
 constexpr double ambiguityShare = 0.5; // of the best overlap, as matching has it
 constexpr float someSpeech = 0.1F;     // share of the windows
 
+/// Folders of clips with folders of recordings of which microphones heard something where it lies.
+class CardsInPlace {
+  public:
+    explicit CardsInPlace(const Shoot& shoot) {
+        const auto* heard = shoot.input.heardLags;
+        if (heard == nullptr || heard->empty()) return;
+        for (const Shoot::Clip& clip : shoot.clips)
+            if (clip.primary && heard->contains(clip.group->audioMatches.front().id))
+                folders_.insert(foldersOf(*clip.group));
+    }
+    bool hold(const SyncGroup& group) const { return folders_.contains(foldersOf(group)); }
+
+  private:
+    using Folders = std::pair<std::string_view, std::string_view>;
+    static Folders foldersOf(const SyncGroup& group) {
+        return {folderOf(group.video), folderOf(*group.primaryAudio())};
+    }
+    std::set<Folders> folders_;
+};
+
 /// The doubts about one clip by itself.
 class ClipDoubts {
   public:
     ClipDoubts(const Shoot& shoot, const Shoot::Clip& clip) : of_(shoot, clip) {}
 
-    std::vector<SyncDoubt> all(bool mayChooseFirst) {
+    std::vector<SyncDoubt> all(bool mayChooseFirst, const CardsInPlace& heard) {
         addLabelOutsideOfRate(of_, of_.group.video);
         if (of_.group.isMOS()) return std::move(of_.doubts);
         addLabelOutsideOfRate(of_, *of_.group.primaryAudio());
         ambiguous(mayChooseFirst);
         addOtherCounts(of_);
         if (of_.group.matchStatus.isSettled()) {
-            addLengthDoubts(of_);
+            addLengthDoubts(of_, heard.hold(of_.group));
             mutedSpeech();
         }
         return std::move(of_.doubts);
@@ -126,8 +148,10 @@ class ClipDoubts {
 void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts) {
     const bool mayChooseFirst = std::ranges::none_of(
         shoot.clips, [&](const Shoot::Clip& clip) { return heardAmong(shoot, clip).value_or(0) > 0; });
-    addFromEachClip(doubts, shoot,
-                    [&](const Shoot::Clip& clip) { return ClipDoubts(shoot, clip).all(mayChooseFirst); });
+    const CardsInPlace heard(shoot);
+    addFromEachClip(doubts, shoot, [&](const Shoot::Clip& clip) {
+        return ClipDoubts(shoot, clip).all(mayChooseFirst, heard);
+    });
 }
 
 } // namespace orvane

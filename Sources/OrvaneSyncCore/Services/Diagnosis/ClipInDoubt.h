@@ -36,7 +36,9 @@ void addLabelOutsideOfRate(ClipInDoubt& of, const MediaAsset& file);
 /// Drop frame beside non-drop labels, and labels counted at two rates, of a clip with sound.
 void addOtherCounts(ClipInDoubt& of);
 /// Picture without sound, picture that is cut off, and gaps in the sound, of a clip with settled sound.
-void addLengthDoubts(ClipInDoubt& of);
+/// `isHeard`: cameras heard the sound of that card under other clips of the folder, so that its clock is
+/// known.
+void addLengthDoubts(ClipInDoubt& of, bool isHeard);
 
 /// Of each clip that stands in the document.
 void addFromEachClip(SyncDoubts& doubts, const Shoot& shoot,

@@ -20,6 +20,8 @@ using platform::text::formatted;
 // A camera that rolls a moment longer than the recorder is no fault.
 constexpr double missingSoundSeconds = 1;
 constexpr double cutSeconds = 0.5;
+constexpr const char* listenToOne =
+    "; listen to one of them first, as a clock that is some seconds off looks the same";
 // Starts by timecode are rounded to a frame at either side.
 constexpr double smallestGapSeconds = 0.1;
 
@@ -31,7 +33,7 @@ DoubtCure trimOption(TrimMode mode) {
 /// What of the picture has no sound, and what of it is cut off.
 class LengthDoubts {
   public:
-    explicit LengthDoubts(ClipInDoubt& of) : of_(of) {}
+    LengthDoubts(ClipInDoubt& of, bool isHeard) : of_(of), isHeard_(isHeard) {}
 
     void add() {
         shortSound();
@@ -79,7 +81,8 @@ class LengthDoubts {
                                       ? "copy " + of_.shoot.nameOf(of_.fileOf(*cut)) +
                                             " again from the card, as it ends early"
                                       : "look for a recording that is missing on the cards") +
-                            ", or cut to the sound with " + trimOption(TrimMode::overlap));
+                            ", or cut to the sound with " + trimOption(TrimMode::overlap) +
+                            (isHeard_ ? "" : listenToOne));
     }
 
     /// What the document cuts off the picture's end; absent where that is too little to tell.
@@ -169,10 +172,11 @@ class LengthDoubts {
     }
 
     ClipInDoubt& of_;
+    bool isHeard_;
 };
 
 } // namespace
 
-void addLengthDoubts(ClipInDoubt& of) { LengthDoubts(of).add(); }
+void addLengthDoubts(ClipInDoubt& of, bool isHeard) { LengthDoubts(of, isHeard).add(); }
 
 } // namespace orvane

@@ -105,11 +105,13 @@ class TimecodeDoubts {
                     message += ", " + spanText(std::abs(behind)) + (behind > 0 ? " before" : " after") +
                                " the time of the recordings, as all clips of its folder are, and " + name +
                                " was recorded then";
-                if (frames) message += " and lies by that date with an offset of " + *frames + " frames";
-                own = shoot_.nameOf(video) + " (" + name + (frames ? ", " + *frames : "") + ")";
+                if (frames)
+                    message += " and lies by that date with an offset of " + framesText(*frames, video);
+                own = shoot_.nameOf(video) + " (" + name +
+                      (frames ? ", " + std::to_string(framesOf(*frames, video)) : "") + ")";
             }
         }
-        doubt(clip, Kind::noTimecode, message, byHand("its recording", &video));
+        doubt(clip, Kind::noTimecode, message, byHand("its recording", video.channelCount.value_or(0) > 0));
         doubts_.byGroup[clip.group->id].back().own = std::move(own);
     }
     /// By how much the dates of clips without timecode are behind those of the recordings, as phones date in
@@ -208,6 +210,18 @@ class TimecodeDoubts {
             if (!clip.isDecided && clip.group->matchStatus.kind == MatchStatus::Kind::unmatched)
                 silent.push_back(&clip);
         if (silent.empty()) return;
+        // Where a camera heard one of them, its channels hold sound.
+        const auto isHeardIn = [&](const std::vector<const MediaAsset*>& recordings) {
+            return std::ranges::any_of(silent, [&](const Shoot::Clip* clip) {
+                const auto own = doubts_.byGroup.find(clip->group->id);
+                return own != doubts_.byGroup.end() &&
+                       std::ranges::any_of(own->second, [&](const SyncDoubt& doubt) {
+                           return doubt.suggestion &&
+                                  std::ranges::find(recordings, doubt.suggestion->recordingID,
+                                                    &MediaAsset::id) != recordings.end();
+                       });
+            });
+        };
         std::map<std::string_view, std::vector<const MediaAsset*>> folders;
         for (const MediaAsset& recording : shoot_.input.recordings)
             if (!recording.isAtmo() && !FilenameUtils::isMadeRoomTone(recording.filename) &&
@@ -227,18 +241,17 @@ class TimecodeDoubts {
                      (count == 1 ? ", has no timecode and no time reference: no clip can find it, and "
                                  : ", have no timecode and no time reference: no clip can find them, and ") +
                      counted(silent.size(), "clip has", "clips have") + " no sound",
-                 byHand("the recordings")},
+                 byHand("the recordings", !isHeardIn(recordings))},
                 silent);
         }
     }
-    /// `file`: that may hold timecode on a channel of its sound.
-    DoubtCure byHand(const char* what, const MediaAsset* file = nullptr) const {
+    /// `mayHoldTimecode`: on a channel of sound.
+    DoubtCure byHand(const char* what, bool mayHoldTimecode) const {
         const auto& heard = shoot_.input.timecodeChannel;
         DoubtCure cure =
             std::string("attach ") + what + " by hand" +
             cureWords::inTable("a file name under 'choice' and its offset under 'offset_frames'");
-        const bool mayHold = file == nullptr || file->channelCount.value_or(0) > 0;
-        if (!mayHold || heard == settings::everyTimecodeChannel) return cure;
+        if (!mayHoldTimecode || heard == settings::everyTimecodeChannel) return cure;
         const std::string option = heard ? std::string(settings::ltcChannelIndex.key) + "=" +
                                                std::to_string(settings::everyTimecodeChannel)
                                          : std::string(settings::ltcEnabled.key) + "=true";

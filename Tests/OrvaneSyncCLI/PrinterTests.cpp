@@ -41,8 +41,8 @@ TEST(ExportPreviewText, SaysWhatHelps) {
           "The event is called 'Synced'; after its scenes it would be --event 'Scenes 9-10\xEF\xBF\xBD'.\n");
     check({nine, ten, none}, true, false, false, "By their scenes the clips call for 3 events.\n");
     check({none, nine}, true, false, true,
-          "By their scenes the clips call for 2 events.\n1 clips have not been analyzed for Smart Audio — "
-          "their audio "
+          "By their scenes the clips call for 2 events.\n1 clip has not been analyzed for Smart Audio — "
+          "its audio "
           "settings won’t be applied in this export.\n");
 }
 

@@ -9,7 +9,7 @@
 namespace orvane {
 
 std::string counted(long long count, std::string_view one, std::string_view many) {
-    return std::to_string(count) + " " + std::string(count == 1 ? one : many);
+    return std::to_string(count) + " " + std::string(count == 1 || count == -1 ? one : many);
 }
 
 std::string secondsText(double seconds) { return formatted("%.3f s", seconds); }

@@ -40,15 +40,24 @@ TEST(HeardSound, AClockThatRunsFastIsToldWithTheOffsetOfEachClip) {
         const char* name;
         double perSecond, jitter;
         int told;
-        double step = 0; ///< seconds, from the fifth clip on
+        double step = 0;                                    ///< seconds, from the fifth clip on
+        std::optional<std::vector<double>> otherHeard = {}; ///< by another camera beside it
     };
     for (const Case& one : {Case{"50 ppm", -5e-5, 0.02, 8},
+                            {"a camera without microphone beside it", -5e-5, 0.02, 16, 0, {{}}},
+                            {"a camera that heard no drift", -5e-5, 0.02, 8, 0, {{0.04, 0.04, 0.04}}},
                             {"no drift", 0, 0.02, 0},
                             {"no line", -5e-5, 0.6, 0},
                             {"too little", -2e-6, 0.02, 0},
                             {"two clocks", 0, 0, 0, 0.2}}) {
         HeardShot shot({"/S/T"});
+        if (one.otherHeard)
+            for (int i = 0; i < 8; ++i)
+                shot.videos.push_back(clipAt("/B/B" + std::to_string(i) + ".mov", 25200 + 5400 * i, 15));
         shot.match();
+        if (one.otherHeard)
+            for (std::size_t i = 0; i < one.otherHeard->size(); ++i)
+                shot.lags[shot.match(8 + i)] = {(*one.otherHeard)[i]};
         for (const std::size_t i : {0, 2, 4, 5, 7})
             shot.lags[shot.match(i)] = {one.perSecond * 5400 * static_cast<double>(i) +
                                         (i % 2 == 0 ? one.jitter : 0) + (i >= 4 ? one.step : 0)};
@@ -60,6 +69,9 @@ TEST(HeardSound, AClockThatRunsFastIsToldWithTheOffsetOfEachClip) {
         ASSERT_TRUE(last.suggestion);
         EXPECT_NEAR(last.suggestion->offsetSeconds, one.perSecond * 5400 * 6, 0.05);
         EXPECT_NE(last.message.find("51 parts in a million"), std::string::npos) << last.message;
+        if (one.told == 16) {
+            EXPECT_FALSE(shot.doubts.byGroup[shot.groups[14].id].front().suggestion) << "not sure enough";
+        }
     }
 }
 

@@ -93,10 +93,9 @@ TEST(ExportPreview, TellsHowManyClipsWereNotAnalysed) {
     const SyncGroup unheard = inScene("2"); // its card was away
     results[unheard.id] = {};
     groups.append(unheard);
-    EXPECT_EQ(
-        ExportPreview::smartAudioCoverage(groups, results).text(),
-        "1 clips have not been analyzed for Smart Audio — their audio settings won’t be applied in this "
-        "export.");
+    EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).text(),
+              "1 clip has not been analyzed for Smart Audio — its audio settings won’t be applied in this "
+              "export.");
     EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).choiceText(), std::nullopt);
     SyncGroup chosen = inScene("3");
     chosen.manualActiveTracks = {2};

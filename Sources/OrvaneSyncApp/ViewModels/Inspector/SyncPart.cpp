@@ -104,9 +104,11 @@ SyncPart SyncPart::of(const SyncGroup& group, double frameRate) {
     part.lock = !part.hasSound  ? part.isLocked ? "Unlock the clip without sound" : "Lock as without sound"
                 : part.isLocked ? "Unlock sync verification"
                                 : "Lock sync as verified";
-    if (isMovedSinceLock(group))
-        part.lockedAt =
-            "It was locked at " + offsetFramesText(*group.lockedAtManualOffset, part.frameRate) + " frames.";
+    if (isMovedSinceLock(group)) {
+        const std::string frames = offsetFramesText(*group.lockedAtManualOffset, part.frameRate);
+        const bool isOne = frames.ends_with("1") && frames.size() <= 2; // with a sign
+        part.lockedAt = "It was locked at " + frames + (isOne ? " frame." : " frames.");
+    }
     part.wholeFrames = wholeFramesSentence(part.offsetSeconds, part.frameRate);
     return part;
 }

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -62,7 +63,15 @@ bool isStep(std::vector<Heard> heard) {
 }
 
 std::string distanceText(double seconds) {
-    return platform::text::formatted("%.1f s", std::abs(seconds)) + (seconds < 0 ? " late" : " early");
+    constexpr double least = 0.05; // that is written
+    const std::string text = platform::text::formatted("%.1f s", std::abs(seconds));
+    return std::abs(seconds) < least ? text : text + (seconds < 0 ? " late" : " early");
+}
+
+/// `isDated`: with the day, where the clips are of more than one.
+std::string momentText(double seconds, bool isDated) {
+    const std::string time = timeOfDayText(seconds);
+    return isDated ? dayText(static_cast<long>(std::floor(seconds / secondsADay))) + " " + time : time;
 }
 
 } // namespace
@@ -87,28 +96,59 @@ std::optional<ClockDrift> clockDriftOf(const HandledClips& card) {
     }
 }
 
+namespace {
+
+std::string clocksText(const CameraAndCard& key, const ClockDrift& drift) {
+    constexpr double million = 1e6;
+    return "by the microphones of the cameras, the clocks of '" + std::string(std::get<0>(key)) + "' and '" +
+           std::string(std::get<1>(key)) + "' run apart by " +
+           platform::text::formatted("%.0f", std::abs(drift.perSecond) * million) + " parts in a million";
+}
+
+} // namespace
+
 void addClockDrift(const Shoot& shoot, const CameraAndCard& key, const HandledClips& card,
                    const ClockDrift& drift, SyncDoubts& doubts) {
-    const auto& [camera, recorder, day] = key;
-    constexpr double million = 1e6;
+    const bool isDated =
+        std::floor(drift.firstSeconds / secondsADay) != std::floor(drift.lastSeconds / secondsADay);
     const std::string about =
-        "by the microphones of the cameras, the clocks of '" + std::string(camera) + "' and '" +
-        std::string(recorder) + "' run apart by " +
-        platform::text::formatted("%.0f", std::abs(drift.perSecond) * million) +
-        " parts in a million: the sound of " + counted(drift.count, "clip", "clips") + " goes from " +
-        distanceText(drift.offsetAt(drift.firstSeconds)) + " at " + timeOfDayText(drift.firstSeconds) +
-        " to " + distanceText(drift.offsetAt(drift.lastSeconds)) + " at " + timeOfDayText(drift.lastSeconds);
+        clocksText(key, drift) + ": the sound of " + counted(drift.count, "clip", "clips") + " goes from " +
+        distanceText(drift.offsetAt(drift.firstSeconds)) + " at " + momentText(drift.firstSeconds, isDated) +
+        " to " + distanceText(drift.offsetAt(drift.lastSeconds)) + " at " +
+        momentText(drift.lastSeconds, isDated);
     for (const Shoot::Clip* clip : card.unmoved) {
         if (!clip->place) continue;
         const double seconds = drift.offsetAt(likelyRange(*clip).startSeconds);
+        if (framesOf(seconds, clip->group->video) == 0) continue;
         const std::string own =
-            shoot.nameOf(clip->group->video) + " by " + framesText(seconds, clip->group->video) + " frames";
+            shoot.nameOf(clip->group->video) + " by " + framesText(seconds, clip->group->video);
         doubts.byGroup[clip->group->id].push_back(
             {.kind = SyncDoubt::Kind::drift,
              .message = about + "; move the sound of " + own,
              .cure = cureWords::asHeard("move the sound of each clip by its own distance", "'offset_frames'"),
              .own = own,
              .suggestion = SyncDoubt::Suggestion{.offsetSeconds = seconds}});
+    }
+}
+
+void addClockDriftUnheard(const Shoot& shoot, const CameraAndCard& key, const HandledClips& unheard,
+                          const ClockDrift& drift, SyncDoubts& doubts) {
+    for (const Shoot::Clip* clip : unheard.unmoved) {
+        if (!clip->place || doubts.has(clip->group->id, {SyncDoubt::Kind::drift})) continue;
+        const double seconds = drift.offsetAt(likelyRange(*clip).startSeconds);
+        if (framesOf(seconds, clip->group->video) == 0) continue;
+        const std::string own =
+            shoot.nameOf(clip->group->video) + " by " + framesText(seconds, clip->group->video);
+        doubts.byGroup[clip->group->id].push_back(
+            {.kind = SyncDoubt::Kind::drift,
+             .message = clocksText(key, drift) + ", and the clips in '" +
+                        std::string(folderOf(clip->group->video)) +
+                        "' have sound of the same recorder and were not heard: if it is the recorder's "
+                        "clock, move the sound of " +
+                        own,
+             .cure = "listen to the first and the last of these clips: where their sound is off as well, "
+                     "move that of each by hand, else lock them",
+             .own = own});
     }
 }
 

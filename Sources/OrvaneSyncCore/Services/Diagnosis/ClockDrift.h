@@ -24,5 +24,9 @@ std::optional<ClockDrift> clockDriftOf(const HandledClips& card);
 /// Doubts all clips of the card that nobody moved, each with its own offset.
 void addClockDrift(const Shoot& shoot, const CameraAndCard& key, const HandledClips& card,
                    const ClockDrift& drift, SyncDoubts& doubts);
+/// The same of the clips of another camera with sound of that card, of which nothing was heard: whose clock
+/// it is, the recorder's or the first camera's, nothing tells.
+void addClockDriftUnheard(const Shoot& shoot, const CameraAndCard& key, const HandledClips& unheard,
+                          const ClockDrift& drift, SyncDoubts& doubts);
 
 } // namespace orvane

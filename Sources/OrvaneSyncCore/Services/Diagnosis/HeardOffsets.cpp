@@ -261,8 +261,21 @@ class HeardOffsets {
             doubts_.has(card.unmoved.front()->group->id, {Kind::drift}))
             return false;
         const auto drift = clockDriftOf(card);
-        if (drift) addClockDrift(shoot_, key, card, *drift, doubts_);
-        return drift.has_value();
+        if (!drift) return false;
+        addClockDrift(shoot_, key, card, *drift, doubts_);
+        const auto isOfOther = [&](const auto& other) {
+            return other.first != key && std::get<1>(other.first) == std::get<1>(key) &&
+                   std::get<2>(other.first) == std::get<2>(key);
+        };
+        // Where another camera heard the recorder otherwise, it is the first camera's clock.
+        const bool isContradicted = std::ranges::any_of(cards_, [&](const auto& other) {
+            return isOfOther(other) && !other.second.soundings().empty() && !clockDriftOf(other.second);
+        });
+        if (isContradicted) return true;
+        for (const auto& other : cards_)
+            if (isOfOther(other) && other.second.soundings().empty() && !other.second.isConfirmed)
+                addClockDriftUnheard(shoot_, key, other.second, *drift, doubts_);
+        return true;
     }
 
     bool addParts(const CameraAndCard& key, const HandledClips& card) {

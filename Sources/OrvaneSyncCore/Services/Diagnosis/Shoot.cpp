@@ -120,8 +120,12 @@ double heardSeconds(const SyncGroup& group, const Take& take) {
     return most;
 }
 
+long long framesOf(double seconds, const MediaAsset& video) {
+    return std::llround(seconds * clipRate(video, rateWithoutAny));
+}
+
 std::string framesText(double seconds, const MediaAsset& video) {
-    return std::to_string(std::llround(seconds * clipRate(video, rateWithoutAny)));
+    return counted(framesOf(seconds, video), "frame", "frames");
 }
 
 std::string_view folderOf(const MediaAsset& asset) {

@@ -126,7 +126,8 @@ bool isWrittenOn(const MediaAsset& video, const FilePlace& place, long day);
 /// a night's.
 bool countsFromZero(const MediaAsset& video);
 
-/// As a table says it under `offset_frames`.
+/// As a table says it under `offset_frames`, and the same with the word, such as "-1 frame".
+long long framesOf(double seconds, const MediaAsset& video);
 std::string framesText(double seconds, const MediaAsset& video);
 
 /// Without the file's name and the slash before it.

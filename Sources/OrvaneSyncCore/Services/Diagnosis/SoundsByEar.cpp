@@ -99,7 +99,7 @@ void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts) {
         const MediaAsset& video = own->clip->group->video;
         const double offset = seconds - microphoneDelaySeconds - own->laidSeconds;
         const std::string text = shoot.nameOf(*own->recording) + " in " + shoot.nameOf(video) +
-                                 " with an offset of " + framesText(offset, video) + " frames";
+                                 " with an offset of " + framesText(offset, video);
         doubts.byGroup[own->clip->group->id].push_back(
             {.kind = SyncDoubt::Kind::noTimecode,
              .message = "what no timecode brings together, the microphones of the cameras heard: " + text,

@@ -98,7 +98,7 @@ class TimecodeDoubts {
                 const MediaAsset& recording = *shoot_.recordings[*sound].asset;
                 const std::string name = shoot_.nameOf(recording);
                 const auto laid = SyncEngine::matchByTimecode(video, recording, shoot_.input.rules);
-                const auto frames = framesByDate(video, shoot_.recordings[*sound].place, laid, behind);
+                const auto frames = offsetByDate(video, shoot_.recordings[*sound].place, laid, behind);
                 if (behind == 0)
                     message += ", when " + name + " was recorded";
                 else
@@ -169,14 +169,14 @@ class TimecodeDoubts {
         const auto seconds = writtenSeconds(video);
         const auto heard = heardAttached(shoot_, clip);
         const auto frames = !heard && seconds && clip.primary
-                                ? framesByDate(video, shoot_.recordings[*clip.primary].place, match)
+                                ? offsetByDate(video, shoot_.recordings[*clip.primary].place, match)
                                 : std::nullopt;
         if (heard)
             where += "; the microphone of the camera heard it with an offset of " +
-                     framesText(*heard - microphoneDelaySeconds - match.syncOffsetSeconds, video) + " frames";
+                     framesText(*heard - microphoneDelaySeconds - match.syncOffsetSeconds, video);
         else if (frames)
             where += "; by the date of the clip, " + momentText(*seconds) + ", it lies with an offset of " +
-                     *frames + " frames";
+                     framesText(*frames, video);
         doubt(clip, Kind::noTimecode,
               shoot_.nameOf(*match.audio) + " was attached to " + shoot_.nameOf(video) +
                   " by hand, and no timecode says where in the clip it begins: " + where,
@@ -184,11 +184,11 @@ class TimecodeDoubts {
                   " by a clap, and lock the clip where the sound is right without one",
               where);
     }
-    /// What a table says as `offset_frames` so that the recording lies under the clip by the date of the
-    /// clip, which is that of its first picture or of its last; absent where it does not lie under the clip
-    /// then.
-    static std::optional<std::string> framesByDate(const MediaAsset& video, const FilePlace& sound,
-                                                   const AudioMatch& laid, double secondsBehind = 0) {
+    /// By how much a table has to move the recording, in seconds, so that it lies under the clip by the date
+    /// of the clip, which is that of its first picture or of its last; absent where it does not lie under the
+    /// clip then.
+    static std::optional<double> offsetByDate(const MediaAsset& video, const FilePlace& sound,
+                                              const AudioMatch& laid, double secondsBehind = 0) {
         auto written = writtenSeconds(video);
         if (written) *written += secondsBehind;
         const double length = video.durationSeconds.value_or(0);
@@ -199,7 +199,7 @@ class TimecodeDoubts {
             if (!covers(recorded, {start, start + length})) continue;
             const double seconds = recorded.startSeconds - start - laid.syncOffsetSeconds;
             if (std::abs(seconds) > secondsADay) return std::nullopt;
-            return framesText(seconds, video);
+            return seconds;
         }
         return std::nullopt;
     }

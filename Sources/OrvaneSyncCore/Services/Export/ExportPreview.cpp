@@ -81,9 +81,8 @@ SmartAudioCoverage smartAudioCoverage(const SyncGroupList& groups,
 
 std::optional<std::string> SmartAudioCoverage::text() const {
     if (unanalyzed == 0) return std::nullopt;
-    return std::to_string(unanalyzed) +
-           " clips have not been analyzed for Smart Audio — their audio settings won’t be applied in this "
-           "export.";
+    return counted(unanalyzed, "clip has not", "clips have not") + " been analyzed for Smart Audio — " +
+           (unanalyzed == 1 ? "its" : "their") + " audio settings won’t be applied in this export.";
 }
 
 std::optional<std::string> SmartAudioCoverage::choiceText() const {

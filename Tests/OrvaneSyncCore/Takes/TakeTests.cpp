@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "OrvaneSyncCore/Services/Takes/RecordedAtOnce.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
 #include "Support/Assets.h"
@@ -163,6 +164,27 @@ TEST(Take, axisAndLength) {
     EXPECT_EQ(chain.channelCount, 4);
     EXPECT_EQ(chain.runningChannelCount(), 5);
     EXPECT_TRUE(takeOf(clipOf({}), 2).isEmpty());
+}
+
+TEST(Take, aRecorderThatRanTwiceAtOneTimeWasAtOtherMoments) {
+    struct Case {
+        const char* name;
+        File other;
+        bool ofAnotherMoment;
+    };
+    for (const Case& row :
+         {Case{"another day", {"A/T_2.WAV", 30, 50, 1, "", "", 48000, 0, 2}, true},
+          {"a take right behind it", {"A/T_2.WAV", 39.5, 20, 1, "", "", 48000, 0, 1}, false},
+          {"another folder", {"B/U.WAV", 30, 50, 1, "", "", 48000, 0, 2}, false},
+          {"another recorder", {"A/U.WAV", 30, 50, 1, "b", "", 48000, 0, 2}, false}}) {
+        const SyncGroup clip = clipOf({{"A/T_1.WAV", 0, 40, 1, "", "", 48000, 0, 1}, row.other});
+        SyncGroup swapped = clip;
+        std::ranges::reverse(swapped.audioMatches);
+        EXPECT_EQ(ofOtherMoments(clip), std::vector<std::size_t>(row.ofAnotherMoment ? 1 : 0, 1)) << row.name;
+        EXPECT_EQ(areOfOtherMoments(clip, swapped, 0), row.ofAnotherMoment) << row.name;
+        EXPECT_FALSE(areOfOtherMoments(clip, clip, 0)) << row.name;
+    }
+    EXPECT_FALSE(areOfOtherMoments(clipOf({}), clipOf({}), 0)) << "no recording at all";
 }
 
 TEST(Take, decisionsFollowTheirChannels) {

@@ -91,8 +91,8 @@ platform::Task LockitNetworkClient::request(std::shared_ptr<const Connection> co
     auto reading = platform::onQueue(
         *connection->decoding, with.mainThread,
         [decode = std::move(decode), answer = std::move(answer)](const std::stop_token&) mutable {
-            const std::string body = std::exchange(answer, {});
-            understand([&] { decode(body); });
+            const std::string text = std::exchange(answer, {});
+            understand([&] { decode(text); });
         });
     co_await reading;
 }

@@ -2,6 +2,7 @@
 #include "OrvaneSyncCore/Services/Playback/AudioLevels.h"
 #include "OrvaneSyncCore/Services/Playback/ScrubAudioPlayer.h"
 #include "OrvaneSyncCore/Services/Playback/ScrubSliceRing.h"
+#include "OrvaneSyncCore/Services/Playback/ShuttleAudioEngine.h"
 #include "Platform/Realtime/RealtimeScope.h"
 #include "Support/MemoryAudio.h"
 #include "Support/RealtimeWatch.h"
@@ -12,6 +13,7 @@
 #include <algorithm>
 #include <array>
 #include <thread>
+#include <utility>
 
 namespace orvane {
 namespace {
@@ -155,7 +157,7 @@ TEST(ScrubAudioPlayer, playsTheNewestBlip) {
     ScrubAudioPlayer player(platform::Mixer::create(std::move(owned)));
     const auto heard = [&] {
         player.waitUntilIdle();
-        std::array<float, 480> left{}, right{};
+        std::array<float, 600> left{}, right{}; // more than the player renders in one piece
         output.pull(left.data(), right.data(), left.size());
         EXPECT_EQ(left, right);
         return left[240];
@@ -188,6 +190,18 @@ TEST(ScrubAudioPlayer, playsTheNewestBlip) {
     EXPECT_EQ(heard(), 0);
     player.shutdown();
     EXPECT_EQ(test::RealtimeWatch::firstViolation(), "");
+}
+
+TEST(ShuttleAudioEngine, isHeardUpToTwiceTheSpeed) {
+    using Plan = AudioRenderPlan;
+    for (const double sign : {1.0, -1.0})
+        for (const auto& [rate, plan] : {std::pair(0.0, Plan::silent),
+                                         {0.5, Plan::fastSpeed},
+                                         {1.0, Plan::normalSpeed},
+                                         {2.0, Plan::fastSpeed},
+                                         {2.5, Plan::silent},
+                                         {8.0, Plan::silent}})
+            EXPECT_EQ(ShuttleAudioEngine::planForShuttleRate(sign * rate), plan) << sign * rate;
 }
 
 TEST(AudioLevels, metersSpanSixtyDecibels) {

@@ -6,7 +6,10 @@
 #include "Support/Test.h"
 
 #include <array>
+#include <cstdint>
+#include <cstring>
 #include <filesystem>
+#include <tuple>
 #include <vector>
 
 namespace orvane::platform {
@@ -36,7 +39,17 @@ TEST(AudioFileWriter, whatIsWrittenIsReadAgainInBothForms) {
         write(writer);
         EXPECT_FALSE(std::filesystem::exists(path)) << "before it is whole";
         writer.finish();
-        EXPECT_EQ(folder.read(isLarge ? "large.wav" : "plain.wav").substr(0, 4), isLarge ? "RF64" : "RIFF");
+        const std::string written = folder.read(isLarge ? "large.wav" : "plain.wav");
+        EXPECT_EQ(written.substr(0, 4), isLarge ? "RF64" : "RIFF");
+        struct {
+            std::uint16_t kind, channels;
+            std::uint32_t rate, bytesASecond;
+            std::uint16_t bytesAFrame, bitsASample;
+        } format{};
+        std::memcpy(&format, written.data() + written.find("fmt ") + 8, sizeof format);
+        EXPECT_EQ(std::tuple(format.kind, format.channels, format.rate, format.bytesASecond,
+                             format.bytesAFrame, format.bitsASample),
+                  std::tuple(3, 3, 384'000U, 384'000U * 12, 12, 32));
         for (const bool withLibraries : {false, true}) {
             const auto file = withLibraries ? AudioFile::openWithLibraries(path) : AudioFile::open(path);
             ASSERT_TRUE(file);

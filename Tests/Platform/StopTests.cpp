@@ -4,6 +4,7 @@
 #include "Support/VirtualMainThread.h"
 
 #include <atomic>
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <semaphore>
@@ -168,6 +169,17 @@ TEST(Concurrently, beginsNothingMoreOnceStopped) {
         EXPECT_THROW(concurrently(100'000, threads, work, stop.get_token()), Stopped);
         EXPECT_LT(begun, 100);
     }
+}
+
+TEST(Concurrently, callsWithinCallsMakeNoMoreThreadsThanThePoolHas) {
+    const auto threads = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+    };
+    const auto before = threads();
+    std::atomic<int> done = 0;
+    concurrently(64, 64, [&](std::size_t) { concurrently(64, 64, [&](std::size_t) { ++done; }); });
+    EXPECT_EQ(done, 64 * 64);
+    EXPECT_LE(threads() - before, 4 * std::max(std::thread::hardware_concurrency(), 1U));
 }
 
 } // namespace

@@ -2,12 +2,14 @@
 #include "Platform/Playback/FrameReader.h"
 #include "Platform/Playback/VideoDecoder.h"
 #include "Platform/Stop.h"
+#include "Support/ChildProcesses.h"
 #include "Support/NumberedClip.h"
 #include "Support/RandomSeed.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <random>
 
@@ -282,6 +284,14 @@ TEST(FrameReader, makesTheBestOfDamagedFiles) {
     const std::string path = folder.path("whole.mov");
     ASSERT_TRUE(
         (NumberedClip{120, "25", "-c:v libx264 -preset ultrafast -g 10 -movflags +faststart"}.make(path)));
+    const auto whole = FrameReader::open(path);
+    ASSERT_NE(whole, nullptr);
+    for (const int number : {7, 8}) {
+        for (const pid_t helper : children()) ::kill(helper, SIGKILL);
+        const auto picture = whole->pictureAt({number, 25}, exactly, {});
+        ASSERT_TRUE(picture) << "another process reads on";
+        EXPECT_EQ(NumberedClip::numberIn(*picture), number);
+    }
     const auto bytes = folder.read("whole.mov");
     EXPECT_EQ(FrameReader::open(folder.path("missing.mov")), nullptr);
     EXPECT_EQ(FrameReader::open(folder.write("text.mov", "no video")), nullptr);

@@ -34,9 +34,9 @@ TEST(SyncDoubts, TwoDaysNeverMixSilently) {
                     const Date when =
                         first + std::chrono::hours(24 * day) + std::chrono::seconds(std::llround(start));
                     const bool inHeader = hasHeaders && file.kind == AssetKind::video;
-                    const auto zone = std::chrono::hours(isFarWest && inHeader ? 8 : 0);
+                    const auto ahead = std::chrono::hours(isFarWest && inHeader ? 8 : 0);
                     if (dates == Dates::headersAlone && !inHeader) continue;
-                    if (isDated) (inHeader ? file.headerDate : file.contentCreatedDate) = when + zone;
+                    if (isDated) (inHeader ? file.headerDate : file.contentCreatedDate) = when + ahead;
                 }
             };
             date(shot.videos, dates == Dates::wrongCamera);

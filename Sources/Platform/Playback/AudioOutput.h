@@ -45,6 +45,8 @@ class AudioOutput {
     virtual bool start(AudioRenderer& renderer) = 0;
     /// No call of the renderer is under way when it returns.
     virtual void stop() = 0;
+    /// Where no device is open, the machine's are read anew at once, as somebody wants to hear something.
+    virtual void lookForDevice() {}
     /// From the moment a frame is rendered to the moment it is heard.
     virtual std::chrono::nanoseconds latency() const = 0;
     /// The frame that is heard at this moment, in fractions of a frame; never goes back. Any thread.

@@ -107,6 +107,7 @@ struct DeviceOutput::Core final : SoundDeviceCallback {
     std::atomic<nanoseconds::rep> deviceLatency = 0;
     std::atomic<bool> isFirstOfDevice = false;
     std::atomic<bool> isUnpaced = false;
+    std::atomic<bool> isLookedFor = false;
     mutable std::atomic<double> lastHeard = 0;
     nanoseconds::rep deviceSince = 0; ///< of the rendering thread, as the next
     double deviceFrames = 0;
@@ -164,22 +165,43 @@ std::optional<nanoseconds> DeviceOutput::tick() {
     if (core.mode == Core::Mode::device) {
         if (!core.isUnpaced && now - nanoseconds(core.lastAsked) < deviceTimeout) return now + watchInterval;
         core.mode = Core::Mode::clock;
-        nextTry_ = now + (core.isUnpaced ? nanoseconds(longestRetry) : nanoseconds(firstRetry));
-        closeDevice();
+        if (!core.isUnpaced && now - openedAt_ < settlingTime) {
+            quietSince_ = now;
+        } else {
+            nextTry_ = now + (core.isUnpaced ? nanoseconds(unpacedRetry) : nanoseconds(firstRetry));
+            closeDevice();
+        }
     }
-    if (core.isOpen && !core.isBusy) {
-        core.isUnpaced = false;
-        core.isFirstOfDevice = true;
-        core.lastAsked = now.count();
-        core.mode = Core::Mode::device;
+    if (core.isOpen && !core.isBusy && takesDevice(now)) return now + watchInterval;
+    if (core.isLookedFor.exchange(false)) {
+        nextTry_ = std::min(nextTry_, now);
         retryAfter_ = firstRetry;
-        return now + watchInterval;
     }
-    if (!core.isBusy && now >= nextTry_) openDevice(now);
+    if (!core.isOpen && !core.isBusy && now >= nextTry_) openDevice(now);
     core.renderDue(now);
     const double nextFrame = static_cast<double>(core.rendered - std::int64_t{clockBlockFrames});
     return now + std::chrono::ceil<nanoseconds>(
                      std::chrono::duration<double>((nextFrame - core.lineAt(now)) / outputRate));
+}
+
+bool DeviceOutput::takesDevice(nanoseconds now) {
+    Core& core = *core_;
+    if (quietSince_ && nanoseconds(core.lastAsked) <= *quietSince_) {
+        if (now - openedAt_ < settlingTime) return false;
+        nextTry_ = now + firstRetry;
+        closeDevice();
+        return false;
+    }
+    if (!quietSince_) {
+        openedAt_ = now;
+        core.isUnpaced = false;
+    }
+    quietSince_.reset();
+    core.isFirstOfDevice = true;
+    core.lastAsked = now.count();
+    core.mode = Core::Mode::device;
+    retryAfter_ = firstRetry;
+    return true;
 }
 
 void DeviceOutput::openDevice(nanoseconds now) {
@@ -192,6 +214,7 @@ void DeviceOutput::openDevice(nanoseconds now) {
 }
 
 void DeviceOutput::closeDevice() {
+    quietSince_.reset();
     core_->isOpen = false;
     core_->isBusy = true;
     if (threads_ == Threads::caller) return core_->close();
@@ -239,6 +262,8 @@ void DeviceOutput::stop() {
     if (core_->isOpen) closeDevice();
     changed_.notify_all();
 }
+
+void DeviceOutput::lookForDevice() { core_->isLookedFor = true; } // the clock's thread wakes for each block
 
 nanoseconds DeviceOutput::latency() const {
     if (core_->mode == Core::Mode::device) return nanoseconds(core_->deviceLatency);

@@ -37,14 +37,20 @@ class DeviceOutput final : public AudioOutput {
     double sampleRate() const override;
     bool start(AudioRenderer& renderer) override;
     void stop() override;
+    void lookForDevice() override;
     std::chrono::nanoseconds latency() const override;
     double heardFrame() const override;
     std::string description() const override;
 
     /// A device that asked for nothing for so long is lost.
     static constexpr std::chrono::milliseconds deviceTimeout{400};
+    /// For so long after its opening it is waited for, on the clock: a server of sound takes some blocks at
+    /// once and may then ask for nothing until it has filled its own memory or woken its card, some 2 s.
+    static constexpr std::chrono::seconds settlingTime{3};
     /// The longest time between two attempts to open a device; the first follow each other sooner.
-    static constexpr std::chrono::seconds longestRetry{16};
+    static constexpr std::chrono::seconds longestRetry{4};
+    /// The same for one that takes sound faster than it could be heard.
+    static constexpr std::chrono::seconds unpacedRetry{16};
     static constexpr std::size_t clockBlockFrames = 512;
 
   private:
@@ -52,6 +58,8 @@ class DeviceOutput final : public AudioOutput {
     void run(const std::stop_token& stop);
     void openDevice(std::chrono::nanoseconds now);
     void closeDevice();
+    /// Of an open device in whose place the clock stands: takes it, waits on or lets it go.
+    bool takesDevice(std::chrono::nanoseconds now);
 
     const std::shared_ptr<Core> core_; ///< shared with devices and with what opens and closes them
     const Threads threads_;
@@ -60,6 +68,8 @@ class DeviceOutput final : public AudioOutput {
     bool isStarted_ = false;
     std::chrono::nanoseconds nextTry_{};
     std::chrono::nanoseconds retryAfter_{};
+    std::chrono::nanoseconds openedAt_{};                ///< the device, when the clock made way for it first
+    std::optional<std::chrono::nanoseconds> quietSince_; ///< of an open device that is waited for
     std::unique_ptr<SerialQueue> devices_;
     std::jthread thread_; ///< last: it uses everything above
 };

@@ -5,14 +5,17 @@
 
 #include <QAction>
 #include <QDropEvent>
+#include <QFileDialog>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMimeData>
 #include <QScreen>
 #include <QStackedWidget>
+#include <QTimer>
 #include <QTreeWidget>
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 
 namespace orvane::views {
@@ -242,6 +245,30 @@ TEST_F(OpeningTest, AnotherShootGetsASessionOfItsOwn) {
     Q_EMIT tree.itemActivated(open, 0);
     EXPECT_TRUE(isWanted);
     EXPECT_TRUE(work().undoState().canUndo);
+}
+
+TEST_F(OpeningTest, WhatAProjectDoesNotHoldIsSaidOfOneThatWasSaved) {
+    scan();
+    desktop_->runForClips("toggleLocked", {clip("A001C001").id});
+    const auto saveAs = [this](const std::string& name) {
+        QTimer::singleShot(0, [&] {
+            auto* dialog = dynamic_cast<QFileDialog*>(QApplication::activeModalWidget());
+            ASSERT_NE(dialog, nullptr);
+            dialog->selectFile(text(folder_.path(name)));
+            static_cast<QDialog*>(dialog)->done(QDialog::Accepted); // without its own question
+        });
+        for (QAction* entry : window_->findChildren<QAction*>())
+            if (entry->shortcut() == QKeySequence(Qt::CTRL | Qt::Key_S)) entry->trigger();
+    };
+    std::filesystem::create_directory(folder_.path("held.orvanesync"));
+    saveAs("held.orvanesync");
+    EXPECT_EQ(bannerText(), "") << "before the save has ended";
+    EXPECT_TRUE(waitUntil([&] { return bannerText().contains("held.orvanesync"); }))
+        << bannerText().toStdString();
+    EXPECT_FALSE(bannerText().contains("locked"));
+    saveAs("shoot.orvanesync");
+    EXPECT_TRUE(waitUntil([&] { return bannerText().contains("1 locked clips"); }))
+        << bannerText().toStdString();
 }
 
 TEST_F(OpeningTest, AStartOpensTheNewestSessionOrSaysWhyNot) {

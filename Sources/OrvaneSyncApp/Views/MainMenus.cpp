@@ -234,9 +234,11 @@ void MainMenus::saveProject() {
     const auto path = placeFor(tr("Save OrvaneSync Project"), tr("Projects (*.orvanesync)"),
                                text(proposedProjectName(desktop_.controller(), desktop_.sessions())));
     if (!path) return;
-    runWithPath("saveProject", *path, "path", true);
-    if (const QString kept = keptInSessionText(desktop_.controller().work().syncGroups()); !kept.isEmpty())
-        screens_.tell(kept);
+    // Of the clips that were saved, which may have changed by the time the file stands.
+    runWithPath("saveProject", *path, "path", true,
+                [this, kept = keptInSessionText(desktop_.controller().work().syncGroups())] {
+                    if (!kept.isEmpty()) screens_.tell(kept);
+                });
 }
 
 void MainMenus::loadReport() {
@@ -508,12 +510,13 @@ std::optional<QString> MainMenus::placeFor(const QString& caption, const QString
 }
 
 void MainMenus::runWithPath(std::string_view id, const QString& path, std::string_view argument,
-                            bool overwrites) {
+                            bool overwrites, std::function<void()> then) {
     JSON arguments = JSON::object();
     arguments.set(argument, utf8(path));
     if (overwrites) arguments.set("overwrite", true); // the dialog has asked
-    desktop_.run(id, std::move(arguments), [this, overwrites, path](const JSON&) {
+    desktop_.run(id, std::move(arguments), [this, overwrites, path, then = std::move(then)](const JSON&) {
         if (overwrites) tellSaved(path);
+        if (then) then();
     });
 }
 

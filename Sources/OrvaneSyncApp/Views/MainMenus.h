@@ -96,8 +96,9 @@ class MainMenus : public QObject {
     /// Of a file that is there, and of one that is to be written; nothing when the user thinks again.
     std::optional<QString> chosenFile(const QString& caption, const QString& filter);
     std::optional<QString> placeFor(const QString& caption, const QString& filter, const QString& name);
+    /// `then` is called when the command has ended well.
     void runWithPath(std::string_view id, const QString& path, std::string_view argument = "path",
-                     bool overwrites = false);
+                     bool overwrites = false, std::function<void()> then = {});
     void tellSaved(const QString& path);
     bool applies(std::string_view id, const std::vector<UUID>& clips) const;
 

@@ -171,6 +171,12 @@ TEST(ExporterNames, FollowTheSourceTheCameraAndThePickup) {
     EXPECT_EQ(names(settings).front(), "5x2 Cam A");
     settings.customNamingPattern = "";
     EXPECT_EQ(names(settings)[4], "6_1");
+    // A camera that was renamed has its name in that of the clip that holds it beside the others.
+    SyncGroup renamed = groups[0];
+    renamed.manualClipName = "Wide";
+    const auto beside =
+        attributesOf(run({renamed, groups[1]}, settingsAt(25)).fcpxmlString, "<mc-clip", "name");
+    EXPECT_EQ(beside, Lines{"Wide Cam A + 5-2 Cam B"});
 }
 
 TEST(ExporterEvents, ScenesInTheirOrderAndTheRestBehind) {

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "OrvaneSyncCore/Models/JSONCoding.h"
+#include "OrvaneSyncCore/Models/RecordMembers.h"
 #include "OrvaneSyncCore/Models/Shared.h"
 
+#include <cstddef>
 #include <optional>
 #include <set>
 #include <string>
@@ -54,8 +56,31 @@ constexpr AddedLater<Field> addedLater(Field field) {
 ///     template <> struct JSONFields<IXMLTrack> {
 ///         static constexpr std::tuple list{JSONField{"channelIndex", &IXMLTrack::channelIndex}, ...};
 ///     };
+///
+/// Members that the form leaves out stand in a second tuple, `leftOut{&IXMLTrack::...}`.
 template <class Record>
 struct JSONFields;
+
+/// The list of a record's fields, by which all users go over it. Does not compile where a member stands
+/// neither in it nor in `leftOut`, or in both, or twice.
+template <class Record>
+constexpr const auto& recordFields() {
+    using Fields = JSONFields<Record>;
+    constexpr auto members = [] {
+        const auto listed =
+            std::apply([](const auto&... field) { return std::tuple{field.member...}; }, Fields::list);
+        if constexpr (requires { Fields::leftOut; })
+            return std::tuple_cat(listed, Fields::leftOut);
+        else
+            return listed;
+    }();
+    static_assert(std::apply([](auto... member) { return areDistinct(member...); }, members),
+                  "two lines of this record name the same member");
+    using OneLineForEachMember =
+        decltype(nameMembers<std::tuple_size_v<decltype(members)>>(std::declval<Record&>()));
+    static_assert(std::is_void_v<OneLineForEachMember>);
+    return Fields::list;
+}
 
 template <class T>
 struct JSONForm {
@@ -123,7 +148,7 @@ JSON fieldsToJSON(const Record& record) {
     const auto put = [&]<class Field>(const Field& field) {
         Field::Form::put(json, field.key, record.*field.member);
     };
-    std::apply([&](const auto&... field) { (put(field), ...); }, JSONFields<Record>::list);
+    std::apply([&](const auto&... field) { (put(field), ...); }, recordFields<Record>());
     return json;
 }
 
@@ -147,8 +172,7 @@ Record madeFromJSON(const Json& json) {
             if (isAbsent(field, json)) return valueOfNew<Record>(field);
         return Field::Form::taken(json, field.key);
     };
-    return std::apply([&](const auto&... field) { return Record{taken(field)...}; },
-                      JSONFields<Record>::list);
+    return std::apply([&](const auto&... field) { return Record{taken(field)...}; }, recordFields<Record>());
 }
 
 /// A record whose fields are read into one that is there, a new one.
@@ -159,7 +183,7 @@ Record filledFromJSON(const Json& json, Record record) {
             if (isAbsent(field, json)) return;
         record.*field.member = Field::Form::taken(json, field.key);
     };
-    std::apply([&](const auto&... field) { (take(field), ...); }, JSONFields<Record>::list);
+    std::apply([&](const auto&... field) { (take(field), ...); }, recordFields<Record>());
     return record;
 }
 

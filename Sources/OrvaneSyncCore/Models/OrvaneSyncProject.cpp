@@ -24,7 +24,7 @@ void forEachDecision(const Use& use) {
     const auto useIfDecision = [&]<class Field>(const Field& field) {
         if constexpr (requires { field.inGroup; }) use(field);
     };
-    std::apply([&](const auto&... field) { (useIfDecision(field), ...); }, JSONFields<PersistedGroup>::list);
+    std::apply([&](const auto&... field) { (useIfDecision(field), ...); }, recordFields<PersistedGroup>());
 }
 
 } // namespace

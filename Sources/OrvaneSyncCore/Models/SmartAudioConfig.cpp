@@ -17,6 +17,7 @@ struct JSONFields<SmartAudioBlockSettings> {
         JSONField{"maxCutDB", &SmartAudioBlockSettings::maxCutDB},
         JSONField{"truePeakCeilingDB", &SmartAudioBlockSettings::truePeakCeilingDB},
         JSONField{"rampSeconds", &SmartAudioBlockSettings::rampSeconds}};
+    static constexpr std::tuple leftOut{&SmartAudioBlockSettings::routing};
 };
 
 template <>

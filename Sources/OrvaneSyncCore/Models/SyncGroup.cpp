@@ -145,7 +145,7 @@ bool haveSameFields(const Record& a, const Record& b, const Counts& counts) {
         return !counts(field) || isSameValue(a.*field.member, b.*field.member);
     };
     return std::apply([&](const auto&... field) { return (isSameField(field) && ...); },
-                      JSONFields<Record>::list);
+                      recordFields<Record>());
 }
 
 } // namespace
@@ -181,7 +181,7 @@ bool holdsDecisionsBesideClap(const SyncGroup& group) {
             return group.*field.member != undecided.*field.member;
     };
     return std::apply([&](const auto&... field) { return (isDecided(field) || ...); },
-                      JSONFields<SyncGroup>::list);
+                      recordFields<SyncGroup>());
 }
 
 template <>

@@ -91,7 +91,7 @@ TEST(SyncGroup, everyDecisionIsSeenAndIsInAProject) {
             EXPECT_EQ(scanned.*field.member == value, !inSessionsAlone.contains(field.key)) << field.key;
         }
     };
-    std::apply([&](const auto&... field) { (check(field), ...); }, JSONFields<SyncGroup>::list);
+    std::apply([&](const auto&... field) { (check(field), ...); }, recordFields<SyncGroup>());
 }
 
 } // namespace

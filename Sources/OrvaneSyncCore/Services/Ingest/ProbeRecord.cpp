@@ -33,7 +33,7 @@ template <class Asset, class Use>
 void fieldsOfAsset(Asset& asset, Use use) {
     std::apply([&](const auto& /*id*/, const auto& /*url*/, const auto& /*kind*/,
                    const auto&... field) { (use(asset.*field.member), ...); },
-               JSONFields<MediaAsset>::list);
+               recordFields<MediaAsset>());
 }
 
 template <class Record, class Use>
@@ -43,7 +43,7 @@ void fieldsOf(Record& record, Use use) {
         auto& [kind, isOffspeed, factor] = record;
         use(kind), use(isOffspeed), use(factor);
     } else {
-        std::apply([&](const auto&... field) { (use(record.*field.member), ...); }, JSONFields<Plain>::list);
+        std::apply([&](const auto&... field) { (use(record.*field.member), ...); }, recordFields<Plain>());
     }
 }
 

@@ -156,7 +156,7 @@ Record read(const Json& json) {
     if (!json.isObject()) throw DecodingError("expected an object");
     Record record;
     std::apply([&](const auto&... field) { (take(json, field.key, record.*field.member), ...); },
-               JSONFields<Record>::list);
+               recordFields<Record>());
     return record;
 }
 

@@ -2,30 +2,62 @@
 #include "OrvaneSyncCLI/DocumentOutput.h"
 #include "OrvaneSyncCLI/ScanRun.h"
 #include "OrvaneSyncCLI/Table.h"
+#include "OrvaneSyncCore/Models/SyncGroupFields.h"
 #include "OrvaneSyncCore/Services/Persistence/ProjectService.h"
 #include "Platform/Files.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace orvane::cli {
 
 namespace {
 
+struct EditWords {
+    std::string_view key;
+    std::string_view words;
+};
+/// In their order. A field that the editor alone decides and that has no row is shown by its key.
+constexpr EditWords editWords[] = {{"isApproved", "approved"},
+                                   {"manualAudioOffsetSeconds", "moved"},
+                                   {"manualClipName", "renamed"},
+                                   {"isPickup", "pickup"},
+                                   {"audioAnchorOffsetInAudioSeconds", "anchor"},
+                                   {"manualActiveTracks", "tracks"},
+                                   {"algorithmExcludedTracks", "tracks"},
+                                   {"manualBlockOverrides", "tracks"},
+                                   {"isExcludedFromExport", "not exported"},
+                                   {"isExcludedFromMulticam", "no multicam"}};
+
+template <class Value>
+std::string valueText(const Value& /*value*/) {
+    return {};
+}
+std::string valueText(double seconds) { return formatted(" %+.3f s", seconds); }
+std::string valueText(const std::optional<std::string>& text) { return " " + text.value_or(""); }
+
 /// What the editor decided, in a few words.
-std::string editsText(const PersistedGroup& group) {
-    std::string text;
-    const auto add = [&](bool isSo, const std::string& words) {
-        if (isSo) text += (text.empty() ? "" : ", ") + words;
-    };
-    add(group.isApproved, "approved");
-    add(group.manualAudioOffsetSeconds != 0, formatted("moved %+.3f s", group.manualAudioOffsetSeconds));
-    add(group.manualClipName.has_value(), "renamed " + group.manualClipName.value_or(""));
-    add(group.isPickup, "pickup");
-    add(group.audioAnchorOffsetInAudioSeconds.has_value(), "anchor");
-    add(!group.manualActiveTracks.empty() || !group.algorithmExcludedTracks.empty() ||
-            !group.manualBlockOverrides.empty(),
-        "tracks");
-    add(group.isExcludedFromExport, "not exported");
-    add(group.isExcludedFromMulticam, "no multicam");
-    return text.empty() ? "-" : text;
+std::string editsText(const SyncGroup& decisions) {
+    using Edit = std::pair<const EditWords*, std::string>;
+    std::vector<Edit> edits;
+    forEachFieldOfProjects([&](const auto& field) {
+        const auto* row = std::ranges::find(editWords, field.keyInProjects, &EditWords::key);
+        const bool hasRow = row != std::end(editWords);
+        if ((!hasRow && field.source == FieldSource::found) || !isSet(decisions, field.member)) return;
+        const std::string words(hasRow ? row->words : field.keyInProjects);
+        edits.emplace_back(row, words + valueText(decisions.*field.member));
+    });
+    std::ranges::stable_sort(edits, {}, &Edit::first);
+    std::vector<std::string> texts;
+    for (const auto& [row, text] : edits)
+        if (texts.empty() || texts.back() != text) texts.push_back(text);
+    return texts.empty() ? "-" : platform::text::joined(texts, ", ");
 }
 
 void addPlace(Table& table, std::string name, const std::optional<FileURL>& place) {
@@ -58,7 +90,8 @@ void show(Context& context, const std::string& file, bool asJSON) {
     FileNames files;
     for (const PersistedGroup& group : project.groups) files.add(group.videoPath);
     for (const PersistedGroup& group : project.groups)
-        clips.add({group.clipName, files.of(group.videoPath), group.matchStatusRaw, editsText(group)});
+        clips.add({group.decisions.clipName, files.of(group.videoPath), group.matchStatusRaw,
+                   editsText(group.decisions)});
     if (!clips.empty()) context.out << clips.text(context.mayColour) << "\n";
     context.out << counted(project.groups.size(), "clip", "clips") << ".\n";
 }

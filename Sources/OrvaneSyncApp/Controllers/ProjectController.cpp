@@ -35,12 +35,10 @@ EntriesByVideo byVideo(const std::vector<PersistedGroup>& entries) {
     return result;
 }
 
-/// Into a clip, or what is stored of one.
-template <class Clip>
-void takeTracks(const PersistedGroup& entry, Clip& other) {
-    other.manualActiveTracks = entry.manualActiveTracks;
-    other.algorithmExcludedTracks = entry.algorithmExcludedTracks;
-    other.manualBlockOverrides = entry.manualBlockOverrides;
+void takeTracks(const PersistedGroup& entry, SyncGroup& other) {
+    other.manualActiveTracks = entry.decisions.manualActiveTracks;
+    other.algorithmExcludedTracks = entry.decisions.algorithmExcludedTracks;
+    other.manualBlockOverrides = entry.decisions.manualBlockOverrides;
 }
 
 /// Clips of which the editor has chosen no tracks since get back what could not be laid over them. `project`
@@ -56,7 +54,7 @@ void keepUnappliedGroups(const std::vector<PersistedGroup>& leftOut, const SyncG
         if (entry == entries.end() || isChosenAnew) continue;
         PersistedGroup& own = project.groups[i];
         own.audioPaths = entry->second->audioPaths; // the numbers count their channels
-        takeTracks(*entry->second, own);
+        takeTracks(*entry->second, own.decisions);
     }
 }
 

@@ -154,9 +154,9 @@ JSON fieldsToJSON(const Record& record) {
 
 template <class Field>
 concept MayBeAbsent = Field::mayBeAbsent;
-template <MayBeAbsent Field, class Json>
-bool isAbsent(const Field& field, const Json& json) {
-    const auto value = json.find(field.key);
+template <class Json>
+bool isAbsent(const Json& json, std::string_view key) {
+    const auto value = json.find(key);
     return !value || value->isNull();
 }
 template <class Record, MayBeAbsent Field>
@@ -169,7 +169,7 @@ template <class Record, class Json>
 Record madeFromJSON(const Json& json) {
     const auto taken = [&]<class Field>(const Field& field) {
         if constexpr (MayBeAbsent<Field>)
-            if (isAbsent(field, json)) return valueOfNew<Record>(field);
+            if (isAbsent(json, field.key)) return valueOfNew<Record>(field);
         return Field::Form::taken(json, field.key);
     };
     return std::apply([&](const auto&... field) { return Record{taken(field)...}; }, recordFields<Record>());
@@ -180,7 +180,7 @@ template <class Record, class Json>
 Record filledFromJSON(const Json& json, Record record) {
     const auto take = [&]<class Field>(const Field& field) {
         if constexpr (MayBeAbsent<Field>)
-            if (isAbsent(field, json)) return;
+            if (isAbsent(json, field.key)) return;
         record.*field.member = Field::Form::taken(json, field.key);
     };
     std::apply([&](const auto&... field) { (take(field), ...); }, recordFields<Record>());

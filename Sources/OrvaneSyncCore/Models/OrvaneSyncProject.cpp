@@ -1,7 +1,13 @@
 #include "OrvaneSyncCore/Models/OrvaneSyncProject.h"
 
-#include "OrvaneSyncCore/Models/PersistedGroupFields.h"
 #include "OrvaneSyncCore/Models/StoredForms.h"
+#include "OrvaneSyncCore/Models/SyncGroupFields.h"
+
+#include <optional>
+#include <string_view>
+#include <tuple>
+#include <type_traits>
+#include <utility>
 
 namespace orvane {
 
@@ -12,22 +18,53 @@ std::string statusText(const MatchStatus& status) {
     return status.hasCount() ? text + ":" + std::to_string(status.count) : text;
 }
 
+/// In projects a switch of a clip is on or off.
 template <class T>
-T kept(const T& ofGroup) {
-    return ofGroup;
-}
-bool kept(const std::optional<bool>& ofGroup) { return ofGroup.value_or(false); }
+struct ProjectForm : JSONForm<T> {};
 
-/// Calls `use` with each field that an entry and a clip both have.
-template <class Use>
-void forEachDecision(const Use& use) {
-    const auto useIfDecision = [&]<class Field>(const Field& field) {
-        if constexpr (requires { field.inGroup; }) use(field);
-    };
-    std::apply([&](const auto&... field) { (useIfDecision(field), ...); }, recordFields<PersistedGroup>());
-}
+template <>
+struct ProjectForm<std::optional<bool>> {
+    static void put(JSON& json, std::string_view key, std::optional<bool> value) {
+        json.set(key, value.value_or(false));
+    }
+    static bool taken(const JSON& json, std::string_view key) { return required<bool>(json, key); }
+};
+
+/// The decisions stand among the other fields of their entry.
+template <class T>
+struct DecisionsForm;
+
+template <>
+struct DecisionsForm<SyncGroup> {
+    static void put(JSON& json, std::string_view /*key*/, const SyncGroup& decisions) {
+        forEachFieldOfProjects([&](const auto& field) {
+            const auto& value = decisions.*field.member;
+            ProjectForm<std::remove_cvref_t<decltype(value)>>::put(json, field.keyInProjects, value);
+        });
+    }
+    static SyncGroup taken(const JSON& json, std::string_view /*key*/) {
+        SyncGroup decisions = undecidedClip();
+        forEachFieldOfProjects([&]<class Field>(const Field& field) {
+            if constexpr (MayBeAbsent<Field>)
+                if (isAbsent(json, field.keyInProjects)) return;
+            auto& value = decisions.*field.member;
+            value = ProjectForm<std::remove_cvref_t<decltype(value)>>::taken(json, field.keyInProjects);
+        });
+        return decisions;
+    }
+};
 
 } // namespace
+
+template <>
+struct JSONFields<PersistedGroup> {
+    static constexpr std::tuple list{JSONField{"id", &PersistedGroup::id},
+                                     fieldAs<PathForm>("videoPath", &PersistedGroup::videoPath),
+                                     fieldAs<PathForm>("audioPaths", &PersistedGroup::audioPaths),
+                                     fieldAs<DecisionsForm>("", &PersistedGroup::decisions),
+                                     JSONField{"matchStatusRaw", &PersistedGroup::matchStatusRaw},
+                                     JSONField{"syncOffsetSeconds", &PersistedGroup::syncOffsetSeconds}};
+};
 
 template <>
 struct JSONFields<OrvaneSyncProject> {
@@ -45,16 +82,21 @@ struct JSONFields<OrvaneSyncProject> {
         fieldAs<BytesForm>("audioFolderBookmark", &Project::audioFolderBookmark)};
 };
 
-PersistedGroup::PersistedGroup(const SyncGroup& group)
-    : id(group.id), videoPath(group.video.url), matchStatusRaw(statusText(group.matchStatus)) {
-    forEachDecision([&](const auto& field) { this->*field.member = kept(group.*field.inGroup); });
+static void layDecisions(const SyncGroup& from, SyncGroup& to) {
+    forEachFieldOfProjects([&](const auto& field) { to.*field.member = from.*field.member; });
+}
+
+PersistedGroup::PersistedGroup(UUID identity, FileURL video)
+    : id(identity), videoPath(std::move(video)), decisions(undecidedClip()) {}
+
+PersistedGroup::PersistedGroup(const SyncGroup& group) : PersistedGroup(group.id, group.video.url) {
+    layDecisions(group, decisions);
+    matchStatusRaw = statusText(group.matchStatus);
     for (const AudioMatch& match : group.audioMatches) audioPaths.push_back(match.audio->url);
     if (!group.audioMatches.empty()) syncOffsetSeconds = group.audioMatches.front().syncOffsetSeconds;
 }
 
-void PersistedGroup::applyTo(SyncGroup& group) const {
-    forEachDecision([&](const auto& field) { group.*field.inGroup = this->*field.member; });
-}
+void PersistedGroup::applyTo(SyncGroup& group) const { layDecisions(decisions, group); }
 
 JSON toJSON(const PersistedGroup& group) { return fieldsToJSON(group); }
 

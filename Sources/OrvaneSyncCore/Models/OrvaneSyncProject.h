@@ -17,22 +17,12 @@ struct PersistedGroup {
     UUID id;
     FileURL videoPath; ///< the key by which a clip of a later scan is found
     std::vector<FileURL> audioPaths;
-    std::string clipName;
-    double manualAudioOffsetSeconds = 0;
-    std::optional<double> audioAnchorOffsetInAudioSeconds;
-    std::set<int> manualActiveTracks;
-    std::vector<BlockOverride> manualBlockOverrides;
-    std::set<int> algorithmExcludedTracks;
-    bool isApproved = false;
-    std::optional<std::string> manualClipName;
-    bool isPickup = false;
-    bool isExcludedFromExport = false;
-    bool isExcludedFromMulticam = false;
+    SyncGroup decisions;                     ///< nothing of it but the fields that are `KeptIn::projects`
     std::string matchStatusRaw;              ///< such as "matched" or "ambiguous:3"
     std::optional<double> syncOffsetSeconds; ///< of the first match
 
     explicit PersistedGroup(const SyncGroup& group);
-    PersistedGroup(UUID identity, FileURL video) : id(identity), videoPath(std::move(video)) {}
+    PersistedGroup(UUID identity, FileURL video);
     /// Lays the editor's decisions over a clip of a new scan, which keeps its own `id`.
     void applyTo(SyncGroup& group) const;
 };

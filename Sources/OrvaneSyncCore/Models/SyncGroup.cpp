@@ -150,6 +150,12 @@ bool haveSameFields(const Record& a, const Record& b, const Counts& counts) {
 
 } // namespace
 
+const SyncGroup& undecidedClip() {
+    static const SyncGroup clip(UUID(), MediaAsset(UUID(), FileURL(), AssetKind::video), {},
+                                MatchStatus::unmatched());
+    return clip;
+}
+
 bool haveSameContents(const SyncGroup& a, const SyncGroup& b) {
     return haveSameFields(a, b, [](const auto&) { return true; });
 }
@@ -167,18 +173,13 @@ bool holdsDecisions(const SyncGroup& group) {
 }
 
 bool holdsDecisionsBesideClap(const SyncGroup& group) {
-    static const SyncGroup undecided(MediaAsset(UUID(), FileURL(), AssetKind::video), {},
-                                     MatchStatus::unmatched());
-    const auto isDecided = [&]<FieldSource source, Concerns derived, class Value>(
-                               const ClipField<source, derived, Value>& field) {
-        if constexpr (source != FieldSource::decision)
+    const auto isDecided = [&]<class Field>(const Field& field) {
+        if constexpr (Field::source != FieldSource::decision)
             return false;
-        else if constexpr (std::is_same_v<Value, MatchStatus>)
+        else if constexpr (std::is_same_v<decltype(field.member), MatchStatus SyncGroup::*>)
             return group.*field.member == MatchStatus::manual();
-        else if constexpr (std::is_same_v<Value, std::optional<bool>>)
-            return (group.*field.member).value_or(false); // switched off again is as it was
         else
-            return group.*field.member != undecided.*field.member;
+            return isSet(group, field.member);
     };
     return std::apply([&](const auto&... field) { return (isDecided(field) || ...); },
                       recordFields<SyncGroup>());
@@ -186,15 +187,12 @@ bool holdsDecisionsBesideClap(const SyncGroup& group) {
 
 template <>
 SyncGroup fromJSON<SyncGroup>(const JSON& json) {
-    return filledFromJSON(
-        json, SyncGroup(UUID(), MediaAsset(UUID(), FileURL(), AssetKind::video), {}, MatchStatus()));
+    return filledFromJSON(json, undecidedClip());
 }
 
 template <>
 SyncGroup fromJSON<SyncGroup>(const JSONView& json) {
-    return filledFromJSON(
-        JSONMembers(json),
-        SyncGroup(UUID(), MediaAsset(UUID(), FileURL(), AssetKind::video), {}, MatchStatus()));
+    return filledFromJSON(JSONMembers(json), undecidedClip());
 }
 
 } // namespace orvane

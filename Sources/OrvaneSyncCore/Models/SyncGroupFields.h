@@ -9,10 +9,11 @@
 #include <string>
 #include <string_view>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 
-/// The fields of a clip and of its matches: their JSON form, which of a clip the editor decides, and what
-/// depends on them.
+/// The fields of a clip and of its matches: their JSON form, which of a clip the editor decides, which
+/// files hold them, and what depends on them.
 namespace orvane {
 
 /// What a report or the metadata service says of a clip, by the name of the field.
@@ -81,16 +82,22 @@ enum class Concerns : std::uint8_t {
     both = doubts | names
 };
 
-template <FieldSource Source, Concerns Derived, class Value>
+/// Which files hold a field: those of sessions, or those of projects as well.
+enum class KeptIn { sessions, projects };
+
+template <FieldSource Source, KeptIn Kept, Concerns Derived, class Value>
 struct ClipField : JSONField<SyncGroup, Value> {
     static constexpr FieldSource source = Source;
+    static constexpr KeptIn keptIn = Kept;
     static constexpr bool concerns(Concerns one) {
         return (static_cast<unsigned>(Derived) & static_cast<unsigned>(one)) != 0;
     }
+    std::string_view keyInProjects;
 };
-template <FieldSource Source, Concerns Derived = Concerns::both, class Value>
-constexpr ClipField<Source, Derived, Value> clipField(std::string_view key, Value SyncGroup::*member) {
-    return {{key, member}};
+template <FieldSource Source, KeptIn Kept, Concerns Derived = Concerns::both, class Value>
+constexpr ClipField<Source, Kept, Derived, Value> clipField(std::string_view key, Value SyncGroup::*member,
+                                                            std::string_view keyInProjects = {}) {
+    return {{key, member}, keyInProjects.empty() ? key : keyInProjects};
 }
 
 template <>
@@ -98,42 +105,67 @@ struct JSONFields<SyncGroup> {
   private:
     static constexpr auto found = FieldSource::found, clap = FieldSource::clap,
                           decision = FieldSource::decision, detail = FieldSource::detail;
+    static constexpr auto sessions = KeptIn::sessions, projects = KeptIn::projects;
     static constexpr auto neither = Concerns::neither, doubts = Concerns::doubts, names = Concerns::names;
 
   public:
     static constexpr std::tuple list{
-        clipField<found>("id", &SyncGroup::id),
-        clipField<found>("video", &SyncGroup::video),
-        clipField<found>("audioMatches", &SyncGroup::audioMatches),
-        clipField<decision>("matchStatus", &SyncGroup::matchStatus),
-        clipField<found>("clipName", &SyncGroup::clipName),
-        clipField<found>("aleMetadata", &SyncGroup::aleMetadata),
-        clipField<found>("lockitMetadata", &SyncGroup::lockitMetadata),
-        clipField<decision, doubts>("algorithmExcludedTracks", &SyncGroup::algorithmExcludedTracks),
-        clipField<found, doubts>("manualActiveTracks", &SyncGroup::manualActiveTracks),
-        clipField<decision, doubts>("tracksManuallyEdited", &SyncGroup::tracksManuallyEdited),
-        clipField<decision, neither>("manualBlockOverrides", &SyncGroup::manualBlockOverrides),
-        clipField<decision, doubts>("manualAudioOffsetSeconds", &SyncGroup::manualAudioOffsetSeconds),
-        clipField<clap, neither>("audioAnchorOffsetInAudioSeconds",
-                                 &SyncGroup::audioAnchorOffsetInAudioSeconds),
-        clipField<decision, neither>("isApproved", &SyncGroup::isApproved),
-        clipField<decision, neither>("pictureClapAnchorSeconds", &SyncGroup::pictureClapAnchorSeconds),
-        clipField<decision, doubts>("isLocked", &SyncGroup::isLocked),
-        clipField<detail, doubts>("lockedAtAudioAnchor", &SyncGroup::lockedAtAudioAnchor),
-        clipField<detail, doubts>("lockedAtPictureAnchor", &SyncGroup::lockedAtPictureAnchor),
-        clipField<detail, doubts>("lockedAtManualOffset", &SyncGroup::lockedAtManualOffset),
-        clipField<decision, neither>("syncMethod", &SyncGroup::syncMethod),
-        clipField<decision>("generateNativeMOSClip", &SyncGroup::generateNativeMOSClip),
-        clipField<detail>("nativeMOSNameSuffix", &SyncGroup::nativeMOSNameSuffix),
-        clipField<decision>("generateProjectRateClipFlag", &SyncGroup::generateProjectRateClipFlag),
-        clipField<detail>("projectRateNameSuffix", &SyncGroup::projectRateNameSuffix),
-        clipField<decision, names>("manualClipName", &SyncGroup::manualClipName),
-        clipField<decision, names>("isPickup", &SyncGroup::isPickup),
-        clipField<decision>("isExcludedFromExport", &SyncGroup::isExcludedFromExport),
-        clipField<decision>("isExcludedFromMulticamFlag", &SyncGroup::isExcludedFromMulticamFlag),
-        clipField<found, neither>("masterGainDB", &SyncGroup::masterGainDB),
-        clipField<found, neither>("measuredLUFS", &SyncGroup::measuredLUFS),
-        clipField<decision, neither>("masterGainAuto", &SyncGroup::masterGainAuto)};
+        clipField<found, sessions>("id", &SyncGroup::id),
+        clipField<found, sessions>("video", &SyncGroup::video),
+        clipField<found, sessions>("audioMatches", &SyncGroup::audioMatches),
+        clipField<decision, sessions>("matchStatus", &SyncGroup::matchStatus),
+        clipField<found, projects>("clipName", &SyncGroup::clipName),
+        clipField<found, sessions>("aleMetadata", &SyncGroup::aleMetadata),
+        clipField<found, sessions>("lockitMetadata", &SyncGroup::lockitMetadata),
+        clipField<decision, projects, doubts>("algorithmExcludedTracks", &SyncGroup::algorithmExcludedTracks),
+        clipField<found, projects, doubts>("manualActiveTracks", &SyncGroup::manualActiveTracks),
+        clipField<decision, sessions, doubts>("tracksManuallyEdited", &SyncGroup::tracksManuallyEdited),
+        clipField<decision, projects, neither>("manualBlockOverrides", &SyncGroup::manualBlockOverrides),
+        clipField<decision, projects, doubts>("manualAudioOffsetSeconds",
+                                              &SyncGroup::manualAudioOffsetSeconds),
+        clipField<clap, projects, neither>("audioAnchorOffsetInAudioSeconds",
+                                           &SyncGroup::audioAnchorOffsetInAudioSeconds),
+        clipField<decision, projects, neither>("isApproved", &SyncGroup::isApproved),
+        clipField<decision, sessions, neither>("pictureClapAnchorSeconds",
+                                               &SyncGroup::pictureClapAnchorSeconds),
+        clipField<decision, sessions, doubts>("isLocked", &SyncGroup::isLocked),
+        clipField<detail, sessions, doubts>("lockedAtAudioAnchor", &SyncGroup::lockedAtAudioAnchor),
+        clipField<detail, sessions, doubts>("lockedAtPictureAnchor", &SyncGroup::lockedAtPictureAnchor),
+        clipField<detail, sessions, doubts>("lockedAtManualOffset", &SyncGroup::lockedAtManualOffset),
+        clipField<decision, sessions, neither>("syncMethod", &SyncGroup::syncMethod),
+        clipField<decision, sessions>("generateNativeMOSClip", &SyncGroup::generateNativeMOSClip),
+        clipField<detail, sessions>("nativeMOSNameSuffix", &SyncGroup::nativeMOSNameSuffix),
+        clipField<decision, sessions>("generateProjectRateClipFlag", &SyncGroup::generateProjectRateClipFlag),
+        clipField<detail, sessions>("projectRateNameSuffix", &SyncGroup::projectRateNameSuffix),
+        clipField<decision, projects, names>("manualClipName", &SyncGroup::manualClipName),
+        clipField<decision, projects, names>("isPickup", &SyncGroup::isPickup),
+        clipField<decision, projects>("isExcludedFromExport", &SyncGroup::isExcludedFromExport),
+        clipField<decision, projects>("isExcludedFromMulticamFlag", &SyncGroup::isExcludedFromMulticamFlag,
+                                      "isExcludedFromMulticam"),
+        clipField<found, sessions, neither>("masterGainDB", &SyncGroup::masterGainDB),
+        clipField<found, sessions, neither>("measuredLUFS", &SyncGroup::measuredLUFS),
+        clipField<decision, sessions, neither>("masterGainAuto", &SyncGroup::masterGainAuto)};
 };
+
+/// A clip of which nothing is found nor decided.
+const SyncGroup& undecidedClip();
+
+/// Whether a field has another value than that of `undecidedClip`; what is switched off again has not.
+template <class Value>
+bool isSet(const SyncGroup& group, Value SyncGroup::*member) {
+    if constexpr (std::is_same_v<Value, std::optional<bool>>)
+        return (group.*member).value_or(false);
+    else
+        return group.*member != undecidedClip().*member;
+}
+
+/// Calls `use` with each field that project files hold.
+template <class Use>
+void forEachFieldOfProjects(const Use& use) {
+    const auto useIfKept = [&]<class Field>(const Field& field) {
+        if constexpr (Field::keptIn == KeptIn::projects) use(field);
+    };
+    std::apply([&](const auto&... field) { (useIfKept(field), ...); }, recordFields<SyncGroup>());
+}
 
 } // namespace orvane

@@ -1,6 +1,6 @@
 #include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 
-#include "OrvaneSyncCore/Models/PersistedGroupFields.h"
+#include "OrvaneSyncCore/Models/OrvaneSyncProject.h"
 #include "OrvaneSyncCore/Models/SyncGroupFields.h"
 #include "Support/Assets.h"
 #include "Support/Test.h"
@@ -53,32 +53,15 @@ TEST(SyncGroup, doubtsAndNamesDependOnWhatTheirFieldsSay) {
     EXPECT_FALSE(haveSameDoubtInputs(plain, approved) || haveSameNameInputs(plain, approved));
 }
 
-/// Whoever adds a field to a clip says in its list what it is, and here whether projects leave it out.
-TEST(SyncGroup, everyDecisionIsSeenAndIsInAProject) {
-    const std::set<std::string_view> inSessionsAlone{"matchStatus",
-                                                     "aleMetadata",
-                                                     "lockitMetadata",
-                                                     "tracksManuallyEdited",
-                                                     "isLocked",
-                                                     "lockedAtAudioAnchor",
-                                                     "lockedAtManualOffset",
-                                                     "lockedAtPictureAnchor",
-                                                     "syncMethod",
-                                                     "masterGainAuto",
-                                                     "masterGainDB",
-                                                     "measuredLUFS",
-                                                     "generateNativeMOSClip",
-                                                     "nativeMOSNameSuffix",
-                                                     "projectRateNameSuffix",
-                                                     "generateProjectRateClipFlag",
-                                                     "pictureClapAnchorSeconds"};
+/// What the list of a clip's fields says of each of them holds.
+TEST(SyncGroup, decisionsAreSeenAndAreInTheFilesThatKeepThem) {
     const SyncGroup plain = test::clip(test::video("a.mov"), test::audio("s.wav"));
     EXPECT_FALSE(holdsDecisions(plain));
     SyncGroup takenBack = plain;
     takenBack.isExcludedFromMulticamFlag = false;
     EXPECT_FALSE(holdsDecisions(takenBack));
-    const auto check = [&]<FieldSource source, Concerns derived, class Value>(
-                           const ClipField<source, derived, Value>& field) {
+    const auto check = [&]<FieldSource source, KeptIn kept, Concerns derived, class Value>(
+                           const ClipField<source, kept, derived, Value>& field) {
         if constexpr (!isOfScan<Value>) {
             SyncGroup group = plain;
             const Value value = changed(group.*field.member);
@@ -88,7 +71,7 @@ TEST(SyncGroup, everyDecisionIsSeenAndIsInAProject) {
             EXPECT_EQ(holdsDecisionsBesideClap(group), source == FieldSource::decision) << field.key;
             SyncGroup scanned = plain;
             fromJSON<PersistedGroup>(toJSON(PersistedGroup(group))).applyTo(scanned);
-            EXPECT_EQ(scanned.*field.member == value, !inSessionsAlone.contains(field.key)) << field.key;
+            EXPECT_EQ(scanned.*field.member == value, kept == KeptIn::projects) << field.key;
         }
     };
     std::apply([&](const auto&... field) { (check(field), ...); }, recordFields<SyncGroup>());

@@ -72,6 +72,7 @@ struct JSONFields<MediaAsset> {
         JSONField{"sourceRateDomainOverride", &MediaAsset::sourceRateDomainOverride},
         JSONField{"ixmlData", &MediaAsset::ixmlData},
         JSONField{"bextTimeReference", &MediaAsset::bextTimeReference},
+        JSONField{"statedStampRate", &MediaAsset::statedStampRate},
         JSONField{"bextOriginator", &MediaAsset::bextOriginator},
         JSONField{"fileSizeBytes", &MediaAsset::fileSizeBytes},
         JSONField{"heldShare", &MediaAsset::heldShare},

@@ -107,6 +107,33 @@ TEST(TimecodeDoubts, WhatNoTimecodeBringsTogetherIsFoundByTheMicrophone) {
     }
 }
 
+TEST(TimecodeDoubts, AConvertedFileIsToldWhereItWouldLieByTheRateThatItStates) {
+    struct Case {
+        const char* name;
+        std::optional<double> stated;
+        double countedAt; ///< Hz
+        int told;
+    };
+    for (const Case& one : {Case{"converted", 48000, 48000, 1},
+                            {"no rate stated", {}, 48000, 0},
+                            {"right by its own rate", 48000, 44100, 0}}) {
+        Shot shot;
+        shot.videos.push_back(clipAt("/C/A.mov", 36003, 10));
+        shot.videos.back().frameRate = 25;
+        shot.audios.push_back(recordingAt("/S/T.wav", 36000, 20));
+        shot.audios.back().bextTimeReference = static_cast<std::uint64_t>(36000 * one.countedAt);
+        shot.audios.back().sampleRate = 44100;
+        shot.audios.back().statedStampRate = one.stated;
+        shot.diagnose();
+        ASSERT_EQ(shot.count(Kind::timecodeRate), one.told) << one.name;
+        if (one.told == 0) continue;
+        const SyncDoubt& doubt = shot.doubts.byGroup.begin()->second.front();
+        EXPECT_EQ(doubt.suggestion.value().recordingID, shot.audios.back().id);
+        const double laid = SyncEngine::matchByTimecode(shot.videos[0], shot.audios[0]).syncOffsetSeconds;
+        EXPECT_NEAR(laid + doubt.suggestion->offsetSeconds, -3, 1e-6);
+    }
+}
+
 TEST(TimecodeDoubts, ARecordingDatedMidnightIsNamedWhereAClipLacksIt) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     struct Case {

@@ -44,6 +44,7 @@ class Cache : public testing::Test {
         asset.bextTimeReference = asset.fileSizeBytes = ~0ULL;
         asset.bextOriginator = "Mixer";
         asset.heldShare = 0.25;
+        asset.statedStampRate = 48000;
         asset.isUnclosed = true;
         asset.contentMark = (1ULL << 53U) - 1;
         asset.ixmlData.emplace();

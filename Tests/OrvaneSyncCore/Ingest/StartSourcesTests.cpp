@@ -130,6 +130,19 @@ TEST_F(Starts, documentsWithinAFile) {
     check("ixml.aiff", aiff(chunk("iXML", ixml)), "01:00:00:00 fps25");
     EXPECT_EQ(asset.bextTimeReference, 172'800'000U);
     EXPECT_EQ(asset.sampleRate, 48000.0);
+    for (const auto& [rate, reference, stated] : {std::tuple(44100, 172'800'000ULL, std::optional(48000.0)),
+                                                  {48000, 172'800'000ULL, std::nullopt},
+                                                  {47952, 172'800'000ULL, std::nullopt},
+                                                  {44100, 158'760'000ULL, std::nullopt}}) {
+        folder.write("stamp.wav", WaveMaker()
+                                      .format({.sampleRate = static_cast<std::uint32_t>(rate)})
+                                      .bext({.timeReference = reference})
+                                      .iXML(ixml)
+                                      .silence(8)
+                                      .bytes());
+        probed("stamp.wav");
+        EXPECT_EQ(asset.statedStampRate, stated) << rate;
+    }
 }
 
 TEST_F(Starts, filesBesideAClip) {

@@ -141,6 +141,8 @@ void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts);
 /// Of takes in mono files.
 void addMissingChannels(const Shoot& shoot, SyncDoubts& doubts);
 void addCutFiles(const Shoot& shoot, SyncDoubts& doubts);
+/// Of clips without sound that would lie over recordings whose start was counted at another sample rate.
+void addConvertedFiles(const Shoot& shoot, SyncDoubts& doubts);
 /// Of clips whose first recording nothing speaks against but what was heard of it, so after all others but
 /// that.
 void addRivalDoubts(const Shoot& shoot, SyncDoubts& doubts);

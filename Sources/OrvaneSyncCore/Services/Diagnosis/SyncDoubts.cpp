@@ -14,6 +14,7 @@ SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) 
     const Shoot shoot(input, stop);
     SyncDoubts doubts;
     addCutFiles(shoot, doubts);
+    addConvertedFiles(shoot, doubts);
     addClipDoubts(shoot, doubts);
     addMissingChannels(shoot, doubts);
     addClockDoubts(shoot, doubts);

@@ -190,6 +190,18 @@ std::optional<std::uint64_t> samplesOf(const std::optional<IXMLReader::Timestamp
                                                       : static_cast<std::uint64_t>(std::llround(samples));
 }
 
+/// That of a count which stands in both places. Recorders that are sped up or slowed down count at another
+/// rate as well, a thousandth from the file's.
+std::optional<double> otherStampRate(std::optional<std::uint64_t> timeReference,
+                                     const std::optional<IXMLReader::Timestamp>& timestamp,
+                                     std::optional<double> sampleRate) {
+    constexpr double least = 0.01;
+    if (!timeReference || !timestamp || timestamp->samples != timeReference || !timestamp->sampleRate ||
+        !(sampleRate.value_or(0) > 0) || std::abs(*timestamp->sampleRate / *sampleRate - 1) < least)
+        return std::nullopt;
+    return timestamp->sampleRate;
+}
+
 } // namespace
 
 MediaProbeService::MediaProbeService(std::shared_ptr<const platform::SettingsStore> settings,
@@ -369,6 +381,7 @@ void MediaProbeService::readBroadcastMetadata(MediaAsset& asset, RandomAccessFil
     auto [ixml, timestamp, bext] = ixmlReader_.readBroadcast(file);
     asset.ixmlData = std::move(ixml);
     asset.bextTimeReference = bext.timeRef ? bext.timeRef : samplesOf(timestamp, asset.sampleRate);
+    asset.statedStampRate = otherStampRate(bext.timeRef, timestamp, asset.sampleRate);
     asset.bextOriginator = std::move(bext.originator);
     if (bext.originationDate) {
         asset.contentCreatedDate = bext.originationDate;

@@ -22,7 +22,7 @@ class ProbeCache {
   public:
     /// Of everything that a probe reads. Raised whenever it reads more, reads something another way, or an
     /// asset has another form in ProbeRecord: files are then probed anew, and keep their ids.
-    static constexpr std::uint32_t currentReaderVersion = 8;
+    static constexpr std::uint32_t currentReaderVersion = 9;
 
     explicit ProbeCache(std::string path);
     /// With a queue of the caller's: the map and the file belong to it, and its time spaces the writes.

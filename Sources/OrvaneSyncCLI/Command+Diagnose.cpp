@@ -1,4 +1,5 @@
 #include "OrvaneSyncApp/Controllers/Commands/WorkDiagnosis.h"
+#include "OrvaneSyncApp/ViewModels/Results/ListeningTexts.h"
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ReviewFile.h"
@@ -34,11 +35,12 @@ std::string countsText(const ImportController& controller) {
            counted(work.wildTracks().size(), "recording", "recordings") + " without picture.\n";
 }
 
-/// Where the microphones of the cameras do not bear out what timecode says.
+/// What the microphones of the cameras leave open, and where they do not bear out what timecode says.
 std::string heardText(const ImportController& controller) {
     const WorkDoubts::Listened& listened = controller.derivedDoubts().listened();
-    if (listened.unheard == 0) return {};
-    return "The cameras' microphones heard the sound of " + std::to_string(listened.heard) + " of " +
+    const std::string offset = roughOffsetText(listened) + (listened.isOffsetRough ? "\n" : "");
+    if (listened.unheard == 0) return offset;
+    return offset + "The cameras' microphones heard the sound of " + std::to_string(listened.heard) + " of " +
            counted(listened.heard + listened.unheard, "clip", "clips") + " that were listened to, and in " +
            std::to_string(listened.unheard) + " nothing of it.\n";
 }

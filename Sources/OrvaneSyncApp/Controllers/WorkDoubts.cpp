@@ -3,17 +3,27 @@
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureTrial.h"
+#include "OrvaneSyncCore/Services/Matching/MatchRules.h"
 #include "OrvaneSyncCore/Services/Naming/ResultsList.h"
 #include "Platform/Files.h"
 #include "Platform/Stop.h"
+#include "Timecode/TimecodeFrameRate.h"
 
 #include <algorithm>
+#include <cmath>
 #include <unordered_set>
 #include <utility>
 
 namespace orvane {
 
 namespace {
+
+/// Of an offset as labels of most clips count it.
+bool hasFrames(double seconds, const SyncGroupList& groups) {
+    const TimecodeFrameRate rate = rateOfMostClips(groups);
+    const auto frames = std::llround(seconds * timecodeRate::frameRateForRealTimeCalculation(rate));
+    return frames % timecodeRate::maxFrames(rate) != 0;
+}
 
 /// Of how many clips a recording is one of those.
 template <class IsOne>
@@ -222,8 +232,13 @@ WorkDoubts::Listened WorkDoubts::cameOf(const HeardSound& heard, std::size_t mat
         return heard.lags.contains(match) || heard.elsewhere.contains(match);
     };
     const auto isUnheard = [&](const UUID& match) { return heard.unheard.contains(match); };
-    return {matched, clipsWith(work_.syncGroups(), isHeard), clipsWith(work_.syncGroups(), isUnheard),
-            suggested.size(), found.size()};
+    const std::size_t count = clipsWith(work_.syncGroups(), isHeard);
+    return {matched,
+            count,
+            clipsWith(work_.syncGroups(), isUnheard),
+            suggested.size(),
+            found.size(),
+            count > 0 && hasFrames(work_.matchRules().soundOffsetSeconds, work_.syncGroups())};
 }
 
 std::size_t WorkDoubts::clipsOf(const std::vector<SoundLag::Pair>& pairs) const {

@@ -93,6 +93,9 @@ class WorkDoubts {
         std::size_t unheard = 0;   ///< of which the camera has other sound than there and beside that
         std::size_t suggested = 0; ///< that were compared with recordings which may belong to them
         std::size_t found = 0;     ///< of which one of these was heard
+        /// Clips were heard about where they lie by an offset that was given and has frames: a clock would be
+        /// set to a whole second, and a camera's microphone may be behind by frames.
+        bool isOffsetRough = false;
         bool operator==(const Listened&) const = default;
     };
     const Listened& listened() const { return listened_; }

@@ -11,6 +11,13 @@ std::string listeningText(const WorkDoubts::Listening& progress) {
            std::to_string(progress.total) + " clips";
 }
 
+std::string roughOffsetText(const WorkDoubts::Listened& listened) {
+    return listened.isOffsetRough
+               ? "Microphones tell the sound offset that was given to a frame or two only: "
+                 "check a clap."
+               : "";
+}
+
 std::string heardText(const WorkDoubts::Listened& listened, bool isInDoubt) {
     const auto clips = [](std::size_t count) {
         return counted(static_cast<long long>(count), "clip", "clips");
@@ -32,6 +39,7 @@ std::string heardText(const WorkDoubts::Listened& listened, bool isInDoubt) {
         say("For " + clips(listened.suggested) +
             " the camera's sound was looked for in recordings that may belong to it, and found " +
             (listened.found > 0 ? "for " + clips(listened.found) : "nowhere") + ".");
+    if (listened.isOffsetRough) say(roughOffsetText(listened));
     if (isInDoubt)
         say("What is in doubt stands above the list.");
     else if (listened.heard > 0)

@@ -50,12 +50,12 @@ double secondsOutOfPicture(const SyncGroup& group) {
     return *clap - std::clamp(*clap, 0.0, *length);
 }
 
-std::string anchorSentence(const SyncGroup& group, double outOfPicture) {
+std::string anchorSentence(const SyncGroup& group, double secondsOut) {
     if (!group.audioAnchorOffsetInAudioSeconds || group.isMOS()) return "No clap point yet";
-    if (outOfPicture != 0 && !group.pictureClapAnchorSeconds)
+    if (secondsOut != 0 && !group.pictureClapAnchorSeconds)
         return "No clap within the picture: the clap point lies " +
-               formatted("%.3f s", std::abs(outOfPicture)) +
-               (outOfPicture < 0 ? " before its start" : " behind its end");
+               formatted("%.3f s", std::abs(secondsOut)) +
+               (secondsOut < 0 ? " before its start" : " behind its end");
     return formatted("Clap point %.3f s into the recording",
                      *group.audioAnchorOffsetInAudioSeconds + ClipSound(group).primaryStartSeconds);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Models/SyncGroup.h"
+#include "OrvaneSyncCore/Models/SyncGroupList.h"
 
 #include <cstddef>
 #include <vector>

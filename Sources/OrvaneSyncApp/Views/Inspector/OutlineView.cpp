@@ -56,7 +56,7 @@ class OutlineList : public QListView {
         // Over the row of a take that is unfolded, to its clips.
         const auto* rows = static_cast<const OutlineListModel*>(model());
         const bool isUp = currentIndex().row() < index.row();
-        const auto isTitle = [&](int row) { return rows->row(row).isTake && !rows->row(row).isFolded; };
+        const auto isTitle = [&](int at) { return rows->row(at).isTake && !rows->row(at).isFolded; };
         const int next = currentIndex().row() + (isUp && currentIndex().row() > 0 ? -1 : 1);
         if (isTitle(currentIndex().row()) && next < model()->rowCount())
             setCurrentIndex(model()->index(next, 0));

@@ -82,7 +82,7 @@ class BatchRenameSheet : public Sheet {
         selected_ = inOrder(selected);
         if (selected_.size() == all_.size()) selected_.clear();
         if (selected_.size() > 1) {
-            auto* row = new QHBoxLayout;
+            auto* line = new QHBoxLayout;
             auto* scope = new SegmentedChoice(
                 tr("Which clips"),
                 {tr("Selected Clips  %1").arg(selected_.size()), tr("All Clips  %1").arg(all_.size())},
@@ -92,9 +92,9 @@ class BatchRenameSheet : public Sheet {
                 });
             scope->choose(0);
             isOfSelection_ = true;
-            row->addWidget(scope);
-            row->addStretch(1);
-            add(row);
+            line->addWidget(scope);
+            line->addStretch(1);
+            add(line);
         }
         auto* preview = new QTreeView;
         preview->setModel(preview_ = new PreviewModel(preview));

@@ -293,8 +293,8 @@ void ExportSheet::showForecast() {
     QStringList notes;
     if (!missing_.isEmpty()) notes << missing_;
     const auto coverage = ExportPreview::smartAudioCoverage(work.syncGroups(), now.smartAudioResults);
-    for (const auto& sentence : {coverage.text(), coverage.choiceText()})
-        if (sentence) notes << translatedSentence(*sentence);
+    for (const auto& said : {coverage.text(), coverage.choiceText()})
+        if (said) notes << translatedSentence(*said);
     if (const QString leftOut = leftOutNote(controller); !leftOut.isEmpty()) notes << leftOut;
     leftOut_->setText(notes.join(QLatin1Char('\n')));
     leftOut_->setVisible(!notes.isEmpty());

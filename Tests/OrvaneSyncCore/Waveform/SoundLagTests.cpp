@@ -100,8 +100,8 @@ TEST(SoundLag, IsFoundByTheCamerasOwnMicrophone) {
             slow.push_back(steady[static_cast<std::size_t>(static_cast<double>(i) / speed)]);
         const FileURL camera = make("long.wav", {steady.begin(), steady.begin() + std::ptrdiff_t{60} * rate});
         for (const bool isSlow : {true, false}) {
-            const FileURL sound = make("sound.wav", isSlow ? slow : steady);
-            const auto one = SoundLag::heard({{UUID(), camera, sound, 0, 60}}).lags;
+            const FileURL heard = make("sound.wav", isSlow ? slow : steady);
+            const auto one = SoundLag::heard({{UUID(), camera, heard, 0, 60}}).lags;
             ASSERT_EQ(one.size(), 1U);
             EXPECT_NEAR(one.begin()->second.drift.value_or(1), isSlow ? -0.001 : 0, 0.0002) << seed;
         }

@@ -35,7 +35,7 @@ void print(Context& context, const ModelManager& models, bool asJSON) {
     for (const ModelInfo& model : models.models())
         table.add({model.id, model.name, model.size, model.isWired ? "" : "Not active yet",
                    statusText(model.status)});
-    context.out << table.text(context.mayColour) << "Disk usage: " << models.totalSizeMB() << " MB\n"
+    context.out << table.text(context.mayColour) << "Disk usage: " << models.totalSizeMB() << " MiB\n"
                 << (models.bandit().hasModel ? "BanditV2.onnx installed" : "BanditV2.onnx not installed")
                 << " (" << models.bandit().modelPath << ")\n";
     if (models.bandit().hasModel && !models.bandit().problem.empty())

@@ -224,7 +224,7 @@ TEST(ModelRows, sayWhatCanBeDoneAndSurviveAnyAnswer) {
     EXPECT_EQ(list.rows[1].download, "Retry");
     EXPECT_EQ(list.rows[1].facts, "");
     EXPECT_TRUE(list.rows[0].download.empty() && list.rows[2].download.empty() && list.isDownloading);
-    EXPECT_EQ(list.diskUsage, "Disk usage: 81 MB");
+    EXPECT_EQ(list.diskUsage, "Disk usage: 81 MiB");
     EXPECT_EQ(list.stems, "Bandit.onnx not installed");
     EXPECT_TRUE(modelList({}).rows.empty());
 }

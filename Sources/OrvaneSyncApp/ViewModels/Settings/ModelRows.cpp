@@ -79,7 +79,7 @@ ModelList modelList(const JSON& answer) {
         list.features.emplace_back(textOf(feature, "name"), textOf(feature, "description"));
     const JSON* size = answer.find("totalSizeMB");
     list.diskUsage =
-        "Disk usage: " + std::to_string(size == nullptr ? 0 : size->integer().value_or(0)) + " MB";
+        "Disk usage: " + std::to_string(size == nullptr ? 0 : size->integer().value_or(0)) + " MiB";
     if (const JSON* stems = answer.find("bandit")) {
         const std::string path = textOf(*stems, "path");
         list.areStemsReady = isSet(*stems, "isInstalled");

@@ -58,8 +58,8 @@ void remove(std::string_view id) {
 }
 
 std::int64_t totalSizeMB(const std::stop_token& stop) {
-    constexpr std::int64_t megabyte = 1'048'576;
-    return bytesOf(modelsDirectory(), stop) / megabyte;
+    constexpr std::int64_t mebibyte = 1'048'576;
+    return bytesOf(modelsDirectory(), stop) / mebibyte;
 }
 
 bool verifySHA256(const std::string& path, std::string_view expectedHash, const std::stop_token& stop) {

@@ -137,13 +137,13 @@ std::string takeText(const SmartAudioResult& result, const Names& names, int col
     for (const TrackAdjustment& track : result.tracks)
         labels.push_back(std::to_string(track.trackIndex) + " " + nameOf(names, track.trackIndex));
     const std::string character(result.detectedCharacter ? displayName(*result.detectedCharacter) : "Take");
-    return character + ", who is heard when:\n" + channelStrip(result.blocks, labels, columns);
+    return character + ", which is heard when:\n" + channelStrip(result.blocks, labels, columns);
 }
 
 /// Two readings of one channel, side by side, for developers.
 void compareReadings(Context& context, const Arguments& arguments, const std::string& path) {
     for (const char* other : {"--mode", "--channels", "--candidates", "--no-blocks"})
-        if (arguments.has(other)) throw UsageError("--diagnose goes without " + std::string(other));
+        if (arguments.has(other)) throw UsageError("--diagnose can't be used with " + std::string(other));
     const long long channel = *arguments.integer("--diagnose");
     const int channels = openSound(path)->channelCount();
     if (channel < 1 || channel > channels)

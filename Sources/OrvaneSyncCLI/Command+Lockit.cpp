@@ -79,8 +79,8 @@ class LockitRun {
         context.err << (isShown ? "Opening browser… Should it not open, open this page yourself:"
                                 : "Open this page in a browser:")
                     << "\n\n  " << url
-                    << "\n\nOnce you have signed in, this goes on by itself. Where it does not, paste the "
-                       "address that the page leads to ("
+                    << "\n\nOnce you have signed in, the command continues by itself. If it does not, "
+                       "paste the address that the page leads to ("
                     << LockitOAuthService::callbackURLScheme << "://...) here:\n"
                     << std::flush;
         return true;
@@ -240,7 +240,8 @@ constexpr auto lockitVerbs =
 void lockit(Context& context, const Arguments& arguments) {
     const auto& words = arguments.positionals();
     const std::string named = words.empty() ? "status" : words.front();
-    if (arguments.has("--session") && named != "sync") throw UsageError("--session goes with sync alone");
+    if (arguments.has("--session") && named != "sync")
+        throw UsageError("--session can be used with sync only");
     if (named == "mapping") return lockitMapping(context, arguments);
     const auto* verb = std::ranges::find(lockitVerbs, named, &LockitVerb::name);
     if (verb == lockitVerbs.end())

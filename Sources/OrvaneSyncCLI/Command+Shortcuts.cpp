@@ -201,7 +201,7 @@ void shortcuts(Context& context, const Arguments& arguments) {
     const Verb& verb = verbOf(arguments.positionals());
     if (verb.name == "decode") return decode(context, arguments);
     for (const std::string_view option : {"--code", "--text", "--plain", "--modifiers"})
-        if (arguments.has(option)) throw UsageError(std::string(option) + " goes with decode alone");
+        if (arguments.has(option)) throw UsageError(std::string(option) + " can be used with decode only");
     const Shortcuts center(context);
     const bool asJSON = arguments.has("--json");
     const std::string said = verb.run == nullptr ? "" : verb.run(center, arguments);

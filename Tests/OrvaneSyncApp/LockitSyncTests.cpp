@@ -90,7 +90,7 @@ TEST_F(LockitSyncTest, saysWhatCameOfIt) {
     EXPECT_EQ(
         after({.fault = Fault::wrongJSON}),
         "Lockit sync failed: LockitNetwork's answer can't be understood (expected an object). Try again "
-        "later; if it stays so, tell those who run the service");
+        "later; if it happens again, report it to the operator of the service");
     EXPECT_EQ(controller_->lockit().lastSyncEnd(), SyncEnd::failed);
     EXPECT_EQ(undoName(), "-");
 }

@@ -71,7 +71,7 @@ TEST_F(ShortcutsCommand, decodesAndSaysWhatIsWrong) {
     check({"set", "clapcheck", "c"}, 2, "did you mean 'clapCheck'?");
     check({"set", "clapCheck", "f5"}, 2, "'f5' is no key");
     check({"set", "clapCheck"}, 2, "takes an action and a key");
-    check({"list", "--code", "4"}, 2, "goes with decode alone");
+    check({"list", "--code", "4"}, 2, "can be used with decode only");
     check({"forget"}, 2, "followed by list, set");
     check({"load", "Night"}, 1, "there is no profile 'Night'");
     check({"save", "a/b"}, 1, "can't hold '/'");

@@ -81,7 +81,7 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
     check({"report", folder.path("empty/notes.txt")}, 1, "notes.txt: No column header found in the file");
     check({"report", folder.path("huge.csv")}, 1, "huge.csv': it is larger than 1 GB");
     check({"ltc", folder.path("take.wav")}, 1, "holds no sound");
-    check({"analyze", folder.path("take.wav"), "--diagnose", "1", "--mode", "off"}, 2, "without --mode");
+    check({"analyze", folder.path("take.wav"), "--diagnose", "1", "--mode", "off"}, 2, "used with --mode");
     check({"analyze", folder.path("take.wav"), "--candidates", "1,x"}, 2, "tracks such as 1,3");
     check({"analyze", folder.path("take.wav"), "--candidates", "1,"}, 2, "tracks such as 1,3");
     check({"analyze", folder.path("gone.wav"), "--channels", "65536"}, 2, "1 to 65535");

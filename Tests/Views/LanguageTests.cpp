@@ -134,7 +134,7 @@ TEST(LanguageTest, KnowsTextsAndSentencesButNoNames) {
            u"dazugehören können, und nirgends gefunden.\n"
            u"Mikrofone sagen den angegebenen Tonversatz nur auf ein bis zwei Bilder genau: eine Klappe "
            u"prüfen.\n"
-           u"Was zweifelhaft ist, steht über der Liste."},
+           u"Die Zweifel stehen über der Liste."},
           {LockitController::noProject,
            u"Kein Lockit-Projekt ist zugewiesen. Zuerst dem Ordner (der Produktion) eines zuweisen, mit "
            u"„Lockit“ neben seinem Namen."},

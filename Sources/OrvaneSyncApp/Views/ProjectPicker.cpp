@@ -44,7 +44,7 @@ ProjectPicker::ProjectPicker(Desktop& desktop, std::string folder,
     auto* prefix = field(tr("Prefix of the metadata"), tr("Prefix of the metadata"));
     const FolderInfo* info = desktop_.sessions().folders().find(folder_);
     if (info != nullptr && info->metadataPrefix) prefix->setText(text(*info->metadataPrefix));
-    prefix->setToolTip(tr("Stands before every mapped metadata value of this folder"));
+    prefix->setToolTip(tr("Put in front of every mapped metadata value of this folder"));
     rows->addWidget(facts(tr("Prefix of the metadata")));
     rows->addWidget(prefix);
     remove_->setVisible(info != nullptr && info->lockitProjectID);

@@ -181,7 +181,7 @@ void SessionsPanel::fill() {
     std::vector<std::string> shape = desktop_.sessions().places().folderNames();
     for (const SessionInfo& session : sessions)
         shape.push_back(session.id.text() + session.folder.value_or(""));
-    // An analysis saves with every clip. Rows that were made anew in between would end a double click that
+    // An analysis saves with every clip. Rows that were made again in between would end a double click that
     // has begun.
     if (shape != shape_) makeRows(sessions);
     shape_ = std::move(shape);
@@ -400,7 +400,7 @@ void SessionsPanel::showMenu(const QPoint& position) {
 
 void SessionsPanel::addSessionActions(QMenu& menu, QTreeWidgetItem* item) {
     const QString session = sessionOf(item);
-    // The list may be filled anew while the menu is open.
+    // The list may be filled again while the menu is open.
     menu.addAction(tr("Open"), this, [this, session] { open(itemWith(sessionRole, session)); });
     menu.addAction(tr("Rename"), this, [this, session] { rename(itemWith(sessionRole, session)); });
     if (const auto id = UUID::fromText(utf8(session)))
@@ -426,12 +426,13 @@ void SessionsPanel::askToDeleteSession(const QString& id) {
     if (desktop_.sessions().currentSessionId() == known)
         if (const auto all = ClipDecisions::of(desktop_.controller()); all.any())
             decided = decisionsText(all);
-    if (isAgreed(this, tr("Delete session?"),
-                 tr("“%1” goes with %2 and all that was decided of them: %3. The media stay as they are. "
-                    "This can't be taken back.")
-                     .arg(text(session->name),
-                          translatedSentence(counted(session->groupCount, "clip", "clips")), decided),
-                 tr("Delete"), tr("Cancel")))
+    if (isAgreed(
+            this, tr("Delete session?"),
+            tr("“%1” is deleted with its %2 and all decisions about them: %3. The media stay as they are. "
+               "This can't be taken back.")
+                .arg(text(session->name), translatedSentence(counted(session->groupCount, "clip", "clips")),
+                     decided),
+            tr("Delete"), tr("Cancel")))
         run("deleteSession", sessionArgument(id));
 }
 

@@ -68,7 +68,7 @@ class ManualAudioOutput final : public AudioOutput {
     void stop() override;
     std::chrono::nanoseconds latency() const override { return {}; }
     double heardFrame() const override;
-    std::string description() const override { return "pulled by hand"; }
+    std::string description() const override { return "driven by the caller"; }
 
   private:
     const double sampleRate_;

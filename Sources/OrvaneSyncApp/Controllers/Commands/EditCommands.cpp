@@ -161,7 +161,7 @@ std::vector<Command> flagCommands() {
             .inMenu(Menu::clip, 220),
         onGroup("removeVideoFromSync", "Takes the clip out of the list.", removeVideoFromSync,
                 &RecordingEditing::removeVideoFromSync, isUnlocked),
-        Command::later("resyncClip", resyncClip.actionName, "Matches the clip anew; manual decisions stay.",
+        Command::later("resyncClip", resyncClip.actionName, "Matches the clip again; manual decisions stay.",
                        {groupID},
                        [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
                            return context.controller->recordings().resyncClip(call.id("groupID"));
@@ -327,7 +327,7 @@ std::vector<Command> recordingCommands() {
              })
             .forClips(hasUnlockedSound),
         Command::later("resyncAllClips", resyncAllClips.actionName,
-                       "Matches all clips anew; manual decisions stay.", {},
+                       "Matches all clips again; manual decisions stay.", {},
                        [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
                            return context.controller->recordings().resyncAllClips();
                        })

@@ -134,7 +134,7 @@ std::vector<Command> reportCommands() {
     namespace steps = undoSteps;
     return {
         Command::later("loadALE", "Load Report…",
-                       "Reads a camera or sound report and lays it over the clips.", {{"path", path}},
+                       "Reads a camera or sound report and copies its rows to the clips.", {{"path", path}},
                        loadALE)
             .alsoBy({"report"})
             .when(isScanIdle)

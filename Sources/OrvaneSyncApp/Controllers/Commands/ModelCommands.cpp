@@ -57,7 +57,7 @@ std::vector<Command> modelCommands() {
                        download)
             .alsoBy({"models"}),
         Command("cancelModelDownload", "Cancel Download",
-                "Stops the download of a model; the next one goes on from there.", {{"id", text}},
+                "Stops the download of a model; the next download continues from there.", {{"id", text}},
                 cancelDownload)
             .alsoBy({"models"})
             .servedAtOnce(),

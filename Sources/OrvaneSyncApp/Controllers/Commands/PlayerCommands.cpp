@@ -72,8 +72,9 @@ platform::Task pressKey(CommandContext& context, Call call, std::shared_ptr<JSON
 platform::Task advanceClock(CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
     auto* const pulled = dynamic_cast<platform::PulledPlayerSystem*>(context.players().players().get());
     if (pulled == nullptr)
-        throw Error(Refusal::failed, "the player runs on the clock of the machine; "
-                                     "'orvanesync serve --virtual-clock' gives one that is moved by hand");
+        throw Error(Refusal::failed,
+                    "the player runs on the clock of the machine; "
+                    "'orvanesync serve --virtual-clock' has a clock that advanceClock moves");
     const auto moved = std::make_shared<platform::Completion>(context.mainThread());
     pulled->advance(call.number("seconds"), [moved] { moved->end(); });
     return moved->task();

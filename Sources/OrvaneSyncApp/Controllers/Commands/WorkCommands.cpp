@@ -248,7 +248,7 @@ std::vector<Command> workCommands() {
                 return state != ScanState::idle && state != ScanState::done;
             })
             .servedAtOnce(),
-        Command("reset", "Close", "Goes back to empty work; the session that was open stays as it is.", {},
+        Command("reset", "Close", "Closes the open work; its session is kept.", {},
                 [](CommandContext& context, const Call&) {
                     if (context.sessions)
                         context.sessions->close(*context.controller);

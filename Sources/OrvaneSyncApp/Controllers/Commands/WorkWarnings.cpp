@@ -125,7 +125,7 @@ std::string contradictionOf(const SyncGroup& group) {
     return {};
 }
 
-/// Cameras begin their names anew with each card.
+/// Cameras begin their names again with each card.
 void addReportOfAnotherDay(const WorkSnapshot& work, std::vector<std::string>& warnings) {
     if (!work.aleFile) return;
     std::size_t rows = 0, wrong = 0;
@@ -158,7 +158,7 @@ void addUnusedOfProject(const WorkSnapshot& work, std::vector<std::string>& warn
     for (const FileURL& video : leftOut) clips.push_back(work.fileNames().of(video));
     warnings.push_back("the project's choice of tracks is left out of " + firstAndMore(clips) +
                        ": it was made for recordings that are not here; bring them back and open the "
-                       "project again, or choose the tracks anew before it is saved");
+                       "project again, or choose the tracks again before it is saved");
 }
 
 /// Files of the document that are not where it says: a card that is gone makes every other warning follow.

@@ -40,7 +40,7 @@ std::string recordingsPromptOf(const RecordingsPart& part, const SyncGroup& grou
         return counted(part.recordings.size(), "recording", "recordings") +
                " could belong to this clip. Choose one, or confirm them as they are.";
     if (part.isAmbiguous)
-        return group.matchStatus.label() + ". Confirm what lies here, or take off what does not belong.";
+        return group.matchStatus.label() + ". Confirm these recordings, or remove the wrong ones.";
     return "";
 }
 

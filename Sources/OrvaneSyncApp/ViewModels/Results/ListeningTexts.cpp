@@ -41,7 +41,7 @@ std::string heardText(const WorkDoubts::Listened& listened, bool isInDoubt) {
             (listened.found > 0 ? "for " + clips(listened.found) : "nowhere") + ".");
     if (listened.isOffsetRough) say(roughOffsetText(listened));
     if (isInDoubt)
-        say("What is in doubt stands above the list.");
+        say("The doubts are shown above the list.");
     else if (listened.heard > 0)
         say("Nothing is in doubt.");
     return said;

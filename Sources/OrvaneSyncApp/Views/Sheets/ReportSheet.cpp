@@ -44,7 +44,7 @@ class ReportSheet : public Sheet {
         add(facts(tr("Shown in the inspector only: %1.").arg(columnNames(columns.shownOnly))));
         QPushButton* matching = button(tr("Match Setting…"), Glyph::gear);
         matching->setToolTip(
-            tr("By what rows find their clips. The report is laid anew when it is loaded again."));
+            tr("What a row is matched to a clip by. Takes effect when the report is loaded again."));
         connect(matching, &QPushButton::clicked, this, [this, &desktop] {
             SettingsWindow settings(desktop, this);
             settings.showTab(SettingPage::reports);

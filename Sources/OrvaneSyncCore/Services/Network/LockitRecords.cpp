@@ -176,8 +176,9 @@ void understand(const std::function<void()>& decode) {
                             "short, or come from the page on which a network asks to sign in to it; check "
                             "the connection and try again");
     } catch (const DecodingError& error) {
-        throw DecodingError("LockitNetwork's answer can't be understood (" + std::string(error.what()) +
-                            "). Try again later; if it stays so, tell those who run the service");
+        throw DecodingError(
+            "LockitNetwork's answer can't be understood (" + std::string(error.what()) +
+            "). Try again later; if it happens again, report it to the operator of the service");
     }
 }
 

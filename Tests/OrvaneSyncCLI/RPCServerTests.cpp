@@ -10,7 +10,7 @@
 namespace orvane::cli::rpc {
 namespace {
 
-/// A server with three methods of its own and `cancel`, on a thread that never waits.
+/// A server with four methods of its own and `cancel`, on a thread that never waits.
 struct RPCServer : testing::Test {
     std::vector<std::string> said;
     int sum = 0;
@@ -31,7 +31,10 @@ struct RPCServer : testing::Test {
             Command::later("wait", "Wait", "", {{"groupID", id, true}},
                            [this](CommandContext&, const Call&, std::shared_ptr<JSON> result) {
                                return untilReleased(std::move(result));
-                           }),
+                           })
+                .endedByOtherWork(),
+            Command("reset", "Reset", "", {}, [](CommandContext&, const Call&) { return JSON(0); })
+                .otherWork(),
         };
     }
 
@@ -161,6 +164,30 @@ TEST_F(RPCServer, cancelsAtOnceAndAnswersInTurn) {
     EXPECT_EQ(said,
               (std::vector<std::string>{cancelled("1"), R"({"id":"1","jsonrpc":"2.0","result":1})",
                                         "[" + cancelled("3") + R"(,{"id":4,"jsonrpc":"2.0","result":3}])"}));
+}
+
+TEST_F(RPCServer, otherWorkEndsTheAnalysisInFrontOfIt) {
+    const std::string wait = R"({"jsonrpc":"2.0","id":1,"method":"wait"})",
+                      reset = R"({"jsonrpc":"2.0","id":2,"method":"reset"})",
+                      add = R"({"jsonrpc":"2.0","id":3,"method":"add","params":{"number":1}})",
+                      wrong = R"({"jsonrpc":"2.0","id":2,"method":"reset","params":{"of":1}})";
+    using Messages = std::vector<std::string>;
+    for (const auto& [messages, stopped] :
+         std::vector<std::pair<Messages, int>>{{{wait, reset}, 1},
+                                               {{wait, wait, reset}, 1}, // the second, as it begins
+                                               {{wait, add, reset}, 0},
+                                               {{"[" + wait + "," + add + "]", reset}, 0},
+                                               {{wait, wrong}, 0}}) {
+        said.clear();
+        for (const std::string& message : messages) server.receive(message);
+        EXPECT_TRUE(said.empty()) << "answers keep their turns";
+        while (!held.empty()) release();
+        EXPECT_EQ(said.size(), messages.size());
+        EXPECT_EQ(std::ranges::count_if(
+                      said, [](const std::string& one) { return one.find("cancelled") != one.npos; }),
+                  stopped)
+            << messages.front();
+    }
 }
 
 } // namespace

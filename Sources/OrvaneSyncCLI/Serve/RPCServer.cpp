@@ -118,6 +118,21 @@ bool Server::isServedAtOnce(const JSON& message) const {
     return command != commands_.end() && command->second.isServedAtOnce;
 }
 
+bool Server::isOtherWorkNext() const {
+    if (waiting_.empty() || !waiting_.front()->message) return false;
+    try {
+        const Request next = parsedRequest(*waiting_.front()->message);
+        const auto command = commands_.find(next.method);
+        if (command == commands_.end() || !command->second.isOtherWork) return false;
+        const Call refusedWhereWrong(command->second, next.params);
+        return command->second.isEnabled(context_);
+    } catch (const Error&) {
+        return false;
+    } catch (const commands::Error&) {
+        return false;
+    }
+}
+
 bool Server::cancel(const JSON& id) {
     bool isThere = false;
     if (longOperation_ && idUnderWay_ == id) {
@@ -138,6 +153,7 @@ void Server::receive(std::string line, std::function<void()> whenServed) {
     try {
         if (line.find_first_not_of(" \t\r") != std::string::npos)
             waiting->message = identifiers_.parsed(line);
+        waiting->isBatch = waiting->message && waiting->message->isArray();
         line = std::string(); // what was made of it may take several times as much
     } catch (const platform::JSONError& error) {
         waiting->problem = error.what();
@@ -148,7 +164,10 @@ void Server::receive(std::string line, std::function<void()> whenServed) {
         return;
     }
     waiting_.push_back(waiting);
-    if (!isServing_) serveAll();
+    if (!isServing_)
+        serveAll();
+    else if (longOperation_ && isEndedByOtherWork_ && isOtherWorkNext())
+        longOperation_->requestStop();
 }
 
 void Server::refuse(const std::string& why) { write(failure({}, ErrorCode::parseError, why)); }
@@ -258,8 +277,11 @@ platform::Task Server::answer(JSON request, std::shared_ptr<const Waiting> waiti
         const auto result = std::make_shared<JSON>();
         if (command.now)
             *result = command.now(context_, call);
-        else
+        else {
+            isEndedByOtherWork_ = command.isEndedByOtherWork && !waiting->isBatch;
+            if (isEndedByOtherWork_ && isOtherWorkNext()) throw platform::Stopped();
             co_await finished(command, call, parsed.id, result);
+        }
         if (isNotification) co_return;
         JSON success = message();
         success.set("id", parsed.id);

@@ -24,9 +24,9 @@ using platform::JSON;
 /// JSON-RPC 2.0, one message a line. Messages are served one at a time, in the order in which they came; a
 /// long operation holds up those behind it. Interface thread. Outlived by the context.
 ///
-/// A call that comes by itself of a command that goes ahead is answered at once, whatever waits, such as
+/// A call that comes by itself of a command that is served at once is answered whatever waits, such as
 /// `cancel {id}`: true when the request of that id runs or waits for its turn, and then that request is
-/// answered, in its turn, by the error `cancelled`.
+/// answered, in its turn, by the error `cancelled`. So is an analysis when the next message is other work.
 class Server {
   public:
     /// Takes one message without its line end.
@@ -53,6 +53,7 @@ class Server {
 
   private:
     struct Waiting {
+        bool isBatch = false;
         std::optional<JSON> message; ///< absent for a blank line and for one that is no JSON
         std::string problem;         ///< why it is none
         std::function<void()> whenServed;
@@ -69,6 +70,9 @@ class Server {
     platform::Task finished(const Command& command, Call call, JSON id, std::shared_ptr<JSON> result);
     /// One that is not held up by those before it.
     bool isServedAtOnce(const JSON& message) const;
+    /// The first message that waits is a proper call that makes an analysis useless. A message between the
+    /// two may need what the analysis finds.
+    bool isOtherWorkNext() const;
     /// Whether there was such a request.
     bool cancel(const JSON& id);
     platform::Task answer(JSON request, std::shared_ptr<const Waiting> waiting,
@@ -86,6 +90,7 @@ class Server {
     bool isWaitedFor_ = false;
     std::optional<platform::Task> longOperation_; ///< that a caller waits for
     JSON idUnderWay_;                             ///< of its request; null for a notification
+    bool isEndedByOtherWork_ = false;             ///< the operation
     std::function<void()> whenIdle_;
 };
 

@@ -150,6 +150,16 @@ Command Command::servedAtOnce() && {
     return std::move(*this);
 }
 
+Command Command::endedByOtherWork() && {
+    isEndedByOtherWork = true;
+    return std::move(*this);
+}
+
+Command Command::otherWork() && {
+    isOtherWork = true;
+    return std::move(*this);
+}
+
 Command Command::inMenu(Menu menu, int order, std::string_view key) && {
     entry = MenuPlace{menu, order, key};
     return std::move(*this);

@@ -120,6 +120,8 @@ struct Command {
     Command when(Enabled isEnabledNow) &&;
     Command forClips(Applies appliesToClip) &&;
     Command servedAtOnce() &&;
+    Command endedByOtherWork() &&;
+    Command otherWork() &&;
     Command inMenu(Menu menu, int order, std::string_view key = {}) &&;
     /// Commands of the command line that do the same.
     Command alsoBy(std::initializer_list<std::string_view> commands) &&;
@@ -141,6 +143,10 @@ struct Command {
     Applies applies = nullptr; ///< of a command for one clip; null: to every one
     /// Is about an operation that others wait for: where calls are served in turn, this one is not held up.
     bool isServedAtOnce = false;
+    /// An analysis, of use for the open work alone: where calls are served in turn, it is stopped when the
+    /// next one `isOtherWork`.
+    bool isEndedByOtherWork = false;
+    bool isOtherWork = false;
     std::optional<MenuPlace> entry; ///< nothing: it is in no menu
     /// What a key of the user's choice can do by this command.
     std::optional<ShortcutAction> action;

@@ -58,6 +58,7 @@ std::vector<Command> smartAudioCommands() {
                        {{.name = "mode", .kind = text, .choices = smartAudioModeTags}, overwriteManualTracks},
                        runAnalysis)
             .alsoBy({"sync"})
+            .endedByOtherWork()
             .when(hasSoundWhileIdle)
             .inMenu(Menu::audio, 110),
         Command::later("runSmartAudioForGroup", "Run Smart Audio for This Clip",
@@ -68,6 +69,7 @@ std::vector<Command> smartAudioCommands() {
                                call.id("groupID"), call.boolean("forceOverwriteManualTracks"));
                        })
             .alsoBy({"analyze"})
+            .endedByOtherWork()
             .forClips(hasSound),
         Command::later(
             "measureLoudness", "Measure Loudness",
@@ -78,6 +80,7 @@ std::vector<Command> smartAudioCommands() {
                 return context.controller->smartAudio().measureLoudness();
             })
             .alsoBy({"sync", "loudness"})
+            .endedByOtherWork()
             .when(hasSoundWhileIdle)
             .inMenu(Menu::audio, 130),
         Command("stopSmartAudio", "Stop Smart Audio", "Ends the analysis; what it has done until now stays.",

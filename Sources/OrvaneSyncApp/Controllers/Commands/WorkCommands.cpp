@@ -237,6 +237,7 @@ std::vector<Command> workCommands() {
                        "there is nothing to take back.",
                        {{"ofOtherWork", boolean, true}}, startScan)
             .alsoBy({"sync", "scan"})
+            .otherWork()
             .when([](const CommandContext& context) { return context.controller->scan().canScan(); }),
         Command("stopScan", "Stop Scan", "Stops the scan and leaves all as it was.", {},
                 [](CommandContext& context, const Call&) {
@@ -256,6 +257,7 @@ std::vector<Command> workCommands() {
                         context.controller->reset();
                     return JSON();
                 })
+            .otherWork()
             .inMenu(Menu::file, 510, "Close"),
         Command::later("state", "State of the Work", "Gives the open work.", {}, state)
             .alsoBy({"scan", "session"}),

@@ -11,7 +11,7 @@ cmake --build --preset release
 bin=build/release/bin
 shoot=demo/shoot
 
-# A shoot of an earlier version of its maker is made anew.
+# A shoot of an earlier version of its maker is made again.
 stamp=$(cat demo.sh Demo/*.cpp | cksum)
 if [ "$(cat "$shoot/.complete" 2>/dev/null)" != "$stamp" ]; then
     rm -rf "$shoot"

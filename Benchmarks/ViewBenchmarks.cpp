@@ -242,10 +242,10 @@ class Evening {
     void atRest(const std::function<void()>& measure) {
         const auto clip = window_->review().clip();
         window_->review().leaveClip();
-        constexpr int pause = 100, alike = 5, most = 60; // a pause in milliseconds
-        constexpr double little = 8192;                  // bytes of timers and the like
+        constexpr int pause = 100, enough = 5, most = 60; // a pause in milliseconds
+        constexpr double little = 8192;                   // bytes of timers and the like
         double last = 0;
-        for (int i = 0, same = 0; i < most && same < alike; ++i) {
+        for (int i = 0, same = 0; i < most && same < enough; ++i) {
             QTest::qWait(pause);
             const double now = bytesInUse();
             same = std::abs(now - last) < little ? same + 1 : 0;

@@ -38,7 +38,7 @@ struct Take {
 constexpr double at(int hours, int minutes, int seconds) { return hours * 3600 + minutes * 60 + seconds; }
 
 /// How loud each of the two people is at a microphone: their lavs keep them apart, the boom hears both from
-/// afar, and the mix has both alike.
+/// afar, and the mix has both at the same level.
 struct Microphone {
     std::string_view name;
     double anna, ben;

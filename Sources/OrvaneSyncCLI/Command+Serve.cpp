@@ -38,7 +38,7 @@ class MessageReader {
         LineReader lines(in);
         while (auto line = lines.next()) {
             pending_.acquire(line->text.size());
-            // Messages that go ahead are answered at once.
+            // Some messages are answered at once.
             const auto isThereRoom = std::make_shared<std::binary_semaphore>(0);
             answers_.whenWritable([isThereRoom] { isThereRoom->release(); });
             isThereRoom->acquire();
@@ -139,7 +139,7 @@ void serve(Context& context, const Arguments& arguments) {
     if (!arguments.positionals().empty()) throw UsageError("serve must be called without a file");
     const auto loop = platform::RunLoop::create();
     commands::CommandContext work = openWork(context, arguments, loop);
-    // The interface thread never waits for who reads the answers: it would not see that it is to end.
+    // The interface thread never waits for the reader of the answers: it would not see that it is to end.
     LineWriter answers(context.out);
     rpc::Server server(work, commands::allCommands(), [&](const std::string& line) { answers.write(line); });
     server.whenWritable([&answers, loop] {

@@ -13,7 +13,7 @@
 
 namespace orvane::cli {
 
-/// Writes lines to a stream, in order, on a thread of its own: who reads them may be slow, or never read.
+/// Writes lines to a stream, in order, on a thread of its own: the reader may be slow, or never read.
 /// After an error of the stream, which keeps it, further lines go nowhere. Any thread, but one at a time
 /// makes and destroys it, and nobody else uses the stream meanwhile.
 class LineWriter {

@@ -14,7 +14,7 @@
 
 namespace orvane::cli {
 
-/// What `scan` and `sync` take alike.
+/// What both `scan` and `sync` take.
 const std::vector<Option>& scanOptions();
 
 /// What these name to be read.

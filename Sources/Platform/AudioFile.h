@@ -28,7 +28,7 @@ class AudioFile {
     virtual int channelCount() const = 0;
     /// Frames that are there as far as the file tells; reading may end earlier.
     virtual std::int64_t frameCount() const = 0;
-    /// Frames that the header promises; more where the file is seen to be cut off, 0 where it promises none.
+    /// Frames that the header states; more where the file is seen to be cut off, 0 where it states none.
     virtual std::int64_t promisedFrames() const { return frameCount(); }
 
     /// Moves to a frame; false when the file has no such frame.

@@ -8,7 +8,7 @@
 
 namespace orvane::platform {
 
-/// An operation that ends with a callback, as a task. Who makes it keeps it where the callback is; when that
+/// An operation that ends with a callback, as a task. Its maker keeps it where the callback is; when that
 /// is dropped without a call the task ends too. Interface thread.
 class Completion {
   public:

@@ -5,8 +5,8 @@
 
 namespace orvane::platform {
 
-/// Keeps other processes, and other locks of this one, from a file or a folder while it lives; all who write
-/// there take it. Taking it waits, but not for ever: who holds one writes a file or two, unless it was
+/// Keeps other processes, and other locks of this one, from a file or a folder while it lives; all that write
+/// there take it. Taking it waits, but not for ever: its holder writes a file or two, unless it was
 /// stopped. Where the file system knows no locks there is none, and nobody waits.
 class FileLock {
   public:

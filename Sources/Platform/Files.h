@@ -91,7 +91,7 @@ void syncFolder(const std::string& folder);
 void removeAbandonedTemporaries(const std::string& folder);
 
 /// Makes the folder and the folders above it, each new one for its owner alone: names of productions and
-/// clips are nobody else's business. Throws FileError.
+/// clips are private to the user. Throws FileError.
 void createDirectories(const std::string& path);
 /// A file or an empty folder. Throws FileError, also when nothing is there.
 void remove(const std::string& path);

@@ -8,7 +8,7 @@ namespace orvane::platform {
 // The rule of the interface thread: a piece of work that runs in its loop neither opens, reads or writes a
 // file, nor decodes, nor waits for another thread, and uses at most 10 ms of processor time. Whatever does
 // one of these says so by `assertMayBlock`, and tests that watch fail. A program that calls services by
-// itself, outside any loop, keeps no interface waiting and may do as it likes.
+// itself, outside any loop, keeps no interface waiting and may block.
 
 /// Runs a piece of work as one of the interface thread. For loops; one within another counts by itself.
 void runAsInterfaceWork(const std::function<void()>& work);

@@ -15,8 +15,8 @@
 namespace orvane::platform {
 
 /// A value of a parsed text, read where it lies; for records by the thousand, which `JSON` would first build
-/// as a tree. Asks like `JSON` and answers alike, but of a key that occurs twice the first member counts.
-/// Valid as long as its parser says.
+/// as a tree. Asks like `JSON` and gives the same answers, but of a key that occurs twice the first member
+/// counts. Valid as long as its parser says.
 class JSONView {
   public:
     bool isNull() const;

@@ -168,7 +168,7 @@ NewFile::NewFile(const std::string& path) {
     const bool replaces = ::stat(path.c_str(), &old) == 0;
     // A terminal, a pipe or /dev/null is written to; replacing it would break it for everybody.
     if (replaces && !S_ISREG(old.st_mode) && !S_ISDIR(old.st_mode)) {
-        // Without a reader, a pipe would hold up who opens it.
+        // Without a reader, a pipe would hold up a thread that opens it.
         state_ = std::make_unique<State>(
             State{path, path, nullptr, Descriptor(::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK))});
         if (!state_->file.isOpen() || ::fcntl(state_->file.get(), F_SETFL, 0) != 0)

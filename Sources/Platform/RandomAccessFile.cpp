@@ -15,8 +15,8 @@ namespace orvane::platform {
 
 namespace {
 
-/// Up to the wanted bytes; fewer at the end of the file or on an error, which a header walk treats alike: who
-/// must know keeps a ReadErrorWatch.
+/// Up to the wanted bytes; fewer at the end of the file or on an error, which a header walk treats the same:
+/// a caller that must know keeps a ReadErrorWatch.
 std::size_t readAt(int descriptor, std::uint64_t position, std::span<std::byte> into) {
     std::size_t done = 0;
     while (done < into.size()) {

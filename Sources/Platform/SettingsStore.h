@@ -98,7 +98,7 @@ class SettingsStore {
     static void endWrite(const SettingsWrite& write, const std::exception_ptr& raised) { write.end(raised); }
     static Values applied(Values values, const Changes& changes);
     /// The stored values are what `current` gives, for which no change comes between: readers see them from
-    /// here on, and who listens is called.
+    /// here on, and listeners are called.
     void adopt(const std::function<Values()>& current);
 
   private:

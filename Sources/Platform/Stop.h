@@ -6,8 +6,8 @@
 
 namespace orvane::platform {
 
-/// An operation was asked to stop, and has stopped. No std::exception: code that makes the best of a file
-/// that fails must not take a stop for a failure.
+/// An operation was asked to stop, and has stopped. No std::exception: code that goes on after an error in a
+/// file must not take a stop for a failure.
 class Stopped {
   public:
     /// For people.

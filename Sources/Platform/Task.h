@@ -94,7 +94,7 @@ class Task {
 struct Task::promise_type {
     std::shared_ptr<State> state = std::make_shared<State>();
 
-    // Who waits for an operation that was thrown away with its queue is thrown away too.
+    // A task that waits for an operation that was thrown away with its queue is thrown away too.
     ~promise_type() { std::exchange(state->callbacks, {}); }
     promise_type() = default;
     promise_type(const promise_type&) = delete;

@@ -230,7 +230,7 @@ TEST_F(ProjectTest, tracksStayWithTheRecordingsThatTheyWereChosenIn) {
     EXPECT_EQ(controller_->project().tracksLeftOut(), std::vector{clip().video.url});
     EXPECT_EQ(clip().manualClipName, "Hero");
 
-    // A save keeps what could not be laid over the clip, until somebody chooses anew.
+    // A save keeps what could not be laid over the clip, until somebody chooses again.
     for (int time = 0; time < 2; ++time) {
         save(file_);
         EXPECT_EQ(reopen(), std::set<int>{});

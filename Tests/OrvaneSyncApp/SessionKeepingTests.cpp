@@ -141,7 +141,7 @@ TEST_F(SessionKeepingTest, aWriteThatFailsShowsAndIsTriedAgain) {
         finish(manager_->load(id, controller_));
         EXPECT_TRUE(isOnDisk());
     }
-    fs::remove_all(place); // gone altogether: it is made anew, with everything
+    fs::remove_all(place); // gone altogether: it is made again, with everything
     approveFirst();
     flush();
     EXPECT_EQ(onDisk(id).groups.size(), 2U);

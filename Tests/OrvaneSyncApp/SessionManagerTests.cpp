@@ -367,7 +367,7 @@ TEST_F(SessionManagerTest, settingsFollowTheWorkIntoItsFolder) {
     EXPECT_EQ(manager_->currentSessionId(), first);
     EXPECT_EQ(settings_->get(settings::eventName), "one");
     EXPECT_EQ(manager_->places().appliedSettings(), std::vector<std::string>{"eventName"})
-        << "the other one is alike";
+        << "the other one has the same";
     finish(manager_->load(first, controller_));
     EXPECT_TRUE(manager_->places().appliedSettings().empty());
 }
@@ -408,7 +408,7 @@ TEST_F(SessionCommandTest, whateverTakesThePlaceOfWorkItsSessionKeepsIt) {
     finish(scanShoot());
     const std::string project = shoot.path("day.orvanesync");
     run("saveProject", {{"path", project}});
-    enum class Then : std::uint8_t { none, other, anew };
+    enum class Then : std::uint8_t { none, other, fresh };
     struct Case {
         const char* name;
         std::function<void(const UUID& other)> act;
@@ -429,7 +429,7 @@ TEST_F(SessionCommandTest, whateverTakesThePlaceOfWorkItsSessionKeepsIt) {
              finish(scanShoot());
              manager_->beginSessionOfOpenWork(*controller_);
          },
-         Then::anew},
+         Then::fresh},
         {"closed during a scan",
          [&](const UUID&) {
              const platform::Task scan = scanShoot();
@@ -437,19 +437,19 @@ TEST_F(SessionCommandTest, whateverTakesThePlaceOfWorkItsSessionKeepsIt) {
              mainThread_->waitUntil([&] { return scan.isDone(); });
          },
          Then::none},
-        {"other folders scanned", [&](const UUID&) { finish(scanShoot()); }, Then::anew},
+        {"other folders scanned", [&](const UUID&) { finish(scanShoot()); }, Then::fresh},
         {"such a scan stopped",
          [&](const UUID&) {
              const platform::Task scan = scanShoot();
              controller_->scan().stopScan();
              mainThread_->waitUntil([&] { return scan.isDone(); });
          },
-         Then::anew},
+         Then::fresh},
         {"a project opened",
          [&](const UUID&) {
              run("loadProject", {{"path", project}});
          },
-         Then::anew},
+         Then::fresh},
         {"another session opened",
          [&](const UUID& other) {
              run("loadSession", {{"sessionId", other.text()}});

@@ -482,7 +482,7 @@ TEST_F(SmartAudioDriverTest, editsForgetOrRenewWhatTheyMakeStale) {
     const UUID a = clip("A001")->id, b = clip("B001")->id;
     controller_->tracks().addBlockOverride(a, 2, 4, 3);
     settle();
-    EXPECT_EQ(blockTracks("A001"), (Tracks{2, 3})) << "heard anew, with the range laid over";
+    EXPECT_EQ(blockTracks("A001"), (Tracks{2, 3})) << "heard again, with the range laid over";
     controller_->tracks().removeBlockOverride(a, clip("A001")->manualBlockOverrides.at(0).id);
     settle();
     EXPECT_EQ(blockTracks("A001"), Tracks{2});

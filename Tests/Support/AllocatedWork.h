@@ -23,7 +23,7 @@ struct AllocatedWork {
         isCounting_ = true;
     }
     static bool isHeld() { return isHeld_; }
-    /// The work that is held goes on, counted anew.
+    /// The work that is held goes on, counted again.
     static void release() {
         count_ = holdAt_ = 0;
         isHeld_ = false;

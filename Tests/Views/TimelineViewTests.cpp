@@ -94,7 +94,7 @@ class TimelineViewTest : public testing::Test {
         review()->handleKeyAction(KeyAction::toggleAudioExpand);
         settle();
     }
-    /// Scroll bars that come or go lay the rows anew, and what is painted then asks for tiles.
+    /// Scroll bars that come or go lay the rows again, and what is painted then asks for tiles.
     void settle() {
         const auto turn = [] {
             for (int i = 0; i < 4; ++i) QCoreApplication::processEvents();

@@ -218,7 +218,7 @@ class Evening:
         self.kept("the mark", CLIPS[-1][0], lambda clip: clip["isApproved"])
 
     def open_anew(self, camera_file, has_clap):
-        """Opened anew, a clip stands where it stood at first: on its clap, if it has one."""
+        """Opened again, a clip stands where it stood at first: on its clap, if it has one."""
         there, back = ("bracketright", "bracketleft") if camera_file == CLIPS[0][0] else ("bracketleft", "bracketright")
         press(there)
         wait(f"{there} leaves {camera_file}", lambda: not self.is_open(camera_file))

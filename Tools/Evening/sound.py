@@ -26,7 +26,7 @@ def signs(samples):
 
 
 def add_room(path):
-    """The demo's recordings are alike and have pauses without any sound. Gives this one, of 6 channels with 24 bits, a
+    """The demo's recordings are nearly the same and have pauses without any sound. Gives this one, of 6 channels with 24 bits, a
     faint noise of its own in place of a room, so that each piece of it tells where it is from. Answers its signs."""
     with open(path, "rb") as file:
         data = file.read()
@@ -119,7 +119,7 @@ class Output:
             piece = pieces[at : at + PIECE]
             found = [(name, known.find(piece) - at) for name, known in self.signs.items() if piece in known]
             if len(found) != 1:
-                continue  # in the clap all are alike
+                continue  # in the clap all are the same
             places[found[0]] += 1
             if places[found[0]] == ENOUGH:
                 return found[0][0], found[0][1] / RATE

@@ -132,7 +132,7 @@ void collect(XMLElement& element, std::string_view name, std::vector<XMLElement*
 // memory that a large export needs grows by a fifth.
 constexpr std::size_t blockSize = std::size_t{4} * 1024;
 
-/// Texts of one length that end alike share a place: times and identifiers differ in their last digits.
+/// Texts of one length with the same end share a place: times and identifiers differ in their last digits.
 std::size_t recentPlace(std::string_view text, std::size_t places) {
     std::size_t hash = text.size();
     for (std::size_t i = text.size() > 12 ? text.size() - 12 : 0; i < text.size(); ++i)

@@ -17,7 +17,8 @@ namespace orvane::fcpxml {
 /// has a million texts, most of them seen a moment before: a repeated text is stored once.
 class XMLArena {
   public:
-    /// Who builds a tree in it is asked to stop at every few kilobytes, and at every element that is printed.
+    /// The builder of a tree in it is asked to stop at every few kilobytes, and at every element that is
+    /// printed.
     explicit XMLArena(std::stop_token stop = {}) : stop_(std::move(stop)) {}
     const std::stop_token& stopToken() const { return stop_; }
 

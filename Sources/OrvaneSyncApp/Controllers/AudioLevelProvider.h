@@ -28,7 +28,7 @@ class AudioLevelProvider : public std::enable_shared_from_this<AudioLevelProvide
     ~AudioLevelProvider();
 
     /// `player` is loaded, and outlives this or `detach`. As long as it has no sound the meters are off; with
-    /// another sound they begin anew.
+    /// another sound they begin again.
     void attach(const platform::Player& player);
     void detach();
 

@@ -70,7 +70,7 @@ void ClipEditing::adjustAudioOffset(UUID groupID, double deltaSeconds) {
     if (std::abs(group->manualAudioOffsetSeconds + deltaSeconds) > furthestOffsetSeconds)
         throw OutOfRange("the sound can be moved by a day (86400 s) at most");
     work_.edit(groupID, [&](SyncGroup& own) { own.manualAudioOffsetSeconds += deltaSeconds; });
-    smartAudio_.layRangesAgain(groupID);
+    smartAudio_.reapplyRanges(groupID);
 }
 
 void ClipEditing::setAudioAnchor(UUID groupID, std::optional<double> secondsInAudio) {
@@ -80,7 +80,7 @@ void ClipEditing::setAudioAnchor(UUID groupID, std::optional<double> secondsInAu
 
 void ClipEditing::resetAudioOffset(UUID groupID) {
     work_.edit(groupID, [](SyncGroup& group) { group.manualAudioOffsetSeconds = 0; });
-    smartAudio_.layRangesAgain(groupID);
+    smartAudio_.reapplyRanges(groupID);
 }
 
 void ClipEditing::toggleLocked(UUID groupID) {

@@ -32,14 +32,15 @@ class ClusterEngineBag {
     bool isPlaying() const;
     /// By which the others go: the camera that is heard, or else the first that can be played.
     std::optional<UUID> leaderID() const;
-    /// Calls back when members, labels or the camera that is heard are others; engines tell by themselves.
+    /// Calls back when members, labels or the camera that is heard are others; engines notify their own
+    /// changes.
     platform::Subscription onChange(std::function<void()> callback) {
         return changed_.add(std::move(callback));
     }
 
-    /// Each member stands on its clap. The task ends when all are loaded.
+    /// Each member is at its clap. The task ends when all are loaded.
     platform::Task load(const std::vector<SyncGroup>& members);
-    /// A member's sound, or where it lies, may be another; its waveform goes along.
+    /// A member's sound, or where it lies, may be another; its waveform moves with it.
     void follow(const SyncGroup& member);
     /// The camera's sound alone is heard.
     void setAudioSource(std::optional<UUID> memberID);

@@ -21,7 +21,7 @@ class ClipsMark {
         if (!clips_) return false;
         const SyncGroupChanges changes = clips.changesSince(*clips_);
         if (changes.empty()) return true;
-        // Of many, comparing them costs more than to make it anew.
+        // Of many, comparing them costs more than to make it again.
         constexpr std::size_t few = 64;
         if (!changes.went.empty() || !changes.came.empty() || !changes.moved.empty() ||
             changes.changed.size() > few)
@@ -41,7 +41,7 @@ class ClipsMark {
 template <class Value>
 class DerivedFromClips {
   public:
-    /// Made anew where it has to be. `isSame`: as `ClipsMark` has it. Valid until the next call.
+    /// Made again where it has to be. `isSame`: as `ClipsMark` has it. Valid until the next call.
     template <class IsSame, class Make>
     const Value& of(const SyncGroupList& clips, const IsSame& isSame, const Make& make) {
         if (!ifMade(clips, isSame)) {
@@ -50,7 +50,7 @@ class DerivedFromClips {
         }
         return *value_;
     }
-    /// For a caller that keeps it; null where it has to be made anew.
+    /// For a caller that keeps it; null where it has to be made again.
     template <class IsSame>
     std::shared_ptr<const Value> ifMade(const SyncGroupList& clips, const IsSame& isSame) {
         if (value_ && !madeOf_.isSame(clips, isSame)) value_.reset();

@@ -22,11 +22,11 @@ void FolderSettings::observe() {
 void FolderSettings::wait() {
     if (timer_) timer_->cancel();
     timer_ = mainThread_->after(settingsDebounce, [weak = weak_from_this()] {
-        if (const auto self = weak.lock()) self->sayNowIfChanged();
+        if (const auto self = weak.lock()) self->notifyNowIfChanged();
     });
 }
 
-void FolderSettings::sayNowIfChanged() {
+void FolderSettings::notifyNowIfChanged() {
     if (!timer_) return;
     timer_->cancel();
     timer_.reset();

@@ -11,7 +11,7 @@
 
 namespace orvane {
 
-/// The settings that follow the work into its folder: says when they have changed and come to rest, and makes
+/// The settings that follow the work into its folder: notifies half a second after the last change, and makes
 /// and applies their snapshot. Interface thread. Held by a shared pointer, as settings change on any thread.
 class FolderSettings : public std::enable_shared_from_this<FolderSettings> {
   public:
@@ -19,11 +19,11 @@ class FolderSettings : public std::enable_shared_from_this<FolderSettings> {
                    std::shared_ptr<platform::MainThread> mainThread)
         : settings_(std::move(settings)), mainThread_(std::move(mainThread)) {}
 
-    /// Half a second after the last of several changes.
+    /// Called half a second after the last of several changes.
     std::function<void()> whenChanged;
     void observe();
-    /// A change that waits for its moment is said now.
-    void sayNowIfChanged();
+    /// At once of a change whose half second is not over.
+    void notifyNowIfChanged();
 
     std::string snapshot() const { return presets_.snapshotData(*settings_); }
     /// Gives the keys that have another value by it. One that can't be understood changes nothing.

@@ -26,8 +26,8 @@
 
 namespace orvane {
 
-/// The one owner of the open work: its state, and a controller for each topic. The command line, the JSON-RPC
-/// face and the desktop shell are faces of it.
+/// The one owner of the open work: its state, and a controller for each topic. The command line, JSON-RPC
+/// and the desktop app are front ends of it.
 ///
 /// Lives on the interface thread and asserts so; long work runs elsewhere and comes back. Held by a shared
 /// pointer, as that work holds it weakly. Destroying it stops what runs and waits for it at most as long as
@@ -105,7 +105,7 @@ class ImportController {
     platform::Task run(platform::Task operation) { return work_.running.add(std::move(operation)); }
     /// Back to the empty state, with nothing to take back. Whatever runs stops, and leaves no trace.
     void reset();
-    /// As `reset`, but with notices when the new work stands.
+    /// As `reset`, but with notices when the new work is complete.
     void openStoredWork(StoredWork work);
 
   private:

@@ -308,7 +308,7 @@ Task LockitController::matchDays(Weak weak, std::shared_ptr<Sync> sync,
         if (sync->isComplete) co_return;
         const auto& matches = asked->response()->matches;
         askNext(matches ? matches->size() : 0);
-        laying = layDay(weak, sync, asked->response(), (*days)[i].label());
+        laying = applyDay(weak, sync, asked->response(), (*days)[i].label());
         if (!next || !next->isSent()) co_await laying;
     }
     co_await laying;
@@ -316,8 +316,8 @@ Task LockitController::matchDays(Weak weak, std::shared_ptr<Sync> sync,
 
 /// An edit that comes while the clips are looked up stays: the day, which the layer then knows, is laid over
 /// them as they then are.
-Task LockitController::layDay(Weak weak, std::shared_ptr<Sync> sync,
-                              std::shared_ptr<ClipMatchResponse> response, std::string label) {
+Task LockitController::applyDay(Weak weak, std::shared_ptr<Sync> sync,
+                                std::shared_ptr<ClipMatchResponse> response, std::string label) {
     sync->matchesBeingLaid = response->matches ? response->matches->size() : 0;
     int updated = 0;
     for (;;) {
@@ -374,7 +374,7 @@ Task LockitController::makeStep(Weak weak, std::shared_ptr<Sync> sync) {
                 step.present = present;
                 // Where nobody else has changed anything, the clips of the beginning are shared.
                 const bool isAlone = ofSteps.empty() && layer->isUnchangedSince(present);
-                layer->layAgain(step.present);
+                layer->reapply(step.present);
                 step.before = isAlone ? std::move(start) : layer->without(step.present);
                 step.isOne = !layer->isEmpty() && !step.before.changesSince(step.present).empty();
                 for (SyncGroupList& groups : ofSteps)

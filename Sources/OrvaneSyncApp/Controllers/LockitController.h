@@ -68,8 +68,8 @@ class LockitController {
     static platform::Task askDayByDay(Weak weak, std::shared_ptr<Sync> sync);
     static platform::Task matchDays(Weak weak, std::shared_ptr<Sync> sync,
                                     std::shared_ptr<const std::vector<LockitShootingDay>> days);
-    static platform::Task layDay(Weak weak, std::shared_ptr<Sync> sync,
-                                 std::shared_ptr<ClipMatchResponse> response, std::string label);
+    static platform::Task applyDay(Weak weak, std::shared_ptr<Sync> sync,
+                                   std::shared_ptr<ClipMatchResponse> response, std::string label);
     static platform::Task makeStep(Weak weak, std::shared_ptr<Sync> sync);
     void end(SyncEnd how, std::string status);
     void endFailed(const std::exception_ptr& raised);

@@ -104,7 +104,7 @@ bool LockitOAuthService::completeSignIn(const std::string& callbackURL) {
 
 void LockitOAuthService::cancelSignIn() { browser_->cancel(); }
 
-/// However the sign-in ends, it is over for those who watch.
+/// However the sign-in ends, it is over for the watchers.
 Task LockitOAuthService::authenticate(Weak weak) {
     auto self = found(weak);
     self->state_.isAuthenticating = true;
@@ -291,7 +291,7 @@ Task LockitOAuthService::bearer(Weak weak, std::shared_ptr<Secret> token) {
     }
 }
 
-/// Goes on where those who wait for it have given up: the service may have made the old refresh token
+/// Goes on where the tasks that wait for it have given up: the service may have made the old refresh token
 /// useless by then.
 Task LockitOAuthService::refresh(Weak weak) {
     const auto kept = std::make_shared<StoredSignIn>();

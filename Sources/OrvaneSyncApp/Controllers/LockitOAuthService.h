@@ -62,7 +62,7 @@ class LockitOAuthService : public std::enable_shared_from_this<LockitOAuthServic
     /// Forgets the tokens and the account. Fails with platform::CredentialError where the key store may have
     /// kept them.
     platform::Task signOut();
-    /// Leaves a valid token; refreshes it where it ends within a minute, once for all who wait. Fails with
+    /// Leaves a valid token; refreshes it where it ends within a minute, once for all that wait. Fails with
     /// OAuthError and what the transport fails with; the tokens stay then.
     platform::Task currentBearerToken(std::shared_ptr<platform::Secret> token);
     /// Looks into the key store; then `state` says what it holds.

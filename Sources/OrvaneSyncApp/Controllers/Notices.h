@@ -44,7 +44,7 @@ struct ImportChange {
     SyncGroupList clips = {};
 
     operator ImportField() const { return field; }
-    /// Which rows of a list of clips are to be painted anew. Made when asked for; costs nothing before.
+    /// Which rows of a list of clips are to be painted again. Made when asked for; costs nothing before.
     SyncGroupChanges clipChanges() const { return clips.changesSince(clipsBefore); }
 };
 

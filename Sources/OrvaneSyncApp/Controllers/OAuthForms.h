@@ -12,7 +12,7 @@
 // The texts of the OAuth authorization-code flow (RFC 6749) with PKCE (RFC 7636). Pure functions; any thread.
 namespace orvane::oauth {
 
-/// The two halves of the proof that the one who redeems a code is the one who asked for it.
+/// The two halves of the proof that the program that redeems a code is the one that asked for it.
 struct PKCE {
     platform::Secret verifier; ///< 86 characters
     std::string challenge;     ///< its SHA-256 hash

@@ -35,7 +35,7 @@ class OpenWork : public WorkState {
     void setScanScope(ScanScope scope);
     /// Holds from the next matching of all clips on.
     void setSourceCorrections(SourceCorrections corrections);
-    /// After all clips were matched anew.
+    /// After all clips were matched again.
     void setMatchedBy(MatchedBy matchedBy);
     /// Steps hold them with the clips.
     void setProjectEntries(std::shared_ptr<const ProjectEntries> entries) {

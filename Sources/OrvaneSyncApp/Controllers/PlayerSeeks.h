@@ -23,7 +23,7 @@ class PlayerSeeks : public std::enable_shared_from_this<PlayerSeeks> {
     const std::optional<platform::MediaTime>& target() const { return target_; }
     /// `shown` is called when the picture is there, unless another seek was begun meanwhile.
     void begin(platform::Player& player, platform::MediaTime time, std::function<void()> shown);
-    /// The newest is given up; who waits for it goes on.
+    /// The newest is given up; a task that waits for it continues.
     void forget();
     /// Ends when the picture of the newest is shown.
     platform::Task shown();

@@ -48,7 +48,7 @@ bool countsBehind(const FileURL& missing, const MediaAsset& file) {
         return true;
     const MediaAsset other(missing, AssetKind::audio);
     if (other.normalizedName() == file.normalizedName())
-        return true; // a copy, or a recorder that counts alike
+        return true; // a copy, or a recorder with the same numbers
     const auto isStated = [](const std::optional<std::string>& text) {
         return text && !platform::text::trimmed(*text).empty();
     };

@@ -188,12 +188,12 @@ platform::Task RecordingEditing::resyncAsked(std::weak_ptr<RecordingEditing> wea
 /// Clips that are no more stay away.
 void RecordingEditing::resync(const std::vector<SyncGroup>& matched) {
     std::vector<AudioMatch> released;
-    for (const SyncGroup& anew : matched) {
-        const bool isThere = work_.edit(anew.id, [&](SyncGroup& own) {
+    for (const SyncGroup& fresh : matched) {
+        const bool isThere = work_.edit(fresh.id, [&](SyncGroup& own) {
             released.insert(released.end(), own.audioMatches.begin(), own.audioMatches.end());
-            layMatches(own, anew);
+            layMatches(own, fresh);
         });
-        if (isThere) smartAudio_.caches().removeSmartAudioCaches(anew.id);
+        if (isThere) smartAudio_.caches().removeSmartAudioCaches(fresh.id);
     }
     settleWildTracks(released);
 }

@@ -23,7 +23,7 @@ class RecordingEditing {
     RecordingEditing(OpenWork& work, ScanController& scan, SmartAudioController& smartAudio);
 
     /// Unless locked: adds the audio behind the others and takes it from the wild tracks. Audio that an
-    /// ambiguous clip has already is thereby confirmed.
+    /// ambiguous clip has already is confirmed by it.
     void attachAudioToGroup(UUID groupID, MediaAsset audio);
     /// Reads the chosen file and attaches it, in an undo step of its own.
     platform::Task chooseAndAttachAudio(UUID groupID, FileURL file);
@@ -35,8 +35,8 @@ class RecordingEditing {
     /// the other recordings stay behind. The anchor keeps its place under the picture.
     void chooseRecording(UUID groupID, UUID matchID);
     void removeVideoFromSync(UUID groupID); ///< unless locked
-    // Match anew against the pool, on a queue, whatever was locked; manual decisions stay, those too that are
-    // made meanwhile. Each is an undo step of its own, on top of those that came before its end.
+    // Match again against the pool, on a queue, whatever was locked; manual decisions stay, those too that
+    // are made meanwhile. Each is an undo step of its own, on top of those that came before its end.
     /// Clips that are asked for before one of them is matched are one step together.
     platform::Task resyncClip(UUID groupID);
     platform::Task resyncAllClips();

@@ -115,9 +115,9 @@ std::vector<SyncGroup> rematched(const WorkFiles& files, const std::vector<UUID>
     std::vector<SyncGroup> result;
     result.reserve(asked.size());
     for (const SyncGroup* group : asked) {
-        const SyncGroup& anew = *found.at({group->video.id, group->video.url.path});
-        result.emplace_back(group->id, group->video, withAssetsOfTheirOwn(anew.audioMatches),
-                            anew.matchStatus);
+        const SyncGroup& fresh = *found.at({group->video.id, group->video.url.path});
+        result.emplace_back(group->id, group->video, withAssetsOfTheirOwn(fresh.audioMatches),
+                            fresh.matchStatus);
     }
     return result;
 }
@@ -129,7 +129,7 @@ std::optional<Resynced> resynced(const WorkFiles& files, const SourceCorrections
     Resynced made;
     made.by = MatchedBy::of(corrections, rateOfMostClips(files.groups));
     made.matched = SyncEngine().match(files.videos(), pool.all(), made.by.rules, stop);
-    const ByPath anew = byPath(made.matched);
+    const ByPath fresh = byPath(made.matched);
     std::vector<AudioMatch> released;
     std::unordered_set<UUID> used;
     platform::StopCheck check(stop);
@@ -137,7 +137,7 @@ std::optional<Resynced> resynced(const WorkFiles& files, const SourceCorrections
         check();
         const SyncGroup& before = files.groups[i];
         released.insert(released.end(), before.audioMatches.begin(), before.audioMatches.end());
-        made.groups.append(laid(files.groups.element(i), anew));
+        made.groups.append(laid(files.groups.element(i), fresh));
         for (const AudioMatch& match : made.groups[i].audioMatches) used.insert(match.audio->id);
     }
     made.groups.makeIndex();
@@ -158,10 +158,10 @@ bool Resynced::follow(const WorkFiles& before, const WorkFiles& now) {
     for (const std::size_t row : changes.changed)
         if (!haveSameSound(before.groups[row], now.groups[row])) return false;
     if (changes.changed.empty()) return true;
-    const ByPath anew = byPath(matched);
+    const ByPath fresh = byPath(matched);
     for (const std::size_t row : changes.changed)
         groups.update(now.groups[row].id,
-                      [&](SyncGroup& own) { own = *laid(now.groups.element(row), anew); });
+                      [&](SyncGroup& own) { own = *laid(now.groups.element(row), fresh); });
     return true;
 }
 

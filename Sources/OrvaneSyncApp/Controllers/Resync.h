@@ -13,7 +13,7 @@
 
 namespace orvane {
 
-// Matching clips anew, and what follows from it for the recordings that no clip uses. Pure, any thread; what
+// Matching clips again, and what follows from it for the recordings that no clip uses. Pure, any thread; what
 // takes a stop token throws Stopped.
 
 /// What these clips meet: a group each of the clip's video with that, under the clip's id. Nothing for clips
@@ -21,7 +21,7 @@ namespace orvane {
 std::vector<SyncGroup> rematched(const WorkFiles& files, const std::vector<UUID>& groupIDs, MatchRules rules,
                                  const std::stop_token& stop);
 
-/// All clips matched anew.
+/// All clips matched again.
 struct Resynced {
     SyncGroupList groups; ///< those that say the same are the same elements as before
     std::shared_ptr<const std::vector<WildTrack>> wildTracks;

@@ -213,10 +213,11 @@ platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std
 MediaProbeService::Progress ScanController::progressReport(std::uint64_t scanNumber, std::string phase,
                                                            int before, int total) {
     return [shown = std::weak_ptr(shown_), scanNumber, phase = std::move(phase), before,
-            total](int current, int, const FileURL* inHand) {
+            total](int current, int, const FileURL* currentFile) {
         if (const auto own = shown.lock())
-            own->post({scanNumber, ScanProgress{phase, before + current, total,
-                                                inHand == nullptr ? "" : inHand->lastPathComponent()}});
+            own->post(
+                {scanNumber, ScanProgress{phase, before + current, total,
+                                          currentFile == nullptr ? "" : currentFile->lastPathComponent()}});
     };
 }
 

@@ -44,10 +44,10 @@ class ScanController {
     /// At least one folder is set.
     bool canScan() const;
     /// Replaces all clips, and stops the analyses of those before. Files that cannot be read stay in the work
-    /// with what is known of them. Done when the clips stand; Smart Audio starts after that by itself. Fails
-    /// with a CorrectionError, and leaves all as it was, where the work's sound offset has a frame that does
-    /// not exist at the rate of the clips. A second call while a scan runs waits for that scan. One that is
-    /// stopped leaves all as it was.
+    /// with what is known of them. Done when the clips are made; Smart Audio starts after that by itself.
+    /// Fails with a CorrectionError, and leaves all as it was, where the work's sound offset has a frame that
+    /// does not exist at the rate of the clips. A second call while a scan runs waits for that scan. One that
+    /// is stopped leaves all as it was.
     ///
     /// Over work that holds decisions the scan is an undo step: taking it back brings the clips of before and
     /// what was found then. `of`: whether the folders are those of the open work, or of other work that

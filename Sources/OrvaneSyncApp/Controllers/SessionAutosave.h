@@ -39,7 +39,7 @@ class SessionAutosave : public std::enable_shared_from_this<SessionAutosave> {
       private:
         SessionAutosave& owner_;
     };
-    /// What stands is no longer the session's, or not yet.
+    /// The clips shown do not belong to the session.
     void projectBegins() { isProjectOpening_ = true; }
     /// False where none was opening.
     bool projectEnds() { return std::exchange(isProjectOpening_, false); }

@@ -144,7 +144,7 @@ void SessionManager::autosave(const ImportController& controller, bool isChanged
 void SessionManager::autosaveAgain() {
     writes_->retryFailed();
     folders_->write();
-    // Who waits for the saves so far would wait for ever where one takes longer than this.
+    // A task that waits for the saves so far would wait for ever where one takes longer than this.
     if (!writes_->isFinishing()) autosave_->save();
 }
 
@@ -217,7 +217,7 @@ platform::Task SessionManager::load(UUID sessionId, const std::shared_ptr<Import
 platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID sessionId,
                                     std::weak_ptr<ImportController> controller, std::uint64_t opening) {
     auto self = weak.lock();
-    self->open_.keptOf.reset(); // what is kept from here on is told behind the opening
+    self->open_.keptOf.reset(); // what is kept from here on is reported after the opening
     self->leaveSession();
     self->places_.captureSettings();
     if (self->writes_->find(sessionId) != nullptr) { // what is read must be the newest
@@ -303,7 +303,7 @@ void SessionManager::close(ImportController& controller) {
 /// What of the open session waits for a moment of its own happens now.
 void SessionManager::leaveSession() {
     autosave_->saveScheduled();
-    folderSettings_->sayNowIfChanged();
+    folderSettings_->notifyNowIfChanged();
 }
 
 /// Where other work takes the place of work that has no session, which nothing else would keep.
@@ -316,7 +316,7 @@ void SessionManager::beginSessionOfProject(const FileURL& file) {
     ++openings_;
     if (const auto controller = autosave_->controller()) keepDecisionsOf(*controller);
     autosave_->save();
-    folderSettings_->sayNowIfChanged();
+    folderSettings_->notifyNowIfChanged();
     setCurrentSession(UUID::random());
     autosave_->projectBegins();
     openingProject_ = std::filesystem::path(file.path).stem().string();
@@ -393,7 +393,7 @@ std::shared_ptr<const SessionWork> SessionManager::Reports::isDeletedByAnother(c
     }
     if (isChanged) return std::make_shared<const SessionWork>(manager_.open_.workOf(*controller));
     manager_.open_.deletionProblem =
-        "Another program has deleted this session; the next change saves it anew";
+        "Another program has deleted this session; the next change saves it again";
     manager_.reportProblem();
     return nullptr;
 }

@@ -43,7 +43,7 @@ class SessionPlaces {
     /// Applies those of the session's folder; false where none has another value by it.
     bool applySettings(const UUID& sessionId);
     /// Keys of the settings that another value came for with the folder of the session that was opened last.
-    /// Observable as SessionField::settingsOfFolder, told only where there are some.
+    /// Observable as SessionField::settingsOfFolder, notified only where there are some.
     const std::vector<std::string>& appliedSettings() const { return appliedSettings_; }
 
   private:

@@ -188,7 +188,7 @@ platform::Task SessionWrites::finishing(std::weak_ptr<SessionWrites> weak) {
         try {
             co_await *next;
         } catch (const platform::FileError&) {
-            // Said to who asked for it.
+            // Passed to the caller.
         }
     }
 }

@@ -28,7 +28,7 @@ class SessionWrites : public std::enable_shared_from_this<SessionWrites> {
         virtual void reportKeptFiles(const UUID& id, const std::vector<std::string>& kept) = 0;
         /// After every attempt to write.
         virtual void reportFailures() = 0;
-        /// Another process has deleted the session. The work by which it is written anew; null: it stays
+        /// Another process has deleted the session. The work by which it is written again; null: it stays
         /// deleted, and nothing of it waits.
         virtual std::shared_ptr<const SessionWork> isDeletedByAnother(const UUID& id, bool isChanged) = 0;
     };

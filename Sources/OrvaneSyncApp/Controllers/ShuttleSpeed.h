@@ -5,17 +5,17 @@
 
 namespace orvane {
 
-/// A speed that the keys J and L reach: at rest, or 1, 2, 4, 8, 16 or 32 times forwards or backwards.
+/// A speed that the keys J and L reach: paused, or 1, 2, 4, 8, 16 or 32 times forwards or backwards.
 class ShuttleSpeed {
   public:
-    ShuttleSpeed() = default; ///< at rest
+    ShuttleSpeed() = default; ///< paused
     static ShuttleSpeed normal() { return ShuttleSpeed().after(true); }
 
     /// Negative: backwards.
     float rate() const;
     /// Where a press leads: to the next one, and from the other direction to normal speed.
     ShuttleSpeed after(bool isForward) const;
-    /// Such as "▶ 2×"; "STOP" at rest.
+    /// Such as "▶ 2×"; "STOP" when paused.
     std::string label() const;
 
   private:

@@ -34,7 +34,7 @@ class SmartAudioController {
     /// The same for all clips that were analysed.
     platform::Task reanalyseAll();
     /// After the sound of a clip was moved: ranges by hand keep their place in the picture.
-    void layRangesAgain(const UUID& groupID) { runs_.layRangesAgain(groupID); }
+    void reapplyRanges(const UUID& groupID) { runs_.reapplyRanges(groupID); }
 
     /// Whether a scan starts an analysis by itself where the setting `smartAudioMode` was written. On at
     /// first; off for a front end that starts analyses itself.

@@ -298,7 +298,8 @@ platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, U
         }
         run->keep(request, result);
         group = self->stillAsked(groupID, *run);
-        // Another recording, or other channels to choose from: the question has changed, so it is asked anew.
+        // Another recording, or other channels to choose from: the question has changed, so it is asked
+        // again.
         if (group != nullptr &&
             (hasNoCandidates(*group) || !asksTheSame(self->request(*group, *run), request)))
             continue;
@@ -346,7 +347,7 @@ void SmartAudioRuns::adoptResult(const UUID& groupID, SmartAudioResult result,
     });
 }
 
-void SmartAudioRuns::layRangesAgain(const UUID& groupID) {
+void SmartAudioRuns::reapplyRanges(const UUID& groupID) {
     const SyncGroup* group = work_.syncGroups().find(groupID);
     const auto known = caches_.state.results.find(groupID);
     const auto routed = caches_.routedBlocks.find(groupID);
@@ -375,7 +376,7 @@ platform::Task SmartAudioRuns::measureClip(std::weak_ptr<SmartAudioRuns> weak, U
         if (const auto measured = run->loudness.find(recording); measured != run->loudness.end()) {
             self->work_.edit(groupID, [&](SyncGroup& own) {
                 own.measuredLUFS = measured->second.lufs;
-                // Of a request for one clip people see what comes of it; of a thousand clips none shall get
+                // Of a request for one clip people see what comes of it; of a thousand clips none is to get
                 // 40 dB because its recording is silent.
                 const bool isHeard =
                     loudness == Loudness::measure || measured->second.lufs > MasterGain::unmeasuredLUFS;

@@ -42,11 +42,11 @@ class SmartAudioRuns {
     /// The loudness of clips with sound, and the master gain where something is heard.
     platform::Task measureLoudness(SyncGroupList groups);
     /// Analyses the clip again with the editor's choice of tracks kept. The task may be that of an analysis
-    /// that runs on the same terms: it judges the clip as it stands in the end.
+    /// that runs with the same mode: it uses the state of the clip at its end.
     platform::Task analyseAgain(const UUID& groupID, const SmartAudioTerms& terms);
-    /// Lays the ranges that were chosen by hand over what was heard of the clip: they keep their place in the
-    /// picture when the sound is moved.
-    void layRangesAgain(const UUID& groupID);
+    /// Applies the ranges that were chosen by hand to what was measured of the clip: they keep their place in
+    /// the picture when the sound is moved.
+    void reapplyRanges(const UUID& groupID);
     /// All that run.
     void stop() { running_.requestStop(); }
 

@@ -17,7 +17,7 @@ struct SystemCheck {
     std::string detail;
 };
 
-/// Looks at everything that the program stands on. Starts programs and reads files, a second at most: not on
+/// Looks at everything that the program needs. Starts programs and reads files, a second at most: not on
 /// the interface thread. `openProbeCache`: the cache of this program; called once.
 std::vector<SystemCheck> systemChecks(const platform::SettingsStore& settings,
                                       const std::function<std::shared_ptr<ProbeCache>()>& openProbeCache);

@@ -2,8 +2,8 @@
 
 #include "OrvaneSyncApp/Controllers/UndoStep.h"
 
-/// The step under which each operation of the editor runs, by the name of the operation. A face opens it with
-/// `ImportController::withUndo`; the names are those of the menu.
+/// The step under which each operation of the editor runs, by the name of the operation. A front end opens it
+/// with `ImportController::withUndo`; the names are those of the menu.
 namespace orvane::undoSteps {
 
 /// Seconds in which nudges, and names as they are typed, belong together.
@@ -21,7 +21,7 @@ inline constexpr UndoStep togglePickup{"Toggle Pickup"};
 inline constexpr UndoStep markScenePickupFromHere{"Mark Scene Pickups"};
 inline constexpr UndoStep toggleExcludedFromExport{"Toggle Excluded"};
 inline constexpr UndoStep toggleExcludedFromMulticam{"Toggle Multicam Exclude"};
-/// Batch renaming too, which thereby is one step.
+/// Batch renaming too, so that it is one step.
 inline constexpr UndoStep setManualClipName{"Rename Clip", typing};
 inline constexpr UndoStep acceptSlate{"Accept Slate"};
 inline constexpr UndoStep acceptSlates{"Accept Slates"};

@@ -341,7 +341,7 @@ bool VideoEngine::isAudible() const { return player_->facts().hasSound && sound(
 
 void VideoEngine::playBlipOnPlayer() {
     endBlip();
-    // Who is told of the sound may end the blip.
+    // A listener of the sound may end the blip.
     blipTimer_ = output_.system()->after(legacyBlipHold, [weak = weak_from_this()] {
         if (const auto self = weak.lock()) self->endBlip();
     });

@@ -60,7 +60,7 @@ class WorkDoubts {
     WorkDoubts(OpenWork& work, const ScanController& scan, const SmartAudioController& smartAudio);
 
     /// Those that were derived last. Where the work has changed since, it has others derived, and
-    /// `ImportField::doubts` is notified when these stand and differ. Valid until then.
+    /// `ImportField::doubts` is notified when these are derived and differ. Valid until then.
     const SyncDoubts& latest() const;
     /// Why the clip has no settled match, in a few words, as `latest` has the doubts; empty where it has one.
     const std::string& whyUnmatched(const UUID& groupID) const;

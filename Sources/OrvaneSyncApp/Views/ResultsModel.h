@@ -34,7 +34,7 @@ class ResultsModel : public RowsModel<QAbstractTableModel, ResultsViewModel::Row
     void sort(int column, Qt::SortOrder order) override;
 
     ResultsViewModel& rows() const { return rows_; }
-    /// All are made anew when they are next painted.
+    /// All are made again when they are next painted.
     void forgetRows() { forget(); }
     /// Of the row's clip; null while there is none.
     const platform::Picture* thumbnail(int index) const;

@@ -148,7 +148,7 @@ void ResultsView::fitColumns() {
 }
 
 void ResultsView::measureColumns() {
-    constexpr int sample = 64; // rows: those of one shoot are named alike
+    constexpr int sample = 64; // rows: names of one shoot have one form
     const int rows = model_->rowCount();
     if (areSharesChosen_ || rows == 0) return;
     std::array<double, ResultsViewModel::columnCount> needs{};

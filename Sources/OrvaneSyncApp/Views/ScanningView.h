@@ -9,7 +9,7 @@ class QProgressBar;
 
 namespace orvane::views {
 
-/// What a scan does at this moment, how far it is, the file in hand, and a way to stop it.
+/// What a scan does at this moment, how far it is, the current file, and a way to stop it.
 class ScanningView : public QWidget {
   public:
     explicit ScanningView(Desktop& desktop, QWidget* parent = nullptr);

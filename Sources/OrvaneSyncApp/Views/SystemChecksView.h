@@ -12,7 +12,7 @@ class QGridLayout;
 
 namespace orvane::views {
 
-/// The state of each thing that the program stands on, a line each; looked at in the background.
+/// The state of each thing that the program needs, a line each; looked at in the background.
 class SystemChecksView : public QWidget {
   public:
     explicit SystemChecksView(Desktop& desktop, QWidget* parent = nullptr);

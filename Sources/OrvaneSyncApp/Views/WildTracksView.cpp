@@ -144,7 +144,7 @@ int WildTracksView::neededHeight() const {
 void WildTracksView::changed(const QTreeWidgetItem& row, int column) {
     JSON arguments = JSON::object();
     arguments.set("id", utf8(row.data(0, wildTrackRole).toString()));
-    // The list is filled anew by what comes of it: not while it tells of the change.
+    // The list is filled again by what comes of it: not while it tells of the change.
     if (column == approveColumn)
         QMetaObject::invokeMethod(
             this, [this, arguments] { desktop_.run("toggleWildTrackApproved", arguments); },

@@ -25,7 +25,7 @@ std::tm localTime(std::int64_t sinceEpoch) {
     return local;
 }
 
-/// As `mktime`, which looks at the zone anew with every call, one call at a time by a lock of the C library
+/// As `mktime`, which looks at the zone again with every call, one call at a time by a lock of the C library
 /// that checking tools don't see. This one they do.
 std::int64_t secondsFromLocal(std::tm& local) {
     static std::mutex mutex;

@@ -159,8 +159,8 @@ void FileNames::add(const FileURL& file) {
 }
 
 bool FileNames::isRepeated(const FileURL& file) const {
-    const auto alike = byName_.find(file.lastPathComponent());
-    return alike != byName_.end() && alike->second.size() > 1;
+    const auto namesakes = byName_.find(file.lastPathComponent());
+    return namesakes != byName_.end() && namesakes->second.size() > 1;
 }
 
 std::string FileNames::of(const FileURL& file) const {

@@ -22,9 +22,9 @@ void sortByPath(std::vector<const MediaAsset*>& assets);
 /// The names of the folders above a file, from the root on.
 std::vector<std::string_view> folderNames(const FileURL& file);
 
-/// For each file the part of its folder that tells it from the others, such as "CARD_2" of
-/// "/shoot/CARD_1/DCIM" and "/shoot/CARD_2/DCIM"; alike for files of one folder alone. Valid UTF-8; empty for
-/// files at the root and where all lie in one folder.
+/// For each file the part of its folder that distinguishes it from the others, such as "CARD_2" of
+/// "/shoot/CARD_1/DCIM" and "/shoot/CARD_2/DCIM"; the same for files of one folder alone. Valid UTF-8; empty
+/// for files at the root and where all lie in one folder.
 std::vector<std::string> distinguishingFolders(const std::vector<const FileURL*>& files);
 
 /// What to call files in tables and messages: by their names, and where files of other folders bear the same

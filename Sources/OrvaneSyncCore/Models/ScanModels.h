@@ -63,7 +63,7 @@ struct ScanProgress {
     std::string phase;
     int current = 0;
     int total = 0;
-    std::string file{}; ///< the name of the one in hand; empty where none is
+    std::string file{}; ///< the name of the current one; empty where none is
 
     static ScanProgress idle() { return {}; }
     /// 0 to 1; 0 when nothing is to be done.

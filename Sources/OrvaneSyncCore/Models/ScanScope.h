@@ -9,7 +9,7 @@ namespace orvane {
 
 /// What a scan reads beside the video and the audio folder, and what it passes over.
 struct ScanScope {
-    std::vector<FileURL> moreFolders{};    ///< for picture and sound alike, in the order of choice
+    std::vector<FileURL> moreFolders{};    ///< for both picture and sound, in the order of choice
     std::vector<std::string> exclusions{}; ///< PathGlobs against the path below a folder
 
     bool isEmpty() const { return moreFolders.empty() && exclusions.empty(); }

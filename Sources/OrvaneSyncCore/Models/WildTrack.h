@@ -18,7 +18,7 @@ struct WildTrack {
 };
 
 /// Gives the tracks the names and approvals that tracks of the same audio have in `decided`: of the same id,
-/// else of the same file, as a file that is probed anew may get another id.
+/// else of the same file, as a file that is probed again may get another id.
 void carryNamesAndApprovals(std::vector<WildTrack>& tracks, const std::vector<WildTrack>& decided);
 
 JSON toJSON(const WildTrack& track);

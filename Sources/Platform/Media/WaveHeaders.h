@@ -21,7 +21,7 @@ struct WaveSamples {
     int bits = 0;                     ///< of a sample, a multiple of 8
     std::uint64_t dataAt = 0;         ///< position in the file
     std::uint64_t frames = 0;         ///< that are really there
-    std::uint64_t promisedFrames = 0; ///< that the header claims; as many where it claims nothing
+    std::uint64_t promisedFrames = 0; ///< that the header states; as many where it states nothing
 
     std::uint32_t bytesPerFrame() const { return channels * static_cast<std::uint32_t>(bits / 8); }
 };

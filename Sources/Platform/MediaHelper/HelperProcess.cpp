@@ -28,9 +28,9 @@ namespace {
 constexpr std::chrono::seconds longestRequest{20};
 /// Free helpers that are kept for the next file.
 constexpr std::ptrdiff_t mostFree = 8;
-/// The same of those for pictures; each player has one. Who goes on to another clip gives back those of the
-/// player, of the strip of pictures and of the sync lens at nearly the same time and takes as many again: one
-/// that has to be started costs more than all else that stands between a key and the picture.
+/// The same of those for pictures; each player has one. A player that goes on to another clip gives back
+/// those of the player, of the strip of pictures and of the sync lens at nearly the same time and takes as
+/// many again: one that has to be started costs more than all else that stands between a key and the picture.
 constexpr std::ptrdiff_t mostFreeForPictures = 3;
 
 struct Pool {
@@ -164,10 +164,10 @@ std::shared_ptr<Process> Process::borrow(Purpose purpose) {
     return {process.release(), [](Process* returned) {
                 std::unique_ptr<Process> back(returned);
                 const std::lock_guard lock(pool().mutex);
-                const auto alike = std::ranges::count_if(
+                const auto ofThatPurpose = std::ranges::count_if(
                     pool().free, [&](const auto& one) { return one->purpose_ == back->purpose_; });
                 const auto most = back->purpose_ == Purpose::pictures ? mostFreeForPictures : mostFree;
-                if (back->isRunning() && back->owner_ == ::getpid() && alike < most)
+                if (back->isRunning() && back->owner_ == ::getpid() && ofThatPurpose < most)
                     pool().free.push_back(std::move(back));
             }};
 }

@@ -163,7 +163,7 @@ LibavPictures::Outcome LibavPictures::find(MediaTime time, MediaTime tolerance, 
     }
     if (step == Step::stopped) return Outcome::stopped;
     if (step == Step::late) return Outcome::nothing;
-    if (tolerance == MediaTime{}) learnDuration(isStopped);
+    if (tolerance == MediaTime{}) readDuration(isStopped);
     return Outcome::picture;
 }
 
@@ -228,7 +228,7 @@ LibavPictures::Outcome LibavPictures::findGroup(MediaTime earliest, MediaTime un
         if (step == Step::picture && place < earliest) break;
         if (step == Step::picture) step = decodeTo(place, {}, false, isStopped);
         if (step == Step::picture) {
-            learnDuration(isStopped);
+            readDuration(isStopped);
             return Outcome::picture;
         }
         isSeekNeeded_ = true;
@@ -257,7 +257,7 @@ LibavPictures::Outcome LibavPictures::findNext(const IsStopped& isStopped) {
     }
     std::swap(current_, ahead_);
     ahead_.isThere = false;
-    learnDuration(isStopped);
+    readDuration(isStopped);
     return Outcome::picture;
 }
 
@@ -274,7 +274,7 @@ bool LibavPictures::seekTo(MediaTime time, int attempt) {
     isAtStart_ = seekTarget_ <= start ||
                  av_seek_frame(file_->get(), stream_->index, seekTarget_, AVSEEK_FLAG_BACKWARD) < 0;
     if (isAtStart_ && !seekStart()) return false;
-    standAfterSeek();
+    beginAfterSeek();
     if (!isAtStart_) latestKey_ = time;
     return true;
 }
@@ -291,11 +291,11 @@ bool LibavPictures::seekToPacket(std::int64_t decodingTime) {
     isSeekNeeded_ = true;
     isAtStart_ = false;
     if (av_seek_frame(file_->get(), stream_->index, decodingTime, AVSEEK_FLAG_BACKWARD) < 0) return false;
-    standAfterSeek();
+    beginAfterSeek();
     return true;
 }
 
-void LibavPictures::standAfterSeek() {
+void LibavPictures::beginAfterSeek() {
     avcodec_flush_buffers(decoder_.get());
     ahead_.isThere = false;
     isSeekNeeded_ = false;
@@ -443,7 +443,7 @@ bool LibavPictures::take(Decoded& into) {
 }
 
 /// Of a variable rate, where the next picture tells.
-void LibavPictures::learnDuration(const IsStopped& isStopped) {
+void LibavPictures::readDuration(const IsStopped& isStopped) {
     if (times_.constantRate() || isSeekNeeded_) return;
     if (!ahead_.isThere && decodeNext(ahead_, isStopped) != Step::picture) {
         if (facts_.duration > current_.moment.time)

@@ -59,7 +59,7 @@ class LibavPictures {
     bool seekTo(MediaTime time, int attempt);
     bool seekStart();
     bool seekToPacket(std::int64_t decodingTime);
-    void standAfterSeek();
+    void beginAfterSeek();
     bool isSeekQuicker(MediaTime time) const;
     bool covers(const Decoded& picture, MediaTime time) const;
     Step seekAndDecode(MediaTime time, MediaTime tolerance, const IsStopped& isStopped);
@@ -69,7 +69,7 @@ class LibavPictures {
     Step decodeNext(Decoded& into, const IsStopped& isStopped);
     bool feed();
     bool take(Decoded& into);
-    void learnDuration(const IsStopped& isStopped);
+    void readDuration(const IsStopped& isStopped);
 
     const std::string path_;
     std::optional<LibavFile> file_;

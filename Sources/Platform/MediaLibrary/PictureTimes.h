@@ -47,7 +47,7 @@ class PictureTimes {
 
     /// In stream units, the time of the first picture, where the file does not say.
     void beginWith(std::int64_t units) { origin_ = units; }
-    /// Decoding begins anew at the packet with this decoding time.
+    /// Decoding begins again at the packet with this decoding time.
     void beginAt(std::int64_t decodingTime);
     /// A packet of a picture that will be shown at this time.
     void add(std::int64_t units);

@@ -57,7 +57,7 @@ void PartialFile::beginAnew(const std::string& tag) {
     if (tag.empty()) return;
     std::ofstream out(tagPath());
     out << tag << "\n";
-    if (out.flush()) tag_ = tag; // else it begins anew the next time
+    if (out.flush()) tag_ = tag; // else it begins again the next time
 }
 
 bool PartialFile::write(const char* data, std::size_t size) {

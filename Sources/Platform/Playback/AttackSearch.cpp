@@ -15,7 +15,7 @@ constexpr std::size_t hopsBefore = 25;
 constexpr std::size_t hopsBetween = 40;
 constexpr double leastRise = 4;
 constexpr float leastPeak = 0.02F;
-// Below it all is alike: a click over digital silence is not infinitely loud.
+// Below it all counts as this: a click over digital silence is not infinitely loud.
 constexpr float floorPeak = 0.001F;
 
 std::int64_t floorDivided(std::int64_t value, std::int64_t by) {

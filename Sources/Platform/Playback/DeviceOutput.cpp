@@ -57,7 +57,7 @@ struct DeviceOutput::Core final : SoundDeviceCallback {
     void fill(float* left, float* right, std::size_t frames, nanoseconds untilHeard) noexcept override {
         const nanoseconds now = clock->now();
         lastAsked = now.count();
-        // The device and the clock's thread never wait for each other: who comes second leaves it out.
+        // The device and the clock's thread never wait for each other: the second leaves it out.
         if (isRendering.exchange(true)) return silence(left, right, frames);
         if (mode == Mode::device && !isUnpaced) {
             const nanoseconds heard = now + untilHeard;

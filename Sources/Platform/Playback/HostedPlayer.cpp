@@ -310,7 +310,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
             const PlayerFacts facts = facts_;
             loaded(facts);
         }
-        // Who goes somewhere else at once does not wait for the first picture.
+        // A seek that follows at once does not wait for the first picture.
         if (picture_ && isLoaded_ && seekNumber_ == seeks) seekPicture({});
     }
 

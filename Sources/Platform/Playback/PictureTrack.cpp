@@ -394,7 +394,7 @@ void PictureTrack::finish(const Query& query, bool hasPicture, std::unique_lock<
     const auto isNewest = [&] { return query_ && query_->seek == query.seek && query_->time == query.time; };
     if (!isNewest()) return;
     const Report report{query.seek != 0 ? query.seek : servedSeek_, hasPicture, false};
-    // Who waits for it finds the report on its way.
+    // A thread that waits for it finds the report on its way.
     lock.unlock();
     report_(report);
     lock.lock();

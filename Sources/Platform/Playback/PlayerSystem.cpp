@@ -33,7 +33,8 @@ class LiveHost final : public PlayerHost {
     }
     std::shared_ptr<Timer> atFrame(std::int64_t frame, std::function<void()> work) override {
         const double left = static_cast<double>(frame) - heardFrame();
-        // Behind the frame, by little: who comes a fraction of one early asks again at once, and again.
+        // Behind the frame, by little: a caller that asks a fraction of one early asks again at once, and
+        // again.
         constexpr std::chrono::microseconds toBeSure{1};
         const auto wait = left > 0 ? length(left, sampleRate()) + toBeSure : std::chrono::nanoseconds(0);
         return mainThread_->after(wait, std::move(work));

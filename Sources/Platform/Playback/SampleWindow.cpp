@@ -10,7 +10,7 @@ namespace orvane::platform {
 
 namespace {
 
-// Read at a time. Most compressed files have to be sought anew for each step backward.
+// Read at a time. Most compressed files have to be sought again for each step backward.
 constexpr std::size_t forwardFrames = 4096;
 constexpr std::size_t reverseFrames = 32768;
 // Sound above this is no sound (full scale is 1), and must not reach anybody's ears.

@@ -29,7 +29,7 @@ constexpr double crossfadeSeconds = 0.004;
 constexpr int declickFrames = 64;
 constexpr float volumeStep = 0.01F; // of the way, with each frame
 constexpr float volumeTolerance = 1e-5F;
-// A tempo change is begun anew when it is late by more.
+// A tempo change is begun again when it is late by more.
 constexpr double mostLateSeconds = 0.1;
 
 struct Levels {
@@ -50,7 +50,7 @@ struct Shared {
     std::atomic<std::uint64_t> plansMade = 0;
     std::atomic<std::int64_t> asked = 0; ///< frames that the callback has been asked for
 
-    // The reading thread, and who waits for it.
+    // The reading thread, and those that wait for it.
     SoundRendering rendering;
     std::mutex mutex;
     std::condition_variable progress;

@@ -103,7 +103,7 @@ class Conversation {
     ~Conversation() { g_clear_error(&error_); }
 
     bool hasFailed() const { return error_ != nullptr || !service_; }
-    /// A store that was started anew does not know the session, which a next conversation would share.
+    /// A store that was started again does not know the session, which a next conversation would share.
     bool isWorthAnother() const {
         return hasFailed() && !isOnce && !g_error_matches(error_, G_IO_ERROR, G_IO_ERROR_CANCELLED) &&
                !g_error_matches(error_, SECRET_ERROR, SECRET_ERROR_IS_LOCKED);
@@ -171,7 +171,7 @@ bool hasBus() {
     return address != nullptr;
 }
 
-/// Asks the store, and once more where it may have been started anew.
+/// Asks the store, and once more where it may have been started again.
 template <class Ask>
 Answer answered(const Ask& ask) {
     if (!hasBus()) return Answer::absent;
@@ -185,7 +185,7 @@ Answer answered(const Ask& ask) {
     }
 }
 
-/// Whether the collection into which secrets go can be read, after the user was asked where he may be.
+/// Whether the collection into which secrets go can be read, after the user was asked where that is allowed.
 bool isOpen(Conversation& store, bool mayAsk) {
     const Collection collection = store.standardCollection();
     if (!collection || secret_collection_get_locked(collection.get()) == FALSE) return true;

@@ -12,7 +12,7 @@ namespace orvane::platform {
 
 /// What the loadable module of the desktop's key store offers. Calls wait for the store, but at most as long
 /// as somebody needs to unlock it; `mayAsk` is whether the desktop may ask for that, once. A store that was
-/// started anew is found again. None of the calls throws.
+/// started again is found again. None of the calls throws.
 struct SecretServiceModule {
     static constexpr const char* entryPoint = "orvaneSecretServiceModule";
     static constexpr const char* fileName = "liborvane_secret_service.so";

@@ -74,7 +74,7 @@ bool mayShareMemory() {
     return ::getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur >= most;
 }
 
-/// PortAudio knows the devices that there were at its start: each use starts it anew. It counts its uses
+/// PortAudio knows the devices that there were at its start: each use starts it again. It counts its uses
 /// without a lock of its own.
 class PortAudioSession {
   public:

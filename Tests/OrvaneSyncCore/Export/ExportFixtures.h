@@ -55,7 +55,7 @@ inline std::string exported(const SyncGroup& group, const ExportSettings& settin
 }
 
 /// Documents for a reviewer to read, ".fcpxml" where the name has no other ending. With ORVANE_UPDATE_GOLDEN
-/// set they are written anew; look at the difference before it is committed.
+/// set they are written again; look at the difference before it is committed.
 inline void expectGolden(const std::string& name, const std::string& document) {
     const std::string ending = name.find('.') == std::string::npos ? ".fcpxml" : "";
     const std::string file =

@@ -311,11 +311,11 @@ TEST_F(Probe, manyFilesKeepTheirOrder) {
     }
     MediaProbeService service(settings, newCache());
     std::vector<int> reports;
-    const auto progress = [&](int completed, int total, const FileURL* inHand) {
+    const auto progress = [&](int completed, int total, const FileURL* currentFile) {
         EXPECT_EQ(total, 100);
-        EXPECT_TRUE(inHand == nullptr || std::ranges::find(urls, *inHand) != urls.end());
-        EXPECT_TRUE(completed < total || inHand == nullptr);
-        EXPECT_TRUE(completed > 0 || inHand != nullptr) << "a file is named before it is done";
+        EXPECT_TRUE(currentFile == nullptr || std::ranges::find(urls, *currentFile) != urls.end());
+        EXPECT_TRUE(completed < total || currentFile == nullptr);
+        EXPECT_TRUE(completed > 0 || currentFile != nullptr) << "a file is named before it is done";
         if (reports.empty() || reports.back() != completed) reports.push_back(completed);
     };
     const auto first = service.probeAll(urls, AssetKind::video, progress);

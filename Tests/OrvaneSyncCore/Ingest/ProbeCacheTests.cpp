@@ -21,7 +21,7 @@ class Cache : public testing::Test {
   protected:
     Cache() { open(); }
 
-    /// Ends the cache that is open, which writes what it has, and starts anew.
+    /// Ends the cache that is open, which writes what it has, and starts again.
     void open(std::uint32_t readerVersion = ProbeCache::currentReaderVersion) {
         cache.reset();
         auto ownedQueue = std::make_unique<ManualQueue>();

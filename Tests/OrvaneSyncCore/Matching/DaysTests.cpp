@@ -179,12 +179,12 @@ TEST(Days, DatesOfACardMayCountAnotherZone) {
         EXPECT_EQ(group.primaryAudio()->filename[1], group.video.filename[1]) << "not that of the other day";
         card.append(group);
     }
-    clips[1].headerDate = dateFromISO8601("2024-05-17T15:10:02Z"); // written anew, in another zone
+    clips[1].headerDate = dateFromISO8601("2024-05-17T15:10:02Z"); // written again, in another zone
     const auto mixed =
         SyncEngine().match({clips[0], clips[1]}, {takes[0], test::audio("T5_240518.wav", "16:30:00:00")}, {});
     EXPECT_EQ(mixed.front().primaryAudio()->filename, "T5_240518.wav") << "of no zone, the header as it is";
-    const auto anew = SyncEngine().match({clips[0]}, takes, MatchRules(), {}, &card);
-    EXPECT_EQ(anew.front().primaryAudio()->filename, "T1_240517.wav") << "the whole card shows the zone";
+    const auto again = SyncEngine().match({clips[0]}, takes, MatchRules(), {}, &card);
+    EXPECT_EQ(again.front().primaryAudio()->filename, "T1_240517.wav") << "the whole card shows the zone";
 }
 
 TEST(Days, OtherDaysAreLeftOutWhereHeaderDatesAndFoldersAgree) {

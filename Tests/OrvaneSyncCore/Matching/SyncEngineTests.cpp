@@ -346,7 +346,7 @@ TEST(SyncEngine, holdsItsPromisesForACrowd) {
     }
 }
 
-/// Two days of shooting with free-run timecode look alike to a clip without a date.
+/// Two days of shooting with free-run timecode look the same to a clip without a date.
 TEST(SyncEngine, theDayOfTheHeaderRanksEqualOverlaps) {
     const auto on = [](MediaAsset asset, int day) {
         asset.contentCreatedDate = calendar::date({2024, 5, day, 12, 0, 0});

@@ -152,7 +152,7 @@ TEST_F(RenderedAudio, aMixdownIsKeptAndFoundByItsSourceAndBlocks) {
     EXPECT_NE(renderer_.render(source, {block(0, 1, 2), block(1, 9, 3, 0.5)})->url, first->url);
     fs::last_write_time(source.path, written - std::chrono::hours(1));
     EXPECT_NE(renderer_.render(source, blocks_)->url, first->url);
-    // What is found damaged is rendered anew.
+    // What is found damaged is rendered again.
     const auto now = renderer_.render(source, blocks_);
     fs::resize_file(now->url.path, 5000);
     EXPECT_EQ(renderer_.render(source, blocks_), now);

@@ -76,11 +76,11 @@ TEST(LUFSMeter, readsTonesAsTheStandardSays) {
     };
     check("a full-scale sine on one channel", 0, 997, 48000, 1, -3.01, 0.01);
     check("two channels add up", -23, 1000, 48000, 2, -23.0, 0.01);
-    check("four channels count alike", -20, 997, 48000, 4, -20 - 3.01 + 6.02, 0.01);
+    check("four channels count the same", -20, 997, 48000, 4, -20 - 3.01 + 6.02, 0.01);
     check("the rear of five counts for more", -20, 997, 48000, 5, -20 - 3.01 + 7.65,
           0.01); // 5.82 channels
     check("of six the fourth counts for nothing", -20, 997, 48000, 6, -20 - 3.01 + 7.65, 0.01);
-    check("seven count alike", -20, 997, 48000, 7, -20 - 3.01 + 8.45, 0.01);
+    check("seven count the same", -20, 997, 48000, 7, -20 - 3.01 + 8.45, 0.01);
     check("below the absolute gate", -80, 997, 48000, 1, -70.0, 0);
 }
 

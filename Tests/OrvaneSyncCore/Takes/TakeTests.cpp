@@ -109,7 +109,7 @@ TEST(Take, rolesAndRunningNumbers) {
          {{"T_1.WAV", 0, 60, 1, "", "", 48000, 0, 1}, {"T_2.WAV", 0, 60, 1, "", "", 48000, 0, 2}},
          "T_1.WAV part 1 @0, T_2.WAV alternate 2 @0",
          "Matched"},
-        {"a recorder that counts alike on its own card",
+        {"a recorder with the same numbers on its own card",
          {{"A/T.WAV", 0, 60, 2, "", "", 48000, 7}, {"B/T.WAV", 0, 60, 2, "", "", 48000, 9}},
          "A/T.WAV part 1-2 @0, B/T.WAV alternate 3-4 @0",
          "Matched"},

@@ -120,7 +120,7 @@ TEST_F(SoundTrackTest, everyTickIsAtItsPlace) {
 
 /// Noise that is louder in every second second of the file.
 std::unique_ptr<AudioFile> noise(double rate, double seconds) {
-    std::mt19937 random(1); // one signal: by chance another one is alike a few milliseconds away
+    std::mt19937 random(1); // one signal: by chance another one matches a few milliseconds away
     std::uniform_real_distribution<float> value(-1, 1);
     std::vector<float> samples(static_cast<std::size_t>(rate * seconds));
     for (std::size_t i = 0; i < samples.size(); ++i)

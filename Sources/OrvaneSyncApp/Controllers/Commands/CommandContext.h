@@ -37,7 +37,7 @@ class CommandContext {
     /// Opens what plays pictures and sound; null: nothing can be played.
     std::function<std::shared_ptr<platform::PlayerSystem>()> openPlayers;
     /// Whether a preview of the clip in view is rendered by itself. Where requests alone decide what is done,
-    /// what is heard must not hang on when a rendering happens to be ready.
+    /// what is heard must not depend on when a rendering happens to be ready.
     bool rendersPreviews = true;
 
     /// Shows a page to the user for signing in, and says whether it could; on a thread that waits.

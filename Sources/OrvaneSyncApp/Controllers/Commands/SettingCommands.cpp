@@ -65,7 +65,7 @@ platform::Task loadPreset(CommandContext& context, Call call, std::shared_ptr<JS
     auto reading = onDocuments(
         context, [name = call.text("name")](const std::stop_token&) { return PresetManager().saved(name); });
     const platform::SettingsStore::Values values = co_await reading;
-    // Who watches the settings is called on the thread that changes them.
+    // A watcher of the settings is called on the thread that changes them.
     co_await platform::written(settings->setAll(values), *mainThread);
 }
 

@@ -12,7 +12,7 @@ namespace orvane {
 
 using platform::JSON;
 
-// The JSON forms of the open work, the same for every face that speaks JSON.
+// The JSON forms of the open work, the same for every front end that speaks JSON.
 
 /// A clip with the doubts about it.
 JSON groupJSON(const SyncGroup& group, const SyncDoubts& doubts);

@@ -25,7 +25,7 @@ std::vector<std::string> leftOutWarnings(const WorkSnapshot& work);
 std::vector<std::string> smartAudioWarnings(const WorkSnapshot& work);
 /// Which recordings Smart Audio could not hear at all, and how many, as one line; absent where it heard all.
 std::optional<std::string> unheardWarning(const WorkSnapshot& work);
-/// Whether who is warned can have the clips matched in another way.
+/// Whether the front end can have the clips matched in another way.
 enum class Matching : bool { isDone, canChange };
 /// One line each doubt, with its cure, for a front end that shows no list of them. Where the matching is
 /// done, doubts that another matching cures are one line together, which says where to look.
@@ -36,7 +36,7 @@ void addOwnWarnings(const WorkSnapshot& work, ExportResult& result, Matching mat
                     const std::stop_token& stop = {});
 /// Why a result is empty, where it is because the recording was read in part only.
 std::optional<ReadFailed> readFailureOf(const SmartAudioResult& result);
-/// Says that a recording ends before the length that its header promises.
+/// Says that a recording ends before the length that its header states.
 std::string earlyEndWarning(const std::string& filename, double heardSeconds, double promisedSeconds);
 
 /// A card full of files of one kind is one line, not hundreds: the first name, and how many more. At least

@@ -32,7 +32,7 @@ int urgencyInOutline(OutlineModel::Certainty certainty) {
 }
 
 /// Whether both stand at the same place under the same name.
-bool areListedAlike(const SyncGroup& a, const SyncGroup& b) {
+bool haveSamePlaceAndName(const SyncGroup& a, const SyncGroup& b) {
     const auto listing = [](const SyncGroup& group) {
         const MediaAsset* audio = group.primaryAudio();
         return std::tuple(group.manualClipName, group.isPickup, group.isExcludedFromMulticam(),
@@ -195,7 +195,7 @@ void OutlineModel::follow(const ImportChange& change) {
     const SyncGroupChanges changes = change.clipChanges();
     if (!changes.went.empty() || !changes.came.empty() || !changes.moved.empty()) return layOut();
     for (const std::size_t position : changes.changed)
-        if (!areListedAlike(change.clips[position], change.clipsBefore[position])) return layOut();
+        if (!haveSamePlaceAndName(change.clips[position], change.clipsBefore[position])) return layOut();
     for (const std::size_t position : changes.changed) {
         const auto& clip = change.clips.element(position);
         for (std::size_t i = 0; i < rows_.size(); ++i)

@@ -41,7 +41,7 @@ inline SmartAudioMode modeOfAnalysis(const platform::SettingsStore& settings) {
     return settings.find(settings::smartAudioMode).value_or(SmartAudioMode::standard);
 }
 
-/// Before all clips are matched anew.
+/// Before all clips are matched again.
 inline Question questionBeforeResync() {
     return {
         "Re-sync all clips?",

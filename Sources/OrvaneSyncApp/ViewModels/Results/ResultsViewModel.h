@@ -71,7 +71,7 @@ class ResultsViewModel {
     /// What a view has to do after a change.
     struct Change {
         bool isLayoutChanged = false;    ///< which rows there are, or their order
-        std::vector<std::size_t> rows{}; ///< to be painted anew; without meaning where the layout changed
+        std::vector<std::size_t> rows{}; ///< to be painted again; without meaning where the layout changed
         bool areAllNew = false;          ///< no clip was shown before
     };
 

@@ -52,7 +52,7 @@ platform::Task MulticamViewModel::loaded() { return loaded(weak_from_this()); }
 
 platform::Task MulticamViewModel::loaded(std::weak_ptr<MulticamViewModel> weak) {
     for (auto self = weak.lock(); self && !self->loading_.isDone(); self = weak.lock()) {
-        // Who is asked to stop leaves the loading alone.
+        // A caller that is asked to stop leaves the loading alone.
         const auto ended =
             std::make_shared<platform::Completion>(self->controller_->work().environment.mainThread);
         self->loading_.whenDone([ended](const std::exception_ptr&) { ended->end(); });

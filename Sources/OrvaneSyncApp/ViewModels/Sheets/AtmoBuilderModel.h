@@ -10,7 +10,7 @@
 
 namespace orvane {
 
-/// What the room tone builder holds of each scene: which stretches are chosen, how long the tone shall be,
+/// What the room tone builder holds of each scene: which stretches are chosen, how long the tone is to be,
 /// and what came of the last one. Closing the sheet forgets it. One thread.
 class AtmoBuilderModel {
   public:

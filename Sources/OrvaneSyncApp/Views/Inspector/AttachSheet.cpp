@@ -207,7 +207,7 @@ void AttachSheet::followSelection() {
     attach_->setEnabled(audio != nullptr);
     listen_->setEnabled(audio != nullptr);
     if (!player_ || player_->currentAssetID() == (audio ? std::optional(audio->id) : std::nullopt)) return;
-    // Who listens goes on with the row that he comes to.
+    // What plays continues with the row that becomes current.
     if (audio != nullptr && player_->isPlaying())
         player_->togglePlayback(*audio);
     else {

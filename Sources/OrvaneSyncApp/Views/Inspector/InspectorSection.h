@@ -58,7 +58,7 @@ class InspectorSection : public design::FoldableSection {
 void addFact(QGridLayout* grid, const std::string& name, const std::string& value);
 /// The text with places to break at within file names.
 QString breakable(std::string_view utf8);
-/// Takes everything out, for filling it anew.
+/// Takes everything out, for filling it again.
 void clear(QLayout* layout);
 
 } // namespace orvane::views

@@ -85,7 +85,7 @@ InspectorView::InspectorView(Desktop& desktop, std::shared_ptr<ReviewViewModel> 
     scroll->setWidgetResizable(true);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->setVerticalScrollBarPolicy(
-        Qt::ScrollBarAlwaysOn); // so that texts do not wrap anew while one folds
+        Qt::ScrollBarAlwaysOn); // so that texts do not wrap again while one folds
     scroll->setFocusPolicy(Qt::NoFocus);
     scroll->setWidget(content_);
     pages_->addWidget(scroll);
@@ -110,7 +110,7 @@ QWidget* InspectorView::lookedAt() const {
     QWidget* const used = QApplication::focusWidget();
     if (used != nullptr && content_->isAncestorOf(used) && seen.intersects({topOf(*used), used->size()}))
         return used;
-    if (seen.top() == 0) return nullptr; // who is at the top stays there
+    if (seen.top() == 0) return nullptr; // at the top it stays there
     const auto first = std::ranges::find_if(sections_, [&](const InspectorSection* section) {
         return section->isVisible() && section->geometry().bottom() > seen.top();
     });

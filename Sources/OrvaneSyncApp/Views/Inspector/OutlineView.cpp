@@ -111,7 +111,7 @@ OutlineView::OutlineView(Desktop& desktop, Choose choose, std::function<void()> 
     };
     observation_ = rows_.onChange([this](const ResultsViewModel::Change& change) {
         showCounts();
-        // A list that was laid out anew has forgotten what was marked in it.
+        // A list that was laid out again has forgotten what was marked in it.
         if (change.isLayoutChanged && selected_)
             isTakeSelected_ ? void(selectTake(*selected_)) : select(*selected_);
         if (change.isLayoutChanged && whenListChanged) whenListChanged();

@@ -34,7 +34,7 @@ class CameraStrip : public QWidget {
     Desktop& desktop_;
     const std::shared_ptr<MulticamViewModel> multicam_;
     CameraAxis axis_;
-    QPixmap rows_; ///< all but the playhead; null where it is to be painted anew
+    QPixmap rows_; ///< all but the playhead; null where it is to be painted again
     double shownX_ = -1;
     QTimer pace_;
 };

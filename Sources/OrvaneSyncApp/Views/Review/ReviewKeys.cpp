@@ -162,7 +162,7 @@ bool ReviewKeys::handle(const QKeyEvent& event, bool isFullscreen) {
     const bool isEscape = meant->isDown && !meant->isRepeat && meant->keyCode == Shortcut::KeyCode::escape &&
                           meant->modifiers == ModifierSet::none;
     // Escape leaves a field, after the field has made of it what it means there.
-    if (isTyped && isEscape && !SearchKeys::clears(*focus)) leaveField();
+    if (isTyped && isEscape && !SearchKeys::clears(*focus)) clearFieldFocus();
     ReviewViewModel& review = *desktop_.players().review();
     // Escape ends the loop that is under way, or else leaves the screen.
     const bool leaves = isEscape && !isFullscreen && !isTyped && !review.engine()->loop().isLooping;
@@ -182,7 +182,7 @@ bool ReviewKeys::handle(const QKeyEvent& event, bool isFullscreen) {
     }
 }
 
-void ReviewKeys::leaveField() {
+void ReviewKeys::clearFieldFocus() {
     QMetaObject::invokeMethod(
         QApplication::focusWidget(),
         [] {

@@ -37,7 +37,7 @@ class ReviewKeys : public QObject {
   private:
     /// Whether the event is used up.
     bool handle(const QKeyEvent& event, bool isFullscreen);
-    static void leaveField();
+    static void clearFieldFocus();
     bool isBound(const KeyEvent& event) const;
     /// A control that greys or hides itself under the keyboard gives it to the screen, not to its neighbour.
     void followFocus(const QObject& watched, const QFocusEvent& event);

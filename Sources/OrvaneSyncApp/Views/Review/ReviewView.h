@@ -31,7 +31,7 @@ class ReviewView : public QWidget {
 
     /// Opens the clip on its clap. One that is not there any more leaves the screen as it is.
     void open(const UUID& groupID);
-    /// Leaves the clip; its player is at rest.
+    /// Leaves the clip; its player is paused.
     void leaveClip();
     const std::optional<UUID>& clip() const { return desktop_.players().review()->groupID(); }
     /// Called when another clip has come into view.

@@ -309,7 +309,7 @@ void KeyboardPage::run(std::string_view id, JSON arguments) {
     desktop().run(
         id, std::move(arguments),
         [self](const JSON&) {
-            if (self) self->compare(); // a profile may have been saved anew
+            if (self) self->compare(); // a profile may have been saved again
         },
         [self](const QString& why) {
             if (self) self->banner_->show(Signal::missing, why);

@@ -27,7 +27,7 @@ constexpr int progressParts = 1000;
 constexpr int mostListHeight = 190;
 constexpr int candidateRole = Qt::UserRole;
 
-/// One scene: its stretches, how long the tone shall be, and the button that builds it.
+/// One scene: its stretches, how long the tone is to be, and the button that builds it.
 class ScenePanel : public Section {
   public:
     ScenePanel(Desktop& desktop, AtmoBuilderModel& model, std::size_t scene, SegmentPlayer& player)

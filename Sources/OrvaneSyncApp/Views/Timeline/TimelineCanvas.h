@@ -30,7 +30,7 @@ class PlayheadLine : public QWidget {
     void paintEvent(QPaintEvent* event) override;
 };
 
-/// Ruler, picture, sound, channels and recordings of a clip, painted into an image that is made anew when
+/// Ruler, picture, sound, channels and recordings of a clip, painted into an image that is made again when
 /// something of it has changed; and what pointer and wheel do on them.
 class TimelineCanvas : public QWidget {
   public:

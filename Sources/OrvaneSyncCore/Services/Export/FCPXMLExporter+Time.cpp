@@ -31,7 +31,7 @@ Time framesTime(std::int64_t frames, double fps) {
     return Time(frames, 1) * BFraction(BInt(rate.denominator()), BInt(rate.numerator()));
 }
 
-/// The product is taken with the number as it stands: who means an exact rate passes one.
+/// The product is taken with the number as it stands: a caller that means an exact rate passes one.
 std::optional<Time> wholeFrames(double seconds, double fps) {
     const auto frames = truncatedFrames(seconds * fps);
     return frames ? std::optional(framesTime(*frames, fps)) : std::nullopt;

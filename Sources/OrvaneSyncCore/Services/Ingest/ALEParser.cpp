@@ -157,7 +157,7 @@ ALEFile ALEParser::parse(std::string_view content, const std::stop_token& stop) 
 std::string ALEParser::decodeText(std::string bytes, const std::stop_token& stop) {
     constexpr std::string_view utf16LEMark = "\xFF\xFE", utf16BEMark = "\xFE\xFF", utf8Mark = "\xEF\xBB\xBF";
     const std::string_view view = bytes;
-    // A mark is a promise: what breaks it is no text.
+    // A byte order mark states the encoding: bytes that do not fit it are no text.
     if (view.starts_with(utf16LEMark))
         return decodedOrThrow(view.substr(utf16LEMark.size()), Encoding::utf16LE, stop);
     if (view.starts_with(utf16BEMark))

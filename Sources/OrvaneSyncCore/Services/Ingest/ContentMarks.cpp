@@ -30,11 +30,11 @@ std::vector<std::vector<std::size_t>> likelyCopies(const std::vector<MediaAsset>
                         file.startTimecodeString ? std::string_view(*file.startTimecodeString) : "",
                         file.bextTimeReference.value_or(0));
     };
-    std::map<Likeness, std::vector<std::size_t>> alike;
+    std::map<Likeness, std::vector<std::size_t>> byLikeness;
     for (std::size_t i = 0; i < recordings.size(); ++i)
-        if (recordings[i].fileSizeBytes.value_or(0) > 0) alike[likenessOf(recordings[i])].push_back(i);
+        if (recordings[i].fileSizeBytes.value_or(0) > 0) byLikeness[likenessOf(recordings[i])].push_back(i);
     std::vector<std::vector<std::size_t>> copies;
-    for (const auto& [likeness, files] : alike) {
+    for (const auto& [likeness, files] : byLikeness) {
         if (files.size() < 2) continue;
         std::map<std::string, std::vector<std::size_t>> byName;
         for (const std::size_t i : files)

@@ -12,8 +12,8 @@
 namespace orvane {
 
 /// Tells recordings that would count as copies of each other by name, size and start alone, without dates
-/// that say so as well: two days of a recorder that begins each at the same timecode may count alike. Any
-/// thread.
+/// that say so as well: two days of a recorder that begins each at the same timecode may have the same
+/// numbers. Any thread.
 namespace ContentMarks {
 
 /// The places of those whose content has to be looked at, and was not.

@@ -223,20 +223,20 @@ std::vector<MediaAsset> MediaProbeService::probeAll(const std::vector<FileURL>& 
 
     std::mutex progressMutex;
     int completed = 0;
-    std::vector<std::size_t> inHand; // the longest first
+    std::vector<std::size_t> underWay; // the longest first
     const auto tell = [&] {
         if (progress)
             progress(completed, static_cast<int>(urls.size()),
-                     inHand.empty() ? nullptr : &urls[inHand.front()]);
+                     underWay.empty() ? nullptr : &urls[underWay.front()]);
     };
     const auto begun = [&](std::size_t i) {
         const std::lock_guard lock(progressMutex);
-        inHand.push_back(i);
+        underWay.push_back(i);
         tell();
     };
     const auto done = [&](std::size_t i) {
         const std::lock_guard lock(progressMutex);
-        std::erase(inHand, i);
+        std::erase(underWay, i);
         ++completed;
         tell();
     };
@@ -262,7 +262,7 @@ std::vector<MediaAsset> MediaProbeService::probeAll(const std::vector<FileURL>& 
             const bool isWhole = probed.isOpened && !watch.hasSeenError();
             isRead[which] = isWhole ? 1 : 0;
             // What an error hid would stay hidden as long as the file is the same. A start that was heard is
-            // not remembered: it hangs on the settings, which change without the file.
+            // not remembered: it depends on the settings, which change without the file.
             if (cache_ && known[i].attributes && isWhole && probed.isFact)
                 cache_->store(probed.asset, *known[i].attributes);
         } catch (const std::exception&) { // one file took all the memory; the others go on

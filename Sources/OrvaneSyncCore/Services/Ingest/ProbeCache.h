@@ -21,7 +21,7 @@ namespace orvane {
 class ProbeCache {
   public:
     /// Of everything that a probe reads. Raised whenever it reads more, reads something another way, or an
-    /// asset has another form in ProbeRecord: files are then probed anew, and keep their ids.
+    /// asset has another form in ProbeRecord: files are then probed again, and keep their ids.
     static constexpr std::uint32_t currentReaderVersion = 9;
 
     explicit ProbeCache(std::string path);

@@ -19,8 +19,8 @@ class ChannelName {
   public:
     explicit ChannelName(const MediaAsset& recording);
 
-    /// Whether both begin alike and the pieces in which they differ all name a channel. One of the two may
-    /// lack them: T01.WAV lies beside T01_MIX.WAV. Two equal names do not differ.
+    /// Whether both have the same beginning and the pieces in which they differ all name a channel. One of
+    /// the two may lack them: T01.WAV lies beside T01_MIX.WAV. Two equal names do not differ.
     bool differsOnlyInChannel(const ChannelName& other) const;
     /// The same without those of which a piece is a number alone: 01 and 02 may be takes or parts as well.
     bool differsOnlyInChannelWord(const ChannelName& other) const;

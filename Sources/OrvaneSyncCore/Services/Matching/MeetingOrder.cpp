@@ -49,8 +49,8 @@ struct Files {
     RecordingParts parts;
 };
 
-/// Of what has most in common with the clip, all alike, the recordings of the video's own unit. `met` is in
-/// order else.
+/// Of what has most in common with the clip, all by the same, the recordings of the video's own unit. `met`
+/// is in order else.
 void putNearestInFront(std::vector<std::size_t>& met, const MediaAsset& video,
                        const std::vector<Meeting>& meetings, const std::vector<Recording>& recordings) {
     const auto assetOf = [&](std::size_t i) -> const MediaAsset& {

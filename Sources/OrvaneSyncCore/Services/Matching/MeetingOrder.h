@@ -13,7 +13,7 @@ namespace orvane {
 /// stay together, the one with the most in common first. Of a clip that its header alone dates, recordings of
 /// other days come behind those that are not, as long as these have at least half as much in common with it,
 /// and are left out where sound of the header's day has all of it but for a second and lies nearer.
-/// Of those that cover most alike, what lies nearest to the video by its folders comes first; other equal
+/// Of those that cover equally much, what lies nearest to the video by its folders comes first; other equal
 /// ones stay in their order. The clip is ambiguous where a recording beside the take of the first one has
 /// less than half of what that has, and is no copy and of no other day than the header's.
 ///

@@ -8,7 +8,7 @@
 
 namespace orvane {
 
-/// What tells the recorders apart whose files lie in one folder. Pure; any thread.
+/// What distinguishes the recorders whose files lie in one folder. Pure; any thread.
 struct RecorderMark {
     /// What the files say of themselves goes before how they are named.
     enum class By : std::uint8_t { originator, tape, layout, name };
@@ -22,7 +22,8 @@ struct RecorderMark {
     bool operator==(const RecorderMark&) const = default;
 };
 
-/// The name of a file with one sign for each number, by which the files of one recorder or camera are alike.
+/// The name of a file with one sign for each number, by which the files of one recorder or camera are the
+/// same.
 std::string namePattern(const MediaAsset& file);
 
 } // namespace orvane

@@ -34,7 +34,7 @@ constexpr double zoneStepSeconds = 900;
 // A camera whose date counts in UTC takes date and timecode from one clock.
 constexpr double zoneSlackSeconds = 120;
 constexpr int fewestOfAZone = 2;
-constexpr double agreeingShare = 0.9; // of the files of a card; one may have been written anew
+constexpr double agreeingShare = 0.9; // of the files of a card; one may have been written again
 // A night goes on after its meal, and the next day begins later than that.
 constexpr double longestPauseSeconds = 21600;
 

@@ -67,7 +67,7 @@ bool isSaid(const std::optional<std::string>& text) {
 }
 
 bool isOfOneTake(const MediaAsset& a, const MediaAsset& b) {
-    // Two recorders that count alike, or a copy that was cut short: not another channel.
+    // Two recorders with the same numbers, or a copy that was cut short: not another channel.
     if (a.normalizedName() == b.normalizedName()) return false;
     bool bothSayAll = true;
     for (const auto field : {&IXMLData::scene, &IXMLData::take}) {
@@ -195,7 +195,7 @@ class Finder {
         sortByPath(found);
         return found;
     }
-    /// Two recorders that count alike do not start on one sample.
+    /// Two recorders with the same numbers do not start on one sample.
     bool isFullerCopy(std::size_t i, std::size_t other) const {
         return std::abs(start(i) - start(other)) < sameStartSeconds && end(i) > end(other) + sameStartSeconds;
     }

@@ -57,7 +57,7 @@ class MetadataMerger {
 
     /// The rate of the sensor in frames per second, from the first of the columns that may tell it whose cell
     /// is a number above 0. Case, blanks and "_" in the columns' names do not count; of two columns whose
-    /// names are alike then, the first by name that has a number counts.
+    /// names are the same then, the first by name that has a number counts.
     static std::optional<double> lookupSensorFPS(const std::map<std::string, std::string>& fields);
 };
 

@@ -64,11 +64,11 @@ std::vector<std::string> of(const SyncGroupList& groups, GroupNaming::Source sou
     names.reserve(groups.size());
     for (std::size_t i = 0; i < groups.size(); ++i) names.push_back(name(i, ""));
 
-    std::unordered_map<std::string_view, std::vector<std::size_t>> alike;
-    alike.reserve(names.size());
-    for (std::size_t i = 0; i < names.size(); ++i) alike[names[i]].push_back(i);
+    std::unordered_map<std::string_view, std::vector<std::size_t>> byName;
+    byName.reserve(names.size());
+    for (std::size_t i = 0; i < names.size(); ++i) byName[names[i]].push_back(i);
     std::vector<std::pair<std::size_t, std::string>> distinguished;
-    for (const auto& [text, places] : alike) {
+    for (const auto& [text, places] : byName) {
         if (places.size() < 2) continue;
         std::vector<const SyncGroup*> clips;
         clips.reserve(places.size());

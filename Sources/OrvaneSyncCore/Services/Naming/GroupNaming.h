@@ -11,7 +11,7 @@
 
 namespace orvane {
 
-/// The rules by which a clip gets its name. A name is never stored but made anew from file names, the
+/// The rules by which a clip gets its name. A name is never stored but made again from file names, the
 /// recorder's scene and take, and the user's settings, which come in as arguments; a clip's `manualClipName`
 /// goes before all of them. Pure and cheap; any thread. Nothing fails: the last resort is the video's file
 /// name.

@@ -39,8 +39,8 @@ std::vector<SyncCluster> clusters(const SyncGroupList& groups, GroupNaming::Sour
 SyncGroupList siblings(const SyncGroup& group, const SyncGroupList& groups, GroupNaming::Source source,
                        const std::optional<std::string>& customPattern);
 
-/// The keys of a whole list, each named once: for those who ask about every clip of it. Holds its own copy of
-/// the list.
+/// The keys of a whole list, each named once: for callers that ask about every clip of it. Holds its own copy
+/// of the list.
 class Index {
   public:
     Index(SyncGroupList groups, GroupNaming::Source source, std::optional<std::string> customPattern);

@@ -14,7 +14,7 @@ LockitLayer::Laid LockitLayer::lay(SyncGroupList& groups, ClipMatchResponse answ
                                    const std::stop_token& stop) {
     platform::StopCheck check(stop);
     if (!isUnchangedSince(groups)) {
-        layAgain(groups);
+        reapply(groups);
         places_.clear();
         for (std::size_t i = 0; i < groups.size(); ++i) places_.emplace(groups[i].video.filename, i);
         withMetadata_ = lockitClipCount(groups);
@@ -51,7 +51,7 @@ LockitLayer::Laid LockitLayer::lay(SyncGroupList& groups, ClipMatchResponse answ
     return laid;
 }
 
-void LockitLayer::layAgain(SyncGroupList& groups) const {
+void LockitLayer::reapply(SyncGroupList& groups) const {
     if (laid_.empty() || isUnchangedSince(groups)) return;
     const SyncGroup* known = nullptr;
     groups.updateWhere(

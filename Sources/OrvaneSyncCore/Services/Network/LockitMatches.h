@@ -25,8 +25,8 @@ class LockitLayer {
     /// answer without a value leaves a clip as it was. Clips that have come to be without what was laid
     /// before get it again. Throws Stopped.
     Laid lay(SyncGroupList& groups, ClipMatchResponse answer, const std::stop_token& stop = {});
-    /// Lays what it knows over clips that have come to be without it.
-    void layAgain(SyncGroupList& groups) const;
+    /// Applies what it knows to clips that have come to be without it.
+    void reapply(SyncGroupList& groups) const;
     /// The same clips as if nothing had been laid over them; what somebody else wrote meanwhile stays.
     SyncGroupList without(SyncGroupList groups) const;
     /// These clips are as `lay` left them; nobody has edited one since.

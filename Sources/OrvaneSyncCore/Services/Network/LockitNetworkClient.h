@@ -24,7 +24,7 @@ struct LockitFilenames {
     std::string body;
 };
 
-/// The four requests of LockitNetwork. Made anew for each use; keeps nothing between requests, repeats none
+/// The four requests of LockitNetwork. Made again for each use; keeps nothing between requests, repeats none
 /// and follows no redirect. Requests of one client run one after the other, off the interface thread;
 /// several clients may work at once. A stop ends a request at once. Interface thread.
 class LockitNetworkClient {

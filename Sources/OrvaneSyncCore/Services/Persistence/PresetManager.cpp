@@ -115,7 +115,8 @@ std::vector<std::string> PresetManager::list() const {
         fileName.resize(fileName.size() - presetExtension.size());
         names.push_back(std::move(fileName));
     }
-    // The file system's order is no order; names that compare as equal are listed alike every time.
+    // The file system's order is no order; names that compare as equal are listed in the same order every
+    // time.
     std::ranges::sort(names);
     std::ranges::stable_sort(names, [](const std::string& a, const std::string& b) {
         return platform::text::compareLocalizedStandard(a, b) < 0;

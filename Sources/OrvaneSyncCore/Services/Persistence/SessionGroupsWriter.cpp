@@ -48,7 +48,7 @@ SessionGroupsWriter::Written SessionGroupsWriter::write(const UUID& id, const Sy
     return {.kept = std::exchange(session.kept, std::nullopt)};
 }
 
-/// Both sides' work is there afterwards. What was kept is told with the first write that succeeds.
+/// Both sides' work is there afterwards. What was kept is reported with the first write that succeeds.
 void SessionGroupsWriter::keepUnknown(Open& session, const std::string& path, bool isReplacedByNone) {
     const auto there = files::attributes(path);
     if (!there) return;

@@ -35,7 +35,7 @@ class SessionGroupsWriter {
         GroupsEncoder encoder;
         std::optional<SyncGroupList> onDisk;          ///< the clips of `file`; absent: it must be written
         std::optional<platform::FileAttributes> file; ///< as this process last read or wrote it
-        std::optional<std::string> kept;              ///< what was kept and not told yet
+        std::optional<std::string> kept;              ///< what was kept and not reported yet
         bool isUnreadable = false;
         bool isUnderstood = false; ///< `file` says nothing that would not be written again
         bool isTidied = false;

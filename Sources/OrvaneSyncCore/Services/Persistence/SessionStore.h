@@ -34,8 +34,9 @@ class SessionStore {
 
     /// Records as they were read, with what their files were then.
     using KnownRecords = std::unordered_map<UUID, std::pair<platform::FileAttributes, SessionInfo>>;
-    /// The sessions whose records can be read, most recently modified first. `unreadable` is told, for
-    /// people, of those whose records can't. A record in `known` whose file is unchanged is not read again.
+    /// The sessions whose records can be read, most recently modified first. `unreadable` is called
+    /// with a sentence for people about each of those whose records can't. A record in `known` whose file is
+    /// unchanged is not read again.
     std::vector<SessionInfo> list(const std::function<void(const std::string& problem)>& unreadable = {},
                                   KnownRecords* known = nullptr) const;
 

@@ -23,7 +23,7 @@ inline constexpr AudioRenderPlan AudioRenderPlan::silent{},
 /// Pure; any thread.
 namespace ShuttleAudioEngine {
 
-/// Sound is heard up to twice the normal speed, in both directions. `rate`: signed, 0 at rest.
+/// Sound is heard up to twice the normal speed, in both directions. `rate`: signed, 0 when paused.
 AudioRenderPlan planForShuttleRate(double rate);
 
 } // namespace ShuttleAudioEngine

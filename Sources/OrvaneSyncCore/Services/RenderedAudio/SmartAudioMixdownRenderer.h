@@ -14,10 +14,11 @@
 namespace orvane {
 
 /// Renders what is heard of a multi-track recording: the blocks of a routing, or one channel alone. Two
-/// channels alike, at the recording's rate, streamed. Rendered files are kept in the store and found again
-/// for the same recording and the same blocks. Nothing where there is nothing to render, where the recording
-/// cannot be opened, where the disk of the store fails, and where the recording changes meanwhile. Any thread
-/// that may wait; throws Stopped, and ReadFailed where the recording is read in part only.
+/// channels with the same samples, at the recording's rate, streamed. Rendered files are kept in the store
+/// and found again for the same recording and the same blocks. Nothing where there is nothing to render,
+/// where the recording cannot be opened, where the disk of the store fails, and where the recording changes
+/// meanwhile. Any thread that may wait; throws Stopped, and ReadFailed where the recording is read in part
+/// only.
 class SmartAudioMixdownRenderer {
   public:
     explicit SmartAudioMixdownRenderer(std::shared_ptr<const RenderedAudioStore> store)

@@ -73,7 +73,7 @@ std::vector<std::string_view> columnNames() {
     return names;
 }
 
-/// For each column of the table which of ours it is; of two alike the first.
+/// For each column of the table which of ours it is; of two with one name the first.
 std::vector<std::optional<std::size_t>> columnsOf(const std::vector<std::string>& header) {
     const std::vector<std::string_view> names = columnNames();
     std::vector<std::optional<std::size_t>> columns;

@@ -14,7 +14,7 @@ struct SiblingSuggestion {
     SyncGroupList::Element sibling;
     double offsetSeconds = 0; ///< the sibling's manual offset
     std::string dismissKey;   ///< changes when the sibling is moved again
-    std::string folder = {};  ///< of its camera, where that is all that tells it from this one
+    std::string folder = {};  ///< of its camera, where that is all that distinguishes it from this one
 
     /// What the banner says, in frames of the player's rate.
     std::string text(double frameRate) const;

@@ -23,8 +23,8 @@ enum class ShortcutField : std::uint8_t { bindings, currentProfileName, availabl
 ///
 /// Lives on the interface thread and asserts so. A change holds at once and is written on a queue of its own,
 /// that change alone, so that programs do not write over each other;
-/// its task ends when it is on the disk and raises FileError when it could not be written. Who drops the task
-/// ignores that. Destroying the center waits for what is still to be written.
+/// its task ends when it is on the disk and raises FileError when it could not be written. A caller that
+/// drops the task ignores that. Destroying the center waits for what is still to be written.
 class ShortcutCenter : public std::enable_shared_from_this<ShortcutCenter> {
   public:
     struct Dependencies {

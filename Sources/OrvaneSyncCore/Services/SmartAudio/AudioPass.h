@@ -18,7 +18,7 @@ namespace orvane {
 /// thread at a time.
 class AudioPiece {
   public:
-    /// So short that of a stretch that ends anywhere little has to be measured anew.
+    /// So short that of a stretch that ends anywhere little has to be measured again.
     static constexpr std::size_t blockFrames = 512;
 
     /// `channels`: where the samples of each will lie, at most so many frames.
@@ -59,7 +59,7 @@ class AudioListener {
     /// the pass. Nothing for one that has to hear everything in order; the whole pass then goes over the file
     /// in order.
     virtual std::unique_ptr<AudioListener> sibling(std::size_t /*firstFrame*/) const { return nullptr; }
-    /// Takes over what a sibling heard of the windows right behind this listener's own.
+    /// Takes over what a sibling measured of the windows right behind this listener's own.
     virtual void append(AudioListener& /*behind*/) {}
 };
 
@@ -88,8 +88,8 @@ struct AudioPass {
     std::size_t windowFrames = 0; ///< length of a window; with 0 there is nothing to hear
     std::size_t windows = std::numeric_limits<std::size_t>::max(); ///< at most
     std::size_t concurrency = 1;                                   ///< threads
-    /// Told which share of the pass was heard, at most a hundred times, ascending to 1; short of it where a
-    /// file ends earlier than it claims. Called from the threads that read, one at a time.
+    /// Called with the share of the pass that was read, at most a hundred times, ascending to 1; short of it
+    /// where a file ends earlier than it claims. Called from the threads that read, one at a time.
     std::function<void(double share)> progress = {};
     std::stop_token stop = {};
 

@@ -10,8 +10,8 @@ namespace {
 
 constexpr double impossible = std::numeric_limits<double>::infinity();
 
-/// The cheapest and the second cheapest way to end in front of a window: who switches comes from the one that
-/// is not their own.
+/// The cheapest and the second cheapest way to end in front of a window: a path that switches comes from the
+/// one that is not its own.
 struct Ends {
     double best = impossible, second = impossible;
     std::size_t bestChoice = 0, secondChoice = 0;

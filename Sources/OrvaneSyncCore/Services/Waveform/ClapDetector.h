@@ -34,7 +34,7 @@ struct Search {
     double primaryStartSeconds = 0; ///< take time at which audio time, as anchors have it, is 0
     Stretch stretch;                ///< take time
 
-    /// Whether both would find the same clap, were both moved alike under the picture.
+    /// Whether both would find the same clap, were both moved by the same under the picture.
     bool isOfSameSound(const Search& other) const {
         return sound == other.sound && primaryStartSeconds == other.primaryStartSeconds;
     }

@@ -140,7 +140,7 @@ std::vector<Pair> pairsBetween(const SyncGroupList& groups, const HeardSound& he
             if (soundings.size() > 1 && differ(soundings.end()[-2].seconds, soundings.back().seconds))
                 ++steps;
         }
-        // What differs from clip to clip is no clock that was set anew, but one of another speed.
+        // What differs from clip to clip is no clock that was set again, but one of another speed.
         if (!isAnyElsewhere && (steps > mostSteps || soundings.size() < 2 * steps + 1)) continue;
         for (std::size_t i = 1; i < soundings.size(); ++i) {
             if (!differ(soundings[i - 1].seconds, soundings[i].seconds)) continue;

@@ -33,7 +33,7 @@ struct Pair {
 
 inline constexpr double leastForDriftSeconds = 50; ///< 0.1 % is then 40 ms from the head to the tail
 inline constexpr double leastHeardSeconds = 3;     ///< of a clip
-inline constexpr double agreeingSeconds = 0.1;     ///< of what is heard of clips that lie alike
+inline constexpr double agreeingSeconds = 0.1;     ///< of what is heard of clips at one distance
 inline constexpr std::size_t fewestPairs = 3;      ///< of a card, as less is no sign
 
 /// Whose clips are told from each other by where they are heard.

@@ -22,7 +22,7 @@ namespace {
 constexpr double heardSeconds = 10;
 // Whoever records more has a mix or a boom among the first.
 constexpr int mostChannels = 4;
-// What is looked for in so much has to be longer, as more places are alike by chance.
+// What is looked for in so much has to be longer, as more places match by chance.
 constexpr double heardFarSeconds = 20;
 // A recorder rolls before the camera, and seldom for longer.
 constexpr double rollsBeforeSeconds = 30;
@@ -34,7 +34,7 @@ constexpr double sureInLong = 6;
 constexpr std::size_t mostInVain = 3;
 // Speech of so many seconds is missed in one of ten searches at most.
 constexpr double leastUnheardSeconds = 14;
-// From it on something is alike: music that repeats is so in many places, none of which is plain.
+// From it on something matches: music that repeats is so in many places, none of which is plain.
 constexpr double leastAlike = 0.5;
 // By which another recording is more like the camera's sound than its own one.
 constexpr double liker = 0.1;

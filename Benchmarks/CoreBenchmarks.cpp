@@ -53,7 +53,7 @@ void probeAll(MediaProbeService& service, const MediaCorpus& corpus) {
 }
 
 void headersFloor(benchmark::State& state, const MediaCorpus& corpus) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         for (const FileURL& url : corpus.videos) readHeaders(url, true);
         for (const FileURL& url : corpus.audios) readHeaders(url, false);
     }
@@ -62,12 +62,12 @@ void headersFloor(benchmark::State& state, const MediaCorpus& corpus) {
 void probeHeaders(benchmark::State& state, const MediaCorpus& corpus) {
     const auto settings = std::make_shared<platform::MemorySettingsStore>();
     MediaProbeService service(settings, nullptr);
-    for (auto _ : state) probeAll(service, corpus);
+    for ([[maybe_unused]] auto _ : state) probeAll(service, corpus);
 }
 
 void statFloor(benchmark::State& state, const MediaCorpus& corpus) {
     struct stat status {};
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         for (const auto* urls : {&corpus.videos, &corpus.audios})
             for (const FileURL& url : *urls) benchmark::DoNotOptimize(::stat(url.path.c_str(), &status));
     }
@@ -80,7 +80,7 @@ void rescan(benchmark::State& state, const MediaCorpus& corpus, const std::strin
         MediaProbeService service(settings, std::make_shared<ProbeCache>(cacheFile));
         probeAll(service, corpus);
     }
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         auto cache = std::make_shared<ProbeCache>(cacheFile);
         MediaProbeService service(settings, cache);
         const DiscoveryResult found = FileDiscoveryService().discover(corpus.folder);
@@ -106,7 +106,7 @@ std::shared_ptr<ImportController> scanned(const MediaCorpus& cards) {
 
 /// What `diagnose` does but for printing.
 void diagnose(benchmark::State& state, const MediaCorpus& cards) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const auto controller = scanned(cards);
         const SyncGroupList& clips = controller->work().syncGroups();
         if (clips.size() != cards.videos.size() || !WorkSnapshot(*controller).doubts().summary(clips).empty())
@@ -115,7 +115,7 @@ void diagnose(benchmark::State& state, const MediaCorpus& cards) {
 }
 
 void scanTwoCards(benchmark::State& state, const MediaCorpus& cards) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const auto controller = scanned(cards);
         const SyncGroupList& clips = controller->work().syncGroups();
         const bool haveSound =
@@ -126,7 +126,8 @@ void scanTwoCards(benchmark::State& state, const MediaCorpus& cards) {
 
 void match(benchmark::State& state, int perDay, int shiftOfADay, const MatchRules& rules) {
     const AssetCorpus corpus = assetCorpus(static_cast<int>(state.range(0)), perDay, shiftOfADay);
-    for (auto _ : state) benchmark::DoNotOptimize(SyncEngine().match(corpus.videos, corpus.audios, rules));
+    for ([[maybe_unused]] auto _ : state)
+        benchmark::DoNotOptimize(SyncEngine().match(corpus.videos, corpus.audios, rules));
 }
 
 /// Of days at the same hours; with a recorder that was set wrong, of clips without sound.
@@ -139,7 +140,7 @@ void doubts(benchmark::State& state, std::uint64_t secondsOff) {
     FileNames names;
     for (const auto* files : {&corpus.videos, &corpus.audios})
         for (const MediaAsset& file : *files) names.add(file);
-    for (auto _ : state)
+    for ([[maybe_unused]] auto _ : state)
         benchmark::DoNotOptimize(
             SyncDoubts::of({groups, corpus.audios, rules, TrimMode::commonDuration, {}, names}));
 }
@@ -147,7 +148,7 @@ void doubts(benchmark::State& state, std::uint64_t secondsOff) {
 /// What matching must at least do: every file stands in the result.
 void copyFiles(benchmark::State& state) {
     const AssetCorpus corpus = assetCorpus(static_cast<int>(state.range(0)), clipsADay, 0);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         benchmark::DoNotOptimize(std::vector<MediaAsset>(corpus.videos));
         benchmark::DoNotOptimize(std::vector<MediaAsset>(corpus.audios));
     }
@@ -204,7 +205,7 @@ void exportAllVariants(benchmark::State& state) {
     const SyncGroupList groups = groupsForAllVariants(static_cast<int>(state.range(0)), exportChannels);
     const ExportSettings settings = settingsForAllVariants(groups);
     std::size_t bytes = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const ExportResult result = FCPXMLExporter::exportDocument(groups, {}, settings);
         if (!hasAllVariants(result)) state.SkipWithError("a variant is missing");
         bytes += result.fcpxmlString.size();
@@ -216,7 +217,8 @@ void exportClips(benchmark::State& state) {
     const SyncGroupList groups = matchedGroups(static_cast<int>(state.range(0)), exportChannels);
     const ExportSettings settings = exportSettings(groups);
     std::size_t bytes = 0;
-    for (auto _ : state) bytes += FCPXMLExporter::exportDocument(groups, {}, settings).fcpxmlString.size();
+    for ([[maybe_unused]] auto _ : state)
+        bytes += FCPXMLExporter::exportDocument(groups, {}, settings).fcpxmlString.size();
     state.SetBytesProcessed(static_cast<std::int64_t>(bytes));
 }
 

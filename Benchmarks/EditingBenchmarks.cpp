@@ -67,26 +67,27 @@ class EditedWork {
 
 void nudge(benchmark::State& state) {
     EditedWork work(clips);
-    for (auto _ : state) work.nudge();
+    for ([[maybe_unused]] auto _ : state) work.nudge();
 }
 
 void copyClips(benchmark::State& state) {
     const SyncGroupList groups = EditedWork(clips).controller->work().syncGroups();
-    for (auto _ : state) benchmark::DoNotOptimize(std::vector<SyncGroup>(groups.begin(), groups.end()));
+    for ([[maybe_unused]] auto _ : state)
+        benchmark::DoNotOptimize(std::vector<SyncGroup>(groups.begin(), groups.end()));
 }
 
 void editEveryClip(benchmark::State& state) {
     EditedWork work(clips);
     std::vector<UUID> ids;
     for (const SyncGroup& group : work.controller->work().syncGroups()) ids.push_back(group.id);
-    for (auto _ : state)
+    for ([[maybe_unused]] auto _ : state)
         for (const UUID& id : ids) work.controller->clips().toggleApproved(id);
 }
 
 void attachMenu(benchmark::State& state) {
     EditedWork work(static_cast<int>(state.range(0)));
     const UUID id = work.controller->work().syncGroups()[0].id;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         work.nudge(); // the clips have changed since it was last opened
         for (const MediaAsset& file : work.controller->recordings().rawFilesAvailableToAttach(id))
             benchmark::DoNotOptimize(work.controller->recordings().rawFilesMenuLabel(file));

@@ -36,7 +36,7 @@ const std::vector<Kind>& kinds() {
 void readThrough(benchmark::State& state, const std::string& path, Open open) {
     constexpr std::size_t block = 16384; // frames, as an analysis reads them
     std::int64_t frames = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const auto file = open(path);
         if (!file) return state.SkipWithError("it cannot be opened");
         std::vector<std::vector<float>> samples(static_cast<std::size_t>(file->channelCount()),

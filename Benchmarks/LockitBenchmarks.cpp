@@ -85,7 +85,7 @@ void sync(benchmark::State& state) {
          .credentials = std::make_shared<OneToken>(),
          .configuration = ServiceConfiguration::parse(made.server.serviceFile().dump(), "service.json")});
     finish(account->ready());
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         state.PauseTiming();
         auto controller =
             ImportController::create({.mainThread = loop,
@@ -129,7 +129,7 @@ void requestsAlone(benchmark::State& state) {
         curl_easy_setopt(easy, CURLOPT_URL, url.c_str());
         if (curl_easy_perform(easy) != CURLE_OK) state.SkipWithError("no answer");
     };
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
         ask(start);
         curl_easy_setopt(easy, CURLOPT_POSTFIELDS, body.c_str());

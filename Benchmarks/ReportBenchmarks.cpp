@@ -45,10 +45,10 @@ void registerReportBenchmarks(const std::string& folder) {
         benchmark::RegisterBenchmark(name, function)->Unit(benchmark::kMillisecond)->UseRealTime();
     };
     add("readReport", [path](benchmark::State& state) {
-        for (auto _ : state) benchmark::DoNotOptimize(platform::files::readText(path));
+        for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(platform::files::readText(path));
     });
     add("parseReport", [path](benchmark::State& state) {
-        for (auto _ : state)
+        for ([[maybe_unused]] auto _ : state)
             if (ALEParser().parse(FileURL{path}).columns().size() != 9)
                 state.SkipWithError("it was not read");
     });

@@ -78,7 +78,7 @@ class OpenSession {
 /// What the interface thread does of a save; the rest happens while it goes on.
 void saveAfterOneChange(benchmark::State& state, const std::string& folder) {
     OpenSession session(folder);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         session.changeOne();
         const auto start = std::chrono::steady_clock::now();
         session.manager->save(*session.controller);
@@ -93,7 +93,7 @@ void encodeAfterOneChange(benchmark::State& state) {
     GroupsEncoder encoder;
     encoder.encode(groups);
     std::size_t at = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         groups.update(groups[++at % clips].id,
                       [](SyncGroup& group) { group.isApproved = !group.isApproved; });
         benchmark::DoNotOptimize(encoder.encode(groups));
@@ -102,13 +102,13 @@ void encodeAfterOneChange(benchmark::State& state) {
 
 void encodeAll(benchmark::State& state) {
     const SyncGroupList groups = twiceMatched();
-    for (auto _ : state) benchmark::DoNotOptimize(GroupsEncoder().encode(groups));
+    for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(GroupsEncoder().encode(groups));
 }
 
 void openSession(benchmark::State& state, const std::string& folder) {
     OpenSession session(folder);
     const UUID id = session.id();
-    for (auto _ : state) session.finish(session.manager->load(id, session.controller));
+    for ([[maybe_unused]] auto _ : state) session.finish(session.manager->load(id, session.controller));
 }
 
 /// What any reader must do at least: read the file and find out that it is JSON.
@@ -116,7 +116,8 @@ void parseSession(benchmark::State& state, const std::string& folder) {
     const OpenSession session(folder);
     const std::string path = SessionStore(folder).groupsPath(session.id());
     platform::JSONParser parser;
-    for (auto _ : state) benchmark::DoNotOptimize(parser.parse(platform::files::readText(path)));
+    for ([[maybe_unused]] auto _ : state)
+        benchmark::DoNotOptimize(parser.parse(platform::files::readText(path)));
 }
 
 /// The whole answer of `serve` to a question for its state, up to the pipe.
@@ -129,7 +130,7 @@ void serveState(benchmark::State& state, const std::string& folder) {
     std::size_t bytes = 0;
     cli::rpc::Server server(context, commands::allCommands(),
                             [&](const std::string& line) { bytes += line.size(); });
-    for (auto _ : state) server.receive(R"({"jsonrpc":"2.0","id":1,"method":"state"})");
+    for ([[maybe_unused]] auto _ : state) server.receive(R"({"jsonrpc":"2.0","id":1,"method":"state"})");
     benchmark::DoNotOptimize(bytes);
 }
 

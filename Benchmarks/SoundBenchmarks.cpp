@@ -142,7 +142,7 @@ void route(benchmark::State& state, Route route) {
     SmartAudioBlockSettings settings;
     settings.routing =
         route == Route::bySpeaker ? SmartAudioRouting::speaker : SmartAudioRouting::takeDefault;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const auto routing = SmartAudioBlockRouter::computeBlocks(frames, smartAudioWindowSeconds, channels,
                                                                   settings, std::nullopt, {});
         if (routing.blocks.size() < routedTracks) state.SkipWithError("nothing was routed");
@@ -205,11 +205,11 @@ void registerSoundBenchmarks() {
     };
     add("loudness", [](benchmark::State& state) {
         SoundInMemory::shared();
-        for (auto _ : state) benchmark::DoNotOptimize(ourLoudness());
+        for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(ourLoudness());
     });
     add("libebur128", [](benchmark::State& state) {
         SoundInMemory::shared();
-        for (auto _ : state) benchmark::DoNotOptimize(libraryLoudness());
+        for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(libraryLoudness());
     });
     add("routeByDefault", [](benchmark::State& state) { route(state, Route::byDefault); });
     add("routeByWindow", [](benchmark::State& state) { route(state, Route::byWindow); });

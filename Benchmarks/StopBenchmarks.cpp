@@ -52,7 +52,7 @@ void stop(benchmark::State& state, const Begin& begin) {
     const auto length = Clock::now() - start;
     int round = 0;
     double worst = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         constexpr int moments = 10;
         Round own;
         const platform::Task operation = begin(*own.controller);

@@ -90,11 +90,11 @@ void registerWaveformBenchmarks() {
         benchmark::RegisterBenchmark(name, function)->Unit(benchmark::kMillisecond)->UseRealTime();
     };
     add("onsets", [](benchmark::State& state) {
-        for (auto _ : state)
+        for ([[maybe_unused]] auto _ : state)
             benchmark::DoNotOptimize(onsetMarkersOf({.rms = envelope(), .binsPerSecond = 100}));
     });
     add("onsetFloor", [](benchmark::State& state) {
-        for (auto _ : state) {
+        for ([[maybe_unused]] auto _ : state) {
             std::vector<float> copy = envelope();
             benchmark::DoNotOptimize(std::ranges::count_if(copy, [](float level) { return level > 0.02F; }));
         }

@@ -52,6 +52,7 @@ double ourLoudness() {
 }
 
 double libraryLoudness(const std::vector<float>& interleaved, unsigned int channels, unsigned long rate) {
+    if (channels == 0) return NAN;
     ebur128_state* state = ebur128_init(channels, rate, EBUR128_MODE_I);
     // By itself it would leave out what is beyond a surround's six channels.
     for (unsigned int channel = 0; channel < channels; ++channel)

@@ -1,9 +1,11 @@
 #!/usr/bin/env python3
 """Checks the texts in the sources that name something declared elsewhere.
 
-- Commands: what the windows run must be in the table of commands, its arguments must be among those of the table. The
-  table is read from docs/automation.md, which a test compares with it.
-- Settings: a key is written in its declaration alone; everybody else names the declaration.
+- Commands: what the windows run must be in the table of commands; an argument must be one of the command that it is
+  given to, and where that command is not written in the same place, of any. The table is read from docs/automation.md,
+  which a test compares with it.
+- Settings: a key is written in its declaration alone; everybody else names the declaration. Each is named somewhere
+  besides the declarations and the settings window: one that nothing reads is found so.
 """
 import pathlib
 import re
@@ -11,6 +13,10 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 SOURCES = ROOT / "Sources"
+# Places that show a setting whether anything reads it or not.
+SETTINGS_WINDOW = [SOURCES / "OrvaneSyncApp/ViewModels/Settings", SOURCES / "OrvaneSyncApp/Views/Settings"]
+# Settings without a reader, and why.
+UNREAD = {"atmoIncludeInExport": "presets may hold it; room tone joins the wild tracks, which are approved one by one"}
 DECLARATIONS = SOURCES / "OrvaneSyncCore/Models/Settings.h"
 WINDOWS = [SOURCES / "OrvaneSyncApp/Views", SOURCES / "OrvaneSyncApp/ViewModels"]
 # Functions of the windows that take the identifier of a command, some of them behind one other argument.
@@ -18,6 +24,11 @@ RUNS = re.compile(
     r"\b(?:run|runFromField|runForClips|runForTrack|runWithPath|of|isEnabled|applies|command|commandButton|commandBox)"
     r'\(\s*(?:[\w.()]+,\s*)?"([^"]*)"')
 GIVES = re.compile(r'\.set\(\s*"([^"]*)"')
+# A command with the arguments that it is given in the same call.
+CALL = re.compile(r'\brun(?:FromField)?\(\s*"([^"]*)",\s*')
+MOVED = re.compile(r"(?:std::move\()?(\w+)\)?$")
+MADE = re.compile(r"\bJSON (?:\w+::)*(\w+)\([^)]*\)(?: const)? \{\n(.*?)\n\}", re.DOTALL)
+CALLED = re.compile(r'\b(\w+)\(\s*(?:"([^"]*)"|)')
 WORD = re.compile(r'"([a-z]+[A-Z][A-Za-z]*)"')
 # Texts that look like an identifier and name nothing of the core: what Qt keeps by a name, and a unit.
 OWN_WORD = re.compile(
@@ -46,6 +57,49 @@ def line(text, place):
     return text.count("\n", 0, place) + 1
 
 
+def expression(text, start):
+    """What an argument of a call says, from its first letter on."""
+    depth = 0
+    for place in range(start, len(text)):
+        if text[place] in "([{":
+            depth += 1
+        elif text[place] in ")]}":
+            depth -= 1
+        if depth < 0 or (depth == 0 and text[place] == ","):
+            return text[start:place]
+    return text[start:]
+
+
+def arguments_of_calls(text, made):
+    """Each command that a text runs with arguments, its place, and the names of these arguments."""
+    def names(words):
+        calls = CALLED.findall(words)
+        return set().union({word for function, word in calls if word and function in made},
+                           *(made.get(function, set()) for function, _ in calls))
+
+    for found in CALL.finditer(text):
+        words = expression(text, found.end())
+        given = names(words)
+        if moved := MOVED.match(words):
+            before = text[:found.start()]
+            declared = [one.start() for one in re.finditer(rf"\bJSON {moved[1]}\b", before)]
+            since = before[declared[-1]:] if declared else ""
+            given = names(since[:since.find(";")])
+            given |= set(re.findall(rf'\b{moved[1]}\.set(?:IfPresent)?\(\s*"([^"]*)"', since))
+        yield found[1], found.start(), given
+
+
+def unread_settings(files):
+    declared = re.findall(r"inline const (?:Declared|std::array)<.*?>\s+(\w+)\s*[{=]", DECLARATIONS.read_text())
+    readers = "".join(text for file, text in files.items()
+                      if file != DECLARATIONS and not any(folder in file.parents for folder in SETTINGS_WINDOW))
+    for name in declared:
+        if (re.search(rf"\bsettings::{name}\b", readers) is None) != (name in UNREAD):
+            yield name
+    if len(declared) < 50:
+        yield "the declarations, which are not understood,"
+
+
 def problems():
     table = commands()
     arguments = set().union(*table.values())
@@ -53,8 +107,15 @@ def problems():
     windows = [file for file in files if any(folder in file.parents for folder in WINDOWS)]
     # Members of answers are written where the commands are.
     members = {word for file in files if file not in windows for word in WORD.findall(files[file])}
+    made = {name: set(GIVES.findall(body)) for file in windows for name, body in MADE.findall(files[file])}
+    for name in unread_settings(files):
+        why = "has a reader, and stands in UNREAD" if name in UNREAD else "is read nowhere"
+        yield DECLARATIONS, line(files[DECLARATIONS], files[DECLARATIONS].find(f" {name}{{")), f"'{name}' {why}"
     for file in windows:
         text = files[file]
+        for command, place, given in arguments_of_calls(text, made):
+            for name in sorted(given - table.get(command, given)):
+                yield file, line(text, place), f"'{command}' takes no argument '{name}'"
         own = [range(*found.span()) for found in OWN_WORD.finditer(text)]
         for found in RUNS.finditer(text):
             if found[1] not in table:

@@ -3,114 +3,96 @@
 #include "Platform/Stop.h"
 
 #include <algorithm>
-#include <span>
+#include <cstddef>
+#include <iterator>
+#include <string_view>
 #include <vector>
 
 namespace orvane::fcpxml::FCPXMLDTDFixer {
 
 namespace {
 
-using Names = std::span<const std::string_view>;
-
-// The order in a sync-clip. The other clip-like elements have the same order with some names left out.
-constexpr std::string_view syncClipOrder[] = {"note",
-                                              "conform-rate",
-                                              "timeMap",
-                                              "adjust-transform",
-                                              "adjust-blend",
-                                              "adjust-crop",
-                                              "adjust-corners",
-                                              "adjust-conform",
-                                              "adjust-volume",
-                                              "adjust-panner",
-                                              "adjust-noiseReduction",
-                                              "adjust-humReduction",
-                                              "adjust-EQ",
-                                              "adjust-matchEQ",
-                                              "adjust-voiceIsolation",
-                                              "adjust-loudness",
-                                              "filter-video",
-                                              "filter-audio",
-                                              "video",
-                                              "audio",
-                                              "clip",
-                                              "title",
-                                              "mc-clip",
-                                              "ref-clip",
-                                              "sync-clip",
-                                              "asset-clip",
-                                              "audition",
-                                              "spine",
-                                              "gap",
-                                              "marker",
-                                              "chapter-marker",
-                                              "rating",
-                                              "keyword",
-                                              "analysis-marker",
-                                              "sync-source",
-                                              "filter-video-mask",
-                                              "metadata"};
-
-constexpr std::string_view mcClipOrder[] = {
-    "note",          "adjust-transform",  "adjust-blend", "adjust-crop", "adjust-corners", "adjust-conform",
-    "adjust-volume", "adjust-panner",     "mc-source",    "video",       "audio",          "clip",
-    "title",         "filter-video",      "filter-audio", "marker",      "chapter-marker", "rating",
-    "keyword",       "filter-video-mask", "metadata"};
-
-constexpr std::string_view mediaOrder[] = {"note",
-                                           "adjust-volume",
-                                           "adjust-panner",
-                                           "adjust-noiseReduction",
-                                           "adjust-humReduction",
-                                           "adjust-EQ",
-                                           "adjust-matchEQ",
-                                           "adjust-voiceIsolation",
-                                           "adjust-loudness",
-                                           "filter-audio",
-                                           "video",
-                                           "audio",
-                                           "clip",
-                                           "marker",
-                                           "chapter-marker",
-                                           "rating",
-                                           "keyword",
-                                           "filter-video-mask",
-                                           "metadata"};
-
-struct Table {
-    std::string_view element;
-    Names order;
-    Names leftOut;
+/// The elements whose children have an order, as bits.
+enum Elements : unsigned {
+    synced = 1,   ///< sync-clip
+    asset = 2,    ///< asset-clip
+    plain = 4,    ///< clip, gap
+    multicam = 8, ///< mc-clip
+    media = 16,   ///< audio, video
+    all = synced | asset | plain | multicam | media
 };
 
-constexpr std::string_view assetClipLacks[] = {"sync-source"};
-constexpr std::string_view clipLacks[] = {"conform-rate", "timeMap", "sync-source"};
+struct Child {
+    std::string_view name;
+    unsigned elements; ///< those that may have it at this place
+};
 
-const Table* tableFor(std::string_view element) {
-    static constexpr Table tables[] = {
-        {"sync-clip", syncClipOrder, {}},   {"asset-clip", syncClipOrder, assetClipLacks},
-        {"clip", syncClipOrder, clipLacks}, {"gap", syncClipOrder, clipLacks},
-        {"mc-clip", mcClipOrder, {}},       {"audio", mediaOrder, {}},
-        {"video", mediaOrder, {}}};
-    const auto found = std::find_if(std::begin(tables), std::end(tables),
-                                    [&](const Table& table) { return table.element == element; });
-    return found == std::end(tables) ? nullptr : found;
+/// All have one order, in which each leaves names out; a multicam clip alone has its filters behind its
+/// clips.
+constexpr Child order[] = {{"note", all},
+                           {"conform-rate", synced | asset},
+                           {"timeMap", synced | asset},
+                           {"adjust-transform", all - media},
+                           {"adjust-blend", all - media},
+                           {"adjust-crop", all - media},
+                           {"adjust-corners", all - media},
+                           {"adjust-conform", all - media},
+                           {"adjust-volume", all},
+                           {"adjust-panner", all},
+                           {"adjust-noiseReduction", all - multicam},
+                           {"adjust-humReduction", all - multicam},
+                           {"adjust-EQ", all - multicam},
+                           {"adjust-matchEQ", all - multicam},
+                           {"adjust-voiceIsolation", all - multicam},
+                           {"adjust-loudness", all - multicam},
+                           {"filter-video", all - multicam - media},
+                           {"filter-audio", all - multicam},
+                           {"mc-source", multicam},
+                           {"video", all},
+                           {"audio", all},
+                           {"clip", all},
+                           {"title", all - media},
+                           {"filter-video", multicam},
+                           {"filter-audio", multicam},
+                           {"mc-clip", all - multicam - media},
+                           {"ref-clip", all - multicam - media},
+                           {"sync-clip", all - multicam - media},
+                           {"asset-clip", all - multicam - media},
+                           {"audition", all - multicam - media},
+                           {"spine", all - multicam - media},
+                           {"gap", all - multicam - media},
+                           {"marker", all},
+                           {"chapter-marker", all},
+                           {"rating", all},
+                           {"keyword", all},
+                           {"analysis-marker", all - multicam - media},
+                           {"sync-source", synced},
+                           {"filter-video-mask", all},
+                           {"metadata", all}};
+
+unsigned elementsOf(std::string_view element) {
+    static constexpr Child rows[] = {{"sync-clip", synced}, {"asset-clip", asset}, {"clip", plain},
+                                     {"gap", plain},        {"mc-clip", multicam}, {"audio", media},
+                                     {"video", media}};
+    const auto* found = std::ranges::find(rows, element, &Child::name);
+    return found == std::end(rows) ? 0 : found->elements;
 }
 
-/// Names that are not in the table stand behind all that are.
-std::ptrdiff_t rank(const Table& table, std::string_view name) {
-    const auto unknown = static_cast<std::ptrdiff_t>(table.order.size());
-    if (std::find(table.leftOut.begin(), table.leftOut.end(), name) != table.leftOut.end()) return unknown;
-    return std::find(table.order.begin(), table.order.end(), name) - table.order.begin();
+/// Names that the element has no place for stand behind all others.
+std::ptrdiff_t rank(unsigned element, std::string_view name) {
+    return std::ranges::find_if(
+               order,
+               [&](const Child& child) { return (child.elements & element) != 0 && child.name == name; }) -
+           std::begin(order);
 }
 
-bool isInOrder(const XMLElement& element, const Table& table) {
+bool isInOrder(const XMLElement& element, unsigned kind) {
     std::string_view before;
     std::ptrdiff_t highest = -1;
     for (const XMLElement& child : element.children()) {
         if (child.name() == before) continue;
         before = child.name();
-        const std::ptrdiff_t own = rank(table, before);
+        const std::ptrdiff_t own = rank(kind, before);
         if (own < highest) return false;
         highest = own;
     }
@@ -121,13 +103,13 @@ int fixElement(XMLElement& element) {
     platform::throwIfStopped(element.arena().stopToken());
     int count = 0;
     for (XMLElement& child : element.children()) count += fixElement(child);
-    const Table* table = tableFor(element.name());
-    if (table == nullptr || isInOrder(element, *table)) return count;
+    const unsigned kind = elementsOf(element.name());
+    if (kind == 0 || isInOrder(element, kind)) return count;
 
     std::vector<XMLElement*> children;
     for (XMLElement& child : element.children()) children.push_back(&child);
     std::ranges::stable_sort(children, {},
-                             [&](const XMLElement* child) { return rank(*table, child->name()); });
+                             [&](const XMLElement* child) { return rank(kind, child->name()); });
     element.reorderChildren(children);
     return count + 1;
 }

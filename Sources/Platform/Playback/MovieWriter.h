@@ -32,7 +32,6 @@ class MovieWriter {
     /// `frames` samples of each channel.
     void addSound(std::span<const float* const> channels, std::size_t frames);
     std::int64_t pictures() const { return static_cast<std::int64_t>(pictures_.size()); }
-    std::int64_t soundFrames() const { return soundFrames_; }
 
     /// `decide` as in `NewFile::takePlace`.
     void finish(const NewFile::Decide& decide = nullptr);

@@ -9,11 +9,16 @@
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 
 #include <exception>
+#include <stop_token>
+#include <string_view>
+#include <unordered_map>
 #include <utility>
 
 namespace orvane {
 
 namespace {
+
+using Store = std::shared_ptr<const RenderedAudioStore>;
 
 constexpr double percent = 100;
 
@@ -83,28 +88,33 @@ platform::Task RenderedAudioController::render(Weak weak, platform::SerialQueue*
     if (raised) std::rethrow_exception(raised);
 }
 
-platform::Task RenderedAudioController::renderMixdown(const UUID& groupID, Rendered result) {
-    work_.notices.assertOnMainThread();
-    if (!work_.environment.renderedAudio) return platform::Task::ended();
-    return start(renderBlocks(work_.weak(this), groupID, std::move(result)));
-}
+/// What is rendered of a clip, one file of it at a time.
+template <class Input>
+struct RenderedAudioController::Kind {
+    const std::unique_ptr<platform::SerialQueue> RenderedAudioController::*queue;
+    std::string_view phase; ///< what progress says in front of the clip's name
+    /// What is to be rendered now; nothing where there is nothing.
+    std::optional<Input> (RenderedAudioController::*inputOf)(const SyncGroup&) const;
+    std::optional<RenderResult> (*make)(const Store&, const Input&, const RenderProgress&,
+                                        const std::stop_token&); ///< on the queue
+    std::unordered_map<UUID, FileURL> SmartAudioState::*urls;
+    void (RenderedAudioController::*isMade)(const UUID&, Input) = nullptr;
+};
 
-platform::Task RenderedAudioController::renderBlocks(Weak weak, UUID groupID, Rendered result) {
+/// The input can change while it is rendered; then the later one is rendered instead, until both agree.
+template <class Input>
+platform::Task RenderedAudioController::renderLatest(Weak weak, UUID groupID, Kind<Input> kind, Input input,
+                                                     Rendered result) {
     for (;;) {
         auto self = weak.lock();
         const SyncGroup* group = self ? self->work_.syncGroups().find(groupID) : nullptr;
-        const auto* analysis = self ? findIn(self->caches_.state.results, groupID) : nullptr;
-        if (group == nullptr || group->isMOS() || analysis == nullptr || (*analysis)->blocks.empty())
-            co_return;
-        const TakeSound sound = soundOf(*group);
-        const std::vector<BlockDecision> blocks = (*analysis)->blocks;
+        if (group == nullptr) co_return;
         const auto rendered = std::make_shared<std::optional<RenderResult>>();
         auto rendering = render(
-            weak, self->mixdowns_.get(), phaseOf("Rendering what is heard of ", *group),
-            [sound, blocks, store = self->work_.environment.renderedAudio](const RenderProgress& progress,
-                                                                           const std::stop_token& stop) {
-                return SmartAudioMixdownRenderer(store).render(
-                    sound, blocks, SmartAudioMixdownRenderer::usualRampSeconds, progress, stop);
+            weak, ((*self).*kind.queue).get(), phaseOf(kind.phase, *group),
+            [input, make = kind.make, store = self->work_.environment.renderedAudio](
+                const RenderProgress& progress, const std::stop_token& stop) {
+                return make(store, input, progress, stop);
             },
             rendered);
         self.reset();
@@ -116,19 +126,54 @@ platform::Task RenderedAudioController::renderBlocks(Weak weak, UUID groupID, Re
         }
         self = weak.lock();
         group = self ? self->work_.syncGroups().find(groupID) : nullptr;
-        analysis = self ? findIn(self->caches_.state.results, groupID) : nullptr;
-        if (group == nullptr || analysis == nullptr) co_return;
-        if ((*analysis)->blocks != blocks || soundOf(*group) != sound) continue; // others are heard by now
-        auto& urls = self->caches_.state.mixdownURLs;
+        auto latest = group == nullptr ? std::nullopt : ((*self).*kind.inputOf)(*group);
+        if (!latest) co_return; // the clip, or what is to be rendered of it, is gone
+        if (*latest != input) {
+            input = std::move(*latest);
+            continue;
+        }
+        auto& urls = self->caches_.state.*kind.urls;
         if (*rendered)
             urls.insert_or_assign(groupID, (*rendered)->url);
         else
             urls.erase(groupID);
+        if (kind.isMade != nullptr) ((*self).*kind.isMade)(groupID, std::move(input));
         if (result) *result = *rendered;
         self->work_.notify(ImportField::smartAudio);
         if (failed) std::rethrow_exception(failed);
         co_return;
     }
+}
+
+struct RenderedAudioController::BlocksInput {
+    TakeSound sound;
+    std::vector<BlockDecision> blocks;
+
+    bool operator==(const BlocksInput&) const = default;
+};
+
+std::optional<RenderedAudioController::BlocksInput>
+RenderedAudioController::blocksInput(const SyncGroup& group) const {
+    const auto* analysis = findIn(caches_.state.results, group.id);
+    if (group.isMOS() || analysis == nullptr || (*analysis)->blocks.empty()) return std::nullopt;
+    return BlocksInput{soundOf(group), (*analysis)->blocks};
+}
+
+platform::Task RenderedAudioController::renderMixdown(const UUID& groupID, Rendered result) {
+    work_.notices.assertOnMainThread();
+    const SyncGroup* group = work_.syncGroups().find(groupID);
+    auto input = group == nullptr ? std::nullopt : blocksInput(*group);
+    if (!work_.environment.renderedAudio || !input) return platform::Task::ended();
+    const Kind<BlocksInput> kind{&RenderedAudioController::mixdowns_, "Rendering what is heard of ",
+                                 &RenderedAudioController::blocksInput,
+                                 [](const Store& store, const BlocksInput& from,
+                                    const RenderProgress& progress, const std::stop_token& stop) {
+                                     return SmartAudioMixdownRenderer(store).render(
+                                         from.sound, from.blocks, SmartAudioMixdownRenderer::usualRampSeconds,
+                                         progress, stop);
+                                 },
+                                 &SmartAudioState::mixdownURLs};
+    return start(renderLatest(work_.weak(this), groupID, kind, std::move(*input), std::move(result)));
 }
 
 platform::Task RenderedAudioController::toggleSoloMonitor(const UUID& groupID, int trackIndex) {
@@ -214,46 +259,21 @@ platform::Task RenderedAudioController::runVoiceIsolationForGroup(const UUID& gr
     const auto* last = findIn(caches_.lastVIInput, groupID);
     if (last != nullptr && *last == *input && state.viProcessedURLs.contains(groupID))
         return platform::Task::ended();
-    return start(renderPreview(work_.weak(this), groupID, std::move(*input)));
+    const Kind<VoiceIsolationInput> kind{&RenderedAudioController::previews_,
+                                         "Rendering the preview of ",
+                                         &RenderedAudioController::previewInput,
+                                         [](const Store& store, const VoiceIsolationInput& from,
+                                            const RenderProgress& progress, const std::stop_token& stop) {
+                                             return VoiceIsolationProcessor(store).process(
+                                                 from.sound, from.settings, progress, stop);
+                                         },
+                                         &SmartAudioState::viProcessedURLs,
+                                         &RenderedAudioController::rememberPreview};
+    return start(renderLatest(work_.weak(this), groupID, kind, std::move(*input), nullptr));
 }
 
-platform::Task RenderedAudioController::renderPreview(Weak weak, UUID groupID, VoiceIsolationInput input) {
-    for (;;) {
-        auto self = weak.lock();
-        const auto rendered = std::make_shared<std::optional<RenderResult>>();
-        auto rendering = render(
-            weak, self->previews_.get(),
-            phaseOf("Rendering the preview of ", *self->work_.syncGroups().find(groupID)),
-            [input, store = self->work_.environment.renderedAudio](const RenderProgress& progress,
-                                                                   const std::stop_token& stop) {
-                return VoiceIsolationProcessor(store).process(input.sound, input.settings, progress, stop);
-            },
-            rendered);
-        self.reset();
-        std::exception_ptr failed;
-        try {
-            co_await rendering;
-        } catch (const ReadFailed&) {
-            failed = std::current_exception();
-        }
-        self = weak.lock();
-        const SyncGroup* group = self ? self->work_.syncGroups().find(groupID) : nullptr;
-        auto latest = group == nullptr ? std::nullopt : self->previewInput(*group);
-        if (!latest) co_return; // nobody wants one by now
-        if (*latest != input) {
-            input = std::move(*latest);
-            continue;
-        }
-        auto& urls = self->caches_.state.viProcessedURLs;
-        if (*rendered)
-            urls.insert_or_assign(groupID, (*rendered)->url);
-        else
-            urls.erase(groupID);
-        self->caches_.lastVIInput.insert_or_assign(groupID, std::move(input));
-        self->work_.notify(ImportField::smartAudio);
-        if (failed) std::rethrow_exception(failed);
-        co_return;
-    }
+void RenderedAudioController::rememberPreview(const UUID& groupID, VoiceIsolationInput input) {
+    caches_.lastVIInput.insert_or_assign(groupID, std::move(input));
 }
 
 std::optional<FileURL> RenderedAudioController::playbackAudioURL(const UUID& groupID) const {

@@ -49,9 +49,16 @@ class RenderedAudioController {
     using Weak = std::weak_ptr<RenderedAudioController>;
     static platform::Task render(Weak weak, platform::SerialQueue* queue, std::string phase,
                                  Rendering rendering, Rendered result);
-    static platform::Task renderBlocks(Weak weak, UUID groupID, Rendered result);
     static platform::Task renderSolo(Weak weak, UUID groupID, int trackIndex);
-    static platform::Task renderPreview(Weak weak, UUID groupID, VoiceIsolationInput input);
+
+    struct BlocksInput;
+    std::optional<BlocksInput> blocksInput(const SyncGroup& group) const;
+    void rememberPreview(const UUID& groupID, VoiceIsolationInput input);
+    template <class Input>
+    struct Kind;
+    template <class Input>
+    static platform::Task renderLatest(Weak weak, UUID groupID, Kind<Input> kind, Input input,
+                                       Rendered result);
 
     OpenWork& work_;
     SmartAudioCaches& caches_;

@@ -33,6 +33,8 @@
 #include <cstdlib>
 #include <exception>
 #include <initializer_list>
+#include <memory>
+#include <optional>
 #include <string_view>
 
 namespace {
@@ -76,30 +78,17 @@ bool hasDisplay(int argc, char** argv) {
     return true;
 }
 
-int runProgram(int argc, char** argv) {
-    platform::failRefusedWrites();
-    platform::endWithoutMemory();
-    if (!hasDisplay(argc, argv)) {
-        std::fputs("error: there is no display to open a window on. Start it in a desktop session, or use "
-                   "'orvanesync', which does the same on the command line; --screenshot also runs with "
-                   "QT_QPA_PLATFORM=offscreen.\n",
-                   stderr);
-        return 1;
-    }
-#ifdef NDEBUG
-    QApplication application(argc, argv);
-#else
-    platform::watchInterfaceWork({logBlocking, nullptr});
-    views::WatchedApplication application(argc, argv);
-#endif
-    QCoreApplication::setOrganizationName(QStringLiteral("Orvane Tandrel"));
-    QCoreApplication::setApplicationName(QStringLiteral("OrvaneSync"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
-    design::applyTheme(application);
-    // Elsewhere the window system's own mark tells a repeat from a press.
-    if (const auto* x11 = application.nativeInterface<QNativeInterface::QX11Application>())
-        platform::askForDetectableKeyRepeat(x11->display());
+/// What the program was started with.
+struct Start {
+    QStringList named{};               ///< folders, or one project: absolute paths
+    std::optional<QString> pictures{}; ///< the folder for one of each screen; absent: none are wanted
+    QString language{};                ///< empty: the desktop's
+    bool isGallery = false;
+    bool isMeasured = false; ///< the program ends when its window is painted
+};
 
+/// Ends the program where help, version or a wrong argument is all there is to say.
+Start readArguments(const QCoreApplication& application) {
     QCommandLineParser arguments;
     arguments.setApplicationDescription(QStringLiteral(
         "The window of OrvaneSync: folders with camera files and sound recordings in, one "
@@ -128,53 +117,35 @@ int runProgram(int argc, char** argv) {
     arguments.addPositionalArgument(QStringLiteral("folders"), QStringLiteral("Folders, or one project."),
                                     QStringLiteral("[FOLDER...|PROJECT]"));
     arguments.process(application);
-    views::installLanguage(application, arguments.value(language));
-    QGuiApplication::setDesktopFileName(QStringLiteral("orvanesync"));
-    QApplication::setWindowIcon(design::appIcon());
-    if (arguments.isSet(gallery)) {
-        const std::unique_ptr<QWidget> controls(views::makeGallery());
-        controls->show();
-        return QApplication::exec();
-    }
-    QStringList named;
-    for (const QString& path : arguments.positionalArguments()) named << QFileInfo(path).absoluteFilePath();
-    // Two windows would keep the same sessions. Pictures are made beside a window that is open.
-    views::SingleInstance only;
-    if (!arguments.isSet(pictures) && only.handOver(named)) return 0;
+    Start read{.pictures =
+                   arguments.isSet(pictures) ? std::optional(arguments.value(pictures)) : std::nullopt,
+               .language = arguments.value(language),
+               .isGallery = arguments.isSet(gallery),
+               .isMeasured = arguments.isSet(start)};
+    for (const QString& path : arguments.positionalArguments())
+        read.named << QFileInfo(path).absoluteFilePath();
+    return read;
+}
 
+views::Desktop::Dependencies dependenciesOf(const Start& start) {
     views::Desktop::Dependencies dependencies;
     dependencies.mainThread = views::qtMainThread();
     std::shared_ptr<platform::FileSettingsStore> settings = openStandardSettings();
     settings->followOthers();
     dependencies.settings = settings;
     // A scan that is pictured reads its files.
-    if (!arguments.isSet(pictures)) dependencies.probeCache = ProbeCache::shared();
+    if (!start.pictures) dependencies.probeCache = ProbeCache::shared();
     dependencies.waveformCache = WaveformCache::shared();
     dependencies.renderedAudio = RenderedAudioStore::shared(settings);
     dependencies.stems = StemCache::bySettings(*settings, dependencies.renderedAudio);
     dependencies.openPlayers = [thread = dependencies.mainThread, clock = dependencies.clock] {
         return std::shared_ptr(platform::PlayerSystem::create(thread, clock));
     };
-    views::Desktop desktop(std::move(dependencies));
-    views::MainWindow window(desktop);
-    if (arguments.isSet(start)) new design::FirstPaint(window, [] { QCoreApplication::quit(); });
-    window.show();
-    const views::Notifier notifier(desktop, window);
-    if (!named.isEmpty())
-        window.openPaths(named);
-    else if (!arguments.isSet(pictures))
-        window.openNewestSession();
-    if (arguments.isSet(pictures))
-        views::writeScreens(window, arguments.value(pictures), [] { QCoreApplication::quit(); });
-    else
-        only.listen([&window](const QStringList& paths) {
-            window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
-            window.show();
-            window.raise();
-            window.activateWindow();
-            window.openPaths(paths);
-        });
-    // Nothing is lost: what is decided is on the disk before the program ends.
+    return dependencies;
+}
+
+/// Nothing is lost: what is decided is on the disk before the program ends.
+void keepWork(QGuiApplication& application, views::Desktop& desktop) {
     QObject::connect(&application, &QGuiApplication::applicationStateChanged, &application,
                      [&desktop](Qt::ApplicationState state) {
                          if (state == Qt::ApplicationActive) {
@@ -187,10 +158,75 @@ int runProgram(int argc, char** argv) {
     QApplication::setQuitOnLastWindowClosed(false);
     QObject::connect(&application, &QGuiApplication::lastWindowClosed, &application,
                      [&desktop] { endWhenSaved(desktop.sessions()); });
+}
+
+/// The window does what the start asked for, and what later starts hand over.
+void beginWork(views::MainWindow& window, views::SingleInstance& only, const Start& start) {
+    if (!start.named.isEmpty())
+        window.openPaths(start.named);
+    else if (!start.pictures)
+        window.openNewestSession();
+    if (start.pictures) return views::writeScreens(window, *start.pictures, [] { QCoreApplication::quit(); });
+    only.listen([&window](const QStringList& paths) {
+        window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+        window.show();
+        window.raise();
+        window.activateWindow();
+        window.openPaths(paths);
+    });
+}
+
+int showGallery() {
+    const std::unique_ptr<QWidget> controls(views::makeGallery());
+    controls->show();
+    return QApplication::exec();
+}
+
+int showWindow(QApplication& application, const Start& start) {
+    // Two windows would keep the same sessions. Pictures are made beside a window that is open.
+    views::SingleInstance only;
+    if (!start.pictures && only.handOver(start.named)) return 0;
+    views::Desktop desktop(dependenciesOf(start));
+    views::MainWindow window(desktop);
+    if (start.isMeasured) new design::FirstPaint(window, [] { QCoreApplication::quit(); });
+    window.show();
+    const views::Notifier notifier(desktop, window);
+    beginWork(window, only, start);
+    keepWork(application, desktop);
     const int status = QApplication::exec();
     design::keptState::finish();
     if (platform::SerialQueue::hasAbandonedWork()) std::_Exit(status);
     return status;
+}
+
+int runProgram(int argc, char** argv) {
+    platform::failRefusedWrites();
+    platform::endWithoutMemory();
+    if (!hasDisplay(argc, argv)) {
+        std::fputs("error: there is no display to open a window on. Start it in a desktop session, or use "
+                   "'orvanesync', which does the same on the command line; --screenshot also runs with "
+                   "QT_QPA_PLATFORM=offscreen.\n",
+                   stderr);
+        return 1;
+    }
+#ifdef NDEBUG
+    QApplication application(argc, argv);
+#else
+    platform::watchInterfaceWork({logBlocking, nullptr});
+    views::WatchedApplication application(argc, argv);
+#endif
+    QCoreApplication::setOrganizationName(QStringLiteral("Orvane Tandrel"));
+    QCoreApplication::setApplicationName(QStringLiteral("OrvaneSync"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
+    design::applyTheme(application);
+    // Elsewhere the window system's own mark tells a repeat from a press.
+    if (const auto* x11 = application.nativeInterface<QNativeInterface::QX11Application>())
+        platform::askForDetectableKeyRepeat(x11->display());
+    const Start start = readArguments(application);
+    views::installLanguage(application, start.language);
+    QGuiApplication::setDesktopFileName(QStringLiteral("orvanesync"));
+    QApplication::setWindowIcon(design::appIcon());
+    return start.isGallery ? showGallery() : showWindow(application, start);
 }
 
 } // namespace

@@ -241,7 +241,7 @@ class Evening {
     /// Closes the clip, measures when all that was under way for it has ended, and opens it again.
     void atRest(const std::function<void()>& measure) {
         const auto clip = window_->review().clip();
-        window_->review().leaveClip();
+        window_->review().leave();
         constexpr int pause = 100, enough = 5, most = 60; // a pause in milliseconds
         constexpr double little = 8192;                   // bytes of timers and the like
         double last = 0;

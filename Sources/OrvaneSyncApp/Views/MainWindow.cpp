@@ -114,9 +114,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     screens.leaveStart = [this] { wantsStart_ = false; };
     screens.isListening = [this] { return desktop_.controller().derivedDoubts().listening().has_value(); };
     screens.find = [this] {
-        QLineEdit* field = screen_ == Screen::review     ? review_->outline().search()
-                           : screen_ == Screen::multicam ? multicam_->outline().search()
-                                                         : results().search();
+        QLineEdit* field = shown().search();
         field->setFocus(Qt::ShortcutFocusReason);
         field->selectAll();
     };
@@ -125,7 +123,9 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
         results().showFilter(choice);
     };
     screens.isPlaying = [this] { return isPlayingScreen(); };
-    screens.showKeys = [this] { (screen_ == Screen::multicam ? multicam().keys() : review().keys()).open(); };
+    screens.showKeys = [this] {
+        if (KeyOverlay* keys = shown().keyOverlay()) keys->open();
+    };
     screens.openProject = [this](const QString& path) { openProject(path); };
     screens.tell = [this](const QString& what) { showPageBanner(Signal::none, what); };
     screens.openPaths = [this](const QStringList& paths) { openPaths(paths); };
@@ -138,16 +138,11 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     menus_ = new MainMenus(desktop_, *this, *reviewActions_, std::move(screens));
     ReviewKeys::Screens playing;
     playing.isInFront = [this] {
-        return isPlayingScreen() && !(review_ != nullptr && review_->keys().isVisible()) &&
-               !(multicam_ != nullptr && multicam_->keys().isVisible());
+        const KeyOverlay* keys = isPlayingScreen() ? front_->keyOverlay() : nullptr;
+        return isPlayingScreen() && !(keys != nullptr && keys->isVisible());
     };
-    playing.handleFullscreen = [this](const KeyEvent& event) {
-        return screen_ == Screen::multicam ? multicam_->handleFullscreen(event)
-                                           : desktop_.players().review()->fullscreen().handle(event);
-    };
-    playing.hear = [this](std::size_t camera) {
-        return screen_ == Screen::multicam && multicam_->hear(camera);
-    };
+    playing.handleFullscreen = [this](const KeyEvent& event) { return shown().handleFullscreen(event); };
+    playing.hear = [this](std::size_t camera) { return shown().hear(camera); };
     playing.leave = [this] { goBack(); };
     playing.takeKeyboard = [this] { takeKeyboard(); };
     keys_ = std::make_unique<ReviewKeys>(desktop_, *this, std::move(playing));
@@ -202,17 +197,17 @@ void MainWindow::observe() {
     });
     // A clip that leaves the work leaves its screen.
     reviewObservation_ = desktop_.players().review()->onChange([this] {
-        if (screen_ == Screen::review && !isOpening_ && !review_->clip()) showResults();
+        if (isInFront(review_) && !isOpening_ && !review_->clip()) showResults();
     });
     multicamObservation_ = desktop_.players().multicam()->bag().onChange([this] {
-        if (screen_ == Screen::multicam && !desktop_.players().multicam()->isOpen()) showResults();
+        if (isInFront(multicam_) && !desktop_.players().multicam()->isOpen()) showResults();
     });
 }
 
 MainWindow::~MainWindow() {
     desktop_.whenRefused = nullptr;
     desktop_.whenScanWanted = nullptr;
-    screen_ = Screen::results;
+    front_ = nullptr;
     leavePlayers();
 }
 
@@ -259,14 +254,14 @@ MulticamView& MainWindow::multicam() {
 }
 
 void MainWindow::leavePlayers() {
-    if (review_ != nullptr) review_->leaveClip();
-    if (multicam_ != nullptr) multicam_->leaveTake();
+    if (review_ != nullptr) review_->leave();
+    if (multicam_ != nullptr) multicam_->leave();
 }
 
 void MainWindow::openReview(const UUID& groupID) {
     if (desktop_.controller().work().syncGroups().find(groupID) == nullptr) return;
-    if (screen_ != Screen::review) showListed(review().outline(), {groupID});
-    showScreen(Screen::review);
+    if (!isInFront(&review())) showListed(review().outline(), {groupID});
+    showScreen(review());
     review().open(groupID);
 }
 
@@ -276,21 +271,21 @@ void MainWindow::openMulticam(const std::vector<UUID>& groupIDs) {
             Signal::doubtful,
             tr("The take has one camera. Select several clips to see them beside each other."));
     // Escape goes back to the clip that the cameras were opened from.
-    const std::optional<UUID> from = screen_ == Screen::review     ? review_->clip()
-                                     : screen_ == Screen::multicam ? multicamFrom_
-                                                                   : std::nullopt;
-    if (screen_ != Screen::multicam) showListed(multicam().outline(), groupIDs);
+    const std::optional<UUID> from = isInFront(review_)     ? review_->clip()
+                                     : isInFront(multicam_) ? multicamFrom_
+                                                            : std::nullopt;
+    if (!isInFront(&multicam())) showListed(multicam().outline(), groupIDs);
     isOpening_ = true;
     multicam().open(groupIDs);
     isOpening_ = false;
     if (!desktop_.players().multicam()->isOpen()) return;
     multicamFrom_ = from;
-    if (screen_ == Screen::results) multicamOfSelection_ = desktop_.players().multicam()->members();
-    showScreen(Screen::multicam);
+    if (!isPlayingScreen()) multicamOfSelection_ = desktop_.players().multicam()->members();
+    showScreen(multicam());
 }
 
 void MainWindow::showListed(OutlineView& outline, const std::vector<UUID>& clips) {
-    if (screen_ == Screen::results) {
+    if (!isPlayingScreen()) {
         listed_ = results().listing();
         const auto isListed = [this](const UUID& clip) {
             return std::ranges::find(listed_->clips, clip) != listed_->clips.end();
@@ -303,7 +298,7 @@ void MainWindow::showListed(OutlineView& outline, const std::vector<UUID>& clips
 }
 
 void MainWindow::goBack() {
-    const bool isFromClip = screen_ == Screen::multicam && multicamFrom_ &&
+    const bool isFromClip = isInFront(multicam_) && multicamFrom_ &&
                             desktop_.controller().work().syncGroups().find(*multicamFrom_) != nullptr;
     isFromClip ? openReview(*multicamFrom_) : showResults();
 }
@@ -317,16 +312,12 @@ void MainWindow::openCamerasOfSelected() {
 }
 
 std::vector<UUID> MainWindow::actedOn() const {
-    if (screen_ == Screen::review) {
-        const auto& clip = review_->clip();
-        return clip ? std::vector{*clip} : std::vector<UUID>();
-    }
-    if (screen_ == Screen::multicam) return {};
+    if (isPlayingScreen()) return front_->clips();
     return pages_->currentWidget() == results_ ? results_->selectedClips() : std::vector<UUID>();
 }
 
 void MainWindow::runForClips(std::string_view id) {
-    if (screen_ == Screen::results) return results().runForSelection(id);
+    if (!isPlayingScreen()) return results().runForSelection(id);
     if (id == "resyncClip") return matchAgain(desktop_, this, actedOn());
     desktop_.runForClips(id, actedOn());
 }
@@ -393,9 +384,9 @@ void MainWindow::forget(QString& told) {
     told.clear();
 }
 
-void MainWindow::showScreen(Screen screen) {
-    if (screen == screen_) return;
-    screen_ = screen;
+void MainWindow::showScreen(WorkScreen& screen) {
+    if (&screen == &shown()) return;
+    front_ = &screen;
     // What was done on the screen before and asks for nothing takes no room from this one.
     if (banner_->signal() == Signal::none) banner_->clear();
     // A screen that plays needs the room; the list gets the sessions back.
@@ -405,18 +396,17 @@ void MainWindow::showScreen(Screen screen) {
     } else if (!isPlayingScreen() && std::exchange(areSessionsHidden_, false)) {
         sessions_->show();
     }
-    reviewActions_->setInFront(isPlayingScreen(), screen == Screen::review);
+    reviewActions_->setInFront(isPlayingScreen(), isInFront(review_));
     showPage();
     updateActions();
 }
 
 void MainWindow::showResults() {
     if (!isPlayingScreen()) return;
-    std::vector<UUID> seen = actedOn();
-    if (screen_ == Screen::multicam) seen = desktop_.players().multicam()->members();
+    const std::vector<UUID> seen = front_->seen();
     // Of the cameras of what is selected the selection stays as it is.
-    const bool isOfSelection = screen_ == Screen::multicam && !multicamFrom_ && seen == multicamOfSelection_;
-    showScreen(Screen::results);
+    const bool isOfSelection = isInFront(multicam_) && !multicamFrom_ && seen == multicamOfSelection_;
+    showScreen(results());
     leavePlayers();
     if (!isOfSelection) results().select(seen);
 }
@@ -507,10 +497,8 @@ void MainWindow::showPage() {
     if (isScanning)
         page = scanning_;
     else if (!wantsStart_ && (hasWork || state == ScanState::done))
-        page = screen_ == Screen::review     ? static_cast<QWidget*>(&review())
-               : screen_ == Screen::multicam ? static_cast<QWidget*>(&multicam())
-                                             : &results();
-    if (isPlayingScreen() && page != review_ && page != multicam_) return showResults();
+        page = &shown();
+    if (isPlayingScreen() && page != front_) return showResults();
     if (pages_->currentWidget() == page) return;
     forget(pageBanner_);
     // Where it comes and goes, it moves neither the rows of the list under the pointer nor the timeline at
@@ -525,8 +513,8 @@ void MainWindow::showPage() {
 }
 
 void MainWindow::takeKeyboard() {
-    QWidget* page = pages_->currentWidget();
-    (page == results_ ? results_->table() : page)->setFocus();
+    auto* screen = dynamic_cast<WorkScreen*>(pages_->currentWidget());
+    (screen != nullptr ? screen->keyboard() : pages_->currentWidget())->setFocus();
 }
 
 void MainWindow::updateActions() { menus_->update(); }

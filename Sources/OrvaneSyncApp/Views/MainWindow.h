@@ -67,8 +67,6 @@ class MainWindow : public QMainWindow {
     void closeEvent(QCloseEvent* event) override;
 
   private:
-    /// What is shown of work that is there.
-    enum class Screen { results, review, multicam };
     MulticamView& multicam();
     void leavePlayers();
     void observe();
@@ -105,7 +103,7 @@ class MainWindow : public QMainWindow {
     void showPage();
     /// To the screen in front; of the list its rows have it.
     void takeKeyboard();
-    void showScreen(Screen screen);
+    void showScreen(WorkScreen& screen);
     /// Back to the list, on the clip that was in view.
     void showResults();
     /// Escape: to the screen that this one was opened from.
@@ -123,7 +121,10 @@ class MainWindow : public QMainWindow {
     void showLockitBanner();
     /// When an analysis of several clips has ended: what it could not hear.
     void showAnalysisBanner();
-    bool isPlayingScreen() const { return screen_ != Screen::results; }
+    bool isPlayingScreen() const { return front_ != nullptr && front_->isPlaying(); }
+    bool isInFront(const WorkScreen* screen) const { return screen != nullptr && front_ == screen; }
+    /// The list, unless another screen is in front.
+    WorkScreen& shown() { return front_ != nullptr ? *front_ : results(); }
     void updateStatus();
     void updateActions();
     void restorePlaces();
@@ -145,7 +146,7 @@ class MainWindow : public QMainWindow {
     WorkBar* work_;
     MainMenus* menus_;
     std::unique_ptr<ReviewKeys> keys_;
-    Screen screen_ = Screen::results;
+    WorkScreen* front_ = nullptr;                ///< that is shown of work that is there; null: the list
     std::optional<ResultsView::Listing> listed_; ///< beside the screens that play
     std::optional<UUID> multicamFrom_;           ///< the clip whose review opened the cameras
     std::vector<UUID> multicamOfSelection_;      ///< the cameras last opened from the list

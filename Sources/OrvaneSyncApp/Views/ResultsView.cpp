@@ -120,7 +120,7 @@ constexpr std::string_view clipCommands[] = {"toggleApproved",
 } // namespace
 
 ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
-    : QWidget(parent), desktop_(desktop), rows_(desktop.controller()),
+    : WorkScreen(parent), desktop_(desktop), rows_(desktop.controller()),
       model_(new ResultsModel(rows_, Thumbnails::create(desktop.mainThread(), thumbnailLimit), this)),
       scrolled_(new QTimer(this)) {
     scrolled_->setSingleShot(true);

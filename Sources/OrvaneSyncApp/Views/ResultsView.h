@@ -2,10 +2,9 @@
 
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
-#include "OrvaneSyncApp/Views/Desktop.h"
+#include "OrvaneSyncApp/Views/WorkScreen.h"
 
 #include <QTableView>
-#include <QWidget>
 
 #include <array>
 #include <cstdint>
@@ -26,7 +25,7 @@ class WildTracksView;
 
 /// The clips with what was found for them: filter, search, sort, select, act. Above them what is in doubt and
 /// what cures it, below them the sound that no clip uses.
-class ResultsView : public QWidget {
+class ResultsView : public WorkScreen {
   public:
     explicit ResultsView(Desktop& desktop, QWidget* parent = nullptr);
     ~ResultsView() override;
@@ -50,7 +49,10 @@ class ResultsView : public QWidget {
     std::function<void()> openMulticam;
     /// Called after every change of the selection.
     std::function<void()> whenSelectionChanged;
-    QLineEdit* search() const { return search_; }
+    bool isPlaying() const override { return false; }
+    std::vector<UUID> clips() const override { return selectedClips(); }
+    QLineEdit* search() const override { return search_; }
+    QWidget* keyboard() override { return table_; } ///< its rows
     QTableView* table() const { return table_; }
     /// How the columns lie, for the next start.
     void savePlaces() const;

@@ -224,11 +224,11 @@ class Walk : public QTimer {
         shown([this] { grab(window_, QStringLiteral("review-lens")); });
         shown([this] {
             toggleLens();
-            window_.review().keys().open();
+            window_.review().keyOverlay()->open();
         });
         shown([this] {
             grab(window_, QStringLiteral("review-keys"));
-            window_.review().keys().hide();
+            window_.review().keyOverlay()->hide();
             for (auto* one : window_.findChildren<QPushButton*>())
                 if (one->isVisible() && one->text() == tr("Attach…")) one->click();
         });

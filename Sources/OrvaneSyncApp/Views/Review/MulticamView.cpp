@@ -105,7 +105,7 @@ class MulticamView::Cell : public QFrame {
 
 MulticamView::MulticamView(Desktop& desktop, ReviewActions& actions, std::function<void()> leave,
                            std::function<void(const UUID&)> openClip, QWidget* parent)
-    : QWidget(parent), desktop_(desktop), multicam_(desktop.players().multicam()), actions_(actions),
+    : WorkScreen(parent), desktop_(desktop), multicam_(desktop.players().multicam()), actions_(actions),
       openClip_(std::move(openClip)) {
     setAccessibleName(tr("Multicam"));
     setFocusPolicy(Qt::StrongFocus);
@@ -198,7 +198,9 @@ void MulticamView::open(const std::vector<UUID>& groupIDs) {
     desktop_.run("clusterLoad", std::move(arguments));
 }
 
-void MulticamView::leaveTake() { multicam_->close(); }
+void MulticamView::leave() { multicam_->close(); }
+
+QLineEdit* MulticamView::search() const { return outline_->search(); }
 
 void MulticamView::follow() {
     std::vector<UUID> members;

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "OrvaneSyncApp/Views/Desktop.h"
-
-#include <QWidget>
+#include "OrvaneSyncApp/Views/WorkScreen.h"
 
 #include <functional>
 #include <vector>
@@ -19,7 +17,7 @@ class ReviewActions;
 
 /// All cameras of a take at once: their pictures, the sound of one of them, one transport, and where they lie
 /// beside each other; at the left the list of clips, which leads to one camera or another take.
-class MulticamView : public QWidget {
+class MulticamView : public WorkScreen {
   public:
     /// `leave`: back to the list of results; `openClip`: to one camera's review.
     MulticamView(Desktop& desktop, ReviewActions& actions, std::function<void()> leave,
@@ -28,15 +26,18 @@ class MulticamView : public QWidget {
 
     /// Opens the cameras, each on its clap.
     void open(const std::vector<UUID>& groupIDs);
-    void leaveTake();
     OutlineView& outline() { return *outline_; }
-    KeyOverlay& keys() { return *keys_; }
     /// The user wants to see all cameras of a take.
     std::function<void(const std::vector<UUID>& cameras)> openTake;
-    /// Hears the camera of that place in the grid. False where there is none.
-    bool hear(std::size_t camera);
-    /// A key of the camera in fullscreen: Escape and F bring it back.
-    bool handleFullscreen(const KeyEvent& event);
+    /// None: commands for clips act on no several cameras.
+    std::vector<UUID> clips() const override { return {}; }
+    std::vector<UUID> seen() const override { return multicam_->members(); }
+    QLineEdit* search() const override;
+    KeyOverlay* keyOverlay() const override { return keys_; }
+    bool hear(std::size_t camera) override; ///< of the grid
+    /// Escape and F bring the camera back.
+    bool handleFullscreen(const KeyEvent& event) override;
+    void leave() override;
 
   private:
     class Cell;

@@ -26,7 +26,7 @@ constexpr int pictureHeight = 460, timelineHeight = 280;
 } // namespace
 
 ReviewView::ReviewView(Desktop& desktop, ReviewActions& actions, std::function<void()> leave, QWidget* parent)
-    : QWidget(parent), desktop_(desktop) {
+    : WorkScreen(parent), desktop_(desktop) {
     const auto& review = desktop.players().review();
     columns_ = new QSplitter;
     rows_ = new QSplitter(Qt::Vertical);
@@ -89,7 +89,15 @@ void ReviewView::open(const UUID& groupID) {
     if (whenMoved) whenMoved();
 }
 
-void ReviewView::leaveClip() { desktop_.players().review()->close(); }
+void ReviewView::leave() { desktop_.players().review()->close(); }
+
+std::vector<UUID> ReviewView::clips() const { return clip() ? std::vector{*clip()} : std::vector<UUID>(); }
+
+QLineEdit* ReviewView::search() const { return outline_->search(); }
+
+bool ReviewView::handleFullscreen(const KeyEvent& event) {
+    return desktop_.players().review()->fullscreen().handle(event);
+}
 
 void ReviewView::go(int step) {
     const auto& shown = clip();

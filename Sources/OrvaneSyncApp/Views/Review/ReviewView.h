@@ -1,8 +1,6 @@
 #pragma once
 
-#include "OrvaneSyncApp/Views/Desktop.h"
-
-#include <QWidget>
+#include "OrvaneSyncApp/Views/WorkScreen.h"
 
 #include <functional>
 #include <optional>
@@ -22,7 +20,7 @@ class TimelineView;
 
 /// The clip in view: the list of clips at the left, its picture over its timeline, at the right what is known
 /// and decided of it.
-class ReviewView : public QWidget {
+class ReviewView : public WorkScreen {
   public:
     /// `leave`: back to the list of results.
     ReviewView(Desktop& desktop, ReviewActions& actions, std::function<void()> leave,
@@ -31,16 +29,17 @@ class ReviewView : public QWidget {
 
     /// Opens the clip on its clap. One that is not there any more leaves the screen as it is.
     void open(const UUID& groupID);
-    /// Leaves the clip; its player is paused.
-    void leaveClip();
     const std::optional<UUID>& clip() const { return desktop_.players().review()->groupID(); }
     /// Called when another clip has come into view.
     std::function<void()> whenMoved;
     /// The user wants to see all cameras of a take.
     std::function<void(const std::vector<UUID>& cameras)> openTake;
-    /// Shows what each key does here.
-    KeyOverlay& keys() { return *keys_; }
     OutlineView& outline() { return *outline_; }
+    std::vector<UUID> clips() const override;
+    QLineEdit* search() const override;
+    KeyOverlay* keyOverlay() const override { return keys_; }
+    bool handleFullscreen(const KeyEvent& event) override;
+    void leave() override;
     void savePlaces() const;
     PictureView& picture() { return *picture_; }
 

@@ -423,12 +423,12 @@ TEST(SyncDoubts, LooksAtEachClip) {
         {"two takes under one clip",
          ten,
          {sound(35990, 35, "/S/T05.wav"), sound(36035, 40, "/S/T06.wav")},
-         {shortSound, cutByTrim}},
+         {splitGap}},
         {"two takes that say so",
          ten,
          {test::slated(sound(35990, 35, "/S/T_5.wav"), "1", "5"),
           test::slated(sound(36035, 40, "/S/T_6.wav"), "1", "6")},
-         {shortSound, cutByTrim}},
+         {splitGap}},
         {"a clip by itself", ten, {}, {}},
     };
     for (const Case& one : cases) {

@@ -24,6 +24,8 @@ constexpr const char* listenToOne =
     "; listen to one of them first, as a clock that is some seconds off looks the same";
 // Starts by timecode are rounded to a frame at either side.
 constexpr double smallestGapSeconds = 0.1;
+// What it takes to end one take and begin the next.
+constexpr double smallestPauseSeconds = 5;
 
 DoubtCure trimOption(TrimMode mode) {
     return {CureOption::Kind::setting,
@@ -142,7 +144,8 @@ class LengthDoubts {
                 if (file.role != TakeRole::mirror && file.startSeconds < after.startSeconds &&
                     endOf(file) <= after.startSeconds + SplitRecordingDetector::contiguityToleranceSeconds &&
                     (before == nullptr || endOf(file) > endOf(*before)) &&
-                    SplitRecordingDetector::mayContinue(of_.fileOf(file), of_.fileOf(after)))
+                    (isContinuation(file, after) ||
+                     (file.firstChannel == after.firstChannel && isHeard(file.role) && isHeard(after.role))))
                     before = &file;
             if (before == nullptr || std::abs(reportedAt - endOf(*before)) < 1 || isFilled(*before, after))
                 continue;
@@ -159,15 +162,24 @@ class LengthDoubts {
                    std::abs(file.startSeconds + file.durationSeconds - after.startSeconds) <= tolerance;
         });
     }
+    bool isContinuation(const TakeFile& before, const TakeFile& after) const {
+        return SplitRecordingDetector::mayContinue(of_.fileOf(before), of_.fileOf(after));
+    }
     bool gap(const TakeFile& before, const TakeFile& after, double seconds) {
-        if (seconds < smallestGapSeconds || seconds > SplitRecordingDetector::largestGapSeconds) return false;
+        const bool isPause = !isContinuation(before, after);
+        if (seconds < (isPause ? smallestPauseSeconds : smallestGapSeconds) ||
+            seconds > SplitRecordingDetector::largestGapSeconds)
+            return false;
         const double at = of_.take.offsetSeconds + of_.group.manualAudioOffsetSeconds + after.startSeconds;
         if (at - seconds < 0 || at > of_.length()) return false;
-        of_.add(Kind::splitGap,
-                formatted("%.2f s", seconds) + " of sound are missing between " +
-                    of_.shoot.nameOf(of_.fileOf(before)) + " and " + of_.shoot.nameOf(of_.fileOf(after)) +
-                    formatted(", %.1f s into ", at - seconds) + of_.name,
-                "copy the card again, or look for a part of the recording that is missing");
+        of_.add(
+            Kind::splitGap,
+            formatted("%.2f s", seconds) + " of sound are missing between " +
+                of_.shoot.nameOf(of_.fileOf(before)) + " and " + of_.shoot.nameOf(of_.fileOf(after)) +
+                formatted(", %.1f s into ", at - seconds) + of_.name,
+            isPause
+                ? "look for a take between them on the cards, or lock the clip where the recorder stood still"
+                : "copy the card again, or look for a part of the recording that is missing");
         return true;
     }
 

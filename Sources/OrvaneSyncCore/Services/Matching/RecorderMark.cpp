@@ -1,6 +1,9 @@
 #include "OrvaneSyncCore/Services/Matching/RecorderMark.h"
 
+#include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
+
+#include <algorithm>
 
 namespace orvane {
 
@@ -17,6 +20,12 @@ RecorderMark RecorderMark::of(const MediaAsset& recording, By by) {
         break;
     }
     return {by, namePattern(recording)};
+}
+
+bool areOfOneRecorder(const MediaAsset& a, const MediaAsset& b) {
+    return folderPath(a) == folderPath(b) && std::ranges::all_of(RecorderMark::all, [&](RecorderMark::By by) {
+               return RecorderMark::of(a, by).isOn(b);
+           });
 }
 
 std::string namePattern(const MediaAsset& file) {

@@ -22,6 +22,9 @@ struct RecorderMark {
     bool operator==(const RecorderMark&) const = default;
 };
 
+/// Whether two files lie in one folder and none of their marks tells their recorders apart.
+bool areOfOneRecorder(const MediaAsset& a, const MediaAsset& b);
+
 /// The name of a file with one sign for each number, by which the files of one recorder or camera are the
 /// same.
 std::string namePattern(const MediaAsset& file);

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Matching/AssetPlacement.h"
 #include "OrvaneSyncCore/Services/Matching/ChannelNames.h"
+#include "OrvaneSyncCore/Services/Matching/RecorderMark.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
@@ -93,7 +94,8 @@ bool isCopy(const Candidate& one, const Candidate& two) {
 /// Finds the members of the take of the first candidate.
 class Finder {
   public:
-    explicit Finder(std::span<const Candidate> candidates) : files_(candidates), byStart_(candidates.size()) {
+    Finder(std::span<const Candidate> candidates, const std::optional<SyncEngine::TCRange>& picture)
+        : files_(candidates), picture_(picture), byStart_(candidates.size()) {
         std::iota(byStart_.begin(), byStart_.end(), std::size_t{0});
         std::ranges::stable_sort(byStart_, {}, [this](std::size_t i) { return start(i); });
     }
@@ -245,6 +247,25 @@ class Finder {
         if (!best || std::tuple(common, -gap) > std::tuple(best->common, -best->gap))
             best = Link{i, common, gap};
     }
+    double ofPicture(std::size_t i) const {
+        return SyncEngine::overlapDuration(files_[i].range, *picture_).value_or(0);
+    }
+    /// Whether a file is a take of the same recorder under a camera that rolled on. One that covers less
+    /// would leave the clip in doubt, and is there to be chosen. Channels of other names would be called by
+    /// the wrong ones.
+    bool isNextTake(std::size_t i, const Indices& edge, bool isLater) const {
+        constexpr double share = 0.5;
+        return picture_ && ofPicture(i) > 0 && ofPicture(i) >= share * ofPicture(0) &&
+               std::ranges::all_of(edge,
+                                   [&](std::size_t own) {
+                                       return (isLater ? start(i) - end(own) : start(own) - end(i)) >
+                                              startToleranceSeconds;
+                                   }) &&
+               std::ranges::any_of(edge, [&](std::size_t own) {
+                   return areOfOneRecorder(asset(own), asset(i)) && !areNamedUnlike(asset(own), asset(i));
+               });
+    }
+
     /// What a card lost lies between two parts whose names count on.
     std::optional<Link> acrossGap(const Indices& edge, bool isLater) const {
         std::optional<Link> best;
@@ -253,7 +274,9 @@ class Finder {
                 const std::size_t first = isLater ? own : i, second = isLater ? i : own;
                 const double gap = start(second) - end(first);
                 if (gap > startToleranceSeconds && gap <= SplitRecordingDetector::largestGapSeconds &&
-                    isPart(i, own) && SplitRecordingDetector::mayContinue(asset(first), asset(second)) &&
+                    isPart(i, own) &&
+                    (SplitRecordingDetector::mayContinue(asset(first), asset(second)) ||
+                     isNextTake(i, edge, isLater)) &&
                     (!best || gap < best->gap))
                     best = Link{i, 0, gap};
             }
@@ -288,12 +311,17 @@ class Finder {
         }
         return found;
     }
+    static bool areNamedUnlike(const MediaAsset& a, const MediaAsset& b) {
+        return a.ixmlData && b.ixmlData && !a.ixmlData->tracks.empty() && !b.ixmlData->tracks.empty() &&
+               a.ixmlData->tracks != b.ixmlData->tracks;
+    }
     static bool haveEqualTracks(const MediaAsset& a, const MediaAsset& b) {
         return a.ixmlData && b.ixmlData && !a.ixmlData->tracks.empty() &&
                a.ixmlData->tracks == b.ixmlData->tracks;
     }
 
     std::span<const Candidate> files_;
+    std::optional<SyncEngine::TCRange> picture_;
     Indices byStart_;
     std::vector<bool> isUsed_; ///< a copy, or found to belong
     std::vector<Indices> lanes_;
@@ -301,11 +329,12 @@ class Finder {
 
 } // namespace
 
-TakeMembership TakeMembership::of(std::span<const Candidate> candidates) {
+TakeMembership TakeMembership::of(std::span<const Candidate> candidates,
+                                  const std::optional<SyncEngine::TCRange>& picture) {
     if (candidates.empty()) return {};
     // Most clips, and an export asks for each several times.
     if (candidates.size() == 1) return {{{0, 0}}, {}, {}};
-    return Finder(candidates).find();
+    return Finder(candidates, picture).find();
 }
 
 bool TakeMembership::isCutShort(const Candidate& file, const Candidate& other) {

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -15,8 +16,10 @@ namespace orvane {
 /// take in both files' metadata, else by names that differ only in the channel (`ChannelName`). One after the
 /// other lie files of which each begins within half a second of the end of the one before, or within a
 /// minute where the names count on (`SplitRecordingDetector::mayContinue`): a part that was lost lies
-/// between. In all cases nothing known tells their recorders, their sound rolls, their sample rates or their
-/// days apart. A copy is a file of the same name, size and start in another folder; where a size is not
+/// between. Where the picture is known, a later or earlier take of that recorder lies so as well, if it
+/// begins within a minute and covers at least half as much of the picture as the first candidate: the camera
+/// rolled on. In all cases nothing known tells their recorders, their sound rolls, their sample rates or
+/// their days apart. A copy is a file of the same name, size and start in another folder; where a size is not
 /// known, of as many samples and channels.
 struct TakeMembership {
     struct Candidate {
@@ -35,7 +38,9 @@ struct TakeMembership {
     std::vector<std::size_t> mirrors; ///< copies of members or of alternates, in the order of the candidates
 
     /// The first candidate is the clip's primary recording. Pure; any thread.
-    static TakeMembership of(std::span<const Candidate> candidates);
+    /// `picture`: where the clip lies on the axis of the candidates.
+    static TakeMembership of(std::span<const Candidate> candidates,
+                             const std::optional<SyncEngine::TCRange>& picture = std::nullopt);
     /// Whether a file may be a copy of another one that was cut short: it has the name, the start and as far
     /// as known the recorder of the other, and ends earlier.
     static bool isCutShort(const Candidate& file, const Candidate& other);

@@ -13,12 +13,6 @@ namespace orvane {
 
 namespace {
 
-bool areOfOneRecorder(const MediaAsset& a, const MediaAsset& b) {
-    return folderPath(a) == folderPath(b) && std::ranges::all_of(RecorderMark::all, [&](RecorderMark::By by) {
-               return RecorderMark::of(a, by).isOn(b);
-           });
-}
-
 SyncEngine::TCRange rangeFrom(double startSeconds, const MediaAsset& audio) {
     return {startSeconds, startSeconds + audio.durationSeconds.value_or(0)};
 }

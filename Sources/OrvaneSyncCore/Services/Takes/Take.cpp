@@ -24,7 +24,9 @@ TakeMembership membershipOf(const SyncGroup& group) {
         const double start = match.syncOffsetSeconds;
         candidates.push_back({&*match.audio, {start, start + match.audio->durationSeconds.value_or(0)}});
     }
-    return TakeMembership::of(candidates);
+    const auto& seconds = group.video.durationSeconds;
+    return TakeMembership::of(candidates,
+                              seconds ? std::optional(SyncEngine::TCRange{0, *seconds}) : std::nullopt);
 }
 
 /// Puts the files of a clip down in the order of the take and numbers their channels.

@@ -180,10 +180,11 @@ TEST(HeardClocks, AClockThatChangedWithinACardIsToldForThatPartAlone) {
 }
 
 TEST(HeardClocks, ACameraThatWasSetAnewCostsNoOtherItsSound) {
-    for (const auto& [other, excluded, doubted] :
-         {std::tuple{std::optional(0.0), "--exclude 'CAM_B' --exclude 'CAM_A/A0.mov'", 3},
-          {std::optional(-1.98), "(--exclude 'S/T0.wav'", 3},
-          {std::optional<double>(), "--exclude 'CAM_B' --exclude 'CAM_A/A0.mov'", 6}}) {
+    const std::string round = "--sound-offset -00:00:02:00 in";
+    for (const auto& [other, begin, part, doubted] :
+         {std::tuple{std::optional(0.0), std::string("move their sound"), "fills in 'offset_frames'", 3},
+          {std::optional(-1.98), round, "(--exclude 'S/T0.wav'", 3},
+          {std::optional<double>(), round, "--exclude 'CAM_B' --exclude 'CAM_A/A0.mov'", 6}}) {
         Shot shot;
         for (int i = 0; i < 6; ++i) {
             const double at = 36000 + 410 * i + 17 * i * i;
@@ -203,9 +204,43 @@ TEST(HeardClocks, ACameraThatWasSetAnewCostsNoOtherItsSound) {
         const auto card = shot.card(Kind::constantOffset);
         ASSERT_TRUE(card);
         const std::string cure = card->doubt.cure.text();
-        EXPECT_TRUE(cure.starts_with("--sound-offset -00:00:02:00 in")) << "round: " << cure;
-        EXPECT_NE(cure.find(excluded), std::string::npos) << cure;
+        EXPECT_TRUE(cure.starts_with(begin)) << cure;
+        EXPECT_NE(cure.find(part), std::string::npos) << cure;
+        const auto& suggestion = card->doubt.suggestion;
+        EXPECT_EQ(suggestion.has_value(), other == 0.0);
+        EXPECT_EQ(suggestion ? suggestion->offsetSeconds : -2, -2) << "round";
         EXPECT_EQ(std::ssize(card->groupIDs), doubted) << card->doubt.message;
+    }
+}
+
+TEST(HeardClocks, ACameraThatWasAnHourAheadHasItsRecordingsSuggested) {
+    Shot shot;
+    for (int i = 0; i < 6; ++i) {
+        const double at = 36000 + 410 * i + 17 * i * i;
+        const std::string number = std::to_string(i);
+        shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", at, 20));
+        shot.videos.push_back(clipAt("/CAM2/B" + number + ".mov", at + 3600, 20));
+        shot.videos.back().channelCount = 1;
+        shot.audios.push_back(recordingAt("/S/T" + number + ".wav", at - 5, 40));
+    }
+    shot.diagnose();
+    HeardClaims heard;
+    const FileNames names;
+    DoubtInput input{shot.groups, shot.audios, {}, TrimMode::noTrim, {}, names};
+    for (const SoundClaim& claim : SyncDoubts::claims(input))
+        heard[claim.key()] = {claim.offsetSeconds + 0.02, true};
+    EXPECT_FALSE(heard.empty());
+    input.heardClaims = &heard;
+    shot.doubts = SyncDoubts::of(input);
+    EXPECT_EQ(shot.count(Kind::constantOffset), 6);
+    EXPECT_EQ(shot.doubts.summary(shot.groups).size(), 1U);
+    for (const SyncGroup& group : shot.groups) {
+        if (group.video.filename[0] == 'A') continue;
+        const auto& suggestion = shot.doubts.byGroup[group.id].front().suggestion;
+        ASSERT_TRUE(suggestion) << group.video.filename;
+        const auto index = static_cast<std::size_t>(group.video.filename[1] - '0');
+        EXPECT_EQ(suggestion->recordingID, shot.audios[index].id) << group.video.filename;
+        EXPECT_NEAR(suggestion->offsetSeconds, 3600, 0.1);
     }
 }
 

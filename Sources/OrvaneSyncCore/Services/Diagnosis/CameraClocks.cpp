@@ -137,6 +137,7 @@ class CameraClocks {
     bool addOffset(const CameraTrial& trial, const CommonOffset& common) {
         std::set<std::size_t> used;
         std::vector<const Shoot::Clip*> found;
+        std::vector<SyncDoubt::Suggestion> suggested; // of these
         LateStartsAndEarlyStops rolling;
         ClaimedOffset claimed(shoot_, common.widthSeconds / 2);
         std::size_t ofOtherUnits = 0;
@@ -154,7 +155,12 @@ class CameraClocks {
                             {0, sound->range.durationSeconds()});
             const std::size_t part = shoot_.wholes.partAt(file, into);
             used.insert(part);
-            claimed.add(*clip, part, shoot_.wholes.startsAt[part] - into);
+            const double laid = shoot_.wholes.startsAt[part] - into;
+            claimed.add(*clip, part, laid);
+            const MediaAsset& recording = *shoot_.recordings[part].asset;
+            suggested.push_back({recording.id, laid - SyncEngine::matchByTimecode(
+                                                          clip->group->video, recording, shoot_.input.rules)
+                                                          .syncOffsetSeconds});
             if (isOfOtherUnit(*clip, shoot_.wholes.firstOf[file])) ++ofOtherUnits;
         }
         const auto matched = static_cast<double>(found.size());
@@ -171,11 +177,11 @@ class CameraClocks {
             addOffset(trial, heard.corrected(common.seconds, rate_)))
             return true;
         if (!heard.isConfirmed() && rolling.explain(common)) return false;
-        tell(trial, common, heard, found);
+        tell(trial, common, heard, found, suggested);
         return true;
     }
     void tell(const CameraTrial& trial, const CommonOffset& common, const ClaimedOffset::Heard& heard,
-              std::vector<const Shoot::Clip*> found) {
+              std::vector<const Shoot::Clip*> found, const std::vector<SyncDoubt::Suggestion>& suggested) {
         const Card& card = trial.card;
         const auto nameOf = [&](const Shoot::Clip* clip) { return shoot_.nameOf(clip->group->video); };
         std::string text =
@@ -196,16 +202,25 @@ class CameraClocks {
                         trial.soundDay ? card.day : std::nullopt,
                         {},
                         trial.soundDay ? *card.day - *trial.soundDay : 0};
+        auto alone = trial.isPart ? cure_.scanOfClipsBetween(*trial.clips.front(), *trial.clips.back())
+                                  : cure_.scanOfClips(scan);
+        // Beside other clips a table keeps all in one document.
+        const bool isTable = alone && heard.isConfirmed() && !trial.soundDay && trial.covered.empty();
         DoubtCure cure =
-            cure_.of(scan, common.seconds)
-                .in(trial.isPart ? cure_.scanOfClipsBetween(*trial.clips.front(), *trial.clips.back())
-                                 : cure_.scanOfClips(scan)) +
+            cure_.of(scan, common.seconds).in(std::move(alone)) +
             (trial.soundDay ? " if a clap shows it, else look for the sound of " + dayText(*card.day) : "") +
             common.clapAfter(rate_);
         if (heard.isUnasked && common.isOdd()) cure = cureWords::listenFirst;
+        if (isTable)
+            cure = cureWords::asHeard("attach their recordings and move them by that",
+                                      "'choice' and 'offset_frames'") +
+                   common.clapAfter(rate_);
+        const std::vector<const Shoot::Clip*> own = found;
         found.insert(found.end(), trial.covered.begin(), trial.covered.end());
         std::ranges::sort(found); // in the order of the clips
         addCardDoubt(doubts_, {Kind::constantOffset, text + common.knownTo(rate_), std::move(cure)}, found);
+        for (std::size_t i = 0; isTable && i < own.size(); ++i)
+            doubts_.byGroup[own[i]->group->id].back().suggestion = suggested[i];
     }
 
     const Shoot& shoot_;

@@ -20,6 +20,8 @@ inline DoubtCure asHeard(const std::string& what, const std::string& columns) {
     return DoubtCure::Words{
         what + ": 'diagnose --review FILE' fills in " + columns + ", and 'sync --apply FILE' takes it", what};
 }
+/// Where only some of the clips with a card's sound have it elsewhere, a table moves these in one document.
+inline DoubtCure moveAsHeard() { return asHeard("move their sound by that", "'offset_frames'"); }
 /// Which columns of the table say it, behind what is to be done; a window has its fields before one's eyes.
 inline DoubtCure inTable(const std::string& columns) {
     return DoubtCure::Words{" (" + columns + " in the table of 'scan --review')", ""};

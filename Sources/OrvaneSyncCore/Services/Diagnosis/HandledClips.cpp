@@ -75,6 +75,13 @@ HeardClock heardClock(double seconds, TimecodeFrameRate rate) {
     return {isRound ? round : seconds - microphoneDelaySeconds, isRound};
 }
 
+bool haveNoOtherSound(const std::vector<const Shoot::Clip*>& clips, std::string_view folder) {
+    return std::ranges::all_of(clips, [&](const Shoot::Clip* clip) {
+        return std::ranges::all_of(clip->group->audioMatches,
+                                   [&](const AudioMatch& match) { return folderOf(*match.audio) == folder; });
+    });
+}
+
 bool findRecorder(Card& sound, const std::vector<const Shoot::Clip*>& clips) {
     std::vector<const MediaAsset*> own, others;
     for (const Shoot::Clip* clip : clips) {

@@ -63,6 +63,10 @@ HeardClock heardClock(double seconds, TimecodeFrameRate rate);
 /// Behind the cure of a clock that is not round.
 inline constexpr const char* checkAClap = "; then check a clap and set the frames";
 
+/// Whether the clips have recordings of that folder alone, so that moving the sound of a clip moves no other
+/// recorder's.
+bool haveNoOtherSound(const std::vector<const Shoot::Clip*>& clips, std::string_view folder);
+
 /// Gives `sound` the mark that all first recordings of the clips have, and no other recorder's beside them.
 /// Whether nothing else of the folder lies beside them, or such a mark parts the two.
 bool findRecorder(Card& sound, const std::vector<const Shoot::Clip*>& clips);

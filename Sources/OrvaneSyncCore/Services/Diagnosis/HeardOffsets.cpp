@@ -141,11 +141,12 @@ class HeardOffsets {
         const bool areAgreed = together.size() == 1 && std::ranges::all_of(cameras, [](const Camera& camera) {
                                    return camera.offset || camera.isDeaf();
                                });
-        for (const auto& those : together) addOffset(those, areAgreed ? cameras : those);
+        for (const auto& those : together) addOffset(those, areAgreed ? cameras : those, areAgreed);
     }
 
-    /// `heard`: those that agree on it. `all`: for which it is told.
-    void addOffset(const std::vector<Camera>& heard, const std::vector<Camera>& all) {
+    /// `heard`: those that agree on it. `all`: for which it is told. `areAgreed`: no other camera with sound
+    /// of the card heard it elsewhere.
+    void addOffset(const std::vector<Camera>& heard, const std::vector<Camera>& all, bool areAgreed) {
         const HeardClock clock = heardClock(heard.front().offset->seconds, rate_);
         const double offset = clock.seconds;
         std::ptrdiff_t count = 0;
@@ -176,9 +177,16 @@ class HeardOffsets {
         if (!deaf.empty())
             text += "; that of the clips in " + platform::text::joined(deaf, ", ") +
                     " comes from the same recorder and could not be heard";
-        addCardDoubt(doubts_,
-                     {Kind::constantOffset, text, forCameras({offsetBy(offset)}, all, clock.isRound)},
-                     unmoved);
+        SyncDoubt doubt{.kind = Kind::constantOffset, .message = std::move(text), .cure = {}};
+        if (!areAgreed && !heard.front().isElsewhere &&
+            haveNoOtherSound(unmoved, std::get<1>(*heard.front().key))) {
+            doubt.cure = cureWords::moveAsHeard() + (clock.isRound ? "" : checkAClap) +
+                         "; lock a clip whose sound is right as it is";
+            doubt.suggestion = SyncDoubt::Suggestion{.offsetSeconds = offset};
+        } else {
+            doubt.cure = forCameras({offsetBy(offset)}, all, clock.isRound);
+        }
+        addCardDoubt(doubts_, std::move(doubt), unmoved);
     }
     /// Lags that grow with the time of day are a wrong rate.
     void addRate(const Camera& camera) {

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/MovedParts.h"
 
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/RateText.h"
@@ -148,6 +149,18 @@ void addMovedPart(const Shoot& shoot, const std::map<CameraAndCard, HandledClips
                      part.clips);
         return;
     }
+    text += ": the clips " + shoot.nameOf(part.clips.front()->group->video) + " to " +
+            shoot.nameOf(part.clips.back()->group->video) + " are " + spanText(std::abs(clock.seconds)) +
+            (isSoundLate ? " early" : " late") + " against the recordings";
+    if (others.hasOwnTime && !part.isElsewhere && haveNoOtherSound(part.clips, recorder)) {
+        addCardDoubt(doubts,
+                     {.kind = SyncDoubt::Kind::constantOffset,
+                      .message = std::move(text),
+                      .cure = cureWords::moveAsHeard() + clap,
+                      .suggestion = SyncDoubt::Suggestion{.offsetSeconds = clock.seconds}},
+                     part.clips);
+        return;
+    }
     // Without a bound, the part goes on to the camera's first clip or its last one.
     const Shoot::Clip *first = part.clips.front(), *last = part.clips.back();
     for (const Shoot::Clip& clip : shoot.clips) {
@@ -155,9 +168,6 @@ void addMovedPart(const Shoot& shoot, const std::map<CameraAndCard, HandledClips
         if (!part.first) first = std::min(first, &clip);
         if (!part.behind) last = std::max(last, &clip);
     }
-    text += ": the clips " + shoot.nameOf(part.clips.front()->group->video) + " to " +
-            shoot.nameOf(part.clips.back()->group->video) + " are " + spanText(std::abs(clock.seconds)) +
-            (isSoundLate ? " early" : " late") + " against the recordings";
     std::vector<const Shoot::Clip*> doubted = part.clips;
     if (!others.hasOwnTime) {
         text += ", or these are wrong by that: the clips in " + platform::text::joined(others.deaf, ", ") +

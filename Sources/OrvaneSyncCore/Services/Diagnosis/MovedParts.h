@@ -26,6 +26,7 @@ std::vector<MovedPart> movedParts(const Shoot& shoot, const HandledClips& card);
 
 /// Doubts the part's clips. Its cure moves the recordings of that part alone, and where other cameras have
 /// them as well and did not hear the same, under these clips alone: it may be this camera that was set.
+/// Where they heard them at another distance, it was, and each clip is to be moved by what is suggested.
 /// `key`: one of `cards`.
 void addMovedPart(const Shoot& shoot, const std::map<CameraAndCard, HandledClips>& cards,
                   const CameraAndCard& key, const MovedPart& part, SyncDoubts& doubts);

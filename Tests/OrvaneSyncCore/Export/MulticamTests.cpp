@@ -355,5 +355,21 @@ TEST(MulticamClips, ACameraIsAnAngleFromAWholeFrameOn) {
     }
 }
 
+TEST(MulticamClips, AnAngleWhoseSoundWasMovedIsNamed) {
+    for (const auto& [moved, both, named] :
+         {std::tuple{2.0, false, 1}, {0.16, false, 0}, {2.0, true, 0}, {0.0, false, 0}}) {
+        const auto move = [by = moved](SyncGroup& group) { group.manualAudioOffsetSeconds = by; };
+        const SyncGroup first = camera("A001C001.mov"), second = camera("B001C001.mov");
+        const SyncGroupList groups{changed(first, move), both ? changed(second, move) : second};
+        const auto result = FCPXMLExporter::exportDocument(groups, {}, settingsAt(25));
+        ASSERT_EQ(std::ranges::count_if(
+                      result.warnings,
+                      [](const std::string& line) { return line.ends_with("A001C001.mov by 2.0 s"); }),
+                  named)
+            << moved << both;
+        EXPECT_EQ(std::ssize(result.warnings), named);
+    }
+}
+
 } // namespace
 } // namespace orvane

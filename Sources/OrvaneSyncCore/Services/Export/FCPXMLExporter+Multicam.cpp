@@ -4,12 +4,16 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <iterator>
 
 namespace orvane::FCPXMLExporter {
 
 using namespace fcpxml;
 
 namespace {
+
+constexpr double leastSecondsApart = 0.2; // less is a nudge, or a camera's own delay
 
 /// Where the clip begins beside the others: at its own start, moved as a corrected rate moves that of the
 /// picture. Nothing for a clip without a start.
@@ -224,11 +228,51 @@ void leaveOutUnseen(std::vector<CameraClip>& cameras, ExportRun& run) {
     });
 }
 
+/// Angles lie by timecode. Where two cameras share a recording and its place under one of them was set by
+/// hand, the picture of that one is away from the other's by as much.
+class MovedAngles {
+  public:
+    void add(const std::vector<const SyncGroup*>& cluster) {
+        std::vector<const SyncGroup*> angles;
+        std::ranges::copy_if(cluster, std::back_inserter(angles),
+                             [](const SyncGroup* angle) { return angle->primaryAudio() != nullptr; });
+        // Against those that nobody moved, else against the first.
+        std::ranges::stable_sort(angles, {},
+                                 [](const SyncGroup* angle) { return angle->manualAudioOffsetSeconds != 0; });
+        for (const SyncGroup* angle : angles) {
+            const auto other = std::ranges::find_if(angles, [&](const SyncGroup* one) {
+                return one->primaryAudio()->url == angle->primaryAudio()->url;
+            });
+            const double apart =
+                std::abs(angle->manualAudioOffsetSeconds - (*other)->manualAudioOffsetSeconds);
+            if (apart < leastSecondsApart) continue;
+            if (++count_ > 1) continue;
+            first_ = angle;
+            firstApart_ = apart;
+        }
+    }
+    void warn(ExportRun& run) const {
+        if (count_ == 0) return;
+        run.warn(
+            "Multicam angles lie by timecode: where their sound was moved by hand, the picture is away from "
+            "that of the other cameras by as much, and is to be moved in the editing program: ",
+            *first_,
+            platform::text::formatted(" by %.1f s", firstApart_) +
+                (count_ > 1 ? " and " + std::to_string(count_ - 1) + " more" : ""));
+    }
+
+  private:
+    const SyncGroup* first_ = nullptr;
+    double firstApart_ = 0;
+    int count_ = 0;
+};
+
 } // namespace
 
 void addMulticamClips(ExportRun& run) {
     std::vector<const SyncGroup*> groups;
     for (const BuiltClip& built : run.syncClips) groups.push_back(built.group);
+    MovedAngles moved;
     for (const auto& cluster : multicamClusters(groups, run.settings.matchRules)) {
         platform::throwIfStopped(run.stop);
         std::vector<CameraClip> cameras;
@@ -240,6 +284,7 @@ void addMulticamClips(ExportRun& run) {
         auto multicam = buildMulticam(std::move(cameras), std::string(altFormatID), run.clipNames,
                                       run.settings, run.resources);
         if (!multicam) continue;
+        moved.add(angles);
         run.resources.add(std::move(multicam->media));
         const auto bucket = multicamBucketGroupID(angles, run.sceneEventNames,
                                                   run.settings.splitEventsByScene, run.result.warnings);
@@ -248,6 +293,7 @@ void addMulticamClips(ExportRun& run) {
         run.place(std::move(multicam->clip), scene == angles.end() ? nullptr : *scene);
         ++run.result.multicamCount;
     }
+    moved.warn(run);
 }
 
 } // namespace orvane::FCPXMLExporter

@@ -66,6 +66,10 @@ TEST(ExporterTakes, AreOneRecordingInTheDocument) {
           "20s Anna@36000s clip@36000s Boom@36000s +Boom +Anna 3");
     check("a channel of a split take is one in all parts", split, "20s" + splitChannels + " -Mix +Boom 3",
           second);
+    check("so it is in the takes of a recorder that was stopped under the clip",
+          {file("R02.WAV", 7, 5, 2), file("R01.WAV", 0, 5, 2), file("R03.WAV", 14, 6, 2)},
+          "20s Mix@36007s Boom@36007s Mix@36014s Boom@36014s clip@36000s Mix@36000s Boom@36000s -Mix +Boom 4",
+          second);
     check("its length is that of the chain", split, "31s" + splitChannels + " +Mix +Boom 3", whole);
     check("offsets move every file",
           {file("T1_1.WAV", 0, 8), file("T1_2.WAV", 8, 22), file("ZOOM0004.WAV", 2, 5, 2)},

@@ -64,18 +64,22 @@ TEST(TimecodeDoubts, WhatNoTimecodeBringsTogetherIsFoundByTheMicrophone) {
         bool hasPicture, hasSound;      ///< a timecode
         int recordings, asked, heardIn; ///< the last: in so many of them
         const char* told;
+        const char* date = nullptr; ///< of the clip
     };
     for (const Case& one :
          {Case{"a phone", false, true, 3, 3, 1, "'T0.wav' in 'A.mov' with an offset of -105 frames"},
           {"a recorder without timecode", true, false, 3, 3, 1, "'T0.wav' in 'A.mov' with an offset of -105"},
           {"sound that repeats", false, true, 3, 3, 2, ""},
           {"too many recordings", false, true, 201, 0, 0, ""},
+          {"of which few ran at the time of its date, in some zone", false, true, 201, 6, 1,
+           "'T0.wav' in 'A.mov' with an offset of -105 frames", "2024-05-17T09:06:52Z"},
           {"both count", true, true, 3, 0, 0, ""}}) {
         Shot shot;
         shot.videos.push_back(clipAt("/C/A.mov", 36003, 10));
         shot.videos.back().frameRate = 25;
         shot.videos.back().channelCount = 1;
         if (!one.hasPicture) shot.videos.back().startTimecodeString.reset();
+        if (one.date != nullptr) shot.videos.back().headerDate = *dateFromISO8601(one.date);
         FileNames names;
         names.add(shot.videos.back());
         for (int i = 0; i < one.recordings; ++i) {
@@ -94,6 +98,13 @@ TEST(TimecodeDoubts, WhatNoTimecodeBringsTogetherIsFoundByTheMicrophone) {
         input.heardClaims = &heard;
         std::string told;
         const auto cards = SyncDoubts::of(input).summary(shot.groups);
+        EXPECT_EQ(std::ranges::count_if(cards,
+                                        [](const CardDoubt& card) {
+                                            return card.doubt.message.find("too many to be listened") !=
+                                                   std::string::npos;
+                                        }),
+                  one.recordings > 200 && one.asked == 0 ? 1 : 0)
+            << one.name;
         for (const CardDoubt& card : cards) {
             if (card.doubt.message.starts_with("what no timecode")) told = card.doubt.message;
             EXPECT_FALSE(one.heardIn == 1 && card.doubt.cure.text().find("ltc") != std::string::npos)

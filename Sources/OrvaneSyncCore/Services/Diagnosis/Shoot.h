@@ -165,6 +165,8 @@ void addLoneRecordings(const Shoot& shoot, SyncDoubts& doubts);
 void addGivenOffset(const Shoot& shoot, SyncDoubts& doubts);
 /// Recordings that the cameras heard, of clips that no timecode leads to them.
 void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts);
+/// Where such pairs were too many to be listened to, and no date says which of them to try.
+void addPairsNotHeard(const Shoot& shoot, SyncDoubts& doubts);
 /// Of clips of which the above says nothing.
 void addTimecodeDoubts(const Shoot& shoot, SyncDoubts& doubts);
 

@@ -2,13 +2,19 @@
 #include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
+#include "OrvaneSyncCore/Services/Diagnosis/RecordRun.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+#include "Platform/Stop.h"
 
 #include <algorithm>
+#include <cmath>
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace orvane {
 
@@ -28,12 +34,19 @@ struct PairByEar {
 };
 
 /// Folders with a file that counts from zero or has no time: the others there may go on from it, as what
-/// counts while it runs.
+/// counts while it runs. That may begin at another number, and then the dates of the clips tell.
 class CountingFolders {
   public:
     explicit CountingFolders(const Shoot& shoot) {
-        for (const Shoot::Clip& clip : shoot.clips)
-            if (countsFromZero(clip.group->video)) folders_.insert(folderOf(clip.group->video));
+        std::map<std::string_view, std::vector<WrittenClip>> dated;
+        for (const Shoot::Clip& clip : shoot.clips) {
+            const std::string_view folder = folderOf(clip.group->video);
+            if (countsFromZero(clip.group->video)) folders_.insert(folder);
+            if (const auto written = writtenOf(clip)) dated[folder].push_back(*written);
+        }
+        for (auto& [folder, clips] : dated)
+            if (std::ranges::sort(clips, {}, &WrittenClip::seconds); countsWhileRunning(clips))
+                folders_.insert(folder);
         // A time reference of 0 is none.
         for (const MediaAsset& recording : shoot.input.recordings)
             if (!shoot.recordingByID.contains(recording.id)) folders_.insert(folderOf(recording));
@@ -44,10 +57,39 @@ class CountingFolders {
     std::set<std::string_view> folders_;
 };
 
-/// Of clips whose timecode is no time of day all recordings, of others those of which that is true; empty
-/// where these are too many.
-std::vector<PairByEar> pairsByEar(const Shoot& shoot) {
-    std::vector<PairByEar> pairs;
+/// The pairs that may belong together, and which of them are listened to.
+struct PairsByEar {
+    std::vector<PairByEar> heard;
+    std::size_t count = 0;                      ///< of those that may
+    std::vector<const Shoot::Clip*> clips = {}; ///< with a pair
+};
+
+bool areTooMany(const std::vector<PairByEar>& pairs) {
+    double seconds = 0;
+    for (const PairByEar& pair : pairs) seconds += pair.recording->durationSeconds.value_or(0);
+    return pairs.size() > mostPairsByEar || seconds > mostSecondsByEar;
+}
+
+/// Whether the recording ran at about the time of the clip's date, in whatever zone that is written: it is
+/// that of its first picture or of its last.
+bool mayBeOfDate(const Shoot& shoot, const PairByEar& pair) {
+    constexpr double hour = 3600, besideSeconds = 60; // by which clocks are set wrong without any notice
+    const MediaAsset& video = pair.clip->group->video;
+    const auto written = writtenSeconds(video);
+    const auto placed = shoot.recordingByID.find(pair.recording->id);
+    if (!written || placed == shoot.recordingByID.end()) return false;
+    const double length = video.durationSeconds.value_or(0);
+    const SyncEngine::TCRange& sound = shoot.recordings[placed->second].place.range;
+    const double reach = length + besideSeconds + sound.durationSeconds() / 2;
+    const double middle = (sound.startSeconds + sound.endSeconds) / 2;
+    return std::abs(std::remainder(*written - middle, hour)) <= reach;
+}
+
+/// Of clips whose timecode is no time of day all recordings, of others those of which that is true. Where
+/// these are too many, those alone that ran at about the time of the clip's date; none where they are too
+/// many as well.
+PairsByEar pairsByEar(const Shoot& shoot) {
+    PairsByEar pairs;
     const CountingFolders counting(shoot);
     const std::vector<bool> isUsed = shoot.usedWholes();
     const auto hasTime = [&](const MediaAsset& recording) {
@@ -55,8 +97,9 @@ std::vector<PairByEar> pairsByEar(const Shoot& shoot) {
         return placed != shoot.recordingByID.end() &&
                (!counting.hold(recording) || isUsed[shoot.wholes.firstOf[placed->second]]);
     };
-    double seconds = 0;
+    platform::StopCheck check(shoot.stop);
     for (const Shoot::Clip& clip : shoot.clips) {
+        check();
         if (clip.isDecided || clip.group->matchStatus.kind != MatchStatus::Kind::unmatched ||
             !isAudible(clip))
             continue;
@@ -66,26 +109,45 @@ std::vector<PairByEar> pairsByEar(const Shoot& shoot) {
             if (recording.isAtmo() || !(length > leastClaimedSeconds) || length > furthestAttachedSeconds ||
                 (!isWithout && hasTime(recording)))
                 continue;
-            seconds += length;
-            if (pairs.size() == mostPairsByEar || seconds > mostSecondsByEar) return {};
-            const AudioMatch laid =
-                SyncEngine::matchByTimecode(clip.group->video, recording, shoot.input.rules);
-            pairs.push_back({&clip, &recording, laid.syncOffsetSeconds});
+            ++pairs.count;
+            if (pairs.clips.empty() || pairs.clips.back() != &clip) pairs.clips.push_back(&clip);
+            const PairByEar pair{&clip, &recording, 0};
+            if (pairs.count <= mostPairsByEar || mayBeOfDate(shoot, pair)) pairs.heard.push_back(pair);
         }
     }
+    if (areTooMany(pairs.heard) || pairs.count > mostPairsByEar)
+        std::erase_if(pairs.heard, [&](const PairByEar& pair) { return !mayBeOfDate(shoot, pair); });
+    if (areTooMany(pairs.heard)) pairs.heard.clear();
+    for (PairByEar& pair : pairs.heard)
+        pair.laidSeconds =
+            SyncEngine::matchByTimecode(pair.clip->group->video, *pair.recording, shoot.input.rules)
+                .syncOffsetSeconds;
     return pairs;
 }
 
 } // namespace
 
 void addClaimsByEar(const Shoot& shoot, std::vector<SoundClaim>& toHear) {
-    for (const PairByEar& pair : pairsByEar(shoot))
+    for (const PairByEar& pair : pairsByEar(shoot).heard)
         if (heardClaim(shoot, pair.claim()) == nullptr) toHear.push_back(pair.claim());
+}
+
+void addPairsNotHeard(const Shoot& shoot, SyncDoubts& doubts) {
+    if (shoot.input.heardClaims == nullptr) return;
+    const PairsByEar pairs = pairsByEar(shoot);
+    if (pairs.count == 0 || !pairs.heard.empty()) return;
+    addCardDoubt(
+        doubts,
+        {SyncDoubt::Kind::noTimecode,
+         counted(pairs.count, "pair", "pairs") +
+             " of clips and recordings that no timecode brings together are too many to be listened to",
+         "diagnose one camera with the sound of its day alone, and leave out the rest with --exclude"},
+        pairs.clips);
 }
 
 void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts) {
     if (shoot.input.heardClaims == nullptr) return;
-    const auto pairs = pairsByEar(shoot);
+    const auto pairs = pairsByEar(shoot).heard;
     for (auto pair = pairs.begin(); pair != pairs.end();) {
         const auto next =
             std::find_if(pair, pairs.end(), [&](const PairByEar& other) { return other.clip != pair->clip; });

@@ -23,6 +23,7 @@ SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) 
     addSoundsByEar(shoot, doubts);
     addLoneRecordings(shoot, doubts);
     addTimecodeDoubts(shoot, doubts);
+    addPairsNotHeard(shoot, doubts);
     addDrift(shoot, doubts);
     addRivalDoubts(shoot, doubts);
     addOffsetsByHand(shoot, doubts);

@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
+#include "OrvaneSyncCore/Services/Diagnosis/RecordRun.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
@@ -47,24 +48,15 @@ class TimecodeDoubts {
                 cards_[std::string(folderOf(clip.group->video))].push_back(*dated);
         }
         for (auto& [folder, clips] : cards_)
-            if (std::ranges::sort(clips, {}, &Written::seconds); isConstant(clips)) addCard(folder, clips);
+            if (std::ranges::sort(clips, {}, &Written::seconds); countsWhileRunning(clips))
+                addCard(folder, clips);
         strays();
         recordingsWithoutTimecode();
     }
 
   private:
-    /// A clip with the time of its own date, seconds since 1970 in the user's calendar.
-    struct Written {
-        const Shoot::Clip* clip;
-        double seconds;
-        double secondOfDay() const { return std::fmod(seconds, secondsADay); }
-        const TCRange& range() const { return clip->place->range; }
-    };
+    using Written = WrittenClip;
 
-    static std::optional<Written> writtenOf(const Shoot::Clip& clip) {
-        const auto seconds = writtenSeconds(clip.group->video);
-        return seconds ? std::optional(Written{&clip, *seconds}) : std::nullopt;
-    }
     static std::string momentText(double seconds) {
         const double day = std::floor(seconds / secondsADay);
         const double rest = seconds - day * secondsADay;
@@ -302,35 +294,6 @@ class TimecodeDoubts {
         }
     }
 
-    /// Timecode that counts while the camera runs: between two clips more time passes by their dates than by
-    /// their timecode. Of files that were written anew, the dates follow each other faster than the clips
-    /// did.
-    static bool isConstant(const std::vector<Written>& clips) {
-        constexpr double sameSeconds = 10, farSeconds = 300, adjoiningSeconds = 0.1, mostly = 0.8;
-        int rising = 0, steady = 0;
-        bool adjoin = true;
-        double lost = 0;
-        for (std::size_t i = 1; i < clips.size(); ++i) {
-            const TCRange &before = clips[i - 1].range(), &range = clips[i].range();
-            const double written = clips[i].seconds - clips[i - 1].seconds;
-            const auto missing = [&](double from, double to) {
-                return std::remainder(written - (to - from), secondsADay);
-            };
-            const double atStart = missing(before.startSeconds, range.startSeconds),
-                         atEnd = missing(before.endSeconds, range.endSeconds);
-            const double least = std::abs(atStart) < std::abs(atEnd) ? atStart : atEnd;
-            if (std::abs(least) <= sameSeconds) {
-                ++steady;
-            } else if (least > 0 && range.startSeconds > before.startSeconds) {
-                ++rising;
-                lost += least;
-                adjoin = adjoin && std::abs(range.startSeconds - before.endSeconds) <= adjoiningSeconds;
-            }
-        }
-        const auto pairs = static_cast<double>(clips.size()) - 1;
-        return rising >= (adjoin ? 1 : 2) && rising >= steady && rising + steady >= mostly * pairs &&
-               lost > farSeconds;
-    }
     void addCard(const std::string& folder, const std::vector<Written>& clips) {
         std::vector<const Shoot::Clip*> all;
         for (const Written& one : clips) {

@@ -82,30 +82,114 @@ class TimecodeDoubts {
             std::string(clip.place ? "counts from 00:00:00:00, as cameras without a set clock do"
                                    : "has no timecode") +
             ", and no sound can be found for it";
-        std::string own;
-        if (const auto seconds = writtenSeconds(video)) {
-            message += "; it is dated " + momentText(*seconds);
-            const double behind = secondsBehind(folderOf(video));
-            if (const auto sound = soundAt(*seconds + behind, length)) {
-                const MediaAsset& recording = *shoot_.recordings[*sound].asset;
-                const std::string name = shoot_.nameOf(recording);
-                const auto laid = SyncEngine::matchByTimecode(video, recording, shoot_.input.rules);
-                const auto frames = offsetByDate(video, shoot_.recordings[*sound].place, laid, behind);
-                if (behind == 0)
-                    message += ", when " + name + " was recorded";
-                else
-                    message += ", " + spanText(std::abs(behind)) + (behind > 0 ? " before" : " after") +
-                               " the time of the recordings, as all clips of its folder are, and " + name +
-                               " was recorded then";
-                if (frames)
-                    message += " and lies by that date with an offset of " + framesText(*frames, video);
-                own = shoot_.nameOf(video) + " (" + name +
-                      (frames ? ", " + std::to_string(framesOf(*frames, video)) : "") + ")";
-            }
-        }
-        doubt(clip, Kind::noTimecode, message, byHand("its recording", video.channelCount.value_or(0) > 0));
-        doubts_.byGroup[clip.group->id].back().own = std::move(own);
+        const auto seconds = writtenSeconds(video);
+        if (seconds) message += "; it is dated " + momentText(*seconds);
+        const DatesHeard& dates = datesHeardIn(folderOf(video));
+        const bool areHeard = seconds && dates.clips > 0;
+        ByDate found;
+        if (areHeard)
+            found = byDatesHeard(video, *seconds, dates);
+        else if (seconds)
+            found = byDate(video, *seconds, length);
+        message += found.text;
+        DoubtCure cure = byHand("its recording", video.channelCount.value_or(0) > 0 && !areHeard);
+        if (areHeard && !found.own.empty()) cure = std::move(cure) + checkAClap;
+        doubt(clip, Kind::noTimecode, message, std::move(cure));
+        doubts_.byGroup[clip.group->id].back().own = std::move(found.own);
     }
+    /// What the date of a clip says of its sound; `own` names both where there is one.
+    struct ByDate {
+        std::string text, own;
+    };
+    ByDate byDate(const MediaAsset& video, double seconds, double length) {
+        const double behind = secondsBehind(folderOf(video));
+        const auto sound = soundAt(seconds + behind, length);
+        if (!sound) return {};
+        const MediaAsset& recording = *shoot_.recordings[*sound].asset;
+        const std::string name = shoot_.nameOf(recording);
+        const auto laid = SyncEngine::matchByTimecode(video, recording, shoot_.input.rules);
+        const auto frames = offsetByDate(video, shoot_.recordings[*sound].place, laid, behind);
+        ByDate found;
+        if (behind == 0)
+            found.text = ", when " + name + " was recorded";
+        else
+            found.text = ", " + spanText(std::abs(behind)) + (behind > 0 ? " before" : " after") +
+                         " the time of the recordings, as all clips of its folder are, and " + name +
+                         " was recorded then";
+        if (frames) found.text += " and lies by that date with an offset of " + framesText(*frames, video);
+        found.own = shoot_.nameOf(video) + " (" + name +
+                    (frames ? ", " + std::to_string(framesOf(*frames, video)) : "") + ")";
+        return found;
+    }
+
+    /// What the clips of a folder that were heard say of its dates.
+    struct DatesHeard {
+        std::ptrdiff_t clips = 0; ///< that were heard
+        /// To be added to the dates; absent where these do not agree.
+        std::optional<double> correction = {};
+        bool areOfEnds = false; ///< the dates are those of the last pictures
+    };
+    const DatesHeard& datesHeardIn(std::string_view folder) {
+        const auto [known, isNew] = heardDates_.try_emplace(folder);
+        if (!isNew) return known->second;
+        std::vector<double> atStart, atEnd;
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            const MediaAsset& video = clip.group->video;
+            const auto written = writtenSeconds(video);
+            const auto start = written && folderOf(video) == folder ? heardStart(clip) : std::nullopt;
+            if (!start) continue;
+            atStart.push_back(*start - *written);
+            atEnd.push_back(*start + video.durationSeconds.value_or(0) - *written);
+        }
+        DatesHeard& heard = known->second;
+        heard.clips = std::ssize(atStart);
+        if (heard.clips < explanation::fewest) return heard;
+        const auto ofStarts = std::ranges::minmax(atStart), ofEnds = std::ranges::minmax(atEnd);
+        heard.areOfEnds = ofEnds.max - ofEnds.min < ofStarts.max - ofStarts.min;
+        const auto& [least, most] = heard.areOfEnds ? ofEnds : ofStarts;
+        constexpr double wholeSeconds = 1.2; // that dates are written in
+        if (most - least <= wholeSeconds) heard.correction = (least + most) / 2;
+        return heard;
+    }
+    /// When the clip began by the clock of the recording in which it was heard; as dates are.
+    std::optional<double> heardStart(const Shoot::Clip& clip) const {
+        const auto own = doubts_.byGroup.find(clip.group->id);
+        if (own == doubts_.byGroup.end()) return std::nullopt;
+        const auto heard = std::ranges::find_if(own->second, [](const SyncDoubt& doubt) {
+            return doubt.kind == Kind::noTimecode && doubt.suggestion && doubt.suggestion->recordingID;
+        });
+        if (heard == own->second.end()) return std::nullopt;
+        const auto found = shoot_.recordingByID.find(*heard->suggestion->recordingID);
+        if (found == shoot_.recordingByID.end() || !shoot_.recordings[found->second].place.day)
+            return std::nullopt;
+        const Recording& recording = shoot_.recordings[found->second];
+        const auto laid =
+            SyncEngine::matchByTimecode(clip.group->video, *recording.asset, shoot_.input.rules);
+        return onLine(recording.place).startSeconds - laid.syncOffsetSeconds -
+               heard->suggestion->offsetSeconds;
+    }
+    ByDate byDatesHeard(const MediaAsset& video, double seconds, const DatesHeard& dates) {
+        const double length = video.durationSeconds.value_or(0);
+        if (!dates.correction) return {};
+        const double start = seconds + *dates.correction - (dates.areOfEnds ? length : 0);
+        const auto sound = datedSound().of({start, start + length});
+        if (!sound) return {};
+        const Recording& recording = shoot_.recordings[*sound];
+        const std::string name = shoot_.nameOf(*recording.asset);
+        const auto laid = SyncEngine::matchByTimecode(video, *recording.asset, shoot_.input.rules);
+        const double offset = onLine(recording.place).startSeconds - start - laid.syncOffsetSeconds;
+        constexpr double leastTold = 0.5;
+        const bool areRight = std::abs(*dates.correction) < leastTold;
+        return {
+            ", and the dates of " + counted(dates.clips, "clip", "clips") +
+                " beside it that were heard are " +
+                (areRight
+                     ? "right"
+                     : spanText(std::abs(*dates.correction)) + (*dates.correction < 0 ? " late" : " early")) +
+                ": by that, " + name + " lies with an offset of about " + framesText(offset, video),
+            shoot_.nameOf(video) + " (" + name + ", about " + std::to_string(framesOf(offset, video)) + ")"};
+    }
+
     /// By how much the dates of clips without timecode are behind those of the recordings, as phones date in
     /// UTC: by the only number of hours at which all clips of the folder have sound. 0 where their dates are
     /// right, and where nothing is sure.
@@ -252,6 +336,11 @@ class TimecodeDoubts {
     }
     /// The recording under a clip of that length that begins or ends then.
     std::optional<std::size_t> soundAt(double seconds, double length) {
+        const Cover& cover = datedSound();
+        const auto found = cover.of({seconds, seconds + length});
+        return found ? found : cover.of({seconds - length, seconds});
+    }
+    const Cover& datedSound() {
         if (cover_.isEmpty()) {
             for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
                 if (const FilePlace& place = shoot_.recordings[i].place; place.day) {
@@ -260,8 +349,7 @@ class TimecodeDoubts {
                 }
             cover_.finish();
         }
-        const auto found = cover_.of({seconds, seconds + length});
-        return found ? found : cover_.of({seconds - length, seconds});
+        return cover_;
     }
 
     /// Drop frame that was taken for non-drop, or the other way round, moves a clip by minutes: where a
@@ -351,9 +439,10 @@ class TimecodeDoubts {
     SyncDoubts& doubts_;
     std::map<std::string, std::vector<Written>> cards_; ///< by folder
     std::set<const Shoot::Clip*> reported_;
-    std::map<std::string_view, double> behind_; ///< as `secondsBehind`, by folder
-    std::set<UUID> used_;                       ///< recordings that a clip has
-    Cover cover_;                               ///< of the dated recordings, seconds since 1970
+    std::map<std::string_view, double> behind_;         ///< as `secondsBehind`, by folder
+    std::map<std::string_view, DatesHeard> heardDates_; ///< by folder
+    std::set<UUID> used_;                               ///< recordings that a clip has
+    Cover cover_;                                       ///< of the dated recordings, seconds since 1970
 };
 
 } // namespace

@@ -145,6 +145,45 @@ TEST(TimecodeDoubts, AConvertedFileIsToldWhereItWouldLieByTheRateThatItStates) {
     }
 }
 
+TEST(TimecodeDoubts, DatesAreCorrectedByTheClipsBesideThemThatWereHeard) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    for (const bool areOffByOneTime : {true, false}) {
+        Shot shot;
+        FileNames names;
+        for (int i = 0; i < 4; ++i) {
+            const int at = 36000 + 300 * i;
+            const std::string number = std::to_string(i);
+            MediaAsset& video = shot.videos.emplace_back(clipAt("/P/V" + number + ".mov", at, 12));
+            video.startTimecodeString.reset();
+            video.frameRate = 25;
+            video.channelCount = 1;
+            video.headerDate = *dateFromISO8601("2024-05-17T00:00:00Z") +
+                               std::chrono::seconds(at + (areOffByOneTime || i != 1 ? 3 : 9));
+            names.add(video);
+            names.add(shot.audios.emplace_back(recordingAt("/S/T" + number + ".wav", at - 5, 40)));
+        }
+        shot.date(shot.audios, "2024-05-17");
+        shot.diagnose();
+        HeardClaims heard;
+        DoubtInput input{shot.groups, shot.audios, {}, TrimMode::noTrim, {}, names};
+        for (const SoundClaim& claim : SyncDoubts::claims(input)) {
+            std::size_t own = 0;
+            while (shot.groups[own].id != claim.clipID) ++own;
+            const bool isHeard = own < 3 && claim.recordingID == shot.audios[own].id;
+            heard[claim.key()] = {isHeard ? std::optional(-4.985) : std::nullopt, true};
+        }
+        input.heardClaims = &heard;
+        SyncDoubts doubts = SyncDoubts::of(input);
+        const std::string told = doubts.byGroup[shot.groups[3].id].front().message;
+        EXPECT_EQ(
+            told.ends_with("3 clips beside it that were heard are 3.0 s late: by that, 'T3.wav' lies with "
+                           "an offset of about -125 frames"),
+            areOffByOneTime)
+            << told;
+        EXPECT_EQ(told.find("offset") != std::string::npos, areOffByOneTime) << told;
+    }
+}
+
 TEST(TimecodeDoubts, ARecordingDatedMidnightIsNamedWhereAClipLacksIt) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     struct Case {

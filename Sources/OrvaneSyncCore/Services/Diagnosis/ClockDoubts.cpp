@@ -16,6 +16,7 @@
 #include <chrono>
 #include <cmath>
 #include <set>
+#include <string_view>
 #include <utility>
 
 namespace orvane {
@@ -268,7 +269,9 @@ class ClockDoubts {
             text += "; the microphones of the cameras heard their sound there in " +
                     counted(heard.clips, "clip", "clips");
         DoubtCure cure =
-            cure_.of(card, offset).in(lost > 0 ? cure_.scanOfRecordings(card, one.isPart) : std::nullopt) +
+            cure_.of(card, offset)
+                .in(lost > 0 ? cure_.scanOfRecordings(card, one.isPart, camerasFor(card, doubted))
+                             : std::nullopt) +
             common.clapAfter(rate_) +
             (lost == 0                 ? ""
              : isForAll || !one.isPart ? cure_.forOtherSound(one.card)
@@ -284,6 +287,16 @@ class ClockDoubts {
         if (!isToldLikewise(doubts_, doubt, doubted, one.name(shoot_)))
             addCardDoubt(doubts_, std::move(doubt), doubted);
         return true;
+    }
+    /// Those of the card's unit, as long as it is they that are in doubt; empty for all.
+    std::set<std::string_view> camerasFor(const Card& card,
+                                          const std::vector<const Shoot::Clip*>& doubted) const {
+        auto cameras = cure_.camerasOfUnit(card);
+        const auto count = std::ranges::count_if(
+            doubted, [&](const Shoot::Clip* clip) { return cameras.contains(folderOf(clip->group->video)); });
+        if (static_cast<double>(count) < explanation::majority * static_cast<double>(doubted.size()))
+            cameras.clear();
+        return cameras;
     }
     /// How many clips would lose their sound if all recordings moved. What lies on a card whose clock is
     /// wrong as well has its sound by chance, unless its clock is right for some of it.

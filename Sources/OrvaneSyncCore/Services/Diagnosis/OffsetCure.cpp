@@ -1,10 +1,12 @@
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 
 #include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
+#include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <set>
 
 namespace orvane {
@@ -56,6 +58,32 @@ std::optional<CureScan> OffsetCure::scanOfRecordings(const Card& card, bool isPa
                                              : !cameras.empty() && !cameras.contains(folderOf(file));
     }),
                        "these recordings");
+}
+
+std::set<std::string_view> OffsetCure::camerasOfUnit(const Card& card) const {
+    std::map<std::string_view, const MediaAsset*> own, other; // of sound, a file of each folder
+    for (const Recording& recording : shoot_.recordings)
+        (isOn(card, shoot_, *recording.asset) ? own : other)
+            .try_emplace(folderOf(*recording.asset), &*recording.asset);
+    const auto nearest = [](const MediaAsset& clip, const auto& folders) {
+        UnitNearness best;
+        for (const auto& [folder, file] : folders) best = std::max(best, UnitNearness::of(clip, *file));
+        return best;
+    };
+    std::set<std::string_view> kept;
+    bool hasCameras = false, hasOtherUnit = false;
+    for (const Shoot::Clip& clip : shoot_.clips) {
+        const MediaAsset& video = clip.group->video;
+        const std::string_view folder = folderOf(video);
+        if (kept.contains(folder)) continue;
+        const auto toOwn = nearest(video, own), toOther = nearest(video, other);
+        hasCameras = hasCameras || toOwn > toOther;
+        if (toOwn < toOther)
+            hasOtherUnit = true;
+        else
+            kept.insert(folder);
+    }
+    return hasCameras && hasOtherUnit ? kept : std::set<std::string_view>();
 }
 
 std::string OffsetCure::forOtherSound(const Card& card) const {

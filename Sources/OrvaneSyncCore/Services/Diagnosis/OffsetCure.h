@@ -23,6 +23,9 @@ class OffsetCure {
     /// empty for all.
     std::optional<CureScan> scanOfRecordings(const Card& card, bool isPart,
                                              const std::set<std::string_view>& cameras = {}) const;
+    /// The folders of clips for such a scan, where the card is of a unit that has cameras and sound of its
+    /// own, as another one has: without those of the other. Empty where nothing tells units apart.
+    std::set<std::string_view> camerasOfUnit(const Card& card) const;
     /// What to say behind such a cure where clips have other sound as well, which that scan leaves out.
     std::string forOtherSound(const Card& card) const;
     /// The same behind the cure of a part of a card, whose other recordings that scan leaves out.

@@ -1,10 +1,13 @@
+#include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ClipInDoubt.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
-#include <set>
+#include <cmath>
+#include <map>
 #include <string_view>
 #include <utility>
 
@@ -19,24 +22,38 @@ constexpr double louderDB = 12;
 constexpr double ambiguityShare = 0.5; // of the best overlap, as matching has it
 constexpr float someSpeech = 0.1F;     // share of the windows
 
-/// Folders of clips with folders of recordings of which microphones heard something where it lies.
-class CardsInPlace {
+/// Folders of clips with folders of recordings of which microphones heard something.
+class HeardFolders {
   public:
-    explicit CardsInPlace(const Shoot& shoot) {
+    explicit HeardFolders(const Shoot& shoot) {
         const auto* heard = shoot.input.heardLags;
         if (heard == nullptr || heard->empty()) return;
-        for (const Shoot::Clip& clip : shoot.clips)
-            if (clip.primary && heard->contains(clip.group->audioMatches.front().id))
-                folders_.insert(foldersOf(*clip.group));
+        for (const Shoot::Clip& clip : shoot.clips) {
+            if (!clip.primary) continue;
+            const auto lag = heard->find(clip.group->audioMatches.front().id);
+            if (lag == heard->end()) continue;
+            Count& count = counts_[foldersOf(*clip.group)];
+            ++count.heard;
+            if (std::abs(lag->second.seconds) <= inPlaceSeconds) ++count.inPlace;
+        }
     }
-    bool hold(const SyncGroup& group) const { return folders_.contains(foldersOf(group)); }
+    bool hold(const SyncGroup& group) const { return counts_.contains(foldersOf(group)); }
+    /// Whether all that was heard lies where timecode lays it.
+    bool areInPlace(const SyncGroup& group) const {
+        const auto found = counts_.find(foldersOf(group));
+        return found != counts_.end() && found->second.inPlace >= explanation::fewest &&
+               found->second.inPlace == found->second.heard;
+    }
 
   private:
     using Folders = std::pair<std::string_view, std::string_view>;
+    struct Count {
+        int heard = 0, inPlace = 0;
+    };
     static Folders foldersOf(const SyncGroup& group) {
         return {folderOf(group.video), folderOf(*group.primaryAudio())};
     }
-    std::set<Folders> folders_;
+    std::map<Folders, Count> counts_;
 };
 
 /// The doubts about one clip by itself.
@@ -44,12 +61,12 @@ class ClipDoubts {
   public:
     ClipDoubts(const Shoot& shoot, const Shoot::Clip& clip) : of_(shoot, clip) {}
 
-    std::vector<SyncDoubt> all(bool mayChooseFirst, const CardsInPlace& heard) {
+    std::vector<SyncDoubt> all(bool mayChooseFirst, const HeardFolders& heard) {
         addLabelOutsideOfRate(of_, of_.group.video);
         if (of_.group.isMOS()) return std::move(of_.doubts);
         addLabelOutsideOfRate(of_, *of_.group.primaryAudio());
         ambiguous(mayChooseFirst);
-        addOtherCounts(of_);
+        if (!heard.areInPlace(of_.group)) addOtherCounts(of_); // else it changes nothing
         if (of_.group.matchStatus.isSettled()) {
             addLengthDoubts(of_, heard.hold(of_.group));
             mutedSpeech();
@@ -148,7 +165,7 @@ class ClipDoubts {
 void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts) {
     const bool mayChooseFirst = std::ranges::none_of(
         shoot.clips, [&](const Shoot::Clip& clip) { return heardAmong(shoot, clip).value_or(0) > 0; });
-    const CardsInPlace heard(shoot);
+    const HeardFolders heard(shoot);
     addFromEachClip(doubts, shoot, [&](const Shoot::Clip& clip) {
         return ClipDoubts(shoot, clip).all(mayChooseFirst, heard);
     });

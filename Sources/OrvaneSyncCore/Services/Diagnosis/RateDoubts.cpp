@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Services/Matching/AssetPlacement.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
@@ -55,7 +56,7 @@ class RateDoubts {
         std::optional<Rate> best;
         int most = explanation::fewest - 1;
         for (const auto candidate : ratesCountingAs(rate_)) {
-            if (candidate == shoot_.input.rules.timecodeRate) continue;
+            if (candidate == shoot_.input.rules.timecodeRate || isRefutedByEar(candidate)) continue;
             platform::throwIfStopped(shoot_.stop);
             const auto [all, without] = foundAt(candidate);
             if (without.clips <= most || without.recordings < explanation::fewest) continue;
@@ -68,6 +69,25 @@ class RateDoubts {
             best = Rate{candidate, without};
         }
         return best;
+    }
+    /// Whether sound was heard at one distance from where the labels lay it as they are read, which is no
+    /// drift, and at several ones as this rate would lay it.
+    bool isRefutedByEar(TimecodeFrameRate rate) const {
+        if (shoot_.input.heardLags == nullptr) return false;
+        std::vector<double> asRead, atRate;
+        for (const Shoot::Clip* clip : clips_.all) {
+            if (!clip->primary || clip->group->manualAudioOffsetSeconds != 0) continue;
+            const AudioMatch& match = clip->group->audioMatches.front();
+            const auto lag = shoot_.input.heardLags->find(match.id);
+            const auto sound = AssetPlacement(*match.audio, rate).range();
+            const auto picture = AssetPlacement(clip->group->video, rate).range();
+            if (lag == shoot_.input.heardLags->end() || !sound || !picture) continue;
+            asRead.push_back(lag->second.seconds);
+            const double start = sound->startSeconds - picture->startSeconds;
+            atRate.push_back(
+                std::remainder(match.syncOffsetSeconds + lag->second.seconds - start, secondsADay));
+        }
+        return agreementOf(asRead, explanation::fewest, 0) && !agreementOf(atRate, explanation::fewest, 0);
     }
     static bool areApart(const FilePlace& a, const FilePlace& b) {
         constexpr double aFrame = 0.01; // and less, at any rate

@@ -135,6 +135,9 @@ TEST(DoubtLanguageTest, SaysEveryKindOfDoubtAndItsCureInGerman) {
         std::vector<CardDoubt> told = SyncDoubts::of(input).summary(shot.groups);
         input.heardLags = &heard;
         std::ranges::copy(SyncDoubts::of(input).summary(shot.groups), std::back_inserter(told));
+        shot.groups.update(shot.groups.front().id,
+                           [](SyncGroup& group) { group.manualAudioOffsetSeconds = 1; });
+        std::ranges::copy(SyncDoubts::of(input).summary(shot.groups), std::back_inserter(told));
         for (const CardDoubt& one : told) {
             kinds.insert(one.doubt.kind);
             for (const std::string& text : {messageInWords(one.doubt), cureInWords(one.doubt.cure).text})

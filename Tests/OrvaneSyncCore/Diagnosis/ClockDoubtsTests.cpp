@@ -317,8 +317,12 @@ TEST(ClockDoubts, OffsetsByHandTellOfTheOtherClips) {
             SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard});
         EXPECT_EQ(shot.count(Kind::constantOffset), one.doubted) << one.name;
         const auto card = shot.card(Kind::constantOffset);
-        EXPECT_TRUE(!card || card->doubt.cure.text().find("--sound-offset -00:00:02:10") != std::string::npos)
-            << card->doubt.cure.text();
+        // What was moved by hand would be moved again by an option for all recordings.
+        const std::string cure = card ? card->doubt.cure.text() : "";
+        EXPECT_TRUE(!card || cure.find(one.byHand.empty() ? "--sound-offset -00:00:02:10"
+                                                          : "-60 under 'offset_frames'") != std::string::npos)
+            << cure;
+        EXPECT_TRUE(one.byHand.empty() || !card || card->doubt.cure.firstWay() == nullptr) << one.name;
     }
 }
 

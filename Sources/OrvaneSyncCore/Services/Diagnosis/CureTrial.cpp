@@ -1,6 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/CureTrial.h"
 
-#include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
+#include "OrvaneSyncCore/Services/Diagnosis/KeptFiles.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 
 #include <algorithm>
@@ -13,39 +13,6 @@ namespace orvane {
 namespace {
 
 using TriedKind = CureOption::Kind;
-
-/// Of all files those that a scan by these options takes.
-class KeptFiles {
-  public:
-    KeptFiles(const std::vector<FileURL>& folders, const std::vector<CureOption>& options) {
-        for (const FileURL& folder : folders) roots_.push_back(withSlash(folder.path));
-        for (const CureOption& option : options) {
-            if (option.kind == TriedKind::exclude) patterns_.emplace_back(roots_, option.value);
-            if (option.kind == TriedKind::withoutFolder) std::erase(roots_, withSlash(option.value));
-            if (option.kind == TriedKind::video) videoFolders_.push_back(withSlash(option.value));
-            if (option.kind == TriedKind::audio) audioFolders_.push_back(withSlash(option.value));
-        }
-    }
-    bool has(const MediaAsset& file) const {
-        const std::string& path = file.url.path;
-        if (std::ranges::any_of(patterns_, [&](const PassedOver& one) { return one.leavesOut(path); }))
-            return false;
-        if (videoFolders_.empty() && audioFolders_.empty()) return roots_.empty() || isIn(roots_, path);
-        return isIn(file.kind == AssetKind::video ? videoFolders_ : audioFolders_, path);
-    }
-
-  private:
-    static std::string withSlash(const std::string& folder) {
-        return folder + (folder.ends_with('/') ? "" : "/");
-    }
-    static bool isIn(const std::vector<std::string>& folders, const std::string& path) {
-        return std::ranges::any_of(folders,
-                                   [&](const std::string& folder) { return path.starts_with(folder); });
-    }
-
-    std::vector<std::string> roots_, videoFolders_, audioFolders_; ///< with a slash behind each
-    std::vector<PassedOver> patterns_;
-};
 
 bool isOptionOfMatching(const CureOption& option) {
     return option.kind != TriedKind::setting && option.kind != TriedKind::choose;
@@ -101,9 +68,7 @@ struct Outcome {
 bool CureTrial::helps(const CardDoubt& doubt) const {
     const CureWay* way = doubt.doubt.cure.firstWay();
     if (way == nullptr || !std::ranges::all_of(way->options, isOptionOfMatching)) return true;
-    std::vector<CureOption> all = way->options;
-    if (way->scan) all.insert(all.end(), way->scan->options.begin(), way->scan->options.end());
-    const KeptFiles kept(input_.folders, all);
+    const KeptFiles kept(input_.folders, *way);
     std::vector<MediaAsset> videos, audios;
     for (const SyncGroup& group : input_.groups)
         if (kept.has(group.video)) videos.push_back(group.video);

@@ -1,47 +1,53 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
-#include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Stop.h"
+#include "Platform/Text.h"
 
 #include <algorithm>
 #include <cmath>
-#include <set>
+#include <string>
 
 namespace orvane {
+
+namespace {
+
+std::string namesOf(const Shoot& shoot, const std::vector<const Shoot::Clip*>& clips) {
+    constexpr std::size_t most = 4;
+    std::vector<std::string> names;
+    for (const Shoot::Clip* clip : clips)
+        if (names.size() < most) names.push_back(shoot.nameOf(clip->group->video));
+    return platform::text::joined(names, ", ") +
+           (clips.size() > most ? " and " + counted(clips.size() - most, "more clip", "more clips") : "");
+}
+
+} // namespace
 
 void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
     const auto cards = handledClips(shoot);
     const auto rate = rateOfLabels(shoot);
-    const OffsetCure cure(shoot, rate);
     for (const auto& entry : cards) {
         const CameraAndCard& key = entry.first;
         const HandledClips& card = entry.second;
         platform::throwIfStopped(shoot.stop);
         const auto moved = agreementOf(card.offsets, explanation::fewest);
         if (!moved || card.isConfirmed || card.unmoved.empty()) continue;
-        const std::string_view camera = std::get<0>(key), recorder = std::get<1>(key);
-        const auto day = std::get<2>(key);
-        Card sound{std::string(recorder), day, {}};
-        const bool isAlone = std::ranges::none_of(cards, [&](const auto& other) {
-            return other.first != key && std::get<1>(other.first) == recorder &&
-                   std::get<2>(other.first) == day;
-        });
-        const bool isPart = !findRecorder(sound, card.all);
+        const double fps = timecodeRate::frameRateForRealTimeCalculation(rate);
+        const std::string frames = std::to_string(std::lround(moved->seconds * fps));
+        const std::string those = "the sound of " + counted(moved->count, "clip", "clips") + " in '" +
+                                  std::string(std::get<0>(key)) + "' was moved " +
+                                  spanText(std::abs(moved->seconds)) +
+                                  (moved->seconds < 0 ? " earlier" : " later") + " by hand, and that of ";
+        const std::string why = ", with recordings of the same card, was not: its clock may be wrong by that";
+        // No option: it would move again what was moved by hand.
         addCardDoubt(doubts,
-                     {SyncDoubt::Kind::constantOffset,
-                      "the sound of " + counted(moved->count, "clip", "clips") + " in '" +
-                          std::string(camera) + "' was moved " + spanText(std::abs(moved->seconds)) +
-                          (moved->seconds < 0 ? " earlier" : " later") +
-                          " by hand, and that of the others, with recordings of the same card, was not: its "
-                          "clock may be wrong by that",
-                      "move the others by as much, or " +
-                          DoubtCure(CureOption::Kind::soundOffset,
-                                    offsetText(moved->seconds + shoot.input.rules.soundOffsetSeconds, rate))
-                              .in(cure.scanOfRecordings(
-                                  sound, isPart, isAlone ? std::set<std::string_view>() : std::set{camera})) +
-                          "; lock a clip whose sound is right as it is" +
-                          (isPart ? std::string() : cure.forOtherSound(sound))},
+                     {.kind = SyncDoubt::Kind::constantOffset,
+                      .message = those + namesOf(shoot, card.unmoved) + why,
+                      .cure = "move the others by as much" +
+                              cureWords::inTable(frames + " under 'offset_frames'") +
+                              ", or lock a clip whose sound is right as it is",
+                      .windowMessage = those + "the others" + why},
                      card.unmoved);
     }
 }

@@ -163,6 +163,8 @@ void addUnheardSound(const Shoot& shoot, SyncDoubts& doubts);
 void addLoneRecordings(const Shoot& shoot, SyncDoubts& doubts);
 /// That an offset was given which timecode tells roughly, and nobody checked: so after those above.
 void addGivenOffset(const Shoot& shoot, SyncDoubts& doubts);
+/// Takes the options off cures that would move clips again which were moved by hand: so after all others.
+void keepMovedClips(const Shoot& shoot, SyncDoubts& doubts);
 /// Recordings that the cameras heard, of clips that no timecode leads to them.
 void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts);
 /// Where such pairs were too many to be listened to, and no date says which of them to try.

@@ -135,8 +135,10 @@ void DatedSound::findOfOwnDay() {
     for (const Shoot::Clip& clip : shoot_.clips) {
         if (!clip.place || !clip.primary || !clip.isCovered) continue;
         const Recording& sound = shoot_.recordings[*clip.primary];
-        if (sound.place.day && sound.place.day == clip.likelyDay() && !suspected.contains(kindOf(sound)))
-            isOfOwnDay[shoot_.wholes.firstOf[*clip.primary]] = true;
+        if (!sound.place.day || sound.place.day != clip.likelyDay() || suspected.contains(kindOf(sound)))
+            continue;
+        isOfOwnDay[shoot_.wholes.firstOf[*clip.primary]] = true;
+        cardsOfOwnDay_.emplace(folderOf(*sound.asset), *sound.place.day);
     }
 }
 

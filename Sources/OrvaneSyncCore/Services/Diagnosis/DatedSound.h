@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace orvane {
@@ -43,6 +44,10 @@ class DatedSound {
     bool mayDaysBeMixed = false;
     bool isDateGivenToSeveralShoots = false;
 
+    /// Whether one of its folder and day is: the date of what lies beside a clip's own sound is no worse.
+    bool isOnCardOfOwnDay(const Recording& sound) const {
+        return cardsOfOwnDay_.contains({folderOf(*sound.asset), *sound.place.day});
+    }
     /// What clips of another day may have for their sound.
     const Cover& soundOf(long day) const;
     /// What the microphones of cameras heard in recordings of other dates: in several clips of that folder
@@ -66,6 +71,7 @@ class DatedSound {
     bool isSuspected(long day) const;
 
     const Shoot& shoot_;
+    std::set<std::pair<std::string_view, long>> cardsOfOwnDay_;
     std::map<long, Cover> free_; ///< of days with clips of their own, of those that lie under none
     struct HeardCount {
         int heard = 0, inPlace = 0, unheard = 0;

@@ -162,7 +162,8 @@ class DayDoubts {
         if (pair.isFirst() && sound_.isInPlaceOn(clips, *filmed, *recorded)) return false;
         const bool isUnheard = sound_.isUnheardOn(clips, *filmed, *recorded);
         const bool isOthers =
-            isUnheard || (!pair.isFirst() && heardAmong(shoot_, clip) == 0) ||
+            isUnheard ||
+            (!pair.isFirst() && (heardAmong(shoot_, clip) == 0 || sound_.isOnCardOfOwnDay(sound))) ||
             (sound_.isOfOwnDay[shoot_.wholes.firstOf[shoot_.recordingByID.at(match.audio->id)]] &&
              !sound_.isHeard(clip, sound));
         if (!pair.isFirst())

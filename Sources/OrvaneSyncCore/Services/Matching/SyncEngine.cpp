@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 
 #include "OrvaneSyncCore/Services/Matching/MeetingOrder.h"
+#include "OrvaneSyncCore/Services/Matching/OwnDays.h"
 #include "OrvaneSyncCore/Services/Matching/RecordingIndex.h"
 #include "OrvaneSyncCore/Services/Matching/RecordingParts.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <unordered_set>
 #include <utility>
 
 namespace orvane {
@@ -50,10 +52,12 @@ SyncGroup group(const MediaAsset& video, const TCRange& range, std::vector<Meeti
     return result;
 }
 
-/// What every video meets, by the rule of the days.
+/// What every video meets, by the rule of the days. `others`: of the same shoot, whose sound says as well
+/// which days are right.
 std::vector<std::vector<Meeting>> meetings(const std::vector<MediaAsset>& videos,
                                            const std::vector<std::optional<FilePlace>>& places,
                                            const std::vector<Recording>& recordings, const MatchRules& rules,
+                                           const std::vector<const MediaAsset*>& others, Places& otherPlaces,
                                            const std::stop_token& stop) {
     std::vector<std::vector<Meeting>> all(videos.size());
     const auto each = [&](const auto& meet) {
@@ -72,7 +76,18 @@ std::vector<std::vector<Meeting>> meetings(const std::vector<MediaAsset>& videos
     bool isOneSilent = false;
     for (std::size_t i = 0; i < videos.size(); ++i)
         isOneSilent = isOneSilent || (places[i] && places[i]->day && all[i].empty());
-    if (rules.days != MatchingDays::automatic || !isOneSilent) return all;
+    if (rules.days != MatchingDays::automatic) return all;
+
+    OwnDays ownDays(recordings);
+    for (std::size_t i = 0; i < videos.size(); ++i)
+        if (places[i]) ownDays.learn(videos[i], *places[i], all[i]);
+    for (const MediaAsset* video : others) {
+        platform::throwIfStopped(stop);
+        if (const auto place = otherPlaces.of(*video)) ownDays.learn(*video, *place, line.of(*place));
+    }
+    for (std::size_t i = 0; i < videos.size(); ++i)
+        if (places[i]) ownDays.leaveOutOthers(videos[i], *places[i], all[i]);
+    if (!isOneSilent) return all;
 
     std::vector<bool> isMet(recordings.size());
     for (std::size_t i = 0; i < videos.size(); ++i) {
@@ -147,7 +162,14 @@ SyncGroupList SyncEngine::match(const std::vector<MediaAsset>& videos, const std
     else
         for (const MediaAsset& video : videos) places.learn(video);
     for (const MediaAsset& video : videos) placed.push_back(places.of(video));
-    auto met = meetings(videos, placed, recordings, rules, stop);
+    std::vector<const MediaAsset*> others; // that are matched already
+    if (shoot != nullptr) {
+        std::unordered_set<UUID> own;
+        for (const MediaAsset& video : videos) own.insert(video.id);
+        for (const SyncGroup& group : *shoot)
+            if (!own.contains(group.video.id)) others.push_back(&group.video);
+    }
+    auto met = meetings(videos, placed, recordings, rules, others, places, stop);
     Identities ids;
     std::vector<SyncGroup> groups;
     groups.reserve(videos.size());

@@ -136,15 +136,15 @@ std::string meaningOf(const Parts& parts, const CureOptions& cure) {
     return meaning;
 }
 
-/// Returns whether the call writes a document.
-bool numberOutput(Parts& parts, int number) {
-    const auto output = std::ranges::find(parts, "--output", &Arguments::Part::option);
-    if (output == parts.end() || output->value == "-") return false;
-    const std::string& path = output->value;
+/// Numbers the name of a file that the option gives. Returns whether it gives one.
+bool numberFile(Parts& parts, std::string_view option, int number) {
+    const auto file = std::ranges::find(parts, option, &Arguments::Part::option);
+    if (file == parts.end() || file->value == "-") return false;
+    const std::string& path = file->value;
     const std::size_t slash = path.rfind('/'), point = path.rfind('.');
     const bool hasExtension = point != std::string::npos && (slash == std::string::npos || point > slash + 1);
     const std::size_t behind = hasExtension ? path.size() - point : 0;
-    std::string& word = output->words.back(); // its value ends it
+    std::string& word = file->words.back(); // its value ends it
     word.insert(word.size() - behind, "-" + std::to_string(number));
     return true;
 }
@@ -163,12 +163,13 @@ std::optional<std::string> CureCommands::next(const DoubtCure& cure, const std::
     if (way == nullptr) return std::nullopt;
     const CureOptions options(*way);
     Parts parts = besideCure(parts_, options);
-    std::string plain = shellLine(wordsOf(start_, parts, options));
     std::string meaning = meaningOf(parts, options);
     if (given_.contains(meaning) || !helps()) return std::nullopt;
     given_.insert(std::move(meaning));
-    if (!options.leavesCardsOut() || !numberOutput(parts, documents_ + 1)) return plain;
-    ++documents_;
+    std::erase_if(parts, [](const Arguments::Part& part) { return part.option == "--force"; });
+    const bool isTable = numberFile(parts, "--review", files_ + 1);
+    const bool isDocument = options.leavesCardsOut() && numberFile(parts, "--output", files_ + 1);
+    if (isTable || isDocument) ++files_;
     return shellLine(wordsOf(start_, parts, options));
 }
 

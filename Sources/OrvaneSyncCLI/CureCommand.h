@@ -19,7 +19,8 @@ class CureCommands {
     explicit CureCommands(std::span<const std::string> call);
 
     /// The call with the options of the first way that the cure names. Where these leave cards out, it writes
-    /// a document of its own beside that of the call: "OUT-2.fcpxml", "OUT-3.fcpxml" and so on. Nothing where
+    /// a document of its own beside that of the call: "OUT-2.fcpxml", "OUT-3.fcpxml" and so on; a table is
+    /// always another one, as people may have filled in the first, and nothing is forced. Nothing where
     /// no options do all of it, as where files have to be put into a folder of their own, for names that no
     /// terminal shows, and for a call that was given before or does nothing else than this one. No option
     /// comes twice, and no setting.
@@ -33,7 +34,7 @@ class CureCommands {
     std::vector<std::string> start_; ///< program and command
     std::vector<Arguments::Part> parts_;
     std::set<std::string> given_; ///< what they say, without numbers
-    int documents_ = 1;
+    int files_ = 1;               ///< documents and tables that are named so far
 };
 
 /// Those of all doubts, in their order.

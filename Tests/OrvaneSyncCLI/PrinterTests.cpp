@@ -109,7 +109,11 @@ TEST(CureCommand, isTheCallWithWhatTheCureSays) {
         {{"--set", "x.y=3", "a", "--quiet"},
          DoubtCure(setting, "x.y=3"),
          "--set x.y=3",
-         std::nullopt}, // in force
+         std::nullopt},                               // in force
+        {{"a", "--review", "day.1/t.tsv", "--force"}, // its table may hold decisions by then
+         sameDay,
+         "--days same",
+         "orvanesync scan a --review day.1/t-2.tsv --days same"},
         {{"a"},
          way({{soundDate, "2024-05-17"}}, {{exclude, ""}}, ", which you know"),
          "--sound-date 2024-05-17 in a scan of this card alone (--exclude FOLDER, which you know)",

@@ -27,8 +27,7 @@ void scan(Context& context, const Arguments& arguments) {
         context.out << state.dump(JSON::Layout::pretty) << "\n";
     } else {
         context.out << stateText(controller, context.mayColour) << smartAudioText(controller)
-                    << doubtsText(work, context.call());
-        if (!arguments.has("--quiet")) context.out << notComparedText(work.groups());
+                    << doubtsText(work, context.call()) << notComparedText(work.groups());
         if (review) context.out << review.text();
     }
     for (const std::string& warning : unheard) context.warn(warning);

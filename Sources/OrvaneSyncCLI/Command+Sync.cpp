@@ -113,8 +113,7 @@ void sync(Context& context, const Arguments& arguments) {
     run.show("Writing the document...");
     output.smartAudioMode = smartAudio;
     output.warnedAlready = run.warnings();
-    if (!review && !arguments.has("--quiet"))
-        output.lastLine = notComparedText(controller.work().syncGroups());
+    if (!review) output.lastLine = notComparedText(controller.work().syncGroups());
     output.write(controller, [&] { run.clearProgress(); });
 }
 

@@ -122,7 +122,7 @@ TEST(LanguageTest, NoWindowSaysAnythingInEnglishInGerman) {
 }
 
 TEST(LanguageTest, KnowsTextsAndSentencesButNoNames) {
-    const test::Spoken german(QStringLiteral("de"));
+    const test::Spoken spoken(QStringLiteral("de"));
     EXPECT_EQ(translated("Scan & Match"), QStringLiteral("Scannen & Zuordnen"));
     for (const auto& [english, german] :
          {std::pair<std::string, QStringView>("3.000 s after", u"3,000 s danach"),

@@ -234,6 +234,26 @@ TEST(ClockDoubts, CountANightAsOneCard) {
     EXPECT_EQ(card->groupIDs.size(), 8U);
 }
 
+TEST(ClockDoubts, TwoRecordersInOneFolderAreTwoCards) {
+    Shot shot;
+    for (int i = 0; i < 12; ++i) {
+        const double at = 36000 + 600 * i + 7 * i * i;
+        const std::string number = std::to_string(i + 10);
+        shot.videos.push_back(clipAt("/CAM/C" + number + ".mov", at, 60));
+        for (const auto& [recorder, ahead] : {std::pair("A", 0), {"B", 3 * 3600}}) {
+            shot.audios.push_back(recordingAt("/S/" + (recorder + number) + ".wav", at - 10 + ahead, 80));
+            shot.audios.back().bextOriginator = recorder;
+        }
+    }
+    shot.diagnose();
+    const auto card = shot.card(Kind::constantOffset);
+    ASSERT_TRUE(card);
+    EXPECT_TRUE(card->doubt.message.starts_with("the recordings in '/S' ('B10.wav' – 'B21.wav')"))
+        << card->doubt.message;
+    EXPECT_TRUE(card->doubt.cure.text().starts_with("--sound-offset -03:00:00:00"))
+        << card->doubt.cure.text();
+}
+
 TEST(CureTrial, RefusesWhatLeavesTheDoubtOrTakesOtherClipsTheirSound) {
     using enum CureOption::Kind;
     Shot shot; // the last recording has the date of the day before

@@ -323,6 +323,16 @@ TEST(TimecodeDoubts, TimecodeIsHeldAgainstTheDatesOfTheFiles) {
             EXPECT_NE(shot.doubts.summary(shot.groups).front().doubt.message.find("'T.wav' was recorded"),
                       std::string::npos);
         }
+        if (one.doubted == 4) {
+            const std::string message = shot.doubts.summary(shot.groups).front().doubt.message;
+            EXPECT_NE(message.find("it counts 24.0 s, and their dates are 18 min 19 s apart"),
+                      std::string::npos)
+                << message;
+        }
+        if (one.doubted != 1) continue;
+        shot.locks = "0.mov";
+        shot.diagnose();
+        EXPECT_EQ(shot.count(one.kind), 1) << one.name << ", behind a clip that is decided";
     }
 }
 

@@ -37,6 +37,7 @@ TEST(WesternText, isWhicheverReadsAsWords) {
         {u"Åsa på ängen, Bjørn, Æbler, Århus"},
         {u"perché no, città, più"},
         {u"don’t, we’re “wide” – go… 20°"},
+        {u"it’s on"},
         {u"take 3 — “ok”"},
         {u"«bonjour»"},
         {u"© Film", false},

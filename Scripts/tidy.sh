@@ -6,7 +6,7 @@
 #   Scripts/tidy.sh --all      over everything
 # Up to thirty sources of a target are looked at as one, as most of the time goes into the headers. ORVANE_TIDY_JOBS in the
 # environment says how many of these units are looked at at once; each takes up to 1.5 GB of memory. ORVANE_TIDY_ANALYZER=no
-# leaves out the static analyzer, which takes more than half of the time.
+# leaves out the static analyzer, which takes more than half of the time, and a number leaves it out above so many sources.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 folders=(Sources Tests Tools Benchmarks Fuzz Demo)
@@ -51,7 +51,18 @@ esac | sed "s|^|$PWD/|" | sort -u >"$wanted"
 
 export build=build/tidy
 export checks=-bugprone-suspicious-include # a source that is looked at with others is included by them
-if [ "${ORVANE_TIDY_ANALYZER:-yes}" = no ]; then checks+=',-clang-analyzer-*'; fi
+analyzer=${ORVANE_TIDY_ANALYZER:-yes}
+case "$analyzer" in
+    yes) ;;
+    no) checks+=',-clang-analyzer-*' ;;
+    *)
+        sources=$(wc -l <"$wanted")
+        if [ "$sources" -gt "$analyzer" ]; then
+            checks+=',-clang-analyzer-*'
+            echo "tidy: without the static analyzer, as there are $sources sources; Scripts/tidy.sh --all runs it over everything"
+        fi
+        ;;
+esac
 Scripts/install-dependencies.sh build tidy
 benchmarks=OFF
 if pkg-config --exists benchmark libebur128; then benchmarks=ON; fi

@@ -133,6 +133,24 @@ JSON batchRename(CommandContext& context, const Call& call) {
     return {};
 }
 
+JSON chooseSyncMethod(CommandContext& context, const Call& call) {
+    const auto method = fromJSON<SyncMethod>(call.any("method"));
+    context.controller->withUndo(undoSteps::setSyncMethod, [&] {
+        context.controller->clips().setSyncMethod(call.id("groupID"), method);
+    });
+    return {};
+}
+
+platform::Task overrideRange(Controller& controller, const Call& call) {
+    const double start = call.number("startSeconds"), end = call.number("endSeconds");
+    if (std::abs(end - start) < TrackEditing::shortestOverrideSeconds)
+        throw OutOfRange(platform::text::formatted("the range must last %g s at least",
+                                                   TrackEditing::shortestOverrideSeconds));
+    return controller.tracks().addBlockOverride(call.id("groupID"), start, end, call.integer("trackIndex"),
+                                                call.has("overrideID") ? std::optional(call.id("overrideID"))
+                                                                       : std::nullopt);
+}
+
 std::vector<Command> flagCommands() {
     using namespace undoSteps;
     return {
@@ -182,7 +200,7 @@ std::vector<Command> flagCommands() {
     };
 }
 
-std::vector<Command> valueCommands() {
+std::vector<Command> offsetCommands() {
     using namespace undoSteps;
     return {
         edit("adjustAudioOffset", "Moves the sound of the clip by seconds.", adjustAudioOffset,
@@ -213,6 +231,12 @@ std::vector<Command> valueCommands() {
              {"customPattern", text, true}},
             lockCluster)
             .undoneBy(lockAllInCluster),
+    };
+}
+
+std::vector<Command> nameCommands() {
+    using namespace undoSteps;
+    return {
         edit("setManualClipName", "Gives the clip a name of its own; a blank one removes it.",
              setManualClipName, {groupID, {"name", text}},
              [](Controller& controller, const Call& call) {
@@ -243,15 +267,14 @@ std::vector<Command> valueCommands() {
                 })
             .undoneBy(setManualClipName)
             .when(hasClipsWhileIdle),
+    };
+}
+
+std::vector<Command> valueCommands() {
+    using namespace undoSteps;
+    return {
         Command("setSyncMethod", undoSteps::setSyncMethod.actionName, "Says by what the clip is in sync.",
-                {groupID, {.name = "method", .kind = text, .choices = syncMethodNames}},
-                [](CommandContext& context, const Call& call) {
-                    const auto method = fromJSON<SyncMethod>(call.any("method"));
-                    context.controller->withUndo(setSyncMethod, [&] {
-                        context.controller->clips().setSyncMethod(call.id("groupID"), method);
-                    });
-                    return JSON();
-                })
+                {groupID, {.name = "method", .kind = text, .choices = syncMethodNames}}, chooseSyncMethod)
             .undoneBy(setSyncMethod),
         edit(
             "setManualSensorFrameRate",
@@ -271,16 +294,7 @@ std::vector<Command> valueCommands() {
                        {.name = "endSeconds", .kind = number, .lowest = 0},
                        {.name = "trackIndex", .kind = integer, .lowest = 1},
                        {"overrideID", id, true}},
-                      [](Controller& controller, const Call& call) {
-                          const double start = call.number("startSeconds"), end = call.number("endSeconds");
-                          if (std::abs(end - start) < TrackEditing::shortestOverrideSeconds)
-                              throw OutOfRange(
-                                  platform::text::formatted("the range must last %g s at least",
-                                                            TrackEditing::shortestOverrideSeconds));
-                          return controller.tracks().addBlockOverride(
-                              call.id("groupID"), start, end, call.integer("trackIndex"),
-                              call.has("overrideID") ? std::optional(call.id("overrideID")) : std::nullopt);
-                      }),
+                      overrideRange),
         editAndListen("removeBlockOverride", "Removes a range that was chosen by hand.", removeBlockOverride,
                       {groupID, {"overrideID", id}},
                       [](Controller& controller, const Call& call) {
@@ -396,7 +410,8 @@ std::vector<Command> undoCommands() {
 
 std::vector<Command> editCommands() {
     std::vector<Command> commands;
-    for (auto* part : {&flagCommands, &valueCommands, &recordingCommands, &undoCommands})
+    for (auto* part :
+         {&flagCommands, &offsetCommands, &nameCommands, &valueCommands, &recordingCommands, &undoCommands})
         std::ranges::move((*part)(), std::back_inserter(commands));
     return commands;
 }

@@ -8,6 +8,9 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <span>
+#include <utility>
+#include <vector>
 
 namespace orvane::views {
 
@@ -45,6 +48,65 @@ int leastStatusWidth() {
     return usual.sizeHint().width() + 2 * space::small;
 }
 
+int leastOf(const ColumnWidth& one) { return one.column == Column::match ? leastStatusWidth() : one.least; }
+
+/// One of the columns that share what the fixed ones leave.
+struct SharingColumn {
+    Column column;
+    double share; ///< in points, that its texts would fill or the user gave it
+    int least;
+    int points = 0; ///< what it gets
+};
+
+double sumOfShares(std::span<const SharingColumn> sharing) {
+    double sum = 0;
+    for (const SharingColumn& one : sharing) sum += one.share;
+    return sum;
+}
+
+/// Where there is too little for all: the clip's name first, by which it is known, and then it is the longest
+/// texts that are cut. `mostOfRest`: of the rest, for the name. Changes the order.
+void fitByNeeds(std::span<SharingColumn> sharing, int rest, double mostOfRest) {
+    const auto needOf = [](const SharingColumn& one) { return std::min(one.share, one.least * 1.0); };
+    double kept = 0; // for those that follow
+    for (const SharingColumn& one : sharing)
+        if (one.column != Column::name) kept += needOf(one);
+    std::ranges::sort(sharing, {}, [](const SharingColumn& one) {
+        return std::pair(one.column != Column::name, one.share);
+    });
+    SharingColumn& name = sharing.front();
+    const auto others = sharing.subspan(1);
+    name.points = static_cast<int>(std::min({name.share, mostOfRest * rest, rest - kept}));
+    rest -= name.points;
+    auto left = std::ssize(others);
+    for (SharingColumn& one : others) {
+        kept -= needOf(one);
+        const double equal = std::max(rest / static_cast<double>(left--), needOf(one));
+        one.points = static_cast<int>(std::min({one.share, equal, rest - kept}));
+        rest -= one.points;
+    }
+    name.points += std::max(rest, 0); // what the others do not need
+}
+
+/// Those whose share is too small get what they need, and the others share what that leaves. Changes the
+/// order.
+void fitByShares(std::span<SharingColumn> sharing, int rest) {
+    const auto give = [&](auto one, int points) {
+        one->points = points;
+        rest -= points;
+        std::rotate(one, one + 1, sharing.end());
+        sharing = sharing.first(sharing.size() - 1);
+    };
+    const auto needy = [&] {
+        const double sum = sumOfShares(sharing);
+        return std::ranges::find_if(
+            sharing, [&](const SharingColumn& one) { return rest * one.share < one.least * sum; });
+    };
+    for (auto one = needy(); one != sharing.end(); one = needy()) give(one, one->least);
+    while (!sharing.empty())
+        give(sharing.begin(), static_cast<int>(rest * sharing.front().share / sumOfShares(sharing)));
+}
+
 } // namespace
 
 void ResultsView::prepareColumns() {
@@ -64,86 +126,42 @@ void ResultsView::prepareColumns() {
     });
 }
 
-void ResultsView::fitColumns() {
-    const int width = table_->viewport()->width();
+int ResultsView::showColumnsThatFit(int width) {
     const bool isCompact = width < compactBelow;
     delegate_->setCompact(isCompact);
-    isFitting_ = true;
-    table_->setColumnHidden(static_cast<int>(Column::cameraFile), isCompact);
-    table_->setColumnHidden(static_cast<int>(Column::length), isCompact);
-    table_->setColumnHidden(static_cast<int>(Column::begins), isCompact);
+    for (const Column column : {Column::cameraFile, Column::length, Column::begins})
+        table_->setColumnHidden(static_cast<int>(column), isCompact);
     isFittedWithLoudness_ = rows_.isLoudnessKnown();
-    const auto leastOf = [](const ColumnWidth* one) {
-        return one->column == Column::match ? leastStatusWidth() : one->least;
-    };
     const auto isShown = [&](const ColumnWidth& one) {
         return one.column == Column::loudness ? isFittedWithLoudness_
                                               : !table_->isColumnHidden(static_cast<int>(one.column));
     };
     int least = table_->columnWidth(ResultsModel::marksColumn);
     for (const ColumnWidth& one : columnWidths)
-        if (isShown(one)) least += one.weight > 0 ? leastOf(&one) : one.fixed;
+        if (isShown(one)) least += one.weight > 0 ? leastOf(one) : one.fixed;
     // The review shows it as well, and a clip is known by its name.
     table_->setColumnHidden(static_cast<int>(Column::loudness), !isFittedWithLoudness_ || least > width);
     int rest = width - table_->columnWidth(ResultsModel::marksColumn);
-    std::vector<const ColumnWidth*> sharing;
-    for (const ColumnWidth& one : columnWidths) {
-        const int column = static_cast<int>(one.column);
-        if (table_->isColumnHidden(column)) continue;
-        if (one.weight > 0)
-            sharing.push_back(&one);
-        else
+    for (const ColumnWidth& one : columnWidths)
+        if (const int column = static_cast<int>(one.column);
+            one.weight == 0 && !table_->isColumnHidden(column))
             rest -= table_->columnWidth(column);
-    }
-    const auto shareOf = [this](const ColumnWidth* one) {
-        return shares_[static_cast<std::size_t>(one->column)];
-    };
-    const auto shared = [&] {
-        double sum = 0;
-        for (const ColumnWidth* one : sharing) sum += shareOf(one);
-        return sum;
-    };
-    const auto give = [&](const ColumnWidth* one, int points) {
-        table_->setColumnWidth(static_cast<int>(one->column), points);
-        rest -= points;
-    };
-    // By their needs, where there is too little for all: the clip's name first, by which it is known, and
-    // then it is the longest texts that are cut.
-    if (!areSharesChosen_ && shared() > rest) {
-        const auto needOf = [&](const ColumnWidth* one) {
-            return std::min(shareOf(one), leastOf(one) * 1.0);
-        };
-        double kept = 0; // for those that follow
-        for (const ColumnWidth* one : sharing)
-            if (one->column != Column::name) kept += needOf(one);
-        const auto name = std::ranges::find(sharing, Column::name, &ColumnWidth::column);
-        give(*name, static_cast<int>(std::min(
-                        {shareOf(*name), (isCompact ? mostOfCompactName : mostOfName) * rest, rest - kept})));
-        sharing.erase(name);
-        std::ranges::sort(sharing, {}, shareOf);
-        for (auto left = std::ssize(sharing); left > 0; --left) {
-            const ColumnWidth* one = sharing[sharing.size() - static_cast<std::size_t>(left)];
-            kept -= needOf(one);
-            const double equal = std::max(rest / static_cast<double>(left), needOf(one));
-            give(one, static_cast<int>(std::min({shareOf(one), equal, rest - kept})));
-        }
-        sharing.clear();
-        // What the others do not need is the name's again.
-        constexpr int nameColumn = static_cast<int>(Column::name);
-        table_->setColumnWidth(nameColumn, table_->columnWidth(nameColumn) + std::max(rest, 0));
-    }
-    // Those whose share is too small get what they need, and the others share what that leaves.
-    const auto needy = [&] {
-        const double sum = shared();
-        return std::ranges::find_if(
-            sharing, [&](const ColumnWidth* one) { return rest * shareOf(one) < leastOf(one) * sum; });
-    };
-    for (auto one = needy(); one != sharing.end(); one = needy()) {
-        give(*one, leastOf(*one));
-        sharing.erase(one);
-    }
-    for (; !sharing.empty(); sharing.erase(sharing.begin()))
-        give(sharing.front(), static_cast<int>(rest * shareOf(sharing.front()) / shared()));
+    return rest;
+}
+
+void ResultsView::fitColumns() {
+    const int width = table_->viewport()->width();
+    isFitting_ = true;
+    const int rest = showColumnsThatFit(width);
+    std::vector<SharingColumn> sharing;
+    for (const ColumnWidth& one : columnWidths)
+        if (one.weight > 0 && !table_->isColumnHidden(static_cast<int>(one.column)))
+            sharing.push_back({one.column, shares_[static_cast<std::size_t>(one.column)], leastOf(one)});
+    if (areSharesChosen_ || sumOfShares(sharing) <= rest)
+        fitByShares(sharing, rest);
+    else
+        fitByNeeds(sharing, rest, width < compactBelow ? mostOfCompactName : mostOfName);
+    for (const SharingColumn& one : sharing) table_->setColumnWidth(static_cast<int>(one.column), one.points);
     isFitting_ = false;
 }
 

@@ -79,6 +79,8 @@ class ResultsView : public WorkScreen {
     void setSelected(const std::vector<UUID>& clips, QAbstractItemView::ScrollHint hint);
     /// Gives the columns the width that there is; in a narrow window two of them go below their neighbours.
     void fitColumns();
+    /// Hides what a table of that width has no room for. Returns what the columns of fixed width leave.
+    int showColumnsThatFit(int width);
     /// Lets the columns share the width by what their texts need, unless somebody moved a border.
     void measureColumns();
     /// Whether any row says why it is doubtful or not matched.

@@ -50,6 +50,28 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, std::function
     rows->addWidget(title(tr("Sound under every clip")));
     rows->addWidget(welcome_ = makeWelcome());
 
+    rows->addWidget(makeFolders());
+    rows->addWidget(lost_ = new Remark);
+    lost_->setObjectName(QStringLiteral("lost"));
+    rows->addLayout(makeButtons());
+    rows->addWidget(makeRecent());
+    outer->addWidget(column, 0, Qt::AlignHCenter);
+    column->setMinimumWidth(std::min(widestForm, 600));
+    outer->addStretch(2);
+
+    connectFields();
+    observation_ = desktop_.controller().onChange([this](ImportField field) {
+        if (field == ImportField::videoFolderURL || field == ImportField::audioFolderURL ||
+            field == ImportField::scanScope)
+            showWhatIsSet();
+        if (field == ImportField::syncGroups) showWayBack();
+    });
+    sessionObservation_ = desktop_.sessions().onChange([this](SessionField) { showRecent(); });
+    showRecent();
+    showWhatIsSet();
+}
+
+QWidget* StartView::makeFolders() {
     auto* section = new Section(tr("Folders"));
     mode_ = new SegmentedChoice(tr("Folders of the shoot"),
                                 {tr("One folder with both"), tr("Picture and sound apart")}, [this](int) {
@@ -78,8 +100,10 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, std::function
     });
     moreLine->addWidget(leaveOut);
     section->add(moreRow_);
-    rows->addWidget(section);
+    return section;
+}
 
+QLayout* StartView::makeButtons() {
     auto* buttons = new QHBoxLayout;
     toClips_ = button(tr("Back to the Clips"), Glyph::back);
     toClips_->setToolTip(tr("Leaves the open clips as they are"));
@@ -90,15 +114,11 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, std::function
     start_->setToolTip(tr("Scan and match media files"));
     start_->setAutoDefault(true); // Return presses it
     buttons->addWidget(start_);
-    rows->addWidget(lost_ = new Remark);
-    lost_->setObjectName(QStringLiteral("lost"));
-    rows->addLayout(buttons);
-    rows->addWidget(makeRecent());
-    outer->addWidget(column, 0, Qt::AlignHCenter);
-    column->setMinimumWidth(std::min(widestForm, 600));
-    outer->addStretch(2);
-
     connect(start_, &QPushButton::clicked, this, [this] { scanWhenApplied(); });
+    return buttons;
+}
+
+void StartView::connectFields() {
     for (QLineEdit* one : {combined_, video_, audio_}) {
         connect(one, &QLineEdit::textEdited, this, [this] {
             refused_->show(Signal::missing, {});
@@ -116,15 +136,6 @@ StartView::StartView(Desktop& desktop, std::function<void()> scan, std::function
             applyFields(scan_);
         });
     }
-    observation_ = desktop_.controller().onChange([this](ImportField field) {
-        if (field == ImportField::videoFolderURL || field == ImportField::audioFolderURL ||
-            field == ImportField::scanScope)
-            showWhatIsSet();
-        if (field == ImportField::syncGroups) showWayBack();
-    });
-    sessionObservation_ = desktop_.sessions().onChange([this](SessionField) { showRecent(); });
-    showRecent();
-    showWhatIsSet();
 }
 
 QWidget* StartView::makeWelcome() {

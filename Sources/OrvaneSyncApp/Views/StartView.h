@@ -46,6 +46,9 @@ class StartView : public QWidget {
   private:
     QWidget* folderRow(QLineEdit* field, const QString& caption);
     void chooseInto(QLineEdit* field, const QString& caption);
+    QWidget* makeFolders();
+    QLayout* makeButtons();
+    void connectFields();
     QWidget* makeWelcome();
     QWidget* makeRecent();
     void showRecent();

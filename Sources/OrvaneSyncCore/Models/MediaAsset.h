@@ -55,8 +55,8 @@ struct MediaAsset {
     std::optional<SourceRateDomain> sourceRateDomainOverride; ///< the user's choice; absent: derived
     std::optional<IXMLData> ixmlData;
     std::optional<std::uint64_t> bextTimeReference; ///< samples since midnight
-    /// Hz, at which the file's own iXML says that this was counted, where that is 1 % and more from its sample
-    /// rate: a program converted the sound and copied the count.
+    /// Hz, at which the file's own iXML says that this was counted, where that is 1 % and more from its
+    /// sample rate: a program converted the sound and copied the count.
     std::optional<double> statedStampRate;
     std::optional<std::string> bextOriginator;
     std::optional<std::uint64_t> fileSizeBytes; ///< when it was probed

@@ -8,10 +8,12 @@
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Files.h"
+#include "Platform/Text.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <exception>
+#include <functional>
 #include <system_error>
 #include <unistd.h>
 
@@ -64,6 +66,12 @@ void chooseFolders(ImportController& controller, const Arguments& arguments) {
     controller.scan().setVideoFolderURL(std::move(video));
     controller.scan().setAudioFolderURL(std::move(audio));
     controller.scan().setScope(std::move(scope));
+    for (const char* option : {"--sound-offset", "--sound-date", "--tc-rate", "--days"}) {
+        const std::vector<std::string> given = arguments.values(option);
+        if (std::ranges::adjacent_find(given, std::ranges::not_equal_to()) != given.end())
+            throw UsageError(std::string(option) + " holds one value, and was given '" +
+                             platform::text::joined(given, "' and '") + "'");
+    }
     try {
         controller.scan().setCorrections(SourceCorrections::fromTexts(arguments.value("--sound-offset"),
                                                                       arguments.value("--sound-date"),

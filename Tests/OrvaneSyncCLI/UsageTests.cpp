@@ -42,6 +42,8 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
     check({"scan", folder.path(), "--exclude", ""}, 2, "--exclude needs a pattern");
     check({"scan", folder.path(), "--sound-offset", "1h"}, 2, "[-]HH:MM:SS:FF");
     check({"scan", folder.path(), "--tc-rate", "25", "--sound-offset", "-00:00:01:25"}, 2, "frames go to 24");
+    check({"scan", folder.path(), "--sound-date", "1899-01-01"}, 2, "outside of the years 1970 to 2199");
+    check({"scan", folder.path(), "--days", "same", "--days", "auto"}, 2, "was given 'same' and 'auto'");
     check({"scan", folder.path(), "--sound-date", "2026-02-30"}, 2, "no day");
     check({"scan", folder.path(), "--tc-rate", "fast"}, 2, "is none");
     check({"scan", folder.path(), "--choose", "last"}, 2, "--choose takes first");

@@ -51,6 +51,9 @@ void checkFrame(const std::string& text, const SignedLabel& label, TimecodeFrame
                           ", and at " + rateText(rate) + " frames go to " + std::to_string(most - 1));
 }
 
+// Of clocks that began anew, and of any shoot.
+constexpr std::chrono::year earliestSoundYear{1970}, latestSoundYear{2199};
+
 std::chrono::sys_days dayOf(const std::string& text) {
     const auto number = [&](std::size_t at, std::size_t length) {
         const auto value = platform::text::decimalInteger(text.substr(at, length));
@@ -65,6 +68,8 @@ std::chrono::sys_days dayOf(const std::string& text) {
         const std::chrono::year_month_day day{std::chrono::year(number(0, 4)),
                                               std::chrono::month(static_cast<unsigned>(number(5, 2))),
                                               std::chrono::day(static_cast<unsigned>(number(8, 2)))};
+        if (day.ok() && (day.year() < earliestSoundYear || day.year() > latestSoundYear))
+            throw CorrectionError("the sound date '" + text + "' lies outside of the years 1970 to 2199");
         if (day.ok()) return day;
     }
     throw CorrectionError("the sound date '" + text + "' is no day YYYY-MM-DD of the calendar");

@@ -299,6 +299,7 @@ TEST_F(SessionManagerTest, foldersAreKeptWithTheirSessions) {
     manager_->places().deleteEmptyFolder("Dreh");
     for (const char* name : {"New", "Dreh", " "})
         EXPECT_FALSE(manager_->places().renameFolder("Dreh", name)) << name;
+    EXPECT_FALSE(manager_->places().renameFolder("Nowhere", "Shoot"));
     EXPECT_TRUE(manager_->places().renameFolder("Dreh", " Shoot "));
     EXPECT_EQ(manager_->places().folderOfOpenSession(), "Shoot");
     EXPECT_EQ(manager_->folders().find("Shoot")->activePresetName, "Doc");

@@ -39,7 +39,8 @@ bool SessionPlaces::createFolder(std::string_view name) {
 bool SessionPlaces::renameFolder(std::string from, std::string_view to) {
     const std::string name(platform::text::trimmed(to));
     const auto taken = folderNames();
-    if (name.empty() || name == from || std::ranges::find(taken, name) != taken.end()) return false;
+    const auto isTaken = [&](const std::string& one) { return std::ranges::find(taken, one) != taken.end(); };
+    if (name.empty() || name == from || isTaken(name) || !isTaken(from)) return false;
     const std::vector<UUID> moved = sessions_.list().idsIn(from);
     folders_->rename(std::move(from), name);
     for (const UUID& id : moved) decide_(id, {.folder = name});

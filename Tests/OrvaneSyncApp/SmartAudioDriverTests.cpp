@@ -356,8 +356,9 @@ TEST_F(SmartAudioDriverTest, passesOverWhatHasGoneWhileItListened) {
 
 TEST_F(SmartAudioDriverTest, aResultAnswersWhatTheClipIsWhenItComes) {
     const auto check = [&](const char* change, const std::function<void(const UUID&)>& meanwhile,
-                           bool isHeard, const Tracks& expectedActive) {
+                           bool isHeardIfUnknown, const Tracks& expectedActive, bool isKept = false) {
         for (const bool wasKnown : {false, true}) {
+            const bool isHeard = isHeardIfUnknown || (wasKnown && isKept);
             SCOPED_TRACE(std::string(change) + (wasKnown ? ", known before" : ""));
             finish(controller_->scan().startScan());
             const UUID id = clip("A001")->id;
@@ -377,7 +378,8 @@ TEST_F(SmartAudioDriverTest, aResultAnswersWhatTheClipIsWhenItComes) {
         }
     };
     check("nothing", [](const UUID&) {}, true, {2});
-    check("undone", [&](const UUID&) { controller_->undo(); }, false, {2});
+    check(
+        "undone", [&](const UUID&) { controller_->undo(); }, false, {2}, true);
     check("put back to auto", [&](const UUID& id) { controller_->clips().resetClipToAutoSync(id); }, false,
           {});
     check("its recording taken away",
@@ -513,6 +515,28 @@ TEST_F(SmartAudioDriverTest, editsForgetOrRenewWhatTheyMakeStale) {
     EXPECT_TRUE(controller_->smartAudio().state().results.empty());
     EXPECT_EQ(active("A001"), Tracks{2}) << "before the solo";
     EXPECT_EQ(clip("B001")->manualAudioOffsetSeconds, 0);
+}
+
+TEST_F(SmartAudioDriverTest, takingBackKeepsTheResultsOfWhatIsAskedAsBefore) {
+    const UUID a = clip("A001")->id, b = clip("B001")->id;
+    controller_->withUndo(undoSteps::toggleApproved, [&] { controller_->clips().toggleApproved(a); });
+    controller_->withUndo(undoSteps::toggleAlgorithmInclusion,
+                          [&] { controller_->tracks().toggleAlgorithmInclusion(b, 2); });
+    analyseAll();
+    controller_->withUndo(undoSteps::addBlockOverride,
+                          [&] { controller_->tracks().addBlockOverride(a, 2, 4, 3); });
+    settle();
+    EXPECT_EQ(blockTracks("A001"), (Tracks{2, 3}));
+    controller_->undo();
+    EXPECT_TRUE(controller_->smartAudio().state().results.empty());
+    mainThread_->runPosted();
+    EXPECT_EQ(blockTracks("A001"), Tracks{2}) << "laid without the range";
+    controller_->undo();
+    controller_->undo();
+    mainThread_->runPosted();
+    EXPECT_EQ(result("B001"), nullptr) << "heard without the track that is back";
+    EXPECT_NE(result("A001"), nullptr);
+    EXPECT_EQ(active("A001"), Tracks{2}) << "which the clips of before the analysis had not";
 }
 
 TEST_F(SmartAudioDriverTest, blocksAreMeasuredOnTheDialogueOfAModel) {

@@ -5,7 +5,9 @@ namespace orvane {
 void SmartAudioCaches::removeSmartAudioCaches(const UUID& groupID) {
     ++removals_[groupID];
     state.results.erase(groupID);
-    routedBlocks.erase(groupID);
+    routed.erase(groupID);
+    setAside_.results.erase(groupID);
+    setAside_.passedOver.erase(groupID);
     state.passedOver.erase(groupID);
     state.soloMonitorTracks.erase(groupID);
     state.soloMonitorURLs.erase(groupID);
@@ -31,7 +33,7 @@ void SmartAudioCaches::removeAllRenderedAudio() {
 void SmartAudioCaches::invalidateCachesAfterUndo() {
     ++removalsOfAll_;
     state.results.clear();
-    routedBlocks.clear();
+    routed.clear();
     state.passedOver.clear();
     state.mixdownURLs.clear();
     state.soloMonitorURLs.clear();
@@ -44,6 +46,15 @@ void SmartAudioCaches::removeAll() {
     state.slateResults.clear();
     state.slatesUnread.clear();
     lastVIInput.clear();
+    setAside_ = {};
+    invalidateCachesAfterUndo();
+}
+
+void SmartAudioCaches::setAsideAfterUndo() {
+    setAside_.results.merge(state.results);
+    setAside_.routed.merge(routed);
+    setAside_.passedOver.merge(state.passedOver);
+    for (const auto& [groupID, file] : state.mixdownURLs) setAside_.rendered.insert(groupID);
     invalidateCachesAfterUndo();
 }
 

@@ -8,7 +8,10 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <unordered_map>
+#include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace orvane {
@@ -21,14 +24,36 @@ struct VoiceIsolationInput {
     bool operator==(const VoiceIsolationInput&) const = default;
 };
 
+/// What of a clip its analysis depends on. The settings are beside it: no step changes them.
+struct AnalysisInput {
+    TakeSound sound;
+    int channelCount = 0;          ///< tracks of the take
+    std::set<int> candidateTracks; ///< that the editor leaves to the analysis; empty: all
+
+    bool operator==(const AnalysisInput&) const = default;
+};
+
+/// What the result of a clip was made from.
+struct RoutedClip {
+    AnalysisInput input;
+    std::vector<BlockDecision> blocks; ///< in take time, without the ranges that were chosen by hand
+};
+
+/// What was emptied of the state because a step was taken back.
+struct SmartAudioSetAside {
+    SmartAudioResults results;
+    std::map<UUID, RoutedClip> routed;
+    std::unordered_set<UUID> passedOver;
+    std::unordered_set<UUID> rendered; ///< clips whose blocks were rendered
+};
+
 /// What Smart Audio knows of the clips, and when it is thrown away. Each removal notifies.
 class SmartAudioCaches {
   public:
     explicit SmartAudioCaches(OpenWork& work) : work_(work) {}
 
     SmartAudioState state;
-    /// The blocks of the results, in take time, without the ranges that were chosen by hand.
-    std::map<UUID, std::vector<BlockDecision>> routedBlocks;
+    std::map<UUID, RoutedClip> routed; ///< of the clips with a result
     /// Of the latest preview of each clip, also of one that could not be made.
     std::unordered_map<UUID, VoiceIsolationInput> lastVIInput;
 
@@ -39,6 +64,10 @@ class SmartAudioCaches {
     void removeAllRenderedAudio();
     /// Previews of Voice Isolation and slates stay: they depend on nothing that undoing brings back.
     void invalidateCachesAfterUndo();
+    /// The same, keeping what is emptied until it is taken: of several calls in a row all of it, once for
+    /// each clip.
+    void setAsideAfterUndo();
+    SmartAudioSetAside takeSetAside() { return std::exchange(setAside_, {}); }
     /// The clips that they belong to are no more.
     void removeAll();
 
@@ -47,6 +76,7 @@ class SmartAudioCaches {
 
   private:
     OpenWork& work_;
+    SmartAudioSetAside setAside_;
     std::uint64_t removalsOfAll_ = 0;
     std::unordered_map<UUID, std::uint64_t> removals_;
 };

@@ -79,6 +79,13 @@ platform::Task SmartAudioController::reanalyseAll() {
     return runs_.analyse(std::move(analysed), termsForOneClip(), false, Loudness::measure);
 }
 
+void SmartAudioController::emptyAfterUndo() {
+    caches_.setAsideAfterUndo();
+    work_.environment.mainThread->post([weak = work_.weak(this)] {
+        if (const auto self = weak.lock()) self->runs_.restoreUnchanged();
+    });
+}
+
 // Only a mode that was stored counts: a scan by itself analyses nothing that nobody asked for.
 void SmartAudioController::startAnalysisAfterScan() {
     analysisAfterScan_.reset();

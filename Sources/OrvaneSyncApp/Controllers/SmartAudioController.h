@@ -36,6 +36,10 @@ class SmartAudioController {
     /// After the sound of a clip was moved: ranges by hand keep their place in the picture.
     void reapplyRanges(const UUID& groupID) { runs_.reapplyRanges(groupID); }
 
+    /// Within an undo or redo: empties what was made from the clips. On the next turn of the interface thread
+    /// the results of the clips that are asked of as they were are back; the others are to be analysed again.
+    void emptyAfterUndo();
+
     /// Whether a scan starts an analysis by itself where the setting `smartAudioMode` was written. On at
     /// first; off for a front end that starts analyses itself.
     void setAnalysesAfterScan(bool doesSo) { analysesAfterScan_ = doesSo; }

@@ -47,9 +47,9 @@ std::optional<SeparatedStems> stemsOf(const TakeSound& recording, const std::sha
     }
 }
 
-/// Whether both would hear the same: their terms are those of one run.
-bool asksTheSame(const SmartAudioRequest& a, const SmartAudioRequest& b) {
-    return a.sound == b.sound && a.channelCount == b.channelCount && a.candidateTracks == b.candidateTracks;
+AnalysisInput analysisInput(const SyncGroup& group) {
+    const Take take = takeOf(group, assumedChannels);
+    return {{group, take}, take.channelCount, candidateTracks(group, take.channelCount)};
 }
 
 /// A recording's loudness, and the calibration at that time.
@@ -272,6 +272,7 @@ platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, U
             break;
         }
         SmartAudioRequest request = self->request(*group, *run);
+        AnalysisInput input = analysisInput(*group);
         const double effort = effortOf(takeOf(*group, assumedChannels));
         request.progress = self->report(run, effort);
         const double share = effort / run->effort;
@@ -300,11 +301,11 @@ platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, U
         group = self->stillAsked(groupID, *run);
         // Another recording, or other channels to choose from: the question has changed, so it is asked
         // again.
-        if (group != nullptr &&
-            (hasNoCandidates(*group) || !asksTheSame(self->request(*group, *run), request)))
-            continue;
+        if (group != nullptr && (hasNoCandidates(*group) || analysisInput(*group) != input)) continue;
         run->isAwaitingResult = false;
-        if (group != nullptr) self->adoptResult(groupID, std::move(result), run->forceOverwriteManualTracks);
+        if (group == nullptr) break;
+        self->caches_.routed.insert_or_assign(groupID, RoutedClip{std::move(input), result.blocks});
+        self->adoptResult(groupID, std::move(result), run->forceOverwriteManualTracks);
         break;
     }
     run->isAwaitingResult = false;
@@ -323,39 +324,70 @@ void SmartAudioRuns::adoptResult(const UUID& groupID, SmartAudioResult result,
                                  bool forceOverwriteManualTracks) {
     const SyncGroup* group = work_.syncGroups().find(groupID);
     if (group == nullptr) return;
-    caches_.routedBlocks.insert_or_assign(groupID, result.blocks);
     result.blocks = SmartAudioBlockRouter::applyOverrides(std::move(result.blocks),
                                                           SmartAudioBlockRouter::overridesInTakeTime(*group));
-    std::set<int> active;
-    for (const BlockDecision& block : result.blocks)
-        if (block.activeTrack > 0) active.insert(block.activeTrack);
-    const bool isTaken = !active.empty() && (forceOverwriteManualTracks || !group->hasManualTrackEdits());
-
     work_.notices.together([&] {
         // Of other blocks than those that are heard from now on.
         const auto known = caches_.state.results.find(groupID);
         if (known == caches_.state.results.end() || known->second->blocks != result.blocks)
             caches_.state.mixdownURLs.erase(groupID);
+        const std::vector<BlockDecision> blocks = result.blocks;
         caches_.state.results.insert_or_assign(groupID, std::move(result));
         caches_.state.passedOver.erase(groupID);
         work_.notify(ImportField::smartAudio);
-        if (!isTaken) return;
-        work_.edit(groupID, [&](SyncGroup& own) {
-            own.manualActiveTracks = std::move(active);
-            own.tracksManuallyEdited = false;
-        });
+        switchTracksOn(*group, blocks, forceOverwriteManualTracks);
+    });
+}
+
+/// Those that the blocks use, unless the editor chose tracks by hand.
+void SmartAudioRuns::switchTracksOn(const SyncGroup& group, const std::vector<BlockDecision>& blocks,
+                                    bool forceOverwriteManualTracks) {
+    std::set<int> active;
+    for (const BlockDecision& block : blocks)
+        if (block.activeTrack > 0) active.insert(block.activeTrack);
+    if (active.empty() || (!forceOverwriteManualTracks && group.hasManualTrackEdits())) return;
+    if (group.manualActiveTracks == active && group.tracksManuallyEdited == false) return;
+    work_.edit(group.id, [&](SyncGroup& own) {
+        own.manualActiveTracks = std::move(active);
+        own.tracksManuallyEdited = false;
+    });
+}
+
+void SmartAudioRuns::restoreUnchanged() {
+    SmartAudioSetAside aside = caches_.takeSetAside();
+    SmartAudioState& state = caches_.state;
+    const SyncGroupList clips = work_.syncGroups();
+    work_.notices.together([&] {
+        for (const SyncGroup& group : clips) {
+            if (aside.passedOver.contains(group.id) && !group.isMOS() && hasNoCandidates(group))
+                state.passedOver.insert(group.id);
+            const auto result = aside.results.find(group.id);
+            const auto routed = aside.routed.find(group.id);
+            if (result == aside.results.end() || routed == aside.routed.end() || group.isMOS() ||
+                hasNoCandidates(group) || state.results.contains(group.id) ||
+                analysisInput(group) != routed->second.input)
+                continue;
+            auto blocks = SmartAudioBlockRouter::applyOverrides(
+                routed->second.blocks, SmartAudioBlockRouter::overridesInTakeTime(group));
+            if (blocks != result->second->blocks) result->second.edit().blocks = blocks;
+            state.results.insert(aside.results.extract(result));
+            caches_.routed.insert(aside.routed.extract(routed));
+            switchTracksOn(group, blocks, false);
+            if (aside.rendered.contains(group.id)) rendered_.renderMixdown(group.id);
+        }
+        work_.notify(ImportField::smartAudio);
     });
 }
 
 void SmartAudioRuns::reapplyRanges(const UUID& groupID) {
     const SyncGroup* group = work_.syncGroups().find(groupID);
     const auto known = caches_.state.results.find(groupID);
-    const auto routed = caches_.routedBlocks.find(groupID);
+    const auto routed = caches_.routed.find(groupID);
     if (group == nullptr || group->manualBlockOverrides.empty() || known == caches_.state.results.end() ||
-        routed == caches_.routedBlocks.end())
+        routed == caches_.routed.end())
         return;
     SmartAudioResult result = known->second;
-    result.blocks = routed->second;
+    result.blocks = routed->second.blocks;
     adoptResult(groupID, std::move(result), false);
 }
 

@@ -47,6 +47,9 @@ class SmartAudioRuns {
     /// Applies the ranges that were chosen by hand to what was measured of the clip: they keep their place in
     /// the picture when the sound is moved.
     void reapplyRanges(const UUID& groupID);
+    /// After a step was taken back, and outside of it: of what that emptied, the results of the clips that
+    /// are asked of as they were. Ranges by hand are laid over them as they now are.
+    void restoreUnchanged();
     /// All that run.
     void stop() { running_.requestStop(); }
 
@@ -70,6 +73,8 @@ class SmartAudioRuns {
     std::function<void(double)> report(const RunPointer& run, double effort);
     const SyncGroup* stillAsked(const UUID& groupID, const Run& run) const;
     void adoptResult(const UUID& groupID, SmartAudioResult result, bool forceOverwriteManualTracks);
+    void switchTracksOn(const SyncGroup& group, const std::vector<BlockDecision>& blocks,
+                        bool forceOverwriteManualTracks);
     void began(const RunPointer& run);
     void ended(const RunPointer& run);
     void show(const RunPointer& run, SmartAudioProgress progress);

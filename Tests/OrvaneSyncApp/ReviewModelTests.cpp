@@ -171,6 +171,14 @@ TEST_F(ReviewModelTest, aNudgeGoesToTheAnchorAtRestAndIsHeardOnTheRun) {
     controller_->undo(); // one step: no half second passed between them
     EXPECT_DOUBLE_EQ(heardOffset(), 1.5);
     EXPECT_EQ(player().rate(), 1);
+    press(KeyAction::nudgePeriodPlus);
+    finish(model_->loadGroup(broken_));
+    load();
+    press(KeyAction::nudgePeriodPlus);
+    controller_->undo();
+    EXPECT_DOUBLE_EQ(group().manualAudioOffsetSeconds, 0.04) << "another clip was in view between them";
+    controller_->undo();
+    press(KeyAction::clapCheck);
     press(KeyAction::clapCheck);
     EXPECT_FALSE(engine_->loop().isLooping);
     EXPECT_TRUE(engine_->transport().isPlaying);

@@ -97,6 +97,8 @@ class ImportController {
     }
     /// For a change that goes on, such as by a key that is held: the next one belongs to the same step.
     void continueUndo(const UndoStep& step) { work_.continueUndo(step); }
+    /// Somebody turned to another clip: the next change begins a step.
+    void endUndoStep() { work_.endUndoStep(); }
     /// Nothing when there is no step. What Smart Audio knows of the clips is forgotten with it.
     void undo();
     void redo();

@@ -242,6 +242,8 @@ void OpenWork::continueUndo(const UndoStep& step) {
     steps_->continueLastStep(step, environment.clock->now());
 }
 
+void OpenWork::endUndoStep() { steps_->endLastStep(); }
+
 void OpenWork::undo() { applyStep(true); }
 
 void OpenWork::redo() { applyStep(false); }

@@ -72,6 +72,8 @@ class OpenWork : public WorkState {
     /// Nothing where it has the value already.
     void changeSetting(const UndoStep& step, std::string_view key, platform::JSON value);
     void continueUndo(const UndoStep& step);
+    /// Somebody turned to another clip: the next change is a step of its own.
+    void endUndoStep();
     void undo();
     void redo();
     void clearUndo();

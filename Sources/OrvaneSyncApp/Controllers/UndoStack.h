@@ -41,6 +41,9 @@ class UndoStack {
         if (lastRegistrationTime_ && lastActionName_ == step.actionName) lastRegistrationTime_ = now;
     }
 
+    /// The next change begins a step, however soon it comes.
+    void endLastStep() { lastRegistrationTime_.reset(); }
+
     /// Swaps the value for the one before the last change, or after the last change that was taken back.
     /// False when there is none.
     bool undo(Value& present) { return move(toUndo_, toRedo_, present); }
@@ -100,7 +103,7 @@ class UndoStack {
     /// own, so that it can be taken back without what came before it.
     bool move(std::deque<Snapshot>& from, std::deque<Snapshot>& to, Value& present) {
         if (from.empty()) return false;
-        lastRegistrationTime_.reset();
+        endLastStep();
         to.push_back(std::move(from.back()));
         from.pop_back();
         std::swap(to.back().value, present);

@@ -248,6 +248,7 @@ QWidget* ResultsView::makeTable() {
     });
     connect(table->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this](const QModelIndex& now) {
+                desktop_.controller().endUndoStep();
                 if (now.isValid()) current_ = rows_.groupID(static_cast<std::size_t>(now.row()));
             });
     empty_ = new EmptyState(Glyph::search, {}, {});

@@ -41,6 +41,7 @@ const SyncGroup* ReviewViewModel::group() const {
 // The clip in view
 
 platform::Task ReviewViewModel::loadGroup(const UUID& groupID) {
+    if (!shows(groupID)) controller_->endUndoStep();
     timeline_.show(groupID);
     groupID_ = groupID;
     clapOfLocked_.reset();

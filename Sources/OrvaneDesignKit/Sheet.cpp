@@ -110,8 +110,14 @@ int SliderField::value() const { return field_->value(); }
 
 void showToast(QWidget* window, const QString& text) {
     constexpr int shownFor = 3000; // milliseconds
+    // One at a time: the newest would lie over the others.
+    const QString name = QStringLiteral("toast");
+    for (QWidget* shown : window->findChildren<QWidget*>(name, Qt::FindDirectChildrenOnly)) {
+        shown->hide();
+        shown->deleteLater();
+    }
     auto* toast = new QFrame(window);
-    toast->setObjectName(QStringLiteral("toast"));
+    toast->setObjectName(name);
     toast->setProperty("banner", true);
     toast->setAttribute(Qt::WA_TransparentForMouseEvents);
     auto* row = new QHBoxLayout(toast);

@@ -52,7 +52,7 @@ class SliderField : public QWidget {
     Range range_;
 };
 
-/// Says at the foot of a window what was just done, for three seconds.
+/// Says at the foot of a window what was just done, for three seconds, in the place of what it said before.
 void showToast(QWidget* window, const QString& text);
 
 } // namespace orvane::design

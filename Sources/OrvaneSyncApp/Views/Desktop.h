@@ -61,6 +61,11 @@ class Desktop {
                      const std::function<void()>& done = {});
     /// A sentence for people.
     Refused whenRefused;
+    /// Why a key or a drag does nothing now: a sentence that goes by itself and moves nothing on the screen.
+    Refused tellBriefly;
+    void sayWhyNot(const QString& why) const {
+        if (tellBriefly) tellBriefly(why);
+    }
     /// The window scans the folders of the work, as what was just corrected concerns the match. Whoever wants
     /// a scan asks by this, so that it is shown while it runs and what it takes away is said.
     std::function<void()> whenScanWanted;

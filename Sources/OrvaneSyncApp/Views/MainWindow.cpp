@@ -157,6 +157,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
 
 void MainWindow::observe() {
     desktop_.whenRefused = [this](const QString& why) { showPageBanner(Signal::missing, why); };
+    desktop_.tellBriefly = [this](const QString& why) { showToast(this, why); };
     desktop_.whenScanWanted = [this] {
         if (desktop_.isEnabled("startScan")) startScan();
     };
@@ -205,7 +206,7 @@ void MainWindow::observe() {
 }
 
 MainWindow::~MainWindow() {
-    desktop_.whenRefused = nullptr;
+    desktop_.whenRefused = desktop_.tellBriefly = nullptr;
     desktop_.whenScanWanted = nullptr;
     front_ = nullptr;
     leavePlayers();

@@ -62,7 +62,7 @@ ReviewActions::ReviewActions(Desktop& desktop, QObject* parent) : QObject(parent
             try {
                 desktop_.players().handleKeyAction(key);
             } catch (const std::exception& why) {
-                if (desktop_.whenRefused) desktop_.whenRefused(translatedSentence(why.what()));
+                desktop_.sayWhyNot(translatedSentence(why.what()));
             }
         });
         actions_.emplace(*key, action);

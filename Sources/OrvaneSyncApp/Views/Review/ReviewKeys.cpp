@@ -177,7 +177,7 @@ bool ReviewKeys::handle(const QKeyEvent& event, bool isFullscreen) {
         if (leaves) screens_.leave();
         return used || leaves;
     } catch (const std::exception& why) {
-        if (desktop_.whenRefused) desktop_.whenRefused(translatedSentence(why.what()));
+        desktop_.sayWhyNot(translatedSentence(why.what()));
         return true;
     }
 }

@@ -267,7 +267,7 @@ TEST_F(OpeningTest, WhatAProjectDoesNotHoldIsSaidOfOneThatWasSaved) {
         << bannerText().toStdString();
     EXPECT_FALSE(bannerText().contains("locked"));
     saveAs("shoot.orvanesync");
-    EXPECT_TRUE(waitUntil([&] { return bannerText().contains("1 locked clips"); }))
+    EXPECT_TRUE(waitUntil([&] { return bannerText().contains("only: 1 locked clip."); }))
         << bannerText().toStdString();
 }
 

@@ -68,11 +68,14 @@ QString keptInSessionText(const SyncGroupList& groups) {
     };
     const auto locked = std::ranges::count_if(groups, &SyncGroup::isLocked);
     const auto attached = std::ranges::count_if(groups, isAttached);
-    return locked + attached == 0 ? QString()
-                                  : QObject::tr("The project file does not hold everything: %1 locked clips "
-                                                "and %2 attached recordings are kept in the session only.")
-                                        .arg(locked)
-                                        .arg(attached);
+    QStringList kept;
+    if (locked > 0) kept << translatedSentence(counted(locked, "locked clip", "locked clips"));
+    if (attached > 0)
+        kept << translatedSentence(counted(attached, "attached recording", "attached recordings"));
+    return kept.empty() ? QString()
+                        : QObject::tr("The project file does not hold everything. Kept in the "
+                                      "session only: %1.")
+                              .arg(kept.join(QStringLiteral(", ")));
 }
 
 QKeySequence keyOfEntry(std::string_view key) {

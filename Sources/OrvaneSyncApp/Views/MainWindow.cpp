@@ -23,6 +23,7 @@
 #include "OrvaneSyncApp/Views/StartView.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncApp/Views/WorkBar.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <QCloseEvent>
 #include <QFileInfo>
@@ -526,8 +527,8 @@ void MainWindow::updateStatus() {
     if (!work.syncGroups().empty()) {
         // As an export would say, so that the two can be compared.
         const WorkState::Counts& all = work.counts();
-        sentence = tr("%1 clips: %2 with sound, %3 MOS, %4 not matched")
-                       .arg(work.syncGroups().size())
+        sentence = tr("%1: %2 with sound, %3 MOS, %4 not matched")
+                       .arg(translatedSentence(counted(work.syncGroups().size(), "clip", "clips")))
                        .arg(all.withSound - all.excludedWithSound)
                        .arg(all.withoutSound - all.excludedWithoutSound)
                        .arg(work.unmatchedCount());

@@ -1,5 +1,8 @@
 #include "OrvaneSyncApp/Views/Notifier.h"
 
+#include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -22,8 +25,8 @@ void Notifier::follow(ImportField field) {
             std::exchange(isScanning_, state != ScanState::idle && state != ScanState::done);
         if (wasScanning && state == ScanState::done) {
             const OpenWork& work = desktop_.controller().work();
-            tell(QObject::tr("The scan is done: %1 clips, %2 of them with sound")
-                     .arg(work.syncGroups().size())
+            tell(QObject::tr("The scan is done: %1, %2 of them with sound")
+                     .arg(translatedSentence(counted(work.syncGroups().size(), "clip", "clips")))
                      .arg(work.syncClipCount()));
         }
     }

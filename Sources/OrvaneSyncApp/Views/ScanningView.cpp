@@ -88,7 +88,9 @@ void ScanningView::showProgress() {
         if (const auto left = secondsLeft(progress.fraction(), passed))
             counts += tr(", %1 to go").arg(text(clockText(*left)));
     } else if (const auto& read = scan.scanResult(); read && scan.scanState() == ScanState::matching) {
-        counts = tr("%1 clips, %2 recordings").arg(read->videoAssets.size()).arg(read->audioAssets.size());
+        counts = translatedSentence(counted(read->videoAssets.size(), "clip", "clips")) +
+                 QStringLiteral(", ") +
+                 translatedSentence(counted(read->audioAssets.size(), "recording", "recordings"));
     }
     counts_->setText(counts);
     file_->setText(file_->fontMetrics().elidedText(text(progress.file), Qt::ElideMiddle, barWidth));

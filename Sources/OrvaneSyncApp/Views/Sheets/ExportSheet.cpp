@@ -421,14 +421,14 @@ void ExportSheet::written(const JSON& answer) {
     if (const JSON* warnings = answer.find("warnings"); warnings != nullptr && warnings->isArray())
         for (const JSON& one : *warnings->elements())
             if (one.string() != nullptr) lines.push_back(*one.string());
-    outcome_->show(lines.empty() ? Signal::matched : Signal::doubtful,
-                   tr("Written at %4: %1 clips and %2 multicam clips in %3")
-                       .arg(count("syncClipCount"))
-                       .arg(count("multicamCount"))
-                       .arg(place, QTime::currentTime().toString(QStringLiteral("HH:mm:ss"))),
-                   tr("Show Folder"), [place] {
-                       QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(place).absolutePath()));
-                   });
+    outcome_->show(
+        lines.empty() ? Signal::matched : Signal::doubtful,
+        tr("Written at %4: %1 and %2 in %3")
+            .arg(translatedSentence(counted(count("syncClipCount"), "clip", "clips")),
+                 translatedSentence(counted(count("multicamCount"), "multicam clip", "multicam clips")))
+            .arg(place, QTime::currentTime().toString(QStringLiteral("HH:mm:ss"))),
+        tr("Show Folder"),
+        [place] { QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(place).absolutePath())); });
     const ImportController& controller = desktop_.controller();
     const auto inWords = warningsInWords(controller.doubts().summary(controller.work().syncGroups()));
     warnings_->setText(tr("Export finished with warnings") + QLatin1Char('\n') + grouped(lines, inWords));

@@ -23,6 +23,7 @@
 #include <QListView>
 #include <QListWidget>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -421,9 +422,26 @@ TEST_F(ReviewTest, RecordingsAreChosenAndAttachedByKeys) {
     press(Qt::Key_2, Qt::ControlModifier);
     EXPECT_EQ(clip(2).audioMatches.front().audio->filename, "T02.wav");
     EXPECT_EQ(clip(2).matchStatus.kind, MatchStatus::Kind::manual);
+    QString refused;
+    desktop_->tellBriefly = [&](const QString& why) { refused = why; };
     press(Qt::Key_L, Qt::ControlModifier);
     press(Qt::Key_1, Qt::ControlModifier);
     EXPECT_EQ(clip(2).audioMatches.front().audio->filename, "T02.wav") << "a locked clip stays";
+    EXPECT_TRUE(refused.contains("Ctrl+L")) << "and says so";
+    press(Qt::Key_T, Qt::ControlModifier);
+    auto* box = window_->findChild<QMessageBox*>();
+    ASSERT_TRUE(box != nullptr && box->isVisible());
+    QTest::keyClick(box, Qt::Key_Return);
+    EXPECT_FALSE(box->isVisible() || clip(2).isApproved) << "the key that was meant for the sheet";
+    // Back to before the choice: who locks what is heard settles it.
+    for (int i = 0; i < 2; ++i) desktop_->controller().undo();
+    ASSERT_EQ(clip(2).matchStatus.kind, MatchStatus::Kind::ambiguous);
+    press(Qt::Key_L, Qt::ControlModifier);
+    EXPECT_TRUE(clip(2).isLocked);
+    EXPECT_EQ(clip(2).matchStatus.kind, MatchStatus::Kind::manual);
+    desktop_->controller().undo();
+    EXPECT_FALSE(clip(2).isLocked);
+    EXPECT_EQ(clip(2).matchStatus.kind, MatchStatus::Kind::ambiguous) << "one step";
 }
 
 TEST_F(ReviewTest, ArrowsInTheListOpenTheClipThatTheyMark) {

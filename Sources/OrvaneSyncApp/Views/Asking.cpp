@@ -17,4 +17,11 @@ bool isAgreed(QWidget* parent, const QString& title, const QString& text, const 
     return box.clickedButton() == agrees;
 }
 
+void tell(QWidget* parent, const QString& title, const QString& text) {
+    auto* box = new QMessageBox(QMessageBox::NoIcon, title, title, QMessageBox::Ok, parent);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setInformativeText(text);
+    box->open();
+}
+
 } // namespace orvane::views

@@ -10,4 +10,8 @@ namespace orvane::views {
 bool isAgreed(QWidget* parent, const QString& title, const QString& text, const QString& yes,
               const QString& no);
 
+/// Says why something does not open; takes the keyboard until it is closed, by Return or Escape. Does not
+/// wait.
+void tell(QWidget* parent, const QString& title, const QString& text);
+
 } // namespace orvane::views

@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
 #include "OrvaneSyncApp/Controllers/Commands/Readable.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
 #include "OrvaneSyncCore/Models/RawValues.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Naming/BatchRenamer.h"
@@ -101,6 +102,23 @@ MediaAsset audio(const Controller& controller, const Call& call) {
     }
 }
 
+/// A lock says that the sound is verified. Of the clip in view that is its first recording, so locking an
+/// ambiguous one settles it by that.
+void settleIfInView(CommandContext& context, const UUID& clip) {
+    const SyncGroup* group = context.controller->work().syncGroups().find(clip);
+    if (group != nullptr && isAmbiguousAndUnlocked(*group) && context.review().shows(clip))
+        context.controller->recordings().confirmAmbiguousMatch(clip);
+}
+
+JSON toggleLock(CommandContext& context, const Call& call) {
+    const UUID clip = call.id("groupID");
+    context.controller->withUndo(undoSteps::toggleLocked, [&] {
+        settleIfInView(context, clip);
+        context.controller->clips().toggleLocked(clip);
+    });
+    return {};
+}
+
 /// By the names that the clips have by the settings, where the call does not say by which.
 JSON lockCluster(CommandContext& context, const Call& call) {
     const std::string source = call.textIfPresent("source").value_or(
@@ -108,6 +126,7 @@ JSON lockCluster(CommandContext& context, const Call& call) {
     const std::string pattern =
         call.textIfPresent("customPattern").value_or(context.settings->get(settings::customNamingPattern));
     context.controller->withUndo(undoSteps::lockAllInCluster, [&] {
+        settleIfInView(context, call.id("of"));
         context.controller->clips().lockAllInCluster(call.id("of"), GroupNaming::sourceFrom(source), pattern);
     });
     return {};
@@ -159,7 +178,8 @@ std::vector<Command> flagCommands() {
         onGroup("toggleApproved", ShortcutAction::toggleApproved, toggleApproved,
                 &ClipEditing::toggleApproved)
             .inMenu(Menu::clip, 110, reviewKeys::approve),
-        onGroup("toggleLocked", ShortcutAction::lockCurrent, toggleLocked, &ClipEditing::toggleLocked)
+        Command("toggleLocked", ShortcutAction::lockCurrent, {groupID}, toggleLock)
+            .undoneBy(toggleLocked)
             .inMenu(Menu::clip, 120),
         onGroup("toggleMOS", "Marks a clip without sound as meant to have none, or takes the mark away.",
                 toggleMOS, &ClipEditing::toggleMOS, isMOS),

@@ -32,7 +32,10 @@ void addStepsForClip(const SyncGroup& group, const SyncDoubt& doubt, DoubtsPart:
         }
     } else if (doubt.kind == SyncDoubt::Kind::ambiguous) {
         // One click on a recording below settles it; the whole shoot is not settled from a single clip.
-        shown.cure = "choose under Recordings: Ctrl+1 takes the first one";
+        shown.cure = group.isLocked
+                         ? "locked, it stays out of the document: Ctrl+L first, then Ctrl+1 takes the "
+                           "first one under Recordings"
+                         : "choose under Recordings: Ctrl+1 takes the first one, and so does Ctrl+L";
         shown.steps.clear();
     }
 }

@@ -71,6 +71,7 @@ void addReasons(SyncPart& part, double secondsOut) {
     const std::pair missing(!part.hasAnchor, std::string(withoutClap));
     const std::pair outside(secondsOut != 0, std::string(outOfPicture));
     part.noGoTo = firstOf({missing, outside});
+    part.noPut = firstOf({missing, {part.isLocked, "Unlock sync to move the sound: Ctrl+L first."}});
     part.noUpdate = firstOf({silent, locked});
     part.noClear = firstOf({missing, locked});
     part.noSearch = firstOf(

@@ -26,7 +26,7 @@ struct SyncPart {
     std::string anchor; ///< where the anchor is; what to do where there is none
     bool hasAnchor = false;
     // Why a button does nothing; empty where it acts, as far as the clip says it.
-    std::string noGoTo, noUpdate, noClear, noSearch, noCheck;
+    std::string noGoTo, noPut, noUpdate, noClear, noSearch, noCheck;
     std::string anchorHint;
     std::string updateAnchor; ///< what the button for the anchor says
     std::string lock;         ///< what the button for the lock says

@@ -201,6 +201,10 @@ void ReviewViewModel::decide(KeyAction action) {
     case KeyAction::nudgeCommaMinus10:
         return adjustOffset(-10);
     case KeyAction::updateClapPoint:
+        if (group()->isMOS() || group()->isLocked) {
+            if (sayWhyNot) sayWhyNot(group()->isMOS() ? "The clip has no sound." : clapIsLocked);
+            return;
+        }
         return setAnchor(*groupID_,
                          engine_->playhead().seconds() - ClipSound(*group()).primaryOffsetSeconds());
     default:
@@ -283,7 +287,11 @@ void ReviewViewModel::applyZoom(double scaleDelta) {
 void ReviewViewModel::adjustOffset(int byFrames) {
     const SyncGroup* clip = group();
     if (clip == nullptr) return;
-    if (clip->isMOS()) throw OutOfRange("The clip has no sound to move. Ctrl+T attaches a recording.");
+    if (clip->isMOS())
+        throw OutOfRange(clip->isLocked
+                             ? "The clip has no sound to move. Ctrl+L unlocks it, then Ctrl+T attaches "
+                               "a recording."
+                             : "The clip has no sound to move. Ctrl+T attaches a recording.");
     nudgeByFrames(*groupID_, byFrames);
 }
 
@@ -321,7 +329,7 @@ void ReviewViewModel::seekVideoToAnchor() {
 
 void ReviewViewModel::putClapOnFrame() {
     const auto clap = clapInSound();
-    if (!clap) return;
+    if (!clap || group()->isLocked) return;
     constexpr double rounding = 0.001; // of a frame
     const double rate = timeline_.timelineFrameRate(*group());
     const double frames =

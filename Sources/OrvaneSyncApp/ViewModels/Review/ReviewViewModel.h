@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string_view>
 
 namespace orvane {
 
@@ -19,6 +20,9 @@ namespace orvane {
 /// in view do nothing.
 class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
   public:
+    static constexpr const char* clapIsLocked =
+        "The clip is locked: Ctrl+L unlocks it, then its clap point can be set.";
+
     static std::shared_ptr<ReviewViewModel> create(std::shared_ptr<ImportController> controller,
                                                    std::shared_ptr<VideoEngine> engine);
 
@@ -34,6 +38,8 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     }
     /// To the next clip of the list, or the one before.
     std::function<void(KeyAction)> moveInList;
+    /// Why a key does nothing with the clip in view: a sentence.
+    std::function<void(std::string_view)> sayWhyNot;
     /// What a key decides about the clip in view without the player: a command.
     std::function<void(KeyAction, const UUID& groupID)> decideOfClip;
 
@@ -59,7 +65,7 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     void handleWaveformClick(double takeSeconds, ModifierSet modifiers);
     void seekVideoToAnchor();
     /// Moves the sound by whole frames, so that its clap falls into the frame that is shown: what brings the
-    /// sound of a recorder whose timecode is far off under the picture.
+    /// sound of a recorder whose timecode is far off under the picture. Unless locked.
     void putClapOnFrame();
     /// Clip time that the pointer is at; absent once it has left the timeline.
     void handleSkim(std::optional<double> seconds);

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Inspector/RecordingsSection.h"
 
 #include "OrvaneSyncApp/ViewModels/Inspector/KeyOverview.h"
+#include "OrvaneSyncApp/Views/Asking.h"
 #include "OrvaneSyncApp/Views/Inspector/AttachSheet.h"
 #include "OrvaneSyncApp/Views/MatchAgain.h"
 #include "OrvaneSyncApp/Views/Translation.h"
@@ -45,12 +46,25 @@ void RecordingsSection::addKeys() {
         connect(new QShortcut(QKeySequence(key), this), &QShortcut::activated, this, does);
     };
     add(QLatin1String(reviewKeys::attach), [this] {
-        if (attach_->isEnabled()) chooseFromPool();
+        if (!shown_) return;
+        // In the place of the sheet, as the keys that choose in it come next.
+        shown_->isLocked ? tell(window(), tr("The clip is locked"),
+                                tr("Ctrl+L unlocks it, then Ctrl+T attaches a recording."))
+                         : chooseFromPool();
     });
     for (int i = 0; i < reviewKeys::mostChosen; ++i)
-        add(QString::fromLatin1(reviewKeys::choose).arg(i + 1), [this, index = static_cast<std::size_t>(i)] {
-            if (shown_ && shown_->hasChoice() && index < shown_->recordings.size()) use(index);
-        });
+        add(QString::fromLatin1(reviewKeys::choose).arg(i + 1),
+            [this, index = static_cast<std::size_t>(i)] { choose(index); });
+}
+
+void RecordingsSection::choose(std::size_t index) {
+    if (!shown_) return;
+    if (index < shown_->recordings.size() && shown_->hasChoice()) return use(index);
+    const QString why = shown_->isLocked
+                            ? tr("The clip is locked: Ctrl+L unlocks it, then its recording can be chosen.")
+                        : shown_->hasChoice() ? tr("The clip has no recording %1 to choose.").arg(index + 1)
+                                              : tr("The clip has no other recording to choose.");
+    desktop().sayWhyNot(why);
 }
 
 void RecordingsSection::use(std::size_t index) {

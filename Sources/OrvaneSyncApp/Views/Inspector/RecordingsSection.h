@@ -23,6 +23,7 @@ class RecordingsSection : public InspectorSection {
     void addKeys();
     /// Settles the clip by the one of that place.
     void use(std::size_t index);
+    void choose(std::size_t index); ///< by its key, which says why it does nothing
     void chooseFromPool();
     void chooseFile();
 

@@ -160,7 +160,7 @@ void SyncSection::show(const SyncGroup& clip) {
         button->setToolTip(reason.empty() ? help : translated(reason));
     };
     showButton(goToAnchor_, part.noGoTo, tr("Moves the playhead to the clap point"));
-    showButton(putOnFrame_, part.hasAnchor ? std::string() : part.noGoTo,
+    showButton(putOnFrame_, part.noPut,
                tr("Moves the sound by whole frames, so that its clap falls into the frame that is shown"));
     updateAnchor_->setText(translated(part.updateAnchor));
     showButton(updateAnchor_, part.noUpdate, translated(helpText(ShortcutAction::updateClapPoint)));

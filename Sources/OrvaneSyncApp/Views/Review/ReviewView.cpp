@@ -9,6 +9,7 @@
 #include "OrvaneSyncApp/Views/Review/SiblingBanner.h"
 #include "OrvaneSyncApp/Views/Review/StepsBar.h"
 #include "OrvaneSyncApp/Views/Timeline/TimelineView.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QHBoxLayout>
 #include <QSplitter>
@@ -77,10 +78,15 @@ ReviewView::ReviewView(Desktop& desktop, ReviewActions& actions, std::function<v
     outline_->openTake = [this](const std::vector<UUID>& cameras) {
         if (openTake) openTake(cameras);
     };
+    review->sayWhyNot = [&desktop](std::string_view why) { desktop.sayWhyNot(translatedSentence(why)); };
     review->moveInList = [this](KeyAction action) { go(action == KeyAction::nextGroup ? 1 : -1); };
 }
 
-ReviewView::~ReviewView() { desktop_.players().review()->moveInList = nullptr; }
+ReviewView::~ReviewView() {
+    ReviewViewModel& review = *desktop_.players().review();
+    review.moveInList = nullptr;
+    review.sayWhyNot = nullptr;
+}
 
 void ReviewView::open(const UUID& groupID) {
     if (desktop_.controller().work().syncGroups().find(groupID) == nullptr) return;

@@ -306,7 +306,9 @@ void TimelineCanvas::mouseMoveEvent(QMouseEvent* event) {
 
 void TimelineCanvas::beginDrag() {
     gesture_ = Gesture::none;
-    if (isSound(pressed_.spot) && !layout_->content().isLocked) {
+    if (isSound(pressed_.spot) && layout_->content().isLocked)
+        return desktop_.sayWhyNot(translatedSentence("The clip is locked: unlock it to move the sound."));
+    if (isSound(pressed_.spot)) {
         gesture_ = Gesture::sound;
         setCursor(Qt::ClosedHandCursor);
     } else if (isEdge(pressed_.spot) && *pressed_.index < layout_->content().ranges.size()) {
@@ -329,7 +331,7 @@ void TimelineCanvas::dragSound(double x, Qt::KeyboardModifiers held) {
         review_->handleContainerDrag(x - pressedAt_.x(), {.command = keys.contains(ModifierSet::command),
                                                           .shift = keys.contains(ModifierSet::shift)});
     } catch (const OutOfRange& refused) {
-        if (desktop_.whenRefused) desktop_.whenRefused(translatedSentence(refused.what()));
+        desktop_.sayWhyNot(translatedSentence(refused.what()));
     }
     if (const auto moved = desktop_.controller().timeline().liveDragSeconds())
         dragText_ = text(layout_->content().shiftText(*moved));
@@ -365,8 +367,12 @@ void TimelineCanvas::click(Qt::KeyboardModifiers held) {
         isRange && *pressed_.index < ranges.size() ? std::optional(ranges[*pressed_.index].id) : std::nullopt;
     invalidate();
     if (isRange) return;
+    const ModifierSet keys = modifiersOf(held);
+    if (isSound(pressed_.spot) && layout_->content().isLocked &&
+        keys.contains(ModifierSet::command | ModifierSet::option))
+        return desktop_.sayWhyNot(translatedSentence(ReviewViewModel::clapIsLocked));
     if (isSound(pressed_.spot))
-        review_->handleWaveformClick(pressed_.seconds - layout_->content().soundOffset, modifiersOf(held));
+        review_->handleWaveformClick(pressed_.seconds - layout_->content().soundOffset, keys);
     else
         scrub(pressedAt_.x());
 }

@@ -223,6 +223,9 @@ TEST_F(ReviewModelTest, keysClicksAndSkimsMoveThePlayhead) {
     expectAt(4.34, "scrolled");
     model_->handleWaveformClick(30, ModifierSet::none);
     expectAt(20, "a click behind the clip");
+    press(KeyAction::playPause);
+    run(0.2);
+    EXPECT_TRUE(engine_->transport().isPlaying && at() < 1) << "who stands at the end begins again";
     model_->handleWaveformClick(5, ModifierSet::none);
     expectAt(6.5, "a click");
     EXPECT_EQ(group().audioAnchorOffsetInAudioSeconds, 3);

@@ -197,7 +197,17 @@ void VideoEngine::pause(bool silenceAudio) {
     if (silenceAudio) apply(AudioRenderPlan::silent);
 }
 
-void VideoEngine::playPause() { transport_.isPlaying ? pause(true) : play(); }
+void VideoEngine::playPause() {
+    if (transport_.isPlaying) return pause(true);
+    if (transport_.isLoaded) goBackFromEnd();
+    play();
+}
+
+/// Who starts at the end hears the loop, or else the clip, from its start.
+void VideoEngine::goBackFromEnd() {
+    if (loop_.isLooping && position() >= transport_.duration) return seek(loop_.loopStart);
+    wrapIfAtEnd(true);
+}
 
 void VideoEngine::seek(MediaTime time) {
     assertOnMainThread();

@@ -102,6 +102,7 @@ class VideoEngine : public VideoEngineStatus, public std::enable_shared_from_thi
     platform::MediaTime within(platform::MediaTime time) const; ///< the clip
     void run(double rate, const AudioRenderPlan& plan);
     void wrapIfAtEnd(bool isForward);
+    void goBackFromEnd();
     void apply(const AudioRenderPlan& plan);
     /// Without the clip's beginning and end being looked at.
     void seekPlayer(platform::MediaTime time, std::function<void()> shown = nullptr);

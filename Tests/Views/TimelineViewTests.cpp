@@ -210,6 +210,7 @@ TEST_F(TimelineViewTest, DrawsMovesAndRemovesRanges) {
     EXPECT_EQ(clip().manualBlockOverrides[1].trackIndex, 3);
     EXPECT_NEAR(clip().manualBlockOverrides[1].startSeconds, 17, tolerance);
     EXPECT_NEAR(clip().manualBlockOverrides[1].endSeconds, 20, tolerance);
+    EXPECT_EQ(canvas().selectedRange(), clip().manualBlockOverrides[1].id) << "for Delete";
 
     // An edge, inwards: what it leaves is free again, and all is one step.
     drag(at(15, RowKind::channel, 1, true), at(13, RowKind::channel, 1, true));

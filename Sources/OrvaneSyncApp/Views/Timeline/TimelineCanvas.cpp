@@ -385,6 +385,16 @@ void TimelineCanvas::chooseRange(const TimelineSpan& span, int track, const std:
     added.set("trackIndex", track);
     if (inPlaceOf) added.set("overrideID", inPlaceOf->text());
     desktop_.run("addBlockOverride", std::move(added));
+    selectRange(std::min(span.startSeconds, span.endSeconds), track);
+}
+
+/// Delete is for what was just drawn.
+void TimelineCanvas::selectRange(double startSeconds, int track) {
+    const SyncGroup* clip = desktop_.controller().work().syncGroups().find(layout_->content().groupID);
+    if (clip == nullptr) return;
+    for (const BlockOverride& range : clip->manualBlockOverrides)
+        if (range.startSeconds == startSeconds && range.trackIndex == track) selectedRange_ = range.id;
+    setFocus();
 }
 
 void TimelineCanvas::removeRange(const UUID& range) {

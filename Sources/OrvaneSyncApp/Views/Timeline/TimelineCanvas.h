@@ -92,6 +92,7 @@ class TimelineCanvas : public QWidget {
     std::optional<std::size_t> selectedIndex() const;
     void endGesture(bool isKept);
     void chooseRange(const TimelineSpan& span, int track, const std::optional<UUID>& inPlaceOf);
+    void selectRange(double startSeconds, int track);
     void removeRange(const UUID& range);
     void zoomBy(double factor);
     void scrollTo(double offset);

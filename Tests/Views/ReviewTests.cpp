@@ -469,6 +469,13 @@ TEST_F(ReviewTest, TheMenuBarGivesTheKeyboardBack) {
     ASSERT_FALSE(window_->review().hasFocus());
     QTest::keyClick(window_->menuBar(), Qt::Key_Escape);
     EXPECT_TRUE(waitUntil([&] { return window_->review().hasFocus(); }));
+    QAction* first = window_->menuBar()->actions().front();
+    QTest::mouseClick(window_->menuBar(), Qt::LeftButton, {},
+                      window_->menuBar()->actionGeometry(first).center());
+    ASSERT_TRUE(first->menu()->isVisible());
+    QTest::keyClick(first->menu(), Qt::Key_Escape);
+    ASSERT_FALSE(first->menu()->isVisible());
+    EXPECT_TRUE(waitUntil([&] { return window_->focusWidget() == &window_->review(); })) << "by one Escape";
 }
 
 TEST_F(ReviewTest, CamerasOfATakePlayTogether) {

@@ -99,7 +99,7 @@ MainMenus::MainMenus(Desktop& desktop, QMainWindow& window, ReviewActions& revie
     makeTools();
     for (const QAction* one : window_.menuBar()->actions())
         connect(
-            one->menu(), &QMenu::aboutToHide, this, [this] { returnKeyboard(); }, Qt::QueuedConnection);
+            one->menu(), &QMenu::aboutToHide, this, [this] { leaveMenuBar(); }, Qt::QueuedConnection);
     window_.menuBar()->installEventFilter(this);
     QCoreApplication::instance()->installEventFilter(this);
     bindings_ = desktop_.players().shortcuts()->onChange([this](ShortcutField field) {
@@ -135,6 +135,13 @@ bool MainMenus::eventFilter(QObject* watched, QEvent* event) {
         QMetaObject::invokeMethod(
             this, [this] { returnKeyboard(); }, Qt::QueuedConnection);
     return false;
+}
+
+/// A menu that Escape has closed leaves its title marked, and the menu bar would take the next keys.
+void MainMenus::leaveMenuBar() {
+    QMenuBar* bar = window_.menuBar();
+    if (QApplication::activePopupWidget() == nullptr && bar->hasFocus()) bar->setActiveAction(nullptr);
+    returnKeyboard();
 }
 
 void MainMenus::returnKeyboard() {

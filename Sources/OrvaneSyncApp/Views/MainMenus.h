@@ -54,6 +54,8 @@ class MainMenus : public QObject {
 
   private:
     /// Where the menu bar keeps the keyboard and shows no menu: Qt leaves it there after a second menu.
+    void takeBack(std::string_view id);
+    void leaveMenuBar();
     void returnKeyboard();
     bool isQuittingOverSheet(const QObject& watched, const QEvent& event) const;
     void quit();

@@ -516,6 +516,13 @@ TEST_F(ReviewTest, CamerasOfATakePlayTogether) {
     window_->openMulticam({ids_[0], ids_[1]});
     press(Qt::Key_Escape);
     EXPECT_TRUE(window_->review().isVisible() && window_->review().clip() == clip) << "where it came from";
+    window_->openMulticam({ids_[0], ids_[1]});
+    QString refused;
+    desktop_->tellBriefly = [&](const QString& why) { refused = why; };
+    press(Qt::Key_Period);
+    EXPECT_TRUE(refused.contains("one camera"));
+    press(Qt::Key_BracketRight);
+    EXPECT_TRUE(window_->review().isVisible() && window_->review().clip() == ids_[2]) << "it has one camera";
 }
 
 TEST_F(ReviewTest, EveryActionHasAnEntryThatNamesItsKey) {

@@ -123,18 +123,24 @@ KeyColumns keyColumns(const std::vector<KeyGroup>& groups, int mostColumns) {
     return laidOut(groups, all);
 }
 
-std::vector<KeyGroup> multicamKeyOverview(const ShortcutBindings& bindings, bool isLoaded) {
+std::vector<KeyGroup> multicamKeyOverview(const ShortcutBindings& bindings, std::size_t cameras) {
     using enum ShortcutAction;
-    constexpr std::array played{playPause,    shuttleForward, shuttleReverse, shuttleStop,     stepForward,
-                                stepBackward, slowMoForward,  slowMoReverse,  toggleFullscreen};
+    constexpr std::array played{playPause,        shuttleForward, shuttleReverse, shuttleStop,
+                                stepForward,      stepBackward,   slowMoForward,  slowMoReverse,
+                                toggleFullscreen, nextGroup,      prevGroup};
     ReviewSituation now;
-    now.isLoaded = isLoaded;
+    now.isLoaded = now.hasNext = now.hasPrevious = cameras > 0;
     std::vector<KeyGroup> groups = keyOverview(bindings, now);
     for (KeyGroup& group : groups)
         std::erase_if(group.rows, [&](const KeyGroup::Row& row) {
             return row.action ? std::ranges::find(played, *row.action) == played.end()
                               : row.key != reviewKeys::leave && row.key != reviewKeys::overview;
         });
+    constexpr std::size_t digits = 9;
+    const std::size_t last = std::min(cameras, digits);
+    if (last > 1)
+        groups.back().rows.insert(groups.back().rows.begin(),
+                                  {{}, "1–" + std::to_string(last), "Hear the camera of this number", true});
     for (KeyGroup::Row& row : groups.back().rows)
         if (row.key == reviewKeys::leave) row = {{}, row.key, "Back", true};
     std::erase_if(groups, [](const KeyGroup& group) { return group.rows.empty(); });

@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/Shortcuts/ReviewKeys.h"
 #include "OrvaneSyncCore/Services/Shortcuts/ShortcutBindings.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -51,7 +52,7 @@ struct KeyColumns {
     int columns = 0, lines = 0;
 };
 KeyColumns keyColumns(const std::vector<KeyGroup>& groups, int mostColumns);
-/// Of the cameras of a take beside each other: the keys that they play by. `isLoaded`: they can be played.
-std::vector<KeyGroup> multicamKeyOverview(const ShortcutBindings& bindings, bool isLoaded);
+/// Of the cameras of a take beside each other: the keys that they play by, where there are any.
+std::vector<KeyGroup> multicamKeyOverview(const ShortcutBindings& bindings, std::size_t cameras);
 
 } // namespace orvane

@@ -113,8 +113,14 @@ void MulticamViewModel::handleKeyAction(KeyAction action) {
     case KeyAction::toggleFullscreen:
         if (toggleFullscreen) toggleFullscreen();
         return;
-    default:
+    case KeyAction::nextGroup:
+    case KeyAction::prevGroup:
+        if (moveInList) moveInList(action);
         return;
+    case KeyAction::clearLoop: // there is none
+        return;
+    default:
+        if (refuse) refuse(action);
     }
 }
 

@@ -38,6 +38,10 @@ class MulticamViewModel : public std::enable_shared_from_this<MulticamViewModel>
     int scrollFrames(double deltaY, bool hasPreciseDeltas);
     /// Sends the camera that is heard to a screen of its own, or brings it back.
     std::function<void()> toggleFullscreen;
+    /// To the next take of the list, or the one before.
+    std::function<void(KeyAction)> moveInList;
+    /// Told of a key that means something for one camera alone.
+    std::function<void(KeyAction)> refuse;
 
   private:
     MulticamViewModel(std::shared_ptr<ImportController> controller, ClusterEngineBag::MakeEngine makeEngine)

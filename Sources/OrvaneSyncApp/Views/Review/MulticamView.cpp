@@ -148,13 +148,41 @@ MulticamView::MulticamView(Desktop& desktop, ReviewActions& actions, std::functi
     column->addLayout(transport);
     column->addWidget(strip_ = new CameraStrip(desktop_, multicam_));
     keys_ = new KeyOverlay(this, [this] {
-        return multicamKeyOverview(desktop_.context().shortcuts()->bindings(), multicam_->isOpen());
+        return multicamKeyOverview(desktop_.context().shortcuts()->bindings(), cells_.size());
     });
     multicam_->toggleFullscreen = [this] { toggleFullscreen(); };
+    multicam_->moveInList = [this](KeyAction action) { go(action == KeyAction::nextGroup ? 1 : -1); };
+    multicam_->refuse = [this](KeyAction action) {
+        desktop_.sayWhyNot(tr("“%1” is for one camera: a double click on its picture opens it alone.")
+                               .arg(translated(label(action))));
+    };
     ofBag_ = multicam_->bag().onChange([this] { follow(); });
 }
 
-MulticamView::~MulticamView() { multicam_->toggleFullscreen = nullptr; }
+MulticamView::~MulticamView() {
+    multicam_->toggleFullscreen = nullptr;
+    multicam_->moveInList = nullptr;
+    multicam_->refuse = nullptr;
+}
+
+/// A clip of one camera is opened alone.
+void MulticamView::go(int step) {
+    if (shown_.empty()) return;
+    const auto place = [this](const UUID& id) {
+        const auto found = outline_->placeInList(id);
+        return found ? found->number : 0;
+    };
+    const auto from =
+        step > 0 ? std::ranges::max_element(shown_, {}, place) : std::ranges::min_element(shown_, {}, place);
+    auto next = outline_->neighbour(*from, step);
+    while (next && std::ranges::find(shown_, *next) != shown_.end()) next = outline_->neighbour(*next, step);
+    if (!next) return;
+    const auto cameras = MulticamViewModel::camerasFor(desktop_.controller().work(), {*next});
+    if (cameras.size() > 1 && openTake)
+        openTake(cameras);
+    else
+        openClip_(*next);
+}
 
 void MulticamView::toggleFullscreen() {
     if (fullscreen_) {

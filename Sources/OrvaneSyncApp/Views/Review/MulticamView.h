@@ -42,6 +42,7 @@ class MulticamView : public WorkScreen {
   private:
     class Cell;
     void follow();
+    void go(int step);
     void layOut();
     void showTake();
     void toggleFullscreen();

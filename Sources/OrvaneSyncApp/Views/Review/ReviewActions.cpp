@@ -44,7 +44,8 @@ bool hasUsualKey(KeyAction action) {
 
 /// What all cameras of a take do together.
 bool isForCameras(KeyAction action) {
-    return action == KeyAction::toggleFullscreen ||
+    return action == KeyAction::toggleFullscreen || action == KeyAction::nextGroup ||
+           action == KeyAction::prevGroup ||
            (category(action) == ShortcutCategory::playback && action != KeyAction::jumpNextEdit &&
             action != KeyAction::jumpPrevEdit);
 }

@@ -94,6 +94,9 @@ FullscreenWindow::FullscreenWindow(const std::shared_ptr<VideoEngine>& engine, c
     ofEngine_ = engine->onChange([hint, name = of.name](VideoEngineField field) {
         if (field == VideoEngineField::transport) hint->tell(name());
     });
+    ofWork_ = of.work.onChange([hint, name = of.name](ImportField field) {
+        if (field == ImportField::syncGroups) hint->tell(name());
+    });
     new KeyOverlay(this, of.keys);
     // Keys of menus act in the windows that have their entries.
     for (QAction* entry : of.screen.window()->findChildren<QAction*>())

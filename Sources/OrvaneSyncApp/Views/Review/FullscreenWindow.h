@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "OrvaneSyncApp/ViewModels/Inspector/KeyOverview.h"
 #include "OrvaneSyncApp/ViewModels/Review/FullscreenManager.h"
 
@@ -16,9 +17,10 @@ class FullscreenWindow : public QWidget {
   public:
     /// What the picture belongs to.
     struct Of {
-        QWidget& screen;               ///< that plays; outlives the window, as do the two below
+        QWidget& screen;               ///< that plays; outlives the window, as does all below
         std::function<QString()> name; ///< of the camera, for the hint, which comes again with another
         std::function<std::vector<KeyGroup>()> keys; ///< what each does at this moment
+        ImportController& work;                      ///< whose clips the name may change with
     };
     FullscreenWindow(const std::shared_ptr<VideoEngine>& engine, const QRect& screen, const Of& of);
 
@@ -30,7 +32,7 @@ class FullscreenWindow : public QWidget {
     class Hint;
     class Handle;
 
-    platform::Subscription ofEngine_;
+    platform::Subscription ofEngine_, ofWork_;
 };
 
 } // namespace orvane::views

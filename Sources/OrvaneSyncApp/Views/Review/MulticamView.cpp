@@ -195,8 +195,8 @@ void MulticamView::toggleFullscreen() {
             const auto cell = std::ranges::find(cells_, id, &Cell::id);
             return cell == cells_.end() ? QString() : (*cell)->name;
         };
-        fullscreen_->desktop =
-            FullscreenWindow::desktop(engine, {*this, name, [this] { return keys_->now(); }});
+        fullscreen_->desktop = FullscreenWindow::desktop(
+            engine, {*this, name, [this] { return keys_->now(); }, desktop_.controller()});
         fullscreen_->toggleFullscreen();
         if (!fullscreen_->isShowing()) fullscreen_.reset(); // nothing to show, or no screen
     }

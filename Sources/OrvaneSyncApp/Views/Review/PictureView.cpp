@@ -80,10 +80,16 @@ PictureView::PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> revi
     canvas_->whenDoubleClicked = [this] { review_->fullscreen().toggleFullscreen(); };
     const auto name = [this] {
         const SyncGroup* shown = clip();
-        return shown == nullptr ? QString() : text(shown->video.filename);
+        if (shown == nullptr) return QString();
+        QString words = text(shown->video.filename);
+        for (const auto& [holds, word] :
+             {std::pair(shown->isLocked, tr("Locked")), std::pair(shown->isApproved, tr("Marked as synced"))})
+            if (holds) words += QStringLiteral("   ·   ") + word;
+        return words;
     };
     review_->fullscreen().desktop = FullscreenWindow::desktop(
-        review_->engine(), {*this, name, [this] { return keys ? keys() : std::vector<KeyGroup>(); }});
+        review_->engine(),
+        {*this, name, [this] { return keys ? keys() : std::vector<KeyGroup>(); }, desktop_.controller()});
 
     auto* picture = new QHBoxLayout;
     picture->setSpacing(1);

@@ -16,6 +16,7 @@
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <QAction>
@@ -200,8 +201,29 @@ std::map<std::string_view, std::function<void()>> MainMenus::actsOfWindow() {
 void MainMenus::run(const commands::Command& row) {
     if (row.isOfOneClip())
         screens_.runForClips(row.id);
+    else if (row.id == "undo" || row.id == "redo")
+        takeBack(row.id);
     else
         desktop_.run(row.id);
+}
+
+/// Says whose change it was where that is not the clip in view.
+void MainMenus::takeBack(std::string_view id) {
+    const OpenWork& work = desktop_.controller().work();
+    const SyncGroupList before = work.syncGroups();
+    const QString what = of(id)->text().replace(QStringLiteral("&&"), QStringLiteral("&"));
+    desktop_.run(id);
+    const SyncGroupList& now = work.syncGroups();
+    std::vector<UUID> changed;
+    for (const std::size_t row : now.changesSince(before).changed)
+        if (const SyncGroup* then = before.find(now[row].id); then && !haveSameContents(*then, now[row]))
+            changed.push_back(now[row].id);
+    if (changed.empty() || changed == std::vector{desktop_.players().review()->groupID().value_or(UUID())})
+        return;
+    const QString whose = changed.size() == 1
+                              ? text(work.displayNames().at(changed.front()))
+                              : translatedSentence(counted(std::ssize(changed), "clip", "clips"));
+    showToast(&window_, QStringLiteral("%1: %2").arg(what, whose));
 }
 
 QAction* MainMenus::of(std::string_view id) const {

@@ -124,13 +124,20 @@ void MainWindow::leaveBannerOfOtherSession() {
 void MainWindow::showOpenedBanner(const SessionInfo& session) {
     // What is wrong with it, or came with it, says more.
     if (!banner_->text().isEmpty() || desktop_.controller().work().syncGroups().empty()) return;
-    banner_->show(
-        Signal::none,
-        tr("The session “%1” is open as it was left, %2.").arg(text(session.name), dayText(session.modified)),
-        tr("New Scan…"), [this] {
-            banner_->clear();
-            prepareScan();
-        });
+    // The tracks that an analysis has chosen are kept, what it heard is not.
+    const SyncGroupList& clips = desktop_.controller().work().syncGroups();
+    const bool wasAnalysed =
+        std::ranges::any_of(clips, [](const SyncGroup& clip) { return clip.tracksManuallyEdited == false; });
+    const QString sentence =
+        wasAnalysed
+            ? tr("The session “%1” is open with all that was decided, %2. Smart Audio has to listen to "
+                 "its clips again.")
+            : tr("The session “%1” is open as it was left, %2.");
+    banner_->show(Signal::none, sentence.arg(text(session.name), dayText(session.modified)), tr("New Scan…"),
+                  [this] {
+                      banner_->clear();
+                      prepareScan();
+                  });
 }
 
 void MainWindow::stopOpening() {

@@ -20,6 +20,13 @@ std::string offsetFramesText(double seconds, double frameRate) {
     return text;
 }
 
+std::string shownFramesText(double seconds, double frameRate) {
+    constexpr double leastShown = 0.05; // of a frame
+    const double frames = seconds * frameRate;
+    return std::abs(frames - std::round(frames)) < leastShown ? offsetFramesText(seconds, frameRate)
+                                                              : formatted("%+.1f", frames);
+}
+
 /// Empty where the offset is one of whole frames. The document leaves out what is less than a frame.
 std::string wholeFramesSentence(double seconds, double frameRate) {
     constexpr double leastShown = 0.0005, rounding = 0.00001; // of a frame
@@ -90,6 +97,7 @@ SyncPart SyncPart::of(const SyncGroup& group, double frameRate) {
     part.frameRate = frameRate;
     part.offsetSeconds = group.manualAudioOffsetSeconds;
     part.offsetFrames = offsetFramesText(part.offsetSeconds, part.frameRate);
+    part.offsetShown = shownFramesText(part.offsetSeconds, part.frameRate);
     part.offsetInSeconds = formatted("%+.3f", part.offsetSeconds);
     part.begins = soundBeginsSentence(group);
     // What a recording that was taken away leaves behind is no place in this clip.
@@ -106,7 +114,7 @@ SyncPart SyncPart::of(const SyncGroup& group, double frameRate) {
                 : part.isLocked ? "Unlock sync verification"
                                 : "Lock sync as verified";
     if (isMovedSinceLock(group)) {
-        const std::string frames = offsetFramesText(*group.lockedAtManualOffset, part.frameRate);
+        const std::string frames = shownFramesText(*group.lockedAtManualOffset, part.frameRate);
         const bool isOne = frames.ends_with("1") && frames.size() <= 2; // with a sign
         part.lockedAt = "It was locked at " + frames + (isOne ? " frame." : " frames.");
     }

@@ -18,7 +18,8 @@ struct SyncPart {
     bool isApproved = false;
     double frameRate = 24;    ///< by which offsets are counted
     double offsetSeconds = 0; ///< the editor's, on top of the matcher's
-    std::string offsetFrames; ///< such as "+3"
+    std::string offsetFrames; ///< whole ones, such as "+3"
+    std::string offsetShown;  ///< with a decimal where it is none of whole frames, such as "-2.9"
     std::string offsetInSeconds;
     std::string
         wholeFrames;    ///< what the document takes of an offset that is none of whole frames; else empty

@@ -141,8 +141,8 @@ void SyncSection::show(const SyncGroup& clip) {
     shown_ = part;
     showClapCheck();
     if (isSame) return;
-    setSummary(part.isLocked ? tr("%1 f, locked").arg(text(part.offsetFrames))
-                             : tr("%1 f").arg(text(part.offsetFrames)));
+    setSummary(part.isLocked ? tr("%1 f, locked").arg(text(part.offsetShown))
+                             : tr("%1 f").arg(text(part.offsetShown)));
     begins_->setText(translatedSentence(part.begins));
     method_->setCurrentIndex(static_cast<int>(part.method));
     methodText_->setText(translated(description(part.method)));

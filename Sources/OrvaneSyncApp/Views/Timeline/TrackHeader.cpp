@@ -243,9 +243,13 @@ void TrackHeader::paintEvent(QPaintEvent* /*event*/) {
             const double name =
                 line(space::small, top, end, textFont(), channel.isActive ? all.text : all.facts,
                      translatedSentence(channel.name));
-            QString why = translated(channel.kindText());
-            if (!channel.why.empty()) why += QStringLiteral(" · ") + translatedSentence(channel.why);
             const double left = space::small + name + space::small;
+            QString why = translated(channel.kindText());
+            if (!channel.why.empty()) {
+                const QString whole = why + QStringLiteral(" · ") + translatedSentence(channel.why);
+                // Half of it says less than the kind alone; the tooltip says all.
+                if (QFontMetricsF(factsFont()).horizontalAdvance(whole) <= end - left) why = whole;
+            }
             if (end - left > swatch * 3) line(left, top, end, factsFont(), all.facts, why, Qt::AlignRight);
             if (channel.sharePercent)
                 line(end - 44, top + nameHeight - 1, end, factsFont(), all.facts,

@@ -66,8 +66,8 @@ class LengthDoubts {
                 Kind::shortSound,
                 "lasts " + formatted("%.1f s", of_.length()) + ", and " +
                     of_.shoot.nameOf(*of_.group.primaryAudio()) + " lies outside of it: no sound is heard",
-                "take that recording off the clip and attach another one, or move the sound under the "
-                "picture by hand");
+                "take that recording off the clip and attach another one, or, in the picture of its clap, "
+                "“Detect Clap” and “Put on the Frame Shown”");
         std::string where;
         if (before > 0.05) where = formatted("the first %.1f s", before);
         if (after > 0.05) where += (where.empty() ? "" : " and ") + formatted("the last %.1f s", after);

@@ -43,7 +43,7 @@ void checkMatches(std::string_view body) {
     LockitLayer layer(before);
     layer.lay(groups, answer);
     const int known = lockitClipCount(groups);
-    layer.layAgain(groups);
+    layer.reapply(groups);
     demand(lockitClipCount(groups) == known && lockitClipCount(layer.without(groups)) == 0);
 }
 

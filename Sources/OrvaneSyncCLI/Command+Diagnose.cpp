@@ -38,7 +38,7 @@ std::string countsText(const ImportController& controller) {
 /// What the microphones of the cameras leave open, and where they do not bear out what timecode says.
 std::string heardText(const ImportController& controller) {
     const WorkDoubts::Listened& listened = controller.derivedDoubts().listened();
-    const std::string offset = roughOffsetText(listened) + (listened.isOffsetRough ? "\n" : "");
+    std::string offset = roughOffsetText(listened) + (listened.isOffsetRough ? "\n" : "");
     if (listened.unheard == 0) return offset;
     return offset + "The cameras' microphones heard the sound of " + std::to_string(listened.heard) + " of " +
            counted(listened.heard + listened.unheard, "clip", "clips") + " that were listened to, and in " +

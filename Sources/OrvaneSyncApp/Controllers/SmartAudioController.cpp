@@ -82,9 +82,11 @@ platform::Task SmartAudioController::reanalyseAll() {
 void SmartAudioController::emptyAfterUndo() {
     caches_.setAsideAfterUndo();
     work_.environment.mainThread->post([weak = work_.weak(this)] {
-        if (const auto self = weak.lock()) self->runs_.restoreUnchanged();
+        if (const auto self = weak.lock()) self->restoreAfterUndo();
     });
 }
+
+void SmartAudioController::restoreAfterUndo() { runs_.restoreUnchanged(); }
 
 // Only a mode that was stored counts: a scan by itself analyses nothing that nobody asked for.
 void SmartAudioController::startAnalysisAfterScan() {

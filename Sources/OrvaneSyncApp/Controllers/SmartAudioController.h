@@ -39,6 +39,8 @@ class SmartAudioController {
     /// Within an undo or redo: empties what was made from the clips. On the next turn of the interface thread
     /// the results of the clips that are asked of as they were are back; the others are to be analysed again.
     void emptyAfterUndo();
+    /// Brings them back at once, for who asks for them in the same turn: the next command of `serve` may.
+    void restoreAfterUndo();
 
     /// Whether a scan starts an analysis by itself where the setting `smartAudioMode` was written. On at
     /// first; off for a front end that starts analyses itself.

@@ -53,9 +53,9 @@ class MainMenus : public QObject {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
-    /// Where the menu bar keeps the keyboard and shows no menu: Qt leaves it there after a second menu.
     void takeBack(std::string_view id);
     void leaveMenuBar();
+    /// Where the menu bar keeps the keyboard and shows no menu: Qt leaves it there after a second menu.
     void returnKeyboard();
     bool isQuittingOverSheet(const QObject& watched, const QEvent& event) const;
     void quit();

@@ -81,11 +81,11 @@ TEST(RateDoubts, FindsARateAndADate) {
     EXPECT_TRUE(cure().starts_with("look for the sound of 2024-05-18")) << cure();
     FileNames names;
     for (const double seconds : {0.0, 1.0}) {
-        std::unordered_map<UUID, HeardLag> heard; // by the microphones of the second camera
+        std::unordered_map<UUID, HeardLag> heardByB; // by the microphones of the second camera
         for (const SyncGroup& group : ahead.groups)
-            if (group.video.filename.starts_with("B")) heard[group.audioMatches.front().id] = {seconds};
+            if (group.video.filename.starts_with("B")) heardByB[group.audioMatches.front().id] = {seconds};
         ahead.doubts =
-            SyncDoubts::of({ahead.groups, ahead.audios, {}, TrimMode::commonDuration, {}, names, &heard});
+            SyncDoubts::of({ahead.groups, ahead.audios, {}, TrimMode::commonDuration, {}, names, &heardByB});
         EXPECT_TRUE(cure().starts_with(seconds == 0 ? "no doubt"
                                                     : "--sound-date 2024-05-18 in a scan of this day alone "
                                                       "(--video '/B'"))

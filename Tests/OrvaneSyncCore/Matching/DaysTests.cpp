@@ -207,32 +207,36 @@ TEST(Days, OtherDaysAreLeftOutWhereHeaderDatesAndFoldersAgree) {
     }
 }
 
-TEST(Days, OtherDaysAreLeftOutBesideClipsThatBearTheirHeadersOut) {
+TEST(Days, OtherDaysAreLeftOutBesideClipsThatConfirmTheirHeaders) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     struct Case {
         const char* name;
-        int borneOut;      ///< clips that have their own day's sound alone
+        int confirmed;     ///< clips that have their own day's sound alone
         bool isSoundKnown; ///< the other day's recordings have a clip of that day
         std::size_t found; ///< recordings of the first clip
+        const char* folder = "/CAM/A1";
     };
     for (const Case& one : {Case{"a day of clips", 3, true, 1},
+                            {"clips of another camera tell nothing", 3, true, 2, "/CAM/B1"},
                             {"two clips tell nothing", 2, true, 2},
                             {"a recorder whose date may be wrong", 3, false, 2}}) {
         std::vector<MediaAsset> clips, sound;
-        const auto add = [&](const std::string& name, const char* label, const char* header) {
-            clips.push_back(in(header[9] == '7' ? "/C1" : "/C2", test::video(name, label, 30)));
+        const auto add = [&](const std::string& name, const char* label, const char* header,
+                             const char* folder) {
+            clips.push_back(in(folder, test::video(name, label, 30)));
             clips.back().headerDate = dateFromISO8601(header);
         };
-        add("A0.mov", "10:00:00:00", "2024-05-17T10:00:00Z");
+        add("A0.mov", "10:00:00:00", "2024-05-17T10:00:00Z", "/CAM/A1");
         sound.push_back(in("/S1", test::audio("T0_240517.wav", "09:59:50:00", 60)));
         sound.push_back(in("/S2", test::audio("W_240518.wav", "09:59:40:00", 60)));
-        for (int i = 1; i <= one.borneOut; ++i) {
+        for (int i = 1; i <= one.confirmed; ++i) {
             const std::string at = "1" + std::to_string(i) + ":00:00";
-            add("A" + std::to_string(i) + ".mov", (at + ":00").c_str(), ("2024-05-17T" + at + "Z").c_str());
+            add("A" + std::to_string(i) + ".mov", (at + ":00").c_str(), ("2024-05-17T" + at + "Z").c_str(),
+                one.folder);
             sound.push_back(in("/S1", test::audio("T" + std::to_string(i) + "_240517.wav", at + ":00", 40)));
         }
         if (one.isSoundKnown) {
-            add("B1.mov", "16:00:00:00", "2024-05-18T16:00:00Z");
+            add("B1.mov", "16:00:00:00", "2024-05-18T16:00:00Z", "/CAM/A2");
             sound.push_back(in("/S2", test::audio("U1_240518.wav", "16:00:00:00", 40)));
         }
         const auto groups = SyncEngine().match(clips, sound, {});

@@ -404,6 +404,7 @@ std::vector<Command> undoCommands() {
         Command("undo", ShortcutAction::undo, {},
                 [](CommandContext& context, const Call&) {
                     context.controller->undo();
+                    context.controller->smartAudio().restoreAfterUndo();
                     return JSON();
                 })
             .when([](const CommandContext& context) {
@@ -413,6 +414,7 @@ std::vector<Command> undoCommands() {
         Command("redo", ShortcutAction::redo, {},
                 [](CommandContext& context, const Call&) {
                     context.controller->redo();
+                    context.controller->smartAudio().restoreAfterUndo();
                     return JSON();
                 })
             .when([](const CommandContext& context) {

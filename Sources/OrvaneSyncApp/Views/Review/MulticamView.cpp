@@ -167,13 +167,13 @@ MulticamView::~MulticamView() {
 
 /// A clip of one camera is opened alone.
 void MulticamView::go(int step) {
-    if (shown_.empty()) return;
-    const auto place = [this](const UUID& id) {
-        const auto found = outline_->placeInList(id);
-        return found ? found->number : 0;
-    };
+    std::vector<UUID> listed; // the others are left out by a filter or a search
+    std::ranges::copy_if(shown_, std::back_inserter(listed),
+                         [this](const UUID& id) { return outline_->placeInList(id).has_value(); });
+    if (listed.empty()) return;
+    const auto place = [this](const UUID& id) { return outline_->placeInList(id)->number; };
     const auto from =
-        step > 0 ? std::ranges::max_element(shown_, {}, place) : std::ranges::min_element(shown_, {}, place);
+        step > 0 ? std::ranges::max_element(listed, {}, place) : std::ranges::min_element(listed, {}, place);
     auto next = outline_->neighbour(*from, step);
     while (next && std::ranges::find(shown_, *next) != shown_.end()) next = outline_->neighbour(*next, step);
     if (!next) return;

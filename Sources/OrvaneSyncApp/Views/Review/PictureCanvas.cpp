@@ -96,8 +96,8 @@ bool PictureCanvas::scale() {
     if (!scaler_)
         scaler_ = std::make_unique<PictureScaler>([this](QImage scaled) {
             // It may be of a size or a picture that is past.
-            const QSize wanted = image_.isNull() ? QSize() : fittedSize(image_, sizeOnScreen());
-            if (scaled.size() != wanted || wanted == image_.size()) return;
+            const QSize fitted = image_.isNull() ? QSize() : fittedSize(image_, sizeOnScreen());
+            if (scaled.size() != fitted || fitted == image_.size()) return;
             scaled_ = std::move(scaled);
             update();
         });

@@ -25,7 +25,7 @@ constexpr const char* listenToOne =
 // Starts by timecode are rounded to a frame at either side.
 constexpr double smallestGapSeconds = 0.1;
 // What it takes to end one take and begin the next.
-constexpr double smallestPauseSeconds = 5;
+constexpr double smallestPauseSeconds = 1;
 
 DoubtCure trimOption(TrimMode mode) {
     return {CureOption::Kind::setting,
@@ -62,12 +62,13 @@ class LengthDoubts {
                              cureOfCut());
         if (before + after < missingSoundSeconds) return;
         if (before >= of_.length() || after >= of_.length())
-            return of_.addOf(
-                Kind::shortSound,
-                "lasts " + formatted("%.1f s", of_.length()) + ", and " +
-                    of_.shoot.nameOf(*of_.group.primaryAudio()) + " lies outside of it: no sound is heard",
-                "take that recording off the clip and attach another one, or, in the picture of its clap, "
-                "“Detect Clap” and “Put on the Frame Shown”");
+            return of_.addOf(Kind::shortSound,
+                             "lasts " + formatted("%.1f s", of_.length()) + ", and " +
+                                 of_.shoot.nameOf(*of_.group.primaryAudio()) +
+                                 " lies outside of it: no sound is heard",
+                             "take that recording off the clip and attach another one, or, in the window, "
+                             "with the picture "
+                             "of its clap, “Detect Clap” and “Put on the Frame Shown”");
         std::string where;
         if (before > 0.05) where = formatted("the first %.1f s", before);
         if (after > 0.05) where += (where.empty() ? "" : " and ") + formatted("the last %.1f s", after);
@@ -172,14 +173,13 @@ class LengthDoubts {
             return false;
         const double at = of_.take.offsetSeconds + of_.group.manualAudioOffsetSeconds + after.startSeconds;
         if (at - seconds < 0 || at > of_.length()) return false;
-        of_.add(
-            Kind::splitGap,
-            formatted("%.2f s", seconds) + " of sound are missing between " +
-                of_.shoot.nameOf(of_.fileOf(before)) + " and " + of_.shoot.nameOf(of_.fileOf(after)) +
-                formatted(", %.1f s into ", at - seconds) + of_.name,
-            isPause
-                ? "look for a take between them on the cards, or lock the clip where the recorder stood still"
-                : "copy the card again, or look for a part of the recording that is missing");
+        of_.add(Kind::splitGap,
+                formatted("%.2f s", seconds) + " of sound are missing between " +
+                    of_.shoot.nameOf(of_.fileOf(before)) + " and " + of_.shoot.nameOf(of_.fileOf(after)) +
+                    formatted(", %.1f s into ", at - seconds) + of_.name,
+                isPause ? "look for a take between them on the cards, or lock the clip if the recorder was "
+                          "stopped there"
+                        : "copy the card again, or look for a part of the recording that is missing");
         return true;
     }
 

@@ -26,15 +26,14 @@ std::string namesOf(const Shoot& shoot, const std::vector<const Shoot::Clip*>& c
 
 void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
     const auto cards = handledClips(shoot);
-    const auto rate = rateOfLabels(shoot);
     for (const auto& entry : cards) {
         const CameraAndCard& key = entry.first;
         const HandledClips& card = entry.second;
         platform::throwIfStopped(shoot.stop);
         const auto moved = agreementOf(card.offsets, explanation::fewest);
         if (!moved || card.isConfirmed || card.unmoved.empty()) continue;
-        const double fps = timecodeRate::frameRateForRealTimeCalculation(rate);
-        const std::string frames = std::to_string(std::lround(moved->seconds * fps));
+        const std::string frames =
+            std::to_string(framesOf(moved->seconds, card.unmoved.front()->group->video));
         const std::string those = "the sound of " + counted(moved->count, "clip", "clips") + " in '" +
                                   std::string(std::get<0>(key)) + "' was moved " +
                                   spanText(std::abs(moved->seconds)) +

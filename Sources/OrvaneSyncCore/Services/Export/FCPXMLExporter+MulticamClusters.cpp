@@ -65,11 +65,13 @@ std::vector<std::vector<std::size_t>> multicamClusters(const std::vector<const S
         hits.clear();
         index.appendOverlapping(candidates[anchor].place->range, hits);
         std::vector<std::size_t> cluster{anchor};
-        const double start = candidates[anchor].place->range.startSeconds;
+        const auto startOf = [&](std::size_t item) { return candidates[item].place->range.startSeconds; };
         for (const RangeIndex::Hit& hit : hits)
             if (hit.item > anchor && candidates[hit.item].maySharePlaceWith(candidates[anchor]) &&
-                !areOfOtherMoments(*groups[anchor], *groups[hit.item],
-                                   candidates[hit.item].place->range.startSeconds - start))
+                std::ranges::none_of(cluster, [&](std::size_t member) {
+                    return areOfOtherMoments(*groups[member], *groups[hit.item],
+                                             startOf(hit.item) - startOf(member));
+                }))
                 cluster.push_back(hit.item);
         if (cluster.size() < fewestCameras) continue;
         std::ranges::sort(cluster);

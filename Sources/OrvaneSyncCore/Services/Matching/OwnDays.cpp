@@ -11,12 +11,6 @@ namespace {
 
 bool isDatedByHeader(const FilePlace& place) { return !place.day && place.isHeaderClose; }
 
-/// Several cards of one camera lie in it.
-std::string_view folderAbove(const MediaAsset& video) {
-    const std::string_view folder = folderPath(video);
-    return folder.substr(0, folder.find_last_of('/', folder.size() - 2) + 1);
-}
-
 bool hasOtherDays(const std::vector<Meeting>& meetings) {
     return std::ranges::any_of(meetings, &Meeting::isOfOtherDay);
 }
@@ -37,7 +31,8 @@ bool OwnDays::hasAllOfItsDay(const FilePlace& place, const std::vector<Meeting>&
         const double start = place.range.startSeconds + meeting.offsetSeconds;
         own.push_back({start, start + sound.range.durationSeconds()});
     }
-    return coveredSeconds(place.range, std::move(own)) >= place.range.durationSeconds() - lateByHandSeconds;
+    const double length = place.range.durationSeconds();
+    return coveredSeconds(place.range, std::move(own)) >= std::max(length - lateByHandSeconds, length / 2);
 }
 
 void OwnDays::learn(const MediaAsset& video, const FilePlace& place, const std::vector<Meeting>& meetings) {
@@ -47,7 +42,7 @@ void OwnDays::learn(const MediaAsset& video, const FilePlace& place, const std::
         if (!meeting.isOfOtherDay && recordings_[meeting.recording].place.day == day)
             soundOfOwnDay_.insert(cardOf(meeting));
     if (!isDatedByHeader(place)) return;
-    Clips& clips = clips_[{folderAbove(video), *day}];
+    Clips& clips = clips_[{folderPath(video), *day}];
     const bool hasOwn = hasAllOfItsDay(place, meetings), hasOthers = hasOtherDays(meetings);
     if (hasOwn && !hasOthers) ++clips.ofOwnDay;
     if (!hasOwn && hasOthers) clips.lacksOwn = true;
@@ -57,7 +52,7 @@ void OwnDays::leaveOutOthers(const MediaAsset& video, const FilePlace& place,
                              std::vector<Meeting>& meetings) const {
     constexpr int fewest = 3; // two may lie under another day's sound by chance
     if (!isDatedByHeader(place) || !hasOtherDays(meetings)) return;
-    const auto clips = clips_.find({folderAbove(video), *place.headerDay});
+    const auto clips = clips_.find({folderPath(video), *place.headerDay});
     if (clips == clips_.end() || clips->second.ofOwnDay < fewest || clips->second.lacksOwn ||
         !hasAllOfItsDay(place, meetings))
         return;

@@ -10,7 +10,7 @@
 
 namespace orvane {
 
-/// Which days of clips that their headers alone date are borne out by sound. Of such a clip, what is of
+/// Which days of clips that their headers alone date are confirmed by sound. Of such a clip, what is of
 /// another day and lies beside its own day's sound is that day's. Reads the recordings that it was made of.
 class OwnDays {
   public:
@@ -19,7 +19,7 @@ class OwnDays {
     /// Of each clip what it meets, by `DayLine`. The videos must live as long as this.
     void learn(const MediaAsset& video, const FilePlace& place, const std::vector<Meeting>& meetings);
     /// Takes off what is of another day, where sound of the header's has all of the clip, three clips of its
-    /// day, of cards beside its own, met that day's sound alone, none of them lacks it beside another day's,
+    /// own card and day met that day's sound alone, none of them lacks it beside another day's,
     /// and the recording's own card meets clips of its own day.
     void leaveOutOthers(const MediaAsset& video, const FilePlace& place,
                         std::vector<Meeting>& meetings) const;

@@ -300,6 +300,7 @@ TEST(ClockDoubts, OffsetsByHandTellOfTheOtherClips) {
         Shot shot;
         for (int i = 0; i < 6; ++i) {
             shot.videos.push_back(clipAt("/CAM/A" + std::to_string(i) + ".mov", 36000 + 300 * i, 8));
+            shot.videos.back().frameRate = 25;
             shot.audios.push_back(recordingAt("/S/T" + std::to_string(i) + ".wav", 35999.5 + 300 * i, 14));
         }
         shot.diagnose();

@@ -45,6 +45,8 @@ struct SmartAudioSetAside {
     std::map<UUID, RoutedClip> routed;
     std::unordered_set<UUID> passedOver;
     std::unordered_set<UUID> rendered; ///< clips whose blocks were rendered
+
+    bool isEmpty() const { return results.empty() && passedOver.empty(); }
 };
 
 /// What Smart Audio knows of the clips, and when it is thrown away. Each removal notifies.

@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <exception>
-#include <set>
 #include <utility>
 
 namespace orvane {
@@ -50,6 +49,18 @@ std::optional<SeparatedStems> stemsOf(const TakeSound& recording, const std::sha
 AnalysisInput analysisInput(const SyncGroup& group) {
     const Take take = takeOf(group, assumedChannels);
     return {{group, take}, take.channelCount, candidateTracks(group, take.channelCount)};
+}
+
+/// Those that the blocks use; none where they are on already or the editor chose tracks by hand.
+std::optional<std::set<int>> tracksToSwitchOn(const SyncGroup& group,
+                                              const std::vector<BlockDecision>& blocks,
+                                              bool forceOverwriteManualTracks) {
+    std::set<int> active;
+    for (const BlockDecision& block : blocks)
+        if (block.activeTrack > 0) active.insert(block.activeTrack);
+    if (active.empty() || (!forceOverwriteManualTracks && group.hasManualTrackEdits())) return std::nullopt;
+    if (group.manualActiveTracks == active && group.tracksManuallyEdited == false) return std::nullopt;
+    return active;
 }
 
 /// A recording's loudness, and the calibration at that time.
@@ -335,27 +346,24 @@ void SmartAudioRuns::adoptResult(const UUID& groupID, SmartAudioResult result,
         caches_.state.results.insert_or_assign(groupID, std::move(result));
         caches_.state.passedOver.erase(groupID);
         work_.notify(ImportField::smartAudio);
-        switchTracksOn(*group, blocks, forceOverwriteManualTracks);
+        if (auto active = tracksToSwitchOn(*group, blocks, forceOverwriteManualTracks))
+            switchTracksOn({{groupID, *std::move(active)}});
     });
 }
 
-/// Those that the blocks use, unless the editor chose tracks by hand.
-void SmartAudioRuns::switchTracksOn(const SyncGroup& group, const std::vector<BlockDecision>& blocks,
-                                    bool forceOverwriteManualTracks) {
-    std::set<int> active;
-    for (const BlockDecision& block : blocks)
-        if (block.activeTrack > 0) active.insert(block.activeTrack);
-    if (active.empty() || (!forceOverwriteManualTracks && group.hasManualTrackEdits())) return;
-    if (group.manualActiveTracks == active && group.tracksManuallyEdited == false) return;
-    work_.edit(group.id, [&](SyncGroup& own) {
-        own.manualActiveTracks = std::move(active);
-        own.tracksManuallyEdited = false;
-    });
+void SmartAudioRuns::switchTracksOn(const std::map<UUID, std::set<int>>& tracks) {
+    work_.editWhere([&](const SyncGroup& group) { return tracks.contains(group.id); },
+                    [&](SyncGroup& group) {
+                        group.manualActiveTracks = tracks.at(group.id);
+                        group.tracksManuallyEdited = false;
+                    });
 }
 
 void SmartAudioRuns::restoreUnchanged() {
     SmartAudioSetAside aside = caches_.takeSetAside();
+    if (aside.isEmpty()) return;
     SmartAudioState& state = caches_.state;
+    std::map<UUID, std::set<int>> tracks;
     const SyncGroupList clips = work_.syncGroups();
     work_.notices.together([&] {
         for (const SyncGroup& group : clips) {
@@ -372,9 +380,12 @@ void SmartAudioRuns::restoreUnchanged() {
             if (blocks != result->second->blocks) result->second.edit().blocks = blocks;
             state.results.insert(aside.results.extract(result));
             caches_.routed.insert(aside.routed.extract(routed));
-            switchTracksOn(group, blocks, false);
-            if (aside.rendered.contains(group.id)) rendered_.renderMixdown(group.id);
+            if (auto active = tracksToSwitchOn(group, blocks, false))
+                tracks.emplace(group.id, *std::move(active));
         }
+        switchTracksOn(tracks);
+        for (const UUID& groupID : aside.rendered)
+            if (state.results.contains(groupID)) rendered_.renderMixdown(groupID);
         work_.notify(ImportField::smartAudio);
     });
 }

@@ -11,6 +11,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -73,8 +74,8 @@ class SmartAudioRuns {
     std::function<void(double)> report(const RunPointer& run, double effort);
     const SyncGroup* stillAsked(const UUID& groupID, const Run& run) const;
     void adoptResult(const UUID& groupID, SmartAudioResult result, bool forceOverwriteManualTracks);
-    void switchTracksOn(const SyncGroup& group, const std::vector<BlockDecision>& blocks,
-                        bool forceOverwriteManualTracks);
+    /// Of the clips that are named.
+    void switchTracksOn(const std::map<UUID, std::set<int>>& tracks);
     void began(const RunPointer& run);
     void ended(const RunPointer& run);
     void show(const RunPointer& run, SmartAudioProgress progress);

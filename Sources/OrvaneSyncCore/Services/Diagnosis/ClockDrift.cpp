@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <ranges>
 #include <string>
 #include <vector>
@@ -105,6 +106,20 @@ std::string clocksText(const CameraAndCard& key, const ClockDrift& drift) {
            platform::text::formatted("%.0f", std::abs(drift.perSecond) * million) + " parts in a million";
 }
 
+struct OwnMove {
+    double seconds;
+    std::string text;
+};
+
+/// How far the sound of one clip has to go; nothing where that is no whole frame, or its time is unknown.
+std::optional<OwnMove> ownMove(const Shoot& shoot, const Shoot::Clip& clip, const ClockDrift& drift) {
+    if (!clip.place) return std::nullopt;
+    const MediaAsset& video = clip.group->video;
+    const double seconds = drift.offsetAt(likelyRange(clip).startSeconds);
+    if (framesOf(seconds, video) == 0) return std::nullopt;
+    return OwnMove{seconds, shoot.nameOf(video) + " by " + framesText(seconds, video)};
+}
+
 } // namespace
 
 void addClockDrift(const Shoot& shoot, const CameraAndCard& key, const HandledClips& card,
@@ -117,38 +132,32 @@ void addClockDrift(const Shoot& shoot, const CameraAndCard& key, const HandledCl
         " to " + distanceText(drift.offsetAt(drift.lastSeconds)) + " at " +
         momentText(drift.lastSeconds, isDated);
     for (const Shoot::Clip* clip : card.unmoved) {
-        if (!clip->place) continue;
-        const double seconds = drift.offsetAt(likelyRange(*clip).startSeconds);
-        if (framesOf(seconds, clip->group->video) == 0) continue;
-        const std::string own =
-            shoot.nameOf(clip->group->video) + " by " + framesText(seconds, clip->group->video);
+        const auto own = ownMove(shoot, *clip, drift);
+        if (!own) continue;
         doubts.byGroup[clip->group->id].push_back(
             {.kind = SyncDoubt::Kind::drift,
-             .message = about + "; move the sound of " + own,
+             .message = about + "; move the sound of " + own->text,
              .cure = cureWords::asHeard("move the sound of each clip by its own distance", "'offset_frames'"),
-             .own = own,
-             .suggestion = SyncDoubt::Suggestion{.offsetSeconds = seconds}});
+             .own = own->text,
+             .suggestion = SyncDoubt::Suggestion{.offsetSeconds = own->seconds}});
     }
 }
 
 void addClockDriftUnheard(const Shoot& shoot, const CameraAndCard& key, const HandledClips& unheard,
                           const ClockDrift& drift, SyncDoubts& doubts) {
     for (const Shoot::Clip* clip : unheard.unmoved) {
-        if (!clip->place || doubts.has(clip->group->id, {SyncDoubt::Kind::drift})) continue;
-        const double seconds = drift.offsetAt(likelyRange(*clip).startSeconds);
-        if (framesOf(seconds, clip->group->video) == 0) continue;
-        const std::string own =
-            shoot.nameOf(clip->group->video) + " by " + framesText(seconds, clip->group->video);
+        const auto own = ownMove(shoot, *clip, drift);
+        if (!own || doubts.has(clip->group->id, {SyncDoubt::Kind::drift})) continue;
         doubts.byGroup[clip->group->id].push_back(
             {.kind = SyncDoubt::Kind::drift,
              .message = clocksText(key, drift) + ", and the clips in '" +
                         std::string(folderOf(clip->group->video)) +
                         "' have sound of the same recorder and were not heard: if it is the recorder's "
                         "clock, move the sound of " +
-                        own,
+                        own->text,
              .cure = "listen to the first and the last of these clips: where their sound is off as well, "
                      "move that of each by hand, else lock them",
-             .own = own});
+             .own = own->text});
     }
 }
 

@@ -12,10 +12,10 @@
 
 namespace orvane::platform {
 
-/// Writes a WAVE file of 32-bit floats, full scale 1.0, piece by piece, with a broadcast extension that says
-/// who made it (EBU Tech 3285). Past 4 GB it becomes an RF64 (EBU Tech 3306). The file takes its place when
-/// it is finished, and not before; one that is not finished leaves no trace. Every operation throws
-/// FileError. One thread at a time.
+/// Writes a WAVE file of 32-bit floats, full scale 1.0, piece by piece, with a broadcast extension that names
+/// its originator (EBU Tech 3285). Past 4 GB it becomes an RF64 (EBU Tech 3306). The file appears under its
+/// name only when it is finished; an unfinished one is removed. Every operation throws FileError. One thread
+/// at a time.
 class AudioFileWriter {
   public:
     struct Format {
@@ -28,7 +28,7 @@ class AudioFileWriter {
     };
     static constexpr std::uint64_t largestPlainFile = std::numeric_limits<std::uint32_t>::max();
 
-    /// `largestPlain`: bytes that a file may have without becoming an RF64.
+    /// `largestPlain`: the largest size in bytes of a file that is not an RF64.
     AudioFileWriter(const std::string& path, Format format, Broadcast broadcast,
                     std::uint64_t largestPlain = largestPlainFile);
 

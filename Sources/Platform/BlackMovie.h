@@ -11,10 +11,10 @@ struct BlackMovieFormat {
     int frames = 1;
 };
 
-/// Writes a QuickTime movie of black pictures, H.264 (Constrained Baseline, BT.709, video range), with a key
-/// frame a second, for programs that want a picture beside a sound. A black picture needs no encoder: its
-/// first block is stated sample by sample, and all others repeat what lies beside or before them. Throws
-/// FileError.
+/// Writes a QuickTime movie of black pictures, H.264 (Constrained Baseline, BT.709, video range), with one
+/// key frame each second, for programs that need a picture beside a sound. Black pictures need no encoder:
+/// the first block is written sample by sample, and all others repeat the block beside them or the picture
+/// before. Throws FileError.
 void writeBlackMovie(const std::string& path, const BlackMovieFormat& format);
 
 } // namespace orvane::platform

@@ -8,8 +8,8 @@
 
 namespace orvane::platform {
 
-/// A view of bytes from an untrusted file that cannot be left: every read past the end gives nothing.
-/// Positions count from the start of the view.
+/// A view of bytes from an untrusted file: every read past the end returns nothing. Positions count from the
+/// start of the view.
 class ByteCursor {
   public:
     ByteCursor() = default;
@@ -34,7 +34,7 @@ class ByteCursor {
         if (at > size() || count > size() - at) return std::nullopt;
         return ByteCursor(bytes_.subspan(at, count));
     }
-    /// What there is from `at` on, empty past the end.
+    /// The bytes from `at` to the end; empty past the end.
     ByteCursor from(std::size_t at) const {
         return at < size() ? ByteCursor(bytes_.subspan(at)) : ByteCursor();
     }

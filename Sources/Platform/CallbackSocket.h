@@ -5,11 +5,12 @@
 
 namespace orvane::platform {
 
-/// The local socket through which a callback of the browser reaches the program that waits for it. Only
-/// processes of the same user can connect, and only they are listened to.
+/// The local socket through which a callback of the browser reaches the waiting program. Only processes of
+/// the same user can connect, and data from other users is ignored.
 class CallbackSocket {
   public:
-    /// One that nobody can reach where it can't be made. An earlier one is nobody's from here on.
+    /// If the socket can't be made, returns one that no process can reach. It replaces a socket that was made
+    /// earlier.
     static CallbackSocket listen();
     ~CallbackSocket();
     CallbackSocket(CallbackSocket&& other) noexcept;
@@ -17,13 +18,13 @@ class CallbackSocket {
     CallbackSocket(const CallbackSocket&) = delete;
     CallbackSocket& operator=(const CallbackSocket&) = delete;
 
-    /// For polling; negative where there is none.
+    /// For polling; negative if there is no socket.
     int descriptor() const { return descriptor_; }
-    /// What a process that has connected says; nothing from other users, and from one that says nothing for a
-    /// second, or too much.
+    /// The message of a process that has connected. Nothing from other users, from a process that sends
+    /// nothing for a second, or from one that sends too much.
     std::optional<std::string> received() const;
 
-    /// False where nobody listens.
+    /// False if no process is listening.
     static bool send(const std::string& message);
 
   private:

@@ -8,8 +8,8 @@
 
 namespace orvane::platform {
 
-/// An operation that ends with a callback, as a task. Its maker keeps it where the callback is; when that
-/// is dropped without a call the task ends too. Interface thread.
+/// An operation that ends with a callback, as a task. Its maker keeps it together with the callback; if it is
+/// destroyed without a call the task ends too. Interface thread.
 class Completion {
   public:
     explicit Completion(const std::shared_ptr<MainThread>& mainThread) : task_(wait(state_, mainThread)) {}
@@ -17,7 +17,7 @@ class Completion {
     Completion(const Completion&) = delete;
     Completion& operator=(const Completion&) = delete;
 
-    /// Ends with `end`, or with Stopped once it was asked to stop.
+    /// Ends with `end`, or with Stopped after a request to stop.
     const Task& task() const { return task_; }
     void end() {
         state_->isEnded = true;

@@ -13,41 +13,43 @@
 
 namespace orvane::platform {
 
-/// A secret could not be kept. The description says where and why, and not what.
+/// A secret could not be kept. The description says where and why; it does not contain the secret.
 class CredentialError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-/// Keeps secrets of this program for the user account, each under the name of an account. Calls may take as
-/// long as the system asks the user to unlock something: never on the interface thread. Any other thread.
+/// Keeps secrets of this program for the user account, each under an account name. A call may wait until the
+/// user has answered a request to unlock the store, so never call it on the interface thread. Any other
+/// thread.
 class CredentialStore {
   public:
     using Accounts = std::vector<std::string>;
 
-    /// What is kept under some accounts.
+    /// The secrets that are kept under the requested accounts.
     struct Found {
         std::map<std::string, Secret, std::less<>> values;
-        /// The store is locked, and keeps one more of them, which it does not show until it is unlocked.
+        /// The store is locked and keeps at least one more of the secrets, which it shows only when it is
+        /// unlocked.
         bool isLocked = false;
 
-        /// Nothing where none is kept, or none can be read.
+        /// Nothing where no secret is kept or none can be read.
         std::optional<Secret> value(std::string_view account) const;
     };
-    /// How often the desktop asks the user to unlock a store that keeps what is looked for.
+    /// How often the desktop asks the user to unlock a store that keeps the requested secrets.
     enum class Asking {
-        once, ///< unless the user has refused it before; until it was unlocked
-        again ///< as the user wants something that is of no use without it
+        once, ///< unless the user has refused before and the store was not unlocked since
+        again ///< because the user asked for something that needs the secret
     };
 
     virtual ~CredentialStore() = default;
 
-    /// In place of what was kept under that name. Throws CredentialError.
+    /// Replaces the secret that is kept under that name. Throws CredentialError.
     virtual void save(const std::string& account, const Secret& value) = 0;
-    /// All in one look.
+    /// Reads all accounts in one query.
     virtual Found read(const Accounts& accounts, Asking asking) = 0;
-    /// Those that are missing are no error. Throws CredentialError where some stay, or where it can't be
-    /// known: a store that does not answer may keep them.
+    /// Missing secrets are no error. Throws CredentialError if some remain, or if that is unknown because a
+    /// store does not answer.
     virtual void remove(const Accounts& accounts) = 0;
 
     struct Description {
@@ -55,11 +57,11 @@ class CredentialStore {
         bool isLocked = false; ///< there is a store that can't be read until it is unlocked
         std::string where;     ///< for people
     };
-    /// Where the next secret would be kept. Asks the user nothing.
+    /// Where the next secret would be kept. Does not ask the user anything.
     virtual Description describe() = 0;
 
-    /// The key store of the desktop, and where there is none, or what was saved does not read back, the file:
-    /// JSON that its owner alone may read, not encrypted. Never the file where a locked store keeps secrets
+    /// The key store of the desktop. Without one, or if a saved secret does not read back, the file: JSON
+    /// that only its owner may read, not encrypted. The file is never used while a locked store keeps secrets
     /// of this program: saving fails then.
     static std::shared_ptr<CredentialStore> create(std::string fallbackFile);
 };

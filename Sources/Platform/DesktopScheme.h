@@ -6,10 +6,11 @@ namespace orvane::platform {
 
 /// Whether this session has a screen with windows.
 bool isDesktopThere();
-/// Shows a page in the browser of the desktop. Two seconds at most, after which it is taken to have worked.
+/// Shows a page in the browser of the desktop. Waits two seconds at most; if the call has not failed by then,
+/// it is taken as a success.
 bool openWithDesktop(const std::string& url);
-/// Makes the desktop hand addresses of a scheme to this program, by an entry in the user's own folder of
-/// applications. Without a desktop, and where it can't be done, nothing.
+/// Registers this program with the desktop as the handler of a scheme, by an entry in the user's own folder
+/// of applications. Does nothing without a desktop or if it can't be done.
 void registerScheme(const std::string& scheme);
 
 } // namespace orvane::platform

@@ -5,16 +5,16 @@
 
 namespace orvane::platform {
 
-/// Keeps other processes, and other locks of this one, from a file or a folder while it lives; all that write
-/// there take it. Taking it waits, but not for ever: its holder writes a file or two, unless it was
-/// stopped. Where the file system knows no locks there is none, and nobody waits.
+/// While it lives, keeps out every other process, and every other lock of this process, that takes the lock
+/// of the same file or folder. All writers take it. Taking it waits for a limited time: a holder writes only
+/// a file or two, unless it is suspended. On a file system without locks it does nothing and does not wait.
 class FileLock {
   public:
     static constexpr std::chrono::milliseconds timeLimit{10000};
-    /// A lock file, made where it is missing. It stays: removing it would let two processes hold two locks.
-    /// Throws FileError, also when another holds it for longer than that.
+    /// A lock file, created if it is missing. It is not removed: that would let two processes hold two locks.
+    /// Throws FileError, also when another holds the lock for longer than `longest`.
     static FileLock ofFile(const std::string& path, std::chrono::milliseconds longest = timeLimit);
-    /// A folder itself, without a file in it. As above.
+    /// Locks a folder itself, without a file in it. Throws as `ofFile` does.
     static FileLock ofFolder(const std::string& path, std::chrono::milliseconds longest = timeLimit);
     ~FileLock();
     FileLock(const FileLock&) = delete;

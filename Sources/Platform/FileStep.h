@@ -5,8 +5,8 @@
 
 namespace orvane::platform {
 
-/// A call of the system that writes, for as long as it lasts: on a dead mount it may never return, and who
-/// waits for it can see that. Ends on its thread; `path` outlives it. Any thread.
+/// A system call that writes, for as long as it lasts. On a dead mount the call may never return, and a
+/// waiting thread can detect that. Ends on its thread; `path` outlives it. Any thread.
 class FileStep {
   public:
     explicit FileStep(const std::string& path);
@@ -14,9 +14,9 @@ class FileStep {
     FileStep(const FileStep&) = delete;
     FileStep& operator=(const FileStep&) = delete;
 
-    /// How many have returned so far.
+    /// The number of calls that have returned so far.
     static std::uint64_t ended();
-    /// Where the one writes that has been under way for the longest time; empty where none is.
+    /// The path of the call that has been running for the longest time; empty if none is running.
     static std::string oldestPath();
 
   private:
@@ -25,12 +25,12 @@ class FileStep {
     FileStep* newer_ = nullptr;
 };
 
-/// Whether what is written makes progress; checked at regular moments by the thread that waits for it.
-/// Counted in checks, so that the time for which the process was halted does not count.
+/// Whether writing makes progress; checked at regular intervals by the waiting thread. Measured in checks, so
+/// that the time for which the process was suspended does not count.
 class StalledWrites {
   public:
-    /// The file that made no progress for `looks` checks; empty where something made some, or where nothing
-    /// is being written: a write that has not begun counts as progress.
+    /// The file that made no progress for `looks` checks; empty if any write made progress or none is
+    /// running. A write that has not begun counts as progress.
     std::string look(int looks);
 
   private:

@@ -39,63 +39,64 @@ namespace files {
 std::optional<FileAttributes> attributes(const std::string& path);
 bool exists(const std::string& path);
 
-/// The whole of a regular file. Throws FileError for anything else (a named pipe would hold up its reader)
-/// and when the file is larger than `limitBytes`.
-/// Throws Stopped.
+/// The whole content of a regular file. Throws FileError for anything else (a named pipe would block the
+/// reader) and when the file is larger than `limitBytes`. Throws Stopped.
 std::string readText(const std::string& path, std::uint64_t limitBytes = std::uint64_t{1} << 30U,
                      const std::stop_token& stop = {});
 
 /// Writes the whole file or nothing: a temporary file in the same folder, fsync, rename, fsync of the folder.
-/// An existing file keeps its permissions; a new one gets the process's defaults. Where the path is a link,
-/// the file behind it is replaced and the link stays; what is no regular file (a terminal, a pipe) is written
-/// to directly. Throws FileError; then the old file stands as it was and no temporary file is left.
+/// An existing file keeps its permissions; a new one gets the process's defaults. If the path is a link, the
+/// file that it leads to is replaced and the link stays. Anything but a regular file (a terminal, a pipe) is
+/// written to directly. Throws FileError; then the old file is unchanged and no temporary file is left.
 void writeAtomically(const std::string& path, std::string_view contents);
 
-/// Whether a write may take the place of a file that is there, or needs a free name.
+/// Whether a write may replace an existing file, or needs a free name.
 enum class Existing { replace, keep };
-/// The same for a place that others may use meanwhile: `decide` is called when the new file is whole and has
-/// only to take its place. What it throws passes through; then, and where a name that is to be kept has been
-/// taken, nothing has changed.
+/// The same for a path that others may write to meanwhile: `decide` is called when the new file is complete
+/// and only has to be renamed. Its exceptions pass through. After an exception, or if a name that is to be
+/// kept has been taken, nothing has changed.
 void writeAtomically(const std::string& path, std::string_view contents,
                      const std::function<Existing()>& decide);
 
-/// The file that a write to `path` would replace or make: where the links that it names lead, also when
-/// nothing is there. One of a loop of links is itself.
+/// The file that a write to `path` would replace or make: the target of the links at `path`, also when there
+/// is no file. For a loop of links, a link of the loop itself.
 std::string behindLinks(std::string path);
-/// Whether the file's owner has taken the permission to write from it, or this process may not write to it.
-/// Permissions alone would not keep root from writing.
+/// Whether the file's owner has removed the permission to write, or this process may not write to it. The
+/// owner's permission is checked because it does not stop root from writing.
 bool isReadOnly(const std::string& path);
 /// The system's reason why no file can be made in the folder; empty when one can.
 std::string whyNoNewFile(const std::string& folder);
-/// The folder that an entry lies in; "." for a bare name.
+/// The folder that contains an entry; "." for a bare name.
 std::string folderOf(const std::string& path);
 
-/// Removes the temporary files of writes that are under way, for a program that is about to end at once.
-/// Nothing may be written after this. Any thread.
+/// Removes the temporary files of writes that are under way, for a program that ends at once. Nothing may be
+/// written after this. Any thread.
 void discardTemporaries();
 
-/// How files are kept beside the new ones: those that can't be understood, and those of others.
+/// Suffixes of files that are kept beside new ones: those that can't be read, and those with content that
+/// this version does not know.
 inline constexpr std::string_view unreadableSuffix = ".unreadable", otherSuffix = ".other";
-/// Of one file and one suffix.
+/// For one file and one suffix.
 inline constexpr std::size_t mostKeptBeside = 5;
-/// Gives a file a second name, "<path><suffix>", with the next number behind it where another file has that
-/// already, and returns it; a later whole write to the first name leaves the second as it was. A copy where
-/// the file system knows no second names. The file stays in its place all the time. Of more than
-/// `mostKeptBeside` files those with the lowest numbers are removed, as far as the system lets them be.
-/// Throws FileError.
+/// Gives a file a second name, "<path><suffix>", and returns it; the next free number is appended where that
+/// name is taken. A later whole write to the first name does not change the second file. On a file system
+/// without hard links it makes a copy. The file keeps its first name throughout. If there are more than
+/// `mostKeptBeside` files, those with the lowest numbers are removed if the system permits it. Throws
+/// FileError.
 std::string keepBeside(const std::string& path, std::string_view suffix);
-/// Makes the entries of the folder last: what was created or renamed in it. A file system that can't is no
-/// error.
+/// Makes the folder's entries durable: files that were created or renamed in it. A file system that cannot do
+/// this is no error.
 void syncFolder(const std::string& folder);
-/// Removes temporary files that killed writers left in the folder: those that nobody has touched for a while.
+/// Removes temporary files that killed writers left in the folder: those that have not been touched for a
+/// while.
 void removeAbandonedTemporaries(const std::string& folder);
 
-/// Makes the folder and the folders above it, each new one for its owner alone: names of productions and
-/// clips are private to the user. Throws FileError.
+/// Makes the folder and the folders above it, each new one accessible to its owner alone: names of
+/// productions and clips are private to the user. Throws FileError.
 void createDirectories(const std::string& path);
-/// A file or an empty folder. Throws FileError, also when nothing is there.
+/// Removes a file or an empty folder. Throws FileError, also when there is none.
 void remove(const std::string& path);
-/// A file or a folder with everything in it; links are not followed. Throws FileError.
+/// Removes a file or a folder with everything in it; links are not followed. Throws FileError.
 void removeTree(const std::string& path);
 /// Within one file system; replaces a file that has the new name. Throws FileError.
 void rename(const std::string& from, const std::string& to);
@@ -105,12 +106,12 @@ enum class Hidden { skip, include };
 /// Whether links to folders are entered.
 enum class LinkedFolders { pass, enter };
 /// Visits every file and folder below the folder, to any depth, each folder's entries in the order of the
-/// file system. Hidden entries (names that begin with a dot) are passed over with everything below them. A
-/// link to a file is visited as a linked file, a link to a folder as a folder, one that leads nowhere as a
-/// broken one; devices, pipes and sockets are passed over. Each folder is entered once, by whatever links it
-/// is reached, so that a loop of links ends; links that are entered come behind everything that is no link.
-/// `descend` is asked about each folder that can be entered. A folder below that cannot be read is passed
-/// over and given to `unreadable`. Returns false when the top folder itself cannot be opened.
+/// file system. Hidden entries (names that begin with a dot) are skipped with everything below them. A link
+/// to a file is visited as a linked file, a link to a folder as a folder, a link without a target as a broken
+/// one; devices, pipes and sockets are skipped. Each folder is entered once, whichever links lead to it, so
+/// that a loop of links ends. Links that are entered come after everything that is no link. `descend` decides
+/// for each folder whether it is entered. A folder below that cannot be read is skipped and passed to
+/// `unreadable`. Returns false when the top folder itself cannot be opened.
 bool walk(const std::string& folder,
           const std::function<void(const std::string& path, WalkEntry kind)>& visit,
           const std::function<bool(const std::string& path)>& descend, Hidden hidden = Hidden::skip,
@@ -121,7 +122,7 @@ bool walk(const std::string& folder,
 std::optional<std::vector<std::string>> childNames(const std::string& folder);
 
 /// Absolute, without "." and "..", links among its folders resolved where they exist; a link that is the last
-/// component stays. Never fails: what is not there is kept as it is written.
+/// component stays. Never fails: components that do not exist are kept as they are written.
 std::string standardized(const std::string& path);
 
 /// The XDG base directories with their defaults, without this application's own folder.

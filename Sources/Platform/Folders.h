@@ -4,11 +4,11 @@
 
 namespace orvane::platform::files {
 
-/// Makes a folder of the user's choice and those above it, with the rights that new folders usually get.
-/// Throws FileError.
+/// Makes a folder that the user chose and those above it, with the usual permissions of new folders. Throws
+/// FileError.
 void createUsualDirectories(const std::string& path);
-/// Leaves a folder to its owner alone. Returns why it is still open to others; empty where it is not, also
-/// where there is no such folder.
+/// Makes a folder accessible to its owner alone. Returns why others can still access it; empty on success,
+/// also if there is no such folder.
 std::string makePrivate(const std::string& folder);
 
 } // namespace orvane::platform::files

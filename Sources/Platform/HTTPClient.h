@@ -24,14 +24,14 @@ struct HTTPRequest {
     HTTPHeaders headers = {};
     std::string body = {};
     double connectTimeoutSeconds = 15;
-    /// From the request to the last byte of the answer.
+    /// From the request to the last byte of the response.
     double timeoutSeconds = 60;
-    /// The longest time in which nothing comes or goes; 0: as long as the others allow.
+    /// The longest time in which no byte is sent or received; 0: no limit beyond the others.
     double idleTimeoutSeconds = 0;
-    /// A longer answer fails. Of a download, the size of the file.
+    /// A longer response fails. For a download, the size of the file.
     std::uint64_t mostBodyBytes = std::uint64_t{64} << 20U;
-    /// Of a download that breaks off: what came stays as "<path>.part", and the next one goes on from there
-    /// as long as the server says that its file is the same.
+    /// For a download that breaks off: the part received stays as "<path>.part", and the next download
+    /// continues from there if the server says that its file is the same.
     bool keepsPart = false;
 };
 
@@ -44,15 +44,15 @@ struct HTTPResponse {
     std::optional<std::string> header(std::string_view name) const;
 };
 
-/// Why there is no answer. The description is a sentence for people and holds neither headers nor bodies nor
-/// what stands behind the path of the URL, in which secrets may lie.
+/// Why there is no response. The description is a sentence for people. It contains neither headers nor bodies
+/// nor what follows the path of the URL, as these may hold secrets.
 class HTTPError : public std::runtime_error {
   public:
     enum class Kind {
         unavailable, ///< this installation lacks the network module
         invalidURL,  ///< no URL, or one that is not allowed
         unreachable, ///< no such host, refused, or the connection broke
-        notHTTP,     ///< something else answered
+        notHTTP,     ///< the peer does not speak HTTP
         insecure,    ///< the other side's certificate is not valid
         timedOut,
         cancelled,
@@ -67,9 +67,9 @@ class HTTPError : public std::runtime_error {
     Kind kind_;
 };
 
-/// Talks HTTP over a connection that is verified. Calls wait for the answer and belong on any thread but the
-/// interface thread; several may run at once. A redirect is an answer like any other: it is never followed,
-/// so that nothing is sent to where nobody meant to send it. All calls throw HTTPError.
+/// Sends HTTP requests over a verified connection. Calls wait for the response: any thread but the interface
+/// thread; several may run at once. A redirect is a response like any other and is never followed, so that
+/// nothing is sent to a server that was not asked for. All calls throw HTTPError.
 class HTTPClient {
   public:
     virtual ~HTTPClient() = default;
@@ -77,13 +77,12 @@ class HTTPClient {
     /// `stop` ends the call at once.
     virtual HTTPResponse send(const HTTPRequest& request, std::stop_token stop = {}) = 0;
 
-    /// Bytes so far, and all of them where the server said how many. What it throws ends the download and
-    /// passes through; the first call is before anything is written.
+    /// Bytes received so far, and the total if the server stated it. An exception ends the download and
+    /// passes through. The first call comes before anything is written.
     using Progress = std::function<void(std::uint64_t received, std::optional<std::uint64_t> total)>;
-    /// Writes the body of an answer with status 200 to the file, whole or not at all: under a temporary name
-    /// in its folder until it is complete. An answer with any other status leaves no file and gives its body;
-    /// the rest of a file that was kept in part counts as 200.
-    /// `progress` on the calling thread.
+    /// Writes the body of a response with status 200 to the file, whole or not at all: under a temporary name
+    /// in its folder until it is complete. A response with any other status leaves no file and returns its
+    /// body. The remaining part of a partial file counts as 200. `progress` is called on the calling thread.
     virtual HTTPResponse download(const HTTPRequest& request, const std::string& path,
                                   const Progress& progress = {}, std::stop_token stop = {}) = 0;
 

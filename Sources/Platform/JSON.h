@@ -13,14 +13,14 @@
 
 namespace orvane::platform {
 
-/// A text that is no JSON. The description says what is wrong.
+/// A text that is not JSON. The description says what is wrong.
 class JSONError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-/// One JSON value. A plain value type: copies are deep. Numbers keep their kind (a whole number without
-/// point or exponent is an integer), so that every number that was read is written back exactly.
+/// One JSON value. A plain value type: copies are deep. Numbers keep their kind (a number without point or
+/// exponent is an integer), so that every number is written back exactly as it was read.
 class JSON {
   public:
     using Array = std::vector<JSON>;
@@ -47,25 +47,26 @@ class JSON {
     static JSON object() { return JSON(Object{}); }
     static JSON array() { return JSON(Array{}); }
 
-    /// The whole text must be one value. A key that occurs twice keeps its last value. Throws JSONError: also
+    /// The whole text must be one value. A key that occurs twice keeps its last value. Throws JSONError, also
     /// for nesting deeper than 512, text that is not UTF-8, numbers beyond 64-bit integers and doubles, and a
-    /// long text of tiny values alone, which would take many times its size (`densestText`).
+    /// long text that consists of tiny values, which would take many times its size in memory
+    /// (`densestText`).
     static JSON parse(std::string_view text);
-    /// Bytes a value, on the average, in a text of more than `fewValues`. Records of ours have 30, and 21
-    /// without blanks.
+    /// Least average number of bytes for each value, in a text of more than `fewValues`. Our own records have
+    /// 30, and 21 without blanks.
     static constexpr std::size_t densestText = 16;
     static constexpr std::size_t fewValues = 100'000;
 
     /// UTF-8, keys sorted by bytes; bytes that are not UTF-8 become U+FFFD. Doubles print in their shortest
-    /// form that reads back equal, with ".0" where they are whole, so that they come back as doubles. `depth`
-    /// is how deep the value will stand in a longer pretty text.
+    /// form that reads back equal, with ".0" where they are whole, so that they are read as doubles again.
+    /// `depth` is the nesting depth at which the value will be placed in a longer pretty text.
     std::string dump(Layout layout = Layout::compact, std::size_t depth = 0) const;
 
     bool isNull() const { return std::holds_alternative<std::monostate>(value_); }
     bool isObject() const { return std::holds_alternative<Box<Object>>(value_); }
     bool isArray() const { return std::holds_alternative<Box<Array>>(value_); }
 
-    /// Each gives nothing when the value is of another kind.
+    /// Each returns nothing when the value is of another kind.
     std::optional<bool> boolean() const;
     /// Integers, and doubles with a whole value that fits.
     std::optional<std::int64_t> integer() const;
@@ -80,7 +81,7 @@ class JSON {
 
     /// The member of an object, or nothing.
     const JSON* find(std::string_view key) const;
-    /// Sets a member; a null value becomes an empty object first. Any other kind is a programmer's error.
+    /// Sets a member; a null value becomes an empty object first. Any other kind is a bug of the caller.
     void set(std::string_view key, JSON value);
     /// Sets a member only if there is a value: an absent optional is left out.
     template <class T>
@@ -95,7 +96,7 @@ class JSON {
     bool operator==(const JSON& other) const;
 
   private:
-    /// What is larger than a number lies elsewhere, so that a value takes 16 bytes.
+    /// A value larger than a number is stored separately, so that every JSON takes 16 bytes.
     template <class T>
     class Box {
       public:

@@ -14,9 +14,9 @@
 
 namespace orvane::platform {
 
-/// A value of a parsed text, read where it lies; for records by the thousand, which `JSON` would first build
-/// as a tree. Asks like `JSON` and gives the same answers, but of a key that occurs twice the first member
-/// counts. Valid as long as its parser says.
+/// A value of a parsed text, read in place; for thousands of records, which `JSON` would first build as a
+/// tree. It answers as `JSON` does, except that the first of two equal keys counts. The parser states how
+/// long it is valid.
 class JSONView {
   public:
     bool isNull() const;
@@ -27,7 +27,7 @@ class JSONView {
     std::optional<std::string_view> string() const;
     std::optional<JSONView> find(std::string_view key) const;
     std::optional<std::vector<JSONView>> elements() const;
-    /// The value with all that is in it, to keep.
+    /// The value with everything in it, to keep.
     JSON value() const;
 
   private:
@@ -41,14 +41,14 @@ class JSONView {
     std::array<std::uintptr_t, 2> element_{}; ///< the library's own reference, which is plain data
 };
 
-/// The members of one object side by side, for a caller that asks for many of them.
+/// The members of one object as a list, for a caller that reads many of them.
 class JSONMembers {
   public:
     /// None for a value of another kind.
     explicit JSONMembers(const JSONView& object);
     bool isObject() const { return isObject_; }
     std::optional<JSONView> find(std::string_view key) const;
-    /// In the order of the text; the keys are unescaped.
+    /// In the order of the text; keys are unescaped.
     const std::vector<std::pair<std::string_view, JSONView>>& all() const { return members_; }
 
   private:
@@ -56,7 +56,7 @@ class JSONMembers {
     std::vector<std::pair<std::string_view, JSONView>> members_;
 };
 
-/// Parses one text after the other into the same memory. One thread at a time.
+/// Parses one text after another into the same memory. One thread at a time.
 class JSONParser {
   public:
     JSONParser();
@@ -64,7 +64,7 @@ class JSONParser {
     JSONParser(const JSONParser&) = delete;
     JSONParser& operator=(const JSONParser&) = delete;
 
-    /// The views are valid until the next call and no longer than the parser; the text may go at once.
+    /// The views are valid until the next call or the end of the parser; the text may be destroyed at once.
     /// Throws JSONError as `JSON::parse` does.
     JSONView parse(std::string_view text);
 
@@ -73,11 +73,11 @@ class JSONParser {
     std::unique_ptr<State> state_;
 };
 
-/// Visits the records of a big object, such as a cache of thousands of which few may be asked for: each
-/// member's key, unescaped, and the text of its value as it is written, a view into `text`. The text gets
-/// room behind its end, and may move for that before the first visit. Every value must be an object. Only
-/// the outline is checked (strings, brackets, UTF-8); what a record holds shows when it is parsed. Throws
-/// JSONError, also after some visits.
+/// Visits the records of a big object, such as a cache of thousands of which few are needed: each member's
+/// key, unescaped, and the text of its value as it is written, a view into `text`. Adds padding to the end of
+/// the text, which may move it before the first visit. Every value must be an object. Only the structure is
+/// checked (strings, brackets, UTF-8); errors within a record appear when it is parsed. Throws JSONError,
+/// also after some visits.
 void forEachRecord(std::string& text,
                    const std::function<void(std::string_view key, std::string_view record)>& visit);
 

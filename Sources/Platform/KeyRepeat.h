@@ -2,9 +2,9 @@
 
 namespace orvane::platform {
 
-/// Asks the X server to report a key that is held as presses alone, without a release between any two of
-/// them: a release then always is one. For the connection that reads the keys; `display` is a Display* of
-/// Xlib. False where the server cannot, or there is no Xlib.
+/// Asks the X server to report a held key as presses alone, without a release between any two of them, so
+/// that a release always means a released key. For the connection that reads the keys; `display` is a
+/// Display* of Xlib. False if the server cannot do this, or there is no Xlib.
 bool askForDetectableKeyRepeat(void* display);
 
 } // namespace orvane::platform

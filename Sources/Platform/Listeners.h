@@ -23,7 +23,7 @@ class Listeners {
         return added;
     }
 
-    /// In the order in which they came. A callback may subscribe, unsubscribe and destroy the owner; one
+    /// In the order of subscription. A callback may subscribe, unsubscribe and destroy the owner. A callback
     /// that was added or removed meanwhile is not called.
     void notify(Arguments... what) const {
         const auto callbacks = callbacks_;

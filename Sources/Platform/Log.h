@@ -4,8 +4,8 @@
 
 namespace orvane::platform {
 
-/// One line in the system's log, at error level, for failures of background work that nobody waits for. Any
-/// thread.
+/// Writes one line to the system's log, at error level, for failures of background work whose result no
+/// caller waits for. Any thread.
 void logError(std::string_view message);
 
 } // namespace orvane::platform

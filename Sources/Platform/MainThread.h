@@ -8,7 +8,7 @@
 
 namespace orvane::platform {
 
-/// Tells the time. Injected wherever a moment decides something, so that a test can move it.
+/// Gives the time. Injected wherever a time decides something, so that a test can set it.
 class Clock {
   public:
     virtual ~Clock() = default;
@@ -21,7 +21,7 @@ class Clock {
 /// The machine's own monotonic clock.
 std::shared_ptr<const Clock> systemClock();
 
-/// A pending call that can be called off. Destroying it does not call it off.
+/// A pending call that can be cancelled. Destroying it does not cancel the call.
 class Timer {
   public:
     virtual ~Timer() = default;
@@ -43,22 +43,22 @@ class MainThread {
 /// A plain run loop on the thread that calls `run`.
 class RunLoop : public MainThread {
   public:
-    /// Serves posted work until `quit`; an exception of the work passes through, and the rest waits for the
+    /// Runs posted work until `quit`. An exception of the work passes through, and the rest waits for the
     /// next run.
     virtual void run() = 0;
-    /// Ends the run after the piece of work that runs now; the next one, when none runs. From any thread.
+    /// Ends the run after the current piece of work, or the next run if none is running. From any thread.
     virtual void quit() = 0;
-    /// Belongs to the thread that makes it until another calls `run`.
+    /// Belongs to the thread that makes it until another thread calls `run`.
     static std::shared_ptr<RunLoop> create();
 };
 
-/// Runs one operation at a time, in order, on a thread of its own or of one that waits in `sync`. Destroying
-/// it waits for what was posted.
+/// Runs one operation at a time, in order, on its own thread or on one that waits in `sync`. Its destruction
+/// waits for the posted work.
 ///
-/// Work that was posted with a stop token gets a thread of its own while the queue waits for it, and owns
-/// what it uses. It is not begun once its token is stopped. Work that was stopped has `timeToStop` to notice;
-/// after that nobody waits for it, neither the queue, which goes on to the next piece, nor its destruction,
-/// nor the end of the process: a call to the system may hang for as long as a network share is away.
+/// Work that was posted with a stop token gets a thread of its own while the queue waits for it, and must own
+/// what it uses. It is not begun once its token is stopped. Stopped work has `timeToStop` to end. After that
+/// the queue continues with the next piece, and neither its destruction nor the end of the process waits for
+/// the stopped work: a system call may block for as long as a network share is unreachable.
 class SerialQueue {
   public:
     static constexpr std::chrono::milliseconds timeToStop{50};
@@ -69,21 +69,21 @@ class SerialQueue {
     /// Runs the work after what was posted before, and waits for it; its exception passes through. Never from
     /// the queue itself.
     virtual void sync(const std::function<void()>& work) = 0;
-    /// Runs the work on the queue once the delay has passed; at destruction it runs at once instead, so that
-    /// nothing that was promised is lost. Work that always asks for more would never let the queue end.
+    /// Runs the work on the queue once the delay has passed. At destruction it runs at once instead, so that
+    /// no work is lost. Work that always posts more work would keep the queue from ending.
     virtual void after(std::chrono::nanoseconds delay, std::function<void()> work) = 0;
     static std::unique_ptr<SerialQueue> create(const char* label);
 
-    /// Whether stopped work that nobody waits for still runs, in any queue. The process then ends without
-    /// destroying static objects.
+    /// Whether stopped work that is not waited for is still running, in any queue. The process then ends
+    /// without destroying static objects.
     static bool hasAbandonedWork();
 };
 
-/// Runs `work(i)` for every i below `count` on up to `concurrency` threads, the caller's and those of a
-/// shared pool (four for each processor), and returns when all have ended. Indices are started in ascending
-/// order. After an exception no further index is started, and the first exception passes through; once
-/// `stop` is requested that is Stopped. May be called from within its own work. While something plays, one
-/// processor is left to it.
+/// Runs `work(i)` for every i below `count` on up to `concurrency` threads: the caller's and those of a
+/// shared pool (four for each processor). Returns when all have ended. Indices are started in ascending
+/// order. After an exception no further index is started, and the first exception passes through; after a
+/// request of `stop` that is Stopped. May be called from within its own work. During playback one processor
+/// is left free for it.
 void concurrently(std::size_t count, std::size_t concurrency, const std::function<void(std::size_t)>& work,
                   const std::stop_token& stop = {});
 

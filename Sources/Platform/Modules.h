@@ -10,8 +10,8 @@
 
 namespace orvane::platform {
 
-/// Heavy libraries stand behind modules of our own (shared objects) that are loaded at their first use. Each
-/// exports one function that gives a record of functions:
+/// Heavy libraries are linked by modules of our own (shared objects) that are loaded at their first use. Each
+/// exports one function that returns a record of functions:
 ///
 ///     struct NetworkModule {
 ///         static constexpr const char* entryPoint = "orvaneNetworkModule";
@@ -20,16 +20,17 @@ namespace orvane::platform {
 ///         ...
 ///     };
 ///
-/// The program and its modules are built together. `interfaceVersion` is made of the headers of the platform,
-/// so that a module of a build with others is refused. Any thread.
+/// The program and its modules are built together. `interfaceVersion` is a hash of the headers of the
+/// platform,
+/// so that a module that was built with other headers is refused. Any thread.
 namespace modules {
 
-/// Where our own modules lie: the program's folder, and `lib` beside that folder. Nowhere else; above all not
-/// in the working folder, and no variable of the environment adds a folder.
+/// The folders of our own modules: the program's folder, and `lib` beside that folder. No other folder is
+/// searched, in particular not the working folder, and no environment variable adds one.
 std::vector<std::string> programFolders();
 
-/// The function of that name in the first of these files that has it, kept loaded for the life of the
-/// process; null where there is none. Paths must be absolute: a bare name would be searched for.
+/// The function of that name in the first of these files that has it; the file stays loaded until the process
+/// ends. Null if none has it. Paths must be absolute: the system would search for a bare name.
 void* entryPoint(std::span<const std::string> absolutePaths, const char* function);
 
 /// A module, or why there is none: a clause for people that names the file.
@@ -50,14 +51,14 @@ Found<Module> load(std::span<const std::string> folders) {
     return {static_cast<const Module*>(found.module), found.problem};
 }
 
-/// The program's own module, looked for once.
+/// The program's own module, searched for once.
 template <class Module>
 const Found<Module>& own() {
     static const Found<Module> found = load<Module>(programFolders());
     return found;
 }
 
-/// The folders in which the system keeps its libraries, for a runtime that the user installed.
+/// The folders in which the system keeps its libraries, to find a runtime that the user installed.
 std::vector<std::string> systemLibraryFolders();
 
 } // namespace modules

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-/// The pieces that QuickTime movies are written of (ISO/IEC 14496-12 and Apple's file format). Any thread.
+/// The boxes that a QuickTime movie is written of (ISO/IEC 14496-12 and Apple's file format). Any thread.
 namespace orvane::platform::movie {
 
 /// Appends the value, most significant byte first.
@@ -13,7 +13,7 @@ void be(std::string& out, std::uint64_t value, int bytes);
 std::string zeros(std::size_t count);
 /// A box of less than 4 GB.
 std::string box(std::string_view type, const std::string& body);
-/// A full box: version and flags in front of the body.
+/// A full box: version and flags before the body.
 std::string fullBox(std::string_view type, std::uint32_t versionAndFlags, const std::string& body);
 
 std::string fileType();
@@ -30,7 +30,7 @@ struct Track {
     std::string sampleTable;           ///< the body of "stbl"
 };
 std::string track(const Track& track);
-/// What the description of a kind of picture has in front of its own boxes; its name is of at most 31 bytes.
+/// The part of a picture's sample description before its own boxes; `name` has at most 31 bytes.
 std::string pictureDescription(int width, int height, std::string_view name, int bitsPerPixel);
 
 } // namespace orvane::platform::movie

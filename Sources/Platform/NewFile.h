@@ -10,10 +10,10 @@
 
 namespace orvane::platform {
 
-/// A file that is written piece by piece and takes its place as a whole: a temporary file in the same folder
-/// until then. For what is too large to be held in memory. Permissions, links and devices as in
-/// `files::writeAtomically`. Every operation throws FileError; one that was not put in its place leaves no
-/// trace. One thread at a time.
+/// A file that is written piece by piece and gets its name when it is complete: a temporary file in the same
+/// folder until then. For files that are too large for memory. Permissions, links and devices as in
+/// `files::writeAtomically`. Every operation throws FileError; without `takePlace` the temporary file is
+/// removed. One thread at a time.
 class NewFile {
   public:
     explicit NewFile(const std::string& path);
@@ -22,11 +22,11 @@ class NewFile {
     NewFile& operator=(NewFile&&) noexcept;
 
     void append(std::string_view bytes);
-    /// Of what was appended before. A device that has no positions is left as it is.
+    /// Overwrites bytes that were appended before. Does nothing on a device that has no positions.
     void overwrite(std::uint64_t position, std::string_view bytes);
 
     using Decide = std::function<files::Existing()>;
-    /// Ends the writing. `decide` as in `files::writeAtomically`; null replaces what is there.
+    /// Ends the writing. `decide` as in `files::writeAtomically`; null replaces an existing file.
     void takePlace(const Decide& decide = nullptr);
 
   private:

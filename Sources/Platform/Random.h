@@ -5,8 +5,8 @@
 
 namespace orvane::platform {
 
-/// Fills with bytes fit for identifiers and secrets. Any thread; never fails short of a broken system, which
-/// aborts.
+/// Fills with random bytes for identifiers and secrets. Any thread. Never fails: where the system gives no
+/// random bytes, the process aborts.
 void secureRandom(std::span<std::byte> bytes);
 
 } // namespace orvane::platform

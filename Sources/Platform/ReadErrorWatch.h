@@ -4,9 +4,9 @@
 
 namespace orvane::platform {
 
-/// Sees the errors that the system gives back while its thread reads files, through whatever reader of this
-/// program or of the media libraries: a worn card, a share that went away. A file that is not there or ends
-/// early is no error. Watches nest; the last one made on a thread goes first.
+/// Counts the errors that the system returns while its thread reads files, through any reader of this program
+/// or of the media libraries: a worn card, a disconnected share. A missing file or an early end is no error.
+/// Watches nest; the last one made on a thread is destroyed first.
 class ReadErrorWatch {
   public:
     ReadErrorWatch();
@@ -15,12 +15,13 @@ class ReadErrorWatch {
     ReadErrorWatch& operator=(const ReadErrorWatch&) = delete;
 
     bool hasSeenError() const { return hasSeenError_; }
-    /// Those that any thread has reported so far: for a caller that is given what other threads read.
+    /// The errors that any thread has reported so far: for a caller that uses what other threads read.
     static std::uint64_t errorsOfAllThreads() noexcept;
 
-    /// For readers: the system has refused to read, on this thread.
+    /// Called by readers: the system has refused to read, on this thread.
     static void report() noexcept;
-    /// For a caller that opens a file that may be absent: reports what `errno` says, unless nothing is there.
+    /// For a caller that opens a file that may be absent: reports the error `errorNumber`, unless it says
+    /// that there is no file.
     static void reportUnlessAbsent(int errorNumber) noexcept;
 
   private:

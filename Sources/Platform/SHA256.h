@@ -14,7 +14,7 @@ namespace orvane::platform {
 class SHA256 {
   public:
     static constexpr std::size_t bytes = 32;
-    /// What the library behind it does; it stands in the network module, which brings the library anyway.
+    /// The implementation, which is in the network module, because that module has the library anyway.
     class Engine {
       public:
         virtual ~Engine() = default;
@@ -26,16 +26,16 @@ class SHA256 {
     SHA256();
 
     void add(std::string_view piece);
-    /// Of all that was added. Nothing may be added after it.
+    /// The digest of all added bytes. Nothing may be added after it.
     std::array<std::uint8_t, bytes> digest();
 
   private:
     std::unique_ptr<Engine> engine_;
 };
 
-/// Two digits a byte, lower case.
+/// Two digits for each byte, lower case.
 std::string hexadecimal(const std::array<std::uint8_t, SHA256::bytes>& digest);
-/// Of a whole file, read in pieces. Throws FileError and Stopped.
+/// The digest of a whole file, read in pieces. Throws FileError and Stopped.
 std::array<std::uint8_t, SHA256::bytes> sha256OfFile(const std::string& path,
                                                      const std::stop_token& stop = {});
 

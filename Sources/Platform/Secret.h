@@ -6,9 +6,9 @@
 
 namespace orvane::platform {
 
-/// A text that gives access to something, such as a token. It is wiped from memory when it goes. A process
-/// that has held one leaves no core file from then on, and no other process of the user may look into its
-/// memory.
+/// A text that gives access to something, such as a token. Its memory is overwritten when it is destroyed.
+/// From then on a process that has held one writes no core file, and no other process of the user may read
+/// its memory.
 class Secret {
   public:
     Secret() = default;
@@ -22,12 +22,12 @@ class Secret {
     }
 
     bool empty() const { return text_.empty(); }
-    /// For what sends or keeps it. Never into a message, a log, a command line or a file that others may
-    /// read.
+    /// For code that sends or keeps it. Never put it into a message, a log, a command line or a file that
+    /// others may read.
     const std::string& reveal() const { return text_; }
     bool operator==(const Secret& other) const;
 
-    /// Overwrites a text that held one.
+    /// Overwrites a text that held a secret.
     static void wipe(std::string& text);
 
   private:

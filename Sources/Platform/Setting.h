@@ -16,14 +16,14 @@
 
 namespace orvane::platform {
 
-/// What one key of the settings store is, whatever its type: all that lists, presets, checks and help need.
+/// One key of the settings store, whatever its type: everything that lists, presets, checks and help need.
 struct SettingDescription {
     enum class Kind { boolean, integer, number, text, map };
     using Default = std::variant<std::monostate, bool, std::int64_t, double, std::string_view>;
     struct Range {
-        double lowest, highest; ///< both allowed
+        double lowest, highest; ///< both included
     };
-    /// One of the values that the settings screen offers, with its words.
+    /// One of the values that the settings screen offers, with its label.
     struct Offer {
         std::string text;
         JSON value;
@@ -32,60 +32,61 @@ struct SettingDescription {
         int order = 0; ///< among the groups
         std::string_view title{};
     };
-    /// Where a setting stands in the help of the commands that it changes the most.
+    /// The place of a setting in the help of the commands that it affects most.
     struct HelpPlace {
         HelpGroup group{};
-        int order = 0; ///< within the group, from 1; 0: it does not stand there
+        int order = 0; ///< within the group, from 1; 0: it is not listed there
     };
-    /// What not every setting has.
+    /// Properties that not every setting has.
     struct Details {
-        std::optional<Range> range{}; ///< of a number; what is beyond counts as none
-        /// Of a text: why it is none that the setting takes; empty where it is one.
+        std::optional<Range> range{}; ///< of a number; a value outside is not accepted
+        /// For a text: why the setting does not accept it; empty if it does.
         std::string (*whyNot)(std::string_view text) = nullptr;
-        /// The stored text of a choice counts in any case and with blanks around it.
+        /// The stored text of a choice is accepted in any case and with blanks around it.
         bool choicesInAnyCase = false;
-        /// Where nothing is stored, commands differ; the default is what the settings screen shows.
+        /// Without a stored value, commands use different defaults; the default here is what the settings
+        /// screen shows.
         bool absenceVaries = false;
-        /// The default also holds for readers that ask for a boolean by the key alone.
+        /// The default also applies to callers that read a boolean by the key alone.
         bool isRegistered = false;
         // On the settings screen.
         std::string_view label{}; ///< empty: it has no row there
         std::string_view hint{};
-        std::string_view unit{};                                 ///< behind a number, with its blank
-        int decimals = 0;                                        ///< of a number at least
-        std::string (*choiceName)(std::size_t choice) = nullptr; ///< the words of the choices
-        /// The values that it offers, where they are not the choices in their order.
+        std::string_view unit{}; ///< shown after a number, with its leading blank
+        int decimals = 0;        ///< of a number, at least
+        std::string (*choiceName)(std::size_t choice) = nullptr; ///< the labels of the choices
+        /// The values that it offers, unless these are the choices in their order.
         std::vector<Offer> (*offered)() = nullptr;
         HelpPlace changed{};
     };
 
     std::string_view key;
     Kind kind = Kind::text;
-    Default readerDefault;                       ///< none where absence has a meaning of its own
-    std::span<const std::string_view> choices{}; ///< the texts that it takes; empty for any text
-    std::string_view family{};                   ///< the heading that it stands under
+    Default readerDefault;                       ///< none where an absent value has a meaning of its own
+    std::span<const std::string_view> choices{}; ///< the accepted texts; empty for any text
+    std::string_view family{};                   ///< the heading under which it is listed
     std::string_view meaning{};                  ///< one line for people, at most 80 characters
     Details details{};
 
     /// Null when there is none.
     JSON defaultValue() const;
-    /// Whether the value is of this kind, by the rules of `readAs`. The details are not looked at.
+    /// Whether the value is of this kind, by the rules of `readAs`. The details are not checked.
     bool understands(const JSON& value) const;
     bool isInRange(double number) const {
         return !details.range || (number >= details.range->lowest && number <= details.range->highest);
     }
-    /// Where among the choices the text stands.
+    /// The index of the text among the choices.
     std::optional<std::size_t> choiceIndex(std::string_view text) const;
-    /// What the settings screen offers; empty where anything may be typed.
+    /// What the settings screen offers; empty where any value may be typed.
     std::vector<Offer> offers() const;
 };
 
 /// "boolean", "integer", "number", "text" or "map".
 std::string_view name(SettingDescription::Kind kind);
 
-/// A stored value as a type of a setting; nothing where it is of another kind. A boolean also reads from the
-/// numbers 0 and 1 and the texts "true"/"yes"/"1" and "false"/"no"/"0"; a number also from a text that is
-/// one, and a text also from a number. An integer is cut to the range of its type.
+/// A stored value as a type of a setting; nothing where it is of another kind. A boolean can also be read
+/// from the numbers 0 and 1 and the texts "true"/"yes"/"1" and "false"/"no"/"0"; a number also from its text,
+/// and a text also from a number. An integer is limited to the range of its type.
 template <class T>
 std::optional<T> readAs(const JSON& value);
 template <>
@@ -103,7 +104,7 @@ std::optional<JSON> readAs<JSON>(const JSON& value); ///< a map
 /// an enumeration whose cases are the choices in their order.
 template <class T>
 struct Setting : SettingDescription {
-    /// Without a default where there is none.
+    /// For a setting without a default.
     constexpr explicit Setting(
         std::string_view theKey,
         const std::optional<T>& standard = std::nullopt) requires(!std::is_enum_v<T> &&
@@ -118,7 +119,7 @@ struct Setting : SettingDescription {
         : SettingDescription{theKey, Kind::text, theChoices[static_cast<std::size_t>(standard)], theChoices} {
     }
 
-    /// Nothing for a value of another kind or out of range, and for a text that the setting does not take.
+    /// Nothing for a value of another kind or out of range, and for a text that the setting does not accept.
     std::optional<T> read(const JSON& value) const {
         if constexpr (std::is_enum_v<T>) {
             const auto text = readAs<std::string>(value);

@@ -21,15 +21,15 @@
 
 namespace orvane::platform {
 
-/// A change of settings on its way to the disk. In memory it holds at once. Any thread.
+/// A change of settings that is being written to the disk. Readers see the new value at once. Any thread.
 class SettingsWrite {
   public:
     bool isDone() const;
-    /// Waits until it is written. Throws FileError when it could not be. Never on the interface thread of a
-    /// program with a window.
+    /// Waits until it is written. Throws FileError if that failed. Never on the interface thread of a program
+    /// with a window.
     void wait() const;
-    /// Calls back when it is written, or could not be and why: at once where that is known, else on the
-    /// store's own thread.
+    /// Calls back when it is written, or with the error if that failed: at once if the result is known, else
+    /// on the store's own thread.
     void whenDone(std::function<void(std::exception_ptr)> callback) const;
 
   private:
@@ -46,9 +46,9 @@ class SettingsWrite {
     std::shared_ptr<State> state_ = std::make_shared<State>();
 };
 
-/// A flat map from dotted keys to booleans, numbers, texts, lists and maps. Reading and writing from any
-/// thread. A value comes from the first of these that has the key: the overrides of this run, the stored
-/// values, the registered defaults.
+/// A flat map from dotted keys to booleans, numbers, texts, lists and maps. Any thread reads and writes. A
+/// value comes from the first of these that has the key: the overrides of this run, the stored values, the
+/// registered defaults.
 class SettingsStore {
   public:
     using Values = std::map<std::string, JSON, std::less<>>;
@@ -59,7 +59,7 @@ class SettingsStore {
     /// The stored value alone, without this run's overrides and registered defaults.
     std::optional<JSON> storedValue(std::string_view key) const;
 
-    /// The value of a setting; its default where the key is absent or holds what is none of its values.
+    /// The value of a setting; its default if the key is absent or its value is not accepted.
     template <class T>
     T get(const Setting<T>& setting) const {
         auto found = find(setting);
@@ -72,40 +72,40 @@ class SettingsStore {
         return held ? setting.read(*held) : std::nullopt;
     }
 
-    /// Holds at once for every reader, and is written afterwards, in the order of the changes. What could not
-    /// be written holds no longer once that is known. A null value removes the key.
+    /// Every reader sees the value at once; it is written afterwards, in the order of the changes. If writing
+    /// fails, the value is taken back. A null value removes the key.
     SettingsWrite set(std::string_view key, JSON value);
     SettingsWrite remove(std::string_view key);
     /// Several values in one write: all or none.
     SettingsWrite setAll(const Values& values);
 
-    /// Values that hold when nothing is stored. Never written to the store.
+    /// Values that apply when nothing is stored. Never written to the store.
     void registerDefaults(Values defaults);
-    /// Values for this process alone, above the stored ones. Never written to the store.
+    /// Values for this process alone, before the stored ones. Never written to the store.
     void setOverride(std::string_view key, JSON value);
 
-    /// Calls back after every change, outside the store's lock: on the thread that made it, or on the store's
-    /// own where another process made it or a write failed. Setting the value that a key has is no change. A
-    /// call that has begun on another thread may end after the subscription has gone.
+    /// Calls back after every change, outside the store's lock: on the thread that made the change, or on the
+    /// store's own if another process made it or a write failed. Setting a key to its present value is no
+    /// change. A call that has begun on another thread may end after the subscription has ended.
     Subscription onChange(std::function<void(const std::string& key)> callback);
 
   protected:
     /// New values by key; absent removes the key.
     using Changes = std::map<std::string, std::optional<JSON>, std::less<>>;
-    /// Makes the change durable, now or later, and ends the write. Called outside the lock, in the order of
-    /// the changes.
+    /// Makes the change durable, now or later, and completes the write. Called outside the lock, in the order
+    /// of the changes.
     virtual void persist(Changes changes, const SettingsWrite& write) = 0;
     static void endWrite(const SettingsWrite& write, const std::exception_ptr& raised) { write.end(raised); }
     static Values applied(Values values, const Changes& changes);
-    /// The stored values are what `current` gives, for which no change comes between: readers see them from
-    /// here on, and listeners are called.
+    /// Replaces the stored values by those that `current` returns, with no change in between; readers see
+    /// them from here on, and listeners are called.
     void adopt(const std::function<Values()>& current);
 
   private:
     SettingsWrite change(Changes changes);
     void notify(const std::vector<std::string>& keys);
 
-    std::mutex changing_; ///< held over a change and its handing over, so that both have one order
+    std::mutex changing_; ///< held until a change is passed to `persist`, so that both have one order
     mutable std::mutex mutex_;
     Values stored_;
     Values registered_;
@@ -113,32 +113,32 @@ class SettingsStore {
     Listeners<const std::string&> listeners_;
 };
 
-/// What the bytes of a settings file mean. With a problem (they are no JSON object) there are no values; null
-/// values count as absent.
+/// The content of a settings file. With a problem (it is not a JSON object) there are no values; null values
+/// count as absent.
 struct SettingsFile {
     SettingsStore::Values values;
     std::optional<std::string> problem;
 };
 SettingsFile parseSettings(std::string_view contents);
 
-/// The settings of the user account: one JSON file, written atomically by a thread of the store's own, safe
-/// with two processes (a lock file beside it; every write reads the file again first). Readers never wait for
-/// the disk; destruction waits for what is still to be written. A file that is no JSON object is kept beside
-/// the new one, as "<name>.unreadable" (with a number when there is one already), at the first write, and
-/// `problem` says so. A file that may not be read is never replaced: then writing fails.
+/// The settings of the user account: one JSON file, written atomically by the store's own thread, safe with
+/// two processes (a lock file beside it; every write reads the file again first). Readers never wait for the
+/// disk; destruction waits for unwritten changes. A file that is not a JSON object is kept beside the new
+/// one, as "<name>.unreadable" (with a number if there is one already), at the first write, and `problem`
+/// says so. A file that may not be read is never replaced: then writing fails.
 class FileSettingsStore final : public SettingsStore {
   public:
-    /// How often `followOthers` looks at the file.
+    /// How often `followOthers` checks the file.
     static constexpr std::chrono::milliseconds lookInterval{500};
 
-    /// Another queue is given by tests, which move the time of it.
+    /// Tests pass another queue, whose time they control.
     explicit FileSettingsStore(std::string path, std::unique_ptr<SerialQueue> queue = nullptr);
     ~FileSettingsStore() override;
-    /// What is wrong with the file, for people; absent when it was read and written or is not there. Any
+    /// What is wrong with the file, for people; absent when it was read and written or does not exist. Any
     /// thread.
     std::optional<std::string> problem() const;
-    /// From here on what another process writes is seen within `lookInterval`. Without it a program keeps the
-    /// values that it began with, but for what a write of its own reads.
+    /// From here on, changes by another process are seen within `lookInterval`. Without it a program keeps
+    /// the values that it began with, except for those that one of its own writes reads.
     void followOthers();
 
   protected:
@@ -149,7 +149,7 @@ class FileSettingsStore final : public SettingsStore {
         Changes changes;
         SettingsWrite write;
     };
-    /// Size, date and identity: another file, or another state of it, has another stamp.
+    /// Size, date and identity. It differs for another file, or another state of the same file.
     using Stamp = std::optional<std::tuple<std::int64_t, double, std::uint64_t, std::uint64_t>>;
 
     SettingsFile load() const;
@@ -159,7 +159,7 @@ class FileSettingsStore final : public SettingsStore {
     Values write(const Changes& changes);
     void look();
     void lookAgainLater(SerialQueue& queue);
-    /// What the disk holds with what is still to be written over it.
+    /// The values on the disk, overlaid with the changes that are not written yet.
     void adoptFromDisk(Values onDisk);
 
     std::string path_;
@@ -168,21 +168,21 @@ class FileSettingsStore final : public SettingsStore {
     std::optional<std::string> writeProblem_; ///< of the last write
     std::mutex pendingMutex_;
     std::vector<Pending> pending_;
-    // Of the store's thread alone, once the constructor has ended.
+    // Used by the store's thread alone, once the constructor has ended.
     Values onDisk_;
     Stamp seen_;
     std::atomic<bool> isEnding_ = false;
     std::unique_ptr<SerialQueue> queue_; ///< made when it is needed
 };
 
-/// A store in memory, with the lifetime of the object.
+/// A store in memory; its values end with the object.
 class MemorySettingsStore final : public SettingsStore {
   protected:
     void persist(Changes changes, const SettingsWrite& write) override;
 };
 
-/// `co_await written(write, mainThread)`: comes back to the interface thread when the change is on the disk;
-/// throws when it could not be written.
+/// `co_await written(write, mainThread)`: continues on the interface thread when the change is on the disk;
+/// throws if writing failed.
 inline auto written(SettingsWrite write, MainThread& mainThread) {
     struct Awaiter {
         SettingsWrite write;

@@ -11,8 +11,8 @@
 
 namespace orvane::platform {
 
-/// `co_await shared(task, mainThread)` waits for an operation that others wait for too: a stop of the one
-/// that waits ends the waiting, and the operation goes on. Its exception passes through.
+/// `co_await shared(task, mainThread)` waits for an operation that others also wait for: stopping the waiting
+/// operation ends only the wait, and the shared operation continues. Its exception passes through.
 inline auto shared(Task task, std::shared_ptr<MainThread> mainThread) {
     struct Awaiter {
         Task task;

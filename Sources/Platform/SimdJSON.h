@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-// What the readers of JSON share. For the sources of this folder alone: the library stays behind our headers.
+// What the JSON readers share. For the sources of this folder alone: no header shows the library.
 namespace orvane::platform {
 
 /// The root of a text, in the parser's memory until its next text. Throws JSONError.
@@ -15,7 +15,7 @@ simdjson::dom::element parsed(simdjson::dom::parser& parser, std::string_view te
 /// A value with all that is in it.
 JSON tree(simdjson::dom::element element);
 
-/// The value of a step of reading. Throws JSONError.
+/// The value of a reading step. Throws JSONError.
 template <class T>
 T checked(simdjson::simdjson_result<T> result) {
     T value;

@@ -6,23 +6,24 @@
 
 namespace orvane::platform {
 
-/// An operation was asked to stop, and has stopped. No std::exception: code that goes on after an error in a
-/// file must not take a stop for a failure.
+/// An operation was asked to stop, and has stopped. Not a std::exception: code that continues after an error
+/// in a file must not take a stop for a failure.
 class Stopped {
   public:
     /// For people.
     const char* what() const noexcept { return "cancelled"; }
 };
 
-// The rule: a function that may run longer than 10 ms takes a std::stop_token as its last parameter and asks
-// it once per block, file, clip or some thousand rows. It throws Stopped, so what it made so far is discarded
-// as with any exception; what it wrote meanwhile is removed by whoever writes. A default token never stops.
+// The rule: a function that may run longer than 10 ms takes a std::stop_token as its last parameter and
+// checks it once for each block, file, clip or some thousand rows. It throws Stopped, so its result so far is
+// discarded as with any exception; the writer of a file removes what it wrote meanwhile. A default token
+// never stops.
 
 inline void throwIfStopped(const std::stop_token& stop) {
     if (stop.stop_requested()) throw Stopped();
 }
 
-/// For steps too small to ask at each of them: asks at one in `interval`.
+/// For steps that are too short to check each: checks every `interval` steps.
 class StopCheck {
   public:
     explicit StopCheck(std::stop_token stop, std::size_t interval = 1024)

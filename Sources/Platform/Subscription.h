@@ -4,7 +4,7 @@
 
 namespace orvane::platform {
 
-/// Holds a subscription to notices; no call begins once this is gone.
+/// Holds a subscription to notices; no call begins after this is destroyed.
 using Subscription = std::shared_ptr<void>;
 
 } // namespace orvane::platform

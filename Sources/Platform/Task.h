@@ -34,9 +34,9 @@ class Resumption {
 };
 
 /// An asynchronous operation of the interface thread, written as a coroutine that reads from top to bottom.
-/// It starts at once, runs on the interface thread only, and gives the thread up where it waits. Throwing the
-/// Task away does not end the operation. An operation that belongs to an object holds it weakly and looks for
-/// it again after every wait.
+/// It starts at once, runs on the interface thread only, and releases the thread where it waits. Destroying
+/// the Task does not end the operation. An operation that belongs to an object holds it weakly and checks
+/// after every wait whether it still exists.
 ///
 /// An operation that was asked to stop ends with Stopped, thrown where it waits for work that can be stopped;
 /// a task that it waits for is asked too.
@@ -44,18 +44,19 @@ class Task {
   public:
     struct promise_type;
 
-    /// One that has nothing to wait for.
+    /// A task that has ended already.
     static Task ended();
     bool isDone() const { return state_->done; }
-    /// Calls back on the interface thread when the operation has ended, at once if it has. An exception that
-    /// ended it is given along.
+    /// Calls back on the interface thread when the operation has ended, at once if it has. The callback gets
+    /// the exception that ended it.
     void whenDone(std::function<void(std::exception_ptr)> callback) const {
         if (state_->done)
             callback(state_->raised);
         else
             state_->callbacks.push_back(std::move(callback));
     }
-    /// On the interface thread. The operation ends when that thread comes to it, not within this call.
+    /// On the interface thread. The operation ends when the loop of that thread reaches it, not within this
+    /// call.
     void requestStop() const { state_->stop.request_stop(); }
 
   private:
@@ -94,7 +95,7 @@ class Task {
 struct Task::promise_type {
     std::shared_ptr<State> state = std::make_shared<State>();
 
-    // A task that waits for an operation that was thrown away with its queue is thrown away too.
+    // If a queue destroys the operation that this task waits for, this task is destroyed too.
     ~promise_type() { std::exchange(state->callbacks, {}); }
     promise_type() = default;
     promise_type(const promise_type&) = delete;
@@ -111,7 +112,7 @@ struct Task::promise_type {
     void end(std::exception_ptr raised) {
         state->raised = std::move(raised);
         state->done = true;
-        // A callback may begin another operation that waits for this one.
+        // A callback may start another operation that waits for this one.
         for (auto& callback : std::exchange(state->callbacks, {})) callback(state->raised);
     }
 };
@@ -134,7 +135,7 @@ class RunningTasks {
     std::vector<Task> tasks_;
 };
 
-/// `co_await OwnStopToken()` gives the token of the operation that asks, without a wait.
+/// `co_await OwnStopToken()` returns the token of the calling operation, without a wait.
 struct OwnStopToken {
     std::stop_token token = {};
 
@@ -147,8 +148,8 @@ struct OwnStopToken {
     std::stop_token await_resume() { return std::move(token); }
 };
 
-/// Resumes a suspended operation on the interface thread, once, by whichever of two comes first: the work
-/// that it waits for, or a stop.
+/// Resumes a suspended operation on the interface thread, once: after the work that it waits for, or after a
+/// stop, whichever comes first.
 class ReturnWay {
   public:
     explicit ReturnWay(std::coroutine_handle<> waiting) : waiting_(std::make_shared<Resumption>(waiting)) {}
@@ -156,7 +157,7 @@ class ReturnWay {
         const std::lock_guard lock(mutex_);
         return std::exchange(waiting_, nullptr);
     }
-    /// `operation` names what goes on there.
+    /// `operation` names the resumed work in reports.
     static void post(MainThread& mainThread, std::shared_ptr<Resumption> waiting, const char* operation) {
         mainThread.post([waiting = std::move(waiting), operation] {
             nameInterfaceWork(operation);
@@ -169,12 +170,12 @@ class ReturnWay {
     std::shared_ptr<Resumption> waiting_;
 };
 
-/// `co_await onQueue(queue, mainThread, work)`: runs the work on the queue and comes back to the interface
-/// thread with what it gave. Its exception passes through.
+/// `co_await onQueue(queue, mainThread, work)`: runs the work on the queue and continues on the interface
+/// thread with its result. Its exception passes through.
 ///
-/// Work that takes a std::stop_token gets that of the operation and can be stopped: the operation then goes
-/// on at once, with Stopped, and what the work gives is thrown away. Such work owns all that it uses, as the
-/// queue may abandon it. Work without one is carried to its end whatever happens.
+/// Work that takes a std::stop_token gets that of the operation and can be stopped: the operation then
+/// continues at once, with Stopped, and the result of the work is discarded. Such work owns all that it uses,
+/// as the queue may abandon it. Work without a token always runs to its end.
 template <class Work>
 auto onQueue(SerialQueue& queue, const std::shared_ptr<MainThread>& mainThread, Work work,
              const char* caller = __builtin_FUNCTION()) { // the one that both compilers have
@@ -221,9 +222,9 @@ auto onQueue(SerialQueue& queue, const std::shared_ptr<MainThread>& mainThread, 
             const std::stop_token stop = canStop ? waiting.promise().stopToken() : std::stop_token();
             token = stop;
             if (stop.stop_requested()) return false;
-            // Copies only: the coroutine, and this awaiter in it, may be gone before the work has run. A
-            // queue does not begin what is stopped and may throw it away before the callback of the stop
-            // comes, so that callback holds the way back too; whoever takes it ends the circle.
+            // Copies only: the coroutine, and this awaiter in it, may be destroyed before the work has run. A
+            // queue does not begin stopped work and may destroy it before the callback of the stop runs, so
+            // that callback also holds the return way; the first one to take it breaks the reference cycle.
             const auto way = std::make_shared<ReturnWay>(waiting);
             if (canStop)
                 whenStopped = std::make_shared<std::stop_callback<std::function<void()>>>(
@@ -249,7 +250,7 @@ auto onQueue(SerialQueue& queue, const std::shared_ptr<MainThread>& mainThread, 
         }
         Result await_resume() {
             whenStopped.reset();
-            throwIfStopped(token); // also where the work had just ended
+            throwIfStopped(token); // also if the work has just ended
             if (outcome->raised) std::rethrow_exception(outcome->raised);
             if constexpr (!std::is_void_v<Result>) return std::move(*outcome->value);
         }

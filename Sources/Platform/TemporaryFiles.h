@@ -6,12 +6,12 @@
 
 namespace orvane::platform::files {
 
-// What the operations on files have in common; for Platform alone.
+// What the operations on files share; for Platform alone.
 
-/// Throws the FileError of an operation that the system refused; `operation` such as "can't read".
+/// Throws the FileError for an operation that the system refused; `operation` such as "can't read".
 [[noreturn]] void fail(const char* operation, const std::string& path, int reason);
 
-/// An open file of the system.
+/// An open file descriptor.
 class Descriptor {
   public:
     explicit Descriptor(int number) : number_(number) {}
@@ -28,8 +28,8 @@ class Descriptor {
     int number_;
 };
 
-/// A name beside the file that nobody else uses; what bears it is removed again unless it was put in its
-/// place.
+/// A name beside the file that no other writer uses; a file of that name is removed again unless it was put
+/// in its place.
 class TemporaryName {
   public:
     explicit TemporaryName(const std::string& path);

@@ -10,9 +10,9 @@
 
 namespace orvane::platform::text {
 
-/// The order in which a file browser lists names: case-insensitive first, numbers inside names by value
-/// ("Clip 2" before "Clip 10"). Negative, zero or positive. Texts that are equal in this order but differ in
-/// their bytes compare as equal. Any thread.
+/// The order in which a file browser lists names: case-insensitive first, numbers within names by value
+/// ("Clip 2" before "Clip 10"). Negative, zero or positive. Texts that are the same in this order but differ
+/// in their bytes compare as equal. Any thread.
 int compareLocalizedStandard(std::string_view a, std::string_view b);
 
 /// The same order as a sort key: byte order of keys is the order of the texts. For sorting long lists.
@@ -22,7 +22,7 @@ std::string localizedStandardSortKey(std::string_view text);
 std::string uppercased(std::string_view text);
 std::string lowercased(std::string_view text);
 
-/// The text as valid UTF-8: each byte sequence that is none becomes U+FFFD.
+/// The text as valid UTF-8: each invalid byte sequence becomes U+FFFD.
 std::string validUTF8(std::string_view bytes);
 bool isValidUTF8(std::string_view bytes);
 /// One code point; nothing for a surrogate and for a value beyond U+10FFFF.
@@ -34,10 +34,10 @@ std::string printable(std::string_view text);
 int displayWidth(std::string_view text);
 
 enum class Encoding { utf16BE, utf16LE, macRoman, latin1 };
-/// Bytes of another encoding as UTF-8. What is no character there becomes U+FFFD.
+/// Bytes of another encoding as UTF-8. Invalid bytes become U+FFFD.
 std::string decoded(std::string_view bytes, Encoding encoding);
-/// The same for bytes that are text throughout, of any length; nothing when some are no character there, such
-/// as half a pair of UTF-16 or a last odd byte. Throws Stopped.
+/// The same for bytes of any length that must all be valid; nothing when some are not, such as half a pair of
+/// UTF-16 or a last odd byte. Throws Stopped.
 std::optional<std::string> strictlyDecoded(std::string_view bytes, Encoding encoding,
                                            const std::stop_token& stop = {});
 
@@ -55,17 +55,17 @@ std::optional<double> decimalNumber(std::string_view text);
 /// All texts, empty ones too, with the separator between each two.
 std::string joined(const std::vector<std::string>& texts, std::string_view separator);
 
-/// A number by a printf format that takes one double and comes to fewer than 400 characters.
+/// A number by a printf format that takes one double and gives fewer than 400 characters.
 std::string formatted(const char* format, double value);
 
 bool isASCII(std::string_view text);
 
 /// The characters as people count them: a letter and the accents on it are one (Unicode's grapheme clusters).
-/// The pieces are parts of `text` and cover all of it.
+/// The pieces are parts of `text` and cover it completely.
 std::vector<std::string_view> characters(std::string_view text);
-/// Whether a character is a digit or another number (Unicode's category N), of whatever script.
+/// Whether a character is a digit or another number (Unicode's category N), of any script.
 bool isNumber(std::string_view character);
-/// Whether a character is a letter (Unicode's property Alphabetic), of whatever script.
+/// Whether a character is a letter (Unicode's property Alphabetic), of any script.
 bool isLetter(std::string_view character);
 
 } // namespace orvane::platform::text

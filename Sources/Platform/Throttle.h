@@ -11,8 +11,8 @@
 
 namespace orvane::platform {
 
-/// Hands on the latest of many values, at most once in an interval: the first at once, the last always.
-/// `give` is called on the interface thread, as long as the throttle is held. Values come from any thread.
+/// Passes on the latest of many values, at most once in an interval: the first at once, the last always.
+/// `give` is called on the interface thread, as long as the throttle exists. Values come from any thread.
 template <class Value>
 class Throttle : public std::enable_shared_from_this<Throttle<Value>> {
   public:
@@ -50,7 +50,7 @@ class Throttle : public std::enable_shared_from_this<Throttle<Value>> {
             mainThread_->post(std::move(handOn));
     }
 
-    /// Hands on at once what waits: before something that must come behind it. Interface thread.
+    /// Passes on the waiting value at once, before something that must come after it. Interface thread.
     void flush() {
         std::optional<Value> value;
         {
@@ -60,12 +60,12 @@ class Throttle : public std::enable_shared_from_this<Throttle<Value>> {
         }
         if (value && give_) give_(*std::move(value));
     }
-    /// Forgets what waits. Interface thread.
+    /// Discards the waiting value. Interface thread.
     void drop() {
         const std::lock_guard lock(mutex_);
         waiting_.reset();
     }
-    /// Hands on nothing more, whoever still posts. Interface thread.
+    /// Passes on no more values, even if threads still post some. Interface thread.
     void close() { give_ = nullptr; }
 
   private:
@@ -80,11 +80,11 @@ class Throttle : public std::enable_shared_from_this<Throttle<Value>> {
     Give give_; ///< of the interface thread
     std::mutex mutex_;
     std::optional<Value> waiting_;
-    bool isUnderWay_ = false; ///< a call on the interface thread is on its way
+    bool isUnderWay_ = false; ///< a call on the interface thread is pending
     std::optional<std::chrono::nanoseconds> last_;
 };
 
-/// As often as progress is worth showing.
+/// How often progress is shown at most.
 inline constexpr std::chrono::nanoseconds progressInterval =
     std::chrono::nanoseconds(std::chrono::seconds(1)) / 30;
 

@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <span>
 
-/// Arithmetic over long runs of samples: plain loops that the compiler turns into vector instructions. Sums
-/// run in a fixed number of lanes that are added up in a fixed order, so that the last bit of a result
-/// depends on neither the machine nor the build. Pure; any thread.
+/// Arithmetic over many samples: plain loops that the compiler turns into vector instructions. Sums run in a
+/// fixed number of lanes that are added up in a fixed order, so that the last bit of a result does not depend
+/// on the machine or the build. Pure; any thread.
 namespace orvane::platform::vector {
 
 /// In 64 bits, so that the largest floats do not overflow.
@@ -18,13 +18,13 @@ struct Level {
     float peak = 0;          ///< as `maxMagnitude`
     double sumOfSquares = 0; ///< as the operation of that name
 };
-/// Both. The samples are finite.
+/// Both values. The samples are finite.
 Level level(std::span<const float> samples);
-/// Of what the channels add up to, in 32 bits, in so many frames from `begin` on.
+/// The sum of squares of the sum of the channels, in 32 bits, over that many frames from `begin`.
 double sumOfSquaresOfSum(std::span<const float* const> channels, std::size_t begin, std::size_t frames);
-/// Positions at which a sample and the one before it lie on two sides of zero; 0 itself is positive.
+/// Positions at which a sample and the one before it have different signs; 0 itself is positive.
 std::size_t signChanges(std::span<const float> samples);
-/// Puts 0 in the place of every infinity and of what is no number.
+/// Replaces every infinity and NaN by 0.
 void silenceNonFinite(std::span<float> samples);
 
 } // namespace orvane::platform::vector

@@ -15,20 +15,21 @@
 
 namespace orvane::platform {
 
-/// Work in the order of posting, and work for later, served by one thread, one piece at a time. What a run
-/// loop and a serial queue have in common. Everything but `serve` from any thread.
+/// Work in the order of posting, and delayed work, run by one thread, one piece at a time. The common part of
+/// a run loop and a serial queue. Everything but `serve` from any thread.
 class WorkQueue {
   public:
     enum class Stop {
         running,
-        now,     ///< after the piece of work that runs; the rest stays for the next `serve`
-        whenDone ///< after everything posted, and what was to come later, at once
+        now,     ///< after the current piece of work; the rest stays for the next `serve`
+        whenDone ///< after everything posted; delayed work then runs at once
     };
 
     void post(std::function<void()> work);
     std::shared_ptr<Timer> after(std::chrono::nanoseconds delay, std::function<void()> work);
-    /// Runs the work in its turn and waits for it; its exception passes through. While the queue's thread has
-    /// not woken up, the caller runs the queued work itself, up to and including its own.
+    /// Runs the work after what was posted before and waits for it; its exception passes through. If the
+    /// queue's thread has not woken up yet, the caller runs the queued work itself, up to and including its
+    /// own.
     void sync(const std::function<void()>& work);
     void stop(Stop how);
     /// Runs work until it is stopped.
@@ -44,13 +45,13 @@ class WorkQueue {
     void moveDue(Moment now);
 
     std::mutex mutex_;
-    std::condition_variable changed_;   ///< for the server
-    std::condition_variable workEnded_; ///< for callers of `sync`
-    bool isServing_ = false;            ///< the server runs a piece of work
-    bool isHelped_ = false;             ///< a caller of `sync` runs one
+    std::condition_variable changed_;   ///< wakes the thread in `serve`
+    std::condition_variable workEnded_; ///< wakes callers of `sync`
+    bool isServing_ = false;            ///< `serve` is running a piece of work
+    bool isHelped_ = false;             ///< a caller of `sync` is running one
     int waiting_ = 0;                   ///< callers of `sync`
     std::deque<std::function<void()>> ready_;
-    /// By moment; equal moments in the order in which they were asked for.
+    /// Sorted by time; equal times in the order of the calls.
     std::multimap<Moment, std::shared_ptr<Delayed>> later_;
     Stop stop_ = Stop::running;
 };

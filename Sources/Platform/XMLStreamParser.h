@@ -4,12 +4,12 @@
 
 namespace orvane::platform {
 
-/// What a stream parser tells while it reads. Names and texts are UTF-8 and valid during the call only.
+/// Receives what a stream parser reads. Names and texts are UTF-8 and valid during the call only.
 class XMLStreamHandler {
   public:
     virtual ~XMLStreamHandler() = default;
     virtual void startElement(std::string_view name) = 0;
-    /// Each attribute of an element, behind its start and in no order.
+    /// Called for each attribute of an element, after its start and in no order.
     virtual void attribute(std::string_view /*name*/, std::string_view /*value*/) {}
     virtual void endElement(std::string_view name) = 0;
     /// A run of text may come in several pieces.
@@ -18,9 +18,9 @@ class XMLStreamHandler {
 
 /// Reads an untrusted XML document, without resolving external entities and with entity expansion, nesting
 /// (256 elements) and the length of one tag or comment (about 1 MB) bounded. False when the document is not
-/// well-formed to its end or goes beyond a bound; what the handler got until then is to be discarded.
-/// Namespaces are not looked at: a prefix is part of the name. Reads UTF-8, UTF-16 and the single-byte
-/// encodings by their declaration. An exception of the handler ends the reading and passes through.
+/// well-formed to its end or exceeds a bound; the caller then discards what the handler received. Namespaces
+/// are ignored: a prefix is part of the name. Reads UTF-8, UTF-16 and the single-byte encodings by their
+/// declaration. An exception of the handler ends the reading and passes through.
 bool parseXMLStream(std::string_view document, XMLStreamHandler& handler);
 
 } // namespace orvane::platform

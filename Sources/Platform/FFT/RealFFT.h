@@ -7,11 +7,11 @@
 
 namespace orvane::platform {
 
-/// The discrete Fourier transform of real signals of one length, in 32 bits. A transform allocates nothing.
+/// The discrete Fourier transform of real signals of one length, in 32 bits. A transform does not allocate.
 /// One thread at a time.
 class RealFFT {
   public:
-    /// `size`: samples, even and at least 2; quick where its factors are 2, 3 and 5. Throws
+    /// `size`: samples, even and at least 2; fast if its only prime factors are 2, 3 and 5. Throws
     /// std::invalid_argument for any other.
     explicit RealFFT(std::size_t size);
     ~RealFFT();
@@ -19,13 +19,13 @@ class RealFFT {
     RealFFT& operator=(RealFFT&&) noexcept;
 
     std::size_t size() const { return size_; }
-    /// From 0 to half the sample rate, both included.
+    /// Number of frequencies from 0 to half the sample rate, both included.
     std::size_t bins() const { return size_ / 2 + 1; }
 
     /// X[k] = sum of x[n] exp(-2 pi i k n / size), not scaled. `samples` has `size` values, `spectrum`
     /// `bins`.
     void forward(std::span<const float> samples, std::span<std::complex<float>> spectrum);
-    /// The inverse of `forward`, scaled by 1 / size, so that both together change nothing but rounding. The
+    /// The inverse of `forward`, scaled by 1 / size: both together return the samples but for rounding. The
     /// imaginary parts of the first and the last bin count as 0.
     void inverse(std::span<const std::complex<float>> spectrum, std::span<float> samples);
 

@@ -8,7 +8,7 @@
 namespace orvane::platform {
 
 /// Length, channels and rate of an AIFF or AIFC file of uncompressed sound, from its chunk headers. Nothing
-/// for any other kind of file, and for one that a media library knows more of: compressed sound, and tags
+/// for any other kind of file, and for one of which a media library reads more: compressed sound, and tags
 /// ("ID3 ") with dates.
 std::optional<MediaInspection> inspectAIFF(RandomAccessFile& file);
 

@@ -10,28 +10,28 @@
 
 namespace orvane::platform::mxf {
 
-/// The packages of a header, which they point into: the material that is played, the file, and the tape or
-/// the import behind it, each the source of the one before.
+/// The packages of a header, which must outlive them: the material that is played, the file, and the tape or
+/// the import. Each package is the source of the one before.
 class Packages {
   public:
     explicit Packages(const Header& header);
 
-    /// The set of that identity; null where there is none.
+    /// The set with that identity; null if there is none.
     const Set* find(const Label& identity) const;
-    /// Of the material: the longest of picture and sound. Nothing where it is not known.
+    /// Length of the material: the longer one of picture and sound. Nothing if it is not known.
     std::optional<double> seconds() const;
-    /// Of the material's pictures alone, whose sound may go on behind the last one.
+    /// Length of the material's pictures alone; the sound may continue after the last picture.
     std::optional<double> pictureSeconds() const;
-    /// From package to package, along the first clip of picture or sound, the first start that is not 0.
+    /// The first start that is not 0, from package to package along the first clip of picture or sound.
     std::optional<CountedTimecode> start() const;
-    /// Of the material, seconds since 1970 UTC.
+    /// When the material was made, seconds since 1970 UTC.
     std::optional<std::int64_t> creationTime() const;
 
   private:
     struct Track {
         const Set* set = nullptr;
         Rate rate;
-        std::vector<const Set*> components; ///< a sequence's, or the one that stands in its place
+        std::vector<const Set*> components; ///< of the sequence, or the one component in its place
     };
     struct Clip {
         const Set* component = nullptr;

@@ -29,18 +29,18 @@ struct Set {
     std::uint8_t kind = 0; ///< byte 14 of its key, such as `timecodeComponent`
     std::vector<std::byte> bytes;
 
-    /// The value under the tag, empty when the set does not have it.
+    /// The value of the tag, empty if the set does not have it.
     ByteCursor property(std::uint16_t tag) const;
     /// A label, or an empty one.
     Label label(std::uint16_t tag) const;
     /// The labels of an array or batch.
     std::vector<Label> labels(std::uint16_t tag) const;
     Rate rate(std::uint16_t tag) const;
-    /// A position or a length in edit units; 0 where there is none.
+    /// A position or a length in edit units; 0 if there is none.
     std::int64_t position(std::uint16_t tag) const;
 };
 
-/// The kinds of sets that matter here, by byte 14 of their keys.
+/// The kinds of sets that are read, by byte 14 of their keys.
 enum Kind : std::uint8_t {
     sequence = 0x0F,
     sourceClip = 0x11,
@@ -51,17 +51,16 @@ enum Kind : std::uint8_t {
 };
 
 /// The sets of the header metadata. An unfinished header (its partition is open or incomplete) is replaced by
-/// that of the footer where there is one. Bounded: 10,000 packets, 10,000 sets, 64 KB a set, 16 MB in all.
+/// that of the footer if there is one. Limits: 10,000 packets, 10,000 sets, 64 KB for each set, 16 MB in all.
 struct Header {
     std::vector<Set> sets;
     bool isComplete = false; ///< its partition says that all values are final
-    /// Of a file that ends before the footer of which its header knows, or has zeros from there to its end:
-    /// the share that is there.
+    /// For a file that ends before the footer that its header refers to, or that holds zeros from there to
+    /// its end: the share that is present.
     std::optional<double> heldShare = {};
 };
 
-/// Nothing when the file does not begin with an MXF header partition, with up to 64 KB of other bytes in
-/// front.
+/// Nothing when the file does not begin with an MXF header partition, after up to 64 KB of other bytes.
 std::optional<Header> readHeader(RandomAccessFile& file);
 
 } // namespace orvane::platform::mxf

@@ -8,7 +8,7 @@
 
 namespace orvane::platform {
 
-/// Four characters as the big-endian number that stands in the file.
+/// Four characters as the big-endian number that the file holds.
 constexpr std::uint32_t fourCC(const char (&code)[5]) {
     std::uint32_t value = 0;
     for (int i = 0; i < 4; ++i) value = value << 8U | static_cast<unsigned char>(code[i]);
@@ -23,11 +23,11 @@ inline std::string fourCCText(std::uint32_t code) {
     return text;
 }
 
-/// Where an atom (box) of a QuickTime or MP4 file lies. Positions count from the start of the file.
+/// The place of an atom (box) in a QuickTime or MP4 file. Positions count from the start of the file.
 struct Atom {
     std::uint32_t type = 0;
     std::uint64_t start = 0;
-    std::uint64_t body = 0; ///< behind the header of 8 or 16 bytes
+    std::uint64_t body = 0; ///< after the header of 8 or 16 bytes
     std::uint64_t end = 0;
 
     std::uint64_t bodySize() const { return end - body; }
@@ -35,7 +35,7 @@ struct Atom {
 
 /// The siblings of one level, in file order. Reading ends after 10000 steps and at the first atom whose size
 /// is impossible: smaller than its header, or past the end of the level. The size 0 means "to the end of the
-/// file" where the level reaches that far.
+/// file" if the level also ends there.
 class AtomReader {
   public:
     AtomReader(RandomAccessFile& file, std::uint64_t begin, std::uint64_t end);
@@ -53,7 +53,7 @@ class AtomReader {
 /// The first child of that type.
 std::optional<Atom> findChild(RandomAccessFile& file, const Atom& parent, std::uint32_t type);
 
-/// The first bytes of an atom's body, never more than are in it.
+/// The first bytes of an atom's body, never more than it has.
 ByteCursor peekBody(RandomAccessFile& file, const Atom& atom, std::size_t count);
 
 } // namespace orvane::platform

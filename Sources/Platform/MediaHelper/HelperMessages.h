@@ -17,30 +17,30 @@
 #include <utility>
 #include <vector>
 
-/// What the program and its media helper say to each other: one message of bytes for each request and each
-/// answer, over a stream socket. Both are built together and run on one machine, so numbers have the
-/// machine's own form. The helper has read files that may be made to break it, so the program checks every
+/// The messages between the program and its media helper: one message of bytes for each request and each
+/// answer, over a stream socket. Both are built together and run on one machine, so numbers are in the
+/// machine's byte order. The helper reads files that may be made to attack it, so the program checks every
 /// length in an answer.
 namespace orvane::platform::helper {
 
 enum class Request : std::uint8_t {
-    inspect,   ///< path; answers `Inspected`
-    openAudio, ///< path, whether all tracks are wanted; answers a list of `Track`
+    inspect,   ///< path; answers with `Inspected`
+    openAudio, ///< path, whether all tracks are wanted; answers with a list of `Track`
     seek,      ///< handle, frame; answers whether the file has it
-    read,      ///< handle, channels, frames; answers how many frames lie in the shared memory
+    read,      ///< handle, channels, frames; answers with the number of frames in the shared memory
     close,     ///< handle
-    about,     ///< answers `About`
+    about,     ///< answers with `About`
     canDecode, ///< name of a codec; answers whether
-    // Of a helper for pictures.
-    openPictures,  ///< path; answers maybe a `VideoStream`
-    picture,       ///< `PictureQuery`; answers a `PictureAnswer`, whose pixels lie in the shared memory
+    // Requests to a helper for pictures.
+    openPictures,  ///< path; answers with a `VideoStream` or nothing
+    picture,       ///< `PictureQuery`; answers with a `PictureAnswer`, whose pixels are in the shared memory
     closePictures, ///< handle
 };
 
-/// What a helper is for. One for pictures may use more memory, and shares one picture of the largest size
+/// The use of a helper. One for pictures may use more memory, and shares one picture of the largest size
 /// instead of samples.
 enum class Purpose : std::uint8_t { sound, pictures };
-/// The argument with which a helper for pictures starts.
+/// The argument that starts a helper for pictures.
 constexpr const char* picturesArgument = "pictures";
 
 struct Inspected {
@@ -48,7 +48,7 @@ struct Inspected {
     std::optional<MediaInspection> facts;
 };
 
-/// The first answer of every helper: one that is left over from another build understands other messages.
+/// The first answer of every helper. It detects a helper of another build, whose messages may differ.
 struct About {
     std::string version; ///< `helperVersion`
     std::string libraries;
@@ -69,7 +69,7 @@ struct Seconds {
     std::int64_t scale = 1;
 };
 
-/// The pictures of a file that the helper holds open; as VideoFacts.
+/// The pictures of a file that the helper holds open; fields as in VideoFacts.
 struct VideoStream {
     std::uint32_t handle = 0;
     std::int32_t width = 0, height = 0;
@@ -81,9 +81,9 @@ struct VideoStream {
 
 enum class PictureChoice : std::uint8_t {
     at,    ///< as FrameReader::pictureAt
-    key,   ///< the newest one at or before the time that is decoded by itself
-    group, ///< the newest before time + tolerance that is decoded by itself, but none before the time
-    next,  ///< the one behind the last one that was given
+    key,   ///< the newest key picture at or before the time
+    group, ///< the newest key picture before time + tolerance, but none before the time
+    next,  ///< the one after the last one that was returned
 };
 struct PictureQuery {
     std::uint32_t handle = 0;
@@ -99,37 +99,38 @@ struct PictureAnswer {
     std::int32_t width = 0, height = 0;
     Seconds time, duration;
     std::int64_t number = 0;
-    bool isLast = false; ///< decoding has shown that the file ends behind it
+    bool isLast = false; ///< decoding has shown that the file ends after it
 };
 
-/// What a helper for pictures shares. Both sides write `stopped` alone at any time.
+/// The memory that a helper for pictures shares. Both sides may write `stopped` at any time, and nothing
+/// else.
 struct PictureMemory {
-    /// The queries up to this number are no longer wanted.
+    /// The queries up to this number are cancelled.
     std::atomic<std::uint64_t> stopped;
 };
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
-/// The rows of a picture begin here, without gaps, 4 bytes a pixel.
+/// The rows of a picture begin here, without gaps, 4 bytes for each pixel.
 constexpr std::size_t pixelsOffset = 4096;
-/// Room for 8K. Memory that no picture has reached is not there.
+/// Enough for 8K. Pages that no picture has reached are not allocated.
 constexpr std::size_t mostPixels = std::size_t{8192} * 4320;
 constexpr std::size_t pictureMemoryBytes = pixelsOffset + 4 * mostPixels;
 
-/// The samples of an answer lie here, each channel by itself, one behind the other.
+/// The samples of an answer: one channel after the other.
 constexpr std::size_t sharedSamples = std::size_t{1} << 20U;
 constexpr std::size_t sharedBytes = sharedSamples * sizeof(float);
-/// What a helper finds open when it starts.
+/// The descriptor of the socket that a helper has when it starts.
 constexpr int messageDescriptor = 3;
 constexpr int memoryDescriptor = 4;
 
 constexpr std::size_t longestMessage = std::size_t{64} << 20U; ///< bytes
 
-/// No message of this form.
+/// The bytes are not a message of the expected form.
 class MessageError : public std::runtime_error {
   public:
     MessageError() : std::runtime_error("a message is damaged") {}
 };
 
-// The members of each record, in the order of the message. An archive takes each: it writes or reads it.
+// Passes the members of each record, in the order of the message, to an archive, which writes or reads them.
 template <class Archive>
 void exchange(Archive& archive, MediaMetadataItem& item) {
     archive(item.key, item.commonKey, item.string, item.number);
@@ -260,7 +261,7 @@ class MessageReader {
     }
     template <class T>
     void get(std::vector<T>& list) {
-        // Grows with what is there, not with what is claimed.
+        // Grows with the data that is present, not with the stated count.
         for (auto count = next<std::size_t>(); count > 0; --count) list.push_back(next<T>());
     }
     template <class Record>
@@ -279,18 +280,18 @@ class MessageReader {
     std::string_view rest_;
 };
 
-/// False when the other side is gone.
+/// False when the other side has ended.
 bool send(int descriptor, const std::string& message);
-/// The time by which an answer is waited for, and how: a test has its own.
+/// The clock that limits the wait for an answer, and the wait itself: a test passes its own.
 struct WaitClock {
     std::function<std::chrono::steady_clock::time_point()> now = std::chrono::steady_clock::now;
-    /// As poll(2) of one descriptor; -1 millisecond is without an end.
+    /// As poll(2) of one descriptor; -1 millisecond: no limit.
     std::function<int(pollfd& wanted, int milliseconds)> poll = [](pollfd& wanted, int milliseconds) {
         return ::poll(&wanted, 1, milliseconds);
     };
 };
-/// Nothing when the other side is gone, has not said all in this time, or says too much. Without a limit it
-/// waits.
+/// Nothing when the other side has ended, has not sent the whole message in this time, or sends too much.
+/// Without a limit it waits for ever.
 std::optional<std::string> receive(int descriptor,
                                    std::optional<std::chrono::milliseconds> limit = std::nullopt,
                                    const WaitClock& clock = {});

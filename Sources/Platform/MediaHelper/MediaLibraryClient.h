@@ -10,7 +10,7 @@ namespace orvane::platform {
 /// ../lib beside its folder; the program then reads what its own readers can. Any thread.
 const MediaLibrary* mediaLibrary();
 
-/// `inspectMedia` with a library that is only fetched when it is needed.
+/// `inspectMedia` with a library that is requested only when it is needed.
 std::optional<MediaInspection> inspectMediaWith(const MediaLibrary* (*library)(), const std::string& path,
                                                 RandomAccessFile& file, bool& ranOut);
 

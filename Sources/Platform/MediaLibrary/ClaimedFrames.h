@@ -6,9 +6,9 @@
 
 namespace orvane::platform {
 
-/// The frames that the header of a CAF or Wave64 file claims, which a file that was cut off no longer has. 0
-/// for other files, compressed sound, and a header that claims nothing. Reads headers alone; the position is
-/// anywhere afterwards.
+/// The frames that the header of a CAF or Wave64 file states; a file that was cut off has fewer. 0 for other
+/// files, compressed sound, and a header that states none. Reads headers alone; the position is undefined
+/// afterwards.
 std::int64_t claimedFrames(FileInput& input);
 
 } // namespace orvane::platform

@@ -14,30 +14,30 @@ extern "C" {
 
 namespace orvane::platform {
 
-/// libav writes no word to the terminal from here on.
+/// Keeps libav from printing to the terminal.
 void silenceLibav();
 
-/// A stream of moving pictures, rather than the cover of an album or a thumbnail.
+/// A stream of moving pictures; false for an album cover or a thumbnail.
 bool isPictureStream(const AVStream& stream);
 
-/// A file opened by libavformat: local files only, containers only (a playlist could name other files), a
-/// bounded look at it, and an end to every read that takes too long.
+/// A file opened by libavformat: local files only, containers only (a playlist could name other files), with
+/// a limited probe, and a time limit for every read.
 class LibavFile {
   public:
-    /// Nothing when no demuxer can read it; `ranOut` is set when there was no time or memory to find out.
+    /// Nothing when no demuxer can read it; `ranOut` is set when time or memory did not suffice to find out.
     static std::optional<LibavFile> open(const std::string& path, bool& ranOut);
 
     AVFormatContext* get() const { return context_.get(); }
     AVFormatContext* operator->() const { return context_.get(); }
-    /// Looks into the media data for what the headers leave open.
+    /// Reads media data to find what the headers do not state.
     void findStreamInfo();
-    /// Gives the next reads their full time again.
+    /// Restarts the time limit for the next reads.
     void extendDeadline();
-    /// A read was given up because it took too long.
+    /// A read was ended because it took too long.
     bool ranOutOfTime() const { return source_->watch.hasFired; }
-    /// Bytes, as of the moment; -1 when the system does not say.
+    /// Bytes, at this moment; -1 when the system does not report it.
     std::int64_t size() const { return source_->file->size(); }
-    /// The demuxer for QuickTime and MP4 has opened it.
+    /// It was opened by the demuxer for QuickTime and MP4.
     bool isMovie() const;
 
   private:
@@ -62,7 +62,7 @@ class LibavFile {
     static int readPacket(void* source, std::uint8_t* into, int size) noexcept;
     static std::int64_t seek(void* source, std::int64_t offset, int whence) noexcept;
 
-    // Each keeps a pointer to the one above and goes first.
+    // Each keeps a pointer to the one above and is destroyed first.
     std::unique_ptr<Source> source_;
     std::unique_ptr<AVIOContext, CloseInput> input_;
     std::unique_ptr<AVFormatContext, Close> context_;

@@ -8,7 +8,7 @@ extern "C" {
 
 namespace orvane::platform {
 
-/// What libav frees by functions of its own.
+/// Deleters for what libav frees by functions of its own.
 struct LibavFree {
     void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
     void operator()(AVPacket* packet) const { av_packet_free(&packet); }

@@ -19,7 +19,7 @@ namespace orvane::platform {
 class LibavPictures {
   public:
     enum class Outcome { picture, end, nothing, stopped };
-    /// Asked between packets.
+    /// Called between packets.
     using IsStopped = std::function<bool()>;
 
     /// Null when there is no picture stream or no decoder for it.
@@ -28,15 +28,15 @@ class LibavPictures {
     const VideoFacts& facts() const { return facts_; }
     /// Finds the picture that FrameReader::pictureAt describes.
     Outcome find(MediaTime time, MediaTime tolerance, const IsStopped& isStopped);
-    /// Finds the newest picture at or before `time` that is decoded by itself, in one decoding.
+    /// Finds the newest key picture at or before `time`, in one decoding.
     Outcome findKey(MediaTime time, const IsStopped& isStopped);
-    /// Finds the newest picture before `until` that is decoded by itself, if it is not before `earliest`;
-    /// else the one at `earliest`. What lies between costs nothing to decode then.
+    /// Finds the newest key picture before `until`, if it is not before `earliest`; else the picture at
+    /// `earliest`. The pictures in between are then not decoded.
     Outcome findGroup(MediaTime earliest, MediaTime until, const IsStopped& isStopped);
-    /// Finds the picture behind the one that was found last.
+    /// Finds the picture after the one that was found last.
     Outcome findNext(const IsStopped& isStopped);
     const PictureMoment& moment() const { return current_.moment; }
-    /// Decoding came to the end of the file behind the picture that was found.
+    /// Decoding reached the end of the file after the picture that was found.
     bool isLast() const { return isDrained_ && !isSeekNeeded_ && isLast_; }
     PictureSize sizeWithin(PictureSize limit) const;
     /// Writes the picture that was found.
@@ -82,23 +82,23 @@ class LibavPictures {
     PictureScaler scaler_;
 
     Decoded current_; ///< the picture that was found last
-    Decoded ahead_;   ///< decoded behind it and not asked for yet
+    Decoded ahead_;   ///< decoded after it and not requested yet
     Decoded spare_;
 
-    bool isSeekNeeded_ = true;              ///< the decoder does not stand behind `current_` and `ahead_`
-    bool isAtStart_ = false;                ///< the last seek went to the start of the file
-    bool awaitsKey_ = true;                 ///< packets in front of the first key picture cannot be decoded
-    int keylessPackets_ = 0;                ///< dropped for that
-    bool isDrained_ = false;                ///< the file has ended; the decoder gives what it holds
-    std::int64_t keyTime_ = AV_NOPTS_VALUE; ///< of the key picture that decoding began at, in stream units
+    bool isSeekNeeded_ = true; ///< the decoder's position is not after `current_` and `ahead_`
+    bool isAtStart_ = false;   ///< the last seek was to the start of the file
+    bool awaitsKey_ = true;    ///< packets before the first key picture cannot be decoded
+    int keylessPackets_ = 0;   ///< dropped for that reason
+    bool isDrained_ = false;   ///< the file has ended; the decoder returns its remaining pictures
+    std::int64_t keyTime_ = AV_NOPTS_VALUE; ///< of the key picture at which decoding began, in stream units
     std::int64_t seekTarget_ = 0;           ///< in stream units
     std::int64_t lastPacket_ = AV_NOPTS_VALUE; ///< decoding time of the last packet
     std::optional<MediaTime> lastTaken_;       ///< of the pictures since the seek
-    std::optional<MediaTime> latestKey_;       ///< decoding that begins behind it misses the picture
-    /// Pictures before that, to which no other refers, need not be decoded.
+    std::optional<MediaTime> latestKey_;       ///< decoding that begins after it misses the picture
+    /// Pictures before that, to which no other picture refers, need not be decoded.
     std::optional<MediaTime> skipBefore_;
     bool maySkip_ = true;
-    bool isLast_ = false;     ///< no picture came behind `current_`
+    bool isLast_ = false;     ///< no picture followed `current_`
     bool hasSkipped_ = false; ///< since the seek
 };
 

@@ -15,24 +15,25 @@ struct SwsContext;
 
 namespace orvane::platform {
 
-/// How stored pictures are brought upright: mirrored left to right where the file says so, then turned
+/// How stored pictures are brought upright: mirrored left to right if the file says so, then turned
 /// clockwise.
 struct PictureOrientation {
     int quarterTurns = 0; ///< 0 to 3
     bool isMirrored = false;
 
-    /// Of nine numbers as a movie's track header has them; null is upright.
+    /// From the nine numbers of a movie's track header; null is upright.
     static PictureOrientation of(const std::int32_t* matrix);
 };
 
-/// Turns decoded frames into pictures for the screen: square pixels, upright, 8 bits of blue, green, red and
+/// Converts decoded frames to pictures for the screen: square pixels, upright, 8 bits of blue, green, red and
 /// alpha, colours multiplied by alpha. One thread at a time.
 class PictureScaler {
   public:
     PictureScaler();
     ~PictureScaler();
 
-    /// Of the picture within the limit (0: none on that side). `pixelAspect` is width to height of a pixel.
+    /// Size of the picture within the limit (0: none on that side). `pixelAspect` is width to height of a
+    /// pixel.
     static PictureSize sizeOf(int width, int height, AVRational pixelAspect,
                               const PictureOrientation& orientation, PictureSize limit);
     /// Writes a picture of that size; false when the frame's format cannot be converted.
@@ -40,7 +41,7 @@ class PictureScaler {
                  std::uint8_t* into);
 
   private:
-    /// What a conversion is set up for.
+    /// The parameters of a conversion.
     struct Setting {
         int width = 0, height = 0, format = -1;
         PictureSize size;

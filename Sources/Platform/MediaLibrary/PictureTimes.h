@@ -14,23 +14,23 @@ namespace orvane::platform {
 
 struct PictureMoment {
     MediaTime time;
-    MediaTime duration; ///< 0 where only the next picture tells
+    MediaTime duration; ///< 0 if it is only known from the next picture
     std::int64_t number = 0;
 
     MediaTime end() const { return time + duration; }
 };
 
 /// When the pictures of a stream are shown, and their numbers. A file counts time in units of its own, to
-/// which the moments of a constant rate are rounded; here they are exact.
+/// which the times of a constant rate are rounded; here they are exact.
 class PictureTimes {
   public:
     PictureTimes() = default;
-    /// `fileBytes` is the size of the file: pictures whose bytes are not there do not count.
+    /// `fileBytes` is the size of the file: pictures beyond it do not count.
     PictureTimes(const AVFormatContext& file, AVStream& stream, std::int64_t fileBytes);
 
-    /// Pictures per second where it is constant.
+    /// Pictures per second, if constant.
     const std::optional<AVRational>& constantRate() const { return rate_; }
-    /// Where the rate is constant.
+    /// Requires a constant rate.
     MediaTime pictureLength() const { return {rate_->den, rate_->num}; }
     double nominalRate() const { return nominalRate_; }
     std::int64_t count() const { return count_; } ///< 0: not known
@@ -39,19 +39,19 @@ class PictureTimes {
     bool hasIndex() const { return hasIndex_; }
     bool isEveryPictureKey() const { return isEveryPictureKey_; }
 
-    /// In stream units: the moment, or the middle of its picture where the rate is constant.
+    /// In stream units: the time, or the middle of its picture if the rate is constant.
     std::int64_t units(MediaTime time) const;
-    /// The start of the newest picture at or before the moment, where the rate is constant.
+    /// The start of the newest picture at or before `time`, if the rate is constant.
     MediaTime pictureStart(MediaTime time) const;
     MediaTime timeOf(std::int64_t units) const;
 
-    /// In stream units, the time of the first picture, where the file does not say.
+    /// The time of the first picture, in stream units, if the file does not state it.
     void beginWith(std::int64_t units) { origin_ = units; }
-    /// Decoding begins again at the packet with this decoding time.
+    /// Decoding restarts at the packet with this decoding time.
     void beginAt(std::int64_t decodingTime);
-    /// A packet of a picture that will be shown at this time.
+    /// Adds a packet whose picture is shown at this time.
     void add(std::int64_t units);
-    /// `length` is what the file says of the picture, 0 where it says nothing.
+    /// `length` is the picture's length by the file, 0 if it states none.
     PictureMoment momentOf(std::int64_t units, std::int64_t length) const;
 
   private:
@@ -69,10 +69,10 @@ class PictureTimes {
     MediaTime duration_;
     bool hasIndex_ = false;
     bool isEveryPictureKey_ = false;
-    int unshown_ = 0; ///< entries of the index that are decoded only
+    int unshown_ = 0; ///< index entries that are decoded but not shown
 
-    std::int64_t firstNumber_ = 0;      ///< of the pictures since the last beginning
-    std::multiset<std::int64_t> since_; ///< of these, times that may still be asked for
+    std::int64_t firstNumber_ = 0;      ///< of the pictures since the last restart
+    std::multiset<std::int64_t> since_; ///< times of these pictures that may still be requested
     std::int64_t forgotten_ = 0;        ///< earlier ones that were dropped from the set
 };
 

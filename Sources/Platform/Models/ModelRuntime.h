@@ -16,7 +16,7 @@ class ModelError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// Numbers in the order in which the last axis runs fastest.
+/// Numbers in an order in which the last axis varies fastest.
 struct ModelTensor {
     std::vector<std::int64_t> shape;
     std::vector<float> values;
@@ -26,16 +26,16 @@ struct ModelTensor {
 class Model {
   public:
     virtual ~Model() = default;
-    /// Gives the named outputs of one named input, in the order of the names. Throws ModelError, also for an
-    /// output that is missing or holds no 32-bit floats, and Stopped.
+    /// Returns the named outputs of one named input, in the order of the names. Throws ModelError, also for
+    /// an output that is missing or does not hold 32-bit floats, and Stopped.
     virtual std::vector<ModelTensor> run(const std::string& inputName, const ModelTensor& input,
                                          std::span<const std::string> outputNames,
                                          const std::stop_token& stop = {}) = 0;
 };
 
-/// ONNX Runtime, where this machine has it: a library that the user or the system installed, opened when it
-/// is first asked for. Its C interface keeps its order from version to version, so nothing of it is needed to
-/// build. Any thread but the interface thread.
+/// ONNX Runtime, if this machine has it: a library that the user or the system installed, opened at its first
+/// use. Its C interface keeps its order from version to version, so building needs nothing of it. Any thread
+/// but the interface thread.
 class ModelRuntime {
   public:
     virtual ~ModelRuntime() = default;
@@ -44,8 +44,7 @@ class ModelRuntime {
     /// Throws ModelError.
     virtual std::unique_ptr<Model> load(const std::string& modelPath) = 0;
 
-    /// The first library that can be used, in the folders and then in those of the system; null where there
-    /// is none.
+    /// The first usable library, in the folders and then in those of the system; null if there is none.
     static std::shared_ptr<ModelRuntime> find(std::span<const std::string> folders);
 };
 

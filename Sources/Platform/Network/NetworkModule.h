@@ -10,7 +10,7 @@
 
 namespace orvane::platform {
 
-/// What the loadable module of network libraries offers.
+/// The functions of the loadable module of network libraries.
 struct NetworkModule {
     static constexpr const char* entryPoint = "orvaneNetworkModule";
     static constexpr const char* fileName = "liborvane_network.so";

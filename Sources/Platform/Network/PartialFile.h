@@ -6,31 +6,31 @@
 
 namespace orvane::platform {
 
-/// The file of a download while it is incomplete. Failures throw HTTPError of the kind `file`, but those of
-/// `write`, which is called from within the library: these are thrown later. One thread.
+/// The file of a download while it is incomplete. Failures throw HTTPError of the kind `file`, except those
+/// of `write`, which the library calls: they are thrown later. One thread.
 class PartialFile {
   public:
-    /// What becomes of the bytes when the download breaks off.
+    /// What happens to the bytes when the download breaks off.
     enum class Rest {
         discarded, ///< a temporary file under a name of its own
-        kept       ///< "<path>.part", from where the next one goes on; one process at a time
+        kept       ///< "<path>.part", from which the next download continues; one process at a time
     };
     PartialFile(std::string path, Rest rest);
     ~PartialFile();
     PartialFile(const PartialFile&) = delete;
     PartialFile& operator=(const PartialFile&) = delete;
 
-    /// Bytes that an earlier download has left, of the version of the file that the tag names; 0 without one.
+    /// Bytes that an earlier download of the version that the tag names has left; 0 if there are none.
     std::uint64_t size() const { return size_; }
     const std::string& tag() const { return tag_; }
 
-    /// Forgets what there is; what comes is the file of that version, which is empty where the server names
+    /// Discards the bytes so far; the next bytes are of the version `tag`, which is empty if the server names
     /// none.
     void beginAnew(const std::string& tag);
     bool write(const char* data, std::size_t size);
     bool hasFailed() const { return error_ != 0; }
     [[noreturn]] void throwError(const char* doing) const;
-    /// Puts the file in its place.
+    /// Renames the complete file to its final name.
     void complete();
 
   private:

@@ -7,16 +7,16 @@
 
 namespace orvane::platform {
 
-/// A moment of the clip counts as the start of a picture up to this far from it, as moments are brought to
-/// frames of the output.
+/// A time of the clip counts as the start of a picture up to this far from it, as times are rounded to frames
+/// of the output.
 inline constexpr MediaTime pictureTimeSlack{1, 100'000};
 
-/// Counts the pictures that were due while a clip played and were not shown. Belongs to one thread.
+/// Counts the pictures that were due during playback and were not shown. Belongs to one thread.
 class DroppedPictures {
   public:
-    /// While the clip plays at `rate`, `picture` is what is shown at `now`, in clip time.
+    /// While the clip plays at `rate`, `picture` is shown at `now`, in clip time.
     void playing(const Picture& picture, MediaTime now, double rate);
-    /// The clip stands or goes elsewhere: the next picture follows none.
+    /// The clip pauses or jumps: the next picture does not follow the last one.
     void interrupted() { lastPlayed_.reset(); }
     std::int64_t count() const { return count_; }
 

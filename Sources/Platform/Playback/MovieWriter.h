@@ -13,9 +13,9 @@
 
 namespace orvane::platform {
 
-/// Writes a QuickTime movie that loses nothing, piece by piece: pictures as PNG, one length for all, and
-/// sound of 32-bit floats. Both begin at 0. The file takes its place when it is finished, and not before; one
-/// that is not finished leaves no trace. Every operation throws FileError. One thread at a time.
+/// Writes a lossless QuickTime movie, piece by piece: pictures as PNG, all of one length, and sound of 32-bit
+/// floats. Both begin at 0. The file appears under its name only when it is finished; an unfinished one is
+/// removed. Every operation throws FileError. One thread at a time.
 class MovieWriter {
   public:
     struct Format {
@@ -23,11 +23,11 @@ class MovieWriter {
         double sampleRate = 48000; ///< Hz, written as a whole number
         int channels = 2;          ///< of the sound
     };
-    /// `software`: who made it, in the movie and in each picture.
+    /// `software`: the name of the maker, written into the movie and into each picture.
     MovieWriter(const std::string& path, Format format, std::string software);
 
-    /// The next picture. One that is the last one, by its pixels, takes no more room; one of another size
-    /// than the first is cut or framed in black.
+    /// Adds the next picture. A picture with the same pixels as the last one takes no more room; one of
+    /// another size than the first is cropped or framed in black.
     void addPicture(const Picture& picture);
     /// `frames` samples of each channel.
     void addSound(std::span<const float* const> channels, std::size_t frames);
@@ -38,8 +38,8 @@ class MovieWriter {
 
   private:
     struct Place {
-        std::uint64_t at = 0;    ///< of the file
-        std::uint32_t count = 0; ///< bytes of a picture, frames of a piece of sound
+        std::uint64_t at = 0;    ///< position in the file
+        std::uint32_t count = 0; ///< bytes of a picture, or frames of a piece of sound
     };
     void append(std::string_view bytes);
     std::string movie() const;

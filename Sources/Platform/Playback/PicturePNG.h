@@ -5,7 +5,7 @@
 
 namespace orvane::platform {
 
-/// The picture as PNG writes it; its pixels have to outlive it.
+/// The picture in the form that the PNG encoder reads; its pixels have to outlive it.
 inline ColourPicture colourPicture(const Picture& picture) {
     return {static_cast<std::uint32_t>(picture.size.width),
             static_cast<std::uint32_t>(picture.size.height),

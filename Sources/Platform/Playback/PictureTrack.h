@@ -14,43 +14,44 @@
 
 namespace orvane::platform {
 
-/// The pictures of a clip around the moment that is played. A thread of its own decodes them in advance, in
-/// the size that is asked for, into a cache of bounded size: forward those that come next, in reverse one
-/// stretch after the other, each decoded forward. Any thread, except where something else is said.
+/// The pictures of a clip around the time that is played. Its own thread decodes them in advance, in the
+/// requested size, into a cache of limited size: the next ones when playing forward; in reverse, one stretch
+/// after another, each decoded forward. Any thread, unless stated otherwise.
 class PictureTrack {
   public:
-    /// From there on key pictures alone are decoded, when they are asked for.
+    /// From this rate on only key pictures are decoded, when they are requested.
     static constexpr double keyPicturesFromRate = 8;
 
     struct Report {
         std::uint64_t served = 0; ///< the newest seek that is done
-        bool hasPicture = false;  ///< the moment of that seek has one
-        bool canStart = false;    ///< what `getReady` waits for is there
+        bool hasPicture = false;  ///< there is a picture at the time of that seek
+        bool canStart = false;    ///< the pictures that `getReady` waits for are decoded
     };
-    /// `report` is called on the track's thread when a seek is done and when a picture came in while paused.
+    /// `report` is called on the track's thread when a seek is done and when a picture was decoded while
+    /// paused.
     PictureTrack(std::unique_ptr<VideoDecoder> decoder, std::function<void(Report)> report);
     ~PictureTrack();
 
     const VideoFacts& facts() const { return facts_; }
-    /// Wants exactly the newest picture at or before `time`; what was wanted before is dropped at once.
-    /// Numbers of seeks ascend.
+    /// Requests exactly the newest picture at or before `time`; earlier requests are dropped at once. Numbers
+    /// of seeks ascend.
     void seek(MediaTime time, std::uint64_t number);
-    /// Time has come to `now`, and goes on at `rate` (signed).
+    /// Time has reached `now`, and continues at `rate` (signed).
     void run(MediaTime now, double rate);
-    /// Decodes what a start at this moment shows first, for playing forward at `rate`, while time stands
-    /// still. A report says when it is there, or when nothing more comes.
+    /// Decodes the first pictures that playing forward at `rate` from this time shows, while time is stopped.
+    /// A report says when they are decoded, or when there are no more.
     void getReady(MediaTime now, double rate);
-    /// Pictures from here on are no larger; those in another size are dropped and decoded again.
+    /// Pictures are no larger from here on; those of another size are dropped and decoded again.
     void setLimit(PictureSize limit);
-    /// What is shown at that moment: the newest picture at or before it that is there; in reverse one behind
-    /// it where it has not been reached yet. Nothing where nothing is there.
+    /// The picture to show at that time: the newest decoded one at or before it; in reverse, a later one if
+    /// none has been decoded yet. Nothing if none is decoded.
     std::optional<Picture> shownAt(MediaTime now, double rate) const;
-    /// When the next picture in the direction of the rate begins to be shown, as far as it is there.
+    /// When the next picture in the direction of the rate begins, if it is decoded.
     std::optional<MediaTime> nextChange(MediaTime now, double rate) const;
-    /// Where the file turned out to end; nothing as long as its end was not reached.
+    /// The file's end, found by decoding; nothing until decoding has reached it.
     std::optional<MediaTime> knownEnd() const;
-    /// Waits until what is shown at that moment is there or will never be, and all seeks are done. Not the
-    /// interface thread.
+    /// Waits until the picture to show at that time is decoded or known to be missing, and all seeks are
+    /// done. Not the interface thread.
     void waitUntilReady(MediaTime now, double rate);
 
   private:
@@ -64,7 +65,7 @@ class PictureTrack {
     struct Query {
         MediaTime time;
         bool isKey = false;
-        std::uint64_t seek = 0; ///< 0: none, somebody waits
+        std::uint64_t seek = 0; ///< 0: none; else a caller waits for it
     };
     using Cache = std::map<MediaTime, Picture>;
 
@@ -96,25 +97,25 @@ class PictureTrack {
     mutable std::mutex mutex_;
     std::condition_variable_any changed_;
     std::condition_variable_any served_;
-    // Guarded.
+    // Guarded by the mutex.
     Cache cache_;
     MediaTime now_;
     double rate_ = 0;
     PictureSize limit_;
-    std::optional<PictureSize> reduced_; ///< the limit in reverse, where pictures in full size take too much
+    std::optional<PictureSize> reduced_; ///< the limit in reverse, if full size takes too much memory
     std::optional<Query> query_;
-    std::uint64_t version_ = 0;    ///< of what is asked for
+    std::uint64_t version_ = 0;    ///< of the requests
     std::uint64_t generation_ = 0; ///< of the size: pictures of an earlier one are dropped
     std::uint64_t lastSeek_ = 0, servedSeek_ = 0;
-    std::optional<MediaTime> decodedTo_; ///< the picture behind which the decoder stands
+    std::optional<MediaTime> decodedTo_; ///< the last picture before the decoder's position
     std::optional<MediaTime> first_;     ///< the first picture that can be decoded
     std::optional<MediaTime> end_;
     bool isGettingReady_ = false;
-    Kind job_ = Kind::none; ///< under way
+    Kind job_ = Kind::none; ///< the current job
     int failures_ = 0;      ///< in a row
-    std::stop_source work_; ///< of the job under way
+    std::stop_source work_; ///< of the current job
 
-    std::jthread thread_; ///< last: everything above is there when it starts
+    std::jthread thread_; ///< last, so that everything above exists when it starts
 };
 
 } // namespace orvane::platform

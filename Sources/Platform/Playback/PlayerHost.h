@@ -15,15 +15,15 @@ namespace orvane::platform {
 class HostedPlayer {
   public:
     virtual ~HostedPlayer() = default;
-    /// What has to be done before time may come to this frame of the output: pictures decoded, sound read.
-    /// Carried out on another thread; null where there is nothing to wait for.
+    /// The work that is needed before time may reach this frame of the output: decoding pictures, reading
+    /// sound. Run on another thread; null if there is none.
     virtual std::function<void()> preparation(std::int64_t outputFrame) = 0;
-    /// Of a loaded clip whose sound is being replaced: calls back on the interface thread once the new one is
-    /// in its place, or yet another is to be opened. False, without a call, where none is being opened.
+    /// For a loaded clip whose sound is being replaced: calls back on the interface thread when the new sound
+    /// is in place, or when yet another is to be opened. False, without a call, if none is being opened.
     virtual bool whenSoundIsOpen(std::function<void()> opened) = 0;
 };
 
-/// What players have in common: the frames of one output as their time. Interface thread.
+/// What all players use: the frames of one output as their time. Interface thread.
 class PlayerHost {
   public:
     virtual ~PlayerHost() = default;
@@ -35,16 +35,16 @@ class PlayerHost {
     double sampleRate() const { return mixer_->sampleRate(); }
     void add(std::weak_ptr<HostedPlayer> player) { players_.push_back(std::move(player)); }
 
-    /// Whether time goes on while pictures are decoded, so that a start has to wait for the first ones.
+    /// Whether time continues while pictures are decoded, so that a start has to wait for the first ones.
     virtual bool runsByItself() const = 0;
-    /// The frame that is heard, as this thread knows it.
+    /// The frame that is heard, as known on this thread.
     virtual double heardFrame() const = 0;
-    /// The first frame from which a change can be heard in full.
+    /// The first frame from which a change can be heard completely.
     virtual std::int64_t earliestStart() const = 0;
-    /// Runs the work once this frame is heard.
+    /// Runs the work when this frame is heard.
     virtual std::shared_ptr<Timer> atFrame(std::int64_t frame, std::function<void()> work) = 0;
     virtual std::chrono::nanoseconds hostTime() const = 0;
-    /// The frame that is heard then; equal moments give equal frames.
+    /// The frame that is heard then; equal times give equal frames.
     virtual std::int64_t frameAt(std::chrono::nanoseconds hostTime) = 0;
 
   protected:

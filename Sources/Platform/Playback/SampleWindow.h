@@ -10,8 +10,8 @@
 
 namespace orvane::platform {
 
-/// The samples round a place of a sound file that moves, forward or backward. Where the file has none, cannot
-/// be read or broke off there is silence, and so in the place of what is no number. One thread.
+/// The samples around a place of a sound file, which moves forward or backward. Silence replaces frames
+/// outside the file, frames that cannot be read, and values that are not finite. One thread.
 class SampleWindow {
   public:
     explicit SampleWindow(std::unique_ptr<AudioFile> file);
@@ -19,8 +19,8 @@ class SampleWindow {
     double sampleRate() const { return sampleRate_; }
     std::size_t channelCount() const { return channels_.size(); }
     std::int64_t frameCount() const { return frameCount_; }
-    /// One array a channel with the frames from `first` on, which may lie before the file's beginning. They
-    /// stay until the next call. `isReverse`: the next calls ask for earlier frames.
+    /// One array for each channel with the frames from `first` on, which may be before the file's beginning.
+    /// Valid until the next call. `isReverse`: the next calls are for earlier frames.
     std::span<const float* const> frames(std::int64_t first, std::size_t count, bool isReverse);
 
   private:

@@ -12,16 +12,16 @@
 
 namespace orvane::platform {
 
-/// Sound that is due at a place of the output.
+/// Sound for a place of the output.
 struct SoundBlock {
     static constexpr std::size_t mostFrames = 512;
-    static constexpr std::size_t mostChannels = 64; ///< whose level is known
+    static constexpr std::size_t mostChannels = 64; ///< whose levels are measured
 
-    /// Of the transport it belongs to; a later one has a higher number.
+    /// Of the transport that it belongs to; a later transport has a higher number.
     std::uint64_t generation = 0;
     std::int64_t firstFrame = 0; ///< of the output
-    std::int64_t frames = 0;     ///< more than `mostFrames` where it is silent
-    bool isSilent = false;       ///< the samples mean nothing
+    std::int64_t frames = 0;     ///< more than `mostFrames` if it is silent
+    bool isSilent = false;       ///< the samples are undefined
     std::array<float, mostFrames> left{}, right{};
     std::size_t levelCount = 0;
     std::array<ChannelPeak, mostChannels> levels{};
@@ -31,18 +31,17 @@ struct SoundBlock {
 };
 
 /// The blocks between the thread that makes sound and the callback that plays it, all allocated at the start.
-/// Neither side locks or waits. A block is free, filled or taken by the callback; the producer takes back
-/// what it filled for an earlier transport. A queue would not do: the blocks of two transports are due at the
-/// same frames while one passes over into the other, and what is queued for an output that stands still could
-/// not be taken back.
+/// Neither side locks or waits. A block is free, filled or taken by the callback; the producer reclaims what
+/// it filled for an earlier transport. A queue is not possible: the blocks of two transports are due at the
+/// same frames during a crossfade, and blocks queued for a stopped output could not be reclaimed.
 class SoundBlocks {
   public:
     static constexpr std::size_t count = 64;
 
     // Producer.
 
-    /// A block to fill in for this generation; null where all are in use. Those of earlier generations that
-    /// the callback has not taken are used again.
+    /// A block to fill for this generation; null if all are in use. Blocks of earlier generations that the
+    /// callback has not taken are reused.
     SoundBlock* acquire(std::uint64_t generation) noexcept {
         for (Slot& slot : slots_)
             if (slot.state.load(std::memory_order_acquire) == State::free) return &slot.block;
@@ -69,7 +68,7 @@ class SoundBlocks {
                 taken_[takenCount_++] = &slot;
         }
     }
-    /// The block of this generation that is due at the frame; null where there is none.
+    /// The block of this generation that is due at the frame; null if there is none.
     const SoundBlock* at(std::int64_t frame, std::uint64_t generation) const noexcept {
         for (std::size_t i = 0; i < takenCount_; ++i) {
             const SoundBlock& block = taken_[i]->block;
@@ -84,14 +83,14 @@ class SoundBlocks {
                 generation = std::max(generation, taken_[i]->block.generation);
         return generation;
     }
-    /// Where the next block behind the frame begins, of whatever generation.
+    /// Where the next block after the frame begins, of any generation.
     std::int64_t nextStart(std::int64_t frame) const noexcept {
         std::int64_t next = std::numeric_limits<std::int64_t>::max();
         for (std::size_t i = 0; i < takenCount_; ++i)
             if (taken_[i]->block.firstFrame > frame) next = std::min(next, taken_[i]->block.firstFrame);
         return next;
     }
-    /// Gives back what ends at or before the frame, or belongs to an earlier generation.
+    /// Releases the blocks that end at or before the frame, or belong to an earlier generation.
     void release(std::int64_t frame, std::uint64_t generation) noexcept {
         std::size_t kept = 0;
         for (std::size_t i = 0; i < takenCount_; ++i) {
@@ -108,7 +107,7 @@ class SoundBlocks {
     enum class State : std::uint8_t { free, filled, taken };
     struct Slot {
         SoundBlock block;
-        std::uint64_t filledGeneration = 0; ///< producer's
+        std::uint64_t filledGeneration = 0; ///< of the producer
         std::atomic<State> state = State::free;
     };
     Slot& slotOf(SoundBlock& block) noexcept {
@@ -116,7 +115,7 @@ class SoundBlocks {
     }
 
     std::array<Slot, count> slots_;
-    std::array<Slot*, count> taken_{}; ///< callback's
+    std::array<Slot*, count> taken_{}; ///< of the callback
     std::size_t takenCount_ = 0;
 };
 

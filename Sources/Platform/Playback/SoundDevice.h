@@ -7,18 +7,17 @@
 
 namespace orvane::platform {
 
-/// Asked by a device for its next frames, on a thread of the device: neither locks nor allocates nor throws
-/// nor waits.
+/// Called by a device for its next frames, on a thread of the device: does not lock, allocate, throw or wait.
 class SoundDeviceCallback {
   public:
     virtual ~SoundDeviceCallback() = default;
-    /// `untilHeard`: from this moment to the one at which the first frame is heard.
+    /// `untilHeard`: from this moment until the first frame is heard.
     virtual void fill(float* left, float* right, std::size_t frames,
                       std::chrono::nanoseconds untilHeard) noexcept = 0;
 };
 
-/// An open device of two channels, which asks for sound as long as it lives; one that is away asks no more.
-/// Destroying it ends that, and waits for the system.
+/// An open device of two channels, which requests sound as long as it exists; a disconnected one requests
+/// none. Its destruction ends that, and waits for the system.
 class SoundDevice {
   public:
     virtual ~SoundDevice() = default;
@@ -29,10 +28,10 @@ class SoundDevice {
 class SoundDevices {
   public:
     virtual ~SoundDevices() = default;
-    /// Opens the one that the user made the default, and starts it; null where there is none or it refuses
-    /// the rate (Hz). `callback` outlives the device.
+    /// Opens the user's default device and starts it; null if there is none or it refuses the rate (Hz).
+    /// `callback` outlives the device.
     virtual std::unique_ptr<SoundDevice> openDefault(double sampleRate, SoundDeviceCallback& callback) = 0;
-    /// The name of the default device, for people; empty where there is none.
+    /// The name of the default device, for people; empty if there is none.
     virtual std::string defaultName() = 0;
 };
 

@@ -17,37 +17,37 @@
 
 namespace orvane::platform {
 
-/// How a recording lies under a clip and how the clip runs.
+/// The place of a recording under a clip, and how the clip runs.
 struct SoundPlan {
     SoundTransport transport;
-    double offsetSeconds = 0; ///< of the clip, at which the file's first frame is heard
+    double offsetSeconds = 0; ///< time of the clip at which the file's first frame is heard
     double endSeconds = std::numeric_limits<double>::infinity(); ///< of the clip
-    /// The output had asked for the frames before this one when the plan was made.
+    /// The output had requested the frames before this one when the plan was made.
     std::int64_t askedFrames = 0;
 };
 
-/// Makes a recording into what is due at each frame of the output. Reads, converts and stretches within the
+/// Renders a recording for the frames of the output. Reads, converts and stretches within the
 /// call: one thread, never the callback's.
 ///
 /// At the pitch of the file, or one that follows the rate, each frame is computed from its own place in the
-/// file, to the nearest sample where both rates are equal. Tempo is changed from the first frame on, which
-/// lies at its place; later ones are within the search window of the library, and do not drift. The attack of
-/// a clap lies at its place all the same: it is laid over what the library gives, as it was recorded.
+/// file, to the nearest sample where both rates are equal. With a tempo change the first frame is
+/// exactly in place; later ones are within the search window of the library, and do not drift. The attack of
+/// a clap is in place nevertheless: it is mixed over the library's output, as it was recorded.
 class SoundRendering {
   public:
     using MakeTempoChange = std::function<std::unique_ptr<TempoChange>(const TempoChange::Options&)>;
-    /// `makeTempoChange` may be empty or give null: pitch then follows the rate.
+    /// `makeTempoChange` may be empty or return null: pitch then follows the rate.
     SoundRendering(std::unique_ptr<AudioFile> file, double outputRate, MakeTempoChange makeTempoChange);
 
     const SampleWindow& file() const { return window_; }
     /// The next block begins at this frame of the output.
     void begin(const SoundPlan& plan, std::int64_t outputFrame);
     std::int64_t position() const { return position_; }
-    /// Leaves out what lies before this frame.
+    /// Leaves out the frames before this one.
     void skipTo(std::int64_t outputFrame) { begin(plan_, outputFrame); }
     /// Whether frames can be left out inaudibly.
     bool isDirect() const { return tempo_ == nullptr; }
-    /// Fills all but the generation. The last one is silent without an end.
+    /// Fills everything but the generation. The last block is silent without an end.
     void next(SoundBlock& block);
 
   private:
@@ -67,15 +67,15 @@ class SoundRendering {
     SoundPlan plan_;
     std::int64_t position_ = 0;
     bool isReverse_ = false;
-    double step_ = 1; ///< frames of the file for each frame that `sample` gives; above 0
+    double step_ = 1; ///< frames of the file for each frame that `sample` returns; above 0
     std::optional<SincResampler> resampler_;
     std::unique_ptr<TempoChange> tempo_;
     AttackSearch attacks_;
-    double feedPlace_ = 0; ///< of the file, from which the tempo change gets its next frames
+    double feedPlace_ = 0; ///< in the file; the tempo change gets its next frames from there
     std::vector<float> feed_;
-    std::array<float, SoundBlock::mostFrames> feedLeft_{}, feedRight_{}; ///< interim, also of attacks
+    std::array<float, SoundBlock::mostFrames> feedLeft_{}, feedRight_{}; ///< intermediate, also for attacks
     std::size_t levelCount_ = 0;
-    std::array<ChannelPeak, SoundBlock::mostChannels> levels_{}; ///< of what `sample` took last
+    std::array<ChannelPeak, SoundBlock::mostChannels> levels_{}; ///< of the last frames that `sample` read
 };
 
 } // namespace orvane::platform

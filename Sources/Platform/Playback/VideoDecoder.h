@@ -20,15 +20,15 @@ struct PictureQuery;
 struct PictureAnswer;
 } // namespace helper
 
-/// Memory for pictures that is used again once nobody holds a picture, as touching new memory costs more than
-/// copying. What is not used again goes back to the system at once. Any thread.
+/// Memory for pictures that is reused when no picture uses it, as touching new memory costs more than
+/// copying. Memory that is not reused returns to the system at once. Any thread.
 class PixelStore {
   public:
     static std::shared_ptr<PixelStore> create() { return std::make_shared<PixelStore>(); }
     std::shared_ptr<std::uint8_t[]> get(const std::shared_ptr<PixelStore>& self, std::size_t bytes);
 
   private:
-    /// Pages of its own: the allocator would keep what many players had at once.
+    /// Pages of its own: the allocator would keep the memory that many players used at the same time.
     struct Unmap {
         std::size_t bytes = 0;
         void operator()(std::uint8_t* memory) const;
@@ -37,37 +37,36 @@ class PixelStore {
     static Block map(std::size_t bytes);
 
     std::mutex mutex_;
-    std::size_t blockBytes_ = 0; ///< of those that are kept
+    std::size_t blockBytes_ = 0; ///< of the kept blocks
     std::vector<Block> free_;
 };
 
-/// Decodes the pictures of one file in a helper process of its own, one after the other or anywhere. One
-/// thread at a time, never the interface thread. When the process ends over the file, or is killed,
-/// another one takes its place with the next query, so that one bad picture does not cost the others; a file
-/// over which too many have ended has no further picture.
+/// Decodes the pictures of one file in a helper process of its own, in sequence or at any place. One thread
+/// at a time, never the interface thread. When the process ends over the file, or is killed, the next query
+/// starts another one, so that one bad picture does not lose the others. A file over which too many have
+/// ended gives no further picture.
 class VideoDecoder {
   public:
     enum class Outcome { picture, end, nothing };
     struct Result {
         Outcome outcome = Outcome::nothing;
         std::optional<Picture> picture;
-        bool isLast = false; ///< the file ends behind it, as decoding has shown
+        bool isLast = false; ///< the file ends after it, as decoding has shown
     };
 
-    /// Null when the file has no picture that can be decoded.
+    /// Null when no picture of the file can be decoded.
     static std::unique_ptr<VideoDecoder> open(const std::string& path);
     ~VideoDecoder();
 
     const VideoFacts& facts() const { return facts_; }
-    /// As FrameReader::pictureAt. Throws Stopped, as the other two do.
+    /// As FrameReader::pictureAt. Throws Stopped, as all queries do.
     Result at(MediaTime time, MediaTime tolerance, PictureSize limit, const std::stop_token& stop);
-    /// The newest picture at or before `time` that is decoded by itself.
+    /// The newest key picture at or before `time`.
     Result keyAt(MediaTime time, PictureSize limit, const std::stop_token& stop);
-    /// The newest picture before `until` that is decoded by itself, if it is not before `earliest`; else the
-    /// one at `earliest`.
+    /// The newest key picture before `until`, if it is not before `earliest`; else the picture at `earliest`.
     Result groupBefore(MediaTime earliest, MediaTime until, PictureSize limit, const std::stop_token& stop);
-    /// The picture behind the one that was given last; the first at the beginning. What processes end over is
-    /// passed over, in longer and longer steps.
+    /// The picture after the last one that was returned; the first at the beginning. Skips pictures over
+    /// which processes end, in longer and longer steps.
     Result next(PictureSize limit, const std::stop_token& stop);
 
   private:
@@ -82,9 +81,9 @@ class VideoDecoder {
     const std::string path_;
     std::shared_ptr<helper::Process> process_;
     std::uint32_t handle_;
-    int ends_ = 0;      ///< of processes, over this file
-    int endsInRow_ = 0; ///< since a picture was given
-    MediaTime behind_;  ///< where the picture that was given last ends
+    int ends_ = 0;      ///< number of processes that ended over this file
+    int endsInRow_ = 0; ///< since a picture was returned
+    MediaTime behind_;  ///< where the last returned picture ends
     VideoFacts facts_;
     std::shared_ptr<PixelStore> store_ = PixelStore::create();
 };

@@ -2,9 +2,9 @@
 
 namespace orvane::platform {
 
-/// Marks code of this thread that runs on the time of an audio device: while it lives, the thread must not
-/// allocate, free, lock or wait. Costs a counter; the tests replace the allocator and the locks by ones that
-/// report a call made under this mark.
+/// Marks code of this thread that runs in the callback of an audio device: while it exists, the thread must
+/// not allocate, free, lock or wait. Costs one counter. The tests replace the allocator and the locks by ones
+/// that report a call made under this mark.
 class RealtimeScope {
   public:
     RealtimeScope() noexcept { ++depth(); }

@@ -4,8 +4,8 @@
 
 namespace orvane::platform {
 
-/// Wakes one waiting thread. Posting it neither locks nor allocates, so that code on the time of an audio
-/// device can. Posts are counted: each lets one wait return.
+/// Wakes one waiting thread. Posting neither locks nor allocates, so the callback of an audio device can do
+/// it. Posts are counted: each lets one wait return.
 class Signal {
   public:
     Signal() { sem_init(&semaphore_, 0, 0); }
@@ -19,7 +19,7 @@ class Signal {
             // interrupted by a signal
         }
     }
-    /// Forgets the posts that nobody has waited for.
+    /// Discards posts for which no wait has returned.
     void clear() noexcept {
         while (sem_trywait(&semaphore_) == 0) {
         }

@@ -7,15 +7,15 @@
 
 namespace orvane::platform {
 
-/// Hands the newest value from one writing thread to one reading thread. Values that come faster than they
-/// are read replace each other. Neither side locks, allocates or waits.
+/// Passes the newest value from one writing thread to one reading thread. A value that is not read in time is
+/// replaced by the next. Neither side locks, allocates or waits.
 template <class T>
 class TripleBuffer {
   public:
     TripleBuffer() = default;
     explicit TripleBuffer(const T& first) : slots_{first, first, first} {}
 
-    /// Writer: the value to fill in. It holds what was written two or three publications ago.
+    /// Writer: the value to fill in. It holds the value that was written two or three publications ago.
     T& draft() { return slots_[draft_]; }
     /// Writer: makes the draft the newest value.
     void publish() noexcept {
@@ -27,13 +27,13 @@ class TripleBuffer {
         publish();
     }
 
-    /// Reader: takes the newest value; false where none came since the last call.
+    /// Reader: takes the newest value; false if there was none since the last call.
     bool update() noexcept {
         if ((middle_.load(std::memory_order_relaxed) & fresh) == 0) return false;
         current_ = middle_.exchange(current_, std::memory_order_acq_rel) & indexMask;
         return true;
     }
-    /// Reader: the value that the last `update` took. It stays untouched until the next one.
+    /// Reader: the value that the last `update` took. It does not change until the next one.
     const T& current() const { return slots_[current_]; }
 
   private:

@@ -8,18 +8,18 @@
 
 namespace orvane::platform::recognition {
 
-/// What of a picture may be text, without the lines that rule it, and the cells between these lines.
+/// The parts of a picture that may be text, without ruling lines, and the cells between these lines.
 struct Page {
     Mask letters;
     int letterCount = 0;
-    int framedLetterCount = 0;  ///< of them, those in cells
-    Raster<std::int32_t> cells; ///< place in `cellBoxes`, -1 outside
+    int framedLetterCount = 0;  ///< the letters that are in cells
+    Raster<std::int32_t> cells; ///< index in `cellBoxes`, -1 outside
     std::vector<Box> cellBoxes;
     std::vector<Box> letterBoxes;
     Box extent;                ///< of the letters
     int smallLetterHeight = 0; ///< pixels; a quarter of the letters are lower
 
-    /// The cell that a box lies in by its middle; -1: none.
+    /// The cell that contains the middle of a box; -1: none.
     std::int32_t cellAt(const Box& box) const;
 };
 Page pageOf(const Mask& ink);
@@ -34,9 +34,9 @@ struct Line {
     Box box;
     double confidence = 0;
 };
-/// From the top down, of a row from left to right. A label and the value below it in a cell are one line;
-/// otherwise words are one line where they stand side by side. Unframed lines that texture may have been
-/// taken for are left out.
+/// From top to bottom, within a row from left to right. A label and the value below it in a cell are one
+/// line; otherwise words beside each other are one line. Lines outside a frame that may be texture are left
+/// out.
 std::vector<Line> linesOf(std::vector<Word> words, const Page& page);
 
 } // namespace orvane::platform::recognition

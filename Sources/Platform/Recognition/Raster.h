@@ -16,7 +16,7 @@ struct Box {
     int width() const { return right - left; }
     int height() const { return bottom - top; }
     double area() const { return static_cast<double>(width()) * height(); }
-    /// Negative where there is a gap.
+    /// Negative if there is a gap.
     int overlapAcross(const Box& other) const {
         return std::min(right, other.right) - std::max(left, other.left);
     }
@@ -29,7 +29,7 @@ struct Box {
     }
 };
 
-/// One value a pixel, rows from the top.
+/// One value for each pixel, rows from the top.
 template <class Value>
 struct Raster {
     Raster(int theWidth, int theHeight, Value value = {})
@@ -47,22 +47,23 @@ struct Raster {
 };
 
 using Grey = Raster<std::uint8_t>; ///< 0 is black
-using Mask = Raster<std::uint8_t>; ///< 1 is in
+using Mask = Raster<std::uint8_t>; ///< 1 is inside
 
 /// Luminance; pictures with a longer side than `longestSide` are reduced by a whole factor.
 Grey greyOf(const Picture& picture, int longestSide);
 
-/// A part of it, enlarged twice.
+/// A part of the picture, enlarged twice.
 Grey enlarged(const Grey& grey, const Box& part);
 
-/// A picture without most of its noise, and how much is left: its standard deviation, grey values.
+/// A picture without most of its noise, and the remaining noise: its standard deviation in grey values.
 struct Cleaned {
     Grey grey;
     double noise = 0;
 };
 Cleaned cleaned(Grey grey);
 
-/// What is clearly darker and what is clearly lighter than its surroundings and than the noise.
+/// The pixels that are darker, and those that are lighter, than their surroundings by clearly more than the
+/// noise.
 struct Ink {
     Mask dark, light;
 };
@@ -74,7 +75,7 @@ struct Components {
         Box box;
         int pixels = 0;
     };
-    Raster<std::int32_t> labels; ///< place in `list`, -1 outside
+    Raster<std::int32_t> labels; ///< index in `list`, -1 outside
     std::vector<Component> list;
 };
 enum class Neighbours { four, eight };

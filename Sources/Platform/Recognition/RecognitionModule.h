@@ -7,13 +7,13 @@
 
 namespace orvane::platform {
 
-/// What the loadable module of text recognition offers.
+/// The functions of the loadable module of text recognition.
 struct RecognitionModule {
     static constexpr const char* entryPoint = "orvaneRecognitionModule";
     static constexpr const char* fileName = "liborvane_recognition.so";
 
     std::uint64_t version = interfaceVersion;
-    /// Null without data of a language.
+    /// Null without the data of a language.
     std::unique_ptr<TextRecognizer> (*create)() = nullptr;
     TextRecognitionState (*state)() = nullptr;
 };

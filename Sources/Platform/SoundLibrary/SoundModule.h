@@ -10,7 +10,7 @@
 
 namespace orvane::platform {
 
-/// What the loadable module of sound libraries offers.
+/// The functions of the loadable module of sound libraries.
 struct SoundModule {
     static constexpr const char* entryPoint = "orvaneSoundModule";
     static constexpr const char* fileName = "liborvane_sound.so";

@@ -34,7 +34,7 @@ class SideBySide final : public AudioFile {
         return longest;
     }
     bool seek(std::int64_t frame) override {
-        bool isAnyThere = false; // one that ends before it reads as silence
+        bool isAnyThere = false; // a track that ends earlier reads as silence
         for (const auto& track : tracks_)
             if (track->seek(std::min(frame, track->frameCount()))) isAnyThere = true;
         return isAnyThere && frame <= frameCount();
@@ -65,7 +65,7 @@ class SideBySide final : public AudioFile {
     std::vector<std::unique_ptr<AudioFile>> tracks_;
 };
 
-/// A library that opens a named pipe waits for its other end.
+/// A library that opens a named pipe would wait for its other end.
 const MediaLibrary* libraryFor(const std::string& path) {
     const auto file = files::attributes(path);
     return file && file->isRegularFile ? mediaLibrary() : nullptr;

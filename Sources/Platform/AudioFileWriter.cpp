@@ -27,7 +27,7 @@ void addChunk(std::string& out, std::string_view name, std::string_view body) {
     out += body;
 }
 
-/// Cut at a whole character, or filled up with zeros.
+/// Cut after a whole character, or padded with zeros.
 void addText(std::string& out, std::string_view text, std::size_t bytes) {
     std::size_t length = std::min(text.size(), bytes);
     const auto continues = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; };
@@ -54,7 +54,7 @@ AudioFileWriter::AudioFileWriter(const std::string& path, Format format, Broadca
                                  std::uint64_t largestPlain)
     : format_(format), broadcast_(broadcastBody(broadcast)), largestPlain_(largestPlain), file_(path) {
     pending_.reserve(floatsAtOnce);
-    file_.append(header()); // its size does not depend on what it says
+    file_.append(header()); // its size does not depend on its contents
 }
 
 std::string AudioFileWriter::header() const {
@@ -62,7 +62,7 @@ std::string AudioFileWriter::header() const {
     const std::uint64_t dataBytes = static_cast<std::uint64_t>(frames_) * frameBytes;
     const auto rate = static_cast<std::uint32_t>(std::lround(format_.sampleRate));
     constexpr std::size_t largeSizesBytes = 28;
-    constexpr std::uint64_t formBytes = 8; // in front of what the form's size counts
+    constexpr std::uint64_t formBytes = 8; // bytes of the form that its size does not count
     std::string format;
     add(format, floatFormat);
     add(format, static_cast<std::uint16_t>(format_.channels));

@@ -18,7 +18,7 @@ constexpr int blockSize = 16; // pixels of a macroblock
 constexpr int blackLuma = 16, neutralChroma = 128;
 constexpr std::uint32_t timeScale = 2400;
 
-/// The raw bytes of a part of an H.264 stream, from the first bit on (ITU-T H.264, 7.3).
+/// The raw bytes of a part of an H.264 stream, written bit by bit (ITU-T H.264, 7.3).
 class BitWriter {
   public:
     void bits(std::uint32_t value, int count) {
@@ -51,7 +51,7 @@ class BitWriter {
     unsigned used_ = 0; ///< bits of the last byte
 };
 
-/// A network abstraction layer unit: no three bytes in it look like the beginning of one (7.4.1.1).
+/// A network abstraction layer unit; no three bytes in it may look like the beginning of one (7.4.1.1).
 std::string unit(std::uint8_t header, const BitWriter& body) {
     std::string out(1, static_cast<char>(header));
     int zeros = 0;
@@ -66,7 +66,7 @@ std::string unit(std::uint8_t header, const BitWriter& body) {
     return out;
 }
 
-/// The pictures of one size and rate.
+/// Encodes the pictures of one size and rate.
 class BlackStream {
   public:
     explicit BlackStream(const BlackMovieFormat& format)
@@ -107,7 +107,7 @@ class BlackStream {
         out.flag(true);
         for (int i = 0; i < 3; ++i) out.bits(bt709, 8);
         out.flag(false); // place of chroma samples
-        out.flag(true);  // timing: two ticks a frame
+        out.flag(true);  // timing: two ticks for each frame
         out.bits(1, 32);
         out.bits(static_cast<std::uint32_t>(2 * format_.framesPerSecond), 32);
         out.flag(true);  // fixed rate
@@ -145,7 +145,7 @@ class BlackStream {
         return unit(0x68, out);
     }
 
-    /// A picture that stands alone. The identifier differs from that of the key frame before.
+    /// A picture that refers to no other. The identifier differs from that of the key frame before.
     std::string keyFrame(std::uint32_t identifier) const {
         constexpr std::uint32_t onlyI = 7, pcmBlock = 25,
                                 evenBlock = 3; // 16x16, mean of the neighbours, no residual
@@ -167,8 +167,8 @@ class BlackStream {
             out.ue(evenBlock);
             out.ue(0); // chroma: the mean of the neighbours
             out.zeroSE();
-            // No coefficients; the code depends on how many the blocks beside and above have, and the first
-            // block counts as full (table 9-5).
+            // No coefficients; the code depends on the number of coefficients in the blocks beside and above,
+            // and the first block counts as full (table 9-5).
             const bool besideFull = block == 1, belowFull = block == columns_;
             if (besideFull || belowFull)
                 out.bits(3, 6);
@@ -179,7 +179,7 @@ class BlackStream {
         return unit(0x65, out);
     }
 
-    /// One that repeats the picture before it. `number`: since the key frame.
+    /// A picture that repeats the one before. `number`: since the key frame.
     std::string repeatedFrame(std::uint32_t number) const {
         constexpr std::uint32_t onlyP = 5, frameNumbers = 16;
         BitWriter out;
@@ -202,7 +202,7 @@ class BlackStream {
     int columns_, rows_;
 };
 
-/// The boxes of a movie with one picture track (the pictures' own by ISO/IEC 14496-15).
+/// The boxes of a movie with one picture track (the picture boxes by ISO/IEC 14496-15).
 class MovieBoxes {
   public:
     MovieBoxes(const BlackMovieFormat& format, const BlackStream& stream,

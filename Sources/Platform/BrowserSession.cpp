@@ -34,7 +34,7 @@ class WaitingBrowserSession final : public BrowserSession {
     std::string run(const std::string& url, std::stop_token stop) override {
         assertMayBlock("waiting for the browser");
         const Waiting waiting(*this);
-        // Where neither works, the callback can still be pasted.
+        // If neither works, the callback can still be pasted.
         const CallbackSocket socket = CallbackSocket::listen();
         if (setup_.registersScheme) registerScheme(setup_.callbackScheme);
         const std::stop_callback whenStopped(stop, [this] { wakeUp(); });
@@ -77,7 +77,7 @@ class WaitingBrowserSession final : public BrowserSession {
     }
 
   private:
-    /// From when on callbacks are taken, until the session ends in any way.
+    /// While it lives, callbacks are accepted.
     class Waiting {
       public:
         explicit Waiting(WaitingBrowserSession& session) : session_(session) { set(true); }

@@ -19,7 +19,7 @@ namespace {
 constexpr std::size_t longestMessage = std::size_t{64} << 10U;
 constexpr timeval socketTimeLimit{1, 0};
 
-/// A folder of the session of the user, else one of this program's; only where nobody else can enter it.
+/// A folder of the user's session, else one of this program's; only if no other user can enter it.
 std::string folder() {
     const char* runtime = std::getenv("XDG_RUNTIME_DIR");
     const std::string base =
@@ -78,7 +78,7 @@ CallbackSocket CallbackSocket::listen() {
 CallbackSocket::~CallbackSocket() {
     if (descriptor_ < 0) return;
     ::close(descriptor_);
-    // The name may be that of a newer session by now, which answers.
+    // The name may belong to a newer session by now, which then answers.
     const auto place = address();
     const int probe = place ? makeSocket() : -1;
     if (probe < 0) return;

@@ -17,7 +17,7 @@ namespace orvane::platform {
 
 namespace {
 
-/// Threads that live as long as the process and are made when work finds none idle.
+/// Threads that live as long as the process; one is made when work finds none idle.
 class Pool {
   public:
     static Pool& shared() {
@@ -36,8 +36,8 @@ class Pool {
     }
 
   private:
-    /// Without a thread the work waits for those there are; the caller of `concurrently` does it all if need
-    /// be.
+    /// If no thread can be started, the work waits for the existing ones; if there are none, the caller of
+    /// `concurrently` does everything.
     void startThread() {
         try {
             std::thread([this] { serve(); }).detach();
@@ -74,7 +74,7 @@ class Share {
     Share(std::size_t count, const std::function<void(std::size_t)>& work, std::stop_token stop)
         : count_(count), work_(&work), stop_(std::move(stop)) {}
 
-    /// A helper that comes after the caller has closed the task does nothing.
+    /// Does nothing if the caller has closed the task already.
     void help() {
         {
             const std::lock_guard lock(mutex_);
@@ -124,8 +124,7 @@ class Share {
 void concurrently(std::size_t count, std::size_t concurrency, const std::function<void(std::size_t)>& work,
                   const std::stop_token& stop) {
     assertMayBlock("waiting for other threads");
-    // The caller works too, so that a call from within a call gets on even when no thread of the pool is
-    // free.
+    // The caller works too, so that a nested call makes progress even when no thread of the pool is free.
     const auto task = std::make_shared<Share>(count, work, stop);
     std::size_t hands = std::min({count, concurrency, Pool::shared().limit()});
     if (PlaybackActivity::isUnderWay())

@@ -26,7 +26,7 @@ namespace {
 
 constexpr unsigned credentialFileRights = 0600;
 
-/// One file of the user, which nobody else may read.
+/// One file of the user, which no other user may read.
 class CredentialFile {
   public:
     explicit CredentialFile(std::string path) : path_(std::move(path)) {}
@@ -43,7 +43,7 @@ class CredentialFile {
         if (value == nullptr || value->string() == nullptr) return std::nullopt;
         return Secret(*value->string());
     }
-    /// Whether any of them was in it.
+    /// Whether any of them was in the file.
     bool remove(const CredentialStore::Accounts& accounts) const {
         if (!isThere()) return false;
         const JSON before = contents();
@@ -55,11 +55,11 @@ class CredentialFile {
         return true;
     }
 
-    /// Absent, or it can be read.
+    /// The file is absent or can be read.
     bool isUnderstood() const {
         try {
             if (isThere()) return parsed().isObject();
-        } catch (const FileError&) { // somebody else's
+        } catch (const FileError&) { // another user's
             return false;
         } catch (const JSONError&) {
             return false;
@@ -77,7 +77,7 @@ class CredentialFile {
         return all;
     }
 
-    /// Before anything is written into it.
+    /// Called before anything is written into it.
     void makePrivate() const {
         const int file =
             ::open(path_.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, credentialFileRights);
@@ -96,7 +96,7 @@ class CredentialFile {
         throw CredentialError("Can't keep a secret in " + path_ + ": " +
                               std::generic_category().message(reason));
     }
-    /// A file that nobody can read holds nothing.
+    /// A file that cannot be read counts as empty.
     JSON contents() const {
         try {
             JSON all = parsed();
@@ -141,14 +141,14 @@ class StandardCredentialStore final : public CredentialStore {
             throw CredentialError("The key store is locked, and keeps what was saved before; unlock it and "
                                   "try again");
         file_.save(account, value);
-        // What the store has of an earlier time.
+        // What the store has from an earlier time.
         if (desktop() != nullptr) desktop()->remove({account});
     }
     Found read(const Accounts& accounts, Asking asking) override {
         assertMayBlock("looking up a secret");
         if (asking == Asking::again) hasRefused_ = false;
         Found found;
-        // What is in the file was saved last: a save in the key store takes it out of there.
+        // The value in the file was saved last: a save in the key store removes it from the file.
         for (const std::string& account : accounts)
             if (auto value = readFile(account)) found.values.emplace(account, std::move(*value));
         if (found.values.size() == accounts.size() || desktop() == nullptr) return found;
@@ -168,7 +168,7 @@ class StandardCredentialStore final : public CredentialStore {
         assertMayBlock("removing a secret");
         Answer answer = Answer::absent;
         if (desktop() != nullptr) {
-            auto kept = look(); // which may unlock it
+            auto kept = look(); // may unlock the store
             wipe(kept);
             answer = desktop()->remove(accounts);
         }
@@ -177,7 +177,8 @@ class StandardCredentialStore final : public CredentialStore {
             if (desktop() != nullptr && desktop()->read(false).values.empty()) file_.remove({inUse});
             return;
         }
-        // Where no store has ever kept any, the file had them all; and it can't have one that is not there.
+        // If no store has ever kept a secret, they were all in the file; and a store that does not exist can
+        // keep none.
         if (!isInUse() && (wasInFile || (answer == Answer::absent && file_.isUnderstood()))) return;
         throw CredentialError(
             answer == Answer::locked
@@ -201,14 +202,15 @@ class StandardCredentialStore final : public CredentialStore {
 
   private:
     using Answer = SecretServiceModule::Answer;
-    /// The item of the file that is there as long as the key store keeps any: a locked store may not say so.
+    /// The item of the file that exists as long as the key store keeps any secret, because a locked store may
+    /// not report that.
     static constexpr const char* inUse = "keyStoreInUse";
 
     static const SecretServiceModule* desktop() { return modules::own<SecretServiceModule>().module; }
     std::optional<Secret> readFile(const std::string& account) const {
         try {
             return file_.read(account);
-        } catch (const CredentialError&) { // of somebody else
+        } catch (const CredentialError&) { // another user's
             return std::nullopt;
         }
     }
@@ -216,11 +218,11 @@ class StandardCredentialStore final : public CredentialStore {
     void noteUse() const {
         try {
             if (!isInUse()) file_.save(inUse, Secret("yes"));
-        } catch (const CredentialError&) { // the store has the secret all the same
+        } catch (const CredentialError&) { // the store has the secret anyway
         }
     }
-    /// All that the key store shows. The user is asked to unlock it where it keeps something; whoever has
-    /// closed that question is not to get it again with every look.
+    /// Reads everything that the key store shows. The user is asked to unlock it if it keeps a secret; a user
+    /// who has closed this question does not get it again with every read.
     SecretServiceModule::Found look() {
         const bool mayAsk = !hasRefused_, isKnownToKeep = isInUse();
         auto kept = desktop()->read(mayAsk);

@@ -25,8 +25,8 @@ bool isSet(const char* variable) {
     return value != nullptr && *value != '\0';
 }
 
-/// Starts a program of the system, which gets nothing of ours but its words. Its exit status where it ends
-/// within the time; it may go on running.
+/// Starts a program of the system, which gets only its arguments from us. Gives its exit status if it ends
+/// within the time; it may continue to run.
 struct Run {
     bool hasStarted = false;
     std::optional<int> status = {};
@@ -59,7 +59,7 @@ Run run(std::vector<std::string> words, std::chrono::milliseconds longest) {
     return result;
 }
 
-/// Within double quotes of the line that starts a program.
+/// Quoted for the line that starts a program.
 std::string quoted(const std::string& path) {
     std::string text = "\"";
     for (const char c : path) {

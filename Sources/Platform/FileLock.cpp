@@ -20,12 +20,12 @@ namespace {
 
 constexpr unsigned lockFileRights = 0600;
 
-/// What file systems without locks, and network shares that lock no folders, say.
+/// The errors of file systems without locks, and of network shares that do not lock folders.
 bool meansNoLocks(int reason) {
     return reason == ENOLCK || reason == ENOTSUP || reason == EINVAL || reason == EBADF || reason == ENOSYS;
 }
 
-/// As `flock`, which gives up after a while with EWOULDBLOCK.
+/// As `flock`, but fails with EWOULDBLOCK after a while.
 int lockWithin(int file, std::chrono::milliseconds longest) {
     constexpr std::chrono::milliseconds step{5};
     for (std::chrono::milliseconds waited{0};; waited += step) {

@@ -34,7 +34,7 @@ SettingsFile parseSettings(std::string_view contents) {
 FileSettingsStore::FileSettingsStore(std::string path, std::unique_ptr<SerialQueue> queue)
     : path_(std::move(path)), queue_(std::move(queue)) {
     try {
-        seen_ = stamp(); // first: what is written meanwhile is seen again
+        seen_ = stamp(); // first, so that a write in the meantime is noticed later
         SettingsFile file = load();
         if (file.problem)
             problem_ = "the settings file " + path_ +
@@ -51,7 +51,7 @@ std::optional<std::string> FileSettingsStore::problem() const {
 }
 
 SettingsFile FileSettingsStore::load() const {
-    // Only a file that is not there counts as one: what cannot be looked at is a problem to report.
+    // Only a missing file is treated as empty: a file that cannot be examined is a problem to report.
     if (!files::attributes(path_) && errno == ENOENT) return {};
     return parseSettings(files::readText(path_, largestSettingsFile));
 }
@@ -82,7 +82,7 @@ void FileSettingsStore::persist(Changes changes, const SettingsWrite& write) {
     writing().post([this] { writePending(); });
 }
 
-/// Everything that waits goes into one write.
+/// Writes all waiting changes at once.
 void FileSettingsStore::writePending() {
     Changes all;
     std::size_t count = 0;
@@ -158,7 +158,7 @@ void FileSettingsStore::lookAgainLater(SerialQueue& queue) {
     });
 }
 
-/// A file that cannot be read or understood at this moment changes nothing: its writer may be at work.
+/// If the file cannot be read or understood at this moment, nothing changes: its writer may be at work.
 void FileSettingsStore::look() {
     const Stamp now = stamp();
     if (now == seen_) return;
@@ -167,7 +167,7 @@ void FileSettingsStore::look() {
         if (file.problem) return;
         seen_ = now;
         adoptFromDisk(std::move(file.values));
-    } catch (const FileError&) { // as its writer may be at work
+    } catch (const FileError&) { // its writer may be at work
     }
 }
 

@@ -7,7 +7,8 @@ namespace orvane::platform {
 
 namespace {
 
-// Constants of the program: files are written until its very end, and without memory being asked for.
+// Never destroyed and made without allocation: files are written until the program ends, and when memory has
+// run out.
 std::mutex stepsMutex;
 FileStep* newestStep = nullptr;
 FileStep* oldestStep = nullptr;

@@ -14,7 +14,7 @@ namespace orvane::platform::files {
 
 void markUsed(const std::string& path) {
     assertMayBlock("file access");
-    // The date of access, set by hand: file systems keep it up by themselves once a day, or never.
+    // The access time, set explicitly: file systems update it once a day, or never.
     const std::array<struct timespec, 2> times{{{0, UTIME_NOW}, {0, UTIME_OMIT}}};
     if (::utimensat(AT_FDCWD, path.c_str(), times.data(), 0) != 0) errno = 0;
 }

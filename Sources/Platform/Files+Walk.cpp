@@ -29,7 +29,7 @@ enum class Kind { file, linkedFile, folder, linkedFolder, brokenLink, other };
 Kind kindOf(DIR* directory, const dirent& entry) {
     if (entry.d_type == DT_REG) return Kind::file;
     if (entry.d_type == DT_DIR) return Kind::folder;
-    // Some file systems don't tell, and what a link is depends on where it leads.
+    // Some file systems don't report the kind, and that of a link is its target's.
     if (entry.d_type != DT_UNKNOWN && entry.d_type != DT_LNK) return Kind::other;
     const int parent = ::dirfd(directory);
     const auto isLink = [&] {
@@ -108,7 +108,7 @@ std::optional<std::vector<std::string>> childNames(const std::string& folder) {
     }
     std::vector<std::string> names;
     for (;;) {
-        errno = 0; // only this tells an error from the end
+        errno = 0; // distinguishes an error from the end
         const dirent* entry = ::readdir(directory.get());
         if (entry == nullptr) break;
         if (!isItselfOrParent(entry->d_name)) names.emplace_back(entry->d_name);

@@ -48,7 +48,7 @@ std::string homeDirectory() {
     return temporaryDirectory();
 }
 
-/// The base directory rules: a variable that holds no absolute path counts as not set.
+/// The base directory rules: a variable without an absolute path counts as not set.
 std::string baseDirectory(const char* variable, const char* belowHome) {
     if (std::string path = environment(variable); path.starts_with('/')) return path;
     return homeDirectory() + belowHome;
@@ -87,17 +87,17 @@ std::string readText(const std::string& path, std::uint64_t limitBytes, const st
     const auto claimed = static_cast<std::uint64_t>(status.st_size);
     if (claimed > limitBytes) fail("can't read", path, EFBIG);
 
-    // More than the file has: its end shows without a second buffer, and a parser that reads in wide
-    // steps need not move the text to where there is room behind it.
+    // More than the file has: its end is found without a second buffer, and a parser that reads in wide steps
+    // need not copy the text to get room after it.
     constexpr std::size_t step = std::size_t{1} << 16U;
     constexpr std::size_t room = 64;
-    constexpr std::size_t mostAtOnce = std::size_t{4} << 20U; // a stop is noticed between two reads
+    constexpr std::size_t mostAtOnce = std::size_t{4} << 20U; // a stop is checked between two reads
     std::string contents;
     contents.reserve(static_cast<std::size_t>(claimed) + room);
     std::size_t used = 0;
     for (;;) {
         throwIfStopped(stop);
-        if (used == contents.size()) { // in pieces, as clearing new memory takes longer than reading into it
+        if (used == contents.size()) { // in pieces, as zeroing new memory takes longer than reading into it
             const std::size_t left = contents.capacity() - used;
             contents.resize(used + (left > 0 ? std::min(left, mostAtOnce) : step));
         }
@@ -154,7 +154,7 @@ std::string whyNoNewFile(const std::string& folder) {
 
 namespace {
 
-/// The files "<path><suffix>" and "<path><suffix>-2" and so on, by their numbers, of which the first is 1.
+/// The files "<path><suffix>", "<path><suffix>-2" and so on, by their numbers; the first is 1.
 std::map<std::uint64_t, std::string> keptBeside(const std::string& path, std::string_view suffix) {
     const std::string first = path + std::string(suffix), folder = folderOf(path);
     const std::string prefix = first.substr(first.rfind('/') + 1) + "-";
@@ -171,10 +171,10 @@ std::map<std::uint64_t, std::string> keptBeside(const std::string& path, std::st
     return kept;
 }
 
-/// The file under a second name, which nobody has.
+/// The file under a second name that was free.
 std::string keptAs(const std::string& path, const std::string& name) {
     TemporaryName temporary(name);
-    // Followed where the path is a link, as a write to it is.
+    // A link is followed, as in a write to it.
     if (::linkat(AT_FDCWD, path.c_str(), AT_FDCWD, temporary.path().c_str(), AT_SYMLINK_FOLLOW) != 0) {
         writeAtomically(name, readText(path));
         return name;
@@ -193,7 +193,7 @@ std::string keepBeside(const std::string& path, std::string_view suffix) {
     const auto own = attributes(path);
     for (const auto& [number, other] : others) {
         const auto there = attributes(other);
-        if (own && there && there->identity == own->identity) return other; // before a write that failed
+        if (own && there && there->identity == own->identity) return other; // from before a write that failed
     }
     const std::uint64_t number = others.empty() ? 1 : others.rbegin()->first + 1;
     const std::string name = path + std::string(suffix) + (number == 1 ? "" : "-" + std::to_string(number));
@@ -205,7 +205,7 @@ std::string keepBeside(const std::string& path, std::string_view suffix) {
 
 void syncFolder(const std::string& folder) {
     assertMayBlock("writing a file");
-    // The file is in its place already; a file system that can't sync a folder is no reason to say otherwise.
+    // The file is in its place already; a file system that can't sync a folder does not make that a failure.
     const Descriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (directory.isOpen()) ::fsync(directory.get());
 }

@@ -14,7 +14,7 @@ namespace orvane::platform::files {
 
 namespace {
 
-constexpr mode_t privateFolderRights = 0700; // as the base directory rules want it
+constexpr mode_t privateFolderRights = 0700; // required by the base directory rules
 constexpr mode_t ofOthers = 0077;
 
 void createWithRights(const std::string& path, mode_t rights) {
@@ -47,7 +47,7 @@ std::string makePrivate(const std::string& folder) {
         return "";
     if (::chmod(folder.c_str(), status.st_mode & privateFolderRights) != 0)
         return std::generic_category().message(errno);
-    // Some file systems take no rights and report no error.
+    // Some file systems ignore permissions and report no error.
     const bool isPrivate = ::stat(folder.c_str(), &status) == 0 && (status.st_mode & ofOthers) == 0;
     return isPrivate ? "" : "its file system keeps no rights of files";
 }

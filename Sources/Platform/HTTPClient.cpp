@@ -29,7 +29,8 @@ class NoClient final : public HTTPClient {
     const std::string problem_;
 };
 
-/// That of the module, which knows nothing of the program's interface thread.
+/// The module's client, with the check that it is not called on the interface thread: the module does not
+/// know that thread.
 class CheckedClient final : public HTTPClient {
   public:
     explicit CheckedClient(std::shared_ptr<HTTPClient> client) : client_(std::move(client)) {}

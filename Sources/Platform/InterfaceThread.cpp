@@ -16,7 +16,7 @@ InterfaceWatch watching;
 struct Piece {
     const char* name = nullptr;
     const std::function<void()>* work = nullptr;
-    std::chrono::nanoseconds ofInner{0}; ///< processor time of the pieces within it
+    std::chrono::nanoseconds ofInner{0}; ///< processor time of the nested pieces
 };
 thread_local Piece* underWay = nullptr;
 

@@ -41,7 +41,7 @@ Termination takeTermination() {
     return std::exchange(storedTermination, {});
 }
 
-/// Without waiting for a disk that does not answer.
+/// Does not wait for a disk that does not answer.
 void discardAnsweringTemporaries() {
     constexpr std::chrono::seconds timeLimit{2};
     try {
@@ -51,14 +51,14 @@ void discardAnsweringTemporaries() {
             haveEnded->release();
         }).detach();
         if (!haveEnded->try_acquire_for(timeLimit)) return;
-    } catch (const std::system_error&) { // no thread
+    } catch (const std::system_error&) { // no thread can be started
         files::discardTemporaries();
     }
 }
 
 [[noreturn]] void endWithStatus(int status, const std::string& exitMessage) {
     discardAnsweringTemporaries();
-    // Past the streams, which another thread may be in the middle of.
+    // Not through the streams: another thread may be writing to them.
     if (::write(STDERR_FILENO, exitMessage.data(), exitMessage.size()) < 0) ::_exit(1);
     ::_exit(status);
 }
@@ -68,7 +68,7 @@ void discardAnsweringTemporaries() {
     endWithStatus(endedBySignal + signal, exitMessage);
 }
 
-/// The next signal, or the file at which nothing that is written has got any further for so long.
+/// The next signal, or the file whose writing has made no progress for so long.
 std::variant<int, std::string> signalWhileWriting(const sigset_t& signals,
                                                   std::chrono::milliseconds timeLimit) {
     constexpr int looks = 10;
@@ -90,12 +90,12 @@ void beforeTermination(std::function<void(const EndProcess&)> callback, std::chr
 
 namespace {
 
-/// Allocates nothing, in as far as that is in our hands.
+/// Allocates nothing, as far as our own code decides that.
 [[noreturn]] void endForWantOfMemory() {
     static std::atomic<bool> isEnding = false;
     static thread_local bool isOurs = false;
     if (isOurs) ::_exit(1);
-    while (isEnding.exchange(true)) ::pause(); // another thread is at it
+    while (isEnding.exchange(true)) ::pause(); // another thread is ending the process
     isOurs = true;
     constexpr std::string_view message = "error: there is not enough memory\n";
     const bool isSaid = ::write(STDERR_FILENO, message.data(), message.size()) >= 0;
@@ -106,15 +106,15 @@ namespace {
 } // namespace
 
 void endWithoutMemory() {
-    // At the allocation itself: what unwinds would have to start threads, resume coroutines and save work in
-    // the memory that is not there.
+    // Ends at the allocation itself: unwinding would have to start threads, resume coroutines and save work,
+    // all without memory.
     std::set_new_handler(endForWantOfMemory);
     text::callNewHandlerWithoutMemory();
     std::set_terminate([] {
-        // Throwing it again to look at it would take memory.
+        // Rethrowing it for inspection would take memory.
         const std::type_info* type = abi::__cxa_current_exception_type();
-        if (type == nullptr || *type != typeid(std::bad_alloc)) std::abort(); // a fault of the program
-        endForWantOfMemory();                                                 // a library's own allocation
+        if (type == nullptr || *type != typeid(std::bad_alloc)) std::abort(); // a bug of the program
+        endForWantOfMemory();                                                 // an allocation of a library
     });
 }
 
@@ -131,8 +131,8 @@ void exitOnInterrupt(std::string exitMessage) {
         if (::sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN)
             sigaddset(&signals, signal);
     }
-    // Blocked here, and so in every thread started later; one thread waits for them and may take locks, which
-    // a signal handler may not.
+    // Blocked here, and so in every thread that is started later. One thread waits for them; it may take
+    // locks, which a signal handler may not.
     ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::thread([signals, exitMessage = std::move(exitMessage)] {
         int signal = 0;

@@ -19,10 +19,10 @@ constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 namespace ondemand = simdjson::ondemand;
 
-/// Up to here it is cheaper to compare all keys of an object than to sort them.
+/// Up to this number of members it is cheaper to compare all keys of an object than to sort them.
 constexpr std::size_t fewMembers = 24;
 
-/// Growing leaves up to half of a list empty.
+/// Growing leaves up to half of a list's memory unused.
 template <class List>
 List fitted(List list) {
     if (list.capacity() - list.size() > list.size() / 4) list.shrink_to_fit();
@@ -36,7 +36,7 @@ bool hasRepeated(const JSON::Object& object) {
     return false;
 }
 
-/// Of a key that occurs again the first member stays, with the last value.
+/// If a key occurs again, the first member keeps its place and gets the last value.
 void joinRepeated(JSON::Object& object) {
     if (object.size() <= fewMembers && !hasRepeated(object)) return;
     std::vector<std::uint32_t> order(object.size());
@@ -79,7 +79,7 @@ JSON::Array elementsOf(ondemand::array elements, std::size_t depth) {
 
 /// A value, or a document that is one number.
 JSON numberOf(auto& value) {
-    // `get_number` reads 0 where a number with a point has more digits than 64 bits hold.
+    // `get_number` returns 0 for a number with a point that has more digits than 64 bits hold.
     if (checked(value.get_number_type()) == ondemand::number_type::floating_point_number)
         return checked(value.get_double());
     const ondemand::number number = checked(value.get_number());
@@ -108,7 +108,7 @@ JSON treeOf(ondemand::value value, std::size_t depth) {
 
 constexpr bool beginsValue(char sign) { return (sign == ',') | (sign == '[') | (sign == '{'); }
 
-/// In short blocks, whose count fits a byte: compilers make vector instructions of it.
+/// In short blocks, whose count fits into a byte, so that compilers use vector instructions.
 std::size_t mostValues(std::string_view text) {
     constexpr std::size_t block = 255;
     std::size_t count = 0;
@@ -121,8 +121,8 @@ std::size_t mostValues(std::string_view text) {
     return count;
 }
 
-/// Values in the text, at the least: each begins behind one of these signs. Those in strings count for
-/// nothing.
+/// The least number of values in the text: each begins after one of these characters. Those in strings do not
+/// count.
 std::size_t countValues(std::string_view text) {
     std::size_t count = 0;
     bool isInString = false;
@@ -140,8 +140,7 @@ std::size_t countValues(std::string_view text) {
 void refuseTinyValues(std::string_view text) {
     if (text.size() <= JSON::fewValues) return;
     const std::size_t most = std::max(JSON::fewValues, text.size() / JSON::densestText);
-    // Almost every text passes by what its signs are at the most, those in strings too: a loop without
-    // branches.
+    // Almost every text passes by the number of these characters, in strings too: a loop without branches.
     if (text.size() / 2 > most && mostValues(text) > most && countValues(text) > most)
         throw JSONError("the text holds too many values for its size");
 }
@@ -160,7 +159,7 @@ void writeDouble(std::string& out, double value) {
     }
     const std::size_t start = out.size();
     writeNumber(out, value);
-    // Without a point a reader takes it for an integer, and one of more than 64 bits for an error.
+    // Without a point it would be read as an integer, and as an error beyond 64 bits.
     if (out.find_first_of(".e", start) == std::string::npos) out += ".0";
 }
 
@@ -267,8 +266,8 @@ simdjson::dom::element parsed(simdjson::dom::parser& parser, std::string_view te
     refuseTinyValues(text);
     simdjson::dom::element root;
     auto error = simdjson::SUCCESS;
-    // The smallest capacity that simdjson takes is 32; `parse` copies the text to where it may read past its
-    // end.
+    // The smallest capacity that simdjson accepts is 32; `parse` copies the text into memory in which it may
+    // read past the text's end.
     if (parser.capacity() < text.size() || parser.capacity() == 0)
         error = parser.allocate(std::max<std::size_t>(text.size(), 64), depthLimit);
     if (!error) error = parser.parse(text.data(), text.size(), true).get(root);
@@ -283,7 +282,7 @@ JSON JSON::parse(std::string_view text) {
     ondemand::parser parser;
     ondemand::document document = checked(parser.iterate(padded));
     if (checked(document.is_scalar())) {
-        simdjson::dom::parser scalars; // the other reader has no number that stands alone as a value
+        simdjson::dom::parser scalars; // the other reader does not read a number alone as a document
         return tree(parsed(scalars, text));
     }
     JSON result = treeOf(checked(document.get_value()), 1);

@@ -11,7 +11,7 @@ namespace ondemand = simdjson::ondemand;
 
 namespace {
 
-/// A parser that has read a giant does not keep its memory for the small ones that follow.
+/// A parser that has read a very large text does not keep its memory for small ones.
 constexpr std::size_t largestKept = std::size_t{1} << 20U;
 
 } // namespace

@@ -51,12 +51,12 @@ class PlainRunLoop final : public RunLoop {
 std::atomic<int> abandonedPieces = 0;
 
 void nameThread(std::thread& thread, const std::string& name) {
-    constexpr std::size_t longestName = 15; // what the kernel takes
+    constexpr std::size_t longestName = 15; // the kernel's limit
     ::pthread_setname_np(thread.native_handle(), name.substr(0, longestName).c_str());
 }
 
-/// A thread that does work which may be stopped, one piece after the other, for a queue that waits for each.
-/// A piece that goes on when it is stopped keeps the thread to its end, and the queue goes on with another.
+/// A thread for work that may be stopped, one piece after another, for a queue that waits for each. A piece
+/// that does not end when it is stopped keeps its thread, and the queue continues on another one.
 class StoppableRunner {
   public:
     StoppableRunner() = default;
@@ -64,7 +64,7 @@ class StoppableRunner {
     StoppableRunner& operator=(const StoppableRunner&) = delete;
     ~StoppableRunner() = default;
 
-    /// Null where there is no thread left.
+    /// Null if no thread can be started.
     static std::shared_ptr<StoppableRunner> start(const std::string& name) {
         auto runner = std::make_shared<StoppableRunner>();
         try {
@@ -76,8 +76,8 @@ class StoppableRunner {
         return runner;
     }
 
-    /// Returns when the work has ended, or was stopped and did not notice in time: false then, and the runner
-    /// takes no more work.
+    /// Returns true when the work has ended; false when it was stopped and did not end in time. The runner
+    /// then takes no more work.
     bool run(std::function<void()> work, const std::stop_token& stop) {
         std::unique_lock lock(mutex_);
         work_ = std::move(work);
@@ -91,7 +91,7 @@ class StoppableRunner {
         thread_.detach();
         return false;
     }
-    /// Of a runner that is free.
+    /// For an idle runner.
     void end() {
         {
             const std::lock_guard lock(mutex_);
@@ -110,7 +110,7 @@ class StoppableRunner {
             auto work = std::exchange(work_, nullptr);
             lock.unlock();
             work();
-            work = nullptr; // what it holds goes before anybody is told
+            work = nullptr; // what it holds is destroyed before the waiting thread is notified
             lock.lock();
             isBusy_ = false;
             changed_.notify_all();
@@ -123,7 +123,7 @@ class StoppableRunner {
     std::mutex mutex_;
     std::condition_variable_any changed_;
     std::function<void()> work_;
-    bool isBusy_ = false; ///< from when work is given until it has ended
+    bool isBusy_ = false; ///< from the assignment of work until its end
     bool isAbandoned_ = false;
     bool isEnding_ = false;
     std::thread thread_;
@@ -160,8 +160,8 @@ class ThreadQueue final : public SerialQueue {
 
     const std::string label_;
     WorkQueue queue_;
-    std::shared_ptr<StoppableRunner> runner_; ///< used by the thread of the queue; null until work needs it
-    std::thread thread_;                      // last: it serves the queue from its first moment
+    std::shared_ptr<StoppableRunner> runner_; ///< used by the queue's thread; null until work needs it
+    std::thread thread_;                      // last: it uses the queue from its start
 };
 
 } // namespace

@@ -4,7 +4,7 @@ namespace orvane::platform::movie {
 
 namespace {
 
-/// The identity.
+/// The identity matrix.
 std::string matrix() {
     std::string out;
     for (const std::uint32_t value : {0x10000U, 0U, 0U, 0U, 0x10000U, 0U, 0U, 0U, 0x40000000U})

@@ -31,8 +31,8 @@ namespace {
 
 constexpr std::string_view temporaryPrefix = ".orvane-", temporarySuffix = ".tmp";
 
-/// In the same folder, so that it can be renamed. A process number comes again, in every container and on
-/// every machine that shares the folder.
+/// In the same folder, so that it can be renamed. Process numbers repeat, in containers and on machines that
+/// share the folder.
 std::string temporaryName(const std::string& path) {
     std::array<std::byte, 8> random;
     secureRandom(random);
@@ -45,14 +45,13 @@ std::string temporaryName(const std::string& path) {
     return name + std::string(temporarySuffix);
 }
 
-/// The temporary files of writes under way. Never destroyed: a thread may write until the very end.
+/// The temporary files of running writes. Never destroyed: a thread may write until the process ends.
 struct Temporaries {
     std::timed_mutex mutex;
     std::set<std::string> paths;
 
     static Temporaries& shared() {
-        // Never destroyed, as files may be written while the program ends; and there without memory being
-        // asked for.
+        // Never destroyed, as files may be written while the program ends; and it needs no allocation.
         alignas(Temporaries) static std::array<std::byte, sizeof(Temporaries)> place;
         static auto* const temporaries = new (place.data()) Temporaries;
         return *temporaries;
@@ -95,8 +94,8 @@ void removeAbandonedTemporaries(const std::string& folder) {
 }
 
 void discardTemporaries() {
-    // The lock is kept: no write begins or ends after this. A program that ends for want of memory may hold
-    // it.
+    // The lock is kept: no write begins or ends after this. When the program ends because memory ran out, the
+    // lock may be held already.
     constexpr std::chrono::seconds timeLimit{1};
     auto& temporaries = Temporaries::shared();
     if (!temporaries.mutex.try_lock_for(timeLimit)) return;
@@ -120,10 +119,10 @@ namespace {
 
 using files::Descriptor;
 
-/// So little that it takes a slow disk or share no more than some seconds.
+/// Little enough for a slow disk or share to take at most some seconds.
 constexpr std::size_t bytesAtOnce = std::size_t{8} << 20U;
 
-/// False with errno for an error of the disk; a file system that knows no fsync has no such error.
+/// False with errno for an error of the disk; a file system without fsync has no such error.
 bool reachedTheDisk(const std::string& path, const Descriptor& file) {
     struct stat status {};
     const off_t size = ::fstat(file.get(), &status) == 0 ? status.st_size : 0;
@@ -131,23 +130,23 @@ bool reachedTheDisk(const std::string& path, const Descriptor& file) {
         SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER;
     for (off_t at = 0; size - at > off_t{bytesAtOnce}; at += off_t{bytesAtOnce}) {
         const FileStep step(path);
-        if (::sync_file_range(file.get(), at, off_t{bytesAtOnce}, wholly) != 0) break; // as fsync will say
+        if (::sync_file_range(file.get(), at, off_t{bytesAtOnce}, wholly) != 0) break; // fsync will report it
     }
     const FileStep step(path);
     return ::fsync(file.get()) == 0 || errno == EINVAL || errno == ENOTSUP;
 }
 
 void copyOwnership(const Descriptor& to, const struct stat& from) {
-    // Only root may give files away; for everybody else the new file is theirs.
+    // Only root may change the owner of files; for every other user the new file has that user as owner.
     if (::fchown(to.get(), from.st_uid, from.st_gid) != 0 &&
         ::fchown(to.get(), static_cast<uid_t>(-1), from.st_gid) != 0)
         errno = 0;
 }
 
-/// False with errno, EEXIST where a file has the name.
+/// False with errno; EEXIST if a file has the name.
 bool renameToFreeName(const std::string& from, const std::string& to) {
     if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
-    // A file system that can't look and rename in one step.
+    // The file system cannot check and rename in one step.
     if (errno != EINVAL && errno != ENOSYS) return false;
     return ::rename(from.c_str(), to.c_str()) == 0;
 }
@@ -155,8 +154,8 @@ bool renameToFreeName(const std::string& from, const std::string& to) {
 } // namespace
 
 struct NewFile::State {
-    std::string path;                                ///< as it was given, for messages
-    std::string target;                              ///< behind links
+    std::string path;                                ///< as it was passed, for messages
+    std::string target;                              ///< with links resolved
     std::unique_ptr<files::TemporaryName> temporary; ///< null: written to directly
     Descriptor file{-1};
 };
@@ -166,9 +165,9 @@ NewFile::NewFile(const std::string& path) {
     const FileStep step(path);
     struct stat old {};
     const bool replaces = ::stat(path.c_str(), &old) == 0;
-    // A terminal, a pipe or /dev/null is written to; replacing it would break it for everybody.
+    // A terminal, a pipe or /dev/null is written to; replacing it would break it for every user.
     if (replaces && !S_ISREG(old.st_mode) && !S_ISDIR(old.st_mode)) {
-        // Without a reader, a pipe would hold up a thread that opens it.
+        // Opening a pipe without a reader would block the thread.
         state_ = std::make_unique<State>(
             State{path, path, nullptr, Descriptor(::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NONBLOCK))});
         if (!state_->file.isOpen() || ::fcntl(state_->file.get(), F_SETFL, 0) != 0)
@@ -180,12 +179,12 @@ NewFile::NewFile(const std::string& path) {
     Descriptor file(::open(temporary->path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!file.isOpen()) {
         const int reason = errno;
-        temporary->keep(); // a file of that name is somebody else's
+        temporary->keep(); // an existing file of that name belongs to another writer
         files::fail("can't write", path, reason);
     }
     if (replaces) {
         if (old.st_uid != ::geteuid() || old.st_gid != ::getegid()) copyOwnership(file, old);
-        // A share that keeps no permissions is no reason not to write.
+        // A share that does not keep permissions does not prevent writing.
         if (::fchmod(file.get(), old.st_mode & 07777U) != 0) errno = 0;
     }
     state_ = std::make_unique<State>(State{path, std::move(target), std::move(temporary), std::move(file)});

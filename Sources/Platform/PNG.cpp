@@ -12,8 +12,8 @@ namespace {
 
 constexpr std::size_t bytesPerPixel = 4; // of a colour picture
 
-/// The library calls this in the place of a return; exceptions pass through its frames as it holds nothing
-/// that unwinding would lose: all its memory hangs on the two structures below.
+/// The library requires that this does not return. Exceptions may pass through its frames, as unwinding loses
+/// nothing: all its memory is reachable from the two structures below.
 [[noreturn]] void fail(png_structp /*png*/, png_const_charp message) {
     throw std::runtime_error("can't make a picture: " + std::string(message));
 }
@@ -38,7 +38,7 @@ struct Writer {
     Writer(const Writer&) = delete;
     Writer& operator=(const Writer&) = delete;
 
-    /// The software is named in front of the pixels.
+    /// The software is named before the pixels.
     void begin(std::string& bytes, std::uint32_t width, std::uint32_t height, int colourType,
                std::string_view software) {
         std::string key = "Software", value(software);
@@ -56,7 +56,7 @@ struct Writer {
     png_infop info;
 };
 
-/// A colour as it is where it is opaque.
+/// The colour divided by its opacity.
 png_byte unmultiplied(std::uint8_t colour, std::uint8_t alpha) {
     constexpr unsigned opaque = 255;
     return static_cast<png_byte>(std::min((colour * opaque + alpha / 2U) / alpha, opaque));
@@ -115,7 +115,7 @@ std::string encodedPNG(const ColourPicture& picture, std::string_view software, 
     writer.begin(bytes, picture.width, picture.height, hasAlpha ? PNG_COLOR_TYPE_RGBA : PNG_COLOR_TYPE_RGB,
                  software);
     png_write_info(writer.png, writer.info);
-    if (!hasAlpha) { // the library drops the fourth byte, and turns the others round
+    if (!hasAlpha) { // the library drops the fourth byte, and reverses the others
         png_set_filler(writer.png, 0, PNG_FILLER_AFTER);
         png_set_bgr(writer.png);
     }

@@ -15,8 +15,8 @@ namespace orvane::platform {
 
 namespace {
 
-/// Up to the wanted bytes; fewer at the end of the file or on an error, which a header walk treats the same:
-/// a caller that must know keeps a ReadErrorWatch.
+/// Reads up to the requested bytes; fewer at the end of the file or on an error. A header walk treats both
+/// alike; a caller that must distinguish them keeps a ReadErrorWatch.
 std::size_t readAt(int descriptor, std::uint64_t position, std::span<std::byte> into) {
     std::size_t done = 0;
     while (done < into.size()) {
@@ -38,7 +38,7 @@ struct RandomAccessFile::State {
     std::uint64_t size = 0;
     std::uint64_t windowStart = 0;
     std::size_t windowCount = 0;
-    std::array<std::byte, windowBytes> window; // filled before it is read
+    std::array<std::byte, windowBytes> window; // written before it is read
 
     State() = default;
     State(const State&) = delete;
@@ -60,7 +60,7 @@ RandomAccessFile::~RandomAccessFile() = default;
 
 std::optional<RandomAccessFile> RandomAccessFile::open(const std::string& path) {
     assertMayBlock("reading a file");
-    // O_NONBLOCK: a named pipe called take.wav must not hold up a scan.
+    // O_NONBLOCK: a named pipe called take.wav must not block a scan.
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) {
         ReadErrorWatch::reportUnlessAbsent(errno);
@@ -90,7 +90,7 @@ ByteCursor RandomAccessFile::peek(std::uint64_t position, std::size_t count) {
     if (s.descriptor < 0) return ByteCursor(s.memory.subspan(static_cast<std::size_t>(position), count));
     if (!s.holds(position, count)) {
         s.windowStart = position;
-        // Not past the end, where it would take another call to learn that there is no more.
+        // Not past the end, which would take another call to detect.
         const auto room = static_cast<std::size_t>(std::min<std::uint64_t>(windowBytes, s.size - position));
         s.windowCount = readAt(s.descriptor, position, std::span(s.window).first(room));
         count = std::min(count, s.windowCount);

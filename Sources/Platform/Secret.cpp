@@ -8,8 +8,8 @@ namespace orvane::platform {
 
 namespace {
 
-/// Copies of a secret lie in buffers of the libraries as well, and freed memory is not cleared: so it stays
-/// like this until the process ends. The search for leaks of the sanitizers needs to look into the process.
+/// The libraries' buffers hold copies of a secret as well, and freed memory is not cleared: so this stays in
+/// force until the process ends. Not in sanitized builds: their leak search reads the process.
 void closeMemoryToOthers() {
 #ifndef ORVANE_SANITIZED
     ::prctl(PR_SET_DUMPABLE, 0);
@@ -22,7 +22,7 @@ Secret::Secret(std::string text) : text_(std::move(text)) {
     if (!text_.empty()) closeMemoryToOthers();
 }
 
-/// Takes the same time wherever two texts of one length differ.
+/// Takes the same time wherever two texts of one length differ, so that the time does not reveal the place.
 bool Secret::operator==(const Secret& other) const {
     if (text_.size() != other.text_.size()) return false;
     unsigned difference = 0;

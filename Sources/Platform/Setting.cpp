@@ -39,7 +39,7 @@ std::optional<double> readAs<double>(const JSON& value) {
     return number && std::isfinite(*number) ? number : std::nullopt;
 }
 
-/// A number stands for its digits: an event may be called 2024.
+/// A number is read as its digits: an event may be called 2024.
 template <>
 std::optional<std::string> readAs<std::string>(const JSON& value) {
     if (const std::string* text = value.string()) return *text;

@@ -10,13 +10,13 @@ namespace orvane::platform {
 namespace {
 
 constexpr double zeroCrossings = 64; // of the sinc, on each side
-// Kaiser's formula for 100 dB: with these crossings the filter falls within 5 % of Nyquist on either side of
-// the cutoff, which ends where images begin.
+// Kaiser's formula for 100 dB: with this many zero crossings the filter's transition ends within 5 % of
+// Nyquist on either side of the cutoff, and images begin where it ends.
 constexpr double kaiserBeta = 0.1102 * (100 - 8.7);
 constexpr double cutoffOfNyquist = 0.955;
 // Rows between two phases are interpolated: an error of -116 dB.
 constexpr std::size_t phases = 512;
-constexpr std::size_t dotLanes = 8; ///< of sums that run side by side
+constexpr std::size_t dotLanes = 8; ///< sums that are computed in parallel
 
 double besselI0(double x) {
     double term = 1;
@@ -72,7 +72,7 @@ void SincResampler::render(std::span<const float* const> input, double place, bo
         const auto share = static_cast<float>(phase - static_cast<double>(below));
         const float* first = rows_.data() + below * taps_;
         const float* const second = first + taps_;
-        const float* row = first; // where the place is exactly at a row
+        const float* row = first; // if the place is exactly at a row
         if (share > 0) {
             for (std::size_t tap = 0; tap < taps_; ++tap)
                 row_[tap] = first[tap] + share * (second[tap] - first[tap]);

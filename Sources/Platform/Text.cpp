@@ -32,17 +32,17 @@ namespace {
 
 constexpr std::string_view replacement = "\xEF\xBF\xBD"; // U+FFFD
 
-/// ICU counts in 32 bits. Longer texts than this are cut where they are only compared or mapped.
+/// ICU counts in 32 bits. Longer texts are cut if they are only compared or mapped.
 constexpr std::size_t longestText = std::size_t{1} << 29U;
 
 icu::StringPiece piece(std::string_view text) { return text.substr(0, longestText); }
 
-// The macros of ICU's UTF-8 decoder convert without saying so.
+// The macros of ICU's UTF-8 decoder convert implicitly.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wconversion"
 #pragma GCC diagnostic ignored "-Wold-style-cast"
 
-/// The character at `at`, which moves behind it; negative for bytes that are no UTF-8.
+/// The character at `at`, which moves to the next one; negative for bytes that are not UTF-8.
 UChar32 nextCharacter(std::string_view text, std::size_t& at) {
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
     UChar32 character = 0;
@@ -60,7 +60,7 @@ UChar32 previousCharacter(std::string_view text, std::int32_t& end) {
 
 #pragma GCC diagnostic pop
 
-/// The locale by which the user sorts, as ICU names it; the root locale for "C", "POSIX" or nothing.
+/// The user's sorting locale, by ICU's name; the root locale for "C", "POSIX" or nothing.
 icu::Locale collationLocale() {
     for (const char* variable : {"LC_ALL", "LC_COLLATE", "LANG"}) {
         const char* value = std::getenv(variable);
@@ -84,21 +84,21 @@ std::unique_ptr<const icu::Collator> makeCollator() {
     return nullptr;
 }
 
-/// Opened at the first comparison: ICU's data costs milliseconds that a short run need not pay. Const
+/// Opened at the first comparison: loading ICU's data takes milliseconds, which a short run can save. Const
 /// afterwards, so that threads share it. Null without ICU's data; then texts are ordered by their bytes.
 const icu::Collator* collator() {
     static const std::unique_ptr<const icu::Collator> shared = makeCollator();
     return shared.get();
 }
 
-/// What the allocator gave, after the new-handler when that is nothing.
+/// The block, or a call of the new-handler if it is null.
 void* orCallNewHandler(void* block) {
     if (block != nullptr) return block;
     if (const std::new_handler handler = std::get_new_handler()) handler();
     return nullptr;
 }
 
-/// Moves the bytes between `first` and `last` to the other case.
+/// Changes the case of the bytes between `first` and `last`.
 std::string mappedASCII(std::string_view text, char first, char last) {
     std::string result(text);
     for (char& c : result)
@@ -123,7 +123,7 @@ std::unique_ptr<icu::BreakIterator> characterBoundaries(std::string_view text) {
     utext_openUTF8(&opened, text.data(), static_cast<std::int64_t>(text.size()), &status);
     std::unique_ptr<icu::BreakIterator> boundaries(
         icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
-    if (boundaries) boundaries->setText(&opened, status); // takes a copy of its own
+    if (boundaries) boundaries->setText(&opened, status); // makes a copy of its own
     utext_close(&opened);
     return U_SUCCESS(status) ? std::move(boundaries) : nullptr;
 }
@@ -186,7 +186,7 @@ std::string formatted(const char* format, double value) {
 }
 
 bool isASCII(std::string_view text) {
-    unsigned char bits = 0; // no early end, so that the compiler takes many bytes at a time
+    unsigned char bits = 0; // no early end, so that the compiler reads many bytes at a time
     for (const char c : text) bits |= static_cast<unsigned char>(c);
     return bits < 0x80U;
 }
@@ -329,7 +329,7 @@ std::string_view trimmed(std::string_view text) {
         text.remove_prefix(next);
     }
     while (!text.empty()) {
-        // A character has four bytes at most: the decoder need not see more, and counts in 32 bits.
+        // A character has four bytes at most: the decoder need not get more, and counts in 32 bits.
         const std::string_view tail = text.substr(text.size() - std::min<std::size_t>(text.size(), 4));
         auto end = static_cast<std::int32_t>(tail.size());
         if (!u_isUWhiteSpace(previousCharacter(tail, end))) break;

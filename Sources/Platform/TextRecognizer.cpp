@@ -10,7 +10,8 @@ namespace orvane::platform {
 
 namespace {
 
-/// That of the module, which knows nothing of the program's interface thread.
+/// The module's recognizer, with the check that it is not called on the interface thread: the module does not
+/// know that thread.
 class CheckedRecognizer final : public TextRecognizer {
   public:
     explicit CheckedRecognizer(std::unique_ptr<TextRecognizer> recognizer)

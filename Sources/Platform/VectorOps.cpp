@@ -11,10 +11,10 @@ namespace orvane::platform {
 
 namespace {
 
-/// Enough for the widest vector registers to hide the time that an addition takes.
+/// Enough to hide the latency of an addition in the widest vector registers.
 constexpr std::size_t lanes = 16;
 
-/// What every machine takes at once.
+/// A register that every machine has.
 struct Narrow {
     using Floats = float __attribute__((vector_size(4 * sizeof(float))));
     using Bits = std::int32_t __attribute__((vector_size(4 * sizeof(std::int32_t))));
@@ -24,11 +24,12 @@ struct Wide {
     using Bits = std::int32_t __attribute__((vector_size(8 * sizeof(std::int32_t))));
 };
 
-/// A sum of squares in the same order for every width; of these the compilers take the widest by themselves.
+/// A sum of squares in the same order for every width; the compilers choose the widest registers for these by
+/// themselves.
 struct Squares {
     std::array<double, lanes> sums{};
 
-    /// No more samples than there are lanes.
+    /// At most as many samples as there are lanes.
     [[gnu::always_inline]] void add(const float* samples, std::size_t count = lanes) {
         for (std::size_t lane = 0; lane < count; ++lane) {
             const double sample = samples[lane];
@@ -50,7 +51,7 @@ struct Squares {
     return squares.total();
 }
 
-/// Left to themselves, compilers find the largest magnitude one float at a time.
+/// Without this, compilers compute the largest magnitude one float at a time.
 template <class Register>
 [[gnu::always_inline]] inline float peakOf(const float* samples, std::size_t count) {
     using Floats = typename Register::Floats;
@@ -145,7 +146,7 @@ double vector::sumOfSquaresOfSum(std::span<const float* const> channels, std::si
 }
 
 std::size_t vector::signChanges(std::span<const float> samples) {
-    // 32 bits a lane as the samples have; a piece is too short for them to overflow.
+    // 32 bits for each lane, as for the samples; a piece is too short for them to overflow.
     constexpr std::size_t piece = std::size_t{1} << 30U;
     std::size_t changes = 0;
     for (std::size_t begin = 1; begin < samples.size(); begin += piece) {

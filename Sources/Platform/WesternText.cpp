@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t firstAbove = 0x80;
 using Table = std::array<char16_t, 256 - firstAbove>;
 
-/// What the bytes from 0x80 on stand for (Unicode's CP1252.TXT and ROMAN.TXT).
+/// The characters of the bytes from 0x80 on (Unicode's CP1252.TXT and ROMAN.TXT).
 constexpr Table windows1252{
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160, 0x2039, 0x0152,
     0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014, 0x02DC, 0x2122,
@@ -54,7 +54,7 @@ enum class Kind : std::uint8_t {
     apostrophe,
     dash,
     ellipsis,
-    unit, ///< what stands behind a number, such as a degree
+    unit, ///< follows a number, such as a degree sign
     sign,
     nothing
 };
@@ -88,7 +88,7 @@ Kind kindOf(char16_t c) {
         return Kind::unit;
     case u'\u00A0':
         return Kind::blank;
-    // Letters by name, but no letters of a Western word.
+    // Letters by name, but not letters of a Western word.
     case u'ª':
     case u'º':
     case u'ƒ':
@@ -124,12 +124,12 @@ Kinds kindsOf(WesternEncoding encoding) {
 bool isLetter(Kind kind) { return kind == Kind::lower || kind == Kind::upper; }
 bool isOfWord(Kind kind) { return isLetter(kind) || kind == Kind::digit; }
 
-/// A text in one of the encodings, as kinds of characters; blank beyond its ends.
+/// A text in one of the encodings, as kinds of characters; blank outside the text.
 class Reading {
   public:
     Reading(std::string_view bytes, const Kinds& kinds) : bytes_(bytes), kinds_(kinds) {}
 
-    /// How much the byte at that place speaks for this reading, from -2 to 1.
+    /// How much the byte at that place supports this reading, from -2 to 1.
     int score(std::size_t at) const {
         const Kind before = kind(at, -1), itself = kind(at, 0), after = kind(at, 1);
         const bool isBetweenLetters = isLetter(before) && isLetter(after);
@@ -157,7 +157,7 @@ class Reading {
 
   private:
     Kind kind(std::size_t at, int offset) const {
-        const std::size_t place = at + static_cast<std::size_t>(offset); // wraps around in front of the text
+        const std::size_t place = at + static_cast<std::size_t>(offset); // wraps around before the start
         return place < bytes_.size() ? kinds_[static_cast<unsigned char>(bytes_[place])] : Kind::blank;
     }
     char lowerASCII(std::size_t at) const {
@@ -173,7 +173,7 @@ class Reading {
         }
         if (itself == Kind::lower) return after == Kind::upper ? -1 : 1;
         if (before == Kind::lower) return -1;
-        // A capital inside a word stands among capitals.
+        // A capital inside a word has capitals beside it.
         return before == Kind::upper && after == Kind::lower && kind(at, -2) != Kind::upper ? -1 : 1;
     }
 
@@ -202,7 +202,7 @@ WesternEncoding westernEncoding(std::string_view bytes, const std::stop_token& s
     static const Kinds windowsKinds = kindsOf(WesternEncoding::windows1252);
     static const Kinds macKinds = kindsOf(WesternEncoding::macRoman);
     const Reading windows(bytes, windowsKinds), mac(bytes, macKinds);
-    std::int64_t lead = 0; // of Windows
+    std::int64_t lead = 0; // by which Windows-1252 leads
     StopCheck check(stop, bytesBetweenChecks);
     for (std::size_t at = 0; at < bytes.size(); ++at) {
         check();

@@ -4,7 +4,7 @@
 
 namespace orvane::platform {
 
-/// Holds the work until it is run or called off, whichever comes first.
+/// Holds the work until it is run or cancelled, whichever comes first.
 class WorkQueue::Delayed final : public Timer {
   public:
     explicit Delayed(std::function<void()> work) : work_(std::move(work)) {}
@@ -59,7 +59,7 @@ void WorkQueue::sync(const std::function<void()>& work) {
         auto first = takeFirst();
         lock.unlock();
         first();
-        first = nullptr; // what it holds may want the queue
+        first = nullptr; // its captures may use the queue when they are destroyed
         lock.lock();
         isHelped_ = false;
         workEnded_.notify_all();
@@ -90,7 +90,7 @@ void WorkQueue::serve() {
 
 void WorkQueue::moveDue(Moment now) {
     while (!later_.empty() && later_.begin()->first <= now) {
-        // Taken when its turn comes, so that it can be called off until then.
+        // Taken when its turn comes, so that it can be cancelled until then.
         ready_.push_back([timer = std::move(later_.begin()->second)] {
             if (const auto work = timer->take()) work();
         });
@@ -104,7 +104,7 @@ std::function<void()> WorkQueue::takeFirst() {
     return work;
 }
 
-/// The next piece of work, waited for; nothing when the queue is stopped.
+/// Waits for the next piece of work; nothing when the queue is stopped.
 std::function<void()> WorkQueue::next(Lock& lock) {
     for (;;) {
         if (stop_ == Stop::now) {

@@ -15,20 +15,20 @@ namespace orvane::platform {
 namespace {
 
 constexpr std::size_t pieceBytes = std::size_t{1} << 16U;
-/// A token that a piece leaves open is read again from its start with the next piece.
+/// A token that continues after a piece is read again from its start with the next piece.
 constexpr std::size_t longestToken = std::size_t{1} << 20U;
-/// The parser keeps memory for each element that is open.
+/// The parser keeps memory for each open element.
 constexpr int deepestElement = 256;
-/// Recoding to UTF-8 makes a text three times longer at most; whatever is more comes from entities. Some
-/// expansion is harmless, and a small document may well use a few long entities.
+/// Conversion to UTF-8 makes a text at most three times longer; everything beyond that comes from entities.
+/// Some expansion is harmless, and a small document may use a few long entities.
 constexpr std::size_t mostGrowth = 4;
 constexpr std::size_t freeGrowth = std::size_t{1} << 20U;
 
 struct Reading {
     XML_Parser parser = nullptr;
     XMLStreamHandler* handler = nullptr;
-    std::size_t budget = 0; ///< bytes of names and text that the handler may still get
-    int depth = 0;          ///< elements that are open
+    std::size_t budget = 0; ///< bytes of names and text that may still be passed to the handler
+    int depth = 0;          ///< open elements
     bool stopped = false;
     std::exception_ptr raised;
 
@@ -37,7 +37,7 @@ struct Reading {
         XML_StopParser(parser, XML_FALSE);
     }
 
-    /// Calls the handler. An exception must not cross the C library and waits until it has returned.
+    /// Calls the handler. An exception must not cross the C library and is kept until it has returned.
     template <class Call>
     void tell(std::size_t bytes, Call call) {
         if (stopped) return;
@@ -80,7 +80,7 @@ struct CloseConverter {
     void operator()(UConverter* converter) const { ucnv_close(converter); }
 };
 
-/// Single-byte encodings that expat does not know by itself, such as windows-1252.
+/// Single-byte encodings that expat does not know, such as windows-1252.
 int XMLCALL unknownEncoding(void*, const XML_Char* name, XML_Encoding* encoding) {
     UErrorCode status = U_ZERO_ERROR;
     const std::unique_ptr<UConverter, CloseConverter> converter(ucnv_open(name, &status));
@@ -116,7 +116,7 @@ bool parseXMLStream(std::string_view document, XMLStreamHandler& handler) {
     XML_SetElementHandler(parser.get(), startElement, endElement);
     XML_SetCharacterDataHandler(parser.get(), characters);
     XML_SetUnknownEncodingHandler(parser.get(), unknownEncoding, nullptr);
-    // Without a handler for external entities expat passes over them.
+    // Without a handler for external entities expat skips them.
 
     bool wellFormed = true;
     std::size_t handed = 0;

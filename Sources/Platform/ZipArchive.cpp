@@ -42,7 +42,7 @@ struct Entry {
     std::uint64_t headerAt = 0;
 };
 
-/// Where the entries are listed, by the record at the end, which a comment may follow.
+/// The place of the list of entries, by the record at the end, which a comment may follow.
 struct Directory {
     std::uint64_t at = 0;
     std::uint32_t count = 0;
@@ -59,7 +59,7 @@ std::optional<Directory> directoryOf(RandomAccessFile& file) {
     return std::nullopt;
 }
 
-/// Relative, and below the folder whatever it is.
+/// A relative path that stays below the folder.
 bool staysBelow(std::string_view name) {
     if (name.empty() || name.front() == '/' || name.find('\\') != std::string_view::npos ||
         name.find('\0') != std::string_view::npos)
@@ -109,7 +109,7 @@ std::vector<Entry> entriesOf(RandomAccessFile& file, const std::string& path, st
     return entries;
 }
 
-/// Hands on the bytes of an entry as they are unpacked.
+/// Passes on the bytes of an entry as they are unpacked.
 class Unpacking {
   public:
     Unpacking(const Entry& entry, const std::string& archive, NewFile& out)

@@ -61,7 +61,7 @@ std::optional<MediaInspection> inspectAIFF(RandomAccessFile& file) {
             common = readCommon(file.peek(chunk->body, chunk->bounded(commonBytes)), mayBeCompressed);
         if (chunk->is("SSND") && !soundBytes) {
             const std::uint64_t rest = file.size() - chunk->body;
-            // A recorder that lost its power never wrote the size: all that follows is sound.
+            // A recorder that lost its power never wrote the size: everything that follows is sound.
             isUnclosed = chunk->size < soundHeaderBytes && file.peek(0, 8).u32be(4) == 0U;
             const std::uint64_t there = isUnclosed ? rest : std::min(chunk->size, rest);
             soundBytes = there - std::min<std::uint64_t>(there, soundHeaderBytes);

@@ -33,8 +33,8 @@ enum Tag : std::uint16_t {
     channelCount = 0x3D07,
 };
 
-/// By the first bytes of the codec's label, what QuickTime calls it. Only what is named here is read without
-/// a media library.
+/// QuickTime's code for the codec, by the first bytes of its label. Only the codecs listed here are read
+/// without a media library.
 std::string codecOfLabel(const Label& coding) {
     using namespace std::string_view_literals;
     struct Codec {
@@ -75,8 +75,8 @@ class HeaderReader {
     }
 
   private:
-    /// Those of the first package that describes picture or sound. A descriptor of several lists them in
-    /// their order.
+    /// Reads the descriptors of the first package that describes picture or sound. A multiple descriptor
+    /// lists them in their order.
     void readDescriptors() {
         constexpr std::size_t mostPackages = 100, mostParts = 100;
         std::size_t seen = 0;
@@ -120,7 +120,7 @@ class HeaderReader {
         MediaInspection::VideoTrack track;
         double height = pixels(displayHeight, storedHeight);
         const double width = pixels(displayWidth, storedWidth);
-        // Heights are those of a field where the fields are kept apart.
+        // The height is that of one field if the fields are separate.
         constexpr std::uint8_t separateFields = 1, segmentedFrame = 4;
         const auto layout = descriptor.property(frameLayout).u8(0).value_or(0);
         if (layout == separateFields || layout == segmentedFrame) height *= 2;
@@ -149,7 +149,7 @@ class HeaderReader {
     const mxf::Header& header_;
     const mxf::Packages packages_;
     MXFInspection result_;
-    bool isKnown_ = true; ///< of each track all that matters
+    bool isKnown_ = true; ///< everything needed is known of each track
 };
 
 } // namespace

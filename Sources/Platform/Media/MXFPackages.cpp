@@ -28,15 +28,15 @@ enum Tag : std::uint16_t {
 };
 
 constexpr std::size_t packageIDBytes = 32;
-constexpr double longestPosition = 1e12; ///< edit units; ages
+constexpr double longestPosition = 1e12; ///< edit units; many years
 
-/// A component that cannot be counted by its track's rate is counted by its own base.
+/// A component that cannot be counted at its track's rate is counted at its own base.
 std::optional<CountedTimecode> timecodeOf(const Set& component, const Rate& track) {
     const auto base = component.property(timecodeBase).u16be(0);
     const auto start = component.property(timecodeStart).u64be(0);
     if (!base || *base == 0 || !start) return std::nullopt;
     const auto frames = static_cast<std::int64_t>(*start);
-    constexpr std::int64_t mostFrames = std::int64_t{1} << 40U; ///< ages
+    constexpr std::int64_t mostFrames = std::int64_t{1} << 40U; ///< many years
     if (frames < 0 || frames > mostFrames) return std::nullopt;
     CountedTimecode timecode{.frames = frames,
                              .rateNumerator = *base,
@@ -70,7 +70,7 @@ const Set* Packages::find(const Label& identity) const {
 }
 
 std::vector<Packages::Track> Packages::tracksOf(const Set& package) const {
-    constexpr std::size_t mostTracks = 100, mostComponents = 16; // the start is in the first ones
+    constexpr std::size_t mostTracks = 100, mostComponents = 16; // the start is in the first of them
     std::vector<Track> tracks;
     for (const Label& identity : package.labels(packageTracks)) {
         const Set* set = find(identity);
@@ -114,7 +114,7 @@ std::optional<double> Packages::longestSeconds(bool ofPictureAlone) const {
         if (essence == Essence::other || (ofPictureAlone && essence != Essence::picture) ||
             track.rate.value() <= 0)
             continue;
-        // -1 stands for a length that was not known when it was written.
+        // -1 means that the length was not known when it was written.
         const auto units =
             static_cast<double>(find(track.set->label(trackSequence))->position(componentDuration));
         longest = std::max(longest, units * track.rate.denominator / track.rate.numerator);
@@ -139,7 +139,7 @@ std::optional<Packages::Clip> Packages::firstClip(const std::vector<Track>& trac
 }
 
 std::optional<CountedTimecode> Packages::start() const {
-    constexpr int firstTape = 2, deepest = 8; ///< behind the material and the file
+    constexpr int firstTape = 2, deepest = 8; ///< after the material and the file
     std::optional<CountedTimecode> zero;
     const Set* package = material_;
     double offset = 0; // seconds into the package
@@ -147,7 +147,7 @@ std::optional<CountedTimecode> Packages::start() const {
         const auto tracks = tracksOf(*package);
         if (auto own = timecodeIn(tracks)) {
             if (!zero) zero = own;
-            // A tape may well be counted from 0; a file whose count begins at 0 knows no time.
+            // A tape may be counted from 0; a file that is counted from 0 has no time of its own.
             const double rate = static_cast<double>(own->rateNumerator) / own->rateDenominator;
             if (own->frames > 0 || depth >= firstTape) own->frames += std::llround(offset * rate);
             if (own->frames > 0) return own;

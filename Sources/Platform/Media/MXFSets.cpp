@@ -12,7 +12,7 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr std::size_t keyBytes = 16;
-constexpr std::size_t longestLength = 9; ///< of the length field: a byte that says 8 and 8 bytes
+constexpr std::size_t longestLength = 9; ///< of the length field: one byte with the value 8, then 8 bytes
 constexpr std::uint64_t longestRunIn = 65536;
 constexpr std::size_t longestSet = 65536; ///< the tags and lengths of a set have 16 bits
 constexpr std::size_t mostSets = 10000;
@@ -66,7 +66,7 @@ std::optional<Packet> readPacket(RandomAccessFile& file, std::uint64_t position)
 
 struct Partition {
     std::uint64_t start = 0; ///< where its key begins
-    std::uint64_t end = 0;   ///< behind its pack
+    std::uint64_t end = 0;   ///< after its pack
     std::uint8_t kind = 0, status = 0;
     std::uint64_t footer = 0; ///< counted from the first partition; 0: not known
 
@@ -90,17 +90,17 @@ std::optional<Partition> findFirstPartition(RandomAccessFile& file) {
         return partition && partition->kind == headerPartition;
     };
     if (auto first = readPartition(file, 0); isHeader(first)) return first;
-    // A file of another kind costs one look at its first bytes; an MXF with something in front is rare, and
-    // that something announces no container of ours.
+    // For a file of another kind only its first bytes are read; an MXF with other bytes before its header is
+    // rare, and these are not the signature of another container.
     const std::vector<std::byte> front = file.read(0, longestRunIn + keyBytes);
     const std::string_view text = ByteCursor(front).text();
-    // Where there is none, `npos` is beyond the longest.
+    // If it is not found, `npos` is beyond the longest.
     for (std::size_t at = text.find(metadataKey, 1); at <= longestRunIn; at = text.find(metadataKey, at + 1))
         if (auto first = readPartition(file, at); isHeader(first)) return first;
     return std::nullopt;
 }
 
-/// The sets behind a partition's pack, up to its index, its essence or the next partition.
+/// The sets after a partition's pack, up to its index, its essence or the next partition.
 std::vector<Set> readSets(RandomAccessFile& file, const Partition& partition) {
     std::vector<Set> sets;
     std::size_t kept = 0;
@@ -121,8 +121,8 @@ std::vector<Set> readSets(RandomAccessFile& file, const Partition& partition) {
     return sets;
 }
 
-/// By what the first partition says, else by the index of partitions at the end of the file, whose last four
-/// bytes are its length and whose last entry is the footer.
+/// By the position in the first partition, else by the index of partitions at the end of the file, whose last
+/// four bytes are its length and whose last entry is the footer.
 std::optional<Partition> findFooter(RandomAccessFile& file, const Partition& first) {
     std::uint64_t footer = first.footer;
     constexpr std::uint64_t entryBytes = 12, lengthBytes = 4;
@@ -139,8 +139,8 @@ std::optional<Partition> findFooter(RandomAccessFile& file, const Partition& fir
     return partition && partition->kind == footerPartition ? partition : std::nullopt;
 }
 
-/// Nothing of a file that has its footer, or whose header knows of none. Where a copy broke off in a file
-/// that was given its full size first, the footer's place holds zeros as all behind the copied part does.
+/// Nothing for a file that has its footer, or whose header states none. If a copy broke off in a file that
+/// was given its full size first, the footer's place holds zeros, as does everything after the copied part.
 std::optional<double> shareBeforeFooter(RandomAccessFile& file, const Partition& first) {
     if (first.footer == 0) return std::nullopt;
     std::uint64_t end = file.size();
@@ -173,7 +173,7 @@ Label Set::label(std::uint16_t tag) const {
 }
 
 std::vector<Label> Set::labels(std::uint16_t tag) const {
-    constexpr std::size_t headBytes = 8; // how many, and how long each
+    constexpr std::size_t headBytes = 8; // number of entries, and length of each
     const ByteCursor array = property(tag);
     std::vector<Label> result;
     for (std::size_t at = headBytes; const auto one = array.slice(at, keyBytes); at += keyBytes)

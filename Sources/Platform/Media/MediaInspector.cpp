@@ -26,13 +26,13 @@ std::optional<MediaInspection> inspectWithLibrary(const MediaLibrary* library, c
     return result;
 }
 
-/// What our own readers say, and whether a media library may know more of the file.
+/// The result of our own readers, and whether a media library may find more.
 struct OwnInspection {
     std::optional<MediaInspection> facts;
     bool isComplete = false;
 };
 
-/// The library's facts, where the header says nothing more definite.
+/// Takes the library's facts where the header says nothing more precise.
 MediaInspection joined(MediaInspection own, MediaInspection library) {
     if (!own.durationSeconds || library.durationSeconds.value_or(0) > 0)
         own.durationSeconds = library.durationSeconds;
@@ -49,7 +49,7 @@ MediaInspection joined(MediaInspection own, MediaInspection library) {
 OwnInspection inspectHeaders(RandomAccessFile& file) {
     if (auto wave = inspectWave(file)) return {std::move(wave), true};
     if (auto aiff = inspectAIFF(file)) return {std::move(aiff), true};
-    // The first bytes of an MXF mean nothing as an atom, and only rarely something else lies in front of it.
+    // The first bytes of an MXF are no valid atom, and only rarely other bytes precede them.
     const bool beginsAsMXF = file.peek(0, 4).text() == "\x06\x0E\x2B\x34";
     if (!beginsAsMXF)
         if (auto movie = inspectMovie(file)) return {std::move(movie), true};
@@ -71,7 +71,7 @@ std::optional<MediaInspection> inspectMediaWith(const MediaLibrary* (*library)()
                                                 RandomAccessFile& file, bool& ranOut) {
     OwnInspection own = inspectHeaders(file);
     if (own.isComplete) return std::move(own.facts);
-    // No container has an empty header, and an empty file should not cost the loading of the library.
+    // Every container has a header, and an empty file should not cause the library to be loaded.
     if (file.size() == 0) return std::nullopt;
     auto result = inspectWithLibrary(library(), path, ranOut);
     if (!own.facts && !result)

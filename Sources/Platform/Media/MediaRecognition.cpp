@@ -39,7 +39,7 @@ constexpr auto mediaExtensions = std::to_array<std::string_view>(
      "webm", "webp", "wma",   "wmv",  "wtv",  "wv",    "wve",   "x3f",   "xa",    "xavc",    "xi",   "y4m",
      "yuv",  "zax"});
 
-/// What only picture or sound begins with.
+/// Bytes with which only picture or sound begins.
 constexpr auto signatures = std::to_array<std::string_view>({
     "RIFF"sv, // WAVE, AVI, WebP
     "RIFX"sv,
@@ -130,7 +130,8 @@ bool isAmong(std::string_view type, const auto& types) {
     return std::ranges::find(types, type) != types.end();
 }
 
-/// Kinds whose name stands behind a size, as it may in the middle of a sentence: "Format: AIFF".
+/// Kinds whose name follows a size. What precedes the name is checked too: a text such as "Format: AIFF" has
+/// a name in the same place.
 bool hasSizedSignature(const ByteCursor& head) {
     constexpr std::array forms{"AIFF"sv, "AIFC"sv, "8SVX"sv};
     constexpr std::array clips{"RED1"sv, "RED2"sv}; // R3D
@@ -142,7 +143,8 @@ bool hasSizedSignature(const ByteCursor& head) {
            (head.u8(0) == 0 && isAmong(wordAt(4), clips));
 }
 
-/// Pictures whose first letters may begin a text: BMP says the length of its file, PNM its width.
+/// Pictures whose first letters may also begin a text: BMP is checked by the stated length of its file, PNM
+/// by its width.
 bool isPlainPicture(const ByteCursor& head, std::uint64_t fileSize) {
     constexpr std::size_t sizeAt = 2, widthAt = 3;
     const std::string_view start = head.text().substr(0, widthAt);
@@ -151,7 +153,7 @@ bool isPlainPicture(const ByteCursor& head, std::uint64_t fileSize) {
     return (start == "P5\n" || start == "P6\n") && width && *width >= '1' && *width <= '9';
 }
 
-/// MLP and TrueHD: the first unit holds the description of the stream behind its own length and time.
+/// MLP and TrueHD: in the first unit the description of the stream follows the unit's length and time.
 bool isLosslessSurround(const ByteCursor& head) {
     constexpr std::size_t descriptionAt = 4;
     constexpr std::uint32_t description = 0xF8726FBA;
@@ -159,8 +161,8 @@ bool isLosslessSurround(const ByteCursor& head) {
     return word && (*word & ~1U) == description;
 }
 
-/// An atom that only a movie has, behind others that say nothing: a recorder leaves room in front, and the
-/// words may begin a text.
+/// An atom that only a movie has, after others that may also begin a text; a recorder leaves free space
+/// first.
 bool beginsAsMovie(RandomAccessFile& file) {
     constexpr std::array telling{"ftyp"sv, "moov"sv, "mdat"sv, "moof"sv, "styp"sv, "sidx"sv};
     constexpr std::array silent{"free"sv, "skip"sv, "wide"sv, "pnot"sv, "uuid"sv, "PICT"sv, "udta"sv};
@@ -181,13 +183,13 @@ bool beginsAsMovie(RandomAccessFile& file) {
     return false;
 }
 
-/// A partition pack behind a run-in, which may have 64 KB.
+/// A partition pack after a run-in of up to 64 KB.
 bool hasPartition(const ByteCursor& head) {
     return head.text().find("\x06\x0E\x2B\x34\x02\x05\x01\x01\x0D\x01\x02\x01\x01"sv) !=
            std::string_view::npos;
 }
 
-/// Packets of 188 bytes, alone, behind a time stamp of four bytes or with 16 bytes of error correction.
+/// Packets of 188 bytes, alone, after a time stamp of four bytes, or with 16 bytes of error correction.
 bool isTransportStream(const ByteCursor& head) {
     struct Packets {
         std::size_t at, length;
@@ -202,7 +204,7 @@ bool isTransportStream(const ByteCursor& head) {
     });
 }
 
-/// Bytes of the MPEG audio frame (layers 1 to 3, or ADTS) whose header these are; nothing for others.
+/// Length in bytes of the MPEG audio frame (layers 1 to 3, or ADTS) with this header; nothing if it is none.
 std::optional<std::size_t> audioFrameBytes(const ByteCursor& head, std::size_t at) {
     const auto bits = head.u32be(at);
     if (!bits || *bits >> 21U != 0x7FF) return std::nullopt;
@@ -235,7 +237,7 @@ std::optional<std::size_t> audioFrameBytes(const ByteCursor& head, std::size_t a
     return (isLayer3 && !isFirstVersion ? 72 : 144) * rate / sampleRate + padding;
 }
 
-/// Bytes of the LOAS frame (AAC in LATM) whose header these are; nothing for others.
+/// Length in bytes of the LOAS frame (AAC in LATM) with this header; nothing if it is none.
 std::optional<std::size_t> loasFrameBytes(const ByteCursor& head, std::size_t at) {
     constexpr unsigned sync = 0x2B7, lengthBits = 13, headerBytes = 3;
     const auto word = head.u16be(at);
@@ -246,7 +248,7 @@ std::optional<std::size_t> loasFrameBytes(const ByteCursor& head, std::size_t at
     return headerBytes + (header & ((1U << lengthBits) - 1));
 }
 
-/// Three frames in a row: the first bytes alone may be a mark of byte order.
+/// Three consecutive frames: the first bytes alone may be a byte order mark.
 bool isMPEGAudio(const ByteCursor& head) {
     return std::ranges::any_of(std::array{audioFrameBytes, loasFrameBytes}, [&](auto* frameBytes) {
         std::size_t at = 0;

@@ -15,16 +15,16 @@ namespace orvane::platform {
 
 namespace {
 
-/// Enough fragments to know a frame rate; all of them are read only where nothing else tells the duration.
+/// Enough fragments to compute a frame rate; all of them are read only if nothing else states the duration.
 constexpr int fragmentsForRate = 16;
 constexpr int mostFragments = 10000;
 constexpr std::size_t mostTracks = 1000;
 constexpr std::uint64_t smallHeaderBytes = 8; ///< of an atom whose size has 32 bits
 constexpr std::size_t datedHeaderBytes = 36;  ///< of a movie, media or track header, up to its duration
-/// Runs of equal samples that are added up where a media header gives no duration.
+/// Most runs of equal samples that are added up if a media header states no duration.
 constexpr std::size_t mostTimeRuns = 65536;
 
-/// Units per second, and a number of units; 0 when it is not known.
+/// Units per second, and a number of units; 0 if not known.
 struct TimeSpan {
     std::uint32_t timescale = 0;
     std::uint64_t units = 0;
@@ -35,7 +35,7 @@ struct Track {
     std::uint32_t handler = 0;
     bool isEnabled = true;
     std::uint32_t headerWidth = 0, headerHeight = 0; ///< pixels
-    std::uint64_t shownUnits = 0;                    ///< of the movie, edits counted
+    std::uint64_t shownUnits = 0;                    ///< in units of the movie, edits included
     bool hasEdits = false;
     TimeSpan media;
     std::optional<Atom> descriptions, times, sizes;
@@ -55,14 +55,14 @@ std::uint64_t readUnits(const ByteCursor& body, std::size_t at, bool isWide) {
     return units == (isWide ? UINT64_MAX : UINT32_MAX) ? 0 : units;
 }
 
-/// The timescale and duration that "mvhd" and "mdhd" keep at the same places.
+/// The timescale and duration, which "mvhd" and "mdhd" keep at the same places.
 TimeSpan readTimeSpan(RandomAccessFile& file, const Atom& atom) {
     const ByteCursor body = peekBody(file, atom, datedHeaderBytes);
     const bool isWide = body.u8(0) == 1;
     return {body.u32be(isWide ? 20 : 12).value_or(0), readUnits(body, isWide ? 24 : 16, isWide)};
 }
 
-/// The creation time of "mvhd", which counts from 1904. Nothing where it says 0.
+/// The creation time of "mvhd", which counts from 1904. Nothing if it is 0.
 std::optional<std::int64_t> readCreationTime(RandomAccessFile& file, const Atom& mvhd) {
     constexpr std::int64_t secondsFrom1904To1970 = 2'082'844'800;
     const ByteCursor body = peekBody(file, mvhd, datedHeaderBytes);
@@ -75,8 +75,8 @@ std::optional<std::int64_t> readCreationTime(RandomAccessFile& file, const Atom&
 double seconds(double units, std::uint32_t timescale) { return timescale == 0 ? 0 : units / timescale; }
 double seconds(const TimeSpan& span) { return seconds(static_cast<double>(span.units), span.timescale); }
 
-/// A run length table, for the rare file whose media header does not know its duration. 0 for one that was
-/// cut off or is too long to be added up.
+/// Sums a run length table, for the rare file whose media header does not state its duration. 0 for a table
+/// that was cut off or is too long.
 std::uint64_t sumTimes(RandomAccessFile& file, const Atom& stts) {
     constexpr std::size_t listHeaderBytes = 8, runBytes = 8;
     const std::uint32_t claimed = peekBody(file, stts, listHeaderBytes).u32be(4).value_or(0);
@@ -89,7 +89,7 @@ std::uint64_t sumTimes(RandomAccessFile& file, const Atom& stts) {
     return sum;
 }
 
-/// From "stsz" or "stz2", whose counts stand at the same place. A table that states each size cannot count
+/// From "stsz" or "stz2", which have the count at the same place. A table that states each size cannot count
 /// more samples than it has room for.
 std::uint64_t countSamples(RandomAccessFile& file, const Atom& sizes) {
     constexpr std::size_t fieldsBytes = 12;
@@ -112,7 +112,7 @@ class MovieReader {
     std::optional<MediaInspection> read() {
         const auto moov = findMovie();
         if (!moov) return std::nullopt;
-        // Behind a header at the end of the file nothing is missing, whatever its media data claims.
+        // Nothing is missing after a header at the end of the file, whatever its media data states.
         if (moov->end < file_.size()) result_.heldShare = heldShareOfMovie(file_);
         readMovie(*moov);
         if (!movie_.hasHeader && movie_.tracks.empty()) return std::nullopt;
@@ -121,7 +121,7 @@ class MovieReader {
                          movie_.fragments);
 
         result_.durationSeconds = duration();
-        // An initialisation segment alone: its index tells how much there would be.
+        // Only an initialisation segment: its index states how much there would be.
         if (result_.durationSeconds == 0 && !movie_.fragments.empty())
             result_.durationSeconds = indexedSeconds(file_, moov->end);
         if (!result_.heldShare && movie_.fragments.empty()) result_.heldShare = shareBeforeZeros(moov->end);
@@ -133,7 +133,8 @@ class MovieReader {
     }
 
   private:
-    /// Of media data behind the header: what a copy did not reach is zeros. Nothing for what is whole.
+    /// For media data after the header: the part that a copy did not reach is zeros. Nothing for complete
+    /// data.
     std::optional<double> shareBeforeZeros(std::uint64_t behindHeader) {
         AtomReader atoms(file_, behindHeader, file_.size());
         const double seconds = result_.durationSeconds.value_or(0);
@@ -147,8 +148,8 @@ class MovieReader {
         }
         return std::nullopt;
     }
-    /// Media data that claims to reach to the end of the file, or beyond it, may hide the header from a
-    /// reader of the atoms.
+    /// Media data whose stated end is the end of the file, or beyond it, may hide the header from a reader of
+    /// the atoms.
     std::optional<Atom> findMovie() {
         AtomReader atoms(file_, 0, file_.size());
         std::uint64_t end = 0;
@@ -252,7 +253,7 @@ class MovieReader {
     }
 
     /// A header without samples of its own states the whole duration, fragments included. One with samples
-    /// states only these: a recording in fragments that was never finished.
+    /// states only their duration: a recording in fragments that was never finished.
     bool knowsDuration() { return movie_.extendedUnits > 0 || (movie_.header.units > 0 && !holdsSamples()); }
 
     double fragmentSeconds() const {
@@ -291,8 +292,8 @@ class MovieReader {
         return static_cast<double>(static_cast<float>(samples / length));
     }
 
-    /// The track header counts the edits, which may delay a track or show a part of it, but in units of the
-    /// movie that may be as coarse as a millisecond.
+    /// The track header includes the edits, which may delay a track or show a part of it, but in units of the
+    /// movie, which may be as coarse as a millisecond.
     std::optional<double> endSeconds(const Track& track) {
         const double edited = seconds(static_cast<double>(track.shownUnits), movie_.header.timescale);
         if (track.hasEdits && edited > 0) return edited;
@@ -303,7 +304,7 @@ class MovieReader {
         return own > 0 ? std::optional(own) : std::nullopt;
     }
 
-    /// Chapter pictures are tracks of still images that no player shows as the picture.
+    /// Chapter pictures are tracks of still images, which no player shows as the picture.
     static bool isStillImages(const Track& track, std::uint32_t codec) {
         const bool isImage = codec == fourCC("jpeg") || codec == fourCC("png ") || codec == fourCC("gif ");
         return isImage && !track.isEnabled;
@@ -364,9 +365,9 @@ std::optional<double> heldShareOfMovie(RandomAccessFile& file) {
         hasHeader = hasHeader || atom->type == fourCC("moov");
         end = atom->end;
     }
-    // A camera that was switched off while it recorded has not written the header.
+    // A camera that lost power while recording has not written the header.
     if (end == file.size() && media > 0 && !hasHeader) return 0;
-    // Reading ends at what claims more than there is.
+    // Reading ends at an atom that states more than the file has.
     constexpr std::size_t wideHeaderBytes = 16;
     const std::uint64_t left = file.size() - end;
     const ByteCursor header =

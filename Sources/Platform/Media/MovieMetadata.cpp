@@ -13,13 +13,14 @@ namespace orvane::platform {
 namespace {
 
 constexpr std::size_t mostItems = 10000;
-/// Longer texts are cut; a date or a rate is far below.
+/// Longer texts are cut; a date or a rate is far shorter.
 constexpr std::size_t longestText = 4096;
 constexpr std::size_t longestKey = 1024;
 constexpr std::size_t versionBytes = 4;
 constexpr unsigned copyrightSign = 0xA9;
 
-/// A four-character key as text: the copyright sign in front of QuickTime's own keys is 0xA9 in the file.
+/// A four-character key as text: the copyright sign with which QuickTime's own keys begin is 0xA9 in the
+/// file.
 std::string keyText(std::uint32_t type) {
     std::string text;
     for (unsigned shift = 32; shift > 0; shift -= 8) text += static_cast<char>(type >> (shift - 8) & 0xFFU);
@@ -151,7 +152,7 @@ class ItemReader {
         std::string domain;
         AtomReader atoms(file_, item);
         while (const auto child = atoms.next()) {
-            // The free form "----" spells its key out, in a domain and a name.
+            // The free form "----" states its key in a domain and a name.
             if (child->type == fourCC("mean")) domain = freeFormText(*child);
             if (child->type == fourCC("name")) key = domain + "." + freeFormText(*child);
             if (child->type != fourCC("data")) continue;

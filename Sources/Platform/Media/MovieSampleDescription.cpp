@@ -11,9 +11,9 @@ namespace orvane::platform {
 namespace {
 
 constexpr std::size_t listHeaderBytes = 8;     ///< version, flags, count
-constexpr std::size_t videoFieldsBytes = 78;   ///< fields of a video description in front of its atoms
+constexpr std::size_t videoFieldsBytes = 78;   ///< fields of a video description before its atoms
 constexpr std::size_t soundFieldsBytes = 28;   ///< the same for sound, version 0
-constexpr std::size_t soundVersion1Bytes = 16; ///< what QuickTime's version 1 adds
+constexpr std::size_t soundVersion1Bytes = 16; ///< added by QuickTime's version 1
 constexpr std::size_t configurationBytes = 512;
 
 struct FirstEntry {
@@ -29,7 +29,7 @@ std::optional<FirstEntry> firstEntry(RandomAccessFile& file, const Atom& stsd) {
     return FirstEntry{*entry, *version};
 }
 
-/// An encrypted description keeps the four characters of what it hides in "sinf"/"frma".
+/// An encrypted description keeps the original four characters in "sinf"/"frma".
 std::uint32_t clearFormat(RandomAccessFile& file, const Atom& entry, std::size_t fieldsBytes) {
     if (entry.type != fourCC("encv") && entry.type != fourCC("drmi")) return entry.type;
     const Atom children{0, entry.start, entry.body + fieldsBytes, entry.end};
@@ -39,7 +39,7 @@ std::uint32_t clearFormat(RandomAccessFile& file, const Atom& entry, std::size_t
     return frma ? peekBody(file, *frma, 4).u32be(0).value_or(entry.type) : entry.type;
 }
 
-/// Bits from the front of a few bytes.
+/// Reads bits from the front of a few bytes.
 class BitReader {
   public:
     explicit BitReader(const ByteCursor& bytes) : bytes_(bytes) {}
@@ -96,7 +96,7 @@ void applyAACConfiguration(const ByteCursor& configuration, AudioDescription& in
 struct StreamDescriptor {
     std::uint8_t tag = 0;
     ByteCursor body;
-    ByteCursor rest; ///< behind the descriptor
+    ByteCursor rest; ///< after the descriptor
 };
 
 std::optional<StreamDescriptor> takeDescriptor(const ByteCursor& bytes) {
@@ -109,7 +109,7 @@ std::optional<StreamDescriptor> takeDescriptor(const ByteCursor& bytes) {
         length = length << 7U | (*byte & 0x7FU);
         if ((*byte & 0x80U) == 0) break;
     }
-    // A length that is too long is cut: the fields that matter come first.
+    // A length that is too large is limited: the fields that matter come first.
     const ByteCursor behind = bytes.from(at);
     const auto body = behind.slice(0, std::min(length, behind.size()));
     return StreamDescriptor{*tag, *body, behind.from(length)};
@@ -141,14 +141,14 @@ void applyLossless(const ByteCursor& alac, AudioDescription& into) {
 }
 
 void applyFLAC(const ByteCursor& dfLa, AudioDescription& into) {
-    BitReader bits(dfLa.from(4 + 4 + 10)); // behind version, block header, block and frame sizes
+    BitReader bits(dfLa.from(4 + 4 + 10)); // after version, block header, block and frame sizes
     const auto rate = bits.take(20), channels = bits.take(3);
     if (!rate || !channels || *rate == 0) return;
     into.sampleRate = *rate;
     into.channels = *channels + 1;
 }
 
-/// Opus always decodes to 48 kHz; only its channels are its own.
+/// Opus is always decoded to 48 kHz; only its channel count is read.
 void applyOpus(const ByteCursor& dOps, AudioDescription& into) {
     if (const auto channels = dOps.u8(1); channels.value_or(0) > 0) into.channels = *channels;
 }
@@ -156,7 +156,7 @@ void applyOpus(const ByteCursor& dOps, AudioDescription& into) {
 void applyConfigurations(RandomAccessFile& file, const Atom& level, bool inside, AudioDescription& into) {
     AtomReader atoms(file, level);
     while (const auto atom = atoms.next()) {
-        // QuickTime packs the configuration into "wave"; it goes no deeper.
+        // QuickTime packs the configuration into "wave"; there are no deeper levels.
         if (atom->type == fourCC("wave") && !inside) {
             applyConfigurations(file, *atom, true, into);
             continue;

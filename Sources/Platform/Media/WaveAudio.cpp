@@ -19,10 +19,10 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little, "samples are taken from the file as they lie");
 
-/// Small enough to stay in the nearest caches between reading and converting.
+/// Small enough for the processor's first caches between reading and converting.
 constexpr std::size_t bufferBytes = std::size_t{1} << 17U;
 
-/// Samples are loaded four bytes at a time, whatever they take.
+/// Samples are loaded four bytes at a time, whatever their size.
 constexpr std::size_t loadBytes = 4;
 
 enum class Encoding { int16, int24, int32, float32 };
@@ -41,8 +41,8 @@ std::optional<Encoding> encoding(const WaveSamples& samples) {
     }
 }
 
-/// The sample in the lowest bytes of `loaded`. The integer is moved to the top of 32 bits, where its sign is
-/// the machine's; dividing by a power of two is exact.
+/// The sample in the lowest bytes of `loaded`. The integer is shifted to the top of 32 bits, where its sign
+/// bit is the machine's; dividing by a power of two is exact.
 template <Encoding encoding>
 float converted(std::uint32_t loaded) {
     if constexpr (encoding == Encoding::float32) return std::bit_cast<float>(loaded);
@@ -51,12 +51,12 @@ float converted(std::uint32_t loaded) {
     return static_cast<float>(static_cast<std::int32_t>(loaded << unused)) * scale;
 }
 
-/// Converts every `stride`-th byte's sample. Loading a group first and converting it then is what lets the
-/// compiler use vector instructions for the second half.
+/// Converts the sample at every `stride`-th byte. First a group is loaded, then converted, so that the
+/// compiler can use vector instructions for the second step.
 template <Encoding encoding>
 void convert(std::span<const std::byte> bytes, std::size_t stride, std::span<float> into) {
     constexpr std::size_t group = 16;
-    std::array<std::uint32_t, group> loaded; // filled before it is read
+    std::array<std::uint32_t, group> loaded; // written before it is read
     std::size_t done = 0;
     for (; done + group <= into.size(); done += group) {
         for (std::size_t i = 0; i < group; ++i)
@@ -84,7 +84,7 @@ void convert(Encoding encoding, std::span<const std::byte> bytes, std::size_t st
 
 class WaveAudio : public AudioFile {
   public:
-    /// What all readers of one file share.
+    /// State that all readers of one file share.
     struct Shared {
         explicit Shared(RandomAccessFile opened) : file(std::move(opened)) {}
         RandomAccessFile file;
@@ -134,10 +134,10 @@ class WaveAudio : public AudioFile {
   private:
     std::size_t bytesPerSample() const { return static_cast<std::size_t>(samples_.bits / 8); }
 
-    /// Whole frames only; fewer than wanted where the file was cut off since it was opened.
+    /// Whole frames only; fewer than requested if the file was cut off since it was opened.
     std::size_t fill(std::size_t frames) {
         const std::size_t bytes = frames * samples_.bytesPerFrame();
-        // The last sample is loaded with what follows it.
+        // The last sample is loaded together with the bytes that follow it.
         if (buffer_.size() < bytes + loadBytes) buffer_.resize(bytes + loadBytes);
         const std::uint64_t position = samples_.dataAt + at_ * samples_.bytesPerFrame();
         const ReadErrorWatch watch;
@@ -151,7 +151,7 @@ class WaveAudio : public AudioFile {
     WaveSamples samples_;
     Encoding encoding_;
     std::size_t framesPerRead_;
-    std::uint64_t at_ = 0; ///< the frame to read next
+    std::uint64_t at_ = 0; ///< the next frame to read
     std::vector<std::byte> buffer_;
 };
 

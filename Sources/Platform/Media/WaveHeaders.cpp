@@ -30,11 +30,11 @@ struct Format {
 
 struct Chunks {
     std::optional<Format> format;
-    std::optional<std::uint64_t> dataBytes; ///< what is really there
+    std::optional<std::uint64_t> dataBytes; ///< present in the file
     std::uint64_t claimedBytes = 0;         ///< by the header
     std::uint64_t dataAt = 0;               ///< position in the file
     bool isUnclosed = false;                ///< as in an inspection
-    std::optional<std::uint64_t> frames;    ///< the "fact" of a compressed recording
+    std::optional<std::uint64_t> frames;    ///< from the "fact" chunk of a compressed recording
     std::optional<std::string> creationDate;
 };
 
@@ -49,7 +49,7 @@ std::optional<Format> readFormat(const ByteCursor& body) {
     return format;
 }
 
-/// The INFO list holds texts under four-letter names; ICRD is the creation date.
+/// The INFO list has texts under four-letter names; ICRD is the creation date.
 std::optional<std::string> readCreationDate(const ByteCursor& list) {
     if (const auto type = list.slice(0, 4); !type || type->text() != "INFO") return std::nullopt;
     std::size_t at = 4;
@@ -94,7 +94,7 @@ class ChunkReader {
         }
     }
 
-    /// Returns the length of the sound, which may claim more than there is.
+    /// Returns the stated length of the sound, which may be more than there is.
     std::uint64_t takeData(const WaveChunks::Chunk& data, std::optional<std::uint64_t> largeFormSize) {
         const std::uint64_t rest = file_.size() - data.body;
         std::uint64_t claimed = data.size;
@@ -105,15 +105,15 @@ class ChunkReader {
         bool isUnclosed = false;
         if (data.size == WaveChunks::sizeElsewhere) {
             claimed = rest;
-            // With both sizes so, a program wrote to a pipe and could not go back to them.
+            // If both sizes have this value, a program wrote to a pipe and could not correct them later.
             isUnclosed = formSize() == 0;
         } else if (data.size == 0) {
             const bool isWhole = isWholeForm(formSize());
-            // A recorder that lost its power never wrote the size: all that follows is sound.
+            // A recorder that lost its power never wrote the size: everything that follows is sound.
             if (!isWhole || !isChunkAt(data.body)) claimed = rest;
             isUnclosed = !isWhole || claimed > 0;
         } else if (data.size < rest) {
-            // Recorders write their sizes every few seconds as well: these end before what came later.
+            // Recorders also write their sizes every few seconds: such a size ends before what came later.
             const std::uint64_t end = data.body + data.size;
             isUnclosed = !isChunkAt(end + data.size % 2) && isSound(end) && formSize() < end;
         }
@@ -126,7 +126,7 @@ class ChunkReader {
         return claimed;
     }
 
-    /// Whether that is the size of all that is there.
+    /// Whether that is the size of the whole file.
     bool isWholeForm(std::uint64_t size) const {
         return size <= file_.size() && (size + 8 == file_.size() || size + 9 == file_.size());
     }
@@ -139,7 +139,8 @@ class ChunkReader {
                *following <= file_.size() - position - WaveChunks::headerBytes;
     }
 
-    /// Half a second and more to the end of the file that begins with something: neither padding nor a tag.
+    /// Whether half a second or more is left in the file, which is no tag, and begins with a block that is
+    /// not zeros alone, which is no padding.
     bool isSound(std::uint64_t position) {
         constexpr std::size_t blockBytes = 4096;
         const std::uint64_t bytes = file_.size() - position;
@@ -181,7 +182,7 @@ std::optional<MediaInspection> inspectWave(RandomAccessFile& file) {
     if (chunks.creationDate)
         result.metadata.push_back({"ICRD", "creationDate", chunks.creationDate, std::nullopt});
     const auto& format = chunks.format;
-    if (!format && !chunks.dataBytes) result.heldShare = 0; // cut off behind its first bytes
+    if (!format && !chunks.dataBytes) result.heldShare = 0; // cut off after its first bytes
     if (!isUsable(format)) return result;
     if (chunks.dataBytes && format->isLinear())
         chunks.dataBytes = endOfWritten(file, {.begin = chunks.dataAt,

@@ -9,10 +9,10 @@ namespace orvane::platform {
 
 namespace {
 
-constexpr std::uint64_t blockBytes = 4096;       // the smallest that files are written in
-constexpr double longestPauseSeconds = 5;        // of exact zeros that begin anywhere
-constexpr std::uint64_t mostRead = 32ULL << 20U; // of zeros: some pictures of constant size, of black
-constexpr std::uint64_t samples = 16;            // blocks that are looked at, before the zeros and among them
+constexpr std::uint64_t blockBytes = 4096;       // the smallest unit in which files are written
+constexpr double longestPauseSeconds = 5;        // of exact zeros that may begin anywhere
+constexpr std::uint64_t mostRead = 32ULL << 20U; // of zeros; black pictures of some codecs are zeros
+constexpr std::uint64_t samples = 16;            // blocks that are checked, before the zeros and among them
 
 class ZeroTail {
   public:
@@ -20,7 +20,7 @@ class ZeroTail {
 
     std::uint64_t begin() {
         if (span_.end < span_.begin + 2 * blockBytes || lastWritten(span_.end - blockBytes)) return span_.end;
-        // The first block of zeros, by halves.
+        // Binary search for the first block of zeros.
         std::uint64_t written = span_.begin / blockBytes, empty = (span_.end - 1) / blockBytes;
         while (empty - written > 1) {
             const std::uint64_t middle = written + (empty - written) / 2;
@@ -36,22 +36,23 @@ class ZeroTail {
     }
 
   private:
-    /// The last byte of a block, as far as it lies in the span, that is not zero.
+    /// The last byte of a block, within the span, that is not zero.
     std::optional<std::uint64_t> lastWritten(std::uint64_t position) {
         const std::uint64_t from = std::max(position, span_.begin),
                             to = std::min(position + blockBytes, span_.end);
         if (from >= to) return std::nullopt;
         const auto wanted = std::span(block_).first(static_cast<std::size_t>(to - from));
         const std::size_t read = file_.readInto(from, wanted);
-        if (read < wanted.size()) return to - 1; // what cannot be read is no zero
-        // The whole at once, as most blocks that are read are of zeros, and thousands of files are looked at.
+        if (read < wanted.size()) return to - 1; // data that cannot be read does not count as zero
+        // Compares the whole block at once: most blocks that are read are zeros, and thousands of files are
+        // checked.
         if (block_[0] == std::byte{0} && std::memcmp(&block_[0], &block_[1], read - 1) == 0)
             return std::nullopt;
         std::size_t i = read - 1;
         while (block_[i] == std::byte{0}) --i;
         return from + i;
     }
-    /// Data that is never silent for a block, then zeros alone.
+    /// Before the boundary no block is silent; after it everything is zero.
     bool isBetween(std::uint64_t boundary) {
         const auto isWritten = [&](std::uint64_t position) { return lastWritten(position).has_value(); };
         for (std::uint64_t i = 1; i < samples; ++i) { // recorders may begin with some zeros

@@ -24,19 +24,19 @@ namespace orvane::platform::helper {
 
 namespace {
 
-/// Longer than the helper itself gives one read of a file (10 s).
+/// Longer than the helper's own limit for one read of a file (10 s).
 constexpr std::chrono::seconds longestRequest{20};
-/// Free helpers that are kept for the next file.
+/// Most free helpers that are kept for the next file.
 constexpr std::ptrdiff_t mostFree = 8;
-/// The same of those for pictures; each player has one. A player that goes on to another clip gives back
-/// those of the player, of the strip of pictures and of the sync lens at nearly the same time and takes as
-/// many again: one that has to be started costs more than all else that stands between a key and the picture.
+/// The same for helpers for pictures; each player has one. When a player loads another clip, the helpers of
+/// the player, of the strip of pictures and of the sync lens become free at nearly the same time and as many
+/// are taken again. Starting one takes longer than all other steps between a key and the picture.
 constexpr std::ptrdiff_t mostFreeForPictures = 3;
 
 struct Pool {
     std::mutex mutex;
     std::vector<std::unique_ptr<Process>> free;
-    std::vector<pid_t> ended; ///< killed and not yet gone: one that waits for a disk goes when it answers
+    std::vector<pid_t> ended; ///< killed, maybe still waiting for a disk
 };
 Pool& pool() {
     static auto& pool = *new Pool; // files may be closed while the program ends
@@ -54,8 +54,8 @@ std::size_t bytesFor(Purpose purpose) {
 
 std::atomic<int> lastSharingError = 0;
 
-/// Memory without a name that two processes see; -1 when there is none. It counts as a file, whose size the
-/// user may have limited.
+/// Unnamed memory that two processes share; -1 if there is none. It counts as a file, whose size the user may
+/// have limited.
 int makeSharedMemory(std::size_t bytes) {
     const int memory = ::memfd_create("samples", MFD_CLOEXEC);
     const bool isThere = memory >= 0 && ::ftruncate(memory, static_cast<off_t>(bytes)) == 0;
@@ -70,7 +70,8 @@ class SpawnActions {
     SpawnActions() {
         ::posix_spawn_file_actions_init(&actions);
         ::posix_spawnattr_init(&attributes);
-        // Its own process group: a Ctrl-C at the terminal is for the program, which ends its helpers itself.
+        // Its own process group: a Ctrl-C at the terminal should reach only the program, which ends its
+        // helpers itself.
         ::posix_spawnattr_setflags(&attributes,
                                    POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
         sigset_t signals{};
@@ -90,10 +91,10 @@ class SpawnActions {
     posix_spawnattr_t attributes{};
 };
 
-/// 0 when the system starts none.
+/// 0 if the system starts none.
 pid_t startProgram(const std::string& path, Purpose purpose, int socket, int memory) {
     SpawnActions spawn;
-    for (const int standard : {0, 1, 2}) // whatever a library prints
+    for (const int standard : {0, 1, 2}) // discards what a library prints
         ::posix_spawn_file_actions_addopen(&spawn.actions, standard, "/dev/null", O_RDWR, 0);
     ::posix_spawn_file_actions_adddup2(&spawn.actions, socket, messageDescriptor);
     ::posix_spawn_file_actions_adddup2(&spawn.actions, memory, memoryDescriptor);
@@ -108,7 +109,7 @@ pid_t startProgram(const std::string& path, Purpose purpose, int socket, int mem
     return failure == 0 ? process : 0;
 }
 
-/// A descriptor above those that the helper gets, so that giving one does not close another.
+/// A descriptor above those that the helper gets, so that passing one does not close another.
 int movedUp(int descriptor) {
     if (descriptor < 0 || descriptor > memoryDescriptor) return descriptor;
     const int moved = ::fcntl(descriptor, F_DUPFD_CLOEXEC, memoryDescriptor + 1);
@@ -174,7 +175,7 @@ std::shared_ptr<Process> Process::borrow(Purpose purpose) {
 
 bool Process::isAlive() const {
     pollfd socket{descriptor_, POLLIN, 0};
-    return ::poll(&socket, 1, 0) == 0; // it says nothing unasked: there is an end to be read
+    return ::poll(&socket, 1, 0) == 0; // it sends nothing unrequested: readable means that it has ended
 }
 
 std::unique_ptr<Process> Process::start(Purpose purpose) {
@@ -196,7 +197,7 @@ std::unique_ptr<Process> Process::start(Purpose purpose) {
         return nullptr;
     }
     std::unique_ptr<Process> started(new Process(purpose, process, own, shared));
-    // A library that the program lacks shows here.
+    // A missing library is detected here.
     auto about = started->ask<About>(Request::about);
     if (!about) return nullptr;
     started->about_ = std::move(*about);

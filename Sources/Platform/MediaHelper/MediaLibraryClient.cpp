@@ -16,7 +16,7 @@ namespace {
 using helper::Process;
 using helper::Request;
 
-/// A track that a helper holds open. When the helper is gone, reading fails.
+/// A track that a helper holds open. When the helper has ended, reading fails.
 class HelperAudio final : public AudioFile {
   public:
     HelperAudio(std::shared_ptr<Process> process, const helper::Track& track)
@@ -53,7 +53,7 @@ class HelperAudio final : public AudioFile {
         return done;
     }
 
-    /// What cannot be true of a track.
+    /// False for values that no real track has.
     static bool isSensible(const helper::Track& track) {
         return track.sampleRate > 0 && track.sampleRate <= highestSampleRate && track.channelCount > 0 &&
                static_cast<std::size_t>(track.channelCount) <= helper::sharedSamples &&
@@ -61,8 +61,8 @@ class HelperAudio final : public AudioFile {
     }
 
   private:
-    /// The answer to a request about the sound at `frame`. Without one the sound is cut off as by a disk that
-    /// fails, whatever ended the helper.
+    /// The answer to a request about the sound at `frame`. Without an answer the sound ends there as on a
+    /// failing disk, whatever ended the helper.
     template <class Answer, class... Values>
     std::optional<Answer> watched(std::int64_t frame, Request request, const Values&... values) {
         const ReadErrorWatch watch;
@@ -83,7 +83,7 @@ class HelperAudio final : public AudioFile {
 
     const std::shared_ptr<Process> process_;
     const helper::Track track_;
-    std::int64_t at_ = 0; ///< the frame to read next
+    std::int64_t at_ = 0; ///< the next frame to read
     EarliestFrame failure_;
 };
 
@@ -95,7 +95,7 @@ std::optional<MediaInspection> inspect(const std::string& path, bool& ranOut) no
             return std::nullopt;
         }
         auto answer = process->ask<helper::Inspected>(Request::inspect, path);
-        // A file over which the helper ended will end the next one, too.
+        // A file over which this helper ended will also end the next one.
         ranOut = ranOut || (answer ? answer->ranOut : process->wasTooSlow());
         return answer ? std::move(answer->facts) : std::nullopt;
     } catch (...) { // out of memory

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int mostChunks = 1000;
 
-/// The two chunks that say how many frames there are, read in the same way from both containers.
+/// The two chunks that state the number of frames, read in the same way from both containers.
 struct Chunks {
     std::optional<std::uint64_t> bytesPerFrame;
     std::optional<std::uint64_t> dataBytes;
@@ -35,8 +35,8 @@ std::optional<std::array<std::byte, size>> bytesAt(FileInput& input, std::uint64
     return bytes;
 }
 
-/// Core Audio Format: chunks of a name and a length, big-endian. The length of the data is -1 while it is
-/// recorded, and counts the four bytes of an edit number.
+/// Core Audio Format: chunks of a name and a length, big-endian. The length of the data is -1 during
+/// recording, and includes the four bytes of an edit number.
 Chunks chunksOfCAF(FileInput& input) {
     constexpr std::size_t headerBytes = 12, editBytes = 4, bytesPerPacketAt = 16, framesPerPacketAt = 20;
     Chunks chunks;
@@ -65,8 +65,8 @@ Chunks chunksOfCAF(FileInput& input) {
     return chunks;
 }
 
-/// Wave64: chunks of a 16-byte name, of which the first four letters are those of a WAVE file, and a length
-/// that counts itself and the name, little-endian, at places that are multiples of 8.
+/// Wave64: chunks of a 16-byte name, whose first four letters are those of a WAVE file, and a length that
+/// includes itself and the name, little-endian, at multiples of 8 bytes.
 Chunks chunksOfWave64(FileInput& input) {
     constexpr std::size_t headerBytes = 24, blockAlignAt = 12;
     constexpr std::uint64_t alignment = 8;
@@ -102,7 +102,7 @@ std::int64_t claimedFrames(FileInput& input) {
     if (!start) return 0;
     const std::string_view name = ByteCursor(*start).text();
     if (name == "caff") return chunksOfCAF(input).frames();
-    if (name == "riff") return chunksOfWave64(input).frames(); // small letters, unlike a WAVE file
+    if (name == "riff") return chunksOfWave64(input).frames(); // small letters, unlike in a WAVE file
     return 0;
 }
 

@@ -24,7 +24,7 @@ void report() {
 void FileInput::reportErrorsTo(void (*call)() noexcept) noexcept { reporter = call; }
 
 std::unique_ptr<FileInput> FileInput::open(const std::string& path) {
-    // O_NONBLOCK: the path may lead to a named pipe by now, which would wait for its other end.
+    // O_NONBLOCK: the path may be a named pipe by now, and opening that would wait for its other end.
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) {
         if (errno != ENOENT && errno != ENOTDIR) report();
@@ -65,7 +65,7 @@ std::int64_t FileInput::read(void* into, std::size_t count) {
         const ssize_t got = ::pread(descriptor_, into, count, position_);
         if (got < 0 && errno == EINTR) continue;
         if (got < 0) {
-            if (position_ >= size()) return 0; // so far behind the end that the system calls it an error
+            if (position_ >= size()) return 0; // so far beyond the end that the system reports an error
             report();
             return -1;
         }

@@ -24,18 +24,19 @@ extern "C" {
 #include <unistd.h>
 #include <vector>
 
-// The program that reads media files with foreign libraries, in the place of the program that the user
-// started: one request after the other, on one thread, within these limits.
+// The program that reads media files with third-party libraries, apart from the program that the user
+// started: one request after another, on one thread, within these limits.
 
 namespace orvane::platform {
 
 namespace {
 
-/// Bytes, of all files that it has open. A decoder of long groups keeps up to 17 pictures.
+/// Bytes, for all files that it has open. A decoder of long groups keeps up to 17 pictures.
 [[maybe_unused]] constexpr std::size_t mostMemory = std::size_t{512} << 20U;
 [[maybe_unused]] constexpr std::size_t mostMemoryForPictures = std::size_t{1} << 30U;
-constexpr std::size_t largestAllocation = std::size_t{256} << 20U; ///< bytes, of libav
-/// Seconds. The program that asked gives up before that; this ends a helper whose program is gone.
+constexpr std::size_t largestAllocation = std::size_t{256} << 20U; ///< bytes, by libav
+/// Seconds. The requesting program stops waiting before that; this limit ends a helper whose program has
+/// ended.
 constexpr unsigned longestRequest = 30;
 
 void limit(__rlimit_resource resource, rlim_t value) {
@@ -52,7 +53,7 @@ void limitProcess([[maybe_unused]] std::size_t memory) {
     limit(RLIMIT_NOFILE, 64);
 #ifndef ORVANE_SANITIZED // sanitizers map terabytes
     limit(RLIMIT_DATA, memory);
-    limit(RLIMIT_AS, 4 * memory); // where the system does not count data alone
+    limit(RLIMIT_AS, 4 * memory); // if the system does not limit data alone
 #endif
     ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
     av_max_alloc(largestAllocation);
@@ -112,14 +113,14 @@ class Helper {
         helper::Inspected result;
         try {
             result.facts = inspectWithLibav(path, result.ranOut);
-        } catch (const std::bad_alloc&) { // over a file that is made for it
+        } catch (const std::bad_alloc&) { // over a file that is made to cause it
             result.ranOut = true;
         }
         return reply(result);
     }
 
     std::string open(const std::string& path, bool allTracks) {
-        // Of containers whose readers give only what is there.
+        // For containers whose readers return only the frames that are present.
         const auto input = FileInput::open(path);
         const std::int64_t claimed = input ? claimedFrames(*input) : 0;
         std::vector<helper::Track> tracks;
@@ -135,7 +136,7 @@ class Helper {
 
     static Files trackOf(const std::string& path) {
         auto file = openWithSndfile(path);
-        // Also for a recording whose header never got its length, in which libsndfile finds no frames.
+        // Also for a recording whose header never got its length: libsndfile finds no frames in it.
         if (!file || file->frameCount() == 0)
             if (auto other = openWithLibav(path)) file = std::move(other);
         Files files;
@@ -179,7 +180,7 @@ class Helper {
         return reply(opened);
     }
 
-    /// A helper that waits for the next file keeps no memory of the last one.
+    /// A helper that waits for the next file keeps no memory for the last one.
     std::string closePictures(std::uint32_t handle) {
         const bool wasOpen = videos_.erase(handle) > 0;
         if (videos_.empty()) {
@@ -250,7 +251,7 @@ class Helper {
         return *found->second;
     }
 
-    // One of them, by the purpose of the helper.
+    // One of the two, by the purpose of the helper.
     float* const samples_;
     helper::PictureMemory* const pictures_;
     std::map<std::uint32_t, std::unique_ptr<LibavPictures>> videos_;
@@ -258,7 +259,7 @@ class Helper {
     std::uint32_t next_ = 1;
 };
 
-/// Answers until the program that asks is gone.
+/// Answers until the requesting program has ended.
 void serve(std::size_t sharedBytes) {
     void* memory =
         ::mmap(nullptr, sharedBytes, PROT_READ | PROT_WRITE, MAP_SHARED, helper::memoryDescriptor, 0);
@@ -289,5 +290,5 @@ int main(int argumentCount, char** arguments) {
     } catch (...) { // out of memory, or a request that no program of this build makes
         ::_exit(1);
     }
-    ::_exit(0); // nothing is left to be kept
+    ::_exit(0); // nothing needs to be saved
 }

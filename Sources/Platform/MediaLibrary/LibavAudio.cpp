@@ -19,16 +19,16 @@ struct FreeConverter {
     void operator()(SwrContext* context) const { swr_free(&context); }
 };
 
-/// Packets without a single sound in a row, before a file counts as ended.
+/// Most consecutive packets without sound, before a file counts as ended.
 constexpr int mostSilentPackets = 10000;
 
-/// Seconds in front of a wanted frame at which decoding starts: a packet of most codecs overlaps its
+/// Seconds before a requested frame at which decoding starts: a packet of most codecs overlaps its
 /// neighbours.
 constexpr double preroll = 0.25;
 
 class LibavAudio : public AudioFile {
   public:
-    /// So many frames of silence stand in front of the stream.
+    /// `silence`: frames of silence before the stream.
     LibavAudio(LibavFile file, AVStream& stream, LibavOwned<AVCodecContext> decoder, std::int64_t silence)
         : file_(std::move(file)), stream_(stream), decoder_(std::move(decoder)), packet_(av_packet_alloc()),
           frame_(av_frame_alloc()), sampleRate_(decoder_->sample_rate),
@@ -47,13 +47,13 @@ class LibavAudio : public AudioFile {
         silenceLeft_ = std::max<std::int64_t>(silence_ - frame, 0);
         frame = std::max<std::int64_t>(frame - silence_, 0);
         const auto early = static_cast<std::int64_t>(preroll * sampleRate_);
-        // In front of the start too: that is where the packet lies that only primes the decoder.
+        // Also to before the start: the packet that only primes the decoder is there.
         if (!seekPacket(frame - early) && !seekPacket(0)) return false;
         avcodec_flush_buffers(decoder_.get());
         dropPending();
-        converter_.reset(); // it may keep sounds of where the file stood
+        converter_.reset(); // it may keep sound from the old position
         hasEnded_ = false;
-        // The decoder starts at a packet in front of the frame; what comes before the frame is thrown away.
+        // The decoder starts at a packet before the frame; frames before the requested one are discarded.
         wanted_ = frame;
         return true;
     }
@@ -96,7 +96,7 @@ class LibavAudio : public AudioFile {
         pendingAt_ = 0;
     }
 
-    /// Decodes until there is something pending; false at the end.
+    /// Decodes until samples are pending; false at the end.
     bool decodeMore() {
         dropPending();
         for (int silent = 0; silent < mostSilentPackets && !hasEnded_; ++silent) {
@@ -110,7 +110,7 @@ class LibavAudio : public AudioFile {
         return false;
     }
 
-    /// Hands the next packet to the decoder. A packet that it refuses is passed over.
+    /// Passes the next packet to the decoder. A packet that it refuses is skipped.
     void feed() {
         while (av_read_frame(file_.get(), packet_.get()) >= 0) {
             const bool isOurs = packet_->stream_index == stream_.index;
@@ -118,7 +118,7 @@ class LibavAudio : public AudioFile {
             av_packet_unref(packet_.get());
             if (isOurs) return;
         }
-        if (avcodec_send_packet(decoder_.get(), nullptr) < 0) hasEnded_ = true; // it was drained before
+        if (avcodec_send_packet(decoder_.get(), nullptr) < 0) hasEnded_ = true; // it was already drained
     }
 
     /// A frame may have another sample format, layout or rate than the first. One with another number of
@@ -136,7 +136,7 @@ class LibavAudio : public AudioFile {
             channel.resize(static_cast<std::size_t>(std::max(most, 0)));
             planes.push_back(reinterpret_cast<std::uint8_t*>(channel.data()));
         }
-        // The cast adds const, which C++ does not do by itself behind two pointers.
+        // The cast adds const, which C++ does not convert implicitly behind two pointers.
         const int got = swr_convert(converter_.get(), planes.data(), most,
                                     const_cast<const std::uint8_t**>(frame.extended_data), frame.nb_samples);
         for (auto& channel : pending_) channel.resize(static_cast<std::size_t>(std::max(got, 0)));
@@ -172,7 +172,7 @@ class LibavAudio : public AudioFile {
         return true;
     }
 
-    /// The kind of frames that the converter takes.
+    /// The form of frames that the converter accepts.
     struct FrameKind {
         int format = AV_SAMPLE_FMT_NONE;
         int sampleRate = 0;
@@ -193,23 +193,23 @@ class LibavAudio : public AudioFile {
     LibavOwned<AVCodecContext> decoder_;
     LibavOwned<AVPacket> packet_;
     LibavOwned<AVFrame> frame_;
-    const int sampleRate_; ///< Hz; what the decoder says may change with every frame
+    const int sampleRate_; ///< Hz; the decoder's value may change with every frame
     std::unique_ptr<SwrContext, FreeConverter> converter_;
     FrameKind converted_;
-    std::vector<std::vector<float>> pending_; ///< decoded and not yet handed out, one array a channel
+    std::vector<std::vector<float>> pending_; ///< decoded and not yet returned, one array for each channel
     std::size_t pendingAt_ = 0;
-    std::int64_t wanted_ = -1;   ///< the frame to go on at after a seek; -1 when there is nothing to skip
-    const std::int64_t silence_; ///< frames
-    std::int64_t silenceLeft_;   ///< of them, those in front of what is read next
+    std::int64_t wanted_ = -1;   ///< the frame to continue at after a seek; -1 when there is nothing to skip
+    const std::int64_t silence_; ///< frames in total
+    std::int64_t silenceLeft_;   ///< those of them before the next read
     bool hasEnded_ = false;
 };
 
-/// The sound stream of that number; what players take where it is negative. Before it there is silence.
+/// The sound stream of that number; a negative number means the one that players choose. Silence precedes it.
 std::unique_ptr<AudioFile> openStream(LibavFile file, int wanted, double secondsOfSilence) {
     const AVCodec* codec = nullptr;
     const int index = av_find_best_stream(file.get(), AVMEDIA_TYPE_AUDIO, wanted, -1, &codec, 0);
     if (index < 0 || codec == nullptr) return nullptr;
-    // Nobody looks at the others, of which the picture is the largest by far.
+    // The other streams are not read; the picture is by far the largest of them.
     for (unsigned i = 0; i < file->nb_streams; ++i)
         if (i != static_cast<unsigned>(index)) file->streams[i]->discard = AVDISCARD_ALL;
     AVStream& stream = *file->streams[index];
@@ -228,8 +228,8 @@ double startSeconds(const AVStream& stream) {
                : av_q2d(stream.time_base) * static_cast<double>(stream.start_time);
 }
 
-/// How much later than the first picture or sound of the file the stream begins: an edit list may delay a
-/// track. A file that lies somewhere in a longer stream begins with what it holds.
+/// How much later the stream begins than the first picture or sound of the file: an edit list may delay a
+/// track. A file that is cut out of a longer stream begins with its first sample.
 double delaySeconds(const LibavFile& file, int index) {
     constexpr double most = 86400;
     double first = most;
@@ -242,8 +242,8 @@ double delaySeconds(const LibavFile& file, int index) {
     return delay < most ? std::max(delay, 0.0) : 0;
 }
 
-/// The header of a movie says when its pictures begin. Decoding the first ones to find it out would take
-/// longer than all else.
+/// The header of a movie states when its pictures begin. Decoding the first ones to find that out would take
+/// longer than everything else.
 void passOverPictures(LibavFile& file) {
     if (!file.isMovie()) return;
     for (unsigned i = 0; i < file->nb_streams; ++i) {
@@ -282,7 +282,7 @@ std::vector<std::unique_ptr<AudioFile>> openTracksWithLibav(const std::string& p
     std::vector<std::unique_ptr<AudioFile>> tracks;
     auto file = openFile(path);
     if (!file) return tracks;
-    // A movie that claims thousands of tracks is opened as often.
+    // A movie that states thousands of tracks would be opened as often.
     constexpr std::size_t most = 32;
     for (const int index : soundStreams(*file)) {
         if (tracks.size() == most) break;

@@ -7,18 +7,18 @@ namespace orvane::platform {
 
 namespace {
 
-/// For a disk that hangs and a file that leads the demuxer in circles.
+/// Ends reads from a disk that hangs, and of a file that leads the demuxer into a loop.
 constexpr std::chrono::seconds longestRead{10};
 
 constexpr int inputBufferBytes = 32768;
 
 constexpr const char* containers =
     "mov,mp4,mxf,aiff,wav,w64,caf,matroska,webm,avi,mpegts,mpeg,dv,gxf,asf,flac,ogg";
-/// Garbage may look like MPEG audio somewhere, so it is looked for where a file begins with it.
+/// Other data may look like MPEG audio somewhere, so this format is accepted only if the file begins with it.
 constexpr const char* containersAndMPEGAudio =
     "mov,mp4,mxf,aiff,wav,w64,caf,matroska,webm,avi,mpegts,mpeg,dv,gxf,asf,flac,ogg,mp3";
 constexpr const char* mostProbed =
-    "131072"; ///< bytes to tell the container by; an MXF may begin with 64 KB of other things
+    "131072"; ///< bytes for recognising the container; an MXF may begin with 64 KB of other data
 constexpr const char* mostAnalyzed = "2000000";    ///< bytes of media data
 constexpr const char* longestAnalysis = "1000000"; ///< microseconds of media
 
@@ -72,8 +72,7 @@ std::optional<LibavFile> LibavFile::open(const std::string& path, bool& ranOut) 
           {"probesize", mostAnalyzed},
           {"analyzeduration", longestAnalysis}})
         av_dict_set(&options.dictionary, key, value, 0);
-    // The scheme in front keeps a path with a colon from being taken for one. On failure the context is
-    // freed.
+    // The scheme keeps a path with a colon from being read as one. On failure the context is freed.
     const std::string url = "file:" + path;
     const int result = avformat_open_input(&context, url.c_str(), nullptr, &options.dictionary);
     if (result < 0) {
@@ -91,7 +90,7 @@ bool LibavFile::Watch::isLate() {
 }
 
 void LibavFile::CloseInput::operator()(AVIOContext* input) const {
-    av_freep(static_cast<void*>(&input->buffer)); // the library may have put another one in its place
+    av_freep(static_cast<void*>(&input->buffer)); // the library may have replaced it by another one
     avio_context_free(&input);
 }
 

@@ -62,7 +62,7 @@ std::optional<double> frameRate(const AVStream& stream) {
     return std::nullopt;
 }
 
-/// The time of the movie header is the clock of whatever wrote the file last, so it is no date of the
+/// The time of the movie header is the clock of the program that wrote the file last, not a date of the
 /// content.
 std::string commonKey(std::string_view key, bool isMovie) {
     const bool isDate = key == "com.apple.quicktime.creationdate" || key == "date" ||

@@ -12,20 +12,20 @@ namespace orvane::platform {
 
 namespace {
 
-/// Packets without a picture in a row, before a file counts as ended.
+/// Most consecutive packets without a picture, before a file counts as ended.
 constexpr int mostPacketsWithoutPicture = 5000;
-/// Packets that wait for a key picture; some streams mark none.
+/// Most packets that wait for a key picture; some streams mark none.
 constexpr int mostKeylessPackets = 1000;
-/// Seeks ever farther back, for a stream without an index.
+/// Seeks that go farther and farther back, for a stream without an index.
 constexpr int mostAttempts = 12;
 constexpr int largestSide = 16384; ///< pixels
-/// Where the index tells nothing: seconds that are decoded rather than passed over by a seek.
+/// Without an index: seconds that are decoded rather than skipped by a seek.
 constexpr MediaTime worthDecoding{1, 1};
-/// Of a variable rate: no picture lasts longer, as far as skipping goes.
+/// For a variable rate: skipping assumes that no picture lasts longer.
 constexpr MediaTime longestPicture{1, 2};
 
-/// One thread decodes 1080p in time; more of them cost delay, memory and processor time. What is larger
-/// needs them when it plays.
+/// One thread decodes 1080p in time; more of them cost delay, memory and processor time. Larger pictures need
+/// them during playback.
 int threadsFor(const AVCodecParameters& parameters, double rate, bool isIntraOnly) {
     constexpr double largePicture = 2.3e6;         ///< pixels
     constexpr double largeRate = 1920 * 1088 * 50; ///< pixels per second
@@ -58,7 +58,7 @@ bool LibavPictures::load() {
         return nullptr;
     };
     stream_ = find();
-    // Movies say all in their headers, unless they are in fragments.
+    // Movies state everything in their headers, unless they are in fragments.
     if (!file_->isMovie() || stream_ == nullptr || stream_->codecpar->width <= 0 ||
         stream_->avg_frame_rate.num <= 0) {
         file_->findStreamInfo();
@@ -78,7 +78,7 @@ bool LibavPictures::load() {
     return openDecoder(*avcodec_find_decoder(parameters.codec_id));
 }
 
-/// A movie in fragments does not say when its first picture is shown.
+/// A movie in fragments does not state when its first picture is shown.
 void LibavPictures::readFirstTimestamp() {
     for (int packets = 0; packets < mostKeylessPackets; ++packets) {
         if (av_read_frame(file_->get(), packet_.get()) < 0) return;
@@ -94,11 +94,11 @@ bool LibavPictures::openDecoder(const AVCodec& codec) {
     decoder_.reset(avcodec_alloc_context3(&codec));
     if (!decoder_ || avcodec_parameters_to_context(decoder_.get(), stream_->codecpar) < 0) return false;
     decoder_->pkt_timebase = stream_->time_base;
-    // Concealed pictures rather than none; it also takes the end of an open group for damaged.
+    // Concealed pictures rather than none; but this flag also marks the end of an open group as damaged.
     decoder_->flags |= AV_CODEC_FLAG_OUTPUT_CORRUPT;
     const bool isIntraOnly = times_.isEveryPictureKey();
     decoder_->thread_count = threadsFor(*stream_->codecpar, times_.nominalRate(), isIntraOnly);
-    // Threads for several frames would hold as many pictures back after a seek.
+    // Frame threads would delay as many pictures after a seek.
     decoder_->thread_type = isIntraOnly ? FF_THREAD_SLICE : FF_THREAD_FRAME;
     return avcodec_open2(decoder_.get(), &codec, nullptr) >= 0;
 }
@@ -156,7 +156,7 @@ LibavPictures::Outcome LibavPictures::find(MediaTime time, MediaTime tolerance, 
     } else {
         step = seekAndDecode(time, tolerance, isStopped);
     }
-    if (step == Step::end && hasSkipped_) { // the last ones, which no other refers to, are wanted after all
+    if (step == Step::end && hasSkipped_) { // the last pictures are needed after all
         maySkip_ = false;
         step = seekAndDecode(time, tolerance, isStopped);
         maySkip_ = true;
@@ -176,7 +176,7 @@ LibavPictures::Step LibavPictures::seekAndDecode(MediaTime time, MediaTime toler
         Step step = readKey(isStopped);
         if (step == Step::picture && mayTakeKey) {
             step = takeKey(time, tolerance);
-            if (step == Step::late && isSeekNeeded_) { // the decoder did not give it
+            if (step == Step::late && isSeekNeeded_) { // the decoder did not return it
                 mayTakeKey = false;
                 --attempt;
                 continue;
@@ -191,7 +191,7 @@ LibavPictures::Step LibavPictures::seekAndDecode(MediaTime time, MediaTime toler
             break;
         }
     }
-    isSeekNeeded_ = true; // the decoder stands somewhere, and not behind `current_`
+    isSeekNeeded_ = true; // the decoder's position is not after `current_`
     return result;
 }
 
@@ -213,7 +213,7 @@ LibavPictures::Outcome LibavPictures::findKey(MediaTime time, const IsStopped& i
 LibavPictures::Outcome LibavPictures::findGroup(MediaTime earliest, MediaTime until,
                                                 const IsStopped& isStopped) {
     file_->extendDeadline();
-    // A key picture is decoded before it is shown: the last one that is decoded in front may be shown behind.
+    // A key picture is decoded before it is shown: the last one that is decoded before may be shown after.
     constexpr int mostKeys = 2;
     std::int64_t before = times_.units(until);
     for (int attempt = 0; attempt < mostKeys && times_.hasIndex() && !facts_.isIntraOnly; ++attempt) {
@@ -280,11 +280,11 @@ bool LibavPictures::seekTo(MediaTime time, int attempt) {
 }
 
 bool LibavPictures::seekStart() {
-    // Streams that are cut anywhere are searched for their time stamps, past the first ones.
+    // Streams that may be cut anywhere are searched for their time stamps, beyond the first ones.
     const bool isSearched = ((*file_)->iformat->flags & AVFMT_TS_DISCONT) != 0;
     if (isSearched) return av_seek_frame(file_->get(), -1, 0, AVSEEK_FLAG_BYTE) >= 0;
     if (av_seek_frame(file_->get(), stream_->index, times_.units({}), AVSEEK_FLAG_BACKWARD) >= 0) return true;
-    return load(); // neither an index nor time stamps to go by
+    return load(); // there are neither an index nor time stamps
 }
 
 bool LibavPictures::seekToPacket(std::int64_t decodingTime) {
@@ -311,7 +311,7 @@ void LibavPictures::beginAfterSeek() {
 
 // Decoding.
 
-/// `late`: decoding has to begin farther in front.
+/// `late`: decoding has to begin earlier.
 LibavPictures::Step LibavPictures::readKey(const IsStopped& isStopped) {
     while (awaitsKey_) {
         if (isStopped()) return Step::stopped;
@@ -320,7 +320,7 @@ LibavPictures::Step LibavPictures::readKey(const IsStopped& isStopped) {
     return Step::picture;
 }
 
-/// The key picture that was read, without those behind it; within the tolerance, where there is one.
+/// The key picture that was read, without those after it; within the tolerance, if one is there.
 LibavPictures::Step LibavPictures::takeKey(MediaTime time, std::optional<MediaTime> tolerance) {
     const MediaTime place = times_.momentOf(keyTime_, 0).time;
     if (tolerance && time - place > *tolerance) return Step::late;
@@ -347,12 +347,12 @@ LibavPictures::Step LibavPictures::decodeTo(MediaTime time, MediaTime tolerance,
         if (!ahead_.isThere) {
             const Step step = decodeNext(ahead_, isStopped);
             if (step == Step::stopped) return step;
-            if (step != Step::picture) { // behind the last picture
+            if (step != Step::picture) { // after the last picture
                 isLast_ = hasPicture;
                 return hasPicture ? Step::end : Step::late;
             }
         }
-        if (ahead_.moment.time > time && hasPicture) { // pictures between them cannot be decoded
+        if (ahead_.moment.time > time && hasPicture) { // the pictures between them cannot be decoded
             current_.moment.duration = ahead_.moment.time - current_.moment.time;
             return Step::picture;
         }
@@ -371,7 +371,7 @@ LibavPictures::Step LibavPictures::decodeNext(Decoded& into, const IsStopped& is
         while (!awaitsKey_) {
             const int result = avcodec_receive_frame(decoder_.get(), into.frame.get());
             if (result == AVERROR_EOF) return Step::end;
-            if (result < 0) break; // it needs more, or could not decode what it got
+            if (result < 0) break; // it needs more data, or could not decode this
             if (take(into)) return Step::picture;
         }
         if (isStopped()) return Step::stopped;
@@ -380,8 +380,7 @@ LibavPictures::Step LibavPictures::decodeNext(Decoded& into, const IsStopped& is
     return Step::end;
 }
 
-/// Hands the next packet to the decoder; one that it refuses is passed over. False when there is nothing left
-/// to hand over.
+/// Passes the next packet to the decoder; one that it refuses is skipped. False when no packet is left.
 bool LibavPictures::feed() {
     while (av_read_frame(file_->get(), packet_.get()) >= 0) {
         const bool isOurs = packet_->stream_index == stream_->index;
@@ -391,7 +390,7 @@ bool LibavPictures::feed() {
                 keyTime_ = packet_->pts != AV_NOPTS_VALUE ? packet_->pts : packet_->dts;
                 if (latestKey_ && times_.momentOf(keyTime_, 0).time > *latestKey_) {
                     av_packet_unref(packet_.get());
-                    return false; // decoding has to begin farther in front
+                    return false; // decoding has to begin earlier
                 }
                 awaitsKey_ = false;
                 times_.beginAt(packet_->dts != AV_NOPTS_VALUE ? packet_->dts : packet_->pts);
@@ -430,8 +429,7 @@ bool LibavPictures::take(Decoded& into) {
             ++into.moment.number;
         }
     } else {
-        // A picture that is shown before the key picture needs those in front of that, which were not
-        // decoded.
+        // A picture that is shown before the key picture needs pictures before that, which were not decoded.
         if (keyTime_ != AV_NOPTS_VALUE && units < keyTime_) return false;
         into.moment = times_.momentOf(units, frame.pkt_duration);
     }
@@ -442,7 +440,7 @@ bool LibavPictures::take(Decoded& into) {
     return true;
 }
 
-/// Of a variable rate, where the next picture tells.
+/// For a variable rate, where the next picture gives the duration.
 void LibavPictures::readDuration(const IsStopped& isStopped) {
     if (times_.constantRate() || isSeekNeeded_) return;
     if (!ahead_.isThere && decodeNext(ahead_, isStopped) != Step::picture) {

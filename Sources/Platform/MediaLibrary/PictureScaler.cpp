@@ -16,10 +16,10 @@ namespace orvane::platform {
 namespace {
 
 constexpr std::size_t pixelBytes = 4;
-/// Standard definition has at most so many lines; what is larger and says nothing of its colours is HD.
+/// Standard definition has at most this many lines; a larger picture that does not state its colours is HD.
 constexpr int mostLinesOfSD = 576;
 
-/// As swscale numbers the coefficients.
+/// swscale's number of the coefficients.
 int matrixOf(const AVFrame& frame) {
     switch (frame.colorspace) {
     case AVCOL_SPC_BT709:
@@ -39,7 +39,7 @@ int matrixOf(const AVFrame& frame) {
     }
 }
 
-/// Formats that libav has twice: once for each range.
+/// Formats that libav has twice, once for each range.
 struct PlainFormat {
     AVPixelFormat format;
     bool isFullRange;
@@ -88,11 +88,11 @@ class Luma {
     const AVPixFmtDescriptor* const format_;
 };
 
-/// The two fields of the frame show different moments: neighbouring lines differ where lines of one field do
-/// not. Progressive pictures are often stored as interlaced ones and are best shown whole.
+/// Whether the two fields of the frame show different times: neighbouring lines differ, and lines of one
+/// field do not. Progressive pictures are often stored as interlaced ones and look best as a whole.
 bool isCombed(const AVFrame& frame) {
     constexpr int lineStep = 6, columnStep = 4, contrast = 15 * 15;
-    constexpr int least = 200; // one sample in so many
+    constexpr int least = 200; // one sample of this many
     const Luma luma(frame);
     if (!luma.isThere()) return false;
     int samples = 0, betweenFields = 0, withinField = 0;
@@ -118,7 +118,7 @@ void multiplyByAlpha(std::uint8_t* pixels, std::size_t count) {
     }
 }
 
-/// `from` is `size` before the turn.
+/// `from` has `size` before the turn.
 void turn(const std::uint8_t* from, std::uint8_t* into, PictureSize size,
           const PictureOrientation& orientation) {
     const bool isSideways = orientation.quarterTurns % 2 != 0;
@@ -140,7 +140,7 @@ int rounded(double length) { return std::max(static_cast<int>(std::lround(length
 
 PictureOrientation PictureOrientation::of(const std::int32_t* matrix) {
     if (matrix == nullptr) return {};
-    // The axes of the stored picture on the screen, whose y runs down: rows of the matrix.
+    // The axes of the stored picture on the screen, whose y axis points down: rows of the matrix.
     double rightX = matrix[0], rightY = matrix[1];
     const double downX = matrix[3], downY = matrix[4];
     const double area = rightX * downY - rightY * downX;
@@ -164,7 +164,7 @@ void PictureScaler::Free::operator()(SwsContext* context) const { sws_freeContex
 PictureSize PictureScaler::sizeOf(int width, int height, AVRational pixelAspect,
                                   const PictureOrientation& orientation, PictureSize limit) {
     double w = width, h = height;
-    // What is farther from square is a mistake of the file.
+    // An aspect farther from square is an error of the file.
     constexpr double mostAspect = 8;
     if (pixelAspect.num > 0 && pixelAspect.den > 0)
         if (const double aspect = av_q2d(pixelAspect); aspect < mostAspect && aspect > 1 / mostAspect)
@@ -184,7 +184,7 @@ bool PictureScaler::prepare(const Setting& setting) {
                                   nullptr));
     if (!context_) return false;
     constexpr int unity = 1 << 16;
-    // Sources that are red, green and blue already refuse, and need none of it.
+    // Sources that are already red, green and blue refuse this, and do not need it.
     sws_setColorspaceDetails(context_.get(), sws_getCoefficients(setting.matrix), setting.isFullRange ? 1 : 0,
                              sws_getCoefficients(SWS_CS_DEFAULT), 1, 0, unity, unity);
     setting_ = setting;
@@ -203,7 +203,7 @@ bool PictureScaler::convert(const AVFrame& frame, const PictureOrientation& orie
     int lines = frame.height;
     constexpr int leastLines = 8;
     if (frame.interlaced_frame != 0 && lines >= leastLines && isCombed(frame)) {
-        // The field that was taken first, over the whole height.
+        // The field that was recorded first, scaled to the whole height.
         const AVPixFmtDescriptor* description = av_pix_fmt_desc_get(format);
         const bool hasPalette = (description->flags & AV_PIX_FMT_FLAG_PAL) != 0;
         for (std::size_t plane = 0; plane < planes.size(); ++plane) {

@@ -13,12 +13,12 @@ namespace orvane::platform {
 
 namespace {
 
-/// Times of a variable rate that are kept for numbering: more than any decoder holds back.
+/// Most times of a variable rate that are kept for numbering: more than any decoder delays.
 constexpr std::size_t mostKept = 512;
 
 bool isSet(AVRational rate) { return rate.num > 0 && rate.den > 0; }
 
-/// The rate of the trade that is this one within a ten-thousandth; nothing where there is none.
+/// The standard rate within a ten-thousandth of this one; nothing if there is none.
 std::optional<AVRational> standardRate(double rate) {
     static constexpr AVRational rates[] = {{24000, 1001}, {24, 1}, {25, 1},        {30000, 1001}, {30, 1},
                                            {48000, 1001}, {48, 1}, {50, 1},        {60000, 1001}, {60, 1},
@@ -53,7 +53,7 @@ PictureTimes::PictureTimes(const AVFormatContext& file, AVStream& stream, std::i
 
 void PictureTimes::readIndex(std::int64_t fileBytes) {
     const int entries = avformat_index_get_entries_count(stream_);
-    // A movie in fragments, and most other containers, list a part of the pictures.
+    // A movie in fragments, and most other containers, list only a part of the pictures.
     hasIndex_ = stream_->nb_frames > 0 && entries > 0;
     const AVCodecDescriptor* codec = avcodec_descriptor_get(stream_->codecpar->codec_id);
     isEveryPictureKey_ = codec != nullptr && (codec->props & AV_CODEC_PROP_INTRA_ONLY) != 0;
@@ -104,7 +104,7 @@ std::int64_t PictureTimes::numberAt(MediaTime time) const { return time.wholeUni
 MediaTime PictureTimes::pictureStart(MediaTime time) const { return timeAt(*rate_, numberAt(time)); }
 
 std::int64_t PictureTimes::units(MediaTime time) const {
-    // The file has rounded the start; the middle of the picture is on its side of all others.
+    // The file has rounded the start; the middle of the picture is safely after it and before the next start.
     if (rate_) time = pictureStart(time) + MediaTime{rate_->den, std::int64_t{2} * rate_->num};
     constexpr MediaTime longest{1'000'000'000, 1};
     return origin_ + std::clamp(time, -longest, longest).wholeUnits({unit_.num, unit_.den});

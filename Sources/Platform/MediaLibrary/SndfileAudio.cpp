@@ -53,13 +53,13 @@ class SndfileAudio : public AudioFile {
 
   private:
     static std::int64_t promisedBy(SNDFILE& file, const SF_INFO& info) {
-        // The length of a file that ends in its middle, where only the end states a length.
+        // The length of a file that was cut off, if only its end states a length.
         if (info.frames == SF_COUNT_MAX) return 0;
         const bool isAIFF = (info.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_AIFF;
         return isAIFF ? std::max(info.frames, framesOfAIFF(file)) : info.frames;
     }
 
-    /// What the common chunk states. The library counts the frames that are there.
+    /// The number in the common chunk; the library counts the frames that are present.
     static sf_count_t framesOfAIFF(SNDFILE& file) {
         constexpr std::size_t framesAt = 2, commonBytes = 18;
         SF_CHUNK_INFO chunk{};
@@ -82,7 +82,7 @@ class SndfileAudio : public AudioFile {
 
 FileInput& input(void* user) { return *static_cast<FileInput*>(user); }
 
-/// The library's own access to files would not tell a bad disk from the end of the file.
+/// The library's own file access would not distinguish a bad disk from the end of the file.
 SF_VIRTUAL_IO readOnlyAccess() {
     SF_VIRTUAL_IO access{};
     access.get_filelen = [](void* user) -> sf_count_t { return input(user).size(); };
@@ -101,8 +101,8 @@ SF_VIRTUAL_IO readOnlyAccess() {
 
 std::unique_ptr<AudioFile> openWithSndfile(const std::string& path) {
     auto input = FileInput::open(path);
-    // The decoder of MPEG audio below this library writes to the terminal; the other media library reads it
-    // in silence.
+    // The decoder of MPEG audio in this library writes to the terminal; the other media library reads it
+    // silently.
     if (!input || input->beginsAsMPEGAudio()) return nullptr;
     SF_INFO info{};
     SF_VIRTUAL_IO access = readOnlyAccess();

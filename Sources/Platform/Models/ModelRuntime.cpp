@@ -16,12 +16,12 @@ namespace orvane::platform {
 
 namespace {
 
-/// Newer runtimes send reports of their use to those who make them, unless this forbids it. Set while the
-/// program starts: there are no other threads yet that might read the environment.
+/// Newer runtimes send usage reports to their makers, unless this forbids it. Set while the program starts:
+/// no other thread exists yet that might read the environment.
 [[maybe_unused]] const bool sendsNothing = ::setenv("ORT_DISABLE_TELEMETRY", "1", 1) == 0;
 
-// What is used of the runtime's C interface: a record of functions, of which only the places count. The types
-// behind the pointers are the runtime's own.
+// The part of the runtime's C interface that is used: a record of functions, of which only the positions
+// matter. The types behind the pointers are the runtime's own.
 struct Status;
 struct Environment;
 struct Session;
@@ -31,7 +31,7 @@ struct Value;
 struct MemoryInfo;
 struct ShapeInfo;
 
-/// The places of functions in the record.
+/// The positions of functions in the record.
 enum Place : std::size_t {
     getErrorMessage = 2,
     createEnvironment = 3,
@@ -108,7 +108,7 @@ class LoadedModel : public Model {
         const auto memory = functions_.owned(rawMemory, releaseMemoryInfo);
         Value* rawInput = nullptr;
         functions_.call(createTensorWithData, static_cast<const MemoryInfo*>(memory.get()),
-                        static_cast<void*>(const_cast<float*>(input.values.data())), // read alone
+                        static_cast<void*>(const_cast<float*>(input.values.data())), // only read
                         input.values.size() * sizeof(float), input.shape.data(), input.shape.size(),
                         floatElements, &rawInput);
         const auto value = functions_.owned(rawInput, releaseValue);
@@ -200,7 +200,7 @@ class OpenRuntime : public ModelRuntime {
     std::shared_ptr<Environment> environment_;
 };
 
-/// Null for a file that is no such library, or one that cannot be used.
+/// Null for a file that is no such library, or not usable.
 std::shared_ptr<ModelRuntime> opened(const std::string& path) {
     void* const entry = modules::entryPoint({&path, 1}, "OrtGetApiBase");
     if (entry == nullptr) return nullptr;
@@ -224,7 +224,7 @@ std::shared_ptr<ModelRuntime> ModelRuntime::find(std::span<const std::string> fo
     std::ranges::copy(modules::systemLibraryFolders(), std::back_inserter(all));
     for (const std::string& folder : all) {
         auto names = files::childNames(folder).value_or(std::vector<std::string>());
-        std::ranges::sort(names); // the plain name first, then the versions
+        std::ranges::sort(names); // the plain name first, then the versioned names
         for (const std::string& name : names)
             if (name.starts_with(library))
                 if (auto runtime = opened(folder + "/" + name)) return runtime;

@@ -35,7 +35,7 @@ std::string part(CURLU* url, CURLUPart which) {
     return value;
 }
 
-/// What may be said of a request in a message, and whether it may be sent.
+/// The part of a request's address that a message may contain, and whether it may be sent.
 struct Destination {
     std::string host;
     bool isPlain = false; ///< http
@@ -56,14 +56,14 @@ struct Destination {
   private:
     bool isThisMachine() const {
         if (host == "localhost" || host == "[::1]") return true;
-        // Four numbers beginning with 127: a name such as "127.example.com" is none.
+        // Four numbers of which the first is 127: a name such as "127.example.com" does not count.
         return host.starts_with("127.") && std::ranges::count(host, '.') == 3 &&
                std::ranges::all_of(host, [](unsigned char c) { return std::isdigit(c) != 0 || c == '.'; });
     }
 };
 
-/// Handles that are at rest, each with the connections that its last requests left open: the next request to
-/// the same host needs no new one. A handle serves one request at a time. On any thread.
+/// Idle handles, each with the connections that its last requests left open: the next request to the same
+/// host needs no new one. A handle serves one request at a time. Any thread.
 class Connections {
   public:
     Multi take() {
@@ -83,12 +83,12 @@ class Connections {
     static constexpr std::size_t most_ = 4;
     std::mutex mutex_;
     std::array<Multi, most_> idle_;
-    std::size_t count_ = 0; ///< of them, the first ones
+    std::size_t count_ = 0; ///< the first ones are idle
 };
 
 constexpr int statusOK = 200, statusPart = 206, statusNoSuchPart = 416;
 
-/// One request on its way.
+/// One running request.
 class Exchange {
   public:
     Exchange(Connections& connections, const HTTPRequest& request, PartialFile* file,
@@ -97,12 +97,12 @@ class Exchange {
           progress_(progress), easy_(curl_easy_init()), multi_(connections.take()) {
         if (!easy_ || !multi_) throw std::bad_alloc();
         for (const auto& [name, value] : request.headers) addHeader(name + ": " + value);
-        // Without it the library asks the server first whether a long body is welcome, and waits.
+        // Without this the library first asks the server whether a long body is accepted, and waits.
         addHeader("Expect:");
         if (file != nullptr && file->size() > 0) {
             resumesAt_ = received_ = file->size();
             addHeader("Range: bytes=" + std::to_string(resumesAt_) + "-");
-            addHeader("If-Range: " + file->tag()); // another version comes whole
+            addHeader("If-Range: " + file->tag()); // another version is sent whole
         }
         set(CURLOPT_URL, request.url.c_str());
         set(CURLOPT_CUSTOMREQUEST, request.method.c_str());
@@ -195,7 +195,7 @@ class Exchange {
         auto& exchange = *static_cast<Exchange*>(self);
         try {
             const std::string_view line(data, size);
-            if (line.starts_with("HTTP/")) exchange.response_.headers.clear(); // one of an interim answer
+            if (line.starts_with("HTTP/")) exchange.response_.headers.clear(); // those of an interim answer
             const std::size_t colon = line.find(':');
             if (colon == std::string_view::npos || exchange.response_.headers.size() == mostHeaders)
                 return size;
@@ -237,7 +237,7 @@ class Exchange {
         return file_->write(data, size);
     }
 
-    /// The headers are there.
+    /// The headers are complete.
     void begin() {
         hasBegun_ = true;
         if (file_ == nullptr) return;
@@ -253,12 +253,12 @@ class Exchange {
         } else {
             resumesAt_ = received_ = 0;
             isFile_ = status() == statusOK;
-            // A weak tag does not say that the bytes are the same.
+            // A weak tag does not guarantee that the bytes are the same.
             if (isFile_) file_->beginAnew(tag.starts_with('"') ? tag : "");
         }
     }
 
-    /// Empty without one. What answers look headers up with is no part of this module.
+    /// Empty if there is none. This module does not contain the response's own lookup of headers.
     std::string header(const char* name) const {
         const auto found = std::ranges::find_if(
             response_.headers, [&](const auto& one) { return strcasecmp(one.first.c_str(), name) == 0; });
@@ -320,9 +320,9 @@ class Exchange {
     Multi multi_;
     HTTPResponse response_;
     std::uint64_t resumesAt_ = 0;
-    std::uint64_t received_ = 0; ///< with what was there before
+    std::uint64_t received_ = 0; ///< including earlier parts
     bool hasBegun_ = false;
-    bool isFile_ = false; ///< what comes belongs into the file
+    bool isFile_ = false; ///< the body is written to the file
     bool isTooLarge_ = false;
     std::exception_ptr raised_;
 };

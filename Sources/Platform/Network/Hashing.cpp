@@ -8,7 +8,7 @@ namespace orvane::platform {
 
 namespace {
 
-// The library fails for want of memory alone.
+// The library fails only if memory runs out.
 class Hashing : public SHA256::Engine {
   public:
     Hashing() {

@@ -57,7 +57,7 @@ void PartialFile::beginAnew(const std::string& tag) {
     if (tag.empty()) return;
     std::ofstream out(tagPath());
     out << tag << "\n";
-    if (out.flush()) tag_ = tag; // else it begins again the next time
+    if (out.flush()) tag_ = tag; // else the next download starts from the beginning
 }
 
 bool PartialFile::write(const char* data, std::size_t size) {
@@ -89,7 +89,7 @@ void PartialFile::throwError(const char* doing) const {
                     std::string("Can't ") + doing + " " + path_ + ": " + std::strerror(error_));
 }
 
-/// Also from the constructor, which no destructor follows.
+/// Also called from the constructor, after which no destructor runs.
 void PartialFile::fail(const char* doing) {
     error_ = errno;
     if (rest_ == Rest::discarded) remove();

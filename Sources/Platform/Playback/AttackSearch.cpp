@@ -15,7 +15,7 @@ constexpr std::size_t hopsBefore = 25;
 constexpr std::size_t hopsBetween = 40;
 constexpr double leastRise = 4;
 constexpr float leastPeak = 0.02F;
-// Below it all counts as this: a click over digital silence is not infinitely loud.
+// Quieter peaks count as this: a click over digital silence is not infinitely loud.
 constexpr float floorPeak = 0.001F;
 
 std::int64_t floorDivided(std::int64_t value, std::int64_t by) {
@@ -27,7 +27,7 @@ std::int64_t floorDivided(std::int64_t value, std::int64_t by) {
 AttackSearch::AttackSearch(double sampleRate)
     : hopFrames_(std::max<std::int64_t>(std::llround(sampleRate * hopSeconds), 1)) {}
 
-/// Of a hop over the loudest one shortly before; 0 where it is no attack.
+/// A hop relative to the loudest one shortly before; 0 if it is no attack.
 double AttackSearch::rise(std::size_t hop) const {
     const float peak = peaks_[hop];
     if (peak < leastPeak) return 0;

@@ -8,7 +8,7 @@
 namespace orvane::platform {
 
 void DroppedPictures::playing(const Picture& picture, MediaTime now, double rate) {
-    constexpr double everyPictureUpTo = 2; // faster than that, an output shows some of them
+    constexpr double everyPictureUpTo = 2; // at faster rates, an output shows only some of them
     const double speed = std::abs(rate);
     const bool isEachDue = speed <= everyPictureUpTo;
     if (isEachDue && lastPlayed_)

@@ -56,7 +56,7 @@ class OutputMixer final : public Mixer, public std::enable_shared_from_this<Outp
         for (std::size_t i = 0; i < sources_.size(); ++i) {
             if (sources_[i].get() != &source) continue;
             heard_[i] = nullptr;
-            // Odd while a block is rendered; the next one sees the empty place.
+            // Odd while a block is rendered; the next block does not see the source.
             for (const std::uint64_t call = calls_; call % 2 == 1 && call == calls_;)
                 std::this_thread::yield();
             sources_[i] = nullptr;
@@ -74,7 +74,7 @@ class OutputMixer final : public Mixer, public std::enable_shared_from_this<Outp
 
     double heardFrame() const override { return output_->heardFrame(); }
     std::int64_t renderedFrames() const override {
-        // While the output is stopped its frames pass without being asked for.
+        // While the output is stopped its frames pass without being requested.
         return std::max<std::int64_t>(renderedFrames_, std::llround(std::floor(output_->heardFrame())));
     }
     AudioOutput& output() override { return *output_; }
@@ -82,9 +82,9 @@ class OutputMixer final : public Mixer, public std::enable_shared_from_this<Outp
   private:
     const std::unique_ptr<AudioOutput> output_;
     const std::shared_ptr<MainThread> mainThread_;
-    std::array<std::shared_ptr<MixerSource>, mostSources> sources_; ///< interface thread
-    std::array<std::atomic<MixerSource*>, mostSources> heard_{};    ///< the same for the callback
-    std::atomic<std::uint64_t> calls_ = 0;                          ///< begun and ended
+    std::array<std::shared_ptr<MixerSource>, mostSources> sources_; ///< owned by the interface thread
+    std::array<std::atomic<MixerSource*>, mostSources> heard_{};    ///< the same, for the callback
+    std::atomic<std::uint64_t> calls_ = 0;                          ///< calls begun and ended
     std::atomic<std::int64_t> renderedFrames_ = 0;
     std::shared_ptr<Timer> idle_;
     bool isStarted_ = false;

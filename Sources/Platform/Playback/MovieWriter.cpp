@@ -27,7 +27,7 @@ std::string dataHeader(std::uint64_t bytes) {
     return out;
 }
 
-/// The pixels in the middle of a picture of the size.
+/// The picture centred in a picture of the size.
 std::vector<std::uint8_t> framed(const Picture& picture, PictureSize size) {
     std::vector<std::uint8_t> pixels(bytesPerPixel * static_cast<std::size_t>(size.width) *
                                      static_cast<std::size_t>(size.height));
@@ -100,7 +100,7 @@ void MovieWriter::addSound(std::span<const float* const> channels, std::size_t f
     append(bytes);
 }
 
-/// One picture a chunk.
+/// One picture for each chunk.
 std::string MovieWriter::pictureTable() const {
     constexpr int opaqueBits = 24, alphaBits = 32;
     std::string times, chunks, sizes, offsets;
@@ -120,7 +120,7 @@ std::string MovieWriter::pictureTable() const {
            fullBox("stsz", 0, sizes) + fullBox("co64", 0, counted(pictures_.size(), offsets));
 }
 
-/// One piece a chunk.
+/// One piece for each chunk.
 std::string MovieWriter::soundTable() const {
     const auto frameBytes = static_cast<std::uint64_t>(format_.channels) * bytesPerSample;
     const auto rate = static_cast<std::uint64_t>(std::llround(format_.sampleRate));
@@ -129,8 +129,8 @@ std::string MovieWriter::soundTable() const {
     be(entry, 1, 2); // version
     entry += zeros(6);
     be(entry, static_cast<std::uint64_t>(format_.channels), 2);
-    be(entry, 16, 2);     // bits, whatever the format's
-    be(entry, 0xFFFE, 2); // its own sizes follow
+    be(entry, 16, 2);     // a fixed value, whatever the format
+    be(entry, 0xFFFE, 2); // marks that sizes of its own follow
     entry += zeros(2);
     be(entry, rate << 16U, 4);
     for (const std::uint64_t size :

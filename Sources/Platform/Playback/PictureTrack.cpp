@@ -17,29 +17,29 @@ namespace {
 constexpr std::size_t mostBytes = std::size_t{112} << 20U;
 constexpr std::size_t fewestPictures = 2;
 constexpr std::size_t mostPictures = 120;
-/// Pictures that are decoded in advance while playing; more of small ones, so that several players at once
-/// get over the moments in which the machine does other things.
+/// Pictures that are decoded in advance during playback; more if they are small, so that several players at
+/// once survive moments in which the machine does other work.
 constexpr std::size_t picturesAhead = 12;
 constexpr std::size_t mostPicturesAhead = 36;
 constexpr std::size_t bytesAhead = std::size_t{24} << 20U;
-/// The same on both sides at rest. With those that come, a start gets over the first pictures behind a seek,
-/// which take longer than they last.
+/// The same on both sides while paused. Together with the following ones they cover the first pictures after
+/// a seek, whose decoding takes longer than they are shown.
 constexpr std::size_t picturesAheadAtRest = 4;
 constexpr std::size_t picturesBehindAtRest = 6;
-/// At rest, before pictures are decoded that nobody has asked for.
+/// Pause before pictures are decoded that were not requested.
 constexpr std::chrono::milliseconds restBeforeAdvance{12};
-/// A time from a floating-point number may lie so much in front of the picture that it means.
+/// A time from a floating-point number may be this much before the picture that it means.
 constexpr MediaTime roundingSlack{1, 100'000};
-/// Jobs without a picture in a row, before nothing is expected of the file any more.
+/// Most consecutive jobs without a picture, before no more are expected of the file.
 constexpr int mostFailures = 8;
-/// Around the moment of a seek.
+/// Around the time of a seek.
 constexpr MediaTime neighbourhood{1, 1};
 constexpr MediaTime unknownLength{1, 25};
-/// In reverse a whole group should fit; pictures come in half the size, or a quarter, where not even this
-/// many do.
+/// In reverse a whole group should fit; if not even this many pictures do, they are decoded in half the size,
+/// or a quarter.
 constexpr std::size_t fewestInReverse = 30;
 constexpr int smallestInReverse = 4;
-/// In reverse, of pictures that are each decoded by itself: the last of a stretch is waited for.
+/// In reverse, for pictures that are each decoded alone: the last of a stretch is waited for.
 constexpr std::size_t stretchOfSingles = 6;
 
 } // namespace
@@ -60,7 +60,7 @@ PictureTrack::~PictureTrack() {
     thread_.join();
 }
 
-// What is asked for.
+// The requests.
 
 void PictureTrack::stopWork() {
     ++version_;
@@ -82,7 +82,7 @@ void PictureTrack::seek(MediaTime time, std::uint64_t number) {
         } else {
             stopWork();
             query_ = Query{time, false, number};
-            // Nothing of another place is shown meanwhile.
+            // No picture of another place is shown meanwhile.
             cache_.erase(cache_.upper_bound(time + roundingSlack), cache_.end());
             if (!cache_.empty() && cache_.rbegin()->first + neighbourhood < time) cache_.clear();
         }
@@ -98,7 +98,7 @@ void PictureTrack::run(MediaTime now, double rate) {
         const std::lock_guard lock(mutex_);
         const bool isTurn = (rate < 0) != (rate_ < 0) || (rate > 0 && job_ == Kind::stretch);
         const bool isKeys = std::abs(rate) >= keyPicturesFromRate;
-        // Pictures that happen to be there would show between the key pictures.
+        // Pictures in the cache would be shown between the key pictures.
         if (isKeys && std::abs(rate_) < keyPicturesFromRate) dropPictures();
         now_ = now;
         rate_ = rate;
@@ -106,7 +106,7 @@ void PictureTrack::run(MediaTime now, double rate) {
         ++version_;
         if (isTurn && !query_) work_.request_stop();
         if (rate >= 0 && reduced_) dropPictures();
-        // Only the newest moment counts for key pictures; the seek under way goes first.
+        // Only the newest time counts for key pictures; a running seek comes first.
         if (isKeys && (!query_ || query_->seek == 0)) query_ = Query{now, true, 0};
         evict();
     }
@@ -123,7 +123,7 @@ void PictureTrack::getReady(MediaTime now, double rate) {
     changed_.notify_all();
 }
 
-/// Those that are wanted are decoded again, in another size.
+/// Those that are needed are decoded again, in another size.
 void PictureTrack::dropPictures() {
     ++generation_;
     cache_.clear();
@@ -143,12 +143,12 @@ void PictureTrack::setLimit(PictureSize limit) {
     changed_.notify_all();
 }
 
-// What is there.
+// The cache.
 
 PictureTrack::Cache::const_iterator PictureTrack::covering(MediaTime time) const {
     auto behind = cache_.upper_bound(time + roundingSlack);
     if (behind == cache_.begin()) {
-        // In front of the first picture that can be decoded.
+        // Before the first picture that can be decoded.
         return behind != cache_.end() && isFirst(behind->second) ? behind : cache_.end();
     }
     const auto found = std::prev(behind);
@@ -171,7 +171,7 @@ std::optional<MediaTime> PictureTrack::nextChange(MediaTime now, double rate) co
     const std::lock_guard lock(mutex_);
     const auto shown = covering(now);
     if (shown == cache_.end()) return std::nullopt;
-    if (rate < 0) return shown->first; // below its start the one before is shown
+    if (rate < 0) return shown->first; // before its start the previous one is shown
     return shown->second.time + shown->second.duration;
 }
 
@@ -220,7 +220,7 @@ bool PictureTrack::isFollowing(const Picture& first, const Picture& second) cons
     return second.time <= first.time + first.duration + roundingSlack;
 }
 
-/// How many follow without a gap; `last` becomes the last of them.
+/// The number of pictures that follow without a gap; `last` becomes the last of them.
 std::size_t PictureTrack::followers(Cache::const_iterator& last) const {
     std::size_t count = 0;
     for (auto next = std::next(last); next != cache_.end() && isFollowing(last->second, next->second);
@@ -233,7 +233,7 @@ std::size_t PictureTrack::followers(Cache::const_iterator& last) const {
 
 bool PictureTrack::canStart() const {
     if (query_) return false;
-    if (nextJob().kind == Kind::none) return true; // the end, or nothing that can be decoded
+    if (nextJob().kind == Kind::none) return true; // at the end, or nothing can be decoded
     auto last = covering(now_);
     return last != cache_.end() && followers(last) >= picturesAheadAtRest;
 }
@@ -334,7 +334,7 @@ void PictureTrack::perform(const Job& job, std::unique_lock<std::mutex>& lock) {
     if (query) finish(*query, outcome == VideoDecoder::Outcome::picture, lock);
 }
 
-/// Lets go of the lock while the decoder works.
+/// Releases the lock while the decoder works.
 VideoDecoder::Outcome PictureTrack::decode(const Job& job, std::unique_lock<std::mutex>& lock) {
     const std::stop_token stop = work_.get_token();
     const std::uint64_t generation = generation_;
@@ -374,10 +374,10 @@ VideoDecoder::Outcome PictureTrack::decode(const Job& job, std::unique_lock<std:
         if (generation != generation_ || !result.picture) return result.outcome;
         if (result.isLast) end_ = result.picture->time + result.picture->duration;
         const MediaTime time = result.picture->time, behind = time + result.picture->duration;
-        // A stretch may begin with any group; where nothing comes before its end, nothing is there.
+        // A stretch may begin with any group; if no group comes before its end, there is no picture.
         const bool isFirstOne = kind == Kind::at || (kind == Kind::stretch && time >= job.end);
         if (isFirstOne && job.time <= roundingSlack) first_ = time;
-        // What lies between cannot be decoded: the one before is shown for as long.
+        // The pictures between them cannot be decoded: the one before is shown until then.
         if (const auto before = decodedTo_ ? cache_.find(*decodedTo_) : cache_.end();
             kind == Kind::next && before != cache_.end())
             before->second.duration = time - before->first;
@@ -394,7 +394,7 @@ void PictureTrack::finish(const Query& query, bool hasPicture, std::unique_lock<
     const auto isNewest = [&] { return query_ && query_->seek == query.seek && query_->time == query.time; };
     if (!isNewest()) return;
     const Report report{query.seek != 0 ? query.seek : servedSeek_, hasPicture, false};
-    // A thread that waits for it finds the report on its way.
+    // When a waiting thread continues, the report has been posted.
     lock.unlock();
     report_(report);
     lock.lock();
@@ -404,7 +404,7 @@ void PictureTrack::finish(const Query& query, bool hasPicture, std::unique_lock<
     served_.notify_all();
 }
 
-/// Farthest from the moment first, those that were played before those that come.
+/// Farthest from the current time first, and those that were played before those that follow.
 void PictureTrack::evict() {
     const std::size_t most = capacity();
     std::size_t bytes = 0;

@@ -17,7 +17,7 @@ std::chrono::nanoseconds length(double frames, double sampleRate) {
     return std::chrono::nanoseconds(std::llround(frames / sampleRate * nanosecondsPerSecond));
 }
 
-// On the machine's clock.
+// Runs on the machine's clock.
 
 class LiveHost final : public PlayerHost {
   public:
@@ -33,8 +33,8 @@ class LiveHost final : public PlayerHost {
     }
     std::shared_ptr<Timer> atFrame(std::int64_t frame, std::function<void()> work) override {
         const double left = static_cast<double>(frame) - heardFrame();
-        // Behind the frame, by little: a caller that asks a fraction of one early asks again at once, and
-        // again.
+        // A little after the frame: a caller that is called back a fraction early would ask again at once,
+        // repeatedly.
         constexpr std::chrono::microseconds toBeSure{1};
         const auto wait = left > 0 ? length(left, sampleRate()) + toBeSure : std::chrono::nanoseconds(0);
         return mainThread_->after(wait, std::move(work));
@@ -68,7 +68,7 @@ class LiveSystem final : public PlayerSystem {
     const std::shared_ptr<LiveHost> host_;
 };
 
-// By hand.
+// Driven by the caller.
 
 class PulledHost final : public PlayerHost, public std::enable_shared_from_this<PulledHost> {
   public:
@@ -84,8 +84,8 @@ class PulledHost final : public PlayerHost, public std::enable_shared_from_this<
         : PlayerHost(std::move(mainThread), std::move(mixer)), output_(output) {}
 
     bool runsByItself() const override { return false; }
-    // While the next frames are rendered on the queue, they are not heard yet and cannot be changed any more,
-    // however far the queue has come: what this thread finds depends on the order of its own work alone.
+    // Frames that the queue is rendering are not heard yet and cannot be changed, however many it has
+    // finished: the result on this thread depends on the order of its own work alone.
     double heardFrame() const override { return static_cast<double>(frame_); }
     std::int64_t earliestStart() const override { return rendered_; }
     std::shared_ptr<Timer> atFrame(std::int64_t frame, std::function<void()> work) override {
@@ -106,7 +106,7 @@ class PulledHost final : public PlayerHost, public std::enable_shared_from_this<
     void hearSound(Hear hear) { hear_ = std::move(hear); }
 
     void advance(double seconds, std::function<void()> done) {
-        // What is left over of a frame is kept for the next call.
+        // The remaining fraction of a frame is kept for the next call.
         wanted_ += std::isfinite(seconds) ? std::max(seconds, 0.0) * sampleRate() : 0;
         constexpr double almostWhole = 1e-6;
         target_ = static_cast<std::int64_t>(std::floor(wanted_ + almostWhole));
@@ -128,7 +128,7 @@ class PulledHost final : public PlayerHost, public std::enable_shared_from_this<
         std::function<void()> work_;
     };
 
-    /// To the next moment at which something is due, once all sound is open; then all that was posted
+    /// Continues to the next time at which something is due, once all sound is open; everything posted
     /// meanwhile runs first.
     void step() {
         std::erase_if(players_, [](const auto& one) { return one.expired(); });
@@ -136,7 +136,7 @@ class PulledHost final : public PlayerHost, public std::enable_shared_from_this<
             if (const auto player = one.lock())
                 if (player->whenSoundIsOpen([self = shared_from_this()] { self->step(); })) return;
         while (!due_.empty() && !due_.begin()->second->isThere()) due_.erase(due_.begin());
-        constexpr std::int64_t longestStep = 4800; // frames, which sources have room to read ahead
+        constexpr std::int64_t longestStep = 4800; // frames; sources have room to read so far ahead
         std::int64_t next = std::min(target_, frame_ + longestStep);
         if (!due_.empty()) next = std::min(next, due_.begin()->first);
         std::vector<std::function<void()>> preparations;
@@ -166,7 +166,7 @@ class PulledHost final : public PlayerHost, public std::enable_shared_from_this<
         });
     }
 
-    /// What is due at this frame. True when the target is reached and nothing of it is left.
+    /// Runs what is due at this frame. True when the target is reached and nothing is left to run there.
     bool runDue() {
         bool hasRun = false;
         while (!due_.empty() && due_.begin()->first <= frame_) {
@@ -181,7 +181,7 @@ class PulledHost final : public PlayerHost, public std::enable_shared_from_this<
     ManualAudioOutput& output_; ///< the mixer's
     Hear hear_;
     std::int64_t frame_ = 0;
-    std::int64_t rendered_ = 0; ///< the end of the step under way; `frame_` where there is none
+    std::int64_t rendered_ = 0; ///< the end of the current step; `frame_` if there is none
     double wanted_ = 0;         ///< frames, since the beginning
     std::int64_t target_ = 0;
     std::function<void()> done_;

@@ -10,10 +10,10 @@ namespace orvane::platform {
 
 namespace {
 
-// Read at a time. Most compressed files have to be sought again for each step backward.
+// Frames read at a time. Most compressed files need a seek for each step backward.
 constexpr std::size_t forwardFrames = 4096;
 constexpr std::size_t reverseFrames = 32768;
-// Sound above this is no sound (full scale is 1), and must not reach anybody's ears.
+// Louder values are errors (full scale is 1), and must not be heard.
 constexpr float loudest = 16;
 
 } // namespace
@@ -28,7 +28,7 @@ std::span<const float* const> SampleWindow::frames(std::int64_t first, std::size
     if (first < start_ || end > start_ + static_cast<std::int64_t>(length_)) {
         const std::size_t length = count + (isReverse ? reverseFrames : forwardFrames);
         const std::int64_t start = isReverse ? end - static_cast<std::int64_t>(length) : first;
-        // What both windows hold is moved; what is missing before and behind it is read.
+        // Frames in both windows are moved; the missing ones before and after them are read.
         const std::int64_t keptFirst = std::max(start, start_);
         const std::int64_t keptEnd =
             std::min(start + static_cast<std::int64_t>(length), start_ + static_cast<std::int64_t>(length_));
@@ -78,7 +78,7 @@ void SampleWindow::read(std::int64_t first, std::size_t count, std::size_t at) {
             count -= got;
         }
     } catch (const std::exception&) {
-        filePosition_ = -1; // what was read is heard, the rest is silent
+        filePosition_ = -1; // what was read is played, the rest is silent
     }
     for (auto& channel : channels_) {
         const std::span<float> fresh(channel.data() + from, at - from);

@@ -12,11 +12,11 @@ namespace {
 constexpr double fastestHeard = 2; // magnitude of the rate
 constexpr double rateTolerance = 1e-6;
 constexpr double fadeFrames = 64; // before the clip's end
-// Longer than any output lives, and far from overflow when a place is added.
+// Longer than any output runs, and far from overflow when a place is added.
 constexpr std::int64_t endless = std::numeric_limits<std::int64_t>::max() / 4;
-// Enough for a tempo change to give its next piece, whatever it does with what it gets.
+// Enough for a tempo change to return its next piece, however much it buffers.
 constexpr int mostFeeds = 256;
-// Of the output, around an attack: longer than the tempo change moves it, and than the clap itself.
+// Seconds of the output around an attack: longer than the tempo change moves it, and than the clap itself.
 constexpr double beforeAttackSeconds = 0.01, behindAttackSeconds = 0.016, attackFadeSeconds = 0.002;
 
 bool isNear(double a, double b) { return std::abs(a - b) < rateTolerance; }
@@ -125,7 +125,7 @@ void SoundRendering::stretch(SoundBlock& block) {
     feed_.resize(2 * SoundBlock::mostFrames);
     std::size_t done = 0;
     for (int feeds = 0; done < SoundBlock::mostFrames && feeds < mostFeeds;) {
-        // Interleaved frames come through the same array as those that go in.
+        // Output frames use the same interleaved array as input frames.
         const std::size_t got = tempo_->take(feed_.data(), SoundBlock::mostFrames - done);
         for (std::size_t i = 0; i < got; ++i) {
             block.left[done + i] = feed_[2 * i];
@@ -160,7 +160,7 @@ void SoundRendering::mixInAttack(SoundBlock& block, std::int64_t attack) {
     const double clip = static_cast<double>(attack) / window_.sampleRate() + plan_.offsetSeconds;
     const std::int64_t middle =
         transport.outputFrame + std::llround((clip - transport.clipSeconds) / transport.rate * outputRate_);
-    // Backwards the clap comes before its attack.
+    // In reverse the clap comes before its attack.
     const auto before =
         static_cast<std::int64_t>((isReverse_ ? behindAttackSeconds : beforeAttackSeconds) * outputRate_);
     const auto behind =
@@ -183,7 +183,7 @@ void SoundRendering::mixInAttack(SoundBlock& block, std::int64_t attack) {
 }
 
 void SoundRendering::fadeOut(SoundBlock& block) const {
-    // Frames of the output that are left of the clip, in the direction in which it runs.
+    // Frames of the output until the clip's end, in the direction of playback.
     const double clip = clipSecondsAt(block.firstFrame);
     const double left =
         (isReverse_ ? clip : plan_.endSeconds - clip) * outputRate_ / std::abs(plan_.transport.rate);

@@ -21,15 +21,15 @@ namespace orvane::platform {
 
 namespace {
 
-// Held ready ahead of what the output has asked for.
+// Kept ready beyond what the output has requested.
 constexpr double aheadSeconds = 0.25;
 constexpr double crossfadeSeconds = 0.004;
-// A change without a transition of its own (sound that comes too late, or again) is smoothed over so many
+// A change without a crossfade of its own (sound that comes too late, or again) is smoothed over this many
 // frames.
 constexpr int declickFrames = 64;
-constexpr float volumeStep = 0.01F; // of the way, with each frame
+constexpr float volumeStep = 0.01F; // the part of the difference, in each frame
 constexpr float volumeTolerance = 1e-5F;
-// A tempo change is begun again when it is late by more.
+// A tempo change is started again when it is later than this.
 constexpr double mostLateSeconds = 0.1;
 
 struct Levels {
@@ -37,27 +37,27 @@ struct Levels {
     std::array<ChannelPeak, SoundBlock::mostChannels> channels{};
 };
 
-/// What the interface thread, the reading thread and the callback share. The reading thread owns a share, so
-/// that nobody has to wait for a read that hangs.
+/// State shared by the interface thread, the reading thread and the callback. The reading thread owns a
+/// share, so that no thread has to wait for a read that hangs.
 struct Shared {
     Shared(std::unique_ptr<AudioFile> file, double rate, SoundRendering::MakeTempoChange makeTempoChange)
         : outputRate(rate), rendering(std::move(file), rate, std::move(makeTempoChange)) {}
 
     const double outputRate;
     SoundBlocks blocks;
-    Signal wake; ///< for the reading thread
+    Signal wake; ///< wakes the reading thread
     TripleBuffer<SoundPlan> plans;
     std::atomic<std::uint64_t> plansMade = 0;
     std::atomic<std::int64_t> asked = 0; ///< frames that the callback has been asked for
 
-    // The reading thread, and those that wait for it.
+    // Used by the reading thread, and by threads that wait for it.
     SoundRendering rendering;
     std::mutex mutex;
     std::condition_variable progress;
-    std::uint64_t plansBegun = 0; ///< under the mutex, as the next three
+    std::uint64_t plansBegun = 0; ///< guarded by the mutex, as are the next three
     std::int64_t readyUntil = 0;
-    std::uint64_t roundsWanted = 0; ///< looks for something to do
-    std::uint64_t roundsIdle = 0;   ///< of which the last found nothing
+    std::uint64_t roundsWanted = 0; ///< searches for work that were requested
+    std::uint64_t roundsIdle = 0;   ///< those of them whose last search found nothing
 
     void read(const std::stop_token& stop);
 
@@ -69,7 +69,7 @@ void Shared::read(const std::stop_token& stop) {
     const std::stop_callback stopped(stop, [this] { wake.post(); });
     std::optional<SoundPlan> waiting;
     std::uint64_t generation = 0;
-    bool isEnded = true; // nothing follows in the present generation
+    bool isEnded = true; // nothing follows in the current generation
     while (!stop.stop_requested()) {
         std::uint64_t round = 0;
         {
@@ -90,7 +90,7 @@ void Shared::read(const std::stop_token& stop) {
     progress.notify_all();
 }
 
-/// One block; false where there is none to make.
+/// Makes one block; false if there is none to make.
 bool Shared::step(std::optional<SoundPlan>& waiting, std::uint64_t& generation, bool& isEnded) {
     const std::uint64_t made = plansMade;
     if (plans.update()) waiting = plans.current();
@@ -99,7 +99,7 @@ bool Shared::step(std::optional<SoundPlan>& waiting, std::uint64_t& generation, 
     if (waiting) {
         due = std::max(due, waiting->askedFrames);
         const std::int64_t start = std::max(due, waiting->transport.outputFrame);
-        // Until a transport begins the one before goes on.
+        // Until a transport begins, the previous one continues.
         if (isEnded || start <= rendering.position()) {
             rendering.begin(*waiting, start);
             waiting.reset();
@@ -167,7 +167,7 @@ class BlockMixer {
         blocks.release(end, generation_);
     }
 
-    /// Whether `levels` hold those of something that was heard in the last call.
+    /// Whether `levels` are those of sound that was heard in the last call.
     bool isHeard() const { return isHeard_; }
     void copyLevels(Levels& levels) const noexcept { levels = levels_; }
 
@@ -186,7 +186,7 @@ class BlockMixer {
              const SoundBlock* to, float volume) noexcept {
         const auto at = static_cast<std::size_t>(frame - block.firstFrame);
         const bool isFading = fadeLeft_ > 0;
-        // Sound that begins or ends outside a passage: in a ramp from the last value to the new one.
+        // Sound that begins or ends outside a crossfade: a ramp from the last value to the new one.
         const bool hasJustBegun = fadeLeft_ == fadeFrames_;
         const bool isBroken = sounds(from) != hadFrom_ || (isFading && !hasJustBegun && sounds(to) != hadTo_);
         hadFrom_ = sounds(from);
@@ -230,8 +230,8 @@ class BlockMixer {
 
     const std::int64_t fadeFrames_;
     std::uint64_t generation_ = 0;
-    std::uint64_t next_ = 0;    ///< to which the sound passes over
-    std::int64_t fadeLeft_ = 0; ///< frames of that passage
+    std::uint64_t next_ = 0;    ///< the generation to which the sound fades
+    std::int64_t fadeLeft_ = 0; ///< remaining frames of that crossfade
     float volume_ = 1;
     bool isVolumeKnown_ = false;
     bool hadFrom_ = false; ///< in the last piece
@@ -259,7 +259,7 @@ class ReadTrack final : public SoundTrack {
     ReadTrack& operator=(const ReadTrack&) = delete;
 
     void addTo(const AudioBlock& block) noexcept override {
-        if (block.frames == 0) return; // an output that is pulled by hand: what was heard last still counts
+        if (block.frames == 0) return; // an output that the caller drives: the last sound heard still counts
         heard_.addTo(block, shared_->blocks, volume_.load(std::memory_order_relaxed));
         shared_->asked = block.firstFrame + static_cast<std::int64_t>(block.frames);
         shared_->wake.post();
@@ -326,14 +326,14 @@ class ReadTrack final : public SoundTrack {
     const double sampleRate_;
     const int channelCount_;
     const std::int64_t frameCount_;
-    SoundPlan plan_; ///< interface thread
+    SoundPlan plan_; ///< owned by the interface thread
     std::optional<PlaybackActivity> activity_;
     std::atomic<float> volume_ = 1;
-    BlockMixer heard_; ///< the callback's
+    BlockMixer heard_; ///< of the callback
     bool wasHeard_ = false;
     mutable TripleBuffer<Levels> levels_;
     std::stop_source stop_;
-    std::unique_ptr<SerialQueue> reading_; ///< last: it is waited for first
+    std::unique_ptr<SerialQueue> reading_; ///< last: its end is waited for first
 };
 
 std::unique_ptr<TempoChange> tempoChangeOfModule(const TempoChange::Options& options) {

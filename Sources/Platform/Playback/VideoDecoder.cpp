@@ -16,21 +16,21 @@ namespace {
 
 using helper::Process;
 
-/// Of blocks that wait to be used again: three of 1080p. One is kept in any case.
+/// Most bytes of free blocks: three of 1080p. One block is kept in any case.
 constexpr std::size_t mostFreeBytes = std::size_t{24} << 20U;
 
-/// A second, of a file that tells no rate.
+/// Pictures per second, for a file that states no rate.
 constexpr double usualPictureRate = 25;
 
-/// Processes that end over one file, before no further one is started for it. One that hangs has cost as much
-/// time as many that crash.
+/// Most processes that may end over one file, before no other is started for it. One that hangs counts as the
+/// many crashes that take as much time.
 constexpr int mostEnds = 48;
 constexpr int endsOfOneThatHangs = 12;
-/// So that a moment from a rounded duration does not lie in front of the picture that it means.
+/// So that a time from a rounded duration is not before the picture that it means.
 constexpr MediaTime timeRoundingSlack{1, 100'000};
 
 helper::Seconds message(MediaTime time) { return {time.value, time.scale}; }
-/// What a helper says of a time; it may say anything.
+/// A time from the helper, which may have any value.
 MediaTime time(helper::Seconds seconds) {
     constexpr std::int64_t most = std::int64_t{1} << 62U;
     const bool isSensible = seconds.scale > 0 && seconds.value < most && seconds.value > -most;
@@ -42,7 +42,7 @@ bool isSensible(const helper::VideoStream& stream) {
            std::isfinite(stream.nominalFrameRate) && stream.nominalFrameRate >= 0;
 }
 
-/// For the queries of all decoders: a helper serves one after the other.
+/// Shared by all decoders: a helper serves one query after another.
 std::uint64_t nextQuery() {
     static std::atomic<std::uint64_t> number = 0;
     return ++number;
@@ -153,7 +153,7 @@ VideoDecoder::Result VideoDecoder::ask(helper::PictureQuery& query, PictureSize 
         }
         if (process_->isRunning()) return {};
         noteEnd();
-        // It may have ended before, for another reason.
+        // The first may have ended for another reason.
         if (endsInRow_ > 1) return {};
         throwIfStopped(stop);
     }
@@ -177,7 +177,7 @@ bool VideoDecoder::openAnew(helper::PictureQuery& query) {
     process_ = process;
     handle_ = (*stream)->handle;
     if (query.choice == helper::PictureChoice::next) {
-        constexpr int longestStep = 10; // as a power of two
+        constexpr int longestStep = 10; // exponent of a power of two
         const int step = std::min(endsInRow_ - 2, longestStep);
         const std::int64_t passedOver = step < 0 ? 0 : std::int64_t{1} << step;
         query.choice = helper::PictureChoice::at;
@@ -191,7 +191,7 @@ MediaTime VideoDecoder::pictureLength() const {
                                   (facts_.nominalFrameRate > 0 ? facts_.nominalFrameRate : usualPictureRate));
 }
 
-/// Its pixels are read before another is asked for.
+/// Its pixels are read before the next query.
 VideoDecoder::Result VideoDecoder::resultOf(const helper::PictureAnswer& answer,
                                             const std::stop_token& stop) {
     if (answer.outcome == helper::PictureOutcome::stopped) {
@@ -208,7 +208,7 @@ VideoDecoder::Result VideoDecoder::resultOf(const helper::PictureAnswer& answer,
     picture.size = {answer.width, answer.height};
     picture.time = time(answer.time);
     picture.duration = time(answer.duration);
-    if (picture.duration <= MediaTime{}) // nobody knows
+    if (picture.duration <= MediaTime{}) // unknown
         picture.duration = pictureLength();
     picture.number = answer.number;
     const auto pixels = store_->get(store_, picture.bytes());

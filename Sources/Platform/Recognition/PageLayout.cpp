@@ -14,22 +14,23 @@ namespace {
 
 constexpr double widestLetter = 0.3; ///< shares of the picture's sides
 constexpr double highestLetter = 0.3;
-constexpr int lowestLetter = 8; ///< pixels; what is lower cannot be read
-/// Of a rule: longer than this share of the width, and so many times longer than wide.
+constexpr int lowestLetter = 8; ///< pixels; lower letters cannot be read
+/// A rule is longer than this share of the width, and this many times longer than wide.
 constexpr double shortestRule = 0.05;
 constexpr int ruleAspect = 8;
-constexpr double leastCellFill = 0.45; ///< of its box; a long cell that is held at an angle fills half
+constexpr double leastCellFill = 0.45; ///< of its box; a long cell of a board held at an angle fills half
 constexpr double smallestCell = 0.001, largestCell = 0.4; ///< shares of the picture
-/// Beyond these it is texture. A slate has some twenty cells and some two hundred letters.
+/// More than this is texture. A slate has some twenty cells and some two hundred letters.
 constexpr std::size_t mostCells = 60;
 constexpr std::size_t mostLetters = 500;
-/// Of what has the shape of letters, so much stands in rows where there is text and no texture.
+/// The least share of letter shapes that are in rows, if there is text and no texture.
 constexpr double leastInRows = 0.65;
 constexpr std::size_t fewestOfTexture = 120;
-/// A picture with as many letters in as many cells shows a form, and what is unframed is its surroundings.
+/// A picture with at least this many letters in at least this many cells shows a form; unframed shapes are
+/// its surroundings.
 constexpr int fewestFormLetters = 8;
 constexpr std::size_t fewestFormCells = 3;
-constexpr int shortestRow = 3; ///< letters side by side where no cell says that they are text
+constexpr int shortestRow = 3; ///< letters beside each other, if no cell shows that they are text
 
 using Component = Components::Component;
 
@@ -48,7 +49,7 @@ bool isLetter(const Component& component) {
            component.pixels > leastFill * box.area();
 }
 
-/// What the rules enclose. They may have small gaps.
+/// Finds the cells that the rules enclose. The rules may have small gaps.
 void findCells(const Components& components, const std::vector<bool>& isRule, Page& page) {
     constexpr int bridged = 2; // pixels; half of the widest gap in a rule
     const int width = page.letters.width, height = page.letters.height;
@@ -91,7 +92,7 @@ bool areHorizontalNeighbours(const Box& a, const Box& b) {
            a.overlapAcross(b) * 2 < std::min(a.width(), b.width());
 }
 
-/// How many letters stand in the row of each.
+/// For each letter, the number of letters in its row.
 std::vector<int> rowLengths(const std::vector<Box>& letters) {
     std::vector<std::size_t> order(letters.size()), parents(letters.size());
     for (std::size_t i = 0; i < letters.size(); ++i) order[i] = parents[i] = i;
@@ -114,8 +115,8 @@ std::vector<int> rowLengths(const std::vector<Box>& letters) {
     return lengths;
 }
 
-/// Short rows that stand on the line of a longer one: a value of one or two letters at some distance behind
-/// its label, or behind a colon, whose dots are no letters.
+/// Short rows in line with a longer one: a value of one or two letters at some distance after its label, or
+/// after a colon, whose dots are no letters.
 std::vector<bool> completesRow(const std::vector<Box>& letters, const std::vector<int>& lengths) {
     constexpr double widestGap = 12, mostOffLine = 0.25; // times the height
     std::vector<bool> result(letters.size(), false);
@@ -137,7 +138,7 @@ bool overlapsRow(const Box& row, const Box& box) {
     return row.overlapDown(box) * 2 > std::min(row.height(), box.height());
 }
 
-/// Boxes as they are read: rows from the top, each from left to right.
+/// Boxes in reading order: rows from the top, each from left to right.
 template <class Item>
 std::vector<std::vector<Item>> rowsOf(std::vector<Item> items) {
     std::ranges::stable_sort(items, {}, [](const Item& item) { return item.box.top + item.box.bottom; });
@@ -246,14 +247,14 @@ bool isOneWordWithoutDigit(const Words& words) {
     return words.size() == 1 && words.front().text.find_first_of("0123456789") == std::string::npos;
 }
 
-/// A label over its value: one word, or in smaller type.
+/// Whether a label is above its value: it is one word, or in smaller type.
 bool isLabelled(const std::vector<Words>& rows) {
     constexpr std::size_t mostRows = 3;
     if (rows.size() < 2 || rows.size() > mostRows) return false;
     return isLabelOf(lineOf(rows[0]), lineOf(rows[1])) || isOneWordWithoutDigit(rows[0]);
 }
 
-/// Words of a row that stand side by side.
+/// Groups of words of a row that are beside each other.
 std::vector<Words> groupsOf(const Words& row) {
     constexpr double widestGap = 2; // times the height of the words
     std::vector<Words> groups;
@@ -267,8 +268,8 @@ std::vector<Words> groupsOf(const Words& row) {
     return groups;
 }
 
-/// A row of labels in small type over a row of values, on a board without cells: each value goes to the last
-/// label that begins to its left, where that has no other.
+/// A row of labels in small type above a row of values, on a board without cells: each value belongs to the
+/// last label that begins to its left, if that has no other value.
 void joinValues(std::vector<Words>& labels, std::vector<Words>& values) {
     constexpr double furthest = 1.5; // times the height of the value
     for (std::size_t i = 0; i < labels.size(); ++i) {
@@ -287,7 +288,7 @@ void joinValues(std::vector<Words>& labels, std::vector<Words>& values) {
     }
 }
 
-/// Texture is taken for short words, and for longer ones with little confidence.
+/// Texture is often read as short words, and as longer ones with little confidence.
 bool isBelievable(const Line& line, const std::vector<Word>& words) {
     constexpr std::size_t shortestWord = 3; // bytes
     constexpr double leastConfidence = 0.8;

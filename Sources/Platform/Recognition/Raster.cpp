@@ -72,7 +72,7 @@ double noiseOf(const Grey& grey) {
 Grey enlarged(const Grey& grey, const Box& part) {
     constexpr int factor = 2;
     Grey larger(part.width() * factor, part.height() * factor);
-    // Of the four pixels around it, 9, 3, 3 and 1 sixteenths: bilinear at the middles of the new pixels.
+    // From the four pixels around it, 9, 3, 3 and 1 sixteenths: bilinear at the centres of the new pixels.
     for (int y = 0; y < larger.height; ++y)
         for (int x = 0; x < larger.width; ++x) {
             const int nearX = part.left + x / factor, nearY = part.top + y / factor;
@@ -103,10 +103,11 @@ Cleaned cleaned(Grey grey) {
 }
 
 Ink inkOf(const Cleaned& picture) {
-    constexpr int reachesDown = 18;      // of the surroundings to each side, in the height of the picture
+    constexpr int reachesDown = 18;      // the surroundings on each side, as a part of the picture's height
     constexpr double leastContrast = 10; // grey values
     constexpr double timesTheNoise = 3;
-    // Strokes that cover up to half of their surroundings; beside an edge the paper itself is not taken in.
+    // Strokes may cover up to half of their surroundings; beside an edge the paper itself must not count as
+    // ink.
     constexpr double ofTheDeviation = 1;
     const Grey& grey = picture.grey;
     const int reach = std::max(4, grey.height / reachesDown);
@@ -132,21 +133,21 @@ Ink inkOf(const Cleaned& picture) {
 
 namespace {
 
-/// Numbers of pieces, and which of them turned out to be one.
+/// The numbers of connected pieces, and which numbers are the same piece.
 class Pieces {
   public:
     std::int32_t add() {
         parents_.push_back(static_cast<std::int32_t>(parents_.size()));
         return parents_.back();
     }
-    /// The lower number stands for both.
+    /// The lower number is used for both.
     void join(std::int32_t a, std::int32_t b) {
         if (a == b) return;
         a = root(a);
         b = root(b);
         parents_[static_cast<std::size_t>(std::max(a, b))] = std::min(a, b);
     }
-    /// For each number the place of its piece, from 0 without gaps; and how many pieces there are.
+    /// For each number the index of its piece, from 0 without gaps; and the number of pieces.
     std::pair<std::vector<std::int32_t>, std::size_t> places() {
         std::vector<std::int32_t> places(parents_.size());
         std::int32_t count = 0;
@@ -186,7 +187,7 @@ Components componentsOf(const Mask& mask, Neighbours neighbours) {
             const std::int32_t left = label(-1, 0), up = label(0, -1);
             own = up >= 0 ? up : left;
             if (up >= 0 && left >= 0 && !isDiagonal) pieces.join(up, left);
-            if (isDiagonal && up < 0) { // what is above has been joined with all of its neighbours
+            if (isDiagonal && up < 0) { // the pixel above has been joined with all of its neighbours
                 const std::int32_t upRight = label(1, -1);
                 if (own < 0) own = label(-1, -1);
                 if (own >= 0 && upRight >= 0) pieces.join(own, upRight);

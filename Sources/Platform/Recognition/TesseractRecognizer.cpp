@@ -18,7 +18,7 @@
 #include <unistd.h>
 #include <utility>
 
-// Of the threads library that the recognition library runs its loops on, where it was built with one.
+// A function of the threads library on which the recognition library may run its loops.
 extern "C" [[gnu::weak]] void omp_set_max_active_levels(int levels);
 
 namespace orvane::platform {
@@ -29,7 +29,7 @@ using namespace recognition;
 
 /// Pixels; larger pictures are reduced.
 constexpr int fastSide = 1600, accurateSide = 2600;
-/// Fewer letters are no text; nothing is to be had from recognising them.
+/// Fewer letters are not text, and are not recognised.
 constexpr int fewestLetters = 3;
 /// Letters that are lower, pixels, are read in an enlarged picture.
 constexpr int smallType = 20;
@@ -41,8 +41,8 @@ struct Language {
 };
 constexpr std::array<Language, 2> languages{{{"eng", "English"}, {"deu", "German"}}};
 
-/// Loops of the recognition run on the calling thread: its own threads cost more than they gain, and are in
-/// the way of the others. A setting of the calling thread.
+/// Makes the recognition's loops run on the calling thread: its own threads cost more than they gain, and
+/// slow down the others. A setting of the calling thread.
 void keepToOneThread() {
     if (omp_set_max_active_levels != nullptr) omp_set_max_active_levels(0);
 }
@@ -53,8 +53,8 @@ std::string dataFile(const std::string& folder, const Language& language) {
     return folder + "/" + language.code + ".traineddata";
 }
 
-/// Where data of one of the languages lies: the folder that the library's own variable names, or one of those
-/// in which systems keep it. Looked up here because the library complains on standard error.
+/// The folder with the data of one of the languages: the one that the library's own variable names, or one of
+/// those in which systems keep it. Searched here because the library would write to standard error.
 std::string dataFolder() {
     std::vector<std::string> folders;
     if (const char* named = std::getenv("TESSDATA_PREFIX"))
@@ -68,7 +68,7 @@ std::string dataFolder() {
     return {};
 }
 
-/// English and German, as far as they are installed.
+/// English and German, if installed.
 std::vector<Language> knownLanguages(const std::string& folder) {
     std::vector<Language> known;
     for (const Language& language : languages)
@@ -93,7 +93,7 @@ bool hasLetterOrDigit(std::string_view text) {
     });
 }
 
-/// Black letters on white, a bit a pixel, with a margin and in a size that is read best.
+/// Black letters on white, one bit for each pixel, with a margin and in the best size for reading.
 struct Sheet {
     Pix* pix = nullptr;
     Box part;         ///< of the page
@@ -159,7 +159,7 @@ class TesseractRecognizer final : public TextRecognizer {
     }
 
   private:
-    /// Of dark letters or of light ones, whichever are more.
+    /// Dark letters or light ones, whichever are more.
     static Page pageOf(const Cleaned& picture, const std::stop_token& stop) {
         const Ink ink = inkOf(picture);
         throwIfStopped(stop);
@@ -171,7 +171,7 @@ class TesseractRecognizer final : public TextRecognizer {
         return rank(light) > rank(dark) ? std::move(light) : std::move(dark);
     }
 
-    /// The letters, with the rules around them.
+    /// The area of the letters, with the rules around them.
     static Box withMargin(const Page& page) {
         Box part = page.extent;
         for (const Box& cell : page.cellBoxes) part = part.joined(cell);
@@ -193,8 +193,8 @@ class TesseractRecognizer final : public TextRecognizer {
         return found;
     }
 
-    /// The search for text in a whole picture passes over single letters and digits. What of a cell it did
-    /// not read, row by row.
+    /// The search for text in a whole picture skips single letters and digits. Returns the parts of a cell
+    /// that it did not read, row by row.
     static std::vector<Box> unreadInCells(const Page& page, const std::vector<Word>& read) {
         std::map<std::int32_t, std::vector<Box>> rows;
         for (const Box& letter : page.letterBoxes) {
@@ -213,7 +213,7 @@ class TesseractRecognizer final : public TextRecognizer {
         }
         std::vector<Box> unread;
         for (const auto& [cell, own] : rows) unread.insert(unread.end(), own.begin(), own.end());
-        constexpr std::size_t most = 40; // beyond that it is no form
+        constexpr std::size_t most = 40; // with more it is no form
         if (unread.size() > most) unread.clear();
         return unread;
     }
@@ -252,7 +252,7 @@ class TesseractRecognizer final : public TextRecognizer {
     }
 
     const std::unique_ptr<API> fast_;
-    const std::unique_ptr<API> accurate_; ///< null: the same
+    const std::unique_ptr<API> accurate_; ///< null: the same as the fast one
 };
 
 } // namespace

@@ -15,7 +15,7 @@ namespace {
 using Answer = SecretServiceModule::Answer;
 using Found = SecretServiceModule::Found;
 
-/// Under which service the items of this program stand.
+/// The service under which the items of this program are kept.
 constexpr const char* serviceName = "com.orvanelabs.OrvaneTandrel";
 
 const SecretSchema& schema() {
@@ -35,7 +35,7 @@ struct Frees {
 };
 using Error = std::unique_ptr<GError, Frees<g_error_free>>;
 
-/// Ends a call that nobody answers: the store may ask the user for a password, and there may be no user.
+/// Ends a call that gets no answer: the store may ask the user for a password, and there may be no user.
 class TimeLimit {
   public:
     TimeLimit() : cancellable_(g_cancellable_new()), thread_([this] { wait(); }) {}
@@ -66,7 +66,7 @@ class TimeLimit {
     std::thread thread_;
 };
 
-/// Releases what a call gave a reference to.
+/// Releases the references that a call returned.
 struct Unrefs {
     void operator()(void* object) const { g_object_unref(object); }
 };
@@ -93,8 +93,8 @@ std::string accountOf(SecretItem* item) {
 
 bool isLocked(SecretItem* item) { return secret_item_get_locked(item) != FALSE; }
 
-/// One conversation with the store. Any call that fails leaves its error here, and the calls behind it are of
-/// no use.
+/// One session with the store. A call that fails leaves its error here, and the following calls have no
+/// effect.
 class Conversation {
   public:
     Conversation() : service_(secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, limit_, fails())) {}
@@ -103,16 +103,16 @@ class Conversation {
     ~Conversation() { g_clear_error(&error_); }
 
     bool hasFailed() const { return error_ != nullptr || !service_; }
-    /// A store that was started again does not know the session, which a next conversation would share.
+    /// A restarted store does not know the session, which the next conversation would share.
     bool isWorthAnother() const {
         return hasFailed() && !isOnce && !g_error_matches(error_, G_IO_ERROR, G_IO_ERROR_CANCELLED) &&
                !g_error_matches(error_, SECRET_ERROR, SECRET_ERROR_IS_LOCKED);
     }
 
-    /// There is no such service, and none that could be started.
+    /// The service is not running and cannot be started.
     bool isAbsent() const { return g_error_matches(error_, G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN); }
 
-    /// The user was asked something, and is not to be asked it again.
+    /// The user was asked, and is not to be asked again.
     bool isOnce = false;
 
     /// All items of this program, locked or not.
@@ -121,7 +121,7 @@ class Conversation {
         return Items(secret_service_search_sync(service_.get(), &schema(), any.get(), SECRET_SEARCH_ALL,
                                                 limit_, fails()));
     }
-    /// Leaves the secrets of those that are not locked in them.
+    /// Loads the secrets of the unlocked items into them.
     void load(const Items& items) {
         if (items) secret_item_load_secrets_sync(items.get(), limit_, fails());
     }
@@ -137,11 +137,11 @@ class Conversation {
                                       label.c_str(), kept.get(), limit_, fails()) == FALSE)
             isRefused_ = true;
     }
-    /// It said no, without an error.
+    /// It refused, without an error.
     bool isRefused() const { return isRefused_; }
     void remove(SecretItem* item) { secret_item_delete_sync(item, limit_, fails()); }
 
-    /// Asks the user, one time for all of them. Whether any was unlocked.
+    /// Asks the user once for all of them. Returns whether any was unlocked.
     bool unlock(GList* objects) {
         const TimeLimit forTheUser;
         GError* error = nullptr;
@@ -153,7 +153,7 @@ class Conversation {
     }
 
   private:
-    /// Where the next call leaves its error; the first one is kept.
+    /// Where the next call stores its error; the first one is kept.
     GError** fails() { return error_ == nullptr ? &error_ : nullptr; }
 
     GError* error_ = nullptr;
@@ -162,7 +162,7 @@ class Conversation {
     const Service service_;
 };
 
-/// Whether the session has a bus, on which a store could be.
+/// Whether the session has a bus, on which there could be a store.
 bool hasBus() {
     GError* error = nullptr;
     gchar* const address = g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SESSION, nullptr, &error);
@@ -171,7 +171,7 @@ bool hasBus() {
     return address != nullptr;
 }
 
-/// Asks the store, and once more where it may have been started again.
+/// Asks the store, and once more if it may have been restarted.
 template <class Ask>
 Answer answered(const Ask& ask) {
     if (!hasBus()) return Answer::absent;
@@ -179,13 +179,13 @@ Answer answered(const Ask& ask) {
         Conversation store;
         const Answer answer = store.hasFailed() ? Answer::none : ask(store);
         if (!store.hasFailed()) return answer;
-        // The one that is gone is no service that the bus knows, either.
+        // The bus also reports a store that has ended as unknown.
         if (isAgain || !store.isWorthAnother()) return store.isAbsent() ? Answer::absent : Answer::none;
         secret_service_disconnect();
     }
 }
 
-/// Whether the collection into which secrets go can be read, after the user was asked where that is allowed.
+/// Whether the collection for new secrets can be read, after asking the user where that is allowed.
 bool isOpen(Conversation& store, bool mayAsk) {
     const Collection collection = store.standardCollection();
     if (!collection || secret_collection_get_locked(collection.get()) == FALSE) return true;
@@ -237,8 +237,8 @@ Found read(bool mayAsk) {
     return found;
 }
 
-/// A store that fails or is locked may still keep them: only an open one that shows none says that they are
-/// gone.
+/// A store that fails or is locked may still keep them: only an open one that shows none proves that they are
+/// removed.
 Answer remove(const std::vector<std::string>& accounts) {
     const auto isWanted = [&](SecretItem* item) {
         return std::ranges::find(accounts, accountOf(item)) != accounts.end();

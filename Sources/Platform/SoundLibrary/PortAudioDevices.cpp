@@ -16,15 +16,15 @@ namespace {
 
 constexpr int channels = 2;
 constexpr unsigned long blockFrames = 512;
-// Servers of sound that stand between the program and the card lose blocks below this.
+// Sound servers between the program and the card lose blocks with less.
 constexpr double shortestLatencySeconds = 0.02;
 
 void dropALSAMessage(const char* /*file*/, int /*line*/, const char* /*function*/, int /*error*/,
                      const char* /*format*/, ...) {}
 
-/// While one lives, what a library prints by the C library's `stderr` is dropped: what lies behind ALSA and
-/// JACK has no other way to be kept from the terminal. The descriptor stays as it is, so that messages of the
-/// program, which go past `stderr`, are not lost.
+/// While one lives, output of libraries through the C library's `stderr` is discarded: libraries that ALSA
+/// and JACK use cannot be kept from the terminal in another way. The descriptor is not changed, so that the
+/// program's messages, which do not use `stderr`, are not lost.
 class PrintedErrorsDropped {
   public:
     PrintedErrorsDropped() {
@@ -32,7 +32,7 @@ class PrintedErrorsDropped {
         // Never closed: a thread of a library may still be printing.
         static std::FILE* const nowhere = std::fopen("/dev/null", "we");
         if (living_++ == 0 && nowhere != nullptr)
-            printed_ = std::exchange(stderr, nowhere); // glibc: a variable
+            printed_ = std::exchange(stderr, nowhere); // a variable in glibc
     }
     ~PrintedErrorsDropped() {
         const std::lock_guard lock(mutex_);
@@ -47,10 +47,10 @@ class PrintedErrorsDropped {
     inline static std::FILE* printed_ = nullptr;
 };
 
-/// Looking for devices makes ALSA and JACK say on standard error what is not there.
+/// A search for devices makes ALSA and JACK report missing ones on standard error.
 void silenceLibraries() {
     snd_lib_error_set_handler(dropALSAMessage);
-    void* jack = ::dlopen("libjack.so.0", RTLD_NOW | RTLD_NOLOAD); // as far as PortAudio brought it
+    void* jack = ::dlopen("libjack.so.0", RTLD_NOW | RTLD_NOLOAD); // only if PortAudio has loaded it
     if (jack == nullptr) return;
     using Handler = void (*)(const char*);
     using SetHandler = void (*)(Handler);
@@ -59,23 +59,23 @@ void silenceLibraries() {
     ::dlclose(jack);
 }
 
-/// PortAudio ends the program with an assertion where ALSA's configuration names no default device: it is
-/// empty, or not there at all.
+/// PortAudio ends the program with an assertion if ALSA's configuration names no default device, because it
+/// is empty or missing.
 bool alsaNamesADefault() {
     snd_config_t* found = nullptr;
     return snd_config_update() >= 0 && snd_config_search(snd_config, "pcm.default", &found) >= 0;
 }
 
-/// Servers of sound share memory with their clients, which counts as a file. Where the user may write none of
-/// that size, JACK leaves a broken one behind, at which every later start of any program waits for 18 s.
+/// Sound servers share memory with their clients, which counts as a file. If the user may not write a file of
+/// that size, JACK leaves a broken one, at which every later start of any program waits for 18 s.
 bool mayShareMemory() {
     constexpr rlim_t most = 128U << 20U; // PulseAudio takes 64 MB, JACK less
     rlimit limit{};
     return ::getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur >= most;
 }
 
-/// PortAudio knows the devices that there were at its start: each use starts it again. It counts its uses
-/// without a lock of its own.
+/// PortAudio lists the devices present at its start, so each use starts it again. It counts its uses without
+/// a lock of its own.
 class PortAudioSession {
   public:
     PortAudioSession() {
@@ -92,7 +92,7 @@ class PortAudioSession {
     PortAudioSession(const PortAudioSession&) = delete;
     PortAudioSession& operator=(const PortAudioSession&) = delete;
 
-    /// Null where there is no device that plays two channels.
+    /// Null if no device plays two channels.
     const PaDeviceInfo* defaultOutput() const {
         if (!isStarted_) return nullptr;
         const PaDeviceIndex index = Pa_GetDefaultOutputDevice();
@@ -154,7 +154,7 @@ class PortAudioDevice final : public SoundDevice {
         auto& device = *static_cast<PortAudioDevice*>(user);
         auto* const* arrays = static_cast<float* const*>(output);
         std::chrono::duration<double> untilHeard = device.usualLatency_;
-        // Some systems give no times.
+        // Some systems report no times.
         if (time != nullptr && time->outputBufferDacTime > time->currentTime && time->currentTime > 0)
             untilHeard = std::chrono::duration<double>(time->outputBufferDacTime - time->currentTime);
         device.callback_.fill(arrays[0], arrays[1], frames,

@@ -12,7 +12,7 @@ class SoundTouchTempoChange final : public TempoChange {
     explicit SoundTouchTempoChange(const Options& options) {
         library_.setSampleRate(static_cast<unsigned>(std::lround(options.sampleRate)));
         library_.setChannels(channels);
-        // Pitch and rate stay: the filter against their images would only delay.
+        // Pitch and rate do not change: a filter against aliases would only delay.
         library_.setSetting(SETTING_USE_AA_FILTER, 0);
         library_.setSetting(SETTING_USE_QUICKSEEK, options.isQuick ? 1 : 0);
         if (options.tempo > 1) {
@@ -32,10 +32,10 @@ class SoundTouchTempoChange final : public TempoChange {
 
   private:
     static constexpr unsigned channels = 2;
-    // Faster than recorded, sequences of the sound are laid over each other and what lies between two of them
-    // is left out. Up to twice the speed these leave out next to nothing, so that a clap of some milliseconds
-    // is heard wherever it lies, and near its place. Longer ones would be smoother, and lose it. The seek
-    // window holds a period of a low voice.
+    // At faster rates, sequences of the sound overlap each other and the parts between them are left out. Up
+    // to twice the speed almost nothing is left out with this length, so that a clap of some milliseconds is
+    // heard wherever it is, and near its place. Longer sequences would be smoother, but lose it. The seek
+    // window is as long as a period of a low voice.
     static constexpr int sequenceMilliseconds = 14;
     static constexpr int seekMilliseconds = 10;
     static constexpr int overlapMilliseconds = 7;

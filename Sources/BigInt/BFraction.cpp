@@ -83,8 +83,8 @@ double BFraction::asDouble() const {
         denominator_.fits(d);
         return static_cast<double>(n) / static_cast<double>(d); // both exact, so one correct rounding
     }
-    // A quotient of 62 or 63 bits, with the remainder kept as its lowest bit: the one rounding is that to 53
-    // bits.
+    // A quotient of 62 or 63 bits, with the remainder kept as its lowest bit, so that the only rounding is
+    // that to 53 bits.
     constexpr int quotientBits = 62;
     const int shift =
         quotientBits - static_cast<int>(numerator_.bitWidth()) + static_cast<int>(denominator_.bitWidth());

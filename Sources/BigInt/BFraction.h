@@ -11,7 +11,7 @@ namespace orvane {
 class BFraction {
   public:
     BFraction() : denominator_(1) {}
-    /// A denominator of zero is a programmer's error.
+    /// A denominator of zero is a bug of the caller.
     BFraction(BInt numerator, BInt denominator);
     /// The exact value of the float. Values that are not finite give zero.
     explicit BFraction(double value);
@@ -28,8 +28,8 @@ class BFraction {
     friend BFraction operator/(const BFraction& a, const BFraction& b);
     BFraction operator-() const;
     BFraction abs() const;
-    /// Numerator and denominator swapped, the sign stays on the numerator. Zero has none: a programmer's
-    /// error.
+    /// Numerator and denominator swapped; the sign stays on the numerator. Zero has no inverse: a bug of the
+    /// caller.
     BFraction invert() const;
 
     /// The nearest 64-bit float, ties to even; below 2^-1022 one of the two nearest.

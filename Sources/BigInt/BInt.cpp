@@ -15,7 +15,7 @@ __extension__ using Wide = unsigned __int128;
 
 constexpr std::size_t limbBits = 64;
 
-/// Zero keeps its one limb.
+/// Removes high zero limbs; zero keeps one limb.
 void trim(Limbs& limbs) {
     while (limbs.size() > 1 && limbs.back() == 0) limbs.pop_back();
 }
@@ -40,7 +40,7 @@ Limbs sum(const Limbs& a, const Limbs& b) {
     return result;
 }
 
-/// a - b, for a not below b.
+/// a - b; a is not below b.
 Limbs difference(const Limbs& a, const Limbs& b) {
     Limbs result(a.size());
     std::uint64_t borrow = 0;
@@ -78,7 +78,7 @@ void shiftInBit(Limbs& limbs, bool bit) {
     if (carry != 0) limbs.push_back(carry);
 }
 
-/// Long division bit by bit: plain, and never on a hot path.
+/// Long division bit by bit: simple, as speed does not matter here.
 std::pair<Limbs, Limbs> divide(const Limbs& dividend, const Limbs& divisor) {
     Limbs quotient(dividend.size());
     Limbs remainder{0};

@@ -11,8 +11,8 @@
 
 namespace orvane {
 
-/// An arbitrary-precision signed integer. A magnitude of up to 64 bits, which is all that the times of a
-/// document need in practice, lives in the object itself; beyond that it takes memory of its own.
+/// An arbitrary-precision signed integer. A magnitude of up to 64 bits, enough for the times of a document in
+/// practice, is stored in the object itself; a larger one allocates memory.
 class BInt {
   public:
     BInt() = default;
@@ -39,12 +39,11 @@ class BInt {
     friend BInt operator*(const BInt& a, const BInt& b);
     BInt shiftedLeft(std::size_t bits) const;
 
-    /// Truncating division; the remainder takes the dividend's sign. Dividing by zero is a programmer's
-    /// error.
+    /// Truncating division; the remainder takes the dividend's sign. Dividing by zero is a bug of the caller.
     std::pair<BInt, BInt> quotientAndRemainder(const BInt& divisor) const;
     static BInt greatestCommonDivisor(BInt a, BInt b);
 
-    /// Digits in radix 2 to 36, with "-" in front of negative values.
+    /// Digits in radix 2 to 36, with "-" before negative values.
     std::string asString(int radix = 10, bool uppercase = false) const;
     /// True, with the value, when it fits a signed 64-bit integer.
     bool fits(std::int64_t& value) const;
@@ -57,7 +56,7 @@ class BInt {
     bool isSmall() const { return !high_; }
 
     std::uint64_t low_ = 0;
-    std::unique_ptr<std::vector<std::uint64_t>> high_; ///< limbs above the lowest; absent when there are none
+    std::unique_ptr<std::vector<std::uint64_t>> high_; ///< limbs above the lowest; null when there are none
     bool negative_ = false;
 };
 

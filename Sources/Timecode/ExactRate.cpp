@@ -17,11 +17,11 @@ constexpr double largestTerm = 2147483647.0;
 constexpr double countLimit = 9007199254740992.0; // 2^53
 constexpr Fraction fallback{24, 1};
 
-/// The shortest fraction that is the number, or the last one before it whose terms fit, by its continued
+/// The shortest fraction that equals the number, or the last one before it whose terms fit, by its continued
 /// fraction.
 Fraction shortestFraction(double number) {
     double rest = number;
-    std::int64_t n0 = 0, d0 = 1, n1 = 1, d1 = 0; // the two latest approximations
+    std::int64_t n0 = 0, d0 = 1, n1 = 1, d1 = 0; // numerators and denominators of the two latest ones
     constexpr int mostSteps = 64;
     for (int step = 0; step < mostSteps; ++step) {
         const double whole = std::floor(rest);
@@ -56,11 +56,12 @@ std::vector<TableRow> rowsByRate() {
     return rows;
 }
 
-/// Nothing where none is near enough. An export asks some dozen times a clip.
+/// Nothing if none is near enough. An export calls this some dozen times for each clip.
 std::optional<TimecodeFrameRate> nearestOfTable(double fps) {
     static const std::vector<TableRow> rows = rowsByRate();
     const auto above = std::ranges::lower_bound(rows, fps, {}, &TableRow::fps);
-    // The rates lie further apart than twice the distance that counts as near, so one of two is it.
+    // The rates are further apart than twice the distance that counts as near, so only two of them have to be
+    // checked.
     const auto isNear = [fps](const TableRow& row) {
         return std::abs(fps * row.frameSeconds - 1) <= sameRate;
     };

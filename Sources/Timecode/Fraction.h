@@ -16,7 +16,7 @@ class Fraction {
     constexpr double doubleValue() const {
         return static_cast<double>(numerator_) / static_cast<double>(denominator_);
     }
-    /// In lowest terms, with a positive denominator. A denominator of 0 stays as it is.
+    /// In lowest terms, with a positive denominator. A denominator of 0 is kept.
     Fraction reduced() const;
 
     friend bool operator==(const Fraction& a, const Fraction& b);

@@ -10,7 +10,7 @@ namespace orvane {
 
 namespace {
 
-/// Exact: the product is checked against its own rounding error.
+/// Exact: the product is corrected by its own rounding error.
 std::int64_t truncatedProduct(double fraction, int factor) {
     const double product = std::trunc(fraction * factor);
     const bool roundedUp = std::fma(fraction, static_cast<double>(factor), -product) < 0;
@@ -18,7 +18,7 @@ std::int64_t truncatedProduct(double fraction, int factor) {
 }
 
 /// Frame numbers count the skipped ones too. Every quantity here is a whole number (a ten-minute block has
-/// exactly 17982, 35964 or 71928 frames), so a fraction of a frame never decides.
+/// exactly 17982, 35964 or 71928 frames), so no result depends on a fraction of a frame.
 std::int64_t withDroppedNumbers(std::int64_t total, TimecodeFrameRate rate) {
     const std::int64_t dropped = timecodeRate::framesDroppedPerMinute(rate);
     const std::int64_t block = std::int64_t{timecodeRate::hundredthsForElapsedFrames(rate)} * 600 / 100;
@@ -57,8 +57,8 @@ bool isDigit(char c) { return c >= '0' && c <= '9'; }
 bool isColon(char c) { return c == ':' || c == ';'; }
 bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
-/// Reads the parts of a timecode text from the left; each call takes what it names or leaves the place as it
-/// is.
+/// Reads the parts of a timecode text from the left; each call reads the named part or leaves the position
+/// unchanged.
 class TextReader {
   public:
     explicit TextReader(std::string_view text) : text_(text) {}
@@ -147,7 +147,7 @@ std::string Timecode::stringValue() const {
 }
 
 double Timecode::realTimeValue() const {
-    // In floating point throughout: the components of a text may be anything up to 64 bits.
+    // In floating point throughout: the components of a text may have any 64-bit value.
     const auto number = [](std::int64_t value) { return static_cast<double>(value); };
     const auto& c = components_;
     double count = 0;

@@ -10,7 +10,7 @@
 namespace orvane {
 
 /// The frame rates of timecode. A "d" at the end means drop frame: frame numbers are skipped at the start of
-/// each minute that is no multiple of ten, so that the count keeps to the clock (SMPTE 12M).
+/// each minute that is no multiple of ten, so that the count follows the clock (SMPTE 12M).
 enum class TimecodeFrameRate : std::uint8_t {
     fps23_976,
     fps24,
@@ -58,11 +58,11 @@ int framesDroppedPerMinute(TimecodeFrameRate rate);
 int hundredthsForElapsedFrames(TimecodeFrameRate rate);
 /// The same as a floating-point rate.
 double frameRateForElapsedFramesCalculation(TimecodeFrameRate rate);
-/// The rate of the clock on the wall.
+/// The rate in real time.
 double frameRateForRealTimeCalculation(TimecodeFrameRate rate);
 /// ';' for drop frame, else ':'.
 char frameSeparator(TimecodeFrameRate rate);
-/// Digits of the frames place.
+/// Number of digits of the frames.
 int frameDigits(TimecodeFrameRate rate);
 
 /// The first case, in the order above, with exactly this rate and this drop flag.

@@ -12,7 +12,7 @@ namespace orvane::fcpxml {
 
 struct Audio;
 struct Clip;
-/// What hangs above or below another element, on a lane.
+/// An element that is connected above or below another element, on a lane.
 using AnchorItem = std::variant<Audio, Clip>;
 using ClipItem = std::variant<Audio>;
 
@@ -63,7 +63,7 @@ struct Keyword {
 };
 using MarkerItem = std::variant<Keyword>;
 
-/// One fact about a clip, under a reverse-domain key.
+/// One value about a clip, under a reverse-domain key.
 struct MetadataItem {
     static constexpr std::string_view elementName = "md";
     std::string key;
@@ -98,7 +98,7 @@ struct Metadata {
 
 enum class DurationIs { required, optional };
 
-/// Where a clip lies, its name and whether it is heard and seen, in the order of every clip.
+/// The place of a clip, its name and whether it is heard and seen, in the order of every clip element.
 template <class Record, class Writer>
 void placementSlots(const Record& record, Writer& writer, DurationIs durationIs = DurationIs::required) {
     writer.attribute("lane", record.lane);
@@ -211,13 +211,13 @@ struct AssetClip {
     }
 };
 
-/// An empty stretch.
+/// A gap without media.
 struct Gap {
     static constexpr std::string_view elementName = "gap";
     std::optional<std::string> name;
     std::optional<Time> offset;
     std::optional<Time> start;
-    std::optional<Time> duration; ///< must be there
+    std::optional<Time> duration; ///< required
     bool enabled = true;
     std::vector<AnchorItem> anchored;
     std::vector<MarkerItem> markers;

@@ -2,7 +2,7 @@
 
 namespace orvane::fcpxml {
 
-/// In any locale.
+/// Independent of the locale.
 inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 } // namespace orvane::fcpxml

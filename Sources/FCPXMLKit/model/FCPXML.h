@@ -55,8 +55,7 @@ struct FCPXML {
     }
 
     /// The element tree, children in the order of the records' slots, in the given version or the record's
-    /// own. Uses up the record: items are released one by one on the way. Throws FCPXMLError and
-    /// platform::Stopped.
+    /// own. Empties the record: its items are released one by one. Throws FCPXMLError and platform::Stopped.
     XMLDocument toXMLDocument(std::optional<FCPXMLVersion> version = std::nullopt,
                               std::stop_token stop = {}) &&;
 };

@@ -7,7 +7,8 @@
 
 namespace orvane::fcpxml {
 
-/// The versions of the format, oldest first: they compare by their place here ("1.10" is later than "1.9").
+/// The versions of the format, oldest first. They compare by their position here ("1.10" is later than
+/// "1.9").
 enum class FCPXMLVersion : std::uint8_t { v1_6, v1_7, v1_8, v1_9, v1_10, v1_11, v1_12, v1_13, v1_14 };
 
 inline constexpr std::array<std::string_view, 9> fcpxmlVersionTexts{"1.6",  "1.7",  "1.8",  "1.9", "1.10",
@@ -35,7 +36,7 @@ struct FCPXMLVersionRange {
     static constexpr FCPXMLVersionRange between(FCPXMLVersion a, FCPXMLVersion b) { return {a, b}; }
 
     constexpr bool contains(FCPXMLVersion version) const { return first <= version && version <= last; }
-    /// Nothing when the ranges have no version in common.
+    /// Nothing when the ranges have no common version.
     constexpr std::optional<FCPXMLVersionRange> intersection(FCPXMLVersionRange with) const {
         const FCPXMLVersionRange common{first > with.first ? first : with.first,
                                         last < with.last ? last : with.last};

@@ -4,4 +4,4 @@
 #include "FCPXMLKit/xml/FCPXMLDTDFixer.h"
 #include "FCPXMLKit/xml/FCPXMLError.h"
 
-// The whole document model, for those who build documents.
+// The whole document model, for code that builds documents.

@@ -59,7 +59,7 @@ struct Media {
     }
 };
 
-/// Which angle is seen and heard.
+/// The angle that is seen and heard.
 struct MCSource {
     static constexpr std::string_view elementName = "mc-source";
     std::string angleID;
@@ -84,7 +84,7 @@ struct MCClip {
     std::optional<Time> offset;
     std::optional<std::string> name;
     std::optional<Time> start;
-    std::optional<Time> duration; ///< must be there
+    std::optional<Time> duration; ///< required
     bool enabled = true;
     SrcEnable srcEnable = SrcEnable::all;
     AdjustAudio adjust;

@@ -30,7 +30,7 @@ struct Format {
     }
 };
 
-/// One file behind an asset.
+/// One file of an asset.
 struct MediaRep {
     static constexpr std::string_view elementName = "media-rep";
     std::optional<std::string> kind; ///< "original-media" or "proxy-media"
@@ -43,7 +43,7 @@ struct MediaRep {
     }
 };
 
-/// A media file as the document sees it.
+/// A media file as the document describes it.
 struct Asset {
     static constexpr std::string_view elementName = "asset";
     ID id;

@@ -41,14 +41,14 @@ inline std::string_view attributeText(SyncSource::SourceID id) {
 
 using SyncClipItem = std::variant<AssetClip, Audio, Clip, Gap>;
 
-/// Picture with the sound that belongs to it.
+/// A picture with the sound that belongs to it.
 struct SyncClip {
     static constexpr std::string_view elementName = "sync-clip";
     std::optional<int> lane;
     std::optional<Time> offset;
     std::optional<std::string> name;
     std::optional<Time> start;
-    std::optional<Time> duration; ///< must be there
+    std::optional<Time> duration; ///< required
     bool enabled = true;
     std::optional<IDREF> format;
     std::optional<Time> audioStart;

@@ -27,7 +27,7 @@ struct Match {
     std::string_view denominator; ///< empty when there is none
 };
 
-/// A sign, digits, perhaps "/" and digits, then "s", all beginning at `start`.
+/// A sign, digits, optionally "/" and digits, then "s", all beginning at `start`.
 std::optional<Match> matchAt(std::string_view text, std::size_t start) {
     const std::size_t sign = text[start] == '+' || text[start] == '-' ? 1 : 0;
     const std::size_t count = digitsAt(text, start + sign);

@@ -11,7 +11,7 @@
 
 namespace orvane::fcpxml {
 
-/// How a retimed clip, or a rounding to frames, chooses its frame.
+/// How a frame is chosen for a retimed clip, or when rounding to frames.
 enum class FrameSampling {
     floor,
     nearestNeighbor,
@@ -22,14 +22,14 @@ enum class FrameSampling {
 };
 std::string_view attributeText(FrameSampling sampling);
 
-/// An exact rational number of seconds, with no frame rate attached.
+/// An exact rational number of seconds, independent of any frame rate.
 class Time {
   public:
     Time() = default;
     Time(std::int64_t numerator, std::int64_t denominator) : value_(numerator, denominator) {}
     explicit Time(BFraction value) : value_(std::move(value)) {}
-    /// The form of the document, such as "1001/30000s" or "5s", anywhere in the text. Nothing without one, or
-    /// for numbers beyond 64 bits.
+    /// Parses the form of the document, such as "1001/30000s" or "5s", anywhere in the text. Nothing if there
+    /// is none, or for numbers beyond 64 bits.
     static std::optional<Time> fromString(std::string_view text);
 
     const BFraction& value() const { return value_; }
@@ -38,8 +38,8 @@ class Time {
     double toDouble() const { return value_.asDouble(); }
     float toFloat() const { return static_cast<float>(value_.asDouble()); }
 
-    /// The whole multiple of the frame duration: the one towards zero, or with `nearestNeighbor` the nearest,
-    /// halves away from zero. The frame duration is above zero.
+    /// The time as a whole multiple of the frame duration: the one towards zero, or with `nearestNeighbor`
+    /// the nearest, halves away from zero. The frame duration is above zero.
     Time toFrame(const Time& frameDuration, FrameSampling sampling = FrameSampling::floor) const;
 
     friend Time operator+(const Time& a, const Time& b) { return Time(a.value_ + b.value_); }

@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t mostDecimals = 10;
 constexpr double smallestFormattedDecibels = 0.00001;
 
-/// Digits with an optional fraction; false when there is no digit where one must be.
+/// Digits with an optional fraction; false when a required digit is missing.
 bool takeDigits(std::string_view& text) {
     const auto end = std::find_if_not(text.begin(), text.end(), isDigit);
     if (end == text.begin()) return false;
@@ -43,7 +43,7 @@ std::string capitalised(std::string text) {
     return text;
 }
 
-/// A standard name, perhaps with "-" and digits behind it, is capitalised; any other text stays.
+/// A standard name, also with "-" and digits after it, is capitalised; any other text is returned unchanged.
 template <std::size_t count>
 std::string roleDescription(const std::string& text,
                             const std::array<std::string_view, count>& standardNames) {
@@ -67,7 +67,7 @@ std::string describe(const Role& role, const std::array<std::string_view, count>
     return below == name + "-1" ? name : name + " (" + below + ")";
 }
 
-/// Keeps `length` characters of a decimal number with a point; a 5 behind them goes up.
+/// Keeps `length` characters of a decimal number with a point; rounds up if a 5 follows.
 void roundHalfUp(std::string& number, std::size_t length) {
     if (number.size() <= length) return;
     bool carry = number[length] >= '5';
@@ -160,7 +160,7 @@ std::string attributeText(std::int64_t value) { return std::to_string(value); }
 
 std::string attributeText(double value) {
     if (!std::isfinite(value)) return "0"; // the format has no such number
-    // The shortest form that reads back equal has the digits that people mean: 0.3 and not
+    // The shortest form that reads back equal has the digits that people expect: 0.3 and not
     // 0.299999999999999988898.
     std::array<char, 400> text{};
     const auto end =

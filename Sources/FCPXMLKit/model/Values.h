@@ -48,7 +48,7 @@ struct Role {
     std::string id;
 
     std::string name() const;
-    /// Only where the text has exactly two pieces.
+    /// Only if the text has exactly two parts.
     std::optional<std::string> subrole() const;
     bool operator==(const Role&) const = default;
 };

@@ -24,10 +24,10 @@ enum Elements : unsigned {
 
 struct Child {
     std::string_view name;
-    unsigned elements; ///< those that may have it at this place
+    unsigned elements; ///< the elements that may have it at this place
 };
 
-/// All have one order, in which each leaves names out; a multicam clip alone has its filters behind its
+/// One order for all elements, each of which omits some names; only a multicam clip has its filters after its
 /// clips.
 constexpr Child order[] = {{"note", all},
                            {"conform-rate", synced | asset},
@@ -78,7 +78,7 @@ unsigned elementsOf(std::string_view element) {
     return found == std::end(rows) ? 0 : found->elements;
 }
 
-/// Names that the element has no place for stand behind all others.
+/// Names that the element does not define come after all others.
 std::ptrdiff_t rank(unsigned element, std::string_view name) {
     return std::ranges::find_if(
                order,

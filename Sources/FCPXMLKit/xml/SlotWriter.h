@@ -17,7 +17,7 @@
 
 namespace orvane::fcpxml {
 
-/// Writes the slots of one record into its element. A record tells its slots in their order, each with its
+/// Writes the slots of one record into its element. A record lists its slots in order, each with its
 /// name, its default and the versions that have it:
 ///
 ///     struct Keyword {
@@ -26,10 +26,10 @@ namespace orvane::fcpxml {
 ///         template <class Writer> void slots(Writer& writer) const { writer.attribute("value", value); }
 ///     };
 ///
-/// A slot that the document's version does not have is passed over silently.
+/// A slot that the document's version does not have is left out silently.
 class SlotWriter {
   public:
-    /// The whole record, into an element that is still empty.
+    /// Writes the whole record into an element that is still empty.
     template <class R>
     static void write(R& record, XMLElement& element, FCPXMLVersion version) {
         Shared shared;
@@ -77,8 +77,8 @@ class SlotWriter {
         if (!versions.contains(version_)) return;
         for (const R& record : records) append(record);
     }
-    /// The same, but each record is released as soon as its element stands, so that the records of a large
-    /// document and its elements are never in memory together.
+    /// The same, but each record is released as soon as its element is made, so that the records and the
+    /// elements of a large document are never in memory together.
     template <class R>
     void consumed(std::vector<R>& records) {
         for (R& record : records) {
@@ -87,21 +87,21 @@ class SlotWriter {
         }
         records = {};
     }
-    /// The slots of a group record, in this place and in this element.
+    /// Writes the slots of a group record at this place into this element.
     template <class R>
     void embedded(const R& record) {
         record.slots(*this);
     }
 
   private:
-    /// What the writers of all elements of a document have in common.
+    /// What the writers of all elements of a document share.
     struct Shared {
         struct KnownTime {
             Time time;
             std::string_view text;
         };
         std::vector<XMLAttribute> pending; ///< of unfinished elements, each above its parent's
-        std::array<KnownTime, 4> times;    ///< the last ones that were written
+        std::array<KnownTime, 4> times;    ///< the times that were written last
         std::size_t oldestTime = 0;
     };
 
@@ -119,7 +119,7 @@ class SlotWriter {
     void add(std::string_view name, const T& value) {
         add(name, std::string_view(attributeText(value)));
     }
-    /// The elements of a clip state the same few times again and again.
+    /// The elements of a clip repeat the same few times.
     void add(std::string_view name, const Time& value) {
         auto known = std::ranges::find(shared_.times, value, &Shared::KnownTime::time);
         if (known == shared_.times.end()) {
@@ -154,7 +154,7 @@ class SlotWriter {
     XMLElement& element_;
     FCPXMLVersion version_;
     Shared& shared_;
-    std::size_t firstPending_; ///< in the shared list: from here on this element's attributes
+    std::size_t firstPending_; ///< in the shared list: this element's attributes begin here
 };
 
 } // namespace orvane::fcpxml

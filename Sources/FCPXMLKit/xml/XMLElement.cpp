@@ -15,8 +15,8 @@ constexpr std::string_view prolog =
 constexpr std::size_t indentWidth = 4;
 constexpr std::string_view replacement = "\xEF\xBF\xBD"; // U+FFFD
 
-/// What a byte below 128 needs in an attribute value: itself, an escape, or the replacement character. Line
-/// ends and tabs are written as references, as a reader would turn them into blanks.
+/// What is written for a byte below 128 in an attribute value: the byte itself, an escape, or the replacement
+/// character. Line ends and tabs are written as references, as a reader would turn them into blanks.
 std::string_view escapeFor(unsigned char c) {
     switch (c) {
     case '&':
@@ -49,8 +49,8 @@ bool isContinuation(std::string_view text, std::size_t at) {
     return at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U;
 }
 
-/// The length of the well-formed character at `at`, or 0: no overlong forms, no surrogates, nothing that XML
-/// excludes.
+/// The length of the well-formed character at `at`, or 0 if there is none: no overlong forms, no surrogates,
+/// no characters that XML excludes.
 std::size_t characterLength(std::string_view text, std::size_t at) {
     const auto lead = static_cast<unsigned char>(text[at]);
     const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
@@ -65,7 +65,7 @@ std::size_t characterLength(std::string_view text, std::size_t at) {
     return length;
 }
 
-/// `asByte` gives what a byte that is neither plain nor part of a character becomes.
+/// `asByte` returns the replacement of a byte that is neither plain nor part of a character.
 template <class AsByte>
 void appendConverted(std::string& out, std::string_view value, const AsByte& asByte) {
     std::size_t copied = 0;
@@ -94,7 +94,7 @@ void appendEscaped(std::string& out, std::string_view value) {
     });
 }
 
-/// The printed size, but for escapes.
+/// The printed size, without the growth by escapes.
 std::size_t plainSize(const XMLElement& element, std::size_t depth) {
     platform::throwIfStopped(element.arena().stopToken());
     const std::size_t indent = depth * indentWidth;
@@ -128,11 +128,11 @@ void collect(XMLElement& element, std::string_view name, std::vector<XMLElement*
     for (XMLElement& child : element.children()) collect(child, name, found);
 }
 
-// Small enough that blocks fit where the records of one clip were a moment ago: with blocks of 64 KB the
-// memory that a large export needs grows by a fifth.
+// Small enough for blocks to reuse the freed memory of one clip's records: with blocks of 64 KB a large
+// export needs a fifth more memory.
 constexpr std::size_t blockSize = std::size_t{4} * 1024;
 
-/// Texts of one length with the same end share a place: times and identifiers differ in their last digits.
+/// Texts of the same length and end share a place: times and identifiers differ in their last digits.
 std::size_t recentPlace(std::string_view text, std::size_t places) {
     std::size_t hash = text.size();
     for (std::size_t i = text.size() > 12 ? text.size() - 12 : 0; i < text.size(); ++i)
@@ -226,8 +226,8 @@ XMLElement& XMLDocument::makeRoot(std::string_view name) {
 std::string XMLDocument::text() const {
     std::string out;
     if (root_ == nullptr) return out;
-    // A text that grows on the way would be in memory twice. Room for escapes that is not used costs nothing:
-    // memory that is never touched is never there.
+    // A text that grows while it is written would be in memory twice. Unused room for escapes costs nothing:
+    // memory that is never touched is never allocated by the system.
     constexpr std::size_t escapeShare = 16;
     const std::size_t size = prolog.size() + plainSize(*root_, 0);
     out.reserve(size + size / escapeShare);

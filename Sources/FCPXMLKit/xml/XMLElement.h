@@ -13,16 +13,16 @@
 
 namespace orvane::fcpxml {
 
-/// The memory of one document's elements and texts, given back all at once. A document of ten thousand clips
-/// has a million texts, most of them seen a moment before: a repeated text is stored once.
+/// The memory of one document's elements and texts, released all at once. A document of ten thousand clips
+/// has a million texts, most of them recent repetitions: a repeated text is stored once.
 class XMLArena {
   public:
-    /// The builder of a tree in it is asked to stop at every few kilobytes, and at every element that is
-    /// printed.
+    /// A requested stop is checked every few kilobytes while a tree is built in it, and at every element that
+    /// is printed.
     explicit XMLArena(std::stop_token stop = {}) : stop_(std::move(stop)) {}
     const std::stop_token& stopToken() const { return stop_; }
 
-    /// A copy that lives as long as the arena.
+    /// A copy that is valid as long as the arena.
     std::string_view copy(std::string_view text);
     template <class T>
     T* allocate(std::size_t count) {
@@ -40,13 +40,13 @@ class XMLArena {
     std::array<std::string_view, 1024> recent_{};
 };
 
-/// Names are string literals of this program and are never copied.
+/// Names are string literals of this program and are not copied.
 struct XMLAttribute {
     std::string_view name;
-    std::string_view value; ///< plain text; escaping happens when the document is printed
+    std::string_view value; ///< plain text; it is escaped when the document is printed
 };
 
-/// One element of a document that is being written. Lives in the document's arena; the name is a string
+/// One element of a document that is being written. Allocated in the document's arena; the name is a string
 /// literal.
 class XMLElement {
   public:
@@ -61,10 +61,10 @@ class XMLElement {
     const std::string_view* attribute(std::string_view attributeName) const;
     /// Copies the value.
     void setAttribute(std::string_view attributeName, std::string_view value);
-    /// All of them at once; their values live in the arena.
+    /// Sets all of them at once; their values are in the arena.
     void setAttributes(std::span<const XMLAttribute> attributes);
 
-    /// Goes from one child to the next.
+    /// Moves from one child to the next.
     class Iterator {
       public:
         explicit Iterator(XMLElement* at) : at_(at) {}
@@ -86,7 +86,7 @@ class XMLElement {
     };
     Children children() const { return {firstChild_}; }
     XMLElement& appendChild(std::string_view childName);
-    /// The same children in another order.
+    /// Replaces the children by the same ones in another order.
     void reorderChildren(std::span<XMLElement* const> order);
 
     XMLArena& arena() const { return *arena_; }
@@ -104,22 +104,23 @@ class XMLElement {
 /// All elements of that name, depth first, each before its children, the given one included.
 std::vector<XMLElement*> findElements(XMLElement& in, std::string_view named);
 
-/// The value of an attribute as a document gives it back: each byte that XML cannot hold (of control
-/// characters and invalid UTF-8) is U+FFFD. Values that have to differ in a document differ by this.
+/// The value of an attribute after a document was written and read: each byte that XML cannot hold (control
+/// characters and invalid UTF-8) becomes U+FFFD. Values that have to differ in a document are compared in
+/// this form.
 std::string readBack(std::string_view value);
 
 /// A tree of elements with its memory.
 class XMLDocument {
   public:
-    /// Building and printing it throws platform::Stopped.
+    /// Building and printing the document throws platform::Stopped.
     explicit XMLDocument(std::stop_token stop = {}) : arena_(std::make_unique<XMLArena>(std::move(stop))) {}
 
-    /// Null in an empty document.
+    /// Null if the document is empty.
     XMLElement* root() const { return root_; }
     XMLElement& makeRoot(std::string_view name);
 
-    /// UTF-8 with declaration and document type, one element a line, four spaces a level. Always well-formed:
-    /// attributes hold what `readBack` gives. Empty without a root.
+    /// UTF-8 with declaration and document type, one element a line, four spaces for each level. Always
+    /// well-formed: attributes hold what `readBack` returns. Empty without a root.
     std::string text() const;
 
   private:

@@ -8,7 +8,7 @@
 
 namespace orvane::fcpxml {
 
-/// How a picture of another size fits its frame. The default leaves the element bare.
+/// How a picture of another size fits its frame. With the default the element has no attributes.
 struct AdjustConform {
     static constexpr std::string_view elementName = "adjust-conform";
     enum class Type { fit, fill, none };
@@ -27,7 +27,7 @@ inline std::string_view attributeText(AdjustConform::Type type) {
 /// A point of an animated level. The line to the next point is straight, in decibels.
 struct Keyframe {
     static constexpr std::string_view elementName = "keyframe";
-    Time time; ///< on the time axis of the element that is adjusted, which begins at its `start`
+    Time time; ///< on the time axis of the adjusted element, which begins at its `start`
     Decibels value;
 
     template <class Writer>
@@ -40,7 +40,7 @@ struct Keyframe {
 
 struct KeyframeAnimation {
     static constexpr std::string_view elementName = "keyframeAnimation";
-    std::vector<Keyframe> keyframes; ///< their times ascend strictly
+    std::vector<Keyframe> keyframes; ///< their times are strictly ascending
 
     template <class Writer>
     void slots(Writer& writer) const {
@@ -95,7 +95,7 @@ struct AdjustVoiceIsolation {
     }
 };
 
-/// Group of a clip with picture and sound.
+/// The adjustments of a clip with picture and sound.
 struct AdjustAudioVideo {
     std::optional<AdjustConform> conform;
     std::optional<AdjustVolume> volume;
@@ -107,7 +107,7 @@ struct AdjustAudioVideo {
     }
 };
 
-/// Group of an angle's picture.
+/// The adjustments of an angle's picture.
 struct AdjustVideo {
     std::optional<AdjustConform> conform;
 
@@ -117,7 +117,7 @@ struct AdjustVideo {
     }
 };
 
-/// Group of a clip with sound.
+/// The adjustments of a clip with sound.
 struct AdjustAudio {
     std::optional<AdjustVolume> volume;
 
@@ -127,7 +127,7 @@ struct AdjustAudio {
     }
 };
 
-/// Group of a role source: what Final Cut Pro's audio enhancements do.
+/// The adjustments of a role source: Final Cut Pro's audio enhancements.
 struct AdjustAudioEnhanced {
     std::optional<AdjustLoudness> loudness;
     std::optional<AdjustVoiceIsolation> voiceIsolation; ///< since version 1.11

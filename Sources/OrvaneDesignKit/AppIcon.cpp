@@ -7,7 +7,7 @@ namespace orvane::design {
 
 namespace {
 
-// On a square of 64. Packaging/icons has the same shape for the desktop's menu.
+// The square has 64 units. Packaging/icons has the same shape for the desktop's menu.
 constexpr double iconSide = 64;
 constexpr double corner = 13;
 constexpr double frameTop = 14, frameHeight = 17, frameWidth = 14, frameGap = 3, firstFrame = 8;

@@ -7,7 +7,7 @@ class QRectF;
 
 namespace orvane::design {
 
-/// The icon of the program: a waveform under a strip of picture. Drawn for any size.
+/// The icon of the program: a waveform under a strip of picture. It is drawn for each size.
 QIcon appIcon();
 void drawAppIcon(QPainter& painter, const QRectF& square);
 

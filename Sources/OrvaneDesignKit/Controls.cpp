@@ -35,7 +35,7 @@ QPixmap glyphPixmap(Glyph glyph, int side, const QColor& colour, double ratio) {
 
 namespace {
 
-/// Return presses the one that has the keyboard, as Space does, and not the main one of its sheet.
+/// Return presses the focused button, as Space does, and not the main button of its sheet.
 class PressedByReturn : public QPushButton {
   public:
     using QPushButton::QPushButton;
@@ -109,7 +109,7 @@ QLineEdit* searchField(const QString& accessibleName, const QString& placeholder
 
 namespace {
 
-/// Says what a choice shows where it has no room for all of it.
+/// Shows a choice's whole text as a tooltip when the control is too narrow for it.
 class TipOfChoice : public QObject {
   public:
     using QObject::QObject;
@@ -176,7 +176,7 @@ void ToolRow::resizeEvent(QResizeEvent* event) {
 
 void ToolRow::fit() {
     for (const auto& [rank, action] : byRank_) action->setPriority(QAction::NormalPriority);
-    // A tool of low priority shows its icon alone.
+    // A tool of low priority shows only its icon.
     for (const auto& [rank, action] : byRank_) {
         if (layout()->sizeHint().width() <= width()) return;
         action->setPriority(QAction::LowPriority);
@@ -207,7 +207,7 @@ int Badge::paint(QPainter& painter, const QRect& within, Signal signal, const QS
     int x = within.left();
     if (signal != Signal::none) {
         const QRectF square(x, within.center().y() - glyphSide / 2.0 + 0.5, glyphSide, glyphSide);
-        // Signal colours do not stand out from a selection.
+        // Signal colours are hard to see on a selection.
         draw(painter, glyph(signal), square,
              textColour == colours().onSelected ? textColour : colour(signal));
         x += glyphSide + space::tight;
@@ -278,7 +278,7 @@ EmptyState::EmptyState(Glyph glyph, const QString& title, const QString& text, Q
     layout_->addStretch(1);
     layout_->addWidget(picture_, 0, Qt::AlignHCenter);
     layout_->addWidget(title_, 0, Qt::AlignHCenter);
-    // Between stretches rather than aligned: an aligned label gets the height of another width.
+    // Between stretches rather than aligned: an aligned label would get the height for another width.
     auto* row = new QHBoxLayout;
     row->addStretch(1);
     row->addWidget(text_, 8);

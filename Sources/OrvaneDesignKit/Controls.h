@@ -17,27 +17,27 @@
 class QHBoxLayout;
 class QVBoxLayout;
 
-/// The controls of the windows. All text that they are given is ready for people. A callback runs on the
+/// The controls of the windows. All texts passed to them are ready for people. A callback runs on the
 /// interface thread.
 namespace orvane::design {
 
 enum class Weight { normal, primary, quiet };
 QPushButton* button(const QString& text, Weight weight = Weight::normal);
 QPushButton* button(const QString& text, Glyph glyph, Weight weight = Weight::normal);
-/// Gives a button of normal weight that of a primary one, or takes it.
+/// Gives a button the weight of a primary one, or normal weight again.
 void setPrimary(QPushButton* button, bool isPrimary);
 
 QLabel* title(const QString& text);
 QLabel* label(const QString& text);
-/// Smaller and of less weight.
+/// Smaller and less prominent text.
 QLabel* facts(const QString& text);
 
 /// One line to type into.
 QLineEdit* field(const QString& accessibleName, const QString& placeholder = {});
-/// With a magnifying glass, and a cross that empties it.
+/// With a magnifying glass, and a cross that clears it.
 QLineEdit* searchField(const QString& accessibleName, const QString& placeholder);
 
-/// One of a list. A wheel turns its open list, and nothing while that is closed.
+/// A choice from a list. The wheel scrolls its open list, and does nothing while the list is closed.
 class Choice : public IgnoresWheel<QComboBox> {
   public:
     explicit Choice(QWidget* parent = nullptr);
@@ -46,8 +46,8 @@ class Choice : public IgnoresWheel<QComboBox> {
     void paintEvent(QPaintEvent* event) override;
 };
 
-/// The tools of a window. Where it is too narrow for every word, those of the lowest rank go first; tooltips
-/// and accessible names stay.
+/// The tools of a window. If it is too narrow for every text, tools of the lowest rank lose theirs first;
+/// tooltips and accessible names stay.
 class ToolRow : public QToolBar {
   public:
     explicit ToolRow(const QString& name, QWidget* parent = nullptr);
@@ -62,14 +62,14 @@ class ToolRow : public QToolBar {
     std::multimap<int, QAction*> byRank_;
 };
 
-/// A signal's glyph and word in its colour.
+/// A signal's glyph and text in its colour.
 class Badge : public QWidget {
   public:
     explicit Badge(Signal signal = Signal::none, const QString& text = {}, QWidget* parent = nullptr);
     void show(Signal signal, const QString& text);
     QSize sizeHint() const override;
 
-    /// For lists, which have no widget a row. Returns the width that it took.
+    /// For lists without a widget for each row. Returns the width of the painted badge.
     static int paint(QPainter& painter, const QRect& within, Signal signal, const QString& text,
                      const QColor& textColour);
 
@@ -81,18 +81,18 @@ class Badge : public QWidget {
     QString text_;
 };
 
-/// Shows beside the control what happened and what to do, with a button for it. Hidden without a text.
+/// Shows beside a control what happened and what to do, with a button for that. Hidden without a text.
 class Banner : public QFrame {
   public:
     explicit Banner(QWidget* parent = nullptr);
-    /// Without a text for the button there is none.
+    /// Without a text for the button there is no button.
     void show(Signal signal, const QString& text, const QString& buttonText = {},
               std::function<void()> action = {});
     void clear();
-    /// Gives the keyboard to the button, where there is one.
+    /// Moves the keyboard focus to the button, if there is one.
     void focusButton();
     QString text() const { return text_->text(); }
-    Signal signal() const { return signal_; } ///< none: asks for nothing
+    Signal signal() const { return signal_; } ///< none: requires no action
 
   private:
     Signal signal_ = Signal::none;
@@ -102,7 +102,7 @@ class Banner : public QFrame {
     std::function<void()> run_;
 };
 
-/// What an empty place shows: what it is for, and what to do next.
+/// What an empty area shows: what it is for, and what to do next.
 class EmptyState : public QWidget {
   public:
     EmptyState(Glyph glyph, const QString& title, const QString& text, QWidget* parent = nullptr);
@@ -114,7 +114,7 @@ class EmptyState : public QWidget {
     void resizeEvent(QResizeEvent* event) override;
 
   private:
-    /// The glyph goes before a word is cut.
+    /// Hides the glyph before a text would be cut.
     void fit();
 
     QLabel* picture_;
@@ -123,13 +123,13 @@ class EmptyState : public QWidget {
     QVBoxLayout* layout_;
 };
 
-/// One of a few, side by side.
+/// A choice of a few, side by side.
 class SegmentedChoice : public QWidget {
   public:
     SegmentedChoice(const QString& accessibleName, const std::vector<QString>& choices,
                     std::function<void(int)> chosen, QWidget* parent = nullptr);
     void setText(int index, const QString& text);
-    /// What more there is to say of a choice: to the pointer, and to who hears the window.
+    /// An explanation of a choice, as its tooltip and for screen readers.
     void setHint(int index, const QString& hint);
     void choose(int index);
     int chosen() const;
@@ -138,7 +138,7 @@ class SegmentedChoice : public QWidget {
     std::vector<QPushButton*> buttons_;
 };
 
-/// A titled part of a screen, its controls below each other.
+/// A titled part of a screen, with its controls below each other.
 class Section : public QFrame {
   public:
     explicit Section(const QString& title, QWidget* parent = nullptr);

@@ -7,8 +7,8 @@
 
 namespace orvane::design {
 
-/// One line, with an ellipsis where it has not the room. As wide as it is given, and in the colour of facts
-/// where it has that property.
+/// One line, with an ellipsis if it has too little room. It takes the width that it is given, and has the
+/// colour of facts if that property is set.
 class ElidedLabel : public QLabel {
   public:
     explicit ElidedLabel(Qt::TextElideMode where) : where_(where) {

@@ -69,7 +69,7 @@ bool EntryField::isProposing() const {
 
 void EntryField::propose() {
     line_->setText(proposal_);
-    // Behind a click that led here, which places the cursor.
+    // Queued after the click that gave the focus, which places the cursor.
     QMetaObject::invokeMethod(line_, &QLineEdit::selectAll, Qt::QueuedConnection);
 }
 
@@ -96,7 +96,7 @@ void EntryField::commit() {
     setProblem(problem);
     if (!problem.isEmpty()) return;
     line_->setModified(false);
-    // Whoever shows the value follows in the same turn of the loop. It may read otherwise, such as "3" as
+    // The owner shows the value in the same turn of the loop. It may be written differently, such as "3" as
     // "+3".
     QMetaObject::invokeMethod(
         this,
@@ -133,7 +133,7 @@ bool EntryField::eventFilter(QObject* watched, QEvent* event) {
             return true;
         } else if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {
             commit();
-            // The keys of the window work again; a mistake keeps the cursor.
+            // On success the keys of the window work again; after an error the cursor stays.
             if (problem_->isHidden()) line_->clearFocus();
             return true;
         }

@@ -10,21 +10,21 @@ class QLineEdit;
 
 namespace orvane::design {
 
-/// One value to type. Return and leaving it commit what was typed, Escape brings the shown value back. What
-/// is wrong with the text stands below it, until the text is changed.
+/// A field for one value. Return and leaving the field commit the typed text; Escape restores the shown
+/// value. An error in the text is shown below it until the text is changed.
 class EntryField : public QWidget {
   public:
-    /// Gives what is wrong with the text; empty: it was taken.
+    /// Returns what is wrong with the text; empty if it was accepted.
     using Commit = std::function<QString(const QString& text)>;
     EntryField(const QString& accessibleName, Commit commit, QWidget* parent = nullptr);
 
-    /// Adds buttons for one step less and one more; the arrow keys up and down do the same. `what` is one
+    /// Adds buttons for one step less and one more; the up and down arrow keys do the same. `what` is one
     /// step, such as "1 frame".
     void setSteps(const QString& what, std::function<void(int direction)> step);
-    /// What an empty field begins with when it takes the keyboard, selected. Left as it is the field stays
-    /// empty.
+    /// The text that an empty field shows, selected, when it gets the keyboard focus. If it is not changed,
+    /// the field stays empty.
     void setProposal(const QString& proposal);
-    /// The value that is in force. Leaves a text alone that is being typed.
+    /// Shows the current value. Does not change a text that is being typed.
     void show(const QString& value);
     void setProblem(const QString& problem);
     QString problem() const;
@@ -37,7 +37,7 @@ class EntryField : public QWidget {
     void commit();
     void restore();
     void propose();
-    /// Whether it shows the proposal as nobody has touched it.
+    /// Whether it shows the proposal unchanged.
     bool isProposing() const;
 
     const Commit commit_;

@@ -10,9 +10,8 @@
 
 namespace orvane::design {
 
-/// Calls once when a window has been painted and nothing else waits to be done: from then on it takes keys
-/// and clicks at once. Belongs to the window. In the header alone, so that a program of Qt alone can measure
-/// the same.
+/// Calls once when a window has been painted and the loop has no other work: from then on it handles keys and
+/// clicks at once. Belongs to the window. Header only, so that a plain Qt program can measure the same.
 class FirstPaint final : public QObject {
   public:
     FirstPaint(QWidget& window, std::function<void()> done) : QObject(&window), done_(std::move(done)) {

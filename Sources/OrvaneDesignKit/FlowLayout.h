@@ -5,7 +5,7 @@
 
 namespace orvane::design {
 
-/// Controls beside each other, in as many lines as the width asks for, centred in their line.
+/// Controls beside each other, in as many lines as the width requires, centred in their line.
 class FlowLayout : public QLayout {
   public:
     explicit FlowLayout(QWidget* parent = nullptr);
@@ -23,7 +23,7 @@ class FlowLayout : public QLayout {
     void setGeometry(const QRect& rect) override;
 
   private:
-    /// Gives the height that the lines take.
+    /// Returns the height of the lines.
     int place(const QRect& within, bool isMeant) const;
 
     QList<QLayoutItem*> items_;

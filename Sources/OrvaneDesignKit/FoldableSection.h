@@ -7,20 +7,20 @@ class QVBoxLayout;
 
 namespace orvane::design {
 
-/// A titled part of a panel that folds to its title, with a word about it beside the title. Whether it is
+/// A titled part of a panel that folds to its title, with a short summary beside the title. Whether it is
 /// folded is kept for the user under its name (`keptState`).
 class FoldableSection : public QFrame {
   public:
-    /// `name`: for the settings, such as "sync".
+    /// `name`: the key in the kept state, such as "sync".
     FoldableSection(const QString& name, const QString& title, QWidget* parent = nullptr);
 
     bool isFolded() const;
     void setFolded(bool isFolded);
-    /// Behind the title; empty: none.
+    /// Shown after the title; empty: none.
     void setSummary(const QString& summary);
 
   protected:
-    /// Where the controls go, below each other.
+    /// The layout for the controls, below each other.
     QVBoxLayout* body() { return bodyLayout_; }
 
   private:

@@ -11,7 +11,7 @@ namespace orvane::design {
 
 namespace {
 
-constexpr double side = 24; ///< units of the square that paths are drawn in
+constexpr double side = 24; ///< units of the square in which paths are drawn
 constexpr double lineWidth = 1.8;
 
 void moveAlong(QPainterPath& path, std::initializer_list<QPointF> points) {
@@ -37,7 +37,7 @@ void arrowTurning(QPainterPath& path, bool isBack) {
     path.lineTo(x(8), 19);
 }
 
-/// Lines of the glyph; `filled` what is filled.
+/// `lines` are the strokes of the glyph, `filled` its filled areas.
 void drawGlyph(Glyph glyph, QPainterPath& lines, QPainterPath& filled) {
     switch (glyph) {
     case Glyph::film:
@@ -234,7 +234,7 @@ QIcon icon(Glyph glyph) {
         const QColor colour = mode == QIcon::Disabled   ? all.disabled
                               : mode == QIcon::Selected ? all.onSelected
                                                         : all.text;
-        // What is wider than high keeps a distance to the text on its right.
+        // In a rectangle wider than high, keeps a distance to the text on its right.
         const int square = std::min(within.width(), within.height());
         draw(painter, glyph, QRect(within.left(), within.top(), square, square), colour);
     }));

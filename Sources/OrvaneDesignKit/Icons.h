@@ -50,11 +50,11 @@ enum class Glyph {
     network
 };
 
-/// Draws a glyph into a square, as lines of a width that suits its size.
+/// Draws a glyph into a square, as lines of a suitable width.
 void draw(QPainter& painter, Glyph glyph, const QRectF& square, const QColor& colour);
-/// The same as an icon for any scale, with the theme's colours of what is enabled and what is not.
+/// The same as an icon for any scale, in the theme's colours for enabled and disabled.
 QIcon icon(Glyph glyph);
-/// What stands beside a signal's word.
+/// The glyph beside a signal's text.
 Glyph glyph(Signal signal);
 
 } // namespace orvane::design

@@ -4,7 +4,7 @@
 
 namespace orvane::design {
 
-/// A control whose value no wheel changes, whether or not it has the focus: the wheel scrolls the page around
+/// A control whose value the wheel never changes, with or without focus: the wheel scrolls the page around
 /// it.
 template <class Control>
 class IgnoresWheel : public Control {

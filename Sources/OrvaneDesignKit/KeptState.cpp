@@ -13,7 +13,7 @@ namespace {
 
 struct Kept {
     QVariantMap values;
-    QThreadPool writing; ///< one thread, so that the order stays
+    QThreadPool writing; ///< one thread, so that the order is kept
 
     Kept() {
         platform::assertMayBlock("reading the places of the windows");

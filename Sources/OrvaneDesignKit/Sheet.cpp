@@ -110,7 +110,7 @@ int SliderField::value() const { return field_->value(); }
 
 void showToast(QWidget* window, const QString& text) {
     constexpr int shownFor = 3000; // milliseconds
-    // One at a time: the newest would lie over the others.
+    // One at a time: a new one would cover the others.
     const QString name = QStringLiteral("toast");
     for (QWidget* shown : window->findChildren<QWidget*>(name, Qt::FindDirectChildrenOnly)) {
         shown->hide();

@@ -9,24 +9,24 @@ class QSpinBox;
 
 namespace orvane::design {
 
-/// A dialog over the window: title, contents, a line that says what came of it, and its buttons at the bottom
-/// right, the main one last. Escape closes it.
+/// A dialog over the window: title, contents, a line for the result, and its buttons at the bottom right, the
+/// main one last. Escape closes it.
 class Sheet : public QDialog {
   public:
     explicit Sheet(const QString& title, QWidget* parent = nullptr);
 
     void add(QWidget* control, int stretch = 0);
     void add(QLayout* controls);
-    /// At the left of the row of buttons.
+    /// Adds a control at the left of the row of buttons.
     void addAside(QWidget* control);
-    /// Lines to read, which a button aside copies to the clipboard. `name`: for those who can't see it.
+    /// Lines to read, which a button at the side copies to the clipboard. `name`: the accessible name.
     void addCopyableList(const QStringList& lines, const QString& name);
-    /// The last one that is added is the main one.
+    /// The last added button is the main one.
     QPushButton* addButton(const QString& text, Weight weight = Weight::normal);
     /// Closes the sheet.
     QPushButton* addClose(const QString& text);
     Banner& outcome() { return *outcome_; }
-    /// Opens over its window and goes when it is closed.
+    /// Opens over its window and is destroyed when it is closed.
     void present();
 
   private:
@@ -35,7 +35,7 @@ class Sheet : public QDialog {
     Banner* outcome_;
 };
 
-/// A slider with a field that shows and takes the number. Keys move it by a step.
+/// A slider with a field that shows and accepts the number. Keys move it by a step.
 class SliderField : public QWidget {
   public:
     struct Range {
@@ -52,7 +52,7 @@ class SliderField : public QWidget {
     Range range_;
 };
 
-/// Says at the foot of a window what was just done, for three seconds, in the place of what it said before.
+/// Shows at the foot of a window for three seconds what was just done; it replaces an earlier text.
 void showToast(QWidget* window, const QString& text);
 
 } // namespace orvane::design

@@ -30,7 +30,7 @@ QFont sized(QFont font, int pixels) {
     return font;
 }
 
-/// `@name` stands for a colour.
+/// `@name` is replaced by a colour.
 QString filledIn(QString sheet) {
     const Colours& all = colours();
     const std::array<std::pair<const char*, QColor>, 14> names{{{"@window", all.window},
@@ -47,7 +47,7 @@ QString filledIn(QString sheet) {
                                                                 {"@matched", all.matched},
                                                                 {"@doubtful", all.doubtful},
                                                                 {"@missing", all.missing}}};
-    // Longer names first: one may begin another.
+    // Longer names first, as one name may begin with another.
     auto ordered = names;
     std::ranges::sort(ordered,
                       [](const auto& a, const auto& b) { return qstrlen(a.first) > qstrlen(b.first); });
@@ -121,7 +121,7 @@ QStatusBar QToolButton { padding: 0 8px; }
 QStatusBar { background: @panel; color: @facts; border-top: 1px solid @line; }
 )";
 
-/// Draws what a style sheet cannot without pictures in files.
+/// Draws what a style sheet can draw only with image files.
 class ThemeStyle : public QProxyStyle {
   public:
     ThemeStyle() : QProxyStyle(QStyleFactory::create(QStringLiteral("Fusion"))) {}
@@ -133,13 +133,13 @@ class ThemeStyle : public QProxyStyle {
     }
     int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                   QStyleHintReturn* answer) const override {
-        // A green or red mark says how sure a match is, and nothing else.
+        // Green and red marks are reserved for how certain a match is.
         if (hint == SH_DialogButtonBox_ButtonsHaveIcons) return 0;
         return QProxyStyle::styleHint(hint, option, widget, answer);
     }
     QIcon standardIcon(StandardPixmap what, const QStyleOption* option,
                        const QWidget* widget) const override {
-        // Qt's own are read from files, for which it loads all readers of pictures, and drawn for light
+        // Qt reads its own icons from files, which loads all image readers, and they are drawn for light
         // windows.
         switch (what) {
         case SP_LineEditClearButton:
@@ -169,9 +169,8 @@ class ThemeStyle : public QProxyStyle {
     }
 };
 
-/// Gives its sheet to every window before it is sized and shown; what lies within takes it from there. A
-/// sheet of the application's would be laid over each part of a window again whenever the part is put into
-/// another.
+/// Sets the sheet on every window before it is sized and shown; its child widgets inherit it. A style sheet
+/// of the application would be applied again to each widget whenever it is moved into another one.
 class SheetForWindows : public QObject {
   public:
     SheetForWindows(QString sheet, QObject* parent) : QObject(parent), sheet_(std::move(sheet)) {}
@@ -181,7 +180,7 @@ class SheetForWindows : public QObject {
         auto* window = qobject_cast<QWidget*>(watched);
         if (window == nullptr || window->parentWidget() != nullptr || !window->styleSheet().isEmpty())
             return false;
-        // A part that is asked for its size before it is put into a window is none.
+        // A widget that is asked for its size before it is placed in a window is not a window.
         if (isBeforeSize && !window->inherits("QMainWindow") && !window->inherits("QDialog")) return false;
         window->setStyleSheet(sheet_);
         return false;
@@ -213,7 +212,7 @@ QColor colour(Signal signal) {
 }
 
 QColor channelColour(int index) {
-    // The second half is darker, so that sixteen channels are told apart.
+    // The second half is darker, so that sixteen channels can be distinguished.
     static const std::array<QColor, 16> palette{
         QColor(0x6f, 0xb6, 0xf2), QColor(0xf2, 0xb1, 0x5c), QColor(0x7f, 0xd1, 0x8b),
         QColor(0xe5, 0x8f, 0xc4), QColor(0xb6, 0xa0, 0xf0), QColor(0x68, 0xcf, 0xcb),
@@ -224,7 +223,7 @@ QColor channelColour(int index) {
     return palette[static_cast<std::size_t>(std::max(index, 0)) % palette.size()];
 }
 
-// The system is asked once: lists ask for each cell.
+// Queried from the system once, because lists ask for each cell.
 QFont textFont() {
     static const QFont font = sized(QFontDatabase::systemFont(QFontDatabase::GeneralFont), textPixels);
     return font;

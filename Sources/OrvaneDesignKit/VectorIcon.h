@@ -8,10 +8,10 @@
 #include <functional>
 #include <utility>
 
-/// What the icons of the kit share, which are drawn by code at any scale.
+/// Helpers for the kit's icons, which are drawn by code at any scale.
 namespace orvane::design {
 
-/// Draws into the middle of a rectangle what is made for a square of so many units.
+/// Draws into the middle of a rectangle; `draw` uses a square of so many units.
 template <class Draw>
 void drawScaled(QPainter& painter, const QRectF& within, double side, const Draw& draw) {
     const double scale = std::min(within.width(), within.height()) / side;
@@ -32,7 +32,7 @@ class VectorIconEngine final : public QIconEngine {
     }
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
         QPixmap pixmap(size);
-        if (pixmap.isNull()) return pixmap; // a control that has no room yet
+        if (pixmap.isNull()) return pixmap; // a control without a size yet
         pixmap.fill(Qt::transparent);
         QPainter painter(&pixmap);
         paint(&painter, QRect(QPoint(0, 0), size), mode, state);

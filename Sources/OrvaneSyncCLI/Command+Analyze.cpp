@@ -39,7 +39,7 @@ std::optional<int> channelCount(const Arguments& arguments) {
     return static_cast<int>(*asked);
 }
 
-/// "1,3" as tracks 1 and 3.
+/// Parses "1,3" as tracks 1 and 3.
 std::set<int> candidates(const Arguments& arguments) {
     const auto list = arguments.value("--candidates");
     std::set<int> tracks;
@@ -65,7 +65,7 @@ void checkCandidates(const Context& context, const SmartAudioRequest& request) {
     context.warn(what);
 }
 
-/// As the recorder called the channels. Of several names for one the last counts, as for their roles.
+/// The recorder's names of the channels. Of several names for one the last counts, as for their roles.
 using Names = std::map<int, std::string>;
 
 Names namesOf(const MediaAsset& asset) {
@@ -81,14 +81,14 @@ std::string nameOf(const Names& names, int track) {
     return found == names.end() ? "-" : found->second;
 }
 
-/// In silence all channels are equally good, and none is best.
+/// In silence all channels are equally good, so none is best.
 std::optional<int> bestTrack(const SmartAudioResult& result) {
     const bool anyScores = std::ranges::any_of(
         result.tracks, [](const TrackAdjustment& track) { return track.bestSourceScore > 0; });
     return anyScores ? result.bestTrackIndex : std::nullopt;
 }
 
-/// Without a minus before what is shown as zero.
+/// Without a minus sign before a value that rounds to zero.
 std::string tenths(const char* format, double value) {
     return formatted(format, std::round(value * 10) / 10 + 0.0);
 }
@@ -140,7 +140,7 @@ std::string takeText(const SmartAudioResult& result, const Names& names, int col
     return character + ", which is heard when:\n" + channelStrip(result.blocks, labels, columns);
 }
 
-/// Two readings of one channel, side by side, for developers.
+/// Compares two readings of one channel, for developers.
 void compareReadings(Context& context, const Arguments& arguments, const std::string& path) {
     for (const char* other : {"--mode", "--channels", "--candidates", "--no-blocks"})
         if (arguments.has(other)) throw UsageError("--diagnose can't be used with " + std::string(other));

@@ -12,7 +12,7 @@ namespace orvane::cli {
 
 namespace {
 
-/// The calibration of the user account, on a run loop of its own.
+/// The calibration of the user account, on its own run loop.
 class CalibrationRun {
   public:
     CalibrationRun(Context& context, const Arguments& arguments)
@@ -26,7 +26,7 @@ class CalibrationRun {
 
     CalibrationController& calibration() { return controller_->calibration(); }
     const CalibrationState& state() const { return controller_->calibration().state(); }
-    /// Throws CommandError with the problem that it reported.
+    /// Throws CommandError with the problem that the calibration reported.
     void wait(const platform::Task& operation, std::string_view phase) {
         progress_.show({std::string(phase), 0, 0});
         runUntilDone(*loop_, operation);

@@ -35,7 +35,7 @@ std::string countsText(const ImportController& controller) {
            counted(work.wildTracks().size(), "recording", "recordings") + " without picture.\n";
 }
 
-/// What the microphones of the cameras leave open, and where they do not bear out what timecode says.
+/// What the cameras' microphones could not decide, and where they do not confirm the timecode.
 std::string heardText(const ImportController& controller) {
     const WorkDoubts::Listened& listened = controller.derivedDoubts().listened();
     std::string offset = roughOffsetText(listened) + (listened.isOffsetRough ? "\n" : "");

@@ -41,13 +41,13 @@ void frame(Context& context, const Arguments& arguments) {
 
     const platform::ReadErrorWatch watch;
     const auto reader = openVideo(path);
-    // Seconds with few digits mean the picture that they lie closest in front of.
+    // Seconds with few digits mean the picture that begins just after them.
     constexpr MediaTime slack{1, 100'000};
     const auto picture = reader->pictureAt(MediaTime::fromSeconds(*seconds) + slack, {}, {});
     if (!picture)
         throw CommandError("no picture of '" + path +
                            "' can be decoded there: the file is damaged or cut off");
-    if (watch.hasSeenError()) // another picture may have been wanted
+    if (watch.hasSeenError()) // the requested picture may be another one
         throw CommandError("can't read all of '" + path +
                            "': its disk or share fails; see that the file can be copied, and try again");
     guard.write(*output, platform::encodedPNG(platform::colourPicture(*picture), renderingMark));

@@ -26,7 +26,7 @@ namespace {
 using platform::Task;
 using platform::text::printable;
 
-/// Controllers on a run loop of their own, and the account.
+/// Controllers on their own run loop, and the account.
 class LockitRun {
   public:
     LockitRun(Context& context, const Arguments& arguments)
@@ -36,7 +36,7 @@ class LockitRun {
                                                      .settings = context.settings,
                                                      .probeCache = nullptr,
                                                      .clock = context.clock});
-        // Opening a session brings the settings of its folder, which are not to become the user's.
+        // Opening a session applies its folder's settings, which must not become the user's.
         work_.settings = std::make_shared<platform::MemorySettingsStore>();
         work_.sessions =
             SessionManager::create({.mainThread = loop_, .settings = work_.settings, .clock = context.clock});
@@ -63,7 +63,7 @@ class LockitRun {
         }
     }
     std::shared_ptr<platform::RunLoop> loop() const { return loop_; }
-    /// One JSON document, or lines for people.
+    /// Prints one JSON document, or lines for people.
     void say(const JSON& json, const std::string& text) const {
         context_.out << (asJSON_ ? json.dump(JSON::Layout::pretty) + "\n" : text);
     }
@@ -73,7 +73,7 @@ class LockitRun {
     bool mayColour() const { return context_.mayColour; }
 
   private:
-    /// On the thread that waits for the browser.
+    /// Runs on the thread that waits for the browser.
     static bool showPage(const Context& context, const std::string& url) {
         const bool isShown = platform::BrowserSession::openInDesktop(url);
         context.err << (isShown ? "Opening browser… Should it not open, open this page yourself:"
@@ -94,7 +94,7 @@ class LockitRun {
     bool asJSON_;
 };
 
-/// Takes lines as callbacks until one is of use or there are no more.
+/// Reads lines as callbacks until one is accepted or there are no more.
 Task pasteCallbacks(Context& context, std::shared_ptr<LockitOAuthService> account,
                     std::shared_ptr<platform::MainThread> mainThread, platform::SerialQueue& reading) {
     for (;;) {
@@ -197,7 +197,7 @@ void assign(Context&, LockitRun& run, const Arguments& arguments) {
                     : "The folder " + printable(folder) + " has no project.\n");
 }
 
-/// What the service said is kept in the session, also of the days before one that failed.
+/// The service's answers are kept in the session, also for the days before one that failed.
 void sync(Context&, LockitRun& run, const Arguments& arguments) {
     const SessionStore store(AppStorageHelper::sessionsDirectory());
     const auto wanted = arguments.value("--session");
@@ -222,7 +222,7 @@ void sync(Context&, LockitRun& run, const Arguments& arguments) {
 
 struct LockitVerb {
     std::string_view name;
-    std::size_t fewestWords; ///< behind it
+    std::size_t fewestWords; ///< after the verb
     std::size_t mostWords;
     std::string_view takes;
     void (*run)(Context&, LockitRun&, const Arguments&);

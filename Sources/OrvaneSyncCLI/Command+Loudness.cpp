@@ -10,7 +10,7 @@ namespace orvane::cli {
 
 namespace {
 
-constexpr double lowestSampleRate = 10; // Hz; nothing is heard below
+constexpr double lowestSampleRate = 10; // Hz; below it nothing is analysed
 
 void loudness(Context& context, const Arguments& arguments) {
     if (arguments.positionals().size() != 1) throw UsageError("one file, please");

@@ -67,7 +67,7 @@ PlayRange askedFor(const Context& context, const Arguments& arguments) {
     return asked;
 }
 
-/// Plays on the machine's own output, to the end.
+/// Plays on the machine's own output, to the end of the range.
 void playAloud(Context& context, const Arguments& arguments, const PlayRange& asked) {
     const auto loop = platform::RunLoop::create();
     const auto players = platform::PlayerSystem::create(loop, context.clock);

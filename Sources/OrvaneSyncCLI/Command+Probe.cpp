@@ -10,7 +10,7 @@ namespace orvane::cli {
 
 namespace {
 
-/// A file whose extension no scan would take is shown as what it seems to hold.
+/// A file whose extension no scan accepts is shown as the kind that its contents suggest.
 MediaAsset probe(Context& context, MediaProbeService& service, const FileURL& url, bool isReadable) {
     bool isSaid = !isReadable;
     const auto unread = [&](const FileURL& file) {

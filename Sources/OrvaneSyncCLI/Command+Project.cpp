@@ -23,7 +23,7 @@ struct EditWords {
     std::string_view key;
     std::string_view words;
 };
-/// In their order. A field that the editor alone decides and that has no row is shown by its key.
+/// In the order of the list. An edited field without a row here is shown by its key.
 constexpr EditWords editWords[] = {{"isApproved", "approved"},
                                    {"manualAudioOffsetSeconds", "moved"},
                                    {"manualClipName", "renamed"},
@@ -42,7 +42,7 @@ std::string valueText(const Value& /*value*/) {
 std::string valueText(double seconds) { return formatted(" %+.3f s", seconds); }
 std::string valueText(const std::optional<std::string>& text) { return " " + text.value_or(""); }
 
-/// What the editor decided, in a few words.
+/// The editor's decisions, in a few words.
 std::string editsText(const SyncGroup& decisions) {
     using Edit = std::pair<const EditWords*, std::string>;
     std::vector<Edit> edits;

@@ -38,7 +38,7 @@ RunInputs inputOf(const std::string& path) {
     return inputs;
 }
 
-/// Shows on the line how many of so many seconds were rendered.
+/// Shows on the progress line how many of so many seconds were rendered.
 RenderProgress rendering(ProgressLine& line, double seconds) {
     const int total = static_cast<int>(seconds);
     return [&line, total](double share) {
@@ -46,7 +46,7 @@ RenderProgress rendering(ProgressLine& line, double seconds) {
     };
 }
 
-/// What is to be mixed down.
+/// The clip to mix down.
 struct Routed {
     TakeSound sound;
     std::vector<BlockDecision> blocks;
@@ -68,7 +68,7 @@ Routed routedFile(Context& context, const std::string& path, ProgressLine& progr
     return routed;
 }
 
-/// The editor's tracks and ranges count; nothing of the session changes on the disk.
+/// The editor's tracks and ranges apply; the session on the disk is not changed.
 Routed routedClip(const Context& context, const std::string& sessionWords, const std::string& clip,
                   RenderedOutput& output, ProgressLine& progress) {
     const SessionStore store(AppStorageHelper::sessionsDirectory());

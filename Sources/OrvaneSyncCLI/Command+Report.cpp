@@ -17,7 +17,7 @@ namespace orvane::cli {
 
 namespace {
 
-// What a person can take in; --json has everything.
+// As many as a person can read; --json has all of them.
 constexpr std::size_t mostColumns = 8;
 constexpr std::size_t mostRows = 40;
 constexpr std::size_t mostCellBytes = 40;
@@ -30,7 +30,7 @@ ALEFile readReport(const FileURL& url) {
     }
 }
 
-/// A row a line, written as it comes: a report may have millions of them.
+/// One row a line, written as it is read: a report may have millions of rows.
 void printJSON(std::ostream& out, const ALEFile& report) {
     JSON::Object heading;
     for (const auto& [key, value] : report.heading()) heading.emplace_back(key, value);
@@ -47,8 +47,8 @@ void printJSON(std::ostream& out, const ALEFile& report) {
     out << "  \"heading\": " << JSON(std::move(heading)).dump() << "\n}\n";
 }
 
-/// The columns that matter most to a merge first, then the others in the order of the file, all of them only
-/// where they say something. A name that comes twice is shown once. There may be millions of columns.
+/// The columns that matter most for a merge first, then the others in the order of the file; columns without
+/// any value are left out. A repeated name is shown once. There may be millions of columns.
 std::vector<std::string> columnsToShow(const ALEFile& report, std::string_view matchColumn) {
     const std::array<std::string_view, 4> first{"Name", matchColumn, "Scene", "Take"};
     const std::vector<bool> hasText = report.columnsWithText();
@@ -78,7 +78,7 @@ std::string headingText(const ALEFile& report, bool bold) {
     return table.empty() ? "" : table.text(bold) + "\n";
 }
 
-/// The first rows, and at their end the rate that a merge would take from them.
+/// The first rows, and below them the rate that a merge would take from them.
 std::string rowsText(const ALEFile& report, const std::vector<std::string>& columns, bool bold) {
     std::vector<Table::Column> headings;
     for (const std::string& column : columns) headings.push_back({shortened(column)});

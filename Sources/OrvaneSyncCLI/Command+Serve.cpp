@@ -21,8 +21,8 @@ namespace orvane::cli {
 
 namespace {
 
-/// Reads messages off the interface thread and hands them over in order, not much faster than they are
-/// served and answers are read. Ends the loop when all are served.
+/// Reads messages off the interface thread and passes them on in order, hardly faster than they are served
+/// and answers are read. Ends the loop when all are served.
 class MessageReader {
   public:
     MessageReader(std::istream& in, LineWriter& answers, std::shared_ptr<platform::RunLoop> loop,
@@ -73,7 +73,7 @@ JSON progressJSON(std::string_view phase, int current, int total, double fractio
     return json;
 }
 
-/// How far the operation is that now runs; nothing when the change was of something else.
+/// The progress of the current operation; nothing when another field changed.
 std::optional<JSON> progressJSON(const ImportController& controller, ImportField field) {
     const ScanProgress& scan = controller.scan().progress();
     if (field == ImportField::progress && scan.isActive())
@@ -139,27 +139,27 @@ void serve(Context& context, const Arguments& arguments) {
     if (!arguments.positionals().empty()) throw UsageError("serve must be called without a file");
     const auto loop = platform::RunLoop::create();
     commands::CommandContext work = openWork(context, arguments, loop);
-    // The interface thread never waits for the reader of the answers: it would not see that it is to end.
+    // The interface thread never waits for the reader of the answers: it would not notice a request to end.
     LineWriter answers(context.out);
     rpc::Server server(work, commands::allCommands(), [&](const std::string& line) { answers.write(line); });
     server.whenWritable([&answers, loop] {
         if (!answers.isFull()) return platform::Task::ended();
         auto room = std::make_shared<platform::Completion>(loop);
         const platform::Task task = room->task();
-        // Handed on as a whole, so that it ends on the interface thread.
+        // Moved as a whole, so that it is destroyed on the interface thread.
         answers.whenWritable([loop, room = std::move(room)]() mutable {
             loop->post([room = std::move(room)] { room->end(); });
         });
         return task;
     });
-    // Called where the sign-in waits.
+    // Called on the thread where the sign-in waits.
     work.showPage = [loop, &server](const std::string& url) {
         loop->post([&server, url] { server.notify("openURL", JSON::Object{{"url", url}}); });
         return true;
     };
     const auto progressing = work.controller->onChange([&](ImportField field) {
         if (!server.isWaitedFor()) return; // an analysis in the background
-        if (answers.isFull()) return;      // nobody reads them
+        if (answers.isFull()) return;      // they are not being read
         if (auto progress = progressJSON(*work.controller, field)) server.notify("progress", *progress);
     });
     const auto keeping = work.sessions->onChange([&](SessionField field) {
@@ -167,7 +167,7 @@ void serve(Context& context, const Arguments& arguments) {
             context.warn(*work.sessions->problem());
     });
     if (work.sessions->problem()) context.warn(*work.sessions->problem());
-    // Called on a thread of its own, at the very end of this function at the latest.
+    // Called on a thread of its own, at the latest at the very end of this function.
     const auto save = [loop, weak = std::weak_ptr(work.sessions)](const platform::EndProcess& end) {
         loop->post([weak, end] {
             const auto sessions = weak.lock();

@@ -13,7 +13,7 @@ namespace orvane::cli {
 
 namespace {
 
-/// A program of its own, so that this one holds no server.
+/// A separate program, so that this one contains no server.
 void serviceDemo(Context&, const Arguments& arguments) {
     if (arguments.positionals().size() > 1) throw UsageError("service-demo takes one folder");
     std::vector<std::string> words{"orvane_service_demo"};

@@ -61,7 +61,7 @@ void show(Context& context, const OpenSession& session, bool asJSON) {
                 << stateText(session.controller(), context.mayColour);
 }
 
-/// The settings that a folder keeps; none, and a warning, where they can't be read.
+/// The settings that are kept in a folder; none, with a warning, if they can't be read.
 platform::SettingsStore::Values settingsOf(const FolderInfo& folder, const Context& context,
                                            DocumentOutput& output) {
     if (!folder.activeSettingsSnapshot) return {};
@@ -75,7 +75,7 @@ platform::SettingsStore::Values settingsOf(const FolderInfo& folder, const Conte
     }
 }
 
-/// The settings of the session's folder hold for this run, those of the command line above them.
+/// The settings of the session's folder apply to this run; those of the command line have priority.
 void useFolder(Context& context, const Arguments& arguments, const SessionStore& store,
                const SessionInfo& info, DocumentOutput& output) {
     const auto folders = *store.readFolderInfos().record;

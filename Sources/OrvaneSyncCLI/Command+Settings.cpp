@@ -74,7 +74,7 @@ void store(Context& context, const SettingDescription& setting, const std::strin
     context.settings->set(setting.key, std::move(value)).wait();
 }
 
-/// What the program notes by itself can be read and forgotten as well.
+/// State that the program stores by itself can also be read and reset.
 const SettingDescription& readableSetting(const std::string& key) {
     if (const SettingDescription* own = shortcutSettings::find(key)) return *own;
     if (const SettingDescription* own = screenSettings::find(key)) return *own;

@@ -17,7 +17,7 @@ namespace orvane::cli {
 
 namespace {
 
-/// The center on a run loop of its own.
+/// The shortcut center on its own run loop.
 class Shortcuts {
   public:
     explicit Shortcuts(const Context& context)
@@ -113,7 +113,7 @@ void decode(Context& context, const Arguments& arguments) {
                     << "\n";
 }
 
-/// What a verb does, and what it says for people; empty where its answer is the list of keys or profiles.
+/// Runs a verb and returns its output for people; empty if its answer is the list of keys or profiles.
 using Run = std::string (*)(const Shortcuts& center, const Arguments& arguments);
 
 std::string set(const Shortcuts& center, const Arguments& arguments) {
@@ -162,9 +162,9 @@ std::string remove(const Shortcuts& center, const Arguments& arguments) {
 
 struct Verb {
     std::string_view name;
-    std::size_t words; ///< behind it
+    std::size_t words; ///< after the verb
     std::string_view takes;
-    bool answersProfiles; ///< the answer in JSON is the profiles, else the keys
+    bool answersProfiles; ///< the JSON answer is the profiles, else the keys
     Run run = nullptr;
 };
 constexpr std::string_view noWord = "nothing more", oneFile = "one file", oneName = "the name of a profile";

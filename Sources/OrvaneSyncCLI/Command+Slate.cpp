@@ -12,8 +12,8 @@ namespace orvane::cli {
 
 namespace {
 
-/// Throws where the command line names no video. Where there is sound to listen to, a video without pictures
-/// is no reason not to.
+/// Throws if the command line names no video. If there is also sound to analyse, a video without pictures is
+/// accepted.
 void expectPictures(Context& context, const std::string& path, bool hasSound) {
     if (const std::string why = whyUnreadable(path, false); !why.empty())
         throw CommandError("can't read '" + path + "': " + why);
@@ -59,7 +59,7 @@ void slate(Context& context, const Arguments& arguments) {
             progress.show({"Looking for the slate", static_cast<int>(share * percent), percent}, share);
         });
     progress.clear();
-    if (watch.hasSeenError()) // a slate may lie where nothing could be read
+    if (watch.hasSeenError()) // the unread part may contain a slate
         throw CommandError("can't read all of '" + video + "'" + (audio ? " or '" + *audio + "'" : "") +
                            ": the disk or share fails; see that the file can be copied, and try again");
     if (arguments.has("--json"))

@@ -31,7 +31,7 @@ SmartAudioMode smartAudioMode(const Context& context, const Arguments& arguments
     return context.settings->find(settings::smartAudioMode).value_or(SmartAudioMode::standard);
 }
 
-/// Says what was scanned, also where nothing of it can be exported.
+/// Reports what was scanned, also if nothing of it can be exported.
 [[noreturn]] void failWithoutClips(Context& context, const ImportController& controller, bool asJSON) {
     std::string folders;
     for (const FileURL& folder : controller.work().folders())
@@ -53,8 +53,7 @@ std::vector<ReviewLine> readReview(const std::string& path) {
     return readReviewFile(path);
 }
 
-/// Metadata that was asked for and can't be had is an error: a document without it would pass for one with
-/// it.
+/// If requested metadata can't be had, that is an error: a document without it would look like one with it.
 void layLockitMetadata(Context& context, ScanRun& run, const std::string& project,
                        const Arguments& arguments) {
     const OpenWork::Environment& environment = run.controller().work().environment;
@@ -72,7 +71,7 @@ void layLockitMetadata(Context& context, ScanRun& run, const std::string& projec
         context.err << platform::text::printable(status) << "\n";
 }
 
-/// A start of the global offset that was typed for this run is held against the rate of the clips.
+/// The start in a global offset that was typed for this run is checked against the rate of the clips.
 void checkStartOfOffset(const Context& context, ScanRun& run) {
     const auto& setting = settings::globalAudioOffsetStartFromTC;
     const auto text = context.settings->find(setting);
@@ -98,7 +97,7 @@ void sync(Context& context, const Arguments& arguments) {
     const SmartAudioMode smartAudio = smartAudioMode(context, arguments);
     ScanRun run(context, arguments);
     ImportController& controller = run.controller();
-    // Once is enough, in the mode of this command.
+    // Analyses only once, in the mode of this command.
     run.scan(ScanRun::Analysis::none, review ? &*review : nullptr);
     checkStartOfOffset(context, run);
     if (controller.work().matchedCount() == 0) failWithoutClips(context, controller, arguments.has("--json"));

@@ -16,7 +16,7 @@ namespace {
 
 using platform::JSON;
 
-/// The answer as a line for people and under a key for programs. A null is "none".
+/// Prints the answer as a line for people, or under a key for programs. A null is "none".
 void answer(Context& context, const Arguments& arguments, std::string_view key, const JSON& value) {
     if (!arguments.has("--json")) {
         context.out << (value.isNull()              ? "none"

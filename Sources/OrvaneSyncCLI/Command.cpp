@@ -119,7 +119,7 @@ void applyOverrides(const Context& context, const Arguments& arguments) {
     }
 }
 
-/// Also of a text that is laid out in lines for a window.
+/// Joins a text that has line breaks for a window.
 std::string oneLine(std::string_view text) {
     std::string line;
     for (const char c : text)

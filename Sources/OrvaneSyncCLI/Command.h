@@ -13,13 +13,13 @@ enum ExitStatus : int { done = 0, failed = 1, wrongUsage = 2 };
 /// One command of the program.
 struct Command {
     std::string_view name;
-    std::string_view usage; ///< behind the command's name, such as "FILE..."
+    std::string_view usage; ///< after the command's name, such as "FILE..."
     std::string_view summary;
     std::string_view example; ///< works as printed
     std::vector<Option> options;
     void (*run)(Context& context, const Arguments& arguments);
     std::string_view details = {};  ///< more lines for the help, above the options
-    std::string_view settings = {}; ///< lines on its settings, under the options
+    std::string_view settings = {}; ///< lines about its settings, below the options
 };
 
 const Command& syncCommand();
@@ -54,13 +54,13 @@ const Command& doctorCommand();
 
 /// All commands, in the order in which the help lists them.
 std::span<const Command* const> allCommands();
-/// The words behind the command's name. Throws UsageError.
+/// Parses the words after the command's name. Throws UsageError.
 Arguments argumentsOf(const Command& command, std::span<const std::string> words);
 
 #ifdef ORVANE_DEMO
 const Command& serviceDemoCommand();
 #endif
-/// What the desktop runs with the address that a sign-in leads to; in no list.
+/// The command that the desktop runs with the address at the end of a sign-in; not in any list.
 int handOverCallback(std::span<const std::string> words, Context& context);
 
 /// Runs a whole command line (without the program's name) and returns its exit status.

@@ -19,13 +19,13 @@
 
 namespace orvane::cli {
 
-/// A command that could not do what it was asked for. Ends with status 1 and one line "error: ...".
+/// A command that could not do what was requested. Ends with status 1 and one line "error: ...".
 class CommandError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-/// Everything that a command has around it, so that tests run it without a terminal.
+/// The environment of a command, so that tests can run it without a terminal.
 struct Context {
     std::ostream& out;
     std::ostream& err;
@@ -35,12 +35,12 @@ struct Context {
     bool mayColour = false;                 ///< standard output is a terminal and NO_COLOR is not set
     int outWidth = 80;                      ///< columns
     int errWidth = 80;                      ///< columns
-    std::string programName = "orvanesync"; ///< as it was called, for examples
-    std::vector<std::string> words{};       ///< of the command line behind it
+    std::string programName = "orvanesync"; ///< as the user called it, for examples
+    std::vector<std::string> words{};       ///< of the command line, after the program's name
     std::shared_ptr<platform::SettingsStore> settings{};
     std::shared_ptr<const platform::Clock> clock = platform::systemClock();
 
-    /// Opens the results of earlier probes. Asked once, by a command that wants them.
+    /// Opens the results of earlier probes. Called once, by a command that needs them.
     std::function<std::shared_ptr<ProbeCache>()> openProbeCache = ProbeCache::shared;
     std::function<std::shared_ptr<WaveformCache>()> openWaveformCache = WaveformCache::shared;
     std::function<std::shared_ptr<const RenderedAudioStore>(std::shared_ptr<const platform::SettingsStore>)>
@@ -56,7 +56,7 @@ struct Context {
         all.insert(all.end(), words.begin(), words.end());
         return all;
     }
-    /// One line "warning: ..." on standard error.
+    /// Prints one line "warning: ..." to standard error.
     void warn(std::string_view message) const;
 };
 

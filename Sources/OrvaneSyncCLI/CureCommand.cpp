@@ -13,10 +13,10 @@ namespace orvane::cli {
 
 namespace {
 
-/// What of a way a command line does.
+/// The part of a way that options of a command line can do.
 struct CureOptions {
     std::vector<CureOption> options;
-    std::vector<std::string> foldersLeftOut; ///< that were named for the scan
+    std::vector<std::string> foldersLeftOut; ///< folders that the scan was given
 
     explicit CureOptions(const CureWay& way) {
         take(way.options);
@@ -40,12 +40,12 @@ struct CureOptions {
     }
 };
 
-/// That hold one value; the others may come again.
+/// Options of one value; the others may be repeated.
 constexpr std::array cureOptionsOfOneValue{CureOption::Kind::soundOffset, CureOption::Kind::soundDate,
                                            CureOption::Kind::timecodeRate, CureOption::Kind::days,
                                            CureOption::Kind::choose};
 
-/// As bash and zsh read it, in characters that every terminal shows as they are.
+/// Escaped for bash and zsh, in characters that every terminal shows.
 std::string shellEscaped(std::string_view word) {
     std::string result = "$'";
     for (const char c : word) {
@@ -61,8 +61,8 @@ std::string shellEscaped(std::string_view word) {
     return result + "'";
 }
 
-/// Quoted where a shell would read it otherwise; control characters, as a line feed in the name of a folder,
-/// are escaped.
+/// Quoted if a shell would change it; control characters, such as a line feed in the name of a folder, are
+/// escaped.
 std::string shellWord(const std::string& word) {
     if (platform::text::printable(word) != word) return shellEscaped(word);
     constexpr std::string_view plain =
@@ -72,8 +72,8 @@ std::string shellWord(const std::string& word) {
 
 using Parts = std::vector<Arguments::Part>;
 
-/// By which an option replaces another one: its name, with the key of a setting, with the value of what may
-/// come again.
+/// An option replaces another one of the same identity: its name; for a setting also its key; for a
+/// repeatable option also its value.
 std::string identityOf(std::string_view option, const std::string& value) {
     std::string identity(option);
     if (std::ranges::find(cureOptionsOfOneValue, option, nameOf) != cureOptionsOfOneValue.end())
@@ -81,7 +81,8 @@ std::string identityOf(std::string_view option, const std::string& value) {
     return identity + " " + (option == "--set" ? value.substr(0, value.find('=')) : value);
 }
 
-/// What of the call stays beside the cure: no option twice, of those that replace each other the last.
+/// The parts of the call that remain beside the cure: no option twice; of options that replace each other,
+/// the last.
 Parts besideCure(const Parts& call, const CureOptions& cure) {
     std::set<std::string> later;
     for (const CureOption& option : cure.options) later.insert(identityOf(nameOf(option.kind), option.value));
@@ -100,8 +101,8 @@ Parts besideCure(const Parts& call, const CureOptions& cure) {
     return rest;
 }
 
-/// Of the program and the command, the rest of the call and the cure; switches behind the cure, and folders
-/// that look like options last.
+/// The words of the program and the command, of the rest of the call and of the cure; switches after the
+/// cure, and folders that look like options last.
 std::vector<std::string> wordsOf(std::vector<std::string> words, const Parts& parts,
                                  const CureOptions& cure) {
     std::vector<std::string> switches, last;
@@ -125,7 +126,7 @@ std::string shellLine(const std::vector<std::string>& words) {
     return line;
 }
 
-/// What a call says, in whatever order.
+/// What a call does, in an order that does not depend on that of its words.
 std::string meaningOf(const Parts& parts, const CureOptions& cure) {
     std::set<std::string> all;
     for (const Arguments::Part& part : parts) all.insert(part.option + " " + part.value);
@@ -136,7 +137,7 @@ std::string meaningOf(const Parts& parts, const CureOptions& cure) {
     return meaning;
 }
 
-/// Numbers the name of a file that the option gives. Returns whether it gives one.
+/// Appends a number to the name of a file in the option's value. Returns whether the option is there.
 bool numberFile(Parts& parts, std::string_view option, int number) {
     const auto file = std::ranges::find(parts, option, &Arguments::Part::option);
     if (file == parts.end() || file->value == "-") return false;
@@ -144,7 +145,7 @@ bool numberFile(Parts& parts, std::string_view option, int number) {
     const std::size_t slash = path.rfind('/'), point = path.rfind('.');
     const bool hasExtension = point != std::string::npos && (slash == std::string::npos || point > slash + 1);
     const std::size_t behind = hasExtension ? path.size() - point : 0;
-    std::string& word = file->words.back(); // its value ends it
+    std::string& word = file->words.back(); // ends with its value
     word.insert(word.size() - behind, "-" + std::to_string(number));
     return true;
 }
@@ -155,7 +156,7 @@ CureCommands::CureCommands(std::span<const std::string> call) : start_(call.begi
     const auto command = std::ranges::find(allCommands(), call[1], &Command::name);
     if (command != allCommands().end()) parts_ = argumentsOf(**command, call.subspan(2)).parts();
     const CureOptions none{CureWay()};
-    given_.insert(meaningOf(besideCure(parts_, none), none)); // what is in force cures nothing
+    given_.insert(meaningOf(besideCure(parts_, none), none)); // a call equal to the present one does not help
 }
 
 std::optional<std::string> CureCommands::next(const DoubtCure& cure, const std::function<bool()>& helps) {

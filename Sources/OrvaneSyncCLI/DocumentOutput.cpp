@@ -26,7 +26,7 @@ std::string writtenText(const ImportController& controller, const ExportResult& 
                         const std::string& output) {
     std::string text = "Wrote " + platform::text::printable(output) + ": " +
                        counted(result.syncClipCount, "synchronized clip", "synchronized clips");
-    // Settings may keep single clips, or those without sound, out of the document.
+    // Settings may leave single clips, or those without sound, out of the document.
     const WorkState::Counts& all = controller.work().counts();
     const int withSound = all.withSound - all.excludedWithSound;
     const int mos = all.withoutSound - all.excludedWithoutSound;

@@ -12,27 +12,27 @@
 
 namespace orvane::cli {
 
-/// What all commands take that write a document.
+/// The options of all commands that write a document.
 const std::vector<Option>& documentOptions();
 
-/// Where the document of a command goes, and what kind of document it is to be.
+/// The path and the kind of the document that a command writes.
 class DocumentOutput {
   public:
-    /// `inputs`: what the command line names to be read; what the controller reads is added when the document
-    /// is written. Throws UsageError, and OutputRefused for a place that cannot take the document: a long
-    /// scan must not end at a folder that is not there.
+    /// `inputs`: files that the command line names for reading; those that the controller reads are added
+    /// when the document is written. Throws UsageError, and OutputRefused for a place that cannot take the
+    /// document: a long scan must not fail at its end because a folder is missing.
     DocumentOutput(Context& context, const Arguments& arguments, RunInputs inputs = {});
 
     ExportController::Options document;
     /// Warnings that were printed before; JSON repeats them.
     std::vector<std::string> warnedAlready;
-    /// The one that was asked of Smart Audio; absent where the command knows of none.
+    /// The mode that was requested of Smart Audio; absent if the command does not know one.
     std::optional<SmartAudioMode> smartAudioMode;
 
-    /// Printed for people behind what was written.
+    /// Printed for people after what was written.
     std::string lastLine;
 
-    /// Work that was kept is not matched by the options of the command.
+    /// Restored work is not matched by the options of the command.
     Matching matching = Matching::canChange;
 
     /// Exports the open work and prints what was written. `written` is called before anything is printed.

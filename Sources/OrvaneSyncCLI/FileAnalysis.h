@@ -10,13 +10,13 @@
 
 namespace orvane::cli {
 
-/// What a command asks of an analysis of one file, with block routing, by the settings and by what the
+/// The analysis of one file with block routing that a command requests, by the settings and by what the
 /// recorder wrote into the file.
 struct FileAnalysis {
     SmartAudioRequest request;
     MediaAsset asset;
 };
-/// `channels`: to look at; those of the file where absent. `file`: the same, open.
+/// `channels`: the ones to analyse; if absent, those of the file. `file`: the same file, open.
 FileAnalysis fileAnalysis(const Context& context, const std::string& path, const platform::AudioFile& file,
                           SmartAudioMode mode, std::optional<int> channels = {});
 

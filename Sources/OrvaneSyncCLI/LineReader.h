@@ -7,14 +7,14 @@
 
 namespace orvane::cli {
 
-/// Lines of a stream that is not trusted to end them.
+/// Reads lines of a stream that may never end them.
 class LineReader {
   public:
     static constexpr std::size_t longestLine = std::size_t{64} << 20U; ///< bytes
 
     struct Line {
-        std::string text;    ///< without its end
-        bool isWhole = true; ///< false: the line was longer, and the rest of it is gone
+        std::string text;    ///< without its line end
+        bool isWhole = true; ///< false: the line was longer, and the rest of it was discarded
     };
 
     explicit LineReader(std::istream& in) : in_(in) {}

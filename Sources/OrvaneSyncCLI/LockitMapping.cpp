@@ -34,7 +34,7 @@ std::string tableText(const LockitFieldMapping& mapping, bool mayColour) {
     return table.text(mayColour) + "\nTargets: " + platform::text::joined(targets, ", ") + "\n";
 }
 
-/// The change that the words ask for, on its way to the disk.
+/// The change that the words request, while it is written to the disk.
 platform::SettingsWrite changed(platform::SettingsStore& store, const std::vector<std::string>& words) {
     const std::string& verb = words[1];
     if (verb == "reset" && words.size() == 2) return LockitFieldMapping::resetToDefaults(store);

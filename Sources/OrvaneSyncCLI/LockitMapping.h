@@ -4,7 +4,7 @@
 
 namespace orvane::cli {
 
-/// `lockit mapping ...`: lists and changes where the fields of LockitNetwork go.
+/// `lockit mapping ...`: lists and changes the targets of LockitNetwork's fields.
 void lockitMapping(Context& context, const Arguments& arguments);
 
 } // namespace orvane::cli

@@ -17,7 +17,7 @@ SessionInfo sessionNamed(const SessionStore& store, const std::string& words) {
         if (info.id.text() == wanted) return info;
         if (info.id.text().starts_with(wanted) || info.name == words) found.push_back(info);
     }
-    // One whose record can't be read is in no list.
+    // A session whose record can't be read is in no list.
     if (const auto id = UUID::fromText(wanted); id && found.empty() && store.exists(*id)) return {.id = *id};
     if (words.empty() || found.empty()) throw CommandError("there is no session '" + words + "'");
     if (found.size() > 1)

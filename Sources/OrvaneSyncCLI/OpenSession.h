@@ -9,14 +9,14 @@
 
 namespace orvane::cli {
 
-/// The session of that id, of an id that begins so, or of that name. Throws CommandError unless one alone
-/// answers to it.
+/// The session with that id, with an id that begins so, or with that name. Throws CommandError unless exactly
+/// one matches.
 SessionInfo sessionNamed(const SessionStore& store, const std::string& words);
 
-/// A session opened to be looked at: nothing on the disk changes.
+/// A session opened for reading: nothing on the disk changes.
 class OpenSession {
   public:
-    /// Warns of what cannot be read. Throws CommandError where that is the clips.
+    /// Warns of what cannot be read. Throws CommandError if that is the clips.
     OpenSession(const Context& context, const SessionStore& store, SessionInfo info);
 
     const SessionInfo& info() const { return info_; }
@@ -25,8 +25,8 @@ class OpenSession {
     ImportController& controller() { return *controller_; }
     /// Waits for an operation of the controller; its exception passes through.
     void wait(const platform::Task& operation) const;
-    /// The clip of that name in Final Cut, of that camera file with or without its ending, or of that id.
-    /// Throws CommandError unless one alone answers to it.
+    /// The clip with that name in Final Cut, with that camera file (its extension is optional), or with that
+    /// id. Throws CommandError unless exactly one matches.
     const SyncGroup& clipNamed(const std::string& words) const;
 
   private:

@@ -6,12 +6,12 @@
 
 namespace orvane::cli {
 
-/// Limits how many messages, and bytes of them, are read and not yet served. Those beyond wait in the pipe.
-/// Any thread.
+/// Limits the number and the bytes of messages that are read and not yet served. Further messages wait in the
+/// pipe. Any thread.
 class PendingMessageLimit {
   public:
     static constexpr std::size_t mostMessages = 256;
-    /// One alone may take more. What is made of a message takes several times as much.
+    /// A single message may be larger. Parsing a message takes several times as much memory.
     static constexpr std::size_t mostBytes = std::size_t{64} << 20U;
 
     /// Waits until there is room.
@@ -19,7 +19,7 @@ class PendingMessageLimit {
         std::unique_lock lock(mutex_);
         freed_.wait(lock, [&] { return acquireIfFree(bytes); });
     }
-    /// False, and nothing is taken, while there is none.
+    /// False, without taking room, while there is none.
     bool tryAcquire(std::size_t bytes) {
         const std::lock_guard lock(mutex_);
         return acquireIfFree(bytes);

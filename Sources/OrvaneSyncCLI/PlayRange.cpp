@@ -23,7 +23,7 @@ using platform::MediaTime;
 
 namespace {
 
-/// The sound of a take that somebody else looks at, too.
+/// The sound of a take that other code also uses.
 class SharedSound final : public platform::AudioFile {
   public:
     explicit SharedSound(std::shared_ptr<const OpenTake> take) : take_(std::move(take)) {}
@@ -92,7 +92,7 @@ void RangePlayer::throwIfReadFailed() const {
         const std::lock_guard lock(opened_->mutex);
         for (const auto& take : opened_->takes) take->throwIfReadFailed();
     }
-    // What is left are the pictures, which are read a little ahead of what is shown.
+    // The remaining errors are of pictures, which are read a little ahead of the shown one.
     if (platform::ReadErrorWatch::errorsOfAllThreads() != errorsBefore_)
         throw ReadFailed({FileURL{range_.video}.lastPathComponent(), player_->currentTime().seconds(),
                           player_->facts().duration.seconds()});

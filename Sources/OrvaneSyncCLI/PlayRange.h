@@ -13,17 +13,17 @@
 
 namespace orvane::cli {
 
-/// What is played, and how.
+/// What to play, and how.
 struct PlayRange {
     std::string video;
     std::optional<TakeSound> sound; ///< absent: the video's own
     double offset = 0;              ///< seconds of the clip at which the sound begins
     double from = 0;                ///< seconds of the clip
     std::optional<double> to;       ///< absent: to the end
-    double rate = 1;                ///< not 0; backwards below 0, from `to` to `from`
+    double rate = 1;                ///< not 0; below 0 backwards, from `to` to `from`
 };
 
-/// A player that stands at the beginning of what is asked for.
+/// A player at the beginning of the requested range.
 class RangePlayer {
   public:
     /// Throws CommandError for what cannot be played.
@@ -33,9 +33,9 @@ class RangePlayer {
     platform::Player& player() { return *player_; }
     double clipSeconds() const { return to_ - range_.from; }
     double outputSeconds() const;
-    /// Throws ReadFailed where the sound or the pictures of what was played so far could not be read.
+    /// Throws ReadFailed if sound or pictures of the part played so far could not be read.
     void throwIfReadFailed() const;
-    /// How far it has come, 0 to 1.
+    /// The played share of the range, 0 to 1.
     double done(platform::MediaTime at) const;
     void start();
     void showProgress(ProgressLine& line, double fraction, std::string_view phase) const;
@@ -44,8 +44,8 @@ class RangePlayer {
     struct Opened;
 
     const PlayRange range_;
-    const std::shared_ptr<Opened> opened_; ///< by the player, on its own thread
-    const std::uint64_t errorsBefore_;     ///< of reading, by any thread
+    const std::shared_ptr<Opened> opened_; ///< filled by the player, on its own thread
+    const std::uint64_t errorsBefore_;     ///< read errors of any thread
     const std::unique_ptr<platform::Player> player_;
     double to_ = 0;
 };

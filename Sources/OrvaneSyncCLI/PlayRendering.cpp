@@ -23,7 +23,7 @@ namespace {
 
 using platform::MediaTime;
 
-/// A player on a clock that moves as fast as it can be followed.
+/// A player on a clock that moves as fast as its pictures and sound are ready.
 class Rendering {
   public:
     explicit Rendering(const PlayRange& range)
@@ -45,7 +45,7 @@ class Rendering {
     std::int64_t totalFrames() const { return std::llround(open_.outputSeconds() * sampleRate()); }
     std::int64_t frame() const { return frame_; }
 
-    /// Moves on to that frame of the output, and hands on the sound until there.
+    /// Moves to that frame of the output, and passes on the sound until there.
     using Hear = std::function<void(const std::array<const float*, 2>& channels, std::size_t frames)>;
     void moveTo(std::int64_t frame, const Hear& hear) {
         const auto moved = std::make_shared<platform::Completion>(loop_);
@@ -53,7 +53,7 @@ class Rendering {
         players_->advance(static_cast<double>(count) / sampleRate(), [moved] { moved->end(); });
         runUntilDone(*loop_, moved->task());
         frame_ += static_cast<std::int64_t>(count);
-        left_.resize(count); // silence, where nothing sounds at all
+        left_.resize(count); // silence, if there is no sound at all
         right_.resize(count);
         if (count > 0) hear({left_.data(), right_.data()}, count);
         left_.clear();
@@ -84,14 +84,14 @@ void renderSound(Rendering& rendering, const std::string& output, const OutputGu
     writer.finish([&] { return guard.decide(output); });
 }
 
-/// The first frame of the output at or behind the moment.
+/// The first frame of the output at or after the time.
 std::int64_t frameFrom(MediaTime moment, double sampleRate) {
     const MediaTime frameLength{1, std::llround(sampleRate)};
     const std::int64_t whole = moment.wholeUnits(frameLength);
     return frameLength * whole == moment ? whole : whole + 1;
 }
 
-/// Gives the number of pictures.
+/// Returns the number of pictures.
 std::int64_t renderMovie(Rendering& rendering, const std::string& output, const OutputGuard& guard,
                          const Progress& progress) {
     const platform::PlayerFacts& facts = rendering.player().facts();
@@ -101,7 +101,7 @@ std::int64_t renderMovie(Rendering& rendering, const std::string& output, const 
     platform::MovieWriter writer(output, {.pictureLength = length, .sampleRate = rendering.sampleRate()},
                                  std::string(renderingMark));
     const auto hear = [&](const auto& channels, std::size_t frames) { writer.addSound(channels, frames); };
-    std::int64_t missing = 0; // pictures in front of the first one that could be decoded
+    std::int64_t missing = 0; // pictures before the first one that could be decoded
     for (std::int64_t number = 0; facts.hasPicture; ++number) {
         const std::int64_t due = frameFrom(length * number, rendering.sampleRate());
         if (due >= rendering.totalFrames()) break;

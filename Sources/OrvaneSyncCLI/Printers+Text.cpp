@@ -22,7 +22,7 @@ std::string timecodeRateText(TimecodeFrameRate rate) {
            (timecodeRate::isDrop(rate) ? ", drop frame" : ", non-drop");
 }
 
-/// Cameras of one recording stand together.
+/// Cameras of one recording are listed together.
 std::string clipsText(const ImportController& controller, bool bold) {
     Table table({{"CLIP"},
                  {"CAMERA FILE"},
@@ -174,7 +174,7 @@ std::string doubtsText(const WorkSnapshot& work, std::span<const std::string> ca
 }
 
 std::string notComparedText(const SyncGroupList& groups) {
-    constexpr std::ptrdiff_t fewest = 3; // of a card, by which its clock is judged
+    constexpr std::ptrdiff_t fewest = 3; // of a card, to judge its clock
     const auto hasBoth = [](const SyncGroup& group) {
         return group.matchStatus.isSettled() && !group.isMOS() && !group.isLocked &&
                group.video.channelCount.value_or(0) > 0;

@@ -13,7 +13,7 @@ namespace {
 constexpr std::chrono::nanoseconds redrawInterval = std::chrono::milliseconds(50);
 constexpr int widestBar = 30;
 constexpr int narrowestBar = 5;
-/// Before this a guess at the time left would jump about.
+/// Before this an estimate of the remaining time would vary too much.
 constexpr double secondsBeforeGuessing = 1.0;
 
 std::string bar(double fraction, int columns) {
@@ -37,7 +37,7 @@ std::string ProgressLine::text(const ScanProgress& progress, double fraction, do
     std::string left;
     if (elapsed > secondsBeforeGuessing && fraction > 0)
         left = " " + clockText(elapsed * (1 - fraction) / fraction) + " left";
-    // A line that wrapped could not be drawn over.
+    // A wrapped line could not be overwritten.
     phase = fitted(phase, columns - platform::text::displayWidth(count + left));
     const int used = platform::text::displayWidth(phase + count + left) + 4;
     const int room = std::min(columns - used, widestBar);

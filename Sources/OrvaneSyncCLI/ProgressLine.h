@@ -9,8 +9,8 @@
 
 namespace orvane::cli {
 
-/// One line on a terminal's standard error that says how far long work is: phase, count, bar and time left.
-/// Nothing at all elsewhere. Cleared when it is destroyed.
+/// One line on a terminal's standard error with the progress of long work: phase, count, bar and remaining
+/// time. Without a terminal it prints nothing. Cleared when it is destroyed.
 class ProgressLine {
   public:
     ProgressLine(Context& context, bool isQuiet);
@@ -19,12 +19,12 @@ class ProgressLine {
     ProgressLine& operator=(const ProgressLine&) = delete;
 
     void show(const ScanProgress& progress) { show(progress, progress.fraction()); }
-    /// For work whose steps are of different length: `fraction` of it is done, 0 to 1. A fraction that falls
-    /// is that of new work.
+    /// For work with steps of different length: `fraction` of it is done, 0 to 1. A fraction that decreases
+    /// belongs to new work.
     void show(const ScanProgress& progress, double fraction);
     void clear();
 
-    /// The line for a terminal of that many columns. `elapsed` seconds since the work began.
+    /// The line for a terminal of that many columns. `elapsed`: seconds since the work began.
     static std::string text(const ScanProgress& progress, double fraction, double elapsed, int columns);
 
   private:

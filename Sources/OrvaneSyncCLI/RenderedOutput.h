@@ -22,9 +22,9 @@ class RenderedOutput {
     RenderedOutput(Context& context, const Arguments& arguments, RunInputs inputs);
 
     const std::string& path() const { return path_; }
-    /// Adds to what is read. Throws OutputRefused where the output would lie there.
+    /// Adds to the files that are read. Throws OutputRefused if the output would overwrite one.
     void addInputs(RunInputs inputs);
-    /// Writes the file, as a whole or not at all, and says what was written. Throws FileError.
+    /// Writes the file, whole or not at all, and prints what was written. Throws FileError.
     void render(platform::AudioFileWriter::Format format,
                 const std::function<void(platform::AudioFileWriter& out)>& fill,
                 std::string_view description = {}) const;

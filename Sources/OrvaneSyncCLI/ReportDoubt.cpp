@@ -14,7 +14,7 @@ namespace orvane::cli {
 
 namespace {
 
-constexpr std::size_t mostNames = 6; // enough to see what was taken for the line of names
+constexpr std::size_t mostNames = 6; // enough to see which line was taken for the column names
 constexpr std::size_t mostNameBytes = 40;
 
 std::string namesOf(const PackedTexts& columns) {

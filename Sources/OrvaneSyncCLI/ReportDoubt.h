@@ -9,9 +9,9 @@
 
 namespace orvane::cli {
 
-/// Why a report that was read may give the clips nothing or too little: it has no rows, or neither the column
-/// that the settings `ale.matchField` and `ale.matchColumn` look for nor one of sound files, or quotation
-/// marks that are not closed.
+/// Why a report may give the clips no or too few values: it has no rows, or neither the column that the
+/// settings `ale.matchField` and `ale.matchColumn` name nor one of sound files, or its quotation marks are
+/// not closed.
 std::vector<std::string> reportDoubts(const ALEFile& report, const platform::SettingsStore& store);
 
 } // namespace orvane::cli

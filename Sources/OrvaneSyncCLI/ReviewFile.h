@@ -9,7 +9,7 @@
 
 namespace orvane::cli {
 
-/// The table that `--review` of a command names.
+/// The table that a command's `--review` names.
 class ReviewFile {
   public:
     /// Throws UsageError and OutputRefused, before any work.
@@ -17,9 +17,9 @@ class ReviewFile {
 
     explicit operator bool() const { return path_.has_value(); }
     const std::optional<std::string>& path() const { return path_; }
-    /// Not without a path. Throws as `writeReviewFile`.
+    /// Requires a path. Throws as `writeReviewFile`.
     void write(const std::vector<ReviewLine>& lines, const ImportController& controller) const;
-    /// For people, a line.
+    /// One line for people.
     std::string text() const;
 
     static std::vector<Option> withOptions(std::vector<Option> options);

@@ -9,17 +9,17 @@
 
 namespace orvane::cli {
 
-/// What is asked of the room tone of a scan.
+/// The requested room tone of a scan.
 struct RoomToneOrder {
     std::optional<std::string> scene = {}; ///< absent: every scene
     double seconds = AtmoController::usualDuration;
-    std::optional<std::string> directory = {}; ///< absent: that of the work
+    std::optional<std::string> directory = {}; ///< absent: that of the open work
 };
 struct RoomTone {
     std::vector<AtmoResult> built;
-    std::vector<std::string> problems; ///< of the scenes that have none, a line each
+    std::vector<std::string> problems; ///< one line for each scene that has no room tone
 };
-/// Scans the recordings of a scan that is done, and builds the files, which join its wild tracks.
+/// Searches the recordings of a finished scan and builds the files, which become wild tracks of it.
 RoomTone buildRoomTone(ScanRun& run, const RoomToneOrder& order);
 
 } // namespace orvane::cli

@@ -9,7 +9,7 @@
 
 namespace orvane::cli {
 
-/// Serves the loop until the operation has ended; its exception passes through.
+/// Runs the loop until the operation has ended; its exception passes through.
 inline void runUntilDone(platform::RunLoop& loop, const platform::Task& operation) {
     std::exception_ptr raised;
     operation.whenDone([&](std::exception_ptr how) {
@@ -20,7 +20,7 @@ inline void runUntilDone(platform::RunLoop& loop, const platform::Task& operatio
     if (raised) std::rethrow_exception(raised);
 }
 
-/// The same, and however it ends, the line of its progress is cleared.
+/// The same; in every case the progress line is cleared at the end.
 inline void runUntilDone(platform::RunLoop& loop, const platform::Task& operation, ProgressLine& progress) {
     try {
         runUntilDone(loop, operation);

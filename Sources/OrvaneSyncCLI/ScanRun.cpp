@@ -48,7 +48,7 @@ void chooseFolders(ImportController& controller, const Arguments& arguments) {
     Folders others;
     for (const std::string& path : arguments.positionals()) others.push_back(folder(path));
     std::optional<FileURL> video = takeFirst(named), audio = takeFirst(sounding);
-    // A folder without a kind stands for both: the first two for the kinds that no option names.
+    // A folder without a kind may be either: the first two are used for the kinds that no option names.
     if (!video && !others.empty()) {
         video = others.front();
         if (audio || others.size() > 1) others.erase(others.begin());
@@ -81,7 +81,7 @@ void chooseFolders(ImportController& controller, const Arguments& arguments) {
     }
 }
 
-/// The same as its setting for this run.
+/// Sets the setting for this run.
 void chooseDays(Context& context, const Arguments& arguments) {
     const auto days = arguments.value("--days");
     if (!days) return;
@@ -155,7 +155,7 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
     });
 }
 
-/// Those of `scanOptions`.
+/// The options of `scanOptions`.
 void ScanRun::readOptions(const Arguments& arguments) {
     chooseFolders(*controller_, arguments);
     chooseDays(context_, arguments);
@@ -185,10 +185,10 @@ void ScanRun::show(std::string_view phase) { progress_.show({std::string(phase),
 
 void ScanRun::scan(Analysis analysis, const std::vector<ReviewLine>* review) {
     SmartAudioController& smartAudio = controller_->smartAudio();
-    smartAudio.setAnalysesAfterScan(false); // it hears what is settled, and that is not decided yet
+    smartAudio.setAnalysesAfterScan(false); // it analyses the reviewed clips, and the review comes later
     try {
         wait(controller_->scan().startScan());
-    } catch (const CorrectionError& error) { // the files decide at which rate it counts
+    } catch (const CorrectionError& error) { // the rate at which it counts depends on the files
         throw UsageError(error.what());
     }
     warnOfTheScan();
@@ -210,7 +210,7 @@ void ScanRun::apply(const std::vector<ReviewLine>& review) {
 }
 
 void ScanRun::open(const std::string& projectFile) {
-    controller_->smartAudio().setAnalysesAfterScan(false); // the tracks are those that the project holds
+    controller_->smartAudio().setAnalysesAfterScan(false); // the project holds the tracks
     wait(controller_->project().loadProject({platform::files::standardized(projectFile)}));
     for (const FileURL& folder : controller_->work().folders())
         if (const std::string why = whyUnreadable(folder.path, true); !why.empty())

@@ -14,29 +14,29 @@
 
 namespace orvane::cli {
 
-/// What both `scan` and `sync` take.
+/// The options that both `scan` and `sync` take.
 const std::vector<Option>& scanOptions();
 
-/// What these name to be read.
+/// The files that these options name for reading.
 RunInputs inputsOf(const Arguments& arguments);
 
-/// One controller on a run loop of its own, driven through a scan.
+/// One controller on its own run loop, driven through a scan.
 class ScanRun {
   public:
     enum class Folders { ofArguments, ofProject };
-    /// Throws UsageError for folders that make no sense and CommandError for folders that cannot be read. A
-    /// project brings its own. Loads the report, and warns of one that cannot be read.
+    /// Throws UsageError for folders that contradict each other and CommandError for folders that cannot be
+    /// read. A project has its own folders. Loads the report, and warns of one that cannot be read.
     ScanRun(Context& context, const Arguments& arguments, Folders folders = Folders::ofArguments);
 
     ImportController& controller() { return *controller_; }
-    /// What was warned of so far, for JSON to repeat.
+    /// The warnings so far, for JSON to repeat.
     const std::vector<std::string>& warnings() const { return warnings_; }
-    /// Scans to the end, with progress. Warns of what could not be found, and of rates that can hardly be
-    /// right. Then settles what the review and the arguments settle; null: no review. At last it waits for
-    /// the analysis that the settings ask for.
+    /// Scans to the end, with progress. Warns of what could not be found, and of rates that are hardly right.
+    /// Then applies the review's and the arguments' decisions; null: no review. Finally waits for the
+    /// analysis that the settings request.
     enum class Analysis { asStored, none };
     void scan(Analysis analysis = Analysis::asStored, const std::vector<ReviewLine>* review = nullptr);
-    /// Says on the progress line what is being done, until the next wait ends.
+    /// Shows on the progress line what is being done, until the next wait ends.
     void show(std::string_view phase);
     void clearProgress() { progress_.clear(); }
     /// The same with the folders and edits of a project file. Throws FileError, ProjectError, and
@@ -44,7 +44,7 @@ class ScanRun {
     void open(const std::string& projectFile);
     /// Waits for an operation of the controller; its exception passes through.
     void wait(const platform::Task& operation);
-    /// On standard error, and for JSON to repeat.
+    /// Prints to standard error, and keeps it for JSON to repeat.
     void warn(std::string message);
 
   private:

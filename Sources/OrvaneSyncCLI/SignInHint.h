@@ -6,8 +6,8 @@
 
 namespace orvane::cli {
 
-/// What stands behind the message of a request that failed: what helps where the service has refused to renew
-/// the token. Else empty.
+/// Appended to the message of a failed request: what to do if the service has refused to renew the token.
+/// Else empty.
 inline std::string signInHint(const LockitOAuthService& account) {
     return account.state().isRefreshRefused ? " (sign in again: orvanesync lockit sign-in)" : "";
 }

@@ -12,30 +12,30 @@ namespace orvane::cli {
 
 class ProgressLine;
 
-/// Of a file with several sound tracks: the one that players take, or all side by side.
+/// For a file with several sound tracks: the one that players choose, or all side by side.
 enum class SoundTracks { main, all };
 
-/// The sound of a file that a command was given. Throws CommandError where there is nothing to read or
-/// nothing in it can be heard.
+/// Opens the sound of a file of the command line. Throws CommandError if it cannot be read or has no sound.
 std::unique_ptr<platform::AudioFile> openSound(const std::string& path,
                                                SoundTracks tracks = SoundTracks::main);
 
-/// Why what needs the media libraries can't be read, and what to do; empty where nothing needed them in vain.
+/// Why files that need the media libraries can't be read, and what to do; empty if no file needed them in
+/// vain.
 std::string missedLibraryText();
 
-/// Seconds that are there, and those that the header promises; 0 without a rate.
+/// Seconds in the file, and those that its header states; 0 without a rate.
 double secondsOf(const platform::AudioFile& file);
 double secondsOf(const platform::AudioFile& file, std::int64_t frames);
 double promisedSecondsOf(const platform::AudioFile& file);
 
-/// Once so many frames of the file were heard: warns where the file ends before what its header promises.
-/// Throws ReadFailed where a read failed.
+/// Call it after so many frames of the file were read: warns if the file ends before the length that its
+/// header states. Throws ReadFailed if a read failed.
 void checkHeard(const Context& context, const std::string& path, const platform::AudioFile& file,
                 std::int64_t heardFrames);
-/// Throws ReadFailed where a read of the file failed.
+/// Throws ReadFailed if a read of the file failed.
 void checkRead(const std::string& path, const platform::AudioFile& file);
 
-/// Shows on the line how many of so many seconds were heard; takes the share of them.
+/// Shows on the progress line how many of so many seconds were analysed; is called with their share.
 std::function<void(double share)> hearing(ProgressLine& line, double seconds);
 
 } // namespace orvane::cli

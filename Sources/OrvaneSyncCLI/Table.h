@@ -9,7 +9,7 @@
 
 namespace orvane::cli {
 
-/// Rows under headings, aligned as a terminal shows them.
+/// Rows under headings, aligned by their width on a terminal.
 class Table {
   public:
     enum class Align { left, right };
@@ -19,10 +19,10 @@ class Table {
     };
 
     explicit Table(std::vector<Column> columns);
-    /// One cell a column. Control characters, here and in headings, are made harmless.
+    /// One cell for each column. Control characters, here and in headings, are replaced.
     void add(std::vector<std::string> cells);
     bool empty() const { return rows_.empty(); }
-    /// With `bold`, the headings stand out on a terminal.
+    /// With `bold`, the headings are bold on a terminal.
     std::string text(bool bold) const;
 
   private:
@@ -33,7 +33,7 @@ class Table {
 };
 
 using platform::text::formatted;
-/// No wider on a terminal than that; what is cut off shows as an ellipsis.
+/// The text in at most that many columns of a terminal; an ellipsis replaces the rest.
 std::string fitted(const std::string& text, int columns);
 
 } // namespace orvane::cli

@@ -15,7 +15,7 @@ namespace {
 
 using Kind = SettingDescription::Kind;
 
-/// Those that are changed most, group by group.
+/// The settings that are changed most often, group by group.
 std::vector<SettingsCatalogue::Entry> mostChangedSettings() {
     std::vector<SettingsCatalogue::Entry> all;
     for (const SettingsCatalogue::Entry& one : SettingsCatalogue::all())

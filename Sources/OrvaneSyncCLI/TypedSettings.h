@@ -8,15 +8,14 @@
 
 namespace orvane::cli {
 
-/// What somebody typed as a setting's value: JSON where it parses, else text; a setting that is a text takes
-/// it as it stands.
+/// A typed value of a setting: JSON if it parses, else text; a setting of kind text takes it unchanged.
 platform::JSON settingValue(const SettingDescription& setting, const std::string& typed);
 
-/// The settings of an export that people change most, in groups, with their defaults and meanings, for a
+/// The settings of an export that are changed most often, in groups, with their defaults and meanings, for a
 /// help.
 std::string exportSettingsHelp();
 
-/// Throws UsageError for a key that names no setting; it says which one was probably meant.
+/// Throws UsageError for a key that names no setting; the message suggests the most similar one.
 const SettingDescription& knownSetting(std::string_view key);
 
 } // namespace orvane::cli

@@ -23,7 +23,7 @@ bool coloursAreOff() {
     return value != nullptr && *value != '\0';
 }
 
-/// What was printed may only now meet a full disk.
+/// Buffered output may reach a full disk only now.
 int withOutputWritten(int status) {
     std::cout.flush();
     if (std::cout) return status;
@@ -31,7 +31,7 @@ int withOutputWritten(int status) {
     return orvane::cli::failed;
 }
 
-/// The list of processes is for every user to see, and the address that a sign-in leads to is not.
+/// Every user can read the list of processes, but must not see the address at the end of a sign-in.
 void hideCallback(int argc, char** argv) {
     if (argc < 3 || argv[1] != orvane::platform::BrowserSession::callbackCommand) return;
     for (int i = 2; i < argc; ++i) std::fill_n(argv[i], std::strlen(argv[i]), '*');
@@ -43,7 +43,7 @@ int runProgram(int argc, char** argv) {
     platform::endWithoutMemory();
     namespace terminal = platform::terminal;
     const bool errIsTerminal = terminal::isTerminal(standardError);
-    // The line of the progress goes.
+    // Clears the progress line.
     platform::exitOnInterrupt(errIsTerminal ? "\r\x1b[K" : "");
     cli::Context context{std::cout, std::cerr};
     context.outIsTerminal = terminal::isTerminal(standardOutput);
@@ -56,7 +56,7 @@ int runProgram(int argc, char** argv) {
     const std::vector<std::string> words(argv + 1, argv + argc);
     hideCallback(argc, argv);
     const int status = withOutputWritten(cli::run(words, context));
-    // A read that hangs may still come back, to objects that would be gone.
+    // A hanging read may still return, and would use destroyed objects.
     if (platform::SerialQueue::hasAbandonedWork()) std::_Exit(status);
     return status;
 }
@@ -67,7 +67,7 @@ int main(int argc, char** argv) {
     std::ios::sync_with_stdio(false);
     try {
         return runProgram(argc, argv);
-    } catch (const std::exception& error) { // no memory, or no thread
+    } catch (const std::exception& error) { // out of memory, or no thread can be started
         std::cerr << "error: " << error.what() << "\n";
         return orvane::cli::failed;
     }

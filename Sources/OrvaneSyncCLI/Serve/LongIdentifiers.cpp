@@ -22,7 +22,7 @@ std::size_t endOfString(std::string_view line, std::size_t start) {
     return line.size();
 }
 
-/// As the grammar of JSON has it.
+/// By the grammar of JSON.
 bool isNumber(std::string_view text) {
     const auto skipDigits = [&] {
         const std::size_t count = std::min(text.find_first_not_of("0123456789"), text.size());
@@ -57,7 +57,7 @@ bool isReadable(std::string_view number) {
     }
 }
 
-/// In this program's own writing.
+/// As this program writes it.
 std::string rounded(std::string_view number) {
     constexpr double largest = std::numeric_limits<double>::max();
     const double value = std::strtod(std::string(number).c_str(), nullptr);
@@ -80,7 +80,7 @@ platform::JSON LongIdentifiers::parsed(const std::string& line) const {
 
 std::string LongIdentifiers::readable(std::string_view line) const {
     std::string result;
-    bool isIdentifier = false; // of the member whose value comes
+    bool isIdentifier = false; // of the member whose value comes next
     for (std::size_t at = 0; at < line.size();) {
         const bool isText = line[at] == '"';
         const bool mayBeNumber = line[at] == '-' || (line[at] >= '0' && line[at] <= '9');

@@ -7,9 +7,9 @@
 
 namespace orvane::cli::rpc {
 
-/// Numbers of requests that are larger than JSON values here hold. As an identifier, each is within the
-/// server a text that nobody else has, and outside it is the number as its client wrote it. Elsewhere each
-/// becomes the nearest number that there is, so that the request is answered by its identifier.
+/// Numbers in requests that are larger than JSON values here can hold. As an identifier, each is within the
+/// server a text that no client sends, and outside it is the number as its client wrote it. Elsewhere each
+/// becomes the nearest number that fits, so that the request is answered by its identifier.
 class LongIdentifiers {
   public:
     LongIdentifiers();

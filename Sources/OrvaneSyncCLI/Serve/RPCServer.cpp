@@ -9,7 +9,7 @@ namespace orvane::cli::rpc {
 
 namespace {
 
-/// What a response says of a failure; the positive numbers are the program's own.
+/// The error codes of responses; the positive numbers are the program's own.
 enum class ErrorCode : int {
     parseError = -32700,
     invalidRequest = -32600,
@@ -19,7 +19,7 @@ enum class ErrorCode : int {
     cancelled = 2 ///< by `cancel`
 };
 
-/// A message that is no proper request.
+/// A message that is not a valid request.
 class Error : public std::runtime_error {
   public:
     Error(ErrorCode code, const std::string& message) : std::runtime_error(message), code_(code) {}
@@ -56,7 +56,7 @@ JSON failure(JSON id, ErrorCode code, const std::string& why) {
     return response;
 }
 
-/// An identifier that a response may bear: a text, a number or null.
+/// Whether a response may have this identifier: a text, a number or null.
 bool isIdentifier(const JSON& value) {
     return value.isNull() || value.string() != nullptr || value.number().has_value();
 }
@@ -68,7 +68,7 @@ struct Request {
     const JSON* params = nullptr;
 };
 
-/// Throws Error for what is no request.
+/// Throws Error for a message that is no request.
 Request parsedRequest(const JSON& message) {
     const auto refuse = [](const std::string& why) { throw Error(ErrorCode::invalidRequest, why); };
     if (!message.isObject()) refuse("a request is an object");
@@ -89,13 +89,13 @@ Request parsedRequest(const JSON& message) {
     return request;
 }
 
-/// The identifier of something that is no proper request, as far as it can be made out.
+/// The identifier of an invalid request, as far as it can be read.
 JSON identifierOf(const JSON& message) {
     const JSON* id = message.isObject() ? message.find("id") : nullptr;
     return id != nullptr && isIdentifier(*id) ? *id : JSON();
 }
 
-/// Also of one of a batch.
+/// Also true for a request within a batch.
 bool isRequest(const JSON& message, const JSON& id) {
     if (message.isArray())
         return std::ranges::any_of(*message.elements(), [&](const JSON& one) { return isRequest(one, id); });
@@ -154,12 +154,12 @@ void Server::receive(std::string line, std::function<void()> whenServed) {
         if (line.find_first_not_of(" \t\r") != std::string::npos)
             waiting->message = identifiers_.parsed(line);
         waiting->isBatch = waiting->message && waiting->message->isArray();
-        line = std::string(); // what was made of it may take several times as much
+        line = std::string(); // its parsed form may take several times as much
     } catch (const platform::JSONError& error) {
         waiting->problem = error.what();
     }
     if (isServing_ && waiting->message && isServedAtOnce(*waiting->message)) {
-        serve(waiting); // waits for nothing, so it is done when this returns
+        serve(waiting); // it waits for nothing, so it is done when this returns
         if (waiting->whenServed) waiting->whenServed();
         return;
     }
@@ -225,7 +225,7 @@ platform::Task Server::serve(std::shared_ptr<Waiting> waiting) {
     if (!responses.empty()) co_await writeOnQueue(JSON(std::move(responses)));
 }
 
-/// An answer about all of the work takes as long to write down and to release as it took to make.
+/// An answer about all of the work takes as long to write and to release as it took to make.
 platform::Task Server::writeOnQueue(JSON message) {
     if (!context_.controller) {
         write(message);
@@ -272,7 +272,7 @@ platform::Task Server::answer(JSON request, std::shared_ptr<const Waiting> waiti
             throw Error(ErrorCode::methodNotFound, "there is no method '" + parsed.method + "'");
         const Command& command = found->second;
         const Call call(command, parsed.params);
-        request = JSON(); // the call has its own
+        request = JSON(); // the call has its own copy
         context_.expectKnown(call);
         const auto result = std::make_shared<JSON>();
         if (command.now)
@@ -286,7 +286,7 @@ platform::Task Server::answer(JSON request, std::shared_ptr<const Waiting> waiti
         JSON success = message();
         success.set("id", parsed.id);
         success.set("result", std::move(*result));
-        response->isOfOperation = !command.now; // a failure is short, and waits for no other document
+        response->isOfOperation = !command.now; // a failure is short: it need not wait
         response->message.emplace(std::move(success));
         co_return;
     } catch (const Error& error) {

@@ -21,11 +21,11 @@ using commands::Command;
 using commands::CommandContext;
 using platform::JSON;
 
-/// JSON-RPC 2.0, one message a line. Messages are served one at a time, in the order in which they came; a
-/// long operation holds up those behind it. Interface thread. Outlived by the context.
+/// JSON-RPC 2.0, one message a line. Messages are served one at a time, in the order of arrival; a
+/// long operation delays those after it. Interface thread. The context outlives it.
 ///
-/// A call that comes by itself of a command that is served at once is answered whatever waits, such as
-/// `cancel {id}`: true when the request of that id runs or waits for its turn, and then that request is
+/// A single call (not in a batch) of a command that is served at once is answered without waiting, such as
+/// `cancel {id}`: true when the request of that id runs or waits for its turn. That request is then
 /// answered, in its turn, by the error `cancelled`. So is an analysis when the next message is other work.
 class Server {
   public:
@@ -37,41 +37,41 @@ class Server {
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    /// One message: a request, a notification or a batch of them. Calls back once it has been served.
+    /// Takes one message: a request, a notification or a batch of them. Calls back once it has been served.
     void receive(std::string line, std::function<void()> whenServed = nullptr);
-    /// Answers a message that could not be taken in.
+    /// Answers a message that could not be accepted.
     void refuse(const std::string& why);
-    /// Says something that nobody asked for.
+    /// Sends a notification.
     void notify(std::string_view method, JSON params);
-    /// Asked before each message is served, and waited for: the queue of answers may be full. Null:
-    /// never.
+    /// Called and waited for before each message is served, because the queue of answers may be full. Null:
+    /// no wait.
     void whenWritable(std::function<platform::Task()> room) { room_ = std::move(room); }
-    /// A long operation runs that a caller waits for.
+    /// A caller waits for a running long operation.
     bool isWaitedFor() const { return isWaitedFor_; }
-    /// Calls back as soon as all that was received has been answered.
+    /// Calls back as soon as all received messages have been answered.
     void whenIdle(std::function<void()> callback);
 
   private:
     struct Waiting {
         bool isBatch = false;
-        std::optional<JSON> message; ///< absent for a blank line and for one that is no JSON
-        std::string problem;         ///< why it is none
+        std::optional<JSON> message; ///< absent for a blank line and for invalid JSON
+        std::string problem;         ///< why it is invalid
         std::function<void()> whenServed;
-        std::vector<JSON> cancelled; ///< identifiers of requests in the message that are not to run
+        std::vector<JSON> cancelled; ///< identifiers of requests in the message that must not run
     };
 
     struct Response {
         std::optional<JSON> message; ///< absent for a notification
-        bool isOfOperation = false;  ///< the command gave it later
+        bool isOfOperation = false;  ///< made by the command's later part, after its call
     };
 
     platform::Task serveAll();
     platform::Task serve(std::shared_ptr<Waiting> waiting);
     platform::Task finished(const Command& command, Call call, JSON id, std::shared_ptr<JSON> result);
-    /// One that is not held up by those before it.
+    /// Whether the message is served without waiting for those before it.
     bool isServedAtOnce(const JSON& message) const;
-    /// The first message that waits is a proper call that makes an analysis useless. A message between the
-    /// two may need what the analysis finds.
+    /// Whether the first waiting message is a valid call that makes an analysis useless. A message before
+    /// such a call may need the analysis's result.
     bool isOtherWorkNext() const;
     /// Whether there was such a request.
     bool cancel(const JSON& id);
@@ -88,9 +88,9 @@ class Server {
     std::deque<std::shared_ptr<Waiting>> waiting_;
     bool isServing_ = false;
     bool isWaitedFor_ = false;
-    std::optional<platform::Task> longOperation_; ///< that a caller waits for
-    JSON idUnderWay_;                             ///< of its request; null for a notification
-    bool isEndedByOtherWork_ = false;             ///< the operation
+    std::optional<platform::Task> longOperation_; ///< a caller waits for it
+    JSON idUnderWay_;                             ///< of the current request; null for a notification
+    bool isEndedByOtherWork_ = false;             ///< of the operation
     std::function<void()> whenIdle_;
 };
 

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Checks that includes under Sources follow the layers.
 
-Each folder with a CMakeLists.txt is a module; what its target links (PUBLIC, through to the end) is what its files may
-include. The link step alone does not notice an include of a header that needs no library. Headers outside
-Sources/Platform may include the standard library and this project only, those of the windows Qt as well.
+Each folder with a CMakeLists.txt is a module; its files may include headers of the modules that its target links (PUBLIC,
+directly or through others). The link step alone does not detect an include of a header that needs no library. Headers
+outside Sources/Platform may include the standard library and this project only, those of the windows also Qt.
 """
 import pathlib
 import re
@@ -56,8 +56,8 @@ def module_of(path, folders):
 def main():
     folders, links = modules()
     allowed = {target: reachable(target, links) for target in set(folders.values())}
-    # Loadable modules implement the headers of the platform and of its other parts, which include the records that
-    # they fill.
+    # Loadable modules implement headers of the platform and of its other parts; these include the records that the modules
+    # fill.
     platform = folders["Platform"]
     loaded = {target for folder, target in folders.items() if folder.startswith("Platform/")}
     for target in loaded:

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 """Checks the texts in the sources that name something declared elsewhere.
 
-- Commands: what the windows run must be in the table of commands; an argument must be one of the command that it is
-  given to, and where that command is not written in the same place, of any. The table is read from docs/automation.md,
-  which a test compares with it.
-- Settings: a key is written in its declaration alone; everybody else names the declaration. Each is named somewhere
-  besides the declarations and the settings window: one that nothing reads is found so.
+- Commands: a command that the windows run must be in the table of commands. An argument must belong to the command of
+  the same call, or, if the call does not name one, to any command. The table is read from docs/automation.md, which a
+  test compares with the program's.
+- Settings: a key is written only in its declaration; all other code uses the declaration. Each declaration is used
+  outside the declarations and the settings window; this finds settings that no code reads.
 """
 import pathlib
 import re
@@ -13,24 +13,24 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 SOURCES = ROOT / "Sources"
-# Places that show a setting whether anything reads it or not.
+# Folders that show a setting whether code reads it or not.
 SETTINGS_WINDOW = [SOURCES / "OrvaneSyncApp/ViewModels/Settings", SOURCES / "OrvaneSyncApp/Views/Settings"]
 # Settings without a reader, and why.
 UNREAD = {"atmoIncludeInExport": "presets may hold it; room tone joins the wild tracks, which are approved one by one"}
 DECLARATIONS = SOURCES / "OrvaneSyncCore/Models/Settings.h"
 WINDOWS = [SOURCES / "OrvaneSyncApp/Views", SOURCES / "OrvaneSyncApp/ViewModels"]
-# Functions of the windows that take the identifier of a command, some of them behind one other argument.
+# Functions of the windows that take the identifier of a command, some of them after another argument.
 RUNS = re.compile(
     r"\b(?:run|runFromField|runForClips|runForTrack|runWithPath|of|isEnabled|applies|command|commandButton|commandBox)"
     r'\(\s*(?:[\w.()]+,\s*)?"([^"]*)"')
 GIVES = re.compile(r'\.set\(\s*"([^"]*)"')
-# A command with the arguments that it is given in the same call.
+# A command with the arguments that the same call passes to it.
 CALL = re.compile(r'\brun(?:FromField)?\(\s*"([^"]*)",\s*')
 MOVED = re.compile(r"(?:std::move\()?(\w+)\)?$")
 MADE = re.compile(r"\bJSON (?:\w+::)*(\w+)\([^)]*\)(?: const)? \{\n(.*?)\n\}", re.DOTALL)
 CALLED = re.compile(r'\b(\w+)\(\s*(?:"([^"]*)"|)')
 WORD = re.compile(r'"([a-z]+[A-Z][A-Za-z]*)"')
-# Texts that look like an identifier and name nothing of the core: what Qt keeps by a name, and a unit.
+# Texts that look like an identifier but do not name anything of the core: names that Qt uses, and a unit.
 OWN_WORD = re.compile(
     r'(?:QStringLiteral|QLatin1String|property|setProperty)\("\w+"|constexpr const char\* \w+ = "\w+"|"dB"')
 COMMENT = re.compile(r"//.*")
@@ -58,7 +58,7 @@ def line(text, place):
 
 
 def expression(text, start):
-    """What an argument of a call says, from its first letter on."""
+    """The text of an argument of a call, from its first letter on."""
     depth = 0
     for place in range(start, len(text)):
         if text[place] in "([{":
@@ -105,7 +105,7 @@ def problems():
     arguments = set().union(*table.values())
     files = {file: text_of(file) for file in sources(SOURCES)}
     windows = [file for file in files if any(folder in file.parents for folder in WINDOWS)]
-    # Members of answers are written where the commands are.
+    # The members of answers are written in the code of the commands.
     members = {word for file in files if file not in windows for word in WORD.findall(files[file])}
     made = {name: set(GIVES.findall(body)) for file in windows for name, body in MADE.findall(files[file])}
     for name in unread_settings(files):
@@ -130,7 +130,7 @@ def problems():
                 yield file, line(text, found.start()), f"'{found[1]}' is no command, argument or member of an answer"
     keys = re.findall(r'\{\s*"([A-Za-z]+(?:\.[A-Za-z0-9]+)*)",', files.pop(DECLARATIONS))
     dotted = "|".join(re.escape(key) for key in keys if "." in key)
-    # A key without a dot is a word as well; it is looked for as a whole text.
+    # A key without a dot is also a common word, so only the whole text counts.
     whole = "|".join(key for key in keys if "." not in key and key not in arguments)
     spelled = re.compile(rf'"(?:[^"\n]*\b({dotted})\b[^"\n]*|({whole}))"')
     for file, text in files.items():

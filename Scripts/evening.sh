@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Uses the window as an editor does, with keys and clicks from outside, hears from which second of which recording each clip is
-# played, and compares the document that comes of it with the one of `orvanesync serve` after the same decisions. Installs what
-# is missing; needs no screen and no sound card.
+# Uses the window as an editor does, with keys and clicks from outside. Detects from the played sound from which second of
+# which recording each clip is played, and compares the resulting document with that of `orvanesync serve` after the same
+# decisions. Installs what is missing; needs no screen and no sound card.
 #   Scripts/evening.sh [FOLDER]     the folder of the programs; without it a release is built
-# It fails where something did not happen, with a picture of the screen in build/evening/failed.png.
+# If a step fails, it saves a picture of the screen as build/evening/failed.png.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 

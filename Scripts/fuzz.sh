@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs every fuzz target for the given number of seconds, two at a time, over a corpus that stays in build/fuzz-corpus.
+# Runs every fuzz target for the given number of seconds, two at a time, with a corpus that is kept in build/fuzz-corpus.
 #   Scripts/fuzz.sh SECONDS [TARGET...]
 set -euo pipefail
 cd "$(dirname "$0")/.."

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs what the build needs on Debian 12 and is not there yet. Asks nothing; does nothing on a second run.
+# Installs the packages that the build needs on Debian 12 and that are missing. Asks no questions; a second run does nothing.
 #   Scripts/install-dependencies.sh [build|bench|lint|tidy|sanitize|models|evening]...     build is always included
 # models: ONNX Runtime into /usr/local/lib, for the tests that run a model; the program finds it there too.
 set -euo pipefail
@@ -28,7 +28,7 @@ done
 sudo=""
 if [ "$(id -u)" -ne 0 ]; then sudo="sudo"; fi
 
-# The library alone, out of the Node package that holds it (MIT); none of the package's scripts is run.
+# The library alone, from the Node package that contains it (MIT); none of the package's scripts is run.
 install_models() {
     local library=/usr/local/lib/libonnxruntime.so.1 machine=x64 folder
     if [ "$(uname -m)" = aarch64 ]; then machine=arm64; fi
@@ -53,7 +53,7 @@ if [ -n "$sudo" ]; then
     command -v sudo >/dev/null || { echo "error: run as root, or install: ${missing[*]}" >&2; exit 1; }
 fi
 export DEBIAN_FRONTEND=noninteractive
-# Another package manager may be at work: wait for it. The time limit of apt covers its lock for installing alone.
+# Another package manager may be running: wait for it. apt's own time limit covers only its lock for installing.
 until message=$($sudo apt-get update -qq 2>&1); do
     case "$message" in
         *"Could not get lock"*) sleep 3 ;;

@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
-# Runs clang-tidy 19 with the checks of .clang-tidy; silent where it finds nothing.
-#   Scripts/tidy.sh            over what the change touches: what differs from where the branch left origin/main, or where
-#                              that is here, from the commit before; what is not committed belongs to it
-#   Scripts/tidy.sh FILE...    over these; a header by sources that include it, its own first
-#   Scripts/tidy.sh --all      over everything
-# Up to thirty sources of a target are looked at as one, as most of the time goes into the headers. ORVANE_TIDY_JOBS in the
-# environment says how many of these units are looked at at once; each takes up to 1.5 GB of memory. ORVANE_TIDY_ANALYZER=no
-# leaves out the static analyzer, which takes more than half of the time, and a number leaves it out above so many sources.
+# Runs clang-tidy 19 with the checks of .clang-tidy; prints nothing if it finds nothing.
+#   Scripts/tidy.sh            checks the change: what differs from where the branch left origin/main, or, on origin/main
+#                              itself, from the commit before; uncommitted changes are included
+#   Scripts/tidy.sh FILE...    checks these; a header by sources that include it, its own first
+#   Scripts/tidy.sh --all      checks everything
+# Up to thirty sources of a target are checked as one unit, as the headers take most of the time. ORVANE_TIDY_JOBS in the
+# environment is the number of units that are checked at the same time; each takes up to 1.5 GB of memory.
+# ORVANE_TIDY_ANALYZER=no leaves out the static analyzer, which takes more than half of the time; a number leaves it out
+# for more sources than that.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 folders=(Sources Tests Tools Benchmarks Fuzz Demo)
@@ -28,7 +29,7 @@ changed_files() {
     git diff --name-only --no-renames --diff-filter=d "$base" -- '*.cpp' '*.h'
     git ls-files --others --exclude-standard -- '*.cpp' '*.h'
 }
-# A header is seen with the sources that include it: these few of them.
+# A header is checked through the sources that include it: through these few of them.
 sources_of() {
     local most=2
     case "$1" in
@@ -69,11 +70,11 @@ if pkg-config --exists benchmark libebur128; then benchmarks=ON; fi
 cmake --preset debug -B $build -DCMAKE_CXX_COMPILER=clang++-19 -DCMAKE_UNITY_BUILD=ON -DORVANE_UNITY_BATCH=30 \
     -DORVANE_FUZZ=ON -DORVANE_DEMO=ON -DORVANE_BENCHMARKS=$benchmarks >/dev/null
 compiled=$(grep -oP '"file": "\K[^"]+' $build/compile_commands.json | sort -u)
-# Sources that the build makes of other files are needed, and not looked at.
+# Sources that the build generates are needed, but not checked.
 made=$( (echo "$compiled"; grep -rhoP --include='unity_*.cxx' '#include "\K[^"]+' $build) |
     grep -F "$PWD/$build/" | grep -v '/Unity/' | sort -u || true)
 [ -z "$made" ] || (cd $build && ninja --quiet ${made//"$PWD/$build/"/} >/dev/null)
-# Of each unit, what is wanted stays; cmake writes it whole the next time.
+# Keeps the requested sources of each unit; cmake writes the whole unit the next time.
 units=$(grep '/Unity/' <<<"$compiled" | while read -r unit; do
     kept=$(grep -oP '#include "\K[^"]+' "$unit" | grep -Fx -f "$wanted" || true)
     [ -n "$kept" ] || continue
@@ -84,8 +85,8 @@ alone=$(grep -Fx -f "$wanted" <<<"$compiled" || true)
 
 check() {
     local said
-    # Of what a unit includes, the analyzer looks at what is in headers only when asked to. With its full depth, some functions
-    # of tests and benchmarks take minutes each; in this mode it follows calls of small functions, and gives up sooner.
+    # The analyzer checks included sources only when this is set. With its full depth, some functions of tests and benchmarks
+    # take minutes each; in this mode it follows calls of small functions, and stops sooner.
     said=$(clang-tidy-19 --quiet -p $build --checks="$checks" \
         --extra-arg=-Xclang --extra-arg=-analyzer-opt-analyze-headers \
         --extra-arg=-Xclang --extra-arg=-analyzer-config --extra-arg=-Xclang --extra-arg=mode=shallow "$1" 2>&1) ||

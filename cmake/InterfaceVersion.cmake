@@ -1,6 +1,6 @@
-# Platform/InterfaceVersion.h, in the build folder: a number made of all headers of the platform, by which a program refuses
-# a loadable module or a media helper of another build. A build without a change of these gives the same number, wherever
-# it is made; a change of one of them makes CMake run again first.
+# Platform/InterfaceVersion.h, in the build folder: a number made from all headers of the platform, by which a program refuses
+# a loadable module or a media helper of another build. A build of the same headers gives the same number on every machine; a
+# change of one of them makes CMake run again first.
 file(GLOB_RECURSE headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Sources/Platform/*.h)
 list(APPEND headers ${PROJECT_SOURCE_DIR}/Sources/Platform/MediaHelper/HelperMessages.cpp)
 list(SORT headers)
@@ -14,7 +14,7 @@ foreach(header IN LISTS headers)
 endforeach()
 string(SHA256 digest "${described}")
 string(SUBSTRING ${digest} 0 16 ORVANE_INTERFACE)
-# Written only where it differs, so that nothing is compiled for it otherwise.
+# Written only if it differs, so that an equal one does not cause compilation.
 file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/generated/Platform/InterfaceVersion.h @ONLY CONTENT [[
 #pragma once
 

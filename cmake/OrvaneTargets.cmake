@@ -1,30 +1,30 @@
-# What every target of ours shares: warnings are errors, and floating point does what the source says
-# (no contraction to fused operations, so that results do not depend on the machine).
+# The common options of all our targets: warnings are errors, and floating point is computed as the source says (no
+# contraction to fused operations, so that results do not depend on the machine).
 add_library(orvane_options INTERFACE)
 target_include_directories(orvane_options INTERFACE ${PROJECT_SOURCE_DIR}/Sources)
 target_compile_options(orvane_options INTERFACE
     -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Wold-style-cast -Wcast-qual -Wconversion
     -Wno-sign-conversion -Werror -ffp-contract=off -fno-omit-frame-pointer)
-# Locals that hide locals: the same is found in a source alone and in several that are compiled as one.
+# Locals that hide locals: this finds the same in a single source and in several compiled as one.
 target_compile_options(orvane_options INTERFACE "$<$<CXX_COMPILER_ID:GNU>:-Wshadow=local>")
 target_compile_definitions(orvane_options INTERFACE ORVANE_VERSION="${PROJECT_VERSION}")
-# GCC 12 sees overlapping copies where texts are joined (its bug 105651).
+# GCC 12 wrongly reports overlapping copies where texts are joined (its bug 105651).
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     target_compile_options(orvane_options INTERFACE -Wno-restrict)
 endif()
-# What reads files of strangers is hard to take over: tables of addresses are read-only once the program runs, it lies at
-# another place each time, and a copy past an end ends it.
+# A program that reads untrusted files is hardened: tables of addresses are read-only once it runs, its address differs each
+# time, and a copy beyond a buffer's end stops it.
 include(CheckPIESupported)
 check_pie_supported()
 target_link_options(orvane_options INTERFACE -Wl,-z,relro -Wl,-z,now)
 target_compile_options(orvane_options INTERFACE
     "$<$<CONFIG:Release>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2;-fstack-protector-strong>")
-# The standard library's own algorithms use what it calls outdated.
+# The standard library's own algorithms use what it marks as deprecated.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     target_compile_options(orvane_options INTERFACE -Wno-deprecated-declarations)
 endif()
-# Several sources compiled as one: the first build of everything takes a third of the time. A source seems a header there,
-# and its names stand beside those of its neighbours.
+# Several sources compiled as one: the first build of everything takes a third of the time. The compiler treats a source as a
+# header there, and its names share the scope of the others.
 if(CMAKE_UNITY_BUILD)
     set(ORVANE_UNITY_BATCH 8 CACHE STRING "How many sources are compiled as one; 0: all of a target")
     set(CMAKE_UNITY_BUILD_BATCH_SIZE ${ORVANE_UNITY_BATCH})
@@ -40,8 +40,8 @@ if(ORVANE_FUZZ_COVERAGE)
 endif()
 
 # orvane_layer_module(<target> [PUBLIC <targets>...] [PRIVATE <libraries>...])
-# One folder, one static library, holding every .cpp of the folder and of its subfolders that have no
-# CMakeLists.txt of their own. PUBLIC names the modules whose headers it may include, PRIVATE the libraries it stands on.
+# One folder, one static library with every .cpp of the folder and of its subfolders that have no CMakeLists.txt of their
+# own. PUBLIC names the modules whose headers it may include, PRIVATE the libraries that it uses.
 function(orvane_layer_module target)
     cmake_parse_arguments(ARG "" "" "PUBLIC;PRIVATE" ${ARGN})
     file(GLOB_RECURSE sources CONFIGURE_DEPENDS *.cpp *.h)
@@ -61,8 +61,8 @@ function(orvane_layer_module target)
 endfunction()
 
 # orvane_loadable_module(<target> <libraries>...)
-# One folder below Sources/Platform, one library that the program loads when something first needs it (Platform/Modules.h).
-# It is built with the platform and installed where the program looks for it.
+# One folder below Sources/Platform, one library that the program loads at its first use (Platform/Modules.h). It is built
+# with the platform and installed where the program searches for it.
 function(orvane_loadable_module target)
     file(GLOB sources CONFIGURE_DEPENDS *.cpp *.h)
     add_library(${target} MODULE ${sources})

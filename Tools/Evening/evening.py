@@ -28,8 +28,8 @@ MOS = "A001C004_261120_MOS.mov"
 CLAP = 3.0  # seconds of each recording, as the demo is made
 TOLERANCE = FRAME / 2  # what is heard belongs to the frame that is shown, and to no other
 
-# In the order of the list: frames by which the sound is moved, whether the picture shows the clap, and which second of which
-# recording is heard where the clip opens.
+# In the order of the list: the frames by which the sound is moved, whether the picture shows the clap, and which second of
+# which recording is heard where the clip opens.
 CLIPS = [
     ("A001C001_261120_R1AB.mov", 1, True, "DAY1_T01.WAV", CLAP),
     ("B001C001_261120_R1CD.mov", -2, True, "DAY1_T01.WAV", CLAP),
@@ -356,7 +356,7 @@ class Evening:
             if match["audio"]["filename"] == SOUND_OF_TAKE_2
         )
         service.call("attachAudioToGroup", groupID=ids[MOS], audio=sound)
-        # Where the hand let go is known from the window alone.
+        # Where the mouse button was released is only known from the window.
         chosen = decided[last]["manualBlockOverrides"][0]
         service.call("addBlockOverride", groupID=ids[last], **{key: chosen[key] for key in ("startSeconds", "endSeconds", "trackIndex")})
         service.call("setManualClipName", groupID=ids[last], name=NAME)

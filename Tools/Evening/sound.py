@@ -34,7 +34,7 @@ def add_room(path):
     size = int.from_bytes(data[begin - 4 : begin], "little")
     noise = random.Random(path).randbytes(size // FILE_FRAME)
     room = int.from_bytes(b"".join(bytes((value, 0, 0)) * 6 for value in noise), "little") << 3
-    # One sum for all samples: with the sign turned, none of them carries into the next.
+    # One addition for all samples: after the sign bit is flipped, no sample carries into the next.
     turn = int.from_bytes(b"\0\0\x80" * (size // 3), "little")
     samples = int.from_bytes(data[begin : begin + size], "little")
     sounding = (((samples ^ turn) + room) ^ turn).to_bytes(size, "little")

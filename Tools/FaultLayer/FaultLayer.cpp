@@ -1,11 +1,11 @@
-// A library to preload. It takes the place of the system's calls and lets one of them fail:
+// A library to preload. It replaces calls of the system and makes one of them fail:
 //
 //   ORVANE_FAULT=write:17:/tmp/work   the 17th write to a file below that folder fails (full disk)
-//   ORVANE_FAULT_REPORT=FILE          gets a byte for each call that failed
+//   ORVANE_FAULT_REPORT=FILE          receives a byte for each call that failed
 //
-// Kinds: open, read, write, rename (with unlink), sync, memory. Memory counts allocations from the first file
-// on that is opened below the folder; from the given one on, eight in a row fail. A process that this one
-// starts inherits the variables and counts by itself.
+// Kinds: open, read, write, rename (with unlink), sync, memory. Memory counts allocations after the first
+// file below the folder was opened; from the given one on, eight consecutive ones fail. A child process
+// inherits the variables and counts by itself.
 
 #include <array>
 #include <atomic>
@@ -21,7 +21,7 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
-// The system's own, which allocate nothing themselves.
+// The system's own allocation functions, which do not call ours.
 // NOLINTBEGIN(bugprone-reserved-identifier): the names of the C library
 extern "C" void* __libc_malloc(size_t size);
 extern "C" void* __libc_calloc(size_t count, size_t size);
@@ -70,7 +70,7 @@ bool isInFolder(int file) {
     return ::readlink(link.data(), path.data(), path.size() - 1) > 0 && isInFolder(path.data());
 }
 
-/// Whether this call of the kind is the one.
+/// Whether this call of the kind is one that should fail.
 bool isTurn(long inARow = 1) {
     const long number = ++plan.seen;
     if (number < plan.wanted || number >= plan.wanted + inARow) return false;

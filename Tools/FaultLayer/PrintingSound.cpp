@@ -1,7 +1,8 @@
 #include <cstdio>
 #include <cstdlib>
 
-/// In place of PortAudio's: it prints, makes the file that the environment names, and finds no device.
+/// Replaces PortAudio's function: it prints, creates the file that the environment names, and finds no
+/// device.
 extern "C" __attribute__((visibility("default"))) int Pa_Initialize() {
     std::fputs("a library prints\n", stderr);
     if (const char* path = std::getenv("STARTED"))

@@ -23,7 +23,7 @@ Time frames(std::int64_t count, const Fraction& rate) {
     return Time(count, 1) * BFraction(BInt(rate.denominator()), BInt(rate.numerator()));
 }
 
-/// What the document has to say of a clip.
+/// What the document must say about a clip.
 struct Expected {
     Time start, duration, frame;
     Time soundStart, soundPlace, soundAll, soundLength;
@@ -38,7 +38,7 @@ class Maker {
         return static_cast<std::int64_t>(random_() % static_cast<std::uint64_t>(limit));
     }
 
-    /// A picture of `count` frames behind a timecode of `first` frames.
+    /// A picture of `count` frames with a timecode that starts at `first` frames.
     MediaAsset picture(const std::string& name, double aroundSeconds) {
         const auto all = timecodeRate::all();
         const TimecodeFrameRate counted = all.at(static_cast<std::size_t>(below(std::ssize(all))));
@@ -56,7 +56,7 @@ class Maker {
         video.startTimecodeString = TimecodeUtils::framesToTC(first, counted);
         video.timecodeFrameRate = counted;
         video.durationSeconds = frames(1 + below(std::llround(600 * shown.doubleValue())), shown).toDouble();
-        if (below(4) == 0) { // its own sound goes on
+        if (below(4) == 0) { // its own sound continues
             video.pictureSeconds = video.durationSeconds;
             *video.durationSeconds += static_cast<double>(1 + below(9)) / shown.doubleValue();
         }
@@ -76,7 +76,7 @@ class Maker {
         expected.frame = frames(1, shown);
         const auto counted = video.timecodeFrameRate.value_or(TimecodeUtils::frameRate(shown.doubleValue()));
         const Fraction rate = timecodeRate::rate(counted);
-        Time label = Time::zero(); // may lie between two frames of the picture
+        Time label = Time::zero(); // may be between two frames of the picture
         if (const auto read = Timecode::fromString(video.startTimecodeString.value_or(""), counted))
             label = frames(std::llround(read->realTimeValue() * rate.doubleValue()), rate);
         expected.start = label.toFrame(expected.frame, fcpxml::FrameSampling::floor);
@@ -118,8 +118,7 @@ class Maker {
     }
 
   private:
-    /// The rates of timecode at which pictures come under a timecode of another: twice it, and 0.1 % beside
-    /// either.
+    /// The rates of pictures that may have a timecode of another rate: twice it, and each 0.1 % off.
     static std::vector<Fraction> picturesUnder(const Fraction& counted) {
         constexpr double beside = 0.0015;
         std::vector<Fraction> rates;
@@ -132,7 +131,7 @@ class Maker {
         return rates;
     }
 
-    /// As files and people write the rate.
+    /// In the forms in which files and people write the rate.
     double spelled(double rate) {
         const std::int64_t form = below(4);
         if (form == 0) return rate;
@@ -144,7 +143,7 @@ class Maker {
     std::mt19937_64 random_;
 };
 
-/// A tag of a document whose texts hold no '<' and no '>'.
+/// A tag of a document without '<' and '>' in its texts.
 struct Tag {
     std::string_view name, body;
 
@@ -157,12 +156,12 @@ struct Tag {
     }
     Time time(std::string_view attribute) const {
         const std::string value = text(attribute);
-        if (value.empty()) return Time::zero(); // what the format takes for an absent one
+        if (value.empty()) return Time::zero(); // the format's default of an absent value
         return Time::fromString(value).value_or(Time(-1, 1));
     }
 };
 
-/// Walks through one document.
+/// Reads one document.
 class Document {
   public:
     Document(const std::map<std::string, Expected>& expected, Report& report)
@@ -221,8 +220,8 @@ class Document {
                earliest_ ? comesIn(start) - *earliest_ : start);
     }
 
-    /// A picture that is over before a frame of the main format has passed is shown from that frame on, as it
-    /// is; of any other what came before it is left out.
+    /// A picture that ends within the first frame of the main format is shown unchanged from that frame on;
+    /// from any other picture the part before it is left out.
     Time comesIn(const Time& start) {
         const Time frame = resources_["r1"].time("frameDuration");
         Time next = start.toFrame(frame, fcpxml::FrameSampling::floor);
@@ -253,7 +252,7 @@ class Document {
     std::string name_;
 };
 
-/// `pictures` have names of their own.
+/// `pictures` have different names.
 void checkDocument(const std::vector<MediaAsset>& pictures, bool asMulticam, Maker& maker, Report& report) {
     ExportSettings settings;
     settings.frameRate = settings.projectFrameRate = 25;
@@ -280,7 +279,7 @@ Report checkRandomClips(std::size_t count, unsigned seed) {
         const bool asMulticam = done / clipsPerDocument % 2 == 1;
         std::vector<MediaAsset> pictures;
         for (std::size_t i = 0; i < clipsPerDocument && done < count; ++i, ++done) {
-            // Cameras of one moment, some of them.
+            // Cameras of one moment, in some cases.
             const double around = asMulticam ? 1000.0 * static_cast<double>(1 + maker.below(80)) : 0;
             pictures.push_back(maker.picture("A" + std::to_string(done) + ".mov", around));
         }

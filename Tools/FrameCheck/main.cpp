@@ -1,12 +1,12 @@
-// Looks for errors of a frame in exported documents.
+// Searches exported documents for errors of a frame.
 //
 //     cmake --build --preset release --target frame_check
 //     build/release/bin/frame_check [--clips N] [--seed N] [--media FOLDER]
 //
 // Without options it exports 20,000 random clips at all rates of timecode, half of them in documents with
 // multicam clips. --media adds the picture files below a folder, as the program reads them, and counts
-// their pictures. Every time is compared with exact fractions. It prints what it met and the first faults,
-// and ends with 1 if there are any.
+// their pictures. Every time is compared with exact fractions. It prints the counts and the first errors, and
+// ends with 1 if there are any.
 
 #include "FrameCheck/FrameCheck.h"
 #include "OrvaneSyncCore/Services/Ingest/FileDiscoveryService.h"
@@ -29,7 +29,8 @@ bool print(const char* what, const frameCheck::Report& report) {
     return report.faultCount == 0 && report.clips > 0;
 }
 
-/// Whether an asset as long as the file's shown seconds ends behind the last picture that the libraries find.
+/// Whether an asset with the length of the file's shown seconds ends after the last picture that the
+/// libraries find.
 bool endsBehindItsPictures(const MediaAsset& video, std::int64_t count) {
     const auto stated = truncatedFrames(*video.shownSeconds() * exactRateValue(*video.frameRate));
     if (stated.value_or(0) <= count) return false;
@@ -55,7 +56,7 @@ bool checkFolder(const std::string& folder, unsigned seed) {
                     video.frameRate.value_or(0));
         const auto reader = platform::FrameReader::open(video.url.path);
         const std::int64_t count = reader ? reader->facts().pictureCount : 0;
-        // What is damaged is no fault of a frame: nobody can count what the file holds.
+        // A damaged file does not count as an error: the number of pictures in it is unknown.
         if (count == 0 || video.heldShare || !reader->pictureAt({}, {}, {})) {
             std::printf("  %s: can't be read to its end; its pictures are not counted\n",
                         video.filename.c_str());

@@ -98,7 +98,7 @@ class LockitServer::Machine {
     mutable std::mutex mutex_;
     mutable std::condition_variable changed_;
     bool isOver_ = false, isLateAnswered_ = false;
-    std::map<std::string, Project> projects_; ///< not changed while requests come
+    std::map<std::string, Project> projects_; ///< not changed while requests arrive
     std::set<std::string> tokens_, refreshTokens_;
     std::map<std::string, std::string> challenges_; ///< by code
     std::vector<Failure> failures_;
@@ -120,7 +120,7 @@ class LockitServer::Machine {
         response.set_content(json.dump(), "application/json");
     }
 
-    /// Bodies are read only behind this; those of the requests are noted where they are looked at.
+    /// Bodies are read only after this; those of requests are recorded where they are checked.
     Handled received(const httplib::Request& request, httplib::Response& response) {
         std::unique_lock lock(mutex_);
         Seen one{request.method, request.target, {}, {}};
@@ -132,7 +132,7 @@ class LockitServer::Machine {
         });
         if (failure == failures_.end() || failure->after-- > 0) return Handled::Unhandled;
         --failure->times;
-        const Failure& now = *failure; // not used once the lock was released
+        const Failure& now = *failure; // copied: not used after the lock is released
         switch (now.fault) {
         case Fault::status:
         case Fault::body:
@@ -223,7 +223,7 @@ class LockitServer::Machine {
             if (code == challenges_.end() ||
                 challengeOf(request.get_param_value("code_verifier")) != code->second)
                 return refuse("invalid_grant");
-            challenges_.erase(code); // each is good for once
+            challenges_.erase(code); // each is valid once
         } else if (refreshTokens_.erase(request.get_param_value("refresh_token")) == 0) {
             return refuse("invalid_grant");
         }

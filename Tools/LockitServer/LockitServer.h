@@ -12,15 +12,15 @@
 
 namespace orvane::test {
 
-/// A LockitNetwork of its own on the loopback interface: the whole protocol with sign-in (the challenge of
-/// PKCE is checked), projects, days and clips, and whatever can go wrong on the way. Any thread.
+/// A LockitNetwork service on the loopback interface: the whole protocol with sign-in (the challenge of PKCE
+/// is checked), projects, days and clips, and the failures that may happen. Any thread.
 class LockitServer {
   public:
     struct Options {
         std::string clientID = "test-client";
         std::string clientSecret = "test-client-secret-0123456789";
-        std::int64_t lifetimeSeconds = 3600; ///< what it says of its tokens
-        int port = 0;                        ///< 0: a free one
+        std::int64_t lifetimeSeconds = 3600; ///< the lifetime that it states for its tokens
+        int port = 0;                        ///< 0: any free port
         std::string email = "script@example.com";
     };
     LockitServer();
@@ -30,37 +30,37 @@ class LockitServer {
     LockitServer& operator=(const LockitServer&) = delete;
 
     std::string baseURL() const;
-    /// What a service.json has to say to use it.
+    /// The contents of a service.json for this server.
     platform::JSON serviceFile() const;
 
-    /// What the service knows of a clip, by file name, in its own form.
+    /// What the service knows about clips, by file name, in its own form.
     using Clips = std::map<std::string, platform::JSON>;
     void addProject(const std::string& uuid, platform::JSON project);
-    /// `day` is the record; it has to have a uuid.
+    /// `day` is the record; it needs a uuid.
     void addDay(const std::string& project, platform::JSON day, const Clips& clips);
 
-    /// What the user's browser does with the page of the sign-in: the address that it is sent to.
+    /// Acts as the user's browser on the sign-in page; returns the address that it is redirected to.
     std::string callbackFor(const std::string& authorizeURL) const;
-    /// A token that the service takes, without a sign-in.
+    /// A token that the service accepts, without a sign-in.
     std::string validToken() const;
-    /// From here on the service takes no token that it has given so far.
+    /// From here on the service refuses all tokens that it has issued so far.
     void rejectTokens();
 
     enum class Fault : std::uint8_t {
-        status,    ///< the status that is given, with an empty body
+        status,    ///< `status`, with an empty body
         cut,       ///< the connection breaks in the middle
-        never,     ///< no answer until the server goes
-        late,      ///< the right answer, but only once `answerLate` was called
+        never,     ///< no answer until the server ends
+        late,      ///< the right answer, but only after `answerLate` was called
         wrongJSON, ///< an answer of another form
         elsewhere, ///< a redirect to another address of this server
-        body       ///< the body that is given, with the status that is given
+        body       ///< `body`, with `status`
     };
     struct Failure {
-        std::string path = {}; ///< its end, such as "/projects"
+        std::string path = {}; ///< the end of the path, such as "/projects"
         Fault fault = Fault::status;
         int status = 500;
         std::string body = {};
-        int after = 0; ///< requests that go well before
+        int after = 0; ///< requests that succeed before
         int times = 1 << 30;
     };
     void fail(Failure failure);
@@ -73,7 +73,7 @@ class LockitServer {
     /// Every request so far.
     std::vector<Seen> seen() const;
     int countOf(std::string_view pathEnd) const;
-    /// Waits until a request of that path has come.
+    /// Waits until a request for that path has arrived.
     void waitUntilAsked(const std::string& pathEnd) const;
 
   private:

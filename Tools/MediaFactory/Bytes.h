@@ -18,10 +18,10 @@ std::string le64(std::uint64_t value);
 /// The bits of a float, big-endian.
 std::string beFloat32(float value);
 std::string beFloat64(double value);
-/// The text cut or filled up with NULs to `count` bytes.
+/// The text cut or padded with NULs to `count` bytes.
 std::string field(std::string_view text, std::size_t count);
 
-/// The bytes of a file, in which long runs of zeros cost nothing: an hour of silence is a number here and a
+/// The bytes of a file, in which long runs of zeros need no memory: an hour of silence is a number here and a
 /// hole on the disk.
 class SparseBytes {
   public:
@@ -37,7 +37,7 @@ class SparseBytes {
   private:
     struct Piece {
         std::string bytes;
-        std::uint64_t zeros = 0; ///< behind the bytes
+        std::uint64_t zeros = 0; ///< after the bytes
     };
     std::vector<Piece> pieces_;
 };

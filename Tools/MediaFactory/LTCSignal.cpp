@@ -49,7 +49,7 @@ std::vector<float> ltcSignal(const std::string& bits, double samplesPerBit, floa
     };
     for (const char bit : bits)
         for (int half = bit == '1' ? 2 : 1, parts = half; half > 0; --half) hold(samplesPerBit / parts);
-    hold(1); // the change that ends the last bit
+    hold(1); // the change of level that ends the last bit
     return samples;
 }
 

@@ -27,7 +27,7 @@ std::string partition(std::uint8_t kind, std::uint8_t status, std::uint64_t foot
                   be16(1) + be16(3) + be32(1) + sizes + be32(0) + std::string(16, '\0') + be32(0) + be32(16));
 }
 
-/// Identities are numbers, so that a set can name another that comes later.
+/// Identities are numbers, so that a set can refer to a later one.
 std::string identity(std::uint32_t number) { return "identity----" + be32(number); }
 
 std::string property(std::uint16_t tag, const std::string& value) {
@@ -55,7 +55,7 @@ std::string label(std::string_view from8) {
 
 std::string packageID(std::size_t index) { return field("package " + std::to_string(index), 32); }
 
-/// Ten identities a package: the package, its tracks, their sequences, their components.
+/// Ten identities for each package: the package, its tracks, their sequences, their components.
 std::string package(const MXFSpec& spec, std::size_t index) {
     const MXFPackage& own = spec.packages[index];
     const auto first = static_cast<std::uint32_t>(100 + 10 * index);

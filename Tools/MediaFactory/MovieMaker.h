@@ -12,8 +12,8 @@
 
 namespace orvane::test {
 
-/// An atom with its 32-bit size; with a size that lies; with the 64-bit form of the size; with version and
-/// flags in front of its body.
+/// An atom with its 32-bit size. The other functions: with a wrong size; with the 64-bit form of the size;
+/// with version and flags before its body.
 std::string atom(std::string_view type, std::string_view body = {});
 std::string atomClaiming(std::uint32_t size, std::string_view type, std::string_view body = {});
 std::string wideAtom(std::string_view type, std::string_view body = {});
@@ -26,9 +26,9 @@ struct VideoSpec {
     std::uint32_t timescale = 25; ///< of the media, units per second
     std::uint32_t frameDuration = 1;
     std::uint32_t frames = 250;
-    std::string entryAtoms = {}; ///< behind the fields of the sample description
+    std::string entryAtoms = {}; ///< after the fields of the sample description
     bool enabled = true;
-    /// The bytes of each picture, which the media data then holds; as many as `frames`.
+    /// The bytes of each picture, for the media data; as many as `frames`.
     std::vector<std::string> pictures = {};
 };
 
@@ -39,20 +39,20 @@ struct AudioSpec {
     std::uint32_t samples = 480000;
     int version = 0; ///< of the QuickTime sound description: 0, 1 or 2
     std::string entryAtoms = {};
-    std::string sound = {}; ///< 16-bit samples that the media data holds, as the codec "twos" has them
+    std::string sound = {}; ///< 16-bit samples for the media data, in the form of the codec "twos"
 };
 
 struct TimecodeSpec {
     std::uint32_t timescale = 25;
     std::uint32_t frameDuration = 1;
-    std::uint32_t firstFrame = 0; ///< the sample as it stands in the file
-    std::uint32_t sampleSize = 4; ///< the uniform size that the sample table claims
+    std::uint32_t firstFrame = 0; ///< the sample as the file holds it
+    std::uint32_t sampleSize = 4; ///< the uniform size that the sample table states
     std::string format = "tmcd";
     bool wideOffset = false;                        ///< "co64" instead of "stco"
-    std::optional<std::uint64_t> sampleOffset = {}; ///< a position that lies
+    std::optional<std::uint64_t> sampleOffset = {}; ///< a wrong position
     std::uint32_t flags = 0;                        ///< 1 is drop frame
-    std::vector<std::uint32_t> sizeTable = {};      ///< of single sizes, behind a `sampleSize` of 0
-    std::string trackAtoms = {};                    ///< whole atoms in front of the media, such as "edts"
+    std::vector<std::uint32_t> sizeTable = {};      ///< of single sizes, after a `sampleSize` of 0
+    std::string trackAtoms = {};                    ///< whole atoms before the media, such as "edts"
 };
 
 /// A track of any kind.
@@ -60,14 +60,14 @@ struct TrackSpec {
     std::string handler = {};
     std::uint32_t timescale = 600;
     std::uint64_t duration = 600;
-    std::string sampleEntry = {}; ///< the atom inside "stsd"; none leaves "stsd" without an entry
+    std::string sampleEntry = {}; ///< the atom inside "stsd"; empty: "stsd" has no entry
     std::vector<std::pair<std::uint32_t, std::uint32_t>> timeToSample = {}; ///< count, duration
     std::uint32_t sampleSize = 1;
     double width = 0, height = 0; ///< of the track header
     bool enabled = true;
     bool wideOffset = false;
     std::optional<std::uint64_t> sampleOffset = {}; ///< absent: the start of the media data
-    std::string sample = {};                        ///< bytes that the media data then holds for this track
+    std::string sample = {};                        ///< bytes for this track in the media data
     std::vector<std::uint32_t> sizeTable = {};
     std::string trackAtoms = {};
 };
@@ -82,29 +82,29 @@ class MovieMaker {
     MovieMaker& audio(const AudioSpec& spec);
     MovieMaker& timecode(const TimecodeSpec& spec);
     MovieMaker& track(const TrackSpec& spec);
-    /// An item of the movie's "meta" with "keys" and "ilst", such as "com.apple.quicktime.creationdate".
+    /// Adds an item to the movie's "meta" with "keys" and "ilst", such as "com.apple.quicktime.creationdate".
     MovieMaker& metadata(const std::string& key, const MetadataValue& value);
-    /// An item of the "ilst" in "udta", such as "\xA9" "day".
+    /// Adds an item to the "ilst" in "udta", such as "\xA9" "day".
     MovieMaker& listItem(const std::string& type, const MetadataValue& value);
     /// A QuickTime text in "udta": length, language, text.
     MovieMaker& userData(const std::string& type, const std::string& text, std::uint16_t language = 0x55C4);
-    /// Whole atoms: at the end of "moov", at the end of "udta", and at the top level in front of and behind
+    /// Whole atoms: at the end of "moov", at the end of "udta", and at the top level before and after
     /// everything but "ftyp".
     MovieMaker& movieAtom(const std::string& bytes);
     MovieMaker& userDataAtom(const std::string& bytes);
     MovieMaker& leadingAtom(const std::string& bytes);
     MovieMaker& trailingAtom(const std::string& bytes);
-    /// Replaces the duration of the movie header, which is that of the longest track.
+    /// Replaces the movie header's duration, which is otherwise that of the longest track.
     MovieMaker& duration(std::uint64_t units, std::uint32_t timescale);
     /// The creation time of the movie header, seconds since 1904.
     MovieMaker& created(std::uint32_t time);
-    /// "moov" in front of "mdat" (behind it otherwise).
+    /// Writes "moov" before "mdat" instead of after it.
     MovieMaker& movieFirst();
-    /// Zeros in the media data, behind the samples that matter.
+    /// Adds zeros to the media data, after the samples.
     MovieMaker& mediaBytes(std::uint64_t count);
     /// The 64-bit form of the size of "mdat".
     MovieMaker& wideMedia();
-    /// "mdat" claims the size 0, "to the end of the file".
+    /// "mdat" states the size 0, "to the end of the file".
     MovieMaker& endlessMedia();
 
     std::string bytes() const { return sparse().str(); }

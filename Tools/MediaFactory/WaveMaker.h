@@ -19,7 +19,7 @@ struct WaveFormat {
     bool extensible = false;
 };
 
-/// The broadcast extension (EBU Tech 3285). Cut or filled up to `bytes`.
+/// The broadcast extension (EBU Tech 3285). Cut or padded to `bytes`.
 struct BroadcastExtension {
     std::string originator = "Recorder";
     std::string date = "2024-03-09";
@@ -29,8 +29,8 @@ struct BroadcastExtension {
     std::size_t bytes = 602;
 };
 
-/// Makes a RIFF/WAVE file, chunk by chunk in the order of the calls. `format` first, as the data depends on
-/// it:
+/// Makes a RIFF/WAVE file, chunk by chunk in the order of the calls. Call `format` first, as the data
+/// depends on it:
 ///     WaveMaker().format({.channels = 2}).bext({.timeReference = 172'800'000}).silence(48000).bytes()
 class WaveMaker {
   public:
@@ -39,14 +39,14 @@ class WaveMaker {
     WaveMaker& iXML(std::string_view document);
     /// Any chunk, with the pad byte that an odd length needs.
     WaveMaker& chunk(std::string_view id, std::string_view body);
-    /// A chunk that lies about its length; no pad byte.
+    /// A chunk that states a wrong length; no pad byte.
     WaveMaker& chunkClaiming(std::string_view id, std::uint32_t claimed, std::string_view body);
     /// The data chunk: frames of interleaved samples, full scale 1.0.
     WaveMaker& samples(const std::vector<float>& interleaved);
     WaveMaker& silence(std::uint64_t frames);
-    /// A data chunk of silence that claims another length.
+    /// A data chunk of silence that states another length.
     WaveMaker& silenceClaiming(std::uint32_t claimed, std::uint64_t frames);
-    /// RF64 with the real sizes in a "ds64" chunk in front; every data chunk claims 0xFFFFFFFF.
+    /// RF64 with the real sizes in a "ds64" chunk before the others; every data chunk states 0xFFFFFFFF.
     WaveMaker& rf64();
 
     std::string bytes() const { return sparse().str(); }
@@ -64,7 +64,7 @@ class WaveMaker {
     SparseBytes chunks_;
 };
 
-/// An iXML document with what a recorder usually writes. Empty texts leave their element out.
+/// An iXML document with the usual values of a recorder. An empty text leaves its element out.
 struct IXMLText {
     std::string scene = {}, take = {}, tape = {}, note = {}, project = {}, wildTrack = {};
     std::string timecodeRate = "25/1";

@@ -19,7 +19,7 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parents[2]
 COPY = ROOT / "build" / "mutation"
 
-# What is searched, and what may stand in its place. Spaces keep templates, arrows, pointers and references out.
+# Patterns, and their replacements. The spaces exclude templates, arrows, pointers and references.
 RULES = [
     (r" < ", [" <= "]),
     (r" <= ", [" < "]),

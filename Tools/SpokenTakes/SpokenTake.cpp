@@ -14,7 +14,7 @@ namespace orvane::test {
 
 namespace {
 
-constexpr std::size_t voiceRate = 22050; ///< as the voices speak
+constexpr std::size_t voiceRate = 22050; ///< the sample rate of the voices
 constexpr std::array<const char*, mostSpeakers> voices{"en+f3", "en+m3", "en+f5", "en+m7"};
 constexpr std::array<const char*, mostSpeakers> names{"Lav Anna", "Lav Ben", "Lav Carla", "Lav David"};
 constexpr std::array<const char*, 8> sentences{
@@ -35,7 +35,7 @@ double rmsOf(const std::vector<float>& sound, std::size_t from, std::size_t to) 
     return to > from ? std::sqrt(energy / static_cast<double>(to - from)) : 0;
 }
 
-/// The voice engine leaves silence in front and behind.
+/// The voice engine adds silence before and after.
 std::vector<float> trimmed(const std::vector<float>& sound) {
     constexpr float audible = 0.01F;
     const auto isAudible = [](float sample) { return std::abs(sample) > audible; };
@@ -58,7 +58,7 @@ std::vector<float> rendered(const std::string& folder, const char* voice, const 
     return trimmed(samples);
 }
 
-/// Straight lines between the samples: nothing that is measured here depends on more.
+/// Linear interpolation: more precision would not change the measurement.
 std::vector<float> resampled(const std::vector<float>& sound, double rate) {
     const double step = voiceRate / rate;
     std::vector<float> result(static_cast<std::size_t>(static_cast<double>(sound.size()) / step));
@@ -79,7 +79,7 @@ class Random {
         return low + (high - low) * static_cast<double>(engine_()) / 4294967296.0;
     }
     int below(int n) { return static_cast<int>(between(0, n)); }
-    /// Near enough to normal, with a standard deviation of 1.
+    /// Approximately normal, with a standard deviation of 1.
     float noise() {
         noise_ = noise_ * 1664525U + 1013904223U;
         const auto one = static_cast<float>(static_cast<std::int32_t>(noise_)) / 2147483648.0F;
@@ -91,7 +91,7 @@ class Random {
     std::uint32_t noise_ = 12345;
 };
 
-/// What each speaker says, dry, at the voices' rate and an RMS of 1 while they speak.
+/// What each speaker says, without noise and bleed, at the voices' rate and an RMS of 1 while they speak.
 using Speech = std::vector<std::vector<float>>;
 
 void say(std::vector<float>& speech, const std::vector<std::vector<float>>& said, double start,
@@ -134,7 +134,7 @@ Speech dialogue(const TakePlan& plan, const std::vector<std::vector<std::vector<
         }
         at += turn + random.between(0.1, plan.longestPause);
         ++turns;
-        // Each in turn at first, so that all are heard; then anybody else.
+        // In turn at first, so that all speak; then any other speaker.
         speaker = turns < regular ? (speaker + 1) % regular
                   : regular > 1   ? (speaker + 1 + random.below(regular - 1)) % regular
                                   : 0;
@@ -154,7 +154,7 @@ std::vector<std::vector<int>> truth(const Speech& speech) {
     return speakersAt;
 }
 
-/// As a lav hears somebody else: later.
+/// The speech as another person's lav picks it up: later and quieter.
 void mix(std::vector<float>& track, const std::vector<float>& dry, double levelDB, std::size_t delay) {
     const auto gain = static_cast<float>(linear(levelDB));
     for (std::size_t i = delay; i < track.size(); ++i) track[i] += gain * dry[i - delay];

@@ -8,10 +8,10 @@
 #include <map>
 #include <string>
 
-// How often the microphone that is heard is that of whoever speaks, on takes with known truth:
+// How often the chosen microphone is the speaker's own, on takes with known truth:
 //     microphone_check FOLDER [FIRST_SEED [SEEDS]]
-// FOLDER takes the rendered voices and takes. Ends with 1 where the choice by speaker misses what is wanted
-// of it.
+// FOLDER is for the rendered voices and takes. Ends with 1 if the choice by speaker misses its required
+// values.
 
 namespace {
 
@@ -27,7 +27,7 @@ class Check {
     Check(std::string folder, unsigned firstSeed, unsigned seeds)
         : folder_(std::move(folder)), voices_(folder_), firstSeed_(firstSeed), seeds_(seeds) {}
 
-    /// The takes of all plans of the grid for each seed, in one row a kind.
+    /// The takes of all plans of the grid for each seed, in one row for each kind.
     void grid(const char* name, const std::function<void(TakePlan&)>& change,
               const std::function<std::string(const TakePlan&)>& kindOf, bool inMonoFiles = false) {
         kinds_.clear();
@@ -51,8 +51,8 @@ class Check {
         std::fflush(stdout);
     }
 
-    /// Of a row of the last grid: the share on the speaker's own lav, how far it is ahead of the loudest lav,
-    /// and that everybody is heard.
+    /// The requirements for a row of the last grid: the share on the speaker's own lav, its lead over the
+    /// loudest lav, and that every speaker is heard.
     void want(const std::string& kind, double leastShare, double leastAhead) {
         const Means& means = kinds_.at(kind);
         const double share = means.speaker / means.takes, ahead = share - means.loudest / means.takes;

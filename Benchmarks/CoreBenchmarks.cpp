@@ -30,8 +30,8 @@ namespace {
 constexpr int clipsADay = 333;
 constexpr std::size_t headerBytes = 16384;
 
-/// What any reader of headers must at least do: open, ask for the size, read the front, and of a movie the
-/// back where the movie header lies, and the sample of the timecode track in between.
+/// The least that any reader of headers must do: open, query the size, read the beginning; for a movie also
+/// the end, where the movie header is, and the sample of the timecode track in between.
 void readHeaders(const FileURL& url, bool isMovie) {
     std::array<std::byte, headerBytes> buffer;
     const int file = ::open(url.path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -73,7 +73,7 @@ void statFloor(benchmark::State& state, const MediaCorpus& corpus) {
     }
 }
 
-/// A new run of the program on a known folder: find the files, load the cache, ask it for each.
+/// A new run of the program on a known folder: find the files, load the cache, look up each.
 void rescan(benchmark::State& state, const MediaCorpus& corpus, const std::string& cacheFile) {
     const auto settings = std::make_shared<platform::MemorySettingsStore>();
     {
@@ -90,7 +90,7 @@ void rescan(benchmark::State& state, const MediaCorpus& corpus, const std::strin
     }
 }
 
-/// A first scan as the program does it: find the files, probe them, match them.
+/// A first scan as the program runs it: find the files, probe them, match them.
 std::shared_ptr<ImportController> scanned(const MediaCorpus& cards) {
     const auto loop = platform::RunLoop::create();
     ImportController::Dependencies dependencies;
@@ -104,7 +104,7 @@ std::shared_ptr<ImportController> scanned(const MediaCorpus& cards) {
     return controller;
 }
 
-/// What `diagnose` does but for printing.
+/// What `diagnose` does, without printing.
 void diagnose(benchmark::State& state, const MediaCorpus& cards) {
     for ([[maybe_unused]] auto _ : state) {
         const auto controller = scanned(cards);
@@ -130,7 +130,7 @@ void match(benchmark::State& state, int perDay, int shiftOfADay, const MatchRule
         benchmark::DoNotOptimize(SyncEngine().match(corpus.videos, corpus.audios, rules));
 }
 
-/// Of days at the same hours; with a recorder that was set wrong, of clips without sound.
+/// For days at the same hours; with a wrong recorder clock, for clips without sound.
 void doubts(benchmark::State& state, std::uint64_t secondsOff) {
     AssetCorpus corpus = assetCorpus(static_cast<int>(state.range(0)), clipsADay, 0);
     for (MediaAsset& sound : corpus.audios)
@@ -145,7 +145,7 @@ void doubts(benchmark::State& state, std::uint64_t secondsOff) {
             SyncDoubts::of({groups, corpus.audios, rules, TrimMode::commonDuration, {}, names}));
 }
 
-/// What matching must at least do: every file stands in the result.
+/// The least that matching must do: every file is in the result.
 void copyFiles(benchmark::State& state) {
     const AssetCorpus corpus = assetCorpus(static_cast<int>(state.range(0)), clipsADay, 0);
     for ([[maybe_unused]] auto _ : state) {
@@ -166,8 +166,8 @@ ExportSettings exportSettings(const SyncGroupList& groups) {
     return ExportSettings::fromUserDefaults(settings, request);
 }
 
-/// A shoot of three cameras, every fourth clip off-speed, and settings that ask for all that a document can
-/// hold beside the synchronized clips.
+/// A shoot of three cameras, every fourth clip off-speed, and settings that request everything that a
+/// document can contain beside the synchronized clips.
 SyncGroupList groupsForAllVariants(int clips, int channels) {
     constexpr int cameras = 3, offspeedEvery = 4;
     constexpr double sensorRate = 100;
@@ -175,7 +175,7 @@ SyncGroupList groupsForAllVariants(int clips, int channels) {
     for (const SyncGroup& group : matchedGroups(clips, channels)) groups.push_back(group);
     for (std::size_t i = 0; i < groups.size(); ++i) {
         MediaAsset& video = groups[i].video;
-        // Cameras of a take start together, on its sound.
+        // Cameras of a take start together, at the start of its sound.
         if (const std::size_t first = i - i % cameras; first != i) {
             video.startTimecodeString = groups[first].video.startTimecodeString;
             video.contentCreatedDate = groups[first].video.contentCreatedDate;
@@ -195,7 +195,7 @@ ExportSettings settingsForAllVariants(const SyncGroupList& groups) {
     return settings;
 }
 
-/// Nobody reads a figure of variants that were not made.
+/// No figures are reported for variants that were not made.
 bool hasAllVariants(const ExportResult& result) {
     return result.multicamCount > 0 && result.nativeRateCount > 0 && result.projectRateCount > 0 &&
            result.sourceMediaCount > 0 && result.sceneEventCount > 1;
@@ -237,13 +237,13 @@ void registerCoreBenchmarks(const MediaCorpus& corpus, const MediaCorpus& cards,
     add("diagnose", [&week](benchmark::State& state) { diagnose(state, week); });
     add("statFloor", [&corpus](benchmark::State& state) { statFloor(state, corpus); });
     add("rescan", [&corpus, cacheFile](benchmark::State& state) { rescan(state, corpus, cacheFile); });
-    constexpr int hoursOfTheirOwn = 30240; // seconds; longer than a day's work
+    constexpr int hoursOfTheirOwn = 30240; // seconds; longer than a day of shooting
     add("match", [](benchmark::State& state) { match(state, clipsADay, hoursOfTheirOwn, {}); })
         ->Arg(1000)
         ->Arg(10000);
-    // A clip meets the sound of the days before and behind as well. Over as many days, each of few clips
-    // meets as many recordings as each of many; in three days of 333 it would meet a fifth less than in
-    // thirty.
+    // A clip also meets the sound of the days before and after. Both counts of clips are spread over the same
+    // number of days, so that a clip meets the same number of recordings in both: with three days of 333
+    // clips it would be a fifth less than with thirty days.
     add("matchSameHours",
         [](benchmark::State& state) {
             constexpr int days = 30;

@@ -29,8 +29,8 @@ std::string formatted(const char* format, int a, int b) {
     return text.data();
 }
 
-/// Seconds since midnight at which the take of that number begins, on a day that begins so many seconds later
-/// than the first.
+/// Seconds since midnight at which the take of that number begins, on a day that begins `later` seconds after
+/// the first.
 int startOf(int take, int ofADay, int later = 0) {
     constexpr int secondsADay = 86400;
     return (firstTakeAt + later + take % ofADay * secondsBetweenTakes % 60000) % secondsADay;
@@ -71,7 +71,7 @@ void writeWave(const std::string& path, const TakeOfSound& take) {
         .iXML(ixml.text())
         .silence(static_cast<std::uint64_t>(take.seconds) * sampleRate)
         .writeTo(path);
-    // The zeros take no room on the disk. A recording does not end in zeros, which would be looked into.
+    // The zeros take no room on the disk. A recording does not end in zeros, as these would be examined.
     constexpr std::streamoff lastBytes = 64;
     std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
     file.seekp(-lastBytes, std::ios::end);

@@ -7,8 +7,8 @@
 
 namespace orvane::bench {
 
-/// A folder of camera and recorder files as a card has them: names, timecode tracks, broadcast chunks, track
-/// names. The media data are holes of the file system.
+/// A folder of camera and recorder files as on a card: names, timecode tracks, broadcast chunks, track names.
+/// The media data are holes in the files.
 struct MediaCorpus {
     std::vector<FileURL> videos;
     std::vector<FileURL> audios;
@@ -28,12 +28,12 @@ inline constexpr int clipsACard = 250;
 MediaCorpus twoCards(const std::string& folder);
 
 inline constexpr int clipsOfAWeek = 3750;
-/// A week's shoot, 600 clips a day at the same hours, each with a recording of its own, a folder for each
+/// A week's shoot, 600 clips a day at the same hours, each with a recording of its own, with folders for each
 /// day's picture and sound. Made as above.
 MediaCorpus weekOfCards(const std::string& folder);
 
-/// Probed assets as a shoot of many days gives them, without files: each video overlaps one recording of its
-/// day. Each day begins so many seconds later than the one before; with 0 a clip also meets recordings of the
+/// Probed assets as from a shoot of many days, without files: each video overlaps one recording of its day.
+/// Each day begins so many seconds later than the one before; with 0 a clip also meets recordings of the
 /// neighbouring days.
 struct AssetCorpus {
     std::vector<MediaAsset> videos;

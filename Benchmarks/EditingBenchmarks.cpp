@@ -21,7 +21,7 @@ constexpr int fewClips = 1000;
 constexpr int channels = 8;
 constexpr int steps = 50;
 
-/// Moves on by more than any window whenever it is asked, so that every edit is a step of its own.
+/// Advances at each call by more than any time window, so that every edit is a step of its own.
 class FastClock final : public platform::Clock {
   public:
     std::chrono::nanoseconds now() const override { return now_ += 2s; }
@@ -50,7 +50,7 @@ class EditedWork {
         controller->openStoredWork({{}, {}, std::move(groups)});
     }
 
-    /// Always another clip, in no order.
+    /// A different clip each time, in no order.
     void nudge() {
         constexpr std::size_t stride = 7919;
         at_ = (at_ + stride) % controller->work().syncGroups().size();
@@ -130,7 +130,7 @@ void printEditingRows(const Medians& results) {
     printUndoMemory();
     printRatio("attach menu of 20,000 recordings on 10,000 clips", ms("attachMenu/10000"),
                ms("attachMenu/1000"), "for 1,000", 15);
-    // An edit that looked at other clips than its own would make thousands of this.
+    // An edit that examined other clips than its own would make thousands of copies.
     constexpr double mostCopies = 3;
     printRatio("edit 10,000 clips one by one", ms("editEveryClip"), ms("copyClips"), "a plain copy",
                mostCopies);

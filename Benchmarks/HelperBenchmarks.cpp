@@ -34,7 +34,7 @@ const std::vector<Kind>& kinds() {
 }
 
 void readThrough(benchmark::State& state, const std::string& path, Open open) {
-    constexpr std::size_t block = 16384; // frames, as an analysis reads them
+    constexpr std::size_t block = 16384; // frames, as in an analysis
     std::int64_t frames = 0;
     for ([[maybe_unused]] auto _ : state) {
         const auto file = open(path);

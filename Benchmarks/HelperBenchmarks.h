@@ -7,7 +7,7 @@
 namespace orvane::bench {
 
 /// Sound that the media libraries decode, through the helper process and without one, from files that are
-/// made in `folder` with the media tools. Nothing without these.
+/// made in `folder` with the media tools. Registers nothing if these are missing.
 void registerHelperBenchmarks(const std::string& folder);
 void printHelperRows(const Medians& results);
 

@@ -34,9 +34,9 @@ using std::chrono::nanoseconds;
 
 constexpr int clips = 5000;
 constexpr int channels = 8;
-constexpr int mostRounds = 3; ///< while a piece is too long: others use the machine too
+constexpr int mostRounds = 3; ///< repeated while a piece is too long: others use the machine too
 
-/// The longest of each name since they were last taken.
+/// The longest piece of each name since the last call of `take`.
 class Pieces {
   public:
     void add(const char* work, nanoseconds used) {
@@ -59,7 +59,7 @@ Pieces& pieces() {
     return all;
 }
 
-/// A session that is open, as `serve` holds one, without players, pages and a key store.
+/// An open session as in `serve`, without players, pages and a key store.
 class Shoot {
   public:
     explicit Shoot(const std::string& folder) : folder_(folder) {
@@ -80,7 +80,7 @@ class Shoot {
         context.controller->openStoredWork(std::move(work));
         finish(context.sessions->flush());
     }
-    /// Runs it in the loop until it has ended and what it set off is written.
+    /// Runs the command in the loop until it has ended and its changes are written.
     void run(const Command& command) {
         loop_->post([&, name = std::string(command.id)] {
             platform::nameInterfaceWork(name.c_str());
@@ -94,7 +94,7 @@ class Shoot {
 
   private:
     void begin(const Command& command) {
-        // Whoever asks writes it down and releases it on a queue, as `serve` does.
+        // The caller writes and releases the answer on a queue, as `serve` does.
         const auto result = answer_ = std::make_shared<JSON>();
         try {
             const JSON arguments = argumentsOf(command);
@@ -106,7 +106,7 @@ class Shoot {
                 command.whenDone(context, std::move(call), result)
                     .whenDone([this, result](const std::exception_ptr&) { loop_->quit(); });
             }
-        } catch (const std::exception&) { // refuses what it was given; that was short
+        } catch (const std::exception&) { // refuses its arguments; that was short
             loop_->quit();
         }
     }
@@ -157,7 +157,7 @@ class Shoot {
 
 using Longest = std::map<std::string, nanoseconds>;
 
-/// Of each piece the shortest of the rounds.
+/// The shortest time of each piece in all rounds.
 Longest measured(const std::string& folder, std::size_t command) {
     Longest shortest;
     const auto isTooLong = [](const auto& piece) { return piece.second > platform::longestInterfaceWork; };
@@ -177,7 +177,7 @@ Longest measured(const std::string& folder, std::size_t command) {
 } // namespace
 
 void printInterfaceRows(const std::string& folder) {
-    // Presets and models are none of the user's.
+    // Does not use the user's presets and models.
     for (const char* home : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
         ::setenv(home, (folder + "/interface").c_str(), 1);
     platform::watchInterfaceWork(

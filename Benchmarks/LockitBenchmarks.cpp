@@ -21,7 +21,7 @@ constexpr int clips = 10000;
 constexpr int days = 30;
 constexpr const char* project = "p";
 
-/// A production whose clips are spread over all days, so that each day has to be asked about.
+/// A production whose clips are spread over all days, so that each day has to be requested.
 struct Production {
     test::LockitServer server;
     std::vector<std::string> filenames;
@@ -42,7 +42,7 @@ Production& production() {
     return made;
 }
 
-/// Tokens in memory: what the key store takes is its own.
+/// Keeps tokens in memory: the time of the key store is not part of the measurement.
 class OneToken final : public platform::CredentialStore {
   public:
     void save(const std::string&, const platform::Secret&) override {}
@@ -96,7 +96,7 @@ void sync(benchmark::State& state) {
         finish(controller->lockit().syncLockitNetwork(account, project));
         if (!controller->lockit().lockitSyncStatus().value_or("").starts_with("✓ Matched 10000"))
             state.SkipWithError(controller->lockit().lockitSyncStatus().value_or("").c_str());
-        state.PauseTiming(); // the end of the work is none of the sync
+        state.PauseTiming(); // the end of the work is not part of the sync
         controller.reset();
         state.ResumeTiming();
     }
@@ -108,7 +108,7 @@ std::size_t append(char* data, std::size_t one, std::size_t size, void* body) {
     return one * size;
 }
 
-/// The same requests one after the other, over one connection; the answers are read and thrown away.
+/// The same requests one after another, over one connection; the answers are read and discarded.
 void requestsAlone(benchmark::State& state) {
     Production& made = production();
     JSON::Array names;

@@ -4,8 +4,8 @@
 
 namespace orvane::bench {
 
-/// A sync of many clips with a LockitNetwork on this machine, and the same requests by nothing but the
-/// library.
+/// A sync of many clips with a LockitNetwork on this machine, and the same requests with the HTTP library
+/// alone.
 void registerLockitBenchmarks();
 
 void printLockitRows(const Medians& results);

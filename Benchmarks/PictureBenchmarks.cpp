@@ -58,7 +58,7 @@ double coreSeconds() {
     return seconds;
 }
 
-/// The most memory at any second of its life. Beside the player, as counting pages takes longer than a
+/// The highest memory use, measured each second. In a separate thread, as counting pages takes longer than a
 /// picture is shown.
 class MemoryWatch {
   public:
@@ -103,7 +103,7 @@ bool makeVideo(const std::string& path, const std::string& encoding) {
     return isMade;
 }
 
-/// A player in a loop of its own.
+/// A player in its own loop.
 class Bench {
   public:
     void run(const std::function<void()>& begin) {
@@ -121,7 +121,7 @@ class Bench {
         run([&] { player->load({path, {}, {}}, [this](const PlayerFacts&) { loop->quit(); }); });
         return player;
     }
-    /// Seconds until the picture is there.
+    /// Seconds until the picture is shown.
     double seek(Player& player, MediaTime time) {
         const double before = secondsNow();
         run([&] { player.seek(time, [this](bool) { loop->quit(); }); });
@@ -133,7 +133,7 @@ class Bench {
 };
 
 void printSeeks(Bench& bench, const std::string& work, const std::string& path, bool isIntra) {
-    std::mt19937 random(15); // the same places each time
+    std::mt19937 random(15); // the same places in each run
     std::vector<double> ours, floor;
     const auto player = bench.load(path);
     PlainDecoding plain(path);
@@ -172,7 +172,7 @@ void printOpening(Bench& bench, const std::string& path) {
              own - other <= 0.040);
 }
 
-/// Milliseconds for a picture, decoded one after the other.
+/// Milliseconds for each picture, decoded in sequence.
 double plainPicture(const std::string& path) {
     constexpr int pictures = 50;
     PlainDecoding plain(path);
@@ -189,7 +189,7 @@ void printSteps(Bench& bench, const std::string& path) {
         bench.seek(*player, {400, 25});
         std::vector<double> steps;
         for (int i = 1; i <= 4; ++i) {
-            bench.wait(0.3); // as somebody who looks at each picture
+            bench.wait(0.3); // like a person who looks at each picture
             steps.push_back(bench.seek(*player, {400 + direction * i, 25}));
         }
         const double own = median(steps);

@@ -5,7 +5,7 @@
 namespace orvane::bench {
 
 /// Measures the player in real time, on media that are made in the folder once. `only`: the part of the rows
-/// to print, by its name in the list of the source; empty for all.
+/// to print, by its name in the list of the source; empty for all rows.
 void printPictureRows(const std::string& folder, const std::string& only = {});
 
 } // namespace orvane::bench

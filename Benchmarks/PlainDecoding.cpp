@@ -23,7 +23,7 @@ struct PlainDecoding::State {
         avcodec_free_context(&decoder);
         avformat_close_input(&file);
     }
-    /// Pictures until that time in stream units was reached or the file has ended.
+    /// Number of pictures until that time in stream units is reached or the file has ended.
     int decode(std::int64_t until) {
         int pictures = 0;
         bool hasMore = true;

@@ -5,16 +5,16 @@
 
 namespace orvane::bench {
 
-/// The floor of whatever shows pictures: libav opens, seeks and decodes, on one thread, and nothing else is
-/// done.
+/// The floor of everything that shows pictures: libav opens, seeks and decodes on one thread, without other
+/// work.
 class PlainDecoding {
   public:
     explicit PlainDecoding(const std::string& path); ///< throws std::runtime_error
     ~PlainDecoding();
-    /// Decodes from the key picture in front up to the first picture at or behind that second.
+    /// Decodes from the previous key picture to the first picture at or after that second.
     void seekTo(double seconds);
     void decodeNext();
-    /// How many pictures follow, decoded.
+    /// Decodes the remaining pictures and returns their number.
     int decodeRest();
 
   private:

@@ -48,7 +48,7 @@ void readAMinute(const std::string& recording) {
     }
 }
 
-/// A minute of the output, in blocks of a device.
+/// A minute of the output, in blocks of the size of a device's.
 void playAMinute(const std::string& recording, double rate, PitchAlgorithm pitch) {
     auto owned = std::make_unique<ManualAudioOutput>();
     ManualAudioOutput& output = *owned;
@@ -85,7 +85,7 @@ class TwoHalves final : public AudioFile {
     std::int64_t at_ = 0;
 };
 
-/// Hears what the sources before it give, and notes the frame at which that becomes loud or quiet.
+/// Reads the sum of the sources before it, and records the frame at which it becomes loud or quiet.
 class Ear final : public MixerSource {
   public:
     std::binary_semaphore heard{0};
@@ -104,7 +104,7 @@ class Ear final : public MixerSource {
 };
 
 /// The longest of several nudges of a player that plays the video, in milliseconds until it is heard, less
-/// what the output holds.
+/// the output's latency.
 double worstNudge(const std::string& video) {
     const auto loop = RunLoop::create();
     const auto system = PlayerSystem::create(loop);
@@ -140,13 +140,13 @@ double worstNudge(const std::string& video) {
 } // namespace
 
 void printPlayedSoundRows(const std::string& recording) {
-    readAMinute(recording); // so that nobody waits for the disk
+    readAMinute(recording); // so that no run waits for the disk
     const double floor = coreSeconds([&] { readAMinute(recording); });
     const auto row = [&](const char* name, double rate, PitchAlgorithm pitch, double most) {
         printRatio(name, coreSeconds([&] { playAMinute(recording, rate, pitch); }) * ms, floor * ms,
                    "reading it", most);
     };
-    // A share of the 60 seconds that it lasts is what counts; reading a wave is next to nothing.
+    // The figure is a share of the 60 seconds of playback; reading a wave takes almost no time.
     row("playing 60 s of 8 channels, time of a core", 1, PitchAlgorithm::timeDomain, 10);
     row("the same at twice the speed, pitch kept", 2, PitchAlgorithm::spectral, 60);
     row("the same backwards in slow motion", -0.25, PitchAlgorithm::varispeed, 60);

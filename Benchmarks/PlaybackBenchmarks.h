@@ -4,7 +4,7 @@
 
 namespace orvane::bench {
 
-/// `recording`: of eight channels, a minute or longer.
+/// `recording`: eight channels, a minute or longer.
 void printPlayedSoundRows(const std::string& recording);
 /// In real time. `video`: 40 seconds or longer.
 void printNudgeRow(const std::string& video);

@@ -24,7 +24,7 @@ double inSeconds(const timeval& time) {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / microseconds;
 }
 
-/// Everything until the other end is closed.
+/// Reads until the other end is closed.
 std::string readAll(int descriptor) {
     std::string text;
     std::array<char, 4096> some{};

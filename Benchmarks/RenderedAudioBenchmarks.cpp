@@ -23,7 +23,7 @@ namespace {
 
 constexpr int runs = 3;
 
-/// The medians of what each takes on the wall, in milliseconds, in turns.
+/// The medians of each work's elapsed time, in milliseconds; the works run in turns.
 std::vector<double> medians(const std::vector<std::function<void()>>& works) {
     std::vector<std::vector<double>> times(works.size());
     for (int run = 0; run < runs; ++run)
@@ -41,7 +41,7 @@ std::vector<double> medians(const std::vector<std::function<void()>>& works) {
     return result;
 }
 
-/// Another track every two seconds.
+/// A different track every two seconds.
 std::vector<BlockDecision> changingBlocks(int channels) {
     constexpr int count = 900;
     std::vector<BlockDecision> blocks(count);

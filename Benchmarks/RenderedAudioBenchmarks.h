@@ -4,7 +4,7 @@
 
 namespace orvane::bench {
 
-/// `halfHour`: a recording of eight channels. `folder`: for what is made meanwhile.
+/// `halfHour`: a recording of eight channels. `folder`: for files made meanwhile.
 void printRenderedAudioRows(const std::string& self, const std::string& program, const std::string& halfHour,
                             const std::string& folder);
 

@@ -17,7 +17,7 @@ constexpr std::size_t reportBytes = 100'000'000;
 
 std::string reportPath(const std::string& folder) { return folder + "/report.csv"; }
 
-/// A table as a camera department keeps one, with a comment in quotes and a column that nobody fills.
+/// A table like those of camera departments, with a comment in quotes and an empty column.
 void makeReport(const std::string& path) {
     if (const auto there = platform::files::attributes(path);
         there && std::cmp_greater_equal(there->size, reportBytes))
@@ -57,7 +57,7 @@ void registerReportBenchmarks(const std::string& folder) {
 void printReportRows(const Medians& results, const std::string& self, const std::string& program,
                      const std::string& folder) {
     constexpr double wantedRate = 100, most = 8;
-    // Of a core's time, as a shared machine may give the process little of it.
+    // Processor time, as a shared machine may give the process only a part of the time.
     const double ours = results.coreMilliseconds.at("parseReport");
     const double rate = static_cast<double>(reportBytes) / megabyte / (ours / 1000);
     printRow("parse a report of 100 MB", text("%.0f ms of a core", ours),

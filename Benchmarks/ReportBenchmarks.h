@@ -6,7 +6,7 @@
 
 namespace orvane::bench {
 
-/// Makes it in the folder unless it is there already, and gives its path.
+/// Makes the report in the folder unless it exists, and returns its path.
 std::string reportOf100MB(const std::string& folder);
 
 /// Reading a camera report of 100 MB, in this process. The file is made in `folder`.

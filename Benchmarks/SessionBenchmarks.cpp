@@ -34,7 +34,7 @@ SyncGroupList twiceMatched() {
     return SyncGroupList(std::move(groups));
 }
 
-/// A session that is open and on the disk.
+/// An open session that is on the disk.
 class OpenSession {
   public:
     explicit OpenSession(const std::string& folder) {
@@ -75,7 +75,7 @@ class OpenSession {
     std::size_t at_ = 0;
 };
 
-/// What the interface thread does of a save; the rest happens while it goes on.
+/// The interface thread's part of a save; the rest runs later.
 void saveAfterOneChange(benchmark::State& state, const std::string& folder) {
     OpenSession session(folder);
     for ([[maybe_unused]] auto _ : state) {
@@ -111,7 +111,7 @@ void openSession(benchmark::State& state, const std::string& folder) {
     for ([[maybe_unused]] auto _ : state) session.finish(session.manager->load(id, session.controller));
 }
 
-/// What any reader must do at least: read the file and find out that it is JSON.
+/// The least that any reader must do: read the file and check that it is JSON.
 void parseSession(benchmark::State& state, const std::string& folder) {
     const OpenSession session(folder);
     const std::string path = SessionStore(folder).groupsPath(session.id());
@@ -120,7 +120,7 @@ void parseSession(benchmark::State& state, const std::string& folder) {
         benchmark::DoNotOptimize(parser.parse(platform::files::readText(path)));
 }
 
-/// The whole answer of `serve` to a question for its state, up to the pipe.
+/// The whole answer of `serve` to a request for its state, up to the pipe.
 void serveState(benchmark::State& state, const std::string& folder) {
     OpenSession session(folder);
     commands::CommandContext context;
@@ -155,7 +155,7 @@ void registerSessionBenchmarks(const std::string& folder) {
 
 void printSessionRows(const Medians& results) {
     const auto ms = [&](const char* name) { return results.milliseconds.at(name); };
-    constexpr double mostToSave = 100, mostToOpen = 500; // to tell the state, too
+    constexpr double mostToSave = 100, mostToOpen = 500; // for returning the state, too
     const double save = ms("saveAfterOneChange");
     printRow("save 10,000 clips after a change, UI thread", text("%.3f ms", save),
              text("%.1f ms all encoded", ms("encodeAll")), text("%.0f x", ms("encodeAll") / save),

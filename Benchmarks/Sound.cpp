@@ -14,11 +14,11 @@ namespace {
 
 constexpr int secondsATurn = 3;
 constexpr float spokenLevel = 0.8F;
-constexpr float bleed = 0.2F; ///< of what the neighbour hears
+constexpr float bleed = 0.2F; ///< the share of the neighbour's sound
 constexpr float roomLevel = 0.005F;
-constexpr float colour = 0.9F; ///< of the last sample in the next
+constexpr float colour = 0.9F; ///< the share of the previous sample in the next one
 
-/// What of a turn a microphone hears; the ninth and tenth turns are pauses.
+/// The level of a turn at a microphone; the ninth and tenth turns are pauses.
 float levelOf(int channel, int turn) {
     const int speaker = turn % (recordedChannels + 2);
     if (speaker >= recordedChannels) return roomLevel;
@@ -67,7 +67,7 @@ void makeRecording(const std::string& path, int minutes, std::uint32_t sampleRat
         .silence(static_cast<std::uint64_t>(seconds) * sampleRate)
         .writeTo(unfinished);
     std::fstream file(unfinished, std::ios::in | std::ios::out | std::ios::binary);
-    // The data chunk is the last: the sound takes the place of its silence.
+    // The data chunk is the last one: the sound replaces its silence.
     const auto soundBytes =
         static_cast<std::streamoff>(asBytes(SpokenSound(sampleRate).nextSecond()).size()) * seconds;
     file.seekp(-soundBytes, std::ios::end);

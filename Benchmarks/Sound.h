@@ -9,8 +9,8 @@ namespace orvane::bench {
 
 inline constexpr int recordedChannels = 8;
 
-/// What eight microphones hear of people who speak in turns: coloured noise that is loud for a few seconds on
-/// one of them, fainter on its neighbours, and never quite gone. The same every time.
+/// The sound of people who speak in turns, on eight microphones: coloured noise that is loud for a few
+/// seconds on one of them, quieter on its neighbours, and never silent. The same in every run.
 class SpokenSound {
   public:
     explicit SpokenSound(std::uint32_t sampleRate) : secondFrames_(sampleRate) {}

@@ -23,7 +23,7 @@ namespace {
 constexpr std::uint32_t sampleRate = 48000;
 constexpr int secondsInMemory = 60;
 
-/// The same sound as each of the two takes it: channel by channel, and channels side by side.
+/// The same sound in the two forms of the two readers: channel by channel, and interleaved.
 struct SoundInMemory {
     std::vector<std::vector<float>> channels = std::vector<std::vector<float>>(recordedChannels);
     std::vector<float> interleaved;
@@ -54,7 +54,7 @@ double ourLoudness() {
 double libraryLoudness(const std::vector<float>& interleaved, unsigned int channels, unsigned long rate) {
     if (channels == 0) return NAN;
     ebur128_state* state = ebur128_init(channels, rate, EBUR128_MODE_I);
-    // By itself it would leave out what is beyond a surround's six channels.
+    // By itself it would leave out channels beyond the six of a surround format.
     for (unsigned int channel = 0; channel < channels; ++channel)
         ebur128_set_channel(state, channel, EBUR128_LEFT);
     ebur128_add_frames_float(state, interleaved.data(), interleaved.size() / channels);
@@ -68,8 +68,8 @@ double libraryLoudness() {
     return libraryLoudness(SoundInMemory::shared().interleaved, recordedChannels, sampleRate);
 }
 
-/// The largest difference from the library at any usual rate, LU: voices, and rumble that the filters all but
-/// take away.
+/// The largest difference from the library at any usual rate, LU: for voices, and for rumble that the filters
+/// remove almost completely.
 double largestDifferenceAtAnyRate() {
     double largest = 0;
     for (const std::uint32_t rate : {22050U, 32000U, 44100U, 48000U, 88200U, 96000U, 192000U}) {
@@ -102,8 +102,8 @@ using SmartAudioBlockRouter::PerWindowFrame;
 
 enum class Route { byDefault, byWindow, bySpeaker };
 
-/// A take in which each lav speaks in its turn, with pauses. If the first track hears them all, fainter, it
-/// is what plays by default.
+/// A take in which each lav speaks in turn, with pauses. With `firstHearsAll` the first track has all of
+/// them, quieter, and is the default track.
 std::vector<PerWindowFrame> routedTake(bool firstHearsAll) {
     constexpr float loud = 0.1F, faint = 0.01F, room = 0.0005F;
     std::vector<PerWindowFrame> frames;
@@ -172,8 +172,8 @@ void printLoudness(const Medians& results) {
 void printAnalysis(const std::string& program, const std::string& recording) {
     const std::string work = "analyze 30 minutes of 8 channels";
     const std::vector<std::string> reading{"cat", recording};
-    runProcess(reading); // so that nobody waits for the disk
-    // In turns, as the machine may be busier at one time than at another.
+    runProcess(reading); // so that no run waits for the disk
+    // In turns, as the machine's load may change.
     std::vector<ProcessCost> ours, floor;
     for (int run = 0; run < 5; ++run) {
         ours.push_back(runProcess({program, "analyze", recording}));
@@ -221,7 +221,7 @@ void printSoundRows(const Medians& results, const std::string& self, const std::
                     const std::string& folder) {
     const std::string halfHour = folder + "/30-minutes.wav", longer = folder + "/90-minutes.wav";
     makeRecording(halfHour, 30, sampleRate);
-    // A low rate, as memory goes by the length and not by the bytes.
+    // A low rate, as memory depends on the length and not on the bytes.
     makeRecording(longer, 90, 8000);
     printAnalysis(program, halfHour);
     printOnsetRow(results);

@@ -40,8 +40,8 @@ struct Round {
 
 using Begin = std::function<platform::Task(ImportController&)>;
 
-/// Destroys the controller at ten moments of the operation, one a round, and waits until no thread works for
-/// it any more.
+/// Destroys the controller at ten times within the operation, one in each round, and waits until no thread
+/// works for it.
 void stop(benchmark::State& state, const Begin& begin) {
     const auto start = Clock::now();
     {

@@ -7,7 +7,7 @@
 
 namespace orvane::bench {
 
-/// How long it takes from the request to stop until nothing of the work runs, in this process.
+/// The time from the request to stop until no work runs, in this process.
 void registerStopBenchmarks(const MediaCorpus& corpus, const std::string& folder);
 void printStopRows(const Medians& results);
 

@@ -14,22 +14,22 @@ class Medians final : public benchmark::ConsoleReporter {
     void ReportRuns(const std::vector<Run>& runs) override;
 
     std::map<std::string, double> milliseconds;     ///< by name and argument: "match/1000"
-    std::map<std::string, double> coreMilliseconds; ///< of a core's time, for what must take an absolute time
+    std::map<std::string, double> coreMilliseconds; ///< of processor time, for limits in absolute time
     std::map<std::string, double> bytesPerSecond;
 };
 
-/// Numbers as `printf` writes them.
+/// Formats numbers as `printf` does.
 std::string text(const char* format, double a, double b = 0);
 
 void printHeading();
 void printRow(const std::string& work, const std::string& ours, const std::string& other,
               const std::string& result, const std::string& reach, bool reached);
-/// Ours may take at most so many times what the other takes.
+/// Our time may be at most so many times the other's.
 void printRatio(const std::string& work, double ours, double other, const char* otherName, double most);
-/// The other takes at least so many times what ours takes.
+/// The other's time is at least so many times ours.
 void printGain(const std::string& work, double ours, double other, const std::string& otherName,
                double least);
-/// Instead of a row whose measurement failed.
+/// Printed instead of a row whose measurement failed.
 void printFailure(const std::string& work, const std::string& otherName);
 
 } // namespace orvane::bench

@@ -31,7 +31,7 @@ double processorSeconds() {
     return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * nano;
 }
 
-/// Loud and quiet, another course for each channel.
+/// Loud and quiet, in a different order for each channel.
 std::vector<float> course(int channel, float loudest) {
     std::vector<float> levels(WaveformReduction::reviewBins);
     for (std::size_t i = 0; i < levels.size(); ++i)
@@ -86,8 +86,8 @@ class Timeline {
         pictures.setVideo(video, pictureHeight);
     }
 
-    /// The median of several paints, in milliseconds of processor time, with that of the threads by which Qt
-    /// fills.
+    /// The median of several paints, in milliseconds of processor time, including the threads that Qt fills
+    /// areas with.
     double paint(const TimelineLayout& layout, bool isReady) {
         QImage image(width, static_cast<int>(layout.height()), QImage::Format_RGB32);
         const double seconds = layout.zoom().contentSeconds();

@@ -58,7 +58,7 @@ double median(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
-/// Bytes that the heap of this process has given out, of all threads.
+/// Bytes that the heap of this process has allocated, for all threads.
 double bytesInUse() {
     char* report = nullptr;
     std::size_t length = 0;
@@ -67,7 +67,7 @@ double bytesInUse() {
     std::fclose(out);
     const std::string all(report, length);
     std::free(report);
-    // The sums of all areas stand behind these.
+    // These values are followed by the sums of all areas.
     const auto sum = [&](const char* what) {
         const std::size_t at = all.find("size=\"", all.rfind(what));
         return at == std::string::npos ? 0 : std::strtod(all.c_str() + at + std::strlen("size=\""), nullptr);
@@ -84,7 +84,7 @@ std::string classOf(const QObject& object) {
     return result.substr(result.rfind(':') + 1);
 }
 
-/// Measures each event of the loop but those that paint.
+/// Measures each event of the loop except paint events.
 class WatchedApplication : public QApplication {
   public:
     using QApplication::QApplication;
@@ -116,7 +116,7 @@ class WatchedApplication : public QApplication {
         pieces_.push_back({took, std::move(name)});
         return isUsed;
     }
-    /// What was posted to the interface thread and has run last.
+    /// The name of the posted work that ran last on the interface thread.
     static std::string& workOfPiece() {
         static std::string work;
         return work;
@@ -127,7 +127,7 @@ class WatchedApplication : public QApplication {
     std::vector<Piece> pieces_;
 };
 
-/// Serves the loop until it holds, without a pause in between. False after a minute.
+/// Runs the loop, without a pause, until the condition holds. False after a minute.
 bool waitFor(const std::function<bool()>& holds) {
     QTimer limit;
     limit.setSingleShot(true);
@@ -139,7 +139,7 @@ bool waitFor(const std::function<bool()>& holds) {
     return true;
 }
 
-/// Tells when the picture of the clip is on the screen.
+/// Detects when the picture of the clip is on the screen.
 class PaintWatch : public QObject {
   public:
     explicit PaintWatch(views::PictureCanvas& canvas) : canvas_(canvas) { canvas.installEventFilter(this); }
@@ -155,7 +155,7 @@ class PaintWatch : public QObject {
     views::PictureCanvas& canvas_;
 };
 
-/// A window over many clips, all of the same few seconds under other names.
+/// A window with many clips; all show the same few seconds under different names.
 class Evening {
   public:
     explicit Evening(const std::string& folder) : folder_(folder + "/evening") {
@@ -212,7 +212,7 @@ class Evening {
         QCoreApplication::processEvents();
     }
 
-    /// Seconds from the key press until the clip's picture is painted; absent where it does not come.
+    /// Seconds from the key press until the clip's picture is painted; absent if it is not.
     std::optional<double> goOn(Qt::Key key) {
         PaintWatch watch(canvas());
         const double begin = secondsNow();
@@ -221,7 +221,7 @@ class Evening {
         return secondsNow() - begin;
     }
 
-    /// Seconds that the player alone needs for another of the clips.
+    /// Seconds that the player alone needs for another clip.
     double loadAlone(std::size_t number) {
         if (!engine_)
             engine_ = VideoEngine::create(
@@ -238,12 +238,12 @@ class Evening {
 
     void run(std::string_view command) { desktop_->run(command); }
 
-    /// Closes the clip, measures when all that was under way for it has ended, and opens it again.
+    /// Closes the clip, measures when all its operations have ended, and opens it again.
     void atRest(const std::function<void()>& measure) {
         const auto clip = window_->review().clip();
         window_->review().leave();
         constexpr int pause = 100, enough = 5, most = 60; // a pause in milliseconds
-        constexpr double little = 8192;                   // bytes of timers and the like
+        constexpr double little = 8192;                   // bytes of timers and other small objects
         double last = 0;
         for (int i = 0, same = 0; i < most && same < enough; ++i) {
             QTest::qWait(pause);
@@ -301,7 +301,7 @@ void printNextClip(Evening& evening) {
         const auto took = evening.goOn(Qt::Key_BracketRight);
         if (!took) return printFailure("next clip, key press to picture", "no picture");
         own.push_back(*took * ms);
-        QTest::qWait(200); // as somebody who looks at it: thumbnails and waveform come
+        QTest::qWait(200); // like a person who looks at it: thumbnails and waveform are made
     }
     const double more = median(own) - median(alone);
     printRow("next clip, key press to picture", text("%.1f ms", median(own)),
@@ -331,7 +331,7 @@ void printPieces(WatchedApplication& application, Evening& evening) {
                  pieces[i].milliseconds < most);
 }
 
-/// How values grow from one to the next, and how sure that is.
+/// The average change from one value to the next, and its error.
 struct Slope {
     double perStep = 0;
     double error = 0; ///< standard error
@@ -355,8 +355,8 @@ Slope slopeOf(const std::vector<double>& values) {
     return slope;
 }
 
-/// How memory goes on over clip changes once the caches are full. It is read while no clip is open: how many
-/// decoded pictures a player holds differs by more from moment to moment than a leak makes in an evening.
+/// How memory changes over clip changes once the caches are full. It is read while no clip is open: the
+/// number of decoded pictures in a player varies by more than a leak adds in hours.
 void printMemory(Evening& evening) {
     constexpr double mega = 1e6, mostInUse = 1, most = 5;
     constexpr int there = 200, filling = 2 * there, step = 50;
@@ -395,7 +395,7 @@ void printViewRows(const std::string& folder) {
     platform::watchInterfaceWork({.hasRun = [](const char* work, std::chrono::nanoseconds) {
         WatchedApplication::workOfPiece() = work;
     }});
-    // Other rows use it after these.
+    // Not destroyed, because other rows use it after these.
     auto& application = *new WatchedApplication(count, arguments.data());
     QCoreApplication::setOrganizationName(QStringLiteral("OrvaneSyncBench"));
     design::applyTheme(application);

@@ -4,8 +4,8 @@
 
 namespace orvane::bench {
 
-/// Measures the window without a screen: painting, the next clip, the pieces of work of an evening, and what
-/// a thousand clips leave in memory. `folder`: for the media.
+/// Measures the window without a screen: painting, the next clip, the pieces of work of a long session, and
+/// the memory that a thousand clips leave. `folder`: for the media.
 void printViewRows(const std::string& folder);
 
 } // namespace orvane::bench

@@ -41,7 +41,7 @@ double seconds(clockid_t clock) {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-/// Of one run, in seconds; `core` is that of all threads.
+/// The cost of one run, in seconds; `core` is that of all threads.
 struct Cost {
     double wall = 0, core = 0;
 };
@@ -60,7 +60,7 @@ Cost median(std::vector<Cost> costs) {
     return {middle(&Cost::wall), middle(&Cost::core)};
 }
 
-/// Of several in turns, as the machine may be busier at one time than at another.
+/// The medians of several runs in turns, as the machine's load may change.
 std::vector<Cost> medians(const std::vector<std::function<void()>>& works, int runs) {
     std::vector<std::vector<Cost>> costs(works.size());
     for (int run = 0; run < runs; ++run)
@@ -105,7 +105,7 @@ void printWaveformRows(const std::string& halfHour, const std::string& folder) {
     constexpr double ms = 1000;
     constexpr int runs = 5;
     const std::vector<std::string> reading{"cat", halfHour};
-    runProcess(reading); // so that nobody waits for the disk
+    runProcess(reading); // so that no run waits for the disk
     const TakeSound sound = FileURL{halfHour};
     const auto measured =
         medians({[&] { analyse(halfHour, false); }, [&] { analyse(halfHour, true); },

@@ -7,7 +7,7 @@
 namespace orvane::bench {
 
 void registerWaveformBenchmarks();
-/// `halfHour`: a recording of eight channels. `folder`: for what is made meanwhile.
+/// `halfHour`: a recording of eight channels. `folder`: for files made meanwhile.
 void printWaveformRows(const std::string& halfHour, const std::string& folder);
 void printOnsetRow(const Medians& results);
 

@@ -26,7 +26,7 @@ constexpr int clips = 10000;
 constexpr int channels = 8;
 constexpr int frames = 200;
 
-/// Of a clock of the system, in milliseconds.
+/// The time of a clock of the system, in milliseconds.
 double milliseconds(clockid_t clock) {
     timespec now{};
     ::clock_gettime(clock, &now);
@@ -60,7 +60,7 @@ class List {
         return ofProcess() - begin;
     }
 
-    /// Of so many points down a frame: the time that nineteen of twenty frames stay below.
+    /// Scrolls down so many points in each frame: the time that nineteen of twenty frames do not exceed.
     double scroll(int points) {
         QScrollBar& bar = *view_->table()->verticalScrollBar();
         bar.setValue(0);
@@ -82,7 +82,7 @@ class List {
         int rows = 0; ///< that were painted at least in part
         double milliseconds = 0;
     };
-    /// After a decision about one clip in view.
+    /// The repaint after a decision about one visible clip.
     Repaint changeOne() {
         class Watch : public QObject {
           public:
@@ -115,7 +115,7 @@ class List {
     std::unique_ptr<views::ResultsView> view_;
 };
 
-/// Whole processes without a screen, each with settings of its own, until the window takes keys.
+/// Measures whole processes without a screen, each with settings of its own, until the window accepts keys.
 void printStartRow(const std::string& programs, const std::string& folder) {
     const auto started = [&](const std::vector<std::string>& program) {
         std::vector<std::string> words{"env", "QT_QPA_PLATFORM=offscreen"};

@@ -8,7 +8,7 @@
 
 namespace orvane::bench {
 
-/// The one application of all rows of the windows, without a screen: that which is there, or a plain one.
+/// The one application of all rows of the windows, without a screen: the existing one, or a plain one.
 inline QApplication& windowSystem() {
     if (qApp != nullptr) return *qApp;
     static int count = 1;

@@ -31,8 +31,8 @@
 #include <utility>
 #include <vector>
 
-// Runs everything and prints one table: what was measured, against what, and how far it may be off. Ratios
-// are from the same run on the same machine; times alone say little on a shared one.
+// Runs all benchmarks and prints one table: what was measured, compared with what, and the allowed limit.
+// Ratios are from the same run on the same machine; times alone say little on a shared one.
 namespace {
 
 using namespace orvane::bench;
@@ -47,7 +47,7 @@ std::vector<std::string> withFiles(std::vector<std::string> words, const MediaCo
     return words;
 }
 
-/// One process a file, as it takes one.
+/// One process for each file, as it accepts only one.
 ProcessCost ffprobeAll(const MediaCorpus& corpus) {
     ProcessCost sum{true, 0};
     for (const auto* urls : {&corpus.videos, &corpus.audios})
@@ -74,7 +74,7 @@ void printPeers(const std::string& program, const MediaCorpus& corpus) {
     if (hasProgram("ffprobe")) printPeer("ffprobe", ours, ffprobeAll(corpus), wanted);
 }
 
-/// The size of the document and the peak of a process that does nothing else, as it prints them.
+/// The size of the document and the peak memory of a process that only exports, as it prints them.
 std::pair<double, double> exportInAProcessOfItsOwn(const std::string& self, const char* option) {
     std::string output;
     double documentBytes = 0, peakBytes = 0;
@@ -83,7 +83,7 @@ std::pair<double, double> exportInAProcessOfItsOwn(const std::string& self, cons
     return succeeded && read == 2 ? std::pair{documentBytes, peakBytes} : std::pair{0.0, 0.0};
 }
 
-/// `name` is the benchmark's, `option` makes this program export the same once.
+/// `name` is the benchmark's; `option` makes this program export the same once.
 void printExportRows(const Medians& results, const std::string& self, const std::string& what,
                      const std::string& name, const char* option) {
     constexpr double million = 1e6, wantedRate = 100;
@@ -98,8 +98,8 @@ void printExportRows(const Medians& results, const std::string& self, const std:
              ratio > 0 && ratio <= most);
 }
 
-/// One thread's work, so in time of a core. Of ten times the files little lies in the processor's caches:
-/// what that costs shows by a bare copy of them.
+/// The work of one thread, so in processor time. With ten times the files less of the data is in the
+/// processor's caches: a bare copy of the files shows the cost of that.
 void printMatchingRow(const Medians& results, const std::string& work, const std::string& name) {
     const auto growth = [&](const std::string& which) {
         return results.coreMilliseconds.at(which + "/10000") / results.coreMilliseconds.at(which + "/1000");
@@ -109,7 +109,7 @@ void printMatchingRow(const Medians& results, const std::string& work, const std
                results.coreMilliseconds.at(name + "/1000"), other.c_str(), 12);
 }
 
-/// Behind those of the player, whose videos they show. The built programs lie beside this one.
+/// Runs after the rows of the player, whose videos they show. The built programs are beside this one.
 void printRowsOfWindows([[maybe_unused]] const std::string& self,
                         [[maybe_unused]] const std::string& folder) {
 #ifdef ORVANE_APP
@@ -170,10 +170,10 @@ void printRenderedRows(const std::string& self, const Words& words) {
     printRenderedAudioRows(self, words[0], halfHour, folder);
 }
 
-/// What can be run by itself.
+/// A part that can be run alone.
 struct Part {
     std::string_view option;
-    std::string_view takes; ///< for people; without it the program itself is the caller
+    std::string_view takes; ///< for people; empty: only the program itself calls it
     std::size_t fewest, most;
     void (*print)(const std::string& self, const Words& words);
 };
@@ -245,7 +245,7 @@ int main(int argc, char** argv) {
     Medians results;
     benchmark::RunSpecifiedBenchmarks(&results);
 
-    if (argc > 3) return 0; // somebody looks at one benchmark
+    if (argc > 3) return 0; // only one benchmark is examined
     printTable(results, self, program, corpus, folder);
     return 0;
 }

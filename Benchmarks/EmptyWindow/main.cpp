@@ -2,8 +2,7 @@
 
 #include <QApplication>
 
-// What the start of the window is compared with: an empty window of the same size, which ends when it is
-// painted.
+// The reference for the start of the window: an empty window of the same size, which ends when it is painted.
 int main(int argc, char** argv) {
     QApplication application(argc, argv);
     QWidget window;

@@ -8,7 +8,7 @@
 
 namespace orvane::fuzz {
 
-/// The bytes as a file that has a path, for readers that open files themselves.
+/// The bytes as a file with a path, for readers that open files themselves.
 class MemoryFile {
   public:
     MemoryFile(const std::uint8_t* data, std::size_t size) : file_(::memfd_create("fuzz", MFD_CLOEXEC)) {
@@ -29,12 +29,12 @@ class MemoryFile {
 };
 
 /// Opens the sound with `open` and reads it: at most as many frames as a block has, from the places that a
-/// player and an analysis would ask for. Every call ends, and none gives more than it was asked for.
+/// player and an analysis request. Every call ends, and none returns more than was requested.
 template <class File>
 bool readsWithinBounds(File& file) {
     constexpr std::size_t frames = 512;
     const auto channels = static_cast<std::size_t>(file.channelCount());
-    if (channels == 0 || channels > 4096) return channels != 0; // too many to have a block for each here
+    if (channels == 0 || channels > 4096) return channels != 0; // too many for a block of each here
     std::string samples(channels * frames * sizeof(float), '\0');
     auto* first = reinterpret_cast<float*>(samples.data());
     std::string pointers(channels * sizeof(float*), '\0');

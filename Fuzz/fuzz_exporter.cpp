@@ -17,8 +17,8 @@ class Nothing : public orvane::platform::XMLStreamHandler {
 
 } // namespace
 
-// Clips of any contents, as a session may hold them: the document is well-formed whatever they say, or there
-// is none.
+// Clips of any contents, as in a session file: the document is well-formed whatever they contain, or there is
+// none.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace orvane;
     try {
@@ -27,9 +27,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Nothing nothing;
         if (!platform::parseXMLStream(result.fcpxmlString, nothing)) std::abort();
     } catch (const platform::JSONError&) {
-        // No session.
+        // Not a session.
     } catch (const DecodingError&) {
-        // The same.
+        // No clip of it can be exported.
     } catch (const ExportError&) {
         // No clip of it can be exported.
     }

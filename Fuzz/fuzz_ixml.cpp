@@ -7,8 +7,8 @@
 #include <span>
 #include <string_view>
 
-// The bytes as a recording, and as the document alone. A document that is read has named tracks only, and
-// reads the same when what lies behind a NUL is cut off.
+// The bytes as a recording, and as the document alone. A document that was read has named tracks only, and
+// reads the same if everything after a NUL is removed.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace orvane;
     auto file = platform::RandomAccessFile::overBytes(std::as_bytes(std::span(data, size)));

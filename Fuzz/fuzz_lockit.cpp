@@ -17,13 +17,13 @@ void demand(bool holds) {
     if (!holds) std::abort();
 }
 
-/// Only the described errors.
+/// Throws only the documented errors.
 template <class Decode>
 void decode(const Decode& decode) {
     try {
         decode();
-    } catch (const DecodingError&) {       // is refused
-    } catch (const platform::JSONError&) { // is refused
+    } catch (const DecodingError&) {       // refused
+    } catch (const platform::JSONError&) { // refused
     }
 }
 
@@ -50,7 +50,7 @@ void checkMatches(std::string_view body) {
 void checkCallback(std::string_view url) {
     const auto state = oauth::queryItem(url, "state");
     demand(!state || url.find('?') != std::string_view::npos);
-    // What is put into a form comes out of it.
+    // A form returns the values that were put into it.
     const std::string form = "?" + oauth::form({{"first", "x"}, {"value", std::string(url)}, {"last", "y"}});
     demand(oauth::queryItem(form, "value") == std::string(url) && oauth::queryItem(form, "last") == "y");
 }
@@ -68,7 +68,7 @@ void checkMessage(std::string_view body) {
 
 } // namespace
 
-// Whatever a server answers, a page calls back with, or a service file says. The first byte chooses which.
+// Any answer of a server, address of a callback, or service file. The first byte chooses which.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) return 0;
     const std::string_view body(reinterpret_cast<const char*>(data) + 1, size - 1);

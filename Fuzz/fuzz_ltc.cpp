@@ -6,13 +6,13 @@
 #include <cstring>
 #include <vector>
 
-// The bytes as samples (floats of any kind), as a signal that changes its level after so many samples as a
-// byte says, and as the bits of timecode that is well formed but for what they say: words of eight bytes,
-// each with its sync word. What is read is a time of day, in the order of the samples.
+// The bytes as samples (floats of any kind), as a signal that changes its level after the number of samples
+// that each byte states, and as the bits of timecode of valid form and any values: words of eight bytes, each
+// with its sync word. The result is times of day, in the order of the samples.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace orvane;
     constexpr std::size_t halfBit = 3, wordBytes = 8;
-    constexpr double sampleRate = 14400; // of half bits of that many samples at 30 frames a second
+    constexpr double sampleRate = 14400; // half bits of that many samples at 30 frames a second
     std::vector<float> anything(size / sizeof(float));
     if (!anything.empty()) std::memcpy(anything.data(), data, anything.size() * sizeof(float));
 

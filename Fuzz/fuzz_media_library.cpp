@@ -6,12 +6,12 @@
 #include <cstdlib>
 #include <vector>
 
-// Faults of the libraries themselves that stay within the helper's memory: libvorbis leaves one block behind
-// for each damaged stream of libsndfile's.
+// Errors of the libraries themselves that only use the helper's memory: libvorbis leaks one block for each
+// damaged stream that libsndfile opens.
 // NOLINTNEXTLINE(bugprone-reserved-identifier): the sanitizer calls it by this name
 extern "C" const char* __lsan_default_suppressions() { return "leak:libvorbis.so\n"; }
 
-// A file of any bytes through the media libraries, as their helper process reads it.
+// A file of any bytes, read by the media libraries as in their helper process.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace orvane;
     platform::silenceLibav();
@@ -25,7 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (const auto pictures = platform::LibavPictures::open(file.path())) {
         using Outcome = platform::LibavPictures::Outcome;
         int packets = 0;
-        const auto isStopped = [&] { return ++packets > 200; }; // in time for the next input
+        const auto isStopped = [&] { return ++packets > 200; }; // ends in time for the next input
         Outcome outcome = pictures->find({1, 2}, {}, isStopped);
         for (int i = 0; i < 3 && outcome == Outcome::picture; ++i) {
             const auto shown = pictures->sizeWithin({64, 64});

@@ -13,7 +13,7 @@ bool isNumber(const std::optional<double>& value, double least) {
 
 } // namespace
 
-// A movie of any bytes: it is read or it is not, and every number that comes out of it is one.
+// A movie of any bytes: it is read or refused, and every number of the result is finite.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace orvane::platform;
     auto file = RandomAccessFile::overBytes(std::as_bytes(std::span(data, size)));

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-// An MXF of any bytes: what it says can be true.
+// An MXF of any bytes: the values read are possible.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace orvane::platform;
     auto file = RandomAccessFile::overBytes(std::as_bytes(std::span(data, size)));

@@ -17,7 +17,7 @@ void demand(bool holds) {
     if (!holds) std::abort();
 }
 
-/// What can be decoded comes back the same from its own bytes.
+/// A record that can be decoded is the same when it is encoded and decoded again.
 void checkRecord(const ProbeRecord& record) {
     demand(ProbeRecord::fromBytes(record.bytes()).has_value());
     const auto asset = decodedAsset(record);
@@ -31,7 +31,7 @@ void checkRecord(const ProbeRecord& record) {
 
 } // namespace
 
-// A cache file of any bytes; and the same bytes as a record and as an asset, which no checksum keeps out.
+// A cache file of any bytes; and the same bytes as a record and as an asset, which bypasses the checksum.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string bytes(reinterpret_cast<const char*>(data), size);
     if (const auto file = ProbeCacheFile::fromBytes(bytes)) {

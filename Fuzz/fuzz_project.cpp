@@ -20,7 +20,7 @@ std::optional<OrvaneSyncProject> opened(std::string_view text) {
     try {
         return ProjectService::decoded(text);
     } catch (const ProjectError&) {
-        return std::nullopt; // it is refused
+        return std::nullopt; // refused
     }
 }
 
@@ -37,7 +37,7 @@ SyncGroupList scanned(const OrvaneSyncProject& project) {
 
 } // namespace
 
-// A project file of any bytes: it is refused, or the editor's decisions in it survive being laid over clips,
+// A project file of any bytes: it is refused, or its decisions are the same after they were applied to clips,
 // saved and opened again.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto project = opened({reinterpret_cast<const char*>(data), size});

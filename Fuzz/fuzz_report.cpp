@@ -28,7 +28,7 @@ std::optional<ALEFile> parsed(const std::string& text) {
     }
 }
 
-/// No cell holds what separates cells, both ways to a cell agree, and a map has no column of its own.
+/// No cell contains a separator of cells, both ways to a cell agree, and a map has no column of its own.
 void checkRow(const ALEFile& report, const ALEClip& clip, std::string_view separators) {
     const auto fields = clip.fields();
     std::size_t found = 0;
@@ -64,8 +64,8 @@ void checkMerge(const ALEFile& report, const std::string& text) {
 
 } // namespace
 
-// A file of any bytes is a report or one of the two errors. The first byte is the file's too: marks of
-// encodings stand there.
+// A file of any bytes is a report or gives one of the two errors. The first byte is also passed on: byte
+// order marks begin there.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::string text;
     try {
@@ -78,8 +78,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const bool isALE = ALEParser::looksLikeALE(text);
     const auto report = parsed(text);
 
-    // How lines end makes no difference.
-    if (text.size() > ReportRecords::mostCellBytes / 2) return 0; // where it may end a cell
+    // The form of line ends makes no difference.
+    if (text.size() > ReportRecords::mostCellBytes / 2) return 0; // near the limit that cuts a cell
     std::string otherEnds;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const bool isPair = text.compare(i, 2, "\r\n") == 0;
@@ -91,7 +91,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!report) return 0;
     demand(report->clipCount() == again->clipCount() && report->openQuotes() == again->openQuotes());
     demand(isALE ? !report->columns().empty() : report->columns().size() >= 2);
-    constexpr std::size_t fewCells = 1U << 16U; // the check is quadratic, the parser is not
+    constexpr std::size_t fewCells = 1U << 16U; // the check is quadratic, unlike the parser
     if (report->columns().size() * report->clipCount() > fewCells) return 0;
     for (std::size_t row = 0; row < report->clipCount(); ++row) {
         demand(report->clip(row).fields() == again->clip(row).fields());

@@ -26,9 +26,9 @@ void demand(bool holds) {
     if (!holds) std::abort();
 }
 
-/// Everything that calls may leave behind. `TMPDIR` in memory makes the runs fast.
+/// The folder of all files that calls may leave. With `TMPDIR` in memory the runs are fast.
 const std::filesystem::path& folder() {
-    static const auto& path = *new std::filesystem::path([] { // for the removal after the end
+    static const auto& path = *new std::filesystem::path([] { // removed after the end
         const auto made = std::filesystem::temp_directory_path() / ("fuzz_rpc." + std::to_string(::getpid()));
         std::filesystem::create_directories(made);
         for (const char* home : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"})
@@ -53,8 +53,8 @@ MediaAsset asset(AssetKind kind, const std::string& name, char digit) {
     return made;
 }
 
-/// One clip with two recordings and one without; what they have to do with bears identifiers that end in 1
-/// to 9, as the seeds name them.
+/// One clip with two recordings and one without; all have identifiers that end in 1 to 9, which the seeds
+/// use.
 SyncGroupList clips() {
     SyncGroup first(asset(AssetKind::video, "A.mov", '3'),
                     {AudioMatch(asset(AssetKind::audio, "T1.wav", '4'), 0, 60),
@@ -69,7 +69,7 @@ SyncGroupList clips() {
     return {first, second};
 }
 
-/// No call reaches a file that it names; its arguments are looked at all the same.
+/// No call opens a file that it names; its arguments are checked nevertheless.
 std::vector<commands::Command> commandTable() {
     std::vector<commands::Command> table = commands::allCommands();
     for (commands::Command& command : table)
@@ -81,7 +81,7 @@ std::vector<commands::Command> commandTable() {
     return table;
 }
 
-/// `orvanesync serve` on the two clips, one message after the other.
+/// `orvanesync serve` with the two clips, one message after another.
 class Served {
   public:
     Served() {
@@ -109,7 +109,7 @@ class Served {
         }
     }
 
-    /// What is open has been saved, as it is.
+    /// The open work has been saved, unchanged.
     void end() {
         context_.sessions->flush().whenDone([this](const std::exception_ptr&) { loop_->quit(); });
         loop_->run();
@@ -137,7 +137,7 @@ class Served {
         demand(error == nullptr || (error->find("code")->integer() && error->find("message")->string()));
     }
 
-    /// A blank line, or notifications alone.
+    /// True for a blank line, or notifications alone.
     static bool mayBeSilent(const std::string& line) {
         if (line.find_first_not_of(" \t\r") == std::string::npos) return true;
         const auto isNotification = [](const JSON& message) {
@@ -158,8 +158,8 @@ class Served {
 
 } // namespace
 
-// Lines of any bytes on the program's JSON-RPC face: each request is answered once, one that fails changes no
-// clip, and what is open in the end is what was saved.
+// Lines of any bytes as JSON-RPC messages: each request is answered once, one that fails changes no clip, and
+// the work that is open at the end equals the saved one.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     folder();
     {

@@ -22,7 +22,7 @@ void checkGroups(const std::string& text) {
             if (toJSON(fromJSON<SyncGroup>((*tree.elements())[i])).dump() != toJSON(groups[i]).dump())
                 std::abort();
     } catch (const platform::JSONError&) {
-        // A session without clips, whose file is kept.
+        // A session without clips; its file is kept.
     } catch (const DecodingError&) {
         // The same.
     }
@@ -40,8 +40,8 @@ void checkRecord(const JSON& json) {
 
 } // namespace
 
-// The files of a session of any bytes: they are refused, or what was understood survives
-// being written.
+// The files of a session of any bytes: they are refused, or the values read are the same after they were
+// written and read again.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);
     checkGroups(text);
@@ -51,7 +51,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         checkRecord<SessionFolders>(json);
         checkRecord<FolderInfo>(json);
     } catch (const platform::JSONError&) {
-        // No JSON.
+        // Not JSON.
     }
     return 0;
 }

@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <string_view>
 
-// A settings file of any bytes: it is understood or it has a problem, and what was understood survives being
-// written.
+// A settings file of any bytes: it is read or has a problem, and the values read are the same after they were
+// written and read again.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace orvane::platform;
     const std::string_view contents(reinterpret_cast<const char*>(data), size);

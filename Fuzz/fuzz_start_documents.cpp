@@ -11,7 +11,7 @@
 
 namespace {
 
-/// A start is a label that its rate can show.
+/// A start is a label that exists at its rate.
 void check(const std::optional<orvane::StartTimecode>& start) {
     if (!start) return;
     const auto rate = start->rate.value_or(orvane::TimecodeFrameRate::fps60);

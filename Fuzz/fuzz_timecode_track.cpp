@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <span>
 
-// A movie of any bytes has a start or none; a start has a text, and a rate within bounds or none.
+// A movie of any bytes has a start or none; a start has a text, and either no rate or one within limits.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace orvane;
     auto file = platform::RandomAccessFile::overBytes(std::as_bytes(std::span(data, size)));

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-// A WAVE or AIFF file of any bytes: what it says about its sound can be true.
+// A WAVE or AIFF file of any bytes: the values read about its sound are possible.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace orvane::platform;
     auto file = RandomAccessFile::overBytes(std::as_bytes(std::span(data, size)));

@@ -9,10 +9,10 @@
 
 namespace {
 
-/// What a seed is kept under.
+/// The key under which a seed is kept.
 constexpr const char* key = "take";
 
-/// What can be read can be used, and comes back the same from its own bytes.
+/// A result that can be read can be used, and is the same after it was written and read again.
 void check(const std::string& bytes) {
     const auto waveform = orvane::waveformFromBytes(bytes, key);
     if (!waveform) return;
@@ -22,7 +22,7 @@ void check(const std::string& bytes) {
 
 } // namespace
 
-// A file of any bytes, as it stands and with the right hash over what follows its name and hash.
+// A file of any bytes, unchanged and with the right hash of what follows its name and hash.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::string bytes(reinterpret_cast<const char*>(data), size);
     check(bytes);

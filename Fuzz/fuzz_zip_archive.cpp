@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <unistd.h>
 
-// The bytes as an archive that is unpacked into a folder of its own: nothing comes to lie beside that, and
-// no more than was allowed within.
+// The bytes as an archive that is unpacked into a folder of its own: nothing is written outside it, and no
+// more than allowed within.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace orvane;
     constexpr std::uint64_t mostBytes = 1'000'000;
@@ -21,7 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             platform::unpackedBytes(file.path(), mostBytes);
             platform::unpackZip(file.path(), folder, mostBytes);
         }
-    } catch (const platform::ZipError&) {  // is refused
+    } catch (const platform::ZipError&) {  // refused
     } catch (const platform::FileError&) { // a name that is a file and a folder, or too long
     }
     std::int64_t bytes = 0;

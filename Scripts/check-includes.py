@@ -12,7 +12,7 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 SOURCES = ROOT / "Sources"
-STANDARD = re.compile(r"^[a-z_]+$")  # <vector>, <cmath>; other libraries' headers bear a folder or an ending
+STANDARD = re.compile(r"^[a-z_]+$")  # <vector>, <cmath>; other libraries' headers have a folder or an extension
 QT = re.compile(r"^Q[A-Za-z]+$")
 WINDOWS = ("OrvaneDesignKit/", "OrvaneSyncApp/Views/")  # Qt's types stay in these
 

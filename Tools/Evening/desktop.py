@@ -1,4 +1,4 @@
-"""The window from outside: keys and clicks come from the X server, and what is shown is read as a screen reader does."""
+"""The window from outside: keys and clicks come from the X server, and the contents are read as by a screen reader."""
 
 import subprocess
 import time
@@ -8,15 +8,15 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402
 
-PATIENCE = 15  # seconds until something that should happen counts as not happening
+PATIENCE = 15  # seconds to wait for an expected result
 
 
 class Failure(Exception):
-    """What was expected and did not come."""
+    """An expected result did not occur."""
 
 
 def wait(what, condition, seconds=PATIENCE):
-    """Answers the first true value of `condition`."""
+    """Returns the first true value of `condition`."""
     last = time.monotonic() + seconds
     while True:
         value = condition()
@@ -50,12 +50,12 @@ def type_text(text):
 
 def hold(key, seconds):
     xdotool("keydown", key)
-    time.sleep(seconds)  # as long as a finger stays on it
+    time.sleep(seconds)  # how long the key is held
     xdotool("keyup", key)
 
 
 def drag(start, end):
-    """By small steps, as a hand does; points of the screen."""
+    """In small steps, like a hand; points of the screen."""
     xdotool("mousemove", *start, "mousedown", 1)
     for i in range(1, 9):
         xdotool("mousemove", *(start[k] + (end[k] - start[k]) * i // 8 for k in (0, 1)))
@@ -85,7 +85,7 @@ def is_in(each, state):
 
 
 def fills_screen():
-    """Whether the window that has the keyboard is as large as the screen."""
+    """Whether the window with the keyboard focus is as large as the screen."""
     asked = ["xdotool", "getdisplaygeometry", "getactivewindow", "getwindowgeometry"]
     said = subprocess.run(asked, capture_output=True, text=True).stdout
     width, height = said.split()[:2]
@@ -93,7 +93,7 @@ def fills_screen():
 
 
 class Window:
-    """What the accessibility bus says of one program."""
+    """One program as the accessibility bus describes it."""
 
     def __init__(self, name, process):
         self.name, self.process = name, process
@@ -111,7 +111,7 @@ class Window:
         return None
 
     def find(self, name, role=None):
-        """The first showing thing whose name begins so."""
+        """The first visible object whose name begins with `name`."""
         return next((each for each in self.all() if self._is(each, name, role)), None)
 
     def box(self, name, role=None, seconds=PATIENCE):
@@ -123,13 +123,13 @@ class Window:
         return self.find(name, role) is not None
 
     def focused(self):
-        """The name of what has the keyboard, or nothing."""
+        """The name of the object with the keyboard focus, or an empty text."""
         windows = [each for each in self.all() if is_in(each, Atspi.StateType.ACTIVE)]
         having = [each for each in self.all(windows) if is_in(each, Atspi.StateType.FOCUSED)]
         return having[-1].get_name().strip() if having else ""
 
     def tab_to(self, name, most=60):
-        """By the Tab key alone. Every stop on the way has to have a name."""
+        """Moves the focus with the Tab key alone. Every object on the way must have a name."""
         for _ in range(most):
             press("Tab")
             now = wait("the stop of Tab has a name", self.focused, 3)
@@ -146,10 +146,10 @@ class Window:
         try:
             return (role is None or each.get_role_name() == role) and each.get_name().strip().startswith(name)
         except GLib.Error:
-            return False  # it has gone meanwhile
+            return False  # it was destroyed meanwhile
 
     def all(self, within=None):
-        """Everything that shows; what lies in something hidden is hidden too."""
+        """All visible objects; an object within a hidden one is hidden too."""
         waiting = [self.application()] if within is None else list(within)
         while waiting:
             each = waiting.pop(0)

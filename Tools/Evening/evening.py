@@ -1,10 +1,11 @@
 #!/usr/bin/python3
-"""An evening at the window: a shoot is scanned, every clip is looked at, listened to, moved, locked or named, and exported, by
-keys and clicks from outside. The document has to be the one that the program without a window writes after the same decisions.
+"""An editor's evening at the window: a shoot is scanned, every clip is viewed, listened to, moved, locked or named, and
+exported, by keys and clicks from outside. The document must equal that of the program without a window after the same
+decisions.
 
-    evening.py PROGRAMS SHOOT SCRATCH      the folder of the programs, the demo's shoot, and a folder for what is made
+    evening.py PROGRAMS SHOOT SCRATCH      the folder of the programs, the demo's shoot, and a folder for the files made
 
-Runs under a window manager and a session bus; Scripts/evening.sh gives it both.
+Needs a window manager and a session bus; Scripts/evening.sh starts both.
 """
 
 import glob
@@ -26,7 +27,7 @@ NAME = "Door, l. c. [final]"  # made of keys that mean something in the review
 MOS = "A001C004_261120_MOS.mov"
 
 CLAP = 3.0  # seconds of each recording, as the demo is made
-TOLERANCE = FRAME / 2  # what is heard belongs to the frame that is shown, and to no other
+TOLERANCE = FRAME / 2  # the sound must belong to the shown frame, and to no other
 
 # In the order of the list: the frames by which the sound is moved, whether the picture shows the clap, and which second of
 # which recording is heard where the clip opens.
@@ -64,9 +65,9 @@ class Evening:
         self.window = None
         self.output = Output(self.environment, scratch)
         self.slowest = (0.0, "")
-        self.farthest = 0.0  # seconds between what is heard and what should be
+        self.farthest = 0.0  # largest difference from the expected second of sound
 
-    # The program and what it keeps
+    # The program and its stored files
 
     def start(self):
         command = [f"{self.programs}/orvanesync-app", "--language", "en", f"{self.shoot}/camera", f"{self.shoot}/sound"]
@@ -83,7 +84,7 @@ class Evening:
         return glob.glob(self.environment["XDG_DATA_HOME"] + "/Orvane Tandrel/Sessions/*/groups.json")
 
     def clips(self):
-        """What is on the disk of the open session, by camera file."""
+        """The clips of the open session as stored on the disk, by camera file."""
         files = sorted(self.sessions(), key=os.path.getmtime)
         if not files:
             return {}
@@ -91,21 +92,21 @@ class Evening:
             return {clip["video"]["filename"]: clip for clip in json.load(file)}
 
     def decisions(self):
-        """What people decide; a clap that is found meanwhile is none."""
+        """The decisions of the editor; a clap that the program finds does not count."""
         kinds = ("isApproved", "isLocked", "manualAudioOffsetSeconds", "manualClipName", "manualBlockOverrides", "audioMatches")
         return {name: {kind: clip.get(kind) for kind in kinds} for name, clip in self.clips().items()}
 
     def kept(self, what, camera_file, condition):
-        """Waits for a decision to be on the disk."""
+        """Waits until a decision is stored on the disk."""
         wait(f"{camera_file}: {what} is kept", lambda: condition(self.clips()[camera_file]))
 
     def frames_of(self, clip):
         return round(clip["manualAudioOffsetSeconds"] / FRAME)
 
-    # What is on the screen
+    # The screen
 
     def is_moving(self):
-        """Whether the picture is another one some frames later."""
+        """Whether the picture changes within some frames."""
         box = self.window.box("Picture", "filler")
         before = picture_of(box)
         time.sleep(5 * FRAME)
@@ -207,7 +208,7 @@ class Evening:
             self.timed(f"{camera_file} is moved", lambda: self.frames_of(self.clips()[camera_file]) == frames)
             if recording is None:
                 continue
-            if second == CLAP:  # the picture has gone with the sound of the clap
+            if second == CLAP:  # the picture has moved together with the clap's sound
                 press(*["Left" if frames > 0 else "Right"] * abs(frames))
             if has_clap:
                 wait(f"{camera_file} is stepped to its clap", self.shows_clap)
@@ -218,7 +219,7 @@ class Evening:
         self.kept("the mark", CLIPS[-1][0], lambda clip: clip["isApproved"])
 
     def open_anew(self, camera_file, has_clap):
-        """Opened again, a clip stands where it stood at first: on its clap, if it has one."""
+        """A clip that is opened again is at its first position: at its clap, if it has one."""
         there, back = ("bracketright", "bracketleft") if camera_file == CLIPS[0][0] else ("bracketleft", "bracketright")
         press(there)
         wait(f"{there} leaves {camera_file}", lambda: not self.is_open(camera_file))
@@ -228,15 +229,15 @@ class Evening:
             wait(f"{camera_file} opens on its clap", self.shows_clap)
 
     def listen(self, camera_file, recording, second):
-        """What is heard where the clip stands has to begin with this second of the recording."""
+        """The sound at the current position of the clip must begin with this second of the recording."""
         heard, begins = self.output.listen()
         if heard != recording or abs(begins - second) > TOLERANCE:
             raise Failure(f"{camera_file}: {heard} is heard from {begins:.3f} s on, not {recording} from {second:.3f} s on")
         self.farthest = max(self.farthest, abs(begins - second))
 
     def hold_a_key(self):
-        """The server's own repeats: the sound goes on while the key is down, stands when it is up, and is taken back at
-        once."""
+        """The X server's key repeat: the sound moves while the key is down and stops when it is up; one undo takes all of it
+        back."""
         camera_file, frames, *_ = CLIPS[-1]
         hold("period", 1.2)
         wait("the held key repeats", lambda: self.frames_of(self.clips()[camera_file]) > frames + 3)
@@ -248,7 +249,7 @@ class Evening:
             raise Failure(f"taking the held key back leaves {stood} frames, not {frames}")
 
     def standing_frames(self, camera_file):
-        """By how much the sound is moved, once that has not changed for half a second."""
+        """The frames by which the sound is moved, once they have not changed for half a second."""
         while True:
             frames = self.frames_of(self.clips()[camera_file])
             try:
@@ -263,7 +264,7 @@ class Evening:
         self.window.tab_to("Attach…")
         press("space")
         wait("the recordings are offered", lambda: self.window.shows("Search recordings", "text"))
-        press("Tab")  # into the list, which goes to what is typed
+        press("Tab")  # into the list, which selects the item that is typed
         type_text(SOUND_OF_TAKE_2[:8])
         press("Return")
         self.kept("the recording", MOS, lambda clip: len(clip["audioMatches"]) == 1)
@@ -272,13 +273,13 @@ class Evening:
             raise Failure(f"{sound} was attached, not {SOUND_OF_TAKE_2}")
 
     def choose_range(self):
-        camera_file = CLIPS[-1][0]  # the clip before has moved to the take of its sound
+        camera_file = CLIPS[-1][0]  # the previous clip has moved to the take of its sound
         click(self.window.box("13-1", "list item"))
         wait("a click in the outline opens the clip", lambda: self.is_open(camera_file))
         press("a")
         _, row, _, size = self.window.box(f"Export {CHANNEL_OF_RANGE}")
         x, _, width, _ = self.window.box("Timeline", "filler")
-        at = row + size // 2  # the strip lies beside the switches
+        at = row + size // 2  # the strip is beside the switches
         drag((x + width * 2 // 5, at), (x + width * 3 // 5, at))
         self.kept("the range", camera_file, lambda clip: len(clip["manualBlockOverrides"]) == 1)
 

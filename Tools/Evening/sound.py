@@ -1,4 +1,4 @@
-"""What the program gives to the output: a sound server with a sink without hardware, recorded from its start to its end."""
+"""The sound that the program plays: a sound server with a sink without hardware, recorded from its start to its end."""
 
 import array
 import collections
@@ -10,24 +10,25 @@ from desktop import Failure, press, stays, wait
 
 RATE = 48000  # of the sink and of the recordings, so that samples arrive as they are in the file
 SAMPLE_BYTES = 2 * 4  # of the record: two channels, 32-bit float
-FAINTEST = 1e-6  # far below the rooms, which lie at -78 dB
+FAINTEST = 1e-6  # far below the rooms, which are at -78 dB
 FILE_FRAME = 6 * 3  # bytes
-PIECE = 64  # samples that are looked for at once
-ENOUGH = 10  # pieces that agree: as the sound is faded in, one alone may look like another recording's clap
-LISTEN = 0.8  # seconds of sound for each answer
+PIECE = 64  # samples that are searched for together
+ENOUGH = 10  # pieces that agree: during the fade-in, a single one may match another recording's clap
+LISTEN = 0.8  # seconds of sound for each result
 
 
 def signs(samples):
-    """One byte for each sample: which way the fourth difference goes there. Voices, which differ between the channels
-    of a recording, are too slow to count in it; what is left is the room and the clap, which all channels share."""
+    """One byte for each sample: the sign of the fourth difference. Voices, which differ between the channels of a
+    recording, change too slowly to affect it; the room and the clap remain, which all channels share."""
     for _ in range(2):
         samples = [a - 2 * b + c for a, b, c in zip(samples, samples[1:], samples[2:])]
     return bytes(value > 0 for value in samples)
 
 
 def add_room(path):
-    """The demo's recordings are nearly the same and have pauses without any sound. Gives this one, of 6 channels with 24 bits, a
-    faint noise of its own in place of a room, so that each piece of it tells where it is from. Answers its signs."""
+    """The demo's recordings are nearly the same and have pauses without any sound. Adds to this
+    one, of 6 channels with 24 bits, a faint noise of its own in place of a room, so that each piece of it can be located.
+    Returns its signs."""
     with open(path, "rb") as file:
         data = file.read()
     begin = data.index(b"data", data.index(b"fmt ")) + 8
@@ -47,7 +48,7 @@ def add_room(path):
 
 
 class Output:
-    """Before the program is started: it takes the sink for the device of the machine."""
+    """Call this before the program is started: it then uses the sink as the machine's device."""
 
     def __init__(self, environment, scratch):
         self.environment = environment
@@ -91,7 +92,7 @@ class Output:
         return left[first:]
 
     def wait_for_silence(self):
-        """Answers from where on nothing is heard."""
+        """Returns the sample from which on there is silence."""
         begin, quiet = self.length(), RATE // 4
         wait("the record goes on", lambda: self.length() > begin + quiet)
         wait("the sound stops", lambda: len(self.heard_from(self.length() - quiet)) == 0)
@@ -105,7 +106,7 @@ class Output:
         press("space")
 
     def listen(self):
-        """Plays for a moment. Answers which recording is heard, and the second of it with which the sound begins."""
+        """Plays for a moment. Returns the recording that is heard, and the second of it with which the sound begins."""
         begin = self.wait_for_silence()
         press("space")
         wait("something is heard", lambda: len(self.heard_from(begin)) > LISTEN * RATE)
@@ -119,7 +120,7 @@ class Output:
             piece = pieces[at : at + PIECE]
             found = [(name, known.find(piece) - at) for name, known in self.signs.items() if piece in known]
             if len(found) != 1:
-                continue  # in the clap all are the same
+                continue  # the claps of all recordings are the same
             places[found[0]] += 1
             if places[found[0]] == ENOUGH:
                 return found[0][0], found[0][1] / RATE

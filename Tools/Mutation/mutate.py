@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Changes the code in one place at a time and looks whether a test program notices.
+"""Changes the code in one place at a time and checks whether a test program fails.
 
     Tools/Mutation/mutate.py --test test_OrvaneSyncCore_SmartAudio Sources/OrvaneSyncCore/Services/SmartAudio/*.cpp
 
 Each mutant is built and its test programs are run; a mutant with which all tests pass is printed as a line of a
 unified difference. It either shows a gap in the tests or is equivalent to the code. Works in a copy of the tree, under
-build/mutation, so the sources stay as they are. Which places are taken is decided by ORVANE_SEED (1).
+build/mutation, so the sources do not change. ORVANE_SEED (1) decides which places are chosen.
 """
 import argparse
 import os
@@ -45,7 +45,7 @@ SKIPPED = re.compile(r"^\s*(//|#|\*|static_assert|template)")
 
 
 def places(path):
-    """(line number, start, end, replacement) of every change that the rules know."""
+    """(line number, start, end, replacement) of every possible change by the rules."""
     found = []
     for number, line in enumerate(path.read_text().splitlines()):
         if SKIPPED.match(line):
@@ -68,7 +68,7 @@ def run(command, timeout, **more):
 
 
 def prepare():
-    """Brings the copy to the state of the tree, with the times of the files that did not change kept."""
+    """Updates the copy to the state of the tree; unchanged files keep their times."""
     COPY.mkdir(parents=True, exist_ok=True)
     names = subprocess.run(["git", "ls-files", "--cached", "--others", "--exclude-standard"], cwd=ROOT, check=True,
                            capture_output=True, text=True).stdout.split("\n")

@@ -16,7 +16,7 @@ class SpokenSound {
     explicit SpokenSound(std::uint32_t sampleRate) : secondFrames_(sampleRate) {}
 
     std::size_t secondFrames() const { return secondFrames_; }
-    /// The next second, channels side by side, full scale 1.0.
+    /// The next second, interleaved, full scale 1.0.
     std::vector<float> nextSecond();
 
   private:

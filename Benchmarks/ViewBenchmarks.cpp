@@ -337,8 +337,8 @@ struct Slope {
     double error = 0; ///< standard error
 };
 
-/// The median of the slopes between any two of the values, which a few values far from the others do not
-/// change (Theil and Sen); its error from the median distance of the values to that line.
+/// The median of the slopes between any two values (Theil and Sen), which a few outliers do not change. Its
+/// error is computed from the median distance of the values to that line.
 Slope slopeOf(const std::vector<double>& values) {
     std::vector<double> slopes, levels, distances;
     for (std::size_t i = 0; i < values.size(); ++i)

@@ -16,7 +16,7 @@ void checkGroups(const std::string& text) {
         const SyncGroupList groups = groupsFromText(text);
         const std::string written = GroupsEncoder().encode(groups);
         if (GroupsEncoder().encode(groupsFromText(written)) != written) std::abort();
-        // Both ways to decode a clip agree.
+        // Both decoders of a clip give the same result.
         const JSON tree = JSON::parse(written);
         for (std::size_t i = 0; i < groups.size(); ++i)
             if (toJSON(fromJSON<SyncGroup>((*tree.elements())[i])).dump() != toJSON(groups[i]).dump())

@@ -22,9 +22,9 @@ file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/generated/Platform/InterfaceVersion.
 
 namespace orvane::platform {
 
-/// Of the interface between a program and its loadable modules, the same in all that was built together.
+/// The version of the interface between a program and its loadable modules; the same for all that was built together.
 inline constexpr std::uint64_t interfaceVersion = 0x@ORVANE_INTERFACE@;
-/// What the media helper says of itself: the version of OrvaneSync, and that of the interface.
+/// What the media helper reports: the version of OrvaneSync, and that of the interface.
 inline constexpr const char* helperVersion = "@PROJECT_VERSION@+@ORVANE_INTERFACE@";
 
 } // namespace orvane::platform

@@ -45,7 +45,7 @@ struct Context {
     std::function<std::shared_ptr<WaveformCache>()> openWaveformCache = WaveformCache::shared;
     std::function<std::shared_ptr<const RenderedAudioStore>(std::shared_ptr<const platform::SettingsStore>)>
         openRenderedAudio = RenderedAudioStore::shared;
-    /// The stems of recordings, by the settings.
+    /// The cache of recordings' stems, by the settings.
     std::shared_ptr<StemCache> openStems() const {
         return StemCache::bySettings(*settings, openRenderedAudio(settings));
     }

@@ -62,7 +62,7 @@ void writeAtomically(const std::string& path, std::string_view contents,
 /// is no file. For a loop of links, a link of the loop itself.
 std::string behindLinks(std::string path);
 /// Whether the file's owner has removed the permission to write, or this process may not write to it. The
-/// owner's permission is checked because it does not stop root from writing.
+/// permission itself is checked, as it does not stop root from writing.
 bool isReadOnly(const std::string& path);
 /// The system's reason why no file can be made in the folder; empty when one can.
 std::string whyNoNewFile(const std::string& folder);

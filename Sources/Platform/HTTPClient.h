@@ -53,7 +53,7 @@ class HTTPError : public std::runtime_error {
         invalidURL,  ///< no URL, or one that is not allowed
         unreachable, ///< no such host, refused, or the connection broke
         notHTTP,     ///< the peer does not speak HTTP
-        insecure,    ///< the other side's certificate is not valid
+        insecure,    ///< the server's certificate is not valid
         timedOut,
         cancelled,
         tooLarge,

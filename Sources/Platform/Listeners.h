@@ -9,8 +9,8 @@
 
 namespace orvane::platform {
 
-/// Callbacks that are called for as long as their subscriptions live. A copy calls the same callbacks, so
-/// that an owner whose threads share it copies it under a lock and calls them outside.
+/// Callbacks that are called as long as their subscriptions exist. A copy calls the same callbacks: an owner
+/// that shares this between threads copies it under a lock and notifies after releasing the lock.
 template <class... Arguments>
 class Listeners {
   public:

@@ -28,8 +28,8 @@ class Timer {
     virtual void cancel() = 0;
 };
 
-/// The one thread that owns controllers, observable state and timers. Under the command line it is a plain
-/// run loop, under a desktop shell the shell's own.
+/// The one thread that owns controllers, observable state and timers. In the command line program it runs a
+/// plain run loop, in the desktop app the app's own loop.
 class MainThread {
   public:
     virtual ~MainThread() = default;

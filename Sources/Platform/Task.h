@@ -17,8 +17,8 @@
 
 namespace orvane::platform {
 
-/// A waiting coroutine that is queued to be resumed. It is ended when the queue that should have resumed it
-/// is destroyed first.
+/// A waiting coroutine that is queued to be resumed. If the queue is destroyed before it resumes the
+/// coroutine, the coroutine ends.
 class Resumption {
   public:
     explicit Resumption(std::coroutine_handle<> waiting) : waiting_(waiting) {}
@@ -119,7 +119,7 @@ struct Task::promise_type {
 
 inline Task Task::ended() { co_return; }
 
-/// The operations of one owner that are under way, for stopping all of them. Interface thread.
+/// The running operations of one owner, to stop all of them. Interface thread.
 class RunningTasks {
   public:
     Task add(Task task) {
@@ -178,7 +178,7 @@ class ReturnWay {
 /// as the queue may abandon it. Work without a token always runs to its end.
 template <class Work>
 auto onQueue(SerialQueue& queue, const std::shared_ptr<MainThread>& mainThread, Work work,
-             const char* caller = __builtin_FUNCTION()) { // the one that both compilers have
+             const char* caller = __builtin_FUNCTION()) { // both compilers have this builtin
     constexpr bool canStop = std::is_invocable_v<Work&, std::stop_token>;
     using Result = typename std::conditional_t<canStop, std::invoke_result<Work&, std::stop_token>,
                                                std::invoke_result<Work&>>::type;

@@ -46,7 +46,7 @@ std::string_view trimmed(std::string_view text);
 /// The longest beginning of a UTF-8 text that has at most that many bytes and ends between two code points.
 std::string_view beginning(std::string_view text, std::size_t mostBytes);
 
-/// The whole text as a decimal number: ASCII digits with one optional sign in front, without blanks. Nothing
+/// The whole text as a decimal number: ASCII digits with one optional leading sign, without blanks. Nothing
 /// for a number that does not fit or is not finite.
 std::optional<std::int64_t> decimalInteger(std::string_view text);
 /// The same with an optional fraction and exponent.

@@ -85,7 +85,7 @@ class LockitServer::Machine {
 
     struct Day {
         JSON record;
-        /// Each clip as text, as an answer holds it.
+        /// Each clip as text, in the form of an answer.
         std::map<std::string, std::string> clips;
     };
     struct Project {

@@ -165,7 +165,7 @@ void addNoise(std::vector<float>& track, double levelDB, Random& random) {
     for (float& sample : track) sample += gain * random.noise();
 }
 
-/// Low noise that swells and fades.
+/// Low-frequency noise that fades in and out.
 void addRumble(std::vector<float>& track, double levelDB, double from, double to, Random& random) {
     constexpr float smooth = 0.98F, makeUp = 10;
     float last = 0;

@@ -100,7 +100,7 @@ class SlotWriter {
             Time time;
             std::string_view text;
         };
-        std::vector<XMLAttribute> pending; ///< of unfinished elements, each above its parent's
+        std::vector<XMLAttribute> pending; ///< of unfinished elements; an element's come after its parent's
         std::array<KnownTime, 4> times;    ///< the times that were written last
         std::size_t oldestTime = 0;
     };

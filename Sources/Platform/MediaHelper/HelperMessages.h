@@ -30,7 +30,7 @@ enum class Request : std::uint8_t {
     read,      ///< handle, channels, frames; answers with the number of frames in the shared memory
     close,     ///< handle
     about,     ///< answers with `About`
-    canDecode, ///< name of a codec; answers whether
+    canDecode, ///< name of a codec; answers whether it can be decoded
     // Requests to a helper for pictures.
     openPictures,  ///< path; answers with a `VideoStream` or nothing
     picture,       ///< `PictureQuery`; answers with a `PictureAnswer`, whose pixels are in the shared memory
@@ -102,8 +102,7 @@ struct PictureAnswer {
     bool isLast = false; ///< decoding has shown that the file ends after it
 };
 
-/// The memory that a helper for pictures shares. Both sides may write `stopped` at any time, and nothing
-/// else.
+/// The memory that a helper for pictures shares. Only `stopped` is accessed by both sides at any time.
 struct PictureMemory {
     /// The queries up to this number are cancelled.
     std::atomic<std::uint64_t> stopped;

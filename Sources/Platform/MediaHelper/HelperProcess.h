@@ -25,7 +25,7 @@ class Process {
     Process& operator=(const Process&) = delete;
 
     /// The answer; nothing when the process ended over this request, did not answer in time, or had ended
-    /// before. Reports to ReadErrorWatch what the helper reported of its reads.
+    /// before. Reports the helper's read errors to ReadErrorWatch.
     std::optional<std::string> ask(const std::string& request);
     /// The answer as a value of type Answer, as `ask`; nothing if it is damaged.
     template <class Answer, class... Values>

@@ -94,11 +94,12 @@ bool LibavPictures::openDecoder(const AVCodec& codec) {
     decoder_.reset(avcodec_alloc_context3(&codec));
     if (!decoder_ || avcodec_parameters_to_context(decoder_.get(), stream_->codecpar) < 0) return false;
     decoder_->pkt_timebase = stream_->time_base;
-    // Concealed pictures rather than none; but this flag also marks the end of an open group as damaged.
+    // Concealed pictures rather than none. Otherwise the decoder would also drop the end of an open group,
+    // which it takes for damaged.
     decoder_->flags |= AV_CODEC_FLAG_OUTPUT_CORRUPT;
     const bool isIntraOnly = times_.isEveryPictureKey();
     decoder_->thread_count = threadsFor(*stream_->codecpar, times_.nominalRate(), isIntraOnly);
-    // Frame threads would delay as many pictures after a seek.
+    // Each frame thread would delay one more picture after a seek.
     decoder_->thread_type = isIntraOnly ? FF_THREAD_SLICE : FF_THREAD_FRAME;
     return avcodec_open2(decoder_.get(), &codec, nullptr) >= 0;
 }

@@ -17,8 +17,8 @@ namespace {
 constexpr std::size_t mostBytes = std::size_t{112} << 20U;
 constexpr std::size_t fewestPictures = 2;
 constexpr std::size_t mostPictures = 120;
-/// Pictures that are decoded in advance during playback; more if they are small, so that several players at
-/// once survive moments in which the machine does other work.
+/// Pictures that are decoded in advance during playback; more if they are small, so that those of
+/// several players also suffice for moments in which the machine does other work.
 constexpr std::size_t picturesAhead = 12;
 constexpr std::size_t mostPicturesAhead = 36;
 constexpr std::size_t bytesAhead = std::size_t{24} << 20U;

@@ -11,7 +11,7 @@
 
 namespace orvane::platform {
 
-/// A player as its system sees it. Interface thread.
+/// The part of a player that its system uses. Interface thread.
 class HostedPlayer {
   public:
     virtual ~HostedPlayer() = default;

@@ -19,7 +19,7 @@ struct RoomTone {
     std::vector<AtmoResult> built;
     std::vector<std::string> problems; ///< one line for each scene that has no room tone
 };
-/// Searches the recordings of a finished scan and builds the files, which become wild tracks of it.
+/// Searches the recordings of a finished scan for room tone and builds the files, which join its wild tracks.
 RoomTone buildRoomTone(ScanRun& run, const RoomToneOrder& order);
 
 } // namespace orvane::cli

@@ -21,8 +21,7 @@ namespace orvane::platform {
 ///     };
 ///
 /// The program and its modules are built together. `interfaceVersion` is a hash of the headers of the
-/// platform,
-/// so that a module that was built with other headers is refused. Any thread.
+/// platform, so that a module that was built with other headers is refused. Any thread.
 namespace modules {
 
 /// The folders of our own modules: the program's folder, and `lib` beside that folder. No other folder is

@@ -14,8 +14,7 @@ namespace orvane {
 /// frames uses the rate that this returns.
 ///
 /// In lowest terms, numerator and denominator below 2^31, the limit of the time scales of documents and
-/// movies.
-/// A number that is not finite, not above 0 or too small or large for that gives 24.
+/// movies. A number that is not finite, not above 0 or too small or large for that gives 24.
 Fraction exactRate(double fps);
 /// The same as a number; a number that is no rate of timecode is returned unchanged.
 double exactRateValue(double fps);

@@ -90,8 +90,8 @@ std::optional<Partition> findFirstPartition(RandomAccessFile& file) {
         return partition && partition->kind == headerPartition;
     };
     if (auto first = readPartition(file, 0); isHeader(first)) return first;
-    // For a file of another kind only its first bytes are read; an MXF with other bytes before its header is
-    // rare, and these are not the signature of another container.
+    // A file of another kind costs one read of its first bytes. An MXF with a run-in is rare, and a run-in
+    // does not begin with the signature of another container.
     const std::vector<std::byte> front = file.read(0, longestRunIn + keyBytes);
     const std::string_view text = ByteCursor(front).text();
     // If it is not found, `npos` is beyond the longest.

@@ -26,13 +26,13 @@ struct SoundPlan {
     std::int64_t askedFrames = 0;
 };
 
-/// Renders a recording for the frames of the output. Reads, converts and stretches within the
-/// call: one thread, never the callback's.
+/// Renders a recording for the frames of the output. Reads, converts and stretches within the call:
+/// one thread, never the callback's.
 ///
 /// At the pitch of the file, or one that follows the rate, each frame is computed from its own place in the
-/// file, to the nearest sample where both rates are equal. With a tempo change the first frame is
-/// exactly in place; later ones are within the search window of the library, and do not drift. The attack of
-/// a clap is in place nevertheless: it is mixed over the library's output, as it was recorded.
+/// file, to the nearest sample where both rates are equal. With a tempo change the first frame is exactly in
+/// place; later ones are within the search window of the library, and do not drift. The attack of a clap is
+/// in place nevertheless: it is mixed over the library's output, as it was recorded.
 class SoundRendering {
   public:
     using MakeTempoChange = std::function<std::unique_ptr<TempoChange>(const TempoChange::Options&)>;

@@ -17,7 +17,7 @@ std::map<std::string, std::string> ALEClip::fields() const {
 }
 
 std::optional<std::string_view> ALEClip::cell(std::string_view column) const {
-    // The last of the columns with this name that the row reaches.
+    // The last column with this name for which the row has a cell.
     const std::size_t count = file_->cellCount(row_);
     if (column.empty()) {
         for (std::size_t index = count; index-- > 0;)
@@ -59,7 +59,7 @@ void ALEFile::Builder::setColumns(PackedTexts columns) {
     order.reserve(named);
     for (std::uint32_t index = 0; index < names.size(); ++index)
         if (!names[index].empty()) order.push_back(index);
-    // In place, unlike a stable sort.
+    // `sort` needs no extra memory, unlike a stable sort.
     std::ranges::sort(order, {}, [&](std::uint32_t index) { return std::pair(names[index], index); });
 }
 

@@ -15,13 +15,13 @@ namespace orvane {
 
 class ALEFile;
 
-/// One row of a report: one clip. A view into its ALEFile, which must outlive it.
+/// One row of a report, which describes one clip. A view into its ALEFile, which must outlive it.
 class ALEClip {
   public:
-    /// Column name to cell text. Columns that the row is too short for are missing. Of two columns with the
-    /// same name the later one counts.
+    /// Column name to cell text. Columns beyond the end of a short row are missing. If two columns have the
+    /// same name, the later one counts.
     std::map<std::string, std::string> fields() const;
-    /// One entry of `fields`, without making them all.
+    /// One entry of `fields`, without building the whole map.
     std::optional<std::string_view> cell(std::string_view column) const;
 
   private:
@@ -32,25 +32,25 @@ class ALEClip {
     std::size_t row_;
 };
 
-/// A camera or sound report: a table of texts, UTF-8, one row a clip. Names of columns keep their case and
-/// are compared exactly. Held tightly, as a report may have millions of cells; immutable once it is made, and
-/// then readable by any thread.
+/// A camera or sound report: a table of texts, UTF-8, one row for each clip. Column names keep their case and
+/// are compared exactly. Stored compactly, as a report may have millions of cells. Immutable once built, and
+/// then readable from any thread.
 class ALEFile {
   public:
     using Heading = std::map<std::string, std::string>;
 
     class Builder;
 
-    /// Facts about the whole report; empty where it is a plain table.
+    /// Facts about the whole report; empty for a plain table.
     const Heading& heading() const { return heading_; }
-    /// The names of the columns in the order of the file. A name may come twice.
+    /// The column names in the order of the file. A name may occur twice.
     const PackedTexts& columns() const { return columns_; }
     std::size_t clipCount() const { return rowStarts_.size(); }
-    /// Quotation marks that nothing closes, each of which ended with its line, and the line of the first
-    /// (from 1; 0 without any).
+    /// The number of quotation marks without a closing one; each of these quotations was ended at the end of
+    /// its line. Then the line of the first (from 1; 0 if there are none).
     std::size_t openQuotes() const { return openQuotes_; }
     std::size_t firstOpenQuoteLine() const { return firstOpenQuoteLine_; }
-    /// By column: whether a row has anything but blanks there.
+    /// For each column: whether any row has a cell in it that is not blank.
     std::vector<bool> columnsWithText() const;
     /// The rows in the order of the file.
     ALEClip clip(std::size_t row) const { return {*this, row}; }
@@ -65,8 +65,8 @@ class ALEFile {
 
     Heading heading_;
     PackedTexts columns_;
-    /// Indices into `columns_`, the same name in file order. Without those that have no name: a line of
-    /// delimiters alone has one a byte.
+    /// Indices into `columns_`, sorted by name; equal names are in the order of the file. Columns without a
+    /// name are left out: a line of delimiters alone has one for each byte.
     std::vector<std::uint32_t> columnsByName_;
     PackedTexts cells_;                    ///< row by row
     std::vector<std::uint32_t> rowStarts_; ///< index of the first cell of each row
@@ -74,21 +74,21 @@ class ALEFile {
     std::size_t firstOpenQuoteLine_ = 0;
 };
 
-/// Puts a report together, cell by cell.
+/// Builds a report cell by cell.
 class ALEFile::Builder {
   public:
     void setHeading(std::string key, std::string value);
-    /// Once, in front of the rows that belong to these columns.
+    /// Call once, before the rows of these columns.
     void setColumns(PackedTexts columns);
     void setOpenQuotes(std::size_t count, std::size_t firstLine);
     bool hasColumns() const { return !file_.columns_.empty(); }
-    /// Makes room for what will come.
+    /// Reserves memory for the expected sizes.
     void reserve(std::size_t rows, std::size_t cells, std::size_t bytes);
 
     void beginRow();
-    /// Adds to the cell under way.
+    /// Appends to the unfinished cell.
     void extendCell(std::string_view piece);
-    /// Ends the cell under way. Cells that no column stands above are dropped.
+    /// Ends the unfinished cell. Cells beyond the last column are dropped.
     void endCell();
 
     ALEFile build() && { return std::move(file_); }

@@ -25,8 +25,8 @@ std::tm localTime(std::int64_t sinceEpoch) {
     return local;
 }
 
-/// As `mktime`, which looks at the zone again with every call, one call at a time by a lock of the C library
-/// that checking tools don't see. This one they do.
+/// `mktime` behind a lock: it reads the time zone again with every call, under a lock of the C library that
+/// race checkers do not know. They know this one.
 std::int64_t secondsFromLocal(std::tm& local) {
     static std::mutex mutex;
     const std::lock_guard lock(mutex);
@@ -51,7 +51,7 @@ bool take(std::string_view& text, char c) {
     return true;
 }
 
-/// "." and digits, of which the first three count.
+/// "." and digits; the first three count.
 std::optional<milliseconds> takeFraction(std::string_view& text) {
     if (!take(text, '.')) return milliseconds{0};
     int value = 0;
@@ -104,7 +104,7 @@ std::optional<seconds> takeClock(std::string_view& text) {
     return seconds{*hour * 3600 + *minute * 60 + *second};
 }
 
-/// Day, "T" and clock, as if in UTC.
+/// Day, "T" and time of day, read as UTC.
 std::optional<Date> takeMoment(std::string_view& text) {
     const auto day = takeDay(text);
     if (!day || !take(text, 'T')) return std::nullopt;
@@ -156,8 +156,8 @@ Date calendar::startOfDay(Date date) {
     local.tm_hour = local.tm_min = local.tm_sec = 0;
     local.tm_isdst = -1;
     std::int64_t start = secondsFromLocal(local);
-    // Where the clock jumps over midnight the day begins with the first instant that exists: mktime answers
-    // with one on either side of the jump.
+    // If the clock jumps over midnight, the day begins at the first instant that exists. mktime may return an
+    // instant before or after the jump.
     constexpr std::int64_t halfHour = 1800;
     while (localTime(start).tm_mday != day && start < given) start += halfHour;
     return Date{seconds{start}};

@@ -29,34 +29,34 @@ struct Day {
 /// As `date`, at twelve o'clock.
 std::optional<Date> noon(const Day& day);
 Fields fields(Date date);
-/// At which a clock in the user's time zone shows what one showed at that moment that is so many minutes
-/// ahead of UTC.
+/// The moment at which a clock in the user's time zone shows what a clock that is `zoneMinutes` ahead of UTC
+/// shows at `date`.
 std::optional<Date> withClockOf(Date date, int zoneMinutes);
 /// The first instant of that day in the user's time zone.
 Date startOfDay(Date date);
 
-/// Starts of days for a caller that asks for thousands of dates on a few days: the system, which looks at the
-/// zone's file every time, is asked little more than once a day. One thread at a time.
+/// Starts of days, for a caller that asks for thousands of dates on few days. The system reads the time
+/// zone's file at each request, so it is asked little more than once for each day. One thread at a time.
 class DayStarts {
   public:
     /// As `startOfDay`.
     Date of(Date date);
-    /// Of the day of that noon.
+    /// The start of that day, taken from its noon.
     std::optional<Date> of(const Day& day);
 
   private:
-    std::map<Date, Date> lasts_; ///< by the start of a day, the latest moment that was asked for
+    std::map<Date, Date> lasts_; ///< key: start of a day; value: the latest moment that was asked for on it
     std::map<Day, std::optional<Date>> named_;
 };
 
 } // namespace calendar
 
-/// ISO 8601 in UTC, such as 2024-05-17T10:00:00Z; with milliseconds where there are any.
+/// ISO 8601 in UTC, such as 2024-05-17T10:00:00Z; milliseconds are written if there are any.
 std::string iso8601(Date date);
 /// An internet date and time with or without fractional seconds, and a zone ("Z", "+02:00" or "+0200").
 std::optional<Date> dateFromISO8601(std::string_view text);
-/// Of such a text, by how many minutes its zone is ahead of UTC; absent for "Z", which says nothing of where
-/// it was written.
+/// By how many minutes the zone of such a text is ahead of UTC; absent for "Z", which does not say where the
+/// text was written.
 std::optional<int> zoneMinutesFromISO8601(std::string_view text);
 /// yyyy-MM-dd'T'HH:mm:ss without a zone, in the user's calendar.
 std::optional<Date> dateFromLocalISO8601(std::string_view text);

@@ -80,7 +80,7 @@ DoubtCure::DoubtCure(const std::string& words) {
 DoubtCure::DoubtCure(Words words) { parts_.emplace_back(std::move(words)); }
 
 DoubtCure& DoubtCure::operator+=(const DoubtCure& other) {
-    const std::vector<Part> added = other.parts_; // which may be the same cure
+    const std::vector<Part> added = other.parts_; // a copy, as `other` may be this object
     for (const Part& part : added) {
         auto* last = parts_.empty() ? nullptr : std::get_if<Words>(&parts_.back());
         const auto* words = std::get_if<Words>(&part);

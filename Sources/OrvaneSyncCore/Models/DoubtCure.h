@@ -9,7 +9,7 @@
 
 namespace orvane {
 
-/// As a shell reads it.
+/// The text in the quotes that a shell needs.
 std::string shellQuoted(std::string_view text);
 
 /// An option of the command line that a cure names.
@@ -19,28 +19,28 @@ struct CureOption {
         soundDate,
         timecodeRate,
         days,
-        setting, ///< "key=value"
+        setting, ///< the text is "key=value"
         choose,
-        exclude, ///< a pattern of paths
-        video,   ///< a folder, as `audio`
+        exclude, ///< a pattern for paths
+        video,   ///< a folder; so is `audio`
         audio,
-        withoutFolder, ///< no option: a folder that was named for the scan is named no more
+        withoutFolder, ///< not an option: scan again without this folder
     };
     Kind kind = Kind::soundOffset;
-    std::string value; ///< without quotes; empty where nobody but the user knows it
+    std::string value; ///< without quotes; empty if only the user knows it
 
     /// "--exclude 'UNIT2'", "--sound-date YYYY-MM-DD", "without the folder '/media/UNIT2'".
     std::string text() const;
     bool operator==(const CureOption&) const = default;
 };
-/// With its dashes; empty for `withoutFolder`.
+/// With the dashes of an option; empty for `withoutFolder`.
 std::string_view nameOf(CureOption::Kind kind);
 
-/// Some of the files, for a scan of which alone options are right.
+/// A part of the files. The options of a cure may be right only for a scan of that part.
 struct CureScan {
     std::string files;               ///< "this card"
-    std::vector<CureOption> options; ///< that make the scan
-    std::string rest = {};           ///< what options can't do of it; empty: nothing
+    std::vector<CureOption> options; ///< that select the files
+    std::string rest = {};           ///< what selects the files beyond options; empty: nothing
 
     bool operator==(const CureScan&) const = default;
 };
@@ -49,17 +49,17 @@ struct CureScan {
 struct CureWay {
     std::vector<CureOption> options;
     std::optional<CureScan> scan = {};
-    bool isForSome = false; ///< of the files, and the words beside it say of which
+    bool isForSome = false; ///< holds for some of the files only; the words of the cure say which
 
     bool isForAll() const { return !scan && !isForSome; }
     bool operator==(const CureWay&) const = default;
 };
 
-/// What to do about a doubt: a sentence whose options are values. The last part of a sum may go on with the
-/// first of what is added.
+/// What to do about a doubt: a sentence that contains its options as values. When two cures are added, the
+/// last part of the first and the first part of the second are joined.
 class DoubtCure {
   public:
-    /// Words between the ways. A window has no options and no table, and may need others.
+    /// Text between the ways. The window has neither options nor tables, so its words may differ.
     struct Words {
         std::string terminal, window;
         bool operator==(const Words&) const = default;
@@ -76,15 +76,15 @@ class DoubtCure {
 
     DoubtCure& operator+=(const DoubtCure& other);
     friend DoubtCure operator+(DoubtCure cure, const DoubtCure& other) { return cure += other; }
-    /// The options of its last way are for that scan; absent: for any.
+    /// Restricts the options of the last way to that scan; absent: they hold for any scan.
     DoubtCure in(std::optional<CureScan> scan) &&;
 
     bool isEmpty() const { return parts_.empty(); }
     const std::vector<Part>& parts() const { return parts_; }
-    /// For a terminal: options as they are typed.
+    /// The text for a terminal, with the options as they are typed.
     std::string text() const;
-    /// The first way whose options are known; null where there is none, or where its scan needs more than
-    /// options.
+    /// The first way whose options are all known; null if there is none, or if its scan cannot be selected by
+    /// options alone.
     const CureWay* firstWay() const;
 
     bool operator==(const DoubtCure&) const = default;

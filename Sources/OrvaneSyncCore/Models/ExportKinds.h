@@ -7,7 +7,7 @@
 
 namespace orvane {
 
-/// What a clip is named after.
+/// The source of a clip's name.
 enum class ClipNamingSource { video, audio, sceneTake, custom };
 template <>
 struct RawValues<ClipNamingSource> {
@@ -15,7 +15,7 @@ struct RawValues<ClipNamingSource> {
 };
 std::string_view displayText(ClipNamingSource source);
 
-/// Which frame size the main format takes.
+/// The frame size of the main format.
 enum class VideoResolutionMode { useVideoFrameSize, useAlternateFrameSize };
 template <>
 struct RawValues<VideoResolutionMode> {
@@ -23,12 +23,12 @@ struct RawValues<VideoResolutionMode> {
 };
 std::string_view displayText(VideoResolutionMode mode);
 
-/// Shapes of the alternate frame, by the identifiers under which they are stored. The last stands for a size
+/// Shapes of the alternate frame, by the identifiers under which they are stored. The last one is for a size
 /// given in pixels.
 inline constexpr std::array<std::string_view, 9> aspectRatioIdentifiers{
     "16:9", "1.85:1", "2:1", "2.35:1", "2.39:1", "4:3", "1:1", "9:16", "custom"};
 
-/// How a picture of another size fits its frame.
+/// How a picture of another size is fitted into its frame.
 enum class SpatialConformType { fill, fit, none };
 template <>
 struct RawValues<SpatialConformType> {
@@ -36,12 +36,12 @@ struct RawValues<SpatialConformType> {
 };
 std::string_view displayText(SpatialConformType type);
 
-/// The extent of a synchronized clip.
+/// The time range of a synchronized clip.
 enum class TrimMode {
     commonDuration, ///< from the picture's start, as long as the shorter of picture and sound
     videoDuration,
     noTrim, ///< from the picture's start, as long as the longest
-    overlap ///< exactly where picture and sound both are
+    overlap ///< the common range of picture and sound
 };
 template <>
 struct RawValues<TrimMode> {
@@ -49,7 +49,7 @@ struct RawValues<TrimMode> {
 };
 std::string_view displayText(TrimMode mode);
 
-/// What the notes field of a clip receives.
+/// What is written into the notes field of a clip.
 enum class NotesSource { video, audio, both, none };
 template <>
 struct RawValues<NotesSource> {
@@ -57,7 +57,7 @@ struct RawValues<NotesSource> {
 };
 std::string_view displayText(NotesSource source);
 
-/// What Final Cut Pro renders a multicam clip to.
+/// The codec to which Final Cut Pro renders a multicam clip.
 enum class MulticamCodec { automatic, proRes422HQ, proRes422, proRes422LT, proRes422Proxy, proRes4444, h264 };
 template <>
 struct RawValues<MulticamCodec> {
@@ -73,7 +73,7 @@ struct RawValues<MulticamCodec> {
 };
 std::string_view displayText(MulticamCodec codec);
 
-/// Which clips the global audio offset applies to: all, or those from a named one on.
+/// The clips to which the global audio offset applies: all, or those from a named one on.
 enum class GlobalOffsetStart { all, fromFilename, fromTC };
 template <>
 struct RawValues<GlobalOffsetStart> {
@@ -81,7 +81,7 @@ struct RawValues<GlobalOffsetStart> {
 };
 std::string_view displayText(GlobalOffsetStart start);
 
-/// What the lines of a report are matched by.
+/// How the lines of a report are matched to clips.
 enum class ReportMatchField { name, column };
 template <>
 struct RawValues<ReportMatchField> {

@@ -25,7 +25,7 @@ std::vector<std::string_view> namesIn(std::string_view folder) {
     return names;
 }
 
-/// Texts whose order by bytes is that of the paths. Each folder's key is made once, whatever it holds.
+/// Keys whose order by bytes is the order of the paths. The key of a folder is made once for all its files.
 class PathKeys {
   public:
     std::string of(const std::string& path) {
@@ -34,8 +34,8 @@ class PathKeys {
         if (isNew)
             for (const std::string_view name : namesIn(folder))
                 known->second.append(platform::text::localizedStandardSortKey(name)).push_back('\0');
-        // A key holds no zero, so that a name is compared with a name; two zeros come before every longer
-        // path.
+        // The key of a name contains no zero byte, so one zero keeps names apart; two zeros come before any
+        // longer path.
         const std::size_t start = folder.size() + (path.size() > folder.size() ? 1 : 0);
         std::string key = known->second;
         key.append(platform::text::localizedStandardSortKey(std::string_view(path).substr(start)));
@@ -47,9 +47,9 @@ class PathKeys {
     std::unordered_map<std::string_view, std::string> folders_; ///< names are parts of the sorted paths
 };
 
-/// The order of the keys, of two paths alone.
+/// Compares two paths as their keys would compare.
 bool isBefore(const std::string& a, const std::string& b) {
-    // From the first folder on whose name differs.
+    // Start at the first folder whose name differs.
     const auto apart = static_cast<std::size_t>(std::ranges::mismatch(a, b).in1 - a.begin());
     const std::size_t slash = apart == 0 ? std::string::npos : a.rfind('/', apart - 1);
     const std::size_t common = slash == std::string::npos ? 0 : slash + 1;
@@ -69,8 +69,8 @@ bool isBefore(const std::string& a, const std::string& b) {
 
 template <class Item, class PathOf>
 void sortByKeys(std::vector<Item>& items, PathOf pathOf) {
-    // A camera counts its files in numbers of one width. Then the bytes give the order, which a look at the
-    // neighbours proves, at less than the cost of the keys.
+    // Cameras number their files with a fixed number of digits. Then the order by bytes is the right one:
+    // comparing neighbours proves it, which costs less than making keys.
     std::ranges::sort(items, {}, pathOf);
     const auto isUnordered = [&](const Item& a, const Item& b) { return isBefore(pathOf(b), pathOf(a)); };
     if (std::ranges::adjacent_find(items, isUnordered) == items.end()) return;
@@ -88,7 +88,7 @@ void sortByKeys(std::vector<Item>& items, PathOf pathOf) {
 
 using Folder = std::vector<std::string_view>;
 
-/// How many names all folders have in common, from the front or, with reversed iterators, from the end.
+/// How many names all folders have in common at the front or, with reversed iterators, at the end.
 template <class Begin, class End>
 std::size_t commonNames(const std::set<Folder>& folders, Begin begin, End end) {
     const Folder& first = *folders.begin();
@@ -100,7 +100,7 @@ std::size_t commonNames(const std::set<Folder>& folders, Begin begin, End end) {
     return common;
 }
 
-/// The names of a folder that are worth saying: from `first` on, without the last `behind`, at most `most`.
+/// The names of a folder that are shown: from `first` on, without the last `behind` names, at most `most`.
 Folder middle(const Folder& folder, std::size_t first, std::size_t behind, std::size_t most) {
     const std::size_t end = std::max(first, folder.size() - behind);
     const auto at = [&](std::size_t place) { return folder.begin() + static_cast<std::ptrdiff_t>(place); };
@@ -130,13 +130,13 @@ std::vector<std::string> distinguishingFolders(const std::vector<const FileURL*>
         folders, [](const Folder& f) { return f.begin(); }, [](const Folder& f) { return f.end(); });
     std::size_t behind = commonNames(
         folders, [](const Folder& f) { return f.rbegin(); }, [](const Folder& f) { return f.rend(); });
-    // What is in common at both ends of a short path counts once.
+    // Names that are common at both ends of a short path count once.
     for (const Folder& folder : folders) behind = std::min(behind, folder.size() - first);
-    // A file in the folder above the others is told by that folder.
+    // A file in the folder above the others is distinguished by that folder.
     const auto isAbove = [&](const Folder& folder) { return folder.size() <= first + behind; };
     if (first > 0 && std::ranges::any_of(folders, isAbove)) --first;
 
-    // One name is enough where it differs for all.
+    // One name is enough if it differs for all.
     std::set<std::string_view> names;
     for (const Folder& folder : folders)
         if (!isAbove(folder)) names.insert(folder[first]);

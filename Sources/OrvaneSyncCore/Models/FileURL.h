@@ -8,22 +8,23 @@
 
 namespace orvane {
 
-/// Where a file lies. Holds the file system's own bytes, which need not be valid UTF-8.
+/// The place of a file. Holds the bytes of the file system, which need not be valid UTF-8.
 struct FileURL {
     std::string path; ///< absolute
 
-    /// "file://" and the path, percent-encoded; bytes that are not UTF-8 are encoded one by one, so that the
-    /// text always leads back to the file.
+    /// "file://" and the percent-encoded path. Bytes that are not UTF-8 are encoded one by one, so that the
+    /// text always gives the same path back.
     std::string absoluteString() const;
-    /// Nothing when the text is no "file:" URL of this machine or holds a broken percent escape.
+    /// Absent if the text is not a "file:" URL of this machine or has a broken percent escape.
     static std::optional<FileURL> fromAbsoluteString(std::string_view text);
 
-    /// The path as stored texts hold it; for a path that is no UTF-8 its URL. (No path begins like one.)
+    /// The form in which records store a path: the path, or its URL if the path is not UTF-8. No absolute
+    /// path begins like a URL.
     std::string pathText() const;
-    /// Nothing for a text that can be no path.
+    /// Absent if the text cannot be a path.
     static std::optional<FileURL> fromPathText(std::string_view text);
 
-    /// For people and for matching: valid UTF-8, undecodable bytes replaced by U+FFFD.
+    /// For display and for matching: valid UTF-8; undecodable bytes are replaced by U+FFFD.
     std::string lastPathComponent() const;
     /// Without the dot; empty when there is none.
     std::string lowercasedExtension() const;

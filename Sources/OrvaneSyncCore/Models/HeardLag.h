@@ -12,50 +12,51 @@
 
 namespace orvane {
 
-/// How a recording lies against the microphone of a camera that heard the same.
+/// The distance of a recording from the sound that the camera's own microphone recorded of the same event.
 struct HeardLag {
     double seconds = 0; ///< to be added to the recording's offset at the head of the clip
-    /// What that grows by in each second of the clip: -0.001 where the recording plays 0.1 % too slowly.
-    /// Absent where the tail of the clip was not heard.
+    /// By how much `seconds` grows in each second of the clip: -0.001 if the recording plays 0.1 % too
+    /// slowly. Absent if the recording was not heard at the tail of the clip.
     std::optional<double> drift = {};
 };
 
-/// The recording that the microphone of a camera heard, where it is not the one that lies under the clip.
+/// The recording that the camera's microphone heard, if it is not the one under the clip.
 struct HeardElsewhere {
     UUID recordingID;
-    double seconds = 0; ///< to be added to where timecode lays that recording
-    /// By which its place is ahead of all others in it: `SoundPlace::Found::score`.
+    double seconds = 0; ///< to be added to the offset that timecode gives for that recording
+    /// By how much this place in the recording is better than all others: `SoundPlace::Found::score`.
     double score = 0;
 };
 
-/// A recording where an offset of its clock would lay it under a clip, which the camera's microphone confirms
-/// or not.
+/// A place of a recording under a clip that would follow from an offset of the recorder's clock. The camera's
+/// microphone confirms it or not.
 struct SoundClaim {
     UUID clipID; ///< of the group
     UUID recordingID;
     double offsetSeconds = 0; ///< clip time of the recording's first sample
-    double reachSeconds = 0;  ///< it may lie so much earlier or later
+    double reachSeconds = 0;  ///< the true place may be earlier or later by as much
 
-    /// Offsets to a second: the same clip and recording may be claimed for several.
+    /// The offset in the key is rounded to a second: the same clip and recording may have claims for several
+    /// offsets.
     using Key = std::tuple<UUID, UUID, long>;
     Key key() const { return {clipID, recordingID, std::lround(offsetSeconds)}; }
 };
 struct HeardClaim {
-    std::optional<double> offsetSeconds = {}; ///< where the recording was heard, as of the claim
-    bool couldHear = false;                   ///< the camera has other sound than silence and noise
+    std::optional<double> offsetSeconds = {}; ///< as in the claim, but where it was heard; absent: not heard
+    bool couldHear = false;                   ///< the camera recorded more than silence and noise
 };
-/// Of those that were listened to.
+/// The claims that were listened to.
 using HeardClaims = std::map<SoundClaim::Key, HeardClaim>;
-/// A clip has to be so long for what is not heard in it to mean anything, seconds.
+/// Seconds. In a shorter clip it means nothing that a recording was not heard.
 inline constexpr double leastClaimedSeconds = 10;
 
-/// What was heard of clips, by the match with the recording under them.
+/// What was heard in clips; keys are the identifiers of the matches with the recordings under them.
 struct HeardSound {
     std::unordered_map<UUID, HeardLag> lags;
     std::unordered_map<UUID, HeardElsewhere> elsewhere;
     HeardClaims claims = {};
-    /// Whose cameras have speech, long enough to be found, and nothing of it is in the recording under it nor
-    /// in those beside that.
+    /// Matches of clips whose camera recorded enough speech to be found, but neither the recording under the
+    /// clip nor those beside it have this speech.
     std::unordered_set<UUID> unheard = {};
 };
 

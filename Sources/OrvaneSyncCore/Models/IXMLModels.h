@@ -10,7 +10,7 @@ namespace orvane {
 
 /// A named channel of a recording.
 struct IXMLTrack {
-    int channelIndex = 0; ///< as the document states it, usually from 1; no shift is applied
+    int channelIndex = 0; ///< as the document gives it, usually from 1; not shifted
     std::string name;     ///< never empty
 
     bool operator==(const IXMLTrack&) const = default;
@@ -26,7 +26,7 @@ struct IXMLData {
     std::optional<std::string> circled;      ///< the recorder's flag, as text
     std::optional<std::string> wildTrack;    ///< the recorder's flag, as text
     std::optional<std::string> timecodeRate; ///< such as 30000/1001 or 25/1
-    /// How the recorder counts, DF or NDF. Doubts alone look at it: labels are read by the text of the rate.
+    /// How the recorder counts, DF or NDF. Used for doubts alone: timecodes are read by the text of the rate.
     std::optional<std::string> timecodeFlag;
     std::vector<IXMLTrack> tracks; ///< in document order
 

@@ -23,7 +23,7 @@ auto presentMember(const Json& object, std::string_view key) {
     return value;
 }
 
-// The kinds of values answer in the same way: each basic type has one rule for all of them.
+// All kinds of JSON values have the same interface, so each basic type has one rule for all of them.
 
 template <class Json>
 std::string_view textOf(const Json& json) {

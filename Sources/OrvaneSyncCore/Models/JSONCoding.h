@@ -19,18 +19,18 @@ using platform::JSON;
 using platform::JSONMembers;
 using platform::JSONView;
 
-/// A record that stored JSON does not hold: a required key is missing or a value is of the wrong kind. The
+/// Stored JSON is not a valid record: a required key is missing, or a value has the wrong kind. The
 /// description names the key.
 class DecodingError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-/// The JSON forms of records. Each record type gives `JSON toJSON(const T&)` and a specialisation of
-/// `fromJSON<T>`, which throws DecodingError; the forms of the basic types stand here.
+/// The JSON forms of records. Each record type has `JSON toJSON(const T&)` and a specialisation of
+/// `fromJSON<T>`, which throws DecodingError. The forms of the basic types are declared here.
 template <class T>
 T fromJSON(const JSON& json);
-/// The same without building the tree first. Records that are read by the thousand have a specialisation.
+/// The same without building the tree first. Records that occur in thousands have a specialisation.
 template <class T>
 T fromJSON(const JSONView& json) {
     return fromJSON<T>(json.value());
@@ -39,7 +39,7 @@ T fromJSON(const JSONView& json) {
 JSON toJSON(const UUID& id);
 JSON toJSON(const FileURL& url);
 JSON toJSON(Date date);
-/// The number with the digits that the float itself prints: 0.3 and not 0.30000001192092896.
+/// The shortest digits that give the float again: 0.3, not 0.30000001192092896.
 JSON toJSON(float value);
 template <>
 UUID fromJSON<UUID>(const JSON& json);
@@ -79,7 +79,7 @@ double fromJSON<double>(const JSONView& json);
 template <>
 std::string fromJSON<std::string>(const JSONView& json);
 
-/// The value of a key that must be there.
+/// The value of a key; throws DecodingError if it is missing.
 const JSON& requiredMember(const JSON& object, std::string_view key);
 JSONView requiredMember(const JSONView& object, std::string_view key);
 JSONView requiredMember(const JSONMembers& object, std::string_view key);
@@ -127,12 +127,12 @@ JSON toJSONArray(const Records& records) {
     return elements;
 }
 
-/// The one member of an object that stands for a variant: its key is the case, its value the payload.
+/// The one member of an object that stores a variant: the key is the case, the value its payload.
 const std::pair<std::string, JSON>& singleCase(const JSON& json);
 /// An object with one member, the case and its payload.
 JSON caseObject(std::string_view name, JSON payload = JSON::object());
 
-/// Absent when the key is missing or null; a value of the wrong kind is an error all the same.
+/// Absent if the key is missing or null. A value of the wrong kind is still an error.
 template <class T, class Json>
 std::optional<T> optional(const Json& object, std::string_view key) {
     const auto value = object.find(key);

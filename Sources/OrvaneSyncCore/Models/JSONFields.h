@@ -16,23 +16,23 @@
 
 namespace orvane {
 
-/// How a member of a type stands in a record. Specialised for members with a form of their own.
+/// The JSON form of a member of this type. Specialised for members with a form of their own.
 template <class T>
 struct JSONForm;
 
-/// One field of a record's JSON form: its key and its member. A member that is optional may be absent, every
-/// other one must be there, unless it is `addedLater`.
+/// One field of a record's JSON form: its key and its member. A field is required, unless its member is
+/// optional or it is `addedLater`.
 template <class Record, class Value, class FormOfField = JSONForm<Value>>
 struct JSONField {
     using Form = FormOfField;
     std::string_view key;
     Value Record::*member;
 };
-/// For compilers that deduce nothing of an aggregate by themselves (clang before 17).
+/// Needed by compilers without class template argument deduction for aggregates (clang before 17).
 template <class Record, class Value>
 JSONField(const char*, Value Record::*) -> JSONField<Record, Value>;
 
-/// A field with another form than members of its type have: `fieldAs<PathForm>("folder", &Record::folder)`.
+/// A field whose form differs from that of its type: `fieldAs<PathForm>("folder", &Record::folder)`.
 template <template <class> class Form, class Record, class Value>
 constexpr JSONField<Record, Value, Form<Value>> fieldAs(std::string_view key, Value Record::*member) {
     return {key, member};
@@ -42,9 +42,9 @@ template <class Field>
 struct AddedLater : Field {
     static constexpr bool mayBeAbsent = true;
 };
-/// A field of any kind that the first version of its record did not have: where it is absent, the value is
-/// that of a new record. `addedLater(JSONField{"isPickup", &Record::isPickup})`. Whatever people keep was
-/// written before a field that comes from here on, so each one is declared so or its member is optional.
+/// A field that the first version of its record did not have: if it is absent, the value of a new record is
+/// used. `addedLater(JSONField{"isPickup", &Record::isPickup})`. Users have files that were written before a
+/// field was added, so each new field is `addedLater` or has an optional member.
 template <class Field>
 constexpr AddedLater<Field> addedLater(Field field) {
     return {field};
@@ -57,12 +57,12 @@ constexpr AddedLater<Field> addedLater(Field field) {
 ///         static constexpr std::tuple list{JSONField{"channelIndex", &IXMLTrack::channelIndex}, ...};
 ///     };
 ///
-/// Members that the form leaves out stand in a second tuple, `leftOut{&IXMLTrack::...}`.
+/// Members that the form leaves out are listed in a second tuple, `leftOut{&IXMLTrack::...}`.
 template <class Record>
 struct JSONFields;
 
-/// The list of a record's fields, by which all users go over it. Does not compile where a member stands
-/// neither in it nor in `leftOut`, or in both, or twice.
+/// The list of a record's fields; all code reads it through this. Does not compile if a member is neither in
+/// it nor in `leftOut`, is in both, or is in either twice.
 template <class Record>
 constexpr const auto& recordFields() {
     using Fields = JSONFields<Record>;
@@ -164,7 +164,7 @@ auto valueOfNew(const Field& field) {
     return Record{}.*field.member;
 }
 
-/// A record that is made of its fields in their order.
+/// Constructs a record from its fields in their order.
 template <class Record, class Json>
 Record madeFromJSON(const Json& json) {
     const auto taken = [&]<class Field>(const Field& field) {
@@ -175,7 +175,7 @@ Record madeFromJSON(const Json& json) {
     return std::apply([&](const auto&... field) { return Record{taken(field)...}; }, recordFields<Record>());
 }
 
-/// A record whose fields are read into one that is there, a new one.
+/// Constructs an empty record and reads the fields into it.
 template <class Record, class Json>
 Record filledFromJSON(const Json& json, Record record) {
     const auto take = [&]<class Field>(const Field& field) {

@@ -8,7 +8,7 @@
 
 namespace orvane {
 
-/// What LockitNetwork says of a clip. A field's text is its key in `SyncGroup::lockitMetadata`.
+/// The fields that LockitNetwork gives for a clip. A field's text is its key in `SyncGroup::lockitMetadata`.
 enum class LockitField : std::uint8_t {
     scene,
     take,
@@ -35,7 +35,7 @@ inline constexpr std::array<LockitField, 10> allLockitFields{
     LockitField::cameraName};
 std::string_view displayName(LockitField field);
 
-/// Where a field goes in Final Cut Pro.
+/// The place of a field in Final Cut Pro.
 enum class FCPMetaTarget : std::uint8_t {
     off, ///< nowhere
     scene,
@@ -52,7 +52,7 @@ struct RawValues<FCPMetaTarget> {
                                                            "description", "notes", "keyword",  "custom"};
 };
 std::string_view displayName(FCPMetaTarget target);
-/// The metadata key of a target that has one of its own; empty for the others.
+/// The metadata key of a target with a fixed key; empty for the others.
 std::string_view ownMetadataKey(FCPMetaTarget target);
 
 } // namespace orvane

@@ -8,12 +8,12 @@
 
 namespace orvane {
 
-/// Which days' recordings a clip meets.
+/// From which days a clip may get recordings.
 enum class MatchingDays : std::uint8_t {
-    automatic,  ///< as `midnight`; of a neighbouring day only what looks like a wrong clock
-    same,       ///< those of its own day
-    midnight,   ///< those of its own day, and across midnight
-    neighbours, ///< by time of day, those of its own day, of the day before and of the day after
+    automatic,  ///< as `midnight`, and what a wrong clock probably put on a neighbouring day
+    same,       ///< the clip's own day
+    midnight,   ///< the clip's own day, also across midnight
+    neighbours, ///< by time of day: the clip's own day, the day before and the day after
 };
 template <>
 struct RawValues<MatchingDays> {

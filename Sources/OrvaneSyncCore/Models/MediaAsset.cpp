@@ -18,15 +18,15 @@ bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 int twoDigits(std::string_view text, std::size_t at) { return (text[at] - '0') * 10 + (text[at + 1] - '0'); }
 
-/// Six digits read as YYMMDD: the years 80 to 99 are the last century's.
+/// Six digits read as YYMMDD; the years 80 to 99 are 1980 to 1999.
 std::optional<calendar::Day> dayFromDigits(std::string_view digits) {
     const int yy = twoDigits(digits, 0), month = twoDigits(digits, 2), day = twoDigits(digits, 4);
     if (month < 1 || month > 12 || day < 1 || day > 31) return std::nullopt;
     return calendar::Day{yy > 79 ? 1900 + yy : 2000 + yy, month, day};
 }
 
-/// The same as searching for (?:^|[_\-.])(\d{6})(?:[_\-.]|$) again and again: a match takes the separators on
-/// both of its sides with it, so that two dates with one separator between them give only the first.
+/// Equal to repeated searches for (?:^|[_\-.])(\d{6})(?:[_\-.]|$): a match includes the separators on both
+/// sides, so of two dates with a single separator between them only the first is found.
 std::optional<calendar::Day> dayInName(std::string_view name) {
     std::size_t at = 0;
     while (at + dateDigits <= name.size()) {

@@ -8,11 +8,11 @@
 #include <string_view>
 #include <tuple>
 
-/// The fields of a media file and of what its recorder wrote into it: their JSON form, and the order in which
-/// the cache of probed files keeps them.
+/// The fields of a media file and of the recorder's metadata in it: their JSON form, and their order in the
+/// cache of probed files.
 namespace orvane {
 
-/// By the name of the rate; one that this version does not know is as good as none.
+/// The rate by its name; a name that this version does not know counts as absent.
 template <>
 struct JSONForm<std::optional<TimecodeFrameRate>> {
     static void put(JSON& json, std::string_view key, const std::optional<TimecodeFrameRate>& rate) {

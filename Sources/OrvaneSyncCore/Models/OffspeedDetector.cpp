@@ -30,11 +30,11 @@ bool OffspeedDetector::isOffspeed(std::optional<double> sensor, std::optional<do
 }
 
 bool OffspeedDetector::isHalfRate(std::optional<double> counted, std::optional<double> picture) {
-    constexpr double sameFactor = 0.002; // relative; a counter of 30 goes with 59.94 as with 60
+    constexpr double sameFactor = 0.002; // relative; a timecode of 30 belongs to 59.94 as well as to 60
     return counted && picture && *counted > 0 && std::abs(*picture / *counted / 2 - 1) <= sameFactor;
 }
 
-// A vendor's word alone, without both rates, says nothing that could be used.
+// A vendor's flag without both rates gives no factor, so it is ignored.
 std::optional<OffspeedConfidence> OffspeedDetector::classify(std::optional<double> sensorFrameRate,
                                                              std::optional<double> projectFrameRate,
                                                              [[maybe_unused]] bool vendorConfirmed) {

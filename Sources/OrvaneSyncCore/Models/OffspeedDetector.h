@@ -7,8 +7,8 @@
 
 namespace orvane {
 
-/// How sure the probe is that a clip was shot off the project's speed. `factor` is sensor rate over project
-/// rate.
+/// How certain the probe is that a clip was shot at another speed than the project's. `factor` is sensor rate
+/// over project rate.
 struct OffspeedConfidence {
     enum class Kind { confirmed, suspectedUnconfirmed };
     Kind kind = Kind::confirmed;
@@ -24,15 +24,15 @@ struct OffspeedConfidence {
     bool operator==(const OffspeedConfidence&) const = default;
 };
 
-/// Which rate a file's own timeline runs at. With `sensorRate` the file's duration is the real capture time;
-/// with `conformedExternally` it is longer by the slow-motion factor.
+/// The rate of a file's own timeline. With `sensorRate` the file's duration is the real capture time; with
+/// `conformedExternally` it is longer by the slow-motion factor.
 enum class SourceRateDomain { sensorRate, conformedExternally };
 
 SourceRateDomain deriveSourceRateDomain(std::optional<double> fileRate, std::optional<double> sensor,
                                         std::optional<double> project);
 
-/// Two tolerances are in use and not interchangeable: `rateMatchTolerance` decides whether two rates are the
-/// same rate at all, `offspeedThreshold` whether a clip is treated as offspeed. Rates are frames per second.
+/// Two tolerances, not interchangeable: `rateMatchTolerance` decides whether two rates are the same rate,
+/// `offspeedThreshold` whether a clip is treated as offspeed. Rates are frames per second.
 namespace OffspeedDetector {
 
 constexpr double rateMatchTolerance = 0.02;
@@ -40,8 +40,8 @@ constexpr double offspeedThreshold = 0.05;
 
 bool ratesDifferSignificantly(std::optional<double> a, std::optional<double> b);
 double slowMotionFactor(std::optional<double> sensor, std::optional<double> project);
-/// Whether a timecode counts each second frame of a picture (25 of 50, 29.97 or 30 of 59.94), as cameras do
-/// that have no timecode of more than 30 frames a second. That is no slow motion.
+/// Whether the timecode counts every second frame of the picture (25 of 50, 29.97 or 30 of 59.94). Cameras do
+/// this if their timecode has at most 30 frames a second; it is not slow motion.
 bool isHalfRate(std::optional<double> counted, std::optional<double> picture);
 /// |sensor / project - 1| above `offspeedThreshold`, both rates present and the project rate above 0.
 bool isOffspeed(std::optional<double> sensor, std::optional<double> project);

@@ -18,7 +18,7 @@ std::string statusText(const MatchStatus& status) {
     return status.hasCount() ? text + ":" + std::to_string(status.count) : text;
 }
 
-/// In projects a switch of a clip is on or off.
+/// In projects a switch of a clip is stored as on or off.
 template <class T>
 struct ProjectForm : JSONForm<T> {};
 
@@ -30,7 +30,7 @@ struct ProjectForm<std::optional<bool>> {
     static bool taken(const JSON& json, std::string_view key) { return required<bool>(json, key); }
 };
 
-/// The decisions stand among the other fields of their entry.
+/// The decisions are stored beside the other fields of their entry.
 template <class T>
 struct DecisionsForm;
 

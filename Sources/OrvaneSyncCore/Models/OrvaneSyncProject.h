@@ -10,24 +10,24 @@
 
 namespace orvane {
 
-/// What a project file holds of one clip: where its video lies and what the editor decided. The fields from
-/// `matchStatusRaw` on, `id` and `audioPaths` tell how it was when it was saved; of a clip that was settled
-/// by hand they say by which recording.
+/// What a project file stores of a clip: the path of its video and the editor's decisions. `id`, `audioPaths`
+/// and the fields from `matchStatusRaw` on describe the state at the time of saving; of a clip that the
+/// editor settled by hand they say with which recording.
 struct PersistedGroup {
     UUID id;
     FileURL videoPath; ///< the key by which a clip of a later scan is found
     std::vector<FileURL> audioPaths;
-    SyncGroup decisions;                     ///< nothing of it but the fields that are `KeptIn::projects`
+    SyncGroup decisions;                     ///< only the fields that are `KeptIn::projects` are filled
     std::string matchStatusRaw;              ///< such as "matched" or "ambiguous:3"
     std::optional<double> syncOffsetSeconds; ///< of the first match
 
     explicit PersistedGroup(const SyncGroup& group);
     PersistedGroup(UUID identity, FileURL video);
-    /// Lays the editor's decisions over a clip of a new scan, which keeps its own `id`.
+    /// Copies the editor's decisions to a clip of a new scan, which keeps its own `id`.
     void applyTo(SyncGroup& group) const;
 };
 
-/// A project file: where the folders were and the editor's decisions, not what a scan finds out again.
+/// A project file: the folders and the editor's decisions, but nothing that a scan finds again.
 struct OrvaneSyncProject {
     static constexpr int currentVersion = 1;
 
@@ -38,8 +38,8 @@ struct OrvaneSyncProject {
     ScanScope scanScope;
     SourceCorrections sourceCorrections;
     std::optional<FileURL> aleFilePath;
-    std::vector<PersistedGroup> groups; ///< one a clip, in the order of the list
-    /// Bytes by which another platform finds a folder again; none are made here.
+    std::vector<PersistedGroup> groups; ///< one for each clip, in the order of the list
+    /// Bytes with which another platform finds a folder again; never written here.
     std::optional<std::string> videoFolderBookmark;
     std::optional<std::string> audioFolderBookmark;
 };
@@ -51,9 +51,9 @@ PersistedGroup fromJSON<PersistedGroup>(const JSON& json);
 template <>
 OrvaneSyncProject fromJSON<OrvaneSyncProject>(const JSON& json);
 
-/// Bytes that a record holds as base64 text.
+/// Bytes that a record stores as base64 text.
 std::optional<std::string> optionalBytes(const JSON& object, std::string_view key);
-/// A file's path as a record holds it, as text.
+/// The path of a file that a record stores as text.
 std::optional<FileURL> optionalPath(const JSON& object, std::string_view key);
 
 } // namespace orvane

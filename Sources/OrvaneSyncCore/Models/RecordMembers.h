@@ -5,8 +5,8 @@
 
 namespace orvane {
 
-/// Gives every member of a record a name, which compiles for the number of members that it has and for no
-/// other. For records whose members are public and all in one class, whether it has constructors or not.
+/// Gives every member of a record a name. Compiles only for the exact number of members. For records whose
+/// members are all public and in one class, with or without constructors.
 template <std::size_t count, class Record>
 constexpr auto nameMembers(Record& record) {
     static_assert(count <= 40, "a row for this many members is missing below");
@@ -68,7 +68,7 @@ constexpr auto nameMembers(Record& record) {
 #undef ORVANE_NAMES
 }
 
-/// Whether no two of these pointers to members are the same one.
+/// Whether all these pointers to members are different.
 template <class... Members>
 constexpr bool areDistinct(Members... members) {
     const auto isSame = []<class One, class Other>(One one, Other other) {

@@ -11,13 +11,14 @@ namespace orvane {
 struct DiscoveryResult {
     std::vector<FileURL> videoURLs;
     std::vector<FileURL> audioURLs;
-    // What is missing here; not part of the JSON form.
+    // The lists below name what was not found or read; not part of the JSON form.
     std::vector<FileURL> unreadableFolders;
-    std::vector<FileURL> brokenLinks; ///< that bear the name of a media file or of a folder
-    std::vector<FileURL> linkedFiles; ///< those of the media files that are links; not part of the JSON form
-    /// Picture and sound of kinds that no scan reads, by their extensions; not part of the JSON form.
+    std::vector<FileURL> brokenLinks; ///< with the name of a media file or of a folder
+    std::vector<FileURL> linkedFiles; ///< the media files above that are links; not part of the JSON form
+    /// Picture and sound files of kinds that no scan reads, recognised by extension; not part of the JSON
+    /// form.
     std::vector<FileURL> unreadMedia;
-    /// Exclusions that have met nothing; not part of the JSON form.
+    /// Exclusions that matched no path; not part of the JSON form.
     std::vector<std::string> unusedExclusions;
 
     std::size_t videoCount() const { return videoURLs.size(); }
@@ -32,7 +33,7 @@ struct ScanError {
     std::string message;
 };
 
-/// A small copy of a camera file that lies beside it.
+/// A small copy of a camera file, beside that file.
 struct ProxyFile {
     FileURL url;
     FileURL originalURL;
@@ -44,29 +45,29 @@ struct ScanResult {
     std::vector<MediaAsset> audioAssets;
     double scanDuration = 0; ///< seconds
     std::vector<ScanError> errors;
-    std::vector<ProxyFile> proxies; ///< found and left out; not among the assets
-    /// Files that could not be read to the end, for a warning; not part of the JSON form.
+    std::vector<ProxyFile> proxies; ///< found, but not among the assets
+    /// Files that could not be read to their end, for a warning; not part of the JSON form.
     std::vector<FileURL> unreadFiles;
 
     std::size_t totalFiles() const { return videoAssets.size() + audioAssets.size(); }
     bool hasErrors() const { return !errors.empty(); }
 };
 
-/// Where a scan stands.
+/// The phase of a scan.
 enum class ScanState { idle, discovering, probing, matching, done };
 /// The stored name, such as "probing".
 std::string_view name(ScanState state);
-/// What the screen says in this state; empty for `idle`.
+/// The text on screen for this state; empty for `idle`.
 std::string_view progressText(ScanState state);
 
 struct ScanProgress {
     std::string phase;
     int current = 0;
     int total = 0;
-    std::string file{}; ///< the name of the current one; empty where none is
+    std::string file{}; ///< the name of the current file; empty without one
 
     static ScanProgress idle() { return {}; }
-    /// 0 to 1; 0 when nothing is to be done.
+    /// 0 to 1; 0 if there is nothing to do.
     double fraction() const { return total < 1 ? 0.0 : static_cast<double>(current) / total; }
     bool isActive() const { return total > 0; }
 

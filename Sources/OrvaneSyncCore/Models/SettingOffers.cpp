@@ -61,7 +61,7 @@ offers::Offers offers::loudnessTargets() {
     return all;
 }
 
-/// Roles are called in Final Cut Pro what they are stored as.
+/// In Final Cut Pro roles have the names under which they are stored.
 offers::Offers offers::atmoRoles() {
     Offers all;
     for (const char* role :

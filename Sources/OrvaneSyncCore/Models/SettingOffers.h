@@ -4,7 +4,7 @@
 
 #include <vector>
 
-/// The values that the settings screen offers for settings which take others too. Pure; any thread.
+/// The values that the settings screen suggests for settings which also accept others. Pure; any thread.
 namespace orvane::settings::offers {
 
 using Offers = std::vector<platform::SettingDescription::Offer>;

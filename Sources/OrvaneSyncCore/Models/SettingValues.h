@@ -10,18 +10,19 @@
 
 namespace orvane {
 
-/// What holds where nothing was stored; null for the mode of Smart Audio, where commands differ.
+/// The value that is used if none is stored; null for the mode of Smart Audio, which differs between
+/// commands.
 platform::JSON defaultInUse(const SettingDescription& setting);
 
-/// A value as it is typed: a text bare, a whole number without a point, anything else as JSON; empty for
-/// none.
+/// A value in the form in which it is typed: a text without quotes, a whole number without a point, anything
+/// else as JSON; empty for null.
 std::string settingText(const platform::JSON& value);
 
-/// Why no reader of the setting would understand the value; absent when it is one that they take.
+/// Why the setting does not accept the value; absent if it does.
 std::optional<std::string> whyUseless(const SettingDescription& setting, const platform::JSON& value);
 
-/// For each stored value that no reader understands and that nothing of this run stands above: its key, the
-/// value, and what is used in its place.
+/// Describes each stored value that its setting does not accept, unless an option of this run replaces it:
+/// the key, the value, and the value that is used instead.
 std::vector<std::string> uselessStoredValues(const platform::SettingsStore& store);
 
 } // namespace orvane

@@ -24,7 +24,7 @@ std::string_view keyOf(const SettingDescription& setting) { return setting.key; 
 
 std::string settings::whyNoStartTimecode(std::string_view text) {
     if (platform::text::trimmed(text).empty()) return "";
-    constexpr auto finest = TimecodeFrameRate::fps120; // clips decide at which rate it counts
+    constexpr auto finest = TimecodeFrameRate::fps120; // the rate is known only with the clips
     constexpr int hoursADay = 24;
     std::string why = TimecodeUtils::whyNoTimecode(text, finest);
     if (!why.empty()) return why;

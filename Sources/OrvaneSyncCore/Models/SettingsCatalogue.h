@@ -19,38 +19,39 @@ namespace SettingsCatalogue {
 
 using Entry = std::reference_wrapper<const SettingDescription>;
 
-/// All settings, heading by heading: the order in which presets take the keys and lists show them.
+/// All settings, grouped by heading. Presets and lists use this order.
 std::span<const Entry> all();
-/// Null for a key that is none of them.
+/// Null for an unknown key.
 const SettingDescription* find(std::string_view key);
-/// For people, of a key that is none of them, with the one that was probably meant.
+/// A message about an unknown key, with the key that was probably meant.
 std::string whyUnknown(std::string_view key);
-/// For `Declared`.
+/// Called by `Declared`.
 void add(const SettingDescription& setting);
 
 } // namespace SettingsCatalogue
 
-/// Registers the defaults of the settings that are declared so (`isRegistered`).
+/// Registers the defaults of the settings that have `isRegistered`.
 void registerStandardDefaults(platform::SettingsStore& store);
 
-/// The texts under which the settings hold an enumeration; where they are others than its raw values, this is
-/// specialised beside it.
+/// The texts under which the settings store an enumeration. Specialised beside the enumeration if they differ
+/// from its raw values.
 template <RawValued E>
 inline constexpr std::span<const std::string_view> settingTexts{RawValues<E>::texts};
 
-/// The words of an enumeration's cases: its `displayText`.
+/// The words for an enumeration's cases: its `displayText`.
 template <RawValued E>
 std::string displayed(std::size_t choice) {
     return std::string(displayText(static_cast<E>(choice)));
 }
-/// The name of a case with what it does.
+/// The name of a case and what it does.
 template <RawValued E>
 std::string described(std::size_t choice) {
     const auto value = static_cast<E>(choice);
     return std::string(rawValue(value)) + " – " + std::string(description(value));
 }
 
-/// A setting that joins the catalogue. The object lives for the whole run; it is made before `main`.
+/// A setting that adds itself to the catalogue. The object is made before `main` and exists for the whole
+/// run.
 template <class T>
 struct Declared : platform::Setting<T> {
     using Details = SettingDescription::Details;
@@ -61,7 +62,7 @@ struct Declared : platform::Setting<T> {
         : platform::Setting<T>(theKey, standard) {
         join(under, says, more);
     }
-    /// A text of a list that no enumeration stands for.
+    /// A setting with one of a list of texts, without an enumeration.
     Declared(std::string_view theKey, Default standard, std::span<const std::string_view> texts,
              std::string_view under, std::string_view says,
              Details more = {}) requires std::is_same_v<T, std::string>

@@ -6,14 +6,14 @@
 
 namespace orvane {
 
-/// A value that its copies share until one of them changes it: a plain value to whoever looks at it, and
-/// cheap to copy. Looking at shared copies from several threads is safe; changing one needs that copy to
-/// itself.
+/// A value that is shared by its copies until one of them is changed: it behaves as a plain value and is
+/// cheap to copy. Reading shared copies from several threads is safe; a copy that is changed must not be used
+/// by another thread.
 template <class T>
 class Shared {
   public:
     Shared(T value) : value_(std::make_shared<const T>(std::move(value))) {}
-    /// Many values side by side in one piece of memory, which stays as long as any of them is held.
+    /// Many values in one block of memory, which is kept as long as any of them is held.
     static std::vector<Shared> together(std::vector<T> values) {
         const auto all = std::make_shared<const std::vector<T>>(std::move(values));
         std::vector<Shared> result;
@@ -26,7 +26,8 @@ class Shared {
     const T* operator->() const { return value_.get(); }
     operator const T&() const { return *value_; }
 
-    /// A copy of this one's own to change. The reference holds until the next copy is made.
+    /// Makes this object's own copy of the value and returns it for changes. The reference is valid until the
+    /// next copy of this object is made.
     T& edit() {
         auto own = std::make_shared<T>(*value_);
         T& value = *own;

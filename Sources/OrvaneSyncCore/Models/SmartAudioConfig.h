@@ -9,32 +9,32 @@
 
 namespace orvane {
 
-/// The knobs of block routing.
+/// The parameters of block routing.
 struct SmartAudioBlockSettings {
     Aggressiveness aggressiveness = Aggressiveness::balanced;
     BlockMode blockMode = BlockMode::adaptive;
-    double loudnessTargetDB = -8.0;  ///< dialogue peak target of a block, dBFS; 0 or more: no block gain
+    double loudnessTargetDB = -8.0;  ///< target of a block's dialogue peak, dBFS; 0 or more: no block gain
     double maxBoostDB = 12.0;        ///< largest gain
     double maxCutDB = 6.0;           ///< largest cut, as a positive number
     double truePeakCeilingDB = -1.0; ///< dBFS
     double rampSeconds = 0.25;       ///< fade between blocks in the export
-    SmartAudioRouting routing = SmartAudioRouting::automatic; ///< no part of the JSON form
+    SmartAudioRouting routing = SmartAudioRouting::automatic; ///< not part of the JSON form
 
-    /// Reads the first three and the routing; the others are not for the user to set.
+    /// Reads the first three and the routing; the user cannot set the others.
     static SmartAudioBlockSettings fromUserDefaults(const platform::SettingsStore& store);
-    /// One step more careful for a clip whose stems say that there is music in it.
+    /// The same, one step more cautious if the stems show music in the clip.
     SmartAudioBlockSettings consideringMusic(float musicProbability) const;
 
     bool operator==(const SmartAudioBlockSettings&) const = default;
 };
 
-/// Levels of the adjustments of a track. Amounts are 0 to 1; the document has them in percent.
+/// Strength of the adjustments of a track. Amounts are 0 to 1; the document has them in percent.
 struct SmartAudioConfig {
     float voiceIsolationAmount = 0;
-    float voiceIsolationSNRThreshold = 20; ///< dB; only tracks below it need isolation, but in mode custom
+    float voiceIsolationSNRThreshold = 20; ///< dB; tracks at or above it get no isolation, except in `custom`
     float loudnessAmount = 0;
     float loudnessUniformity = 0.5F;
-    float loudnessTargetDB = 0; ///< below 0: also recommend a volume gain towards it
+    float loudnessTargetDB = 0; ///< if below 0, a volume gain towards it is recommended as well
     int humFrequency = 50;      ///< 50 or 60 Hz
     bool autoHumReduction = true;
 
@@ -44,10 +44,10 @@ struct SmartAudioConfig {
 
     /// `custom` starts from `studio`.
     static SmartAudioConfig preset(SmartAudioMode mode);
-    /// A stored value counts as it stands, 0 included.
+    /// Stored values are used unchanged, 0 included.
     static SmartAudioConfig fromUserDefaults(const platform::SettingsStore& store);
-    /// What choosing a mode does to the sliders: `standard`, `studio` and `cinematic` move them all but the
-    /// loudness target, the other modes none.
+    /// Sets the sliders that belong to a mode: `standard`, `studio` and `cinematic` set all but the loudness
+    /// target, the other modes set none.
     static platform::SettingsWrite moveSliders(platform::SettingsStore& store, SmartAudioMode mode);
 
     bool operator==(const SmartAudioConfig&) const = default;
@@ -67,9 +67,9 @@ struct SmartAudioPreset {
     static SmartAudioPreset cinematic() { return looking(SmartAudioLook::cinematic, 40, 15, 10); }
     static SmartAudioPreset drama() { return looking(SmartAudioLook::drama, 40, 25, 25); }
     static SmartAudioPreset documentary() { return looking(SmartAudioLook::documentary, 50, 35, 50); }
-    /// In the order of the menu; the last does nothing.
+    /// In the order of the menu; the last one changes nothing.
     static std::array<SmartAudioPreset, 4> all();
-    /// Such as "Drama · VI 40, L 25, U 25"; the label alone for the preset that does nothing.
+    /// Such as "Drama · VI 40, L 25, U 25"; only the label for the preset that changes nothing.
     std::string menuText() const;
 
     bool operator==(const SmartAudioPreset&) const = default;

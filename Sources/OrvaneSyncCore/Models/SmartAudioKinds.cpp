@@ -19,7 +19,7 @@ constexpr std::array<CharacterRow, 4> characterRows{{
     {"Action / Atmo-heavy", 2.0},
 }};
 
-// What an adaptive block lasts while nothing is known of the material.
+// Seconds of an adaptive block as long as nothing is known of the material.
 constexpr double undetectedBlockSeconds = 2.0;
 
 struct BlockModeRow {

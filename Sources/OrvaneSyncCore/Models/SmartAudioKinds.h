@@ -8,7 +8,7 @@
 
 namespace orvane {
 
-/// What a recorder channel physically is.
+/// The kind of microphone or signal on a recorder channel.
 enum class ChannelKind { boom, lav, mix, unknown };
 template <>
 struct RawValues<ChannelKind> {
@@ -38,8 +38,8 @@ std::string menuLabel(BlockMode mode, std::optional<MaterialCharacter> detected)
 inline std::string displayText(BlockMode mode) { return menuLabel(mode, std::nullopt); }
 std::string badgeLabel(BlockMode mode, std::optional<MaterialCharacter> detected);
 
-/// By what the router chooses. `automatic`: `speaker` for takes without a boom or mix that qualifies as
-/// default, else `takeDefault`.
+/// How the router chooses the microphone. `automatic` means `speaker` for takes without a boom or mix that
+/// qualifies as default, otherwise `takeDefault`.
 enum class SmartAudioRouting { automatic, takeDefault, speaker };
 template <>
 struct RawValues<SmartAudioRouting> {
@@ -47,7 +47,7 @@ struct RawValues<SmartAudioRouting> {
 };
 std::string_view displayText(SmartAudioRouting routing);
 
-/// Shown and stored; no routing step reads it.
+/// Shown and stored; routing does not read it.
 enum class Aggressiveness { conservative, balanced, inclusive };
 template <>
 struct RawValues<Aggressiveness> {
@@ -55,15 +55,15 @@ struct RawValues<Aggressiveness> {
 };
 std::string_view displayText(Aggressiveness aggressiveness);
 
-/// The kind of a routed block. `multiActiveWarn`: two speakers are active on two lavalier tracks and no mix
-/// track is there to take over.
+/// The kind of a routed block. `multiActiveWarn`: two speakers are active on two lavalier tracks and there is
+/// no mix track to use instead.
 enum class BlockKind { boom, lav, mix, silence, multiActiveWarn };
 template <>
 struct RawValues<BlockKind> {
     static constexpr std::array<std::string_view, 5> texts{"boom", "lav", "mix", "silence",
                                                            "multiActiveWarn"};
 };
-/// On the block strip, over such a block.
+/// Shown on the block strip over such a block.
 inline constexpr std::string_view multiActiveWarnLabel = "⚠ Multi";
 
 /// How the export activates tracks.
@@ -84,12 +84,12 @@ struct RawValues<SmartAudioMode> {
                                                            "Custom"};
 };
 std::string_view description(SmartAudioMode mode);
-/// What the settings screen says below the chosen mode.
+/// The text of the settings screen below the chosen mode.
 std::string_view sectionText(SmartAudioMode mode);
 /// The tags under which the settings hold the modes.
 inline constexpr std::array<std::string_view, 5> smartAudioModeTags{"off", "standard", "studio", "cinematic",
                                                                     "custom"};
-/// The mode of a stored or typed tag, whatever its case and the blanks around it; nothing for any other word.
+/// The mode of a stored or typed tag, ignoring case and surrounding blanks; absent for any other word.
 std::optional<SmartAudioMode> smartAudioModeFromUITag(std::string_view tag);
 
 /// The look of a project.
@@ -98,7 +98,7 @@ template <>
 struct RawValues<SmartAudioLook> {
     static constexpr std::array<std::string_view, 4> texts{"Cinematic", "Drama", "Documentary", "None"};
 };
-/// With its amounts, in whole percent.
+/// The name with its amounts, in whole percent.
 std::string displayText(SmartAudioLook look);
 
 template <>

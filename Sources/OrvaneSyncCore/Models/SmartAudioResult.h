@@ -18,14 +18,14 @@ struct ChannelClassification {
     int trackIndex = 0;
     ChannelKind kind = ChannelKind::unknown;
     float confidence = 0;                   ///< 0 to 1
-    std::string source;                     ///< why, for people; routing also searches its words
+    std::string source;                     ///< the reason, for display; routing also searches its words
     std::optional<std::string> speakerName; ///< lower case, from the track's name
     bool isPreMixed = false;                ///< the track's name says "mix" or "stereo"
 
     bool operator==(const ChannelClassification&) const = default;
 };
 
-/// One track over a whole take. Not stored.
+/// Measurements of one track over a whole take. Not stored.
 struct ChannelRouteStats {
     int trackIndex = 0;
     double noiseFloorDB = 0;         ///< 20th percentile of the window levels, dBFS, within -65 to -25
@@ -37,21 +37,21 @@ struct ChannelRouteStats {
     bool operator==(const ChannelRouteStats&) const = default;
 };
 
-/// One routed stretch.
+/// One routed block.
 struct BlockDecision {
     double startSeconds = 0;
     double endSeconds = 0;             ///< exclusive
     int activeTrack = 0;               ///< 0: none
-    std::optional<int> secondaryTrack; ///< of a `multiActiveWarn` block
+    std::optional<int> secondaryTrack; ///< only in a `multiActiveWarn` block
     BlockKind kind = BlockKind::silence;
     double gainMultiplier = 1.0; ///< linear
     double peakDB = -120.0;      ///< dBFS; -120 for digital silence
-    std::string reason;          ///< why, for people
+    std::string reason;          ///< the reason, for display
 
     bool operator==(const BlockDecision&) const = default;
 };
 
-/// What the dialogue and music stems say, per analysis window.
+/// Measurements of the dialogue and music stems, one value for each analysis window.
 struct StemMetrics {
     std::vector<float> dialogPerWindowRMS;  ///< linear
     std::vector<float> dialogPerWindowPeak; ///< linear
@@ -61,7 +61,7 @@ struct StemMetrics {
     bool operator==(const StemMetrics&) const = default;
 };
 
-/// What is recommended and was measured for one track. An absent amount means no such effect.
+/// The recommendations and measurements for one track. An absent amount means that the effect is not used.
 struct TrackAdjustment {
     int trackIndex = 0;
     std::optional<float> voiceIsolationAmount; ///< 0 to 1
@@ -72,16 +72,16 @@ struct TrackAdjustment {
     float speechRatio = 0;                     ///< share of windows with speech
     float estimatedSNR = 0;                    ///< dB
     float averageLevelDB = 0;                  ///< dBFS of the mean window RMS
-    float bestSourceScore = 0;                 ///< 0 to 1; the highest is the clip's best track
+    float bestSourceScore = 0;                 ///< 0 to 1; the clip's best track has the highest
 
-    /// The uniformity alone is none: it only shapes the loudness effect.
+    /// A uniformity alone is no adjustment: it only shapes the loudness effect.
     bool hasAdjustment() const {
         return voiceIsolationAmount || loudnessAmount || humReductionFrequency || volumeGainDB;
     }
     bool operator==(const TrackAdjustment&) const = default;
 };
 
-/// A stretch on which one track is best.
+/// A range of time in which one track is best.
 struct WindowedBestSegment {
     double startSeconds = 0;
     double endSeconds = 0;
@@ -90,26 +90,26 @@ struct WindowedBestSegment {
     bool operator==(const WindowedBestSegment&) const = default;
 };
 
-// Every analysis measures in windows of this length.
+// The length of the windows of every analysis.
 inline constexpr double smartAudioWindowSeconds = 0.25;
 
-/// The result on one recording. Lives in memory only; what the editor chose survives in the SyncGroup.
+/// The result for one recording. Kept in memory only; the editor's choices are stored in the SyncGroup.
 struct SmartAudioResult {
     std::vector<TrackAdjustment> tracks; ///< one per analysed track, in track order
     std::optional<int> bestTrackIndex;   ///< absent without tracks
     std::vector<WindowedBestSegment> windowedBestTracks;
     double windowDurationSeconds = smartAudioWindowSeconds;
-    std::vector<BlockDecision> blocks; ///< this and the next two: only where block routing was asked for
+    std::vector<BlockDecision> blocks; ///< this and the next two: only if block routing was asked for
     std::vector<ChannelClassification> channelClassifications; ///< in track order
     std::optional<MaterialCharacter> detectedCharacter;
-    std::optional<StemMetrics> stemMetrics; ///< only where stems were given
-    double heardSeconds = 0;                ///< of the recording, from its beginning
+    std::optional<StemMetrics> stemMetrics; ///< only if stems were given
+    double heardSeconds = 0;                ///< length that could be read, from the beginning
     double promisedSeconds = 0;             ///< the length of the recording by its header
-    /// Of a recording in several files: those that are not all there, in whose place there was silence.
+    /// For a recording in several files: the files that are missing or incomplete, analysed as silence there.
     std::vector<IncompleteFile> incompleteFiles;
 
     bool hasAdjustments() const;
-    /// Decoding gave at least one window.
+    /// At least one window could be decoded.
     bool isHeard() const { return !blocks.empty() || !windowedBestTracks.empty(); }
     bool operator==(const SmartAudioResult&) const = default;
 };

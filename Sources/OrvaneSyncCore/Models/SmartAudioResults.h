@@ -8,17 +8,17 @@
 
 namespace orvane {
 
-/// The analyses of clips, by group. Copies share them: one costs a pointer for each clip.
+/// The analyses of clips, by group. Copies share them: a copy costs one pointer for each clip.
 class SmartAudioResults : public std::unordered_map<UUID, Shared<SmartAudioResult>> {
   public:
     using std::unordered_map<UUID, Shared<SmartAudioResult>>::unordered_map;
 
-    /// Null where the clip was not analysed, or nothing of its recording could be heard.
+    /// Null if the clip was not analysed or nothing of its recording could be decoded.
     const SmartAudioResult* heard(const UUID& group) const {
         const auto found = find(group);
         return found == end() || !found->second->isHeard() ? nullptr : &*found->second;
     }
-    /// This list's own, to be changed.
+    /// The list's own copy, for changes.
     SmartAudioResult& operator[](const UUID& group) {
         return try_emplace(group, SmartAudioResult()).first->second.edit();
     }

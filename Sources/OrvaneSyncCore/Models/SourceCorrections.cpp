@@ -51,7 +51,7 @@ void checkFrame(const std::string& text, const SignedLabel& label, TimecodeFrame
                           ", and at " + rateText(rate) + " frames go to " + std::to_string(most - 1));
 }
 
-// Of clocks that began anew, and of any shoot.
+// Covers clocks that were reset to 1970, and any shoot.
 constexpr std::chrono::year earliestSoundYear{1970}, latestSoundYear{2199};
 
 std::chrono::sys_days dayOf(const std::string& text) {
@@ -116,7 +116,7 @@ std::string offsetText(double seconds, TimecodeFrameRate rate) {
     const double frames = std::abs(seconds) * timecodeRate::frameRateForRealTimeCalculation(rate);
     const std::int64_t whole = std::isfinite(frames) ? std::llround(frames) : 0;
     std::string text = TimecodeUtils::framesToTC(whole, rate);
-    std::ranges::replace(text, ';', ':'); // which a shell would take for the end of the command
+    std::ranges::replace(text, ';', ':'); // a shell reads ";" as the end of the command
     return (seconds < 0 && whole > 0 ? "-" : "") + text;
 }
 
@@ -126,7 +126,7 @@ std::string storedText(const std::string& text) { return text; }
 std::string storedText(TimecodeFrameRate rate) { return std::string(timecodeRate::name(rate)); }
 std::string storedText(MatchingDays days) { return std::string(rawValue(days)); }
 
-/// A text; one that this version does not understand is as good as none.
+/// The value is a text; one that this version does not understand counts as absent.
 template <class T>
 struct LenientForm {
     static void put(JSON& json, std::string_view key, const T& value) {

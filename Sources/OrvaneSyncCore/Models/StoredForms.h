@@ -10,10 +10,10 @@
 #include <utility>
 #include <vector>
 
-/// Forms that single fields of projects and sessions have, for `fieldAs`.
+/// Forms of single fields of projects and sessions, for `fieldAs`.
 namespace orvane {
 
-/// A path as `FileURL::pathText` has it.
+/// A path in the form of `FileURL::pathText`.
 template <class T>
 struct PathForm;
 
@@ -69,7 +69,7 @@ struct BytesForm<std::optional<std::string>> {
     }
 };
 
-/// Values that know the keys they have in a record, and have none where they are empty.
+/// Values that write their own keys into a record, and none if they are empty.
 template <class T>
 struct OwnKeysForm;
 

@@ -16,39 +16,40 @@ namespace orvane {
 /// Why a clip may not have the right sound, or not all of it, and what to do about it. Derived, never stored.
 struct SyncDoubt {
     enum class Kind : std::uint8_t {
-        otherDay,       ///< its sound is, or may be, of another day
-        ambiguous,      ///< several recordings, none clearly best
+        otherDay,       ///< its sound is, or may be, from another day
+        ambiguous,      ///< several recordings, none clearly the best
         otherDateFits,  ///< a recording of another date would fit
         constantOffset, ///< all sound of a card is off by one time
-        timecodeRate,   ///< the labels count at another rate than they were read at
-        dropMix,        ///< drop frame and non-drop labels among files that meet
+        timecodeRate,   ///< the timecodes count at another rate than that at which they were read
+        dropMix,        ///< drop-frame and non-drop timecodes among files that meet
         shortSound,     ///< the clip is longer than its sound
-        mutedSpeech,    ///< speech on a channel that is off, far above what is on
-        cutByTrim,      ///< the trim mode cuts the clip's length
+        mutedSpeech,    ///< speech on a channel that is off, much louder than on those that are on
+        cutByTrim,      ///< the trim mode shortens the clip
         splitGap,       ///< a gap between the parts of a split take
-        notTimeOfDay,   ///< the timecode counts something else than the time of day
+        notTimeOfDay,   ///< the timecode does not count the time of day
         noTimecode,     ///< nothing says when the clip was filmed
-        cutFile,        ///< a file ends before what its headers promise
+        cutFile,        ///< a file ends earlier than its headers say
         drift,          ///< the sound runs faster or slower than the picture
-        missingFile,    ///< a take in mono files lacks one that others have
+        missingFile,    ///< a take in mono files lacks a channel that other takes have
     };
 
     Kind kind = Kind::ambiguous;
     std::string message; ///< one sentence for people, with the numbers and the file's name
     DoubtCure cure;      ///< options, or a decision of the editor
-    /// The channel that `mutedSpeech` is about, from 1.
+    /// The channel of `mutedSpeech`, from 1.
     std::optional<int> channel{};
-    /// The message for the row of its clip, which has the clip's name and room for the beginning; empty: as
-    /// it is.
+    /// The message for the clip's row, which already shows the clip's name and may show only the beginning of
+    /// the text; empty: `message`.
     std::string reason{};
-    /// Of what has numbers of each clip's own: the clip with these, for a text about several clips at once.
+    /// For a doubt with numbers that differ between clips: the clip and its numbers, for a text about several
+    /// clips; otherwise empty.
     std::string own{};
-    /// The message where a window says it otherwise, as it has no options; empty: as it is.
+    /// The message for a window, if it differs, as windows have no options; empty: `message`.
     std::string windowMessage{};
-    /// What the clip should have, by what its camera heard.
+    /// The recording that the clip should have, according to the sound of its camera.
     struct Suggestion {
-        std::optional<UUID> recordingID{}; ///< absent: the one that it has
-        double offsetSeconds = 0;          ///< by hand
+        std::optional<UUID> recordingID{}; ///< absent: the clip's present recording
+        double offsetSeconds = 0;          ///< the manual offset
         bool operator==(const Suggestion&) const = default;
     };
     std::optional<Suggestion> suggestion{};
@@ -63,14 +64,14 @@ struct RawValues<SyncDoubt::Kind> {
         "notTimeOfDay", "noTimecode", "cutFile",       "drift",          "missingFile"};
 };
 
-/// The doubts whether the right recording lies under a clip. The others are about what is heard and seen of
-/// it.
+/// The doubts about whether the right recording is under a clip. The others are about what is heard and seen
+/// of it.
 inline constexpr std::array doubtsAboutMatching{
     SyncDoubt::Kind::otherDay,       SyncDoubt::Kind::ambiguous,    SyncDoubt::Kind::otherDateFits,
     SyncDoubt::Kind::constantOffset, SyncDoubt::Kind::timecodeRate, SyncDoubt::Kind::dropMix,
     SyncDoubt::Kind::notTimeOfDay,   SyncDoubt::Kind::noTimecode};
 
-/// A doubt about a whole card, with the clips that it concerns.
+/// A doubt about a whole card, with the clips that it affects.
 struct CardDoubt {
     SyncDoubt doubt;
     std::vector<UUID> groupIDs; ///< in the order of the clips
@@ -79,9 +80,9 @@ struct CardDoubt {
 };
 
 JSON toJSON(const SyncDoubt& doubt);
-/// One line for a terminal: the message and the cure.
+/// One line for a terminal: message and cure.
 std::string warningOf(const SyncDoubt& doubt);
-/// The keys of the doubt, and `groupIDs`.
+/// The keys of a doubt, and `groupIDs`.
 JSON toJSON(const CardDoubt& doubt);
 
 } // namespace orvane

@@ -130,7 +130,7 @@ bool isSame(const AudioMatch& a, const AudioMatch& b) {
            a.overlapDurationSeconds == b.overlapDurationSeconds;
 }
 
-/// `counts`: whether a field is one of those that are compared.
+/// `counts` says whether a field is compared.
 template <class Record, class Counts>
 bool haveSameFields(const Record& a, const Record& b, const Counts& counts) {
     const auto isSameValue = []<class Value>(const Value& one, const Value& other) {

@@ -12,7 +12,7 @@
 
 namespace orvane {
 
-/// Outcome of matching one video.
+/// The result of matching one video.
 struct MatchStatus {
     enum class Kind { matched, ambiguous, splitRecording, unmatched, mos, manual };
     Kind kind = Kind::unmatched;
@@ -28,16 +28,16 @@ struct MatchStatus {
     std::string label() const;
     /// The case's name as it is stored.
     std::string_view name() const;
-    /// `ambiguous` and `splitRecording` do.
+    /// True for `ambiguous` and `splitRecording`.
     bool hasCount() const;
-    /// `matched`, `splitRecording`, `mos` or `manual`: the statuses that are exported and that vote on the
-    /// rate.
+    /// `matched`, `splitRecording`, `mos` or `manual`. Clips with these statuses are exported and count when
+    /// the rate is chosen.
     bool isSettled() const { return kind != Kind::ambiguous && kind != Kind::unmatched; }
 
     bool operator==(const MatchStatus&) const = default;
 };
 
-/// How a clip is aligned. Takes no part in the arithmetic of offsets.
+/// How a clip is aligned. Not used in the arithmetic of offsets.
 enum class SyncMethod { timecode, clap, manual };
 inline constexpr std::array<SyncMethod, 3> allSyncMethods{SyncMethod::timecode, SyncMethod::clap,
                                                           SyncMethod::manual};
@@ -50,7 +50,7 @@ struct AudioMatch {
     AudioMatch(UUID id, Shared<MediaAsset> audio, double syncOffsetSeconds, double overlapDurationSeconds);
 
     UUID id;
-    Shared<MediaAsset> audio;          ///< one recording lies under many clips
+    Shared<MediaAsset> audio;          ///< shared, as one recording is under many clips
     double syncOffsetSeconds = 0;      ///< audio start minus video start on the timecode axis
     double overlapDurationSeconds = 0; ///< length of the common time range
 };
@@ -68,7 +68,7 @@ struct BlockOverride {
 /// One video with its matched audio and everything the editor decided. Identity, and equality, is by `id`
 /// alone.
 ///
-/// Axes: a moment `a` seconds into the primary audio lies at video time
+/// Axes: a moment `a` seconds into the primary audio is at video time
 /// a + audioMatches[0].syncOffsetSeconds + manualAudioOffsetSeconds; the exporter adds its global offset
 /// last.
 struct SyncGroup {
@@ -79,7 +79,7 @@ struct SyncGroup {
 
     UUID id;
     MediaAsset video;
-    std::vector<AudioMatch> audioMatches; ///< best first, as rankMeetings says
+    std::vector<AudioMatch> audioMatches; ///< best first, in the order of rankMeetings
     MatchStatus matchStatus;
     std::string clipName; ///< stored display name
     std::optional<std::map<std::string, std::string>> aleMetadata;
@@ -101,7 +101,7 @@ struct SyncGroup {
     std::optional<std::string> nativeMOSNameSuffix;
     std::optional<bool> generateProjectRateClipFlag;
     std::optional<std::string> projectRateNameSuffix;
-    std::optional<std::string> manualClipName; ///< above all naming rules
+    std::optional<std::string> manualClipName; ///< takes precedence over all naming rules
     bool isPickup = false;
     bool isExcludedFromExport = false;
     std::optional<bool> isExcludedFromMulticamFlag;
@@ -118,7 +118,7 @@ struct SyncGroup {
     bool hasManualTrackEdits() const { return tracksManuallyEdited.value_or(false); }
     bool shouldGenerateProjectRateClip() const { return generateProjectRateClipFlag.value_or(false); }
     bool isExcludedFromMulticam() const { return isExcludedFromMulticamFlag.value_or(false); }
-    /// The clap point on the video's axis; the picture anchor wins.
+    /// The clap point on the video's axis; the picture anchor takes precedence.
     std::optional<double> resolvedClapPointSeconds() const;
 
     bool operator==(const SyncGroup& other) const { return id == other.id; }

@@ -5,8 +5,9 @@
 
 namespace orvane {
 
-/// What tells one list of clips from an earlier one, for a list on screen that repaints only that: take the
-/// rows out that went, move those that moved, put those in that came, repaint those that changed.
+/// The differences between two lists of clips, for a list on screen that repaints only these. Apply them in
+/// this order: remove the rows `went`, move the rows `moved`, insert the rows `came`, repaint the rows
+/// `changed`.
 struct SyncGroupChanges {
     struct Move {
         std::size_t from = 0; ///< row of the earlier list
@@ -16,8 +17,8 @@ struct SyncGroupChanges {
     };
     std::vector<std::size_t> went;    ///< rows of the earlier list, ascending
     std::vector<std::size_t> came;    ///< rows of the later list, ascending
-    std::vector<Move> moved;          ///< as few as bring the others into order, by `to`
-    std::vector<std::size_t> changed; ///< rows of the later list, ascending; may have moved, too
+    std::vector<Move> moved;          ///< the fewest moves that give the new order, by `to`
+    std::vector<std::size_t> changed; ///< rows of the later list, ascending; they may have moved as well
 
     bool empty() const { return went.empty() && came.empty() && moved.empty() && changed.empty(); }
     bool operator==(const SyncGroupChanges&) const = default;

@@ -4,18 +4,18 @@
 
 namespace orvane {
 
-/// All that is stored of both is the same. The identifiers of their matches do not count: matching again
-/// makes new ones for the same recordings.
+/// Whether all stored fields of both are equal. The identifiers of their matches are not compared: matching
+/// again gives the same recordings new ones.
 bool haveSameContents(const SyncGroup& a, const SyncGroup& b);
-/// The same of those fields on which the doubts about the clips, and their names, depend: the list of fields
-/// says which.
+/// The same for the fields on which the clips' doubts and names depend; the list of fields says which these
+/// are.
 bool haveSameDoubtInputs(const SyncGroup& a, const SyncGroup& b);
 bool haveSameNameInputs(const SyncGroup& a, const SyncGroup& b);
 
-/// Something about the clip was decided by hand and would be lost with it. A rate by hand and a recording
-/// that was taken off look like what the matcher finds by itself, so they do not show here.
+/// Whether something about the clip was decided by hand and would be lost with the clip. A rate set by hand
+/// and a removed recording are not detected: they look like results of the matcher.
 bool holdsDecisions(const SyncGroup& group);
-/// The same without the clap point in the sound, which is also found where a clip is only opened.
+/// The same without the clap point in the sound, which is also found automatically when a clip is opened.
 bool holdsDecisionsBesideClap(const SyncGroup& group);
 
 } // namespace orvane

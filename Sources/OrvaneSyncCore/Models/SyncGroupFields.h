@@ -12,11 +12,11 @@
 #include <type_traits>
 #include <utility>
 
-/// The fields of a clip and of its matches: their JSON form, which of a clip the editor decides, which
-/// files hold them, and what depends on them.
+/// The fields of a clip and of its matches: their JSON form, which of them the editor decides, which files
+/// store them, and what depends on them.
 namespace orvane {
 
-/// What a report or the metadata service says of a clip, by the name of the field.
+/// Texts from a report or the metadata service about a clip; the key is the name of the field.
 using ImportedTexts = std::map<std::string, std::string>;
 
 template <>
@@ -67,22 +67,22 @@ struct JSONFields<BlockOverride> {
 
 /// Where the value of a field of a clip comes from.
 enum class FieldSource {
-    found,    ///< by a scan, a report or an analysis, which find it again
-    clap,     ///< the clap point in the sound: by the editor, or by the search when a clip is opened
-    decision, ///< by the editor alone; a value other than that of a new clip is one
-    detail    ///< by the editor, and ignored without the decision that it belongs to
+    found,    ///< by a scan, a report or an analysis, which would find it again
+    clap,     ///< the clap point in the sound: set by the editor, or by the search when a clip is opened
+    decision, ///< by the editor alone; any value other than that of a new clip is a decision
+    detail    ///< by the editor; ignored without the decision that it belongs to
 };
 
-/// What is derived again when a field of a clip changes, besides what shows the field itself. A new field
-/// concerns both until its line says otherwise.
+/// What is derived again when a field of a clip changes, besides what shows the field itself. A field affects
+/// both unless its line says otherwise.
 enum class Concerns : std::uint8_t {
     neither = 0,
-    doubts = 1, ///< what is doubted about its match
+    doubts = 1, ///< the doubts about its match
     names = 2,  ///< the names of the clips, which depend on each other
     both = doubts | names
 };
 
-/// Which files hold a field: those of sessions, or those of projects as well.
+/// Which files store a field: sessions alone, or projects as well.
 enum class KeptIn { sessions, projects };
 
 template <FieldSource Source, KeptIn Kept, Concerns Derived, class Value>
@@ -147,10 +147,10 @@ struct JSONFields<SyncGroup> {
         clipField<decision, sessions, neither>("masterGainAuto", &SyncGroup::masterGainAuto)};
 };
 
-/// A clip of which nothing is found nor decided.
+/// A clip without results and decisions.
 const SyncGroup& undecidedClip();
 
-/// Whether a field has another value than that of `undecidedClip`; what is switched off again has not.
+/// Whether a field has another value than in `undecidedClip`. A decision that was undone counts as none.
 template <class Value>
 bool isSet(const SyncGroup& group, Value SyncGroup::*member) {
     if constexpr (std::is_same_v<Value, std::optional<bool>>)
@@ -159,7 +159,7 @@ bool isSet(const SyncGroup& group, Value SyncGroup::*member) {
         return group.*member != undecidedClip().*member;
 }
 
-/// Calls `use` with each field that project files hold.
+/// Calls `use` with each field that project files store.
 template <class Use>
 void forEachFieldOfProjects(const Use& use) {
     const auto useIfKept = [&]<class Field>(const Field& field) {

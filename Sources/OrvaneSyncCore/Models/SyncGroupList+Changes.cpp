@@ -9,17 +9,18 @@ namespace orvane {
 
 namespace {
 
-/// A clip of both lists.
+/// A clip that is in both lists.
 struct Kept {
     std::size_t from;
     std::size_t to;
 };
 
-/// All but a longest run, by `to`, whose earlier rows ascend: these have to move.
+/// The moves, by `to`: all clips except one longest run whose earlier rows ascend.
 std::vector<SyncGroupChanges::Move> moves(const std::vector<Kept>& kept) {
     constexpr std::size_t none = static_cast<std::size_t>(-1);
-    std::vector<std::size_t> ends;                      // of the best run of each length, as places in `kept`
-    std::vector<std::size_t> before(kept.size(), none); // in its best run
+    std::vector<std::size_t> ends;                      // the last clip of the best run of each length, as
+                                                        // index in `kept`
+    std::vector<std::size_t> before(kept.size(), none); // the index before each clip in its best run
     for (std::size_t i = 0; i < kept.size(); ++i) {
         const auto place =
             std::ranges::lower_bound(ends, kept[i].from, {}, [&](std::size_t end) { return kept[end].from; });
@@ -59,7 +60,7 @@ std::optional<SyncGroupChanges> SyncGroupList::changesInPlace(const SyncGroupLis
 
 SyncGroupChanges SyncGroupList::changesSince(const SyncGroupList& before) const {
     if (auto changes = changesInPlace(before)) return *std::move(changes);
-    // What differs lies between a beginning and an end that both have.
+    // Rows that differ are between a beginning and an end that both lists share.
     const std::size_t shorter = std::min(size(), before.size());
     std::size_t first = 0, same = 0;
     while (first < shorter && element(first) == before.element(first)) ++first;
@@ -68,7 +69,7 @@ SyncGroupChanges SyncGroupList::changesSince(const SyncGroupList& before) const 
 
     SyncGroupChanges changes;
     const std::size_t end = size() - same, endBefore = before.size() - same;
-    std::unordered_map<UUID, std::size_t> rows; // of the earlier list, the first of each id
+    std::unordered_map<UUID, std::size_t> rows; // the row in the earlier list, for the first clip of each id
     for (std::size_t row = first; row < endBefore; ++row) rows.try_emplace(before[row].id, row);
     std::vector<Kept> kept;
     std::vector<bool> isKept(endBefore - first);

@@ -8,8 +8,8 @@ namespace orvane {
 SyncGroupList::SyncGroupList(std::initializer_list<SyncGroup> groups)
     : SyncGroupList(std::vector<SyncGroup>(groups)) {}
 
-/// Many groups at once lie side by side, in memory that stays as long as any of them is in a list: to free
-/// thousands of big pieces among small ones costs as much as to make them.
+/// Many groups at once are allocated in one block, which is kept as long as any of them is in a list: freeing
+/// thousands of large blocks among small ones costs as much as allocating them.
 SyncGroupList::SyncGroupList(std::vector<SyncGroup> groups) {
     const auto all = std::make_shared<const std::vector<SyncGroup>>(std::move(groups));
     for (const SyncGroup& group : *all) append(Element(all, &group));
@@ -50,7 +50,7 @@ std::optional<std::size_t> SyncGroupList::positionOf(const UUID& id) const {
         return std::nullopt;
     }
     const std::size_t mask = index_->size() - 1;
-    // Equal ids lie behind each other in the order of their positions, so that the first is met first.
+    // Equal ids are in the order of their positions, so the first one is found first.
     for (std::size_t slot = std::hash<UUID>()(id) & mask; (*index_)[slot] != freeSlot;
          slot = (slot + 1) & mask)
         if (const std::size_t position = (*index_)[slot] - 1; (*this)[position].id == id) return position;

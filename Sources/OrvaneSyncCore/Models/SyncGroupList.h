@@ -14,14 +14,14 @@
 
 namespace orvane {
 
-/// The clips, in order, shared copy-on-write: a copy of the list costs a pointer for every 64 clips, and a
-/// change copies the one group that changes and the pointers of the clips around it. A plain value: copies
-/// are independent of each other, and each may be read from any thread.
+/// The clips in order, shared copy-on-write. A copy of the list costs a pointer for every 64 clips; a change
+/// copies the changed group and the pointers of the groups around it. A plain value: copies are independent
+/// of each other, and each may be read from any thread.
 class SyncGroupList {
   public:
     using Element = std::shared_ptr<const SyncGroup>;
 
-    /// Gives the groups themselves, not the pointers to them.
+    /// Iterates over the groups themselves, not the pointers to them.
     class Iterator {
       public:
         using iterator_category = std::forward_iterator_tag;
@@ -56,19 +56,19 @@ class SyncGroupList {
     Iterator end() const { return {*this, size()}; }
     const SyncGroup& operator[](std::size_t index) const { return *element(index); }
     const SyncGroup& front() const { return *element(0); }
-    /// To put the same group into another list without a copy.
+    /// For putting the same group into another list without a copy.
     const Element& element(std::size_t index) const {
         const std::size_t chunk = index / chunkSize;
         return chunk < chunks_.size() ? (*chunks_[chunk])[index % chunkSize] : tail_[index % chunkSize];
     }
 
-    /// Null when there is no such group; of several groups of one id the first.
+    /// Null if there is no such group. If several groups have this id, the first.
     const SyncGroup* find(const UUID& id) const;
 
     void append(SyncGroup group);
     void append(Element group);
-    /// Calls `change` with a copy of the group, which then takes the group's place; it keeps its id. False
-    /// when there is no such group.
+    /// Calls `change` with a copy of the group, which then replaces the group and keeps its id. False if
+    /// there is no such group.
     template <class Change>
     bool update(const UUID& id, Change&& change) {
         makeIndex();
@@ -77,7 +77,8 @@ class SyncGroupList {
         updateAt(*position, change, nullptr);
         return true;
     }
-    /// For every group for which the test holds, changed before the next is tested; gives their number.
+    /// Changes every group for which the test holds, each before the next one is tested. Returns their
+    /// number.
     template <class Test, class Change>
     std::size_t updateWhere(Test&& test, Change&& change) {
         std::size_t count = 0;
@@ -89,8 +90,8 @@ class SyncGroupList {
         }
         return count;
     }
-    /// Many groups at once by their positions, in any order: calls `change` with a copy of the group and the
-    /// index of its position in `positions`.
+    /// Changes many groups by their positions, in any order. Calls `change` with a copy of the group and with
+    /// the index of its position in `positions`.
     template <class Change>
     void updateAt(const std::vector<std::size_t>& positions, Change&& change) {
         OwnChunks own(chunks_.size());
@@ -107,27 +108,28 @@ class SyncGroupList {
         return result;
     }
 
-    /// What tells this list from an earlier state of it. Where clips have only changed, chunks that both
-    /// share are passed over, so that it costs a pointer for 64 clips. A clip counts as changed when it was
-    /// edited, whether or not the edit made a difference.
+    /// The differences between this list and an earlier state of it. If clips were only edited, chunks that
+    /// both lists share are skipped, so that it costs a pointer for 64 clips. A clip counts as changed when
+    /// it was edited, whether or not the edit made a difference.
     SyncGroupChanges changesSince(const SyncGroupList& before) const;
 
-    /// Looks at all ids once, so that `find` need not, here and in every copy with the same groups. `update`
-    /// does so by itself.
+    /// Builds the index of all ids, so that `find` need not search, in this list and in every copy with the
+    /// same groups. `update` builds it by itself.
     void makeIndex();
 
   private:
     using Chunk = std::vector<Element>;
     static constexpr std::size_t chunkSize = 64;
-    /// For each chunk the copy that a change of many groups has made of it, which nobody else has yet; null
-    /// where it made none. A copy takes 64 counted references, which costs more than a change of a group.
+    /// For each chunk the copy that a change of many groups has made of it and that no other list has yet;
+    /// null if there is none. Copying a chunk copies 64 counted references, which costs more than changing a
+    /// group.
     using OwnChunks = std::vector<Chunk*>;
 
-    /// Where each id stands: a hash table of positions, with room to spare. The ids are in the groups.
+    /// The position of each id: a hash table of positions with free slots. The ids are read from the groups.
     using Index = std::vector<std::uint32_t>;
     static constexpr std::uint32_t freeSlot = 0;
 
-    /// Nothing where the clips are not the same ones in the same order.
+    /// Absent if the lists do not have the same clips in the same order.
     std::optional<SyncGroupChanges> changesInPlace(const SyncGroupList& before) const;
     std::optional<std::size_t> positionOf(const UUID& id) const;
     void replace(std::size_t position, Element group, OwnChunks* own);
@@ -139,8 +141,8 @@ class SyncGroupList {
     }
 
     std::vector<std::shared_ptr<const Chunk>> chunks_; ///< full, shared with other lists
-    Chunk tail_;                                       ///< the groups behind them, fewer than a chunk
-    std::shared_ptr<const Index> index_;               ///< null until somebody needs it
+    Chunk tail_;                                       ///< the groups after those, fewer than a chunk
+    std::shared_ptr<const Index> index_;               ///< null until it is needed
 };
 
 } // namespace orvane

@@ -14,7 +14,8 @@ constexpr std::size_t textLength = 36;
 
 bool isDashPlace(std::size_t i) { return i == 8 || i == 13 || i == 18 || i == 23; }
 
-/// By character, -1 for what is no digit. A table, as no branch can foretell random digits.
+/// By character; -1 if it is not a hexadecimal digit. A table, as branches on random digits would be
+/// mispredicted.
 constexpr std::array<int, 256> digitValues = [] {
     std::array<int, 256> values{};
     values.fill(-1);
@@ -74,7 +75,7 @@ std::string UUID::text() const {
 } // namespace orvane
 
 std::size_t std::hash<orvane::UUID>::operator()(const orvane::UUID& id) const noexcept {
-    std::size_t value = 0; // the bytes are random already
+    std::size_t value = 0; // the bytes are already random
     std::memcpy(&value, id.bytes.data(), sizeof value);
     return value;
 }

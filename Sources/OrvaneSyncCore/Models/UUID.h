@@ -17,9 +17,9 @@ struct UUID {
     std::array<std::uint8_t, 16> bytes{};
 
     static UUID random();
-    /// Many at the cost of one: the system is asked once.
+    /// Many identifiers for the cost of one: the system is asked once.
     static std::vector<UUID> random(std::size_t count);
-    /// Upper or lower case; nothing when the text has another form.
+    /// Upper or lower case; absent if the text has another form.
     static std::optional<UUID> fromText(std::string_view text);
     std::string text() const;
 

@@ -41,7 +41,7 @@ JSON toJSON(const WildTrack& track) { return fieldsToJSON(track); }
 template <>
 WildTrack fromJSON<WildTrack>(const JSON& json) {
     WildTrack track = filledFromJSON(json, WildTrack(MediaAsset(UUID(), FileURL(), AssetKind::audio)));
-    track.id = track.audio.id; // whatever stands beside it
+    track.id = track.audio.id; // whatever id is stored beside it
     return track;
 }
 

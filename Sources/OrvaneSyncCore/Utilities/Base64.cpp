@@ -34,7 +34,7 @@ std::optional<std::string> decoded(std::string_view text) {
     }
     std::string bytes;
     std::uint32_t bits = 0;
-    std::size_t known = 0; // bits that wait for a whole byte
+    std::size_t known = 0; // bits that do not make a whole byte yet
     for (const char c : text) {
         const std::size_t value = digits.find(c);
         if (value == std::string_view::npos) return std::nullopt;

@@ -9,7 +9,7 @@ namespace {
 
 bool isLength(double value) { return std::isfinite(value) && value > 0; }
 
-/// Of a position on an axis, from 0 to 1.
+/// A position on an axis as a share of its length, from 0 to 1.
 double share(double position, double length) { return std::clamp(position / length, 0.0, 1.0); }
 
 } // namespace
@@ -27,7 +27,8 @@ double ClusterTimelineAxis::audioClockSeconds(double atX, double width, double t
 }
 
 double ClusterTimelineAxis::x(double forAudioClockSeconds, double width, double totalSeconds) {
-    return audioClockSeconds(forAudioClockSeconds, totalSeconds, width); // the axes changed over
+    return audioClockSeconds(forAudioClockSeconds, totalSeconds, width); // the same mapping with the two axes
+                                                                         // exchanged
 }
 
 } // namespace orvane

@@ -2,12 +2,13 @@
 
 namespace orvane {
 
-/// The one axis on which the multicam view draws all cameras: the clock of their recording, in seconds, over
-/// a width in pixels. Pure; any thread. Each gives 0 where an argument is not finite, or a width or total not
-/// above 0.
+/// The time axis that all cameras share in the multicam view: the clock of their recording, in seconds, drawn
+/// over a width in pixels. Pure; any thread. Each function returns 0 if an argument is not finite, or if a
+/// width or total is not above 0.
 namespace ClusterTimelineAxis {
 
-/// From 0 to 1: where a moment of a camera's composition lies, given the camera's sync offset.
+/// The position of a moment of a camera's composition on the axis, from 0 to 1. `syncOffsetSeconds` is the
+/// camera's sync offset.
 double progress(double compositionSeconds, double syncOffsetSeconds, double totalSeconds);
 /// From 0 to `totalSeconds`.
 double audioClockSeconds(double atX, double width, double totalSeconds);

@@ -2,6 +2,6 @@
 
 namespace orvane {
 
-inline constexpr double secondsADay = 86400; ///< of the clock on the wall, which knows no leap seconds
+inline constexpr double secondsADay = 86400; ///< of civil time, without leap seconds
 
 } // namespace orvane

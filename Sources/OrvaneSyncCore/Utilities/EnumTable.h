@@ -6,8 +6,9 @@
 
 namespace orvane {
 
-/// Whether the enumeration has a case of this value. Compilers print a template argument that is one by its
-/// name, and any other as a number: "value = orvane::Kind::mix]", "value = (orvane::Kind)4]".
+/// Whether the enumeration has a case with this value. The text that a compiler makes of the template
+/// argument shows it: a case is printed by its name, "value = orvane::Kind::mix]", any other value as a
+/// number, "value = (orvane::Kind)4]".
 template <class E, E value>
 consteval bool isCase() {
     std::string_view text = __PRETTY_FUNCTION__;
@@ -16,8 +17,8 @@ consteval bool isCase() {
     return first < '0' || first > '9';
 }
 
-/// The row of a case in a table with one for each, in the order of the cases. A table with a row too few or
-/// too many does not compile, nor does one of an enumeration whose cases are not numbered from 0.
+/// The row of a case in a table that has one row for each case, in the order of the cases. Does not compile
+/// if the table has a row too few or too many, or if the cases are not numbered from 0.
 template <class Row, std::size_t count, class E>
 constexpr const Row& rowOf(const std::array<Row, count>& rows, E value) {
     static_assert(isCase<E, static_cast<E>(count - 1)>() && !isCase<E, static_cast<E>(count)>(),

@@ -12,7 +12,8 @@ namespace {
 
 constexpr std::string_view separators = "_- .";
 
-/// Whether the test holds for a piece of the name and the piece before it, which is empty at the first.
+/// Whether the test holds for any word of the name. The test gets the word and the word before it, which is
+/// empty for the first.
 template <class Test>
 bool anyPiece(std::string_view name, const Test& test) {
     std::string_view previous;

@@ -12,7 +12,7 @@ std::vector<int> LaneLayout::assignLanes(const std::vector<Interval>& intervals)
     std::iota(order.begin(), order.end(), std::size_t{0});
     std::ranges::stable_sort(order, [&](std::size_t a, std::size_t b) {
         return std::weak_order(intervals[a].start, intervals[b].start) <
-               0; // in order even where one is no number
+               0; // a valid order even if a start is not a number
     });
 
     std::vector<double> laneEnds;

@@ -4,7 +4,7 @@
 
 namespace orvane {
 
-/// Puts stretches of time that overlap on rows of their own. Pure; any thread.
+/// Places time intervals on rows (lanes) so that those that overlap are on different rows. Pure; any thread.
 namespace LaneLayout {
 
 struct Interval {
@@ -12,8 +12,8 @@ struct Interval {
     double end = 0;   ///< seconds
 };
 
-/// The lane of each interval, from 0, in the order of the input: each takes the first lane that is free when
-/// it starts. Intervals that touch share a lane.
+/// The lane of each interval, from 0, in the order of the input. Each interval gets the first lane that is
+/// free at its start. Intervals that only touch share a lane.
 std::vector<int> assignLanes(const std::vector<Interval>& intervals);
 
 } // namespace LaneLayout

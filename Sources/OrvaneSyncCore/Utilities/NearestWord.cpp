@@ -9,7 +9,7 @@ namespace orvane {
 
 namespace {
 
-/// Insertions, deletions, replacements and swaps of neighbours, each counted as one.
+/// The number of insertions, deletions, replacements and swaps of neighbours between the two words.
 std::size_t editDistance(std::string_view a, std::string_view b) {
     std::vector<std::vector<std::size_t>> costs(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
     for (std::size_t i = 0; i <= a.size(); ++i) {
@@ -27,12 +27,12 @@ std::size_t editDistance(std::string_view a, std::string_view b) {
     return costs.back().back();
 }
 
-/// The nearest by edits, if it is near.
+/// The candidate with the smallest edit distance; absent if none is similar enough.
 std::optional<std::string_view> nearest(std::string_view word, std::span<const std::string_view> candidates) {
     std::optional<std::string_view> best;
     constexpr std::size_t longestWord = 64;
     if (word.size() > longestWord) return best;
-    // A third of the word may be wrong; beyond that a guess would only confuse.
+    // At most a third of the word may be wrong; a suggestion beyond that would only confuse.
     std::size_t bestDistance = word.size() / 3 + 1;
     for (const std::string_view candidate : candidates) {
         const std::size_t distance = editDistance(word, candidate);

@@ -10,8 +10,8 @@
 
 namespace orvane {
 
-// Numbers and texts one behind the other in a string of bytes, for files that only this program reads. A
-// number lies there as in memory, a text behind its length in four bytes.
+// Writes numbers and texts one after the other into a string of bytes, for files that only this program
+// reads. A number has the bytes that it has in memory; a text follows its length, which takes four bytes.
 static_assert(std::endian::native == std::endian::little, "the files are little-endian");
 
 template <class T>
@@ -20,14 +20,14 @@ void appendPlain(std::string& out, T value) {
     out.append(reinterpret_cast<const char*>(&value), sizeof value);
 }
 
-/// Shorter than 4 GB.
+/// The text is shorter than 4 GB.
 inline void appendText(std::string& out, std::string_view text) {
     appendPlain(out, static_cast<std::uint32_t>(text.size()));
     out += text;
 }
 
-/// Takes them out again in the same order. Once something is not there, everything that follows is 0 or
-/// empty, and `hasFailed` tells at the end.
+/// Reads the values again in the same order. After the first value that is missing, all further values are 0
+/// or empty; check `hasFailed` at the end.
 class PackedReader {
   public:
     explicit PackedReader(std::string_view bytes) : rest_(bytes) {}
@@ -45,7 +45,7 @@ class PackedReader {
         }
     }
     std::string_view text() { return bytes(plain<std::uint32_t>()); }
-    /// Exactly so many, or none.
+    /// Exactly `count` bytes, or none.
     std::string_view bytes(std::size_t count) {
         if (count > rest_.size()) {
             fail();

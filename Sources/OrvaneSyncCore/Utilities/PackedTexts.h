@@ -8,23 +8,23 @@
 
 namespace orvane {
 
-/// A list of texts in one piece of memory: four bytes a text beside its characters, for tables of millions of
-/// cells. All texts together have at most `mostBytes` bytes. A plain value.
+/// A list of texts in one block of memory, for tables of millions of cells. Each text costs four bytes
+/// besides its characters. All texts together have at most `mostBytes` bytes. A plain value.
 class PackedTexts {
   public:
     static constexpr std::size_t mostBytes = 0xFFFFFFFF;
 
     /// Makes room for that many texts and bytes.
     void reserve(std::size_t texts, std::size_t bytes);
-    /// Adds to the text that is under way.
+    /// Appends to the unfinished text.
     void extend(std::string_view piece) { bytes_ += piece; }
-    /// The text under way is whole; the next one begins.
+    /// Ends the unfinished text and begins the next one.
     void finish() { ends_.push_back(static_cast<std::uint32_t>(bytes_.size())); }
     void append(std::string_view text);
 
     std::size_t size() const { return ends_.size(); }
     bool empty() const { return ends_.empty(); }
-    /// Holds until the list changes.
+    /// Valid until the list changes.
     std::string_view operator[](std::size_t index) const;
     /// For a loop over all texts.
     class Iterator {

@@ -22,7 +22,7 @@ std::vector<std::string> namesOf(std::string_view path) {
     return names;
 }
 
-/// Bytes of the character in front. A byte that begins none is one.
+/// The number of bytes of the first character. An invalid byte counts as one character.
 std::size_t characterLength(std::string_view text) {
     const auto first = static_cast<unsigned char>(text.front());
     const std::size_t stated = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : first >= 0xC0 ? 2 : 1;
@@ -39,8 +39,9 @@ std::string_view takeCharacter(std::string_view& text) {
     return character;
 }
 
-/// Whether the character is of the set in front of the pattern, "[...]", which is taken off. Nothing where
-/// the set has no end: its bracket then stands for itself. UTF-8 orders as its characters do.
+/// Removes the set, "[...]", from the front of the pattern and returns whether the character is in it. Absent
+/// if the set has no end: then its bracket is an ordinary character. Bytes can be compared, as UTF-8 keeps
+/// the order of the characters.
 std::optional<bool> takeSet(std::string_view& pattern, std::string_view character) {
     std::string_view rest = pattern.substr(1);
     const bool isNegated = rest.starts_with('!') || rest.starts_with('^');
@@ -60,7 +61,7 @@ std::optional<bool> takeSet(std::string_view& pattern, std::string_view characte
     return isIn != isNegated;
 }
 
-/// Takes one character off both; false when they differ.
+/// Removes one character from both; false if they differ.
 bool takeOne(std::string_view& pattern, std::string_view& name) {
     if (pattern.empty() || name.empty()) return false;
     const std::string_view character = name.substr(0, characterLength(name));
@@ -72,7 +73,8 @@ bool takeOne(std::string_view& pattern, std::string_view& name) {
 }
 
 bool matchesName(std::string_view pattern, std::string_view name) {
-    // Where the last star stands, and how far it reaches: the only place to come back to.
+    // After a mismatch the last star takes one more character and matching goes on from there: the pattern
+    // behind that star, and the part of the name that it does not cover yet.
     std::string_view behindStar, behindReach;
     bool hasStar = false;
     for (;;) {
@@ -108,7 +110,7 @@ bool PathGlob::matches(std::string_view path) const {
             if (matchesName(names_.front(), name)) return true;
         return false;
     }
-    // reached[i]: the names so far may be matched by the first i of the pattern.
+    // reached[i]: the names so far are matched by the first i names of the pattern.
     std::vector<bool> reached(names_.size() + 1);
     const auto skipFolders = [&] {
         for (std::size_t i = 0; i < names_.size(); ++i)

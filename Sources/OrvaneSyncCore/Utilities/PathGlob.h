@@ -6,16 +6,16 @@
 
 namespace orvane {
 
-/// A pattern of paths, as shells have them: `*` stands for any characters of a name, `?` for one, `[a-z]` for
-/// one of a set and `[!a-z]` for one outside it, and `**` between slashes for any number of folders, none
-/// too. Case counts. Pure; any thread.
+/// A pattern for paths with the syntax of shells: `*` matches any characters within a name, `?` one
+/// character, `[a-z]` a character of a set and `[!a-z]` a character outside it; `**` between slashes matches
+/// any number of folders, including none. Case counts. Pure; any thread.
 class PathGlob {
   public:
     explicit PathGlob(std::string_view pattern);
 
-    /// `path`: below the folder that is searched, without a slash in front. A pattern without a slash matches
-    /// a path that has such a name anywhere in it; any other is for the whole path. A slash at the end says
-    /// nothing.
+    /// `path` is relative to the folder that is searched, without a slash in front. A pattern without a slash
+    /// matches if any name in the path matches it; any other pattern must match the whole path. A slash at
+    /// the end of the pattern is ignored.
     bool matches(std::string_view path) const;
 
   private:

@@ -5,7 +5,7 @@
 namespace orvane {
 
 std::uint64_t quickHash(std::string_view bytes) {
-    constexpr std::uint64_t factor = 0x9E3779B97F4A7C15; // 2^64 over the golden ratio
+    constexpr std::uint64_t factor = 0x9E3779B97F4A7C15; // 2^64 divided by the golden ratio
     constexpr unsigned half = 32;
     std::uint64_t hash = bytes.size() * factor;
     const auto add = [&](std::string_view word) {

@@ -5,7 +5,8 @@
 
 namespace orvane {
 
-/// Of eight bytes a step, for finding and for seeing damage; no defence against forgery. Pure; any thread.
+/// A hash, eight bytes a step, for tables and for detecting damage; not safe against forgery. Pure; any
+/// thread.
 std::uint64_t quickHash(std::string_view bytes);
 
 } // namespace orvane

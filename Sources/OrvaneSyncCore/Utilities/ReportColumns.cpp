@@ -34,7 +34,7 @@ bool has(const Names& names, std::string_view name) {
     return std::ranges::find(names, name) != names.end();
 }
 
-/// "T1", "Track 12", "Ch3": the column of one channel.
+/// "T1", "Track 12", "Ch3": the column of a single channel.
 bool isOfChannel(std::string_view name) {
     constexpr std::string_view digits = "0123456789";
     const std::size_t number = name.find_first_of(digits);

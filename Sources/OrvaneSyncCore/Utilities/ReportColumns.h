@@ -5,18 +5,18 @@
 
 namespace orvane {
 
-/// What the names of a report's columns say. Case, blanks, line ends and "_" do not count: "File Name",
-/// "FILE_NAME" and "filename" are one. Pure; any thread.
+/// The meaning of the column names of a report. Case, blanks, line ends and "_" are ignored: "File Name",
+/// "FILE_NAME" and "filename" are the same name. Pure; any thread.
 namespace ReportColumns {
 
-/// In lower case and without those.
+/// The name in lower case, without blanks, line ends and "_".
 std::string normalised(std::string_view name);
-/// Whether camera and sound reports have columns of this name.
+/// Whether this is a usual column name of camera and sound reports.
 bool isKnown(std::string_view name);
-/// Of those, whether it tells rows apart: it names a file or a scene. A production's name, date or roll also
-/// stands in the lines above a table.
+/// Whether this is a usual column name that distinguishes the rows: it names a file or a scene. Name, date
+/// and roll of a production do not, as they are also in the lines above a table.
 bool tellsRowsApart(std::string_view name);
-/// Whether the cells below it name files.
+/// Whether the cells of this column name files.
 bool namesFiles(std::string_view name);
 
 } // namespace ReportColumns

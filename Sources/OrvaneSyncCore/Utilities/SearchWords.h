@@ -9,7 +9,7 @@
 
 namespace orvane {
 
-/// What somebody types to find something: words with blanks between them, in any case and order.
+/// The text of a search field: words separated by blanks, in any case and order.
 class SearchWords {
   public:
     SearchWords() = default;
@@ -24,7 +24,7 @@ class SearchWords {
     }
 
     bool isEmpty() const { return words_.empty(); }
-    /// Whether each of the words stands in the text. No words stand in every text.
+    /// Whether each of the words is in the text; true if there are no words.
     bool areIn(std::string_view text) const {
         if (words_.empty()) return true;
         const std::string in = platform::text::lowercased(text);

@@ -15,7 +15,7 @@ using platform::text::trimmed;
 
 constexpr double wholeRateTolerance = 0.01;
 
-/// Removes every occurrence and tells whether there was one.
+/// Removes every occurrence of the word and returns whether there was one.
 bool removeAll(std::string& text, std::string_view word) {
     bool removed = false;
     for (auto at = text.find(word); at != std::string::npos; at = text.find(word, at)) {
@@ -92,7 +92,8 @@ std::optional<TimecodeFrameRate> timecodeFrameRateFromIXML(const std::optional<s
         number = *value;
         nearest = frameRate(number);
     }
-    // 23.98 and 59.95 are near enough; what stands for another rate is that, and 24.4 is none.
+    // Accepts rounded forms such as 23.98 and 59.95. A number further off may mean another rate; 24.4 means
+    // none.
     constexpr double sameRate = 0.0011;
     const double real = timecodeRate::frameRateForRealTimeCalculation(nearest);
     if (std::abs(number - real) > sameRate * real) return timecodeRate::nearest(number, drop.value_or(false));

@@ -9,15 +9,15 @@
 
 namespace orvane {
 
-/// Shapes of a container, by the identifiers under which they are stored.
+/// Shapes of the alternate frame, by the identifiers under which they are stored.
 namespace AspectRatioHelper {
 
 inline constexpr std::span<const std::string_view, 8> presetIdentifiers =
     std::span(aspectRatioIdentifiers).first<8>();
-/// The identifier that stands for a size given in pixels; it has no ratio.
+/// The identifier for a size given in pixels; it has no ratio.
 inline constexpr std::string_view customIdentifier = aspectRatioIdentifiers.back();
 
-/// What the settings screen offers, in its order.
+/// A choice of the settings screen, which shows them in this order.
 struct Choice {
     std::string_view identifier;
     std::string_view text;
@@ -33,10 +33,10 @@ inline constexpr std::array<Choice, 8> choices{{
     {customIdentifier, "Custom pixels…"},
 }};
 
-/// Width to height; nothing for an unknown identifier.
+/// Width over height; absent for an unknown identifier.
 std::optional<double> ratio(std::string_view identifier);
-/// Pixels, always even, as picture codecs need it; 0 for an unknown identifier and where the height would not
-/// be a number of pixels.
+/// Pixels, always even, as video codecs require. 0 for an unknown identifier, or if the height would be out
+/// of range.
 int heightFromWidth(int width, std::string_view identifier);
 
 } // namespace AspectRatioHelper

@@ -28,7 +28,8 @@ const Tracks& tracksOf(const MediaAsset& audio, const ExportSettings& settings) 
     return audio.ixmlData && settings.useIXMLTrackNames ? audio.ixmlData->tracks : none;
 }
 
-/// A file with one channel says nothing of its place by being its file's first: its number does.
+/// In a file with a single channel the position in the file says nothing, so the running number of the file's
+/// channel is used.
 std::string alternateRole(const TakeFile& file, int track, const MediaAsset& audio,
                           const ExportSettings& settings) {
     if (file.channelCount > 1) return audioRoleName(track, audio, settings);
@@ -43,7 +44,7 @@ bool areDistinct(const std::vector<std::string>& roles) {
     return std::ranges::adjacent_find(sorted) == sorted.end();
 }
 
-/// A name that comes again gets a number, one that no channel has by itself.
+/// Repeated names get a number; the result differs from all other names.
 void makeDistinct(std::vector<std::string>& roles) {
     if (areDistinct(roles)) return;
     std::unordered_set<std::string> taken(roles.begin(), roles.end());
@@ -72,7 +73,7 @@ ChannelRoles::ChannelRoles(const SyncGroup& group, const Take& take, const Expor
                                                                : alternateRole(file, track, audio, settings);
         }
     }
-    // Names may differ only in what the document cannot hold.
+    // Names that differ only in characters that the document cannot hold become equal here.
     for (std::string& role : roles_) role = fcpxml::readBack(role);
     makeDistinct(roles_);
 }

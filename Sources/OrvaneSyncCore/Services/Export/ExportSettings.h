@@ -17,7 +17,7 @@
 namespace orvane {
 
 /// A record whose members are settings, each with its declaration: `TrimMode trimMode =
-/// of(settings::trimMode);`. Made without a store it holds their defaults.
+/// of(settings::trimMode);`. Constructed without a store it holds the defaults.
 class ReadFromSettings {
   protected:
     ReadFromSettings() = default;
@@ -27,20 +27,20 @@ class ReadFromSettings {
     T of(const platform::Setting<T>& setting) const {
         return store_ == nullptr ? setting.standard() : store_->get(setting);
     }
-    /// The store is not used behind the construction.
+    /// Call at the end of the construction; the store is not used after it.
     void isRead() { store_ = nullptr; }
 
   private:
     const platform::SettingsStore* store_ = nullptr;
 };
 
-/// Every decision of an export: the exporter reads nothing else.
+/// All inputs of an export besides the clips: the exporter reads no other settings.
 struct ExportSettings : ReadFromSettings {
     ExportSettings() = default;
-    /// What the store holds; a value that means nothing reads as the default.
+    /// Reads the store; a value that is not valid is replaced by the default.
     explicit ExportSettings(const platform::SettingsStore& store) : ReadFromSettings(store) { isRead(); }
 
-    // As they are stored.
+    // These are used as they are stored.
 
     std::string eventName = of(settings::eventName);
     std::string audioBaseRole = of(settings::audioBaseRole); ///< the part before "." of every audio role
@@ -75,10 +75,10 @@ struct ExportSettings : ReadFromSettings {
     std::string namingSeparator = of(settings::namingSeparator);
     bool volumeKeyframes = of(settings::volumeKeyframes);
 
-    // Derived from several, or from the work.
+    // These are derived from several settings or from the clips.
 
     double frameRate = 24.0;        ///< of the main format and of all times not tied to one clip
-    double projectFrameRate = 24.0; ///< to which a clip's position conforms; also decides what is offspeed
+    double projectFrameRate = 24.0; ///< rate of a clip that states none; clips of another rate are warned of
     int outputWidth = 1920;         ///< native frame, pixels
     int outputHeight = 1080;
     int alternateWidth = of(settings::alternateWidth); ///< container, pixels
@@ -92,23 +92,23 @@ struct ExportSettings : ReadFromSettings {
     std::string metadataPrefix; ///< of every mapped metadata value
     LockitFieldMapping lockitFieldMapping;
     double globalAudioOffsetSeconds = 0; ///< added to all audio of the export
-    /// The first clip that the offset applies to, by name or by timecode; absent: to every clip.
+    /// The first clip to which the offset applies, by name or by timecode; both absent: all clips.
     std::optional<std::string> globalAudioOffsetStartingFromFilename;
     std::optional<std::string> globalAudioOffsetStartingFromTC;
     std::optional<std::string> customNamingPattern;
-    MatchRules matchRules; ///< by which the sound was laid against the pictures
+    MatchRules matchRules; ///< by which the sound was matched to the pictures
 
-    /// What the settings store does not hold.
+    /// Inputs that are not in the settings store.
     struct Request {
         std::string eventName = settings::eventName.standard();
-        const MediaAsset* sourceVideo = nullptr; ///< gives the native frame size
-        std::optional<int> aspectAnchorWidth;    ///< the width that a container's height is computed from
+        const MediaAsset* sourceVideo = nullptr; ///< its size becomes the native frame size
+        std::optional<int> aspectAnchorWidth;    ///< the width from which a container's height is computed
         bool generateMulticam = settings::generateMulticam.standard();
-        SyncGroupList groups; ///< vote on the frame rate
+        SyncGroupList groups; ///< their rates decide the frame rate
         SmartAudioResults smartAudioResults;
         std::optional<FileURL> atmoFileURL;
-        std::optional<std::string> atmoAudioRoleOverride; ///< wins over the stored one
-        std::optional<double> atmoDurationOverride;       ///< seconds; wins over the stored one
+        std::optional<std::string> atmoAudioRoleOverride; ///< replaces the stored one
+        std::optional<double> atmoDurationOverride;       ///< seconds; replaces the stored one
         std::string metadataPrefix;
         MatchRules matchRules;
     };

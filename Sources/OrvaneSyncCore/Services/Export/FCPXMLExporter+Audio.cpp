@@ -14,13 +14,13 @@ namespace {
 
 constexpr double smallestGlobalOffsetSeconds = 0.0001;
 
-/// One file of a clip on its own time axis.
+/// One file of a clip, on its own time axis.
 struct Placement {
     const MediaAsset& audio;
     const std::string& assetID;
     const TakeFile& file;
     Time start;
-    Time place; ///< on the clip's axis, without the offsets
+    Time place; ///< on the clip's axis, before offsets are added
     Time duration;
 
     Placement(const SyncGroup& group, const TakeFile& takeFile, const std::string& id, double fps,
@@ -31,7 +31,7 @@ struct Placement {
           duration(soundLength(soundDuration(audio.durationSeconds, audioRate(audio)), fps)) {}
 };
 
-/// The controls of the effects go from 0 to 100 and have no fractions. `amount` is 0 to 1; none is 0.
+/// The controls of the effects go from 0 to 100 in whole steps. `amount` is 0 to 1; absent gives 0.
 double wholePercent(std::optional<float> amount) {
     const double percent = std::round(static_cast<double>(amount.value_or(0.0F)) * 100);
     return std::isnan(percent) ? 0 : std::clamp(percent, 0.0, 100.0);
@@ -47,7 +47,7 @@ AdjustAudioEnhanced enhancement(const TrackAdjustment& track) {
     return adjust;
 }
 
-/// By running number.
+/// The keys are running numbers of channels.
 std::unordered_map<int, AdjustAudioEnhanced> enhancements(const SmartAudioResult* result) {
     std::unordered_map<int, AdjustAudioEnhanced> byNumber;
     if (result == nullptr) return byNumber;
@@ -61,8 +61,8 @@ bool isActive(int number, const SyncGroup& group, const SmartAudioResult* result
     return result == nullptr || !result->bestTrackIndex || *result->bestTrackIndex == number;
 }
 
-/// The first channel of a file, which carries the others on the lanes below it. `lane` is that of the first
-/// channel.
+/// The first channel of a file; the other channels are anchored to it on the lanes below. `lane` is the lane
+/// of the first channel.
 Audio channelsOf(const Placement& placed, std::optional<int> lane, const ChannelRoles& roles,
                  const VolumeCurves& curves) {
     const TakeFile& file = placed.file;
@@ -76,7 +76,7 @@ Audio channelsOf(const Placement& placed, std::optional<int> lane, const Channel
         element.duration = placed.duration;
         element.role = AudioRole{{roles.of(number)}};
         element.srcCh = {track};
-        // What Smart Audio decided is decided over the take: it has not heard other recordings of the clip.
+        // Smart Audio decides for the take only; it did not analyse the other recordings of the clip.
         if (isHeard(file.role))
             element.adjust.volume = curves.of(number, {file.startSeconds, placed.start, placed.duration});
         return element;
@@ -88,7 +88,7 @@ Audio channelsOf(const Placement& placed, std::optional<int> lane, const Channel
     return first;
 }
 
-/// The take's first file is a clip of its own.
+/// The take's first file gets a clip element of its own.
 Clip firstFile(const Placement& placed, Audio channels, const std::string& formatID, TcFormat tcFormat) {
     Clip clip;
     clip.lane = -1;
@@ -114,8 +114,8 @@ AudioChain buildAudioChain(const SyncGroup& group, const std::vector<std::string
     const ChannelRoles roles(group, take, settings);
     const VolumeCurves curves =
         settings.volumeKeyframes && result != nullptr ? VolumeCurves(group, *result) : VolumeCurves();
-    // Every file keeps its own times and moves by its offset on the picture's axis: the sound slides against
-    // the picture, and its first sample is still its first.
+    // Every file keeps its own start time and is placed on the picture's axis by its offset. So the sound
+    // moves against the picture without losing its first samples.
     const Time shift = soundShift(group, settings, fps);
     chain.anchored.reserve(take.files.size());
     int lane = 0;

@@ -12,9 +12,9 @@ namespace {
 
 using Videos = std::vector<const MediaAsset*>;
 
-constexpr std::size_t shortestCameraFilename = 4; // characters; a letter, a number and something behind them
+constexpr std::size_t shortestCameraFilename = 4; // characters; a letter, a number and at least one more
 
-/// The letter at the front of the file's name, upper case, with "Cam " before it.
+/// "Cam " and the first letter of the file's name, in upper case.
 std::optional<std::string> nameByFile(const MediaAsset& from) {
     const std::string filename = platform::text::uppercased(from.filename);
     const auto characters = platform::text::characters(filename);
@@ -26,8 +26,8 @@ std::optional<std::string> nameByFile(const MediaAsset& from) {
 
 bool isSeparator(char c) { return c == ' ' || c == '_' || c == '-'; }
 
-/// The letter in front of or behind the word, such as "B" in "CAM_B", "CamB" and "B-Cam". Without a separator
-/// only a capital of a usual camera: "cams" and "CAMP" are words.
+/// The letter before or after `word`, such as "B" in "CAM_B", "CamB" and "B-Cam". Without a separator only a
+/// capital letter that is common for cameras counts: "cams" and "CAMP" are ordinary words.
 std::optional<char> letterBeside(std::string_view word, std::string_view folder) {
     const std::string upper = platform::text::uppercased(folder);
     if (upper.size() != folder.size() || upper.size() <= word.size()) return std::nullopt;
@@ -43,7 +43,7 @@ std::optional<char> letterBeside(std::string_view word, std::string_view folder)
     return letter >= 'A' && letter <= 'Z' ? std::optional(letter) : std::nullopt;
 }
 
-/// By the folder nearest to the file that is called after a camera.
+/// From the folder nearest to the file whose name has a camera.
 std::optional<std::string> nameByFolder(const MediaAsset& from) {
     const auto folders = folderNames(from.url);
     for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder)
@@ -57,7 +57,8 @@ std::string nameByPlace(std::size_t index) {
     return "Cam " + letter.value_or(std::to_string(index + 1));
 }
 
-/// By the files' letters, with the folder where several state the same; empty for a file without one.
+/// From the letters of the files, with the folder if several files have the same letter; empty for a file
+/// without a letter.
 std::vector<std::string> namesByFiles(const Videos& videos) {
     std::vector<std::string> names(videos.size());
     std::map<std::string, std::vector<std::size_t>> byName;
@@ -73,7 +74,7 @@ std::vector<std::string> namesByFiles(const Videos& videos) {
     return names;
 }
 
-/// Fills in those whose folder alone states a letter that no other camera has.
+/// Fills in empty names from a folder whose letter no other camera has.
 void addNamesByFolders(const Videos& videos, std::vector<std::string>& names) {
     std::map<std::string, std::vector<std::size_t>> byName;
     for (std::size_t i = 0; i < videos.size(); ++i)
@@ -100,7 +101,7 @@ std::vector<std::string> cameraNames(const Videos& videos) {
     std::vector<std::string> names = namesByFiles(videos);
     addNamesByFolders(videos, names);
     std::unordered_set<std::string> angles;
-    std::unordered_map<std::string, int> numbers; // the last behind each name
+    std::unordered_map<std::string, int> numbers; // the last number behind each name
     for (std::string& name : names) {
         if (name.empty()) continue;
         const std::string own = name;

@@ -30,7 +30,7 @@ AdjustConform::Type conformType(SpatialConformType type) {
     return AdjustConform::Type::fill;
 }
 
-/// Where the picture of a clip lies, at the one rate that serves all times of the clip.
+/// Start and length of a clip's picture, at the one rate that is used for all times of the clip.
 struct Picture {
     double fps;
     Time start;
@@ -58,14 +58,14 @@ AssetClip pictureClip(const SyncGroup& group, const Picture& picture, const std:
     return clip;
 }
 
-/// What a container shows, on the axis of its picture.
+/// The section that a container shows, on the axis of its picture.
 struct Extent {
     Time start;
     Time duration;
 };
 
-/// Whole frames within which both the picture and a file of the take are; all of the picture where they have
-/// no frame in common.
+/// The whole frames in which there are both the picture and a file of the take; the whole picture if there is
+/// no such frame.
 Extent commonExtent(const SyncGroup& group, const Picture& picture, const ExportSettings& settings) {
     const Time shift = soundShift(group, settings, picture.fps);
     std::optional<Time> first, last;
@@ -80,7 +80,7 @@ Extent commonExtent(const SyncGroup& group, const Picture& picture, const Export
         last = last ? std::max(*last, end) : end;
     }
     if (!first) return {picture.start, picture.duration};
-    // Seconds from the picture's start, to which the frames are counted.
+    // Seconds from the picture's start, where the frames are counted from.
     const Time frame = frameDurationTime(picture.fps);
     Time from = std::max(*first, Time::zero()).toFrame(frame, FrameSampling::floor);
     if (from < *first) from += frame;
@@ -89,7 +89,7 @@ Extent commonExtent(const SyncGroup& group, const Picture& picture, const Export
     return {picture.start + from, to - from};
 }
 
-/// But for `overlap`, compares the lengths of picture and take, not where they lie.
+/// Not for `overlap`. Compares the lengths of picture and take, not their positions.
 Time trimmedDuration(const SyncGroup& group, const Picture& picture, const ExportSettings& settings) {
     if (settings.trimMode == TrimMode::videoDuration) return picture.duration;
     double seconds = group.video.shownSeconds().value_or(0);
@@ -130,7 +130,7 @@ void addKeyword(std::vector<MarkerItem>& markers, std::string value) {
     markers.emplace_back(Keyword{std::move(value)});
 }
 
-/// A retimed picture has no sound in its clip.
+/// A retimed picture gets no sound in its clip.
 Extent trimmed(const SyncGroup& group, const Picture& picture, bool isRetimed,
                const ExportSettings& settings) {
     if (settings.trimMode == TrimMode::overlap)
@@ -138,7 +138,7 @@ Extent trimmed(const SyncGroup& group, const Picture& picture, bool isRetimed,
     return {picture.start, trimmedDuration(group, picture, settings)};
 }
 
-/// The container around a picture: in the format of the main container, the picture in its own.
+/// The container around a picture: it has the format of the main container, the picture keeps its own.
 SyncClip container(const SyncGroup& group, const Picture& picture, AssetClip item,
                    const std::string& altFormat, const std::string& fcpName, const ExportSettings& settings) {
     const Extent extent = trimmed(group, picture, item.timeMap.has_value(), settings);
@@ -154,8 +154,8 @@ SyncClip container(const SyncGroup& group, const Picture& picture, AssetClip ite
     return clip;
 }
 
-/// A clip of picture and sound. Real-time sound cannot follow a retimed picture: with a time map there is
-/// none.
+/// A clip of picture and sound. With a time map the sound is left out: real-time sound cannot follow a
+/// retimed picture.
 SyncClip clipWithoutKeywords(const SyncGroup& group, const Picture& picture, const ClipResources& resources,
                              const std::optional<TimeMap>& timeMap, const std::string& fcpName,
                              const MappedItems& mapped, const ExportSettings& settings) {

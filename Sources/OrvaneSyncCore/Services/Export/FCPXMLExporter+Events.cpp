@@ -56,7 +56,8 @@ std::vector<Event> assembleEvents(ExportRun& run) {
     else
         events.push_back({.name = settings.eventName, .items = std::move(run.eventItems)});
 
-    // When events are split, variants that want no event of their own already stand in their scene's.
+    // If events are split by scene, variants without an event of their own are already in the event of their
+    // scene.
     if (!settings.splitEventsByScene) {
         if (!settings.separateEventForNativeMOS) moveItems(run.nativeMOSItems, events.front().items);
         if (!settings.separateEventForProjectRate) moveItems(run.projectRateItems, events.front().items);

@@ -11,7 +11,7 @@ namespace {
 constexpr int roomToneSampleRate = 48000;
 constexpr int roomToneLane = -10;
 
-/// A file of sound alone, at the beginning of its event's axis.
+/// A clip of a sound file without picture, at the start of its event.
 AssetClip soundClip(const Asset& asset, const Time& duration, const ExportSettings& settings) {
     AssetClip clip;
     clip.ref = {asset.id.value};

@@ -6,7 +6,7 @@ namespace orvane::FCPXMLExporter {
 
 namespace {
 
-/// Several fields may share a key: their values then stand side by side under it.
+/// Several fields may be mapped to one key: then their values are joined under it.
 void add(std::vector<fcpxml::MetadataItem>& items, const std::string& key, std::string value) {
     const auto existing = std::ranges::find(items, key, &fcpxml::MetadataItem::key);
     if (existing != items.end()) {

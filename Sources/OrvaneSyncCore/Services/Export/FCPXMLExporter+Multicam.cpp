@@ -13,10 +13,11 @@ using namespace fcpxml;
 
 namespace {
 
-constexpr double leastSecondsApart = 0.2; // less is a nudge, or a camera's own delay
+constexpr double leastSecondsApart = 0.2; // a smaller difference is a small correction or a camera's own
+                                          // delay
 
-/// Where the clip begins beside the others: at its own start, moved as a corrected rate moves that of the
-/// picture. Nothing for a clip without a start.
+/// The start of the clip on the axis of the angles: its own start, moved by as much as a corrected rate moves
+/// the start of the picture. Absent for a clip without a start.
 std::optional<Time> startOnAxis(const CameraClip& camera, const ExportSettings& settings) {
     const auto& corrected = settings.matchRules.timecodeRate;
     if (!corrected || !camera.clip.start) return camera.clip.start;
@@ -26,9 +27,9 @@ std::optional<Time> startOnAxis(const CameraClip& camera, const ExportSettings& 
     return read && own ? *camera.clip.start + (*read - *own) : *camera.clip.start;
 }
 
-/// Where the angles of a clip begin and end. Cuts between cameras of several rates lie on the frames of the
-/// clip that holds them: a camera that began between two of them comes in on the later one, and shows what it
-/// saw at that moment.
+/// The start and end of each angle. If the cameras have different rates, angles start on whole frames of the
+/// enclosing clip: a camera that began between two of its frames starts at the later one, and shows there
+/// what it recorded at that moment.
 class AngleGrid {
   public:
     AngleGrid(const std::vector<CameraClip>& cameras, const ExportSettings& settings) {
@@ -44,12 +45,12 @@ class AngleGrid {
     }
 
     const Time& earliest() const { return earliest_; }
-    /// Whether the camera ran for a whole frame of the grid.
+    /// Whether the camera recorded for at least one whole frame of the grid.
     bool shows(const SyncClip& clip, const std::optional<Time>& start) const {
         return !frame_ || !start || !clip.duration || Time::zero() < seen(clip, *start);
     }
-    /// Leaves out what the camera saw before it comes in, and gives how much later than the first one that
-    /// is. For a camera of which the grid shows something.
+    /// Cuts off what the camera recorded before its first whole frame, and returns the delay to the start of
+    /// the first camera. Only for a camera for which `shows` is true.
     Time place(SyncClip& clip, const std::optional<Time>& start) const {
         if (!start) return Time::zero();
         const Time begin = atOrAfter(*start);
@@ -69,11 +70,11 @@ class AngleGrid {
     Time seen(const SyncClip& clip, const Time& start) const {
         return (*clip.duration - (atOrAfter(start) - start)).toFrame(*frame_, FrameSampling::floor);
     }
-    std::optional<Time> frame_; ///< absent for cameras of one rate, whose times are whole frames of it
+    std::optional<Time> frame_; ///< absent if all cameras have one rate: their times are whole frames
     Time earliest_ = Time::zero();
 };
 
-/// `delay`: how much later than the first camera this one comes in.
+/// `delay`: the time from the start of the first camera to the start of this one.
 MCAngle angle(CameraClip camera, std::string name, const Time& delay, const Time& earliest) {
     MCAngle angle;
     angle.angleID = angleID(name);
@@ -128,7 +129,7 @@ std::string resolveMulticamCodec(MulticamCodec requested, const std::vector<cons
         {"hvc1", MulticamCodec::h264},
         {"hev1", MulticamCodec::h264},
     }};
-    const auto most = std::ranges::max_element(counts, {}, &Count::sources); // the first among equals
+    const auto most = std::ranges::max_element(counts, {}, &Count::sources); // the first of equal ones
     const auto codec = std::ranges::find(codecs, most == counts.end() ? "" : most->code,
                                          &std::pair<std::string_view, MulticamCodec>::first);
     return std::string(rawValue(codec == codecs.end() ? MulticamCodec::proRes422LT : codec->second));
@@ -153,7 +154,7 @@ std::optional<BuiltMulticam> buildMulticam(std::vector<CameraClip> cameras, cons
     Multicam multicam;
     multicam.format = IDREF{altFormat};
     multicam.tcStart = earliest;
-    // Where the timecode does not say how it counts, the file's own rate does.
+    // If the timecode does not state its rate, the file's own rate decides.
     multicam.tcFormat = tcFormat(firstVideo, firstVideo.timecodeFrameRate
                                                  ? clipRate(firstVideo, settings)
                                                  : usableRate(firstVideo.frameRate, settings.frameRate));
@@ -212,13 +213,13 @@ std::optional<UUID> multicamBucketGroupID(const std::vector<const SyncGroup*>& g
                            "): " + platform::text::joined(filenames, ", ") +
                            " — placed in the first angle's scene event.");
     }
-    return std::ranges::max_element(buckets, {}, &Bucket::angles)->first; // the first among equals
+    return std::ranges::max_element(buckets, {}, &Bucket::angles)->first; // the first of equal ones
 }
 
 namespace {
 
-/// Takes out the cameras that show no whole frame between cameras of other rates: a clip that is shorter than
-/// a frame of the one that holds it can only lie at a wrong time.
+/// Removes the cameras without a whole frame in the enclosing clip, if rates differ: a clip that is shorter
+/// than a frame of it could only be placed at a wrong time.
 void leaveOutUnseen(std::vector<CameraClip>& cameras, ExportRun& run) {
     const AngleGrid grid(cameras, run.settings);
     std::erase_if(cameras, [&](const CameraClip& camera) {
@@ -228,15 +229,15 @@ void leaveOutUnseen(std::vector<CameraClip>& cameras, ExportRun& run) {
     });
 }
 
-/// Angles lie by timecode. Where two cameras share a recording and its place under one of them was set by
-/// hand, the picture of that one is away from the other's by as much.
+/// Angles are placed by timecode. If two cameras share a recording and its position under one of them was
+/// changed by hand, the pictures of the two differ by as much.
 class MovedAngles {
   public:
     void add(const std::vector<const SyncGroup*>& cluster) {
         std::vector<const SyncGroup*> angles;
         std::ranges::copy_if(cluster, std::back_inserter(angles),
                              [](const SyncGroup* angle) { return angle->primaryAudio() != nullptr; });
-        // Against those that nobody moved, else against the first.
+        // Compared with an angle that was not moved by hand, otherwise with the first.
         std::ranges::stable_sort(angles, {},
                                  [](const SyncGroup* angle) { return angle->manualAudioOffsetSeconds != 0; });
         for (const SyncGroup* angle : angles) {

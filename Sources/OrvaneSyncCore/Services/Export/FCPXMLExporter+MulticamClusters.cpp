@@ -11,10 +11,10 @@ namespace orvane::FCPXMLExporter {
 
 namespace {
 
-/// A clip that can be an angle, where it lies.
+/// A clip that can be an angle, with its position.
 struct Candidate {
     std::optional<FilePlace> place;
-    std::optional<Date> when; ///< by the header, else by the day and the timecode
+    std::optional<Date> when; ///< from the header, otherwise from day and timecode
     bool isClaimed = false;
 
     bool maySharePlaceWith(const Candidate& other) const {
@@ -22,8 +22,8 @@ struct Candidate {
     }
 
   private:
-    /// A header may count another zone or lie behind midnight: between files that have no days to compare,
-    /// half a day tells two days from one.
+    /// A header may be in another time zone, or be written after midnight. So for files without comparable
+    /// days a difference of half a day or more means different days.
     bool mayBeOfOneDay(const Candidate& other) const {
         const auto own = place->knownDay(), others = other.place->knownDay();
         if (own && others) return *own == *others;

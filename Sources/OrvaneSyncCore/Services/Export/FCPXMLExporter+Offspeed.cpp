@@ -25,7 +25,7 @@ MetadataItem editableItem(std::string_view key, std::string value, std::string_v
     return item;
 }
 
-/// The shortest digits that read back equal, with a point: "120.0", "119.88".
+/// The fewest digits that give the same number again, with a decimal point: "120.0", "119.88".
 std::string shortestDecimal(double value) {
     std::array<char, 400> digits{};
     const auto end =
@@ -34,7 +34,7 @@ std::string shortestDecimal(double value) {
     return text.find('.') == std::string::npos ? text + ".0" : text;
 }
 
-/// A keyword element's value is a list with commas; these keywords are one each.
+/// The value of a keyword element is a list separated by commas; this value is a single keyword.
 void addSingleKeyword(std::vector<MarkerItem>& markers, std::string value) {
     std::erase(value, ',');
     markers.emplace_back(Keyword{std::move(value)});
@@ -57,7 +57,7 @@ SyncClip wrapped(AssetClip clip) {
     return wrapper;
 }
 
-/// A variant that wants no event of its own stands in its scene's where events are split.
+/// If events are split by scene, a variant without an event of its own is put into the event of its scene.
 void placeVariant(ExportRun& run, EventItem item, const SyncGroup& group, bool separateEvent,
                   std::vector<EventItem>& ownItems) {
     if (run.settings.splitEventsByScene && !separateEvent)
@@ -66,7 +66,8 @@ void placeVariant(ExportRun& run, EventItem item, const SyncGroup& group, bool s
         ownItems.push_back(std::move(item));
 }
 
-/// Frames of the sensor, as many as the clip's asset holds, whose own length is counted at the clip's rate.
+/// The length in whole sensor frames, limited to what the clip's asset holds. The asset's length is counted
+/// at the clip's rate.
 Time nativeDuration(const MediaAsset& video, double rate, const ExportSettings& settings) {
     const auto asset = durationTime(video.shownSeconds(), clipRate(video, settings));
     const auto own = durationTime(video.shownSeconds(), rate);
@@ -74,9 +75,9 @@ Time nativeDuration(const MediaAsset& video, double rate, const ExportSettings& 
     return std::min(*own, asset->toFrame(frameDurationTime(rate), FrameSampling::floor));
 }
 
-/// The number as it is stated, which the rate stands for.
+/// The number in the file from which the exact rate was derived; the rate itself if there is none.
 double statedRate(const MediaAsset& video, double rate) {
-    // No time can be counted at a rate that rounds to 0, but a time-lapse has one.
+    // A rate that rounds to 0 cannot count frames, but time-lapse clips state such a rate.
     const double sensor = video.sensorFrameRate.value_or(0);
     if (sensor > 0 && (sensor < 1 || exactRateValue(sensor) == rate)) return sensor;
     return video.frameRate && exactRateValue(*video.frameRate) == rate ? *video.frameRate : rate;
@@ -127,7 +128,7 @@ AssetClip buildNativeMOSClip(const SyncGroup& group, const std::string& videoAss
     clip.start = pictureStartTime(video, clipRate(video, settings)).value_or(Time::zero());
     clip.offset = clip.start;
     clip.duration = nativeDuration(video, rate, settings);
-    clip.tcFormat = TcFormat::ndf; // sensors do not count drop-frame
+    clip.tcFormat = TcFormat::ndf; // sensors do not count in drop-frame
     clip.videoRole = VideoRole{{"video"}};
     addOffspeedKeywords(clip.markers, group, "Native MOS", settings);
     clip.metadata =

@@ -11,7 +11,7 @@ using namespace fcpxml;
 
 namespace {
 
-/// The bin is no timeline: every file lies at its beginning.
+/// An event is no timeline: every file has the offset of its beginning.
 AssetClip wholeFile(const MediaAsset& file, std::string assetID, Time start, Time duration) {
     AssetClip clip;
     clip.ref = {std::move(assetID)};

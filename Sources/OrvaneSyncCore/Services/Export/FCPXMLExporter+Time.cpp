@@ -19,19 +19,21 @@ constexpr double smallestOffsetSeconds = 0.0001;
 constexpr int defaultSampleRate = 48000;
 constexpr double highestSampleRate = 1.0e9;
 constexpr std::int64_t fallbackFrames = 1000;
-constexpr double sampleLimit = 9007199254740992.0; // 2^53, beyond it a double no longer counts single samples
+constexpr double sampleLimit = 9007199254740992.0; // 2^53: above it a double cannot represent every sample
+                                                   // count
 
 double orFallback(double fps) { return isUsableRate(fps) ? fps : rateWithoutAny; }
 
-/// The length of so many frames, of the exact rate that the number stands for.
+/// The length of that many frames at the exact rate that `fps` stands for.
 Time framesTime(std::int64_t frames, double fps) {
     const Fraction rate = exactRate(fps);
-    constexpr std::int64_t plain = std::int64_t{1} << 31; // times a term of the rate within 64 bits
+    constexpr std::int64_t plain = std::int64_t{1} << 31; // its product with a term of the rate fits into 64
+                                                          // bits
     if (std::abs(frames) < plain) return {frames * rate.denominator(), rate.numerator()};
     return Time(frames, 1) * BFraction(BInt(rate.denominator()), BInt(rate.numerator()));
 }
 
-/// The product is taken with the number as it stands: a caller that means an exact rate passes one.
+/// Multiplies with `fps` as it is: for an exact rate the caller passes an exact number.
 std::optional<Time> wholeFrames(double seconds, double fps) {
     const auto frames = truncatedFrames(seconds * fps);
     return frames ? std::optional(framesTime(*frames, fps)) : std::nullopt;
@@ -95,8 +97,8 @@ int audioRate(const MediaAsset& audio) {
 }
 
 std::optional<Time> audioStartTime(const MediaAsset& asset) {
-    // A header that is filled with ones counts more samples than a document has numbers for.
-    constexpr std::uint64_t mostSamples = 1'000'000'000'000'000; // of a day at any rate
+    // A header filled with ones gives more samples than the document can hold.
+    constexpr std::uint64_t mostSamples = 1'000'000'000'000'000; // more than a day has at any sample rate
     const std::uint64_t samples = asset.bextTimeReference.value_or(0);
     if (samples != 0 && samples <= mostSamples)
         return Time(BFraction(BInt::fromMagnitude(false, {samples}), audioRate(asset)));
@@ -108,9 +110,9 @@ std::optional<Time> audioStartTime(const MediaAsset& asset) {
 
 namespace {
 
-/// By how much matching laid the sound elsewhere than its own start says beside that of the picture: by
-/// corrections, and by a day where one of them began before midnight. The match tells which of these it was;
-/// its offset itself is rounded, and the picture may be read at another rate by now.
+/// By how much matching placed the sound differently from what the start times of sound and picture say: by
+/// corrections, and by a day if one of them began before midnight. The match shows which of these was used.
+/// Its offset is not returned itself, as it is rounded and the picture may be read at another rate since.
 double movedSeconds(const MediaAsset& video, const AudioMatch& match, const MatchRules& rules) {
     const auto apart = [](const std::optional<SyncEngine::TCRange>& picture,
                           const std::optional<SyncEngine::TCRange>& sound) -> std::optional<double> {
@@ -135,8 +137,8 @@ double movedSeconds(const MediaAsset& video, const AudioMatch& match, const Matc
     return moved;
 }
 
-/// From the moment that the picture's label counts, which may lie between two frames of its rate, to the
-/// frame on which the picture is put.
+/// The difference between the moment of the picture's timecode, which may be between two frames of its rate,
+/// and the frame on which the picture is placed.
 Time pictureShift(const MediaAsset& video, double fps) {
     const TimecodeFrameRate counted =
         video.timecodeFrameRate.value_or(TimecodeUtils::frameRate(exactRateValue(orFallback(fps))));

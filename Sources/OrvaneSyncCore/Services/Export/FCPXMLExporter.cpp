@@ -61,7 +61,7 @@ void addClipWithoutAudio(ExportRun& run, const SyncGroup& group) {
     run.warn("MOS (no audio): ", group);
 }
 
-/// The picture's format and asset, and an asset for each of its recordings. Nothing is shared between clips.
+/// The format and asset of the picture, and an asset for each of its recordings. Clips share no resources.
 ClipResources addClipResources(ExportRun& run, const SyncGroup& group) {
     const ExportSettings& settings = run.settings;
     ClipResources ids;
@@ -109,7 +109,7 @@ void addGroup(ExportRun& run, const SyncGroup& group) {
         run.warn("Skipped (not matched): ", group);
 }
 
-/// What Smart Audio heard is kept in memory alone.
+/// The results of Smart Audio are kept in memory only.
 void warnOfMissingCurves(ExportRun& run) {
     if (!run.settings.volumeKeyframes) return;
     const int clips =

@@ -15,12 +15,12 @@ constexpr double blockRampSeconds = 0.25;
 constexpr double segmentRampSeconds = 0.1;
 constexpr double sameValue = 0.000001;
 constexpr double sameMomentSeconds = 0.001;
-// The ends of the volume control.
+// The range of the volume control.
 constexpr double closedDB = -96;
 constexpr double highestDB = 12;
-// Boundaries come in quarters of a second and in what an editor typed: thousandths hold both.
+// Boundaries are at quarters of a second or typed by an editor: thousandths are fine enough for both.
 constexpr std::int64_t unitsPerSecond = 1000;
-// A third of a second times 3 is a second, whatever the last bit says.
+// A third of a second times 3 must give a second in spite of rounding.
 constexpr double unitTolerance = 0.00001;
 
 double decibels(double value) {
@@ -28,14 +28,14 @@ double decibels(double value) {
     return std::clamp(level, closedDB, highestDB) + 0.0; // no negative zero
 }
 
-/// A stretch of one value.
+/// A section with a constant value.
 struct Stretch {
     double start;
     double end;
     double value;
 };
 
-/// Neighbours of one value are one stretch.
+/// Neighbouring blocks with the same value become one section.
 std::vector<Stretch> stretchesOf(const std::vector<BlockDecision>& blocks, int trackIndex) {
     std::vector<Stretch> stretches;
     for (const BlockDecision& block : blocks) {
@@ -48,7 +48,7 @@ std::vector<Stretch> stretchesOf(const std::vector<BlockDecision>& blocks, int t
     return stretches;
 }
 
-/// Leaves out what is not later than the point before it; of two at one moment the second one stays.
+/// Ignores a point that is earlier than the last one; a point at the same time replaces it.
 void add(std::vector<VolumeKeyframe>& keyframes, VolumeKeyframe next) {
     if (!keyframes.empty() && next.time == keyframes.back().time)
         keyframes.back().value = next.value;
@@ -56,7 +56,7 @@ void add(std::vector<VolumeKeyframe>& keyframes, VolumeKeyframe next) {
         keyframes.push_back(next);
 }
 
-/// The level of a curve at a moment; in front of its first point and behind its last one that point's.
+/// The level of a curve at a time, in decibels; constant before the first and after the last point.
 double levelAt(const std::vector<VolumeKeyframe>& curve, double time) {
     const auto next = std::ranges::upper_bound(curve, time, {}, &VolumeKeyframe::time);
     if (next == curve.begin()) return decibels(next->value);
@@ -67,7 +67,7 @@ double levelAt(const std::vector<VolumeKeyframe>& curve, double time) {
     return std::round((from + (to - from) * share) * 100) / 100 + 0.0;
 }
 
-/// The curve within the piece, from its first moment to its last.
+/// The curve within the piece, with a point at its start and, if the curve goes on, at its end.
 std::vector<Keyframe> cutOut(const std::vector<VolumeKeyframe>& curve, const VolumeCurves::Piece& piece) {
     std::vector<Keyframe> keyframes;
     std::int64_t lastUnit = -1;
@@ -95,7 +95,7 @@ std::vector<VolumeKeyframe> keyframesFromBlocks(const std::vector<BlockDecision>
     std::vector<VolumeKeyframe> keyframes;
     const std::vector<Stretch> stretches = stretchesOf(blocks, trackIndex);
     if (stretches.empty()) return keyframes;
-    // The first and the last stretch have one change only and may be all ramp.
+    // The first and the last section have a change at one end only, so the ramp may take their whole length.
     const auto rampWithin = [&](const Stretch& stretch) {
         const bool isOuter = &stretch == &stretches.front() || &stretch == &stretches.back();
         return std::min(rampSeconds / 2, (stretch.end - stretch.start) / (isOuter ? 1 : 2));
@@ -137,7 +137,8 @@ std::vector<VolumeKeyframe> keyframesFromLegacySegments(const std::vector<Window
 }
 
 std::vector<BlockDecision> blocksInOrder(std::vector<BlockDecision> blocks, const std::set<int>& tracks) {
-    // Records of the analysis may hold a moment or a gain that is no number where the samples hold such.
+    // If the samples hold numbers that are not finite, times or gains of an analysis may not be finite
+    // either.
     const auto isInvalidBlock = [&](const BlockDecision& block) {
         return !std::isfinite(block.startSeconds) || !std::isfinite(block.endSeconds) ||
                !(block.endSeconds > block.startSeconds) ||
@@ -162,7 +163,7 @@ VolumeCurves::VolumeCurves(const SyncGroup& group, const SmartAudioResult& resul
     });
 }
 
-/// The editor switched it on, and no block chooses it: a closed curve would take the decision back.
+/// The editor switched this track on, but no block chooses it: a closed curve would undo that decision.
 bool VolumeCurves::isHeardByHandAlone(int track) const {
     return switchedOn_.contains(track) &&
            std::ranges::find(blocks_, track, &BlockDecision::activeTrack) == blocks_.end() &&

@@ -9,13 +9,13 @@
 
 namespace orvane {
 
-/// One quiet stretch on one channel of a file.
+/// A quiet section of one channel of a file.
 struct AtmoCandidate {
-    UUID id; ///< another one for every candidate
+    UUID id; ///< unique to this candidate
     FileURL url;
     int channelIndex = 0; ///< of the file, from 0
     std::int64_t startSample = 0;
-    std::int64_t endSample = 0; ///< behind the last one
+    std::int64_t endSample = 0; ///< exclusive
     double sampleRate = 0;      ///< of the file, Hz
     float avgRMS = 0;           ///< linear, mean of the windows
 
@@ -25,7 +25,7 @@ struct AtmoCandidate {
     bool operator==(const AtmoCandidate&) const = default;
 };
 
-/// A finished room tone.
+/// Hz; not part of the JSON form
 struct AtmoResult {
     FileURL audioURL;
     std::string sceneName;
@@ -36,7 +36,7 @@ struct AtmoResult {
     bool operator==(const AtmoResult&) const = default;
 };
 
-/// With `durationSeconds` and `rmsDBFS`.
+/// Also has the keys `durationSeconds` and `rmsDBFS`.
 platform::JSON toJSON(const AtmoCandidate& candidate);
 platform::JSON toJSON(const AtmoResult& result);
 

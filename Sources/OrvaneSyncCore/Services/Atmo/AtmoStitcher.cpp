@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t pieceFrames = 65536;
 
-/// The samples of a stretch, piece by piece.
+/// Reads the samples of a section, piece by piece.
 class SegmentReader {
   public:
     explicit SegmentReader(const AtmoCandidate& segment)
@@ -30,7 +30,7 @@ class SegmentReader {
         samples_.assign(wanted + 1, std::vector<float>());
     }
 
-    /// Up to so many; none at the end. Throws ReadFailed.
+    /// Returns up to that many frames; none at the end. Throws ReadFailed.
     std::span<const float> read(std::size_t frames) {
         frames = std::min(frames, left_);
         if (frames == 0) return {};
@@ -51,7 +51,7 @@ class SegmentReader {
     std::unique_ptr<platform::AudioFile> file_;
     std::string filename_;
     std::size_t left_ = 0;
-    std::vector<std::vector<float>> samples_; ///< up to the channel that is wanted
+    std::vector<std::vector<float>> samples_; ///< from the first channel to the wanted one
 };
 
 } // namespace
@@ -82,7 +82,7 @@ void AtmoStitcher::append(const AtmoCandidate& segment, const std::stop_token& s
     }
 }
 
-/// Through the frames that are held back.
+/// Appends to the kept frames and writes all but the last `fade_` of them.
 void AtmoStitcher::pass(std::span<const float> samples) {
     tail_.insert(tail_.end(), samples.begin(), samples.end());
     if (tail_.size() <= fade_) return;

@@ -11,16 +11,16 @@
 
 namespace orvane {
 
-/// Joins stretches of recordings into one channel: the end of each and the beginning of the next cross with
-/// equal power, cosine against sine. Nothing fades at the two ends. Holds no more than a crossfade and a
-/// piece of sound. One thread at a time.
+/// Joins sections of recordings into one channel. The end of each section and the beginning of the next are
+/// crossfaded with equal power (cosine and sine); the beginning and the end of the whole are not faded. Keeps
+/// only one crossfade and one piece of sound in memory. One thread at a time.
 class AtmoStitcher {
   public:
     AtmoStitcher(std::size_t crossfadeFrames, platform::AudioFileWriter& out)
         : fade_(crossfadeFrames), out_(out) {}
 
-    /// A stretch of which nothing can be read is passed over. Throws FileError for a file that cannot be
-    /// opened, and Stopped.
+    /// A section of which nothing can be read is skipped. Throws FileError for a file that cannot be opened,
+    /// and Stopped.
     void append(const AtmoCandidate& segment, const std::stop_token& stop);
     void end() { write(tail_); }
 
@@ -30,7 +30,7 @@ class AtmoStitcher {
 
     std::size_t fade_;
     platform::AudioFileWriter& out_;
-    std::vector<float> tail_; ///< the last frames, held back for the next crossfade
+    std::vector<float> tail_; ///< the last frames, kept for the next crossfade
 };
 
 } // namespace orvane

@@ -24,7 +24,7 @@ namespace {
 
 constexpr double chunkSeconds = 5.0;
 
-/// What is heard in one window: its level, and the channel that was chosen.
+/// The level of one window and the channel that was chosen for it.
 struct WinPick {
     float rms;
     std::size_t channel;
@@ -33,7 +33,7 @@ using Picks = std::vector<std::optional<WinPick>>;
 
 float linear(float decibels) { return std::pow(10.0F, decibels / 20); }
 
-/// Relative to the quietest tenth of the windows, and never above the absolute ceiling.
+/// Relative to the quietest tenth of the windows; never above `ceiling`.
 float thresholdOf(std::vector<float> rms, float ceiling) {
     constexpr std::size_t tenth = 10;
     constexpr float above = 1.5F;
@@ -42,7 +42,7 @@ float thresholdOf(std::vector<float> rms, float ceiling) {
     return std::min(ceiling, above * rms[static_cast<std::size_t>(at)]);
 }
 
-/// The first channel wherever it is quiet, else the quietest of the quiet ones.
+/// The first channel if it is quiet, otherwise the quietest of the quiet channels.
 Picks picksOf(const std::vector<std::vector<float>>& rms, float ceiling) {
     std::vector<float> thresholds;
     for (const auto& channel : rms) thresholds.push_back(thresholdOf(channel, ceiling));
@@ -57,7 +57,7 @@ Picks picksOf(const std::vector<std::vector<float>>& rms, float ceiling) {
     return picks;
 }
 
-/// Mean level of a steady run without a transient; nothing for any other.
+/// The mean level of a run that is steady and has no transient; otherwise absent.
 std::optional<float> steadyMean(std::span<const std::optional<WinPick>> run,
                                 const QuietAmbientGenerator& limits) {
     double sum = 0, squares = 0, largestStep = 0;
@@ -76,7 +76,7 @@ std::optional<float> steadyMean(std::span<const std::optional<WinPick>> run,
     return isSteady ? std::optional(static_cast<float>(mean)) : std::nullopt;
 }
 
-/// Nothing where a file cannot be read.
+/// Empty if the file cannot be read.
 std::vector<AtmoCandidate> candidatesOf(const FileURL& url, const QuietAmbientGenerator& limits,
                                         const std::function<void(double)>& progress,
                                         const std::stop_token& stop) {
@@ -122,7 +122,7 @@ std::string replaced(std::string text, std::string_view what, std::string_view w
     return text;
 }
 
-/// One of the program's own is the owner's alone.
+/// A folder inside the program's own data is made accessible to the user alone.
 void createFolder(const std::string& path) {
     if (path.starts_with(AppStorageHelper::applicationSupportDirectory() + "/"))
         platform::files::createDirectories(path);

@@ -7,8 +7,8 @@
 
 namespace orvane {
 
-/// The level of each channel in windows that lie side by side from the start of each window of the pass; what
-/// is left at its end is dropped.
+/// The level of each channel in consecutive windows, starting again at each window of the pass. An incomplete
+/// window at the end of a window of the pass is dropped.
 class QuietWindows : public AudioListener {
   public:
     QuietWindows(std::size_t channels, std::size_t windowFrames)
@@ -23,8 +23,8 @@ class QuietWindows : public AudioListener {
 
   private:
     std::size_t windowFrames_;
-    std::vector<double> sums_; ///< of squares, of the window under way
-    std::size_t inWindow_ = 0; ///< frames of it
+    std::vector<double> sums_; ///< of squares, for the current window
+    std::size_t inWindow_ = 0; ///< frames in the current window
 };
 
 } // namespace orvane

@@ -6,8 +6,9 @@
 
 namespace orvane {
 
-/// What gathers the clips of a scene: the letters and digits that its number begins with, as the reports say
-/// it, else the recorder. "12A" of scene 12A-3; "Unscened" without any. Pure; any thread.
+/// The key that the clips of a scene have in common: the digits and letters at the beginning of the scene's
+/// number as the reports give it, or else as the recorder does. "12A" for scene 12A-3; "Unscened" if there is
+/// none. Pure; any thread.
 std::string sceneKey(const SyncGroup& group);
 
 } // namespace orvane

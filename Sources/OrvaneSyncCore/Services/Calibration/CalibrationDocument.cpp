@@ -15,7 +15,7 @@ using namespace fcpxml;
 constexpr const char* role = "dialogue.Calibration";
 constexpr double framesPerSecond = 24;
 
-/// What all clips of the document share.
+/// Values that are the same for all clips of the document.
 struct Shared {
     Time duration;
     IDREF pictureFormat{"r1"}, clipFormat{"r2"}, soundFormat{"r3"}, picture{"r4"}, sound{"r5"};
@@ -64,7 +64,7 @@ std::vector<ResourceItem> resources(const FileURL& sourceURL, const FileURL& vid
     return items;
 }
 
-/// An effect with an amount of 0 is no effect, whatever its other settings say.
+/// An effect with the amount 0 is not used, whatever its other settings are.
 AdjustAudioEnhanced effects(const CalibrationPerm& perm) {
     AdjustAudioEnhanced adjust;
     if (perm.loudnessAmount >= 1)

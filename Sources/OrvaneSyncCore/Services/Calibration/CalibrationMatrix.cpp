@@ -10,7 +10,7 @@ namespace orvane {
 
 namespace {
 
-/// The digits behind the prefix as a number.
+/// The number behind the prefix; absent if the rest is not all digits.
 std::optional<int> numberBehind(std::string_view piece, std::string_view prefix) {
     if (!piece.starts_with(prefix)) return std::nullopt;
     piece.remove_prefix(prefix.size());

@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::size_t pieceFrames = 65536;
 
-/// Finds the window of the largest level among those that begin at every hop and lie within the recording.
+/// Finds the loudest of the windows that begin at each hop and end within the recording.
 class LoudestWindow {
   public:
     LoudestWindow(std::int64_t windowFrames, std::int64_t hopFrames)
@@ -52,14 +52,14 @@ class LoudestWindow {
   private:
     std::int64_t windowFrames_, hopFrames_;
     std::deque<std::pair<std::int64_t, double>>
-        starts_; ///< of windows under way, with the energy before each
+        starts_; ///< start of each open window, with the energy before it
     std::int64_t frame_ = 0, nextStart_ = 0;
     double squares_ = 0;
     std::optional<std::int64_t> best_;
     double bestEnergy_ = 0;
 };
 
-/// Up to so many samples of the first channel; fewer where the recording ends.
+/// Reads up to that many samples of the first channel; fewer at the end of the recording.
 std::span<float> readFirst(platform::AudioFile& file, std::vector<float>& room, std::size_t frames) {
     room.resize(frames);
     float* const into = room.data();

@@ -55,7 +55,7 @@ class LevelListener : public AudioListener {
     std::size_t count_ = 0;
 };
 
-/// The levels of stretches of that many frames, of the first ones at most. Throws ReadFailed.
+/// The levels of consecutive sections of that many frames, at most as many as asked for. Throws ReadFailed.
 std::vector<Levels> levelsOf(platform::AudioFile& file, const FileURL& url, std::size_t windowFrames,
                              std::size_t windows, const std::stop_token& stop) {
     LevelListener levels;
@@ -83,7 +83,7 @@ std::string stemOf(const FileURL& file) {
     return name.substr(0, name.rfind('.'));
 }
 
-/// Those whose names say their combination, in the order of their names.
+/// The files whose names contain their combination, in the order of the names.
 std::vector<FileURL> bouncedFiles(const FileURL& folder) {
     auto names = files::childNames(folder.path).value_or(std::vector<std::string>());
     std::ranges::sort(names);

@@ -11,11 +11,12 @@
 
 namespace orvane {
 
-/// Measures by how much Final Cut Pro's effects move a clip's level. Any thread that may wait; one operation
-/// at a time. What reads sound throws Stopped, and ReadFailed of a file that is read in part only.
+/// Measures by how much Final Cut Pro's effects change a clip's level. Any thread that may wait; one
+/// operation at a time. Operations that read sound throw Stopped, and ReadFailed if a file could only be read
+/// in part.
 namespace SmartAudioCalibration {
 
-/// What building the source leaves.
+/// The files and levels of a source that was built.
 struct SourceInfo {
     FileURL url;      ///< the source
     FileURL videoURL; ///< the black picture
@@ -23,26 +24,26 @@ struct SourceInfo {
     double sampleRate = 0; ///< Hz
     double peakDBFS = 0;
     double rmsDBFS = 0;
-    double integratedLUFS = 0; ///< -70 without a value
+    double integratedLUFS = 0; ///< -70 if it cannot be measured
 
     bool operator==(const SourceInfo&) const = default;
 };
 JSON toJSON(const SourceInfo& info);
 
-/// The files of the user account.
+/// The files of the user's installation.
 FileURL sourceFile();
 FileURL documentFile();
-/// The source's name with the picture's ending.
+/// The same name with the extension of the picture.
 FileURL pictureFileOf(const FileURL& source);
 
-/// Writes the source: the loudest minute of the recording, or noise where there is none or it is too short,
-/// and the picture where it is missing. Throws FileError.
+/// Writes the source: the loudest minute of the recording, or noise if there is no recording or it is too
+/// short. Writes the black picture if it is missing. Throws FileError.
 SourceInfo generateSource(const FileURL& at, const std::optional<FileURL>& from, std::uint64_t seed,
                           const std::stop_token& stop = {});
-/// Measures a source again; nothing where it cannot be read.
+/// Measures an existing source again; absent if it cannot be read.
 std::optional<SourceInfo> sourceInfoOf(const FileURL& source, const std::stop_token& stop = {});
 
-/// One synchronized clip a combination, in order, all in one event. Throws FCPXMLError.
+/// One synchronized clip for each combination, in order, all in one event. Throws FCPXMLError.
 std::string buildFCPXML(const FileURL& sourceURL, const FileURL& videoURL, double sourceDurationSeconds,
                         double sourceSampleRate, const std::vector<CalibrationPerm>& perms,
                         const std::string& eventName);
@@ -51,29 +52,29 @@ struct Levels {
     double peakDBFS = 0;
     double rmsDBFS = 0;
 };
-/// Over all channels; nothing without a sample.
+/// Over all channels; absent if the file has no samples.
 std::optional<Levels> measureLevels(const FileURL& file, const std::stop_token& stop = {});
 
-/// What the source is, for the differences.
+/// The levels of the source, from which the differences are computed.
 struct SourceLevels {
     double peakDBFS = 0;
     double rmsDBFS = 0;
     double lufs = 0;
 };
-/// All bounced files of a folder whose names say their combination, in the order of their names. A folder or
-/// file that cannot be read has none. `now`: the time of the measurement.
+/// Measures all bounced files of a folder whose names contain their combination, in the order of the names.
+/// Files and folders that cannot be read are skipped. `now`: the time of the measurement.
 CalibrationResult measure(const FileURL& folder, const SourceLevels& source, Date now,
                           const std::stop_token& stop = {});
-/// The bounced files of the folder, by their names, that the result does not have: they could not be read.
+/// The names of the folder's bounced files that are missing in the result because they could not be read.
 std::vector<std::string> unreadFiles(const FileURL& folder, const CalibrationResult& result);
-/// One bounced file in which the clips follow each other.
+/// Measures one bounced file that contains the clips one after the other.
 CalibrationResult measureSingle(const FileURL& file, double clipDurationSeconds,
                                 const std::vector<CalibrationPerm>& perms, const SourceLevels& source,
                                 Date now, const std::stop_token& stop = {});
 
-/// Makes it the calibration that forecasts go by. Throws FileError.
+/// Makes the result the calibration for forecasts. Throws FileError.
 void save(const CalibrationResult& result);
-/// Nothing where it is missing or does not decode.
+/// Absent if the file is missing or cannot be decoded.
 std::optional<CalibrationResult> loadSaved();
 
 } // namespace SmartAudioCalibration

@@ -4,14 +4,14 @@
 
 namespace orvane {
 
-/// Takes imported metadata off clips again. Stored names and sensor rates that came with it stay. Pure
-/// functions of their arguments; any thread.
+/// Removes imported metadata from clips. Names and sensor rates that were stored with it stay. Pure functions
+/// of their arguments; any thread.
 namespace ImportedMetadataClearing {
 
-/// Whether there was something to clear.
+/// Returns whether there was anything to remove.
 bool clearALEMetadata(SyncGroup& group);
 bool clearLockitMetadata(SyncGroup& group);
-/// How many clips had something to clear.
+/// Returns the number of clips that had anything to remove.
 int clearALEMetadataForAllClips(SyncGroupList& groups);
 int clearLockitMetadataForAllClips(SyncGroupList& groups);
 

@@ -14,7 +14,7 @@ using platform::SettingsStore;
 using platform::SettingsWrite;
 using Texts = std::map<std::string, std::string>;
 
-/// None where the value is no map, or holds anything but texts.
+/// Empty if the value is not a map or holds anything but texts.
 Texts textsOf(const std::optional<JSON>& value) {
     Texts texts;
     if (!value || !value->isObject()) return texts;
@@ -25,7 +25,8 @@ Texts textsOf(const std::optional<JSON>& value) {
     return texts;
 }
 
-/// What is stored under a key with one entry changed; this run's overrides are nobody's decision to keep.
+/// The stored map with one entry changed. Values given for this run only are not used, as they must not be
+/// stored.
 JSON withEntry(const SettingsStore& store, std::string_view key, LockitField field, std::string_view value) {
     Texts texts = textsOf(store.storedValue(key));
     texts[std::string(rawValue(field))] = value;

@@ -11,8 +11,8 @@ namespace {
 
 using Needles = std::vector<std::string_view>;
 
-/// Parts of keys, by group in the order of display; the first group that has one takes the key. What no group
-/// takes is of the last one.
+/// Parts of keys for each group in the order of display. A key belongs to the first group that has a part of
+/// it, otherwise to the last group.
 const std::array<Needles, 5>& needlesByGroup() {
     static const std::array<Needles, 5> needles{
         Needles{"camera", "sensor", "iso", "shutter", "white balance", "whitebalance", "resolution", "codec",

@@ -12,7 +12,7 @@
 
 namespace orvane {
 
-/// What a line of imported metadata is about, in the order of display. The texts are the titles.
+/// The topic of a line of imported metadata, in the order of display. The texts are the titles.
 enum class MetadataFieldGroup : std::uint8_t { camera, lens, sound, production, shotScene, other };
 template <>
 struct RawValues<MetadataFieldGroup> {
@@ -20,14 +20,14 @@ struct RawValues<MetadataFieldGroup> {
                                                            "Production", "Shot / Scene", "Other"};
 };
 
-/// Sorts the metadata of a clip by what its keys are about, for showing it. Any thread.
+/// Groups the metadata of a clip by the topics of its keys, for display. Any thread.
 namespace MetadataFieldGrouping {
 
 struct Group {
     MetadataFieldGroup group;
     std::vector<std::pair<std::string, std::string>> rows; ///< key and value, by key
 };
-/// Groups in the order of display, without those that would be empty; entries without a value are left out.
+/// Groups in the order of display; empty groups and entries without a value are left out.
 std::vector<Group> grouped(const std::map<std::string, std::string>& fields);
 
 JSON toJSON(const Group& group);

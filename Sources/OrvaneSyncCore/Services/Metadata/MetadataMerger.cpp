@@ -19,7 +19,8 @@ namespace {
 
 using Fields = std::map<std::string, std::string>;
 
-/// Columns that may tell the sensor's rate, the surest first, as `ReportColumns::normalised` makes them.
+/// Columns that may state the sensor's rate, the most reliable first, in the form of
+/// `ReportColumns::normalised`.
 constexpr std::array<std::string_view, 13> sensorColumns{
     "sensorfps",        "sensorframerate",   "camerafps",          "shootfps",     "shootingrate",
     "shootingfps",      "recordingrate",     "recordingframerate", "recordingfps", "capturefps",
@@ -29,7 +30,7 @@ std::string normalisedFilename(std::string_view name) {
     return platform::text::lowercased(FilenameUtils::withoutExtension(name));
 }
 
-/// Empty where the row has no such cell.
+/// Empty if the row has no such cell.
 std::string cellOf(const Fields& fields, const std::string& column) {
     const auto entry = fields.find(column);
     return entry == fields.end() ? std::string() : entry->second;
@@ -42,20 +43,20 @@ void applyFields(SyncGroup& group, Fields fields) {
     group.aleMetadata = std::move(fields);
 }
 
-/// What a row names a clip by in a chosen column: its name, its file and its reel.
+/// The texts by which a cell of the chosen column can name a clip: its name, its file and its reel.
 std::array<std::string, 3> keysOf(const SyncGroup& group) {
     const std::string stem = group.video.filenameStem();
     return {group.video.normalizedName(), group.video.filename, stem.substr(0, stem.find('_'))};
 }
 
-/// The name of the recording, and that of the take whose channels lie in files of their own.
+/// The name of the recording, and the name of its take for takes with a file for each channel.
 std::array<std::string, 2> keysOf(const AudioMatch& match) {
     const std::string name = match.audio->normalizedName();
     return {name, name.substr(0, name.rfind('_')) + "_x"};
 }
 
-/// Empty for the name of a camera file. Recorders also leave the extension out, and a point in a name
-/// begins none then.
+/// Empty if the cell names a camera file. Recorders may leave out the extension; then a point in the name
+/// does not begin one.
 std::string recordingName(std::string_view cell) {
     const FileURL file{std::string(platform::text::trimmed(cell.substr(cell.find_last_of("/\\") + 1)))};
     const auto kind = assetKindFrom(file);
@@ -75,10 +76,10 @@ bool isByColumn(const ALEMatchStrategy& strategy) {
            !platform::text::trimmed(strategy.columnName).empty();
 }
 
-// A report may have a million rows, and a shoot some thousand clips: each index below holds the names that
-// clips ask for, and of the rows those that bear one.
+// A report may have a million rows, a shoot some thousand clips. So each index below holds only the names of
+// the clips and the rows with those names.
 
-/// The row of each name that is asked for, of several the last.
+/// Name of a clip to its row; if several rows have the name, the last one.
 using Rows = std::unordered_map<std::string, std::optional<std::size_t>>;
 
 std::optional<Fields> fieldsOf(const ALEFile& report, const Rows& rows, const std::string& name) {
@@ -87,7 +88,7 @@ std::optional<Fields> fieldsOf(const ALEFile& report, const Rows& rows, const st
     return report.clip(*row->second).fields();
 }
 
-/// The rows of a report by the file that each names in the column "Name".
+/// The rows of a report by the file in the column "Name".
 class RowsByName {
   public:
     RowsByName(const ALEFile& report, const SyncGroupList& groups, const std::stop_token& stop)
@@ -110,7 +111,7 @@ class RowsByName {
     Rows rows_;
 };
 
-/// The rows of a report by the file or reel that each names in a chosen column.
+/// The rows of a report by the file or reel in a chosen column.
 class RowsByColumn {
   public:
     RowsByColumn(const ALEFile& report, const SyncGroupList& groups, const std::string& column,
@@ -141,11 +142,11 @@ class RowsByColumn {
 
   private:
     struct Entry {
-        std::vector<std::size_t> rows; ///< in file order
+        std::vector<std::size_t> rows; ///< in the order of the report
         std::optional<Fields> merged;
     };
 
-    /// Once an entry: thousands of rows may lie on one reel, and thousands of clips too.
+    /// Made once for each entry: thousands of rows and of clips may have the same reel.
     const Fields& merged(Entry& entry) const {
         if (!entry.merged) {
             entry.merged = report_.clip(entry.rows.front()).fields();
@@ -160,7 +161,7 @@ class RowsByColumn {
     std::unordered_map<std::string, Entry> entries_;
 };
 
-/// The rows of a report by the recording that each names.
+/// The rows of a report by the recording in them.
 class RowsBySound {
   public:
     RowsBySound(const ALEFile& report, SyncGroupList groups, std::stop_token stop)
@@ -197,14 +198,15 @@ class RowsBySound {
     const ALEFile& report_;
     const SyncGroupList groups_;
     const std::stop_token stop_;
-    std::optional<Rows> rows_; ///< made when a clip asks that no other row belongs to
+    std::optional<Rows> rows_; ///< made when a clip has no other row
 };
 
 template <class Rows>
 MetadataMerger::MergeResult mergeRows(const ALEFile& report, Rows rows, SyncGroupList& groups,
                                       const std::stop_token& stop) {
     RowsBySound rowsBySound(report, groups, stop);
-    std::optional<Fields> fields; // of the group under way: each is changed before the next is tested
+    std::optional<Fields> fields; // for the current group: each group is changed before the next one is
+                                  // tested
     const std::size_t matched = groups.updateWhere(
         [&](const SyncGroup& group) {
             platform::throwIfStopped(stop);

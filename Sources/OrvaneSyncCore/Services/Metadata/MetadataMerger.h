@@ -12,7 +12,7 @@
 
 namespace orvane {
 
-/// How a row of a report finds its clip.
+/// How the rows of a report are matched to clips.
 struct ALEMatchStrategy {
     enum class Kind { column, name };
     Kind kind = Kind::name;
@@ -24,40 +24,41 @@ struct ALEMatchStrategy {
     bool operator==(const ALEMatchStrategy&) const = default;
 };
 
-/// Lays the rows of a report over clips. Changes metadata, stored names and sensor rates; never a timecode or
-/// a match. Holds no state; any thread.
+/// Copies the rows of a report to clips. Changes metadata, stored names and sensor rates; never a timecode or
+/// a match. Has no state; any thread.
 ///
-/// File names are compared without their last extension and without regard to case.
+/// File names are compared without their last extension; case does not count.
 class MetadataMerger {
   public:
     struct MergeResult {
-        int matched = 0; ///< clips that got a row
+        int matched = 0; ///< clips that have a row
         int total = 0;   ///< clips
 
         bool operator==(const MergeResult&) const = default;
     };
 
-    /// A clip to which no row belongs by the strategy gets the row that names one of its recordings, the main
-    /// one first, in a column of file names (ReportColumns::namesFiles). A name that ends in "_X" stands for
-    /// the files of the channels of one take ("_1", "_2" ...).
+    /// Strategy `name`: a row belongs to the clip whose file is in the column "Name"; if several rows do, the
+    /// last one counts. Strategy `column`: the column holds the name of the clip's file, or its reel, which
+    /// is the part of the file name before the first "_"; the cells of rows with the same reel are combined.
+    /// A blank column name means `name`.
     ///
-    /// By `name`: a row belongs to the clip whose file the column "Name" names; of several, the last counts.
-    /// By `column`: that column names the clip's file, or its reel, the part of the file's name in front of
-    /// the first "_"; rows with one reel are laid over each other. A column's name of blanks means `name`.
+    /// A clip without a row by the strategy gets the row that names one of its recordings, the main one
+    /// first, in a column of file names (ReportColumns::namesFiles). A name that ends in "_X" means the files
+    /// of the channels of one take ("_1", "_2" ...).
     ///
-    /// Throws Stopped; some of the clips are changed then.
+    /// Throws Stopped; then some of the clips are already changed.
     MergeResult merge(const ALEFile& aleFile, SyncGroupList& groups, const ALEMatchStrategy& strategy,
                       const std::stop_token& stop = {}) const;
 
-    /// The rows that name none of these clips, and no recording of theirs, in the order of the report. Throws
-    /// Stopped.
+    /// The rows that name none of these clips and none of their recordings, in the order of the report.
+    /// Throws Stopped.
     std::vector<std::size_t> rowsWithoutClip(const ALEFile& aleFile, const SyncGroupList& groups,
                                              const ALEMatchStrategy& strategy,
                                              const std::stop_token& stop = {}) const;
 
-    /// The rate of the sensor in frames per second, from the first of the columns that may tell it whose cell
-    /// is a number above 0. Case, blanks and "_" in the columns' names do not count; of two columns whose
-    /// names are the same then, the first by name that has a number counts.
+    /// The sensor's frame rate in frames per second: the first number above 0 in the columns that may state
+    /// it. Case, blanks and "_" in column names are ignored; of columns whose names become equal, the first
+    /// by name that has a number counts.
     static std::optional<double> lookupSensorFPS(const std::map<std::string, std::string>& fields);
 };
 

@@ -13,7 +13,7 @@ struct Row {
     const char* name;
     const char* description;
     const char* size;
-    const char* path; ///< below the host
+    const char* path; ///< relative to the host
 };
 constexpr std::array<Row, 2> rows{{
     {"cinemaCLIP", "CinemaCLIP Slate Detector",

@@ -14,33 +14,33 @@ struct ModelStatus {
     enum class Kind { notDownloaded, downloading, ready, error };
     Kind kind = Kind::notDownloaded;
     double progress = 0; ///< 0 to 1, while it is downloading
-    std::string message; ///< of an error
+    std::string message; ///< for an error
 
     bool operator==(const ModelStatus&) const = default;
 };
 
-/// One model as people are shown it.
+/// What is shown of one model.
 struct ModelInfo {
     std::string id;
     std::string name;
     std::string description;
-    std::string size;        ///< for people
+    std::string size;        ///< text for display
     std::string downloadURL; ///< empty while no host is configured
     std::optional<std::string> expectedSHA256;
     ModelStatus status;
     bool isRequired = false;
-    bool isWired = false; ///< a feature uses it
+    bool isWired = false; ///< whether a feature uses it
 };
 platform::JSON toJSON(const ModelInfo& model);
 
-/// What works without a model.
+/// A feature that works without a model.
 struct BuiltInFeature {
     std::string_view name;
     std::string_view description;
 };
 const std::vector<BuiltInFeature>& builtInFeatures();
 
-/// The models that there are, with what is on the disk; they come from the `modelHost` of the configuration.
+/// All models, with their state on the disk. They are downloaded from the `modelHost` of the configuration.
 /// Not on the interface thread.
 std::vector<ModelInfo> modelCatalogue(const ServiceConfiguration& service);
 

@@ -40,7 +40,7 @@ void requireDiskSpace(std::uint64_t bytes) {
               " MB are needed and " + std::to_string(space.available / megabyte) + " MB are free");
 }
 
-/// Where a redirect leads; nothing for one that may not be followed.
+/// The target of a redirect; absent if it must not be followed.
 std::optional<std::string> redirected(const std::string& from, const std::optional<std::string>& location) {
     if (!location || location->empty()) return std::nullopt;
     constexpr std::string_view secure = "https://";
@@ -62,8 +62,8 @@ std::optional<std::string> redirected(const std::string& from, const std::option
     throw ModelDownloadError(Kind::downloadFailed, std::string("Download failed: ") + error.what());
 }
 
-/// The folder of the model in what was unpacked: the archive may hold it under a name of its own, with notes
-/// of the system that packed it beside it.
+/// The model's folder among the unpacked files. An archive may contain it under another name, beside metadata
+/// of the system that made the archive.
 std::string packageIn(const std::string& unpacked) {
     auto names = files::childNames(unpacked).value_or(std::vector<std::string>());
     std::erase_if(names, [](const std::string& name) { return name.starts_with("__MACOSX"); });
@@ -71,7 +71,7 @@ std::string packageIn(const std::string& unpacked) {
                                                                       : unpacked;
 }
 
-/// Removes what lies there in the end, and what a killed process has left there.
+/// Removes the path when destroyed, or by `now`, which is used for what a killed process has left there.
 class Removing {
   public:
     explicit Removing(std::string path) : path_(std::move(path)) {}
@@ -90,7 +90,7 @@ class Removing {
     const std::string path_;
 };
 
-/// Puts the download into its place. Throws ZipError, FileError and Stopped.
+/// Moves the download to its place. Throws ZipError, FileError and Stopped.
 std::string installed(const std::string& download, const std::string& id, const std::stop_token& stop) {
     if (!platform::isZipArchive(download)) {
         const std::string target = ModelStorage::localPath(id);
@@ -103,7 +103,7 @@ std::string installed(const std::string& download, const std::string& id, const 
     const Removing rest(unpacked);
     rest.now();
     platform::unpackZip(download, unpacked, largestUnpacked, stop);
-    ModelStorage::remove(id); // with the archive
+    ModelStorage::remove(id); // also removes the archive
     files::rename(packageIn(unpacked), target);
     return target;
 }

@@ -11,7 +11,7 @@
 
 namespace orvane {
 
-/// Why a model was not downloaded; the description is for people.
+/// Why a model was not downloaded; the description is for the user.
 class ModelDownloadError : public std::runtime_error {
   public:
     enum class Kind { downloadFailed, invalidResponse, writeFailed, invalidURL, checksumMismatch, cancelled };
@@ -23,24 +23,24 @@ class ModelDownloadError : public std::runtime_error {
     Kind kind_;
 };
 
-/// What is downloaded, and as which model.
+/// A model to download.
 struct ModelDownload {
     std::string id;
     std::string url;
-    std::string expectedSHA256; ///< hexadecimal; empty: nothing is tested
+    std::string expectedSHA256; ///< hexadecimal; empty: not checked
 };
 
-/// Brings models into their folder: an archive is unpacked there, anything else stays a file. Nothing is in
-/// its place before it is whole and tested; what a download that broke off has left is not fetched twice. Any
-/// thread that may wait.
+/// Downloads models into their folder; an archive is unpacked there, any other file is kept as it is. A model
+/// appears in its place only when it is complete and checked. An interrupted download is continued from where
+/// it ended. Any thread that may wait.
 class ModelDownloader {
   public:
-    /// Null: that of this installation.
+    /// Null: the client of this installation.
     explicit ModelDownloader(std::shared_ptr<platform::HTTPClient> client = nullptr);
 
-    /// Too little room fails before anything is written, where the server says how much it will send.
-    /// `progress` takes the share that is done, on this thread. Redirects are followed, from a secure address
-    /// to secure ones alone. Gives the path of the model. Throws ModelDownloadError.
+    /// If the server states the size, too little disk space is an error before anything is written.
+    /// `progress` is called on this thread with the finished share. Redirects are followed, but never from
+    /// https to another scheme. Returns the path of the model. Throws ModelDownloadError.
     std::string download(const ModelDownload& wanted, const std::function<void(double share)>& progress,
                          const std::stop_token& stop) const;
 

@@ -52,7 +52,7 @@ void remove(std::string_view id) {
          {localPath(id), localPackagePath(id), download, download + ".part", download + ".part.tag"}) {
         try {
             files::removeTree(path);
-        } catch (const platform::FileError&) { // one that can't go is no reason to keep the other
+        } catch (const platform::FileError&) { // if one cannot be removed, the other is removed all the same
         }
     }
 }

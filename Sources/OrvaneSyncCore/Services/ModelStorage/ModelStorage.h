@@ -9,18 +9,19 @@
 namespace orvane::ModelStorage {
 
 std::string modelsDirectory();
-/// The two places that a model may have: a file, and a folder.
+/// The two possible places of a model: a file and a folder.
 std::string localPath(std::string_view id);
 std::string localPackagePath(std::string_view id);
 
 bool isInstalled(std::string_view id);
-std::int64_t sizeOnDisk(std::string_view id); ///< bytes; 0 for one that is not there
-/// Removes both, and what a download that broke off has left, as far as the system lets it.
+std::int64_t sizeOnDisk(std::string_view id); ///< bytes; 0 if it does not exist
+/// Removes both, and the rest of an interrupted download. What the system does not let it remove stays.
 void remove(std::string_view id);
-/// Where a model lies while it is downloaded.
+/// The place of a model during its download.
 std::string downloadPath(std::string_view id);
-/// Of everything in the folder, in whole units of 1,048,576 bytes. Throws Stopped.
+/// The size of everything in the folder, in whole units of 1,048,576 bytes. Throws Stopped.
 std::int64_t totalSizeMB(const std::stop_token& stop = {});
-/// `expectedHash` in hexadecimal digits of either case. False for a file that cannot be read. Throws Stopped.
+/// `expectedHash` has hexadecimal digits in upper or lower case. False if the file cannot be read. Throws
+/// Stopped.
 bool verifySHA256(const std::string& path, std::string_view expectedHash, const std::stop_token& stop = {});
 } // namespace orvane::ModelStorage

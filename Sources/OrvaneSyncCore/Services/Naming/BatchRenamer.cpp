@@ -82,7 +82,7 @@ std::vector<std::pair<UUID, std::string>> BatchRenamer::newNames(const SyncGroup
 
 std::string BatchRenamer::padNumericSegments(std::string_view name, int digits) {
     std::string result;
-    std::string run; // number characters, so far
+    std::string run; // the current run of number characters
     int length = 0;
     const auto flush = [&] {
         if (length > 0 && length < digits) result.append(static_cast<std::size_t>(digits - length), '0');

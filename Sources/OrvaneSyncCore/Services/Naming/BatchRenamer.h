@@ -11,8 +11,8 @@
 
 namespace orvane {
 
-/// Renames many clips by one rule: find and replace, number padding, prefix and suffix. A plain value; its
-/// operations change nothing, they say which manual names the clips would get.
+/// Renames many clips by one rule: find and replace, number padding, prefix and suffix. A plain value. Its
+/// operations change no clip; they return the manual names that the clips would get.
 struct BatchRenamer {
     /// The naming settings.
     struct Settings {
@@ -28,24 +28,24 @@ struct BatchRenamer {
 
     std::string find; ///< exact, case-sensitive
     std::string replace;
-    int padDigits = 0; ///< 0 to 6, more counts as 6; 0 is no padding
+    int padDigits = 0; ///< 0 to 6, larger values count as 6; 0 means no padding
     std::string prefix;
     std::string suffix;
 
     bool hasOperation() const;
     std::string transform(std::string_view name) const;
-    /// What lists call each of `clips` before and after, in their order, when these alone are renamed. All of
-    /// them are among `groups`. Pure; any thread.
+    /// The names of each of `clips` in lists before and after, in the order of `clips`, if only these are
+    /// renamed. All of them are in `groups`. Pure; any thread.
     std::vector<PreviewRow> preview(const SyncGroupList& groups, const std::vector<UUID>& clips,
                                     const Settings& settings) const;
-    /// The new manual name of every clip that gets one, in the order of the clips. A clip that still bears
-    /// its camera's file name is left alone.
+    /// The new manual name of every clip that would get one, in the order of the clips. A clip that still has
+    /// its camera's file name is left unchanged.
     std::vector<std::pair<UUID, std::string>> newNames(const SyncGroupList& groups,
                                                        const Settings& settings) const;
 
-    /// Leading zeros for each run of number characters that is shorter than `digits`.
+    /// Adds leading zeros to each run of number characters that is shorter than `digits`.
     static std::string padNumericSegments(std::string_view name, int digits);
-    /// The clips that have a manual name to clear.
+    /// The clips with a manual name that can be cleared.
     static std::vector<UUID> manuallyNamed(const SyncGroupList& groups);
 };
 

@@ -13,7 +13,7 @@ namespace orvane::ClipNames {
 
 namespace {
 
-/// Whether two files of one name lie in different folders.
+/// Whether two files with the same name are in different folders.
 bool shareFileName(const std::vector<const SyncGroup*>& clips, const std::vector<std::string>& folders) {
     std::unordered_map<std::string, const std::string*> folderByName;
     for (std::size_t i = 0; i < clips.size(); ++i) {
@@ -23,7 +23,7 @@ bool shareFileName(const std::vector<const SyncGroup*>& clips, const std::vector
     return false;
 }
 
-/// Whether clips of different folders rolled at the same moment, which one camera can't.
+/// Whether clips of different folders were recorded at the same moment, which one camera cannot do.
 bool overlap(const std::vector<const SyncGroup*>& clips, const std::vector<std::string>& folders) {
     struct Rolling {
         Date day;
@@ -37,7 +37,8 @@ bool overlap(const std::vector<const SyncGroup*>& clips, const std::vector<std::
     std::ranges::sort(all, [](const Rolling& a, const Rolling& b) {
         return std::pair(a.day, a.range.startSeconds) < std::pair(b.day, b.range.startSeconds);
     });
-    // Of those before the one that ends last is enough: another that reaches into a clip reached into it too.
+    // Comparing with the clip that ends last is enough: if an earlier clip overlaps the current one, that
+    // clip does too.
     const Rolling* last = nullptr;
     for (const Rolling& own : all) {
         if (last != nullptr && last->day != own.day) last = nullptr;

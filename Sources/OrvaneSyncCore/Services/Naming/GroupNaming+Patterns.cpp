@@ -26,7 +26,7 @@ constexpr std::array<CategoryRow, allTokenCategories.size()> categoryRows{{
 
 const CategoryRow& row(TokenInfo::Category category) { return rowOf(categoryRows, category); }
 
-/// ASCII digits alone, within 64 bits.
+/// The number, if the text has only ASCII digits and it fits into 64 bits.
 std::optional<std::int64_t> wholeNumber(std::string_view text) {
     const bool isSigned = text.starts_with('-') || text.starts_with('+');
     return isSigned ? std::nullopt : platform::text::decimalInteger(text);
@@ -38,7 +38,7 @@ struct WidthToken {
     int width;
 };
 
-/// Every `opening`, digits and "}" of the text, in order.
+/// All tokens in the text, in order: `opening`, digits, "}".
 std::vector<WidthToken> widthTokens(std::string_view text, std::string_view opening, int unreadableWidth) {
     std::vector<WidthToken> tokens;
     for (auto at = text.find(opening); at != std::string_view::npos; at = text.find(opening, at + 1)) {
@@ -52,7 +52,7 @@ std::vector<WidthToken> widthTokens(std::string_view text, std::string_view open
     return tokens;
 }
 
-/// From the last token to the first, each at all its occurrences.
+/// Replaces from the last token to the first, each at all its occurrences.
 template <class Format>
 void replaceWidthTokens(std::string& text, std::string_view opening, int unreadableWidth, Format format) {
     const auto tokens = widthTokens(text, opening, unreadableWidth);
@@ -114,7 +114,7 @@ constexpr std::array<TokenValue, 9> tokenValues{{
      }},
 }};
 
-/// Without what an empty value leaves behind: doubled separators, and separators at the ends.
+/// Removes what empty values leave: repeated separators, and separators at the ends.
 std::string withoutStraySeparators(std::string_view text) {
     const std::string clean = replacingAll(replacingAll(text, "--", "-"), "__", "_");
     const std::size_t first = clean.find_first_not_of("-_ ");

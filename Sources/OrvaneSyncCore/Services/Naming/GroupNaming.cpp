@@ -9,7 +9,7 @@ namespace orvane::GroupNaming {
 
 namespace {
 
-/// The scene's words, with the separator for whatever the recorder put between them.
+/// The scene's words, joined by the separator instead of the recorder's separators.
 std::string joinedWords(std::string_view scene, std::string_view separator) {
     std::string joined;
     while (!scene.empty()) {

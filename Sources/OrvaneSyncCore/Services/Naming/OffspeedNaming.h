@@ -5,9 +5,9 @@
 
 namespace orvane {
 
-/// Names of the further clips that an export makes of offspeed material: the clip's own name and a suffix, in
-/// which "{fps}" stands for the rate. A suffix that begins with "_", "-", a blank or a point follows the name
-/// directly, any other behind a blank. Pure; any thread.
+/// Names of the additional clips that an export makes of offspeed material: the clip's own name and a suffix,
+/// in which "{fps}" is replaced by the rate. A suffix that begins with "_", "-", a blank or a point is
+/// appended directly, any other after a blank. Pure; any thread.
 namespace OffspeedNaming {
 
 std::string resolveNativeMOSName(std::string_view baseName, std::string_view suffix, double sensorFps);

@@ -15,16 +15,16 @@ struct PatternEditor {
     static constexpr int highestCounterValue = 9999;
 
     std::string pattern;
-    int counterDigits = 3;                    ///< 1 to 6; what is beyond counts as the nearest
-    int counterValue = 1;                     ///< 1 to 9999, likewise
-    std::optional<std::size_t> caretPosition; ///< characters (as people count them) from the start
+    int counterDigits = 3;                    ///< 1 to 6; values outside are clamped
+    int counterValue = 1;                     ///< 1 to 9999; values outside are clamped
+    std::optional<std::size_t> caretPosition; ///< in characters (as people count them) from the start
 
-    /// Puts the token in at the caret and moves the caret behind it; without a caret, or with one behind the
-    /// end of the pattern, the token goes to the end and the caret stays.
+    /// Inserts the token at the caret and moves the caret behind it. Without a caret, or if it is behind the
+    /// end of the pattern, the token is appended and the caret does not move.
     void insert(std::string_view token);
     /// The counter with its digits, such as "{counter:3}".
     std::string counterToken() const;
-    /// The pattern as the first clip would have it; empty without clips.
+    /// The pattern resolved for the first clip; empty without clips.
     std::string previewString(const SyncGroupList& groups) const;
 };
 

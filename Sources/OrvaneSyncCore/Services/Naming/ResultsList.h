@@ -7,22 +7,22 @@
 
 namespace orvane {
 
-/// Which clips a list of results shows.
+/// The clips that a list of results shows.
 enum class FilterMode {
     all,
     matched, ///< the settled ones
-    issues   ///< those that wait for a decision
+    issues   ///< those that need a decision
 };
 SyncGroupList filtered(const SyncGroupList& groups, FilterMode mode);
 
-/// The cameras that share one recording, so that they stand together.
+/// Cameras that share one recording and are listed together.
 struct SharedAudioBundle {
-    std::string id; ///< what they share
+    std::string id; ///< identifies the shared recording
     SyncGroupList cams;
 };
 
-/// Bundles in the order of their first clip, and the clips of each in the order of the list. A clip without
-/// sound, and one that is excluded from multicam, stands alone.
+/// Bundles in the order of their first clip, the clips of each in the order of the list. A clip without sound
+/// or excluded from multicam has a bundle of its own.
 std::vector<SharedAudioBundle> sharedAudioBundles(const SyncGroupList& groups);
 
 } // namespace orvane

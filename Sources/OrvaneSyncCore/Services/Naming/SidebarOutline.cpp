@@ -12,7 +12,7 @@ namespace orvane::SidebarOutline {
 
 namespace {
 
-/// The clips under one key: the cameras of one take, of one shoot.
+/// The clips with one key: the cameras of a take, from one shoot.
 struct Bundle {
     std::string key;
     std::string label; ///< base name

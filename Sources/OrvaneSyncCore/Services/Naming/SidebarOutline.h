@@ -9,7 +9,7 @@
 
 namespace orvane {
 
-/// One row of the clip list: a clip, or the parent row of the cameras of one take.
+/// One row of the clip list: a clip, or the parent row for the cameras of a take.
 struct SidebarNode {
     std::string id;
     std::string label;
@@ -18,11 +18,11 @@ struct SidebarNode {
     bool isMulticam = false;
 };
 
-/// The clip list of the side bar. Pure; any thread.
+/// The clip list of the sidebar. Pure; any thread.
 namespace SidebarOutline {
 
-/// Clips of one name stand below a parent row, in the order of their camera letters; the rows keep the order
-/// in which their names first occur. Clips that are excluded from multicam stand alone.
+/// Clips with the same name are below a parent row, in the order of their camera letters; rows are in the
+/// order in which their names first occur. Clips that are excluded from multicam have rows of their own.
 std::vector<SidebarNode> build(const SyncGroupList& groups, GroupNaming::Source source,
                                const std::optional<std::string>& customPattern);
 

@@ -13,8 +13,8 @@
 
 namespace orvane {
 
-/// The cameras of one take: clips with the same base name of one shoot. Two clips whose days are known,
-/// differ and lie more than six hours apart are of two shoots.
+/// The cameras of one take: clips of one shoot with the same base name. Two clips are of different shoots if
+/// their days are known, differ, and they are more than six hours apart.
 struct SyncCluster {
     std::string key;
     std::vector<UUID> memberIDs; ///< two or more, in the order of the clips
@@ -22,10 +22,10 @@ struct SyncCluster {
     bool operator==(const SyncCluster&) const = default;
 };
 
-/// Groups clips by name and day. Clips that are excluded from multicam stand alone. Pure; any thread.
+/// Groups clips by name and day. Clips that are excluded from multicam are not grouped. Pure; any thread.
 namespace SyncClustering {
 
-/// The name by which a clip finds its siblings.
+/// The name that the siblings of a take have in common.
 std::string key(const SyncGroup& group, GroupNaming::Source source,
                 const std::optional<std::string>& customPattern);
 
@@ -33,13 +33,13 @@ std::string key(const SyncGroup& group, GroupNaming::Source source,
 std::vector<SyncCluster> clusters(const SyncGroupList& groups, GroupNaming::Source source,
                                   const std::optional<std::string>& customPattern);
 
-/// The clips of the list with this clip's key and of its shoot, this clip among them where it stands in the
-/// list; an excluded clip has only itself. For one clip: it names every clip of the list. For many clips take
+/// The clips in the list with this clip's key and of its shoot, including the clip itself if it is in the
+/// list; for an excluded clip only itself. Makes the names of the whole list at each call: for many clips use
 /// an `Index`.
 SyncGroupList siblings(const SyncGroup& group, const SyncGroupList& groups, GroupNaming::Source source,
                        const std::optional<std::string>& customPattern);
 
-/// The keys of a whole list, each named once: for callers that ask about every clip of it. Holds its own copy
+/// The keys of a whole list, each made once: for callers that ask about every clip in it. Holds its own copy
 /// of the list.
 class Index {
   public:
@@ -47,11 +47,12 @@ class Index {
 
     /// The key of the clip at this place of the list.
     const std::string& key(std::size_t position) const { return keys_.at(position); }
-    /// What `siblings` would count for the clip at this place.
+    /// The number of clips that `siblings` would return for the clip at this place.
     std::size_t siblingCount(std::size_t position) const;
-    /// From 0, which of the shoots that have clips of its key the clip at this place belongs to.
+    /// The number of the shoot, from 0, to which the clip at this place belongs, among the shoots with clips
+    /// of its key.
     std::size_t shoot(std::size_t position) const { return shoots_.at(position); }
-    /// As `SyncClustering::siblings` in this list.
+    /// The same as `SyncClustering::siblings` in this list.
     SyncGroupList siblings(const SyncGroup& group) const;
 
   private:
@@ -63,8 +64,8 @@ class Index {
     std::optional<std::string> customPattern_;
     using Members = std::vector<std::size_t>; ///< places in the list
 
-    /// Parts the clips of one key by shoot: each part in the order of the list, the parts by time. Clips
-    /// without a day are of the first part.
+    /// Divides the clips of one key by shoot: shoots by time, the clips of each in the order of the list.
+    /// Clips without a day belong to the first shoot.
     std::vector<Members> shootsOf(const Members& members, Places& places) const;
 
     std::vector<std::string> keys_;

@@ -5,8 +5,8 @@
 
 namespace orvane {
 
-/// LockitNetwork did not give what it was asked for. Failures of the transport (platform::HTTPError) and of
-/// the decoding (DecodingError) come as they are; an answer that is not HTTP is an invalid response.
+/// An answer of LockitNetwork that is not the requested one. Errors of the transport (platform::HTTPError)
+/// and of decoding (DecodingError) are thrown unchanged; an answer that is not HTTP is an invalid response.
 class LockitError : public std::runtime_error {
   public:
     enum class Kind { httpError, invalidResponse, unauthorized };
@@ -22,7 +22,7 @@ class LockitError : public std::runtime_error {
     }
 
     Kind kind() const { return kind_; }
-    int status() const { return status_; } ///< of HTTP; 0 where there was none
+    int status() const { return status_; } ///< HTTP status; 0 if there was none
 
   private:
     LockitError(Kind kind, const std::string& description, int status)

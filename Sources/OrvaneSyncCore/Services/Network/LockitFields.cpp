@@ -17,10 +17,10 @@ Text decimal(const std::optional<std::int64_t>& number) {
     return number ? Text(std::to_string(*number)) : std::nullopt;
 }
 
-/// The first that is there, also where it is blank.
+/// The first one if it is present, even if it is blank.
 Text firstPresent(Text first, Text otherwise) { return first ? std::move(first) : std::move(otherwise); }
 
-/// Empty where there is none.
+/// Empty if absent.
 std::string_view trimmed(const Text& text) {
     return text ? platform::text::trimmed(*text) : std::string_view();
 }

@@ -8,8 +8,8 @@
 
 namespace orvane {
 
-/// A day's answer is of few clips of all, and the days are laid one after the other: what is known of all
-/// clips stays known until somebody else changes one.
+/// The answer for a day concerns few of all clips, and the days are applied one after the other. So what is
+/// known about all clips is kept until the clips are changed elsewhere.
 LockitLayer::Laid LockitLayer::lay(SyncGroupList& groups, ClipMatchResponse answer,
                                    const std::stop_token& stop) {
     platform::StopCheck check(stop);

@@ -11,42 +11,41 @@
 
 namespace orvane {
 
-/// What a sync has laid over the clips so far, and what they had before. A plain value; copies are
-/// independent. Any thread.
+/// The metadata that a sync has applied to the clips so far, and their metadata before. A plain value; copies
+/// are independent. Any thread.
 class LockitLayer {
   public:
     explicit LockitLayer(SyncGroupList before) : before_(std::move(before)) {}
 
     struct Laid {
-        int updated = 0;      ///< clips that the answer speaks of
-        int withMetadata = 0; ///< clips that have metadata of the service then
+        int updated = 0;      ///< clips that the answer contains
+        int withMetadata = 0; ///< clips that have metadata of the service afterwards
     };
-    /// Gives each clip whose file name, exactly, is matched what the answer says, in place of what it had. An
-    /// answer without a value leaves a clip as it was. Clips that have come to be without what was laid
-    /// before get it again. Throws Stopped.
+    /// Replaces the metadata of each clip whose exact file name is in the answer. A clip with an empty answer
+    /// is not changed. Clips that have lost metadata that was applied before get it again. Throws Stopped.
     Laid lay(SyncGroupList& groups, ClipMatchResponse answer, const std::stop_token& stop = {});
-    /// Applies what it knows to clips that have come to be without it.
+    /// Applies the metadata again to clips that have lost it.
     void reapply(SyncGroupList& groups) const;
-    /// The same clips as if nothing had been laid over them; what somebody else wrote meanwhile stays.
+    /// The clips without the applied metadata. Metadata that was changed by others since then stays.
     SyncGroupList without(SyncGroupList groups) const;
-    /// These clips are as `lay` left them; nobody has edited one since.
+    /// Whether the clips are still as `lay` left them.
     bool isUnchangedSince(const SyncGroupList& groups) const { return groups.changesSince(left_).empty(); }
-    /// Nothing differs from what there was before.
+    /// Whether nothing was applied.
     bool isEmpty() const { return laid_.empty(); }
 
   private:
     SyncGroupList before_;
-    /// What clips were given, the newest last; never empty. A list shares these groups as long as nobody
-    /// edits them.
+    /// The clips with the metadata applied to them, the newest last; never empty. Shared with a list of clips
+    /// as long as that is not edited.
     std::unordered_map<UUID, std::vector<SyncGroupList::Element>> laid_;
-    SyncGroupList left_;                                       ///< as laid over last
-    int withMetadata_ = 0;                                     ///< of these
-    std::unordered_multimap<std::string, std::size_t> places_; ///< in these, by file name
+    SyncGroupList left_;                                       ///< the clips after the last `lay`
+    int withMetadata_ = 0;                                     ///< number of those with metadata
+    std::unordered_multimap<std::string, std::size_t> places_; ///< index in `left_`, by file name
 };
 
-/// As `LockitLayer::lay`, for one answer by itself.
+/// `LockitLayer::lay` for a single answer.
 int applyLockitMatches(SyncGroupList& groups, ClipMatchResponse answer);
-/// How many clips have metadata of the service.
+/// The number of clips with metadata of the service.
 int lockitClipCount(const SyncGroupList& groups);
 
 } // namespace orvane

@@ -20,7 +20,7 @@ struct LockitNetworkClient::Connection {
 
     const Dependencies dependencies;
     const std::unique_ptr<platform::SerialQueue> queue;
-    const std::unique_ptr<platform::SerialQueue> decoding; ///< while the next request is under way
+    const std::unique_ptr<platform::SerialQueue> decoding; ///< while the next request runs
 };
 
 LockitNetworkClient::LockitNetworkClient(Dependencies dependencies)
@@ -28,7 +28,7 @@ LockitNetworkClient::LockitNetworkClient(Dependencies dependencies)
 
 namespace {
 
-/// What the server answers. Throws LockitError::invalidResponse where it does not speak HTTP.
+/// The server's answer. Throws LockitError::invalidResponse if it is not HTTP.
 platform::HTTPResponse sent(platform::HTTPClient& http, const platform::HTTPRequest& request,
                             const std::stop_token& stop) {
     try {
@@ -39,7 +39,7 @@ platform::HTTPResponse sent(platform::HTTPClient& http, const platform::HTTPRequ
     }
 }
 
-/// The body of an answer that is one.
+/// The body of a successful answer; throws LockitError otherwise.
 std::string bodyOf(platform::HTTPResponse response) {
     constexpr int unauthorized = 401, firstGood = 200, firstOther = 300;
     if (response.status == unauthorized) throw LockitError::unauthorized();
@@ -48,7 +48,7 @@ std::string bodyOf(platform::HTTPResponse response) {
     return std::move(response.body);
 }
 
-/// Each match is an object in the map of matches, within that of the answer.
+/// Each match is an object in the map of matches, which is inside the object of the answer.
 std::size_t mostMatches(std::string_view answer) {
     constexpr std::size_t around = 2;
     std::size_t objects = 0;

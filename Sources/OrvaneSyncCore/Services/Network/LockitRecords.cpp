@@ -110,7 +110,7 @@ struct IsList : std::false_type {};
 template <class T>
 struct IsList<std::vector<T>> : std::true_type {};
 
-// `Json`: a tree, or a view of the text; clips come by the thousand.
+// `Json` is a tree or a view of the text; a view is used for clips, as there are thousands.
 
 template <class Record, class Json>
 Record read(const Json& json);
@@ -140,7 +140,7 @@ T named(const Json& json, std::string_view key) {
     }
 }
 
-/// Fills a member: one that is optional may be missing or null, any other has to be there.
+/// Reads a member; an optional one may be missing or null, any other is required.
 template <class T, class Json>
 void take(const Json& members, std::string_view key, T& member) {
     member = named<T>(requiredMember(members, key), key);
@@ -182,7 +182,7 @@ void understand(const std::function<void()>& decode) {
     }
 }
 
-/// Most of the answer is names with null behind them.
+/// Most of the answer is names with the value null.
 bool decodeMatches(std::string_view body, std::size_t names,
                    const std::function<void(std::string_view filename, const LockitClip& clip)>& match) {
     platform::JSONParser parser;
@@ -205,7 +205,7 @@ bool decodeMatches(std::string_view body, std::size_t names,
     return true;
 }
 
-/// Within the JSON form of a shooting day.
+/// The form inside the JSON of a shooting day.
 static JSON toJSON(const LockitDate& date) { return fieldsToJSON(date); }
 
 std::string LockitShootingDay::label() const {

@@ -12,8 +12,8 @@
 
 namespace orvane {
 
-// The records of LockitNetwork, as its answers hold them. What is optional may be missing or null; any other
-// departure (a missing field, a value of another kind) makes the whole answer undecodable.
+// The records in the answers of LockitNetwork. Optional members may be missing or null; any other difference
+// (a missing member, a value of another kind) makes the whole answer invalid.
 
 struct LockitUser {
     std::string uuid;
@@ -42,7 +42,7 @@ struct LockitShootingDay {
     std::optional<std::string> suffix;
     std::optional<LockitDate> date;
 
-    /// Such as "S12b"; "?" stands for a number that is not known.
+    /// Such as "S12b"; "?" is used for an unknown number.
     std::string label() const;
 };
 
@@ -83,7 +83,7 @@ struct LockitCamera {
     std::optional<std::string> model;
 };
 
-/// Texts as the service itself would print them.
+/// Texts in the form that the service itself shows.
 struct LockitPreformatted {
     std::optional<std::string> episode;
     std::optional<std::string> scene;
@@ -106,16 +106,16 @@ struct LockitClip {
     std::optional<LockitPreformatted> preformatted;
 };
 
-/// Runs the decoding of an answer, which throws as below. Throws DecodingError with a description for people:
-/// whose answer it was, and what they may do.
+/// Calls `decode` for an answer and converts its errors: throws DecodingError with a description for the
+/// user, who sent the answer and what to do.
 void understand(const std::function<void()>& decode);
 
-// Each throws DecodingError, and platform::JSONError for what is no JSON.
+// Each throws DecodingError, and platform::JSONError if the text is not JSON.
 
-/// The answer that holds one record.
+/// An answer that contains one record.
 template <class Record>
 Record decodedAnswer(std::string_view body);
-/// The answer that is a list of them.
+/// An answer that is a list of records.
 template <class Record>
 std::vector<Record> decodedList(std::string_view body);
 
@@ -126,15 +126,15 @@ std::vector<LockitProject> decodedList<LockitProject>(std::string_view body);
 template <>
 std::vector<LockitShootingDay> decodedList<LockitShootingDay>(std::string_view body);
 
-/// Gives each clip that matches a file name, in the order of the answer; names that the service does not
-/// know, which it lists with null, are left out. The answer is one about so many file names, each of which is
-/// matched at most once: more matches are refused before any is given. The clips of the day that matched no
-/// name are checked and of no use. False without a list of matches.
+/// Calls back with each clip that matches a file name, in the order of the answer; names that the service
+/// does not know are null in the answer and are skipped. `names` is the number of names sent, each of which
+/// is matched at most once: an answer with more matches is rejected before the first call. The day's clips
+/// without a match are checked but not used. Returns false if there is no list of matches.
 bool decodeMatches(std::string_view body, std::size_t names,
                    const std::function<void(std::string_view filename, const LockitClip& clip)>& match);
 
 JSON toJSON(const LockitProject& project);
-/// With its label.
+/// Also has the label.
 JSON toJSON(const LockitShootingDay& day);
 
 } // namespace orvane

@@ -20,9 +20,10 @@ using platform::text::Encoding;
 using platform::text::trimmed;
 
 constexpr std::size_t sampleBytes = 2048;
-constexpr std::size_t zeroShare = 5; ///< more than one zero byte in so many tells UTF-16
+constexpr std::size_t zeroShare = 5; ///< more than one zero byte in that many bytes means UTF-16
 
-/// The encoding that zero bytes in the first bytes tell: text of the Western world has one in every pair.
+/// The encoding that zero bytes at the beginning show: in UTF-16 text of Western languages most pairs have
+/// one.
 std::optional<Encoding> utf16ByZeroBytes(std::string_view bytes) {
     const std::string_view sample = bytes.substr(0, sampleBytes);
     std::size_t evenZeros = 0, oddZeros = 0;
@@ -38,7 +39,7 @@ std::string decodedOrThrow(std::string_view bytes, Encoding encoding, const std:
     return *std::move(text);
 }
 
-/// Hands on the pieces between tabs, empty ones too.
+/// Calls `use` with each piece between tabs, empty ones too.
 template <class Use>
 void splitAtTabs(std::string_view line, Use use) {
     for (;;) {
@@ -49,7 +50,7 @@ void splitAtTabs(std::string_view line, Use use) {
     }
 }
 
-/// Counted from 1, as editors count.
+/// The line number, counted from 1.
 std::size_t lineOf(std::string_view text, std::size_t position) {
     ReportLines lines(text.substr(0, position));
     std::size_t line = 0;
@@ -57,14 +58,14 @@ std::size_t lineOf(std::string_view text, std::size_t position) {
     return line + (position == 0 || text[position - 1] == '\n' || text[position - 1] == '\r' ? 1 : 0);
 }
 
-/// Hands on a text of any length piece by piece, each within some milliseconds. Throws Stopped.
+/// Calls `use` with one piece of the text after the other; each takes some milliseconds. Throws Stopped.
 template <class Use>
 void inPieces(std::string_view text, const std::stop_token& stop, Use use) {
     constexpr std::size_t length = std::size_t{4} << 20U; // bytes
     while (!text.empty()) {
         platform::throwIfStopped(stop);
         std::size_t end = std::min(length, text.size());
-        // Not within a character of UTF-8.
+        // Do not split a UTF-8 character.
         for (int i = 0;
              i < 3 && end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U; ++i)
             --end;
@@ -80,16 +81,16 @@ bool isUTF8(std::string_view text, const std::stop_token& stop) {
     return isValid;
 }
 
-/// A document, a picture or an archive by another name: its beginning is full of control characters.
+/// A document, a picture or an archive with a wrong extension: its beginning has many control characters.
 bool isOfAnotherKind(std::string_view text) {
-    constexpr std::size_t beginning = 4096, mostOfText = 50; // one of so many characters
+    constexpr std::size_t beginning = 4096, mostOfText = 50; // one control character in that many
     const std::string_view first = text.substr(0, beginning);
     const auto isControl = [](unsigned char c) { return c < ' ' && (c < '\t' || c > '\r'); };
     const auto controls = static_cast<std::size_t>(std::ranges::count_if(first, isControl));
     return first.starts_with("%PDF-") || (controls > 1 && controls * mostOfText > first.size());
 }
 
-/// Counts what is really there, so that the memory of millions of cells is not copied as it grows.
+/// Counts the cells first, so that the memory of millions of cells is not copied while it grows.
 void reserveFor(ALEFile::Builder& report, std::string_view rows, char delimiter,
                 const std::stop_token& stop) {
     std::size_t lines = 1, delimiters = 0;
@@ -157,7 +158,7 @@ ALEFile ALEParser::parse(std::string_view content, const std::stop_token& stop) 
 std::string ALEParser::decodeText(std::string bytes, const std::stop_token& stop) {
     constexpr std::string_view utf16LEMark = "\xFF\xFE", utf16BEMark = "\xFE\xFF", utf8Mark = "\xEF\xBB\xBF";
     const std::string_view view = bytes;
-    // A byte order mark states the encoding: bytes that do not fit it are no text.
+    // A byte order mark states the encoding: if the bytes do not fit it, the file is not a text.
     if (view.starts_with(utf16LEMark))
         return decodedOrThrow(view.substr(utf16LEMark.size()), Encoding::utf16LE, stop);
     if (view.starts_with(utf16BEMark))
@@ -222,7 +223,7 @@ ALEFile ALEParser::parseALESections(std::string_view text, const std::stop_token
             section = Section::column;
         } else if (word == "Data") {
             section = Section::data;
-            // Once: a text may be nothing but such lines.
+            // Only once: a text may consist of nothing but such lines.
             if (!std::exchange(isReserved, true)) reserveFor(report, lines.rest(), '\t', stop);
         } else if (section == Section::heading) {
             readHeading(report, *line);

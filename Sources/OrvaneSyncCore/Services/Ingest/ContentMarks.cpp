@@ -16,13 +16,14 @@ namespace orvane::ContentMarks {
 namespace {
 
 constexpr std::size_t pieces = 8, pieceBytes = 4096;
-constexpr std::uint64_t markBits = (std::uint64_t{1} << 53) - 1; // what a number of JSON holds exactly
+constexpr std::uint64_t markBits = (std::uint64_t{1} << 53) - 1; // the integers that a JSON number holds
+                                                                 // exactly
 
 std::string_view folder(const MediaAsset& file) {
     return std::string_view(file.url.path).substr(0, file.url.path.rfind('/'));
 }
 
-/// Recordings of one name, size and start in several folders.
+/// Groups of recordings with the same name, size and start in several folders.
 std::vector<std::vector<std::size_t>> likelyCopies(const std::vector<MediaAsset>& recordings) {
     using Likeness = std::tuple<std::uint64_t, std::string_view, std::uint64_t>;
     const auto likenessOf = [](const MediaAsset& file) {
@@ -50,7 +51,7 @@ std::vector<std::vector<std::size_t>> likelyCopies(const std::vector<MediaAsset>
 
 using Piece = std::array<std::byte, pieceBytes>;
 
-/// The piece of that number, filled up with zeros; absent where it cannot be read.
+/// The piece with that number, padded with zeros; absent if it cannot be read.
 std::optional<Piece> pieceOf(const platform::RandomAccessFile& file, std::uint64_t number) {
     const std::uint64_t position = number * pieceBytes;
     const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(pieceBytes, file.size() - position));
@@ -59,15 +60,16 @@ std::optional<Piece> pieceOf(const platform::RandomAccessFile& file, std::uint64
     return piece;
 }
 
-/// Absent where that cannot be read. Files that are written in the background are made in full size, and one
-/// that breaks off leaves zeros behind what was written.
+/// Absent if the end cannot be read. Some programs create a file in full size and then write it; if they stop
+/// early, the rest is zeros.
 std::optional<bool> hasZerosAtItsEnd(const platform::RandomAccessFile& file) {
     if (file.size() < 2 * pieceBytes) return false;
     const auto last = pieceOf(file, file.size() / pieceBytes - 1);
     return last ? std::optional(*last == Piece{}) : std::nullopt;
 }
 
-/// How much of the first file is as in the second one, by halves: from some place on the two differ.
+/// The share of the first file, from its beginning, that equals the second file; by binary search for the
+/// first difference.
 double shareInCommon(const std::string& path, const std::string& other) {
     const auto a = platform::RandomAccessFile::open(path), b = platform::RandomAccessFile::open(other);
     if (!a || !b) return 0;
@@ -110,7 +112,7 @@ std::vector<BrokenOff> brokenOffIn(const std::vector<MediaAsset>& recordings, co
                 found[which].push_back(
                     {i, shareInCommon(recordings[i].url.path, recordings[*whole].url.path)});
     };
-    constexpr std::size_t atOnce = 8; // files lie on disks that seek and on servers that answer late
+    constexpr std::size_t atOnce = 8; // disks must seek, and servers answer with delay
     platform::concurrently(copies.size(), atOnce, compare, stop);
     std::vector<BrokenOff> all;
     for (const auto& some : found) all.insert(all.end(), some.begin(), some.end());

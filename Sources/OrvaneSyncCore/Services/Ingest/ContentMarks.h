@@ -11,21 +11,22 @@
 
 namespace orvane {
 
-/// Tells recordings that would count as copies of each other by name, size and start alone, without dates
-/// that say so as well: two days of a recorder that begins each at the same timecode may have the same
-/// numbers. Any thread.
+/// Compares the content of recordings that would count as copies by name, size and start, if no dates confirm
+/// it. They need not be copies: a recorder that starts each day at the same timecode may give files of two
+/// days the same numbers. Any thread.
 namespace ContentMarks {
 
-/// The places of those whose content has to be looked at, and was not.
+/// The indices of the recordings whose content must be compared and has no mark yet.
 std::vector<std::size_t> missingIn(const std::vector<MediaAsset>& recordings);
-/// A copy that broke off, of full size all the same: where another one goes on, it has zeros to its end.
+/// An incomplete copy of full size: where a complete one has data, it has zeros to its end.
 struct BrokenOff {
     std::size_t recording;
-    double heldShare; ///< as that of an asset
+    double heldShare; ///< as in MediaAsset
 };
-/// Of those that do not say so already. Reads the end of each file that counts as a copy. Throws Stopped.
+/// The incomplete copies among recordings that are not known to be incomplete. Reads the end of each file
+/// that counts as a copy. Throws Stopped.
 std::vector<BrokenOff> brokenOffIn(const std::vector<MediaAsset>& recordings, const std::stop_token& stop);
-/// Of some KB that are spread over the file. Nothing for one that cannot be read, which counts as a copy.
+/// A hash of a few KB spread over the file. Absent if the file cannot be read; then it counts as a copy.
 std::optional<std::uint64_t> of(const std::string& path);
 
 } // namespace ContentMarks

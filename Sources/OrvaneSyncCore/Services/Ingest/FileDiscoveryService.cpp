@@ -17,8 +17,8 @@ namespace orvane {
 
 namespace {
 
-/// Folders that a desktop shows as one file. Their insides are a program's own business: proxies, renders and
-/// originals of an editing library must not come up as clips.
+/// Folders that a desktop shows as one file. Their contents are private to a program: proxies, renders and
+/// originals of an editing library must not be found as clips.
 constexpr std::array<std::string_view, 35> packageExtensions{
     "app",        "appex",        "aplibrary", "band",          "bundle",     "component",    "dvdmedia",
     "fcpbundle",  "fcpcache",     "framework", "imovielibrary", "kext",       "logicx",       "lrlibrary",
@@ -31,7 +31,7 @@ bool isPackage(const std::string& folder) {
     return std::ranges::find(packageExtensions, extension) != packageExtensions.end();
 }
 
-/// What cameras write beside their clips: thumbnails, photos, small copies for a phone.
+/// Files that cameras write beside their clips: thumbnails, photos, small copies for a phone.
 constexpr auto stillsAndProxies = std::to_array<std::string_view>(
     {"3fr",  "arw", "avif", "bmp", "cr2", "cr3", "crw", "dcr",  "erf", "fff", "gif",  "gpr", "hdr",  "heic",
      "heif", "hif", "iiq",  "j2c", "j2k", "jp2", "jpe", "jpeg", "jpf", "jpg", "jps",  "jpx", "jxl",  "jxs",
@@ -85,7 +85,7 @@ void discoverInto(DiscoveryResult& result, const std::string& folder, Exclusions
         FileURL url{path};
         const auto kind = assetKindFrom(url);
         if (entry == WalkEntry::brokenLink) {
-            // Without an extension it may have stood for a whole folder.
+            // A broken link without an extension may be a link to a whole folder.
             if ((kind || url.lowercasedExtension().empty()) && !isExcluded(path))
                 result.brokenLinks.push_back(std::move(url));
             return;
@@ -111,7 +111,7 @@ void discoverInto(DiscoveryResult& result, const std::string& folder, Exclusions
         unreadable(folder);
 }
 
-/// One form for every file. The way to a folder is looked up once, whatever it holds.
+/// Gives every file its standard path. Each folder is resolved only once.
 class Standardization {
   public:
     explicit Standardization(std::stop_token stop) : stop_(std::move(stop)) {}
@@ -121,15 +121,15 @@ class Standardization {
         if (slash == std::string::npos) return {platform::files::standardized(url.path)};
         const auto [folder, isNew] = folders_.try_emplace(url.path.substr(0, slash));
         if (isNew) {
-            // A link that is the last component stays, so the folder is asked for as the way to something in
-            // it.
+            // A link in the last component is not resolved, so resolve the path of something inside the
+            // folder.
             const std::string inside = platform::files::standardized(folder->first + "/x");
             folder->second = inside.substr(0, inside.size() - 1);
         }
         return {folder->second + url.path.substr(slash + 1)};
     }
 
-    /// Each once, in the order of the paths.
+    /// Without duplicates, in the order of the paths.
     std::vector<FileURL> sortedWithoutDuplicates(const std::vector<FileURL>& urls) {
         std::unordered_set<FileURL> seen;
         std::vector<FileURL> result;
@@ -148,7 +148,7 @@ class Standardization {
     std::unordered_map<std::string, std::string> folders_;
 };
 
-/// Of several names of one file that of the file itself stays, else the first link. `links`: those among the
+/// Of several names of one file keeps the file itself, otherwise the first link. `links`: the links among the
 /// files. All paths are standard ones.
 void leaveOutSecondNames(std::vector<FileURL>& files, const std::unordered_set<FileURL>& links) {
     std::unordered_set<std::string> known;

@@ -15,7 +15,7 @@ namespace {
 using platform::text::trimmed;
 
 constexpr std::size_t entityTestBytes = 65536;
-/// Of one field: it is shown in lists and written into every document.
+/// The limit for one field, as fields are shown in lists and written into every document.
 constexpr std::size_t longestField = 65536;
 constexpr std::string_view entityDeclaration = "<!ENTITY";
 
@@ -23,14 +23,14 @@ bool declaresEntities(std::string_view document) {
     const std::string_view start = document.substr(0, entityTestBytes);
     if (!platform::text::isValidUTF8(start)) return false;
     const auto sameLetter = [](char a, char b) { return std::toupper(static_cast<unsigned char>(a)) == b; };
-    constexpr std::string_view opening = "<!"; // in few documents at all
+    constexpr std::string_view opening = "<!"; // rare in these documents
     for (std::size_t at = start.find(opening); at != std::string_view::npos; at = start.find(opening, at + 1))
         if (std::ranges::equal(start.substr(at, entityDeclaration.size()), entityDeclaration, sameLetter))
             return true;
     return false;
 }
 
-/// A name in capitals, as recorders write them.
+/// A name in upper case; recorders usually write it so.
 class Capitals {
   public:
     explicit Capitals(std::string_view name) : view_(name) {
@@ -41,7 +41,7 @@ class Capitals {
     }
     Capitals(const Capitals&) = delete;
     Capitals& operator=(const Capitals&) = delete;
-    operator std::string_view() const { return view_; } // it is one
+    operator std::string_view() const { return view_; } // implicit: used like the text
 
   private:
     std::string made_;
@@ -53,9 +53,8 @@ std::optional<int> trackIndex(std::string_view text) {
     return value && std::in_range<int>(*value) ? std::optional(static_cast<int>(*value)) : std::nullopt;
 }
 
-/// Collects the fields of one document. Elements are recognised by their bare name, whatever its case and
-/// wherever they stand, except that a track, a speed and a list of tracks keep what is inside them to
-/// themselves.
+/// Collects the fields of one document. Elements are recognised by their name without prefix, ignoring case,
+/// at any depth. Only elements inside a track, a speed and a list of tracks belong to these.
 class IXMLParserDelegate final : public platform::XMLStreamHandler {
   public:
     void startElement(std::string_view name) override {
@@ -115,7 +114,7 @@ class IXMLParserDelegate final : public platform::XMLStreamHandler {
         } else if (element == "NAME") {
             currentTrackName_ = text;
         } else if (element == "TRACK") {
-            // The interleave index counts the channels of this file, the channel index those of the machine.
+            // The interleave index counts the channels of this file, the channel index those of the recorder.
             const auto index = currentInterleaveIndex_ ? currentInterleaveIndex_ : currentChannelIndex_;
             if (index && currentTrackName_ && !currentTrackName_->empty())
                 data_.tracks.push_back({*index, *currentTrackName_});
@@ -161,7 +160,7 @@ class IXMLParserDelegate final : public platform::XMLStreamHandler {
 
     IXMLData data_;
     std::string currentText_;
-    bool isFull_ = false; ///< what more comes of the field is dropped
+    bool isFull_ = false; ///< the rest of the field is dropped
     bool inTrackList_ = false;
     bool inTrack_ = false;
     bool inSpeed_ = false;
@@ -169,7 +168,7 @@ class IXMLParserDelegate final : public platform::XMLStreamHandler {
     std::optional<int> currentInterleaveIndex_;
     std::optional<std::string> currentTrackName_;
     std::optional<std::uint64_t> lowSamples_; ///< the lower 32 bits
-    std::uint64_t highSamples_ = 0;           ///< the upper ones
+    std::uint64_t highSamples_ = 0;           ///< the upper 32 bits
     std::optional<double> timestampRate_;
 };
 

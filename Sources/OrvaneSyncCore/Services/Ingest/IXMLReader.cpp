@@ -15,13 +15,13 @@ using platform::ByteCursor;
 using platform::RandomAccessFile;
 using platform::WaveChunks;
 
-/// The last field that is used ends at byte 346; a long coding history behind it is never loaded.
+/// The last field that is used ends at byte 346; the coding history after it may be long and is not read.
 constexpr std::size_t bextBytesRead = 512;
 constexpr std::uint64_t documentPiece = std::uint64_t{1} << 18U;
-/// No recorder writes a document anywhere near this size, and several files are read at once.
+/// Far larger than any recorder's document; several files are read at the same time.
 constexpr std::size_t largestDocument = std::size_t{1} << 26U;
 
-/// The bytes of the wanted chunks, each the first of its name that holds anything.
+/// The bytes of the wanted chunks; of each name the first chunk that is not empty.
 struct Chunks {
     bool wantsBext = false;
     bool wantsIXML = false;
@@ -32,8 +32,7 @@ struct Chunks {
     bool isComplete() const { return (!wantsBext || !bext.empty()) && (!wantsIXML || hasIXML); }
 };
 
-/// Only the bytes in front of the first NUL count, and only those are read: a hole in a sparse file may claim
-/// gigabytes.
+/// Reads only up to the first NUL: a hole in a sparse file may claim gigabytes.
 void readDocument(RandomAccessFile& file, std::uint64_t at, std::uint64_t size, Chunks& chunks) {
     while (size > 0 && chunks.ixml.size() < largestDocument) {
         const std::vector<std::byte> piece = file.read(at, std::min(size, documentPiece));
@@ -60,7 +59,8 @@ void readChunks(RandomAccessFile& file, Chunks& chunks) {
     }
 }
 
-/// Without blanks and control characters, NUL among them, at both ends. Nothing for bytes that are not ASCII.
+/// The field without blanks and control characters (including NUL) at both ends. Absent if its bytes are not
+/// ASCII.
 std::optional<std::string_view> asciiField(const ByteCursor& chunk, std::size_t at, std::size_t count) {
     const auto bytes = chunk.slice(at, count);
     if (!bytes || !platform::text::isASCII(bytes->text())) return std::nullopt;
@@ -71,7 +71,7 @@ std::optional<std::string_view> asciiField(const ByteCursor& chunk, std::size_t 
     return text;
 }
 
-/// Year, month and day between ":" or "-", at noon.
+/// Year, month and day separated by ":" or "-", at noon.
 std::optional<Date> dateFromField(std::string_view text) {
     std::array<std::int64_t, 3> numbers{};
     std::size_t count = 0;
@@ -87,7 +87,7 @@ std::optional<Date> dateFromField(std::string_view text) {
     }
     if (count != numbers.size()) return std::nullopt;
     constexpr int noon = 12;
-    // The field has ten characters, and so no number leaves 32 bits.
+    // The field has ten characters, so every number fits into 32 bits.
     return calendar::date({static_cast<int>(numbers[0]), static_cast<int>(numbers[1]),
                            static_cast<int>(numbers[2]), noon, 0, 0});
 }

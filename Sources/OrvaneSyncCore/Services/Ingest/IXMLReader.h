@@ -11,20 +11,20 @@
 
 namespace orvane {
 
-/// Reads the broadcast chunks of a recorder's file, "bext" and "iXML", wherever they lie, without touching
-/// the sound: of RIFF/WAVE, of its large forms RF64 and BW64, and of AIFF. Whatever cannot be read is absent;
+/// Reads the broadcast chunks "bext" and "iXML" of a recorder's file at any position, without reading the
+/// sound: from RIFF/WAVE, its large forms RF64 and BW64, and AIFF. Anything that cannot be read is absent;
 /// throws nothing but std::bad_alloc. Stateless; any thread.
 class IXMLReader {
   public:
     struct Bext {
-        std::optional<std::uint64_t> timeRef;  ///< samples since midnight; 0 counts as absent
-        std::optional<Date> originationDate;   ///< noon of that day in the user's calendar
+        std::optional<std::uint64_t> timeRef;  ///< samples since midnight; 0 is read as absent
+        std::optional<Date> originationDate;   ///< noon of the day, in the user's calendar
         std::optional<std::string> originator; ///< ASCII, trimmed
     };
-    /// The same as the time reference of "bext", in the document's own words.
+    /// The same value as the time reference of "bext", as stated in the iXML document.
     struct Timestamp {
         std::uint64_t samples = 0;        ///< since midnight, not 0
-        std::optional<double> sampleRate; ///< Hz, at which they are counted; absent: the file's own
+        std::optional<double> sampleRate; ///< Hz, the rate at which they are counted; absent: the file's own
     };
     struct All {
         std::optional<IXMLData> ixml;
@@ -32,21 +32,21 @@ class IXMLReader {
     };
     struct Broadcast {
         std::optional<IXMLData> ixml;
-        std::optional<Timestamp> timestamp; ///< of the iXML document
+        std::optional<Timestamp> timestamp; ///< from the iXML document
         Bext bext;
     };
 
-    /// Each opens the file by its path and walks it once.
+    /// Each opens the file by its path and scans it once.
     std::optional<IXMLData> read(const std::string& path) const;
     std::optional<std::uint64_t> readBextTimeReference(const std::string& path) const;
     All readAll(const std::string& path) const;
     Bext readBextFull(const std::string& path) const;
 
-    /// Both chunks whole, in one walk over a file that is open already.
+    /// Reads both chunks in one scan of a file that is already open.
     Broadcast readBroadcast(platform::RandomAccessFile& file) const;
 
-    /// The iXML document in the bytes of its chunk, which end at the first NUL. Nothing when it is not
-    /// well-formed to its end or declares entities. Of each field the first 64 KB are kept.
+    /// Parses the iXML document in the bytes of its chunk, up to the first NUL. Absent if it is not
+    /// well-formed to its end or declares entities. At most 64 KB of each field are kept.
     static std::optional<IXMLData> parseIXMLContent(std::string_view bytes);
 
   private:

@@ -18,8 +18,8 @@ constexpr std::size_t blockFrames = 16384;
 constexpr int mostBlocks = 256;
 constexpr double secondsHeard = 2;
 
-/// What is heard of a file: one channel, or all of them in one pass. The others share one array that nobody
-/// looks at.
+/// The channels that are searched in one pass: one or all. The channels before the first are read into one
+/// shared array that is not used.
 struct Listening {
     int firstChannel = 0;
     std::vector<LTCWordReader> readers;
@@ -75,7 +75,7 @@ std::optional<LTCDecoder::Frame> LTCDecoder::decodeFirstFrame(platform::AudioFil
     for (std::size_t i = 0; i < heard.readers.size(); ++i) {
         const auto reading = readLTC(heard.readers[i].words(), sampleRate, stated);
         if (!reading) continue;
-        // The change of level that completes a frame is known with the first sample behind it.
+        // The level change that completes a frame is recognised with the sample after it.
         const double completedIn = std::floor(std::ceil(reading->first.endsAt) / blockFrames) * blockFrames;
         return Frame{text(reading->first), completedIn / sampleRate, reading->first.beginsAt / sampleRate,
                      heard.firstChannel + static_cast<int>(i), reading->start};

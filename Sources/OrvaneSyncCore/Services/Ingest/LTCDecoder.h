@@ -10,27 +10,27 @@
 
 namespace orvane {
 
-/// Listens to the first two seconds of a sound for linear timecode (SMPTE 12M, biphase mark), which a
-/// recorder or a camera may carry on one of its channels. Stateless; any thread.
+/// Searches the first two seconds of a sound for linear timecode (SMPTE 12M, biphase mark), which a recorder
+/// or camera may have on one of its channels. Stateless; any thread.
 namespace LTCDecoder {
 
-/// Every channel is listened to, and the lowest that carries timecode is taken.
+/// Searches every channel and takes the lowest one with timecode.
 inline constexpr int anyChannel = settings::everyTimecodeChannel;
-/// As many channels as a search hears.
+/// The most channels that are searched.
 inline constexpr int mostChannels = 128;
 
 struct Frame {
-    std::string tc;                ///< HH:MM:SS:FF, the label of the first whole frame
-    double atSeconds = 0;          ///< where the block of samples that completed the frame begins in the file
-    double beginsAtSeconds = 0;    ///< where the frame itself begins in the file
+    std::string tc;                ///< HH:MM:SS:FF, the timecode of the first complete frame
+    double atSeconds = 0;          ///< position in the file of the block of samples that completes the frame
+    double beginsAtSeconds = 0;    ///< position in the file at which the frame begins
     int channelIndex = 0;          ///< from 0
-    std::optional<LTCStart> start; ///< of the file; absent where the rate of the timecode stays unknown
+    std::optional<LTCStart> start; ///< the start of the file; absent if the rate of the timecode is unknown
 };
 
-/// Channels count from 0, over all sound tracks of a movie in their order; one beyond the last means the
-/// last, and a negative one other than `anyChannel` the first. `stated` is the rate that the file names, for
-/// where the signal leaves two open. An open file must stand at its start, and stands somewhere behind it
-/// afterwards.
+/// Channels count from 0, over all sound tracks of a movie in order. A number beyond the last channel means
+/// the last, a negative number other than `anyChannel` the first. `stated` is the rate in the file's
+/// metadata, used if two rates fit the signal. An open file must be at its start; its position afterwards is
+/// undefined.
 std::optional<Frame> decodeFirstFrame(const std::string& path, int channelIndex,
                                       std::optional<TimecodeFrameRate> stated = std::nullopt,
                                       const std::stop_token& stop = {});

@@ -13,10 +13,10 @@ namespace {
 
 using Words = std::span<const LTCWord>;
 
-/// At most so many samples from its true place lies a change of level, noise included.
+/// Samples; a level change is found within this distance of its true place, noise included.
 constexpr double uncertainty = 2;
 
-/// The two rates that count to the same number of frames.
+/// The rates with the same number of frames in a counted second.
 struct Family {
     int frames;
     TimecodeFrameRate whole, pulledDown;
@@ -41,7 +41,7 @@ bool isNextSecond(const LTCWord& word, const LTCWord& next) {
     return secondOfDay(next) == (secondOfDay(word) + 1) % static_cast<int>(secondsADay);
 }
 
-/// The frame number with which the second begins: drop frame leaves out 0 and 1 at the start of most minutes.
+/// The number of the first frame in the second: drop frame omits 0 and 1 at the start of most minutes.
 int firstFrameOf(const LTCWord& word) {
     return word.isDrop && word.seconds == 0 && word.minutes % 10 != 0 ? 2 : 0;
 }
@@ -57,7 +57,7 @@ bool touches(const LTCWord& word, const LTCWord& next) {
     return std::abs(next.beginsAt - word.endsAt) < halfABit * (word.endsAt - word.beginsAt);
 }
 
-/// The first one where several are as long.
+/// The first one if several have the same length.
 Words longestRun(Words words) {
     Words best;
     for (std::size_t begin = 0, end = 0; begin < words.size(); begin = end) {
@@ -71,7 +71,7 @@ Words longestRun(Words words) {
     return best;
 }
 
-/// Samples from the start of a run to its end, for each word.
+/// The length of the run in samples, divided by its number of words.
 double measuredPeriod(Words run) {
     return (run.back().endsAt - run.front().beginsAt) / static_cast<double>(run.size());
 }
@@ -94,7 +94,7 @@ const Family* familyOf(Words run, double framesPerSecond) {
 
 bool isPulledDown(Rate rate) { return timecodeRate::rate(rate).denominator() != 1; }
 
-/// `error` is that of the measurement, relative.
+/// `error`: the relative error of the measurement.
 bool isPulledDown(const Family& family, double framesPerSecond, double error, std::optional<Rate> stated,
                   bool isDrop) {
     constexpr double smallestError = 0.00025, near = 0.0003, pullDown = 1000.0 / 1001.0;

@@ -9,40 +9,41 @@ namespace orvane {
 
 namespace {
 
-constexpr double halfWindowSeconds = 0.004;                        // over 6 bits at 24 frames a second
+constexpr double halfWindowSeconds = 0.004;                        // longer than 6 bits at 24 frames a second
 constexpr double usualSampleRate = 48000, highestSampleRate = 1e6; // Hz
-constexpr double marginShare = 0.5;                                // of the deviation
-/// Below this mean square (-120 dBFS) there is silence, and what rounding leaves of louder sounds before.
+constexpr double marginShare = 0.5;                                // of the standard deviation
+/// Below this mean square (-120 dBFS) there is silence; rounding errors of louder sounds before are smaller,
+/// too.
 constexpr double silence = 1e-12;
-/// Float files may hold anything; beyond this nothing is sound.
+/// Float files may hold any value; larger values are not sound.
 constexpr float loudest = 8;
 
 constexpr std::size_t dataBits = 64, wordBits = 80;
-/// Of the sync word, from its end: 1 and 0, twelve 1s, 00.
+/// The sync word, read from its end: 1 and 0, twelve 1s, 00.
 constexpr std::size_t syncIntervals = 29, oneBits = 12, onesAt = 3;
 
-constexpr double longFrom = 1.5, longBelow = 2.6; // in half bits
-/// How far a word may be from 80 bits of the length that its sync word has.
+constexpr double longFrom = 1.5, longBelow = 2.6; // in units of half a bit
+/// By how much the length of a word may differ from 80 bits of the length measured in its sync word.
 constexpr double steadiness = 0.06;
 
 struct HalfBit {
     double length; // samples
     bool isShort(double interval) const { return interval < longFrom * length; }
     bool isLong(double interval) const { return !isShort(interval) && interval < longBelow * length; }
-    /// Both halves of a 1.
+    /// Whether these two intervals are the two halves of a 1.
     bool isOne(double first, double second) const {
         return isShort(first) && isShort(second) && first + second >= longFrom * length;
     }
 };
 
-using Bits = std::uint64_t; ///< bit 0 is the first that is sent
+using Bits = std::uint64_t; ///< bit 0 is sent first
 
-/// A digit whose lowest bit comes first.
+/// A digit that is sent with its lowest bit first.
 int digit(Bits bits, unsigned at, unsigned count) {
     return static_cast<int>(bits >> at & ((Bits{1} << count) - 1));
 }
 
-/// Tens and units; nothing where the units are no digit or the number reaches `end`.
+/// Tens and units; absent if the units are above 9 or the number is not below `end`.
 std::optional<int> number(Bits bits, unsigned unitsAt, unsigned tensAt, unsigned tensBits, int end) {
     const int units = digit(bits, unitsAt, 4), value = 10 * digit(bits, tensAt, tensBits) + units;
     if (units > 9 || value >= end) return std::nullopt;
@@ -50,7 +51,7 @@ std::optional<int> number(Bits bits, unsigned unitsAt, unsigned tensAt, unsigned
 }
 
 std::optional<LTCWord> wordOf(Bits bits) {
-    constexpr int anyFrame = 40; // two bits of tens; which frames there are depends on the rate
+    constexpr int anyFrame = 40; // the tens have two bits; the valid frames depend on the rate
     constexpr unsigned dropFlag = 10;
     const auto frames = number(bits, 0, 8, 2, anyFrame), seconds = number(bits, 16, 24, 3, 60),
                minutes = number(bits, 32, 40, 3, 60), hours = number(bits, 48, 56, 2, 24);

@@ -32,29 +32,30 @@ using platform::MediaInspection;
 using platform::MediaMetadataItem;
 using platform::RandomAccessFile;
 
-/// Makers name the rates in their own words; a part of the key tells.
+/// Makers use different names for the rates; a key that contains one of these names gives one.
 constexpr std::array<std::string_view, 4> sensorRateWords{"sensorfps", "sensor_fps", "captureframerate",
                                                           "recordframerate"};
 constexpr std::array<std::string_view, 4> projectRateWords{"projectfps", "project_fps", "masterfps",
                                                            "playbackframerate"};
 constexpr double assumedSampleRate = 48000.0; // Hz
 
-/// Cut to a whole number; nothing for what is no size of a picture.
+/// Rounded towards zero; absent if it cannot be the size of a picture.
 std::optional<int> wholePixels(std::optional<double> pixels) {
     constexpr double most = std::numeric_limits<int>::max();
     if (!pixels || !(std::abs(*pixels) <= most)) return std::nullopt;
     return static_cast<int>(*pixels);
 }
 
-/// Movies of cameras and programs that know no time begin at midnight. What is sent on a sound track is
-/// better known.
+/// Cameras and programs without a timecode often state midnight as the start of a movie. A timecode on a
+/// sound track is more reliable.
 bool mayBeUnset(const MediaAsset& asset) {
     return asset.kind == AssetKind::video &&
            asset.startTimecodeString->find_first_of("123456789") == std::string::npos;
 }
 
-/// A movie lasts as long as its longest track, which is often the sound. Where that goes on for a frame or
-/// more, the pictures are counted: the end of their track may be stated in thousandths of a second.
+/// The duration of a movie is that of its longest track, often the sound. If the sound is longer than the
+/// picture by a frame or more, the end of the picture's track is used, rounded to whole frames, as it may be
+/// stated in thousandths of a second.
 std::optional<double> pictureSeconds(const MediaInspection::VideoTrack& track, double movieSeconds) {
     constexpr double nearlyWhole = 0.1, nearlyOne = 0.999; // frames
     if (!track.endSeconds || !(track.nominalFrameRate.value_or(0) > 0)) return std::nullopt;
@@ -96,8 +97,8 @@ std::optional<double> numberOf(const MediaMetadataItem& item) {
     return item.string ? platform::text::decimalNumber(*item.string) : std::nullopt;
 }
 
-/// Takes the rates that the camera wrote beside the picture, unless one is so many times the other that no
-/// number holds it. True when it named the project's.
+/// Takes the rates that the camera wrote as metadata, unless their ratio is not a finite number. Returns
+/// whether the camera stated the project's rate.
 bool takeVendorRates(MediaAsset& asset, const std::vector<MediaMetadataItem>& metadata) {
     bool confirmed = false;
     const auto earlier = std::pair(asset.sensorFrameRate, asset.projectFrameRate);
@@ -131,7 +132,7 @@ std::optional<OffspeedConfidence> offspeedConfidence(const MediaAsset& asset, bo
     return OffspeedConfidence::suspectedUnconfirmed(1.0);
 }
 
-/// Work so small that handing it out one by one would cost more than doing it.
+/// For work so small that distributing single items would cost more than the work itself.
 template <class Work>
 void inBlocks(std::size_t count, std::size_t concurrency, const std::stop_token& stop, Work work) {
     constexpr std::size_t block = 32;
@@ -146,25 +147,25 @@ bool mayHoldTimecodeTrack(std::string_view extension) {
     return extension == "mov" || extension == "mp4" || extension == "m4v";
 }
 
-/// What a recorder states of its timecode.
+/// The timecode rate that the recorder states.
 std::optional<TimecodeFrameRate> recorderRate(const MediaAsset& asset) {
     return asset.ixmlData ? TimecodeUtils::timecodeFrameRateFromIXML(asset.ixmlData->timecodeRate)
                           : std::nullopt;
 }
 
-/// The rate of a recorder's timecode, or that of the picture.
+/// The rate of the recorder's timecode, or else of the picture.
 std::optional<TimecodeFrameRate> statedRate(const MediaAsset& asset) {
     if (const auto rate = recorderRate(asset)) return rate;
     return asset.frameRate ? std::optional(TimecodeUtils::frameRate(exactRateValue(*asset.frameRate)))
                            : std::nullopt;
 }
 
-/// A recording is one whatever its header says.
+/// A file of the audio kind counts as sound whatever its header says.
 bool mayHoldSound(const MediaAsset& asset) {
     return asset.kind == AssetKind::audio || asset.channelCount.value_or(0) > 0;
 }
 
-/// Less is missing of recordings whose header was written a moment too late.
+/// A recorder may write its header slightly too late, so a smaller missing part is not reported.
 bool isWorthTelling(double heldShare, const MediaInspection& inspection) {
     constexpr double leastSeconds = 0.5;
     const double length = inspection.durationSeconds.value_or(0);
@@ -177,7 +178,7 @@ bool mayHoldBroadcastChunks(std::string_view extension) {
     return extension == "wav" || extension == "bwf" || extension == "aif" || extension == "aiff";
 }
 
-/// Samples of the file's own rate: a recorder that was slowed down or sped up counts at another.
+/// The count in samples of the file's own rate: a recorder with a speed change counts at another rate.
 std::optional<std::uint64_t> samplesOf(const std::optional<IXMLReader::Timestamp>& timestamp,
                                        std::optional<double> sampleRate) {
     if (!timestamp) return std::nullopt;
@@ -190,8 +191,8 @@ std::optional<std::uint64_t> samplesOf(const std::optional<IXMLReader::Timestamp
                                                       : static_cast<std::uint64_t>(std::llround(samples));
 }
 
-/// That of a count which stands in both places. Recorders that are sped up or slowed down count at another
-/// rate as well, a thousandth from the file's.
+/// The rate stated for a count that is the same in both chunks, if it differs clearly from the file's. A
+/// recorder with a speed change counts at another rate as well, but only a thousandth from the file's.
 std::optional<double> otherStampRate(std::optional<std::uint64_t> timeReference,
                                      const std::optional<IXMLReader::Timestamp>& timestamp,
                                      std::optional<double> sampleRate) {
@@ -223,7 +224,7 @@ std::vector<MediaAsset> MediaProbeService::probeAll(const std::vector<FileURL>& 
 
     std::mutex progressMutex;
     int completed = 0;
-    std::vector<std::size_t> underWay; // the longest first
+    std::vector<std::size_t> underWay; // in the order in which they were started
     const auto tell = [&] {
         if (progress)
             progress(completed, static_cast<int>(urls.size()),
@@ -247,7 +248,7 @@ std::vector<MediaAsset> MediaProbeService::probeAll(const std::vector<FileURL>& 
         else
             missing.push_back(i);
     }
-    std::vector<char> isRead(missing.size()); // not of bool, whose elements share bytes
+    std::vector<char> isRead(missing.size()); // not `bool`, as its elements share bytes
     const auto probeOne = [&](std::size_t which) {
         const std::size_t i = missing[which];
         begun(i);
@@ -261,11 +262,12 @@ std::vector<MediaAsset> MediaProbeService::probeAll(const std::vector<FileURL>& 
             if (probed.isOpened && needsTimecodeDecoding(assets[i])) listenForTimecode(assets[i], stop);
             const bool isWhole = probed.isOpened && !watch.hasSeenError();
             isRead[which] = isWhole ? 1 : 0;
-            // What an error hid would stay hidden as long as the file is the same. A start that was heard is
-            // not remembered: it depends on the settings, which change without the file.
+            // A result with read errors must not be cached, or it would be kept as long as the file does not
+            // change. A start from linear timecode is not cached: it depends on settings, which change
+            // independently of the file.
             if (cache_ && known[i].attributes && isWhole && probed.isFact)
                 cache_->store(probed.asset, *known[i].attributes);
-        } catch (const std::exception&) { // one file took all the memory; the others go on
+        } catch (const std::exception&) { // this file needed too much memory; the others go on
             if (!isProbed) assets[i] = MediaAsset(urls[i], kind);
         }
         done(i);
@@ -277,8 +279,9 @@ std::vector<MediaAsset> MediaProbeService::probeAll(const std::vector<FileURL>& 
     return assets;
 }
 
-/// What the cache gave goes back with its mark, and with what is missing at its end. What was just probed may
-/// have a start that was heard, which is not for the cache, and gives those to it in the next scan.
+/// Assets that came from the cache are stored again with the mark and the missing share. Assets that were
+/// just probed may have a start from linear timecode, which must not be cached; they get their marks into the
+/// cache at the next scan.
 void MediaProbeService::markContents(std::vector<MediaAsset>& recordings, const std::vector<Known>& known,
                                      const std::stop_token& stop) const {
     const std::vector<std::size_t> unmarked = ContentMarks::missingIn(recordings);
@@ -297,8 +300,8 @@ void MediaProbeService::markContents(std::vector<MediaAsset>& recordings, const 
     }
 }
 
-/// The attributes are read before any file is, so that an entry for one that changes during its probe is
-/// stale from the start.
+/// The attributes are read before any file is, so that the entry of a file that changes during its probe is
+/// out of date.
 void MediaProbeService::takeFromCache(const std::vector<FileURL>& urls, SideFiles& sideFiles,
                                       std::vector<Known>& known, std::vector<MediaAsset>& assets,
                                       const std::stop_token& stop) const {
@@ -316,8 +319,8 @@ void MediaProbeService::takeFromCache(const std::vector<FileURL>& urls, SideFile
     });
 }
 
-/// A file without timecode may have been probed while its sound was not to be listened to. A clip that states
-/// no start of its own hangs on the files beside it, which come, change and go without it.
+/// A file without timecode may have been cached while the search for linear timecode was off. A clip without
+/// a start of its own depends on the files beside it, which change independently of it.
 bool MediaProbeService::isCacheEntryValid(const MediaAsset& cached, AssetKind kind,
                                           SideFiles& sideFiles) const {
     if (cached.kind != kind || cached.timecodeSideFile) return false;
@@ -331,8 +334,8 @@ bool MediaProbeService::needsTimecodeDecoding(const MediaAsset& asset) const {
     return !hasStart && mayHoldSound(asset) && settings_->get(settings::ltcEnabled);
 }
 
-/// Later steps overwrite and read what earlier ones wrote. The file is opened once, by its path, and
-/// everything but its sound is read through that.
+/// The order matters: later steps use and overwrite the results of earlier ones. The file is opened by its
+/// path once; only its sound is read through another handle.
 MediaProbeService::Probed MediaProbeService::probeFile(const FileURL& url, AssetKind kind,
                                                        SideFiles& sideFiles) const {
     Probed probed{MediaAsset(url, kind)};
@@ -392,8 +395,8 @@ void MediaProbeService::readBroadcastMetadata(MediaAsset& asset, RandomAccessFil
     if (asset.bextTimeReference) {
         const double seconds = TimecodeUtils::bextToSeconds(*asset.bextTimeReference,
                                                             asset.sampleRate.value_or(assumedSampleRate));
-        // A rate of a few Hz makes ages of a count of samples, and what no timecode can count would be
-        // midnight.
+        // At a sample rate of a few Hz a sample count can mean years; a time that no timecode can represent
+        // would become midnight.
         const TimecodeFrameRate rate = statedRate(asset).value_or(TimecodeFrameRate::fps24);
         if (seconds * timecodeRate::frameRateForRealTimeCalculation(rate) < Timecode::frameCountLimit) {
             asset.startTimecodeString = TimecodeUtils::secondsToTC(seconds, rate);
@@ -402,8 +405,8 @@ void MediaProbeService::readBroadcastMetadata(MediaAsset& asset, RandomAccessFil
     }
 }
 
-/// The picture of a camera begins with a frame, so its start is the nearest one, of the picture where it has
-/// several to a frame of the timecode. A recording begins anywhere within a frame and is stated to the
+/// A video begins with a whole frame, so its start is the nearest frame; of the picture, if the picture has
+/// several frames to one of the timecode. A recording can begin within a frame, so its start is kept to the
 /// sample.
 void MediaProbeService::listenForTimecode(MediaAsset& asset, const std::stop_token& stop) const {
     const auto frame = LTCDecoder::decodeFirstFrame(asset.url.path, settings_->get(settings::ltcChannelIndex),
@@ -417,7 +420,7 @@ void MediaProbeService::listenForTimecode(MediaAsset& asset, const std::stop_tok
     asset.startTimecodeString = start.timecode();
     asset.timecodeFrameRate = start.rate;
     const double samples = start.seconds() * asset.sampleRate.value_or(assumedSampleRate);
-    constexpr double most = 1e15; // of a day at any rate of samples
+    constexpr double most = 1e15; // more than a day has at any sample rate
     if (asset.kind == AssetKind::audio && samples >= 1 && samples < most)
         asset.bextTimeReference = static_cast<std::uint64_t>(std::llround(samples));
 }

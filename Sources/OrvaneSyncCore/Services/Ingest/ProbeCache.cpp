@@ -17,7 +17,7 @@ namespace {
 
 constexpr const char* queueLabel = "com.orvanelabs.OrvaneSync.ProbeCache";
 constexpr const char* fileName = "probe-cache.bin";
-/// The form of earlier versions, beside the file: a JSON object of entries by path.
+/// The file of earlier versions, in the same folder: a JSON object with an entry for each path.
 constexpr const char* earlierFileName = "probe-cache.json";
 constexpr std::uint32_t earlierReaderVersion = 0;
 constexpr std::chrono::seconds saveDelay{1};
@@ -30,12 +30,12 @@ void removeIfThere(const std::string& path) {
     try {
         platform::files::remove(path);
     } catch (const platform::FileError&) {
-        // It was not there, or it cannot be removed; then the next save replaces it.
+        // It does not exist, or cannot be removed; then the next save tries again.
     }
 }
 
-/// The record of an entry without its asset, which the versions that wrote it read less of. Empty for one
-/// that holds something else.
+/// The record of an entry without its asset, as the versions that wrote it read less than this one. Empty for
+/// an entry of another form.
 std::string recordOfEarlierForm(const FileURL& url, const platform::JSONView& entry) {
     try {
         const platform::JSONView asset = requiredMember(entry, "asset");
@@ -52,8 +52,8 @@ std::string recordOfEarlierForm(const FileURL& url, const platform::JSONView& en
     }
 }
 
-/// Files that were in a folder which holds other things today. The place at which a card is mounted stays,
-/// and is an empty folder without the card.
+/// Files that were removed from a folder which still has other files. If the folder is empty, its card may
+/// just not be mounted.
 class VanishedFiles {
   public:
     bool contains(const std::string& path) {
@@ -68,7 +68,7 @@ class VanishedFiles {
     }
 
   private:
-    std::map<std::string, std::set<std::string>> folders_; ///< names of what lies in each
+    std::map<std::string, std::set<std::string>> folders_; ///< the names in each folder
 };
 
 } // namespace
@@ -98,7 +98,7 @@ void ProbeCache::load() {
     if (!seen_) loadEarlierForm();
 }
 
-/// The attributes come first: a file that is replaced meanwhile is then another one at the next look.
+/// The attributes are read first: if the file is replaced meanwhile, the next comparison shows a difference.
 void ProbeCache::readFile() {
     loaded_.reset();
     seen_ = platform::files::attributes(path_);
@@ -106,7 +106,7 @@ void ProbeCache::readFile() {
     try {
         loaded_ = ProbeCacheFile::fromBytes(platform::files::readText(path_, ProbeCacheFile::mostBytes));
     } catch (const platform::FileError&) {
-        // Its files are probed again.
+        // All files are probed again.
     }
 }
 
@@ -130,7 +130,7 @@ void ProbeCache::loadEarlierForm() {
                 stored_->insert_or_assign(url->path, std::move(record));
         });
     } catch (const platform::FileError&) {
-        // Nothing was kept so far.
+        // Nothing is cached yet.
     } catch (const platform::JSONError&) {
         stored_->clear();
     }
@@ -181,7 +181,7 @@ void ProbeCache::store(const MediaAsset& asset, const platform::FileAttributes& 
                              asset.kind,
                              body};
     queue_->post([this, path = asset.url.path, bytes = record.bytes()]() mutable {
-        // A snapshot that somebody holds stays as it is.
+        // A snapshot that is in use must not change.
         if (stored_.use_count() > 1) stored_ = std::make_shared<Snapshot::Records>(*stored_);
         stored_->insert_or_assign(std::move(path), std::move(bytes));
         changed_ = true;
@@ -198,8 +198,9 @@ void ProbeCache::scheduleSave() {
     });
 }
 
-/// What was read and not stored since goes back as it was, so that a file that nobody asked for is kept. One
-/// that vanished from its folder is forgotten, and not one of a card that is not there.
+/// Entries that were loaded and not stored again are written unchanged, so that files which were not asked
+/// for stay cached. An entry is dropped if its file was removed from its folder, but not if its card is not
+/// mounted.
 std::vector<std::string> ProbeCache::records() const {
     std::vector<std::string> result;
     VanishedFiles vanished;
@@ -215,7 +216,7 @@ std::vector<std::string> ProbeCache::records() const {
 
 void ProbeCache::write() {
     if (!changed_) return;
-    // Where something else stands at the path, such as a named pipe, a write could wait for ever.
+    // Writing to something else at this path, such as a named pipe, could block for ever.
     if (const auto there = platform::files::attributes(path_); there && !there->isRegularFile) return;
     try {
         const std::string folder = std::filesystem::path(path_).parent_path().string();
@@ -227,7 +228,7 @@ void ProbeCache::write() {
         changed_ = false;
         removeIfThere(earlierPath(path_));
     } catch (const platform::FileError&) {
-        // The entries stay, and the next save tries again.
+        // The entries stay in memory, and the next save tries again.
     }
 }
 

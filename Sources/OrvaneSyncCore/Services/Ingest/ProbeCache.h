@@ -14,63 +14,64 @@
 
 namespace orvane {
 
-/// The finished assets of earlier probes, in one file, each as long as its media file is the same by date and
-/// size and the program reads no more of it than it did then. A pure speed-up: whatever goes wrong only means
-/// that a file is probed again. Any thread, but never the cache's own queue. Destroying it writes what is not
-/// written yet.
+/// The assets of earlier probes, in one file. An asset is used as long as date and size of its media file are
+/// the same and the version of the reader is. Only for speed: after any failure a file is just probed again.
+/// Any thread, but never the cache's own queue. The destructor writes what is not yet written.
 class ProbeCache {
   public:
-    /// Of everything that a probe reads. Raised whenever it reads more, reads something another way, or an
-    /// asset has another form in ProbeRecord: files are then probed again, and keep their ids.
+    /// The version of everything that a probe reads. Increase it whenever a probe reads more or reads
+    /// something differently, or ProbeRecord stores assets differently: then files are probed again and keep
+    /// their ids.
     static constexpr std::uint32_t currentReaderVersion = 9;
 
     explicit ProbeCache(std::string path);
-    /// With a queue of the caller's: the map and the file belong to it, and its time spaces the writes.
+    /// With a queue of the caller: all state and the file are used on it, and its clock delays the writes.
     ProbeCache(std::string path, std::unique_ptr<platform::SerialQueue> queue,
                std::uint32_t readerVersion = currentReaderVersion);
     ProbeCache(const ProbeCache&) = delete;
     ProbeCache& operator=(const ProbeCache&) = delete;
 
-    /// The one cache of the user account, below the caches directory. Lives as long as somebody holds it, and
-    /// never into the exit of the process, where the libraries it writes with may be gone already.
+    /// The one cache of the user's account, in the caches directory. It exists as long as it is in use; it
+    /// must not exist until the exit of the process, when libraries that it needs for writing may already be
+    /// unloaded.
     static std::shared_ptr<ProbeCache> shared();
-    /// The file of the one cache.
+    /// The file of that cache.
     static std::string sharedPath();
 
     std::optional<MediaAsset> lookup(const FileURL& url);
-    /// Remembers the asset under the attributes that its file has now; not at all when it has none.
+    /// Stores the asset with the file's present attributes; does nothing if the file has none.
     void store(const MediaAsset& asset);
-    /// Under attributes that were read before the probe, so that a file that changed meanwhile misses.
+    /// Stores it with attributes that were read before the probe, so that a file that changed since is not
+    /// found.
     void store(const MediaAsset& asset, const platform::FileAttributes& attributes);
 
-    /// What is remembered of a file that is still the same.
+    /// What is cached for a file that has not changed.
     struct Known {
         UUID id;
         AssetKind kind = AssetKind::video;
-        std::optional<MediaAsset> asset; ///< absent where another version has read it
+        std::optional<MediaAsset> asset; ///< absent if another version of the reader stored it
     };
-    /// What the cache holds at one moment, for many questions at the price of one visit to the queue. Any
-    /// thread.
+    /// The content of the cache at one moment, for many lookups with one access to the queue. Any thread.
     class Snapshot {
       public:
         std::optional<Known> known(const FileURL& url, const platform::FileAttributes& attributes) const;
 
       private:
         friend ProbeCache;
-        /// By path, the bytes of a ProbeRecord.
+        /// Key: path; value: the bytes of a ProbeRecord.
         using Records = std::unordered_map<std::string, std::string>;
         std::optional<ProbeRecord> find(const std::string& path) const;
 
         std::shared_ptr<const ProbeCacheFile> loaded_; ///< null when there is none
-        std::shared_ptr<const Records> stored_;        ///< of this run; they count before the loaded ones
+        std::shared_ptr<const Records> stored_;        ///< stored by this process; looked up before `loaded_`
         std::uint32_t readerVersion_ = 0;
     };
     Snapshot snapshot();
 
-    /// Forgets everything and removes the file.
+    /// Removes all entries and the file.
     void clear();
     std::size_t count();
-    /// Of the file on disk; 0 if it cannot be read.
+    /// The size of the file on disk; 0 if it cannot be read.
     std::int64_t sizeBytes();
 
   private:
@@ -79,8 +80,8 @@ class ProbeCache {
     std::vector<std::string> records() const;
     void scheduleSave();
     void write();
-    /// Under the lock of the folder: what another process has written since the file was read or written
-    /// here.
+    /// Reads the file again if another process has written it since it was read or written here. Call with
+    /// the folder locked.
     void takeWhatOthersWrote();
     void readFile();
 
@@ -88,10 +89,11 @@ class ProbeCache {
     const std::uint32_t readerVersion_;
     std::shared_ptr<const ProbeCacheFile> loaded_;
     std::shared_ptr<Snapshot::Records> stored_ = std::make_shared<Snapshot::Records>();
-    std::optional<platform::FileAttributes> seen_; ///< of the file as it was last read or written here
+    std::optional<platform::FileAttributes> seen_; ///< of the file when last read or written here
     bool saveScheduled_ = false;
-    bool changed_ = false; ///< `stored_` holds what the file does not
-    /// Everything above runs on it. Last, so that it ends, with a pending save, while all else still stands.
+    bool changed_ = false; ///< `stored_` has entries that the file has not
+    /// All of the above is used on this queue. It is the last member, so it is destroyed first: a pending
+    /// save then still finds the other members.
     std::unique_ptr<platform::SerialQueue> queue_;
 };
 

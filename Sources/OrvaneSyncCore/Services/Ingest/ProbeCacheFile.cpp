@@ -48,7 +48,7 @@ std::optional<ProbeRecord> ProbeCacheFile::find(std::string_view path) const {
         else
             high = middle;
     }
-    // A damaged index may say the same of all entries.
+    // In a damaged index all entries may have the same hash.
     constexpr std::size_t mostAlike = 8;
     for (std::size_t i = low; i < std::min(count_, low + mostAlike) && hashAt(i) == wanted; ++i)
         if (const auto found = record(i); found && found->path == path) return found;

@@ -12,24 +12,25 @@
 
 namespace orvane {
 
-/// The bytes of a cache file, of which nothing is decoded before it is asked for. Immutable; any thread.
+/// The bytes of a cache file. A record is decoded only when it is asked for. Immutable; any thread.
 ///
-/// Little-endian: a header (8 bytes that name the file, u32 layout, u32 count), an index (the u64 hash of the
-/// path, u32 position and u32 length of each record, ascending by hash) and the records.
+/// Little-endian: a header (8 bytes that identify the format, u32 layout, u32 count), an index (u64 hash of
+/// the path, u32 position and u32 length of each record, ascending by hash) and the records.
 class ProbeCacheFile {
   public:
-    /// A larger file is not read, so none is made.
+    /// Larger files are not read, so none are written.
     static constexpr std::uint64_t mostBytes = std::uint64_t{1} << 30U;
 
-    /// Null for bytes that are no such file, or one of another layout.
+    /// Null if the bytes are not a cache file of this layout.
     static std::shared_ptr<const ProbeCacheFile> fromBytes(std::string bytes);
-    /// Each record is the bytes of a ProbeRecord. Those that would make the file too large are left out.
+    /// Each of `records` is the bytes of a ProbeRecord. Records that would make the file too large are left
+    /// out.
     static std::string bytes(const std::vector<std::string>& records);
 
-    /// Nothing where the file does not hold the path, or its record was damaged. A view into this file.
+    /// Absent if the file has no record for the path, or a damaged one. A view into this file.
     std::optional<ProbeRecord> find(std::string_view path) const;
     std::size_t count() const { return count_; }
-    /// At that place of the index.
+    /// The record at that position of the index.
     std::optional<ProbeRecord> record(std::size_t index) const;
 
   private:

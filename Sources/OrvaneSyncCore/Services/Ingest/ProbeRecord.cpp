@@ -15,7 +15,7 @@ namespace orvane {
 
 namespace {
 
-/// Some file systems keep coarser dates than others, and a copy of a file rounds its date.
+/// Some file systems store dates with less precision than others, and copying a file may round its date.
 constexpr double dateTolerance = 1.0; // seconds
 
 template <class T>
@@ -28,7 +28,7 @@ struct IsOptional : std::false_type {};
 template <class T>
 struct IsOptional<std::optional<T>> : std::true_type {};
 
-/// Hands each field of an asset to `use`, but for identity, place and kind, which stand in the head.
+/// Calls `use` with each field of an asset except identity, place and kind, which are in the head.
 template <class Asset, class Use>
 void fieldsOfAsset(Asset& asset, Use use) {
     std::apply([&](const auto& /*id*/, const auto& /*url*/, const auto& /*kind*/,
@@ -86,7 +86,8 @@ void take(PackedReader& in, T& value) {
         value = in.plain<T>();
     } else if constexpr (std::is_same_v<T, std::vector<IXMLTrack>>) {
         const auto count = in.plain<std::uint32_t>();
-        // Each takes eight bytes at least, so that no count asks for more memory than the record warrants.
+        // Each element takes at least eight bytes, so a wrong count cannot request more memory than the
+        // record justifies.
         constexpr std::size_t leastBytes = 8;
         if (count > in.left() / leastBytes) return in.fail();
         value.resize(count);

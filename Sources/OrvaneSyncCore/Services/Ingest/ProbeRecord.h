@@ -10,28 +10,28 @@
 
 namespace orvane {
 
-/// What the cache keeps of one file, as bytes: a head that every version can read, and the asset in the form
-/// of the reader that made it. Little-endian; the first eight bytes are a checksum over all others.
+/// The cache's data for one file, as bytes: a head that every version can read, and the asset in the form of
+/// the reader that made it. Little-endian; the first eight bytes are a checksum of all others.
 struct ProbeRecord {
-    std::string_view path; ///< in the bytes of the file system
-    /// Of the file, when it was probed.
+    std::string_view path; ///< bytes of the file system
+    /// Attributes of the file when it was probed.
     double modificationSinceReference = 0; ///< seconds since 1 January 2001 00:00 UTC
     std::int64_t size = 0;                 ///< bytes
     std::uint32_t readerVersion = 0;
     UUID id;
     AssetKind kind = AssetKind::video;
-    std::string_view body; ///< of `encodedAsset`
+    std::string_view body; ///< from `encodedAsset`
 
     std::string bytes() const;
-    /// A view into the bytes. Nothing for bytes that are no record or were changed since.
+    /// A view into the bytes. Absent if the bytes are not a record or were changed.
     static std::optional<ProbeRecord> fromBytes(std::string_view bytes);
 
     bool isOf(const platform::FileAttributes& file) const;
 };
 
-/// All of an asset but its identity, kind and place. Only the same version of the program reads it.
+/// All of an asset except identity, kind and place. Only the same version of the program can read it.
 std::string encodedAsset(const MediaAsset& asset);
-/// Nothing when the bytes do not hold one.
+/// Absent if the bytes are not a complete asset.
 std::optional<MediaAsset> decodedAsset(const ProbeRecord& record);
 
 } // namespace orvane

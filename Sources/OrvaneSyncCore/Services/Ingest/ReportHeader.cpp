@@ -12,8 +12,8 @@ namespace orvane {
 
 namespace {
 
-/// The fields of a record without blanks around them. A record may be the whole file, so they are held once
-/// and never copied as they grow.
+/// The fields of a record without blanks around them. A record may be the whole file, so the fields are
+/// stored once and not copied while they grow.
 PackedTexts trimmedFields(std::string_view record, char delimiter) {
     PackedTexts fields;
     fields.reserve(static_cast<std::size_t>(std::ranges::count(record, delimiter)) + 1, 0);
@@ -27,9 +27,9 @@ PackedTexts trimmedFields(std::string_view record, char delimiter) {
     return fields;
 }
 
-/// Whether these are names of columns beyond doubt: two that reports have, one of which tells rows apart.
+/// Whether these are certainly column names: at least two known names, one of which distinguishes rows.
 bool areKnownColumns(const PackedTexts& fields) {
-    constexpr std::size_t mostLookedAt = 256, longestName = 40; // a field may be a whole file, too
+    constexpr std::size_t mostLookedAt = 256, longestName = 40; // a field may also be a whole file
     int known = 0;
     bool tellsRowsApart = false;
     for (std::size_t i = 0; i < std::min(fields.size(), mostLookedAt); ++i) {
@@ -41,7 +41,7 @@ bool areKnownColumns(const PackedTexts& fields) {
     return known > 1 && tellsRowsApart;
 }
 
-/// Within the first records, `from` of them passed over.
+/// Searches the first records, starting with number `from`.
 std::optional<ReportHeader> knownHeader(std::string_view text, char delimiter, int from) {
     constexpr int mostRecords = 64;
     ReportRecords records(text, {&delimiter, 1});
@@ -55,7 +55,7 @@ std::optional<ReportHeader> knownHeader(std::string_view text, char delimiter, i
     return std::nullopt;
 }
 
-/// Of a table whose columns nobody knows. Records of one field, such as a title, are passed over.
+/// For a table with unknown columns. Records with a single field, such as a title, are skipped.
 std::optional<ReportHeader> firstWideRecord(std::string_view text, char delimiter) {
     ReportRecords records(text, {&delimiter, 1});
     while (const auto record = records.nextFilled())
@@ -68,7 +68,7 @@ std::optional<ReportHeader> firstWideRecord(std::string_view text, char delimite
 
 std::optional<ReportHeader> findReportHeader(std::string_view text, char detected) {
     if (auto header = knownHeader(text, detected, 0)) return header;
-    // So long a preamble that it alone chose the delimiter.
+    // The delimiter was chosen from a long preamble alone, so try the others.
     for (const char delimiter : reportDelimiters)
         if (auto header = knownHeader(text, delimiter, delimiterRecords)) return header;
     return firstWideRecord(text, detected);

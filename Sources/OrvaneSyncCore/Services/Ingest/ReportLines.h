@@ -6,22 +6,22 @@
 
 namespace orvane {
 
-/// Takes a text apart into its lines, without their ends: a line feed, a carriage return, or the two
-/// together. What lies behind the last line end is a line too, if it is not empty.
+/// Divides a text into its lines, without their ends: a line feed, a carriage return, or both. Text behind
+/// the last line end is a line too, unless it is empty.
 class ReportLines {
   public:
     explicit ReportLines(std::string_view text);
-    /// Nothing at the end.
+    /// Absent at the end.
     std::optional<std::string_view> next();
-    /// The next line that holds more than white space.
+    /// The next line that has more than white space.
     std::optional<std::string_view> nextFilled();
-    /// What `next` has not given yet.
+    /// The text that `next` has not returned yet.
     std::string_view rest() const { return text_.substr(at_); }
 
   private:
     std::string_view text_;
     std::size_t at_ = 0;
-    // Each end is looked for once: a text may have one kind of them only.
+    // The next line feed and carriage return are searched only when passed: a text may have one kind only.
     std::size_t lineFeed_;
     std::size_t carriageReturn_;
 };

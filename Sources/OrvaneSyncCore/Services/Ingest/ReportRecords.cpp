@@ -14,7 +14,7 @@ ReportRecords::ReportRecords(std::string_view text, std::string_view delimiters)
     : text_(text), delimiters_(delimiters), lineFeed_(text.find('\n')), carriageReturn_(text.find('\r')),
       quote_(text.find('"')) {}
 
-/// Of the line that holds `from`.
+/// The end of the line that contains `from`.
 std::size_t ReportRecords::lineEnd(std::size_t from) {
     if (lineFeed_ < from) lineFeed_ = text_.find('\n', from);
     if (carriageReturn_ < from) carriageReturn_ = text_.find('\r', from);
@@ -31,8 +31,8 @@ bool ReportRecords::endsCell(std::size_t quote) const {
     return next == '\n' || next == '\r' || delimiters_.find(next) != none;
 }
 
-/// The first quote from there on that is not one of two. Before it there are none that a later record could
-/// leave open, so that all searches together pass over the text once.
+/// The first single quote from `from` on; pairs are skipped. None of the skipped quotes can open a cell of a
+/// later record, so all searches together read the text once.
 std::size_t ReportRecords::closingQuote(std::size_t opening, std::size_t from) const {
     const std::string_view reach = text_.substr(0, opening + std::min(mostCellBytes, text_.size() - opening));
     for (std::size_t quote = reach.find('"', from); quote != none; quote = reach.find('"', quote + 2))
@@ -48,7 +48,7 @@ std::optional<std::string_view> ReportRecords::next() {
     std::size_t opening = 0, lastClosing = none;
     for (;;) {
         for (; quote_ < end; quote_ = text_.find('"', quote_ + 1)) {
-            // The second of two goes on with the cell.
+            // The second quote of a pair continues the cell.
             if (!isInside && (lastClosing == none || quote_ != lastClosing + 1)) opening = quote_;
             if (isInside) lastClosing = quote_;
             isInside = !isInside;

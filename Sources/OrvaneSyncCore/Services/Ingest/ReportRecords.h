@@ -7,25 +7,25 @@
 
 namespace orvane {
 
-/// Takes a delimited text apart into its records: lines as ReportLines has them, but a quoted cell may hold
-/// line ends. It may where its quote stands at the beginning of the cell and is closed, within
-/// `mostCellBytes`, in front of a delimiter or a line end; any other quote that its line leaves open ends
-/// with the line, so that a lost quotation mark costs one line and not the report. Of two quotes side by side
-/// inside quotes neither closes. Takes time by the length of the text.
+/// Divides a delimited text into its records. A record is a line as in ReportLines, but a quoted cell may
+/// contain line ends if its quote is at the beginning of the cell and is closed, within `mostCellBytes`,
+/// before a delimiter or a line end. Any other quote that is not closed in its line ends with the line, so
+/// that a missing quotation mark affects one line and not the whole report. Inside quotes two quotes side by
+/// side do not close the cell. Takes time proportional to the length of the text.
 class ReportRecords {
   public:
     static constexpr std::size_t mostCellBytes = std::size_t{1} << 16U;
 
     /// `delimiters`: the characters that may end a cell.
     ReportRecords(std::string_view text, std::string_view delimiters);
-    /// Without the line end behind it. Nothing at the end.
+    /// The record without its line end. Absent at the end.
     std::optional<std::string_view> next();
-    /// The next one that holds more than white space.
+    /// The next record that has more than white space.
     std::optional<std::string_view> nextFilled();
-    /// What `next` has not given yet.
+    /// The text that `next` has not returned yet.
     std::string_view rest() const { return text_.substr(at_); }
 
-    /// Quotes so far that ended with their line, and where in the text the first of them stands.
+    /// The number of quotes so far that ended with their line, and the position in the text of the first.
     std::size_t openQuotes() const { return openQuotes_; }
     std::size_t firstOpenQuote() const { return firstOpenQuote_; }
 
@@ -38,7 +38,7 @@ class ReportRecords {
     std::string_view text_;
     std::string delimiters_;
     std::size_t at_ = 0;
-    // Each is looked for once: a text may have one kind of them only.
+    // The next one of each is searched only when passed: a text may have one kind only.
     std::size_t lineFeed_;
     std::size_t carriageReturn_;
     std::size_t quote_;
@@ -46,9 +46,9 @@ class ReportRecords {
     std::size_t firstOpenQuote_ = std::string_view::npos;
 };
 
-/// Takes one record of a table apart. A quote switches the quoted state and is no part of the cell; a
-/// delimiter inside quotes is, and so is a line end, as a line feed. `extend` gets the pieces of a cell,
-/// `end` is called behind each cell, the last one too.
+/// Divides one record of a table into cells. A quote begins or ends the quoted state and does not belong to
+/// the cell; inside quotes a delimiter belongs to the cell, and so does a line end, as a line feed. `extend`
+/// is called with the pieces of a cell, `end` after each cell, including the last one.
 template <class Extend, class End>
 void forEachCell(std::string_view record, char delimiter, Extend extend, End end) {
     bool isQuoted = false;

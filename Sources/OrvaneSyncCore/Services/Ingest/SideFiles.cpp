@@ -20,7 +20,7 @@ constexpr std::uint64_t longestFile = std::uint64_t{1} << 22U;
 constexpr std::string_view logSuffix = ".ale";
 constexpr std::array<std::string_view, 4> suffixes{"m01.xml", ".xml", logSuffix, ".xmp"};
 
-/// Names on a card are ASCII, and others are compared as they are.
+/// Names on cards are ASCII; other characters are compared unchanged.
 std::string lowercase(std::string_view name) {
     std::string result(name);
     std::ranges::transform(result, result.begin(), [](char c) {
@@ -61,7 +61,7 @@ ClipLog ClipLog::read(std::string_view text) {
                     result.byName_.emplace(lowercase(stemOf(nameOf(name))), *start);
         }
     } catch (const ALEParserError&) {
-        // No log.
+        // The text is not a log.
     }
     return result;
 }
@@ -85,7 +85,7 @@ std::shared_ptr<const SideFiles::Folder> SideFiles::folder(const std::string& pa
     return known;
 }
 
-/// Empty for what cannot be read.
+/// Empty if the log cannot be read.
 std::shared_ptr<const ClipLog> SideFiles::log(const std::string& path) {
     const std::lock_guard lock(mutex_);
     auto& known = logs_[path];
@@ -93,7 +93,7 @@ std::shared_ptr<const ClipLog> SideFiles::log(const std::string& path) {
     ClipLog read;
     try {
         read = ClipLog::read(ALEParser::decodeText(platform::files::readText(path, longestFile)));
-    } catch (const std::runtime_error&) { // the file, or its text
+    } catch (const std::runtime_error&) { // reading or decoding failed
     }
     known = std::make_shared<const ClipLog>(std::move(read));
     return known;
@@ -134,7 +134,7 @@ std::optional<SideFiles::Stated> SideFiles::startTimecode(const std::string& pat
             try {
                 start = startTimecodeFromXML(platform::files::readText(folderOf(path) + name, longestFile),
                                              pictureRate);
-            } catch (const platform::FileError&) { // another one may be readable
+            } catch (const platform::FileError&) { // another side file may be readable
             }
         }
         if (start) return Stated{*std::move(start), std::move(name)};

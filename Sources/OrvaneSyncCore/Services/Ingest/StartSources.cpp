@@ -42,12 +42,12 @@ bool takeCounted(MediaAsset& asset, const platform::CountedTimecode& counted) {
 }
 
 void countPictures(MediaAsset& asset, bool isConfirmed) {
-    // Relative. 24 and 23.976 differ by half of the first; up to the second a clip is not off speed, and no
-    // camera that says at which rate it is to be shown has told another one.
+    // Relative. 24 and 23.976 differ by half of the first. Below the second a clip does not count as
+    // offspeed, and without a rate from the camera there is nothing that says otherwise.
     const double sameSpeed = isConfirmed ? 0.002 : 0.05;
     const auto &stated = asset.projectFrameRate, &picture = asset.frameRate;
     if (!stated || !picture || !(*stated > 0)) return;
-    // A rate that is none of timecode's is a mean, and its pictures come at no steady pace.
+    // A picture rate that is not a timecode rate is an average of frames at irregular times.
     const bool countsEach =
         std::abs(*picture / *stated - 1) <= sameSpeed && timecodeRate::nearest(*picture, false);
     const bool countsEachSecond = !isConfirmed && OffspeedDetector::isHalfRate(stated, picture);

@@ -9,24 +9,26 @@
 
 namespace orvane {
 
-/// Where an asset takes its start from besides a timecode track and the broadcast chunks. In the order of the
-/// probe: each is asked only where the ones in front of it state none. Any thread, one an asset.
+/// The sources of an asset's start besides a timecode track and the broadcast chunks, in the order of the
+/// probe: each is used only if the sources before it state no start. Any thread, one for each asset.
 namespace StartSources {
 
-/// The count of a container: as with a timecode track, its rate is the rate of the project. False, and
-/// nothing is taken, at a rate that is no timecode's: sound alone is often given a timecode of one a second.
+/// Takes the timecode of a container; as with a timecode track, its rate becomes the project's rate. Returns
+/// false and takes nothing if the rate is not a timecode rate: files with sound alone often have a timecode
+/// that counts seconds.
 bool takeCounted(MediaAsset& asset, const platform::CountedTimecode& counted);
-/// Sets the project's rate to that of the picture where the one that is stated counts these very pictures:
-/// each of them, at a rate that differs by no more than 0.2 %, or each second one, unless the camera itself
-/// names it (`isConfirmed`). 24 frames a second under a timecode of 23.976 are 24.
+/// Sets the project's rate to the picture's if the stated project rate counts these pictures. It counts each
+/// of them if the rates differ by at most 5 % (0.2 % if the camera itself states the project's rate,
+/// `isConfirmed`), or every second one, unless `isConfirmed`. So 24 frames a second with a timecode of 23.976
+/// have the project rate 24.
 void countPictures(MediaAsset& asset, bool isConfirmed);
-/// What documents within the file say.
+/// Takes the start from documents inside the file.
 void readEmbedded(MediaAsset& asset, platform::RandomAccessFile& file);
-/// What files beside the clip say.
+/// Takes the start from files beside the clip.
 void readSideFile(MediaAsset& asset, SideFiles& sideFiles);
 
-/// The time in the container's header. Nothing before 1990: a clock that was never set begins in 1904, 1970
-/// or 1980.
+/// The time in the container's header. Absent before 1990: a clock that was never set starts in 1904, 1970 or
+/// 1980.
 std::optional<Date> headerDate(const platform::MediaInspection& inspection);
 
 } // namespace StartSources

@@ -15,7 +15,7 @@ constexpr std::int64_t ntscNumerator = 1000, ntscDenominator = 1001;
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
-/// Nearer to a whole number of frames times 1000/1001 than to the whole number.
+/// Whether the rate is nearer to a whole number times 1000/1001 than to the whole number.
 bool isFractional(double rate) {
     constexpr double quarterOfTheDifference = 0.00025;
     const double whole = std::ceil(rate - quarterOfTheDifference * rate);

@@ -9,31 +9,31 @@
 
 namespace orvane {
 
-/// A start that a file states as a label.
+/// A start that a file states as hours, minutes, seconds and frames.
 struct StartTimecode {
     std::string text; ///< such as 01:00:00:00; ";" before the frames at a drop-frame rate
-    std::optional<TimecodeFrameRate> rate; ///< at which it counts, where that is stated
+    std::optional<TimecodeFrameRate> rate; ///< the rate at which it counts, if stated
 
     bool operator==(const StartTimecode&) const = default;
 };
 
 namespace StatedTimecode {
 
-/// What a label of hours, minutes, seconds and frames says.
+/// Hours, minutes, seconds and frames of a timecode text.
 struct Label {
     int hours = 0, minutes = 0, seconds = 0, frames = 0;
-    bool isDrop = false; ///< ";", "," or "." stands in front of the frames
+    bool isDrop = false; ///< ";", "," or "." is before the frames
 
     bool isZero() const { return hours == 0 && minutes == 0 && seconds == 0 && frames == 0; }
 };
-/// Two digits each, between ":", ";", "," or ".". Nothing for what no clock shows.
+/// Two digits each, separated by ":", ";", "," or ".". Absent if the text is not a time of day.
 std::optional<Label> labelIn(std::string_view text);
 
-/// The case that counts `base` frames a second. A base says 24 for 23.976 too, and the rate of the picture
-/// tells which of the two it is; without one, only drop frame does.
+/// The rate that counts `base` frames in a counted second. The base 24 also means 23.976; the picture's rate
+/// decides between the two, and without it whether it is drop frame.
 std::optional<TimecodeFrameRate> rateOf(int base, bool isDrop, std::optional<double> pictureRate);
 
-/// Nothing for a frame that the rate does not have.
+/// Absent if the rate has no such frame.
 std::optional<StartTimecode> start(const Label& label, std::optional<TimecodeFrameRate> rate);
 
 } // namespace StatedTimecode

@@ -17,12 +17,12 @@ namespace {
 
 using StatedTimecode::Label;
 
-/// Texts and attributes that matter are far shorter.
+/// Texts and attributes that are used are much shorter.
 constexpr std::size_t longestText = 256;
 
 std::string_view localName(std::string_view name) { return name.substr(name.find(':') + 1); }
 
-/// The number in front of a letter or two, as in "59.94p" or "25.00i".
+/// The number before one or two letters, as in "59.94p" or "25.00i".
 std::optional<double> rateIn(std::string_view text) {
     text = platform::text::trimmed(text);
     return platform::text::decimalNumber(text.substr(0, text.find_first_not_of("0123456789.")));
@@ -47,7 +47,7 @@ std::optional<TimecodeFrameRate> rateOfXMPFormat(std::string_view format) {
     return std::nullopt;
 }
 
-/// Four bytes, each two decimal digits with flags in the bits above the tens.
+/// Four bytes, each with two decimal digits; flags are in the bits above the tens.
 std::optional<Label> labelInWord(std::string_view text) {
     constexpr std::size_t digits = 8;
     std::uint32_t word = 0;
@@ -117,7 +117,8 @@ class Collector final : public platform::XMLStreamHandler {
         std::string value, format;
     };
 
-    /// Whether the element stands in the description of the file: RDF, Description, itself.
+    /// Whether the element is in the description of the file itself: its path ends with RDF, Description,
+    /// `name`.
     bool isOwnXMP(std::string_view name) const {
         const std::size_t depth = path_.size();
         return depth >= 3 && path_[depth - 1] == name && path_[depth - 2] == "Description" &&
@@ -147,7 +148,7 @@ class Collector final : public platform::XMLStreamHandler {
         return StatedTimecode::start(*label, rateOfXMPFormat(stated.format));
     }
 
-    /// Labels count to 30 at most, unless one shows more frames.
+    /// The frames of such a timecode count to at most 30, unless the frame number is higher.
     std::optional<StartTimecode> ofLabel(std::optional<double> pictureRate) const {
         const auto label = StatedTimecode::labelIn(label_);
         if (!label) return std::nullopt;
@@ -159,10 +160,10 @@ class Collector final : public platform::XMLStreamHandler {
         return StatedTimecode::start(*label, StatedTimecode::rateOf(base, label->isDrop || isDrop_, rate));
     }
 
-    std::vector<std::string> path_; ///< local names of the elements that are open
+    std::vector<std::string> path_; ///< local names of the open elements
     std::string text_;
     XMPTimecode ownStart_, alternative_;
-    XMPTimecode* xmp_ = nullptr;                 ///< the one that is open
+    XMPTimecode* xmp_ = nullptr;                 ///< the open one; null if there is none
     std::pair<std::string, std::string> change_; ///< frame count and value
     std::string tableBase_, firstChange_;
     std::optional<double> formatRate_;

@@ -27,7 +27,7 @@ constexpr std::uint32_t smallestSample = 4;
 constexpr double highestRate = 240;
 constexpr std::uint32_t dropFrameFlag = 1;
 
-/// A stretch of the file; positions count from its start.
+/// A section of the file, in bytes from the file's start.
 struct Range {
     std::uint64_t begin = 0;
     std::uint64_t end = 0;
@@ -35,11 +35,11 @@ struct Range {
 
 struct Atom {
     std::uint64_t position = 0;
-    std::uint64_t size = 0; ///< header included
+    std::uint64_t size = 0; ///< including the header
     std::array<char, 4> type{};
 
     bool is(std::string_view name) const { return std::string_view(type.data(), type.size()) == name; }
-    /// The contents always begin 8 bytes behind the start, also behind a 64-bit size.
+    /// The contents begin 8 bytes after the start, also if the size has 64 bits.
     Range contents() const { return {position + atomHeaderBytes, position + size}; }
 };
 
@@ -54,7 +54,7 @@ std::optional<Atom> readAtomHeader(RandomAccessFile& file, std::uint64_t positio
     return atom;
 }
 
-/// Visits the atoms that lie side by side in a range until `visit` says that it has seen enough.
+/// Visits the atoms of a range, one after the other, until `visit` returns false.
 template <class Visit>
 void walkAtoms(RandomAccessFile& file, Range range, Visit visit) {
     std::uint64_t position = range.begin;
@@ -66,7 +66,7 @@ void walkAtoms(RandomAccessFile& file, Range range, Visit visit) {
     }
 }
 
-/// As `walkAtoms`, for all atoms of one type.
+/// The same for all atoms of one type.
 template <class Visit>
 void eachAtom(RandomAccessFile& file, Range range, std::string_view type, Visit visit) {
     walkAtoms(file, range, [&](const Atom& atom) {
@@ -78,15 +78,15 @@ void eachAtom(RandomAccessFile& file, Range range, std::string_view type, Visit 
 struct TimecodeParseResult {
     std::optional<std::uint64_t> chunkOffset; ///< file position of the track's first sample
     std::optional<std::uint32_t> sampleSize;  ///< of the first sample
-    std::uint32_t flags = 0;                  ///< of the timecode
-    std::uint32_t timescale = 0;              ///< 0 when not seen
-    std::uint32_t frameDuration = 0;          ///< 0 when not seen
-    double skippedSeconds = 0;                ///< of the track in front of the movie's start
+    std::uint32_t flags = 0;                  ///< flags of the timecode
+    std::uint32_t timescale = 0;              ///< 0: not found
+    std::uint32_t frameDuration = 0;          ///< 0: not found
+    double skippedSeconds = 0;                ///< of the track before the movie's start
 };
 
 struct MdiaParseResult {
     bool isTimecodeTrack = false;
-    std::uint32_t mediaTimescale = 0; ///< units per second of the track's own time; 0 when not seen
+    std::uint32_t mediaTimescale = 0; ///< units per second of the track's own time; 0: not found
     TimecodeParseResult samples;
 };
 
@@ -106,7 +106,7 @@ void parseSampleTable(RandomAccessFile& file, const Atom& table, TimecodeParseRe
         } else if (atom.is("co64") && atom.size >= wideOffsetTableBytes) {
             if (const auto offset = body.u64be(16)) result.chunkOffset = offset;
         } else if (atom.is("stsz") && atom.size >= sizesBytes) {
-            // One size for all samples, or 0 and a table. Many cameras write a table, even of one entry.
+            // One size for all samples, or 0 and a table. Many cameras write a table even for one entry.
             std::optional<std::uint32_t> size = body.u32be(12);
             if (size == 0U && body.u32be(16).value_or(0) > 0 && atom.size >= sizeTableBytes)
                 size = body.u32be(20);
@@ -125,7 +125,7 @@ void parseSampleTable(RandomAccessFile& file, const Atom& table, TimecodeParseRe
 
 MdiaParseResult parseMedia(RandomAccessFile& file, const Atom& media) {
     constexpr std::uint64_t handlerBytes = 20;
-    constexpr std::size_t mediaHeaderBytes = 32; ///< up to the timescale, in either form
+    constexpr std::size_t mediaHeaderBytes = 32; ///< up to the timescale, in both forms
     MdiaParseResult result;
     walkAtoms(file, media.contents(), [&](const Atom& atom) {
         if (atom.is("mdhd")) {
@@ -144,9 +144,9 @@ MdiaParseResult parseMedia(RandomAccessFile& file, const Atom& media) {
     return result;
 }
 
-/// Where in the track the movie begins, in units of the track's own time: a trimmed copy keeps all samples
-/// and an edit list that begins behind the first. Edits that show nothing delay the picture with the
-/// timecode.
+/// The time in the track at which the movie begins, in units of the track's own time. A trimmed copy keeps
+/// all samples and has an edit list that begins later. Empty edits delay picture and timecode by the same
+/// time, so they are skipped.
 std::uint64_t firstMediaTime(RandomAccessFile& file, const Atom& edits) {
     std::uint64_t first = 0;
     eachAtom(file, edits.contents(), "elst", [&](const Atom& list) {
@@ -201,7 +201,7 @@ std::optional<Range> findMovie(RandomAccessFile& file) {
     return movie->contents();
 }
 
-/// Frames counted at 24 a second, where the track does not say a rate.
+/// The timecode counted at 24 frames a second, for a track without a rate.
 std::string plainTimecode(std::int64_t n) {
     std::array<char, 64> text{};
     std::snprintf(text.data(), text.size(), "%02d:%02d:%02d:%02d", static_cast<int>(n / 86400),
@@ -209,7 +209,7 @@ std::string plainTimecode(std::int64_t n) {
     return text.data();
 }
 
-/// Whole frames; nothing for an edit list that begins days later.
+/// Whole frames; 0 if the edit list begins a day or more later.
 std::int64_t skippedFrames(double seconds, double fps) {
     constexpr double rounding = 1e-5; // of a frame
     return seconds < secondsADay ? static_cast<std::int64_t>(seconds * fps + rounding) : 0;

@@ -17,7 +17,7 @@ std::string made(std::string path) {
     try {
         files::createDirectories(path);
     } catch (const platform::FileError&) {
-        // What is to be written there fails with a reason of its own.
+        // The file operation that follows fails with its own reason.
     }
     return path;
 }
@@ -42,7 +42,7 @@ std::string applicationSupportDirectory() { return below(files::dataHome(), appF
 
 std::string cachesDirectory() {
     const std::string folder = below(files::cacheHome(), appFolderName);
-    // Whoever clears the caches removes all that lies in there.
+    // Clearing the caches removes everything in this folder.
     const auto isKept = [&](const std::string& home) {
         std::error_code isMissing;
         return std::filesystem::equivalent(folder, home + "/" + std::string(appFolderName), isMissing);
@@ -90,7 +90,7 @@ std::int64_t clearDiskCaches() {
         try {
             files::removeTree(caches + "/" + name);
         } catch (const platform::FileError&) {
-            // One entry that can't go is no reason to keep the others.
+            // If one entry cannot be removed, the others are removed all the same.
         }
     }
     return size;

@@ -5,9 +5,9 @@
 #include <string_view>
 #include <vector>
 
-/// The application's directories, absolute paths in the bytes of the file system. Each getter makes its
-/// directory, with those above it, where it is missing; a failure to do so is ignored, and the file operation
-/// that follows fails by itself. Work lies below the XDG data directory, caches below the XDG cache
+/// The application's directories: absolute paths in the bytes of the file system. Each getter creates its
+/// directory and those above it if they are missing. A failure to do so is ignored, as the file operation
+/// after it will fail with a reason. Work is stored below the XDG data directory, caches below the XDG cache
 /// directory. Any thread.
 namespace orvane::AppStorageHelper {
 
@@ -17,22 +17,22 @@ inline constexpr std::string_view mixdownsFolderName = "mixdowns";
 inline constexpr std::string_view voiceIsolationFolderName = "VoiceIsolation";
 inline constexpr std::string_view stemsFolderName = "StemCache";
 
-/// Leaves the folders of settings, work and caches that are there to their owner alone, also those that were
-/// made with wider rights. Returns a line for each that stays open to others, and why.
+/// Makes the existing folders of settings, work and caches accessible to their owner alone, even if they were
+/// created with wider rights. Returns a line for each folder that stays open to others, with the reason.
 std::vector<std::string> keepPrivate();
 
 std::string applicationSupportDirectory();
-/// Holds nothing but what can be made again, also where the user's caches lie with the work.
+/// Contains only what can be made again, even if the user's cache and data directories are the same.
 std::string cachesDirectory();
 
 std::string sessionsDirectory();
 std::string presetsDirectory();
 std::string modelStorageDirectory();
 std::string calibrationDirectory();
-/// Room tone, in a folder for each work.
+/// Room tone, with a folder for each work.
 std::string atmoDirectory();
 
-/// Of secrets where the system has no key store. The file and its folder may be missing.
+/// The file of secrets if the system has no key store. The file and its folder may not exist.
 std::string credentialFile();
 
 std::string probeCacheDirectory();
@@ -40,10 +40,9 @@ std::string stemCacheDirectory();
 std::string waveformCacheDirectory();
 std::string voiceIsolationCacheDirectory();
 
-/// Total size in bytes of all files below `cachesDirectory`, hidden ones too.
+/// The size in bytes of all files below `cachesDirectory`, including hidden ones.
 std::int64_t cacheSizeBytes();
-/// Removes every direct child of `cachesDirectory`, as far as the system lets it, and returns the size from
-/// just before.
+/// Removes every entry of `cachesDirectory` that the system lets it remove; returns the size before that.
 std::int64_t clearDiskCaches();
 
 } // namespace orvane::AppStorageHelper

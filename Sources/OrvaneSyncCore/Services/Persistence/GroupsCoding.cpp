@@ -13,9 +13,9 @@ namespace orvane {
 
 namespace {
 
-constexpr std::size_t clipsAPiece = 64; // of work for a thread
+constexpr std::size_t clipsAPiece = 64; // for one thread at a time
 
-/// Runs `work(i)` for every i below `count`, on several threads where there is much to do.
+/// Calls `work(i)` for every i below `count`, on several threads if there are many.
 template <class Work>
 void forEachIndex(std::size_t count, const Work& work) {
     const std::size_t pieces = (count + clipsAPiece - 1) / clipsAPiece;
@@ -38,7 +38,8 @@ std::string encodedGroup(const SyncGroup& group) {
     std::string text = json.dump(JSON::Layout::pretty, 1);
     if (holdsOnlyNumbers(json)) return text;
     try {
-        fromJSON<SyncGroup>(JSON::parse(text)); // a value that may be absent reads as absent
+        fromJSON<SyncGroup>(JSON::parse(text)); // numbers without a JSON form are null, which only optional
+                                                // values may be
         return text;
     } catch (const DecodingError& error) {
         throw EncodingError("the clip " + group.clipName +

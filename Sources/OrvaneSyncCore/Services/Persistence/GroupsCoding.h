@@ -9,30 +9,31 @@
 
 namespace orvane {
 
-/// A clip holds a value that would make its file unreadable.
+/// A clip has a value with which its file could not be read again.
 class EncodingError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-/// The clips of a session as text, at the cost of what changed: the text of every clip of the last list is
-/// kept, and a clip that is still the same element of the list is not encoded again. One thread at a time.
+/// Encodes the clips of a session as text and costs only as much as has changed: the text of every clip of
+/// the last list is kept, and a clip that is still the same element of the list is not encoded again. One
+/// thread at a time.
 class GroupsEncoder {
   public:
-    /// A JSON array, one clip after the other. Throws EncodingError.
+    /// A JSON array of the clips in order. Throws EncodingError.
     std::string encode(const SyncGroupList& groups);
 
   private:
     struct Encoded {
-        SyncGroupList::Element group; ///< held, so that no other clip comes to lie where it lies
+        SyncGroupList::Element group; ///< kept, so that the address is not reused for another clip
         std::shared_ptr<const std::string> text;
     };
 
     std::vector<Encoded> last_;
 };
 
-/// The clips of such a text. A clip whose id occurred before gets one of its own, so that each can be found.
-/// Throws JSONError, or DecodingError that names the clip's number and the key.
+/// Decodes such a text. If the id of a clip has occurred before, the clip gets a new id, so that each can be
+/// found. Throws JSONError, or DecodingError with the number of the clip and the key.
 SyncGroupList groupsFromText(const std::string& text);
 
 } // namespace orvane

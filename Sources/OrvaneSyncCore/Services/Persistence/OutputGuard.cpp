@@ -32,7 +32,7 @@ constexpr std::string_view otherName = "; give the output another name";
 
 std::string extensionOf(const std::string& path) { return FileURL{path}.lowercasedExtension(); }
 
-/// An output of the kind may bear this name.
+/// Whether an output of this kind may have this name.
 bool isNameOf(OutputKind kind, const std::string& path) {
     const std::string extension = extensionOf(path);
     if (kind == OutputKind::rendering) return extension == "wav" || extension == "mov";
@@ -48,7 +48,7 @@ bool liesInFolder(const std::string& path, const std::string& folder) {
            (folder.ends_with('/') || path[folder.size()] == '/');
 }
 
-/// What cameras and card copiers write beside their clips, and a scan may read.
+/// Files that cameras and card copiers write beside their clips and that a scan may read.
 bool isSideFileName(const std::string& path) {
     constexpr auto extensions =
         std::to_array<std::string_view>({"ale", "bim", "ccc", "cdl", "cpf", "cpi", "cube", "lut", "mhl",
@@ -64,7 +64,7 @@ bool isProgramsOwn(const std::string& path) {
     });
 }
 
-/// Nothing where the file cannot be read.
+/// Absent if the file cannot be read.
 std::optional<bool> isMedia(const std::string& path) {
     auto file = platform::RandomAccessFile::open(path);
     return file ? std::optional(platform::beginsAsMedia(*file)) : std::nullopt;
@@ -109,7 +109,7 @@ OutputGuard::There OutputGuard::look(const std::string& path) const {
     if (const int reason = errno; !there && reason != ENOENT)
         refuse(place, path, std::generic_category().message(reason));
     const std::string target = files::standardized(files::behindLinks(path));
-    // Other devices may hold something: a tape is one, too.
+    // The null device alone is allowed: other devices, such as a tape, may hold data.
     if (there && !there->isRegularFile && target == nullDevice) return There::nothing;
     if (isForeignMediaName(kind_, target))
         refuse(place, path, "it leads to the media file '" + target + "'" + std::string(otherName));

@@ -20,7 +20,7 @@ using namespace std::string_view_literals;
 using platform::ByteCursor;
 using platform::RandomAccessFile;
 
-/// The mark, alone or in front of a version.
+/// Whether the text is the mark, alone or followed by a version.
 bool isMark(std::string_view text) {
     return text.starts_with(renderingMark) &&
            (text.size() == renderingMark.size() || text[renderingMark.size()] == ' ' ||
@@ -75,12 +75,12 @@ bool isOwnProject(const std::string& path) {
     try {
         ProjectService().load({path});
         return true;
-    } catch (const std::runtime_error&) { // cannot be read, or is of another version
+    } catch (const std::runtime_error&) { // the file cannot be read, or is of another version
         return false;
     }
 }
 
-/// Texts and objects with a key and modifiers by turns.
+/// A list in which texts alternate with objects that have a key and modifiers.
 bool isOwnBindings(const std::string& path) {
     constexpr std::uint64_t largest = std::uint64_t{1} << 20U; // bytes
     try {
@@ -99,7 +99,7 @@ bool isOwnBindings(const std::string& path) {
     }
 }
 
-/// Takes the piece from the front of the text.
+/// Removes the piece from the front of the text, if it is there.
 bool takes(std::string_view& text, std::string_view piece) {
     if (!text.starts_with(piece)) return false;
     text.remove_prefix(piece.size());
@@ -119,7 +119,8 @@ std::string_view name(OutputKind kind) {
 }
 
 bool beginsAsOwnDocument(std::string_view text) {
-    // Final Cut Pro writes no "standalone", a blank line in front of the root, and formats of another order.
+    // Unlike this program, Final Cut Pro writes no "standalone", writes a blank line before the root, and
+    // formats in another order.
     constexpr std::string_view blanks = " \n";
     if (!takes(text, "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n<!DOCTYPE fcpxml>\n"
                      "<fcpxml version=\"1."))

@@ -37,7 +37,7 @@ void refuseUnfitName(std::string_view name) {
 const std::vector<std::string>& PresetManager::managedKeys() {
     static const std::vector<std::string> keys = [] {
         std::vector<std::string> result;
-        // What is about this machine goes to no other one.
+        // Settings about this machine must not be copied to another one.
         const auto isOfMachine = [](std::string_view family) {
             return family == settings::family::caches || family == settings::family::calibration;
         };
@@ -115,7 +115,7 @@ std::vector<std::string> PresetManager::list() const {
         fileName.resize(fileName.size() - presetExtension.size());
         names.push_back(std::move(fileName));
     }
-    // The file system's order is no order; names that compare as equal are listed in the same order every
+    // The file system lists in no defined order; this gives names that compare as equal the same order every
     // time.
     std::ranges::sort(names);
     std::ranges::stable_sort(names, [](const std::string& a, const std::string& b) {

@@ -41,7 +41,8 @@ std::string ProjectService::encoded(const OrvaneSyncProject& project) {
 OrvaneSyncProject ProjectService::decoded(std::string_view text) {
     try {
         const JSON json = JSON::parse(text);
-        // First: another version may have other keys, and says more by its number.
+        // The version is checked first: a file of another version may have other keys, and its number
+        // explains more.
         const JSON* version = json.find("version");
         const auto number = version != nullptr ? version->integer() : std::nullopt;
         if (number && *number != OrvaneSyncProject::currentVersion)
@@ -57,7 +58,7 @@ OrvaneSyncProject ProjectService::decoded(std::string_view text) {
 void ProjectService::save(const OrvaneSyncProject& project, const FileURL& url,
                           const OutputGuard& guard) const {
     const std::string text = encoded(project);
-    // A number without a JSON form would make a file that nobody can open.
+    // A number without a JSON form would give a file that cannot be opened.
     decoded(text);
     guard.write(url.path, text);
 }

@@ -10,13 +10,13 @@
 
 namespace orvane {
 
-/// A project file that this version cannot open. Other failures are FileErrors.
+/// This version cannot open the project file. Other failures are FileErrors.
 class ProjectError : public std::runtime_error {
   public:
     enum class Kind { unsupportedVersion, invalidFile };
 
     static ProjectError unsupportedVersion(std::int64_t version);
-    /// `reason` says what about the file is wrong.
+    /// `reason` says what is wrong with the file.
     static ProjectError invalidFile(std::string_view reason);
 
     Kind kind() const { return kind_; }
@@ -27,23 +27,23 @@ class ProjectError : public std::runtime_error {
     Kind kind_;
 };
 
-/// Reads and writes project files and lays their edits over clips. Holds no state; any thread.
+/// Reads and writes project files and applies their edits to clips. Has no state; any thread.
 struct ProjectService {
     OrvaneSyncProject snapshot(const std::optional<FileURL>& videoFolder,
                                const std::optional<FileURL>& audioFolder,
                                const std::optional<FileURL>& aleFile, const SyncGroupList& groups,
                                Date savedAt, ScanScope scope = {}) const;
-    /// The whole file or nothing. Throws OutputRefused, FileError, or ProjectError where the project holds a
-    /// number that no file can hold; the old file then stands.
+    /// Writes the whole file or nothing. Throws OutputRefused, FileError, or ProjectError if the project has
+    /// a number that JSON cannot store; then the old file is unchanged.
     void save(const OrvaneSyncProject& project, const FileURL& url,
               const OutputGuard& guard = OutputGuard(OutputKind::project)) const;
     /// Throws FileError or ProjectError.
     OrvaneSyncProject load(const FileURL& url) const;
-    /// Finds each clip's entry by the path of its video; of several with one path the last counts. Clips
-    /// without an entry stay as they are.
+    /// Finds each clip's entry by the path of its video; if several entries have the path, the last one
+    /// counts. Clips without an entry are not changed.
     void applyEdits(const OrvaneSyncProject& project, SyncGroupList& groups) const;
 
-    /// What `save` writes and `load` reads.
+    /// The text that `save` writes and `load` reads.
     static std::string encoded(const OrvaneSyncProject& project);
     static OrvaneSyncProject decoded(std::string_view text);
 };

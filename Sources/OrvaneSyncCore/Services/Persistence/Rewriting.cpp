@@ -6,7 +6,7 @@ namespace orvane {
 
 namespace {
 
-/// Values may be written in another way: both were understood.
+/// Values may be written in another form, as both were understood.
 bool says(const JSON& rewritten, const JSON& stored) {
     if (const auto* members = stored.members()) {
         for (const auto& [key, value] : *members) {

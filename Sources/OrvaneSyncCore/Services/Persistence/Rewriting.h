@@ -4,8 +4,8 @@
 
 namespace orvane {
 
-/// Whether a stored JSON text has keys or elements, of a later version perhaps, that the text written in its
-/// place has not. Null members say nothing. Throws JSONError.
+/// Whether stored JSON text has keys or elements, perhaps from a later version, that the rewritten text
+/// lacks. Null members do not count. Throws JSONError.
 bool losesSomething(const std::string& stored, const std::string& rewritten);
 
 } // namespace orvane

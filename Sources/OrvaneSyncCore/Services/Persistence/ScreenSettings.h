@@ -4,13 +4,13 @@
 
 #include <string_view>
 
-/// What the program notes in the settings store about the screens of this machine. Presets do not hold it.
+/// Settings about the screens of this machine. Presets do not contain them.
 namespace orvane::screenSettings {
 
-/// The place in the list of screens that the fullscreen player opens on, from 0.
+/// The index, from 0, in the list of screens of the one on which the fullscreen player opens.
 extern const platform::Setting<int> preferredScreen;
 
-/// Null for a key that is none of them.
+/// Null for an unknown key.
 const platform::SettingDescription* find(std::string_view key);
 
 } // namespace orvane::screenSettings

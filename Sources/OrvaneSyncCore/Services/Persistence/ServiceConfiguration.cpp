@@ -22,7 +22,7 @@ bool isOfThisMachine(std::string_view host) {
            name.find_first_not_of("0123456789.") == std::string_view::npos;
 }
 
-/// Throws DecodingError. Nothing where the key is absent or empty.
+/// Throws DecodingError. Absent if the key is absent or empty.
 std::optional<std::string> address(const JSON& json, std::string_view key) {
     constexpr std::string_view secure = "https://", plain = "http://";
     auto url = optional<std::string>(json, key);

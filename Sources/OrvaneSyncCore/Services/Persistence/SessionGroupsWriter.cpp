@@ -11,7 +11,7 @@ namespace files = platform::files;
 
 namespace {
 
-/// The same elements, and so the same clips: an element never changes.
+/// Equal elements mean equal clips: an element never changes.
 bool areSame(const SyncGroupList& a, const SyncGroupList& b) {
     if (a.size() != b.size()) return false;
     for (std::size_t i = 0; i < a.size(); ++i)
@@ -48,7 +48,8 @@ SessionGroupsWriter::Written SessionGroupsWriter::write(const UUID& id, const Sy
     return {.kept = std::exchange(session.kept, std::nullopt)};
 }
 
-/// Both sides' work is there afterwards. What was kept is reported with the first write that succeeds.
+/// Afterwards the work of both sides is on the disk. The kept file is reported with the first write that
+/// succeeds.
 void SessionGroupsWriter::keepUnknown(Open& session, const std::string& path, bool isReplacedByNone) {
     const auto there = files::attributes(path);
     if (!there) return;
@@ -58,7 +59,7 @@ void SessionGroupsWriter::keepUnknown(Open& session, const std::string& path, bo
     const auto keep = [&](std::string_view reason) {
         keepAs(reason, files::keepBeside(path, files::otherSuffix));
     };
-    // Another process may have written good clips since this one found a file that it could not read.
+    // Another process may have written valid clips since this one found an unreadable file.
     if (!session.file || !there->isUnchangedSince(*session.file))
         keep("Another program has changed this session; its clips were");
     else if (session.isUnreadable)

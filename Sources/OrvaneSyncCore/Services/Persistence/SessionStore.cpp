@@ -19,9 +19,9 @@ namespace {
 constexpr std::string_view sessionExtension = ".orvanesync";
 constexpr std::string_view deletedExtension = ".deleted";
 constexpr std::uint64_t largestRecord = std::uint64_t{256}
-                                        << 20U; // bytes; wild tracks hold what is known of them
+                                        << 20U; // bytes; wild tracks contain their metadata
 
-/// Only what is not there counts as that: a file that can't be looked at may hold work.
+/// Only a file that does not exist is missing: one that cannot be accessed may contain work.
 bool isMissing(const std::string& path) { return !files::attributes(path) && errno == ENOENT; }
 
 template <class Record>
@@ -42,7 +42,7 @@ struct RecordCoding<std::vector<Record>> {
 
 template <class Record>
 struct RecordFile : SessionStore::Stored<Record> {
-    std::string text; ///< as it stands in the file
+    std::string text; ///< as it is in the file
 };
 
 template <class Record>
@@ -52,7 +52,7 @@ RecordFile<Record> readRecord(const std::string& path) {
     try {
         file.text = files::readText(path, largestRecord);
         file.record = RecordCoding<Record>::decode(JSON::parse(file.text));
-    } catch (const std::exception& error) { // too little memory for a file that claims much, too
+    } catch (const std::exception& error) { // also too little memory for a file that claims to be large
         file.problem = path + ": " + error.what();
     }
     return file;
@@ -63,8 +63,9 @@ std::string recordText(const Record& record) {
     return RecordCoding<Record>::encode(record).dump(JSON::Layout::pretty) + "\n";
 }
 
-/// Puts what `change` makes of the record in its place. One that can't be read is kept beside it and counts
-/// as none; one that says more than this version knows is kept as well. The same text is not written again.
+/// Replaces the record by the result of `change`. A record that cannot be read is kept beside it and counts
+/// as absent; one with content that this version does not know is kept as well. An unchanged text is not
+/// written again.
 template <class Record, class Change>
 SessionStore::Changed<Record> changeRecord(const std::string& path, const Change& change) {
     RecordFile<Record> file = readRecord<Record>(path);
@@ -89,7 +90,7 @@ std::string deletedName(const std::string& directory, const UUID& id) {
     return directory + "/." + id.text() + std::string(deletedExtension);
 }
 
-/// What a process that was killed had begun to remove.
+/// Removes the folders that a killed process had begun to remove.
 void finishRemovals(const std::string& directory) {
     for (const std::string& name : files::childNames(directory).value_or(std::vector<std::string>())) {
         if (!name.starts_with('.') || !name.ends_with(deletedExtension)) continue;
@@ -108,7 +109,7 @@ void sortByName(std::vector<FolderInfo>& folders) {
 std::string SessionStore::folderOf(const UUID& id) const {
     std::string path = directory_ + "/" + id.text() + std::string(sessionExtension);
     if (files::exists(path)) return path;
-    // As a file system that knows no case, or a person, may have named it.
+    // The name that a person or a file system without case may have given it.
     const std::string lower =
         directory_ + "/" + platform::text::lowercased(id.text()) + std::string(sessionExtension);
     return files::exists(lower) ? lower : path;
@@ -132,14 +133,14 @@ void SessionStore::remove(const UUID& id) const {
     const std::string folder = folderOf(id), deleted = deletedName(directory_, id);
     if (files::exists(deleted)) files::removeTree(deleted);
     {
-        const FileLock lock = FileLock::ofFolder(folder); // a write that runs ends first
+        const FileLock lock = FileLock::ofFolder(folder); // waits for a write in progress
         files::rename(folder, deleted);
         files::syncFolder(directory_);
     }
     try {
         finishRemovals(directory_);
     } catch (const platform::FileError&) {
-        // The session is gone; its pieces go with the next one.
+        // The session is removed; the remaining files are removed with the next session.
     }
 }
 
@@ -153,7 +154,7 @@ std::vector<SessionInfo> SessionStore::list(const std::function<void(const std::
         const auto id =
             UUID::fromText(std::string_view(name).substr(0, name.size() - sessionExtension.size()));
         if (!id || !isDirectory(directory_ + "/" + name) || !ids.insert(*id).second) continue;
-        // Before the reading: what is written meanwhile is read the next time.
+        // Read before the record, so that a later write is noticed next time.
         const auto file = known != nullptr ? files::attributes(infoPath(*id)) : std::nullopt;
         const auto before = known != nullptr ? known->find(*id) : KnownRecords::iterator();
         const bool isKnown = file && before != known->end() && file->isUnchangedSince(before->second.first);
@@ -172,7 +173,7 @@ std::vector<SessionInfo> SessionStore::list(const std::function<void(const std::
 
 SessionStore::Stored<SessionInfo> SessionStore::readInfo(const UUID& id) const {
     Stored<SessionInfo> info = readRecord<SessionInfo>(infoPath(id));
-    if (info.record) info.record->id = id; // the folder's name is the id
+    if (info.record) info.record->id = id; // the name of the folder is the id
     if (info.problem) info.problem = "The record of a session can't be read (" + *info.problem + ")";
     return info;
 }
@@ -195,7 +196,7 @@ SessionStore::Groups SessionStore::readGroups(const UUID& id) const {
     result.file = files::attributes(path);
     try {
         result.groups = groupsFromText(files::readText(path));
-    } catch (const std::exception& error) { // too little memory for a file that claims much, too
+    } catch (const std::exception& error) { // also too little memory for a file that claims to be large
         result.problem = "The clips of this session can't be read (" + path + ": " + error.what() + ")";
     }
     return result;
@@ -251,7 +252,7 @@ SessionStore::Stored<std::vector<FolderInfo>> SessionStore::readFolderInfos() co
                 list = changeFolderInfos(list, [](Folders&) {}).record;
                 files::remove(older);
             } catch (const platform::FileError&) {
-                // It stays, and is taken over the next time.
+                // The old file stays and is converted next time.
             }
         }
     }

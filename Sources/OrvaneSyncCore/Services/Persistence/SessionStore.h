@@ -14,9 +14,9 @@
 
 namespace orvane {
 
-/// The files of all sessions: below one directory, a folder for each session, named by its id, and a list of
-/// the folders that group them. Each file is written whole or not at all, so that a process that is killed
-/// leaves a session that opens; several processes may share the directory. Holds no state; any thread.
+/// The files of all sessions: one directory with a folder for each session, named by its id, and a list of
+/// the folders that group sessions. Each file is written completely or not at all, so that a session can be
+/// opened even if a process was killed. Several processes may share the directory. Has no state; any thread.
 class SessionStore {
   public:
     explicit SessionStore(std::string directory) : directory_(std::move(directory)) {}
@@ -24,61 +24,63 @@ class SessionStore {
     std::string folderOf(const UUID& id) const;
     std::string groupsPath(const UUID& id) const;
     bool exists(const UUID& id) const;
-    /// Nothing is there any more; false while the directory of all sessions can't be reached.
+    /// Whether the session's folder does not exist; false if the directory of all sessions cannot be reached.
     bool isDeleted(const UUID& id) const;
     /// Throws FileError.
     void create(const UUID& id) const;
-    /// Renamed first, then removed file by file: a process that is killed leaves the whole session or none.
-    /// Throws FileError when the session is still there.
+    /// Renames the folder and then removes it file by file: if the process is killed, the whole session
+    /// exists or none of it. Throws FileError if the session still exists.
     void remove(const UUID& id) const;
 
-    /// Records as they were read, with what their files were then.
+    /// Records that were read, with the attributes of their files at that time.
     using KnownRecords = std::unordered_map<UUID, std::pair<platform::FileAttributes, SessionInfo>>;
-    /// The sessions whose records can be read, most recently modified first. `unreadable` is called
-    /// with a sentence for people about each of those whose records can't. A record in `known` whose file is
-    /// unchanged is not read again.
+    /// The sessions whose records can be read, most recently modified first. `unreadable` is called with a
+    /// message for each record that cannot be read. A record in `known` whose file is unchanged is not read
+    /// again.
     std::vector<SessionInfo> list(const std::function<void(const std::string& problem)>& unreadable = {},
                                   KnownRecords* known = nullptr) const;
 
     template <class Record>
     struct Stored {
         std::optional<Record> record{};
-        /// Why a record that is there can't be read, for people.
+        /// Why an existing record cannot be read, for display.
         std::optional<std::string> problem{};
     };
     template <class Record>
     struct Changed {
-        Record record; ///< as it now is on the disk
-        /// For people: which file was kept beside it, as it can't be read or says more than is understood.
+        Record record; ///< as it is on the disk afterwards
+        /// A message: which file was kept beside it, because it cannot be read or has content that is not
+        /// understood.
         std::optional<std::string> kept{};
     };
     Stored<SessionInfo> readInfo(const UUID& id) const;
-    /// Changes the record as it now is on the disk, or, where there is none, `known`. Throws FileError.
+    /// Changes the record on the disk, or `known` if there is none. Throws FileError.
     Changed<SessionInfo> changeInfo(const SessionInfo& known, const SessionInfoChange& change) const;
 
     struct Groups {
         SyncGroupList groups;
-        /// The file as it was found; absent when there is none.
+        /// The file's attributes before it was read; absent if there is no file.
         std::optional<platform::FileAttributes> file;
-        /// Why the clips that should be here can't be read, for people. There are none then.
+        /// Why existing clips cannot be read, for display; then `groups` is empty.
         std::optional<std::string> problem;
     };
     Groups readGroups(const UUID& id) const;
 
     Stored<SessionFolders> readFolders(const UUID& id) const;
-    /// As above; where there are none that can be read, all of `change.folders`. Throws FileError.
+    /// The same for the folders; all of `change.folders` if the disk has none that can be read. Throws
+    /// FileError.
     Changed<SessionFolders> changeFolders(const UUID& id, const SessionFoldersChange& change) const;
 
     bool hasWildTracks(const UUID& id) const { return platform::files::exists(wildTracksPath(id)); }
     Stored<std::vector<WildTrack>> readWildTracks(const UUID& id) const;
-    /// As above; without wild tracks no file is made. Throws FileError.
+    /// The same for the wild tracks; no file is created if there are none. Throws FileError.
     Changed<std::vector<WildTrack>> changeWildTracks(const UUID& id, const WildTracksChange& change,
                                                      bool areOtherClipsOnDisk) const;
 
     using FolderChange = std::function<void(std::vector<FolderInfo>&)>;
-    /// Sorted by name. Takes over the older form of the list where only that is there.
+    /// Sorted by name. If only the older form of the list exists, it is converted.
     Stored<std::vector<FolderInfo>> readFolderInfos() const;
-    /// As above. Throws FileError.
+    /// The same for the list of folders. Throws FileError.
     Changed<std::vector<FolderInfo>> changeFolderInfos(const std::vector<FolderInfo>& known,
                                                        const FolderChange& change) const;
 
@@ -91,7 +93,7 @@ class SessionStore {
     std::string directory_;
 };
 
-/// Plain order of names; the first of several with one name counts.
+/// Sorted by the bytes of the name; equal names keep their order.
 void sortByName(std::vector<FolderInfo>& folders);
 
 } // namespace orvane

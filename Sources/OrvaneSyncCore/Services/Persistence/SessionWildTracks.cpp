@@ -24,7 +24,7 @@ bool WildTracksChange::isEmpty() const {
 
 void WildTracksChange::apply(std::vector<WildTrack>& onDisk, bool areOtherClipsOnDisk) const {
     const auto& ours = listOf(tracks);
-    std::vector<WildTrack> changed; // here, since the disk was known
+    std::vector<WildTrack> changed; // changed here since the disk was last read
     for (const WildTrack& track : ours)
         if (std::ranges::none_of(listOf(known), [&](const WildTrack& one) { return isSame(one, track); }))
             changed.push_back(track);

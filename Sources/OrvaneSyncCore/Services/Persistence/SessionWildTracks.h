@@ -7,15 +7,15 @@
 
 namespace orvane {
 
-/// The wild tracks of a session as one process has them, and as it last knew them to be on the disk.
+/// The wild tracks of a session in one process, and the ones that it last knew on the disk.
 struct WildTracksChange {
     using Tracks = std::shared_ptr<const std::vector<WildTrack>>; ///< null: none
     Tracks tracks;
     Tracks known;
 
     bool isEmpty() const;
-    /// Puts the change over what the disk says by now: which tracks there are is decided by the process whose
-    /// clips stand, names and approvals by whoever changed them last.
+    /// Applies the change to what is on the disk now. The tracks are those of the process that wrote the
+    /// clips; names and approvals are those of the latest change.
     void apply(std::vector<WildTrack>& onDisk, bool areOtherClipsOnDisk) const;
 };
 

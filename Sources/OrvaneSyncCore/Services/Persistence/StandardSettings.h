@@ -7,12 +7,12 @@
 
 namespace orvane {
 
-/// Where the settings of the user account lie.
+/// The path of the user's settings file.
 std::string standardSettingsPath();
 
-/// Opens the settings of the user account, with the registered defaults, as a program does first: also leaves
-/// the application's folders to their owner alone. Makes no file; never throws for a bad one (`problem` of
-/// the store says what is wrong).
+/// Opens the user's settings, with the registered defaults; a program calls it at its start. Also makes the
+/// application's folders accessible to their owner alone. Creates no file; never throws for a bad one
+/// (`problem` of the store says what is wrong).
 std::unique_ptr<platform::FileSettingsStore> openStandardSettings();
 
 } // namespace orvane

@@ -10,7 +10,7 @@
 
 namespace orvane {
 
-/// A key as it is written on the keyboards of this system, such as "Ctrl+Shift+L"; "—" for none.
+/// The key in the form of this system, such as "Ctrl+Shift+L"; "—" if there is none.
 inline std::string keyText(const Shortcut& shortcut) {
     using Key = Shortcut::SpecialKey;
     if (shortcut.isUnbound()) return "—";
@@ -40,8 +40,7 @@ inline std::string keyText(const Shortcut& shortcut) {
     return text + key;
 }
 
-/// A text that names modifiers by their signs (⌘⌥) or by "Cmd+", with the names of the keyboards of this
-/// system.
+/// Converts a text with modifiers as signs (⌘⌥) or "Cmd+" to the names of this system's keyboards.
 inline std::string withKeysOfThisSystem(std::string_view text) {
     static constexpr std::array<std::pair<std::string_view, std::string_view>, 5> modifiers{
         {{"⌘", "Ctrl+"}, {"⌃", "Super+"}, {"⌥", "Alt+"}, {"⇧", "Shift+"}, {"Cmd+", "Ctrl+"}}};
@@ -56,7 +55,7 @@ inline std::string withKeysOfThisSystem(std::string_view text) {
         }
         named += found->second;
         text.remove_prefix(found->first.size());
-        // What it is pressed with stands behind a blank or a hyphen.
+        // A blank or a hyphen may separate the modifiers from the key.
         if (text.starts_with(' ') || text.starts_with('-')) text.remove_prefix(1);
     }
     return named;

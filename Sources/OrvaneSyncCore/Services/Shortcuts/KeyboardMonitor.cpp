@@ -14,7 +14,7 @@ using Special = Shortcut::SpecialKey;
 struct NamedKey {
     std::string_view key;
     std::uint16_t code;
-    std::string_view typed; ///< empty: nothing, or its own name
+    std::string_view typed; ///< empty: the key types nothing, or its own name
 };
 constexpr std::array<NamedKey, 14> namedKeys{{{Special::space, Code::space, " "},
                                               {Special::escape, Code::escape, ""},
@@ -56,7 +56,8 @@ std::optional<KeyEvent> keyEventNamed(std::string_view key, ModifierSet modifier
     event.charactersIgnoringModifiers = event.characters;
     event.physicalKey = event.keyCode;
     if (event.keyCode == Code::other) {
-        // What tells the others apart is the beginning of their name, behind all codes.
+        // The other keys are distinguished by the first letters of their names, as numbers above all key
+        // codes.
         event.physicalKey = 1;
         for (const char c : shortcut.key.substr(0, sizeof event.physicalKey))
             event.physicalKey = (event.physicalKey << 8U) | static_cast<unsigned char>(c);
@@ -68,7 +69,7 @@ KeyboardMonitor::KeyboardMonitor(FindAction findAction, std::function<void(KeyAc
     : findAction_(std::move(findAction)), onKey_(std::move(onKey)) {}
 
 bool KeyboardMonitor::handle(KeyEvent event, bool isTextEdited) {
-    // Which keys are down is known whoever the events are for.
+    // Keys that are down are recorded even if the event is for something else.
     if (event.isDown) {
         const bool wasUp = down_.insert(event.physicalKey).second;
         event.isRepeat = event.isRepeat || !wasUp;
@@ -108,7 +109,7 @@ bool KeyboardMonitor::keyDown(const KeyEvent& event) {
 
 bool KeyboardMonitor::keyUp(const KeyEvent& event) {
     if (event.keyCode != Code::k) return false;
-    if (event.isRepeat) return true; // some systems send a pair of events for each repeat
+    if (event.isRepeat) return true; // some systems send release and press for each repeat
     const bool isTapped = kHeld_ && !kUsedAsModifier_;
     releaseK();
     if (isTapped) act("k", ModifierSet::none, false);

@@ -18,8 +18,8 @@ struct Mapping {
     std::uint16_t keyCode;
 };
 
-/// The layout decides about these. Keypad arrows are those without Num Lock; the last two spaces are those
-/// that do not break.
+/// Keys that are recognised by the layout. The keypad arrows are those without Num Lock; the last two are
+/// non-breaking spaces.
 constexpr auto specialKeysyms = std::to_array<Mapping>({{0xff0d, Code::returnMain},
                                                         {0xff8d, Code::returnNumpad},
                                                         {0xff1b, Code::escape},
@@ -36,7 +36,7 @@ constexpr auto specialKeysyms = std::to_array<Mapping>({{0xff0d, Code::returnMai
                                                         {0xa0, Code::space},
                                                         {0x100202f, Code::space}});
 
-/// Their place decides about these, as long as it is known.
+/// Keys that are recognised by their position if it is known.
 constexpr auto evdevPlaces = std::to_array<Mapping>(
     {{36, Code::j}, {37, Code::k}, {38, Code::l}, {51, Code::comma}, {52, Code::period}});
 constexpr auto keysymsOfPlaces = std::to_array<Mapping>({{'j', Code::j},
@@ -49,7 +49,7 @@ constexpr auto keysymsOfPlaces = std::to_array<Mapping>({{'j', Code::j},
                                                          {'<', Code::comma},
                                                          {'.', Code::period},
                                                          {'>', Code::period}});
-/// Places of the special keys, where nothing is known of the layout.
+/// Positions of the special keys, used if the symbol is unknown.
 constexpr auto evdevSpecialKeys = std::to_array<Mapping>({{1, Code::escape},
                                                           {28, Code::returnMain},
                                                           {57, Code::space},
@@ -59,7 +59,7 @@ constexpr auto evdevSpecialKeys = std::to_array<Mapping>({{1, Code::escape},
                                                           {106, Code::arrowRight},
                                                           {108, Code::arrowDown}});
 
-/// Shift, Control, Alt and the like, where nothing is known of the layout.
+/// Shift, Control, Alt and other modifiers, used if the symbol is unknown.
 constexpr auto evdevModifiers = std::to_array<std::uint32_t>({29, 42, 54, 56, 58, 69, 97, 100, 125, 126});
 
 bool isModifier(std::uint32_t evdev, std::uint32_t keysym) {
@@ -76,12 +76,12 @@ std::optional<std::uint16_t> mapped(const std::array<Mapping, count>& table, std
     return found == table.end() ? std::nullopt : std::optional(found->keyCode);
 }
 
-/// Editing, function, modifier and media keys, which type nothing.
+/// Editing, function, modifier and media keys, which type no text.
 bool isFunction(std::uint32_t keysym) {
     return (keysym >= 0xff00 && keysym <= 0xffff) || (keysym >= 0x10080000 && keysym <= 0x1008ffff);
 }
 
-/// What a key symbol types; nothing for those that type nothing and for older ones of other scripts.
+/// The text that a key symbol types; absent for symbols without text and for old symbols of other scripts.
 std::optional<std::string> typed(std::uint32_t keysym) {
     constexpr std::uint32_t unicode = 0x01000000, keypadStar = 0xffaa, keypadNine = 0xffb9,
                             keypadEqual = 0xffbd;
@@ -89,7 +89,7 @@ std::optional<std::string> typed(std::uint32_t keysym) {
         return platform::text::utf8(keysym);
     if (keysym >= unicode + 0x100 && keysym <= unicode + 0x10ffff)
         return platform::text::utf8(keysym - unicode);
-    // The keypad has the order of ASCII.
+    // The keypad symbols are in the order of ASCII.
     if ((keysym >= keypadStar && keysym <= keypadNine) || keysym == keypadEqual)
         return platform::text::utf8(keysym - keypadStar + '*');
     return std::nullopt;
@@ -124,7 +124,7 @@ std::optional<KeyEvent> keyEvent(const LinuxKeyEvent& event) {
     if (isModifier(evdev, event.keysym)) return std::nullopt;
     KeyEvent result{.isDown = event.isDown, .isRepeat = event.isRepeat, .modifiers = modifiers(event)};
     result.keyCode = keyCode(evdev, event.keysym);
-    constexpr std::uint32_t bySymbol = 0x80000000; // beyond all places
+    constexpr std::uint32_t bySymbol = 0x80000000; // above all position numbers
     result.physicalKey = evdev != 0 ? evdev : bySymbol | event.keysym;
     result.characters = typed(event.keysym);
     // With Control held the text is a control character.

@@ -10,26 +10,27 @@ namespace orvane {
 
 /// A key event as X11 and Wayland report it.
 struct LinuxKeyEvent {
-    /// Place of the key, as X11 numbers it (evdev's number plus 8, which Wayland clients get too); 0 where it
-    /// is not known, such as from a keyboard on the screen.
+    /// The position of the key as X11 numbers it (the evdev number plus 8; Wayland clients get the same); 0
+    /// if unknown, for example from an on-screen keyboard.
     std::uint32_t scanCode = 0;
-    /// XKB symbol, layout and modifiers applied; 0 where it is not known.
+    /// The XKB symbol after layout and modifiers; 0 if unknown.
     std::uint32_t keysym = 0;
-    std::string text{}; ///< what the system says that it types, for symbols of other scripts
+    std::string text{}; ///< the text that the system reports, for symbols of other scripts
     bool isShiftHeld = false, isControlHeld = false, isAltHeld = false, isSuperHeld = false;
     bool isDown = true;
     bool isRepeat = false;
 };
 
-/// Control is the modifier of commands (`command`), as everywhere on Linux; Alt is `option`, Super `control`.
+/// Converts an event. Control is the modifier of commands (`command`), as usual on Linux; Alt is `option` and
+/// Super is `control`.
 ///
-/// Return, space, escape and arrows are those that the layout makes them, so that a remapped key counts as
-/// what it is mapped to. Comma, period, J, K and L are known by their place: shift and comma arrives as "<".
+/// Return, space, escape and arrows are recognised by the layout, so that a remapped key has its new meaning.
+/// Comma, period, J, K and L are recognised by their position, as shift and comma is reported as "<".
 ///
-/// Nothing for a modifier key: it is no key press, but changes those of other keys.
+/// Absent for a modifier key: it is not a key press by itself.
 std::optional<KeyEvent> keyEvent(const LinuxKeyEvent& event);
 
-/// X11's number of a key that evdev numbers.
+/// The X11 number for an evdev number.
 constexpr std::uint32_t scanCodeOfEvdev(std::uint32_t code) { return code + 8; }
 
 } // namespace orvane

@@ -19,7 +19,7 @@ struct ModifierName {
     std::string_view name;
     std::string_view glyph;
 };
-/// In the order in which the glyphs are shown.
+/// In the order in which the signs are shown.
 constexpr std::array<ModifierName, 4> modifierNames{{{ModifierSet::control, "control", "⌃"},
                                                      {ModifierSet::option, "option", "⌥"},
                                                      {ModifierSet::shift, "shift", "⇧"},
@@ -28,7 +28,7 @@ constexpr std::array<ModifierName, 4> modifierNames{{{ModifierSet::control, "con
 struct SpecialKeyName {
     std::string_view key;
     std::string_view shown;
-    std::string_view inMenu; ///< empty: no menu can have it
+    std::string_view inMenu; ///< empty: menus cannot have this key
 };
 constexpr std::array<SpecialKeyName, 11> specialKeys{{{Special::space, "Space", " "},
                                                       {Special::escape, "⎋", Special::escape},
@@ -69,8 +69,8 @@ std::string_view keyOfCode(std::uint16_t code) {
     }
 }
 
-/// Of what a key types. Both characters of a bracket key, and of the key of plus on a US keyboard, are one
-/// key.
+/// The key for a typed text. Both characters of a bracket key, and of the plus key on a US keyboard, belong
+/// to one key.
 std::string_view keyOfCharacters(std::string_view characters) {
     if (characters == "+" || characters == "=") return Special::plus;
     if (characters == "-") return Special::minus;
@@ -81,7 +81,7 @@ std::string_view keyOfCharacters(std::string_view characters) {
     return same == unchangedKeys.end() ? std::string_view() : *same;
 }
 
-/// A letter of any script as a key; nothing for another text.
+/// A letter of any script as a key; absent for any other text.
 std::optional<std::string> letterKey(std::string_view typed) {
     const std::string lower = text::lowercased(typed);
     const auto characters = text::characters(lower);
@@ -111,7 +111,7 @@ std::optional<Shortcut> Shortcut::decode(std::uint16_t keyCode, const std::optio
     if (characters)
         if (const auto key = keyOfCharacters(*characters); !key.empty())
             return Shortcut{std::string(key), modifiers};
-    // With shift these two type other characters.
+    // With shift these two keys type other characters.
     if (keyCode == Code::comma) return Shortcut{",", modifiers};
     if (keyCode == Code::period) return Shortcut{".", modifiers};
     auto letter = letterKey(charactersIgnoringModifiers.value_or(""));
@@ -147,7 +147,7 @@ Shortcut Shortcut::fromText(std::string_view text) {
     if (text.empty() || text::lowercased(text) == "none") return unbound;
     Shortcut shortcut;
     std::string_view rest = text;
-    // A plus at the very end is the key.
+    // A plus at the end of the text is the key itself.
     for (std::size_t plus = rest.find('+'); plus != std::string_view::npos && plus + 1 < rest.size();
          plus = rest.find('+')) {
         const auto modifier = modifierNamed(rest.substr(0, plus));

@@ -13,7 +13,7 @@
 
 namespace orvane {
 
-/// The modifier keys of a key press; further bits that a file holds are kept and match no key press.
+/// The modifier keys of a key press. Unknown bits from a file are kept; they match no key press.
 struct ModifierSet {
     std::int64_t rawValue = 0;
 
@@ -26,16 +26,16 @@ struct ModifierSet {
 inline constexpr ModifierSet ModifierSet::none{0}, ModifierSet::command{1}, ModifierSet::shift{2},
     ModifierSet::option{4}, ModifierSet::control{8};
 
-/// By the names "command", "shift", "option" and "control", in any case; nothing for any other.
+/// By the names "command", "shift", "option" and "control", ignoring case; absent for any other text.
 std::optional<ModifierSet> modifierNamed(std::string_view name);
 
-/// A text that names no key. The description says which texts do.
+/// The text is not a key. The description says which texts are.
 class ShortcutTextError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-/// The character of a menu's key equivalent, or the name of its special key, and the modifiers.
+/// The character of a menu's key equivalent, or the name of its special key, with the modifiers.
 struct MenuEquivalent {
     std::string key;
     ModifierSet modifiers;
@@ -43,9 +43,9 @@ struct MenuEquivalent {
     bool operator==(const MenuEquivalent&) const = default;
 };
 
-/// A key with its modifiers, as actions are bound to it.
+/// A key with its modifiers, to which an action is bound.
 struct Shortcut {
-    /// Lower-case letter, digit, punctuation character, or one of `SpecialKey`; empty when unbound.
+    /// A lower-case letter, digit, punctuation character, or one of `SpecialKey`; empty if unbound.
     std::string key;
     ModifierSet modifiers;
 
@@ -54,10 +54,10 @@ struct Shortcut {
                                           arrowUp = "arrowUp", arrowDown = "arrowDown",
                                           arrowLeft = "arrowLeft", arrowRight = "arrowRight", plus = "plus",
                                           minus = "minus", zero = "0";
-        /// J or L held down while K is down. No key press gives them.
+        /// J or L held while K is down. `decode` never returns them.
         static constexpr std::string_view kHeldJ = "kHeldJ", kHeldL = "kHeldL";
     };
-    /// Codes of keys by their place on the keyboard. Every other key has one that means nothing here.
+    /// Codes of keys by position on the keyboard. The codes of all other keys are not used.
     struct KeyCode {
         static constexpr std::uint16_t returnMain = 36, returnNumpad = 76, space = 49, escape = 53,
                                        arrowLeft = 123, arrowRight = 124, arrowDown = 125, arrowUp = 126,
@@ -67,21 +67,21 @@ struct Shortcut {
 
     bool isUnbound() const { return key.empty(); }
 
-    /// What a key press means; nothing for a key that no action can have. `characters` is what it types,
-    /// `charactersIgnoringModifiers` what it would type without all modifiers but shift.
+    /// The shortcut that a key press means; absent for a key that no action can have. `characters` is the
+    /// text that it types, `charactersIgnoringModifiers` the text without all modifiers but shift.
     static std::optional<Shortcut> decode(std::uint16_t keyCode, const std::optional<std::string>& characters,
                                           const std::optional<std::string>& charactersIgnoringModifiers,
                                           ModifierSet modifiers);
 
-    /// For people: the signs of the modifiers and of the key, such as ⇧⌘L; "—" when unbound.
+    /// For display: the signs of the modifiers and of the key, such as ⇧⌘L; "—" if unbound.
     std::string displayString() const;
-    /// Nothing for an unbound shortcut and for the keys that are held together with K.
+    /// Absent for an unbound shortcut and for the keys that are held together with K.
     std::optional<MenuEquivalent> menuEquivalent() const;
 
-    /// As people type it: "shift+c", "command+shift+arrowLeft", "+"; "none" when unbound.
+    /// The form in which it is typed: "shift+c", "command+shift+arrowLeft", "+"; "none" if unbound.
     std::string text() const;
-    /// Takes what `text` gives, in any case, with signs in place of "plus", "[" and the like. Throws
-    /// ShortcutTextError for anything that `decode` can't give and that is no key held with K.
+    /// Accepts the form of `text`, ignoring case, and signs instead of "plus", "[" and similar names. Throws
+    /// ShortcutTextError for anything that `decode` cannot return and that is not a key held with K.
     static Shortcut fromText(std::string_view text);
 
     bool operator==(const Shortcut&) const = default;

@@ -11,8 +11,8 @@
 
 namespace orvane {
 
-/// What a key can do. The order decides which of two actions with the same key gets it. The last four belong
-/// to the menus.
+/// The actions that keys can have. If two actions have the same key, the first in this order gets it. The
+/// last four belong to the menus.
 enum class ShortcutAction : std::uint8_t {
     playPause,
     shuttleForward,
@@ -93,7 +93,7 @@ struct RawValues<ShortcutAction> {
                                                             "saveProject"};
 };
 
-/// The heading of an action, in the order in which lists show them.
+/// The headings of the actions, in the order in which lists show them.
 enum class ShortcutCategory : std::uint8_t { playback, audioOffset, navigation, zoom, sync, editFile };
 template <>
 struct RawValues<ShortcutCategory> {
@@ -107,12 +107,12 @@ ShortcutCategory category(ShortcutAction action);
 std::string_view label(ShortcutAction action);
 std::string_view helpText(ShortcutAction action);
 Shortcut defaultShortcut(ShortcutAction action);
-/// Whether a key that is held down does it again and again.
+/// Whether the action is repeated while its key is held down.
 bool repeatsWhenHeld(ShortcutAction action);
 
-/// What the keyboard monitor delivers: every action but those of the menus.
+/// The actions that the keyboard monitor calls: all but those of the menus.
 using KeyAction = ShortcutAction;
-/// Nothing for an action of the menus.
+/// Absent for an action of the menus.
 std::optional<KeyAction> keyAction(ShortcutAction action);
 
 } // namespace orvane

@@ -9,7 +9,7 @@ namespace orvane {
 
 namespace {
 
-/// Why no key press reaches an action by it; empty where one does.
+/// Why no key press can match the shortcut; empty if one can.
 std::string_view whyNeverPressed(const Shortcut& shortcut) {
     using Special = Shortcut::SpecialKey;
     if (shortcut.isUnbound() || shortcut.modifiers == ModifierSet::none) return {};
@@ -39,7 +39,7 @@ std::optional<ShortcutAction> actionFor(const ShortcutBindings& bindings, std::s
         return !shortcut.isUnbound() && shortcut.key == key && shortcut.modifiers == modifiers;
     });
     if (found != bindings.end()) return found->first;
-    // On most keyboards a plus is typed with Shift, which is no part of what is meant then.
+    // On most keyboards plus is typed with Shift, so Shift does not belong to the shortcut.
     if (key == Shortcut::SpecialKey::plus && modifiers.contains(ModifierSet::shift))
         return actionFor(bindings, key, {modifiers.rawValue & ~ModifierSet::shift.rawValue});
     return std::nullopt;

@@ -10,7 +10,7 @@ namespace orvane {
 
 namespace {
 
-/// Of the default keys. An older one drops what was bound before.
+/// The schema of the default keys. Bindings of an older schema are dropped.
 constexpr int schemaVersion = 1;
 
 std::string withoutBlanksAround(const std::string& name) {
@@ -63,7 +63,8 @@ platform::Task ShortcutCenter::start(Weak weak) {
     self->readState_ = std::move(kept.state);
     if (kept.file.bindings)
         self->setBindings(std::move(*kept.file.bindings));
-    else // What another program has written since it was read stays, unless it is of an older schema.
+    else // Changes that another program has written since the reading are kept, unless they are of an older
+         // schema.
         save(weak, isOfThisSchema ? Edit([](ShortcutBindings&) {}) : replacingBy(self->bindings_),
              self->bindings_);
     self->setProfiles(std::move(kept.profiles));
@@ -177,7 +178,7 @@ platform::Task ShortcutCenter::refreshed(Weak weak) {
             try {
                 found.bindings = ShortcutFiles::read(files.bindingsFile());
             } catch (const std::runtime_error&) {
-                // The next change, or the next start, says so and keeps it.
+                // The next change, or the next start, reports the problem and keeps the file.
             }
             return found;
         });
@@ -185,7 +186,7 @@ platform::Task ShortcutCenter::refreshed(Weak weak) {
     Found found = co_await reading;
     self = weak.lock();
     if (self) self->setProfiles(std::move(found.profiles));
-    // What was changed here meanwhile is not in it.
+    // The file does not have changes that were made here meanwhile.
     if (!self || self->unsaved_ > 0 || !found.bindings) co_return;
     self->readState_ = std::move(found.state);
     self->setBindings(std::move(*found.bindings));

@@ -19,37 +19,37 @@ namespace orvane {
 
 enum class ShortcutField : std::uint8_t { bindings, currentProfileName, availableProfiles };
 
-/// The active key bindings and the profiles. Two actions may have the same key: the first gets it.
+/// The active key bindings and the profiles. If two actions have the same key, the first one gets it.
 ///
-/// Lives on the interface thread and asserts so. A change holds at once and is written on a queue of its own,
-/// that change alone, so that programs do not write over each other;
-/// its task ends when it is on the disk and raises FileError when it could not be written. A caller that
-/// drops the task ignores that. Destroying the center waits for what is still to be written.
+/// Used on the interface thread only, which is asserted. A change is effective at once and is written on a
+/// separate queue. Only the change is applied to the file, so that several programs do not overwrite each
+/// other's changes. The task of a change ends when it is on the disk; it raises FileError if writing failed.
+/// A caller that drops the task ignores the error. The destructor waits for changes that are not written yet.
 class ShortcutCenter : public std::enable_shared_from_this<ShortcutCenter> {
   public:
     struct Dependencies {
         std::shared_ptr<platform::MainThread> mainThread;
         std::shared_ptr<platform::SettingsStore> settings;
-        std::string folder{}; ///< of the files; empty: the application's data folder
+        std::string folder{}; ///< folder of the files; empty: the application's data folder
     };
-    /// Begins to read what is kept.
+    /// Starts reading the stored bindings.
     static std::shared_ptr<ShortcutCenter> create(Dependencies dependencies);
     ~ShortcutCenter();
     ShortcutCenter(const ShortcutCenter&) = delete;
     ShortcutCenter& operator=(const ShortcutCenter&) = delete;
 
-    /// Done when the bindings that were kept hold; until then the defaults do, and changes wait. Where none
-    /// are kept, or only those of an older schema, the defaults are saved. A file that can't be understood is
+    /// Ends when the stored bindings are in use; until then the defaults are, and changes wait. If none are
+    /// stored, or only those of an older schema, the defaults are saved. A file that cannot be understood is
     /// kept beside the new one.
     const platform::Task& ready() const { return ready_; }
-    /// Done when bindings and profiles are those that are kept by then: another program may have changed
-    /// them. What cannot be read changes nothing.
+    /// Ends when bindings and profiles are those on the disk, which another program may have changed. A file
+    /// that cannot be read changes nothing.
     platform::Task refreshed();
 
     // The state. Each getter of this part is observable.
 
     const ShortcutBindings& bindings() const { return bindings_; }
-    /// The profile that was saved or loaded last.
+    /// The profile that was last saved or loaded.
     const std::optional<std::string>& currentProfileName() const { return currentProfileName_; }
     /// Ascending.
     const std::vector<std::string>& availableProfiles() const { return availableProfiles_; }
@@ -58,35 +58,35 @@ class ShortcutCenter : public std::enable_shared_from_this<ShortcutCenter> {
 
     const std::string& bindingsFile() const { return files_.bindingsFile(); }
     const std::string& profilesDir() const { return files_.profilesDir(); }
-    /// Why the bindings that were kept could not be used, for people; absent when they were, or none were.
+    /// Why the stored bindings could not be used, for display; absent if they were used or none were stored.
     const std::optional<std::string>& problem() const { return problem_; }
 
-    /// The first action that has exactly this key and these modifiers.
+    /// The first action with exactly this key and these modifiers.
     std::optional<ShortcutAction> action(std::string_view forKey, ModifierSet modifiers) const;
 
     platform::Task setBinding(Shortcut shortcut, ShortcutAction action);
     platform::Task resetToDefaults();
 
-    /// Under the name without blanks and tabs at its ends; does nothing for an empty one. Raises
+    /// Saves under the name without surrounding blanks and tabs; does nothing if it is empty. Raises
     /// ProfileNameError and FileError; then nothing has changed.
     platform::Task saveProfile(const std::string& named);
-    /// Raises ProfileNameError, FileError and ShortcutFileError when there is no such profile or it can't be
+    /// Raises ProfileNameError, FileError, and ShortcutFileError if there is no such profile or it cannot be
     /// understood; then nothing has changed.
     platform::Task loadProfile(std::string named);
-    /// The bindings stay. Raises ProfileNameError, ShortcutFileError and FileError; the name counts no longer
-    /// as current all the same.
+    /// The bindings do not change. Raises ProfileNameError, ShortcutFileError and FileError; the profile is
+    /// no longer the current one even then.
     platform::Task deleteProfile(std::string named);
 
     static constexpr std::string_view importFailure = "Could not parse the file as a keyboard binding set.";
-    /// Raises ShortcutFileError, which begins with `importFailure`; then nothing has changed.
+    /// Raises ShortcutFileError, whose text begins with `importFailure`; then nothing has changed.
     platform::Task importBindings(std::string path);
-    /// `inputs`: what the open work reads and must not be written over; asked on a queue. Raises FileError,
-    /// OutputRefused among them.
+    /// `inputs`: the inputs of the open work, which must not be overwritten; called on a queue. Raises
+    /// FileError, including OutputRefused.
     platform::Task exportBindings(std::string path, OutputPermission permission = {},
                                   std::function<RunInputs()> inputs = nullptr);
 
   private:
-    /// What of the disk holds from the start on.
+    /// What was read from the disk at the start.
     struct Kept {
         ShortcutFiles::Kept file;
         std::vector<std::string> profiles;
@@ -101,7 +101,7 @@ class ShortcutCenter : public std::enable_shared_from_this<ShortcutCenter> {
     void setProfiles(std::vector<std::string> profiles);
     platform::SettingsWrite setCurrentProfile(std::optional<std::string> name);
 
-    // They look for the center again after each wait.
+    // Coroutines hold the center weakly and lock it again after each wait.
     using Weak = std::weak_ptr<ShortcutCenter>;
     static platform::Task start(Weak weak);
     static platform::Task readyOf(const Weak& weak);
@@ -121,16 +121,16 @@ class ShortcutCenter : public std::enable_shared_from_this<ShortcutCenter> {
     platform::Listeners<ShortcutField> listeners_;
     platform::Task ready_ = platform::Task::ended();
     ShortcutBindings bindings_ = defaultBindings();
-    int unsaved_ = 0;       ///< changes that are still to be written
-    std::string readState_; ///< of the file, as it was read or written last
+    int unsaved_ = 0;       ///< number of changes that are not written yet
+    std::string readState_; ///< of the file, when it was last read or written
     std::optional<std::string> currentProfileName_;
     std::vector<std::string> availableProfiles_;
     std::optional<std::string> problem_;
-    /// Last: it is waited for before all else goes.
+    /// The last member: it is destroyed first and waits for the work on it.
     const std::unique_ptr<platform::SerialQueue> queue_;
 };
 
-/// {"profiles": [...], "current": "..."}, the latter where there is one.
+/// {"profiles": [...], "current": "..."}; without "current" if there is no current profile.
 JSON profilesListing(const ShortcutCenter& center);
 
 } // namespace orvane

@@ -55,7 +55,7 @@ ShortcutFiles::Kept ShortcutFiles::readOrKeepBeside() const {
         const std::string beside = files::keepBeside(bindingsFile_, files::unreadableSuffix);
         *kept.problem += "; the file was kept as '" + beside + "'";
     } catch (const platform::FileError&) {
-        // It is in the way of the new one all the same.
+        // It could not be kept; the new file replaces it all the same.
     }
     return kept;
 }

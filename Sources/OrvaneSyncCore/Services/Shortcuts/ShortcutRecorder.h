@@ -9,17 +9,17 @@
 
 namespace orvane {
 
-/// Binds an action to the next key that is pressed. Escape changes nothing, and so does a key that no action
-/// can have. Interface thread.
+/// Binds an action to the next key that is pressed. Escape, and a key that no action can have, change
+/// nothing. Interface thread.
 class ShortcutRecorder {
   public:
     explicit ShortcutRecorder(std::shared_ptr<ShortcutCenter> center) : center_(std::move(center)) {}
 
-    /// Takes the place of a recording that waits still.
+    /// Replaces a recording that still waits.
     void record(ShortcutAction action) { action_ = action; }
-    /// The action that waits for its key; absent when none does.
+    /// The action that waits for its key; absent if none does.
     const std::optional<ShortcutAction>& recordedAction() const { return action_; }
-    /// Whether the event is used up: the key press that ends the recording.
+    /// Returns whether the event was handled: the key press that ends the recording.
     bool handle(const KeyEvent& event);
 
   private:

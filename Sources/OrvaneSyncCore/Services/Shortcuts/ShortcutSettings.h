@@ -5,13 +5,13 @@
 #include <string>
 #include <string_view>
 
-/// What the program notes in the settings store about the key bindings. Presets do not hold these.
+/// Settings that the program stores about the key bindings. Presets do not contain them.
 namespace orvane::shortcutSettings {
 
 extern const platform::Setting<int> defaultsSchemaVersion;
 extern const platform::Setting<std::string> currentProfile;
 
-/// Null for a key that is none of them.
+/// Null for an unknown key.
 const platform::SettingDescription* find(std::string_view key);
 
 } // namespace orvane::shortcutSettings

@@ -8,15 +8,15 @@
 
 namespace orvane {
 
-/// What the meter of a channel shows.
+/// The values of a channel's meter.
 struct ChannelLevel {
     int channel = 0;  ///< from 0
-    float peak = 0;   ///< of the meter, which spans -60 to 0 dBFS: 0 to 1
-    float rms = 0;    ///< likewise
+    float peak = 0;   ///< 0 to 1, for -60 to 0 dBFS
+    float rms = 0;    ///< the same scale
     float peakDB = 0; ///< dBFS
     float rmsDB = 0;
 
-    /// Of linear levels, full scale at 1; -200 dBFS is the lowest.
+    /// From linear levels, full scale at 1; the lowest result is -200 dBFS.
     static ChannelLevel measured(int channel, platform::ChannelPeak level);
 };
 
@@ -27,13 +27,13 @@ struct AudioLevels {
 
     static const AudioLevels empty;
 
-    /// As recordings with so many channels name them: "L", "LFE", "CH3".
+    /// The name in a recording with that many channels: "L", "LFE", "CH3".
     static std::string channelName(int index, int count);
 };
 inline const AudioLevels AudioLevels::empty{};
 
-/// Takes what was measured of a cycle into what is shown: of each channel that is there already, `smoothing`
-/// of the old values stays.
+/// Updates the shown levels by the measured ones: for each channel that is already shown, the share
+/// `smoothing` of the old values is kept.
 void smooth(std::vector<ChannelLevel>& shown, std::span<const platform::ChannelPeak> measured,
             float smoothing);
 

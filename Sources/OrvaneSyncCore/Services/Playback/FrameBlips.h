@@ -6,12 +6,12 @@
 
 namespace orvane {
 
-/// The sound of single frames, beside that of the player. Every operation belongs to the interface thread and
-/// returns at once.
+/// Plays the sound of single frames, independent of the player. Operations are called on the interface thread
+/// and return at once.
 class FrameBlips {
   public:
     virtual ~FrameBlips() = default;
-    /// The recording that blips are cut from; absent: none. Nothing happens for the one that is loaded.
+    /// Sets the recording of the blips; absent: none. Does nothing if it is already loaded.
     virtual void load(std::optional<TakeSound> sound) = 0;
     virtual bool hasOpenFile() const = 0;
     /// Times in seconds, on the take's axis. `volume`: linear, 0 to 1.

@@ -35,15 +35,16 @@ class ScrubAudioPlayer::Source final : public platform::MixerSource {
     std::array<float, 512> left_{}, right_{};
 };
 
-/// One loaded recording, and the blips that are asked of it.
+/// One loaded recording and its requested blips.
 struct ScrubAudioPlayer::Reading {
     std::shared_ptr<Source> source;
     double outputRate = 0;
     std::atomic<bool> isOpen = true;
-    /// The newest blip, or silence, has the highest number; a blip is heard if it is still the newest.
+    /// Each blip and each silence gets the next number; a blip is played only if its number is still the
+    /// newest.
     std::mutex mutex;
     std::uint64_t newest = 0;
-    OpenTake take; ///< the queue's
+    OpenTake take; ///< used on the queue only
 
     void open(const TakeSound& sound) {
         try {
@@ -62,7 +63,7 @@ struct ScrubAudioPlayer::Reading {
         try {
             slice = ScrubBlipAudio::readStereoSlice(*take.audio, atSourceSeconds, seconds);
         } catch (const std::exception&) {
-            return; // what cannot be read is silent
+            return; // nothing is played if reading fails
         }
         if (!slice) return;
         const AudioSlice converted = ScrubBlipAudio::atRate(*slice, outputRate);

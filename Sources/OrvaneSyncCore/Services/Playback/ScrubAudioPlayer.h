@@ -9,8 +9,8 @@
 namespace orvane {
 
 /// Plays short pieces of a recording while the player is paused. The recording is opened, read and converted
-/// to the rate of the output on a queue of its own; of blips that come faster than that, the newest is heard.
-/// It joins the mixer with its first blip, so that no device is opened for it before the first step.
+/// to the output's rate on a separate queue; if blips come faster than that, only the newest is played. The
+/// player joins the mixer at the first blip, so that no audio device is opened before the first step.
 class ScrubAudioPlayer final : public FrameBlips {
   public:
     explicit ScrubAudioPlayer(std::shared_ptr<platform::Mixer> mixer);
@@ -19,13 +19,13 @@ class ScrubAudioPlayer final : public FrameBlips {
     ScrubAudioPlayer& operator=(const ScrubAudioPlayer&) = delete;
 
     void load(std::optional<TakeSound> sound) override;
-    /// Until it is known that the recording cannot be opened, it counts as open.
+    /// The recording counts as open until opening it has failed.
     bool hasOpenFile() const override;
     void playBlip(double atSourceSeconds, double seconds, float volume) override;
     void silence() override;
     void shutdown() override;
 
-    /// Waits for what was asked for. Not on the interface thread.
+    /// Waits for the blips that were requested. Not on the interface thread.
     void waitUntilIdle();
 
   private:
@@ -37,7 +37,7 @@ class ScrubAudioPlayer final : public FrameBlips {
     const std::shared_ptr<Source> source_;
     bool isInMixer_ = false;
     std::optional<TakeSound> loaded_;
-    std::shared_ptr<Reading> reading_; ///< of what is loaded, shared with the queue
+    std::shared_ptr<Reading> reading_; ///< of the loaded recording, shared with the queue
     std::stop_source stop_;
     std::unique_ptr<platform::SerialQueue> queue_;
 };

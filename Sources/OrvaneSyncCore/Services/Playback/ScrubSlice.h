@@ -8,7 +8,7 @@
 
 namespace orvane {
 
-/// A short piece of sound, one list of samples a channel, all of one length.
+/// A short piece of sound: a list of samples for each channel, all of the same length.
 struct AudioSlice {
     double sampleRate = 0; ///< Hz
     std::vector<std::vector<float>> channels;
@@ -18,13 +18,15 @@ struct AudioSlice {
 
 namespace ScrubBlipAudio {
 
-/// `seconds` of the file from a place on, in stereo at the file's rate; less where the file ends. Nothing for
-/// a place outside of it and where it cannot be read. Reads: never on the interface thread.
+/// `seconds` of the file from a position, in stereo at the file's rate; shorter at the end of the file.
+/// Absent if the position is outside the file or reading fails. Reads the file: never on the interface
+/// thread.
 std::optional<AudioSlice> readStereoSlice(platform::AudioFile& file, double atSourceSeconds, double seconds);
-/// The first two channels; a single one on both sides. False, and `target` as it was, where `source` has no
-/// channel or no frame, or `target` is not two channels with room for as many frames.
+/// Copies the first two channels; a single channel is copied to both. Returns false and leaves `target`
+/// unchanged if `source` has no channel or no frame, or if `target` does not have two channels with enough
+/// room.
 bool foldToStereo(const AudioSlice& source, AudioSlice& target);
-/// The slice at another rate, as long as it was; what is no number is silent.
+/// The slice resampled with the same duration; samples that are not finite become silence.
 AudioSlice atRate(const AudioSlice& slice, double sampleRate);
 
 } // namespace ScrubBlipAudio

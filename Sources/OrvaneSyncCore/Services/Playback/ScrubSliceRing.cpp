@@ -22,7 +22,7 @@ void ScrubSliceRing::silence() {
     const std::uint64_t upTo = published_;
     std::uint64_t before = silenced_;
     while (before < upTo && !silenced_.compare_exchange_weak(before, upTo)) {
-        // another thread has silenced up to `before`
+        // another thread has silenced the slices up to `before`
     }
 }
 

@@ -10,22 +10,23 @@
 
 namespace orvane {
 
-/// Hands slices of sound from one producer to the callback that plays them: the newest one, from its first
-/// frame, and silence behind it. Whatever is played when another comes, or silence, passes over into that
-/// within `declickFrames`, without a click.
+/// Passes slices of sound from one producer to the callback that plays them. The newest slice is played from
+/// its first frame, and silence after it. The change to another slice or to silence is smoothed over
+/// `declickFrames` frames, so that it does not click.
 ///
-/// `publish` belongs to one thread at a time; `silence` to any, `render` to the callback. Nobody waits.
+/// `publish` is called by one thread at a time, `silence` by any thread, `render` by the callback. None of
+/// them waits.
 class ScrubSliceRing {
   public:
     static constexpr int declickFrames = 32;
 
-    /// `capacityFrames`: the longest slice, at least 1.
+    /// `capacityFrames`: the length of the longest slice, at least 1.
     explicit ScrubSliceRing(std::size_t capacityFrames);
 
-    /// Hands over a slice of two channels; a longer one is cut. Anything else is ignored. `volume`: linear,
-    /// brought within 0 and 1.
+    /// Plays a slice of two channels; a longer one is cut. Other slices are ignored. `volume`: linear,
+    /// clamped to 0 to 1.
     void publish(const AudioSlice& slice, float volume);
-    /// Ends what was published before.
+    /// Ends the slice that is playing.
     void silence();
     /// Fills both arrays.
     void render(float* left, float* right, std::size_t frames) noexcept;
@@ -34,10 +35,10 @@ class ScrubSliceRing {
 
   private:
     struct Slice {
-        std::vector<float> left, right; ///< of `capacityFrames_`
+        std::vector<float> left, right; ///< `capacityFrames_` samples each
         std::size_t frames = 0;
         float volume = 1;
-        std::uint64_t number = 0; ///< counts the publications, from 1
+        std::uint64_t number = 0; ///< counts the slices that were published, from 1
     };
     static Slice empty(std::size_t frames) {
         return {std::vector<float>(frames), std::vector<float>(frames)};
@@ -48,12 +49,12 @@ class ScrubSliceRing {
     const std::size_t capacityFrames_;
     platform::TripleBuffer<Slice> slices_;
     std::atomic<std::uint64_t> published_ = 0; ///< the number of the newest slice
-    std::atomic<std::uint64_t> silenced_ = 0;  ///< slices up to this number are not heard
+    std::atomic<std::uint64_t> silenced_ = 0;  ///< slices up to this number are not played
 
-    // Callback.
+    // The members below are used in the callback only.
     bool isSilent_ = true;
     std::size_t cursor_ = 0;             ///< next frame of the slice
-    float stepLeft_ = 0, stepRight_ = 0; ///< the jump to smooth away
+    float stepLeft_ = 0, stepRight_ = 0; ///< the step in level to smooth
     int stepRemaining_ = 0;
     float lastLeft_ = 0, lastRight_ = 0;
 };

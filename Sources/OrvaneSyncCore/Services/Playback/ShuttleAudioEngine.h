@@ -6,7 +6,7 @@ namespace orvane {
 
 using platform::PitchAlgorithm;
 
-/// How the sound of a clip is treated at a speed.
+/// How the sound of a clip is played at a speed.
 struct AudioRenderPlan {
     bool isAudible = false;
     PitchAlgorithm algorithm = PitchAlgorithm::timeDomain;
@@ -23,7 +23,7 @@ inline constexpr AudioRenderPlan AudioRenderPlan::silent{},
 /// Pure; any thread.
 namespace ShuttleAudioEngine {
 
-/// Sound is heard up to twice the normal speed, in both directions. `rate`: signed, 0 when paused.
+/// There is sound up to twice the normal speed, in both directions. `rate`: signed, 0 when paused.
 AudioRenderPlan planForShuttleRate(double rate);
 
 } // namespace ShuttleAudioEngine

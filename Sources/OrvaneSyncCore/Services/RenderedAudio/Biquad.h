@@ -2,14 +2,15 @@
 
 namespace orvane {
 
-/// A second-order filter, in 64 bits (transposed direct form 2). The forms are those of R. Bristow-Johnson's
-/// "Audio EQ Cookbook". A frequency that the sample rate cannot hold gives the filter that changes nothing.
+/// A second-order filter in 64 bits (transposed direct form 2). The coefficients are those of R.
+/// Bristow-Johnson's "Audio EQ Cookbook". If the sample rate is too low for the frequency, the filter changes
+/// nothing.
 class Biquad {
   public:
     Biquad() = default;
-    /// Butterworth (Q = 1/sqrt(2)): -3 dB at the frequency, 12 dB an octave below it.
+    /// Butterworth (Q = 1/sqrt(2)): -3 dB at the frequency, falling 12 dB an octave below it.
     static Biquad highPass(double frequency, double sampleRate);
-    /// Slope 1: half of the gain, in dB, at the frequency; the whole far above it.
+    /// Slope 1: half of the gain, in dB, at the frequency; the full gain far above it.
     static Biquad highShelf(double frequency, double gainDB, double sampleRate);
 
     double operator()(double in) {
@@ -18,7 +19,7 @@ class Biquad {
         z2_ = b2_ * in - a2_ * out;
         return out;
     }
-    /// Ends a decay that nobody hears before its numbers become too small for quick arithmetic.
+    /// Sets the state to 0 when its decay is inaudible, before denormal numbers slow down the arithmetic.
     void settle();
 
   private:

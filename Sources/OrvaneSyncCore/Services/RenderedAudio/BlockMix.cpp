@@ -9,7 +9,7 @@ namespace {
 
 constexpr float clippingStarts = 0.7F;
 
-/// The first frame that does not lie before the moment.
+/// The first frame at or after the time.
 std::int64_t frameAt(double seconds, double sampleRate) {
     if (!(seconds > 0)) return 0;
     auto frame = static_cast<std::int64_t>(std::ceil(seconds * sampleRate));
@@ -18,10 +18,10 @@ std::int64_t frameAt(double seconds, double sampleRate) {
     return frame;
 }
 
-/// No recording lasts longer, and no frame number of one overflows.
+/// Longer than any recording, and short enough that frame numbers do not overflow.
 constexpr double longestSeconds = 1e9;
 
-/// In order, each with a length; of several that start together the last one counts.
+/// Valid blocks in order; if several start at the same time, the last one counts.
 std::vector<BlockDecision> usable(const std::vector<BlockDecision>& blocks) {
     std::vector<BlockDecision> result;
     for (const BlockDecision& block : blocks) {

@@ -11,7 +11,7 @@ std::size_t samplesIn(double seconds, double sampleRate) {
     return std::max<std::size_t>(static_cast<std::size_t>(std::lround(seconds * sampleRate)), 1);
 }
 
-/// Of an exponential approach.
+/// The share of the remaining difference that one sample removes in an exponential approach.
 double shareOfASample(double timeConstant, double sampleRate) {
     return 1 - std::exp(-1 / (timeConstant * sampleRate));
 }
@@ -64,7 +64,7 @@ double Compressor::operator()(double in) {
     return in * gain_;
 }
 
-// The window of the peak is one longer than the attack: the sample that comes out is still in it.
+// The window of the peak is one sample longer than the attack, so that the output sample is still in it.
 Limiter::Limiter(double attackSeconds, double decaySeconds, double sampleRate)
     : decay_(shareOfASample(decaySeconds, sampleRate)), peak_(samplesIn(attackSeconds, sampleRate) + 1),
       delayed_(samplesIn(attackSeconds, sampleRate), 0.0), gains_(delayed_.size(), 1.0),
@@ -87,7 +87,7 @@ double Limiter::operator()(double in) {
     at_ = at_ + 1 == gains_.size() ? 0 : at_ + 1;
     resting_ = gain_ == 1 ? std::min(resting_ + 1, gains_.size()) : 0;
     if (resting_ == gains_.size()) {
-        sum_ = static_cast<double>(gains_.size()); // without what rounding left in it
+        sum_ = static_cast<double>(gains_.size()); // removes accumulated rounding errors
         return std::clamp(out, -1.0, 1.0);
     }
     return std::clamp(out * sum_ / static_cast<double>(gains_.size()), -1.0, 1.0);

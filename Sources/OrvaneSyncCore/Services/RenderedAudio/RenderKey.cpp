@@ -29,7 +29,7 @@ RenderKey& RenderKey::add(const TakeSound& sound) {
         if (const auto there = platform::files::attributes(file.url.path))
             add(there->modificationSinceReference + platform::referenceDateUnixSeconds)
                 .add(static_cast<double>(there->size));
-        // A file alone is read as it is, whatever is said of it.
+        // A single file is read as it is, so its stated positions do not matter.
         if (sound.files.size() > 1)
             add(file.firstChannel).add(file.channelCount).add(file.startSeconds).add(file.durationSeconds);
     }

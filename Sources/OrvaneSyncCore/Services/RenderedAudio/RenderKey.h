@@ -8,18 +8,18 @@
 
 namespace orvane {
 
-/// Tells one rendering from another: the first 64 bits of the SHA-256 over everything that it depends on, so
-/// that a later run of the program finds what was rendered. Any thread that may wait, one at a time.
+/// Identifies a rendering: the first 64 bits of the SHA-256 over everything that it depends on, so that a
+/// later run of the program finds its file. Any thread that may wait, one at a time.
 class RenderKey {
   public:
     RenderKey& add(std::string_view text);
     RenderKey& add(double number);
     RenderKey& add(int number) { return add(static_cast<double>(number)); }
-    /// Every file of the take: its path, its place in the take and, where they can be read, its size and
+    /// Adds every file of the take: path, position in the take and, if they can be read, size and
     /// modification date.
     RenderKey& add(const TakeSound& sound);
 
-    /// Nothing may be added after it.
+    /// Nothing may be added after this call.
     std::uint64_t value();
 
   private:

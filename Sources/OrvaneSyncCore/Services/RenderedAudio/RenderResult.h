@@ -24,7 +24,7 @@ inline platform::JSON toJSON(const RenderResult& result) {
     return json;
 }
 
-/// Called with the share of a recording that was rendered, ascending from 0 to 1, on the thread that renders.
+/// Called with the finished share of a recording, ascending from 0 to 1, on the rendering thread.
 using RenderProgress = std::function<void(double share)>;
 
 } // namespace orvane

@@ -22,7 +22,7 @@ using Folder = RenderedAudioStore::Folder;
 
 constexpr std::array renderedFolders{Folder::mixdowns, Folder::voiceIsolation, Folder::stems};
 
-/// A file of settings may hold any number.
+/// The settings file may have any number, so it is clamped.
 double limitGB(const platform::SettingsStore& settings) {
     constexpr double most = 1e6;
     return std::clamp(settings.get(settings::cachesLimitGB), 0.0, most);
@@ -40,7 +40,7 @@ std::string_view nameOf(Folder folder) {
     return {};
 }
 
-/// Files and bytes of an entry, be it a file or a folder.
+/// Number of files and bytes of an entry, which may be a file or a folder.
 std::pair<std::int64_t, std::int64_t> sizeOf(const std::string& path) {
     std::pair<std::int64_t, std::int64_t> size{0, 0};
     const auto add = [&](const std::string& file) {
@@ -122,7 +122,7 @@ void RenderedAudioStore::makeRoom(const std::string& used) const {
         const std::string path = cachesDirectory_ + "/" + std::string(nameOf(folder));
         files::removeAbandonedTemporaries(path);
         for (const std::string& name : files::childNames(path).value_or(std::vector<std::string>())) {
-            if (name.starts_with('.')) continue; // being written
+            if (name.starts_with('.')) continue; // in the course of being written
             std::string entry = path + "/" + name;
             const auto bytes = static_cast<std::uint64_t>(sizeOf(entry).second);
             total += bytes;
@@ -136,7 +136,8 @@ void RenderedAudioStore::makeRoom(const std::string& used) const {
         try {
             files::removeTree(entry.path);
             total -= entry.bytes;
-        } catch (const platform::FileError&) { // one that can't go is no reason to keep the others
+        } catch (const platform::FileError&) { // if one cannot be removed, the others are removed all the
+                                               // same
         }
     }
 }

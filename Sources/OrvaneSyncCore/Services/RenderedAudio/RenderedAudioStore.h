@@ -14,31 +14,31 @@
 
 namespace orvane {
 
-/// The folders below the caches directory that hold rendered sound, found again by name. Together they have a
-/// limit of size, the setting `caches.limitGB`; once it is passed, what nobody has used for longest goes. All
-/// can be thrown away and rendered again. Any thread that may wait.
+/// The folders below the caches directory with rendered sound, which is found again by name. Their total size
+/// is limited by the setting `caches.limitGB`; above it the files that were unused for longest are removed.
+/// Everything can be removed and rendered again. Any thread that may wait.
 class RenderedAudioStore {
   public:
     enum class Folder { mixdowns, voiceIsolation, stems };
 
-    /// `cachesDirectory`: made when it is first written to.
+    /// `cachesDirectory` is created at the first write.
     RenderedAudioStore(std::string cachesDirectory, std::shared_ptr<const platform::SettingsStore> settings);
-    /// That of the user account.
+    /// The store of the user's account.
     static std::shared_ptr<RenderedAudioStore>
     shared(std::shared_ptr<const platform::SettingsStore> settings);
 
     std::string path(Folder folder, std::string_view name) const;
-    /// A whole sound file of that name. From then on it counts as used.
+    /// A complete sound file of that name; also marks it as used now.
     std::optional<RenderResult> find(Folder folder, std::string_view name) const;
-    /// Writes a file of that name, as a whole or not at all, and makes room for it. `fill` writes the sound
-    /// and says whether it is to be kept. Nothing where it is not, and where the disk refuses. What `fill`
-    /// throws but for FileError passes through.
+    /// Writes a file of that name, completely or not at all, and makes room for it. `fill` writes the sound
+    /// and returns whether to keep it. Absent if it is not kept, or if writing fails. Exceptions of `fill`
+    /// other than FileError are passed on.
     std::optional<RenderResult> keep(Folder folder, const std::string& name,
                                      platform::AudioFileWriter::Format format,
                                      const std::function<bool(platform::AudioFileWriter&)>& fill) const;
 
     std::uint64_t limitBytes() const;
-    /// Down to the limit; `used` stays.
+    /// Removes files until the limit is met, but never `used`.
     void makeRoom(const std::string& used) const;
 
   private:
@@ -46,7 +46,7 @@ class RenderedAudioStore {
     const std::shared_ptr<const platform::SettingsStore> settings_;
 };
 
-/// One folder of the caches as people are shown it.
+/// One folder of the caches, for display.
 struct CacheFolder {
     std::string name;
     std::string path;
@@ -54,17 +54,17 @@ struct CacheFolder {
     std::int64_t bytes = 0;
 };
 struct CacheReport {
-    std::string folder;               ///< with all of them
-    double limitGB = 0;               ///< of rendered sound, 10^9 bytes
-    std::int64_t renderedBytes = 0;   ///< of rendered sound
-    std::int64_t bytes = 0;           ///< of all
-    std::vector<CacheFolder> folders; ///< those that hold something, by name
+    std::string folder;               ///< the folder that contains all of them
+    double limitGB = 0;               ///< for rendered sound, in units of 10^9 bytes
+    std::int64_t renderedBytes = 0;   ///< size of rendered sound
+    std::int64_t bytes = 0;           ///< size of all
+    std::vector<CacheFolder> folders; ///< without empty ones, by name
 };
-/// Of the user account.
+/// For the caches of the user's account.
 CacheReport cacheReport(const platform::SettingsStore& settings);
 platform::JSON toJSON(const CacheReport& report);
 
-/// Who made a file, as the program's renderings say it. The description may be empty.
+/// The origin that the program writes into its renderings. The description may be empty.
 platform::AudioFileWriter::Broadcast renderingBroadcast(std::string_view description = {});
 
 } // namespace orvane

@@ -21,7 +21,7 @@ using Folder = RenderedAudioStore::Folder;
 
 constexpr std::size_t windowFrames = 8192;
 
-/// Writes one channel as two.
+/// Writes one channel to both channels.
 class Writing : public AudioListener {
   public:
     explicit Writing(AudioFileWriter& out) : out_(out) {}

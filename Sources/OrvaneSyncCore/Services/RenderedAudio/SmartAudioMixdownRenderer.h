@@ -13,18 +13,17 @@
 
 namespace orvane {
 
-/// Renders what is heard of a multi-track recording: the blocks of a routing, or one channel alone. Two
-/// channels with the same samples, at the recording's rate, streamed. Rendered files are kept in the store
-/// and found again for the same recording and the same blocks. Nothing where there is nothing to render,
-/// where the recording cannot be opened, where the disk of the store fails, and where the recording changes
-/// meanwhile. Any thread that may wait; throws Stopped, and ReadFailed where the recording is read in part
-/// only.
+/// Renders what is played of a multi-track recording: the blocks of a routing, or one channel alone. The
+/// output has two equal channels at the recording's rate; the work is streamed. Rendered files are kept in
+/// the store and found again for the same recording and blocks. Absent if there is nothing to render, the
+/// recording cannot be opened, the store cannot be written, or the recording changes meanwhile. Any thread
+/// that may wait; throws Stopped, and ReadFailed if the recording can be read only in part.
 class SmartAudioMixdownRenderer {
   public:
     explicit SmartAudioMixdownRenderer(std::shared_ptr<const RenderedAudioStore> store)
         : store_(std::move(store)) {}
 
-    /// Seconds over which the tracks of two blocks cross.
+    /// Length of the crossfade between two blocks, seconds.
     static constexpr double usualRampSeconds = 0.25;
 
     std::optional<RenderResult> render(const TakeSound& sourceAudio, const std::vector<BlockDecision>& blocks,
@@ -36,8 +35,8 @@ class SmartAudioMixdownRenderer {
                                            const RenderProgress& progress = nullptr,
                                            const std::stop_token& stop = {}) const;
 
-    // The same into a file of the caller's, of `stereo(source)`; from the source's first frame to its last,
-    // or to where reading fails, which the caller asks the source for.
+    // The same into the caller's file, which has the format `stereo(source)`. Renders from the first frame of
+    // the source to the last, or to where reading fails; the caller asks the source whether it failed.
     static platform::AudioFileWriter::Format stereo(const platform::AudioFile& source);
     static void mixDown(platform::AudioFile& source, const std::vector<BlockDecision>& blocks,
                         double rampSeconds, platform::AudioFileWriter& out,
@@ -49,7 +48,7 @@ class SmartAudioMixdownRenderer {
     std::shared_ptr<const RenderedAudioStore> store_;
 };
 
-/// A recording has a sample rate, channels and frames.
+/// Whether the recording has a sample rate, channels and frames.
 bool canBeRendered(const platform::AudioFile& source);
 
 } // namespace orvane

@@ -9,11 +9,11 @@
 
 namespace orvane {
 
-/// Whether a recording stayed what it was while its thread read it: what is rendered from one that shrank, or
-/// that a share failed to give, must not be found by its key.
+/// Whether a recording was unchanged while it was read by its thread. A rendering of a file that became
+/// shorter, or that a network share failed to deliver, must not be found by its key.
 class SourceWatch {
   public:
-    /// `key` is computed at once and at the end.
+    /// `key` is called now and at the end.
     explicit SourceWatch(std::function<std::uint64_t()> key) : key_(std::move(key)), before_(key_()) {}
 
     std::uint64_t key() const { return before_; }

@@ -36,7 +36,7 @@ VoiceIsolationChain::VoiceIsolationChain(const VoiceIsolationSettings& settings,
       masterGain_(std::pow(10, settings.masterGainDB / 20)) {}
 
 void VoiceIsolationChain::process(std::span<float> samples) {
-    constexpr double highest = 1e6; // above every real sample, and far from where the arithmetic overflows
+    constexpr double highest = 1e6; // above every real sample, and far below an overflow
     for (float& sample : samples) {
         const double filtered = shelf_(highPass_(std::clamp(static_cast<double>(sample), -highest, highest)));
         sample = static_cast<float>(limiter_(compressor_(filtered)) * masterGain_);

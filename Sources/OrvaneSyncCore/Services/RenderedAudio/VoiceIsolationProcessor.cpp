@@ -18,7 +18,7 @@ using Folder = RenderedAudioStore::Folder;
 
 constexpr std::size_t isolatedFrames = 8192;
 
-/// Feeds the chain and takes its latency out again.
+/// Feeds the chain and removes its delay.
 class PreviewWriting : public AudioListener {
   public:
     PreviewWriting(VoiceIsolationChain& chain, AudioFileWriter& out)
@@ -28,7 +28,7 @@ class PreviewWriting : public AudioListener {
         if (channels.size() == 1) {
             mono_.assign(channels[0], channels[0] + frames);
         } else {
-            sums_.assign(frames, 0.0); // in 64 bits, so that the largest floats do not overflow
+            sums_.assign(frames, 0.0); // in 64 bits, so that even the largest floats do not overflow
             for (const float* channel : channels)
                 for (std::size_t i = 0; i < frames; ++i) sums_[i] += static_cast<double>(channel[i]);
             const auto count = static_cast<double>(channels.size());
@@ -37,7 +37,7 @@ class PreviewWriting : public AudioListener {
         }
         pass();
     }
-    /// What is still in the chain.
+    /// Writes the samples that are still in the chain.
     void end() {
         mono_.assign(chain_.latency(), 0.0F);
         pass();

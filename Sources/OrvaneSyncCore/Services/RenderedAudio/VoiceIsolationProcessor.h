@@ -11,9 +11,10 @@
 
 namespace orvane {
 
-/// Renders the preview of Voice Isolation: the mean of a recording's channels through VoiceIsolationChain, as
-/// one channel, streamed. Kept in the store and found again for the same recording and settings. Nothing
-/// where the recording or the disk fails. Any thread that may wait; throws Stopped.
+/// Renders the preview of Voice Isolation: the mean of a recording's channels is processed by
+/// VoiceIsolationChain to one channel, streamed. Kept in the store and found again for the same recording and
+/// settings. Absent if the recording cannot be read or the store not written. Any thread that may wait;
+/// throws Stopped.
 class VoiceIsolationProcessor {
   public:
     using Settings = VoiceIsolationSettings;
@@ -22,11 +23,13 @@ class VoiceIsolationProcessor {
     explicit VoiceIsolationProcessor(std::shared_ptr<const RenderedAudioStore> store)
         : store_(std::move(store)) {}
 
-    /// On bypass the result is the input itself, and nothing where that has several files.
+    /// If the settings have no effect, the result is the input file itself; absent if the input has several
+    /// files.
     std::optional<Result> process(const TakeSound& input, const Settings& settings,
                                   const RenderProgress& progress = nullptr,
                                   const std::stop_token& stop = {}) const;
-    /// The same into a file of the caller's with one channel, as many frames as can be read. No bypass.
+    /// The same into the caller's file with one channel, for as many frames as can be read. Settings without
+    /// effect are rendered, too.
     static void render(platform::AudioFile& input, const Settings& settings, platform::AudioFileWriter& out,
                        const RenderProgress& progress = nullptr, const std::stop_token& stop = {});
 

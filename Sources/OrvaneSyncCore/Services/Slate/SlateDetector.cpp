@@ -24,9 +24,9 @@ using platform::RecognitionLevel;
 constexpr MediaTime windowSeconds{10, 1};
 constexpr MediaTime step{1, 4};
 constexpr MediaTime tolerance{1, 24};
-constexpr int mostSamples = 100; ///< of one window
-/// A slate that is held up for the camera can be made out in pictures of this size, and read in those of the
-/// other. Pixels.
+constexpr int mostSamples = 100; ///< for one window
+/// Pixels. In pictures of the first size a slate that is held up for the camera can be recognised; in those
+/// of the second size it can be read.
 constexpr PictureSize sizeToFind{1280, 1280}, sizeToRead{2560, 2560};
 
 std::vector<std::string> linesIn(platform::TextRecognizer& recognizer, const Picture& picture,
@@ -42,14 +42,15 @@ struct FrameResult {
     float score = 0;
 };
 
-/// The search in the pictures of one video.
+/// Searches the pictures of one video.
 struct FrameSearch {
     platform::FrameReader& frames;
     platform::TextRecognizer& recognizer;
     const std::function<void(double)>& progress;
     const std::stop_token& stop;
 
-    /// Of equal scores the earlier picture; none of them goes beyond 1. `from`, `to`: shares of the whole.
+    /// Of equal scores the earlier picture is taken; 1 is the highest score, so the search ends there.
+    /// `from`, `to`: the share of the whole progress at start and end.
     std::optional<FrameResult> scanWindow(MediaTime start, MediaTime end, double from, double to) const {
         std::optional<FrameResult> best;
         std::optional<std::int64_t> last;
@@ -92,19 +93,19 @@ std::optional<double> headClap(const ClapDetector::Search& audio, const std::sto
     }
 }
 
-/// A file of the recording that is not there.
+/// A file of the recording that does not exist.
 std::optional<FileURL> missingFile(const ClapDetector::Search& audio) {
     for (const TakeSound::File& file : audio.sound.files)
         if (!platform::files::exists(file.url.path)) return file.url;
     return std::nullopt;
 }
 
-/// False where the video could not be read.
+/// Returns false if the video could not be read.
 bool lookForSlate(SlateResult& result, const SlateDetector::Dependencies& dependencies, const FileURL& video,
                   const std::function<void(double)>& progress, const std::stop_token& stop) {
     if (!dependencies.recognizer || !dependencies.openFrames) return true;
     const auto frames = dependencies.openFrames(video.path);
-    if (!frames) return platform::files::exists(video.path); // it may have no picture
+    if (!frames) return platform::files::exists(video.path); // the file may have no picture
     const FrameSearch search{*frames, *dependencies.recognizer, progress, stop};
     const auto found = search.detectSlateFrame();
     if (!found) return true;
@@ -141,7 +142,7 @@ SlateResult SlateDetector::detect(const FileURL& video, const std::optional<Clap
     try {
         if (!lookForSlate(result, dependencies(), video, progress, stop)) missing = video;
     } catch (const std::exception&) {
-        missing = video; // what was found before it stays
+        missing = video; // results found before are kept
     }
     if (unread != nullptr) *unread = std::move(missing);
     return result;

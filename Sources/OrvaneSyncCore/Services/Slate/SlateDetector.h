@@ -15,15 +15,15 @@
 
 namespace orvane {
 
-/// Looks for the clap of a clapper board: as a loud transient in a recording, and as a picture of a slate,
-/// which it then reads. Any thread but the interface thread; several operations of one detector run one after
-/// the other. Nothing fails: what cannot be read leaves its fields absent.
+/// Searches for the clap of a clapper board: a loud transient in the recording, and a picture that shows a
+/// slate, whose text is then read. Any thread but the interface thread; operations of one detector run one
+/// after the other. Never fails: what cannot be read leaves its fields absent.
 class SlateDetector {
   public:
     struct Dependencies {
-        /// Null where the file has no picture.
+        /// Null if the file has no picture.
         std::function<std::unique_ptr<platform::FrameReader>(const std::string& path)> openFrames;
-        /// Null: no text can be read, so no picture is taken for a slate.
+        /// Null: no text can be read, so no slate is found.
         std::shared_ptr<platform::TextRecognizer> recognizer;
     };
     /// `dependencies` is called once, by the first operation that needs pictures.
@@ -31,16 +31,15 @@ class SlateDetector {
         : makeDependencies_(std::move(dependencies)) {}
     static std::shared_ptr<SlateDetector> ofThisMachine();
 
-    /// Listens to the head of the audio, half a minute, and looks at four pictures a second of the first 10
-    /// seconds of the video; where these show no slate, of the last 10. A clap that is heard goes before one
-    /// that is seen. `progress` gets the share that is done, 0 to 1, on this thread. `unread`: where it is
-    /// given, a file that could not be read, so that what it holds may be missing in the result. Throws
-    /// Stopped.
+    /// Searches the first half minute of the audio, and four pictures a second in the first 10 seconds of the
+    /// video; if these show no slate, in the last 10 seconds. A clap that is heard takes precedence over one
+    /// that is seen. `progress` gets the finished share, 0 to 1, on this thread. `unread`: if not null, is
+    /// set to a file that could not be read, so that results may be missing. Throws Stopped.
     SlateResult detect(const FileURL& video, const std::optional<ClapDetector::Search>& audio,
                        const std::function<void(double)>& progress = {}, const std::stop_token& stop = {},
                        std::optional<FileURL>* unread = nullptr);
 
-    /// A picture is a slate from above this score on (SlateText::score).
+    /// A picture shows a slate if its score (SlateText::score) is above this one.
     static constexpr float scoreOfNoSlate = 0.3F;
 
   private:

@@ -14,7 +14,7 @@ namespace {
 const char* const sceneColumn = "Scene";
 const char* const takeColumn = "Take";
 
-/// What a report says, else the recorder; empty where neither does.
+/// The value in a report, otherwise the recorder's; empty if there is neither.
 std::string known(const SyncGroup& group, const char* column, std::optional<std::string> IXMLData::*field) {
     if (group.aleMetadata)
         if (const auto cell = group.aleMetadata->find(column); cell != group.aleMetadata->end())
@@ -25,7 +25,7 @@ std::string known(const SyncGroup& group, const char* column, std::optional<std:
     return std::string(platform::text::trimmed(((*audio->ixmlData).*field).value_or("")));
 }
 
-/// "012a" and "12A" are one scene.
+/// "012a" and "12A" are the same scene.
 bool isSameScene(std::string_view a, std::string_view b) {
     const auto bare = [](std::string_view text) {
         std::string lowercased = platform::text::lowercased(text);
@@ -35,7 +35,7 @@ bool isSameScene(std::string_view a, std::string_view b) {
     return bare(a) == bare(b);
 }
 
-/// The name by the settings, with scene and take as if the recorder had said them.
+/// The name by the settings, as if the recorder had stated scene and take.
 std::string nameWith(const SyncGroup& group, const SlateProposal& proposal,
                      const BatchRenamer::Settings& naming) {
     MediaAsset audio = group.primaryAudio() != nullptr ? *group.primaryAudio() : group.video;
@@ -53,7 +53,7 @@ std::optional<SlateProposal> slateProposal(const SyncGroup& group, const SlateRe
                                            const BatchRenamer::Settings& naming) {
     const std::string scene = known(group, sceneColumn, &IXMLData::scene);
     const std::string take = known(group, takeColumn, &IXMLData::take);
-    // Behind a label whose value could not be read stands the next label.
+    // If the value behind a label could not be read, the text there is the next label.
     const auto value = [](const std::optional<std::string>& read) {
         return read && !SlateText::isLabel(*read) ? read : std::nullopt;
     };

@@ -28,7 +28,7 @@ std::optional<std::string> unlessEmpty(std::string_view text) {
     return text.empty() ? std::nullopt : std::optional<std::string>(text);
 }
 
-/// As slates write scenes and takes: digits, with a letter behind them or without.
+/// The form of scenes and takes on slates: digits, with or without a letter behind them.
 bool isBareNumber(std::string_view lowercased) {
     const std::size_t digits = std::min(lowercased.find_first_not_of("0123456789"), lowercased.size());
     const std::string_view rest = lowercased.substr(digits);

@@ -6,11 +6,11 @@
 
 namespace orvane {
 
-/// What the lines of text in a picture say of a slate. Pure; any thread.
+/// Evaluates the lines of text in a picture of a slate. Pure; any thread.
 namespace SlateText {
 
-/// From 0 to 1, how much a picture with these lines looks like a slate: by how many there are, by the words
-/// that slates bear in English and German, and by a number that stands alone.
+/// How much a picture with these lines looks like a slate, from 0 to 1: from the number of lines, the words
+/// that are printed on slates in English and German, and a number that stands alone.
 float score(std::span<const std::string> lines);
 
 struct OCRResult {
@@ -18,14 +18,14 @@ struct OCRResult {
 
     bool operator==(const OCRResult&) const = default;
 };
-/// Reads scene, take and roll (or camera) behind their labels. Of several lines that give one, the last
-/// counts.
+/// Reads scene, take and roll (or camera) behind their labels. If several lines have the same label, the last
+/// one counts.
 OCRResult read(std::span<const std::string> lines);
 
-/// It begins with a word that slates bear: it is a label and no value.
+/// Whether the text begins with a word that is printed on slates: then it is a label and not a value.
 bool isLabel(const std::string& text);
 
-/// What stands behind the colon; in a line without one, behind its first word.
+/// The text behind the colon, or in a line without a colon behind the first word.
 std::optional<std::string> extractValue(const std::string& line);
 
 } // namespace SlateText

@@ -7,11 +7,11 @@
 
 namespace orvane {
 
-/// The tracks of a clip, from 1, that are heard as long as the editor has chosen none: those of the blocks,
-/// else the best one, else all. `result`: null where the clip was not analysed. Pure; any thread.
+/// The tracks of a clip, from 1, that are played as long as the editor has chosen none: those of the blocks,
+/// otherwise the best one, otherwise all. `result`: null if the clip was not analysed. Pure; any thread.
 std::set<int> tracksHeardWithoutChoice(const SyncGroup& group, const SmartAudioResult* result);
 
-/// The tracks that are switched on, chosen or not.
+/// The tracks that are switched on, by the editor or by the analysis.
 std::set<int> activeTracks(const SyncGroup& group, const SmartAudioResult* result);
 
 } // namespace orvane

@@ -16,19 +16,21 @@ namespace orvane {
 
 namespace {
 
-/// A piece of a few channels fits the nearest caches; one of thousands stays within a megabyte.
+/// A piece with few channels fits into the CPU's caches; one with thousands of channels has at most a
+/// megabyte.
 constexpr std::size_t mostFramesPerPiece = 4096;
 constexpr std::size_t mostSamplesPerPiece = std::size_t{1} << 18U;
 
-/// Windows that one thread reads at a time: seconds of sound, so that seeking and joining cost nothing.
+/// Windows that one thread reads at a time: seconds of sound, so that the cost of seeking and joining is
+/// negligible.
 constexpr std::size_t windowsPerShare = 16;
 
-/// With thousands of channels what each share keeps apart would outweigh the sound.
+/// With thousands of channels the separate measurements of the shares would need more memory than the sound.
 constexpr std::size_t mostChannelsInShares = 64;
 
 using Listeners = std::vector<std::unique_ptr<AudioListener>>;
 
-/// One thread's reading.
+/// Reads for one thread.
 class PieceReader {
   public:
     PieceReader(platform::AudioFile& file, std::size_t channels, std::span<AudioListener* const> listeners,
@@ -37,7 +39,7 @@ class PieceReader {
           framesPerPiece_(std::clamp<std::size_t>(mostSamplesPerPiece / channels, 1, mostFramesPerPiece)),
           samples_(channels * framesPerPiece_), channels_(places()), piece_(channels_, framesPerPiece_) {}
 
-    /// False when the file ended in it.
+    /// Returns false if the file ended in this window.
     bool readWindow(std::size_t windowFrames) {
         std::size_t done = 0;
         while (done < windowFrames) {
@@ -75,7 +77,7 @@ class PieceReader {
     AudioPiece piece_;
 };
 
-/// Counts the windows that all threads have heard.
+/// Counts the windows that all threads have read.
 class HeardWindows : public AudioListener {
   public:
     HeardWindows(const std::function<void(double)>& progress, std::size_t planned)
@@ -113,7 +115,7 @@ class HeardWindows : public AudioListener {
     std::shared_ptr<Count> count_;
 };
 
-/// What came of the windows that one thread read at a time.
+/// The results for the windows that one thread read at a time.
 struct Share {
     Listeners listeners;
     bool isWhole = false;

@@ -9,7 +9,7 @@ namespace orvane::SmartAudioBlockRouter {
 
 namespace {
 
-/// A stem may be shorter than the take; windows behind its end count as silence.
+/// A stem may be shorter than the take; windows after its end count as silence.
 double highestDialogPeak(const StemMetrics& stems, WindowRange range) {
     float highest = 0;
     const std::size_t end = std::min(range.end, stems.dialogPerWindowPeak.size());

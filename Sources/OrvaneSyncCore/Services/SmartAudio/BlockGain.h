@@ -10,12 +10,12 @@
 
 namespace orvane::SmartAudioBlockRouter {
 
-/// Decibels that bring a block of this peak up to the target or below the ceiling; 0 in between, for a block
-/// is never pulled down to the target. A cut below the ceiling has no limit of its own.
+/// The gain in decibels that raises a block with this peak to the target or lowers it to the ceiling; 0 in
+/// between, as a block is never lowered to the target. Lowering to the ceiling has no limit of its own.
 double blockGainDB(double peakDB, const SmartAudioBlockSettings& settings);
 
-/// Measures each audible block, on the dialogue stem where there is one, and gives it its gain. Silent blocks
-/// and blocks without a track or without windows stay as they are.
+/// Measures each audible block, on the dialogue stem if there is one, and sets its gain. Silent blocks, and
+/// blocks without a track or without windows, are not changed.
 void applyBlockGain(std::vector<BlockDecision>& blocks, std::span<const PerWindowFrame> frames,
                     double windowSeconds, const SmartAudioBlockSettings& settings,
                     const std::optional<StemMetrics>& stemMetrics);

@@ -13,15 +13,15 @@ namespace {
 
 constexpr int maxSmoothingPasses = 5;
 constexpr double longestShortSilenceSeconds = 2.0;
-constexpr double minAbsorberSeconds = 2.0;       // of a neighbour that stands on one side only
+constexpr double minAbsorberSeconds = 2.0;       // for a neighbour on one side only
 constexpr float silentDialogRMS = 0.0056234132F; // -45 dBFS
 
-/// A missing neighbour counts as lasting 0 seconds.
+/// A missing neighbour counts as 0 seconds long.
 double durationOf(const BlockDecision* block) {
     return block == nullptr ? 0 : block->endSeconds - block->startSeconds;
 }
 
-/// Null when the block stays as it is.
+/// Null if the block does not change.
 const BlockDecision* absorberOf(const BlockDecision& block, const BlockDecision* before,
                                 const BlockDecision* after) {
     if (block.kind != BlockKind::silence || durationOf(&block) > longestShortSilenceSeconds) return nullptr;
@@ -61,7 +61,7 @@ std::vector<bool> silentWindows(std::span<const PerWindowFrame> frames,
     return silent;
 }
 
-/// The lower one on a tie.
+/// The lower of two that are equally near.
 std::optional<std::size_t> nearestSilence(const std::vector<bool>& silent, std::size_t boundary,
                                           std::size_t tolerance) {
     for (std::size_t distance = 0; distance <= tolerance; ++distance) {

@@ -9,17 +9,19 @@
 
 namespace orvane::SmartAudioBlockRouter {
 
-// All three take blocks by ascending time, each beginning where the one before ends.
+// All three expect blocks in order, each beginning where the one before it ends.
 
-/// Neighbours of the same track and kind as one block, with the reason of the earlier and the higher peak.
+/// Joins neighbours with the same track and kind into one block, with the reason of the earlier one and the
+/// higher peak.
 std::vector<BlockDecision> merged(std::vector<BlockDecision> blocks);
 
-/// Short silences go to the neighbour that plays around or longest beside them. The result is merged.
+/// Gives short silences to a neighbour: the one on both sides if its track is the same, otherwise the longer
+/// one. The result is merged.
 std::vector<BlockDecision> smoothed(std::vector<BlockDecision> blocks);
 
-/// Moves each boundary to the nearest silent window within `tolerance` seconds, if there is one: a switch of
-/// microphones is not heard in silence. Two boundaries may land on one window; the block between them then
-/// has no length.
+/// Moves each boundary to the nearest silent window within `tolerance` seconds, if there is one: in silence a
+/// switch of microphones cannot be heard. Two boundaries may be moved to the same window; then the block
+/// between them has no length.
 std::vector<BlockDecision> snapBoundariesToSilence(std::vector<BlockDecision> runs,
                                                    std::span<const PerWindowFrame> frames,
                                                    double windowSeconds, double tolerance,

@@ -15,19 +15,18 @@ namespace {
 constexpr double shortestBlockSeconds = 1.0;
 constexpr double emptyBlockPeakDB = -60.0;
 
-// A lav takes over from a default that is heard only in a block long enough to judge, and all bounds are
-// strict.
+// A lavalier replaces an audible default only in a block that is long enough; all limits are strict.
 constexpr double minOverrideSeconds = 1.5;
 constexpr double overrideAboveDB = -25.0;
 constexpr double overrideMarginDB = 10.0;
 
 constexpr double defaultSilentBelowDB = -55.0;
-constexpr double rescueAboveDB = -50.0; // far above the least measurable level
+constexpr double rescueAboveDB = -50.0; // well above the lowest measurable level
 constexpr double rescueMarginDB = 8.0;
 
 struct TrackLevel {
     int track;
-    double meanDB; // of the root mean square over the windows in which the track appears
+    double meanDB; // of the root mean square over the windows that have the track
     double peakDB;
 };
 
@@ -43,7 +42,7 @@ TrackLevel measure(std::span<const PerWindowFrame> windows, int track) {
     return {track, levelDB(rms, windowLevelFloor), levelDB(highestPeak(windows, track), windowLevelFloor)};
 }
 
-/// The first of the loudest that qualify.
+/// The loudest that qualifies; the first of equally loud ones.
 template <class Qualifies>
 std::optional<TrackLevel> loudest(const std::vector<TrackLevel>& lavs, Qualifies&& qualifies) {
     std::optional<TrackLevel> best;
@@ -52,7 +51,7 @@ std::optional<TrackLevel> loudest(const std::vector<TrackLevel>& lavs, Qualifies
     return best;
 }
 
-/// Lavs, then tracks of unknown role; boom and mix never stand in for the default.
+/// Lavaliers, then tracks of unknown role; boom and mix never replace the default.
 std::vector<int> substituteTracks(int defaultTrack,
                                   const std::vector<ChannelClassification>& classifications) {
     std::vector<int> tracks;

@@ -9,8 +9,8 @@
 
 namespace orvane::SmartAudioBlockRouter {
 
-/// What is heard in one block. The kind `mix` says that the take's curated source plays, whatever the role of
-/// that track.
+/// The track that is played in one block. The kind `mix` means that the take's default track is played,
+/// whatever its role.
 struct BlockSource {
     int track = 0;
     BlockKind kind = BlockKind::mix;
@@ -18,13 +18,13 @@ struct BlockSource {
     double peakDB = 0; ///< dBFS
 };
 
-/// The default track, or a lav that is plainly louder, or a lav that speaks while the default is silent.
+/// The default track; or a lavalier that is clearly louder, or one with speech while the default is silent.
 BlockSource chooseSourceFor(double blockStart, double blockEnd, int defaultTrack,
                             const std::vector<int>& lavTracks, std::span<const PerWindowFrame> frames,
                             double windowSeconds);
 
-/// The take in blocks of `minBlockSeconds`, but at least a second, each with its source; equal neighbours
-/// merged and short silences smoothed. The blocks cover the frames without gaps.
+/// The take in blocks of `minBlockSeconds`, but at least one second, each with its source; equal neighbours
+/// are merged and short silences smoothed. The blocks cover the frames without gaps.
 std::vector<BlockDecision> buildBlocksFromDefault(int defaultTrack, std::span<const PerWindowFrame> frames,
                                                   double windowSeconds,
                                                   const std::vector<ChannelClassification>& classifications,

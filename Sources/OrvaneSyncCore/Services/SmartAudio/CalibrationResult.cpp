@@ -15,7 +15,7 @@ double secondsSinceReference(Date date) {
 }
 
 Date dateSinceReference(double seconds) {
-    // What lies beyond a calendar of four-digit years is no date.
+    // Larger values are beyond four-digit years and are no valid date.
     constexpr double furthest = 1e12;
     if (!(std::abs(seconds) < furthest)) throw DecodingError("the date is out of range");
     return Date(referenceDay) + std::chrono::milliseconds(std::llround(seconds * 1000.0));

@@ -16,7 +16,7 @@ struct CalibrationPerm {
     bool operator==(const CalibrationPerm&) const = default;
 };
 
-/// How far one combination moved the calibration signal, dB and LU.
+/// By how much one combination changed the level of the calibration signal, dB and LU.
 struct CalibrationMeasurement {
     CalibrationPerm perm;
     double peakDeltaDB = 0;

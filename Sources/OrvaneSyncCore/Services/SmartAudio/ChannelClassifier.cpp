@@ -20,30 +20,30 @@ constexpr float namedWithoutRoleConfidence = 0.4F;
 constexpr float demotion = 0.2F;
 constexpr float demotedConfidence = 0.5F; ///< at least
 
-constexpr int multitrackChannels = 4; ///< from here on the recorder keeps its mix on channels 1 and 2
+constexpr int multitrackChannels = 4; ///< from here on channels 1 and 2 are the recorder's mix
 constexpr int lastMixChannel = 2;
 constexpr int fewestRoleChannels = 3;
 constexpr float silentRMS = 0.0001F; ///< linear, -80 dBFS
 constexpr std::string_view guessed = "Heuristic: ";
 constexpr std::string_view wideReason = "wide spectrum → Boom", narrowReason = "narrow spectrum → Lav";
-constexpr float wideSpectrum = 0.18F; ///< crossings per sample; an open microphone hears the air too
+constexpr float wideSpectrum = 0.18F; ///< crossings per sample; open microphones have background noise
 
 struct KeywordRule {
     std::span<const std::string_view> needles;
     ChannelKind kind;
 };
 
-// The blanks keep "iso" and "lr" from matching inside words.
+// Blanks keep "iso" and "lr" from matching inside words.
 constexpr std::array<std::string_view, 5> boomNeedles{"boom", "shotgun", "overhead", "ovh", "schoeps"};
 constexpr std::array<std::string_view, 8> lavNeedles{"lav",      "lavalier", "wireless", "wlav",
                                                      "bodypack", "iso ",     " iso",     "isolated"};
 constexpr std::array<std::string_view, 8> mixNeedles{"mix", "stereo", " lr ",    "l+r",
                                                      "l/r", "main",   "program", "master"};
-/// In the order in which they are tried: a "Boom Mix" is a boom.
+/// Tried in this order: a "Boom Mix" is a boom.
 constexpr std::array<KeywordRule, 3> keywordRules{
     {{boomNeedles, ChannelKind::boom}, {lavNeedles, ChannelKind::lav}, {mixNeedles, ChannelKind::mix}}};
 
-/// Words that are never a speaker.
+/// Words that are never a speaker's name.
 constexpr std::array<std::string_view, 18> roleKeywords{
     "boom",  "shotgun", "overhead",   "ovh", "schoeps", "lav",  "lavalier", "wireless", "wlav",
     "radio", "rf",      "sennheiser", "mix", "stereo",  "main", "program",  "master",   "lr"};
@@ -68,7 +68,7 @@ std::optional<ChannelKind> kindOfName(std::string_view lowered) {
     return std::nullopt;
 }
 
-/// The text between the first "(" and the last ")" behind it.
+/// The text between the first "(" and the last ")" after it.
 std::optional<std::string> speakerInParentheses(std::string_view name) {
     const std::size_t open = name.find('(');
     const std::size_t close = name.rfind(')');
@@ -79,7 +79,7 @@ std::optional<std::string> speakerInParentheses(std::string_view name) {
     return inner;
 }
 
-/// The pieces between dashes and colons, trimmed, without the empty ones.
+/// The parts between dashes and colons, trimmed; empty ones are left out.
 std::vector<std::string_view> pieces(std::string_view name) {
     constexpr std::array<std::string_view, 4> separators{"-", "—", "–", ":"};
     std::vector<std::string_view> found;
@@ -149,7 +149,7 @@ ChannelClassification classifyBySignal(int track, int channelCount, bool othersA
     return classified(ChannelKind::lav, 0.55F, narrowReason);
 }
 
-/// A recording has one mix; what else looks like one is most likely a person's microphone.
+/// A recording has one mix; another track that looks like one is most likely a personal microphone.
 void keepFirstMixOnly(std::vector<ChannelClassification>& classifications) {
     bool isFirst = true;
     for (ChannelClassification& one : classifications) {

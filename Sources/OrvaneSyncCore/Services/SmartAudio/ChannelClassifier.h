@@ -10,7 +10,7 @@
 
 namespace orvane {
 
-/// The signal of one channel in summary.
+/// Summary of one channel's signal.
 struct ChannelStats {
     int trackIndex = 0;       ///< from 1
     float averageRMS = 0;     ///< mean of the window RMS values, linear
@@ -22,23 +22,23 @@ struct ChannelStats {
     bool operator==(const ChannelStats&) const = default;
 };
 
-/// Decides what each channel of a recording is: by the recorder's track names where there are any, by the
-/// signal otherwise. Pure; any thread; has no failures.
+/// Decides the role of each channel of a recording: by the recorder's track names if there are any, otherwise
+/// by the signal. Pure; any thread; never fails.
 namespace ChannelClassifier {
 
-/// One classification a channel, in channel order; none for a `channelCount` below 1. Names of channels
-/// beyond the count are of no use but tell that the recorder names its channels.
+/// One classification for each channel, in channel order; none if `channelCount` is below 1. Names of
+/// channels beyond the count are not used, but show that the recorder names its channels.
 std::vector<ChannelClassification> classify(int channelCount, const std::vector<IXMLTrack>& ixmlTracks,
                                             const std::vector<ChannelStats>& perChannelStats);
 
-/// Whether the role comes from the signal, since the recorder gave the track no name.
+/// Whether the role was guessed from the signal because the recorder gave the track no name.
 bool isGuessed(const ChannelClassification& classification);
 
-/// Whether the roles of these tracks were guessed from the signal, and each track that was listened to came
-/// out as a boom: what is said of all tells none from another.
+/// Whether the roles of these tracks were guessed from the signal and all tracks that were analysed became
+/// booms: a role that all have distinguishes none.
 bool areGuessedBoomsAlone(const std::vector<ChannelClassification>& classifications);
 
-/// Lower case. Nothing where the name only says what the microphone is.
+/// Lower case. Absent if the name describes only the microphone.
 std::optional<std::string> extractSpeakerName(std::string_view trackName);
 
 } // namespace ChannelClassifier

@@ -17,7 +17,7 @@ namespace {
 constexpr std::string_view fileName = "/orvane_channel_reading_diagnostic.txt";
 constexpr std::size_t mostListedWindows = 200;
 
-/// One path to the samples.
+/// One way to read the samples.
 struct Reading {
     std::unique_ptr<platform::AudioFile> file;
     TrackAnalysis channel;
@@ -52,7 +52,7 @@ std::string windowLine(std::size_t window, const TrackAnalysis& analysis, const 
            levels("rms", &TrackAnalysis::windowRMS) + levels("  peak", &TrackAnalysis::windowPeaks) + "\n";
 }
 
-/// The windows that both paths have and that are not the same to the last bit.
+/// Lists the windows that exist in both readings and are not bit-identical.
 std::string compare(const TrackAnalysis& analysis, const TrackAnalysis& libraries) {
     const std::size_t common = std::min(analysis.windowRMS.size(), libraries.windowRMS.size());
     std::size_t differing = 0;

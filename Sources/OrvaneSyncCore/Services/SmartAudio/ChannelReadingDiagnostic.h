@@ -7,8 +7,8 @@
 
 namespace orvane {
 
-/// For developers: measures one channel (from 1) once as the analysis reads the file and once through the
-/// media libraries alone, compares the two window by window and writes what came out to
+/// For developers: measures one channel (from 1) twice, once as the analysis reads the file and once through
+/// the media libraries alone. Compares both window by window and writes the result to
 /// "orvane_channel_reading_diagnostic.txt" in the diagnostics directory. Returns the report; a failure to
 /// write it is ignored. Any thread but the interface thread.
 std::string diagnoseChannelReading(const FileURL& url, int targetChannel,

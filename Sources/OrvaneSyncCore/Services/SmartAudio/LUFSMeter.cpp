@@ -22,7 +22,7 @@ constexpr double surroundWeight = 1.41;
 double loudness(double power) { return offsetLUFS + 10.0 * std::log10(power); }
 double power(double lufs) { return std::pow(10.0, (lufs - offsetLUFS) / 10.0); }
 
-/// In the power domain, of the blocks above a gate.
+/// The mean power of the blocks above a gate, as loudness.
 std::optional<double> meanAbove(double gateLUFS, const std::vector<double>& blocks) {
     double sum = 0;
     std::size_t count = 0;
@@ -35,7 +35,7 @@ std::optional<double> meanAbove(double gateLUFS, const std::vector<double>& bloc
     return loudness(sum / static_cast<double>(count));
 }
 
-/// The surround channels count for more, the low-frequency channel for nothing.
+/// The surround channels have a higher weight, the low-frequency channel has none.
 std::vector<double> channelWeights(std::size_t channels) {
     if (channels == 5) return {1.0, 1.0, 1.0, surroundWeight, surroundWeight};
     if (channels == 6) return {1.0, 1.0, 1.0, 0.0, surroundWeight, surroundWeight};
@@ -44,9 +44,9 @@ std::vector<double> channelWeights(std::size_t channels) {
 
 } // namespace
 
-/// Blocks overlap, so the time line is cut where any of them begins or ends: a hop's first part reaches to
-/// the end of the block that ends in it, its second part to the next hop. A block is then a sum of parts, and
-/// no samples are kept. At the usual rates a block is four whole hops, and the first part is empty.
+/// Blocks overlap, so the time line is divided where any block begins or ends. The first part of a hop ends
+/// where a block ends in it, its second part ends at the next hop. A block is then a sum of parts, and no
+/// samples are kept. At the usual rates a block is four whole hops, and the first part is empty.
 struct LUFSMeter::State {
     State(std::size_t channelCount, double sampleRate)
         : block(wholeSamples(gatingBlockSeconds, sampleRate)), hop(wholeSamples(hopSeconds, sampleRate)),
@@ -56,7 +56,7 @@ struct LUFSMeter::State {
 
     std::size_t partEnd() const { return hopFrames < block % hop ? block % hop : hop; }
 
-    /// The part under way, over all channels.
+    /// The energy of the current part, over all channels.
     double takeEnergy() {
         const std::vector<double> energies = filter.takeEnergies();
         double sum = 0;
@@ -65,7 +65,7 @@ struct LUFSMeter::State {
         return sum;
     }
 
-    /// The block that ends where the last part did: `whole` hops back from it, and `rest` behind them.
+    /// Ends the block that ends with the last part. It consists of the last whole hops and of `rest`.
     void endBlock(double rest) {
         const std::size_t whole = block / hop;
         if (hops < whole) return;
@@ -93,10 +93,10 @@ struct LUFSMeter::State {
     std::size_t hop;   ///< samples; with 0 nothing is measured
     KWeighting filter;
     std::vector<double> weights;
-    std::size_t hopFrames = 0;  ///< of the hop under way
-    std::size_t hops = 0;       ///< that have ended
-    double firstPart = 0;       ///< of the hop under way
-    std::vector<double> recent; ///< energies of the last hops, a ring
+    std::size_t hopFrames = 0;  ///< frames so far in the current hop
+    std::size_t hops = 0;       ///< number of complete hops
+    double firstPart = 0;       ///< first part of the current hop
+    std::vector<double> recent; ///< energies of the last hops, a ring buffer
     std::vector<double> blocks; ///< LUFS
 };
 

@@ -15,9 +15,9 @@
 namespace orvane {
 
 /// Integrated loudness in LUFS (ITU-R BS.1770: K-weighting, blocks of 400 ms every 100 ms, an absolute gate
-/// at -70 and a relative one 10 below the mean). Takes the samples in pieces of any size; its value does not
-/// depend on how they are cut. Memory grows by 80 bytes a second of sound, whatever the channels. A sample
-/// that is no finite number counts as silence. One thread at a time.
+/// at -70 and a relative one 10 below the mean). Takes samples in pieces of any size; the result does not
+/// depend on their sizes. Memory grows by 80 bytes per second of sound for any number of channels. A sample
+/// that is not finite counts as silence. One thread at a time.
 class LUFSMeter {
   public:
     LUFSMeter(int channelCount, double sampleRate);
@@ -27,19 +27,19 @@ class LUFSMeter {
 
     /// `frames` samples of each channel, full scale 1.0.
     void add(std::span<const float* const> channels, std::size_t frames);
-    /// Of what was added so far. Nothing for less than a block, and for digital silence; -70.0 where no block
-    /// is above the absolute gate.
+    /// For the samples so far. Absent for less than a block and for digital silence; -70.0 if no block is
+    /// above the absolute gate.
     std::optional<double> integratedLUFS() const;
 
-    /// Of a whole recording, all its channels, streamed. Nothing when it cannot be read. Any thread. Throws
+    /// For a whole recording with all channels, streamed. Absent if it cannot be read. Any thread. Throws
     /// Stopped.
     static std::optional<double> measureIntegratedLUFS(const TakeSound& sound,
                                                        const std::stop_token& stop = {});
     struct FileLoudness {
         std::optional<double> integratedLUFS;
-        std::int64_t heardFrames = 0; ///< fewer than the file promises where it is cut off or damaged
+        std::int64_t heardFrames = 0; ///< fewer than the header says if the file is cut off or damaged
     };
-    /// The same of a file that is open. `progress` as that of `AudioPass`, on the caller's thread.
+    /// The same for an open file. `progress` as in `AudioPass`, on the caller's thread.
     static FileLoudness measureFile(platform::AudioFile& file,
                                     const std::function<void(double share)>& progress = {},
                                     const std::stop_token& stop = {});
@@ -52,7 +52,7 @@ class LUFSMeter {
     std::unique_ptr<State> state_;
 };
 
-/// Measures the loudness of a recording while a pass goes over all its channels, in order.
+/// Measures the loudness of a recording during a pass over all its channels in order.
 class LUFSListener : public AudioListener {
   public:
     explicit LUFSListener(const platform::AudioFile& file) : meter_(file.channelCount(), file.sampleRate()) {}

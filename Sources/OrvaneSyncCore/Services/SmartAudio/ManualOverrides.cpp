@@ -17,7 +17,7 @@ bool hasTimes(const BlockOverride& range) {
     return std::isfinite(range.startSeconds) && std::isfinite(range.endSeconds);
 }
 
-/// What the ranges, by ascending start, leave of a block.
+/// Appends the parts of a block that no range covers; the ranges are in ascending order of starts.
 void appendRemainders(BlockDecision rest, const std::vector<BlockOverride>& overrides,
                       std::vector<BlockDecision>& pieces) {
     for (const BlockOverride& range : overrides) {
@@ -32,7 +32,7 @@ void appendRemainders(BlockDecision rest, const std::vector<BlockOverride>& over
     if (rest.endSeconds > rest.startSeconds && rest.activeTrack >= 1) pieces.push_back(std::move(rest));
 }
 
-/// The kind is `lav` whatever the track is, and a manual range carries no gain.
+/// The kind is `lav` for any track, and a manual range has no gain.
 BlockDecision manualBlock(const BlockOverride& range) {
     return {.startSeconds = range.startSeconds,
             .endSeconds = range.endSeconds,

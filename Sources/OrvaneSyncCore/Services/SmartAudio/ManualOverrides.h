@@ -8,17 +8,17 @@
 
 namespace orvane::SmartAudioBlockRouter {
 
-/// The reason of every manual range begins so; the block strip knows them by it.
+/// The beginning of the reason of every manual range, by which the block strip recognises them.
 inline constexpr std::string_view manualOverrideReason = "manual override";
 
-/// Lays the editor's ranges over a block list, whichever way it was routed. The ranges are kept as they are,
-/// overlaps included; blocks give way. The result is by ascending start, without remainders that have no
-/// track. A range without finite times is passed over.
+/// Replaces blocks by the editor's ranges, whichever way the blocks were routed. The ranges are not changed,
+/// even if they overlap; blocks are shortened. The result is in ascending order of starts, without remainders
+/// that have no track. A range whose times are not finite is ignored.
 std::vector<BlockDecision> applyOverrides(std::vector<BlockDecision> blocks,
                                           std::vector<BlockOverride> overrides);
 
-/// The clip's ranges, which are stated in clip time, in take time, on which blocks lie: minus the offset of
-/// the take and the manual one. What lies outside of the recording is cut off.
+/// The clip's ranges converted from clip time to take time, in which blocks are: minus the offset of the take
+/// and the manual offset. Parts outside the recording are cut off.
 std::vector<BlockOverride> overridesInTakeTime(const SyncGroup& group);
 
 } // namespace orvane::SmartAudioBlockRouter

@@ -6,7 +6,7 @@ namespace orvane {
 
 namespace {
 
-/// "None" is no look of a mix to aim at.
+/// "None" is not a look that a mix can have.
 SmartAudioPreset presetOf(SmartAudioLook look) {
     switch (look) {
     case SmartAudioLook::cinematic:

@@ -6,18 +6,18 @@
 
 namespace orvane {
 
-/// The gain that brings a clip to the project's loudness after the effects. Pure; any thread.
+/// The gain that brings a clip to the project's loudness, applied after the effects. Pure; any thread.
 namespace MasterGain {
 
-/// Counts for a recording that cannot be measured, LUFS.
+/// Used for a recording that cannot be measured, LUFS.
 inline constexpr double unmeasuredLUFS = -70.0;
 
-/// What the project asks for.
+/// The loudness settings of the project.
 struct Target {
     SmartAudioPreset preset;
     double targetLUFS = -27.0;
 
-    /// An unknown or missing preset is Drama, a target that is no number the default.
+    /// An unknown or missing preset gives Drama, a target that is not a number the default.
     static Target fromUserDefaults(const platform::SettingsStore& store);
     bool operator==(const Target&) const = default;
 };

@@ -17,7 +17,7 @@ constexpr double interviewChangesBelow = 8; // of the loudest speaker, per minut
 constexpr double fastDialogChangesAbove = 20;
 constexpr double minMeasuredSeconds = 1;
 
-/// The loudest of the tracks with speech, the first on a tie.
+/// The loudest track with speech; the first of equally loud ones.
 std::optional<int> dominantTrack(const PerWindowFrame& frame) {
     const WindowMetrics* loudest = nullptr;
     for (const WindowMetrics& window : frame.perChannel)

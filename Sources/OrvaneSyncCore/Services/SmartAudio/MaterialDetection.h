@@ -7,8 +7,8 @@
 
 namespace orvane::SmartAudioBlockRouter {
 
-/// What kind of material the first minute of a take is, by how much of it is speech and how often the
-/// loudest speaker changes. `windowSeconds` is above 0 here and wherever routing asks for it.
+/// The kind of material in the first minute of a take, from the share of speech and from how often the
+/// loudest speaker changes. `windowSeconds` is above 0 here and in all of routing.
 MaterialCharacter detectMaterialCharacter(std::span<const PerWindowFrame> frames, double windowSeconds);
 
 } // namespace orvane::SmartAudioBlockRouter

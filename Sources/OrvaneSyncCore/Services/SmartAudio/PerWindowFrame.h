@@ -18,7 +18,7 @@ struct WindowMetrics {
 /// One window of a recording; it begins at `index` times the window's length.
 struct PerWindowFrame {
     int index = 0;                         ///< from 0
-    std::vector<WindowMetrics> perChannel; ///< by track; a track that ended earlier is not in it
+    std::vector<WindowMetrics> perChannel; ///< by track; without tracks that ended earlier
 
     bool operator==(const PerWindowFrame&) const = default;
 };

@@ -17,13 +17,14 @@ namespace orvane::SmartAudioBlockRouter {
 
 namespace {
 
-/// Several runs over long recordings of many channels; little enough to be rewritten after each analysis.
+/// Enough for several runs over long recordings with many channels, and small enough to be rewritten after
+/// each analysis.
 constexpr std::uint64_t largestReportBytes = std::uint64_t{2} << 20U;
 constexpr std::string_view finalHeading = "\n=== FINAL CONSOLIDATED BLOCKS (= what the strip shows) ===\n";
 constexpr int reportedWindowStep = 50;
 
 std::string decibels(double value) { return formatted("%6.1f", value) + " dB"; }
-/// Track names come from files and may hold anything.
+/// Track names are read from files and may contain any bytes.
 std::string printable(std::string_view text) { return platform::text::printable(text); }
 
 std::string candidateList(const std::set<int>& candidateTracks) {
@@ -73,7 +74,7 @@ std::string sourceOf(int track, const ClassificationByTrack& classifications) {
     return found == classifications.end() ? "not classified" : printable(found->second->source);
 }
 
-/// By descending duration, then by track.
+/// In descending order of duration, then by track.
 std::vector<std::pair<int, double>> secondsByTrack(const std::vector<BlockDecision>& blocks) {
     std::map<int, double> seconds;
     for (const BlockDecision& block : blocks)
@@ -83,8 +84,8 @@ std::vector<std::pair<int, double>> secondsByTrack(const std::vector<BlockDecisi
     return tracks;
 }
 
-/// All of a report, or what its bound leaves of it: from the newest runs' first heading on, or from a line on
-/// where one run alone is longer.
+/// The whole report, or as much as the limit allows: from the first heading of the newest runs, or from the
+/// beginning of a line if a single run is longer.
 std::string newestPart(const platform::RandomAccessFile& file) {
     const std::uint64_t bytes = std::min(file.size(), largestReportBytes);
     std::string text(static_cast<std::size_t>(bytes), '\0');

@@ -25,7 +25,7 @@ WindowRange windowsBetween(double startSeconds, double endSeconds, double window
 
 const WindowMetrics* metricsOf(const PerWindowFrame& frame, int track) {
     const auto& channels = frame.perChannel;
-    // Nearly every frame holds every track, so that track n stands at n - 1.
+    // Nearly every frame has all tracks, so that track n is at index n - 1.
     const auto expected = static_cast<std::size_t>(std::max(track, 1)) - 1;
     if (expected < channels.size() && channels[expected].trackIndex == track) return &channels[expected];
     const auto found = std::ranges::lower_bound(channels, track, {}, &WindowMetrics::trackIndex);

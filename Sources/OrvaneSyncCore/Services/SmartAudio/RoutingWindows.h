@@ -9,36 +9,37 @@
 
 namespace orvane::SmartAudioBlockRouter {
 
-/// What the steps of block routing share: levels, stretches of windows, one track in a stretch.
+/// Common to the steps of block routing: levels, ranges of windows, a track in a range.
 
-/// In place of the level of what is too quiet to have one, dBFS.
+/// The level, in dBFS, of anything too quiet to have one.
 inline constexpr double silentLevelDB = -120.0;
-/// Floors of a linear value, at and below which it has no level.
+/// Linear values at or below this floor have no level.
 inline constexpr double windowLevelFloor = 1e-7;
 inline constexpr double takeLevelFloor = 1e-6; ///< for means over a take and peaks of finished blocks
 
-/// dBFS of a linear value. Always finite: no number counts as silence, infinity as the largest float.
+/// dBFS of a linear value. Always finite: a value that is not a number counts as silence, infinity as the
+/// largest float.
 double levelDB(double linear, double floor);
 
-/// Frames `first` up to but not including `end`.
+/// Frames from `first` up to, but not including, `end`.
 struct WindowRange {
     std::size_t first = 0;
     std::size_t end = 0;
     bool isEmpty() const { return first >= end; }
 };
-/// The windows of a stretch, each end at the nearest boundary of windows, held within the frames.
+/// The windows of a time range; each end is rounded to the nearest window boundary and clamped to the frames.
 WindowRange windowsBetween(double startSeconds, double endSeconds, double windowSeconds,
                            std::size_t frameCount);
-/// Seconds as a number of windows, the nearest; 0 to `most`.
+/// A duration as the nearest number of windows, from 0 to `most`.
 std::size_t wholeWindows(double seconds, double windowSeconds, std::size_t most);
 
-/// Null where the track has no such window.
+/// Null if the frame does not have the track.
 const WindowMetrics* metricsOf(const PerWindowFrame& frame, int track);
-/// The highest peak of a track in a stretch, linear; 0 where the track does not appear.
+/// The highest peak of a track in these frames, linear; 0 if none of them has the track.
 double highestPeak(std::span<const PerWindowFrame> frames, int track);
 bool hasSpeech(const PerWindowFrame& frame);
 
-/// As people call a track: "T2".
+/// The displayed name of a track: "T2".
 std::string trackName(int track);
 using platform::text::formatted;
 

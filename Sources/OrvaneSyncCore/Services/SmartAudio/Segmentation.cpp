@@ -10,8 +10,8 @@ namespace {
 
 constexpr double impossible = std::numeric_limits<double>::infinity();
 
-/// The cheapest and the second cheapest way to end in front of a window: a path that switches comes from the
-/// one that is not its own.
+/// The two cheapest ways to end before a window: a switch to a choice must come from another choice, so the
+/// second is needed if the best one has the same choice.
 struct Ends {
     double best = impossible, second = impossible;
     std::size_t bestChoice = 0, secondChoice = 0;
@@ -35,19 +35,19 @@ struct Ends {
 
 } // namespace
 
-/// Dynamic programming over the windows. `open[choice]` is the cheapest way to cover all windows so far with
-/// a last segment of this choice that is long enough to end; it either goes on or began `shortest` windows
-/// ago.
+/// Dynamic programming over the windows. `open[choice]` is the lowest cost of all windows so far if the last
+/// segment has this choice and is long enough to end. This segment either continues or began `shortest`
+/// windows ago.
 std::vector<Segment> cheapestSegments(const SegmentCosts& costs, std::size_t shortest) {
     const std::size_t windows = costs.windows(), choices = costs.choices();
     if (windows == 0 || choices == 0) return {};
     shortest = std::clamp<std::size_t>(shortest, 1, windows);
 
     std::vector<double> open(choices, impossible),
-        recent(choices, 0); // `recent`: of the last `shortest` windows
+        recent(choices, 0); // `recent`: cost of the last `shortest` windows
     std::vector<Ends> ends(windows + 1);
     std::vector<std::uint32_t> begins(windows *
-                                      choices); ///< of the last segment, by its last window and choice
+                                      choices); ///< start of the last segment, by its last window and choice
     for (std::size_t window = 0; window < windows; ++window) {
         const std::size_t end = window + 1;
         for (std::size_t choice = 0; choice < choices; ++choice) {

@@ -5,7 +5,7 @@
 
 namespace orvane::SmartAudioBlockRouter {
 
-/// What each choice costs in each window, and a switch in front of it.
+/// The cost of each choice in each window, and of a switch before each window.
 class SegmentCosts {
   public:
     SegmentCosts(std::size_t windows, std::size_t choices)
@@ -24,7 +24,7 @@ class SegmentCosts {
     std::vector<double> switches_;
 };
 
-/// Windows `first` up to but not including `end`, with one choice.
+/// Windows from `first` up to, but not including, `end`, with the same choice.
 struct Segment {
     std::size_t first = 0;
     std::size_t end = 0;
@@ -33,9 +33,9 @@ struct Segment {
     bool operator==(const Segment&) const = default;
 };
 
-/// The segments of at least `shortest` windows that cost least in sum; neighbours differ in their choice. The
-/// first of equal choices. All windows in one segment where there are fewer than `shortest`. Time and memory
-/// grow with windows times choices.
+/// The segments of at least `shortest` windows with the lowest total cost; neighbours have different choices.
+/// Of choices with equal cost the first is taken. If there are fewer than `shortest` windows, they form one
+/// segment. Time and memory are proportional to windows times choices.
 std::vector<Segment> cheapestSegments(const SegmentCosts& costs, std::size_t shortest);
 
 } // namespace orvane::SmartAudioBlockRouter

@@ -41,7 +41,7 @@ Routing computeBlocks(std::span<const PerWindowFrame> frames, double windowSecon
     Routing routing{.blocks = {}, .detected = detectMaterialCharacter(frames, windowSeconds)};
     const double minBlockSeconds = blockSeconds(settings.blockMode, routing.detected);
 
-    // The frames keep all tracks: a track that may not be heard still counts in the statistics.
+    // The frames keep all tracks: a track that must not be played still counts in the statistics.
     if (!candidateTracks.empty())
         std::erase_if(classifications, [&](const ChannelClassification& classification) {
             return !candidateTracks.contains(classification.trackIndex);
@@ -64,8 +64,8 @@ Routing computeBlocks(std::span<const PerWindowFrame> frames, double windowSecon
         routing.blocks = snapBoundariesToSilence(std::move(routing.blocks), frames, windowSeconds,
                                                  snapToleranceSeconds, stemMetrics);
     }
-    // Both boundaries of a short block may snap to one window. Nobody hears such a block, and its track must
-    // not be switched on for it.
+    // Both boundaries of a short block may have been moved to the same window. Such a block is not audible,
+    // so its track must not be switched on for it.
     std::erase_if(routing.blocks,
                   [](const BlockDecision& block) { return !(block.endSeconds > block.startSeconds); });
     applyBlockGain(routing.blocks, frames, windowSeconds, settings, stemMetrics);

@@ -12,10 +12,10 @@
 
 namespace orvane {
 
-/// Decides which microphone is heard in each stretch of a take: one curated track throughout, left only where
-/// a lav is plainly better or that track falls silent. A take without such a track is decided window by
-/// window, and one that no boom or mix can carry goes to the lav of whoever speaks. Stateless; any thread.
-/// Results depend on the frames alone, to the last bit.
+/// Decides which microphone is played in each part of a take. Usually this is one default track, replaced
+/// only where a lavalier is clearly better or the default is silent. A take without such a track is decided
+/// window by window. If no boom or mix is good enough, the lavalier of the current speaker is played.
+/// Stateless; any thread. Results depend on the frames alone and are bit-identical.
 namespace SmartAudioBlockRouter {
 
 struct Routing {
@@ -23,8 +23,8 @@ struct Routing {
     MaterialCharacter detected = MaterialCharacter::standardDialog;
 };
 
-/// `windowSeconds`: length of a frame's window, above 0. `candidateTracks`: tracks that may be heard; empty:
-/// all. `diagnosticFile`: where the text report goes; empty: none is written.
+/// `windowSeconds`: length of a frame's window, above 0. `candidateTracks`: tracks that may be played; empty:
+/// all. `diagnosticFile`: the path of the text report; empty: none is written.
 Routing computeBlocks(std::span<const PerWindowFrame> frames, double windowSeconds,
                       std::vector<ChannelClassification> classifications,
                       const SmartAudioBlockSettings& settings, const std::optional<StemMetrics>& stemMetrics,

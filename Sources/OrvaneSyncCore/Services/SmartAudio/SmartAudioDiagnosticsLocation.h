@@ -4,8 +4,8 @@
 
 namespace orvane::SmartAudioDiagnosticsLocation {
 
-/// Where the analysis leaves its text reports: absolute, in the bytes of the file system. Made, with the
-/// folders above it, where it is missing; a failure to do so shows when a report is written.
+/// The folder for the text reports of the analysis: absolute, in the bytes of the file system. Created, with
+/// the folders above it, if it is missing; a failure to create it shows when a report is written.
 std::string directory();
 
 } // namespace orvane::SmartAudioDiagnosticsLocation

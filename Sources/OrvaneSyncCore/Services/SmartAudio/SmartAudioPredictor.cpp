@@ -20,13 +20,13 @@ constexpr double uniformityDBPerPercent = 0.05;
 
 double estimatedDelta(const SmartAudioPreset& preset) {
     const double isolation = preset.voiceIsolation >= 1 ? voiceIsolationDeltaDB : 0.0;
-    // The loudness effect does nothing without both.
+    // The loudness effect needs both to have an effect.
     if (preset.loudness == 0 || preset.uniformity == 0) return isolation;
     return isolation + std::min(largestLoudnessDeltaDB, preset.loudness * loudnessDBPerPercent +
                                                             preset.uniformity * uniformityDBPerPercent);
 }
 
-/// Squared, over the three percentages.
+/// Sum of the squared differences of the three percentages.
 double distance(const CalibrationPerm& perm, const SmartAudioPreset& preset) {
     const double voiceIsolation = static_cast<double>(perm.voiceIsoAmount) - preset.voiceIsolation;
     const double loudness = static_cast<double>(perm.loudnessAmount) - preset.loudness;
@@ -40,7 +40,7 @@ SmartAudioPredictor SmartAudioPredictor::loadingFromDisk() {
     try {
         return SmartAudioPredictor(
             fromJSON<CalibrationResult>(JSON::parse(platform::files::readText(calibrationPath()))));
-    } catch (const std::runtime_error&) { // not there, no JSON, or no calibration
+    } catch (const std::runtime_error&) { // missing, not JSON, or not a calibration
         return SmartAudioPredictor();
     }
 }
@@ -53,7 +53,7 @@ bool SmartAudioPredictor::isCalibrated() const { return calibration_ && !calibra
 
 double SmartAudioPredictor::lookupLUFSDelta(const SmartAudioPreset& preset) const {
     if (!isCalibrated()) return estimatedDelta(preset);
-    // An exact match is the nearest there is, at 0.
+    // An exact match has the distance 0, so it is the nearest.
     const auto nearest = std::ranges::min_element(
         calibration_->measurements, {}, [&](const auto& one) { return distance(one.perm, preset); });
     return nearest->lufsDeltaDB;

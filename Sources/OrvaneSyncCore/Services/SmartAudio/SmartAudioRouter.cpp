@@ -19,7 +19,7 @@ namespace {
 
 constexpr double minSegmentSeconds = 0.5;
 
-/// 0 for a rate at which a window holds no sample.
+/// 0 if a window at this rate has no sample.
 std::size_t windowFrames(double sampleRate) { return wholeSamples(smartAudioWindowSeconds, sampleRate); }
 
 void routeInBlocks(const SmartAudioRequest& request, std::span<const TrackAnalysis> analyses,
@@ -63,7 +63,7 @@ std::vector<TrackAnalysis> SmartAudioRouter::listen(platform::AudioFile& file, i
         FirstWindows analysed(measurement, windows, pass.windowFrames);
         std::vector<AudioListener*> listeners{&analysed};
         if (alongside) std::ranges::copy(alongside(file, pass.channels), std::back_inserter(listeners));
-        if (listeners.size() == 1) pass.windows = windows; // nobody hears the rest
+        if (listeners.size() == 1) pass.windows = windows; // the rest is not needed
         pass.run(file, listeners);
     }
     std::vector<TrackAnalysis> analyses = measurement.take();
@@ -76,7 +76,7 @@ bool SmartAudioRouter::endsEarly(const SmartAudioResult& result) {
 }
 
 bool SmartAudioRouter::endsEarly(double heardSeconds, double promisedSeconds) {
-    // The last window of a whole recording is often begun, and never heard.
+    // The last window of a complete recording is often incomplete and not analysed.
     constexpr double unheardOfWhole = 2 * smartAudioWindowSeconds;
     return heardSeconds > 0 && promisedSeconds - heardSeconds > unheardOfWhole;
 }
@@ -96,7 +96,7 @@ SmartAudioResult SmartAudioRouter::analyze(const SmartAudioRequest& request, con
 
     const std::vector<TrackAnalysis> analyses =
         listen(*take.audio, tracks, options.concurrency, request.progress, stop, request.alongside);
-    take.throwIfReadFailed(); // channels that were read to different ends can't be compared
+    take.throwIfReadFailed(); // channels that were read to different ends cannot be compared
     result.incompleteFiles = take.incompleteFiles();
     const double rate = take.audio->sampleRate();
     if (rate > 0) {

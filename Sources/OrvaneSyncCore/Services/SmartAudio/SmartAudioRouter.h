@@ -21,67 +21,68 @@
 
 namespace orvane {
 
-/// What else hears a recording while it is analysed, to its end: asked with the recording and how many of its
-/// channels are heard, which are all or the first ones. The listeners outlive the analysis.
+/// Returns further listeners for the pass of an analysis, which then reads to the end of the recording.
+/// Called with the recording and the number of channels that are read: all, or the first ones. The listeners
+/// must outlive the analysis.
 using ListenersAlongside =
     std::function<std::vector<AudioListener*>(const platform::AudioFile& file, std::size_t channels)>;
 
-/// What is asked of one analysis.
+/// The input of one analysis.
 struct SmartAudioRequest {
     TakeSound sound;
-    int channelCount = 0; ///< tracks to analyse, up to the router's most; may differ from what the files have
+    int channelCount = 0; ///< tracks to analyse, up to `mostTracks`; the files may have more or fewer
     SmartAudioMode mode = SmartAudioMode::standard;
     std::optional<SmartAudioConfig> config = {}; ///< absent: the preset of `mode`
     std::vector<IXMLTrack> ixmlTracks = {};
     std::optional<SmartAudioBlockSettings> blockSettings = {}; ///< absent: no classification and no blocks
     std::optional<SeparatedStems> stems = {};
     std::set<int> candidateTracks = {}; ///< tracks that routing may use; empty: all
-    /// Told which share of the recording was heard, 0 to 1, as that of `AudioPass`.
+    /// Called with the share of the recording that was read, 0 to 1, as in `AudioPass`.
     std::function<void(double share)> progress = {};
     ListenersAlongside alongside = {};
 };
 
-/// Listens to one recording once and gives the result. Never fails: a recording that cannot be read gives
-/// the empty result.
+/// Reads one recording once and returns the result. Never fails: a recording that cannot be read gives the
+/// empty result.
 class SmartAudioRouter {
   public:
-    /// The rest of a longer recording is not heard.
+    /// Windows after these are not analysed.
     static constexpr std::size_t mostWindows = 10000;
     static constexpr double mostSeconds = static_cast<double>(mostWindows) * smartAudioWindowSeconds;
-    /// As many channels as the header of a recording can count. More were never recorded.
+    /// The most channels that the header of a recording can state.
     static constexpr int mostTracks = 65535;
 
     /// `concurrency`: threads that one analysis may use; 0: as many as the machine has. The result does not
-    /// depend on it. `diagnosticsDirectory`: that of `Options`.
+    /// depend on it. `diagnosticsDirectory` as in `Options`.
     explicit SmartAudioRouter(std::size_t concurrency = 0,
                               std::optional<std::string> diagnosticsDirectory = std::nullopt);
     ~SmartAudioRouter();
 
-    /// On the router's own queue, one analysis at a time; the caller waits. Never from a thread that
-    /// serves a run loop nor from that queue.
+    /// Runs on the router's own queue, one analysis at a time, and waits for it. Never call it on a thread
+    /// with an event loop or on that queue.
     SmartAudioResult analyze(const SmartAudioRequest& request);
 
-    /// How an analysis is carried out, whatever it listens to.
+    /// How an analysis is run, independent of the recording.
     struct Options {
         std::size_t concurrency = 1;
-        /// Where the text report of a routing goes; absent: the program's own place for it.
+        /// The folder for the text report of a routing; absent: the program's own folder for it.
         std::optional<std::string> diagnosticsDirectory = {};
     };
-    /// For an asynchronous caller: work posted to the queue calls `analyze` with a copy of the options, so
-    /// that it needs no router. Throws Stopped.
+    /// For an asynchronous caller: post work to this queue that calls `analyze` with a copy of the options;
+    /// it needs no router. Throws Stopped.
     platform::SerialQueue& queue() { return *queue_; }
     const Options& options() const { return options_; }
     static SmartAudioResult analyze(const SmartAudioRequest& request, const Options& options,
                                     const std::stop_token& stop);
 
-    /// Whether a recording of which something was heard ended before its header says, and not because the
-    /// rest is never heard.
+    /// Whether a recording that could be read in part ended earlier than its header says, other than by the
+    /// limit of the analysis.
     static bool endsEarly(const SmartAudioResult& result);
-    /// The same of one file of it.
+    /// The same for one file of a recording.
     static bool endsEarly(double heardSeconds, double promisedSeconds);
 
-    /// The reading alone: one analysis a track that is asked for. Tracks that the file does not have stay
-    /// without windows. Any thread.
+    /// Only the reading: one analysis for each track that is asked for. Tracks that the file does not have
+    /// get no windows. Any thread.
     static std::vector<TrackAnalysis> listen(platform::AudioFile& file, int channelCount,
                                              std::size_t concurrency,
                                              const std::function<void(double share)>& progress = {},

@@ -11,31 +11,35 @@ namespace orvane::SmartAudioBlockRouter {
 
 namespace {
 
-constexpr double noiseShare = 0.05; // of the windows, from the quietest: the noise of a track
-constexpr double gapDB = -100;     // dBFS; quieter windows are gaps of the recording and say nothing of noise
-constexpr double belowNoiseDB = 6; // what remains of a level below the noise
+constexpr double noiseShare = 0.05; // the noise of a track: the level of this share of its windows, the
+                                    // quietest
+constexpr double gapDB = -100;     // dBFS; quieter windows are gaps in the recording and are not used for the
+                                   // noise
+constexpr double belowNoiseDB = 6; // a level below the noise is set to this much below it
 
-// Above the noise of a track: where speech is possible, where it is sure, and where two tracks can be
-// compared.
+// Decibels above the noise of a track from which speech is possible, from which it is certain, and from which
+// two tracks can be compared.
 constexpr double possibleDB = 3;
 constexpr double sureDB = 10;
 constexpr double usableDB = 6;
 
-// While one person speaks, the difference of two lavs stays within a few decibels. It is told from knocks and
-// rustling, which are as loud but spread over all differences, by how many windows lie together.
+// While one person speaks, the level difference of two lavaliers stays within a few decibels. Knocks and
+// rustling are as loud, but their differences are spread widely. So a difference counts only if enough
+// windows have nearly the same one.
 constexpr double togetherDB = 1.5; // on either side
 constexpr std::size_t fewestTogether = 5;
-constexpr double fewestShare = 0.1; // of those around the most frequent difference
+constexpr double fewestShare = 0.1; // of the number of windows around the most frequent difference
 
-/// Two tracks that are further apart than this at one time than at another have different speakers.
+/// If the difference of two tracks varies by more than this, they have different speakers.
 constexpr double differentDB = 5;
-constexpr double mostBalanceDB = 14; // more is no recording level, but a lav that hears nobody
+constexpr double mostBalanceDB = 14; // a larger difference is not due to the recording levels: one lavalier
+                                     // records no one
 constexpr double clearLeadDB = 2;
-constexpr double farLeadDB = 60; // of one track alone, and negative of one that hears nothing
+constexpr double farLeadDB = 60; // for the only audible track; negative for an inaudible one
 
-using Levels = std::vector<double>; // by window
+using Levels = std::vector<double>; // one for each window
 
-/// The level that `share` of the windows do not exceed; silence where there are none.
+/// The level that `share` of the windows do not exceed; silence if there are no windows.
 double quantile(Levels levels, double share) {
     if (levels.empty()) return silentLevelDB;
     const auto at =
@@ -46,11 +50,11 @@ double quantile(Levels levels, double share) {
 
 struct Track {
     Levels raw;     // dBFS
-    Levels clean;   // the same without the noise, dBFS
+    Levels clean;   // without the noise, dBFS
     double noiseDB; // dBFS
 };
 
-/// Linear; no number counts as silence, infinity as the largest float.
+/// Linear; a value that is not a number counts as silence, infinity as the largest float.
 double powerOf(float rms) {
     const double held = rms > 0 ? std::min(rms, std::numeric_limits<float>::max()) : 0.0F;
     return held * held;
@@ -75,21 +79,21 @@ Track measured(int track, std::span<const PerWindowFrame> frames) {
     return measured;
 }
 
-/// A track without any sound but its noise: unplugged, or humming throughout.
+/// False for a track with only its noise: not connected, or with constant hum.
 bool hasUsableLevel(const Track& track) {
     const auto usable =
         std::ranges::count_if(track.raw, [&](double level) { return level - track.noiseDB > usableDB; });
     return static_cast<std::size_t>(usable) > fewestTogether;
 }
 
-/// Counts of differences in steps of half a decibel.
+/// Counts differences in steps of half a decibel.
 class Differences {
   public:
     void add(double decibels) {
         const double held = std::clamp(decibels, -mostDB, mostDB);
         ++counts_[static_cast<std::size_t>(std::lround((held + mostDB) * steps))];
     }
-    /// The lowest and the highest difference that many others lie around.
+    /// The lowest and the highest difference around which there are enough others.
     std::optional<std::pair<double, double>> extremes() const {
         std::array<std::size_t, places> together{};
         for (std::size_t i = 0; i < places; ++i)
@@ -113,7 +117,8 @@ class Differences {
     std::array<std::size_t, places> counts_{};
 };
 
-/// What the one is louder by where both are as far from their speakers; 0 for two that hear the same people.
+/// By how many decibels `one` is louder when both are equally far from their speakers; 0 for two tracks that
+/// record the same people.
 double balanceDB(const Track& one, const Track& other) {
     Differences differences;
     for (std::size_t window = 0; window < one.raw.size(); ++window)
@@ -129,7 +134,7 @@ double balanceDB(const Track& one, const Track& other) {
 SpeakerLevels::SpeakerLevels(const std::vector<int>& tracks, std::span<const PerWindowFrame> frames)
     : tracks_(tracks), presence_(frames.size()), leads_(frames.size() * tracks.size(), -farLeadDB) {
     std::vector<Track> all;
-    std::vector<std::size_t> heard; // the persons whose tracks hear something
+    std::vector<std::size_t> heard; // the persons with an audible track
     for (const int track : tracks) {
         all.push_back(measured(track, frames));
         if (hasUsableLevel(all.back())) heard.push_back(all.size() - 1);

@@ -10,31 +10,31 @@
 
 namespace orvane::SmartAudioBlockRouter {
 
-/// How far each of several personal microphones is ahead of the others in each window of a take, by a measure
-/// that a recording level does not change. A "person" is a track here, by its place in the list.
+/// By how much each of several personal microphones leads the others in each window of a take, independent of
+/// the recording levels. A "person" is here a track, by its index in the list.
 ///
-/// Of two lavs the one is louder by the bleed while its own speaker speaks, and softer by it while the other
-/// one does. Halfway between the two both are as far from their speakers, whatever their recording levels;
-/// from there the lead is counted.
+/// While one of two people speaks, their own lavalier is louder than the other one; while the other speaks,
+/// it is softer by as much. The middle between these two level differences is due to the recording levels
+/// alone, and a lead is measured from there.
 class SpeakerLevels {
   public:
-    /// `tracks`: at least one. Those that never rise above their own noise lead nowhere.
+    /// `tracks`: at least one. Tracks that never rise above their own noise never lead.
     SpeakerLevels(const std::vector<int>& tracks, std::span<const PerWindowFrame> frames);
 
     std::size_t people() const { return tracks_.size(); }
     std::size_t windows() const { return presence_.size(); }
     int track(std::size_t person) const { return tracks_[person]; }
 
-    /// False where no track ever rises above its own noise.
+    /// False if no track ever rises above its own noise.
     bool isAnybodyHeard() const { return isAnybodyHeard_; }
-    /// How surely somebody speaks in a window, 0 to 1.
+    /// How certain it is that someone speaks in a window, 0 to 1.
     double presence(std::size_t window) const { return presence_[window]; }
-    /// dB ahead of the nearest other; negative for all but at most one.
+    /// Decibels ahead of the nearest other person; negative for all but at most one.
     double leadDB(std::size_t window, std::size_t person) const {
         return leads_[window * tracks_.size() + person];
     }
-    /// Where a person leads most clearly, if they do in at least `fewest` windows in a row, of windows that
-    /// are not taken.
+    /// The range in which a person leads most clearly, among ranges of at least `fewest` windows in a row
+    /// that are not taken; absent if there is none.
     std::optional<WindowRange> clearestStretch(std::size_t person, std::size_t fewest,
                                                const std::vector<bool>& isTaken) const;
 

@@ -16,10 +16,11 @@ namespace orvane::SmartAudioBlockRouter {
 namespace {
 
 constexpr std::size_t fewestPeople = 2;
-/// Each is compared with each other; a recording of more has other kinds of channels.
+/// Each track is compared with each other one; a recording with more tracks has other kinds of channels as
+/// well.
 constexpr std::size_t mostPeople = 32;
 
-/// The microphones that hear several people, whatever their role is called.
+/// The microphones that record several people, by any role.
 class SharedTracks {
   public:
     explicit SharedTracks(const std::vector<ChannelClassification>& classifications)
@@ -34,20 +35,21 @@ class SharedTracks {
     bool ignoresBooms_;
 };
 
-// What a window costs, from 0 to 1: nothing on the lav of whoever speaks, 1 on one that is this far behind.
+// The cost of a window is 0 on the speaker's lavalier and 1 on one that is this far behind; linear in
+// between.
 constexpr double plainlyBehindDB = 6.0;
-/// Of a window in which nobody speaks, on any lav: a pause becomes a block of its own when it is long.
+/// The cost, on any lavalier, of a window in which no one speaks: a long pause becomes a block of its own.
 constexpr double pauseCost = 0.08;
-// Of a switch, in windows: within a pause, and in the middle of speech on top.
+// The cost of a switch, in windows: in a pause, and the addition in the middle of speech.
 constexpr double switchCost = 1.5;
 constexpr double switchInSpeechCost = 1.5;
-/// Of passing over somebody who is heard nowhere else.
+/// The cost of not playing a person who has no other block.
 constexpr double unheardCost = 50;
-// Somebody speaks who leads this clearly in this many windows.
+// A person is taken to speak if they lead clearly in this many windows in a row.
 constexpr std::size_t fewestWindowsOfSpeaker = 2;
 
-// A guessed boom or mix that is this far ahead of all lavs in that many windows with speech is a lav. A boom
-// is ahead for a moment where somebody without a lav laughs.
+// A guessed boom or mix that is this far ahead of all lavaliers in that many windows with speech is a
+// lavalier. A boom may be ahead for a moment, when someone without a lavalier laughs.
 constexpr double clearlyAheadDB = 2;
 constexpr double leastShareAhead = 0.1;
 constexpr std::size_t fewestWindowsAhead = 8;
@@ -63,7 +65,7 @@ std::string reasonOf(const SpeakerLevels& levels, std::size_t person, std::size_
     return "speaker: " + name + " leads by " + formatted("%+.1f", sum / weight) + " dB";
 }
 
-/// Costs by window and choice; the last choice is that nobody speaks.
+/// Costs by window and choice; the last choice means that no one speaks.
 SegmentCosts costsOf(const SpeakerLevels& levels) {
     const std::size_t people = levels.people();
     SegmentCosts costs(levels.windows(), people + 1);
@@ -83,8 +85,9 @@ SegmentCosts costsOf(const SpeakerLevels& levels) {
     return costs;
 }
 
-/// Makes whoever speaks but has no block the only choice where they speak most clearly, a block's length away
-/// from others of whom that was required. Whether there was any such.
+/// For each person who speaks but has no block, makes this person the only choice in the range where they
+/// speak most clearly. The range is a block's length away from the ranges of others. Returns whether there
+/// was such a person.
 bool requireTheUnheard(const SpeakerLevels& levels, const std::vector<Segment>& segments,
                        std::size_t shortest, std::vector<bool>& isTaken, SegmentCosts& costs) {
     bool isRequired = false;
@@ -103,7 +106,7 @@ bool requireTheUnheard(const SpeakerLevels& levels, const std::vector<Segment>& 
     return isRequired;
 }
 
-/// A block for somebody may take another's only one, so it is asked again.
+/// Repeated, as a new block for one person may replace the only block of another.
 std::vector<Segment> segmentsOf(const SpeakerLevels& levels, std::size_t shortest) {
     constexpr int mostRounds = 4;
     SegmentCosts costs = costsOf(levels);
@@ -116,7 +119,7 @@ std::vector<Segment> segmentsOf(const SpeakerLevels& levels, std::size_t shortes
     return segments;
 }
 
-/// Whether the track is ahead of all others for so long that it is somebody's.
+/// Whether the track is ahead of all others for long enough to be one person's microphone.
 bool isAhead(const SpeakerLevels& levels, std::size_t person) {
     std::size_t spoken = 0, ahead = 0;
     for (std::size_t window = 0; window < levels.windows(); ++window) {
@@ -187,7 +190,7 @@ std::vector<BlockDecision> buildBlocksBySpeaker(const std::vector<int>& tracks,
 
     std::vector<BlockDecision> blocks;
     blocks.reserve(segments.size());
-    // A pause in front keeps the track of whoever speaks first.
+    // A pause at the beginning gets the track of the first speaker.
     const auto isSpoken = [&](const Segment& one) { return one.choice < levels.people(); };
     const auto firstSpoken = std::ranges::find_if(segments, isSpoken);
     int track = levels.track(firstSpoken == segments.end() ? 0 : firstSpoken->choice);

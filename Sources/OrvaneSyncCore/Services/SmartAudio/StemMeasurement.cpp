@@ -11,13 +11,13 @@ namespace orvane {
 
 namespace {
 
-/// Linear; a source below it is too quiet to compare anything with.
+/// Linear; a quieter source is too quiet for a comparison.
 constexpr float quietestSource = 1e-6F;
 
-/// Hz and seconds of a window beyond which a header or a caller is wrong.
+/// More frames in a window mean that the header or the caller is wrong.
 constexpr double mostWindowFrames = 1e9;
 
-/// The first channel; no windows when the stem cannot be read.
+/// The first channel; no windows if the stem cannot be read.
 TrackAnalysis readMonoStem(const FileURL& url, double windowSeconds, const std::stop_token& stop) {
     const auto file = platform::AudioFile::open(url.path);
     if (!file || file->frameCount() < 1 || !(file->sampleRate() > 0)) return {};

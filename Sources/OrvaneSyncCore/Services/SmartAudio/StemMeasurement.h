@@ -7,7 +7,7 @@
 
 namespace orvane {
 
-/// What the stem separator made of one recording.
+/// The result of the stem separator for one recording.
 struct SeparatedStems {
     FileURL dialogueURL;
     FileURL musicURL;
@@ -18,8 +18,8 @@ struct SeparatedStems {
     bool operator==(const SeparatedStems&) const = default;
 };
 
-/// Measures the dialogue and the music stem per window, on their first channel. `sourceAvgRMS` is the linear
-/// level that the music is compared with. A stem that cannot be read gives empty arrays. Any thread.
+/// Measures the dialogue and the music stem by window, on their first channels. `sourceAvgRMS` is the linear
+/// level with which the music is compared. A stem that cannot be read gives empty arrays. Any thread.
 StemMetrics computeStemMetrics(const SeparatedStems& stems, double windowSeconds, float sourceAvgRMS,
                                const std::stop_token& stop = {});
 

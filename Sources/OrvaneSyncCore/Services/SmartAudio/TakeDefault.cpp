@@ -13,9 +13,9 @@ namespace {
 constexpr std::string_view isolatedWord = "iso";
 constexpr double minIsolatedCoverage = 0.25; // share of windows with speech
 constexpr double minCoverage = 0.4;
-constexpr double similarCoverage = 0.05; // up to this difference the steadier track wins
+constexpr double similarCoverage = 0.05; // up to this difference the steadier track is taken
 
-/// Searched in the whole text, whatever the track's role: a mix of isolated tracks is one too.
+/// Searches the whole text for any role: a mix of isolated tracks counts as well.
 bool isIsolated(const ClassificationByTrack& classifications, int track) {
     const auto found = classifications.find(track);
     return found != classifications.end() &&

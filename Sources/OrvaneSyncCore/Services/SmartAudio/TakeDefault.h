@@ -10,16 +10,16 @@
 
 namespace orvane::SmartAudioBlockRouter {
 
-/// Points into the classifications. Of several for one track the first counts.
+/// Pointers into the classifications. If several are for one track, the first counts.
 using ClassificationByTrack = std::unordered_map<int, const ChannelClassification*>;
 ClassificationByTrack byTrack(const std::vector<ChannelClassification>& classifications);
 
-/// Whether a track could be the one below: it speaks enough, or is isolated and speaks.
+/// Whether a track could be the take's default: it has enough speech, or it is isolated and has speech.
 bool qualifiesAsDefault(const ChannelRouteStats& stats, const ClassificationByTrack& classifications);
 
-/// The one track that is heard through a take unless something is plainly better: an isolated track with
-/// enough speech, else the track that speaks most and most evenly. Nothing when no track speaks enough.
-/// No candidates mean all tracks. Tracks are tried in the order of their numbers.
+/// The default track of a take, which is played unless another one is clearly better: an isolated track with
+/// enough speech, otherwise the track with the most and steadiest speech. Absent if no track has enough
+/// speech. No candidates means all tracks. Tracks are tried in the order of their numbers.
 std::optional<int> pickTakeDefault(const std::set<int>& candidateTracks, const TakeStatistics& channelStats,
                                    const std::vector<ChannelClassification>& classifications);
 

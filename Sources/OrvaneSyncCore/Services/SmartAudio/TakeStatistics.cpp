@@ -12,8 +12,9 @@ namespace orvane::SmartAudioBlockRouter {
 
 namespace {
 
-constexpr float digitalSilenceRMS = 0.00017782794F; // -75 dBFS; quieter windows say nothing of the room
-constexpr double noiseFloorShare = 0.2;             // of the windows, from the quietest
+constexpr float digitalSilenceRMS = 0.00017782794F; // -75 dBFS; quieter windows do not show the noise of the
+                                                    // room
+constexpr double noiseFloorShare = 0.2;             // of the windows, the quietest ones
 constexpr double quietestNoiseFloorDB = -65.0;
 constexpr double loudestNoiseFloorDB = -25.0;
 constexpr float minCrestRMS = 1e-5F;
@@ -28,7 +29,7 @@ std::map<int, Windows> windowsByTrack(std::span<const PerWindowFrame> frames) {
     return tracks;
 }
 
-/// What would stand at the position if the values were sorted.
+/// The value that would be at this index if the values were sorted.
 template <class T>
 T ranked(std::vector<T>& values, std::size_t position) {
     const auto at = values.begin() + static_cast<std::ptrdiff_t>(position);
@@ -83,7 +84,7 @@ double meanLevelDB(const Windows& windows) {
     return levelDB(sum / static_cast<double>(windows.size()), takeLevelFloor);
 }
 
-/// Tracks of the same level keep the order of their numbers.
+/// Tracks with equal levels stay in the order of their numbers.
 void rankByLevel(TakeStatistics& stats, std::vector<std::pair<double, int>> levels) {
     std::ranges::sort(levels);
     const std::size_t last = std::max<std::size_t>(levels.size(), 2) - 1;

@@ -11,7 +11,7 @@ namespace orvane::SmartAudioBlockRouter {
 /// By track, in track order.
 using TakeStatistics = std::map<int, ChannelRouteStats>;
 
-/// One record for each track that occurs in the frames. Every number in it is finite.
+/// One record for each track that occurs in the frames; all its numbers are finite.
 TakeStatistics computeChannelStats(std::span<const PerWindowFrame> frames);
 
 } // namespace orvane::SmartAudioBlockRouter

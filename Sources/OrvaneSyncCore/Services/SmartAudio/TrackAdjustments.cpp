@@ -7,19 +7,19 @@ namespace orvane {
 
 namespace {
 
-constexpr float speechShare = 0.1F; ///< of the windows; a track is treated as dialogue strictly above it
+constexpr float speechShare = 0.1F; ///< of the windows; a track with a higher share is treated as dialogue
 constexpr float smallestGainDB = 0.5F;
 constexpr float largestGainDB = 12.0F;
 
-constexpr std::size_t fewestWindowsForNoise = 4; ///< so that their quietest quarter is at least one
-constexpr float cleanSNR = 60.0F;                ///< dB, where no noise can be measured
-constexpr float bestSNR = 40.0F;                 ///< dB; more does not make a track better
+constexpr std::size_t fewestWindowsForNoise = 4; ///< so that the quietest quarter has at least one window
+constexpr float cleanSNR = 60.0F;                ///< dB, if no noise can be measured
+constexpr float bestSNR = 40.0F;                 ///< dB; a higher value does not make a track better
 constexpr double quietest = 1e-10;               ///< linear, -200 dBFS
 
 constexpr float humLevelDB = -50.0F;
 constexpr float humCrossingRate = 0.02F; ///< crossings per sample: 480 Hz at 48 kHz
 
-/// The share comes first, so that a clean track scores its speech ratio to the last bit.
+/// The share is computed first, so that the score of a clean track is exactly its speech ratio.
 float bestSourceScore(float speechRatio, float snr) {
     return speechRatio * (std::clamp(snr, 0.0F, bestSNR) / bestSNR);
 }

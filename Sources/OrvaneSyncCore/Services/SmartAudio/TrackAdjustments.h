@@ -10,17 +10,18 @@
 
 namespace orvane {
 
-/// From a track's measurements to what is recommended for it. Pure; any thread.
+/// Computes recommendations from a track's measurements. Pure; any thread.
 namespace TrackAdjustments {
 
 std::vector<TrackAdjustment> generateAdjustments(std::span<const TrackAnalysis> analyses, SmartAudioMode mode,
                                                  const SmartAudioConfig& config);
 
-/// dB: the mean window over the mean of the quietest quarter; 60 where there is no quarter or no noise in it.
+/// dB: the mean window relative to the mean of the quietest quarter; 60 if there are too few windows or no
+/// noise.
 float estimatedSNR(const TrackAnalysis& analysis);
-/// A loud enough track whose signal crosses zero as seldom as the mains do.
+/// Whether a sufficiently loud track has as few zero crossings as mains hum.
 bool hasHum(const TrackAnalysis& analysis);
-/// The track with the highest score, the first of equals; nothing without tracks.
+/// The track with the highest score, the first of equal ones; absent without tracks.
 std::optional<int> bestTrackIndex(std::span<const TrackAdjustment> tracks);
 
 } // namespace TrackAdjustments

@@ -7,15 +7,15 @@ namespace orvane {
 
 namespace {
 
-/// dBFS; a window above it counts as speech. The whole speech test is this gate.
+/// dBFS; a louder window counts as speech. There is no other test for speech.
 constexpr float speechGateDB = -50.0F;
-/// Linear; anything quieter counts as this, -200 dBFS.
+/// Linear; quieter values count as this one, -200 dBFS.
 constexpr float quietestLevel = 1e-10F;
-/// Linear; below it there is no peak to set against the average.
+/// Linear; a lower peak is too small for a comparison with the average.
 constexpr float quietestPeak = 1e-6F;
 
 /// Decibels are computed in 64 bits and rounded once, so that they do not depend on the precision of a
-/// machine's 32-bit logarithm; sums in 64 bits, so that no count of windows wears them down.
+/// machine's 32-bit logarithm. Sums are in 64 bits, so that they stay exact for any number of windows.
 float decibels(double ratio) { return static_cast<float>(20.0 * std::log10(ratio)); }
 
 float mean(const std::vector<float>& values) {
@@ -35,7 +35,7 @@ float dynamicRangeDB(float maxPeak, float averageRMS) {
     return decibels(static_cast<double>(maxPeak) / std::max(averageRMS, quietestPeak));
 }
 
-/// The loudest track with speech, counted from 1; track 1 when nobody speaks.
+/// The loudest track with speech, counted from 1; track 1 if none has speech.
 int loudestSpeaker(std::span<const TrackAnalysis> analyses, std::size_t window) {
     int best = 1;
     float bestScore = -1.0F;

@@ -9,7 +9,7 @@
 
 namespace orvane {
 
-/// What a pass over a recording gathers for one track. The arrays have one value a window.
+/// The measurements of a pass for one track. The arrays have one value for each window.
 struct TrackAnalysis {
     std::vector<float> windowRMS;   ///< linear
     std::vector<float> windowPeaks; ///< linear
@@ -19,9 +19,9 @@ struct TrackAnalysis {
     float maxPeak = 0;                    ///< linear
     std::vector<float> spectralCentroids; ///< zero-crossing rates, crossings per sample
 
-    /// Appends a window; the speech test is made here.
+    /// Appends a window and decides whether it has speech.
     void add(float rms, float peak, float zeroCrossingRate);
-    /// Appends the windows of a later stretch of the same track.
+    /// Appends the windows of a later part of the same track.
     void append(const TrackAnalysis& behind);
 
     float averageRMS() const; ///< mean of `windowRMS`, linear; 0 without windows
@@ -31,24 +31,24 @@ struct TrackAnalysis {
     bool operator==(const TrackAnalysis&) const = default;
 };
 
-/// From a track's windows to what classification and routing ask for. Pure; any thread.
+/// Converts a track's windows for classification and routing. Pure; any thread.
 namespace WindowAnalysis {
 
-/// 20·log10, with silence at -200 dBFS.
+/// 20·log10; silence is -200 dBFS.
 float levelDB(float linear);
 
-/// Of track 1 + the position in `analyses`, in that order.
+/// Track numbers are the index in `analyses` + 1; in that order.
 std::vector<ChannelStats> channelStats(std::span<const TrackAnalysis> analyses);
 
-/// As many as track 1 has windows.
+/// As many frames as track 1 has windows.
 std::vector<SmartAudioBlockRouter::PerWindowFrame> frames(std::span<const TrackAnalysis> analyses);
 
-/// The loudest track with speech, window by window; a run shorter than `minSegmentSeconds` joins the segment
-/// before it. For clips that are not routed in blocks.
+/// The loudest track with speech, window by window; a run that is shorter than `minSegmentSeconds` joins the
+/// segment before it. For clips that are not routed in blocks.
 std::vector<WindowedBestSegment> computePerWindowBestSegments(std::span<const TrackAnalysis> analyses,
                                                               double windowSeconds, double minSegmentSeconds);
 
-/// The stretches of the blocks in which a track plays.
+/// For each block with a track, its time range.
 std::vector<WindowedBestSegment> toLegacyWindowedSegments(const std::vector<BlockDecision>& blocks);
 
 } // namespace WindowAnalysis

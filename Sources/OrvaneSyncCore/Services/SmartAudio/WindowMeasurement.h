@@ -19,11 +19,11 @@ class WindowMeasurement : public AudioListener {
     std::unique_ptr<AudioListener> sibling(std::size_t firstFrame) const override;
     void append(AudioListener& behind) override;
 
-    /// One a channel of the pass.
+    /// One for each channel of the pass.
     std::vector<TrackAnalysis> take() { return std::move(analyses_); }
 
   private:
-    /// One channel in the window under way.
+    /// One channel in the current window.
     struct Window {
         std::size_t frames = 0;
         double sumOfSquares = 0;

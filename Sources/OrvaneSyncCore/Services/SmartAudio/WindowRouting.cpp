@@ -12,10 +12,10 @@ namespace orvane::SmartAudioBlockRouter {
 namespace {
 
 constexpr double minScoredLevelDB = -45.0;
-constexpr double referenceSNRDB = 20.0; // here the score is the level itself
+constexpr double referenceSNRDB = 20.0; // at this value the score is the level itself
 constexpr double scorePerSNRDB = 0.4;
-constexpr double maxSNRScore = 10.0;  // either way
-constexpr double similarLavsDB = 6.0; // two lavs no further apart are both in use
+constexpr double maxSNRScore = 10.0;  // upper and lower limit
+constexpr double similarLavsDB = 6.0; // two lavaliers with a smaller difference are both in use
 
 using Channels = std::vector<const WindowMetrics*>;
 
@@ -48,7 +48,7 @@ int fallbackTrack(const Channels& channels, const TrackRoles& roles) {
     return loudest == channels.end() ? 0 : (*loudest)->trackIndex;
 }
 
-/// The two loudest tracks that are known to be lavs, louder first. Nothing with fewer than two.
+/// The two loudest tracks that are known to be lavaliers, louder first. Absent if there are fewer than two.
 std::optional<std::pair<Score, Score>> topLavs(const std::vector<Score>& scores, const TrackRoles& roles) {
     std::vector<Score> lavs;
     for (const Score& score : scores)
@@ -58,7 +58,7 @@ std::optional<std::pair<Score, Score>> topLavs(const std::vector<Score>& scores,
     return std::pair{lavs[0], lavs[1]};
 }
 
-/// One person on two lavs, or two people who speak at once.
+/// One person with two lavaliers, or two people who speak at the same time.
 PerWindowOutcome decideSimilarLavs(const Score& first, const Score& second, const std::vector<Score>& scores,
                                    const TrackRoles& roles) {
     const auto nameOf = [&](const Score& score) {

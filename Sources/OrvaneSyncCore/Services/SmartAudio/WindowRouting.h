@@ -14,13 +14,13 @@
 
 namespace orvane::SmartAudioBlockRouter {
 
-// Routing of a take without a usable default: each window is decided by itself, then runs of equal decisions
+// Routing of a take without a usable default: each window is decided separately, then runs of equal decisions
 // become blocks.
 
 /// The decision for one window.
 struct PerWindowOutcome {
     int activeTrack = 0;               ///< 0: none
-    std::optional<int> secondaryTrack; ///< of `multiActiveWarn`
+    std::optional<int> secondaryTrack; ///< only for `multiActiveWarn`
     BlockKind kind = BlockKind::silence;
     std::string reason;
 
@@ -34,7 +34,7 @@ struct WindowDecision {
     bool operator==(const WindowDecision&) const = default;
 };
 
-/// One track's standing in one window.
+/// The rating of one track in one window.
 struct Score {
     int trackIndex = 0;
     BlockKind kind = BlockKind::lav; ///< `lav` for every track that is neither boom nor mix
@@ -43,19 +43,19 @@ struct Score {
     double total = 0;
 };
 
-/// A stretch of equal outcomes, in windows; the end is exclusive.
+/// A run of windows with equal outcomes; the end is exclusive.
 struct Run {
     int startWindow = 0;
     int endWindow = 0;
     PerWindowOutcome outcome;
 };
 
-/// The tracks by role. Quick to ask for each channel of each window, however many channels there are.
+/// The tracks by role. Fast for each channel of each window, also with many channels.
 struct TrackRoles {
     std::vector<int> boomTracks; ///< in the order of the classifications
-    std::vector<int> mixTracks;  ///< in the same order
+    std::vector<int> mixTracks;  ///< in the order of the classifications
     std::unordered_set<int> lavTracks;
-    std::unordered_map<int, BlockKind> kindByTrack; ///< of tracks that are boom or mix
+    std::unordered_map<int, BlockKind> kindByTrack; ///< only of tracks that are boom or mix
     std::unordered_map<int, std::string> speakerByTrack;
 
     static TrackRoles of(const std::vector<ChannelClassification>& classifications);
@@ -66,17 +66,18 @@ struct TrackRoles {
 /// Decibels of a track above its noise floor; 0 for a track without statistics.
 double snrDB(double rmsDB, int track, const TakeStatistics& channelStats);
 
-/// No candidates mean all tracks.
+/// No candidates means all tracks.
 PerWindowOutcome decideOneWindow(const PerWindowFrame& frame, const TrackRoles& roles,
                                  const TakeStatistics& channelStats, const std::set<int>& candidateTracks);
 
-/// One decision a frame, in order.
+/// One decision for each frame, in order.
 std::vector<WindowDecision> perWindowDecisions(std::span<const PerWindowFrame> frames,
                                                const TrackRoles& roles, const TakeStatistics& channelStats,
                                                const std::set<int>& candidateTracks);
 
-/// Blocks of equal outcomes, the reason included; a run shorter than `minBlockSeconds` lengthens the block
-/// before it. Since the reason of a score holds its numbers, mainly stretches with a fixed reason stand.
+/// Blocks of equal outcomes, including their reasons; a run that is shorter than `minBlockSeconds` lengthens
+/// the block before it. As most reasons contain the numbers of a score, mainly runs with a fixed reason
+/// become blocks of their own.
 std::vector<BlockDecision> consolidateRuns(const std::vector<WindowDecision>& perWindow, double windowSeconds,
                                            double minBlockSeconds);
 

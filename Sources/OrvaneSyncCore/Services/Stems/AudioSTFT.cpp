@@ -14,12 +14,12 @@ namespace {
 using Complex = std::complex<float>;
 
 constexpr std::size_t padding = AudioSTFT::points / 2;
-/// Frames that are put in order at a time: a line of the cache in each bin's row.
+/// Frames that are transposed at a time: one cache line in each bin's row.
 constexpr std::size_t framesAtOnce = 16;
 /// Square root of 2048.
 constexpr float norm = 45.254833995939045F;
 
-/// The sample at a position that may lie in front of the first or behind the last.
+/// The sample at a position that may be before the first or after the last one.
 float reflected(std::span<const float> samples, std::ptrdiff_t at) {
     const std::ptrdiff_t last = std::ssize(samples) - 1;
     if (last < 0) return 0;

@@ -8,9 +8,9 @@
 
 namespace orvane {
 
-/// The short-time Fourier transform that the separator's model works on: 2048 points every 512 samples, with
-/// a periodic Hann window, each frame centred on its sample, the ends filled up by reflection. `inverse` of
-/// `transform` gives the samples back. One thread at a time.
+/// The short-time Fourier transform that the separator's model uses: 2048 points every 512 samples, with a
+/// periodic Hann window, each frame centred on its sample; beyond the ends the signal is reflected. `inverse`
+/// of `transform` gives the samples back. One thread at a time.
 class AudioSTFT {
   public:
     static constexpr std::size_t points = 2048, hop = 512, bins = points / 2 + 1;
@@ -22,7 +22,7 @@ class AudioSTFT {
         std::size_t nTime = 0;
     };
     Spectrogram transform(std::span<const float> samples);
-    /// `outputLength` samples; those that no frame holds are 0.
+    /// `outputLength` samples; samples outside all frames are 0.
     std::vector<float> inverse(std::span<const float> real, std::span<const float> imag, std::size_t nTime,
                                std::size_t outputLength);
 

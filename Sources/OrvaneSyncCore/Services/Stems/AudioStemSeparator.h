@@ -14,19 +14,19 @@ namespace orvane {
 class AudioStemSeparator {
   public:
     virtual ~AudioStemSeparator() = default;
-    /// Whether `separate` can give anything; does not wait for a separation under way.
+    /// Whether `separate` can work; does not wait for a separation in progress.
     virtual bool isAvailable() const = 0;
-    /// Makes it available where that is possible; once is enough.
+    /// Makes the separator available if possible; needed once only.
     virtual void prepare() {}
-    /// For people; empty while it is available.
+    /// For display; empty if it is available.
     virtual std::string whyUnavailable() const = 0;
-    /// Writes the three stems as files of one channel at 44,100 Hz into the folder. Nothing where the
+    /// Writes the three stems into the folder, as files with one channel at 44,100 Hz. Absent if the
     /// recording cannot be read. Throws FileError, platform::ModelError and Stopped.
     virtual std::optional<SeparatedStems> separate(const TakeSound& audio, const std::string& folder,
                                                    const std::stop_token& stop = {}) = 0;
 };
 
-/// Stands where nobody wants stems.
+/// Used when no stems are wanted; never available.
 class StubStemSeparator : public AudioStemSeparator {
   public:
     bool isAvailable() const override { return false; }

@@ -23,7 +23,7 @@ using platform::ModelTensor;
 const std::array<std::string, 3> outputNames{"speech", "music", "sfx"};
 constexpr std::array<const char*, 3> fileNames{dialogueStemName, musicStemName, effectsStemName};
 
-/// The mean of a recording's channels at the model's rate, chunk by chunk.
+/// Reads the mean of a recording's channels at the model's rate, chunk by chunk.
 class ChunkReader {
   public:
     explicit ChunkReader(platform::AudioFile& file)
@@ -31,9 +31,9 @@ class ChunkReader {
           total_(static_cast<std::size_t>(std::ceil(static_cast<double>(file.frameCount()) / step_))) {}
 
     std::size_t total() const { return total_; }
-    /// `count` samples from the position on.
+    /// `count` samples from position `at`.
     std::vector<float> read(std::size_t at, std::size_t count, const std::stop_token& stop) {
-        // As far as the filter of the resampling reaches, and more.
+        // More than the filter of the resampling needs on either side.
         const double margin = 64 * std::max(step_, 1.0);
         const double start = static_cast<double>(at) * step_;
         const auto first = static_cast<std::int64_t>(std::max(0.0, std::floor(start - margin)));
@@ -70,7 +70,7 @@ class ChunkReader {
     }
 
     platform::AudioFile& file_;
-    double step_; ///< frames of the recording for one sample
+    double step_; ///< frames of the recording for each sample
     std::size_t total_;
 };
 
@@ -115,7 +115,7 @@ std::string BanditStemSeparator::installedModelPath() {
 }
 
 std::string BanditStemSeparator::whyUnavailable() const {
-    if (isReady_) return ""; // without waiting for a separation
+    if (isReady_) return ""; // need not wait for a separation
     const std::lock_guard lock(mutex_);
     return problem_;
 }
@@ -133,7 +133,7 @@ BanditStemSeparator::Installation BanditStemSeparator::installation() const {
 }
 
 void BanditStemSeparator::prepare() {
-    if (isReady_) return; // without waiting for a separation
+    if (isReady_) return; // need not wait for a separation
     const std::lock_guard lock(mutex_);
     if (isReady_) return;
     problem_ = installation().problem;

@@ -11,29 +11,29 @@
 
 namespace orvane {
 
-/// Separates with the model "BanditV2.onnx", which the user puts into the application's data folder: input
-/// "spectrogram" and outputs "speech", "music" and "sfx" of shape 1, 1, 1025, frames, 2, the last axis being
-/// real and imaginary part (AudioSTFT). Every call of the model gets a minute; what a recording lacks of its
-/// last one is silence. A minute is held in memory at a time.
+/// Separates with the model "BanditV2.onnx", which the user puts into the application's data folder. Its
+/// input "spectrogram" and its outputs "speech", "music" and "sfx" have the shape 1, 1, 1025, frames, 2; the
+/// last axis is real and imaginary part (AudioSTFT). Each call of the model processes one minute; the last
+/// one is filled up with silence. One minute is held in memory at a time.
 class BanditStemSeparator : public AudioStemSeparator {
   public:
     static constexpr double modelSampleRate = 44100;
     static constexpr std::size_t chunkSamples = 2'646'000; ///< 60 s
 
-    /// `modelPath`: empty for that of the user account. `runtimeFolders`: where ONNX Runtime is looked for
-    /// before the system's folders; the folder of models where none are given.
+    /// `modelPath`: empty for the model of the user's account. `runtimeFolders`: folders that are searched
+    /// for ONNX Runtime before those of the system; if empty, the folder of models.
     explicit BanditStemSeparator(std::string modelPath = {}, std::vector<std::string> runtimeFolders = {});
     static std::string installedModelPath();
 
-    /// What of it this machine has, without loading the model.
+    /// What is installed on this machine; does not load the model.
     struct Installation {
         std::string modelPath;
         bool hasModel = false;
-        std::string runtime; ///< for people; empty without one
-        std::string problem; ///< what to do; empty: nothing
+        std::string runtime; ///< for display; empty if there is none
+        std::string problem; ///< what the user must do; empty: nothing
     };
     Installation installation() const;
-    /// Which runtime runs the model, for people; empty without one.
+    /// The runtime that runs the model, for display; empty if there is none.
     std::string runtimeText() const { return installation().runtime; }
 
     bool isAvailable() const override { return isReady_; }
@@ -46,7 +46,7 @@ class BanditStemSeparator : public AudioStemSeparator {
     const std::string modelPath_;
     const std::vector<std::string> runtimeFolders_;
     std::atomic<bool> isReady_ = false;
-    mutable std::mutex mutex_; ///< over the next three
+    mutable std::mutex mutex_; ///< protects the next three members
     std::string problem_;
     std::shared_ptr<platform::ModelRuntime> runtime_;
     std::unique_ptr<platform::Model> model_;

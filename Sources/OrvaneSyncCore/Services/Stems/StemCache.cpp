@@ -27,7 +27,7 @@ SeparatedStems stemsIn(const std::string& folder) {
         {folder + "/" + dialogueStemName}, {folder + "/" + musicStemName}, {folder + "/" + effectsStemName}};
 }
 
-/// Takes a key out of those under way, however the separation ends.
+/// Removes a key from those in progress, however the separation ends.
 class SeparationUnderWay {
   public:
     SeparationUnderWay(std::mutex& mutex, std::condition_variable& ended, std::set<std::string>& keys,
@@ -94,7 +94,7 @@ std::optional<SeparatedStems> StemCache::kept(const std::string& key) const {
         stems.durationSeconds = required<double>(meta, "durationSeconds");
         files::markUsed(folder);
         return stems;
-    } catch (const std::runtime_error&) { // cannot be read, or is no such record
+    } catch (const std::runtime_error&) { // cannot be read, or is not a valid record
         return std::nullopt;
     }
 }
@@ -104,7 +104,7 @@ std::optional<SeparatedStems> StemCache::stems(const TakeSound& audio, const std
     if (!separator_->isAvailable()) return std::nullopt;
     const std::string key = StemCache::key(audio);
     {
-        constexpr std::chrono::milliseconds interval{20}; // within which a stop is noticed
+        constexpr std::chrono::milliseconds interval{20}; // the time within which a stop is noticed
         std::unique_lock lock(mutex_);
         while (inFlight_.contains(key)) {
             ended_.wait_for(lock, interval);
@@ -117,7 +117,7 @@ std::optional<SeparatedStems> StemCache::stems(const TakeSound& audio, const std
     return separated(audio, key, stop);
 }
 
-/// The record comes last: a folder without it is no hit.
+/// The record is written last: without it the folder does not count as complete.
 std::optional<SeparatedStems> StemCache::separated(const TakeSound& audio, const std::string& key,
                                                    const std::stop_token& stop) {
     const std::string folder = folderOf(key);
@@ -137,7 +137,7 @@ std::optional<SeparatedStems> StemCache::separated(const TakeSound& audio, const
     } catch (...) {
         try {
             files::removeTree(folder);
-        } catch (const platform::FileError&) { // what is left is no hit
+        } catch (const platform::FileError&) { // an incomplete folder is not used
         }
         throw;
     }
@@ -146,7 +146,7 @@ std::optional<SeparatedStems> StemCache::separated(const TakeSound& audio, const
 void StemCache::invalidate(const TakeSound& audio) {
     try {
         files::removeTree(folderOf(key(audio)));
-    } catch (const platform::FileError&) { // is no more, or stays
+    } catch (const platform::FileError&) { // does not exist, or cannot be removed
     }
 }
 
@@ -155,7 +155,7 @@ void StemCache::purgeAll() {
     try {
         files::removeTree(root);
         files::createDirectories(root);
-    } catch (const platform::FileError&) { // the rest stays
+    } catch (const platform::FileError&) { // what cannot be removed stays
     }
 }
 

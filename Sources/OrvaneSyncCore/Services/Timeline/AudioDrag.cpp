@@ -23,7 +23,7 @@ double draggedSeconds(double seconds, DragModifiers modifiers, const AudioDrag::
 
 std::optional<double> AudioDrag::move(double translation, DragModifiers modifiers, const Timeline& timeline) {
     const double seconds = draggedSeconds(translation / timeline.pixelsPerSecond, modifiers, timeline);
-    if (!std::isfinite(seconds)) return std::nullopt; // of a timeline without a width
+    if (!std::isfinite(seconds)) return std::nullopt; // the timeline has no width
     const double change = seconds - applied_;
     live_ = seconds;
     applied_ = seconds;

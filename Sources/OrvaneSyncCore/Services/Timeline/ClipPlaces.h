@@ -2,13 +2,13 @@
 
 namespace orvane {
 
-/// Where in a clip the playhead goes for a place in its sound. `audioOffsetSeconds`: clip time of the sound's
-/// first sample, the manual offset included. All in seconds. Pure; any thread.
+/// The position of the playhead in a clip for a position in its sound. `audioOffsetSeconds`: clip time of the
+/// sound's first sample, including the manual offset. All in seconds. Pure; any thread.
 namespace ClipPlaces {
 
-/// Of the anchor: not behind the clip, and not before it unless the sound begins there.
+/// For the anchor: never after the clip's end, and before its start only if the sound begins there.
 double ofAnchor(double anchorInAudio, double audioOffsetSeconds, double clipDuration);
-/// Of a click on the waveform.
+/// For a click on the waveform.
 double ofClick(double secondsInAudio, double audioDuration, double audioOffsetSeconds);
 
 } // namespace ClipPlaces

@@ -2,16 +2,16 @@
 
 namespace orvane {
 
-/// Adds to what was left over, takes the whole part of the sum, towards 0, and leaves the fraction. A delta
-/// that is no finite number counts as 0, and no event gives more than a million.
+/// Adds `delta` to the remainder, returns the whole part of the sum, rounded towards 0, and keeps the
+/// fraction. A delta that is not finite counts as 0, and one delta counts at most a million.
 int takeWhole(double& remainder, double delta);
 
-/// Turns scrolling over the picture into steps of frames.
+/// Converts scrolling over the picture into frame steps.
 struct FrameAccumulator {
     double remainder = 0; ///< frames, above -1 and below 1
 
-    /// Frames to step, backwards where negative. `hasPreciseDeltas`: of a trackpad, whose deltas count a
-    /// quarter; a wheel's count as they are.
+    /// The number of frames to step, negative for backwards. `hasPreciseDeltas`: from a trackpad, whose
+    /// deltas count a quarter; those of a wheel count fully.
     int frames(double forDeltaY, bool hasPreciseDeltas);
 };
 

@@ -7,11 +7,11 @@ namespace orvane {
 /// The ruler of the timeline. Pure; any thread.
 namespace TimelineRuler {
 
-/// Seconds from tick to tick for `duration` seconds over `width` points: at least 60 points lie between two
-/// ticks, up to ticks of 5 minutes.
+/// Seconds between ticks for `duration` seconds over `width` points: ticks are at least 60 points apart, and
+/// at most 5 minutes.
 double rulerInterval(double duration, double width);
 
-/// Minutes and seconds, such as "2:05"; with a minus sign before the clip.
+/// Minutes and seconds, such as "2:05"; negative times have a minus sign.
 std::string formatTime(double seconds);
 
 } // namespace TimelineRuler

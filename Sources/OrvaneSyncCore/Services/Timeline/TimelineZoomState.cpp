@@ -12,7 +12,7 @@ namespace {
 
 constexpr double pixelsPerSecondOfNothing = 60;
 constexpr double leastWidthChange = 0.5; ///< points
-constexpr double spareSeconds = 2;       ///< of padding beyond the sound
+constexpr double spareSeconds = 2;       ///< padding beyond the sound
 constexpr double pinchSpeed = 0.04;
 constexpr double leastPinch = 0.5, mostPinch = 2;
 constexpr double scrollOfAStep = 4;

@@ -18,11 +18,11 @@ namespace {
 
 constexpr double searchedSeconds = 30;
 constexpr double blockSeconds = 0.01;
-/// Of the end where no clap is expected.
+/// Length of the end at which no clap is expected.
 constexpr double quietSeconds = 5;
 constexpr double riseOverBackground = 5;
 
-/// Hears one stretch of a recording.
+/// Analyses one section of a recording.
 class TransientSearch : public AudioListener {
   public:
     explicit TransientSearch(std::size_t hop) : hop_(hop) {}
@@ -42,8 +42,8 @@ class TransientSearch : public AudioListener {
         }
     }
 
-    /// The first frame of the clap's block; `quiet`: how many frames count as quiet, at the end of what was
-    /// heard or at its beginning.
+    /// The first frame of the clap's block. `quiet`: how many frames count as quiet; they are at the end of
+    /// the section for the head of a recording, at its beginning for the tail.
     std::optional<std::size_t> transient(ClapDetector::Part part, std::size_t quiet) const {
         if (levels_.empty()) return std::nullopt;
         const std::size_t count = std::min(quiet, levels_.size());
@@ -57,7 +57,7 @@ class TransientSearch : public AudioListener {
     }
 
   private:
-    /// Of equal peaks the first stands.
+    /// Of equal peaks the first is kept.
     void endBlock(std::size_t at) {
         if (blockPeak_ > peak_) {
             peak_ = blockPeak_;
@@ -66,15 +66,15 @@ class TransientSearch : public AudioListener {
         blockPeak_ = 0;
     }
 
-    std::size_t hop_; ///< frames of a block
+    std::size_t hop_; ///< frames in a block
     std::size_t channels_ = 0;
-    std::vector<float> levels_; ///< of each frame, its magnitudes over all channels added up
-    float blockPeak_ = 0;       ///< of the block under way; one that the end cuts off does not count
+    std::vector<float> levels_; ///< for each frame the sum of the magnitudes of all channels
+    float blockPeak_ = 0;       ///< of the current block; an incomplete block at the end does not count
     float peak_ = 0;
     std::size_t peakAt_ = 0;
 };
 
-/// The moments of a stretch within a file, in its frames.
+/// A section of a file, in frames of the file.
 struct SearchedFrames {
     std::size_t begin = 0, end = 0;
 
@@ -90,7 +90,7 @@ struct SearchedFrames {
     }
 };
 
-/// What `find` finds in the recording of a search, in audio time.
+/// Calls `find` with the take of a search and converts the result to audio time.
 template <class Find>
 std::optional<double> inAudioTime(const ClapDetector::Search& search, Find find) {
     const OpenTake take = openTake(search.sound);
@@ -110,7 +110,7 @@ std::optional<ClapDetector::Search> ClapDetector::Search::of(const SyncGroup& gr
     if (search.sound.files.size() < 2) return search;
     const Stretch shown{std::max(-heard.offsetSeconds, 0.0),
                         group.video.durationSeconds.value_or(Stretch{}.endSeconds) - heard.offsetSeconds};
-    // A clip that shows nothing of its take, moved far by hand, is no reason to look nowhere.
+    // If a clip was moved so far by hand that it shows nothing of its take, the whole take is searched.
     if (shown.startSeconds < heard.durationSeconds && shown.startSeconds < shown.endSeconds)
         search.stretch = shown;
     return search;

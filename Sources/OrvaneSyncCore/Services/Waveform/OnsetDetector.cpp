@@ -10,10 +10,10 @@ namespace orvane {
 namespace {
 
 constexpr std::size_t fewestBins = 5;
-/// Linear; noise below it is no onset, however quiet the rest is.
+/// Linear; a lower level is never an onset, however quiet the rest is.
 constexpr float lowestThreshold = 0.02F;
 
-/// The bins of a gap; of one that is longer than any envelope, as many as no envelope has.
+/// The gap in bins; limited for gaps that are longer than any envelope.
 std::int64_t wholeBins(double bins) {
     constexpr double most = 1e15;
     return static_cast<std::int64_t>(std::clamp(bins, 0.0, most));

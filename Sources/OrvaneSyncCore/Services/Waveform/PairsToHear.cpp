@@ -18,9 +18,9 @@ namespace orvane::SoundLag {
 namespace {
 
 constexpr std::size_t mostPairsOfACard = 6, mostPairs = 30;
-constexpr double startTogetherSeconds = 0.5; // as the files of one take do
+constexpr double startTogetherSeconds = 0.5; // as for the files of one take
 constexpr std::size_t neighboursEitherWay = 2;
-constexpr std::size_t mostSteps = 2; // a clock that was lost and set right again
+constexpr std::size_t mostSteps = 2; // a clock that was wrong for a time and then set right
 
 bool differ(double a, double b) { return std::abs(a - b) > agreeingSeconds; }
 
@@ -29,7 +29,7 @@ std::string_view pathOfFolder(const FileURL& file) {
 }
 
 bool coversClip(const AudioMatch& match, double clipSeconds) {
-    constexpr double slackSeconds = 1; // a slow hand at the recorder
+    constexpr double slackSeconds = 1; // tolerance for starting and stopping the recorder late
     return match.syncOffsetSeconds <= slackSeconds &&
            match.syncOffsetSeconds + match.audio->durationSeconds.value_or(0) >= clipSeconds - slackSeconds;
 }
@@ -38,7 +38,7 @@ struct Hearable {
     const SyncGroup* group;
     const AudioMatch* match;
 };
-/// By the folders of camera and recordings, in the order of the clips.
+/// Key: the folders of camera and recordings; clips are in the order of the list.
 using HearableCards = std::map<std::pair<std::string_view, std::string_view>, std::vector<Hearable>>;
 
 HearableCards hearableCards(const SyncGroupList& groups) {
@@ -79,7 +79,7 @@ Pair pairOf(const Hearable& one) {
     return {match->id, group->video.url, *sound.take, sound.offsetSeconds, length};
 }
 
-/// Numbers from 0 to `size` - 1, `count` of them: the first, the last, what is halfway between, and so on.
+/// `count` numbers from 0 to `size` - 1: the first, the last, the one halfway between, and so on.
 std::vector<std::size_t> spread(std::size_t size, std::size_t count) {
     std::vector<std::size_t> numbers;
     const auto add = [&](std::size_t number) {
@@ -92,7 +92,7 @@ std::vector<std::size_t> spread(std::size_t size, std::size_t count) {
     return numbers;
 }
 
-/// Of recorders that make a folder for each take, the folder above.
+/// If a recorder makes a folder for each take, the folder above it.
 std::string cardOf(const std::map<std::string_view, std::size_t>& filesIn, const FileURL& file) {
     const std::string_view folder = pathOfFolder(file);
     return std::string(filesIn.at(folder) >= fewestPairs ? folder : folder.substr(0, folder.rfind('/')));
@@ -140,7 +140,8 @@ std::vector<Pair> pairsBetween(const SyncGroupList& groups, const HeardSound& he
             if (soundings.size() > 1 && differ(soundings.end()[-2].seconds, soundings.back().seconds))
                 ++steps;
         }
-        // What differs from clip to clip is no clock that was set again, but one of another speed.
+        // Distances that differ from clip to clip do not mean that a clock was set, but that it runs at
+        // another speed.
         if (!isAnyElsewhere && (steps > mostSteps || soundings.size() < 2 * steps + 1)) continue;
         for (std::size_t i = 1; i < soundings.size(); ++i) {
             if (!differ(soundings[i - 1].seconds, soundings[i].seconds)) continue;

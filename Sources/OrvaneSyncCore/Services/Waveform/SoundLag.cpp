@@ -18,31 +18,33 @@ namespace orvane::SoundLag {
 
 namespace {
 
-// A slate is at the head, and with it the plainest sound of a clip.
+// The slate is at the head, and it is the clearest sound of a clip.
 constexpr double heardSeconds = 10;
-// Whoever records more has a mix or a boom among the first.
+// A recording with more channels has a mix or a boom among the first ones.
 constexpr int mostChannels = 4;
-// What is looked for in so much has to be longer, as more places match by chance.
+// In a longer search more places match by chance, so more sound is compared.
 constexpr double heardFarSeconds = 20;
-// A recorder rolls before the camera, and seldom for longer.
+// A recorder starts before the camera, usually by no more than this.
 constexpr double rollsBeforeSeconds = 30;
-// One that runs through many clips lies under them by any clock that is wrong by minutes.
+// A recording that goes on during many clips is under them even if a clock is wrong by minutes.
 constexpr double leastLongSeconds = 600, furthestInLongSeconds = 300;
-// In so much, what chance comes to is more than what is plain in a minute.
+// In so long a search, matches by chance reach higher scores than in one of a minute.
 constexpr double sureInLong = 6;
-// Cameras that hear other sound than any recorder cost the reading of whole minutes, clip by clip.
+// If a camera's sound is not like that of any recorder, each clip costs the reading of whole minutes, so stop
+// after this many.
 constexpr std::size_t mostInVain = 3;
-// Speech of so many seconds is missed in one of ten searches at most.
+// At this length speech is missed in at most one of ten searches.
 constexpr double leastUnheardSeconds = 14;
-// From it on something matches: music that repeats is so in many places, none of which is plain.
+// From here on there is some match: music that repeats matches in many places, none of them clearly.
 constexpr double leastAlike = 0.5;
-// By which another recording is more like the camera's sound than its own one.
+// By how much another recording must be more like the camera's sound than the clip's own.
 constexpr double liker = 0.1;
-// Below it, what was heard close to its place may be a take that is much like the right one, as of one song.
+// A lower likeness close to the expected place may come from a take that is similar to the right one, for
+// example of the same song.
 constexpr double surelyAlike = 0.85;
-constexpr int mostRounds = 12; // that find the take from which on a clock is wrong among some thousands
+constexpr int mostRounds = 12; // enough to find the take from which on a clock is wrong among some thousands
 
-/// The level of all channels together, window by window.
+/// The level of all channels together, for each window.
 class Levels : public AudioListener {
   public:
     void samples(std::span<const float* const> channels, std::size_t frames) override {
@@ -79,25 +81,25 @@ std::vector<float> levelsOf(platform::AudioFile* file, double from, double secon
     return std::move(levels.dB);
 }
 
-/// What was heard of a pair.
+/// The result for one pair.
 struct HeardPair {
     std::optional<HeardLag> lag;
     std::optional<HeardElsewhere> elsewhere;
-    double likeness = 0;     ///< of either
-    bool isInVain = false;   ///< it was looked for far away, and not found
-    bool isUnheard = false;  ///< as `HeardSound::unheard`
-    bool isCompared = false; ///< with other recordings, though it was heard in its own
+    double likeness = 0;     ///< of `lag` or `elsewhere`
+    bool isInVain = false;   ///< a wide search found nothing
+    bool isUnheard = false;  ///< as in `HeardSound::unheard`
+    bool isCompared = false; ///< other recordings were searched although its own one was heard
 };
 
-/// The files of a pair, those under the clip opened once.
+/// The open files of a pair; those under the clip are opened once.
 class Listening {
   public:
     Listening(const Pair& pair, std::stop_token stop)
         : pair_(pair), stop_(std::move(stop)), camera_(platform::AudioFile::openAllTracks(pair.camera.path)),
           take_(openTake(pair.recording)) {}
 
-    /// `isFarToo`: with what lies further from its place than `SoundPlace::nearSeconds`. `isCompared`: with
-    /// what is in other recordings, where its own one is only much like it.
+    /// `isFarToo`: search further than `SoundPlace::nearSeconds` from the expected place. `isCompared`:
+    /// search other recordings if the clip's own is only similar.
     HeardPair hear(bool isFarToo, bool isCompared) const {
         if (!camera_ || !take_) return {};
         HeardPair result;
@@ -122,7 +124,7 @@ class Listening {
         if (const auto atTail = lagAt(tail, atHead)) result.lag->drift = (atTail->seconds - atHead) / tail;
         return result;
     }
-    /// Of what is heard from that moment of the clip on, near a lag.
+    /// The lag of the sound at that time of the clip, searched near the lag `around`.
     std::optional<SoundPlace::Near> lagAt(double seconds, double around) const {
         const auto own = levelsOf(camera_.get(), seconds, heardSeconds, stop_);
         if (static_cast<double>(own.size()) < leastHeardSeconds * SoundPlace::binsPerSecond)
@@ -137,7 +139,7 @@ class Listening {
         if (lag) lag->seconds += around;
         return lag;
     }
-    /// Of the camera, for what is looked for in whole minutes; empty where that would be in vain.
+    /// The camera's sound for a search of whole minutes; empty if such a search is useless.
     std::vector<float> head() const {
         auto own = levelsOf(camera_.get(), 0, heardFarSeconds, stop_);
         if (static_cast<double>(own.size()) < leastHeardSeconds * SoundPlace::binsPerSecond ||
@@ -145,7 +147,7 @@ class Listening {
             own.clear();
         return own;
     }
-    /// Clip time is of the first sample of its own recording.
+    /// The clip time in the result is that of the recording's first sample.
     std::optional<SoundPlace::Found> inOwnTake(std::span<const float> own,
                                                double reach = furthestSeconds) const {
         const double from = std::max(0.0, -pair_.offsetSeconds - reach);
@@ -162,7 +164,7 @@ class Listening {
         result.lag = HeardLag{found->seconds - pair_.offsetSeconds};
         result.likeness = found->likeness;
     }
-    /// What is more like it than that.
+    /// Searches for a recording that is more like it than `likeness`.
     void findElsewhere(HeardPair& result, std::span<const float> own, double likeness) const {
         for (const OtherRecording& other : pair_.others) {
             const auto found = placeIn(openTake(other.recording), own, 0, rollsBeforeSeconds);
@@ -186,14 +188,15 @@ class Listening {
             if (!result.elsewhere && takeSeconds() >= leastLongSeconds) findInLong(result, own);
         }
         result.isInVain = !result.lag && !result.elsewhere;
-        // What begins late or ends early lacks the sound of the camera's head.
+        // A recording that begins late or ends early does not cover the head of the clip.
         const double heardTo = std::min(pair_.lengthSeconds, heardFarSeconds);
         result.isUnheard = result.isInVain && inOwn && inOwn->likeness < leastAlike &&
                            SoundPlace::isLikeSpeech(own) && pair_.offsetSeconds <= 0 &&
                            heardTo >= leastUnheardSeconds && pair_.offsetSeconds + takeSeconds() >= heardTo;
         return result;
     }
-    /// Of what begins within `seconds` from that moment of the recording on; clip time is of that moment.
+    /// Searches the recording from the time `from` for a beginning within `seconds`. The clip time in the
+    /// result is that of `from`.
     std::optional<SoundPlace::Found> placeIn(const OpenTake& take, std::span<const float> own, double from,
                                              double seconds) const {
         if (!take || seconds <= 0) return std::nullopt;
@@ -207,7 +210,7 @@ class Listening {
     const OpenTake take_;
 };
 
-/// A file of a take with the others that were recorded beside it, by the same start.
+/// A file of a take with the files that were recorded at the same time, by equal starts.
 TakeSound soundBeside(const MediaAsset& recording, const std::vector<MediaAsset>& all) {
     TakeSound sound(recording.url);
     const auto folder = [](const MediaAsset& file) {
@@ -216,7 +219,7 @@ TakeSound soundBeside(const MediaAsset& recording, const std::vector<MediaAsset>
     sound.files.front().channelCount = std::max(recording.channelCount.value_or(1), 1);
     sound.files.front().durationSeconds = recording.durationSeconds.value_or(0);
     int channels = sound.files.front().channelCount;
-    // Of files that know no time, nothing but their lengths would be equal.
+    // Without a time, only the lengths of the files could be compared.
     if (recording.bextTimeReference.value_or(0) == 0 && !recording.startTimecodeString) return sound;
     for (const MediaAsset& other : all) {
         if (other.id == recording.id || channels >= mostChannels ||
@@ -247,7 +250,7 @@ HeardClaim hearClaim(const SoundClaim& claim, const FileURL& video, const TakeSo
     if (to <= from) return {};
     const auto levels = levelsOf(take.audio.get(), from, to - from, stop);
     if (camera->failedAt() || take.audio->failedAt()) return {};
-    // What is to be found has to be shorter than what it is looked for in.
+    // The sound to find must be shorter than the sound that is searched.
     constexpr auto spare = static_cast<std::size_t>(SoundPlace::nearSeconds * SoundPlace::binsPerSecond);
     if (levels.size() < own.size() + spare) own.resize(levels.size() > spare ? levels.size() - spare : 0);
     const bool couldHear =
@@ -258,7 +261,7 @@ HeardClaim hearClaim(const SoundClaim& claim, const FileURL& video, const TakeSo
     return {std::nullopt, couldHear};
 }
 
-/// Of what was found in a card, whether three and all agree.
+/// Whether at least three results of a card exist and all agree.
 bool areAgreed(const std::vector<double>& found) {
     return found.size() >= fewestPairs &&
            std::ranges::max(found) - std::ranges::min(found) <= agreeingSeconds;
@@ -290,7 +293,8 @@ HeardSound heard(const std::vector<Pair>& pairs, const std::stop_token& stop,
             std::vector<double> lags, elsewhere;
             std::size_t drifts = 0, tried = 0, inVain = 0, comparedInVain = 0;
             bool isFarFound = false;
-            std::vector<std::pair<UUID, double>> likenesses; // of what was heard in its own recording
+            std::vector<std::pair<UUID, double>> likenesses; // likeness of the pairs that were heard in their
+                                                             // own recordings
             double leastElsewhere = 0;
             for (const Pair& pair : cards[card]) {
                 const bool isAgreed =
@@ -319,8 +323,8 @@ HeardSound heard(const std::vector<Pair>& pairs, const std::stop_token& stop,
                     result.elsewhere.emplace(pair.matchID, *found.elsewhere);
                 }
             }
-            // What is so much less like it, where others are found elsewhere, is a take that is like the
-            // right one.
+            // If others of the card are found elsewhere, a pair with a much lower likeness has a take that is
+            // only similar to the right one.
             for (const auto& [match, likeness] : likenesses)
                 if (likeness < leastElsewhere - liker) {
                     const std::lock_guard lock(mutex);

@@ -9,29 +9,28 @@
 
 namespace orvane {
 
-/// How far a recording lies from where its camera's own microphone heard the same, by the loudness of both.
-/// Any thread.
+/// Measures the distance of a recording from the same sound on its camera's own microphone, by the loudness
+/// of both. Any thread.
 namespace SoundLag {
 
-/// How far a recording is looked through around its place, where the camera's sound is not close to it,
-/// seconds.
+/// Seconds around its place in which a recording is searched, if the camera's sound is not close to it.
 inline constexpr double furthestSeconds = 30;
 
-/// By files at the head of the clip, and at the tail of one that lasts `leastForDriftSeconds`. Those of which
-/// nothing was heard are left out, and those behind three of their card that agree. Pairs of one card stand
-/// together. `progress` gets the number of pairs that are done, from several threads, one call at a time.
-/// Throws Stopped.
+/// Compares the sound of each pair at the head of the clip, and also at the tail if the clip lasts
+/// `leastForDriftSeconds`. The result has no pairs in which nothing was heard; the remaining pairs of a card
+/// are skipped once three agree. Pairs of one card must be next to each other. `progress` gets the number of
+/// finished pairs, on several threads, one call at a time. Throws Stopped.
 HeardSound heard(const std::vector<Pair>& pairs, const std::stop_token& stop = {},
                  const std::function<void(std::size_t done)>& progress = {});
 
-/// The same with what each pair's neighbours tell, and where a clock is wrong for a part of a card, with some
-/// more clips of it. `pairs`: those to begin with, for which `progress` is.
+/// The same including each pair's neighbours and, if a clock is wrong for a part of a card, some more of its
+/// clips. `pairs`: the first pairs; `progress` counts only these.
 HeardSound heardWithNeighbours(const SyncGroupList& groups, std::vector<Pair> pairs,
                                const RecordingNeighbours& neighbours, const std::stop_token& stop = {},
                                const std::function<void(std::size_t done)>& progress = {});
 
-/// Whether the recordings are heard where claims lay them, or elsewhere within `furthestSeconds` of there. Of
-/// clips whose camera or recording cannot be read, nothing. Throws Stopped.
+/// Whether each recording is heard where its claim places it, or elsewhere within `furthestSeconds` of there.
+/// Nothing is heard if the camera's file or the recording cannot be read. Throws Stopped.
 HeardClaims heardClaims(const SyncGroupList& groups, const std::vector<MediaAsset>& recordings,
                         const std::vector<SoundClaim>& claims, const std::stop_token& stop = {});
 

@@ -10,20 +10,20 @@ namespace orvane::SoundPlace {
 
 namespace {
 
-constexpr double leastSeconds = 3; // in common
-// What is softer than the loudest by more is the noise of two different microphones.
+constexpr double leastSeconds = 3; // common length
+// Levels further below the loudest are the noise of two different microphones.
 constexpr float floorDB = 40;
 constexpr double steadyDB = 1.5;      // standard deviation
 constexpr double leastLikeness = 0.6; // correlation, 1 for the same
-// By which the best place is ahead of all that are not right beside it.
+// By how much the best place must be better than all that are not directly beside it.
 constexpr double ahead = 0.1;
 constexpr double besideSeconds = 0.3;
-// A minute has some hundred places that are independent of each other, and the likeness of the best of these
-// by chance depends on how fast the loudness changes. Their own spread says what chance does.
+// A minute has about a hundred independent places, and the best likeness among them by chance depends on how
+// fast the loudness changes. So the score is relative to their own spread.
 constexpr double leastScore = 5;
-constexpr double nearlyAll = 0.95;          // of what the camera heard
+constexpr double nearlyAll = 0.95;          // share of the camera's sound
 constexpr std::size_t binsOfACoarseOne = 5; // syllables last longer
-constexpr double leastComparedSeconds = 3;  // of other places
+constexpr double leastComparedSeconds = 3;  // length of the other places
 
 std::vector<float> aboveTheFloor(std::span<const float> levels) {
     const float loudest = std::ranges::max(levels);
@@ -42,7 +42,7 @@ std::vector<float> coarse(std::span<const float> levels) {
     return result;
 }
 
-/// Sums over the bins that two stretches have in common.
+/// Sums over the common bins of two sounds.
 struct Sums {
     double count = 0, a = 0, b = 0, aa = 0, bb = 0, ab = 0;
 
@@ -56,7 +56,8 @@ struct Sums {
     }
 };
 
-/// With bin i of the camera at bin i - shift of the recording; 0 with fewer than `least` in common.
+/// With bin i of the camera at bin i - shift of the recording; 0 if they have fewer than `least` bins in
+/// common.
 double likenessAt(std::span<const float> own, std::span<const float> other, std::ptrdiff_t shift,
                   double least) {
     const auto first = std::max<std::ptrdiff_t>(0, shift);
@@ -78,7 +79,7 @@ double likenessAt(std::span<const float> own, std::span<const float> other, std:
 /// For all shifts from `first` to `last`.
 struct Likenesses {
     std::vector<double> values;
-    std::ptrdiff_t best = 0; ///< in `values`
+    std::ptrdiff_t best = 0; ///< index in `values`
     bool isAhead = false;
 
     Likenesses(std::span<const float> own, std::span<const float> other, std::ptrdiff_t first,
@@ -94,7 +95,8 @@ struct Likenesses {
     bool isPlain() const { return at(best) >= leastLikeness && isAhead; }
 };
 
-/// Of Fisher's z of the likenesses, without those beside the best one; absent where there are few.
+/// Computed from Fisher's z of the likenesses, without those beside the best one; absent if there are too
+/// few.
 std::optional<double> scoreOf(const Likenesses& likenesses, double beside, double fewest) {
     const auto z = [&](std::ptrdiff_t i) { return std::atanh(std::clamp(likenesses.at(i), -0.999, 0.999)); };
     double count = 0, sum = 0, squares = 0;

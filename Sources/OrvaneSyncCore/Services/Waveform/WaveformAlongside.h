@@ -10,16 +10,16 @@
 
 namespace orvane {
 
-/// Has the review's waveform reduced into the cache while something else listens to a take, unless it is
-/// there already. One thread that may wait.
+/// Reduces the review's waveform into the cache while a take is read for something else, unless it is already
+/// there. One thread that may wait.
 class WaveformAlongside {
   public:
-    /// `cache`: null for none, and nothing is reduced.
+    /// `cache` may be null; then nothing is reduced.
     WaveformAlongside(TakeSound sound, std::shared_ptr<WaveformCache> cache);
 
-    /// What has to hear the pass: nobody where it leaves channels out.
+    /// The listener to add to the pass; none if the pass leaves out channels.
     std::vector<AudioListener*> listeners(const platform::AudioFile& file, std::size_t channels);
-    /// Once the pass is over and all files were there.
+    /// Call when the pass is over and all files were complete.
     void keep();
 
   private:

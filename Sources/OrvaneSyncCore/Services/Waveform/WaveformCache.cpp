@@ -75,11 +75,11 @@ void WaveformCache::store(const Place& place, const TakeSound& sound, std::size_
         files::createDirectories(folder_);
         files::writeAtomically(path(place), bytes);
         makeRoom(bytes.size());
-    } catch (const platform::FileError&) { // a full disk keeps nothing
+    } catch (const platform::FileError&) { // if the disk is full, nothing is cached
     }
 }
 
-/// Down to three quarters, so that the folder is not listed at every file.
+/// Removes files down to three quarters of the limit, so that the folder is not listed for every file.
 void WaveformCache::makeRoom(std::uint64_t added) {
     if (bytes_ && *bytes_ + added <= mostBytes_) {
         *bytes_ += added;

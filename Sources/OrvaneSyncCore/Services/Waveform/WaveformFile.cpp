@@ -14,7 +14,7 @@ namespace orvane {
 
 namespace {
 
-constexpr std::string_view magic = "ORVWAVE1"; ///< the last digit is that of the layout
+constexpr std::string_view magic = "ORVWAVE1"; ///< the last digit is the number of the layout
 
 void append(std::string& out, const std::vector<float>& values) {
     out.append(reinterpret_cast<const char*>(values.data()), values.size() * sizeof(float));

@@ -13,9 +13,9 @@ namespace {
 
 constexpr float filledHeight = 0.95F;
 constexpr float quietestPeak = 0.001F;
-constexpr double gapBetweenBars = 0.3; ///< points, where a bin has at least one
+constexpr double gapBetweenBars = 0.3; ///< points, if a bin is at least one point wide
 
-/// What a column shows of the bars that touch it: the highest ones, and how much of its width they cover.
+/// The bars that touch a column: the highest ones, and how much of its width they cover.
 struct Column {
     float peak = 0, rms = 0;
     double coverage = 0;
@@ -56,7 +56,8 @@ WaveformImage drawnWaveform(std::span<const float> peaks, std::span<const float>
     WaveformImage image{.width = width, .pixels = std::vector<std::uint8_t>(width * WaveformImage::height)};
     constexpr std::size_t half = WaveformImage::height / 2;
     const std::vector<Column> columns = columnsOf(peaks, rms, width);
-    // Row by row, as the pixels lie: the row at a distance from the middle is within the bars that reach it.
+    // Row by row, in the order of memory: a row at this distance from the middle is covered by the bars that
+    // reach it.
     for (std::size_t distance = 0; distance < half; ++distance) {
         std::uint8_t* above = &image.pixels[(half - 1 - distance) * width];
         std::uint8_t* below = &image.pixels[(half + distance) * width];

@@ -13,7 +13,7 @@ namespace orvane {
 
 namespace {
 
-constexpr double windowSeconds = 0.25; ///< of a pass for the waveform alone
+constexpr double windowSeconds = 0.25; ///< in a pass for the waveform alone
 
 float cappedPeak(float peak) { return std::min(peak, 1.0F); }
 
@@ -125,7 +125,7 @@ void WaveformReduction::endWindowOfBin() {
 
 void WaveformReduction::endBin() {
     if (isInHead_) {
-        // Whoever heard the bin's beginning ends it.
+        // The listener with the beginning of this bin completes it.
         isInHead_ = false;
         framesBefore_ = 0;
         ++firstBin_;
@@ -146,7 +146,7 @@ void WaveformReduction::endBin() {
 void WaveformReduction::append(AudioListener& behind) {
     auto& other = dynamic_cast<WaveformReduction&>(behind);
     for (const Sums& window : other.head_) bin_.add(window);
-    if (other.isInHead_) return; // the bin goes on in the next windows
+    if (other.isInHead_) return; // the bin continues in the next windows
     if (!other.head_.empty()) endBin();
     appendAll(result_.peaks, other.result_.peaks);
     appendAll(result_.rms, other.result_.rms);
@@ -158,13 +158,13 @@ void WaveformReduction::append(AudioListener& behind) {
 }
 
 std::int64_t WaveformReduction::heardFrames() const {
-    // What is left behind the last bin is less than a frame a bin.
+    // The frames after the last bin are fewer than the bins.
     const std::size_t heard = result_.peaks.size() * grid_.framesPerBin + bin_.frames + window_.frames;
     return static_cast<std::int64_t>(isWhole() ? grid_.frames : heard);
 }
 
 WaveformResult WaveformReduction::take() {
-    if (bin_.frames > 0 && !isWhole()) endBin(); // the recording broke off within it
+    if (bin_.frames > 0 && !isWhole()) endBin(); // the recording ended within this bin
     const std::size_t bins = grid_.sampleRate > 0 ? grid_.bins : 0;
     result_.peaks.resize(bins);
     result_.rms.resize(bins);

@@ -6,15 +6,15 @@
 
 namespace orvane {
 
-/// A recording reduced to bins of equal length, from its first sample on. Levels are linear, full scale 1.0.
+/// A recording reduced to bins of equal length, from its first sample. Levels are linear, full scale 1.0.
 struct WaveformResult {
-    std::vector<float> peaks = {}; ///< the loudest channel's, at most 1
+    std::vector<float> peaks = {}; ///< of the loudest channel, at most 1
     std::vector<float> rms = {};   ///< of the mean of all channels
-    /// One list a channel, for the first `mostChannels`; empty for a recording of one channel.
+    /// One list for each channel, for the first `mostChannels`; empty if the recording has one channel.
     std::vector<std::vector<float>> peaksPerChannel = {};
     std::vector<std::vector<float>> rmsPerChannel = {};
-    double binsPerSecond = 0;   ///< 0 where nothing could be read
-    double durationSeconds = 0; ///< as the recording says
+    double binsPerSecond = 0;   ///< 0 if nothing could be read
+    double durationSeconds = 0; ///< as the header says
 
     static constexpr std::size_t mostChannels = 64;
     bool operator==(const WaveformResult&) const = default;
@@ -23,7 +23,7 @@ struct WaveformResult {
 /// `{"binsPerSecond", "peaks", "rms", "peaksPerChannel", "rmsPerChannel", "onsetMarkers"}`
 platform::JSON toJSON(const WaveformResult& waveform, const std::vector<double>& onsetMarkers);
 
-/// Onsets of a waveform as the review shows them, in seconds of the recording.
+/// The onsets of a waveform as the review shows them, in seconds of the recording.
 std::vector<double> onsetMarkersOf(const WaveformResult& waveform);
 
 } // namespace orvane

@@ -13,7 +13,7 @@ namespace orvane {
 
 namespace {
 
-/// On the queue. What cannot be read gives an empty waveform.
+/// Runs on the queue. A recording that cannot be read gives an empty waveform.
 std::shared_ptr<const Waveform> loaded(const TakeSound& sound, std::size_t totalBins,
                                        bool includePerChannelImages, WaveformCache* cache,
                                        const std::stop_token& stop) {

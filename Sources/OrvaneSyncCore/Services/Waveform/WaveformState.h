@@ -18,34 +18,35 @@ namespace orvane {
 
 class WaveformCache;
 
-/// What the timeline shows of a recording.
+/// The waveform of a recording as the timeline shows it.
 struct Waveform : WaveformResult {
-    WaveformImage cachedImage;                         ///< of all channels; empty without bins
+    WaveformImage cachedImage;                         ///< of all channels; empty if there are no bins
     std::vector<WaveformImage> cachedImagesPerChannel; ///< if they were asked for
     std::vector<double> onsetMarkers;                  ///< seconds of the recording
     double clipDuration = 0;                           ///< the recording's length in seconds
 };
 
-/// The waveform of the recording that is open. It changes in one step, when a load has ended; a load that was
-/// overtaken by another or by `reset` changes nothing. Interface thread; held by a shared pointer, as loads
-/// hold it weakly.
+/// The waveform of the open recording. It changes in one step when a load has ended; a load that was replaced
+/// by another one or by `reset` changes nothing. Interface thread; owned by a shared pointer, as loads hold
+/// it weakly.
 class WaveformState : public std::enable_shared_from_this<WaveformState> {
   public:
-    /// `cache`: null for none.
+    /// `cache` may be null.
     static std::shared_ptr<WaveformState> create(std::shared_ptr<platform::MainThread> mainThread,
                                                  std::shared_ptr<WaveformCache> cache);
     ~WaveformState();
 
-    /// Stops the load before it. The task ends when this load is over, whatever came of it; it ends with
-    /// Stopped when the load was overtaken.
+    /// Stops the load before it. The task ends when this load is over, whatever its result; it ends with
+    /// Stopped if the load was replaced.
     platform::Task load(TakeSound sound, std::size_t totalBins, bool includePerChannelImages);
     void reset();
 
     const Waveform& waveform() const { return *waveform_; }
-    /// The same for a caller that draws it elsewhere: never changed, and another one after every load.
+    /// The same for a caller that draws it elsewhere: the object never changes, and each load makes a new
+    /// one.
     const std::shared_ptr<const Waveform>& sharedWaveform() const { return waveform_; }
     bool isLoading() const { return isLoading_; }
-    /// Calls back whenever one of these is another.
+    /// Calls back when one of these has changed.
     platform::Subscription onChange(std::function<void()> callback) {
         return changed_.add(std::move(callback));
     }
@@ -60,7 +61,7 @@ class WaveformState : public std::enable_shared_from_this<WaveformState> {
     const std::unique_ptr<platform::SerialQueue> queue_;
     std::shared_ptr<const Waveform> waveform_;
     bool isLoading_ = false;
-    std::uint64_t loads_ = 0; ///< the number of the newest load, and of resets
+    std::uint64_t loads_ = 0; ///< counts loads and resets; identifies the newest load
     std::optional<platform::Task> task_;
     platform::Listeners<> changed_;
 };

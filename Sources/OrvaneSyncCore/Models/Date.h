@@ -19,7 +19,7 @@ struct Fields {
     int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
 };
 
-/// Out-of-range days and months carry over (31 February is 2 or 3 March). Nothing beyond the years 1 to 9999.
+/// Out-of-range days and months carry over (31 February is 2 or 3 March). Absent outside the years 1 to 9999.
 std::optional<Date> date(const Fields& local);
 
 struct Day {

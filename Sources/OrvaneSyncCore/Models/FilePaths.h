@@ -10,8 +10,7 @@
 
 namespace orvane {
 
-// Files by their paths: in which order they are taken, and what tells files of one name apart. Pure; any
-// thread.
+// Files by their paths: their order, and what distinguishes files of the same name. Pure; any thread.
 
 /// The order in which people list files: folder by folder, names compared by `compareLocalizedStandard`, and
 /// by the bytes of the path if that finds no difference. No two paths are equal in this order, so results

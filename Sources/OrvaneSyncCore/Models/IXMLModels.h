@@ -16,7 +16,7 @@ struct IXMLTrack {
     bool operator==(const IXMLTrack&) const = default;
 };
 
-/// What the recorder wrote into the iXML chunk of one audio file.
+/// The recorder's metadata in the iXML chunk of one audio file.
 struct IXMLData {
     std::optional<std::string> scene;
     std::optional<std::string> take;

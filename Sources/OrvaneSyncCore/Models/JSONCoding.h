@@ -84,8 +84,8 @@ const JSON& requiredMember(const JSON& object, std::string_view key);
 JSONView requiredMember(const JSONView& object, std::string_view key);
 JSONView requiredMember(const JSONMembers& object, std::string_view key);
 
-/// Decodes the value of a key; an error names the key. `Json` is any of the three kinds of
-/// values here and below.
+/// Decodes the value of a key; an error names the key. Here and below `Json` is any of the three kinds of
+/// values.
 template <class T, class Json>
 T decodedMember(const Json& value, std::string_view key) {
     try {

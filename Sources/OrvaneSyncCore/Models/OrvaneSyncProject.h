@@ -15,7 +15,7 @@ namespace orvane {
 /// editor settled by hand they say with which recording.
 struct PersistedGroup {
     UUID id;
-    FileURL videoPath; ///< the key by which a clip of a later scan is found
+    FileURL videoPath; ///< the key by which a later scan finds the clip
     std::vector<FileURL> audioPaths;
     SyncGroup decisions;                     ///< only the fields that are `KeptIn::projects` are filled
     std::string matchStatusRaw;              ///< such as "matched" or "ambiguous:3"

@@ -11,8 +11,8 @@
 
 namespace orvane {
 
-/// The texts under which an enumeration is stored, one for each case in their order: `rawValue` does not
-/// compile otherwise. Specialised beside each enumeration that is stored by a text:
+/// The texts under which an enumeration is stored, one for each case, in the order of the cases; otherwise
+/// `rawValue` does not compile. Specialised beside each enumeration that is stored as a text:
 ///
 ///     template <> struct RawValues<ChannelKind> {
 ///         static constexpr std::array<std::string_view, 4> texts{"boom", "lav", "mix", "unknown"};
@@ -31,7 +31,7 @@ constexpr std::string_view rawValue(E value) {
     return rowOf(RawValues<E>::texts, value);
 }
 
-/// Exactly the stored text; nothing for any other.
+/// The case with exactly this stored text; absent for any other text.
 template <RawValued E>
 constexpr std::optional<E> fromRawValue(std::string_view text) {
     for (std::size_t i = 0; i < RawValues<E>::texts.size(); ++i)

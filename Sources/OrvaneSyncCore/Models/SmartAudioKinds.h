@@ -15,7 +15,7 @@ struct RawValues<ChannelKind> {
     static constexpr std::array<std::string_view, 4> texts{"boom", "lav", "mix", "unknown"};
 };
 
-/// What kind of material a take is.
+/// The kind of material in a take.
 enum class MaterialCharacter { interview, standardDialog, fastDialog, actionAtmo };
 template <>
 struct RawValues<MaterialCharacter> {
@@ -32,7 +32,7 @@ template <>
 struct RawValues<BlockMode> {
     static constexpr std::array<std::string_view, 4> texts{"adaptive", "fine", "standard", "coarse"};
 };
-/// Seconds of a block; `adaptive` follows what was detected in the take.
+/// Seconds of a block; `adaptive` depends on what was detected in the take.
 double blockSeconds(BlockMode mode, std::optional<MaterialCharacter> detected);
 std::string menuLabel(BlockMode mode, std::optional<MaterialCharacter> detected);
 inline std::string displayText(BlockMode mode) { return menuLabel(mode, std::nullopt); }

@@ -10,10 +10,10 @@
 namespace orvane {
 
 // The records of one analysis of one recording. A track is one channel of the recording, numbered from 1
-// through all its files; 0 means no track. Times are seconds from the recording's first sample (take time;
-// audio time where the recording is one file).
+// through all its files; 0 means no track. Times are seconds from the recording's first sample (take time,
+// which is audio time if the recording is one file).
 
-/// What the classifier decided for one track.
+/// The decision of the classifier for one track.
 struct ChannelClassification {
     int trackIndex = 0;
     ChannelKind kind = ChannelKind::unknown;
@@ -95,7 +95,7 @@ inline constexpr double smartAudioWindowSeconds = 0.25;
 
 /// The result for one recording. Kept in memory only; the editor's choices are stored in the SyncGroup.
 struct SmartAudioResult {
-    std::vector<TrackAdjustment> tracks; ///< one per analysed track, in track order
+    std::vector<TrackAdjustment> tracks; ///< one for each analysed track, in track order
     std::optional<int> bestTrackIndex;   ///< absent without tracks
     std::vector<WindowedBestSegment> windowedBestTracks;
     double windowDurationSeconds = smartAudioWindowSeconds;
@@ -104,7 +104,7 @@ struct SmartAudioResult {
     std::optional<MaterialCharacter> detectedCharacter;
     std::optional<StemMetrics> stemMetrics; ///< only if stems were given
     double heardSeconds = 0;                ///< length that could be read, from the beginning
-    double promisedSeconds = 0;             ///< the length of the recording by its header
+    double promisedSeconds = 0;             ///< length of the recording according to its header
     /// For a recording in several files: the files that are missing or incomplete, analysed as silence there.
     std::vector<IncompleteFile> incompleteFiles;
 

@@ -27,14 +27,14 @@ struct SyncDoubt {
         cutByTrim,      ///< the trim mode shortens the clip
         splitGap,       ///< a gap between the parts of a split take
         notTimeOfDay,   ///< the timecode does not count the time of day
-        noTimecode,     ///< nothing says when the clip was filmed
+        noTimecode,     ///< no source states when the clip was filmed
         cutFile,        ///< a file ends earlier than its headers say
         drift,          ///< the sound runs faster or slower than the picture
         missingFile,    ///< a take in mono files lacks a channel that other takes have
     };
 
     Kind kind = Kind::ambiguous;
-    std::string message; ///< one sentence for people, with the numbers and the file's name
+    std::string message; ///< one sentence for display, with the numbers and the file's name
     DoubtCure cure;      ///< options, or a decision of the editor
     /// The channel of `mutedSpeech`, from 1.
     std::optional<int> channel{};

@@ -14,7 +14,7 @@ class PackedTexts {
   public:
     static constexpr std::size_t mostBytes = 0xFFFFFFFF;
 
-    /// Makes room for that many texts and bytes.
+    /// Reserves memory for that many texts and bytes.
     void reserve(std::size_t texts, std::size_t bytes);
     /// Appends to the unfinished text.
     void extend(std::string_view piece) { bytes_ += piece; }

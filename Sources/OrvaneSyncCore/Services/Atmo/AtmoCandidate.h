@@ -25,13 +25,13 @@ struct AtmoCandidate {
     bool operator==(const AtmoCandidate&) const = default;
 };
 
-/// Hz; not part of the JSON form
+/// A finished room tone.
 struct AtmoResult {
     FileURL audioURL;
     std::string sceneName;
     double durationSeconds = 0;
     std::string audioRole;
-    double sampleRate = 0; ///< Hz; no part of the JSON form
+    double sampleRate = 0; ///< Hz; not part of the JSON form
 
     bool operator==(const AtmoResult&) const = default;
 };

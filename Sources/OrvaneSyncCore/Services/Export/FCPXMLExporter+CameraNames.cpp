@@ -43,7 +43,7 @@ std::optional<char> letterBeside(std::string_view word, std::string_view folder)
     return letter >= 'A' && letter <= 'Z' ? std::optional(letter) : std::nullopt;
 }
 
-/// From the folder nearest to the file whose name has a camera.
+/// From the nearest folder above the file that is named after a camera.
 std::optional<std::string> nameByFolder(const MediaAsset& from) {
     const auto folders = folderNames(from.url);
     for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder)

@@ -23,8 +23,8 @@ struct LTCWord {
 ///
 /// 1. Level changes. m and q are the mean and the mean square over 8 ms around each sample. The level has
 ///    changed at the first sample that is further than 0.5 * sqrt(q - m * m) from m on the other side. The
-///    code has no DC over a few bits, so m follows an offset and slow hum; the margin prevents that noise on
-///    a slope counts twice. The position of the change is where the line from the last sample beyond the old
+///    code has no DC over a few bits, so m follows an offset and slow hum; the margin keeps noise on a slope
+///    from counting twice. The position of the change is where the line from the last sample beyond the old
 ///    margin to the first sample beyond the new one crosses m.
 /// 2. Words. The sync word 0011111111111101 is two long intervals, 24 short ones, a long and two short ones.
 ///    The mean S of the 24 is half a bit; intervals count as short up to 1.5 S, as long from there to 2.6 S.

@@ -54,8 +54,8 @@ bool mayBeUnset(const MediaAsset& asset) {
 }
 
 /// The duration of a movie is that of its longest track, often the sound. If the sound is longer than the
-/// picture by a frame or more, the end of the picture's track is used, rounded to whole frames, as it may be
-/// stated in thousandths of a second.
+/// picture by a frame or more, the end of the picture's track is used. It is rounded to a whole frame if it
+/// is near one, as it may be stated in thousandths of a second.
 std::optional<double> pictureSeconds(const MediaInspection::VideoTrack& track, double movieSeconds) {
     constexpr double nearlyWhole = 0.1, nearlyOne = 0.999; // frames
     if (!track.endSeconds || !(track.nominalFrameRate.value_or(0) > 0)) return std::nullopt;

@@ -13,7 +13,7 @@ namespace orvane {
 struct ModelStatus {
     enum class Kind { notDownloaded, downloading, ready, error };
     Kind kind = Kind::notDownloaded;
-    double progress = 0; ///< 0 to 1, while it is downloading
+    double progress = 0; ///< 0 to 1, during the download
     std::string message; ///< for an error
 
     bool operator==(const ModelStatus&) const = default;

@@ -9,7 +9,7 @@
 
 namespace orvane {
 
-/// The state behind the editor of a naming pattern. A plain value.
+/// The state of the editor of a naming pattern. A plain value.
 struct PatternEditor {
     static constexpr int mostCounterDigits = 6;
     static constexpr int highestCounterValue = 9999;

@@ -13,7 +13,7 @@ namespace files = platform::files;
 namespace {
 
 constexpr std::string_view extension = ".json";
-constexpr std::uint64_t largestFile = std::uint64_t{1} << 20U; // bytes; 37 actions take some 2000
+constexpr std::uint64_t largestFile = std::uint64_t{1} << 20U; // bytes; 37 actions take about 2000
 
 } // namespace
 

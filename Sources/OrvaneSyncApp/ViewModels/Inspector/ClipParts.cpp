@@ -21,7 +21,7 @@ platform::JSON argumentsFor(const SyncGroup& group) {
     return arguments;
 }
 
-/// Steps that hold for one clip rather than for the whole shoot.
+/// Adds the steps that apply to this clip only, not to the whole shoot.
 void addStepsForClip(const SyncGroup& group, const SyncDoubt& doubt, DoubtsPart::Doubt& shown) {
     if (doubt.kind == SyncDoubt::Kind::mutedSpeech) {
         if (doubt.channel) {
@@ -31,7 +31,8 @@ void addStepsForClip(const SyncGroup& group, const SyncDoubt& doubt, DoubtsPart:
                                    "toggleTrackActive", std::move(arguments), false});
         }
     } else if (doubt.kind == SyncDoubt::Kind::ambiguous) {
-        // One click on a recording below settles it; the whole shoot is not settled from a single clip.
+        // One click on a recording below decides for this clip. From a single clip, nothing is decided for
+        // the whole shoot.
         shown.cure = group.isLocked
                          ? "locked, it stays out of the document: Ctrl+L first, then Ctrl+1 takes the "
                            "first one under Recordings"

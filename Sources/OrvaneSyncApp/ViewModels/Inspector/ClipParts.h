@@ -11,9 +11,9 @@
 
 namespace orvane {
 
-// What the inspector says of a clip beside its sound. Interface thread.
+// What the inspector shows about a clip, except its sound. Interface thread.
 
-/// The doubts about a clip, each with what can be done at once.
+/// The doubts about a clip, each with the steps that can be taken at once.
 struct DoubtsPart {
     struct Doubt {
         std::string message;
@@ -28,10 +28,10 @@ struct DoubtsPart {
     bool operator==(const DoubtsPart&) const = default;
 };
 
-/// What the clip is called, and what goes out of it.
+/// The names of a clip, and what the export takes of it.
 struct NamePart {
-    std::string name;      ///< the editor's; empty: none
-    std::string automatic; ///< what the rules make of the clip, without suffixes
+    std::string name;      ///< given by the editor; empty: none
+    std::string automatic; ///< the name by the naming rules, without suffixes
     std::string exported;  ///< the name in Final Cut Pro
     bool isPickup = false;
     bool isExcluded = false;
@@ -42,29 +42,30 @@ struct NamePart {
     static NamePart of(const ImportController& controller, const SyncGroup& group);
     bool operator==(const NamePart&) const = default;
 };
-/// The name in Final Cut Pro if the editor called the clip that; empty: nothing.
+/// The name that the clip would have in Final Cut Pro if the editor named it `name`; empty: if the editor
+/// gave it no name.
 std::string exportedName(const ImportController& controller, const SyncGroup& group, std::string_view name);
 
-/// What the files and imported lists say, by what it is about.
+/// What the files and the imported lists say about the clip, grouped by subject.
 struct MetadataPart {
     struct Source {
         std::string title;
-        std::string_view clearCommand; ///< empty: cannot be cleared
+        std::string_view clearCommand; ///< empty: the source cannot be cleared
         std::vector<MetadataFieldGrouping::Group> groups;
     };
-    std::vector<std::pair<std::string, std::string>> files; ///< of the picture's file and the recorder
+    std::vector<std::pair<std::string, std::string>> files; ///< from the picture's file and the recorder
     std::vector<Source> sources;
 
     static MetadataPart of(const ImportController& controller, const SyncGroup& group);
     bool operator==(const MetadataPart& other) const;
 };
 
-/// What people wrote about the take, and what its slate says.
+/// The notes that people wrote about the take, and what its slate says.
 struct NotesPart {
-    std::vector<std::pair<std::string, std::string>> notes; ///< who, and what
-    std::string slate;        ///< what was found on it; what to do before a search
-    std::string slateProblem; ///< why the latest search may have missed something; empty: it has not
-    std::string proposal;     ///< what could be taken over; empty: nothing
+    std::vector<std::pair<std::string, std::string>> notes; ///< author, note
+    std::string slate;        ///< what was read on the slate; before a search, what to do
+    std::string slateProblem; ///< why the latest search may have missed something; empty: it missed nothing
+    std::string proposal;     ///< what could be copied from the slate to the clip; empty: nothing
     bool isSearched = false;
 
     static NotesPart of(const ImportController& controller, const SyncGroup& group);

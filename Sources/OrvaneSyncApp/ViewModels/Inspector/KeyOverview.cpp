@@ -49,12 +49,12 @@ bool actsNow(ShortcutAction action, const ReviewSituation& now) {
     case zoomOut:
     case zoomFit:
         return now.hasClip;
-    default: // what plays
+    default: // the actions of playback
         return now.isLoaded;
     }
 }
 
-/// In columns of that many lines.
+/// Puts the groups into columns of at most `lines` lines.
 KeyColumns laidOut(const std::vector<KeyGroup>& groups, int lines) {
     KeyColumns laid{.places = {}, .columns = 1, .lines = lines};
     int line = 0;
@@ -70,7 +70,8 @@ KeyColumns laidOut(const std::vector<KeyGroup>& groups, int lines) {
     return laid;
 }
 
-/// `isApproveBound`: a key that can be chosen marks the clip, which is enough to know.
+/// `isApproveBound`: an action with a key of its own already approves the clip; then the fixed key for it is
+/// not listed.
 KeyGroup keysOfTheWindow(const ReviewSituation& now, bool isApproveBound) {
     namespace keys = reviewKeys;
     KeyGroup group{"Window", {}};
@@ -100,7 +101,7 @@ std::vector<KeyGroup> keyOverview(const ShortcutBindings& bindings, const Review
         const auto bound = bindings.find(action);
         if (bound == bindings.end() || bound->second.isUnbound()) continue;
         const Shortcut shortcut = bound->second;
-        // Of two actions with one key the first has it.
+        // If two actions have the same key, the first one gets it.
         const bool isReached = actionFor(bindings, shortcut.key, shortcut.modifiers) == action;
         isApproveBound |= action == ShortcutAction::toggleApproved && isReached;
         groups[static_cast<std::size_t>(category(action))].rows.push_back(

@@ -11,7 +11,7 @@
 
 namespace orvane {
 
-/// What of the review decides which keys do something.
+/// The state of the review that decides which keys do something.
 struct ReviewSituation {
     bool hasClip = false;
     bool isLoaded = false; ///< its picture or sound can be played
@@ -19,8 +19,8 @@ struct ReviewSituation {
     bool isLocked = false;
     bool isLooping = false;
     bool canCheckClap = false;
-    bool hasChoice = false;     ///< among several recordings
-    bool hasSuggestion = false; ///< by a sibling's move
+    bool hasChoice = false;     ///< the clip has several recordings to choose from
+    bool hasSuggestion = false; ///< another camera of the take was moved
     bool hasNext = false, hasPrevious = false;
     bool canUndo = false, canRedo = false;
     bool hasWork = false;
@@ -28,13 +28,13 @@ struct ReviewSituation {
     bool operator==(const ReviewSituation&) const = default;
 };
 
-/// The keys by what they are about, without actions that have none. Pure; any thread.
+/// Keys grouped by subject, without actions that have no key. Pure; any thread.
 struct KeyGroup {
     struct Row {
-        std::optional<ShortcutAction> action; ///< absent: the window's, which is not bound
-        std::string key;                      ///< as the keyboard has it, such as "Shift+Right"
+        std::optional<ShortcutAction> action; ///< absent: a fixed key of the window
+        std::string key;                      ///< with the names on the keyboard, such as "Shift+Right"
         std::string label;
-        bool acts = false; ///< pressed now, it does something
+        bool acts = false; ///< it does something if it is pressed now
 
         bool operator==(const Row&) const = default;
     };
@@ -42,17 +42,18 @@ struct KeyGroup {
     std::vector<Row> rows;
 };
 std::vector<KeyGroup> keyOverview(const ShortcutBindings& bindings, const ReviewSituation& situation);
-/// Groups in columns, in their order and none parted: each has a line for its title and one for each row,
-/// with a free line between two. As few lines as the columns allow, as few columns as those lines need.
+/// The groups in columns, in their order; no group is split. Each group has a line for its title and one for
+/// each row, with a free line between two groups. The columns are as short as possible, and there are no more
+/// of them than needed.
 struct KeyColumns {
     struct Place {
         int column, line; ///< from 0
     };
-    std::vector<Place> places; ///< of each group
+    std::vector<Place> places; ///< one for each group
     int columns = 0, lines = 0;
 };
 KeyColumns keyColumns(const std::vector<KeyGroup>& groups, int mostColumns);
-/// Of the cameras of a take beside each other: the keys that they play by, where there are any.
+/// The keys of the screen that shows so many cameras of a take beside each other.
 std::vector<KeyGroup> multicamKeyOverview(const ShortcutBindings& bindings, std::size_t cameras);
 
 } // namespace orvane

@@ -15,7 +15,7 @@ namespace orvane {
 
 namespace {
 
-/// The higher, the more it wants to be looked at.
+/// The higher the number, the more urgent it is to look at the clip.
 int urgencyInOutline(OutlineModel::Certainty certainty) {
     using Certainty = OutlineModel::Certainty;
     switch (certainty) {
@@ -31,7 +31,7 @@ int urgencyInOutline(OutlineModel::Certainty certainty) {
     return 0;
 }
 
-/// Whether both stand at the same place under the same name.
+/// Whether both clips are listed at the same place with the same name.
 bool haveSamePlaceAndName(const SyncGroup& a, const SyncGroup& b) {
     const auto listing = [](const SyncGroup& group) {
         const MediaAsset* audio = group.primaryAudio();
@@ -117,7 +117,7 @@ OutlineModel::Row OutlineModel::row(std::size_t index) const {
     }
     const SyncGroup& clip = *place.clips.front();
     const std::string file = controller_.work().fileNames().of(clip.video);
-    // A clip that is named after its file says it once.
+    // If the clip is named after its file, the file name is not shown a second time.
     const std::string& why = controller_.derivedDoubts().whyUnmatched(clip.id);
     row.facts = !file.starts_with(place.label) ? file : why.empty() ? clip.matchStatus.label() : why;
     if (row.isMovedSinceLock)
@@ -186,7 +186,7 @@ OutlineModel::Counts OutlineModel::counts() const {
 
 void OutlineModel::follow(const ImportChange& change) {
     ResultsViewModel::Change changed;
-    if (change.field == ImportField::report) return layOut(); // names depend on it
+    if (change.field == ImportField::report) return layOut(); // the names depend on the report
     if (change.field == ImportField::smartAudio || change.field == ImportField::doubts) {
         for (std::size_t i = 0; i < rows_.size(); ++i) changed.rows.push_back(i);
         return listeners_.notify(changed);

@@ -14,8 +14,8 @@
 
 namespace orvane {
 
-/// The clips as the review lists them, each by the name that all lists give it: in the order of the shoot,
-/// the cameras of one take below a row of their own, which folds them away. The controller outlives it.
+/// The clips as the review lists them, with the names that all lists use, in the order of the shoot. The
+/// cameras of one take are below a row of the take, which can be folded. The controller outlives the model.
 /// Interface thread.
 class OutlineModel {
   public:
@@ -23,13 +23,14 @@ class OutlineModel {
 
     struct Row {
         std::string label;
-        std::string facts; ///< the camera file, or the status of a clip named after it; of a take its cameras
-        std::string status;                       ///< in words, with the doubts; a line each
-        Certainty certainty = Certainty::settled; ///< of a take that of its worst clip
-        bool isApproved = false;                  ///< of a take: every clip is; so are the next two
+        std::string facts;  ///< of a clip: its camera file, or its status if it is named after the file; of a
+                            ///< take: its cameras
+        std::string status; ///< the status and the doubts in words, one line each
+        Certainty certainty = Certainty::settled; ///< of a take: that of its worst clip
+        bool isApproved = false; ///< of a take: every clip is approved; the next two are the same
         bool isLocked = false;
         bool isExcluded = false;
-        bool isMovedSinceLock = false; ///< of a take: a clip is
+        bool isMovedSinceLock = false; ///< of a take: one of its clips is
         bool isTake = false;
         bool isInTake = false;
         bool isFolded = false;
@@ -38,9 +39,9 @@ class OutlineModel {
     };
     struct Counts {
         std::size_t all = 0, shown = 0, locked = 0;
-        std::size_t toDecide = 0; ///< that have several recordings to choose from
+        std::size_t toDecide = 0; ///< clips with several recordings to choose from
 
-        /// Always two lines, so that the list below keeps its place: "150 clips", "12 locked · 3 to decide".
+        /// Always two lines, so that the list below does not move: "150 clips", "12 locked · 3 to decide".
         std::string text() const;
         bool operator==(const Counts&) const = default;
     };
@@ -50,58 +51,60 @@ class OutlineModel {
     platform::Subscription onChange(std::function<void(const ResultsViewModel::Change&)> callback) {
         return listeners_.add(std::move(callback));
     }
-    /// Shows the clips of which a name or a file holds each of the words.
+    /// Shows only the clips that have each of the words in a name or a file.
     void setSearch(const std::string& text);
-    /// Lists those clips alone and in that order, as far as they are there; absent: all of them, in the order
-    /// of the shoot. The cameras of a take stay together.
+    /// Lists only these clips, in this order, as far as they exist; absent: all clips in the order of the
+    /// shoot. The cameras of a take stay together.
     void showOnly(const std::optional<std::vector<UUID>>& clips);
     void toggleFolded(std::size_t row);
-    /// The settings by which clips are named may have changed.
+    /// Makes the rows again if the settings for clip names have changed.
     void followNaming();
 
     std::size_t rowCount() const { return rows_.size(); }
     Row row(std::size_t row) const;
-    /// Nothing for a take.
+    /// Absent for a take.
     std::optional<UUID> groupID(std::size_t row) const;
-    /// Of a take all its cameras.
+    /// For a take: all its cameras.
     std::vector<UUID> clipsOf(std::size_t row) const;
-    /// That of the take where it folds the clip away; nothing for a clip that is not shown.
+    /// For a clip that is folded away: the row of its take. Absent for a clip that is not shown.
     std::optional<std::size_t> rowOf(const UUID& groupID) const;
-    /// That of the take with the clip; nothing for a clip that stands alone or is not shown.
+    /// The row of the take that the clip belongs to. Absent for a clip without a take or one that is not
+    /// shown.
     std::optional<std::size_t> takeRowOf(const UUID& groupID) const;
-    /// The clip so many clips further down (or up) in the order shown, those of folded takes included. Of a
-    /// clip that is not shown: the first or last one.
+    /// The clip `step` places further down (negative: up) in the order shown, clips of folded takes included.
+    /// If `of` is not shown: the first or the last clip.
     std::optional<UUID> neighbour(const UUID& of, int step) const;
     struct PlaceInList {
-        std::size_t number = 0; ///< from 1, in the order in which `neighbour` goes
+        std::size_t number = 0; ///< from 1, in the order of `neighbour`
         std::size_t all = 0;
     };
-    /// Nothing for a clip that is not shown.
+    /// Absent for a clip that is not shown.
     std::optional<PlaceInList> placeInList(const UUID& groupID) const;
     Counts counts() const;
 
   private:
     struct Place {
-        std::string key; ///< of a take, for folding
+        std::string key; ///< of a take, to fold it
         std::string label;
-        std::vector<SyncGroupList::Element> clips; ///< one, or those of the take
+        std::vector<SyncGroupList::Element> clips; ///< one clip, or the clips of the take
         bool isTake = false;
         bool isInTake = false;
     };
     void follow(const ImportChange& change);
     void layOut();
-    /// Behind all others where it is not among those listed alone.
+    /// The number of clips listed if the clip is not one of them: it comes after all others.
     std::size_t placeAmongOnly(const SyncGroup& clip) const;
     bool isFound(const std::string& label, const SyncGroup& group) const;
 
     ImportController& controller_;
     platform::Listeners<const ResultsViewModel::Change&> listeners_;
     SearchWords search_;
-    std::optional<std::map<UUID, std::size_t>> only_; ///< places of the clips that are listed alone
-    std::set<std::string> folded_;                    ///< takes
-    NamingRules naming_;                              ///< by which the rows are named
+    std::optional<std::map<UUID, std::size_t>>
+        only_;                     ///< the place of each clip in the list given to `showOnly`
+    std::set<std::string> folded_; ///< keys of takes
+    NamingRules naming_;           ///< the rules that the rows are named by
     std::vector<Place> rows_;
-    std::vector<UUID> order_; ///< of the clips shown
+    std::vector<UUID> order_; ///< the clips shown
     std::map<UUID, std::size_t> rowByGroup_;
     std::map<UUID, std::size_t> placeInOrder_;
     mutable DerivedFromClips<Counts> counts_; ///< `locked` and `toDecide`

@@ -44,7 +44,7 @@ std::string recordingsPromptOf(const RecordingsPart& part, const SyncGroup& grou
     return "";
 }
 
-/// Negative to a recording that ends before the clip begins, 0 to one that meets it, across midnight too.
+/// Negative if the recording ends before the clip begins, 0 if they overlap; also across midnight.
 double secondsFrom(const FilePlace& clip, const FilePlace& sound) {
     constexpr double secondsOfADay = 86'400;
     const auto filmed = clip.knownDay();
@@ -90,7 +90,7 @@ std::vector<Attachable> attachableTo(const ImportController& controller, const U
         if (ofOtherDays.contains(one.audio.id)) {
             if (!place->day) continue;
             one.day = dayText(*place->day);
-            if (!clip->knownDay()) continue; // how far it is depends on that
+            if (!clip->knownDay()) continue; // the distance depends on the day
         }
         one.fromClip = secondsFrom(*clip, *place);
     }

@@ -11,7 +11,7 @@
 
 namespace orvane {
 
-// What the inspector says of a clip's sound. Interface thread.
+// What the inspector shows about a clip's sound. Interface thread.
 
 /// The recordings of a clip, and those that could be added.
 struct RecordingsPart {
@@ -23,7 +23,7 @@ struct RecordingsPart {
     struct File {
         UUID matchID;
         std::string name;
-        std::string facts; ///< where it begins, how much of the clip it covers, channels
+        std::string facts; ///< where it begins, how much of the clip it covers, its channels
 
         bool operator==(const File&) const = default;
     };
@@ -32,39 +32,40 @@ struct RecordingsPart {
         std::vector<File> files; ///< at least one
         bool operator==(const Recording&) const = default;
     };
-    std::vector<Recording> recordings; ///< the first is heard
-    std::string prompt;                ///< what is to be decided, or done; may be empty
+    std::vector<Recording> recordings; ///< the first one is played
+    std::string prompt;                ///< what has to be decided or done; may be empty
     bool isAmbiguous = false;
     bool isLocked = false;
     bool isMeantSilent = false;
 
-    /// A recording can be chosen among several with one click.
+    /// Whether there are several recordings, of which one click chooses one.
     bool hasChoice() const { return recordings.size() > 1 && !isLocked; }
 
     static RecordingsPart of(const ImportController& controller, const SyncGroup& group);
     bool operator==(const RecordingsPart&) const = default;
 };
 
-/// What a clip could get: what lies nearest to it first, of equal ones wild tracks before what other clips
-/// use; behind them what has no place in time, and what is of another day behind all.
+/// A recording that could be attached to a clip. Sorted by distance from the clip; at the same distance, wild
+/// tracks come before recordings of other clips. Then come recordings without a time, and last those of
+/// another day.
 struct Attachable {
     MediaAsset audio;
     std::string label;
-    std::string day = {};                ///< where it is another one than that of the clip
-    std::string start = {};              ///< timecode; empty where there is none
-    std::optional<double> fromClip = {}; ///< seconds; negative: ends before the clip begins
+    std::string day = {};                ///< set if it differs from the day of the clip
+    std::string start = {};              ///< timecode; empty if unknown
+    std::optional<double> fromClip = {}; ///< seconds; negative: the recording ends before the clip begins
 };
 std::vector<Attachable> attachableTo(const ImportController& controller, const UUID& groupID);
 
-/// The channels of a clip's take.
+/// The channels of the clip's recording.
 struct ChannelsPart {
     struct Channel {
         int track = 0;      ///< from 1
-        std::string name;   ///< the recorder's, else the number
-        std::string kind;   ///< such as "boom", and why it counts as that; empty before an analysis
-        std::string share;  ///< how much of the take the algorithm gives it; empty before an analysis
-        std::string ranges; ///< chosen by hand; empty: none
-        std::string gain;   ///< recommended; empty: none
+        std::string name;   ///< the recorder's name for it, else its number
+        std::string kind;   ///< such as "boom", and the reason; empty before an analysis
+        std::string share;  ///< the part of the take that the algorithm gives to it; empty before an analysis
+        std::string ranges; ///< ranges chosen by the editor; empty: none
+        std::string gain;   ///< the recommended gain; empty: none
         bool isActive = true;
         bool isAllowed = true; ///< the analysis may use it
         bool isSolo = false;   ///< the player plays it alone
@@ -73,7 +74,7 @@ struct ChannelsPart {
     };
     std::vector<Channel> channels;
     std::string summary;
-    std::string music; ///< what stems say; empty: nothing
+    std::string music; ///< music found in the stems; empty: none
     bool isAnalysed = false;
     bool isChosenByHand = false;
 
@@ -81,7 +82,7 @@ struct ChannelsPart {
     bool operator==(const ChannelsPart&) const = default;
 };
 
-/// How loud the clip is and will be.
+/// How loud the clip is, and how loud it will be.
 struct LoudnessPart {
     std::string source, preset, target, forecast;
     double gainDB = 0;
@@ -89,7 +90,7 @@ struct LoudnessPart {
     bool isMeasured = false;
     bool isAutomatic = true;
     std::string warning;    ///< empty: none
-    std::string estimation; ///< said without a calibration
+    std::string estimation; ///< shown if there is no calibration
 
     static LoudnessPart of(const SyncGroup& group, const MasterGain::Target& target,
                            const SmartAudioPredictor& predictor);

@@ -8,8 +8,8 @@
 
 namespace orvane {
 
-/// What forecasts are made by, as it lies on the disk. Read in the background when it is made and after every
-/// change of the calibration; until then forecasts are estimated. Interface thread.
+/// The stored calibration that forecasts use. Read in the background when this is made and after every change
+/// of the calibration; until it is read, forecasts are estimates. Interface thread.
 class StoredCalibration : public std::enable_shared_from_this<StoredCalibration> {
   public:
     static std::shared_ptr<StoredCalibration> create(ImportController& controller,

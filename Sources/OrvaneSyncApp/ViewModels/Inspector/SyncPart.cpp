@@ -13,7 +13,7 @@ namespace orvane {
 
 namespace {
 
-/// Without the unit, as a field shows it.
+/// The offset without its unit, as a field shows it.
 std::string offsetFramesText(double seconds, double frameRate) {
     std::string text = formatOffset(seconds, frameRate);
     text.pop_back();
@@ -27,7 +27,8 @@ std::string shownFramesText(double seconds, double frameRate) {
                                                               : formatted("%+.1f", frames);
 }
 
-/// Empty where the offset is one of whole frames. The document leaves out what is less than a frame.
+/// Empty if the offset is a whole number of frames. The document leaves out the part that is less than a
+/// frame.
 std::string wholeFramesSentence(double seconds, double frameRate) {
     constexpr double leastShown = 0.0005, rounding = 0.00001; // of a frame
     const double frames = seconds * frameRate;
@@ -49,7 +50,8 @@ constexpr const char* withoutSound = "The clip has no sound.";
 constexpr const char* withoutClap = "There is no clap point yet.";
 constexpr const char* outOfPicture = "The clap point lies outside of the picture.";
 
-/// Seconds of the clap point before the picture (below 0) or behind its end; 0 within it.
+/// Seconds from the picture to a clap point outside of it: negative before the picture, positive after its
+/// end, 0 within it.
 double secondsOutOfPicture(const SyncGroup& group) {
     const auto clap = group.isMOS() ? group.pictureClapAnchorSeconds : group.resolvedClapPointSeconds();
     const auto& length = group.video.durationSeconds;
@@ -83,7 +85,7 @@ void addReasons(SyncPart& part, double secondsOut) {
     part.noClear = firstOf({missing, locked});
     part.noSearch = firstOf(
         {silent, locked, {part.hasAnchor, "There is a clap point; clear it to search for another one."}});
-    part.noCheck = firstOf({outside}); // without a clap point it loops at 3 s
+    part.noCheck = firstOf({outside}); // without a clap point, the loop is at 3 s
 }
 
 } // namespace
@@ -100,11 +102,11 @@ SyncPart SyncPart::of(const SyncGroup& group, double frameRate) {
     part.offsetShown = shownFramesText(part.offsetSeconds, part.frameRate);
     part.offsetInSeconds = formatted("%+.3f", part.offsetSeconds);
     part.begins = soundBeginsSentence(group);
-    // What a recording that was taken away leaves behind is no place in this clip.
+    // The anchor of a recording that was removed is no place in this clip.
     part.hasAnchor = part.hasSound && group.audioAnchorOffsetInAudioSeconds.has_value();
     const double secondsOut = secondsOutOfPicture(group);
     part.anchor = anchorSentence(group, secondsOut);
-    if (group.pictureClapAnchorSeconds) // it goes before that of the sound
+    if (group.pictureClapAnchorSeconds) // it has priority over that of the sound
         part.anchor += formatted("; in the picture at %.3f s", *group.pictureClapAnchorSeconds);
     part.anchorHint = part.isLocked ? "Unlock sync to move the clap point"
                                     : "⌘⌥ Click on the audio waveform to set the sync anchor";
@@ -115,7 +117,7 @@ SyncPart SyncPart::of(const SyncGroup& group, double frameRate) {
                                 : "Lock sync as verified";
     if (isMovedSinceLock(group)) {
         const std::string frames = shownFramesText(*group.lockedAtManualOffset, part.frameRate);
-        const bool isOne = frames.ends_with("1") && frames.size() <= 2; // with a sign
+        const bool isOne = frames.ends_with("1") && frames.size() <= 2; // the text has a sign
         part.lockedAt = "It was locked at " + frames + (isOne ? " frame." : " frames.");
     }
     part.wholeFrames = wholeFramesSentence(part.offsetSeconds, part.frameRate);

@@ -9,36 +9,36 @@
 
 namespace orvane {
 
-// What the inspector says of a clip's sync. Pure functions of the clip; interface thread.
+// What the inspector shows about a clip's sync. Pure functions of the clip; interface thread.
 
 struct SyncPart {
     SyncMethod method = SyncMethod::timecode;
     bool hasSound = false;
     bool isLocked = false;
     bool isApproved = false;
-    double frameRate = 24;    ///< by which offsets are counted
-    double offsetSeconds = 0; ///< the editor's, on top of the matcher's
-    std::string offsetFrames; ///< whole ones, such as "+3"
-    std::string offsetShown;  ///< with a decimal where it is none of whole frames, such as "-2.9"
+    double frameRate = 24;    ///< the frames per second in which offsets are counted
+    double offsetSeconds = 0; ///< set by the editor, added to the offset of the match
+    std::string offsetFrames; ///< whole frames, such as "+3"
+    std::string offsetShown;  ///< with a decimal if it is not a whole number of frames, such as "-2.9"
     std::string offsetInSeconds;
-    std::string
-        wholeFrames;    ///< what the document takes of an offset that is none of whole frames; else empty
-    std::string begins; ///< where the sound begins, seen from the picture
-    std::string anchor; ///< where the anchor is; what to do where there is none
+    std::string wholeFrames; ///< the offset that the document gets if this one is not a whole number of
+                             ///< frames; else empty
+    std::string begins;      ///< where the sound begins, relative to the picture
+    std::string anchor;      ///< where the anchor is; without one, what to do
     bool hasAnchor = false;
-    // Why a button does nothing; empty where it acts, as far as the clip says it.
+    // Why each button does nothing; empty if it works, as far as this depends on the clip.
     std::string noGoTo, noPut, noUpdate, noClear, noSearch, noCheck;
     std::string anchorHint;
-    std::string updateAnchor; ///< what the button for the anchor says
-    std::string lock;         ///< what the button for the lock says
-    std::string lockedAt;     ///< the offset that was locked, where it is another by now; else empty
+    std::string updateAnchor; ///< the text of the button for the anchor
+    std::string lock;         ///< the text of the button for the lock
+    std::string lockedAt;     ///< the offset at the time of the lock, if it has changed since; else empty
 
-    /// `frameRate`: of the clip's times (TimelineController::timelineFrameRate).
+    /// `frameRate`: frames per second of the clip's times (TimelineController::timelineFrameRate).
     static SyncPart of(const SyncGroup& group, double frameRate);
     bool operator==(const SyncPart&) const = default;
 };
 
-/// The rate at which the sensor ran, and what is exported beside an off-speed clip.
+/// The frame rate of the sensor, and what is exported in addition for an off-speed clip.
 struct SensorPart {
     static constexpr std::array<double, 8> offered{24, 25, 30, 48, 50, 60, 96, 120};
     static constexpr std::string_view hint = "Override the camera's sensor FPS for this clip. Use when the "
@@ -50,10 +50,10 @@ struct SensorPart {
         "sync "
         "treats it as normal speed.";
 
-    std::vector<double> rates;  ///< ascending: the offered ones, and the clip's own
-    std::optional<double> rate; ///< the clip's; absent where nothing says it
+    std::vector<double> rates;  ///< ascending: the offered rates and the clip's own
+    std::optional<double> rate; ///< the clip's; absent if unknown
     std::string reset;          ///< "Reset to detected (25)"
-    std::string speed;          ///< what the rates come to; empty without them
+    std::string speed;          ///< the speed that results from the rates; empty without them
     bool isUnconfirmed = false;
     bool isLocked = false;
     bool isOffspeed = false;
@@ -64,7 +64,7 @@ struct SensorPart {
     bool operator==(const SensorPart&) const = default;
 };
 
-/// Such as "25" or "47.952".
+/// A rate as text, such as "25" or "47.952".
 std::string fpsText(double rate);
 
 } // namespace orvane

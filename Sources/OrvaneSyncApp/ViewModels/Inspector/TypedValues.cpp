@@ -10,7 +10,7 @@ namespace orvane {
 
 namespace {
 
-/// The number without unit, with the signs and points that people type in the place of ASCII ones.
+/// The number without its unit. Signs and decimal points outside of ASCII are accepted.
 std::optional<double> typedNumberIn(std::string_view typed, std::string_view unit) {
     std::string text(platform::text::trimmed(typed));
     const std::string lower = platform::text::lowercased(text);

@@ -20,7 +20,8 @@ std::string someNames(std::vector<std::string> names) {
     return platform::text::joined(names, ", ");
 }
 
-/// The clips of the matrix that the measurement has part of; of several, the one it has more of.
+/// A sentence that names the clips of the document that were not measured; empty: none. The document is
+/// assumed to be that of the matrix of which fewer clips are missing.
 std::string gapsOf(const CalibrationResult& result) {
     const auto isMeasured = [&](const CalibrationPerm& perm) {
         return std::ranges::find(result.measurements, perm, &CalibrationMeasurement::perm) !=

@@ -9,22 +9,22 @@
 
 namespace orvane {
 
-/// What the sign-in shows, and which of its controls there are.
+/// The texts of the sign-in, and which of its controls are shown.
 struct AccountPanel {
     std::string state; ///< such as the account's address
     bool isSignedIn = false;
     bool canSignIn = false;
-    bool canCancel = false; ///< the browser is open; a callback may be pasted too
-    std::string problem{};  ///< for people; empty: none
+    bool canCancel = false; ///< the browser is open; a callback may also be pasted
+    std::string problem{};  ///< shown to the user; empty: none
 };
 AccountPanel accountPanel(const LockitOAuthService& account);
 
-/// What the badge of a folder says of its project. `projects`: those of the account, as far as they are
+/// The text of a folder's badge about its project. `projects`: the account's projects, as far as they are
 /// loaded.
 std::string folderBadge(const std::optional<std::string>& projectID, bool isSignedIn,
                         const std::vector<LockitProject>& projects);
 
-/// Where the project of a folder is chosen.
+/// The texts of the control that chooses a folder's project.
 namespace projectPicker {
 extern const char* const notSignedIn;
 extern const char* const noProjects;

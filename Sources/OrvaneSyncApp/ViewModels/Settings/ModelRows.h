@@ -9,31 +9,31 @@
 
 namespace orvane {
 
-/// One optional model, as the tab shows it. Texts are for people.
+/// One optional model, as the tab shows it. All texts are shown to the user.
 struct ModelRow {
-    /// `notSetUp`: nothing names a place to get it from, which is no fault of an optional model.
+    /// `notSetUp`: no address to download it from is configured. For an optional model this is not an error.
     enum class State : std::uint8_t { notDownloaded, downloading, ready, notSetUp, error };
     std::string id;
     std::string name;
     std::string description;
-    std::string facts; ///< size, and whether anything uses it
+    std::string facts; ///< its size, and whether it is used
     State state = State::notDownloaded;
-    std::string status;   ///< beside the dot; of `notSetUp` and `error` a sentence
-    double progress = 0;  ///< 0 to 1, while it is downloading
-    std::string download; ///< of the button that begins a download; empty: there is none
+    std::string status;   ///< shown beside the dot; for `notSetUp` and `error` a sentence
+    double progress = 0;  ///< 0 to 1, while it is downloaded
+    std::string download; ///< the text of the download button; empty: no button
 };
 
 struct ModelList {
     std::vector<ModelRow> rows;
     std::vector<std::pair<std::string, std::string>>
-        features; ///< what works without one, name and description
+        features; ///< what works without a model: name and description
     std::string diskUsage;
-    std::string stems; ///< whether the model of the stems is installed
+    std::string stems; ///< whether the model for stems is installed
     bool areStemsReady = false;
-    std::string stemsProblem; ///< what to do; empty: nothing
+    std::string stemsProblem; ///< what to do about the stems; empty: nothing
     bool isDownloading = false;
 };
-/// From what the command `models` answers. What an answer lacks is empty.
+/// Reads the answer of the command `models`. What is missing in the answer is empty.
 ModelList modelList(const platform::JSON& answer);
 
 } // namespace orvane

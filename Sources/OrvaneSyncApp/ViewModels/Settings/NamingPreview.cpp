@@ -26,7 +26,7 @@ NamingPreview namingPreview(const PatternEditor& editor, const SyncGroupList& gr
     const SyncGroupList clips = isMadeUp ? SyncGroupList({madeUpClip()}) : groups;
     const std::string& file = clips.front().video.filename;
     std::string name = editor.previewString(clips);
-    // What a clip falls back on whose pattern comes out empty.
+    // A clip whose pattern gives an empty name is named after its file.
     if (name.empty()) name = clips.front().video.filenameStem();
     return {std::move(name), isMadeUp ? "an example, " + file : file};
 }

@@ -7,13 +7,13 @@
 
 namespace orvane {
 
-/// What a naming pattern makes of a clip.
+/// The name that a naming pattern gives to a clip.
 struct NamingPreview {
     std::string name;
-    std::string clip; ///< whose name it is, for people
+    std::string clip; ///< the clip that the name is for, as shown to the user
 };
 
-/// Of the first clip of the work; of a made-up one where there is none.
+/// For the first clip of the work; for a made-up clip if there is none.
 NamingPreview namingPreview(const PatternEditor& editor, const SyncGroupList& groups);
 
 } // namespace orvane

@@ -11,7 +11,7 @@ namespace orvane::patternDoubts {
 
 namespace {
 
-/// "{name:3}" for a name that takes a width.
+/// Whether the token is `name` with a width, such as "{name:3}".
 bool isWidthForm(std::string_view token, std::string_view name) {
     const std::string opening = "{" + std::string(name) + ":";
     if (!token.starts_with(opening)) return false;
@@ -20,7 +20,7 @@ bool isWidthForm(std::string_view token, std::string_view name) {
     return !token.empty() && std::ranges::all_of(token, [](char c) { return c >= '0' && c <= '9'; });
 }
 
-/// The first thing in braces that is no token, or a brace without its partner.
+/// The first text in braces that is no token, or a brace without its partner.
 template <class IsToken>
 std::string firstUnknown(std::string_view pattern, IsToken isToken, std::string_view whatThereIs) {
     std::size_t at = 0;

@@ -3,22 +3,23 @@
 #include <string>
 #include <string_view>
 
-/// Why a text with tokens would not come out as it is meant, for people; empty where it does. Pure.
+/// Checks of texts with tokens. Each returns a sentence for the user on why the text would not give what was
+/// intended; empty if it does. Pure.
 namespace orvane::patternDoubts {
 
-/// Of a clip's name.
+/// For the pattern of clip names.
 std::string clipName(std::string_view pattern);
-/// Of a scene's event.
+/// For the pattern of a scene's event name.
 std::string eventName(std::string_view pattern);
-/// Behind the name of an off-speed clip.
+/// For the suffix of the names of off-speed clips.
 std::string rateSuffix(std::string_view pattern);
-/// The main role of Final Cut Pro, without a subrole.
+/// For a main role of Final Cut Pro, without a subrole.
 std::string mainRole(std::string_view role);
-/// A role that may bear a subrole.
+/// For a role that may have a subrole.
 std::string role(std::string_view role);
-/// A subrole by itself.
+/// For a subrole alone.
 std::string subrole(std::string_view role);
-/// A start timecode; an empty one counts as none.
+/// For a start timecode; empty is the same as none.
 std::string timecode(std::string_view text);
 
 } // namespace orvane::patternDoubts

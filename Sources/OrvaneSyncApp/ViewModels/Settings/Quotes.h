@@ -5,7 +5,7 @@
 
 namespace orvane {
 
-/// A value or a token within a sentence of the settings.
+/// A value or token in quotes, for a sentence of the settings.
 inline std::string inQuotes(std::string_view text) { return "“" + std::string(text) + "”"; }
 
 } // namespace orvane

@@ -7,17 +7,18 @@
 
 namespace orvane {
 
-/// The subroles of the first tracks, in their order, as the list of roles edits them.
+/// The subroles of the first tracks, in track order, as the list of roles edits them.
 class RoleList {
   public:
     explicit RoleList(const platform::SettingsStore& store);
 
     const std::vector<std::string>& roles() const { return roles_; }
-    /// Moves a role in front of another place; places beyond the ends change nothing.
+    /// Moves a role by so many places; beyond the ends of the list, nothing changes.
     void move(std::size_t from, int by);
-    /// The values to store.
+    /// The values to store in the settings.
     platform::SettingsStore::Values values() const;
-    /// For people: the tracks that Final Cut Pro shows as one because they have one role; empty: none.
+    /// A sentence about the tracks that Final Cut Pro shows as one, because they have the same role; empty:
+    /// none.
     std::string sharedRoles() const;
 
   private:

@@ -14,15 +14,16 @@ namespace orvane {
 /// One of the values that a row offers.
 using SettingChoice = SettingDescription::Offer;
 
-/// How the settings screen shows one setting, with the words of its declaration. All texts are for people.
+/// How the settings screen shows one setting, with the texts of its declaration. All texts are shown to the
+/// user.
 struct SettingRow {
     enum class Control : std::uint8_t {
         toggle,
         choice,
         number,
-        amount, ///< 0 to 1, shown in percent
+        amount, ///< 0 to 1, shown as a percentage
         line,
-        pattern, ///< a line with the editor of naming patterns
+        pattern, ///< a text field with the editor of naming patterns
         file     ///< the path of a recording
     };
     std::reference_wrapper<const SettingDescription> setting;
@@ -30,11 +31,11 @@ struct SettingRow {
     std::string label;
     std::string hint;
     std::vector<SettingChoice> choices{};
-    std::string unit{}; ///< behind a number, with its blank
-    int decimals = 0;   ///< of a number at least; those that a stored value has beyond them are shown
-    /// Whether the setting has an effect as the others stand; null: always.
+    std::string unit{}; ///< after a number, with the space before it
+    int decimals = 0;   ///< the minimum number of decimals shown; a stored value with more is shown with more
+    /// Whether the setting has an effect, given the values of the others; null: always.
     bool (*applies)(const platform::SettingsStore& store) = nullptr;
-    /// Why a text would not do what is meant by it; empty where it does.
+    /// A sentence on why a text would not do what was intended; empty if it does.
     std::string (*doubt)(std::string_view text) = nullptr;
 };
 
@@ -68,13 +69,13 @@ struct SettingTab {
     std::vector<SettingSection> sections;
 };
 
-/// The tabs in their order. Every setting of the catalogue that is declared with a label has one row.
+/// The tabs in their order. Every setting that is declared with a label has exactly one row.
 const std::vector<SettingTab>& settingTabs();
 
-/// That of a setting, which other screens show under the same name. Must have one.
+/// The row of a setting, for other screens that show it with the same label. The setting must have a row.
 const SettingRow& settingRow(std::string_view key);
 
-/// Of those that have a row its label, in the order of the tabs.
+/// The labels of those settings that have a row, in the order of the tabs.
 std::vector<std::string> labelsOfSettings(const std::vector<std::string>& keys);
 
 } // namespace orvane

@@ -13,7 +13,7 @@ namespace {
 using Control = SettingRow::Control;
 using platform::SettingsStore;
 
-/// A row and what few rows have.
+/// Builds a row; its functions set what only some rows have.
 class Row {
   public:
     explicit Row(const SettingDescription& setting)
@@ -40,7 +40,7 @@ class Row {
         row_.control = control;
         return *this;
     }
-    operator SettingRow() const { return row_; } // it is one
+    operator SettingRow() const { return row_; } // implicit, as rows are written in lists
 
   private:
     static Control controlOf(const SettingDescription& setting) {
@@ -58,7 +58,7 @@ class Row {
     SettingRow row_;
 };
 
-/// Whether a switch is on.
+/// Whether a setting that is a switch is on.
 template <const auto& setting>
 bool isOn(const SettingsStore& store) {
     return store.get(setting);

@@ -13,7 +13,7 @@ namespace {
 
 using platform::JSON;
 
-/// The words of a value, as the row shows it.
+/// The text of a value, as the row shows it.
 std::string shown(const SettingRow& row, const JSON& value) {
     const auto found = std::ranges::find(row.choices, value, &SettingChoice::value);
     return found == row.choices.end() ? settingText(value) : found->text;
@@ -25,7 +25,7 @@ std::string outOf(const SettingRow& row) {
     return row.choices.empty() ? "a value of another kind" : "one of those that are offered";
 }
 
-/// A choice in the form in which it is offered, whatever case it was stored in.
+/// A choice as it is written in the list of choices; the stored text may differ in case.
 JSON canonical(const SettingDescription& setting, const JSON& value) {
     if (setting.choices.empty()) return value;
     const auto index = setting.choiceIndex(settingText(value));

@@ -15,33 +15,33 @@
 
 namespace orvane {
 
-/// What stands below a row.
+/// The remark that is shown below a row.
 struct SettingRemark {
     enum class Kind : std::uint8_t { none, fact, doubt, mistake };
     Kind kind = Kind::none;
     std::string text{};
 };
 
-/// The rows of the settings screen over a store. Holds no state of its own.
+/// The rows of the settings screen, with the values of a store. Holds no state of its own.
 class SettingsModel {
   public:
-    /// The character of the material that is open; nothing where none was heard.
+    /// The kind of material of the open work; absent if none was detected.
     using Material = std::function<std::optional<MaterialCharacter>()>;
     explicit SettingsModel(std::shared_ptr<const platform::SettingsStore> store, Material material = {})
         : store_(std::move(store)), material_(std::move(material)) {}
 
-    /// What readers of the setting go by; null where there is no value and no default.
+    /// The value that readers of the setting get; null if there is no value and no default.
     platform::JSON value(const SettingRow& row) const;
-    /// What the row offers, and the present value where it is none of that.
+    /// The values that the row offers, and the present value if it is not one of them.
     std::vector<SettingChoice> choices(const SettingRow& row) const;
-    /// Which of `choices` holds.
+    /// The index of the present value in `choices`.
     std::size_t chosen(const SettingRow& row, const std::vector<SettingChoice>& choices) const;
-    /// Whether there is a stored value that "reset to default" takes away.
+    /// Whether there is a stored value that "reset to default" would remove.
     bool isChanged(const SettingRow& row) const;
     bool isEnabled(const SettingRow& row) const;
     SettingRemark remark(const SettingRow& row) const;
 
-    /// Whether each of the words stands in the row's texts, in any case.
+    /// Whether the row's texts contain each of the words, in upper or lower case.
     static bool matches(const SettingTab& tab, const SettingSection& section, const SettingRow& row,
                         const SearchWords& words);
 
@@ -50,7 +50,7 @@ class SettingsModel {
     const Material material_;
 };
 
-/// What most of the analysed clips are, for `SettingsModel`.
+/// The kind of material of most analysed clips, for `SettingsModel`.
 std::optional<MaterialCharacter> commonestMaterial(const SmartAudioResults& results);
 
 } // namespace orvane

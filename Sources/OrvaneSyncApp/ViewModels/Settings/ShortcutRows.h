@@ -9,7 +9,7 @@
 
 namespace orvane {
 
-/// One action in the table of keys. Texts are for people.
+/// One action in the table of keys. Texts are shown to the user.
 struct ShortcutRow {
     ShortcutAction action;
     std::string label;
@@ -17,14 +17,14 @@ struct ShortcutRow {
     std::string key; ///< "—" for none
     bool isDefault = true;
     bool isUnbound = false;
-    /// The other actions with this key, in their order.
+    /// The other actions with the same key, in their order.
     std::vector<ShortcutAction> sharedWith{};
-    std::string conflict{}; ///< who has the key too, and who gets it; empty without one
+    std::string conflict{}; ///< which actions have the same key, and which of them gets it; empty: none
 };
 
 /// In the order of the actions.
 std::vector<ShortcutRow> shortcutRows(const ShortcutBindings& bindings);
-/// Whether each of the words stands in the row or its heading, in any case.
+/// Whether the row or its heading contains each of the words, in upper or lower case.
 bool matches(const ShortcutRow& row, const SearchWords& words);
 
 } // namespace orvane

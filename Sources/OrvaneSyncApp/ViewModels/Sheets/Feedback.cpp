@@ -29,7 +29,7 @@ std::string boundary() {
     return text;
 }
 
-/// "~" in the place of the home folder.
+/// Replaces the path of the home folder with "~".
 std::string withoutHome(std::string text) {
     const char* home = std::getenv("HOME");
     const std::string folder = home == nullptr ? "" : home;
@@ -130,7 +130,7 @@ FeedbackDelivery::FeedbackDelivery(std::shared_ptr<platform::MainThread> mainThr
       queue_(platform::SerialQueue::create("feedback")) {}
 
 platform::Task FeedbackDelivery::send(std::string url, Feedback feedback) {
-    // Copies: the delivery may be gone before the answer comes.
+    // Copies, because this object may be destroyed before the answer arrives.
     auto sending = platform::onQueue(
         *queue_, mainThread_,
         [client = client_, url = std::move(url),

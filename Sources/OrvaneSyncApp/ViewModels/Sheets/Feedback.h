@@ -10,12 +10,11 @@
 
 namespace orvane {
 
-/// The state of each subsystem as text to copy: a line each.
+/// The state of each subsystem as text to copy, one line each.
 std::string systemText(const std::vector<SystemCheck>& checks);
 
-/// What goes along with a message: version, machine, the settings that differ from their defaults, and how
-/// the clips of the open work stand. No file's name is in it, and of paths below the home folder not its
-/// name.
+/// The report that is sent with a message: version, machine, settings that differ from their defaults, and
+/// the state of the open work's clips. It contains no file names, and "~" in place of the home folder's path.
 std::string feedbackReport(const WorkSnapshot& work, const std::vector<SystemCheck>& checks);
 
 struct Feedback {
@@ -24,9 +23,9 @@ struct Feedback {
     std::string screenshotPNG; ///< bytes; empty without a picture
 };
 
-/// As a multipart form (RFC 7578): the fields "message", "report" and "screenshot".
+/// The feedback as a multipart form (RFC 7578) with the fields "message", "report" and "screenshot".
 platform::HTTPRequest feedbackRequest(const std::string& url, const Feedback& feedback);
-/// The same as a mail without an address (RFC 2046), which mail programs open.
+/// The feedback as a mail without an address (RFC 2046), which mail programs can open.
 std::string feedbackMail(const Feedback& feedback);
 
 /// Sends feedback. Interface thread; the work is done on a queue of its own.
@@ -34,10 +33,10 @@ class FeedbackDelivery {
   public:
     FeedbackDelivery(std::shared_ptr<platform::MainThread> mainThread,
                      std::shared_ptr<platform::HTTPClient> client);
-    /// Throws HTTPError, and std::runtime_error for an answer that is none of success.
+    /// Throws HTTPError, and std::runtime_error for an answer that is not a success.
     platform::Task send(std::string url, Feedback feedback);
-    /// As `feedbackMail`, to a place that a person chose. `mayReplace`: whether they were asked about the
-    /// file that is there. Throws FileError, OutputRefused among them.
+    /// Writes `feedbackMail` to a path that the user chose. `mayReplace`: whether the user agreed to replace
+    /// a file there. Throws FileError, including OutputRefused.
     platform::Task save(std::string path, Feedback feedback, const ImportController& work, bool mayReplace);
 
   private:

@@ -25,7 +25,7 @@ std::string nameOfRow(const ALEFile& report, std::size_t row) {
 }
 
 std::string lineOfRow(const ALEFile& report, std::size_t row) {
-    // In order of preference, as `ReportColumns::normalised` has them.
+    // In order of preference, in the form of `ReportColumns::normalised`.
     static constexpr std::array<std::string_view, 6> tapes{"tape",       "reel",    "roll",
                                                            "cameraroll", "camroll", "soundroll"};
     static constexpr std::array<std::string_view, 7> starts{"start", "starttc",   "tcin",    "starttimecode",

@@ -8,20 +8,20 @@
 
 namespace orvane {
 
-/// What is said of a report that is loaded. All texts are for people; pure.
+/// Texts about the loaded report, shown to the user. Pure.
 namespace reportTexts {
 
-/// What a row stands for: the file that it names, or its scene and take, or else its number from 1.
+/// The name of a row: the file that it names, otherwise its scene and take, otherwise its number from 1.
 std::string nameOfRow(const ALEFile& report, std::size_t row);
-/// The same with the tape and the start that the row gives, by which it is found on a card.
+/// The name, and the tape and start of the row, so that the user can find the file on a card.
 std::string lineOfRow(const ALEFile& report, std::size_t row);
-/// The columns that have text, by whether the document has what stands in them.
+/// The columns that contain text, divided by whether the document gets their values.
 struct Columns {
     std::vector<std::string> inDocument;
     std::vector<std::string> shownOnly;
 };
 Columns columnsOf(const ALEFile& report);
-/// How many rows name no clip, and the first of them; empty where each names one.
+/// How many rows match no clip, and the first of these rows; empty if each row matches one.
 std::string rowsWithoutClip(const ReportController& reports);
 
 } // namespace reportTexts

@@ -31,7 +31,8 @@ class SegmentFile : public platform::AudioFile {
     std::size_t read(std::span<float* const> channels, std::size_t frames) override {
         const auto left = static_cast<std::size_t>(frames_ - at_);
         const std::size_t wanted = std::min(frames, left);
-        // Channels up to ours are read and thrown away; a file has no other way to reach it.
+        // A file reads its channels from the first one on, so the channels before ours are read and
+        // discarded.
         unused_.resize(wanted);
         std::vector<float*> targets(static_cast<std::size_t>(channel_) + 1, unused_.data());
         if (!channels.empty()) targets.back() = channels.front();

@@ -6,12 +6,12 @@ class QWidget;
 
 namespace orvane::views {
 
-/// Asks before what can't be taken back. Return and Escape answer `no`; waits for the answer.
+/// Asks before something that can't be undone, and waits for the answer. Return and Escape answer `no`.
 bool isAgreed(QWidget* parent, const QString& title, const QString& text, const QString& yes,
               const QString& no);
 
-/// Says why something does not open; takes the keyboard until it is closed, by Return or Escape. Does not
-/// wait.
+/// Says why something cannot be opened. The message has the keyboard until Return or Escape closes it. Does
+/// not wait.
 void tell(QWidget* parent, const QString& title, const QString& text);
 
 } // namespace orvane::views

@@ -67,7 +67,7 @@ void make(QObject* context, Progress progress, Done done) {
         [] {
             const QDir data(text(AppStorageHelper::applicationSupportDirectory()));
             const QString folder = data.filePath(QStringLiteral("Demo Shoot"));
-            // The report is written last.
+            // The report is the last file that is written, so if it exists the folder is complete.
             return Place{folder, maker(),
                          QFileInfo::exists(QDir(folder).filePath(QStringLiteral("DAY1.csv")))};
         },

@@ -6,13 +6,13 @@
 
 class QObject;
 
-/// A small shooting day to try the program with, made by a tool beside the program.
+/// A small shooting day to try the program with, made by a separate program in the same folder.
 namespace orvane::views::DemoShoot {
 
-/// Whether the tool is there.
+/// Whether that program exists.
 bool isAvailable();
-/// Makes it below the application's data folder, or finds it there. `done` gives the folder, or why there is
-/// none. Nothing is called once `context` is gone; the tool is then stopped.
+/// Makes the shooting day in the application's data folder, if it is not there yet. `done` gets the folder,
+/// or why there is none. If `context` is destroyed, nothing is called and the program is stopped.
 void make(QObject* context, std::function<void(const QString& step)> progress,
           std::function<void(const QString& folder, const QString& failure)> done);
 

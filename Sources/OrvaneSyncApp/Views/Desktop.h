@@ -17,7 +17,7 @@ namespace orvane::views {
 QString text(std::string_view utf8);
 std::string utf8(const QString& text);
 
-/// The open work and its sessions as the windows use them: every action of a menu, a button or a key is a
+/// The open work and its sessions, as the windows use them. Every action of a menu, a button or a key is a
 /// command of the table. Interface thread.
 class Desktop {
   public:
@@ -30,8 +30,8 @@ class Desktop {
         std::shared_ptr<const RenderedAudioStore> renderedAudio = nullptr;
         std::shared_ptr<StemCache> stems = nullptr; ///< null: recordings are analysed without stems
         std::shared_ptr<const platform::Clock> clock = platform::systemClock();
-        std::string sessionsDir{}; ///< empty: the user account's
-        /// What plays pictures and sound; null: nothing can be played.
+        std::string sessionsDir{}; ///< empty: the folder of the user account
+        /// Opens the players of picture and sound; null: nothing can be played.
         commands::ReviewPlayers::OpenPlayers openPlayers = nullptr;
     };
     explicit Desktop(Dependencies dependencies);
@@ -43,31 +43,32 @@ class Desktop {
     const std::shared_ptr<platform::MainThread>& mainThread() const { return mainThread_; }
     /// The players, the keyboard and the models of the screens that play.
     commands::ReviewPlayers& players() { return context_.players(); }
-    /// For what a screen asks of an account, of shortcuts or of the table.
+    /// For screens that need an account, shortcuts or the table of commands.
     commands::CommandContext& context() { return context_; }
 
-    /// Must be in the table.
+    /// The command must be in the table.
     const commands::Command& command(std::string_view id) const;
     bool isEnabled(std::string_view id, const SyncGroup* clip = nullptr) const;
     using Done = std::function<void(const JSON& answer)>;
     using Refused = std::function<void(const QString& why)>;
-    /// What the command answers goes to `done`, why it did not run to `refused`, or where there is none to
-    /// `whenRefused`. A command that was stopped calls none of them. Gives what goes on behind a long one; it
-    /// has ended for one that answered at once or was refused.
+    /// The answer of the command is passed to `done`; if it did not run, the reason is passed to `refused`,
+    /// or to `whenRefused` if that is empty. Neither is called for a command that was stopped. Returns the
+    /// task of a long command; for a command that answered at once or was refused, a task that has ended.
     platform::Task run(std::string_view id, JSON arguments = {}, Done done = {}, Refused refused = {});
-    /// One command for several clips, as one step to take back where it is one. `done` is called once, when
-    /// it has answered for each clip that it may be run for; not where one was refused or stopped.
+    /// Runs the command for each of the clips for which it is enabled, as one undo step if it has an undo
+    /// step. `done` is called once, after all have answered; it is not called if one was refused or stopped.
     void runForClips(std::string_view id, const std::vector<UUID>& groupIDs, JSON arguments = {},
                      const std::function<void()>& done = {});
-    /// A sentence for people.
+    /// Gets a sentence for the user.
     Refused whenRefused;
-    /// Why a key or a drag does nothing now: a sentence that goes by itself and moves nothing on the screen.
+    /// Gets a sentence on why a key or a drag does nothing at the moment. It disappears by itself and moves
+    /// nothing on the screen.
     Refused tellBriefly;
     void sayWhyNot(const QString& why) const {
         if (tellBriefly) tellBriefly(why);
     }
-    /// The window scans the folders of the work, as what was just corrected concerns the match. Whoever wants
-    /// a scan asks by this, so that it is shown while it runs and what it takes away is said.
+    /// Asks the window to scan the folders of the work, after a correction that changes the match. A scan is
+    /// always started with this, so that its progress and what it removes are shown.
     std::function<void()> whenScanWanted;
 
   private:

@@ -22,7 +22,7 @@ DoubtBar::DoubtBar(Desktop& desktop, QWidget* parent) : QFrame(parent), desktop_
     auto* top = new QHBoxLayout;
     top->addWidget(new Badge(Signal::doubtful, {}), 0, Qt::AlignTop);
     top->addWidget(text_ = label(QString()), 1);
-    // Beside the text, at the top: they stay where they are, however many lines and cures the next one has.
+    // At the top beside the text, so that they stay at the same place for any number of lines and cures.
     auto* steps = new QHBoxLayout;
     steps->setSpacing(0);
     steps->addWidget(clips_ = button(tr("Show Clips")));
@@ -76,7 +76,7 @@ void DoubtBar::showOne() {
     position_->setText(tr("%1 of %2").arg(shown_ + 1).arg(doubts_.size()));
     position_->setVisible(doubts_.size() > 1);
     for (QPushButton* one : {previous_, next_}) one->setVisible(doubts_.size() > 1);
-    clips_->setVisible(!doubt.groupIDs.empty()); // a file that is under no clip
+    clips_->setVisible(!doubt.groupIDs.empty()); // hidden if the doubt is about a file that is under no clip
     for (QPushButton* one : steps_) one->deleteLater();
     steps_.clear();
     for (const CureStep& step : doubt.cure.steps) {

@@ -11,14 +11,14 @@ class QPushButton;
 
 namespace orvane::views {
 
-/// The doubts of the work, one at a time, with the buttons that cure it. Hidden without a doubt.
+/// The doubts about the work, one at a time, with buttons for their cures. Hidden if there is no doubt.
 class DoubtBar : public QFrame {
   public:
     explicit DoubtBar(Desktop& desktop, QWidget* parent = nullptr);
     void show(std::vector<ResultsViewModel::Doubt> doubts);
 
     std::function<void(const std::vector<UUID>&)> whenClipsWanted;
-    /// A cure has done all that it does.
+    /// Called when a cure is complete.
     std::function<void()> whenCured;
 
   private:

@@ -4,8 +4,8 @@
 
 namespace orvane::views {
 
-/// Lies over its parent while something hangs over the window: a frame, and what a drop would do. Lets every
-/// click through.
+/// Covers its parent while something is dragged over the window: shows a frame, and what a drop would do.
+/// Ignores clicks.
 class DropFrame : public QWidget {
   public:
     explicit DropFrame(QWidget* parent);

@@ -7,7 +7,7 @@
 
 namespace orvane::views {
 
-/// To listen to single files. Null where nothing can be played, which is then said in the window.
+/// A player for single files. Null if nothing can be played; then the window says so.
 std::shared_ptr<RawFileAudioPlayer> makeFilePlayer(Desktop& desktop);
 
 } // namespace orvane::views

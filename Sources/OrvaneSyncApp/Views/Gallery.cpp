@@ -29,7 +29,7 @@ QHBoxLayout* row(std::initializer_list<QWidget*> controls) {
     return made;
 }
 
-/// Paints a row of things, of which there is no control.
+/// A row of painted things for which there is no control.
 class Painted : public QWidget {
   public:
     Painted(QSize size, const QString& name, std::function<void(QPainter&)> paint)

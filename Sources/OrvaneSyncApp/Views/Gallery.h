@@ -4,7 +4,7 @@
 
 namespace orvane::views {
 
-/// All controls of the kit beside each other, for judging and mending them.
+/// All controls of the kit beside each other, to check and correct them.
 QWidget* makeGallery();
 
 } // namespace orvane::views

@@ -8,7 +8,8 @@ class QWidget;
 
 namespace orvane::views {
 
-/// Runs the command for the clips, and says over the window of `of` how many of them have changed.
+/// Matches the clips again by the command, and says in a message over the window of `of` how many clips
+/// changed.
 void matchAgain(Desktop& desktop, QWidget* of, const std::vector<UUID>& clips);
 
 } // namespace orvane::views

@@ -51,7 +51,7 @@ void Notifier::sendToDesktop(const QString& title, const QString& text) {
     call << title << 0U << QStringLiteral("orvanesync") << title << text << QStringList()
          << QVariantMap{{QStringLiteral("desktop-entry"), QStringLiteral("orvanesync")}}
          << desktopDefaultTimeout;
-    bus.send(call); // nobody waits for what comes of it
+    bus.send(call); // without waiting for the answer
 }
 
 } // namespace orvane::views

@@ -8,11 +8,12 @@ class QWidget;
 
 namespace orvane::views {
 
-/// Tells the desktop when long work has ended while nobody looked at the window: a scan, an analysis. Through
-/// the desktop's own notifications (org.freedesktop.Notifications); without them nothing. Interface thread.
+/// Notifies the user when long work (a scan, an analysis) has ended while the window was not in front. Uses
+/// the notifications of the desktop (org.freedesktop.Notifications); without them nothing is shown. Interface
+/// thread.
 class Notifier {
   public:
-    /// Sends one; another one in tests.
+    /// Sends one notification; replaced in tests.
     using Send = std::function<void(const QString& title, const QString& text)>;
     Notifier(Desktop& desktop, QWidget& window, Send send = sendToDesktop);
 

@@ -31,7 +31,7 @@ QPushButton* tool(Glyph glyph, const QString& name) {
     return made;
 }
 
-/// Where the next start finds the preset that was applied without a folder.
+/// The key of the preset that was applied last while no folder was open, for the next start.
 QString presetPlace() { return QStringLiteral("preset"); }
 
 } // namespace
@@ -133,7 +133,7 @@ void PresetBar::compare() {
         isCompareAsked_ = true;
         return;
     }
-    // What changes while the file is read is compared afterwards.
+    // If something changes while the file is read, it is compared again afterwards.
     const auto done = [self = QPointer(this), name](bool isInForce) {
         if (!self) return;
         self->isComparing_ = false;
@@ -144,7 +144,7 @@ void PresetBar::compare() {
     desktop_.run(
         "presetInForce", named("name", utf8(name)),
         [done](const JSON& isInForce) { done(isInForce.boolean() == true); },
-        [done](const QString&) { done(true); }); // there is none to compare with
+        [done](const QString&) { done(true); }); // there is no preset to compare with
 }
 
 void PresetBar::apply(const QString& name) {
@@ -153,7 +153,8 @@ void PresetBar::apply(const QString& name) {
     });
 }
 
-/// The settings of the folder follow: it is the folder that brings them back.
+/// The settings are also stored in the open session's folder, because opening a session restores the settings
+/// of its folder.
 void PresetBar::applied(const std::string& name) {
     active_ = name;
     keptState::set(presetPlace(), text(name));

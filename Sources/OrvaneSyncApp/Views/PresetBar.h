@@ -12,8 +12,8 @@ namespace orvane::views {
 
 class Remark;
 
-/// The switcher of presets: puts one in place, for the open session's folder too; saves, renames and deletes.
-/// Says behind the name of the chosen one that the settings in force are others.
+/// Chooses a preset, also for the open session's folder; saves, renames and deletes presets. If the settings
+/// in force differ from the chosen preset, this is shown after its name.
 class PresetBar : public QWidget {
   public:
     explicit PresetBar(Desktop& desktop, QWidget* parent = nullptr);
@@ -21,11 +21,11 @@ class PresetBar : public QWidget {
   private:
     void list();
     void show();
-    /// The settings in force with those of the chosen preset.
+    /// Compares the settings in force with those of the chosen preset.
     void compare();
     void apply(const QString& name);
     void applied(const std::string& name);
-    /// Asks for a name below the list: of a new preset, or for the chosen one.
+    /// Shows the field for a name below the list, for a new preset or to rename the chosen one.
     void askForName(bool isRename);
     void takeName();
     void run(std::string_view id, JSON arguments, Desktop::Done done);
@@ -40,10 +40,10 @@ class PresetBar : public QWidget {
     QPushButton* take_;
     Remark* problem_;
     std::vector<std::string> names_;
-    std::string active_; ///< applied last without a folder, before this start too
+    std::string active_; ///< the preset applied last without a folder, also by an earlier run
     bool isRename_ = false;
     bool isComparing_ = false;
-    bool isCompareAsked_ = false; ///< again, as something changed meanwhile
+    bool isCompareAsked_ = false; ///< compare again, because something has changed
     platform::Subscription observation_;
     platform::Subscription settingsObservation_;
 };

@@ -78,7 +78,7 @@ void ProjectPicker::load() {
                 if (raised) std::rethrow_exception(raised);
                 self->showProjects(std::move(*found));
             } catch (const std::exception& why) {
-                // Without an account there is nothing to try again.
+                // Without an account, trying again has no use.
                 self->say(translatedSentence(why.what()),
                           self->account_->state().isSignedIn || self->account_->state().isKeyStoreLocked);
             } catch (const platform::Stopped&) {

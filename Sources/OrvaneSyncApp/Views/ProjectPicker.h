@@ -15,11 +15,11 @@ class QListWidget;
 
 namespace orvane::views {
 
-/// Chooses the project of LockitNetwork and the metadata prefix of a folder of sessions. A popup.
+/// A popup that chooses the project of LockitNetwork and the metadata prefix of a folder of sessions.
 class ProjectPicker : public QFrame {
   public:
     using Projects = std::vector<LockitProject>;
-    /// `loaded`: the projects of the account, when they are there.
+    /// `loaded` gets the projects of the account when they have arrived.
     ProjectPicker(Desktop& desktop, std::string folder, std::function<void(const Projects&)> loaded,
                   QWidget* parent = nullptr);
 

@@ -24,9 +24,9 @@ class QtTimer : public platform::Timer {
     std::atomic<bool> isCancelled_ = false;
 };
 
-/// The receiver of everything that is posted: what waits when it goes is dropped with it. Work is handed over
-/// under a lock of our own, as the thread sanitizer does not see those of Qt; an event a piece keeps its
-/// order among the other events.
+/// Posts work to the interface thread. Work that is still waiting when this is destroyed is discarded. The
+/// work is passed on under our own lock, because the thread sanitizer does not see the locks of Qt; one event
+/// for each piece of work keeps the order among all events.
 class QtMainThread : public platform::MainThread {
   public:
     void post(std::function<void()> work) override {
@@ -40,7 +40,7 @@ class QtMainThread : public platform::MainThread {
     std::shared_ptr<platform::Timer> after(std::chrono::nanoseconds delay,
                                            std::function<void()> work) override {
         auto timer = std::make_shared<QtTimer>();
-        // Rounded up: never before its time.
+        // Rounded up, so that the timer is never early.
         const auto wait =
             std::chrono::ceil<std::chrono::milliseconds>(std::max(delay, std::chrono::nanoseconds(0)));
         auto begin = [this, timer, wait, work = std::move(work)] {
@@ -66,7 +66,7 @@ class QtMainThread : public platform::MainThread {
 
     std::mutex mutex_;
     std::deque<std::function<void()>> waiting_;
-    QObject receiver_; ///< goes first, with the events for what waits
+    QObject receiver_; ///< destroyed first, together with the events of the waiting work
 };
 
 } // namespace

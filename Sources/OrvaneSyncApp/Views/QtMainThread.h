@@ -6,8 +6,8 @@
 
 namespace orvane::views {
 
-/// The loop of the application as the interface thread of everything below. Made on that thread, after the
-/// application object.
+/// The event loop of the application as the interface thread of all lower layers. Must be made on that
+/// thread, after the application object.
 std::shared_ptr<platform::MainThread> qtMainThread();
 
 } // namespace orvane::views

@@ -10,7 +10,7 @@ namespace {
 
 constexpr qsizetype most = 10;
 const QString key = QStringLiteral("recent");
-const QChar between(0); // which no path holds
+const QChar between(0); // a character that no path contains
 
 QStringList entries() { return design::keptState::value(key).toStringList(); }
 

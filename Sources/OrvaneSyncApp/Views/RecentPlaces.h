@@ -6,12 +6,12 @@
 
 class QMenu;
 
-/// Folders and projects that were opened last, the newest first.
+/// Folders and projects that were opened recently, the newest first.
 namespace orvane::views::RecentPlaces {
 
-/// Folders of one scan stand together.
+/// The folders of one scan are one entry.
 void add(const QStringList& paths);
-/// A menu that is filled whenever it opens; `open` gets the paths of one entry.
+/// A menu that is filled each time it opens; `open` gets the paths of the chosen entry.
 QMenu* menu(QMenu* parent, std::function<void(const QStringList& paths)> open);
 
 } // namespace orvane::views::RecentPlaces

@@ -29,14 +29,14 @@ bool isRightAligned(int column) {
 }
 
 QString elided(const QFontMetrics& metrics, int column, const QString& shown, int width) {
-    // A clip without a name has that of its file.
+    // A clip without a name is named after its file.
     const bool isFile = column == static_cast<int>(Column::cameraFile) ||
                         (column == static_cast<int>(Column::name) && !shown.contains(QLatin1Char(' ')));
     if (isFile) return elidedFile(metrics, shown, width);
     QString rest = shown;
     if (column == static_cast<int>(Column::sound) && metrics.horizontalAdvance(shown) > width) {
         static const QRegularExpression kind(QStringLiteral("\\.\\w{2,4}(?= |$)"));
-        rest.remove(kind); // of the file, which says least
+        rest.remove(kind); // the extension says least
     }
     return metrics.elidedText(rest, Qt::ElideMiddle, width);
 }
@@ -152,7 +152,7 @@ QVariant ResultsModel::data(const QModelIndex& index, int role) const {
                                              : text(shown.texts[static_cast<std::size_t>(index.column())]);
     case Qt::ToolTipRole: {
         QStringList lines{data(index, Qt::DisplayRole).toString()};
-        if (index.column() == static_cast<int>(Column::name)) // below which it may be cut
+        if (index.column() == static_cast<int>(Column::name)) // the camera file may be cut in the cell
             lines << text(shown.texts[static_cast<std::size_t>(Column::cameraFile)]);
         else if (!shown.doubts.empty())
             lines.clear();
@@ -174,8 +174,8 @@ const platform::Picture* ResultsModel::thumbnail(int index) const {
 void ResultsModel::wantThumbnails(int first, int last) {
     std::vector<Thumbnails::Request> inView;
     for (int row = std::max(first, 0); row <= last && row < rowCount(); ++row) {
-        // A little behind the start, where a clip begins in black or on a slate.
-        constexpr double inside = 0.3; // of the clip
+        // A little after the start, because clips often begin in black or on a slate.
+        constexpr double inside = 0.3; // as a fraction of the clip
         const auto at = static_cast<std::size_t>(row);
         inView.push_back({rows_.videoURL(at).path, inside * rows_.videoSeconds(at)});
     }
@@ -190,7 +190,7 @@ void ResultsModel::sort(int column, Qt::SortOrder order) {
 
 ResultsViewModel::Row ResultsModel::makeRow(std::size_t index) const {
     ResultsViewModel::Row made = rows_.row(index);
-    // Names of clips and files are people's own; the rest is ours.
+    // Names of clips and files are not translated, as people gave them; our own texts are.
     for (const Column column : {Column::match, Column::sound, Column::begins, Column::loudness}) {
         std::string& cell = made.texts[static_cast<std::size_t>(column)];
         cell = utf8(translatedSentence(cell));
@@ -228,13 +228,13 @@ void ResultsDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
                     model->thumbnail(index.row()));
         inner.setLeft(inner.left() + pictureWidth + space::small);
     }
-    // What the neighbour says, where that has no column of its own.
+    // The text of the next column is shown below if that column is hidden.
     QString below;
     if (isCompact_ && (isName || isTimecode || index.column() == static_cast<int>(Column::sound)))
         below = model->index(index.row(), index.column() + 1).data().toString();
     if (below == QStringLiteral("-")) below.clear();
     if (index.column() == static_cast<int>(Column::match)) {
-        // Below the status, why it is doubtful.
+        // The reason of a doubt is shown below the status.
         const QString why = text(row.reason);
         const int half = why.isEmpty() ? 0 : inner.height() / 2;
         Badge::paint(*painter, inner.adjusted(0, half > 0 ? space::tight : 0, 0, -half),

@@ -13,18 +13,19 @@
 
 namespace orvane::views {
 
-/// In which colour and with which glyph a list shows it.
+/// The colour and glyph that lists show for a certainty.
 design::Signal signal(ResultsViewModel::Certainty certainty);
-/// The name of a file in that many points: cut in the middle, but never within its beginning, by which
-/// cameras count their clips, and without its extension before anything else.
+/// The name of a file, cut to `width` points. The extension is removed first. Then the name is cut in its
+/// middle, but not in its beginning, which contains the camera's clip number.
 QString elidedFile(const QFontMetrics& metrics, const QString& name, int width);
-/// A name with marks that keep its parts in their order where one of them is written from right to left.
+/// A name with marks of direction, so that its parts keep their order even if one of them is written from
+/// right to left.
 QString inPartOrder(const QString& name);
 
-/// The rows of the results for a table.
+/// Provides the rows of the results to a table.
 class ResultsModel : public RowsModel<QAbstractTableModel, ResultsViewModel::Row> {
   public:
-    /// The rows outlive it.
+    /// The rows outlive the model.
     ResultsModel(ResultsViewModel& rows, std::shared_ptr<Thumbnails> thumbnails, QObject* parent = nullptr);
 
     int rowCount(const QModelIndex& parent = {}) const override;
@@ -34,13 +35,13 @@ class ResultsModel : public RowsModel<QAbstractTableModel, ResultsViewModel::Row
     void sort(int column, Qt::SortOrder order) override;
 
     ResultsViewModel& rows() const { return rows_; }
-    /// All are made again when they are next painted.
+    /// All rows are made again when they are next painted.
     void forgetRows() { forget(); }
-    /// Of the row's clip; null while there is none.
+    /// The picture of the row's clip; null while there is none.
     const platform::Picture* thumbnail(int index) const;
-    /// Which pictures are in view.
+    /// The rows that are in view.
     void wantThumbnails(int first, int last);
-    /// Behind those of the rows: what was decided of the clip.
+    /// A column after those of the rows: marks for the decisions about the clip.
     static constexpr int marksColumn = static_cast<int>(ResultsViewModel::columnCount);
 
   private:
@@ -52,7 +53,7 @@ class ResultsModel : public RowsModel<QAbstractTableModel, ResultsViewModel::Row
     platform::Subscription observation_;
 };
 
-/// Paints the fold, the picture and the name of a clip, the signal of its match and its marks.
+/// Paints the fold triangle, the picture and the name of a clip, the signal of its match, and its marks.
 class ResultsDelegate : public QStyledItemDelegate {
   public:
     using QStyledItemDelegate::QStyledItemDelegate;
@@ -60,7 +61,7 @@ class ResultsDelegate : public QStyledItemDelegate {
                const QModelIndex& index) const override;
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
     static constexpr int rowHeight = 44;
-    /// Where there is no room for them beside each other, a cell holds its neighbour's text below its own.
+    /// If true, some columns are hidden and their texts are shown below those of their neighbours.
     void setCompact(bool isCompact) { isCompact_ = isCompact; }
     /// Whether a click at this place of the cell folds or unfolds.
     static bool isFold(const QRect& cell, const QPoint& at);

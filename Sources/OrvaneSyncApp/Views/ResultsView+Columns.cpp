@@ -18,14 +18,15 @@ using namespace design;
 
 namespace {
 
-constexpr int compactBelow = 1050; ///< points of width for the table
+constexpr int compactBelow = 1050; ///< width of the table, in points
 
-// Of columns whose contents have one length, in points; the others share the rest by their weights.
+// In points. `fixed`: the width of a column whose texts have about the same length. The other columns share
+// the rest by `weight`.
 struct ColumnWidth {
     ResultsViewModel::Column column;
     int fixed;
     int weight;
-    int least; ///< of the status, `leastStatusWidth`
+    int least; ///< for the status, `leastStatusWidth` is used
 };
 using Column = ResultsViewModel::Column;
 constexpr std::array<ColumnWidth, ResultsViewModel::columnCount> columnWidths{
@@ -38,10 +39,10 @@ constexpr std::array<ColumnWidth, ResultsViewModel::columnCount> columnWidths{
      {Column::begins, 116, 0, 0},
      {Column::loudness, 92, 0, 0}}};
 constexpr int marksWidth = 96;
-constexpr double mostOfName = 0.34, mostOfCompactName = 0.45; ///< of what the columns share
-constexpr double reasonWidth = 240; ///< below the status, why it is doubtful: the beginning at least
+constexpr double mostOfName = 0.34, mostOfCompactName = 0.45; ///< of the width that the columns share
+constexpr double reasonWidth = 240; ///< for the beginning of the reason below the status
 
-/// So that the longest of the usual ones is not cut in any language.
+/// Wide enough for the longest of the usual statuses in every language.
 int leastStatusWidth() {
     Badge usual(Signal::none, translatedSentence("Matched, off-speed"));
     usual.setFont(factsFont());
@@ -50,12 +51,12 @@ int leastStatusWidth() {
 
 int leastOf(const ColumnWidth& one) { return one.column == Column::match ? leastStatusWidth() : one.least; }
 
-/// One of the columns that share what the fixed ones leave.
+/// A column without a fixed width.
 struct SharingColumn {
     Column column;
-    double share; ///< in points, that its texts would fill or the user gave it
+    double share; ///< in points: what its texts need, or the width that the user gave it
     int least;
-    int points = 0; ///< what it gets
+    int points = 0; ///< the width that it gets
 };
 
 double sumOfShares(std::span<const SharingColumn> sharing) {
@@ -64,11 +65,12 @@ double sumOfShares(std::span<const SharingColumn> sharing) {
     return sum;
 }
 
-/// Where there is too little for all: the clip's name first, by which it is known, and then it is the longest
-/// texts that are cut. `mostOfRest`: of the rest, for the name. Changes the order.
+/// If there is too little room for all: the clip's name comes first, because it identifies the clip; of the
+/// others, the longest texts are cut. `mostOfRest`: the largest part of `rest` for the name. Changes the
+/// order of `sharing`.
 void fitByNeeds(std::span<SharingColumn> sharing, int rest, double mostOfRest) {
     const auto needOf = [](const SharingColumn& one) { return std::min(one.share, one.least * 1.0); };
-    double kept = 0; // for those that follow
+    double kept = 0; // width that is reserved for the columns that follow
     for (const SharingColumn& one : sharing)
         if (one.column != Column::name) kept += needOf(one);
     std::ranges::sort(sharing, {}, [](const SharingColumn& one) {
@@ -85,11 +87,11 @@ void fitByNeeds(std::span<SharingColumn> sharing, int rest, double mostOfRest) {
         one.points = static_cast<int>(std::min({one.share, equal, rest - kept}));
         rest -= one.points;
     }
-    name.points += std::max(rest, 0); // what the others do not need
+    name.points += std::max(rest, 0); // the width that the others do not need
 }
 
-/// Those whose share is too small get what they need, and the others share what that leaves. Changes the
-/// order.
+/// Columns whose share is below their minimum get that minimum; the others share the rest. Changes the order
+/// of `sharing`.
 void fitByShares(std::span<SharingColumn> sharing, int rest) {
     const auto give = [&](auto one, int points) {
         one->points = points;
@@ -139,7 +141,7 @@ int ResultsView::showColumnsThatFit(int width) {
     int least = table_->columnWidth(ResultsModel::marksColumn);
     for (const ColumnWidth& one : columnWidths)
         if (isShown(one)) least += one.weight > 0 ? leastOf(one) : one.fixed;
-    // The review shows it as well, and a clip is known by its name.
+    // Loudness is hidden first: the review shows it as well, and the name needs the room.
     table_->setColumnHidden(static_cast<int>(Column::loudness), !isFittedWithLoudness_ || least > width);
     int rest = width - table_->columnWidth(ResultsModel::marksColumn);
     for (const ColumnWidth& one : columnWidths)
@@ -166,7 +168,7 @@ void ResultsView::fitColumns() {
 }
 
 void ResultsView::measureColumns() {
-    constexpr int sample = 64; // rows: names of one shoot have one form
+    constexpr int sample = 64; // number of rows measured: the names of one shoot are similar
     const int rows = model_->rowCount();
     if (areSharesChosen_ || rows == 0) return;
     std::array<double, ResultsViewModel::columnCount> needs{};

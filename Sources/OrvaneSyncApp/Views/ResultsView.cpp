@@ -50,8 +50,8 @@ constexpr std::array<FilterChoice, 4> filters{{{ListFilter::all, "All"},
                                                {ListFilter::issues, "Issues"},
                                                {ListFilter::doubtful, "Doubtful"}}};
 
-/// Folds with a click on the triangle, Left and Right; Home and End go to the first and the last row. Keys
-/// are of the row, whichever of its cells was clicked.
+/// The table of clips. A click on the triangle, Left and Right fold a take; Home and End go to the first and
+/// last row. Keys act on the row, whichever cell was clicked.
 class Table : public QTableView {
   public:
     std::function<bool(const QModelIndex&, const QPoint&)> fold;
@@ -61,14 +61,15 @@ class Table : public QTableView {
 
   protected:
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override {
-        // Rows are selected as a whole: the first cell of the row is no place to go to.
+        // Rows are selected as a whole, so Home and End go to the first and last row, not to cells of this
+        // row.
         const bool isToAnEnd = action == MoveHome || action == MoveEnd;
         return QTableView::moveCursor(action, isToAnEnd ? modifiers | Qt::ControlModifier : modifiers)
             .siblingAtColumn(0);
     }
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override {
         QTableView::currentChanged(current, previous);
-        // Letters search the column of this cell.
+        // Keeps the first column current, because typed letters search the column of the current cell.
         if (current.column() > 0)
             selectionModel()->setCurrentIndex(current.siblingAtColumn(0), QItemSelectionModel::NoUpdate);
     }
@@ -93,7 +94,7 @@ class Table : public QTableView {
         if (index.isValid() && fold(index, event->pos())) return;
         QTableView::mouseDoubleClickEvent(event);
     }
-    /// Of one row, that row: the table of Qt would paint a line of the next one with it.
+    /// Repaints one changed row only; the base class would also paint a line of the next row.
     void dataChanged(const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) override {
         if (!first.isValid() || first.row() != last.row()) return QTableView::dataChanged(first, last, roles);
         const int row = first.row();
@@ -163,14 +164,14 @@ ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
     rowsObservation_ = rows_.onChange([this](const ResultsViewModel::Change& change) {
         showCounts();
         if (change.isLayoutChanged) keepSelection(change.areAllNew);
-        // Not for each filter: the columns would jump.
+        // Not for each filter, because the columns would move.
         if (change.areAllNew && rows_.filter() == ListFilter::all && search_->text().isEmpty())
             measureColumns();
         if (isFittedWithLoudness_ != rows_.isLoudnessKnown()) fitColumns();
         scrolled_->start();
     });
     workObservation_ = desktop_.controller().onChange([this, splitter](ImportField field) {
-        // The clips have what the recordings leave over; where somebody moved the border it stays.
+        // The clips get the height that the recordings do not need. If the user moved the border, it stays.
         if (field == ImportField::wildTracks) {
             const int needed = std::min(wildTracksHeight, wildTracks_->neededHeight());
             if (std::exchange(wildTracksNeed_, needed) != needed)
@@ -233,7 +234,7 @@ QWidget* ResultsView::makeTable() {
     header->setMinimumSectionSize(40);
     header->setFont(factsFont());
     prepareColumns();
-    // Unsorted at first: the order of the shoot.
+    // At first not sorted: in the order of the shoot.
     header->setSortIndicator(-1, Qt::AscendingOrder);
     header->setSortIndicatorClearable(true);
     table->setSortingEnabled(true);
@@ -291,7 +292,7 @@ void ResultsView::showCounts() {
 }
 
 void ResultsView::showDoubts() {
-    // They cost a look at all clips: not while another screen is in front.
+    // Doubts are not derived while another screen is in front, because this goes through all clips.
     if (!isVisible()) return;
     const std::uint64_t revision = rows_.doubtsRevision();
     if (std::exchange(doubtsRevision_, revision) == revision) return;
@@ -326,7 +327,7 @@ void ResultsView::select(const std::vector<UUID>& clips) {
 
 void ResultsView::setSelected(const std::vector<UUID>& clips, QAbstractItemView::ScrollHint hint) {
     QItemSelection selection;
-    QModelIndex current; // where arrows go on
+    QModelIndex current; // the row from which the arrow keys continue
     for (const UUID& id : clips) {
         const auto row = rows_.rowOf(id);
         if (!row) continue;
@@ -400,7 +401,7 @@ void ResultsView::rename(const UUID& clipID) {
     if (clip == nullptr) return;
     QInputDialog question(this);
     question.setWindowTitle(tr("Rename clip"));
-    // Without what the naming adds to every name, such as the camera.
+    // The name without the parts that the naming rules add to every name, such as the camera.
     const NamePart part = NamePart::of(desktop_.controller(), *clip);
     const std::string& automatic = part.automatic;
     const QString present = text(part.name.empty() ? automatic : part.name);
@@ -412,10 +413,10 @@ void ResultsView::rename(const UUID& clipID) {
                                                          typed == present ? part.name : utf8(typed)))));
     };
     connect(&question, &QInputDialog::textValueChanged, &question, preview);
-    question.setTextValue(present); // which the dialog selects
+    question.setTextValue(present); // the dialog selects this text
     preview(present);
     if (auto* field = question.findChild<QLineEdit*>()) field->setPlaceholderText(text(automatic));
-    // Left as it is it stays one by the naming rules.
+    // If the name was not changed, the clip keeps its name by the naming rules.
     if (question.exec() != QDialog::Accepted || question.textValue() == present) return;
     JSON arguments = JSON::object();
     arguments.set("name", utf8(question.textValue()));
@@ -458,7 +459,7 @@ std::vector<QString> ResultsView::filterTitles() {
 void ResultsView::showFilter(int choice) {
     filter_->choose(choice);
     rows_.setFilter(filters.at(static_cast<std::size_t>(choice)).mode);
-    if (selectedClips().empty()) table_->selectRow(0); // Return opens it
+    if (selectedClips().empty()) table_->selectRow(0); // so that Return opens it
     table_->setFocus();
 }
 
@@ -469,7 +470,7 @@ void ResultsView::remember(const UUID& clip) {
 
 void ResultsView::saveListing(const std::optional<UUID>& clip) {
     const auto& session = desktop_.sessions().currentSessionId();
-    if (!session) return; // that of the session last open stands
+    if (!session) return; // the listing of the session that was open last is kept
     const auto keep = [](const char* key, const QVariant& value) {
         keptState::set(QLatin1String("list/") + key, value);
     };
@@ -495,7 +496,7 @@ void ResultsView::restoreListing() {
         clip = UUID::fromText(utf8(kept("clip").toString()));
     }
     if (!clip) return;
-    if (!rows_.rowOf(*clip)) search_->clear(); // it may have been renamed since
+    if (!rows_.rowOf(*clip)) search_->clear(); // the clip may have been renamed since
     select(std::vector{*clip});
 }
 

@@ -23,8 +23,8 @@ class ResultsDelegate;
 class ResultsModel;
 class WildTracksView;
 
-/// The clips with what was found for them: filter, search, sort, select, act. Above them what is in doubt and
-/// what cures it, below them the sound that no clip uses.
+/// The clips with their matches: filter, search, sort, select, and run commands. Above the list are the
+/// doubts with their cures, below it the recordings that no clip uses.
 class ResultsView : public WorkScreen {
   public:
     explicit ResultsView(Desktop& desktop, QWidget* parent = nullptr);
@@ -32,38 +32,40 @@ class ResultsView : public WorkScreen {
 
     /// In the order of the rows.
     std::vector<UUID> selectedClips() const;
-    /// What the list shows, and by what filter or order.
+    /// The clips that the list shows, and the filter or order that they are shown by.
     struct Listing {
         std::vector<UUID> clips;
         QString title;
     };
-    /// Nothing where it shows all clips in the order of the shoot.
+    /// Absent if the list shows all clips in the order of the shoot.
     std::optional<Listing> listing() const;
     void runForSelection(std::string_view command);
-    /// Has the selected clips listened to, one after the other.
+    /// Analyses the sound of the selected clips, one after the other.
     void analyseSelection();
     void rename(const UUID& clip);
-    /// Those that are among the rows; the first comes into view. Without any the selection stays.
+    /// Selects those of the clips that have rows; the first one comes into view. If none has a row, the
+    /// selection stays.
     void select(const std::vector<UUID>& clips);
-    /// Opens the cameras of what is selected beside each other.
+    /// Called to open the cameras of the selected clips beside each other.
     std::function<void()> openMulticam;
     /// Called after every change of the selection.
     std::function<void()> whenSelectionChanged;
     bool isPlaying() const override { return false; }
     std::vector<UUID> clips() const override { return selectedClips(); }
     QLineEdit* search() const override { return search_; }
-    QWidget* keyboard() override { return table_; } ///< its rows
+    QWidget* keyboard() override { return table_; } ///< the table
     QTableView* table() const { return table_; }
-    /// How the columns lie, for the next start.
+    /// Stores the state of the columns for the next start.
     void savePlaces() const;
     void restorePlaces();
-    /// The filters of the list, in their order, and which clips it shows: one of them.
+    /// The titles of the list's filters. `showFilter` takes the index of one of them.
     static std::vector<QString> filterTitles();
     void showFilter(int choice);
-    /// Which clip of the open session was worked at last, and which were listed. `clip`: the one in view
-    /// elsewhere; absent: the one that is selected.
+    /// Stores which clips were listed, and which clip of the open session was used last. `clip`: the one in
+    /// view on another screen; absent: the selected one.
     void saveListing(const std::optional<UUID>& clip = std::nullopt);
-    /// The same again where that session is opened: in this run, or by the next start.
+    /// Restores what `saveListing` stored, if that session is opened again in this run or after the next
+    /// start.
     void restoreListing();
 
   protected:
@@ -74,16 +76,17 @@ class ResultsView : public WorkScreen {
     void prepareColumns();
     void showCounts();
     void showDoubts();
-    /// After rows came, went or moved: what was selected, or the row that took its place.
+    /// After rows were added, removed or moved: selects the same clips again, or the row at their place.
     void keepSelection(bool areAllNew);
     void setSelected(const std::vector<UUID>& clips, QAbstractItemView::ScrollHint hint);
-    /// Gives the columns the width that there is; in a narrow window two of them go below their neighbours.
+    /// Gives the columns the available width; in a narrow window some are shown below their neighbours.
     void fitColumns();
-    /// Hides what a table of that width has no room for. Returns what the columns of fixed width leave.
+    /// Hides the columns for which a table of that width has no room. Returns the width that the fixed
+    /// columns leave.
     int showColumnsThatFit(int width);
-    /// Lets the columns share the width by what their texts need, unless somebody moved a border.
+    /// Lets the columns share the width by the needs of their texts, unless the user moved a border.
     void measureColumns();
-    /// Whether any row says why it is doubtful or not matched.
+    /// Whether any row has a reason for being doubtful or not matched.
     bool hasReasons() const;
     void wantThumbnails();
     void remember(const UUID& clip);
@@ -97,24 +100,24 @@ class ResultsView : public WorkScreen {
     QLineEdit* search_;
     DoubtBar* doubts_;
     std::vector<ResultsViewModel::Doubt> shownDoubts_;
-    std::optional<std::uint64_t> doubtsRevision_; ///< of those
+    std::optional<std::uint64_t> doubtsRevision_; ///< the revision of `shownDoubts_`
     QTableView* table_;
     ResultsDelegate* delegate_;
-    /// Of the width that is left to columns without one of their own; 0 for those.
+    /// The shares of the columns in the width that fixed columns leave; 0 for fixed columns.
     std::array<double, ResultsViewModel::columnCount> shares_{};
     bool isFitting_ = false;
-    bool areSharesChosen_ = false;       ///< by somebody who moved a border
-    bool isMeasuredWithReasons_ = false; ///< why clips are doubtful has a place below their status
-    bool isFittedWithLoudness_ = false;  ///< whether that of any clip was known
-    std::vector<UUID> chosen_;           ///< the clips selected last
-    std::optional<UUID> current_;        ///< the clip that the keys went to last
-    std::size_t chosenRow_ = 0;          ///< of the first of them
-    std::map<UUID, UUID> lastOf_;        ///< the clip last worked at, by session
+    bool areSharesChosen_ = false;       ///< the user moved a border
+    bool isMeasuredWithReasons_ = false; ///< the column of the status has room for reasons
+    bool isFittedWithLoudness_ = false;  ///< the loudness of some clip was known when the columns were fitted
+    std::vector<UUID> chosen_;           ///< the clips that were selected last
+    std::optional<UUID> current_;        ///< the clip of the row that was current last
+    std::size_t chosenRow_ = 0;          ///< the row of the first of `chosen_`
+    std::map<UUID, UUID> lastOf_;        ///< the clip that was used last, by session
     QStackedLayout* pages_;
     design::EmptyState* empty_;
     WildTracksView* wildTracks_;
-    int wildTracksNeed_ = 0; ///< points of height
-    QTimer* scrolled_;       ///< thumbnails are asked for when scrolling rests
+    int wildTracksNeed_ = 0; ///< height in points
+    QTimer* scrolled_;       ///< asks for thumbnails when scrolling has stopped
     platform::Subscription rowsObservation_;
     platform::Subscription workObservation_;
 };

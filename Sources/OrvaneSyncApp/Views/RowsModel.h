@@ -9,9 +9,9 @@
 
 namespace orvane::views {
 
-/// What models of long lists share: a row is made when it is first painted and kept until it changes. None is
-/// made while a change is announced, as it may be one of several that make sense together. `Base` is a model
-/// of Qt.
+/// Base of the models of long lists: a row is made when it is first painted, and kept until it changes. No
+/// row is made during the notice of a change, because several changes may belong together. `Base` is a model
+/// class of Qt.
 template <class Base, class Row>
 class RowsModel : public Base {
   public:
@@ -33,12 +33,12 @@ class RowsModel : public Base {
             this->endResetModel();
             return;
         }
-        // Of many at once the view itself asks for those in view.
+        // If many rows have changed, the view itself asks for those in view.
         constexpr std::size_t few = 64;
         if (change.rows.size() > few) return forget();
         for (const std::size_t changed : change.rows) {
             const int at = static_cast<int>(changed);
-            if (shown_.erase(at) > 0) tell(at, at); // else nobody has seen it
+            if (shown_.erase(at) > 0) tell(at, at); // a row that was not made was not shown
         }
     }
     void forget() {
@@ -49,7 +49,7 @@ class RowsModel : public Base {
 
   private:
     void tell(int first, int last) {
-        const QAbstractItemModel& all = *this; // a list keeps its number of columns to itself
+        const QAbstractItemModel& all = *this; // the list model hides its number of columns
         Q_EMIT this->dataChanged(this->index(first, 0), this->index(last, all.columnCount({}) - 1));
     }
 

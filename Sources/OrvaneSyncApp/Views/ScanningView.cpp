@@ -14,7 +14,7 @@ using namespace design;
 namespace {
 
 constexpr int barWidth = 480;
-constexpr int parts = 1000; ///< of the bar
+constexpr int parts = 1000; ///< steps of the bar
 
 QString phaseText(ScanState state) {
     switch (state) {
@@ -43,7 +43,7 @@ ScanningView::ScanningView(Desktop& desktop, QWidget* parent)
     bar_->setRange(0, parts);
     bar_->setTextVisible(false);
     bar_->setAccessibleName(tr("Progress of the scan"));
-    // One width for all, so that nothing moves while the texts change.
+    // All have the same width, so that nothing moves when texts change.
     for (QWidget* one : std::initializer_list<QWidget*>{phase_, bar_, counts_, file_}) {
         one->setFixedWidth(barWidth);
         rows->addWidget(one, 0, Qt::AlignHCenter);
@@ -75,7 +75,7 @@ void ScanningView::showProgress() {
     const ScanController& scan = desktop_.controller().scan();
     const ScanProgress& progress = scan.progress();
     phase_->setText(phaseText(scan.scanState()));
-    // Without a count there is nothing to say but that it goes on.
+    // Without a count, the bar only shows that the scan is running.
     bar_->setRange(0, progress.isActive() ? parts : 0);
     bar_->setValue(static_cast<int>(progress.fraction() * parts));
     QString counts;

@@ -9,11 +9,11 @@ class QProgressBar;
 
 namespace orvane::views {
 
-/// What a scan does at this moment, how far it is, the current file, and a way to stop it.
+/// The progress of a scan: its phase, how far it is, the current file, and a button that stops it.
 class ScanningView : public QWidget {
   public:
     explicit ScanningView(Desktop& desktop, QWidget* parent = nullptr);
-    /// A scan begins.
+    /// To be called when a scan begins.
     void begin();
 
   private:

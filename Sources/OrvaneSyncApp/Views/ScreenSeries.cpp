@@ -41,10 +41,10 @@ namespace orvane::views {
 namespace {
 
 constexpr QSize sizes[] = {{1024, 700}, {1440, 800}, {2560, 1300}};
-constexpr int settled = 150;    ///< milliseconds for a window to lay itself out
-constexpr int mostRounds = 200; ///< rounds that something is waited for
+constexpr int settled = 150;    ///< milliseconds in which a window lays itself out
+constexpr int mostRounds = 200; ///< the maximum number of rounds to wait for something
 
-/// Steps one after the other, each with time for the window to lay itself out before it.
+/// Runs steps one after the other. Before each one it waits until the window has laid itself out.
 class Walk : public QTimer {
   public:
     Walk(MainWindow& window, QString folder, std::function<void()> done)
@@ -115,7 +115,7 @@ class Walk : public QTimer {
             return std::ranges::all_of(sheets, [](const QDialog* one) { return isFilled(*one); });
         });
         then([this] {
-            for (auto* field : window_.findChildren<QLineEdit*>()) // with clips that are renamed
+            for (auto* field : window_.findChildren<QLineEdit*>()) // so that a preview is shown
                 if (field->accessibleName() == tr("Prefix")) field->setText(QStringLiteral("A "));
         });
         then([this] { grabSheets(); });
@@ -127,7 +127,7 @@ class Walk : public QTimer {
         waitUntil([this] { return isLastTabGrabbed(); });
     }
 
-    /// Those that are open, by their titles.
+    /// Grabs the open sheets; the pictures are named after their titles.
     void grabSheets() {
         for (QDialog* sheet : window_.findChildren<QDialog*>()) {
             if (!sheet->isVisible()) continue;
@@ -140,7 +140,7 @@ class Walk : public QTimer {
             return one->isVisible() && one->windowTitle() == title;
         });
     }
-    /// A report and a review table of which no line can be used: the clips stay as they are.
+    /// Loads a report and a review table in which no line can be used, so the clips do not change.
     void loadTables() {
         if (work().syncGroups().empty()) return;
         using enum ReviewColumn;
@@ -160,10 +160,11 @@ class Walk : public QTimer {
                          &window_);
     }
 
-    /// One tab a round: what a page shows comes a while after it is opened.
+    /// Grabs one tab in each round, because a page's content arrives a while after the page is opened. True
+    /// after the last tab.
     bool isLastTabGrabbed() {
         if (!isFilled(*settings_)) return false;
-        if (!std::exchange(isTabLaidOut_, true)) return false; // with what has come
+        if (!std::exchange(isTabLaidOut_, true)) return false; // one more round for the layout
         isTabLaidOut_ = false;
         if (tab_ > 0) grab(*settings_, QStringLiteral("settings-%1").arg(tab_ - 1));
         if (tab_ < settings_->tabCount()) {
@@ -174,7 +175,7 @@ class Walk : public QTimer {
         return true;
     }
 
-    /// Whether nothing in view is still looked up.
+    /// Whether nothing in view is still being looked up.
     static bool isFilled(const QWidget& top) {
         const QStringList waiting{tr("Looking…"), tr("Listening")};
         for (const auto* label : top.findChildren<QLabel*>())
@@ -184,7 +185,7 @@ class Walk : public QTimer {
         return true;
     }
     const OpenWork& work() { return window_.desktop().controller().work(); }
-    /// Of the first clip that has sound; none, no review.
+    /// The first clip that has sound; if there is none, the review is not pictured.
     std::optional<UUID> clipWithSound() {
         for (const SyncGroup& clip : work().syncGroups())
             if (!clip.isMOS()) return clip.id;
@@ -249,7 +250,7 @@ class Walk : public QTimer {
         });
     }
 
-    /// Those of the menu bar, opened, as they are over the review.
+    /// Opens each menu of the menu bar over the review and grabs it.
     void menus() {
         for (const QAction* one : window_.menuBar()->actions()) {
             one->menu()->popup(window_.mapToGlobal(QPoint()));
@@ -266,7 +267,7 @@ class Walk : public QTimer {
                 if (cameras.size() > 1) return window_.openMulticam(cameras);
                 if (first.size() < 2) first.push_back(clip.id);
             }
-            // Without a take of several cameras, two clips show the screen as well.
+            // If no take has several cameras, two single clips are shown.
             if (first.size() > 1) window_.openMulticam(first);
         });
         waitUntil([this] {
@@ -287,7 +288,7 @@ class Walk : public QTimer {
         }
     }
 
-    /// Where folders are chosen, and a scan of them in the middle of its work.
+    /// Grabs the screen where folders are chosen, and a scan of them while it runs.
     void folders() {
         then([this] { window_.findChild<QAction*>(QStringLiteral("newScan"))->trigger(); });
         atEachSize(QStringLiteral("start"));
@@ -332,8 +333,8 @@ class Walk : public QTimer {
     int tries_ = 0;
     QTemporaryDir tables_;
     std::unique_ptr<SettingsWindow> settings_;
-    int tab_ = 0;               ///< the next of the settings
-    bool isTabLaidOut_ = false; ///< the one before it
+    int tab_ = 0;               ///< the tab of the settings that is next
+    bool isTabLaidOut_ = false; ///< the tab before it was laid out
 };
 
 } // namespace

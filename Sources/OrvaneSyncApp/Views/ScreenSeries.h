@@ -8,8 +8,8 @@ namespace orvane::views {
 
 class MainWindow;
 
-/// Writes a picture of each screen into the folder, at three widths, once the work of the window stands, and
-/// then calls back. For looking at them, and for the test that looks at all of them.
+/// Writes a picture of each screen into the folder, at three widths, after the window has loaded its work;
+/// then calls `done`. For people who check the pictures, and for the test of all screens.
 void writeScreens(MainWindow& window, const QString& folder, std::function<void()> done);
 
 } // namespace orvane::views

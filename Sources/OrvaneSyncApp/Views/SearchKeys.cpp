@@ -27,7 +27,7 @@ bool SearchKeys::eventFilter(QObject*, QEvent* event) {
     if (event->type() != QEvent::KeyPress && event->type() != QEvent::ShortcutOverride) return false;
     const auto* key = static_cast<QKeyEvent*>(event);
     if (event->type() == QEvent::ShortcutOverride) {
-        // The field would go to its end by the key of the export.
+        // Otherwise the field would use this key, which is that of the export, to move to its end.
         const bool isExport = key->modifiers() == Qt::ControlModifier && key->key() == Qt::Key_E;
         if (isExport) event->ignore();
         return isExport;
@@ -48,10 +48,10 @@ bool SearchKeys::eventFilter(QObject*, QEvent* event) {
 
 void SearchKeys::enterList() {
     if (list_.model()->rowCount() == 0) return;
-    // Without words the list is the one from before, and its place in it is worth keeping.
+    // Without a search text the list has not changed, so its current row is kept.
     if (!field_.text().isEmpty() || !list_.currentIndex().isValid())
         list_.setCurrentIndex(list_.model()->index(firstRow ? firstRow() : 0, 0));
-    list_.setFocus(Qt::TabFocusReason); // its own keys are meant from here on
+    list_.setFocus(Qt::TabFocusReason); // from here on the keys are those of the list
 }
 
 } // namespace orvane::views

@@ -9,16 +9,16 @@ class QLineEdit;
 
 namespace orvane::views {
 
-/// The way by keys from a field that searches a list into the list: Down and Return go to its first row,
-/// Escape takes the words away and, without any, gives the list the keyboard as it was. Has the lifetime of
-/// the field, which is destroyed no later than the list.
+/// The keys that move from a search field to the list that it searches. Down and Return go to the list's
+/// first row. Escape clears the field; if it is empty, Escape moves the keyboard to the list without changing
+/// the current row. The list must not be destroyed before the field.
 class SearchKeys : public QObject {
   public:
     SearchKeys(QLineEdit& field, QAbstractItemView& list);
 
-    /// The row that Down goes to; row 0 where none is given.
+    /// The row that Down goes to; row 0 if not set.
     std::function<int()> firstRow;
-    /// Whether Escape takes words out of that field and stays in it.
+    /// Whether Escape would clear that field and keep the focus in it.
     static bool clears(const QWidget& field);
     bool eventFilter(QObject* watched, QEvent* event) override;
 

@@ -35,10 +35,10 @@ namespace {
 constexpr int sessionRole = Qt::UserRole;
 constexpr int folderRole = Qt::UserRole + 1;
 constexpr int badgeColumn = 1;
-constexpr int widestBadge = 110; // of its text; the name of the folder stands beside it
-constexpr int narrowest = 226;   // for the words of the presets
+constexpr int widestBadge = 110; // of its text; the name of the folder is beside it
+constexpr int narrowest = 226;   // the texts of the presets need this width
 
-/// Of the kept state: identifiers and names of projects, one after the other.
+/// In the kept state: the identifier and name of each project, one after the other.
 QString lockitProjectsKey() { return QStringLiteral("lockitProjects"); }
 
 JSON sessionArgument(const QString& session) {
@@ -53,8 +53,8 @@ std::string folderOf(const QTreeWidgetItem* item) { return utf8(item->data(0, fo
 
 QDateTime localTime(Date date) { return QDateTime::fromMSecsSinceEpoch(date.time_since_epoch().count()); }
 
-/// What tells the session from others of its name, short enough to leave room for the name: the time of day
-/// among those of one day, the day where each has another.
+/// A short text that distinguishes the session from others with the same name: the time of day if all of them
+/// were made on one day, the day if no other one was made on that day, otherwise both.
 QString whenMade(const SessionInfo& session, const std::vector<SessionInfo>& all) {
     const QDateTime own = localTime(session.created);
     std::ptrdiff_t namesakes = 0, ofSameDay = 0;
@@ -72,18 +72,19 @@ QString whenMade(const SessionInfo& session, const std::vector<SessionInfo>& all
 
 QString dayText(Date date) { return QLocale().toString(localTime(date), QLocale::ShortFormat); }
 
-/// Says where a session was dropped, and moves nothing itself: the list follows the sessions.
+/// The tree of sessions. Reports where a session was dropped, but moves no row itself: the rows follow the
+/// sessions.
 class SessionsPanel::Tree : public QTreeWidget {
   public:
     std::function<void(QTreeWidgetItem* chosen)> deletionAsked;
-    /// `folder`: absent for no folder.
+    /// `folder`: absent if the session was dropped outside of all folders.
     std::function<void(const QString& session, const std::optional<std::string>& folder)> dropped;
 
     bool isEdited() const { return state() == EditingState; }
 
   protected:
     bool event(QEvent* event) override {
-        // The key that renames a clip renames here what is chosen here.
+        // F2, which renames clips elsewhere, here renames the current row.
         if (event->type() == QEvent::ShortcutOverride &&
             static_cast<QKeyEvent*>(event)->key() == Qt::Key_F2) {
             event->accept();
@@ -97,7 +98,7 @@ class SessionsPanel::Tree : public QTreeWidget {
         else
             QTreeWidget::keyPressEvent(event);
     }
-    /// Names alone are edited.
+    /// Only names can be edited.
     bool edit(const QModelIndex& index, EditTrigger trigger, QEvent* event) override {
         return QTreeWidget::edit(index.siblingAtColumn(0), trigger, event);
     }
@@ -170,7 +171,7 @@ SessionsPanel::SessionsPanel(Desktop& desktop, QWidget* parent)
 }
 
 void SessionsPanel::fill() {
-    // A name that is being typed is not lost; the list follows when it stands.
+    // A name that is being typed must not be lost; the list is filled when the editing ends.
     if (tree_->isEdited()) {
         isFillAsked_ = true;
         return;
@@ -181,12 +182,12 @@ void SessionsPanel::fill() {
     std::vector<std::string> shape = desktop_.sessions().places().folderNames();
     for (const SessionInfo& session : sessions)
         shape.push_back(session.id.text() + session.folder.value_or(""));
-    // An analysis saves with every clip. Rows that were made again in between would end a double click that
-    // has begun.
+    // An analysis saves the session after every clip. If the rows were made again in between, a double click
+    // that has begun would be lost.
     if (shape != shape_) makeRows(sessions);
     shape_ = std::move(shape);
-    // Keys act on the session that has just been opened; another row stays where it was chosen afterwards.
-    // A new session is open before it is in the list.
+    // The row of a session that was just opened becomes current. A row that the user chooses later stays
+    // current. A new session is open before it is in the list.
     const std::optional<UUID>& open = desktop_.sessions().currentSessionId();
     QTreeWidgetItem* const row = open ? itemWith(sessionRole, text(open->text())) : nullptr;
     if (open != shownOpen_ && (row != nullptr || !open)) {
@@ -197,7 +198,7 @@ void SessionsPanel::fill() {
         if (QTreeWidgetItem* item = itemWith(sessionRole, text(session.id.text())))
             showSession(session, *item);
     for (const auto& [folder, badge] : badges_) {
-        // A name that was refused goes back.
+        // Resets a name that was refused.
         if (QTreeWidgetItem* item = itemWith(folderRole, text(folder))) item->setText(0, text(folder));
         const QString project = badgeOf(folder);
         badge->setText(badge->fontMetrics()
@@ -207,14 +208,14 @@ void SessionsPanel::fill() {
         badge->setToolTip(badge->accessibleName() + QLatin1Char('\n') +
                           tr("Project of LockitNetwork, and prefix of the metadata"));
     }
-    // It does not look at the buttons within by itself.
+    // The tree does not measure the buttons in its rows by itself.
     if (!badges_.empty()) tree_->resizeColumnToContents(badgeColumn);
     empty_->setVisible(desktop_.sessions().sessions().empty());
     isFilling_ = false;
 }
 
-/// Those that came since the first list stand before it. One that is opened or saved keeps its row: the row
-/// under the pointer stays the one that was aimed at.
+/// Sessions that were added after the first list come before it. A session that is opened or saved keeps its
+/// row, so that the row under the mouse pointer stays the same.
 std::vector<SessionInfo> SessionsPanel::inOrder() {
     const std::vector<SessionInfo>& all = desktop_.sessions().sessions();
     std::vector<SessionInfo> ordered;
@@ -252,7 +253,7 @@ QTreeWidgetItem* SessionsPanel::addFolder(const std::string& name) {
     item->setExpanded(true);
     QPushButton* badge = button({}, Weight::quiet);
     badge->setFont(factsFont());
-    badge->setProperty("compact", true); // as high as a row of text
+    badge->setProperty("compact", true); // no higher than a row of text
     badge->setObjectName(QStringLiteral("badge ") + text(name));
     badges_[name] = badge;
     connect(badge, &QPushButton::clicked, this, [this, name, badge] { pickProject(name, badge); });
@@ -286,7 +287,7 @@ void SessionsPanel::showSession(const SessionInfo& session, QTreeWidgetItem& ite
 QString SessionsPanel::badgeOf(const std::string& folder) {
     const FolderInfo* info = desktop_.sessions().folders().find(folder);
     const std::optional<std::string> project = info == nullptr ? std::nullopt : info->lockitProjectID;
-    // The key store is only asked where the answer is shown.
+    // The key store is asked only if there is a project to show.
     if (project && !account_) {
         account_ = desktop_.context().account();
         accountObservation_ = account_->onChange([this] { fill(); });
@@ -297,7 +298,8 @@ QString SessionsPanel::badgeOf(const std::string& folder) {
     return text(folderBadge(project, account_ && account_->state().isSignedIn, projects_));
 }
 
-/// The service is only asked where somebody chooses; their names stand on the folders from the first look on.
+/// The service is asked only when a project is chosen; the stored names are shown on the folders from the
+/// start.
 void SessionsPanel::keepProjects(const std::vector<LockitProject>& loaded) {
     projects_ = loaded;
     QStringList kept;
@@ -337,7 +339,7 @@ void SessionsPanel::rename(QTreeWidgetItem* item) {
 
 void SessionsPanel::open(QTreeWidgetItem* item) {
     if (item == nullptr || !isSession(item)) return;
-    // Reading it again would only take the steps that can be undone.
+    // Opening it again would only lose its undo steps.
     const auto& current = desktop_.sessions().currentSessionId();
     const bool isOpen = current && text(current->text()) == sessionOf(item);
     if (!isOpen)
@@ -400,7 +402,7 @@ void SessionsPanel::showMenu(const QPoint& position) {
 
 void SessionsPanel::addSessionActions(QMenu& menu, QTreeWidgetItem* item) {
     const QString session = sessionOf(item);
-    // The list may be filled again while the menu is open.
+    // The rows may be made again while the menu is open, so the identifier is captured.
     menu.addAction(tr("Open"), this, [this, session] { open(itemWith(sessionRole, session)); });
     menu.addAction(tr("Rename"), this, [this, session] { rename(itemWith(sessionRole, session)); });
     if (const auto id = UUID::fromText(utf8(session)))

@@ -21,17 +21,17 @@ namespace orvane::views {
 
 class Remark;
 
-/// Day and time as the language has them, short.
+/// Day and time in the short form of the language.
 QString dayText(Date date);
 
-/// The kept sessions in their folders, in the order of the first list: opened by a double click or Return,
-/// renamed in place, dragged into a folder, deleted by the Delete key; the badge of each folder's project of
-/// LockitNetwork, and the presets.
+/// The stored sessions in their folders, in the order of the first list. A double click or Return opens a
+/// session; it is renamed in place, dragged into a folder, and deleted with the Delete key. Also shows a
+/// badge with the LockitNetwork project of each folder, and the presets.
 class SessionsPanel : public QWidget {
   public:
     explicit SessionsPanel(Desktop& desktop, QWidget* parent = nullptr);
 
-    std::function<void()> whenOpenWorkIsWanted; ///< the session that is open was opened again
+    std::function<void()> whenOpenWorkIsWanted; ///< called if the session that is open is opened again
 
   private:
     class Tree;
@@ -42,7 +42,7 @@ class SessionsPanel : public QWidget {
     void showSession(const SessionInfo& session, QTreeWidgetItem& item);
     QTreeWidgetItem* addFolder(const std::string& name);
     void addSession(const SessionInfo& session, QTreeWidgetItem* folder);
-    /// Null where there is none.
+    /// Null if there is none.
     QTreeWidgetItem* itemWith(int role, const QString& value) const;
     void open(QTreeWidgetItem* item);
     void rename(QTreeWidgetItem* item);
@@ -58,7 +58,7 @@ class SessionsPanel : public QWidget {
     void restoreProjects();
     void pickProject(const std::string& folder, QWidget* below);
     QString badgeOf(const std::string& folder);
-    /// What is refused stands below the list.
+    /// Runs a command; if it is refused, the reason is shown below the list.
     void run(std::string_view id, JSON arguments, Desktop::Done done = {});
 
     Desktop& desktop_;
@@ -66,12 +66,12 @@ class SessionsPanel : public QWidget {
     QLabel* empty_;
     Remark* problem_;
     std::vector<UUID> order_;                    ///< of the sessions
-    std::vector<std::string> shape_;             ///< folders, and sessions with theirs, as the rows have them
-    std::optional<UUID> shownOpen_;              ///< the open session, as the rows have it
-    std::map<std::string, QPushButton*> badges_; ///< by folder
+    std::vector<std::string> shape_;             ///< the folders and sessions for which the rows were made
+    std::optional<UUID> shownOpen_;              ///< the session that the rows show as open
+    std::map<std::string, QPushButton*> badges_; ///< by folder name
     bool isFilling_ = false;
-    bool isFillAsked_ = false;                    ///< while a name was typed
-    std::vector<LockitProject> projects_;         ///< as they were loaded last, be it by an earlier run
+    bool isFillAsked_ = false;                    ///< the list was to be filled while a name was typed
+    std::vector<LockitProject> projects_;         ///< as they were loaded last, in this run or an earlier one
     std::shared_ptr<LockitOAuthService> account_; ///< null until a folder has a project
     platform::Subscription observation_;
     platform::Subscription accountObservation_;

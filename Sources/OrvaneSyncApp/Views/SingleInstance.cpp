@@ -15,16 +15,16 @@
 #include <unistd.h>
 #include <utility>
 
-// The sockets of the system itself: the network library of Qt, with all that it needs, would be loaded at
-// each start for this alone.
+// Uses the system's own sockets: only for this, the network library of Qt and its dependencies would be
+// loaded at each start.
 namespace orvane::views {
 
 namespace {
 
 constexpr timeval handOverTimeLimit{0, 500000};
-constexpr qint64 mostBytes = qint64{1} << 20; // that a later program may say
+constexpr qint64 mostBytes = qint64{1} << 20; // of the message of a later program
 
-/// A stream socket; -1 where the system gives none.
+/// A stream socket; -1 if the system could not make one.
 class LocalSocket {
   public:
     explicit LocalSocket(int number) : number_(number) {}
@@ -54,7 +54,7 @@ class LocalSocket {
     int number_;
 };
 
-/// A name of this machine that is no file: it goes with the program that has it, however that ends.
+/// An address on this machine that is not a file: it is released when its program ends, even after a crash.
 class LocalAddress {
   public:
     explicit LocalAddress(const QString& name) {
@@ -73,7 +73,7 @@ class LocalAddress {
     socklen_t size_ = 0;
 };
 
-/// A later program, until it has said all.
+/// The connection of a later program, until its message is complete.
 class Caller : public QObject {
   public:
     Caller(LocalSocket socket, std::function<void(const QStringList&)> taken, QObject* parent)
@@ -93,7 +93,7 @@ class Caller : public QObject {
         QStringList words;
         stream >> words;
         const bool isAll = size > 0 && stream.commitTransaction();
-        if (!isAll && size > 0 && said_.size() <= mostBytes) return; // more is on its way
+        if (!isAll && size > 0 && said_.size() <= mostBytes) return; // the rest has not arrived yet
         ready_.setEnabled(false);
         deleteLater();
         if (!isAll) return;
@@ -121,14 +121,14 @@ QString SingleInstance::ownName() {
 
 bool SingleInstance::handOver(const QStringList& words) {
     const LocalSocket socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    for (const int direction : {SO_SNDTIMEO, SO_RCVTIMEO}) // it bounds connecting, too
+    for (const int direction : {SO_SNDTIMEO, SO_RCVTIMEO}) // the time limit also applies to connecting
         ::setsockopt(socket.get(), SOL_SOCKET, direction, &handOverTimeLimit, sizeof handOverTimeLimit);
     const LocalAddress address(name_);
     if (::connect(socket.get(), address.get(), address.size()) != 0 || !socket.isOfThisUser()) return false;
     QByteArray message;
     QDataStream stream(&message, QIODevice::WriteOnly);
     stream << words;
-    // The first one answers when it has them: it may be one that hangs.
+    // The first program answers after it has received the message, because it may hang.
     char answer = 0;
     return socket.send(message) && ::recv(socket.get(), &answer, 1, 0) == 1;
 }
@@ -140,7 +140,7 @@ bool SingleInstance::listen(std::function<void(const QStringList& words)> taken)
     if (::bind(socket.get(), address.get(), address.size()) != 0 || ::listen(socket.get(), mostWaiting) != 0)
         return false;
     callers_ = std::make_unique<QSocketNotifier>(socket.get(), QSocketNotifier::Read);
-    const auto kept = std::make_shared<LocalSocket>(std::move(socket)); // as long as the notifier
+    const auto kept = std::make_shared<LocalSocket>(std::move(socket)); // kept as long as the notifier
     QObject::connect(callers_.get(), &QSocketNotifier::activated, callers_.get(),
                      [kept, taken = std::move(taken), parent = callers_.get()] {
                          LocalSocket caller(::accept4(kept->get(), nullptr, nullptr, SOCK_CLOEXEC));

@@ -8,25 +8,26 @@
 
 namespace orvane::views {
 
-/// One window for each user and each folder of settings. The first program that starts listens; a later one
-/// hands over what it was started with, and ends. Programs of other users are not heard. Interface thread.
+/// Ensures one window for each user and each folder of settings. The program that starts first listens; a
+/// later one sends it its arguments and ends. Connections from programs of other users are ignored. Interface
+/// thread.
 class SingleInstance {
   public:
-    /// `name`: whose programs belong together.
+    /// `name`: programs with the same name belong together.
     explicit SingleInstance(QString name = ownName());
 
-    /// Whether another program took the words; then this one has nothing more to do. Waits half a second at
-    /// most, before there is a window.
+    /// Sends the arguments to another program. True if it accepted them; then this program has nothing more
+    /// to do. Waits for at most half a second; called before there is a window.
     bool handOver(const QStringList& words);
-    /// Takes what later programs hand over. False where nobody can reach it.
+    /// Receives what later programs send. False if they cannot reach this program.
     bool listen(std::function<void(const QStringList& words)> taken);
 
-    /// By the folder of the settings, which two programs must not both keep.
+    /// Derived from the folder of the settings, which two programs must not both use.
     static QString ownName();
 
   private:
     const QString name_;
-    std::unique_ptr<QSocketNotifier> callers_; ///< of the socket that they reach
+    std::unique_ptr<QSocketNotifier> callers_; ///< of the socket that later programs connect to
 };
 
 } // namespace orvane::views

@@ -112,7 +112,7 @@ QLayout* StartView::makeButtons() {
     buttons->addStretch(1);
     start_ = button(tr("Scan && Match"), Weight::primary);
     start_->setToolTip(tr("Scan and match media files"));
-    start_->setAutoDefault(true); // Return presses it
+    start_->setAutoDefault(true); // so that Return presses it
     buttons->addWidget(start_);
     connect(start_, &QPushButton::clicked, this, [this] { scanWhenApplied(); });
     return buttons;
@@ -125,14 +125,14 @@ void StartView::connectFields() {
             fitHeight();
             showStart();
         });
-        // The focus leaves a field also when a scan begins; what nobody typed changes nothing.
+        // A field also loses the focus when a scan begins; only a field that was edited is applied.
         connect(one, &QLineEdit::editingFinished, this, [this, one] {
             if (!one->isModified()) return;
             one->setModified(false);
             applyFields();
         });
         connect(one, &QLineEdit::returnPressed, this, [this, one] {
-            one->setModified(false); // the field then says that its editing has ended
+            one->setModified(false); // afterwards the field also emits that its editing has ended
             applyFields(scan_);
         });
     }
@@ -187,7 +187,7 @@ void StartView::showRecent() {
     const auto& sessions = desktop_.sessions().sessions();
     welcome_->setVisible(sessions.empty() || isWelcomeWanted_);
     recent_->setVisible(!sessions.empty());
-    // One of its buttons may be what brought this about.
+    // Not deleted at once, because this may be called from one of its buttons.
     if (recentRows_ != nullptr) {
         recentRows_->hide();
         recentRows_->deleteLater();
@@ -244,7 +244,7 @@ void StartView::chooseInto(QLineEdit* field, const QString& caption) {
     if (chosen.isEmpty()) return;
     design::keptState::set(key, chosen);
     field->setText(chosen);
-    applyFields([this] { start_->setFocus(); }); // Return scans
+    applyFields([this] { start_->setFocus(); }); // so that Return scans
 }
 
 void StartView::takeFolders(const QStringList& paths, std::function<void()> then) {
@@ -278,7 +278,7 @@ void StartView::showMode() {
 }
 
 void StartView::applyFields(std::function<void()> then) {
-    if (applying_) applying_->requestStop(); // others are in the fields by now
+    if (applying_) applying_->requestStop(); // the fields have changed
     whenApplied_ = std::move(then);
     const bool isCombined = mode_->chosen() == 0;
     const QString video = (isCombined ? combined_ : video_)->text().trimmed();
@@ -320,14 +320,14 @@ void StartView::refuse(const QString& why) {
         }
 }
 
-/// A column in the middle is not asked how high it is at its width.
+/// The layout does not ask a centred column for its height at its width, so it is set here.
 void StartView::fitHeight() {
     column_->setMinimumHeight(
         refused_->isHidden() ? 0 : column_->layout()->totalHeightForWidth(column_->width()));
 }
 
 void StartView::scanWhenApplied() {
-    if (!refused_->isHidden()) // the folders of the work are others than the fields say
+    if (!refused_->isHidden()) // the folders of the work differ from the fields
         applyFields(scan_);
     else if (isApplying())
         whenApplied_ = scan_;
@@ -335,7 +335,8 @@ void StartView::scanWhenApplied() {
         scan_();
 }
 
-/// It can be pressed while the folders are typed or looked at; that they cannot be read is said then.
+/// The button is also enabled while folders are typed or checked. If they cannot be read, this is said after
+/// it is pressed.
 void StartView::showStart() {
     const auto isTyped = [](const QLineEdit* one) {
         return one->isVisible() && one->isModified() && !one->text().trimmed().isEmpty();
@@ -353,7 +354,8 @@ void StartView::showWhatIsSet() {
     const QString audio = path(work.audioFolderURL());
     if (!video.isEmpty() || !audio.isEmpty()) mode_->choose(video == audio ? 0 : 1);
     const auto put = [](QLineEdit* field, const QString& text) {
-        if (!field->hasFocus() || !field->isModified()) field->setText(text); // else somebody types into it
+        // Not while the user is typing into it.
+        if (!field->hasFocus() || !field->isModified()) field->setText(text);
     };
     if (video == audio) put(combined_, video);
     put(video_, video);
@@ -369,7 +371,7 @@ void StartView::showWhatIsSet() {
     more_->setText(tr("and %n more folder(s)", nullptr, count) + QStringLiteral(": ") +
                    more.join(QStringLiteral(", ")));
     more_->setToolTip(paths.join(QLatin1Char('\n')));
-    moreFolders_ = paths; // those of a session that was opened, too
+    moreFolders_ = paths; // also those of a session that was opened
     showMode();
     showStart();
     showWayBack();

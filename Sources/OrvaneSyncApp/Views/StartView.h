@@ -13,29 +13,29 @@ namespace orvane::views {
 
 class Remark;
 
-/// Such as "1 locked, 2 approved"; empty for none.
+/// A text such as "1 locked, 2 approved"; empty if there are no decisions.
 QString decisionsText(const ClipDecisions& decisions);
 
-/// The folders of the next scan: two fields, or one for both, filled by hand, by a choice or by a drop.
-/// Beside them the newest sessions; where there are none, what the program is for and a shoot to try it with.
+/// The folders of the next scan: two fields, or one for both, that are typed, chosen or dropped. Beside them
+/// are the newest sessions; if there are none, what the program does and a demo shoot to try it with.
 class StartView : public QWidget {
   public:
-    /// `scan` is asked for when the button is pressed, with the folders set; `back` to the clips that there
-    /// are.
+    /// `scan` is called when the button is pressed and the folders are set; `back` returns to the clips of
+    /// the open work.
     StartView(Desktop& desktop, std::function<void()> scan, std::function<void()> back,
               QWidget* parent = nullptr);
 
-    /// The first folder is that of the picture, a second one that of the sound; more are read for both.
-    /// Once they are known to be readable, `then` is called; where they are not, or others are chosen first,
-    /// it is not.
+    /// The first folder is for the picture, the second for the sound; further ones are read for both. `then`
+    /// is called when they are known to be readable; it is not called if they are not, or if others are
+    /// chosen first.
     void takeFolders(const QStringList& paths, std::function<void()> then = {});
-    /// When it is known that the folders can be read.
+    /// Whether a scan begins as soon as the folders are known to be readable.
     bool isAboutToScan() const { return isApplying() && whenApplied_; }
-    /// What the program is for and the demo shoot, also where there are sessions; until the page is left.
+    /// Shows what the program does and the demo shoot, even if there are sessions, until the page is left.
     void showWelcome();
-    /// Return scans from there.
+    /// Moves the focus to the button, so that Return scans.
     void focusScan() { start_->setFocus(); }
-    /// Those in the fields, whether they are the work's by now or not.
+    /// The folders in the fields, whether they have been set in the work or not.
     QStringList named() const;
 
   protected:
@@ -58,9 +58,9 @@ class StartView : public QWidget {
     void showWayBack();
     void showWhatIsLost();
     void applyFields(std::function<void()> then = {});
-    /// With the folders in the fields, as soon as these are the work's.
+    /// Scans the folders in the fields as soon as they are set in the work.
     void scanWhenApplied();
-    /// Says at the fields why the folders are not taken.
+    /// Says at the fields why the folders are not accepted.
     void refuse(const QString& why);
     void fitHeight();
     bool isApplying() const { return applying_ && !applying_->isDone(); }
@@ -81,18 +81,18 @@ class StartView : public QWidget {
     QWidget* moreRow_;
     QLabel* more_;
     QPushButton* start_;
-    QPushButton* toClips_; ///< hidden where there are none
-    Remark* lost_;         ///< what a scan would take from the open clips
+    QPushButton* toClips_; ///< hidden if there are no clips
+    Remark* lost_;         ///< what a scan would remove from the open clips
     QWidget* welcome_;
-    bool isWelcomeWanted_ = false; ///< although there are sessions
-    QPushButton* demo_ = nullptr;  ///< absent where its maker is
+    bool isWelcomeWanted_ = false; ///< even if there are sessions
+    QPushButton* demo_ = nullptr;  ///< null if the program that makes the demo shoot is missing
     QLabel* demoState_;
     design::Section* recent_;
     QWidget* recentRows_ = nullptr;
     QStringList moreFolders_;
-    std::optional<platform::Task> applying_; ///< looks at the folders, which a share may make long
-    std::function<void()> whenApplied_;      ///< by that one
-    int applications_ = 0;                   ///< that were begun: what an earlier one answers is old
+    std::optional<platform::Task> applying_; ///< checks and sets the folders; may take long on a share
+    std::function<void()> whenApplied_;      ///< called after `applying_`
+    int applications_ = 0; ///< the number of checks begun; the answer of an earlier one is ignored
     platform::Subscription observation_;
     platform::Subscription sessionObservation_;
 };

@@ -58,13 +58,13 @@ void SystemChecksView::show(std::vector<SystemCheck> found) {
     checks_ = std::move(found);
     looking_->hide();
     for (QWidget* one : findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
-        if (one != looking_) delete one; // of the look before
+        if (one != looking_) delete one; // from the previous check
     for (int i = 0; i < static_cast<int>(checks_.size()); ++i) {
         const SystemCheck& check = checks_[static_cast<std::size_t>(i)];
         const QString caption = translated(check.name);
         QLabel* name = label(caption.left(1).toUpper() + caption.mid(1));
         QLabel* detail = facts(translatedSentence(check.detail));
-        // On the line of the badge, which is higher.
+        // Aligned with the badge, which is higher than the labels.
         for (QLabel* one : {name, detail}) one->setContentsMargins(0, space::tight / 2, 0, 0);
         rows_->addWidget(name, i + 1, 0, Qt::AlignTop);
         rows_->addWidget(new Badge(signalOf(check), translated(check.status)), i + 1, 1, Qt::AlignTop);

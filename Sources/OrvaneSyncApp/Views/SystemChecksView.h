@@ -12,16 +12,16 @@ class QGridLayout;
 
 namespace orvane::views {
 
-/// The state of each thing that the program needs, a line each; looked at in the background.
+/// The state of each thing that the program needs, one line each; checked in the background.
 class SystemChecksView : public QWidget {
   public:
     explicit SystemChecksView(Desktop& desktop, QWidget* parent = nullptr);
 
-    /// Looks, or looks again.
+    /// Starts the checks, or repeats them.
     void look();
     /// Copies the list as text. Enabled while there is one.
     QPushButton* copyButton() { return copy_; }
-    /// Looks again. Enabled while nothing is looked at.
+    /// Repeats the checks. Disabled while they run.
     QPushButton* againButton() { return again_; }
 
   private:

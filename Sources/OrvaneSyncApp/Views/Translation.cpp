@@ -22,8 +22,8 @@ namespace orvane::views {
 
 namespace {
 
-/// The classes without a catalogue of their own by which Qt asks for texts of ours; its own texts have
-/// others.
+/// The names under which Qt asks for our texts from classes without a catalogue of their own. Qt's own texts
+/// have other names.
 bool isOurs(const char* context) {
     static const QSet<QByteArray> names{"",        "QWidget",     "QDialog",
                                         "QObject", "QMainWindow", "QAbstractTableModel",
@@ -31,13 +31,14 @@ bool isOurs(const char* context) {
     return names.contains(context);
 }
 
-constexpr const char* nameOfKeys = "QShortcut"; ///< the class by which Qt asks for them
+constexpr const char* nameOfKeys = "QShortcut"; ///< the name under which Qt asks for the names of keys
 
-/// A sentence with names in it, and what it is in the other language.
+/// A sentence that contains names, and its translation.
 struct Sentence {
     QRegularExpression pattern;
     QString form;
-    QString words; ///< its longest part without names; most texts are told from it by that alone
+    QString words; ///< its longest part without names; most texts that do not match lack it, which is quick
+                   ///< to check
 };
 
 class Catalogue : public QTranslator {
@@ -45,7 +46,7 @@ class Catalogue : public QTranslator {
     explicit Catalogue(const QString& language)
         : isEnglish_(language == QStringLiteral("en")), decimalPoint_(QLocale(language).decimalPoint()) {
         for (const QString& name : catalogueNames(language)) read(name);
-        // The one with the most words of its own first: a short one may fit a longer one's text too.
+        // The longest patterns first, because a short one may match the text of a longer one, too.
         std::ranges::sort(sentences_, [](const Sentence& a, const Sentence& b) {
             return a.pattern.pattern().size() > b.pattern.pattern().size();
         });
@@ -76,8 +77,9 @@ class Catalogue : public QTranslator {
         }
         return english;
     }
-    /// Numbers with a unit have the decimal point of the language: where it groups digits, "2.000 s" is read
-    /// as two thousand. Of a text without a unit nothing is changed: a point may stand in a name.
+    /// Numbers with a unit get the decimal point of the language: if the point groups digits in it, "2.000 s"
+    /// would be read as two thousand. A text without a unit is not changed, because a point may be part of a
+    /// name.
     QString withNumbers(QString text) const {
         static const QRegularExpression withUnit(
             QStringLiteral(R"((?<![\w.:])\d+\.\d+ (?:s|MB|GB|dB|dBFS|LUFS|fps|ms)\b)"));

@@ -4,16 +4,17 @@
 
 namespace orvane::views {
 
-/// An application that runs each event as work of the interface thread, by the class of its receiver, so that
-/// what the handlers of windows do is watched (`platform::watchInterfaceWork`). What an event brings about
-/// before it returns belongs to it; the events of a dialog that it opens count by themselves.
+/// An application that runs each event as work of the interface thread, named after the class of its
+/// receiver, so that the time of the windows' event handlers is measured (`platform::watchInterfaceWork`).
+/// Events handled inside another event count as part of it, but those of a dialog that it opens count
+/// separately.
 class WatchedApplication final : public QApplication {
   public:
     using QApplication::QApplication;
     bool notify(QObject* receiver, QEvent* event) override;
 
   private:
-    int level_ = -1; ///< of the loop whose event is under way; -1: none is
+    int level_ = -1; ///< the level of the event loop whose event is being handled; -1: none
 };
 
 } // namespace orvane::views

@@ -37,7 +37,7 @@ WildTracksView::WildTracksView(Desktop& desktop, QWidget* parent) : QWidget(pare
     list_->setRootIsDecorated(false);
     list_->setProperty("columns", true);
     list_->setUniformRowHeights(true);
-    list_->setTextElideMode(Qt::ElideMiddle); // names of recordings count at their end
+    list_->setTextElideMode(Qt::ElideMiddle); // the ends of recordings' names matter
     list_->setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::DoubleClicked);
     QHeaderView* header = list_->header();
     header->setStretchLastSection(false);
@@ -74,7 +74,8 @@ bool WildTracksView::eventFilter(QObject* watched, QEvent* event) {
     const bool isControl = key->modifiers().testFlag(Qt::ControlModifier);
     const bool isOfClips = isControl && (isReturn || key->key() == Qt::Key_L || key->key() == Qt::Key_R);
     if (isAsked) {
-        // They mean the recording that is chosen here, or nothing: no clip of the list above.
+        // These keys change the recording chosen here, or nothing; they must not change a clip of the list
+        // above.
         if (!isOfClips && key->key() != Qt::Key_F2) return false;
         event->accept();
         return true;
@@ -144,7 +145,7 @@ int WildTracksView::neededHeight() const {
 void WildTracksView::changed(const QTreeWidgetItem& row, int column) {
     JSON arguments = JSON::object();
     arguments.set("id", utf8(row.data(0, wildTrackRole).toString()));
-    // The list is filled again by what comes of it: not while it tells of the change.
+    // The command fills the list again, which must not happen during the list's own notice of the change.
     if (column == approveColumn)
         QMetaObject::invokeMethod(
             this, [this, arguments] { desktop_.run("toggleWildTrackApproved", arguments); },
@@ -172,7 +173,7 @@ void WildTracksView::play(const QTreeWidgetItem& row) {
 }
 
 void WildTracksView::hideEvent(QHideEvent* event) {
-    if (player_ && !event->spontaneous()) player_->stop(); // a window that is only minimized plays on
+    if (player_ && !event->spontaneous()) player_->stop(); // a minimized window continues to play
     QWidget::hideEvent(event);
 }
 

@@ -11,13 +11,13 @@ class QTreeWidgetItem;
 
 namespace orvane::views {
 
-/// The sound that no clip uses: listen to it, name it, approve it for the document. Hidden without any. What
-/// plays stops when this goes from the screen.
+/// The recordings that no clip uses: listen to them, name them, approve them for the document. Hidden if
+/// there are none. Playing stops when this view is hidden.
 class WildTracksView : public QWidget {
   public:
     explicit WildTracksView(Desktop& desktop, QWidget* parent = nullptr);
     QTreeWidget* list() const { return list_; }
-    /// In points, for all recordings without scrolling.
+    /// The height in points that shows all recordings without scrolling.
     int neededHeight() const;
 
   protected:
@@ -34,7 +34,7 @@ class WildTracksView : public QWidget {
     QLabel* title_;
     QTreeWidget* list_;
     bool isFilling_ = false;
-    std::shared_ptr<RawFileAudioPlayer> player_; ///< made when something is played first
+    std::shared_ptr<RawFileAudioPlayer> player_; ///< made when something is played for the first time
     platform::Subscription playing_;
     platform::Subscription observation_;
 };

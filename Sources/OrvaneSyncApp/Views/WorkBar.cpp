@@ -104,7 +104,7 @@ void WorkBar::showWork() {
         bar_->setValue(static_cast<int>(now.fraction * partsOfWork));
     } else if (!running_.empty()) {
         sentence = running_.front().title;
-        bar_->setRange(0, 0); // that it goes on is all that is known
+        bar_->setRange(0, 0); // only shows that the work is running
         const auto& heard = desktop_.controller().derivedDoubts().listening();
         if (heard && heard->done < heard->total) {
             sentence = translatedSentence(listeningText(*heard));
@@ -119,7 +119,7 @@ void WorkBar::showWork() {
 }
 
 void WorkBar::cancel() {
-    cancel_->setEnabled(false); // until it has ended
+    cancel_->setEnabled(false); // until the work has ended
     if (isAnalysing())
         desktop_.run("stopSmartAudio");
     else if (!running_.empty())

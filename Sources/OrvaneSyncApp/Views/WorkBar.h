@@ -16,16 +16,17 @@ class QToolButton;
 
 namespace orvane::views {
 
-/// The long work that goes on beside the screen in front: what it does, how far it is, how long still, and a
-/// way to cancel it. Shown once it has gone on for `shownAfter`, so that short work does not flicker.
+/// Shows the long work that runs beside the screen in front: what it does, how far it is, how long it will
+/// still take, and a button that cancels it. Shown only after it has run for `shownAfter`, so that short work
+/// does not flicker.
 class WorkBar : public QWidget {
   public:
     explicit WorkBar(Desktop& desktop, std::chrono::milliseconds shownAfter = std::chrono::milliseconds(400));
 
-    /// Runs a command of the table that takes long and no arguments, and shows it until it ends. Why it could
-    /// not run goes to `whenRefused` of the desktop; one that is cancelled calls nothing.
+    /// Runs a long command without arguments, and shows it until it ends. If it cannot run, the reason is
+    /// passed to the desktop's `whenRefused`. If it is cancelled, nothing is called.
     void run(std::string_view command, const QString& title, std::function<void()> done = {});
-    std::function<void()> whenChanged; ///< something that `run` began has ended
+    std::function<void()> whenChanged; ///< called when work that `run` began has ended
 
   private:
     struct Running {

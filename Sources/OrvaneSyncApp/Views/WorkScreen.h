@@ -13,27 +13,28 @@ namespace orvane::views {
 
 class KeyOverlay;
 
-/// A screen of the open work as the window, its menus and its keys see it: the list of clips, or one that
-/// plays. What differs between screens is said here; the window asks none of them by its kind.
+/// A screen of the open work, as the window, its menus and its keys see it: the list of clips, or a screen
+/// that plays. Everything in which screens differ is declared here; the window does not distinguish them by
+/// type.
 class WorkScreen : public QWidget {
   public:
     using QWidget::QWidget;
 
-    virtual bool isPlaying() const { return true; } ///< it takes the keys of the review, and the room
-    /// What menus and keys act on.
+    virtual bool isPlaying() const { return true; } ///< it gets the keys of the review, and the whole width
+    /// The clips that menus and keys act on.
     virtual std::vector<UUID> clips() const = 0;
-    /// What the list selects when the screen is left.
+    /// The clips that the list selects when the screen is left.
     virtual std::vector<UUID> seen() const { return clips(); }
     virtual QLineEdit* search() const = 0;
-    /// What has the keyboard when the screen comes to the front.
+    /// The widget that gets the keyboard when the screen is shown.
     virtual QWidget* keyboard() { return this; }
-    /// Shows what each key does here; null where the screen has none of its own.
+    /// The overlay that shows what each key does here; null if the screen has none.
     virtual KeyOverlay* keyOverlay() const { return nullptr; }
-    /// A key of its picture in fullscreen. Whether it is used up.
+    /// Handles a key pressed over its picture in fullscreen. Returns whether it used the key.
     virtual bool handleFullscreen(const KeyEvent& /*event*/) { return false; }
-    /// Hears the camera of that place, from 0. False where there is none.
+    /// Plays the sound of the camera at that index, from 0. False if there is no such camera.
     virtual bool hear(std::size_t /*camera*/) { return false; }
-    /// Lets go of what it plays.
+    /// Stops and releases what it plays.
     virtual void leave() {}
 };
 

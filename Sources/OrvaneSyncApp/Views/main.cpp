@@ -47,10 +47,10 @@ void logBlocking(const char* what, const char* work) {
 }
 #endif
 
-/// Ends once all is on the disk; with a message where nothing that is written gets any further for 10 s, as
-/// nobody sees a program without a window wait.
+/// Ends the program when everything is saved. If no write makes progress for 10 s, it ends with an error
+/// message, because without a window the user would not see that it waits.
 void endWhenSaved(SessionManager& sessions) {
-    constexpr int looks = 10; // one a second
+    constexpr int looks = 10; // one each second
     auto* timer = new QTimer(QCoreApplication::instance());
     QObject::connect(timer, &QTimer::timeout, timer, [writes = platform::StalledWrites()]() mutable {
         const std::string path = writes.look(looks);
@@ -68,7 +68,7 @@ bool isAmongArguments(int argc, char** argv, std::initializer_list<std::string_v
                        [&](const char* argument) { return std::ranges::count(names, argument) > 0; });
 }
 
-/// Qt ends a program that finds no display by a crash. The help needs none.
+/// Without a display, Qt crashes the program. The help needs none.
 bool hasDisplay(int argc, char** argv) {
     for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
         if (!qEnvironmentVariableIsEmpty(variable)) return true;
@@ -78,16 +78,16 @@ bool hasDisplay(int argc, char** argv) {
     return true;
 }
 
-/// What the program was started with.
+/// What was requested on the command line.
 struct Start {
-    QStringList named{};               ///< folders, or one project: absolute paths
-    std::optional<QString> pictures{}; ///< the folder for one of each screen; absent: none are wanted
-    QString language{};                ///< empty: the desktop's
+    QStringList named{};               ///< folders, or one project; absolute paths
+    std::optional<QString> pictures{}; ///< the folder for the pictures of all screens; absent: no pictures
+    QString language{};                ///< empty: that of the desktop
     bool isGallery = false;
-    bool isMeasured = false; ///< the program ends when its window is painted
+    bool isMeasured = false; ///< the program ends when its window has been painted
 };
 
-/// Ends the program where help, version or a wrong argument is all there is to say.
+/// Ends the program after the help, the version, or the message about a wrong argument.
 Start readArguments(const QCoreApplication& application) {
     QCommandLineParser arguments;
     arguments.setApplicationDescription(QStringLiteral(
@@ -112,7 +112,7 @@ Start readArguments(const QCoreApplication& application) {
                                      QStringLiteral("Show all controls that the windows are made of."));
     arguments.addOption(gallery);
     QCommandLineOption start(QStringLiteral("measure-start"));
-    start.setFlags(QCommandLineOption::HiddenFromHelp); // of the benchmark
+    start.setFlags(QCommandLineOption::HiddenFromHelp); // for the benchmark
     arguments.addOption(start);
     arguments.addPositionalArgument(QStringLiteral("folders"), QStringLiteral("Folders, or one project."),
                                     QStringLiteral("[FOLDER...|PROJECT]"));
@@ -133,7 +133,7 @@ views::Desktop::Dependencies dependenciesOf(const Start& start) {
     std::shared_ptr<platform::FileSettingsStore> settings = openStandardSettings();
     settings->followOthers();
     dependencies.settings = settings;
-    // A scan that is pictured reads its files.
+    // If a scan is pictured, it must read its files, so there is no probe cache.
     if (!start.pictures) dependencies.probeCache = ProbeCache::shared();
     dependencies.waveformCache = WaveformCache::shared();
     dependencies.renderedAudio = RenderedAudioStore::shared(settings);
@@ -144,7 +144,7 @@ views::Desktop::Dependencies dependenciesOf(const Start& start) {
     return dependencies;
 }
 
-/// Nothing is lost: what is decided is on the disk before the program ends.
+/// Saves all decisions before the program ends, so that nothing is lost.
 void keepWork(QGuiApplication& application, views::Desktop& desktop) {
     QObject::connect(&application, &QGuiApplication::applicationStateChanged, &application,
                      [&desktop](Qt::ApplicationState state) {
@@ -160,7 +160,7 @@ void keepWork(QGuiApplication& application, views::Desktop& desktop) {
                      [&desktop] { endWhenSaved(desktop.sessions()); });
 }
 
-/// The window does what the start asked for, and what later starts hand over.
+/// Opens in the window what this start asked for, and later what other starts send.
 void beginWork(views::MainWindow& window, views::SingleInstance& only, const Start& start) {
     if (!start.named.isEmpty())
         window.openPaths(start.named);
@@ -183,7 +183,7 @@ int showGallery() {
 }
 
 int showWindow(QApplication& application, const Start& start) {
-    // Two windows would keep the same sessions. Pictures are made beside a window that is open.
+    // Two windows must not use the same sessions. Pictures can be made while another window is open.
     views::SingleInstance only;
     if (!start.pictures && only.handOver(start.named)) return 0;
     views::Desktop desktop(dependenciesOf(start));
@@ -219,7 +219,7 @@ int runProgram(int argc, char** argv) {
     QCoreApplication::setApplicationName(QStringLiteral("OrvaneSync"));
     QCoreApplication::setApplicationVersion(QStringLiteral(ORVANE_VERSION));
     design::applyTheme(application);
-    // Elsewhere the window system's own mark tells a repeat from a press.
+    // On other window systems, the event itself says whether a key press is a repetition.
     if (const auto* x11 = application.nativeInterface<QNativeInterface::QX11Application>())
         platform::askForDetectableKeyRepeat(x11->display());
     const Start start = readArguments(application);

@@ -99,10 +99,9 @@ class OutlineModel {
     ImportController& controller_;
     platform::Listeners<const ResultsViewModel::Change&> listeners_;
     SearchWords search_;
-    std::optional<std::map<UUID, std::size_t>>
-        only_;                     ///< the place of each clip in the list given to `showOnly`
-    std::set<std::string> folded_; ///< keys of takes
-    NamingRules naming_;           ///< the rules that the rows are named by
+    std::optional<std::map<UUID, std::size_t>> only_; ///< places in the list given to `showOnly`
+    std::set<std::string> folded_;                    ///< keys of takes
+    NamingRules naming_;                              ///< the rules that the rows are named by
     std::vector<Place> rows_;
     std::vector<UUID> order_; ///< the clips shown
     std::map<UUID, std::size_t> rowByGroup_;

@@ -14,8 +14,7 @@ struct CalibrationPanel {
     bool canShowDocument = false;
     bool canMeasure = false;
     bool canSave = false;
-    std::string
-        source; ///< the levels before the effects, which the measurement is compared with; empty if unknown
+    std::string source;   ///< the levels before the effects; empty if unknown
     std::string progress; ///< what is being done; empty: nothing
     std::string saved;    ///< the calibration that forecasts use
     std::string problem;

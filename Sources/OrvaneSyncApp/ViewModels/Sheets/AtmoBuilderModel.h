@@ -53,8 +53,7 @@ class AtmoBuilderModel {
     void succeeded(std::size_t scene, const std::string& fileName);
     void failed(std::size_t scene, const std::string& why);
 
-    static std::string
-    startText(const AtmoCandidate& candidate); ///< minutes, seconds, hundredths: "02:05.30"
+    static std::string startText(const AtmoCandidate& candidate);  ///< minutes and seconds: "02:05.30"
     static std::string lengthText(const AtmoCandidate& candidate); ///< "3.5s"
     static std::string levelText(const AtmoCandidate& candidate);  ///< "-63.2 dBFS"
 

@@ -27,10 +27,10 @@ using namespace design;
 namespace {
 
 constexpr int partsRole = Qt::UserRole;
-const QString betweenParts = QStringLiteral("  ·  "); // parts of a row where it is one text
+const QString betweenParts = QStringLiteral("  ·  "); // separates the parts of a row in its text
 
-/// The parts of a row under those of the others, each as wide as the widest; where there is no room for all,
-/// the widest column is cut.
+/// Paints the parts of each row in columns; each column is as wide as its widest part. If there is not enough
+/// room, the widest column is cut.
 class ColumnsDelegate : public QStyledItemDelegate {
   public:
     using QStyledItemDelegate::QStyledItemDelegate;
@@ -82,7 +82,7 @@ AttachSheet::AttachSheet(Desktop& desktop, const std::vector<Attachable>& record
     column->addWidget(list_ = new QListWidget, 1);
     list_->setAccessibleName(tr("Recordings"));
     list_->setUniformItemSizes(true);
-    list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // rows are cut instead
+    list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // texts of rows are cut instead
     list_->setTextElideMode(Qt::ElideMiddle);
     list_->installEventFilter(this);
     search_->installEventFilter(this);
@@ -148,7 +148,7 @@ QLayout* AttachSheet::makeListening() {
 
 bool AttachSheet::eventFilter(QObject* watched, QEvent* event) {
     if (watched == search_ && event->type() == QEvent::KeyPress) {
-        // Down leads into the list, to the row that Return would attach.
+        // Down moves the keyboard to the list, to the row that Return would attach.
         const int key = static_cast<QKeyEvent*>(event)->key();
         const bool isMove = key == Qt::Key_Up || key == Qt::Key_PageUp || key == Qt::Key_PageDown;
         if (key == Qt::Key_Down) {
@@ -197,7 +197,7 @@ void AttachSheet::listen() {
         playing_ = player_->onChange([this] { showPlaying(); });
     }
     isAsked_ = true;
-    // One thing is heard at a time.
+    // Only one thing plays at a time.
     desktop_.players().review()->engine()->pause(true);
     player_->togglePlayback(*audio);
 }
@@ -207,7 +207,7 @@ void AttachSheet::followSelection() {
     attach_->setEnabled(audio != nullptr);
     listen_->setEnabled(audio != nullptr);
     if (!player_ || player_->currentAssetID() == (audio ? std::optional(audio->id) : std::nullopt)) return;
-    // What plays continues with the row that becomes current.
+    // If something plays, the recording of the new current row is played instead.
     if (audio != nullptr && player_->isPlaying())
         player_->togglePlayback(*audio);
     else {
@@ -237,7 +237,7 @@ void AttachSheet::filter(const QString& words) {
         item->setHidden(!isFound);
         if (!isFound) item->setSelected(false);
     }
-    if (list_->selectedItems().isEmpty()) selectFirst(); // Return takes it
+    if (list_->selectedItems().isEmpty()) selectFirst(); // so that Return attaches it
 }
 
 void AttachSheet::selectFirst() {

@@ -16,7 +16,7 @@ class QPushButton;
 
 namespace orvane::views {
 
-/// Recordings to choose one from by name and by ear, or a file.
+/// Chooses a recording from a list, by its name or by listening, or from a file.
 class AttachSheet : public QDialog {
   public:
     AttachSheet(Desktop& desktop, const std::vector<Attachable>& recordings, QWidget* parent);
@@ -31,13 +31,13 @@ class AttachSheet : public QDialog {
     static QStringList partsOf(const Attachable& one);
     QLayout* makeListening();
     void filter(const QString& words);
-    void selectFirst(); ///< of those that are found
-    /// A key in the list that is meant for the field above it: what is typed, and Up from the first row.
+    void selectFirst(); ///< the first of the rows found by the search
+    /// Whether the key, pressed in the list, is for the search field above it: text, and Up in the first row.
     bool goesToSearch(const QKeyEvent& event) const;
-    /// Null without a row that is selected.
+    /// Null if no row is selected.
     const MediaAsset* selected() const;
     void choose();
-    /// Plays the selected one, or pauses it.
+    /// Plays the selected recording, or pauses it.
     void listen();
     void followSelection();
     void showPlaying();
@@ -47,9 +47,9 @@ class AttachSheet : public QDialog {
     QListWidget* list_;
     QPushButton *attach_, *listen_;
     QLabel* place_;
-    std::vector<MediaAsset> audios_;             ///< by row
-    std::shared_ptr<RawFileAudioPlayer> player_; ///< made when something is played first
-    bool isAsked_ = false;                       ///< to play what is selected
+    std::vector<MediaAsset> audios_;             ///< one for each row
+    std::shared_ptr<RawFileAudioPlayer> player_; ///< made when something is played for the first time
+    bool isAsked_ = false;                       ///< the user asked to play the selected recording
     platform::Subscription playing_;
 };
 

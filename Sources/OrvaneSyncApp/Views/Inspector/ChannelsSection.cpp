@@ -31,7 +31,7 @@ void showUnlessEmpty(QLabel* label, const QString& text) {
     label->setVisible(!text.isEmpty());
 }
 
-/// Whether the click stands for the other meaning of a box: this channel alone.
+/// Whether the click on a box has its second meaning: only this channel.
 bool meansThisTrackAlone() { return QGuiApplication::keyboardModifiers().testFlag(Qt::AltModifier); }
 
 } // namespace
@@ -146,7 +146,7 @@ void ChannelsSection::show(const SyncGroup& clip) {
     ChannelsPart part = ChannelsPart::of(desktop().controller(), clip);
     if (clip.id != shownClip_) question_->setVisible(false);
     if (shown_ == part && clip.id == shownClip_) {
-        // A click has changed its box by itself.
+        // The click has already changed its box.
         for (std::size_t i = 0; i < rows_.size(); ++i) fill(rows_[i], part.channels[i]);
         return;
     }

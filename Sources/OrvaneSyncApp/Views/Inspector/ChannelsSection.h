@@ -13,8 +13,8 @@ class QVBoxLayout;
 
 namespace orvane::views {
 
-/// The channels of the clip's recording: what each is, whether the analysis may use it and the export takes
-/// it.
+/// The channels of the clip's recording: what each contains, whether the analysis may use it, and whether it
+/// is exported.
 class ChannelsSection : public InspectorSection {
   public:
     explicit ChannelsSection(Desktop& desktop);
@@ -23,7 +23,7 @@ class ChannelsSection : public InspectorSection {
     void show(const SyncGroup& clip) override;
 
   private:
-    /// Rows stay while there are as many channels, and keep the focus.
+    /// Rows are kept while the number of channels is the same, so that they keep the focus.
     struct Row {
         QWidget* panel;
         QLabel *name, *kind, *share;
@@ -45,7 +45,7 @@ class ChannelsSection : public InspectorSection {
     QWidget* question_;
 };
 
-/// How loud the clip is, what is asked for, and the gain between them.
+/// The loudness of the clip, the target, and the gain that results.
 class LoudnessSection : public InspectorSection {
   public:
     explicit LoudnessSection(Desktop& desktop);

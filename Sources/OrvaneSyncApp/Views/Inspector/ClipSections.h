@@ -10,7 +10,7 @@ class QVBoxLayout;
 
 namespace orvane::views {
 
-/// Why the clip may not have the right sound, with what helps as buttons. Hidden without a doubt.
+/// Why the clip may have the wrong sound, with buttons for the cures. Hidden if there is no doubt.
 class DoubtsSection : public InspectorSection {
   public:
     explicit DoubtsSection(Desktop& desktop);
@@ -25,7 +25,7 @@ class DoubtsSection : public InspectorSection {
     QVBoxLayout* rows_;
 };
 
-/// What the clip is called and what of it goes out.
+/// The names of the clip, and what the export takes of it.
 class NameSection : public InspectorSection {
   public:
     explicit NameSection(Desktop& desktop);
@@ -42,7 +42,7 @@ class NameSection : public InspectorSection {
     QCheckBox *isPickup_, *isExcluded_, *isOutOfMulticam_;
 };
 
-/// What files, recorder and imported lists say.
+/// The metadata from files, the recorder and imported lists.
 class MetadataSection : public InspectorSection {
   public:
     explicit MetadataSection(Desktop& desktop);
@@ -56,7 +56,7 @@ class MetadataSection : public InspectorSection {
     QPushButton *clearReport_, *clearLockit_;
 };
 
-/// What people wrote about the take, and what stands on its slate.
+/// The notes that people wrote about the take, and what is written on its slate.
 class NotesSection : public InspectorSection {
   public:
     explicit NotesSection(Desktop& desktop);

@@ -48,12 +48,13 @@ void InspectorSection::run(std::string_view id, JSON arguments, Desktop::Done do
                      if (alive == nullptr || of != clipID_) return;
                      problem_->setText(why);
                      problem_->setVisible(true);
-                     if (const SyncGroup* now = clip()) showClip(*now); // a box has changed by itself
+                     // The click has already changed its box.
+                     if (const SyncGroup* now = clip()) showClip(*now);
                  });
 }
 
 QString InspectorSection::runFromField(std::string_view id, JSON arguments) {
-    // Those that change a clip answer at once.
+    // Commands that change a clip answer before `run` returns.
     const auto why = std::make_shared<QString>();
     desktop_.run(id, std::move(arguments), {}, [why](const QString& text) { *why = text; });
     return *why;
@@ -94,12 +95,12 @@ QString breakable(std::string_view utf8) {
     QString shown;
     for (qsizetype i = 0; i < whole.size(); ++i) {
         const QChar one = whole[i];
-        // A number stays whole, and by its unit.
+        // A number is not broken, and stays together with its unit.
         const bool isInNumber = one == QLatin1Char('.') && isDigit(i - 1) && isDigit(i + 1);
         const bool isBeforeUnit = one == QLatin1Char(' ') && isDigit(i - 1) && !isDigit(i + 1);
         shown += isBeforeUnit ? QChar(QChar::Nbsp) : one;
         if (QStringLiteral("_-./").contains(one) && !isInNumber)
-            shown += QChar(0x200b); // a place to break, of no width
+            shown += QChar(0x200b); // a zero-width space, where the line may break
     }
     return shown;
 }
@@ -108,7 +109,7 @@ void clear(QLayout* layout) {
     while (QLayoutItem* item = layout->takeAt(0)) {
         if (QWidget* widget = item->widget()) {
             widget->hide();
-            // Its own click may have led here.
+            // Not deleted at once: this may be called from the widget's own click.
             widget->deleteLater();
         } else if (QLayout* inner = item->layout()) {
             clear(inner);

@@ -15,19 +15,19 @@ class QGridLayout;
 
 namespace orvane::views {
 
-/// A part of the inspector about one clip. What it does are commands of the table for that clip; why one was
-/// refused stands at its end.
+/// A part of the inspector about one clip. Its actions are commands of the table for that clip; if one is
+/// refused, the reason is shown at the end of the section.
 class InspectorSection : public design::FoldableSection {
   public:
     InspectorSection(Desktop& desktop, const QString& name, const QString& title);
 
-    /// Touches only what reads otherwise than before.
+    /// Changes only what differs from what is shown.
     void showClip(const SyncGroup& clip);
 
   protected:
     virtual void show(const SyncGroup& clip) = 0;
 
-    /// Below what was added before.
+    /// Adds below what was added before.
     void add(QWidget* control);
     void add(QLayout* controls);
 
@@ -38,13 +38,15 @@ class InspectorSection : public design::FoldableSection {
     JSON forClip() const;
     void run(std::string_view id) { run(id, forClip()); }
     void run(std::string_view id, JSON arguments, Desktop::Done done = {});
-    /// The same from a field; gives why it was refused at once, for the field to show.
+    /// The same for a field. Returns why the command was refused, so that the field can show it; empty: it
+    /// ran.
     QString runFromField(std::string_view id, JSON arguments);
 
-    /// A button that runs a command for the clip, enabled while the command can do anything to it. Without a
-    /// text it bears the command's title. `act`, where there is one, runs it.
+    /// A button that runs a command for the clip, enabled while the command is enabled for the clip. If
+    /// `text` is empty, the button has the command's title. If `act` is set, it is called instead and runs
+    /// the command.
     QPushButton* commandButton(std::string_view id, const QString& text = {}, std::function<void()> act = {});
-    /// A box that runs a command when it is clicked; whoever made it keeps it as the clip is.
+    /// A box that runs a command when it is clicked. The caller keeps it up to date with the clip.
     QCheckBox* commandBox(std::string_view id, const QString& text);
 
   private:
@@ -54,11 +56,11 @@ class InspectorSection : public design::FoldableSection {
     std::vector<std::pair<QWidget*, std::string_view>> controls_;
 };
 
-/// Names at the left, what they name at the right; long words may break.
+/// Adds a row with the name at the left and the value at the right; long words may be broken.
 void addFact(QGridLayout* grid, const std::string& name, const std::string& value);
-/// The text with places to break at within file names.
+/// The text with places where lines may break within file names.
 QString breakable(std::string_view utf8);
-/// Takes everything out, for filling it again.
+/// Removes everything, so that the layout can be filled again.
 void clear(QLayout* layout);
 
 } // namespace orvane::views

@@ -44,8 +44,8 @@ bool concernsAClip(ImportField field) {
     }
 }
 
-/// A text that wraps into another number of lines asks for room level by level, one turn of the loop each,
-/// which would be seen. From the innermost layout outwards it is one step.
+/// If the number of lines of a wrapped text changes, each level of layouts adapts in a turn of the event loop
+/// of its own, which would be visible. Activated from the innermost layout outwards, all adapt in one step.
 void settleLayouts(const QWidget& widget) {
     for (const QObject* child : widget.children())
         if (child->isWidgetType()) settleLayouts(*static_cast<const QWidget*>(child));
@@ -68,7 +68,7 @@ InspectorView::InspectorView(Desktop& desktop, std::shared_ptr<ReviewViewModel> 
     head->setContentsMargins(space::medium, 0, space::small, 0);
     head->setSpacing(space::tight);
     head->addWidget(title_ = title({}));
-    title_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // it is elided, and widens nothing
+    title_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // elided instead of widening the view
     head->addWidget(status_ = new Badge);
     head->addWidget(why_ = facts({}));
     why_->setObjectName(QStringLiteral("whyUnmatched"));
@@ -85,7 +85,7 @@ InspectorView::InspectorView(Desktop& desktop, std::shared_ptr<ReviewViewModel> 
     scroll->setWidgetResizable(true);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->setVerticalScrollBarPolicy(
-        Qt::ScrollBarAlwaysOn); // so that texts do not wrap again while one folds
+        Qt::ScrollBarAlwaysOn); // so that texts do not wrap again when a section folds
     scroll->setFocusPolicy(Qt::NoFocus);
     scroll->setWidget(content_);
     pages_->addWidget(scroll);
@@ -103,14 +103,15 @@ void InspectorView::scheduleRefresh() {
     if (isVisible()) later_.schedule();
 }
 
-/// What people look at: the control that they have just used, else the first section in view.
+/// What the user is looking at: the control with the focus if it is in view, otherwise the first section in
+/// view.
 QWidget* InspectorView::lookedAt() const {
     const QRect seen(0, scroll_->verticalScrollBar()->value(), content_->width(),
                      scroll_->viewport()->height());
     QWidget* const used = QApplication::focusWidget();
     if (used != nullptr && content_->isAncestorOf(used) && seen.intersects({topOf(*used), used->size()}))
         return used;
-    if (seen.top() == 0) return nullptr; // at the top it stays there
+    if (seen.top() == 0) return nullptr; // the view stays at the top
     const auto first = std::ranges::find_if(sections_, [&](const InspectorSection* section) {
         return section->isVisible() && section->geometry().bottom() > seen.top();
     });
@@ -131,7 +132,7 @@ void InspectorView::refresh() {
     status_->show(signal(certainty), translatedSentence(clip->matchStatus.label()));
     const std::string& why = desktop_.controller().derivedDoubts().whyUnmatched(clip->id);
     why_->setText(translatedSentence(why));
-    why_->setVisible(!why.empty() && clip->isMOS()); // of several recordings the doubts say more
+    why_->setVisible(!why.empty() && clip->isMOS()); // if there are several recordings, the doubts say more
     const QPointer held(lookedAt());
     const int heldAt = held ? topOf(*held).y() : 0;
     for (InspectorSection* section : sections_) section->showClip(*clip);
@@ -139,14 +140,14 @@ void InspectorView::refresh() {
     const bool isFieldInUse = typed != nullptr && content_->isAncestorOf(typed);
     const bool isOther = std::exchange(clipID_, clip->id) != clip->id;
     settleLayouts(*content_);
-    // The room that it needs now, not in a later turn of the loop: until then all would lie on top of each
-    // other.
+    // Resized at once, not in a later turn of the event loop: until then all sections would be drawn over
+    // each other.
     const int needed = content_->layout()->totalHeightForWidth(content_->width());
     content_->resize(content_->width(), std::max(needed, content_->parentWidget()->height()));
     QScrollBar& scrolled = *scroll_->verticalScrollBar();
     if (isOther && !isFieldInUse)
         scrolled.setValue(0);
-    else if (held && held->isVisible()) // it stays where it is on the screen, whatever grew above it
+    else if (held && held->isVisible()) // it stays at its place on the screen if something above grew
         scrolled.setValue(scrolled.value() + topOf(*held).y() - heldAt);
 }
 

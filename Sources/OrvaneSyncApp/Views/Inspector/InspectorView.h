@@ -16,8 +16,8 @@ namespace orvane::views {
 
 class InspectorSection;
 
-/// What is known of the clip in view, and where it is changed: sections that fold, each about one thing.
-/// Follows the notices once a turn of the loop, and only while it is seen.
+/// Shows what is known about the clip in view, and changes it: foldable sections, each about one subject.
+/// Updated at most once in each turn of the event loop, and only while it is visible.
 class InspectorView : public QWidget {
   public:
     InspectorView(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent = nullptr);
@@ -32,18 +32,18 @@ class InspectorView : public QWidget {
     void refresh();
     void showTitle();
     QWidget* lookedAt() const;
-    QPoint topOf(const QWidget& inside) const; ///< in `content_`
+    QPoint topOf(const QWidget& inside) const; ///< in the coordinates of `content_`
 
     Desktop& desktop_;
     const std::shared_ptr<ReviewViewModel> review_;
     QStackedLayout* pages_;
     QScrollArea* scroll_;
-    QWidget* content_; ///< what scrolls
-    UUID clipID_;      ///< that is shown
+    QWidget* content_; ///< the widget that is scrolled
+    UUID clipID_;      ///< the clip that is shown
     QLabel* title_;
-    QString name_; ///< as it is exported
+    QString name_; ///< the name in the export
     design::Badge* status_;
-    QLabel* why_; ///< it has no settled match
+    QLabel* why_; ///< why it has no settled match
     std::vector<InspectorSection*> sections_;
     AfterPicture later_;
     std::vector<platform::Subscription> observations_;

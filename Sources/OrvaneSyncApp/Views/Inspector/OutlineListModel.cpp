@@ -77,7 +77,7 @@ void OutlineDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
              weak);
     inner.setLeft(inner.left() + outlineFoldWidth + (row.isInTake ? space::small : 0));
 
-    // The glyph is not told by its colour alone.
+    // The shape of the glyph also shows the certainty, not only its colour.
     const Signal sign = signal(row.certainty);
     if (sign != Signal::none)
         draw(*painter, glyph(sign),
@@ -86,7 +86,7 @@ void OutlineDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
              isSelected ? all.onSelected : colour(sign));
     inner.setLeft(inner.left() + outlineGlyphSide + space::small);
 
-    // Beside the facts where there are any: the name has the whole width.
+    // The marks are in the lower line, beside the facts if there are any; so the name has the whole width.
     const int half = row.facts.empty() ? 0 : inner.height() / 2;
     const int marksMiddle = inner.center().y() + half / 2;
     int right = inner.right();
@@ -115,7 +115,8 @@ void OutlineDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
         line(inner, textFont(), strong, text(row.label));
     } else {
         const QString name = inPartOrder(text(row.label));
-        // The name of a file has its number at the beginning, that of a clip its camera at the end.
+        // In the name of a file the number is at the beginning; in the name of a clip the camera is at the
+        // end.
         line({inner.left(), inner.top() + 2, inner.width(), half}, textFont(), strong, name,
              !name.contains(QLatin1Char(' ')));
         line({inner.left(), inner.top() + half, factsWidth, half - 2}, factsFont(), weak,

@@ -8,7 +8,7 @@
 
 namespace orvane::views {
 
-/// The rows of the outline for Qt.
+/// Provides the rows of the outline to Qt.
 class OutlineListModel : public RowsModel<QAbstractListModel, OutlineModel::Row> {
   public:
     OutlineListModel(OutlineModel& rows, QObject* parent);
@@ -23,7 +23,7 @@ class OutlineListModel : public RowsModel<QAbstractListModel, OutlineModel::Row>
     platform::Subscription observation_;
 };
 
-/// Two lines a clip: its name with the marks, and its camera file.
+/// Paints two lines for each clip: its name, then its camera file with the marks.
 class OutlineDelegate : public QStyledItemDelegate {
   public:
     using QStyledItemDelegate::QStyledItemDelegate;
@@ -31,7 +31,7 @@ class OutlineDelegate : public QStyledItemDelegate {
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
-    /// Whether the point is on the triangle of a take in that rectangle.
+    /// Whether the point is on the fold triangle of a take in that rectangle.
     static bool isFold(const QRect& row, const QPoint& at);
 };
 

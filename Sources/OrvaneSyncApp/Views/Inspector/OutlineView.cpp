@@ -24,12 +24,12 @@ namespace {
 
 constexpr int narrowestOutline = 180;
 
-/// A click or Return opens a row, and so does an arrow that comes to a clip, so that the row that is marked
-/// is the clip that the keys act on; a click on the triangle, Left and Right fold it. Space plays.
+/// A click or Return opens a row. An arrow key that moves to a clip opens it as well, so that the marked row
+/// is always the clip that the keys change. A click on the triangle, Left and Right fold a take. Space plays.
 class OutlineList : public QListView {
   public:
     std::function<void(int row)> open, fold;
-    std::function<bool(int row)> isOpen; ///< the clip of the row is in view
+    std::function<bool(int row)> isOpen; ///< whether the row's clip is in view
     std::function<void()> play;
 
   protected:
@@ -53,7 +53,7 @@ class OutlineList : public QListView {
         if (row.isTake && isFolding) return fold(index.row());
         QListView::keyPressEvent(event);
         if (currentIndex() == index) return;
-        // Over the row of a take that is unfolded, to its clips.
+        // The row of an unfolded take is skipped; the next row is a clip.
         const auto* rows = static_cast<const OutlineListModel*>(model());
         const bool isUp = currentIndex().row() < index.row();
         const auto isTitle = [&](int at) { return rows->row(at).isTake && !rows->row(at).isFolded; };
@@ -104,14 +104,14 @@ OutlineView::OutlineView(Desktop& desktop, Choose choose, std::function<void()> 
     column->addWidget(list, 1);
     auto* keys = new SearchKeys(*search_, *list);
     keys->firstRow = [this] {
-        // A clip is searched for; the row of its take would open its cameras.
+        // The search is for a clip; the row of its take would open all of its cameras.
         int row = 0;
         while (row + 1 < model_->rowCount() && model_->row(row).isTake && !model_->row(row).isFolded) ++row;
         return row;
     };
     observation_ = rows_.onChange([this](const ResultsViewModel::Change& change) {
         showCounts();
-        // A list that was laid out again has forgotten what was marked in it.
+        // A list that was laid out again has lost its marked row.
         if (change.isLayoutChanged && selected_)
             isTakeSelected_ ? void(selectTake(*selected_)) : select(*selected_);
         if (change.isLayoutChanged && whenListChanged) whenListChanged();
@@ -163,7 +163,7 @@ void OutlineView::markRow(const std::optional<std::size_t>& row) {
     const QModelIndex index = row ? model_->index(static_cast<int>(*row)) : QModelIndex();
     list_->setCurrentIndex(index);
     if (!index.isValid()) return;
-    // What comes next is seen, too, and what was before.
+    // Scrolls so that the next and the previous rows are in view, too.
     constexpr int neighbours = 2;
     for (const int other : {index.row() + neighbours, index.row() - neighbours, index.row()})
         list_->scrollTo(model_->index(std::clamp(other, 0, model_->rowCount() - 1)));
@@ -183,10 +183,10 @@ void OutlineView::open(int row) {
 void OutlineView::showCounts() { counts_->setText(translatedSentence(rows_.counts().text())); }
 
 bool OutlineView::event(QEvent* event) {
-    // The settings by which clips are named may have changed in another window.
+    // The settings for clip names may have changed in another window.
     if (event->type() == QEvent::WindowActivate) rows_.followNaming();
     const bool isDone = QWidget::event(event);
-    // The clip in view stays in view in a lower list.
+    // If the list becomes lower, the clip in view stays in the list's view.
     if (event->type() == QEvent::Resize && list_->currentIndex().isValid())
         list_->scrollTo(list_->currentIndex());
     return isDone;

@@ -17,31 +17,31 @@ namespace orvane::views {
 
 class OutlineListModel;
 
-/// The clips of the work, the cameras of a take under one parent, and the way back to the results.
+/// The clips of the work, with the cameras of a take under one parent, and a button back to the results.
 class OutlineView : public QWidget {
   public:
     using Choose = std::function<void(const UUID& groupID)>;
-    /// `choose`: the user wants to see that clip.
+    /// `choose` is called when the user opens a clip, `leave` when the user returns to the results.
     OutlineView(Desktop& desktop, Choose choose, std::function<void()> leave, QWidget* parent = nullptr);
     ~OutlineView() override;
 
-    /// Lists those clips alone and in that order, under a title with a button that lists all again; absent:
-    /// all.
+    /// Lists only these clips, in this order, under `title` and a button that lists all again; absent: all.
     void showOnly(const std::optional<std::vector<UUID>>& clips, const QString& title);
-    /// The user wants all of them listed again.
+    /// Called when the user wants all clips to be listed again.
     std::function<void()> whenAllWanted;
-    /// Marks the clip without `choose`.
+    /// Marks the clip without calling `choose`.
     void select(const UUID& groupID);
-    /// Marks the take of a clip without `openTake`, and gives its name; empty for a clip that stands alone.
+    /// Marks the take of a clip without calling `openTake`, and returns its name; empty for a clip without a
+    /// take.
     QString selectTake(const UUID& groupID);
-    /// As `OutlineModel::neighbour`: for the keys that go from clip to clip.
+    /// As `OutlineModel::neighbour`; for the keys that go to the next or previous clip.
     std::optional<UUID> neighbour(const UUID& of, int step) const { return rows_.neighbour(of, step); }
     std::optional<OutlineModel::PlaceInList> placeInList(const UUID& groupID) const {
         return rows_.placeInList(groupID);
     }
-    /// Called when other clips are listed, or in another order.
+    /// Called when the listed clips or their order change.
     std::function<void()> whenListChanged;
-    /// The user wants to see all cameras of a take.
+    /// Called when the user wants to see all cameras of a take.
     std::function<void(std::vector<UUID>)> openTake;
 
     QLineEdit* search() const { return search_; }
@@ -65,7 +65,7 @@ class OutlineView : public QWidget {
     QLabel* counts_;
     QListView* list_;
     std::optional<UUID> selected_;
-    bool isTakeSelected_ = false; ///< rather than the clip
+    bool isTakeSelected_ = false; ///< the take of `selected_` is marked, not the clip
     platform::Subscription observation_;
 };
 

@@ -40,14 +40,14 @@ RecordingsSection::RecordingsSection(Desktop& desktop)
     add(isSilent_ = commandBox("toggleMOS", tr("MOS (no audio)")));
 }
 
-/// They hold where the section is folded, too.
+/// Keys that work also while the section is folded.
 void RecordingsSection::addKeys() {
     const auto add = [this](const QString& key, auto does) {
         connect(new QShortcut(QKeySequence(key), this), &QShortcut::activated, this, does);
     };
     add(QLatin1String(reviewKeys::attach), [this] {
         if (!shown_) return;
-        // In the place of the sheet, as the keys that choose in it come next.
+        // A message instead of the sheet, because the keys that choose in the sheet usually follow.
         shown_->isLocked ? tell(window(), tr("The clip is locked"),
                                 tr("Ctrl+L unlocks it, then Ctrl+T attaches a recording."))
                          : chooseFromPool();

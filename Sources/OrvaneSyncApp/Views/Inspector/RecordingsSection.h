@@ -9,7 +9,7 @@ class QVBoxLayout;
 
 namespace orvane::views {
 
-/// Which recordings overlap the clip: choose, confirm, attach, take off.
+/// The recordings that overlap the clip: choose, confirm, attach, remove.
 class RecordingsSection : public InspectorSection {
   public:
     explicit RecordingsSection(Desktop& desktop);
@@ -21,9 +21,9 @@ class RecordingsSection : public InspectorSection {
     void fill(const RecordingsPart& part);
     QWidget* recordingRow(const RecordingsPart& part, std::size_t index);
     void addKeys();
-    /// Settles the clip by the one of that place.
+    /// Decides the clip's match for the recording at that index.
     void use(std::size_t index);
-    void choose(std::size_t index); ///< by its key, which says why it does nothing
+    void choose(std::size_t index); ///< by its key; says why if it does nothing
     void chooseFromPool();
     void chooseFile();
 

@@ -136,7 +136,7 @@ void SyncSection::moveBy(double seconds) {
 
 void SyncSection::show(const SyncGroup& clip) {
     const SyncPart part = SyncPart::of(clip, desktop().controller().timeline().timelineFrameRate(clip));
-    approve_->setChecked(part.isApproved); // a click has changed it by itself
+    approve_->setChecked(part.isApproved); // the click has already changed the box
     const bool isSame = shown_ == part;
     shown_ = part;
     showClapCheck();
@@ -147,7 +147,7 @@ void SyncSection::show(const SyncGroup& clip) {
     method_->setCurrentIndex(static_cast<int>(part.method));
     methodText_->setText(translated(description(part.method)));
     frames_->show(text(part.offsetFrames));
-    // With its unit a number gets the decimal point of the language.
+    // Translated with its unit, so that the number gets the decimal point of the language.
     QString seconds = translatedSentence(part.offsetInSeconds + " s");
     seconds.chop(2);
     seconds_->show(seconds);
@@ -203,7 +203,7 @@ SensorSection::SensorSection(Desktop& desktop)
         const QVariant rate = rate_->itemData(index);
         if (rate.isValid()) arguments.set("fps", rate.toDouble());
         run("setManualSensorFrameRate", std::move(arguments));
-        // The row says what the clip has, whatever became of the choice.
+        // The box shows the value of the clip, whether the choice was accepted or not.
         if (const SyncGroup* now = clip()) fill(SensorPart::of(*now));
     });
 }

@@ -10,7 +10,8 @@
 
 namespace orvane::views {
 
-/// By what the clip is in sync, how far its sound was moved, its clap point, and whether that is verified.
+/// The method of the clip's sync, how far its sound was moved, its clap point, and whether the sync is
+/// verified.
 class SyncSection : public InspectorSection {
   public:
     SyncSection(Desktop& desktop, std::shared_ptr<ReviewViewModel> review);
@@ -36,7 +37,7 @@ class SyncSection : public InspectorSection {
     platform::Subscription ofEngine_;
 };
 
-/// At which rate the sensor ran, and what is exported beside an off-speed clip.
+/// The frame rate of the sensor, and what is exported in addition for an off-speed clip.
 class SensorSection : public InspectorSection {
   public:
     explicit SensorSection(Desktop& desktop);

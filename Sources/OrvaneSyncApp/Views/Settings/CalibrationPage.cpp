@@ -22,7 +22,7 @@ using namespace design;
 namespace {
 
 constexpr int resultsHeight = 240;
-constexpr int amountColumns = 3; ///< they come first; the differences follow
+constexpr int amountColumns = 3; ///< the columns before those of the differences
 
 Signal signalOf(CalibrationRow::Band band) {
     switch (band) {
@@ -64,7 +64,7 @@ QWidget* CalibrationPage::makeBuilding() {
          {std::pair{tr("Around the usual settings"), CalibrationMatrix::sweetSpot},
           std::pair{tr("Coarse, the whole range"), CalibrationMatrix::coarse}})
         matrix_->addItem(tr("%1 (%2 clips)").arg(name).arg(permsOf(matrix).size()));
-    matrix_->setMinimumWidth(matrix_->sizeHint().width() + space::large); // both are read in full
+    matrix_->setMinimumWidth(matrix_->sizeHint().width() + space::large); // so that both can be read in full
     row->addWidget(matrix_);
     row->addStretch(1);
     row->addWidget(reveal_ = button(tr("Show Document"), Glyph::folder));

@@ -8,11 +8,11 @@ class QTableWidget;
 
 namespace orvane::views {
 
-/// Measuring what the effects of Final Cut Pro do, step by step.
+/// Measures what the effects of Final Cut Pro do to a level, step by step.
 class CalibrationPage : public SettingsPage {
   public:
     CalibrationPage(Desktop& desktop, const SettingsModel& model, const SettingTab& tab);
-    /// Looks at what lies on the disk.
+    /// Reads the stored calibration.
     void open() override;
 
   private:
@@ -27,9 +27,9 @@ class CalibrationPage : public SettingsPage {
     void reveal();
     void run(std::string_view id, JSON arguments = {}, Desktop::Done done = {});
 
-    Remark* problem_;        ///< of building
-    Remark* measureProblem_; ///< of measuring and saving
-    Remark* gaps_;           ///< what the results lack
+    Remark* problem_;        ///< of the step that builds
+    Remark* measureProblem_; ///< of the steps that measure and save
+    Remark* gaps_;           ///< what is missing in the results
     bool isMeasureAsked_ = false;
     QLabel* progress_;
     design::Choice* matrix_;

@@ -125,7 +125,7 @@ QWidget* KeyboardPage::makeProfiles() {
         if (path.isEmpty()) return;
         JSON arguments = JSON::object();
         arguments.set("output", utf8(path));
-        arguments.set("overwrite", true); // the dialog has asked
+        arguments.set("overwrite", true); // the dialog has asked the user
         run("exportShortcuts", std::move(arguments));
     });
     return section;
@@ -240,7 +240,7 @@ void KeyboardPage::compare() {
         try {
             return ShortcutFiles(folder).readProfile(name);
         } catch (const std::exception&) {
-            return std::nullopt; // there is none to compare with
+            return std::nullopt; // there is no profile to compare with
         }
     };
     inBackground(this, read, [this, name = text(*current)](const std::optional<ShortcutBindings>& kept) {
@@ -257,7 +257,7 @@ void KeyboardPage::record(ShortcutAction action) {
 }
 
 void KeyboardPage::endRecording() {
-    // The recorder knows no way to end but a key: Escape is the one that changes nothing.
+    // A recording ends only with a key; Escape is the key that changes nothing.
     if (const auto escape = keyEventNamed(Shortcut::SpecialKey::escape, {}, true, false))
         recorder_.handle(*escape);
     showBindings();
@@ -268,7 +268,7 @@ bool KeyboardPage::eventFilter(QObject* watched, QEvent* event) {
     if (line == lines_.end() || recorder_.recordedAction() != line->action)
         return SettingsPage::eventFilter(watched, event);
     switch (event->type()) {
-    case QEvent::ShortcutOverride: // no menu takes the key
+    case QEvent::ShortcutOverride: // so that no menu takes the key
         event->accept();
         return true;
     case QEvent::KeyPress: {
@@ -309,7 +309,7 @@ void KeyboardPage::run(std::string_view id, JSON arguments) {
     desktop().run(
         id, std::move(arguments),
         [self](const JSON&) {
-            if (self) self->compare(); // a profile may have been saved again
+            if (self) self->compare(); // a profile may have been overwritten
         },
         [self](const QString& why) {
             if (self) self->banner_->show(Signal::missing, why);
@@ -333,7 +333,7 @@ void KeyboardPage::askForReset() {
 bool KeyboardPage::showMatching(const QString& words) {
     bool isAnythingLeft = SettingsPage::showMatching(words);
     const std::vector<ShortcutRow> rows = shortcutRows(center_->bindings());
-    // The heading of a tab whose name is searched for brings all of it.
+    // If the words are found in the title of the tab, all of its rows are shown.
     const SearchWords searched(utf8(words));
     const bool isAll = searched.areIn(tab().title + "\n" + utf8(translated(tab().title)));
     bool isAnyKeyLeft = false;

@@ -12,7 +12,7 @@ class QKeyEvent;
 
 namespace orvane::views {
 
-/// The key of each action, recorded by pressing it; keys that several actions have, and their cure; profiles,
+/// The keys of the actions, recorded by pressing them; conflicts between actions and their cure; profiles,
 /// import and export.
 class KeyboardPage : public SettingsPage {
   public:
@@ -37,15 +37,15 @@ class KeyboardPage : public SettingsPage {
     QWidget* makeLine(const ShortcutRow& row);
     void showBindings();
     void showProfiles();
-    /// Says of the profile in force where the keys are others than it holds.
+    /// Marks the profile in force as changed if the keys differ from it.
     void compare();
-    /// Of the main window, with a key that is no action's: its title, empty without one.
+    /// The title of the main window's menu entry with this key, if the key belongs to no action; empty: none.
     QString menuEntryWith(const Shortcut& shortcut) const;
     void record(ShortcutAction action);
     void endRecording();
     void bind(ShortcutAction action, const std::string& key);
     void settle(ShortcutAction action);
-    /// Runs a command on the keys; what it refuses stands above the table.
+    /// Runs a command on the keys; if it is refused, the reason is shown above the table.
     void run(std::string_view id, JSON arguments = {});
     void runOnProfile(std::string_view id, const QString& name);
     void askForReset();
@@ -58,7 +58,7 @@ class KeyboardPage : public SettingsPage {
     QPushButton* deleteProfile_;
     QWidget* profileSection_;
     QWidget* actionSection_;
-    std::vector<QWidget*> headings_; ///< one a category
+    std::vector<QWidget*> headings_; ///< one for each category
     std::vector<Line> lines_;
     platform::Subscription observation_;
 };

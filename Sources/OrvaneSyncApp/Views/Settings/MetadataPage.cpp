@@ -157,14 +157,14 @@ void MetadataPage::showAccount() {
     cancel_->setVisible(panel.canCancel);
     if (!panel.canCancel) cancel_->setEnabled(true);
     paste_->setVisible(panel.canCancel);
-    if (wasPressed && panel.canCancel) callback_->setFocus(); // what comes next
+    if (wasPressed && panel.canCancel) callback_->setFocus(); // the field that is needed next
     signOut_->setVisible(panel.isSignedIn && !panel.canCancel);
     if (panel.canCancel) refusal_.clear();
     const QString why = refusal_.isEmpty() ? translatedSentence(panel.problem) : refusal_;
     problem_->show(why.isEmpty() ? Signal::none : Signal::doubtful, why);
 }
 
-/// Again until it has ended: what waits for the browser can be cancelled from when it waits.
+/// Repeated until the sign-in has ended, because it can be cancelled only once it waits for the browser.
 void MetadataPage::cancelSignIn() {
     if (!account_->state().isAuthenticating) return;
     cancel_->setEnabled(false);

@@ -11,12 +11,12 @@
 
 namespace orvane::views {
 
-/// Signing in to LockitNetwork, and the table of where its fields go in Final Cut Pro.
+/// The sign-in to LockitNetwork, and the table of the metadata keys of its fields in Final Cut Pro.
 class MetadataPage : public SettingsPage {
   public:
     MetadataPage(Desktop& desktop, const SettingsModel& model, const SettingTab& tab);
     void refresh() override;
-    /// Looks up who is signed in.
+    /// Reads which account is signed in.
     void open() override;
 
   private:
@@ -33,7 +33,7 @@ class MetadataPage : public SettingsPage {
     void setTarget(LockitField field, FCPMetaTarget target, const std::optional<std::string>& customKey = {});
     void cancelSignIn();
     void completeSignIn();
-    /// What is refused stands below the account.
+    /// Runs a command; if it is refused, the reason is shown below the account.
     void run(std::string_view id, JSON arguments = {});
 
     std::shared_ptr<LockitOAuthService> account_; ///< null until the page is opened

@@ -134,7 +134,7 @@ void ModelsPage::run(std::string_view id, const std::string& model) {
     problem_->show(Signal::none, {});
     JSON arguments = JSON::object();
     arguments.set("id", model);
-    // The row says itself why a download failed.
+    // The row itself shows why a download failed.
     const auto again = [self = QPointer(this)] {
         if (self) self->look();
     };

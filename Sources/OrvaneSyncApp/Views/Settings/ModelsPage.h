@@ -12,7 +12,7 @@ class QVBoxLayout;
 
 namespace orvane::views {
 
-/// The optional models with their downloads, and what works without one.
+/// The optional models with their downloads, and the features that work without one.
 class ModelsPage : public SettingsPage {
   public:
     ModelsPage(Desktop& desktop, const SettingsModel& model, const SettingTab& tab);
@@ -40,7 +40,7 @@ class ModelsPage : public SettingsPage {
     QLabel* stemsProblem_;
     Remark* problem_;
     std::vector<Line> lines_;
-    QTimer* timer_; ///< runs while a model is downloaded
+    QTimer* timer_; ///< runs while a model is being downloaded
 };
 
 } // namespace orvane::views

@@ -16,7 +16,7 @@ using namespace design;
 
 namespace {
 
-/// The caret in characters as people count them, as the editor does.
+/// The position of the caret in visible characters, as the editor counts.
 std::size_t caretOf(const QLineEdit& line) {
     return platform::text::characters(utf8(line.text().left(line.cursorPosition()))).size();
 }

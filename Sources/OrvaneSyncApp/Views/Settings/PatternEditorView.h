@@ -13,15 +13,15 @@ class QSpinBox;
 
 namespace orvane::views {
 
-/// A naming pattern: its line, a button for each token, the counter, and what the pattern makes of a clip of
-/// the open work.
+/// Edits a naming pattern: a text field, a button for each token, the counter, and the name that the pattern
+/// gives to a clip of the open work.
 class PatternEditorView : public QWidget {
   public:
-    /// `changed`: when the pattern is to be stored.
+    /// `changed` is called when the pattern should be stored.
     PatternEditorView(Desktop& desktop, std::function<void(const std::string& pattern)> changed,
                       QWidget* parent = nullptr);
 
-    /// Leaves a pattern alone that is being typed.
+    /// Does not change a pattern that is being typed.
     void show(const std::string& pattern);
 
   private:

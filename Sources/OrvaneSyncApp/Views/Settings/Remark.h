@@ -6,7 +6,7 @@
 
 namespace orvane::views {
 
-/// A sentence at the place that it is about, behind the glyph of its signal. Hidden without a text.
+/// A sentence beside the control that it is about, after the glyph of its signal. Hidden without a text.
 class Remark : public QWidget {
   public:
     explicit Remark(QWidget* parent = nullptr);

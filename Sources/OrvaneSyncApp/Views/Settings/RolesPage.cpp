@@ -20,7 +20,7 @@ namespace {
 constexpr int swatchSide = 14;
 constexpr int trackWidth = 70;
 
-/// The colour in which the timeline shows the channel.
+/// Shows the colour of the channel in the timeline.
 class Swatch : public QWidget {
   public:
     explicit Swatch(int channel) : channel_(channel) { setFixedSize(swatchSide, swatchSide); }
@@ -38,7 +38,7 @@ class Swatch : public QWidget {
     int channel_;
 };
 
-/// Without a sign: that of resetting.
+/// With an empty sign, the button has the glyph of resetting.
 QPushButton* tool(const QString& sign, const QString& name) {
     QPushButton* made = sign.isEmpty() ? button({}, Glyph::undo, Weight::quiet) : button(sign, Weight::quiet);
     made->setToolTip(name);
@@ -134,7 +134,7 @@ void RolesPage::move(std::size_t track, int by) {
         const JSON& role = values.at(std::string(setting.key));
         if (role != setting.write(desktop().settings().get(setting))) setRole(each, role);
     }
-    // The focus follows the role, so that the key moves it on.
+    // The focus follows the role, so that pressing again moves it further.
     const auto to = static_cast<std::size_t>(static_cast<std::ptrdiff_t>(track) + by);
     QPushButton* again = by < 0 ? lines_[to].up : lines_[to].down;
     (again->isVisible() ? again : by < 0 ? lines_[to].down : lines_[to].up)->setFocus();

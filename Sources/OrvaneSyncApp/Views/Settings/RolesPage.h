@@ -7,7 +7,7 @@
 
 namespace orvane::views {
 
-/// The list of roles: a line for each track in the colour of its channel, named in place and moved up and
+/// The list of roles: one line for each track, in the colour of its channel, edited in place and moved up and
 /// down.
 class RolesPage : public SettingsPage {
   public:

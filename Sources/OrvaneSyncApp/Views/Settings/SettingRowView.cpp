@@ -31,7 +31,7 @@ constexpr int controlWidth = 370;
 constexpr int percentWidth = 86;
 constexpr int hundred = 100;
 
-/// With how many decimals a number is shown as what it is, as far as people read it.
+/// The number of decimals that show the value without rounding, 6 at most.
 int decimalsOf(double number) {
     constexpr int most = 6;
     int decimals = 0;
@@ -80,7 +80,7 @@ void SettingRowView::place(QGridLayout& grid) {
     name->setBuddy(control_);
     const bool isWide = row_.control == SettingRow::Control::pattern;
     if (!isWide && row_.control != SettingRow::Control::toggle) control_->setFixedWidth(controlWidth);
-    auto* side = new QWidget; // as wide in every row, so that controls stand below each other
+    auto* side = new QWidget; // the same width in every row, so that the controls are aligned
     if (!isWide) side->setFixedWidth(controlWidth);
     auto* sideRow = new QHBoxLayout(side);
     sideRow->setContentsMargins(0, 0, 0, 0);
@@ -143,7 +143,8 @@ QWidget* SettingRowView::makeChoice() {
         choice->clear();
         for (std::size_t i = 0; i < choices.size(); ++i) {
             const std::string& said = choices[i].text;
-            // What names the open work, or is none of those offered, is no text of the catalogue's.
+            // A text that names the open work, or is not one of those offered, is not in the catalogue as a
+            // whole.
             const bool isFixed = i < row_.choices.size() && row_.choices[i].text == said;
             choice->addItem(isFixed ? translated(said) : translatedSentence(said));
         }
@@ -203,7 +204,7 @@ QWidget* SettingRowView::makeAmount() {
         number->setValue(percent);
     };
     const auto storePercent = [this](double percent) { store(percent / hundred); };
-    // A drag is stored when it ends; meanwhile its number is shown.
+    // While the slider is dragged, only the number follows; the value is stored when the drag ends.
     connect(slider, &QSlider::valueChanged, this, [slider, number, storePercent](int percent) {
         const QSignalBlocker quiet(number);
         number->setDecimals(0);

@@ -12,8 +12,8 @@ class QGridLayout;
 
 namespace orvane::views {
 
-/// One setting: what it is, its control, the way back to its default, and below it what is wrong with its
-/// value or why the last one was refused. A change is stored at once.
+/// One setting: its label, its control, and a button that resets it to the default. Below it is shown what is
+/// wrong with the value, or why the last value was refused. A change is stored at once.
 class SettingRowView : public QWidget {
   public:
     /// The row outlives the view.
@@ -21,7 +21,7 @@ class SettingRowView : public QWidget {
                    QWidget* parent = nullptr);
 
     const SettingRow& row() const { return row_; }
-    /// Shows what the store holds; leaves a text alone that is being typed.
+    /// Shows the stored value; does not change a text that is being typed.
     void refresh();
 
   private:
@@ -43,7 +43,7 @@ class SettingRowView : public QWidget {
     QString refusal_;
     /// Puts a value into the control without storing it.
     std::function<void(const JSON& value)> put_;
-    QWidget* control_; ///< made when what it fills stands
+    QWidget* control_; ///< declared after `put_`, which is set while it is made
     QPushButton* reset_;
     Remark* remark_;
 };

@@ -22,7 +22,7 @@ using namespace design;
 
 namespace {
 
-/// In the language of the window, in which people search as well.
+/// Translated, because users search in the language of the window.
 QString shownTexts(const SettingTab& tab, const SettingSection& section, const SettingRow& row) {
     return QStringList{translated(tab.title), translated(section.title), translated(row.label),
                        translated(row.hint)}

@@ -13,24 +13,24 @@ namespace orvane::views {
 
 class SettingRowView;
 
-/// One tab of the settings: the rows of the catalogue, and what else belongs there.
+/// One tab of the settings: the rows of the catalogue, and the controls that only this tab has.
 class SettingsPage : public QWidget {
   public:
     /// The model outlives the page.
     SettingsPage(Desktop& desktop, const SettingsModel& model, const SettingTab& tab);
 
-    /// Leaves only what the words match, all without words; says whether anything is left.
+    /// Shows only the rows that match the words; without words all. Returns whether any row is shown.
     virtual bool showMatching(const QString& words);
-    /// The store has changed.
+    /// Called after a change of the store.
     virtual void refresh();
-    /// It comes to the front for the first time: what takes long begins now.
+    /// Called when the page is shown for the first time; work that takes long begins here.
     virtual void open() {}
 
   protected:
     Desktop& desktop() { return desktop_; }
     const SettingTab& tab() const { return tab_; }
-    /// Puts a section below the others, above all rows with `isFirst`. `searched` is what the search finds it
-    /// by.
+    /// Adds a section below the others, or above all rows if `isFirst`. `searched`: the texts that the search
+    /// finds it by.
     void add(QWidget* section, const QString& searched, bool isFirst = false);
 
   private:
@@ -49,9 +49,9 @@ class SettingsPage : public QWidget {
     std::vector<Part> parts_;
 };
 
-/// Whether the table of commands has what the tab is for.
+/// Whether the table of commands contains the commands that the tab needs.
 bool hasPage(const SettingTab& tab);
-/// The page of a tab with all that belongs there.
+/// Makes the page of a tab, with its rows and its own controls.
 SettingsPage* makeSettingsPage(Desktop& desktop, const SettingsModel& model, const SettingTab& tab);
 
 } // namespace orvane::views

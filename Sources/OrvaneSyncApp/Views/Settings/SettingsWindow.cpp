@@ -71,7 +71,7 @@ SettingsWindow::SettingsWindow(Desktop& desktop, QWidget* parent)
         if (!isOpened_[at]) settingsPages_[at]->open();
         isOpened_[at] = true;
     });
-    // With Shift the window system may call the key by another name.
+    // With Shift, the window system may report Tab as another key.
     for (const auto& [key, step] :
          {std::pair(Qt::CTRL | Qt::Key_Tab, 1), std::pair(Qt::CTRL | Qt::SHIFT | Qt::Key_Tab, -1),
           std::pair(Qt::CTRL | Qt::SHIFT | Qt::Key_Backtab, -1)})
@@ -91,7 +91,7 @@ void SettingsWindow::goToTab(int step) {
     const int count = tabCount();
     for (int i = 1; i <= count; ++i) {
         const int row = (tabs_->currentRow() + count + i * step % count) % count;
-        if (tabs_->item(row)->isHidden()) continue; // without what is searched for
+        if (tabs_->item(row)->isHidden()) continue; // hidden by the search
         return showTab(row);
     }
 }
@@ -103,7 +103,8 @@ void SettingsWindow::showTab(SettingPage page) {
 }
 
 void SettingsWindow::listen() {
-    // On the thread that changed the setting; many come at once, such as those of a preset.
+    // Called on the thread that changed the setting; many changes may come at once, such as those of a
+    // preset.
     observation_ = desktop_.settings().onChange([this, alive = std::weak_ptr(isRefreshScheduled_),
                                                  mainThread = desktop_.mainThread()](const std::string&) {
         mainThread->post([this, alive] {

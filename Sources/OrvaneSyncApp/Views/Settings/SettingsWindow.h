@@ -16,8 +16,8 @@ namespace orvane::views {
 
 class SettingsPage;
 
-/// Every setting in its tab, changed at once, without a button to agree. Shows what other windows and other
-/// programs change, and finds a row by its words over all tabs.
+/// All settings in tabs. A change has effect at once, without a button to confirm. Changes by other windows
+/// and programs are shown, and a search finds rows in all tabs.
 class SettingsWindow : public QDialog {
   public:
     explicit SettingsWindow(Desktop& desktop, QWidget* parent = nullptr);
@@ -29,14 +29,14 @@ class SettingsWindow : public QDialog {
     QLineEdit* search() { return search_; }
 
   protected:
-    /// Escape takes the words of the search away first.
+    /// Escape first clears the search, then closes the window.
     void keyPressEvent(QKeyEvent* event) override;
 
   private:
     void listen();
     void refreshSoon();
     void showMatching();
-    /// `step`: 1 to the next tab in view, -1 to the one before; round the ends.
+    /// `step`: 1 for the next visible tab, -1 for the previous one; after the last tab comes the first.
     void goToTab(int step);
 
     Desktop& desktop_;
@@ -48,7 +48,7 @@ class SettingsWindow : public QDialog {
     std::vector<SettingsPage*> settingsPages_;
     std::vector<SettingPage> pageOrder_;
     std::vector<bool> isOpened_;
-    /// Work that another thread hands over finds out by it that the window has gone.
+    /// Work posted by another thread holds it weakly, to find out whether the window still exists.
     std::shared_ptr<bool> isRefreshScheduled_ = std::make_shared<bool>(false);
     platform::Subscription observation_;
     platform::Subscription workObservation_;

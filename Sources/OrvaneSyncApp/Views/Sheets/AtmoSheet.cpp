@@ -27,7 +27,7 @@ constexpr int progressParts = 1000;
 constexpr int mostListHeight = 190;
 constexpr int candidateRole = Qt::UserRole;
 
-/// One scene: its stretches, how long the tone is to be, and the button that builds it.
+/// One scene: its stretches, the length of the tone, and the button that builds it.
 class ScenePanel : public Section {
   public:
     ScenePanel(Desktop& desktop, AtmoBuilderModel& model, std::size_t scene, SegmentPlayer& player)
@@ -108,7 +108,7 @@ class ScenePanel : public Section {
     }
     std::function<void(const QString&)> whenRefused;
 
-    /// Which stretch sounds.
+    /// Marks the stretch that is playing.
     void showPlaying() {
         for (int i = 0; i < list_->topLevelItemCount(); ++i) {
             QTreeWidgetItem& row = *list_->topLevelItem(i);
@@ -118,7 +118,7 @@ class ScenePanel : public Section {
     }
 
   protected:
-    /// As high as its rows, which have the sizes of the theme from here on.
+    /// The list gets the height of its rows here, because they have the theme's sizes only from now on.
     void showEvent(QShowEvent* event) override {
         Section::showEvent(event);
         const int rows = list_->topLevelItemCount() * std::max(0, list_->sizeHintForRow(0));
@@ -247,7 +247,7 @@ class AtmoSheet : public Sheet {
                     self->showNothing(tr("Open this sheet again to search from the beginning."),
                                       tr("The search was stopped"));
             } catch (const std::exception&) {
-                return; // shown as refused
+                return; // already shown as refused
             }
         });
     }

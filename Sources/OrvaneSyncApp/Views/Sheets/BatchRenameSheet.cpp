@@ -33,7 +33,7 @@ class PreviewModel : public QAbstractTableModel {
         rows_ = std::move(rows);
         if (isOther)
             endResetModel();
-        else if (!rows_.empty()) // it stays scrolled to where it was
+        else if (!rows_.empty()) // so that the list stays scrolled to the same place
             Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, 1));
     }
     int rowCount(const QModelIndex& of = {}) const override {
@@ -134,7 +134,7 @@ class BatchRenameSheet : public Sheet {
         made.suffix = utf8(suffix_->text());
         return made;
     }
-    /// Those of the work, as the list has them.
+    /// All clips of the work that are in `clips`, in the order of the list.
     std::vector<UUID> inOrder(const std::vector<UUID>& clips) const {
         const std::unordered_set<UUID> chosen(clips.begin(), clips.end());
         std::vector<UUID> found;
@@ -151,7 +151,7 @@ class BatchRenameSheet : public Sheet {
         apply_->setEnabled(renamer().hasOperation());
         const SyncGroupList& clips = desktop_.controller().work().syncGroups();
         clear_->setEnabled(!BatchRenamer::manuallyNamed(clips).empty());
-        // One at a time: while names are made, the last of what is typed waits.
+        // One preview at a time: while names are made, the latest input waits.
         isPreviewStale_ = true;
         if (!isPreviewMade_) makePreview();
     }
@@ -197,10 +197,10 @@ class BatchRenameSheet : public Sheet {
     QLineEdit* suffix_;
     SliderField* padding_;
     PreviewModel* preview_;
-    std::vector<UUID> all_, selected_; ///< as the list has them
+    std::vector<UUID> all_, selected_; ///< in the order of the list
     bool isOfSelection_ = false;
-    bool isPreviewMade_ = false;  ///< on another thread
-    bool isPreviewStale_ = false; ///< what is typed is not yet what is previewed
+    bool isPreviewMade_ = false;  ///< it is being made on another thread
+    bool isPreviewStale_ = false; ///< the input has changed since the preview began
     QPushButton* clear_;
     QPushButton* apply_;
 };

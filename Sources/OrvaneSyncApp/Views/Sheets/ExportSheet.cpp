@@ -41,7 +41,7 @@ namespace {
 
 constexpr int exportWidth = 640;
 
-/// Who reads which version of the document; the newest first.
+/// The versions of the document, the newest first, and the programs that read each of them.
 struct Reader {
     const char* version;
     const char* who;
@@ -59,10 +59,10 @@ const Declared<bool>* const switches[] = {&settings::generateRawMediaEvent, &set
 const QString versionKey = QStringLiteral("exportVersion");
 const QString placeKey = QStringLiteral("exportFolder");
 
-/// All of them: what is said of several files once, with their names below it. `inWords`: what stands for
-/// some of them.
+/// The texts of all warnings. A warning about several files is shown once, with the files' names below it.
+/// `inWords`: texts that replace some warnings.
 QString grouped(const std::vector<std::string>& warnings, const std::map<std::string, std::string>& inWords) {
-    constexpr std::size_t mostNames = 500; // in one paragraph, which is laid out at once
+    constexpr std::size_t mostNames = 500; // in one paragraph, because all of it is laid out at once
     QStringList lines;
     for (const WarningGroup& group : warningGroups(warnings)) {
         const auto words = inWords.find(group.text);
@@ -75,12 +75,12 @@ QString grouped(const std::vector<std::string>& warnings, const std::map<std::st
         if (group.others.size() > mostNames)
             names << QObject::tr("and %1 more").arg(group.others.size() - mostNames);
         lines << QStringLiteral("   ") + QObject::tr("Likewise: %1").arg(names.join(QStringLiteral(", ")))
-              << QString(); // a line apart from the next kind
+              << QString(); // an empty line before the next warning
     }
     return lines.join(QLatin1Char('\n')).trimmed();
 }
 
-/// How many clips are left out, then each reason with the first of its clips.
+/// The number of clips that are left out, then each reason with the first of its clips.
 QString leftOutNote(const ImportController& controller) {
     std::map<std::string, std::vector<std::string>> files; // by reason
     std::size_t count = 0;
@@ -93,7 +93,7 @@ QString leftOutNote(const ImportController& controller) {
         files[std::move(why)].push_back(controller.work().fileNames().of(clip.video));
     }
     if (files.empty()) return {};
-    if (files.size() == 1) // in one line
+    if (files.size() == 1) // all in one line
         return QObject::tr("Not in the document: %1 (%2)")
             .arg(translatedSentence(firstAndMore(files.begin()->second)),
                  translatedSentence(files.begin()->first));
@@ -105,7 +105,7 @@ QString leftOutNote(const ImportController& controller) {
     return lines.join(QLatin1Char('\n'));
 }
 
-/// Wants the height of what is in it, and scrolls where the screen has less.
+/// An area that is as high as its contents, and scrolls if the screen is lower.
 class Scrolled : public QScrollArea {
   public:
     explicit Scrolled(QWidget* contents) {
@@ -153,7 +153,7 @@ ExportSheet::ExportSheet(Desktop& desktop, QWidget* parent) : QDialog(parent), d
     sections->addWidget(warnings_ = facts({}));
     warnings_->hide();
     rows->addWidget(sections_ = new Scrolled(contents), 1);
-    rows->addWidget(makeDestination()); // in view, whatever the height
+    rows->addWidget(makeDestination()); // always in view, whatever the height
     rows->addWidget(outcome_ = new Banner);
     outcome_->setObjectName(QStringLiteral("outcome"));
 
@@ -163,7 +163,7 @@ ExportSheet::ExportSheet(Desktop& desktop, QWidget* parent) : QDialog(parent), d
     buttons->addWidget(write_ = button(tr("Export"), Glyph::exportDocument, Weight::primary));
     answerWith(write_);
     rows->addLayout(buttons);
-    // What is typed after a document was written wants another one.
+    // Input after a document was written is for another document, so Return exports again.
     connect(event_, &QLineEdit::textEdited, this, [this] { answerWith(write_); });
     connect(place_, &QLineEdit::textEdited, this, [this] { answerWith(write_); });
     connect(close_, &QPushButton::clicked, this, [this] { stopOrClose(); });
@@ -189,7 +189,7 @@ ExportSheet::ExportSheet(Desktop& desktop, QWidget* parent) : QDialog(parent), d
 
 QWidget* ExportSheet::makeOptions() {
     auto* section = new Section(tr("Options"));
-    // Under the names that the settings have for them.
+    // With the labels that the settings window uses.
     const SettingRow& trimming = settingRow(settings::trimMode.key);
     auto* length = new Choice;
     length->setAccessibleName(translated(trimming.label));
@@ -234,7 +234,8 @@ QWidget* ExportSheet::makeOptions() {
 QWidget* ExportSheet::makeDestination() {
     auto* section = new Section(tr("Where"));
     place_ = field(tr("Document"), tr("Document"));
-    // The session's name, or that of the event once somebody types one; until the file is given another one.
+    // Proposes the session's name, or the event's name once the user types one, until the user chooses a
+    // file.
     const QString folder = design::keptState::value(placeKey, QDir::homePath()).toString();
     const auto propose = [this, folder](const QString& name) {
         if (isPlaceGiven_) return;
@@ -306,8 +307,8 @@ void ExportSheet::showForecast() {
 }
 
 void ExportSheet::fitHeight() {
-    constexpr int frame = 60;    // of the window, and a little
-    constexpr int highest = 800; // lists of any length leave room for the window below
+    constexpr int frame = 60;    // points, for the frame of the window and a margin
+    constexpr int highest = 800; // points: the sheet is no higher, so that the window below stays visible
     sections_->updateGeometry();
     const int needed = layout()->totalHeightForWidth(width());
     setMinimumHeight(std::min({needed, highest, screen()->availableGeometry().height() - frame}));
@@ -316,7 +317,7 @@ void ExportSheet::fitHeight() {
 void ExportSheet::refuse(Signal signal, const QString& why, const QString& answer,
                          std::function<void()> action) {
     outcome_->show(signal, why, answer, std::move(action));
-    outcome_->focusButton(); // a second Return answers
+    outcome_->focusButton(); // so that pressing Return again answers
     fitHeight();
 }
 
@@ -327,7 +328,7 @@ void ExportSheet::resizeEvent(QResizeEvent* event) {
 
 void ExportSheet::showEvent(QShowEvent* event) {
     QDialog::showEvent(event);
-    fitHeight(); // its controls have the sizes of the theme from here on
+    fitHeight(); // from here on the controls have the theme's sizes
 }
 
 void ExportSheet::showVersion() { versionNote_->setText(tr(readers[version_->currentIndex()].who)); }
@@ -341,7 +342,7 @@ void ExportSheet::choosePlace() {
     if (chosen.isEmpty()) return;
     isPlaceGiven_ = true;
     place_->setText(chosen.endsWith(QStringLiteral(".fcpxml")) ? chosen : chosen + QStringLiteral(".fcpxml"));
-    mayReplace_ = true; // the dialog has asked
+    mayReplace_ = true; // the dialog has asked the user
 }
 
 void ExportSheet::write() {
@@ -371,7 +372,7 @@ void ExportSheet::writeTo(const QString& place) {
     outcome_->show(Signal::none, tr("The document is being written: %1").arg(place));
     close_->setText(tr("Cancel"));
     fitHeight();
-    const QPointer self(this); // the sheet may be closed meanwhile
+    const QPointer self(this); // the sheet may be closed in the meantime
     const platform::Task writing = desktop_.run(
         "exportFCPXML", std::move(arguments),
         [self](const JSON& answer) {
@@ -391,7 +392,7 @@ void ExportSheet::writeTo(const QString& place) {
         } catch (const platform::Stopped&) {
             self->outcome_->show(Signal::none, tr("The export was cancelled; no document was written."));
         } catch (const std::exception&) {
-            return; // has been said
+            return; // the reason has been shown
         }
     });
 }
@@ -403,7 +404,7 @@ void ExportSheet::answerWith(QPushButton* chosen) {
 
 void ExportSheet::stopOrClose() { writing_ ? writing_->requestStop() : reject(); }
 
-/// Also when the program is left: half a document never stands at its place.
+/// An export that is running is stopped, also when the program is closed. The file is never half written.
 void ExportSheet::reject() {
     if (writing_) writing_->requestStop();
     QDialog::reject();
@@ -435,7 +436,7 @@ void ExportSheet::written(const JSON& answer) {
     design::keptState::set(placeKey, QFileInfo(place).absolutePath());
     warnings_->setVisible(!lines.empty());
     fitHeight();
-    if (!lines.empty()) // scrolled to once the sheet has its new height
+    if (!lines.empty()) // scrolled to after the sheet has got its new height
         QMetaObject::invokeMethod(
             this,
             [this] {
@@ -446,7 +447,7 @@ void ExportSheet::written(const JSON& answer) {
     close_->setText(tr("Done"));
     answerWith(close_);
     close_->setFocus();
-    mayReplace_ = true; // what was just written
+    mayReplace_ = true; // the file was just written by this sheet
     if (openWhenDone_->isChecked() && !QDesktopServices::openUrl(QUrl::fromLocalFile(place)))
         outcome_->show(Signal::doubtful,
                        tr("Written, but no program opens such documents here: %1").arg(place));

@@ -14,12 +14,12 @@ class QScrollArea;
 
 namespace orvane::views {
 
-/// What will be written, what will not and why, the options that people change most, and where to. Stays open
-/// with the warnings after the export.
+/// Shows what will be exported, what will not and why, the options that are changed most often, and the file.
+/// Stays open after the export, with the warnings.
 class ExportSheet : public QDialog {
   public:
     explicit ExportSheet(Desktop& desktop, QWidget* parent = nullptr);
-    /// Ends an export that is under way.
+    /// Also stops an export that is running.
     void reject() override;
 
   protected:
@@ -27,9 +27,9 @@ class ExportSheet : public QDialog {
     void showEvent(QShowEvent* event) override;
 
   private:
-    /// A window is no smaller than its texts need, which depends on how they wrap, unless the screen is.
+    /// Sets the height to what the texts need, which depends on how they wrap; limited by the screen.
     void fitHeight();
-    /// Why nothing was written.
+    /// Shows why nothing was written; `answer` is the text of a button that calls `action`.
     void refuse(design::Signal signal, const QString& why, const QString& answer = {},
                 std::function<void()> action = {});
     QWidget* makeOptions();
@@ -39,10 +39,10 @@ class ExportSheet : public QDialog {
     void choosePlace();
     void write();
     void writeTo(const QString& place);
-    /// The button beside "Export": while the document is written, it stops that.
+    /// The button beside "Export": stops the export while it is running, otherwise closes the sheet.
     void stopOrClose();
     void written(const JSON& answer);
-    /// The button that Return presses, which is the coloured one.
+    /// Makes this button the one that Return presses; it is shown in colour.
     void answerWith(QPushButton* chosen);
     void setOption(std::string_view key, JSON value);
 
@@ -60,9 +60,9 @@ class ExportSheet : public QDialog {
     design::Banner* outcome_;
     QScrollArea* sections_;
     QLabel* warnings_;
-    QString missing_; ///< media of the document that are not there; empty until that was looked at
+    QString missing_; ///< media of the document that do not exist; empty until they were checked
     std::optional<platform::Task> writing_;
-    bool isPlaceGiven_ = false; ///< by hand
+    bool isPlaceGiven_ = false; ///< by the user
     bool mayReplace_ = false;   ///< the user has agreed to replace this file
     platform::Subscription observation_;
 };

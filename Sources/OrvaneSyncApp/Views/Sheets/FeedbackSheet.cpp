@@ -116,7 +116,7 @@ class FeedbackSheet : public Sheet {
             this, tr("Save feedback"), QDir::home().filePath(QStringLiteral("OrvaneSync Feedback.eml")),
             tr("Mails (*.eml)"));
         if (place.isEmpty()) return;
-        const bool wasAsked = place.endsWith(QStringLiteral(".eml")); // about a file of that very name
+        const bool wasAsked = place.endsWith(QStringLiteral(".eml")); // about replacing this very file
         if (!wasAsked) place += QStringLiteral(".eml");
         follow(delivery_.save(utf8(place), feedback(), desktop_.controller(), wasAsked),
                tr("Saved: %1").arg(place));
@@ -127,7 +127,7 @@ class FeedbackSheet : public Sheet {
         task.whenDone([self = QPointer(this), done](const std::exception_ptr& raised) {
             if (!self) return;
             self->isUnderWay_ = false;
-            self->isDelivered_ = !raised; // not a second time by a second press
+            self->isDelivered_ = !raised; // so that pressing again does not send it twice
             self->showState();
             try {
                 if (raised) std::rethrow_exception(raised);
@@ -150,10 +150,10 @@ class FeedbackSheet : public Sheet {
     QLabel* where_;
     QPushButton* send_;
     QPixmap screenshot_;
-    std::string url_; ///< empty: none is configured
+    std::string url_; ///< empty: no address is configured
     bool isReady_ = false;
     bool isUnderWay_ = false;
-    bool isDelivered_ = false; ///< just what is shown
+    bool isDelivered_ = false; ///< exactly what is shown has been sent
     QPushButton* close_;
 };
 

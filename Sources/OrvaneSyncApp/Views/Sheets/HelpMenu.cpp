@@ -22,7 +22,7 @@ void addHelpEntries(Desktop& desktop, QWidget* window, QMenu* help) {
     QObject::connect(updates, &QAction::triggered, help,
                      [updates] { QDesktopServices::openUrl(QUrl(updates->data().toString())); });
     help->insertAction(about, updates);
-    // The address may be put there, or go, while the window is open.
+    // The address may be configured, or removed, while the window is open.
     const auto look = [window, updates] {
         findServices(window, [updates](const ServiceConfiguration& found) {
             updates->setData(text(found.updatesURL.value_or("")));

@@ -7,8 +7,8 @@ class QWidget;
 
 namespace orvane::views {
 
-/// Adds the entries that open sheets of help over a window. "Check for Updates…" is there once a page for it
-/// is known to be configured.
+/// Adds the entries that open the sheets of help over a window. "Check for Updates…" is shown only while an
+/// address for it is configured.
 void addHelpEntries(Desktop& desktop, QWidget* window, QMenu* help);
 
 } // namespace orvane::views

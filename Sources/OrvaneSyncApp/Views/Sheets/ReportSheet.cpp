@@ -13,7 +13,7 @@ using namespace design;
 namespace {
 
 constexpr QSize reportSize{640, 480};
-constexpr std::size_t mostRows = 5000; // of a list that is read, or handed on
+constexpr std::size_t mostRows = 5000; // of a list that people read or copy
 
 QString columnNames(const std::vector<std::string>& names) {
     QStringList all;
@@ -21,7 +21,7 @@ QString columnNames(const std::vector<std::string>& names) {
     return all.isEmpty() ? QObject::tr("none of them") : all.join(QStringLiteral(", "));
 }
 
-/// What came of the report that is loaded: the rows that name no clip, and which columns go on.
+/// The result of the loaded report: the rows that match no clip, and which columns are exported.
 class ReportSheet : public Sheet {
   public:
     ReportSheet(Desktop& desktop, QWidget* parent) : Sheet(tr("Report"), parent) {

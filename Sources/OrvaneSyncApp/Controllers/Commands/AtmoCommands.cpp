@@ -20,7 +20,7 @@ platform::Task scanCandidates(CommandContext& context, Call /*call*/, std::share
     if (const auto& found = controller->atmo().candidates()) *answer = candidatesJSON(*found);
 }
 
-/// Those of the call, in the order in which they were found; without any, all.
+/// The candidates that the call names, in the order in which they were found; all if it names none.
 std::vector<AtmoCandidate> chosen(const Call& call, const std::vector<AtmoCandidate>& found) {
     if (!call.has("candidateIDs")) return found;
     const auto listed = call.texts("candidateIDs");

@@ -22,8 +22,8 @@ const std::shared_ptr<VideoEngine>& memberOf(CommandContext& context, const UUID
     return found->second;
 }
 
-/// Waits for cameras that are still being loaded, as of a cluster that a clip has just left, and answers when
-/// the pictures that it led to are shown.
+/// Waits for cameras that are still being loaded, such as those of a cluster that a clip has just left.
+/// Answers when the resulting pictures are shown.
 platform::Task run(CommandContext& context, Call call, void (*operation)(ClusterEngineBag&, const Call&)) {
     const platform::Task loaded = context.players().multicam()->loaded();
     co_await loaded;

@@ -62,7 +62,7 @@ bool isOfKind(const JSON& value, Parameter::Kind kind) {
     return true;
 }
 
-/// Of a whole number also what an `int` holds.
+/// The allowed values of a number. If a whole number has no lower or upper limit, that of `int` is used.
 struct Range {
     std::optional<double> lowest, highest;
 
@@ -77,7 +77,7 @@ struct Range {
     }
     std::string text() const {
         using platform::text::formatted;
-        constexpr const char* digits = "%.15g"; // 10000000, not 1e+07
+        constexpr const char* digits = "%.15g"; // gives 10000000, not 1e+07
         if (!highest) return formatted(digits, *lowest) + " or more";
         if (!lowest) return formatted(digits, *highest) + " or less";
         return formatted(digits, *lowest) + " to " + formatted(digits, *highest);
@@ -86,12 +86,12 @@ struct Range {
 
 std::string problemOfPath(const std::string& path) {
     if (path.empty()) return "is empty";
-    // Standard input and output hold the requests and answers.
+    // "-" means standard input or output, which carry the requests and answers.
     if (path == "-") return "must name a file or a folder; '-' is not allowed here";
     return path.find('\0') == std::string::npos ? "" : "holds a NUL character";
 }
 
-/// What is wrong with an argument; nothing when it is as the command wants it.
+/// What is wrong with an argument; empty if it is valid for the parameter.
 std::string problemOf(const JSON& value, const Parameter& parameter) {
     if (!isOfKind(value, parameter.kind)) return "must be " + std::string(kindText(parameter.kind));
     const Range range(parameter);

@@ -12,7 +12,7 @@ const std::shared_ptr<ShortcutCenter>& CommandContext::shortcuts() {
     return shortcuts_;
 }
 
-/// Runs the row of the table that a key of the review stands for, where that is one for a clip.
+/// Runs the command that has this key of the review, if it is a command for a clip.
 void CommandContext::decideOfClip(ShortcutAction key, const UUID& clip) {
     const Command* row = commandOf(key);
     if (row == nullptr || !row->isOfOneClip()) return;

@@ -23,7 +23,7 @@ using Controller = ImportController;
 
 constexpr std::array<std::string_view, 3> syncMethodNames{"timecode", "clap", "manual"};
 
-/// An operation under its undo step; it answers null.
+/// A command that runs an operation as an undo step and answers null.
 template <class Operation>
 Command edit(std::string_view id, std::string_view help, const UndoStep& step,
              std::vector<Parameter> parameters, Operation operation) {
@@ -36,7 +36,7 @@ Command edit(std::string_view id, std::string_view help, const UndoStep& step,
         .undoneBy(step);
 }
 
-/// The same for an operation that has the clip analysed again, if it was; done when it has been.
+/// The same for an operation that analyses the clip again if it was analysed before; ends after the analysis.
 template <class Operation>
 Command editAndListen(std::string_view id, std::string_view help, const UndoStep& step,
                       std::vector<Parameter> parameters, Operation operation) {
@@ -61,7 +61,7 @@ Command onGroup(std::string_view id, std::string_view help, const UndoStep& step
         .forClips(applies);
 }
 
-/// What a key can do as well.
+/// A command that also has a key.
 Command onGroup(std::string_view id, ShortcutAction action, const UndoStep& step,
                 void (ClipEditing::*operation)(UUID)) {
     Command row = onGroup(id, helpText(action), step, operation);
@@ -86,7 +86,8 @@ bool hasOffset(const SyncGroup& group) { return group.manualAudioOffsetSeconds !
 bool hasRangeOverride(const SyncGroup& group) { return !group.manualBlockOverrides.empty(); }
 bool hasWildTracks(const CommandContext& context) { return !context.controller->work().wildTracks().empty(); }
 
-/// An asset of the pool by its identifier, or an asset as other commands give it.
+/// The audio in the call: the identifier of an asset in the pool, or an asset in the form in which other
+/// commands return it.
 MediaAsset audio(const Controller& controller, const Call& call) {
     const JSON given = call.any("audio");
     if (const std::string* text = given.string()) {
@@ -102,8 +103,8 @@ MediaAsset audio(const Controller& controller, const Call& call) {
     }
 }
 
-/// A lock says that the sound is verified. Of the clip in view that is its first recording, so locking an
-/// ambiguous one settles it by that.
+/// A lock means that the sound is verified. For the clip in view this is its first recording, so locking an
+/// ambiguous clip decides for that one.
 void settleIfInView(CommandContext& context, const UUID& clip) {
     const SyncGroup* group = context.controller->work().syncGroups().find(clip);
     if (group != nullptr && isAmbiguousAndUnlocked(*group) && context.review().shows(clip))
@@ -119,7 +120,7 @@ JSON toggleLock(CommandContext& context, const Call& call) {
     return {};
 }
 
-/// By the names that the clips have by the settings, where the call does not say by which.
+/// If the call gives no source of names, the names are made by the setting.
 JSON lockCluster(CommandContext& context, const Call& call) {
     const std::string source = call.textIfPresent("source").value_or(
         std::string(rawValue(context.settings->get(settings::clipNamingSource))));

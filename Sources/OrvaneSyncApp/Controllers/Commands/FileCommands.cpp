@@ -19,7 +19,7 @@ namespace {
 using enum Parameter::Kind;
 
 const Parameter overwrite{"overwrite", boolean, true};
-/// Of the document format; absent: the latest.
+/// The version of the document format; absent: the latest.
 const Parameter version{
     .name = "version", .kind = text, .isOptional = true, .choices = fcpxml::fcpxmlVersionTexts};
 
@@ -48,7 +48,7 @@ OutputPermission permission(const Call& call) {
     return {call.has(overwrite.name) && call.boolean(overwrite.name), "overwrite: true"};
 }
 
-/// Asks for the place before it asks for the document.
+/// Checks the output path before the document is made.
 platform::Task exportedDocument(CommandContext& context, Call call, std::shared_ptr<JSON> answer) {
     const std::shared_ptr<const ImportController> controller = context.controller;
     const auto& mainThread = controller->work().environment.mainThread;
@@ -101,7 +101,7 @@ platform::Task loadProject(CommandContext& context, const Call& call, const std:
         });
 }
 
-/// An operation on one clip that opens its own undo step, and one on all clips.
+/// A command for one clip whose operation opens its own undo step, and the same for all clips.
 Command onGroup(std::string_view id, std::string_view help, const UndoStep& step,
                 void (ReportController::*operation)(UUID), Command::Applies hasSome) {
     return Command(id, step.actionName, help, {groupID},

@@ -62,13 +62,14 @@ platform::Task syncLockit(CommandContext& context, Call /*call*/, std::shared_pt
     *result = controller->lockit().lockitSyncStatus().value_or("");
 }
 
-/// Answers when it is on the disk.
+/// Answers when the mapping is stored.
 platform::Task setFieldMapping(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
     const LockitField field = *fromRawValue<LockitField>(call.text("field"));
     const FCPMetaTarget target = *fromRawValue<FCPMetaTarget>(call.text("target"));
     const auto customKey = call.textIfPresent("customKey");
     const auto mainThread = context.controller->work().environment.mainThread;
-    // Not within the co_await: GCC 12 destroys what the branch that is not taken would have made.
+    // Not inside the co_await expression: there, GCC 12 also destroys the result of the branch that was not
+    // run.
     const platform::SettingsWrite write =
         customKey ? LockitFieldMapping::set(*context.settings, target, *customKey, field)
                   : LockitFieldMapping::set(*context.settings, target, field);

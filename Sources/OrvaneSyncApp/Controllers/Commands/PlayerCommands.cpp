@@ -12,7 +12,7 @@ namespace {
 
 using enum Parameter::Kind;
 
-constexpr double longestSeconds = 604'800; ///< of a clip, a week
+constexpr double longestSeconds = 604'800; ///< of a clip: one week
 constexpr double mostFrames = 1'000'000;
 
 VideoEngine& engineOf(CommandContext& context) { return *context.review().engine(); }
@@ -22,7 +22,7 @@ void expectPlayers(CommandContext& context) {
         throw Error(Refusal::failed, "pictures and sound cannot be played; 'orvanesync doctor' says why");
 }
 
-/// A row that answers at once.
+/// A command that answers at once.
 Command row(std::string_view id, std::string_view title, std::string_view help,
             std::vector<Parameter> parameters, void (*operation)(VideoEngine&, const Call&)) {
     return Command(id, title, help, std::move(parameters),
@@ -33,7 +33,7 @@ Command row(std::string_view id, std::string_view title, std::string_view help,
         .alsoBy({"play"});
 }
 
-/// A row that answers when the picture that it led to is shown.
+/// A command that answers when the resulting picture is shown.
 Command shownRow(std::string_view id, std::string_view title, std::string_view help,
                  std::vector<Parameter> parameters, void (*operation)(VideoEngine&, const Call&)) {
     return Command::later(
@@ -53,7 +53,7 @@ platform::Task pressKey(CommandContext& context, Call call, std::shared_ptr<JSON
         throw Error(Refusal::invalidArguments, "key: there is no key '" + call.text("key") +
                                                    "'; one is a letter, 0 , . [ ] plus minus space return "
                                                    "escape arrowUp arrowDown arrowLeft arrowRight");
-    // Another program may have bound it.
+    // Another program may have changed the key's action.
     const platform::Task bound = players.shortcuts()->refreshed();
     co_await bound;
     const platform::Task loaded = players.multicam()->loaded();
@@ -63,7 +63,7 @@ platform::Task pressKey(CommandContext& context, Call call, std::shared_ptr<JSON
     try {
         co_await waveform;
     } catch (...) {
-        // A jump that needs it stays where it is.
+        // Without the waveform, a jump that needs it does not move.
     }
     const platform::Task showing = players.shown();
     co_await showing;

@@ -8,7 +8,7 @@ namespace orvane::commands {
 
 namespace {
 
-/// The number of the picture that is shown, from 0.
+/// The frame number of the shown picture, from 0.
 void setShownFrame(JSON& json, const VideoEngine& engine) {
     const platform::Player* player = engine.player();
     const auto picture = player == nullptr ? std::nullopt : player->picture();

@@ -28,7 +28,7 @@ std::string whyNoReport(const std::string& path) {
     if (isRegular && file->size > ALEParser::mostBytes) return "it is larger than 1 GB";
     if (std::string why = whyUnreadable(path, false); !why.empty() || !isRegular) return why;
     auto content = platform::RandomAccessFile::open(path);
-    // Its bytes would be read as text, and columns made of them.
+    // The bytes of a media file would be read as text and split into columns.
     return content && platform::beginsAsMedia(*content) ? "it is a media file" : "";
 }
 

@@ -30,7 +30,8 @@ ReviewPlayers::ReviewPlayers(std::shared_ptr<ImportController> controller,
       keyboard_(
           [this](std::string_view key, ModifierSet modifiers) { return shortcuts_->action(key, modifiers); },
           [this](KeyAction action) {
-              // The first repeat comes later than two nudges that belong together.
+              // The repeats of a held key belong to one undo step. This is requested here, because the first
+              // repeat comes after the time within which two nudges are joined.
               if (keyboard_.isRepeating() && category(action) == ShortcutCategory::audioOffset)
                   controller_->continueUndo(undoSteps::adjustAudioOffset);
               handleKeyAction(action);
@@ -66,7 +67,7 @@ const std::shared_ptr<platform::PlayerSystem>& ReviewPlayers::players() {
 platform::Task ReviewPlayers::loadGroup(const UUID& groupID) {
     multicam_->close();
     platform::Task loading = review_->loadGroup(groupID);
-    // Behind the load, which begins with the recording.
+    // After the load began, because a load starts with the clip's own recording.
     heard_.show(groupID, rendersPreviews_);
     return loading;
 }

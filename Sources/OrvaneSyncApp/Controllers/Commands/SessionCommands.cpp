@@ -14,7 +14,7 @@ const Parameter sessionId{"sessionId", id};
 
 Error sessionNotFound() { return {Refusal::failed, "Session not found"}; }
 
-/// A command for a session of the list.
+/// A command for a session in the list.
 template <class Operation>
 Command onSession(std::string_view id, std::string_view title, std::string_view help,
                   const std::vector<Parameter>& more, Operation operation) {
@@ -27,7 +27,7 @@ Command onSession(std::string_view id, std::string_view title, std::string_view 
             }};
 }
 
-/// Also opens what lies on the disk and is not in the list.
+/// Also opens a stored session that is not in the list.
 platform::Task loadSession(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
     const UUID session = call.id("sessionId");
     const platform::Task loading = context.sessions->load(session, context.controller);
@@ -35,7 +35,7 @@ platform::Task loadSession(CommandContext& context, Call call, std::shared_ptr<J
     if (context.sessions->currentSessionId() != session) throw sessionNotFound();
 }
 
-/// Also one whose record can't be read.
+/// Also deletes a session whose record can't be read.
 platform::Task deleteSession(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
     const UUID session = call.id("sessionId");
     const bool isListed = context.sessions->session(session) != nullptr;
@@ -44,21 +44,22 @@ platform::Task deleteSession(CommandContext& context, Call call, std::shared_ptr
     if (!isListed && !*wasThere) throw sessionNotFound();
 }
 
-/// Ends when the session is on the disk; an error of the writing is the answer.
+/// Ends when the session is stored. Throws Error if it could not be written.
 platform::Task saved(CommandContext& context, platform::Task saving) {
     const auto session = context.sessions->currentSessionId();
     co_await saving;
-    co_await context.sessions->flush(); // an edit's own save may have taken the place of this one
+    co_await context.sessions->flush(); // an edit's own save may have replaced this one
     if (!session) co_return;
     if (const auto problem = context.sessions->saveError(*session)) throw Error(Refusal::failed, *problem);
 }
 
-/// The change holds in the program, and what the disk refused is tried again every few seconds.
+/// For a change that is in force in the program but could not be written; writing is tried again every few
+/// seconds.
 Error refusedByDisk(const std::string& problem) {
     return {Refusal::failed, problem + "; it is tried again until it succeeds"};
 }
 
-/// Ends when what was decided of these sessions and of the list of folders is on the disk.
+/// Ends when the decisions about these sessions and the list of folders are stored.
 platform::Task decided(CommandContext& context, std::vector<UUID> changed) {
     co_await context.sessions->flush();
     for (const UUID& session : changed)
@@ -71,7 +72,7 @@ platform::Task createFolder(CommandContext& context, Call call, std::shared_ptr<
     co_await decided(context, {});
 }
 
-/// Another process may have put sessions into the folder.
+/// Reads the list first, because another process may have moved sessions into the folder.
 platform::Task renameFolder(CommandContext& context, Call call, std::shared_ptr<JSON> result) {
     co_await context.sessions->loadSessionList();
     std::vector<UUID> moved = context.sessions->list().idsIn(call.text("from"));
@@ -80,12 +81,12 @@ platform::Task renameFolder(CommandContext& context, Call call, std::shared_ptr<
 }
 
 platform::Task deleteEmptyFolder(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
-    co_await context.sessions->loadSessionList(); // as above
+    co_await context.sessions->loadSessionList(); // another process may have moved sessions into the folder
     context.sessions->places().deleteEmptyFolder(call.text("name"));
     co_await decided(context, {});
 }
 
-/// Which session is open, and what people should know of it.
+/// Which session is open, and its warnings.
 JSON sessionState(CommandContext& context, const Call&) {
     JSON json = JSON::object();
     if (const auto& session = context.sessions->currentSessionId())
@@ -117,7 +118,7 @@ std::string givenSessionName(const Call& call) {
     return call.text("name");
 }
 
-/// A decision about a session of the list; it answers when that is on the disk.
+/// A command that decides something about a session in the list; it answers when the decision is stored.
 template <class Operation>
 Command deciding(std::string_view id, std::string_view title, std::string_view help, Parameter more,
                  Operation operation) {
@@ -131,7 +132,8 @@ Command deciding(std::string_view id, std::string_view title, std::string_view h
         });
 }
 
-/// A decision about a folder, by one text that may be left out; it answers when that is on the disk.
+/// A command that decides something about a folder, with one optional text; it answers when the decision is
+/// stored.
 template <class Operation>
 Command ofFolder(std::string_view id, std::string_view title, std::string_view help, std::string_view what,
                  Operation operation) {

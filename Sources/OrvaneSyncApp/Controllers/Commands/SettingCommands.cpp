@@ -11,8 +11,8 @@ namespace {
 
 using enum Parameter::Kind;
 
-/// A setting of the user, or what the program notes beside these. Throws Error for any other key: what is
-/// stored under it is read by nobody.
+/// A setting of the user, or a value that the program stores beside them. Throws Error for any other key,
+/// because no part of the program would read its value.
 const SettingDescription& settingNamed(const Call& call) {
     const std::string& key = call.text("key");
     for (auto* find : {&SettingsCatalogue::find, &shortcutSettings::find, &screenSettings::find})
@@ -20,14 +20,14 @@ const SettingDescription& settingNamed(const Call& call) {
     throw Error(Refusal::invalidArguments, SettingsCatalogue::whyUnknown(key));
 }
 
-/// As its readers would find it: the stored value, else the default.
+/// The value that readers of the setting get: the stored value, otherwise the default.
 JSON setting(CommandContext& context, const Call& call) {
     const SettingDescription& known = settingNamed(call);
     if (auto value = context.settings->value(known.key)) return std::move(*value);
     return defaultInUse(known);
 }
 
-/// Answers when the value is on the disk, or with why it is not.
+/// Answers when the value is stored, or throws why it was not.
 platform::Task setSetting(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
     const SettingDescription& known = settingNamed(call);
     const JSON value = call.any("value");
@@ -37,8 +37,9 @@ platform::Task setSetting(CommandContext& context, Call call, std::shared_ptr<JS
     co_await platform::written(context.settings->set(known.key, value), *mainThread);
 }
 
-/// Presets are files, which the interface thread does not wait for. What reads them takes a stop token, and
-/// nobody who stops it waits for the disk; what changes them is carried to its end.
+/// Runs work on the files of presets on a queue, so that the interface thread does not wait for them. Work
+/// that only reads takes a stop token, so that it can be stopped without waiting for the disk. Work that
+/// changes files always runs to its end.
 template <class Work>
 auto onDocuments(const CommandContext& context, Work work) {
     const auto& open = context.controller->work();
@@ -65,7 +66,7 @@ platform::Task loadPreset(CommandContext& context, Call call, std::shared_ptr<JS
     auto reading = onDocuments(
         context, [name = call.text("name")](const std::stop_token&) { return PresetManager().saved(name); });
     const platform::SettingsStore::Values values = co_await reading;
-    // A watcher of the settings is called on the thread that changes them.
+    // An observer of the settings is called on the thread that changes them.
     co_await platform::written(settings->setAll(values), *mainThread);
 }
 

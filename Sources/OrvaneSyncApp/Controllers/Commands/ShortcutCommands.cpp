@@ -12,7 +12,7 @@ constexpr double mostKeyCode = 0xFFFF;
 
 JSON listing(const ShortcutCenter& center) { return bindingsListing(center.bindings()); }
 
-/// Runs an operation of the center when it is ready, and answers by the state after it.
+/// Runs an operation of the center once the center is ready, and answers with the state after it.
 template <JSON (*answer)(const ShortcutCenter&)>
 platform::Task run(std::shared_ptr<ShortcutCenter> center,
                    std::function<platform::Task(ShortcutCenter&)> operation, std::shared_ptr<JSON> result) {
@@ -21,7 +21,7 @@ platform::Task run(std::shared_ptr<ShortcutCenter> center,
     *result = answer(*center);
 }
 
-/// A row whose operation takes the call.
+/// A command whose operation takes the call.
 template <JSON (*answer)(const ShortcutCenter&)>
 Command row(std::string_view id, std::string_view title, std::string_view help,
             std::vector<Parameter> parameters,

@@ -18,7 +18,7 @@ JSON toJSON(const SlateProposal& proposal) {
     return json;
 }
 
-/// The result, with what is offered of it. Null where the clip was not searched.
+/// The result of the search, with the proposal made from it. Null if the clip was not searched.
 JSON resultJSON(const CommandContext& context, const UUID& groupID) {
     const SlateController& slates = context.controller->slates();
     const SlateResult* result = slates.result(groupID);
@@ -29,7 +29,7 @@ JSON resultJSON(const CommandContext& context, const UUID& groupID) {
     return json;
 }
 
-/// Says what is missing on this machine where pictures could not be read.
+/// If this machine cannot recognise text, adds to the answer what is missing.
 platform::Task addProblem(const CommandContext& context, std::shared_ptr<JSON> answer) {
     const OpenWork& work = context.controller->work();
     auto asking = platform::onQueue(*work.documents, work.environment.mainThread,

@@ -17,7 +17,7 @@ namespace {
 
 using enum Parameter::Kind;
 
-/// Of a movement on the screen.
+/// For a movement on the screen.
 constexpr double mostPoints = 1e9;
 
 JSON timelineJSON(CommandContext& context, const Call& call) {
@@ -111,7 +111,7 @@ bool lacksAnchor(const SyncGroup& group) {
     return hasUnlockedSound(group) && !group.audioAnchorOffsetInAudioSeconds;
 }
 
-/// What the screen shows of a clip.
+/// The commands that change what the timeline shows of a clip.
 std::vector<Command> viewCommands() {
     return {
         Command(

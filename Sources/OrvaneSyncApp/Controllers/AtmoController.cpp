@@ -14,7 +14,7 @@ namespace orvane {
 
 namespace {
 
-/// The same for the same folders, in every run.
+/// Depends only on the folders, so it is the same in every run.
 std::string folderOfWork(const std::vector<FileURL>& folders) {
     constexpr std::size_t digits = 16;
     platform::SHA256 hash;
@@ -22,7 +22,7 @@ std::string folderOfWork(const std::vector<FileURL>& folders) {
     return AppStorageHelper::atmoDirectory() + "/" + platform::hexadecimal(hash.digest()).substr(0, digits);
 }
 
-/// The scene in the name of a file.
+/// The scene as a part of a file name.
 std::string sceneNameOf(std::string scene) {
     std::ranges::replace_if(
         scene, [](char c) { return c == '/' || c == '\\'; }, '-');
@@ -132,7 +132,7 @@ platform::Task AtmoController::build(Weak weak, Order order, std::shared_ptr<Atm
     if (raised) std::rethrow_exception(raised);
 }
 
-/// In the place of the scene's earlier room tone.
+/// Replaces the scene's earlier room tone.
 void AtmoController::adopt(const AtmoResult& result) {
     MediaAsset audio(result.audioURL, AssetKind::audio);
     audio.durationSeconds = result.durationSeconds;

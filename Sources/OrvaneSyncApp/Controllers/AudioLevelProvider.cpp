@@ -54,7 +54,7 @@ void AudioLevelProvider::update() {
     }
     if (!isActive_) return;
     auto measured = player_->levels();
-    // A paused player measures nothing: as silence.
+    // A paused player returns no levels; this counts as silence.
     measured.resize(std::max(measured.size(), smoothed_.size()));
     smooth(smoothed_, measured, smoothing);
     levels_.channels = smoothed_;

@@ -38,7 +38,7 @@ CalibrationRow::Difference difference(double decibels) {
                                                                                : large};
 }
 
-/// What lies on the disk.
+/// What is stored about the calibration.
 struct CalibrationOnDisk {
     bool hasMatrix = false;
     std::optional<CalibrationResult> saved;

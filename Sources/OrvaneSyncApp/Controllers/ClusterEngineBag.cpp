@@ -13,7 +13,7 @@ using platform::MediaTime;
 
 namespace {
 
-/// Leaves the calls time to reach every player.
+/// The time until playback starts, so that the calls reach every player before.
 constexpr std::chrono::milliseconds lead{50};
 
 std::string labelOf(const SyncGroup& member) {
@@ -21,7 +21,7 @@ std::string labelOf(const SyncGroup& member) {
     return letter ? "Cam " + *letter : member.video.filename;
 }
 
-/// Clip time at which the member opens: on its clap, or else where another one claps.
+/// The clip time at which the member opens: its clap, otherwise the moment at which another member claps.
 std::optional<double> openingOf(const SyncGroup& member, const std::vector<SyncGroup>& members) {
     if (const auto own = member.resolvedClapPointSeconds()) return own;
     for (const SyncGroup& other : members)
@@ -30,7 +30,7 @@ std::optional<double> openingOf(const SyncGroup& member, const std::vector<SyncG
     return std::nullopt;
 }
 
-/// The load, and then the clip's timecode at its playhead.
+/// Waits for the load, then sets the clip's timecode.
 platform::Task withTimecode(platform::Task loading, std::shared_ptr<VideoEngine> engine,
                             std::optional<std::string> stated, std::optional<TimecodeFrameRate> rate) {
     co_await loading;

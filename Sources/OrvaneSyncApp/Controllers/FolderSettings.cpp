@@ -40,7 +40,7 @@ std::vector<std::string> FolderSettings::apply(const std::string& snapshot) cons
             if (settings_->value(key) != value) changed.push_back(key);
         presets_.applySnapshot(snapshot, *settings_);
     } catch (const std::runtime_error&) {
-        return {}; // the settings stay as they are; the session is open all the same
+        return {}; // the settings stay as they are, and the session opens anyway
     }
     return changed;
 }

@@ -29,7 +29,7 @@ constexpr const char* notSignedInToChoose =
     "project here.";
 constexpr const char* signInRequired = "Sign in to LockitNetwork is required.";
 
-/// Why the account is not signed in: `usual`, or that its sign-in is out of reach.
+/// Why the account is not signed in: `usual`, or that the key store with its sign-in is locked.
 std::string whyNotSignedIn(const LockitOAuthService& account, const char* usual) {
     return account.state().isKeyStoreLocked ? OAuthError(OAuthError::Kind::keyStoreLocked).what() : usual;
 }
@@ -54,16 +54,18 @@ std::string descriptionOf(const std::exception_ptr& raised) {
     }
 }
 
-/// For a token that the service rejects: it is of no use, whether or not it can be forgotten.
+/// Signs out after the service rejected the token. The token is of no use, so a failure to delete it is
+/// ignored.
 Task signedOut(std::shared_ptr<LockitOAuthService> account) {
     const Task leaving = account->signOut();
     try {
         co_await leaving;
-    } catch (const platform::CredentialError&) { // see above
+    } catch (const platform::CredentialError&) { // ignored, see above
     }
 }
 
-/// An answer of the service for a screen that asks for it; `what` it could not load.
+/// Gets an answer of the service for a screen. If that fails, throws LockitRefusal with a message that `what`
+/// could not be loaded.
 Task answered(std::shared_ptr<LockitOAuthService> account, std::string what,
               std::function<Task(const LockitNetworkClient&)> ask) {
     auto gettingReady = account->readiness();
@@ -99,23 +101,23 @@ struct LockitController::Sync {
 
     const LockitNetworkClient client;
     const std::string projectID;
-    const std::uint64_t mark; ///< where the steps stood
+    const std::uint64_t mark; ///< the undo mark when the sync began
     const SyncGroupList before;
-    /// Used by one piece of work at a time, off the interface thread.
+    /// Used by only one piece of work at a time, not on the interface thread.
     std::shared_ptr<LockitLayer> layer;
     std::shared_ptr<const LockitFilenames> names;
     std::size_t dayCount = 0;
-    std::vector<std::string> matchingDays; ///< labels
-    int clipsWithMetadata = 0;             ///< after the last day that is laid
-    std::size_t clipsWithout = 0;          ///< metadata then
-    std::size_t matchesBeingLaid = 0;      ///< of the day after that one, while it is laid
-    std::size_t sameNames = 0;             ///< clips that have the file name of an earlier one
+    std::vector<std::string> matchingDays; ///< labels of the days
+    int clipsWithMetadata = 0;             ///< after the last day that was applied
+    std::size_t clipsWithout = 0;          ///< clips without metadata, after the last day that was applied
+    std::size_t matchesBeingLaid = 0;      ///< of the day that is being applied
+    std::size_t sameNames = 0;             ///< clips with the same file name as an earlier clip
 
-    /// An answer of so many matches may be all that was wanted, so that no other day is asked.
+    /// Whether this many matches could give every clip metadata, so that no other day would be needed.
     bool mayBeLast(std::size_t matches) const {
         return matchesBeingLaid + matches + sameNames >= clipsWithout;
     }
-    /// Every clip has metadata, so that no other day is asked.
+    /// Every clip has metadata, so no other day is requested.
     bool isComplete = false;
 };
 
@@ -182,15 +184,15 @@ Task LockitController::sync(Weak weak, std::shared_ptr<LockitOAuthService> accou
         self->endFailed(raised);
     else
         self->endDone(*sync);
-    // What is large goes elsewhere.
+    // Large objects are destroyed on the queue.
     self->work_.documents->post([layer = std::move(sync->layer), names = std::move(sync->names)] {});
     if (isStopped) std::rethrow_exception(raised);
 }
 
 namespace {
 
-/// The question about a day: its token is read at once, it is sent when it is known to be needed. Nobody
-/// waits for the answer any more when it is thrown away.
+/// The request for one day. Its token is read at once; the request is sent when it is known to be needed. If
+/// this is destroyed, the answer is no longer waited for.
 class DayRequest {
   public:
     DayRequest(const std::shared_ptr<platform::MainThread>& mainThread, const LockitNetworkClient& client,
@@ -216,9 +218,9 @@ class DayRequest {
         sending_.end();
     }
     bool isSent() const { return isSent_; }
-    /// Ends when the answer has come, or when none will.
+    /// Ends when the answer has arrived, or when it is known that none will.
     const Task& received() const { return received_->task(); }
-    /// As many as the answer may hold; absent where none has come.
+    /// The largest number of matches that the answer can contain; absent if none has arrived.
     std::optional<std::size_t> mostMatches() const { return *mostMatches_; }
     const Task& matching() const { return matching_; }
     const std::shared_ptr<ClipMatchResponse>& response() const { return response_; }
@@ -271,8 +273,8 @@ Task LockitController::askDayByDay(Weak weak, std::shared_ptr<Sync> sync) {
     co_await matching;
 }
 
-/// A day is laid while the answer of the next one comes and is decoded. What was answered before a failure is
-/// laid before it ends the sync.
+/// A day is applied while the answer of the next one is received and decoded. What was answered before a
+/// failure is applied before the failure ends the sync.
 Task LockitController::matchDays(Weak weak, std::shared_ptr<Sync> sync,
                                  std::shared_ptr<const std::vector<LockitShootingDay>> days) {
     std::unique_ptr<DayRequest> next;
@@ -291,7 +293,8 @@ Task LockitController::matchDays(Weak weak, std::shared_ptr<Sync> sync,
         const std::unique_ptr<DayRequest> asked = next ? std::exchange(next, nullptr) : request(i);
         asked->send();
         if (i + 1 < days->size()) next = request(i + 1);
-        // Where another day is needed in any case, the service works on it meanwhile.
+        // If another day is needed in any case, it is requested at once, so that the service works on it in
+        // the meantime.
         const auto askNext = [&](std::size_t matches) {
             if (next && !sync->mayBeLast(matches)) next->send();
         };
@@ -314,8 +317,8 @@ Task LockitController::matchDays(Weak weak, std::shared_ptr<Sync> sync,
     co_await laying;
 }
 
-/// An edit that comes while the clips are looked up stays: the day, which the layer then knows, is laid over
-/// them as they then are.
+/// If the clips are edited while the matches are looked up, the edit is kept: the day, which the layer has
+/// stored by then, is applied to the edited clips.
 Task LockitController::applyDay(Weak weak, std::shared_ptr<Sync> sync,
                                 std::shared_ptr<ClipMatchResponse> response, std::string label) {
     sync->matchesBeingLaid = response->matches ? response->matches->size() : 0;
@@ -338,7 +341,7 @@ Task LockitController::applyDay(Weak weak, std::shared_ptr<Sync> sync,
         Laid laid = co_await laying;
         self = weak.lock();
         if (!self) co_return;
-        updated = std::max(updated, laid.counts.updated); // by the first time round
+        updated = std::max(updated, laid.counts.updated); // later rounds have no response to count
         if (!self->work_.syncGroups().changesSince(before).empty()) continue;
         const std::size_t count = before.size();
         const auto known = static_cast<std::size_t>(laid.counts.withMetadata);
@@ -353,12 +356,12 @@ Task LockitController::applyDay(Weak weak, std::shared_ptr<Sync> sync,
     }
 }
 
-/// The whole sync as one step on top of the edits that were made meanwhile: going back from it leaves these,
-/// and going back further meets nothing of the sync.
+/// Makes the whole sync one undo step on top of the edits that were made during it. Undoing that step leaves
+/// those edits, and the steps before it contain nothing of the sync.
 Task LockitController::makeStep(Weak weak, std::shared_ptr<Sync> sync) {
     for (;;) {
         auto self = weak.lock();
-        if (!self || self->work_.isUndoClearedSince(sync->mark)) co_return; // other work
+        if (!self || self->work_.isUndoClearedSince(sync->mark)) co_return; // other work was opened
         const SyncGroupList present = self->work_.syncGroups();
         std::vector<SyncGroupList> ofSteps = self->work_.clipsOfStepsSince(sync->mark);
         const std::uint64_t markNow = self->work_.undoMark();
@@ -372,7 +375,7 @@ Task LockitController::makeStep(Weak weak, std::shared_ptr<Sync> sync) {
             [layer = sync->layer, start = sync->before, present, ofSteps = std::move(ofSteps)]() mutable {
                 Step step;
                 step.present = present;
-                // Where nobody else has changed anything, the clips of the beginning are shared.
+                // If nothing else has changed the clips, those of the beginning are shared.
                 const bool isAlone = ofSteps.empty() && layer->isUnchangedSince(present);
                 layer->reapply(step.present);
                 step.before = isAlone ? std::move(start) : layer->without(step.present);
@@ -413,7 +416,7 @@ void LockitController::endFailed(const std::exception_ptr& raised) {
         if (error.kind() == LockitError::Kind::httpError)
             return end(SyncEnd::failed,
                        "LockitNetwork server error HTTP " + std::to_string(error.status()) + ".");
-    } catch (...) { // below
+    } catch (...) { // handled below
     }
     end(SyncEnd::failed, "Lockit sync failed: " + descriptionOf(raised));
 }

@@ -28,13 +28,13 @@ std::shared_ptr<platform::BrowserSession> ownBrowser(std::function<bool(const st
         {.callbackScheme = LockitOAuthService::callbackURLScheme, .open = std::move(open)});
 }
 
-/// The object of a coroutine after a wait; the coroutine ends where it is gone.
+/// The object of a coroutine, after a wait. If it was destroyed, the coroutine ends.
 std::shared_ptr<LockitOAuthService> found(const std::weak_ptr<LockitOAuthService>& weak) {
     if (auto self = weak.lock()) return self;
     throw platform::Stopped();
 }
 
-/// A credential of the client itself, as the token endpoint wants it.
+/// The client's own credential, in the form that the token endpoint expects.
 std::string basicAuthorization(const ServiceConfiguration& service) {
     return "Basic " + base64::encoded(*service.clientID + ":" + service.clientSecret.value_or(""));
 }
@@ -69,7 +69,7 @@ platform::Subscription LockitOAuthService::onChange(std::function<void()> callba
 
 Task LockitOAuthService::start(Weak weak) {
     auto self = found(weak);
-    // Reading a file and loading a library.
+    // On a queue, because it reads a file and loads a library.
     auto loading = platform::onQueue(*self->requesting_, self->mainThread_,
                                      [loads = self->needsConfiguration_, makes = self->http_ == nullptr] {
                                          return std::pair(loads ? std::optional(ServiceConfiguration::load())
@@ -104,7 +104,7 @@ bool LockitOAuthService::completeSignIn(const std::string& callbackURL) {
 
 void LockitOAuthService::cancelSignIn() { browser_->cancel(); }
 
-/// However the sign-in ends, it is over for the watchers.
+/// However the sign-in ends, the observers see that it has ended.
 Task LockitOAuthService::authenticate(Weak weak) {
     auto self = found(weak);
     self->state_.isAuthenticating = true;
@@ -119,7 +119,7 @@ Task LockitOAuthService::authenticate(Weak weak) {
     } catch (const std::exception& error) {
         raised = std::current_exception();
         why = error.what();
-    } catch (...) { // stopped
+    } catch (...) { // it was stopped
         raised = std::current_exception();
     }
     self = weak.lock();
@@ -141,7 +141,7 @@ Task LockitOAuthService::exchange(Weak weak) {
     const Task looking = requireReadableStore(weak);
     co_await looking;
     self = found(weak);
-    // The hash is that of a library, which may have to be loaded.
+    // On a queue, because the hash function is in a library that may have to be loaded.
     auto proving =
         platform::onQueue(*self->requesting_, self->mainThread_, [] { return oauth::PKCE::generate(); });
     self.reset();
@@ -181,7 +181,8 @@ Task LockitOAuthService::exchange(Weak weak) {
     self->accountEmailRefreshed_ = self->running_.add(askForAccountEmail(weak));
 }
 
-/// A second sign-in beside one that the store hides would count until it is unlocked, and the other after it.
+/// Refuses to sign in while the store is locked. Otherwise the new sign-in would be used only until the store
+/// is unlocked, and then the stored one.
 Task LockitOAuthService::requireReadableStore(Weak weak) {
     const auto kept = std::make_shared<StoredSignIn>();
     const Task reading = found(weak)->signIn_.read(kept, Asking::again);
@@ -276,12 +277,12 @@ Task LockitOAuthService::bearer(Weak weak, std::shared_ptr<Secret> token) {
             self->takeState(*kept);
             throw kept->missing();
         }
-        // A token that was just made is given whatever the store says of its end.
+        // A token that was just made is returned even if the store says that it has expired.
         if (isRefreshed || !kept->isExpired(self->now())) {
             *token = std::move(*kept->accessToken);
             co_return;
         }
-        // Another caller may have refreshed it while the store was read.
+        // Another caller may have refreshed the token while the store was read.
         if (self->refreshes_ != refreshesBefore) continue;
         if (!self->refreshing_ || self->refreshing_->isDone())
             self->refreshing_ = self->running_.add(refresh(weak));
@@ -291,8 +292,8 @@ Task LockitOAuthService::bearer(Weak weak, std::shared_ptr<Secret> token) {
     }
 }
 
-/// Goes on where the tasks that wait for it have given up: the service may have made the old refresh token
-/// useless by then.
+/// Continues even if all tasks that wait for it have given up, because the service may already have made the
+/// old refresh token useless.
 Task LockitOAuthService::refresh(Weak weak) {
     const auto kept = std::make_shared<StoredSignIn>();
     const Task reading = found(weak)->signIn_.read(kept, Asking::once);
@@ -308,7 +309,7 @@ Task LockitOAuthService::refresh(Weak weak) {
     try {
         co_await requesting;
     } catch (const OAuthError& error) {
-        constexpr int badRequest = 400, unauthorized = 401; // as the grant is not valid any more
+        constexpr int badRequest = 400, unauthorized = 401; // the statuses for a grant that is not valid
         self = weak.lock();
         if (self && (error.status() == badRequest || error.status() == unauthorized)) {
             self->state_.isRefreshRefused = true;
@@ -354,7 +355,7 @@ Task LockitOAuthService::askForAccountEmail(Weak weak) {
         const Task asking = self->makeClient().currentUser(user);
         self.reset();
         co_await asking;
-    } catch (...) { // there is no text then, and nobody misses it
+    } catch (...) { // the account is then shown without its address
         co_return;
     }
     self = found(weak);
@@ -377,7 +378,7 @@ LockitNetworkClient LockitOAuthService::makeClient() {
 
 // State.
 
-/// The account's text may be known and not kept.
+/// The account's address may be known here although it is not stored.
 void LockitOAuthService::takeState(const StoredSignIn& kept) {
     const bool isSignedIn = kept.accessToken.has_value(), isLocked = !isSignedIn && kept.isLocked;
     const bool isOther = isSignedIn != state_.isSignedIn || isLocked != state_.isKeyStoreLocked;

@@ -81,7 +81,7 @@ platform::Task ModelManager::download(const std::string& id) {
 }
 
 platform::Task ModelManager::fetch(Weak weak, std::string id) {
-    // The row as it is at the moment: the configuration may have changed since it was shown.
+    // Makes the row again, because the configuration may have changed since it was shown.
     const platform::Task looking = rebuild(weak);
     try {
         co_await looking;
@@ -95,7 +95,7 @@ platform::Task ModelManager::fetch(Weak weak, std::string id) {
     auto self = weak.lock();
     if (!self) co_return;
     const ModelInfo* const model = self->model(id);
-    if (model == nullptr || model->downloadURL.empty()) { // then its row says why
+    if (model == nullptr || model->downloadURL.empty()) { // the row then says why
         self->downloads_.erase(id);
         if (model == nullptr) throw ModelNotFound(id);
         co_return;
@@ -128,7 +128,7 @@ platform::Task ModelManager::fetch(Weak weak, std::string id) {
         self->shown_->drop();
         self->setStatus(id, status);
         self.reset();
-        if (status.kind == ModelStatus::Kind::ready) { // with the room that it takes
+        if (status.kind == ModelStatus::Kind::ready) { // shows the size on the disk as well
             const platform::Task again = rebuild(weak);
             co_await again;
         }
@@ -154,7 +154,7 @@ platform::Task ModelManager::remove(Weak weak, std::string id) {
         self.reset();
         try {
             co_await download;
-        } catch (const platform::Stopped&) { // as it was asked to
+        } catch (const platform::Stopped&) { // it was asked to stop
         }
     }
     self.reset();
@@ -163,7 +163,7 @@ platform::Task ModelManager::remove(Weak weak, std::string id) {
     self = weak.lock();
     if (!self) co_return;
     if (self->model(id) == nullptr) throw ModelNotFound(id);
-    // Behind a download that was cancelled, which may still hold its file.
+    // On the same queue as downloads, because a cancelled one may still use its file.
     auto removing = platform::onQueue(*self->network_, self->work_.environment.mainThread,
                                       [id] { ModelStorage::remove(id); });
     self.reset();

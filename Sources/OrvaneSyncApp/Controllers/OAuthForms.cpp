@@ -52,7 +52,7 @@ bool isLetterOrDigit(char c) {
 }
 
 std::string percentEncoded(std::string_view text) {
-    // Of what may stand in a query, all but the signs that a form gives a meaning.
+    // Besides letters and digits: what is allowed in a query, except signs with a meaning in a form.
     constexpr std::string_view alsoPlain = "-._~!$'()*,/:?@", digits = "0123456789ABCDEF";
     std::string encoded;
     for (const char c : text) {
@@ -95,7 +95,7 @@ void hide(std::string& text, std::string_view secret) {
         text.replace(at, secret.size(), hidden);
 }
 
-/// Behind one of these, up to the next delimiter, anything may be secret.
+/// After one of these names, everything up to the next delimiter may be secret.
 void hideNamedValues(std::string& text) {
     constexpr std::array<std::string_view, 5> names{"token", "secret", "code", "verifier", "password"};
     constexpr std::string_view between = "\"'=: \t\r\n";
@@ -117,7 +117,7 @@ void hideNamedValues(std::string& text) {
     }
 }
 
-/// No word of a language is as long, or mixes digits into so many letters.
+/// Hides long words, which may be tokens; words of ordinary text are shorter.
 void hideLongWords(std::string& text) {
     constexpr std::size_t longest = 19;
     const auto isOfToken = [](char c) { return isLetterOrDigit(c) || isOf("-._~+/=", c); };
@@ -132,7 +132,7 @@ void hideLongWords(std::string& text) {
     }
 }
 
-/// No header could carry a token that holds a line end.
+/// A token with a control character, such as a line end, cannot be sent in a header. Throws DecodingError.
 platform::Secret sendable(const char* name, std::string token) {
     constexpr char lastControl = 0x1F, deletion = 0x7F;
     const bool isText =
@@ -195,7 +195,7 @@ TokenResponse decodedTokens(std::string_view body) {
     if (response.accessToken.empty()) throw DecodingError("access_token: is empty");
     response.refreshToken =
         sendable("refresh_token", optional<std::string>(json, "refresh_token").value_or(""));
-    static_cast<void>(optional<std::string>(json, "token_type")); // of the right kind where it is there
+    static_cast<void>(optional<std::string>(json, "token_type")); // only checks its type
     response.expiresInSeconds = optional<std::int64_t>(json, "expires_in");
     return response;
 }

@@ -9,7 +9,7 @@ namespace orvane {
 
 namespace {
 
-/// The same folder, or one within it.
+/// Whether `inner` is the same folder as `outer`, or inside it.
 bool isFolderWithin(const FileURL& inner, const FileURL& outer) {
     return inner == outer ||
            inner.path.starts_with(outer.path.ends_with('/') ? outer.path : outer.path + "/");
@@ -24,7 +24,7 @@ std::vector<FileURL> allFolders(const SessionFolders& media) {
     return all;
 }
 
-/// The files that were kept while it was saved before its opening are still to be told.
+/// If files of this session were kept during a save before it was opened, this is still to be reported.
 void OpenSession::become(std::optional<UUID> session) {
     OpenSession other;
     other.id = session;
@@ -59,8 +59,8 @@ std::optional<std::string> OpenSession::problem(const std::optional<std::string>
     return parts.empty() ? std::nullopt : std::optional(platform::text::joined(parts, "; "));
 }
 
-/// Folders are changed by choosing others: work without them does not take away those that the session has. A
-/// bookmark, of another platform, goes with the path it was made of.
+/// Folders change only if the user chooses others: if the work has no folders, those of the session stay. A
+/// bookmark, written on another platform, is removed together with the path that it was made from.
 SessionWork OpenSession::workOf(const ImportController& controller) const {
     const OpenWork& open = controller.work();
     SessionWork work{
@@ -100,7 +100,7 @@ SessionInfoChange OpenSession::changeBySave(const SessionWork& work, std::option
                                             Date now) const {
     SessionInfoChange change{.modified = now};
     if (name && platform::text::trimmed(*name).empty()) name.reset();
-    // While nobody knows the folders of a session that has some, it keeps the name it has from them.
+    // If the session's folders could not be read, it keeps the name that was made from them.
     if (!name && (!areFoldersUnreadable || !work.folders.isEmpty()))
         change.derivedName = defaultName(work.folders.folders, now);
     if (name) change.nameAutoDerived = false;

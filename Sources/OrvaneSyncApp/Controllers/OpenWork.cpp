@@ -21,7 +21,7 @@ struct OpenWork::Step {
     std::shared_ptr<const ScanOutcome> scan;
     MatchedBy matchedBy;
     std::shared_ptr<const ProjectEntries> projectEntries;
-    std::optional<Setting> setting = {}; ///< of a step that changed one
+    std::optional<Setting> setting = {}; ///< if the step changed a setting
 };
 
 struct OpenWork::Steps : UndoStack<Step> {};
@@ -58,7 +58,7 @@ void OpenWork::setSourceCorrections(SourceCorrections corrections) {
     notify(ImportField::sourceCorrections);
 }
 
-/// The days are the work's own from here on: other ones have to be chosen.
+/// Also sets the work's own days; after that, only a choice of the user changes them.
 void OpenWork::setMatchedBy(MatchedBy matchedBy) {
     matchedBy_ = std::move(matchedBy);
     SourceCorrections corrections = sourceCorrections_;
@@ -95,7 +95,8 @@ void OpenWork::editWhere(const std::function<bool(const SyncGroup&)>& test,
     for (std::size_t row = 0; row < syncGroups_.size(); ++row)
         if (test(syncGroups_[row])) rows.push_back(row);
     if (rows.empty()) return;
-    // Each change by itself copies the pointers of the clips around it: of many clips, all are copied once.
+    // A single change copies the pointers of the clips around it; for many clips it is cheaper to copy all
+    // once.
     constexpr std::size_t most = 64;
     if (rows.size() <= most) {
         syncGroups_.updateWhere(test, change);
@@ -147,11 +148,11 @@ void OpenWork::openOtherWork(SyncGroupList groups, std::vector<WildTrack> wildTr
         if (!corrections.days) corrections.days = environment.settings->get(settings::matchingDays);
         try {
             matchedBy_ = MatchedBy::of(corrections, rateOfMostClips(groups));
-        } catch (const CorrectionError&) { // nothing can have been matched by them
+        } catch (const CorrectionError&) { // then the clips cannot have been matched with them
             matchedBy_ = MatchedBy::of({.days = corrections.days}, TimecodeFrameRate::fps24);
         }
         clearUndo();
-        isEdited_ = !groups.empty(); // by whom is not known
+        isEdited_ = !groups.empty(); // the editor may have edited the clips before
         isEmptiedByEdit_ = false;
         scan_.reset();
         setClips(std::move(groups), std::make_shared<const std::vector<WildTrack>>(std::move(wildTracks)));
@@ -183,7 +184,8 @@ OpenWork::Step OpenWork::present() const {
     return {syncGroups_, wildTracks_, scan_, matchedBy_, projectEntries_};
 }
 
-/// Clips that were edited without a difference are other elements that say the same.
+/// Clips that were edited without a difference are other objects with the same contents, so contents are
+/// compared.
 bool OpenWork::differsFrom(const Step& before) const {
     const auto isSameTrack = [](const WildTrack& a, const WildTrack& b) {
         return a.id == b.id && a.customName == b.customName && a.isApproved == b.isApproved;
@@ -266,8 +268,8 @@ void OpenWork::applyStep(bool isUndo) {
             setting->value ? environment.settings->set(setting->key, *setting->value)
                            : environment.settings->remove(setting->key);
         const bool wasEmpty = syncGroups_.empty();
-        // A list without clips is the editor's where the step forward took them out; before the first step it
-        // is that of work that was not there yet.
+        // An empty list counts as the editor's only if the redone step removed the clips. The empty list
+        // before the first step is that of work that did not exist yet.
         if (wasEmpty) isEmptinessRedone_ = isEmptiedByEdit_;
         const SyncGroupList clipsBefore = std::exchange(syncGroups_, target.groups);
         isEmptiedByEdit_ = syncGroups_.empty() && !isUndo && isEmptinessRedone_;
@@ -283,9 +285,10 @@ void OpenWork::applyStep(bool isUndo) {
     });
 }
 
-/// The wild tracks as they go with the clips that now stand: what a clip uses is none, and what a clip has
-/// given up is one again if it was one at that time. Names and approvals are no part of a step, so those of
-/// tracks that are there stay. Only the clips of another scan bring all of theirs.
+/// The wild tracks for the clips that are shown after the step. A recording that a clip uses is not a wild
+/// track. A recording that a clip has released is one again if it was one at the time of the step. Names and
+/// approvals do not belong to steps, so those of existing tracks are kept. Only with the clips of another
+/// scan, all of its wild tracks are restored.
 OpenWork::WildTracks OpenWork::wildTracksOf(const Step& target, const SyncGroupList& clipsBefore) const {
     const bool isOfOtherScan = target.scan != scan_;
     std::unordered_set<UUID> ours, theirs, wanted;

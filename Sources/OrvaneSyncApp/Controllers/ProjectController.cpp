@@ -19,7 +19,7 @@ bool isThere(const std::optional<FileURL>& folder) {
     return !folder || platform::files::exists(folder->path);
 }
 
-/// Entries that wait for their clips stand in the file behind those of the clips that are there.
+/// Adds the entries that wait for their clips to the project, after those of the clips that exist.
 void keepUnapplied(const OrvaneSyncProject& unapplied, OrvaneSyncProject& project) {
     std::unordered_set<FileURL> present;
     for (const PersistedGroup& entry : project.groups) present.insert(entry.videoPath);
@@ -41,8 +41,8 @@ void takeTracks(const PersistedGroup& entry, SyncGroup& other) {
     other.manualBlockOverrides = entry.decisions.manualBlockOverrides;
 }
 
-/// Clips of which the editor has chosen no tracks since get back what could not be laid over them. `project`
-/// has an entry for each clip, in their order.
+/// Stores the track decisions that could not be applied, for clips for which the editor has not chosen tracks
+/// since. `project` has an entry for each clip, in their order.
 void keepUnappliedGroups(const std::vector<PersistedGroup>& leftOut, const SyncGroupList& groups,
                          OrvaneSyncProject& project) {
     const EntriesByVideo entries = byVideo(leftOut);
@@ -53,12 +53,12 @@ void keepUnappliedGroups(const std::vector<PersistedGroup>& leftOut, const SyncG
                                   !group.manualBlockOverrides.empty();
         if (entry == entries.end() || isChosenAnew) continue;
         PersistedGroup& own = project.groups[i];
-        own.audioPaths = entry->second->audioPaths; // the numbers count their channels
+        own.audioPaths = entry->second->audioPaths; // the track numbers count the channels of these
         takeTracks(*entry->second, own.decisions);
     }
 }
 
-/// Lays the project over the clips, and of the entries that were left out their tracks. Returns the videos of
+/// Applies the project to the clips, and the tracks of the entries that were left out. Returns the videos of
 /// the clips that lost their choice of tracks.
 std::vector<FileURL> lay(const ProjectService& service, const OrvaneSyncProject* project,
                          const std::vector<PersistedGroup>& leftOut, SyncGroupList& groups,
@@ -82,7 +82,7 @@ std::vector<FileURL> lay(const ProjectService& service, const OrvaneSyncProject*
 
 } // namespace
 
-/// A project as it was read, and whether a scan of its folders can begin.
+/// A project that was read, and whether a scan of its folders can begin.
 struct ProjectController::Opened {
     std::shared_ptr<const OrvaneSyncProject> project;
     bool hasFolders = false;
@@ -110,7 +110,7 @@ platform::Task ProjectController::save(std::weak_ptr<ProjectController> weak, Fi
     auto self = weak.lock();
     const std::uint64_t clearings = self->clearings_;
     const OpenWork& work = self->work_;
-    // Carried out whatever happens: closing the work stops what runs, and must not lose what was to be saved.
+    // Not stopped by anything: closing the work stops what runs, but must not lose what was to be saved.
     auto writing = platform::onQueue(
         *work.documents, work.environment.mainThread,
         [url, permission = std::move(permission), inputs = inputsOfScan(work, self->reports_, self->scan_),
@@ -146,7 +146,7 @@ platform::Task ProjectController::open(std::weak_ptr<ProjectController> weak, Fi
     auto reading = platform::onQueue(*self->work_.documents, self->work_.environment.mainThread,
                                      [url](const std::stop_token& /*stop*/) { return read(url); });
     self.reset();
-    Opened opened = co_await reading; // on failure nothing has changed
+    Opened opened = co_await reading; // after a failure nothing has changed
     self = weak.lock();
     if (!self) co_return;
     if (self->whenOpening) self->whenOpening(url);
@@ -213,7 +213,7 @@ void ProjectController::clear() {
     work_.setProjectEntries(nullptr);
 }
 
-/// Where a project waits for its clips, its edits go over those that a scan has made.
+/// If a project waits for its clips, its edits are applied to the clips that a scan makes.
 ScanController::EditOfClips ProjectController::edits() {
     tracksLeftOutByScan_ = std::make_shared<std::vector<FileURL>>();
     auto held = entries();
@@ -224,7 +224,7 @@ ScanController::EditOfClips ProjectController::edits() {
     };
 }
 
-/// What was left out of clips that are there; of others it stays as it was.
+/// Replaces the entries left out for clips that exist; those for other clips stay.
 void ProjectController::adoptLeftOut(std::vector<FileURL> videos) {
     std::unordered_set<FileURL> present;
     for (const SyncGroup& group : work_.syncGroups()) present.insert(group.video.url);
@@ -244,7 +244,7 @@ void ProjectController::adoptLeftOut(std::vector<FileURL> videos) {
     work_.setProjectEntries(std::move(adopted));
 }
 
-/// Entries whose clips are still not there wait on.
+/// Entries whose clips still do not exist continue to wait.
 void ProjectController::takeOverFromScan() {
     adoptLeftOut(std::move(*tracksLeftOutByScan_));
     auto held = std::make_shared<ProjectEntries>(*entries());
@@ -265,7 +265,7 @@ void ProjectController::takeOverFromScan() {
     work_.setProjectEntries(std::move(held));
 }
 
-/// A scan that finds no file at all leaves the clips of earlier work. They get the project's edits, which
+/// A scan that finds no files keeps the clips of earlier work. The project's edits are applied to them, and
 /// still wait for their media.
 void ProjectController::layEditsOverClipsThatStayed() {
     const auto& found = scan_.discoveryResult();

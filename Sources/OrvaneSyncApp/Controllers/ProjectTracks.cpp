@@ -22,7 +22,7 @@ bool hasTrackDecisions(const SyncGroup& group) {
            !group.manualBlockOverrides.empty();
 }
 
-/// By their names: a card may have moved.
+/// Compares by name, because a card may be mounted at another path.
 bool hasRecordings(const SyncGroup& group, const std::vector<FileURL>& recordings) {
     std::multiset<std::string> own, others;
     for (const AudioMatch& match : group.audioMatches) own.insert(match.audio->normalizedName());
@@ -31,35 +31,35 @@ bool hasRecordings(const SyncGroup& group, const std::vector<FileURL>& recording
     return own == others;
 }
 
-/// Whether the clip begins with another of the project's recordings than the project: the editor had chosen
-/// that one, or it was attached.
+/// Whether the clip's first recording is not the project's first one, although all of the project's
+/// recordings are known: the editor had chosen or attached the project's first one.
 bool startsWithAnother(const SyncGroup& group, const std::vector<FileURL>& recordings,
                        const AudioByURL& known) {
     return group.audioMatches.front().audio->url != recordings.front() &&
            std::ranges::all_of(recordings, [&](const FileURL& one) { return known.contains(one); });
 }
 
-/// Whether a file that is not here had its channels behind those of this file of the take, or none of its
-/// own, whatever it may state: channels are counted in the order of the paths, and other recorders' come
-/// last.
+/// Whether the channels of a missing file counted after those of this file of the take, or did not count,
+/// whatever metadata the missing file has. Channels are counted in the order of the paths; those of other
+/// recorders come last.
 bool countsBehind(const FileURL& missing, const MediaAsset& file) {
     using platform::text::localizedStandardSortKey;
     if (localizedStandardSortKey(file.url.pathText()) < localizedStandardSortKey(missing.pathText()))
         return true;
     const MediaAsset other(missing, AssetKind::audio);
     if (other.normalizedName() == file.normalizedName())
-        return true; // a copy, or a recorder with the same numbers
+        return true; // a copy, or a recorder that uses the same numbers
     const auto isStated = [](const std::optional<std::string>& text) {
         return text && !platform::text::trimmed(*text).empty();
     };
     const auto& ixml = file.ixmlData;
-    // Files that state one scene and take are of one take whatever they are called.
+    // Files with the same scene and take in their metadata belong to one take, whatever their names are.
     if (ixml && isStated(ixml->scene) && isStated(ixml->take)) return false;
     return !ChannelName(other).differsOnlyInChannel(ChannelName(file));
 }
 
-/// Whether all that was decided is about channels of the take, which have their numbers without the
-/// recordings that are not here.
+/// Whether all decisions are about channels of the take whose numbers are the same without the missing
+/// recordings.
 bool holdsWithout(const std::vector<FileURL>& missing, const SyncGroup& group, const SyncGroup& before) {
     const Take take = takeOf(before, assumedChannels);
     const auto isOfTake = [&](int number) { return number <= take.channelCount; };

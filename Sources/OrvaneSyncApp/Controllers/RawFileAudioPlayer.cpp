@@ -46,7 +46,8 @@ void RawFileAudioPlayer::load(const MediaAsset& asset) {
     currentAssetID_ = asset.id;
     platform::PlayerItem item;
     item.openSound = [path = asset.url.path] { return platform::AudioFile::open(path); };
-    // The player stands until the file is open; what was asked for by then counts.
+    // Playing begins when the file is open; until then, `isPlaying_` is only the wish, which the user can
+    // still change.
     isPlaying_ = true;
     player_->load(std::move(item),
                   [weak = weak_from_this(), id = asset.id](const platform::PlayerFacts& facts) {

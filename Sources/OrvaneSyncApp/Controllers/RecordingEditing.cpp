@@ -20,7 +20,7 @@ namespace orvane {
 
 namespace {
 
-/// The files of one take are no choice to be made, however many are left.
+/// If only files of one take are left, there is nothing to choose, however many they are.
 MatchStatus statusAfterRemoval(const SyncGroup& group) {
     if (group.isMOS()) return MatchStatus::unmatched();
     const Take take = takeOf(group, assumedChannels);
@@ -147,7 +147,8 @@ RecordingEditing::RecordingEditing(OpenWork& work, ScanController& scan, SmartAu
     : work_(work), scan_(scan), smartAudio_(smartAudio),
       matching_(platform::SerialQueue::create("matching")) {}
 
-/// What a clip uses is no wild track; of what clips have given up, that which no clip uses any more is one.
+/// A recording that a clip uses is not a wild track. A recording that clips have released is one if no clip
+/// uses it any more.
 void RecordingEditing::settleWildTracks(const std::vector<AudioMatch>& released) {
     auto tracks = settledWildTracks(work_.wildTracks(), released,
                                     [&](const UUID& audioID) { return !work_.clipsUsing(audioID).empty(); });
@@ -157,7 +158,7 @@ void RecordingEditing::settleWildTracks(const std::vector<AudioMatch>& released)
 platform::Task RecordingEditing::resyncClip(UUID groupID) {
     work_.notices.assertOnMainThread();
     if (work_.syncGroups().find(groupID) == nullptr) return platform::Task::ended();
-    const bool isFirst = resyncAsked_.empty() || resyncing_->isDone(); // it may have been stopped
+    const bool isFirst = resyncAsked_.empty() || resyncing_->isDone(); // that one may have been stopped
     if (isFirst) resyncAsked_.clear();
     resyncAsked_.push_back(groupID);
     if (isFirst) resyncing_ = work_.running.add(resyncAsked(work_.weak(this)));
@@ -167,7 +168,7 @@ platform::Task RecordingEditing::resyncClip(UUID groupID) {
 platform::Task RecordingEditing::resyncAsked(std::weak_ptr<RecordingEditing> weak) {
     auto self = weak.lock();
     if (!self) co_return;
-    // For those that are asked for with it.
+    // Waits a turn of the queue, so that clips requested at the same time are matched together.
     auto others = platform::onQueue(*self->matching_, self->work_.environment.mainThread, [] {});
     self.reset();
     co_await others;
@@ -185,7 +186,7 @@ platform::Task RecordingEditing::resyncAsked(std::weak_ptr<RecordingEditing> wea
     if (self) self->work_.withUndo(undoSteps::resyncClip, [&] { self->resync(matched); });
 }
 
-/// Clips that are no more stay away.
+/// Clips that do not exist any more are ignored.
 void RecordingEditing::resync(const std::vector<SyncGroup>& matched) {
     std::vector<AudioMatch> released;
     for (const SyncGroup& fresh : matched) {
@@ -217,7 +218,7 @@ platform::Task RecordingEditing::resyncAll(std::weak_ptr<RecordingEditing> weak)
         auto made = co_await matching;
         self = weak.lock();
         if (!self || !made || self->scan_.scanResult() != before.scanned) co_return;
-        if (!made->follow(before, self->workFiles())) continue; // of the clips as they are by now
+        if (!made->follow(before, self->workFiles())) continue; // to match the clips as they are now
         self->work_.notices.together([&] {
             self->work_.withUndo(undoSteps::resyncAllClips, [&] {
                 self->work_.setClips(std::move(made->groups), std::move(made->wildTracks));
@@ -253,7 +254,7 @@ std::vector<MediaAsset> RecordingEditing::rawFilesAvailableToAttach(UUID excludi
     const auto ofOtherDays = recordingsOfOtherDays(excludingGroupID);
     struct File {
         bool isOfOtherDay;
-        std::string key; ///< of its name, for the order
+        std::string key; ///< of its name, for sorting
         const MediaAsset* audio;
     };
     std::vector<File> files;

@@ -56,7 +56,7 @@ RenderProgress RenderedAudioController::report(std::string phase) {
     };
 }
 
-/// On the queue; a failure gives nothing, but for ReadFailed, which passes.
+/// Renders on the queue. If it fails, the result is empty; only ReadFailed is passed on.
 platform::Task RenderedAudioController::render(Weak weak, platform::SerialQueue* queue, std::string phase,
                                                Rendering rendering, Rendered result) {
     auto self = weak.lock();
@@ -71,7 +71,7 @@ platform::Task RenderedAudioController::render(Weak weak, platform::SerialQueue*
                               } catch (const ReadFailed&) {
                                   throw;
                               } catch (const std::exception&) {
-                                  return std::nullopt; // as of a recording that cannot be opened
+                                  return std::nullopt; // such as a recording that cannot be opened
                               }
                           });
     self.reset();
@@ -88,20 +88,20 @@ platform::Task RenderedAudioController::render(Weak weak, platform::SerialQueue*
     if (raised) std::rethrow_exception(raised);
 }
 
-/// What is rendered of a clip, one file of it at a time.
+/// One kind of file rendered for a clip; one file of a kind is rendered at a time.
 template <class Input>
 struct RenderedAudioController::Kind {
     const std::unique_ptr<platform::SerialQueue> RenderedAudioController::*queue;
-    std::string_view phase; ///< what progress says in front of the clip's name
-    /// What is to be rendered now; nothing where there is nothing.
+    std::string_view phase; ///< shown before the clip's name in the progress
+    /// What should be rendered at the moment; absent: nothing.
     std::optional<Input> (RenderedAudioController::*inputOf)(const SyncGroup&) const;
     std::optional<RenderResult> (*make)(const Store&, const Input&, const RenderProgress&,
-                                        const std::stop_token&); ///< on the queue
+                                        const std::stop_token&); ///< called on the queue
     std::unordered_map<UUID, FileURL> SmartAudioState::*urls;
     void (RenderedAudioController::*isMade)(const UUID&, Input) = nullptr;
 };
 
-/// The input can change while it is rendered; then the later one is rendered instead, until both agree.
+/// If the input changes during the rendering, the new input is rendered instead, until it stays the same.
 template <class Input>
 platform::Task RenderedAudioController::renderLatest(Weak weak, UUID groupID, Kind<Input> kind, Input input,
                                                      Rendered result) {
@@ -127,7 +127,7 @@ platform::Task RenderedAudioController::renderLatest(Weak weak, UUID groupID, Ki
         self = weak.lock();
         group = self ? self->work_.syncGroups().find(groupID) : nullptr;
         auto latest = group == nullptr ? std::nullopt : ((*self).*kind.inputOf)(*group);
-        if (!latest) co_return; // the clip, or what is to be rendered of it, is gone
+        if (!latest) co_return; // the clip does not exist any more, or nothing of it is to be rendered
         if (*latest != input) {
             input = std::move(*latest);
             continue;
@@ -216,7 +216,7 @@ platform::Task RenderedAudioController::renderSolo(Weak weak, UUID groupID, int 
     self = weak.lock();
     group = self ? self->work_.syncGroups().find(groupID) : nullptr;
     const auto* wanted = self ? findIn(self->soloWanted_, groupID) : nullptr;
-    if (wanted == nullptr || *wanted != trackIndex) co_return; // another press came after this one
+    if (wanted == nullptr || *wanted != trackIndex) co_return; // the button was pressed again after this
     self->soloWanted_.erase(groupID);
     if (raised) std::rethrow_exception(raised);
     if (group == nullptr || !*rendered || soundOf(*group) != sound) co_return;

@@ -12,7 +12,7 @@ namespace orvane {
 
 namespace {
 
-/// Fewer of all clips than this, and the report may be matched by the wrong column.
+/// If fewer than this fraction of all clips match, the report may be matched by the wrong column.
 constexpr double fewClips = 0.25;
 
 std::function<bool(SyncGroupList&)> inOneGroup(UUID groupID, bool (*clear)(SyncGroup&)) {
@@ -23,7 +23,7 @@ std::function<bool(SyncGroupList&)> inOneGroup(UUID groupID, bool (*clear)(SyncG
     };
 }
 
-/// A report, or why there is none.
+/// A report, or why it could not be read.
 struct Reading {
     std::shared_ptr<const ALEFile> report;
     std::optional<std::string> problem;
@@ -37,7 +37,7 @@ Reading read(const FileURL& url, const std::stop_token& stop) {
         return {std::make_shared<const ALEFile>(ALEParser().parse(url, stop)), std::nullopt};
     } catch (const ALEParserError& error) {
         return failed(error);
-    } catch (const std::exception&) { // a huge file may ask for more memory than there is
+    } catch (const std::exception&) { // a huge file may need more memory than available
         return failed(ALEParserError::unreadable());
     }
 }
@@ -52,7 +52,7 @@ platform::Task ReportController::loadALEOfProject(FileURL url) {
 
 platform::Task ReportController::start(FileURL url, UnreadURL unread) {
     work_.notices.assertOnMainThread();
-    if (loading_) loading_->requestStop(); // its file is no longer asked for
+    if (loading_) loading_->requestStop(); // an earlier load is not needed any more
     loading_ = work_.running.add(load(work_.weak(this), std::move(url), unread));
     return *loading_;
 }
@@ -103,7 +103,7 @@ ReportController::Merging ReportController::merging() const {
 
 void ReportController::merged(const Merging& merging, std::optional<Laid> laid) {
     if (merging.report != aleFile_) {
-        work_.running.add(merge(work_.weak(this))); // another one was loaded meanwhile
+        work_.running.add(merge(work_.weak(this))); // another report was loaded in the meantime
     } else if (laid) {
         aleMatchStatus_ = std::move(laid->status);
         rowsWithoutClip_ = std::move(laid->rowsWithoutClip);
@@ -111,7 +111,8 @@ void ReportController::merged(const Merging& merging, std::optional<Laid> laid) 
     }
 }
 
-/// An edit that comes while the rows are looked up stays: the report is laid over the clips as they then are.
+/// If the clips are edited while the rows are looked up, the edit is kept: the report is applied to the
+/// edited clips.
 platform::Task ReportController::merge(std::weak_ptr<ReportController> weak) {
     for (;;) {
         auto self = weak.lock();
@@ -154,7 +155,7 @@ std::string ReportController::aleMatchStatusMessage(const MetadataMerger::MergeR
     return message;
 }
 
-/// The list is cheap to copy, so that the step is opened only where there is something to take back.
+/// Clears a copy of the list, which is cheap, so that an undo step is made only if something was cleared.
 void ReportController::clearMetadata(const UndoStep& step, const std::function<bool(SyncGroupList&)>& clear) {
     work_.notices.assertOnMainThread();
     SyncGroupList cleared = work_.syncGroups();

@@ -15,8 +15,9 @@ namespace orvane {
 
 namespace {
 
-/// Matching makes one piece of memory of all recordings that it is given, which lives as long as a match with
-/// one of them: fine for the matches of all clips, and a copy of the whole card for those of a single one.
+/// Matches that own their recordings. Matching puts all recordings that it gets into one piece of memory,
+/// which is kept as long as a match with any of them. For the matches of all clips this is right; for those
+/// of a single clip it would keep a copy of the whole card.
 std::vector<AudioMatch> withAssetsOfTheirOwn(const std::vector<AudioMatch>& matches) {
     std::vector<AudioMatch> result;
     result.reserve(matches.size());
@@ -26,7 +27,7 @@ std::vector<AudioMatch> withAssetsOfTheirOwn(const std::vector<AudioMatch>& matc
     return result;
 }
 
-/// Of the scan without a copy.
+/// The recordings to match with; those of the scan are not copied.
 class Pool {
   public:
     explicit Pool(const WorkFiles& files) : all_(files.scannedAudio()) {
@@ -53,15 +54,15 @@ ByPath byPath(const SyncGroupList& matched) {
     return found;
 }
 
-/// As it was where matching has made no difference.
+/// The clip with the result of the match; the same object if nothing has changed.
 SyncGroupList::Element laid(const SyncGroupList::Element& before, const ByPath& matched) {
     auto own = std::make_shared<SyncGroup>(*before);
     layMatches(*own, *matched.at(before->video.url.path));
     return haveSameContents(*before, *own) ? before : std::move(own);
 }
 
-/// Of a clip that was settled by hand the chosen recording stays the chosen one while it is there, whichever
-/// matching puts first.
+/// If the editor settled the clip, the chosen recording stays the chosen one as long as it matches, whichever
+/// one matching puts first.
 void keepChoice(SyncGroup& group, const SyncGroup& before) {
     if (before.isMOS() || before.matchStatus != MatchStatus::manual()) return;
     const auto chosen = recordingWith(group, before.audioMatches.front().audio->url);
@@ -105,7 +106,7 @@ std::vector<SyncGroup> rematched(const WorkFiles& files, const std::vector<UUID>
     ByVideo found = byVideo(alone);
     SyncGroupList all;
     if (asksAllClips && std::ranges::any_of(found, [](const auto& one) { return one.second->isMOS(); })) {
-        // Whether a card's clock is wrong shows in what the other clips meet.
+        // Whether the clock of a card is wrong can only be found from the matches of the other clips.
         rules.days = MatchingDays::automatic;
         all = engine.match(files.videos(), pool.all(), rules, stop);
         const ByVideo amongAll = byVideo(all);
@@ -149,7 +150,7 @@ std::optional<Resynced> resynced(const WorkFiles& files, const SourceCorrections
 }
 
 bool Resynced::follow(const WorkFiles& before, const WorkFiles& now) {
-    constexpr std::size_t few = 64; // which the thread of the caller has the time for
+    constexpr std::size_t few = 64; // as many as the caller's thread has time for
     if (now.wildTracks != before.wildTracks) return false;
     const SyncGroupChanges changes = now.groups.changesSince(before.groups);
     if (!changes.came.empty() || !changes.went.empty() || !changes.moved.empty() ||

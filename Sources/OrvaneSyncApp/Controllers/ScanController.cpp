@@ -14,7 +14,7 @@ namespace orvane {
 
 namespace {
 
-/// What the matching of a scan gives.
+/// The result of the matching in a scan.
 struct Matches {
     SyncGroupList groups;
     std::vector<WildTrack> wild;
@@ -90,7 +90,7 @@ platform::Task ScanController::startScan(ScanOf of) {
     return *runningScan_;
 }
 
-/// Null when the controller is gone, or a reset or another scan has taken this scan's place.
+/// Null if the controller was destroyed, or if a reset or another scan has replaced this scan.
 std::shared_ptr<ScanController> ScanController::stillScanning(const std::weak_ptr<ScanController>& weak,
                                                               std::uint64_t scanNumber) {
     auto self = weak.lock();
@@ -141,7 +141,7 @@ platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std
 
     std::vector<std::string> folders;
     for (const FileURL& folder : self->work_.folders()) folders.push_back(folder.path);
-    // Every wait lets go of the controller, so that an abandoned one is not kept alive by its scan.
+    // The controller is released during each wait, so that its scan does not keep it alive.
     auto discovery = platform::onQueue(
         *self->queue_, self->work_.environment.mainThread,
         [service = self->discoveryService_, folders, exclusions = self->work_.scanScope().exclusions](
@@ -203,7 +203,7 @@ platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std
     const platform::Task matching =
         match(weak, scanNumber, std::make_shared<const ScanOutcome>(ScanOutcome{shared, result}), of);
     co_await matching;
-    self = stillScanning(weak, scanNumber); // somebody may have reset the work on one of these notices
+    self = stillScanning(weak, scanNumber); // an observer may have reset the work
     if (!self) co_return;
     self->set(self->scanState_, ScanState::done, ImportField::scanState);
     self->set(self->progress_, ScanProgress::idle(), ImportField::progress);
@@ -245,7 +245,7 @@ platform::Task ScanController::match(std::weak_ptr<ScanController> weak, std::ui
     self = stillScanning(weak, scanNumber);
     if (!self) co_return;
     self->work_.notices.together([&] {
-        // An undo may have led to another one meanwhile.
+        // An undo may have restored another scan result in the meantime.
         if (self->scanResult_ != outcome->scanResult) self->show(*outcome);
         self->work_.adoptScan(std::move(made.groups), std::move(made.wild), std::move(made.by), outcome, of);
         self->smartAudio_.caches().removeAll();

@@ -25,7 +25,7 @@ void applyAll(const FolderChanges& changes, std::vector<FolderInfo>& folders) {
     for (const auto& change : changes) change(folders);
 }
 
-/// What came of writing the list.
+/// The result of writing the list.
 struct FolderListOutcome {
     std::optional<SessionStore::Changed<std::vector<FolderInfo>>> changed{};
     std::string failure{};
@@ -123,7 +123,7 @@ void SessionFolderList::postUnwritten() const {
         [store = store_, known = folders_, changes = unwritten_] { writeFolderList(store, known, changes); });
 }
 
-/// One write at a time: the changes that it brought to the disk are the first of those that wait then.
+/// One write at a time. The changes that it wrote are the first of those that wait when it ends.
 platform::Task SessionFolderList::writeAll(std::weak_ptr<SessionFolderList> weak) {
     for (;;) {
         auto self = weak.lock();

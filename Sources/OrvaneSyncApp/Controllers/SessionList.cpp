@@ -14,7 +14,8 @@ namespace {
 
 bool isDecimalDigit(char c) { return c >= '0' && c <= '9'; }
 
-/// As the first match of "DT[ _-]*0*([0-9]+)", in any case, whose digits are a number of 64 bits.
+/// The number in the first match of "DT[ _-]*0*([0-9]+)", in upper or lower case, whose digits fit into 64
+/// bits.
 std::optional<std::int64_t> shootingDayNumber(std::string_view name) {
     for (std::size_t at = 0; at + 2 <= name.size(); ++at) {
         if ((name[at] | 0x20) != 'd' || (name[at + 1] | 0x20) != 't') continue;

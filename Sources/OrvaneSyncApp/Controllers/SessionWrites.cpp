@@ -40,16 +40,16 @@ platform::Task SessionWrites::add(platform::Task task) {
 
 platform::Task SessionWrites::start(const UUID& id) {
     const std::uint64_t token = ++generation_[id];
-    if (removing_.contains(id)) return platform::Task::ended(); // it is written if it can't be deleted
+    if (removing_.contains(id)) return platform::Task::ended(); // it is written if the deletion fails
     return add(write(weak_from_this(), id, token));
 }
 
-/// The order makes a session that opens of every moment at which the process may be killed: the record, by
-/// which the session is listed, comes last and is never older than the clips it was written with.
+/// The order ensures that the session can be opened, at whatever moment the process is killed: the record, by
+/// which the session is listed, is written last, and is never older than the clips it was written with.
 platform::Task SessionWrites::write(std::weak_ptr<SessionWrites> weak, UUID id, std::uint64_t token) {
     auto self = weak.lock();
     if (!self) co_return;
-    // Waits for the writes before it. What is saved meanwhile takes this one's place.
+    // Waits for earlier writes. If the session is saved again in the meantime, that save replaces this one.
     auto turn = platform::onQueue(self->queue_, self->mainThread_, [] {});
     self.reset();
     co_await turn;
@@ -119,7 +119,7 @@ void SessionWrites::retryFailed() {
 }
 
 platform::Task SessionWrites::remove(UUID id, std::shared_ptr<bool> wasThere) {
-    ++generation_[id]; // writes on their way stop
+    ++generation_[id]; // ends the writes that are under way
     removing_.insert(id);
     return add(removing(weak_from_this(), id, std::move(wasThere)));
 }
@@ -154,7 +154,7 @@ platform::Task SessionWrites::removing(std::weak_ptr<SessionWrites> weak, UUID i
     self->owner_.reportFailures();
 }
 
-/// While one lives, the timer begins no save.
+/// While one of these exists, the timer begins no save.
 class SessionWrites::Finishing {
   public:
     explicit Finishing(std::weak_ptr<SessionWrites> weak) : weak_(std::move(weak)) { count(1); }
@@ -176,7 +176,7 @@ platform::Task SessionWrites::finish(platform::Task other) {
 
 platform::Task SessionWrites::finishing(std::weak_ptr<SessionWrites> weak) {
     const Finishing finishing(weak);
-    // A save that was overtaken ends early; the one that took its place is waited for, too.
+    // A save that was replaced ends early; the one that replaced it is waited for, too.
     for (;;) {
         std::optional<platform::Task> next;
         if (const auto self = weak.lock()) {
@@ -188,7 +188,7 @@ platform::Task SessionWrites::finishing(std::weak_ptr<SessionWrites> weak) {
         try {
             co_await *next;
         } catch (const platform::FileError&) {
-            // Passed to the caller.
+            // Passed to the caller of that task.
         }
     }
 }

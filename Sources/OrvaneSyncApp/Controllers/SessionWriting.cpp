@@ -8,7 +8,7 @@ namespace orvane {
 
 namespace {
 
-/// A failure of one file does not keep the others from being written.
+/// If one file cannot be written, the others are still written.
 template <class Operation>
 void attempt(std::vector<std::string>& failures, std::string_view file, const Operation& write) {
     try {
@@ -31,7 +31,7 @@ void writeSessionWork(const SessionStore& store, SessionGroupsWriter& writer, co
     outcome.isDeleted = (!data.work || !data.isChanged) && store.isDeleted(id);
     if (outcome.isDeleted || !data.work) return;
     attempt(outcome.failures, "groups.json", [&] {
-        store.create(id); // somebody may have taken it away meanwhile
+        store.create(id); // another process may have deleted it in the meantime
         if (data.work->leavesClipsAlone) return;
         auto written = writer.write(id, data.work->groups, data.work->isEmptiedByEdit);
         if (written.kept) outcome.kept.push_back(std::move(*written.kept));
@@ -46,7 +46,7 @@ void writeSessionWork(const SessionStore& store, SessionGroupsWriter& writer, co
     const SessionFoldersChange& change = data.work->folders;
     auto onDisk = store.readFolders(id);
     outcome.folders = std::move(onDisk.record);
-    // Where nobody has chosen other folders, what stands there stays, even what can't be read.
+    // If the user has not chosen other folders, the file stays as it is, even if it can't be read.
     if (change.isEmpty() && (outcome.folders || onDisk.problem)) return;
     attempt(outcome.failures, "folders.json", [&] {
         auto changed = store.changeFolders(id, change);
@@ -55,8 +55,8 @@ void writeSessionWork(const SessionStore& store, SessionGroupsWriter& writer, co
     });
 }
 
-/// Of a session whose clips another process has changed, only what somebody decided here. A name that follows
-/// the folders follows those on the disk.
+/// If another process has changed the session's clips, writes only what was decided in this process. A name
+/// made from the folders is made from those on the disk.
 void writeSessionRecord(const SessionStore& store, const UnwrittenSession& data,
                         SessionWriteOutcome& outcome) {
     if (outcome.isDeleted) return;

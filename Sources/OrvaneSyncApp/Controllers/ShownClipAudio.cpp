@@ -10,7 +10,7 @@ namespace orvane {
 
 namespace {
 
-/// Whether the preview is to be looked at again after a change of the setting.
+/// Whether the setting affects what is played, so that it must be checked again after a change.
 bool isHeard(const std::string& key) {
     const std::array<std::string_view, 6> keys{
         settings::playbackAppliesSmartAudio.key,    settings::smartAudioMode.key,

@@ -18,16 +18,17 @@ constexpr const char* refreshTokenItem = "lockit.refreshToken";
 constexpr const char* expiresAtItem = "lockit.expiresAt";
 constexpr const char* accountEmailItem = "lockit.accountEmail";
 
-constexpr double expirySlack = 60; ///< seconds ahead of its end in which a token is refreshed
+constexpr double expirySlack = 60; ///< a token is refreshed so many seconds before it expires
 
 void saveIfPossible(CredentialStore& store, const char* item, const Secret& value) {
     try {
         store.save(item, value);
-    } catch (const platform::CredentialError&) { // the access token alone decides
+    } catch (const platform::CredentialError&) { // only the access token must be stored
     }
 }
 
-/// Apart from the store, which may go while it waits; the queue then ends the work before.
+/// A separate coroutine, because the store may be destroyed while it waits; the queue runs the work to its
+/// end before.
 Task runOn(platform::SerialQueue& queue, std::shared_ptr<platform::MainThread> mainThread,
            std::function<void()> work) {
     auto running = platform::onQueue(queue, mainThread, std::move(work));

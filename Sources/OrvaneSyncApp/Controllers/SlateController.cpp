@@ -91,7 +91,7 @@ platform::Task SlateController::searchEach(std::weak_ptr<SlateController> weak, 
         Searched searched = co_await searching;
         self = weak.lock();
         if (!self) co_return;
-        // Of a clip that meanwhile has other files, it says nothing.
+        // If the clip has other files in the meantime, the result is not for it.
         group = self->work_.syncGroups().find(clips[i]);
         if (group == nullptr || group->video.url != video) continue;
         const auto present = ClapDetector::Search::of(*group);

@@ -10,14 +10,14 @@ namespace orvane {
 
 namespace {
 
-/// For comparisons: each once, in one order, however it was written.
+/// For comparisons: each folder once, in a fixed order, in one spelling.
 std::set<std::string> textsOfFolders(const std::vector<FileURL>& urls) {
     std::set<std::string> all;
     for (const FileURL& url : urls) all.insert(url.pathText());
     return all;
 }
 
-/// A coroutine apart from its owner, which may go while it waits.
+/// A separate coroutine, because its owner may be destroyed while it waits.
 template <class Result, class Work>
 platform::Task readInto(platform::SerialQueue& queue, std::shared_ptr<platform::MainThread> mainThread,
                         std::shared_ptr<Result> result, Work work) {

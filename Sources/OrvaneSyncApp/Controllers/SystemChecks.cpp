@@ -74,7 +74,8 @@ Check stemsCheck(const platform::SettingsStore& store) {
     return {"stems", "ok", BanditStemSeparator::installedModelPath() + ", " + separator.runtimeText()};
 }
 
-/// The program that runs the media libraries, which are only known once it runs.
+/// Checks the program that loads the media libraries. Which ones it has is known only after it has been
+/// started.
 Check helperCheck(const platform::MediaHelper& helper) {
     constexpr const char* name = "media helper";
     if (helper.path.empty())

@@ -18,7 +18,7 @@ namespace orvane {
 
 namespace {
 
-/// For a queue. A file that can't be read has no clap.
+/// The search as work for a queue. A file that can't be read has no clap.
 auto clapSearch(ClapDetector::Search search) {
     return [search = std::move(search)](const std::stop_token& stop) -> std::optional<double> {
         try {
@@ -75,7 +75,7 @@ platform::Task TimelineController::loadWaveform(bool retries) {
     const bool isMissing = retries && waveform_->waveform().clipDuration <= 0;
     if (wantsWaveform_ && waveformSound_ == sound && (waveform_->isLoading() || !isMissing))
         return loadingWaveform_;
-    if (waveformSound_ != sound) waveform_->reset(); // that of another recording
+    if (waveformSound_ != sound) waveform_->reset(); // it is that of another recording
     wantsWaveform_ = true;
     waveformSound_ = sound;
     loadingWaveform_ = sound ? waveform_->load(std::move(*sound), WaveformReduction::reviewBins, true)
@@ -176,7 +176,7 @@ platform::Task TimelineController::drag(std::weak_ptr<TimelineController> weak, 
         try {
             co_await reducing;
         } catch (const ReadFailed&) {
-            // The sound moves by whole frames.
+            // Without a waveform, the sound moves by whole frames.
         }
         onsetMarkers = onsetMarkersOf(*waveform);
     }
@@ -201,7 +201,7 @@ void TimelineController::move(AudioDrag& drag, const SyncGroup& group, double tr
     timeline.onsetMarkers = onsetMarkers;
     const auto change = drag.move(translation, modifiers, timeline);
     if (!change) return;
-    const UUID id = group.id; // the change replaces the clip
+    const UUID id = group.id; // a copy, because the change replaces the clip
     try {
         adjustOffset(id, *change);
     } catch (const OutOfRange&) {

@@ -14,7 +14,7 @@ namespace orvane {
 
 namespace {
 
-/// Channels of all recordings of a clip; one of an unknown count has one.
+/// The number of channels of all recordings of a clip; a recording with an unknown number counts as one.
 int channelTotal(const SyncGroup& group) { return takeOf(group, 1).runningChannelCount(); }
 
 std::set<int> tracksUpTo(int count) {
@@ -40,7 +40,7 @@ void expectRange(const SyncGroup& group, double low, double high, int trackIndex
                          (duration ? platform::text::formatted(", which lasts %.3f s", *duration) : ""));
 }
 
-/// The overrides without the stretch from `low` to `high`: what sticks out on either side stays.
+/// The overrides without the range from `low` to `high`; parts before and after it are kept.
 std::vector<BlockOverride> cleared(const std::vector<BlockOverride>& overrides, double low, double high) {
     std::vector<BlockOverride> result;
     for (const BlockOverride& one : overrides) {
@@ -56,14 +56,14 @@ std::vector<BlockOverride> cleared(const std::vector<BlockOverride>& overrides, 
 
 } // namespace
 
-/// A change of a clip that its analysis depends on. The id is a copy: the caller may have it from the clip
-/// that is replaced.
+/// Changes something that the clip's analysis depends on. The id is a copy, because a reference could be into
+/// the clip that is replaced.
 platform::Task TrackEditing::editTracks(UUID groupID, const std::function<void(SyncGroup&)>& change) {
     work_.notices.assertOnMainThread();
     return work_.edit(groupID, change) ? smartAudio_.reanalyseIfKnown(groupID) : platform::Task::ended();
 }
 
-/// What the editor sees switched on while nothing was chosen by hand.
+/// The tracks that are shown as active if the editor has not chosen any.
 std::set<int> TrackEditing::visibleActiveTracks(const SyncGroup& group) const {
     const auto& results = smartAudio_.state().results;
     const auto found = results.find(group.id);

@@ -138,10 +138,10 @@ void VideoEngine::timeReported(MediaTime time) {
 }
 
 void VideoEngine::endReported() {
-    if (blipReturnsTo_) return; // its timer goes back
+    if (blipReturnsTo_) return; // the blip's timer seeks back
     setPlaying(false);
-    // A file that was cut off may end before the loop begins: it would begin and end without a moment
-    // between.
+    // If a file was cut off, it may end before the loop begins; then looping would start and end again
+    // without playing anything.
     if (loop_.isLooping && std::exchange(hasLoopRun_, false)) {
         seek(loop_.loopStart);
         return play();
@@ -153,7 +153,7 @@ void VideoEngine::endReported() {
 
 // Transport
 
-/// A moment of the players' clock.
+/// A time in the clip, and the moment of the players' clock at which it is played.
 struct VideoEngine::HostStart {
     MediaTime time;
     std::chrono::nanoseconds hostTime;
@@ -188,7 +188,7 @@ void VideoEngine::pause(bool silenceAudio) {
     isSlowMotionScrubbing_ = false;
     player_->setRate(0);
     if (transport_.isPlaying && !seeks_->target()) {
-        // The picture of the moment may still be on its way.
+        // The picture of this moment may not be shown yet.
         setPlayhead(player_->currentTime());
         seekPlayer(playhead_.time);
     }
@@ -203,7 +203,7 @@ void VideoEngine::playPause() {
     play();
 }
 
-/// Who starts at the end hears the loop, or else the clip, from its start.
+/// If playback starts at the end, it starts from the beginning of the loop, otherwise of the clip.
 void VideoEngine::goBackFromEnd() {
     if (loop_.isLooping && position() >= transport_.duration) return seek(loop_.loopStart);
     wrapIfAtEnd(true);
@@ -300,7 +300,8 @@ void VideoEngine::setLoopRegion(double aroundSeconds, int frames) {
     if (!transport_.isLoaded || !std::isfinite(aroundSeconds)) return;
     const MediaTime around = MediaTime::fromSeconds(aroundSeconds), delta = playhead_.frameLength() * frames;
     const MediaTime end = std::min(around + delta, transport_.duration);
-    // Around a moment behind the clip's end, its last frames: at the end a loop goes back to its start.
+    // For a moment after the clip's end, the loop is the last frames: a loop that reaches the end returns to
+    // its start.
     const MediaTime start = std::max(std::min(around - delta, end - delta), MediaTime());
     if (!(start < end)) return;
     noteUserMoved();
@@ -337,7 +338,7 @@ void VideoEngine::stepFrames(std::int64_t count, bool playBlip) {
 
 void VideoEngine::playFrameBlip(MediaTime at) {
     if (!hasBlips()) {
-        if (isAudible()) playBlipOnPlayer(); // which shows the next pictures meanwhile
+        if (isAudible()) playBlipOnPlayer(); // the next pictures are shown in the meantime
         return;
     }
     output_.blips()->playBlip(
@@ -351,7 +352,7 @@ bool VideoEngine::isAudible() const { return player_->facts().hasSound && sound(
 
 void VideoEngine::playBlipOnPlayer() {
     endBlip();
-    // A listener of the sound may end the blip.
+    // The timer is set first, because an observer of the sound may end the blip.
     blipTimer_ = output_.system()->after(legacyBlipHold, [weak = weak_from_this()] {
         if (const auto self = weak.lock()) self->endBlip();
     });

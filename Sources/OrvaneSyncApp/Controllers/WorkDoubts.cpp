@@ -18,14 +18,14 @@ namespace orvane {
 
 namespace {
 
-/// Of an offset as labels of most clips count it.
+/// Whether the offset has frames beyond whole seconds, at the rate of most clips.
 bool hasFrames(double seconds, const SyncGroupList& groups) {
     const TimecodeFrameRate rate = rateOfMostClips(groups);
     const auto frames = std::llround(seconds * timecodeRate::frameRateForRealTimeCalculation(rate));
     return frames % timecodeRate::maxFrames(rate) != 0;
 }
 
-/// Of how many clips a recording is one of those.
+/// The number of clips with a recording for which `isOne` is true.
 template <class IsOne>
 std::size_t clipsWith(const SyncGroupList& groups, const IsOne& isOne) {
     return static_cast<std::size_t>(std::ranges::count_if(groups, [&](const SyncGroup& group) {
@@ -58,7 +58,7 @@ std::optional<int> timecodeChannelOf(const platform::SettingsStore& store) {
 std::vector<FileURL> DoubtSource::realFolders() const {
     std::vector<FileURL> real;
     for (const FileURL& folder : folders) {
-        // A link that is the last component stays, so the way to something in it is asked for.
+        // A link as the last component would not be followed, so the path of something inside it is resolved.
         const std::string inside = platform::files::standardized(folder.path + "/x");
         real.push_back({inside.substr(0, inside.size() - 2)});
     }
@@ -112,7 +112,8 @@ HeardSound DoubtSource::listen(std::vector<SoundLag::Pair> pairs, const std::sto
     HeardSound result =
         SoundLag::heardWithNeighbours(files.groups, std::move(pairs), neighbours, stop, progress);
     DoubtSource asHeard = *this;
-    constexpr int mostRounds = 6; // an offset that was not heard may give way to another one
+    // If an offset is not found in the sound, another one may be claimed in its place.
+    constexpr int mostRounds = 6;
     for (int round = 0; round < mostRounds; ++round) {
         asHeard.heard = std::make_shared<const HeardSound>(result);
         const auto claims = asHeard.claims(all, stop);
@@ -159,7 +160,7 @@ bool WorkDoubts::isBegun() const {
 
 const SyncDoubts& WorkDoubts::latest() const {
     derive();
-    // Clips of other work may have none of those before.
+    // For clips of other work, the earlier doubts do not apply.
     static const SyncDoubts none;
     return work_.syncGroups().empty() ? none : *latest_;
 }
@@ -249,7 +250,8 @@ std::size_t WorkDoubts::clipsOf(const std::vector<SoundLag::Pair>& pairs) const 
 
 platform::Task WorkDoubts::listen() {
     auto pairs = SoundLag::pairsToHear(work_.syncGroups());
-    // What timecode suggests can be heard without any clip that has its sound.
+    // With a camera's microphone, offsets suggested by timecode can be checked even if no clip has a
+    // recording.
     if (pairs.empty() && !haveMicrophones(work_.syncGroups())) {
         listened_ = {};
         return platform::Task::ended();
@@ -268,7 +270,7 @@ platform::Task WorkDoubts::listenToPairs(std::weak_ptr<WorkDoubts> weak, std::ve
                                          std::uint64_t number) {
     auto self = weak.lock();
     const std::size_t matched = self->clipsOf(pairs);
-    // Thirty at most, so that each is worth a notice.
+    // At most thirty calls, so each one is worth a notice.
     auto progress = [weak, number, count = pairs.size(), total = matched,
                      mainThread = self->work_.environment.mainThread](std::size_t pairsDone) {
         mainThread->post([weak, number, total, done = pairsDone * total / count] {
@@ -298,7 +300,7 @@ platform::Task WorkDoubts::listenToPairs(std::weak_ptr<WorkDoubts> weak, std::ve
     self->listened_ = self->cameOf(heard, matched);
     self->heard_ = std::make_shared<const HeardSound>(std::move(heard));
     self->begunBy_.reset();
-    self->work_.notify(ImportField::doubts); // whoever shows them asks
+    self->work_.notify(ImportField::doubts); // views that show doubts ask for them again
 }
 
 } // namespace orvane

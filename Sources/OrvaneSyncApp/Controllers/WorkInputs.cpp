@@ -9,7 +9,7 @@ namespace orvane {
 
 namespace {
 
-/// Each file once. Media has standard paths already.
+/// Collects each file once. Media files already have standard paths.
 class MediaInputs {
   public:
     void add(const FileURL& media) {

@@ -39,7 +39,7 @@ class KeyboardPage : public SettingsPage {
     void showProfiles();
     /// Marks the profile in force as changed if the keys differ from it.
     void compare();
-    /// The title of the main window's menu entry with this key, if the key belongs to no action; empty: none.
+    /// The title of the main window's menu entry with this key, which no action can change; empty: none.
     QString menuEntryWith(const Shortcut& shortcut) const;
     void record(ShortcutAction action);
     void endRecording();

@@ -47,14 +47,7 @@ platform::Task ClusterEngineBag::load(const std::vector<SyncGroup>& members) {
     const auto isMember = [&](const UUID& id) {
         return std::ranges::find(members, id, &SyncGroup::id) != members.end();
     };
-    std::erase_if(engines_, [&](const auto& entry) {
-        if (isMember(entry.first)) return false;
-        entry.second->cleanup();
-        return true;
-    });
-    memberSyncOffsets_.clear();
-    memberLabels_.clear();
-    waveformSounds_.clear();
+    leave([&](const UUID& id) { return !isMember(id); });
     std::vector<platform::Task> loading;
     for (const SyncGroup& member : members) {
         const ClipSound sound(member);
@@ -72,6 +65,20 @@ platform::Task ClusterEngineBag::load(const std::vector<SyncGroup>& members) {
     routeAudio();
     changed_.notify();
     return allOf(std::move(loading));
+}
+
+void ClusterEngineBag::leave(const std::function<bool(const UUID&)>& isLeaving) {
+    std::vector<std::shared_ptr<VideoEngine>> leaving;
+    std::erase_if(engines_, [&](const auto& entry) {
+        if (!isLeaving(entry.first)) return false;
+        leaving.push_back(entry.second);
+        return true;
+    });
+    memberLabels_.clear();
+    memberSyncOffsets_.clear();
+    waveformSounds_.clear();
+    // Last, as an engine notifies its end, and listeners look up the engine of each label.
+    for (const auto& engine : leaving) engine->cleanup();
 }
 
 const std::shared_ptr<VideoEngine>& ClusterEngineBag::engineFor(const UUID& memberID) {
@@ -166,11 +173,7 @@ platform::Task ClusterEngineBag::shown() const {
 }
 
 void ClusterEngineBag::cleanup() {
-    for (const auto& [id, engine] : engines_) engine->cleanup();
-    engines_.clear();
-    memberLabels_.clear();
-    memberSyncOffsets_.clear();
-    waveformSounds_.clear();
+    leave([](const UUID&) { return true; });
     audioSourceMemberID_.reset();
     changed_.notify();
 }

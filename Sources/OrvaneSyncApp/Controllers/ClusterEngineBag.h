@@ -63,6 +63,9 @@ class ClusterEngineBag {
 
   private:
     static platform::Task allOf(std::vector<platform::Task> tasks);
+    /// Takes the labels of all members and the engines of those that are leaving out of the bag, and ends
+    /// these engines.
+    void leave(const std::function<bool(const UUID&)>& isLeaving);
     double offsetOf(const UUID& memberID) const;
     void routeAudio();
     void press(bool isForward);

@@ -17,7 +17,7 @@ SOURCES = ROOT / "Sources"
 SETTINGS_WINDOW = [SOURCES / "OrvaneSyncApp/ViewModels/Settings", SOURCES / "OrvaneSyncApp/Views/Settings"]
 # Settings without a reader, and why.
 UNREAD = {"atmoIncludeInExport": "presets may hold it; room tone joins the wild tracks, which are approved one by one"}
-DECLARATIONS = SOURCES / "OrvaneSyncCore/Models/Settings.h"
+DECLARATIONS = SOURCES / "OrvaneSyncCore/Models/Settings"
 WINDOWS = [SOURCES / "OrvaneSyncApp/Views", SOURCES / "OrvaneSyncApp/ViewModels"]
 # Functions of the windows that take the identifier of a command, some of them after another argument.
 RUNS = re.compile(
@@ -90,14 +90,16 @@ def arguments_of_calls(text, made):
 
 
 def unread_settings(files):
-    declared = re.findall(r"inline const (?:Declared|std::array)<.*?>\s+(\w+)\s*[{=]", DECLARATIONS.read_text())
+    """File and name of each whose reader is missing, or is there against UNREAD."""
+    declared = [(file, name) for file, text in files.items() if DECLARATIONS in file.parents
+                for name in re.findall(r"inline const (?:Declared|std::array)<.*?>\s+(\w+)\s*[{=]", text)]
     readers = "".join(text for file, text in files.items()
-                      if file != DECLARATIONS and not any(folder in file.parents for folder in SETTINGS_WINDOW))
-    for name in declared:
+                      if not any(folder in file.parents for folder in [DECLARATIONS, *SETTINGS_WINDOW]))
+    for file, name in declared:
         if (re.search(rf"\bsettings::{name}\b", readers) is None) != (name in UNREAD):
-            yield name
+            yield file, name
     if len(declared) < 50:
-        yield "the declarations, which are not understood,"
+        yield DECLARATIONS / "Families.h", "the declarations, which are not understood,"
 
 
 def problems():
@@ -108,9 +110,9 @@ def problems():
     # The members of answers are written in the code of the commands.
     members = {word for file in files if file not in windows for word in WORD.findall(files[file])}
     made = {name: set(GIVES.findall(body)) for file in windows for name, body in MADE.findall(files[file])}
-    for name in unread_settings(files):
+    for file, name in unread_settings(files):
         why = "has a reader, and stands in UNREAD" if name in UNREAD else "is read nowhere"
-        yield DECLARATIONS, line(files[DECLARATIONS], files[DECLARATIONS].find(f" {name}{{")), f"'{name}' {why}"
+        yield file, line(files[file], files[file].find(f" {name}{{")), f"'{name}' {why}"
     for file in windows:
         text = files[file]
         for command, place, given in arguments_of_calls(text, made):
@@ -128,7 +130,8 @@ def problems():
                 continue
             if not any(found.start() in place for place in own):
                 yield file, line(text, found.start()), f"'{found[1]}' is no command, argument or member of an answer"
-    keys = re.findall(r'\{\s*"([A-Za-z]+(?:\.[A-Za-z0-9]+)*)",', files.pop(DECLARATIONS))
+    declarations = "".join(files.pop(file) for file in list(files) if DECLARATIONS in file.parents)
+    keys = re.findall(r'\{\s*"([A-Za-z]+(?:\.[A-Za-z0-9]+)*)",', declarations)
     dotted = "|".join(re.escape(key) for key in keys if "." in key)
     # A key without a dot is also a common word, so only the whole text counts.
     whole = "|".join(key for key in keys if "." not in key and key not in arguments)

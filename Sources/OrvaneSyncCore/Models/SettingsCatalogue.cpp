@@ -6,7 +6,10 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <functional>
 #include <iterator>
+#include <stdexcept>
 #include <vector>
 
 namespace orvane {
@@ -16,6 +19,14 @@ namespace {
 std::vector<SettingsCatalogue::Entry>& entries() {
     static std::vector<SettingsCatalogue::Entry> list;
     return list;
+}
+
+/// Among the families.
+std::ptrdiff_t placeOfFamily(const SettingDescription& setting) {
+    const auto found = std::ranges::find(settings::families, setting.family);
+    if (found == settings::families.end())
+        throw std::logic_error("no family is called " + std::string(setting.family));
+    return found - settings::families.begin();
 }
 
 std::string_view keyOf(const SettingDescription& setting) { return setting.key; }
@@ -45,7 +56,12 @@ std::string SettingsCatalogue::whyUnknown(std::string_view key) {
     return "no setting is called '" + platform::text::printable(key) + "'" + didYouMean(key, keys);
 }
 
-void SettingsCatalogue::add(const SettingDescription& setting) { entries().emplace_back(setting); }
+void SettingsCatalogue::add(const SettingDescription& setting) {
+    // The linker decides whose settings are made first.
+    const auto behind =
+        std::ranges::upper_bound(entries(), placeOfFamily(setting), std::ranges::less(), placeOfFamily);
+    entries().insert(behind, setting);
+}
 
 void registerStandardDefaults(platform::SettingsStore& store) {
     platform::SettingsStore::Values values;

@@ -19,13 +19,13 @@ namespace SettingsCatalogue {
 
 using Entry = std::reference_wrapper<const SettingDescription>;
 
-/// All settings, grouped by heading. Presets and lists use this order.
+/// All settings, family by family: the order in which presets take the keys and lists show them.
 std::span<const Entry> all();
 /// Null for an unknown key.
 const SettingDescription* find(std::string_view key);
 /// A message about an unknown key, with the key that was probably meant.
 std::string whyUnknown(std::string_view key);
-/// Called by `Declared`.
+/// For `Declared`. Its family must be one of `settings::families`.
 void add(const SettingDescription& setting);
 
 } // namespace SettingsCatalogue

@@ -188,10 +188,14 @@ SyncGroupList groupsForAllVariants(int clips, int channels) {
 
 ExportSettings settingsForAllVariants(const SyncGroupList& groups) {
     ExportSettings settings = exportSettings(groups);
-    settings.generateMulticam = settings.generateSyncClips = settings.generateRawMediaEvent = true;
-    settings.splitEventsByScene = settings.offspeedAutoKeyword = true;
-    settings.generateNativeMOSForOffspeed = settings.wrapNativeMOSInSyncClip = true;
-    settings.generateProjectRateForOffspeed = true;
+    settings.set(settings::generateMulticam, true);
+    settings.set(settings::generateSyncClips, true);
+    settings.set(settings::generateRawMediaEvent, true);
+    settings.set(settings::splitEventsByScene, true);
+    settings.set(settings::offspeedAutoKeyword, true);
+    settings.set(settings::generateNativeMOS, true);
+    settings.set(settings::wrapNativeMOSInSyncClip, true);
+    settings.set(settings::generateProjectRate, true);
     return settings;
 }
 

@@ -8,11 +8,11 @@ namespace orvane::cli {
 std::string exportPreviewText(const SyncGroupList& groups, const ExportSettings& settings, bool nameIsChosen,
                               bool wantsSmartAudio) {
     std::string text;
-    if (settings.splitEventsByScene)
+    if (settings.get(settings::splitEventsByScene))
         text += "By their scenes the clips call for " +
                 counted(ExportPreview::projectedEventCount(groups, settings), "event", "events") + ".\n";
     else if (const auto name = ExportPreview::suggestedEventName(groups); name && !nameIsChosen)
-        text += "The event is called '" + platform::text::printable(settings.eventName) +
+        text += "The event is called '" + platform::text::printable(settings.get(settings::eventName)) +
                 "'; after its scenes it would be --event '" + platform::text::printable(*name) + "'.\n";
     const auto coverage = ExportPreview::smartAudioCoverage(groups, settings.smartAudioResults).text();
     if (coverage && wantsSmartAudio) text += *coverage + "\n";

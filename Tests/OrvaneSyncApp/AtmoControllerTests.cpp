@@ -65,7 +65,7 @@ TEST_F(AtmoControllerTest, aSceneHasOneRoomToneInTheDocument) {
     EXPECT_EQ(tracks[1].customName, "12A=Atmo");
     EXPECT_FALSE(controller_->atmo().state().isGenerating);
     ExportSettings settings = controller_->exporting().exportSettings({});
-    settings.generateRawMediaEvent = false; // it would name every file once more
+    settings.set(settings::generateRawMediaEvent, false); // it would name every file once more
     const auto document = std::make_shared<ExportResult>();
     finish(controller_->exporting().exportInBackground(std::nullopt, settings, document));
     const std::string& text = document->fcpxmlString;

@@ -185,11 +185,11 @@ TEST_F(ImportControllerTest, exportsSettledClipsWithTheSettingsOfTheSheet) {
     test::makeSmallShoot(folder_.path());
     scan(folder("camera"), folder("sound"));
     settings_->set("eventName", "Stored");
-    EXPECT_EQ(controller_->exporting().exportSettings({}).eventName, "Stored");
+    EXPECT_EQ(controller_->exporting().exportSettings({}).get(settings::eventName), "Stored");
     ExportController::Options options;
     options.eventName = "Day 1";
     const ExportSettings settings = controller_->exporting().exportSettings(options);
-    EXPECT_EQ(settings.eventName, "Day 1");
+    EXPECT_EQ(settings.get(settings::eventName), "Day 1");
     EXPECT_EQ(settings.projectFrameRate, 25);
     EXPECT_EQ(settings.outputWidth, 1920);
 

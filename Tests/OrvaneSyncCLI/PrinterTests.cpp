@@ -31,7 +31,7 @@ TEST(ExportPreviewText, SaysWhatHelps) {
     const auto check = [&](const SyncGroupList& groups, bool isSplit, bool isNameChosen, bool isOneAnalysed,
                            const char* text) {
         ExportSettings settings;
-        settings.splitEventsByScene = isSplit;
+        settings.set(settings::splitEventsByScene, isSplit);
         if (isOneAnalysed) settings.smartAudioResults[none.id].blocks.emplace_back();
         EXPECT_EQ(exportPreviewText(groups, settings, isNameChosen, isOneAnalysed), text);
     };

@@ -256,9 +256,9 @@ class Document {
 void checkDocument(const std::vector<MediaAsset>& pictures, bool asMulticam, Maker& maker, Report& report) {
     ExportSettings settings;
     settings.frameRate = settings.projectFrameRate = 25;
-    settings.generateMulticam = asMulticam;
-    settings.generateRawMediaEvent = false;
-    settings.trimMode = TrimMode::videoDuration;
+    settings.set(settings::generateMulticam, asMulticam);
+    settings.set(settings::generateRawMediaEvent, false);
+    settings.set(settings::trimMode, TrimMode::videoDuration);
     std::map<std::string, Expected> expected;
     std::vector<SyncGroup> groups;
     for (const MediaAsset& video : pictures) {

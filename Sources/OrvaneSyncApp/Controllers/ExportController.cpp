@@ -48,7 +48,7 @@ ExportController::Material ExportController::material(const std::optional<UUID>&
     if (!groupID) return {work_.syncGroups(), work_.sharedWildTracks(), std::move(settings), false};
     const SyncGroup* group = work_.syncGroups().find(*groupID);
     if (group == nullptr) throw GroupNotFound();
-    settings.generateMulticam = false;
+    settings.set(settings::generateMulticam, false);
     return {SyncGroupList{*group}, nullptr, std::move(settings), true};
 }
 

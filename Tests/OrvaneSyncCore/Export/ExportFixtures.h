@@ -46,7 +46,7 @@ inline SyncGroup matched(MediaAsset video, const std::vector<MediaAsset>& sound,
 inline ExportSettings settingsAt(double fps) {
     ExportSettings settings;
     settings.frameRate = settings.projectFrameRate = fps;
-    settings.generateRawMediaEvent = false;
+    settings.set(settings::generateRawMediaEvent, false);
     return settings;
 }
 

@@ -43,7 +43,7 @@ TEST(ExportPreview, CountsTheEventsThatWouldBeMade) {
     SyncGroupList more = groups;
     more.append(silent);
     EXPECT_EQ(ExportPreview::projectedEventCount(more, settings), 3) << "one without a scene";
-    settings.wrapMOSInSyncClip = false;
+    settings.set(settings::wrapMOSInSyncClip, false);
     EXPECT_EQ(ExportPreview::projectedEventCount(more, settings), 2);
 }
 
@@ -70,9 +70,9 @@ TEST(ExportPreview, ForecastsWhatIsWritten) {
         for (const bool multicam : {true, false})
             for (const bool wrapsMOS : {true, false}) {
                 ExportSettings settings;
-                settings.generateSyncClips = clips;
-                settings.generateMulticam = multicam;
-                settings.wrapMOSInSyncClip = wrapsMOS;
+                settings.set(settings::generateSyncClips, clips);
+                settings.set(settings::generateMulticam, multicam);
+                settings.set(settings::wrapMOSInSyncClip, wrapsMOS);
                 const auto forecast = ExportPreview::forecast(groups, settings);
                 const ExportResult written = FCPXMLExporter::exportDocument(groups, {}, settings);
                 EXPECT_EQ(forecast.withSound + forecast.withoutSound, written.syncClipCount);

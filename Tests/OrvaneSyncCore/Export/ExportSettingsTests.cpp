@@ -40,19 +40,20 @@ TEST(ExportSettings, ValuesThatMeanNothingReadAsTheDefault) {
         store.set(key, value);
         EXPECT_TRUE(isRight(ExportSettings::fromUserDefaults(store, {}))) << key << value.dump();
     };
-    check("videoResolution", "banana",
-          [](const auto& s) { return s.videoResolution == VideoResolutionMode::useVideoFrameSize; });
+    check("videoResolution", "banana", [](const auto& s) {
+        return s.get(settings::videoResolution) == VideoResolutionMode::useVideoFrameSize;
+    });
     check("spatialConform", "banana",
-          [](const auto& s) { return s.spatialConform == SpatialConformType::fill; });
-    check("trimMode", 7, [](const auto& s) { return s.trimMode == TrimMode::commonDuration; });
-    check("notes.source", "banana", [](const auto& s) { return s.notesSource == NotesSource::both; });
+          [](const auto& s) { return s.get(settings::spatialConform) == SpatialConformType::fill; });
+    check("trimMode", 7, [](const auto& s) { return s.get(settings::trimMode) == TrimMode::commonDuration; });
+    check("notes.source", "banana",
+          [](const auto& s) { return s.get(settings::notesSource) == NotesSource::both; });
     check("multicam.codec", "banana",
-          [](const auto& s) { return s.multicamCodec == MulticamCodec::automatic; });
+          [](const auto& s) { return s.get(settings::multicamCodec) == MulticamCodec::automatic; });
     check("clipNamingSource", "banana",
-          [](const auto& s) { return s.clipNamingSource == GroupNaming::Source::sceneTake; });
+          [](const auto& s) { return s.get(settings::clipNamingSource) == GroupNaming::Source::sceneTake; });
     check("atmo.duration", -1, [](const auto& s) { return s.atmoDurationSeconds == 180; });
     check("customNamingPattern", "", [](const auto& s) { return s.customNamingPattern == ""; });
-    check("overrideAnamorphic", true, [](const auto& s) { return s.overrideAnamorphic; });
     check("globalAudioOffset.frames", 12, [](const auto& s) { return s.globalAudioOffsetSeconds == 0.5; });
     check("globalAudioOffset.frames", -6, [](const auto& s) { return s.globalAudioOffsetSeconds == -0.25; });
 }
@@ -104,33 +105,44 @@ TEST(ExportSettings, StartAsAnEmptyStoreGivesThem) {
     EXPECT_TRUE(values(untouched) == values(read));
 }
 
+using StoredSetting = std::pair<std::string_view, JSON>;
+
+/// Each choice, the other side of a switch, another number or text.
+std::vector<StoredSetting> otherValues(const SettingDescription& setting) {
+    using Kind = SettingDescription::Kind;
+    std::vector<StoredSetting> values;
+    for (const std::string_view choice : setting.choices) values.emplace_back(setting.key, choice);
+    if (!values.empty()) return values;
+    if (setting.kind == Kind::boolean) return {{setting.key, setting.defaultValue() != JSON(true)}};
+    if (setting.kind == Kind::text) return {{setting.key, "Other"}};
+    return {{setting.key, setting.defaultValue().number().value_or(0) + 1}};
+}
+
 TEST(ExportSettings, EachKeyChangesTheDocument) {
-    using Settings = std::vector<std::pair<const char*, JSON>>;
-    const std::pair<const char*, JSON> split{"export.splitEventsByScene", true},
-        native{"offspeed.generateNativeMOS", true}, rate{"offspeed.generateProjectRate", true},
-        alternate{"videoResolution", "alternate"}, pixels{"container.aspectRatio", "custom"},
-        frames{"globalAudioOffset.frames", 12};
+    using Settings = std::vector<StoredSetting>;
+    const StoredSetting split{"export.splitEventsByScene", true}, native{"offspeed.generateNativeMOS", true},
+        rate{"offspeed.generateProjectRate", true}, alternate{"videoResolution", "alternate"},
+        pixels{"container.aspectRatio", "custom"}, frames{"globalAudioOffset.frames", 12};
     ExportSettings::Request request = oneOfEach();
     request.groups.update(request.groups.front().id,
                           [](SyncGroup& group) { group.lockitMetadata.emplace()["tags"] = "print"; });
     std::set<std::string, std::less<>> seen;
-    // `text`: stands in the document another number of times. `with`: without it the key has nothing to say.
-    const auto check = [&](const std::string& key, const JSON& value, const std::string& text,
-                           const Settings& with = {}) {
+    const auto documentOf = [&](const Settings& values) {
         platform::MemorySettingsStore store;
         registerStandardDefaults(store);
-        for (const auto& [other, its] : with) store.setOverride(other, its);
-        const auto document = [&] {
-            return FCPXMLExporter::exportDocument(request.groups, {},
-                                                  ExportSettings::fromUserDefaults(store, request))
-                .fcpxmlString;
-        };
-        const std::string before = document();
-        store.setOverride(key, value);
-        EXPECT_NE(test::countOf(document(), text), test::countOf(before, text)) << key;
+        for (const auto& [key, value] : values) store.setOverride(key, value);
+        return FCPXMLExporter::exportDocument(request.groups, {},
+                                              ExportSettings::fromUserDefaults(store, request))
+            .fcpxmlString;
+    };
+    // `text`: stands in the document another number of times. `with`: without it the key has nothing to say.
+    const auto check = [&](const std::string& key, const JSON& value, const std::string& text,
+                           Settings with = {}) {
+        const std::string before = documentOf(with);
+        with.emplace_back(key, value);
+        EXPECT_NE(test::countOf(documentOf(with), text), test::countOf(before, text)) << key;
         seen.insert(key);
     };
-    check("generateSyncClips", false, "<sync-clip");
     check("project.targetFrameRate", 50, "id=\"r1\" frameDuration=\"1/50s\"");
     check("clipNamingSource", "video", "name=\"12A-3");
     check("customNamingPattern", "{take} of {scene}", "3 of 12A", {{"clipNamingSource", "custom"}});
@@ -139,35 +151,24 @@ TEST(ExportSettings, EachKeyChangesTheDocument) {
     check("container.aspectRatio", "1:1", "height=\"3840\" colorSpace", {alternate});
     check("alternateWidth", 1998, "width=\"1998\"", {alternate, pixels});
     check("alternateHeight", 858, "height=\"858\"", {alternate, pixels});
-    check("spatialConform", "none", "<adjust-conform type=\"none\"/>");
-    check("trimMode", "none", "duration=\"30s\" format=\"r1\"");
-    check("notes.source", "none", "metadataField.note");
     check("notes.audioPrefix", "Snd:", "\"Snd: Scene 12A");
-    check("multicam.codec", "H.264", "renderFormat=\"H.264\"");
-    check("export.wrapMOSInSyncClip", false, "keyword value=\"MOS\"");
-    check("export.splitEventsByScene", true, "<event");
     check("export.eventNamePattern", "S{scene}", "event name=\"S12A\"", {split});
     check("export.volumeKeyframes", true, "<keyframe ");
     check("export.experimentalVolumeKeyframes", true, "<keyframe ");
     check("export.volumeKeyframes", false, "<keyframe ", {{"export.experimentalVolumeKeyframes", true}});
-    check("export.generateRawMediaEvent", false, "event name=\"Source Media\"");
     check("export.rawMediaEventName", "Bin", "event name=\"Bin\"");
-    check("offspeed.generateNativeMOS", true, "offspeed.isNativeMOS");
     check("offspeed.suffix", "_{fps}", "name=\"C001C003_125\"", {native});
     check("offspeed.separateEvent", true, "event name=\"Native MOS\"", {native});
     check("offspeed.eventName", "Own", "event name=\"Own\"", {native, {"offspeed.separateEvent", true}});
     check("offspeed.wrapNativeMOSInSyncClip", true, "<sync-clip", {native});
-    check("offspeed.generateProjectRate", true, "keyword value=\"Project Rate\"");
     check("offspeed.projectRateSuffix", "-{fps}p", "name=\"C001C003-25p\"", {rate});
     check("offspeed.projectRateSeparateEvent", true, "event name=\"Project Rate\"", {rate});
     check("offspeed.projectRateEventName", "Own", "event name=\"Own\"",
           {rate, {"offspeed.projectRateSeparateEvent", true}});
-    check("offspeed.autoKeyword", false, "value=\"Offspeed 125fps\"");
     check("lockit.fieldMapping.v1", JSON::Object{{"tags", "keyword"}}, "keyword value=\"print\"");
     check("lockit.fieldMapping.customKeys.v1", JSON::Object{{"tags", "k"}}, "key=\"k\"",
           {{"lockit.fieldMapping.v1", JSON::Object{{"tags", "custom"}}}});
     check("audioBaseRole", "voice", "role=\"voice.Mix\"");
-    check("useIXMLTrackNames", false, "role=\"dialogue.Anna\"");
     check("globalAudioOffset.frames", 12, "offset=\"1799999/50s\"");
     check("globalAudioOffset.startMode", "fromFilename", "offset=\"1799999/50s\"",
           {frames, {"globalAudioOffset.startFromFilename", "D001"}});
@@ -186,9 +187,26 @@ TEST(ExportSettings, EachKeyChangesTheDocument) {
         {"eventName", "generateMulticam", "overrideAnamorphic", "notes.videoPrefix", "atmo.includeInExport"});
     const std::set<std::string_view> others{"Reports",  "Smart Audio", "Playback",   "Linear timecode",
                                             "Matching", "Caches",      "Calibration"};
-    for (const SettingDescription& setting : SettingsCatalogue::all())
-        EXPECT_TRUE(others.contains(setting.family) || seen.contains(setting.key))
+    // Of all others: another value changes the document, as the rest stands or with another switch of the
+    // family turned.
+    for (const SettingDescription& setting : SettingsCatalogue::all()) {
+        if (others.contains(setting.family) || seen.contains(setting.key)) continue;
+        std::vector<Settings> with{{}};
+        for (const SettingDescription& other : SettingsCatalogue::all())
+            if (other.family == setting.family && other.kind == SettingDescription::Kind::boolean)
+                with.push_back({otherValues(other).front()});
+        EXPECT_TRUE(std::ranges::any_of(with,
+                                        [&](const Settings& switched) {
+                                            const std::string before = documentOf(switched);
+                                            return std::ranges::any_of(
+                                                otherValues(setting), [&](const auto& value) {
+                                                    Settings changed = switched;
+                                                    changed.push_back(value);
+                                                    return documentOf(changed) != before;
+                                                });
+                                        }))
             << setting.key << " does nothing";
+    }
 }
 
 TEST(ExportSettings, ArgumentsGoBeforeTheStore) {
@@ -205,12 +223,12 @@ TEST(ExportSettings, ArgumentsGoBeforeTheStore) {
     request.atmoDurationOverride = 12.5;
     request.metadataPrefix = "XY_";
     const ExportSettings settings = ExportSettings::fromUserDefaults(store, request);
-    EXPECT_EQ(settings.eventName, "Day 3");
-    EXPECT_FALSE(settings.generateMulticam);
+    EXPECT_EQ(settings.get(settings::eventName), "Day 3");
+    EXPECT_FALSE(settings.get(settings::generateMulticam));
     EXPECT_EQ(settings.projectFrameRate, 25) << "the clips vote";
     EXPECT_EQ(settings.smartAudioResults.size(), 1U);
     EXPECT_EQ(settings.atmoFileURL, FileURL{"/media/atmo.wav"});
-    EXPECT_EQ(settings.atmoAudioRole, "effects.sea");
+    EXPECT_EQ(settings.get(settings::atmoAudioRole), "effects.sea");
     EXPECT_EQ(settings.atmoDurationSeconds, 12.5);
     EXPECT_EQ(settings.metadataPrefix, "XY_");
 }

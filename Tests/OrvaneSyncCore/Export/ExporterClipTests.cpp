@@ -11,8 +11,8 @@ TEST(ExporterClips, OneMatchedClip) {
     MediaAsset sound = recording(2);
     sound.ixmlData = ixml("12A", "003", {"Boom & Mix"});
     ExportSettings settings = settingsAt(25);
-    settings.eventName = "Day \"1\"";
-    settings.generateRawMediaEvent = true;
+    settings.set(settings::eventName, "Day \"1\"");
+    settings.set(settings::generateRawMediaEvent, true);
     expectGolden("matched", exported(matched(picture(), {sound}), settings));
 }
 
@@ -26,7 +26,7 @@ MediaAsset& sound(SyncGroup& group) { return group.audioMatches[0].audio.edit();
 TEST(ExporterClips, EachChangeShows) {
     const auto trim = [](TrimMode mode, std::optional<double> video, std::optional<double> audio) {
         return [=](SyncGroup& group, ExportSettings& settings) {
-            settings.trimMode = mode;
+            settings.set(settings::trimMode, mode);
             group.video.durationSeconds = video;
             sound(group).durationSeconds = audio;
         };
@@ -73,14 +73,14 @@ TEST(ExporterClips, EachChangeShows) {
         return [=](SyncGroup& group, ExportSettings& settings) {
             sound(group).ixmlData = ixml("", "3");
             sound(group).ixmlData->tape = "T01";
-            settings.notesSource = source;
-            settings.notesAudioPrefix = "Snd:";
+            settings.set(settings::notesSource, source);
+            settings.set(settings::notesAudioPrefix, "Snd:");
         };
     };
     const auto offspeed = [](double sensor, bool keyword) {
         return [=](SyncGroup& group, ExportSettings& settings) {
             group.video.sensorFrameRate = sensor;
-            settings.offspeedAutoKeyword = keyword;
+            settings.set(settings::offspeedAutoKeyword, keyword);
         };
     };
     using enum TrimMode;
@@ -100,8 +100,8 @@ TEST(ExporterClips, EachChangeShows) {
             {"a gain", gain(-3.214)},
             {"a gain not worth it", gain(0.005)},
             {"a gain that is no number", gain(std::numeric_limits<double>::quiet_NaN())},
-            {"letterbox", [](auto&, auto& s) { s.spatialConform = SpatialConformType::fit; }},
-            {"untouched", [](auto&, auto& s) { s.spatialConform = SpatialConformType::none; }},
+            {"letterbox", [](auto&, auto& s) { s.set(settings::spatialConform, SpatialConformType::fit); }},
+            {"untouched", [](auto&, auto& s) { s.set(settings::spatialConform, SpatialConformType::none); }},
             {"a nudge of a frame", offsets(0.04, 0)},
             {"less than a frame", offsets(0.039, 0)},
             {"a nudge and the global offset", offsets(-0.08, 0.04)},
@@ -132,7 +132,7 @@ TEST(ExporterClips, EachChangeShows) {
                  sound(g).channelCount = 3;
                  sound(g).ixmlData = ixml("1", "2");
                  sound(g).ixmlData->tracks = {{3, "BOOM 2"}, {1, ""}};
-                 s.audioBaseRole = "effects";
+                 s.set(settings::audioBaseRole, "effects");
                  s.subroleMap = {{1, "Main"}};
              }},
             {"the report's scene as it stands, and where its take is empty the recorder's",
@@ -197,7 +197,7 @@ TEST(ExporterNotes, PictureAndSoundShareTheField) {
     ExportSettings settings;
     EXPECT_EQ(FCPXMLExporter::buildNotesString(group, settings, {"great take", "sync ok"}),
               "V: great take, sync ok | A: Scene 12, Take 3");
-    settings.notesSource = NotesSource::video;
+    settings.set(settings::notesSource, NotesSource::video);
     EXPECT_EQ(FCPXMLExporter::buildNotesString(group, settings, {"a"}), "V: a");
     EXPECT_EQ(FCPXMLExporter::buildNotesString(group, settings, {}), std::nullopt);
 }

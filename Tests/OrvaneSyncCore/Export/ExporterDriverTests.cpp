@@ -79,7 +79,7 @@ TEST(ExporterDriver, EachStatusHasItsPath) {
         if (sound) group.audioMatches.emplace_back(recording(2), 0, 1);
         group.video.durationSeconds = duration;
         ExportSettings settings = settingsAt(25);
-        settings.wrapMOSInSyncClip = wrap;
+        settings.set(settings::wrapMOSInSyncClip, wrap);
         const ExportResult result = run({group}, settings);
         EXPECT_EQ(result.syncClipCount, clips) << name;
         EXPECT_EQ(countOf(result.fcpxmlString, "<sync-clip"), static_cast<std::size_t>(clips)) << name;
@@ -156,17 +156,17 @@ TEST(ExporterNames, FollowTheSourceTheCameraAndThePickup) {
                                manual,
                                slow};
     const auto names = [&](ExportSettings settings) {
-        settings.namingSeparator = "_";
-        settings.generateMulticam = false;
+        settings.set(settings::namingSeparator, "_");
+        settings.set(settings::generateMulticam, false);
         return attributesOf(run(groups, settings).fcpxmlString, "<sync-clip", "name");
     };
     ExportSettings settings = settingsAt(25);
     EXPECT_EQ(names(settings),
               (Lines{"5_2 Cam A", "5_2 Cam B", "5_2", "5_2", "6_1", "Hero PU", "clip 120fps"}));
-    settings.clipNamingSource = GroupNaming::Source::audio;
+    settings.set(settings::clipNamingSource, GroupNaming::Source::audio);
     EXPECT_EQ(names(settings),
               (Lines{"MIX Cam A", "MIX Cam B", "MIX", "MIX", "MIX Cam A", "Hero Cam A PU", "clip 120fps"}));
-    settings.clipNamingSource = GroupNaming::Source::custom;
+    settings.set(settings::clipNamingSource, GroupNaming::Source::custom);
     settings.customNamingPattern = "{scene}x{take}";
     EXPECT_EQ(names(settings).front(), "5x2 Cam A");
     settings.customNamingPattern = "";
@@ -181,8 +181,8 @@ TEST(ExporterNames, FollowTheSourceTheCameraAndThePickup) {
 
 TEST(ExporterEvents, ScenesInTheirOrderAndTheRestBehind) {
     ExportSettings settings = settingsAt(25);
-    settings.eventName = "Day 1";
-    settings.generateMulticam = false;
+    settings.set(settings::eventName, "Day 1");
+    settings.set(settings::generateMulticam, false);
     settings.atmoFileURL = FileURL{"/media/atmo.wav"};
     WildTrack approved(recording(1, "wild.wav"), "Wind"), hidden(recording(1, "hidden.wav"));
     approved.isApproved = true;
@@ -197,20 +197,20 @@ TEST(ExporterEvents, ScenesInTheirOrderAndTheRestBehind) {
     EXPECT_EQ(eventsOf(run(groups, settings, {approved, hidden}).fcpxmlString),
               "Day 1: a; b; c; d; e; f; atmo; Wind;");
 
-    settings.splitEventsByScene = true;
+    settings.set(settings::splitEventsByScene, true);
     EXPECT_EQ(eventsOf(run(groups, settings, {approved, hidden}).fcpxmlString),
               "Day 1 002: c; e; | Day 1 010: a; d; | Day 1: b; f; atmo; Wind;");
-    settings.eventNamePattern = "S{scene}";
+    settings.set(settings::eventNamePattern, "S{scene}");
     settings.atmoFileURL = std::nullopt;
     EXPECT_EQ(eventsOf(run({groups[0], groups[2]}, settings).fcpxmlString), "S2: c; | S10: a;")
         << "numbers in names count by value, and an event without clips is not made";
-    settings.generateSyncClips = false;
+    settings.set(settings::generateSyncClips, false);
     EXPECT_EQ(eventsOf(run(groups, settings).fcpxmlString), "Day 1:") << "never without an event";
 }
 
 TEST(ExporterDriver, ClipsThatAreNotWantedInEventsCountNowhere) {
     ExportSettings settings = settingsAt(25);
-    settings.generateSyncClips = false;
+    settings.set(settings::generateSyncClips, false);
     const ExportResult result = run(
         {matched(picture(), {recording(2)}), matched(picture("M.mov"), {}, MatchStatus::mos())}, settings);
     EXPECT_EQ(result.syncClipCount, 1);

@@ -20,13 +20,15 @@ SyncGroup slowMotion(MatchStatus status = MatchStatus::matched()) {
 
 ExportSettings withVariants() {
     ExportSettings settings = settingsAt(25);
-    settings.generateNativeMOSForOffspeed = settings.generateProjectRateForOffspeed = true;
+    settings.set(settings::generateNativeMOS, true);
+    settings.set(settings::generateProjectRate, true);
     return settings;
 }
 
 TEST(ExporterOffspeed, AClipWithAllItsVariants) {
     ExportSettings settings = withVariants();
-    settings.generateRawMediaEvent = settings.separateEventForNativeMOS = true;
+    settings.set(settings::generateRawMediaEvent, true);
+    settings.set(settings::nativeMOSSeparateEvent, true);
     expectGolden("offspeed", exported(slowMotion(), settings));
     const ExportResult result = FCPXMLExporter::exportDocument(SyncGroupList{slowMotion()}, {}, settings);
     EXPECT_EQ(std::vector({result.nativeRateCount, result.projectRateCount, result.sourceMediaCount,
@@ -91,7 +93,8 @@ TEST(ExporterOffspeed, EachChangeShows) {
     };
     const auto variants = [](bool all, bool native, std::optional<bool> rate) {
         return [=](SyncGroup& group, ExportSettings& settings) {
-            settings.generateNativeMOSForOffspeed = settings.generateProjectRateForOffspeed = all;
+            settings.set(settings::generateNativeMOS, all);
+            settings.set(settings::generateProjectRate, all);
             group.generateNativeMOSClip = native;
             group.generateProjectRateClipFlag = rate;
         };
@@ -106,7 +109,8 @@ TEST(ExporterOffspeed, EachChangeShows) {
                  rates(59.94, 59.94)(g, s);
                  place("00:00:01:00", 1.001)(g, s);
              }},
-            {"no keywords, and the facts stay", [](auto&, auto& s) { s.offspeedAutoKeyword = false; }},
+            {"no keywords, and the facts stay",
+             [](auto&, auto& s) { s.set(settings::offspeedAutoKeyword, false); }},
             {"without sound",
              [](auto& g, auto&) {
                  g.audioMatches.clear();
@@ -117,10 +121,12 @@ TEST(ExporterOffspeed, EachChangeShows) {
              [](auto& g, auto& s) {
                  g.nativeMOSNameSuffix = "_{fps}";
                  g.projectRateNameSuffix = "{fps} p";
-                 s.nativeMOSSuffix = s.projectRateSuffix = "unused";
+                 s.set(settings::nativeMOSSuffix, "unused");
+                 s.set(settings::projectRateSuffix, "unused");
              }},
             {"nothing known of start and length", place({}, {})},
-            {"a container for the native clip", [](auto&, auto& s) { s.wrapNativeMOSInSyncClip = true; }},
+            {"a container for the native clip",
+             [](auto&, auto& s) { s.set(settings::wrapNativeMOSInSyncClip, true); }},
             {"no variants", variants(false, false, {})},
             {"the native clip of this clip alone", variants(false, true, {})},
             {"the project-rate clip of this clip alone", variants(false, false, true)},
@@ -145,11 +151,11 @@ TEST(ExporterOffspeed, VariantsGoToTheirSceneOrTheirEvent) {
     ExportSettings settings = withVariants();
     const auto events = [&] { return eventsOf(exported(group, settings)); };
     EXPECT_EQ(events(), "Synced: x 125fps; x [125 FPS]; x 25fps;");
-    settings.splitEventsByScene = true;
+    settings.set(settings::splitEventsByScene, true);
     EXPECT_EQ(events(), "Synced 007: x 125fps; x [125 FPS]; x 25fps;");
-    settings.separateEventForNativeMOS = true;
+    settings.set(settings::nativeMOSSeparateEvent, true);
     EXPECT_EQ(events(), "Synced 007: x 125fps; x 25fps; | Native MOS: x [125 FPS];");
-    settings.separateEventForProjectRate = true;
+    settings.set(settings::projectRateSeparateEvent, true);
     EXPECT_EQ(events(), "Synced 007: x 125fps; | Native MOS: x [125 FPS]; | Project Rate: x 25fps;");
 }
 
@@ -163,9 +169,10 @@ TEST(ExporterRawMedia, HoldsEveryFileOnce) {
     WildTrack wild(recording(1, "wild.wav"), "Wind"), same(shared);
     MediaAsset unknown(FileURL{"/media/unknown.wav"}, AssetKind::audio);
     ExportSettings settings = settingsAt(25);
-    settings.generateSyncClips = settings.generateMulticam = false;
-    settings.generateRawMediaEvent = true;
-    settings.rawMediaEventName = "Bin";
+    settings.set(settings::generateSyncClips, false);
+    settings.set(settings::generateMulticam, false);
+    settings.set(settings::generateRawMediaEvent, true);
+    settings.set(settings::rawMediaEventName, "Bin");
     const std::string document =
         FCPXMLExporter::exportDocument({first, second, unmatched}, {wild, same, WildTrack(unknown)}, settings)
             .fcpxmlString;

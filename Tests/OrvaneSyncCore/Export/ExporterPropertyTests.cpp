@@ -158,7 +158,7 @@ class Document {
                     EXPECT_EQ(angle.children.front(), gap);
                 }
                 total = std::max(total, offset + *camera.time("duration"));
-                if (shoot_.settings.generateSyncClips) expectInAnEvent(camera, frame);
+                if (shoot_.settings.get(settings::generateSyncClips)) expectInAnEvent(camera, frame);
             }
             EXPECT_EQ(*clip->time("duration"), total);
         }

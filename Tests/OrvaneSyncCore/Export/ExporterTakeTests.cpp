@@ -50,12 +50,14 @@ TEST(ExporterTakes, AreOneRecordingInTheDocument) {
                           const std::function<void(SyncGroup&, ExportSettings&)>& change = {}) {
         SyncGroup group = take(files);
         ExportSettings settings = settingsAt(25);
-        settings.generateRawMediaEvent = true;
+        settings.set(settings::generateRawMediaEvent, true);
         if (change) change(group, settings);
         EXPECT_EQ(soundOf(exported(group, settings)), sound) << name;
     };
     const auto second = [](SyncGroup& group, ExportSettings&) { group.manualActiveTracks = {2}; };
-    const auto whole = [](SyncGroup&, ExportSettings& settings) { settings.trimMode = TrimMode::noTrim; };
+    const auto whole = [](SyncGroup&, ExportSettings& settings) {
+        settings.set(settings::trimMode, TrimMode::noTrim);
+    };
     const std::vector<MediaAsset> split{file("T1_2.WAV", 8, 22, 2), file("T1_1.WAV", -1, 9, 2)};
     const std::string splitChannels = " Mix@36008s Boom@36008s clip@35999s Mix@35999s Boom@35999s";
     check("one file a channel: the names of a recording with three",
@@ -91,7 +93,7 @@ TEST(ExporterTakes, OverlapIsWherePictureAndSoundBothAre) {
         SyncGroup group = take(files);
         group.manualAudioOffsetSeconds = manualOffset;
         ExportSettings settings = settingsAt(25);
-        settings.trimMode = TrimMode::overlap;
+        settings.set(settings::trimMode, TrimMode::overlap);
         const std::string clip = linesWith(exported(group, settings), "<sync-clip ").front();
         EXPECT_EQ(attributeOf(clip, "start") + " " + attributeOf(clip, "duration"), extent) << name;
     };
@@ -140,7 +142,7 @@ TEST(ExporterTakes, NothingLastsLessThanAFrameOrNoTime) {
 TEST(ExporterTakes, CurvesLieInTheFileThatHoldsTheMoment) {
     SyncGroup group = take({file("T1_1.WAV", 0, 8), file("T1_2.WAV", 8, 12), file("ZOOM0004.WAV", 0, 5)});
     ExportSettings settings = settingsAt(25);
-    settings.volumeKeyframes = true;
+    settings.set(settings::volumeKeyframes, true);
     auto& blocks = settings.smartAudioResults[group.id].blocks;
     for (const auto& [end, track] : std::initializer_list<std::pair<double, int>>{{3, 1}, {8, 2}, {20, 1}}) {
         BlockDecision& block = blocks.emplace_back();

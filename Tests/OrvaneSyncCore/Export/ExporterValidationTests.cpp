@@ -29,7 +29,7 @@ SyncGroupList manyClips(ExportSettings& settings) {
     result.blocks[0].endSeconds = result.blocks[1].startSeconds = 2.5;
     result.blocks[1].endSeconds = 9;
     result.blocks[1].activeTrack = 2;
-    settings.volumeKeyframes = true;
+    settings.set(settings::volumeKeyframes, true);
     SyncGroup slow = matched(picture("slow.mov"), {recording(2)}, MatchStatus::manual());
     slow.video.sensorFrameRate = 120;
     SyncGroup bare = matched(MediaAsset(FileURL{"/media/\xFF.mov"}, AssetKind::video),
@@ -38,8 +38,10 @@ SyncGroupList manyClips(ExportSettings& settings) {
     fast.video.frameRate = 120;
     fast.id = UUID::random();
     settings.atmoFileURL = FileURL{"/media/atmo.wav"};
-    settings.generateNativeMOSForOffspeed = settings.generateProjectRateForOffspeed = true;
-    settings.separateEventForProjectRate = settings.generateRawMediaEvent = true;
+    settings.set(settings::generateNativeMOS, true);
+    settings.set(settings::generateProjectRate, true);
+    settings.set(settings::projectRateSeparateEvent, true);
+    settings.set(settings::generateRawMediaEvent, true);
     return {rich, slow, fast, bare, matched(picture("silent.mov"), {}, MatchStatus::mos())};
 }
 
@@ -113,7 +115,7 @@ TEST_F(ExporterValidation, RandomShootsFollowTheTypeDefinition) {
         {"scene events", 0}, {"room tone", 0}, {"volume keyframes", 0}};
     for (const unsigned seed : test::seeds(sweepOfShoots)) {
         Shoot shoot = shootToValidate(seed);
-        shoot.settings.volumeKeyframes = true;
+        shoot.settings.set(settings::volumeKeyframes, true);
         const ExportResult result =
             FCPXMLExporter::exportDocument(shoot.groups, shoot.wildTracks, shoot.settings);
         const auto has = [&](const char* text) {
@@ -122,7 +124,7 @@ TEST_F(ExporterValidation, RandomShootsFollowTheTypeDefinition) {
         documentsWith["multicam"] += has("<multicam ");
         documentsWith["time map"] += has("<timeMap");
         documentsWith["wrapped native"] +=
-            result.nativeRateCount > 0 && shoot.settings.wrapNativeMOSInSyncClip;
+            result.nativeRateCount > 0 && shoot.settings.get(settings::wrapNativeMOSInSyncClip);
         documentsWith["source media"] += result.sourceMediaCount > 0;
         documentsWith["scene events"] += result.sceneEventCount > 0;
         documentsWith["volume keyframes"] += has("<keyframe ");

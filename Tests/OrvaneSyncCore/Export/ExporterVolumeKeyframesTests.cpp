@@ -93,7 +93,7 @@ TEST(VolumeCurves, BelongToTheChannelsOfTheirOwnRecording) {
         SyncGroup first = matched(picture("a.mov"), {named});
         const SyncGroup second = matched(picture("b.mov"), {named});
         ExportSettings settings = settingsAt(25);
-        settings.generateMulticam = false; // an angle would hold its clip's channels once more
+        settings.set(settings::generateMulticam, false); // an angle would hold its clip's channels once more
         SmartAudioResult& result = settings.smartAudioResults[first.id];
         result.blocks = blocks;
         if (change) change(first, result);
@@ -101,7 +101,7 @@ TEST(VolumeCurves, BelongToTheChannelsOfTheirOwnRecording) {
             return FCPXMLExporter::exportDocument({first, second}, {}, settings).fcpxmlString;
         };
         EXPECT_EQ(countOf(document(), "<keyframe "), 0U) << name;
-        settings.volumeKeyframes = true;
+        settings.set(settings::volumeKeyframes, true);
         EXPECT_EQ(curvesOf(readDocument(document())), curves) << name;
         const std::string missing = result.isHeard() ? "1 clip" : "2 clips";
         EXPECT_EQ(FCPXMLExporter::exportDocument({first, second}, {}, settings).warnings,

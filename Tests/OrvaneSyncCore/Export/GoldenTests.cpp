@@ -42,9 +42,9 @@ TEST(GoldenDocuments, ThreeCamerasByScene) {
     groups.push_back(matched(silent, {}, MatchStatus::mos()));
 
     ExportSettings settings = settingsAt(25);
-    settings.eventName = "Day 1";
-    settings.splitEventsByScene = true;
-    settings.generateRawMediaEvent = false;
+    settings.set(settings::eventName, "Day 1");
+    settings.set(settings::splitEventsByScene, true);
+    settings.set(settings::generateRawMediaEvent, false);
     settings.atmoFileURL = FileURL{"/media/Atmo Kitchen.wav"};
     SmartAudioResult& heard = settings.smartAudioResults[groups[0].id];
     heard.bestTrackIndex = 2;
@@ -73,8 +73,9 @@ TEST(GoldenDocuments, MulticamAloneInDropFrame) {
         groups.push_back(matched(video, {recording(1)}));
     }
     ExportSettings settings = settingsAt(29.97);
-    settings.generateSyncClips = settings.generateRawMediaEvent = false;
-    settings.multicamCodec = MulticamCodec::proRes422Proxy;
+    settings.set(settings::generateSyncClips, false);
+    settings.set(settings::generateRawMediaEvent, false);
+    settings.set(settings::multicamCodec, MulticamCodec::proRes422Proxy);
     expectGolden("multicam-alone",
                  FCPXMLExporter::exportDocument(SyncGroupList(groups), {}, settings).fcpxmlString);
 }

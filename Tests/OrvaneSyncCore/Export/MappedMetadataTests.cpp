@@ -99,7 +99,7 @@ TEST(LockitFieldMapping, sendsEachFieldWhereTheUserWantsIt) {
         silent.lockitMetadata = one.fields;
         SyncGroup slow = synced;
         slow.video.sensorFrameRate = 100;
-        settings.generateProjectRateForOffspeed = true;
+        settings.set(settings::generateProjectRate, true);
         const auto expectIn = [&](const SyncGroup& group, const char* kind, std::size_t clips) {
             std::vector<std::string> expected;
             for (std::size_t i = 0; i < clips; ++i)

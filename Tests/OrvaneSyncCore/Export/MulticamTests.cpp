@@ -305,7 +305,7 @@ TEST(MulticamClips, StandBesideTheClipsOrInTheirPlace) {
     SyncGroupList groups{camera("A001C001.mov"), camera("B001C001.mov", "10:00:02:00", 20),
                          camera("far.mov", "12:00:00:00")};
     ExportSettings settings = settingsAt(29.97);
-    settings.clipNamingSource = GroupNaming::Source::video;
+    settings.set(settings::clipNamingSource, GroupNaming::Source::video);
     const auto lines = [&](const char* text) {
         return linesWith(FCPXMLExporter::exportDocument(groups, {}, settings).fcpxmlString, text);
     };
@@ -322,16 +322,16 @@ TEST(MulticamClips, StandBesideTheClipsOrInTheirPlace) {
     ExportResult result = FCPXMLExporter::exportDocument(groups, {}, settings);
     EXPECT_EQ(result.syncClipCount, 3);
     EXPECT_EQ(result.multicamCount, 1);
-    settings.generateSyncClips = false;
+    settings.set(settings::generateSyncClips, false);
     result = FCPXMLExporter::exportDocument(groups, {}, settings);
     EXPECT_EQ(result.syncClipCount, 0);
     EXPECT_EQ(result.multicamCount, 1);
     EXPECT_EQ(lines("<sync-clip").size(), 2U) << "the clip that has no partner is nowhere";
-    settings.generateMulticam = false;
+    settings.set(settings::generateMulticam, false);
     EXPECT_EQ(lines("<multicam").size(), 0U);
 
     groups.update(groups[0].id, [](SyncGroup& group) { group.video.frameRate = 59.94; });
-    settings.generateMulticam = true;
+    settings.set(settings::generateMulticam, true);
     EXPECT_EQ(lines("tcFormat=\"DF\"").size(), 1U) << "the first camera's own rate decides";
     groups.update(groups[1].id, [](SyncGroup& group) { group.audioMatches.clear(); });
     EXPECT_EQ(lines("<multicam").size(), 0U) << "a clip without sound is no angle";

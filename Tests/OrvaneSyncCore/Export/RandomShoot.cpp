@@ -80,15 +80,15 @@ class Maker {
         choose(store);
         s = ExportSettings(store);
         s.frameRate = s.projectFrameRate = number(oneOf(rates));
-        s.eventName = chance(50) ? text() : "Day 1";
+        s.set(settings::eventName, chance(50) ? text() : "Day 1");
         s.fcpxmlVersion = static_cast<fcpxml::FCPXMLVersion>(below(9));
-        s.audioBaseRole = chance(80) ? "dialogue" : text();
+        s.set(settings::audioBaseRole, chance(80) ? "dialogue" : text());
         if (chance(50)) s.subroleMap = {{1, "Mix"}, {2, text()}, {-1, "x"}};
         s.defaultAudioTracks = integer(1 + below(4));
         s.outputWidth = integer(1920);
         s.alternateHeight = integer(1080);
         s.customNamingPattern = maybe("{scene}" + text() + "{take}");
-        s.eventNamePattern = chance(50) ? "{eventName} {scene:3}" : "S{scene}" + text();
+        s.set(settings::eventNamePattern, chance(50) ? "{eventName} {scene:3}" : "S{scene}" + text());
         if (chance(40)) s.atmoFileURL = FileURL{"/media/atmo" + text() + ".wav"};
         const double atmo = number(between(1, 300));
         if (atmo > 0) s.atmoDurationSeconds = atmo; // the settings allow no other

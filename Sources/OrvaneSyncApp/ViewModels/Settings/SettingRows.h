@@ -69,7 +69,9 @@ struct SettingTab {
     std::vector<SettingSection> sections;
 };
 
-/// The tabs in their order. Every setting that is declared with a label has exactly one row.
+/// The tabs in their order. Every setting of the catalogue that is declared with a label has one row, which
+/// SettingTabs.cpp only names where it has a condition or another place than behind the setting declared
+/// before.
 const std::vector<SettingTab>& settingTabs();
 
 /// The row of a setting, for other screens that show it with the same label. The setting must have a row.

@@ -3,6 +3,8 @@
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "Platform/SettingsStore.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <stdexcept>
 #include <utility>
 
@@ -77,12 +79,15 @@ bool hasCustomAmounts(const SettingsStore& store) {
     return store.get(settings::smartAudioMode) == SmartAudioMode::custom;
 }
 
+// Named are the first row of a section, rows with a condition or another control, and rows whose place is not
+// the one that `withOthers` gives.
+
 SettingTab output() {
     using namespace settings;
     return {SettingPage::output,
             "Output",
             {{"Event",
-              {Row(eventName), Row(generateSyncClips), Row(generateMulticam), Row(splitEventsByScene),
+              {Row(eventName), Row(splitEventsByScene),
                Row(eventNamePattern).when(isOn<splitEventsByScene>).doubting(patternDoubts::eventName),
                Row(generateRawMediaEvent), Row(rawMediaEventName).when(isOn<generateRawMediaEvent>)}},
              {"Clips", {Row(trimMode), Row(wrapMOSInSyncClip), Row(volumeKeyframes)}},
@@ -91,10 +96,10 @@ SettingTab output() {
                Row(aspectRatio).when(is<videoResolution, VideoResolutionMode::useAlternateFrameSize>),
                Row(alternateWidth).when(takesPixels), Row(alternateHeight).when(takesPixels),
                Row(spatialConform)}},
-             {"Notes", {Row(notesSource), Row(notesVideoPrefix), Row(notesAudioPrefix)}},
+             {"Notes", {Row(notesSource)}},
              {"Multicam", {Row(multicamCodec)}},
              {"Global audio offset",
-              {Row(globalAudioOffsetFrames), Row(globalAudioOffsetStartMode),
+              {Row(globalAudioOffsetFrames),
                Row(globalAudioOffsetStartFromFilename)
                    .when(is<globalAudioOffsetStartMode, GlobalOffsetStart::fromFilename>),
                Row(globalAudioOffsetStartFromTC)
@@ -132,12 +137,12 @@ SettingTab smartAudio() {
             "Smart Audio",
             {{"Adjustments",
               {Row(smartAudioMode), Row(smartAudioVoiceIso).when(hasCustomAmounts),
-               Row(smartAudioVoiceIsoSNR), Row(smartAudioLoudness).when(hasCustomAmounts),
+               Row(smartAudioLoudness).when(hasCustomAmounts),
                Row(smartAudioLoudnessUniformity).when(hasCustomAmounts),
                Row(smartAudioAutoHum).when(hasCustomAmounts), Row(smartAudioHumFreq).when(hasCustomAmounts)}},
              {"Choice of microphones",
               {Row(smartAudioBlockMode), Row(bestChannelMode), Row(smartAudioAggressiveness),
-               Row(smartAudioRouting), Row(smartAudioLoudnessTargetDB), Row(smartAudioBanditEnabled)}},
+               Row(smartAudioRouting), Row(smartAudioBanditEnabled)}},
              {"Project", {Row(smartAudioPreset), Row(smartAudioTargetLUFS)}},
              {"Playback", {Row(playbackAppliesSmartAudio)}}}};
 }
@@ -177,11 +182,36 @@ SettingTab reports() {
              {"Linear timecode", {Row(ltcEnabled), Row(ltcChannelIndex).when(isOn<ltcEnabled>)}}}};
 }
 
+/// The section that has the row of a setting, with the row's place in it; null: none has.
+std::pair<SettingSection*, std::ptrdiff_t> sectionOf(std::vector<SettingTab>& tabs, std::string_view key) {
+    for (SettingTab& tab : tabs)
+        for (SettingSection& section : tab.sections) {
+            const auto row = std::ranges::find(section.rows, key,
+                                               [](const SettingRow& each) { return each.setting.get().key; });
+            if (row != section.rows.end()) return {&section, row - section.rows.begin()};
+        }
+    return {};
+}
+
+/// Every other setting that has a label: behind the row of the one declared before it in its family.
+std::vector<SettingTab> withOthers(std::vector<SettingTab> tabs) {
+    const SettingDescription* before = nullptr;
+    for (const SettingDescription& setting : SettingsCatalogue::all()) {
+        if (setting.details.label.empty()) continue;
+        if (before != nullptr && before->family == setting.family &&
+            sectionOf(tabs, setting.key).first == nullptr)
+            if (const auto [section, place] = sectionOf(tabs, before->key); section != nullptr)
+                section->rows.insert(section->rows.begin() + place + 1, Row(setting));
+        before = &setting;
+    }
+    return tabs;
+}
+
 } // namespace
 
 const std::vector<SettingTab>& settingTabs() {
     using namespace settings;
-    static const std::vector<SettingTab> all{
+    static const std::vector<SettingTab> all = withOthers({
         output(),
         naming(),
         roles(),
@@ -193,7 +223,7 @@ const std::vector<SettingTab>& settingTabs() {
         {SettingPage::models, "Models", {}},
         {SettingPage::calibration, "Calibration", {{"Source", {Row(calibInputAudio).as(Control::file)}}}},
         {SettingPage::developer, "Developer", {{"Caches", {Row(cachesLimitGB)}}}},
-    };
+    });
     return all;
 }
 

@@ -170,7 +170,7 @@ ExportSheet::ExportSheet(Desktop& desktop, QWidget* parent) : QDialog(parent), d
     connect(write_, &QPushButton::clicked, this, [this] { write(); });
     connect(suggestion_, &QPushButton::clicked, this, [this] { event_->setText(suggestion_->text()); });
 
-    event_->setText(text(desktop_.controller().exporting().exportSettings({}).eventName));
+    event_->setText(text(desktop_.controller().exporting().exportSettings({}).get(settings::eventName)));
     showForecast();
     inBackground(
         this,
@@ -196,7 +196,7 @@ QWidget* ExportSheet::makeOptions() {
     const ExportSettings now = desktop_.controller().exporting().exportSettings({});
     for (const SettingChoice& one : trimming.choices)
         length->addItem(translated(one.text), text(*one.value.string()));
-    length->setCurrentIndex(static_cast<int>(now.trimMode));
+    length->setCurrentIndex(static_cast<int>(now.get(settings::trimMode)));
     connect(length, &QComboBox::activated, this, [this, length](int) {
         setOption(settings::trimMode.key, JSON(utf8(length->currentData().toString())));
     });
@@ -243,8 +243,8 @@ QWidget* ExportSheet::makeDestination() {
         place_->setText(
             QDir(folder).filePath((name.isEmpty() ? tr("Synced") : name) + QStringLiteral(".fcpxml")));
     };
-    propose(text(proposedDocumentName(desktop_.sessions(),
-                                      desktop_.controller().exporting().exportSettings({}).eventName)));
+    propose(text(proposedDocumentName(
+        desktop_.sessions(), desktop_.controller().exporting().exportSettings({}).get(settings::eventName))));
     connect(event_, &QLineEdit::textChanged, this, [this, propose](const QString& event) {
         if (event_->isModified() || event == suggestion_->text()) propose(text(asFileName(utf8(event))));
     });
@@ -283,7 +283,7 @@ void ExportSheet::showForecast() {
             .arg(translatedSentence(counted(forecast.withSound, "clip", "clips")))
             .arg(forecast.withoutSound)
             .arg(translatedSentence(counted(forecast.multicams, "multicam clip", "multicam clips")));
-    if (now.splitEventsByScene)
+    if (now.get(settings::splitEventsByScene))
         sentence += tr(", in %1").arg(translatedSentence(
             counted(ExportPreview::projectedEventCount(work.syncGroups(), now), "event", "events")));
     const int tracks = static_cast<int>(std::ranges::count_if(work.wildTracks(), &WildTrack::isApproved));

@@ -15,7 +15,7 @@ namespace {
 using Tracks = std::vector<IXMLTrack>;
 
 std::string roleOf(int track, const Tracks& named, const ExportSettings& settings) {
-    std::string role = settings.audioBaseRole;
+    std::string role = settings.get(settings::audioBaseRole);
     role += '.';
     for (const IXMLTrack& candidate : named)
         if (candidate.channelIndex == track && !candidate.name.empty()) return role += candidate.name;
@@ -25,7 +25,7 @@ std::string roleOf(int track, const Tracks& named, const ExportSettings& setting
 
 const Tracks& tracksOf(const MediaAsset& audio, const ExportSettings& settings) {
     static const Tracks none;
-    return audio.ixmlData && settings.useIXMLTrackNames ? audio.ixmlData->tracks : none;
+    return audio.ixmlData && settings.get(settings::useIXMLTrackNames) ? audio.ixmlData->tracks : none;
 }
 
 /// In a file with a single channel the position in the file says nothing, so the running number of the file's
@@ -62,7 +62,7 @@ void makeDistinct(std::vector<std::string>& roles) {
 
 ChannelRoles::ChannelRoles(const SyncGroup& group, const Take& take, const ExportSettings& settings)
     : roles_(static_cast<std::size_t>(take.runningChannelCount())) {
-    const Tracks named = settings.useIXMLTrackNames ? namedChannels(group, take) : Tracks();
+    const Tracks named = settings.get(settings::useIXMLTrackNames) ? namedChannels(group, take) : Tracks();
     for (const TakeFile& file : take.files) {
         if (file.role == TakeRole::mirror) continue;
         const MediaAsset& audio = group.audioMatches[file.matchIndex].audio;

@@ -40,9 +40,10 @@ int projectedEventCount(const SyncGroupList& groups, const ExportSettings& setti
     std::unordered_set<std::string> names;
     bool hasClipWithoutScene = false;
     for (const SyncGroup& group : groups) {
-        const bool isMOSClip = group.isMOS() && settings.wrapMOSInSyncClip;
+        const bool isMOSClip = group.isMOS() && settings.get(settings::wrapMOSInSyncClip);
         if (group.isExcludedFromExport || !(group.matchStatus.isSettled() || isMOSClip)) continue;
-        auto name = FCPXMLExporter::sceneEventName(group, settings.eventNamePattern, settings.eventName);
+        auto name = FCPXMLExporter::sceneEventName(group, settings.get(settings::eventNamePattern),
+                                                   settings.get(settings::eventName));
         if (name)
             names.insert(std::move(*name));
         else
@@ -59,9 +60,9 @@ Forecast forecast(const SyncGroupList& groups, const ExportSettings& settings) {
     };
     const SyncGroupList withSound = ofKind(ClipKind::withSound);
     Forecast forecast;
-    if (settings.generateSyncClips) forecast.withSound = static_cast<int>(withSound.size());
+    if (settings.get(settings::generateSyncClips)) forecast.withSound = static_cast<int>(withSound.size());
     forecast.withoutSound = static_cast<int>(ofKind(ClipKind::withoutSound).size());
-    if (settings.generateMulticam)
+    if (settings.get(settings::generateMulticam))
         forecast.multicams =
             static_cast<int>(FCPXMLExporter::findMulticamGroups(withSound, settings.matchRules).size());
     return forecast;

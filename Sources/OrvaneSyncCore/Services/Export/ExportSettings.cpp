@@ -56,7 +56,7 @@ void readGlobalAudioOffset(ExportSettings& settings, const SettingsStore& store)
 
 void readAtmo(ExportSettings& settings, const SettingsStore& store, const ExportSettings::Request& request) {
     settings.atmoFileURL = request.atmoFileURL;
-    if (request.atmoAudioRoleOverride) settings.atmoAudioRole = *request.atmoAudioRoleOverride;
+    if (request.atmoAudioRoleOverride) settings.set(settings::atmoAudioRole, *request.atmoAudioRoleOverride);
     const double seconds =
         request.atmoDurationOverride ? *request.atmoDurationOverride : store.get(settings::atmoDuration);
     settings.atmoDurationSeconds = seconds > 0 ? seconds : defaultAtmoSeconds;
@@ -66,8 +66,8 @@ void readAtmo(ExportSettings& settings, const SettingsStore& store, const Export
 
 ExportSettings ExportSettings::fromUserDefaults(const SettingsStore& store, const Request& request) {
     ExportSettings settings(store);
-    settings.eventName = request.eventName;
-    settings.generateMulticam = request.generateMulticam;
+    settings.set(settings::eventName, request.eventName);
+    settings.set(settings::generateMulticam, request.generateMulticam);
     settings.smartAudioResults = request.smartAudioResults;
     settings.metadataPrefix = request.metadataPrefix;
     settings.matchRules = request.matchRules;
@@ -84,7 +84,7 @@ ExportSettings ExportSettings::fromUserDefaults(const SettingsStore& store, cons
     settings.customNamingPattern = store.get(settings::customNamingPattern);
     settings.lockitFieldMapping = LockitFieldMapping::current(store);
     if (!store.find(settings::volumeKeyframes))
-        settings.volumeKeyframes = store.get(settings::experimentalVolumeKeyframes);
+        settings.set(settings::volumeKeyframes, store.get(settings::experimentalVolumeKeyframes));
     return settings;
 }
 

@@ -2,6 +2,7 @@
 
 #include "FCPXMLKit/model/FCPXMLVersion.h"
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Models/SettingsSnapshot.h"
 #include "OrvaneSyncCore/Models/SmartAudioResults.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Services/Matching/MatchRules.h"
@@ -16,64 +17,11 @@
 
 namespace orvane {
 
-/// A record whose members are settings, each with its declaration: `TrimMode trimMode =
-/// of(settings::trimMode);`. Constructed without a store it holds the defaults.
-class ReadFromSettings {
-  protected:
-    ReadFromSettings() = default;
-    explicit ReadFromSettings(const platform::SettingsStore& store) : store_(&store) {}
+/// Every decision of an export: the exporter reads nothing else.
+struct ExportSettings : SettingsSnapshot {
+    using SettingsSnapshot::SettingsSnapshot;
 
-    template <class T>
-    T of(const platform::Setting<T>& setting) const {
-        return store_ == nullptr ? setting.standard() : store_->get(setting);
-    }
-    /// Call at the end of the construction; the store is not used after it.
-    void isRead() { store_ = nullptr; }
-
-  private:
-    const platform::SettingsStore* store_ = nullptr;
-};
-
-/// All inputs of an export besides the clips: the exporter reads no other settings.
-struct ExportSettings : ReadFromSettings {
-    ExportSettings() = default;
-    /// Reads the store; a value that is not valid is replaced by the default.
-    explicit ExportSettings(const platform::SettingsStore& store) : ReadFromSettings(store) { isRead(); }
-
-    // These are used as they are stored.
-
-    std::string eventName = of(settings::eventName);
-    std::string audioBaseRole = of(settings::audioBaseRole); ///< the part before "." of every audio role
-    bool useIXMLTrackNames = of(settings::useIXMLTrackNames);
-    bool generateMulticam = of(settings::generateMulticam);
-    bool generateSyncClips = of(settings::generateSyncClips);
-    bool wrapMOSInSyncClip = of(settings::wrapMOSInSyncClip);
-    VideoResolutionMode videoResolution = of(settings::videoResolution);
-    SpatialConformType spatialConform = of(settings::spatialConform);
-    bool overrideAnamorphic = of(settings::overrideAnamorphic);
-    TrimMode trimMode = of(settings::trimMode);
-    std::string atmoAudioRole = of(settings::atmoAudioRole);
-    bool generateNativeMOSForOffspeed = of(settings::generateNativeMOS);
-    std::string nativeMOSSuffix = of(settings::nativeMOSSuffix);
-    bool separateEventForNativeMOS = of(settings::nativeMOSSeparateEvent);
-    std::string nativeMOSEventName = of(settings::nativeMOSEventName);
-    bool wrapNativeMOSInSyncClip = of(settings::wrapNativeMOSInSyncClip);
-    bool generateProjectRateForOffspeed = of(settings::generateProjectRate);
-    std::string projectRateSuffix = of(settings::projectRateSuffix);
-    bool separateEventForProjectRate = of(settings::projectRateSeparateEvent);
-    std::string projectRateEventName = of(settings::projectRateEventName);
-    bool offspeedAutoKeyword = of(settings::offspeedAutoKeyword);
-    bool generateRawMediaEvent = of(settings::generateRawMediaEvent);
-    std::string rawMediaEventName = of(settings::rawMediaEventName);
-    bool splitEventsByScene = of(settings::splitEventsByScene);
-    std::string eventNamePattern = of(settings::eventNamePattern);
-    NotesSource notesSource = of(settings::notesSource);
-    std::string notesVideoPrefix = of(settings::notesVideoPrefix);
-    std::string notesAudioPrefix = of(settings::notesAudioPrefix);
-    MulticamCodec multicamCodec = of(settings::multicamCodec);
-    ClipNamingSource clipNamingSource = of(settings::clipNamingSource);
-    std::string namingSeparator = of(settings::namingSeparator);
-    bool volumeKeyframes = of(settings::volumeKeyframes);
+    // What one stored setting decides is asked as of the store: `settings.get(settings::trimMode)`.
 
     // These are derived from several settings or from the clips.
 
@@ -81,8 +29,8 @@ struct ExportSettings : ReadFromSettings {
     double projectFrameRate = 24.0; ///< rate of a clip that states none; clips of another rate are warned of
     int outputWidth = 1920;         ///< native frame, pixels
     int outputHeight = 1080;
-    int alternateWidth = of(settings::alternateWidth); ///< container, pixels
-    int alternateHeight = of(settings::alternateHeight);
+    int alternateWidth = settings::alternateWidth.standard(); ///< container, pixels
+    int alternateHeight = settings::alternateHeight.standard();
     fcpxml::FCPXMLVersion fcpxmlVersion = fcpxml::FCPXMLVersion::v1_14;
     std::map<int, std::string> subroleMap; ///< by track, from 1
     int defaultAudioTracks = 2;            ///< channels of an audio file whose count is unknown

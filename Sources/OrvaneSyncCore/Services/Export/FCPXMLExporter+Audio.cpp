@@ -112,10 +112,11 @@ AudioChain buildAudioChain(const SyncGroup& group, const std::vector<std::string
 
     const Take take = takeOf(group, settings.defaultAudioTracks);
     const ChannelRoles roles(group, take, settings);
-    const VolumeCurves curves =
-        settings.volumeKeyframes && result != nullptr ? VolumeCurves(group, *result) : VolumeCurves();
-    // Every file keeps its own start time and is placed on the picture's axis by its offset. So the sound
-    // moves against the picture without losing its first samples.
+    const VolumeCurves curves = settings.get(settings::volumeKeyframes) && result != nullptr
+                                    ? VolumeCurves(group, *result)
+                                    : VolumeCurves();
+    // Every file keeps its own times and moves by its offset on the picture's axis: the sound slides against
+    // the picture, and its first sample is still its first.
     const Time shift = soundShift(group, settings, fps);
     chain.anchored.reserve(take.files.size());
     int lane = 0;

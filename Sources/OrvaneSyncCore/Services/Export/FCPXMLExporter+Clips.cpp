@@ -54,7 +54,7 @@ AssetClip pictureClip(const SyncGroup& group, const Picture& picture, const std:
     clip.format = IDREF{formatID};
     clip.tcFormat = picture.tcFormat;
     clip.videoRole = VideoRole{{"video"}};
-    clip.adjust.conform = AdjustConform{conformType(settings.spatialConform)};
+    clip.adjust.conform = AdjustConform{conformType(settings.get(settings::spatialConform))};
     return clip;
 }
 
@@ -91,10 +91,10 @@ Extent commonExtent(const SyncGroup& group, const Picture& picture, const Export
 
 /// Not for `overlap`. Compares the lengths of picture and take, not their positions.
 Time trimmedDuration(const SyncGroup& group, const Picture& picture, const ExportSettings& settings) {
-    if (settings.trimMode == TrimMode::videoDuration) return picture.duration;
+    if (settings.get(settings::trimMode) == TrimMode::videoDuration) return picture.duration;
     double seconds = group.video.shownSeconds().value_or(0);
     const double take = takeOf(group, settings.defaultAudioTracks).durationSeconds;
-    if (settings.trimMode == TrimMode::commonDuration) {
+    if (settings.get(settings::trimMode) == TrimMode::commonDuration) {
         if (take > 0) seconds = std::min(seconds, take);
     } else {
         seconds = std::max(seconds, take);
@@ -133,7 +133,7 @@ void addKeyword(std::vector<MarkerItem>& markers, std::string value) {
 /// A retimed picture gets no sound in its clip.
 Extent trimmed(const SyncGroup& group, const Picture& picture, bool isRetimed,
                const ExportSettings& settings) {
-    if (settings.trimMode == TrimMode::overlap)
+    if (settings.get(settings::trimMode) == TrimMode::overlap)
         return isRetimed ? Extent{picture.start, picture.duration} : commonExtent(group, picture, settings);
     return {picture.start, trimmedDuration(group, picture, settings)};
 }
@@ -195,7 +195,8 @@ std::optional<SyncClip> buildProjectRateSyncClip(const SyncGroup& group, const C
     const Picture picture(group.video, settings);
     const MappedItems mapped = lockitMappedItems(group, settings);
     const std::string name = OffspeedNaming::resolveProjectRateName(
-        fcpName, group.projectRateNameSuffix.value_or(settings.projectRateSuffix), picture.fps);
+        fcpName, group.projectRateNameSuffix.value_or(settings.get(settings::projectRateSuffix)),
+        picture.fps);
     SyncClip clip = clipWithoutKeywords(group, picture, resources, std::nullopt, name, mapped, settings);
     for (const std::string& keyword : mapped.keywords) addKeyword(clip.markers, keyword);
     addOffspeedKeywords(clip.markers, group, "Project Rate", settings);

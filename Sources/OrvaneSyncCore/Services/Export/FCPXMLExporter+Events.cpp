@@ -51,23 +51,27 @@ std::vector<Event> assembleEvents(ExportRun& run) {
     std::vector<Event> events;
     const std::set<std::optional<std::string>> keys(run.bucketKeys.begin(), run.bucketKeys.end());
     run.result.sceneEventCount = static_cast<int>(keys.size() - keys.count(std::nullopt));
-    if (settings.splitEventsByScene)
-        events = assembleSceneEvents(std::move(run.eventItems), run.bucketKeys, settings.eventName);
+    if (settings.get(settings::splitEventsByScene))
+        events =
+            assembleSceneEvents(std::move(run.eventItems), run.bucketKeys, settings.get(settings::eventName));
     else
-        events.push_back({.name = settings.eventName, .items = std::move(run.eventItems)});
+        events.push_back({.name = settings.get(settings::eventName), .items = std::move(run.eventItems)});
 
-    // If events are split by scene, variants without an event of their own are already in the event of their
-    // scene.
-    if (!settings.splitEventsByScene) {
-        if (!settings.separateEventForNativeMOS) moveItems(run.nativeMOSItems, events.front().items);
-        if (!settings.separateEventForProjectRate) moveItems(run.projectRateItems, events.front().items);
+    // When events are split, variants that want no event of their own already stand in their scene's.
+    if (!settings.get(settings::splitEventsByScene)) {
+        if (!settings.get(settings::nativeMOSSeparateEvent))
+            moveItems(run.nativeMOSItems, events.front().items);
+        if (!settings.get(settings::projectRateSeparateEvent))
+            moveItems(run.projectRateItems, events.front().items);
     }
     const auto appendEvent = [&](bool wanted, const std::string& name, std::vector<EventItem>& items) {
         if (wanted && !items.empty()) events.push_back({.name = name, .items = std::move(items)});
     };
-    appendEvent(settings.separateEventForNativeMOS, settings.nativeMOSEventName, run.nativeMOSItems);
-    appendEvent(settings.separateEventForProjectRate, settings.projectRateEventName, run.projectRateItems);
-    appendEvent(true, settings.rawMediaEventName, run.rawItems);
+    appendEvent(settings.get(settings::nativeMOSSeparateEvent), settings.get(settings::nativeMOSEventName),
+                run.nativeMOSItems);
+    appendEvent(settings.get(settings::projectRateSeparateEvent),
+                settings.get(settings::projectRateEventName), run.projectRateItems);
+    appendEvent(true, settings.get(settings::rawMediaEventName), run.rawItems);
     run.result.eventCount = static_cast<int>(events.size());
     return events;
 }

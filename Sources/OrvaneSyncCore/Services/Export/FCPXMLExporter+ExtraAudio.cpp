@@ -19,7 +19,7 @@ AssetClip soundClip(const Asset& asset, const Time& duration, const ExportSettin
     clip.name = asset.name;
     clip.start = Time::zero();
     clip.duration = duration;
-    clip.audioRole = AudioRole{{settings.atmoAudioRole}};
+    clip.audioRole = AudioRole{{settings.get(settings::atmoAudioRole)}};
     clip.videoRole = VideoRole{{"video"}};
     return clip;
 }

@@ -158,7 +158,7 @@ std::optional<BuiltMulticam> buildMulticam(std::vector<CameraClip> cameras, cons
     multicam.tcFormat = tcFormat(firstVideo, firstVideo.timecodeFrameRate
                                                  ? clipRate(firstVideo, settings)
                                                  : usableRate(firstVideo.frameRate, settings.frameRate));
-    multicam.renderFormat = resolveMulticamCodec(settings.multicamCodec, videos);
+    multicam.renderFormat = resolveMulticamCodec(settings.get(settings::multicamCodec), videos);
 
     BuiltMulticam built;
     built.media.id = {resources.nextID()};
@@ -287,8 +287,8 @@ void addMulticamClips(ExportRun& run) {
         if (!multicam) continue;
         moved.add(angles);
         run.resources.add(std::move(multicam->media));
-        const auto bucket = multicamBucketGroupID(angles, run.sceneEventNames,
-                                                  run.settings.splitEventsByScene, run.result.warnings);
+        const auto bucket = multicamBucketGroupID(
+            angles, run.sceneEventNames, run.settings.get(settings::splitEventsByScene), run.result.warnings);
         const auto scene = std::ranges::find_if(
             angles, [&](const SyncGroup* angle) { return bucket && angle->id == *bucket; });
         run.place(std::move(multicam->clip), scene == angles.end() ? nullptr : *scene);

@@ -49,13 +49,14 @@ std::optional<std::string> bestTakeAleIxml(const SyncGroup& group) {
 
 std::optional<std::string> buildNotesString(const SyncGroup& group, const ExportSettings& settings,
                                             const std::vector<std::string>& lockitVideoNotes) {
-    const NotesSource source = settings.notesSource;
+    const NotesSource source = settings.get(settings::notesSource);
     std::string text;
     if ((source == NotesSource::video || source == NotesSource::both) && !lockitVideoNotes.empty())
-        text = settings.notesVideoPrefix + " " + platform::text::joined(lockitVideoNotes, ", ");
+        text =
+            settings.get(settings::notesVideoPrefix) + " " + platform::text::joined(lockitVideoNotes, ", ");
     if (source == NotesSource::audio || source == NotesSource::both) {
         const std::string facts = audioFacts(group);
-        if (!facts.empty()) append(text, " | ", settings.notesAudioPrefix + " " + facts);
+        if (!facts.empty()) append(text, " | ", settings.get(settings::notesAudioPrefix) + " " + facts);
     }
     return text.empty() ? std::nullopt : std::optional(text);
 }

@@ -60,7 +60,7 @@ SyncClip wrapped(AssetClip clip) {
 /// If events are split by scene, a variant without an event of its own is put into the event of its scene.
 void placeVariant(ExportRun& run, EventItem item, const SyncGroup& group, bool separateEvent,
                   std::vector<EventItem>& ownItems) {
-    if (run.settings.splitEventsByScene && !separateEvent)
+    if (run.settings.get(settings::splitEventsByScene) && !separateEvent)
         run.place(std::move(item), &group);
     else
         ownItems.push_back(std::move(item));
@@ -110,7 +110,7 @@ std::string offspeedRateKeywordValue(const SyncGroup& group) {
 
 void addOffspeedKeywords(std::vector<MarkerItem>& markers, const SyncGroup& group, std::string_view kind,
                          const ExportSettings& settings) {
-    if (!settings.offspeedAutoKeyword || !group.video.isOffspeed()) return;
+    if (!settings.get(settings::offspeedAutoKeyword) || !group.video.isOffspeed()) return;
     addSingleKeyword(markers, "Offspeed");
     addSingleKeyword(markers, offspeedRateKeywordValue(group));
     if (!kind.empty()) addSingleKeyword(markers, std::string(kind));
@@ -124,7 +124,7 @@ AssetClip buildNativeMOSClip(const SyncGroup& group, const std::string& videoAss
     AssetClip clip;
     clip.ref = {videoAssetID};
     clip.name = OffspeedNaming::resolveNativeMOSName(
-        fcpName, group.nativeMOSNameSuffix.value_or(settings.nativeMOSSuffix), saidRate);
+        fcpName, group.nativeMOSNameSuffix.value_or(settings.get(settings::nativeMOSSuffix)), saidRate);
     clip.start = pictureStartTime(video, clipRate(video, settings)).value_or(Time::zero());
     clip.offset = clip.start;
     clip.duration = nativeDuration(video, rate, settings);
@@ -143,13 +143,15 @@ void addNativeMOSClips(ExportRun& run) {
     for (const SyncGroup& group : run.groups) {
         platform::throwIfStopped(run.stop);
         if (!group.video.isOffspeed()) continue;
-        if (!group.generateNativeMOSClip && !settings.generateNativeMOSForOffspeed) continue;
+        if (!group.generateNativeMOSClip && !settings.get(settings::generateNativeMOS)) continue;
         const auto asset = run.videoAssetIDByGroup.find(group.id);
         if (asset == run.videoAssetIDByGroup.end()) continue;
         AssetClip clip = buildNativeMOSClip(group, asset->second, nameWithoutTag(run, group), settings);
         EventItem item = std::move(clip);
-        if (settings.wrapNativeMOSInSyncClip) item = wrapped(std::get<AssetClip>(std::move(item)));
-        placeVariant(run, std::move(item), group, settings.separateEventForNativeMOS, run.nativeMOSItems);
+        if (settings.get(settings::wrapNativeMOSInSyncClip))
+            item = wrapped(std::get<AssetClip>(std::move(item)));
+        placeVariant(run, std::move(item), group, settings.get(settings::nativeMOSSeparateEvent),
+                     run.nativeMOSItems);
         ++run.result.nativeRateCount;
     }
 }
@@ -159,7 +161,7 @@ void addProjectRateClips(ExportRun& run) {
     for (const SyncGroup& group : run.groups) {
         platform::throwIfStopped(run.stop);
         if (!group.video.isOffspeed()) continue;
-        if (!group.shouldGenerateProjectRateClip() && !settings.generateProjectRateForOffspeed) continue;
+        if (!group.shouldGenerateProjectRateClip() && !settings.get(settings::generateProjectRate)) continue;
         const auto video = run.videoAssetIDByGroup.find(group.id);
         const auto format = run.formatIDByGroup.find(group.id);
         const auto audio = run.audioAssetIDsByGroup.find(group.id);
@@ -173,7 +175,7 @@ void addProjectRateClips(ExportRun& run) {
                                       .audioFormatID = std::string(audioFormatID)};
         auto clip = buildProjectRateSyncClip(group, resources, nameWithoutTag(run, group), settings);
         if (!clip) continue;
-        placeVariant(run, std::move(*clip), group, settings.separateEventForProjectRate,
+        placeVariant(run, std::move(*clip), group, settings.get(settings::projectRateSeparateEvent),
                      run.projectRateItems);
         ++run.result.projectRateCount;
     }

@@ -19,7 +19,8 @@ constexpr double rateMismatch = 0.02;
 
 void addMainFormats(ExportRun& run) {
     const ExportSettings& settings = run.settings;
-    const bool alternate = settings.videoResolution == VideoResolutionMode::useAlternateFrameSize;
+    const bool alternate =
+        settings.get(settings::videoResolution) == VideoResolutionMode::useAlternateFrameSize;
     Format main;
     main.id = {run.resources.nextID()};
     main.frameDuration = frameDurationTime(settings.frameRate);
@@ -88,8 +89,8 @@ void addClip(ExportRun& run, const SyncGroup& group) {
     const ClipResources resources = addClipResources(run, group);
     auto clip = buildSyncClip(group, resources, eventClipName(run, group), run.settings);
     if (!clip) return;
-    const bool inEvent = run.settings.generateSyncClips;
-    if (run.settings.generateMulticam) {
+    const bool inEvent = run.settings.get(settings::generateSyncClips);
+    if (run.settings.get(settings::generateMulticam)) {
         run.syncClips.push_back({&group, inEvent ? run.eventItems.size() : run.clipsWithoutEvent.size()});
         if (!inEvent) run.clipsWithoutEvent.push_back(std::move(*clip));
     }
@@ -111,7 +112,7 @@ void addGroup(ExportRun& run, const SyncGroup& group) {
 
 /// The results of Smart Audio are kept in memory only.
 void warnOfMissingCurves(ExportRun& run) {
-    if (!run.settings.volumeKeyframes) return;
+    if (!run.settings.get(settings::volumeKeyframes)) return;
     const int clips =
         ExportPreview::smartAudioCoverage(run.groups, run.settings.smartAudioResults).unanalyzed;
     if (clips > 0)
@@ -166,19 +167,20 @@ void ExportRun::warn(std::string_view before, const SyncGroup& group, std::strin
 
 void ExportRun::place(EventItem item, const SyncGroup* group) {
     eventItems.push_back(std::move(item));
-    if (!settings.splitEventsByScene) return;
+    if (!settings.get(settings::splitEventsByScene)) return;
     const auto name = group == nullptr ? sceneEventNames.end() : sceneEventNames.find(group->id);
     bucketKeys.push_back(name == sceneEventNames.end() ? std::nullopt : std::optional(name->second));
 }
 
 SyncClip ExportRun::takeSyncClip(const BuiltClip& built) {
-    if (settings.generateSyncClips) return std::get<SyncClip>(eventItems.at(built.index));
+    if (settings.get(settings::generateSyncClips)) return std::get<SyncClip>(eventItems.at(built.index));
     return std::move(clipsWithoutEvent.at(built.index));
 }
 
 ClipKind clipKind(const SyncGroup& group, const ExportSettings& settings) {
     if (group.isExcludedFromExport) return ClipKind::none;
-    if (group.isMOS()) return settings.wrapMOSInSyncClip ? ClipKind::withoutSound : ClipKind::none;
+    if (group.isMOS())
+        return settings.get(settings::wrapMOSInSyncClip) ? ClipKind::withoutSound : ClipKind::none;
     return group.matchStatus.isSettled() ? ClipKind::withSound : ClipKind::none;
 }
 
@@ -190,9 +192,10 @@ ExportResult exportDocument(const SyncGroupList& allGroups, const std::vector<Wi
 
     ExportRun run(groups, wildTracks, settings, stop);
     run.clipNames = exportClipNames(groups, settings);
-    if (settings.splitEventsByScene)
+    if (settings.get(settings::splitEventsByScene))
         for (const SyncGroup& group : groups)
-            if (auto name = sceneEventName(group, settings.eventNamePattern, settings.eventName))
+            if (auto name = sceneEventName(group, settings.get(settings::eventNamePattern),
+                                           settings.get(settings::eventName)))
                 run.sceneEventNames[group.id] = std::move(*name);
 
     constexpr std::size_t usualResources = 3; // a format, the picture, one recording
@@ -204,10 +207,10 @@ ExportResult exportDocument(const SyncGroupList& allGroups, const std::vector<Wi
     addMainFormats(run);
     for (const SyncGroup& group : groups) addGroup(run, group);
     warnOfMissingCurves(run);
-    if (settings.generateMulticam && run.syncClips.size() >= 2) addMulticamClips(run);
+    if (settings.get(settings::generateMulticam) && run.syncClips.size() >= 2) addMulticamClips(run);
     addRoomTone(run);
     addWildTracks(run);
-    if (settings.generateRawMediaEvent) addRawMedia(run);
+    if (settings.get(settings::generateRawMediaEvent)) addRawMedia(run);
     addNativeMOSClips(run);
     addProjectRateClips(run);
     run.result.fcpxmlString = documentText(run);

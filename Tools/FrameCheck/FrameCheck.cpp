@@ -1,5 +1,6 @@
 #include "FrameCheck/FrameCheck.h"
 
+#include "FCPXMLKit/model/Model.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
 #include "OrvaneSyncCore/Services/Ingest/StartSources.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"

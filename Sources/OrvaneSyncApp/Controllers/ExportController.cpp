@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/ExportController.h"
 
+#include "OrvaneSyncCore/Services/Export/ExportCameras.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 
 #include <algorithm>

@@ -1,4 +1,6 @@
 #include "FrameCheck/FrameCheck.h"
+#include "OrvaneSyncCore/Services/Export/ExportClips.h"
+#include "OrvaneSyncCore/Services/Export/ExportTimes.h"
 #include "OrvaneSyncCore/Export/DocumentReader.h"
 #include "OrvaneSyncCore/Export/RandomShoot.h"
 #include "OrvaneSyncCore/Services/Export/ExportPreview.h"

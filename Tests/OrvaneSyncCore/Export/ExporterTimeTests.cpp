@@ -1,3 +1,4 @@
+#include "OrvaneSyncCore/Services/Export/ExportTimes.h"
 #include "OrvaneSyncCore/Export/ExportFixtures.h"
 #include "Support/Test.h"
 

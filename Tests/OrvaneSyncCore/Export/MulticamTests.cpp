@@ -1,3 +1,4 @@
+#include "OrvaneSyncCore/Services/Export/ExportCameras.h"
 #include "OrvaneSyncCore/Export/ExportFixtures.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Support/RandomSeed.h"

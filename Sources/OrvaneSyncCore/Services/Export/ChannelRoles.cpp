@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Export/ChannelRoles.h"
 
 #include "FCPXMLKit/xml/XMLElement.h"
+#include "OrvaneSyncCore/Services/Export/ExportClips.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
 
 #include <algorithm>

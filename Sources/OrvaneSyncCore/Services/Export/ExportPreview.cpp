@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Services/Export/ExportPreview.h"
 
+#include "OrvaneSyncCore/Services/Export/ExportCameras.h"
+#include "OrvaneSyncCore/Services/Export/ExportClips.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Text.h"

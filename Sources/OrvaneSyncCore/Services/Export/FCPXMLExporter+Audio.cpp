@@ -1,4 +1,7 @@
 #include "OrvaneSyncCore/Services/Export/ChannelRoles.h"
+#include "OrvaneSyncCore/Services/Export/ExportClips.h"
+#include "OrvaneSyncCore/Services/Export/ExportResources.h"
+#include "OrvaneSyncCore/Services/Export/ExportTimes.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
 #include "OrvaneSyncCore/Services/Export/VolumeCurves.h"
 #include "Platform/Text.h"

@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Models/FilePaths.h"
+#include "OrvaneSyncCore/Services/Export/ExportCameras.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
 #include "Platform/Text.h"
 

@@ -1,3 +1,6 @@
+#include "OrvaneSyncCore/Services/Export/ExportClips.h"
+#include "OrvaneSyncCore/Services/Export/ExportResources.h"
+#include "OrvaneSyncCore/Services/Export/ExportTimes.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
 #include "OrvaneSyncCore/Services/Naming/OffspeedNaming.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"

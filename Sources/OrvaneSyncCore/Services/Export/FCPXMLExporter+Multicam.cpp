@@ -1,4 +1,8 @@
+#include "OrvaneSyncCore/Services/Export/ExportCameras.h"
+#include "OrvaneSyncCore/Services/Export/ExportResources.h"
+#include "OrvaneSyncCore/Services/Export/ExportTimes.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
+#include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "Platform/Stop.h"
 #include "Platform/Text.h"
 

@@ -1,3 +1,4 @@
+#include "OrvaneSyncCore/Services/Export/ExportCameras.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
 #include "OrvaneSyncCore/Services/Matching/RangeIndex.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"

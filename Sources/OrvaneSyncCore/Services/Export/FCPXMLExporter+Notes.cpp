@@ -1,3 +1,4 @@
+#include "OrvaneSyncCore/Services/Export/ExportClips.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
 #include "Platform/Text.h"
 

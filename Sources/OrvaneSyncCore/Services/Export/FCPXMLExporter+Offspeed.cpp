@@ -1,4 +1,7 @@
+#include "OrvaneSyncCore/Services/Export/ExportClips.h"
+#include "OrvaneSyncCore/Services/Export/ExportTimes.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
+#include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Services/Naming/OffspeedNaming.h"
 #include "OrvaneSyncCore/Utilities/RateText.h"
 #include "Platform/Stop.h"

@@ -1,4 +1,7 @@
+#include "OrvaneSyncCore/Services/Export/ExportResources.h"
+#include "OrvaneSyncCore/Services/Export/ExportTimes.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
+#include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "Platform/Stop.h"
 

@@ -1,3 +1,5 @@
+#include "OrvaneSyncCore/Services/Export/ExportResources.h"
+#include "OrvaneSyncCore/Services/Export/ExportTimes.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 

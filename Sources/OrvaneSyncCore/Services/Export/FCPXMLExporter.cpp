@@ -1,6 +1,9 @@
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
 
+#include "OrvaneSyncCore/Services/Export/ExportClips.h"
 #include "OrvaneSyncCore/Services/Export/ExportPreview.h"
+#include "OrvaneSyncCore/Services/Export/ExportResources.h"
+#include "OrvaneSyncCore/Services/Export/ExportTimes.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
 #include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
 #include "OrvaneSyncCore/Utilities/RateText.h"

@@ -1,63 +1,19 @@
 #pragma once
 
-#include "OrvaneSyncCore/Models/FilePaths.h"
-#include "OrvaneSyncCore/Services/Export/FCPXMLExporter.h"
-#include "OrvaneSyncCore/Services/Matching/ClipRate.h"
+#include "OrvaneSyncCore/Services/Export/ExportClips.h"
+#include "OrvaneSyncCore/Services/Export/ExportRun.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
 
-// The stages of one export and what they hand on. For the exporter's own files.
+// The stages of one export. For the exporter's own files.
 namespace orvane::FCPXMLExporter {
-
-inline constexpr std::string_view altFormatID = "r1";
-inline constexpr std::string_view audioFormatID = "r2";
-
-/// A synchronized clip as the multicam stage needs it.
-struct BuiltClip {
-    const SyncGroup* group = nullptr;
-    std::size_t index = 0; ///< in `eventItems`, or in `clipsWithoutEvent` where clips stand in no event
-};
-
-/// What the run over the groups has collected.
-struct ExportRun {
-    ExportRun(const SyncGroupList& exported, const std::vector<WildTrack>& wild, const ExportSettings& chosen,
-              std::stop_token asked = {})
-        : groups(exported), wildTracks(wild), settings(chosen), stop(std::move(asked)) {}
-
-    const SyncGroupList& groups; ///< without those that are excluded
-    const std::vector<WildTrack>& wildTracks;
-    const ExportSettings& settings;
-    const std::stop_token stop; ///< asked at each clip
-    ExportResult result;
-
-    ResourceList resources;
-    std::vector<fcpxml::EventItem> eventItems;
-    /// Beside `eventItems`: the scene event of each item. Empty unless events are split by scene.
-    std::vector<std::optional<std::string>> bucketKeys;
-    std::vector<fcpxml::EventItem> nativeMOSItems;
-    std::vector<fcpxml::EventItem> projectRateItems;
-    std::vector<fcpxml::EventItem> rawItems;
-    std::vector<BuiltClip> syncClips; ///< filled only where multicam clips are wanted
-    std::vector<fcpxml::SyncClip> clipsWithoutEvent;
-
-    std::unordered_map<UUID, std::string> videoAssetIDByGroup;
-    std::unordered_map<UUID, std::string> formatIDByGroup;
-    std::unordered_map<UUID, std::vector<std::string>> audioAssetIDsByGroup;
-    NamesByGroup clipNames;
-    NamesByGroup sceneEventNames;
-    std::optional<FileNames> fileNames; ///< of all camera files; from the first warning on
-
-    /// Adds a line on the clip's camera file.
-    void warn(std::string_view before, const SyncGroup& group, std::string_view behind = {});
-    /// Puts an item into the main events; `group` decides its scene, null for none.
-    void place(fcpxml::EventItem item, const SyncGroup* group);
-    /// Once for each clip: a copy where it stands in an event as well.
-    fcpxml::SyncClip takeSyncClip(const BuiltClip& built);
-};
 
 /// What imported metadata adds to a clip.
 struct MappedItems {
@@ -109,6 +65,13 @@ inline constexpr std::size_t fewestCameras = 2;
 /// where matching by the rules lays them.
 std::vector<std::vector<std::size_t>> multicamClusters(const std::vector<const SyncGroup*>& groups,
                                                        const MatchRules& rules);
+
+/// The clips divided by scene: an item with a key goes to the event of that name, events in the order of
+/// their names, all others to the fallback event behind them. Never without an event.
+std::vector<fcpxml::Event>
+assembleSceneEvents(std::vector<fcpxml::EventItem> items,
+                    const std::vector<std::optional<std::string>>& bucketKeyByIndex,
+                    const std::string& fallbackEventName);
 
 void addMulticamClips(ExportRun& run);
 void addRoomTone(ExportRun& run);

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "FCPXMLKit/model/Model.h"
+#include "OrvaneSyncCore/Models/MediaAsset.h"
+#include "OrvaneSyncCore/Services/Export/ExportSettings.h"
+
+#include <cstddef>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// What clips refer to: files and formats. Pure but for the list; any thread.
+namespace orvane::FCPXMLExporter {
+
+/// The resources of a document in the making, and the only source of their identifiers.
+class ResourceList {
+  public:
+    /// "r1", "r2" and so on.
+    std::string nextID();
+    void reserve(std::size_t count) { items_.reserve(count); }
+    void add(fcpxml::ResourceItem item) { items_.push_back(std::move(item)); }
+    const std::vector<fcpxml::ResourceItem>& items() const { return items_; }
+    std::vector<fcpxml::ResourceItem> take() { return std::move(items_); }
+
+  private:
+    int counter_ = 0;
+    std::vector<fcpxml::ResourceItem> items_;
+};
+
+/// The file behind an asset, in the form that the document's version has for it.
+void setMedia(fcpxml::Asset& asset, const FileURL& url, const ExportSettings& settings);
+/// On its own timecode, in frames of `clipRate`.
+fcpxml::Asset videoAsset(const MediaAsset& video, std::string id, std::string formatID,
+                         const ExportSettings& settings);
+/// The file's own rate and size.
+fcpxml::Format nativeFormat(const MediaAsset& video, std::string id, const ExportSettings& settings);
+/// Without name, start and duration.
+fcpxml::Asset audioAsset(const MediaAsset& audio, std::string id, int channelsIfUnknown,
+                         const ExportSettings& settings);
+/// A recording on its own timecode.
+fcpxml::Asset recordingAsset(const MediaAsset& audio, std::string id, const ExportSettings& settings);
+/// Whole Hz; 48000 where the file does not say.
+int audioRate(const MediaAsset& audio);
+
+} // namespace orvane::FCPXMLExporter

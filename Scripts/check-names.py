@@ -16,8 +16,7 @@ SOURCES = ROOT / "Sources"
 # Folders that show a setting whether code reads it or not.
 SETTINGS_WINDOW = [SOURCES / "OrvaneSyncApp/ViewModels/Settings", SOURCES / "OrvaneSyncApp/Views/Settings"]
 # Settings without a reader, and why.
-UNREAD = {"overrideAnamorphic": "reserved, as its meaning says",
-          "atmoIncludeInExport": "presets may hold it; room tone joins the wild tracks, which are approved one by one"}
+UNREAD = {"overrideAnamorphic": "reserved, as its meaning says"}
 DECLARATIONS = SOURCES / "OrvaneSyncCore/Models/Settings"
 WINDOWS = [SOURCES / "OrvaneSyncApp/Views", SOURCES / "OrvaneSyncApp/ViewModels"]
 # Functions of the windows that take the identifier of a command, some of them after another argument.

@@ -16,7 +16,8 @@ RoomTone buildRoomTone(ScanRun& run, const RoomToneOrder& order) {
             run.wait(atmo.buildAtmo({.scene = scene,
                                      .candidates = candidates,
                                      .targetDuration = order.seconds,
-                                     .outputDirectory = order.directory},
+                                     .outputDirectory = order.directory,
+                                     .isApproved = true},
                                     result));
             roomTone.built.push_back(*result);
         } catch (const std::exception& error) {

@@ -1,6 +1,7 @@
 #include "MediaFactory/MovieMaker.h"
 #include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncApp/ControllerTest.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 
 #include <cmath>
 #include <filesystem>
@@ -71,6 +72,10 @@ TEST_F(AtmoControllerTest, aSceneHasOneRoomToneInTheDocument) {
     const std::string& text = document->fcpxmlString;
     EXPECT_EQ(text.find("/12A=Atmo.wav"), text.rfind("/12A=Atmo.wav"));
     EXPECT_NE(text.find("/12A=Atmo.wav"), std::string::npos);
+
+    settings_->setOverride(settings::atmoIncludeInExport.key, false);
+    build("12A");
+    EXPECT_FALSE(tracks[1].isApproved);
 }
 
 TEST_F(AtmoControllerTest, aFailureIsToldAndChangesNothing) {

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/AtmoController.h"
 
 #include "OrvaneSyncApp/Controllers/WorkInputs.h"
+#include "OrvaneSyncCore/Models/Settings/Sound.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
 #include "Platform/SHA256.h"
@@ -99,6 +100,8 @@ platform::Task AtmoController::buildAtmo(Order order, std::shared_ptr<AtmoResult
 
 platform::Task AtmoController::build(Weak weak, Order order, std::shared_ptr<AtmoResult> result) {
     auto self = weak.lock();
+    const bool isApproved =
+        order.isApproved.value_or(self->work_.environment.settings->get(settings::atmoIncludeInExport));
     ++self->building_;
     self->state_.isGenerating = true;
     self->work_.notify(ImportField::atmo);
@@ -127,19 +130,19 @@ platform::Task AtmoController::build(Weak weak, Order order, std::shared_ptr<Atm
     if (self = weak.lock(); self) {
         self->state_.isGenerating = --self->building_ > 0;
         self->work_.notify(ImportField::atmo);
-        if (!raised) self->adopt(*result);
+        if (!raised) self->adopt(*result, isApproved);
     }
     if (raised) std::rethrow_exception(raised);
 }
 
-/// Replaces the scene's earlier room tone.
-void AtmoController::adopt(const AtmoResult& result) {
+/// In the place of the scene's earlier room tone.
+void AtmoController::adopt(const AtmoResult& result, bool isApproved) {
     MediaAsset audio(result.audioURL, AssetKind::audio);
     audio.durationSeconds = result.durationSeconds;
     audio.channelCount = 1;
     audio.sampleRate = result.sampleRate;
     WildTrack track(std::move(audio));
-    track.isApproved = true;
+    track.isApproved = isApproved;
     const std::string stem = QuietAmbientGenerator::fileNameStem(result.sceneName);
     work_.changeWildTracks([&](std::vector<WildTrack>& tracks) {
         std::erase_if(tracks, [&](const WildTrack& one) { return one.audio.filename.starts_with(stem); });

@@ -18,12 +18,11 @@ namespace orvane {
 struct AtmoState {
     bool isGenerating = false;
     std::optional<AtmoResult> result; ///< room tone that the export adds by itself
-    bool includeInExport = true;
-    SmartAudioProgress progress; ///< of the scan under way
+    SmartAudioProgress progress;      ///< of the scan under way
 };
 
 /// Room tone of the open work: the quiet stretches of the recordings of each scene, and the files that are
-/// built of them, which join the work as approved wild tracks. Interface thread.
+/// built of them, which join the work as wild tracks. Interface thread.
 class AtmoController {
   public:
     explicit AtmoController(OpenWork& work);
@@ -48,6 +47,8 @@ class AtmoController {
         /// One that a person chose; absent: the work's own in the application's data folder.
         std::optional<std::string> outputDirectory = {};
         std::string audioRole = "effects.atmosphere";
+        /// Of the wild track, without which the document does not have it; absent: as the setting says.
+        std::optional<bool> isApproved = {};
     };
     /// Writes the file of a scene, which replaces the one before, and makes it the scene's only room tone
     /// among the wild tracks. Throws QuietAtmoError, FileError and OutputRefused.
@@ -59,7 +60,7 @@ class AtmoController {
     using Weak = std::weak_ptr<AtmoController>;
     static platform::Task scan(Weak weak, std::map<std::string, std::vector<FileURL>> files);
     static platform::Task build(Weak weak, Order order, std::shared_ptr<AtmoResult> result);
-    void adopt(const AtmoResult& result);
+    void adopt(const AtmoResult& result, bool isApproved);
 
     OpenWork& work_;
     AtmoState state_;

@@ -1,7 +1,7 @@
 #include "OrvaneSyncApp/Controllers/ExportController.h"
 
-#include "OrvaneSyncCore/Services/Export/ExportCameras.h"
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Export/ExportCameras.h"
 
 #include <algorithm>
 

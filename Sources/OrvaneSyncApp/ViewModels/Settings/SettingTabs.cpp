@@ -105,7 +105,7 @@ SettingTab output() {
                Row(globalAudioOffsetStartFromTC)
                    .when(is<globalAudioOffsetStartMode, GlobalOffsetStart::fromTC>)
                    .doubting(patternDoubts::timecode)}},
-             {"Room tone", {Row(atmoDuration), Row(atmoAudioRole).doubting(patternDoubts::role)}}}};
+             {"Room tone", {Row(atmoAudioRole).doubting(patternDoubts::role)}}}};
 }
 
 SettingTab naming() {

@@ -92,18 +92,18 @@ inline const Declared<int> ltcChannelIndex{"ltc.channelIndex",
 inline const Declared<double> atmoDuration{"atmo.duration",
                                            0.0,
                                            family::atmo,
-                                           "seconds of room tone; 0 makes it 180",
-                                           {.range = SettingDescription::Range{0, 86400},
-                                            .label = "Length",
-                                            .hint = "0 makes it 180 seconds.",
-                                            .unit = " s",
-                                            .decimals = 1}};
+                                           "seconds of a room tone from elsewhere; 0 makes it 180",
+                                           {.range = SettingDescription::Range{0, 86400}}};
 inline const Declared<std::string> atmoAudioRole{"atmo.audioRole",
                                                  "effects.atmosphere",
                                                  family::atmo,
                                                  "role of the room tone",
                                                  {.label = "Role", .offered = offers::atmoRoles}};
-inline const Declared<bool> atmoIncludeInExport{"atmo.includeInExport", std::nullopt, family::atmo,
-                                                "put the room tone into the document"};
+inline const Declared<bool> atmoIncludeInExport{
+    "atmo.includeInExport",
+    true,
+    family::atmo,
+    "approve room tone when it is built, so the document has it",
+    {.label = "Approve room tone when it is built", .hint = "Approved wild tracks go into the document."}};
 
 } // namespace orvane::settings

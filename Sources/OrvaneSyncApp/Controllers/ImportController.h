@@ -4,6 +4,7 @@
 #include "OrvaneSyncApp/Controllers/CalibrationController.h"
 #include "OrvaneSyncApp/Controllers/ClipEditing.h"
 #include "OrvaneSyncApp/Controllers/ExportController.h"
+#include "OrvaneSyncApp/Controllers/ImportDependencies.h"
 #include "OrvaneSyncApp/Controllers/LockitController.h"
 #include "OrvaneSyncApp/Controllers/ModelManager.h"
 #include "OrvaneSyncApp/Controllers/OpenWork.h"
@@ -34,21 +35,7 @@ namespace orvane {
 /// SerialQueue says.
 class ImportController {
   public:
-    struct Dependencies {
-        std::shared_ptr<platform::MainThread> mainThread;
-        std::shared_ptr<platform::SettingsStore> settings;
-        /// Null: probe results are neither looked up nor kept.
-        std::shared_ptr<ProbeCache> probeCache;
-        std::shared_ptr<const platform::Clock> clock = platform::systemClock();
-        /// Null: waveforms are reduced when they are shown, and not kept.
-        std::shared_ptr<WaveformCache> waveformCache = nullptr;
-        /// Null: that of this machine.
-        std::shared_ptr<SlateDetector> slateDetector = nullptr;
-        /// Null: no sound is rendered for the player.
-        std::shared_ptr<const RenderedAudioStore> renderedAudio = nullptr;
-        /// Null: recordings are analysed without stems.
-        std::shared_ptr<StemCache> stems = nullptr;
-    };
+    using Dependencies = ImportDependencies;
     static std::shared_ptr<ImportController> create(Dependencies dependencies);
     ~ImportController();
 

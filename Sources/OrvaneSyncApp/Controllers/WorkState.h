@@ -2,14 +2,13 @@
 
 #include "OrvaneSyncApp/Controllers/DerivedFromClips.h"
 #include "OrvaneSyncApp/Controllers/MatchedBy.h"
+#include "OrvaneSyncApp/Controllers/WorkEnvironment.h"
 #include "OrvaneSyncApp/Controllers/WorkFiles.h"
 #include "OrvaneSyncCore/Models/ExportKinds.h"
 #include "OrvaneSyncCore/Models/FilePaths.h"
 #include "OrvaneSyncCore/Models/ScanScope.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Models/WildTrack.h"
-#include "Platform/MainThread.h"
-#include "Platform/SettingsStore.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -22,22 +21,11 @@
 namespace orvane {
 
 struct ProjectEntries;
-class WaveformCache;
-class RenderedAudioStore;
-class StemCache;
 
 /// The open work as everybody reads it, with what is derived of its clips. Interface thread.
 class WorkState {
   public:
-    struct Environment {
-        std::shared_ptr<platform::MainThread> mainThread;
-        std::shared_ptr<platform::SettingsStore> settings;
-        std::shared_ptr<const platform::Clock> clock;
-        std::shared_ptr<WaveformCache> waveformCache = nullptr; ///< null: none are kept
-        /// Null: nothing is rendered.
-        std::shared_ptr<const RenderedAudioStore> renderedAudio = nullptr;
-        std::shared_ptr<StemCache> stems = nullptr; ///< null: analyses go without stems
-    };
+    using Environment = WorkEnvironment;
     const Environment environment;
 
     const std::optional<FileURL>& videoFolderURL() const { return videoFolderURL_; }

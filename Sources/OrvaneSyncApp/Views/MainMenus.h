@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/Views/Desktop.h"
+#include "OrvaneSyncApp/Views/MenuScreens.h"
 
 #include <QObject>
 #include <QString>
@@ -27,23 +28,7 @@ class ReviewActions;
 /// The menus and tools of the window. Each entry runs a command of the table, or shows something.
 class MainMenus : public QObject {
   public:
-    /// What they ask of the screens.
-    struct Screens {
-        std::function<std::vector<UUID>()> clips; ///< that commands for clips act on
-        std::function<void(std::string_view)> runForClips;
-        std::function<void()> renameClip, openReview, openMulticam, showResults, newScan, showIntroduction,
-            leaveStart, find, showKeys;
-        std::function<void(int choice)>
-            showFilter; ///< of the list, in the order of `ResultsView::filterTitles`
-        std::function<void(const QString& path)> openProject;
-        std::function<void(const QString& what)> tell; ///< that asks for nothing
-        std::function<void(const QStringList& paths)> openPaths;
-        std::function<void()> takeKeyboard;                     ///< the screen in front
-        std::function<void()> listenToCards, syncLockitNetwork; ///< both take long
-        std::function<bool()> isListening;                      ///< to the cards
-        std::function<bool()> isPlaying;                        ///< a screen that plays is in front
-        QWidget* sessions;                                      ///< that can be hidden
-    };
+    using Screens = MenuScreens;
     MainMenus(Desktop& desktop, QMainWindow& window, ReviewActions& review, Screens screens);
 
     /// After the work, the selection or the screen has changed.

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "OrvaneSyncApp/Controllers/WorkFiles.h"
+#include "OrvaneSyncCore/Models/ExportKinds.h"
+#include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
+#include "OrvaneSyncCore/Services/Diagnosis/UnmatchedReasons.h"
+#include "OrvaneSyncCore/Services/Waveform/SoundLag.h"
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <vector>
+
+namespace orvane {
+
+/// All that doubts are derived from, as it is at one moment. Shared with the work; any thread.
+struct DoubtSource {
+    WorkFiles files;
+    MatchRules rules; ///< by which the clips were matched
+    TrimMode trimMode;
+    SmartAudioResults smartAudioResults;
+    std::shared_ptr<const HeardSound> heard; ///< null: none were
+    std::vector<FileURL> folders;            ///< of the scan
+    std::optional<int> timecodeChannel;      ///< as of `DoubtInput`
+
+    /// `names`: of these files. Throws Stopped.
+    SyncDoubts doubts(const FileNames& names, const std::stop_token& stop = {}) const;
+    /// As `CureTrial::helps`; `doubts` and `names` are those of these files. Throws Stopped.
+    bool helps(const CardDoubt& doubt, const SyncDoubts& doubts, const FileNames& names,
+               const std::stop_token& stop = {}) const;
+    UnmatchedReasons unmatchedReasons() const;
+    /// What the microphones of the cameras heard. Reads the files; not on the interface thread. As
+    /// `SoundLag::heardWithNeighbours`.
+    HeardSound listen(std::vector<SoundLag::Pair> pairs, const std::stop_token& stop,
+                      const std::function<void(std::size_t done)>& progress) const;
+
+  private:
+    std::vector<FileURL> realFolders() const;
+    /// The arguments and this must outlive it.
+    DoubtInput input(const std::vector<MediaAsset>& recordings, const FileNames& names) const;
+    std::vector<SoundClaim> claims(const std::vector<MediaAsset>& recordings,
+                                   const std::stop_token& stop) const;
+    /// All of the work; `gathered` holds them where no scan does.
+    const std::vector<MediaAsset>& recordings(std::vector<MediaAsset>& gathered) const;
+};
+
+} // namespace orvane

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Platform/MainThread.h"
+#include "Platform/SettingsStore.h"
+
+#include <memory>
+
+namespace orvane {
+
+class ProbeCache;
+class RenderedAudioStore;
+class SlateDetector;
+class StemCache;
+class WaveformCache;
+
+/// What an `ImportController` is made with. The first two must be there.
+struct ImportDependencies {
+    std::shared_ptr<platform::MainThread> mainThread;
+    std::shared_ptr<platform::SettingsStore> settings;
+    /// Null: probe results are neither looked up nor kept.
+    std::shared_ptr<ProbeCache> probeCache;
+    std::shared_ptr<const platform::Clock> clock = platform::systemClock();
+    /// Null: waveforms are reduced when they are shown, and not kept.
+    std::shared_ptr<WaveformCache> waveformCache = nullptr;
+    /// Null: that of this machine.
+    std::shared_ptr<SlateDetector> slateDetector = nullptr;
+    /// Null: no sound is rendered for the player.
+    std::shared_ptr<const RenderedAudioStore> renderedAudio = nullptr;
+    /// Null: recordings are analysed without stems.
+    std::shared_ptr<StemCache> stems = nullptr;
+};
+
+} // namespace orvane

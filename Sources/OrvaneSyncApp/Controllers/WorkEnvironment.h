@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Platform/MainThread.h"
+#include "Platform/SettingsStore.h"
+
+#include <memory>
+
+namespace orvane {
+
+class WaveformCache;
+class RenderedAudioStore;
+class StemCache;
+
+/// What the open work lives with; shared by its controllers.
+struct WorkEnvironment {
+    std::shared_ptr<platform::MainThread> mainThread;
+    std::shared_ptr<platform::SettingsStore> settings;
+    std::shared_ptr<const platform::Clock> clock;
+    std::shared_ptr<WaveformCache> waveformCache = nullptr; ///< null: none are kept
+    /// Null: nothing is rendered.
+    std::shared_ptr<const RenderedAudioStore> renderedAudio = nullptr;
+    std::shared_ptr<StemCache> stems = nullptr; ///< null: analyses go without stems
+};
+
+} // namespace orvane

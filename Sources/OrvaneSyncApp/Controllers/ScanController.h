@@ -64,12 +64,12 @@ class ScanController {
 
     /// Differs after every start and every end of asking for the work.
     std::uint64_t scanNumber() const { return scanNumber_; }
-    /// Asked before the clips of a scan are made: what to do with them on another thread, before they stand;
-    /// null for nothing.
+    /// Asked before the clips of a scan are made: what to do with them on another thread, before the work has
+    /// them; null for nothing.
     using EditOfClips = std::function<void(SyncGroupList&, const std::vector<MediaAsset>& scannedAudio,
                                            const MatchRules& rules)>;
     std::function<EditOfClips()> editsOfClips;
-    /// Called when the clips of a scan stand, with report and edits.
+    /// Called when the work has the clips of a scan, with report and edits.
     std::function<void()> whenMatched;
     /// Reads one file, behind what is being read; leaves it in `result`.
     platform::Task probeAudio(FileURL file, std::shared_ptr<std::optional<MediaAsset>> result) const;

@@ -63,10 +63,10 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
 
     // Opening.
 
-    /// Reads the session's clips and then replaces the controller's work by them; the task ends when they
-    /// stand. Nothing when there is no such session. A session whose clips can't be read opens without any
-    /// (`problem`), and their file is kept. A later call takes the place of one that still reads; one that is
-    /// stopped leaves the work as it is.
+    /// Reads the session's clips and then replaces the controller's work by them; the task ends when the
+    /// work has them. Nothing when there is no such session. A session whose clips can't be read opens without
+    /// any (`problem`), and their file is kept. A later call takes the place of one that still reads; one that
+    /// is stopped leaves the work as it is.
     platform::Task load(UUID sessionId, const std::shared_ptr<ImportController>& controller);
     platform::Task loadMostRecentSession(std::shared_ptr<ImportController> controller);
     /// Empty work under a new id, saved at once. The task is that of `save`.
@@ -86,7 +86,7 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
     platform::Task rename(const UUID& sessionId, std::string name);
     /// Cannot be taken back. Of the open session the work goes too, as by `close`, once this has been
     /// started. Leaves in `wasThere` whether the disk had it, also one whose record can't be read. Throws
-    /// FileError when it could not be deleted; all stands as it was then.
+    /// FileError when it could not be deleted; all is as it was then.
     platform::Task deleteSession(UUID sessionId,
                                  std::shared_ptr<bool> wasThere = std::make_shared<bool>(false));
 
@@ -123,7 +123,7 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
     const SessionStore store_;
     Repeating autosaveTimer_, lookTimer_;
     bool isStarted_ = false;
-    std::uint64_t openings_ = 0;                ///< tells an opening that another has taken its place
+    std::uint64_t openings_ = 0; ///< number of the last one: an earlier one that still reads does nothing
     std::optional<std::string> openingProject_; ///< the name of a project while it is opened
     /// Before what uses it: destroyed behind it, when it waits for all that was posted.
     const std::unique_ptr<platform::SerialQueue> queue_;

@@ -33,11 +33,11 @@ class VideoEngine : public VideoEngineStatus, public std::enable_shared_from_thi
     platform::Player* player() const { return transport_.isLoaded ? player_.get() : nullptr; }
     EnginePlayers& output() { return output_; }
     const EnginePlayers& output() const { return output_; }
-    /// Of a loaded clip: where a seek leads, or else where the player stands.
+    /// Of a loaded clip: where a seek leads, or else where the player is.
     platform::MediaTime position() const;
 
     /// `audio`: what lies under the picture; absent: the video's own sound. The task ends when the clip
-    /// stands at the asked second (0 if absent) and its picture is there, or cannot be played, or another was
+    /// is at the asked second (0 if absent) and its picture is there, or cannot be played, or another was
     /// loaded.
     platform::Task loadClip(FileURL video, std::optional<TakeSound> audio, double syncOffsetSeconds,
                             std::optional<double> initialSeekSeconds, KnownPicture picture = {});

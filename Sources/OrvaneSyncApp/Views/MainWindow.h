@@ -45,7 +45,7 @@ class MainWindow : public QMainWindow {
     /// As it was left. Where it cannot be read, or its opening ended the program the last time, the start
     /// page stays and says so.
     void openNewestSession();
-    /// One project, or folders. What is neither is told of, and nothing is scanned.
+    /// One project, or folders. Anything else is reported, and nothing is scanned.
     void openPaths(const QStringList& paths);
     // The screens behind the first one are made when they are first asked for: the window is there sooner.
     ResultsView& results();

@@ -64,9 +64,9 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
     // Opening.
 
     /// Reads the session's clips and then replaces the controller's work by them; the task ends when the
-    /// work has them. Nothing when there is no such session. A session whose clips can't be read opens without
-    /// any (`problem`), and their file is kept. A later call takes the place of one that still reads; one that
-    /// is stopped leaves the work as it is.
+    /// work has them. Nothing when there is no such session. A session whose clips can't be read opens
+    /// without any (`problem`), and their file is kept. A later call takes the place of one that still reads;
+    /// one that is stopped leaves the work as it is.
     platform::Task load(UUID sessionId, const std::shared_ptr<ImportController>& controller);
     platform::Task loadMostRecentSession(std::shared_ptr<ImportController> controller);
     /// Empty work under a new id, saved at once. The task is that of `save`.

@@ -14,6 +14,6 @@
 /// which has the families in the order of `settings::families` and each in the order of its header.
 ///
 /// Without a default: maps that only hold what the user changed, and start points that only count under their
-/// mode. Presets and folders of any age hold the experimental key of the volume keyframes; its reader takes it
-/// where the other one is absent.
+/// mode. Presets and folders of any age hold the experimental key of the volume keyframes; its reader takes
+/// it where the other one is absent.
 namespace orvane::settings {}

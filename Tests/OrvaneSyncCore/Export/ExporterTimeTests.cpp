@@ -1,5 +1,5 @@
-#include "OrvaneSyncCore/Services/Export/ExportTimes.h"
 #include "OrvaneSyncCore/Export/ExportFixtures.h"
+#include "OrvaneSyncCore/Services/Export/ExportTimes.h"
 #include "Support/Test.h"
 
 namespace orvane {

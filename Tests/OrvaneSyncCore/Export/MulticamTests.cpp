@@ -1,5 +1,5 @@
-#include "OrvaneSyncCore/Services/Export/ExportCameras.h"
 #include "OrvaneSyncCore/Export/ExportFixtures.h"
+#include "OrvaneSyncCore/Services/Export/ExportCameras.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Support/RandomSeed.h"
 #include "Support/TemporaryDirectory.h"

@@ -32,10 +32,10 @@ struct SettingDescription {
         int order = 0; ///< among the groups
         std::string_view title{};
     };
-    /// The place of a setting in the help of the commands that it affects most.
+    /// The place of a setting in the help of the commands that it changes the most.
     struct HelpPlace {
         HelpGroup group{};
-        int order = 0; ///< within the group, from 1; 0: it is not listed there
+        int order = 0; ///< within the group, from 1; 0: it is not there
     };
     /// Properties that not every setting has.
     struct Details {
@@ -62,9 +62,9 @@ struct SettingDescription {
 
     std::string_view key;
     Kind kind = Kind::text;
-    Default readerDefault;                       ///< none where an absent value has a meaning of its own
-    std::span<const std::string_view> choices{}; ///< the accepted texts; empty for any text
-    std::string_view family{};                   ///< the heading under which it is listed
+    Default readerDefault;                       ///< none where absence has a meaning of its own
+    std::span<const std::string_view> choices{}; ///< the texts that it takes; empty for any text
+    std::string_view family{};                   ///< its heading in lists
     std::string_view meaning{};                  ///< one line for people, at most 80 characters
     Details details{};
 
@@ -75,7 +75,7 @@ struct SettingDescription {
     bool isInRange(double number) const {
         return !details.range || (number >= details.range->lowest && number <= details.range->highest);
     }
-    /// The index of the text among the choices.
+    /// The place of the text among the choices.
     std::optional<std::size_t> choiceIndex(std::string_view text) const;
     /// What the settings screen offers; empty where any value may be typed.
     std::vector<Offer> offers() const;

@@ -75,7 +75,7 @@ TEST_F(AtmoControllerTest, aSceneHasOneRoomToneInTheDocument) {
 
     settings_->setOverride(settings::atmoIncludeInExport.key, false);
     build("12A");
-    EXPECT_FALSE(tracks[1].isApproved);
+    EXPECT_FALSE(controller_->work().wildTracks().back().isApproved);
 }
 
 TEST_F(AtmoControllerTest, aFailureIsToldAndChangesNothing) {

@@ -33,8 +33,11 @@ struct RPCServer : testing::Test {
                                return untilReleased(std::move(result));
                            })
                 .endedByOtherWork(),
-            Command("reset", "Reset", "", {}, [](CommandContext&, const Call&) { return JSON(0); })
-                .otherWork(),
+            Command("reset", "Reset", "", {{"isKnown", boolean, true}},
+                    [](CommandContext&, const Call&) { return JSON(0); })
+                .otherWork([](const CommandContext&, const Call& call) {
+                    return !call.has("isKnown") || call.boolean("isKnown");
+                }),
         };
     }
 
@@ -170,12 +173,17 @@ TEST_F(RPCServer, otherWorkEndsTheAnalysisInFrontOfIt) {
     const std::string wait = R"({"jsonrpc":"2.0","id":1,"method":"wait"})",
                       reset = R"({"jsonrpc":"2.0","id":2,"method":"reset"})",
                       add = R"({"jsonrpc":"2.0","id":3,"method":"add","params":{"number":1}})",
-                      wrong = R"({"jsonrpc":"2.0","id":2,"method":"reset","params":{"of":1}})";
+                      wrong = R"({"jsonrpc":"2.0","id":2,"method":"reset","params":{"of":1}})",
+                      unknown = R"({"jsonrpc":"2.0","id":2,"method":"reset","params":{"isKnown":false}})";
     using Messages = std::vector<std::string>;
     for (const auto& [messages, stopped] :
          std::vector<std::pair<Messages, int>>{{{wait, reset}, 1},
-                                               {{wait, wait, reset}, 1}, // the second, as it begins
+                                               {{wait, wait, reset, reset}, 2},
                                                {{wait, add, reset}, 0},
+                                               {{wait, add, wait, reset}, 1},
+                                               {{wait, wait, add, reset}, 0},
+                                               {{wait, "[" + wait + "]", reset}, 0},
+                                               {{wait, unknown}, 0},
                                                {{"[" + wait + "," + add + "]", reset}, 0},
                                                {{wait, wrong}, 0}}) {
         said.clear();

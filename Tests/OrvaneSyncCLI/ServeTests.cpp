@@ -400,6 +400,19 @@ TEST_F(ServeTest, keepsSessionsAndSettings) {
     call("saveSession", R"({"name":"Day one"})");
     const std::string id = *call("sessions").elements()->front().find("id")->string();
     EXPECT_EQ(*call("sessionState").find("currentSessionId")->string(), id);
+    const auto endsAnAnalysis = [this](const std::string& method, const std::string& params) {
+        platform::runAsInterfaceWork(
+            [this] { server_.receive(R"({"jsonrpc":"2.0","id":2,"method":"measureLoudness"})"); });
+        answer(method, params);
+        return said_.front().find("cancelled") != std::string::npos;
+    };
+    const auto session = [](const std::string& sessionID) { return R"({"sessionId":")" + sessionID + "\"}"; };
+    EXPECT_FALSE(endsAnAnalysis("loadSession", session(id))) << "it is open";
+    EXPECT_FALSE(endsAnAnalysis("loadSession", session(groupID_))) << "it is not there";
+    EXPECT_TRUE(endsAnAnalysis("newSession", "{}"));
+    scan();
+    EXPECT_TRUE(endsAnAnalysis("loadSession", session(id)));
+    groupID_ = *call("state").find("syncGroups")->elements()->front().find("id")->string();
     call("reset");
     EXPECT_TRUE(call("state").find("syncGroups")->elements()->empty());
     call("loadSession", R"({"sessionId":")" + id + "\"}");

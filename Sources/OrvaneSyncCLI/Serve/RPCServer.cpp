@@ -111,21 +111,27 @@ Server::Server(CommandContext& context, std::vector<Command> commands, Write wri
 
 Server::~Server() { context_.cancelRequest = nullptr; }
 
-bool Server::isServedAtOnce(const JSON& message) const {
+const Command* Server::commandOf(const JSON& message) const {
     const JSON* method = message.isObject() ? message.find("method") : nullptr;
-    if (method == nullptr || method->string() == nullptr) return false;
+    if (method == nullptr || method->string() == nullptr) return nullptr;
     const auto command = commands_.find(*method->string());
-    return command != commands_.end() && command->second.isServedAtOnce;
+    return command == commands_.end() ? nullptr : &command->second;
 }
 
 bool Server::isOtherWorkNext() const {
-    if (waiting_.empty() || !waiting_.front()->message) return false;
+    const auto next = std::ranges::find_if(waiting_, [this](const auto& waiting) {
+        const Command* command = waiting->message ? commandOf(*waiting->message) : nullptr;
+        return command == nullptr || !command->isEndedByOtherWork;
+    });
+    if (next == waiting_.end() || !(*next)->message) return false;
+    const Command* command = commandOf(*(*next)->message);
+    if (command == nullptr || !command->isOtherWork) return false;
     try {
-        const Request next = parsedRequest(*waiting_.front()->message);
-        const auto command = commands_.find(next.method);
-        if (command == commands_.end() || !command->second.isOtherWork) return false;
-        const Call refusedWhereWrong(command->second, next.params);
-        return command->second.isEnabled(context_);
+        const Request request = parsedRequest(*(*next)->message);
+        if (std::ranges::find((*next)->cancelled, request.id) != (*next)->cancelled.end()) return false;
+        const Call call(*command, request.params); // refused where it is wrong
+        return command->isEnabled(context_) &&
+               (command->replaces == nullptr || command->replaces(context_, call));
     } catch (const Error&) {
         return false;
     } catch (const commands::Error&) {
@@ -158,8 +164,9 @@ void Server::receive(std::string line, std::function<void()> whenServed) {
     } catch (const platform::JSONError& error) {
         waiting->problem = error.what();
     }
-    if (isServing_ && waiting->message && isServedAtOnce(*waiting->message)) {
-        serve(waiting); // it waits for nothing, so it is done when this returns
+    const Command* command = waiting->message ? commandOf(*waiting->message) : nullptr;
+    if (isServing_ && command != nullptr && command->isServedAtOnce) {
+        serve(waiting); // waits for nothing, so it is done when this returns
         if (waiting->whenServed) waiting->whenServed();
         return;
     }

@@ -68,10 +68,10 @@ class Server {
     platform::Task serveAll();
     platform::Task serve(std::shared_ptr<Waiting> waiting);
     platform::Task finished(const Command& command, Call call, JSON id, std::shared_ptr<JSON> result);
-    /// Whether the message is served without waiting for those before it.
-    bool isServedAtOnce(const JSON& message) const;
-    /// Whether the first waiting message is a valid call that makes an analysis useless. A message before
-    /// such a call may need the analysis's result.
+    /// Of one call; null for a batch, and for a method that there is not.
+    const Command* commandOf(const JSON& message) const;
+    /// The first message that waits, but for analyses, is a proper call that makes an analysis useless. Any
+    /// other message between the two may need what the analysis finds.
     bool isOtherWorkNext() const;
     /// Whether there was such a request.
     bool cancel(const JSON& id);

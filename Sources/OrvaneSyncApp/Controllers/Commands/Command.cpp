@@ -50,8 +50,9 @@ Command Command::endedByOtherWork() && {
     return std::move(*this);
 }
 
-Command Command::otherWork() && {
+Command Command::otherWork(Replaces replacesTheWork) && {
     isOtherWork = true;
+    replaces = replacesTheWork;
     return std::move(*this);
 }
 

@@ -29,6 +29,7 @@ struct Command {
     using Later = std::function<platform::Task(CommandContext&, Call, std::shared_ptr<JSON> result)>;
     using Enabled = std::function<bool(const CommandContext&)>;
     using Applies = bool (*)(const SyncGroup&);
+    using Replaces = bool (*)(const CommandContext&, const Call&);
 
     Command(std::string_view theID, std::string_view theTitle, std::string_view theHelp,
             std::vector<Parameter> theParameters, Now run)
@@ -50,7 +51,7 @@ struct Command {
     Command forClips(Applies appliesToClip) &&;
     Command servedAtOnce() &&;
     Command endedByOtherWork() &&;
-    Command otherWork() &&;
+    Command otherWork(Replaces replacesTheWork = nullptr) &&;
     Command inMenu(Menu menu, int order, std::string_view key = {}) &&;
     /// Commands of the command line that do the same.
     Command alsoBy(std::initializer_list<std::string_view> commands) &&;
@@ -72,10 +73,11 @@ struct Command {
     Applies applies = nullptr; ///< of a command for one clip; null: to every one
     /// Is about an operation that others wait for: where calls are served in turn, this one is not held up.
     bool isServedAtOnce = false;
-    /// An analysis, of use for the open work alone: where calls are served in turn, it is stopped when the
-    /// next one `isOtherWork`.
+    /// An analysis, of use for the open work alone: where calls are served in turn, it is stopped when only
+    /// such ones stand between it and one that `isOtherWork`.
     bool isEndedByOtherWork = false;
     bool isOtherWork = false;
+    Replaces replaces = nullptr;    ///< whether a call of other work does put it in place; null: each does
     std::optional<MenuPlace> entry; ///< nothing: it is in no menu
     /// What a key of the user's choice can do by this command.
     std::optional<ShortcutAction> action;

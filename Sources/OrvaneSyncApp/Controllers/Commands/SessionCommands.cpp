@@ -35,7 +35,13 @@ platform::Task loadSession(CommandContext& context, Call call, std::shared_ptr<J
     if (context.sessions->currentSessionId() != session) throw sessionNotFound();
 }
 
-/// Also deletes a session whose record can't be read.
+/// What is not in the list may not be on the disk either, and then the open work stays.
+bool isOtherSession(const CommandContext& context, const Call& call) {
+    const UUID session = call.id("sessionId");
+    return context.sessions->session(session) != nullptr && context.sessions->currentSessionId() != session;
+}
+
+/// Also one whose record can't be read.
 platform::Task deleteSession(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
     const UUID session = call.id("sessionId");
     const bool isListed = context.sessions->session(session) != nullptr;
@@ -157,6 +163,7 @@ std::vector<Command> openingCommands() {
                        [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
                            return saved(context, context.sessions->newSession(*context.controller));
                        })
+            .otherWork()
             .inMenu(Menu::file, 130, "New"),
         Command::later(
             "saveSession", "Save Session",
@@ -171,6 +178,7 @@ std::vector<Command> openingCommands() {
         Command::later("loadSession", "Open Session", "Opens a session in place of the work that is open.",
                        {sessionId}, loadSession)
             .alsoBy({"session"})
+            .otherWork(isOtherSession)
             .when(hasSessions),
         Command::later("loadMostRecentSession", "Open Most Recent Session",
                        "Opens the session that was changed last.", {},

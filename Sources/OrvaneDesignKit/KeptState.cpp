@@ -6,14 +6,21 @@
 #include <QThreadPool>
 
 #include <functional>
+#include <mutex>
+#include <utility>
+#include <vector>
 
 namespace orvane::design::keptState {
 
 namespace {
 
 struct Kept {
+    using Change = std::function<void(QSettings&)>;
+
     QVariantMap values;
-    QThreadPool writing; ///< one thread, so that the order is kept
+    std::mutex mutex;
+    std::vector<Change> unwritten; ///< guarded by `mutex`; not empty: a write of all of them is to begin
+    QThreadPool writing;           ///< one thread, so that the order stays
 
     Kept() {
         platform::assertMayBlock("reading the places of the windows");
@@ -21,11 +28,24 @@ struct Kept {
         const QSettings stored;
         for (const QString& key : stored.allKeys()) values.insert(key, stored.value(key));
     }
-    void write(std::function<void(QSettings&)> change) {
-        writing.start([change = std::move(change)] {
-            QSettings stored;
-            change(stored);
-        });
+    /// What comes before a write begins is in it: each waits for the disk, and a window that closes keeps a
+    /// dozen values.
+    void write(Change change) {
+        {
+            const std::lock_guard lock(mutex);
+            unwritten.push_back(std::move(change));
+            if (unwritten.size() > 1) return;
+        }
+        writing.start([this] { writeAll(); });
+    }
+    void writeAll() {
+        std::vector<Change> changes;
+        {
+            const std::lock_guard lock(mutex);
+            changes.swap(unwritten);
+        }
+        QSettings stored;
+        for (const Change& change : changes) change(stored);
     }
 };
 

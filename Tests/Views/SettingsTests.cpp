@@ -1,4 +1,5 @@
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneSyncApp/Views/PresetBar.h"
 #include "OrvaneSyncApp/Views/QtMainThread.h"
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
@@ -19,6 +20,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QSettings>
 #include <QStackedWidget>
 #include <QTableWidget>
 #include <QTest>
@@ -137,6 +139,17 @@ TEST_F(SettingsTest, controlsStoreAtOnceAndFollowOthers) {
     amount->setFocus();
     QTest::keyClick(amount, Qt::Key_Right);
     EXPECT_NEAR(settings_->get(settings::smartAudioVoiceIso), 0.71, 1e-6);
+}
+
+/// However many changes one write takes.
+TEST_F(SettingsTest, placesAreWrittenInTheirOrder) {
+    for (int i = 0; i <= 100; ++i) design::keptState::set(QStringLiteral("place"), i);
+    design::keptState::set(QStringLiteral("gone"), 1);
+    design::keptState::remove(QStringLiteral("gone"));
+    design::keptState::finish();
+    const QSettings stored;
+    EXPECT_EQ(stored.value(QStringLiteral("place")).toInt(), 100);
+    EXPECT_FALSE(stored.contains(QStringLiteral("gone")));
 }
 
 TEST_F(SettingsTest, aNumberIsShownAsItIsStored) {

@@ -167,11 +167,14 @@ void serve(Context& context, const Arguments& arguments) {
             context.warn(*work.sessions->problem());
     });
     if (work.sessions->problem()) context.warn(*work.sessions->problem());
-    // Called on a thread of its own, at the latest at the very end of this function.
-    const auto save = [loop, weak = std::weak_ptr(work.sessions)](const platform::EndProcess& end) {
-        loop->post([weak, end] {
+    // Called on a thread of its own, at the very end of this function at the latest.
+    const auto save = [loop, weak = std::weak_ptr(work.sessions),
+                       weakWork = std::weak_ptr(work.controller)](const platform::EndProcess& end) {
+        loop->post([weak, weakWork, end] {
             const auto sessions = weak.lock();
             if (!sessions) return end("");
+            // An analysis would change clip after clip, each of them to be saved.
+            if (const auto controller = weakWork.lock()) controller->work().running.requestStop();
             sessions->flush().whenDone([weak, end](const std::exception_ptr&) {
                 const auto saved = weak.lock();
                 const auto failure = saved ? saved->lastSaveError() : std::nullopt;

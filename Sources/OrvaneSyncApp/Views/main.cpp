@@ -156,8 +156,11 @@ void keepWork(QGuiApplication& application, views::Desktop& desktop) {
                          }
                      });
     QApplication::setQuitOnLastWindowClosed(false);
-    QObject::connect(&application, &QGuiApplication::lastWindowClosed, &application,
-                     [&desktop] { endWhenSaved(desktop.sessions()); });
+    QObject::connect(&application, &QGuiApplication::lastWindowClosed, &application, [&desktop] {
+        // An analysis would change clip after clip, each of them to be saved.
+        desktop.controller().work().running.requestStop();
+        endWhenSaved(desktop.sessions());
+    });
 }
 
 /// Opens in the window what this start asked for, and later what other starts send.

@@ -100,6 +100,8 @@ TEST_F(EditingTest, whatIsNoClipNoNumberOrNoPoolChangesNothing) {
     controller_->tracks().setMasterGain(id(), -infinity, true);
     controller_->clips().setManualSensorFrameRate(id(), none);
     controller_->tracks().addBlockOverride(id(), 5, infinity, 9);
+    controller_->recordings().chooseRecording(UUID::random(), UUID::random());
+    controller_->recordings().chooseRecording(id(), UUID::random());
     EXPECT_EQ(toJSONArray(controller_->work().syncGroups()).dump(), before);
 
     SyncGroup alone(test::video("C.mov"), {}, MatchStatus::manual());
@@ -118,6 +120,7 @@ TEST_F(EditingTest, whatMakesNoDifferenceIsNoStep) {
     controller_->recordings().removeAudioMatch(id(1), group(1).audioMatches[0].id);
     ASSERT_FALSE(controller_->work().wildTracks().empty());
     const UUID match = group().audioMatches.front().id, wild = controller_->work().wildTracks()[0].id;
+    settings_->set(settings::trimMode.key, "overlap");
     nudge();
     controller_->undo();
     const UndoState before = controller_->work().undoState();
@@ -130,6 +133,8 @@ TEST_F(EditingTest, whatMakesNoDifferenceIsNoStep) {
              for (int i = 0; i < 2; ++i) controller_->clips().toggleLocked(id());
          }},
         {"the same wild track", [&] { controller_->recordings().renameWildTrack(wild, ""); }},
+        {"the setting that it has",
+         [&] { controller_->changeSetting(undoSteps::setTrimMode, settings::trimMode.key, "overlap"); }},
     };
     for (const auto& [name, edit] : edits) {
         controller_->withUndo({"Nothing"}, edit);
@@ -439,6 +444,19 @@ TEST_F(EditingTest, resettingAClipLeavesItsMatchesAlone) {
     finish(controller_->tracks().addBlockOverride(id(), 1, 2, 3));
     clips.resetClipToAutoSync(id());
     EXPECT_EQ(toJSON(group()).dump(), asMatched);
+    const std::function<void()> decisions[] = {
+        [&] { clips.adjustAudioOffset(id(), 0.2); },
+        [&] { clips.setAudioAnchor(id(), 2); },
+        [&] { clips.toggleApproved(id()); },
+        [&] { clips.toggleLocked(id()); },
+        [&] { finish(controller_->tracks().toggleTrackActive(id(), 2)); },
+    };
+    for (const auto& decide : decisions) {
+        decide();
+        EXPECT_NE(toJSON(group()).dump(), asMatched);
+        finish(clips.resetAllClipsToAutoSync());
+        EXPECT_EQ(toJSON(group()).dump(), asMatched);
+    }
 }
 
 TEST_F(EditingTest, theRateOfOtherClipsIsTheMostFrequentOne) {

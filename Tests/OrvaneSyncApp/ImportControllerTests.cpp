@@ -182,6 +182,7 @@ TEST_F(ImportControllerTest, aScanThatIsOvertakenLeavesNoTrace) {
 }
 
 TEST_F(ImportControllerTest, exportsSettledClipsWithTheSettingsOfTheSheet) {
+    EXPECT_EQ(controller_->exporting().exportSettings({}).outputWidth, 1920) << "without clips";
     test::makeSmallShoot(folder_.path());
     scan(folder("camera"), folder("sound"));
     settings_->set("eventName", "Stored");

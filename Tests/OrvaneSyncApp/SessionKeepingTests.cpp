@@ -374,6 +374,12 @@ TEST_F(SessionKeepingTest, aSessionDeletedDuringItsSaveStaysDeleted) {
         EXPECT_EQ(manager_->session(id), nullptr);
         EXPECT_EQ(manager_->lastSaveError(), std::nullopt);
     }
+    const UUID id = newSession();
+    bringClips(1);
+    manager_->save(*controller_);
+    manager_->deleteSession(id);
+    manager_.reset(); // which writes what is not on the disk
+    EXPECT_TRUE(SessionStore(folder_.path()).isDeleted(id));
 }
 
 TEST_F(SessionKeepingTest, noDecisionWaitsForTheDiskAndOthersSeeItWithinASecond) {

@@ -57,6 +57,10 @@ TEST_F(SessionManagerTest, clipsComeBackWithWhatTheyWereMatchedBy) {
     finish(controller_->recordings().resyncAllClips());
     EXPECT_EQ(controller_->work().matchRules().soundOffsetSeconds, 2);
     EXPECT_EQ(controller_->work().keptMatchedBy(), std::nullopt);
+    finish(manager_->save(*controller_));
+    controller_->openStoredWork({});
+    finish(manager_->load(id, controller_));
+    EXPECT_EQ(controller_->work().keptMatchedBy(), std::nullopt) << "which the file said";
 }
 
 TEST_F(SessionManagerTest, findsTheSessionOfFolders) {
@@ -114,6 +118,10 @@ TEST_F(SessionManagerTest, namesFollowTheFoldersUntilSomebodyNamesThem) {
     EXPECT_EQ(name(), "Given");
     flush();
     EXPECT_FALSE(SessionStore(folder_.path()).list().front().nameAutoDerived);
+    const UUID other = newSession();
+    manager_->save(*controller_, "First");
+    manager_->save(*controller_);
+    EXPECT_EQ(manager_->session(other)->name, "First");
 }
 
 TEST_F(SessionManagerTest, savesAfterChangesByTheTimerAndWhenLeft) {

@@ -160,6 +160,28 @@ TEST_F(WorkDoubtsTest, FindTheirClipsInTheListAndLeaveThemWithTheDoubt) {
     EXPECT_EQ(files(), "") << "a list of doubts follows them";
 }
 
+TEST_F(WorkDoubtsTest, TheFirstCameraOfARecordingFoldsTheOthersAway) {
+    const MediaAsset sound = test::audio("T.wav");
+    SyncGroupList cameras;
+    for (const char* name : {"A.mov", "B.mov", "C.mov"}) cameras.append(test::clip(test::video(name), sound));
+    controller_->openStoredWork({{}, {}, cameras});
+    ResultsViewModel results(*controller_);
+    const auto foldable = [&] {
+        std::vector<std::size_t> all;
+        for (std::size_t i = 0; i < results.rowCount(); ++i) all.push_back(results.row(i).foldable);
+        return all;
+    };
+    EXPECT_EQ(foldable(), (std::vector<std::size_t>{2, 0, 0}));
+    std::vector<std::size_t> painted;
+    const auto following =
+        results.onChange([&](const ResultsViewModel::Change& change) { painted = change.rows; });
+    controller_->clips().toggleApproved(results.groupID(1));
+    EXPECT_EQ(painted, (std::vector<std::size_t>{1}));
+    results.toggleFolded(0);
+    EXPECT_EQ(foldable(), (std::vector<std::size_t>{2}));
+    EXPECT_EQ(results.order().size(), 3U);
+}
+
 TEST_F(WorkDoubtsTest, MenuShowsSoundOfAnotherDayLast) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     open(test::video("A_240517.mov"), test::audio("Z_240517.wav"));
@@ -176,6 +198,11 @@ TEST_F(WorkDoubtsTest, MenuShowsSoundOfAnotherDayLast) {
         return text;
     };
     EXPECT_EQ(names(clip.id), "B.wav C_240517.wav A_240518.wav ");
+    const ResultsViewModel results(*controller_);
+    EXPECT_EQ(results.candidates(menu.id).size(), 3U);
+    EXPECT_TRUE(results.candidates(clip.id).empty() && results.candidates(UUID::random()).empty());
+    controller_->clips().toggleLocked(menu.id);
+    EXPECT_TRUE(results.candidates(menu.id).empty());
 
     // Two clips show together that their headers count eight hours ahead.
     SyncGroup evening(test::video("E.mov", "16:30:00:00"), {}, MatchStatus::unmatched());

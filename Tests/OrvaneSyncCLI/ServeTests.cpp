@@ -328,6 +328,7 @@ TEST_F(ServeTest, theTimelineMovesTheSound) {
     call("dismissSiblingSuggestion", other);
     EXPECT_TRUE(call("siblingSuggestion", other).isNull());
     call("nudgeByFrames", onFirst(R"(,"frames":1)"));
+    call("nudgeByFrames", other.substr(0, other.size() - 1) + R"(,"frames":-2})");
     call("applySiblingSuggestion", other);
     EXPECT_NEAR(*call("group", other).find("manualAudioOffsetSeconds")->number(), 1.04, 1e-9);
     EXPECT_TRUE(call("siblingSuggestion", other).isNull());

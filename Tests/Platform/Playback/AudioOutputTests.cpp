@@ -68,13 +68,15 @@ TEST(AudioOutput, clockStandsInForADevice) {
     EXPECT_NEAR(static_cast<double>(blocks.blocks.back().end), output.heardFrame(), 1024);
 }
 
-TEST(AudioOutput, devicesGoAndComeWhileFramesCountOn) {
-    auto clock = std::make_shared<test::ManualClock>();
+struct PluggedOutput : testing::Test {
+    PluggedOutput() { output.start(blocks); }
+    std::shared_ptr<test::ManualClock> clock = std::make_shared<test::ManualClock>();
     test::SoundMachine machine;
-    DeviceOutput output(
-        clock, [&] { return machine.devices(); }, DeviceOutput::Threads::caller);
     BlockList blocks;
-    output.start(blocks);
+    DeviceOutput output{clock, [this] { return machine.devices(); }, DeviceOutput::Threads::caller};
+};
+
+TEST_F(PluggedOutput, devicesGoAndComeWhileFramesCountOn) {
     const auto play = [&](int count) {
         for (int i = 0; i < count; ++i) {
             const double before = output.heardFrame();
@@ -123,13 +125,7 @@ TEST(AudioOutput, devicesGoAndComeWhileFramesCountOn) {
 }
 
 /// As the first stream of a server that has to wake its card.
-TEST(AudioOutput, waitsForADeviceThatTakesTwoSecondsToBegin) {
-    auto clock = std::make_shared<test::ManualClock>();
-    test::SoundMachine machine;
-    DeviceOutput output(
-        clock, [&] { return machine.devices(); }, DeviceOutput::Threads::caller);
-    BlockList blocks;
-    output.start(blocks);
+TEST_F(PluggedOutput, waitsForADeviceThatTakesTwoSecondsToBegin) {
     output.tick();
     for (int i = 0; i < 3; ++i) machine.ask();
     run(output, *clock, 1950ms);

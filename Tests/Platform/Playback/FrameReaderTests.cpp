@@ -1,5 +1,6 @@
 #include "Platform/AudioFile.h"
 #include "Platform/Playback/FrameReader.h"
+#include "Platform/Playback/MovieWriter.h"
 #include "Platform/Playback/VideoDecoder.h"
 #include "Platform/Stop.h"
 #include "Support/ChildProcesses.h"
@@ -254,6 +255,30 @@ TEST(FrameReader, showsPicturesUprightInSquarePixels) {
     const std::uint8_t* corner = picture->pixels.get() + 4 * (72 * 8 + 12);
     EXPECT_GT(corner[1], 200) << "the first axis of the file's matrix points up: what was right is above";
     EXPECT_LT(corner[2], 50);
+}
+
+TEST(MovieWriter, framesAndCutsPicturesOfAnotherSize) {
+    const TemporaryDirectory folder;
+    platform::MovieWriter writer(folder.path("sizes.mov"), {}, "test");
+    for (const int side : {8, 4, 16}) {
+        platform::Picture picture;
+        picture.size = {side, side};
+        const std::shared_ptr<std::uint8_t[]> white(new std::uint8_t[picture.bytes()]);
+        std::fill_n(white.get(), picture.bytes(), std::uint8_t{255});
+        picture.pixels = white;
+        writer.addPicture(picture);
+    }
+    writer.finish();
+    const auto reader = FrameReader::open(folder.path("sizes.mov"));
+    for (const int number : {1, 2}) {
+        const auto picture = reader->pictureAt({number, 25}, exactly, {});
+        ASSERT_TRUE(picture && picture->size == (PictureSize{8, 8}));
+        for (int y = 0; y < 8; ++y)
+            for (int x = 0; x < 8; ++x) {
+                const bool isInside = number == 2 || (std::min(x, y) >= 2 && std::max(x, y) < 6);
+                ASSERT_EQ(picture->pixels.get()[4 * (8 * y + x)], isInside ? 255 : 0) << x << ", " << y;
+            }
+    }
 }
 
 TEST(FrameReader, showsOneMomentOfTwoFieldsAndColoursTimesAlpha) {

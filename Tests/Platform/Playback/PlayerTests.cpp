@@ -1,4 +1,5 @@
 #include "Platform/Playback/DeviceOutput.h"
+#include "Platform/Playback/PictureTrack.h"
 #include "Platform/Playback/Player.h"
 #include "Platform/Playback/PlayerHost.h"
 #include "Support/ChildProcesses.h"
@@ -261,6 +262,19 @@ TEST_F(PlayerTransport, endsOnceInEitherDirectionAndShowsKeyPicturesAtSpeed) {
     player_->setRate(0);
     advance(0);
     EXPECT_EQ(shown(), due(picture_)) << "at rest it is the exact one";
+}
+
+/// At a moment whose picture is not there.
+TEST_F(PlayerTransport, showsThePictureBehindInReverseAlone) {
+    platform::PictureTrack track(platform::VideoDecoder::open(path_), [](const auto&) {});
+    for (const int second : {1, 2}) {
+        track.seek({second, 1}, static_cast<std::uint64_t>(second));
+        track.waitUntilReady({second, 1}, 0);
+    }
+    for (const auto& [rate, number] : {std::pair{-1.0, 50}, {-8.0, 25}, {0.0, 25}, {0.5, 25}, {1.0, 25}}) {
+        const auto picture = track.shownAt({3, 2}, rate);
+        EXPECT_EQ(picture ? NumberedClip::numberIn(*picture) : -2, number) << rate;
+    }
 }
 
 TEST_F(PlayerTransport, startsPlayersOnOneFrameOfTheOutput) {

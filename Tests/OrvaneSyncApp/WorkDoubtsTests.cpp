@@ -225,6 +225,13 @@ TEST_F(WorkDoubtsTest, CorrectionsHoldForEveryMatching) {
     EXPECT_EQ(controller_->work().syncGroups().front().matchStatus, MatchStatus::matched());
     controller_->reset();
     EXPECT_TRUE(controller_->work().sourceCorrections().isEmpty());
+    for (const MatchingDays days : {MatchingDays::automatic, MatchingDays::same}) {
+        const SyncGroup early(test::video("A_240517.mov", "00:00:10:00"), {}, MatchStatus::unmatched());
+        const WildTrack late(test::audio("T_240516.wav", "23:59:50:00", 60));
+        controller_->openStoredWork({{}, {}, SyncGroupList({early}), {late}, {}, {.days = days}});
+        finish(controller_->recordings().resyncClip(early.id));
+        EXPECT_EQ(controller_->work().syncGroups().front().isMOS(), days == MatchingDays::same);
+    }
 }
 
 } // namespace

@@ -73,6 +73,13 @@ TEST(DoubtCures, SayForTheWindowWhatTheTerminalHasOptionsFor) {
          "'/m')",
          {}},
         {"listen to A --audio B.wav", "listen to A --audio B.wav", {}},
+        {DoubtCure(setting, "trimMode=overlap"),
+         "“Length of the clips: Overlap (picture and sound)”",
+         {"Trim to Overlap (picture and sound)"},
+         false},
+        {DoubtCure(setting, "ltc.enabled=true") + " or " + DoubtCure(setting, "ltc.channelIndex=-1"),
+         "“Read Timecode from the Sound” or “Read Timecode from Every Track”",
+         {"Read Timecode from the Sound", "Read Timecode from Every Track"}},
     };
     for (const auto& one : cases) {
         const Cure cure = cureInWords(one.cure);

@@ -5,8 +5,8 @@
 
 namespace orvane::test {
 
-/// What the threads besides that of the test allocate: a measure of their work that depends neither on the
-/// machine nor on what else it does. Without sanitizers, which have allocators of their own (`isCounted`).
+/// Counts the allocations of all threads but the test's: a measure of their work that depends neither on the
+/// machine nor on its load. Not counted with sanitizers, which have their own allocators (`isCounted`).
 struct AllocatedWork {
 #ifdef ORVANE_SANITIZED
     static constexpr bool isCounted = false;
@@ -14,7 +14,7 @@ struct AllocatedWork {
     static constexpr bool isCounted = true;
 #endif
 
-    /// Counts from 0 on. The thread that comes to `holdAt` waits there; 0: none does.
+    /// Counts from 0 on. The thread that makes the allocation of number `holdAt` waits there; 0: none waits.
     static void begin(long holdAt) {
         ofTest_ = std::this_thread::get_id();
         count_ = 0;
@@ -23,7 +23,7 @@ struct AllocatedWork {
         isCounting_ = true;
     }
     static bool isHeld() { return isHeld_; }
-    /// The work that is held goes on, counted again.
+    /// The held work continues and is counted from 0 again.
     static void release() {
         count_ = holdAt_ = 0;
         isHeld_ = false;

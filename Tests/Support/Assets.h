@@ -8,7 +8,7 @@
 
 namespace orvane::test {
 
-/// Probed files as tests need them: in a folder "/media", with a start text and a length in seconds.
+/// A probed file in the folder "/media", with a start timecode and a duration in seconds.
 inline MediaAsset asset(AssetKind kind, std::string_view name, std::string_view start, double seconds) {
     MediaAsset made(FileURL{"/media/" + std::string(name)}, kind);
     if (!start.empty()) made.startTimecodeString = std::string(start);

@@ -14,7 +14,7 @@ std::atomic<bool> wasRefused = false;
 
 } // namespace
 
-/// Takes the place of the system's own in the test program: every reader of ours goes through it.
+/// Replaces the system's function in the test program; all our readers call it.
 extern "C" ssize_t pread(int file, void* into, size_t count, off_t at) {
     struct stat status {};
     if (badFile != 0 && ::fstat(file, &status) == 0 && status.st_ino == badFile && readsToGo-- <= 0) {

@@ -4,8 +4,8 @@
 
 namespace orvane::test {
 
-/// While it lives, the system refuses to read one file, after some reads that go well. One at a time. Media
-/// libraries notice it in a program that exports its symbols.
+/// While it exists, the system refuses to read one file after `goodReads` successful reads. Only one at a
+/// time. Media libraries are affected in a program that exports its symbols.
 class BadDisk {
   public:
     explicit BadDisk(const std::string& path, int goodReads = 0);

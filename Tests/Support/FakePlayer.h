@@ -17,8 +17,8 @@ namespace orvane::test {
 
 class FakePlayerSystem;
 
-/// A player without files: it moves by the clock of its system, in whole milliseconds, and remembers what it
-/// was asked for. Loads and seeks end when the posted work of the main thread runs.
+/// A player without files. It moves by the clock of its system, in whole milliseconds, and records what was
+/// requested. Loads and seeks end when the posted work of the main thread runs.
 class FakePlayer final : public platform::Player {
   public:
     explicit FakePlayer(FakePlayerSystem& system) : system_(system) {}
@@ -62,12 +62,12 @@ class FakePlayer final : public platform::Player {
     platform::PlayerItem item;
     platform::PitchAlgorithm pitch = platform::PitchAlgorithm::timeDomain;
     float volume = 1;
-    std::vector<platform::ChannelPeak> heard; ///< what `levels` gives
-    std::vector<platform::MediaTime> offsets; ///< that the sound was moved to
-    int sounds = 0;                           ///< how often it was replaced
+    std::vector<platform::ChannelPeak> heard; ///< returned by `levels`
+    std::vector<platform::MediaTime> offsets; ///< that were set for the sound
+    int sounds = 0;                           ///< how often the sound was replaced
     int seeks = 0;
-    platform::MediaTime cutOffAt{86400, 1}; ///< where the file ends, whatever it claims
-    std::chrono::nanoseconds startsAt{0};   ///< as the last start said
+    platform::MediaTime cutOffAt{86400, 1}; ///< the real end of the file, whatever it states
+    std::chrono::nanoseconds startsAt{0};   ///< of the last start
 
   private:
     void stopAt(platform::MediaTime time) {
@@ -85,15 +85,15 @@ class FakePlayer final : public platform::Player {
     bool isLoaded_ = false;
     int loads_ = 0;
     double rate_ = 0;
-    platform::MediaTime rest_;          ///< where it stands, or stood at `since_`
+    platform::MediaTime rest_;          ///< clip time when stopped, or at `since_` when running
     std::chrono::nanoseconds since_{0}; ///< when it began to run
-    std::int64_t reported_ = -1;        ///< the frame
+    std::int64_t reported_ = -1;        ///< the last frame
     std::function<void(bool)> seekDone_;
     platform::Listeners<platform::MediaTime> time_;
     platform::Listeners<> end_, picture_;
 };
 
-/// Its time moves by `advance`, a millisecond at a time.
+/// Its time moves by `advance`, one millisecond at a time.
 class FakePlayerSystem final : public platform::PulledPlayerSystem {
   public:
     explicit FakePlayerSystem(std::shared_ptr<platform::MainThread> mainThread)
@@ -137,7 +137,7 @@ class FakePlayerSystem final : public platform::PulledPlayerSystem {
     platform::PlayerFacts usual{
         .hasPicture = true, .hasSound = true, .duration = {10, 1}, .nominalFrameRate = 25};
     std::chrono::nanoseconds now{std::chrono::hours(1)};
-    /// Lets the main thread act on what was reported, after each millisecond.
+    /// Called after each millisecond: the main thread handles what was reported.
     std::function<void()> settle = [] {};
 
   private:
@@ -158,7 +158,7 @@ inline void FakePlayer::load(platform::PlayerItem newItem,
     item = std::move(newItem);
     const int number = loads_;
     system_.mainThread().post([this, &system = system_, number, loaded = std::move(loaded)] {
-        const auto& players = system.players; // this player may be gone by then
+        const auto& players = system.players; // this player may be destroyed by then
         if (std::ranges::find(players, this) == players.end() || loads_ != number) return;
         facts_ = system_.factsOf(item.videoPath);
         isLoaded_ = true;

@@ -10,8 +10,8 @@ namespace orvane::test {
 
 namespace {
 
-/// Unoptimised code and the sanitizers take many times the time of a program; the first dialog of a program
-/// also reads fonts and styles.
+/// Unoptimised code and sanitizers are many times slower than a release, and a program's first dialog also
+/// reads fonts and styles.
 #if defined(ORVANE_SANITIZED)
 constexpr int slowdown = 60;
 #elif defined(NDEBUG)

@@ -6,11 +6,12 @@
 
 namespace orvane::test {
 
-/// From now on a test fails in which a piece of work of the interface thread waits, touches a file, or uses
-/// far more processor time than it may; the message names both. True, so that it can begin with the program.
+/// From then on a test fails if work on the interface thread waits, touches a file, or uses far more
+/// processor time than allowed; the message names the work and the cause. Returns true, so that it can
+/// initialise a variable.
 bool watchInterfaceThreads();
 
-/// What of a piece of work may hold up the interface thread, in its order; none of it is a failure.
+/// The calls of a piece of work that may block the interface thread, in order; they are not failures.
 std::vector<std::string> whatHoldsUp(const std::function<void()>& work);
 
 } // namespace orvane::test

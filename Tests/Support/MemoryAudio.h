@@ -12,8 +12,8 @@
 
 namespace orvane::test {
 
-/// Sound in memory, one list of samples a channel, that may end earlier than it claims, and of which nothing
-/// can be read at one frame.
+/// Sound in memory, one list of samples per channel. It may end earlier than it states, and one frame may be
+/// unreadable.
 class MemoryAudio final : public platform::AudioFile {
   public:
     MemoryAudio(std::vector<std::vector<float>> channels, double sampleRate, std::int64_t claimed = -1,

@@ -10,13 +10,13 @@ namespace orvane::test {
 struct NumberedClip {
     int pictures = 100;
     std::string rate = "25"; ///< pictures per second, as the media tool reads it
-    std::string encoding;    ///< options of the media tool behind the inputs: codec, filters
+    std::string encoding;    ///< options of the media tool after the inputs: codec, filters
     int width = 256, height = 144;
     std::string otherInputs = {}; ///< options of the media tool for more inputs
 
-    /// False where no media tool is there or it knows no such encoding.
+    /// False if there is no media tool or it does not support the encoding.
     bool make(const std::string& path) const;
-    /// Of a picture of such a clip in any size; -1 where the bars are unclear.
+    /// The number in a picture of such a clip, in any size; -1 if the bars are unclear.
     static int numberIn(const platform::Picture& picture);
 };
 

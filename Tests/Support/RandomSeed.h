@@ -10,8 +10,8 @@
 
 namespace orvane::test {
 
-/// The seed of all random tests of a run: the number in ORVANE_SEED, one that is drawn where it says "new",
-/// else 1, so that a change fails by what it changed. Printed at the first use, and with each failure behind
+/// The seed of all random tests of a run: the number in ORVANE_SEED, a random one for "new", else 1, so that
+/// a failure comes from a change and not from the seed. Printed at its first use, and with each failure after
 /// that.
 inline unsigned randomSeed() {
     static const unsigned seed = [] {
@@ -36,12 +36,12 @@ inline unsigned randomSeed() {
     return seed;
 }
 
-/// As many seeds from one on.
+/// `count` seeds: `first` and those after it.
 inline auto seedsFrom(unsigned first, unsigned count) {
     return std::views::iota(0U, count) | std::views::transform([first](unsigned i) { return first + i; });
 }
 
-/// The seeds of a test over as many random cases, beginning with that.
+/// `count` seeds for a test with random cases, from `randomSeed` on.
 inline auto seeds(unsigned count) { return seedsFrom(randomSeed(), count); }
 
 } // namespace orvane::test

@@ -13,7 +13,7 @@
 #include <time.h>
 
 #ifdef ORVANE_SANITIZED
-// Of the sanitizer's runtime; not every compiler brings the header that declares it.
+// From the sanitizer's runtime; not every compiler has the header that declares it.
 extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*)(const volatile void*, std::size_t),
                                                          void (*)(const volatile void*));
 #endif
@@ -35,7 +35,7 @@ constexpr const char* release = "release";
 
 #ifdef ORVANE_SANITIZED
 
-// A sanitizer has an allocator of its own and tells of its calls.
+// A sanitizer has its own allocator, which reports its calls.
 const int hooks =
     __sanitizer_install_malloc_and_free_hooks([](const volatile void*, std::size_t) { report(allocation); },
                                               [](const volatile void*) { report(release); });
@@ -83,7 +83,7 @@ void operator delete[](void* memory) noexcept { operator delete(memory); }
 void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { operator delete(memory); }
 
-// The program's own definition comes before that of the C library, for all code of the process.
+// All code of the process uses the program's own definition instead of that of the C library.
 #define ORVANE_WATCHED(name, parameters, arguments)                                                          \
     extern "C" int name parameters {                                                                         \
         static const auto next = reinterpret_cast<decltype(name)*>(dlsym(RTLD_NEXT, #name));                 \

@@ -4,9 +4,9 @@
 
 namespace orvane::test {
 
-/// What code under `platform::RealtimeScope` must not call. A test program that uses it has its allocator
-/// and, without sanitizers (which need them for themselves), its locks and waits replaced by ones that report
-/// such calls and then do their work.
+/// Reports calls that code under `platform::RealtimeScope` must not make. In a test program that uses it, the
+/// allocator, locks and waits are replaced by functions that report the call and then do the work. With
+/// sanitizers, which need them for themselves, locks and waits are not replaced.
 struct RealtimeWatch {
     /// Whether locks and waits are watched as well.
     static bool seesLocks();

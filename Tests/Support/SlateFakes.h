@@ -10,7 +10,7 @@
 
 namespace orvane::test {
 
-/// A video of 24 pictures a second that says which text stands in which picture, and how often it was asked.
+/// A video of 24 pictures a second: the text in each picture, and how often text was looked for.
 struct SlateVideo {
     std::int64_t frames = 0; ///< 0: it cannot be opened
     std::map<std::int64_t, std::vector<std::string>> texts;

@@ -10,8 +10,8 @@
 
 namespace orvane::test {
 
-/// A machine whose one device can be plugged in and out, and asks when the test says so. A player that ends
-/// on a thread of its own may close the device after the test.
+/// A machine with one device, which can be plugged in and out and requests sound when the test calls `ask`. A
+/// player that ends on its own thread may close the device after the test.
 struct SoundMachine {
     struct State {
         bool isPlugged = true;

@@ -5,8 +5,8 @@
 
 namespace orvane::test {
 
-/// In base64, a model of the separator's shape that passes the spectrogram on as speech, half of it as music
-/// and none of it as effects.
+/// A model in base64 with the separator's shape. It returns the spectrogram as speech, half of it as music,
+/// and zeros as effects.
 inline constexpr const char* passThroughModel =
     "CAc6qQIKHwoLc3BlY3Ryb2dyYW0SBnNwZWVjaCIISWRlbnRpdHkKHwoLc3BlY3Ryb2dyYW0KBGhhbGYSBW11c2ljIgNN"
     "dWwKHQoLc3BlY3Ryb2dyYW0KBHplcm8SA3NmeCIDTXVsEgFnKhAIARABIgQAAAA/QgRoYWxmKhAIARABIgQAAAAAQgR6"
@@ -14,7 +14,8 @@ inline constexpr const char* passThroughModel =
     "AQoCCAEKAwiBCAoDEgF0CgIIAmIlCgVtdXNpYxIcChoIARIWCgIIAQoCCAEKAwiBCAoDEgF0CgIIAmIjCgNzZngSHAoa"
     "CAESFgoCCAEKAggBCgMIgQgKAxIBdAoCCAJCBAoAEA0=";
 
-/// Where ONNX Runtime is looked for before the system's libraries: the folder that ORVANE_ONNXRUNTIME names.
+/// The folder in which ONNX Runtime is searched for before the system's libraries: ORVANE_ONNXRUNTIME, else
+/// `otherwise`.
 inline std::string runtimeFolder(const std::string& otherwise) {
     const char* const named = std::getenv("ORVANE_ONNXRUNTIME");
     return named != nullptr ? named : otherwise;

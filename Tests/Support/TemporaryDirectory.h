@@ -5,7 +5,7 @@
 
 namespace orvane::test {
 
-/// A folder of a test's own, removed with everything in it when the object goes.
+/// A folder for one test; the destructor removes it with its contents.
 class TemporaryDirectory {
   public:
     TemporaryDirectory();
@@ -16,16 +16,16 @@ class TemporaryDirectory {
     /// Absolute, links resolved.
     const std::string& path() const { return path_; }
     std::string path(std::string_view below) const;
-    /// Writes a file, making the folders above it, and returns its path.
+    /// Writes a file, makes the folders above it, and returns its path.
     std::string write(std::string_view below, std::string_view contents) const;
-    /// The bytes of a file; a failure of the test when there is none.
+    /// The bytes of a file; a missing file fails the test.
     std::string read(std::string_view below) const;
 
   private:
     std::string path_;
 };
 
-/// Sets an environment variable (or removes it, for a null value) until the object goes. One thread.
+/// Sets an environment variable (or removes it, for a null value) while the object exists. One thread.
 class ScopedEnvironment {
   public:
     ScopedEnvironment(const char* name, const char* value);

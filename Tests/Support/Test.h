@@ -1,6 +1,6 @@
 #pragma once
 
-// What tests are written with: GoogleTest and the everyday part of the standard library.
+// The common includes of tests: GoogleTest and the most used parts of the standard library.
 
 #include <gtest/gtest.h>
 

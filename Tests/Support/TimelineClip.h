@@ -5,8 +5,8 @@
 
 namespace orvane::test {
 
-/// A clip of 30 s at 25 frames a second under a recording of 20 s that begins 4 s into it: named channels,
-/// an anchor, a range by hand, and another recorder's file. The recordings lie nowhere.
+/// A clip of 30 s at 25 frames a second under a recording of 20 s that begins 4 s into it, with named
+/// channels, an anchor, a manual range and the file of another recorder. The files do not exist.
 inline SyncGroup timelineClip(int channels = 3) {
     MediaAsset recording = audio("T01.WAV", "10:00:04:00", 20);
     recording.channelCount = channels;
@@ -22,7 +22,7 @@ inline SyncGroup timelineClip(int channels = 3) {
     return group;
 }
 
-/// What an analysis would say of it, with the range laid over.
+/// The result of an analysis of it, with the manual range applied.
 inline SmartAudioResult timelineResult() {
     SmartAudioResult result;
     const auto block = [](double start, double end, int track, BlockKind kind, const char* reason) {

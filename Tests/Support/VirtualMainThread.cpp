@@ -54,7 +54,7 @@ VirtualMainThread::VirtualMainThread()
     : owner_(std::this_thread::get_id()), clock_(std::make_shared<ManualClock>()) {}
 
 void VirtualMainThread::post(std::function<void()> work) {
-    std::list<std::function<void()>> one; // made ahead: nothing is allocated under the lock
+    std::list<std::function<void()>> one; // made before the lock: nothing is allocated under it
     one.push_back(std::move(work));
     const std::lock_guard lock(mutex_);
     if (isClosed_) return;
@@ -116,7 +116,7 @@ bool VirtualMainThread::waitUntil(const std::function<bool()>& condition,
         if (condition()) return true;
         std::unique_lock lock(mutex_);
         if (std::chrono::steady_clock::now() >= deadline) return false;
-        // Woken now and then as well: a condition may come true without a post.
+        // Also wakes every few milliseconds: a condition may become true without a post.
         posted_.wait_for(lock, std::chrono::milliseconds(5), [this] { return !ready_.empty(); });
     }
 }

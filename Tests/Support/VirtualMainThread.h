@@ -14,11 +14,11 @@
 
 namespace orvane::test {
 
-/// A clock that stands still until a test moves it. Any thread.
+/// A clock that only the test moves. Any thread.
 class ManualClock final : public platform::Clock {
   public:
     std::chrono::nanoseconds now() const override;
-    /// 17 May 2024 10:00 UTC and what has passed since.
+    /// 17 May 2024 10:00 UTC plus the time that has passed.
     std::chrono::sys_time<std::chrono::milliseconds> date() const override;
     void advance(std::chrono::nanoseconds by);
     void set(std::chrono::nanoseconds moment);
@@ -28,8 +28,8 @@ class ManualClock final : public platform::Clock {
     std::chrono::nanoseconds now_{0};
 };
 
-/// A main thread whose time a test moves by hand: the thread that makes it is the main thread, and work runs
-/// only inside `runPosted`, `advance` and `waitUntil`. Posting and timers from any thread.
+/// A main thread whose time the test moves. The thread that makes it is the main thread; work runs only
+/// inside `runPosted`, `advance` and `waitUntil`. Posting and timers from any thread.
 class VirtualMainThread final : public platform::MainThread {
   public:
     VirtualMainThread();
@@ -39,17 +39,18 @@ class VirtualMainThread final : public platform::MainThread {
                                            std::function<void()> work) override;
     bool isCurrent() const override;
 
-    /// Runs what is posted, also what that posts in turn, and returns how many pieces of work ran.
+    /// Runs the posted work and the work that it posts, and returns how many pieces of work ran.
     std::size_t runPosted();
-    /// Moves time on, running each timer at its own moment and what it posts before the next one.
+    /// Moves time forward: each timer runs at its time, and the work that it posts runs before the next
+    /// timer.
     void advance(std::chrono::nanoseconds by);
-    /// Serves work of real background threads until the condition holds; false after `realTime`.
+    /// Runs work from real background threads until the condition holds; false after `realTime`.
     bool waitUntil(const std::function<bool()>& condition,
                    std::chrono::milliseconds realTime = std::chrono::seconds(10));
-    /// Drops what waits, and all that comes from now on: operations that still run when a test ends hold this
-    /// thread, and would be held by it.
+    /// Drops waiting work and all later work: operations that still run when a test ends own this thread, and
+    /// their posted work would be owned by it.
     void close();
-    /// Timers that have neither run nor been called off.
+    /// Timers that have neither run nor been cancelled.
     std::size_t pendingTimers() const;
 
     /// Moves with `advance`.

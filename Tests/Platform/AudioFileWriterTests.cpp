@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::size_t frames = 300'001;
 
-/// A ramp a channel, written in pieces of changing sizes.
+/// One ramp per channel, written in pieces of changing sizes.
 void write(AudioFileWriter& writer) {
     std::vector<std::vector<float>> ramps(3, std::vector<float>(frames));
     for (std::size_t channel = 0; channel < ramps.size(); ++channel)

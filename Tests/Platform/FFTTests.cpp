@@ -12,7 +12,7 @@
 namespace orvane::platform {
 namespace {
 
-/// Against the definition, and back.
+/// The transform agrees with its definition, and its inverse gives the input again.
 TEST(RealFFT, givesTheTransformAndItsInverse) {
     std::mt19937 random(test::randomSeed());
     std::uniform_real_distribution<float> level(-1, 1);

@@ -99,7 +99,7 @@ TEST(Files, whatIsKeptBesideAFileIsKeptOnceAndNeverReplaced) {
     const std::string path = folder.path("a");
     folder.write("a.other", "older");
     folder.write("a", "1");
-    for (int time = 0; time < 3; ++time) // as before writes that fail
+    for (int time = 0; time < 3; ++time) // as before several writes that fail
         EXPECT_EQ(files::keepBeside(path, files::otherSuffix), path + ".other-2");
     files::writeAtomically(path, "2");
     EXPECT_EQ(files::keepBeside(path, files::otherSuffix), path + ".other-3");

@@ -37,7 +37,7 @@ class Serving {
         server_.Get("/elsewhere", [](const httplib::Request&, httplib::Response& response) {
             response.set_redirect("http://localhost/other");
         });
-        // Says more than it sends.
+        // States a larger size than it sends.
         server_.Get("/cut", [](const httplib::Request&, httplib::Response& response) {
             response.set_content_provider(1000, "text/plain",
                                           [](std::size_t, std::size_t, httplib::DataSink& sink) {
@@ -45,10 +45,10 @@ class Serving {
                                               return false;
                                           });
         });
-        // Breaks off once, and says of which version of the file it sent a part.
+        // Breaks off once, and states the version of the file that it sends a part of.
         server_.Get("/resumed", [this](const httplib::Request& request, httplib::Response& response) {
             const std::string tag = "\"" + version + "\"";
-            // The server library sends what the request asks for, and knows no If-Range.
+            // The server library always sends the requested range: it does not support If-Range.
             if (request.get_header_value("If-Range") != tag)
                 const_cast<httplib::Request&>(request).ranges.clear();
             ranges.push_back(request.get_header_value("Range"));
@@ -89,7 +89,7 @@ class Serving {
     }
 
     std::string version = "a";
-    std::vector<std::string> ranges;      ///< that were asked for
+    std::vector<std::string> ranges;      ///< that were requested
     std::atomic<int> piecesUntilCut = -1; ///< negative: never
 
   private:
@@ -219,7 +219,7 @@ TEST_F(HTTPClientTest, aDownloadGoesOnWhereItBrokeOff) {
     std::filesystem::remove(path);
 
     breaksOff();
-    server.version = "b"; // another file by the same name
+    server.version = "b"; // another file of the same name
     EXPECT_EQ(client->download(request, path).status, 200);
     EXPECT_EQ(folder.read("model.onnx"), std::string(largeSize, 'b'));
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);

@@ -15,7 +15,7 @@
 namespace orvane::platform {
 namespace {
 
-/// Writes more than the pipe takes, and is asked to end when the write has begun.
+/// Writes more than the pipe can hold; the process is asked to end when the write has begun.
 [[noreturn]] void saveWhereNobodyReads(const std::string& pipe) {
     exitOnInterrupt("");
     beforeTermination([](const EndProcess&) {}, std::chrono::milliseconds(20));

@@ -55,11 +55,11 @@ TEST(JSON, writesTextsThatReadBack) {
 }
 
 TEST(JSON, takesBoundedMemory) {
-    // As dense as a long text may be, with what takes most: members of short names and texts.
+    // A dense text of what needs the most memory: members with short names and texts.
     std::string text = "[";
     for (int i = 0; i < 100'000; ++i) text += R"({"a name of a member":"v","the other name of it":"w"},)";
     text.back() = ']';
-#ifndef ORVANE_SANITIZED // which count otherwise
+#ifndef ORVANE_SANITIZED // sanitizers count differently
     const std::size_t before = ::mallinfo2().uordblks + ::mallinfo2().hblkhd;
     const JSON tree = JSON::parse(text);
     EXPECT_EQ(tree.elements()->size(), 100'000U);
@@ -112,7 +112,7 @@ TEST(JSON, refusesWhatIsNoJSON) {
     EXPECT_EQ(JSON::parse("\xEF\xBB\xBF{}"), JSON::object());
 }
 
-/// What both readers say of a value, as text.
+/// The answers of a reader about a value, as text.
 std::string answers(const auto& value) {
     const auto show = [](const auto& answer) { return answer ? JSON(*answer).dump() : std::string("-"); };
     const auto text = value.string();
@@ -142,7 +142,7 @@ TEST(JSONView, answersLikeTheTree) {
         EXPECT_EQ((*elements)[2].find("three")->integer(), 3);
         EXPECT_FALSE(view.elements());
         EXPECT_FALSE(JSONMembers(view.find("i").value()).isObject());
-        parser.parse("[" + std::string(2'000'000, ' ') + "]"); // and small ones again
+        parser.parse("[" + std::string(2'000'000, ' ') + "]"); // then small documents again
     }
     for (const char* broken : {"", "{", "{}{}", "\xFF", "01"})
         EXPECT_THROW(parser.parse(broken), JSONError) << broken;

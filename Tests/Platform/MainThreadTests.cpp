@@ -69,7 +69,7 @@ TEST(SerialQueue, runsEverythingThatWasPromised) {
 
 TEST(SerialQueue, runsOnePieceAtATimeForManyWhoWait) {
     constexpr int callers = 4, rounds = 250;
-    int count = 0; // of the queue alone
+    int count = 0; // used only on the queue
     std::vector<std::thread> threads;
     {
         const auto queue = SerialQueue::create("many");

@@ -16,8 +16,7 @@ inline std::string numberText(const std::optional<double>& value) {
     return text.data();
 }
 
-/// An inspection in a line, so that tables of cases can be read: "10 s, avc1 1920x1080 25 fps, 48000 Hz 2
-/// ch".
+/// An inspection as one line, for readable tables of cases: "10 s, avc1 1920x1080 25 fps, 48000 Hz 2 ch".
 inline std::string inspectionText(const std::optional<platform::MediaInspection>& inspection) {
     if (!inspection) return "nothing";
     std::string text = numberText(inspection->durationSeconds) + " s";

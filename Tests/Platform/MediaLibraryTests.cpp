@@ -59,7 +59,8 @@ struct TestModule {
 TEST(MediaLibrary, isFoundBesideTheProgramOrMissedQuietly) {
     ASSERT_NE(platform::mediaLibrary(), nullptr);
     const TemporaryDirectory folder;
-    // A text under the name of a module; a bare name would be searched for in the system's folders.
+    // A text file with the name of a module. A name without a folder would be searched for in the system's
+    // folders.
     folder.write(TestModule::fileName, "no module");
     const std::array folders = {folder.path("missing"), folder.path()};
     const auto found = platform::modules::load<TestModule>(folders);
@@ -109,7 +110,7 @@ TEST(MediaLibrary, inspectsWhatOurOwnWalksDoNot) {
 
 TEST(MediaLibrary, givesNothingForWhatNobodyCanRead) {
     const TemporaryDirectory folder;
-    // A playlist would have a demuxer follow it to other files.
+    // A demuxer would follow a playlist to other files.
     folder.write("sound.wav", WaveMaker().format({}).silence(100).bytes());
     for (const std::string& contents :
          {std::string(), std::string(1, 'x'), std::string(3'000'000, '\0'), std::string(100000, 'x'),
@@ -157,7 +158,8 @@ TEST(MediaLibrary, mayEndOverAFileWithoutHarm) {
     EXPECT_EQ(readAll(*again, 0, 1000).size(), 48000U);
 }
 
-/// A helper that hangs, by a clock that goes on where it is waited for; a signal cuts the first wait short.
+/// A helper that hangs. The clock advances where the helper is waited for; a signal ends the first wait
+/// early.
 TEST(MediaLibrary, endsAHelperThatDoesNotAnswer) {
     using namespace platform;
     const std::shared_ptr<helper::Process> process = helper::Process::borrow();
@@ -178,11 +180,11 @@ TEST(MediaLibrary, endsAHelperThatDoesNotAnswer) {
     EXPECT_EQ(waits, (std::vector{20'000, 15'000}));
     EXPECT_TRUE(process->wasTooSlow());
     EXPECT_FALSE(process->isRunning());
-    for (const pid_t child : children()) ::kill(child, SIGCONT); // others, that were free
+    for (const pid_t child : children()) ::kill(child, SIGCONT); // the other helpers, which were free
     EXPECT_NE(helper::Process::borrow(), nullptr);
 }
 
-/// The next clip waits for no process that is started: those of the one before are there.
+/// The next clip starts no process: it uses the helpers of the clip before.
 TEST(MediaLibrary, keepsTheHelpersOfAReview) {
     using platform::helper::Process, platform::helper::Purpose;
     std::vector<std::shared_ptr<Process>> review(3);
@@ -228,7 +230,7 @@ TEST(MediaLibrary, takesBoundedMemoryForAHeaderThatClaimsMuch) {
 }
 
 TEST(AudioFile, readsSamplesExactly) {
-    // Values that every one of the formats can hold; the last is the lowest that there is.
+    // Values that each of the formats can hold; the last one is the lowest.
     std::vector<float> samples;
     for (int i = -128; i < 128; ++i)
         samples.insert(samples.end(), {static_cast<float>(i) / 128, i % 2 == 0 ? 0.5F : -1.0F});
@@ -290,7 +292,7 @@ TEST(AudioFile, knowsWhatACutFileShouldHold) {
     }
 }
 
-/// Sound in a movie: the other library, whose decoder starts at packets that may overlap.
+/// Sound in a movie is read by the other library, whose decoder starts at packets that may overlap.
 TEST(AudioFile, readsSoundOfMoviesAtAnyFrame) {
     const TemporaryDirectory folder;
     std::vector<float> ramp;
@@ -329,7 +331,7 @@ TEST(AudioFile, keepsItsRateWhereThatOfTheFramesChanges) {
     EXPECT_EQ(file->sampleRate(), 48000);
     const std::vector<float> whole = readAll(*file, 0, 1000);
     EXPECT_NEAR(static_cast<double>(whole.size()), 4 * 48000, 5000);
-    int rises = 0; // of the last second
+    int rises = 0; // in the last second
     for (std::size_t i = whole.size() - 48000; i < whole.size(); ++i)
         rises += whole[i - 1] < 0 && whole[i] >= 0;
     EXPECT_NEAR(rises, 1000, 40);

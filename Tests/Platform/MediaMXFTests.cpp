@@ -63,7 +63,7 @@ TEST(MXF, theShareThatACopyReached) {
     constexpr std::size_t size = 1 << 20U;
     std::string whole = front;
     for (std::uint32_t at = 0; whole.size() < size; ++at) whole += static_cast<char>(at * 2654435761U >> 24U);
-    constexpr std::size_t footerAt = 24 + 20; // within the partition's pack, behind its key and length
+    constexpr std::size_t footerAt = 24 + 20; // within the partition's pack, after its key and length
     whole.replace(footerAt, 8, test::be64(size)).append(footer);
     const auto share = [](std::string bytes, std::size_t zerosFrom) {
         std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(zerosFrom), bytes.end(), '\0');

@@ -98,8 +98,8 @@ TEST(MediaMovie, findsTheHeaderWhereverItLies) {
 }
 
 TEST(MediaInspector, saysHowMuchOfAFileIsThere) {
-    // Media data, of 32 KB a second, that is as random as sound, with zeros from the one byte of the file to
-    // the other.
+    // Media data of 32 KB a second that is as random as sound, with zeros from byte `from` to byte `to` of
+    // the file.
     const auto withZeros = [](std::string bytes, std::size_t from, std::size_t to) {
         std::minstd_rand random(test::randomSeed());
         const std::size_t mediaBytes = 1 << 20;
@@ -360,7 +360,7 @@ TEST(MediaMovie, isReadWholeOrNotAtAll) {
     }
 }
 
-/// The movie as such stays whole here; what is cut is any atom inside it, at every byte.
+/// Each byte of the file in turn has a wrong value.
 TEST(MediaMovie, survivesEveryByteOfItsHeaderBeingWrong) {
     std::string bytes =
         MovieMaker().movieFirst().video(ntsc).audio({.version = 2}).timecode({}).metadata("k", "v").bytes();

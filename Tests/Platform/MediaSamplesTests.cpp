@@ -8,7 +8,7 @@
 namespace orvane::test {
 namespace {
 
-/// What the list of the sample files says about one of them, as another tool saw it.
+/// What the list of the sample files states about one of them, as another tool read it.
 struct Facts {
     struct Video {
         std::string codec;
@@ -55,7 +55,7 @@ std::optional<Facts> readFacts(const std::string& line) {
     return facts;
 }
 
-/// Where we answer otherwise than the other tool, on purpose.
+/// A file for which our answer differs from the other tool's on purpose.
 struct Difference {
     const char* file;
     double durationSeconds;

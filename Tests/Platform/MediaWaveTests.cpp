@@ -136,7 +136,7 @@ TEST(MediaWave, readsWhatIsThereOfATruncatedFile) {
         const auto read = inspectBytes(whole.substr(0, length));
         ASSERT_EQ(read.has_value(), length >= 12) << length;
         ASSERT_EQ(read && !read->audioTracks.empty(), length >= formatEnd - 2)
-            << length; // but for its bit depth
+            << length; // all of the format but the bit depth
         if (length < formatEnd + 8) continue;
         const auto frames = (std::min(length, dataEnd) - formatEnd - 8) / 6;
         ASSERT_EQ(read->durationSeconds, static_cast<double>(frames) / 48000) << length;

@@ -54,7 +54,7 @@ TEST(Realtime, consumersNeitherAllocateNorLock) {
         }
         return test::RealtimeWatch::firstViolation();
     };
-    // The watch itself: what it must see, and that it sees nothing outside the scope.
+    // Checks the watch itself: it reports forbidden calls, and none outside the scope.
     EXPECT_EQ(violationOf([] { delete new int(1); }), "allocation");
     if (test::RealtimeWatch::seesLocks()) {
         EXPECT_EQ(violationOf([&] { const std::lock_guard lock(mutex); }), "pthread_mutex_lock");

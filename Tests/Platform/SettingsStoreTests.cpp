@@ -158,7 +158,7 @@ TEST(FileSettingsStore, throwsWhereItCannotWrite) {
     EXPECT_EQ(locked.get(a), 1);
 }
 
-/// A queue that works when the test says so, in a time that the test moves.
+/// A queue whose work and time the test controls.
 class ManualQueue final : public SerialQueue {
   public:
     ~ManualQueue() override {

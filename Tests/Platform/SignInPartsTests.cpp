@@ -38,14 +38,14 @@ class CredentialStoreTest : public testing::Test {
 
 TEST_F(CredentialStoreTest, keepsSecretsInAFileOfItsOwnerAlone) {
     EXPECT_FALSE(valueOf("token"));
-    // Without an answer of the key store nobody knows, unless the file had it.
+    // If the key store does not answer, it may still have the secret, unless the secret was in the file.
     EXPECT_THROW(store->remove({"token"}), CredentialError);
     {
         const test::ScopedEnvironment noDesktop{"DBUS_SESSION_BUS_ADDRESS", nullptr},
             noRuntime{"XDG_RUNTIME_DIR", folder.path().c_str()}, noScreen{"DISPLAY", nullptr};
         EXPECT_NO_THROW(store->remove({"token"})) << "no store, and no file";
     }
-    EXPECT_FALSE(files::exists(file)); // asking leaves nothing
+    EXPECT_FALSE(files::exists(file)); // reading creates no file
     store->save("token", Secret("one"));
     store->save("other", Secret("two"));
     store->save("token", Secret("three"));

@@ -18,7 +18,7 @@ namespace {
 using test::VirtualMainThread;
 
 std::string endOf(const Task& task) {
-    // A task that runs calls back later.
+    // A task that still runs calls back later.
     const auto end = std::make_shared<std::string>("runs");
     task.whenDone([end](const std::exception_ptr& raised) {
         *end = "done";
@@ -42,7 +42,7 @@ struct StoppingTasks : ::testing::Test {
     }
 };
 
-/// Work that asks its token ends; so does who waits for it, and who waits for that.
+/// Work that checks its token ends, then the task that waits for it, then the task that waits for that one.
 TEST_F(StoppingTasks, reachesTheWorkThroughTheTasksThatWait) {
     std::binary_semaphore isUnderWay{0};
     std::atomic<bool> hasNoticed = false;
@@ -69,8 +69,8 @@ TEST_F(StoppingTasks, reachesTheWorkThroughTheTasksThatWait) {
     EXPECT_EQ(order, "");
 }
 
-/// A call of the system that hangs holds up neither the operation nor its queue nor the end of both. Pieces
-/// of work share a thread of the queue, but for one that still has work which hangs.
+/// A system call that hangs delays neither the operation nor its queue nor the end of both. All work of a
+/// queue uses one thread, but a thread with hanging work is not used again.
 TEST_F(StoppingTasks, leavesWorkThatHangs) {
     const auto threadOfNext = [&] {
         std::thread::id thread;
@@ -111,7 +111,7 @@ TEST_F(StoppingTasks, leavesWorkThatHangs) {
     EXPECT_EQ(kept.use_count(), 1) << "what the work held is given back when it ends";
 }
 
-/// Throws a piece of work away at the moment its stop is asked for, before any other callback of that stop.
+/// Drops a piece of work when its stop is requested, before any other callback of that stop.
 class DroppingQueue final : public SerialQueue {
   public:
     void post(std::function<void()> work, std::stop_token stop) override {
@@ -141,7 +141,7 @@ TEST_F(StoppingTasks, comesBackFromWorkThatAQueueHasThrownAway) {
     EXPECT_EQ(endOf(task), "cancelled");
 }
 
-/// Work that takes no token, such as the writing of a file, is carried to its end; the stop comes after it.
+/// Work that takes no token, such as writing a file, is completed; the stop comes after it.
 TEST_F(StoppingTasks, carriesOutWorkWithoutAToken) {
     bool isBegun = false;
     const auto save = [&]() -> Task {

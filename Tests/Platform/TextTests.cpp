@@ -104,7 +104,7 @@ TEST(Text, decodesOtherEncodings) {
                                           "\xAC\xDF"
                                           "A\0"sv})
         EXPECT_FALSE(text::strictlyDecoded(broken, Encoding::utf16LE)) << broken;
-    // Longer than any buffer in between, with pairs across every border.
+    // Longer than any internal buffer, with surrogate pairs across every border.
     std::string units, characters;
     for (int i = 0; i < 30000; ++i) {
         units += i % 7 == 0 ? "\x41\0"sv : "\x3C\xD8\xAC\xDF"sv;

@@ -26,7 +26,7 @@ std::vector<std::vector<std::uint32_t>> bits(AudioFile& file, std::size_t block)
     return all;
 }
 
-/// Frames of random bytes: every integer there is, and every kind of float.
+/// Frames of random bytes: all integers and all kinds of floats.
 std::string randomWave(int channels, int sampleBits, bool isFloat, std::size_t frames) {
     const auto align = static_cast<std::uint64_t>(channels * sampleBits / 8);
     std::mt19937 random(test::randomSeed());

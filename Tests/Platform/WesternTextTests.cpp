@@ -23,7 +23,7 @@ TEST(WesternText, isWhicheverReadsAsWords) {
     using enum WesternEncoding;
     struct Case {
         const char16_t* text;
-        bool isTelling = true; ///< whether Mac OS Roman can be told; Windows-1252 always is
+        bool isTelling = true; ///< whether Mac OS Roman can be recognised; Windows-1252 always can
     };
     const Case cases[] = {
         {u"Türe"},
@@ -53,7 +53,7 @@ TEST(WesternText, isWhicheverReadsAsWords) {
                 << decoded(bytes, found);
         }
     }
-    // Every byte is something.
+    // Every byte is decoded.
     std::string all;
     for (int byte = 0; byte < 256; ++byte) all += static_cast<char>(byte);
     for (const WesternEncoding encoding : {windows1252, macRoman})

@@ -29,7 +29,7 @@ constexpr MediaTime exactly{};
 struct Encoding {
     const char* name;
     const char* rate;
-    MediaTime picture; ///< the length of one
+    MediaTime picture; ///< duration of one picture
     const char* options;
     bool isIntraOnly;
 };
@@ -96,7 +96,7 @@ TEST_P(FrameReaderOf, givesThePictureOfTheMoment) {
     for (int number = count - 1; number > count - 8; --number)
         expect(number, encoding.picture * number, "backward ");
 
-    // A tolerance may give another picture, within it.
+    // With a tolerance, another picture within it may be given.
     for (const MediaTime time : {MediaTime{1, 2}, MediaTime{3, 2}, MediaTime{2, 1}}) {
         const auto picture = reader->pictureAt(time, {1, 4}, {64, 64});
         ASSERT_TRUE(picture);
@@ -142,7 +142,7 @@ TEST(SoundOfAVideo, beginsWhereTheFileSays) {
         const char* name;
         const char* inputs;
         const char* options;
-        double begin; ///< seconds in front of the tone
+        double begin; ///< seconds before the tone
     };
     for (const Case& test : {Case{"with.mov", "", "-c:a pcm_s24le", 0},
                              Case{"late.mov", "-itsoffset 1.2", "-c:a pcm_s24le", 1.2},
@@ -238,13 +238,13 @@ TEST(FrameReader, showsPicturesUprightInSquarePixels) {
                 4 * (y * picture->size.height / 4 * picture->size.width + x * picture->size.width / 4);
             const std::uint8_t* pixel = picture->pixels.get() + place;
             std::string colour;
-            for (int channel = 0; channel < 3; ++channel) // within 12 of pure
+            for (int channel = 0; channel < 3; ++channel) // within 12 of 0 or 255
                 colour += pixel[channel] < 12 ? '0' : pixel[channel] > 243 ? '1' : '?';
             return colour;
         };
         EXPECT_EQ(at(1, 1) + " " + at(3, 1) + " " + at(1, 3) + " " + at(3, 3), "000 010 100 001") << one.name;
     }
-    // A turn, as a camera held upright writes it.
+    // The rotation that a camera writes which was held upright.
     const std::string turned = folder.path("turned.mov");
     const std::string turning = "ffmpeg -nostdin -v error -y -i '" + folder.path("hd.mov") +
                                 "' -c copy -metadata:s:v rotate=90 '" + turned + "'";
@@ -301,7 +301,7 @@ TEST(FrameReader, showsOneMomentOfTwoFieldsAndColoursTimesAlpha) {
     ASSERT_TRUE((NumberedClip{3, "25", "-vf format=rgba,colorchannelmixer=aa=0.5 -c:v png"}.make(clear)));
     const auto picture = FrameReader::open(clear)->pictureAt({1, 25}, exactly, {});
     ASSERT_TRUE(picture);
-    const std::uint8_t* last = picture->pixels.get() + 4 * (36 * 256 + 250); // in the bar of the number's 1
+    const std::uint8_t* last = picture->pixels.get() + 4 * (36 * 256 + 250); // in the bar of the lowest bit
     EXPECT_NEAR(last[3], 128, 1);
     EXPECT_NEAR(last[1], 110, 2) << "half of the colour";
 }
@@ -316,7 +316,7 @@ TEST(FrameReader, makesTheBestOfDamagedFiles) {
     for (const int number : {7, 8}) {
         for (const pid_t helper : children()) {
             ::kill(helper, SIGKILL);
-            siginfo_t ended{}; // one that dies while it is asked may have died of the file
+            siginfo_t ended{}; // the file may be the cause if a helper ends during a request
             ::waitid(P_PID, static_cast<id_t>(helper), &ended, WEXITED | WNOWAIT);
         }
         const auto picture = whole->pictureAt({number, 25}, exactly, {});

@@ -34,7 +34,7 @@ std::unique_ptr<platform::AudioFile> halfSecondTicks() {
     return std::make_unique<MemoryAudio>(std::vector<std::vector<float>>{samples}, 48000);
 }
 
-/// As long, of one height.
+/// Constant samples of 0.5.
 std::unique_ptr<platform::AudioFile> toneOf(double seconds) {
     const std::vector<float> samples(static_cast<std::size_t>(seconds * 48000), 0.5F);
     return std::make_unique<MemoryAudio>(std::vector<std::vector<float>>{samples}, 48000);
@@ -42,7 +42,7 @@ std::unique_ptr<platform::AudioFile> toneOf(double seconds) {
 
 std::unique_ptr<platform::AudioFile> tone() { return toneOf(soundSeconds); }
 
-/// A player on a clock that is moved by hand.
+/// A player on a clock that the test moves.
 class PlayerTest : public testing::Test {
   protected:
     void load(const std::string& video, double offset = 0, bool hasSound = true, PlayerItem item = {}) {
@@ -66,12 +66,12 @@ class PlayerTest : public testing::Test {
         ASSERT_TRUE(main_.waitUntil([&] { return isDone; }));
     }
     int shown() const { return player_->picture() ? NumberedClip::numberIn(*player_->picture()) : -2; }
-    /// The number of the picture at the moment of the clip that the player is at.
+    /// The number of the picture at the player's current time.
     int due(MediaTime picture) const {
         const auto number = (player_->currentTime() + MediaTime{1, 100000}).wholeUnits(picture);
         return static_cast<int>(std::clamp<std::int64_t>(number, 0, pictureCount - 1));
     }
-    /// Moments of the output, in seconds, at which ticks were heard from `from` on.
+    /// Times of the output, in seconds, at which ticks were heard from frame `from` on.
     std::vector<double> ticksFrom(std::size_t from) const {
         std::vector<double> found;
         for (std::size_t i = from; i < heard_.size(); ++i)
@@ -81,15 +81,16 @@ class PlayerTest : public testing::Test {
                 found.push_back(static_cast<double>(i) / 48000);
         return found;
     }
-    /// Ticks of the recording were heard where they belong, within a millisecond, while the clip ran at 1
-    /// from `clip` at the moment `from` of what was heard to its end.
+    /// Checks that ticks of the recording were heard at their times, within a millisecond, while the clip ran
+    /// at rate 1: it was at `clip` seconds at frame `from` of the output, and ran to the end of what was
+    /// heard.
     void expectTicks(std::size_t from, double clip, double offset) const {
         std::vector<double> expected;
         const double start = static_cast<double>(from) / 48000,
                      end = static_cast<double>(heard_.size()) / 48000;
         for (int k = 0; k < soundSeconds * 2; ++k) {
             const double moment = start + k * 0.5 + offset - clip;
-            // What begins or ends within a fade is left out.
+            // Ticks within a fade are left out.
             if (moment > start + 0.02 && moment < end - 0.02) expected.push_back(moment);
         }
         std::vector<double> found = ticksFrom(from);
@@ -128,7 +129,7 @@ TEST_P(PlayerSync, showsTheFrameAndSoundsTheSampleOfTheMoment) {
     load(path, test.offset);
     std::mt19937 random(randomSeed());
 
-    // Each report while it runs comes with the picture of its moment.
+    // Each report while the player runs comes with the picture of its time.
     int wrong = 0, reports = 0;
     auto watch = player_->observeTime([&](MediaTime) {
         ++reports;
@@ -177,7 +178,7 @@ TEST_P(PlayerSync, showsTheFrameAndSoundsTheSampleOfTheMoment) {
     EXPECT_EQ(wrong, 0);
     loop.reset();
 
-    // A changed offset moves the sound under the picture, which runs on.
+    // A changed offset moves the sound; the picture continues.
     const std::int64_t dropped = player_->droppedPictures();
     player_->seek({});
     player_->setSoundOffset(MediaTime::fromSeconds(0.013));
@@ -189,7 +190,7 @@ TEST_P(PlayerSync, showsTheFrameAndSoundsTheSampleOfTheMoment) {
     EXPECT_EQ(player_->rate(), 1);
     EXPECT_EQ(wrong, 0);
 
-    // What a shuttle passes over is not late.
+    // Pictures that a shuttle skips are not dropped ones.
     player_->seek({});
     player_->setRate(8);
     advance(0.1);
@@ -244,11 +245,11 @@ TEST_F(PlayerTransport, endsOnceInEitherDirectionAndShowsKeyPicturesAtSpeed) {
         EXPECT_EQ(player_->currentTime(), (rate > 0 ? MediaTime{6, 1} : MediaTime{})) << rate;
         EXPECT_EQ(shown(), rate > 0 ? pictureCount - 1 : 0) << rate;
     }
-    // What is shown meanwhile: pictures of the moment below 8 times the speed, key pictures from there on.
+    // Pictures while it runs: those of the current time below 8 times the speed, key pictures from there on.
     for (const double rate : {0.25, 4.0, -4.0, 8.0, -16.0}) {
         int reports = 0;
         const auto times = player_->observeTime([&](MediaTime) {
-            if (++reports < 3) return; // the first ones may still show what was there
+            if (++reports < 3) return; // the first reports may still show the picture before
             if (std::abs(rate) >= 8)
                 EXPECT_EQ(shown(), due(picture_) / 25 * 25) << rate;
             else
@@ -295,7 +296,7 @@ TEST_F(PlayerTransport, startsPlayersOnOneFrameOfTheOutput) {
     EXPECT_EQ(NumberedClip::numberIn(*other->picture()), 100);
 }
 
-/// Cameras of other rates that began at other moments, on one start, for a minute.
+/// Cameras with other rates and start times, started together, for a minute.
 TEST_F(PlayerTest, camerasStayWithinAFrameOfEachOther) {
     struct Camera {
         std::string rate;
@@ -366,10 +367,10 @@ TEST_F(PlayerTransport, dropsStaleSeeksAndLoads) {
     main_.runPosted();
     EXPECT_EQ(loads, 1);
 
-    // Anything in any order, while it runs.
+    // Random operations while the player runs.
     std::mt19937 random(randomSeed());
     const auto below = [&](int limit) { return std::uniform_int_distribution(0, limit - 1)(random); };
-    for (int i = 0; i < 1000; ++i) { // in a second
+    for (int i = 0; i < 1000; ++i) { // for one second
         switch (below(5)) {
         case 0:
             player_->setRate(below(65) - 32);
@@ -404,20 +405,20 @@ TEST_F(PlayerTransport, playsWhatThereIs) {
     player_->setRate(1);
     advance(3);
     expectTicks(from, 0, 1.5);
-    // A picture of which the file says more than can be decoded is as long as it says.
+    // A video that can't be decoded lasts as long as its file states.
     load(folder_.path("missing.mov"), 0.5, true, {.pictureDuration = {8, 5}, .pictureFrameRate = 24});
     EXPECT_EQ(player_->facts().duration, (MediaTime{8, 5}));
     EXPECT_TRUE(player_->facts().isVideoMissing);
     EXPECT_EQ(player_->facts().nominalFrameRate, 24);
     player_->setSoundOffset({3, 1});
     EXPECT_EQ(player_->facts().duration, (MediaTime{8, 5}));
-    // Nothing at all.
+    // Neither picture nor sound.
     load(folder_.path("missing.mov"), 0, false);
     EXPECT_EQ(player_->facts().duration, MediaTime{});
     player_->setRate(1);
     advance(0.5);
     EXPECT_EQ(player_->rate(), 0) << "it ends where it begins";
-    // A picture without sound, that claims to last longer than it does.
+    // A picture without sound whose file states a longer duration than it has.
     const std::string cut = folder_.path("cut.ts");
     ASSERT_TRUE((NumberedClip{pictureCount, "25", "-c:v libx264 -preset ultrafast -g 25"}.make(cut)));
     std::filesystem::resize_file(cut, std::filesystem::file_size(cut) / 2);
@@ -428,7 +429,7 @@ TEST_F(PlayerTransport, playsWhatThereIs) {
     advance(8);
     EXPECT_EQ(ends, 1);
     EXPECT_GT(shown(), 40);
-    // Its own sound where nothing else can be opened; a file that vanishes while it plays.
+    // The video's own sound if no other can be opened; then a file that is removed while it plays.
     const std::string own = folder_.path("own.mov");
     ASSERT_TRUE(
         (NumberedClip{pictureCount, "25", "-c:v libx264 -preset ultrafast -g 25 -c:a pcm_s16le -shortest",
@@ -463,7 +464,7 @@ TEST_F(PlayerTransport, outlivesTheProcessThatDecodes) {
     EXPECT_EQ(shown(), 31);
 }
 
-/// On the machine's clock, which the test moves, and a device that can be plugged out.
+/// On the machine's clock, which the test moves, and with a device that can be plugged in and out.
 TEST_F(PlayerTransport, followsTheClockWhileTheDeviceGoesAndComes) {
     using platform::DeviceOutput;
     SoundMachine machine;
@@ -481,14 +482,14 @@ TEST_F(PlayerTransport, followsTheClockWhileTheDeviceGoesAndComes) {
         last = time.seconds();
     });
     const auto run = [&](double seconds) {
-        constexpr std::chrono::nanoseconds block{10'666'667}; // as the device asks
+        constexpr std::chrono::nanoseconds block{10'666'667}; // the size of the device's requests
         for (int i = 0; i < seconds * 1e9 / static_cast<double>(block.count()); ++i) {
             machine.ask();
             output.tick();
             main_.advance(block);
         }
     };
-    // The clip begins to run when its first pictures are there; one that was called off does not.
+    // The clip starts when its first pictures are there; a start that was cancelled does not happen.
     for (const double rate : {1, 0}) player_->setRate(rate);
     run(1);
     EXPECT_EQ(player_->currentTime(), MediaTime{});
@@ -514,7 +515,7 @@ TEST_F(PlayerTransport, followsTheClockWhileTheDeviceGoesAndComes) {
     const auto runUntil = [&](bool isHeard) {
         while (player_->rate() != 0 && (machine.left.back() != 0) != isHeard) {
             run(0.01);
-            // Threads of its own read ahead.
+            // The player reads ahead on its own threads.
             main_.waitUntil([] { return false; }, std::chrono::milliseconds(1));
         }
         return player_->rate() != 0;
@@ -528,7 +529,7 @@ TEST_F(PlayerTransport, followsTheClockWhileTheDeviceGoesAndComes) {
     });
     EXPECT_TRUE(runUntil(false));
     gate.set_value();
-    player_.reset(); // ahead of the machine
+    player_.reset(); // must end before the machine
 }
 
 } // namespace

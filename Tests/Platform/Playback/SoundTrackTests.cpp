@@ -33,7 +33,7 @@ std::unique_ptr<AudioFile> tone(double hertz, double rate, double seconds) {
     return std::make_unique<test::MemoryAudio>(std::vector<std::vector<float>>{samples}, rate);
 }
 
-/// A track on an output that is pulled by hand.
+/// A track on an output that the test reads.
 class SoundTrackTest : public testing::Test {
   protected:
     SoundTrackTest() {
@@ -57,7 +57,7 @@ class SoundTrackTest : public testing::Test {
               std::int64_t later = 0) {
         track_->setTransport({rate, clipSeconds, mixer_->renderedFrames() + later, pitch});
     }
-    /// The left channel of what follows; the right one is the same.
+    /// The left channel of the next output; the right one is the same.
     std::vector<float> pull(double seconds) {
         std::vector<float> left(static_cast<std::size_t>(seconds * outputRate)), right(left.size());
         for (std::size_t at = 0; at < left.size();) {
@@ -118,9 +118,9 @@ TEST_F(SoundTrackTest, everyTickIsAtItsPlace) {
     }
 }
 
-/// Noise that is louder in every second second of the file.
+/// Noise that is louder in every other second of the file.
 std::unique_ptr<AudioFile> noise(double rate, double seconds) {
-    std::mt19937 random(1); // one signal: by chance another one matches a few milliseconds away
+    std::mt19937 random(1); // a fixed signal: others may by chance match a few milliseconds away
     std::uniform_real_distribution<float> value(-1, 1);
     std::vector<float> samples(static_cast<std::size_t>(rate * seconds));
     for (std::size_t i = 0; i < samples.size(); ++i)
@@ -137,7 +137,7 @@ TEST_F(SoundTrackTest, keptPitchBeginsAtItsPlaceAndDoesNotDrift) {
             play(speed, from, PitchAlgorithm::spectral);
             return pull(seconds);
         };
-        // The first milliseconds, behind the passage, are those of normal speed: where do they fit best?
+        // After the crossfade, the first milliseconds are those of normal speed: finds where they fit best.
         const auto plain = hear(rate < 0 ? -1 : 1, 0.05);
         const auto heard = hear(rate, 8 / std::abs(rate));
         const auto likeness = [&](std::ptrdiff_t lag) {
@@ -170,7 +170,7 @@ TEST_F(SoundTrackTest, keptPitchBeginsAtItsPlaceAndDoesNotDrift) {
 }
 
 TEST_F(SoundTrackTest, aClapIsHeardAtItsPlaceAtEachSpeed) {
-    // Claps of 5 ms, wherever the cuts of the tempo change fall.
+    // Claps of 5 ms, which are anywhere between the cuts of the tempo change.
     constexpr double apart = 0.737, length = 0.005;
     std::vector<float> samples(std::size_t{48000} * 5);
     for (std::size_t i = 0; i < samples.size(); ++i) {
@@ -187,7 +187,7 @@ TEST_F(SoundTrackTest, aClapIsHeardAtItsPlaceAtEachSpeed) {
         int claps = 0;
         for (double clap = apart; clap < 4.6; clap += apart) {
             if (rate < 0 && clap < 0.6) continue;
-            // Its attack is the first loud frame, backwards the last.
+            // The attack is the first loud frame; when played backwards, the last one.
             const auto place = static_cast<std::ptrdiff_t>((clap - from) / rate * outputRate);
             const auto around = std::span(heard).subspan(static_cast<std::size_t>(place - 1440), 2880);
             const auto isLoud = [](float value) { return std::abs(value) > 0.4F; };
@@ -211,7 +211,7 @@ TEST_F(SoundTrackTest, changesPassOverWithoutAClick) {
             most = std::max<double>(most, std::abs(heard[i] - heard[i - 1]));
         return most;
     };
-    // The tone's own steps are 0.0066; a passage of 4 ms adds its share.
+    // The tone's own steps are 0.0066; a crossfade of 4 ms adds to them.
     constexpr double smooth = 0.03;
     std::vector<float> all = pull(0.1);
     const auto hear = [&](double seconds) {
@@ -232,7 +232,7 @@ TEST_F(SoundTrackTest, changesPassOverWithoutAClick) {
     play(4, 5);
     hear(0.1);
     play(1.5, 19.8042);
-    hear(0.4); // over the end
+    hear(0.4); // past the end
     play(0, 3);
     hear(0.05);
     EXPECT_LT(roughest(all), smooth);
@@ -255,7 +255,7 @@ TEST_F(SoundTrackTest, beginsAtItsFrameAndEndsWithTheClip) {
     open(ticks(48000, 30)).setEnd(1.1);
     play(1, 0.9, PitchAlgorithm::timeDomain, 30001);
     const auto heard = pull(2);
-    // 1.0 is heard 0.1 s behind the start; 1.25 lies behind the end.
+    // The tick at 1.0 s is heard 0.1 s after the start; the one at 1.25 s is after the end.
     EXPECT_EQ(ticksIn(heard), std::vector<double>{(30001 + 4800) / outputRate});
     const auto levels = track_->levels();
     EXPECT_TRUE(levels.empty());
@@ -264,7 +264,7 @@ TEST_F(SoundTrackTest, beginsAtItsFrameAndEndsWithTheClip) {
     pull(0.1);
     play(1, 0.9, PitchAlgorithm::timeDomain, 24000);
     EXPECT_EQ(ticksIn(pull(1)), (std::vector<double>{0.15, 0.4, 0.6}));
-    // Before the clip's first frame nothing is heard either.
+    // Nothing is heard before the clip's first frame.
     open(ticks(48000, 30)).setOffset(-1);
     play(-1, 0.3);
     EXPECT_EQ(ticksIn(pull(1)), std::vector<double>{0.05});

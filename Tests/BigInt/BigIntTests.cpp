@@ -55,7 +55,8 @@ TEST(BInt, truncatingDivision) {
     }
 }
 
-/// The laws of arithmetic over numbers of one to four limbs, many of them at the edges of a limb.
+/// The laws of arithmetic, for numbers of one to four limbs; a third of the limbs are 0, 1 or the largest
+/// value.
 TEST(BInt, keepsTheLaws) {
     const auto seed = test::randomSeed();
     SCOPED_TRACE("seed " + std::to_string(seed));

@@ -6,7 +6,7 @@
 namespace orvane::fcpxml {
 namespace {
 
-/// The lines of a record as an element of a document, without the lines around it.
+/// The lines of the element that a record is written as, without the other lines of the document.
 template <class R>
 std::string printed(R record, FCPXMLVersion version = latestFCPXMLVersion) {
     XMLDocument document;

@@ -15,7 +15,7 @@ TEST(AttributeText, NumbersHaveTenDecimalsAtMostAndNoTrailingZeros) {
     check(1e21, "1000000000000000000000");
     check(1.0 / 3, "0.3333333333");
     check(2.0 / 3, "0.6666666667");
-    check(0.00048828125, "0.0004882813"); // a tie that binary holds exactly
+    check(0.00048828125, "0.0004882813"); // a tie: binary represents this number exactly
     check(-0.00048828125, "-0.0004882813");
     check(9.99999999995, "10");
     check(0.99999999999, "1");

@@ -40,7 +40,7 @@ TEST(ExactRate, theTableWithinHalfAPermilleElseTheNumberItself) {
         EXPECT_EQ(exactRate(fps), rate) << fps;
         EXPECT_EQ(exactRate(exactRate(fps).doubleValue()), rate) << fps << " twice";
     }
-    // A variable rate has no short form; what stands for it drifts by less than a frame in a day.
+    // A variable rate has no short fraction; the one that is used drifts by less than a frame in a day.
     EXPECT_NEAR(exactRate(27.182818284590452).doubleValue(), 27.182818284590452, 1e-12);
     EXPECT_EQ(exactRateValue(59.95), 60000.0 / 1001);
     EXPECT_EQ(exactRateValue(-1e300), -1e300);
@@ -70,7 +70,8 @@ TEST(TimecodeFrameRate, table) {
                   std::ceil(timecodeRate::frameRateForRealTimeCalculation(rate)));
         EXPECT_EQ(timecodeRate::frameDigits(rate), timecodeRate::maxFrames(rate) > 100 ? 3 : 2);
         EXPECT_EQ(timecodeRate::isDrop(rate), name.ends_with('d'));
-        // What is dropped in nine of ten minutes is what the count is short of the nominal rate.
+        // In ten minutes, the nominal count minus the frames dropped in nine of the minutes is the real
+        // count.
         EXPECT_EQ(timecodeRate::maxFrames(rate) * 600 - timecodeRate::framesDroppedPerMinute(rate) * 9,
                   timecodeRate::hundredthsForElapsedFrames(rate) * 6);
     }
@@ -142,7 +143,7 @@ TEST(Timecode, readsTexts) {
     check(":01:02:03:04", Components{0, 1, 2, 3, 4, 0});
     check("\t01:02:03:04", Components{0, 1, 2, 3, 4, 0});
     check("99:99:99:99", Components{0, 99, 99, 99, 99, 0});
-    check("1 99999999999999999999:02:03:04", Components{1, 0, 2, 3, 4, 0}); // four groups can be read
+    check("1 99999999999999999999:02:03:04", Components{1, 0, 2, 3, 4, 0}); // four groups are read
     check("99999999999999999999:02:03:04", {});
     check("", {});
     check("01:00:00", {});
@@ -166,7 +167,7 @@ TEST(Timecode, tellsRealTime) {
              Case{"1 00:00:00:00", fps25, 86400}, Case{"01:00:00;00", fps29_97d, 3599.9964},
              Case{"01:00:00:00", fps29_97, 3603.6}, Case{"00:10:00:00", fps59_94d, 599.9994},
              Case{"00:00:00:99", fps25, 3.96}, Case{"00:00:00:12.50", fps25, 0.5},
-             Case{"9223372036854775807:00:00:00", fps25, 0}, // a count beyond 64 bits is none
+             Case{"9223372036854775807:00:00:00", fps25, 0}, // a count that does not fit into 64 bits
          })
         EXPECT_NEAR(Timecode::fromString(test.text, test.rate)->realTimeValue(), test.seconds, 1e-9)
             << test.text;

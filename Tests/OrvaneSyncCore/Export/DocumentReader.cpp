@@ -23,7 +23,8 @@ std::string unescaped(std::string text) {
     return text;
 }
 
-/// Reads what a parser has already found to be well-formed: elements and attributes, no text between them.
+/// Reads a document that a parser has found to be well-formed: elements and attributes, but no text between
+/// them.
 class Reader {
   public:
     explicit Reader(const std::string& text) : text_(text) {}

@@ -9,20 +9,20 @@
 
 namespace orvane::test {
 
-/// An element of a document, for tests that look at what stands in it.
+/// An element of a document, for tests that examine its content.
 struct Node {
     std::string name;
     std::map<std::string, std::string> attributes;
     std::vector<Node> children;
 
     bool has(const std::string& attribute) const { return attributes.contains(attribute); }
-    /// Empty where there is none.
+    /// Empty if there is no such attribute.
     std::string text(const std::string& attribute) const;
-    /// Nothing for an attribute that is not there or is no exact time.
+    /// Empty if there is no such attribute or it is not an exact time.
     std::optional<fcpxml::Time> time(const std::string& attribute) const;
-    /// Null where there is none.
+    /// Null if there is no such child.
     const Node* child(const std::string& named) const;
-    /// Every element of that name below this one, in the order of the document; all of them for "".
+    /// All elements of that name below this one, in the order of the document; elements of any name for "".
     std::vector<const Node*> all(const std::string& named) const;
     bool operator==(const Node&) const = default;
 };

@@ -42,7 +42,7 @@ inline SyncGroup matched(MediaAsset video, const std::vector<MediaAsset>& sound,
     return {std::move(video), std::move(matches), status};
 }
 
-/// Without the bin of source media, which repeats every file.
+/// Without the event of source media, which would list every file again.
 inline ExportSettings settingsAt(double fps) {
     ExportSettings settings;
     settings.frameRate = settings.projectFrameRate = fps;
@@ -54,19 +54,19 @@ inline std::string exported(const SyncGroup& group, const ExportSettings& settin
     return FCPXMLExporter::exportDocument(SyncGroupList{group}, {}, settings).fcpxmlString;
 }
 
-/// Documents for a reviewer to read, ".fcpxml" where the name has no other ending. With ORVANE_UPDATE_GOLDEN
-/// set they are written again; look at the difference before it is committed.
+/// Compares with a document that reviewers read; a name without an ending gets ".fcpxml". With
+/// ORVANE_UPDATE_GOLDEN set the documents are written again: review the difference before committing it.
 inline void expectGolden(const std::string& name, const std::string& document) {
     const std::string ending = name.find('.') == std::string::npos ? ".fcpxml" : "";
     const std::string file =
         std::string(ORVANE_SOURCE_DIR) + "/Tests/OrvaneSyncCore/Export/Golden/" + name + ending;
     if (std::getenv("ORVANE_UPDATE_GOLDEN") != nullptr) platform::files::writeAtomically(file, document);
     EXPECT_EQ(document, platform::files::readText(file)) << name;
-    // Or the program would not write its own document again.
+    // The program overwrites only documents that it recognises as its own.
     EXPECT_EQ(beginsAsOwnDocument(document), file.ends_with(".fcpxml")) << name;
 }
 
-/// The lines of a document that hold the text, without the blanks in front.
+/// The lines of a document that contain the text, without leading blanks.
 inline std::vector<std::string> linesWith(const std::string& document, const std::string& text) {
     std::vector<std::string> lines;
     for (std::size_t at = 0; at < document.size();) {
@@ -78,7 +78,7 @@ inline std::vector<std::string> linesWith(const std::string& document, const std
     return lines;
 }
 
-/// "-" where there is none.
+/// "-" if there is no such attribute.
 inline std::string attributeOf(const std::string& line, const std::string& name) {
     const auto at = line.find(" " + name + "=\"");
     if (at == std::string::npos) return "-";
@@ -86,7 +86,7 @@ inline std::string attributeOf(const std::string& line, const std::string& name)
     return line.substr(from, line.find('"', from) - from);
 }
 
-/// Events and what stands in them, such as "Day 1: a; b; | Source Media: c;".
+/// The events and the clips in them, such as "Day 1: a; b; | Source Media: c;".
 inline std::string eventsOf(const std::string& document) {
     std::string events;
     std::istringstream lines(document.substr(document.find("<library")));
@@ -105,7 +105,7 @@ struct Change {
     std::function<void(SyncGroup&, ExportSettings&)> apply;
 };
 
-/// The lines of `first` that `second` does not have, each behind the sign.
+/// The lines of `first` that `second` does not have, each after the sign.
 inline std::string surplus(const std::string& first, const std::string& second, const char* sign) {
     std::map<std::string, int> left;
     for (const std::string& line : linesWith(second, "")) ++left[line];
@@ -115,7 +115,8 @@ inline std::string surplus(const std::string& first, const std::string& second, 
     return text;
 }
 
-/// What each change by itself does to the document of a clip: the lines that go and those that come.
+/// Compares the effect of each single change on the document of a clip with the golden file: the lines that
+/// it removes and those that it adds.
 inline void expectGoldenChanges(const std::string& name, const SyncGroup& plain, const ExportSettings& usual,
                                 const std::vector<Change>& changes) {
     const std::string before = exported(plain, usual);

@@ -90,7 +90,7 @@ TEST(ExportPreview, TellsHowManyClipsWereNotAnalysed) {
     SmartAudioResults results;
     results[analysed.id].blocks.emplace_back();
     EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).text(), std::nullopt);
-    const SyncGroup unheard = inScene("2"); // its card was away
+    const SyncGroup unheard = inScene("2"); // not analysed, as its card was not connected
     results[unheard.id] = {};
     groups.append(unheard);
     EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).text(),

@@ -92,7 +92,7 @@ TEST(ExportSettings, AnEmptyStoreGivesTheDefaultsThatAreRegistered) {
     EXPECT_EQ(ExportSettings::fromUserDefaults(empty, {}).projectFrameRate, 24);
 }
 
-/// What is derived; what is stored has its default from the declaration in both.
+/// Compares the derived values; stored values have their declared default in both.
 TEST(ExportSettings, StartAsAnEmptyStoreGivesThem) {
     const auto values = [](const ExportSettings& s) {
         return std::tie(s.frameRate, s.projectFrameRate, s.outputWidth, s.outputHeight, s.fcpxmlVersion,
@@ -181,8 +181,8 @@ TEST(ExportSettings, EachKeyChangesTheDocument) {
     for (int track = 1; track <= 8; ++track)
         check("defaultSubrole" + std::to_string(track), "Spare", "role=\"dialogue.Spare\"");
 
-    // Read by the caller; without effect by design; of metadata and room tone that come in
-    // from elsewhere.
+    // Keys that the caller reads, that have no effect by design, or that concern metadata or room tone which
+    // are passed separately.
     seen.insert(
         {"eventName", "generateMulticam", "overrideAnamorphic", "notes.videoPrefix", "atmo.includeInExport"});
     const std::set<std::string_view> others{"Reports",  "Smart Audio", "Playback",   "Linear timecode",

@@ -23,7 +23,7 @@ TEST(ExporterClips, AClipWithoutSound) {
 
 MediaAsset& sound(SyncGroup& group) { return group.audioMatches[0].audio.edit(); }
 
-/// To a clip with two channels.
+/// The changes are made to a clip with two channels.
 TEST(ExporterClips, EachChangeShows) {
     const auto trim = [](TrimMode mode, std::optional<double> video, std::optional<double> audio) {
         return [=](SyncGroup& group, ExportSettings& settings) {
@@ -182,7 +182,7 @@ TEST(ExporterAudio, EnhancementsGoToTheirRole) {
                     <audio-role-source role="dialogue.Lav 2"/>
                 )");
 
-    // Two tracks under one name: each has a role of its own, and its own adjustments.
+    // Two tracks of the same name: each has its own role and its own adjustments.
     group.audioMatches[0].audio.edit().channelCount = 2;
     group.audioMatches[0].audio.edit().ixmlData = ixml("1", "1", {"Anna", "Anna"});
     EXPECT_EQ(linesWith(exported(group, settings), "o-role-source role"),

@@ -171,7 +171,7 @@ TEST(ExporterNames, FollowTheSourceTheCameraAndThePickup) {
     EXPECT_EQ(names(settings).front(), "5x2 Cam A");
     settings.customNamingPattern = "";
     EXPECT_EQ(names(settings)[4], "6_1");
-    // A camera that was renamed has its name in that of the clip that holds it beside the others.
+    // A renamed camera has its new name in the name of the clip that holds several cameras.
     SyncGroup renamed = groups[0];
     renamed.manualClipName = "Wide";
     const auto beside =

@@ -10,7 +10,8 @@ namespace {
 using namespace test;
 using Lines = std::vector<std::string>;
 
-/// Five times as fast as the project; ten seconds of the file are ten seconds of the set.
+/// Its sensor and its file run at five times the project's rate; ten seconds of the file are ten seconds of
+/// real time.
 SyncGroup slowMotion(MatchStatus status = MatchStatus::matched()) {
     SyncGroup group = matched(picture("A003C012.mov"), {recording(1)}, status);
     group.video.sensorFrameRate = group.video.frameRate = 125;
@@ -38,7 +39,7 @@ TEST(ExporterOffspeed, AClipWithAllItsVariants) {
 
 TEST(ExporterOffspeed, OnlyFilesAtTheSensorsRateAreRetimed) {
     const std::optional<double> none, nan = std::numeric_limits<double>::quiet_NaN();
-    // `points`: "value -> time" of the end; empty: no time map
+    // `points`: "value -> time" of the last point; empty: no time map
     const auto check = [&](const char* name, std::optional<double> sensor, std::optional<double> project,
                            std::optional<double> file, std::optional<double> seconds,
                            const std::optional<SourceRateDomain>& domain, const std::string& points) {
@@ -77,7 +78,7 @@ TEST(ExporterOffspeed, OnlyFilesAtTheSensorsRateAreRetimed) {
     check("beyond all frames", 1e300, 24, 120, 10, {}, "");
 }
 
-/// To a clip that is retimed.
+/// The changes are made to a retimed clip.
 TEST(ExporterOffspeed, EachChangeShows) {
     const auto rates = [](double sensor, double file) {
         return [=](SyncGroup& group, ExportSettings&) {

@@ -18,7 +18,7 @@ namespace {
 using namespace test;
 using fcpxml::Time;
 
-constexpr unsigned documents = 150; ///< of each kind of numbers
+constexpr unsigned documents = 150; ///< for each kind of `Numbers`
 
 /// Every file has a name of its own, so a clip of the document is known by the file in it.
 const SyncGroup* groupOf(const Node& pictureClip, const SyncGroupList& groups) {
@@ -47,8 +47,8 @@ class Document {
 
     const std::string& text() const { return result_.fcpxmlString; }
 
-    /// What holds whatever the numbers are. Identifiers of resources are unique; those of angles come from
-    /// the camera's name alone, so two angles of one clip may share theirs.
+    /// Checks what is true for all numbers. Identifiers of resources are unique; those of angles are made
+    /// from the camera's name only, so two angles of one clip may have the same one.
     void checkReferences() const {
         for (const Node* node : root_.all("")) {
             if (node->has("format")) expectResource(*node, "format", "format");
@@ -67,7 +67,7 @@ class Document {
         }
     }
 
-    /// Curves that go forward, within their channel's file.
+    /// The keyframes of a curve are in the order of time and within their channel's file.
     void checkCurves() const {
         for (const Node* channel : root_.all("audio")) {
             const Node* volume = channel->child("adjust-volume");
@@ -114,7 +114,7 @@ class Document {
         }
     }
 
-    /// Importers refuse what begins before its file or ends behind it.
+    /// Importers refuse a clip that begins before its file or ends after it.
     void checkInsideFiles() const {
         for (const Node* node : root_.all("")) {
             if (node->name != "asset-clip" && node->name != "audio") continue;
@@ -175,7 +175,7 @@ class Document {
         EXPECT_EQ(found->second->name, kind) << node.name << " " << attribute;
     }
 
-    /// A whole number of seconds or a fraction, both of digits alone: an exact time.
+    /// An exact time: a whole number of seconds or a fraction, both written with digits only.
     static void expectTime(const Node& node, const char* attribute) {
         std::string text = node.text(attribute);
         const bool endsInSeconds = text.ends_with('s');
@@ -185,14 +185,14 @@ class Document {
             << node.name << " " << attribute << "=" << node.text(attribute);
     }
 
-    /// A clip with sound runs at the rate of its project. One that shows the file alone may run at the rate
-    /// of the file or of the sensor as well.
+    /// A clip with sound runs at the rate of its project. A clip that shows only the file may also run at the
+    /// rate of the file or of the sensor.
     void checkPicture(const Node& node, const Node& picture) const {
         const SyncGroup* group = groupOf(picture, shoot_.groups);
-        if (group == nullptr) return; // a clip of sound alone
+        if (group == nullptr) return; // a clip with sound only
         const MediaAsset& video = group->video;
         std::vector<double> rates{projectRate(*group)};
-        if (&node != &picture) rates.push_back(shoot_.settings.frameRate); // an angle of several rates
+        if (&node != &picture) rates.push_back(shoot_.settings.frameRate); // angles may differ
         if (picture.child("clip") == nullptr)
             for (const auto& rate :
                  {video.frameRate, video.sensorFrameRate, std::optional(shoot_.settings.frameRate)})
@@ -200,7 +200,7 @@ class Document {
         EXPECT_TRUE(isOnGrid(node.time("start").value(), rates)) << node.text("start");
         const bool isPlaced = &node == &picture;
         EXPECT_TRUE(!isPlaced || isOnGrid(node.time("offset").value(), rates)) << node.text("offset");
-        // What has no duration gets 1000 frames of the whole rate.
+        // A file without a duration gets 1000 frames of the rounded rate.
         for (std::size_t i = rates.size(); i > 0 && !video.durationSeconds; --i)
             rates.push_back(std::round(rates[i - 1]));
         EXPECT_TRUE(isOnGrid(node.time("duration").value(), rates)) << node.text("duration");
@@ -235,22 +235,22 @@ class Document {
         }
         const double global = FCPXMLExporter::effectiveGlobalAudioOffset(group, shoot_.settings, fps);
         const double manual = group.manualAudioOffsetSeconds;
-        // The matcher reads the timecode of a picture without any rate at 24, and the document at that of the
-        // project.
+        // If a video has no rate, the matcher reads its timecode at 24 frames per second, and the export at
+        // the rate of the project.
         const auto& video = group.video;
         const double matched =
             secondsOf(video, video.projectFrameRate.value_or(video.frameRate.value_or(24)));
         const double shown = secondsOf(video, fps);
         double said = matched - shown + match.syncOffsetSeconds + manual + global;
-        // A label may lie between two frames of its picture, and the sound keeps its distance from the label.
-        // What it was matched by is brought to whole samples of the recording.
+        // A timecode label may be between two frames of its picture; the sound keeps its distance from the
+        // label. The offset of the match is adjusted to whole samples of the recording.
         const double sample = 1 / static_cast<double>(audio.sampleRate.value_or(48000));
         const double cutToSamples = std::abs(std::remainder(match.syncOffsetSeconds, sample));
         const double besideFrames = std::abs(std::remainder(slide.toDouble(), frame.toDouble()));
         EXPECT_TRUE(isWhole(slide, frame) || std::abs(cutOff(shown, fps)) > 1e-6 ||
                     (cutToSamples > 1e-9 && besideFrames < cutToSamples + 1e-9))
             << slide.description();
-        // Nothing but what is cut from each time by itself may be lost.
+        // Only what is cut from each single time may be missing.
         said -= cutOff(manual, fps) + cutOff(global, fps);
         if (!isCounted) {
             const double soundRate = exactRateValue(audio.frameRate.value_or(24));
@@ -266,14 +266,13 @@ class Document {
         return timecode ? timecode->realTimeValue() : 0;
     }
 
-    /// What a time loses that is cut to whole frames, in seconds.
+    /// What cutting a time to whole frames removes, in seconds.
     static double cutOff(double seconds, double fps) {
         const double frames = seconds * fps;
         return (frames - std::trunc(frames + std::copysign(0.00001, frames))) / fps;
     }
 
-    /// The same clip, but for its place in the angle.
-    /// But for less than a frame at either end.
+    /// An event has the same clip, except for its place in the angle and less than a frame at either end.
     void expectInAnEvent(const Node& camera, const Time& frame) const {
         for (const Node& event : root_.child("library")->children)
             for (Node item : event.children) {
@@ -295,7 +294,7 @@ class Document {
     std::map<std::string, const Node*> resources_;
 };
 
-/// Nothing where all clips are excluded.
+/// Empty if all clips are excluded.
 std::optional<Document> documentOf(const Shoot& shoot) {
     if (std::ranges::all_of(shoot.groups, [](const SyncGroup& group) { return group.isExcludedFromExport; }))
         return std::nullopt;
@@ -324,7 +323,7 @@ TEST(ExporterProperties, DocumentsOfAShootSayWhatTheShootSays) {
     EXPECT_GT(std::min(multicams, sounds), 0) << "the shoots are worth the test";
 }
 
-/// One with such names of tracks.
+/// The shoot of this seed has such track names.
 TEST(ExporterProperties, NamesThatDifferInWhatNoDocumentHoldsGiveSeveralRoles) {
     const Shoot shoot = randomShoot(2496780451, Numbers::sane);
     const auto document = documentOf(shoot);

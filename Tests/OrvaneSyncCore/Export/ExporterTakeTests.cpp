@@ -8,7 +8,7 @@ namespace {
 
 using namespace test;
 
-/// A file of a take that begins with the picture; `start` is seconds into it.
+/// A file of a take that begins with the picture; `start` is in seconds from there.
 MediaAsset file(const std::string& name, double start, double seconds, int channels = 1,
                 const std::vector<IXMLTrack>& tracks = {}) {
     MediaAsset made = asset(AssetKind::audio, name, "", seconds);
@@ -30,8 +30,9 @@ SyncGroup take(const std::vector<MediaAsset>& files) {
     return group;
 }
 
-/// The clip's length, its channels as they lie (those that follow their file's first one on its axis), its
-/// role sources and the number of files in the whole document, such as "20s Mix@36000s +Mix 2".
+/// The clip's duration; its files and channels with their offsets (a channel inside a file's clip is on the
+/// axis of the file's first channel); its role sources, "+" if active, else "-"; and the number of files in
+/// the whole document. Such as "20s Mix@36000s +Mix 2".
 std::string soundOf(const std::string& document) {
     std::string text;
     for (const std::string& line : linesWith(document, "")) {
@@ -130,10 +131,10 @@ TEST(ExporterTakes, LieWhereMatchingLaidThem) {
 }
 
 TEST(ExporterTakes, NothingLastsLessThanAFrameOrNoTime) {
-    SyncGroup group = take({file("T1.WAV", 2, 0.02)}); // what a recorder leaves that was stopped at once
+    SyncGroup group = take({file("T1.WAV", 2, 0.02)}); // the recorder was stopped at once
     EXPECT_TRUE(linesWith(exported(group, settingsAt(25)), "duration=\"0s\"").empty());
     group = take({});
-    group.video.durationSeconds = 0.041; // one picture at 23.976, as a clock of thousandths counts it
+    group.video.durationSeconds = 0.041; // one picture at 23.976, in whole milliseconds
     group.video.projectFrameRate = 23.976;
     EXPECT_EQ(attributeOf(linesWith(exported(group, settingsAt(25)), "<asset-clip ").front(), "duration"),
               "1001/24000s");
@@ -158,7 +159,7 @@ TEST(ExporterTakes, CurvesLieInTheFileThatHoldsTheMoment) {
             curves += " " + point->text("time") + " " + point->text("value");
         curves += "; ";
     }
-    // The change at the seam is half in the one file and half in the other.
+    // Half of the change at the join is in each of the two files.
     EXPECT_EQ(curves, "36008s: 36008s -48dB 288065/8s 0dB 36020s 0dB; 36000s:; "
                       "36000s: 36000s 0dB 288023/8s 0dB 288025/8s -96dB 288063/8s -96dB 36008s -48dB; ");
 }

@@ -10,7 +10,7 @@ namespace {
 
 using namespace test;
 
-/// Everything that a document of today can hold.
+/// Clips with everything that an exported document can contain.
 SyncGroupList manyClips(ExportSettings& settings) {
     MediaAsset named = recording(8);
     named.ixmlData = ixml("12A", "3", {"Mix", "Boom <1>", "Lav \"Änna\"", "Lav\x01", "", "💡"});
@@ -54,8 +54,8 @@ class ExporterValidation : public testing::Test {
     }
 
     void add(std::string document, fcpxml::FCPXMLVersion version) {
-        // Documents are declared standalone, and a standalone document with blanks between elements is not
-        // valid against a definition outside it. Only the declaration stands in the way.
+        // Documents are declared standalone. A standalone document with blanks between elements is not valid
+        // if its type definition is external, so the declaration is removed for the check.
         const std::string standalone = " standalone=\"yes\"";
         document.erase(document.find(standalone), standalone.size());
         auto& files = files_[std::string(fcpxml::attributeText(version))];
@@ -69,7 +69,7 @@ class ExporterValidation : public testing::Test {
             EXPECT_EQ(complaints(version, files), "") << "version " << version;
     }
 
-    /// Every complaint stands on a line of its own, which names the file.
+    /// Each complaint is one line, which names the file.
     std::string complaints(const std::string& version, const std::vector<std::string>& files) const {
         const auto definition = definitions_ / ("FCPXMLv1_" + version.substr(2) + ".dtd");
         std::string command = "xmllint --noout --dtdvalid '" + definition.string() + "'";

@@ -27,7 +27,7 @@ std::vector<BlockDecision> blocks(const std::vector<std::pair<double, int>>& end
     return made;
 }
 
-/// Such as "0:1 9.875:1".
+/// The keyframes as "time:value", such as "0:1 9.875:1".
 std::string text(const std::vector<FCPXMLExporter::VolumeKeyframe>& keyframes) {
     std::ostringstream out;
     for (const auto& keyframe : keyframes)
@@ -63,7 +63,7 @@ TEST(VolumeKeyframes, FollowTheBestTrackWhereThereAreNoBlocks) {
           "0:0 10:0 10.05:1 10.07:0");
 }
 
-/// What each channel of each clip goes through, such as "Anna 35999.5:0 36002:-96; ".
+/// The keyframes of each channel of each clip, in seconds and decibels, such as "Anna 35999.5:0 36002:-96; ".
 std::string curvesOf(const Node& root) {
     std::string text;
     for (const Node* channel : root.all("audio")) {
@@ -86,7 +86,7 @@ TEST(VolumeCurves, BelongToTheChannelsOfTheirOwnRecording) {
     constexpr double none = std::numeric_limits<double>::quiet_NaN();
     MediaAsset named = recording(2); // begins at 35999.5 s
     named.ixmlData = ixml("1", "1", {"Boom", "Anna"});
-    // `change`: to the first of two clips that share the names of their channels; the other has no result.
+    // `change`: made to the first of two clips whose channels have the same names; the second has no result.
     const auto check = [&](const char* name, const std::vector<BlockDecision>& blocks,
                            const std::string& curves,
                            const std::function<void(SyncGroup&, SmartAudioResult&)>& change = {}) {

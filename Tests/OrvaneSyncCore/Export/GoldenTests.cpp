@@ -8,8 +8,8 @@ namespace {
 
 using namespace test;
 
-/// One take of cameras with those letters on one recording: B begins two seconds after A, C one second before
-/// it.
+/// One take of one recording and the cameras with those letters: B begins two seconds after A, C one second
+/// before A.
 void addTake(std::vector<SyncGroup>& groups, int number, const std::string& letters, const char* scene,
              const char* take) {
     const int start = 36000 + 300 * number;
@@ -33,7 +33,7 @@ TEST(GoldenDocuments, ThreeCamerasByScene) {
     std::vector<SyncGroup> groups;
     addTake(groups, 1, "ABC", "2", "1");
     addTake(groups, 2, "AC", "10A", "3");
-    // The report knows better than the slate on the recorder, for one camera.
+    // For one camera the report differs from the slate on the recorder; the report has priority.
     groups[4].aleMetadata = std::map<std::string, std::string>{{"Scene", "2"}, {"Take", "4"}};
     groups[1].masterGainDB = -3.214;
     groups[2].manualAudioOffsetSeconds = 0.08;

@@ -9,7 +9,7 @@ namespace {
 using Fields = std::map<std::string, std::string>;
 using test::linesWith;
 
-/// What a clip with these fields has in its document: the values of the key, or keywords.
+/// The values of the elements of that name: those with the key, or all for an empty key.
 std::vector<std::string> valuesIn(const std::string& document, const std::string& element,
                                   const std::string& key = {}) {
     std::vector<std::string> values;
@@ -27,7 +27,7 @@ TEST(LockitFieldMapping, sendsEachFieldWhereTheUserWantsIt) {
         const char* rule;
         JSON::Object targets; ///< stored
         Fields fields;
-        std::string key; ///< of the metadata; empty: the keywords
+        std::string key; ///< of the metadata; empty: keywords
         std::vector<std::string> values;
         JSON::Object customKeys = {};
         const char* prefix = "";
@@ -110,14 +110,14 @@ TEST(LockitFieldMapping, sendsEachFieldWhereTheUserWantsIt) {
         };
         expectIn(synced, "Synced", 1);
         if (one.key != note && one.key != scene) expectIn(silent, "MOS", 1); // it has no recorder
-        if (!one.key.empty()) expectIn(slow, "Synced", 2); // and the clip at the project's rate
+        if (!one.key.empty()) expectIn(slow, "Synced", 2); // also in the clip at the project's rate
     }
 }
 
 TEST(LockitFieldMapping, changesOneEntryAndKeepsTheOthers) {
     platform::MemorySettingsStore store;
     store.set("lockit.fieldMapping.v1", "no map");
-    store.setOverride("lockit.fieldMapping.v1", JSON::Object{{"episode", "notes"}}); // of this run alone
+    store.setOverride("lockit.fieldMapping.v1", JSON::Object{{"episode", "notes"}}); // for this run only
     LockitFieldMapping::set(store, FCPMetaTarget::keyword, LockitField::tags);
     LockitFieldMapping::set(store, FCPMetaTarget::custom, "k", LockitField::scene);
     EXPECT_EQ(store.storedValue("lockit.fieldMapping.v1"),

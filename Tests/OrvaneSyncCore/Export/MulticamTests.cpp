@@ -152,7 +152,7 @@ TEST(MulticamClusters, LieWhereMatchingLaysThem) {
                           headed("b.mov", "23:59:52:00", midnight - std::chrono::seconds(8))}),
               "a b");
 
-    // Camera a states 29.97, and all counted at 25.
+    // Camera a states 29.97, but all cameras counted at 25.
     const SyncGroupList cameras{
         changed(camera("a.mov"),
                 [](SyncGroup& group) { group.video.timecodeFrameRate = TimecodeFrameRate::fps29_97; }),
@@ -241,7 +241,7 @@ TEST(MulticamClips, NoTwoCamerasHaveOneNameOrOneAngle) {
     check({"B001C001.mov", "clip.mov", "clip2.mov"}, {"Cam B", "Cam C", "Cam D"});
     check({"CAM_B/clip.mov", "C Camera/clip.mov", "x/clip.mov"}, {"Cam B", "Cam C", "Cam D"});
     check({"cams/clip.mov", "CamC/clip.mov", "CAMP/clip.mov"},
-          {"Cam A", "Cam C", "Cam D"}); // words are no cameras
+          {"Cam A", "Cam C", "Cam D"}); // words are not camera names
     check({"cam a/go.mov", "cam a/pro.mov"}, {"Cam A", "Cam B"});
     check({"Cam-A/clip.mov", "x/A001C001.mov"}, {"Cam B", "Cam A"});
 }
@@ -272,7 +272,7 @@ TEST(MulticamClips, AreRenderedToTheCodecOfMostSources) {
 
 TEST(MulticamClips, GoToTheSceneOfMostAngles) {
     // `chosen`: place of the angle, -1 for none
-    // `named`: in the warning
+    // `named`: name in the warning
     const auto check = [&](const Names& scenes, bool split, int chosen, const char* named) {
         std::vector<SyncGroup> made;
         std::vector<const SyncGroup*> groups;
@@ -338,7 +338,7 @@ TEST(MulticamClips, StandBesideTheClipsOrInTheirPlace) {
     EXPECT_EQ(lines("<multicam").size(), 0U) << "a clip without sound is no angle";
 }
 
-/// The second camera runs at twice the rate of the project, from the middle of a frame of it.
+/// The second camera runs at twice the rate of the project and begins in the middle of a project frame.
 TEST(MulticamClips, ACameraIsAnAngleFromAWholeFrameOn) {
     for (const auto& [seconds, angles] : {std::pair{0.08, 2U}, {0.06, 2U}, {0.04, 0U}, {0.02, 0U}}) {
         SCOPED_TRACE(seconds);

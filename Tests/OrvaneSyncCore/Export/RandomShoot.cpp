@@ -25,7 +25,7 @@ class Maker {
         std::vector<SyncGroup> groups;
         for (int i = 0, count = 2 + below(6); i < count; ++i) groups.push_back(group(i, made.settings));
         for (int i = below(3); i > 0; --i) {
-            // Compilers differ in which argument of a call they make first.
+            // Compilers evaluate the arguments of a call in different orders.
             const auto name = maybe(text());
             WildTrack wild(recording("wild" + std::to_string(i), 3600, 25), name);
             wild.isApproved = chance(70);
@@ -65,7 +65,7 @@ class Maker {
         return any_ && chance(25) ? oneOf(odd) : TimecodeUtils::secondsToTC(seconds, fps);
     }
 
-    /// Each switch and each choice that is declared.
+    /// Sets each declared switch and each declared choice.
     void choose(platform::SettingsStore& store) {
         for (const SettingDescription& setting : SettingsCatalogue::all())
             if (setting.kind == SettingDescription::Kind::boolean)
@@ -91,7 +91,7 @@ class Maker {
         s.set(settings::eventNamePattern, chance(50) ? "{eventName} {scene:3}" : "S{scene}" + text());
         if (chance(40)) s.atmoFileURL = FileURL{"/media/atmo" + text() + ".wav"};
         const double atmo = number(between(1, 300));
-        if (atmo > 0) s.atmoDurationSeconds = atmo; // the settings allow no other
+        if (atmo > 0) s.atmoDurationSeconds = atmo; // the settings allow no other values
         if (chance(50)) s.globalAudioOffsetSeconds = number(between(-1, 1));
         if (chance(30)) s.globalAudioOffsetStartingFromFilename = "B";
         if (chance(30)) s.globalAudioOffsetStartingFromTC = timecode(40000, 25);
@@ -130,7 +130,7 @@ class Maker {
         static constexpr double sensors[] = {24, 120, 12, 50};
         if (chance(40)) made.sensorFrameRate = number(oneOf(sensors));
         made.frameRate = maybe(number(chance(50) ? fps : made.sensorFrameRate.value_or(fps)));
-        // Close to each other, so that cameras meet.
+        // Close to each other, so that cameras overlap.
         const double start = 36000 + between(0, 60);
         if (chance(50)) made.timecodeFrameRate = timecodeRate::all().at(static_cast<std::size_t>(below(23)));
         made.startTimecodeString =
@@ -182,7 +182,7 @@ class Maker {
                                      .reason = text()});
     }
 
-    /// Seconds since midnight, as a file says it.
+    /// The start that a file states, in seconds since midnight.
     static double startOf(const MediaAsset& asset) {
         if (asset.bextTimeReference.value_or(0) != 0)
             return TimecodeUtils::bextToSeconds(*asset.bextTimeReference, asset.sampleRate.value_or(48000));

@@ -6,7 +6,7 @@
 
 namespace orvane::test {
 
-/// What an export takes, made of a seed.
+/// The input of an export, made from a seed.
 struct Shoot {
     SyncGroupList groups;
     std::vector<WildTrack> wildTracks;
@@ -14,11 +14,11 @@ struct Shoot {
 };
 
 enum class Numbers {
-    sane, ///< as a shoot has them; every clip has a file name, a rate and a duration of its own
-    any   ///< also 0, negative, huge and not a number, and texts that are no timecodes
+    sane, ///< as on a real shoot; every clip has its own file name, a rate and a duration
+    any   ///< also 0, negative and huge numbers, NaN, and texts that are not timecodes
 };
 
-/// File names are unique, also without the folder.
+/// File names are unique even without their folders.
 Shoot randomShoot(unsigned seed, Numbers numbers);
 
 } // namespace orvane::test

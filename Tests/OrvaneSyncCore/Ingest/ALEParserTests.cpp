@@ -22,7 +22,7 @@ std::vector<Row> rows(const ALEFile& file) {
     for (std::size_t row = 0; row < file.clipCount(); ++row) {
         const ALEClip clip = file.clip(row);
         rows.push_back(clip.fields());
-        // Both ways to a cell agree.
+        // Both ways to read a cell give the same.
         for (const std::string_view column : file.columns()) {
             const auto entry = rows.back().find(std::string(column));
             EXPECT_EQ(clip.cell(column), entry == rows.back().end()
@@ -161,7 +161,7 @@ TEST(ALEParser, findsOutEncodingAndDelimiter) {
     const auto wide = [](const std::string& mark, bool bigEndian) {
         return [=](const std::u16string& text) { return mark + utf16(text, bigEndian); };
     };
-    // `accented`: what stands for "Türe" then, as the file's bytes or as read
+    // `accented`: what "Türe" is read as
     const auto check = [&](const char* name, const std::function<std::string(const std::u16string&)>& encode,
                            const std::string& accented) {
         for (const char16_t delimiter : u",;\t")
@@ -187,11 +187,11 @@ TEST(ALEParser, findsOutEncodingAndDelimiter) {
 }
 
 TEST(ALEParser, takesItsTimeAndMemoryFromWhatIsThere) {
-    // A NUL every second byte that is no UTF-16, and text with a few of them.
+    // Texts with NUL bytes that are not UTF-16: one at every second byte, and a few.
     using std::string_literals::operator""s;
     EXPECT_EQ(ALEParser::decodeText("a\0b\0\0"s), "a\0b\0\0"s);
     EXPECT_EQ(ALEParser::decodeText("a,b\n\0,2\n"s), "a,b\n\0,2\n"s);
-    // A character that lies where a long text is looked at in pieces.
+    // A character across the border of two pieces in which a long text is examined.
     for (const std::size_t before : {1, 2, 3, 4}) {
         const std::string text = std::string((std::size_t{4} << 20U) - before, 'a') + "\U0001F3AC,";
         EXPECT_TRUE(ALEParser::decodeText(text) == text) << before;
@@ -226,7 +226,7 @@ TEST(ALEParser, takesItsTimeAndMemoryFromWhatIsThere) {
     EXPECT_EQ(cellOf(most - 2).openQuotes(), 0U);
     EXPECT_EQ(cellOf(most).openQuotes(), 2U) << "no cell is that long, and the other quote opens one";
     EXPECT_EQ(cellOf(most).firstOpenQuoteLine(), 2U);
-    // What would take hours if each line looked through those that follow.
+    // This would take hours if each line searched all lines that follow.
     std::string markers, quotes;
     for (std::size_t i = 0; i < oneLine; ++i) markers += "Data\n", quotes += "\"\"\",\"\n";
     EXPECT_EQ(ALEParser().parse("Column\na\n" + markers).clipCount(), 0U);

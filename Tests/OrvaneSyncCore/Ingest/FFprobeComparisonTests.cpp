@@ -26,7 +26,7 @@ std::string output(const std::string& command) {
     return text;
 }
 
-/// Of "key=value" lines the last one that has a value, else empty.
+/// The value of the last "key=value" line that has one, else empty.
 std::string value(const std::string& lines, const std::string& key) {
     std::string found;
     for (std::size_t at = lines.find(key + "="); at != std::string::npos;
@@ -38,8 +38,8 @@ std::string value(const std::string& lines, const std::string& key) {
     return found;
 }
 
-/// Labels of one frame differ between drop and non-drop counting, so starts are compared as counts of frames,
-/// and as labels where the asset says how it counts.
+/// A frame has different labels in drop and non-drop counting, so starts are compared as counts of frames,
+/// and as labels only if the asset states how it counts.
 std::int64_t frameCount(const std::string& label, TimecodeFrameRate rate) {
     const auto timecode = Timecode::fromString(label, rate);
     const double fps = timecodeRate::rate(rate).doubleValue();
@@ -51,7 +51,7 @@ struct Case {
     const char* rate;
     const char* timecode;
     const char* codecs;
-    const char* knownDifference = nullptr; ///< in the start: why ours is another
+    const char* knownDifference = nullptr; ///< why our start is different
 };
 
 TEST(FFprobe, saysTheSameOfFilesThatFFmpegWrites) {
@@ -76,7 +76,7 @@ TEST(FFprobe, saysTheSameOfFilesThatFFmpegWrites) {
         {"a.wav", "25", "", "-vn -c:a pcm_s24le"},
         {"large.wav", "25", "", "-vn -c:a pcm_s24le -rf64 always"},
         {"reference.wav", "25", "", "-vn -c:a pcm_s24le -write_bext 1 -metadata time_reference=172800000",
-         "01:00:00:00"}, // ffprobe gives the count of samples, and at 24 frames without an iXML it is this
+         "01:00:00:00"}, // ffprobe gives the sample count; without an iXML we read it at 24 frames a second
         {"big-endian.aiff", "25", "", "-vn -c:a pcm_s16be"},
     };
     const test::TemporaryDirectory folder;

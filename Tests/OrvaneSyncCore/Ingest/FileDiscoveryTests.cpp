@@ -110,7 +110,7 @@ TEST_F(Discovery, whatCannotBeReadIsEmpty) {
     EXPECT_TRUE(service.discover(Names{}).isEmpty());
     ::chmod(folder.path("locked").c_str(), 0);
     const DiscoveryResult result = service.discover(folder.path());
-    const bool seesLocked = ::access(folder.path("locked").c_str(), R_OK) == 0; // as root does
+    const bool seesLocked = ::access(folder.path("locked").c_str(), R_OK) == 0; // root can read it
     ::chmod(folder.path("locked").c_str(), 0700);
     EXPECT_EQ(below(result.videoURLs),
               seesLocked ? (Names{"locked/a.mov", "open/b.mov"}) : Names{"open/b.mov"});

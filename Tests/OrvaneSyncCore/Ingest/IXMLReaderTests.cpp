@@ -67,7 +67,7 @@ TEST(ChunkWalk, largeFilesHaveTheirSizesInFront) {
     EXPECT_EQ(IXMLReader().readAll(path).bextTimeRef, 9U);
     EXPECT_TRUE(IXMLReader().readAll(path).ixml.has_value()) << "behind more than 4 GB of sound";
 
-    // BW64 may have a long description of its objects, whose size stands in the table of "ds64".
+    // BW64 may have a long description of its objects, whose size is in the table of "ds64".
     const std::string ds64 =
         test::le64(0) + test::le64(4) + test::le64(0) + test::le32(1) + "axml" + test::le64(6);
     const std::string bytes = "BW64" + test::le32(0xFFFFFFFF) + "WAVEds64" + test::le32(ds64.size()) + ds64 +
@@ -78,7 +78,7 @@ TEST(ChunkWalk, largeFilesHaveTheirSizesInFront) {
 }
 
 TEST(ChunkWalk, readsNoMoreThanThereIs) {
-    // A document that claims four gigabytes and was cut off behind its end is whole all the same.
+    // A document that claims four gigabytes is complete if the file is cut off after the document's end.
     const auto claiming = [](const std::string& body) {
         return wave().bext({.timeReference = 7}).chunkClaiming("iXML", 0xFFFFFFF0, body).bytes();
     };

@@ -30,7 +30,7 @@ std::optional<std::string> label(const Sound& signal, double sampleRate = 48000)
     return frame ? std::optional(frame->tc) : std::nullopt;
 }
 
-/// White noise so many decibels below a signal of that level.
+/// The signal with white noise that is `decibels` below its level.
 Sound noisy(Sound signal, float level, double decibels) {
     std::mt19937 random(test::randomSeed());
     std::normal_distribution<float> noise(0, level * static_cast<float>(std::pow(10, -decibels / 20)));
@@ -38,7 +38,7 @@ Sound noisy(Sound signal, float level, double decibels) {
     return signal;
 }
 
-/// What a line of that bandwidth leaves of the edges (one pole).
+/// The signal after a line of that bandwidth (a low-pass with one pole).
 Sound dull(Sound signal, double hertz, double sampleRate) {
     const auto share = static_cast<float>(1 - std::exp(-2 * std::numbers::pi * hertz / sampleRate));
     float level = 0;
@@ -176,7 +176,7 @@ TEST(LinearTimecode, tellsWhereTheLabelLies) {
     EXPECT_NEAR(frame->beginsAtSeconds, 20001 / 48000.0, 1 / 48000.0);
     for (const double samplesPerBit : {6.0, 20.0, 25.025, 100.0}) // no rate is assumed
         EXPECT_EQ(label(ltcSignal(twoFrames, samplesPerBit)), "12:34:56:20") << samplesPerBit;
-    std::string dirty = twoFrames; // user bits and flags
+    std::string dirty = twoFrames; // with user bits and flags
     for (const std::size_t at : {4, 7, 11, 20, 27, 28, 36, 43, 58, 59}) dirty[at] = '1';
     EXPECT_EQ(label(ltcSignal(dirty, 24)), "12:34:56:20");
     EXPECT_EQ(label(ltcSignal(twoFrames.substr(40) + twoFrames, 24)), "12:34:56:20")
@@ -249,7 +249,7 @@ TEST(LinearTimecode, choosesTheChannel) {
     EXPECT_FALSE(LTCDecoder::decodeFirstFrame(file, -7)) << "the first channel";
 }
 
-/// What libltc sends, as 8-bit samples of its own scale.
+/// The signal that libltc makes, as 8-bit samples in its own scale.
 Sound sentByLibrary(const LTCSignal& made, SMPTETimecode first, int frames) {
     const double fps = timecodeRate::frameRateForRealTimeCalculation(made.rate);
     const auto standard = made.rate == Rate::fps25 ? LTC_TV_625_50 : LTC_TV_525_60;

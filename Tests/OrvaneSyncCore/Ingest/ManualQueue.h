@@ -9,8 +9,8 @@
 
 namespace orvane::test {
 
-/// A serial queue whose time a test moves: posted work runs at once on the thread that posts, work for later
-/// when its moment has come, or at destruction.
+/// A serial queue whose time the test advances. Posted work runs at once on the thread that posts; delayed
+/// work runs when its time has come, or in the destructor.
 class ManualQueue : public platform::SerialQueue {
   public:
     ~ManualQueue() override { advance(std::chrono::hours(1)); }
@@ -34,7 +34,7 @@ class ManualQueue : public platform::SerialQueue {
     }
 
   private:
-    std::recursive_mutex mutex_; // work asks for later work
+    std::recursive_mutex mutex_; // recursive: work may call `after`
     std::chrono::nanoseconds now_{0};
     std::multimap<std::chrono::nanoseconds, std::function<void()>> later_;
 };

@@ -76,7 +76,7 @@ TEST_F(Probe, theSoundOfACameraMayOutlastItsPictures) {
         return probed(maker.audio({.samples = samples}), "a.mov").pictureSeconds;
     };
     const auto four = MovieMaker().video({.timescale = 25, .frames = 100});
-    EXPECT_EQ(pictureSeconds(four, 196'320), 4); // of 4.09
+    EXPECT_EQ(pictureSeconds(four, 196'320), 4); // the sound lasts 4.09 s
     EXPECT_EQ(pictureSeconds(four, 193'800), std::nullopt) << "less than a frame";
     EXPECT_EQ(pictureSeconds(four, 150'000), std::nullopt) << "the picture is the longer one";
     const auto edited = MovieMaker().track({.handler = "vide",
@@ -252,7 +252,7 @@ TEST_F(Probe, linearTimecodeGivesTheStartOfTheFile) {
     EXPECT_EQ(probed(MovieMaker(movie).timecode({25, 1, 0}), "e.mov").startTimecodeString, "10:00:00:05");
     EXPECT_EQ(probed(MovieMaker(silent).timecode({25, 1, 0}), "f.mov").startTimecodeString, "00:00:00:00");
 
-    // Nothing for 250 of 1000 units, then all of the track.
+    // An empty edit of 250 units (of 1/1000 s), then the whole track.
     const std::string edits = test::be32(2) + test::be32(250) + test::be32(~0U) + test::be32(0x10000) +
                               test::be32(1500) + test::be32(0) + test::be32(0x10000);
     const std::string sixteenBits = std::string(6, '\0') + test::be16(1) + std::string(8, '\0') +
@@ -301,7 +301,7 @@ TEST_F(Probe, anyFileGivesAnAsset) {
 TEST_F(Probe, manyFilesKeepTheirOrder) {
     std::vector<FileURL> urls;
     for (unsigned i = 0; i < 100; ++i) {
-        // The first are the slowest.
+        // The first files take the longest.
         const std::string name =
             "take " + std::to_string(i) + (i % 3 == 0 ? " \xE9\n.mov" : " \xF0\x9F\x8E\xAC.mov");
         MovieMaker maker = camera().timecode({25, 1, i});

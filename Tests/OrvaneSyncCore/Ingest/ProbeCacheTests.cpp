@@ -21,7 +21,7 @@ class Cache : public testing::Test {
   protected:
     Cache() { open(); }
 
-    /// Ends the cache that is open, which writes what it has, and starts again.
+    /// Closes the open cache, which writes its records, and opens it again.
     void open(std::uint32_t readerVersion = ProbeCache::currentReaderVersion) {
         cache.reset();
         auto ownedQueue = std::make_unique<ManualQueue>();
@@ -112,7 +112,7 @@ TEST_F(Cache, anAssetWithoutAFileIsNotStored) {
     std::filesystem::remove(asset.url.path);
     cache->store(asset);
     EXPECT_EQ(cache->count(), 0U);
-    // What was read before the probe counts, so that a file which grew during it is probed again.
+    // The attributes from before the probe are stored, so a file that grew during the probe is probed again.
     cache->store(asset, *before);
     folder.write("a.wav", "longer by now");
     EXPECT_FALSE(holds(asset));

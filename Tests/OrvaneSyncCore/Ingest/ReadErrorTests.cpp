@@ -26,7 +26,7 @@ std::string aiff() {
     return "FORM" + test::be32(body.size()) + body;
 }
 
-/// Whichever read of a file fails, the file is named, nothing of it is remembered, and its neighbour is.
+/// Whichever read of a file fails, the file is reported and not cached; the other file is cached.
 TEST(ReadErrors, areNeverRemembered) {
     const test::TemporaryDirectory folder;
     const auto movie = test::MovieMaker().video({.frames = 250}).timecode({25, 1, 90000}).mediaBytes(100'000);
@@ -47,7 +47,7 @@ TEST(ReadErrors, areNeverRemembered) {
         for (bool wentWrong = true; wentWrong; ++failures) {
             SCOPED_TRACE(name + std::string(", reads that go well: ") + std::to_string(failures));
             ASSERT_LT(failures, 1000);
-            // A folder each: what the last attempt read well must not be known to the next.
+            // Each attempt has its own cache folder, so it does not see what the last attempt read.
             const auto cache =
                 std::make_shared<ProbeCache>(folder.path(std::string(name) + std::to_string(failures)),
                                              std::make_unique<test::ManualQueue>());

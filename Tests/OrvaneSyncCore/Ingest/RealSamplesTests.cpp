@@ -16,7 +16,7 @@ class RealSamples : public testing::Test {
     void SetUp() override {
         if (!fs::exists(folder / "MANIFEST.md")) GTEST_SKIP() << "no sample files at " << folder;
     }
-    /// By the path below the samples.
+    /// By the path below the folder of samples.
     std::map<std::string, MediaAsset> probeAll() const {
         const DiscoveryResult found = FileDiscoveryService().discover(folder.string());
         MediaProbeService service(settings, nullptr);
@@ -33,7 +33,7 @@ class RealSamples : public testing::Test {
         std::make_shared<platform::MemorySettingsStore>();
 };
 
-/// What stands between a text of a line and the next one.
+/// The part of a line between two texts.
 std::optional<std::string> between(const std::string& line, const std::string& before,
                                    const std::string& after) {
     const std::size_t at = line.find(before);
@@ -48,7 +48,8 @@ std::optional<std::string> fact(const std::string& line, const std::string& word
     return between(line, " " + word + "=", " ");
 }
 
-/// The list gives channel index and interleave index, "3/1 Boom; 4/2 Lav"; ours is the interleave index.
+/// The list gives the channel index and the interleave index, "3/1 Boom; 4/2 Lav"; our reader gives the
+/// interleave index.
 std::string listedTracks(const std::string& line) {
     std::string tracks = between(line, "| tracks=", " | ").value_or("");
     for (std::size_t slash = tracks.find('/'); slash != std::string::npos; slash = tracks.find('/')) {
@@ -75,8 +76,8 @@ TEST_F(RealSamples, recordingsSayWhatOtherToolsRead) {
         ++recordings;
         const MediaAsset& asset = assets.at("wav/" + *name);
         EXPECT_EQ(std::to_string(asset.bextTimeReference.value_or(0)), fact(line, "timeReference"));
-        // One recorder leaves bytes of its memory behind the NUL that ends the name. They are no ASCII, so
-        // that the field as a whole is not to be trusted.
+        // One recorder leaves bytes of its memory after the NUL that ends the name. They are not ASCII, so
+        // the whole field is ignored.
         if (fact(line, "originator") == "Metacorder Demo")
             EXPECT_FALSE(asset.bextOriginator.has_value());
         else
@@ -105,7 +106,7 @@ TEST_F(RealSamples, recordingsSayWhatOtherToolsRead) {
     for (const auto& [name, timecode] : expected)
         EXPECT_EQ(assets.at(name).startTimecodeString, timecode) << name;
 
-    // By ffprobe 15:44:35:10, not drop frame; the other by its own XMP, as it has no timecode track.
+    // ffprobe gives 15:44:35:10, non-drop. The other file has no timecode track, but its start is in its XMP.
     const MediaAsset& action = assets.at("movie/gopro_max-heromode.mp4");
     const auto rate = action.timecodeFrameRate.value_or(TimecodeFrameRate::fps29_97d);
     const auto start = Timecode::fromString(action.startTimecodeString.value_or(""), rate);

@@ -177,7 +177,7 @@ TEST_F(Starts, filesBesideAClip) {
     EXPECT_FALSE(asset.timecodeSideFile);
 }
 
-/// A clip without a start of its own hangs on files that the cache knows nothing of.
+/// The start of a clip without a start of its own depends on files that the cache does not know.
 TEST_F(Starts, sideFilesComeAndGoWithoutTheClip) {
     cache = std::make_shared<ProbeCache>(folder.path("cache.json"), std::make_unique<test::ManualQueue>());
     folder.write("C001.MP4", camera().bytes());

@@ -139,7 +139,7 @@ TEST(TimecodeTrack, laterAtomsOfAKindReplaceEarlierOnes) {
     const auto offset = [](std::uint32_t at) { return fullAtom("stco", be32(1) + be32(at)); };
     const auto size = fullAtom("stsz", be32(4) + be32(1));
     const auto whole = [&](const std::string& tracks) {
-        // The sample stands in a "free" atom in front, at position 8.
+        // The sample is in a "free" atom before the movie, at position 8.
         return timecode(atom("free", sample) + atom("moov", tracks));
     };
     const auto track = [&](const std::string& head, const std::string& table, const std::string& tail = {}) {

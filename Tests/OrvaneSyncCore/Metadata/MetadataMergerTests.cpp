@@ -8,7 +8,7 @@ namespace orvane {
 namespace {
 
 using Fields = std::map<std::string, std::string>;
-using Rows = std::vector<std::vector<std::string>>; ///< the first one has the columns
+using Rows = std::vector<std::vector<std::string>>; ///< the first row has the column names
 
 ALEFile report(const Rows& rows) {
     ALEFile::Builder builder;
@@ -44,7 +44,7 @@ TEST(MetadataMerger, pairsARowWithItsClip) {
             EXPECT_EQ(MetadataMerger().rowsWithoutClip(report(rows), groups, strategy).empty(), !!expected);
         }
         EXPECT_FALSE(groups[0].aleMetadata);
-        EXPECT_FALSE(before[1].aleMetadata); // an earlier copy of the list stays as it was
+        EXPECT_FALSE(before[1].aleMetadata); // an earlier copy of the list is not changed
     };
     check("case and extension do not count", name, {{"Name"}, {"A001C003.mov"}}, "a001c003.MOV",
           Fields{{"Name", "A001C003.mov"}});

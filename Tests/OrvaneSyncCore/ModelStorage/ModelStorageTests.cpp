@@ -24,12 +24,12 @@ constexpr const char* leavingPackage =
     "UEsDBBQAAAAAAPGteV2DFtyMAQAAAAEAAAAKAAAALi4vb3V0c2lkZXhQSwECFAMUAAAAAADxrXldgxbcjAEAAAABAAAA"
     "CgAAAAAAAAAAAAAAgAEAAAAALi4vb3V0c2lkZVBLBQYAAAAAAQABADgAAAApAAAAAAA=";
 
-/// Answers with one body, behind the redirects that are given.
+/// Answers with one body, after the given redirects.
 class FakeClient : public platform::HTTPClient {
   public:
     int status = 200;
     std::string body;
-    std::uint64_t length = 0; ///< what it says of the body; 0: the truth
+    std::uint64_t length = 0; ///< that it states for the body; 0: the true one
     std::stop_source* stopsAtHalf = nullptr;
     std::vector<std::string> redirects;
     std::vector<std::string> asked;

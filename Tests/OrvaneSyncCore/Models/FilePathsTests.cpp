@@ -10,8 +10,8 @@ namespace orvane {
 namespace {
 
 TEST(FilePaths, standInOneOrderHoweverTheyAreListed) {
-    // Numbers by value and whatever the case; a folder's name as a whole, not the path as one text; the bytes
-    // where people see one name; names that are no UTF-8.
+    // Numbers are ordered by value, letters without case. Paths are compared folder by folder, not as one
+    // text. Names that look the same are ordered by their bytes; some names are not UTF-8.
     const std::vector<std::string> expected{"/s/A/Clip 2.mov", "/s/A/Clip 10.mov", "/s/A/clip 11.mov",
                                             "/s/A B/x.mov",    "/s/A.mov",         "/s/Card2/x.mov",
                                             "/s/Card10/x.mov", "/s/e\xCC\x81.mov", "/s/\xC3\xA9.mov",
@@ -57,7 +57,7 @@ TEST(FilePaths, FoldersAreSaidWhereNamesRepeat) {
     for (const Case& test : cases) {
         FileNames names;
         for (const char* path : test.paths) names.add(FileURL{path});
-        names.add(FileURL{test.paths.front()}); // again
+        names.add(FileURL{test.paths.front()}); // a second time
         for (std::size_t i = 0; i < test.paths.size(); ++i)
             EXPECT_EQ(names.of(FileURL{test.paths[i]}), test.texts[i]) << test.name;
     }

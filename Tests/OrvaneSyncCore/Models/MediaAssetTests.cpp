@@ -127,7 +127,7 @@ TEST(MediaAsset, datesInFileNames) {
         {"2024-03-02T11:00:00Z", {"240231.mov"}},
         {"",
          {"A001C002240517.mov", "2405171.mov", "24051.mov", "x 240517 y", "\u066240517.mov",
-          "991332_240517_.mov", // the separator went with the first
+          "991332_240517_.mov", // the separator belongs to the first number
           "240017.mov", "240532.mov", "240500.mov", "", "_"}}};
     for (const auto& [date, names] : cases)
         for (const char* name : names) {
@@ -172,7 +172,7 @@ TEST(Calendar, startOfDayWhereClocksJump) {
         const Date moment = *dateFromISO8601(test.moment);
         EXPECT_EQ(iso8601(calendar::startOfDay(moment)), test.start) << test.zone << " " << test.moment;
         calendar::DayStarts starts;
-        for (int i = 0; i < 200; ++i) { // half hours of four days, in no order
+        for (int i = 0; i < 200; ++i) { // half hours of four days, out of order
             const Date other = moment + std::chrono::minutes(30 * (i * 77 % 200 - 100));
             EXPECT_EQ(iso8601(starts.of(other)), iso8601(calendar::startOfDay(other))) << test.zone;
         }

@@ -43,7 +43,8 @@ constexpr const char* optionalsText =
     "lockedAtAudioAnchor":4.5,"lockedAtPictureAnchor":5.5,"lockedAtManualOffset":6.5,"nativeMOSNameSuffix":"m","generateProjectRateClipFlag":false,"projectRateNameSuffix":"p",
     "manualClipName":"Hero","isExcludedFromMulticamFlag":true,"measuredLUFS":-23.5)";
 
-/// Reads, writes, and without any one of the keys that are required fails, naming the key.
+/// A record is read and written again. Without one of the required keys reading fails, and the error names
+/// the key.
 template <class Record>
 void expectJSONForm(const std::string& text, const std::set<std::string>& optionals) {
     const JSON json = JSON::parse(text);
@@ -208,7 +209,7 @@ TEST(SyncGroupList, behavesAsAPlainListDoes) {
         SyncGroupList list;
         std::vector<SyncGroup> plain;
     };
-    std::vector<Pair> pairs(1); // copies, each going its own way
+    std::vector<Pair> pairs(1); // copies that are changed independently
     for (int round = 0; round < 8000; ++round) {
         Pair& pair = pairs[draw(pairs.size())];
         const std::size_t kind = draw(20);
@@ -221,7 +222,7 @@ TEST(SyncGroupList, behavesAsAPlainListDoes) {
             const UUID id = pair.plain[draw(pair.plain.size())].id;
             const auto change = [&](SyncGroup& group) { group.manualAudioOffsetSeconds += round; };
             EXPECT_TRUE(pair.list.update(id, change));
-            change(*std::ranges::find(pair.plain, id, &SyncGroup::id)); // of equal ids the first
+            change(*std::ranges::find(pair.plain, id, &SyncGroup::id)); // the first of equal ids
         } else if (kind == 16) {
             const auto isMoved = [](const SyncGroup& group) { return group.manualAudioOffsetSeconds > 2000; };
             const auto approve = [](SyncGroup& group) { group.isApproved = !group.isApproved; };

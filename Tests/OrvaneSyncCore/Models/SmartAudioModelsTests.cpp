@@ -155,7 +155,7 @@ TEST(SmartAudioConfig, BlockSettingsReadFourKeys) {
     expected.loudnessTargetDB = -12.5;
     EXPECT_EQ(SmartAudioBlockSettings::fromUserDefaults(store), expected);
 
-    // Music in a clip lowers the aggressiveness by a step, and nothing else.
+    // Music in a clip lowers the aggressiveness by one step and changes nothing else.
     using enum Aggressiveness;
     for (const auto& [before, after] :
          {std::pair{inclusive, balanced}, {balanced, conservative}, {conservative, conservative}}) {

@@ -12,7 +12,7 @@
 namespace orvane {
 namespace {
 
-/// What a scan finds, and no editor decides.
+/// Types of the fields that a scan sets and no editor changes.
 template <class T>
 constexpr bool isOfScan =
     std::same_as<T, UUID> || std::same_as<T, MediaAsset> || std::same_as<T, std::vector<AudioMatch>>;
@@ -53,7 +53,7 @@ TEST(SyncGroup, doubtsAndNamesDependOnWhatTheirFieldsSay) {
     EXPECT_FALSE(haveSameDoubtInputs(plain, approved) || haveSameNameInputs(plain, approved));
 }
 
-/// What the list of a clip's fields says of each of them holds.
+/// The declarations in the list of a clip's fields are true for each field.
 TEST(SyncGroup, decisionsAreSeenAndAreInTheFilesThatKeepThem) {
     const SyncGroup plain = test::clip(test::video("a.mov"), test::audio("s.wav"));
     EXPECT_FALSE(holdsDecisions(plain));

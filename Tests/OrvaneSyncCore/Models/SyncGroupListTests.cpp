@@ -11,7 +11,8 @@ namespace {
 
 SyncGroup clip() { return {UUID::random(), MediaAsset(FileURL{"/a.mov"}, AssetKind::video), {}, {}}; }
 
-/// What a list on screen does with the changes gives the later list, and touches no row but those named.
+/// Applies the changes to the earlier list as a list on screen does: the result is the later list, and only
+/// the named rows are touched.
 void expectThatItLeadsTo(const SyncGroupList& later, const SyncGroupList& earlier) {
     const SyncGroupChanges changes = later.changesSince(earlier);
     std::vector<SyncGroupList::Element> rows, moving;

@@ -55,7 +55,7 @@ TEST(GroupNaming, numbers) {
              Case{" 7", 3, " 7", " 7"},
              Case{"0009223372036854775807", 3, "9223372036854775807", "9223372036854775807"},
              Case{"9223372036854775808", 30, "9223372036854775808", "9223372036854775808"},
-             Case{"\xD9\xA3", 3, "\xD9\xA3", "\xD9\xA3"}, // a digit, but no number we read
+             Case{"\xD9\xA3", 3, "\xD9\xA3", "\xD9\xA3"}, // a digit, but not one that is read
          }) {
         EXPECT_EQ(GroupNaming::stripTakePaddingIfNumeric(test.text), test.stripped) << test.text;
         EXPECT_EQ(GroupNaming::padSceneIfNumeric(test.text, test.width), test.padded) << test.text;

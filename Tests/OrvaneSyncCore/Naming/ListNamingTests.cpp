@@ -28,7 +28,8 @@ SyncGroup excluded(SyncGroup group) {
     return group;
 }
 
-/// Two cameras of 10-1, out of order, three clips of 2-1 of which one stands alone, one clip of its own.
+/// Two cameras of 10-1, out of order; three clips of 2-1, one of them excluded from multicam; one clip
+/// without sound.
 const SyncGroupList day{
     take("B001C001.mov", "10", "1"),  take("loose.mov", "2", "1"),
     take("B001C002.mov", "2", "001"), excluded(take("C001C002.mov", "2", "1")),
@@ -61,7 +62,7 @@ TEST(ClipNames, TheFolderTellsTwoCamerasOfOneNameApart) {
     check({{"1/A001C001.mov", ten}, {"2/A001C005.mov", soon}, {"1/A001C002.mov", later}}, Source::sceneTake,
           {"12-3 Cam A 1", "12-3 Cam A 2", "12-3 Cam A 1"});
     check({{"1/go.mov", ten}, {"2/pro.mov", soon}}, Source::sceneTake, {"12-3 1", "12-3 2"});
-    // One camera that went on, on its next card or on the same.
+    // One camera that recorded again, on its next card or on the same.
     check({{"1/A001C009.mov", ten}, {"2/A002C001.mov", later}}, Source::sceneTake,
           {"12-3 Cam A", "12-3 Cam A"});
     check({{"1/A001C001.mov", ten}, {"1/A001C002.mov", soon}}, Source::sceneTake,
@@ -118,7 +119,7 @@ TEST(SyncClustering, TakesOfTwoShootsAreTwo) {
     struct Case {
         const char* name;
         SyncGroupList clips;
-        std::vector<std::size_t> siblings; ///< by clip
+        std::vector<std::size_t> siblings; ///< for each clip
     };
     const std::vector<Case> cases{
         {"the same hour of two days",

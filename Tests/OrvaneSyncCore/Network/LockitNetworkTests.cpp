@@ -10,7 +10,7 @@ namespace {
 
 using Fault = test::LockitServer::Fault;
 
-/// What an answer decodes to, as far as the rules are about it; "undecodable" where it does not.
+/// The parts of a decoded answer that the rules concern; "undecodable" if decoding fails.
 template <class Decode>
 std::string decoded(const Decode& decode) {
     try {
@@ -104,7 +104,7 @@ TEST(LockitMatches, takesFieldsFromTheFirstPlaceThatHasThem) {
     }
 }
 
-/// Asks a server that speaks something else than HTTP.
+/// A client of a server that does not speak HTTP.
 class OtherProtocol final : public platform::HTTPClient {
   public:
     platform::HTTPResponse send(const platform::HTTPRequest&, std::stop_token) override {
@@ -147,7 +147,7 @@ class LockitNetworkClientTest : public testing::Test {
 
     std::shared_ptr<test::VirtualMainThread> mainThread = std::make_shared<test::VirtualMainThread>();
     test::LockitServer server;
-    /// Behind the server, which waits at its end for connections that are kept.
+    /// Declared after the server: the server's end waits for connections that are kept open.
     std::shared_ptr<platform::HTTPClient> http = platform::HTTPClient::create();
     bool givesNone = false;
     double idleTimeout = 60;

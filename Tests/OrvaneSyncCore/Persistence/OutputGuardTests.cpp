@@ -16,7 +16,7 @@ using namespace std::string_literals;
 
 class OutputGuardTest : public testing::Test {
   protected:
-    /// Why a write is refused; empty when it takes place. Nothing has changed where it does not.
+    /// Why a write is refused; empty if it is done. A refused write must change nothing.
     std::string refused(OutputKind kind, const std::string& name, bool force = false) {
         RunInputs inputs;
         inputs.addFolder(folder_.path("card"));

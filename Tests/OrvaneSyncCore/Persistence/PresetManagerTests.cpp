@@ -21,7 +21,7 @@ namespace {
 using platform::MemorySettingsStore;
 using test::ScopedEnvironment;
 
-/// An account of the test's own.
+/// A user account with its own folders.
 class Persistence : public testing::Test {
   protected:
     test::TemporaryDirectory home;
@@ -130,7 +130,7 @@ TEST_F(Persistence, clearingCachesKeepsWork) {
     EXPECT_EQ(AppStorageHelper::cacheSizeBytes(), 0);
     EXPECT_TRUE(std::filesystem::is_empty(home.path("cache/Orvane Tandrel")));
     EXPECT_TRUE(presets.exists("kept"));
-    // Also where both lie in one folder, by whatever way.
+    // The same if caches and data are in one folder, here through a link.
     std::filesystem::create_directory_symlink(home.path("data"), home.path("link"));
     const test::ScopedEnvironment together("XDG_CACHE_HOME", home.path("link").c_str());
     home.write("data/Orvane Tandrel/Caches/ProbeCache/a", "12345");

@@ -46,7 +46,7 @@ TEST(ProjectFile, carriesTheEditsToAnotherScan) {
     const auto stored = ProjectService::decoded(ProjectService::encoded(project(before)));
     EXPECT_EQ(stored.videoFolderPath, FileURL{"/media"});
     EXPECT_EQ(stored.audioFolderPath, std::nullopt);
-    EXPECT_EQ(stored.aleFilePath, FileURL{"/r/\xFF.ale"}); // no text, and found again all the same
+    EXPECT_EQ(stored.aleFilePath, FileURL{"/r/\xFF.ale"}); // not valid text, but restored
     const PersistedGroup& entry = stored.groups.at(0);
     EXPECT_EQ(entry.matchStatusRaw, "ambiguous:3");
     EXPECT_EQ(entry.syncOffsetSeconds, 0.0);
@@ -63,7 +63,7 @@ TEST(ProjectFile, carriesTheEditsToAnotherScan) {
     EXPECT_EQ(group.matchStatus, MatchStatus::matched());
     EXPECT_FALSE(group.isLocked);
     EXPECT_EQ(group.masterGainDB, 0);
-    // Everything else is as it was saved: the next file differs in what the scan found alone.
+    // Everything else is restored: a new entry differs only in what the scan found.
     JSON again = toJSON(PersistedGroup(group)), first = toJSON(entry);
     for (const char* scan : {"id", "audioPaths", "matchStatusRaw"})
         for (JSON* json : {&again, &first}) json->remove(scan);
@@ -85,7 +85,7 @@ TEST(ProjectFile, isRefusedWithAReasonAndNeverHalfWritten) {
         const char* name;
         const char* piece;
         std::string instead;
-        const char* says; ///< empty: opens
+        const char* says; ///< empty: the file opens
     };
     const Case cases[] = {
         {"an unknown key", "\"version\": 1", "\"version\": 1, \"future\": {\"x\": [1]}", ""},
@@ -148,8 +148,8 @@ TEST(SessionFiles, clipsAreEncodedByWhatChangedAndReadAlike) {
     expectRight();
 }
 
-/// What people keep, as an earlier version of the program wrote it. No key is ever added here: a field that a
-/// record gets may be absent in these (`addedLater`).
+/// Files of users, as an earlier version of the program wrote them. Never add a key here: a field that was
+/// added later may be absent (`addedLater`).
 TEST(SessionFiles, recordsOfAnEarlierVersionAreRead) {
     const std::string clip =
         R"([{"id":"AAAAAAAA-0000-4000-8000-000000000001","video":{"id":"AAAAAAAA-0000-4000-8000-000000000002","url":"file:///media/a.mov","kind":"video","filename":"a.mov"},
@@ -158,8 +158,8 @@ TEST(SessionFiles, recordsOfAnEarlierVersionAreRead) {
         "algorithmExcludedTracks":[],"manualActiveTracks":[3],"manualBlockOverrides":[{"id":"AAAAAAAA-0000-4000-8000-000000000005","startSeconds":0.5,"endSeconds":1.5,"trackIndex":2}],
         "manualAudioOffsetSeconds":-0.25,"isApproved":true,"isLocked":true,"syncMethod":"clap","generateNativeMOSClip":false,"isPickup":false,"isExcludedFromExport":true,"masterGainDB":-3.5,"masterGainAuto":false}])";
     const SyncGroup read = groupsFromText(clip).front();
-    EXPECT_TRUE(
-        haveSameContents(read, fromJSON<SyncGroup>(JSON::parse(clip).elements()->front()))); // both readers
+    EXPECT_TRUE(haveSameContents(
+        read, fromJSON<SyncGroup>(JSON::parse(clip).elements()->front()))); // both readers agree
     EXPECT_TRUE(read.isLocked && read.matchStatus == MatchStatus::manual());
     const char* project =
         R"({"version":1,"savedAt":"2026-11-24T10:00:00Z","videoFolderPath":"/media","groups":[{"id":"AAAAAAAA-0000-4000-8000-000000000001","videoPath":"/media/a.mov","audioPaths":["/media/s.wav"],
@@ -262,7 +262,7 @@ TEST(ScanScopes, liveInProjectsAndSessionsAndLeaveTheOthersAlone) {
     folders.videoFolder = FileURL{"/a"};
     EXPECT_EQ(fromJSON<SessionFolders>(toJSON(folders)), folders);
     EXPECT_THROW(scanScopeFrom(JSON::parse(R"({"moreFolders":["/a",7]})")), DecodingError);
-    // Who has not chosen the scope leaves it as it is on the disk.
+    // A program that has not chosen the scope keeps the stored one.
     SessionFoldersChange{.hasAudio = true}.apply(folders);
     EXPECT_EQ(folders.scope, scope);
     EXPECT_EQ(folders.corrections, corrections);

@@ -84,10 +84,10 @@ TEST(AlternateAudio, lanesOfAllButTheFirst) {
     EXPECT_TRUE(alternateAudioLanes(group).empty());
     MediaAsset unknown = test::audio("b.wav");
     unknown.durationSeconds.reset();
-    group.audioMatches.emplace_back(test::audio("a.wav", "", 10), -5, 1); // to 5
-    group.audioMatches.emplace_back(unknown, 4, 1);                       // at 4
+    group.audioMatches.emplace_back(test::audio("a.wav", "", 10), -5, 1); // ends at 5
+    group.audioMatches.emplace_back(unknown, 4, 1);                       // begins at 4
     group.audioMatches.emplace_back(test::audio("c.wav", "", 10), 5, 1);
-    group.audioMatches.emplace_back(test::audio("d.wav", "", -3), 4, 1); // never ends before it starts
+    group.audioMatches.emplace_back(test::audio("d.wav", "", -3), 4, 1); // its end is not before its start
     EXPECT_EQ(alternateAudioLanes(group), (std::vector{0, 1, 0, 1}));
 }
 

@@ -66,9 +66,9 @@ TEST(Shortcut, isShownTypedAndPutIntoMenus) {
         EXPECT_THROW(Shortcut::fromText(bad), ShortcutTextError) << bad;
 }
 
-/// What each event came to: the action, "." for used up without one, "~" for passed on. "+c" is a press, "=c"
-/// one that the system marks as a repeat, "-c" a release, "_c" a release marked as one; "t" in front: while a
-/// text is edited; "lost": another window has the keyboard.
+/// The result of each event: the action, "." if it is used without an action, "~" if it is passed on. Events:
+/// "+c" is a press, "=c" a press that the system marks as a repeat, "-c" a release, "_c" a release marked as
+/// a repeat; a leading "t": while a text is edited; "lost": another window has the keyboard.
 std::string played(const std::string& events, const ShortcutBindings& bindings) {
     std::string action;
     KeyboardMonitor monitor(
@@ -121,7 +121,7 @@ TEST(KeyboardMonitor, turnsKeysIntoActions) {
     };
     for (const auto& [name, events, expected] : cases)
         EXPECT_EQ(played(events, defaultBindings()), expected) << name;
-    // The three keys of the mechanism stay where they are, whatever is bound to them.
+    // The three shuttle keys stay the same keys, whatever is bound to them.
     ShortcutBindings rebound = defaultBindings();
     rebound[ShortcutAction::shuttleStop] = {"s", {}};
     rebound[ShortcutAction::slowMoForward] = Shortcut::unbound;
@@ -162,7 +162,7 @@ TEST(LinuxKeys, haveTheirMeaningByPlaceAndLayout) {
         EXPECT_EQ(textOf(shortcutFor(keyEvent(event).value_or(KeyEvent{}))), expected) << name;
     for (const LinuxKeyEvent& shift : {LinuxKeyEvent{evdev(42), 0xffe1}, LinuxKeyEvent{evdev(42)}})
         EXPECT_FALSE(keyEvent(shift)) << "a recording waits for the key behind it";
-    // K is the key where US keyboards have it, and one key whatever it types.
+    // K is recognised by its place on a US keyboard, and is the same key whatever it types.
     EXPECT_EQ(keyEvent({evdev(37), 't', "t"})->keyCode, Shortcut::KeyCode::k);
     EXPECT_EQ(keyEvent({evdev(37), 'K', "K", true})->physicalKey,
               keyEvent({evdev(37), 'k', "k"})->physicalKey);

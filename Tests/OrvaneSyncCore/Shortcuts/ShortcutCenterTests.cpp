@@ -76,7 +76,7 @@ TEST_F(Centers, startFromWhatIsKept) {
         EXPECT_EQ(started->problem().has_value(), isKeptBeside);
         EXPECT_EQ(started->bindings().size(), isTaken ? 2U : defaultBindings().size());
         const ShortcutBindings held = started->bindings();
-        started.reset(); // waits for what is still to be written
+        started.reset(); // waits for pending writes
         EXPECT_EQ(onDisk(), held);
         EXPECT_EQ(settings->get(shortcutSettings::defaultsSchemaVersion), 1);
         const std::string beside = std::string(bindingsName) + ".unreadable";
@@ -92,7 +92,7 @@ TEST_F(Centers, keepChangesAndSayWhatIsWrongWithThem) {
         int told = 0;
         const auto listening =
             first->onChange([&](ShortcutField field) { told += field == ShortcutField::bindings; });
-        // A change that comes before the file has been read goes over what it says.
+        // A change that is made before the file is read has priority over the file.
         const auto changing = first->setBinding({"x", ModifierSet::shift}, ShortcutAction::clapCheck);
         EXPECT_EQ(failure(changing), "");
         EXPECT_EQ(failure(first->setBinding({"", ModifierSet::shift}, ShortcutAction::zoomFit)), "");
@@ -103,7 +103,7 @@ TEST_F(Centers, keepChangesAndSayWhatIsWrongWithThem) {
     EXPECT_EQ(second->action("x", {}), std::nullopt);
     EXPECT_EQ(second->bindings().at(ShortcutAction::zoomFit), Shortcut::unbound);
     EXPECT_EQ(second->action("", {}), std::nullopt) << "several actions have no key";
-    // Of two actions with a key the first in the list gets it, whichever was bound last.
+    // If two actions have the same key, the first in the list gets it, whichever was bound last.
     failure(second->setBinding({"x", ModifierSet::shift}, ShortcutAction::shuttleStop));
     EXPECT_EQ(second->action("x", ModifierSet::shift), ShortcutAction::shuttleStop);
     failure(second->setBinding({"k", ModifierSet::command}, ShortcutAction::zoomFit));
@@ -127,7 +127,7 @@ TEST_F(Centers, doNotWriteOverEachOther) {
     EXPECT_EQ(failure(one->refreshed()), "");
     EXPECT_EQ(one->action("y", {}), ShortcutAction::zoomFit);
     EXPECT_EQ(onDisk(), one->bindings());
-    // What another one has broken is kept, and so are the keys in use.
+    // A file that another process has damaged is kept, and so are the current keys.
     folder.write(bindingsName, "[");
     EXPECT_EQ(failure(one->refreshed()), "");
     EXPECT_EQ(failure(one->setBinding({"z", {}}, ShortcutAction::zoomIn)), "");

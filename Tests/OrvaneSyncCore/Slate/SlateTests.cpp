@@ -17,10 +17,10 @@ TEST(SlateText, scoresLines) {
     const Lines ten(10, "x");
     EXPECT_EQ(SlateText::score(Lines{}), 0);
     EXPECT_EQ(SlateText::score(ten), 0.5F);
-    EXPECT_EQ(SlateText::score(Lines{"a", "b", "c"}), SlateDetector::scoreOfNoSlate); // not above it
+    EXPECT_EQ(SlateText::score(Lines{"a", "b", "c"}), SlateDetector::scoreOfNoSlate); // not above
     EXPECT_FLOAT_EQ(SlateText::score(Lines{"scene", "12a"}), 0.45F);
     EXPECT_FLOAT_EQ(SlateText::score(Lines{"Scene SCENE", "12AB", "1 2"}), 0.45F); // once; no bare number
-    EXPECT_FLOAT_EQ(SlateText::score(Lines{"Obscene Regie"}), 0.4F);               // within longer words
+    EXPECT_FLOAT_EQ(SlateText::score(Lines{"Obscene Regie"}), 0.4F); // found within longer words
     EXPECT_EQ(SlateText::score(Lines{"scene take roll prod date director camera", "1"}), 1.0F);
 }
 
@@ -38,7 +38,7 @@ TEST(SlateText, readsSceneTakeAndRoll) {
         {{"scene"}, {}},
         {{"T 3", "Camera A"}, {{}, "3", "A"}},
         {{"Tape 4", "Cam: B"}, {{}, {}, "B"}},
-        {{"Take 1", "Take: 2", "Take"}, {{}, "2", {}}}, // the last that says one
+        {{"Take 1", "Take: 2", "Take"}, {{}, "2", {}}}, // the last line with a value
         {{"Roll: A: 1", "Take :  "}, {{}, {}, "A: 1"}},
     };
     for (const Case& one : cases)
@@ -74,9 +74,9 @@ TEST_F(SlateDetectorTest, findsTheBestPicture) {
     SlateResult found = detect(12, {{48, {"Scene"}}, {54, slate}, {60, slate}});
     EXPECT_EQ(found, (SlateResult{2.25, ClapMethod::visualSlate, 2.25, "12A", "3", "A1"}));
     EXPECT_EQ(unread_, std::nullopt);
-    EXPECT_EQ(video_->found, 40); // the tail is left alone, and one picture is read
+    EXPECT_EQ(video_->found, 40); // the tail is not searched, and one picture is read closely
     EXPECT_EQ(video_->read, 1);
-    // At the tail: from 2 s of 12 on.
+    // A slate at the tail: the last 10 s of 12 are searched.
     found = detect(12, {{24 * 11, slate}});
     EXPECT_EQ(found.slateFrameTime, 11);
     EXPECT_EQ(video_->found, 80);
@@ -84,7 +84,7 @@ TEST_F(SlateDetectorTest, findsTheBestPicture) {
     EXPECT_EQ(video_->found, 40);
     EXPECT_EQ(detect(0, {}), SlateResult{});
     EXPECT_EQ(detect(12, {{6, slate}}, std::nullopt, 24).slateFrameTime, 0.25) << "damaged behind it";
-    // Nothing scores higher than 1.
+    // No score is higher than 1, so the search ends.
     const Lines best{"scene 1", "take 2", "roll 3", "prod", "date", "director", "camera", "7"};
     EXPECT_EQ(detect(8, {{12, best}}).slateFrameTime, 0.5);
     EXPECT_EQ(video_->found, 3);
@@ -96,7 +96,7 @@ TEST_F(SlateDetectorTest, aClapThatIsHeardGoesFirst) {
               (SlateResult{3, ClapMethod::audioTransient, 1, "1", "2", {}}));
     EXPECT_EQ(detect(5, {{24, slate}}, FileURL{"/nowhere.wav"}).clapMethod, ClapMethod::visualSlate);
     EXPECT_EQ(unread_, FileURL{"/nowhere.wav"});
-    // Where no text can be read there is the clap alone; the tail of the recording is not searched.
+    // If no text can be read, only the clap is found; the tail of the recording is not searched.
     SlateDetector blind([] { return SlateDetector::Dependencies{}; });
     EXPECT_EQ(blind.detect(FileURL{"/a.mov"}, clap(3)), (SlateResult{3, ClapMethod::audioTransient}));
     EXPECT_EQ(blind.detect(FileURL{"/a.mov"}, clap(35)), SlateResult{});

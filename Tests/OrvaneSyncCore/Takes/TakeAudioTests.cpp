@@ -17,7 +17,7 @@ constexpr double rate = 1000; // Hz, so that a frame is a millisecond
 
 class TakeAudioTest : public testing::Test {
   protected:
-    /// A file of as many frames, whose name begins with the letter. Its sample `i` of channel `c` (from 0) is
+    /// A file of `frames` frames whose name begins with the letter. Its sample `i` of channel `c` (from 0) is
     /// `base(letter)` + i + c / 8.
     TakeSound::File file(char letter, int firstChannel, int channels, double startSeconds, int frames,
                          std::uint32_t sampleRate = 1000) {
@@ -38,7 +38,7 @@ class TakeAudioTest : public testing::Test {
         sound.files = std::move(files);
         return sound;
     }
-    /// Everything, channel by channel, in pieces.
+    /// All samples of each channel, read in pieces.
     static std::vector<std::vector<float>> read(platform::AudioFile& audio, std::size_t piece) {
         std::vector<std::vector<float>> all(static_cast<std::size_t>(audio.channelCount()));
         for (std::size_t got = piece; got == piece;) {
@@ -57,7 +57,8 @@ class TakeAudioTest : public testing::Test {
     int files_ = 0;
 };
 
-/// Each row's text has a letter a frame and a line a channel: which file is heard, "." for silence.
+/// A text of a case has one line per channel and one letter per frame: the file that is heard, "." for
+/// silence.
 TEST_F(TakeAudioTest, laysFilesOutToTheSample) {
     struct Case {
         const char* name;

@@ -15,7 +15,7 @@
 namespace orvane {
 namespace {
 
-/// One file as a row names it; the path is below "/media".
+/// One file of a case; the path is below "/media".
 struct File {
     const char* path;
     double start; ///< seconds after 10:00:00
@@ -25,7 +25,7 @@ struct File {
     const char* scene = "";
     double rate = 48000;
     std::uint64_t bytes = 0;
-    int day = 0; ///< of some month; 0: not known
+    int day = 0; ///< day of a fixed month; 0: unknown
 };
 
 MediaAsset asset(const File& file) {
@@ -40,14 +40,14 @@ MediaAsset asset(const File& file) {
     return *file.scene == 0 ? made : test::slated(made, file.scene, "1");
 }
 
-/// The clip that the matcher makes of a minute from 10:00:00 and the files.
+/// The clip that the matcher makes of the files and a video of one minute from 10:00:00 on.
 SyncGroup clipOf(const std::vector<File>& files) {
     std::vector<MediaAsset> audios;
     for (const File& file : files) audios.push_back(asset(file));
     return SyncEngine().match({test::video("V.mov")}, audios).front();
 }
 
-/// Such as "A/T01.WAV part 1-2 @0": path, role, channels, start on the take's axis.
+/// The files of the take, such as "A/T01.WAV part 1-2 @0": path, role, channels, start on the take's axis.
 std::string text(const SyncGroup& clip) {
     std::ostringstream text;
     for (const TakeFile& file : takeOf(clip, 2).files) {

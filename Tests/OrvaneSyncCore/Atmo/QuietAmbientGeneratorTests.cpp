@@ -17,7 +17,7 @@ namespace {
 constexpr std::uint32_t rate = 8000;
 constexpr std::uint32_t window = rate / 10;
 
-/// A tone of a level in dBFS (RMS) for so many windows.
+/// A tone of a number of windows with a level in dBFS (RMS).
 struct Stretch {
     int windows;
     double dBFS;
@@ -47,7 +47,7 @@ class AtmoTest : public testing::Test {
             .writeTo(path);
         return {path};
     }
-    /// "channel:first-end" in windows, of each candidate.
+    /// Each candidate as "channel:first-end", in windows.
     std::string found(const FileURL& url) {
         std::string text;
         for (const AtmoCandidate& one : generator_.scanCandidates({url}))
@@ -86,7 +86,7 @@ TEST_F(AtmoTest, findsQuietSteadyStretchesOfOneChannel) {
 }
 
 TEST_F(AtmoTest, measuresFromTheStartOfEveryFiveSeconds) {
-    // 11025 Hz: 1102 frames a window, of which 50 leave 25 frames of a chunk.
+    // At 11025 Hz a window has 1102 frames, and 50 windows leave 25 frames of a chunk of 5 s.
     const FileURL odd = file("ODD.WAV", {{{200, -70}}}, 11025);
     const auto candidates = generator_.scanCandidates({odd});
     ASSERT_EQ(candidates.size(), 1U);
@@ -145,7 +145,8 @@ TEST_F(AtmoTest, joinsStretchesWithoutAClick) {
     };
     EXPECT_NEAR(level(0, 2.7), -66, 0.1);
     EXPECT_NEAR(level(3, 5.7), -63, 0.1);
-    // No sample steps further than a sine of the louder level and the sum of both in the crossfade.
+    // The largest step between samples is that of a sine of the louder level, or of the sum of both in the
+    // crossfade.
     float largest = 0;
     for (std::size_t i = 1; i < samples.size(); ++i)
         largest = std::max(largest, std::abs(samples[i] - samples[i - 1]));

@@ -37,7 +37,7 @@ TEST(CalibrationMatrix, isNamedAndReadFromFileNames) {
 
 class CalibrationTest : public testing::Test {
   protected:
-    /// A tone of a level a second, in dBFS of its peak.
+    /// A tone whose level changes every second; `levels` are peaks in dBFS.
     FileURL recording(const std::string& name, const std::vector<double>& levels,
                       std::uint32_t rate = 48000) {
         std::vector<float> samples;
@@ -74,7 +74,7 @@ TEST_F(CalibrationTest, theSourceIsTheLoudestMinute) {
     }
     EXPECT_FALSE(extractWindow(recording("short.wav", std::vector<double>(59, -12))));
     EXPECT_FALSE(extractWindow({folder_.path("absent.wav")}));
-    // On a failing disk a recording is neither too short nor measured by its beginning.
+    // On a failing disk a recording is not reported as too short, and its beginning alone is not measured.
     for (const bool isSource : {true, false}) {
         const FileURL bad = recording("Calib_VI50_L25_U10.wav", std::vector<double>(isSource ? 61 : 2, -12));
         const test::BadDisk disk(bad.path, 3);
@@ -120,7 +120,7 @@ TEST_F(CalibrationTest, theDocumentHasAClipForEachCombinationAndThePicturePlays)
         const std::string check =
             "ffmpeg -nostdin -v info -xerror -i '" + source.videoURL.path +
             "' -nostats -vf blackdetect=pic_th=1:pix_th=0 -f null - 2>&1 | "
-            "grep -qE 'black_start:0 black_end:(59.9583|60) '"; // the last of 1440 pictures begins or ends
+            "grep -qE 'black_start:0 black_end:(59.9583|60) '"; // start or end of the last of 1440 pictures
         EXPECT_EQ(std::system(check.c_str()), 0) << "not black, or damaged";
     }
 
@@ -152,7 +152,7 @@ TEST_F(CalibrationTest, measuresBouncedFilesAgainstTheSource) {
     const calibration::SourceLevels source{-12, -15.01, -15};
     const std::vector<double> louder(3, -9);
     recording("bounced/Calib_VI50_L25_U10.wav", louder);
-    recording("bounced/Calib_VI0_L0_U0_x.AIFF", std::vector<double>(3, -12)); // the name says what it is
+    recording("bounced/Calib_VI0_L0_U0_x.AIFF", std::vector<double>(3, -12)); // read from its name
     recording("bounced/Calib_VI0_L0_U0.mp3", louder);
     recording("bounced/Loud.wav", louder);
     folder_.write("bounced/VI1_L1_U1.wav", "no sound");

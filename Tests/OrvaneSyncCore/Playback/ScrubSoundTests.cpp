@@ -39,21 +39,21 @@ TEST(ScrubSliceRing, passesOverFromWhatWasHeardLast) {
     test::RealtimeWatch::reset();
     ScrubSliceRing ring(100);
     EXPECT_EQ(rendered(ring, 4).left, (std::vector<float>(4, 0)));
-    // From silence into the slice over 32 samples; behind it zeros in the same call.
+    // A ramp of 32 samples from silence into the slice; after the slice zeros in the same call.
     ring.publish(constant(40, 0.5F), 1);
     Rendered heard = rendered(ring, 50);
     for (std::size_t i = 0; i < 32; ++i)
         EXPECT_FLOAT_EQ(heard.left[i], 0.5F - 0.5F * static_cast<float>(32 - i) / 32) << i;
     EXPECT_EQ(heard.right[39], -0.5F);
     EXPECT_EQ(std::count(heard.left.begin() + 40, heard.left.end(), 0.0F), 10);
-    // Silence during a slice: 0.5, 0.484375, ... and then nothing.
+    // Silence during a slice: 0.5, 0.484375, ... and then zeros.
     ring.publish(constant(60, 0.5F), 1);
     rendered(ring, 40);
     ring.silence();
     heard = rendered(ring, 40);
     for (std::size_t i = 0; i < 32; ++i) EXPECT_EQ(heard.left[i], 0.5F - 0.015625F * static_cast<float>(i));
     EXPECT_EQ(heard.left[32], 0);
-    // A second slice begins at its own first frame; one that continues the value has no ramp.
+    // A second slice begins at its own first frame; a slice that continues the value has no ramp.
     std::vector<float> rising(60);
     for (std::size_t i = 0; i < rising.size(); ++i) rising[i] = 0.5F + static_cast<float>(i) / 64;
     ring.publish(constant(60, 0.5F), 1);
@@ -70,11 +70,11 @@ TEST(ScrubSliceRing, takesWhatItCan) {
         ring.publish(published, volume);
         return rendered(ring, 64).left.back();
     };
-    EXPECT_EQ(lastOf(constant(1000, 0.5F), 0.5F), 0.25F); // cut to the longest
+    EXPECT_EQ(lastOf(constant(1000, 0.5F), 0.5F), 0.25F); // cut to the longest slice
     EXPECT_EQ(rendered(ring, 64).left.back(), 0);
     EXPECT_EQ(lastOf(constant(64, 0.5F), 7), 0.5F);
     EXPECT_EQ(lastOf(constant(64, 0.5F), -1), 0);
-    // Ignored: what runs goes on.
+    // Ignored: the current slice continues.
     ring.publish(constant(64, 0.5F), 1);
     rendered(ring, 33);
     for (const AudioSlice& wrong :
@@ -98,7 +98,7 @@ TEST(ScrubSliceRing, slicesStayWholeBetweenTwoThreads) {
     std::size_t wrong = 0;
     while (!isDone) {
         const Rendered heard = rendered(ring, 64);
-        // The ramp is over by then, and the two sides are of one slice.
+        // After the ramp, left and right must be from the same slice.
         for (std::size_t i = 32; i < 64; ++i)
             wrong += heard.left[i] != heard.left[32] || heard.right[i] != -heard.left[i] ? 1 : 0;
     }

@@ -29,7 +29,7 @@ BlockDecision block(double start, double end, int track, double gain = 1) {
     return made;
 }
 
-/// Channels of constant levels through a mix, in pieces of 77 frames.
+/// The mix of channels with constant levels, made in pieces of 77 frames.
 std::vector<float> mixed(const std::vector<BlockDecision>& blocks, const std::vector<float>& levels,
                          double seconds) {
     BlockMix mix(blocks, 0.25, rate, static_cast<int>(levels.size()));
@@ -55,7 +55,7 @@ TEST(BlockMix, crossesAroundTheBoundary) {
     EXPECT_EQ(out[0], 0.25F);
     EXPECT_EQ(out[1875], 0.25F) << "at the start of the ramp";
     EXPECT_NEAR(out[2000], (0.25 + 0.2) / 2, 1e-6);
-    const double u = 0.25; // of the ramp
+    const double u = 0.25; // place in the ramp
     EXPECT_NEAR(out[1937] + (out[1938] - out[1937]) * 0.5, 0.25 - 0.05 * u * u * (3 - 2 * u), 1e-4);
     EXPECT_EQ(out[2125], 0.2F);
     EXPECT_EQ(out[3999], 0.2F);
@@ -92,7 +92,7 @@ TEST(BlockMix, hasNoClickWhereBlocksAreShorterThanTheRamp) {
 /// A folder of recordings, and one of caches.
 class RenderedAudio : public testing::Test {
   protected:
-    /// Channel c holds (c + 1) / 10 throughout.
+    /// All samples of channel c are (c + 1) / 10.
     FileURL recording(const std::string& name, int channels, std::uint32_t frames, std::uint32_t hz = 8000) {
         std::vector<float> samples;
         for (std::uint32_t i = 0; i < frames; ++i)
@@ -152,7 +152,7 @@ TEST_F(RenderedAudio, aMixdownIsKeptAndFoundByItsSourceAndBlocks) {
     EXPECT_NE(renderer_.render(source, {block(0, 1, 2), block(1, 9, 3, 0.5)})->url, first->url);
     fs::last_write_time(source.path, written - std::chrono::hours(1));
     EXPECT_NE(renderer_.render(source, blocks_)->url, first->url);
-    // What is found damaged is rendered again.
+    // A damaged file is rendered again.
     const auto now = renderer_.render(source, blocks_);
     fs::resize_file(now->url.path, 5000);
     EXPECT_EQ(renderer_.render(source, blocks_), now);
@@ -188,7 +188,7 @@ TEST_F(RenderedAudio, whatCannotBeRenderedIsNothing) {
     const auto stopAt = [&](double) { stop.request_stop(); };
     EXPECT_THROW(renderer_.render(good, blocks_, 0.25, stopAt, stop.get_token()), platform::Stopped);
     EXPECT_EQ(filesIn("mixdowns"), 0U);
-    // A folder that cannot be made, also for root.
+    // A folder that not even root can make.
     folder_.write("caches2", "a file");
     const SmartAudioMixdownRenderer blocked(
         std::make_shared<RenderedAudioStore>(folder_.path("caches2"), settings_));
@@ -210,7 +210,7 @@ TEST_F(RenderedAudio, aPreviewHasTheFramesOfItsInputWhateverItHolds) {
         const auto heard = channel(*preview, 0);
         ASSERT_EQ(heard.size(), 40'000U);
         EXPECT_TRUE(std::ranges::all_of(heard, [](float one) { return std::abs(one) <= 1; }));
-        // In step with its input: the loud half begins where it did.
+        // The output is not shifted: its loud half begins where that of the input does.
         const auto loud = std::ranges::find_if(heard, [](float one) { return std::abs(one) > 0.2F; });
         EXPECT_NEAR(static_cast<double>(loud - heard.begin()), 20'000, 20);
         EXPECT_EQ(processor_.process(input, {0.4, 0.25, 0.25, 0}), preview);

@@ -17,7 +17,7 @@ constexpr double sampleRate = 48000;
 
 double decibels(double linear) { return 20 * std::log10(linear); }
 
-/// Of a filter at a frequency, from its response to an impulse.
+/// The response of a filter at a frequency, from its impulse response.
 double responseDB(Biquad filter, double frequency) {
     std::complex<double> sum = 0;
     for (int i = 0; i < 200'000; ++i)
@@ -45,7 +45,7 @@ TEST(Biquad, hasTheResponsesOfItsLaw) {
     EXPECT_EQ(none(0.25), 0.25) << "a rate that cannot hold the frequency";
 }
 
-/// Peak of the last second of a steady tone behind the compressor, in dBFS.
+/// Peak of the last second of a steady tone after the compressor, in dBFS.
 double steadyOutputDB(const Compressor::Curve& curve, double levelDB) {
     Compressor compressor(curve, sampleRate);
     double peak = 0;
@@ -75,7 +75,7 @@ TEST(Compressor, attacksAndReleasesWithItsTimeConstants) {
         const auto second = static_cast<std::size_t>(sampleRate);
         std::vector<double> reduction;
         for (std::size_t i = 0; i < 6 * second; ++i) {
-            // Loud and then quiet at one frequency of which every fourth sample is a peak.
+            // Loud and then quiet, at half the sample rate: every sample is a peak.
             const double in = (i < 3 * second ? 1.0 : 0.01) * (i % 2 == 0 ? 1 : -1);
             reduction.push_back(-decibels(std::abs(compressor(in) / in)));
         }
@@ -108,7 +108,7 @@ TEST(Limiter, holdsItsCeilingWithoutAStepAndLeavesTheRestAlone) {
     EXPECT_NEAR(gains[15'000], 0.25, 1e-9);
     for (std::size_t i = 1; i < gains.size(); ++i)
         EXPECT_LT(std::abs(gains[i] - gains[i - 1]), 0.75 / 570) << "a click at " << i;
-    // The decay begins as the loud part leaves the window, and is averaged over an attack.
+    // The release begins when the loud part leaves the window, and is averaged over the attack time.
     const double tau = 0.024 * sampleRate, mean = tau / 576 * (std::exp(576 / tau) - 1);
     for (const std::size_t after : {1000U, 2000U, 4000U})
         EXPECT_NEAR(gains[20'000 + after], 1 - 0.75 * mean * std::exp(-static_cast<double>(after) / tau),

@@ -31,14 +31,14 @@ TEST(ChannelClassifier, goesByTheRecordersNames) {
     check("ISO 3", ChannelKind::lav, 0.95F, "iso 3", false);
     check("Isolde", ChannelKind::unknown, 0.4F, "isolde", false); // "iso" needs its blank
     check("Tr1 ISO", ChannelKind::lav, 0.95F, "tr1 iso", false);
-    check("SLAVE", ChannelKind::lav, 0.95F, "", false); // needles match inside words
+    check("SLAVE", ChannelKind::lav, 0.95F, "", false); // keywords match inside words
     check("Out LR bus", ChannelKind::mix, 0.95F, "", false);
     check("L+R", ChannelKind::mix, 0.95F, "l+r", false);
     check("Stereo", ChannelKind::mix, 0.95F, "", true);
     check("Lav 1 (Anna)", ChannelKind::lav, 0.95F, "anna", false);
     check("  Kamera Links ", ChannelKind::unknown, 0.4F, "kamera links", false);
     check("Gerfried", ChannelKind::unknown, 0.4F, "gerfried",
-          false); // "rf" hides the speaker, the name stands in
+          false); // "rf" removes the speaker; the whole name is used instead
     check("ÄNNE (Lav)", ChannelKind::lav, 0.95F, "", false);
 }
 
@@ -54,8 +54,8 @@ TEST(ChannelClassifier, drawsTheSpeakerFromAName) {
              {"Lav (Anna (2))", "anna (2)"}, // the last ")"
              {"Lav ) Anna (", ""},           // no pair
              {"Lav ( )", ""},                // nothing in it
-             {"Lav (Boom 2)", "boom 2"},     // only exactly a role keyword is none
-             {"Lav—Peter—Maria", "maria"},   // the last piece that is no role
+             {"Lav (Boom 2)", "boom 2"},     // only an exact role keyword is not a speaker
+             {"Lav—Peter—Maria", "maria"},   // the last piece that is not a role
              {"Peter – Lav: Radio", "peter"},
              {"Lav: Anna   Maria", "anna maria"},
              {"Anna   Maria", "anna   maria"}, // a whole name keeps its blanks
@@ -93,7 +93,8 @@ TEST(ChannelClassifier, goesByTheSignalWithoutNames) {
               "Mix)\n"
               "3 boom 55 Heuristic: wide spectrum → Boom\n"
               "4 lav 55 Heuristic: narrow spectrum → Lav\n");
-    // A name beyond the channels still tells that the recorder names them; a blank one does not.
+    // A name for a channel that does not exist still shows that the recorder names channels; a blank name
+    // does not.
     EXPECT_EQ(results(4, {{9, "Boom"}}, statsOf({{0.0000999F, 0.3F}, {0.0001F, 0}, {0.1F, 0}, {0.1F, 0}})),
               "1 lav 40 Heuristic: very low level on ch 1\n"
               "2 mix 60 Heuristic: ch 2 of multitrack → Mix (recorder convention)\n"
@@ -107,7 +108,7 @@ TEST(ChannelClassifier, keepsOneMix) {
         4, {{1, "Old"}, {3, "Mix R (Anna)"}, {2, "Mix L"}, {1, "Boom"}, {1, " "}, {64, "Stereo"}},
         statsOf({{0, 0}, {0, 0}, {0, 0}, {0.1F, 0.3F}}));
     ASSERT_EQ(result.size(), 4U);
-    EXPECT_EQ(result[0].source, "iXML: Boom"); // the later name of a channel, but for a blank one
+    EXPECT_EQ(result[0].source, "iXML: Boom"); // the channel's last name that is not blank
     EXPECT_EQ(result[1].kind, ChannelKind::mix);
     EXPECT_TRUE(result[1].isPreMixed);
     EXPECT_EQ(result[2], (ChannelClassification{3, ChannelKind::lav, 0.95F - 0.2F,

@@ -34,7 +34,7 @@ std::optional<double> measured(const Channels& channels, double sampleRate) {
 
 double gain(double decibels) { return std::pow(10.0, decibels / 20.0); }
 
-/// The measurement as it is defined: the whole filtered signal, then block after block.
+/// The measurement by its definition: filters the whole signal, then measures block after block.
 std::optional<double> byTheBook(const Channels& channels, double sampleRate) {
     const auto block = static_cast<std::size_t>(0.4 * sampleRate),
                hop = static_cast<std::size_t>(0.1 * sampleRate);
@@ -78,7 +78,7 @@ TEST(LUFSMeter, readsTonesAsTheStandardSays) {
     check("two channels add up", -23, 1000, 48000, 2, -23.0, 0.01);
     check("four channels count the same", -20, 997, 48000, 4, -20 - 3.01 + 6.02, 0.01);
     check("the rear of five counts for more", -20, 997, 48000, 5, -20 - 3.01 + 7.65,
-          0.01); // 5.82 channels
+          0.01); // as loud as 5.82 channels
     check("of six the fourth counts for nothing", -20, 997, 48000, 6, -20 - 3.01 + 7.65, 0.01);
     check("seven count the same", -20, 997, 48000, 7, -20 - 3.01 + 8.45, 0.01);
     check("below the absolute gate", -80, 997, 48000, 1, -70.0, 0);
@@ -104,7 +104,8 @@ TEST(LUFSMeter, weighsAtEverySampleRateAsOthersDo) {
         EXPECT_NEAR(together({{15, -6}, {30, -10}, {60, -20}, {1000, -50}}), rumble, 0.01) << rate;
         EXPECT_NEAR(together({{100, -30}, {2000, -26}, {4000, -30}, {8000, -30}}), voice, 0.01) << rate;
     }
-    // The one rate that has its numbers in the standard: theirs, and those of the analogue filters beside it.
+    // 48000 Hz is the only rate for which the standard gives numbers: those are used, and the numbers
+    // computed from the analogue filters agree with them.
     const auto exact = KWeighting::coefficients(48000),
                computed = KWeighting::coefficients(48000 * (1 + 1e-12));
     EXPECT_EQ(exact.highPassA, (std::array{-1.99004745483398, 0.99007225036621}));
@@ -128,8 +129,8 @@ TEST(LUFSMeter, hasNoResultWhereThereIsNothingToMeasure) {
     EXPECT_TRUE(measured(samples(10000), 10)); // a hop of one sample
 }
 
-/// Levels on both sides of the gates, in several channels, at rates where a block is not four whole hops too;
-/// once so quiet that the absolute gate is the higher one.
+/// Levels on both sides of the gates, in several channels, also at rates where a block is not four whole
+/// hops; one case is so quiet that the absolute gate is the higher one.
 TEST(LUFSMeter, gatesAsDefinedHoweverTheSamplesAreCut) {
     std::mt19937 random(test::randomSeed());
     std::normal_distribution<float> noise(0, 1);
@@ -210,7 +211,7 @@ TEST(TrackAdjustments, recommendsByModeAndSpeech) {
     const SmartAudioConfig studio = SmartAudioConfig::studio;
     const TrackAnalysis noisy = track({0.1F, 0.1F, 0.1F, 0.05F}); // SNR 4.9 dB
     const TrackAnalysis clean = track({0.1F, 0.1F, 0.1F, 0.0001F, 0.1F, 0.1F, 0.1F, 0.0001F});
-    // One speaking window of ten: a speech ratio of exactly 0.1, with the hum of a narrow spectrum.
+    // One window of ten has speech: a speech ratio of exactly 0.1. Its narrow spectrum counts as hum.
     const TrackAnalysis seldom = track({0.1F, 0, 0, 0, 0, 0, 0, 0, 0, 0}, 0.0199F);
 
     const auto off = adjusted(noisy, SmartAudioMode::off, studio);
@@ -240,7 +241,7 @@ TEST(TrackAdjustments, recommendsByModeAndSpeech) {
         adjusted(noisy, SmartAudioMode::studio, {.voiceIsolationAmount = 0, .autoHumReduction = false})
             .hasAdjustment());
 
-    // 52.6 dB count as 40, and 3/7 of 40/40 is 3/7 to the last bit.
+    // A signal-to-noise ratio of 52.6 dB counts as 40, and 3/7 of 40/40 is exactly 3/7.
     const TrackAnalysis best = track({0.1F, 0.1F, 0.1F, 0.0001F, 0.0001F, 0.0001F, 0.0001F});
     EXPECT_EQ(adjusted(best, SmartAudioMode::off, studio).bestSourceScore, best.speechRatio());
     EXPECT_EQ(adjusted({}, SmartAudioMode::studio, studio).averageLevelDB, -200);

@@ -55,17 +55,17 @@ TEST(AudioPass, endsWhereTheFileDoes) {
     };
     EXPECT_EQ(windows(25, {.windowFrames = 10}), 3); // the last window is short
     EXPECT_EQ(windows(1000, {.windowFrames = 10, .windows = 100}), 3);
-    EXPECT_EQ(windows(1000, {.windowFrames = 5, .windows = 200}), 5); // it ends with a window
+    EXPECT_EQ(windows(1000, {.windowFrames = 5, .windows = 200}), 5); // the file ends with a window
     EXPECT_EQ(windows(25, {.windowFrames = 10, .windows = 2}), 2);
     EXPECT_EQ(windows(25, {.windowFrames = 0}), 0);
     EXPECT_EQ(windows(1000, {.windowFrames = 1, .windows = 1000, .concurrency = 4}), 25);
-    // What lies behind a place that can't be read is not joined to what lies before it.
+    // Samples after a place that can't be read are not joined to those before it.
     const MemoryAudio broken({std::vector<float>(1000, 0.5F)}, 48000, -1, 333);
     for (const std::size_t threads : {1U, 4U})
         EXPECT_EQ(measured(broken, 1, {.windowFrames = 10, .concurrency = threads}).at(0).totalWindows, 34);
 }
 
-/// In order and in shares, within a window that is longer than the whole test may take.
+/// On one thread and on several; also in a window that is as long as the file.
 TEST(AudioPass, hearsNothingMoreOnceStopped) {
     struct Stopping final : AudioListener {
         explicit Stopping(std::stop_source source) : stop(std::move(source)) {}
@@ -109,7 +109,7 @@ TEST(AudioPass, givesTheSameBitsOnAnyNumberOfThreads) {
             EXPECT_TRUE(std::ranges::is_sorted(shares) && shares.size() <= 100) << length;
             EXPECT_EQ(shares.back(), 1) << length;
         }
-        // Against the plain definition.
+        // Compared with the plain definition.
         for (std::size_t window = 0; window < 3; ++window) {
             double sum = 0;
             int changes = 0;
@@ -124,7 +124,7 @@ TEST(AudioPass, givesTheSameBitsOnAnyNumberOfThreads) {
     }
 }
 
-/// The last bit, whatever build this is: the numbers stand here as they came out of another one.
+/// Every build gives the same bits: the expected numbers come from another build.
 TEST(AudioPass, givesTheSameBitsInEveryBuild) {
     std::vector<std::vector<float>> channels(1);
     std::uint32_t state = 1;
@@ -154,9 +154,9 @@ class SmartAudioRouterTest : public testing::Test {
     TemporaryDirectory folder;
 };
 
-/// `seconds` of noise, channel by channel at these levels.
+/// `seconds` of noise; each channel has one of the levels.
 std::string noise(const std::vector<float>& levels, double seconds, test::WaveFormat format = {}) {
-    std::mt19937 random(1); // one signal, of whose windows the exact choices are known
+    std::mt19937 random(1); // a fixed signal, for whose windows the choices are known
     std::uniform_real_distribution<float> value(-1, 1);
     format.channels = static_cast<int>(levels.size());
     std::vector<float> interleaved;
@@ -165,14 +165,14 @@ std::string noise(const std::vector<float>& levels, double seconds, test::WaveFo
     return WaveMaker().format(format).samples(interleaved).bytes();
 }
 
-/// Whatever a file holds: as many tracks as were asked for, whole windows of what is there, every number with
-/// a JSON form, on one thread as on two.
+/// Whatever a file contains, the result has the requested number of tracks, whole windows of what could be
+/// read, and only numbers with a JSON form; on one thread and on two.
 TEST_F(SmartAudioRouterTest, answersToAnythingThatAFileHolds) {
     const float nan = std::numeric_limits<float>::quiet_NaN(),
                 infinity = std::numeric_limits<float>::infinity(),
                 largest = std::numeric_limits<float>::max();
     const std::string take = noise({0.1F, 0.2F}, 10);
-    const auto pattern = [](const std::vector<float>& values) { // sixteen channels, a second
+    const auto pattern = [](const std::vector<float>& values) { // sixteen channels, one second
         std::vector<float> interleaved;
         for (std::size_t i = 0; i < 16 * 1000; ++i) interleaved.push_back(values[i / 16 % values.size()]);
         return WaveMaker()
@@ -296,7 +296,7 @@ TEST_F(SmartAudioRouterTest, namesRoutesAndRecommends) {
     const auto result = analyze(asked);
     ASSERT_EQ(result.tracks.size(), 4U);
     EXPECT_EQ(result.bestTrackIndex,
-              1); // both speak throughout; the first of equals, or the cleaner by chance
+              1); // both speak throughout; the first of equals wins, or the one that is cleaner by chance
     EXPECT_EQ(result.tracks[1].speechRatio, 1);
     EXPECT_EQ(result.tracks[1].loudnessAmount, 0.5F);
     EXPECT_EQ(result.tracks[2].speechRatio, 0);

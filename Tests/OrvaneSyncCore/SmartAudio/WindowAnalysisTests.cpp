@@ -4,7 +4,7 @@
 namespace orvane {
 namespace {
 
-/// A track whose windows have these levels, each with a peak of twice as much.
+/// A track whose windows have these levels; each peak is twice the level.
 TrackAnalysis trackOfLevels(const std::vector<float>& levels) {
     TrackAnalysis analysis;
     for (const float level : levels) analysis.add(level, 2 * level, 0.25F);
@@ -41,8 +41,8 @@ TEST(WindowAnalysis, summarisesChannels) {
     EXPECT_NEAR(stats[0].dynamicRangeDB, 9.5424, 1e-4); // a ratio of 3
     EXPECT_EQ(stats[1], (ChannelStats{2, 0, 0, 0, 0, 0}));
     EXPECT_EQ(stats[2], (ChannelStats{3, 0, 0, 0.25F, 0, 0}));
-    EXPECT_EQ(stats[3].dynamicRangeDB, 0); // its peak is no peak
-    // The largest floats: the sum of two is none any more.
+    EXPECT_EQ(stats[3].dynamicRangeDB, 0); // its peak is too low to count
+    // Large floats, whose sum is infinite.
     EXPECT_EQ(trackOfLevels({3e38F, 3e38F}).averageRMS(), 3e38F);
 }
 

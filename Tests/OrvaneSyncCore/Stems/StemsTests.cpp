@@ -46,7 +46,7 @@ TEST(AudioSTFT, givesTheSamplesBack) {
 }
 
 TEST(AudioSTFT, scalesByTheRootOfItsLength) {
-    // A tone in the middle of bin 64 with amplitude 1: half of the window's sum, over sqrt(2048).
+    // A tone of amplitude 1 at the centre of bin 64 gives half of the window's sum over sqrt(2048).
     std::vector<float> tone(44100);
     for (std::size_t i = 0; i < tone.size(); ++i)
         tone[i] = static_cast<float>(std::cos(2 * std::numbers::pi * 64 / 2048 * static_cast<double>(i)));
@@ -79,7 +79,7 @@ class StemsTest : public testing::Test {
         std::make_shared<RenderedAudioStore>(folder_.path("caches"), settings_);
 };
 
-/// Counts its calls, and lets a test hold one up.
+/// Counts its calls; a test can make a call wait.
 class FakeSeparator : public AudioStemSeparator {
   public:
     std::atomic<int> calls = 0;
@@ -148,7 +148,7 @@ TEST_F(StemsTest, aSeparatorSaysWhyItIsUnavailable) {
 
 TEST_F(StemsTest, theModelRunsMinuteByMinute) {
     const std::vector<std::string> folders{test::runtimeFolder(folder_.path())};
-    const test::TemporaryDirectory reports; // where a runtime keeps what it means to send
+    const test::TemporaryDirectory reports; // where a runtime stores reports before it sends them
     ::setenv("XDG_CACHE_HOME", reports.path().c_str(), 1);
     if (!platform::ModelRuntime::find(folders))
         GTEST_SKIP() << "needs ONNX Runtime: Scripts/install-dependencies.sh models";

@@ -51,10 +51,10 @@ TEST(OnsetDetector, snapsAndJumps) {
     for (const auto& [time, snapped] : std::vector<std::pair<double, double>>{
              {1.2, 1}, {1.25, 1.25}, {1.5, 1.5}, {3.9, 4}, {9, 9}, {0.8, 1}})
         EXPECT_EQ(OnsetDetector::snap(time, onsets, 0.25), snapped) << time;
-    EXPECT_EQ(OnsetDetector::snap(1.5, onsets, 1), 1); // of equals the first
+    EXPECT_EQ(OnsetDetector::snap(1.5, onsets, 1), 1); // the first of equals
     EXPECT_EQ(OnsetDetector::snap(1, Times{}, 1), 1);
     constexpr double gap = 0.25;
-    EXPECT_EQ(OnsetDetector::nearestOnsetBefore(2.25, onsets, gap), 1); // strictly
+    EXPECT_EQ(OnsetDetector::nearestOnsetBefore(2.25, onsets, gap), 1); // strictly before
     EXPECT_EQ(OnsetDetector::nearestOnsetBefore(2.26, onsets, gap), 2);
     EXPECT_EQ(OnsetDetector::nearestOnsetBefore(1, onsets, gap), std::nullopt);
     EXPECT_EQ(OnsetDetector::nearestOnsetAfter(1.75, onsets, gap), 4);
@@ -91,7 +91,7 @@ TEST(ClapDetector, findsALoudPeakBeforeOrBehindAQuietEnd) {
         test::MemoryAudio file({left, right}, rate);
         EXPECT_EQ(ClapDetector::detectClapPoint(file), one.clap) << one.name;
     }
-    // It ends earlier than it says: the quiet end is that of what can be read.
+    // The file is shorter than it states: the quiet end is that of the part that can be read.
     std::vector<float> sound(10'000, 0.01F);
     sound[2000] = 0.9F;
     test::MemoryAudio cut({sound}, rate, 100'000);

@@ -30,12 +30,12 @@ std::vector<float> soundOf(unsigned seed, double seconds) {
 
 TEST(SoundLag, IsFoundByTheCamerasOwnMicrophone) {
     const TemporaryDirectory folder;
-    constexpr double takeSeconds = 25, clipSeconds = 12, startsAt = 6; // of the take
+    constexpr double takeSeconds = 25, clipSeconds = 12, startsAt = 6; // startsAt: in the take
     struct Case {
         const char* name;
-        double lag; ///< of the place by timecode
+        double lag; ///< from the place by timecode
         std::optional<double> heard;
-        unsigned camera = 1; ///< whose sound it is; that of the recording is 1
+        unsigned camera = 1; ///< which sound it hears; that of the recording is 1
         float gain = 0.1F, noise = 0.002F;
     };
     const std::vector<Case> cases{
@@ -77,7 +77,7 @@ TEST(SoundLag, IsFoundByTheCamerasOwnMicrophone) {
             if (!cases[i].heard) continue;
             EXPECT_NEAR(found->second.seconds, *cases[i].heard, 0.011) << cases[i].name;
         }
-        // The same where nothing but a claim lays the recordings there.
+        // The same if only claims, and no matches, give the places of the recordings.
         SyncGroupList groups;
         std::vector<SoundClaim> claims;
         MediaAsset sound(recording, AssetKind::audio);
@@ -111,7 +111,7 @@ TEST(SoundLag, IsFoundByTheCamerasOwnMicrophone) {
     }
 }
 
-/// Takes in a fixed rhythm, of which timecode lays one under the clip of the next.
+/// Takes at equal intervals; a wrong clock puts each take under the clip of the next one.
 TEST(SoundLag, OtherTakesAreHeardUnderClipsFromWhereTheClockIsWrong) {
     constexpr int takes = 9;
     constexpr double apart = 150;
@@ -121,7 +121,7 @@ TEST(SoundLag, OtherTakesAreHeardUnderClipsFromWhereTheClockIsWrong) {
         bool isOther;  ///< the cameras hear nothing that was recorded
         std::size_t elsewhere, mostHeard;
         double late = apart;
-        bool areAlike = false; ///< one song in all of them, and the voices below it
+        bool areAlike = false; ///< all takes have the same song, which is louder than the voices
     };
     for (const Case& one :
          {Case{"right", takes, false, 0, 3}, Case{"all wrong", 0, false, 3, 3},
@@ -172,9 +172,9 @@ TEST(SoundLag, OtherTakesAreHeardUnderClipsFromWhereTheClockIsWrong) {
             EXPECT_EQ(other->filename[1], number);
         }
         if (one.late < apart) {
-            for (const int i : {3, 4}) // the last one before, and the first one behind
+            for (const int i : {3, 4}) // the last one before the change, and the first one after it
                 EXPECT_NEAR(heard.lags.at(groups[i].audioMatches.front().id).seconds, i < 4 ? 0 : -3, 0.011);
-        } else if (one.wrongFrom == 4 && !one.isOther) { // the last one before, and the first one behind
+        } else if (one.wrongFrom == 4 && !one.isOther) { // the same
             EXPECT_TRUE(heard.lags.contains(groups[3].audioMatches.front().id));
             EXPECT_TRUE(heard.elsewhere.contains(groups[5].audioMatches.front().id));
         }

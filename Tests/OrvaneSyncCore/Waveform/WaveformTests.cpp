@@ -57,8 +57,8 @@ TEST(WaveformReduction, measuresBinsByTheDefinition) {
     }
 }
 
-/// Bins shorter and longer than a window, a share and the whole; alone, and beside an analysis of which the
-/// windows are others.
+/// Bins shorter and longer than a window, a share and the whole; alone, and beside an analysis with other
+/// windows.
 TEST(WaveformReduction, givesTheSameBitsHoweverThePassIsCut) {
     const auto channels = noise(2, 500'123);
     for (const std::size_t bins : {1U, 3U, 61U, 700U, 16000U}) {
@@ -85,12 +85,12 @@ TEST(WaveformReduction, makesTheBestOfEveryFile) {
     EXPECT_EQ(inverse.peaks, Floats(10, 0.5F));
     EXPECT_EQ(inverse.rmsPerChannel[1], Floats(10, 0.5F));
 
-    const WaveformResult mono = reduced({{left}, 1000}, 16000); // a frame a bin
+    const WaveformResult mono = reduced({{left}, 1000}, 16000); // one frame per bin
     EXPECT_EQ(mono.peaks.size(), 1000U);
     EXPECT_EQ(mono.binsPerSecond, 1000);
     EXPECT_TRUE(mono.peaksPerChannel.empty() && mono.rmsPerChannel.empty());
 
-    // Ends within the third bin of ten; cannot be read there.
+    // One file ends within the third bin of ten, the other can't be read there.
     for (const MemoryAudio& cut :
          {MemoryAudio({Floats(250, 0.5F)}, 1000, 1000), MemoryAudio({Floats(1000, 0.5F)}, 1000, -1, 250)})
         for (const std::size_t threads : {1U, 4U}) {
@@ -131,7 +131,7 @@ TEST_F(WaveformFiles, reopenFromTheCacheAsLongAsTheFileIsTheSame) {
         EXPECT_FALSE(cache.find(*place)) << damaged.size();
     }
     recording("a.wav", 0.25F);
-    folder_.write("b.wav", folder_.read("a.wav") + "ab"); // another size, whatever the clock says
+    folder_.write("b.wav", folder_.read("a.wav") + "ab"); // another size, even if the date is the same
     platform::files::rename(folder_.path("b.wav"), folder_.path("a.wav"));
     EXPECT_NE(reducedWaveform(sound, 100, &cache, 1), first);
 }
@@ -167,7 +167,7 @@ TEST_F(WaveformFiles, theNewestLoadStands) {
     EXPECT_EQ(waveform.onsetMarkers.size(), 1U);
     EXPECT_EQ(waveform.cachedImagesPerChannel.size(), 2U);
     EXPECT_FALSE(state->isLoading());
-    EXPECT_EQ(changes, 3); // two began, one ended
+    EXPECT_EQ(changes, 3); // two loads began, one ended
     const platform::Task forgotten = state->load(loud, 100, false);
     state->reset();
     finish(forgotten);
@@ -188,15 +188,15 @@ TEST_F(WaveformFiles, areDrawnRoundTheMiddle) {
     constexpr std::uint8_t full = WaveformImage::mostCoverage, level = WaveformImage::levelBit;
     EXPECT_EQ(at(0, 64), full | level);
     EXPECT_EQ(at(0, 45), full); // within half of the half height, above the level
-    EXPECT_EQ(at(0, 84), full); // as high below the middle
+    EXPECT_EQ(at(0, 84), full); // the same below the middle
     EXPECT_EQ(at(0, 31), 0);
-    EXPECT_EQ(at(9, 64), std::lround(0.7 * full) | level); // the gap
+    EXPECT_EQ(at(9, 64), std::lround(0.7 * full) | level); // the gap between the bars
     EXPECT_EQ(at(10, 0), full | level);
     EXPECT_EQ(at(10, 129), full | level);
     const std::string file = folder_.write("waveform.png", pngOf(image));
     EXPECT_TRUE(isOwnOutput(OutputKind::picture, file));
     EXPECT_THROW(pngOf({}), std::runtime_error);
-    // More bins than points: each column shows the highest that touch it.
+    // More bins than points: each column shows the highest of its bins.
     EXPECT_EQ(drawnWaveform(Floats(31, 0.5F), Floats(31, 0), 2, 20).pixels.front(), full);
 }
 

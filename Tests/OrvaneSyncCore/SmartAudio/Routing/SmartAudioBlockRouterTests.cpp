@@ -57,7 +57,7 @@ TEST(SmartAudioBlockRouter, BlocksComeWithTheirGain) {
     EXPECT_EQ(blocks[1].gainMultiplier, 1);
 }
 
-/// Takes of any levels, broken measurements among them.
+/// Takes with any levels, including broken measurements.
 TEST(SmartAudioBlockRouter, WhateverTheLevelsBlocksCoverTheTakeAndEveryNumberIsFinite) {
     constexpr float broken[] = {0,
                                 -1,
@@ -146,7 +146,7 @@ TEST(RoutingDiagnostic, AWindowRunReplacesTheReportAndBlocksAreAppended) {
     ASSERT_TRUE(longer.starts_with(report));
     EXPECT_NE(longer.find("Take-default: T1 (iXML: Boom)\n", report.size()), std::string::npos);
 
-    // Beyond 2 MB only the newest runs stand, or the newest lines of a single one.
+    // A report of more than 2 MB keeps only the newest runs, or the newest lines of a single run.
     const std::string section = "\n=== FINAL CONSOLIDATED BLOCKS (= what the strip shows) ===\n";
     const std::string old(3 << 20U, 'x'), kept = "kept\n" + std::string(1 << 20U, 'y') + "\n";
     for (const auto& [heading, first] :

@@ -12,7 +12,7 @@ namespace {
 
 using namespace SmartAudioBlockRouter;
 
-/// All ways to cut, one by one.
+/// The lowest cost, found by trying all ways to cut.
 double leastCost(const SegmentCosts& costs, std::size_t shortest, std::size_t from, std::size_t before) {
     if (from == costs.windows()) return 0;
     double least = 1e9;
@@ -55,7 +55,7 @@ TEST(Segmentation, findsTheCheapestSegmentsOfAtLeastTheLength) {
 ChannelClassification lavOf(int track) { return classified(track, ChannelKind::lav, "iXML: Lav"); }
 
 TEST(SpeakerRouter, FollowsTheSpeakerWhereNoBoomOrMixCarriesTheTake) {
-    // Two people in turns on tracks 1 and 2; what hears both is track 3.
+    // Two people take turns on tracks 1 and 2; track 3 hears both.
     const std::vector<Pattern> people{{{6, -30}, {6, -45}}, {{6, -45}, {6, -30}}};
     auto withBoom = people, withSilentBoom = people;
     withBoom.push_back({{12, -35}});
@@ -76,7 +76,7 @@ TEST(SpeakerRouter, FollowsTheSpeakerWhereNoBoomOrMixCarriesTheTake) {
     using enum SmartAudioRouting;
     const auto boom = classified(3, ChannelKind::boom), mix = classified(3, ChannelKind::mix);
     auto isoMix = lavOf(3);
-    isoMix.isPreMixed = true; // "ISO MIX", by its first word a lav
+    isoMix.isPreMixed = true; // named "ISO MIX": a lav by its first word
     check("lavs alone", people, {lavOf(1), lavOf(2)}, automatic, true);
     check("names without a role", people, {classified(1, ChannelKind::unknown), lavOf(2)}, automatic, true);
     check("as it is asked for", people, {lavOf(1), lavOf(2)}, takeDefault, false);
@@ -123,8 +123,9 @@ TEST(SpeakerRouter, HearsWhoSpeaksWhateverTheLevels) {
     check("nobody speaks", {{{5, -70}}, {{5, -70}}}, 2, "");
 }
 
-/// Real speech, on takes of lavs alone: as a rule that needs no router, or better where there is much bleed.
-/// A cross-section; `microphone_check` goes over all numbers of speakers, levels and noises.
+/// Real speech on takes with lavs only: right as often as the rule that takes the loudest track, or more
+/// often if there is much bleed. Only some cases; `microphone_check` tests all numbers of speakers, levels
+/// and noises.
 TEST(SpeakerRouter, OpensTheLavOfWhoSpeaksOnSpokenTakes) {
     const TemporaryDirectory folder;
     const VoiceBank voices(folder.path());
@@ -153,7 +154,7 @@ TEST(SpeakerRouter, OpensTheLavOfWhoSpeaksOnSpokenTakes) {
     };
     check("much bleed", 0.85, 0.03, [](TakePlan& plan) { plan.bleedDB = -6; });
     check("little bleed", 0.85, 0, [](TakePlan& plan) { plan.bleedDB = -20; });
-    // Of tracks without names, those that sound wide are called booms, and the first of four is called a mix.
+    // Without names, tracks that sound wide are called booms, and the first of four tracks is called a mix.
     check(
         "much bleed, no names", 0.85, 0.03, [](TakePlan& plan) { plan.bleedDB = -6; }, false);
     check(
@@ -164,7 +165,7 @@ TEST(SpeakerRouter, OpensTheLavOfWhoSpeaksOnSpokenTakes) {
         plan.longestPause = 0.4;
     });
 
-    // With a boom nothing changes, whether it is called one or guessed to be one.
+    // A take with a boom gets the blocks of the take default, whether the boom is named or guessed.
     for (const int speakers : {3, 4})
         for (const bool areNamed : {true, false}) {
             TakePlan plan{.seed = 5, .speakers = speakers, .seconds = 20, .boomDB = -34};

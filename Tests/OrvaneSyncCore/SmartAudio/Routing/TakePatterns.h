@@ -13,7 +13,7 @@ inline constexpr double window = smartAudioWindowSeconds;
 inline constexpr double silent = -200; ///< dBFS of a stretch without sound
 inline constexpr double speechGateDB = -50;
 
-/// A level that a track holds for a while.
+/// A level that a track has for a number of seconds.
 struct Level {
     double seconds;
     double rmsDB;
@@ -57,7 +57,7 @@ inline BlockDecision block(double start, double end, int track, BlockKind kind, 
     return {start, end, track, std::nullopt, kind, 1.0, peakDB, std::move(reason)};
 }
 
-/// Such as "0-4 T1 mix | 4-6.5 T2 lav".
+/// The blocks as text, such as "0-4 T1 mix | 4-6.5 T2 lav".
 inline std::string listed(const std::vector<BlockDecision>& blocks) {
     const auto number = [](double value) {
         std::string text = std::to_string(value);

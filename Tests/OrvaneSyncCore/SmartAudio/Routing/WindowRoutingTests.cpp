@@ -28,7 +28,7 @@ PerWindowOutcome decide(const std::vector<Channel>& channels, const std::set<int
     return decideOneWindow(frame, TrackRoles::of(roles), stats, candidates);
 }
 
-/// Such as "T1+2 multiActiveWarn, risk".
+/// The outcome as text, such as "T1+2 multiActiveWarn, risk".
 std::string text(const PerWindowOutcome& outcome) {
     std::string reason = outcome.reason;
     if (reason == "no speech above floor — keeping fallback track") reason = "nobody";
@@ -91,8 +91,8 @@ TEST(WindowRouting, OneWindowIsDecidedByItsScores) {
 }
 
 TEST(WindowRouting, RunsOfEqualOutcomesBecomeBlocks) {
-    // A letter a window: other letters are other outcomes, capitals differ from small ones by the reason
-    // only.
+    // One letter per window: different letters are different outcomes; a capital differs from its small
+    // letter only by the reason.
     const auto decisions = [](const std::string& letters) {
         std::vector<WindowDecision> list;
         for (const char letter : letters) {

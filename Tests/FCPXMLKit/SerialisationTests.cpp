@@ -48,7 +48,7 @@ TEST(Serialisation, DefaultsAreLeftOut) {
     EXPECT_EQ(printed(item), "<md key=\"k\" editable=\"1\"/>\n");
 }
 
-TEST(Serialisation, WhatAVersionDoesNotHaveIsPassedOver) {
+TEST(Serialisation, OmitsWhatTheVersionDoesNotHave) {
     Asset asset;
     asset.id = {"r1"};
     asset.src = "file:///a.mov";
@@ -138,7 +138,7 @@ TEST(Serialisation, TheDocumentHasDeclarationTypeAndVersion) {
     EXPECT_EQ(XMLDocument().text(), "");
 }
 
-TEST(Serialisation, NamesOfAnyKindStayWellFormed) {
+TEST(Serialisation, AnyNameGivesWellFormedXML) {
     const std::string lost = "\xEF\xBF\xBD";
     const auto check = [&](const char* name, const std::string& value, const std::string& text) {
         EXPECT_EQ(printed(Keyword{value}), "<keyword value=\"" + text + "\"/>\n") << name;

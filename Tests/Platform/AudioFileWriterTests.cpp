@@ -68,7 +68,7 @@ TEST(AudioFileWriter, whatIsWrittenIsReadAgainInBothForms) {
     }
 }
 
-TEST(AudioFileWriter, whatIsNotFinishedLeavesNoTraceAndAFullDiskIsToldOf) {
+TEST(AudioFileWriter, unfinishedFilesAreRemovedAndAFullDiskIsReported) {
     const test::TemporaryDirectory folder;
     folder.write("kept.wav", "before");
     {

@@ -76,7 +76,7 @@ TEST(Files, aFailedWriteLeavesNothingAndSaysWhy) {
     }
 }
 
-TEST(Files, aFileThatCameMeanwhileStays) {
+TEST(Files, aFileMadeMeanwhileIsKept) {
     const TemporaryDirectory folder;
     const std::string path = folder.path("a");
     const auto write = [&](files::Existing answer, bool throws) {
@@ -108,7 +108,7 @@ TEST(Files, whatIsKeptBesideAFileIsKeptOnceAndNeverReplaced) {
     EXPECT_THROW(files::keepBeside(folder.path("missing"), files::otherSuffix), FileError);
 }
 
-TEST(Files, ofFilesKeptBesideTheOldestGo) {
+TEST(Files, theOldestFilesKeptBesideAreRemoved) {
     const TemporaryDirectory folder;
     const std::string path = folder.path("a");
     folder.write("a.other-x", "no number");
@@ -122,7 +122,7 @@ TEST(Files, ofFilesKeptBesideTheOldestGo) {
     EXPECT_EQ(files::childNames(folder.path())->size(), 7U);
 }
 
-TEST(Files, aLockThatIsNeverLetGoIsAnError) {
+TEST(Files, aLockThatIsNeverReleasedIsAnError) {
     const TemporaryDirectory folder;
     {
         const FileLock lock = FileLock::ofFolder(folder.path());

@@ -152,7 +152,7 @@ TEST_F(HTTPClientTest, sendsAndReceives) {
     EXPECT_EQ(redirect.header("Location"), "http://localhost/other");
 }
 
-TEST_F(HTTPClientTest, tellsWhyThereIsNoAnswer) {
+TEST_F(HTTPClientTest, reportsWhyThereIsNoAnswer) {
     HTTPRequest slow{"GET", server.url("/never?secret")};
     slow.timeoutSeconds = 0.05;
     HTTPRequest large{"GET", server.url("/large?secret")};
@@ -172,7 +172,7 @@ TEST_F(HTTPClientTest, tellsWhyThereIsNoAnswer) {
         EXPECT_EQ(failureOfSending({"GET", url}), Kind::invalidURL) << url;
 }
 
-TEST_F(HTTPClientTest, refusesACertificateThatNobodyVouchesFor) {
+TEST_F(HTTPClientTest, refusesAnUntrustedCertificate) {
     const std::string key = folder.path("key.pem");
     const std::string certificate = folder.path("certificate.pem");
     const std::string command =
@@ -196,7 +196,7 @@ TEST_F(HTTPClientTest, endsACallWhenItIsStopped) {
     EXPECT_EQ(failure, Kind::cancelled);
 }
 
-TEST_F(HTTPClientTest, aDownloadGoesOnWhereItBrokeOff) {
+TEST_F(HTTPClientTest, aDownloadContinuesWhereItBrokeOff) {
     const std::string path = folder.path("model.onnx");
     HTTPRequest request{"GET", server.url("/resumed")};
     request.keepsPart = true;

@@ -53,7 +53,7 @@ TEST(RunLoop, takesWorkFromManyThreads) {
     EXPECT_EQ(count, 1000);
 }
 
-TEST(SerialQueue, runsEverythingThatWasPromised) {
+TEST(SerialQueue, runsAllPostedWork) {
     std::string order;
     {
         const auto queue = SerialQueue::create("a label longer than the kernel takes");
@@ -67,7 +67,7 @@ TEST(SerialQueue, runsEverythingThatWasPromised) {
     EXPECT_EQ(order, "abcde");
 }
 
-TEST(SerialQueue, runsOnePieceAtATimeForManyWhoWait) {
+TEST(SerialQueue, runsOnePieceAtATimeForManyCallers) {
     constexpr int callers = 4, rounds = 250;
     int count = 0; // used only on the queue
     std::vector<std::thread> threads;

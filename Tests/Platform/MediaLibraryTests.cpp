@@ -56,7 +56,7 @@ struct TestModule {
     std::uint64_t version = platform::interfaceVersion;
 };
 
-TEST(MediaLibrary, isFoundBesideTheProgramOrMissedQuietly) {
+TEST(MediaLibrary, isFoundBesideTheProgramAndMayBeMissing) {
     ASSERT_NE(platform::mediaLibrary(), nullptr);
     const TemporaryDirectory folder;
     // A text file with the name of a module. A name without a folder would be searched for in the system's
@@ -70,7 +70,7 @@ TEST(MediaLibrary, isFoundBesideTheProgramOrMissedQuietly) {
     EXPECT_EQ(platform::modules::entryPoint(names, "cos"), nullptr);
 }
 
-TEST(MediaLibrary, tellsWhenItsAnswerDependsOnTheMoment) {
+TEST(MediaLibrary, reportsWhenItsAnswerIsNotFinal) {
     static const auto library = [](auto inspect) {
         static platform::MediaLibrary made;
         made.inspect = inspect;
@@ -108,7 +108,7 @@ TEST(MediaLibrary, inspectsWhatOurOwnWalksDoNot) {
     EXPECT_EQ(mxf, "2.002 s, m2v1 320x240 29.97003 fps, 48000 Hz 1 ch");
 }
 
-TEST(MediaLibrary, givesNothingForWhatNobodyCanRead) {
+TEST(MediaLibrary, givesNothingForUnreadableFiles) {
     const TemporaryDirectory folder;
     // A demuxer would follow a playlist to other files.
     folder.write("sound.wav", WaveMaker().format({}).silence(100).bytes());

@@ -79,7 +79,7 @@ TEST(MediaMovie, readsTracksInFileOrder) {
     check("an empty movie", MovieMaker(), "0 s");
 }
 
-TEST(MediaMovie, findsTheHeaderWhereverItLies) {
+TEST(MediaMovie, findsTheHeaderAtAnyPlace) {
     const char* expected = "10 s, avc1 1920x1080 25 fps";
     check("in front", MovieMaker().video({}).movieFirst().mediaBytes(100), expected);
     check("behind a 64-bit media atom", MovieMaker().video({}).wideMedia().mediaBytes(100), expected);

@@ -20,7 +20,7 @@ std::string packets(std::size_t front, std::size_t length) {
     return bytes;
 }
 
-TEST(MediaRecognition, mediaIsToldByItsFirstBytesWhateverItsName) {
+TEST(MediaRecognition, mediaIsRecognisedByItsFirstBytesWhateverItsName) {
     const std::string partition = "\x06\x0E\x2B\x34\x02\x05\x01\x01\x0D\x01\x02\x01\x01\x02\x04"s;
     const std::string movie = test::MovieMaker().video({}).bytes();
     const std::pair<const char*, std::string> media[] = {

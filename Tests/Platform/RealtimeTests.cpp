@@ -71,7 +71,7 @@ TEST(Realtime, consumersNeitherAllocateNorLock) {
               "");
 }
 
-TEST(Realtime, playbackLeavesAProcessorToItself) {
+TEST(Realtime, aProcessorIsKeptFreeForPlayback) {
     const auto most = std::max<std::size_t>(std::thread::hardware_concurrency(), 2) - 1;
     std::atomic<std::size_t> running = 0;
     std::atomic<std::size_t> highest = 0;
@@ -87,7 +87,7 @@ TEST(Realtime, playbackLeavesAProcessorToItself) {
     EXPECT_LE(highest, most);
 }
 
-TEST(Realtime, threadsBearTheirNamesAndPriorities) {
+TEST(Realtime, threadsHaveTheirNamesAndPriorities) {
     std::string name;
     bool isBackground = false;
     startThread("orvane-background-reader", ThreadPriority::background, [&](const std::stop_token&) {

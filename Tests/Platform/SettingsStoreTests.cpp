@@ -39,7 +39,7 @@ TEST(SettingsStore, overridesThenStoredThenRegistered) {
     EXPECT_EQ(store.storedValue("k"), std::nullopt);
 }
 
-TEST(SettingsStore, readsNeighbouringKinds) {
+TEST(SettingsStore, readsConvertibleTypes) {
     MemorySettingsStore store;
     store.setAll({{"yes", "YES"},
                   {"zero", 0},
@@ -69,7 +69,7 @@ TEST(SettingsStore, readsNeighbouringKinds) {
     EXPECT_EQ(store.storedValue("size"), JSON("small"));
 }
 
-TEST(SettingsStore, tellsOfChangesOutsideTheLock) {
+TEST(SettingsStore, reportsChangesOutsideTheLock) {
     MemorySettingsStore store;
     std::vector<std::string> heard;
     auto subscription = store.onChange([&](const std::string& key) {
@@ -85,7 +85,7 @@ TEST(SettingsStore, tellsOfChangesOutsideTheLock) {
     EXPECT_EQ(heard, (std::vector<std::string>{"a=1", "b=2", "a=-1"}));
 }
 
-TEST(FileSettingsStore, staysAndSeesOtherWriters) {
+TEST(FileSettingsStore, isStoredAndSeesOtherWriters) {
     const TemporaryDirectory folder;
     const std::string path = folder.path("new/folder/settings.json");
     FileSettingsStore first(path), second(path);
@@ -213,7 +213,7 @@ TEST_F(QueuedSettings, readersSeeAChangeBeforeTheDiskDoes) {
     EXPECT_EQ(heard, (std::vector<std::string>{"a=1", "a=2"}));
 }
 
-TEST_F(QueuedSettings, whatCouldNotBeWrittenHoldsNoLonger) {
+TEST_F(QueuedSettings, aFailedWriteIsTakenBack) {
     store.set("a", 1);
     queue->run();
     ASSERT_TRUE(std::filesystem::remove(path) && std::filesystem::create_directory(path));

@@ -127,7 +127,7 @@ TEST_F(BrowserSessionTest, endsWithoutACallback) {
         "stopped");
 }
 
-TEST_F(BrowserSessionTest, listensToNobodyElse) {
+TEST_F(BrowserSessionTest, doesNotListenInAFolderThatOthersCanWrite) {
     ASSERT_EQ(::chmod(folder.path().c_str(), 0700), 0);
     ASSERT_EQ(::mkdir(folder.path("orvane-tandrel").c_str(), 0777), 0);
     ASSERT_EQ(::chmod(folder.path("orvane-tandrel").c_str(), 0777), 0); // others could put a socket there

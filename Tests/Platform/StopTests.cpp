@@ -127,7 +127,7 @@ class DroppingQueue final : public SerialQueue {
     std::optional<std::stop_callback<std::function<void()>>> dropping_;
 };
 
-TEST_F(StoppingTasks, comesBackFromWorkThatAQueueHasThrownAway) {
+TEST_F(StoppingTasks, endsWhenAQueueDropsItsWork) {
     DroppingQueue dropping;
     const auto read = [&]() -> Task {
         auto reading = onQueue(dropping, main, [](const std::stop_token&) {});
@@ -142,7 +142,7 @@ TEST_F(StoppingTasks, comesBackFromWorkThatAQueueHasThrownAway) {
 }
 
 /// Work that takes no token, such as writing a file, is completed; the stop comes after it.
-TEST_F(StoppingTasks, carriesOutWorkWithoutAToken) {
+TEST_F(StoppingTasks, completesWorkWithoutAToken) {
     bool isBegun = false;
     const auto save = [&]() -> Task {
         auto writing = onQueue(*queue, main, [&] { order += "written "; });

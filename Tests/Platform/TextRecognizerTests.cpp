@@ -80,7 +80,7 @@ TEST(TextRecognizer, keepsShortValuesBesideTheirLabels) {
     EXPECT_EQ(texts, (std::vector<std::string>{"Scene 14B", "Take 7", "Roll C7"}));
 }
 
-TEST(TextRecognizer, holdsUpTheInterfaceThreadWhereverItReads) {
+TEST(TextRecognizer, isReportedOnTheInterfaceThread) {
     const auto recognizer = TextRecognizer::create();
     ASSERT_TRUE(recognizer) << textRecognitionState().description;
     const std::pair<const char*, std::function<void()>> reads[] = {
@@ -90,7 +90,7 @@ TEST(TextRecognizer, holdsUpTheInterfaceThreadWhereverItReads) {
     for (const auto& [name, read] : reads) EXPECT_FALSE(test::whatHoldsUp(read).empty()) << name;
 }
 
-TEST(TextRecognizer, takesTextureForNoText) {
+TEST(TextRecognizer, readsNoTextInTexture) {
     const auto recognizer = TextRecognizer::create();
     ASSERT_TRUE(recognizer);
     const std::string face = "geq=lum=60+120*lt(hypot(X-330\\,Y-330)\\,150)-90*lt(hypot(X-280\\,Y-290)\\,20)"

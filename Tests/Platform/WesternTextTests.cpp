@@ -19,7 +19,7 @@ std::string encoded(std::u16string_view text, WesternEncoding encoding) {
     return bytes;
 }
 
-TEST(WesternText, isWhicheverReadsAsWords) {
+TEST(WesternText, isTheEncodingThatGivesWords) {
     using enum WesternEncoding;
     struct Case {
         const char16_t* text;

@@ -157,7 +157,7 @@ TEST(Timecode, readsTexts) {
     check("aa:bb:cc:dd", {});
 }
 
-TEST(Timecode, tellsRealTime) {
+TEST(Timecode, givesRealTime) {
     struct Case {
         const char* text;
         TimecodeFrameRate rate;
@@ -174,7 +174,7 @@ TEST(Timecode, tellsRealTime) {
     EXPECT_NEAR(Timecode({-1, -1, 0, 0, 0, 0}, fps29_97d).realTimeValue(), -89999.91, 1e-9);
 }
 
-TEST(Timecode, everyFrameComesBack) {
+TEST(Timecode, everyFrameIsReadBack) {
     const auto seed = test::randomSeed();
     std::mt19937_64 random(seed);
     for (const auto rate : timecodeRate::all())

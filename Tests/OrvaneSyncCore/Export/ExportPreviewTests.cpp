@@ -82,7 +82,7 @@ TEST(ExportPreview, ForecastsWhatIsWritten) {
             }
 }
 
-TEST(ExportPreview, TellsHowManyClipsWereNotAnalysed) {
+TEST(ExportPreview, ReportsHowManyClipsWereNotAnalysed) {
     SyncGroup analysed = inScene("1"), excluded = inScene("1"), ambiguous = inScene("1");
     excluded.isExcludedFromExport = true;
     ambiguous.matchStatus = MatchStatus::ambiguous(2);

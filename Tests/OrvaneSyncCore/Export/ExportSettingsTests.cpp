@@ -12,7 +12,7 @@ namespace {
 
 using platform::JSON;
 
-TEST(AspectRatioHelper, HeightsAreEvenAndNothingForUnknownShapes) {
+TEST(AspectRatioHelper, HeightsAreEvenAndUnknownShapesHaveNone) {
     const auto check = [&](int width, const char* identifier, int height) {
         EXPECT_EQ(AspectRatioHelper::heightFromWidth(width, identifier), height)
             << width << " " << identifier;
@@ -32,7 +32,7 @@ TEST(AspectRatioHelper, HeightsAreEvenAndNothingForUnknownShapes) {
         EXPECT_GT(AspectRatioHelper::ratio(identifier).value_or(0), 0) << identifier;
 }
 
-TEST(ExportSettings, ValuesThatMeanNothingReadAsTheDefault) {
+TEST(ExportSettings, InvalidValuesAreReadAsTheDefault) {
     const auto check = [&](const char* key, const JSON& value,
                            const std::function<bool(const ExportSettings&)>& isRight) {
         platform::MemorySettingsStore store;
@@ -93,7 +93,7 @@ TEST(ExportSettings, AnEmptyStoreGivesTheDefaultsThatAreRegistered) {
 }
 
 /// Compares the derived values; stored values have their declared default in both.
-TEST(ExportSettings, StartAsAnEmptyStoreGivesThem) {
+TEST(ExportSettings, InitialValuesAreThoseOfAnEmptyStore) {
     const auto values = [](const ExportSettings& s) {
         return std::tie(s.frameRate, s.projectFrameRate, s.outputWidth, s.outputHeight, s.fcpxmlVersion,
                         s.defaultAudioTracks, s.alternateWidth, s.alternateHeight, s.atmoFileURL,
@@ -209,7 +209,7 @@ TEST(ExportSettings, EachKeyChangesTheDocument) {
     }
 }
 
-TEST(ExportSettings, ArgumentsGoBeforeTheStore) {
+TEST(ExportSettings, ArgumentsOverrideTheStore) {
     platform::MemorySettingsStore store;
     store.set("atmo.audioRole", "effects.air");
     store.set("atmo.duration", 60);

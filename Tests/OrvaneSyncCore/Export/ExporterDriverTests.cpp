@@ -42,7 +42,7 @@ TEST(ExporterDriver, NothingToExportIsAnError) {
     }
 }
 
-TEST(ExporterDriver, IdentifiersCountOnAndFormatsStandAheadOfTheirAssets) {
+TEST(ExporterDriver, IdentifiersAreNumberedAndFormatsPrecedeTheirAssets) {
     SyncGroup excluded = matched(picture("X.mov"), {recording(2)});
     excluded.isExcludedFromExport = true;
     const ExportResult result =
@@ -59,7 +59,7 @@ TEST(ExporterDriver, IdentifiersCountOnAndFormatsStandAheadOfTheirAssets) {
     EXPECT_EQ(result.warnings, Lines{"Skipped (not matched): U.mov"});
 }
 
-TEST(ExporterDriver, AssetsSayWhatIsKnownOfTheirFiles) {
+TEST(ExporterDriver, AssetsStateWhatIsKnownAboutTheirFiles) {
     SyncGroup group = matched(MediaAsset(FileURL{"/media/Bare.MOV"}, AssetKind::video),
                               {MediaAsset(FileURL{"/media/Sound.Take.WAV"}, AssetKind::audio)});
     expectGolden("bare-files", exported(group));
@@ -112,7 +112,7 @@ TEST(ExporterDriver, AForeignRateIsReportedAndExported) {
     check(50, 25, MatchStatus::ambiguous(2), {"Skipped (not matched): A003C012_240517.mov"});
 }
 
-TEST(ExporterDriver, NumbersThatNoDocumentCanHoldBreakNothing) {
+TEST(ExporterDriver, NumbersThatADocumentCannotHoldBreakNothing) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     for (const double rate :
          {0.0, -24.0, 1e-300, 1e300, infinity, std::numeric_limits<double>::quiet_NaN()}) {
@@ -179,7 +179,7 @@ TEST(ExporterNames, FollowTheSourceTheCameraAndThePickup) {
     EXPECT_EQ(beside, Lines{"Wide Cam A + 5-2 Cam B"});
 }
 
-TEST(ExporterEvents, ScenesInTheirOrderAndTheRestBehind) {
+TEST(ExporterEvents, ScenesInTheirOrderThenTheRest) {
     ExportSettings settings = settingsAt(25);
     settings.set(settings::eventName, "Day 1");
     settings.set(settings::generateMulticam, false);
@@ -208,7 +208,7 @@ TEST(ExporterEvents, ScenesInTheirOrderAndTheRestBehind) {
     EXPECT_EQ(eventsOf(run(groups, settings).fcpxmlString), "Day 1:") << "never without an event";
 }
 
-TEST(ExporterDriver, ClipsThatAreNotWantedInEventsCountNowhere) {
+TEST(ExporterDriver, ClipsLeftOutOfEventsAreNotCounted) {
     ExportSettings settings = settingsAt(25);
     settings.set(settings::generateSyncClips, false);
     const ExportResult result = run(

@@ -301,7 +301,7 @@ std::optional<Document> documentOf(const Shoot& shoot) {
     return std::optional<Document>(std::in_place, shoot);
 }
 
-TEST(ExporterProperties, DocumentsOfAShootSayWhatTheShootSays) {
+TEST(ExporterProperties, DocumentsAgreeWithTheirShoot) {
     int multicams = 0, sounds = 0;
     for (const unsigned seed : test::seeds(documents)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
@@ -324,7 +324,7 @@ TEST(ExporterProperties, DocumentsOfAShootSayWhatTheShootSays) {
 }
 
 /// The shoot of this seed has such track names.
-TEST(ExporterProperties, NamesThatDifferInWhatNoDocumentHoldsGiveSeveralRoles) {
+TEST(ExporterProperties, TrackNamesThatDifferInInvalidCharactersGiveSeveralRoles) {
     const Shoot shoot = randomShoot(2496780451, Numbers::sane);
     const auto document = documentOf(shoot);
     ASSERT_TRUE(document);
@@ -338,7 +338,7 @@ TEST(ExporterProperties, NoTimeIsAFrameOff) {
     EXPECT_GE(report.clips, 400U + report.multicams * 2) << "each clip, and again as an angle";
 }
 
-TEST(ExporterProperties, NumbersThatNoShootHasBreakNothing) {
+TEST(ExporterProperties, UnrealisticNumbersBreakNothing) {
     for (const unsigned seed : test::seeds(documents)) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         const Shoot shoot = randomShoot(seed, Numbers::any);

@@ -109,7 +109,7 @@ TEST(ExporterTakes, OverlapIsWherePictureAndSoundBothAre) {
     check("nothing in common", {file("T1.WAV", 40, 30)}, "36000s 20s");
 }
 
-TEST(ExporterTakes, LieWhereMatchingLaidThem) {
+TEST(ExporterTakes, AreWhereTheMatchPutThem) {
     const auto placeOf = [](std::optional<double> pictureStart, double soundStart, double offset,
                             double correction = 0) {
         SyncGroup group = take({file("T1.WAV", soundStart - 36000, 60)});
@@ -140,7 +140,7 @@ TEST(ExporterTakes, NothingLastsLessThanAFrameOrNoTime) {
               "1001/24000s");
 }
 
-TEST(ExporterTakes, CurvesLieInTheFileThatHoldsTheMoment) {
+TEST(ExporterTakes, CurvesAreInTheFileThatHasTheTime) {
     SyncGroup group = take({file("T1_1.WAV", 0, 8), file("T1_2.WAV", 8, 12), file("ZOOM0004.WAV", 0, 5)});
     ExportSettings settings = settingsAt(25);
     settings.set(settings::volumeKeyframes, true);

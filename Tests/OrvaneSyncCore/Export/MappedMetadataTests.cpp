@@ -19,7 +19,7 @@ std::vector<std::string> valuesIn(const std::string& document, const std::string
     return values;
 }
 
-TEST(LockitFieldMapping, sendsEachFieldWhereTheUserWantsIt) {
+TEST(LockitFieldMapping, writesEachFieldWhereItIsMapped) {
     const std::string scene = "com.apple.proapps.studio.scene", shot = "com.apple.proapps.studio.shot";
     const std::string description = "com.apple.proapps.metadataField.description";
     const std::string note = "com.apple.proapps.metadataField.note";

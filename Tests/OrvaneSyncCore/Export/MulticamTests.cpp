@@ -124,7 +124,7 @@ TEST(MulticamClusters, AreClipsThatRolledAtTheSameMoment) {
           "a b");
 }
 
-TEST(MulticamClusters, LieWhereMatchingLaysThem) {
+TEST(MulticamClusters, UseTheTimesOfTheMatching) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     const auto dated = [](const char* filename, const char* start, Date date) {
         return changed(camera(filename, start, 20),
@@ -167,7 +167,7 @@ TEST(MulticamClusters, LieWhereMatchingLaysThem) {
     EXPECT_EQ(attributeOf(gap, "duration"), "2s");
 }
 
-TEST(MulticamClusters, AreTheSameAsThoseOfAPlainWalk) {
+TEST(MulticamClusters, AreThoseOfASimpleSearch) {
     const auto overlap = [](const SyncGroup& a, const SyncGroup& b) {
         const auto range = [](const SyncGroup& group) {
             const double start = TimecodeUtils::tcToSeconds(*group.video.startTimecodeString, 25);
@@ -270,7 +270,7 @@ TEST(MulticamClips, AreRenderedToTheCodecOfMostSources) {
     check(MulticamCodec::h264, {}, "H.264");
 }
 
-TEST(MulticamClips, GoToTheSceneOfMostAngles) {
+TEST(MulticamClips, AreInTheSceneOfMostAngles) {
     // `chosen`: place of the angle, -1 for none
     // `named`: name in the warning
     const auto check = [&](const Names& scenes, bool split, int chosen, const char* named) {
@@ -302,7 +302,7 @@ TEST(MulticamClips, GoToTheSceneOfMostAngles) {
     check({}, true, -1, nullptr);
 }
 
-TEST(MulticamClips, StandBesideTheClipsOrInTheirPlace) {
+TEST(MulticamClips, AreExportedBesideTheClipsOrInsteadOfThem) {
     SyncGroupList groups{camera("A001C001.mov"), camera("B001C001.mov", "10:00:02:00", 20),
                          camera("far.mov", "12:00:00:00")};
     ExportSettings settings = settingsAt(29.97);

@@ -149,7 +149,7 @@ std::string utf16(std::u16string_view text, bool bigEndian) {
 }
 
 /// The same table in every encoding, with every delimiter and line end.
-TEST(ALEParser, findsOutEncodingAndDelimiter) {
+TEST(ALEParser, detectsEncodingAndDelimiter) {
     const auto narrow = [](const std::string& word) {
         return [word](const std::u16string& text) {
             std::string bytes;
@@ -186,7 +186,7 @@ TEST(ALEParser, findsOutEncodingAndDelimiter) {
     check("Windows-1252", narrow("\xFC"), "Türe");
 }
 
-TEST(ALEParser, takesItsTimeAndMemoryFromWhatIsThere) {
+TEST(ALEParser, needsTimeAndMemoryInProportionToTheFile) {
     // Texts with NUL bytes that are not UTF-16: one at every second byte, and a few.
     using std::string_literals::operator""s;
     EXPECT_EQ(ALEParser::decodeText("a\0b\0\0"s), "a\0b\0\0"s);

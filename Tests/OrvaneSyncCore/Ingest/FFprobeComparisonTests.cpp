@@ -54,7 +54,7 @@ struct Case {
     const char* knownDifference = nullptr; ///< why our start is different
 };
 
-TEST(FFprobe, saysTheSameOfFilesThatFFmpegWrites) {
+TEST(FFprobe, agreesAboutFilesThatFFmpegWrites) {
     if (output("ffprobe -version 2>/dev/null && ffmpeg -version 2>/dev/null").empty())
         GTEST_SKIP() << "no ffprobe";
     constexpr const char *mpeg2 = "-c:v mpeg2video -c:a pcm_s16le", *mjpeg = "-c:v mjpeg -c:a pcm_s16le",

@@ -28,7 +28,7 @@ class Discovery : public testing::Test {
     FileDiscoveryService service;
 };
 
-TEST_F(Discovery, namesDecide) {
+TEST_F(Discovery, namesDecideWhatIsFound) {
     const struct {
         const char* folder;
         Names there, videos, audios;

@@ -19,7 +19,7 @@ WaveMaker wave() { return WaveMaker().format({}); }
 
 const std::string document = test::IXMLText{.scene = "12A", .take = "3", .tracks = {"Boom"}}.text();
 
-TEST(ChunkWalk, findsChunksWhereverTheyLie) {
+TEST(ChunkWalk, findsChunksAtAnyPlace) {
     const BroadcastExtension extension{.originator = "Mixer", .timeReference = 172'800'000};
     const auto check = [&](const char* name, const std::string& bytes) {
         SCOPED_TRACE(name);
@@ -77,7 +77,7 @@ TEST(ChunkWalk, largeFilesHaveTheirSizesInFront) {
     EXPECT_FALSE(readBytes(bytes.substr(0, 40)).ixml.has_value());
 }
 
-TEST(ChunkWalk, readsNoMoreThanThereIs) {
+TEST(ChunkWalk, readsNothingBeyondTheFile) {
     // A document that claims four gigabytes is complete if the file is cut off after the document's end.
     const auto claiming = [](const std::string& body) {
         return wave().bext({.timeReference = 7}).chunkClaiming("iXML", 0xFFFFFFF0, body).bytes();

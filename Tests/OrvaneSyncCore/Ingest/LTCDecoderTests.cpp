@@ -89,7 +89,7 @@ TEST(LinearTimecode, startsAtAnyPlaceWithinAFrame) {
         }
 }
 
-TEST(LinearTimecode, isReadAsCamerasAndRecordersHearIt) {
+TEST(LinearTimecode, isReadFromSignalsAsCamerasAndRecordersRecordThem) {
     constexpr double start = 1234567.3;
     for (const std::uint32_t sampleRate : {22050U, 32000U, 44100U, 96000U, 192000U}) {
         SCOPED_TRACE(sampleRate);
@@ -129,7 +129,7 @@ TEST(LinearTimecode, isReadAsCamerasAndRecordersHearIt) {
     }
 }
 
-TEST(LinearTimecode, theStartMayLieBeforeMidnight) {
+TEST(LinearTimecode, theStartMayBeBeforeMidnight) {
     for (const Rate rate : {Rate::fps25, Rate::fps29_97d, Rate::fps23_976})
         for (const double start : {-0.6, -0.4, 0.0, 0.3, -20.4}) {
             const LTCSignal made{.rate = rate};
@@ -168,7 +168,7 @@ TEST(LinearTimecode, theRateIsThatOfTheSignalUnlessItIsTooShort) {
     EXPECT_FALSE(decoded(slow.samples(1000.5, 0.2))->start.has_value());
 }
 
-TEST(LinearTimecode, tellsWhereTheLabelLies) {
+TEST(LinearTimecode, givesThePlaceOfTheLabel) {
     const auto frame = decoded(joined(silence(20000), ltcSignal(twoFrames, 24)));
     ASSERT_TRUE(frame.has_value());
     EXPECT_EQ(frame->tc, "12:34:56:20");

@@ -340,7 +340,7 @@ TEST_F(Probe, manyFilesKeepTheirOrder) {
     EXPECT_TRUE(service.probeAll({}, AssetKind::video, progress).empty());
 }
 
-TEST_F(Probe, aHitIsOfTheKindAskedForAndStillTheWholeTruth) {
+TEST_F(Probe, aCachedAssetHasTheRequestedKindAndIsComplete) {
     const auto sound = test::ltcSignal(test::ltcBits(10, 0, 0, 0) + test::ltcBits(10, 0, 0, 1), 24);
     WaveMaker().format({}).samples(sound).writeTo(folder.path("a.wav"));
     const FileURL url{folder.path("a.wav")};
@@ -362,7 +362,7 @@ TEST_F(Probe, aHitIsOfTheKindAskedForAndStillTheWholeTruth) {
     EXPECT_NE(other.id, first.id);
 }
 
-TEST_F(Probe, oneFileThatTakesAllTheMemoryLeavesTheOthers) {
+TEST_F(Probe, aFileThatUsesAllTheMemoryDoesNotAffectTheOthers) {
     struct FullQueue : test::ManualQueue {
         void post(std::function<void()> work, std::stop_token stop) override {
             if (full) throw std::bad_alloc();

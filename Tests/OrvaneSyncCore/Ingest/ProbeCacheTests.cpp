@@ -71,7 +71,7 @@ class Cache : public testing::Test {
     std::unique_ptr<ProbeCache> cache;
 };
 
-TEST_F(Cache, handsBackWhatWasStoredWhateverTheNameOfTheFile) {
+TEST_F(Cache, returnsWhatWasStoredForAnyFileName) {
     for (const char* name : {"quoted \"a\".wav", "line\nbreak.wav", "emoji \xF0\x9F\x8E\xAC.wav",
                              "latin-1 \xE9.wav", "latin-1 \xE8.wav", "back\\slash.wav", "percent %41.wav"}) {
         SCOPED_TRACE(name);
@@ -136,7 +136,7 @@ TEST_F(Cache, oneWriteASecond) {
     EXPECT_TRUE(isWritten());
 }
 
-TEST_F(Cache, whatAnotherVersionHasReadGivesItsIdAlone) {
+TEST_F(Cache, aRecordOfAnotherVersionGivesOnlyTheId) {
     constexpr std::uint32_t next = ProbeCache::currentReaderVersion + 1;
     const MediaAsset a = stored("a.wav"), b = stored("b.wav");
     open(next);
@@ -183,7 +183,7 @@ TEST_F(Cache, theEarlierFormIsReadOnceAndReplaced) {
     }
 }
 
-TEST_F(Cache, aBrokenFileIsAColdCache) {
+TEST_F(Cache, aDamagedFileIsAnEmptyCache) {
     const MediaAsset asset = stored("a.wav");
     open();
     const std::string good = folder.read(cacheFile), whole = toJSON(asset).dump();
@@ -207,14 +207,14 @@ TEST_F(Cache, aBrokenFileIsAColdCache) {
     EXPECT_TRUE(holds(asset)) << "the next save replaces it";
 }
 
-TEST(CacheFile, leavesADamagedRecordOutAlone) {
+TEST(CacheFile, leavesOutOnlyTheDamagedRecord) {
     ProbeRecord record;
     record.path = "/b.wav";
     const auto file = ProbeCacheFile::fromBytes(ProbeCacheFile::bytes({"damaged", record.bytes()}));
     EXPECT_TRUE(file && file->count() == 1 && file->find("/b.wav"));
 }
 
-TEST_F(Cache, aPipeInItsPlaceHoldsNobodyUp) {
+TEST_F(Cache, aPipeInItsPlaceBlocksNothing) {
     folder.write("cache/other", "");
     ASSERT_EQ(::mkfifo(folder.path(cacheFile).c_str(), 0600), 0);
     open();
@@ -263,7 +263,7 @@ TEST_F(Cache, clearForgetsAllAndRemovesTheFile) {
     EXPECT_EQ(cache->sizeBytes(), 0);
 }
 
-TEST(CacheQueue, aRealQueueLeavesItsCacheBehind) {
+TEST(CacheQueue, aRealQueueWritesTheCacheBeforeItEnds) {
     const test::TemporaryDirectory folder;
     const MediaAsset asset(FileURL{folder.write("a.wav", "123")}, AssetKind::audio);
     {

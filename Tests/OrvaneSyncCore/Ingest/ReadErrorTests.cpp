@@ -69,7 +69,7 @@ TEST(ReadErrors, areNeverRemembered) {
     }
 }
 
-TEST(ReadErrors, soAreFilesThatCannotBeOpened) {
+TEST(ReadErrors, filesThatCannotBeOpenedAreNotRemembered) {
     const test::TemporaryDirectory folder;
     ASSERT_EQ(::mkfifo(folder.path("pipe.wav").c_str(), 0600), 0);
     std::filesystem::create_symlink("loop.mov", folder.path("loop.mov"));

@@ -64,7 +64,7 @@ std::optional<std::string> unlessEmpty(const std::optional<std::string>& text) {
     return text && !text->empty() ? text : std::nullopt;
 }
 
-TEST_F(RealSamples, recordingsSayWhatOtherToolsRead) {
+TEST_F(RealSamples, recordingsAgreeWithOtherTools) {
     const auto assets = probeAll();
     EXPECT_GE(assets.size(), 40U);
     std::ifstream manifest(folder / "MANIFEST.md");

@@ -98,7 +98,7 @@ TEST(TimecodeTrack, aSampleThatIsNotThereGivesNothing) {
     EXPECT_FALSE(readTrack("").has_value());
 }
 
-TEST(TimecodeTrack, theMovieIsFoundWhereverItLies) {
+TEST(TimecodeTrack, theMovieIsFoundAtAnyPlace) {
     const TimecodeSpec spec{25, 1, 90000};
     const std::pair<const char*, std::string> cases[] = {
         {"in front", movie(spec).movieFirst().bytes()},

@@ -99,7 +99,7 @@ TEST_F(ModelStorageTest, aModelIsInItsPlaceOnceItIsWholeAndTested) {
     EXPECT_TRUE(fs::is_empty(models("")));
 }
 
-TEST_F(ModelStorageTest, aFailureLeavesNothingAndIsTold) {
+TEST_F(ModelStorageTest, aFailureLeavesNothingAndIsReported) {
     client_->body = "abc";
     EXPECT_EQ(download("00"), Kind::checksumMismatch);
     EXPECT_EQ(message_, "Downloaded file failed integrity check");

@@ -9,7 +9,7 @@
 namespace orvane {
 namespace {
 
-TEST(FilePaths, standInOneOrderHoweverTheyAreListed) {
+TEST(FilePaths, haveOneOrderHoweverTheyAreListed) {
     // Numbers are ordered by value, letters without case. Paths are compared folder by folder, not as one
     // text. Names that look the same are ordered by their bytes; some names are not UTF-8.
     const std::vector<std::string> expected{"/s/A/Clip 2.mov", "/s/A/Clip 10.mov", "/s/A/clip 11.mov",
@@ -33,7 +33,7 @@ TEST(FilePaths, standInOneOrderHoweverTheyAreListed) {
     }
 }
 
-TEST(FilePaths, FoldersAreSaidWhereNamesRepeat) {
+TEST(FilePaths, FoldersAreShownWhereNamesRepeat) {
     struct Case {
         const char* name;
         std::vector<const char*> paths, texts;

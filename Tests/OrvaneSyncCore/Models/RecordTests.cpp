@@ -113,7 +113,7 @@ TEST(Records, JSONForms) {
     }
 }
 
-TEST(Records, aSlateSaysWhatWasFoundOfIt) {
+TEST(Records, aSlateHasOnlyTheFieldsThatWereFound) {
     EXPECT_EQ(toJSON(SlateResult{}).dump(), "{}");
     EXPECT_EQ(toJSON(SlateResult{2.25, ClapMethod::visualSlate, {}, "12A", {}, {}}).dump(),
               R"({"clapMethod":"Visual","clapPointSeconds":2.25,"ocrScene":"12A"})");

@@ -17,7 +17,7 @@ TEST(SmartAudioKinds, RawValuesComeBackAndOthersDoNot) {
     EXPECT_THROW(fromJSON<BlockKind>(JSON(1)), DecodingError);
 }
 
-TEST(SmartAudioKinds, BlocksLastAsTheModeOrTheMaterialSays) {
+TEST(SmartAudioKinds, BlockLengthsFollowTheModeOrTheMaterial) {
     using enum MaterialCharacter;
     const auto check = [&](BlockMode mode, const std::optional<MaterialCharacter>& detected, double seconds,
                            const char* menu, const char* badge) {

@@ -39,7 +39,7 @@ T changed(const T& value) {
         return T(changed(typename T::value_type{}));
 }
 
-TEST(SyncGroup, doubtsAndNamesDependOnWhatTheirFieldsSay) {
+TEST(SyncGroup, doubtsAndNamesDependOnTheDeclaredFields) {
     const SyncGroup plain = test::clip(test::video("a.mov"), test::audio("s.wav"));
     SyncGroup named = plain, moved = plain, approved = plain;
     named.manualClipName = "Hero";
@@ -54,7 +54,7 @@ TEST(SyncGroup, doubtsAndNamesDependOnWhatTheirFieldsSay) {
 }
 
 /// The declarations in the list of a clip's fields are true for each field.
-TEST(SyncGroup, decisionsAreSeenAndAreInTheFilesThatKeepThem) {
+TEST(SyncGroup, decisionsAreFoundAndSaved) {
     const SyncGroup plain = test::clip(test::video("a.mov"), test::audio("s.wav"));
     EXPECT_FALSE(holdsDecisions(plain));
     SyncGroup takenBack = plain;

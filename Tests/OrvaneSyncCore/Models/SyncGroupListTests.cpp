@@ -57,7 +57,7 @@ TEST(SyncGroupChanges, leadFromOneListToTheNext) {
     }
 }
 
-TEST(SyncGroupChanges, nameNoRowTooMany) {
+TEST(SyncGroupChanges, nameNoUnchangedRow) {
     SyncGroupList list;
     for (int i = 0; i < 1000; ++i) list.append(clip());
     EXPECT_TRUE(list.changesSince(list).empty());

@@ -41,7 +41,7 @@ Names files(const SyncGroupList& groups) {
     return names;
 }
 
-TEST(ClipNames, TheFolderTellsTwoCamerasOfOneNameApart) {
+TEST(ClipNames, TheFolderDistinguishesTwoCamerasOfOneName) {
     struct File {
         const char *path, *start;
     };
@@ -71,7 +71,7 @@ TEST(ClipNames, TheFolderTellsTwoCamerasOfOneNameApart) {
           {"12-3 Cam A", "12-3 Cam B"});
 }
 
-TEST(ClipNames, ThoseOfADocumentAreToldApartAmongThemselves) {
+TEST(ClipNames, AreUniqueAmongTheClipsOfADocument) {
     SyncGroup out = take("A001C001.mov", "1", "1"), open = take("A001C002.mov", "2", "1");
     out.isExcludedFromExport = true;
     open.matchStatus = MatchStatus::ambiguous(2);
@@ -235,7 +235,7 @@ TEST(BatchRenamer, transform) {
     EXPECT_FALSE((BatchRenamer{"", "only a replacement", 0, "", ""}.hasOperation()));
 }
 
-TEST(BatchRenamer, sparesCameraNames) {
+TEST(BatchRenamer, keepsCameraNames) {
     SyncGroupList groups = day;
     groups.update(day[0].id, [](SyncGroup& group) { group.manualClipName = "B001C001"; });
     groups.update(day[1].id, [](SyncGroup& group) { group.manualClipName = "Hero"; });

@@ -90,7 +90,7 @@ TEST_F(Persistence, kindsSurviveARoundTrip) {
     EXPECT_EQ(fromJSON<AnyCodable>(JSON(2.0)).value.dump(), "2") << "a whole number is an integer";
 }
 
-TEST_F(Persistence, presetFilesBearSafeNames) {
+TEST_F(Persistence, presetFilesHaveSafeNames) {
     store.set("trimMode", "video");
     presets.save("24:00/A", store);
     EXPECT_EQ(home.read("data/Orvane Tandrel/Presets/24-00-A.json"), R"({"trimMode":"video"})");

@@ -128,7 +128,7 @@ TEST(ProjectFile, isRefusedWithAReasonAndNeverHalfWritten) {
     EXPECT_THROW(ProjectService().load({folder.path()}), platform::FileError);
 }
 
-TEST(SessionFiles, clipsAreEncodedByWhatChangedAndReadAlike) {
+TEST(SessionFiles, aReusedEncoderWritesTheSameAsANewOne) {
     SyncGroupList groups;
     for (int i = 0; i < 200; ++i) groups.append(edited(std::to_string(i)));
     GroupsEncoder encoder;
@@ -195,7 +195,7 @@ TEST(SessionFiles, clipsOfOneIdGetIdsOfTheirOwn) {
     }
 }
 
-TEST(SessionFiles, whichWildTracksThereAreIsSaidByWhoseClipsStand) {
+TEST(SessionFiles, wildTracksAreThoseOfTheProcessWhoseClipsAreStored) {
     const test::TemporaryDirectory folder;
     const SessionStore store(folder.path());
     const UUID id = UUID::random();
@@ -243,7 +243,7 @@ TEST(SessionFiles, recordsComeBackAndSayWhatIsMissing) {
     }
 }
 
-TEST(ScanScopes, liveInProjectsAndSessionsAndLeaveTheOthersAlone) {
+TEST(ScanScopes, areStoredInProjectsAndSessionsOnlyWhereChosen) {
     const ScanScope scope{{FileURL{"/b"}, FileURL{"/c\xFF"}}, {"Proxy", "**/*_p.mov"}};
     OrvaneSyncProject without = project({}), with = without;
     const auto corrections = SourceCorrections::fromTexts("-01:00:00:00", "2026-11-20", "29.97DF");
@@ -271,7 +271,7 @@ TEST(ScanScopes, liveInProjectsAndSessionsAndLeaveTheOthersAlone) {
     EXPECT_TRUE(folders.scope.isEmpty());
 }
 
-TEST(Base64, comesBackForEveryLengthAndRefusesTheRest) {
+TEST(Base64, isReversibleForEveryLengthAndRefusesTheRest) {
     std::string bytes;
     for (int i = 0; i < 70; ++i) {
         EXPECT_EQ(base64::decoded(base64::encoded(bytes)), bytes);

@@ -35,7 +35,7 @@ Rendered rendered(ScrubSliceRing& ring, std::size_t frames) {
     return out;
 }
 
-TEST(ScrubSliceRing, passesOverFromWhatWasHeardLast) {
+TEST(ScrubSliceRing, rampsFromTheLastSample) {
     test::RealtimeWatch::reset();
     ScrubSliceRing ring(100);
     EXPECT_EQ(rendered(ring, 4).left, (std::vector<float>(4, 0)));
@@ -63,7 +63,7 @@ TEST(ScrubSliceRing, passesOverFromWhatWasHeardLast) {
     EXPECT_EQ(test::RealtimeWatch::firstViolation(), "");
 }
 
-TEST(ScrubSliceRing, takesWhatItCan) {
+TEST(ScrubSliceRing, cutsOrIgnoresWhatDoesNotFit) {
     ScrubSliceRing ring(64);
     EXPECT_EQ(ring.capacityFrames(), 64U);
     const auto lastOf = [&](const AudioSlice& published, float volume) {

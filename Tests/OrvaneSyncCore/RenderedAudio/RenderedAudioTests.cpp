@@ -50,7 +50,7 @@ float largestStep(const std::vector<float>& samples) {
     return largest;
 }
 
-TEST(BlockMix, crossesAroundTheBoundary) {
+TEST(BlockMix, crossfadesAroundTheBoundary) {
     const auto out = mixed({block(0, 2, 1, 0.5), block(2, 4, 2, 2)}, {0.5F, 0.1F}, 4);
     EXPECT_EQ(out[0], 0.25F);
     EXPECT_EQ(out[1875], 0.25F) << "at the start of the ramp";
@@ -174,7 +174,7 @@ TEST_F(RenderedAudio, everyFileOfATakeCounts) {
     EXPECT_FALSE(renderer_.renderSolo(take, -1));
 }
 
-TEST_F(RenderedAudio, whatCannotBeRenderedIsNothing) {
+TEST_F(RenderedAudio, whatCannotBeRenderedGivesNothing) {
     const FileURL good = recording("T01.WAV", 1, 80000);
     EXPECT_FALSE(renderer_.render(good, {}));
     EXPECT_FALSE(renderer_.render(FileURL{folder_.path("absent.wav")}, blocks_));
@@ -219,7 +219,7 @@ TEST_F(RenderedAudio, aPreviewHasTheFramesOfItsInputWhateverItHolds) {
     }
 }
 
-TEST_F(RenderedAudio, whatNobodyUsedForLongestMakesRoom) {
+TEST_F(RenderedAudio, theLeastRecentlyUsedFileIsRemovedFirst) {
     const FileURL source = recording("T01.WAV", 3, 8000);
     const auto ofChannel = [&](int channel) { return renderer_.renderSolo(source, channel); };
     settings_->set(settings::cachesLimitGB.key, platform::JSON(150'000 / 1e9)); // two files of 64,000 bytes

@@ -29,7 +29,7 @@ double tone(double frequency, std::size_t i) {
     return std::sin(2 * std::numbers::pi * frequency * static_cast<double>(i) / sampleRate);
 }
 
-TEST(Biquad, hasTheResponsesOfItsLaw) {
+TEST(Biquad, hasTheDefinedResponses) {
     for (const double frequency : {40.0, 110.0, 180.0}) {
         const Biquad filter = Biquad::highPass(frequency, sampleRate);
         EXPECT_NEAR(responseDB(filter, frequency), -3.01, 0.02);
@@ -56,7 +56,7 @@ double steadyOutputDB(const Compressor::Curve& curve, double levelDB) {
     return decibels(peak);
 }
 
-TEST(Compressor, hasTheStaticCurveOfItsLaw) {
+TEST(Compressor, hasTheDefinedStaticCurve) {
     for (const double l : {0.0, 0.25, 1.0}) {
         const Compressor::Curve curve{-12 - 12 * l, 1.5 + 3.5 * l, 0.01, 0.1, 6 * l};
         for (const double level : {-60.0, -30.0, -18.0, -9.0, -3.0, 0.0}) {

@@ -101,7 +101,7 @@ ReviewLine reviewed(const std::string& file, const std::string& newName) {
     return line;
 }
 
-TEST(ReviewTable, comesBackFromEverySpreadsheet) {
+TEST(ReviewTable, isReadBackFromEverySpreadsheet) {
     for (const char* text : {"=HYPERLINK(\"x\")", "+1", "-A", "@SUM(A1)", "'quoted'", "''", "plain",
                              "a \"b\" c", "\"", "1, 2; 3", "\uff1d1", ""}) {
         const std::string table = writtenReviewTable({reviewed("A001.mov", text)});
@@ -156,7 +156,7 @@ TEST(ReviewTable, readsNumbersAndMarksInOtherForms) {
     for (const int none : {0, -1, 4}) EXPECT_FALSE(recordingOfNumber(cell, none));
 }
 
-TEST(ReviewTable, knowsWhatANewOneWouldLose) {
+TEST(ReviewTable, reportsWhatANewTableWouldLose) {
     const auto lines = [](const std::string& cells) {
         return readReviewTable(
             "camera_file\tstatus\tchoice\toffset_frames\tname\tskip\tnote\tsound\na.mov\t" + cells +

@@ -45,7 +45,7 @@ struct Centers : testing::Test {
         std::make_shared<platform::MemorySettingsStore>();
 };
 
-TEST_F(Centers, startFromWhatIsKept) {
+TEST_F(Centers, startFromTheStoredFile) {
     struct Case {
         const char* name;
         bool isOfThisSchema;

@@ -90,7 +90,7 @@ TEST_F(SlateDetectorTest, findsTheBestPicture) {
     EXPECT_EQ(video_->found, 3);
 }
 
-TEST_F(SlateDetectorTest, aClapThatIsHeardGoesFirst) {
+TEST_F(SlateDetectorTest, aClapInTheSoundHasPriority) {
     const Lines slate{"Scene 1", "Take 2"};
     EXPECT_EQ(detect(5, {{24, slate}}, clap(3)),
               (SlateResult{3, ClapMethod::audioTransient, 1, "1", "2", {}}));
@@ -105,7 +105,7 @@ TEST_F(SlateDetectorTest, aClapThatIsHeardGoesFirst) {
     EXPECT_THROW(blind.detect(FileURL{"/a.mov"}, std::nullopt, {}, stopped.get_token()), platform::Stopped);
 }
 
-TEST(SlateProposal, offersWhatNobodyHasSaid) {
+TEST(SlateProposal, offersOnlyMissingValues) {
     using Source = GroupNaming::Source;
     struct Case {
         const char* name;

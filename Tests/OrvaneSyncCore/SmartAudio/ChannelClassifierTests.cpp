@@ -12,7 +12,7 @@ std::vector<ChannelStats> statsOf(const std::vector<std::pair<float, float>>& rm
     return stats;
 }
 
-TEST(ChannelClassifier, goesByTheRecordersNames) {
+TEST(ChannelClassifier, usesTheRecordersNames) {
     const auto check = [&](const char* name, ChannelKind kind, float confidence, const char* speaker,
                            bool isPreMixed) {
         SCOPED_TRACE(name);
@@ -42,7 +42,7 @@ TEST(ChannelClassifier, goesByTheRecordersNames) {
     check("ÄNNE (Lav)", ChannelKind::lav, 0.95F, "", false);
 }
 
-TEST(ChannelClassifier, drawsTheSpeakerFromAName) {
+TEST(ChannelClassifier, findsTheSpeakerInAName) {
     for (const auto& [name, speaker] : std::vector<std::pair<std::string, std::string>>{
              {"Lav 1 (Anna)", "anna"},
              {"Anna (Lav)", ""},
@@ -66,7 +66,7 @@ TEST(ChannelClassifier, drawsTheSpeakerFromAName) {
         EXPECT_EQ(ChannelClassifier::extractSpeakerName(name).value_or(""), speaker) << name;
 }
 
-TEST(ChannelClassifier, goesByTheSignalWithoutNames) {
+TEST(ChannelClassifier, usesTheSignalWithoutNames) {
     const auto results = [](int count, const std::vector<IXMLTrack>& names,
                             const std::vector<ChannelStats>& stats) {
         std::string text;

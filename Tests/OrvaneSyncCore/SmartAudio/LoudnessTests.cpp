@@ -85,7 +85,7 @@ TEST(LUFSMeter, readsTonesAsTheStandardSays) {
 }
 
 /// What libebur128 1.2.6 gives for the same signals.
-TEST(LUFSMeter, weighsAtEverySampleRateAsOthersDo) {
+TEST(LUFSMeter, weightsEverySampleRateAsAnotherMeterDoes) {
     struct Case {
         double rate, rumble, voice; // Hz, LUFS
     };
@@ -159,7 +159,7 @@ TEST(LUFSMeter, gatesAsDefinedHoweverTheSamplesAreCut) {
     }
 }
 
-TEST(LUFSMeter, countsWhatIsNoNumberAsSilence) {
+TEST(LUFSMeter, countsNaNAndInfinityAsSilence) {
     Channels dirty{sine(0.5, 997, 48000, 2)}, clean = dirty;
     for (const std::size_t at : {std::size_t{0}, std::size_t{5000}, dirty[0].size() - 1}) {
         dirty[0][at] =

@@ -66,7 +66,7 @@ TEST(AudioPass, endsWhereTheFileDoes) {
 }
 
 /// On one thread and on several; also in a window that is as long as the file.
-TEST(AudioPass, hearsNothingMoreOnceStopped) {
+TEST(AudioPass, readsNothingMoreAfterAStop) {
     struct Stopping final : AudioListener {
         explicit Stopping(std::stop_source source) : stop(std::move(source)) {}
         void samples(std::span<const float* const> /*channels*/, std::size_t /*frames*/) override {
@@ -167,7 +167,7 @@ std::string noise(const std::vector<float>& levels, double seconds, test::WaveFo
 
 /// Whatever a file contains, the result has the requested number of tracks, whole windows of what could be
 /// read, and only numbers with a JSON form; on one thread and on two.
-TEST_F(SmartAudioRouterTest, answersToAnythingThatAFileHolds) {
+TEST_F(SmartAudioRouterTest, analysesAnyFile) {
     const float nan = std::numeric_limits<float>::quiet_NaN(),
                 infinity = std::numeric_limits<float>::infinity(),
                 largest = std::numeric_limits<float>::max();
@@ -232,7 +232,7 @@ TEST_F(SmartAudioRouterTest, answersToAnythingThatAFileHolds) {
     EXPECT_EQ(SmartAudioResult{}.windowDurationSeconds, 0.25);
 }
 
-TEST_F(SmartAudioRouterTest, hearsWhatIsLeftOfAFileThatShrinksWhileItIsRead) {
+TEST_F(SmartAudioRouterTest, analysesTheRestOfAFileThatShrinksWhileItIsRead) {
     const std::string bytes = noise({0.1F, 0.2F}, 20, {.sampleRate = 8000});
     for (const std::size_t threads : {1U, 2U}) {
         const std::string path = folder.write("take.wav", bytes);
@@ -252,7 +252,7 @@ TEST_F(SmartAudioRouterTest, hearsWhatIsLeftOfAFileThatShrinksWhileItIsRead) {
     }
 }
 
-TEST_F(SmartAudioRouterTest, hearsWholeWindowsOfTheTracksThatThereAre) {
+TEST_F(SmartAudioRouterTest, analysesWholeWindowsOfExistingTracks) {
     const auto silence = [](std::uint32_t rate, std::uint64_t frames) {
         return WaveMaker()
             .format({.sampleRate = rate, .samples = SampleFormat::pcm16})

@@ -59,7 +59,7 @@ class TakeAudioTest : public testing::Test {
 
 /// A text of a case has one line per channel and one letter per frame: the file that is heard, "." for
 /// silence.
-TEST_F(TakeAudioTest, laysFilesOutToTheSample) {
+TEST_F(TakeAudioTest, placesFilesToTheSample) {
     struct Case {
         const char* name;
         std::vector<TakeSound::File> files;

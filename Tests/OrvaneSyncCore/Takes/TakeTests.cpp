@@ -181,7 +181,7 @@ TEST(Take, axisAndLength) {
     EXPECT_TRUE(takeOf(clipOf({}), 2).isEmpty());
 }
 
-TEST(Take, aRecorderThatRanTwiceAtOneTimeWasAtOtherMoments) {
+TEST(Take, filesOfOneRecorderThatOverlapAreOfDifferentTimes) {
     struct Case {
         const char* name;
         File other;

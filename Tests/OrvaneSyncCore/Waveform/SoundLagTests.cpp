@@ -193,7 +193,7 @@ TEST(SoundPlace, NeedsOtherPlacesToCompareWith) {
     EXPECT_FALSE(SoundPlace::anywhere(camera, camera));
 }
 
-TEST(SoundLag, MinutesOfALongRecordingAreSearchedAndOtherSpeechIsToldFromNoise) {
+TEST(SoundLag, MinutesOfALongRecordingAreSearchedAndOtherSpeechIsDistinguishedFromNoise) {
     const TemporaryDirectory folder;
     const auto make = [&](const std::string& name, const std::vector<float>& samples) {
         WaveMaker().format({.channels = 1, .sampleRate = rate}).samples(samples).writeTo(folder.path(name));

@@ -78,7 +78,7 @@ TEST(WaveformReduction, givesTheSameBitsHoweverThePassIsCut) {
     }
 }
 
-TEST(WaveformReduction, makesTheBestOfEveryFile) {
+TEST(WaveformReduction, reducesFilesOfEveryKind) {
     Floats left(1000, 0.5F), right(1000, -0.5F);
     const WaveformResult inverse = reduced({{left, right}, 1000}, 10);
     EXPECT_EQ(inverse.rms, Floats(10, 0));
@@ -146,7 +146,7 @@ TEST_F(WaveformFiles, theCacheStaysSmall) {
     EXPECT_FALSE(cache.find(*WaveformCache::placeOf(sound, 300)));
 }
 
-TEST_F(WaveformFiles, theNewestLoadStands) {
+TEST_F(WaveformFiles, theNewestLoadIsShown) {
     const auto mainThread = std::make_shared<test::VirtualMainThread>();
     const auto state = WaveformState::create(mainThread, nullptr);
     int changes = 0;

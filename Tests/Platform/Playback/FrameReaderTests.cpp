@@ -306,7 +306,7 @@ TEST(FrameReader, showsOneMomentOfTwoFieldsAndColoursTimesAlpha) {
     EXPECT_NEAR(last[1], 110, 2) << "half of the colour";
 }
 
-TEST(FrameReader, makesTheBestOfDamagedFiles) {
+TEST(FrameReader, readsWhatItCanOfDamagedFiles) {
     const TemporaryDirectory folder;
     const std::string path = folder.path("whole.mov");
     ASSERT_TRUE(

@@ -122,7 +122,7 @@ struct SyncCase {
 };
 class PlayerSync : public PlayerTest, public testing::WithParamInterface<SyncCase> {};
 
-TEST_P(PlayerSync, showsTheFrameAndSoundsTheSampleOfTheMoment) {
+TEST_P(PlayerSync, showsTheFrameAndPlaysTheSampleOfTheTime) {
     const SyncCase& test = GetParam();
     const std::string path = folder_.path(test.name);
     if (!NumberedClip{pictureCount, test.rate, test.options}.make(path)) GTEST_SKIP() << "no such encoder";
@@ -333,7 +333,7 @@ TEST_F(PlayerTest, camerasStayWithinAFrameOfEachOther) {
     for (const Camera& camera : cameras) EXPECT_EQ(camera.player->droppedPictures(), 0) << camera.rate;
 }
 
-TEST_F(PlayerTransport, hearsAnotherSoundFromItsChangeOn) {
+TEST_F(PlayerTransport, playsAnotherSoundFromItsChangeOn) {
     load(path_);
     player_->setRate(1);
     advance(0.2);
@@ -396,7 +396,7 @@ TEST_F(PlayerTransport, dropsStaleSeeksAndLoads) {
     EXPECT_EQ(player_->picture()->size, (platform::PictureSize{256, 144}));
 }
 
-TEST_F(PlayerTransport, playsWhatThereIs) {
+TEST_F(PlayerTransport, playsWithoutPictureOrSound) {
     // Sound alone.
     load("", 1.5);
     EXPECT_FALSE(player_->facts().hasPicture);
@@ -448,7 +448,7 @@ TEST_F(PlayerTransport, playsWhatThereIs) {
     EXPECT_EQ(player_->rate(), 0);
 }
 
-TEST_F(PlayerTransport, outlivesTheProcessThatDecodes) {
+TEST_F(PlayerTransport, survivesTheEndOfTheDecodingProcess) {
     load(path_);
     int ends = 0;
     const auto watch = player_->observeEnd([&] { ++ends; });
@@ -465,7 +465,7 @@ TEST_F(PlayerTransport, outlivesTheProcessThatDecodes) {
 }
 
 /// On the machine's clock, which the test moves, and with a device that can be plugged in and out.
-TEST_F(PlayerTransport, followsTheClockWhileTheDeviceGoesAndComes) {
+TEST_F(PlayerTransport, followsTheClockWhileTheDeviceIsPluggedOutAndIn) {
     using platform::DeviceOutput;
     SoundMachine machine;
     auto owned = std::make_unique<DeviceOutput>(

@@ -202,7 +202,7 @@ TEST_F(SoundTrackTest, aClapIsHeardAtItsPlaceAtEachSpeed) {
     }
 }
 
-TEST_F(SoundTrackTest, changesPassOverWithoutAClick) {
+TEST_F(SoundTrackTest, changesMakeNoClick) {
     SoundTrack& track = open(tone(100, 48000, 60));
     track.setEnd(20);
     const auto roughest = [](const std::vector<float>& heard) {
@@ -270,7 +270,7 @@ TEST_F(SoundTrackTest, beginsAtItsFrameAndEndsWithTheClip) {
     EXPECT_EQ(ticksIn(pull(1)), std::vector<double>{0.05});
 }
 
-TEST_F(SoundTrackTest, filesOfAllKindsOfBadness) {
+TEST_F(SoundTrackTest, filesWithAllKindsOfDamage) {
     constexpr float infinity = std::numeric_limits<float>::infinity();
     std::vector<float> wild(48000, 0.25F);
     for (std::size_t i = 0; i < wild.size(); i += 7) wild[i] = i % 2 == 0 ? infinity : std::nanf("");
@@ -333,7 +333,7 @@ TEST_F(SoundTrackTest, levelsAreOfEveryChannel) {
     }
 }
 
-TEST_F(SoundTrackTest, controlsMoveWhileADevicePulls) {
+TEST_F(SoundTrackTest, controlsChangeWhileADeviceReads) {
     SoundTrack& track = open(tone(300, 44100, 20));
     std::atomic<bool> isDone = false;
     std::thread device([&] {

@@ -224,7 +224,7 @@ TEST(BlockGain, MeasuresTheTrackOrTheDialogueStem) {
           {0, 0, 0, 0, 0, 0, 0});
 }
 
-TEST(ManualOverrides, RangesAreLaidOverAndBlocksGiveWay) {
+TEST(ManualOverrides, RangesReplacePartsOfBlocks) {
     const std::vector<BlockDecision> blocks{block(0, 4, 1, mix), block(4, 8, 2, lav),
                                             block(8, 10, 0, silence)};
     const auto range = [](double start, double end, int track) {

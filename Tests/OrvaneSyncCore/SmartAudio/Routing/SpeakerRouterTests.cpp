@@ -102,7 +102,7 @@ TEST(SpeakerRouter, FollowsTheSpeakerWhereNoBoomOrMixCarriesTheTake) {
     check("no names, and a boom by its sound that hears both", withBoom, guessed(0.1F), automatic, false);
 }
 
-TEST(SpeakerRouter, HearsWhoSpeaksWhateverTheLevels) {
+TEST(SpeakerRouter, FollowsTheSpeakerAtAnyLevels) {
     const auto check = [&](const char* name, const std::vector<Pattern>& tracks, double minBlockSeconds,
                            const char* expected) {
         std::vector<int> numbers;
@@ -126,7 +126,7 @@ TEST(SpeakerRouter, HearsWhoSpeaksWhateverTheLevels) {
 /// Real speech on takes with lavs only: right as often as the rule that takes the loudest track, or more
 /// often if there is much bleed. Only some cases; `microphone_check` tests all numbers of speakers, levels
 /// and noises.
-TEST(SpeakerRouter, OpensTheLavOfWhoSpeaksOnSpokenTakes) {
+TEST(SpeakerRouter, OpensTheSpeakersLavOnSpokenTakes) {
     const TemporaryDirectory folder;
     const VoiceBank voices(folder.path());
     const auto check = [&](const char* name, double atLeast, double betterBy,

@@ -82,7 +82,7 @@ TEST(MaterialDetection, DensityAndChangesOfTheFirstMinuteDecide) {
     check("equal levels belong to the first track", take({{{60, -20}}, turns}), interview);
 }
 
-TEST(TakeDefault, IsolatedTracksGoBeforeThoseThatSpeakMost) {
+TEST(TakeDefault, IsolatedTracksHavePriorityOverThoseThatSpeakMost) {
     struct Track {
         const char* source;
         double coverage, varianceDB;

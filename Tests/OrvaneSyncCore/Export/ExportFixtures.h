@@ -99,7 +99,6 @@ inline std::string eventsOf(const std::string& document) {
     return events;
 }
 
-/// One change to a clip or to the settings.
 struct Change {
     const char* name;
     std::function<void(SyncGroup&, ExportSettings&)> apply;

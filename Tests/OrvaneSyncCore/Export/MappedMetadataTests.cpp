@@ -25,7 +25,7 @@ TEST(LockitFieldMapping, writesEachFieldWhereItIsMapped) {
     const std::string note = "com.apple.proapps.metadataField.note";
     struct Case {
         const char* rule;
-        JSON::Object targets; ///< stored
+        JSON::Object targets; ///< the stored mapping
         Fields fields;
         std::string key; ///< of the metadata; empty: keywords
         std::vector<std::string> values;

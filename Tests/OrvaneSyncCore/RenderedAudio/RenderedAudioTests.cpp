@@ -89,7 +89,6 @@ TEST(BlockMix, hasNoClickWhereBlocksAreShorterThanTheRamp) {
     EXPECT_NEAR(out[1150], 0, 0.001);
 }
 
-/// A folder of recordings, and one of caches.
 class RenderedAudio : public testing::Test {
   protected:
     /// All samples of channel c are (c + 1) / 10.

@@ -17,7 +17,7 @@ TEST(SlateText, scoresLines) {
     const Lines ten(10, "x");
     EXPECT_EQ(SlateText::score(Lines{}), 0);
     EXPECT_EQ(SlateText::score(ten), 0.5F);
-    EXPECT_EQ(SlateText::score(Lines{"a", "b", "c"}), SlateDetector::scoreOfNoSlate); // not above
+    EXPECT_EQ(SlateText::score(Lines{"a", "b", "c"}), SlateDetector::scoreOfNoSlate); // not above it
     EXPECT_FLOAT_EQ(SlateText::score(Lines{"scene", "12a"}), 0.45F);
     EXPECT_FLOAT_EQ(SlateText::score(Lines{"Scene SCENE", "12AB", "1 2"}), 0.45F); // once; no bare number
     EXPECT_FLOAT_EQ(SlateText::score(Lines{"Obscene Regie"}), 0.4F); // found within longer words

@@ -174,7 +174,7 @@ TEST(SoundLag, OtherTakesAreHeardUnderClipsFromWhereTheClockIsWrong) {
         if (one.late < apart) {
             for (const int i : {3, 4}) // the last one before the change, and the first one after it
                 EXPECT_NEAR(heard.lags.at(groups[i].audioMatches.front().id).seconds, i < 4 ? 0 : -3, 0.011);
-        } else if (one.wrongFrom == 4 && !one.isOther) { // the same
+        } else if (one.wrongFrom == 4 && !one.isOther) {
             EXPECT_TRUE(heard.lags.contains(groups[3].audioMatches.front().id));
             EXPECT_TRUE(heard.elsewhere.contains(groups[5].audioMatches.front().id));
         }

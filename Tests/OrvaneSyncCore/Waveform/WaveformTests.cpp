@@ -187,7 +187,7 @@ TEST_F(WaveformFiles, areDrawnRoundTheMiddle) {
     const auto at = [&](std::size_t x, std::size_t row) { return image.pixels[row * 20 + x]; };
     constexpr std::uint8_t full = WaveformImage::mostCoverage, level = WaveformImage::levelBit;
     EXPECT_EQ(at(0, 64), full | level);
-    EXPECT_EQ(at(0, 45), full); // within half of the half height, above the level
+    EXPECT_EQ(at(0, 45), full); // between the level and the peak
     EXPECT_EQ(at(0, 84), full); // the same below the middle
     EXPECT_EQ(at(0, 31), 0);
     EXPECT_EQ(at(9, 64), std::lround(0.7 * full) | level); // the gap between the bars

@@ -87,7 +87,7 @@ TEST_P(FrameReaderOf, givesThePictureOfTheMoment) {
     for (int number = 60; number < 80; ++number) expect(number, encoding.picture * number, "forward ");
     for (int i = 0; i < 40; ++i) {
         const int number = std::uniform_int_distribution(0, count - 1)(random);
-        // Somewhere in the picture, up to a millionth of a second before its end.
+        // Somewhere in the first 99 % of the picture.
         const MediaTime within{std::uniform_int_distribution(0, 990)(random), 1000};
         const MediaTime length{encoding.picture.value * within.value, encoding.picture.scale * within.scale};
         expect(number, encoding.picture * number + length, "anywhere ");
@@ -244,7 +244,7 @@ TEST(FrameReader, showsPicturesUprightInSquarePixels) {
         };
         EXPECT_EQ(at(1, 1) + " " + at(3, 1) + " " + at(1, 3) + " " + at(3, 3), "000 010 100 001") << one.name;
     }
-    // The rotation that a camera writes which was held upright.
+    // A rotation, as a camera that is held upright writes it.
     const std::string turned = folder.path("turned.mov");
     const std::string turning = "ffmpeg -nostdin -v error -y -i '" + folder.path("hd.mov") +
                                 "' -c copy -metadata:s:v rotate=90 '" + turned + "'";

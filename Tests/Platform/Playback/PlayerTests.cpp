@@ -190,7 +190,7 @@ TEST_P(PlayerSync, showsTheFrameAndPlaysTheSampleOfTheTime) {
     EXPECT_EQ(player_->rate(), 1);
     EXPECT_EQ(wrong, 0);
 
-    // Pictures that a shuttle skips are not dropped ones.
+    // Pictures that a shuttle skips do not count as dropped.
     player_->seek({});
     player_->setRate(8);
     advance(0.1);

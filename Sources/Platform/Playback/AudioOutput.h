@@ -45,8 +45,8 @@ class AudioOutput {
     virtual bool start(AudioRenderer& renderer) = 0;
     /// When it returns, no call of the renderer is running.
     virtual void stop() = 0;
-    /// If no device is open, reads the list of the machine's devices again at once, because the user wants to
-    /// hear something.
+    /// Where no device is open, the machine's are read anew at once, as somebody wants to hear something; not
+    /// where the last one swallowed sound without playing it.
     virtual void lookForDevice() {}
     /// From rendering a frame to hearing it.
     virtual std::chrono::nanoseconds latency() const = 0;

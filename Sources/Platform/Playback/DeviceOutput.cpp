@@ -173,7 +173,8 @@ std::optional<nanoseconds> DeviceOutput::tick() {
         }
     }
     if (core.isOpen && !core.isBusy && takesDevice(now)) return now + watchInterval;
-    if (core.isLookedFor.exchange(false)) {
+    // One that swallows sound stays what it is, and each attempt moves the line.
+    if (core.isLookedFor.exchange(false) && !core.isUnpaced) {
         nextTry_ = std::min(nextTry_, now);
         retryAfter_ = firstRetry;
     }
@@ -192,10 +193,7 @@ bool DeviceOutput::takesDevice(nanoseconds now) {
         closeDevice();
         return false;
     }
-    if (!quietSince_) {
-        openedAt_ = now;
-        core.isUnpaced = false;
-    }
+    if (!quietSince_) openedAt_ = now;
     quietSince_.reset();
     core.isFirstOfDevice = true;
     core.lastAsked = now.count();
@@ -208,6 +206,7 @@ void DeviceOutput::openDevice(nanoseconds now) {
     nextTry_ = now + retryAfter_;
     retryAfter_ = std::min<nanoseconds>(retryAfter_ * 2, longestRetry);
     core_->isBusy = true;
+    core_->isUnpaced = false;
     if (threads_ == Threads::caller) return core_->open();
     if (!devices_) devices_ = SerialQueue::create("sound-devices");
     devices_->post([core = core_] { core->open(); });

@@ -4,21 +4,17 @@
 #include "Platform/Playback/PictureTrack.h"
 #include "Platform/Playback/Player.h"
 #include "Platform/Playback/PlayerHost.h"
+#include "Platform/Playback/PlayerOpening.h"
 #include "Platform/Playback/SoundTrack.h"
 #include "Platform/Realtime/Threads.h"
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
-#include <system_error>
-#include <thread>
 #include <utility>
 
 namespace orvane::platform {
 
 namespace {
-
-using OpenSound = std::function<std::unique_ptr<AudioFile>()>;
 
 constexpr double highestRate = 32;
 /// Reports a second where the file tells no rate of pictures.
@@ -30,29 +26,6 @@ constexpr double mostReports = 120; ///< a second
 constexpr std::chrono::milliseconds longestStart{400};
 /// After a change of the rate, the decoder comes from the places that the rate before had reached.
 constexpr double settlingSeconds = 0.3;
-
-/// What one thread opened, on its way to another.
-template <class T>
-using Passed = std::shared_ptr<std::unique_ptr<T>>;
-template <class T>
-Passed<T> passed(std::unique_ptr<T> opened) {
-    return std::make_shared<std::unique_ptr<T>>(std::move(opened));
-}
-
-/// Not so where the folder may not be looked into.
-bool isNothingAt(const std::string& path) {
-    std::error_code failure;
-    return std::filesystem::status(path, failure).type() == std::filesystem::file_type::not_found;
-}
-
-/// Ends on a thread of its own what waits for its own thread to end, which may wait for a disk.
-void endElsewhere(std::shared_ptr<void> ended) {
-    if (!ended) return;
-    try {
-        std::thread([ended = std::move(ended)]() mutable { ended.reset(); }).detach();
-    } catch (const std::system_error&) { // no thread left
-    }
-}
 
 /// How the clip runs along the frames of the output.
 struct Motion {
@@ -84,15 +57,10 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         openSound();
         if (!waitsForPicture_) return;
         post(
-            pictureQueue_,
-            [path = item_.videoPath] {
-                auto decoder = VideoDecoder::open(path);
-                const bool isMissing = !decoder && isNothingAt(path);
-                return std::pair(passed(std::move(decoder)), isMissing);
-            },
-            [](PlayerCore& self, const std::pair<Passed<VideoDecoder>, bool>& opened) {
-                self.facts_.isVideoMissing = opened.second;
-                self.takePicture(std::move(*opened.first));
+            opening_.get_token(), pictureQueue_, [path = item_.videoPath] { return openPicture(path); },
+            [](PlayerCore& self, const OpenedPicture& opened) {
+                self.facts_.isVideoMissing = opened.isMissing;
+                self.takePicture(std::move(*opened.decoder));
             });
     }
 
@@ -224,15 +192,10 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
   private:
     // Opening.
 
-    /// Runs `work` on the queue and hands what it gives to `then` on this thread, unless the item was
-    /// replaced meanwhile.
+    /// Runs `work` on the queue and hands what it gives to `then` on this thread, unless it is stopped
+    /// meanwhile.
     template <class Work, class Then>
-    void post(const std::unique_ptr<SerialQueue>& queue, Work work, Then then) {
-        postWith(opening_.get_token(), queue, std::move(work), std::move(then));
-    }
-    template <class Work, class Then>
-    void postWith(const std::stop_token& stop, const std::unique_ptr<SerialQueue>& queue, Work work,
-                  Then then) {
+    void post(const std::stop_token& stop, const std::unique_ptr<SerialQueue>& queue, Work work, Then then) {
         queue->post(
             [weak = weak_from_this(), main = host_->sharedMainThread(), stop, work = std::move(work),
              then = std::move(then)]() mutable {
@@ -249,16 +212,11 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
     void openSound() {
         soundOpening_.request_stop();
         soundOpening_ = std::stop_source();
-        postWith(
+        post(
             soundOpening_.get_token(), soundQueue_,
-            [open = item_.openSound, path = item_.videoPath] {
-                std::unique_ptr<AudioFile> file = open ? open() : nullptr;
-                const bool isOwn = !file;
-                if (!file && !path.empty()) file = AudioFile::openAllTracks(path);
-                return std::pair(passed(std::move(file)), isOwn);
-            },
-            [](PlayerCore& self, const std::pair<Passed<AudioFile>, bool>& opened) {
-                self.takeSound(std::move(*opened.first), opened.second);
+            [open = item_.openSound, path = item_.videoPath] { return openSoundOf(open, path); },
+            [](PlayerCore& self, const OpenedSound& opened) {
+                self.takeSound(std::move(*opened.file), opened.isOwn);
             });
     }
 

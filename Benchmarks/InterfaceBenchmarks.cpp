@@ -1,10 +1,12 @@
 #include "InterfaceBenchmarks.h"
 
 #include "Corpus.h"
+#include "Sound.h"
 #include "Table.h"
 
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "Platform/Files.h"
 #include "Platform/InterfaceThread.h"
 
@@ -33,8 +35,9 @@ using platform::JSON;
 using std::chrono::nanoseconds;
 
 constexpr int clips = 5000;
-constexpr int channels = 8;
-constexpr int mostRounds = 3; ///< repeated while a piece is too long: others use the machine too
+constexpr int channels = recordedChannels;
+constexpr std::uint32_t soundRate = 48000;
+constexpr int mostRounds = 3; ///< while a piece is too long: others use the machine too
 
 /// The longest piece of each name since the last call of `take`.
 class Pieces {
@@ -77,10 +80,28 @@ class Shoot {
         AssetCorpus corpus = assetCorpus(clips / 10, clips / 10, 0);
         StoredWork work{{}, {}, matchedGroups(clips, channels)};
         for (MediaAsset& audio : corpus.audios) work.wildTracks.emplace_back(std::move(audio));
+        const std::string sound = folder + ".wav"; // kept from one session to the next
+        makeRecording(sound, 1, soundRate);
+        work.syncGroups.updateWhere([](const SyncGroup&) { return true; },
+                                    [&](SyncGroup& group) {
+                                        MediaAsset heard = group.audioMatches.front().audio;
+                                        heard.url = FileURL(sound);
+                                        group.audioMatches.front().audio = std::move(heard);
+                                    });
         context.controller->openStoredWork(std::move(work));
         finish(context.sessions->flush());
     }
-    /// Runs the command in the loop until it has ended and its changes are written.
+    /// Analyses all clips, which have a minute of sound each, and then changes all of them in one step.
+    void analyse() {
+        ImportController& controller = *context.controller;
+        finish(controller.smartAudio().runSmartAudioAnalysis(SmartAudioMode::standard, false));
+        controller.withUndo(undoSteps::toggleApproved, [&] {
+            const SyncGroupList groups = controller.work().syncGroups();
+            for (const SyncGroup& group : groups) controller.clips().toggleApproved(group.id);
+        });
+        finish(context.sessions->flush());
+    }
+    /// Runs it in the loop until it has ended and what it set off is written.
     void run(const Command& command) {
         loop_->post([&, name = std::string(command.id)] {
             platform::nameInterfaceWork(name.c_str());
@@ -163,6 +184,8 @@ Longest measured(const std::string& folder, std::size_t command) {
     const auto isTooLong = [](const auto& piece) { return piece.second > platform::longestInterfaceWork; };
     for (int round = 0; round < mostRounds; ++round) {
         Shoot shoot(folder);
+        // What is analysed is kept by who takes a step back.
+        if (commands::allCommands().at(command).id == "undo") shoot.analyse();
         pieces().take();
         shoot.run(commands::allCommands().at(command));
         for (const auto& [work, used] : pieces().take()) {

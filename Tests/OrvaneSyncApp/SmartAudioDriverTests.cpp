@@ -356,9 +356,8 @@ TEST_F(SmartAudioDriverTest, passesOverWhatHasGoneWhileItListened) {
 
 TEST_F(SmartAudioDriverTest, aResultAnswersWhatTheClipIsWhenItComes) {
     const auto check = [&](const char* change, const std::function<void(const UUID&)>& meanwhile,
-                           bool isHeardIfUnknown, const Tracks& expectedActive, bool isKept = false) {
+                           bool isHeard, const Tracks& expectedActive) {
         for (const bool wasKnown : {false, true}) {
-            const bool isHeard = isHeardIfUnknown || (wasKnown && isKept);
             SCOPED_TRACE(std::string(change) + (wasKnown ? ", known before" : ""));
             finish(controller_->scan().startScan());
             const UUID id = clip("A001")->id;
@@ -378,8 +377,14 @@ TEST_F(SmartAudioDriverTest, aResultAnswersWhatTheClipIsWhenItComes) {
         }
     };
     check("nothing", [](const UUID&) {}, true, {2});
-    check(
-        "undone", [&](const UUID&) { controller_->undo(); }, false, {2}, true);
+    check("undone", [&](const UUID&) { controller_->undo(); }, true, {2});
+    check("the channel taken from the algorithm, and undone",
+          [&](const UUID& id) {
+              controller_->withUndo(undoSteps::toggleAlgorithmInclusion,
+                                    [&] { controller_->tracks().toggleAlgorithmInclusion(id, 2); });
+              controller_->undo();
+          },
+          true, {2});
     check("put back to auto", [&](const UUID& id) { controller_->clips().resetClipToAutoSync(id); }, false,
           {});
     check("its recording taken away",

@@ -280,7 +280,7 @@ void OpenWork::applyStep(bool isUndo) {
         projectEntries_ = std::move(target.projectEntries);
         setClips(std::move(target.groups), std::move(wildTracks));
         if (isOfOtherScan && whenScanTakenBack) whenScanTakenBack(scan_);
-        if (whenTakenBack) whenTakenBack();
+        if (whenTakenBack) whenTakenBack(clipsBefore);
         notify(ImportField::undoState);
     });
 }

@@ -90,8 +90,9 @@ class OpenWork : public WorkState {
     /// and the end: these clips of theirs, and the present ones, without the change.
     void addStepSince(std::uint64_t mark, const UndoStep& step, std::vector<SyncGroupList> clipsOfSteps,
                       SyncGroupList clipsBefore);
-    /// Called within every undo and redo that changed the clips: for what was derived from them.
-    std::function<void()> whenTakenBack;
+    /// Called within every undo and redo that changed the clips, with those before it: for what was derived
+    /// from them.
+    std::function<void(const SyncGroupList& clipsBefore)> whenTakenBack;
     /// Called within an undo or redo that leads to the clips of another scan; null: to clips of none.
     std::function<void(const std::shared_ptr<const ScanOutcome>&)> whenScanTakenBack;
 

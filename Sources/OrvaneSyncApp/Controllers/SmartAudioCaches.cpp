@@ -31,7 +31,6 @@ void SmartAudioCaches::removeAllRenderedAudio() {
 }
 
 void SmartAudioCaches::invalidateCachesAfterUndo() {
-    ++removalsOfAll_;
     state.results.clear();
     routed.clear();
     state.passedOver.clear();
@@ -47,13 +46,23 @@ void SmartAudioCaches::removeAll() {
     state.slatesUnread.clear();
     lastVIInput.clear();
     setAside_ = {};
+    ++removalsOfAll_;
     invalidateCachesAfterUndo();
 }
 
-void SmartAudioCaches::setAsideAfterUndo() {
-    setAside_.results.merge(state.results);
-    setAside_.routed.merge(routed);
-    setAside_.passedOver.merge(state.passedOver);
+void SmartAudioCaches::setAsideAfterUndo(const SyncGroupList& clipsBefore) {
+    if (setAside_.isEmpty()) {
+        setAside_ = {.results = std::exchange(state.results, {}),
+                     .routed = std::exchange(routed, {}),
+                     .passedOver = std::exchange(state.passedOver, {}),
+                     .rendered = {},
+                     .clips = clipsBefore};
+    } else {
+        setAside_.results.merge(state.results);
+        setAside_.routed.merge(routed);
+        setAside_.passedOver.merge(state.passedOver);
+        setAside_.clips = {};
+    }
     for (const auto& [groupID, file] : state.mixdownURLs) setAside_.rendered.insert(groupID);
     invalidateCachesAfterUndo();
 }

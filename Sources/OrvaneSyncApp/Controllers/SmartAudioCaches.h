@@ -7,7 +7,6 @@
 #include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
 
 #include <cstdint>
-#include <map>
 #include <set>
 #include <unordered_map>
 #include <unordered_set>
@@ -42,9 +41,10 @@ struct RoutedClip {
 /// What was emptied of the state because a step was taken back.
 struct SmartAudioSetAside {
     SmartAudioResults results;
-    std::map<UUID, RoutedClip> routed;
+    std::unordered_map<UUID, RoutedClip> routed;
     std::unordered_set<UUID> passedOver;
     std::unordered_set<UUID> rendered; ///< clips whose blocks were rendered
+    SyncGroupList clips;               ///< of which all of it was known; empty: of several states of them
 
     bool isEmpty() const { return results.empty() && passedOver.empty(); }
 };
@@ -55,7 +55,7 @@ class SmartAudioCaches {
     explicit SmartAudioCaches(OpenWork& work) : work_(work) {}
 
     SmartAudioState state;
-    std::map<UUID, RoutedClip> routed; ///< of the clips with a result
+    std::unordered_map<UUID, RoutedClip> routed; ///< of the clips with a result
     /// Of the latest preview of each clip, also of one that could not be made.
     std::unordered_map<UUID, VoiceIsolationInput> lastVIInput;
 
@@ -67,13 +67,13 @@ class SmartAudioCaches {
     /// Previews of Voice Isolation and slates stay: they depend on nothing that undoing brings back.
     void invalidateCachesAfterUndo();
     /// The same, keeping what is emptied until it is taken: of several calls in a row all of it, once for
-    /// each clip.
-    void setAsideAfterUndo();
+    /// each clip. `clipsBefore`: those of which it was known.
+    void setAsideAfterUndo(const SyncGroupList& clipsBefore);
     SmartAudioSetAside takeSetAside() { return std::exchange(setAside_, {}); }
     /// The clips that they belong to are no more.
     void removeAll();
 
-    /// How often the results of the clip were thrown away: tells a result that comes after that.
+    /// How often the results of the clip were thrown away for good: tells a result that comes after that.
     std::uint64_t removals(const UUID& groupID) const;
 
   private:

@@ -79,8 +79,8 @@ platform::Task SmartAudioController::reanalyseAll() {
     return runs_.analyse(std::move(analysed), termsForOneClip(), false, Loudness::measure);
 }
 
-void SmartAudioController::emptyAfterUndo() {
-    caches_.setAsideAfterUndo();
+void SmartAudioController::emptyAfterUndo(const SyncGroupList& clipsBefore) {
+    caches_.setAsideAfterUndo(clipsBefore);
     work_.environment.mainThread->post([weak = work_.weak(this)] {
         if (const auto self = weak.lock()) self->restoreAfterUndo();
     });

@@ -38,7 +38,7 @@ class SmartAudioController {
 
     /// Within an undo or redo: empties what was made from the clips. On the next turn of the interface thread
     /// the results of the clips that are asked of as they were are back; the others are to be analysed again.
-    void emptyAfterUndo();
+    void emptyAfterUndo(const SyncGroupList& clipsBefore);
     /// Brings them back at once, for who asks for them in the same turn: the next command of `serve` may.
     void restoreAfterUndo();
 

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <tuple>
 #include <utility>
 
 namespace orvane {
@@ -55,11 +56,49 @@ AnalysisInput analysisInput(const SyncGroup& group) {
 std::optional<std::set<int>> tracksToSwitchOn(const SyncGroup& group,
                                               const std::vector<BlockDecision>& blocks,
                                               bool forceOverwriteManualTracks) {
-    std::set<int> active;
+    if (!forceOverwriteManualTracks && group.hasManualTrackEdits()) return std::nullopt;
+    std::vector<int> tracks; // few, of many blocks
     for (const BlockDecision& block : blocks)
-        if (block.activeTrack > 0) active.insert(block.activeTrack);
-    if (active.empty() || (!forceOverwriteManualTracks && group.hasManualTrackEdits())) return std::nullopt;
-    if (group.manualActiveTracks == active && group.tracksManuallyEdited == false) return std::nullopt;
+        if (block.activeTrack > 0 && std::ranges::find(tracks, block.activeTrack) == tracks.end())
+            tracks.push_back(block.activeTrack);
+    std::set<int> active(tracks.begin(), tracks.end());
+    if (active.empty() || (group.manualActiveTracks == active && group.tracksManuallyEdited == false))
+        return std::nullopt;
+    return active;
+}
+
+/// Whether nothing tells two states of a clip apart that a result depends on, or the tracks it switches on.
+/// Looks at what is at hand: a take is not put together.
+bool areHeardAlike(const SyncGroup& before, const SyncGroup& now) {
+    const auto decided = [](const SyncGroup& group) {
+        return std::tie(group.video.durationSeconds, group.algorithmExcludedTracks,
+                        group.manualBlockOverrides, group.manualAudioOffsetSeconds, group.manualActiveTracks,
+                        group.tracksManuallyEdited);
+    };
+    return decided(before) == decided(now) &&
+           std::ranges::equal(before.audioMatches, now.audioMatches,
+                              [](const AudioMatch& a, const AudioMatch& b) {
+                                  return &*a.audio == &*b.audio && a.syncOffsetSeconds == b.syncOffsetSeconds;
+                              });
+}
+
+/// Takes the clip's result out unless it is asked of as it was; where it is, lays the ranges by hand over it
+/// as they are by now. Gives the tracks to switch on.
+std::optional<std::set<int>> tracksIfUnchanged(SmartAudioSetAside& aside, const SyncGroup& group) {
+    const bool isPassedOver = !group.isMOS() && hasNoCandidates(group);
+    if (!isPassedOver) aside.passedOver.erase(group.id);
+    const auto result = aside.results.find(group.id);
+    const auto routed = aside.routed.find(group.id);
+    if (result == aside.results.end()) return std::nullopt;
+    if (isPassedOver || group.isMOS() || routed == aside.routed.end() ||
+        analysisInput(group) != routed->second.input) {
+        aside.results.erase(result);
+        return std::nullopt;
+    }
+    auto blocks = SmartAudioBlockRouter::applyOverrides(routed->second.blocks,
+                                                        SmartAudioBlockRouter::overridesInTakeTime(group));
+    auto active = tracksToSwitchOn(group, blocks, false);
+    if (blocks != result->second->blocks) result->second.edit().blocks = std::move(blocks);
     return active;
 }
 
@@ -291,6 +330,12 @@ platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, U
         SmartAudioResult result;
         if (known != nullptr) {
             result = *known;
+            // Hundreds of clips may be of one recording: each has a turn of the loop of its own.
+            auto turn = platform::onQueue(self->router_->queue(), self->work_.environment.mainThread, [] {});
+            self.reset();
+            co_await turn;
+            self = weak.lock();
+            if (!self) break;
         } else {
             const bool measures = loudness == Loudness::measure && !run->loudness.contains(request.sound);
             auto listening =
@@ -322,8 +367,9 @@ platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, U
     run->isAwaitingResult = false;
 }
 
-/// The clip as long as it is there with sound and its results were not thrown away since its turn came: a
-/// result that comes after that would bring back what the editor took back.
+/// The clip as long as it is there with sound and its results were not thrown away since its turn came. A
+/// step that is taken back throws none away for good: what is then heard belongs to the clip as it is, or the
+/// clip is asked again.
 const SyncGroup* SmartAudioRuns::stillAsked(const UUID& groupID, const Run& run) const {
     const SyncGroup* group = work_.syncGroups().find(groupID);
     const bool isAsked = group != nullptr && !group->isMOS() && caches_.removals(groupID) == run.removals;
@@ -365,24 +411,27 @@ void SmartAudioRuns::restoreUnchanged() {
     SmartAudioState& state = caches_.state;
     std::map<UUID, std::set<int>> tracks;
     const SyncGroupList clips = work_.syncGroups();
+    bool areSameClips = !aside.clips.empty() && aside.clips.size() == clips.size();
+    for (std::size_t i = 0; i < clips.size(); ++i) {
+        const SyncGroup* before = areSameClips ? aside.clips.element(i).get() : nullptr;
+        const SyncGroup& now = clips[i];
+        if (before == &now) continue;
+        areSameClips = areSameClips && before->id == now.id;
+        if (areSameClips && areHeardAlike(*before, now)) continue;
+        if (auto active = tracksIfUnchanged(aside, now)) tracks.emplace(now.id, *std::move(active));
+    }
+    if (!areSameClips)
+        std::erase_if(aside.results, [&](const auto& one) { return clips.find(one.first) == nullptr; });
+    // What was heard meanwhile is newer.
+    for (const auto& [groupID, result] : state.results) aside.results.erase(groupID);
+    for (const auto& [groupID, heard] : caches_.routed) aside.routed.erase(groupID);
+    aside.results.merge(state.results);
+    aside.routed.merge(caches_.routed);
+    aside.passedOver.merge(state.passedOver);
     work_.notices.together([&] {
-        for (const SyncGroup& group : clips) {
-            if (aside.passedOver.contains(group.id) && !group.isMOS() && hasNoCandidates(group))
-                state.passedOver.insert(group.id);
-            const auto result = aside.results.find(group.id);
-            const auto routed = aside.routed.find(group.id);
-            if (result == aside.results.end() || routed == aside.routed.end() || group.isMOS() ||
-                hasNoCandidates(group) || state.results.contains(group.id) ||
-                analysisInput(group) != routed->second.input)
-                continue;
-            auto blocks = SmartAudioBlockRouter::applyOverrides(
-                routed->second.blocks, SmartAudioBlockRouter::overridesInTakeTime(group));
-            if (blocks != result->second->blocks) result->second.edit().blocks = blocks;
-            state.results.insert(aside.results.extract(result));
-            caches_.routed.insert(aside.routed.extract(routed));
-            if (auto active = tracksToSwitchOn(group, blocks, false))
-                tracks.emplace(group.id, *std::move(active));
-        }
+        state.results = std::move(aside.results);
+        state.passedOver = std::move(aside.passedOver);
+        caches_.routed = std::move(aside.routed);
         switchTracksOn(tracks);
         for (const UUID& groupID : aside.rendered)
             if (state.results.contains(groupID)) rendered_.renderMixdown(groupID);
@@ -446,8 +495,9 @@ platform::Task SmartAudioRuns::measureClip(std::weak_ptr<SmartAudioRuns> weak, U
 }
 
 bool hasNoCandidates(const SyncGroup& group) {
+    if (group.algorithmExcludedTracks.empty()) return false;
     const int channels = takeOf(group, assumedChannels).channelCount;
-    return channels > 0 && !group.algorithmExcludedTracks.empty() && candidateTracks(group, channels).empty();
+    return channels > 0 && candidateTracks(group, channels).empty();
 }
 
 double automaticMasterGainDB(double measuredLUFS, const platform::SettingsStore& settings) {

@@ -60,6 +60,7 @@ std::vector<BlockDecision> applyOverrides(std::vector<BlockDecision> blocks,
 }
 
 std::vector<BlockOverride> overridesInTakeTime(const SyncGroup& group) {
+    if (group.manualBlockOverrides.empty()) return {};
     const Take take = takeOf(group, assumedChannels);
     const double offset = take.offsetSeconds + group.manualAudioOffsetSeconds;
     std::vector<BlockOverride> ranges;

@@ -82,7 +82,7 @@ TEST(ClipNames, AreUniqueAmongTheClipsOfADocument) {
                                take("A001C003.mov", "3", "1"),
                                take("B001C003.mov", "3", "1")};
     EXPECT_EQ(ClipNames::inDocument(groups, Source::sceneTake, std::nullopt, "-"),
-              (Names{"1-1 Cam A", "1-1", "2-1 Cam A", "2-1", "3-1 Cam A", "3-1 Cam B"}));
+              (Names{"1-1 Cam A", "1-1", "2-1 Cam A", "2-1 Cam B", "3-1 Cam A", "3-1 Cam B"}));
 }
 
 TEST(SyncClustering, clustersAndSiblings) {

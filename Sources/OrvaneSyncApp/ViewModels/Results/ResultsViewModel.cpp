@@ -194,8 +194,7 @@ void ResultsViewModel::follow(const ImportChange& change) {
         };
         // And what goes into the document has a part in the names of the other cameras.
         const auto placing = [](const SyncGroup& one) {
-            return std::tuple(one.isExcludedFromMulticam(), one.isExcludedFromExport,
-                              one.matchStatus.isSettled());
+            return std::pair(one.isExcludedFromMulticam(), one.isExcludedFromExport);
         };
         if (path(audio) != path(before) || placing(*clip) != placing(*rows_[row->second].clip))
             return layOut();

@@ -85,9 +85,7 @@ std::vector<std::string> of(const SyncGroupList& groups, GroupNaming::Source sou
 std::vector<std::string> inDocument(const SyncGroupList& groups, GroupNaming::Source source,
                                     const std::optional<std::string>& customPattern,
                                     std::string_view separator) {
-    const auto isTaken = [](const SyncGroup& group) {
-        return group.matchStatus.isSettled() && !group.isExcludedFromExport;
-    };
+    const auto isTaken = [](const SyncGroup& group) { return !group.isExcludedFromExport; };
     std::vector<std::string> names = of(groups, source, customPattern, separator);
     const SyncGroupList taken = groups.filtered(isTaken);
     if (taken.size() == groups.size()) return names;

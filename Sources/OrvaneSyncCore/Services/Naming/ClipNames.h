@@ -18,9 +18,9 @@ namespace ClipNames {
 std::vector<std::string> of(const SyncGroupList& groups, GroupNaming::Source source,
                             const std::optional<std::string>& customPattern, std::string_view separator);
 
-/// The names in a document of the whole list. The clips that are exported (settled, not excluded) are named
-/// as if the list had only them, so they get no camera letter if the other cameras of the take are not
-/// exported. The other clips are named as if all were exported.
+/// The same with the names that a document of the whole list has once all clips are settled: those that are
+/// not left out are named among themselves, without a camera letter where the other cameras of the take are
+/// out; the others as if all were in it. So deciding about a recording renames no clip.
 std::vector<std::string> inDocument(const SyncGroupList& groups, GroupNaming::Source source,
                                     const std::optional<std::string>& customPattern,
                                     std::string_view separator);

@@ -77,6 +77,9 @@ TEST_F(InspectorModelTest, theOutlineFollowsTheShootAndStepsOverTakes) {
     outline.setSearch("a001c00 12");
     EXPECT_EQ(labels(outline), (Labels{"12-3", "12-4"})) << "the take of which one camera is found";
     EXPECT_EQ(outline.neighbour(silent_, 1), a_) << "from a clip that is not shown to the first that is";
+    controller_->clips().setManualClipName(next_, "Hero");
+    outline.setSearch("12-4");
+    EXPECT_EQ(labels(outline), Labels{"Hero"}) << "by the name of before";
 }
 
 /// Takes 1 and 3 by two cameras, take 2 by the second alone, and clips without a take, which have no sound.

@@ -270,10 +270,8 @@ std::optional<std::size_t> OutlineModel::takeRowOf(const UUID& groupID) const {
 
 bool OutlineModel::isFound(const std::string& label, const SyncGroup& group) const {
     if (only_ && !only_->contains(group.id)) return false;
-    if (search_.isEmpty()) return true;
-    std::string text = label + "\n" + group.video.filename;
-    for (const AudioMatch& match : group.audioMatches) text += "\n" + match.audio->filename;
-    return search_.areIn(text);
+    return search_.isEmpty() ||
+           search_.areIn(ResultsViewModel::searchedText(group, label, controller_.work()));
 }
 
 } // namespace orvane

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
 #include "OrvaneSyncApp/ViewModels/Results/ShootOrder.h"
+#include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/EnumTable.h"
@@ -287,14 +288,24 @@ void ResultsViewModel::takeRows(std::vector<Place> rows) {
     listeners_.notify(change);
 }
 
-bool ResultsViewModel::isFound(const SyncGroup& group, const Names& names) const {
-    std::string text = names.at(group.id) + "\n" + group.video.filename;
+std::string ResultsViewModel::searchedText(const SyncGroup& group, const std::string& name,
+                                           const OpenWork& work) {
+    const FileNames& files = work.fileNames();
+    std::string text = name + "\n" + files.of(group.video);
+    if (GroupNaming::manualName(group)) {
+        const NamingRules rules = NamingRules::of(*work.environment.settings);
+        text += "\n" + GroupNaming::baseName(group, rules.source, rules.pattern, rules.separator);
+    }
     for (const AudioMatch& match : group.audioMatches) {
-        text += "\n" + match.audio->filename;
+        text += "\n" + files.of(*match.audio);
         if (match.audio->ixmlData && match.audio->ixmlData->scene)
             text += "\n" + *match.audio->ixmlData->scene;
     }
-    return search_.areIn(text);
+    return text;
+}
+
+bool ResultsViewModel::isFound(const SyncGroup& group, const Names& names) const {
+    return search_.areIn(searchedText(group, names.at(group.id), controller_.work()));
 }
 
 std::string ResultsViewModel::sortKeyText(const SyncGroup& group, const Names& names) const {

@@ -35,6 +35,9 @@ class ResultsViewModel {
     };
 
     static Certainty certaintyOf(const SyncGroup& group, bool hasDoubts);
+    /// In which a search looks for its words: the name, that of before where the editor has named the clip,
+    /// its files as rows show them, and the scenes of its recordings.
+    static std::string searchedText(const SyncGroup& group, const std::string& name, const OpenWork& work);
 
     /// Which clips are listed.
     enum class Filter : std::uint8_t {

@@ -384,6 +384,11 @@ TEST_F(ReviewModelTest, theCamerasOfATakePlayAsOne) {
     bag.setAudioSource(id_);
     bag.playAll();
     EXPECT_EQ(volumes(), std::pair(1.0F, 0.0F));
+    bag.pauseAll();
+    bag.engineFor(id_)->moveTo(bag.engineFor(id_)->transport().duration.seconds());
+    mainThread_->runPosted();
+    bag.playAll();
+    EXPECT_EQ(cameraAt(id_), 0) << "from the end it starts anew";
     // One whose time is not there yet starts at its beginning.
     bag.seekAll(1);
     mainThread_->runPosted();

@@ -137,7 +137,10 @@ void ClusterEngineBag::playAll() {
     const auto id = leaderID();
     if (!id) return;
     const VideoEngine& leader = *engines_.at(*id);
-    const MediaTime shared = leader.position() - MediaTime::fromSeconds(offsetOf(*id));
+    const MediaTime end = leader.transport().duration;
+    const bool isAtEnd = end > MediaTime() && leader.position() >= end; // who starts there starts anew
+    const MediaTime shared =
+        (isAtEnd ? MediaTime() : leader.position()) - MediaTime::fromSeconds(offsetOf(*id));
     const auto start = leader.player()->hostTime() + lead;
     for (const auto& [member, engine] : engines_)
         engine->play(shared + MediaTime::fromSeconds(offsetOf(member)), start);

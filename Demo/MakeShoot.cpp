@@ -33,6 +33,7 @@ struct Take {
     double startSeconds; ///< since midnight
     double seconds;
     bool isWild;
+    bool isSilent = false; ///< nobody speaks, as in slow motion
 };
 
 constexpr double at(int hours, int minutes, int seconds) { return hours * 3600 + minutes * 60 + seconds; }
@@ -78,6 +79,11 @@ float clap(std::size_t sample) {
     return static_cast<float>(0.8 * noise * std::exp(-decay * since));
 }
 
+/// What a microphone hears of the room, some 70 dB below full scale.
+float room(std::size_t sample) {
+    return static_cast<float>(0.0005 * std::sin(static_cast<double>(sample * sample % 8191)));
+}
+
 /// Where nobody speaks, the recorder has timecode on its spare channel.
 std::vector<std::string> trackNames(const Take& take) {
     std::vector<std::string> names;
@@ -98,6 +104,8 @@ void write(const std::string& folder, const Take& take) {
             else if (take.isWild)
                 sample = 0.001F * speech(microphones[static_cast<std::size_t>(channel)],
                                          static_cast<double>(i) / sampleRate);
+            else if (take.isSilent)
+                sample = clap(i) + room(i);
             else
                 sample = clap(i) + speech(microphones[static_cast<std::size_t>(channel)],
                                           static_cast<double>(i) / sampleRate);
@@ -157,7 +165,7 @@ void makeShoot(const std::string& folder) {
         {"DAY1_T01.WAV", "12A", "1", at(10, 0, 0), 14, false},
         {"DAY1_T02.WAV", "12A", "2", at(10, 5, 0), 12, false},
         {"DAY1_T03.WAV", "12B", "1", at(10, 12, 28), 15, false},
-        {"DAY1_T04.WAV", "13", "1", at(10, 30, 0), 10, false},
+        {"DAY1_T04.WAV", "13", "1", at(10, 30, 0), 10, false, true},
         {"DAY1_ROOMTONE.WAV", "12", "", at(10, 20, 0), 20, true},
     };
     const auto frame = [](int count) { return static_cast<double>(count) / framesPerSecond; };

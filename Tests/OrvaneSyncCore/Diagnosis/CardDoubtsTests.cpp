@@ -142,6 +142,33 @@ TEST(CardDoubts, UnitsThatShootAtOnceHaveTheirOwnSound) {
     }
 }
 
+TEST(CardDoubts, TellsWhatAnotherUnitRecordedMeanwhile) {
+    struct Case {
+        const char* name;
+        int together; ///< of four clips of each unit
+        int doubts;
+        const char* sound = "/2ND/S/U";
+    };
+    for (const Case& one : {Case{"units that meet once", 1, 2}, Case{"two cameras of one scene", 3, 0},
+                            Case{"a second recorder of one unit", 1, 0, "/MAIN/BAG/U"}}) {
+        Shot shot;
+        for (int i = 0; i < 4; ++i) {
+            const std::string number = std::to_string(i);
+            const double at = 36000 + 300 * i, other = at + (i < one.together ? 2 : 100);
+            shot.videos.push_back(clipAt("/MAIN/A/A" + number + ".mov", at, 10));
+            shot.audios.push_back(recordingAt("/MAIN/S/T" + number + ".wav", at - 3, 20));
+            shot.videos.push_back(clipAt("/2ND/C/C" + number + ".mov", other, 10));
+            shot.audios.push_back(recordingAt(one.sound + number + ".wav", other - 3, 20));
+        }
+        shot.diagnose();
+        int told = 0;
+        for (const auto& [id, own] : shot.doubts.byGroup)
+            for (const SyncDoubt& doubt : own)
+                told += doubt.message.find("of another unit, which ran") != std::string::npos ? 1 : 0;
+        EXPECT_EQ(told, one.doubts) << one.name;
+    }
+}
+
 TEST(CardDoubts, RecordingsThatCountAlikeMayBeOfTwoDays) {
     const test::TemporaryDirectory folder;
     const std::string sound(100'000, 'x'), broken = std::string(60'000, 'x') + std::string(40'000, '\0');

@@ -104,6 +104,23 @@ TEST(MulticamClusters, AreClipsThatRolledAtTheSameMoment) {
         other.manualAudioOffsetSeconds = one.movedBy;
         check(one.name, {matched(a.video, {recording(1, "T1.WAV")}), other}, one.clusters);
     }
+    for (const int apart : {0, 3}) {
+        std::vector<SyncGroup> units;
+        for (int i = 0; i < 4; ++i)
+            for (const char* unit : {"a", "b"}) {
+                const double start = 36000 + 100 * i + (*unit == 'b' && i < apart ? 50 : 0);
+                SyncGroup clip = matched(
+                    camera((unit + std::to_string(i)).c_str(), TimecodeUtils::secondsToTC(start, 25.0)).video,
+                    {recording(1, "T1.WAV")});
+                clip.video.url.path = std::string("/") + unit + "/C/" + clip.video.filename;
+                MediaAsset sound = *clip.audioMatches.front().audio;
+                sound.url.path = std::string("/") + unit + "/S/T1.WAV";
+                clip.audioMatches.front().audio = sound;
+                units.push_back(clip);
+            }
+        check("two recorders by folder", SyncGroupList(std::move(units)),
+              apart == 0 ? "a0 b0 | a1 b1 | a2 b2 | a3 b3" : "");
+    }
     check("the channels of a take, one under each",
           {matched(a.video, {recording(1, "T1_1.WAV")}),
            matched(at("10:00:00:00").video, {recording(1, "T1_2.WAV")})},

@@ -6,10 +6,12 @@
 #include "OrvaneSyncCore/Services/Matching/MeetingOrder.h"
 #include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
 #include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
+#include "OrvaneSyncCore/Services/Takes/SeparateUnits.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <string_view>
 #include <utility>
 
@@ -169,16 +171,70 @@ class SoundUnits {
     std::map<std::string_view, std::vector<UnitNearness>> cameras_; ///< by folder, of the clips' sound
 };
 
+SeparateUnits separateUnits(const Shoot& shoot) {
+    std::vector<SeparateUnits::Clip> clips;
+    for (const Shoot::Clip& clip : shoot.clips)
+        if (clip.place) clips.push_back({clip.group, clip.place->range, clip.place->knownDay()});
+    return SeparateUnits(std::move(clips));
+}
+
+/// Clips that have what another unit recorded meanwhile beside their own sound.
+class SoundOfOtherUnits {
+  public:
+    explicit SoundOfOtherUnits(const Shoot& shoot)
+        : shoot_(shoot), leavingOut_(shoot), units_(separateUnits(shoot)) {}
+
+    void addTo(ClipInDoubt& of) {
+        const MediaAsset& own = *of.group.audioMatches.front().audio;
+        for (const TakeFile& file : of.take.files) {
+            const MediaAsset& other = of.fileOf(file);
+            if (isHeard(file.role) || !units_.isOfOther(of.group, other)) continue;
+            const std::string beside =
+                shoot_.nameOf(other) + " of another unit, which ran at the same time, beside its own sound";
+            of.add(Kind::ambiguous, of.name + " has " + beside + " " + shoot_.nameOf(own),
+                   DoubtCure("take that recording off the clip, or lock the clip") + without(other, own),
+                   "has " + beside);
+            return;
+        }
+    }
+
+  private:
+    /// All of the other unit, its cameras as well: they would have this unit's sound alone.
+    const DoubtCure& without(const MediaAsset& other, const MediaAsset& own) {
+        const std::string folder = SeparateUnits::folderApart(other, own);
+        const auto [known, isNew] = cures_.try_emplace(folder);
+        if (!isNew) return known->second;
+        const auto isOthers = [&](const MediaAsset& file) { return file.url.path.starts_with(folder); };
+        std::set<UUID> clips;
+        for (const Shoot::Clip& clip : shoot_.clips)
+            if (const MediaAsset* sound = clip.group->primaryAudio(); sound != nullptr && isOthers(*sound))
+                clips.insert(clip.group->video.id);
+        const auto options =
+            leavingOut_.of([&](const MediaAsset& file) { return isOthers(file) || clips.contains(file.id); });
+        if (options)
+            known->second = DoubtCure(options->globs.empty() ? "; a scan " : "; ") +
+                            CureWay{options->options()} + " makes a document of the clip's own unit";
+        return known->second;
+    }
+
+    const Shoot& shoot_;
+    const LeavingOut leavingOut_;
+    const SeparateUnits units_;
+    std::map<std::string, DoubtCure> cures_; ///< by folder of the other unit
+};
+
 /// Other recorders than the one that is heard.
 class Rivals {
   public:
     Rivals(const Shoot& shoot, const Shoot::Clip& clip) : of_(shoot, clip) {}
 
     /// Two recorders that ran as long: which one comes first is decided by their folders' names.
-    std::vector<SyncDoubt> doubts(OtherRecorders& others, const SoundUnits& units) {
+    std::vector<SyncDoubt> doubts(OtherRecorders& others, const SoundUnits& units,
+                                  SoundOfOtherUnits& ofOthers) {
         equalRecordings(others, units);
         if (of_.doubts.empty()) ownUnit();
         if (of_.doubts.empty()) noOwnSound(units);
+        if (of_.doubts.empty()) ofOthers.addTo(of_);
         return std::move(of_.doubts);
     }
 
@@ -294,6 +350,7 @@ void addRivalDoubts(const Shoot& shoot, SyncDoubts& doubts) {
     using enum Kind;
     OtherRecorders others(shoot);
     const SoundUnits units(shoot);
+    SoundOfOtherUnits ofOthers(shoot);
     addFromEachClip(doubts, shoot, [&](const Shoot::Clip& clip) -> std::vector<SyncDoubt> {
         const SyncGroup& group = *clip.group;
         // Where the recording itself is in doubt, its rivals may be what is right.
@@ -302,7 +359,7 @@ void addRivalDoubts(const Shoot& shoot, SyncDoubts& doubts) {
             doubts.has(group.id,
                        {otherDay, otherDateFits, constantOffset, timecodeRate, notTimeOfDay, ambiguous}))
             return {};
-        return Rivals(shoot, clip).doubts(others, units);
+        return Rivals(shoot, clip).doubts(others, units, ofOthers);
     });
 }
 

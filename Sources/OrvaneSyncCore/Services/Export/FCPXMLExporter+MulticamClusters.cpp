@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/Matching/RangeIndex.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Takes/RecordedAtOnce.h"
+#include "OrvaneSyncCore/Services/Takes/SeparateUnits.h"
 
 #include <algorithm>
 #include <chrono>
@@ -50,14 +51,17 @@ std::vector<std::vector<std::size_t>> multicamClusters(const std::vector<const S
     calendar::DayStarts starts;
     std::vector<Candidate> candidates(groups.size());
     RangeIndex index;
+    std::vector<SeparateUnits::Clip> clips;
     for (std::size_t i = 0; i < groups.size(); ++i) {
         if (groups[i]->isExcludedFromMulticam()) continue;
         candidates[i].place = places.of(groups[i]->video);
         if (!candidates[i].place) continue;
         candidates[i].when = whenShot(groups[i]->video, *candidates[i].place, starts);
         index.add(candidates[i].place->range, i);
+        clips.push_back({groups[i], candidates[i].place->range, candidates[i].place->knownDay()});
     }
     index.finish();
+    const SeparateUnits units(std::move(clips));
 
     std::vector<std::vector<std::size_t>> clusters;
     std::vector<RangeIndex::Hit> hits;
@@ -70,7 +74,8 @@ std::vector<std::vector<std::size_t>> multicamClusters(const std::vector<const S
         for (const RangeIndex::Hit& hit : hits)
             if (hit.item > anchor && candidates[hit.item].maySharePlaceWith(candidates[anchor]) &&
                 std::ranges::none_of(cluster, [&](std::size_t member) {
-                    return areOfOtherMoments(*groups[member], *groups[hit.item],
+                    return units.have(*groups[member], *groups[hit.item]) ||
+                           areOfOtherMoments(*groups[member], *groups[hit.item],
                                              startOf(hit.item) - startOf(member));
                 }))
                 cluster.push_back(hit.item);

@@ -1,0 +1,117 @@
+#include "OrvaneSyncCore/Services/Takes/SeparateUnits.h"
+
+#include "OrvaneSyncCore/Models/FilePaths.h"
+#include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
+
+#include <algorithm>
+
+namespace orvane {
+
+namespace {
+
+constexpr std::size_t fewestClips = 3; // of a unit, that tell how it works
+constexpr double secondsOfADay = 86400;
+
+/// When a unit's cameras rolled, as stretches without a gap.
+class RollingTimes {
+  public:
+    explicit RollingTimes(std::vector<SyncEngine::TCRange> ranges) {
+        std::ranges::sort(ranges, {}, &SyncEngine::TCRange::startSeconds);
+        for (const SyncEngine::TCRange& range : ranges)
+            if (!stretches_.empty() && range.startSeconds <= stretches_.back().endSeconds)
+                stretches_.back().endSeconds = std::max(stretches_.back().endSeconds, range.endSeconds);
+            else
+                stretches_.push_back(range);
+    }
+    bool overlap(const SyncEngine::TCRange& range) const {
+        const auto behind =
+            std::ranges::upper_bound(stretches_, range.startSeconds, {}, &SyncEngine::TCRange::endSeconds);
+        return behind != stretches_.end() && behind->startSeconds < range.endSeconds;
+    }
+
+  private:
+    std::vector<SyncEngine::TCRange> stretches_;
+};
+
+/// On the axis of their days where all have one, else by the time of day.
+std::vector<SyncEngine::TCRange> rangesOf(const std::vector<const SeparateUnits::Clip*>& clips, bool byDay) {
+    std::vector<SyncEngine::TCRange> ranges;
+    ranges.reserve(clips.size());
+    for (const auto* clip : clips) {
+        const double shift = byDay ? secondsOfADay * static_cast<double>(*clip->day) : 0;
+        ranges.push_back({clip->range.startSeconds + shift, clip->range.endSeconds + shift});
+    }
+    return ranges;
+}
+
+/// Half of them at least.
+bool rollTogether(const std::vector<SyncEngine::TCRange>& clips,
+                  const std::vector<SyncEngine::TCRange>& others) {
+    const RollingTimes times(others);
+    return 2 * std::ranges::count_if(clips, [&](const auto& range) { return times.overlap(range); }) >=
+           std::ssize(clips);
+}
+
+bool isNearer(const SyncGroup& clip, const MediaAsset& sound, const MediaAsset& other) {
+    return UnitNearness::of(clip.video, sound) > UnitNearness::of(clip.video, other);
+}
+
+bool areOfOneSlate(const MediaAsset& a, const MediaAsset& b) {
+    return a.ixmlData && b.ixmlData && a.ixmlData->scene && a.ixmlData->take &&
+           a.ixmlData->scene == b.ixmlData->scene && a.ixmlData->take == b.ixmlData->take;
+}
+
+} // namespace
+
+SeparateUnits::SeparateUnits(std::vector<Clip> clips) : clips_(std::move(clips)) {
+    std::erase_if(clips_, [](const Clip& clip) { return clip.group->primaryAudio() == nullptr; });
+}
+
+std::string SeparateUnits::folderApart(const MediaAsset& of, const MediaAsset& from) {
+    const auto own = folderNames(of.url), others = folderNames(from.url);
+    std::string path = "/";
+    for (std::size_t i = 0; i < own.size(); ++i) {
+        path.append(own[i]) += '/';
+        if (i >= others.size() || own[i] != others[i]) return path;
+    }
+    return {};
+}
+
+std::vector<const SeparateUnits::Clip*> SeparateUnits::clipsOf(std::string_view folder) const {
+    std::vector<const Clip*> clips;
+    for (const Clip& clip : clips_)
+        if (clip.group->primaryAudio()->url.path.starts_with(folder)) clips.push_back(&clip);
+    return clips;
+}
+
+bool SeparateUnits::areApart(const MediaAsset& a, const MediaAsset& b) const {
+    std::string own = folderApart(a, b), other = folderApart(b, a);
+    if (own.empty() || other.empty()) return false;
+    if (other < own) std::swap(own, other);
+    const auto [known, isNew] = known_.try_emplace({own, other}, false);
+    if (isNew) {
+        const auto clips = clipsOf(own), others = clipsOf(other);
+        const auto areDated = [](const auto& all) {
+            return std::ranges::all_of(all, [](const Clip* clip) { return clip->day.has_value(); });
+        };
+        const bool byDay = areDated(clips) && areDated(others);
+        const auto ranges = rangesOf(clips, byDay), othersRanges = rangesOf(others, byDay);
+        known->second = std::min(clips.size(), others.size()) >= fewestClips &&
+                        !rollTogether(ranges, othersRanges) && !rollTogether(othersRanges, ranges);
+    }
+    return known->second;
+}
+
+bool SeparateUnits::have(const SyncGroup& a, const SyncGroup& b) const {
+    const MediaAsset *own = a.primaryAudio(), *other = b.primaryAudio();
+    return own != nullptr && other != nullptr && isNearer(a, *own, *other) && isNearer(b, *other, *own) &&
+           areApart(*own, *other) && !areOfOneSlate(*own, *other);
+}
+
+bool SeparateUnits::isOfOther(const SyncGroup& clip, const MediaAsset& recording) const {
+    const MediaAsset* own = clip.primaryAudio();
+    return own != nullptr && isNearer(clip, *own, recording) && areApart(*own, recording) &&
+           !areOfOneSlate(*own, recording);
+}
+
+} // namespace orvane

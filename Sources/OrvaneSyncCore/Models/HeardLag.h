@@ -34,7 +34,10 @@ struct SoundClaim {
     UUID clipID; ///< of the group
     UUID recordingID;
     double offsetSeconds = 0; ///< clip time of the recording's first sample
-    double reachSeconds = 0;  ///< the true place may be earlier or later by as much
+    double reachSeconds = 0;  ///< it may lie so much earlier or later
+    /// The place is known to a second or two, and nothing further off counts: a few seconds of the camera
+    /// tell.
+    bool isClose = false;
 
     /// The offset in the key is rounded to a second: the same clip and recording may have claims for several
     /// offsets.

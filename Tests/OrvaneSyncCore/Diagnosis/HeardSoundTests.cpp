@@ -105,6 +105,53 @@ TEST(HeardSound, OtherSoundThanWhatLiesUnderTheClipsIsToldUnlessACameraHeardIt) 
     }
 }
 
+/// A camera that counts while it runs: dates lead short clips to where they can be heard, once long ones tell
+/// how far the dates are off.
+TEST(HeardSound, ShortClipsAreHeardWhereTheDatesOfTheOthersLead) {
+    for (const double off : {0.0, 5.0}) { // of the third date
+        HeardShot shot({});
+        shot.videos.clear();
+        double counted = 3600;
+        for (int i = 0; i < 6; ++i) {
+            const std::string number = std::to_string(i);
+            const double at = 36000 + 600 * i, length = i < 3 ? 15 : 6;
+            shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", counted, length));
+            shot.videos.back().channelCount = 2;
+            shot.videos.back().contentCreatedDate =
+                *dateFromISO8601("2024-05-17T00:00:00Z") +
+                std::chrono::seconds(std::lround(at + 7 + (i == 2 ? off : 0)));
+            shot.audios.push_back(recordingAt("/S/T" + number + ".wav", at - 5, 35));
+            counted += length;
+        }
+        shot.date(shot.audios, "2024-05-17");
+        shot.match();
+        const auto ask = [&] {
+            DoubtInput input{shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames()};
+            input.heardClaims = &shot.claims;
+            return SyncDoubts::claims(input);
+        };
+        for (const SoundClaim& claim : ask()) {
+            const auto video = shot.groups.find(claim.clipID)->video.filename;
+            const bool isOwn = claim.recordingID == shot.audios[static_cast<std::size_t>(video[1] - '0')].id;
+            shot.claims[claim.key()] = {isOwn ? std::optional(-4.985) : std::nullopt, true};
+        }
+        const auto close = ask();
+        EXPECT_EQ(close.size(), off == 0 ? 3U : 0U);
+        for (const SoundClaim& claim : close) {
+            EXPECT_TRUE(claim.isClose);
+            EXPECT_NEAR(claim.offsetSeconds, -5, 0.1);
+            shot.claims[claim.key()] = {-4.985, true};
+        }
+        shot.hear();
+        int suggested = 0;
+        for (const auto& [id, own] : shot.doubts.byGroup)
+            suggested += std::ranges::any_of(own, [](const SyncDoubt& doubt) {
+                return doubt.suggestion && doubt.suggestion->recordingID;
+            });
+        EXPECT_EQ(suggested, off == 0 ? 6 : 3);
+    }
+}
+
 TEST(HeardSound, OfTwoRecordersTheOneThatWasHeardStays) {
     for (const int heard : {-1, 0, 1, 2}) { // none, the first, the other, both
         HeardShot shot({"/S/BAG/B", "/S/CART/T"});

@@ -111,10 +111,12 @@ bool isUnheard(const Shoot& shoot, const UUID& match) {
     return shoot.input.unheard != nullptr && shoot.input.unheard->contains(match);
 }
 
-bool isAudible(const Shoot::Clip& clip) {
+bool isAudible(const Shoot::Clip& clip) { return mayHaveHeard(clip, leastClaimedSeconds); }
+
+bool mayHaveHeard(const Shoot::Clip& clip, double leastSeconds) {
     const MediaAsset& video = clip.group->video;
     return !clip.group->isExcludedFromExport && video.channelCount.value_or(0) > 0 &&
-           video.durationSeconds.value_or(0) >= leastClaimedSeconds && !video.isOffspeed();
+           video.durationSeconds.value_or(0) >= leastSeconds && !video.isOffspeed();
 }
 
 const HeardClaim* heardClaim(const Shoot& shoot, const SoundClaim& claim) {

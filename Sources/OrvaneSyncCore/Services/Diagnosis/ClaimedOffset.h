@@ -56,6 +56,8 @@ bool isUnheard(const Shoot& shoot, const UUID& match);
 
 /// Whether the clip's camera recorded sound, and for so long that what is not in it means something.
 bool isAudible(const Shoot::Clip& clip);
+/// Whether it did for at least so many seconds.
+bool mayHaveHeard(const Shoot::Clip& clip, double leastSeconds);
 /// What came of it; null where nobody listened.
 const HeardClaim* heardClaim(const Shoot& shoot, const SoundClaim& claim);
 /// Whether the cameras heard these recordings where timecode lays them, most of those that they heard: one

@@ -1,7 +1,9 @@
 #include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
+#include "OrvaneSyncCore/Services/Diagnosis/HeardDates.h"
 #include "OrvaneSyncCore/Services/Diagnosis/RecordRun.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
@@ -57,6 +59,17 @@ class CountingFolders {
     std::set<std::string_view> folders_;
 };
 
+bool isWithoutTime(const Shoot::Clip& clip, const CountingFolders& counting) {
+    return !clip.place || counting.hold(clip.group->video);
+}
+bool isOpen(const Shoot::Clip& clip) {
+    return !clip.isDecided && clip.group->matchStatus.kind == MatchStatus::Kind::unmatched;
+}
+/// Clip time at which timecode lays a recording that is attached.
+double laidAt(const Shoot& shoot, const Shoot::Clip& clip, const MediaAsset& recording) {
+    return SyncEngine::matchByTimecode(clip.group->video, recording, shoot.input.rules).syncOffsetSeconds;
+}
+
 /// The pairs that may belong together, and which of them are listened to.
 struct PairsByEar {
     std::vector<PairByEar> heard;
@@ -100,10 +113,8 @@ PairsByEar pairsByEar(const Shoot& shoot) {
     platform::StopCheck check(shoot.stop);
     for (const Shoot::Clip& clip : shoot.clips) {
         check();
-        if (clip.isDecided || clip.group->matchStatus.kind != MatchStatus::Kind::unmatched ||
-            !isAudible(clip))
-            continue;
-        const bool isWithout = !clip.place || counting.hold(clip.group->video);
+        if (!isOpen(clip) || !isAudible(clip)) continue;
+        const bool isWithout = isWithoutTime(clip, counting);
         for (const MediaAsset& recording : shoot.input.recordings) {
             const double length = recording.durationSeconds.value_or(0);
             if (recording.isAtmo() || !(length > leastClaimedSeconds) || length > furthestAttachedSeconds ||
@@ -118,18 +129,87 @@ PairsByEar pairsByEar(const Shoot& shoot) {
     if (areTooMany(pairs.heard) || pairs.count > mostPairsByEar)
         std::erase_if(pairs.heard, [&](const PairByEar& pair) { return !mayBeOfDate(shoot, pair); });
     if (areTooMany(pairs.heard)) pairs.heard.clear();
-    for (PairByEar& pair : pairs.heard)
-        pair.laidSeconds =
-            SyncEngine::matchByTimecode(pair.clip->group->video, *pair.recording, shoot.input.rules)
-                .syncOffsetSeconds;
+    for (PairByEar& pair : pairs.heard) pair.laidSeconds = laidAt(shoot, *pair.clip, *pair.recording);
+    return pairs;
+}
+
+/// A clip's own recording.
+struct HeardPair {
+    PairByEar pair;
+    double offsetSeconds; ///< by hand
+};
+
+/// Of clips that were heard in one recording alone.
+std::vector<HeardPair> heardAnywhere(const Shoot& shoot) {
+    std::vector<HeardPair> result;
+    const auto pairs = pairsByEar(shoot).heard;
+    for (auto pair = pairs.begin(); pair != pairs.end();) {
+        const auto next =
+            std::find_if(pair, pairs.end(), [&](const PairByEar& other) { return other.clip != pair->clip; });
+        std::vector<HeardPair> found;
+        for (; pair != next; ++pair)
+            if (const HeardClaim* heard = heardClaim(shoot, pair->claim());
+                heard != nullptr && heard->offsetSeconds)
+                found.push_back({*pair, *heard->offsetSeconds - microphoneDelaySeconds - pair->laidSeconds});
+        if (found.size() == 1) result.push_back(found.front()); // else none, or sound that repeats
+    }
+    return result;
+}
+
+/// A clip that is too short to be heard anywhere, and where its date leads, once others of its folder told
+/// how far the dates are off.
+struct ClosePair {
+    PairByEar pair;
+    double startSeconds; ///< clip time at which the recording begins by the date
+
+    SoundClaim claim() const {
+        constexpr double reachSeconds = 2; // dates are in whole seconds
+        return {pair.clip->group->id, pair.recording->id, startSeconds, reachSeconds, true};
+    }
+};
+
+std::vector<ClosePair> closePairs(const Shoot& shoot, const std::vector<HeardPair>& heard) {
+    constexpr double leastSeconds = 4; // of a camera's sound, close to its place
+    std::map<std::string_view, std::vector<HeardStart>> starts;
+    std::set<const Shoot::Clip*> known;
+    for (const HeardPair& one : heard) {
+        known.insert(one.pair.clip);
+        if (const auto start = heardStart(shoot, *one.pair.clip, one.pair.recording->id, one.offsetSeconds))
+            starts[folderOf(one.pair.clip->group->video)].push_back(*start);
+    }
+    std::map<std::string_view, HeardDates> dates;
+    for (const auto& [folder, own] : starts)
+        if (const auto told = HeardDates::of(own); told.correction) dates[folder] = told;
+    std::vector<ClosePair> pairs;
+    if (dates.empty()) return pairs;
+    const CountingFolders counting(shoot);
+    const Cover sounds = datedRecordings(shoot);
+    for (const Shoot::Clip& clip : shoot.clips) {
+        const MediaAsset& video = clip.group->video;
+        const auto own = dates.find(folderOf(video));
+        const auto written = writtenSeconds(video);
+        const double length = video.durationSeconds.value_or(0);
+        if (own == dates.end() || !written || known.contains(&clip) || !isOpen(clip) ||
+            !mayHaveHeard(clip, leastSeconds) || !isWithoutTime(clip, counting))
+            continue;
+        const double start = own->second.startOf(video, *written);
+        const auto found = sounds.of({start, start + length});
+        if (!found) continue;
+        const Recording& sound = shoot.recordings[*found];
+        pairs.push_back({{&clip, &*sound.asset, laidAt(shoot, clip, *sound.asset)},
+                         onLine(sound.place).startSeconds - start});
+    }
     return pairs;
 }
 
 } // namespace
 
 void addClaimsByEar(const Shoot& shoot, std::vector<SoundClaim>& toHear) {
-    for (const PairByEar& pair : pairsByEar(shoot).heard)
-        if (heardClaim(shoot, pair.claim()) == nullptr) toHear.push_back(pair.claim());
+    const auto ask = [&](const SoundClaim& claim) {
+        if (heardClaim(shoot, claim) == nullptr) toHear.push_back(claim);
+    };
+    for (const PairByEar& pair : pairsByEar(shoot).heard) ask(pair.claim());
+    for (const ClosePair& close : closePairs(shoot, heardAnywhere(shoot))) ask(close.claim());
 }
 
 void addPairsNotHeard(const Shoot& shoot, SyncDoubts& doubts) {
@@ -147,27 +227,24 @@ void addPairsNotHeard(const Shoot& shoot, SyncDoubts& doubts) {
 
 void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts) {
     if (shoot.input.heardClaims == nullptr) return;
-    const auto pairs = pairsByEar(shoot).heard;
-    for (auto pair = pairs.begin(); pair != pairs.end();) {
-        const auto next =
-            std::find_if(pair, pairs.end(), [&](const PairByEar& other) { return other.clip != pair->clip; });
-        std::vector<std::pair<const PairByEar*, double>> found;
-        for (; pair != next; ++pair)
-            if (const HeardClaim* heard = heardClaim(shoot, pair->claim());
-                heard != nullptr && heard->offsetSeconds)
-                found.emplace_back(&*pair, *heard->offsetSeconds);
-        if (found.size() != 1) continue; // none, or sound that repeats
-        const auto& [own, seconds] = found.front();
-        const MediaAsset& video = own->clip->group->video;
-        const double offset = seconds - microphoneDelaySeconds - own->laidSeconds;
-        const std::string text = shoot.nameOf(*own->recording) + " in " + shoot.nameOf(video) +
+    std::vector<HeardPair> all = heardAnywhere(shoot);
+    for (const ClosePair& close : closePairs(shoot, all))
+        if (const HeardClaim* heard = heardClaim(shoot, close.claim());
+            heard != nullptr && heard->offsetSeconds)
+            all.push_back(
+                {close.pair, *heard->offsetSeconds - microphoneDelaySeconds - close.pair.laidSeconds});
+    for (const auto& [pair, offset] : all) {
+        const MediaAsset& video = pair.clip->group->video;
+        const std::string text = shoot.nameOf(*pair.recording) + " in " + shoot.nameOf(video) +
                                  " with an offset of " + framesText(offset, video);
-        doubts.byGroup[own->clip->group->id].push_back(
+        auto& told = doubts.byGroup[pair.clip->group->id];
+        for (SyncDoubt& doubt : told) doubt.suggestion.reset(); // what the clip's own camera heard is nearer
+        told.push_back(
             {.kind = SyncDoubt::Kind::noTimecode,
              .message = "what no timecode brings together, the microphones of the cameras heard: " + text,
              .cure = cureWords::asHeard("attach them by hand", "'choice' and 'offset_frames'"),
              .own = text,
-             .suggestion = SyncDoubt::Suggestion{own->recording->id, offset}});
+             .suggestion = SyncDoubt::Suggestion{pair.recording->id, offset}});
     }
 }
 

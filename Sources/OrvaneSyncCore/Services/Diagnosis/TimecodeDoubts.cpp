@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
+#include "OrvaneSyncCore/Services/Diagnosis/HeardDates.h"
 #include "OrvaneSyncCore/Services/Diagnosis/RecordRun.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
@@ -84,7 +85,7 @@ class TimecodeDoubts {
             ", and no sound can be found for it";
         const auto seconds = writtenSeconds(video);
         if (seconds) message += "; it is dated " + momentText(*seconds);
-        const DatesHeard& dates = datesHeardIn(folderOf(video));
+        const HeardDates& dates = datesHeardIn(folderOf(video));
         const bool areHeard = seconds && dates.clips > 0;
         ByDate found;
         if (areHeard)
@@ -122,56 +123,28 @@ class TimecodeDoubts {
         return found;
     }
 
-    /// What the clips of a folder that were heard say of its dates.
-    struct DatesHeard {
-        std::ptrdiff_t clips = 0; ///< that were heard
-        /// To be added to the dates; absent where these do not agree.
-        std::optional<double> correction = {};
-        bool areOfEnds = false; ///< the dates are those of the last pictures
-    };
-    const DatesHeard& datesHeardIn(std::string_view folder) {
+    const HeardDates& datesHeardIn(std::string_view folder) {
         const auto [known, isNew] = heardDates_.try_emplace(folder);
         if (!isNew) return known->second;
-        std::vector<double> atStart, atEnd;
-        for (const Shoot::Clip& clip : shoot_.clips) {
-            const MediaAsset& video = clip.group->video;
-            const auto written = writtenSeconds(video);
-            const auto start = written && folderOf(video) == folder ? heardStart(clip) : std::nullopt;
-            if (!start) continue;
-            atStart.push_back(*start - *written);
-            atEnd.push_back(*start + video.durationSeconds.value_or(0) - *written);
-        }
-        DatesHeard& heard = known->second;
-        heard.clips = std::ssize(atStart);
-        if (heard.clips < explanation::fewest) return heard;
-        const auto ofStarts = std::ranges::minmax(atStart), ofEnds = std::ranges::minmax(atEnd);
-        heard.areOfEnds = ofEnds.max - ofEnds.min < ofStarts.max - ofStarts.min;
-        const auto& [least, most] = heard.areOfEnds ? ofEnds : ofStarts;
-        constexpr double wholeSeconds = 1.2; // that dates are written in
-        if (most - least <= wholeSeconds) heard.correction = (least + most) / 2;
-        return heard;
+        std::vector<HeardStart> heard;
+        for (const Shoot::Clip& clip : shoot_.clips)
+            if (folderOf(clip.group->video) == folder)
+                if (const auto start = startHeardOf(clip)) heard.push_back(*start);
+        return known->second = HeardDates::of(heard);
     }
-    /// When the clip began by the clock of the recording in which it was heard; as dates are.
-    std::optional<double> heardStart(const Shoot::Clip& clip) const {
+    std::optional<HeardStart> startHeardOf(const Shoot::Clip& clip) const {
         const auto own = doubts_.byGroup.find(clip.group->id);
         if (own == doubts_.byGroup.end()) return std::nullopt;
         const auto heard = std::ranges::find_if(own->second, [](const SyncDoubt& doubt) {
             return doubt.kind == Kind::noTimecode && doubt.suggestion && doubt.suggestion->recordingID;
         });
         if (heard == own->second.end()) return std::nullopt;
-        const auto found = shoot_.recordingByID.find(*heard->suggestion->recordingID);
-        if (found == shoot_.recordingByID.end() || !shoot_.recordings[found->second].place.day)
-            return std::nullopt;
-        const Recording& recording = shoot_.recordings[found->second];
-        const auto laid =
-            SyncEngine::matchByTimecode(clip.group->video, *recording.asset, shoot_.input.rules);
-        return onLine(recording.place).startSeconds - laid.syncOffsetSeconds -
-               heard->suggestion->offsetSeconds;
+        return heardStart(shoot_, clip, *heard->suggestion->recordingID, heard->suggestion->offsetSeconds);
     }
-    ByDate byDatesHeard(const MediaAsset& video, double seconds, const DatesHeard& dates) {
+    ByDate byDatesHeard(const MediaAsset& video, double seconds, const HeardDates& dates) {
         const double length = video.durationSeconds.value_or(0);
         if (!dates.correction) return {};
-        const double start = seconds + *dates.correction - (dates.areOfEnds ? length : 0);
+        const double start = dates.startOf(video, seconds);
         const auto sound = datedSound().of({start, start + length});
         if (!sound) return {};
         const Recording& recording = shoot_.recordings[*sound];
@@ -341,14 +314,7 @@ class TimecodeDoubts {
         return found ? found : cover.of({seconds - length, seconds});
     }
     const Cover& datedSound() {
-        if (cover_.isEmpty()) {
-            for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
-                if (const FilePlace& place = shoot_.recordings[i].place; place.day) {
-                    const double day = static_cast<double>(*place.day) * secondsADay;
-                    cover_.add({day + place.range.startSeconds, day + place.range.endSeconds}, i);
-                }
-            cover_.finish();
-        }
+        if (cover_.isEmpty()) cover_ = datedRecordings(shoot_);
         return cover_;
     }
 
@@ -440,7 +406,7 @@ class TimecodeDoubts {
     std::map<std::string, std::vector<Written>> cards_; ///< by folder
     std::set<const Shoot::Clip*> reported_;
     std::map<std::string_view, double> behind_;         ///< as `secondsBehind`, by folder
-    std::map<std::string_view, DatesHeard> heardDates_; ///< by folder
+    std::map<std::string_view, HeardDates> heardDates_; ///< by folder
     std::set<UUID> used_;                               ///< recordings that a clip has
     Cover cover_;                                       ///< of the dated recordings, seconds since 1970
 };

@@ -244,13 +244,18 @@ HeardClaim hearClaim(const SoundClaim& claim, const FileURL& video, const TakeSo
     const OpenTake take = openTake(recording);
     if (!camera || !take) return {};
     auto own = levelsOf(camera.get(), 0, heardFarSeconds, stop);
-    const double reach = claim.reachSeconds + furthestSeconds;
+    const double reach = claim.isClose ? SoundPlace::nearSeconds : claim.reachSeconds + furthestSeconds;
     const double from = std::max(0.0, -claim.offsetSeconds - reach);
     const double to = reach - claim.offsetSeconds + heardFarSeconds;
     if (to <= from) return {};
     const auto levels = levelsOf(take.audio.get(), from, to - from, stop);
     if (camera->failedAt() || take.audio->failedAt()) return {};
-    // The sound to find must be shorter than the sound that is searched.
+    if (claim.isClose) {
+        const auto near = SoundPlace::near(own, levels, claim.offsetSeconds + from);
+        if (!near || std::abs(near->seconds) > claim.reachSeconds) return {};
+        return {claim.offsetSeconds + near->seconds, true};
+    }
+    // What is to be found has to be shorter than what it is looked for in.
     constexpr auto spare = static_cast<std::size_t>(SoundPlace::nearSeconds * SoundPlace::binsPerSecond);
     if (levels.size() < own.size() + spare) own.resize(levels.size() > spare ? levels.size() - spare : 0);
     const bool couldHear =

@@ -282,6 +282,38 @@ TEST(HeardClocks, OfSeveralRecordingsTheOneThatTheCameraHeardIsNamed) {
 }
 
 /// Beside a recorder that is right, another one whose recordings lie under no clip.
+/// A recorder that was an hour late on one card, where another card's sound stays.
+TEST(HeardClocks, WhatWasHeardOfACardIsSuggestedForItsOtherClips) {
+    Shot shot;
+    for (int i = 0; i < 12; ++i) {
+        const double at = 36000 + 410 * i + 17 * i * i, late = i < 6 ? 0 : 3600;
+        const std::string number = std::to_string(100 + i);
+        shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", at, 20));
+        shot.videos.back().channelCount = i % 2 == 0 ? 1 : 0;
+        shot.audios.push_back(recordingAt((i < 6 ? "/S1/T" : "/S2/T") + number + ".wav", at - 5 + late, 40));
+    }
+    shot.diagnose();
+    HeardClaims heard;
+    const FileNames names;
+    DoubtInput input{shot.groups, shot.audios, {}, TrimMode::noTrim, {}, names};
+    for (const bool areHeard : {false, true}) {
+        for (const SoundClaim& claim : SyncDoubts::claims(input))
+            if (areHeard) heard[claim.key()] = {claim.offsetSeconds + 0.02, true};
+        input.heardClaims = &heard;
+        shot.doubts = SyncDoubts::of(input);
+        for (std::size_t i = 0; i < shot.groups.size(); ++i) {
+            const auto& own = shot.doubts.byGroup[shot.groups[i].id];
+            ASSERT_EQ(own.empty(), i < 6) << i;
+            if (own.empty()) continue;
+            const auto& suggestion = own.front().suggestion;
+            ASSERT_EQ(suggestion.has_value(), areHeard) << i;
+            if (!areHeard) continue;
+            EXPECT_EQ(suggestion->recordingID, shot.audios[i].id);
+            EXPECT_NEAR(suggestion->offsetSeconds, -3600, 0.1);
+        }
+    }
+}
+
 TEST(HeardClocks, WhatTimecodeSuggestsIsToldAsTheCamerasHeardIt) {
     enum class Heard { nothingAsked, there, elsewhere, nothing };
     struct Case {

@@ -200,6 +200,7 @@ class ClockDoubts {
         std::vector<const Shoot::Clip*> doubted; // with those that have sound of the card by chance
         ClaimedOffset claimed(shoot_, common.widthSeconds / 2);
         LateStartsAndEarlyStops rolling;
+        std::vector<std::pair<UUID, SyncDoubt::Suggestion>> suggested; // of clips without other sound
         for (const Shoot::Clip* clip : clips_) {
             const bool mayMatch = times.mayOverlap(*clip), isLooked = isSought(one, *clip, isForAll);
             if (const auto sound = mayMatch ? times.covered(inPlace, *clip) : std::nullopt) {
@@ -216,7 +217,12 @@ class ClockDoubts {
                     times.range(sound->whole).startSeconds + offset - sound->clip.startSeconds;
                 const std::size_t part = shoot_.wholes.partAt(sound->whole, -start);
                 parts.insert(part);
-                claimed.add(*clip, part, start + shoot_.wholes.startsAt[part]);
+                const double laid = start + shoot_.wholes.startsAt[part];
+                claimed.add(*clip, part, laid);
+                if (std::ranges::all_of(clip->group->audioMatches, [&](const AudioMatch& match) {
+                        return isOn(one.card, shoot_, *match.audio);
+                    }))
+                    suggested.emplace_back(clip->group->id, suggestionOf(*clip, part, laid));
                 if (card.movedByDays == 0) rolling.add(sound->clip, times.range(sound->whole));
                 doubted.push_back(clip);
             } else if (!one.isPart && clip->primary &&
@@ -283,10 +289,26 @@ class ClockDoubts {
             cure = cureWords::listenFirst;
         else if (mayBeRoomTone && (heard.isRefuted || (lost > 0 && !heard.isConfirmed())))
             cure = notToBeMoved();
+        // Beside other sound a table keeps all in one document.
+        const bool isTable = heard.isConfirmed() && lost > 0 && !isForAll && !suggested.empty();
+        if (isTable)
+            cure = std::move(cure) + "; in one document, " +
+                   cureWords::asHeard("attach the recordings and move them by that",
+                                      "'choice' and 'offset_frames'");
         SyncDoubt doubt{Kind::constantOffset, text + common.knownTo(rate_), std::move(cure)};
-        if (!isToldLikewise(doubts_, doubt, doubted, one.name(shoot_)))
-            addCardDoubt(doubts_, std::move(doubt), doubted);
+        if (isToldLikewise(doubts_, doubt, doubted, one.name(shoot_))) return true;
+        addCardDoubt(doubts_, std::move(doubt), doubted);
+        if (isTable)
+            for (const auto& [clip, suggestion] : suggested)
+                doubts_.byGroup[clip].back().suggestion = suggestion;
         return true;
+    }
+    /// `laidSeconds`: clip time at which the recording begins once its clock is set right.
+    SyncDoubt::Suggestion suggestionOf(const Shoot::Clip& clip, std::size_t recording,
+                                       double laidSeconds) const {
+        const MediaAsset& sound = *shoot_.recordings[recording].asset;
+        const auto laid = SyncEngine::matchByTimecode(clip.group->video, sound, shoot_.input.rules);
+        return {sound.id, laidSeconds - laid.syncOffsetSeconds};
     }
     /// Those of the card's unit, as long as it is they that are in doubt; empty for all.
     std::set<std::string_view> camerasFor(const Card& card,

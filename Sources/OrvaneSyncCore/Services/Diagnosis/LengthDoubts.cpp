@@ -104,8 +104,9 @@ class LengthDoubts {
         return of_.clip.place && cutOff() && start >= of_.take.durationSeconds && start < of_.length();
     }
     static DoubtCure cureOfCut() {
-        return trimOption(TrimMode::videoDuration) + " keeps all of the picture, " +
-               trimOption(TrimMode::overlap) + " what both have";
+        // First what leaves no doubt: all of the picture has moments without sound.
+        return trimOption(TrimMode::overlap) + " keeps what both have, " +
+               trimOption(TrimMode::videoDuration) + " all of the picture";
     }
     void cutByTrim() {
         const auto cut = cutOff();

@@ -277,6 +277,26 @@ TEST(ClockDoubts, OneRecordingThroughAllClipsIsToldByTheOnlyHourThatFits) {
     }
 }
 
+TEST(ClockDoubts, TellsOfADayWithoutAnyRecording) {
+    for (const char* recorded : {"2024-05-17", "2024-05-18", ""}) {
+        Shot shot;
+        for (int i = 0; i < 4; ++i)
+            shot.videos.push_back(clipAt("/CAM/A" + std::to_string(i) + ".mov", 36000 + 300 * i, 20));
+        shot.date(shot.videos, "2024-05-17");
+        shot.date(shot.videos, "2024-05-18", 2);
+        shot.audios = {recordingAt("/S/T1.wav", 35995, 330), recordingAt("/S/WT.wav", 39000, 20)};
+        shot.date(shot.audios, "2024-05-17");
+        shot.audios.back().contentCreatedDate = dateFromISO8601(std::string(recorded) + "T00:00:00Z");
+        shot.diagnose();
+        const std::string text = LeftOver::of(shot.groups, {&shot.audios.back()}, {}, shot.doubts).text();
+        EXPECT_EQ(
+            text.starts_with("No recording of 2024-05-18 is on these cards, and 2 clips of that day have "
+                             "no sound"),
+            recorded == std::string("2024-05-17"))
+            << text;
+    }
+}
+
 TEST(ClockDoubts, OffsetsByHandTellOfTheOtherClips) {
     struct Case {
         const char* name;

@@ -2,10 +2,12 @@
 
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
 
 #include <algorithm>
 #include <map>
 #include <numeric>
+#include <set>
 #include <tuple>
 #include <utility>
 
@@ -65,6 +67,25 @@ JSON::Array toJSON(const std::vector<LeftOver::Files>& all) {
     return list;
 }
 
+/// By their dates; absent where there is no recording, or one without a day.
+std::optional<std::set<long>>
+daysRecorded(const SyncGroupList& groups, const std::vector<const MediaAsset*>& withoutClip, Places& places) {
+    std::set<long> days;
+    bool areKnown = true;
+    const auto add = [&](const MediaAsset& recording) {
+        if (recording.isAtmo()) return;
+        const auto place = places.of(recording);
+        areKnown = areKnown && place && place->day;
+        if (!areKnown) return;
+        const double end = place->range.endSeconds;
+        days.insert({*place->day, *place->day + static_cast<long>(end / secondsADay)});
+    };
+    for (const MediaAsset* recording : withoutClip) add(*recording);
+    for (const SyncGroup& group : groups)
+        for (const AudioMatch& match : group.audioMatches) add(*match.audio);
+    return areKnown && !days.empty() ? std::optional(std::move(days)) : std::nullopt;
+}
+
 } // namespace
 
 LeftOver LeftOver::of(const SyncGroupList& groups, const std::vector<const MediaAsset*>& recordings,
@@ -80,14 +101,30 @@ LeftOver LeftOver::of(const SyncGroupList& groups, const std::vector<const Media
     for (const MediaAsset* recording : recordings)
         if (const auto place = recording->isAtmo() ? std::nullopt : places.of(*recording))
             sounds.add(*recording, *place);
-    LeftOver result{std::move(clips).all(), std::move(sounds).all()};
-    if (result.clips.empty() || result.recordings.empty()) return {};
+    LeftOver result{std::move(clips).all(), std::move(sounds).all(), {}};
+    const auto recorded = daysRecorded(groups, recordings, places);
+    std::map<long, int> silent;
+    std::erase_if(result.clips, [&](const Files& files) {
+        if (!recorded || !files.day || recorded->contains(*files.day)) return false;
+        silent[*files.day] += files.count;
+        return true;
+    });
+    for (const auto& [day, count] : silent) result.silentDays.push_back({day, count});
+    if (result.clips.empty() || result.recordings.empty()) {
+        result.clips.clear();
+        result.recordings.clear();
+    }
     return result;
 }
 
 std::string LeftOver::text() const {
-    if (isEmpty()) return {};
-    return counted(countOf(clips), "clip has", "clips have") + " no sound, and " +
+    std::string text;
+    for (const auto& [day, count] : silentDays)
+        text += "No recording of " + dayText(day) + " is on these cards, and " +
+                counted(count, "clip", "clips") + " of that day " + (count == 1 ? "has" : "have") +
+                " no sound: look for the card of the recorder.\n";
+    if (clips.empty()) return text;
+    return text + counted(countOf(clips), "clip has", "clips have") + " no sound, and " +
            counted(countOf(recordings), "recording has", "recordings have") + " no picture:\n" +
            linesOf(clips, "clip", "clips") + linesOf(recordings, "recording", "recordings") +
            "If the clips were shot without sound and the recordings are wild tracks or room tone, nothing is "
@@ -100,6 +137,14 @@ JSON toJSON(const LeftOver& leftOver) {
     JSON json;
     json.set("clips", toJSON(leftOver.clips));
     json.set("recordings", toJSON(leftOver.recordings));
+    JSON::Array days;
+    for (const auto& [day, count] : leftOver.silentDays) {
+        JSON silent;
+        silent.set("day", dayText(day));
+        silent.set("count", count);
+        days.push_back(std::move(silent));
+    }
+    json.set("silentDays", std::move(days));
     return json;
 }
 

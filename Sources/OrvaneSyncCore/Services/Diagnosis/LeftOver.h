@@ -21,9 +21,15 @@ struct LeftOver {
         double lastSeconds = 0;  ///< of the last one's end
         int count = 0;
     };
-    std::vector<Files> clips, recordings; ///< by folder and day, both or neither
+    /// Clips of a day of which there is no recording at all, where all recordings are of known days.
+    struct SilentDay {
+        long day = 0;
+        int count = 0;
+    };
+    std::vector<Files> clips, recordings; ///< by folder and day, both or neither; not of silent days
+    std::vector<SilentDay> silentDays;
 
-    bool isEmpty() const { return clips.empty(); }
+    bool isEmpty() const { return clips.empty() && silentDays.empty(); }
     /// `recordings`: those without a clip. `rules`: by which the clips were matched.
     static LeftOver of(const SyncGroupList& groups, const std::vector<const MediaAsset*>& recordings,
                        const MatchRules& rules, const SyncDoubts& doubts);

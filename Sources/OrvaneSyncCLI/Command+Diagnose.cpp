@@ -45,11 +45,21 @@ std::string heardText(const ImportController& controller) {
            std::to_string(listened.unheard) + " nothing of it.\n";
 }
 
+/// Where nothing is in doubt of what was read, whoever looks at the last line alone takes all for right.
+std::string nothingInDoubt(const WorkSnapshot& work) {
+    const auto& found = work.discoveryResult;
+    if (!found || found->unreadMedia.empty()) return "Nothing is in doubt.\n";
+    const auto count = found->unreadMedia.size();
+    return "Nothing is in doubt of what was read; " + counted(count, "file", "files") +
+           " can't be read: convert " + (count == 1 ? "it" : "them") +
+           " to QuickTime, MP4, MXF, WAVE or AIFF first.\n";
+}
+
 std::string findingsText(const WorkSnapshot& work, std::span<const std::string> call) {
     if (work.scanResult()->totalFiles() == 0) return "No video or audio files found.\n";
     const std::string left = leftOver(work).text();
     if (!work.doubts().isEmpty()) return doubtsText(work, call) + left;
-    return left.empty() ? "Nothing is in doubt.\n" : left;
+    return left.empty() ? nothingInDoubt(work) : left;
 }
 
 void diagnose(Context& context, const Arguments& arguments) {

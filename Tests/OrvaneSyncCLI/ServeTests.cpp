@@ -444,6 +444,8 @@ TEST_F(ServeTest, whatTheDiskRefusesIsAnError) {
     call("newSession");
     const std::string id = *call("sessions").elements()->front().find("id")->string();
     EXPECT_NE(failure("renameSession", R"({"name":" ","sessionId":")" + id + "\"}"), "");
+    EXPECT_NE(failure("createFolder", R"({"name":" .. "})").find("'..' is no name of a folder"),
+              std::string::npos);
     call("createFolder", R"({"name":"Old"})");
     call("setSessionFolder", R"({"folder":"Old","sessionId":")" + id + "\"}");
     const std::filesystem::path sessions = work_.path("Orvane Tandrel/Sessions");

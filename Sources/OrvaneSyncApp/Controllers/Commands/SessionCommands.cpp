@@ -73,13 +73,24 @@ platform::Task decided(CommandContext& context, std::vector<UUID> changed) {
     if (const auto& problem = context.sessions->folders().writeFailure()) throw refusedByDisk(*problem);
 }
 
+/// Folders of sessions are names and no places on a disk.
+void refusePath(std::string_view name) {
+    const std::string_view trimmed = platform::text::trimmed(name);
+    if (!trimmed.empty() && trimmed.find_first_not_of("./") == std::string_view::npos)
+        throw Error(Refusal::invalidArguments,
+                    "'" + std::string(trimmed) +
+                        "' is no name of a folder for sessions; give a name such as 'Day 1'");
+}
+
 platform::Task createFolder(CommandContext& context, Call call, std::shared_ptr<JSON> result) {
+    refusePath(call.text("name"));
     *result = context.sessions->places().createFolder(call.text("name"));
     co_await decided(context, {});
 }
 
 /// Reads the list first, because another process may have moved sessions into the folder.
 platform::Task renameFolder(CommandContext& context, Call call, std::shared_ptr<JSON> result) {
+    refusePath(call.text("to"));
     co_await context.sessions->loadSessionList();
     std::vector<UUID> moved = context.sessions->list().idsIn(call.text("from"));
     *result = context.sessions->places().renameFolder(call.text("from"), call.text("to"));

@@ -65,6 +65,15 @@ std::vector<Shot> doubtedShoots() {
         }),
         ofRight([](Shot& shot) { shot.audios.push_back(recordingAt("/S/U.wav", startOfTake(0) + 12, 40)); }),
         ofRight([](Shot& shot) { shot.audios.push_back(recordingAt("/R/U.wav", startOfTake(0) - 5, 29)); }),
+        ofRight([](Shot& shot) { // another unit that rolled during the first take
+            for (auto* files : {&shot.videos, &shot.audios})
+                for (MediaAsset& file : *files) file.url.path = "/U1" + file.url.path;
+            for (std::size_t i = 0; i < 4; ++i) {
+                const double at = startOfTake(i) + (i == 0 ? 2 : 100);
+                shot.videos.push_back(clipAt("/U2/CAM/B" + std::to_string(i) + ".mov", at, 20));
+                shot.audios.push_back(recordingAt("/U2/S/U" + std::to_string(i) + ".wav", at - 4, 29));
+            }
+        }),
         ofRight([](Shot& shot) { shot.audios[0].durationSeconds = 9; }),
         ofRight([](Shot& shot) { shot.audios[0].heldShare = 0.4; }),
         ofRight([](Shot& shot) { // a recorder that knows no time

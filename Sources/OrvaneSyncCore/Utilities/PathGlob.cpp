@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <utility>
 
 namespace orvane {
 
@@ -10,16 +11,15 @@ namespace {
 constexpr std::string_view anyFolders = "**";
 constexpr std::size_t none = std::string_view::npos;
 
-/// Without empty names and "."
-std::vector<std::string> namesOf(std::string_view path) {
-    std::vector<std::string> names;
+/// Takes the next name off the path, without empty names and "."; empty at its end.
+std::string_view takeName(std::string_view& path) {
     while (!path.empty()) {
         const std::size_t slash = path.find('/');
         const std::string_view name = path.substr(0, slash);
-        if (!name.empty() && name != ".") names.emplace_back(name);
         path.remove_prefix(slash == none ? path.size() : slash + 1);
+        if (!name.empty() && name != ".") return name;
     }
-    return names;
+    return {};
 }
 
 /// The number of bytes of the first character. An invalid byte counts as one character.
@@ -99,14 +99,18 @@ bool matchesName(std::string_view pattern, std::string_view name) {
 PathGlob::PathGlob(std::string_view pattern) {
     while (pattern.ends_with('/')) pattern.remove_suffix(1);
     isForWholePath_ = pattern.find('/') != none;
-    names_ = namesOf(pattern);
+    for (std::string_view name = takeName(pattern); !name.empty(); name = takeName(pattern))
+        names_.emplace_back(name);
 }
 
-bool PathGlob::matches(std::string_view path) const {
-    const std::vector<std::string> names = namesOf(path);
+bool PathGlob::matches(std::string_view path) const { return matches(path, false); }
+
+bool PathGlob::matchesOrHolds(std::string_view path) const { return matches(path, true); }
+
+bool PathGlob::matches(std::string_view path, bool orFolderAbove) const {
     if (names_.empty()) return false;
     if (!isForWholePath_) {
-        for (const std::string& name : names)
+        for (std::string_view name = takeName(path); !name.empty(); name = takeName(path))
             if (matchesName(names_.front(), name)) return true;
         return false;
     }
@@ -118,7 +122,7 @@ bool PathGlob::matches(std::string_view path) const {
     };
     reached[0] = true;
     skipFolders();
-    for (const std::string& name : names) {
+    for (std::string_view name = takeName(path); !name.empty(); name = takeName(path)) {
         std::vector<bool> next(reached.size());
         for (std::size_t i = 0; i < names_.size(); ++i) {
             if (!reached[i]) continue;
@@ -129,6 +133,7 @@ bool PathGlob::matches(std::string_view path) const {
         }
         reached = std::move(next);
         skipFolders();
+        if (orFolderAbove && reached.back()) return true;
     }
     return reached.back();
 }

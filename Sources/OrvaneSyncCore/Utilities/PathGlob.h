@@ -17,8 +17,12 @@ class PathGlob {
     /// matches if any name in the path matches it; any other pattern must match the whole path. A slash at
     /// the end of the pattern is ignored.
     bool matches(std::string_view path) const;
+    /// The path, or one of the folders above it.
+    bool matchesOrHolds(std::string_view path) const;
 
   private:
+    bool matches(std::string_view path, bool orFolderAbove) const;
+
     std::vector<std::string> names_;
     bool isForWholePath_ = false;
 };

@@ -61,12 +61,7 @@ bool PassedOver::leavesOut(const std::string& path) const {
     for (const std::string& root : roots_) {
         if (!path.starts_with(root)) continue;
         isFound = true;
-        const std::string_view below = std::string_view(path).substr(root.size());
-        bool isPassedOver = glob_.matches(below);
-        for (std::size_t slash = below.find('/'); slash != std::string_view::npos && !isPassedOver;
-             slash = below.find('/', slash + 1))
-            isPassedOver = glob_.matches(below.substr(0, slash));
-        if (!isPassedOver) return false;
+        if (!glob_.matchesOrHolds(std::string_view(path).substr(root.size()))) return false;
     }
     return isFound;
 }

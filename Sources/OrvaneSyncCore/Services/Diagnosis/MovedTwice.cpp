@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <unordered_map>
 #include <variant>
 
 namespace orvane {
@@ -42,9 +43,12 @@ class MovedClips {
   private:
     std::ptrdiff_t movedAgainBy(const CureWay& way) const {
         const KeptFiles kept(shoot_.input.folders, way);
+        std::unordered_map<std::size_t, bool> isKept; // by recording, of which several clips have one
         return std::ranges::count_if(clips_, [&](const Shoot::Clip* clip) {
             platform::throwIfStopped(shoot_.stop);
-            return kept.has(clip->group->video) && kept.has(*clip->group->primaryAudio());
+            const auto [sound, isNew] = isKept.try_emplace(*clip->primary, false);
+            if (isNew) sound->second = kept.has(*clip->group->primaryAudio());
+            return sound->second && kept.has(clip->group->video);
         });
     }
 

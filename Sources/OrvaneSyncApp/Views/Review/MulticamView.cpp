@@ -234,6 +234,7 @@ void MulticamView::follow() {
     std::vector<UUID> members;
     for (const auto& [id, label] : multicam_->bag().memberLabels()) members.push_back(id);
     if (members != shown_) {
+        returnsToFullscreen_ = (fullscreen_ || returnsToFullscreen_) && !members.empty();
         shown_ = std::move(members);
         layOut();
         if (!shown_.empty()) showTake();
@@ -286,6 +287,10 @@ void MulticamView::layOut() {
             if (field == VideoEngineField::playhead || field == VideoEngineField::transport)
                 cell->showTimecode();
             if (field == VideoEngineField::transport) {
+                if (returnsToFullscreen_ && cell->id == multicam_->bag().audioSourceMemberID()) {
+                    toggleFullscreen(); // does nothing before the camera has a picture
+                    returnsToFullscreen_ = !fullscreen_;
+                }
                 actions_.action(KeyAction::playPause)
                     ->setIcon(icon(multicam_->bag().isPlaying() ? Glyph::pause : Glyph::play));
                 strip_->follow();

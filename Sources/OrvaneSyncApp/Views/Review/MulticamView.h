@@ -57,6 +57,7 @@ class MulticamView : public WorkScreen {
     CameraStrip* strip_;
     KeyOverlay* keys_;
     std::unique_ptr<FullscreenManager> fullscreen_; ///< of the camera that was sent there
+    bool returnsToFullscreen_ = false;              ///< once the next take can be seen
     std::vector<Cell*> cells_;
     std::vector<UUID> shown_;
     std::vector<platform::Subscription> ofEngines_;

@@ -147,7 +147,7 @@ TEST_F(InspectorTest, boxesAndChoicesAreCommandsAndSectionsFoldForGood) {
     method.setCurrentIndex(2);
     Q_EMIT method.activated(2);
     EXPECT_EQ(clip("A001C001").syncMethod, SyncMethod::manual);
-    QTest::mouseClick(&button("Lock sync as verified"), Qt::LeftButton);
+    QTest::mouseClick(&button("Lock"), Qt::LeftButton);
     EXPECT_TRUE(clip("A001C001").isLocked);
     serve();
     EXPECT_FALSE(button("Attach…").isEnabled()) << "a locked clip keeps its recordings";

@@ -180,7 +180,7 @@ TEST_F(ReviewTest, TheStepsOfTheLoopAreButtonsWithTheirKeys) {
     button("+1").click();
     EXPECT_NEAR(clip(0).manualAudioOffsetSeconds, 1 / 25.0, 1e-9);
     press(Qt::Key_L, Qt::ControlModifier);
-    EXPECT_TRUE(button("Locked").isChecked());
+    EXPECT_TRUE(button("Unlock").isChecked());
     button("Lock").click();
     EXPECT_FALSE(clip(0).isLocked || button("Lock").isChecked());
     EXPECT_EQ(place(), "1 of 3");

@@ -436,7 +436,13 @@ void MainMenus::makeTools() {
     tools->addSeparator();
     tools->add(of("runSmartAudioAnalysis"), tr("Smart Audio"), 5);
     tools->add(of("toggleApproved"), of("toggleApproved")->text(), 8);
+    of("toggleApproved")
+        ->setToolTip(
+            tr("A mark for people, in the lists and in the notes of the document. Lock is what keeps "
+               "the sync as it is."));
     tools->add(of("toggleLocked"), tr("Lock"), 7);
+    of("toggleLocked")->setCheckable(true);
+    connect(of("toggleLocked"), &QAction::triggered, this, [this] { update(); }); // a click has checked it
     tools->add(rename_, tr("Rename"), 6);
     resync_ = ownEntry(tr("Re-sync"), [this] {
         if (screens_.clips().empty())
@@ -494,6 +500,11 @@ void MainMenus::update() {
         clips.size() < 2
             ? resync.text()
             : tr("Re-sync %1").arg(translatedSentence(counted(std::ssize(clips), "clip", "clips"))));
+    const SyncGroupList& all = desktop_.controller().work().syncGroups();
+    of("toggleLocked")->setChecked(!clips.empty() && std::ranges::all_of(clips, [&](const UUID& id) {
+        const SyncGroup* clip = all.find(id);
+        return clip != nullptr && clip->isLocked;
+    }));
     const commands::CommandContext& context = desktop_.context();
     scan_->setEnabled(commands::isScanIdle(context));
     introduction_->setEnabled(scan_->isEnabled());

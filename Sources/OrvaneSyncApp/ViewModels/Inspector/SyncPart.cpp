@@ -112,9 +112,7 @@ SyncPart SyncPart::of(const SyncGroup& group, double frameRate) {
                                     : "⌘⌥ Click on the audio waveform to set the sync anchor";
     addReasons(part, secondsOut);
     part.updateAnchor = part.hasAnchor ? "Update Clap Point" : "Set Clap Point";
-    part.lock = !part.hasSound  ? part.isLocked ? "Unlock the clip without sound" : "Lock as without sound"
-                : part.isLocked ? "Unlock sync verification"
-                                : "Lock sync as verified";
+    part.lock = part.isLocked ? "Unlock" : part.hasSound ? "Lock" : "Lock as without sound";
     if (isMovedSinceLock(group)) {
         const std::string frames = shownFramesText(*group.lockedAtManualOffset, part.frameRate);
         const bool isOne = frames.ends_with("1") && frames.size() <= 2; // the text has a sign

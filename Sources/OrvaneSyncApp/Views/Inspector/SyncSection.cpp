@@ -100,7 +100,7 @@ void SyncSection::makeAnchor() {
 
 void SyncSection::makeDecisions() {
     auto* buttons = new FlowLayout;
-    buttons->addWidget(lock_ = commandButton("toggleLocked", tr("Lock sync as verified")));
+    buttons->addWidget(lock_ = commandButton("toggleLocked", tr("Lock")));
     buttons->addWidget(commandButton("lockAllInCluster", {}, [this] {
         JSON arguments = JSON::object();
         arguments.set("of", clipID().text());

@@ -64,7 +64,7 @@ QPushButton* StepsBar::add(KeyAction action, const QString& text) {
 void StepsBar::showTexts() {
     const ShortcutBindings& bindings = desktop_.players().shortcuts()->bindings();
     for (Step& step : steps_) {
-        if (step.button == lock_) step.text = lock_->isChecked() ? tr("Locked") : tr("Lock");
+        if (step.button == lock_) step.text = lock_->isChecked() ? tr("Unlock") : tr("Lock");
         const auto found = bindings.find(step.action);
         const QString key = found == bindings.end() ? QString() : shownKey(found->second);
         step.button->setText(key.isEmpty() ? step.text : tr("%1   %2").arg(step.text, key));

@@ -253,7 +253,7 @@ TEST_F(TimelineViewTest, BoxesOfAChannelRunTheirCommands) {
         << titles.join(", ").toStdString();
 }
 
-TEST_F(TimelineViewTest, ARecordingOnALaneIsTakenByItsMenu) {
+TEST_F(TimelineViewTest, ARecordingOnALaneIsTakenByItsMenuOrADoubleClick) {
     open(id_);
     const auto menu = canvas().menuAt(layout().hit(layout().x(11), at(11, RowKind::recordings).y()));
     desktop_->controller().tracks().soloTrackActive(id_, 1);
@@ -261,6 +261,17 @@ TEST_F(TimelineViewTest, ARecordingOnALaneIsTakenByItsMenu) {
         if (action->text() == "Use This Recording") action->trigger();
     EXPECT_EQ(clip().audioMatches.front().audio->filename, "ZOOM0001.WAV");
     EXPECT_EQ(clip().manualActiveTracks, (std::set{1, 2})) << "it is heard, and the other one is not";
+    settle();
+    const auto other = clip().audioMatches[1].audio->filename;
+    const auto doubleClick = [&] {
+        QTest::mouseDClick(&canvas(), Qt::LeftButton, {}, at(11, RowKind::recordings));
+        settle();
+    };
+    doubleClick();
+    EXPECT_EQ(clip().audioMatches.front().audio->filename, other);
+    desktop_->controller().clips().toggleLocked(id_);
+    doubleClick();
+    EXPECT_EQ(clip().audioMatches.front().audio->filename, other) << "a locked clip keeps its own";
 }
 
 TEST_F(TimelineViewTest, ZoomsAtThePointerAndRepaintsLittleWhilePlaying) {

@@ -272,6 +272,18 @@ void TimelineCanvas::mousePressEvent(QMouseEvent* event) {
     if (gesture_ == Gesture::scrub) scrub(pressedAt_.x());
 }
 
+void TimelineCanvas::mouseDoubleClickEvent(QMouseEvent* event) {
+    const auto hit =
+        layout_ ? layout_->hit(event->position().x(), event->position().y()) : TimelineLayout::Hit();
+    if (event->button() != Qt::LeftButton || hit.spot != Spot::recording) return mousePressEvent(event);
+    if (layout_->content().isLocked)
+        return desktop_.sayWhyNot(
+            tr("The clip is locked: Ctrl+L unlocks it, then its recording can be chosen."));
+    JSON chosen = ofClip();
+    chosen.set("matchID", layout_->content().recordings[*hit.index].matchID.text());
+    desktop_.run("chooseRecording", std::move(chosen));
+}
+
 void TimelineCanvas::mouseMoveEvent(QMouseEvent* event) {
     if (!layout_) return;
     const double x = event->position().x();

@@ -11,6 +11,7 @@
 #include "OrvaneSyncApp/Views/Timeline/TimelineView.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QSplitter>
 #include <QVBoxLayout>
@@ -40,19 +41,16 @@ ReviewView::ReviewView(Desktop& desktop, ReviewActions& actions, std::function<v
     pictureColumn->addWidget(steps_ = new StepsBar(desktop, actions, [this](const UUID& clip) {
                                  return outline_->placeInList(clip);
                              }));
-    pictureColumn->addWidget(picture_ = new PictureView(desktop, review, actions), 1);
+    // An offer lies over the top of the picture: nothing moves when it comes, and it covers no control.
+    auto* place = new QGridLayout;
+    place->addWidget(picture_ = new PictureView(desktop, review, actions), 0, 0);
+    place->addWidget(new SiblingBanner(desktop, review), 0, 0, Qt::AlignTop);
+    pictureColumn->addLayout(place, 1);
     rows_->addWidget(upper);
     rows_->addWidget(timeline_ = new TimelineView(desktop, review));
     rows_->setStretchFactor(0, 1);
     columns_->addWidget(rows_);
-    auto* right = new QWidget;
-    auto* rightColumn = new QVBoxLayout(right);
-    rightColumn->setContentsMargins(0, 0, 0, 0);
-    rightColumn->setSpacing(0);
-    rightColumn->addWidget(inspector_ = new InspectorView(desktop, review), 1);
-    // Below what scrolls: neither the picture nor a control moves when an offer comes.
-    rightColumn->addWidget(new SiblingBanner(desktop, review));
-    columns_->addWidget(right);
+    columns_->addWidget(inspector_ = new InspectorView(desktop, review));
     columns_->setStretchFactor(1, 1);
     for (QSplitter* splitter : {columns_, rows_}) splitter->setChildrenCollapsible(false);
     columns_->setSizes({outlineWidth, middleWidth, inspectorWidth});

@@ -7,7 +7,6 @@
 #include <QHBoxLayout>
 #include <QKeySequence>
 #include <QShortcut>
-#include <QVBoxLayout>
 
 #include <utility>
 
@@ -20,19 +19,17 @@ SiblingBanner::SiblingBanner(Desktop& desktop, std::shared_ptr<ReviewViewModel> 
       later_(review_->engine(), [this] { refresh(); }) {
     setObjectName(QStringLiteral("siblingBanner"));
     setProperty("banner", true);
-    auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(space::medium, space::tight, space::tight, space::small);
-    column->setSpacing(space::tight);
-    auto* row = new QHBoxLayout;
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(space::medium, space::tight, space::tight, space::tight);
+    row->setSpacing(space::small);
     row->addWidget(text_, 1);
-    column->addLayout(row);
     const commands::Command& apply = desktop.command("applySiblingSuggestion");
     const QKeySequence applyKey{QLatin1String(reviewKeys::applySuggestion)};
     const QString keyName = translatedKey(reviewKeys::applySuggestion);
     QPushButton* yes =
         add("applySiblingSuggestion", button(tr("%1   %2").arg(translated(apply.title), keyName)));
     yes->setToolTip(QStringLiteral("%1 (%2)").arg(translated(apply.help), keyName));
-    column->addWidget(yes, 0, Qt::AlignLeft);
+    row->addWidget(yes);
     row->addWidget(add("dismissSiblingSuggestion", button({}, Glyph::cross, Weight::quiet)), 0, Qt::AlignTop);
     auto* key = new QShortcut(applyKey, this);
     connect(key, &QShortcut::activated, this, [this] { run("applySiblingSuggestion"); });

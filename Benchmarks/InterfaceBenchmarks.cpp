@@ -65,7 +65,8 @@ Pieces& pieces() {
 /// An open session as in `serve`, without players, pages and a key store.
 class Shoot {
   public:
-    explicit Shoot(const std::string& folder) : folder_(folder) {
+    /// `isOfOneRecording`: that exists and can be analysed; the others of the clips do not.
+    Shoot(const std::string& folder, bool isOfOneRecording) : folder_(folder) {
         std::filesystem::remove_all(folder);
         platform::files::createDirectories(folder);
         const auto settings = std::make_shared<platform::MemorySettingsStore>();
@@ -80,18 +81,11 @@ class Shoot {
         AssetCorpus corpus = assetCorpus(clips / 10, clips / 10, 0);
         StoredWork work{{}, {}, matchedGroups(clips, channels)};
         for (MediaAsset& audio : corpus.audios) work.wildTracks.emplace_back(std::move(audio));
-        const std::string sound = folder + ".wav"; // kept from one session to the next
-        makeRecording(sound, 1, soundRate);
-        work.syncGroups.updateWhere([](const SyncGroup&) { return true; },
-                                    [&](SyncGroup& group) {
-                                        MediaAsset heard = group.audioMatches.front().audio;
-                                        heard.url = FileURL(sound);
-                                        group.audioMatches.front().audio = std::move(heard);
-                                    });
+        if (isOfOneRecording) putOneRecordingUnder(work.syncGroups);
         context.controller->openStoredWork(std::move(work));
         finish(context.sessions->flush());
     }
-    /// Analyses all clips, which have a minute of sound each, and then changes all of them in one step.
+    /// Analyses all clips, of one recording, and then changes all of them in one step.
     void analyse() {
         ImportController& controller = *context.controller;
         finish(controller.smartAudio().runSmartAudioAnalysis(SmartAudioMode::standard, false));
@@ -114,6 +108,16 @@ class Shoot {
     CommandContext context;
 
   private:
+    void putOneRecordingUnder(SyncGroupList& groups) const {
+        const std::string sound = folder_ + ".wav"; // kept from one session to the next
+        makeRecording(sound, 1, soundRate);
+        groups.updateWhere([](const SyncGroup&) { return true; },
+                           [&](SyncGroup& group) {
+                               MediaAsset heard = group.audioMatches.front().audio;
+                               heard.url = FileURL(sound);
+                               group.audioMatches.front().audio = std::move(heard);
+                           });
+    }
     void begin(const Command& command) {
         // The caller writes and releases the answer on a queue, as `serve` does.
         const auto result = answer_ = std::make_shared<JSON>();
@@ -183,9 +187,10 @@ Longest measured(const std::string& folder, std::size_t command) {
     Longest shortest;
     const auto isTooLong = [](const auto& piece) { return piece.second > platform::longestInterfaceWork; };
     for (int round = 0; round < mostRounds; ++round) {
-        Shoot shoot(folder);
-        // What is analysed is kept by who takes a step back.
-        if (commands::allCommands().at(command).id == "undo") shoot.analyse();
+        // Who takes a step back keeps what is analysed.
+        const bool isUndo = commands::allCommands().at(command).id == "undo";
+        Shoot shoot(folder, isUndo);
+        if (isUndo) shoot.analyse();
         pieces().take();
         shoot.run(commands::allCommands().at(command));
         for (const auto& [work, used] : pieces().take()) {

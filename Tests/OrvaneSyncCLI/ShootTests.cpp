@@ -161,16 +161,23 @@ TEST_F(ShootTest, syncWritesTheDocument) {
     EXPECT_NE(toOutput.out.find("<fcpxml version=\"1.10\">"), std::string::npos);
     EXPECT_NE(toOutput.out.find("role=\"fx.Lav Anna\""), std::string::npos);
 
-    const Outcome forPeople = runWith({"sync", folder_.path(), "-o", output});
+    const Outcome forPeople =
+        runWith({"sync", folder_.path(), "-o", output, "--set", "export.splitEventsByScene=true"});
+    EXPECT_NE(forPeople.out.find(" by scene). Not in it: 1 clip"), std::string::npos) << forPeople.out;
     EXPECT_NE(forPeople.out.find("Wrote " + output +
                                  ": 3 synchronized clips (2 with sound, 1 MOS), "
-                                 "1 multicam clip, 5 source media files, in 2 events. Not in it: 1 clip"),
+                                 "1 multicam clip, 5 source media files, in "),
               std::string::npos)
         << forPeople.out;
 
     folder_.write("empty/x.txt", "");
     const Outcome nothing = runWith({"sync", folder_.path("empty"), "-o", folder_.path("none.fcpxml")});
     EXPECT_EQ(nothing.status, failed);
+    const Outcome alone =
+        runWith({"sync", folder_.path("camera"), "--exclude", "*MOS*", "-o", folder_.path("none.fcpxml")});
+    EXPECT_EQ(alone.status, failed);
+    EXPECT_NE(alone.err.find("none of them matched"), std::string::npos) << alone.err;
+    EXPECT_NE(alone.err.find("3 not matched"), std::string::npos) << alone.err;
     EXPECT_FALSE(std::filesystem::exists(folder_.path("none.fcpxml")));
 }
 

@@ -181,7 +181,7 @@ TEST_F(ReviewTest, TheStepsOfTheLoopAreButtonsWithTheirKeys) {
     EXPECT_NEAR(clip(0).manualAudioOffsetSeconds, 1 / 25.0, 1e-9);
     press(Qt::Key_L, Qt::ControlModifier);
     EXPECT_TRUE(button("Unlock").isChecked());
-    button("Lock").click();
+    button("Unlock").click();
     EXPECT_FALSE(clip(0).isLocked || button("Lock").isChecked());
     EXPECT_EQ(place(), "1 of 3");
     button("Next").click();

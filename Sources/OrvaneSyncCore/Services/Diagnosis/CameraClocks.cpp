@@ -22,17 +22,17 @@ namespace {
 
 using Kind = SyncDoubt::Kind;
 
-constexpr std::size_t mostOtherDays = 8; // of the recordings that are tried for a card, the nearest ones
+constexpr std::size_t mostOtherDays = 8; // of the recordings that are tried for a card, the nearest
 
-/// Clips of a card, and the recordings that may be theirs.
+/// Clips of a card, and the recordings that may belong to them.
 struct CameraTrial {
     const Card& card;
-    std::vector<const Shoot::Clip*> clips = {};   ///< without all of their sound
-    std::vector<const Shoot::Clip*> covered = {}; ///< by the same clock
+    std::vector<const Shoot::Clip*> clips = {};   ///< not covered by their sound
+    std::vector<const Shoot::Clip*> covered = {}; ///< the card's other clips, with the same clock
     bool isPart = false;                          ///< for other clips of the card the clock is right
-    std::optional<long> soundDay = {};            ///< of recordings that are tried on the card's day
+    std::optional<long> soundDay = {};            ///< of the recordings that are tried on the card's day
     std::vector<std::size_t> files = {};          ///< one of each recording
-    std::vector<FilePlace> sounds = {};           ///< of these
+    std::vector<FilePlace> sounds = {};           ///< the places of `files`
 };
 
 class CameraClocks {
@@ -61,7 +61,7 @@ class CameraClocks {
         if (std::cmp_less(whole.clips.size(), explanation::fewest)) return;
         CameraTrial part = partOf(whole);
         if (offsetOn(whole, chance::smallest) || offsetOn(part, chance::smallest) || !card.day) return;
-        // The date of the camera may be wrong as well, though not where its own clips are of that day.
+        // The date of the camera may be wrong as well, unless its own clips have sound of that day.
         std::vector<long> days;
         std::ranges::copy_if(suspected_.usedDays, std::back_inserter(days),
                              [&](long day) { return !card.isOf(day) && !isFilmedIn(card.folder, day); });
@@ -73,8 +73,8 @@ class CameraClocks {
                 return;
         }
     }
-    /// The clips without any sound, as long as those that have theirs lie before or behind all of them: by
-    /// their names, as a clock that is set goes back, too.
+    /// The clips without any sound, if those that have sound are all before or all after them by their names:
+    /// a clock may also be set back.
     static CameraTrial partOf(const CameraTrial& whole) {
         CameraTrial part{.card = whole.card, .isPart = true};
         if (std::cmp_less(whole.covered.size(), explanation::fewest)) return part;
@@ -92,7 +92,8 @@ class CameraClocks {
         });
     }
     void findSounds(CameraTrial& trial) const {
-        // For a part, what lies right under clips of other cameras: no camera filmed a take two times.
+        // For a part, only recordings that are not right under clips of other cameras: no camera filmed a
+        // take twice.
         std::vector<bool> isTried(shoot_.recordings.size(), !trial.isPart);
         if (trial.isPart) {
             for (const Shoot::Clip* clip : clips_)
@@ -113,7 +114,7 @@ class CameraClocks {
             if (trial.soundDay) trial.sounds.back().day = trial.card.day;
         }
     }
-    /// Whether there is a doubt.
+    /// Returns whether there is a doubt.
     bool offsetOn(CameraTrial& trial, double mostChance) {
         if (std::cmp_less(trial.clips.size(), explanation::fewest)) return false;
         findSounds(trial);
@@ -121,11 +122,11 @@ class CameraClocks {
             trial.clips, trial.sounds,
             [](double, const std::vector<const Shoot::Clip*>& looked) { return looked.size(); }, mostChance,
             rate_);
-        // By more than a day, it is the date that is wrong first; by nothing, the date alone.
+        // An offset of more than a day is first of all a wrong date; an offset of zero, only a wrong date.
         return common && std::abs(common->seconds) < secondsADay &&
                std::abs(common->seconds) > coverSlackSeconds && addOffset(trial, *common);
     }
-    /// Whether the recording is the sound of clips to which it is nearer: those of its own unit.
+    /// Whether the recording is the sound of other clips that are nearer to it, those of its own unit.
     bool isOfOtherUnit(const Shoot::Clip& clip, std::size_t whole) const {
         const MediaAsset& sound = *shoot_.recordings[whole].asset;
         const auto own = UnitNearness::of(clip.group->video, sound);
@@ -204,7 +205,7 @@ class CameraClocks {
                         trial.soundDay ? *card.day - *trial.soundDay : 0};
         auto alone = trial.isPart ? cure_.scanOfClipsBetween(*trial.clips.front(), *trial.clips.back())
                                   : cure_.scanOfClips(scan);
-        // Beside other clips a table keeps all in one document.
+        // If the card has other clips too, a table corrects these and keeps all clips in one document.
         const bool isTable = alone && heard.isConfirmed() && !trial.soundDay && trial.covered.empty();
         DoubtCure cure =
             cure_.of(scan, common.seconds).in(std::move(alone)) +

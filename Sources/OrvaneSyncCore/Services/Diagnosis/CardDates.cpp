@@ -30,8 +30,8 @@ class CardDates {
     }
 
   private:
-    /// The cards by day; those with less clips than can speak against a date are taken together, as cameras
-    /// may have a folder for each clip.
+    /// The cards by day. Cards with too few clips for evidence against a date are joined, as cameras may have
+    /// a folder for each clip.
     std::vector<Card> cardsOfManyClips() const {
         std::vector<Card> cards, small;
         for (Card& card : cardsOf(shoot_.clips))
@@ -49,7 +49,7 @@ class CardDates {
         }
         return cards;
     }
-    /// The one in which both lie, without the slash behind it.
+    /// The deepest folder that contains both, without a slash at the end.
     static std::string commonFolder(const std::string& one, const std::string& other) {
         const std::string a = one + "/", b = other + "/";
         const auto same = std::max<std::ptrdiff_t>(std::ranges::mismatch(a, b).in1 - a.begin(), 1);
@@ -57,7 +57,7 @@ class CardDates {
     }
     const Recording& primaryOf(const Shoot::Clip& clip) const { return shoot_.recordings[*clip.primary]; }
 
-    /// Where the clips of a card fit the recordings of another day clearly better than those of their own,
+    /// If the clips of a card fit the recordings of another day clearly better than those of their own day,
     /// one of the dates is wrong, whatever single clips have found.
     void wrongDateOf(const Card& card) {
         if (!card.day || sound_.byDay.empty()) return;
@@ -70,13 +70,13 @@ class CardDates {
         for (const std::size_t file : card.files) {
             const Shoot::Clip& clip = shoot_.clips[file];
             if (clip.isDecided || clip.group->matchStatus.kind == MatchStatus::Kind::mos) continue;
-            // What writes files anew dates their headers by its own clock.
+            // A program that writes files again dates their headers by its own clock.
             if (!clip.place->knownDay()) continue;
-            // Where a date was given, it has served what has its sound.
+            // A given date has helped the clips that have sound of it.
             if (shoot_.input.rules.soundDay && clip.isCovered) continue;
             const auto recorded = clip.primary ? primaryOf(clip).place.day : std::nullopt;
             if (recorded && recorded != card.day && isWrittenOn(clip.group->video, *clip.place, *recorded))
-                continue; // whatever its name says
+                continue; // whatever its name states
             clips.push_back(&clip);
             first = std::min(first, clip.place->range.startSeconds);
             last = std::max(last, clip.place->range.endSeconds);
@@ -87,14 +87,15 @@ class CardDates {
                 if (cover.of(clip->place->range)) ++fit.clips;
             return fit;
         };
-        // Of a day without any sound nobody filmed but this camera: what lies under other clips counts, too.
+        // If a day has no sound and no other camera filmed on it, recordings under other clips count, too.
         const bool isAlone = !sound_.byDay.contains(*card.day) &&
                              std::ranges::all_of(clips, [](const auto* clip) { return !clip->primary; });
         const auto candidates = [&](long day) -> const Cover& {
             return isAlone ? sound_.byDay.at(day) : sound_.soundOf(day);
         };
         Fit own{0, *card.day}, other;
-        constexpr long farthest = 2; // days whose recordings are all tried, however many days there are
+        constexpr long farthest =
+            2; // recordings within this distance in days are all tried, however many days there are
         for (const auto& [day, cover] : sound_.byDay) {
             if (day == *card.day) {
                 own = fitOf(day, cover);
@@ -133,7 +134,7 @@ class CardDates {
                 ++ofOwnDay;
         }
         const bool isOthers = 2 * ofOwnDay > other.clips;
-        // What has all of its own day's sound, and would find none of the other day.
+        // Leaves out the clips that have all of their own day's sound and would find none of the other day.
         std::erase_if(clips, [&](const auto* clip) {
             return clip->isCovered && clip->primary && primaryOf(*clip).place.day == own.day &&
                    !candidates(other.day).of(clip->place->range);
@@ -163,7 +164,7 @@ class CardDates {
             clips);
     }
 
-    /// Of the recordings of that day that lie under some of the clips by the time of day.
+    /// Folders of the recordings of that day that lie under some of the clips by time of day.
     std::set<std::string_view> soundFolders(long day, const std::vector<const Shoot::Clip*>& clips) const {
         std::map<std::string_view, Cover> covers;
         for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)

@@ -43,7 +43,8 @@ Cover CardTimes::coverAt(double offsetSeconds) const {
     return sound;
 }
 
-/// Where the clip may lie among what `range` gives; by the time of day, midnight may lie between the two.
+/// Whether `accept` accepts one of the possible ranges of the clip on the axis of `range`. If only the time
+/// of day is known, midnight may be between the two.
 bool CardTimes::anyPlace(const Shoot::Clip& clip, const Accept& accept) const {
     const SyncEngine::TCRange& own = clip.place->range;
     const auto day = clip.likelyDay();

@@ -8,7 +8,7 @@ namespace orvane::chance {
 double atLeast(int least, double mean) {
     if (least <= 0) return 1;
     if (!(mean > 0)) return 0;
-    // From the rarest side, as what is left of certainty would be lost in rounding.
+    // Adds the small probabilities: 1 minus the large ones would lose them in rounding.
     double term = std::exp(-mean + least * std::log(mean) - std::lgamma(least + 1.0));
     double sum = 0;
     constexpr double smallestTerm = 1e-18;

@@ -2,12 +2,12 @@
 
 namespace orvane::chance {
 
-/// That a count which is `mean` on average comes out as `least` or more (Poisson).
+/// Probability that a count whose mean is `mean` is `least` or more (Poisson).
 double atLeast(int least, double mean);
-/// That of `tries` things at least `least` have what each has with `probability` (binomial).
+/// Probability that at least `least` of `tries` events happen, if each happens with `probability` (binomial).
 double atLeast(int least, int tries, double probability);
 
-/// What happens by chance this seldom is taken for no chance.
+/// An event with a lower probability than this is not taken for chance.
 inline constexpr double smallest = 0.01;
 
 } // namespace orvane::chance

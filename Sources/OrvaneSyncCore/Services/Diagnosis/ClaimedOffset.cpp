@@ -10,7 +10,7 @@ namespace orvane {
 
 namespace {
 
-constexpr int fewestHeard = 2; // of one plain place, chance makes one in a thousand
+constexpr int fewestHeard = 2; // by chance, one in a thousand is found at a clear place
 constexpr std::size_t heardAtOnce = 3, mostHeard = 6;
 
 /// What was heard of clips that have sound.
@@ -54,7 +54,7 @@ std::vector<const ClaimedOffset::Laid*> ClaimedOffset::audible() const {
     std::vector<const Laid*> all;
     for (const Laid& one : laid_)
         if (isAudible(*one.clip)) all.push_back(&one);
-    std::vector<const Laid*> result; // spread over the clips, every second one to begin with
+    std::vector<const Laid*> result; // spread over the clips; every second one first
     const std::size_t count = std::min(all.size(), mostHeard);
     for (const std::size_t first : {0, 1})
         for (std::size_t i = first; i < count; i += 2)

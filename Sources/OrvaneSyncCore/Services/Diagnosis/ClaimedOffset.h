@@ -10,30 +10,30 @@
 
 namespace orvane {
 
-/// An offset of a clock that timecode suggests, as clips would then lie over recordings, held against what
-/// the cameras' microphones heard.
+/// An offset of a clock that timecode suggests, checked against what the cameras' microphones heard. The
+/// offset is given as the clips and the recordings that would then lie under them.
 class ClaimedOffset {
   public:
-    /// `reachSeconds`: by which the offset may be wrong either way.
+    /// `reachSeconds`: the offset may be wrong by this much in both directions.
     ClaimedOffset(const Shoot& shoot, double reachSeconds) : shoot_(shoot), reach_(reachSeconds) {}
 
     /// `offsetSeconds`: clip time at which the recording would begin.
     void add(const Shoot::Clip& clip, std::size_t recording, double offsetSeconds);
 
     struct Heard {
-        int clips = 0; ///< of which the recording was heard where it would lie
-        /// What most of them have to be moved by, besides; absent where they do not agree.
+        int clips = 0; ///< clips whose camera heard the recording where the offset puts it
+        /// A further move on which most of these clips agree; absent if they do not agree.
         std::optional<double> correctionSeconds = {};
-        bool isRefuted = false; ///< several were listened to, and none was heard there
-        bool isUnasked = false; ///< nobody has listened, and some might tell
+        bool isRefuted = false; ///< several clips were analysed, and none has the recording there
+        bool isUnasked = false; ///< no clip was analysed, and some clips could decide
 
         bool isConfirmed() const;
-        /// The offset that was claimed, as it was heard.
+        /// The claimed offset, corrected by what was heard.
         CommonOffset corrected(double offsetSeconds, TimecodeFrameRate rate) const;
     };
-    /// `toHear`, unless null: gets what was not listened to and would tell.
+    /// `toHear`, unless null: gets the claims that were not analysed and could decide.
     Heard heard(std::vector<SoundClaim>* toHear) const;
-    /// Whether the cameras heard the sound that these clips have where it lies.
+    /// Whether the cameras heard the sound that these clips have now, at its place.
     bool isSoundOfClipsInPlace() const;
 
   private:
@@ -41,7 +41,7 @@ class ClaimedOffset {
         const Shoot::Clip* clip;
         SoundClaim claim;
     };
-    /// Those whose cameras may have heard something, in the order in which they tell most.
+    /// The clips whose cameras may have recorded the sound, those that decide most first.
     std::vector<const Laid*> audible() const;
 
     const Shoot& shoot_;
@@ -49,21 +49,23 @@ class ClaimedOffset {
     std::vector<Laid> laid_;
 };
 
-/// What is heard so near to its place lies there: a camera's own delay, or a nudge.
+/// Sound that is heard this near to its place counts as in place: the difference is a camera's own delay, or
+/// a nudge.
 inline constexpr double inPlaceSeconds = 0.2;
-/// Whether the match's clip was listened to and has other sound than the recording.
+/// Whether the match's clip was analysed and its camera heard other sound than the recording.
 bool isUnheard(const Shoot& shoot, const UUID& match);
 
-/// Whether the clip's camera recorded sound, and for so long that what is not in it means something.
+/// Whether the clip's camera recorded sound that is long enough: only then it means something if a recording
+/// is not in it.
 bool isAudible(const Shoot::Clip& clip);
-/// Whether it did for at least so many seconds.
+/// Whether the clip's camera recorded at least this many seconds of sound.
 bool mayHaveHeard(const Shoot::Clip& clip, double leastSeconds);
-/// What came of it; null where nobody listened.
+/// The result of the analysis of a claim; null if it was not analysed.
 const HeardClaim* heardClaim(const Shoot& shoot, const SoundClaim& claim);
-/// Whether the cameras heard these recordings where timecode lays them, most of those that they heard: one
-/// that begins late or ends early was started late or ended early, and moving it would be wrong.
+/// Whether the cameras heard most of these recordings at the place that timecode gives. A recording that
+/// begins late or ends early was then started late or stopped early, and moving it would be wrong.
 bool areHeardInPlace(const Shoot& shoot, const std::function<bool(const MediaAsset& recording)>& isMeant);
-/// Whether they heard three and more of these, and none there.
+/// Whether at least three of these recordings were heard, and none of them in its place.
 bool areHeardOutOfPlace(const Shoot& shoot, const std::function<bool(const MediaAsset& recording)>& isMeant);
 
 } // namespace orvane

@@ -10,15 +10,15 @@ namespace orvane {
 namespace {
 
 constexpr std::size_t mostClipsToHear = 30, mostRivals = 3;
-constexpr std::ptrdiff_t mostEqualToHear = 12; // of all, spread over them
-constexpr double equalShare = 0.9;             // of what the first one overlaps
+constexpr std::ptrdiff_t mostEqualToHear = 12; // a sample of all
+constexpr double equalShare = 0.9;             // of the overlap of the first one
 constexpr double alikeSeconds = 0.2;           // a camera's own delay; the files of one take
 
 bool isAmbiguous(const Shoot::Clip& clip) {
     return clip.group->matchStatus.kind == MatchStatus::Kind::ambiguous && !clip.isDecided;
 }
 
-/// Whose first recording came first by the order of their paths, perhaps.
+/// Whether the order of the paths may have decided which recording is the clip's first.
 bool mayHaveEquals(const Shoot::Clip& clip) {
     const SyncGroup& group = *clip.group;
     return group.matchStatus.isSettled() && group.matchStatus.kind != MatchStatus::Kind::manual &&
@@ -34,8 +34,8 @@ SoundClaim attachedClaim(const Shoot::Clip& clip) {
     return claimOf(clip, match, std::min(match.audio->durationSeconds.value_or(0), furthestAttachedSeconds));
 }
 
-/// Those that do not lie alike, by number of the match; of a settled clip those that overlap it as much as
-/// the first.
+/// The matches whose recordings have different places, by number of the match. Of a settled clip, only those
+/// that overlap it as much as the first.
 std::vector<std::size_t> rivalsOf(const SyncGroup& group) {
     std::vector<std::size_t> rivals;
     const double least = group.matchStatus.isSettled() && !group.audioMatches.empty()

@@ -8,23 +8,23 @@
 
 namespace orvane {
 
-/// Of the recordings that overlap an ambiguous clip, or that overlap a settled one alike, the one that its
-/// camera heard where it lies, by number of the match. Absent where it heard none of them, or two that do not
-/// lie alike.
+/// The recording of an ambiguous clip, or of several that overlap a settled clip equally, that the clip's
+/// camera heard at its place; as the number of its match. Absent if the camera heard none of them, or two
+/// with different places.
 std::optional<std::size_t> heardAmong(const Shoot& shoot, const Shoot::Clip& clip);
-/// Clip time at which the camera heard the recording begin that was attached by hand without a common
-/// timecode.
+/// For a recording that was attached by hand and has no common timecode with the clip: the clip time at which
+/// the camera heard it begin.
 std::optional<double> heardAttached(const Shoot& shoot, const Shoot::Clip& clip);
-/// What the two before can be known by, and nobody has listened to: of so many clips as can be heard in
-/// seconds.
+/// Adds the claims that `heardAmong` and `heardAttached` need and that were not analysed, for as many clips
+/// as can be analysed in seconds.
 void addClipClaims(const Shoot& shoot, std::vector<SoundClaim>& toHear);
-/// Recordings that clips without sound may have, though no timecode says so, where there are few.
+/// Adds the recordings that clips without sound may have although no timecode leads to them, if they are few.
 void addClaimsByEar(const Shoot& shoot, std::vector<SoundClaim>& toHear);
-/// Long recordings that no clip has, in some clips that have other sound.
+/// Adds long recordings that no clip has, for some of the clips that have other sound.
 void addLoneClaims(const Shoot& shoot, std::vector<SoundClaim>& toHear);
 
-/// How far from its place sound without a common timecode is looked for, seconds: in more minutes, other
-/// sound is alike by chance.
+/// How far from its place sound without a common timecode is searched for, seconds. In a longer range, other
+/// sound is similar by chance.
 inline constexpr double furthestAttachedSeconds = 600;
 
 } // namespace orvane

@@ -19,10 +19,10 @@ using Kind = SyncDoubt::Kind;
 using platform::text::formatted;
 
 constexpr double louderDB = 12;
-constexpr double ambiguityShare = 0.5; // of the best overlap, as matching has it
+constexpr double ambiguityShare = 0.5; // of the best overlap, as in matching
 constexpr float someSpeech = 0.1F;     // share of the windows
 
-/// Folders of clips with folders of recordings of which microphones heard something.
+/// Pairs of a folder of clips and a folder of recordings, for which microphones heard something.
 class HeardFolders {
   public:
     explicit HeardFolders(const Shoot& shoot) {
@@ -38,7 +38,7 @@ class HeardFolders {
         }
     }
     bool hold(const SyncGroup& group) const { return counts_.contains(foldersOf(group)); }
-    /// Whether all that was heard lies where timecode lays it.
+    /// Whether all that was heard is at the place that timecode gives.
     bool areInPlace(const SyncGroup& group) const {
         const auto found = counts_.find(foldersOf(group));
         return found != counts_.end() && found->second.inPlace >= explanation::fewest &&
@@ -56,7 +56,7 @@ class HeardFolders {
     std::map<Folders, Count> counts_;
 };
 
-/// The doubts about one clip by itself.
+/// The doubts about a single clip.
 class ClipDoubts {
   public:
     ClipDoubts(const Shoot& shoot, const Shoot::Clip& clip) : of_(shoot, clip) {}
@@ -66,7 +66,7 @@ class ClipDoubts {
         if (of_.group.isMOS()) return std::move(of_.doubts);
         addLabelOutsideOfRate(of_, *of_.group.primaryAudio());
         ambiguous(mayChooseFirst);
-        if (!heard.areInPlace(of_.group)) addOtherCounts(of_); // else it changes nothing
+        if (!heard.areInPlace(of_.group)) addOtherCounts(of_); // in place: different labels do not matter
         if (of_.group.matchStatus.isSettled()) {
             addLengthDoubts(of_, heard.hold(of_.group));
             mutedSpeech();
@@ -75,8 +75,8 @@ class ClipDoubts {
     }
 
   private:
-    /// Nobody listened to clips that were settled all at once, and where a date is missing their first
-    /// recording may be another day's.
+    /// The microphones of clips that were settled all together were not analysed. If a date is missing, their
+    /// first recording may be of another day.
     bool wasAmbiguous() const {
         if (of_.group.matchStatus.kind != MatchStatus::Kind::manual || !of_.clip.place || !of_.clip.primary)
             return false;
@@ -87,7 +87,7 @@ class ClipDoubts {
                    of_.group.audioMatches[file.matchIndex].overlapDurationSeconds < least;
         });
     }
-    /// `mayChooseFirst`: no camera of the shoot heard another one than what its clip lists first.
+    /// `mayChooseFirst`: no camera of the shoot heard another recording than its clip's first.
     void ambiguous(bool mayChooseFirst) {
         if (of_.clip.isDecided) return;
         const bool isSettled = wasAmbiguous();

@@ -9,7 +9,7 @@
 
 namespace orvane {
 
-/// A clip by itself, its take, and what is doubted of the two. The references must live as long as this.
+/// One clip, its take, and the doubts about the two. The references must live as long as this object.
 struct ClipInDoubt {
     ClipInDoubt(const Shoot& theShoot, const Shoot::Clip& theClip);
 
@@ -25,22 +25,23 @@ struct ClipInDoubt {
     const MediaAsset& fileOf(const TakeFile& file) const {
         return *group.audioMatches[file.matchIndex].audio;
     }
-    /// `reason`: as that of a doubt.
+    /// `reason`: as in `SyncDoubt`.
     void add(SyncDoubt::Kind kind, std::string message, DoubtCure cure, std::string reason = {});
-    /// What begins with the name of the clip.
+    /// Adds a doubt whose message begins with the name of the clip.
     void addOf(SyncDoubt::Kind kind, const std::string& about, DoubtCure cure);
 };
 
-/// A label with a frame that its file's rate does not have. `file`: the clip's, or one of its recordings.
+/// A label whose frame number does not exist at the rate of its file. `file`: the clip's, or one of its
+/// recordings.
 void addLabelOutsideOfRate(ClipInDoubt& of, const MediaAsset& file);
-/// Drop frame beside non-drop labels, and labels counted at two rates, of a clip with sound.
+/// Drop-frame labels beside non-drop labels, and labels counted at two rates, in a clip with sound.
 void addOtherCounts(ClipInDoubt& of);
-/// Picture without sound, picture that is cut off, and gaps in the sound, of a clip with settled sound.
-/// `isHeard`: cameras heard the sound of that card under other clips of the folder, so that its clock is
+/// Picture without sound, picture that is cut off, and gaps in the sound, for a clip with settled sound.
+/// `isHeard`: cameras heard the sound of that card under other clips of the folder, so the card's clock is
 /// known.
 void addLengthDoubts(ClipInDoubt& of, bool isHeard);
 
-/// Of each clip that stands in the document.
+/// Adds the doubts about each single clip of the document.
 void addFromEachClip(SyncDoubts& doubts, const Shoot& shoot,
                      const std::function<std::vector<SyncDoubt>(const Shoot::Clip& clip)>& doubtsOf);
 

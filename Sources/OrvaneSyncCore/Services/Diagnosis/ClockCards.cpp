@@ -11,8 +11,9 @@ namespace {
 
 using Files = std::vector<std::size_t>;
 
-/// The files of one folder: those without a day, and of the others, in the order of their starts, what is of
-/// the day on which a card began or follows it with pauses of hours. `placeOf` gives the place of a file.
+/// Divides the files of one folder into cards: the files without a day, and the files that are, in the order
+/// of their starts, of the day on which a card began or follow it with pauses of hours. `placeOf` returns the
+/// place of a file.
 template <class PlaceOf>
 std::vector<Card> nightsOf(const std::string& folder, Files files, const PlaceOf& placeOf) {
     const auto rangeOf = [&](std::size_t file) { return onLine(placeOf(file)); };
@@ -20,7 +21,7 @@ std::vector<Card> nightsOf(const std::string& folder, Files files, const PlaceOf
         return std::pair(placeOf(file).day.has_value(), rangeOf(file).startSeconds);
     });
     std::vector<Card> cards;
-    double endsAt = 0; // the last card
+    double endsAt = 0; // of the last card
     for (const std::size_t file : files) {
         const auto day = placeOf(file).day;
         const SyncEngine::TCRange range = rangeOf(file);
@@ -77,7 +78,7 @@ RecordersCards::RecordersCards(const Shoot& shoot, const std::vector<const Shoot
                 cards.push_back(std::move(card));
 }
 
-/// Whether one of the two lies under all of the other, a second more or less.
+/// Whether one of the two covers the other, within a second.
 bool RecordersCards::fits(const AudioMatch& match, std::size_t file, const FilePlace& clip) const {
     const double start = match.syncOffsetSeconds - shoot_.wholes.startsAt[file];
     const SyncEngine::TCRange picture{0, clip.range.durationSeconds()},
@@ -116,7 +117,8 @@ bool RecordersCards::fitsFewClips(const Card& card) const {
     return std::cmp_less_equal(3 * countOf(card.files, isFitting), card.files.size());
 }
 
-/// By the first mark that parts what lies under clips from what does not; none where no mark does.
+/// Divides the files by the first mark that separates those that fit clips from those that do not; empty if
+/// no mark does.
 std::vector<Card> RecordersCards::byRecorder(const std::string& folder, const Files& files) const {
     for (const RecorderMark::By by : RecorderMark::all) {
         std::map<std::string, Files> recorders;

@@ -26,9 +26,9 @@ namespace {
 using Kind = SyncDoubt::Kind;
 using TCRange = SyncEngine::TCRange;
 
-constexpr std::size_t mostDays = 8; // of others that are tried for a card, the nearest ones
+constexpr std::size_t mostDays = 8; // other days that are tried for a card, the nearest
 
-/// Clocks of recorders.
+/// The clocks of recorders.
 class ClockDoubts {
   public:
     ClockDoubts(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts,
@@ -38,15 +38,15 @@ class ClockDoubts {
           isDateGivenToSeveralShoots_(givesDateToSeveralShoots(shoot)) {}
 
     const SuspectedCards& suspected() const { return suspected_; }
-    /// `areParts`: of parts of cards, else of whole ones.
+    /// `areParts`: only parts of cards, else only whole cards.
     void add(bool areParts) {
         for (const SuspectedCard& one : suspected_.cards)
             if (one.isPart == areParts) offsetOf(one);
     }
 
   private:
-    /// By the clips that lack sound; recordings that lie under no clip at all may be those of a second
-    /// recorder, and of any day.
+    /// Uses the clips that lack sound. Recordings that lie under no clip may be those of a second recorder,
+    /// and of any day.
     void offsetOf(const SuspectedCard& one) {
         platform::throwIfStopped(shoot_.stop);
         if (one.fitsFewClips && !one.isPart && isDateAloneWrong(one.card)) return;
@@ -56,16 +56,17 @@ class ClockDoubts {
             return;
         }
         if (!one.fitsFewClips) return;
-        // What was given the date of another shoot lies anywhere.
+        // Recordings with the given date of another shoot are at meaningless places.
         if (isDateGivenToSeveralShoots_ || offsetAmong(one, one.card, true) || !one.card.day) return;
         const auto isOutOfReach = [&](const Shoot::Clip& clip) {
             return !CardTimes(shoot_, one.card).mayOverlap(clip);
         };
-        // Where the date alone is wrong, no hours are to be told.
+        // If only the date is wrong, there is no error in hours to report.
         if (std::ranges::any_of(onOtherDays(one.card, clips_, isOutOfReach),
                                 [&](const Card& card) { return fitsAsItIs(card); }))
             return;
-        // A clock whose date and hours are both wrong is rarer, but for one that began anew.
+        // A clock with a wrong date and wrong hours is rare, except one that started again from its first
+        // date.
         const double rarer = isDateOfAReset(*one.card.day) ? 1 : chance::smallest;
         for (const bool isForAll : {false, true}) {
             const std::vector<Card> tried =
@@ -76,7 +77,7 @@ class ClockDoubts {
                 if (offsetAmong(one, card, isForAll, mostChance)) return;
         }
     }
-    /// The first of January, where clocks begin that know no date, weeks from any clip.
+    /// The first of January, with which clocks begin that lost their date; weeks from every clip.
     bool isDateOfAReset(long day) const {
         constexpr long weeks = 30;
         const std::chrono::year_month_day date{std::chrono::sys_days(std::chrono::days(day))};
@@ -86,8 +87,9 @@ class ClockDoubts {
                    return filmed && std::abs(*filmed - day) < weeks;
                });
     }
-    /// At its own hours it lies under clips of another day that lack sound. Takes in a rhythm lie under those
-    /// of other days at about their hours too, and moving them there would mix the days.
+    /// Whether the card, at its own hours, lies under clips of another day that lack sound. Takes in a
+    /// regular rhythm also lie under those of other days at about their hours; moving them there would mix
+    /// the days.
     bool isDateAloneWrong(const Card& card) const {
         if (!card.day) return false;
         const auto isOfOther = [&](const Shoot::Clip& clip) { return !card.isOf(*clip.likelyDay()); };
@@ -113,11 +115,11 @@ class ClockDoubts {
                        chance::smallest;
         });
     }
-    /// The card on the days of those of the clips, the nearest ones.
+    /// The card on the days of the clips, the nearest days first.
     template <class MayBeOf>
     std::vector<Card> onOtherDays(const Card& card, const std::vector<const Shoot::Clip*>& clips,
                                   const MayBeOf& mayBeOf) const {
-        std::set<std::pair<long, long>> days; // by how far they are
+        std::set<std::pair<long, long>> days; // distance and day, the nearest first
         for (const Shoot::Clip* clip : clips)
             if (const auto day = clip->likelyDay(); day && mayBeOf(*clip))
                 days.emplace(std::abs(*day - *card.day), *day);
@@ -140,22 +142,22 @@ class ClockDoubts {
                 used.insert(found->whole);
         return static_cast<double>(used.size()) >= explanation::majority * static_cast<double>(wholes.size());
     }
-    /// What lies under no clip was not heard, however the rest of the card was.
+    /// Recordings that lie under no clip were not heard, whatever was heard of the rest of the card.
     bool isHeardInPlace(const SuspectedCard& one, const Card& card) const {
         return !one.isPart && areHeardInPlace(shoot_, [&](const MediaAsset& recording) {
             return isOn(card, shoot_, recording);
         });
     }
 
-    /// Of all clips, those without sound of the recorder itself, which can't have made two recordings at
-    /// once.
+    /// For all clips: whether the clip has no sound of the recorder itself, which cannot have made two
+    /// recordings at once.
     bool isSought(const SuspectedCard& one, const Shoot::Clip& clip, bool isForAll) const {
         if (!isForAll || !one.isPart) return isForAll || !clip.isCovered;
         return std::ranges::none_of(clip.group->audioMatches, [&](const AudioMatch& match) {
             return isOn(one.card, shoot_, *match.audio);
         });
     }
-    /// `isForAll`: for all clips, not for those alone that lack sound. Whether there is a doubt.
+    /// `isForAll`: for all clips, not only for those that lack sound. Returns whether there is a doubt.
     bool offsetAmong(const SuspectedCard& one, const Card& card, bool isForAll,
                      double mostChance = chance::smallest) {
         const CardTimes times(shoot_, card);
@@ -180,8 +182,8 @@ class ClockDoubts {
         return addOffset(one, card, *common, isForAll);
     }
 
-    /// What is recorded after each take by habit lies behind all of them by about as much. No call is
-    /// offered: it would lay such sound under clips that are right.
+    /// Sound that is recorded after each take by habit follows all takes by about the same time. The cure has
+    /// no options: they would put such sound under clips that are right.
     static DoubtCure notToBeMoved() {
         const std::string unless =
             "only where one clap in both shows it; room tone and wild tracks that were "
@@ -197,14 +199,14 @@ class ClockDoubts {
         int now = 0, all = 0, matched = 0;
         double withoutSound = 0;
         std::set<std::size_t> used, usedNow, parts;
-        std::vector<const Shoot::Clip*> doubted; // with those that have sound of the card by chance
+        std::vector<const Shoot::Clip*> doubted; // includes those that have sound of the card by chance
         ClaimedOffset claimed(shoot_, common.widthSeconds / 2);
         LateStartsAndEarlyStops rolling;
-        std::vector<std::pair<UUID, SyncDoubt::Suggestion>> suggested; // of clips without other sound
+        std::vector<std::pair<UUID, SyncDoubt::Suggestion>> suggested; // only clips without other sound
         for (const Shoot::Clip* clip : clips_) {
             const bool mayMatch = times.mayOverlap(*clip), isLooked = isSought(one, *clip, isForAll);
             if (const auto sound = mayMatch ? times.covered(inPlace, *clip) : std::nullopt) {
-                now += one.isPart ? 0 : 1; // where such recordings lie, others are heard
+                now += one.isPart ? 0 : 1; // if such recordings lie here, others are heard
                 usedNow.insert(sound->whole);
             }
             if (mayMatch && isLooked && times.isWithin(hours, *clip)) ++withoutSound;
@@ -230,7 +232,7 @@ class ClockDoubts {
                 doubted.push_back(clip);
             }
         }
-        // A lock takes a clip out of doubt, not out of what speaks for the clock.
+        // A locked clip is not in doubt, but it is evidence for the clock.
         for (const Shoot::Clip& clip : shoot_.clips) {
             if (!clip.isDecided || !clip.place || clip.group->isExcludedFromExport || !times.mayOverlap(clip))
                 continue;
@@ -246,7 +248,8 @@ class ClockDoubts {
             return false;
         const auto heard = common.heardClips == 0 ? claimed.heard(toHear_)
                                                   : ClaimedOffset::Heard{.clips = common.heardClips};
-        // Room tone and wild tracks lie behind takes by about as much, and under the clips of those nowhere.
+        // Room tone and wild tracks follow takes by about the same time, and microphones find them under none
+        // of the clips.
         if (heard.isRefuted && (claimed.isSoundOfClipsInPlace() || (!isForAll && common.isGuess(rate_))))
             return false;
         if (heard.correctionSeconds &&
@@ -289,7 +292,7 @@ class ClockDoubts {
             cure = cureWords::listenFirst;
         else if (mayBeRoomTone && (heard.isRefuted || (lost > 0 && !heard.isConfirmed())))
             cure = notToBeMoved();
-        // Beside other sound a table keeps all in one document.
+        // If there is other sound as well, a table keeps all clips in one document.
         const bool isTable = heard.isConfirmed() && lost > 0 && !isForAll && !suggested.empty();
         if (isTable)
             cure = std::move(cure) + "; in one document, " +
@@ -303,14 +306,14 @@ class ClockDoubts {
                 doubts_.byGroup[clip].back().suggestion = suggestion;
         return true;
     }
-    /// `laidSeconds`: clip time at which the recording begins once its clock is set right.
+    /// `laidSeconds`: clip time at which the recording begins with the corrected clock.
     SyncDoubt::Suggestion suggestionOf(const Shoot::Clip& clip, std::size_t recording,
                                        double laidSeconds) const {
         const MediaAsset& sound = *shoot_.recordings[recording].asset;
         const auto laid = SyncEngine::matchByTimecode(clip.group->video, sound, shoot_.input.rules);
         return {sound.id, laidSeconds - laid.syncOffsetSeconds};
     }
-    /// Those of the card's unit, as long as it is they that are in doubt; empty for all.
+    /// The cameras of the card's unit, if the clips in doubt are theirs; empty for all.
     std::set<std::string_view> camerasFor(const Card& card,
                                           const std::vector<const Shoot::Clip*>& doubted) const {
         auto cameras = cure_.camerasOfUnit(card);
@@ -320,8 +323,8 @@ class ClockDoubts {
             cameras.clear();
         return cameras;
     }
-    /// How many clips would lose their sound if all recordings moved. What lies on a card whose clock is
-    /// wrong as well has its sound by chance, unless its clock is right for some of it.
+    /// The number of clips that would lose their sound if all recordings moved. A clip with sound from a card
+    /// whose clock is also wrong has it by chance, unless that clock is right for some of the card.
     int lostBy(const SuspectedCard& one, const Card& card, double offset) const {
         return static_cast<int>(std::ranges::count_if(clips_, [&](const Shoot::Clip* clip) {
             if (!clip->isCovered || !clip->primary) return false;

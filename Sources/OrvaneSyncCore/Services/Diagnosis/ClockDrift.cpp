@@ -17,10 +17,10 @@ namespace orvane {
 
 namespace {
 
-constexpr std::size_t fewestOnALine = 4; // three may lie on one by chance
-constexpr double leastChange = 0.2;      // seconds over the clips that were heard
-constexpr double besideTheLine = 0.08;   // seconds: a clip is heard to 10 ms, and rooms echo
-constexpr double mostPerSecond = 5e-4;   // beyond it, labels count at another rate
+constexpr std::size_t fewestOnALine = 4; // three may be on one line by chance
+constexpr double leastChange = 0.2;      // seconds, over the analysed clips
+constexpr double besideTheLine = 0.08;   // seconds: the place of a clip is heard to 10 ms, and rooms echo
+constexpr double mostPerSecond = 5e-4;   // more is not drift: labels count at another rate
 
 struct Heard {
     double at, seconds;
@@ -49,8 +49,9 @@ double distanceFrom(const ClockDrift& line, const Heard& one) {
     return std::abs(one.seconds - line.offsetAt(one.at));
 }
 
-/// Whether it is one distance up to a moment and another one from there on, each to what a clip is heard to:
-/// a line always leads through two of them, but they are two clocks, or the takes of two days.
+/// Whether the distance is constant up to a moment and has another constant value after it, within the
+/// accuracy of the measurement. Two such values always lie on a line, but they are two clocks, or the takes
+/// of two days.
 bool isStep(std::vector<Heard> heard) {
     std::ranges::sort(heard, {}, &Heard::at);
     const auto isOneDistance = [](auto first, auto last) {
@@ -64,12 +65,12 @@ bool isStep(std::vector<Heard> heard) {
 }
 
 std::string distanceText(double seconds) {
-    constexpr double least = 0.05; // that is written
+    constexpr double least = 0.05; // smaller changes are not printed
     const std::string text = platform::text::formatted("%.1f s", std::abs(seconds));
     return std::abs(seconds) < least ? text : text + (seconds < 0 ? " late" : " early");
 }
 
-/// `isDated`: with the day, where the clips are of more than one.
+/// `isDated`: includes the day, if the clips are of more than one.
 std::string momentText(double seconds, bool isDated) {
     const std::string time = timeOfDayText(seconds);
     return isDated ? dayText(static_cast<long>(std::floor(seconds / secondsADay))) + " " + time : time;
@@ -81,7 +82,7 @@ std::optional<ClockDrift> clockDriftOf(const HandledClips& card) {
     std::vector<Heard> heard;
     for (const auto& [clip, seconds, isElsewhere] : card.soundings())
         if (clip->place) heard.push_back({likelyRange(*clip).startSeconds, seconds});
-    // One may have been misheard, where enough others remain.
+    // One clip may have been measured wrongly, if enough others remain.
     for (bool isFirst = true;; isFirst = false) {
         if (heard.size() < fewestOnALine) return std::nullopt;
         const ClockDrift line = lineThrough(heard);
@@ -111,7 +112,7 @@ struct OwnMove {
     std::string text;
 };
 
-/// How far the sound of one clip has to go; nothing where that is no whole frame, or its time is unknown.
+/// The move of one clip's sound; absent if it is no whole frame, or if the clip's time is unknown.
 std::optional<OwnMove> ownMove(const Shoot& shoot, const Shoot::Clip& clip, const ClockDrift& drift) {
     if (!clip.place) return std::nullopt;
     const MediaAsset& video = clip.group->video;

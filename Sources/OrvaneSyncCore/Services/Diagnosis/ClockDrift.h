@@ -7,25 +7,25 @@
 
 namespace orvane {
 
-/// A clock of a card that runs fast or slow against the cameras', by what was heard of clips spread over the
-/// day. In seconds; times are those of the clips on the line of days and times of day.
+/// The clock of a card that runs fast or slow compared with the cameras' clock, measured on clips over the
+/// day. All values in seconds; times are those of the clips, with day and time of day on one axis.
 struct ClockDrift {
     double perSecond = 0;
-    double originSeconds = 0, atOrigin = 0; ///< the middle of the clips that were heard, and the offset there
-    double firstSeconds = 0, lastSeconds = 0; ///< of those that were heard
-    std::size_t count = 0;                    ///< of those
+    double originSeconds = 0, atOrigin = 0;   ///< the mean time of the measured clips, and the offset there
+    double firstSeconds = 0, lastSeconds = 0; ///< times of the first and last measured clip
+    std::size_t count = 0;                    ///< number of measured clips
 
-    /// To be added to the recordings under a clip that begins then.
+    /// The offset to add to the recordings under a clip that begins at this time.
     double offsetAt(double seconds) const { return atOrigin + perSecond * (seconds - originSeconds); }
 };
-/// Absent where the distances do not lie on a line, or do not change by what can be seen.
+/// Absent if the distances are not on a line, or if they change too little to be measured.
 std::optional<ClockDrift> clockDriftOf(const HandledClips& card);
 
-/// Doubts all clips of the card that nobody moved, each with its own offset.
+/// Adds a doubt for every clip of the card that was not moved by hand, each with its own offset.
 void addClockDrift(const Shoot& shoot, const CameraAndCard& key, const HandledClips& card,
                    const ClockDrift& drift, SyncDoubts& doubts);
-/// The same of the clips of another camera with sound of that card, of which nothing was heard: whose clock
-/// it is, the recorder's or the first camera's, nothing tells.
+/// The same for the clips of another camera with sound of that card, of which nothing was heard. Nothing
+/// shows whose clock is wrong: the recorder's or the first camera's.
 void addClockDriftUnheard(const Shoot& shoot, const CameraAndCard& key, const HandledClips& unheard,
                           const ClockDrift& drift, SyncDoubts& doubts);
 

@@ -12,7 +12,8 @@ namespace orvane {
 
 namespace {
 
-// Clips times recordings of a card whose offsets are looked at; of more clips, some are enough to find it.
+// The number of clips times the number of recordings of a card whose offsets are compared; with more clips, a
+// sample is enough.
 constexpr std::size_t mostPairsOfFiles = 10'000;
 
 } // namespace
@@ -73,9 +74,9 @@ std::optional<CommonOffset> commonOffset(const std::vector<const Shoot::Clip*>& 
         return std::nullopt;
 
     const auto [offset, isNice] = nicest(windows, looked.size(), best, rate);
-    // By a whole day it is the date that is wrong.
+    // An offset of whole days is an error of the date.
     if (std::abs(offset) > 1 && std::abs(std::remainder(offset, secondsADay)) <= 1) return std::nullopt;
-    // Clips under one recording agree with each other whatever its clock is. Whole hours are rare enough.
+    // Clips under one recording always agree, whatever its clock. An agreement on whole hours is rare enough.
     const int depth = isNice ? best.depth : std::min(best.depth, recordingsAt(windows, best.seconds));
     const auto byChance = chanceOf(windows, depth);
     const double niceShare = isNice ? std::min(1.0, best.widthSeconds / niceOffsetStepSeconds) : 1;

@@ -11,34 +11,35 @@
 
 namespace orvane {
 
-/// An offset that brings recordings under clips, and how far it may be wrong.
+/// An offset that puts recordings under clips, and how inaccurate it may be.
 struct CommonOffset {
     double seconds = 0;
-    double widthSeconds = 0; ///< 0 for what people set clocks wrong by
-    int heardClips = 0;      ///< by whose microphones it is known
-    bool isRound = true;     ///< of these, whole seconds: `HeardClock`
+    double widthSeconds = 0; ///< 0 for an offset that people typically set clocks wrong by
+    int heardClips = 0;      ///< clips whose cameras' microphones confirm it
+    bool isRound = true;     ///< for an offset that was heard: whole seconds, as in `HeardClock`
 
-    /// Found by timecode, and no hours or half hours: there may be another reason for it than a clock.
+    /// It was found by timecode and is not a multiple of half an hour: the reason may be something other than
+    /// a clock.
     bool isOdd() const { return widthSeconds > 0; }
     /// Whether it may be wrong by more than a frame.
     bool isGuess(TimecodeFrameRate rate) const;
-    /// Behind the message: how far it is known; empty where that is a frame.
+    /// Text to add to the message: how exactly the offset is known; empty if it is known to a frame.
     std::string knownTo(TimecodeFrameRate rate) const;
-    /// The same behind the cure.
+    /// The same as text to add to the cure.
     std::string clapAfter(TimecodeFrameRate rate) const;
 };
 
-/// What is to be added to the recording's place to come to the clip's; absent where they are two days and
+/// The offset to add to the recording's place so that it is at the clip's; absent if they are two days or
 /// more apart.
 std::optional<double> secondsApart(const Shoot::Clip& clip, const FilePlace& sound);
-/// From where one of the two lies under all of the other to where it does so last.
+/// From the first offset at which one of the two covers the other to the last one.
 std::optional<OffsetWindow> windowOf(const Shoot::Clip& clip, const FilePlace& sound, std::size_t number);
 
-/// Gives, for an offset, how many of the clips that are looked at ought to find sound.
+/// Returns, for an offset, how many of the considered clips should find sound.
 using ExpectedClips =
     std::function<std::size_t(double offsetSeconds, const std::vector<const Shoot::Clip*>& looked)>;
-/// What brings the recordings under the clips, where chance does that at most so often. `rate`: of the
-/// labels.
+/// The offset that puts the recordings under the clips, if the probability of this by chance is at most
+/// `mostChance`. `rate`: of the labels.
 std::optional<CommonOffset> commonOffset(const std::vector<const Shoot::Clip*>& clips,
                                          const std::vector<FilePlace>& sounds,
                                          const ExpectedClips& expectedAt, double mostChance,

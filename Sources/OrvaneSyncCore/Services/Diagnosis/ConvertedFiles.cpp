@@ -12,10 +12,10 @@ namespace orvane {
 
 namespace {
 
-/// A recording that lies under no clip by its own rate.
+/// A recording that lies under no clip at its own rate.
 struct Converted {
     const Recording* recording;
-    FilePlace place; ///< by the rate that it states
+    FilePlace place; ///< at the rate that it states
 
     const MediaAsset& file() const { return *recording->asset; }
 };
@@ -38,7 +38,7 @@ std::vector<Converted> convertedFiles(const Shoot& shoot) {
     return found;
 }
 
-/// The one that has most of the clip.
+/// The file with the largest overlap with the clip.
 const Converted* convertedUnder(const FilePlace& clip, const std::vector<Converted>& files) {
     const Converted* best = nullptr;
     double most = 0;

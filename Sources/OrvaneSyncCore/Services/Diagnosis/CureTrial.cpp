@@ -45,7 +45,7 @@ bool haveSameFirstSound(const SyncGroup& before, const SyncGroup& after) {
     return was.audio->id == is.audio->id && std::abs(was.syncOffsetSeconds - is.syncOffsetSeconds) < same;
 }
 
-/// Whether a clip has a doubt of that kind in the same words.
+/// Whether the clip has, before and after, a doubt of that kind with the same message.
 bool isToldAgain(const SyncDoubts& before, const UUID& was, SyncDoubt::Kind kind, const SyncDoubts& after,
                  const UUID& is) {
     const auto had = before.byGroup.find(was), has = after.byGroup.find(is);
@@ -57,10 +57,10 @@ bool isToldAgain(const SyncDoubts& before, const UUID& was, SyncDoubt::Kind kind
            });
 }
 
-/// What a way does to the clips that are in its scan.
+/// What a way of the cure changes for the clips of its scan.
 struct Outcome {
-    int helped = 0; ///< of those in doubt, that get other sound
-    int lost = 0;   ///< of the others, that lose all of it
+    int helped = 0; ///< clips in doubt that get other sound
+    int lost = 0;   ///< other clips that lose all of their sound
 };
 
 } // namespace
@@ -81,7 +81,8 @@ bool CureTrial::helps(const CardDoubt& doubt) const {
     for (const SyncGroup& group : groups) byVideo[group.video.id] = &group;
     const std::unordered_set<UUID> doubted(doubt.groupIDs.begin(), doubt.groupIDs.end());
     Outcome outcome;
-    std::vector<std::pair<UUID, UUID>> unchanged; // of those in doubt, with the groups that they have then
+    std::vector<std::pair<UUID, UUID>>
+        unchanged; // clips in doubt with the same sound as before, and their groups after the cure
     for (const SyncGroup& before : input_.groups) {
         const auto found = byVideo.find(before.video.id);
         if (found == byVideo.end() || before.isLocked) continue;

@@ -4,7 +4,8 @@
 
 #include <string>
 
-/// Decisions of the editor, which a terminal's user makes in a table and a window's in a menu.
+/// Texts for decisions of the editor: a user of the terminal makes them in a table, a user of the window in a
+/// menu.
 namespace orvane::cureWords {
 
 inline DoubtCure choose() {
@@ -15,14 +16,16 @@ inline DoubtCure choose(const std::string& recording) {
     return DoubtCure::Words{"choose " + recording + " in the table of 'scan --review'",
                             "choose " + recording + " in the clip's menu"};
 }
-/// What the microphones heard is known clip by clip.
+/// For clips whose offsets were heard one by one.
 inline DoubtCure asHeard(const std::string& what, const std::string& columns) {
     return DoubtCure::Words{
         what + ": 'diagnose --review FILE' fills in " + columns + ", and 'sync --apply FILE' takes it", what};
 }
-/// Where only some of the clips with a card's sound have it elsewhere, a table moves these in one document.
+/// If only some of the clips with a card's sound have it elsewhere, a table moves the sound of these clips in
+/// one document.
 inline DoubtCure moveAsHeard() { return asHeard("move their sound by that", "'offset_frames'"); }
-/// Which columns of the table say it, behind what is to be done; a window has its fields before one's eyes.
+/// Text after an instruction: the columns of the table to edit. A window shows its fields, so it needs no
+/// such text.
 inline DoubtCure inTable(const std::string& columns) {
     return DoubtCure::Words{" (" + columns + " in the table of 'scan --review')", ""};
 }
@@ -35,7 +38,7 @@ inline DoubtCure skipToLeaveOut() {
                             "“Toggle Excluded” to leave the clip out"};
 }
 
-/// Of an odd offset that microphones can tell more of than timecode.
+/// For an odd offset, about which microphones can say more than timecode.
 inline constexpr const char* listenFirst =
     "listen before anything is moved ('diagnose' does): room tone and wild tracks that were made after the "
     "takes are right where they are";

@@ -46,7 +46,7 @@ std::string lengthsOf(const MediaAsset& file) {
            "copied to its end";
 }
 
-/// Cameras and recorders close a recording that was cut off when its card is in them again.
+/// Cameras and recorders repair a recording that was cut off when its card is inserted again.
 std::string cureOf(Known known, bool isOne) {
     std::string copying = isOne ? "copy it again from the card" : "copy them again from the card";
     if (known != Known::noIndex && known != Known::neverClosed) return copying;
@@ -60,7 +60,7 @@ std::string cureOf(Known known, bool isOne) {
 void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
     struct Folder {
         std::vector<const MediaAsset*> files;
-        std::set<std::size_t> clips; ///< that have them, in `shoot.clips`
+        std::set<std::size_t> clips; ///< clips that have these files, as numbers in `shoot.clips`
     };
     std::map<std::pair<std::string_view, Known>, Folder> folders;
     const auto folderOfFile = [&](const MediaAsset& file) -> Folder& {

@@ -15,7 +15,7 @@ namespace orvane {
 
 namespace {
 
-/// Whether so many clips would lie under such sound by chance.
+/// Whether this many clips would lie under such sound by chance.
 bool isChance(int fitting, const std::vector<const Shoot::Clip*>& clips, const Cover& sound) {
     double first = std::numeric_limits<double>::infinity(), last = -first;
     for (const auto* clip : clips) {
@@ -49,13 +49,14 @@ DatedSound::DatedSound(const Shoot& shoot) : shoot_(shoot) {
     findHeard();
 }
 
-/// What a clip would lie under: a recording in parts at the first of them, by its day.
+/// Adds what a clip would lie under: a recording in parts is added once, at its first part, on its day.
 void DatedSound::addWhole(std::map<long, Cover>& covers, std::size_t recording) const {
     const FilePlace& whole = shoot_.wholes.places[recording];
     if (whole.day && shoot_.wholes.isFirst(recording)) covers[*whole.day].add(whole.range, recording);
 }
 
-/// The recordings that fit clips of another day, which have no sound of that day, rather than their own.
+/// The recordings that fit clips of another day better than those of their own, if these clips have no sound
+/// of their day.
 void DatedSound::findSuspected() {
     std::map<long, std::vector<const Shoot::Clip*>> lacking; // by day
     std::map<SoundKind, int> users;
@@ -66,7 +67,8 @@ void DatedSound::findSuspected() {
             ++users[kindOf(shoot_.recordings[*clip.primary])];
         else
             lacking[*day].push_back(&clip);
-        for (const AudioMatch& match : clip.group->audioMatches) // what lies beside it is believed, too
+        for (const AudioMatch& match :
+             clip.group->audioMatches) // the date of a recording beside it counts as right, too
             users.try_emplace({folderOf(*match.audio), *day, namePattern(*match.audio)}, 0);
     }
     constexpr double clearly = 1.5, majority = 0.6;
@@ -76,7 +78,8 @@ void DatedSound::findSuspected() {
     for (const auto& [key, files] : kinds) {
         platform::throwIfStopped(shoot_.stop);
         const auto found = users.find(key);
-        if (std::cmp_less(files.size(), fewestOfADate) || found == users.end()) continue; // not believed
+        if (std::cmp_less(files.size(), fewestOfADate) || found == users.end())
+            continue; // its date is not taken as right
         Cover sound;
         for (const std::size_t file : shoot_.wholes.oneOfEach(files))
             sound.add(shoot_.wholes.places[file].range, file);
@@ -84,8 +87,7 @@ void DatedSound::findSuspected() {
         const int own = found->second;
         int best = 0; // of the clips of one day
         for (const auto& [day, clips] : lacking) {
-            // Of a recorder that no clip has in the first place, nothing but this speaks against the
-            // date.
+            // If a recorder is first under no clip, only this is evidence against its date.
             const auto least = own > 0 ? 0 : static_cast<int>(majority * static_cast<double>(clips.size()));
             const int most = std::max({fewestOfADate - 1, static_cast<int>(clearly * own), least, best});
             const auto fitting = static_cast<int>(std::ranges::count_if(
@@ -100,8 +102,8 @@ void DatedSound::findSuspected() {
     }
 }
 
-/// Of days whose recordings mostly lie under clips of that day, the date is right, and those recordings
-/// are no sound for clips of another one.
+/// If the recordings of a day mostly lie under clips of that day, its date is right, and those recordings are
+/// no sound for clips of another day.
 void DatedSound::findFree() {
     std::vector<bool> isOverlapping(shoot_.recordings.size());
     for (const Shoot::Clip& clip : shoot_.clips) {

@@ -14,52 +14,52 @@
 
 namespace orvane {
 
-/// Clips or recordings that may speak against a date.
+/// The least number of clips or recordings that count as evidence against a date.
 inline constexpr int fewestOfADate = 3;
 
-/// What may have one wrong date: the recordings of one folder and day whose names are alike, as those of
-/// another day may have been copied to them.
+/// Recordings that may share one wrong date: those of one folder and day whose names have one pattern.
+/// Recordings of another day may have been copied to them.
 using SoundKind = std::tuple<std::string_view, long, std::string>;
 SoundKind kindOf(const Recording& sound);
 
-/// What speaks against the date of the recordings of one folder and day.
+/// The evidence against the date of the recordings of one folder and day.
 struct DateSuspicion {
-    long day;                ///< that of the clips without sound of their day, which they fit
-    int clips, own;          ///< how many they fit there, and how many of their own day have them
-    std::string_view folder; ///< of those clips, where it is one
+    long day;       ///< day of the clips that they fit and that have no sound of their day
+    int clips, own; ///< number of these clips, and of clips of the recordings' own day that have them
+    std::string_view folder; ///< of those clips; empty if they are in several folders
 };
 
-/// The recordings by their days, and whether these can be relied on. Times are seconds since midnight.
+/// The recordings by their days, and whether these days are reliable. Times are seconds since midnight.
 class DatedSound {
   public:
     explicit DatedSound(const Shoot& shoot);
 
     std::map<long, Cover> byDay;
-    std::map<long, Cover> unused; ///< of recordings that no clip has
+    std::map<long, Cover> unused; ///< recordings that no clip has
     std::map<SoundKind, DateSuspicion> suspected;
-    /// By recording: it comes first under a clip of its own day and lies under all of it, so that it is not
-    /// the sound of another day, unless its date is suspected.
+    /// By recording: it is the first of a clip of its own day and covers all of it. So it is not the sound of
+    /// another day, unless its date is suspected.
     std::vector<bool> isOfOwnDay;
-    bool areDaysMixed = false; ///< by the dates
+    bool areDaysMixed = false; ///< according to the dates
     bool mayDaysBeMixed = false;
     bool isDateGivenToSeveralShoots = false;
 
-    /// Whether one of its folder and day is: the date of what lies beside a clip's own sound is no worse.
+    /// Whether a recording of the same folder and day is of its own day: the date of a recording beside a
+    /// clip's own sound is as reliable.
     bool isOnCardOfOwnDay(const Recording& sound) const {
         return cardsOfOwnDay_.contains({folderOf(*sound.asset), *sound.place.day});
     }
-    /// What clips of another day may have for their sound.
+    /// The recordings of that day that may be the sound of clips of another day.
     const Cover& soundOf(long day) const;
-    /// What the microphones of cameras heard in recordings of other dates: in several clips of that folder
-    /// and day recordings of that one.
+    /// Whether cameras heard, in several clips of that folder and day, recordings of the other date.
     bool isHeardOn(std::string_view clips, long filmed, long recorded) const;
     bool isHeard(const Shoot::Clip& clip, const Recording& sound) const;
-    /// Whether several were listened to, and had other sound than those recordings.
+    /// Whether several of these clips were analysed, and all have other sound than those recordings.
     bool isUnheardOn(std::string_view clips, long filmed, long recorded) const;
-    /// Whether all that were listened to have their sound where it lies, and there are recordings of no other
-    /// day, to which those that were not could belong.
+    /// Whether all of these clips that were analysed have their sound at its place, and there are no
+    /// recordings of another day to which the other clips could belong.
     bool isInPlaceOn(std::string_view clips, long filmed, long recorded) const;
-    /// Empty where the folder has no other names of that day.
+    /// The name pattern of these recordings; empty if the folder has no other names of that day.
     std::string patternOf(const SoundKind& kind) const;
 
   private:
@@ -72,16 +72,17 @@ class DatedSound {
 
     const Shoot& shoot_;
     std::set<std::pair<std::string_view, long>> cardsOfOwnDay_;
-    std::map<long, Cover> free_; ///< of days with clips of their own, of those that lie under none
+    std::map<long, Cover>
+        free_; ///< for days with clips of their own: the recordings that lie under none of them
     struct HeardCount {
         int heard = 0, inPlace = 0, unheard = 0;
     };
-    /// Of the clips of a folder and a day with recordings of another one.
+    /// By folder and day of the clips, and day of the recordings, which is another one.
     std::map<std::tuple<std::string_view, long, long>, HeardCount> heard_;
 };
 
-/// Of cards whose clips fit the recordings of another day clearly better than those of their own. Returns the
-/// clips, by number, of days with too few of them to tell.
+/// Adds a doubt for each card whose clips fit the recordings of another day clearly better than those of
+/// their own day. Returns the clips, by number, of days with too few clips for a decision.
 std::set<std::size_t> addCardDates(const Shoot& shoot, const DatedSound& sound, DayCures& cures,
                                    SyncDoubts& doubts);
 

@@ -13,7 +13,7 @@ namespace {
 
 constexpr const char* thisDay = "this day";
 
-/// Whether they follow each other as files of one night do, to which one date is given.
+/// Whether the ranges follow each other as the files of one night, to which one date is given.
 bool areOfOneNight(std::vector<SyncEngine::TCRange> ranges) {
     std::ranges::sort(ranges, {}, &SyncEngine::TCRange::startSeconds);
     double endsAt = ranges.empty() ? 0 : ranges.front().endSeconds;
@@ -65,7 +65,7 @@ const DoubtCure& DayCures::dateOf(std::optional<long> day, std::string_view clip
     if (!isNew) return cure;
     const auto date = [](long given) { return DoubtCure(CureOption::Kind::soundDate, dayText(given)); };
     if (day && sound.day && firstSoundDay_) return cure = date(*firstSoundDay_ + (*day - *sound.day));
-    // The recordings keep their distance in days.
+    // The recordings keep their distances in days.
     if (day && sound.day && isSoundOfOneNight_ && areAllClipsOf(*day) && shoot_.input.rules.soundDay != day)
         return cure = date(*day);
     auto scan = day ? alone(*day, clips, sound) : std::nullopt;
@@ -77,7 +77,7 @@ const DoubtCure& DayCures::dateOf(std::optional<long> day, std::string_view clip
     return cure = (day ? date(*day) : DoubtCure(CureOption::Kind::soundDate, "")).in(scan);
 }
 
-/// Absent where neither folders nor exclusions part its files from others.
+/// Absent if neither folders nor exclusions separate the files of the day from the others.
 std::optional<CureScan> DayCures::alone(long day, std::string_view clips, const Sound& sound) const {
     const auto isOfDay = [&](const DaysByFolder& days, std::string_view folder, bool mayBeUnused) {
         const auto found = days.find(folder);
@@ -99,8 +99,8 @@ bool DayCures::areAllClipsOf(long day) const {
         clipDays_, [&](const auto& entry) { return entry.second == std::set<std::optional<long>>{day}; });
 }
 
-/// Where the sound of each day has a folder, and nothing says which is whose. Absent where nothing leaves out
-/// just the clips of other days, or where all sound lies in one folder.
+/// For work in which the sound of each day has a folder and nothing shows which folder is of which day.
+/// Absent if no options leave out exactly the clips of other days, or if all sound is in one folder.
 std::optional<CureScan> DayCures::withoutOtherClips(long day) const {
     if (soundDays_.size() < 2) return std::nullopt;
     std::set<UUID> others;
@@ -114,7 +114,7 @@ std::optional<CureScan> DayCures::withoutOtherClips(long day) const {
     return scan;
 }
 
-/// Absent where nothing leaves out just the clips of other days and other sound.
+/// Absent if no options leave out exactly the clips of other days and the other sound.
 std::optional<CureScan> DayCures::withoutOthers(long day, const Sound& sound) const {
     std::set<UUID> kept;
     for (const Shoot::Clip& clip : shoot_.clips)

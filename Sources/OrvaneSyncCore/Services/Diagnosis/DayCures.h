@@ -11,27 +11,27 @@
 
 namespace orvane {
 
-/// The options that give recordings the day of the clips whose sound they are. One thread at a time.
+/// The options that give recordings the day of the clips to which they belong. One thread at a time.
 class DayCures {
   public:
     explicit DayCures(const Shoot& shoot);
 
-    /// The recordings that are to have the day.
+    /// The recordings that get the day.
     struct Sound {
-        std::string_view folder = {}; ///< empty where they lie in several
-        std::optional<long> day = {}; ///< that of their own date
-        bool isSure = false;          ///< that they are of the clips' day, whatever other clips have them
-        /// As `namePattern` of them, where others of that date lie in the folder.
+        std::string_view folder = {}; ///< empty if they are in several folders
+        std::optional<long> day = {}; ///< the day of their own date
+        bool isSure = false;          ///< they are of the clips' day, whichever other clips have them
+        /// Their `namePattern`, if the folder has other recordings of that date.
         std::string pattern = {};
     };
-    /// "--sound-date 2024-05-17", and the scan that it is for. All recordings of a scan get the date: folders
-    /// are named where they hold no other day; that of the sound only where the sound says what day it is of,
-    /// or fits that day rather than its own. Where the clips of several days lie in one folder, the others
-    /// are left out. `day`: of the clips.
+    /// "--sound-date 2024-05-17", and the scan that it is for. All recordings of a scan get the date. The
+    /// scan therefore names folders only if they hold no other day. It names the folder of the sound only if
+    /// the sound is surely of that day, or fits that day and not its own. If a folder has clips of several
+    /// days, the clips of the other days are left out. `day`: of the clips.
     const DoubtCure& dateOf(std::optional<long> day, std::string_view clips, const Sound& sound);
-    /// The same in a scan of the recording's card, of what lies in its folder and is of its day.
+    /// The same for a scan of the recording's card: the files in its folder that are of its day.
     const DoubtCure& dateOfCard(long day, const Recording& sound);
-    /// Clips of that day would overlap the sound of the days beside it as well.
+    /// Whether there are clips of that day: they would also overlap the sound of the days before and after.
     bool hasClipsOf(long day) const;
 
     static DoubtCure sameDayOnly();
@@ -48,11 +48,11 @@ class DayCures {
     std::optional<CureScan> withoutOthers(long day, const Sound& sound) const;
 
     const Shoot& shoot_;
-    DaysByFolder clipDays_;             ///< of the clips in it
-    DaysByFolder usedDays_;             ///< of the clips whose first recording is in it
-    DaysByFolder soundDays_;            ///< of the recordings in it
-    std::optional<long> firstSoundDay_; ///< where all clips are of one night, and all recordings
-    bool isSoundOfOneNight_ = false;    ///< all recordings are, and all clips have a day
+    DaysByFolder clipDays_;             ///< of the clips in the folder
+    DaysByFolder usedDays_;             ///< of the clips whose first recording is in the folder
+    DaysByFolder soundDays_;            ///< of the recordings in the folder
+    std::optional<long> firstSoundDay_; ///< present if all clips are of one night, and all recordings too
+    bool isSoundOfOneNight_ = false;    ///< all recordings are of one night, and all clips have a day
     std::map<
         std::tuple<std::optional<long>, std::string, std::string, std::optional<long>, bool, std::string>,
         DoubtCure>

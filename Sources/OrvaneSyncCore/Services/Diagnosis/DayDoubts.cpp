@@ -21,7 +21,7 @@ namespace {
 
 using Kind = SyncDoubt::Kind;
 
-/// Whether the day of a clip's sound can be relied on, and what speaks against it.
+/// Whether the day of a clip's sound is reliable, and the evidence against it.
 class DayDoubts {
   public:
     DayDoubts(const Shoot& shoot, SyncDoubts& doubts)
@@ -53,14 +53,14 @@ class DayDoubts {
     }
     const Recording& primaryOf(const Shoot::Clip& clip) const { return shoot_.recordings[*clip.primary]; }
 
-    /// `reason`: as that of a doubt.
+    /// `reason`: as in `SyncDoubt`.
     bool doubt(const Shoot::Clip& clip, Kind kind, std::string message, DoubtCure cure,
                std::string reason = {}) {
         doubts_.byGroup[clip.group->id].push_back(
             {kind, std::move(message), std::move(cure), {}, std::move(reason)});
         return true;
     }
-    /// What is not the clip's own sound is not to be switched on, however loud it is.
+    /// A recording that is not the clip's own sound must not be switched on, however loud it is.
     void keepOffWhatLiesBeside(const Shoot::Clip& clip) {
         const int own = takeOf(*clip.group, assumedChannels).channelCount;
         std::erase_if(doubts_.byGroup[clip.group->id], [&](const SyncDoubt& doubt) {
@@ -68,7 +68,7 @@ class DayDoubts {
         });
     }
 
-    /// A recording of a clip.
+    /// A clip and one of its recordings.
     struct Pair {
         const Shoot::Clip& clip;
         const AudioMatch& match;
@@ -76,9 +76,8 @@ class DayDoubts {
         bool isFirst() const { return &match == &clip.group->audioMatches.front(); }
     };
 
-    /// Of the first recording, else of the first one beside it whose day cannot be relied on: those stand in
-    /// the document as well.
-    /// Whether there is a doubt.
+    /// Checks the first recording, else the first one beside it whose day is not reliable, as those are in
+    /// the document as well. Returns whether there is a doubt.
     bool otherDay(const Shoot::Clip& clip) {
         return std::ranges::any_of(clip.group->audioMatches, [&](const AudioMatch& match) {
             const auto found = shoot_.recordingByID.find(match.audio->id);
@@ -90,7 +89,7 @@ class DayDoubts {
             return isOther;
         });
     }
-    /// Of several recordings that fit by the time of day, in the doubt about one of them.
+    /// If several recordings fit by time of day, names the one that was heard in the doubt about one of them.
     void nameHeard(const Pair& pair) {
         const Shoot::Clip& clip = pair.clip;
         const auto heard = heardAmong(shoot_, clip);
@@ -99,7 +98,7 @@ class DayDoubts {
         const std::string name = shoot_.nameOf(*clip.group->audioMatches[*heard].audio);
         last.message += "; the microphone of the camera heard " + name;
         last.own = shoot_.nameOf(clip.group->video) + " with " + name;
-        if (heard == 0) return; // it is chosen already
+        if (heard == 0) return; // the heard one is already first
         last.cure = cureWords::asHeard("choose what was heard", "'choice'") + ", " + last.cure;
         last.suggestion = SyncDoubt::Suggestion{clip.group->audioMatches[*heard].audio->id};
     }
@@ -120,7 +119,7 @@ class DayDoubts {
                     ? ""
                     : ", beside " + shoot_.nameOf(*pair.clip.group->audioMatches.front().audio) + ",");
     }
-    /// Whether there is a doubt.
+    /// Returns whether there is a doubt.
     bool otherDay(const Pair& pair) {
         const auto& [clip, match, sound] = pair;
         const auto recorded = sound.place.day, filmed = clip.likelyDay();
@@ -137,7 +136,7 @@ class DayDoubts {
             return true;
         }
         if (recorded && filmed) {
-            // The moment itself, which may lie across midnight.
+            // The distance of the two moments, which may have midnight between them.
             const double apart = static_cast<double>(*recorded - *filmed) * secondsADay +
                                  sound.place.range.startSeconds - clip.place->range.startSeconds;
             const bool isOfDay = std::abs(apart - match.syncOffsetSeconds) < 1;
@@ -185,9 +184,9 @@ class DayDoubts {
                                                       : cureWords::skipToLeaveOut()));
     }
 
-    /// A clip whose header agrees with its timecode, and which has no recording of the header's day, of a day
-    /// with so few clips that no card can tell which of the dates is wrong. A header that agrees in another
-    /// zone may have changed its day at another time than the recorder, and no more.
+    /// A clip whose header agrees with its timecode and that has no recording of the header's day. That day
+    /// has so few clips that no card shows which of the dates is wrong. A header that agrees in another time
+    /// zone may only have changed its day at another time than the recorder.
     bool isAllOfOtherDay(const Shoot::Clip& clip) const {
         const FilePlace& place = *clip.place;
         const auto day = place.isHeaderOfAZone ? place.headerDay : place.knownDay();
@@ -202,7 +201,7 @@ class DayDoubts {
                });
     }
 
-    /// Whether there is a doubt.
+    /// Returns whether there is a doubt.
     bool collides(const Shoot::Clip& clip, const AudioMatch& other) {
         const MediaAsset& own = *clip.group->primaryAudio();
         const auto ownDay = dayOf(own), otherDay = dayOf(*other.audio);
@@ -223,7 +222,7 @@ class DayDoubts {
                 DoubtCure(DoubtCure::Words{" with ", " and "}) + DoubtCure(CureOption::Kind::soundDate, ""));
     }
 
-    /// Sound whose date is that of the clip, which may be a wrong one all the same. Whether there is a doubt.
+    /// For sound with the date of its clip: the date may still be wrong. Returns whether there is a doubt.
     bool sameDay(const Pair& pair) {
         const auto& [clip, match, sound] = pair;
         if (const AudioMatch* other = pair.isFirst() ? collision(clip, true) : nullptr)

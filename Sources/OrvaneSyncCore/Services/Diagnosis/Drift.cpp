@@ -10,9 +10,9 @@ namespace orvane {
 
 namespace {
 
-// 48.048 against 48 kHz, 24 against 23.976 frames: what is pulled down or up is so by 1000 to 1001.
+// 48.048 instead of 48 kHz, 24 instead of 23.976 frames: a pull-down or pull-up is by 1000 to 1001.
 constexpr double pulled = 0.001;
-constexpr double driftSlack = 0.0004; // what is heard to 10 ms at both ends of 40 s
+constexpr double driftSlack = 0.0004; // both ends of 40 s are heard to 10 ms
 constexpr double driftMajority = 0.8;
 
 /// Clips of one camera folder with sound of one other folder.

@@ -14,14 +14,14 @@ namespace orvane {
 
 namespace {
 
-/// Hours and half hours, also as labels count them, are what a clock was wrong by, and no guess.
+/// Hours and half hours, also as labels count them, are typical clock errors and therefore no guess.
 bool isOfAWrongHour(double seconds, TimecodeFrameRate rate) {
     const double aFrame = 1 / timecodeRate::frameRateForRealTimeCalculation(rate);
     return std::ranges::any_of(std::array{niceOffsetStepSeconds, labelSeconds(niceOffsetStepSeconds, rate)},
                                [&](double step) { return std::abs(std::remainder(seconds, step)) < aFrame; });
 }
 
-/// Whether people or microphones say where the clip's sound lies.
+/// Whether a decision of the user or a microphone confirms the place of the clip's sound.
 bool isChecked(const Shoot& shoot, const Shoot::Clip& clip) {
     if (clip.isDecided || clip.group->manualAudioOffsetSeconds != 0) return true;
     const auto* heard = shoot.input.heardLags;
@@ -55,7 +55,7 @@ void addGivenOffset(const Shoot& shoot, SyncDoubts& doubts) {
             clips.push_back(&clip);
         }
     }
-    // Where nobody listened to clips that have sound, 'diagnose' does first.
+    // If clips that have sound were not analysed, the cure is 'diagnose'.
     const bool isUnasked = shoot.input.heardLags == nullptr && audible >= explanation::fewest;
     if (checked >= explanation::fewest || isUnasked || std::cmp_less(clips.size(), explanation::fewest))
         return;

@@ -67,7 +67,7 @@ HeardClock heardClock(double seconds, TimecodeFrameRate rate) {
     constexpr double nearFrames = 2;
     const double near = nearFrames / timecodeRate::frameRateForRealTimeCalculation(rate);
     const double whole = std::round(seconds - microphoneDelaySeconds);
-    // Labels of 23.976 count 1000 s in 1001 s, and clocks are set by them as well.
+    // Labels of 23.976 count 1000 s in 1001 s, and some clocks are set by such labels.
     const double labels = std::copysign(labelSeconds(std::abs(whole), rate), seconds);
     const bool areLabelsNearer = std::abs(labels - seconds) < std::abs(whole - seconds);
     const double round = areLabelsNearer ? labels : whole;

@@ -11,64 +11,67 @@
 #include <utility>
 #include <vector>
 
-// What is known of a clock from single clips: what people moved by hand, and what the cameras heard.
+// What single clips show about a clock: moves by hand, and sound that the cameras heard.
 namespace orvane {
 
-// Less is a nudge to the frame, or a camera's own delay.
+// A smaller move is a nudge of a frame, or a camera's own delay.
 inline constexpr double leastByHandSeconds = 0.2;
 inline constexpr double agreeingByHandSeconds = 0.1; ///< around the median: claps are set to a frame
-/// By which a camera's microphone is behind the recorder's: some metres of air, and its converter.
+/// How much later a camera's microphone has the sound than the recorder: some metres of air, and its
+/// converter.
 inline constexpr double microphoneDelaySeconds = 0.015;
 
 /// Clips of one camera folder with sound of one card. Offsets are in seconds, to be added to the recordings.
 struct HandledClips {
-    std::vector<double> offsets; ///< of those that were moved by hand
-    std::vector<double> heard;   ///< by the cameras' microphones, of those that were not
+    std::vector<double> offsets; ///< of the clips that were moved by hand
+    std::vector<double> heard;   ///< of the other clips, by the cameras' microphones
     std::vector<std::pair<const Shoot::Clip*, double>>
-        places; ///< of these, where on the clip the sound began
-    std::vector<std::pair<const Shoot::Clip*, HeardElsewhere>> elsewhere; ///< of those not moved
+        places; ///< for each of `heard`: where on the clip the sound began
+    std::vector<std::pair<const Shoot::Clip*, HeardElsewhere>>
+        elsewhere; ///< of the clips that were not moved by hand
     std::vector<const Shoot::Clip*> all;
-    std::vector<const Shoot::Clip*> unmoved; ///< and not settled
-    bool isConfirmed = false;                ///< somebody settled one where timecode laid it
+    std::vector<const Shoot::Clip*> unmoved; ///< not moved by hand and not settled
+    bool isConfirmed = false;                ///< the user settled one at the place that timecode gives
 
-    /// A clip of which something was heard, and what moves the card's recordings to there.
+    /// A clip in which something was heard, and the move that puts the card's recordings there.
     struct Sounding {
         const Shoot::Clip* clip;
         double seconds;
         bool isElsewhere;
     };
-    /// In their own sound or elsewhere, in the order of `all`.
+    /// Heard in the clip's own sound or in other recordings, in the order of `all`.
     std::vector<Sounding> soundings() const;
 };
 using CameraAndCard =
     std::tuple<std::string_view, std::string_view, std::optional<long>>; ///< folder of clips, of sound, day
 std::map<CameraAndCard, HandledClips> handledClips(const Shoot& shoot);
 
-/// What most of the offsets agree on, and how many do.
+/// The offset on which most agree, and how many agree.
 struct Agreement {
     double seconds;
     std::ptrdiff_t count;
 };
-/// Absent for less than `fewest` that agree, and for less than `least` seconds.
+/// Absent if fewer than `fewest` agree, or if the offset is below `least` seconds.
 std::optional<Agreement> agreementOf(std::vector<double> offsets, std::ptrdiff_t fewest,
                                      double least = leastByHandSeconds);
 
-/// What the clock of recordings is wrong by that cameras heard at such a distance.
+/// The error of a recorder's clock, from a distance that cameras heard.
 struct HeardClock {
     double seconds;
     bool isRound; ///< whole seconds, as people set clocks; else the frame may be another one
 };
 /// `seconds`: to be added to the recordings.
 HeardClock heardClock(double seconds, TimecodeFrameRate rate);
-/// Behind the cure of a clock that is not round.
+/// Text after the cure for a clock error that is not round.
 inline constexpr const char* checkAClap = "; then check a clap and set the frames";
 
-/// Whether the clips have recordings of that folder alone, so that moving the sound of a clip moves no other
-/// recorder's.
+/// Whether the clips only have recordings of that folder, so that moving a clip's sound moves no other
+/// recorder's sound.
 bool haveNoOtherSound(const std::vector<const Shoot::Clip*>& clips, std::string_view folder);
 
-/// Gives `sound` the mark that all first recordings of the clips have, and no other recorder's beside them.
-/// Whether nothing else of the folder lies beside them, or such a mark parts the two.
+/// Gives `sound` the mark that all first recordings of the clips have and no other recorder's recordings
+/// beside them. Returns true if these clips have no other files of the folder, or if such a mark separates
+/// them.
 bool findRecorder(Card& sound, const std::vector<const Shoot::Clip*>& clips);
 
 } // namespace orvane

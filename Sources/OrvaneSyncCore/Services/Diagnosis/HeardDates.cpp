@@ -21,7 +21,7 @@ HeardDates HeardDates::of(const std::vector<HeardStart>& heard) {
     const auto ofStarts = std::ranges::minmax(atStart), ofEnds = std::ranges::minmax(atEnd);
     dates.areOfEnds = ofEnds.max - ofEnds.min < ofStarts.max - ofStarts.min;
     const auto& [least, most] = dates.areOfEnds ? ofEnds : ofStarts;
-    constexpr double wholeSeconds = 1.2; // that dates are written in
+    constexpr double wholeSeconds = 1.2; // the resolution of dates, with some tolerance
     if (most - least <= wholeSeconds) dates.correction = (least + most) / 2;
     return dates;
 }

@@ -8,30 +8,31 @@
 
 namespace orvane {
 
-/// When a clip began by the clock of the recording in which its camera's sound was heard.
+/// The time at which a clip began, by the clock of the recording in which its camera's sound was heard.
 struct HeardStart {
     const Shoot::Clip* clip;
-    double seconds; ///< since 1970, as dates are
+    double seconds; ///< since 1970, as in dates
 };
 
-/// What the clips of a folder that were heard say of its dates.
+/// What the analysed clips of a folder show about the dates of its files.
 struct HeardDates {
-    std::ptrdiff_t clips = 0; ///< that were heard, and have a date
-    /// Seconds, to be added to the dates; absent where these do not agree.
+    std::ptrdiff_t clips = 0; ///< analysed clips that have a date
+    /// Seconds, to be added to the dates; absent if the clips do not agree.
     std::optional<double> correction = {};
-    bool areOfEnds = false; ///< the dates are those of the last pictures
+    bool areOfEnds = false; ///< the dates are the times of the last pictures
 
     static HeardDates of(const std::vector<HeardStart>& heard);
-    /// When another clip of the folder began, by its date; as `HeardStart`. With a correction alone.
+    /// The time at which another clip of the folder began, by its date; as in `HeardStart`. Requires a
+    /// correction.
     double startOf(const MediaAsset& video, double writtenSeconds) const;
 };
 
-/// Absent for a recording without a place and a day. `offsetSeconds`: by hand, by which the recording comes
-/// to lie where it was heard.
+/// Absent for a recording without a place or a day. `offsetSeconds`: the manual offset that puts the
+/// recording where it was heard.
 std::optional<HeardStart> heardStart(const Shoot& shoot, const Shoot::Clip& clip, const UUID& recording,
                                      double offsetSeconds);
 
-/// The recordings with a day, seconds since 1970, by their number.
+/// The recordings that have a day, in seconds since 1970, with their numbers.
 Cover datedRecordings(const Shoot& shoot);
 
 } // namespace orvane

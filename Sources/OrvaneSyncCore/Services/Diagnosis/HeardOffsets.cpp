@@ -23,18 +23,18 @@ namespace {
 using Kind = SyncDoubt::Kind;
 using HeardCards = std::map<CameraAndCard, HandledClips>;
 
-// Two whole sounds that are found in other recordings, at one distance, are no chance.
+// Two sounds that are completely found in other recordings, at one distance, are no coincidence.
 constexpr std::ptrdiff_t fewestElsewhere = 2;
-// One alone is told where it is beyond what chance came to in hundreds of searches.
+// A single one is reported if its score is above the highest that hundreds of unrelated searches gave.
 constexpr double sureScore = 6;
 
-/// The rate at which labels have to be read so that one offset brings all sound where it was heard.
+/// The rate at which labels must be read so that one offset moves all sound to where it was heard.
 struct HeardRate {
     TimecodeFrameRate rate;
-    Agreement offset; ///< of the recordings, to be added to what they state
+    Agreement offset; ///< of the recordings, to be added to the starts that they state
 };
-/// Those that count as the labels are read, and that which the clips state where no label of the recordings
-/// is read at all.
+/// The rates that count like the one at which the labels are read, and the rate that the clips state if no
+/// label of the recordings is read.
 std::vector<TimecodeFrameRate> ratesToTry(const Shoot& shoot, const HandledClips& card) {
     std::vector<TimecodeFrameRate> rates = ratesCountingAs(rateOfLabels(shoot));
     const TimecodeFrameRate stated = labelRate(card.places.front().first->group->video);
@@ -47,7 +47,7 @@ std::vector<TimecodeFrameRate> ratesToTry(const Shoot& shoot, const HandledClips
     std::erase(rates, shoot.input.rules.timecodeRate);
     return rates;
 }
-/// The one at which they agree best; absent where they agree as the labels are read.
+/// The rate at which the offsets agree best; absent if they agree at the current rate.
 std::optional<HeardRate> rateOf(const Shoot& shoot, const HandledClips& card) {
     std::optional<HeardRate> best;
     if (std::cmp_less(card.places.size(), explanation::fewest) ||
@@ -73,12 +73,12 @@ std::optional<HeardRate> rateOf(const Shoot& shoot, const HandledClips& card) {
     return best;
 }
 
-/// A camera, and what its microphone says of one card of recordings.
+/// A camera, and what its microphone shows about one card of recordings.
 struct Camera {
     const CameraAndCard* key;
     const HandledClips* clips;
-    std::optional<Agreement> offset = {}; ///< by which the card's clock is wrong
-    bool isElsewhere = false;             ///< that was heard in other recordings than those under the clips
+    std::optional<Agreement> offset = {}; ///< the error of the card's clock
+    bool isElsewhere = false;             ///< heard in other recordings than those under the clips
     bool isDeaf() const { return clips->heard.empty() && clips->elsewhere.empty(); }
 };
 
@@ -105,7 +105,7 @@ class HeardOffsets {
   private:
     Camera cameraOf(const CameraAndCard& key, const HandledClips& card) const {
         Camera camera{&key, &card};
-        // Of sound that runs at another speed, the distance is that of one moment alone.
+        // If sound runs at another speed, the distance is only valid at one moment.
         if (doubts_.has(card.unmoved.front()->group->id, {Kind::drift})) return camera;
         if (card.elsewhere.empty()) {
             camera.offset = agreementOf(card.heard, explanation::fewest);
@@ -118,8 +118,8 @@ class HeardOffsets {
         return camera;
     }
 
-    /// Of all cameras with sound of one card: those that heard it at one distance are told together, and with
-    /// them those that could not hear, as long as no other camera says otherwise.
+    /// For all cameras with sound of one card: cameras that heard it at one distance share a doubt. Cameras
+    /// that could not hear it are included if no other camera contradicts.
     void addOffsets(const std::vector<Camera>& cameras) {
         std::vector<std::vector<Camera>> together;
         for (const Camera& camera : cameras) {
@@ -144,8 +144,8 @@ class HeardOffsets {
         for (const auto& those : together) addOffset(those, areAgreed ? cameras : those, areAgreed);
     }
 
-    /// `heard`: those that agree on it. `all`: for which it is told. `areAgreed`: no other camera with sound
-    /// of the card heard it elsewhere.
+    /// `heard`: the cameras that agree on it. `all`: the cameras that the doubt is about. `areAgreed`: no
+    /// other camera with sound of the card heard it at another distance.
     void addOffset(const std::vector<Camera>& heard, const std::vector<Camera>& all, bool areAgreed) {
         const HeardClock clock = heardClock(heard.front().offset->seconds, rate_);
         const double offset = clock.seconds;
@@ -188,7 +188,7 @@ class HeardOffsets {
         }
         addCardDoubt(doubts_, std::move(doubt), unmoved);
     }
-    /// Lags that grow with the time of day are a wrong rate.
+    /// Distances that grow with the time of day show a wrong rate.
     void addRate(const Camera& camera) {
         const HandledClips& card = *camera.clips;
         if (doubts_.has(card.unmoved.front()->group->id, {Kind::drift})) return;
@@ -211,7 +211,7 @@ class HeardOffsets {
                                  {camera})},
                      card.unmoved);
     }
-    /// Their clips may belong to the card.
+    /// Adds the folders of cameras without sound: their clips may belong to the card.
     void addCamerasWithoutSound(std::set<std::string_view>& folders) const {
         for (const Shoot::Clip& clip : shoot_.clips) {
             const std::string_view folder = folderOf(clip.group->video);
@@ -224,7 +224,7 @@ class HeardOffsets {
         return {CureOption::Kind::soundOffset,
                 offsetText(seconds + shoot_.input.rules.soundOffsetSeconds, rate_)};
     }
-    /// In a scan in which the card's sound moves under the clips of these cameras alone.
+    /// The options in a scan that moves the card's sound only under the clips of these cameras.
     DoubtCure forCameras(std::vector<CureOption> options, const std::vector<Camera>& cameras,
                          bool isExact = true) const {
         const auto& [camera, recorder, day] = *cameras.front().key;
@@ -235,7 +235,7 @@ class HeardOffsets {
             clips.insert(clips.end(), one.clips->all.begin(), one.clips->all.end());
             folders.insert(std::get<0>(*one.key));
         }
-        // Others would be left without their own sound, or be given this.
+        // Other clips would lose their own sound, or get this one.
         const bool areAll = std::ranges::none_of(
             cards_, [&](const auto& other) { return !folders.contains(std::get<0>(other.first)); });
         if (!areAll) addCamerasWithoutSound(folders);
@@ -247,7 +247,7 @@ class HeardOffsets {
                (isPart ? std::string() : cure_.forOtherSound(sound));
     }
 
-    /// Where they do not agree.
+    /// For cameras that do not agree.
     void addEachElsewhere(const HandledClips& card) {
         for (const auto& [clip, other] : card.elsewhere) {
             if (other.score < sureScore || doubts_.has(clip->group->id, {Kind::constantOffset})) continue;
@@ -275,7 +275,7 @@ class HeardOffsets {
             return other.first != key && std::get<1>(other.first) == std::get<1>(key) &&
                    std::get<2>(other.first) == std::get<2>(key);
         };
-        // Where another camera heard the recorder otherwise, it is the first camera's clock.
+        // If another camera heard the recorder at another distance, the first camera's clock is wrong.
         const bool isContradicted = std::ranges::any_of(cards_, [&](const auto& other) {
             return isOfOther(other) && !other.second.soundings().empty() && !clockDriftOf(other.second);
         });

@@ -8,10 +8,10 @@
 
 namespace orvane {
 
-/// Of all files those that the scan of a cure takes, by their real paths. Nothing is read.
+/// Decides which files the scan of a cure takes, by their real paths. Reads no file.
 class KeptFiles {
   public:
-    /// `folders`: that the scan was given; none for work that no scan made.
+    /// `folders`: the folders of the scan; empty for work that no scan made.
     KeptFiles(const std::vector<FileURL>& folders, const CureWay& way);
     KeptFiles(const KeptFiles&) = delete; // its patterns refer to its roots
     KeptFiles& operator=(const KeptFiles&) = delete;

@@ -13,11 +13,11 @@ namespace {
 
 using Kind = SyncDoubt::Kind;
 
-// Drop frame keeps to the clock but for a few frames a day.
+// Drop frame follows the clock within a few frames a day.
 constexpr double smallestDriftSeconds = 0.1;
 
-/// By the recorder's flag, else by the text of its rate. A rate that says neither is read as drop frame by
-/// habit, which says nothing of the recorder.
+/// By the recorder's flag, else by the text of its rate. A rate text that states neither is read as drop
+/// frame by convention, which is no evidence about the recorder.
 std::optional<bool> countsDropFrame(const MediaAsset& sound) {
     if (!sound.ixmlData) return std::nullopt;
     for (const auto& said : {sound.ixmlData->timecodeFlag, sound.ixmlData->timecodeRate}) {
@@ -27,10 +27,10 @@ std::optional<bool> countsDropFrame(const MediaAsset& sound) {
     return std::nullopt;
 }
 
-/// How long labels take to count one.
+/// The time in which labels count one hour.
 double secondsOfAnHour(TimecodeFrameRate rate) { return Timecode({.hours = 1}, rate).realTimeValue(); }
 
-/// What a clip and its sound count otherwise.
+/// Differences between how a clip and its sound count labels.
 class OtherCounts {
   public:
     explicit OtherCounts(ClipInDoubt& of) : of_(of) {}
@@ -42,7 +42,7 @@ class OtherCounts {
 
   private:
     static DoubtCure rateFor(std::string rate) { return {CureOption::Kind::timecodeRate, std::move(rate)}; }
-    /// Only what both files say of themselves counts.
+    /// Uses only what both files state.
     void dropMix() {
         if (of_.shoot.input.rules.timecodeRate) return;
         const auto& own = of_.group.video.timecodeFrameRate;
@@ -60,7 +60,7 @@ class OtherCounts {
     }
 
     /// Labels of one family that were counted at two rates drift apart from midnight on. A start in samples
-    /// was made from such a label at the recorder's rate.
+    /// was computed from such a label at the recorder's rate.
     void otherRate() {
         if (of_.shoot.input.rules.timecodeRate || !of_.clip.place || of_.clip.isDecided) return;
         const auto& own = of_.group.video.timecodeFrameRate;

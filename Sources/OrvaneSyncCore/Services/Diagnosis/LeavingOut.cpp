@@ -11,7 +11,7 @@ namespace orvane {
 
 namespace {
 
-/// Of paths in the order of their bytes, whether one lies in the folder, which ends with a slash.
+/// Whether one of the paths, sorted by bytes, is in the folder. The folder ends with a slash.
 bool hasIn(const std::vector<std::string>& paths, std::string_view folder) {
     const auto first = std::ranges::lower_bound(paths, folder);
     return first != paths.end() && first->starts_with(folder);
@@ -27,7 +27,7 @@ bool isDirectlyIn(std::string_view folder, std::string_view path) {
     return path.starts_with(folder) && path.find('/', folder.size()) == std::string_view::npos;
 }
 
-/// What the names begin with, all of them.
+/// The longest common beginning of the names.
 std::string commonStem(const std::vector<std::string>& names, std::string_view ending) {
     std::string stem = names.front().substr(0, names.front().size() - ending.size());
     for (const std::string& name : names)
@@ -35,7 +35,7 @@ std::string commonStem(const std::vector<std::string>& names, std::string_view e
     return stem;
 }
 
-/// A pattern of all names with other digits in the same places.
+/// A pattern that fits all names with other digits in the same places.
 std::string shapeOf(std::string_view name) {
     std::string shape;
     for (const char c : name) shape += c >= '0' && c <= '9' ? "[0-9]" : escapedInPattern({&c, 1});
@@ -77,7 +77,7 @@ LeavingOut::LeavingOut(const Shoot& shoot) : shoot_(shoot) {
     for (const FileURL& folder : shoot.input.folders)
         roots_.push_back(folder.path + (folder.path.ends_with('/') ? "" : "/"));
     if (!roots_.empty()) return;
-    // Of work that no scan made, the folder that all of it has in common.
+    // For work that no scan made: the folder that all its files have in common.
     std::string common;
     const auto take = [&](const MediaAsset& file) {
         const std::string& path = file.url.path;
@@ -101,9 +101,9 @@ std::optional<LeavingOut::Options> LeavingOut::of(const std::function<bool(const
     for (const Shoot::Clip& clip : shoot_.clips) take(clip.group->video);
     for (const MediaAsset& recording : shoot_.input.recordings) take(recording);
     std::ranges::sort(kept);
-    std::set<std::string> folders; // with nothing else in them, the highest ones
+    std::set<std::string> folders; // the highest folders that contain nothing else
     std::set<std::pair<std::string, std::string>>
-        endings; // else the file's own folder, and what its name ends with
+        endings; // for other files: their folder, and the end of their name
     for (const std::string& path : left) {
         std::string_view folder = std::string_view(path).substr(0, path.rfind('/') + 1);
         if (hasIn(kept, folder)) {
@@ -147,7 +147,7 @@ std::optional<LeavingOut::Options> LeavingOut::of(const std::function<bool(const
         if (!path || path->empty()) return std::nullopt;
         const std::string whole = path->substr(0, path->size() - 1);
         const auto isIn = [&](const std::string& file) { return file.starts_with(folder); };
-        // A name alone holds wherever the scan begins.
+        // A pattern of a name alone works below every folder of the scan.
         if (!propose(std::string(lastName(whole)), isIn) &&
             !propose(whole.find('/') == std::string::npos ? "./" + whole : whole, isIn))
             return std::nullopt;
@@ -177,7 +177,7 @@ std::optional<LeavingOut::Options> LeavingOut::of(const std::function<bool(const
             }))
             continue;
         options.globs.resize(before);
-        // Neighbours in numbers: a few can be named, more lie before or behind the others.
+        // Neighbours by number: a few are named, more are left out as those before or after the others.
         constexpr std::size_t mostNames = 4;
         if (names.size() <= mostNames && std::ranges::all_of(names, [&](const std::string& name) {
                 return propose(own + escapedInPattern(name), [&](const std::string& file) {

@@ -11,11 +11,11 @@
 
 namespace orvane {
 
-/// What a scan with an exclusion passes over: where a folder above the file fits the pattern, or its own name
-/// does, in each of the folders that were named.
+/// The files that a scan with an exclusion skips: the pattern fits the name of the file, or a folder above
+/// it, below every named folder that holds the file.
 class PassedOver {
   public:
-    /// `roots`: these folders, with a slash behind each.
+    /// `roots`: the named folders, with a slash at the end.
     PassedOver(const std::vector<std::string>& roots, const std::string& pattern)
         : roots_(roots), glob_(pattern) {}
     bool leavesOut(const std::string& path) const;
@@ -24,30 +24,31 @@ class PassedOver {
     const std::vector<std::string>& roots_;
     PathGlob glob_;
 };
-/// What stands for itself in a pattern of `--exclude`, but for what no terminal shows and nobody types.
+/// The path as a pattern of `--exclude` for itself. Control characters, which no terminal shows and no
+/// keyboard types, become `?`.
 std::string escapedInPattern(std::string_view path);
 
-/// What leaves some files of a work out of its scan and keeps all others. Each proposal was tried on the
-/// paths of all files as a scan tries its exclusions.
+/// Options that leave some files of a work out of its scan and keep all others. Each proposal is tested on
+/// the paths of all files with the rules of a scan.
 class LeavingOut {
   public:
     explicit LeavingOut(const Shoot& shoot);
 
     struct Options {
         std::vector<std::string> globs;   ///< for `--exclude`
-        std::vector<std::string> folders; ///< that were named for the scan and hold nothing else
+        std::vector<std::string> folders; ///< named for the scan; they hold only files to leave out
 
         std::size_t count() const { return globs.size() + folders.size(); }
         std::vector<CureOption> options() const;
     };
-    /// Absent where what is left out lies among what is kept. `byNumber`: files
-    /// of one card are told apart by their numbers as well, those before a moment from those behind it.
+    /// Absent if no options separate the files to leave out from the others. `byNumber`: files of one card
+    /// may also be separated by their numbers, those before a moment from those after it.
     std::optional<Options> of(const std::function<bool(const MediaAsset&)>& isLeftOut,
                               bool byNumber = false) const;
 
   private:
     const Shoot& shoot_;
-    std::vector<std::string> roots_; ///< the folders of the scan, with a slash behind each
+    std::vector<std::string> roots_; ///< the folders of the scan, with a slash at the end
 };
 
 } // namespace orvane

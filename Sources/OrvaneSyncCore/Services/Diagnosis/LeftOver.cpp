@@ -15,7 +15,7 @@ namespace orvane {
 
 namespace {
 
-/// By folder and day.
+/// Files by folder and day.
 class FilesByDay {
   public:
     void add(const MediaAsset& file, const FilePlace& place) {
@@ -67,7 +67,7 @@ JSON::Array toJSON(const std::vector<LeftOver::Files>& all) {
     return list;
 }
 
-/// By their dates; absent where there is no recording, or one without a day.
+/// The days of the recordings; absent if there is no recording, or one without a day.
 std::optional<std::set<long>>
 daysRecorded(const SyncGroupList& groups, const std::vector<const MediaAsset*>& withoutClip, Places& places) {
     std::set<long> days;

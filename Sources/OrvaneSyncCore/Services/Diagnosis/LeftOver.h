@@ -10,30 +10,31 @@
 
 namespace orvane {
 
-/// Clips without a match of which no doubt says why, beside recordings that no clip has. Each may be what the
-/// other lacks, by a clock that nothing tells to be wrong. Pure; any thread.
+/// Clips without a match that no doubt explains, if there are also recordings that no clip has. They may
+/// belong together, with a clock error that nothing shows. Pure; any thread.
 struct LeftOver {
-    /// What lies in one folder and is of one day.
+    /// The files of one folder and one day.
     struct Files {
         std::string folder;
         std::optional<long> day; ///< since 1970; absent where the files do not say
-        double firstSeconds = 0; ///< since midnight, of the first one's start as it is laid
-        double lastSeconds = 0;  ///< of the last one's end
+        double firstSeconds = 0; ///< since midnight; start of the first file, at its place for matching
+        double lastSeconds = 0;  ///< end of the last file
         int count = 0;
     };
-    /// Clips of a day of which there is no recording at all, where all recordings are of known days.
+    /// Clips of a day that has no recording, if the days of all recordings are known.
     struct SilentDay {
         long day = 0;
         int count = 0;
     };
-    std::vector<Files> clips, recordings; ///< by folder and day, both or neither; not of silent days
+    std::vector<Files> clips,
+        recordings; ///< by folder and day; both lists are empty or none is; without silent days
     std::vector<SilentDay> silentDays;
 
     bool isEmpty() const { return clips.empty() && silentDays.empty(); }
-    /// `recordings`: those without a clip. `rules`: by which the clips were matched.
+    /// `recordings`: those without a clip. `rules`: the rules by which the clips were matched.
     static LeftOver of(const SyncGroupList& groups, const std::vector<const MediaAsset*>& recordings,
                        const MatchRules& rules, const SyncDoubts& doubts);
-    /// How many there are, when they lie, and what to look at: lines, empty where there is nothing to say.
+    /// How many there are, their times, and what to check: lines, empty if there is nothing to report.
     std::string text() const;
 };
 

@@ -17,14 +17,14 @@ namespace {
 using Kind = SyncDoubt::Kind;
 using platform::text::formatted;
 
-// A camera that rolls a moment longer than the recorder is no fault.
+// A camera that rolls a moment longer than the recorder is normal.
 constexpr double missingSoundSeconds = 1;
 constexpr double cutSeconds = 0.5;
 constexpr const char* listenToOne =
     "; listen to one of them first, as a clock that is some seconds off looks the same";
-// Starts by timecode are rounded to a frame at either side.
+// Starts from timecode are rounded to a frame on both sides.
 constexpr double smallestGapSeconds = 0.1;
-// What it takes to end one take and begin the next.
+// The time in which a recorder ends one take and begins the next.
 constexpr double smallestPauseSeconds = 1;
 
 DoubtCure trimOption(TrimMode mode) {
@@ -32,7 +32,7 @@ DoubtCure trimOption(TrimMode mode) {
             std::string(settings::trimMode.key) + "=" + std::string(rawValue(mode))};
 }
 
-/// What of the picture has no sound, and what of it is cut off.
+/// The parts of the picture that have no sound, and the parts that are cut off.
 class LengthDoubts {
   public:
     LengthDoubts(ClipInDoubt& of, bool isHeard) : of_(of), isHeard_(isHeard) {}
@@ -45,7 +45,7 @@ class LengthDoubts {
 
   private:
     void shortSound() {
-        // Whoever cuts to the sound knows that it is shorter.
+        // With this trim mode the user knows that the clip is shorter.
         if (of_.shoot.input.trimMode == TrimMode::overlap) return;
         if (!of_.clip.place || of_.clip.isUnplaced || of_.clip.atMidnight != nullptr ||
             of_.group.video.isOffspeed() || of_.take.isEmpty())
@@ -88,37 +88,37 @@ class LengthDoubts {
                             (isHeard_ ? "" : listenToOne));
     }
 
-    /// What the document cuts off the picture's end; absent where that is too little to tell.
+    /// The end of the picture that the document cuts off; absent if it is too short to report.
     std::optional<double> cutOff() const {
         if (of_.shoot.input.trimMode != TrimMode::commonDuration || of_.group.video.isOffspeed())
             return std::nullopt;
         const double cut = of_.group.video.durationSeconds.value_or(0) - of_.take.durationSeconds;
-        // To less than a frame nothing is cut.
+        // The document never cuts a clip to less than a frame.
         if (of_.take.durationSeconds * clipRate(of_.group.video, rateWithoutAny) < 1 || cut < cutSeconds)
             return std::nullopt;
         return cut;
     }
-    /// Whether the sound begins within the picture, behind what the document keeps of it.
+    /// Whether the sound begins within the picture, but after the part that the document keeps.
     bool isSoundCutOff() const {
         const double start = of_.take.offsetSeconds + of_.group.manualAudioOffsetSeconds;
         return of_.clip.place && cutOff() && start >= of_.take.durationSeconds && start < of_.length();
     }
     static DoubtCure cureOfCut() {
-        // First what leaves no doubt: all of the picture has moments without sound.
+        // First the way that certainly helps: all of the picture includes moments without sound.
         return trimOption(TrimMode::overlap) + " keeps what both have, " +
                trimOption(TrimMode::videoDuration) + " all of the picture";
     }
     void cutByTrim() {
         const auto cut = cutOff();
-        if (!cut || isSoundCutOff() || of_.clip.atMidnight != nullptr) return; // which says both
+        if (!cut || isSoundCutOff() || of_.clip.atMidnight != nullptr) return; // those doubts report both
         const double picture = of_.group.video.durationSeconds.value_or(0);
         of_.addOf(Kind::cutByTrim,
                   "is cut from " + formatted("%.1f s", picture) + formatted(" to %.1f s,", picture - *cut) +
                       " the length of its sound, counted from the picture's start",
                   isPartedAtMidnight() ? acrossMidnight() : cureOfCut());
     }
-    /// By the rule of neighbouring days times of day alone overlap: what goes on behind midnight is not
-    /// found.
+    /// With the rule of neighbouring days only times of day are compared: a recording that continues after
+    /// midnight is not found.
     bool isPartedAtMidnight() const {
         if (of_.shoot.input.rules.days != MatchingDays::neighbours || !of_.clip.place) return false;
         const SyncEngine::TCRange behind{0, of_.clip.place->range.endSeconds - secondsADay};
@@ -132,13 +132,13 @@ class LengthDoubts {
                ", which finds sound behind midnight";
     }
 
-    /// For each file the one of its recorder and its channels that it continues, whatever else was recorded
-    /// meanwhile.
+    /// Finds, for each file, the file of its recorder and its channels that it continues, whatever else was
+    /// recorded in between.
     void splitGap() {
         if (of_.group.audioMatches.size() < 2) return;
         const auto endOf = [](const TakeFile& file) { return file.startSeconds + file.durationSeconds; };
         double reportedAt = -std::numeric_limits<double>::infinity(); // the channels of a take in mono files
-                                                                      // miss the same moments
+                                                                      // have their gap at the same moments
         for (const TakeFile& after : of_.take.files) {
             if (after.role == TakeRole::mirror) continue;
             const TakeFile* before = nullptr; // the one that ends last
@@ -154,7 +154,7 @@ class LengthDoubts {
             if (gap(*before, after, after.startSeconds - endOf(*before))) reportedAt = endOf(*before);
         }
     }
-    /// A part with another name may lie between the two, in their channels.
+    /// Whether a part with another name fills the gap, in the same channels.
     bool isFilled(const TakeFile& before, const TakeFile& after) const {
         constexpr double tolerance = SplitRecordingDetector::contiguityToleranceSeconds;
         const double from = before.startSeconds + before.durationSeconds;

@@ -14,14 +14,14 @@ namespace orvane {
 
 namespace {
 
-// Room tone, wild tracks and what was said between takes is shorter.
+// Room tone, wild tracks and talk between takes are shorter.
 constexpr double leastLoneSeconds = 600;
 constexpr std::size_t mostLone = 3;
-constexpr std::size_t clipsOfALone = 4; // that are listened to
-// Of all channels of what is read: half a minute from a card.
+constexpr std::size_t clipsOfALone = 4; // clips that are analysed for each recording
+// The length to read times its channels: half a minute of reading from a card.
 constexpr double mostChannelSeconds = 40000;
 
-/// A long recording that no clip has, and clips with other sound that may have it too.
+/// A long recording that no clip has, and clips with other sound that may also have this one.
 struct Lone {
     const MediaAsset* recording;
     std::vector<const Shoot::Clip*> clips;
@@ -31,7 +31,7 @@ struct Lone {
     }
 };
 
-/// Some of the clips that have sound, spread over them.
+/// A sample of the clips that have sound.
 std::vector<const Shoot::Clip*> clipsToHear(const Shoot& shoot) {
     std::vector<const Shoot::Clip*> all, result;
     for (const Shoot::Clip& clip : shoot.clips)
@@ -69,7 +69,7 @@ class LoneDoubts {
 
     void add() {
         for (const Lone& lone : loneRecordings(shoot_)) {
-            std::vector<double> starts; // of the recording, on the line of the clips
+            std::vector<double> starts; // of the recording, on the axis of the clips
             double first = 0;
             for (const Shoot::Clip* clip : lone.clips)
                 if (const HeardClaim* heard = heardClaim(shoot_, lone.claim(*clip));
@@ -112,7 +112,7 @@ class LoneDoubts {
             text += " of " + dayText(*known->place.day) + " where the clips are of " + dayText(*day);
         return text;
     }
-    /// Of the first clip behind that moment.
+    /// The day of the first clip after that moment.
     std::optional<long> clipDay(double start) const {
         for (const Shoot::Clip& clip : shoot_.clips)
             if (clip.place && likelyRange(clip).startSeconds >= start) return clip.likelyDay();
@@ -122,7 +122,7 @@ class LoneDoubts {
         DoubtCure byHand = "attach it by hand to the clips that shall have it";
         const Recording* known = placed(recording);
         if (known == nullptr) return byHand;
-        // The time of day alone: a date has an option of its own.
+        // Only the time of day: a date has an option of its own.
         const double offset =
             heardClock(std::remainder(start - known->place.range.startSeconds, secondsADay), rate_).seconds;
         const auto day = clipDay(start);

@@ -13,8 +13,9 @@ namespace orvane {
 
 namespace {
 
-/// A recorder that ran through all clips: too few recordings to tell its clock by, as they lie under the
-/// clips by any time within minutes or hours. Where one whole hour is among these, it is worth a clap.
+/// A recorder that ran through all clips. Its recordings are too few to find its clock: they lie under the
+/// clips at any offset in a range of minutes or hours. If exactly one whole hour is in that range, it is
+/// worth checking with a clap.
 class LongRecordings {
   public:
     LongRecordings(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts)
@@ -22,7 +23,7 @@ class LongRecordings {
 
     void add() {
         const std::vector<bool> isUsed = shoot_.usedWholes();
-        std::map<std::string, std::vector<std::size_t>> folders; // of what lies under no clip
+        std::map<std::string, std::vector<std::size_t>> folders; // of recordings that lie under no clip
         for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
             if (!isUsed[shoot_.wholes.firstOf[i]])
                 folders[std::string(folderOf(*shoot_.recordings[i].asset))].push_back(i);
@@ -42,7 +43,7 @@ class LongRecordings {
         for (const Shoot::Clip* clip : clips_.all)
             if (std::ranges::any_of(wholes, [&](std::size_t file) { return mayOverlap(file, *clip); }))
                 clips.push_back(clip);
-        // Where some clips have sound, the others may have none.
+        // If some clips have sound, the others may have been shot without.
         if (std::cmp_less(clips.size(), explanation::fewest) ||
             std::ranges::any_of(clips, [&](const Shoot::Clip* clip) {
                 return !clip->group->audioMatches.empty() ||
@@ -57,12 +58,12 @@ class LongRecordings {
             return;
         }
     }
-    /// Of clips of other days the date is wrong, if anything.
+    /// For clips of other days, the date would be wrong, not the clock.
     bool mayOverlap(std::size_t file, const Shoot::Clip& clip) const {
         const auto recorded = shoot_.wholes.places[file].day, filmed = clip.likelyDay();
         return !recorded || !filmed || std::abs(*recorded - *filmed) <= 1;
     }
-    /// Multiples of the step by which the sound lies under all of the clips.
+    /// Multiples of the step at which the sound lies under all of the clips.
     std::vector<double> offsetsFor(const std::vector<const Shoot::Clip*>& clips, const Covers& sound,
                                    double step) const {
         std::vector<double> found;

@@ -12,13 +12,13 @@ namespace orvane {
 
 namespace {
 
-/// A file of a take that a recorder wrote as a file a channel: T02_3.WAV.
+/// A file of a take by a recorder that writes one file per channel: T02_3.WAV.
 struct NumberedName {
-    std::string_view stem, ending; ///< what is before the number with its sign, and behind it
+    std::string_view stem, ending; ///< the text before the number and its separator, and the text after it
     int number = 0;
 };
 
-/// Three digits and more count takes and parts.
+/// A number of three digits or more counts takes and parts.
 std::optional<NumberedName> numberedName(std::string_view name) {
     const std::size_t point = std::min(name.rfind('.'), name.size());
     const std::size_t sign = name.substr(0, point).find_last_not_of("0123456789");
@@ -35,7 +35,7 @@ struct NumberedTake {
     std::vector<const Recording*> files;
     std::set<int> numbers;
     std::string_view ending;
-    bool isTake = true; ///< all begin at once, and have one channel
+    bool isTake = true; ///< all files begin at once, and have one channel
 
     void add(const Recording& file, const NumberedName& name) {
         constexpr double atOnceSeconds = 0.5;
@@ -48,11 +48,11 @@ struct NumberedTake {
     }
 };
 
-/// By what the names begin with.
+/// The takes of a card, by the beginning of their names.
 using NumberedCard = std::map<std::string_view, NumberedTake>;
 
-/// A number that the take passes over, though another one of its card has it. Which channels are armed
-/// changes from take to take: none where another take has these same numbers.
+/// A number that is missing in the take although another take of its card has it. The armed channels change
+/// from take to take, so absent if another take has exactly these numbers.
 std::optional<int> missingNumber(const NumberedTake& take, const NumberedCard& card) {
     const auto alike = std::ranges::count_if(
         card, [&](const auto& other) { return other.second.isTake && other.second.numbers == take.numbers; });

@@ -18,7 +18,7 @@ namespace {
 
 using TCRange = SyncEngine::TCRange;
 
-// Of what overlaps one clip, two recordings that share less than this of the longer one were not made
+// If two recordings that overlap one clip share less than this part of the longer one, they were not made
 // together.
 constexpr double togetherShare = 0.5;
 
@@ -31,7 +31,7 @@ bool mayBeOneRecorder(const MediaAsset& a, const MediaAsset& b) {
            !SplitRecordingDetector::areKnownToDiffer(tape(a), tape(b)) && namePattern(a) == namePattern(b);
 }
 
-using Hours = std::map<long, TCRange>; ///< by day, from its first file to its last
+using Hours = std::map<long, TCRange>; ///< by day, from the start of its first file to the end of its last
 
 void addHours(Hours& hours, const std::optional<long>& day, const TCRange& range) {
     if (!day) return;
@@ -49,8 +49,8 @@ bool areShared(const Hours& hours) {
            }) != ranges.end();
 }
 
-/// They were taken for copies of each other, until their contents were compared. A copy that broke off at its
-/// full size differs as well, and is told from these by its length.
+/// Files that count as copies of each other until their contents are compared. A copy that broke off at its
+/// full size also differs; its length distinguishes it.
 bool haveOneNameAndOtherSound(const MediaAsset& a, const MediaAsset& b) {
     return a.contentMark && b.contentMark && a.contentMark != b.contentMark &&
            a.normalizedName() == b.normalizedName();
@@ -90,7 +90,7 @@ bool clipsShareHours(const Shoot& shoot) {
 bool givesDateToSeveralShoots(const Shoot& shoot) {
     const auto& given = shoot.input.rules.soundDay;
     if (!given) return false;
-    std::set<long> shoots; // by their first day
+    std::set<long> shoots; // the first day of each
     for (const Recording& recording : shoot.recordings)
         if (const auto stated = recording.place.statedDay)
             shoots.insert(*stated - (*recording.place.day - *given));
@@ -105,8 +105,8 @@ bool undatedFilesCollide(const Shoot& shoot) {
 
 namespace {
 
-/// The first recording beside another one that its recorder may have made, by `isImpossible` at one time with
-/// it.
+/// The first recording of the clip beside its first one that the same recorder may have made, but, by
+/// `isImpossible`, not at the same time.
 template <class IsImpossible>
 const AudioMatch* besideFirst(const Shoot::Clip& clip, const IsImpossible& isImpossible) {
     const AudioMatch& own = clip.group->audioMatches.front();
@@ -128,7 +128,7 @@ const AudioMatch* besideFirst(const Shoot::Clip& clip, const IsImpossible& isImp
     return nullptr;
 }
 
-/// What one recorder has in both of two takes is the sound from before the second one's start.
+/// If one recorder has both takes, their common part is sound from before the second one's start.
 bool beginsWhileTheOtherRuns(const TakeMembership::Candidate& a, const TakeMembership::Candidate& b,
                              double commonSeconds) {
     constexpr double sameStartSeconds = 0.5;
@@ -154,7 +154,7 @@ const AudioMatch* collisionInFolder(const Shoot::Clip& clip) {
 
 namespace {
 
-/// Whether the second file is named as the next one of a camera: in one of its numbers the two differ.
+/// Whether the second file is named as the next one of a camera: the two differ in one of their numbers.
 bool countsOn(const MediaAsset& before, const MediaAsset& after) {
     const auto numbersOf = [](const std::string& name) {
         std::vector<std::string> numbers;
@@ -174,13 +174,13 @@ bool countsOn(const MediaAsset& before, const MediaAsset& after) {
     return differing == 1;
 }
 
-/// By how much the clock of a camera was set back, at most: at the end of summer time.
+/// Limits of the time by which the clock of a camera was set back, as at the end of summer time.
 constexpr double longestSetBackSeconds = 3600, shortestSetBackSeconds = 60;
 
-/// Of a camera's clips in the order of their names, the first one behind the only place where the timecode
-/// steps back, as a clock that was set does; absent where there is none or several.
+/// In a camera's clips in the order of their names, the first one after the only place where the timecode
+/// steps back, as after setting a clock; absent if there is no such place, or several.
 std::optional<std::size_t> firstBehindSetBack(const std::vector<const Shoot::Clip*>& clips) {
-    constexpr double halfADay = 43200; // more is midnight
+    constexpr double halfADay = 43200; // a larger step is midnight
     std::optional<std::size_t> found;
     for (std::size_t i = 1; i < clips.size(); ++i) {
         const double back = clips[i - 1]->place->range.startSeconds - clips[i]->place->range.startSeconds;

@@ -2,30 +2,30 @@
 
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 
-// Whether files of several days lie together so that the time of day does not tell them apart.
+// Whether files of several days are mixed, so that the time of day does not distinguish them.
 #include <map>
 
 namespace orvane {
 
-/// Whether files of two days were made at the same hours. A night that passes midnight is no such case.
+/// Whether files of two days were made at the same hours. Not true for one night that passes midnight.
 bool daysShareHours(const Shoot& shoot);
-/// The same of clips alone, by the days of their headers too. Those may count another zone than the
-/// recordings, but change their day at one time of day for all clips. Sound that lies under a part of its
+/// The same for clips only, also by the days of their headers. These may count another time zone than the
+/// recordings, but then the day changes at one time of day for all clips. Sound that lies under a part of its
 /// clip may belong to the first or last clip of another day.
 bool clipsShareHours(const Shoot& shoot);
-/// Whether one date was given to recordings of several shoots: by the days that the recordings state
-/// themselves, and by the clips for recordings that state none.
+/// Whether one date was given to recordings of several shoots: by the days that the recordings state, and by
+/// the clips for recordings that state none.
 bool givesDateToSeveralShoots(const Shoot& shoot);
-/// One recorder cannot have made two recordings at one time: such files are of several days.
+/// True if one recorder would have made two recordings at one time: such files are of several days.
 bool undatedFilesCollide(const Shoot& shoot);
-/// What the recorder of the clip's first recording can't have made beside it, with dates neither or both
-/// (`areDated`). Recorders that roll together start and stop together, or keep folders of their own; the
-/// latter alone counts where both files have dates.
+/// A recording of the clip that the recorder of its first recording cannot have made at the same time. Both
+/// have dates, or not both (`areDated`). Recorders that roll together start and stop together, or have
+/// folders of their own; if both files have dates, only the folders count.
 const AudioMatch* collision(const Shoot::Clip& clip, bool areDated);
-/// The same within one folder, whatever dates there are: one file begins while another one is recorded.
+/// The same within one folder, with or without dates: one file begins while another one is recorded.
 const AudioMatch* collisionInFolder(const Shoot::Clip& clip);
-/// Clips that have one recording and lie at one time, although they are of one camera, each with the other:
-/// its clock was set back between them by up to an hour, as at the end of summer time.
+/// Pairs of clips of one camera that have the same recording and lie at the same time, each mapped to the
+/// other: the clock was set back between them by up to an hour, as at the end of summer time.
 std::map<const Shoot::Clip*, const Shoot::Clip*> filmedAtOnce(const Shoot& shoot);
 
 } // namespace orvane

@@ -19,8 +19,8 @@ namespace {
 
 using Sounding = HandledClips::Sounding;
 
-constexpr std::ptrdiff_t fewestOfAPart = 2; // two that agree, where others do not, are no chance
-constexpr std::size_t mostParts = 3;        // a clock that was lost and set right again
+constexpr std::ptrdiff_t fewestOfAPart = 2; // two that agree, and differ from the others, are no coincidence
+constexpr std::size_t mostParts = 3;        // a clock that lost its time and was set right again
 
 double startOf(const Shoot& shoot, std::size_t recording) {
     return onLine(shoot.wholes.places[recording]).startSeconds;
@@ -35,7 +35,8 @@ void append(std::vector<Run>& runs, const Sounding& one) {
     runs.back().push_back(one);
 }
 
-/// Neighbours in time that agree, without one clip that agrees with none: it may have been misheard.
+/// Runs of consecutive clips that agree. A single clip that agrees with none is left out: it may have been
+/// measured wrongly.
 std::vector<Run> runsOf(const Shoot& shoot, std::vector<Sounding> soundings) {
     std::ranges::stable_sort(soundings, {}, [&](const Sounding& one) { return startOf(shoot, one.clip); });
     std::vector<Run> all, runs;
@@ -56,10 +57,10 @@ bool isIn(const Shoot& shoot, const MovedPart& part, std::size_t recording) {
            (!part.behind || start < startOf(shoot, *part.behind));
 }
 
-/// What the other cameras know of the recordings of a part.
+/// What the other cameras show about the recordings of a part.
 struct OtherCameras {
-    bool hasOwnTime = false;       ///< one heard them at another distance
-    std::vector<std::string> deaf; ///< folders of those that heard nothing, where none heard them
+    bool hasOwnTime = false;       ///< one of them heard the recordings at another distance
+    std::vector<std::string> deaf; ///< folders of those that heard nothing, if none heard them
     std::vector<const Shoot::Clip*> deafClips;
 };
 OtherCameras othersOf(const Shoot& shoot, const std::map<CameraAndCard, HandledClips>& cards,
@@ -161,7 +162,7 @@ void addMovedPart(const Shoot& shoot, const std::map<CameraAndCard, HandledClips
                      part.clips);
         return;
     }
-    // Without a bound, the part goes on to the camera's first clip or its last one.
+    // Without a bound, the part extends to the camera's first or last clip.
     const Shoot::Clip *first = part.clips.front(), *last = part.clips.back();
     for (const Shoot::Clip& clip : shoot.clips) {
         if (folderOf(clip.group->video) != camera) continue;

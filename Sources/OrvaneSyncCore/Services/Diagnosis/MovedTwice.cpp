@@ -20,7 +20,7 @@ bool movesAllSound(const CureWay& way) {
     });
 }
 
-/// Of clips whose offset by hand makes up for a clock that is wrong.
+/// Clips whose manual offset already compensates for a wrong clock.
 class MovedClips {
   public:
     explicit MovedClips(const Shoot& shoot) : shoot_(shoot) {
@@ -31,7 +31,7 @@ class MovedClips {
     }
     bool isEmpty() const { return clips_.empty(); }
 
-    /// The most of them that one way of the cure moves besides.
+    /// For each way of the cure, counts these clips that it would move again; returns the largest count.
     std::ptrdiff_t movedAgainBy(const DoubtCure& cure) const {
         std::ptrdiff_t most = 0;
         for (const DoubtCure::Part& part : cure.parts())
@@ -43,7 +43,7 @@ class MovedClips {
   private:
     std::ptrdiff_t movedAgainBy(const CureWay& way) const {
         const KeptFiles kept(shoot_.input.folders, way);
-        std::unordered_map<std::size_t, bool> isKept; // by recording, of which several clips have one
+        std::unordered_map<std::size_t, bool> isKept; // by recording, as several clips may have one
         return std::ranges::count_if(clips_, [&](const Shoot::Clip* clip) {
             platform::throwIfStopped(shoot_.stop);
             const auto [sound, isNew] = isKept.try_emplace(*clip->primary, false);
@@ -56,7 +56,8 @@ class MovedClips {
     std::vector<const Shoot::Clip*> clips_;
 };
 
-/// Without options: what is pasted or pressed keeps the offsets of the clips.
+/// A cure without options: after a call that is pasted or a button that is pressed, clips keep their manual
+/// offsets.
 DoubtCure moveClipByClip(const DoubtCure& cure, std::ptrdiff_t clips) {
     const std::string again = counted(clips, "clip was", "clips were") +
                               " moved by hand, and a correction of all recordings would move " +

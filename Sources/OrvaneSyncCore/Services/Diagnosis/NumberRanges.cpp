@@ -18,7 +18,7 @@ constexpr char zero = '0', nine = '9';
 
 bool isDigit(char c) { return c >= zero && c <= nine; }
 
-/// Digits and what lies between them, in turn; the first piece is none.
+/// The runs of digits and the texts between them, in turn, beginning with a text that may be empty.
 std::vector<std::string> piecesOf(const std::string& name) {
     std::vector<std::string> pieces(1);
     bool isNumber = false;
@@ -38,7 +38,7 @@ std::string times(std::size_t count, const char* text) {
     return result;
 }
 
-/// Of all numbers from `low` to `high`, both with as many digits.
+/// Adds patterns of all numbers from `low` to `high`, which have the same number of digits.
 void addRange(std::vector<std::string>& patterns, const std::string& before, const std::string& low,
               const std::string& high) {
     if (low.empty()) {
@@ -59,14 +59,14 @@ void addRange(std::vector<std::string>& patterns, const std::string& before, con
     if (isHighCut) addRange(patterns, before + high.front(), zeros, highRest);
 }
 
-/// Names that are alike but for their digits.
+/// Names that differ only in their digits.
 struct Alike {
-    std::vector<std::vector<std::string>> own, others; ///< as pieces
+    std::vector<std::vector<std::string>> own, others; ///< in pieces
 };
 
-/// By the number in that place; empty where it does not part them.
+/// Patterns by the number in that place; empty if it does not separate the names.
 std::vector<NumberRange> rangesBy(const Alike& names, std::size_t place) {
-    std::set<std::string> numbers, kept; // of one width, so that they are in the order of their values
+    std::set<std::string> numbers, kept; // of one width, so that their order is that of their values
     for (const auto& pieces : names.own) numbers.insert(pieces[place]);
     for (const auto& pieces : names.others) kept.insert(pieces[place]);
     if (std::ranges::any_of(numbers, [&](const std::string& number) { return kept.contains(number); }))
@@ -75,7 +75,7 @@ std::vector<NumberRange> rangesBy(const Alike& names, std::size_t place) {
     for (auto first = numbers.begin(); first != numbers.end();) {
         const auto next = kept.upper_bound(*first);
         const auto last = next == kept.end() ? numbers.end() : numbers.lower_bound(*next);
-        // As far as nothing else lies.
+        // If no number to keep is before or after the range, it extends to all zeros or all nines.
         const std::string low = next == kept.begin() ? std::string(first->size(), zero) : *first;
         const std::string high = next == kept.end() ? std::string(first->size(), nine) : *std::prev(last);
         std::vector<std::string> patterns;

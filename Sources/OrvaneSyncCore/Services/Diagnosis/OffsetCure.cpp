@@ -31,7 +31,7 @@ DoubtCure OffsetCure::of(const Card& card, double offset) const {
     if (std::abs(total) >= secondsADay - halfAFrame) {
         const double days = std::round(total / secondsADay);
         total -= days * secondsADay;
-        // Without a date the time of day is all that counts.
+        // Without a date, only the time of day counts.
         if (card.day) date = *card.day + static_cast<long>(days);
         if (card.day && std::abs(total) < halfAFrame) return CureWay{{dated()}};
     }
@@ -43,7 +43,7 @@ DoubtCure OffsetCure::of(const Card& card, double offset) const {
 
 std::optional<CureScan> OffsetCure::scanOfRecordings(const Card& card, bool isPart,
                                                      const std::set<std::string_view>& cameras) const {
-    // Nothing but their order tells such recordings from those that are right.
+    // Only their order distinguishes such recordings from those that are right.
     if (isPart) {
         std::set<UUID> own;
         for (const std::size_t file : card.files) own.insert(shoot_.recordings[file].asset->id);
@@ -61,7 +61,7 @@ std::optional<CureScan> OffsetCure::scanOfRecordings(const Card& card, bool isPa
 }
 
 std::set<std::string_view> OffsetCure::camerasOfUnit(const Card& card) const {
-    std::map<std::string_view, const MediaAsset*> own, other; // of sound, a file of each folder
+    std::map<std::string_view, const MediaAsset*> own, other; // of sound, one file for each folder
     for (const Recording& recording : shoot_.recordings)
         (isOn(card, shoot_, *recording.asset) ? own : other)
             .try_emplace(folderOf(*recording.asset), &*recording.asset);

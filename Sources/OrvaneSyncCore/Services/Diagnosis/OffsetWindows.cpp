@@ -26,7 +26,7 @@ DeepestOffset deepest(const std::vector<OffsetWindow>& windows, std::size_t clip
     }
     std::ranges::sort(
         edges, [](const Edge& a, const Edge& b) { return a.at != b.at ? a.at < b.at : a.isEnd < b.isEnd; });
-    // Behind each edge; several windows of one clip count once.
+    // Counts after each edge; several windows of one clip count once.
     std::vector<int> open(clipCount), depths(edges.size());
     int depth = 0, most = 0;
     for (std::size_t i = 0; i < edges.size(); ++i) {
@@ -39,7 +39,7 @@ DeepestOffset deepest(const std::vector<OffsetWindow>& windows, std::size_t clip
         most = std::max(most, depth);
     }
     const auto first = std::ranges::find(depths, most) - depths.begin();
-    // From the edge on, as long as there are so many.
+    // The range around the best edge in which at least `least` clips have a window.
     const auto rangeOf = [&](int least) {
         auto from = first, to = first;
         while (from > 0 && depths[static_cast<std::size_t>(from - 1)] >= least) --from;
@@ -71,7 +71,8 @@ OffsetFit fitAt(const std::vector<OffsetWindow>& windows, std::size_t clipCount,
 NicestOffset nicest(const std::vector<OffsetWindow>& windows, std::size_t clipCount,
                     const DeepestOffset& best, TimecodeFrameRate rate) {
     constexpr double anHour = 3600;
-    constexpr double nearSeconds = 30; // of what the best one misses by a clip that begins early
+    constexpr double nearSeconds =
+        30; // distance from the best offset, which a clip that begins early may shift
     constexpr double clearlyNearerSeconds = 60;
     const double hourOfLabels = labelSeconds(anHour, rate);
     std::optional<double> nice;

@@ -21,9 +21,9 @@ namespace orvane {
 
 namespace {
 
-constexpr double aFrameSeconds = 1.0 / 24; // and less, at any higher rate
+constexpr double aFrameSeconds = 1.0 / 24; // shorter at any higher rate
 
-/// Timecode that was counted at another rate than the files say.
+/// Timecode that was counted at another rate than the files state.
 class RateDoubts {
   public:
     RateDoubts(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts)
@@ -37,8 +37,8 @@ class RateDoubts {
 
   private:
     struct Explained : Found {
-        /// By which the recordings would lie under all of these clips as they are read, too; empty where the
-        /// end goes before the start.
+        /// Offsets at which the recordings would lie under all of these clips at the current rates as well;
+        /// empty if the end is before the start.
         SyncEngine::TCRange offsets{-std::numeric_limits<double>::infinity(),
                                     std::numeric_limits<double>::infinity()};
     };
@@ -47,8 +47,8 @@ class RateDoubts {
         Explained found;
     };
 
-    /// The rate of a shoot at which most clips without sound find it, where labels that count alike were read
-    /// at another: 23.976 as 24, drop frame as non-drop.
+    /// The rate at which most clips without sound find it, if labels that count equally were read at another
+    /// rate: 23.976 as 24, drop frame as non-drop.
     std::optional<Rate> otherRate() const {
         const double now = static_cast<double>(clips_.all.size() - clips_.uncovered.size());
         if (static_cast<double>(clips_.all.size()) <= explanation::clearly * now) return std::nullopt;
@@ -70,8 +70,8 @@ class RateDoubts {
         }
         return best;
     }
-    /// Whether sound was heard at one distance from where the labels lay it as they are read, which is no
-    /// drift, and at several ones as this rate would lay it.
+    /// Whether sound was heard at one distance from its place at the current rates, which shows no drift, and
+    /// at several distances from its place at this rate.
     bool isRefutedByEar(TimecodeFrameRate rate) const {
         if (shoot_.input.heardLags == nullptr) return false;
         std::vector<double> asRead, atRate;
@@ -90,10 +90,10 @@ class RateDoubts {
         return agreementOf(asRead, explanation::fewest, 0) && !agreementOf(atRate, explanation::fewest, 0);
     }
     static bool areApart(const FilePlace& a, const FilePlace& b) {
-        constexpr double aFrame = 0.01; // and less, at any rate
+        constexpr double aFrame = 0.01; // shorter than a frame at any rate
         return std::abs(a.range.startSeconds - b.range.startSeconds) > aFrame;
     }
-    /// Of all clips, and of those without sound.
+    /// For all clips, and for those without sound.
     std::pair<Explained, Explained> foundAt(TimecodeFrameRate rate) const {
         MatchRules rules = shoot_.input.rules;
         rules.timecodeRate = rate;
@@ -119,7 +119,8 @@ class RateDoubts {
             const auto sound = place ? covers.of(*place) : std::nullopt;
             if (!sound) continue;
             ++all.clips;
-            // What lies under a clip where both are read as they are is kept apart by something else.
+            // If the recording lies under the clip when both are read at the current rates, something else
+            // keeps them from matching.
             if (clip->isCovered || !(isMoved[*sound] || areApart(*place, *clip->place))) continue;
             ++without.clips;
             used.insert(shoot_.wholes.partAt(
@@ -137,7 +138,7 @@ class RateDoubts {
     void addRate(const Rate& rate) {
         const std::string text = rateText(rate.rate);
         const auto concerned = concernedBy(rate.rate);
-        // Timecode that was set at one moment and runs at the rate that it states is as likely.
+        // Timecode that was set once and runs at the rate that it states is as likely.
         const auto& [first, last] = rate.found.offsets;
         std::string offsetFits;
         DoubtCure offsetCure;
@@ -161,14 +162,14 @@ class RateDoubts {
                       DoubtCure(CureOption::Kind::timecodeRate, text) + offsetCure},
                      concerned);
     }
-    /// For an offset, which would move the sound of the other clips as well; absent without others.
+    /// The scan for an offset that would also move the sound of the other clips; absent if there are none.
     std::optional<CureScan> aloneIn(const std::vector<const Shoot::Clip*>& clips) const {
         const std::string_view folder = folderOf(clips.front()->group->video);
         const auto isIn = [&](const Shoot::Clip* clip) { return folderOf(clip->group->video) == folder; };
         if (clips.size() == clips_.all.size() || !std::ranges::all_of(clips, isIn)) return std::nullopt;
         return OffsetCure(shoot_, rate_).scanOfClips({std::string(folder), std::nullopt, {}});
     }
-    /// Those without all of their sound, and those whose sound would move: what has sound may have it by the
+    /// Clips that are not covered, and clips whose sound would move: they may have their sound because of the
     /// wrong rate.
     std::vector<const Shoot::Clip*> concernedBy(TimecodeFrameRate rate) const {
         MatchRules rules = shoot_.input.rules;
@@ -204,8 +205,9 @@ bool addRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubt
 void addGivenRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts) {
     const MatchRules& rules = shoot.input.rules;
     if (!rules.timecodeRate || rules.soundOffsetSeconds != 0) return;
-    std::vector<const Shoot::Clip*> moved;       // against each other, where they are read as they state
-    std::set<std::string_view> folders, staying; // of these clips, and of those that lie alike at both rates
+    std::vector<const Shoot::Clip*> moved; // relative to each other, compared with the rates that they state
+    std::set<std::string_view> folders,
+        staying; // of these clips, and of those with equal places at both rates
     std::set<std::size_t> used;
     double first = -std::numeric_limits<double>::infinity(), last = -first;
     int heard = 0;
@@ -231,14 +233,14 @@ void addGivenRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& 
                          picture->durationSeconds() - (start + sound->durationSeconds()) - coverSlackSeconds);
         last = std::min(last, coverSlackSeconds - start);
     }
-    // Where no offset is needed, the rate is no matter of finding sound.
+    // If no offset is needed, the rate does not decide whether clips find sound.
     if (heard >= explanation::fewest || std::cmp_less(moved.size(), explanation::fewest) ||
         std::cmp_less(used.size(), explanation::fewest) || first > last || (first <= 0 && last >= 0))
         return;
-    // An offset would move the sound of the others as well.
+    // An offset would also move the sound of the other clips.
     if (!staying.empty() && (folders.size() > 1 || staying.contains(*folders.begin()))) return;
     const double offset = std::round((first + last) / 2);
-    // The rate that the clips state is none at all to recordings that count samples.
+    // Recordings that count samples have no label to which the rate of the clips applies.
     const TimecodeFrameRate stated = labelRate(moved.front()->group->video);
     const bool isStatedByAll = std::ranges::all_of(moved, [&](const Shoot::Clip* clip) {
         return labelRate(clip->group->video) == stated && shoot.recordings[*clip->primary].isCounted;

@@ -19,9 +19,9 @@ struct WrittenClip {
 /// Absent for a clip without a date or a place.
 std::optional<WrittenClip> writtenOf(const Shoot::Clip& clip);
 
-/// Whether timecode counts while the camera runs: between two clips more time passes by their dates than by
-/// their timecode. Of files that were written anew, the dates follow each other faster than the clips did.
-/// `clips`: of one folder, in the order of their dates.
+/// Whether timecode counts only while the camera runs: between two clips, more time passes by their dates
+/// than by their timecode. If files were written again by a copy, their dates follow each other faster than
+/// the clips did. `clips`: of one folder, in the order of their dates.
 bool countsWhileRunning(const std::vector<WrittenClip>& clips);
 
 } // namespace orvane

@@ -16,8 +16,8 @@ namespace {
 
 using Kind = SyncDoubt::Kind;
 
-/// A date of a recorder's card that is wrong by itself: at its hours of another day the card lies under
-/// clips.
+/// A wrong date of a recorder's card, with right hours: on another day the card lies under clips at its own
+/// hours.
 class RecorderDates {
   public:
     RecorderDates(const Shoot& shoot, SyncDoubts& doubts)
@@ -39,9 +39,9 @@ class RecorderDates {
     struct Fit {
         Card card; ///< on the day that is tried
         std::vector<const Shoot::Clip*> clips;
-        std::size_t recordings = 0; ///< each once that is cut into several files
+        std::size_t recordings = 0; ///< a recording that is cut into several files counts once
         std::size_t all = 0;        ///< recordings of the card
-        std::size_t files = 0;      ///< in which the clips begin
+        std::size_t files = 0;      ///< files in which the clips begin
     };
 
     void dateOf(const Card& card) {
@@ -63,7 +63,7 @@ class RecorderDates {
                           " if the recorder's date is wrong" + cure_.forOtherSound(card)},
                      best.clips);
     }
-    /// Of the clips, besides those on which the card lies already.
+    /// The days of the clips, except those on which the card is already.
     std::vector<long> nearestDays(const Card& card) const {
         constexpr std::size_t most = 8;
         std::vector<long> days;
@@ -73,7 +73,7 @@ class RecorderDates {
         days.resize(std::min(days.size(), most));
         return days;
     }
-    /// Without clips and recordings where they would be chance, or too few.
+    /// Without clips and recordings if they are too few or fit by chance.
     Fit fitOn(const Card& card, long day) const {
         Fit fit{card, {}};
         fit.card.movedByDays = day - *card.day;
@@ -122,7 +122,7 @@ class RecorderDates {
         fit.files = parts.size();
         return fit;
     }
-    /// Most of the clips are in doubt for their day or their clock already.
+    /// Whether most of the clips already have a doubt about their day or their clock.
     bool isTold(const std::vector<const Shoot::Clip*>& clips) const {
         const auto told = std::ranges::count_if(clips, [&](const Shoot::Clip* clip) {
             return doubts_.has(clip->group->id, {Kind::otherDateFits, Kind::otherDay, Kind::constantOffset,
@@ -141,7 +141,7 @@ class RecorderDates {
 } // namespace
 
 void addRecorderDates(const Shoot& shoot, SyncDoubts& doubts) {
-    // Where a date was given, all recordings have it.
+    // A given date is the date of all recordings.
     if (!shoot.input.rules.soundDay) RecorderDates(shoot, doubts).add();
 }
 

@@ -15,9 +15,8 @@ namespace {
 
 using Kind = SyncDoubt::Kind;
 
-/// Takes at the same minutes of each hour fit a clock that is hours off as well as the right one, but for
-/// the first or the last of them. In doubt are clips for which another hour finds all the sound that they
-/// have, and more.
+/// Takes at the same minutes of each hour also fit a clock that is hours off, except the first or last of
+/// them. The clips are in doubt if another hour finds all the sound that they have, and more.
 class RepeatDoubts {
   public:
     RepeatDoubts(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts)
@@ -43,7 +42,7 @@ class RepeatDoubts {
     }
 
   private:
-    /// With the recordings moved by that; nothing where a clip loses the sound that it has.
+    /// The result with the recordings moved by the offset; absent if a clip loses the sound that it has.
     std::optional<Found> fitAt(const std::vector<const Shoot::Clip*>& clips, double offset) const {
         Found fit;
         std::set<std::size_t> used;
@@ -62,7 +61,7 @@ class RepeatDoubts {
         fit.recordings = static_cast<int>(used.size());
         return fit;
     }
-    /// `folder`: of a camera's clips, absent for those of all cameras. Whether there is a doubt.
+    /// `folder`: of a camera's clips; absent for the clips of all cameras. Returns whether there is a doubt.
     bool repeatOf(const std::vector<const Shoot::Clip*>& clips, const std::optional<std::string>& folder) {
         const auto isConfirmed = [&](const Shoot::Clip& clip) {
             return clip.isDecided && clip.isCovered && !clip.group->isExcludedFromExport &&
@@ -112,7 +111,7 @@ class RepeatDoubts {
     TimecodeFrameRate rate_;
     OffsetCure cure_;
     const std::vector<const Shoot::Clip*>& clips_;
-    Covers covers_; ///< of all recordings where they lie
+    Covers covers_; ///< all recordings at their current places
 };
 
 } // namespace

@@ -22,10 +22,10 @@ namespace {
 using Kind = SyncDoubt::Kind;
 using platform::text::formatted;
 
-constexpr double rivalShare = 0.5; // of what is heard, as matching has it
-constexpr double equalShare = 0.9; // of what the take covers
+constexpr double rivalShare = 0.5; // of the clip's own overlap, as in matching
+constexpr double equalShare = 0.9; // of the part that the take covers
 
-/// How the recorder of one folder is left out of a scan, where no clip needs it.
+/// How a scan leaves out the recorder of one folder, if no clip needs it.
 class OtherRecorders {
   public:
     explicit OtherRecorders(const Shoot& shoot) : shoot_(shoot), leavingOut_(shoot) {
@@ -34,8 +34,8 @@ class OtherRecorders {
                 heard_.emplace_back(clip.group, folderOf(*clip.group->audioMatches[*heard].audio));
     }
 
-    /// `kept`: the folder of a recording that stays. Empty where nothing leaves the other one alone out, and
-    /// where it may be the right one for some of the clips: as long as nobody heard that it is not, for those
+    /// `kept`: the folder of a recording that stays. Empty if no options leave out only the other folder, or
+    /// if a clip whose first recording is in it may need it, because no camera showed that `kept` is right.
     /// of which it is heard.
     const DoubtCure& without(std::string_view folder, std::string_view kept) {
         const auto [known, isNew] = cures_.try_emplace({folder, kept});
@@ -44,10 +44,10 @@ class OtherRecorders {
                 cureOf(std::string(folder) + "/", std::string(kept) + "/", areHeardWith(kept, folder));
         return known->second;
     }
-    /// Whether the cameras of several clips that have both heard those of the first folder in place, and of
-    /// none those of the other.
+    /// Whether the cameras of several clips with recordings of both folders heard those of the first folder
+    /// in place, and no camera heard those of the other.
     bool areHeardWith(std::string_view folder, std::string_view other) const {
-        constexpr int fewest = 2; // one plain place each
+        constexpr int fewest = 2; // each found at a clear place
         int own = 0, others = 0;
         for (const auto& [group, in] : heard_) {
             const auto isIn = [&](std::string_view one) {
@@ -65,7 +65,7 @@ class OtherRecorders {
   private:
     DoubtCure cureOf(const std::string& folder, const std::string& kept, bool isKeptHeard) const {
         if (folder == kept) return {};
-        // Its recorder's folder is the highest one that the other does not lie in.
+        // Its recorder's folder is the highest one that does not contain the other folder.
         const auto same = std::ranges::mismatch(folder, kept).in1 - folder.begin();
         const bool holdsKept = kept.starts_with(folder);
         const std::string whole =
@@ -93,7 +93,7 @@ class OtherRecorders {
         return DoubtCure(options->globs.empty() ? "a scan " : "") + CureWay{options->options()};
     }
 
-    /// Each camera of several may have a recorder of its own.
+    /// Each of several cameras may have a recorder of its own.
     static bool areOfOneCamera(const std::vector<const Shoot::Clip*>& clips) {
         std::vector<const Shoot::Clip*> timed;
         for (const Shoot::Clip* clip : clips) {
@@ -108,7 +108,7 @@ class OtherRecorders {
                    return SyncEngine::overlapDuration(rangeOf(a), rangeOf(b)).has_value();
                }) == timed.end();
     }
-    /// Two recordings that lie at one time of day without saying of which day may be of two.
+    /// Two recordings at one time of day without a date may be of two days.
     bool areOfOneDay(const std::vector<const Shoot::Clip*>& clips) const {
         return std::ranges::all_of(clips, [&](const Shoot::Clip* clip) {
             std::optional<long> day;
@@ -125,10 +125,12 @@ class OtherRecorders {
     const Shoot& shoot_;
     const LeavingOut leavingOut_;
     std::map<std::pair<std::string_view, std::string_view>, DoubtCure> cures_;
-    std::vector<std::pair<const SyncGroup*, std::string_view>> heard_; ///< in the recordings of which folder
+    std::vector<std::pair<const SyncGroup*, std::string_view>>
+        heard_; ///< the folder is that of the recordings in which the clip was heard
 };
 
-/// Units that shoot at once, by the folders of their sound: clips near to such a folder have it, too.
+/// Units that shoot at the same time, by the folders of their sound. Clips near to such a folder have
+/// recordings of it.
 class SoundUnits {
   public:
     explicit SoundUnits(const Shoot& shoot) {
@@ -146,14 +148,15 @@ class SoundUnits {
             unit.hours.endSeconds = std::max(unit.hours.endSeconds, range.endSeconds);
         }
     }
-    /// Clips that are nearer to the recording have their sound from its folder, while this clip was filmed.
+    /// Whether clips that are nearer to the recording have their sound from its folder, at the time of this
+    /// clip.
     bool isOfOthers(const MediaAsset& recording, const Shoot::Clip& clip) const {
         const auto unit = units_.find(folderOf(recording));
         return unit != units_.end() && clip.place &&
                unit->second.nearest > UnitNearness::of(clip.group->video, recording) &&
                SyncEngine::overlapDuration(unit->second.hours, likelyRange(clip));
     }
-    /// Most clips of that camera have sound that is nearer to them.
+    /// Whether most clips of that camera have sound that is nearer to them.
     bool mostHaveNearer(const Shoot::Clip& clip, const UnitNearness& nearness) const {
         const auto camera = cameras_.find(folderOf(clip.group->video));
         return camera != cameras_.end() && 2 * std::ranges::count_if(camera->second, [&](const auto& own) {
@@ -164,11 +167,12 @@ class SoundUnits {
   private:
     struct Unit {
         UnitNearness nearest;
-        SyncEngine::TCRange hours; ///< of the clips that lie as near
+        SyncEngine::TCRange hours; ///< of the clips at this nearness
     };
 
-    std::map<std::string_view, Unit> units_;                        ///< by folder of the sound
-    std::map<std::string_view, std::vector<UnitNearness>> cameras_; ///< by folder, of the clips' sound
+    std::map<std::string_view, Unit> units_; ///< by folder of the sound
+    std::map<std::string_view, std::vector<UnitNearness>>
+        cameras_; ///< nearness of each clip's sound, by folder of the clips
 };
 
 SeparateUnits separateUnits(const Shoot& shoot) {
@@ -178,7 +182,7 @@ SeparateUnits separateUnits(const Shoot& shoot) {
     return SeparateUnits(std::move(clips));
 }
 
-/// Clips that have what another unit recorded meanwhile beside their own sound.
+/// Clips that have, beside their own sound, a recording that another unit made at the same time.
 class SoundOfOtherUnits {
   public:
     explicit SoundOfOtherUnits(const Shoot& shoot)
@@ -199,7 +203,7 @@ class SoundOfOtherUnits {
     }
 
   private:
-    /// All of the other unit, its cameras as well: they would have this unit's sound alone.
+    /// Leaves out all files of the other unit, its cameras included: they would only have this unit's sound.
     const DoubtCure& without(const MediaAsset& other, const MediaAsset& own) {
         const std::string folder = SeparateUnits::folderApart(other, own);
         const auto [known, isNew] = cures_.try_emplace(folder);
@@ -223,12 +227,12 @@ class SoundOfOtherUnits {
     std::map<std::string, DoubtCure> cures_; ///< by folder of the other unit
 };
 
-/// Other recorders than the one that is heard.
+/// Recorders other than the one whose sound the clip uses.
 class Rivals {
   public:
     Rivals(const Shoot& shoot, const Shoot::Clip& clip) : of_(shoot, clip) {}
 
-    /// Two recorders that ran as long: which one comes first is decided by their folders' names.
+    /// If two recorders ran equally long, the names of their folders decide which one is first.
     std::vector<SyncDoubt> doubts(OtherRecorders& others, const SoundUnits& units,
                                   SoundOfOtherUnits& ofOthers) {
         equalRecordings(others, units);
@@ -239,7 +243,7 @@ class Rivals {
     }
 
   private:
-    /// What another recorder has in common with the clip, all of its files together, by folder.
+    /// What other recorders have in common with the clip, all files of a recorder together, by folder.
     std::map<std::string_view, std::vector<const AudioMatch*>> alternates() const {
         std::map<std::string_view, std::vector<const AudioMatch*>> byFolder;
         const auto candidate = [](const AudioMatch& match) {
@@ -257,7 +261,7 @@ class Rivals {
         }
         return byFolder;
     }
-    /// Of what is heard of the take.
+    /// The overlap with the sound that the clip uses.
     double commonSeconds(const std::vector<const AudioMatch*>& matches) const {
         const SyncEngine::TCRange heard{
             std::max(of_.take.offsetSeconds, 0.0),
@@ -277,7 +281,7 @@ class Rivals {
         const AudioMatch& first = of_.group.audioMatches.front();
         for (const auto& [folder, matches] : alternates()) {
             if (commonSeconds(matches) < least) continue;
-            // The sound of the clip's own unit is heard.
+            // The clip uses the sound of its own unit.
             const MediaAsset& other = *matches.front()->audio;
             if (units.isOfOthers(other, of_.clip) && nearness(*first.audio) > nearness(other)) continue;
             const std::string_view own = folderOf(*first.audio);
@@ -296,7 +300,8 @@ class Rivals {
             return;
         }
     }
-    /// Which of two that nobody heard is left out is the user's choice, so the options are no call.
+    /// Of two recordings that no camera heard, the user chooses which one to leave out, so the options are
+    /// only a text.
     static DoubtCure withoutText(const DoubtCure& without, bool isKnown) {
         if (without.isEmpty())
             return cureWords::choose() +
@@ -308,8 +313,8 @@ class Rivals {
                                               "a scan without one of their folders leaves that recorder out"};
     }
 
-    /// Another unit's sound lies under more of the clip than that of its own, which began late or ended
-    /// early.
+    /// For clips of which another unit's sound covers more than that of their own unit, which began late or
+    /// ended early.
     void ownUnit() {
         const MediaAsset& first = *of_.group.audioMatches.front().audio;
         const double heard = heardSeconds(of_.group, of_.take);
@@ -326,7 +331,7 @@ class Rivals {
         }
     }
 
-    /// A recorder that did not run is no reason to hear another unit's.
+    /// If the clip's own recorder did not run, that is no reason to use another unit's sound.
     void noOwnSound(const SoundUnits& units) {
         const MediaAsset& first = *of_.group.audioMatches.front().audio;
         const auto isAsFar = [&](const AudioMatch& match) {
@@ -353,7 +358,7 @@ void addRivalDoubts(const Shoot& shoot, SyncDoubts& doubts) {
     SoundOfOtherUnits ofOthers(shoot);
     addFromEachClip(doubts, shoot, [&](const Shoot::Clip& clip) -> std::vector<SyncDoubt> {
         const SyncGroup& group = *clip.group;
-        // Where the recording itself is in doubt, its rivals may be what is right.
+        // If the recording itself is in doubt, one of its rivals may be right.
         if (group.audioMatches.empty() || clip.isDecided || !group.matchStatus.isSettled() ||
             group.matchStatus.kind == MatchStatus::Kind::manual ||
             doubts.has(group.id,

@@ -35,10 +35,10 @@ std::vector<Card> cards(const Items& items, const Describe& describe) {
 
 using CardKey = std::optional<std::pair<std::string_view, std::optional<long>>>;
 
-/// Left out, locked with its sound, or settled by one of its recordings: the others were taken off, or it was
-/// put in front of one that matching would list first (`isEarlier` where both have as much in common with the
-/// clip). Clips that were settled all at once by what they list first are no such; nor is one that is locked
-/// before it has a recording, as it has no place in the document.
+/// Whether the clip is left out, locked with its sound, or settled by one of its recordings: the others were
+/// removed, or it was put before one that matching would list first (`isEarlier`, if both have equal overlap
+/// with the clip). Not true for clips that were settled all together with their first recording, or for a
+/// clip that was locked before it had a recording, which is not in the document.
 template <class IsOfOtherDay, class IsEarlier>
 bool isDecidedIndividually(const SyncGroup& group, const IsOfOtherDay& isOfOtherDay,
                            const IsEarlier& isEarlier) {
@@ -70,7 +70,7 @@ bool isUnplaced(const Shoot::Clip& clip, Places& places) {
     return countsFromZero(group.video) && !(first.overlapDurationSeconds > 0);
 }
 
-/// `recordings`: without a place in time.
+/// `recordings`: those without a place in time.
 const MediaAsset* soundAtMidnight(const Shoot::Clip& clip, const std::vector<const MediaAsset*>& recordings,
                                   const Places& places) {
     const auto& matches = clip.group->audioMatches;
@@ -92,7 +92,7 @@ std::optional<double> writtenSeconds(const MediaAsset& video) {
 }
 
 bool isWrittenOn(const MediaAsset& video, const FilePlace& place, long day) {
-    constexpr double closeSeconds = 300; // as clocks of cameras differ from timecode
+    constexpr double closeSeconds = 300; // typical difference between cameras' clocks and timecode
     const auto written = writtenSeconds(video);
     if (!written) return false;
     const double into = *written - static_cast<double>(day) * secondsADay;
@@ -147,7 +147,7 @@ bool isCovered(const Shoot& shoot, const SyncGroup& group, double clipSeconds, d
         }
         if (whole.durationSeconds() > 0 && covers({0, clipSeconds}, whole)) return true;
     }
-    // By all files together: a take may have been cut into several.
+    // All files together: a take may have been cut into several.
     std::ranges::sort(ranges, {}, &TCRange::startSeconds);
     double heardTo = 0;
     for (const TCRange& range : ranges)
@@ -162,7 +162,7 @@ Shoot::Shoot(const DoubtInput& theInput, const std::stop_token& theStop) : input
     for (std::size_t i = 0; i < recordings.size(); ++i) recordingByID[recordings[i].asset->id] = i;
     std::set<std::string_view> knowTime; // folders
     for (const Recording& recording : recordings) knowTime.insert(folderOf(*recording.asset));
-    std::vector<const MediaAsset*> dated; // without a start
+    std::vector<const MediaAsset*> dated; // have a date but no start
     for (const MediaAsset& recording : input.recordings)
         if (recording.contentCreatedDate && !recording.isAtmo() && !recordingByID.contains(recording.id) &&
             knowTime.contains(folderOf(recording)))

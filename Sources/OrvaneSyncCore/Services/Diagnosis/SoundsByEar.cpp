@@ -22,11 +22,11 @@ namespace orvane {
 
 namespace {
 
-// Of more, too many would be alike by chance, and all of them are read.
+// With more pairs, too many would be similar by chance, and all of them must be read.
 constexpr std::size_t mostPairsByEar = 200;
 constexpr double mostSecondsByEar = 36000;
 
-/// A clip that no timecode leads to its sound, and a recording in which that may be.
+/// A clip that no timecode leads to its sound, and a recording that may contain that sound.
 struct PairByEar {
     const Shoot::Clip* clip;
     const MediaAsset* recording;
@@ -35,8 +35,9 @@ struct PairByEar {
     SoundClaim claim() const { return {clip->group->id, recording->id, 0, furthestAttachedSeconds}; }
 };
 
-/// Folders with a file that counts from zero or has no time: the others there may go on from it, as what
-/// counts while it runs. That may begin at another number, and then the dates of the clips tell.
+/// Folders with a file that counts from zero or has no time. The other files there may continue its count,
+/// which runs only during recording. The count may begin at another number; then the dates of the clips
+/// decide.
 class CountingFolders {
   public:
     explicit CountingFolders(const Shoot& shoot) {
@@ -49,7 +50,7 @@ class CountingFolders {
         for (auto& [folder, clips] : dated)
             if (std::ranges::sort(clips, {}, &WrittenClip::seconds); countsWhileRunning(clips))
                 folders_.insert(folder);
-        // A time reference of 0 is none.
+        // A time reference of 0 gives no start.
         for (const MediaAsset& recording : shoot.input.recordings)
             if (!shoot.recordingByID.contains(recording.id)) folders_.insert(folderOf(recording));
     }
@@ -65,16 +66,16 @@ bool isWithoutTime(const Shoot::Clip& clip, const CountingFolders& counting) {
 bool isOpen(const Shoot::Clip& clip) {
     return !clip.isDecided && clip.group->matchStatus.kind == MatchStatus::Kind::unmatched;
 }
-/// Clip time at which timecode lays a recording that is attached.
+/// Clip time at which a recording begins, by timecode, once it is attached.
 double laidAt(const Shoot& shoot, const Shoot::Clip& clip, const MediaAsset& recording) {
     return SyncEngine::matchByTimecode(clip.group->video, recording, shoot.input.rules).syncOffsetSeconds;
 }
 
-/// The pairs that may belong together, and which of them are listened to.
+/// The pairs that may belong together, and which of them are analysed.
 struct PairsByEar {
     std::vector<PairByEar> heard;
-    std::size_t count = 0;                      ///< of those that may
-    std::vector<const Shoot::Clip*> clips = {}; ///< with a pair
+    std::size_t count = 0;                      ///< of all pairs that may belong together
+    std::vector<const Shoot::Clip*> clips = {}; ///< clips that have a pair
 };
 
 bool areTooMany(const std::vector<PairByEar>& pairs) {
@@ -83,10 +84,10 @@ bool areTooMany(const std::vector<PairByEar>& pairs) {
     return pairs.size() > mostPairsByEar || seconds > mostSecondsByEar;
 }
 
-/// Whether the recording ran at about the time of the clip's date, in whatever zone that is written: it is
-/// that of its first picture or of its last.
+/// Whether the recording ran at about the time of the clip's date, in any time zone. The date may be that of
+/// the first picture or of the last.
 bool mayBeOfDate(const Shoot& shoot, const PairByEar& pair) {
-    constexpr double hour = 3600, besideSeconds = 60; // by which clocks are set wrong without any notice
+    constexpr double hour = 3600, besideSeconds = 60; // an error of clocks that is not noticed
     const MediaAsset& video = pair.clip->group->video;
     const auto written = writtenSeconds(video);
     const auto placed = shoot.recordingByID.find(pair.recording->id);
@@ -98,9 +99,9 @@ bool mayBeOfDate(const Shoot& shoot, const PairByEar& pair) {
     return std::abs(std::remainder(*written - middle, hour)) <= reach;
 }
 
-/// Of clips whose timecode is no time of day all recordings, of others those of which that is true. Where
-/// these are too many, those alone that ran at about the time of the clip's date; none where they are too
-/// many as well.
+/// For clips whose timecode is no time of day, all recordings; for the other clips, the recordings for which
+/// that is true. If these pairs are too many, only those that ran at about the time of the clip's date; none
+/// if these are still too many.
 PairsByEar pairsByEar(const Shoot& shoot) {
     PairsByEar pairs;
     const CountingFolders counting(shoot);
@@ -133,13 +134,13 @@ PairsByEar pairsByEar(const Shoot& shoot) {
     return pairs;
 }
 
-/// A clip's own recording.
+/// A clip and the one recording in which it was heard.
 struct HeardPair {
     PairByEar pair;
-    double offsetSeconds; ///< by hand
+    double offsetSeconds; ///< manual offset
 };
 
-/// Of clips that were heard in one recording alone.
+/// The clips that were heard in exactly one recording.
 std::vector<HeardPair> heardAnywhere(const Shoot& shoot) {
     std::vector<HeardPair> result;
     const auto pairs = pairsByEar(shoot).heard;
@@ -151,16 +152,16 @@ std::vector<HeardPair> heardAnywhere(const Shoot& shoot) {
             if (const HeardClaim* heard = heardClaim(shoot, pair->claim());
                 heard != nullptr && heard->offsetSeconds)
                 found.push_back({*pair, *heard->offsetSeconds - microphoneDelaySeconds - pair->laidSeconds});
-        if (found.size() == 1) result.push_back(found.front()); // else none, or sound that repeats
+        if (found.size() == 1) result.push_back(found.front()); // several may be sound that repeats
     }
     return result;
 }
 
-/// A clip that is too short to be heard anywhere, and where its date leads, once others of its folder told
-/// how far the dates are off.
+/// A clip that is too short for a search everywhere, and its place by its date, once other clips of its
+/// folder showed the error of the dates.
 struct ClosePair {
     PairByEar pair;
-    double startSeconds; ///< clip time at which the recording begins by the date
+    double startSeconds; ///< clip time at which the recording begins, by the date
 
     SoundClaim claim() const {
         constexpr double reachSeconds = 2; // dates are in whole seconds
@@ -169,7 +170,7 @@ struct ClosePair {
 };
 
 std::vector<ClosePair> closePairs(const Shoot& shoot, const std::vector<HeardPair>& heard) {
-    constexpr double leastSeconds = 4; // of a camera's sound, close to its place
+    constexpr double leastSeconds = 4; // shortest camera sound for a search near its place
     std::map<std::string_view, std::vector<HeardStart>> starts;
     std::set<const Shoot::Clip*> known;
     for (const HeardPair& one : heard) {
@@ -238,7 +239,8 @@ void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts) {
         const std::string text = shoot.nameOf(*pair.recording) + " in " + shoot.nameOf(video) +
                                  " with an offset of " + framesText(offset, video);
         auto& told = doubts.byGroup[pair.clip->group->id];
-        for (SyncDoubt& doubt : told) doubt.suggestion.reset(); // what the clip's own camera heard is nearer
+        for (SyncDoubt& doubt : told)
+            doubt.suggestion.reset(); // what the clip's own camera heard is more exact
         told.push_back(
             {.kind = SyncDoubt::Kind::noTimecode,
              .message = "what no timecode brings together, the microphones of the cameras heard: " + text,

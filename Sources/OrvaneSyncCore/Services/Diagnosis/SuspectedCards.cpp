@@ -9,8 +9,8 @@ namespace orvane {
 
 namespace {
 
-/// Recordings that clips have beside one of the same folder and recorder alone, which can't have made two at
-/// one time: of an hour that comes twice.
+/// Recordings that clips only have beside one of the same folder and recorder. That recorder cannot have made
+/// both at one time: one is of the other of two equal hours.
 std::vector<std::size_t> besideTheirOwnRecorders(const Shoot& shoot) {
     std::vector<bool> isBeside(shoot.recordings.size()), isHeard(isBeside);
     for (const Shoot::Clip& clip : shoot.clips) {
@@ -49,13 +49,14 @@ SuspectedCards::SuspectedCards(const Shoot& shoot, const TimedClips& clips)
             cards.push_back({card, files.size(), false, recorders.fitsFewClips(card)});
             for (const std::size_t file : files) isSuspected[file] = true;
         }
-        // The clock may have been set anew among them. A second recorder comes first nowhere.
+        // The clock may have been set between these recordings. The recordings of a second recorder are first
+        // under no clip.
         SuspectedCard part{card, files.size(), true};
         std::erase_if(part.card.files, [&](std::size_t file) { return recorders.isOverlapping[file]; });
         for (const std::size_t file : beside)
             if (isOn(card, shoot, *shoot.recordings[file].asset)) {
                 part.card.files.push_back(file);
-                if (std::ranges::find(files, file) == files.end()) ++part.all; // it counted as a channel
+                if (std::ranges::find(files, file) == files.end()) ++part.all; // it was counted as a channel
             }
         if (std::max(right, recorders.countOf(files, recorders.isFitting)) >= explanation::fewest &&
             std::cmp_greater_equal(part.card.files.size(), explanation::fewest))

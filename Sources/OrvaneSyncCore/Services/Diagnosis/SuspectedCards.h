@@ -12,25 +12,26 @@ namespace orvane {
 /// Recordings whose clock may be wrong.
 struct SuspectedCard {
     Card card;
-    std::size_t all = 0;       ///< recordings of the card
-    bool isPart = false;       ///< those of a card that lie under no clip, where others lie right
-    bool fitsFewClips = false; ///< few lie under all of a clip, whatever else lies there
+    std::size_t all = 0; ///< recordings of the card
+    bool isPart =
+        false; ///< these are the recordings of a card that lie under no clip, while others of it are right
+    bool fitsFewClips = false; ///< few of them cover a clip or lie within one, whatever else lies there
 
-    /// "the recordings in '/S'", of a part "3 of 6 recordings in '/S' ('T3.WAV' to 'T5.WAV')".
+    /// "the recordings in '/S'"; for a part, "3 of 6 recordings in '/S' ('T3.WAV' to 'T5.WAV')".
     std::string name(const Shoot& shoot) const;
 };
 
-/// Which clocks of recorders are to be looked at.
+/// The recorders' clocks that are to be checked.
 struct SuspectedCards {
     SuspectedCards(const Shoot& shoot, const TimedClips& clips);
 
     std::vector<SuspectedCard> cards;
-    std::vector<bool> isSuspected; ///< by recording, of a card that lies under few clips
-    std::set<long> usedDays;       ///< of the recordings that lie right
+    std::vector<bool> isSuspected; ///< by recording: its card lies under few clips
+    std::set<long> usedDays;       ///< days of the recordings that are right
 };
 
-/// Clocks of cameras, or from some clip on or up to it, against recordings that lie right under the clips of
-/// others. `toHear` as of `addClockDoubts`.
+/// Clocks of cameras, for all clips or from one clip on or up to it, compared with recordings that are right
+/// under the clips of other cameras. `toHear`: as in `addClockDoubts`.
 void addCameraClockDoubts(const Shoot& shoot, const TimedClips& clips, const SuspectedCards& suspected,
                           SyncDoubts& doubts, std::vector<SoundClaim>* toHear);
 

@@ -61,7 +61,7 @@ std::vector<CardDoubt> SyncDoubts::summary(const SyncGroupList& groups) const {
         });
     };
     std::map<std::pair<SyncDoubt::Kind, std::string>, std::size_t> places;
-    std::map<std::size_t, std::vector<std::string>> owns; // of the clips behind the first
+    std::map<std::size_t, std::vector<std::string>> owns; // of the clips after the first
     for (const SyncGroup& group : groups) {
         const auto own = byGroup.find(group.id);
         if (own == byGroup.end()) continue;

@@ -18,50 +18,50 @@
 
 namespace orvane {
 
-/// What doubts are derived from. The references must live as long as the call.
+/// The input of the doubts. The references must live as long as the call.
 struct DoubtInput {
     const SyncGroupList& groups;
-    const std::vector<MediaAsset>& recordings; ///< all of the work, whether a clip uses them or not
-    const MatchRules& rules;                   ///< by which the clips were matched
+    const std::vector<MediaAsset>& recordings; ///< all recordings of the work, used by a clip or not
+    const MatchRules& rules;                   ///< the rules by which the clips were matched
     TrimMode trimMode;
-    const SmartAudioResults& smartAudioResults; ///< as far as there are any
+    const SmartAudioResults& smartAudioResults; ///< of the groups that have any
     const FileNames& names;                     ///< of all files of the work
-    /// Of clips that were listened to, by match. Null: none were.
+    /// Of the analysed clips, by match. Null: no clip was analysed.
     const std::unordered_map<UUID, HeardLag>* heardLags = nullptr;
-    /// That the scan was given, by their real paths, below which its exclusions are matched; none for work
-    /// that no scan made.
+    /// The folders of the scan, by their real paths; exclusions are matched below them. Empty for work that
+    /// no scan made.
     std::vector<FileURL> folders = {};
-    /// Of clips whose cameras heard another recording, by match. Null: none were listened to.
+    /// Of clips whose cameras heard another recording, by match. Null: no clip was analysed.
     const std::unordered_map<UUID, HeardElsewhere>* heardElsewhere = nullptr;
-    /// Of sound, from 0, on which linear timecode is listened for, or `settings::everyTimecodeChannel`;
-    /// absent: on none.
+    /// The channel of sound, from 0, on which linear timecode is searched for, or
+    /// `settings::everyTimecodeChannel`; absent: none.
     std::optional<int> timecodeChannel = {};
-    /// Of `SyncDoubts::claims`, those that were listened to. Null: none were.
+    /// The claims of `SyncDoubts::claims` that were analysed. Null: none was.
     const HeardClaims* heardClaims = nullptr;
-    /// As `HeardSound::unheard`. Null: none were listened to.
+    /// As `HeardSound::unheard`. Null: no clip was analysed.
     const std::unordered_set<UUID>* unheard = nullptr;
 };
 
-/// Why clips may not have the right sound. Derived anew from the state of the work; pure, any thread.
+/// Why clips may not have the right sound. Derived from the state of the work; pure, any thread.
 struct SyncDoubts {
-    /// The doubts about each clip that has any, those about its card included.
+    /// The doubts of each clip that has any, those of its card included.
     std::map<UUID, std::vector<SyncDoubt>> byGroup;
-    /// What concerns a whole card, in the order of the cards' folders; without clips where none has to do
-    /// with it.
+    /// Doubts about a whole card, in the order of the cards' folders; without clips if they concern none.
     std::vector<CardDoubt> cards;
 
     bool isEmpty() const { return byGroup.empty() && cards.empty(); }
 
-    /// A clip that is locked, left out of the export or settled by one of its recordings raises no doubt
-    /// about which one it has. Throws Stopped.
+    /// A clip that is locked, left out of the export or settled by one of its recordings has no doubt about
+    /// which recording it has. Throws Stopped.
     static SyncDoubts of(const DoubtInput& input, const std::stop_token& stop = {});
-    /// What the cameras' microphones can tell of offsets that timecode suggests, and nobody has listened to:
-    /// a few clips of each. Others may follow once these were heard. Throws Stopped.
+    /// The claims about offsets from timecode that the cameras' microphones can decide and that were not
+    /// analysed, a few clips for each offset. More may follow once these are analysed. Throws Stopped.
     static std::vector<SoundClaim> claims(const DoubtInput& input, const std::stop_token& stop = {});
     /// Whether the clip has a doubt of one of these kinds.
     bool has(const UUID& group, std::initializer_list<SyncDoubt::Kind> kinds) const;
-    /// Each doubt once: those of cards, then those of single clips in the order of the clips, with the clips
-    /// that share kind and cure in one. The message is that of the first clip, and says how many more.
+    /// Each doubt once: those of cards, then those of single clips in the order of the clips. Clips that
+    /// share kind and cure are in one doubt: its message is that of the first clip, with the number of the
+    /// others.
     std::vector<CardDoubt> summary(const SyncGroupList& groups) const;
 
     bool operator==(const SyncDoubts&) const = default;

@@ -28,8 +28,8 @@ namespace {
 using Kind = SyncDoubt::Kind;
 using TCRange = SyncEngine::TCRange;
 
-/// Whether timecode is the time of day at all. The files' own dates tell: each clip's, against its card's and
-/// against those of the other clips.
+/// Whether timecode is the time of day at all. Evidence are the dates of the files: each clip's, compared
+/// with those of its card and of the other clips.
 class TimecodeDoubts {
   public:
     TimecodeDoubts(const Shoot& shoot, SyncDoubts& doubts) : shoot_(shoot), doubts_(doubts) {}
@@ -64,7 +64,7 @@ class TimecodeDoubts {
         return dayText(static_cast<long>(day)) + " " +
                TimecodeUtils::secondsToTC(rest, TimecodeFrameRate::fps25).substr(0, 8);
     }
-    /// Of what begins with the name of the clip: the rest is enough in its row.
+    /// Adds a doubt whose message begins with the name of the clip; the rest is enough in the clip's row.
     void doubt(const Shoot::Clip& clip, Kind kind, const std::string& about, DoubtCure cure) {
         doubt(clip, kind, shoot_.nameOf(clip.group->video) + " " + about, std::move(cure), about);
     }
@@ -77,7 +77,7 @@ class TimecodeDoubts {
         const MediaAsset& video = clip.group->video;
         const double length = video.durationSeconds.value_or(0);
         if (!clip.group->isMOS() || !(length > 0) || shoot_.input.recordings.empty()) return;
-        // What was heard says more than dates, and where it is heard, no channel holds timecode.
+        // Heard sound is better evidence than dates, and a channel with heard sound holds no timecode.
         if (doubts_.has(clip.group->id, {Kind::noTimecode})) return;
         std::string message =
             std::string(clip.place ? "counts from 00:00:00:00, as cameras without a set clock do"
@@ -98,7 +98,7 @@ class TimecodeDoubts {
         doubt(clip, Kind::noTimecode, message, std::move(cure));
         doubts_.byGroup[clip.group->id].back().own = std::move(found.own);
     }
-    /// What the date of a clip says of its sound; `own` names both where there is one.
+    /// What the date of a clip shows about its sound; `own` names both if there is one.
     struct ByDate {
         std::string text, own;
     };
@@ -163,13 +163,13 @@ class TimecodeDoubts {
             shoot_.nameOf(video) + " (" + name + ", about " + std::to_string(framesOf(offset, video)) + ")"};
     }
 
-    /// By how much the dates of clips without timecode are behind those of the recordings, as phones date in
-    /// UTC: by the only number of hours at which all clips of the folder have sound. 0 where their dates are
-    /// right, and where nothing is sure.
+    /// How far the dates of clips without timecode are behind those of the recordings, for example because
+    /// phones date in UTC: the only number of hours at which all clips of the folder have sound. 0 if their
+    /// dates are right, and if the number is not certain.
     double secondsBehind(std::string_view folder) {
         const auto [known, isNew] = behind_.try_emplace(folder, 0.0);
         if (!isNew) return known->second;
-        std::vector<std::pair<double, double>> dates; // and lengths
+        std::vector<std::pair<double, double>> dates; // date and length
         for (const Shoot::Clip& clip : shoot_.clips) {
             const MediaAsset& video = clip.group->video;
             const auto seconds = writtenSeconds(video);
@@ -182,7 +182,7 @@ class TimecodeDoubts {
             });
         };
         if (std::cmp_less(dates.size(), explanation::fewest) || haveSound(0)) return 0;
-        constexpr int mostHours = 14; // of a zone
+        constexpr int mostHours = 14; // of a time zone
         std::vector<double> found;
         for (int hours = -mostHours; hours <= mostHours; ++hours)
             if (haveSound(hours * 3600.0)) found.push_back(hours * 3600.0);
@@ -205,7 +205,7 @@ class TimecodeDoubts {
                   ", which lays it at midnight",
               {});
     }
-    /// The sound lies somewhere, and looks as if it were right.
+    /// For sound at an arbitrary place, which looks as if it were right.
     void unplaced(const Shoot::Clip& clip) {
         const MediaAsset& video = clip.group->video;
         const AudioMatch& match = clip.group->audioMatches.front();
@@ -233,9 +233,8 @@ class TimecodeDoubts {
                   " by a clap, and lock the clip where the sound is right without one",
               where);
     }
-    /// By how much a table has to move the recording, in seconds, so that it lies under the clip by the date
-    /// of the clip, which is that of its first picture or of its last; absent where it does not lie under the
-    /// clip then.
+    /// The offset for a table, in seconds, that puts the recording under the clip by the date of the clip,
+    /// which is that of its first picture or of its last; absent if the recording is not under the clip then.
     static std::optional<double> offsetByDate(const MediaAsset& video, const FilePlace& sound,
                                               const AudioMatch& laid, double secondsBehind = 0) {
         auto written = writtenSeconds(video);
@@ -252,14 +251,14 @@ class TimecodeDoubts {
         }
         return std::nullopt;
     }
-    /// Of folders in which no recording has a start: no clip can find them.
+    /// For folders in which no recording has a start: no clip can find them.
     void recordingsWithoutTimecode() {
         std::vector<const Shoot::Clip*> silent;
         for (const Shoot::Clip& clip : shoot_.clips)
             if (!clip.isDecided && clip.group->matchStatus.kind == MatchStatus::Kind::unmatched)
                 silent.push_back(&clip);
         if (silent.empty()) return;
-        // Where a camera heard one of them, its channels hold sound.
+        // If a camera heard one of them, its channels hold sound.
         const auto isHeardIn = [&](const std::vector<const MediaAsset*>& recordings) {
             return std::ranges::any_of(silent, [&](const Shoot::Clip* clip) {
                 const auto own = doubts_.byGroup.find(clip->group->id);
@@ -294,7 +293,7 @@ class TimecodeDoubts {
                 silent);
         }
     }
-    /// `mayHoldTimecode`: on a channel of sound.
+    /// `mayHoldTimecode`: a channel of sound may hold timecode.
     DoubtCure byHand(const char* what, bool mayHoldTimecode) const {
         const auto& heard = shoot_.input.timecodeChannel;
         DoubtCure cure =
@@ -307,7 +306,7 @@ class TimecodeDoubts {
         return cure + "; where timecode was recorded on a sound channel, " +
                DoubtCure(CureOption::Kind::setting, option) + " listens for it";
     }
-    /// The recording under a clip of that length that begins or ends then.
+    /// The recording under a clip of that length that begins or ends at that time.
     std::optional<std::size_t> soundAt(double seconds, double length) {
         const Cover& cover = datedSound();
         const auto found = cover.of({seconds, seconds + length});
@@ -318,8 +317,8 @@ class TimecodeDoubts {
         return cover_;
     }
 
-    /// Drop frame that was taken for non-drop, or the other way round, moves a clip by minutes: where a
-    /// recording that nothing else has then lies under it, that is worth a try.
+    /// Drop frame that was read as non-drop, or the other way round, moves a clip by minutes. If a recording
+    /// without a clip is under the moved clip, the other count is worth a test.
     void otherCount(const Shoot::Clip& clip) {
         const MediaAsset& video = clip.group->video;
         if (shoot_.input.rules.timecodeRate || !video.timecodeFrameRate) return;
@@ -368,7 +367,7 @@ class TimecodeDoubts {
                      all);
     }
 
-    /// A clip whose date and timecode have nothing to do with each other where those of the others agree.
+    /// Clips whose date and timecode are unrelated, while those of the other clips agree.
     void strays() {
         std::map<int, int> counts;
         int files = 0;
@@ -405,7 +404,7 @@ class TimecodeDoubts {
     SyncDoubts& doubts_;
     std::map<std::string, std::vector<Written>> cards_; ///< by folder
     std::set<const Shoot::Clip*> reported_;
-    std::map<std::string_view, double> behind_;         ///< as `secondsBehind`, by folder
+    std::map<std::string_view, double> behind_;         ///< as in `secondsBehind`, by folder
     std::map<std::string_view, HeardDates> heardDates_; ///< by folder
     std::set<UUID> used_;                               ///< recordings that a clip has
     Cover cover_;                                       ///< of the dated recordings, seconds since 1970

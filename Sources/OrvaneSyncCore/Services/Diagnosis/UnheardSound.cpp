@@ -24,7 +24,7 @@ void addUnheardSound(const Shoot& shoot, SyncDoubts& doubts) {
         const auto count = std::ranges::count_if(card.unmoved, [&](const Shoot::Clip* clip) {
             return isUnheard(shoot, clip->group->audioMatches.front().id);
         });
-        // A camera that is far from what another one heard has the sound of another place.
+        // If one camera heard the card and this one did not, this one has the sound of another place.
         const bool isHeardByAny = std::ranges::any_of(cards, [&](const auto& other) {
             return std::get<1>(other.first) == std::get<1>(key) &&
                    std::get<2>(other.first) == std::get<2>(key) && isAnyHeard(other.second);

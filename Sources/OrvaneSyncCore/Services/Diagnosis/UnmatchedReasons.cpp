@@ -24,10 +24,10 @@ struct UnmatchedReasons::Laid {
 
         struct Nearest {
             std::optional<long> day;
-            long daysApart; ///< from the moment that the range would be on its own day
+            long daysApart; ///< from the time of the range on its own day
         };
-        /// Of those that have a time of day in common with the range, also across midnight, the nearest to
-        /// its day; one without a day first.
+        /// Of the files that overlap the range in time of day, also across midnight, the nearest to the given
+        /// day; a file without a day is preferred.
         std::optional<Nearest> nearest(const FilePlace& place, const std::optional<long>& day) const {
             std::optional<Nearest> best;
             std::vector<RangeIndex::Hit> hits;
@@ -48,7 +48,7 @@ struct UnmatchedReasons::Laid {
         std::vector<FilePlace> places_;
     };
 
-    /// Whether the file at that time is another day's than that of who asks.
+    /// Whether the file at that time is of another day than `day`.
     bool isOther(const ByTimeOfDay::Nearest& file, const std::optional<long>& day) const {
         const bool isSameDayOnly = places.rules().days == MatchingDays::same;
         return file.day && day && (file.daysApart != 0 || (isSameDayOnly && file.day != day));
@@ -87,7 +87,7 @@ bool nothingIsKnown(const MediaAsset& asset) {
 
 namespace {
 
-/// Of a file of which nothing is known.
+/// For a file of which nothing is known.
 std::string unreadText(const MediaAsset& file) {
     if (file.fileSizeBytes == 0) return "the file is empty";
     return file.heldShare ? "the file is cut off" : "the file can't be read";

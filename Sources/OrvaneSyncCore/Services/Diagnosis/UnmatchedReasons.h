@@ -10,28 +10,28 @@
 
 namespace orvane {
 
-/// Nothing of the file could be read but its name.
+/// Whether nothing of the file could be read except its name.
 bool nothingIsKnown(const MediaAsset& asset);
 
 /// Why clips have no sound and recordings no clip, in a few words for a table. One thread at a time.
 class UnmatchedReasons {
   public:
-    /// `recordings` gives all of the work, and is called once, by who needs them. `rules`: by which it was
-    /// matched.
+    /// `recordings` returns all recordings of the work. It is called once, when a reason first needs them.
+    /// `rules`: the rules of the match.
     UnmatchedReasons(SyncGroupList groups, std::function<std::vector<MediaAsset>()> recordings,
                      const MatchRules& rules);
     UnmatchedReasons(const UnmatchedReasons&) = delete;
     UnmatchedReasons& operator=(const UnmatchedReasons&) = delete;
     ~UnmatchedReasons();
 
-    /// Of a clip without a settled match.
+    /// For a clip without a settled match.
     std::string ofClip(const SyncGroup& group);
-    /// Of a recording that no clip has.
+    /// For a recording that no clip has.
     std::string ofRecording(const MediaAsset& recording);
 
   private:
     struct Laid;
-    /// Where all files lie; made when somebody asks who needs it.
+    /// The places of all files; made at the first call.
     Laid& laid();
 
     const SyncGroupList groups_;

@@ -15,19 +15,19 @@ constexpr double defaultFrameRate = 24;
 AssetPlacement::AssetPlacement(const MediaAsset& asset, std::optional<TimecodeFrameRate> timecodeRate) {
     if (!asset.durationSeconds || !(*asset.durationSeconds > 0)) return;
     durationSeconds_ = *asset.durationSeconds;
-    // Slow motion stretches the file; the timecode counts the time in which it was shot. A sensor rate of 0,
-    // which damaged metadata states, is none: a clip without an end would meet every recording.
+    // Slow motion stretches the file, while the timecode counts the time of shooting. A sensor rate of 0,
+    // which damaged metadata states, is ignored: a clip without an end would meet every recording.
     const double factor = asset.slowMotionFactor();
     if (asset.kind == AssetKind::video && asset.isOffspeed() && factor > 0) durationSeconds_ /= factor;
     timecodeFrameRate_ = asset.timecodeFrameRate;
     frameRate_ = asset.projectFrameRate.value_or(asset.frameRate.value_or(defaultFrameRate));
 
-    // A count of zero samples is what recorders write that know no time.
+    // Recorders that do not know the time write a count of zero samples.
     if (asset.bextTimeReference.value_or(0) != 0) {
         const double rate = asset.sampleRate.value_or(defaultSampleRate);
         if (rate > 0) start_ = TimecodeUtils::bextToSeconds(*asset.bextTimeReference, rate);
     } else if (asset.startTimecodeString) {
-        // The rate takes no part in parsing. A malformed text is midnight.
+        // Parsing does not depend on the rate. A malformed text counts as midnight.
         const auto parsed = Timecode::fromString(*asset.startTimecodeString, TimecodeFrameRate::fps24);
         const Clock clock = parsed ? parsed->components() : Clock{};
         if (timecodeRate && clock.frames < timecodeRate::maxFrames(*timecodeRate))

@@ -8,11 +8,11 @@
 
 namespace orvane {
 
-/// What one file says about its place on the axis of timecode seconds, read once. A timecode text is parsed
-/// here and nowhere else in matching: reading it at another rate is arithmetic.
+/// What one file states about its place on the axis of timecode seconds, read once. Only this class parses
+/// timecode texts for matching; reading a text at another rate is then arithmetic.
 class AssetPlacement {
   public:
-    /// A label counts at `timecodeRate`, where given and where it exists at that rate.
+    /// A label counts at `timecodeRate` if given and if the label exists at that rate.
     explicit AssetPlacement(const MediaAsset& asset,
                             std::optional<TimecodeFrameRate> timecodeRate = std::nullopt);
 
@@ -20,13 +20,13 @@ class AssetPlacement {
     std::optional<SyncEngine::TCRange> range(std::optional<double> fallbackFrameRate = std::nullopt) const;
 
   private:
-    using Samples = double; ///< seconds, by the recorder's count of samples
+    using Samples = double; ///< seconds, from the recorder's count of samples
     using Clock = Timecode::Components;
 
-    std::variant<std::monostate, Samples, Clock> start_; ///< nothing: the file has no place
+    std::variant<std::monostate, Samples, Clock> start_; ///< monostate: the file has no place
     double durationSeconds_ = 0;                         ///< on the axis, not on the file's own timeline
-    std::optional<TimecodeFrameRate> timecodeFrameRate_; ///< by which the clock runs where the file says it
-    double frameRate_ = 0;                               ///< else, without a fallback
+    std::optional<TimecodeFrameRate> timecodeFrameRate_; ///< the rate of the clock, if the file states it
+    double frameRate_ = 0;                               ///< else this rate, without a fallback
 };
 
 } // namespace orvane

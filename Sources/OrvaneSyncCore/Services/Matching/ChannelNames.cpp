@@ -11,9 +11,10 @@ namespace orvane {
 
 namespace {
 
-constexpr std::size_t mostDigits = 2; // three or more count takes and the parts of a recording
+constexpr std::size_t mostDigits =
+    2; // a number with three or more digits counts takes and the parts of a recording
 
-/// What stands before the number of a channel, or for one.
+/// Words before the number of a channel, or instead of one.
 constexpr std::array<std::string_view, 34> channelWords{
     "",     "ch",   "chan",  "channel", "tr",  "trk",  "track", "in",    "input", "iso",  "mic", "mix",
     "mixl", "mixr", "mixlr", "boom",    "bm",  "lav",  "lv",    "radio", "rf",    "wl",   "l",   "r",
@@ -33,8 +34,8 @@ bool isExportedChannel(std::string_view piece) {
            std::ranges::all_of(piece.substr(1), isDigit);
 }
 
-/// Where the channel begins that stands straight behind the number of the take, as in "0001s12"; the end
-/// where there is none. Fewer digits may be a scene, and "12s1" a shot of it.
+/// The position of a channel that directly follows the number of the take, as in "0001s12"; the end if there
+/// is none. A number with fewer digits may be a scene, and "12s1" a shot of it.
 std::size_t channelBehindNumber(std::string_view piece) {
     constexpr std::size_t digitsOfTake = 4;
     const auto letter = std::ranges::find_if_not(piece, isDigit);
@@ -66,12 +67,12 @@ ChannelName::ChannelName(const MediaAsset& recording) {
         pieces_.push_back({std::string(name), isChannelPiece(name)});
         if (!behind.empty()) pieces_.push_back({std::string(behind), true});
     }
-    // What editing systems export has the channel behind a point: "T03.A1". Elsewhere "A1" may be a shot.
+    // Exports of editing systems have the channel after a point: "T03.A1". Elsewhere "A1" may be a shot.
     if (pieces_.size() > 1 && isExportedChannel(pieces_.back().text) &&
         whole.ends_with("." + pieces_.back().text))
         pieces_.back().namesChannel = true;
     if (!recording.ixmlData) return;
-    // A recorder may put the name that was given to the track behind that of the take.
+    // A recorder may append the name of the track to that of the take.
     for (const IXMLTrack& track : recording.ixmlData->tracks) {
         const std::string trackName = platform::text::lowercased(track.name);
         const auto name = piecesOfName(trackName);

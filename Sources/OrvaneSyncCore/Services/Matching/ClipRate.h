@@ -8,25 +8,25 @@ namespace orvane {
 
 // Rates in frames per second.
 
-/// Where nothing states a rate.
+/// The rate if nothing states one.
 inline constexpr double rateWithoutAny = 24;
 
-/// Whether frames can be counted at it: a number that rounds to 1 or more, up to a million. A clip that is
-/// shot at 0.4, or a header that says so, counts by another rate.
+/// Whether frames can be counted at this rate: it rounds to 1 or more, and is at most a million. A clip whose
+/// header states a rate such as 0.4 counts by another rate.
 bool isUsableRate(double fps);
-/// The first that is usable, exactly, else 24.
+/// The first usable rate, as the exact rate it stands for; 24 if there is none.
 double usableRate(std::optional<double> first, std::optional<double> second = std::nullopt,
                   std::optional<double> third = std::nullopt);
 
-/// The one rate of all times of a clip, of its asset and of what hangs on it, exactly: that of its project,
-/// else that of its file, else `projectRate`.
+/// The rate of all times of a clip, its asset and the elements attached to it, exactly: the rate of its
+/// project, else of its file, else `projectRate`.
 double clipRate(const MediaAsset& video, double projectRate);
 
-/// The same for the clips of one work, whose project has the rate that the user chose (above 0), else the
-/// one that its clips vote for. One thread at a time.
+/// The same for the clips of one work. The project has the rate that the user chose (above 0), else the one
+/// that most of its clips have. One thread at a time.
 class ClipRates {
   public:
-    /// `clips` outlives it.
+    /// `clips` must outlive this object.
     ClipRates(const SyncGroupList& clips, double chosenRate) : clips_(clips), chosenRate_(chosenRate) {}
 
     double of(const MediaAsset& video) const;
@@ -34,7 +34,7 @@ class ClipRates {
   private:
     const SyncGroupList& clips_;
     double chosenRate_;
-    mutable std::optional<double> projectRate_; ///< voted for when the first clip without a rate asks
+    mutable std::optional<double> projectRate_; ///< computed when a clip without a rate first needs it
 };
 
 } // namespace orvane

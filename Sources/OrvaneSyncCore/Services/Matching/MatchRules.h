@@ -9,23 +9,23 @@
 
 namespace orvane {
 
-/// By what recordings are laid against clips: the days that meet, and what people know better than the files.
+/// The rules by which recordings are matched to clips: which days match, and corrections that the user gave.
 struct MatchRules {
     MatchingDays days = MatchingDays::automatic;
-    double soundOffsetSeconds = 0;                      ///< added to the start of every recording
-    std::optional<long> soundDay = {};                  ///< of the first recording of each shoot, since 1970
+    double soundOffsetSeconds = 0;     ///< added to the start of every recording
+    std::optional<long> soundDay = {}; ///< days since 1970, of the first recording of each shoot
     std::optional<TimecodeFrameRate> timecodeRate = {}; ///< as `SourceCorrections::timecodeRate`
 
-    /// The matcher's rule without corrections.
+    /// The rule of the matcher without corrections.
     static MatchRules neighbours() { return {.days = MatchingDays::neighbours}; }
     /// Throws CorrectionError.
     static MatchRules of(MatchingDays days, const SourceCorrections& corrections,
                          TimecodeFrameRate rateOfClips);
 };
 
-/// At which the labels of a clip count, whatever is corrected.
+/// The rate at which the labels of a clip count, without corrections.
 TimecodeFrameRate labelRate(const MediaAsset& video);
-/// That of most clips; of equally many the one that comes first; 24 without clips.
+/// The rate of most clips; if several are equally frequent, the one that comes first; 24 without clips.
 TimecodeFrameRate rateOfMostClips(const std::vector<MediaAsset>& videos);
 TimecodeFrameRate rateOfMostClips(const SyncGroupList& groups);
 

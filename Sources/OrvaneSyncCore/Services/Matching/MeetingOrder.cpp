@@ -21,19 +21,19 @@ namespace {
 using TCRange = SyncEngine::TCRange;
 using Candidate = TakeMembership::Candidate;
 
-// A recording below this share of the best one's overlap makes the clip ambiguous.
+// A recording whose overlap is below this share of the best one's makes the clip ambiguous.
 constexpr double ambiguityShare = 0.5;
 constexpr double roundingSeconds = 1e-6; // of sums of parts
 constexpr double adjoiningSeconds = SplitRecordingDetector::contiguityToleranceSeconds;
 
-/// What is ranked as one recording: the files of a take in parts, or a file by itself.
+/// What is ranked as one recording: all files of a take in parts, or a single file.
 struct RankedRecording {
     std::vector<std::size_t> files; ///< best first
     double coveredSeconds = 0;      ///< of the clip
-    std::size_t first = 0;          ///< the place of its first file among what was met
+    std::size_t first = 0;          ///< position of its first file among the meetings
     bool isOfOtherDay = false;
-    bool endsEarly = false;     ///< a file of it ends before its header says so
-    UnitNearness nearness = {}; ///< of what covers most of the clip
+    bool endsEarly = false;     ///< one of its files ends before the length that its header states
+    UnitNearness nearness = {}; ///< only set for those that cover most of the clip
 
     std::pair<std::ptrdiff_t, std::ptrdiff_t> farness() const {
         return {-static_cast<std::ptrdiff_t>(nearness.commonFolders),
@@ -41,16 +41,16 @@ struct RankedRecording {
     }
 };
 
-/// The files that meet one clip, the one with the most in common first.
+/// The files that meet one clip, the one with the longest overlap first.
 struct Files {
     std::vector<Meeting> meetings;
-    std::vector<std::size_t> met; ///< their places before they were put in order
+    std::vector<std::size_t> met; ///< their positions in the original order
     std::vector<Candidate> candidates;
     RecordingParts parts;
 };
 
-/// Of what has most in common with the clip, all by the same, the recordings of the video's own unit. `met`
-/// is in order else.
+/// Among the recordings with the longest overlap, puts those of the video's own unit first. The rest of `met`
+/// is already sorted.
 void putNearestInFront(std::vector<std::size_t>& met, const MediaAsset& video,
                        const std::vector<Meeting>& meetings, const std::vector<Recording>& recordings) {
     const auto assetOf = [&](std::size_t i) -> const MediaAsset& {
@@ -75,7 +75,8 @@ Files filesOf(const MediaAsset& video, const TCRange& clip, const std::vector<Me
     const std::size_t count = meetings.size();
     files.met.resize(count);
     std::iota(files.met.begin(), files.met.end(), std::size_t{0});
-    // Behind what it has in common with the clip, a copy that broke off holds nothing.
+    // With equal overlap, a complete file comes before a copy that broke off, which has no sound beyond the
+    // clip.
     std::ranges::stable_sort(files.met, std::greater{}, [&](std::size_t i) {
         return std::pair(meetings[i].overlapSeconds, !recordings[meetings[i].recording].asset->endsEarly());
     });
@@ -93,7 +94,8 @@ Files filesOf(const MediaAsset& video, const TCRange& clip, const std::vector<Me
     return files;
 }
 
-/// Files that all have a moment in common follow one another nowhere: most of what meets one clip.
+/// False if all files have a moment in common, as most files that meet one clip: then none begins where
+/// another ends.
 bool mayAdjoin(const RecordingParts& parts) {
     double lastStart = parts.front().range().startSeconds, firstEnd = parts.front().range().endSeconds;
     for (const RecordingPart& part : parts) {
@@ -103,8 +105,8 @@ bool mayAdjoin(const RecordingParts& parts) {
     return lastStart + adjoiningSeconds >= firstEnd;
 }
 
-/// By file, whether another one begins where it ends or ends where it begins, or continues it behind a part
-/// that was lost.
+/// By file: whether another one begins at its end or ends at its start, or continues it after a part that was
+/// lost.
 std::vector<bool> adjoining(const std::vector<Candidate>& files) {
     std::vector<bool> result(files.size(), false);
     std::vector<std::size_t> byStart(files.size());
@@ -123,7 +125,8 @@ std::vector<bool> adjoining(const std::vector<Candidate>& files) {
     return result;
 }
 
-/// The members of the take of one of the files, best first; `others` are those that it may have besides.
+/// The members of the take of the file `seed`, best first; `others` are the files that may belong to the
+/// take.
 std::vector<std::size_t> takeFrom(std::size_t seed, const Files& files,
                                   const std::vector<std::size_t>& others) {
     std::vector<std::size_t> listed{seed};
@@ -159,21 +162,21 @@ void measureNearness(std::vector<RankedRecording>& ranked, const Files& files, c
             one.nearness = UnitNearness::of(video, *files.candidates[one.files.front()].audio);
 }
 
-/// The recordings that cover more of the clip first, and of equal ones those that were met first.
+/// Recordings that cover more of the clip first; of equal ones, those that were met first.
 auto rankOf(const RankedRecording& one) {
     return std::tuple(-std::llround(one.coveredSeconds / roundingSeconds), one.endsEarly, one.farness(),
                       one.first);
 }
 
-/// And what covers little of the clip.
+/// Also moves recordings that cover little of the clip.
 void putOtherDaysBehind(std::span<RankedRecording> ranked, double bestSeconds) {
     std::ranges::stable_partition(ranked, [&](const RankedRecording& one) {
         return !one.isOfOtherDay && one.coveredSeconds >= bestSeconds * ambiguityShare;
     });
 }
 
-/// The one that is heard first, then the others without its files. Only files that adjoin others are asked
-/// for their take, as the files of any other cover the same.
+/// The recording that the clip uses first, then the others without its files. Takes are only searched for
+/// files that adjoin others; any other file covers the same alone.
 std::vector<RankedRecording> rankedRecordings(const MediaAsset& video, const TCRange& clip,
                                               const Files& files) {
     const std::size_t count = files.meetings.size();
@@ -181,7 +184,7 @@ std::vector<RankedRecording> rankedRecordings(const MediaAsset& video, const TCR
         mayAdjoin(files.parts) ? adjoining(files.candidates) : std::vector<bool>(count, false);
     std::vector<std::size_t> left(count);
     std::iota(left.begin(), left.end(), std::size_t{0});
-    // Two files may both go on in a third one: which of the two has it hangs on which one is heard.
+    // Two files may both continue in a third one. Which of them has it depends on which one the clip uses.
     std::vector<RankedRecording> ranked;
     std::vector<bool> isMember(count, false);
     for (std::size_t i = 0; i < count; ++i) {
@@ -206,7 +209,7 @@ std::vector<RankedRecording> rankedRecordings(const MediaAsset& video, const TCR
     return ranked;
 }
 
-/// All but the first, which is heard.
+/// Ranks all except the first, which the clip uses.
 void rankOthers(std::vector<RankedRecording>& ranked) {
     const std::span others(ranked.begin() + 1, ranked.end());
     std::ranges::sort(others, {}, rankOf);
@@ -223,7 +226,7 @@ bool isInDoubt(const MediaAsset& video, const TCRange& clip, const std::vector<R
     };
     const auto mayCompete = [&](const RankedRecording& one) {
         if (one.coveredSeconds >= least || (!best.isOfOtherDay && one.isOfOtherDay)) return false;
-        // Another unit's, beside the own one's, which has all of the clip.
+        // A recording of another unit, while the own unit's covers all of the clip.
         return !isAll || best.isOfOtherDay || nearnessOf(one) >= nearnessOf(best);
     };
     if (std::ranges::none_of(ranked, mayCompete)) return false;
@@ -261,8 +264,8 @@ double coveredSeconds(const TCRange& clip, std::vector<TCRange> ranges) {
 
 namespace {
 
-/// Takes off what is of another day than the header's where the unit's own sound of that day has all of the
-/// clip, and lies nearer to it by its folders: the header, the recordings' dates and the folders agree.
+/// Removes recordings of another day than the header's, if the own unit's sound of that day covers all of the
+/// clip and is nearer to it by its folders: the header, the recordings' dates and the folders then agree.
 void leaveOutOtherDays(const MediaAsset& video, const TCRange& clip, std::vector<Meeting>& meetings,
                        const std::vector<Recording>& recordings) {
     if (std::ranges::none_of(meetings, &Meeting::isOfOtherDay)) return;

@@ -10,16 +10,17 @@
 
 namespace orvane {
 
-/// Which days of clips that their headers alone date are confirmed by sound. Of such a clip, what is of
-/// another day and lies beside its own day's sound is that day's. Reads the recordings that it was made of.
+/// The days that sound confirms for clips that only their headers date. For such a clip, a recording of
+/// another day beside the sound of its own day belongs to the other day. Reads the recordings that it was
+/// made from.
 class OwnDays {
   public:
     explicit OwnDays(const std::vector<Recording>& recordings) : recordings_(recordings) {}
 
-    /// Of each clip what it meets, by `DayLine`. The videos must live as long as this.
+    /// Adds a clip and what it meets, by `DayLine`. The videos must live as long as this object.
     void learn(const MediaAsset& video, const FilePlace& place, const std::vector<Meeting>& meetings);
-    /// Takes off what is of another day, where sound of the header's has all of the clip, three clips of its
-    /// own card and day met that day's sound alone, none of them lacks it beside another day's,
+    /// Removes recordings of another day, if sound of the header's day covers all of the clip, three clips of
+    /// its own card and day met sound of that day only, none of them lacks that sound and has another day's,
     /// and the recording's own card meets clips of its own day.
     void leaveOutOthers(const MediaAsset& video, const FilePlace& place,
                         std::vector<Meeting>& meetings) const;

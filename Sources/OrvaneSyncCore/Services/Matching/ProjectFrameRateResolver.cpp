@@ -17,7 +17,7 @@ std::vector<const SyncGroup*> eligible(const SyncGroupList& groups) {
     return result;
 }
 
-/// The rates that `rateOf` finds at the clips' videos; a rate of 0 or below is none.
+/// The rates that `rateOf` returns for the clips' videos, without those of 0 or below.
 template <class RateOf>
 std::vector<double> rates(const std::vector<const SyncGroup*>& voters, RateOf rateOf) {
     std::vector<double> result;

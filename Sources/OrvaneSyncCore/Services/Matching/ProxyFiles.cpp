@@ -18,22 +18,23 @@ namespace orvane::ProxyFiles {
 
 namespace {
 
-/// Lower case. What cameras, recorders and ingest programs call such folders: "Sub" is that of XDCAM and XAVC
-/// cards, "LRV" and "THMBNL" hold low-resolution files and thumbnails of action cameras and camcorders.
+/// Lower case. Names that cameras, recorders and ingest programs give such folders: "Sub" is on XDCAM and
+/// XAVC cards; "LRV" and "THMBNL" hold low-resolution files and thumbnails of action cameras and camcorders.
 constexpr std::array<std::string_view, 9> folderNamesOfProxies{
     "prxy", "sub", "lrv", "thmbnl", "lowres", "low-res", "low_res", "low res", "offline"};
-/// Such as "01_PROXY", "Day1 Proxies" and "ProRes_Proxy". The other words occur in names of units and places.
+/// As in "01_PROXY", "Day1 Proxies" and "ProRes_Proxy". The other names also occur as words in names of units
+/// and places.
 constexpr std::array<std::string_view, 2> wordsOfProxies{"proxy", "proxies"};
 
-/// Behind the name of the original, lower case.
+/// After the name of the original, lower case.
 constexpr std::array<std::string_view, 5> proxyEndings{"_proxy", "-proxy", " proxy", "_prxy", "_lrv"};
 
-constexpr double assumedFrame = 1.0 / 24; // seconds, where a file states no rate
+constexpr double assumedFrame = 1.0 / 24; // seconds, for a file that states no rate
 constexpr double rounding = 1e-6;         // of a frame
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
-/// A name without what stands behind it on a proxy: "C0001S03" and "A001_Proxy" are those of C0001 and A001.
+/// The name without the ending of a proxy: "C0001S03" and "A001_Proxy" become C0001 and A001.
 std::optional<std::string> withoutProxyEnding(std::string_view stem) {
     for (const std::string_view ending : proxyEndings)
         if (stem.size() > ending.size() && stem.ends_with(ending))
@@ -45,7 +46,7 @@ std::optional<std::string> withoutProxyEnding(std::string_view stem) {
     return std::string(stem.substr(0, stem.size() - numbered));
 }
 
-/// What is compared of a video, read once.
+/// The properties of a video that are compared, read once.
 struct Video {
     const MediaAsset* asset;
     std::optional<double> start; ///< timecode seconds
@@ -54,7 +55,7 @@ struct Video {
     std::int64_t pixels;
 };
 
-/// Nothing for a file of which too little is known.
+/// Absent for a file with too few known properties.
 std::optional<Video> videoOf(const MediaAsset& asset) {
     if (!asset.durationSeconds || !asset.width || !asset.height) return std::nullopt;
     const std::int64_t pixels = std::int64_t{*asset.width} * *asset.height;
@@ -68,7 +69,7 @@ std::optional<Video> videoOf(const MediaAsset& asset) {
 
 bool isInProxyFolder(const FileURL& file) { return std::ranges::any_of(folderNames(file), isProxyFolder); }
 
-/// Folders that both have in common say nothing: a whole shoot may lie in one that is called "offline".
+/// Folders that contain both files are no evidence: a whole shoot may be in a folder named "offline".
 bool liesInProxyFolderBeside(const FileURL& file, const FileURL& original) {
     const auto own = folderNames(file), others = folderNames(original);
     const auto [first, firstOther] = std::ranges::mismatch(own, others);
@@ -119,7 +120,7 @@ bool isProxyFolder(std::string_view name) {
 }
 
 std::vector<ProxyFile> takeOut(std::vector<MediaAsset>& videos) {
-    // Most cards have no such folder; then there is nothing to compare.
+    // Most cards have no such folder, and then nothing is compared.
     std::vector<const MediaAsset*> suspects;
     std::unordered_map<std::string_view, bool> folders;
     for (const MediaAsset& video : videos) {

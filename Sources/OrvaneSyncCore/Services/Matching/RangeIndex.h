@@ -9,30 +9,29 @@
 
 namespace orvane {
 
-/// Ranges in the order of their starts, so that those that overlap another are found without a look at all
-/// of them.
+/// Ranges in the order of their starts: those that overlap another range are found without comparing all.
 class RangeIndex {
   public:
-    /// Something that overlaps the range in question, by the number under which it was added.
+    /// An item whose range overlaps, by the number with which it was added.
     struct Hit {
         std::size_t item;
         double overlapSeconds;
     };
 
     void add(const SyncEngine::TCRange& range, std::size_t item) { entries_.push_back({range, 0, item}); }
-    /// After the last `add`, before the first `appendOverlapping`.
+    /// Must be called after the last `add` and before the first `appendOverlapping`.
     void finish() {
         std::ranges::sort(entries_, {}, [](const Entry& entry) { return entry.range.startSeconds; });
         double latest = -std::numeric_limits<double>::infinity();
         for (Entry& entry : entries_) latest = entry.latestEnd = std::max(latest, entry.range.endSeconds);
     }
-    /// In no order that means anything.
+    /// The hits are in no defined order.
     void appendOverlapping(const SyncEngine::TCRange& range, std::vector<Hit>& hits) const {
         const auto startsTooLate = std::ranges::lower_bound(
             entries_, range.endSeconds, {}, [](const Entry& entry) { return entry.range.startSeconds; });
         for (auto entry = startsTooLate; entry != entries_.begin();) {
             --entry;
-            if (entry->latestEnd <= range.startSeconds) break; // and so ends all that starts earlier
+            if (entry->latestEnd <= range.startSeconds) break; // all entries that start earlier end here too
             if (const auto overlap = SyncEngine::overlapDuration(entry->range, range))
                 hits.push_back({entry->item, *overlap});
         }

@@ -14,8 +14,8 @@ namespace {
 using TCRange = SyncEngine::TCRange;
 using Hit = RangeIndex::Hit;
 
-// A day, with a minute to spare for clocks that were corrected. A change from summer time makes a day of 25
-// hours, whose next day begins 90,000 s away and is then no neighbour.
+// A day, with a tolerance of a minute for clocks that were corrected. At the end of summer time a day has 25
+// hours; the next day then begins 90,000 s later and is no neighbour.
 constexpr std::chrono::seconds neighbouringDay{86460};
 
 TCRange moved(const TCRange& range, double seconds) {
@@ -26,7 +26,7 @@ void sortByRecording(std::vector<Meeting>::iterator first, std::vector<Meeting>:
     std::sort(first, last, [](const Meeting& a, const Meeting& b) { return a.recording < b.recording; });
 }
 
-/// The same day as the header's, a neighbour (the header counts in UTC), no day at all, any other.
+/// In this order: the same day as the header's, a neighbour (the header counts in UTC), no day, another day.
 int distanceOf(bool isDated, bool isSame, bool isNeighbour) {
     if (!isDated) return 2;
     if (isSame) return 0;
@@ -65,7 +65,8 @@ void TimeOfDayIndex::append(const TCRange& clip, const std::vector<Recording>& r
         const auto sameDay = meetings.size();
         look(secondsADay);
         look(-secondsADay);
-        // Only a clip or a recording of almost a day meets the other twice; then on its own day.
+        // Only a clip or a recording of almost a day meets the other twice; the meeting on its own day is
+        // kept.
         if (meetings.size() > sameDay) {
             const auto own = meetings.begin() + static_cast<std::ptrdiff_t>(first);
             std::stable_sort(own, meetings.end(),
@@ -158,7 +159,7 @@ std::vector<Meeting> DayLine::of(const FilePlace& clip) const {
     for (const Hit& hit : hits) {
         const FilePlace& sound = recordings_[hit.item].place;
         if (days_ == MatchingDays::same && *sound.day != *clip.day) continue;
-        // Counted from the clip's own day, times keep the precision that they have within a day.
+        // Times counted from the clip's own day keep the precision that they have within a day.
         const double between = static_cast<double>(*sound.day - *clip.day) * secondsADay;
         const auto overlap = SyncEngine::overlapDuration(moved(sound.range, between), clip.range);
         if (overlap)
@@ -184,7 +185,8 @@ int DayLine::distance(std::size_t recording, long headerDay) const {
 
 WrongClocks::WrongClocks(const std::vector<Recording>& recordings, const std::vector<bool>& isMet)
     : recordings_(recordings) {
-    std::unordered_map<std::string_view, std::map<long, bool>> cards; // by folder and day, whether one is met
+    std::unordered_map<std::string_view, std::map<long, bool>>
+        cards; // by folder and day: whether a recording of the card is met
     for (std::size_t i = 0; i < recordings.size(); ++i)
         if (const auto day = recordings[i].place.day) {
             bool& isOneMet = cards[folderPath(*recordings[i].asset)][*day];

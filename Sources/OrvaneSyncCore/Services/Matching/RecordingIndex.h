@@ -16,20 +16,20 @@ struct Meeting {
     std::size_t recording = 0;
     double overlapSeconds = 0;
     double offsetSeconds = 0;  ///< the recording's start minus the clip's
-    bool isOfOtherDay = false; ///< as the function of that name says
+    bool isOfOtherDay = false; ///< as the function `isOfOtherDay`
 };
 
-/// Whether a recording that is laid at that offset from a clip is of another day than the header which alone
-/// dates the clip. Only a header whose time of day is that of the timecode is believed; what lies across
-/// midnight is of the clip's day.
+/// Whether a recording at that offset from a clip is of another day than the header, for a clip that only its
+/// header dates. Uses a header only if its time of day is that of the timecode; a recording across midnight
+/// is of the clip's day.
 bool isOfOtherDay(const FilePlace& clip, const FilePlace& sound, double offsetSeconds);
 
-/// Whatever the days: in the order of the recordings.
+/// Finds recordings by time of day, whatever their days; in the order of the recordings.
 class TimeOfDayIndex {
   public:
     void add(const SyncEngine::TCRange& range, std::size_t recording) { index_.add(range, recording); }
     void finish() { index_.finish(); }
-    /// Across midnight too, where asked for.
+    /// Across midnight too, if `acrossMidnight`.
     void append(const SyncEngine::TCRange& clip, const std::vector<Recording>& recordings,
                 bool acrossMidnight, std::vector<Meeting>& meetings) const;
 
@@ -37,14 +37,15 @@ class TimeOfDayIndex {
     RangeIndex index_;
 };
 
-/// Which recordings a clip meets by time of day within its day and the ones beside it: the matcher's own
-/// rule. Reads the recordings that it was made of.
+/// The recordings that a clip meets by time of day within its day and the days before and after: the
+/// matcher's default rule. Reads the recordings that it was made from.
 class NeighbouringDays {
   public:
     NeighbouringDays(const std::vector<Recording>& recordings, const MatchRules& rules);
 
-    /// First the dated recordings in their order, then the undated ones; for a video without a day all,
-    /// nearest to the day of its header first, else in their order. Equal overlaps keep this order.
+    /// First the dated recordings in their order, then the undated ones. For a video without a day all
+    /// recordings, those nearest to the day of its header first, else in their order. Equal overlaps keep
+    /// this order.
     std::vector<Meeting> of(const MediaAsset& video, const FilePlace& place);
 
   private:
@@ -57,15 +58,15 @@ class NeighbouringDays {
     std::vector<std::optional<Date>> dayOf_; ///< by recording
 };
 
-/// Which recordings a clip meets where a dated file lies at its time of day plus its day. Undated files meet
-/// all by time of day, across midnight too. Reads the recordings that it was made of.
+/// The recordings that a clip meets if a dated file is at its time of day plus its day. Undated files meet
+/// all others by time of day, across midnight too. Reads the recordings that it was made from.
 class DayLine {
   public:
-    /// With `same`, no clip meets a recording that began on another day than its own, by its date or by a
-    /// header that agrees with the timecode; with `midnight`, such a header parts days as a date does.
+    /// With `same`, no clip meets a recording that began on another day, by its date or by a header that
+    /// agrees with the timecode. With `midnight`, such a header separates days as a date does.
     DayLine(const std::vector<Recording>& recordings, MatchingDays days);
 
-    /// As `NeighbouringDays::of`, and says which are of another day than the clip's header.
+    /// As `NeighbouringDays::of`; also marks those of another day than the clip's header.
     std::vector<Meeting> of(const FilePlace& clip) const;
 
   private:
@@ -74,16 +75,16 @@ class DayLine {
 
     const std::vector<Recording>& recordings_;
     MatchingDays days_;
-    long firstDay_ = 0; ///< where the line begins
-    RangeIndex dated_;  ///< seconds on the line
+    long firstDay_ = 0; ///< the day at which the axis begins
+    RangeIndex dated_;  ///< seconds on the axis
     TimeOfDayIndex undated_, all_;
 };
 
-/// Where clocks seem to be wrong by a day: the recordings of all cards of which none meets a clip of its own
-/// day. A card is what one folder holds of one day. Reads the recordings that it was made of.
+/// For clocks that seem to be wrong by a day: the recordings of all cards that meet no clip of their own day.
+/// A card is the recordings of one folder and day. Reads the recordings that it was made from.
 class WrongClocks {
   public:
-    /// `isMet`: by recording, whether a clip of its day meets it, or one of the night behind that.
+    /// `isMet`: by recording, whether a clip of its day, or of the night after it, meets it.
     WrongClocks(const std::vector<Recording>& recordings, const std::vector<bool>& isMet);
 
     /// By time of day, the recordings of the day before the clip's and of the day after.

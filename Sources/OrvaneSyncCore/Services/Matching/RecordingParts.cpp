@@ -30,7 +30,7 @@ bool isOneRecording(const RecordingParts& parts) {
         range->endSeconds += shift;
         placed.emplace_back(*range, part);
     }
-    // Most recordings that meet one picture lie side by side, which their times tell alone.
+    // Most recordings that meet one picture are side by side; their times alone show this.
     std::ranges::stable_sort(placed, {}, [](const auto& one) { return one.first.startSeconds; });
     for (std::size_t i = 1; i < placed.size(); ++i)
         if (!SplitRecordingDetector::follows(placed[i - 1].first, placed[i].first)) return false;

@@ -6,10 +6,10 @@
 
 namespace orvane {
 
-/// A file of what may be one recording in parts.
+/// A file that may be a part of one recording.
 struct RecordingPart {
     const Recording* file;
-    double shiftSeconds = 0; ///< whole days that bring it to the others
+    double shiftSeconds = 0; ///< whole days that move it to the other parts
 
     SyncEngine::TCRange range() const {
         const auto& range = file->place.range;
@@ -18,11 +18,11 @@ struct RecordingPart {
 };
 using RecordingParts = std::vector<RecordingPart>;
 
-/// The rate (frames per second) at which the labels of all parts are read, whichever of them happen to state
-/// one: that of the first file with a count of samples, else that of the earliest label.
+/// The rate (frames per second) at which the labels of all parts are read, whichever parts state one: the
+/// rate of the first file with a count of samples, else of the earliest label.
 double sharedRate(const RecordingParts& parts);
 
-/// Whether the recorder cut one recording into these files, as opposed to recordings that compete.
+/// Whether the files are parts of one recording, as opposed to recordings that compete.
 bool isOneRecording(const RecordingParts& parts);
 
 } // namespace orvane

@@ -13,12 +13,12 @@ namespace orvane {
 
 namespace {
 
-// Clocks of cameras differ from a timecode by time of day by minutes. A clock of another zone is hours away.
+// Clocks of cameras differ from time-of-day timecode by minutes, a clock of another time zone by hours.
 constexpr double closeSeconds = 300;
 
-/// How many days before the day of its date a file began, going by the date's own time of day: -1, 0 or 1.
-/// Absent where the date may be the start or the end of nothing that the timecode says. A date at exactly
-/// midnight is one without a time of day.
+/// How many days before the day of its date a file began, according to the date's own time of day: -1, 0 or
+/// 1. Absent if the date is neither the start nor the end that the timecode states. A date at exactly
+/// midnight has no time of day.
 std::optional<long> daysBefore(double secondOfDay, const SyncEngine::TCRange& range) {
     if (secondOfDay == 0) return std::nullopt;
     for (const long before : {0L, 1L, -1L}) {
@@ -31,15 +31,15 @@ std::optional<long> daysBefore(double secondOfDay, const SyncEngine::TCRange& ra
 }
 
 constexpr double zoneStepSeconds = 900;
-// A camera whose date counts in UTC takes date and timecode from one clock.
+// For a camera whose date counts in UTC: date and timecode are from one clock.
 constexpr double zoneSlackSeconds = 120;
 constexpr int fewestOfAZone = 2;
 constexpr double agreeingShare = 0.9; // of the files of a card; one may have been written again
-// A night goes on after its meal, and the next day begins later than that.
+// The longest pause within a night of shooting, such as a meal. The next day begins after a longer one.
 constexpr double longestPauseSeconds = 21600;
 
-/// By how many quarters of an hour a time of day is ahead of another, the nearer way round; absent where it
-/// is not ahead by whole ones.
+/// By how many quarters of an hour a time of day is ahead of another, in the shorter direction; absent if the
+/// difference is not a whole number of quarters.
 std::optional<int> quartersAhead(double secondOfDay, double other) {
     const double ahead = std::remainder(secondOfDay - other, secondsADay);
     const double quarters = std::round(ahead / zoneStepSeconds);
@@ -178,7 +178,7 @@ std::optional<int> Places::zoneOf(Source source, const MediaAsset& asset) const 
     const Dates& dates = dates_[static_cast<std::size_t>(source)];
     const auto card = dates.byFolder.find(folderPath(asset));
     if (card == dates.byFolder.end()) return std::nullopt;
-    // Of cameras that make a folder for each clip, all together are the card.
+    // For cameras that make a folder for each clip, all folders together are the card.
     return card->second.files < fewestOfAZone ? dates.all.zone() : card->second.zone();
 }
 

@@ -24,7 +24,7 @@ bool continues(const Candidate& previous, const Candidate& current) {
 
 bool hasDigit(std::string_view text) { return text.find_first_of(digits) != std::string_view::npos; }
 
-/// The number at the end of a name's piece, and what stands before it.
+/// The number at the end of a piece of a name, and the text before it.
 struct Counter {
     std::string_view word;
     std::optional<std::int64_t> number;
@@ -35,11 +35,12 @@ Counter counterOf(std::string_view piece) {
     return {piece.substr(0, word), platform::text::decimalInteger(piece.substr(word))};
 }
 
-/// `isOneTake`: by what the files state, so that any number may count the parts.
+/// `isOneTake`: the files state one scene and one take, so any number may count the parts.
 bool namesCountOn(const std::string& previous, const std::string& current, bool isOneTake) {
     const auto before = piecesOfName(previous), after = piecesOfName(current);
     const auto [own, other] = std::ranges::mismatch(before, after);
-    constexpr std::size_t mostDigits = 2; // three or more count takes, unless another number stands before
+    constexpr std::size_t mostDigits =
+        2; // a number with three or more digits counts takes, unless another number precedes it
     const auto countsParts = [&](std::string_view piece, auto first, auto at) {
         return isOneTake || (counterOf(piece).word.empty() &&
                              (piece.size() <= mostDigits || std::any_of(first, at, hasDigit)));
@@ -81,7 +82,7 @@ bool follows(const SyncEngine::TCRange& previous, const SyncEngine::TCRange& cur
     return !(std::abs(current.startSeconds - previous.endSeconds) > contiguityToleranceSeconds);
 }
 
-// A blank value is none.
+// A blank value counts as unknown.
 bool areKnownToDiffer(const std::optional<std::string>& a, const std::optional<std::string>& b) {
     if (!a || !b) return false;
     const std::string x = platform::text::lowercased(platform::text::trimmed(*a));

@@ -21,7 +21,7 @@ namespace {
 
 using TCRange = SyncEngine::TCRange;
 
-/// Asks the system for ids by the hundred.
+/// Requests ids from the system in blocks of a hundred.
 class Identities {
   public:
     UUID next() {
@@ -36,7 +36,7 @@ class Identities {
     std::vector<UUID> spare_;
 };
 
-/// What the video meets in the order of the candidates.
+/// Makes the group of a video with what it meets, in the order of the candidates.
 SyncGroup group(const MediaAsset& video, const TCRange& range, std::vector<Meeting> hits,
                 const std::vector<Recording>& recordings, Identities& ids) {
     MatchStatus status = FilenameUtils::isMOS(video.filename) ? MatchStatus::mos() : MatchStatus::unmatched();
@@ -52,8 +52,8 @@ SyncGroup group(const MediaAsset& video, const TCRange& range, std::vector<Meeti
     return result;
 }
 
-/// What every video meets, by the rule of the days. `others`: of the same shoot, whose sound says as well
-/// which days are right.
+/// What every video meets, by the rule of the days. `others`: videos of the same shoot, whose sound is
+/// evidence as well for which days are right.
 std::vector<std::vector<Meeting>> meetings(const std::vector<MediaAsset>& videos,
                                            const std::vector<std::optional<FilePlace>>& places,
                                            const std::vector<Recording>& recordings, const MatchRules& rules,
@@ -93,7 +93,8 @@ std::vector<std::vector<Meeting>> meetings(const std::vector<MediaAsset>& videos
     for (std::size_t i = 0; i < videos.size(); ++i) {
         if (!places[i] || !places[i]->day) continue;
         for (const Meeting& meeting : all[i]) {
-            // A clip that runs past midnight is none of the day on which its recording begins.
+            // The part of a clip after midnight is not of the day on which the clip began, so it does not
+            // count for a recording that begins there.
             const auto day = recordings[meeting.recording].place.day;
             if (!day || *day <= *places[i]->day) isMet[meeting.recording] = true;
         }
@@ -103,7 +104,7 @@ std::vector<std::vector<Meeting>> meetings(const std::vector<MediaAsset>& videos
     return all;
 }
 
-/// Merges two neighbouring runs that are in order by themselves; looks only at where they interlock.
+/// Merges two neighbouring sorted runs; compares only the part in which they overlap.
 template <class Iterator, class Less>
 void mergeRuns(Iterator first, Iterator middle, Iterator last, const Less& isBefore) {
     const auto from = std::upper_bound(first, middle, *middle, isBefore);
@@ -111,19 +112,19 @@ void mergeRuns(Iterator first, Iterator middle, Iterator last, const Less& isBef
     std::inplace_merge(from, middle, std::lower_bound(middle, last, *std::prev(middle), isBefore), isBefore);
 }
 
-/// The videos' places in the list, in the order of file names.
+/// Positions of the videos in the list, in the order of file names.
 std::vector<std::size_t> orderByName(const std::vector<MediaAsset>& videos) {
     std::vector<std::size_t> order(videos.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
     const auto isBefore = [&](std::size_t a, std::size_t b) {
         return platform::text::compareLocalizedStandard(videos[a].filename, videos[b].filename) < 0;
     };
-    // The files of one card come in this order, those of several cards in runs of it.
+    // The files of one card arrive in this order, those of several cards in sorted runs.
     using Difference = std::vector<std::size_t>::difference_type;
     std::vector<Difference> starts{0};
     for (std::size_t i = 1; i < videos.size(); ++i)
         if (isBefore(i, i - 1)) starts.push_back(static_cast<Difference>(i));
-    constexpr std::size_t longRuns = 32; // else keys that are made once are cheaper than comparing
+    constexpr std::size_t longRuns = 32; // with shorter runs, sort keys are cheaper than comparisons
     if (starts.size() * longRuns < videos.size()) {
         starts.push_back(std::ssize(order));
         while (starts.size() > 2) {
@@ -162,7 +163,7 @@ SyncGroupList SyncEngine::match(const std::vector<MediaAsset>& videos, const std
     else
         for (const MediaAsset& video : videos) places.learn(video);
     for (const MediaAsset& video : videos) placed.push_back(places.of(video));
-    std::vector<const MediaAsset*> others; // that are matched already
+    std::vector<const MediaAsset*> others; // videos that are already matched
     if (shoot != nullptr) {
         std::unordered_set<UUID> own;
         for (const MediaAsset& video : videos) own.insert(video.id);
@@ -228,8 +229,8 @@ AudioMatch SyncEngine::matchByTimecode(const MediaAsset& video, const MediaAsset
             return {audio, *start, end - std::max(0.0, *start)};
         }
     if (!picture || !sound) return {audio, 0, 0};
-    // By time of day, whatever their days: who attaches by hand knows better. Across midnight where they meet
-    // there and not within the day.
+    // Compares times of day, whatever the days: a user who attaches by hand knows the days. Across midnight
+    // if the two overlap there and not within the day.
     const TCRange& clip = picture->range;
     double offset = sound->range.startSeconds - clip.startSeconds, overlap = 0;
     const auto shifts = rules.days == MatchingDays::neighbours

@@ -27,7 +27,7 @@ using Indices = std::vector<std::size_t>;
 using SplitRecordingDetector::areKnownToDiffer;
 
 constexpr double startToleranceSeconds = SplitRecordingDetector::contiguityToleranceSeconds;
-constexpr double sameStartSeconds = 0.001; // the same count of samples, whatever the arithmetic made of it
+constexpr double sameStartSeconds = 0.001; // an equal count of samples, with rounding
 
 template <class Value>
 bool differ(const std::optional<Value>& a, const std::optional<Value>& b) {
@@ -38,7 +38,7 @@ std::optional<std::string> stated(const MediaAsset& file, std::optional<std::str
     return file.ixmlData ? *file.ixmlData.*field : std::nullopt;
 }
 
-/// How many midnights lie between the starts of two files as they are laid, by what their timecode says.
+/// How many midnights the places of two files are apart, according to their timecode.
 std::optional<double> midnightsBetween(const Candidate& a, const Candidate& b) {
     const auto own = AssetPlacement(*a.audio).range(), other = AssetPlacement(*b.audio).range();
     if (!own || !other) return std::nullopt;
@@ -46,8 +46,8 @@ std::optional<double> midnightsBetween(const Candidate& a, const Candidate& b) {
     return std::round((apart - (other->startSeconds - own->startSeconds)) / secondsADay);
 }
 
-/// A clip without a date meets the recordings of all days, and timecode comes again each day. A date without
-/// a time of day changes by a whole day where a recording passes midnight.
+/// A clip without a date meets the recordings of all days, and timecode repeats every day. A date without a
+/// time of day changes by a whole day if a recording passes midnight.
 bool areOfDifferentDays(const Candidate& a, const Candidate& b) {
     constexpr std::chrono::hours halfADay{12};
     const auto &own = a.audio->contentCreatedDate, &other = b.audio->contentCreatedDate;
@@ -68,7 +68,7 @@ bool isSaid(const std::optional<std::string>& text) {
 }
 
 bool isOfOneTake(const MediaAsset& a, const MediaAsset& b) {
-    // Two recorders with the same numbers, or a copy that was cut short: not another channel.
+    // Two recorders with the same numbers, or a copy that was cut short, not another channel.
     if (a.normalizedName() == b.normalizedName()) return false;
     bool bothSayAll = true;
     for (const auto field : {&IXMLData::scene, &IXMLData::take}) {
@@ -144,7 +144,8 @@ class Finder {
         std::ranges::stable_sort(files, {}, [&](std::size_t i) -> const std::string& { return keys[i]; });
     }
 
-    /// Of equal files the primary one stays, else that in its folder, else the first path.
+    /// Marks copies. Of equal files the primary one is kept, else the one in its folder, else the first by
+    /// path.
     std::vector<bool> copies() const {
         std::vector<bool> isCopyOfOther(files_.size(), false);
         for (auto run = byStart_.begin(); run != byStart_.end();) {
@@ -173,8 +174,8 @@ class Finder {
         }
     }
 
-    /// The file and what lies beside it, in the order of their paths; all of it is used then. Of files of one
-    /// name, as a copy that was cut short has it, one belongs: it would be the same channel twice.
+    /// The file and the files beside it, in the order of their paths; marks all of them as used. Of files
+    /// with one name, such as a copy that was cut short, only one is taken, as the other is the same channel.
     Indices section(std::size_t seed) {
         Indices found{seed};
         isUsed_[seed] = true;
@@ -197,12 +198,12 @@ class Finder {
         sortByPath(found);
         return found;
     }
-    /// Two recorders with the same numbers do not start on one sample.
+    /// Two recorders with the same numbers do not start on the same sample.
     bool isFullerCopy(std::size_t i, std::size_t other) const {
         return std::abs(start(i) - start(other)) < sameStartSeconds && end(i) > end(other) + sameStartSeconds;
     }
 
-    /// What has no length, as a file that says nothing of it, has no place in a chain.
+    /// A file without a known length cannot be part of a chain.
     bool isPart(std::size_t i, std::size_t neighbour) const {
         return !isUsed_[i] && end(i) > start(i) && end(neighbour) > start(neighbour) &&
                mayBeOfOneRecorder(files_[neighbour], files_[i]);
@@ -225,7 +226,7 @@ class Finder {
             }
         return attached(best ? best : acrossGap(edge, false), edge);
     }
-    /// One of the files for each end, or start: what lies side by side is of one recorder, and mostly equally
+    /// One file for each different end, or start. Files side by side are of one recorder and mostly equally
     /// long.
     Indices withDistinct(double SyncEngine::TCRange::*moment, const Indices& edge) const {
         Indices distinct;
@@ -236,7 +237,7 @@ class Finder {
         return distinct;
     }
 
-    /// How well a file continues another: first by what its name has in common, then by the gap.
+    /// How well a file continues another: first by the common pieces of their names, then by the gap.
     struct Link {
         std::size_t file;
         std::size_t common;
@@ -250,9 +251,9 @@ class Finder {
     double ofPicture(std::size_t i) const {
         return SyncEngine::overlapDuration(files_[i].range, *picture_).value_or(0);
     }
-    /// Whether a file is a take of the same recorder under a camera that rolled on. One that covers less
-    /// would leave the clip in doubt, and is there to be chosen. Channels of other names would be called by
-    /// the wrong ones.
+    /// Whether a file is a take of the same recorder during which the camera rolled on. A take that covers
+    /// less makes the clip ambiguous and remains a choice for the user. A take with other track names is
+    /// refused, as its channels would get the wrong names.
     bool isNextTake(std::size_t i, const Indices& edge, bool isLater) const {
         constexpr double share = 0.5;
         return picture_ && ofPicture(i) > 0 && ofPicture(i) >= share * ofPicture(0) &&
@@ -266,7 +267,7 @@ class Finder {
                });
     }
 
-    /// What a card lost lies between two parts whose names count on.
+    /// A part was lost between two parts whose names count on.
     std::optional<Link> acrossGap(const Indices& edge, bool isLater) const {
         std::optional<Link> best;
         for (const std::size_t own : edge)
@@ -283,7 +284,7 @@ class Finder {
         return best;
     }
 
-    /// The section of the part that was found, each file put on the lane of the channels that it continues.
+    /// The section of the part that was found, each file on the lane of the channels that it continues.
     Indices attached(const std::optional<Link>& best, const Indices& edge) {
         if (!best) return {};
         Indices found = section(best->file);
@@ -323,7 +324,7 @@ class Finder {
     std::span<const Candidate> files_;
     std::optional<SyncEngine::TCRange> picture_;
     Indices byStart_;
-    std::vector<bool> isUsed_; ///< a copy, or found to belong
+    std::vector<bool> isUsed_; ///< a copy, or already found to belong
     std::vector<Indices> lanes_;
 };
 
@@ -332,7 +333,7 @@ class Finder {
 TakeMembership TakeMembership::of(std::span<const Candidate> candidates,
                                   const std::optional<SyncEngine::TCRange>& picture) {
     if (candidates.empty()) return {};
-    // Most clips, and an export asks for each several times.
+    // The case of most clips; an export calls this several times for each.
     if (candidates.size() == 1) return {{{0, 0}}, {}, {}};
     return Finder(candidates, picture).find();
 }

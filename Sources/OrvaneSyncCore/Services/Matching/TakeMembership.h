@@ -10,21 +10,21 @@
 namespace orvane {
 
 /// Which of the files that meet one clip hold one recording. A recorder writes one file with all channels, or
-/// one a channel, or a next one when a file is full, and may write all of it to a second card.
+/// one file per channel, or a further file when one is full, and may write everything to a second card as
+/// well.
 ///
-/// Side by side lie files that start within half a second of each other and are of one take, by the scene and
-/// take in both files' metadata, else by names that differ only in the channel (`ChannelName`). One after the
-/// other lie files of which each begins within half a second of the end of the one before, or within a
-/// minute where the names count on (`SplitRecordingDetector::mayContinue`): a part that was lost lies
-/// between. Where the picture is known, a later or earlier take of that recorder lies so as well, if it
-/// begins within a minute and covers at least half as much of the picture as the first candidate: the camera
-/// rolled on. In all cases nothing known tells their recorders, their sound rolls, their sample rates or
-/// their days apart. A copy is a file of the same name, size and start in another folder; where a size is not
-/// known, of as many samples and channels.
+/// Files are side by side if they start within half a second of each other and are of one take: by the scene
+/// and take in the metadata of both, else by names that differ only in the channel (`ChannelName`). Files
+/// follow each other if each begins within half a second of the end of the one before, or within a minute if
+/// the names count on (`SplitRecordingDetector::mayContinue`): then a part was lost between them. If the
+/// picture is known, a later or earlier take of that recorder also follows, if it begins within a minute and
+/// covers at least half as much of the picture as the first candidate: the camera rolled on. In all cases
+/// nothing known may show different recorders, sound rolls, sample rates or days. A copy is a file of the
+/// same name, size and start in another folder; if a size is not known, of as many samples and channels.
 struct TakeMembership {
     struct Candidate {
         const MediaAsset* audio = nullptr;
-        SyncEngine::TCRange range; ///< on any axis that is common to all
+        SyncEngine::TCRange range; ///< on any axis that all candidates share
     };
     struct Member {
         std::size_t candidate;
@@ -37,12 +37,12 @@ struct TakeMembership {
     std::vector<std::size_t> alternates; ///< other recordings, in the order of the candidates
     std::vector<std::size_t> mirrors; ///< copies of members or of alternates, in the order of the candidates
 
-    /// The first candidate is the clip's primary recording. Pure; any thread.
-    /// `picture`: where the clip lies on the axis of the candidates.
+    /// The first candidate is the clip's primary recording. `picture`: the clip's range on the axis of the
+    /// candidates. Pure; any thread.
     static TakeMembership of(std::span<const Candidate> candidates,
                              const std::optional<SyncEngine::TCRange>& picture = std::nullopt);
-    /// Whether a file may be a copy of another one that was cut short: it has the name, the start and as far
-    /// as known the recorder of the other, and ends earlier.
+    /// Whether a file may be a copy of another one that was cut short: it has the name, the start and, as far
+    /// as known, the recorder of the other, and ends earlier.
     static bool isCutShort(const Candidate& file, const Candidate& other);
 };
 

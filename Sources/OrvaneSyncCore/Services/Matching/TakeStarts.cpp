@@ -22,7 +22,8 @@ bool hasStart(const MediaAsset& recording) {
     return recording.startTimecodeString || recording.bextTimeReference;
 }
 
-/// Folder, sample rate and length in samples: what one recorder writes side by side is equal in all three.
+/// Folder, sample rate and length in samples: all three are equal for files that one recorder writes side by
+/// side.
 using Form = std::tuple<std::string, double, std::int64_t>;
 
 std::optional<Form> formOf(const MediaAsset& recording) {
@@ -65,7 +66,7 @@ void share(std::vector<MediaAsset>& recordings) {
 }
 
 void continueAtMidnight(std::vector<MediaAsset>& recordings) {
-    std::vector<const MediaAsset*> before; // that end at midnight
+    std::vector<const MediaAsset*> before; // recordings that end at midnight
     for (const MediaAsset& recording : recordings)
         if (const auto range = SyncEngine::tcRange(recording);
             range && SplitRecordingDetector::follows(*range, {secondsADay, secondsADay}))

@@ -6,17 +6,17 @@
 
 namespace orvane {
 
-/// The start of a file that does not state it, by another file of its take. Pure; any thread.
+/// The start of a file that does not state one, derived from another file of its take. Pure; any thread.
 namespace TakeStarts {
 
-/// For recorders that write a file a channel and feed linear timecode into one of them: gives each recording
-/// without a start that of a file of its take: one in the same folder, of the same sample rate and length,
-/// whose name differs only in a word that names the channel. Numbers alone may count parts, which a recorder
-/// makes equally long. Of several the first one counts.
+/// For recorders that write one file per channel and record linear timecode on one of them: gives each
+/// recording without a start that of another file of its take. That file is in the same folder, has the same
+/// sample rate and length, and a name that differs only in a word for the channel. Numbers alone may count
+/// parts, which a recorder makes equally long. If there are several such files, the first one counts.
 void share(std::vector<MediaAsset>& recordings);
 
-/// A part that begins at midnight counts from 0 as those of recorders do that know no time. It gets its start
-/// where a part before it, in the same folder and of the day before, ends there.
+/// A part that begins at midnight counts from 0, as do the files of recorders that do not know the time. It
+/// gets its start if a part of the day before, in the same folder, ends at that midnight.
 void continueAtMidnight(std::vector<MediaAsset>& recordings);
 
 } // namespace TakeStarts

@@ -14,7 +14,7 @@ namespace orvane {
 
 namespace {
 
-/// Without the words for what lies in a folder, which say nothing of whose it is.
+/// Without the words for the content of a folder, which do not show to which unit it belongs.
 template <class Names>
 std::set<std::string> piecesOfFolders(Names first, Names last) {
     static const std::set<std::string, std::less<>> kinds{"audio", "cam",     "camera", "card",  "clips",

@@ -7,9 +7,9 @@
 
 namespace orvane {
 
-/// How near a recording lies to a clip, as units that shoot at once keep folders of their own: by the folders
-/// that both lie in, then by the pieces of names that the folders below have in common, as "A" of "A_CAM" and
-/// "A_SOUND", or "U1" of "CAM/U1" and "SOUND/U1". The greater, the nearer. Pure; any thread.
+/// How near a recording is to a clip, for units that shoot at the same time and have folders of their own.
+/// Compares the folders that both are in, then the pieces of names that the folders below have in common, as
+/// "A" of "A_CAM" and "A_SOUND", or "U1" of "CAM/U1" and "SOUND/U1". Greater is nearer. Pure; any thread.
 struct UnitNearness {
     std::size_t commonFolders = 0;
     std::size_t commonNames = 0;

@@ -13,7 +13,7 @@
 
 namespace orvane {
 
-/// Joins the parts of a shoot's recordings. Files lie on the line of days and times.
+/// Joins the parts of a shoot's recordings. Files are on the axis of days and times.
 class WholesFinder {
   public:
     WholesFinder(const std::vector<Recording>& recordings, MatchingDays days, double longestBreakSeconds)
@@ -66,14 +66,15 @@ class WholesFinder {
         return own.has_value() == other.has_value() && (!isSameDayOnly_ || own == other);
     }
 
-    /// Files that may be of one take are near each other, and asked for it together.
+    /// The root of the file's group of near files. Files that may be of one take are in one group and are
+    /// examined together.
     std::size_t nearRoot(std::size_t i) {
         while (near_[i] != i) i = near_[i] = near_[near_[i]];
         return i;
     }
     void join(std::size_t a, std::size_t b) { near_[nearRoot(a)] = nearRoot(b); }
 
-    /// Whether there are any that follow.
+    /// Returns whether any file follows.
     bool joinFollowing(std::size_t i, const Indices& byStart) {
         bool isFollowed = false;
         auto next =
@@ -88,7 +89,7 @@ class WholesFinder {
             }
         return isFollowed;
     }
-    /// Further channels of what has parts.
+    /// Joins further channels of recordings that have parts.
     void joinBeside(const Indices& byStart, const std::vector<bool>& isBefore) {
         for (std::size_t i = 1; i < byStart.size(); ++i) {
             const std::size_t a = byStart[i - 1], b = byStart[i];
@@ -98,7 +99,7 @@ class WholesFinder {
         }
     }
 
-    /// `left`, in the order of the starts, is cut into takes, and each of them where it has a break.
+    /// Divides `left`, sorted by start, into takes, and each take at its breaks.
     void takesAmong(Indices left) {
         while (left.size() > 1) {
             std::vector<Candidate> candidates;
@@ -138,7 +139,7 @@ class WholesFinder {
     bool isSameDayOnly_;
     double break_;
     std::vector<Candidate> files_;
-    Indices near_; ///< by file, one that is near it; itself at the root
+    Indices near_; ///< by file: a file that is near it; itself at the root
     WholeRecordings result_;
 };
 

@@ -9,24 +9,24 @@
 
 namespace orvane {
 
-/// Which files hold one recording without a break, by `TakeMembership` of all files and not of those alone
-/// that meet one clip. Where a clip would lie under a recording in parts, no part tells by itself.
+/// Which files hold one recording without a break, by `TakeMembership` of all files, not only of those that
+/// meet one clip. One part alone does not show whether a clip would lie under a recording in parts.
 struct WholeRecordings {
-    /// By file: the earliest one that its parts follow without a break; itself for a file that is whole.
+    /// By file: the earliest file that its parts follow without a break; the file itself if it is whole.
     std::vector<std::size_t> firstOf;
     /// By file: from the start of the first part to the end of the last, seconds since midnight of the first
-    /// one's day; its own place for a file that is whole.
+    /// part's day; its own place for a file that is whole.
     std::vector<FilePlace> places;
-    std::vector<double> startsAt; ///< by file, of its first sample, seconds from the start of the whole
+    std::vector<double> startsAt; ///< by file: its first sample, in seconds from the start of the whole
 
     bool isFirst(std::size_t file) const { return firstOf[file] == file; }
-    /// The part in which that moment of the whole lies; the last one that begins before it.
+    /// The part that contains that moment of the whole: the last one that begins before it.
     std::size_t partAt(std::size_t file, double seconds) const;
-    /// Of files, one of each whole.
+    /// Of the given files, one for each whole recording.
     std::vector<std::size_t> oneOfEach(const std::vector<std::size_t>& files) const;
 
-    /// `longestBreakSeconds`: what may lie between two parts. By the rule `same` those of two days are two
-    /// recordings. Throws Stopped. Pure; any thread.
+    /// `longestBreakSeconds`: the longest gap between two parts. With the rule `same`, parts of two days are
+    /// two recordings. Throws Stopped. Pure; any thread.
     static WholeRecordings of(const std::vector<Recording>& recordings, MatchingDays days,
                               double longestBreakSeconds, const std::stop_token& stop);
 

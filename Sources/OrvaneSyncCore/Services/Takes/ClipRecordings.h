@@ -7,21 +7,22 @@
 
 namespace orvane {
 
-/// The recordings that a clip has to choose from: for each the positions of its files in `audioMatches`,
-/// ascending. The first is the clip's take; each further one is the take that the clip would have without
-/// those before. A copy stands with the recording in front of it. Pure; any thread.
+/// The recordings among which a clip can choose: for each, the positions of its files in `audioMatches`,
+/// ascending. The first is the clip's take; each further one is the take that the clip would have without the
+/// ones before. A copy belongs to the recording before it. Pure; any thread.
 std::vector<std::vector<std::size_t>> recordingsOf(const SyncGroup& group);
 
-/// The one of them that holds the file; empty where the clip has no such recording. Pure; any thread.
+/// The recording that contains the file; empty if the clip has no such recording. Pure; any thread.
 std::vector<std::size_t> recordingWith(const SyncGroup& group, const FileURL& file);
 
-/// The same clip with the files of one of its recordings in front of the others.
+/// Moves the files of one of the clip's recordings before the others.
 void putFirst(SyncGroup& group, const std::vector<std::size_t>& recording);
 
-/// The positions of a recording's files in the order of its take: the first is the one by which it is named.
+/// The positions of a recording's files in the order of its take; the first file gives the recording its
+/// name.
 std::vector<std::size_t> inTakeOrder(const SyncGroup& group, const std::vector<std::size_t>& recording);
 
-/// One recording as people name it: "T01.WAV", or "T01_1.WAV + 3 files".
+/// The name of a recording for the user: "T01.WAV", or "T01_1.WAV + 3 files".
 std::string recordingText(const SyncGroup& group, const std::vector<std::size_t>& recording,
                           const FileNames& names);
 

@@ -6,16 +6,16 @@
 
 namespace orvane {
 
-/// What is heard of a clip, and where it lies under the picture. Pure; any thread.
+/// The sound that a clip uses, and its place under the picture. Pure; any thread.
 struct ClipSound {
     explicit ClipSound(const SyncGroup& group);
 
     std::optional<TakeSound> take;  ///< absent: the clip has no recording
     double offsetSeconds = 0;       ///< clip time of the take's first sample, the manual offset included
-    double durationSeconds = 0;     ///< of the take; 0 where it is not known
+    double durationSeconds = 0;     ///< of the take; 0 if unknown
     double primaryStartSeconds = 0; ///< of the first recording's first sample, on the take's axis
 
-    /// Clip time of the first recording's first sample: where its audio time, as anchors have it, begins.
+    /// Clip time of the first recording's first sample, where the audio time of anchors begins.
     double primaryOffsetSeconds() const { return offsetSeconds + primaryStartSeconds; }
 };
 

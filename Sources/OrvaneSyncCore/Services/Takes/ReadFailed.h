@@ -10,24 +10,24 @@
 
 namespace orvane {
 
-/// A recording could not be read to its end: the disk, the share or the program that decodes it failed, and
-/// what was read of it must not pass for the whole. A file that merely ends early is no such failure.
+/// A recording could not be read to its end: the disk, the share or the program that decodes it failed. The
+/// part that was read must not be used as the whole. A file that only ends early is no such failure.
 class ReadFailed : public std::runtime_error {
   public:
-    /// `heardSeconds`: how far it could be read.
+    /// `heardSeconds` of the file: how far it could be read.
     explicit ReadFailed(IncompleteFile file);
 
     const IncompleteFile& file() const { return *file_; }
 
   private:
-    std::shared_ptr<const IncompleteFile> file_; ///< an exception is copied without a failure
+    std::shared_ptr<const IncompleteFile>
+        file_; ///< a shared pointer, because copying an exception must not fail
 };
 
-/// How far the file was read; absent where no read of it failed, be it by `audio` or by another of its
-/// readers.
+/// How far the file was read; absent if no read of it failed, by `audio` or by another reader of the file.
 std::optional<IncompleteFile> failedRead(const platform::AudioFile& audio, const std::string& filename);
 
-/// Once something was made of what `audio` gave. Throws ReadFailed.
+/// To be called after the samples of `audio` were used. Throws ReadFailed.
 void throwIfReadFailed(const platform::AudioFile& audio, const std::string& filename);
 
 } // namespace orvane

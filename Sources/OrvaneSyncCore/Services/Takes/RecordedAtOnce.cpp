@@ -29,13 +29,13 @@ bool holds(const SyncGroup& group, const MediaAsset& first) {
     });
 }
 
-/// Where the sound of a clip lies on the axis of its picture.
+/// The start of a clip's sound on the axis of its picture.
 double firstSoundAt(const SyncGroup& group) {
     return group.audioMatches.front().syncOffsetSeconds + group.manualAudioOffsetSeconds;
 }
 
-/// Half of the shorter one has to lie within the other: sound that was moved by hand under one clip alone may
-/// reach a little into the take of the next.
+/// More than half of the shorter one must lie within the other: sound that was moved by hand under one clip
+/// only may overlap the take of the next clip a little.
 bool areTakesOfOneTime(const TakeMembership::Candidate& one, const TakeMembership::Candidate& other) {
     const auto common = SyncEngine::overlapDuration(one.range, other.range);
     const double shorter = std::min(one.range.endSeconds - one.range.startSeconds,

@@ -9,10 +9,10 @@ namespace orvane {
 
 namespace {
 
-constexpr std::size_t fewestClips = 3; // of a unit, that tell how it works
+constexpr std::size_t fewestClips = 3; // of a unit, as evidence of how it works
 constexpr double secondsOfADay = 86400;
 
-/// When a unit's cameras rolled, as stretches without a gap.
+/// The times at which a unit's cameras rolled, as ranges without a gap.
 class RollingTimes {
   public:
     explicit RollingTimes(std::vector<SyncEngine::TCRange> ranges) {
@@ -33,7 +33,7 @@ class RollingTimes {
     std::vector<SyncEngine::TCRange> stretches_;
 };
 
-/// On the axis of their days where all have one, else by the time of day.
+/// On the axis of days and times if all clips have a day, else by time of day.
 std::vector<SyncEngine::TCRange> rangesOf(const std::vector<const SeparateUnits::Clip*>& clips, bool byDay) {
     std::vector<SyncEngine::TCRange> ranges;
     ranges.reserve(clips.size());
@@ -44,7 +44,7 @@ std::vector<SyncEngine::TCRange> rangesOf(const std::vector<const SeparateUnits:
     return ranges;
 }
 
-/// Half of them at least.
+/// Whether at least half of the clips roll together with the others.
 bool rollTogether(const std::vector<SyncEngine::TCRange>& clips,
                   const std::vector<SyncEngine::TCRange>& others) {
     const RollingTimes times(others);

@@ -13,11 +13,11 @@
 namespace orvane {
 
 /// Units that film different scenes at the same hours, each with cameras and a recorder in folders of its
-/// own. Two cameras of one scene, each with its own recorder, are none: most of the clips of one of them roll
-/// with one of the other's. One thread at a time.
+/// own. Two cameras of one scene with a recorder each are not two units: most clips of one of them roll
+/// together with a clip of the other. One thread at a time.
 class SeparateUnits {
   public:
-    /// A clip that must outlive this, where it lies.
+    /// A clip and its range. The group must outlive this object.
     struct Clip {
         const SyncGroup* group;
         SyncEngine::TCRange range; ///< seconds since midnight
@@ -25,22 +25,21 @@ class SeparateUnits {
     };
     explicit SeparateUnits(std::vector<Clip> clips);
 
-    /// Whether the first recordings of two clips are of two units: each lies nearer to its own clip by its
-    /// folders, and does not say that it is of the other's scene and take.
+    /// Whether the first recordings of two clips are of two units: each is nearer to its own clip by its
+    /// folders, and does not state the scene and take of the other.
     bool have(const SyncGroup& a, const SyncGroup& b) const;
-    /// Whether a recording is of another unit than the clip's first one.
+    /// Whether a recording is of another unit than the clip's first recording.
     bool isOfOther(const SyncGroup& clip, const MediaAsset& recording) const;
-    /// The highest folder that one file lies in and the other doesn't, with a slash behind it; empty for
-    /// files of one folder.
+    /// The highest folder that contains one file and not the other, with a slash at the end; empty for files
+    /// of one folder.
     static std::string folderApart(const MediaAsset& of, const MediaAsset& from);
 
   private:
     bool areApart(const MediaAsset& a, const MediaAsset& b) const;
     std::vector<const Clip*> clipsOf(std::string_view folder) const;
 
-    std::vector<Clip> clips_; ///< that have sound
-    mutable std::map<std::pair<std::string, std::string>, bool>
-        known_; ///< by folder of sound, each with each
+    std::vector<Clip> clips_;                                           ///< those that have sound
+    mutable std::map<std::pair<std::string, std::string>, bool> known_; ///< for pairs of folders of sound
 };
 
 } // namespace orvane

@@ -14,7 +14,7 @@ namespace orvane {
 
 namespace {
 
-// What a wave file's header can state; a larger count is a fault of the file.
+// The most that a wave file's header can state; a larger count is an error in the file.
 constexpr int mostChannels = 65535;
 
 TakeMembership membershipOf(const SyncGroup& group) {
@@ -29,7 +29,7 @@ TakeMembership membershipOf(const SyncGroup& group) {
                               seconds ? std::optional(SyncEngine::TCRange{0, *seconds}) : std::nullopt);
 }
 
-/// Puts the files of a clip down in the order of the take and numbers their channels.
+/// Adds the files of a clip in the order of the take and numbers their channels.
 class Builder {
   public:
     Builder(const SyncGroup& group, int channelsIfUnknown)
@@ -76,7 +76,8 @@ class Builder {
         take_.offsetSeconds = first;
         for (TakeFile& file : take_.files) file.startSeconds = offsetOf(file) - first;
         take_.primaryStartSeconds = group_.audioMatches.front().syncOffsetSeconds - first;
-        // A file alone is as long as it says, whatever adding and taking away its offset makes of that.
+        // A single file has exactly its stated length; adding and subtracting its offset would change it by
+        // rounding.
         take_.durationSeconds =
             take_.heardFileCount() == 1 ? take_.files.front().durationSeconds : last - first;
     }
@@ -90,8 +91,8 @@ class Builder {
     Take take_;
 };
 
-/// The recorder's name of a file's only channel, which is the take's channel `number`. A recorder may list in
-/// each file the tracks of all.
+/// The recorder's name of a file's only channel, which is the take's channel `number`. A recorder may list
+/// the tracks of all files in each file.
 const IXMLTrack* ownTrack(const std::vector<IXMLTrack>& tracks, int number, int channelsOfTake) {
     if (tracks.size() == 1) return &tracks.front();
     if (std::cmp_equal(tracks.size(), channelsOfTake)) return &tracks[static_cast<std::size_t>(number - 1)];

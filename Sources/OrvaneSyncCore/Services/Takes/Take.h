@@ -10,7 +10,7 @@
 
 namespace orvane {
 
-/// What a file of a clip is to the clip's take.
+/// The relation of a file of a clip to the clip's take.
 enum class TakeRole {
     part,      ///< of the take's sound: one of a chain that hold the same channels, or the take's only file
     channel,   ///< of the take's sound: further channels beside those of other files, in one piece
@@ -24,49 +24,49 @@ constexpr bool isHeard(TakeRole role) { return role == TakeRole::part || role ==
 struct TakeFile {
     std::size_t matchIndex = 0; ///< in the clip's `audioMatches`
     TakeRole role = TakeRole::part;
-    /// Running number, from 1, of the file's first channel among those of the clip's files. The parts of one
-    /// chain share it; 0 for a mirror.
+    /// Running number, from 1, of the file's first channel among the channels of the clip's files. The parts
+    /// of one chain share it; 0 for a mirror.
     int firstChannel = 1;
     int channelCount = 1;
-    /// Of the file's first sample, on the take's own axis; below 0 where an alternate or a mirror begins
-    /// before the take.
+    /// Start of the file's first sample on the take's own axis; below 0 for an alternate or a mirror that
+    /// begins before the take.
     double startSeconds = 0;
-    double durationSeconds = 0; ///< 0 where the file does not say
+    double durationSeconds = 0; ///< 0 if the file does not state it
 };
 
-/// The recording of a clip, however many files it has: the files that hold it, side by side and one after the
-/// other, and what else the clip has. Take time is 0 at the take's first sample; a moment `t` of it lies at
-/// clip time t + `offsetSeconds` + the clip's manual offset. With a single file it is audio time. A moment of
-/// audio time, as the clip's anchor states it, lies at `primaryStartSeconds` + that moment.
+/// The recording of a clip, in one or more files: the files that hold it, side by side and one after the
+/// other, and the clip's other files. Take time is 0 at the take's first sample; a moment `t` of it is at
+/// clip time t + `offsetSeconds` + the clip's manual offset. With a single file, take time is audio time. A
+/// moment of audio time, as the clip's anchor states it, is at `primaryStartSeconds` + that moment.
 struct Take {
-    /// First the take's sound, by channel and then by start; then the alternates in the order of the matches,
-    /// whose channels are numbered behind those of the take; then the mirrors.
+    /// First the files of the take, by channel and then by start; then the alternates in the order of the
+    /// matches, whose channels have the next numbers; then the mirrors.
     std::vector<TakeFile> files;
     double offsetSeconds = 0;       ///< clip time of the take's first sample, before the manual offset
     double primaryStartSeconds = 0; ///< of the first match's first sample, on the take's axis
     int channelCount = 0;           ///< of the take's sound
-    double durationSeconds = 0;     ///< from its first sample to its last; gaps count
+    double durationSeconds = 0;     ///< from its first sample to its last, gaps included
 
     bool isEmpty() const { return files.empty(); }
-    /// Of all that is not a mirror: the running numbers end here.
+    /// The number of channels of all files except mirrors, which is the last running number.
     int runningChannelCount() const;
     std::size_t heardFileCount() const;
 };
 
-/// How many channels are heard of a file that does not say how many it has.
+/// Number of channels of a file that does not state it.
 inline constexpr int assumedChannels = 2;
 
-/// The take that holds the clip's first match; without files for a clip without sound. `channelsIfUnknown`
-/// for files that do not say how many channels they have. Pure; any thread.
+/// The take that contains the clip's first match; without files for a clip without sound.
+/// `channelsIfUnknown`: for files that do not state their number of channels. Pure; any thread.
 Take takeOf(const SyncGroup& group, int channelsIfUnknown);
 
-/// The recorder's names of the take's channels, `channelIndex` being the running number. A file with one
-/// channel has the name of its own track, though its metadata may list those of the whole take. Of the parts
-/// of a chain the first that names a channel counts.
+/// The recorder's names of the take's channels; `channelIndex` is the running number. A file with one channel
+/// has the name of its own track, although its metadata may list the tracks of the whole take. In a chain,
+/// the first part that names a channel counts.
 std::vector<IXMLTrack> namedChannels(const SyncGroup& group, const Take& take);
 
-/// The take's files as people name them: "T01.WAV", or "T01_1.WAV + 3 files". `names`: of the files that are
-/// shown beside it.
+/// The names of the take's files for the user: "T01.WAV", or "T01_1.WAV + 3 files". `names`: of the files
+/// that are shown with it.
 std::string filesText(const SyncGroup& group, const Take& take, const FileNames& names);
 
 } // namespace orvane

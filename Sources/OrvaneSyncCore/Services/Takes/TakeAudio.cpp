@@ -17,17 +17,17 @@ namespace {
 
 using platform::AudioFile;
 
-/// The same for all clips of a take, whose offsets differ in the last bits, and finer than any sample.
+/// Equal for all clips of a take, whose offsets differ in the last bits, and finer than any sample.
 double wholeMicroseconds(double seconds) {
     constexpr double perSecond = 1e6;
     return std::round(seconds * perSecond) / perSecond;
 }
 
-/// A stretch of a lane that one file fills, in frames of the take.
+/// A range of a lane that one file fills, in frames of the take.
 struct Piece {
     std::size_t file;
-    std::int64_t fileStart; ///< where the file's first frame lies
-    std::int64_t begin;     ///< behind `fileStart` where the part before reaches into this one
+    std::int64_t fileStart; ///< place of the file's first frame
+    std::int64_t begin;     ///< later than `fileStart` if the part before overlaps this one
     std::int64_t end;
 };
 
@@ -40,33 +40,34 @@ struct Lane {
 
 } // namespace
 
-/// What all readers of one take share. But for what reading finds missing, it does not change
-/// once it is made.
+/// Shared by all readers of one take. Does not change after it is made, except for what reading finds
+/// missing.
 struct TakeLayout {
-    /// Files up to this many stay open, so that a reader for another thread costs no opening.
+    /// Up to this many files stay open, so that a reader for another thread opens no file.
     static constexpr std::size_t mostOpenFiles = 256;
 
     TakeSound sound;
-    std::vector<std::unique_ptr<AudioFile>> openFiles; ///< beside `sound.files`; empty where none is kept
+    std::vector<std::unique_ptr<AudioFile>>
+        openFiles; ///< parallel to `sound.files`; empty if none stays open
     std::vector<Lane> lanes;
     double sampleRate = 0;
     std::size_t channelCount = 0;
     std::int64_t frames = 0;
     std::int64_t promised = 0;
-    bool canShare = true; ///< each file gives further readers
+    bool canShare = true; ///< each file can give further readers
 
     /// What is known of a file's frames.
     struct Extent {
         bool isReadable = true;
         std::int64_t start = 0;    ///< of the file, on the take's axis
-        std::int64_t own = 0;      ///< there, as far as the open file says
-        std::int64_t promised = 0; ///< by its header, or by what is known of a file that can't be opened
-        platform::EarliestFrame missing{}; ///< that reading did not get
-        platform::EarliestFrame failed{};  ///< because reading failed
+        std::int64_t own = 0;      ///< number of frames that the open file has
+        std::int64_t promised = 0; ///< by its header, or by what is known of a file that cannot be opened
+        platform::EarliestFrame missing{}; ///< the first frame that reading did not get
+        platform::EarliestFrame failed{};  ///< the first of them because a read failed
     };
-    mutable std::deque<Extent> extents; ///< beside `sound.files`
+    mutable std::deque<Extent> extents; ///< parallel to `sound.files`
 
-    /// A reader of a file of its own, at its start; nothing when it cannot be read any more.
+    /// A separate reader of the file, at its start; null if the file can no longer be read.
     std::unique_ptr<AudioFile> reader(std::size_t file) const {
         if (openFiles[file])
             if (auto reader = openFiles[file]->another()) return reader;
@@ -114,7 +115,7 @@ class TakeAudio : public AudioFile {
     }
 
   private:
-    /// What one lane is being read with.
+    /// The file with which a lane is read.
     struct OpenPiece {
         std::size_t piece = 0;
         std::unique_ptr<AudioFile> file; ///< of that piece
@@ -143,12 +144,12 @@ class TakeAudio : public AudioFile {
             if (got == to - from) continue;
             TakeLayout::Extent& extent = layout_->extents[piece->file];
             extent.missing.note(from + got - piece->fileStart);
-            // A file that was opened before and can't be opened again is out of reach.
+            // A file that was opened before and cannot be opened again counts as a failed read.
             if (!open.file || open.file->failedAt()) extent.failed.note(from + got - piece->fileStart);
         }
     }
 
-    /// Moves only where reading does not go on by itself: a compressed file is slow to move in.
+    /// Seeks only if the reader is not already at the frame: seeking in a compressed file is slow.
     bool moveTo(OpenPiece& open, std::size_t which, const Piece& piece, std::int64_t frame) {
         if (!open.file || open.piece != which) {
             open.file = layout_->reader(piece.file);
@@ -161,17 +162,17 @@ class TakeAudio : public AudioFile {
     }
 
     std::shared_ptr<const TakeLayout> layout_;
-    std::vector<OpenPiece> open_; ///< one a lane
+    std::vector<OpenPiece> open_; ///< one for each lane
     std::int64_t at_ = 0;
-    std::vector<float*> targets_; ///< of the read under way
+    std::vector<float*> targets_; ///< of the current read
 };
 
-/// Lays out the files that can be read, at the rate of the first of them.
+/// Computes the layout of the files that can be read, at the sample rate of the first of them.
 class LayoutMaker {
   public:
     explicit LayoutMaker(const TakeSound& sound) { layout_.sound = sound; }
 
-    /// Nothing when no file can be read.
+    /// Null if no file can be read.
     std::shared_ptr<const TakeLayout> make() {
         std::vector<std::unique_ptr<AudioFile>> opened;
         for (const TakeSound::File& file : layout_.sound.files) {

@@ -12,7 +12,7 @@ namespace orvane {
 
 namespace {
 
-/// Which running number of `after` a number of `before` has; none for a channel that is gone.
+/// Maps a running number of `before` to that of `after`; absent for a channel that no longer exists.
 class Renumbering {
   public:
     Renumbering(const SyncGroup& before, const Take& takeBefore, const SyncGroup& after,
@@ -22,7 +22,7 @@ class Renumbering {
             if (file.role == TakeRole::mirror) continue;
             const TakeFile* now =
                 fileOf(after, takeAfter, [&](const MediaAsset& one) { return one.url == own.url; });
-            // Its copy may have been left out until it was gone.
+            // A copy is only used when its original is gone.
             if (now == nullptr)
                 now = fileOf(after, takeAfter, [&](const MediaAsset& one) {
                     return one.filename == own.filename && wasCopy(before, takeBefore, one);
@@ -90,7 +90,7 @@ void startWithRecording(SyncGroup& group, const SyncGroup& before) {
     group.measuredLUFS.reset();
     if (group.masterGainAuto) group.masterGainDB = 0;
     const auto isAnyHeard = [](const SyncGroup& clip, int channels) {
-        const auto first = clip.manualActiveTracks.begin(); // they are counted from those of the take
+        const auto first = clip.manualActiveTracks.begin(); // the lowest numbers are those of the take
         return first != clip.manualActiveTracks.end() && *first <= channels;
     };
     const int channels = takeOf(group, assumedChannels).channelCount;

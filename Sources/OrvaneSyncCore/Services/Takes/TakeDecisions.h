@@ -5,26 +5,26 @@
 
 namespace orvane {
 
-/// Carries what was decided about channels over to the recordings that the clip has by now: the tracks that
-/// are switched on or excluded and those of the ranges of blocks, which are stated by running numbers. These
-/// move when a file joins or leaves the take; a range keeps its place, which is that in the clip. What was
-/// decided about a channel that is gone is dropped; a copy stands in for its original. `before`: the clip
-/// with its former recordings. Where either has none, nothing changes. Pure; any thread.
+/// Applies decisions about channels to the recordings that the clip has after a change: the tracks that are
+/// switched on or excluded and those of the ranges of blocks, which are stored as running numbers. These
+/// numbers change when a file joins or leaves the take; a range keeps its place in the clip. Decisions about
+/// a channel that no longer exists are dropped; a copy replaces its original. `before`: the clip with its
+/// former recordings. If either clip has none, nothing changes. Pure; any thread.
 void carryDecisions(SyncGroup& group, const SyncGroup& before);
 
-/// What was said of the recording that the editor has replaced by another one says nothing of that one: it is
-/// heard with all its channels where the choice of channels, made for the former one, would leave it silent,
-/// and neither the loudness nor the gain that follows from it are known. To be called behind
-/// `carryDecisions`; where the recording is the same, nothing changes. Pure; any thread.
+/// Removes values that do not apply to a recording with which the editor replaced another one. All its
+/// channels are used if the choice of channels, made for the former recording, would leave it silent; the
+/// measured loudness and the gain from it are reset. Must be called after `carryDecisions`; with the same
+/// recording, nothing changes. Pure; any thread.
 void startWithRecording(SyncGroup& group, const SyncGroup& before);
 
-/// Keeps the sync anchor, which is stated from the start of the first recording, at its place under the
-/// picture when another recording is the first one by now. It is dropped where that place is outside of what
-/// is heard, or nothing is heard. Pure; any thread.
+/// Keeps the sync anchor, which is stored relative to the start of the first recording, at its place under
+/// the picture when another recording becomes the first. Removes it if that place is outside of the sound, or
+/// if there is no sound. Pure; any thread.
 void carryAnchor(SyncGroup& group, const SyncGroup& before);
 
-/// Brings seconds from the start of the first recording to those of the whole take: they may lie in a file
-/// before or behind the first recording. Of a take that does not say how long it is, only its start counts.
+/// Limits a time in seconds from the start of the first recording to the range of the whole take: it may be
+/// in a file before or after the first recording. For a take of unknown length, only the start is a limit.
 double withinTake(const Take& take, double secondsInPrimary);
 
 } // namespace orvane

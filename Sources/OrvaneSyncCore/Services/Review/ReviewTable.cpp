@@ -16,11 +16,12 @@ namespace {
 
 namespace text = platform::text;
 
-/// What begins a formula in a spreadsheet, in full width too.
+/// Characters with which a formula begins in a spreadsheet, also in full width.
 constexpr std::array<std::string_view, 8> formulas{
     "=", "+", "-", "@", "\xEF\xBC\x9D", "\xEF\xBC\x8B", "\xEF\xBC\x8D", "\xEF\xBC\xA0"};
 
-/// A formula, also behind apostrophes: reading has to know which one is the table's.
+/// Whether the cell is a formula, also one after apostrophes: reading must know which apostrophe the table
+/// added.
 bool isGuarded(std::string_view cell) {
     cell.remove_prefix(std::min(cell.find_first_not_of('\''), cell.size()));
     return std::ranges::any_of(formulas, [&](std::string_view begin) { return cell.starts_with(begin); });
@@ -43,7 +44,7 @@ std::string readCell(std::string cell) {
     return cell;
 }
 
-/// Two quotes within a quoted cell are one.
+/// Two quotes within a quoted cell stand for one.
 std::vector<std::string> cellsOf(std::string_view record, char delimiter) {
     std::vector<std::string> cells(1);
     bool isQuoted = false;
@@ -73,7 +74,7 @@ std::vector<std::string_view> columnNames() {
     return names;
 }
 
-/// For each column of the table which of ours it is; of two with one name the first.
+/// For each column of the table, its number among ours; of two columns with one name, the first counts.
 std::vector<std::optional<std::size_t>> columnsOf(const std::vector<std::string>& header) {
     const std::vector<std::string_view> names = columnNames();
     std::vector<std::optional<std::size_t>> columns;
@@ -86,7 +87,8 @@ std::vector<std::optional<std::size_t>> columnsOf(const std::vector<std::string>
     return columns;
 }
 
-/// By which the header falls into cells that name the clips' column: what other cells hold says nothing.
+/// The delimiter that divides the header so that one cell is the clips' column. The content of other cells
+/// does not matter.
 std::optional<char> delimiterOf(std::string_view content) {
     for (const char delimiter : {'\t', ';', ','}) {
         const auto header = ReportRecords(content, std::string(1, delimiter)).next();
@@ -99,7 +101,7 @@ std::optional<char> delimiterOf(std::string_view content) {
 
 std::string numberMark(std::size_t number) { return std::to_string(number) + ": "; }
 
-/// With a plain sign.
+/// The number with a plain minus sign.
 std::string numberText(std::string_view cell) {
     constexpr std::string_view minus = "\xE2\x88\x92"; // U+2212
     std::string number(text::trimmed(cell));
@@ -108,7 +110,8 @@ std::string numberText(std::string_view cell) {
     return number;
 }
 
-/// A comma that may part thousands: in front of three digits, and behind some that do not begin with 0.
+/// Whether a comma may separate thousands: three digits follow it, and the digits before it do not begin with
+/// 0.
 bool mayHoldThousands(std::string_view number) {
     number.remove_prefix(std::min(number.find_first_not_of("+-"), number.size()));
     const std::size_t comma = number.find(',');
@@ -122,7 +125,7 @@ std::string cellOf(const ReviewLine& line, ReviewColumn column) {
     return std::string(text::trimmed(line[column].value_or("")));
 }
 
-/// What a line decides in a column, in a form that equals that of the same decision; empty for none.
+/// The decision of a line in a column, in a form in which equal decisions are equal; empty if there is none.
 std::string decisionIn(const ReviewLine& line, ReviewColumn column) {
     using enum ReviewColumn;
     std::string cell = cellOf(line, column);
@@ -141,13 +144,13 @@ std::string decisionIn(const ReviewLine& line, ReviewColumn column) {
     return cell;
 }
 
-/// One may be said with more of its folders.
+/// One of the two may have more of its folders.
 bool isSameFile(const std::string& a, const std::string& b) {
     return a == b || a.ends_with("/" + b) || b.ends_with("/" + a);
 }
 
-/// A decision of the old line that the new one has, too; what the new one states without being a decision
-/// counts, as the choice that was made meanwhile.
+/// Whether the new line has the decision of the old line. A value that the new line states without a decision
+/// counts as well: the choice may have been made in the meantime.
 bool isHeld(const ReviewLine& old, const ReviewLine* fresh, ReviewColumn column) {
     const std::string decision = decisionIn(old, column);
     if (decision.empty()) return true;
@@ -185,7 +188,7 @@ std::vector<ReviewLine> readReviewTable(std::string_view content) {
         if (text::trimmed(*record).empty()) continue;
         ReviewLine line{.number = number};
         std::vector<std::string> cells = cellsOf(*record, delimiter);
-        cells.resize(columns.size()); // spreadsheets leave empty cells out at the end of a line
+        cells.resize(columns.size()); // spreadsheets omit empty cells at the end of a line
         for (std::size_t i = 0; i < columns.size(); ++i)
             if (columns[i]) line.cells[*columns[i]] = readCell(std::move(cells[i]));
         lines.push_back(std::move(line));
@@ -249,7 +252,7 @@ std::string numberedRecordings(const std::vector<std::string>& recordings) {
 std::optional<std::string> recordingOfNumber(std::string_view cell, int number) {
     if (number < 1) return std::nullopt;
     const auto wanted = static_cast<std::size_t>(number);
-    // Read from the front, so that a name that holds such a mark itself misleads only about itself.
+    // Reads from the front: a name that itself contains such a mark then only affects its own entry.
     std::size_t begin = 0;
     for (std::size_t i = 1;; ++i) {
         const std::string mark = numberMark(i);

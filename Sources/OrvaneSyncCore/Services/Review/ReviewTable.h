@@ -11,29 +11,29 @@
 
 namespace orvane {
 
-/// The table in which people decide about clips in a spreadsheet: a line a clip, tab separated, in UTF-8.
-/// Pure; any thread.
+/// The table in which users decide about clips in a spreadsheet: one line per clip, separated by tabs, in
+/// UTF-8. Pure; any thread.
 
-/// In the order in which they are written.
+/// The columns in the order in which they are written.
 enum class ReviewColumn : std::uint8_t {
     clip,         ///< its name in the document
-    cameraFile,   ///< by which the clip is found again
+    cameraFile,   ///< by which the clip is found when the table is read
     sound,        ///< its recordings, numbered from 1
-    status,       ///< of the match, as records name it
-    doubt,        ///< for people
+    status,       ///< of the match, as it is stored
+    doubt,        ///< a text for the user
     choice,       ///< number of the recording that the clip is to have, or the file name of any recording
-    offsetFrames, ///< that the sound is moved by hand, in frames of the picture; later is positive
-    name,         ///< that the clip was given by hand
+    offsetFrames, ///< the manual offset of the sound, in frames of the picture; positive is later
+    name,         ///< the clip's name, if given by hand
     skip,         ///< "x": not in the document
-    note,         ///< what people write for each other
-    lock          ///< "x": locked as it is after all else of its line
+    note,         ///< a text for other users
+    lock          ///< "x": the clip is locked after all other decisions of its line
 };
 inline constexpr std::size_t reviewColumnCount = 11;
 
 struct ReviewLine {
-    /// As a spreadsheet counts the rows; the header is 1.
+    /// Number of the row in a spreadsheet; the header is 1.
     std::size_t number = 0;
-    /// Absent: the table has no such column.
+    /// Absent: the table does not have the column.
     std::array<std::optional<std::string>, reviewColumnCount> cells{};
 
     std::optional<std::string>& operator[](ReviewColumn column) {
@@ -44,38 +44,39 @@ struct ReviewLine {
     }
 };
 
-/// Why a text is no review table, for people, without the file's name.
+/// Why a text is no review table, for the user, without the file's name.
 class ReviewTableError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-/// The whole file. A text that a spreadsheet would take for a formula has an apostrophe in front, which
-/// reading takes away again; control characters are blanks. Numbers stand as they are.
+/// The whole file. A text that a spreadsheet would take for a formula gets an apostrophe in front, which
+/// reading removes; control characters become blanks. Numbers are written unchanged.
 std::string writtenReviewTable(const std::vector<ReviewLine>& lines);
-/// Back from a spreadsheet: columns in any order, some of them missing, others among them; cells quoted;
-/// delimited by tabs, commas or semicolons. `text`: UTF-8 without a byte order mark. Empty lines are left
-/// out. Throws ReviewTableError where the first line names no column `camera_file`.
+/// Reads a table that a spreadsheet saved: columns in any order, columns missing or added, cells quoted,
+/// separated by tabs, commas or semicolons. `text`: UTF-8 without a byte order mark. Ignores empty lines.
+/// Throws ReviewTableError if the first line has no column `camera_file`.
 std::vector<ReviewLine> readReviewTable(std::string_view text);
 
-/// A cell with a number, by whatever habits it is written: "-3", "1.0", "1,5" or with a true minus sign.
-/// Nothing for "1,000", which may be one or a thousand.
+/// The number in a cell, in any of the usual notations: "-3", "1.0", "1,5" or with the minus sign U+2212.
+/// Absent for "1,000", which may be one or a thousand.
 std::optional<double> reviewNumber(std::string_view cell);
-/// The number of a cell that may be two: with its comma as a decimal point.
+/// The same for an ambiguous cell: reads its comma as a decimal point.
 std::optional<double> reviewNumberByDecimalComma(std::string_view cell);
-/// A cell of the column `skip` or `lock`; nothing when it says neither.
+/// The value of a cell of the column `skip` or `lock`; absent if it is neither on nor off.
 std::optional<bool> reviewSwitch(std::string_view cell);
-/// The choice that a table states where nobody has made one: the first recording of a clip that is settled.
+/// Whether the line's choice is the one that the table states without a decision: the first recording of a
+/// settled clip.
 bool isChoiceOfTable(const ReviewLine& line);
-/// Of a table that a new one would replace, the first line with a decision or a note that the new one does
-/// not hold; null: nothing would be lost.
+/// The first line of an existing table with a decision or a note that the new table, which would replace it,
+/// does not have; null: nothing would be lost.
 const ReviewLine* firstLostDecision(const std::vector<ReviewLine>& old, const std::vector<ReviewLine>& fresh);
-/// Frames as a cell states them, to a millionth.
+/// Frames as text for a cell, to a millionth.
 std::string reviewFrames(double frames);
 
 /// A cell of the column `sound`: "1: A.wav; 2: B.wav".
 std::string numberedRecordings(const std::vector<std::string>& recordings);
-/// The recording of a number in such a cell.
+/// The recording with a number in such a cell.
 std::optional<std::string> recordingOfNumber(std::string_view cell, int number);
 
 } // namespace orvane

@@ -12,7 +12,7 @@ namespace orvane {
 
 namespace {
 
-/// A number from a stored file may be beyond any whole one.
+/// A number from a stored file may exceed the range of integers.
 long long whole(double value) {
     constexpr double most = 1e15;
     return std::isnan(value) ? 0 : static_cast<long long>(std::clamp(value, -most, most));

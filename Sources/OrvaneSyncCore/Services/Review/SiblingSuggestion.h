@@ -9,19 +9,20 @@
 
 namespace orvane {
 
-/// Another camera of the take was moved against its sound: the same move is offered to this one.
+/// Another camera of the take was moved relative to its sound: the same move is suggested for this one.
 struct SiblingSuggestion {
     SyncGroupList::Element sibling;
     double offsetSeconds = 0; ///< the sibling's manual offset
     std::string dismissKey;   ///< changes when the sibling is moved again
-    std::string folder = {};  ///< of its camera, where that is all that distinguishes it from this one
+    std::string folder = {};  ///< of the sibling's camera, if only the folder distinguishes it from this one
 
-    /// What the banner says, in frames of the player's rate.
+    /// The text of the banner, in frames of the player's rate.
     std::string text(double frameRate) const;
 };
 
-/// From the first sibling that was moved by a frame or more, and lies a frame or more from this clip.
-/// `frameRate` is the player's, frames per second; nothing where it is not above 0. Pure; any thread.
+/// Uses the first sibling that was moved by a frame or more and whose offset differs from this clip's by a
+/// frame or more. `frameRate` is the player's, frames per second; absent if it is not above 0. Pure; any
+/// thread.
 std::optional<SiblingSuggestion> activeSiblingSuggestion(const SyncGroup& group, const SyncGroupList& groups,
                                                          GroupNaming::Source source,
                                                          const std::optional<std::string>& customPattern,

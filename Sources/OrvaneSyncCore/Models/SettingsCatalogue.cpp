@@ -21,7 +21,7 @@ std::vector<SettingsCatalogue::Entry>& entries() {
     return list;
 }
 
-/// Among the families.
+/// The position of the setting's family in `settings::families`.
 std::ptrdiff_t placeOfFamily(const SettingDescription& setting) {
     const auto found = std::ranges::find(settings::families, setting.family);
     if (found == settings::families.end())
@@ -35,7 +35,7 @@ std::string_view keyOf(const SettingDescription& setting) { return setting.key; 
 
 std::string settings::whyNoStartTimecode(std::string_view text) {
     if (platform::text::trimmed(text).empty()) return "";
-    constexpr auto finest = TimecodeFrameRate::fps120; // the rate is known only with the clips
+    constexpr auto finest = TimecodeFrameRate::fps120; // the rate is only known once there are clips
     constexpr int hoursADay = 24;
     std::string why = TimecodeUtils::whyNoTimecode(text, finest);
     if (!why.empty()) return why;
@@ -57,7 +57,7 @@ std::string SettingsCatalogue::whyUnknown(std::string_view key) {
 }
 
 void SettingsCatalogue::add(const SettingDescription& setting) {
-    // The linker decides whose settings are made first.
+    // The linker decides in which order the settings are made.
     const auto behind =
         std::ranges::upper_bound(entries(), placeOfFamily(setting), std::ranges::less(), placeOfFamily);
     entries().insert(behind, setting);

@@ -19,39 +19,39 @@ namespace SettingsCatalogue {
 
 using Entry = std::reference_wrapper<const SettingDescription>;
 
-/// All settings, family by family: the order in which presets take the keys and lists show them.
+/// All settings, family by family: the order of presets and lists.
 std::span<const Entry> all();
 /// Null for an unknown key.
 const SettingDescription* find(std::string_view key);
-/// A message about an unknown key, with the key that was probably meant.
+/// A message about an unknown key, with the most similar key.
 std::string whyUnknown(std::string_view key);
-/// For `Declared`. Its family must be one of `settings::families`.
+/// For `Declared`. The family must be one of `settings::families`.
 void add(const SettingDescription& setting);
 
 } // namespace SettingsCatalogue
 
-/// Registers the defaults of the settings that have `isRegistered`.
+/// Registers the defaults of all settings with `isRegistered`.
 void registerStandardDefaults(platform::SettingsStore& store);
 
-/// The texts under which the settings store an enumeration. Specialised beside the enumeration if they differ
+/// The texts with which the settings store an enumeration. Specialised beside the enumeration if they differ
 /// from its raw values.
 template <RawValued E>
 inline constexpr std::span<const std::string_view> settingTexts{RawValues<E>::texts};
 
-/// The words for an enumeration's cases: its `displayText`.
+/// The texts of an enumeration's cases for the user: its `displayText`.
 template <RawValued E>
 std::string displayed(std::size_t choice) {
     return std::string(displayText(static_cast<E>(choice)));
 }
-/// The name of a case and what it does.
+/// The name of a case and its effect.
 template <RawValued E>
 std::string described(std::size_t choice) {
     const auto value = static_cast<E>(choice);
     return std::string(rawValue(value)) + " – " + std::string(description(value));
 }
 
-/// A setting that adds itself to the catalogue. The object is made before `main` and exists for the whole
-/// run.
+/// A setting that adds itself to the catalogue. The object is made before `main` and exists until the program
+/// ends.
 template <class T>
 struct Declared : platform::Setting<T> {
     using Details = SettingDescription::Details;
@@ -62,7 +62,7 @@ struct Declared : platform::Setting<T> {
         : platform::Setting<T>(theKey, standard) {
         join(under, says, more);
     }
-    /// A setting with one of a list of texts, without an enumeration.
+    /// A setting whose value is one of a list of texts, without an enumeration.
     Declared(std::string_view theKey, Default standard, std::span<const std::string_view> texts,
              std::string_view under, std::string_view says,
              Details more = {}) requires std::is_same_v<T, std::string>

@@ -10,7 +10,7 @@
 
 namespace orvane {
 
-/// The settings as a store had them at one moment. A plain value; made without a store it holds the defaults.
+/// The values of the settings in a store at one moment. A plain value; without a store it has the defaults.
 class SettingsSnapshot {
   public:
     SettingsSnapshot() = default;
@@ -19,7 +19,7 @@ class SettingsSnapshot {
             if (auto value = store.value(setting.key)) values_.insert_or_assign(&setting, *std::move(value));
     }
 
-    /// As of the store: a value that means nothing reads as the default.
+    /// As in the store: an invalid value reads as the default.
     template <class T>
     T get(const platform::Setting<T>& setting) const {
         auto held = find(setting);
@@ -37,7 +37,7 @@ class SettingsSnapshot {
     }
 
   private:
-    std::map<const SettingDescription*, platform::JSON> values_; ///< of those that have one
+    std::map<const SettingDescription*, platform::JSON> values_; ///< only settings that have a value
 };
 
 } // namespace orvane

@@ -6,7 +6,7 @@
 
 #include <string>
 
-/// What goes into the document, and into which event.
+/// The content of the document, and its events.
 namespace orvane::settings {
 
 inline const Declared<NotesSource> notesSource{"notes.source",

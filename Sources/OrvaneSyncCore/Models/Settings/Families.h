@@ -36,7 +36,7 @@ inline constexpr std::array families{
     family::globalAudioOffset, family::linearTimecode, family::atmo,       family::caches,
     family::calibration};
 
-/// Headings of the help of commands that make a document, in its order.
+/// Headings in the help of commands that make a document, in their order.
 namespace mostChanged {
 inline constexpr SettingDescription::HelpGroup names{1, "names"};
 inline constexpr SettingDescription::HelpGroup eventsAndClips{2, "events and clips"};

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-/// What reports and the metadata service say of clips.
+/// Metadata of clips from reports and from the metadata service.
 namespace orvane::settings {
 
 inline const Declared<ReportMatchField> reportMatchField{

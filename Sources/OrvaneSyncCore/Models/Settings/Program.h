@@ -5,7 +5,7 @@
 
 #include <string>
 
-/// Of the program, whatever work is open.
+/// Settings of the program, independent of the open work.
 namespace orvane::settings {
 
 inline const Declared<double> cachesLimitGB{

@@ -8,7 +8,7 @@
 
 #include <string>
 
-/// What the document is: its name, its clips and their names, what is matched, its frame.
+/// The document's name, its clips and their names, what is matched, its frame size.
 namespace orvane::settings {
 
 inline constexpr SettingDescription::Range pixels{1, 16384};

@@ -14,10 +14,10 @@ inline constexpr std::span<const std::string_view> settingTexts<SmartAudioMode>{
 
 } // namespace orvane
 
-/// Which microphones are chosen and what is recommended for them; what the player does.
+/// Which microphones are chosen and which effects are recommended for them; settings of the player.
 namespace orvane::settings {
 
-/// Of an effect of Final Cut Pro, where beyond 0 to 1 there is nothing.
+/// The amount of an effect of Final Cut Pro, which has no values outside 0 to 1.
 inline constexpr SettingDescription::Range anAmount{0, 1};
 
 inline const Declared<SmartAudioMode> smartAudioMode{

@@ -12,10 +12,10 @@
 /// Roles, offset, timecode and room tone of the sound.
 namespace orvane::settings {
 
-/// In frames: a day at 24 a second.
+/// In frames: a day at 24 frames per second.
 inline constexpr SettingDescription::Range withinADay{-2'073'600, 2'073'600};
 
-/// Empty for a timecode of a day at any rate, and for none.
+/// Why a text is no start timecode; empty for a timecode within a day at any rate, and for an empty text.
 std::string whyNoStartTimecode(std::string_view text);
 
 inline const Declared<std::string> audioBaseRole{"audioBaseRole",
@@ -25,7 +25,7 @@ inline const Declared<std::string> audioBaseRole{"audioBaseRole",
                                                  {.label = "Main role",
                                                   .hint = "All recorded sound has it in Final Cut Pro.",
                                                   .changed = {mostChanged::sound, 5}}};
-/// Of the first tracks, in their order.
+/// For the first tracks, in their order.
 inline const std::array<Declared<std::string>, 8> defaultSubroles{{
     {"defaultSubrole1",
      "Mix",

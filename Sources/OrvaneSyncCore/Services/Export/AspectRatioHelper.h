@@ -9,7 +9,7 @@
 
 namespace orvane {
 
-/// Shapes of the alternate frame, by the identifiers under which they are stored.
+/// Shapes of the alternate frame, with the identifiers that the settings store.
 namespace AspectRatioHelper {
 
 inline constexpr std::span<const std::string_view, 8> presetIdentifiers =

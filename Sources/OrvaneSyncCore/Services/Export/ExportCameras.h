@@ -21,34 +21,37 @@ struct CameraClip {
 };
 struct BuiltMulticam {
     fcpxml::Media media; ///< the resource
-    fcpxml::MCClip clip; ///< what refers to it in an event
+    fcpxml::MCClip clip; ///< the element in an event that refers to the resource
 };
 
-/// The clips, by id, that rolled at the same moment: the first of each list is the one that all others of it
-/// overlap; clips that only touch do not. A list keeps the order of the groups. A clip without a duration or
-/// a start is in no list.
+/// Lists of clips, by id, that rolled at the same moment. All clips of a list overlap its first one; clips
+/// that only touch do not overlap. A list keeps the order of the groups. A clip without a duration or a start
+/// is in no list.
 std::vector<std::vector<UUID>> findMulticamGroups(const SyncGroupList& groups, const MatchRules& rules = {});
-/// Nothing for fewer than two cameras.
+/// Absent for fewer than two cameras.
 std::optional<BuiltMulticam> buildMulticam(std::vector<CameraClip> cameras, const std::string& altFormatID,
                                            const NamesByGroup& clipNames, const ExportSettings& settings,
                                            ResourceList& resources);
-/// Such as "Cam A": by the letter that the camera gave its file, else by the place, from 0. Two cameras may
-/// get the same name.
+/// Such as "Cam A": from the letter that the camera gave its file, else from the position, from 0. Two
+/// cameras may get the same name.
 std::string deriveCameraName(const MediaAsset& from, std::size_t index);
-/// The angle of a camera: "angle_" and its name, lower case, blanks as "_".
+/// The identifier of a camera's angle: "angle_" and the name, in lower case, with "_" for blanks.
 std::string angleID(const std::string& cameraName);
-/// The names of the cameras of one multicam clip, no two with one name or one angle. Where files state one
-/// letter, their folders tell them apart ("Cam A CARD_2"), in one folder a number ("Cam A 2"). Where a file
-/// states none, a folder such as "CAM_B" names the camera; without one it takes its place, or the next place
-/// whose letter no other camera has.
+/// The names of the cameras of one multicam clip; all names and all angle identifiers differ. If files state
+/// the same letter, the names of their folders are added ("Cam A CARD_2"), or a number if they are in one
+/// folder ("Cam A 2"). If a file states no letter, a folder such as "CAM_B" gives the name, else its
+/// position, or the next position whose letter no other camera has.
 std::vector<std::string> cameraNames(const std::vector<const MediaAsset*>& videos);
-/// What Final Cut Pro is to render to; where the choice is left open, the codec that most sources have.
+/// The codec to which Final Cut Pro renders; if the setting leaves the choice open, the codec of most
+/// sources.
 std::string resolveMulticamCodec(MulticamCodec requested, const std::vector<const MediaAsset*>& sources);
-/// The clip whose scene event takes the multicam clip: that of the scene with the most angles, the earliest
-/// among equals. Angles of different scenes add a warning. Nothing unless events are split.
+/// The clip whose scene event gets the multicam clip: the first angle of the scene with the most angles; if
+/// several scenes have as many, of the first of them. Angles of different scenes add a warning. Absent if
+/// events are not split.
 ///
-/// `sceneBucketByGroupID` holds the names of the scene events, so the warning names events, not bare scenes,
-/// and scenes that the pattern gives one name to are one: with the pattern "{scene}" it says "(12, 13)".
+/// `sceneBucketByGroupID` has the names of the scene events. The warning therefore names events, not scenes,
+/// and scenes to which the pattern gives one name count as one: with the pattern "{scene}" it says "(12,
+/// 13)".
 std::optional<UUID> multicamBucketGroupID(const std::vector<const SyncGroup*>& groups,
                                           const NamesByGroup& sceneBucketByGroupID, bool splitEnabled,
                                           std::vector<std::string>& warnings);

@@ -9,10 +9,10 @@
 #include <utility>
 #include <vector>
 
-/// What clips refer to: files and formats. Pure but for the list; any thread.
+/// The resources of clips: files and formats. Pure, except for changes of the list; any thread.
 namespace orvane::FCPXMLExporter {
 
-/// The resources of a document in the making, and the only source of their identifiers.
+/// The resources of a document that is being made, and the only source of their identifiers.
 class ResourceList {
   public:
     /// "r1", "r2" and so on.
@@ -27,7 +27,7 @@ class ResourceList {
     std::vector<fcpxml::ResourceItem> items_;
 };
 
-/// The file behind an asset, in the form that the document's version has for it.
+/// Sets the file of an asset, in the form that the document's version requires.
 void setMedia(fcpxml::Asset& asset, const FileURL& url, const ExportSettings& settings);
 /// On its own timecode, in frames of `clipRate`.
 fcpxml::Asset videoAsset(const MediaAsset& video, std::string id, std::string formatID,
@@ -39,7 +39,7 @@ fcpxml::Asset audioAsset(const MediaAsset& audio, std::string id, int channelsIf
                          const ExportSettings& settings);
 /// A recording on its own timecode.
 fcpxml::Asset recordingAsset(const MediaAsset& audio, std::string id, const ExportSettings& settings);
-/// Whole Hz; 48000 where the file does not say.
+/// Whole Hz; 48000 if the file does not state it.
 int audioRate(const MediaAsset& audio);
 
 } // namespace orvane::FCPXMLExporter

@@ -17,17 +17,18 @@
 
 namespace orvane {
 
-/// Every decision of an export: the exporter reads nothing else.
+/// All decisions of an export: the exporter reads nothing else.
 struct ExportSettings : SettingsSnapshot {
     using SettingsSnapshot::SettingsSnapshot;
 
-    // What one stored setting decides is asked as of the store: `settings.get(settings::trimMode)`.
+    // A value that one stored setting gives is read as from the store: `settings.get(settings::trimMode)`.
 
-    // These are derived from several settings or from the clips.
+    // The following values are derived from several settings or from the clips.
 
-    double frameRate = 24.0;        ///< of the main format and of all times not tied to one clip
-    double projectFrameRate = 24.0; ///< rate of a clip that states none; clips of another rate are warned of
-    int outputWidth = 1920;         ///< native frame, pixels
+    double frameRate = 24.0; ///< of the main format and of all times that belong to no single clip
+    double projectFrameRate =
+        24.0;               ///< rate of a clip that states none; a clip with another rate gets a warning
+    int outputWidth = 1920; ///< native frame, pixels
     int outputHeight = 1080;
     int alternateWidth = settings::alternateWidth.standard(); ///< container, pixels
     int alternateHeight = settings::alternateHeight.standard();
@@ -37,14 +38,14 @@ struct ExportSettings : SettingsSnapshot {
     SmartAudioResults smartAudioResults;   ///< by group
     std::optional<FileURL> atmoFileURL;    ///< room tone to add
     double atmoDurationSeconds = 180.0;
-    std::string metadataPrefix; ///< of every mapped metadata value
+    std::string metadataPrefix; ///< put before every mapped metadata value
     LockitFieldMapping lockitFieldMapping;
-    double globalAudioOffsetSeconds = 0; ///< added to all audio of the export
+    double globalAudioOffsetSeconds = 0; ///< added to all sound of the export
     /// The first clip to which the offset applies, by name or by timecode; both absent: all clips.
     std::optional<std::string> globalAudioOffsetStartingFromFilename;
     std::optional<std::string> globalAudioOffsetStartingFromTC;
     std::optional<std::string> customNamingPattern;
-    MatchRules matchRules; ///< by which the sound was matched to the pictures
+    MatchRules matchRules; ///< rules by which the sound was matched to the pictures
 
     /// Inputs that are not in the settings store.
     struct Request {

@@ -14,16 +14,17 @@
 
 namespace orvane {
 
-/// The finished document and what the user should know of it.
+/// The finished document, its counts and its warnings.
 struct ExportResult {
     std::string fcpxmlString;
-    int syncClipCount = 0; ///< sync-clips in events, those without sound included, offspeed variants not
+    int syncClipCount =
+        0; ///< sync-clips in events, including those without sound, excluding offspeed variants
     int multicamCount = 0;
     int nativeRateCount = 0;           ///< offspeed clips at the sensor's rate, without sound
     int projectRateCount = 0;          ///< offspeed clips at normal speed
     int sourceMediaCount = 0;          ///< whole files in the bin of source media
     int eventCount = 0;                ///< all events of the document
-    int sceneEventCount = 0;           ///< those that stand for a scene; 0 unless events are split
+    int sceneEventCount = 0;           ///< events for one scene each; 0 unless events are split
     std::vector<std::string> warnings; ///< one line per skipped or doubtful clip
 };
 
@@ -43,15 +44,15 @@ class ExportError : public std::runtime_error {
 /// Turns clips into a document. Pure functions of their arguments; any thread.
 ///
 /// Rates are frames per second. A rate that no document can hold (not finite, rounding to 0, beyond a
-/// million) counts as absent where there is another to take, and as 24 where there is none.
+/// million) counts as absent if there is another one, and as 24 if there is none.
 namespace FCPXMLExporter {
 
-/// Clips that are excluded are left out; a clip that cannot be built becomes a warning. Throws ExportError
-/// when no clip is left, fcpxml::FCPXMLError, and Stopped, asked for at each clip.
+/// Leaves out excluded clips; a clip that cannot be built becomes a warning. Throws ExportError if no clip is
+/// left, fcpxml::FCPXMLError, and Stopped, which it checks at each clip.
 ExportResult exportDocument(const SyncGroupList& groups, const std::vector<WildTrack>& wildTracks,
                             const ExportSettings& settings, const std::stop_token& stop = {});
 
-/// What a document makes of a clip.
+/// The kind of element that a document has for a clip.
 enum class ClipKind : std::uint8_t { none, withSound, withoutSound };
 ClipKind clipKind(const SyncGroup& group, const ExportSettings& settings);
 

@@ -12,10 +12,10 @@
 #include <unordered_map>
 #include <vector>
 
-// The stages of one export. For the exporter's own files.
+// The stages of one export. For the exporter's own files only.
 namespace orvane::FCPXMLExporter {
 
-/// What imported metadata adds to a clip.
+/// The elements that imported metadata adds to a clip.
 struct MappedItems {
     std::vector<fcpxml::MetadataItem> items;
     std::vector<std::string> keywords;
@@ -23,34 +23,34 @@ struct MappedItems {
 };
 MappedItems lockitMappedItems(const SyncGroup& group, const ExportSettings& settings);
 
-/// The retime of an offspeed clip whose file runs at the sensor's rate; a clip that has one carries no sound.
-/// Nothing for any other clip.
+/// The retime of an offspeed clip whose file runs at the sensor's rate; such a clip has no sound. Absent for
+/// any other clip.
 std::optional<fcpxml::TimeMap> buildTimeMap(const SyncGroup& group, double projectFPS);
 /// Such as "Offspeed 120fps".
 std::string offspeedRateKeywordValue(const SyncGroup& group);
-/// "Offspeed", the rate and, unless it is empty, `kind`; nothing where the clip is not offspeed or the
-/// settings want no such keywords.
+/// Adds "Offspeed", the rate and, unless it is empty, `kind`; nothing if the clip is not offspeed or the
+/// settings switch such keywords off.
 void addOffspeedKeywords(std::vector<fcpxml::MarkerItem>& markers, const SyncGroup& group,
                          std::string_view kind, const ExportSettings& settings);
-/// The picture alone at the sensor's rate, one frame of the sensor after the other. `fcpName` is without
+/// Only the picture, at the sensor's rate, one frame of the sensor after the other. `fcpName` is without
 /// suffix.
 fcpxml::AssetClip buildNativeMOSClip(const SyncGroup& group, const std::string& videoAssetID,
                                      const std::string& fcpName, const ExportSettings& settings);
-/// The clip at normal speed with its sound. `fcpName` is without suffix. Nothing for a group without audio.
+/// The clip at normal speed with its sound. `fcpName` is without suffix. Absent for a group without audio.
 std::optional<fcpxml::SyncClip> buildProjectRateSyncClip(const SyncGroup& group,
                                                          const ClipResources& resources,
                                                          const std::string& fcpName,
                                                          const ExportSettings& settings);
 
-/// The places among the audio matches of those that the document holds: copies of another one are left out.
+/// Positions of the audio matches that the document contains: copies of another one are left out.
 std::vector<std::size_t> writtenMatches(const SyncGroup& group, const ExportSettings& settings);
 
-/// The asset that stands for each recording, by the id of its file: the first of its clips' that has one.
+/// The asset of each recording, by the id of its file: that of the first of its clips that has one.
 std::unordered_map<UUID, std::string>
 rawMediaReusableAudioAssetIDs(const SyncGroupList& groups,
                               const std::unordered_map<UUID, std::vector<std::string>>& audioAssetIDsByGroup);
-/// A whole file on its own timecode, at the beginning of the bin's axis. Adds the resources that the document
-/// does not have yet.
+/// A whole file on its own timecode, at the beginning of the bin's axis. Adds the resources that are missing
+/// in the document.
 fcpxml::AssetClip rawVideoAssetClip(const SyncGroup& group,
                                     const std::unordered_map<UUID, std::string>& videoAssetIDByGroup,
                                     ResourceList& resources, const ExportSettings& settings);
@@ -58,16 +58,17 @@ fcpxml::AssetClip rawAudioAssetClip(const MediaAsset& audio,
                                     const std::unordered_map<UUID, std::string>& reusableIDs,
                                     ResourceList& resources, const ExportSettings& settings);
 
-/// A multicam clip has no fewer.
+/// The least number of cameras of a multicam clip.
 inline constexpr std::size_t fewestCameras = 2;
-/// Which clips become the angles of one multicam clip, as ascending places in the list, each in one cluster
-/// at most. All members overlap the first one; whether they overlap each other does not matter. They lie
-/// where matching by the rules lays them.
+/// The clips that become the angles of each multicam clip, as ascending positions in the list; each clip is
+/// in at most one cluster. All members overlap the first one; they need not overlap each other. Their places
+/// are those of matching by the rules.
 std::vector<std::vector<std::size_t>> multicamClusters(const std::vector<const SyncGroup*>& groups,
                                                        const MatchRules& rules);
 
-/// The clips divided by scene: an item with a key goes to the event of that name, events in the order of
-/// their names, all others to the fallback event behind them. Never without an event.
+/// Divides the items by scene: an item with a key is put into the event of that name, all others into the
+/// fallback event. Events are in the order of their names, the fallback event last. Returns at least one
+/// event.
 std::vector<fcpxml::Event>
 assembleSceneEvents(std::vector<fcpxml::EventItem> items,
                     const std::vector<std::optional<std::string>>& bucketKeyByIndex,
@@ -81,12 +82,12 @@ void addNativeMOSClips(ExportRun& run);
 void addProjectRateClips(ExportRun& run);
 std::vector<fcpxml::Event> assembleEvents(ExportRun& run);
 
-/// Final Cut Pro wants the type of what the user may edit; the document model has no other path for it.
-/// Quotes inside values are escaped, so the pattern is always an attribute. Works in place, from the end: a
-/// document is large.
+/// Adds the type attribute to items that the user may edit. Final Cut Pro requires it, and the document model
+/// cannot write it. Quotes inside values are escaped, so the pattern is always an attribute. Works in place,
+/// from the end, because documents are large.
 void giveEditableItemsTheirType(std::string& text, const std::stop_token& stop = {});
 
-/// The value without its fraction, 0 for what is no number of 64 bits.
+/// The value without its fraction; 0 for a value that is no 64-bit integer.
 std::int64_t truncated(double value);
 
 } // namespace orvane::FCPXMLExporter

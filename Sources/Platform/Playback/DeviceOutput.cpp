@@ -18,13 +18,13 @@ using std::chrono::nanoseconds;
 constexpr double outputRate = 48000;
 constexpr std::chrono::seconds firstRetry{1};
 constexpr std::chrono::milliseconds watchInterval{100};
-// Times of devices waver by some milliseconds: the line follows them slowly, and jumps where blocks were
-// lost.
+// Devices report times with a jitter of some milliseconds. The line follows them slowly, and jumps if blocks
+// were lost.
 constexpr double lineFollows = 0.05;
 constexpr double jumpFrames = 0.02 * outputRate;
-// Behind by more, as after the machine slept: what is past is left out.
+// If the output is behind by more, as after the machine was suspended, past frames are skipped.
 constexpr double mostBehindFrames = outputRate;
-// A device that takes sound so much faster than it could be heard is no device (ALSA's "null").
+// A device that takes sound faster than this factor is no real device (ALSA's "null").
 constexpr double unpacedFactor = 1.5;
 constexpr double unpacedFrames = 2 * outputRate;
 
@@ -40,7 +40,7 @@ struct DeviceOutput::Core final : SoundDeviceCallback {
 
     double lineAt(nanoseconds time) const { return phase + seconds(time - start) * outputRate; }
 
-    /// Fills the arrays with the frames from `first` on; silence where nobody renders.
+    /// Fills the arrays with the frames from `first` on; with silence if there is no renderer.
     void render(float* left, float* right, std::size_t frames, std::int64_t first) noexcept {
         AudioRenderer* target = renderer;
         if (target != nullptr)
@@ -57,7 +57,8 @@ struct DeviceOutput::Core final : SoundDeviceCallback {
     void fill(float* left, float* right, std::size_t frames, nanoseconds untilHeard) noexcept override {
         const nanoseconds now = clock->now();
         lastAsked = now.count();
-        // The device and the clock's thread never wait for each other: the second leaves it out.
+        // The device and the clock's thread never wait for each other: the one that comes second skips its
+        // block.
         if (isRendering.exchange(true)) return silence(left, right, frames);
         if (mode == Mode::device && !isUnpaced) {
             const nanoseconds heard = now + untilHeard;
@@ -80,7 +81,7 @@ struct DeviceOutput::Core final : SoundDeviceCallback {
         isRendering = false;
     }
 
-    /// Renders what the clock has come to.
+    /// Renders the frames that are due by the clock.
     void renderDue(nanoseconds now) noexcept {
         const double heard = lineAt(now);
         if (isRendering.exchange(true)) return;
@@ -98,7 +99,7 @@ struct DeviceOutput::Core final : SoundDeviceCallback {
     const std::shared_ptr<const Clock> clock;
     const nanoseconds start;
 
-    std::atomic<double> phase = 0; ///< of the line: the frame heard at `start`
+    std::atomic<double> phase = 0; ///< of the line: the frame that is heard at `start`
     std::atomic<std::int64_t> rendered = 0;
     std::atomic<Mode> mode = Mode::stopped;
     std::atomic<AudioRenderer*> renderer = nullptr;
@@ -109,11 +110,11 @@ struct DeviceOutput::Core final : SoundDeviceCallback {
     std::atomic<bool> isUnpaced = false;
     std::atomic<bool> isLookedFor = false;
     mutable std::atomic<double> lastHeard = 0;
-    nanoseconds::rep deviceSince = 0; ///< of the rendering thread, as the next
+    nanoseconds::rep deviceSince = 0; ///< only for the rendering thread, as is `deviceFrames`
     double deviceFrames = 0;
     std::array<float, clockBlockFrames> clockLeft{}, clockRight{};
 
-    // Where devices are opened and closed.
+    // Only for the thread that opens and closes devices.
     FindDevices findDevices;
     std::unique_ptr<SoundDevices> devices;
     std::unique_ptr<SoundDevice> device;
@@ -128,7 +129,7 @@ struct DeviceOutput::Core final : SoundDeviceCallback {
             findDevices = nullptr;
         }
         if (devices) device = devices->openDefault(outputRate, *this);
-        if (mode == Mode::stopped) device.reset(); // nobody wants it by now
+        if (mode == Mode::stopped) device.reset(); // the output was stopped in the meantime
         {
             const std::lock_guard lock(nameMutex);
             name = device ? device->name() : std::string();
@@ -173,7 +174,8 @@ std::optional<nanoseconds> DeviceOutput::tick() {
         }
     }
     if (core.isOpen && !core.isBusy && takesDevice(now)) return now + watchInterval;
-    // One that swallows sound stays what it is, and each attempt moves the line.
+    // Does not look for a device again if the last one was unpaced: it would be the same, and each attempt
+    // moves the line.
     if (core.isLookedFor.exchange(false) && !core.isUnpaced) {
         nextTry_ = std::min(nextTry_, now);
         retryAfter_ = firstRetry;
@@ -262,7 +264,9 @@ void DeviceOutput::stop() {
     changed_.notify_all();
 }
 
-void DeviceOutput::lookForDevice() { core_->isLookedFor = true; } // the clock's thread wakes for each block
+void DeviceOutput::lookForDevice() {
+    core_->isLookedFor = true;
+} // the clock's thread sees it at its next block
 
 nanoseconds DeviceOutput::latency() const {
     if (core_->mode == Core::Mode::device) return nanoseconds(core_->deviceLatency);

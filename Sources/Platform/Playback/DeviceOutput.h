@@ -11,12 +11,12 @@
 
 namespace orvane::platform {
 
-/// An output on a device, with the clock in its place while there is none.
+/// An output on a sound device; a clock replaces the device while there is none.
 ///
-/// Frames lie on a line over the clock, which says when each is heard. The device's own times bend that line
-/// a little with each block; without a device blocks are rendered as the line comes to them. So nothing that
-/// follows the frames notices a device that goes or comes, and a device that comes continues at the frame
-/// that is due by then.
+/// The line maps times of the clock to frames: it gives the time at which each frame is heard. Each block of
+/// a device corrects the line a little by the device's own times. Without a device, blocks are rendered when
+/// the line reaches them. So users of the frames do not notice when a device disappears or appears, and a new
+/// device continues at the frame that is due.
 class DeviceOutput final : public AudioOutput {
   public:
     using FindDevices = std::function<std::unique_ptr<SoundDevices>()>;
@@ -24,14 +24,14 @@ class DeviceOutput final : public AudioOutput {
         own,   ///< a real-time thread for the clock, another for opening and closing devices
         caller ///< none: `tick` does everything, for tests
     };
-    /// `findDevices`: called once, where devices are opened; it or what it gives may be null.
+    /// `findDevices`: called once, on the thread that opens devices; it or its result may be null.
     DeviceOutput(std::shared_ptr<const Clock> clock, FindDevices findDevices, Threads threads = Threads::own);
     ~DeviceOutput() override;
     DeviceOutput(const DeviceOutput&) = delete;
     DeviceOutput& operator=(const DeviceOutput&) = delete;
 
-    /// Does what is due by the clock; the moment at which there is more, nothing while it is stopped. One
-    /// thread at a time.
+    /// Does what is due by the clock. Returns the time of the next call; absent while the output is stopped.
+    /// One thread at a time.
     std::optional<std::chrono::nanoseconds> tick();
 
     double sampleRate() const override;
@@ -42,14 +42,15 @@ class DeviceOutput final : public AudioOutput {
     double heardFrame() const override;
     std::string description() const override;
 
-    /// A device that asked for nothing for so long is lost.
+    /// A device that requests no frames for this long counts as lost.
     static constexpr std::chrono::milliseconds deviceTimeout{400};
-    /// For so long after its opening it is waited for, on the clock: a server of sound takes some blocks at
-    /// once and may then ask for nothing until it has filled its own memory or woken its card, some 2 s.
+    /// After its opening, a device without requests is waited for this long, while the clock runs: a sound
+    /// server may take some blocks at once and then request nothing until it has filled its own memory or its
+    /// card is ready, about 2 s.
     static constexpr std::chrono::seconds settlingTime{3};
-    /// The longest time between two attempts to open a device; the first follow each other sooner.
+    /// The longest time between two attempts to open a device; the first attempts follow each other faster.
     static constexpr std::chrono::seconds longestRetry{4};
-    /// The same for one that takes sound faster than it could be heard.
+    /// The same for a device that takes sound faster than it can be heard.
     static constexpr std::chrono::seconds unpacedRetry{16};
     static constexpr std::size_t clockBlockFrames = 512;
 
@@ -58,20 +59,22 @@ class DeviceOutput final : public AudioOutput {
     void run(const std::stop_token& stop);
     void openDevice(std::chrono::nanoseconds now);
     void closeDevice();
-    /// Of an open device in whose place the clock stands: takes it, waits on or lets it go.
+    /// For an open device that the clock replaces: uses it, keeps waiting, or closes it. Returns whether it
+    /// is used.
     bool takesDevice(std::chrono::nanoseconds now);
 
-    const std::shared_ptr<Core> core_; ///< shared with devices and with what opens and closes them
+    const std::shared_ptr<Core> core_; ///< shared with devices and with the tasks that open and close them
     const Threads threads_;
-    std::mutex control_; ///< of what follows, and of every change between clock and device
+    std::mutex control_; ///< protects the members below, and every change between clock and device
     std::condition_variable_any changed_;
     bool isStarted_ = false;
     std::chrono::nanoseconds nextTry_{};
     std::chrono::nanoseconds retryAfter_{};
-    std::chrono::nanoseconds openedAt_{};                ///< the device, when the clock made way for it first
-    std::optional<std::chrono::nanoseconds> quietSince_; ///< of an open device that is waited for
+    std::chrono::nanoseconds openedAt_{}; ///< when the device was first used in place of the clock
+    std::optional<std::chrono::nanoseconds>
+        quietSince_; ///< since when an open device without requests is waited for
     std::unique_ptr<SerialQueue> devices_;
-    std::jthread thread_; ///< last: it uses everything above
+    std::jthread thread_; ///< last, because it uses everything above
 };
 
 } // namespace orvane::platform

@@ -17,21 +17,23 @@ namespace orvane::platform {
 namespace {
 
 constexpr double highestRate = 32;
-/// Reports a second where the file tells no rate of pictures.
+/// Reports per second if the file states no picture rate.
 constexpr double usualRate = 25;
-/// From there on a report comes less often than at each picture: screens show no more.
-constexpr double mostReports = 120; ///< a second
-/// A start waits no longer for its first pictures: where decoding is slower than playing, more of them would
+/// The most reports per second; above this rate there is less than one for each picture, because screens show
+/// no more.
+constexpr double mostReports = 120;
+/// The longest wait of a start for its first pictures: if decoding is slower than playing, more of them would
 /// not help.
 constexpr std::chrono::milliseconds longestStart{400};
-/// After a change of the rate, the decoder comes from the places that the rate before had reached.
+/// For this long after a change of the rate, pictures may be late: the decoder continues from the position
+/// that the former rate had reached.
 constexpr double settlingSeconds = 0.3;
 
-/// How the clip runs along the frames of the output.
+/// The time of the clip at each frame of the output.
 struct Motion {
     double rate = 0;
     MediaTime time;
-    std::int64_t frame = 0; ///< at which `time` is heard; at rest, meaningless
+    std::int64_t frame = 0; ///< output frame at which `time` is heard; no meaning while the rate is 0
 
     MediaTime at(double heard, double sampleRate) const {
         const double passed = heard - static_cast<double>(frame);
@@ -85,11 +87,11 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         item_.openSound = std::move(openSound);
         if (!isLoaded_ && !isLoading_) return;
         waitsForSound_ = true;
-        if (!item_.openSound) { // whether the video has its own is not known yet
+        if (!item_.openSound) { // whether the video has sound of its own is not known yet
             facts_.hasSound = false;
             facts_.soundChannelCount = 0;
         }
-        updateSound(); // the one before is silent, however long the other takes to open
+        updateSound(); // silences the former sound, however long opening the new one takes
         this->openSound();
     }
 
@@ -120,7 +122,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
             move({0, time, 0});
         } else {
             const std::int64_t start = host_->frameAt(hostTime);
-            motion_ = {0, time, 0}; // until then it stands there
+            motion_ = {0, time, 0}; // the clip waits here until that frame
             move({rate, time, start});
         }
         seekPicture(time);
@@ -141,7 +143,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         seekPicture(time);
         if (startsAt != 0) beginStart(startsAt);
         if (picture_) return;
-        // Nothing to wait for; its caller goes on first.
+        // There is no picture to wait for; the caller returns first.
         host_->mainThread().post([weak = weak_from_this(), number = seekNumber_] {
             if (const auto self = weak.lock()) self->seekDone({number, true});
         });
@@ -184,7 +186,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
 
     bool whenSoundIsOpen(std::function<void()> opened) override {
         if (!isLoaded_ || !waitsForSound_) return false;
-        // Behind the opening on the queue, and behind what that posts.
+        // Runs after the opening on the queue, and after what that posts.
         soundQueue_->post([main = host_->sharedMainThread(), opened] { main->post(opened); });
         return true;
     }
@@ -192,15 +194,16 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
   private:
     // Opening.
 
-    /// Runs `work` on the queue and hands what it gives to `then` on this thread, unless it is stopped
-    /// meanwhile.
+    /// Runs `work` on the queue and passes its result to `then` on this thread, unless a stop was requested
+    /// in between.
     template <class Work, class Then>
     void post(const std::stop_token& stop, const std::unique_ptr<SerialQueue>& queue, Work work, Then then) {
         queue->post(
             [weak = weak_from_this(), main = host_->sharedMainThread(), stop, work = std::move(work),
              then = std::move(then)]() mutable {
                 auto result = work();
-                if (stop.stop_requested()) return; // it ends here, not on the interface thread
+                if (stop.stop_requested())
+                    return; // the result is destroyed here, not on the interface thread
                 main->post([weak, stop, then = std::move(then), result = std::move(result)] {
                     const auto self = weak.lock();
                     if (self && !stop.stop_requested()) then(*self, result);
@@ -268,7 +271,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
             const PlayerFacts facts = facts_;
             loaded(facts);
         }
-        // A seek that follows at once does not wait for the first picture.
+        // If `loaded` started a seek, that seek does not wait for the first picture.
         if (picture_ && isLoaded_ && seekNumber_ == seeks) seekPicture({});
     }
 
@@ -287,7 +290,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
 
     void dropSound() {
         if (sound_) host_->mixer().remove(*sound_);
-        // The mixer outlives it.
+        // The mixer must outlive the sound.
         using Kept = std::pair<std::shared_ptr<Mixer>, std::shared_ptr<SoundTrack>>;
         if (sound_) endElsewhere(std::make_shared<Kept>(host_->sharedMixer(), std::move(sound_)));
         sound_.reset();
@@ -334,7 +337,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         schedule();
     }
 
-    // Starting. The clip stands at its moment, and sound with it, until the first pictures are there.
+    // Starting. The clip and its sound wait at their position until the first pictures are there.
 
     bool needsStart(double rate) const {
         return picture_ && host_->runsByItself() && rate > 0 && rate < PictureTrack::keyPicturesFromRate &&
@@ -371,7 +374,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         picture_->seek(time, ++seekNumber_);
     }
 
-    /// The one under way is replaced.
+    /// Reports to a running seek that it was replaced.
     void abandonSeek() {
         isSeeking_ = false;
         if (auto completed = std::exchange(completed_, nullptr))
@@ -392,7 +395,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
 
     // Ticks.
 
-    /// At the next picture, or at the end.
+    /// Sets the timer for the next picture, or the end.
     void schedule() {
         if (timer_) timer_->cancel();
         timer_.reset();
@@ -410,20 +413,20 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
         frames = std::max(frames, nominal * speed > most ? host_->sampleRate() / most : 1);
         if (const double left = secondsLeft(now); left >= 0)
             frames = std::min(frames, left / speed * host_->sampleRate());
-        // The first whole frame behind it; a picture that is left backwards ends in front of its start.
+        // The first whole output frame after it. In reverse, a picture ends before its own start.
         const auto due = static_cast<std::int64_t>(std::ceil(from + frames)) + (motion_.rate < 0 ? 1 : 0);
         timer_ = host_->atFrame(due, [weak = weak_from_this()] {
             if (const auto self = weak.lock()) self->tick();
         });
     }
 
-    /// Of the clip in the direction of the rate.
+    /// Seconds of the clip that are left in the direction of the rate.
     double secondsLeft(MediaTime now) const {
         return motion_.rate > 0 ? (end() - now).seconds() : now.seconds();
     }
     MediaTime end() const {
         MediaTime end = facts_.duration;
-        // A file may end long before what its header claims.
+        // A file may end long before the end that its header states.
         if (picture_ && !sound_)
             if (const auto known = picture_->knownEnd()) end = std::min(end, *known);
         return end;
@@ -481,27 +484,27 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
     PictureSize limit_;
 
     Motion motion_;
-    Motion previous_; ///< until `motion_` begins; of rate 0 where there is none
+    Motion previous_; ///< valid until `motion_` begins; its rate is 0 if there is none
     std::shared_ptr<Timer> timer_;
-    double startsAt_ = 0; ///< the rate that is waited with; 0: no start is under way
+    double startsAt_ = 0; ///< the rate of a start that waits; 0: none does
     std::shared_ptr<Timer> startLimit_;
     std::optional<PlaybackActivity> activity_;
 
     std::uint64_t seekNumber_ = 0;
-    bool isSeeking_ = false;    ///< somebody asked for it
+    bool isSeeking_ = false;    ///< the user of the player requested a seek
     bool isRefreshing_ = false; ///< the picture of `seekNumber_` is not there yet
     std::function<void(bool)> completed_;
     std::optional<Picture> shown_;
     DroppedPictures dropped_;
-    double countsFrom_ = 0; ///< frame of the output from which pictures can be late
+    double countsFrom_ = 0; ///< output frame from which late pictures count
 
-    // Last: what they run may come back here until they are gone.
+    // Destroyed first, because they are the last members: their work may call back until they are gone.
     std::stop_source opening_, soundOpening_;
     std::unique_ptr<SerialQueue> pictureQueue_ = SerialQueue::create("open picture");
     std::unique_ptr<SerialQueue> soundQueue_ = SerialQueue::create("open sound");
 };
 
-/// What its owner holds; the core lives on while one of its callbacks runs.
+/// Held by the owner of the player; the core exists as long as one of its callbacks runs.
 class PlayerFront final : public Player {
   public:
     explicit PlayerFront(std::shared_ptr<PlayerCore> core) : core_(std::move(core)) {}

@@ -117,7 +117,7 @@ TEST(CardDoubts, ReasonsSayWhatLiesAtThatTime) {
 
 TEST(CardDoubts, UnitsThatShootAtOnceHaveTheirOwnSound) {
     struct Case {
-        std::string sound; ///< folder of the other recorder's, which sorts first
+        std::string sound; ///< folder of the other recorder, which sorts first
         bool isRecordingMissing, hasClips;
         int doubts;
     };
@@ -145,7 +145,7 @@ TEST(CardDoubts, UnitsThatShootAtOnceHaveTheirOwnSound) {
 TEST(CardDoubts, TellsWhatAnotherUnitRecordedMeanwhile) {
     struct Case {
         const char* name;
-        int together; ///< of four clips of each unit
+        int together; ///< of the four clips of each unit
         int doubts;
         const char* sound = "/2ND/S/U";
     };
@@ -176,7 +176,7 @@ TEST(CardDoubts, RecordingsThatCountAlikeMayBeOfTwoDays) {
         std::string first;
         double heldShare;
         int doubts;
-        TakeRole role; ///< of the second one that the clip lists
+        TakeRole role; ///< of the second recording that the clip lists
     };
     const std::vector<Case> cases{{sound, 1, 0, TakeRole::mirror},
                                   {std::string(100'000, 'y'), 1, 1, TakeRole::alternate},
@@ -243,7 +243,7 @@ TEST(CardDoubts, ACopyThatBrokeOffAtItsFullSizeIsNotTheSound) {
 
 TEST(ClockDoubts, CountANightAsOneCard) {
     const test::ScopedEnvironment zone("TZ", "UTC");
-    Shot shot; // a recorder that counts in UTC, five hours ahead: its date changes within the evening
+    Shot shot; // the recorder counts in UTC, five hours ahead: its date changes in the evening
     for (int take = 0; take < 8; ++take) {
         const double at = 17.9 * 3600 + 660 * take;
         shot.videos.push_back(clipAt("/CAM/A" + std::to_string(take) + ".mov", at, 60));
@@ -300,14 +300,15 @@ TEST(CureTrial, RefusesWhatLeavesTheDoubtOrTakesOtherClipsTheirSound) {
     const struct {
         std::vector<CureOption> options, scan;
         bool helps;
-    } cases[] = {{{{soundDate, "2024-05-17"}}, {}, true},
-                 {{{soundDate, "2024-05-17"}}, alone, false}, // T2 lies as before, and two clips lose theirs
-                 {{{soundOffset, "00:06:40:00"}}, {{exclude, "R"}}, true}, // the clip in doubt gets T1
-                 {{{soundOffset, "00:06:40:00"}}, {}, false},
-                 {{{soundOffset, "01:00:00:00"}}, {}, false},
-                 {{{days, "same"}}, {}, true},
-                 {{{timecodeRate, "25"}}, {}, false}, // nothing changes
-                 {{{setting, "trimMode=overlap"}}, {}, true}};
+    } cases[] = {
+        {{{soundDate, "2024-05-17"}}, {}, true},
+        {{{soundDate, "2024-05-17"}}, alone, false}, // T2 stays where it was, and two clips lose their sound
+        {{{soundOffset, "00:06:40:00"}}, {{exclude, "R"}}, true}, // the clip in doubt gets T1
+        {{{soundOffset, "00:06:40:00"}}, {}, false},
+        {{{soundOffset, "01:00:00:00"}}, {}, false},
+        {{{days, "same"}}, {}, true},
+        {{{timecodeRate, "25"}}, {}, false}, // nothing changes
+        {{{setting, "trimMode=overlap"}}, {}, true}};
     FileNames names;
     const MatchRules rules;
     DoubtInput input{shot.groups, shot.audios, rules, TrimMode::commonDuration, {}, names};

@@ -111,7 +111,7 @@ TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
                   .find("--sound-date 2024-05-17 --sound-offset 01:00:00:00"),
               0U)
         << "25 hours";
-    for (const double ahead : {1.0, 0.0}) { // of a second camera
+    for (const double ahead : {1.0, 0.0}) { // hours by which a second camera is ahead
         Shot second;
         takes(second, "2024-05-17", 9, "A", 0);
         for (int i = 0; i < 12; ++i) {
@@ -130,7 +130,8 @@ TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
         *audio.bextTimeReference -= samples(seconds);
         audio.url.path = "/S/" + audio.filename;
     };
-    Shot flat, half, beside; // a clock that began anew, one that was set right, one of a second recorder
+    Shot flat, half,
+        beside; // a clock that restarted, one that was set right, and one beside a second recorder
     for (Shot* shot : {&flat, &half, &beside}) takes(*shot, "2024-05-17", 9, "A", 0);
     for (MediaAsset& audio : flat.audios) setBack(audio, 32000);
     flat.date(flat.audios, "2000-01-01");
@@ -140,7 +141,7 @@ TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
     EXPECT_EQ(cureOf(half), "--sound-offset 07:00:00:00 in a scan of this card alone (--exclude "
                             "'S/A_[5-9].wav' --exclude 'S/A_[0-9][0-9].wav'); the other recordings then "
                             "need a document of their own");
-    Shot few = half; // of which the right ones can be named
+    Shot few = half; // the recordings that are right are few enough to be named
     few.videos.assign(half.videos.begin() + 2, half.videos.begin() + 8);
     few.audios.assign(half.audios.begin() + 2, half.audios.begin() + 8);
     EXPECT_TRUE(cureOf(few).starts_with("--sound-offset 07:00:00:00 in a scan of this card alone (--exclude"))
@@ -153,12 +154,12 @@ TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
     beside.date(beside.audios, "2024-05-17");
     EXPECT_EQ(cureOf(beside), "--sound-offset 01:00:00:00 in a scan of this card alone (--exclude 'A'); the "
                               "other sound then needs a document of its own");
-    Shot reset; // a clock that began anew in the middle of a card
+    Shot reset; // a clock that restarted in the middle of a card
     takes(reset, "2024-05-17", 9, "A", 0);
     for (std::size_t i = 0; i < reset.audios.size(); ++i) setBack(reset.audios[i], i < 8 ? 0 : 37554);
     reset.date(reset.audios, "2000-01-01", 8);
     EXPECT_EQ(cureOf(reset).find("--sound-date 2024-05-17 --sound-offset 10:25:5"), 0U) << cureOf(reset);
-    Shot afternoon; // a second recorder, right before its clock was set
+    Shot afternoon; // a second recorder, right until its clock was set
     takes(afternoon, "2024-05-17", 9, "A", 0);
     for (int i = 0; i < 12; ++i) {
         const double start = static_cast<double>(*afternoon.audios[i].bextTimeReference) / 48000;
@@ -179,7 +180,7 @@ TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
         << "counted as the option is read";
 }
 
-/// A recorder that keeps the date of the first of three days, each some seconds later than the one before.
+/// A recorder that keeps the first of three dates; each day is some seconds later than the one before.
 TEST(ClockDoubts, ADateThatIsWrongByDaysIsNoClockThatIsWrongByADay) {
     for (const double laterEachDay : {5, 7, 12}) {
         Shot shot;
@@ -204,8 +205,9 @@ TEST(ClockDoubts, ADateThatIsWrongByDaysIsNoClockThatIsWrongByADay) {
 TEST(ClockDoubts, TakesThatRepeatEachHourHideAWrongClock) {
     struct Case {
         const char* name;
-        int soundFrom, soundTo;  ///< hours with a recording, of 0 to 4 with a clip each
-        double recorder, second; ///< hours that the recorder and a second camera are ahead; 0: there is none
+        int soundFrom, soundTo; ///< hours with a recording, of 0 to 4 with a clip each
+        double recorder,
+            second; ///< hours by which the recorder and a second camera are ahead; 0: there is none
         int doubted;
         double soundSeconds = 80;
         bool isConfirmed = false;
@@ -300,7 +302,7 @@ TEST(ClockDoubts, TellsOfADayWithoutAnyRecording) {
 TEST(ClockDoubts, OffsetsByHandTellOfTheOtherClips) {
     struct Case {
         const char* name;
-        std::vector<double> byHand;     ///< of the first clips, seconds
+        std::vector<double> byHand;     ///< manual offsets of the first clips, seconds
         int locked, doubted;            ///< -1: none
         std::vector<double> heard = {}; ///< of the first clips, seconds
     };
@@ -338,7 +340,7 @@ TEST(ClockDoubts, OffsetsByHandTellOfTheOtherClips) {
             SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard});
         EXPECT_EQ(shot.count(Kind::constantOffset), one.doubted) << one.name;
         const auto card = shot.card(Kind::constantOffset);
-        // What was moved by hand would be moved again by an option for all recordings.
+        // An option for all recordings would move again what was moved by hand.
         const std::string cure = card ? card->doubt.cure.text() : "";
         EXPECT_TRUE(!card || cure.find(one.byHand.empty() ? "--sound-offset -00:00:02:10"
                                                           : "-60 under 'offset_frames'") != std::string::npos)
@@ -347,9 +349,11 @@ TEST(ClockDoubts, OffsetsByHandTellOfTheOtherClips) {
     }
 }
 
-/// A recorder that was set back at the end of summer time, whose takes after that lie beside those before it.
+/// A recorder that was set back at the end of summer time: its later takes are at the same times as earlier
+/// ones.
 TEST(ClockDoubts, TakesOfTheHourThatComesTwiceAreFoundBesideOthers) {
-    for (const int later : {0, 3}) { // than those before it
+    for (const int later :
+         {0, 3}) { // seconds by which the takes after the change are later in the hour than those before it
         Shot shot;
         for (int i = 0; i < 6; ++i) {
             const double at = 7400 + 1200 * i + (i < 3 ? 0 : later);
@@ -397,9 +401,9 @@ TEST(ClockDoubts, ClaimsNoClockByChance) {
     EXPECT_EQ(claimed, 0);
 }
 
-/// Recorders that roll late or stop early, by about as much at each take or not, and cameras that roll on.
+/// Recorders that start late or stop early, by a similar time at each take or not, and cameras that roll on.
 TEST(ClockDoubts, TakesLateStartsAndEarlyStopsForNoClock) {
-    // Hands that one offset explains to the frame: of the recorder, of all takes, of the camera.
+    // Delays by hand that one offset explains to the frame: of the recorder, of all takes, of the camera.
     std::vector<unsigned> seeds{1039, 1143, 1175};
     std::ranges::copy(test::seeds(200), std::back_inserter(seeds));
     for (const unsigned seed : seeds) {
@@ -445,7 +449,7 @@ TEST(ClockDoubts, AnOffsetThatTimecodeTellsRoughlyStaysInDoubtUntilItIsChecked) 
     }
 }
 
-/// A camera whose clock was set anew in the middle of its card, beside one that is right.
+/// A camera whose clock was set in the middle of its card, beside a camera that is right.
 TEST(ClockDoubts, TellsOfTheClipsFromWhichOnACamerasClockIsWrong) {
     for (const double ahead : {3600.0, -50.0, 0.0}) {
         Shot shot;
@@ -467,7 +471,7 @@ TEST(ClockDoubts, TellsOfTheClipsFromWhichOnACamerasClockIsWrong) {
     }
 }
 
-/// Of two units, one whose sound the scan leaves out.
+/// Two units; the scan leaves the sound of one out.
 TEST(ClockDoubts, LaysNoSoundOfAnotherUnitByAnOddOffset) {
     for (const bool areUnits : {true, false}) {
         Shot shot;

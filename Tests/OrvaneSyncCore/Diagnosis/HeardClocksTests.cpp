@@ -33,7 +33,7 @@ TEST(HeardClocks, ARecorderThatWasStartedLateIsNoWrongClockOnceTheCamerasWereHea
 
 TEST(HeardClocks, WhatWasHeardIsCuredInAScanOfItsRecorderAlone) {
     struct Case {
-        const char *bag, *cart; ///< what the paths begin with; the first one is heard and 2 s late
+        const char *bag, *cart; ///< beginnings of the paths; the first recorder is heard and 2 s late
         std::optional<HeardLag> otherCamera; ///< absent: there is none, or it has no microphone
         const char* scan;
         bool isOtherDeaf = false, hasOtherUnit = false;
@@ -84,7 +84,7 @@ TEST(HeardClocks, WhatWasHeardIsCuredInAScanOfItsRecorderAlone) {
     }
 }
 
-/// Takes in a fixed rhythm, under the clips of which timecode lays those before.
+/// Takes in a regular rhythm: timecode puts each recording under the clip of the next take.
 TEST(HeardClocks, WhatCamerasHeardInOtherRecordingsTellsTheClock) {
     struct Case {
         const char* name;
@@ -139,7 +139,7 @@ TEST(HeardClocks, AClockThatChangedWithinACardIsToldForThatPartAlone) {
     struct Case {
         const char* name;
         std::vector<double> heard; ///< clip by clip
-        int first, behind;         ///< of the clips that are doubted
+        int first, behind;         ///< of the clips in doubt
         const char* leftOut;
     };
     for (const Case& one :
@@ -246,7 +246,7 @@ TEST(HeardClocks, ACameraThatWasAnHourAheadHasItsRecordingsSuggested) {
 
 TEST(HeardClocks, OfSeveralRecordingsTheOneThatTheCameraHeardIsNamed) {
     struct Case {
-        const char* heard; ///< what the message ends with
+        const char* heard; ///< the end of the message
         std::array<bool, 2> isThere;
         bool mayChooseFirst;
     };
@@ -281,8 +281,7 @@ TEST(HeardClocks, OfSeveralRecordingsTheOneThatTheCameraHeardIsNamed) {
     }
 }
 
-/// Beside a recorder that is right, another one whose recordings lie under no clip.
-/// A recorder that was an hour late on one card, where another card's sound stays.
+/// A recorder that was an hour late on one card, while another card's sound is right.
 TEST(HeardClocks, WhatWasHeardOfACardIsSuggestedForItsOtherClips) {
     Shot shot;
     for (int i = 0; i < 12; ++i) {
@@ -314,6 +313,7 @@ TEST(HeardClocks, WhatWasHeardOfACardIsSuggestedForItsOtherClips) {
     }
 }
 
+/// Beside a recorder that is right, another one whose recordings lie under no clip.
 TEST(HeardClocks, WhatTimecodeSuggestsIsToldAsTheCamerasHeardIt) {
     enum class Heard { nothingAsked, there, elsewhere, nothing };
     struct Case {
@@ -332,7 +332,7 @@ TEST(HeardClocks, WhatTimecodeSuggestsIsToldAsTheCamerasHeardIt) {
           {"cameras that hear nothing", Heard::elsewhere, true, true, 6,
            "give this as --sound-offset only"}}) {
         Shot shot;
-        const std::array<double, 6> late{2, 0, 1, -1, 1, -2}; // not by the same after each take
+        const std::array<double, 6> late{2, 0, 1, -1, 1, -2}; // a different delay after each take
         for (int i = 0; i < 6; ++i) {
             const double at = 36000 + 410 * i + 17 * i * i;
             const std::string number = std::to_string(i);
@@ -376,7 +376,7 @@ TEST(HeardClocks, LagsThatGrowWithTheTimeOfDayTellTheRate) {
     const MatchRules rules{.timecodeRate = TimecodeFrameRate::fps29_97d};
     shot.diagnose(rules);
     EXPECT_EQ(shot.count(Kind::timecodeRate), 4) << "an offset at the stated rate does as well";
-    Shot two = shot; // and a camera of that rate, which has its sound
+    Shot two = shot; // adds a camera of that rate, which has its sound
     for (int i = 0; i < 4; ++i)
         two.videos.push_back(clipAt("/CAMB/B" + std::to_string(i) + ".mov", 36301 + 400 * i, 10,
                                     TimecodeFrameRate::fps29_97d));
@@ -402,7 +402,7 @@ TEST(HeardClocks, LagsThatGrowWithTheTimeOfDayTellTheRate) {
                     ->doubt.cure.text()
                     .starts_with("--tc-rate 29.97NDF --sound-offset 00:00:35:29;"))
         << shot.card(Kind::timecodeRate)->doubt.cure.text();
-    // Read at a rate that counts otherwise than the clips state, and nothing counts labels of sound.
+    // The given rate differs from that of the clips, and no label of the sound is read.
     const MatchRules film{.timecodeRate = TimecodeFrameRate::fps23_976};
     two.videos.erase(two.videos.begin(), two.videos.begin() + 4);
     for (std::size_t i = 0; i < 4; ++i)
@@ -420,7 +420,7 @@ TEST(HeardClocks, LagsThatGrowWithTheTimeOfDayTellTheRate) {
         << two.card(Kind::timecodeRate)->doubt.cure.text();
 }
 
-/// A clock that was set anew within a day, on one card.
+/// A clock that was set within a day, on one card.
 TEST(HeardClocks, RecordingsThatWereHeardInPlaceSayNothingOfTheOthers) {
     Shot shot;
     const std::array starts{36307, 36628, 36963, 37312, 37675, 38052};

@@ -41,7 +41,7 @@ TEST(HeardSound, AClockThatRunsFastIsToldWithTheOffsetOfEachClip) {
         double perSecond, jitter;
         int told;
         double step = 0;                                    ///< seconds, from the fifth clip on
-        std::optional<std::vector<double>> otherHeard = {}; ///< by another camera beside it
+        std::optional<std::vector<double>> otherHeard = {}; ///< heard by another camera beside it
     };
     for (const Case& one : {Case{"50 ppm", -5e-5, 0.02, 8},
                             {"a camera without microphone beside it", -5e-5, 0.02, 16, 0, {{}}},
@@ -105,10 +105,10 @@ TEST(HeardSound, OtherSoundThanWhatLiesUnderTheClipsIsToldUnlessACameraHeardIt) 
     }
 }
 
-/// A camera that counts while it runs: dates lead short clips to where they can be heard, once long ones tell
-/// how far the dates are off.
+/// A camera whose timecode only counts while it runs: once long clips show the error of the dates, dates give
+/// the places of short clips.
 TEST(HeardSound, ShortClipsAreHeardWhereTheDatesOfTheOthersLead) {
-    for (const double off : {0.0, 5.0}) { // of the third date
+    for (const double off : {0.0, 5.0}) { // error of the third date
         HeardShot shot({});
         shot.videos.clear();
         double counted = 3600;
@@ -153,7 +153,7 @@ TEST(HeardSound, ShortClipsAreHeardWhereTheDatesOfTheOthersLead) {
 }
 
 TEST(HeardSound, OfTwoRecordersTheOneThatWasHeardStays) {
-    for (const int heard : {-1, 0, 1, 2}) { // none, the first, the other, both
+    for (const int heard : {-1, 0, 1, 2}) { // heard: none, the first, the other, both
         HeardShot shot({"/S/BAG/B", "/S/CART/T"});
         shot.date(shot.videos, "2024-05-17");
         shot.date(shot.audios, "2024-05-17");

@@ -9,12 +9,12 @@ TEST(RateDoubts, FindsARateAndADate) {
     Shot film, dated;
     shootADay(film, random, 30, "1");
     for (MediaAsset& video : film.videos) {
-        // The labels count 23.976, and the file says 24.
+        // The labels count 23.976, and the file states 24.
         const double start = TimecodeUtils::tcToSeconds(*video.startTimecodeString, 25);
         video.startTimecodeString = TimecodeUtils::secondsToTC(start, TimecodeFrameRate::fps23_976);
         video.timecodeFrameRate = TimecodeFrameRate::fps24;
     }
-    // A camera that counts what it says keeps its sound at that rate, too.
+    // A camera that counts at its stated rate keeps its sound at the other rate, too.
     for (int i = 0; i < 4; ++i) {
         const double start = static_cast<double>(*film.audios[static_cast<std::size_t>(i)].bextTimeReference);
         film.videos.push_back(clipAt("/CAMB/B" + std::to_string(i) + ".mov", start / 48000 + 3, 10,
@@ -26,7 +26,7 @@ TEST(RateDoubts, FindsARateAndADate) {
     EXPECT_TRUE(
         film.card(Kind::timecodeRate)->doubt.cure.text().starts_with("--tc-rate 23.976, then check a clap"));
     EXPECT_FALSE(film.card(Kind::constantOffset));
-    // Some have sound as they are read, and the camera heard it at one distance all day.
+    // Some clips have sound at the current rates, and the camera heard it at one distance all day.
     for (std::size_t i = 0; i < 20; i += 5) {
         const auto start = static_cast<double>(*film.audios[i].bextTimeReference) / 48000;
         film.videos.push_back(
@@ -48,7 +48,8 @@ TEST(RateDoubts, FindsARateAndADate) {
     EXPECT_EQ(dated.card(Kind::otherDateFits)->doubt.cure.text(),
               "--sound-date 2024-05-17; one of the two dates is wrong");
     EXPECT_EQ(dated.card(Kind::otherDateFits)->groupIDs.size(), 8U);
-    for (std::size_t i = 0; i < dated.videos.size(); ++i) { // a header in UTC changes its day among the clips
+    for (std::size_t i = 0; i < dated.videos.size();
+         ++i) { // a header in UTC changes its day within the clips
         dated.videos[i].contentCreatedDate.reset();
         dated.videos[i].headerDate = dateFromISO8601(i < 4 ? "2024-05-17T23:00:00Z" : "2024-05-18T01:00:00Z");
     }
@@ -57,7 +58,7 @@ TEST(RateDoubts, FindsARateAndADate) {
         EXPECT_FALSE(dated.card(Kind::otherDateFits)) << given << " serves all clips";
     }
 
-    Shot ahead; // a second camera's date is wrong, beside one whose date is right
+    Shot ahead; // a second camera has a wrong date, beside one with the right date
     shootADay(ahead, random, 8, "1");
     for (std::size_t i = 0; i < 8; ++i) {
         const double start = TimecodeUtils::tcToSeconds(*ahead.videos[i].startTimecodeString, 25);
@@ -92,7 +93,7 @@ TEST(RateDoubts, FindsARateAndADate) {
             << cure();
     }
 
-    Shot two; // days in one folder, whose cards have one date and are told apart by the hours
+    Shot two; // days in one folder, with one date for their cards, distinguished by the hours
     for (int i = 0; i < 8; ++i) {
         const std::string number = std::to_string(i), day = i < 4 ? "1" : "2";
         const double at = 36000 + 400 * (i % 4) + (i < 4 ? 0 : 60);
@@ -110,7 +111,7 @@ TEST(RateDoubts, FindsARateAndADate) {
             std::string::npos)
             << two.doubts.cards[day].doubt.cure.text();
 
-    Shot nights; // each began before midnight, and its day is asked for alone
+    Shot nights; // each night began before midnight, and the cure concerns its day only
     for (int night = 0; night < 3; ++night) {
         const Date first = *dateFromISO8601("2024-05-17T00:00:00Z") + std::chrono::hours(24 * night);
         const std::string name = std::to_string(night);
@@ -122,7 +123,7 @@ TEST(RateDoubts, FindsARateAndADate) {
     nights.diagnose({.days = MatchingDays::same});
     EXPECT_EQ(nights.count(Kind::timecodeRate), 0) << "no rate moves them into one day";
 
-    Shot clean; // silent pictures of the first day, at hours of the second one's sound
+    Shot clean; // pictures without sound of the first day, at hours of the second day's sound
     for (int i = 0; i < 16; ++i) {
         const bool isSecond = i >= 8;
         const double at = 36000 + 600 * (i % 8) + (isSecond ? 300 : 0);

@@ -42,7 +42,7 @@ inline MediaAsset clipAt(const std::string& path, double start, double seconds,
 /// A shoot, its matching and its doubts.
 struct Shot {
     std::vector<MediaAsset> videos, audios;
-    std::map<std::string, std::string> soundOf; ///< by name of the clip; of clips that have sound
+    std::map<std::string, std::string> soundOf; ///< by name of the clip; only clips that have sound
 
     SyncGroupList groups = {};
     SyncDoubts doubts = {};
@@ -67,8 +67,8 @@ struct Shot {
         }
         derive(rules, trim);
     }
-    std::optional<int> timecodeChannel = {}; ///< as of `DoubtInput`
-    bool settlesAll = false;                 ///< whatever is ambiguous, by what it lists first
+    std::optional<int> timecodeChannel = {}; ///< as in `DoubtInput`
+    bool settlesAll = false;                 ///< settles ambiguous clips by their first recording
     std::string locks = {};                  ///< the clip of this name
     bool locksWhatIsHeard = false;
     void date(std::vector<MediaAsset>& files, const char* day, std::size_t from = 0) {
@@ -88,7 +88,7 @@ struct Shot {
     }
 };
 
-/// A day of takes with pauses between them. `soundShare`: of the clips.
+/// A day of takes with pauses between them. `soundShare`: of the clips that have sound.
 inline void shootADay(Shot& shot, Random& random, int takes, const std::string& name, double soundShare = 1) {
     double at = within(random, 7, 9) * 3600;
     for (int take = 1; take <= takes; ++take) {
@@ -105,7 +105,7 @@ inline void shootADay(Shot& shot, Random& random, int takes, const std::string& 
     }
 }
 
-/// Some recordings go on in a second file, as when the first one is full.
+/// Splits some recordings into two files, as when the first one is full.
 inline void splitTakes(Shot& shot, Random& random) {
     const auto whole = shot.audios;
     for (std::size_t i = 0; i < whole.size(); ++i) {

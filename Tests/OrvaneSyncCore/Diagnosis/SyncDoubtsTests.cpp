@@ -10,7 +10,7 @@ TEST(SyncDoubts, TwoDaysNeverMixSilently) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     const Date first = *dateFromISO8601("2024-05-17T00:00:00Z");
     int wrongInAll = 0;
-    std::vector<unsigned> seeds(1, 23014); // undated takes that collide have more than half of both in common
+    std::vector<unsigned> seeds(1, 23014); // with undated takes that collide and share more than half of both
     std::ranges::copy(test::seeds(20), std::back_inserter(seeds));
     for (const unsigned seed : seeds)
         for (const Dates dates :
@@ -77,8 +77,8 @@ TEST(SyncDoubts, TwoDaysNeverMixSilently) {
 TEST(SyncDoubts, AMonoFileThatOtherTakesHaveIsMissed) {
     const std::pair<std::vector<const char*>, int> cases[] = {
         {{"123", "123", "13"}, 1},      {{"123", "23", "123"}, 1},
-        {{"123", "12", "1"}, 0},        // fewer were armed
-        {{"13", "13", "13", "123"}, 0}, // as most
+        {{"123", "12", "1"}, 0},        // fewer channels were armed
+        {{"13", "13", "13", "123"}, 0}, // as in most takes
         {{"13", "24", "3"}, 3},
     };
     for (const auto& [takes, doubted] : cases) {
@@ -95,7 +95,7 @@ TEST(SyncDoubts, AMonoFileThatOtherTakesHaveIsMissed) {
         shot.diagnose();
         EXPECT_EQ(shot.count(Kind::missingFile), doubted) << takes.front() << " " << takes.back();
     }
-    Shot parts; // one after the other
+    Shot parts; // parts one after the other
     parts.videos.push_back(clipAt("/C/A.mov", 36005, 40));
     for (const int part : {1, 3, 4})
         parts.audios.push_back(recordingAt("/S/T_" + std::to_string(part) + ".wav", 36000 + 10 * part, 10));
@@ -117,7 +117,7 @@ TEST(SyncDoubts, ANightOfAnotherDateNeedsNoScanOfItsOwnUnderClipsOfOneDay) {
     EXPECT_TRUE(cure().starts_with("--sound-date 2024-05-17 if")) << cure();
     night.diagnose({.soundDay = dayNumber(*dateFromISO8601("2024-05-17T12:00:00Z"))});
     EXPECT_TRUE(cure().starts_with("--sound-date 2024-05-17 in a scan of")) << cure() << ": it is in force";
-    // Names have the shoot day, and the headers of the cameras that of the sound.
+    // Names have the shoot day, and the headers of the cameras have the day of the sound.
     const test::ScopedEnvironment zone("TZ", "UTC");
     for (const auto& [daysLater, isDoubted] : {std::pair{0, false}, {-1, true}}) {
         for (std::size_t i = 0; i < 2; ++i) {
@@ -205,7 +205,7 @@ TEST(SyncDoubts, FewClipsAreDoubtedByTheirHeadersOneByOne) {
 
 TEST(SyncDoubts, ADateThatFitsTheClipMayBeWrong) {
     const test::ScopedEnvironment zone("TZ", "UTC");
-    Shot shot; // the second day's recorder still has the first day's date, and two clips lost their sound
+    Shot shot; // the second day's recorder has the first day's date, and two clips lost their sound
     for (const int day : {0, 1})
         for (int i = 0; i < 6; ++i) {
             const double at = 36000 + 300 * i + 4 * day;
@@ -236,7 +236,7 @@ TEST(SyncDoubts, ADateThatFitsTheClipMayBeWrong) {
     ASSERT_TRUE(shot.card(Kind::otherDateFits));
     EXPECT_EQ(shot.card(Kind::otherDateFits)->groupIDs.size(), 6U);
 
-    Shot copied; // the second day's sound lies in the folder of the first one, with its date
+    Shot copied; // the second day's sound is in the folder of the first day, with its date
     for (const int day : {0, 1})
         for (int i = 0; i < 4; ++i) {
             const double at = 36000 + 300 * i + 9 * i * i + 4 * day;
@@ -274,7 +274,7 @@ TEST(SyncDoubts, ADateThatFitsTheClipMayBeWrong) {
         EXPECT_FALSE(copied.doubts.has(group.id, {Kind::mutedSpeech})) << "it would be switched on";
     }
 
-    Shot evening; // whose recorder changes its date four hours early
+    Shot evening; // the recorder changes its date four hours early
     for (int i = 0; i < 6; ++i) {
         const double at = 68400 + 900 * i + 13 * i * i;
         evening.videos.push_back(clipAt("/CAM/A" + std::to_string(i) + ".mov", at, 10));
@@ -285,7 +285,7 @@ TEST(SyncDoubts, ADateThatFitsTheClipMayBeWrong) {
     evening.diagnose();
     EXPECT_EQ(evening.count(Kind::otherDateFits), 4) << "two have the sound of their day";
 
-    Shot night; // dated by the evening before, beside the night before that
+    Shot night; // dated with the evening before, beside the night before that
     night.videos.push_back(clipAt("/CAM/A.mov", 1803, 8));
     night.audios = {recordingAt("/S/T007.wav", 1800, 14), recordingAt("/S/T099.wav", 1801, 14)};
     for (const bool sameFolder : {true, false}) {
@@ -450,7 +450,7 @@ TEST(SyncDoubts, AnHourThatComesTwiceNeverMixesSilently) {
     struct Case {
         const char* name;
         bool isDated;
-        double start, seconds; ///< of the second hour's sound, from its clip on; none without a length
+        double start, seconds; ///< of the second hour's sound, relative to its clip; 0 seconds: none
         int doubted;
     };
     for (const Case& one : {Case{"both hours alike", false, -3, 20, 8},
@@ -493,7 +493,7 @@ TEST(SyncDoubts, SaysWhichPartOfAClipHasNoSound) {
         EXPECT_EQ(said.cure.text().find("--set") != std::string::npos, one.canBeTrimmed) << said.cure.text();
     }
 
-    // Parts of a night, dated without a time of day.
+    // Parts of a night, with dates that have no time of day.
     Shot night{{clipAt("/C/A.mov", 86385, 30)},
                {recordingAt("/S/T_1.wav", 86380, 25), recordingAt("/S/T_2.wav", 5, 20)},
                {}};

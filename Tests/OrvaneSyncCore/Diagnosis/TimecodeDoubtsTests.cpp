@@ -7,10 +7,10 @@ TEST(TimecodeDoubts, SoundWithoutACommonTimecodeIsInDoubtUntilItIsMoved) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     struct Case {
         const char* name;
-        double picture, sound; ///< seconds since midnight; without timecode below 0
+        double picture, sound; ///< seconds since midnight; below 0: no timecode
         double header;         ///< of the picture
-        double moved;          ///< by hand
-        std::string frames;    ///< proposed; "-": in doubt without any, "": no doubt
+        double moved;          ///< manual offset
+        std::string frames;    ///< suggested; "-": a doubt without a suggestion, "": no doubt
     };
     const Case cases[] = {
         {"a phone, dated as it began", -1, 36000, 36003, 0, "-75"},
@@ -51,7 +51,7 @@ TEST(TimecodeDoubts, SoundWithoutACommonTimecodeIsInDoubtUntilItIsMoved) {
         const FileNames names;
         DoubtInput input{shot.groups, shot.audios, {}, TrimMode::noTrim, {}, names};
         for (const SoundClaim& claim : SyncDoubts::claims(input))
-            heard[claim.key()] = {claim.offsetSeconds - 4.175}; // with the way to the microphone
+            heard[claim.key()] = {claim.offsetSeconds - 4.175}; // includes the delay to the microphone
         input.heardClaims = &heard;
         const auto byEar = SyncDoubts::of(input).byGroup.begin()->second.front().message;
         EXPECT_NE(byEar.find("heard it with an offset of -105 frames"), std::string::npos) << byEar;
@@ -61,8 +61,9 @@ TEST(TimecodeDoubts, SoundWithoutACommonTimecodeIsInDoubtUntilItIsMoved) {
 TEST(TimecodeDoubts, WhatNoTimecodeBringsTogetherIsFoundByTheMicrophone) {
     struct Case {
         const char* name;
-        bool hasPicture, hasSound;      ///< a timecode
-        int recordings, asked, heardIn; ///< the last: in so many of them
+        bool hasPicture, hasSound; ///< whether they have a timecode
+        int recordings, asked,
+            heardIn; ///< recordings; recordings to analyse; recordings in which the clip is heard
         const char* told;
         const char* date = nullptr; ///< of the clip
     };
@@ -189,7 +190,7 @@ TEST(TimecodeDoubts, ARecordingDatedMidnightIsNamedWhereAClipLacksIt) {
     struct Case {
         const char* name;
         const char* date; ///< of the recording without a time reference
-        double firstPart; ///< seconds of sound before midnight; none with 0
+        double firstPart; ///< seconds of sound before midnight; 0: none
         bool isNamed;
     };
     const Case cases[] = {
@@ -264,7 +265,7 @@ TEST(TimecodeDoubts, TimecodeIsHeldAgainstTheDatesOfTheFiles) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     struct Clip {
         const char* folder;
-        double timecode, header; ///< seconds since midnight; without timecode below 0
+        double timecode, header; ///< seconds since midnight; below 0: no timecode
     };
     struct Case {
         const char* name;

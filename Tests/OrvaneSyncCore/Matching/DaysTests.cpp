@@ -161,8 +161,8 @@ TEST(Days, DatesOfACardMayCountAnotherZone) {
               Offsets{})
         << "one clip shows no zone";
 
-    // Headers in UTC by UTC-8: what was filmed after 16:00 has the next day's date, and so has the second
-    // day.
+    // Headers in UTC of a shoot in UTC-8: clips after 16:00 have the next day's date, and so have clips of
+    // the second day.
     std::vector<MediaAsset> clips, takes;
     const auto film = [&](const char* name, const char* start, const char* date, const char* sound) {
         clips.push_back(test::video(name, start, 30));
@@ -179,7 +179,7 @@ TEST(Days, DatesOfACardMayCountAnotherZone) {
         EXPECT_EQ(group.primaryAudio()->filename[1], group.video.filename[1]) << "not that of the other day";
         card.append(group);
     }
-    clips[1].headerDate = dateFromISO8601("2024-05-17T15:10:02Z"); // written again, in another zone
+    clips[1].headerDate = dateFromISO8601("2024-05-17T15:10:02Z"); // written again, in another time zone
     const auto mixed =
         SyncEngine().match({clips[0], clips[1]}, {takes[0], test::audio("T5_240518.wav", "16:30:00:00")}, {});
     EXPECT_EQ(mixed.front().primaryAudio()->filename, "T5_240518.wav") << "of no zone, the header as it is";
@@ -211,7 +211,7 @@ TEST(Days, OtherDaysAreLeftOutBesideClipsThatConfirmTheirHeaders) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     struct Case {
         const char* name;
-        int confirmed;     ///< clips that have their own day's sound alone
+        int confirmed;     ///< clips that only have their own day's sound
         bool isSoundKnown; ///< the other day's recordings have a clip of that day
         std::size_t found; ///< recordings of the first clip
         const char* folder = "/CAM/A1";

@@ -46,7 +46,7 @@ TEST(ProxyFiles, LieInAFolderForThemAndAreSmallCopies) {
         ASSERT_EQ(proxies.size(), test.isProxy ? 1U : 0U) << test.name;
         for (const ProxyFile& proxy : proxies) EXPECT_EQ(proxy.originalURL, original.url) << test.name;
     }
-    // Neither stands in for an original that is not there, and a folder above both says nothing.
+    // A proxy does not replace an original that is missing, and a folder that contains both is no evidence.
     std::vector<MediaAsset> alone{
         picture("Proxy/A001C001.MOV", "10:00:00:00", 10, 1920), picture("LRV/A001C001.MOV"),
         picture("offline/x/A001C002.MOV", "10:00:00:00", 10, 1920), picture("offline/y/A001C002.MOV")};

@@ -189,7 +189,7 @@ TEST(SyncEngine, keepsTheOrderOfEquals) {
     EXPECT_TRUE(engine.match({}, audios).empty());
 }
 
-/// A minute of picture, over which one recorder filled several files and another one wrote its own.
+/// A minute of picture, over which one recorder filled several files and another one wrote one file.
 TEST(SyncEngine, aRecordingInPartsCountsAsOne) {
     const auto by = [](const char* recorder, MediaAsset file) {
         file.bextOriginator = recorder;
@@ -281,7 +281,7 @@ std::string clock(int seconds) {
     return text.data();
 }
 
-/// What must hold for a crowd of files whatever they are.
+/// Properties that hold for any set of files.
 TEST(SyncEngine, holdsItsPromisesForACrowd) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     const auto seed = test::randomSeed();
@@ -320,7 +320,7 @@ TEST(SyncEngine, holdsItsPromisesForACrowd) {
         std::vector<TakeMembership::Candidate> files;
         for (const AudioMatch& match : group.audioMatches)
             files.push_back({&*match.audio, *SyncEngine::tcRange(match.audio)});
-        double heard = 1e-6; // for the rounding of sums
+        double heard = 1e-6; // tolerance for the rounding of sums
         for (const auto& member : TakeMembership::of(files).members)
             if (member.lane == 0) heard += group.audioMatches[member.candidate].overlapDurationSeconds;
         for (const AudioMatch& match : group.audioMatches) {
@@ -333,7 +333,7 @@ TEST(SyncEngine, holdsItsPromisesForACrowd) {
     }
     ASSERT_EQ(before.size(), videos.size());
 
-    // Each video alone, and with the recordings of far days moved to the front, matches the same.
+    // Each video matches the same alone, and with the recordings of far days moved to the front.
     for (const MediaAsset& clip : videos) {
         const auto day = clip.shootDay();
         std::vector<MediaAsset> shuffled = audios;
@@ -346,7 +346,7 @@ TEST(SyncEngine, holdsItsPromisesForACrowd) {
     }
 }
 
-/// Two days of shooting with free-run timecode look the same to a clip without a date.
+/// For a clip without a date, two days of shooting with free-run timecode look the same.
 TEST(SyncEngine, theDayOfTheHeaderRanksEqualOverlaps) {
     const auto on = [](MediaAsset asset, int day) {
         asset.contentCreatedDate = calendar::date({2024, 5, day, 12, 0, 0});

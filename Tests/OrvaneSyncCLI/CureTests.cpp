@@ -11,7 +11,7 @@ namespace {
 using platform::JSON;
 
 struct ShotFile {
-    std::string path; ///< below the shoot; the digit before the point tells which take it is of
+    std::string path; ///< below the shoot; the digit before the point is the number of its take
     int start;        ///< seconds since midnight
     int seconds;
     std::string day = "2024-05-17";
@@ -56,10 +56,10 @@ std::vector<ShotFile> soundOf(const std::string& prefix, int later = -3,
     return takes(prefix, ".WAV", later, 20, day);
 }
 
-constexpr std::size_t firstFolder = 3; ///< behind the command and two options
+constexpr std::size_t firstFolder = 3; ///< after the command and two options
 
-/// Uses a cure as it is told: its options, without a folder that it says to leave away. Where it says that
-/// links have to be made, none.
+/// Applies a cure as its text says: adds its options and removes a folder that it names. Absent if the user
+/// would have to make links.
 std::optional<std::vector<std::string>> appliedTo(std::vector<std::string> words, const std::string& cure) {
     const std::string_view without = "without the folder '";
     bool isUsed = false;
@@ -70,7 +70,7 @@ std::optional<std::vector<std::string>> appliedTo(std::vector<std::string> words
     }
     for (std::size_t at = cure.find("--"); at != std::string::npos; at = cure.find("--", at + 2)) {
         if (cure.compare(at, 8, "--review") == 0 || cure.compare(at, 7, "--apply") == 0)
-            continue; // the table is another way
+            continue; // the table is another way of the cure
         const std::size_t blank = cure.find(' ', at);
         const bool isQuoted = cure[blank + 1] == '\'';
         const std::size_t from = blank + (isQuoted ? 2 : 1);
@@ -87,7 +87,7 @@ TEST(Cures, doWhatTheySayWhenTheyAreUsedAsTold) {
         const char* name;
         std::vector<std::vector<ShotFile>> cards;
         std::vector<std::string> folders; ///< of the scan, below the shoot
-        std::size_t clips;                ///< that the cured scan shows
+        std::size_t clips;                ///< clips that the cured scan shows
     };
     const std::vector<Case> cases{
         {"half an hour late", {clipsOf("C/A"), soundOf("S/T", 1797)}, {""}, 4},
@@ -191,7 +191,7 @@ TEST(Cures, tellNoOptionThatWouldLeaveWrongSound) {
     struct Case {
         const char* name;
         std::vector<std::vector<ShotFile>> cards;
-        const char* told; ///< of the message or the cure
+        const char* told; ///< in the message or the cure
     };
     const std::vector<Case> cases{
         {"two units, whose folders do not tell which sound is whose",

@@ -18,8 +18,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What `doctor` says of the media helper, and what a command says of a file that needs it, where the helper
-/// is missing, does not start, belongs to another build, or is there.
+/// The texts of `doctor` about the media helper, and of a command about a file that needs it, if the helper
+/// is missing, does not start, belongs to another build, or works.
 TEST(Doctor, saysWhatTheMediaHelperLacks) {
     const TemporaryDirectory folder;
     const fs::path program = folder.path("bin/orvanesync"), helper = folder.path("lib/orvane_media_helper");
@@ -48,7 +48,7 @@ TEST(Doctor, saysWhatTheMediaHelperLacks) {
         {"missing", [] {}, "problem", "missing beside the program"},
         {"a library of it is missing", [&] { script("#!/bin/sh\nexit 127\n"); }, "problem", "libavformat59"},
         {"left over from another build",
-         // The length of the answer, no read error, and two texts behind their lengths.
+         // The length of the answer, no read error, and two texts with their lengths.
          [&] {
              script(R"(#!/bin/sh
 printf '\022\0\0\0\0\001\0\0\0\0\0\0\0009\0\0\0\0\0\0\0\0' >&3
@@ -79,7 +79,7 @@ cat <&3
     }
 }
 
-/// A library of sound whose configuration is empty or missing leaves the program without sound, and running.
+/// With a sound library whose configuration is empty or missing, the program runs without sound.
 TEST(Doctor, runsWhereTheSystemOfSoundIsNotConfigured) {
     const TemporaryDirectory folder;
     for (const std::string& configuration : {std::string("/dev/null"), folder.path("missing.conf")}) {
@@ -93,7 +93,7 @@ TEST(Doctor, runsWhereTheSystemOfSoundIsNotConfigured) {
     }
 }
 
-/// A library of sound that prints as it starts; and where no memory may be shared, it is not started.
+/// A sound library that prints when it starts; it is not started if no memory can be shared.
 TEST(Doctor, keepsALibraryOfSoundFromTheTerminal) {
     const TemporaryDirectory folder;
     const std::string configuration = folder.write("sound.conf", "pcm.default { type null }\n");
@@ -111,7 +111,7 @@ TEST(Doctor, keepsALibraryOfSoundFromTheTerminal) {
     }
 }
 
-/// The modules of this build, but for the number of their interface.
+/// The modules of this build, with another interface number.
 TEST(Modules, ofAnotherBuildAreRefused) {
     const TemporaryDirectory folder;
     fs::create_directories(folder.path("bin"));
@@ -132,7 +132,7 @@ TEST(Modules, ofAnotherBuildAreRefused) {
     }
 }
 
-/// By what the system's loader writes down. `doctor` is the proof that it does.
+/// Uses the log of the system's loader. `doctor`, which loads several modules, shows that the log lists them.
 TEST(Modules, areLoadedByWhatNeedsThemAlone) {
     const TemporaryDirectory folder;
     folder.write("media/take.wav", WaveMaker().format({}).bext({}).silence(48000).bytes());

@@ -18,18 +18,18 @@ namespace orvane::test {
 namespace {
 
 #ifdef ORVANE_SANITIZED
-constexpr bool canPreload = false; // the sanitizer's own library has to be the first
+constexpr bool canPreload = false; // the sanitizer's own library must be the first one
 #else
 constexpr bool canPreload = true;
 #endif
 
 struct Ended {
-    int status = 0; ///< above 128: by that signal
+    int status = 0; ///< above 128: ended by that signal
     std::string out, err;
-    bool wasHit = false; ///< a call of it failed
+    bool wasHit = false; ///< a call of the faulty kind failed
 };
 
-/// The program itself, over a disk of its own that holds settings, work, caches and the shoot.
+/// Runs the program in a folder of its own that holds settings, work, caches and the shoot.
 class Machine {
   public:
     explicit Machine(std::string folder) : folder_(std::move(folder)) {
@@ -38,7 +38,7 @@ class Machine {
     }
     std::string path(const std::string& below) const { return folder_ + "/disk/" + below; }
 
-    /// `fault` as the fault layer takes it, without the folder; empty for none.
+    /// `fault`: in the syntax of the fault layer, without the folder; empty for none.
     Ended run(const std::string& arguments, const std::string& input = "",
               const std::string& fault = "") const {
         platform::files::writeAtomically(beside("in"), input);
@@ -56,7 +56,7 @@ class Machine {
                 platform::files::readText(beside("out")), platform::files::readText(beside("err")),
                 std::filesystem::exists(beside("hits"))};
     }
-    /// What a run leaves behind goes, and the shoot stays.
+    /// Removes what runs have left; keeps the shoot.
     void clear() const {
         std::filesystem::remove_all(path("home"));
         std::filesystem::remove_all(path("results"));
@@ -69,7 +69,7 @@ class Machine {
         return names;
     }
 
-    /// Clips that could not be read at one moment, beside what was saved after that.
+    /// Whether clips that could once not be read are kept beside what was saved later.
     bool keepsUnreadableClips() const {
         for (const auto& entry : std::filesystem::recursive_directory_iterator(path("home")))
             if (entry.path().filename() == "groups.json.unreadable")
@@ -78,18 +78,18 @@ class Machine {
     }
 
   private:
-    /// What the test itself writes and reads.
+    /// A file that the test itself writes and reads.
     std::string beside(const std::string& name) const { return folder_ + "/" + name; }
 
     std::string folder_;
 };
 
-/// Calls use(fault) for calls that fail one after the other, until one is beyond the last: each of the first
-/// ones, then fewer, at places that differ with the seed.
+/// Calls use(fault) for one failing call after another, until there are no more calls: for each of the first
+/// ones, then for fewer, at places that depend on the seed.
 template <class Use>
 void forEachFault(const std::string& kind, std::mt19937& random, Use use) {
     constexpr int eachUpTo = 5;
-    const int mostOfAKind = kind == "memory" ? 16 : 7; // it counts to some thousands
+    const int mostOfAKind = kind == "memory" ? 16 : 7; // there are some thousands of these calls
     long number = 1;
     for (int tried = 0; tried < mostOfAKind; ++tried) {
         const std::string fault = kind + ":" + std::to_string(number);
@@ -104,9 +104,9 @@ void forEachFault(const std::string& kind, std::mt19937& random, Use use) {
     }
 }
 
-/// Whichever call the system refuses: the command ends by itself and says so or does without, no half
-/// document and no other file stays behind, and the next run on a disk that is well gives what it always
-/// gives.
+/// Whichever call the system refuses, the command ends by itself and either reports it or succeeds without
+/// the call. It leaves no part of a document and no other file. The next run on a working disk gives the
+/// usual result.
 TEST(Faults, leaveNothingHalfWrittenAndNothingFalseRemembered) {
     if (!canPreload) GTEST_SKIP() << "not with sanitizers";
     const TemporaryDirectory folder;
@@ -132,11 +132,10 @@ TEST(Faults, leaveNothingHalfWrittenAndNothingFalseRemembered) {
                 EXPECT_TRUE(document() == whole || ended.err.find("warning: ") != std::string::npos)
                     << "a document that lacks something, without a word: " << ended.err;
             } else {
-                // Memory may be short once the document is in its place.
+                // Memory may run out after the document was written.
                 EXPECT_TRUE(results.empty() || (kind == "memory" && document() == whole)) << results.front();
             }
-            // Most of the time goes into these runs, and one that ended for want of memory has written
-            // nothing.
+            // These runs take most of the time, and a run that ended for lack of memory has written nothing.
             if (kind == "memory" && ++endedWithoutMemory % 4 != 0) return ended.wasHit;
             const Ended after = machine.run(sync);
             EXPECT_EQ(after.status, 0) << after.err;
@@ -145,8 +144,8 @@ TEST(Faults, leaveNothingHalfWrittenAndNothingFalseRemembered) {
         });
 }
 
-/// What was made of a part of a recording is no result: the command names the file and how far it was read,
-/// and leaves no file. Our own reader, several of it at once, and the helper's.
+/// A result from a part of a recording is an error: the command names the file and how far it was read, and
+/// leaves no file. Tests our own reader, several readers at once, and the helper's reader.
 TEST(Faults, ofReadingAreNoShorterResults) {
     if (!canPreload) GTEST_SKIP() << "not with sanitizers";
     constexpr std::size_t frames = 20 * 48000;
@@ -161,7 +160,7 @@ TEST(Faults, ofReadingAreNoShorterResults) {
         const char* command;
         const char* output;
         const char* fault;
-        bool isOfHelperToo = true; ///< it asks for longer stretches, and less often
+        bool isOfHelperToo = true; ///< the helper reads longer blocks, and fewer of them
         const char* ending = "";
     };
     const std::vector<Case> cases{{"solo", "--channel 1 -o", "read:100"},
@@ -190,8 +189,8 @@ TEST(Faults, ofReadingAreNoShorterResults) {
         }
 }
 
-/// A session that is edited and saved while the disk refuses a call opens again as it was before or after an
-/// edit, and says what it could not save.
+/// A session that is edited and saved while the disk refuses a call opens again with its content before or
+/// after an edit, and the program reports what it could not save.
 TEST(Faults, neverTakeWorkThatWasSaved) {
     if (!canPreload) GTEST_SKIP() << "not with sanitizers";
     using platform::JSON;

@@ -14,7 +14,7 @@ TEST(FrameCommand, writesThePictureOfTheMomentAndReplacesNothingElse) {
     const auto frame = [&](const std::string& at, const std::string& to) {
         return runWith({"frame", clip, "--at", at, "-o", to, "--json"});
     };
-    // 1.001 s is the start of picture 24, whatever binary fractions make of it.
+    // 1.001 s is exactly the start of picture 24, although binary fractions may give another result.
     const auto answer = frame("1.001", picture);
     ASSERT_EQ(answer.status, 0) << answer.err;
     EXPECT_EQ(answer.json().find("number")->number(), 24);

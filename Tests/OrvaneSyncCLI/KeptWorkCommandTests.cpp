@@ -15,7 +15,7 @@
 namespace orvane::cli {
 namespace {
 
-/// A scanned shoot that lies in a session and in a project file, and the program on them.
+/// A scanned shoot, stored in a session and in a project file, and commands on both.
 class KeptWork : public testing::Test {
   protected:
     KeptWork() {
@@ -90,7 +90,7 @@ TEST_F(KeptWork, sessionsAreListedShownExportedAndDeleted) {
     const Outcome unreadable = runWith({"session", "show", "camera"});
     EXPECT_EQ(unreadable.status, failed);
     EXPECT_NE(unreadable.err.find("can't be read"), std::string::npos) << unreadable.err;
-    EXPECT_EQ(folder_.read(clips), good.substr(1)); // looking changes nothing
+    EXPECT_EQ(folder_.read(clips), good.substr(1)); // reading changes nothing
 
     EXPECT_EQ(runWith({"session", "delete", session_}).status, done);
     EXPECT_EQ(runWith({"session", "list"}).out, "No sessions.\n");
@@ -108,7 +108,7 @@ TEST_F(KeptWork, projectsAreShownAndExported) {
     EXPECT_EQ(exported.json().find("smartAudio")->find("clipsNotAnalyzed")->integer(), 2);
     EXPECT_NE(folder_.read("out.fcpxml").find("Hero"), std::string::npos);
 
-    // A second recorder: which of both it is can be chosen by a scan alone.
+    // With a second recorder, only a scan can decide between the two.
     constexpr std::uint64_t sampleRate = 48000, start = 36008;
     test::WaveMaker()
         .format({.channels = 1, .sampleRate = sampleRate})
@@ -132,15 +132,15 @@ TEST_F(KeptWork, projectsAreShownAndExported) {
     EXPECT_NE(runWith({"project", "show", project_}).out.find("sound (is not there now)"), std::string::npos);
 }
 
-/// Whatever writes a file, and the permission that it has where others than its own are concerned.
+/// All commands that write a file, and the option that permits replacing a file that is not their own.
 TEST_F(KeptWork, noCommandWritesOverWhatMustStay) {
     const std::string sound = folder_.path("sound/DAY1_T01.WAV"), video = folder_.path("camera/A001C003.mov");
     const std::string media = test::WaveMaker().format({}).silence(10).bytes();
-    // Media with the program's mark is an input all the same.
+    // Media with the program's mark is still an input.
     test::WaveMaker().format({}).bext({.originator = "OrvaneSync"}).silence(10).writeTo(sound);
     struct Case {
         const char* extension;
-        std::vector<std::string> words; ///< the place follows
+        std::vector<std::string> words; ///< the path is added
     };
     const std::vector<Case> writers{
         {".xml", {"sync", folder_.path("sound"), "-o"}},

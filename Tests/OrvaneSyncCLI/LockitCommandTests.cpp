@@ -16,8 +16,8 @@
 namespace orvane::cli {
 namespace {
 
-/// Standard error and input of one who reads the page's address from the one, opens it and pastes what it
-/// leads to into the other.
+/// Acts as a user at a terminal: reads the page's address from standard error, opens it and pastes the
+/// resulting address into the standard input.
 class UserAtTerminal {
   public:
     explicit UserAtTerminal(const test::LockitServer& server) : in_(*this, server), err_(*this) {}
@@ -70,7 +70,7 @@ class UserAtTerminal {
     Err err_;
 };
 
-/// The whole program against a service, with folders of its own and no key store.
+/// The whole program with a service, folders of its own and no key store.
 class LockitCommandTest : public testing::Test {
   protected:
     LockitCommandTest() {
@@ -123,7 +123,7 @@ TEST_F(LockitCommandTest, signsInListsAndWritesADocumentWithWhatTheServiceSays) 
     const Outcome before = runWith(shootTo("none.fcpxml"));
     EXPECT_EQ(before.status, 1);
     EXPECT_NE(before.err.find("Not signed in to LockitNetwork."), std::string::npos) << before.err;
-    // One line, also of a text that a window shows in paragraphs.
+    // The text is one line, although a window shows it in paragraphs.
     EXPECT_NE(runWith({"lockit", "projects"}).err.find("LockitNetwork. Settings"), std::string::npos);
     EXPECT_FALSE(platform::files::exists(folder_.path("none.fcpxml")));
 
@@ -196,7 +196,7 @@ TEST_F(LockitCommandTest, mapsFields) {
     EXPECT_EQ(*mapping({"reset", "--json"}).json().find("setName")->string(), "off");
 }
 
-/// A program that speaks to `serve` shows the page itself.
+/// A program that uses `serve` shows the page itself.
 TEST_F(LockitCommandTest, servesASessionFromTheSignInToTheExport) {
     const auto loop = platform::RunLoop::create();
     const auto settings = std::make_shared<platform::MemorySettingsStore>();
@@ -212,7 +212,7 @@ TEST_F(LockitCommandTest, servesASessionFromTheSignInToTheExport) {
                        [&](const std::string& line) { said.push_back(JSON::parse(line)); });
     context.showPage = [&](const std::string& url) {
         const std::string callback = server_.callbackFor(url);
-        loop->post([&, callback] { // not held up by the sign-in that waits
+        loop->post([&, callback] { // handled while the sign-in waits
             for (const std::string& address : {std::string("https://evil.example/"), callback})
                 server.receive(
                     R"({"jsonrpc":"2.0","id":9,"method":"completeSignIn","params":{"callbackURL":")" +
@@ -254,7 +254,7 @@ TEST_F(LockitCommandTest, servesASessionFromTheSignInToTheExport) {
     call("exportFCPXML", R"({"output":")" + folder_.path("served.fcpxml") + "\"}");
     EXPECT_NE(folder_.read("served.fcpxml").find(R"(key="k" value="77")"), std::string::npos);
 
-    // Whoever works from the terminal meets the same session.
+    // The command line opens the same session.
     call("undo");
     call("saveSession");
     const Outcome synced = runWith({"lockit", "sync", "--session", id});

@@ -46,7 +46,7 @@ class ModelHostTest : public ServeTest {
 TEST_F(ModelHostTest, aModelComesAndGoes) {
     EXPECT_EQ(stateOf(1), "notDownloaded");
     context_.controller->models().download("demucs");
-    context_.controller->models().cancelDownload("demucs"); // at its look at the disk
+    context_.controller->models().cancelDownload("demucs"); // while it checks the disk
     EXPECT_EQ(stateOf(1), "notDownloaded");
     std::vector<double> shares;
     const auto watching = context_.controller->onChange([&](ImportField field) {

@@ -20,7 +20,7 @@ namespace {
 
 constexpr int soundRate = 48'000;
 
-/// Ten seconds of numbered pictures at 25 a second, and a recording that claps at its second 3.
+/// Ten seconds of numbered pictures at 25 per second, and a recording with a clap at its second 3.
 struct PlayedClip {
     explicit PlayedClip(const test::TemporaryDirectory& folder) : videoPath(folder.path("A001C001.mov")) {
         isMade = test::NumberedClip{.pictures = 250, .encoding = "-c:v libx264 -g 12 -pix_fmt yuv420p"}.make(
@@ -111,7 +111,7 @@ TEST_F(PlayerServeTest, anEditorFindsTheClapAndCorrectsIt) {
     advance(0.3);
     EXPECT_NEAR(number("seconds"), 3.96 - 0.48 + 0.6, 0.041);
     EXPECT_FALSE(state("levels").elements()->empty());
-    advance(0.5); // round the end of the loop
+    advance(0.5); // past the end of the loop
     EXPECT_NEAR(number("seconds"), 3.96 - 0.48 + 0.14, 0.081);
     key("escape");
     call("undo");
@@ -130,7 +130,7 @@ TEST_F(PlayerServeTest, anEditorFindsTheClapAndCorrectsIt) {
     EXPECT_EQ(number("droppedFrames"), 0);
     EXPECT_EQ(call("playerFrame", R"({"output":")" + folder_.path("p.png") + "\"}").find("seconds")->number(),
               9.96);
-    call("playerSlowMotion", R"({"forward":true})"); // from the end on it begins at the start
+    call("playerSlowMotion", R"({"forward":true})"); // from the end, it begins at the start
     EXPECT_EQ(number("shownFrame"), 0);
     call("playerLoop", R"({"aroundSeconds":6,"frames":5})");
     EXPECT_EQ(number("shownFrame"), 145);
@@ -151,7 +151,7 @@ TEST_F(PlayerServeTest, theCamerasOfATakeShowTheSameMoment) {
     };
     EXPECT_EQ(frames(), (std::vector<double>{75, 37}));
     key("space");
-    advance(1.06); // 50 ms of them before the start
+    advance(1.06); // the first 50 ms are before the start
     EXPECT_EQ(frames(), (std::vector<double>{100, 62}));
     call("clusterAudioSource", R"({"groupID":")" + ids_[1] + "\"}");
     EXPECT_EQ(*state("audioSourceMemberID", "clusterState").string(), ids_[1]);
@@ -160,14 +160,14 @@ TEST_F(PlayerServeTest, theCamerasOfATakeShowTheSameMoment) {
     EXPECT_EQ(frames()[0], 102);
     call("scrollFrames", R"({"deltaY":-2.0,"isPrecise":false})");
     EXPECT_EQ(frames()[0], 100);
-    // Who stops them before they have begun has the picture of that moment.
+    // If they are stopped before they have begun, they show the picture of that moment.
     call("clusterSeek", R"({"seconds":7})");
     call("clusterPlay");
     call("clusterPause");
     EXPECT_EQ(frames(), (std::vector<double>{200, 162}));
     call("playerLoad", onFirst());
     EXPECT_TRUE(state("members", "clusterState").elements()->empty());
-    // What is asked of a cluster that a clip has just left waits for those that stay.
+    // A command to a cluster that a clip has just left waits for the other clips.
     call("clusterLoad", R"({"groupIDs":[")" + ids_[0] + "\",\"" + ids_[1] + "\"]}");
     call("removeVideoFromSync", onFirst());
     call("clusterPressL");
@@ -190,7 +190,7 @@ TEST_F(PlayerServeTest, soundIsRenderedAsItWouldBeHeard) {
     EXPECT_NEAR(static_cast<double>(clap - left.begin()) / soundRate, 0.5, 0.001); // 3 - 1.5 - 1
     EXPECT_EQ(left, right);
 
-    // A movie has the same sound, and every picture at its moment.
+    // A movie has the same sound, and every picture at its time.
     const std::string movie = folder_.path("seen.mov");
     const auto numbers = [&](const std::string& rate, const std::string& to) {
         const auto made = runWith({"play", clip_.videoPath, clip_.soundPath, "--offset", "-1.5", "--from",
@@ -221,13 +221,14 @@ TEST_F(PlayerServeTest, soundIsRenderedAsItWouldBeHeard) {
     EXPECT_EQ(runWith({"play", clip_.videoPath, "--from", "11", "--render", output, "--force"}).status, 1);
 }
 
-/// Each command that takes a place is known here as one that reads there, or tried as one that writes.
+/// Each command with a path parameter is either listed here as one that reads the path, or tested as one that
+/// writes it.
 TEST_F(PlayerServeTest, NoCommandWritesOverWhatMustStay) {
     if (!clip_.isMade) GTEST_SKIP() << "no tool for media";
     const std::set<std::string_view> readers{"setFolders",        "chooseAndAttachAudio", "loadALE",
                                              "loadProject",       "applyReview",          "importShortcuts",
                                              "calibrationMeasure"};
-    const std::set<std::string_view> writersToFolders{"buildAtmo"}; // to a name of its own making
+    const std::set<std::string_view> writersToFolders{"buildAtmo"}; // to a file name of its own
     const std::string media = test::WaveMaker().format({}).silence(10).bytes();
     const std::string locked = folder_.write("locked.txt", "mine");
     std::filesystem::permissions(locked, std::filesystem::perms::owner_read);

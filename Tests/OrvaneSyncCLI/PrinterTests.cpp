@@ -54,7 +54,7 @@ TEST(MatchText, SaysWhatIsCoveredWhereTheSoundWasMovedTo) {
                  {7, 3, 0, "Matched, covers 3.0 of 10.0 s"},
                  {7, 3, -7, "Matched"},
                  {36000, 0, -36003, "Matched"},
-                 {0, 0, 0, "Matched"}, // nobody knows
+                 {0, 0, 0, "Matched"}, // unknown
                  {0, 0, 6, "Matched, covers 4.0 of 10.0 s"}};
     for (const auto& [offset, overlap, moved, text] : cases) {
         SyncGroup group =
@@ -109,7 +109,7 @@ TEST(CureCommand, isTheCallWithWhatTheCureSays) {
         {{"--set", "x.y=3", "a", "--quiet"},
          DoubtCure(setting, "x.y=3"),
          "--set x.y=3",
-         std::nullopt},                               // in force
+         std::nullopt},                               // already in force
         {{"a", "--review", "day.1/t.tsv", "--force"}, // its table may hold decisions by then
          sameDay,
          "--days same",

@@ -143,7 +143,7 @@ TEST_F(RPCServer, servesOneMessageAtATimeInOrder) {
     EXPECT_EQ(said.back(), R"({"id":2,"jsonrpc":"2.0","result":1000})");
 }
 
-/// One that runs, one that waits, one that is neither; the answers keep their turns.
+/// Cancels a request that runs, one that waits and one that is neither; the answers keep their order.
 TEST_F(RPCServer, cancelsAtOnceAndAnswersInTurn) {
     const auto cancel = [&](const std::string& id) {
         return answerTo(R"({"jsonrpc":"2.0","id":"c","method":"cancel","params":{"id":)" + id + "}}");

@@ -11,7 +11,7 @@
 namespace orvane::cli {
 namespace {
 
-/// A clip with a recording of two channels: on the second somebody speaks for five seconds, then nobody.
+/// A clip with a recording of two channels; the second has speech for five seconds, then none.
 class RenderedSoundCommand : public testing::Test {
   protected:
     RenderedSoundCommand() {

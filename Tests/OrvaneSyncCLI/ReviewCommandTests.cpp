@@ -26,7 +26,7 @@ class CardsTest : public testing::Test {
     }
     std::string at(const char* name) const { return folder_.path(name); }
 
-    /// A recorder that rolled at the end of both clips of the take, as their second choice.
+    /// Adds a recorder that rolled at the end of both clips of the take, as their second recording.
     void addSecondRecorder(const char* date = "2026-11-20") {
         constexpr std::uint64_t sampleRate = 48000, start = 36008;
         test::WaveMaker()
@@ -114,7 +114,7 @@ TEST_F(CardsTest, aReviewComesBackFromASpreadsheet) {
 
     const Outcome first = runWith({"scan", folder_.path(), "--choose", "first", "--json"});
     EXPECT_EQ(first.json().find("counts")->find("syncClips")->integer(), 2);
-    // A table that was only looked at is replaced, one that was filled in is not.
+    // A table without decisions is replaced, one with decisions is not.
     EXPECT_EQ(runWith({"scan", folder_.path(), "--review", table}).status, done);
     lines[1][note] = "ask the boom operator";
     folder_.write("review.tsv", writtenReviewTable(lines));
@@ -124,11 +124,11 @@ TEST_F(CardsTest, aReviewComesBackFromASpreadsheet) {
         << refused.err;
     EXPECT_NE(folder_.read("review.tsv").find("boom operator"), std::string::npos);
     EXPECT_EQ(runWith({"scan", folder_.path(), "--review", table, "--force"}).status, done);
-    // Never the table that is being taken back.
+    // Never the table that is being applied.
     EXPECT_EQ(runWith({"sync", folder_.path(), "-o", table, "--apply", table, "--force"}).status, failed);
 }
 
-/// A clip without sound gets that of another moment, as one of a phone would.
+/// A clip without sound gets a recording of another time, as from a phone.
 TEST_F(CardsTest, aChoiceMayNameAnyRecording) {
     addSecondRecorder();
     const auto after = [&](const std::string& choice, const std::string& lock) {
@@ -192,7 +192,7 @@ TEST(HeardReview, WhatTheCamerasHeardIsFilledInAndTakenBack) {
         std::uniform_real_distribution<float> level(-50, -10), noise(-1, 1);
         std::vector<float> samples(static_cast<std::size_t>(takeSeconds * rate));
         float gain = 0;
-        for (std::size_t i = 0; i < samples.size(); ++i) { // as syllables are louder and softer
+        for (std::size_t i = 0; i < samples.size(); ++i) { // levels that change as with syllables
             if (i % (rate * 3 / 10) == 0) gain = std::pow(10.0F, level(random) / 20);
             samples[i] = gain * noise(random);
         }

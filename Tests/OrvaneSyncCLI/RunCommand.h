@@ -24,7 +24,7 @@ struct Outcome {
     platform::JSON json() const { return platform::JSON::parse(out); }
 };
 
-/// Never with the probe cache and the settings of the user who runs the tests.
+/// Never uses the probe cache and the settings of the user who runs the tests.
 inline Outcome runWith(std::vector<std::string> words, bool onTerminal = false,
                        const std::string& cacheFile = {},
                        std::shared_ptr<platform::SettingsStore> settings = nullptr) {

@@ -14,7 +14,7 @@
 
 namespace orvane::cli::rpc {
 
-/// All methods on a real controller, with an answer to each call.
+/// Calls all methods on a real controller, each with one answer.
 class ServeTest : public testing::Test {
   protected:
     ServeTest() {

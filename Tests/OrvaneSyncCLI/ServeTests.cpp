@@ -18,10 +18,10 @@ namespace {
 TEST_F(ServeTest, scansEditsTakesBackAndExports) {
     scan();
     struct Case {
-        std::string method, more; ///< arguments beside the clip's
+        std::string method, more; ///< arguments in addition to the clip's identifier
         std::string field;
-        std::string value;  ///< of the field afterwards
-        std::string action; ///< what can be taken back then
+        std::string value;  ///< of the field after the call
+        std::string action; ///< the step that can be undone then
     };
     const std::vector<Case> cases{
         {"adjustAudioOffset", R"(,"deltaSeconds":0.04)", "manualAudioOffsetSeconds", "0.04",
@@ -49,7 +49,7 @@ TEST_F(ServeTest, scansEditsTakesBackAndExports) {
     EXPECT_EQ(first("isLocked").dump(), "false");
     call("redo");
     EXPECT_EQ(first("isLocked").dump(), "true");
-    EXPECT_TRUE(call("setManualSensorFrameRate", onFirst(R"(,"fps":50)")).isNull()); // it is locked
+    EXPECT_TRUE(call("setManualSensorFrameRate", onFirst(R"(,"fps":50)")).isNull()); // the clip is locked
 
     const JSON written =
         call("exportFCPXML", R"({"output":")" + folder_.path("out.fcpxml") + R"(","eventName":"Served"})");
@@ -73,7 +73,7 @@ TEST_F(ServeTest, aMistakeChangesNothing) {
         return call("state").dump() + call("undoState").dump() + call("sessions").dump() +
                call("sessionState").dump();
     };
-    call("saveSession"); // what is still to be saved is no change
+    call("saveSession"); // pending saves are not counted as changes
     const std::string before = everything();
     const std::string nobody = R"("33333333-3333-4333-8333-333333333333")";
     const std::string sound = folder_.path("sound") + "/DAY1_T01.WAV";
@@ -140,7 +140,8 @@ TEST_F(ServeTest, aMistakeChangesNothing) {
     const std::string ofFirst = R"("groupID":")" + groupID_ + "\"";
     const struct {
         std::string failure;
-        std::vector<std::pair<std::string, std::string>> calls; ///< arguments beside the unknown identifier
+        std::vector<std::pair<std::string, std::string>>
+            calls; ///< arguments in addition to the unknown identifier
     } unknown[] = {
         {"1 Group not found",
          {{"group", R"("groupID":)"},
@@ -168,14 +169,14 @@ TEST_F(ServeTest, aMistakeChangesNothing) {
     for (const auto& [why, calls] : unknown)
         for (const auto& [method, params] : calls)
             EXPECT_EQ(failure(method, "{" + params + nobody + "}"), why) << method;
-    EXPECT_TRUE(everything() == before); // what was taken back can still be brought back
+    EXPECT_TRUE(everything() == before); // what was undone can still be redone
 }
 
 TEST_F(ServeTest, anotherFileIsReplacedOnRequestAlone) {
     scan();
     const std::string other = folder_.write("notes.txt", "mine"), project = folder_.path("day.orvanesync");
     call("saveProject", R"({"path":")" + project + "\"}");
-    call("saveProject", R"({"path":")" + project + "\"}"); // where it was saved before
+    call("saveProject", R"({"path":")" + project + "\"}"); // to its former path
     EXPECT_NE(failure("exportFCPXML", R"({"overwrite":true,"output":")" + project + "\"}").find("1 can't"),
               std::string::npos);
     const std::pair<const char*, std::string> calls[] = {
@@ -194,7 +195,7 @@ TEST_F(ServeTest, aFolderIsNamedLeftOrTakenAway) {
     call("setFolders", R"({"audioFolder":null})");
     EXPECT_EQ(context_.controller->work().videoFolderURL(), FileURL{folder_.path("camera")});
     EXPECT_EQ(context_.controller->work().audioFolderURL(), std::nullopt);
-    // Further folders and exclusions go into the project and come back with it.
+    // Further folders and exclusions are stored in the project and restored from it.
     const std::string sound = folder_.path("sound"), project = folder_.path("day.orvanesync");
     call("setFolders", R"({"moreFolders":[")" + sound + R"("],"exclude":["B001*"]})");
     call("setCorrections", R"({"soundDate":"2026-11-20","timecodeRate":"25"})");
@@ -318,7 +319,7 @@ TEST_F(ServeTest, theTimelineMovesTheSound) {
     EXPECT_TRUE(failure("dragAudio", onFirst(R"(,"points":1,"modifiers":["meta"])")).starts_with("-32602"));
     EXPECT_TRUE(failure("nudgeByFrames", onFirst(R"(,"frames":9000000)")).starts_with("-32602"));
 
-    // The other camera of the take is offered the same move, until that is dismissed.
+    // The other camera of the take gets the same move as a suggestion, until the user dismisses it.
     const JSON outline = call("outline");
     const JSON& cameras = *outline.elements()->front().find("children");
     const std::string other =
@@ -380,7 +381,7 @@ TEST_F(ServeTest, anEditAnswersWhenTheClipHasBeenAnalysedAgain) {
     EXPECT_EQ(tracks(), heard);
     EXPECT_NE(heard, "2");
 
-    // A range that is moved is one step to take back, and stays where the new place is refused.
+    // Moving a range is one undo step. The range keeps its place if the new place is refused.
     call("addBlockOverride", onFirst(R"(,"startSeconds":0,"endSeconds":60,"trackIndex":2)"));
     const auto ranges = [&] { return first("manualBlockOverrides"); };
     const JSON before = ranges();
@@ -460,7 +461,7 @@ TEST_F(ServeTest, whatTheDiskRefusesIsAnError) {
           {"setSessionFolder", R"({"folder":"New","sessionId":")" + id + "\"}"}}}};
     for (const auto& [file, calls] : cases) {
         std::filesystem::rename(file, file.string() + ".aside");
-        std::filesystem::create_directories(file / "x"); // stops the superuser too
+        std::filesystem::create_directories(file / "x"); // also stops the superuser
         for (const auto& [method, params] : calls) {
             const std::string refused = failure(method, params);
             EXPECT_TRUE(refused.starts_with("1 ") && refused.ends_with("it is tried again until it succeeds"))
@@ -501,7 +502,7 @@ TEST_F(ServeTest, aProjectIsOpenedInASessionOfItsOwn) {
     };
     EXPECT_EQ(first(before), "truetrue");
     EXPECT_EQ(first(own), "falsefalse");
-    // Nor is work lost that has no session.
+    // Work without a session is not lost either.
     for (const bool isProject : {true, false}) {
         call("reset");
         scan();
@@ -566,7 +567,7 @@ TEST_F(ServeTest, listsItsCommandsAsTheGuideDoes) {
     EXPECT_FALSE(isEnabled("undo")) << "it would bring back other work";
 }
 
-/// The example of docs/automation.md, as it stands there.
+/// Runs the example of docs/automation.md as it is written there.
 TEST(Automation, theExampleOfTheGuideRuns) {
     const test::TemporaryDirectory folder;
     test::makeSmallShoot(folder.path());

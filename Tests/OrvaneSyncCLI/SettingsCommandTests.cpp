@@ -25,7 +25,7 @@ TEST_F(SettingsCommand, listsEveryKeyWithAMeaningThatFitsALine) {
 }
 
 TEST_F(SettingsCommand, keepsWhatItWasToldAndRefusesWhatNobodyReads) {
-    // `says`: in the output, or in the error
+    // `says`: a text in the output, or in the error output
     const auto check = [&](const std::vector<std::string>& words, int status, const std::string& says) {
         const Outcome outcome = settings(words);
         SCOPED_TRACE(words[0] + " " + words[1]);

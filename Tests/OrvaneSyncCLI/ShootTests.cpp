@@ -17,7 +17,7 @@ namespace {
 
 using platform::JSON;
 
-/// The program on a shoot.
+/// Runs the program on a shoot.
 class ShootTest : public testing::Test {
   protected:
     ShootTest() { test::makeSmallShoot(folder_.path()); }
@@ -65,7 +65,7 @@ TEST_F(ShootTest, scanShowsATableToPeople) {
         EXPECT_NE(outcome.out.find(piece), std::string::npos) << piece << " in\n" << outcome.out;
     EXPECT_EQ(outcome.err, "");
     EXPECT_TRUE(std::filesystem::exists(cacheFile)); // written before the command ends
-    // Progress goes to a terminal only, and leaves nothing behind there.
+    // Progress is only printed to a terminal, and is erased at the end.
     EXPECT_TRUE(runWith({"scan", folder_.path()}, true).err.ends_with("\r\x1b[K"));
     EXPECT_EQ(runWith({"scan", folder_.path(), "--quiet"}, true).err, "");
 }
@@ -145,7 +145,7 @@ TEST_F(ShootTest, syncWritesTheDocument) {
     EXPECT_EQ(result.find("syncClipCount")->integer(), 3);
     EXPECT_EQ(result.find("counts")->find("unmatched")->integer(), 1);
     EXPECT_NE(result.find("warnings")->elements()->back().string()->find("A001C003"), std::string::npos);
-    // Nobody speaks in the recording: the routing had to decide window by window, and says how.
+    // The recording has no speech: the routing had to decide window by window, and its report says how.
     const std::string report = work_.read("Orvane Tandrel/diagnostics/orvane_routing_debug.txt");
     EXPECT_TRUE(report.starts_with("=== Smart-Audio routing diagnostic ===\nFrames: 80 "));
     EXPECT_NE(report.find("Take-default: NONE"), std::string::npos);
@@ -197,7 +197,8 @@ TEST_F(ShootTest, probeKeepsTheOrderAndTheOtherFiles) {
     EXPECT_NE(outcome.err.find("warning: can't read"), std::string::npos);
 
     const Outcome text = runWith({"probe", folder_.path("odd\n\x1b[31mname.wav"), wave});
-    EXPECT_EQ(text.out.find('\x1b'), std::string::npos); // a name does not reach the terminal as a command
+    EXPECT_EQ(text.out.find('\x1b'),
+              std::string::npos); // a name must not reach the terminal as a control sequence
     EXPECT_NE(text.out.find("Lav Cleo"), std::string::npos);
 }
 
@@ -260,7 +261,7 @@ TEST_F(ShootTest, aMediaFileIsNeverOverwritten) {
         EXPECT_EQ(folder_.read("camera/A001C001_261120_R1AB.mov"), before);
         std::filesystem::remove(link);
     }
-    // A damaged file of the scan, which only the scan can tell from others.
+    // A damaged file of the scan: only the scan can tell whether a damaged file is one of its own.
     folder_.write("camera/B009C001_261120_R1AB.mov", "torn");
     std::filesystem::create_hard_link(folder_.path("camera/B009C001_261120_R1AB.mov"), link);
     const Outcome outcome = runWith({"sync", folder_.path(), "-o", link, "--no-smart-audio", "--force"});
@@ -283,11 +284,11 @@ TEST_F(ShootTest, aDocumentDestroysNothing) {
     EXPECT_NE(other.err.find("--force to replace it"), std::string::npos) << other.err;
     EXPECT_EQ(folder_.read("notes.txt"), "mine");
     EXPECT_EQ(sync(notes, {"--force"}).status, done);
-    for (int time = 0; time < 2; ++time) EXPECT_EQ(sync(out, {}).status, done); // its own
+    for (int time = 0; time < 2; ++time) EXPECT_EQ(sync(out, {}).status, done); // the program's own document
 }
 
 TEST_F(ShootTest, aReportReachesTheClipsAndTheDocument) {
-    // Control characters and markup in cells are a person's slip, not the end of the document.
+    // Control characters and markup in cells are typing errors and must not break the document.
     const std::string ale =
         folder_.write("day.ale", "Heading\nFPS\t25\n\nColumn\nName\tScene\tTake\tSensor FPS\t"
                                  "Tape\n\nData\n"
@@ -310,7 +311,7 @@ TEST_F(ShootTest, aReportReachesTheClipsAndTheDocument) {
         EXPECT_NE(sync.out.find(piece), std::string::npos) << piece << " in\n" << sync.out;
     EXPECT_EQ(runWith({"sync", folder_.path(), "-o", "-"}).out.find("Offspeed"), std::string::npos);
 
-    // By reel, and with so few clips that the column may be the wrong one.
+    // No clip has the scene of the report, so the output asks to check the match setting.
     const Outcome hint = runWith({"scan", folder_.path(), "--report", ale, "--set", "ale.matchField=column",
                                   "--set", "ale.matchColumn=Scene"});
     EXPECT_NE(hint.out.find("0 of 4 clips matched — check the match setting (current: column “Scene”)"),
@@ -437,7 +438,7 @@ TEST_F(ShootTest, aReportThatCanGiveTheClipsNothingSaysWhy) {
 }
 
 TEST_F(ShootTest, analyzeTellsMicrophonesApartAndDrawsTheTake) {
-    // A boom that speaks in bursts over a hiss, and a second channel of hiss alone.
+    // A boom with bursts of speech over noise, and a second channel with noise only.
     constexpr std::size_t sampleRate = 48000, seconds = 12;
     std::vector<float> samples;
     for (std::size_t i = 0; i < seconds * sampleRate; ++i) {

@@ -10,7 +10,7 @@ struct ShortcutsCommand : testing::Test {
         words.insert(words.begin(), "shortcuts");
         return runWith(std::move(words), false, {}, store);
     }
-    /// The key of an action as `list` gives it.
+    /// The key of an action, as `list` prints it.
     std::string key(const char* action) const {
         return shortcuts({"list", "--json"}).json().find("bindings")->find(action)->dump();
     }
@@ -45,7 +45,7 @@ TEST_F(ShortcutsCommand, changesWhatTheNextRunFinds) {
     EXPECT_EQ(setting("get", "shortcuts.currentProfile"), "Night\n");
     EXPECT_EQ(shortcuts({"delete", "Night", "--json"}).json().dump(), R"({"profiles":[]})");
     EXPECT_EQ(setting("get", "shortcuts.currentProfile"), "\n");
-    // Without the note of the schema, what is kept counts as older and is dropped.
+    // Without the number of the schema, stored shortcuts count as older and are dropped.
     EXPECT_EQ(setting("get", "shortcuts.defaultsSchemaVersion"), "1\n");
     setting("unset", "shortcuts.defaultsSchemaVersion");
     EXPECT_EQ(key("clapCheck"), R"({"key":"c","modifiers":0})");

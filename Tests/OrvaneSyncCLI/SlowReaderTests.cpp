@@ -29,7 +29,7 @@
 namespace orvane::test {
 namespace {
 
-/// Takes nothing before it is let.
+/// Accepts no output until the test permits it.
 class StuckBuffer : public std::stringbuf {
   public:
     std::binary_semaphore isLet{0};
@@ -83,7 +83,7 @@ TEST(PendingMessageLimit, holdsSoManyBytesAndMessagesTogether) {
     EXPECT_FALSE(limit.tryAcquire(1));
 }
 
-/// A store whose writes end when the test says so.
+/// A settings store whose writes end when the test says so.
 class HeldStore : public platform::SettingsStore {
   public:
     std::binary_semaphore isHeld{0};
@@ -99,7 +99,7 @@ class HeldStore : public platform::SettingsStore {
     std::optional<platform::SettingsWrite> held_;
 };
 
-/// Requests, one each time that it is asked, of which it tells how many were taken and by which thread.
+/// Gives one request at each read, and counts the requests and the thread that read them.
 class CountedRequests : public std::streambuf {
   public:
     explicit CountedRequests(int count) : count_(count) {}
@@ -125,7 +125,7 @@ class CountedRequests : public std::streambuf {
     std::string line_;
 };
 
-/// As the system has it: 'R' running, 'S' waiting; anything else once it has ended.
+/// The state of a thread from the system: 'R' running, 'S' waiting; another letter once it has ended.
 char stateOf(pid_t thread) {
     std::ifstream stat("/proc/self/task/" + std::to_string(thread) + "/stat");
     std::string text;
@@ -156,7 +156,7 @@ TEST(Serve, leavesInThePipeWhatHasNoRoomBehindARequestThatWaits) {
     EXPECT_EQ(std::ranges::count(out.str(), '\n'), count) << err.str();
 }
 
-/// A caller that stopped reading, with a full pipe, and then asks for the end.
+/// A client with a full pipe that no longer reads, and then requests the end.
 TEST(Serve, endsWhenItIsAskedToThoughNobodyReadsItsAnswers) {
     const TemporaryDirectory folder;
     std::string requests;

@@ -10,7 +10,7 @@ namespace {
 
 using platform::JSON;
 
-constexpr std::size_t sampleRate = 22050; // as the voices speak
+constexpr std::size_t sampleRate = 22050; // the rate of the synthetic voices
 constexpr std::size_t turnSeconds = 12, turns = 3, takeSeconds = turnSeconds * turns;
 constexpr std::uint32_t tenOClock = 36000;
 
@@ -18,7 +18,7 @@ using Sound = std::vector<double>;
 
 double linear(double decibels) { return std::pow(10, decibels / 20); }
 
-/// A voice that says the sentence, full scale 1.0.
+/// A voice that speaks the sentence; full scale is 1.0.
 Sound spoken(const std::string& folder, const std::string& voice, const std::string& sentence) {
     const std::string path = folder + "/" + voice.substr(voice.find('+') + 1) + ".wav";
     const std::string command = "espeak-ng -v " + voice + " -w '" + path + "' '" + sentence + "'";
@@ -32,8 +32,8 @@ Sound spoken(const std::string& folder, const std::string& voice, const std::str
     return {samples.begin(), samples.end()};
 }
 
-/// One person over a whole take, at an RMS of 0 dBFS while they speak: again and again in the turns that are
-/// theirs, `first` being the number of the first and every second one following.
+/// The voice of one person over a whole take, with an RMS of 0 dBFS during speech. The person repeats the
+/// sentence in every second turn, from turn number `first` on.
 Sound person(const Sound& sentence, std::size_t first) {
     double energy = 0;
     for (const double sample : sentence) energy += sample * sample;
@@ -48,7 +48,8 @@ Sound person(const Sound& sentence, std::size_t first) {
     return sound;
 }
 
-/// What a microphone hears of each person and of the room, dBFS. Whoever is not near is heard 9 ms later.
+/// The level of each person and of the room in a microphone, dBFS. A person who is not near arrives 9 ms
+/// later.
 struct Microphone {
     const char* name;
     double anna, ben, room;
@@ -67,7 +68,7 @@ class SpokenTakeTest : public testing::Test {
             .video({.frames = 25 * 30})
             .timecode({.firstFrame = 25 * (start + 2)})
             .writeTo(folder_.write("shoot/A00" + name + "C001_261120_R1AB.mov", ""));
-        std::mt19937 random(1); // one signal: the voices differ, not the noise
+        std::mt19937 random(1); // one noise signal for all: only the voices differ
         std::normal_distribution<double> noise(0, 1);
         constexpr std::size_t delay = sampleRate * 9 / 1000;
         const auto late = [&](const Sound& sound, std::size_t i) { return i < delay ? 0 : sound[i - delay]; };
@@ -88,7 +89,7 @@ class SpokenTakeTest : public testing::Test {
             .writeTo(folder_.write("shoot/T0" + name + ".WAV", ""));
     }
 
-    /// The document of `sync`, one piece a synchronized clip.
+    /// The synchronized clips in the document of `sync`, each as text.
     std::vector<std::string> clips(std::vector<std::string> options) {
         options.insert(options.begin(), {"sync", folder_.path("shoot"), "-o", folder_.path("out.fcpxml")});
         outcome_ = runWith(options);
@@ -117,7 +118,7 @@ class SpokenTakeTest : public testing::Test {
         return names;
     }
 
-    /// Tracks that are heard three seconds into each turn and three before its end.
+    /// The tracks that are open three seconds after the start of each turn and three before its end.
     std::vector<int> heard(int number) {
         const JSON result =
             runWith({"analyze", folder_.path("shoot/T0" + std::to_string(number) + ".WAV"), "--json"}).json();
@@ -140,12 +141,12 @@ class SpokenTakeTest : public testing::Test {
 };
 
 TEST_F(SpokenTakeTest, theDocumentOpensTheMicrophonesOfWhoSpeaks) {
-    // A mix that was recorded low and a boom far away leave the word to the lavs, in spite of their bleed.
+    // With a mix that was recorded low and a boom far away, the lavs are chosen, in spite of their bleed.
     makeTake(1, {{"Mix", -40, -40, -66},
                  {"Boom", -37, -37, -62},
                  {"Lav Anna", -18, -42, -70},
                  {"Lav Ben", -42, -18, -70}});
-    // A good mix, steadier than anything else, plays throughout.
+    // A good mix, steadier than all other tracks, is open throughout.
     makeTake(2, {{"Mix", -20, -20, -55},
                  {"Boom", -24, -34, -62},
                  {"Lav Anna", -18, -42, -70},
@@ -167,7 +168,7 @@ TEST_F(SpokenTakeTest, theDocumentOpensTheMicrophonesOfWhoSpeaks) {
         EXPECT_EQ(activeNames(found[1]), second);
         const std::string effect = "<adjust-loudness " + loudness;
         EXPECT_EQ(found[0].find(effect) == std::string::npos, loudness.empty());
-        // Each recording is heard once, and says so where a report stands already.
+        // Each recording is analysed once, and the report says so if one exists already.
         const std::string text = work_.read(report);
         std::size_t count = 0;
         for (std::size_t at = text.find("Take-default: T"); at != std::string::npos;

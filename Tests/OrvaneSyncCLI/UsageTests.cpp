@@ -20,7 +20,7 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
     folder.write("take.wav", "");
     folder.write("empty/notes.txt", "");
     std::filesystem::resize_file(folder.write("huge.csv", ""), (std::uintmax_t{1} << 30U) + 1);
-    // `says`: in the first line of standard error
+    // `says`: a text in the first line of standard error
     const auto check = [&](const std::vector<std::string>& words, int status, const std::string& says) {
         const Outcome outcome = runWith(words);
         const std::string line = outcome.err.substr(0, outcome.err.find('\n'));
@@ -30,7 +30,7 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
         EXPECT_NE(line.find(says), std::string::npos) << says;
         EXPECT_EQ(outcome.out, "");
         const auto lines = std::ranges::count(outcome.err, '\n');
-        EXPECT_EQ(lines, status == wrongUsage ? 2 : 1); // the usage line comes with wrong usage only
+        EXPECT_EQ(lines, status == wrongUsage ? 2 : 1); // a usage line is printed only with wrong usage
     };
     check({"snyc"}, 2, "did you mean 'sync'?");
     check({"help", "snyc"}, 2, "did you mean 'sync'?");

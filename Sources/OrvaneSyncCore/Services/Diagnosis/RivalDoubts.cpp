@@ -36,7 +36,6 @@ class OtherRecorders {
 
     /// `kept`: the folder of a recording that stays. Empty if no options leave out only the other folder, or
     /// if a clip whose first recording is in it may need it, because no camera showed that `kept` is right.
-    /// of which it is heard.
     const DoubtCure& without(std::string_view folder, std::string_view kept) {
         const auto [known, isNew] = cures_.try_emplace({folder, kept});
         if (isNew)

@@ -58,7 +58,6 @@ struct OpenTake {
 /// earlier than others, and in place of a file that is missing, has another sample rate or breaks off. Each
 /// file is at its place to the sample; if two parts overlap, the earlier one is read to its end. A single
 /// file is read as it is.
-/// single file is read as it is.
 ///
 /// Like any reader, `audio` belongs to one thread at a time; its `another` returns one for another thread.
 /// For each channel that is read, one file is open, and no sound is kept in memory.

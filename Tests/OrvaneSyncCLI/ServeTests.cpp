@@ -140,8 +140,8 @@ TEST_F(ServeTest, aMistakeChangesNothing) {
     const std::string ofFirst = R"("groupID":")" + groupID_ + "\"";
     const struct {
         std::string failure;
-        std::vector<std::pair<std::string, std::string>>
-            calls; ///< arguments in addition to the unknown identifier
+        /// Arguments in addition to the unknown identifier.
+        std::vector<std::pair<std::string, std::string>> calls;
     } unknown[] = {
         {"1 Group not found",
          {{"group", R"("groupID":)"},

@@ -197,8 +197,8 @@ TEST_F(ShootTest, probeKeepsTheOrderAndTheOtherFiles) {
     EXPECT_NE(outcome.err.find("warning: can't read"), std::string::npos);
 
     const Outcome text = runWith({"probe", folder_.path("odd\n\x1b[31mname.wav"), wave});
-    EXPECT_EQ(text.out.find('\x1b'),
-              std::string::npos); // a name must not reach the terminal as a control sequence
+    // A name must not reach the terminal as a control sequence.
+    EXPECT_EQ(text.out.find('\x1b'), std::string::npos);
     EXPECT_NE(text.out.find("Lav Cleo"), std::string::npos);
 }
 

@@ -264,9 +264,8 @@ void DeviceOutput::stop() {
     changed_.notify_all();
 }
 
-void DeviceOutput::lookForDevice() {
-    core_->isLookedFor = true;
-} // the clock's thread sees it at its next block
+// The clock's thread sees it at its next block.
+void DeviceOutput::lookForDevice() { core_->isLookedFor = true; }
 
 nanoseconds DeviceOutput::latency() const {
     if (core_->mode == Core::Mode::device) return nanoseconds(core_->deviceLatency);

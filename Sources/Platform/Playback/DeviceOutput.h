@@ -71,8 +71,8 @@ class DeviceOutput final : public AudioOutput {
     std::chrono::nanoseconds nextTry_{};
     std::chrono::nanoseconds retryAfter_{};
     std::chrono::nanoseconds openedAt_{}; ///< when the device was first used in place of the clock
-    std::optional<std::chrono::nanoseconds>
-        quietSince_; ///< since when an open device without requests is waited for
+    /// Since when an open device without requests is waited for.
+    std::optional<std::chrono::nanoseconds> quietSince_;
     std::unique_ptr<SerialQueue> devices_;
     std::jthread thread_; ///< last, because it uses everything above
 };

@@ -202,8 +202,8 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
             [weak = weak_from_this(), main = host_->sharedMainThread(), stop, work = std::move(work),
              then = std::move(then)]() mutable {
                 auto result = work();
-                if (stop.stop_requested())
-                    return; // the result is destroyed here, not on the interface thread
+                // After a stop, the result is destroyed here, not on the interface thread.
+                if (stop.stop_requested()) return;
                 main->post([weak, stop, then = std::move(then), result = std::move(result)] {
                     const auto self = weak.lock();
                     if (self && !stop.stop_requested()) then(*self, result);

@@ -300,15 +300,14 @@ TEST(CureTrial, RefusesWhatLeavesTheDoubtOrTakesOtherClipsTheirSound) {
     const struct {
         std::vector<CureOption> options, scan;
         bool helps;
-    } cases[] = {
-        {{{soundDate, "2024-05-17"}}, {}, true},
-        {{{soundDate, "2024-05-17"}}, alone, false}, // T2 stays where it was, and two clips lose their sound
-        {{{soundOffset, "00:06:40:00"}}, {{exclude, "R"}}, true}, // the clip in doubt gets T1
-        {{{soundOffset, "00:06:40:00"}}, {}, false},
-        {{{soundOffset, "01:00:00:00"}}, {}, false},
-        {{{days, "same"}}, {}, true},
-        {{{timecodeRate, "25"}}, {}, false}, // nothing changes
-        {{{setting, "trimMode=overlap"}}, {}, true}};
+    } cases[] = {{{{soundDate, "2024-05-17"}}, {}, true},
+                 {{{soundDate, "2024-05-17"}}, alone, false}, // T2 stays, and two clips lose their sound
+                 {{{soundOffset, "00:06:40:00"}}, {{exclude, "R"}}, true}, // the clip in doubt gets T1
+                 {{{soundOffset, "00:06:40:00"}}, {}, false},
+                 {{{soundOffset, "01:00:00:00"}}, {}, false},
+                 {{{days, "same"}}, {}, true},
+                 {{{timecodeRate, "25"}}, {}, false}, // nothing changes
+                 {{{setting, "trimMode=overlap"}}, {}, true}};
     FileNames names;
     const MatchRules rules;
     DoubtInput input{shot.groups, shot.audios, rules, TrimMode::commonDuration, {}, names};

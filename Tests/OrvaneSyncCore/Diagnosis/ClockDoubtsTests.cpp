@@ -130,8 +130,8 @@ TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
         *audio.bextTimeReference -= samples(seconds);
         audio.url.path = "/S/" + audio.filename;
     };
-    Shot flat, half,
-        beside; // a clock that restarted, one that was set right, and one beside a second recorder
+    // A clock that restarted, one that was set right, and one beside a second recorder.
+    Shot flat, half, beside;
     for (Shot* shot : {&flat, &half, &beside}) takes(*shot, "2024-05-17", 9, "A", 0);
     for (MediaAsset& audio : flat.audios) setBack(audio, 32000);
     flat.date(flat.audios, "2000-01-01");
@@ -206,8 +206,8 @@ TEST(ClockDoubts, TakesThatRepeatEachHourHideAWrongClock) {
     struct Case {
         const char* name;
         int soundFrom, soundTo; ///< hours with a recording, of 0 to 4 with a clip each
-        double recorder,
-            second; ///< hours by which the recorder and a second camera are ahead; 0: there is none
+        /// Hours by which the recorder and a second camera are ahead; 0: there is none.
+        double recorder, second;
         int doubted;
         double soundSeconds = 80;
         bool isConfirmed = false;
@@ -352,8 +352,8 @@ TEST(ClockDoubts, OffsetsByHandTellOfTheOtherClips) {
 /// A recorder that was set back at the end of summer time: its later takes are at the same times as earlier
 /// ones.
 TEST(ClockDoubts, TakesOfTheHourThatComesTwiceAreFoundBesideOthers) {
-    for (const int later :
-         {0, 3}) { // seconds by which the takes after the change are later in the hour than those before it
+    // Seconds by which the takes after the change are later in the hour than those before it.
+    for (const int later : {0, 3}) {
         Shot shot;
         for (int i = 0; i < 6; ++i) {
             const double at = 7400 + 1200 * i + (i < 3 ? 0 : later);

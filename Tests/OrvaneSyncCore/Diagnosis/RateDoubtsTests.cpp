@@ -48,8 +48,8 @@ TEST(RateDoubts, FindsARateAndADate) {
     EXPECT_EQ(dated.card(Kind::otherDateFits)->doubt.cure.text(),
               "--sound-date 2024-05-17; one of the two dates is wrong");
     EXPECT_EQ(dated.card(Kind::otherDateFits)->groupIDs.size(), 8U);
-    for (std::size_t i = 0; i < dated.videos.size();
-         ++i) { // a header in UTC changes its day within the clips
+    // A header in UTC changes its day within the clips.
+    for (std::size_t i = 0; i < dated.videos.size(); ++i) {
         dated.videos[i].contentCreatedDate.reset();
         dated.videos[i].headerDate = dateFromISO8601(i < 4 ? "2024-05-17T23:00:00Z" : "2024-05-18T01:00:00Z");
     }

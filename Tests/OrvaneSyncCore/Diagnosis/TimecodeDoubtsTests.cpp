@@ -62,8 +62,8 @@ TEST(TimecodeDoubts, WhatNoTimecodeBringsTogetherIsFoundByTheMicrophone) {
     struct Case {
         const char* name;
         bool hasPicture, hasSound; ///< whether they have a timecode
-        int recordings, asked,
-            heardIn; ///< recordings; recordings to analyse; recordings in which the clip is heard
+        /// Recordings; recordings to analyse; recordings in which the clip is heard.
+        int recordings, asked, heardIn;
         const char* told;
         const char* date = nullptr; ///< of the clip
     };

@@ -61,7 +61,7 @@ class CameraClocks {
         if (std::cmp_less(whole.clips.size(), explanation::fewest)) return;
         CameraTrial part = partOf(whole);
         if (offsetOn(whole, chance::smallest) || offsetOn(part, chance::smallest) || !card.day) return;
-        // The date of the camera may be wrong as well, unless its own clips have sound of that day.
+        // The date of the camera may be wrong as well: tries other days, but none with clips of its folder.
         std::vector<long> days;
         std::ranges::copy_if(suspected_.usedDays, std::back_inserter(days),
                              [&](long day) { return !card.isOf(day) && !isFilmedIn(card.folder, day); });
@@ -92,8 +92,8 @@ class CameraClocks {
         });
     }
     void findSounds(CameraTrial& trial) const {
-        // For a part, only recordings that are not right under clips of other cameras: no camera filmed a
-        // take twice.
+        // For a part, only recordings that cover clips of other cameras and are under none of this card's: no
+        // camera filmed a take twice.
         std::vector<bool> isTried(shoot_.recordings.size(), !trial.isPart);
         if (trial.isPart) {
             for (const Shoot::Clip* clip : clips_)

@@ -94,8 +94,8 @@ class CardDates {
             return isAlone ? sound_.byDay.at(day) : sound_.soundOf(day);
         };
         Fit own{0, *card.day}, other;
-        constexpr long farthest =
-            2; // recordings within this distance in days are all tried, however many days there are
+        // Recordings within this distance in days are all tried, however many days there are.
+        constexpr long farthest = 2;
         for (const auto& [day, cover] : sound_.byDay) {
             if (day == *card.day) {
                 own = fitOf(day, cover);

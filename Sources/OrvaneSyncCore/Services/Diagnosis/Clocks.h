@@ -36,7 +36,7 @@ class RecordersCards {
     RecordersCards(const Shoot& shoot, const std::vector<const Shoot::Clip*>& clips);
 
     std::vector<Card> cards;
-    std::vector<bool> isRight;       ///< it is the first recording of a clip and covers all of it
+    std::vector<bool> isRight;       ///< it is the first recording of a covered clip
     std::vector<bool> isOverlapping; ///< it overlaps a clip
     std::vector<bool> isFitting;     ///< it covers a clip, or lies within one
 
@@ -93,7 +93,7 @@ struct TimedClips {
 /// The share of the clips' hours during which there is sound.
 double soundShare(const Shoot& shoot, const std::vector<const Shoot::Clip*>& clips);
 
-/// A night continues after its meal; the next day begins after a longer pause than this.
+/// The longest pause within a night of shooting, such as a meal. The next day begins after a longer one.
 inline constexpr double longestPauseOfANight = 21600;
 
 /// Clocks that people set wrong are mostly wrong by multiples of this.

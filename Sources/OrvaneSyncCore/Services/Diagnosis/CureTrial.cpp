@@ -81,8 +81,8 @@ bool CureTrial::helps(const CardDoubt& doubt) const {
     for (const SyncGroup& group : groups) byVideo[group.video.id] = &group;
     const std::unordered_set<UUID> doubted(doubt.groupIDs.begin(), doubt.groupIDs.end());
     Outcome outcome;
-    std::vector<std::pair<UUID, UUID>>
-        unchanged; // clips in doubt with the same sound as before, and their groups after the cure
+    // Clips in doubt with the same sound as before, and their groups after the cure.
+    std::vector<std::pair<UUID, UUID>> unchanged;
     for (const SyncGroup& before : input_.groups) {
         const auto found = byVideo.find(before.video.id);
         if (found == byVideo.end() || before.isLocked) continue;

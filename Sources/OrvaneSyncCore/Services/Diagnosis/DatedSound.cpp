@@ -67,8 +67,8 @@ void DatedSound::findSuspected() {
             ++users[kindOf(shoot_.recordings[*clip.primary])];
         else
             lacking[*day].push_back(&clip);
-        for (const AudioMatch& match :
-             clip.group->audioMatches) // the date of a recording beside it counts as right, too
+        // The date of a recording beside it counts as right, too.
+        for (const AudioMatch& match : clip.group->audioMatches)
             users.try_emplace({folderOf(*match.audio), *day, namePattern(*match.audio)}, 0);
     }
     constexpr double clearly = 1.5, majority = 0.6;
@@ -78,8 +78,8 @@ void DatedSound::findSuspected() {
     for (const auto& [key, files] : kinds) {
         platform::throwIfStopped(shoot_.stop);
         const auto found = users.find(key);
-        if (std::cmp_less(files.size(), fewestOfADate) || found == users.end())
-            continue; // its date is not taken as right
+        // Too few files for evidence, or no clip of their day has them: their date is not relied on.
+        if (std::cmp_less(files.size(), fewestOfADate) || found == users.end()) continue;
         Cover sound;
         for (const std::size_t file : shoot_.wholes.oneOfEach(files))
             sound.add(shoot_.wholes.places[file].range, file);

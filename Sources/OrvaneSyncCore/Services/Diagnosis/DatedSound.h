@@ -72,8 +72,8 @@ class DatedSound {
 
     const Shoot& shoot_;
     std::set<std::pair<std::string_view, long>> cardsOfOwnDay_;
-    std::map<long, Cover>
-        free_; ///< for days with clips of their own: the recordings that lie under none of them
+    /// For days with clips of their own: the recordings that lie under none of them.
+    std::map<long, Cover> free_;
     struct HeardCount {
         int heard = 0, inPlace = 0, unheard = 0;
     };

@@ -55,7 +55,7 @@ void addGivenOffset(const Shoot& shoot, SyncDoubts& doubts) {
             clips.push_back(&clip);
         }
     }
-    // If clips that have sound were not analysed, the cure is 'diagnose'.
+    // If the clips' own sound was not analysed, there is no doubt yet: 'diagnose' analyses it.
     const bool isUnasked = shoot.input.heardLags == nullptr && audible >= explanation::fewest;
     if (checked >= explanation::fewest || isUnasked || std::cmp_less(clips.size(), explanation::fewest))
         return;

@@ -27,8 +27,8 @@ struct HandledClips {
     std::vector<double> heard;   ///< of the other clips, by the cameras' microphones
     std::vector<std::pair<const Shoot::Clip*, double>>
         places; ///< for each of `heard`: where on the clip the sound began
-    std::vector<std::pair<const Shoot::Clip*, HeardElsewhere>>
-        elsewhere; ///< of the clips that were not moved by hand
+    /// Of the clips that were not moved by hand.
+    std::vector<std::pair<const Shoot::Clip*, HeardElsewhere>> elsewhere;
     std::vector<const Shoot::Clip*> all;
     std::vector<const Shoot::Clip*> unmoved; ///< not moved by hand and not settled
     bool isConfirmed = false;                ///< the user settled one at the place that timecode gives

@@ -26,8 +26,8 @@ struct LeftOver {
         long day = 0;
         int count = 0;
     };
-    std::vector<Files> clips,
-        recordings; ///< by folder and day; both lists are empty or none is; without silent days
+    /// By folder and day; both lists are empty or none is; without silent days.
+    std::vector<Files> clips, recordings;
     std::vector<SilentDay> silentDays;
 
     bool isEmpty() const { return clips.empty() && silentDays.empty(); }

@@ -128,7 +128,8 @@ const AudioMatch* besideFirst(const Shoot::Clip& clip, const IsImpossible& isImp
     return nullptr;
 }
 
-/// If one recorder has both takes, their common part is sound from before the second one's start.
+/// Two takes of one recorder may share some sound, which the recorder kept from before the second one's
+/// start. This is true if they share more.
 bool beginsWhileTheOtherRuns(const TakeMembership::Candidate& a, const TakeMembership::Candidate& b,
                              double commonSeconds) {
     constexpr double sameStartSeconds = 0.5;

@@ -71,8 +71,8 @@ OffsetFit fitAt(const std::vector<OffsetWindow>& windows, std::size_t clipCount,
 NicestOffset nicest(const std::vector<OffsetWindow>& windows, std::size_t clipCount,
                     const DeepestOffset& best, TimecodeFrameRate rate) {
     constexpr double anHour = 3600;
-    constexpr double nearSeconds =
-        30; // distance from the best offset, which a clip that begins early may shift
+    // Distance from the best offset, which a clip that begins early may shift.
+    constexpr double nearSeconds = 30;
     constexpr double clearlyNearerSeconds = 60;
     const double hourOfLabels = labelSeconds(anHour, rate);
     std::optional<double> nice;

@@ -206,8 +206,8 @@ void addGivenRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& 
     const MatchRules& rules = shoot.input.rules;
     if (!rules.timecodeRate || rules.soundOffsetSeconds != 0) return;
     std::vector<const Shoot::Clip*> moved; // relative to each other, compared with the rates that they state
-    std::set<std::string_view> folders,
-        staying; // of these clips, and of those with equal places at both rates
+    // Of these clips, and of those with equal places at both rates.
+    std::set<std::string_view> folders, staying;
     std::set<std::size_t> used;
     double first = -std::numeric_limits<double>::infinity(), last = -first;
     int heard = 0;

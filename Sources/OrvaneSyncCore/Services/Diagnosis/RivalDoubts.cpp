@@ -22,7 +22,7 @@ namespace {
 using Kind = SyncDoubt::Kind;
 using platform::text::formatted;
 
-constexpr double rivalShare = 0.5; // of the clip's own overlap, as in matching
+constexpr double rivalShare = 0.5; // of the overlap of the take that the clip uses, as in matching
 constexpr double equalShare = 0.9; // of the part that the take covers
 
 /// How a scan leaves out the recorder of one folder, if no clip needs it.
@@ -124,8 +124,8 @@ class OtherRecorders {
     const Shoot& shoot_;
     const LeavingOut leavingOut_;
     std::map<std::pair<std::string_view, std::string_view>, DoubtCure> cures_;
-    std::vector<std::pair<const SyncGroup*, std::string_view>>
-        heard_; ///< the folder is that of the recordings in which the clip was heard
+    /// The folder is that of the recordings in which the clip was heard.
+    std::vector<std::pair<const SyncGroup*, std::string_view>> heard_;
 };
 
 /// Units that shoot at the same time, by the folders of their sound. Clips near to such a folder have
@@ -170,8 +170,8 @@ class SoundUnits {
     };
 
     std::map<std::string_view, Unit> units_; ///< by folder of the sound
-    std::map<std::string_view, std::vector<UnitNearness>>
-        cameras_; ///< nearness of each clip's sound, by folder of the clips
+    /// Nearness of each clip's sound, by folder of the clips.
+    std::map<std::string_view, std::vector<UnitNearness>> cameras_;
 };
 
 SeparateUnits separateUnits(const Shoot& shoot) {

@@ -106,8 +106,8 @@ struct Card {
     std::vector<std::size_t> files; ///< numbers of the clips or the recordings
     long movedByDays = 0;           ///< from the files' own day to `day`, if another day is tried
     long moreDays = 0;              ///< days after `day`, for a night that passes midnight
-    std::optional<RecorderMark> recorder =
-        {}; ///< if the folder has files of other recorders at other distances
+    /// If the folder has files of other recorders at other distances.
+    std::optional<RecorderMark> recorder = {};
 
     bool isOf(long other) const { return day && other >= *day && other <= *day + moreDays; }
 };

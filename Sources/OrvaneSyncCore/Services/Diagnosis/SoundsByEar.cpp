@@ -239,8 +239,8 @@ void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts) {
         const std::string text = shoot.nameOf(*pair.recording) + " in " + shoot.nameOf(video) +
                                  " with an offset of " + framesText(offset, video);
         auto& told = doubts.byGroup[pair.clip->group->id];
-        for (SyncDoubt& doubt : told)
-            doubt.suggestion.reset(); // what the clip's own camera heard is more exact
+        // What the clip's own camera heard is more exact.
+        for (SyncDoubt& doubt : told) doubt.suggestion.reset();
         told.push_back(
             {.kind = SyncDoubt::Kind::noTimecode,
              .message = "what no timecode brings together, the microphones of the cameras heard: " + text,

@@ -13,8 +13,8 @@ namespace orvane {
 struct SuspectedCard {
     Card card;
     std::size_t all = 0; ///< recordings of the card
-    bool isPart =
-        false; ///< these are the recordings of a card that lie under no clip, while others of it are right
+    /// The recordings lie under no clip, while others of their card are right.
+    bool isPart = false;
     bool fitsFewClips = false; ///< few of them cover a clip or lie within one, whatever else lies there
 
     /// "the recordings in '/S'"; for a part, "3 of 6 recordings in '/S' ('T3.WAV' to 'T5.WAV')".

@@ -15,8 +15,8 @@ namespace orvane::FCPXMLExporter {
 /// The resources that a clip refers to.
 struct ClipResources {
     std::string videoAssetID;
-    std::vector<std::string>
-        audioAssetIDs;          ///< one for each audio match, in order; empty for a copy of another one
+    /// One for each audio match, in order; empty for a copy of another one.
+    std::vector<std::string> audioAssetIDs;
     std::string altFormatID;    ///< the container's
     std::string nativeFormatID; ///< the clip's own
     std::string audioFormatID;

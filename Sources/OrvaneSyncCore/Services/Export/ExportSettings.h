@@ -26,8 +26,8 @@ struct ExportSettings : SettingsSnapshot {
     // The following values are derived from several settings or from the clips.
 
     double frameRate = 24.0; ///< of the main format and of all times that belong to no single clip
-    double projectFrameRate =
-        24.0;               ///< rate of a clip that states none; a clip with another rate gets a warning
+    /// Rate of a clip that states none; a clip with another rate gets a warning.
+    double projectFrameRate = 24.0;
     int outputWidth = 1920; ///< native frame, pixels
     int outputHeight = 1080;
     int alternateWidth = settings::alternateWidth.standard(); ///< container, pixels

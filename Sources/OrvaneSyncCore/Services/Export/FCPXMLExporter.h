@@ -17,8 +17,8 @@ namespace orvane {
 /// The finished document, its counts and its warnings.
 struct ExportResult {
     std::string fcpxmlString;
-    int syncClipCount =
-        0; ///< sync-clips in events, including those without sound, excluding offspeed variants
+    /// Sync-clips in events, including those without sound, excluding offspeed variants.
+    int syncClipCount = 0;
     int multicamCount = 0;
     int nativeRateCount = 0;           ///< offspeed clips at the sensor's rate, without sound
     int projectRateCount = 0;          ///< offspeed clips at normal speed

@@ -11,8 +11,8 @@ namespace orvane {
 
 namespace {
 
-constexpr std::size_t mostDigits =
-    2; // a number with three or more digits counts takes and the parts of a recording
+// A number with three or more digits counts takes and the parts of a recording.
+constexpr std::size_t mostDigits = 2;
 
 /// Words before the number of a channel, or instead of one.
 constexpr std::array<std::string_view, 34> channelWords{

@@ -185,8 +185,8 @@ int DayLine::distance(std::size_t recording, long headerDay) const {
 
 WrongClocks::WrongClocks(const std::vector<Recording>& recordings, const std::vector<bool>& isMet)
     : recordings_(recordings) {
-    std::unordered_map<std::string_view, std::map<long, bool>>
-        cards; // by folder and day: whether a recording of the card is met
+    // By folder and day: whether a recording of the card is met.
+    std::unordered_map<std::string_view, std::map<long, bool>> cards;
     for (std::size_t i = 0; i < recordings.size(); ++i)
         if (const auto day = recordings[i].place.day) {
             bool& isOneMet = cards[folderPath(*recordings[i].asset)][*day];

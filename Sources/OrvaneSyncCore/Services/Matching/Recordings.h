@@ -26,8 +26,8 @@ struct FilePlace {
     /// Day of the time in the container's header, for a clip without a day: as `day` if `isHeaderClose`, else
     /// in the unknown time zone of the header.
     std::optional<long> headerDay = {};
-    bool isHeaderClose =
-        false; ///< the header's time of day is that of the timecode, in the time zone of its card
+    /// The header's time of day is that of the timecode, in the time zone of its card.
+    bool isHeaderClose = false;
     /// For a clip alone in its folder: header and timecode differ by whole quarters of an hour, as with a
     /// clock of another time zone. `headerDay` is then the day on which the two are nearest.
     bool isHeaderOfAZone = false;
@@ -66,8 +66,8 @@ class Places {
     /// The files of one folder whose dates have a time of day.
     struct CardDates {
         int files = 0;
-        std::map<int, int>
-            byZone; ///< by the number of quarters of an hour by which the date is ahead of the timecode
+        /// By the number of quarters of an hour by which the date is ahead of the timecode.
+        std::map<int, int> byZone;
         void add(double secondOfDay, const SyncEngine::TCRange& range);
         /// In quarters of an hour; absent if the files do not agree.
         std::optional<int> zone() const;

@@ -39,8 +39,8 @@ Counter counterOf(std::string_view piece) {
 bool namesCountOn(const std::string& previous, const std::string& current, bool isOneTake) {
     const auto before = piecesOfName(previous), after = piecesOfName(current);
     const auto [own, other] = std::ranges::mismatch(before, after);
-    constexpr std::size_t mostDigits =
-        2; // a number with three or more digits counts takes, unless another number precedes it
+    // A number with three or more digits counts takes, unless another number precedes it.
+    constexpr std::size_t mostDigits = 2;
     const auto countsParts = [&](std::string_view piece, auto first, auto at) {
         return isOneTake || (counterOf(piece).word.empty() &&
                              (piece.size() <= mostDigits || std::any_of(first, at, hasDigit)));

@@ -20,8 +20,8 @@ class ReadFailed : public std::runtime_error {
     const IncompleteFile& file() const { return *file_; }
 
   private:
-    std::shared_ptr<const IncompleteFile>
-        file_; ///< a shared pointer, because copying an exception must not fail
+    /// A shared pointer, because copying an exception must not fail.
+    std::shared_ptr<const IncompleteFile> file_;
 };
 
 /// How far the file was read; absent if no read of it failed, by `audio` or by another reader of the file.

@@ -47,8 +47,8 @@ struct TakeLayout {
     static constexpr std::size_t mostOpenFiles = 256;
 
     TakeSound sound;
-    std::vector<std::unique_ptr<AudioFile>>
-        openFiles; ///< parallel to `sound.files`; empty if none stays open
+    /// Parallel to `sound.files`; empty if none stays open.
+    std::vector<std::unique_ptr<AudioFile>> openFiles;
     std::vector<Lane> lanes;
     double sampleRate = 0;
     std::size_t channelCount = 0;

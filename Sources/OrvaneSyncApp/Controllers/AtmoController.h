@@ -18,11 +18,11 @@ namespace orvane {
 struct AtmoState {
     bool isGenerating = false;
     std::optional<AtmoResult> result; ///< room tone that the export adds by itself
-    SmartAudioProgress progress;      ///< of the scan under way
+    SmartAudioProgress progress;      ///< of the scan that runs
 };
 
-/// Room tone of the open work: the quiet stretches of the recordings of each scene, and the files that are
-/// built of them, which join the work as wild tracks. Interface thread.
+/// Room tone of the open work: finds the quiet stretches in the recordings of each scene, and builds files
+/// from them, which are added to the work as wild tracks. Interface thread.
 class AtmoController {
   public:
     explicit AtmoController(OpenWork& work);
@@ -30,27 +30,28 @@ class AtmoController {
 
     const AtmoState& state() const { return state_; }
 
-    /// By scene key, the longest first. A scene whose recordings have no such stretch has an empty list.
+    /// By scene key, the longest first. A scene without such a stretch has an empty list.
     using Candidates = std::map<std::string, std::vector<AtmoCandidate>>;
-    /// Of all clips that are matched. They stay at hand for `candidates`.
+    /// Scans all clips that are matched. The result is kept for `candidates`.
     platform::Task scanAtmoCandidates();
-    /// What the last scan of this work has found; nothing before.
+    /// The result of the last scan of this work; absent before the first.
     const std::optional<Candidates>& candidates() const { return candidates_; }
 
-    /// Seconds of room tone where nobody says otherwise.
+    /// Seconds of room tone unless a length is given.
     static constexpr double usualDuration = 60;
     static constexpr double shortestTarget = 10, longestTarget = 300;
     struct Order {
         std::string scene = {};
         std::vector<AtmoCandidate> candidates = {};
         double targetDuration = usualDuration;
-        /// One that a person chose; absent: the work's own in the application's data folder.
+        /// The folder that the user chose; absent: the work's own in the application's data folder.
         std::optional<std::string> outputDirectory = {};
         std::string audioRole = "effects.atmosphere";
-        /// Of the wild track, without which the document does not have it; absent: as the setting says.
+        /// Whether the wild track is approved; the document does not contain it otherwise. Absent: as the
+        /// setting says.
         std::optional<bool> isApproved = {};
     };
-    /// Writes the file of a scene, which replaces the one before, and makes it the scene's only room tone
+    /// Writes the file of a scene, which replaces an earlier one, and makes it the scene's only room tone
     /// among the wild tracks. Throws QuietAtmoError, FileError and OutputRefused.
     platform::Task buildAtmo(Order order, std::shared_ptr<AtmoResult> result);
 

@@ -12,7 +12,7 @@ namespace orvane {
 
 /// What the calibration panel shows.
 struct CalibrationState {
-    bool hasMatrixOnDisk = false; ///< the source and the document are there
+    bool hasMatrixOnDisk = false; ///< the source and the document exist
     bool isBuildingMatrix = false;
     bool isMeasuring = false;
     std::optional<SmartAudioCalibration::SourceInfo> sourceInfo;
@@ -35,21 +35,21 @@ struct CalibrationRow {
 /// By Voice Isolation, then loudness, then uniformity.
 std::vector<CalibrationRow> calibrationRows(const CalibrationResult& result);
 
-/// Measures what Final Cut Pro's effects do, step by step: building what is imported there, measuring what
-/// was bounced from there, and storing it for the forecasts. Belongs to no work. Interface thread.
+/// Measures what Final Cut Pro's effects do, in steps: builds what is imported there, measures the files
+/// bounced there, and stores the result for the forecasts. Belongs to no work. Interface thread.
 class CalibrationController {
   public:
     explicit CalibrationController(OpenWork& work);
 
     const CalibrationState& state() const { return state_; }
-    /// Looks at the disk; measures the source there again where none is known.
+    /// Looks at the disk, and measures the source there again if its measurement is not known.
     platform::Task refreshState();
-    /// Builds the source, of the recording that the setting names, the picture and the document. A failure
-    /// stands in `state().problem`.
+    /// Builds the source (from the recording that the setting names), the picture and the document. A failure
+    /// is written to `state().problem`.
     platform::Task buildMatrix(CalibrationMatrix matrix);
     /// Measures a folder of bounced files against the source.
     platform::Task measure(FileURL folder);
-    /// Stores what was measured.
+    /// Stores the measurement.
     platform::Task save();
 
   private:

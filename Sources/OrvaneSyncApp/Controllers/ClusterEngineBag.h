@@ -16,9 +16,9 @@
 
 namespace orvane {
 
-/// Plays the cameras of a take as one: an engine each, one shared time axis, one start, and the sound of one
-/// camera. A moment of shared time lies in a member's video at shared time + the member's offset: shared time
-/// is a place in the sound that they have in common. Interface thread.
+/// Plays the cameras of a take together: one engine for each, one shared time axis, one start, and the sound
+/// of one camera. Shared time is a position in the sound that all have in common. Position in a member's
+/// video = shared time + the member's offset. Interface thread.
 class ClusterEngineBag {
   public:
     using MakeEngine = std::function<std::shared_ptr<VideoEngine>()>;
@@ -26,45 +26,47 @@ class ClusterEngineBag {
 
     const std::map<UUID, std::shared_ptr<VideoEngine>>& engines() const { return engines_; }
     const std::optional<UUID>& audioSourceMemberID() const { return audioSourceMemberID_; }
-    /// The members in order, each with what it is called.
+    /// The members in order, each with its label.
     const std::vector<std::pair<UUID, std::string>>& memberLabels() const { return memberLabels_; }
     const std::map<UUID, double>& memberSyncOffsets() const { return memberSyncOffsets_; } ///< seconds
     bool isPlaying() const;
-    /// By which the others go: the camera that is heard, or else the first that can be played.
+    /// The camera whose speed and position the others follow: the one that is heard, otherwise the first that
+    /// can be played.
     std::optional<UUID> leaderID() const;
-    /// Calls back when members, labels or the camera that is heard are others; engines notify their own
+    /// Calls back when the members, their labels or the camera that is heard change; engines notify their own
     /// changes.
     platform::Subscription onChange(std::function<void()> callback) {
         return changed_.add(std::move(callback));
     }
 
-    /// Each member is at its clap. The task ends when all are loaded.
+    /// Loads each member at its clap. The task ends when all are loaded.
     platform::Task load(const std::vector<SyncGroup>& members);
-    /// A member's sound, or where it lies, may be another; its waveform moves with it.
+    /// To be called when a member's sound or the sound's position may have changed; its waveform moves with
+    /// it.
     void follow(const SyncGroup& member);
-    /// The camera's sound alone is heard.
+    /// Only this camera's sound is heard.
     void setAudioSource(std::optional<UUID> memberID);
     const std::shared_ptr<VideoEngine>& engineFor(const UUID& memberID);
 
     void playAll();
     void pauseAll();
     void togglePlay() { isPlaying() ? pauseAll() : playAll(); }
-    /// All take the speed that the press gives the leader.
+    /// All members take the speed that the key press gives the leader.
     void pressJ() { press(false); }
     void pressL() { press(true); }
     void stepForwardAll(bool playBlip) { stepAll(1, playBlip); }
     void stepBackwardAll(bool playBlip) { stepAll(-1, playBlip); }
     void stepAll(int frames, bool playBlip);
-    /// Shared time. Stops all.
+    /// In shared time. Pauses all members.
     void seekAll(double toSeconds);
-    /// Ends when the picture of each member's newest seek is shown.
+    /// Ends when each member shows the picture of its newest seek.
     platform::Task shown() const;
     void cleanup();
 
   private:
     static platform::Task allOf(std::vector<platform::Task> tasks);
-    /// Takes the labels of all members and the engines of those that are leaving out of the bag, and ends
-    /// these engines.
+    /// Removes the labels of all members, and removes and unloads the engines of the members for which
+    /// `isLeaving` is true.
     void leave(const std::function<bool(const UUID&)>& isLeaving);
     double offsetOf(const UUID& memberID) const;
     void routeAudio();
@@ -76,7 +78,7 @@ class ClusterEngineBag {
     std::optional<UUID> audioSourceMemberID_;
     std::vector<std::pair<UUID, std::string>> memberLabels_;
     std::map<UUID, double> memberSyncOffsets_;
-    std::map<UUID, std::optional<TakeSound>> waveformSounds_; ///< of the newest loads
+    std::map<UUID, std::optional<TakeSound>> waveformSounds_; ///< of each member's newest load
     platform::Listeners<> changed_;
 };
 

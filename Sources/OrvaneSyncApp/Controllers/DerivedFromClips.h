@@ -10,18 +10,19 @@
 
 namespace orvane {
 
-/// The clips that something was made of.
+/// Identifies the clips that a value was made from.
 class ClipsMark {
   public:
     void set(SyncGroupList clips) { clips_ = std::move(clips); }
     void reset() { clips_.reset(); }
-    /// Whether nothing that it depends on differs. `isSame(before, now)`: of both states of one clip.
+    /// Whether the value would be the same for the present clips. `isSame(before, now)` compares two states
+    /// of one clip.
     template <class IsSame>
     bool isSame(const SyncGroupList& clips, const IsSame& isSame) {
         if (!clips_) return false;
         const SyncGroupChanges changes = clips.changesSince(*clips_);
         if (changes.empty()) return true;
-        // Of many, comparing them costs more than to make it again.
+        // Above this number of changed clips, comparing them costs more than making the value again.
         constexpr std::size_t few = 64;
         if (!changes.went.empty() || !changes.came.empty() || !changes.moved.empty() ||
             changes.changed.size() > few)
@@ -36,12 +37,13 @@ class ClipsMark {
     std::optional<SyncGroupList> clips_;
 };
 
-/// What is made of all clips and costs a look at each: kept while the clips that change say the same of what
-/// it depends on. A decision about one of 10,000 clips then costs what that one does.
+/// A value that is made from all clips, which costs a look at each. It is kept while every clip that changes
+/// is the same in all that the value depends on: a decision about one of 10,000 clips then costs a look at
+/// that clip.
 template <class Value>
 class DerivedFromClips {
   public:
-    /// Made again where it has to be. `isSame`: as `ClipsMark` has it. Valid until the next call.
+    /// Makes the value again if necessary. `isSame`: as in `ClipsMark`. Valid until the next call.
     template <class IsSame, class Make>
     const Value& of(const SyncGroupList& clips, const IsSame& isSame, const Make& make) {
         if (!ifMade(clips, isSame)) {
@@ -50,7 +52,7 @@ class DerivedFromClips {
         }
         return *value_;
     }
-    /// For a caller that keeps it; null where it has to be made again.
+    /// For a caller that keeps the value; null if it has to be made again.
     template <class IsSame>
     std::shared_ptr<const Value> ifMade(const SyncGroupList& clips, const IsSame& isSame) {
         if (value_ && !madeOf_.isSame(clips, isSame)) value_.reset();

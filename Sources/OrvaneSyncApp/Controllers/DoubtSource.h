@@ -15,34 +15,34 @@
 
 namespace orvane {
 
-/// All that doubts are derived from, as it is at one moment. Shared with the work; any thread.
+/// All data that doubts are derived from, at one moment. Shared with the work; any thread.
 struct DoubtSource {
     WorkFiles files;
-    MatchRules rules; ///< by which the clips were matched
+    MatchRules rules; ///< the clips were matched by these
     TrimMode trimMode;
     SmartAudioResults smartAudioResults;
-    std::shared_ptr<const HeardSound> heard; ///< null: none were
+    std::shared_ptr<const HeardSound> heard; ///< null: nothing was listened to
     std::vector<FileURL> folders;            ///< of the scan
-    std::optional<int> timecodeChannel;      ///< as of `DoubtInput`
+    std::optional<int> timecodeChannel;      ///< as in `DoubtInput`
 
-    /// `names`: of these files. Throws Stopped.
+    /// `names`: the names of these files. Throws Stopped.
     SyncDoubts doubts(const FileNames& names, const std::stop_token& stop = {}) const;
     /// As `CureTrial::helps`; `doubts` and `names` are those of these files. Throws Stopped.
     bool helps(const CardDoubt& doubt, const SyncDoubts& doubts, const FileNames& names,
                const std::stop_token& stop = {}) const;
     UnmatchedReasons unmatchedReasons() const;
-    /// What the microphones of the cameras heard. Reads the files; not on the interface thread. As
+    /// What the microphones of the cameras heard. Reads the files; not on the interface thread. See
     /// `SoundLag::heardWithNeighbours`.
     HeardSound listen(std::vector<SoundLag::Pair> pairs, const std::stop_token& stop,
                       const std::function<void(std::size_t done)>& progress) const;
 
   private:
     std::vector<FileURL> realFolders() const;
-    /// The arguments and this must outlive it.
+    /// The arguments and this object must outlive it.
     DoubtInput input(const std::vector<MediaAsset>& recordings, const FileNames& names) const;
     std::vector<SoundClaim> claims(const std::vector<MediaAsset>& recordings,
                                    const std::stop_token& stop) const;
-    /// All of the work; `gathered` holds them where no scan does.
+    /// All recordings of the work; without a scan, they are collected in `gathered`.
     const std::vector<MediaAsset>& recordings(std::vector<MediaAsset>& gathered) const;
 };
 

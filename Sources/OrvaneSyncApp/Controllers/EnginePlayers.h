@@ -11,29 +11,29 @@ namespace orvane {
 
 struct VideoEngineDependencies {
     std::shared_ptr<platform::MainThread> mainThread;
-    /// Asked when the first clip is loaded; null: nothing can be played.
+    /// Called when the first clip is loaded; null: nothing can be played.
     std::function<std::shared_ptr<platform::PlayerSystem>()> openPlayers;
-    /// Asked with the players; null: frames are heard through the player.
+    /// Called with the players; null: single frames are heard through the player.
     std::function<std::unique_ptr<FrameBlips>(const std::shared_ptr<platform::PlayerSystem>&)> makeBlips =
         nullptr;
     std::shared_ptr<WaveformState> waveform = nullptr;
 };
 
-/// What a video engine plays through, opened when it is first asked for. Interface thread.
+/// The players of a video engine, opened at the first request. Interface thread.
 class EnginePlayers {
   public:
-    /// `dependencies` outlives it.
+    /// `dependencies` outlives this object.
     explicit EnginePlayers(const VideoEngineDependencies& dependencies) : dependencies_(dependencies) {}
 
     /// Null: nothing can be played.
     const std::shared_ptr<platform::PlayerSystem>& system();
-    FrameBlips* blips() const { return blips_.get(); } ///< null: frames are heard through the player
+    FrameBlips* blips() const { return blips_.get(); } ///< null: single frames are heard through the player
 
-    /// From here on the levels of what is loaded are measured, by the clock of the players.
+    /// After this call, the levels of the loaded clip are measured, by the clock of the players.
     void measureLevels() { isMeasuringLevels_ = true; }
-    /// Empty where nothing is measured.
+    /// Empty if levels are not measured.
     const AudioLevels& levels() const { return meters_ ? meters_->levels() : AudioLevels::empty; }
-    /// `player` outlives this or `unload`.
+    /// `player` outlives this object or the call of `unload`.
     void loaded(const platform::Player& player);
     void unload();
 

@@ -25,30 +25,31 @@ class ExportController {
         std::optional<bool> generateMulticam; ///< absent: the setting
         std::string metadataPrefix;
     };
-    /// The settings of an export as the export sheet puts them together.
+    /// The settings of an export as the export sheet combines them.
     ExportSettings exportSettings(const Options& options) const;
-    /// What an export with these settings puts into the document.
+    /// What the document of an export with these settings would contain.
     ExportPreview::Forecast forecast(const ExportSettings& settings) const;
-    /// Multicam clips of all settled clips, also of those that are left out; the second on any thread.
+    /// The number of multicam clips of all settled clips, excluded ones too; the second function runs on any
+    /// thread.
     int projectedMulticamCount() const {
         return projectedMulticamCount(work_.syncGroups(), work_.matchRules());
     }
     static int projectedMulticamCount(const SyncGroupList& groups, const MatchRules& rules);
 
-    /// Makes the document off the interface thread, of the clips as they are at the call, and leaves it in
-    /// `result`. `groupID`: of that clip alone. Ends with what the two below throw, or Stopped.
+    /// Makes the document off the interface thread, from the clips as they are at the call, and writes it to
+    /// `result`. `groupID`: only that clip. Ends with the errors of the two functions below, or with Stopped.
     platform::Task exportInBackground(std::optional<UUID> groupID, ExportSettings settings,
                                       std::shared_ptr<ExportResult> result) const;
 
-    // The same for a program that keeps no interface waiting.
+    // The same for a program without an interface thread that would have to wait.
 
     /// All settled clips and the wild tracks as one document. Throws ExportError or FCPXMLError.
     ExportResult exportFCPXML(const ExportSettings& settings) const;
-    /// One clip alone, without multicam. Throws GroupNotFound too.
+    /// One clip alone, without multicam. Also throws GroupNotFound.
     ExportResult exportSingleClip(const UUID& groupID, ExportSettings settings) const;
 
   private:
-    /// What one document is made of. Shares the clips; any thread.
+    /// The input of one document. Shares the clips; any thread.
     struct Material {
         SyncGroupList groups;
         std::shared_ptr<const std::vector<WildTrack>> wildTracks; ///< null: none

@@ -11,8 +11,9 @@
 
 namespace orvane {
 
-/// The settings that follow the work into its folder: notifies half a second after the last change, and makes
-/// and applies their snapshot. Interface thread. Held by a shared pointer, as settings change on any thread.
+/// The settings that are stored with the work's folder. Notifies half a second after the last change, makes
+/// their snapshot and applies it. Interface thread. Held by a shared pointer, because settings change on any
+/// thread.
 class FolderSettings : public std::enable_shared_from_this<FolderSettings> {
   public:
     FolderSettings(std::shared_ptr<platform::SettingsStore> settings,
@@ -22,11 +23,11 @@ class FolderSettings : public std::enable_shared_from_this<FolderSettings> {
     /// Called half a second after the last of several changes.
     std::function<void()> whenChanged;
     void observe();
-    /// At once of a change whose half second is not over.
+    /// Notifies at once if the half second after a change is not over.
     void notifyNowIfChanged();
 
     std::string snapshot() const { return presets_.snapshotData(*settings_); }
-    /// Gives the keys that have another value by it. One that can't be understood changes nothing.
+    /// Returns the keys whose value the snapshot changes. A snapshot that can't be parsed changes nothing.
     std::vector<std::string> apply(const std::string& snapshot) const;
 
   private:

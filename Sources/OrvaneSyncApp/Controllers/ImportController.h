@@ -27,12 +27,12 @@
 
 namespace orvane {
 
-/// The one owner of the open work: its state, and a controller for each topic. The command line, JSON-RPC
-/// and the desktop app are front ends of it.
+/// The single owner of the open work: its state, and one controller for each topic. The command line,
+/// JSON-RPC and the desktop app are front ends of it.
 ///
-/// Lives on the interface thread and asserts so; long work runs elsewhere and comes back. Held by a shared
-/// pointer, as that work holds it weakly. Destroying it stops what runs and waits for it at most as long as
-/// SerialQueue says.
+/// Lives on the interface thread and asserts so; long work runs on other threads and reports back. Held by a
+/// shared pointer, because that work holds a weak one. The destructor stops what runs and waits for it no
+/// longer than SerialQueue says.
 class ImportController {
   public:
     using Dependencies = ImportDependencies;
@@ -40,7 +40,7 @@ class ImportController {
     ~ImportController();
 
     const OpenWork& work() const { return work_; }
-    /// Calls back after every change, on the interface thread, once the change is whole.
+    /// Calls back on the interface thread after every change, once the change is complete.
     platform::Subscription onChange(std::function<void(const ImportChange&)> callback);
 
     ScanController& scan() { return scan_; }
@@ -68,33 +68,33 @@ class ImportController {
     ProjectController& project() { return project_; }
     const ProjectController& project() const { return project_; }
     const ExportController& exporting() const { return export_; }
-    /// Why clips may not have the right sound, as `WorkDoubts::latest`.
+    /// Why clips may not have the right sound; see `WorkDoubts::latest`.
     const SyncDoubts& doubts() const { return doubts_.latest(); }
     const WorkDoubts& derivedDoubts() const { return doubts_; }
-    /// As `WorkDoubts::listen`.
+    /// See `WorkDoubts::listen`.
     platform::Task listenForDoubts() { return doubts_.listen(); }
 
-    /// Runs a change of clips that the user can take back as one step. Steps hold the clips, and which
-    /// recordings are wild tracks beside them; the names and approvals of these stay when a step is taken
-    /// back. A change that makes no difference is no step.
+    /// Runs a change of clips that the user can undo as one step. A step holds the clips, and which
+    /// recordings are wild tracks; undoing it keeps the names and approvals of the wild tracks. A change that
+    /// makes no difference is no step.
     void withUndo(const UndoStep& step, const std::function<void()>& mutation);
-    /// As `OpenWork::changeSetting`.
+    /// See `OpenWork::changeSetting`.
     void changeSetting(const UndoStep& step, std::string_view key, platform::JSON value) {
         work_.changeSetting(step, key, std::move(value));
     }
-    /// For a change that goes on, such as by a key that is held: the next one belongs to the same step.
+    /// For a change that continues, such as by a held key: the next change belongs to the same step.
     void continueUndo(const UndoStep& step) { work_.continueUndo(step); }
-    /// Somebody turned to another clip: the next change begins a step.
+    /// The user selected another clip: the next change begins a step.
     void endUndoStep() { work_.endUndoStep(); }
-    /// Nothing when there is no step. What Smart Audio knows of the clips is forgotten with it.
+    /// Does nothing if there is no step. Results of Smart Audio for the clips are discarded too.
     void undo();
     void redo();
 
-    /// An operation on behalf of the work: it stops with it.
+    /// Runs an operation on the work; it is stopped when the work is closed.
     platform::Task run(platform::Task operation) { return work_.running.add(std::move(operation)); }
-    /// Back to the empty state, with nothing to take back. Whatever runs stops, and leaves no trace.
+    /// Back to the empty state, with no undo steps. Whatever runs is stopped and changes nothing.
     void reset();
-    /// As `reset`, but with notices when the new work is complete.
+    /// As `reset`, but notifies only when the new work is complete.
     void openStoredWork(StoredWork work);
 
   private:

@@ -13,16 +13,16 @@ class SlateDetector;
 class StemCache;
 class WaveformCache;
 
-/// What an `ImportController` is made with. The first two must be there.
+/// What an `ImportController` needs. The first two are required.
 struct ImportDependencies {
     std::shared_ptr<platform::MainThread> mainThread;
     std::shared_ptr<platform::SettingsStore> settings;
-    /// Null: probe results are neither looked up nor kept.
+    /// Null: probe results are neither looked up nor stored.
     std::shared_ptr<ProbeCache> probeCache;
     std::shared_ptr<const platform::Clock> clock = platform::systemClock();
-    /// Null: waveforms are reduced when they are shown, and not kept.
+    /// Null: waveforms are made when they are shown, and not stored.
     std::shared_ptr<WaveformCache> waveformCache = nullptr;
-    /// Null: that of this machine.
+    /// Null: the detector of this machine.
     std::shared_ptr<SlateDetector> slateDetector = nullptr;
     /// Null: no sound is rendered for the player.
     std::shared_ptr<const RenderedAudioStore> renderedAudio = nullptr;

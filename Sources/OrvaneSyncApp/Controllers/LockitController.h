@@ -15,7 +15,8 @@
 
 namespace orvane {
 
-/// What was asked of LockitNetwork is not to be had. The description is the message of the screen that asks.
+/// A request to LockitNetwork could not be answered. The description is the message for the screen that
+/// asked.
 class LockitRefusal : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
@@ -26,32 +27,33 @@ class LockitController {
   public:
     explicit LockitController(OpenWork& work) : work_(work) {}
 
-    // The state; `ImportField::lockit` is the change of any of it.
+    // The state; any change of it notifies `ImportField::lockit`.
 
     bool isSyncingLockit() const { return isSyncingLockit_; }
-    /// What came of the last sync, for people; absent before the first.
+    /// The result of the last sync, for people; absent before the first.
     const std::optional<std::string>& lockitSyncStatus() const { return lockitSyncStatus_; }
-    /// What that says where no project was named.
+    /// The value of that text if no project was named.
     static const char* const noProject;
     /// The same for programs.
     enum class SyncEnd : std::uint8_t { none, matched, noMatches, failed };
     SyncEnd lastSyncEnd() const { return lastSyncEnd_; }
-    /// Shooting days that the sync under way has asked about, and all of the project.
+    /// Shooting days that the running sync has requested, and the number of days of the project.
     struct Progress {
         int day = 0;
         int days = 0;
     };
     const Progress& progress() const { return progress_; }
 
-    /// Asks the service about every clip, day by day, and lays what it says over them; the outcome is
-    /// `lockitSyncStatus`. Days that were laid before a failure or a stop stay. All of it is one step to take
-    /// back, which touches nothing but this metadata. Fails only with Stopped. A call while one runs waits
-    /// for the same. `projectID`: of the folder in which the session lies; absent where there is none.
+    /// Requests the metadata of every clip from the service, day by day, and applies it; the result is
+    /// written to `lockitSyncStatus`. Days that were applied before a failure or a stop stay applied. All of
+    /// it is one undo step, which changes only this metadata. Fails only with Stopped. A call while a sync
+    /// runs waits for that sync. `projectID`: the project of the folder of the session; absent if there is
+    /// none.
     platform::Task syncLockitNetwork(std::shared_ptr<LockitOAuthService> account,
                                      std::optional<std::string> projectID);
 
-    // For choosing a project. Each fails with LockitRefusal and ServiceNotConfigured; a token that the
-    // service rejects signs the user out.
+    // For choosing a project. Each fails with LockitRefusal or ServiceNotConfigured; if the service rejects a
+    // token, the user is signed out.
 
     /// Sorted by name.
     static platform::Task loadProjects(std::shared_ptr<LockitOAuthService> account,
@@ -61,7 +63,7 @@ class LockitController {
 
   private:
     using Weak = std::weak_ptr<LockitController>;
-    struct Sync; ///< one under way
+    struct Sync; ///< one that runs
 
     static platform::Task sync(Weak weak, std::shared_ptr<LockitOAuthService> account,
                                std::optional<std::string> projectID);

@@ -18,11 +18,11 @@
 
 namespace orvane {
 
-/// Signs the user in to LockitNetwork in the browser, keeps the tokens in the key store, refreshes them ahead
-/// of their end, and gives every client its access token.
+/// Signs the user in to LockitNetwork in the browser, keeps the tokens in the key store, refreshes them
+/// before they expire, and gives every client its access token.
 ///
-/// Lives on the interface thread; the key store, the network and the browser are waited for elsewhere. Held
-/// by a shared pointer, as that work holds it weakly.
+/// Lives on the interface thread; other threads wait for the key store, the network and the browser. Held by
+/// a shared pointer, because that work holds a weak one.
 class LockitOAuthService : public std::enable_shared_from_this<LockitOAuthService> {
   public:
     struct Dependencies {
@@ -36,40 +36,42 @@ class LockitOAuthService : public std::enable_shared_from_this<LockitOAuthServic
         std::shared_ptr<platform::BrowserSession> browser = nullptr;
         std::optional<ServiceConfiguration> configuration = {};
     };
-    /// Begins to look up who is signed in.
+    /// Starts looking up who is signed in.
     static std::shared_ptr<LockitOAuthService> create(Dependencies dependencies);
     ~LockitOAuthService();
 
     static constexpr const char* redirectURI = "orvane-tandrel://oauth/callback";
     static constexpr const char* callbackURLScheme = "orvane-tandrel";
 
-    /// Observable. It holds from the end of `ready` on.
+    /// Observable. Valid from the end of `ready` on.
     const LockitSignInState& state() const { return state_; }
     platform::Task ready() const { return *ready_; }
-    /// The same for an operation that can be stopped without stopping it for others: `co_await` it.
+    /// The same for an operation that can be stopped without stopping the wait of others: `co_await` it.
     auto readiness() const { return platform::shared(*ready_, mainThread_); }
     const ServiceConfiguration& configuration() const { return configuration_; }
     platform::Subscription onChange(std::function<void()> callback);
 
-    /// Ends when the user has come back from the browser and the tokens are kept. Fails with OAuthError,
-    /// ServiceNotConfigured, BrowserSessionError or an error of the transport; what was kept before stays
-    /// then. A call while one waits waits for the same.
+    /// Ends when the user has come back from the browser and the tokens are stored. Fails with OAuthError,
+    /// ServiceNotConfigured, BrowserSessionError or an error of the transport; the earlier tokens are kept
+    /// then. A call while a sign-in waits also waits for that one.
     platform::Task signIn();
-    /// A callback that was pasted; false where no sign-in waits, or for an address of another scheme.
+    /// Passes on a callback address that the user pasted; false if no sign-in waits, or for an address of
+    /// another scheme.
     bool completeSignIn(const std::string& callbackURL);
     /// Ends a sign-in that waits.
     void cancelSignIn();
-    /// Forgets the tokens and the account. Fails with platform::CredentialError where the key store may have
-    /// kept them.
+    /// Deletes the tokens and the account. Fails with platform::CredentialError if the key store may still
+    /// have them.
     platform::Task signOut();
-    /// Leaves a valid token; refreshes it where it ends within a minute, once for all that wait. Fails with
-    /// OAuthError and what the transport fails with; the tokens stay then.
+    /// Writes a valid token to `token`. Refreshes it if it expires within a minute, once for all callers that
+    /// wait. Fails with OAuthError and the errors of the transport; the tokens are kept then.
     platform::Task currentBearerToken(std::shared_ptr<platform::Secret> token);
-    /// Looks into the key store; then `state` says what it holds.
+    /// Reads the key store; `state` is up to date after that.
     platform::Task revalidateSignInState();
-    /// Asks the service for the account's text. Never fails.
+    /// Requests the account's text from the service. Never fails.
     platform::Task refreshAccountEmail();
-    /// The refresh of the account's text that a sign-in or the start has begun; ended where there is none.
+    /// The refresh of the account's text that a sign-in or the start of the program began; an ended task if
+    /// there is none.
     platform::Task accountEmailRefreshed() const { return accountEmailRefreshed_; }
 
     /// A new client of the configured service; throws ServiceNotConfigured.
@@ -109,10 +111,10 @@ class LockitOAuthService : public std::enable_shared_from_this<LockitOAuthServic
     std::optional<platform::Task> refreshing_;
     platform::Task accountEmailRefreshed_ = platform::Task::ended();
     platform::RunningTasks running_;
-    std::uint64_t refreshes_ = 0; ///< that have ended well
-    /// Raised by every sign-in and sign-out: tokens that were asked for before are no longer wanted.
+    std::uint64_t refreshes_ = 0; ///< that succeeded
+    /// Raised by every sign-in and sign-out: the result of an earlier token request is discarded.
     std::uint64_t generation_ = 0;
-    // Last: they are waited for before all else goes.
+    // Last members: they are destroyed first, which waits for their work.
     const SignInStore signIn_;
     const std::unique_ptr<platform::SerialQueue> browsing_; ///< a sign-in waits here
     const std::unique_ptr<platform::SerialQueue> requesting_;

@@ -5,9 +5,9 @@
 
 namespace orvane {
 
-/// By what clips were matched.
+/// The rules and corrections by which clips were matched.
 struct MatchedBy {
-    SourceCorrections corrections = {.days = MatchingDays::automatic}; ///< with their days
+    SourceCorrections corrections = {.days = MatchingDays::automatic}; ///< including their days
     MatchRules rules;
 
     /// Throws CorrectionError where the frame of the sound offset does not exist at the rate.
@@ -17,7 +17,7 @@ struct MatchedBy {
     }
 };
 
-/// As files keep them.
+/// In the form in which files store them.
 inline SourceCorrections withoutStandardDays(SourceCorrections corrections) {
     if (corrections.days == MatchingDays::automatic) corrections.days.reset();
     return corrections;

@@ -17,35 +17,35 @@ namespace orvane {
 
 class ModelDownloader;
 
-/// A model was named that is not in the catalogue.
+/// A model that is not in the catalogue was named.
 class ModelNotFound : public std::runtime_error {
   public:
     explicit ModelNotFound(const std::string& id) : std::runtime_error("there is no model '" + id + "'") {}
 };
 
-/// The optional models of the user account: which there are, and their downloads. Belongs to no work: a
-/// download goes on when other work is opened. Interface thread.
+/// The optional models of the user account: the catalogue, and their downloads. Belongs to no work: a
+/// download continues when other work is opened. Interface thread.
 class ModelManager {
   public:
     explicit ModelManager(OpenWork& work);
     ~ModelManager();
 
-    /// As the last `rebuildCatalog` has found them, with the downloads under way.
+    /// The catalogue as of the last `rebuildCatalog`, with the state of running downloads.
     const std::vector<ModelInfo>& models() const { return models_; }
-    /// Null for one that is not in the catalogue.
+    /// Null if it is not in the catalogue.
     const ModelInfo* model(const std::string& id) const;
     std::int64_t totalSizeMB() const { return totalSizeMB_; }
-    /// The model that separates stems, which the user installs by hand.
+    /// The model that separates stems, which the user installs.
     const BanditStemSeparator::Installation& bandit() const { return bandit_; }
 
-    /// Looks at the configuration and the disk.
+    /// Reads the configuration and the disk.
     platform::Task rebuildCatalog();
-    /// A failure stands in the model's status. A second call for a model waits for the first. Throws
-    /// ModelNotFound, and Stopped for a download that was cancelled.
+    /// A failure is written to the model's status. A second call for the same model waits for the first.
+    /// Throws ModelNotFound, and Stopped for a download that was cancelled.
     platform::Task download(const std::string& id);
-    /// The row ends as an error, "Download cancelled".
+    /// The model's status becomes the error "Download cancelled".
     void cancelDownload(const std::string& id);
-    /// Cancels its download first. Throws ModelNotFound.
+    /// Cancels the model's download first. Throws ModelNotFound.
     platform::Task deleteModel(const std::string& id);
 
   private:
@@ -59,10 +59,10 @@ class ModelManager {
     std::vector<ModelInfo> models_;
     std::int64_t totalSizeMB_ = 0;
     BanditStemSeparator::Installation bandit_;
-    std::map<std::string, platform::Task> downloads_; ///< under way, by model
-    /// Shares that are done, by model.
+    std::map<std::string, platform::Task> downloads_; ///< running ones, by model
+    /// Fractions done, by model.
     const std::shared_ptr<platform::Throttle<std::pair<std::string, double>>> shown_;
-    // Last: they are waited for before all else goes.
+    // Last members: they are destroyed first, which waits for their work.
     const std::unique_ptr<platform::SerialQueue> disk_, network_;
 };
 

@@ -11,7 +11,7 @@
 
 namespace orvane {
 
-/// What of the open work has changed.
+/// Which part of the open work has changed.
 enum class ImportField : std::uint8_t {
     videoFolderURL,
     audioFolderURL,
@@ -23,7 +23,7 @@ enum class ImportField : std::uint8_t {
     scanResult,
     syncGroups,
     wildTracks,
-    doubts, ///< others were derived of the clips
+    doubts, ///< other doubts were derived
     report,
     smartAudio,
     slates,
@@ -35,30 +35,30 @@ enum class ImportField : std::uint8_t {
     models
 };
 
-/// A change of the open work. A listener that asks for no more may take an ImportField in its place.
+/// A change of the open work. A listener that needs no more than the field may take an ImportField instead.
 struct ImportChange {
     ImportField field;
-    /// Of `syncGroups`: the clips at the notice before this one, and now. They share all that has not
+    /// For `syncGroups`: the clips at the previous notice, and the present ones. They share all that has not
     /// changed.
     SyncGroupList clipsBefore = {};
     SyncGroupList clips = {};
 
     operator ImportField() const { return field; }
-    /// Which rows of a list of clips are to be painted again. Made when asked for; costs nothing before.
+    /// Which rows of a list of clips have to be painted again. Computed by this call.
     SyncGroupChanges clipChanges() const { return clips.changesSince(clipsBefore); }
 };
 
-/// Calls back after changes of the open work, on the interface thread. A listener that changes the work
-/// itself gets the notices of that before the others get the one that it answers.
+/// Calls back on the interface thread after changes of the open work. If a listener changes the work itself,
+/// the notices of that change come before the remaining listeners get the notice that it reacts to.
 class Notices {
   public:
-    /// `clips`: the list that `syncGroups` stands for; must outlive this.
+    /// `clips`: the list that `syncGroups` refers to; must outlive this object.
     Notices(std::shared_ptr<platform::MainThread> mainThread, const SyncGroupList& clips);
 
     platform::Subscription onChange(std::function<void(const ImportChange&)> callback);
     void notify(ImportField field);
-    /// Runs a change of several fields. Its notices are held back until it is whole, also where it throws,
-    /// and then each field's is given once.
+    /// Runs a change of several fields. Its notices are held back until it ends, with or without an
+    /// exception; then each field's notice is given once.
     void together(const std::function<void()>& change);
 
     void assertOnMainThread() const;
@@ -71,7 +71,7 @@ class Notices {
     SyncGroupList clipsNoticed_;
     platform::Listeners<const ImportChange&> listeners_;
     int changesUnderWay_ = 0;
-    std::vector<ImportField> heldBack_; ///< what they have changed so far
+    std::vector<ImportField> heldBack_; ///< the fields changed so far
 };
 
 } // namespace orvane

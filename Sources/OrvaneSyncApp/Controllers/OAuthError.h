@@ -6,7 +6,7 @@
 
 namespace orvane {
 
-/// Why somebody is not signed in to LockitNetwork.
+/// Why the user is not signed in to LockitNetwork.
 class OAuthError : public std::runtime_error {
   public:
     enum class Kind {
@@ -16,21 +16,21 @@ class OAuthError : public std::runtime_error {
         stateMismatch,
         missingAuthCode,
         keychainWriteFailed,
-        keyStoreLocked, ///< it keeps a sign-in that it does not show
+        keyStoreLocked, ///< the key store has a sign-in that it does not show
         unknown
     };
 
-    /// `body` without anything secret; `status` is 0 where there was no answer of HTTP.
+    /// `body` must hold nothing secret; `status` is 0 without an HTTP answer.
     static OAuthError tokenRequestFailed(int status, std::string_view body) {
         return {Kind::tokenRequestFailed,
                 "Lockit token endpoint returned HTTP " + std::to_string(status) + ": " + std::string(body),
                 status};
     }
-    /// Of any other kind.
+    /// For any other kind.
     explicit OAuthError(Kind kind) : OAuthError(kind, text(kind)) {}
 
     Kind kind() const { return kind_; }
-    int status() const { return status_; } ///< of HTTP; 0 where there was none
+    int status() const { return status_; } ///< of HTTP; 0 without an answer
 
   private:
     OAuthError(Kind kind, const std::string& description, int status = 0)

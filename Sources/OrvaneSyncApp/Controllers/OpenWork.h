@@ -16,87 +16,88 @@ namespace orvane {
 
 struct ScanOutcome;
 
-/// The open work as its controllers change it, each change notifying, with the steps to take back. Interface
-/// thread.
+/// The open work, with the operations by which its controllers change it, and the undo steps. Each change
+/// notifies. Interface thread.
 class OpenWork : public WorkState {
   public:
     explicit OpenWork(Environment theEnvironment);
     ~OpenWork();
 
     Notices notices;
-    /// Operations under way; they stop with the work that they belong to.
+    /// Running operations on the work; they are stopped when the work is closed.
     platform::RunningTasks running;
-    /// For reports, projects and exports, one after the other.
+    /// For reports, projects and exports, one at a time.
     const std::unique_ptr<platform::SerialQueue> documents;
 
     void notify(ImportField field);
     void setVideoFolderURL(std::optional<FileURL> folder);
     void setAudioFolderURL(std::optional<FileURL> folder);
     void setScanScope(ScanScope scope);
-    /// Holds from the next matching of all clips on.
+    /// Takes effect with the next matching of all clips.
     void setSourceCorrections(SourceCorrections corrections);
-    /// After all clips were matched again.
+    /// Called after all clips were matched again.
     void setMatchedBy(MatchedBy matchedBy);
-    /// Steps hold them with the clips.
+    /// Undo steps hold them with the clips.
     void setProjectEntries(std::shared_ptr<const ProjectEntries> entries) {
         projectEntries_ = std::move(entries);
     }
     /// False when there is no such clip.
     bool edit(UUID groupID, const std::function<void(SyncGroup&)>& change);
-    /// The same for what was found of the clip and is no decision: taking back a step does not lose it.
-    /// `mayHave`: whether a step's state of the clip gets the change too.
+    /// The same for something found about the clip that is no decision: undoing a step keeps it. `mayHave`:
+    /// whether the clip as a step holds it gets the change too.
     bool editWithSteps(UUID groupID, const std::function<bool(const SyncGroup&)>& mayHave,
                        const std::function<void(SyncGroup&)>& change);
-    /// Notifies where there is such a clip.
+    /// Notifies if there is such a clip.
     void editWhere(const std::function<bool(const SyncGroup&)>& test,
                    const std::function<void(SyncGroup&)>& change);
     void changeClips(const std::function<void(SyncGroupList&)>& change);
     void changeWildTracks(const std::function<void(std::vector<WildTrack>&)>& change);
-    /// Both at once, made elsewhere.
+    /// Sets both at once; they were made elsewhere.
     void setClips(SyncGroupList groups, std::shared_ptr<const std::vector<WildTrack>> wildTracks);
-    /// Clips and wild tracks of other work: that there are none is then no edit, and nothing of what was open
-    /// can be taken back. `matchedBy`: by which the clips were matched; without days, by those of the
-    /// setting.
+    /// Sets the clips and wild tracks of other work: an empty list is then no edit, and all undo steps are
+    /// cleared. `matchedBy`: how the clips were matched; if it has no days, those of the setting apply.
     void openOtherWork(SyncGroupList groups, std::vector<WildTrack> wildTracks,
                        const SourceCorrections& matchedBy);
-    /// What a scan has made, of the same work or of other work. Where the work before holds decisions, or was
-    /// matched by other corrections, the scan is a step. Wild tracks keep their names and approvals.
+    /// Sets the result of a scan, of the same work or of other work. If the earlier work holds decisions, or
+    /// was matched by other corrections, the scan is an undo step. Wild tracks keep their names and
+    /// approvals.
     enum class ScanOf { sameWork, otherWork };
     void adoptScan(SyncGroupList groups, std::vector<WildTrack> wildTracks, MatchedBy matchedBy,
                    std::shared_ptr<const ScanOutcome> scan, ScanOf of);
 
-    /// Runs a change of clips as one step to take back. A change that makes no difference is no step, and
-    /// leaves clips and steps as they were. Within another change it is a part of that one's step.
+    /// Runs a change of clips as one undo step. A change that makes no difference is no step, and leaves
+    /// clips and steps unchanged. Within another change it belongs to that change's step.
     void withUndo(const UndoStep& step, const std::function<void()>& mutation);
-    /// Stores the value of a setting on which every clip of the document depends, as a step to take back.
-    /// Nothing where it has the value already.
+    /// Stores the value of a setting that every clip of the document depends on, as an undo step. Does
+    /// nothing if the setting has that value.
     void changeSetting(const UndoStep& step, std::string_view key, platform::JSON value);
     void continueUndo(const UndoStep& step);
-    /// Somebody turned to another clip: the next change is a step of its own.
+    /// The user selected another clip: the next change is a step of its own.
     void endUndoStep();
     void undo();
     void redo();
     void clearUndo();
     UndoState undoState() const;
-    /// Whether somebody may have decided something of the clips since a scan made them.
+    /// Whether the editor may have decided something about the clips since a scan made them.
     bool mayHoldDecisions() const;
-    /// For a change that is made in pieces while the editor goes on working, and becomes one step at its end,
-    /// on top of those that came meanwhile: where the steps stand when it begins;
+    /// For a change that is made in parts while the editor continues to work, and that becomes one step at
+    /// its end, after the steps made meanwhile. The mark of the change's beginning.
     std::uint64_t undoMark() const;
-    /// whether they were all forgotten since, as those of other work;
+    /// Whether all steps were cleared since then, because other work was opened.
     bool isUndoClearedSince(std::uint64_t mark) const;
-    /// the clips of the steps that came since, oldest first;
+    /// The clips in the steps added since then, oldest first.
     std::vector<SyncGroupList> clipsOfStepsSince(std::uint64_t mark);
-    /// and the end: these clips of theirs, and the present ones, without the change.
+    /// Adds the step at the end of the change: the clips of those steps, and the present clips, without the
+    /// change.
     void addStepSince(std::uint64_t mark, const UndoStep& step, std::vector<SyncGroupList> clipsOfSteps,
                       SyncGroupList clipsBefore);
-    /// Called within every undo and redo that changed the clips, with those before it: for what was derived
-    /// from them.
+    /// Called within every undo and redo that changed the clips, with the earlier clips: for data that was
+    /// derived from them.
     std::function<void(const SyncGroupList& clipsBefore)> whenTakenBack;
-    /// Called within an undo or redo that leads to the clips of another scan; null: to clips of none.
+    /// Called within an undo or redo to the clips of another scan; null: to clips of no scan.
     std::function<void(const std::shared_ptr<const ScanOutcome>&)> whenScanTakenBack;
 
-    /// How an operation that waits holds its controller: weakly, and while it is locked with all of the work.
+    /// How a waiting operation holds its controller: weakly; a lock holds it together with all of the work.
     template <class Controller>
     std::weak_ptr<Controller> weak(Controller* controller) const {
         return std::shared_ptr<Controller>(owner.lock(), controller);
@@ -104,8 +105,8 @@ class OpenWork : public WorkState {
     std::weak_ptr<const void> owner;
 
   private:
-    struct Step;  ///< what a step holds
-    struct Steps; ///< those to take back, and those taken back
+    struct Step;  ///< the contents of a step
+    struct Steps; ///< those to undo and those to redo
 
     Step present() const;
     bool differsFrom(const Step& before) const;
@@ -113,9 +114,9 @@ class OpenWork : public WorkState {
     void applyStep(bool isUndo);
     WildTracks wildTracksOf(const Step& target, const SyncGroupList& clipsBefore) const;
 
-    std::shared_ptr<const ScanOutcome> scan_; ///< that made the clips; null: none
+    std::shared_ptr<const ScanOutcome> scan_; ///< the scan that made the clips; null: none
     const std::unique_ptr<Steps> steps_;
-    /// Since the clips were made, or they come from where somebody may have.
+    /// Clips were edited since they were made, or come from a file in which they may have been.
     bool isEdited_ = false;
     bool isWithinStep_ = false;      ///< a change of `withUndo` runs
     bool isEmptinessRedone_ = false; ///< redoing to a list without clips is an edit

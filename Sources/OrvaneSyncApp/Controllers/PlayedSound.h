@@ -12,32 +12,33 @@
 
 namespace orvane {
 
-/// What is heard under a clip: the recording or a rendered mix in its place, where it begins and how loud it
-/// is. What is wanted holds at once; the player has it once it is given here. Interface thread.
+/// The sound under a clip: the recording or a rendered mix in its place, its start and its volume. A
+/// requested state is stored at once; the player gets it when it is passed to these functions. Interface
+/// thread.
 class PlayedSound {
   public:
     const SoundState& state() const { return state_; }
-    /// That the player has; absent: the video's own sound.
+    /// The sound that the player has; absent: the video's own sound.
     const std::optional<TakeSound>& applied() const { return applied_; }
-    /// For a player; null: the video's own sound.
+    /// Opens the sound for a player; null: the video's own sound.
     std::function<std::unique_ptr<platform::AudioFile>()> opener() const;
 
-    /// The sound that the player loads with its clip.
+    /// Sets the sound that the player loads with its clip.
     void begin(std::optional<TakeSound> audio, double offsetSeconds);
     void clear();
     void setAudio(std::optional<TakeSound> audio) { audio_ = std::move(audio); }
     void setMixdown(std::optional<FileURL> mixdown) { mixdown_ = std::move(mixdown); }
-    /// Gives the player and the blips (null: none) what is wanted; false where they have it.
+    /// Passes the requested sound to the player and the blips (null: none); false if they have it.
     bool give(platform::Player& player, FrameBlips* blips);
 
-    /// `player`: null where no clip is loaded.
+    /// `player`: null if no clip is loaded.
     void setVolume(float volume, platform::Player* player);
-    /// Finite.
+    /// Must be finite.
     void setOffset(double seconds) { state_.syncOffsetSeconds = seconds; }
-    /// Whether the player has another offset, by more than a tenth of a millisecond.
+    /// Whether the requested offset differs from the player's by more than a tenth of a millisecond.
     bool isOffsetNew() const;
     void giveOffset(platform::Player& player);
-    /// Whether it is muted or heard again.
+    /// Returns whether the sound was muted or unmuted.
     bool render(const AudioRenderPlan& plan, platform::Player& player);
     void endDucking() { state_.isDucking = false; }
 

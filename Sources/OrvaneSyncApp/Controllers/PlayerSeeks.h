@@ -12,20 +12,20 @@
 
 namespace orvane {
 
-/// The seeks of a player, of which the newest counts. Interface thread; held by a shared pointer, as reports
-/// of the player hold it weakly.
+/// The seeks of a player; only the newest counts. Interface thread; held by a shared pointer, because the
+/// player's reports hold a weak one.
 class PlayerSeeks : public std::enable_shared_from_this<PlayerSeeks> {
   public:
     explicit PlayerSeeks(std::shared_ptr<platform::MainThread> mainThread)
         : mainThread_(std::move(mainThread)) {}
 
-    /// Where the newest leads; absent once its picture is shown.
+    /// The target of the newest seek; absent once its picture is shown.
     const std::optional<platform::MediaTime>& target() const { return target_; }
-    /// `shown` is called when the picture is there, unless another seek was begun meanwhile.
+    /// `shown` is called when the picture is shown, unless another seek was begun meanwhile.
     void begin(platform::Player& player, platform::MediaTime time, std::function<void()> shown);
-    /// The newest is given up; a task that waits for it continues.
+    /// Drops the newest seek; a task that waits for it ends.
     void forget();
-    /// Ends when the picture of the newest is shown.
+    /// Ends when the picture of the newest seek is shown.
     platform::Task shown();
 
   private:

@@ -15,20 +15,21 @@
 
 namespace orvane {
 
-/// What an opened project says that belongs to no clip.
+/// The parts of an opened project that belong to no clip.
 struct ProjectEntries {
-    /// The project with those entries whose clips no scan has found yet: a folder was gone, or a card was not
-    /// in. They wait for a scan that finds the clips, and every save keeps them. Null when none waits.
+    /// The project with those entries whose clips no scan has found yet, because a folder or a card was
+    /// missing. They are applied by a scan that finds the clips, and every save keeps them. Null if there are
+    /// none.
     std::shared_ptr<const OrvaneSyncProject> unapplied = {};
-    /// What it says of the clips whose choice of tracks was left out: a scan that finds their recordings
-    /// gives it to them, and every save keeps it.
+    /// The entries of the clips whose choice of tracks was left out: a scan that finds their recordings
+    /// applies it, and every save keeps it.
     std::vector<PersistedGroup> leftOut = {};
-    std::vector<FileURL> tracksLeftOut = {}; ///< the videos of these clips that are there
-    /// The videos of clips to which recordings were attached by hand that the scan did not lay under them.
+    std::vector<FileURL> tracksLeftOut = {}; ///< the videos of these clips, if found
+    /// The videos of clips to which the editor had attached recordings that the scan did not match to them.
     std::vector<FileURL> withoutRecording = {};
 };
 
-/// The project file: the editor's decisions alone, laid over a new scan. Interface thread.
+/// The project file: only the editor's decisions, which are applied to a new scan. Interface thread.
 class ProjectController {
   public:
     ProjectController(OpenWork& work, ScanController& scan, ReportController& reports);
@@ -36,27 +37,27 @@ class ProjectController {
     /// The file that the project was opened from or last saved to.
     const std::optional<FileURL>& currentURL() const { return currentURL_; }
     /// Writes the decisions as they are at the call, on another thread. Also keeps what an opened project
-    /// says of clips that were not found, and choices of tracks that were left out, as long as nobody makes
-    /// another one. The task ends with OutputRefused, FileError or ProjectError when the file can't be
-    /// written; the old file then stands.
+    /// says about clips that were not found, and the choices of tracks that were left out, until the editor
+    /// makes another choice. The task ends with OutputRefused, FileError or ProjectError if the file can't be
+    /// written; the old file is unchanged then.
     platform::Task saveProject(FileURL url, OutputPermission permission = {});
-    /// Scans the project's folders and lays its edits over the clips. Where a folder is not there, no scan
-    /// runs, the clips stay as they were, and the edits wait for the next scan. The task ends with a
-    /// FileError or ProjectError when the file can't be opened; then nothing has changed.
+    /// Scans the project's folders and applies its edits to the clips. If a folder is missing, no scan runs,
+    /// the clips are unchanged, and the edits wait for the next scan. The task ends with a FileError or
+    /// ProjectError if the file can't be opened; nothing is changed then.
     ///
-    /// The work is then that of the project: no step of the work before can be taken back.
+    /// After this the work is that of the project: the undo steps of the earlier work are gone.
     platform::Task loadProject(FileURL url);
-    /// Called when a project was read and is about to take the place of the work, and when it has or was
-    /// given up: for the owner of the work.
+    /// Called when a project was read and is about to replace the work, and when it has replaced it or was
+    /// abandoned: for the owner of the work.
     std::function<void(const FileURL& file)> whenOpening;
     std::function<void()> whenOpened;
-    /// The clips, by their video, whose edits wait for a scan that finds them.
+    /// The videos of the clips whose edits wait for a scan that finds them.
     std::vector<FileURL> clipsNotFound() const;
     std::vector<FileURL> clipsWithoutRecording() const { return entries()->withoutRecording; }
-    /// The clips, by their video, whose choice of tracks was left out: its numbers count the channels of
-    /// recordings that the scan has not found.
+    /// The videos of the clips whose choice of tracks was left out: its numbers count channels of recordings
+    /// that the scan has not found.
     const std::vector<FileURL>& tracksLeftOut() const { return entries()->tracksLeftOut; }
-    /// Edits that wait for their clips wait no longer.
+    /// Discards the edits that wait for their clips.
     void clear();
 
   private:
@@ -67,7 +68,7 @@ class ProjectController {
     static platform::Task save(std::weak_ptr<ProjectController> weak, FileURL url,
                                OutputPermission permission);
     void setCurrentURL(FileURL url);
-    /// Of the open work, which steps back to them with the clips. Never null.
+    /// Those of the open work, which undo restores together with the clips. Never null.
     std::shared_ptr<const ProjectEntries> entries() const;
     ScanController::EditOfClips edits();
     void takeOverFromScan();
@@ -78,9 +79,9 @@ class ProjectController {
     ScanController& scan_;
     ReportController& reports_;
     std::optional<FileURL> currentURL_;
-    /// Written by the scan under way, on its thread, before it calls back.
+    /// Written by the running scan, on its thread, before it calls back.
     std::shared_ptr<std::vector<FileURL>> tracksLeftOutByScan_;
-    std::uint64_t clearings_ = 0; ///< tells a save that its work is no longer open
+    std::uint64_t clearings_ = 0; ///< by this a save sees that its work is closed
     const ProjectService projectService_{};
 };
 

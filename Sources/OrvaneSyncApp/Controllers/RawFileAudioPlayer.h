@@ -13,7 +13,7 @@
 namespace orvane {
 
 /// Plays one file of the list of files at a time, with its waveform. Interface thread; held by a shared
-/// pointer, as reports of the player hold it weakly.
+/// pointer, because the player's reports hold a weak one.
 class RawFileAudioPlayer : public std::enable_shared_from_this<RawFileAudioPlayer> {
   public:
     static constexpr std::size_t waveformBins = 800;
@@ -21,19 +21,19 @@ class RawFileAudioPlayer : public std::enable_shared_from_this<RawFileAudioPlaye
     static std::shared_ptr<RawFileAudioPlayer> create(std::shared_ptr<platform::PlayerSystem> players,
                                                       std::shared_ptr<WaveformState> waveform);
 
-    /// Plays or pauses the file that is loaded; another one is loaded and played.
+    /// Plays or pauses the loaded file; if it is another file, loads and plays it.
     void togglePlayback(const MediaAsset& asset);
     void stop();
-    /// Of the file's length, 0 to 1.
+    /// A fraction of the file's length, 0 to 1.
     void seek(double toFraction);
 
-    /// Absent where no file is loaded.
+    /// Absent if no file is loaded.
     const std::optional<UUID>& currentAssetID() const { return currentAssetID_; }
     bool isPlaying() const { return isPlaying_; }
     double currentTime() const { return currentTime_; } ///< seconds
     double duration() const { return duration_; }       ///< seconds; 0 until the file is open
     const std::shared_ptr<WaveformState>& waveform() const { return waveform_; }
-    /// Calls back whenever one of these is another.
+    /// Calls back whenever one of these values changes.
     platform::Subscription onChange(std::function<void()> callback) {
         return changed_.add(std::move(callback));
     }

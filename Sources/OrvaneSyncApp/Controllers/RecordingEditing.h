@@ -16,43 +16,43 @@
 
 namespace orvane {
 
-/// Which recordings overlap which clip, and those that no clip uses. Undo steps and clips that are not
-/// there: as in ClipEditing. Interface thread.
+/// Which recordings are matched to which clip, and the recordings that no clip uses. Undo steps and missing
+/// clips: as in ClipEditing. Interface thread.
 class RecordingEditing {
   public:
     RecordingEditing(OpenWork& work, ScanController& scan, SmartAudioController& smartAudio);
 
-    /// Unless locked: adds the audio behind the others and takes it from the wild tracks. Audio that an
-    /// ambiguous clip has already is confirmed by it.
+    /// Unless locked: adds the audio after the others and removes it from the wild tracks. Audio that an
+    /// ambiguous clip already has is confirmed.
     void attachAudioToGroup(UUID groupID, MediaAsset audio);
-    /// Reads the chosen file and attaches it, in an undo step of its own.
+    /// Reads the chosen file and attaches it, in an undo step that it opens.
     platform::Task chooseAndAttachAudio(UUID groupID, FileURL file);
-    /// Unless locked. The anchor keeps its place under the picture where another recording is the first then.
+    /// Unless locked. If another recording becomes the first, the anchor keeps its position in the picture.
     void removeAudioMatch(UUID groupID, UUID matchID);
     void confirmAmbiguousMatch(UUID groupID); ///< unless locked
-    void confirmAllAmbiguousMatches();        ///< but those of locked clips
-    /// Unless locked: the files of the recording that holds this match come first and the clip is settled;
-    /// the other recordings stay behind. The anchor keeps its place under the picture.
+    void confirmAllAmbiguousMatches();        ///< except locked clips
+    /// Unless locked: puts the files of the recording that holds this match first and settles the clip; the
+    /// other recordings are kept after them. The anchor keeps its position in the picture.
     void chooseRecording(UUID groupID, UUID matchID);
     void removeVideoFromSync(UUID groupID); ///< unless locked
-    // Match again against the pool, on a queue, whatever was locked; manual decisions stay, those too that
-    // are made meanwhile. Each is an undo step of its own, on top of those that came before its end.
-    /// Clips that are asked for before one of them is matched are one step together.
+    // Match again against the pool, on a queue, locked clips too; manual decisions are kept, including those
+    // made meanwhile. Each is an undo step, which it opens at its end, after the steps made meanwhile.
+    /// Clips that are requested before one of them is matched become one step together.
     platform::Task resyncClip(UUID groupID);
     platform::Task resyncAllClips();
 
     void renameWildTrack(UUID id, std::string_view name);
     void toggleWildTrackApproved(UUID id);
 
-    /// The audio of the scan; without one that of the clips and wild tracks. In the order of the paths.
+    /// The audio of the scan; without a scan, that of the clips and wild tracks. Sorted by path.
     std::vector<MediaAsset> availableAudioPool() const { return workFiles().copiedAudioPool(); }
-    /// One of the pool; null when it is not in it. Valid until the clips change.
+    /// One recording of the pool; null if the pool does not have it. Valid until the clips change.
     const MediaAsset* audioInPool(const UUID& id) const;
-    /// The pool without wild tracks and the clip's own audio, in the order of a file browser; recordings of
-    /// another day than the clip's behind all others.
+    /// The pool without wild tracks and the clip's own audio, sorted as in a file browser; recordings of
+    /// another day than the clip's are after all others.
     std::vector<MediaAsset> rawFilesAvailableToAttach(UUID excludingGroupID) const;
-    /// Of the pool and the wild tracks: what lies on another day than the clip. A day that only the clip's
-    /// header says, in whatever zone, is that day or one beside it.
+    /// Those of the pool and the wild tracks that are of another day than the clip. If the clip's day comes
+    /// only from its header, whose time zone is unknown, the days before and after count as the same day.
     std::unordered_set<UUID> recordingsOfOtherDays(UUID groupID) const;
     /// The stored names of the clips with this audio, ascending.
     std::vector<std::string> clipNames(UUID usingAudioID) const;

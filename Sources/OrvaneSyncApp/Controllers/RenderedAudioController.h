@@ -13,27 +13,27 @@
 
 namespace orvane {
 
-/// The rendered sound of the open work, by which the player plays what the document will sound like. Where
-/// nothing can be rendered, there is no file, and the player takes the next one down the list of
-/// `playbackAudioURL`; an operation fails with ReadFailed alone, of a recording that is read in part. Without
-/// a store nothing is rendered. Interface thread.
+/// The rendered sound of the open work, with which the player plays what the document will sound like. If
+/// nothing can be rendered, there is no file, and the player uses the next entry of `playbackAudioURL`.
+/// Operations fail only with ReadFailed, for a recording that is only partly read. Without a store nothing is
+/// rendered. Interface thread.
 class RenderedAudioController {
   public:
     RenderedAudioController(OpenWork& work, SmartAudioCaches& caches);
     ~RenderedAudioController();
 
     using Rendered = std::shared_ptr<std::optional<RenderResult>>;
-    /// Renders the blocks of the clip's analysis. `result` is left as it is where there is nothing to render.
+    /// Renders the blocks of the clip's analysis. `result` is unchanged if there is nothing to render.
     platform::Task renderMixdown(const UUID& groupID, Rendered result = nullptr);
-    /// Plays one track of the clip's take alone, from 1; the same track again ends it. A track that the take
-    /// does not have changes nothing.
+    /// Plays only one track of the clip's take, counted from 1; the same track again ends it. A track that
+    /// the take does not have changes nothing.
     platform::Task toggleSoloMonitor(const UUID& groupID, int trackIndex);
-    /// Brings the preview of Voice Isolation up to date with the settings and with what the player would play
-    /// without it.
+    /// Renders the preview of Voice Isolation again if the settings, or the sound that the player would play
+    /// without it, have changed.
     platform::Task runVoiceIsolationForGroup(const UUID& groupID);
 
-    /// What the player plays in the place of the clip's recording: the preview, the track that is played
-    /// alone, or the blocks. Nothing: the recording itself.
+    /// The file that the player plays instead of the clip's recording: the preview, the track that is played
+    /// alone, or the blocks, in this order. Absent: the recording itself.
     std::optional<FileURL> playbackAudioURL(const UUID& groupID) const;
     /// The same without a preview that was made from another sound or by other settings.
     std::optional<FileURL> currentAudioURL(const UUID& groupID) const;
@@ -41,7 +41,7 @@ class RenderedAudioController {
   private:
     using Rendering =
         std::function<std::optional<RenderResult>(const RenderProgress&, const std::stop_token&)>;
-    /// What a clip's preview is to be made from.
+    /// The input from which a clip's preview is made.
     std::optional<VoiceIsolationInput> previewInput(const SyncGroup& group) const;
     std::optional<FileURL> audioURL(const UUID& groupID, bool withPreview) const;
     RenderProgress report(std::string phase);

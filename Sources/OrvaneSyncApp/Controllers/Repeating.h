@@ -9,10 +9,10 @@
 
 namespace orvane {
 
-/// Calls back again and again, an interval after the call before has returned. Interface thread.
+/// Calls back repeatedly; each call comes one interval after the previous one has returned. Interface thread.
 class Repeating {
   public:
-    /// `call` may destroy this.
+    /// `call` may destroy this object.
     Repeating(std::shared_ptr<platform::MainThread> mainThread, std::chrono::nanoseconds interval,
               std::function<void()> call)
         : mainThread_(std::move(mainThread)), interval_(interval),
@@ -21,7 +21,7 @@ class Repeating {
     Repeating(const Repeating&) = delete;
     Repeating& operator=(const Repeating&) = delete;
 
-    /// The first call comes an interval later, also where it runs already.
+    /// The first call comes one interval later, also if it is already running.
     void start() {
         stop();
         timer_ = mainThread_->after(interval_, [this, weak = std::weak_ptr(call_)] {

@@ -20,55 +20,53 @@ class ReportController {
   public:
     explicit ReportController(OpenWork& work) : work_(work) {}
 
-    /// The report that is loaded, and where it lies; `ImportField::report` is the change of any of these
-    /// five.
+    /// The loaded report and its location; `ImportField::report` is notified when any of these five changes.
     const std::shared_ptr<const ALEFile>& aleFile() const { return aleFile_; }
     const std::optional<FileURL>& aleFileURL() const { return aleFileURL_; }
-    /// Why the last report could not be loaded, with the file's name; absent when it was.
+    /// Why the last report could not be loaded, with the file's name; absent if it was loaded.
     const std::optional<std::string>& aleImportError() const { return aleImportError_; }
-    /// Of the loaded report, those that name none of the clips over which it was laid last.
+    /// The rows of the loaded report that matched none of the clips when it was last applied.
     const std::vector<std::size_t>& rowsWithoutClip() const { return rowsWithoutClip_; }
-    /// The last message of a report merge; absent without a report.
+    /// The message of the last merge of a report; absent without a report.
     const std::optional<std::string>& aleMatchStatus() const { return aleMatchStatus_; }
 
-    /// Reads a report and lays it over the clips; with no clips yet, the next scan does. A failure leaves
-    /// `aleImportError`, and forgets an earlier report. Never fails; one that is stopped leaves all as it
-    /// was.
+    /// Reads a report and applies it to the clips; if there are none yet, the next scan applies it. A failure
+    /// sets `aleImportError`, and discards an earlier report. Never fails; if it is stopped, nothing changes.
     platform::Task loadALE(FileURL url);
-    /// The same for a report that a project names. Its URL stays also where it can't be read just now: a save
-    /// keeps its path, and no output goes over it.
+    /// The same for a report that a project names. Its URL is kept even if it can't be read: a save writes
+    /// its path, and no output replaces it.
     platform::Task loadALEOfProject(FileURL url);
 
-    /// What came of it.
+    /// The result of applying a report.
     struct Laid {
         std::string status;
         std::vector<std::size_t> rowsWithoutClip;
     };
-    /// The loaded report and how it finds its clips, for another thread.
+    /// The loaded report and the way its rows are matched to clips, for another thread.
     struct Merging {
         std::shared_ptr<const ALEFile> report; ///< null: none
         ALEMatchStrategy strategy;
 
-        /// Changes the clips that a row belongs to; gives nothing without a report. Throws Stopped.
+        /// Changes the clips that have a row; absent without a report. Throws Stopped.
         std::optional<Laid> lay(SyncGroupList& groups, const std::stop_token& stop) const;
     };
     Merging merging() const;
-    /// For a scan: its clips stand, with what this made of them.
+    /// Called by a scan when its clips are complete, with the result of this.
     void merged(const Merging& merging, std::optional<Laid> laid);
-    /// Forgets the report; what it said of the clips stays.
+    /// Discards the report; the metadata that the clips have from it is kept.
     void clear();
 
-    // Each clearing opens its own undo step; with nothing to clear, there is none.
+    // Each of these opens its own undo step; no step if there is nothing to clear.
     void clearALEMetadata(UUID groupID);
     void clearLockitMetadata(UUID groupID);
     void clearALEMetadataForAllClips();
     void clearLockitMetadataForAllClips();
-    /// Clips with metadata of that kind.
+    /// The number of clips with metadata of that kind.
     int aleMetadataClipCount() const;
     int lockitMetadataClipCount() const;
 
     ALEMatchStrategy aleMatchStrategyFromDefaults() const;
-    /// How many clips got a row; with a hint where they are so few that the strategy may be wrong.
+    /// Says how many clips got a row, with a hint if they are so few that the strategy may be wrong.
     static std::string aleMatchStatusMessage(const MetadataMerger::MergeResult& result,
                                              const ALEMatchStrategy& strategy);
 

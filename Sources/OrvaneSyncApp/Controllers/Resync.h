@@ -13,35 +13,35 @@
 
 namespace orvane {
 
-// Matching clips again, and what follows from it for the recordings that no clip uses. Pure, any thread; what
-// takes a stop token throws Stopped.
+// Matches clips again, and updates the recordings that no clip uses. Pure functions, any thread; those with a
+// stop token throw Stopped.
 
-/// What these clips meet: a group each of the clip's video with that, under the clip's id. Nothing for clips
-/// that are not there, and without any recording.
+/// The new matches of these clips: one group for each, with the clip's video and id. Empty for missing clips,
+/// and without any recording.
 std::vector<SyncGroup> rematched(const WorkFiles& files, const std::vector<UUID>& groupIDs, MatchRules rules,
                                  const std::stop_token& stop);
 
 /// All clips matched again.
 struct Resynced {
-    SyncGroupList groups; ///< those that say the same are the same elements as before
+    SyncGroupList groups; ///< those that are unchanged are the same elements as before
     std::shared_ptr<const std::vector<WildTrack>> wildTracks;
     MatchedBy by;
-    SyncGroupList matched; ///< what was laid over them
+    SyncGroupList matched; ///< the matches that were applied
 
-    /// Lays it over clips that were edited meanwhile, with the recordings that they had. False where more has
-    /// changed than that.
+    /// Applies the matches to clips that were edited meanwhile but have the same recordings. False if more
+    /// than that has changed.
     bool follow(const WorkFiles& before, const WorkFiles& now);
 };
-/// Nothing without any recording.
+/// Absent without any recording.
 std::optional<Resynced> resynced(const WorkFiles& files, const SourceCorrections& corrections,
                                  const std::stop_token& stop);
 
-/// Gives the clip the recordings of `matched`, and its decisions what they stand for in these. Where the
-/// editor chose another recording than `matched` has in front, that one stays chosen if it is still there.
+/// Gives the clip the recordings of `matched`, and adapts its decisions to them. If the editor chose another
+/// recording than the first of `matched`, that one stays chosen if it is still there.
 void layMatches(SyncGroup& group, const SyncGroup& matched);
 
-/// What a clip uses is no wild track; of what clips have given up, that which no clip uses any more is one.
-/// Nothing where they are the same ones as before.
+/// A recording that a clip uses is no wild track; a recording that was removed from clips becomes one when no
+/// clip uses it. Absent if the wild tracks do not change.
 template <class IsUsed>
 std::optional<std::vector<WildTrack>> settledWildTracks(const std::vector<WildTrack>& before,
                                                         const std::vector<AudioMatch>& released,

@@ -21,57 +21,57 @@
 
 namespace orvane {
 
-/// From the folders to clips and wild tracks. Interface thread; files are read on a queue, one operation at a
-/// time.
+/// Makes clips and wild tracks from the folders. Interface thread; files are read on a queue, one operation
+/// at a time.
 class ScanController {
   public:
-    /// Null cache: probe results are neither looked up nor kept.
+    /// Null cache: probe results are neither looked up nor stored.
     ScanController(OpenWork& work, SmartAudioController& smartAudio, ReportController& reports,
                    std::shared_ptr<ProbeCache> probeCache);
     ~ScanController();
 
     ScanState scanState() const { return scanState_; }
     const ScanProgress& progress() const { return progress_; }
-    /// What the last scan found, and what it read from that; null without one.
+    /// The result of the last scan; null without one.
     const std::shared_ptr<const DiscoveryResult>& discoveryResult() const { return discoveryResult_; }
     const std::shared_ptr<const ScanResult>& scanResult() const { return scanResult_; }
 
     void setVideoFolderURL(std::optional<FileURL> folder);
     void setAudioFolderURL(std::optional<FileURL> folder);
     void setScope(ScanScope scope);
-    /// Holds from the next scan on.
+    /// Takes effect with the next scan.
     void setCorrections(SourceCorrections corrections);
-    /// At least one folder is set.
+    /// Whether at least one folder is set.
     bool canScan() const;
-    /// Replaces all clips, and stops the analyses of those before. Files that cannot be read stay in the work
-    /// with what is known of them. Done when the clips are made; Smart Audio starts after that by itself.
-    /// Fails with a CorrectionError, and leaves all as it was, where the work's sound offset has a frame that
-    /// does not exist at the rate of the clips. A second call while a scan runs waits for that scan. One that
-    /// is stopped leaves all as it was.
+    /// Replaces all clips, and stops the analyses of the earlier ones. Files that cannot be read stay in the
+    /// work with what is known about them. Ends when the clips are made; Smart Audio starts after that. Fails
+    /// with a CorrectionError, and changes nothing, if the work's sound offset has a frame number that does
+    /// not exist at the rate of the clips. A second call while a scan runs waits for that scan. A scan that
+    /// is stopped changes nothing.
     ///
-    /// Over work that holds decisions the scan is an undo step: taking it back brings the clips of before and
-    /// what was found then. `of`: whether the folders are those of the open work, or of other work that
-    /// takes its place, which clears the undo steps.
+    /// If the work holds decisions, the scan is an undo step: undoing it restores the earlier clips and the
+    /// earlier result. `of`: whether the folders are those of the open work, or of other work that replaces
+    /// it, which clears the undo steps.
     platform::Task startScan(OpenWork::ScanOf of = OpenWork::ScanOf::sameWork);
-    /// The scan that was started last, which may have ended; ended without one.
+    /// The scan that was started last, which may have ended; an ended task without one.
     platform::Task lastScan() const { return runningScan_.value_or(platform::Task::ended()); }
-    /// A scan that runs ends, and leaves all as it was before it; its task fails with Stopped.
+    /// Stops a running scan, which changes nothing; its task fails with Stopped.
     void stopScan();
-    /// A scan that runs ends, changes nothing and reports nothing.
+    /// Ends a running scan, which changes nothing and reports nothing.
     void abandonScan();
     /// Back to the state before any scan.
     void clear();
 
-    /// Differs after every start and every end of asking for the work.
+    /// Changes whenever a scan starts or is abandoned.
     std::uint64_t scanNumber() const { return scanNumber_; }
-    /// Asked before the clips of a scan are made: what to do with them on another thread, before the work has
-    /// them; null for nothing.
+    /// Called before the clips of a scan are made. Returns the edit to make on another thread before the work
+    /// gets the clips; null for none.
     using EditOfClips = std::function<void(SyncGroupList&, const std::vector<MediaAsset>& scannedAudio,
                                            const MatchRules& rules)>;
     std::function<EditOfClips()> editsOfClips;
-    /// Called when the work has the clips of a scan, with report and edits.
+    /// Called when the work has the clips of a scan, with report and edits applied.
     std::function<void()> whenMatched;
-    /// Reads one file, behind what is being read; leaves it in `result`.
+    /// Reads one file, after the files that are being read; writes it to `result`.
     platform::Task probeAudio(FileURL file, std::shared_ptr<std::optional<MediaAsset>> result) const;
 
   private:
@@ -81,13 +81,13 @@ class ScanController {
         field = std::move(value);
         work_.notify(name);
     }
-    /// What a scan replaces.
+    /// The state that a scan replaces.
     struct Earlier {
         ScanState scanState;
         std::shared_ptr<const DiscoveryResult> discoveryResult;
         std::shared_ptr<const ScanResult> scanResult;
     };
-    using ScanStep = std::pair<std::uint64_t, ScanProgress>; ///< by number of the scan
+    using ScanStep = std::pair<std::uint64_t, ScanProgress>; ///< by scan number
 
     using ScanOf = OpenWork::ScanOf;
     static platform::Task scan(std::weak_ptr<ScanController> weak, std::uint64_t scanNumber, ScanOf of);
@@ -109,7 +109,7 @@ class ScanController {
     std::shared_ptr<const DiscoveryResult> discoveryResult_;
     std::shared_ptr<const ScanResult> scanResult_;
     const std::shared_ptr<platform::Throttle<ScanStep>> shown_;
-    /// Lets a scan see that another scan or a reset has taken its place.
+    /// By this a scan sees that another scan or a reset has replaced it.
     std::uint64_t scanNumber_ = 0;
     std::optional<platform::Task> runningScan_;
     const FileDiscoveryService discoveryService_{};

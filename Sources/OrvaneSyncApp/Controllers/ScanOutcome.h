@@ -7,7 +7,7 @@
 
 namespace orvane {
 
-/// What a scan found and read; the work is made of it.
+/// The result of a scan; the work is made from it.
 struct ScanOutcome {
     std::shared_ptr<const DiscoveryResult> discoveryResult;
     std::shared_ptr<const ScanResult> scanResult;

@@ -8,27 +8,27 @@
 
 namespace orvane {
 
-/// Decides when the open work is saved: once for all its changes of a turn of the run loop, and neither while
-/// a session replaces it nor while a project does. Interface thread; held by a shared pointer, as what is
-/// posted holds it weakly.
+/// Decides when the open work is saved: once for all its changes in one turn of the run loop, and not while a
+/// session or a project replaces it. Interface thread; held by a shared pointer, because posted calls hold a
+/// weak one.
 class SessionAutosave : public std::enable_shared_from_this<SessionAutosave> {
   public:
-    /// `isChanged`: since the last save.
+    /// `isChanged`: whether the work has changed since the last save.
     using Save = std::function<void(const ImportController&, bool isChanged)>;
     SessionAutosave(std::shared_ptr<platform::MainThread> mainThread, Save save)
         : mainThread_(std::move(mainThread)), save_(std::move(save)) {}
 
-    /// From now on the changes of this work are saved.
+    /// Saves the changes of this work from this call on.
     void watch(const std::shared_ptr<ImportController>& controller);
     /// Null before `watch`.
     std::shared_ptr<ImportController> controller() const { return controller_.lock(); }
 
     void schedule();
-    /// What is scheduled is saved now.
+    /// Saves at once if a save is scheduled.
     void saveScheduled();
     void save();
 
-    /// While it lives, changes of the work are no edits.
+    /// While an object of this type exists, changes of the work are no edits.
     class Restoring {
       public:
         explicit Restoring(SessionAutosave& owner) : owner_(owner) { owner_.isRestoring_ = true; }
@@ -41,7 +41,7 @@ class SessionAutosave : public std::enable_shared_from_this<SessionAutosave> {
     };
     /// The clips shown do not belong to the session.
     void projectBegins() { isProjectOpening_ = true; }
-    /// False where none was opening.
+    /// False if no project was opening.
     bool projectEnds() { return std::exchange(isProjectOpening_, false); }
 
   private:

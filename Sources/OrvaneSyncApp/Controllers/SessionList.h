@@ -14,14 +14,14 @@ class SessionList {
     explicit SessionList(std::vector<SessionInfo> sessions) : sessions_(std::move(sessions)) {}
 
     const std::vector<SessionInfo>& all() const { return sessions_; }
-    /// Null when there is none.
+    /// Null if there is none.
     const SessionInfo* find(const UUID& id) const;
     /// The ids of those in a folder.
     std::vector<UUID> idsIn(const std::string& folder) const;
-    /// The folder's name and the next shooting day, such as "Dreh DT 008"; nothing without a folder.
+    /// The folder's name and the next shooting day, such as "Dreh DT 008"; absent without a folder.
     std::optional<std::string> suggestedName(const UUID& id) const;
 
-    /// Instead of the one with its id, where there is one.
+    /// Replaces the session with the same id, if there is one.
     void place(SessionInfo info);
     void remove(const UUID& id);
 

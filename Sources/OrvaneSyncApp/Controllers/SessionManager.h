@@ -16,77 +16,77 @@
 
 namespace orvane {
 
-/// Keeps the open work: a session holds all clips with every edit, is saved in the background after every
-/// change, and opens again at once. Sessions lie in named folders, which carry settings.
+/// Stores the open work: a session holds all clips with every edit, is saved in the background after every
+/// change, and opens quickly. Sessions are kept in named folders, which have settings.
 ///
-/// Interface thread, and asserts so. What is decided holds in memory at once; all reading and writing is done
-/// on a queue of its own, in order, but that of the lists at its making. Destroying it waits for what is not
-/// written yet: `flush` first, which keeps nobody waiting. Held by a shared pointer, as its background work
-/// holds it weakly.
+/// Interface thread, and asserts so. Decisions take effect in memory at once; reading and writing is done on
+/// one queue, in order, except that the constructor reads the lists. The destructor waits for what is not
+/// written yet: call `flush` first, which does not block. Held by a shared pointer, because its background
+/// work holds a weak one.
 class SessionManager : public SessionStatus, public std::enable_shared_from_this<SessionManager> {
   public:
     struct Dependencies {
         std::shared_ptr<platform::MainThread> mainThread;
-        std::shared_ptr<platform::SettingsStore> settings; ///< those that follow the work into its folder
-        std::string sessionsDir{};                         ///< empty: the user account's
+        std::shared_ptr<platform::SettingsStore> settings; ///< those that are stored with the work's folder
+        std::string sessionsDir{};                         ///< empty: that of the user account
         std::shared_ptr<const platform::Clock> clock = platform::systemClock();
     };
     static std::shared_ptr<SessionManager> create(Dependencies dependencies);
     ~SessionManager();
 
-    /// What the last writing of the session failed at.
+    /// Why the last writing of the session failed.
     std::optional<std::string> saveError(const UUID& sessionId) const;
     SessionFolderList& folders() { return *folders_; }
     SessionPlaces& places() { return places_; }
 
     // Saving.
 
-    /// Saves the open session in the background; the task ends when it is on the disk, a later save has taken
-    /// its place, or it has failed (`lastSaveError`). Nothing without an open session. A name that is given
-    /// stays; a session that nobody has named is named after its media folders.
+    /// Saves the open session in the background; the task ends when it is written, when a later save has
+    /// replaced this one, or when it has failed (`lastSaveError`). Does nothing without an open session. A
+    /// given name is kept; a session without a given name is named after its media folders.
     platform::Task save(const ImportController& controller, std::optional<std::string> name = std::nullopt);
-    /// Gives work that is open without a session one of its own, which is saved; nothing where there is one,
-    /// or no work.
+    /// If the open work has no session, makes one for it and saves it. Does nothing if there is one, or no
+    /// work.
     void beginSessionOfOpenWork(const ImportController& controller);
-    /// From now on: saves after every change of clips, wild tracks or folders and every 5 seconds, watches
-    /// the settings, sees within a second what another process changes of the lists, and gives a project that
-    /// is opened a session of its own, after that of the work before was saved; work without a session that
-    /// may hold decisions gets one first. A list without clips is saved
-    /// only where the editor has emptied it. Once; later calls do nothing.
+    /// From this call on: saves after every change of clips, wild tracks or folders and every 5 seconds,
+    /// watches the settings, notices within a second when another process changes the lists, and makes a
+    /// session for a project that is opened, after saving the session of the earlier work; earlier work
+    /// without a session that may hold decisions gets one first. A list without clips is saved only if the
+    /// editor has emptied it. Later calls do nothing.
     void start(const std::shared_ptr<ImportController>& controller);
-    /// The application is left, or comes back: saves; the timers rest in between.
+    /// The application loses the focus or gets it back: saves; the timers are paused in between.
     void resignActive();
     void becomeActive();
-    /// Done when every save so far is on the disk or has failed, a change that was just made too. What failed
-    /// before is tried again.
+    /// Ends when every save so far, including that of the most recent change, is written or has failed. Saves
+    /// that failed before are tried again.
     platform::Task flush();
 
     // Opening.
 
-    /// Reads the session's clips and then replaces the controller's work by them; the task ends when the
-    /// work has them. Nothing when there is no such session. A session whose clips can't be read opens
-    /// without any (`problem`), and their file is kept. A later call takes the place of one that still reads;
-    /// one that is stopped leaves the work as it is.
+    /// Reads the session's clips and replaces the controller's work by them; the task ends when the work has
+    /// them. Does nothing if there is no such session. A session whose clips can't be read opens without
+    /// clips (`problem`), and their file is kept. A later call replaces one that is still reading; a call
+    /// that is stopped leaves the work unchanged.
     platform::Task load(UUID sessionId, const std::shared_ptr<ImportController>& controller);
     platform::Task loadMostRecentSession(std::shared_ptr<ImportController> controller);
-    /// Empty work under a new id, saved at once. The task is that of `save`.
+    /// Makes empty work under a new id and saves it at once. The task is that of `save`.
     platform::Task newSession(ImportController& controller);
-    /// Goes back to empty work without a session. What was decided in the one that was open is saved there;
-    /// nothing that comes later is.
+    /// Closes the work and leaves empty work without a session. Decisions made so far are saved in the closed
+    /// session; later ones are not.
     void close(ImportController& controller);
-    /// Ends when the lists of sessions and folders are what the disk says, with what is not there yet.
+    /// Ends when the lists of sessions and folders match the disk plus the unwritten changes.
     platform::Task loadSessionList();
-    /// Leaves in `found` the session with clips, other than the open one, whose media lay in just these
-    /// folders, of several the most recently modified; absent where there is none.
+    /// Writes to `found` the session with clips, other than the open one, whose media were in exactly these
+    /// folders; the most recently modified if there are several, absent if there is none.
     platform::Task findSession(const std::vector<FileURL>& folders,
                                std::shared_ptr<std::optional<UUID>> found) const;
 
     // The tasks end as that of `save`.
 
     platform::Task rename(const UUID& sessionId, std::string name);
-    /// Cannot be taken back. Of the open session the work goes too, as by `close`, once this has been
-    /// started. Leaves in `wasThere` whether the disk had it, also one whose record can't be read. Throws
-    /// FileError when it could not be deleted; all is as it was then.
+    /// Cannot be undone. If it is the open session, its work is closed too, as by `close`; before `start`
+    /// only the session is. Writes to `wasThere` whether the disk had the session, also if its record can't
+    /// be read. Throws FileError if it could not be deleted; nothing is changed then.
     platform::Task deleteSession(UUID sessionId,
                                  std::shared_ptr<bool> wasThere = std::make_shared<bool>(false));
 
@@ -100,7 +100,7 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
     void adopt(SessionInfo info);
     platform::Task save(SessionWork work, std::optional<std::string> name, bool isChanged);
     platform::Task decide(const UUID& id, SessionInfoChange change);
-    /// The session as it is shown, with the change, which is noted as unwritten.
+    /// Applies the change to the session as it is shown, and notes it as unwritten.
     void change(const UUID& id, const SessionInfoChange& change, std::shared_ptr<const SessionWork> work,
                 bool isChanged);
     void setCurrentSession(std::optional<UUID> id);
@@ -123,9 +123,10 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
     const SessionStore store_;
     Repeating autosaveTimer_, lookTimer_;
     bool isStarted_ = false;
-    std::uint64_t openings_ = 0; ///< number of the last one: an earlier one that still reads does nothing
-    std::optional<std::string> openingProject_; ///< the name of a project while it is opened
-    /// Before what uses it: destroyed behind it, when it waits for all that was posted.
+    std::uint64_t openings_ =
+        0; ///< number of the latest opening: an earlier one that is still reading has no effect
+    std::optional<std::string> openingProject_; ///< the name of a project while it is being opened
+    /// Declared before its users, so it is destroyed after them, which waits for all posted work.
     const std::unique_ptr<platform::SerialQueue> queue_;
     const std::shared_ptr<FolderSettings> folderSettings_;
     const std::shared_ptr<SessionFolderList> folders_;

@@ -13,37 +13,38 @@
 
 namespace orvane {
 
-/// In which folder each session lies, and what it has from it. What another process has made of the folders:
+/// The folder of each session, and what the session has from it. To see changes by another process, call
 /// `SessionManager::loadSessionList` first. Interface thread.
 class SessionPlaces {
   public:
     using Decide = std::function<platform::Task(const UUID&, SessionInfoChange)>;
-    /// `sessions` outlives it. `decide` changes a session; its task ends as that of `SessionManager::save`.
+    /// `sessions` outlives this object. `decide` changes a session; its task ends as that of
+    /// `SessionManager::save`.
     SessionPlaces(const SessionStatus& sessions, std::shared_ptr<SessionFolderList> folders,
                   std::shared_ptr<FolderSettings> settings, Decide decide);
 
-    /// Blank: out of its folder.
+    /// Blank: removes the session from its folder.
     platform::Task setFolder(const UUID& sessionId, const std::optional<std::string>& folder) const;
 
-    /// Those of sessions too, ascending.
+    /// Including folders that only sessions name; ascending.
     std::vector<std::string> folderNames() const;
     /// False for a blank name or one that is taken.
     bool createFolder(std::string_view name);
-    /// Its sessions move along. False for a blank name or one that is taken.
+    /// Its sessions move with it. False for a blank name or one that is taken.
     bool renameFolder(std::string from, std::string_view to);
-    /// Nothing while a session lies in it.
+    /// Does nothing if a session is in it.
     void deleteEmptyFolder(const std::string& name);
 
     std::optional<std::string> lockitProjectID(const UUID& sessionId) const;
     std::optional<std::string> metadataPrefix(const UUID& sessionId) const;
     std::optional<std::string> folderOfOpenSession() const;
 
-    /// The present settings into the open session's folder, if it lies in one.
+    /// Stores the present settings in the open session's folder, if it has one.
     void captureSettings();
-    /// Applies those of the session's folder; false where none has another value by it.
+    /// Applies those of the session's folder; false if this changes no value.
     bool applySettings(const UUID& sessionId);
-    /// Keys of the settings that another value came for with the folder of the session that was opened last.
-    /// Observable as SessionField::settingsOfFolder, notified only where there are some.
+    /// Keys of the settings that changed when the folder of the most recently opened session was applied.
+    /// Observable as SessionField::settingsOfFolder, which is notified only if there are some.
     const std::vector<std::string>& appliedSettings() const { return appliedSettings_; }
 
   private:

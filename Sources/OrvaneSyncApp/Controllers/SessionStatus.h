@@ -13,7 +13,7 @@
 
 namespace orvane {
 
-/// What of the sessions has changed.
+/// Which part of the sessions has changed.
 enum class SessionField : std::uint8_t {
     sessions,
     currentSessionId,
@@ -23,7 +23,7 @@ enum class SessionField : std::uint8_t {
     settingsOfFolder
 };
 
-/// What people see of the sessions; their manager alone changes it. Each getter is observable. Interface
+/// What people see of the sessions; only the session manager changes it. Each getter is observable. Interface
 /// thread, and asserts so.
 class SessionStatus {
   public:
@@ -36,13 +36,13 @@ class SessionStatus {
     /// The open session; absent: nothing is saved.
     const std::optional<UUID>& currentSessionId() const { return open_.id; }
     const SessionInfo* currentSession() const { return open_.id ? session(*open_.id) : nullptr; }
-    /// Whether the open session has clips on the disk, and its folders there have nothing in common with
-    /// these (`OpenSession::isElsewhere`).
+    /// Whether the open session has clips on the disk and its folders there have nothing in common with these
+    /// (`OpenSession::isElsewhere`).
     bool keepsClipsFromElsewhere(const std::vector<FileURL>& folders) const;
-    /// What the last writing of a session or of the list of folders failed at; absent once all are written.
+    /// Why the last writing of a session or of the list of folders failed; absent once all are written.
     const std::optional<std::string>& lastSaveError() const { return lastSaveError_; }
-    /// What people should know: what can't be read of the open session or of the list of folders, that
-    /// another program has deleted the session, or which file was kept.
+    /// A message for people: what of the open session or of the list of folders can't be read, that another
+    /// program has deleted the session, or which file was kept.
     const std::optional<std::string>& problem() const { return problem_; }
     /// Calls back after every change, on the interface thread.
     platform::Subscription onChange(std::function<void(SessionField)> callback);

@@ -13,49 +13,49 @@
 
 namespace orvane {
 
-/// What of the sessions is not on the disk yet, and the way there: one queue, the newest save of a session
-/// winning. A save that fails stays, and is tried again. Interface thread. Held by a shared pointer, as its
-/// writing holds it weakly.
+/// The changes of the sessions that are not written yet, and their writing: one queue; the newest save of a
+/// session replaces earlier ones. A save that fails is kept and tried again. Interface thread. Held by a
+/// shared pointer, because its writing holds a weak one.
 class SessionWrites : public std::enable_shared_from_this<SessionWrites> {
   public:
-    /// Whom it tells; outlives it.
+    /// Is notified; outlives this object.
     class Owner {
       public:
         virtual ~Owner() = default;
-        /// Nothing of the session waits any more; `work` as it was written, null for its record alone.
+        /// Nothing of the session waits to be written; `work` as it was written, null if only its record was.
         virtual void isWritten(const UUID& id, const std::shared_ptr<const SessionWork>& work) = 0;
         virtual void adopt(SessionInfo onDisk) = 0;
         virtual void reportKeptFiles(const UUID& id, const std::vector<std::string>& kept) = 0;
-        /// After every attempt to write.
+        /// Called after every attempt to write.
         virtual void reportFailures() = 0;
-        /// Another process has deleted the session. The work by which it is written again; null: it stays
-        /// deleted, and nothing of it waits.
+        /// Another process has deleted the session. Returns the work with which it is written again; null: it
+        /// stays deleted, and its unwritten changes are discarded.
         virtual std::shared_ptr<const SessionWork> isDeletedByAnother(const UUID& id, bool isChanged) = 0;
     };
-    /// The queue outlives it.
+    /// The queue outlives this object.
     SessionWrites(Owner& owner, SessionStore store, platform::SerialQueue& queue,
                   std::shared_ptr<platform::MainThread> mainThread);
 
     const std::map<UUID, UnwrittenSession>& unwritten() const { return unwritten_; }
-    /// What the last writing of each session failed at, of those in `unwritten`.
+    /// Why the last writing of each session failed, for those in `unwritten`.
     const std::map<UUID, std::string>& failures() const { return failures_; }
-    /// Null when nothing waits.
+    /// Null if nothing waits.
     const UnwrittenSession* find(const UUID& id) const;
 
-    /// Notes a change; `info` is shown with it. A save brings `work`.
+    /// Notes a change; `info` is shown with it. For a save `work` is set.
     void change(SessionInfo info, const SessionInfoChange& change, std::shared_ptr<const SessionWork> work,
                 bool isChanged);
-    /// Writes what waits of the session; ends when that is on the disk, a later write has taken its place, or
-    /// it has failed.
+    /// Writes the waiting changes of the session; ends when they are written, a later write has replaced this
+    /// one, or it has failed.
     platform::Task start(const UUID& id);
     void retryFailed();
-    /// Deletes the session, behind a write under way; what waits goes with it. `wasThere`: on the disk.
-    /// Throws FileError when it is still there; it is kept as before then.
+    /// Deletes the session after a running write; its waiting changes are discarded. `wasThere`: whether it
+    /// was on the disk. Throws FileError if it is still there; it is kept then.
     platform::Task remove(UUID id, std::shared_ptr<bool> wasThere);
-    /// Ends when all that waits now and `other` have ended, also what takes their place meanwhile.
+    /// Ends when all waiting writes and `other` have ended, and the writes that replace them meanwhile.
     platform::Task finish(platform::Task other);
     bool isFinishing() const { return finishing_ > 0; }
-    /// Posts what is not written; for the end of the program, when no task goes on.
+    /// Posts the unwritten changes to the queue; for the end of the program, when tasks do not continue.
     void postUnwritten() const;
 
     /// The session was opened with these clips; it is no longer open.
@@ -77,15 +77,15 @@ class SessionWrites : public std::enable_shared_from_this<SessionWrites> {
     const SessionStore store_;
     platform::SerialQueue& queue_;
     const std::shared_ptr<platform::MainThread> mainThread_;
-    /// Belongs to the queue.
+    /// Used on the queue only.
     const std::shared_ptr<SessionGroupsWriter> groupsWriter_;
-    /// The newest token of each session: an older write stops where it finds another one.
+    /// The newest token of each session: an older write stops if its token is not the newest.
     std::map<UUID, std::uint64_t> generation_;
     std::map<UUID, UnwrittenSession> unwritten_;
     std::map<UUID, std::string> failures_;
     std::set<UUID> removing_;
     std::vector<platform::Task> tasks_;
-    int finishing_ = 0; ///< tasks of `finish` under way
+    int finishing_ = 0; ///< running tasks of `finish`
 };
 
 } // namespace orvane

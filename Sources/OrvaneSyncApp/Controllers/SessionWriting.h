@@ -17,29 +17,30 @@ struct SessionWork {
     bool isEmptiedByEdit = false;
     SessionFoldersChange folders;
     WildTracksChange wildTracks;
-    bool leavesClipsAlone = false; ///< those on the disk stay
+    bool leavesClipsAlone = false; ///< the clips on the disk are not changed
 };
 
-/// What of a session is not on the disk yet.
+/// The changes of a session that are not written yet.
 struct UnwrittenSession {
-    std::shared_ptr<const SessionWork> work; ///< null: its record alone
-    SessionInfo info;                        ///< as it is shown, with the change
+    std::shared_ptr<const SessionWork> work; ///< null: only its record
+    SessionInfo info;                        ///< as shown, with the change
     SessionInfoChange change;
-    /// Somebody has changed or decided something; else a session that another process deletes stays deleted.
+    /// The user has changed or decided something; otherwise a session that another process deletes stays
+    /// deleted.
     bool isChanged = false;
 };
 
-/// What came of writing it.
+/// The result of writing a session.
 struct SessionWriteOutcome {
-    std::vector<std::string> failures{};     ///< the file, and what it failed at
-    std::vector<std::string> kept{};         ///< files that lie beside the new ones
+    std::vector<std::string> failures{};     ///< the file, and why it failed
+    std::vector<std::string> kept{};         ///< files that were kept beside the new ones
     bool isDeleted = false;                  ///< by another process; nothing was written
     bool areClipsOutdated = false;           ///< another process has changed them
-    std::optional<SessionFolders> folders{}; ///< as they now are on the disk, where they can be read
-    std::optional<SessionInfo> info{};       ///< as it now is on the disk
+    std::optional<SessionFolders> folders{}; ///< as they are on the disk after the writing, if readable
+    std::optional<SessionInfo> info{};       ///< as it is on the disk after the writing
 };
 
-/// What the disk says of a session.
+/// A session as it is on the disk.
 struct StoredSession {
     SessionStore::Groups groups;
     SessionStore::Stored<SessionFolders> folders;
@@ -47,12 +48,11 @@ struct StoredSession {
     std::optional<std::string> infoProblem;                       ///< why its record can't be read
     SessionStore::Stored<std::vector<FolderInfo>> sessionFolders; ///< those of all sessions
 };
-/// Absent where there is no such session.
+/// Absent if there is no such session.
 std::optional<StoredSession> readStoredSession(const SessionStore& store, const UUID& id);
 
-/// A failure of one file does not keep the others from being written, and none throws. First everything but
-/// the record, then the record, by which the session is listed: it is never older than the clips it was
-/// written with.
+/// A failure of one file does not prevent writing the others, and none throws. The record, by which the
+/// session is listed, is written last, so it is never older than the clips written with it.
 void writeSessionWork(const SessionStore& store, SessionGroupsWriter& writer, const UUID& id,
                       const UnwrittenSession& data, SessionWriteOutcome& outcome);
 void writeSessionRecord(const SessionStore& store, const UnwrittenSession& data,

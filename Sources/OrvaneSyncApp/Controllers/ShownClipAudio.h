@@ -13,21 +13,21 @@
 
 namespace orvane {
 
-/// Keeps the sound of the clip on screen up to date: hands the player what it plays in the place of the
-/// recording, when the clip comes into view and after every change of it, and has the preview of Voice
-/// Isolation rendered when the clip comes into view and after every change that it depends on. A preview of
-/// what holds no longer is not played. Nothing is rendered for other clips: what is under way for one stops
-/// when it leaves. Interface thread.
+/// Keeps the sound of the clip on screen up to date. When a clip is shown and after every change of it,
+/// passes the player the sound to play instead of the recording. When a clip is shown and after every change
+/// that the preview of Voice Isolation depends on, has that preview rendered. A preview that is out of date
+/// is not played. Nothing is rendered for other clips: a rendering stops when its clip is no longer shown.
+/// Interface thread.
 class ShownClipAudio {
   public:
-    /// Nothing: the recording itself.
+    /// Absent: the recording itself.
     using Play = std::function<void(const std::optional<FileURL>& rendered)>;
     ShownClipAudio(std::shared_ptr<ImportController> controller,
                    const std::shared_ptr<platform::MainThread>& mainThread,
                    const std::shared_ptr<platform::SettingsStore>& settings, Play setMixdownAudio);
     ~ShownClipAudio();
 
-    /// `renders`: whether previews are rendered, or only what is there already is played.
+    /// `renders`: whether previews are rendered; otherwise only existing ones are played.
     void show(std::optional<UUID> groupID, bool renders = true);
 
   private:
@@ -43,8 +43,8 @@ class ShownClipAudio {
     std::optional<UUID> shown_;
     bool renders_ = true;
     Entries entries_;
-    std::optional<platform::Task> preview_; ///< the newest
-    std::shared_ptr<ShownClipAudio*> self_; ///< null once this is gone
+    std::optional<platform::Task> preview_; ///< the newest rendering
+    std::shared_ptr<ShownClipAudio*> self_; ///< null once this object is destroyed
     platform::Subscription ofWork_, ofSettings_;
 };
 

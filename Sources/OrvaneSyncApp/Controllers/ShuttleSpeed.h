@@ -13,7 +13,7 @@ class ShuttleSpeed {
 
     /// Negative: backwards.
     float rate() const;
-    /// Where a press leads: to the next one, and from the other direction to normal speed.
+    /// The speed after a press: the next one in that direction; from the opposite direction normal speed.
     ShuttleSpeed after(bool isForward) const;
     /// Such as "▶ 2×"; "STOP" when paused.
     std::string label() const;

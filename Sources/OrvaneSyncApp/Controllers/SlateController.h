@@ -15,31 +15,31 @@
 
 namespace orvane {
 
-/// The clapper boards of the clips: searched for on request, kept in `SmartAudioState::slateResults`, and
-/// offered for scene and take. A search writes nothing into a clip. Interface thread.
+/// The clapper boards of the clips: searched for on request, stored in `SmartAudioState::slateResults`, and
+/// proposed as scene and take. A search changes no clip. Interface thread.
 class SlateController {
   public:
     /// Null detector: that of this machine.
     SlateController(OpenWork& work, SmartAudioCaches& caches, std::shared_ptr<SlateDetector> detector);
     ~SlateController();
 
-    /// Searches one clip, its first recording included, also where that was done before. Where a file cannot
-    /// be read, what was found before stays.
+    /// Searches one clip, including its first recording, also if it was searched before. If a file cannot be
+    /// read, the earlier result is kept.
     platform::Task detectSlate(const UUID& groupID);
-    /// Searches all clips, one after the other; each result stands as soon as it is found, and stays where
-    /// the rest is stopped.
+    /// Searches all clips, one after the other; each result is stored when it is found, and is kept if the
+    /// rest is stopped.
     platform::Task detectSlates();
     /// Empty while no search runs; the fraction is that of all clips.
     const SmartAudioProgress& progress() const { return progress_; }
 
     const SlateResult* result(const UUID& groupID) const;
-    /// What was wrong with the latest search of the clip, for people; absent where nothing was.
+    /// The error of the latest search of the clip, for people; absent if there was none.
     std::optional<std::string> problem(const UUID& groupID) const;
-    /// What the clip could take over from its slate, as the naming settings now are.
+    /// The scene and take that the slate proposes for the clip, by the present naming settings.
     std::optional<SlateProposal> proposal(const UUID& groupID) const;
-    /// Those of all clips, in their order.
+    /// The proposals for all clips, in their order.
     std::vector<std::pair<UUID, SlateProposal>> proposals() const;
-    /// Each an undo step of its own; none where nothing is offered.
+    /// Each opens an undo step; none if there is no proposal.
     void acceptSlate(const UUID& groupID);
     void acceptSlates();
 
@@ -54,7 +54,7 @@ class SlateController {
     SmartAudioCaches& caches_;
     const std::shared_ptr<SlateDetector> detector_;
     SmartAudioProgress progress_;
-    int searches_ = 0; ///< under way
+    int searches_ = 0; ///< running searches
     const std::shared_ptr<platform::Throttle<SmartAudioProgress>> shown_;
     const std::unique_ptr<platform::SerialQueue> queue_;
 };

@@ -15,7 +15,7 @@
 
 namespace orvane {
 
-/// What a preview of Voice Isolation is made from.
+/// The input of a preview of Voice Isolation.
 struct VoiceIsolationInput {
     TakeSound sound;
     VoiceIsolationSettings settings;
@@ -23,57 +23,58 @@ struct VoiceIsolationInput {
     bool operator==(const VoiceIsolationInput&) const = default;
 };
 
-/// What of a clip its analysis depends on. The settings are beside it: no step changes them.
+/// What the analysis of a clip depends on, except the settings, which no undo step changes.
 struct AnalysisInput {
     TakeSound sound;
     int channelCount = 0;          ///< tracks of the take
-    std::set<int> candidateTracks; ///< that the editor leaves to the analysis; empty: all
+    std::set<int> candidateTracks; ///< those that the editor allows in the analysis; empty: all
 
     bool operator==(const AnalysisInput&) const = default;
 };
 
-/// What the result of a clip was made from.
+/// The input from which a clip was routed, and the result.
 struct RoutedClip {
     AnalysisInput input;
-    std::vector<BlockDecision> blocks; ///< in take time, without the ranges that were chosen by hand
+    std::vector<BlockDecision> blocks; ///< in take time, without the ranges that the editor chose
 };
 
-/// What was emptied of the state because a step was taken back.
+/// What was removed from the state because a step was undone.
 struct SmartAudioSetAside {
     SmartAudioResults results;
     std::unordered_map<UUID, RoutedClip> routed;
     std::unordered_set<UUID> passedOver;
     std::unordered_set<UUID> rendered; ///< clips whose blocks were rendered
-    SyncGroupList clips;               ///< of which all of it was known; empty: of several states of them
+    SyncGroupList clips; ///< the clips when the removed data was valid; empty: it comes from several states
 
     bool isEmpty() const { return results.empty() && passedOver.empty(); }
 };
 
-/// What Smart Audio knows of the clips, and when it is thrown away. Each removal notifies.
+/// What Smart Audio knows about the clips, and the operations that discard it. Each removal notifies.
 class SmartAudioCaches {
   public:
     explicit SmartAudioCaches(OpenWork& work) : work_(work) {}
 
     SmartAudioState state;
     std::unordered_map<UUID, RoutedClip> routed; ///< of the clips with a result
-    /// Of the latest preview of each clip, also of one that could not be made.
+    /// The input of the latest preview of each clip, also of one that could not be made.
     std::unordered_map<UUID, VoiceIsolationInput> lastVIInput;
 
-    /// All that is known of the clip, and all that was rendered from it.
+    /// Removes all that is known about the clip, and all that was rendered from it.
     void removeSmartAudioCaches(const UUID& groupID);
     void removeRenderedAudio(const UUID& groupID);
-    /// The files are no more.
+    /// Called when the files are gone.
     void removeAllRenderedAudio();
-    /// Previews of Voice Isolation and slates stay: they depend on nothing that undoing brings back.
+    /// Keeps previews of Voice Isolation and slates: they depend on nothing that undo restores.
     void invalidateCachesAfterUndo();
-    /// The same, keeping what is emptied until it is taken: of several calls in a row all of it, once for
-    /// each clip. `clipsBefore`: those of which it was known.
+    /// The same, but keeps the removed data until it is taken: that of several calls in a row together, once
+    /// for each clip. `clipsBefore`: the clips for which it was valid.
     void setAsideAfterUndo(const SyncGroupList& clipsBefore);
     SmartAudioSetAside takeSetAside() { return std::exchange(setAside_, {}); }
-    /// The clips that they belong to are no more.
+    /// Called when the clips are gone.
     void removeAll();
 
-    /// How often the results of the clip were thrown away for good: tells a result that comes after that.
+    /// How often the results of the clip were discarded for good: a result from before such a removal is out
+    /// of date.
     std::uint64_t removals(const UUID& groupID) const;
 
   private:

@@ -7,8 +7,8 @@
 
 namespace orvane {
 
-/// Smart Audio of the open work: which clips are analysed when, and what is known of them. An analysis never
-/// fails. Interface thread.
+/// Smart Audio of the open work: which clips are analysed when, and the results. An analysis never fails.
+/// Interface thread.
 class SmartAudioController {
   public:
     explicit SmartAudioController(OpenWork& work);
@@ -19,36 +19,39 @@ class SmartAudioController {
     RenderedAudioController& rendered() { return rendered_; }
     const RenderedAudioController& rendered() const { return rendered_; }
 
-    /// Analyses all settled clips that have sound, one after the other. `off` forgets all results.
+    /// Analyses all settled clips with sound, one after the other. `off` discards all results.
     platform::Task runSmartAudioAnalysis(SmartAudioMode mode, bool forceOverwriteManualTracks);
     /// Analyses one clip, whatever its status, in the stored mode (`standard` for `off`), and measures its
     /// loudness and master gain.
     platform::Task runSmartAudioForGroup(const UUID& groupID, bool forceOverwriteManualTracks);
-    /// Measures the loudness of all settled clips that have sound and writes their master gain, where the
-    /// editor has not set it by hand. A recording in which nothing is heard leaves the gain as it is.
+    /// Measures the loudness of all settled clips with sound and writes their master gain, unless the editor
+    /// has set it. A silent recording leaves the gain unchanged.
     platform::Task measureLoudness();
-    /// Analyses a clip again that was analysed before, with the editor's choice of tracks kept: for every
-    /// change that the result depends on. The task ends with the analysis that takes the change in, which
-    /// may be one that ran before.
+    /// Analyses a clip again that was analysed before, and keeps the editor's choice of tracks: for every
+    /// change that the result depends on. The task ends with the analysis that includes the change, which may
+    /// have been running already.
     platform::Task reanalyseIfKnown(const UUID& groupID);
     /// The same for all clips that were analysed.
     platform::Task reanalyseAll();
-    /// After the sound of a clip was moved: ranges by hand keep their place in the picture.
+    /// To be called after the sound of a clip was moved: the editor's ranges keep their position in the
+    /// picture.
     void reapplyRanges(const UUID& groupID) { runs_.reapplyRanges(groupID); }
 
-    /// Within an undo or redo: empties what was made from the clips. On the next turn of the interface thread
-    /// the results of the clips that are asked of as they were are back; the others are to be analysed again.
+    /// To be called within an undo or redo: removes what was made from the clips. On the next turn of the
+    /// interface thread, results whose clips have the same input as before are restored; the other clips have
+    /// to be analysed again.
     void emptyAfterUndo(const SyncGroupList& clipsBefore);
-    /// Brings them back at once, for who asks for them in the same turn: the next command of `serve` may.
+    /// Restores them at once, for a caller that needs them in the same turn, such as the next command of
+    /// `serve`.
     void restoreAfterUndo();
 
-    /// Whether a scan starts an analysis by itself where the setting `smartAudioMode` was written. On at
-    /// first; off for a front end that starts analyses itself.
+    /// Whether a scan starts an analysis if the setting `smartAudioMode` was written. True by default; false
+    /// for a front end that starts analyses itself.
     void setAnalysesAfterScan(bool doesSo) { analysesAfterScan_ = doesSo; }
     void startAnalysisAfterScan();
-    /// Whatever runs ends without a result.
+    /// Stops all analyses, which then have no result.
     void stop() { runs_.stop(); }
-    /// Waits for the analysis that the last scan started by itself, if it did.
+    /// Waits for the analysis that the last scan started, if it did.
     platform::Task waitForAnalysisAfterScan() const;
 
   private:

@@ -18,7 +18,7 @@
 
 namespace orvane {
 
-/// What one analysis asks of every clip.
+/// The options of one analysis, the same for every clip.
 struct SmartAudioTerms {
     SmartAudioMode mode = SmartAudioMode::standard;
     std::optional<SmartAudioConfig> config;
@@ -27,31 +27,32 @@ struct SmartAudioTerms {
     bool operator==(const SmartAudioTerms&) const = default;
 };
 
-/// The analyses under way. Each reads the first recording of its clips once, leaves the results in the
-/// caches and switches on the tracks of their blocks, unless the editor chose tracks by hand. None fails.
+/// The running analyses. Each reads the first recording of its clips once, writes the results to the caches
+/// and switches on the tracks of their blocks, unless the editor chose tracks. None fails.
 class SmartAudioRuns {
   public:
     SmartAudioRuns(OpenWork& work, SmartAudioCaches& caches, RenderedAudioController& rendered);
     ~SmartAudioRuns();
 
     enum class Loudness { leave, measure, only };
-    /// Clips with sound, as they stand at the call. `measure`: also their loudness and master gain.
+    /// Analyses clips with sound, in their state at the call. `measure`: also their loudness and master gain.
     platform::Task analyse(SyncGroupList groups, SmartAudioTerms terms, bool forceOverwriteManualTracks,
                            Loudness loudness);
-    /// Of a single clip: also its loudness and master gain, and its blocks are rendered for the player.
+    /// The same for one clip, with its loudness and master gain; its blocks are rendered for the player.
     platform::Task analyseOne(SyncGroupList group, SmartAudioTerms terms, bool forceOverwriteManualTracks);
-    /// The loudness of clips with sound, and the master gain where something is heard.
+    /// Measures the loudness of clips with sound, and sets the master gain of those that are not silent.
     platform::Task measureLoudness(SyncGroupList groups);
-    /// Analyses the clip again with the editor's choice of tracks kept. The task may be that of an analysis
-    /// that runs with the same mode: it uses the state of the clip at its end.
+    /// Analyses the clip again, and keeps the editor's choice of tracks. The task may be that of a running
+    /// analysis with the same mode, which uses the state of the clip at its end.
     platform::Task analyseAgain(const UUID& groupID, const SmartAudioTerms& terms);
-    /// Applies the ranges that were chosen by hand to what was measured of the clip: they keep their place in
-    /// the picture when the sound is moved.
+    /// Applies the ranges that the editor chose to the measured blocks of the clip: the ranges keep their
+    /// position in the picture when the sound is moved.
     void reapplyRanges(const UUID& groupID);
-    /// After a step was taken back, and outside of it: of what that emptied, the results of the clips that
-    /// are asked of as they were. Ranges by hand are laid over them as they now are.
+    /// To be called after a step was undone, and outside of the step: of the results that this removed,
+    /// restores those whose clips have the same input as before. The editor's present ranges are applied to
+    /// them.
     void restoreUnchanged();
-    /// All that run.
+    /// Stops all analyses.
     void stop() { running_.requestStop(); }
 
   private:
@@ -74,7 +75,7 @@ class SmartAudioRuns {
     std::function<void(double)> report(const RunPointer& run, double effort);
     const SyncGroup* stillAsked(const UUID& groupID, const Run& run) const;
     void adoptResult(const UUID& groupID, SmartAudioResult result, bool forceOverwriteManualTracks);
-    /// Of the clips that are named.
+    /// Changes only the clips in the map.
     void switchTracksOn(const std::map<UUID, std::set<int>>& tracks);
     void began(const RunPointer& run);
     void ended(const RunPointer& run);
@@ -83,20 +84,20 @@ class SmartAudioRuns {
     OpenWork& work_;
     SmartAudioCaches& caches_;
     RenderedAudioController& rendered_;
-    /// Of which run, and how far.
+    /// The run, and its progress.
     using Shown = std::pair<std::weak_ptr<Run>, SmartAudioProgress>;
     const std::shared_ptr<platform::Throttle<Shown>> shown_;
     platform::RunningTasks running_;
-    std::vector<RunPointer> underWay_; ///< by when they began
-    std::map<UUID, RunPointer> again_; ///< the latest of each clip, if not yet judged
+    std::vector<RunPointer> underWay_; ///< by start
+    std::map<UUID, RunPointer> again_; ///< the latest of each clip, until it is judged
     const std::unique_ptr<SmartAudioRouter> router_;
     const std::unique_ptr<platform::SerialQueue> loudnessQueue_;
 };
 
-/// Whether the editor keeps every track of the clip's take out of the analysis.
+/// Whether the editor excludes every track of the clip's take from the analysis.
 bool hasNoCandidates(const SyncGroup& group);
 
-/// dB; by the settings and the calibration.
+/// dB; from the settings and the calibration.
 double automaticMasterGainDB(double measuredLUFS, const platform::SettingsStore& settings);
 
 } // namespace orvane

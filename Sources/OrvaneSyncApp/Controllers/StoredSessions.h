@@ -9,22 +9,22 @@
 
 namespace orvane {
 
-/// What the disk says of all sessions.
+/// The lists of all sessions as they are on the disk.
 struct StoredLists {
     std::vector<SessionInfo> sessions;
     SessionStore::Stored<std::vector<FolderInfo>> folders;
 };
 
-/// Reads the sessions on their queue, which outlives it, behind what is written there. Interface thread.
+/// Reads the sessions on their queue, which outlives this object, after earlier writes. Interface thread.
 class StoredSessions {
   public:
     StoredSessions(SessionStore store, platform::SerialQueue& queue,
                    std::shared_ptr<platform::MainThread> mainThread);
 
     platform::Task readLists(std::shared_ptr<StoredLists> lists) const;
-    /// Leaves nothing where there is no such session. One that is stopped reads to its end.
+    /// Leaves `session` empty if there is no such session. A stopped call still reads to the end.
     platform::Task read(const UUID& id, std::shared_ptr<std::optional<StoredSession>> session) const;
-    /// Leaves the first of the candidates whose media lay in just these folders; absent where none did.
+    /// Writes the first of the candidates whose media were in exactly these folders; absent if there is none.
     platform::Task find(std::vector<UUID> candidates, const std::vector<FileURL>& folders,
                         std::shared_ptr<std::optional<UUID>> found) const;
 
@@ -32,7 +32,7 @@ class StoredSessions {
     const SessionStore store_;
     platform::SerialQueue& queue_;
     const std::shared_ptr<platform::MainThread> mainThread_;
-    const std::shared_ptr<SessionStore::KnownRecords> knownRecords_; ///< belong to the queue
+    const std::shared_ptr<SessionStore::KnownRecords> knownRecords_; ///< used on the queue only
 };
 
 } // namespace orvane

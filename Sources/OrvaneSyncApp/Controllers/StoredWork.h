@@ -11,12 +11,12 @@
 
 namespace orvane {
 
-/// Work as it was stored: what stands in place of everything that was open before.
+/// Work from a file, which replaces all that was open.
 struct StoredWork {
     std::optional<FileURL> videoFolderURL;
     std::optional<FileURL> audioFolderURL;
     SyncGroupList syncGroups;
-    std::vector<WildTrack> wildTracks = {}; ///< those that a clip uses are left out
+    std::vector<WildTrack> wildTracks = {}; ///< those that a clip uses are dropped
     ScanScope scanScope{};
     SourceCorrections sourceCorrections = {};
     std::optional<SourceCorrections> matchedBy = {}; ///< absent: by the corrections

@@ -10,15 +10,15 @@
 
 namespace orvane {
 
-/// One thing that the program may need of the machine.
+/// The check of one thing that the program may need from the machine.
 struct SystemCheck {
     const char* name;
-    const char* status; ///< "ok", "problem", or "unused" for what nothing asks for
+    const char* status; ///< "ok", "problem", or "unused" if nothing needs it
     std::string detail;
 };
 
-/// Looks at everything that the program needs. Starts programs and reads files, a second at most: not on
-/// the interface thread. `openProbeCache`: the cache of this program; called once.
+/// Checks everything that the program needs. Starts programs and reads files, for at most a second: not on
+/// the interface thread. `openProbeCache`: opens the program's cache; called once.
 std::vector<SystemCheck> systemChecks(const platform::SettingsStore& settings,
                                       const std::function<std::shared_ptr<ProbeCache>()>& openProbeCache);
 

@@ -19,62 +19,64 @@
 
 namespace orvane {
 
-/// The timeline of the clip in view, and what the editor does on it. Offsets and anchors are changed under
-/// undo steps of their own, and a locked clip or one that is not there stays as it is, except where it says
-/// otherwise. Interface thread.
+/// The timeline of the clip in view, and the editor's operations on it. Changes of offsets and anchors open
+/// undo steps, and a locked or missing clip is not changed, unless a function says otherwise. Interface
+/// thread.
 class TimelineController {
   public:
     TimelineController(OpenWork& work, ClipEditing& clips);
 
-    /// Brings a clip into view: another clip shows all of itself, at the width that is there. The padding
-    /// becomes that of its sound as it lies. Throws GroupNotFound.
+    /// Brings a clip into view: a clip that was not in view is shown whole, at the present width. The padding
+    /// is set for the present position of its sound. Throws GroupNotFound.
     void show(const UUID& groupID);
     const std::optional<UUID>& shownGroupID() const { return shown_; }
     const TimelineZoomState& zoom() const { return zoom_; }
     TimelineZoomState& zoom() { return zoom_; }
-    /// Of any clip, as it would come into view: another than the one in view shows all of itself. Throws
+    /// The zoom of any clip as `show` would set it: a clip that is not in view is shown whole. Throws
     /// GroupNotFound.
     TimelineZoomState zoomOf(const UUID& groupID) const;
     FrameAccumulator& scrolling() { return scrolling_; }
 
-    /// Of the take of the clip in view, in take time.
+    /// The waveform of the take of the clip in view, in take time.
     const std::shared_ptr<WaveformState>& waveform() const { return waveform_; }
-    /// Whether that of the clip in view was asked for: when it does not load, it is all that can be read.
+    /// Whether the waveform of the clip in view was requested. If it does not load, there is nothing more to
+    /// read.
     bool isWaveformWanted() const { return wantsWaveform_; }
-    /// Loads the waveform of the clip in view unless it is there, and from then on that of the recording that
-    /// the clip has; one that could not be read again only if `retries`. Without a recording it is empty.
+    /// Loads the waveform of the clip in view unless it is loaded, and loads it again whenever the clip has
+    /// another recording; one that could not be read is tried again only if `retries`. Empty without a
+    /// recording.
     platform::Task loadWaveform(bool retries = false);
-    /// Leaves in `result` the waveform of any clip's take, by any number of bins.
+    /// Writes to `result` the waveform of any clip's take, with the given number of bins.
     platform::Task reduceWaveform(const UUID& groupID, std::size_t bins,
                                   std::shared_ptr<WaveformResult> result);
 
-    /// In time of the first recording, anywhere within the take; nothing where the recording's length is not
-    /// known. Gives the anchor that was set.
+    /// In time of the first recording, anywhere within the take. Returns the anchor that was set; absent if
+    /// the recording's length is not known.
     std::optional<double> setAnchor(const UUID& groupID, double secondsInAudio);
-    /// Searches the clip's take for a clap and puts the anchor there, unless there is one by then. No
-    /// undo step.
+    /// Searches the clip's take for a clap and sets the anchor there, unless one was set meanwhile. No undo
+    /// step.
     platform::Task autoDetectAudioAnchorIfMissing(const UUID& groupID);
-    /// Leaves in `clap` where the clap of a locked clip without an anchor lies, in audio time, and writes
-    /// nothing; absent for any other clip.
+    /// Writes to `clap` the position of the clap of a locked clip without an anchor, in audio time, and
+    /// changes no clip; absent for any other clip.
     platform::Task locateClapOfLocked(UUID groupID, std::shared_ptr<std::optional<double>> clap) const;
-    /// Also of a locked clip. Throws OutOfRange as ClipEditing does; so do the other moves.
+    /// Locked clips too. Throws OutOfRange as ClipEditing does; so do the other moves.
     void nudgeByFrames(const UUID& groupID, int frames);
-    /// Moves the sound of the clip in view by a drag that has come so many points since it began. Snaps only
-    /// where the waveform is loaded.
+    /// Moves the sound of the clip in view by a drag. `translation`: points since the drag began. Snaps only
+    /// if the waveform is loaded.
     void handleContainerDrag(double translation, DragModifiers modifiers);
     void handleDragEnded() { drag_ = {}; }
-    /// Seconds that the drag under way has moved the sound by; absent without one.
+    /// Seconds by which the running drag has moved the sound; absent without one.
     std::optional<double> liveDragSeconds() const { return drag_.liveDragSeconds(); }
-    /// A whole drag of any clip, which need not be in view. Ends when the new offset is in force.
+    /// A whole drag on any clip, in view or not. Ends when the new offset is set.
     platform::Task dragAudio(const UUID& groupID, double points, DragModifiers modifiers);
 
     std::optional<SiblingSuggestion> siblingSuggestion(const UUID& groupID) const;
-    /// Also of a locked clip.
+    /// Locked clips too.
     void applySiblingSuggestion(const UUID& groupID);
-    /// Until the sibling is moved again. Forgotten with the program.
+    /// Until the sibling is moved again. Not stored.
     void dismissSiblingSuggestion(const UUID& groupID);
 
-    /// Frames per second by which a clip is counted and nudged: those that its document counts.
+    /// Frames per second at which a clip is counted and nudged: the rate of its document.
     double timelineFrameRate(const SyncGroup& group) const;
 
   private:
@@ -96,7 +98,7 @@ class TimelineController {
     FrameAccumulator scrolling_;
     AudioDrag drag_;
     const std::shared_ptr<WaveformState> waveform_;
-    bool wantsWaveform_ = false;             ///< of the clip in view
+    bool wantsWaveform_ = false;             ///< for the clip in view
     std::optional<TakeSound> waveformSound_; ///< of the newest load
     platform::Task loadingWaveform_ = platform::Task::ended();
     std::set<std::string> dismissedKeys_;

@@ -9,32 +9,32 @@
 
 namespace orvane {
 
-/// The editor's choice of tracks, ranges and level. A task here is that of the analysis which the change sets
-/// off. Undo steps and clips that are not there: as in ClipEditing. Interface thread.
+/// The editor's choice of tracks, ranges and level. A returned task is that of the analysis that the change
+/// starts. Undo steps and missing clips: as in ClipEditing. Interface thread.
 class TrackEditing {
   public:
     TrackEditing(OpenWork& work, SmartAudioController& smartAudio) : work_(work), smartAudio_(smartAudio) {}
 
     /// The channel's activation box: switches one track of the export on or off, starting from the tracks
-    /// that are heard without a choice by hand.
+    /// that are active without a manual choice.
     platform::Task toggleTrackActive(const UUID& groupID, int trackIndex);
     platform::Task soloTrackActive(const UUID& groupID, int trackIndex);
-    /// The channel's box that lets the analysis use it.
+    /// The channel's box that allows the analysis to use it.
     platform::Task toggleAlgorithmInclusion(const UUID& groupID, int trackIndex);
     platform::Task soloAlgorithmInclusion(const UUID& groupID, int trackIndex);
 
     static constexpr double shortestOverrideSeconds = 0.1;
-    /// In seconds of clip time, in either order; overrides below it make room. Nothing for a range under the
-    /// shortest. Throws OutOfRange for a track that the clip's take does not have, and for a range that is
-    /// not within the clip. `inPlaceOf`: one that goes for it.
+    /// In seconds of clip time, in either order; overlapping overrides are cut or removed. Does nothing for a
+    /// range below the shortest length. Throws OutOfRange for a track that the clip's take does not have, and
+    /// for a range that is not within the clip. `inPlaceOf`: an override that the new one replaces.
     platform::Task addBlockOverride(UUID groupID, double startSeconds, double endSeconds, int trackIndex,
                                     std::optional<UUID> inPlaceOf = std::nullopt);
     platform::Task removeBlockOverride(UUID groupID, UUID overrideID);
 
     static constexpr double lowestGainDB = -60, highestGainDB = 40;
-    /// Throws OutOfRange for a gain outside of these.
+    /// Throws OutOfRange for a gain outside these limits.
     void setMasterGain(UUID groupID, double gainDB, bool automatic);
-    /// Back to the gain that follows the measured loudness.
+    /// Back to the gain that is computed from the measured loudness.
     void resetMasterGain(UUID groupID);
 
   private:

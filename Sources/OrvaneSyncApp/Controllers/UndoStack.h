@@ -12,17 +12,17 @@
 
 namespace orvane {
 
-/// The states of a value before each of its changes, and after each change that was taken back. A snapshot is
-/// a copy of the value, so the value should share what its copies have in common. Times are those of one
-/// monotonic clock. One thread.
+/// The states of a value before each of its changes, and after each change that was undone. A snapshot is a
+/// copy of the value, so copies of the value should share their contents. Times are those of one monotonic
+/// clock. One thread.
 template <class Value>
 class UndoStack {
   public:
-    /// Beyond these the oldest step is forgotten.
+    /// If there are more, the oldest step is dropped.
     static constexpr std::size_t levelsOfUndo = 50;
 
-    /// After a change that made a difference: keeps the value before it, unless the change continues the last
-    /// step. A new step ends what could be redone. Gives whether there is a new step.
+    /// To be called after a change that made a difference: keeps the value before it, unless the change
+    /// continues the last step. A new step clears the redo steps. Returns whether there is a new step.
     bool add(const UndoStep& step, Value before, std::chrono::nanoseconds now) {
         const bool isNew = !continuesLastStep(step, now);
         if (isNew) {
@@ -35,8 +35,8 @@ class UndoStack {
         return isNew;
     }
 
-    /// The change that made the last step goes on: the next one of that name belongs to it, however long ago
-    /// it began. Nothing where another step came since, or where it was taken back.
+    /// The change that made the last step continues: the next change of that name belongs to it, however long
+    /// ago it began. Does nothing if another step was added since, or if it was undone.
     void continueLastStep(const UndoStep& step, std::chrono::nanoseconds now) {
         if (lastRegistrationTime_ && lastActionName_ == step.actionName) lastRegistrationTime_ = now;
     }
@@ -44,36 +44,36 @@ class UndoStack {
     /// The next change begins a step, however soon it comes.
     void endLastStep() { lastRegistrationTime_.reset(); }
 
-    /// Swaps the value for the one before the last change, or after the last change that was taken back.
-    /// False when there is none.
+    /// Exchanges the value for the one before the last change, or after the last change that was undone.
+    /// False if there is none.
     bool undo(Value& present) { return move(toUndo_, toRedo_, present); }
     bool redo(Value& present) { return move(toRedo_, toUndo_, present); }
 
-    /// Forgets all steps; earlier marks stay earlier.
+    /// Clears all steps; earlier marks stay valid as earlier.
     void removeAllActions() {
         const std::uint64_t captures = captures_;
         *this = {};
         captures_ = clearedAt_ = captures + 1;
     }
 
-    /// For `forEachSince`: what is kept from here on comes later.
+    /// For `forEachSince`: values kept after this call come after this mark.
     std::uint64_t mark() const { return captures_; }
     bool isClearedSince(std::uint64_t mark) const { return clearedAt_ > mark; }
-    /// The values that were kept since then, and can be gone back to, oldest step first.
+    /// The values that were kept since then and that undo can restore, oldest step first.
     template <class Visit>
     void forEachSince(std::uint64_t mark, Visit&& visit) {
         for (Snapshot& snapshot : toUndo_)
             if (snapshot.capture > mark) visit(snapshot.value);
     }
 
-    /// All values that can be gone back to, either way.
+    /// All values that undo or redo can restore.
     template <class Visit>
     void forEach(Visit&& visit) {
         for (auto* snapshots : {&toUndo_, &toRedo_})
             for (Snapshot& snapshot : *snapshots) visit(snapshot.value);
     }
 
-    /// What `undo` (`isBack`) or `redo` would lead to; null: nothing.
+    /// The value that `undo` (`isBack`) or `redo` would restore; null: none.
     const Value* ahead(bool isBack) const {
         const auto& snapshots = isBack ? toUndo_ : toRedo_;
         return snapshots.empty() ? nullptr : &snapshots.back().value;
@@ -90,7 +90,7 @@ class UndoStack {
     struct Snapshot {
         std::string actionName;
         Value value;
-        std::uint64_t capture = 0; ///< ascends in the order in which the values came to be kept
+        std::uint64_t capture = 0; ///< ascending in the order in which values were kept
     };
 
     bool continuesLastStep(const UndoStep& step, std::chrono::nanoseconds now) const {
@@ -99,8 +99,8 @@ class UndoStack {
         return std::chrono::duration<double>(now - *lastRegistrationTime_).count() < step.coalescingWindow;
     }
 
-    /// Going back registers the way forward, and the other way round. The next change begins a step of its
-    /// own, so that it can be taken back without what came before it.
+    /// An undo adds a redo step, and a redo an undo step. The next change begins a step, so that it can be
+    /// undone alone.
     bool move(std::deque<Snapshot>& from, std::deque<Snapshot>& to, Value& present) {
         if (from.empty()) return false;
         endLastStep();

@@ -6,14 +6,14 @@
 
 namespace orvane {
 
-/// What the user takes back at once: the name that the menu shows, and for how long after a change the next
-/// one of the same name still belongs to the same step.
+/// What the user undoes at once: the name in the menu, and the time after a change in which the next change
+/// of the same name belongs to the same step.
 struct UndoStep {
     std::string_view actionName;
     double coalescingWindow = 0; ///< seconds; 0: every change is a step of its own
 };
 
-/// What a menu needs to know.
+/// The information that a menu shows.
 struct UndoState {
     bool canUndo = false;
     bool canRedo = false;

@@ -2,11 +2,11 @@
 
 #include "OrvaneSyncApp/Controllers/UndoStep.h"
 
-/// The step under which each operation of the editor runs, by the name of the operation. A front end opens it
-/// with `ImportController::withUndo`; the names are those of the menu.
+/// The undo step of each operation of the editor, named after the operation. A front end opens it with
+/// `ImportController::withUndo`; the texts are those of the menu.
 namespace orvane::undoSteps {
 
-/// Seconds in which nudges, and names as they are typed, belong together.
+/// Seconds within which successive nudges, or edits of a name while it is typed, belong to one step.
 inline constexpr double nudging = 0.5;
 inline constexpr double typing = 1.0;
 
@@ -21,7 +21,7 @@ inline constexpr UndoStep togglePickup{"Toggle Pickup"};
 inline constexpr UndoStep markScenePickupFromHere{"Mark Scene Pickups"};
 inline constexpr UndoStep toggleExcludedFromExport{"Toggle Excluded"};
 inline constexpr UndoStep toggleExcludedFromMulticam{"Toggle Multicam Exclude"};
-/// Batch renaming too, so that it is one step.
+/// Also used by batch renaming, so that it is one step.
 inline constexpr UndoStep setManualClipName{"Rename Clip", typing};
 inline constexpr UndoStep acceptSlate{"Accept Slate"};
 inline constexpr UndoStep acceptSlates{"Accept Slates"};
@@ -50,7 +50,7 @@ inline constexpr UndoStep resetMasterGain{"Reset Master Gain"};
 inline constexpr UndoStep renameWildTrack{"Rename Wild Track", typing};
 inline constexpr UndoStep toggleWildTrackApproved{"Toggle Wild Track Approved"};
 
-// Opened by the operations themselves, as there is no step where there is nothing to take back.
+// Opened by the operations themselves, because there is no step if there is nothing to undo.
 inline constexpr UndoStep scanAndMatch{"Scan & Match"};
 inline constexpr UndoStep syncLockitNetwork{"Sync LockitNetwork"};
 inline constexpr UndoStep clearALEMetadata{"Clear ALE Metadata"};

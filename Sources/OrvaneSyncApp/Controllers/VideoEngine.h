@@ -16,9 +16,9 @@
 
 namespace orvane {
 
-/// Plays a video with the recording that lies under it: play, shuttle, frame steps, slow motion, loops. It
-/// knows nothing of clips. Interface thread; held by a shared pointer, as reports of the player hold it
-/// weakly. Operations without a loaded clip do nothing.
+/// Plays a video with the recording under it: play, shuttle, frame steps, slow motion, loops. It knows
+/// nothing of clips. Interface thread; held by a shared pointer, because the player's reports hold a weak
+/// one. Operations without a loaded clip do nothing.
 class VideoEngine : public VideoEngineStatus, public std::enable_shared_from_this<VideoEngine> {
   public:
     using Dependencies = VideoEngineDependencies;
@@ -26,66 +26,66 @@ class VideoEngine : public VideoEngineStatus, public std::enable_shared_from_thi
     ~VideoEngine();
 
     const SoundState& sound() const { return sound_.state(); } ///< observable
-    /// Of the recording; null where no view shows it.
+    /// That of the recording; null if no view shows it.
     const std::shared_ptr<WaveformState>& waveform() const { return dependencies_.waveform; }
     double rate() const { return transport_.isLoaded && transport_.isPlaying ? player_->rate() : 0; }
-    /// For what a screen shows of it; null unless a clip is loaded.
+    /// For a screen that shows its pictures; null unless a clip is loaded.
     platform::Player* player() const { return transport_.isLoaded ? player_.get() : nullptr; }
     EnginePlayers& output() { return output_; }
     const EnginePlayers& output() const { return output_; }
-    /// Of a loaded clip: where a seek leads, or else where the player is.
+    /// For a loaded clip: the target of a seek that is not finished, otherwise the player's position.
     platform::MediaTime position() const;
 
-    /// `audio`: what lies under the picture; absent: the video's own sound. The task ends when the clip
-    /// is at the asked second (0 if absent) and its picture is there, or cannot be played, or another was
-    /// loaded.
+    /// `audio`: the recording under the picture; absent: the video's own sound. The task ends when the clip
+    /// is at the requested second (0 if absent) and its picture is shown, or the clip cannot be played, or
+    /// another one was loaded.
     platform::Task loadClip(FileURL video, std::optional<TakeSound> audio, double syncOffsetSeconds,
                             std::optional<double> initialSeekSeconds, KnownPicture picture = {});
     /// Unloads everything.
     void cleanup();
 
     void play();
-    /// The same from `time` on, brought within the clip, at a moment of the players' clock.
+    /// The same from `time` on, limited to the clip, starting at a given time of the players' clock.
     void play(platform::MediaTime time, std::chrono::nanoseconds hostTime);
     void pause(bool silenceAudio);
     void playPause();
-    /// Goes on at the speed that runs. A moment before the clip is its start.
+    /// Playing continues at the same speed. A time before the clip is moved to its start.
     void seek(platform::MediaTime time);
     void seek(double toSeconds) { seek(platform::MediaTime::fromSeconds(toSeconds)); }
-    /// By hand: whatever plays stops and is not heard.
+    /// A move by the user: stops what plays, without sound.
     void moveTo(double seconds);
-    /// With `playBlip` the frame that is reached is heard, where there is sound.
+    /// With `playBlip` the frame that is reached is played, if there is sound.
     void stepFrames(std::int64_t count, bool playBlip);
     void pressJ() { shuttle(speed().after(false)); }
     void pressL() { shuttle(speed().after(true)); }
     void shuttle(ShuttleSpeed speed);
     void slowMotionScrub(bool forward);
-    /// Plays so many frames either side again and again.
+    /// Plays this number of frames before and after the position repeatedly.
     void setLoopRegion(double aroundSeconds, int frames);
-    /// Playing goes on.
+    /// Playing continues.
     void clearLoop();
-    /// Whether it moved the playhead; not once the user has.
+    /// Returns whether it moved the playhead; it does not if the user has.
     bool correctInitialSeek(double toSeconds);
-    /// Stops what plays and shows the picture there. The playhead goes back with `endSkim`, unless the user
-    /// has moved or started the transport from there.
+    /// Stops what plays and shows the picture there. `endSkim` moves the playhead back, unless the user has
+    /// moved or started the transport meanwhile.
     void skim(double toSeconds);
     void endSkim();
     void noteUserMoved();
 
     void setVolume(float volume);
-    /// Takes effect under the sound that runs, which neither stops nor jumps. Below a tenth of a millisecond
-    /// nothing happens.
+    /// Takes effect while the sound plays, which neither stops nor jumps. A change below a tenth of a
+    /// millisecond is ignored.
     void setSyncOffsetSeconds(double seconds);
-    /// Other recordings for the same picture.
+    /// Sets other recordings for the same picture.
     void setAudio(std::optional<TakeSound> audio);
-    /// A rendered mix that is played in place of the recording; absent: none.
+    /// A rendered mix that is played instead of the recording; absent: none.
     void setMixdownAudio(std::optional<FileURL> url);
 
     /// Ends when the picture of the newest seek is shown.
     platform::Task shown() { return seeks_->shown(); }
 
     static constexpr double slowMotionRate = 0.25;
-    /// How long a frame is heard through the player.
+    /// How long a single frame is played through the player.
     static constexpr std::chrono::milliseconds legacyBlipHold{220};
 
   private:
@@ -99,12 +99,12 @@ class VideoEngine : public VideoEngineStatus, public std::enable_shared_from_thi
     void timeReported(platform::MediaTime time);
     void endReported();
     void start(const std::optional<HostStart>& at);
-    platform::MediaTime within(platform::MediaTime time) const; ///< the clip
+    platform::MediaTime within(platform::MediaTime time) const; ///< limited to the clip
     void run(double rate, const AudioRenderPlan& plan);
     void wrapIfAtEnd(bool isForward);
     void goBackFromEnd();
     void apply(const AudioRenderPlan& plan);
-    /// Without the clip's beginning and end being looked at.
+    /// Does not limit the time to the clip.
     void seekPlayer(platform::MediaTime time, std::function<void()> shown = nullptr);
     void playFrameBlip(platform::MediaTime at);
     bool hasBlips() const;  ///< of the recording that is heard
@@ -118,10 +118,10 @@ class VideoEngine : public VideoEngineStatus, public std::enable_shared_from_thi
     std::unique_ptr<platform::Player> player_;
     std::vector<platform::Subscription> observers_; ///< of the player
     PlayedSound sound_;
-    bool hasLoopRun_ = false; ///< a time behind the loop's start was reported since it last began
+    bool hasLoopRun_ = false; ///< a time after the loop's start was reported since the loop last began
     std::optional<FileURL> video_;
     const std::shared_ptr<PlayerSeeks> seeks_;
-    std::shared_ptr<platform::Timer> blipTimer_;       ///< while a frame is heard through the player
+    std::shared_ptr<platform::Timer> blipTimer_;       ///< while a single frame is played through the player
     std::optional<platform::MediaTime> blipReturnsTo_; ///< likewise
 };
 

@@ -12,10 +12,10 @@
 
 namespace orvane {
 
-/// What of an engine has changed.
+/// Which part of an engine has changed.
 enum class VideoEngineField : std::uint8_t { playhead, transport, loop, sound, picture };
 
-/// What an engine shows of its clip; it alone changes it, but for the timecode of the start. Interface
+/// What an engine shows of its clip; only the engine changes it, except the timecode of the start. Interface
 /// thread.
 class VideoEngineStatus {
   public:
@@ -34,14 +34,14 @@ class VideoEngineStatus {
 
     ShuttleSpeed speed() const { return speed_; } ///< of the keys J and L
     bool isSlowMotionScrubbing() const { return isSlowMotionScrubbing_; }
-    /// The pointer skims the clip; the player's time reports do not move the playhead.
+    /// The pointer skims over the clip; the player's time reports do not move the playhead.
     bool isSkimming() const { return savedPlayheadBeforeSkim_.has_value(); }
     /// Since the clip was loaded, the user has moved or started the transport.
     bool userHasMovedPlayhead() const { return userHasMovedPlayhead_; }
 
     void setStartTimecode(double seconds, std::optional<TimecodeFrameRate> rate);
-    /// As a file states it, once it is loaded; without a rate of its own at that of the pictures. Nothing
-    /// changes without a timecode.
+    /// The timecode that the loaded file states; if it has no rate, it is counted at the rate of the
+    /// pictures. Does nothing without a timecode.
     void setStartTimecode(const std::optional<std::string>& stated, std::optional<TimecodeFrameRate> rate);
 
   protected:
@@ -53,7 +53,7 @@ class VideoEngineStatus {
     void setSpeed(ShuttleSpeed speed);
     void setLabel(std::string label); ///< of the speed
     void notify(VideoEngineField field) { changed_.notify(field); }
-    /// As without a clip, but for the playhead.
+    /// Resets to the state without a clip, except the playhead.
     void clearLoopAndTransport();
 
     PlayheadState playhead_;

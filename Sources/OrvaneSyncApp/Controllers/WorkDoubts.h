@@ -17,48 +17,49 @@
 
 namespace orvane {
 
-/// The doubts about the open work, and why clips have no settled match, derived on a queue when somebody asks
-/// after a change that they depend on. Interface thread.
+/// The doubts about the open work, and why clips have no settled match. Derived on a queue when they are
+/// requested after a change that they depend on. Interface thread.
 class WorkDoubts {
   public:
     WorkDoubts(OpenWork& work, const ScanController& scan, const SmartAudioController& smartAudio);
 
-    /// Those that were derived last. Where the work has changed since, it has others derived, and
-    /// `ImportField::doubts` is notified when these are derived and differ. Valid until then.
+    /// The doubts that were derived last. If the work has changed since, starts a new derivation, and
+    /// `ImportField::doubts` is notified when it ends with other doubts. Valid until then.
     const SyncDoubts& latest() const;
-    /// Why the clip has no settled match, in a few words, as `latest` has the doubts; empty where it has one.
+    /// Why the clip has no settled match, in a few words, at the time of `latest`; empty if it has one.
     const std::string& whyUnmatched(const UUID& groupID) const;
-    /// Differs with every notice of others.
+    /// Changes with every notice of other doubts.
     std::uint64_t revision() const {
         latest();
         return revision_;
     }
-    /// Done when `latest` is that of the work as it is at the call. Ends with Stopped where the work changes
-    /// before and somebody asks again.
+    /// Ends when `latest` is that of the work as it is at the call. Ends with Stopped if the work changes
+    /// before and the doubts are requested again.
     platform::Task derive() const;
-    /// Null where the work has changed since they were derived.
+    /// Null if the work has changed since they were derived.
     std::shared_ptr<const SyncDoubts> ifCurrent() const;
     DoubtSource source() const;
-    /// Hears some clips of each card beside their recordings, which shows a clock that is wrong by less than
-    /// recordings are longer than clips. What is heard counts from then on. Where it is stopped, what was
-    /// heard before stays.
+    /// Compares the sound of some clips of each card with their recordings. This finds a clock that is wrong
+    /// by less than the difference in length between recordings and clips. The results are used from then on.
+    /// If it is stopped, the earlier results are kept.
     platform::Task listen();
-    /// How far the listening is, in clips that have their sound. Other clips may follow: when all of these
-    /// are done, or where there are none, how long it takes is not known.
+    /// The progress of the listening, in clips that have their sound. Other clips may follow: when all of
+    /// these are done, or if there are none, the remaining time is not known.
     struct Listening {
         std::size_t done = 0, total = 0;
     };
-    /// Absent while nobody listens. `ImportField::progress` is notified when it changes.
+    /// Absent while no listening runs. `ImportField::progress` is notified when it changes.
     const std::optional<Listening>& listening() const { return progress_; }
-    /// What the last listening came to that was not stopped, in clips.
+    /// The results of the last listening that was not stopped, in clips.
     struct Listened {
         std::size_t matched = 0;   ///< that were compared with the recordings under them
-        std::size_t heard = 0;     ///< of which it was heard where their sound lies
-        std::size_t unheard = 0;   ///< of which the camera has other sound than there and beside that
-        std::size_t suggested = 0; ///< that were compared with recordings which may belong to them
-        std::size_t found = 0;     ///< of which one of these was heard
-        /// Clips were heard about where they lie by an offset that was given and has frames: a clock would be
-        /// set to a whole second, and a camera's microphone may be behind by frames.
+        std::size_t heard = 0;     ///< of these: the position of their sound was found
+        std::size_t unheard = 0;   ///< of these: the camera has other sound there and nearby
+        std::size_t suggested = 0; ///< that were compared with recordings that may belong to them
+        std::size_t found = 0;     ///< of these: one of the recordings was found
+        /// The sound of clips was confirmed at a position that comes from a given offset with frames. The
+        /// offset is then only approximate: a clock is usually set to whole seconds, and a camera's
+        /// microphone may be behind by frames.
         bool isOffsetRough = false;
         bool operator==(const Listened&) const = default;
     };
@@ -67,13 +68,13 @@ class WorkDoubts {
   private:
     /// By group.
     using Reasons = std::unordered_map<UUID, std::string>;
-    /// What counts besides the clips: a revision of the work, the rules of its match, the way of trimming,
-    /// the channel of linear timecode.
+    /// What the doubts depend on besides the clips: a revision of the work, the rules of its match, the way
+    /// of trimming, the channel of linear timecode.
     using Basis = std::tuple<std::uint64_t, MatchingDays, double, std::optional<long>,
                              std::optional<TimecodeFrameRate>, TrimMode, std::optional<int>>;
 
     Basis basis() const;
-    /// Of what the last derivation that was begun is.
+    /// Whether the derivation that was begun last is of the present work.
     bool isBegun() const;
     static platform::Task deriveOnQueue(std::weak_ptr<const WorkDoubts> weak, std::uint64_t number);
     static platform::Task listenToPairs(std::weak_ptr<WorkDoubts> weak, std::vector<SoundLag::Pair> pairs,

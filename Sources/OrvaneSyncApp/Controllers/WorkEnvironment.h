@@ -11,7 +11,7 @@ class WaveformCache;
 class RenderedAudioStore;
 class StemCache;
 
-/// What the open work lives with; shared by its controllers.
+/// What the open work needs from outside; shared by its controllers.
 struct WorkEnvironment {
     std::shared_ptr<platform::MainThread> mainThread;
     std::shared_ptr<platform::SettingsStore> settings;

@@ -11,8 +11,8 @@ class GroupNotFound : public std::runtime_error {
     GroupNotFound() : std::runtime_error("Group not found") {}
 };
 
-/// A decision was refused, as it is about something that does not exist or is out of its range. Says what is
-/// allowed.
+/// A decision was refused, because it is about something that does not exist or is out of its range. The
+/// message says what is allowed.
 class OutOfRange : public std::invalid_argument {
   public:
     using std::invalid_argument::invalid_argument;

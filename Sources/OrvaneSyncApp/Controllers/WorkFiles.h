@@ -25,17 +25,17 @@ struct NamingRules {
 /// By group.
 using DisplayNames = std::map<UUID, std::string>;
 
-/// The clips and recordings of the open work as they are at one moment. Shares them with the work, so that it
-/// costs a pointer for every 64 clips; any thread.
+/// The clips and recordings of the open work at one moment. Shares them with the work, so a copy costs one
+/// pointer for every 64 clips; any thread.
 struct WorkFiles {
     SyncGroupList groups;
     std::shared_ptr<const std::vector<WildTrack>> wildTracks; ///< never null
     std::shared_ptr<const ScanResult> scanned;                ///< null: there was no scan
 
-    /// The audio of the scan; null where it read none.
+    /// The audio of the scan; null if it read none.
     const std::vector<MediaAsset>* scannedAudio() const;
-    /// The same; without a scan the audio of the clips and wild tracks. In the order of the paths. Valid as
-    /// long as this, and where the work has them, until its clips change.
+    /// The same; without a scan, the audio of the clips and wild tracks. Sorted by path. Valid as long as
+    /// this object; for recordings that belong to the work, until its clips change.
     std::vector<const MediaAsset*> audioPool() const;
     std::vector<MediaAsset> copiedAudioPool() const;
     std::vector<MediaAsset> videos() const;

@@ -12,22 +12,21 @@
 
 namespace orvane {
 
-/// All that is said of the open work, as it is at one moment, to be said on another thread. Shares what
-/// the work holds, so that it costs little to make. What it derives from that, it derives when it is asked:
-/// one thread at a time.
+/// A copy of the open work at one moment, for use on another thread. Shares the contents of the work, so it
+/// costs little to make. Derived values are made at the first request: one thread at a time.
 class WorkSnapshot {
   public:
     /// Interface thread.
     explicit WorkSnapshot(const ImportController& controller);
 
     const SyncGroupList& groups() const { return source_.files.groups; }
-    /// The recordings of the scan, without one those of the clips and wild tracks.
+    /// The recordings of the scan; without one, those of the clips and wild tracks.
     std::vector<const MediaAsset*> audioPool() const { return source_.files.audioPool(); }
     const std::vector<WildTrack>& wildTracks() const { return *source_.files.wildTracks; }
     const MatchRules& matchRules() const { return source_.rules; }
     const SmartAudioResults& smartAudioResults() const { return source_.smartAudioResults; }
     const platform::SettingsStore& settings() const { return *settings_; }
-    /// As the last scan had them; null without one.
+    /// That of the last scan; null without one.
     const std::shared_ptr<const ScanResult>& scanResult() const { return source_.files.scanned; }
 
     std::vector<FileURL> folders;
@@ -36,14 +35,15 @@ class WorkSnapshot {
     SourceCorrections sourceCorrections;
     std::shared_ptr<const ALEFile> aleFile;
     std::optional<std::string> aleMatchStatus, aleImportError;
-    std::unordered_set<UUID> passedOver;               ///< as SmartAudioState has them
-    std::vector<FileURL> clipsNotFound, tracksLeftOut; ///< as ProjectController has them
+    std::unordered_set<UUID> passedOver;               ///< as in SmartAudioState
+    std::vector<FileURL> clipsNotFound, tracksLeftOut; ///< as in ProjectController
 
     const FileNames& fileNames() const;
     const DisplayNames& displayNames() const;
     /// Throws Stopped.
     const SyncDoubts& doubts(const std::stop_token& stop = {}) const;
-    /// Whether the first way of its cure does, as `CureTrial::helps`. Matches; throws Stopped.
+    /// Whether the first option of the doubt's cure helps; see `CureTrial::helps`. Matches the clips; throws
+    /// Stopped.
     bool helps(const CardDoubt& doubt, const std::stop_token& stop = {}) const;
     OpenWork::Counts counts() const { return OpenWork::Counts::of(groups()); }
     /// Why clips have no sound and recordings no clip.

@@ -22,7 +22,7 @@ namespace orvane {
 
 struct ProjectEntries;
 
-/// The open work as everybody reads it, with what is derived of its clips. Interface thread.
+/// The open work for reading, with what is derived from its clips. Interface thread.
 class WorkState {
   public:
     using Environment = WorkEnvironment;
@@ -31,54 +31,56 @@ class WorkState {
     const std::optional<FileURL>& videoFolderURL() const { return videoFolderURL_; }
     const std::optional<FileURL>& audioFolderURL() const { return audioFolderURL_; }
     const ScanScope& scanScope() const { return scanScope_; }
-    /// All that a scan reads, each once: first the video folder, then the audio folder, then the others.
+    /// All folders that a scan reads, each once: first the video folder, then the audio folder, then the
+    /// others.
     std::vector<FileURL> folders() const;
-    /// What the next matching of all clips goes by, and the days where the work has some of its own.
+    /// The corrections for the next matching of all clips, with the work's days if it has its own.
     const SourceCorrections& sourceCorrections() const { return sourceCorrections_; }
-    /// The same with the days: those of the work, unless the setting was changed since it has them.
+    /// The same with the days: those of the work, unless the setting was changed after they were set.
     SourceCorrections nextCorrections() const;
-    /// By what the clips that there are were matched, whatever corrections and settings say by now.
+    /// The rules by which the present clips were matched, whatever the corrections and settings are.
     const MatchRules& matchRules() const { return matchedBy_.rules; }
-    /// What a file has to keep of the next corrections, and of those by which the clips were matched where
-    /// they are others. The standard days are left out.
+    /// What a file has to store of the next corrections, and of those by which the clips were matched if they
+    /// differ. The standard days are left out.
     SourceCorrections keptCorrections() const;
     std::optional<SourceCorrections> keptMatchedBy() const;
-    /// What an opened project says that belongs to no clip; null: nothing.
+    /// The parts of an opened project that belong to no clip; null: none.
     const std::shared_ptr<const ProjectEntries>& projectEntries() const { return projectEntries_; }
     const SyncGroupList& syncGroups() const { return syncGroups_; }
-    /// Null when there is no such clip, or it is locked.
+    /// Null if there is no such clip, or it is locked.
     const SyncGroup* unlockedGroup(const UUID& groupID) const;
-    /// Audio that no video claims, room tone included.
+    /// Audio that no video uses, including room tone.
     const std::vector<WildTrack>& wildTracks() const { return *wildTracks_; }
-    /// The same for a caller that keeps them: never changed, and another one after every change.
+    /// The same for a caller that keeps them: the object never changes, and every change makes another one.
     const std::shared_ptr<const std::vector<WildTrack>>& sharedWildTracks() const { return wildTracks_; }
-    /// There are no clips because the editor took the last one out, and not because nothing is open or found.
+    /// There are no clips because the editor removed the last one, not because nothing is open or was found.
     bool isEmptiedByEdit() const { return isEmptiedByEdit_; }
-    /// Differs after every change but those of the clips, of what is derived from them, of the steps to take
-    /// back, and of a progress.
+    /// Changes with every change except those of the clips, of what is derived from them, of the undo steps,
+    /// and of a progress.
     std::uint64_t revisionBesidesClips() const { return revisionBesidesClips_; }
 
     /// Of the clips that are settled.
     struct Counts {
         int withSound = 0, withoutSound = 0;
-        int excludedWithSound = 0, excludedWithoutSound = 0; ///< those of them that are left out of exports
+        int excludedWithSound = 0, excludedWithoutSound = 0; ///< those of them that are excluded from exports
 
         static Counts of(const SyncGroupList& groups); ///< any thread
     };
-    int matchedCount() const { return syncClipCount() + mosCount(); } ///< settled clips, without audio too
-    int unmatchedCount() const;                                       ///< ambiguous and unmatched ones
+    int matchedCount() const {
+        return syncClipCount() + mosCount();
+    }                           ///< settled clips, including those without audio
+    int unmatchedCount() const; ///< ambiguous and unmatched ones
     const Counts& counts() const;
     int syncClipCount() const { return counts().withSound; } ///< settled clips with audio
     int mosCount() const { return counts().withoutSound; }   ///< settled clips without audio
-    /// The name of every clip in Final Cut, by group, by the naming settings. Valid until these or the clips
-    /// change.
+    /// The name of every clip in Final Cut, by group, made with the naming settings. Valid until these or the
+    /// clips change.
     const DisplayNames& displayNames() const;
-    /// The same for a caller that keeps them; null where nobody has asked for them since they may have
-    /// changed.
+    /// The same for a caller that keeps them; null if they may have changed since they were last requested.
     std::shared_ptr<const DisplayNames> displayNamesIfMade() const;
-    /// What to call the files of the clips and wild tracks. Valid until these change.
+    /// The names of the files of the clips and wild tracks for messages. Valid until these change.
     const FileNames& fileNames() const;
-    /// Where in the list of clips the audio is used, ascending. Valid until the clips change.
+    /// The indices in the list of clips that use the audio, ascending. Valid until the clips change.
     const std::vector<std::size_t>& clipsUsing(const UUID& audioID) const;
 
   protected: // for OpenWork, which changes it
@@ -101,13 +103,13 @@ class WorkState {
     bool isEmptiedByEdit_ = false;
 
   private:
-    /// Absent until somebody asks.
+    /// Absent until the first request.
     mutable std::optional<std::unordered_map<UUID, std::vector<std::size_t>>> clipsByAudio_;
     mutable DerivedFromClips<Counts> counts_;
     mutable DerivedFromClips<FileNames> fileNames_;
-    mutable WildTracks wildTracksInNames_; ///< in `fileNames_`
+    mutable WildTracks wildTracksInNames_; ///< those in `fileNames_`
     mutable DerivedFromClips<DisplayNames> displayNames_;
-    mutable std::optional<NamingRules> namedBy_; ///< `displayNames_`
+    mutable std::optional<NamingRules> namedBy_; ///< those that made `displayNames_`
 };
 
 } // namespace orvane

@@ -7,7 +7,7 @@
 
 namespace orvane::commands {
 
-/// The commands of each topic, a row each, and all of them.
+/// The commands of each topic, one row each, and the list of all.
 std::vector<Command> workCommands();
 std::vector<Command> editCommands();
 std::vector<Command> smartAudioCommands();
@@ -27,9 +27,9 @@ std::vector<Command> shortcutCommands();
 std::vector<Command> lockitCommands();
 std::vector<Command> modelCommands();
 const std::vector<Command>& allCommands();
-/// Throws std::logic_error for one that is not there.
+/// Throws std::logic_error for an unknown identifier.
 const Command& command(std::string_view id);
-/// The row that does what this key can do; null where none does.
+/// The command that does the action of this key; null if none does.
 const Command* commandOf(ShortcutAction action);
 
 } // namespace orvane::commands

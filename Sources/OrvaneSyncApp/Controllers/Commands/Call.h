@@ -17,11 +17,11 @@ using platform::JSON;
 
 /// Why a command did not run.
 enum class Refusal : std::uint8_t {
-    invalidArguments, ///< they are missing, of another kind, or name no known value
-    failed            ///< what was asked for could not be done
+    invalidArguments, ///< missing, of another kind, or no known value
+    failed            ///< the request could not be carried out
 };
 
-/// A command that did not run. The text is for people.
+/// Thrown when a command does not run. The text is for people.
 class Error : public std::runtime_error {
   public:
     Error(Refusal refusal, const std::string& message) : std::runtime_error(message), refusal_(refusal) {}
@@ -32,46 +32,46 @@ class Error : public std::runtime_error {
 };
 
 struct Parameter {
-    /// A path is a text that a file may be named by.
+    /// A path is a text that can name a file.
     enum class Kind : std::uint8_t { id, text, path, number, integer, boolean, any, texts, paths };
     std::string_view name;
     Kind kind = Kind::text;
     bool isOptional = false;
-    std::optional<double> lowest = {}; ///< of a number; both ends are allowed
+    std::optional<double> lowest = {}; ///< of a number; both limits are allowed
     std::optional<double> highest = {};
-    std::span<const std::string_view> choices = {}; ///< of a text that takes only these
+    std::span<const std::string_view> choices = {}; ///< of a text: the only values allowed
 };
 std::string_view name(Parameter::Kind kind);
-/// The clip that a command is for.
+/// The clip that a command works on.
 inline const Parameter groupID{"groupID", Parameter::Kind::id};
 
 struct Command;
 
-/// The arguments of one call, all of the kinds that the command takes. A null counts as absent. The command
-/// outlives it.
+/// The arguments of one call, each of the kind that the command takes. A null counts as absent. The command
+/// outlives the call.
 class Call {
   public:
-    /// Throws Error for arguments that are missing, of another kind, or unknown.
+    /// Throws Error if arguments are missing, of another kind, or unknown.
     Call(const Command& command, const JSON* params);
 
     bool has(std::string_view name) const { return find(name) != nullptr; }
-    /// Also when it is null.
+    /// True also if its value is null.
     bool mentions(std::string_view name) const { return params_.find(name) != nullptr; }
-    /// It is there, and an identifier by its kind.
+    /// Whether it is a parameter of the kind `id` and is present.
     bool names(std::string_view name) const;
-    // Each for a parameter of that kind which is there.
+    // Each takes the name of a parameter of that kind, which must be present.
     UUID id(std::string_view name) const;
     const std::string& text(std::string_view name) const;
     std::vector<std::string> texts(std::string_view name) const;
-    /// Of texts, each of them once; throws Error for one that is no identifier.
+    /// From a list of texts, without repetitions; throws Error for a text that is no identifier.
     std::vector<UUID> ids(std::string_view name) const;
     double number(std::string_view name) const;
     int integer(std::string_view name) const;
     bool boolean(std::string_view name) const;
-    // The same where it may be absent.
+    // The same for a parameter that may be absent.
     std::optional<std::string> textIfPresent(std::string_view name) const;
     std::optional<double> numberIfPresent(std::string_view name) const;
-    /// Null for an absent one.
+    /// Null if absent.
     JSON any(std::string_view name) const;
 
   private:

@@ -21,11 +21,11 @@ namespace orvane::commands {
 
 class CommandContext;
 
-/// One command of the program, as menus, keys, the JSON-RPC methods and the guide of these know it. Interface
-/// thread; what it throws is the caller's answer.
+/// One command of the program. Menus, keys, the JSON-RPC methods and their documentation all use it.
+/// Interface thread; what it throws is the answer to the caller.
 struct Command {
     using Now = std::function<JSON(CommandContext&, const Call&)>;
-    /// Leaves what it gives in `result` when it ends.
+    /// Writes its answer to `result` before it ends.
     using Later = std::function<platform::Task(CommandContext&, Call, std::shared_ptr<JSON> result)>;
     using Enabled = std::function<bool(const CommandContext&)>;
     using Applies = bool (*)(const SyncGroup&);
@@ -35,7 +35,7 @@ struct Command {
             std::vector<Parameter> theParameters, Now run)
         : id(theID), title(theTitle), help(theHelp), parameters(std::move(theParameters)),
           now(std::move(run)) {}
-    /// Does what a key can do: it is called and described as that action.
+    /// For the action of a key: the command has the identifier and the description of that action.
     Command(std::string_view theID, ShortcutAction theAction, std::vector<Parameter> theParameters, Now run)
         : Command(theID, label(theAction), helpText(theAction), std::move(theParameters), std::move(run)) {
         action = theAction;
@@ -45,7 +45,7 @@ struct Command {
     static Command later(std::string_view id, ShortcutAction action, std::vector<Parameter> parameters,
                          Later run);
 
-    // What else a row of the table says.
+    // Further columns of the row in the table.
     Command undoneBy(const UndoStep& itsStep) &&;
     Command when(Enabled isEnabledNow) &&;
     Command forClips(Applies appliesToClip) &&;
@@ -53,10 +53,10 @@ struct Command {
     Command endedByOtherWork() &&;
     Command otherWork(Replaces replacesTheWork = nullptr) &&;
     Command inMenu(Menu menu, int order, std::string_view key = {}) &&;
-    /// Commands of the command line that do the same.
+    /// Commands of the command line with the same function.
     Command alsoBy(std::initializer_list<std::string_view> commands) &&;
 
-    /// Whether it can do anything as the work stands: to this clip, or without one, to any.
+    /// Whether it can have an effect on the work as it is: on this clip, or without a clip, on any.
     bool isEnabled(const CommandContext& context, const SyncGroup* clip = nullptr) const;
     bool isOfOneClip() const;
     /// Such as "setFolders {videoFolder?, audioFolder?}".
@@ -64,24 +64,26 @@ struct Command {
 
     std::string_view id;    ///< also the name of the method
     std::string_view title; ///< as a menu shows it
-    std::string_view help;  ///< a sentence
+    std::string_view help;  ///< one sentence
     std::optional<UndoStep> step;
     std::vector<Parameter> parameters;
-    Now now;                   ///< answers at once; null for a long one
-    Later whenDone;            ///< answers when it is done
+    Now now;                   ///< answers at once; null for a long command
+    Later whenDone;            ///< answers when its task ends
     Enabled enabled;           ///< null: always
-    Applies applies = nullptr; ///< of a command for one clip; null: to every one
-    /// Is about an operation that others wait for: where calls are served in turn, this one is not held up.
+    Applies applies = nullptr; ///< for a command on one clip; null: it applies to every clip
+    /// Controls an operation that other calls wait for: where calls are served in order, this one is served
+    /// before them.
     bool isServedAtOnce = false;
-    /// An analysis, of use for the open work alone: where calls are served in turn, it is stopped when only
-    /// such ones stand between it and one that `isOtherWork`.
+    /// An analysis whose result is of use only to the open work. Where calls are served in order, it is
+    /// stopped when only such analyses are between it and a call that is `isOtherWork`.
     bool isEndedByOtherWork = false;
     bool isOtherWork = false;
-    Replaces replaces = nullptr;    ///< whether a call of other work does put it in place; null: each does
-    std::optional<MenuPlace> entry; ///< nothing: it is in no menu
-    /// What a key of the user's choice can do by this command.
+    Replaces replaces =
+        nullptr; ///< whether a call with `isOtherWork` replaces the open work; null: every call does
+    std::optional<MenuPlace> entry; ///< absent: it is in no menu
+    /// The action that the user can assign a key to.
     std::optional<ShortcutAction> action;
-    /// Of the command line, whose help shows this one.
+    /// Commands of the command line whose help shows this one.
     std::vector<std::string_view> counterparts;
 };
 

@@ -30,33 +30,33 @@ class CommandContext {
     std::shared_ptr<ImportController> controller;
     std::shared_ptr<SessionManager> sessions;
     std::shared_ptr<platform::SettingsStore> settings;
-    /// Stops the request of that identifier, and says whether there was one. Null where there are no
+    /// Stops the request with that identifier, and returns whether there was one. Null in a front end without
     /// requests.
     std::function<bool(const platform::JSON& id)> cancelRequest;
 
-    /// Opens what plays pictures and sound; null: nothing can be played.
+    /// Opens the players of pictures and sound; null: nothing can be played.
     std::function<std::shared_ptr<platform::PlayerSystem>()> openPlayers;
-    /// Whether a preview of the clip in view is rendered by itself. Where requests alone decide what is done,
-    /// what is heard must not depend on when a rendering happens to be ready.
+    /// Whether a preview of the clip in view is rendered without a request. False in a front end that acts on
+    /// requests only: there, the sound must not depend on when a rendering is ready.
     bool rendersPreviews = true;
 
-    /// Shows a page to the user for signing in, and says whether it could; on a thread that waits.
+    /// Opens a page for signing in, and returns whether it could; called on a thread that may block.
     std::function<bool(const std::string& url)> showPage = platform::BrowserSession::openInDesktop;
 
-    /// Begins to read them when they are first asked for.
+    /// Starts reading them at the first call.
     const std::shared_ptr<ShortcutCenter>& shortcuts();
-    /// Of LockitNetwork; begins to look up who is signed in when it is first asked for.
+    /// The account at LockitNetwork; starts looking up who is signed in at the first call.
     const std::shared_ptr<LockitOAuthService>& account();
     ReviewPlayers& players();
     ReviewViewModel& review();
-    /// What a key of the review decides about a clip, by the row of the table.
+    /// Runs the command that this key of the review has for a clip.
     void decideOfClip(ShortcutAction key, const UUID& clip);
     const std::shared_ptr<platform::MainThread>& mainThread() const;
 
-    /// Throws for a clip, recording, range or wild track that a call names and that is not there: before the
-    /// call has done anything, so that there is nothing to take back.
+    /// Throws if a call names a clip, recording, range or wild track that does not exist. This is checked
+    /// before the call has changed anything, so nothing has to be undone.
     void expectKnown(const Call& call) const;
-    /// Runs an edit as an undo step. The task is that of the analysis which the edit sets off.
+    /// Runs an edit as an undo step. The returned task is that of the analysis that the edit starts.
     platform::Task withUndo(const UndoStep& step, const std::function<platform::Task()>& edit) const;
     /// Throws GroupNotFound.
     const SyncGroup& group(const UUID& id) const;
@@ -67,7 +67,7 @@ class CommandContext {
     std::shared_ptr<LockitOAuthService> account_;
 };
 
-/// Runs an operation; what it refuses is a mistake in the request of that name.
+/// Runs an operation; an error that it throws is reported as a mistake in the request of that name.
 template <class Edit>
 auto checked(std::string_view id, const Edit& run) {
     try {
@@ -77,10 +77,10 @@ auto checked(std::string_view id, const Edit& run) {
     }
 }
 
-/// The modifier keys that the call names. Throws Error for one that there is not.
+/// The modifier keys that the call names. Throws Error for an unknown one.
 ModifierSet modifiersOf(const Call& call);
 
-/// The controller of a topic of the work.
+/// The controller of one topic of the work.
 template <class Topic>
 Topic& topic(ImportController& controller) {
     if constexpr (std::is_same_v<Topic, ClipEditing>)

@@ -2,7 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 
-/// For which clips a command is there, and when.
+/// Conditions of the commands: for which clips one applies, and when it is enabled.
 namespace orvane::commands {
 
 inline bool isUnlocked(const SyncGroup& group) { return !group.isLocked; }
@@ -12,7 +12,7 @@ inline bool hasUnlockedSound(const SyncGroup& group) { return isUnlocked(group) 
 inline bool hasClips(const CommandContext& context) {
     return !context.controller->work().syncGroups().empty();
 }
-/// No scan runs that will replace the clips.
+/// False while a scan runs that will replace the clips.
 inline bool isScanIdle(const CommandContext& context) {
     const ScanState state = context.controller->scan().scanState();
     return state == ScanState::idle || state == ScanState::done;
@@ -20,7 +20,7 @@ inline bool isScanIdle(const CommandContext& context) {
 inline bool hasClipsWhileIdle(const CommandContext& context) {
     return hasClips(context) && isScanIdle(context);
 }
-/// Of clips that are settled.
+/// For clips that are settled.
 inline bool hasSoundWhileIdle(const CommandContext& context) {
     return context.controller->work().syncClipCount() > 0 && isScanIdle(context);
 }

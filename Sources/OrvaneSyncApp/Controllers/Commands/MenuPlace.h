@@ -10,11 +10,11 @@ enum class Menu : std::uint8_t { file, edit, clip, audio, view };
 /// The entry of a command in the menus of the window.
 struct MenuPlace {
     Menu menu = Menu::file;
-    /// Entries stand by rising numbers, with a separator wherever the hundreds change.
+    /// Entries are sorted by this number; a separator is between entries with different hundreds.
     int order = 0;
-    /// Such as "Ctrl+Return"; "New" and "Close" are the keys that the desktop has for these. Of a command
-    /// that names a `ShortcutAction` only the key that stands in where the user's acts in the review alone.
-    /// Empty: none.
+    /// Such as "Ctrl+Return"; "New" and "Close" are the desktop's keys for these. A command that names a
+    /// `ShortcutAction` has here only the key that replaces the user's key outside the review, because the
+    /// user's key acts in the review alone. Empty: none.
     std::string_view key = {};
 };
 

@@ -7,11 +7,12 @@
 
 namespace orvane::commands {
 
-/// What a player stands at and does; "shownFrame" only where there is a picture.
+/// Position and state of a player; "shownFrame" only if a picture is shown.
 JSON playerStateJSON(const VideoEngine& engine);
 JSON clusterStateJSON(const ClusterEngineBag& bag);
 
-/// Writes the picture that the engine shows to the `output` of the call, and answers its second.
+/// Writes the picture that the engine shows to the file `output` of the call, and answers its position in
+/// seconds.
 platform::Task writePicture(CommandContext& context, std::shared_ptr<VideoEngine> engine, Call call,
                             std::shared_ptr<JSON> answer);
 

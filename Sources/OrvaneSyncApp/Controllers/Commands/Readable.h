@@ -13,16 +13,16 @@ namespace orvane {
 
 /// The system's reason why a folder or file cannot be read; empty when it can.
 std::string whyUnreadable(const std::string& path, bool mustBeFolder);
-/// Why a file can't be read as a report, whatever it holds; empty when it may be one.
+/// Why a file can't be read as a report, judged without parsing it; empty if it may be one.
 std::string whyNoReport(const std::string& path);
 
 namespace commands {
 
-// What a caller named, as an absolute location. Throw Error when it cannot be read. The disk or share may
-// take any time: for `lookUp`.
+// The absolute location of a path that a caller gave. Throws Error if it cannot be read. The disk or share
+// may take any time to answer, so use these within `lookUp`.
 FileURL readableFile(const std::string& path);
 FileURL readableFolder(const std::string& path);
-/// One that may be a report.
+/// The same for a file that may be a report.
 FileURL readableReport(const std::string& path);
 
 template <class Look>
@@ -34,7 +34,8 @@ platform::Task onDocumentsQueue(const OpenWork& work, Look look,
 }
 
 /// Runs `look`, which owns all that it uses, on the queue of the documents, and then the task that `then`
-/// makes of the controller and of what was found. Stops with the work; a `look` that hangs is left behind.
+/// makes from the controller and the result. Stops with the work; a `look` that does not return is not waited
+/// for.
 template <class Look, class Then>
 platform::Task lookUp(std::weak_ptr<ImportController> weak, Look look, Then then) {
     auto controller = weak.lock();

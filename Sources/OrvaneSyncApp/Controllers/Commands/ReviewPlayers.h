@@ -12,13 +12,14 @@
 
 namespace orvane::commands {
 
-/// The players of the review and of the multicam screen, each made when it is first asked for. Keys go to the
-/// screen in front. What is rendered of the clip in view is heard in the place of its recording. Interface
+/// The players of the review and of the multicam screen, each made at the first request. Keys are passed to
+/// the screen in front. A rendered sound of the clip in view is played instead of its recording. Interface
 /// thread.
 class ReviewPlayers {
   public:
     using OpenPlayers = std::function<std::shared_ptr<platform::PlayerSystem>()>;
-    /// `rendersPreviews`: of the clip in view, by itself; otherwise only what is there already is heard.
+    /// `rendersPreviews`: renders previews of the clip in view without a request; otherwise only existing
+    /// ones are played.
     ReviewPlayers(std::shared_ptr<ImportController> controller, std::shared_ptr<ShortcutCenter> shortcuts,
                   OpenPlayers openPlayers, bool rendersPreviews);
 
@@ -26,16 +27,16 @@ class ReviewPlayers {
     const std::shared_ptr<MulticamViewModel>& multicam() const { return multicam_; }
     KeyboardMonitor& keyboard() { return keyboard_; }
     const std::shared_ptr<ShortcutCenter>& shortcuts() const { return shortcuts_; }
-    /// Null where nothing can be played.
+    /// Null if nothing can be played.
     const std::shared_ptr<platform::PlayerSystem>& players();
 
-    /// Does on the screen in front what the key does. Throws OutOfRange.
+    /// Does the action of the key on the screen in front. Throws OutOfRange.
     void handleKeyAction(KeyAction action);
-    /// Gives the frames that the screen in front stepped by.
+    /// Returns the number of frames by which the screen in front was moved.
     int scrollFrames(double deltaY, bool hasPreciseDeltas);
     platform::Task loadGroup(const UUID& groupID);
     platform::Task loadCluster(std::vector<UUID> groupIDs);
-    /// Ends when the screen in front shows what its newest seek asked for.
+    /// Ends when the screen in front shows the picture of its newest seek.
     platform::Task shown() const;
 
   private:
@@ -49,7 +50,7 @@ class ReviewPlayers {
     const std::shared_ptr<ReviewViewModel> review_;
     const std::shared_ptr<MulticamViewModel> multicam_;
     ShownClipAudio heard_;
-    platform::Subscription whenClosed_; ///< the clip left the review
+    platform::Subscription whenClosed_; ///< the clip was closed in the review
     KeyboardMonitor keyboard_;
 };
 

@@ -9,18 +9,18 @@
 
 namespace orvane {
 
-/// What lies in one folder that was chosen, or in one of the folders right below it.
+/// The contents of one chosen folder, or of one folder directly below it.
 struct CardContents {
     std::string path;
-    int files = 0;                     ///< that can be read: clips and recordings
+    int files = 0;                     ///< readable ones: clips and recordings
     std::map<std::string, int> unread; ///< files of other kinds, by extension in capitals
 };
 
-/// In the order of their paths; of a chosen folder that holds folders with media, these, each a card of its
-/// own. As the last scan found them.
+/// Sorted by path. If a chosen folder contains folders with media, each of these is a card of its own. As the
+/// last scan found them.
 std::vector<CardContents> cardContents(const WorkSnapshot& work);
 
-/// Clips without sound and recordings without picture that no doubt tells of.
+/// Clips without sound and recordings without picture that no doubt mentions.
 LeftOver leftOver(const WorkSnapshot& work);
 
 /// The object of `diagnose --json`.

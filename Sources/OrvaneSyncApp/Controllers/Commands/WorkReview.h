@@ -12,45 +12,46 @@
 
 namespace orvane {
 
-/// The clips for review in a spreadsheet, in the order of the list.
+/// The lines of the review table, one for each clip, in the order of the list.
 std::vector<ReviewLine> reviewLines(const WorkSnapshot& work, const std::stop_token& stop = {});
-/// Fills in what the cameras' microphones heard, of clips about which nothing was decided. Returns of how
-/// many.
+/// Fills in what the cameras' microphones heard, for clips without a decision. Returns the number of these
+/// clips.
 std::size_t fillInWhatWasHeard(std::vector<ReviewLine>& lines, const WorkSnapshot& work);
 
-/// What a line asks for beyond what the clip has.
+/// The changes that a line asks for.
 struct ReviewDecision {
     UUID groupID;
-    std::optional<UUID> matchID{};             ///< of the recording to be chosen
-    std::optional<Shared<MediaAsset>> other{}; ///< a recording of the scan, to be attached and chosen
+    std::optional<UUID> matchID{};             ///< the recording to choose
+    std::optional<Shared<MediaAsset>> other{}; ///< a recording of the scan, to attach and choose
     std::optional<double> offsetSeconds{};
     std::optional<std::string> name{};
     std::optional<bool> isSkipped{}, isLocked{};
-    /// Of another day than the clip, beside what its line both chooses and locks: to be taken off.
+    /// Recordings of another day than the clip's, to remove because the line both chooses another one and
+    /// locks the clip.
     std::vector<UUID> otherDays{};
 
     bool isEmpty() const { return !matchID && !other && !offsetSeconds && !name && !isSkipped && !isLocked; }
 };
 struct ReviewReading {
     std::vector<ReviewDecision> decisions;
-    /// For people, a line each: lines and cells of which nothing was used, and why.
+    /// For people, a line each: lines and cells that were not used, and why.
     std::vector<std::string> problems;
 };
-/// What the lines say and the clips do not have yet; a clip without a line stays as it is. A clip is found by
-/// its camera file, as tables and messages name it, or by the end of its path. Any thread.
+/// The decisions in the lines that the clips do not have yet; a clip without a line is not changed. A clip is
+/// found by its camera file, as tables and messages name it, or by the end of its path. Any thread.
 ReviewReading readDecisions(const WorkSnapshot& work, const std::vector<ReviewLine>& lines,
                             const std::stop_token& stop = {});
-/// Does them as one undo step. Interface thread.
+/// Applies them as one undo step. Interface thread.
 void carryOut(ImportController& controller, const std::vector<ReviewDecision>& decisions);
 
-/// Writes a table. One that is there is replaced without permission as long as no decision and no note of it
-/// gets lost. Throws OutputRefused, FileError, and ReviewTableError for a table that cannot be understood.
-/// Any thread but that of the interface.
+/// Writes a table. An existing table is replaced without permission only if no decision and no note in it is
+/// lost. Throws OutputRefused, FileError, and ReviewTableError for a table that cannot be parsed. Any thread
+/// except the interface thread.
 void writeReviewFile(const std::string& path, const std::vector<ReviewLine>& lines, RunInputs inputs,
                      const OutputPermission& permission);
 
-/// A table from the disk. Throws FileError and ReviewTableError, which name the file. Any thread but that of
-/// the interface.
+/// Reads a table from the disk. Throws FileError and ReviewTableError, which name the file. Any thread except
+/// the interface thread.
 std::vector<ReviewLine> readReviewFile(const std::string& path);
 
 } // namespace orvane

@@ -11,15 +11,15 @@ namespace orvane {
 
 namespace {
 
-/// What the sensor's rate, as the editor gives it, says about the clip.
+/// What the sensor rate that the editor gives says about the clip.
 OffspeedConfidence confidence(double sensor, double project) {
     if (!(project > 0)) return OffspeedConfidence::confirmed(false, 1.0);
     return OffspeedConfidence::confirmed(OffspeedDetector::ratesDifferSignificantly(sensor, project),
                                          sensor / project);
 }
 
-/// Whoever names the rate of the file as that of the sensor, where the timecode counts half as many frames,
-/// means that the clip is to be shown at the rate of the timecode.
+/// If the timecode counts half as many frames as the file has, and the editor gives the file's rate as the
+/// sensor rate, the clip is meant to be shown at the rate of the timecode.
 bool isShownAtHalfSpeed(const MediaAsset& video, double sensor) {
     return video.timecodeFrameRate && !OffspeedDetector::ratesDifferSignificantly(sensor, video.frameRate) &&
            OffspeedDetector::isHalfRate(

@@ -30,7 +30,7 @@ void unlock(SyncGroup& group) {
     group.lockedAtManualOffset.reset();
 }
 
-/// A take of a scene, where the recorder wrote both and the take is a whole number.
+/// Scene and take as the recorder wrote them; the take must be a whole number.
 struct Slate {
     std::string_view scene;
     std::int64_t take = 0;
@@ -44,7 +44,7 @@ std::optional<Slate> slateOf(const SyncGroup& group) {
     return take ? std::optional(Slate{*audio->ixmlData->scene, *take}) : std::nullopt;
 }
 
-/// What both resets clear.
+/// The decisions that both resets clear.
 void clearDecisions(SyncGroup& group) {
     group.manualActiveTracks.clear();
     group.tracksManuallyEdited.reset();
@@ -54,7 +54,7 @@ void clearDecisions(SyncGroup& group) {
     unlock(group);
     group.isApproved = false;
 }
-/// Whether that makes a difference; a look costs less than a copy of the clip.
+/// Whether clearing makes a difference; this check costs less than copying the clip.
 bool hasDecisions(const SyncGroup& group) {
     return !group.manualActiveTracks.empty() || group.tracksManuallyEdited ||
            group.manualAudioOffsetSeconds != 0 || group.audioAnchorOffsetInAudioSeconds ||
@@ -125,7 +125,7 @@ void ClipEditing::markScenePickupFromHere(UUID groupID) {
     const SyncGroup* group = work_.syncGroups().find(groupID);
     const auto from = group == nullptr ? std::nullopt : slateOf(*group);
     if (!from) return;
-    const std::string scene(from->scene); // the group may be replaced on the way
+    const std::string scene(from->scene); // the change may replace the group
     const auto isPickup = [&](const SyncGroup& one) {
         const auto slate = slateOf(one);
         return slate && slate->scene == scene && slate->take >= from->take;

@@ -17,7 +17,7 @@ constexpr std::chrono::seconds lookInterval{1};
 
 } // namespace
 
-/// What comes back of the writing.
+/// Receives the results of the writing.
 class SessionManager::Reports : public SessionWrites::Owner {
   public:
     explicit Reports(SessionManager& manager) : manager_(manager) {}
@@ -87,11 +87,11 @@ void SessionManager::beginSessionOfOpenWork(const ImportController& controller) 
 }
 
 platform::Task SessionManager::save(SessionWork newWork, std::optional<std::string> name, bool isChanged) {
-    if (!open_.id) return platform::Task::ended(); // nothing to wait for
+    if (!open_.id) return platform::Task::ended(); // nothing to write
     const UUID id = *open_.id;
     const UnwrittenSession* waiting = writes_->find(id);
     if (newWork.leavesClipsAlone && waiting != nullptr && waiting->work) {
-        const SessionWork& earlier = *waiting->work; // whose clips are still to be written
+        const SessionWork& earlier = *waiting->work; // its clips are still to be written
         newWork.groups = earlier.groups;
         newWork.isEmptiedByEdit = earlier.isEmptiedByEdit;
         newWork.leavesClipsAlone = earlier.leavesClipsAlone;
@@ -130,13 +130,14 @@ void SessionManager::start(const std::shared_ptr<ImportController>& controller) 
     folderSettings_->observe();
 }
 
-/// A list is saved empty only if the editor has taken the last clip out: work that is left behind, a card
-/// that is empty today and clips that could not be read leave what is on the disk.
+/// An empty list is saved only if the editor has removed the last clip. If the list is empty for another
+/// reason (the work was closed, the card is empty, the clips could not be read), the clips on the disk are
+/// kept.
 void SessionManager::autosave(const ImportController& controller, bool isChanged) {
     if (!open_.id) return;
     SessionWork work = open_.workOf(controller);
     work.leavesClipsAlone = work.groups.empty() && !work.isEmptiedByEdit;
-    // Without clips there may be sound, which has names.
+    // Without clips there may be wild tracks, which have names.
     if (!work.leavesClipsAlone || !controller.work().wildTracks().empty())
         save(std::move(work), std::nullopt, isChanged);
 }
@@ -144,7 +145,7 @@ void SessionManager::autosave(const ImportController& controller, bool isChanged
 void SessionManager::autosaveAgain() {
     writes_->retryFailed();
     folders_->write();
-    // A task that waits for the saves so far would wait for ever where one takes longer than this.
+    // A task that waits for all saves so far would never end if a save takes longer than this interval.
     if (!writes_->isFinishing()) autosave_->save();
 }
 
@@ -190,7 +191,7 @@ platform::Task SessionManager::look(std::weak_ptr<SessionManager> weak) {
     if (self) self->adopt(std::move(*onDisk));
 }
 
-/// The queue is in order, and so is what comes back from it: what the disk lacks of the changes is unwritten.
+/// The queue works in order, so a change that the list from the disk does not have is not written yet.
 void SessionManager::adopt(StoredLists onDisk) {
     SessionList list(std::move(onDisk.sessions));
     for (const auto& [id, unwritten] : writes_->unwritten()) {
@@ -199,7 +200,7 @@ void SessionManager::adopt(StoredLists onDisk) {
         unwritten.change.apply(info);
         list.place(std::move(info));
     }
-    // The open session can be named and moved even where another process has deleted it.
+    // The open session can be renamed and moved even if another process has deleted it.
     const SessionInfo* current = open_.id ? session(*open_.id) : nullptr;
     if (current != nullptr && list.find(*open_.id) == nullptr) list.place(*current);
     folders_->adopt(std::move(onDisk.folders));
@@ -217,10 +218,10 @@ platform::Task SessionManager::load(UUID sessionId, const std::shared_ptr<Import
 platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID sessionId,
                                     std::weak_ptr<ImportController> controller, std::uint64_t opening) {
     auto self = weak.lock();
-    self->open_.keptOf.reset(); // what is kept from here on is reported after the opening
+    self->open_.keptOf.reset(); // files that are kept from here on are reported after the opening
     self->leaveSession();
     self->places_.captureSettings();
-    if (self->writes_->find(sessionId) != nullptr) { // what is read must be the newest
+    if (self->writes_->find(sessionId) != nullptr) { // the newest state must be read
         const platform::Task writing = self->writes_->start(sessionId);
         self.reset();
         co_await writing;
@@ -236,7 +237,7 @@ platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID ses
     const auto work = controller.lock();
     if (!self || !work || !*read || self->openings_ != opening || stop.stop_requested()) co_return;
     self->keepDecisionsOf(*work);
-    self->leaveSession(); // what was edited meanwhile is saved where it belongs
+    self->leaveSession(); // edits made meanwhile are saved in the session that they belong to
     self->open(sessionId, std::move(**read), *work);
 }
 
@@ -246,7 +247,7 @@ void SessionManager::open(const UUID& sessionId, StoredSession read, ImportContr
     SyncGroupList groups = read.groups.groups;
     std::vector<WildTrack> wildTracks = read.wildTracks.record.value_or(std::vector<WildTrack>());
     if (const UnwrittenSession* newer = writes_->find(sessionId); newer != nullptr && newer->work) {
-        if (!newer->work->leavesClipsAlone) groups = newer->work->groups; // which the disk would not take
+        if (!newer->work->leavesClipsAlone) groups = newer->work->groups; // these could not be written
         media = newer->work->folders.folders;
         if (const auto& tracks = newer->work->wildTracks.tracks) wildTracks = *tracks;
     }
@@ -281,7 +282,7 @@ platform::Task SessionManager::findSession(const std::vector<FileURL>& folders,
 
 platform::Task SessionManager::newSession(ImportController& controller) {
     assertOnMainThread();
-    ++openings_; // one that still reads is no longer asked for
+    ++openings_; // an opening that is still reading is dropped
     keepDecisionsOf(controller);
     leaveSession();
     {
@@ -296,22 +297,23 @@ void SessionManager::close(ImportController& controller) {
     assertOnMainThread();
     ++openings_;
     leaveSession();
-    setCurrentSession(std::nullopt); // before the clips go, so that their going is no change of the session
+    setCurrentSession(std::nullopt); // before the clips are removed, so that this is no change of the session
     controller.reset();
 }
 
-/// What of the open session waits for a moment of its own happens now.
+/// Makes the pending saves of the open session now.
 void SessionManager::leaveSession() {
     autosave_->saveScheduled();
     folderSettings_->notifyNowIfChanged();
 }
 
-/// Where other work takes the place of work that has no session, which nothing else would keep.
+/// To be called when other work replaces work without a session, whose decisions would be lost.
 void SessionManager::keepDecisionsOf(const ImportController& controller) {
     if (isStarted_ && controller.work().mayHoldDecisions()) beginSessionOfOpenWork(controller);
 }
 
-/// The clips of the work before may stand until those of the project do; they are kept where they belong.
+/// The clips of the earlier work may stay until the project's clips are made; they are saved in their own
+/// session.
 void SessionManager::beginSessionOfProject(const FileURL& file) {
     ++openings_;
     if (const auto controller = autosave_->controller()) keepDecisionsOf(*controller);
@@ -322,7 +324,7 @@ void SessionManager::beginSessionOfProject(const FileURL& file) {
     openingProject_ = std::filesystem::path(file.path).stem().string();
 }
 
-/// Or it was given up on the way. Not where another session was opened meanwhile.
+/// Also called when the project was abandoned. Has no effect if another session was opened meanwhile.
 void SessionManager::projectIsOpen() {
     auto name = std::exchange(openingProject_, std::nullopt);
     if (!autosave_->projectEnds()) return;
@@ -367,14 +369,14 @@ platform::Task SessionManager::remove(std::weak_ptr<SessionManager> weak, UUID s
     if (self->open_.has(sessionId)) {
         ++self->openings_;
         self->setCurrentSession(std::nullopt);
-        // Clips that stayed would be work that nothing saves.
+        // If the clips stayed, changes of them would not be saved.
         if (const auto controller = self->autosave_->controller()) controller->reset();
     }
     self->list_.remove(sessionId);
     self->notify(SessionField::sessions);
 }
 
-// What comes back from the queue.
+// Results from the queue.
 
 void SessionManager::Reports::isWritten(const UUID& id, const std::shared_ptr<const SessionWork>& work) {
     if (!manager_.open_.has(id)) return manager_.writes_->closed(id);
@@ -419,7 +421,7 @@ void SessionManager::Reports::reportFailures() {
     manager_.setLastSaveError(std::move(failure));
 }
 
-/// Also of a session that was left: the texts name the file.
+/// Also for a session that is closed: the texts name the file.
 void SessionManager::Reports::reportKeptFiles(const UUID& id, const std::vector<std::string>& kept) {
     if (kept.empty()) return;
     manager_.open_.keptProblem = platform::text::joined(kept, "; ");

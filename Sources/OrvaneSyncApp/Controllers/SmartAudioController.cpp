@@ -54,7 +54,7 @@ SyncGroupList SmartAudioController::settledClipsWithSound() const {
         [](const SyncGroup& group) { return group.matchStatus.isSettled() && !group.isMOS(); });
 }
 
-/// Whether an analysis has judged the clip, or would have but for its excluded tracks.
+/// Whether an analysis has judged the clip, or has passed over it because of its excluded tracks.
 bool SmartAudioController::isKnown(const UUID& groupID) const {
     return state().results.contains(groupID) || state().passedOver.contains(groupID);
 }
@@ -88,7 +88,7 @@ void SmartAudioController::emptyAfterUndo(const SyncGroupList& clipsBefore) {
 
 void SmartAudioController::restoreAfterUndo() { runs_.restoreUnchanged(); }
 
-// Only a mode that was stored counts: a scan by itself analyses nothing that nobody asked for.
+// Only a stored mode counts: without one, a scan starts no analysis.
 void SmartAudioController::startAnalysisAfterScan() {
     analysisAfterScan_.reset();
     const auto stored = work_.environment.settings->find(settings::smartAudioMode);
@@ -97,7 +97,7 @@ void SmartAudioController::startAnalysisAfterScan() {
 }
 
 platform::Task SmartAudioController::waitForAnalysisAfterScan() const {
-    // A copy: the controller may be gone when the analysis ends.
+    // A copy: the controller may be destroyed before the analysis ends.
     if (const auto analysis = analysisAfterScan_) co_await *analysis;
 }
 

@@ -18,10 +18,10 @@ namespace orvane {
 
 namespace {
 
-/// Linear RMS that music is compared with when it decides how boldly to route.
+/// Linear RMS to which music is compared to decide how boldly to route.
 constexpr float musicSourceLevel = 0.05F;
 
-/// How long a recording takes to hear, in any unit.
+/// The work of reading a recording; only ratios matter.
 double effortOf(const Take& take) {
     return std::max(take.durationSeconds, 1.0) * std::max(take.channelCount, 1);
 }
@@ -37,7 +37,7 @@ std::set<int> candidateTracks(const SyncGroup& group, int channelCount) {
     return candidates;
 }
 
-/// Nothing without a separator, and where it fails: the analysis then goes on without stems.
+/// Absent without a separator and if it fails: the analysis then continues without stems.
 std::optional<SeparatedStems> stemsOf(const TakeSound& recording, const std::shared_ptr<StemCache>& cache,
                                       const std::stop_token& stop) {
     try {
@@ -52,12 +52,12 @@ AnalysisInput analysisInput(const SyncGroup& group) {
     return {{group, take}, take.channelCount, candidateTracks(group, take.channelCount)};
 }
 
-/// Those that the blocks use; none where they are on already or the editor chose tracks by hand.
+/// The tracks that the blocks use; absent if they are on already or the editor chose tracks.
 std::optional<std::set<int>> tracksToSwitchOn(const SyncGroup& group,
                                               const std::vector<BlockDecision>& blocks,
                                               bool forceOverwriteManualTracks) {
     if (!forceOverwriteManualTracks && group.hasManualTrackEdits()) return std::nullopt;
-    std::vector<int> tracks; // few, of many blocks
+    std::vector<int> tracks; // few tracks for many blocks
     for (const BlockDecision& block : blocks)
         if (block.activeTrack > 0 && std::ranges::find(tracks, block.activeTrack) == tracks.end())
             tracks.push_back(block.activeTrack);
@@ -67,8 +67,8 @@ std::optional<std::set<int>> tracksToSwitchOn(const SyncGroup& group,
     return active;
 }
 
-/// Whether nothing tells two states of a clip apart that a result depends on, or the tracks it switches on.
-/// Looks at what is at hand: a take is not put together.
+/// Whether two states of a clip are the same in all that a result, or the choice of tracks to switch on,
+/// depends on. Compares stored values only: it does not build the take.
 bool areHeardAlike(const SyncGroup& before, const SyncGroup& now) {
     const auto decided = [](const SyncGroup& group) {
         return std::tie(group.video.durationSeconds, group.algorithmExcludedTracks,
@@ -82,8 +82,8 @@ bool areHeardAlike(const SyncGroup& before, const SyncGroup& now) {
                               });
 }
 
-/// Takes the clip's result out unless it is asked of as it was; where it is, lays the ranges by hand over it
-/// as they are by now. Gives the tracks to switch on.
+/// Removes the clip's result from `aside` unless the clip has the same input as before; if it has, applies
+/// the editor's present ranges to the result. Returns the tracks to switch on.
 std::optional<std::set<int>> tracksIfUnchanged(SmartAudioSetAside& aside, const SyncGroup& group) {
     const bool isPassedOver = !group.isMOS() && hasNoCandidates(group);
     if (!isPassedOver) aside.passedOver.erase(group.id);
@@ -102,9 +102,9 @@ std::optional<std::set<int>> tracksIfUnchanged(SmartAudioSetAside& aside, const 
     return active;
 }
 
-/// A recording's loudness, and the calibration at that time.
+/// A recording's loudness, and the calibration with which it was measured.
 struct Measured {
-    double lufs = 0; ///< a recording that cannot be measured counts as all but silent
+    double lufs = 0; ///< a recording that cannot be measured counts as almost silent
     SmartAudioPredictor predictor;
 };
 
@@ -112,14 +112,14 @@ Measured measured(std::optional<double> lufs) {
     return {lufs.value_or(MasterGain::unmeasuredLUFS), SmartAudioPredictor::loadingFromDisk()};
 }
 
-/// What one reading of a recording gives.
+/// The results of one reading of a recording.
 struct Heard {
     SmartAudioResult result = {};
-    /// Absent where it was not asked for, and where not all channels were heard.
+    /// Absent if it was not requested, or if not all channels were read.
     std::optional<Measured> loudness = {};
 };
 
-/// On the router's queue. What cannot be heard gives the empty result.
+/// Runs on the router's queue. A recording that cannot be read gives the empty result.
 Heard listen(const SmartAudioRouter::Options& options, SmartAudioRequest request, bool measuresLoudness,
              const std::shared_ptr<WaveformCache>& waveforms, const std::shared_ptr<StemCache>& stems,
              const std::stop_token& stop) {
@@ -159,30 +159,31 @@ Measured loudnessOf(const TakeSound& recording, const std::function<void(double)
             take.throwIfReadFailed();
             return measured(lufs);
         }
-    } catch (const std::exception&) { // as of one that cannot be opened
+    } catch (const std::exception&) { // handled as a recording that cannot be opened
     }
     return measured(std::nullopt);
 }
 
 } // namespace
 
-/// One analysis, and what it has heard: the cameras of one recording share one reading.
+/// One analysis and its results: cameras with the same recording use one reading.
 struct SmartAudioRuns::Run {
     SmartAudioTerms terms;
     bool forceOverwriteManualTracks = false;
     bool rendersBlocks = false; ///< for the player
 
-    SmartAudioProgress progress{"", 0, 1, 0}; ///< before the clip under way
+    SmartAudioProgress progress{"", 0, 1, 0}; ///< at the beginning of the present clip
     double effort = 0;                        ///< of all recordings of the run
-    std::uint64_t removals = 0;               ///< of the results of the clip under way, when its turn came
-    bool isAwaitingResult = false;            ///< on a clip that the run has yet to judge as it then stands
-    std::optional<platform::Task> task;       ///< of a renewed analysis, for all whose changes it takes in
+    std::uint64_t removals = 0;               ///< removals of the present clip's results when its turn came
+    bool isAwaitingResult =
+        false; ///< for a clip that the run has not judged yet; the clip's state then is used
+    std::optional<platform::Task> task; ///< of a repeated analysis, for all callers whose changes it includes
 
     const SmartAudioResult* heardBefore(const SmartAudioRequest& request) const {
         const auto found = heard.find({request.sound, request.candidateTracks});
         return found == heard.end() ? nullptr : &found->second;
     }
-    /// Keeps the result as long as clips of the recording are still to come.
+    /// Keeps the result while clips of the same recording are still to come.
     void keep(const SmartAudioRequest& request, const SmartAudioResult& result) {
         if (--clipsLeft[request.sound] > 0)
             heard.insert_or_assign({request.sound, request.candidateTracks}, result);
@@ -202,7 +203,7 @@ SmartAudioRuns::SmartAudioRuns(OpenWork& work, SmartAudioCaches& caches, Rendere
                                                [this](const Shown& latest) {
                                                    const auto run = latest.first.lock();
                                                    // Of several runs the one that began first is shown, so
-                                                   // that the fraction never goes back and forth.
+                                                   // that the fraction does not jump between them.
                                                    if (!run || underWay_.empty() || underWay_.front() != run)
                                                        return;
                                                    caches_.state.progress = latest.second;
@@ -330,7 +331,7 @@ platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, U
         SmartAudioResult result;
         if (known != nullptr) {
             result = *known;
-            // Hundreds of clips may be of one recording: each has a turn of the loop of its own.
+            // Hundreds of clips may have the same recording: each gets its own turn of the loop.
             auto turn = platform::onQueue(self->router_->queue(), self->work_.environment.mainThread, [] {});
             self.reset();
             co_await turn;
@@ -355,8 +356,7 @@ platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, U
         }
         run->keep(request, result);
         group = self->stillAsked(groupID, *run);
-        // Another recording, or other channels to choose from: the question has changed, so it is asked
-        // again.
+        // The clip has another recording, or other channels to choose from, so it has to be analysed again.
         if (group != nullptr && (hasNoCandidates(*group) || analysisInput(*group) != input)) continue;
         run->isAwaitingResult = false;
         if (group == nullptr) break;
@@ -367,16 +367,17 @@ platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, U
     run->isAwaitingResult = false;
 }
 
-/// The clip as long as it is there with sound and its results were not thrown away since its turn came. A
-/// step that is taken back throws none away for good: what is then heard belongs to the clip as it is, or the
-/// clip is asked again.
+/// The clip, if it still has sound and its results were not discarded since its turn came. Undoing a step
+/// does not discard results for good: either the new result fits the clip as it is, or the clip is analysed
+/// again.
 const SyncGroup* SmartAudioRuns::stillAsked(const UUID& groupID, const Run& run) const {
     const SyncGroup* group = work_.syncGroups().find(groupID);
     const bool isAsked = group != nullptr && !group->isMOS() && caches_.removals(groupID) == run.removals;
     return isAsked ? group : nullptr;
 }
 
-/// The editor's ranges and choice are those of now, not of when the reading began.
+/// Uses the editor's ranges and choice of tracks as they are at this moment, not as they were when the
+/// reading began.
 void SmartAudioRuns::adoptResult(const UUID& groupID, SmartAudioResult result,
                                  bool forceOverwriteManualTracks) {
     const SyncGroup* group = work_.syncGroups().find(groupID);
@@ -384,7 +385,7 @@ void SmartAudioRuns::adoptResult(const UUID& groupID, SmartAudioResult result,
     result.blocks = SmartAudioBlockRouter::applyOverrides(std::move(result.blocks),
                                                           SmartAudioBlockRouter::overridesInTakeTime(*group));
     work_.notices.together([&] {
-        // Of other blocks than those that are heard from now on.
+        // The rendered files were made from other blocks.
         const auto known = caches_.state.results.find(groupID);
         if (known == caches_.state.results.end() || known->second->blocks != result.blocks)
             caches_.state.mixdownURLs.erase(groupID);
@@ -422,7 +423,7 @@ void SmartAudioRuns::restoreUnchanged() {
     }
     if (!areSameClips)
         std::erase_if(aside.results, [&](const auto& one) { return clips.find(one.first) == nullptr; });
-    // What was heard meanwhile is newer.
+    // Results that were made meanwhile are newer.
     for (const auto& [groupID, result] : state.results) aside.results.erase(groupID);
     for (const auto& [groupID, heard] : caches_.routed) aside.routed.erase(groupID);
     aside.results.merge(state.results);
@@ -451,7 +452,7 @@ void SmartAudioRuns::reapplyRanges(const UUID& groupID) {
     adoptResult(groupID, std::move(result), false);
 }
 
-/// What was known of the clip was heard on tracks that are out.
+/// The earlier result came from tracks that the editor has excluded since.
 void SmartAudioRuns::passOver(const UUID& groupID) {
     caches_.state.results.erase(groupID);
     caches_.state.passedOver.insert(groupID);
@@ -468,8 +469,8 @@ platform::Task SmartAudioRuns::measureClip(std::weak_ptr<SmartAudioRuns> weak, U
         if (const auto measured = run->loudness.find(recording); measured != run->loudness.end()) {
             self->work_.edit(groupID, [&](SyncGroup& own) {
                 own.measuredLUFS = measured->second.lufs;
-                // Of a request for one clip people see what comes of it; of a thousand clips none is to get
-                // 40 dB because its recording is silent.
+                // If the user requested one clip, the result is shown to the user. In a run over a thousand
+                // clips, none may get 40 dB because its recording is silent.
                 const bool isHeard =
                     loudness == Loudness::measure || measured->second.lufs > MasterGain::unmeasuredLUFS;
                 if (own.masterGainAuto && isHeard)
@@ -520,7 +521,7 @@ platform::Task SmartAudioRuns::analyseAgain(const UUID& groupID, const SmartAudi
     return *run->task;
 }
 
-/// Noticed with its first clip.
+/// The notice comes with the run's first clip.
 void SmartAudioRuns::began(const RunPointer& run) {
     underWay_.push_back(run);
     caches_.state.isAnalyzing = true;
@@ -536,7 +537,7 @@ void SmartAudioRuns::ended(const RunPointer& run) {
 
 void SmartAudioRuns::show(const RunPointer& run, SmartAudioProgress progress) {
     if (underWay_.empty() || underWay_.front() != run) return;
-    caches_.state.progress = progress; // of which the notice may come a moment later
+    caches_.state.progress = progress; // its notice may come a moment later
     shown_->post({run, std::move(progress)});
 }
 

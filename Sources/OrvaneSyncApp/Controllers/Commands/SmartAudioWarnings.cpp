@@ -39,7 +39,7 @@ struct AnalysedClip {
     const SmartAudioResult& result;
     const FileNames& names;
     Take take = takeOf(group, assumedChannels);
-    std::string files = filesText(group, take, names); ///< as people name them
+    std::string files = filesText(group, take, names); ///< as messages name them
 };
 using Warnings = std::vector<std::string>;
 
@@ -74,7 +74,7 @@ Warnings lengthWarnings(const AnalysedClip& analysed) {
             clockText(result.promisedSeconds) + " of " + files};
 }
 
-/// The steadiest channel wins, and nothing is steadier than timecode.
+/// Timecode is steadier than any sound, so an analysis may choose its channel.
 Warnings timecodeWarnings(const AnalysedClip& analysed) {
     const auto& [group, result, names, take, files] = analysed;
     if (!result.isHeard() || group.manualActiveTracks.empty()) return {};
@@ -87,10 +87,10 @@ Warnings timecodeWarnings(const AnalysedClip& analysed) {
             " is switched on, by its name timecode; --no-smart-audio leaves every channel on"};
 }
 
-/// What Smart Audio could not hear at all, each once, as people name it.
+/// The recordings that Smart Audio could not read at all, each once, as messages name them.
 std::vector<std::string> unheardRecordings(const WorkSnapshot& work) {
     std::vector<std::string> names;
-    std::set<std::string_view> paths; // cameras may share the recording
+    std::set<std::string_view> paths; // several cameras may have the same recording
     const auto& results = work.smartAudioResults();
     for (const SyncGroup& group : work.groups()) {
         const auto result = results.find(group.id);
@@ -116,7 +116,7 @@ void addPassedOver(const WorkSnapshot& work, Warnings& warnings) {
                                "analyzed");
 }
 
-/// Of clips that were measured.
+/// Adds the warnings of clips that were measured.
 void addLoudness(const WorkSnapshot& work, Warnings& warnings) {
     constexpr double riskyGainDB = 12;
     std::vector<std::string> silent, raised;
@@ -172,7 +172,7 @@ std::string earlyEndWarning(const std::string& filename, double heardSeconds, do
 }
 
 std::vector<std::string> smartAudioWarnings(const WorkSnapshot& work) {
-    constexpr std::size_t mostNamed = 3; // a card that is gone is one line, not hundreds
+    constexpr std::size_t mostNamed = 3; // if a whole card is missing, one line is enough
     std::vector<std::string> warnings;
     std::set<std::string> said;
     const std::vector<std::string> unheard = unheardRecordings(work);
@@ -186,7 +186,7 @@ std::vector<std::string> smartAudioWarnings(const WorkSnapshot& work) {
         if (!areUnheardNamed && !result->second->isHeard()) continue;
         for (const auto about : {&unheardWarnings, &lengthWarnings, &timecodeWarnings})
             for (std::string& warning : about(analysed))
-                // Cameras may share the recording.
+                // Several cameras may have the same recording.
                 if (said.insert(warning).second) warnings.push_back(std::move(warning));
     }
     addPassedOver(work, warnings);

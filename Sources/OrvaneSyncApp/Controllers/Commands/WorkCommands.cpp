@@ -13,13 +13,13 @@ namespace {
 
 using enum Parameter::Kind;
 
-/// What a call names; it need not mention all of it.
+/// The folders that a call names; it may name only some.
 struct NamedFolders {
     std::optional<FileURL> video, audio;
     std::vector<FileURL> more;
 };
 
-/// Throws for the first that cannot be read.
+/// Throws for the first folder that cannot be read.
 NamedFolders namedFolders(const Call& call) {
     const auto folder = [&](std::string_view name) {
         return call.has(name) ? std::optional(readableFolder(call.text(name))) : std::nullopt;
@@ -30,7 +30,7 @@ NamedFolders namedFolders(const Call& call) {
     return named;
 }
 
-/// Whether a file of the open work lies in one of the folders.
+/// Whether one of the folders contains a file of the open work.
 bool holdsFilesOf(const OpenWork& work, const std::vector<FileURL>& folders) {
     const auto isInside = [&](const MediaAsset& asset) {
         return std::ranges::any_of(folders, [&](const FileURL& folder) {
@@ -49,9 +49,9 @@ bool holdsFilesOf(const OpenWork& work, const std::vector<FileURL>& folders) {
                                [&](const WildTrack& track) { return isInside(track.audio); });
 }
 
-/// A scan replaces all clips. Those of another shoot get a session of their own before the folders are
-/// theirs, so that the session that is open stays as it is. Its clips may not be in the work: they could not
-/// be read, or its card was empty today.
+/// A scan replaces all clips. If the folders are of another shoot, the work gets a session of its own before
+/// it gets the folders, so that the open session is not changed. The session's clips may be missing from the
+/// work: they could not be read, or its card was empty.
 void leaveOtherShoot(ImportController& controller, const std::shared_ptr<SessionManager>& sessions,
                      const std::optional<FileURL>& video, const std::optional<FileURL>& audio,
                      const ScanScope& scope) {
@@ -65,8 +65,8 @@ void leaveOtherShoot(ImportController& controller, const std::shared_ptr<Session
         sessions->newSession(controller);
 }
 
-/// What is not named stays, a null takes it away. An offset counts at the rate of the clips, where there are
-/// any.
+/// Folders that the call does not name are kept; a null removes one. An offset is counted at the rate of the
+/// clips, if there are any.
 void takeFolders(ImportController& controller, const std::shared_ptr<SessionManager>& sessions,
                  const Call& call, NamedFolders named) {
     const OpenWork& work = controller.work();
@@ -84,7 +84,7 @@ void takeFolders(ImportController& controller, const std::shared_ptr<SessionMana
     if (scope != work.scanScope()) scan.setScope(std::move(scope));
 }
 
-/// All folders are looked at before one is taken. Where others were chosen meanwhile, these stay.
+/// Checks all folders before it sets one. If other folders were chosen meanwhile, those are kept.
 platform::Task setFolders(CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
     if (call.has("exclude") && std::ranges::count(call.texts("exclude"), std::string()) > 0)
         throw Error(Refusal::invalidArguments, "setFolders: exclude holds an empty pattern");
@@ -100,7 +100,7 @@ platform::Task setFolders(CommandContext& context, const Call& call, const std::
         });
 }
 
-/// What is not named stays, a null takes it away.
+/// Values that the call does not name are kept; a null removes one.
 JSON setCorrections(CommandContext& context, const Call& call) {
     const SourceCorrections& present = context.controller->work().sourceCorrections();
     const auto rate = present.timecodeRate
@@ -123,9 +123,9 @@ JSON setCorrections(CommandContext& context, const Call& call) {
     return {};
 }
 
-/// Done when the clips stand and the analysis has ended that the settings may ask for.
+/// Ends when the clips are made and the analysis has ended that the settings may require.
 platform::Task startScan(CommandContext& context, Call call, std::shared_ptr<JSON>) {
-    // Weak: the end of the program stops the scan by the end of its controller.
+    // Weak, so that the end of the program destroys the controller, which stops the scan.
     const std::weak_ptr<ImportController> weak = context.controller;
     const bool isOfOtherWork = call.has("ofOtherWork") && call.boolean("ofOtherWork");
     const platform::Task scanning = context.controller->scan().startScan(
@@ -138,7 +138,7 @@ platform::Task startScan(CommandContext& context, Call call, std::shared_ptr<JSO
     co_await analysing;
 }
 
-/// What is said of all of the work, made on a queue.
+/// A statement about all of the work, made on a queue.
 auto madeOnQueue(const ImportController& controller, JSON (*make)(const WorkSnapshot&)) {
     return platform::onQueue(
         *controller.work().documents, controller.work().environment.mainThread,
@@ -166,7 +166,7 @@ platform::Task diagnose(CommandContext& context, Call, std::shared_ptr<JSON> ans
     *answer = co_await making;
 }
 
-/// A whole number stands without a point.
+/// A whole number is written without a decimal point.
 std::optional<JSON> limitJSON(const std::optional<double>& limit) {
     if (!limit) return std::nullopt;
     const auto whole = JSON(*limit).integer();
@@ -186,7 +186,7 @@ JSON parameterJSON(const Parameter& parameter) {
     return json;
 }
 
-/// Enabled for the clip that is named, or without one, for any.
+/// With a clip: whether each command is enabled for it; without one: whether it is for any clip.
 JSON commandsJSON(CommandContext& context, const Call& call) {
     const SyncGroup* clip = call.has("groupID") ? &context.group(call.id("groupID")) : nullptr;
     JSON::Array list;

@@ -10,8 +10,8 @@ namespace orvane {
 
 namespace {
 
-/// The chosen folder that the file lies in, the longest where one lies in another, with the name of the
-/// folder right below it, if the file does not lie in the chosen one itself.
+/// The chosen folder that contains the file (the longest, if one contains another), with the name of the
+/// folder directly below it, unless the file is directly in the chosen folder.
 std::string cardOf(const std::vector<FileURL>& folders, const std::string& file) {
     std::string_view chosen;
     for (const FileURL& folder : folders) {

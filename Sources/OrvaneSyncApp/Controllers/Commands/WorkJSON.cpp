@@ -17,7 +17,7 @@ JSON textsJSON(const std::vector<std::string>& texts) {
     return array;
 }
 
-/// The files of each clip's take in their order.
+/// The files of each clip's take, in order.
 JSON takesJSON(const SyncGroupList& groups) {
     JSON::Object takes;
     for (const SyncGroup& group : groups) {

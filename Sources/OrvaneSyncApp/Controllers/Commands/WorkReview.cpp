@@ -27,7 +27,7 @@ namespace {
 using enum ReviewColumn;
 using platform::text::trimmed;
 
-/// In which the column of offsets counts.
+/// The rates at which the column of offsets counts frames.
 ClipRates ratesOf(const WorkSnapshot& work) {
     return {work.groups(), work.settings().get(settings::targetFrameRate)};
 }
@@ -40,7 +40,7 @@ std::vector<std::string> recordingTexts(const SyncGroup& group, const FileNames&
     return texts;
 }
 
-/// What the table says of a clip that the editor may decide about.
+/// Fills in the cells that the editor may change.
 void fillDecisions(ReviewLine& line, const SyncGroup& group, const ClipRates& rates) {
     line[choice] = isChosen(group) ? "1" : "";
     line[offsetFrames] = reviewFrames(group.manualAudioOffsetSeconds * rates.of(group.video));
@@ -49,7 +49,7 @@ void fillDecisions(ReviewLine& line, const SyncGroup& group, const ClipRates& ra
     line[lock] = group.isLocked ? "x" : "";
 }
 
-/// Each doubt with its cure; where there is none, why the clip is not settled.
+/// Each doubt with its cure; without doubts, why the clip is not settled.
 std::string doubtText(const SyncGroup& group, const SyncDoubts& doubts, UnmatchedReasons& reasons) {
     const auto own = doubts.byGroup.find(group.id);
     if (own == doubts.byGroup.end() || own->second.empty())
@@ -93,16 +93,16 @@ class Reading {
 
   private:
     static std::string trimmedText(std::string_view text) { return std::string(trimmed(text)); }
-    /// As a table shows a cell once it was written and read.
+    /// The cell as it is after being written to a table and read back.
     static std::string asRead(ReviewColumn column, const std::string& cell) {
         ReviewLine line;
-        line[clip] = "clip"; // lines that hold nothing are left out
+        line[clip] = "clip"; // a line with no other cell would be left out
         line[column] = cell;
         return trimmedText(*readReviewTable(writtenReviewTable({line})).front()[column]);
     }
     std::string shownName(const SyncGroup& group) const { return asRead(cameraFile, names_.of(group.video)); }
-    /// The place of a recording as a table names it, or as it was named in a smaller shoot, without folders
-    /// in front; nothing where none or several fit.
+    /// The place of a recording that is named as in a table, or as in the table of a smaller shoot, without
+    /// leading folders; absent if none or several match.
     static std::optional<std::size_t> placeOf(const std::string& wanted,
                                               const std::vector<std::string>& texts) {
         if (const auto at = std::ranges::find(texts, wanted); at != texts.end())
@@ -122,7 +122,7 @@ class Reading {
         if (!isOn) problem(line, name + " must be x or nothing, not '" + *line[column] + "'");
         return isOn == present ? std::nullopt : isOn;
     }
-    /// Whether the line may choose another recording; else says why not.
+    /// Whether the line may choose another recording; if not, reports why.
     bool mayChange(const ReviewLine& line, const SyncGroup& group, const ReviewDecision& decision) {
         const bool isOpen = !group.isLocked || decision.isLocked == false;
         if (!isOpen) problem(line, "the clip is locked and keeps its recordings; unlock it first");
@@ -162,7 +162,7 @@ class Reading {
             return problem(line, "choice must be the number of a recording, not '" + *line[choice] + "'");
         std::size_t position = static_cast<std::size_t>(*number) - 1;
         if (line[sound] && !trimmed(*line[sound]).empty()) {
-            // The numbers are those of the line: the clip may list its recordings in another order by now.
+            // The numbers are those of the line: the clip may list its recordings in another order meanwhile.
             const auto wanted = recordingOfNumber(*line[sound], static_cast<int>(*number));
             const auto texts = recordingTexts(group, names_);
             const auto place = wanted ? placeOf(*wanted, texts) : std::nullopt;
@@ -179,8 +179,8 @@ class Reading {
         decision.matchID = group.audioMatches[recordings[position].front()].id;
     }
 
-    /// By the name of a file of the clip's recordings, else of any other one: phones and recorders without
-    /// timecode meet no clip by themselves.
+    /// Finds the recording by the name of one of its files, first among the clip's recordings, then among
+    /// all: recordings of phones and recorders without timecode are matched to no clip.
     void readNamedChoice(const ReviewLine& line, const SyncGroup& group, ReviewDecision& decision) {
         const std::string wanted = asRead(choice, trimmedText(*line[choice]));
         if (pool_.empty()) pool_ = work_.audioPool();
@@ -205,7 +205,7 @@ class Reading {
         if (mayChange(line, group, decision)) decision.other = Shared<MediaAsset>(*pool_[*place]);
     }
 
-    /// Who chooses a recording of another day knows better than the dates.
+    /// If the editor chooses a recording of another day, the dates are not held against it.
     void findOtherDays(const SyncGroup& group, ReviewDecision& decision) {
         const auto clip = places_.of(group.video);
         if (!clip || group.isMOS()) return;
@@ -243,8 +243,8 @@ class Reading {
     Places places_;
     std::unordered_map<std::string, std::vector<const SyncGroup*>> shown_, byFilename_;
     std::unordered_set<UUID> seen_;
-    std::vector<const MediaAsset*> pool_; ///< all recordings, once one was named
-    std::vector<std::string> poolNames_;  ///< as tables show them
+    std::vector<const MediaAsset*> pool_; ///< all recordings; filled when the first one is named
+    std::vector<std::string> poolNames_;  ///< as tables write them
 };
 
 void carryOutOne(ImportController& controller, const ReviewDecision& decision) {
@@ -267,7 +267,7 @@ void carryOutOne(ImportController& controller, const ReviewDecision& decision) {
         controller.recordings().removeAudioMatch(decision.groupID, other);
     if (decision.offsetSeconds) {
         controller.clips().resetAudioOffset(
-            decision.groupID); // so that the sum is exactly what was asked for
+            decision.groupID); // so that the sum is exactly the requested offset
         controller.clips().adjustAudioOffset(decision.groupID, *decision.offsetSeconds);
     }
     if (decision.name) controller.clips().setManualClipName(decision.groupID, *decision.name);

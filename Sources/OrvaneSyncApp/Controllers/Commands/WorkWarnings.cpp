@@ -27,7 +27,7 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-/// The rate at which frames are counted where the table of timecodes does not know that of the file.
+/// The rate at which the file counts frames, if the table of timecode rates does not have it.
 std::optional<double> otherRateOfTimecode(const MediaAsset& video) {
     constexpr double sameRate = 0.01; // of the rate
     if (!video.startTimecodeString || video.timecodeFrameRate || !video.projectFrameRate) return std::nullopt;
@@ -37,7 +37,8 @@ std::optional<double> otherRateOfTimecode(const MediaAsset& video) {
     return std::abs(stated - read) > sameRate * stated ? std::optional(read) : std::nullopt;
 }
 
-/// Slower is a time lapse of hours, faster no camera of a shoot: more often a slip of a report.
+/// A lower rate is used only for time lapses over hours, and no camera of a shoot reaches a higher one: such
+/// a rate is more often an error in a report.
 bool isUsualSensorRate(double framesPerSecond) {
     constexpr double slowest = 0.1, fastest = 10'000;
     return framesPerSecond >= slowest && framesPerSecond <= fastest;
@@ -50,7 +51,7 @@ void addProxies(const WorkSnapshot& work, std::vector<std::string>& warnings) {
     warnings.push_back("left out as proxies of files that are here: " + firstAndMore(proxies));
 }
 
-/// A card of a kind that no scan reads would otherwise look like an empty one.
+/// Without this, a card with only unknown kinds of files would look like an empty card.
 void addUnreadKinds(const WorkSnapshot& work, std::vector<std::string>& warnings) {
     if (!work.discoveryResult) return;
     std::map<std::string, int> counts; // by kind
@@ -66,9 +67,9 @@ void addUnreadKinds(const WorkSnapshot& work, std::vector<std::string>& warnings
                        firstAndMore(names) + "; convert them to QuickTime, MP4, MXF, WAVE or AIFF");
 }
 
-/// The file by which the clip got its row; null where the row was found by a reel.
+/// The file by which the clip got its row; null if the row was matched by a reel.
 const MediaAsset* fileOfRow(const SyncGroup& group) {
-    std::unordered_set<std::string> named; // as `normalizedName` has it
+    std::unordered_set<std::string> named; // by `normalizedName`
     for (const auto& [column, cell] : *group.aleMetadata)
         named.insert(platform::text::lowercased(
             FilenameUtils::withoutExtension(cell.substr(cell.find_last_of("/\\") + 1))));
@@ -81,7 +82,7 @@ const MediaAsset* fileOfRow(const SyncGroup& group) {
     return nullptr;
 }
 
-/// A report names files without their folders: its row goes to each file of the name.
+/// A report names files without folders, so each file of that name gets the row.
 void addFilesThatAReportMixesUp(const WorkSnapshot& work, std::vector<std::string>& warnings) {
     if (!work.aleFile) return;
     std::unordered_map<std::string, const MediaAsset*> firstOfName;
@@ -101,7 +102,7 @@ void addFilesThatAReportMixesUp(const WorkSnapshot& work, std::vector<std::strin
                            firstAndMore(names));
 }
 
-/// What the clip's row says that is not so of the clip; empty where it says nothing of the kind.
+/// The values of the clip's row that contradict the clip; empty if there are none.
 std::string contradictionOf(const SyncGroup& group) {
     constexpr double sameStartSeconds = 1;
     const auto cell = [&](const char* name) {
@@ -117,7 +118,7 @@ std::string contradictionOf(const SyncGroup& group) {
         return "starts at " + *stated.startTimecodeString + ", and the clip at " +
                *group.video.startTimecodeString;
     const auto date = dateFromISO8601(cell("Shoot Date") + "T00:00:00Z"), day = group.video.shootDay();
-    constexpr long longestNight = 1; // a report has the day on which the shoot began
+    constexpr long longestNight = 1; // a report has the day on which the shooting began
     if (date && day &&
         std::abs(std::chrono::floor<std::chrono::days>(*date).time_since_epoch().count() - dayNumber(*day)) >
             longestNight)
@@ -125,7 +126,7 @@ std::string contradictionOf(const SyncGroup& group) {
     return {};
 }
 
-/// Cameras begin their names again with each card.
+/// Cameras use the same names again on each card, so a report may match clips of another day.
 void addReportOfAnotherDay(const WorkSnapshot& work, std::vector<std::string>& warnings) {
     if (!work.aleFile) return;
     std::size_t rows = 0, wrong = 0;
@@ -137,13 +138,13 @@ void addReportOfAnotherDay(const WorkSnapshot& work, std::vector<std::string>& w
         if (contradiction.empty()) continue;
         if (wrong++ == 0) first = "the row of '" + work.fileNames().of(group.video) + "' " + contradiction;
     }
-    if (wrong == 0 || wrong * 2 < rows) return; // single cells were typed wrong
+    if (wrong == 0 || wrong * 2 < rows) return; // a few wrong cells are typing errors
     warnings.push_back("the report may be of another day: " + first +
                        (wrong > 1 ? "; likewise " + counted(wrong - 1, "more clip", "more clips") : "") +
                        "; load the report of these clips");
 }
 
-/// What of an opened project stands on no clip.
+/// Parts of an opened project that apply to no clip.
 void addUnusedOfProject(const WorkSnapshot& work, std::vector<std::string>& warnings) {
     Names clips;
     for (const FileURL& video : work.clipsNotFound) clips.push_back(video.path);
@@ -160,8 +161,6 @@ void addUnusedOfProject(const WorkSnapshot& work, std::vector<std::string>& warn
                        ": it was made for recordings that are not here; bring them back and open the "
                        "project again, or choose the tracks again before it is saved");
 }
-
-/// Files of the document that are not where it says: a card that is gone makes every other warning follow.
 } // namespace
 
 std::string firstAndMore(const std::vector<std::string>& names) {
@@ -195,7 +194,7 @@ std::vector<std::string> scanWarnings(const WorkSnapshot& work) {
         warnings.push_back("can't read all of " + firstAndMore(files) +
                            "; what is known of such a file may not be all, and the next scan reads it again");
     }
-    std::map<std::pair<double, double>, Names> otherRates; // by the stated rate and the one that is taken
+    std::map<std::pair<double, double>, Names> otherRates; // by the stated rate and the rate that is used
     std::map<double, Names> sensorRates;
     for (const SyncGroup& group : work.groups()) {
         const MediaAsset& video = group.video;

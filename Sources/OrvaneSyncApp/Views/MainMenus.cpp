@@ -61,9 +61,9 @@ constexpr std::array<DrawnEntry, 14> drawnEntries{{{"undo", Glyph::undo},
                                                    {"buildAtmo", Glyph::roomTone},
                                                    {"clusterLoad", Glyph::cameras}}};
 
-/// What of the clips a project file does not hold; empty where it holds all.
+/// The decisions about clips that a project file does not hold; empty if it holds all.
 QString keptInSessionText(const SyncGroupList& groups) {
-    const auto isAttached = [](const SyncGroup& group) { // a scan would not find it again
+    const auto isAttached = [](const SyncGroup& group) { // a scan would not match it again
         return std::ranges::any_of(group.audioMatches,
                                    [](const AudioMatch& match) { return match.overlapDurationSeconds <= 0; });
     };
@@ -109,7 +109,7 @@ MainMenus::MainMenus(Desktop& desktop, QMainWindow& window, ReviewActions& revie
     showKeys();
 }
 
-/// The keys of a menu rest while a sheet is open.
+/// The keys of a menu are disabled while a sheet is open.
 bool MainMenus::isQuittingOverSheet(const QObject& watched, const QEvent& event) const {
     if (event.type() != QEvent::KeyPress || !watched.isWidgetType() ||
         QApplication::activeModalWidget() == nullptr)
@@ -118,7 +118,7 @@ bool MainMenus::isQuittingOverSheet(const QObject& watched, const QEvent& event)
 }
 
 void MainMenus::quit() {
-    // Sheets end as by their own cross, which stops what they run.
+    // Closes sheets as their close button does, which stops what they run.
     while (QWidget* sheet = QApplication::activeModalWidget())
         if (!sheet->close()) return;
     QMetaObject::invokeMethod(
@@ -132,13 +132,13 @@ bool MainMenus::eventFilter(QObject* watched, QEvent* event) {
     }
     const bool isEscape =
         event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape;
-    if (isEscape && watched == window_.menuBar()) // which leaves its entry by it
+    if (isEscape && watched == window_.menuBar()) // Escape leaves the menu entry
         QMetaObject::invokeMethod(
             this, [this] { returnKeyboard(); }, Qt::QueuedConnection);
     return false;
 }
 
-/// A menu that Escape has closed leaves its title marked, and the menu bar would take the next keys.
+/// After Escape has closed a menu, its title stays marked, and the menu bar would get the next keys.
 void MainMenus::leaveMenuBar() {
     QMenuBar* bar = window_.menuBar();
     if (QApplication::activePopupWidget() == nullptr && bar->hasFocus()) bar->setActiveAction(nullptr);
@@ -207,7 +207,7 @@ void MainMenus::run(const commands::Command& row) {
         desktop_.run(row.id);
 }
 
-/// Says whose change it was where that is not the clip in view.
+/// Says which clip's change was undone if it is not the clip in view.
 void MainMenus::takeBack(std::string_view id) {
     const OpenWork& work = desktop_.controller().work();
     const SyncGroupList before = work.syncGroups();
@@ -266,7 +266,7 @@ void MainMenus::saveProject() {
     const auto path = placeFor(tr("Save OrvaneSync Project"), tr("Projects (*.orvanesync)"),
                                text(proposedProjectName(desktop_.controller(), desktop_.sessions())));
     if (!path) return;
-    // Of the clips that were saved, which may have changed by the time the file stands.
+    // About the clips that were saved; they may have changed before the file is written.
     runWithPath("saveProject", *path, "path", true,
                 [this, kept = keptInSessionText(desktop_.controller().work().syncGroups())] {
                     if (!kept.isEmpty()) screens_.tell(kept);
@@ -295,7 +295,7 @@ void MainMenus::makeFile() {
     scan_ = ownEntry(tr("New Scan…"), [this] { screens_.newScan(); });
     scan_->setObjectName(QStringLiteral("newScan"));
     quit_ = ownEntry(tr("Quit"), [this] { quit(); });
-    quit_->setShortcut(Qt::CTRL | Qt::Key_Q); // Qt gives none outside of the great desktops
+    quit_->setShortcut(Qt::CTRL | Qt::Key_Q); // Qt sets a key for this only on the major desktops
     QAction* recent = RecentPlaces::menu(file, screens_.openPaths)->menuAction();
     fill(file, commands::Menu::file, {{110, scan_}, {120, recent}, {520, quit_}});
 }
@@ -356,7 +356,7 @@ void MainMenus::exportClip() {
     JSON arguments = JSON::object();
     arguments.set("groupID", clips.front().text());
     arguments.set("output", utf8(*path));
-    arguments.set("overwrite", true); // the dialog has asked
+    arguments.set("overwrite", true); // the dialog has asked for permission
     desktop_.run("exportSingleClip", std::move(arguments),
                  [this, place = *path](const JSON&) { tellSaved(place); });
 }
@@ -430,7 +430,7 @@ void MainMenus::makeTools() {
     auto* tools = new ToolRow(tr("Tools"));
     tools->setObjectName(QStringLiteral("tools"));
     window_.addToolBar(tools);
-    // The words of what is done with every clip, and of its end, stay longest.
+    // The texts of operations on all clips, and of their end, are shortened last.
     tools->add(of("undo"), of("undo")->text(), 1);
     tools->add(of("redo"), of("redo")->text(), 0);
     tools->addSeparator();
@@ -473,7 +473,7 @@ void MainMenus::showKeys() {
         action->setShortcut(key ? QKeySequence() : keyOfEntry(row.entry->key));
         if (key) ofUser.emplace_back(action, menuKey(*key));
     }
-    // Of two entries with one key the desktop would run neither.
+    // If two entries had the same key, the desktop would run neither.
     for (const auto& [action, key] : ofUser)
         if (entryWithKey(window_, key) == nullptr) action->setShortcut(key);
 }
@@ -556,7 +556,7 @@ void MainMenus::runWithPath(std::string_view id, const QString& path, std::strin
                             bool overwrites, std::function<void()> then) {
     JSON arguments = JSON::object();
     arguments.set(argument, utf8(path));
-    if (overwrites) arguments.set("overwrite", true); // the dialog has asked
+    if (overwrites) arguments.set("overwrite", true); // the dialog has asked for permission
     desktop_.run(id, std::move(arguments), [this, overwrites, path, then = std::move(then)](const JSON&) {
         if (overwrites) tellSaved(path);
         if (then) then();

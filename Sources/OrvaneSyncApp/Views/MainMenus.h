@@ -25,13 +25,14 @@ namespace orvane::views {
 
 class ReviewActions;
 
-/// The menus and tools of the window. Each entry runs a command of the table, or shows something.
+/// The menus and tools of the window. Each entry runs a command of the table, or opens something in the
+/// window.
 class MainMenus : public QObject {
   public:
     using Screens = MenuScreens;
     MainMenus(Desktop& desktop, QMainWindow& window, ReviewActions& review, Screens screens);
 
-    /// After the work, the selection or the screen has changed.
+    /// To be called after the work, the selection or the screen has changed.
     void update();
 
   protected:
@@ -40,19 +41,19 @@ class MainMenus : public QObject {
   private:
     void takeBack(std::string_view id);
     void leaveMenuBar();
-    /// Where the menu bar keeps the keyboard and shows no menu: Qt leaves it there after a second menu.
+    /// For a menu bar that has the keyboard and shows no menu: Qt leaves it so after a second menu.
     void returnKeyboard();
     bool isQuittingOverSheet(const QObject& watched, const QEvent& event) const;
     void quit();
-    /// An entry of a menu that runs no row of the table by itself.
+    /// An entry of a menu that runs no command of the table directly.
     struct OwnEntry {
-        int order; ///< among those of the table, as theirs
+        int order; ///< place among the entries of the table, on their scale
         QAction* action;
     };
-    /// The entries of the rows that are in a menu.
+    /// Makes the entries of the commands that are in a menu.
     void makeCommands();
-    /// What the window does for a row that it does not just run: it asks for a place or an answer, or shows
-    /// something; by the command.
+    /// What the window does for a command before or instead of running it (asks for a place or an answer, or
+    /// opens something), by command.
     std::map<std::string_view, std::function<void()>> actsOfWindow();
     void makeFile();
     void makeEdit();
@@ -62,14 +63,14 @@ class MainMenus : public QObject {
     void makeView();
     void makeHelp();
     void makeTools();
-    /// Lays the entries of the table and those of the window's own into a menu.
+    /// Adds the entries of the table and the window's own entries to a menu.
     void fill(QMenu* menu, commands::Menu which, std::vector<OwnEntry> entries);
     QAction* ownEntry(const QString& title, std::function<void()> act, const QString& help = {});
     QMenu* addMenu(const QString& title);
-    /// The entry of a row of the table, which has one.
+    /// The entry of a command of the table; it must have one.
     QAction* of(std::string_view id) const;
     void run(const commands::Command& row);
-    /// The actions of menus that have a key of the user's choice.
+    /// Shows the user's keys in the entries that have one.
     void showKeys();
     void listScreens(QMenu* menu);
     void openProject();
@@ -78,12 +79,12 @@ class MainMenus : public QObject {
     void writeReview();
     void applyReview();
     bool agrees(const Question& question);
-    void analyse(const JSON& mode); ///< as the setting holds it
+    void analyse(const JSON& mode); ///< in the form of the setting
     void exportClip();
-    /// Of a file that is there, and of one that is to be written; nothing when the user thinks again.
+    /// An existing file, and a file to be written; absent if the user cancels.
     std::optional<QString> chosenFile(const QString& caption, const QString& filter);
     std::optional<QString> placeFor(const QString& caption, const QString& filter, const QString& name);
-    /// `then` is called when the command has ended well.
+    /// `then` is called when the command has succeeded.
     void runWithPath(std::string_view id, const QString& path, std::string_view argument = "path",
                      bool overwrites = false, std::function<void()> then = {});
     void tellSaved(const QString& path);
@@ -98,7 +99,7 @@ class MainMenus : public QObject {
     QAction* scan_ = nullptr;
     QAction* find_ = nullptr;
     QAction* rename_ = nullptr;
-    QAction* resync_ = nullptr; ///< of the tools: the chosen clips, or all where none is chosen
+    QAction* resync_ = nullptr; ///< in the tools: the selected clips, or all if none is selected
     QAction* review_ = nullptr;
     QAction* results_ = nullptr;
     QAction* introduction_ = nullptr;

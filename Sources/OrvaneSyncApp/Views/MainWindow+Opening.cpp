@@ -36,7 +36,7 @@ QStringList droppedPaths(const QMimeData* data) {
     return paths;
 }
 
-/// Those that are folders, for `done`; a card or share may take its time to say so.
+/// Calls `done` with those that are folders; a card or share may take its time to answer.
 template <class Done>
 void sortOutFolders(QObject* context, const QStringList& paths, Done done) {
     inBackground(
@@ -52,7 +52,8 @@ void sortOutFolders(QObject* context, const QStringList& paths, Done done) {
 
 constexpr std::chrono::milliseconds openingShownAfter{300};
 
-/// Stands while the newest session is read: a start that finds it would end in the same way.
+/// Set while the newest session is read. If the next start finds it set, the opening ended the program, and
+/// would do so again.
 QString openingKey() { return QStringLiteral("opening"); }
 
 bool isProject(const QStringList& paths) {
@@ -95,14 +96,15 @@ void MainWindow::openNewestSession() {
     opening_ =
         desktop_.run("loadSession", std::move(arguments), {}, [this, id = newest.id](const QString& why) {
             if (desktop_.sessions().session(id) == nullptr)
-                banner_->show(Signal::missing, why); // else another one was opened
+                banner_->show(Signal::missing, why); // otherwise another session was opened
         });
     opening_->whenDone([self = QPointer(this), newest, underWay](const std::exception_ptr& raised) {
         design::keptState::remove(openingKey());
         if (!self) return;
         self->opening_.reset();
         if (self->banner_->text() == underWay) self->banner_->clear();
-        // Of a session whose clips can't be read there may be sound without picture, which is no way on.
+        // If a session's clips can't be read, it may still have sound without picture, with which the user
+        // cannot continue.
         if (self->desktop_.controller().work().syncGroups().empty() && self->desktop_.sessions().problem())
             self->prepareScan();
         if (raised || self->desktop_.sessions().currentSessionId() != newest.id) return;
@@ -114,7 +116,7 @@ void MainWindow::openNewestSession() {
 void MainWindow::leaveBannerOfOtherSession() {
     const auto& id = desktop_.sessions().currentSessionId();
     const SessionInfo* session = id ? desktop_.sessions().session(*id) : nullptr;
-    // One that a scan has just begun has no clips yet; what was said of the scan holds.
+    // A session that a scan has just begun has no clips yet; the messages about the scan are still right.
     if (session == nullptr || session->groupCount == 0) return;
     banner_->clear();
     if (const auto& problem = desktop_.sessions().problem())
@@ -122,9 +124,9 @@ void MainWindow::leaveBannerOfOtherSession() {
 }
 
 void MainWindow::showOpenedBanner(const SessionInfo& session) {
-    // What is wrong with it, or came with it, says more.
+    // A message about what is wrong, or about what came with the session, is more important.
     if (!banner_->text().isEmpty() || desktop_.controller().work().syncGroups().empty()) return;
-    // The tracks that an analysis has chosen are kept, what it heard is not.
+    // The tracks that an analysis has chosen are stored, its results are not.
     const SyncGroupList& clips = desktop_.controller().work().syncGroups();
     const bool wasAnalysed =
         std::ranges::any_of(clips, [](const SyncGroup& clip) { return clip.tracksManuallyEdited == false; });
@@ -147,7 +149,7 @@ void MainWindow::stopOpening() {
 }
 
 void MainWindow::prepareScan() {
-    // What was said of the clips and asks for nothing.
+    // Clears a message about clips that requires no action.
     if (!wantsStart_ && banner_->signal() == Signal::none) banner_->clear();
     wantsStart_ = true;
     showPage();
@@ -169,7 +171,7 @@ void MainWindow::openPaths(const QStringList& paths) {
     if (paths.isEmpty()) return;
     sortOutFolders(this, paths, [this, paths](const QStringList& cards) {
         if (cards.size() == paths.size()) return scanFolders(cards);
-        // A scan of the others would have clips without their sound.
+        // Scanning only the other folders would give clips without their sound.
         if (!cards.isEmpty()) showFolders(cards);
         QStringList others;
         for (const QString& path : paths)
@@ -186,14 +188,14 @@ void MainWindow::openPaths(const QStringList& paths) {
 void MainWindow::showFolders(const QStringList& cards, std::function<void()> then) {
     const auto show = [this] { prepareScan(); };
     start_->takeFolders(cards, [show, then = std::move(then)] {
-        show(); // they may have opened a session of their own
+        show(); // they may have opened a session
         if (then) then();
     });
     show();
 }
 
 void MainWindow::addDropped(const QStringList& cards) {
-    // Cards are dropped one after the other as well as at once.
+    // Cards may be dropped one after the other or all at once.
     const bool isAdding = pages_->currentWidget() == start_ && isDropped_;
     QStringList all = isAdding ? start_->named() : QStringList();
     for (const QString& card : cards)
@@ -216,7 +218,8 @@ void MainWindow::orderCards() {
     inBackground(
         this, [folders] { return cardsByContents(folders); },
         [this, folders, chosen](const std::vector<std::string>& ordered) {
-            if (chosen() != folders || pages_->currentWidget() != start_) return; // others by now, or scanned
+            if (chosen() != folders || pages_->currentWidget() != start_)
+                return; // the folders have changed meanwhile, or were scanned
             QStringList paths;
             for (const std::string& folder : ordered) paths << text(folder);
             start_->takeFolders(paths);
@@ -256,7 +259,8 @@ void MainWindow::openProject(const QString& path) {
 }
 
 void MainWindow::showProjectBanner() {
-    if (desktop_.controller().work().syncGroups().empty()) return; // its folders are not here
+    if (desktop_.controller().work().syncGroups().empty())
+        return; // the session's folders are not on this machine
     const QString locks = tr("A project file holds no locks: they are in the session where they were set.");
     QStringList names;
     for (const FileURL& video : desktop_.controller().project().clipsWithoutRecording())
@@ -285,7 +289,7 @@ void MainWindow::dropEvent(QDropEvent* event) {
     dropFrame_->hide();
     const QStringList paths = droppedPaths(event->mimeData());
     stopOpening();
-    banner_->clear(); // what was said of a drop before
+    banner_->clear(); // a message about an earlier drop
     if (!isReport(paths) && refusesDuringScan()) return;
     if (isProject(paths)) return openProject(paths.first());
     if (isReport(paths)) {

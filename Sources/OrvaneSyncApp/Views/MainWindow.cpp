@@ -46,7 +46,7 @@ namespace {
 
 constexpr QSize smallest{1024, 640};
 constexpr QSize usualWindow{1440, 800};
-constexpr QSize windowFrame{0, 40}; // of the window manager
+constexpr QSize windowFrame{0, 40}; // of the window manager's frame
 constexpr int sessionsWidth = 230;
 
 } // namespace
@@ -87,7 +87,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     splitter_->setSizes({sessionsWidth, usualWindow.width() - sessionsWidth});
     setCentralWidget(splitter_);
     dropFrame_ = new DropFrame(this);
-    // What a menu says of its entries lies over it for a moment.
+    // The help text of a menu entry covers it while the entry is marked.
     statusBar()->addWidget(status_ = design::facts({}));
     status_->setWordWrap(false);
     status_->setContentsMargins(space::tight, 0, 0, 0);
@@ -153,7 +153,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     showPage();
     updateActions();
     updateStatus();
-    if (pages_->currentWidget() == start_) start_->setFocus(); // a folder can be typed at once
+    if (pages_->currentWidget() == start_) start_->setFocus(); // so that a folder can be typed at once
 }
 
 void MainWindow::observe() {
@@ -168,7 +168,7 @@ void MainWindow::observe() {
         if (field == ImportField::lockit) showLockitBanner();
         if (field == ImportField::report) showReportBanner();
         if (field == ImportField::smartAudio) showAnalysisBanner();
-        // Many fields change at once; the window follows when they all stand.
+        // Many fields change together; the window is updated once, after all have changed.
         if (std::exchange(isUpdateScheduled_, true)) return;
         QMetaObject::invokeMethod(
             this,
@@ -189,15 +189,16 @@ void MainWindow::observe() {
                                          .arg(translatedSentence(*desktop_.sessions().lastSaveError())));
         if (field == SessionField::lastSaveError && !desktop_.sessions().lastSaveError()) forget(unsaved_);
         if (field == SessionField::settingsOfFolder) showFolderSettingsBanner();
-        // The start page that was asked for was that of another session.
+        // The user had asked for the start page of another session.
         if (field == SessionField::currentSessionId) {
             wantsStart_ = false;
             leaveBannerOfOtherSession();
-            if (results_ != nullptr) results_->restoreListing(); // its clips stand before it is the open one
+            if (results_ != nullptr)
+                results_->restoreListing(); // its clips are in the work before it becomes the open session
         }
         updateStatus();
     });
-    // A clip that leaves the work leaves its screen.
+    // If a clip is removed from the work, its screen is closed.
     reviewObservation_ = desktop_.players().review()->onChange([this] {
         if (isInFront(review_) && !isOpening_ && !review_->clip()) showResults();
     });
@@ -223,7 +224,8 @@ ResultsView& MainWindow::results() {
         updateStatus();
     };
     results_->openMulticam = [this] { openCamerasOfSelected(); };
-    // The key press that opens a clip is over before the review takes keys: Return means another thing there.
+    // The review takes keys only after the key press that opens a clip has ended, because Return has another
+    // meaning there.
     connect(
         results_->table(), &QTableView::activated, this, [this] { openSelected(); }, Qt::QueuedConnection);
     return *results_;
@@ -236,7 +238,7 @@ ReviewView& MainWindow::review() {
         review_->whenMoved = [this] {
             forget(pageBanner_);
             updateActions();
-            // Also a program that is ended from outside comes back to it.
+            // Saved here too, so that it is restored even if the program is ended from outside.
             if (results_ != nullptr) results_->saveListing(review_->clip());
         };
         review_->outline().whenAllWanted = [this] { listed_.reset(); };
@@ -272,7 +274,7 @@ void MainWindow::openMulticam(const std::vector<UUID>& groupIDs) {
         return showPageBanner(
             Signal::doubtful,
             tr("The take has one camera. Select several clips to see them beside each other."));
-    // Escape goes back to the clip that the cameras were opened from.
+    // Escape returns to the clip from which the cameras were opened.
     const std::optional<UUID> from = isInFront(review_)     ? review_->clip()
                                      : isInFront(multicam_) ? multicamFrom_
                                                             : std::nullopt;
@@ -292,7 +294,7 @@ void MainWindow::showListed(OutlineView& outline, const std::vector<UUID>& clips
         const auto isListed = [this](const UUID& clip) {
             return std::ranges::find(listed_->clips, clip) != listed_->clips.end();
         };
-        // What is opened from elsewhere has nothing to do with the list.
+        // A clip that was opened from elsewhere does not belong to the list.
         if (listed_ && !std::ranges::any_of(clips, isListed)) listed_.reset();
     }
     outline.showOnly(listed_ ? std::optional(listed_->clips) : std::nullopt,
@@ -328,7 +330,7 @@ void MainWindow::listenToCards() {
     banner_->clear();
     showResults();
     work_->run("diagnose", tr("The cards are listened to…"), [this] {
-        // What was heard counts in the doubts that are derived from then on.
+        // The results are used in the doubts that are derived after this.
         desktop_.controller().derivedDoubts().derive().whenDone(
             [self = QPointer(this)](const std::exception_ptr&) {
                 if (!self) return;
@@ -363,7 +365,7 @@ void MainWindow::showAnalysisBanner() {
     const SmartAudioState& state = desktop_.controller().smartAudio().state();
     analysedClips_ = std::max(analysedClips_, state.progress.total);
     if (!std::exchange(wasAnalysing_, state.isAnalyzing) || state.isAnalyzing) return;
-    // Of one clip the timeline says it.
+    // For a single clip the timeline shows the result.
     if (std::exchange(analysedClips_, 0) < 2) return;
     if (const auto warning = unheardWarning(WorkSnapshot(desktop_.controller())))
         return banner_->show(Signal::missing, translatedSentence(*warning));
@@ -389,9 +391,10 @@ void MainWindow::forget(QString& told) {
 void MainWindow::showScreen(WorkScreen& screen) {
     if (&screen == &shown()) return;
     front_ = &screen;
-    // What was done on the screen before and asks for nothing takes no room from this one.
+    // A message about the earlier screen that requires no action is removed, so that this screen has its
+    // room.
     if (banner_->signal() == Signal::none) banner_->clear();
-    // A screen that plays needs the room; the list gets the sessions back.
+    // A screen that plays needs the room; the list shows the sessions again.
     if (isPlayingScreen() && sessions_->isVisible()) {
         areSessionsHidden_ = true;
         sessions_->hide();
@@ -406,7 +409,7 @@ void MainWindow::showScreen(WorkScreen& screen) {
 void MainWindow::showResults() {
     if (!isPlayingScreen()) return;
     const std::vector<UUID> seen = front_->seen();
-    // Of the cameras of what is selected the selection stays as it is.
+    // If the cameras were opened from a selection, the selection is not changed.
     const bool isOfSelection = isInFront(multicam_) && !multicamFrom_ && seen == multicamOfSelection_;
     showScreen(results());
     leavePlayers();
@@ -423,7 +426,7 @@ void MainWindow::startScan() {
     const bool isOther = desktop_.controller().work().syncGroups().empty();
     JSON arguments = JSON::object();
     arguments.set("ofOtherWork", isOther);
-    // The command goes on through the analysis; the screen follows the scan, and says what it ends with.
+    // The command ends after the analysis; the screen follows the scan, and shows its result.
     desktop_.run("startScan", std::move(arguments), {}, [](const QString&) {});
     scan_ = desktop_.controller().scan().lastScan();
     isLeavingScan_ = false;
@@ -447,7 +450,7 @@ void MainWindow::startScan() {
         showPage();
     });
     showPage();
-    // While the files are read, there is time to make the list.
+    // Uses the time in which the files are read to make the list.
     QMetaObject::invokeMethod(
         this, [this] { results(); }, Qt::QueuedConnection);
 }
@@ -503,15 +506,15 @@ void MainWindow::showPage() {
     if (isPlayingScreen() && page != front_) return showResults();
     if (pages_->currentWidget() == page) return;
     forget(pageBanner_);
-    // Where it comes and goes, it moves neither the rows of the list under the pointer nor the timeline at
-    // the lower end of a review.
+    // When the banner appears or disappears, neither the rows of the list under the pointer nor the timeline
+    // at the bottom of a review may move.
     auto* column = static_cast<QBoxLayout*>(banner_->parentWidget()->layout());
     column->removeWidget(banner_);
     column->insertWidget(page == results_ ? 1 : 0, banner_);
     pages_->setCurrentWidget(page);
     takeKeyboard();
     if (page == results_ && results_->selectedClips().empty())
-        results_->table()->selectRow(0); // Return opens it
+        results_->table()->selectRow(0); // Return then opens it
 }
 
 void MainWindow::takeKeyboard() {
@@ -525,7 +528,7 @@ void MainWindow::updateStatus() {
     const OpenWork& work = desktop_.controller().work();
     QString sentence;
     if (!work.syncGroups().empty()) {
-        // As an export would say, so that the two can be compared.
+        // As an export counts them, so that the two numbers can be compared.
         const WorkState::Counts& all = work.counts();
         sentence = tr("%1: %2 with sound, %3 MOS, %4 not matched")
                        .arg(translatedSentence(counted(work.syncGroups().size(), "clip", "clips")))
@@ -557,12 +560,12 @@ void MainWindow::restorePlaces() {
     splitter_->restoreState(design::keptState::value(QStringLiteral("sessions")).toByteArray());
 }
 
-/// The screen that the window stood on may be another one, or gone.
+/// The screen that the window was on may have changed or may be disconnected.
 void MainWindow::keepOnScreen() {
     const QScreen* on = QGuiApplication::screenAt(geometry().center());
     const QRect room = (on != nullptr ? on : screen())->availableGeometry();
     if (isMaximized() || isFullScreen()) return;
-    QRect own = geometry(); // without the frame, as it is restored
+    QRect own = geometry(); // without the window manager's frame, as it is restored
     own.setSize(own.size().boundedTo(room.size() - windowFrame).expandedTo(smallest));
     own.moveLeft(std::max(room.left(), std::min(own.left(), room.right() + 1 - own.width())));
     own.moveTop(std::max(room.top(), std::min(own.top(), room.bottom() + 1 - own.height())));
@@ -570,7 +573,7 @@ void MainWindow::keepOnScreen() {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-    showResults(); // a picture in fullscreen would keep the program
+    showResults(); // a fullscreen picture would keep the program running
     stopOpening();
     design::keptState::set(QStringLiteral("window"), saveGeometry());
     design::keptState::set(QStringLiteral("sessions"), splitter_->saveState());

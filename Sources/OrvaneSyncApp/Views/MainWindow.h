@@ -32,8 +32,8 @@ class SessionsPanel;
 class StartView;
 class WorkBar;
 
-/// The window: sessions at the left, beside them the screen that the state of the work asks for. Menus and
-/// tools run commands of the table.
+/// The window: the sessions at the left, and beside them the screen that fits the state of the work. Menus
+/// and tools run commands of the table.
 class MainWindow : public QMainWindow {
   public:
     explicit MainWindow(Desktop& desktop);
@@ -42,22 +42,22 @@ class MainWindow : public QMainWindow {
     /// Sets the folders and scans them.
     void scanFolders(const QStringList& paths);
     void openProject(const QString& path);
-    /// As it was left. Where it cannot be read, or its opening ended the program the last time, the start
-    /// page stays and says so.
+    /// Opens it as it was when the program ended. If it cannot be read, or if opening it ended the program
+    /// the last time, the start page stays and says so.
     void openNewestSession();
-    /// One project, or folders. Anything else is reported, and nothing is scanned.
+    /// Opens one project, or folders. Anything else is reported, and nothing is scanned.
     void openPaths(const QStringList& paths);
-    // The screens behind the first one are made when they are first asked for: the window is there sooner.
+    // The screens other than the first are made at the first request, so that the window appears sooner.
     ResultsView& results();
     ReviewView& review();
-    /// Opens a clip on its clap.
+    /// Opens a clip at its clap.
     void openReview(const UUID& groupID);
-    /// Opens the cameras beside each other. Says so where there are not several.
+    /// Opens the cameras side by side. Shows a message if there is only one.
     void openMulticam(const std::vector<UUID>& groupIDs);
     Desktop& desktop() { return desktop_; }
-    /// Also while it is looked at whether the folders can be read.
+    /// True also while the folders are checked for being readable.
     bool isScanning() const;
-    /// While the newest session is read at the start.
+    /// True while the newest session is read at the start.
     bool isOpeningNewest() const { return opening_.has_value(); }
 
   protected:
@@ -71,59 +71,59 @@ class MainWindow : public QMainWindow {
     void leavePlayers();
     void observe();
     void startScan();
-    /// After a scan that took decisions away, with the way back.
+    /// After a scan that removed decisions; offers to restore them.
     void showLostBanner(const ClipDecisions& lost);
-    /// Where the folders that are scanned are those of a session.
+    /// If the scanned folders are those of a stored session.
     void offerKnownSession();
-    /// Says so where a scan runs, which other folders would end.
+    /// While a scan runs, shows a message and returns true, because other folders would end the scan.
     bool refusesDuringScan();
-    /// What the page and the clips in front are about: it goes when these are left.
+    /// For a message about the page and the clips in front: it is removed when these are left.
     void showPageBanner(design::Signal signal, const QString& what);
-    /// Takes the banner away where it still says that.
+    /// Removes the banner if it still shows that text.
     void forget(QString& told);
-    /// Where a session was opened, what was said of the work before goes.
+    /// Removes messages about the earlier work after a session was opened.
     void leaveBannerOfOtherSession();
     void showOpenedBanner(const SessionInfo& session);
-    /// What a project does not bring.
+    /// Shows which parts of a project were not applied.
     void showProjectBanner();
-    /// What is named or dropped takes the place of the session that the start opens.
+    /// Folders that are named or dropped replace the session that is opened at the start.
     void stopOpening();
-    /// The start page over open work.
+    /// Shows the start page while work is open.
     void prepareScan();
-    /// On the start screen, to be scanned from there.
+    /// Lists the folders on the start page, where the user starts the scan.
     void showFolders(const QStringList& cards, std::function<void()> then = {});
-    /// The same with those that were dropped before.
+    /// The same together with the folders that were dropped before.
     void addDropped(const QStringList& cards);
-    /// Puts those of the picture before those of the sound, by what they hold.
+    /// Puts the folders with picture before those with sound, by their contents.
     void orderCards();
-    /// Of the session that was opened: which settings its folder has changed.
+    /// Shows which settings the folder of the opened session has changed.
     void showFolderSettingsBanner();
-    /// How many clips the report that was loaded has found, with the way to what it has not.
+    /// Shows how many clips the loaded report has matched, with access to the rows that matched none.
     void showReportBanner();
     void showPage();
-    /// To the screen in front; of the list its rows have it.
+    /// Gives the keyboard to the screen in front; in the list, to its rows.
     void takeKeyboard();
     void showScreen(WorkScreen& screen);
-    /// Back to the list, on the clip that was in view.
+    /// Back to the list, at the clip that was in view.
     void showResults();
-    /// Escape: to the screen that this one was opened from.
+    /// Escape: to the screen from which this one was opened.
     void goBack();
-    /// The clips beside a screen that opens with those: what the list showed when it was left.
+    /// Shows, beside a screen that opens with those clips, the clips that the list showed when it was left.
     void showListed(OutlineView& outline, const std::vector<UUID>& clips);
     void openSelected();
     void openCamerasOfSelected();
-    /// What menus and keys act on: the selection of the list, or the clip in view.
+    /// The clips that menus and keys act on: the selection of the list, or the clip in view.
     std::vector<UUID> actedOn() const;
     void runForClips(std::string_view id);
-    /// Doubts that come of it stand above the list.
+    /// The resulting doubts are shown above the list.
     void listenToCards();
-    /// What came of the last sync with the metadata service.
+    /// Shows the result of the last sync with the metadata service.
     void showLockitBanner();
-    /// When an analysis of several clips has ended: what it could not hear.
+    /// After an analysis of several clips: shows what it could not read.
     void showAnalysisBanner();
     bool isPlayingScreen() const { return front_ != nullptr && front_->isPlaying(); }
     bool isInFront(const WorkScreen* screen) const { return screen != nullptr && front_ == screen; }
-    /// The list, unless another screen is in front.
+    /// The screen in front, otherwise the list.
     WorkScreen& shown() { return front_ != nullptr ? *front_ : results(); }
     void updateStatus();
     void updateActions();
@@ -146,27 +146,27 @@ class MainWindow : public QMainWindow {
     WorkBar* work_;
     MainMenus* menus_;
     std::unique_ptr<ReviewKeys> keys_;
-    WorkScreen* front_ = nullptr;                ///< that is shown of work that is there; null: the list
-    std::optional<ResultsView::Listing> listed_; ///< beside the screens that play
+    WorkScreen* front_ = nullptr;                ///< the screen shown for open work; null: the list
+    std::optional<ResultsView::Listing> listed_; ///< shown beside the screens that play
     std::optional<UUID> multicamFrom_;           ///< the clip whose review opened the cameras
     std::vector<UUID> multicamOfSelection_;      ///< the cameras last opened from the list
-    bool isOpening_ = false;                     ///< one screen gives way to another
-    bool areSessionsHidden_ = false;             ///< by a screen that plays
-    std::optional<UUID> sessionOfProject_; ///< that was opened from the project's file, or last saved to it
-    QString pageBanner_;                   ///< as `showPageBanner`
-    QString unsaved_;                      ///< that the session could not be saved
+    bool isOpening_ = false;                     ///< one screen is being replaced by another
+    bool areSessionsHidden_ = false;             ///< because a screen plays
+    std::optional<UUID> sessionOfProject_;       ///< opened from the project's file, or last saved to it
+    QString pageBanner_;                         ///< set by `showPageBanner`
+    QString unsaved_;                            ///< the message that the session could not be saved
     std::optional<platform::Task> scan_;
-    std::optional<platform::Task> opening_; ///< of the newest session, at the start
-    bool isDropped_ = false;                ///< folders were, since the last scan
-    bool wantsStart_ = false;               ///< the user asked for another scan over open work
+    std::optional<platform::Task> opening_; ///< opens the newest session, at the start
+    bool isDropped_ = false;                ///< folders were dropped since the last scan
+    bool wantsStart_ = false;               ///< the user asked for another scan while work is open
     platform::Subscription workObservation_;
     platform::Subscription sessionObservation_;
     platform::Subscription reviewObservation_;
     platform::Subscription multicamObservation_;
     bool isUpdateScheduled_ = false;
-    bool isLeavingScan_ = false; ///< for a session that is opened in its place
+    bool isLeavingScan_ = false; ///< because a session is opened instead
     bool wasAnalysing_ = false;
-    int analysedClips_ = 0; ///< of the largest analysis under way
+    int analysedClips_ = 0; ///< of the largest running analysis
 };
 
 } // namespace orvane::views

@@ -10,8 +10,8 @@ namespace orvane::views {
 namespace {
 
 // Milliseconds.
-constexpr int mostForPicture = 150; ///< of a file that is slow to open, or has none
-constexpr int untilPainted = 8;     ///< once it is there
+constexpr int mostForPicture = 150; ///< for a file that is slow to open, or has no picture
+constexpr int untilPainted = 8;     ///< once the picture is decoded
 
 } // namespace
 
@@ -20,7 +20,8 @@ AfterPicture::AfterPicture(std::shared_ptr<VideoEngine> engine, std::function<vo
     timer_.setSingleShot(true);
     timer_.setTimerType(Qt::PreciseTimer);
     connect(&timer_, &QTimer::timeout, this, [this] { run(); });
-    // For good: where one filter is taken away while an event goes through them, the next one misses it.
+    // Never removed: if a filter is removed while an event passes through the filters, the next filter misses
+    // the event.
     QCoreApplication::instance()->installEventFilter(this);
     observation_ = engine_->onChange([this](VideoEngineField field) {
         const bool counts = field == VideoEngineField::picture || field == VideoEngineField::transport;

@@ -10,14 +10,14 @@
 
 namespace orvane::views {
 
-/// Work that may wait until the picture of a clip that is being opened is on the screen, so that nothing
-/// stands between a key and the picture that it asks for. Without a clip under way it runs in the next turn
-/// of the loop. Keys and clicks that come before it find it done: they are meant for the clip that it shows.
+/// Work that may wait until the picture of an opening clip is on the screen, so that the picture appears
+/// sooner after the key press. If no clip is opening, it runs in the next turn of the loop. It is done before
+/// later keys and clicks are handled, because these are meant for the clip that it shows.
 class AfterPicture : public QObject {
   public:
     AfterPicture(std::shared_ptr<VideoEngine> engine, std::function<void()> work, QObject* parent = nullptr);
 
-    /// Once, however often it is asked for before it runs.
+    /// Runs once, however often this is called before it runs.
     void schedule();
 
   protected:

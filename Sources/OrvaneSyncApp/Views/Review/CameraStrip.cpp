@@ -85,7 +85,7 @@ void CameraStrip::paintEvent(QPaintEvent*) {
             painter.drawLine(QPointF(x, rulerHeight - 5), QPointF(x, height()));
             painter.setPen(all.facts);
             const QString label = text(TimelineRuler::formatTime(at));
-            // The last one lies before its tick where there is no room behind it.
+            // The last label is drawn before its tick if there is no room after it.
             const int labelWidth = painter.fontMetrics().horizontalAdvance(label) + space::tight;
             const double labelX = x + labelWidth > width() ? x - labelWidth : x + space::tight;
             painter.drawText(QPointF(labelX, rulerHeight - 7), label);

@@ -8,14 +8,14 @@
 
 namespace orvane::views {
 
-/// The cameras of a take below each other on the time of their sound, with a ruler above and one playhead. A
-/// click or a drag goes there with all of them.
+/// The cameras of a take in rows, on the time of their sound, with a ruler above and one playhead. A click or
+/// a drag moves all of them there.
 class CameraStrip : public QWidget {
   public:
     CameraStrip(Desktop& desktop, std::shared_ptr<MulticamViewModel> multicam, QWidget* parent = nullptr);
-    /// After the members or the camera that is heard have changed.
+    /// To be called after the members or the camera that is heard have changed.
     void follow();
-    /// Moves the playhead now, and with the screen while something plays.
+    /// Moves the playhead at once, and at the rate of the screen while something plays.
     void followPlayhead();
 
     QSize sizeHint() const override;
@@ -34,7 +34,7 @@ class CameraStrip : public QWidget {
     Desktop& desktop_;
     const std::shared_ptr<MulticamViewModel> multicam_;
     CameraAxis axis_;
-    QPixmap rows_; ///< all but the playhead; null where it is to be painted again
+    QPixmap rows_; ///< all but the playhead; null if it has to be painted again
     double shownX_ = -1;
     QTimer pace_;
 };

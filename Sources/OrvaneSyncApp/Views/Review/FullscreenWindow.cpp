@@ -16,7 +16,7 @@
 
 namespace orvane::views {
 
-/// Above the picture, for its first seconds.
+/// Shown over the picture for its first seconds.
 class FullscreenWindow::Hint : public QWidget {
   public:
     explicit Hint(QWidget* parent) : QWidget(parent) {
@@ -35,7 +35,7 @@ class FullscreenWindow::Hint : public QWidget {
         });
         timer_.setInterval(pace);
     }
-    /// Says it from the beginning where the camera is another one than was said.
+    /// Shows the hint again if the camera has changed.
     void tell(const QString& name) {
         if (shown_.isValid() && name_ == name) return;
         name_ = name;
@@ -98,7 +98,7 @@ FullscreenWindow::FullscreenWindow(const std::shared_ptr<VideoEngine>& engine, c
         if (field == ImportField::syncGroups) hint->tell(name());
     });
     new KeyOverlay(this, of.keys);
-    // Keys of menus act in the windows that have their entries.
+    // The keys of menus work in the windows that have the menu entries.
     for (QAction* entry : of.screen.window()->findChildren<QAction*>())
         if (!entry->shortcut().isEmpty()) addAction(entry);
 }
@@ -107,7 +107,7 @@ bool FullscreenWindow::isOne(const QWidget* window) {
     return dynamic_cast<const FullscreenWindow*>(window) != nullptr;
 }
 
-/// A window may be closed by a key that it is handling: it is destroyed when it has returned.
+/// A window may be closed by a key that it is handling: it is destroyed after it has returned.
 class FullscreenWindow::Handle : public FullscreenManager::Window {
   public:
     explicit Handle(FullscreenWindow* window) : window_(window) {}

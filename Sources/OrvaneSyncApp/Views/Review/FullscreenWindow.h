@@ -11,20 +11,20 @@
 
 namespace orvane::views {
 
-/// The picture of a player on a screen of its own, without a frame, with a hint that goes by itself. The keys
-/// of the menus act in it, and "?" shows all.
+/// The picture of a player in a frameless window on a whole screen, with a hint that disappears after some
+/// seconds. The keys of the menus work in it, and "?" shows all keys.
 class FullscreenWindow : public QWidget {
   public:
-    /// What the picture belongs to.
+    /// The objects that the picture belongs to.
     struct Of {
-        QWidget& screen;               ///< that plays; outlives the window, as does all below
-        std::function<QString()> name; ///< of the camera, for the hint, which comes again with another
-        std::function<std::vector<KeyGroup>()> keys; ///< what each does at this moment
-        ImportController& work;                      ///< whose clips the name may change with
+        QWidget& screen;               ///< plays the picture; like the members below, it outlives the window
+        std::function<QString()> name; ///< of the camera, for the hint, which is shown again when it changes
+        std::function<std::vector<KeyGroup>()> keys; ///< what each key does at this moment
+        ImportController& work;                      ///< the name may change with its clips
     };
     FullscreenWindow(const std::shared_ptr<VideoEngine>& engine, const QRect& screen, const Of& of);
 
-    /// The screens of the machine, and what opens a window on one of them.
+    /// The screens of the machine, and a function that opens a window on one of them.
     static FullscreenManager::Desktop desktop(std::shared_ptr<VideoEngine> engine, Of of);
     static bool isOne(const QWidget* window);
 

@@ -31,7 +31,7 @@ constexpr std::array<Symbol, 20> symbols{
      {Qt::Key_Meta, 0xffe7},    {Qt::Key_Alt, 0xffe9},       {Qt::Key_Super_L, 0xffeb},
      {Qt::Key_AltGr, 0xfe03},   {Qt::Key_NumLock, 0xff7f}}};
 
-/// Where the window system names none, as without a screen.
+/// For a window system that names none, as without a screen.
 std::uint32_t keysymOf(const QKeyEvent& event) {
     const auto* known = std::ranges::find(symbols, event.key(), &Symbol::key);
     if (known != symbols.end()) return known->keysym;
@@ -39,12 +39,12 @@ std::uint32_t keysymOf(const QKeyEvent& event) {
     const auto typed = event.text().toUcs4();
     if (!typed.isEmpty() && typed.front() >= firstPrintable)
         return typed.front() <= lastOfLatin ? typed.front() : unicode + typed.front();
-    // With Control held nothing is typed.
+    // With Control held no text is typed.
     if (event.key() >= Qt::Key_A && event.key() <= Qt::Key_Z)
         return static_cast<std::uint32_t>(event.key() - Qt::Key_A + 'a');
     if (event.key() >= static_cast<int>(firstPrintable) && event.key() <= static_cast<int>(lastOfLatin))
         return static_cast<std::uint32_t>(event.key());
-    constexpr std::uint32_t unnamed = 0x20000000; // types nothing, and is told apart from others
+    constexpr std::uint32_t unnamed = 0x20000000; // types nothing, and differs from all other symbols
     return unnamed | static_cast<std::uint32_t>(event.key() & 0xffffff);
 }
 

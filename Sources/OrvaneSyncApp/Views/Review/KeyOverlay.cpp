@@ -19,7 +19,7 @@ using namespace design;
 namespace {
 
 constexpr int keyRowHeight = 22, leastKeyRowHeight = 17;
-constexpr int keyShade = 250; ///< of 255: what is bright on the screen below can be told, no more
+constexpr int keyShade = 250; ///< of 255: only the bright parts of the screen below are visible
 
 bool takesTypedText(const QWidget* widget) {
     return widget != nullptr && widget->testAttribute(Qt::WA_InputMethodEnabled) &&
@@ -37,7 +37,7 @@ QFont titleFontOfKeys() {
     return bold;
 }
 
-/// What the names of the keys take, and what stands beside them, with the space behind each.
+/// The widths of the key names and of the texts beside them, each with the space after it.
 struct KeyWidths {
     explicit KeyWidths(const std::vector<KeyGroup>& groups) {
         const QFontMetrics ofNames(factsFont()), ofLabels(textFont());
@@ -84,7 +84,7 @@ bool KeyOverlay::eventFilter(QObject* watched, QEvent* event) {
     if (type != QEvent::KeyPress && type != QEvent::ShortcutOverride) return false;
     const auto* key = static_cast<QKeyEvent*>(event);
     if (isVisible()) {
-        // The key that closes does nothing else, not as a shortcut either.
+        // The key that closes the overlay does nothing else, not even as a shortcut.
         if (isModifierKey(key->key())) return false;
         if (type == QEvent::ShortcutOverride)
             event->accept();

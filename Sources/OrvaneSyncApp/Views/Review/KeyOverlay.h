@@ -11,17 +11,17 @@
 
 namespace orvane::views {
 
-/// Lies over a screen and says what each key does there and at this moment; greyed what does nothing. "?"
-/// shows it while the screen is seen and no text is edited; any key and a click close it.
+/// Covers a screen and says what each key does there at this moment; keys that do nothing are grey. "?" shows
+/// it while the screen is visible and no text is edited; any key and a click close it.
 class KeyOverlay : public QWidget {
   public:
-    /// `over`: the screen that it covers; `keys`: those of the screen at this moment.
+    /// `over`: the screen that it covers; `keys`: the keys of the screen at this moment.
     KeyOverlay(QWidget* over, std::function<std::vector<KeyGroup>()> keys);
     ~KeyOverlay() override;
 
     void open();
     std::vector<KeyGroup> now() const { return keys_(); }
-    /// What it says, for reading aloud.
+    /// Its contents, for a screen reader.
     QString spoken() const;
 
   protected:
@@ -35,8 +35,8 @@ class KeyOverlay : public QWidget {
     std::vector<KeyGroup> groups_;
 };
 
-/// What of the clip in view decides which keys of its review do something. `neighbour`: the clip so many
-/// places away in the list, to say whether there is one; null: there always is.
+/// The state of the clip in view on which it depends which keys of the review do something. `neighbour`: the
+/// clip at that distance in the list, to check whether there is one; null: there always is.
 ReviewSituation
 situationOf(Desktop& desktop, ReviewViewModel& review,
             const std::function<std::optional<UUID>(const UUID& of, int step)>& neighbour = nullptr);

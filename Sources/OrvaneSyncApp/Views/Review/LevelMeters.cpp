@@ -19,7 +19,7 @@ namespace {
 
 constexpr int widestBar = 10, barGap = 2, clipHeight = 10;
 constexpr int mostWidth = 132;
-constexpr double lowestDB = -60;      // the meter's range ends at full scale
+constexpr double lowestDB = -60;      // the range ends at full scale
 constexpr int updatesAfterRest = 180; // three seconds, until bars and peaks have fallen
 
 double share(double decibels) { return std::clamp(1 - decibels / lowestDB, 0.0, 1.0); }
@@ -58,7 +58,7 @@ void LevelMeters::follow(VideoEngineField field) {
         }
         update();
     }
-    // A step is heard as well as what plays.
+    // A step of single frames has sound too.
     if (field == VideoEngineField::picture || field == VideoEngineField::loop) return;
     restUpdates_ = 0;
     if (!provider_->isActive() && player->facts().hasSound) provider_->attach(*player);
@@ -68,7 +68,8 @@ void LevelMeters::measure() {
     if (!provider_->isActive()) return provider_->detach();
     const platform::Player* player = engine_->player();
     if (player == nullptr) return;
-    if (channels_ != player->facts().soundChannelCount) follow(VideoEngineField::sound); // another recording
+    if (channels_ != player->facts().soundChannelCount)
+        follow(VideoEngineField::sound); // the recording has changed
     constexpr double nanoseconds = 1e9;
     held_.update(player->levels(), static_cast<double>(player->hostTime().count()) / nanoseconds);
     const auto differs = [](const ChannelLevel& a, const ChannelLevel& b) {

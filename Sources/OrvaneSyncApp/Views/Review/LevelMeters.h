@@ -8,8 +8,8 @@
 
 namespace orvane::views {
 
-/// A bar a channel of what is heard, the highest peak of the last moments, and a mark on a channel that
-/// reached full scale; a click takes the marks away. It measures while sound runs and shortly after.
+/// One bar for each channel that is heard, its recent peak, and a mark on a channel that reached full scale;
+/// a click removes the marks. It measures while sound plays and shortly after.
 class LevelMeters : public QWidget {
   public:
     LevelMeters(const std::shared_ptr<platform::MainThread>& mainThread, std::shared_ptr<VideoEngine> engine,
@@ -27,19 +27,19 @@ class LevelMeters : public QWidget {
     void measure();
     int channelAt(int x) const;
     double pitch() const;    ///< from bar to bar
-    double firstBar() const; ///< left edge of the bars, which stand in the middle
+    double firstBar() const; ///< left edge of the bars, which are centred
 
     const std::shared_ptr<VideoEngine> engine_;
     const std::shared_ptr<AudioLevelProvider> provider_;
     PeakHold held_;
     std::vector<PeakHold::Channel> painted_;
-    std::vector<ChannelLevel> levels_; ///< painted
+    std::vector<ChannelLevel> levels_; ///< as painted
     int channels_ = 0;
-    /// The most that the clip in view has had, for which room is kept: a preview in one channel that takes
-    /// the place of the recording does not move the picture.
+    /// The largest channel count that the clip in view has had, for which room is kept: a preview with one
+    /// channel, played instead of the recording, does not move the picture.
     int widest_ = 0;
     bool isNewClip_ = true;
-    int restUpdates_ = 0; ///< since the sound stood still
+    int restUpdates_ = 0; ///< since the sound stopped
     platform::Subscription ofEngine_, ofLevels_;
 };
 

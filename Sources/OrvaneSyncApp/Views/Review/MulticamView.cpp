@@ -35,10 +35,10 @@ constexpr int widestMeters = 48; // of a camera among several
 
 } // namespace
 
-/// One camera: its picture, its levels where it is heard, and its name.
+/// One camera: its picture, its levels if it is heard, and its name.
 class MulticamView::Cell : public QFrame {
   public:
-    /// `number`: the key by which it is heard; 0: none.
+    /// `number`: the key that selects its sound; 0: none.
     Cell(const UUID& camera, int number, const QString& label,
          const std::shared_ptr<platform::MainThread>& mainThread, const std::shared_ptr<VideoEngine>& player,
          const std::function<void(const UUID&)>& hear, const std::function<void(const UUID&)>& openClip)
@@ -55,7 +55,7 @@ class MulticamView::Cell : public QFrame {
         auto* picture = new QHBoxLayout;
         picture->setSpacing(2);
         picture->addWidget(canvas_, 1);
-        // Each has the room of one: that another camera is heard moves no picture.
+        // Every camera has room for meters, so that no picture moves when another camera is heard.
         auto* meters = new LevelMeters(mainThread, engine_);
         meters->setMaximumWidth(widestMeters);
         picture->addWidget(meters);
@@ -70,7 +70,7 @@ class MulticamView::Cell : public QFrame {
             row->addSpacing(space::small);
         }
         auto* shown = new ElidedLabel(Qt::ElideRight);
-        shown->setText(name); // cameras count their clips at the beginning
+        shown->setText(name); // a camera counts its clips at the beginning of the name
         shown->setToolTip(name);
         row->addWidget(shown, 1);
         row->addSpacing(space::small);
@@ -165,9 +165,9 @@ MulticamView::~MulticamView() {
     multicam_->refuse = nullptr;
 }
 
-/// A clip of one camera is opened alone.
+/// A clip of a single camera is opened in the review.
 void MulticamView::go(int step) {
-    std::vector<UUID> listed; // the others are left out by a filter or a search
+    std::vector<UUID> listed; // a filter or a search hides the others
     std::ranges::copy_if(shown_, std::back_inserter(listed),
                          [this](const UUID& id) { return outline_->placeInList(id).has_value(); });
     if (listed.empty()) return;
@@ -198,7 +198,7 @@ void MulticamView::toggleFullscreen() {
         fullscreen_->desktop = FullscreenWindow::desktop(
             engine, {*this, name, [this] { return keys_->now(); }, desktop_.controller()});
         fullscreen_->toggleFullscreen();
-        if (!fullscreen_->isShowing()) fullscreen_.reset(); // nothing to show, or no screen
+        if (!fullscreen_->isShowing()) fullscreen_.reset(); // nothing to show, or no second screen
     }
     const auto& heard = multicam_->bag().audioSourceMemberID();
     for (Cell* cell : cells_) cell->setAsksForSize(!fullscreen_ || cell->id != heard);
@@ -246,7 +246,7 @@ void MulticamView::follow() {
 }
 
 void MulticamView::showTake() {
-    // Cameras of several takes have no name together.
+    // Cameras of several takes have no common name.
     const bool isOneTake =
         MulticamViewModel::camerasFor(desktop_.controller().work(), {shown_.front()}) == shown_;
     const QString name = isOneTake ? outline_->selectTake(shown_.front()) : QString();

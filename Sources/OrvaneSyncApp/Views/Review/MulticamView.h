@@ -15,27 +15,28 @@ class KeyOverlay;
 class OutlineView;
 class ReviewActions;
 
-/// All cameras of a take at once: their pictures, the sound of one of them, one transport, and where they lie
-/// beside each other; at the left the list of clips, which leads to one camera or another take.
+/// All cameras of a take at once: their pictures, the sound of one of them, one transport, and their
+/// positions on a common time axis; at the left the list of clips, from which one camera or another take is
+/// opened.
 class MulticamView : public WorkScreen {
   public:
-    /// `leave`: back to the list of results; `openClip`: to one camera's review.
+    /// `leave`: back to the list of results; `openClip`: opens one camera in the review.
     MulticamView(Desktop& desktop, ReviewActions& actions, std::function<void()> leave,
                  std::function<void(const UUID&)> openClip, QWidget* parent = nullptr);
     ~MulticamView() override;
 
-    /// Opens the cameras, each on its clap.
+    /// Opens the cameras, each at its clap.
     void open(const std::vector<UUID>& groupIDs);
     OutlineView& outline() { return *outline_; }
     /// The user wants to see all cameras of a take.
     std::function<void(const std::vector<UUID>& cameras)> openTake;
-    /// None: commands for clips act on no several cameras.
+    /// Empty: no command for a clip acts on several cameras.
     std::vector<UUID> clips() const override { return {}; }
     std::vector<UUID> seen() const override { return multicam_->members(); }
     QLineEdit* search() const override;
     KeyOverlay* keyOverlay() const override { return keys_; }
-    bool hear(std::size_t camera) override; ///< of the grid
-    /// Escape and F bring the camera back.
+    bool hear(std::size_t camera) override; ///< its index in the grid
+    /// Escape and F bring the camera back from fullscreen.
     bool handleFullscreen(const KeyEvent& event) override;
     void leave() override;
 

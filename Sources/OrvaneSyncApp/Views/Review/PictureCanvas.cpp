@@ -11,7 +11,7 @@
 namespace orvane::views {
 
 QImage imageOf(const platform::Picture& picture) {
-    // Over black a colour that is multiplied by its alpha is what is seen: alpha needs no look.
+    // Over black, a colour multiplied by its alpha is the visible colour, so alpha can be ignored.
     auto* held = new std::shared_ptr(picture.pixels);
     return {picture.pixels.get(),
             picture.size.width,
@@ -23,7 +23,7 @@ QImage imageOf(const platform::Picture& picture) {
 
 QSize fittedSize(const QImage& image, QSize pixels) {
     const QSize size = image.size().scaled(pixels, Qt::KeepAspectRatio);
-    constexpr int almost = 1; // what rounding makes of a side
+    constexpr int almost = 1; // a side may differ by this through rounding
     const bool isOwn = std::abs(size.width() - image.width()) <= almost &&
                        std::abs(size.height() - image.height()) <= almost;
     return isOwn ? image.size() : size;
@@ -33,7 +33,7 @@ void paintFitted(QPainter& painter, const QRect& within, const QImage& image, bo
     const QColor& black = design::colours().picture;
     if (image.isNull()) return painter.fillRect(within, black);
     const double ratio = painter.device()->devicePixelRatioF();
-    // On whole pixels of the screen, so that a picture of the right size is copied and not resampled.
+    // On whole pixels of the screen, so that a picture of the right size is copied without resampling.
     const QSize pixels(static_cast<int>(std::lround(within.width() * ratio)),
                        static_cast<int>(std::lround(within.height() * ratio)));
     const QSize size = fittedSize(image, pixels);
@@ -81,7 +81,7 @@ void PictureCanvas::takePicture() {
     const platform::Player* player = engine_ ? engine_->player() : nullptr;
     const auto picture = player == nullptr ? std::nullopt : player->picture();
     image_ = picture ? imageOf(*picture) : QImage();
-    // What is seen of the one before stays until this one is scaled.
+    // The earlier picture stays visible until this one is scaled.
     if (!scale() || scaled_.isNull()) update();
 }
 
@@ -95,7 +95,7 @@ bool PictureCanvas::scale() {
     }
     if (!scaler_)
         scaler_ = std::make_unique<PictureScaler>([this](QImage scaled) {
-            // It may be of a size or a picture that is past.
+            // The scaled picture may be of an earlier size or of an earlier picture.
             const QSize fitted = image_.isNull() ? QSize() : fittedSize(image_, sizeOnScreen());
             if (scaled.size() != fitted || fitted == image_.size()) return;
             scaled_ = std::move(scaled);

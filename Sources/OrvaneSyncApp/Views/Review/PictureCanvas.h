@@ -11,16 +11,16 @@
 
 namespace orvane::views {
 
-/// A picture as an image that shares its pixels.
+/// An image that shares the pixels of the picture.
 QImage imageOf(const platform::Picture& picture);
-/// Its size where it fits into so many pixels of the screen: its own if that is it but for rounding.
+/// Its size when fitted into that many pixels of the screen; its own size if that differs only by rounding.
 QSize fittedSize(const QImage& image, QSize pixels);
-/// Paints it in the middle, as large as it fits, with black around it. `isSmooth`: where it has to be scaled.
+/// Paints the image centred, as large as it fits, on black. `isSmooth`: interpolates if it has to be scaled.
 void paintFitted(QPainter& painter, const QRect& within, const QImage& image, bool isSmooth = true);
 
-/// The picture that a player shows, fitted. It asks the player for the size that it has on the screen, unless
-/// another one shows the same player larger. What comes in another size, as pictures are never enlarged by
-/// the player, is scaled on another thread; the first one is seen roughly until then.
+/// The picture that a player shows, fitted. It requests its size on the screen from the player, unless
+/// another canvas shows the same player larger. A picture of another size (the player never enlarges) is
+/// scaled on another thread; the first one is shown with rough scaling until then.
 class PictureCanvas : public QWidget {
   public:
     explicit PictureCanvas(QWidget* parent = nullptr);
@@ -29,10 +29,10 @@ class PictureCanvas : public QWidget {
     void setEngine(std::shared_ptr<VideoEngine> engine);
     void setAsksForSize(bool asks);
     bool hasPicture() const { return !image_.isNull(); }
-    /// What is seen is the player's picture as it will stay.
+    /// The picture on the screen is final: no scaling runs.
     bool isSettled() const { return !scaler_ || !scaler_->isScaling(); }
 
-    /// Steps that the wheel or a trackpad asks for.
+    /// The user scrolled with the wheel or a trackpad, to step.
     std::function<void(double deltaY, bool isPrecise)> whenScrolled;
     std::function<void()> whenDoubleClicked;
     std::function<void()> whenClicked;
@@ -50,13 +50,13 @@ class PictureCanvas : public QWidget {
     void takePicture();
     void askForSize();
     QSize sizeOnScreen() const; ///< pixels
-    /// Whether the picture has to be scaled; begins with it.
+    /// Whether the picture has to be scaled; if so, starts the scaling.
     bool scale();
 
     std::shared_ptr<VideoEngine> engine_;
     QImage image_;
-    QImage scaled_;                         ///< of it, or of the one before it
-    std::unique_ptr<PictureScaler> scaler_; ///< made when something has to be scaled first
+    QImage scaled_;                         ///< of this picture, or of the one before it
+    std::unique_ptr<PictureScaler> scaler_; ///< made at the first scaling
     bool asksForSize_ = true;
     platform::Subscription observation_;
 };

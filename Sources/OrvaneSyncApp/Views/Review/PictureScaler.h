@@ -12,11 +12,11 @@
 
 namespace orvane::views {
 
-/// Brings pictures to the size on the screen, on a thread of its own and one at a time: while it is at one,
-/// of those that are asked for only the newest waits. Interface thread.
+/// Scales pictures to their size on the screen, on a thread of its own, one at a time. While one is scaled,
+/// only the newest request waits. Interface thread.
 class PictureScaler {
   public:
-    /// `done` is called with each picture that is ready.
+    /// `done` is called with each scaled picture.
     explicit PictureScaler(std::function<void(QImage)> done);
 
     /// `size`: pixels of the screen.
@@ -29,8 +29,9 @@ class PictureScaler {
     const std::function<void(QImage)> done_;
     bool isScaling_ = false;
     std::optional<std::pair<QImage, QSize>> next_;
-    const std::shared_ptr<platform::MainThread> mainThread_; ///< what it has posted goes with it
-    const std::unique_ptr<platform::SerialQueue> queue_;     ///< ends first
+    const std::shared_ptr<platform::MainThread>
+        mainThread_; ///< destroyed with this: calls that it has posted are dropped
+    const std::unique_ptr<platform::SerialQueue> queue_; ///< destroyed first
 };
 
 } // namespace orvane::views

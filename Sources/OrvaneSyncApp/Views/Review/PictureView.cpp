@@ -31,7 +31,7 @@ namespace {
 
 constexpr int wholeVolume = 100;
 constexpr int volumeWidth = 84;
-constexpr int loopFrames = 12; ///< on either side of the playhead, as around the clap
+constexpr int loopFrames = 12; ///< before and after the playhead, as around the clap
 
 QLabel* timecodeLabel(const QString& name, Qt::Alignment alignment) {
     auto* label = new QLabel(QStringLiteral("00:00:00:00"));
@@ -43,7 +43,7 @@ QLabel* timecodeLabel(const QString& name, Qt::Alignment alignment) {
     return label;
 }
 
-/// For the eye, and for whoever is read to: a label with a name of its own is not read by its text.
+/// For sighted users and for screen readers: a label with an accessible name is not read by its text.
 void showValue(QLabel* label, const QString& value) {
     if (label->text() == value) return;
     label->setText(value);
@@ -71,7 +71,7 @@ PictureView::PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> revi
     pages_->addWidget(lens_ = new SyncLensView(desktop_, review_));
     pages_->addWidget(note_ = new EmptyState(Glyph::film, {}, {}));
     note_->add(tryAgain_ = button(tr("Try Again")));
-    tryAgain_->setFocusPolicy(Qt::TabFocus); // a click leaves the keys to the review
+    tryAgain_->setFocusPolicy(Qt::TabFocus); // after a click, the keys still control the review
     connect(tryAgain_, &QPushButton::clicked, this, [this] { tryAgain(); });
     canvas_->setEngine(review_->engine());
     canvas_->whenScrolled = [this](double deltaY, bool isPrecise) {
@@ -147,7 +147,8 @@ QWidget* PictureView::makeTimecodes() {
     row->addStretch(1);
     row->addWidget(device_ = new Badge(Signal::doubtful, tr("No sound device")));
     device_->hide();
-    line->setMinimumHeight(device_->sizeHint().height() + space::tight); // the picture keeps its size with it
+    line->setMinimumHeight(device_->sizeHint().height() +
+                           space::tight); // so that the picture keeps its size when the badge appears
     row->addWidget(soundTimecode_ = timecodeLabel(tr("Timecode of the sound"), Qt::AlignRight));
     glyph(Glyph::sound);
     return line;
@@ -203,7 +204,7 @@ void PictureView::toggleLoop() {
         arguments.set("frames", loopFrames);
         desktop_.run("playerLoop", std::move(arguments));
     }
-    showTransport(); // also where nothing came of it
+    showTransport(); // also if the command had no effect
 }
 
 void PictureView::follow(VideoEngineField field) {
@@ -238,7 +239,7 @@ void PictureView::tryAgain() {
 }
 
 bool PictureView::event(QEvent* event) {
-    // Who comes back from the file manager has put the card in.
+    // If the user comes back from the file manager, the card may be connected.
     const bool isBack = event->type() == QEvent::WindowActivate && isVisible();
     if (isBack && review_->engine()->transport().isVideoMissing && !review_->engine()->transport().isPlaying)
         tryAgain();
@@ -273,7 +274,7 @@ void PictureView::lookForDevice() {
     if (deviceTimer_) deviceTimer_->cancel();
     deviceTimer_.reset();
     if (!review_->engine()->transport().isPlaying) return;
-    // A device opens while the first moments play.
+    // A device is opened while playing already begins.
     constexpr std::chrono::seconds untilOpen{2};
     deviceTimer_ = desktop_.mainThread()->after(untilOpen, [this] {
         const auto note = soundNote(*review_->engine());
@@ -281,7 +282,7 @@ void PictureView::lookForDevice() {
         device_->setToolTip(whole);
         device_->setAccessibleDescription(whole);
         device_->setVisible(note.has_value());
-        if (note) lookForDevice(); // one that is connected meanwhile is taken
+        if (note) lookForDevice(); // to notice a device that is connected meanwhile
     });
 }
 

@@ -29,11 +29,11 @@ class PictureCanvas;
 class ReviewActions;
 class SyncLensView;
 
-/// A button that does what the action does, with its glyph alone. It takes the focus by Tab only, so that a
-/// click leaves the keys to the review.
+/// A button for the action that shows only its glyph. It takes the focus by Tab only, so that the keys still
+/// control the review after a click.
 QToolButton* transportButton(QAction* action);
 
-/// The picture of the clip in view, or the sync lens in its place, with timecodes, meters and transport.
+/// The picture of the clip in view, or the sync lens instead, with timecodes, meters and transport.
 class PictureView : public QWidget {
   public:
     PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, ReviewActions& actions,
@@ -42,7 +42,7 @@ class PictureView : public QWidget {
 
     PictureCanvas& canvas() { return *canvas_; }
     SyncLensView& lens() { return *lens_; }
-    /// What each key does at this moment, for the picture in fullscreen.
+    /// What each key does at this moment, for the fullscreen picture.
     std::function<std::vector<KeyGroup>()> keys;
 
   protected:
@@ -53,12 +53,12 @@ class PictureView : public QWidget {
     QWidget* makeTimecodes();
     void follow(VideoEngineField field);
     void showPage();
-    /// The clip again, whose file was not there or could not be read.
+    /// Loads the clip again, whose file was missing or could not be read.
     void tryAgain();
     void showTransport();
     void showTimecodes();
     void toggleLoop();
-    /// Whether what plays can be heard.
+    /// Checks whether there is a device that plays the sound.
     void lookForDevice();
     const SyncGroup* clip() const;
 
@@ -69,7 +69,7 @@ class PictureView : public QWidget {
     SyncLensView* lens_;
     design::EmptyState* note_;
     QPushButton* tryAgain_; ///< below the note
-    design::Badge* device_; ///< beside the timecode of the sound, where nothing is heard
+    design::Badge* device_; ///< beside the timecode of the sound, if nothing can be heard
     QStackedLayout* pages_;
     LevelMeters* meters_;
     QLabel* pictureTimecode_;

@@ -42,7 +42,7 @@ bool hasUsualKey(KeyAction action) {
     return found != usual.end() && !found->second.isUnbound();
 }
 
-/// What all cameras of a take do together.
+/// Actions that apply to all cameras of a take together.
 bool isForCameras(KeyAction action) {
     return action == KeyAction::toggleFullscreen || action == KeyAction::nextGroup ||
            action == KeyAction::prevGroup ||
@@ -85,7 +85,7 @@ ReviewActions::ReviewActions(Desktop& desktop, QObject* parent) : QObject(parent
         if (field == VideoEngineField::transport || field == VideoEngineField::loop) showEnabled();
     });
     ofWork_ = desktop_.controller().onChange([this](ImportField field) {
-        if (field == ImportField::syncGroups) showEnabled(); // the clap may lie elsewhere
+        if (field == ImportField::syncGroups) showEnabled(); // the position of the clap may have changed
     });
 }
 
@@ -115,7 +115,7 @@ void ReviewActions::fillSync(QMenu& menu) const {
         if (isOfSync(key) && category(key) != ShortcutCategory::audioOffset) menu.addAction(action);
     menu.addAction(lens_);
     menu.addSeparator();
-    for (const bool hasKey : {true, false}) // those that are nearest at hand first
+    for (const bool hasKey : {true, false}) // actions with a key first
         for (const auto& [key, action] : actions_)
             if (category(key) == ShortcutCategory::audioOffset && hasUsualKey(key) == hasKey)
                 menu.addAction(action);

@@ -11,21 +11,21 @@ class QMenu;
 
 namespace orvane::views {
 
-/// An action for everything that a key does on the screens that play, with the key that it has at present in
-/// menus and tooltips. The keys themselves come from the window's key events, as K and those held with it
-/// are more than shortcuts.
+/// An action for every function that has a key on the screens that play, with the present key in menus and
+/// tooltips. The key presses themselves are read from the window's key events, because K and the keys held
+/// with it are more than shortcuts.
 class ReviewActions : public QObject {
   public:
     explicit ReviewActions(Desktop& desktop, QObject* parent = nullptr);
 
-    /// Of the screens; those of the menus for files and undo are not among them.
+    /// An action of the screens; file and undo commands of the menus are not included.
     QAction* action(KeyAction action) const { return actions_.at(action); }
     /// Shows and hides the sync lens.
     QAction* lens() const { return lens_; }
-    /// Everything but nudges and what is decided about the sync: those are the sync menu's.
+    /// Everything except nudges and decisions about the sync, which are in the sync menu.
     void fillPlayback(QMenu& menu) const;
     void fillSync(QMenu& menu) const;
-    /// A screen that plays is in front; `isReview`: of one clip.
+    /// To be called when a screen that plays is in front or is left; `isReview`: it shows one clip.
     void setInFront(bool isInFront, bool isReview);
 
   private:

@@ -32,7 +32,7 @@ bool isTextEdited(const QWidget* focus) {
     return qobject_cast<const QAbstractSpinBox*>(focus) != nullptr;
 }
 
-/// Whether the control works by the key: it was reached by Tab, so its keys are meant for it.
+/// Whether the control reacts to the key: it was reached by Tab, so its keys are meant for it.
 bool worksBy(const QWidget* control, int key) {
     const bool isArrow =
         key == Qt::Key_Left || key == Qt::Key_Right || key == Qt::Key_Up || key == Qt::Key_Down;
@@ -45,7 +45,7 @@ bool worksBy(const QWidget* control, int key) {
     return false;
 }
 
-/// K with Control, Alt or Super is a key of menus or of nobody; it must not act as K when it is released.
+/// With Control, Alt or Super, K belongs to a menu or to nothing; it must not act as K when it is released.
 bool isOtherK(const KeyEvent& event) {
     return event.isDown && event.keyCode == Shortcut::KeyCode::k && event.modifiers != ModifierSet::none &&
            event.modifiers != ModifierSet::shift;
@@ -66,11 +66,11 @@ bool ReviewKeys::eventFilter(QObject* watched, QEvent* event) {
         return false;
     }
     if (event->type() == QEvent::WindowDeactivate) {
-        // What is released in another window is not seen here.
+        // A key that is released in another window is not reported here.
         if (watched == &window_) desktop_.players().keyboard().keyboardLost();
         return false;
     }
-    // What asks something opens over the window, and would lie behind the picture.
+    // A dialog opens over the window, and would be behind the fullscreen picture.
     if (event->type() == QEvent::WindowBlocked && screens_.isInFront() &&
         FullscreenWindow::isOne(qobject_cast<const QWidget*>(watched)))
         screens_.handleFullscreen(*keyEventNamed("escape", ModifierSet::none, true, false));
@@ -82,18 +82,18 @@ bool ReviewKeys::eventFilter(QObject* watched, QEvent* event) {
     const auto& key = static_cast<const QKeyEvent&>(*event);
     if (!screens_.isInFront()) {
         if (receiver->window() == &window_) noteElsewhere(key);
-        // The key that left a screen is released behind it: what is down has to be known all the same.
+        // The key that left a screen is released on the next one: the set of held keys must still be right.
         if (const auto up = event->type() == QEvent::KeyRelease ? keyEventOf(key) : std::nullopt)
             desktop_.players().keyboard().handle(*up, true);
         return false;
     }
     const bool isFullscreen = FullscreenWindow::isOne(receiver->window());
     if (receiver->window() != &window_ && !isFullscreen) return false;
-    // An event that nobody took comes again for each parent.
+    // An event that was not accepted is sent again to each parent.
     const QWidget* focus = QApplication::focusWidget();
     if (receiver != focus && receiver != receiver->window()) return false;
     if (qobject_cast<const QMenuBar*>(focus) != nullptr)
-        return false; // Alt has led there: letters open menus
+        return false; // Alt was pressed before: letters open menus
     if (event->type() == QEvent::KeyRelease && key.key() == elsewhere_.key && !key.isAutoRepeat())
         elsewhere_.isDown = false;
     if (isOfAnotherScreen(key)) {
@@ -103,7 +103,7 @@ bool ReviewKeys::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() != QEvent::ShortcutOverride) return handle(key, isFullscreen);
     const auto meant = keyEventOf(key);
     if (!meant || isTextEdited(focus) || isOtherK(*meant) || !isBound(*meant)) return false;
-    event->accept(); // before the shortcuts of menus
+    event->accept(); // before the shortcuts of menus get it
     return true;
 }
 
@@ -111,9 +111,10 @@ void ReviewKeys::followFocus(const QObject& watched, const QFocusEvent& event) {
     const auto* widget = qobject_cast<const QWidget*>(&watched);
     if (widget == nullptr || widget->window() != &window_) return;
     if (event.lostFocus()) {
-        // Qt hands the focus of what greys or hides itself to the next control, as if Tab had been pressed.
+        // When a control is disabled or hidden, Qt gives its focus to the next control, as if Tab had been
+        // pressed.
         isHandedOver_ = !widget->isEnabled() || widget->isHidden();
-        if (isHandedOver_) // where no control can take it, the next one is not the neighbour
+        if (isHandedOver_) // if no control can take it, the next one is not the neighbour
             QMetaObject::invokeMethod(
                 this, [this] { isHandedOver_ = false; }, Qt::QueuedConnection);
         return;
@@ -161,10 +162,10 @@ bool ReviewKeys::handle(const QKeyEvent& event, bool isFullscreen) {
     if (!isFullscreen && isFocusByTab_ && worksBy(focus, event.key())) return false;
     const bool isEscape = meant->isDown && !meant->isRepeat && meant->keyCode == Shortcut::KeyCode::escape &&
                           meant->modifiers == ModifierSet::none;
-    // Escape leaves a field, after the field has made of it what it means there.
+    // Escape leaves a field, after the field itself has handled it.
     if (isTyped && isEscape && !SearchKeys::clears(*focus)) clearFieldFocus();
     ReviewViewModel& review = *desktop_.players().review();
-    // Escape ends the loop that is under way, or else leaves the screen.
+    // Escape ends a running loop; without one, it leaves the screen.
     const bool leaves = isEscape && !isFullscreen && !isTyped && !review.engine()->loop().isLooping;
     try {
         if (isFullscreen && screens_.handleFullscreen(*meant)) return true;

@@ -60,7 +60,7 @@ ReviewView::ReviewView(Desktop& desktop, ReviewActions& actions, std::function<v
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(columns_);
-    // The screen itself takes the keys: nothing in it has to be clicked first.
+    // The screen itself takes the keys, so the user need not click anything first.
     setFocusPolicy(Qt::StrongFocus);
     setAccessibleName(tr("Review"));
     keys_ = new KeyOverlay(this, [this] {

@@ -18,8 +18,8 @@ class ReviewActions;
 class StepsBar;
 class TimelineView;
 
-/// The clip in view: the list of clips at the left, its picture over its timeline, at the right what is known
-/// and decided of it.
+/// The clip in view: the list of clips at the left, its picture above its timeline, and at the right its
+/// facts and the decisions about it.
 class ReviewView : public WorkScreen {
   public:
     /// `leave`: back to the list of results.
@@ -27,10 +27,10 @@ class ReviewView : public WorkScreen {
                QWidget* parent = nullptr);
     ~ReviewView() override;
 
-    /// Opens the clip on its clap. One that is not there any more leaves the screen as it is.
+    /// Opens the clip at its clap. Does nothing for a clip that does not exist.
     void open(const UUID& groupID);
     const std::optional<UUID>& clip() const { return desktop_.players().review()->groupID(); }
-    /// Called when another clip has come into view.
+    /// Called when another clip is in view.
     std::function<void()> whenMoved;
     /// The user wants to see all cameras of a take.
     std::function<void(const std::vector<UUID>& cameras)> openTake;

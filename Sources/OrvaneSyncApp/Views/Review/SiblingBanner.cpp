@@ -66,10 +66,10 @@ void SiblingBanner::run(std::string_view id) {
     JSON arguments = JSON::object();
     arguments.set("groupID", review_->groupID()->text());
     desktop_.run(id, std::move(arguments), [this, isMove = id == "applySiblingSuggestion"](const JSON&) {
-        // As after a nudge, the picture of the clap is looked at.
+        // As after a nudge, the clap's picture is shown.
         if (isMove && !review_->engine()->transport().isPlaying) review_->seekVideoToAnchor();
     });
-    refresh(); // to dismiss changes no clip
+    refresh(); // dismissing changes no clip, so no notice comes
 }
 
 } // namespace orvane::views

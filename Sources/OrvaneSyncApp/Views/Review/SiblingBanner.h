@@ -9,8 +9,8 @@
 
 namespace orvane::views {
 
-/// Offers the clip in view the move that another camera of its take got. Hidden without such an offer: it
-/// lies where nothing moves when it comes.
+/// Offers to move the sound of the clip in view as that of another camera of its take was moved. Hidden
+/// without such an offer; its place is chosen so that nothing moves when it appears.
 class SiblingBanner : public QFrame {
   public:
     SiblingBanner(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent = nullptr);
@@ -18,7 +18,7 @@ class SiblingBanner : public QFrame {
     QString text() const { return text_->text(); }
 
   private:
-    /// A button that runs the command; it is given back.
+    /// Adds a button that runs the command, and returns it.
     QPushButton* add(std::string_view id, QPushButton* one);
     void refresh();
     void run(std::string_view id);

@@ -25,7 +25,8 @@ StepsBar::StepsBar(Desktop& desktop, ReviewActions& actions, PlaceOf placeOf, QW
     row->addStretch(1);
     row->addWidget(nudge_ = facts(tr("Nudge sound")));
     nudge_->setWordWrap(false);
-    for (QLabel* label : {place_, nudge_}) label->setMinimumWidth(1); // they go before a button is cut
+    for (QLabel* label : {place_, nudge_})
+        label->setMinimumWidth(1); // if there is no room, these shrink before a button is cut
     row->addWidget(add(KeyAction::nudgeCommaMinus, tr("−1 f")));
     row->addWidget(add(KeyAction::nudgePeriodPlus, tr("+1 f")));
     row->addSpacing(space::small);
@@ -55,7 +56,7 @@ QPushButton* StepsBar::add(KeyAction action, const QString& text) {
     made->setAccessibleName(translated(label(action)));
     connect(made, &QPushButton::clicked, this, [this, action] {
         actions_.action(action)->trigger();
-        refresh(); // a click has changed the button by itself
+        refresh(); // the click has changed the button's state
     });
     steps_.push_back({action, made, text});
     return made;
@@ -69,7 +70,7 @@ void StepsBar::showTexts() {
         const QString key = found == bindings.end() ? QString() : shownKey(found->second);
         step.button->setText(key.isEmpty() ? step.text : tr("%1   %2").arg(step.text, key));
         step.button->setToolTip(translated(helpText(step.action)));
-        step.button->ensurePolished(); // its size hangs on the window's sheet
+        step.button->ensurePolished(); // its size depends on the window's style sheet
         step.button->setMinimumWidth(step.button->sizeHint().width());
     }
     fit();

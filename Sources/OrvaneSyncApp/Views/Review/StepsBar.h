@@ -16,13 +16,13 @@ namespace orvane::views {
 
 class ReviewActions;
 
-/// Where one is among the clips, and the steps that every clip takes, each with its key: nudge, lock, next.
+/// The position in the list of clips, and the usual steps for each clip with their keys: nudge, lock, next.
 class StepsBar : public QWidget {
   public:
     using PlaceOf = std::function<std::optional<OutlineModel::PlaceInList>(const UUID&)>;
     StepsBar(Desktop& desktop, ReviewActions& actions, PlaceOf placeOf, QWidget* parent = nullptr);
 
-    /// The clip, or what lies around it in the list, has changed.
+    /// To be called when the clip, or its neighbours in the list, have changed.
     void refresh();
     std::function<void()> showKeys;
 
@@ -32,7 +32,7 @@ class StepsBar : public QWidget {
   private:
     QPushButton* add(KeyAction action, const QString& text);
     void showTexts();
-    /// The labels that there is room for.
+    /// Shows the labels for which there is room.
     void fit();
 
     struct Step {

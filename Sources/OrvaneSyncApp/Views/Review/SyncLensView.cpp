@@ -17,7 +17,7 @@ namespace {
 
 constexpr int gap = 2;
 constexpr int captionHeight = 20;
-constexpr int clapHeight = 18;     ///< of the line above the sound that names the clap
+constexpr int clapHeight = 18;     ///< of the line above the sound with the word for the clap
 constexpr double soundShare = 0.3; ///< of the height
 constexpr int pictures = static_cast<int>(SyncLensPlan::pictureCount);
 
@@ -125,7 +125,7 @@ void SyncLensView::paintSound(QPainter& painter) const {
                                             : tr("No sound here. Attach a recording to compare with."));
     } else {
         const double middle = place.center().y() + 0.5;
-        // Blown up to the loudest moment: what counts is where it is.
+        // Scaled to the loudest moment: only positions matter here.
         float loudest = 1e-4F;
         for (const SyncLens::Column& column : seen.sound)
             loudest = std::max({loudest, column.highest, -column.lowest});
@@ -142,7 +142,7 @@ void SyncLensView::paintSound(QPainter& painter) const {
     }
     const double length = plan.endSeconds() - plan.startSeconds();
     const double x = place.left() + place.width() * (plan.clapSeconds - plan.startSeconds()) / length;
-    // Its word stands above the sound, so that nothing of the sound is hidden.
+    // The word is above the sound, so that it hides no sound.
     const QRect above(place.left(), place.top() - clapHeight, place.width(), clapHeight);
     painter.fillRect(above, all.panel);
     painter.fillRect(QRectF(x - 0.75, above.top(), 1.5, place.bottom() + 1 - above.top()), all.text);

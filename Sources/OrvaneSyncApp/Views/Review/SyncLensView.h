@@ -8,7 +8,7 @@
 namespace orvane::views {
 
 /// The frames before, at and after the clap side by side, and below them the sound of exactly that time, so
-/// that each frame stands above what is heard while it is seen. A line marks the clap.
+/// that each frame is above the sound of its duration. A line marks the clap.
 class SyncLensView : public QWidget {
   public:
     SyncLensView(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent = nullptr);
@@ -29,7 +29,7 @@ class SyncLensView : public QWidget {
     Desktop& desktop_;
     const std::shared_ptr<ReviewViewModel> review_;
     const std::shared_ptr<SyncLens> lens_;
-    QString note_; ///< why there is nothing to see
+    QString note_; ///< why nothing is shown
     platform::Subscription ofLens_, ofReview_, ofWork_, ofEngine_;
 };
 

@@ -18,8 +18,8 @@ constexpr std::size_t mostPictures = 1500; ///< 14 kB each, four times that at d
 
 } // namespace
 
-/// One reader for all batches. A batch that was abandoned keeps the reader for itself, and the next opens
-/// another.
+/// One reader for all batches. A batch that was abandoned keeps its reader, and the next batch opens another
+/// one.
 struct PictureStrip::Reading {
     explicit Reading(std::string file) : path(std::move(file)) {}
 
@@ -55,7 +55,7 @@ std::int64_t PictureStrip::keyOf(double seconds) {
 }
 
 void PictureStrip::setVideo(const std::string& path, int height) {
-    // A file that was missing may be back.
+    // A file that was missing may exist again.
     if (path_ == path && height_ == height && !isUnreadable_) return;
     path_ = path;
     height_ = height;
@@ -108,7 +108,7 @@ void PictureStrip::want(const std::set<double>& missing, double toleranceSeconds
                 }
                 reading->giveBack(std::move(reader));
             } catch (const platform::Stopped&) {
-                return; // the reader goes with the batch
+                return; // the reader is destroyed with the batch
             }
         },
         stop_.get_token());
@@ -123,7 +123,7 @@ void PictureStrip::take(std::uint64_t batch, std::int64_t key,
         if (picture->size.height > 0)
             aspect_ = static_cast<double>(picture->size.width) / picture->size.height;
     } else {
-        // A damaged place is not asked for again, and shows what is near it.
+        // A damaged place is not requested again; a picture near it is shown.
         const QImage* other = near(key);
         pictures_.insert_or_assign(key, other == nullptr ? QImage() : QImage(*other));
     }

@@ -16,25 +16,25 @@
 
 namespace orvane::views {
 
-/// Small pictures of one video, decoded on a thread of their own and kept until the video is another.
-/// Interface thread.
+/// Small pictures of one video, decoded on a thread of its own and kept until another video is set. Interface
+/// thread.
 class PictureStrip {
   public:
-    /// `decoded` is called when pictures are there that were wanted.
+    /// `decoded` is called when requested pictures are ready.
     PictureStrip(std::shared_ptr<platform::MainThread> mainThread, std::function<void()> decoded);
     ~PictureStrip();
 
     /// `path` in the bytes of the file system. `height`: pixels of the screen.
     void setVideo(const std::string& path, int height);
-    /// The picture at that second, or the nearest one that is there; null where there is none yet.
+    /// The picture at that second, or the nearest one that is decoded; null if there is none yet.
     const QImage* find(double seconds) const { return near(keyOf(seconds)); }
-    /// The same without a neighbour in its place.
+    /// Whether the picture at exactly that second is decoded.
     bool isThere(double seconds) const { return pictures_.contains(keyOf(seconds)); }
-    /// What is visible and not there, in seconds. A picture is off by `tolerance` at most.
+    /// Requests visible pictures that are not decoded, in seconds. A picture may be off by the tolerance.
     void want(const std::set<double>& missing, double toleranceSeconds);
-    /// Width by height of the video's pictures; absent as long as none is there.
+    /// Width divided by height of the video's pictures; absent while none is decoded.
     const std::optional<double>& aspect() const { return aspect_; }
-    /// The file holds no picture that can be decoded.
+    /// The file has no picture that can be decoded.
     bool isUnreadable() const { return isUnreadable_; }
     bool isDecoding() const { return !wanted_.empty(); }
 
@@ -52,10 +52,10 @@ class PictureStrip {
     std::map<std::int64_t, QImage> pictures_;
     std::optional<double> aspect_;
     bool isUnreadable_ = false;
-    std::set<std::int64_t> wanted_; ///< under way
+    std::set<std::int64_t> wanted_; ///< being decoded
     std::uint64_t batch_ = 0;
     std::stop_source stop_;
-    std::shared_ptr<Reading> reading_; ///< the video that is open
+    std::shared_ptr<Reading> reading_; ///< of the open video
     const std::shared_ptr<PictureStrip*> self_;
     const std::unique_ptr<platform::SerialQueue> queue_;
 };

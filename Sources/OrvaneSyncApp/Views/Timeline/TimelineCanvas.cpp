@@ -24,9 +24,9 @@ namespace {
 
 constexpr int playheadWidth = 13;
 constexpr double dragBegins = 4;       ///< points
-constexpr double pointsPerNotch = 60;  ///< that a notch of a wheel scrolls
-constexpr double anglePerNotch = 120;  ///< as Qt counts them
-constexpr double zoomDeltaOfNotch = 4; ///< a notch is a step of zoom
+constexpr double pointsPerNotch = 60;  ///< scrolled by a notch of a wheel
+constexpr double anglePerNotch = 120;  ///< in the units of Qt
+constexpr double zoomDeltaOfNotch = 4; ///< a notch is one step of zoom
 
 bool isScrubbed(Spot spot) { return spot == Spot::ruler || spot == Spot::picture || spot == Spot::clap; }
 bool isOnStrip(Spot spot) { return spot == Spot::strip || spot == Spot::tile || spot == Spot::range; }
@@ -59,7 +59,7 @@ void PlayheadLine::paintEvent(QPaintEvent* /*event*/) {
     constexpr int middle = playheadWidth / 2;
     constexpr double top = TimelineLayout::rulerHeight - 11, tip = TimelineLayout::rulerHeight - 1;
     painter.setPen(Qt::NoPen);
-    constexpr double lineOpacity = 0.6; // the peak of a clap is seen through it
+    constexpr double lineOpacity = 0.6; // so that the peak of a clap stays visible
     painter.setBrush(colours().text);
     painter.setOpacity(lineOpacity);
     painter.drawRect(QRectF(middle, top, 1, height()));
@@ -73,7 +73,7 @@ TimelineCanvas::TimelineCanvas(Desktop& desktop, std::shared_ptr<ReviewViewModel
       tiles_(desktop.mainThread(), [this] { invalidate(); }),
       pictures_(desktop.mainThread(),
                 [this] {
-                    // They come one by one, and the rest of the timeline is the larger part.
+                    // Pictures arrive one by one; only their row is painted again, which is the smaller part.
                     arePicturesStale_ = true;
                     if (layout_) update(pictureRow().toAlignedRect());
                 }),
@@ -206,7 +206,7 @@ void TimelineCanvas::resizeEvent(QResizeEvent* event) {
     if (resized) resized();
 }
 
-// What lies under the pointer
+// Contents under the pointer
 
 bool TimelineCanvas::event(QEvent* event) {
     if (event->type() == QEvent::ToolTip) {
@@ -259,7 +259,7 @@ void TimelineCanvas::endSkim() {
 
 void TimelineCanvas::mousePressEvent(QMouseEvent* event) {
     if (!layout_ || event->button() != Qt::LeftButton) return;
-    endSkim(); // the click counts, and not where the playhead was before
+    endSkim(); // first, because the click sets the playhead
     QToolTip::hideText();
     pressedAt_ = event->position();
     pressed_ = layout_->hit(pressedAt_.x(), pressedAt_.y());
@@ -305,7 +305,7 @@ void TimelineCanvas::mouseMoveEvent(QMouseEvent* event) {
         return invalidate();
     case Gesture::edge: {
         const auto index = selectedIndex();
-        if (!index) return endGesture(false); // it is gone meanwhile
+        if (!index) return endGesture(false); // it was removed meanwhile
         const BlockOverride& range = layout_->content().ranges[*index];
         draft_ = layout_->span(pressed_.spot == Spot::rangeStart ? range.endSeconds : range.startSeconds, at);
         return invalidate();
@@ -400,7 +400,7 @@ void TimelineCanvas::chooseRange(const TimelineSpan& span, int track, const std:
     selectRange(std::min(span.startSeconds, span.endSeconds), track);
 }
 
-/// Delete is for what was just drawn.
+/// Delete then removes the range that was just drawn.
 void TimelineCanvas::selectRange(double startSeconds, int track) {
     const SyncGroup* clip = desktop_.controller().work().syncGroups().find(layout_->content().groupID);
     if (clip == nullptr) return;
@@ -454,7 +454,7 @@ void TimelineCanvas::wheelEvent(QWheelEvent* event) {
     if (!layout_) return;
     event->accept();
     const bool isPrecise = !event->pixelDelta().isNull();
-    // With Alt some systems turn a wheel sideways.
+    // With Alt, some systems report the wheel as horizontal.
     const QPointF notches = QPointF(event->angleDelta()) / anglePerNotch;
     if (event->modifiers().testFlag(Qt::ControlModifier)) {
         zoom().cursorViewportX = event->position().x();

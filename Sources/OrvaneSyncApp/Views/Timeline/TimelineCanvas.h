@@ -18,8 +18,7 @@ class QNativeGestureEvent;
 
 namespace orvane::views {
 
-/// The playhead, as a narrow widget over the timeline: moving it repaints the columns that it leaves and
-/// those that it comes to.
+/// The playhead, as a narrow widget over the timeline: moving it repaints only the old and the new columns.
 class PlayheadLine : public QWidget {
   public:
     explicit PlayheadLine(QWidget* parent);
@@ -31,12 +30,12 @@ class PlayheadLine : public QWidget {
 };
 
 /// Ruler, picture, sound, channels and recordings of a clip, painted into an image that is made again when
-/// something of it has changed; and what pointer and wheel do on them.
+/// something in it has changed; and the gestures of pointer and wheel on them.
 class TimelineCanvas : public QWidget {
   public:
     TimelineCanvas(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent = nullptr);
 
-    /// What is shown, and how far the rows are scrolled up.
+    /// Sets what is shown, and how far the rows are scrolled up.
     void show(std::shared_ptr<const TimelineRows> rows, const TimelineZoomState& zoom, bool isExpanded,
               double verticalScroll);
     void setSoundHint(const QString& hint);
@@ -47,19 +46,19 @@ class TimelineCanvas : public QWidget {
     void showPlayhead(double seconds);
     void showLoop(std::optional<TimelineSpan> loop);
     void setSkims(bool skims);
-    /// Everything is painted as it will stay.
+    /// Everything is painted in its final form.
     bool isComplete() const { return !tiles_.isDrawing() && !pictures_.isDecoding(); }
     WaveformTiles& tiles() { return tiles_; }
     PictureStrip& pictures() { return pictures_; }
     void invalidate();
 
     std::function<void()> resized;
-    std::function<void()> dragEnded;        ///< of the sound
-    std::function<void()> zoomChanged;      ///< zoom or horizontal scroll
+    std::function<void()> dragEnded;        ///< a drag of the sound
+    std::function<void()> zoomChanged;      ///< zoom or horizontal scroll has changed
     std::function<void(double)> scrolledBy; ///< points, vertically
     std::function<bool()> canScrollVertically;
 
-    /// The commands that hold at a place.
+    /// The commands that apply to a place.
     std::unique_ptr<QMenu> menuAt(const TimelineLayout::Hit& hit);
     const std::optional<UUID>& selectedRange() const { return selectedRange_; }
 
@@ -87,7 +86,7 @@ class TimelineCanvas : public QWidget {
     void beginDrag();
     void dragSound(double x, Qt::KeyboardModifiers held);
     void click(Qt::KeyboardModifiers held);
-    /// Into the image: everything, or the row of pictures alone.
+    /// Paints into the image: everything, or only the row of pictures.
     void renderLayer(const QRectF& part);
     QRectF pictureRow() const;
     std::optional<std::size_t> selectedIndex() const;
@@ -108,7 +107,7 @@ class TimelineCanvas : public QWidget {
     std::optional<TimelineLayout> layout_;
     QImage layer_; ///< in pixels of the screen
     bool isLayerStale_ = true;
-    bool arePicturesStale_ = false; ///< of the image, where the rest is not
+    bool arePicturesStale_ = false; ///< in the image, while the rest is up to date
     PlayheadLine* playhead_;
     double playheadSeconds_ = 0;
     QString soundHint_;
@@ -128,7 +127,7 @@ class TimelineCanvas : public QWidget {
     double dragTextX_ = 0;
 };
 
-/// Keys that are held, as the models know them.
+/// The held modifier keys, in the form of the models.
 ModifierSet modifiersOf(Qt::KeyboardModifiers held);
 
 } // namespace orvane::views

@@ -22,8 +22,8 @@ using namespace design;
 namespace {
 
 constexpr double usualAspect = 16.0 / 9.0;
-constexpr int placeholderStep = 3;                 ///< points a bar
-constexpr std::ptrdiff_t mostPlaceholderBins = 16; ///< that are looked at for one
+constexpr int placeholderStep = 3;                 ///< points for each bar
+constexpr std::ptrdiff_t mostPlaceholderBins = 16; ///< looked at for one bar
 constexpr double onsetHeight = 5;
 constexpr double diamond = 4.5;
 constexpr double leastTextWidth = 26;
@@ -35,7 +35,7 @@ QColor mixed(const QColor& under, const QColor& over, double share) {
 
 QRectF rect(const TimelineRect& one) { return {one.x, one.y, one.width, one.height}; }
 
-/// Text or ground, whichever is easier to read on it.
+/// The text colour or the background colour, whichever contrasts more with `ground`.
 QColor readableOn(const QColor& ground) {
     const Colours& all = colours();
     return contrast(all.text, ground) >= contrast(all.window, ground) ? all.text : all.window;
@@ -65,8 +65,8 @@ class Painting {
     }
 
   private:
-    /// Leaves out what something else fills, as most of a paint is the memory that it writes. At a broken
-    /// scale their edges might be rounded apart.
+    /// Leaves out what something else fills, because most of the time of painting is spent on writing memory.
+    /// At a fractional scale their edges might be rounded differently.
     void fillAround(const QRectF& outer, const QRectF& inner, const QColor& colour) {
         const QRectF hole = outer.intersected(inner);
         const bool isBroken = scene_.pixelRatio != std::floor(scene_.pixelRatio);
@@ -78,7 +78,7 @@ class Painting {
             if (!part.isEmpty()) painter_.fillRect(part, colour);
     }
 
-    /// A row as far as the clip reaches.
+    /// The part of a row over the clip's duration.
     QRectF ofClip(double top, double height) const {
         return {layout_.x(0), top, layout_.x(rows_.clipSeconds) - layout_.x(0), height};
     }
@@ -89,7 +89,7 @@ class Painting {
         fillAround(dirty_, ofClip(top, last.y + last.height - top), colours().window);
     }
 
-    /// What the row paints itself, whatever it shows.
+    /// The part that the row always paints opaquely.
     QRectF opaquePart(const TimelineLayout::Row& row) const {
         if (row.kind == TimelineLayout::RowKind::picture) return rect(layout_.pictureRect());
         const bool hasContainer = rows_.hasSound && row.kind != TimelineLayout::RowKind::recordings;
@@ -139,7 +139,7 @@ class Painting {
         if (rows_.pictureClapSeconds) mark(layout_.x(*rows_.pictureClapSeconds), strip.top(), strip.bottom());
     }
 
-    /// A picture of the slot's size is copied, pixel by pixel.
+    /// A picture of the slot's size is copied pixel by pixel.
     void paintPicture(const QImage& image, const QRectF& place) {
         const double ratio = scene_.pixelRatio;
         const QSizeF own = QSizeF(image.size()) / ratio;
@@ -165,7 +165,7 @@ class Painting {
         if (rows_.anchorSeconds) mark(layout_.x(*rows_.anchorSeconds), top.top(), row.y + row.height);
     }
 
-    /// Over what lies in the container.
+    /// Painted over the contents of the container.
     void paintBorder(const TimelineLayout::Row& row) {
         const QRectF place = containerRect(row);
         if (place.isEmpty()) return;
@@ -174,12 +174,12 @@ class Painting {
         painter_.drawRect(place.adjusted(0.5, 0.5, -0.5, -0.5));
     }
 
-    /// As far as it is in view, with its edges.
+    /// The visible part, with its edges.
     QRectF containerRect(const TimelineLayout::Row& row) const {
         return rect(layout_.soundRect(row)).intersected(visible().adjusted(-4, 0, 4, 0));
     }
 
-    /// Those side by side in one piece.
+    /// Adjacent ones are painted as one piece.
     void paintOnsets(double top) {
         const Waveform* waveform = scene_.tiles.waveform();
         if (waveform == nullptr) return;
@@ -223,7 +223,7 @@ class Painting {
         return waveform != nullptr && waveform->binsPerSecond > 0;
     }
 
-    /// What the tiles of a row have in common.
+    /// The part of the key that all tiles of a row have in common.
     WaveformTileKey tileKey(const TimelineLayout::Row& row) const {
         const double ratio = scene_.pixelRatio;
         WaveformTileKey key;
@@ -262,7 +262,7 @@ class Painting {
         }
     }
 
-    /// A bar every few points until the tile is there. `left`: of the recording's first sample.
+    /// Paints bars until the tile is ready. `left`: position of the recording's first sample.
     void paintRoughly(const QRectF& target, double left, const WaveformTileKey& key) {
         painter_.fillRect(target, QColor(key.ground));
         const Waveform& waveform = *scene_.tiles.waveform();
@@ -304,7 +304,7 @@ class Painting {
             if (track && block.activeTrack != *track && block.secondaryTrack != track) continue;
             const double left = layout_.x(block.startSeconds + rows_.soundOffset);
             const double right = layout_.x(block.endSeconds + rows_.soundOffset);
-            if (right - left < 1 && right < drawnTo) continue; // many of them share a column
+            if (right - left < 1 && right < drawnTo) continue; // several of them are in the same column
             drawnTo = std::floor(left) + 1;
             paintTile(block, QRectF(left, strip.y, std::max(right - left - 1, 1.0), strip.height),
                       track.value_or(block.activeTrack));
@@ -368,7 +368,7 @@ class Painting {
         text(place.intersected(visible()).adjusted(space::tight, 0, 0, 0), orvane::views::text(one.name));
     }
 
-    /// To which side a recording lies that is out of view, where its lane has no other.
+    /// Points to a recording that is out of view, if its lane has no other.
     void pointTo(const TimelineRecording& one, const TimelineLayout::Row& row) {
         if (std::ranges::count(rows_.recordings, one.lane, &TimelineRecording::lane) > 1) return;
         const bool isBehind = layout_.x(one.startSeconds) > 0;
@@ -383,7 +383,7 @@ class Painting {
 
     void mark(double x, double top, double bottom) {
         const double at = std::floor(x) + 0.5;
-        // What is looked for lies below: the peak of the clap.
+        // The peak of the clap below it must stay visible.
         painter_.setPen(QPen(colours().focus, 1, Qt::DotLine));
         painter_.drawLine(QPointF(at, top), QPointF(at, bottom));
         painter_.save();
@@ -433,7 +433,7 @@ class Painting {
             const double at = std::floor(tick.x) + 0.5;
             (tick.isMajor ? majors : frames)
                 << QLineF(at, ruler.bottom() - (tick.isMajor ? 9 : 4), at, ruler.bottom());
-            // Without its beginning, a time would read as another one.
+            // A time without its first characters would be read as another time.
             if (!tick.label.empty() && at + space::tight >= 0)
                 painter_.drawText(QPointF(at + space::tight, 14), orvane::views::text(tick.label));
         }
@@ -445,7 +445,7 @@ class Painting {
     }
 
     QRectF visible() const { return {0, TimelineLayout::rulerHeight, layout_.width(), 1e6}; }
-    /// In lines where one is too short and the place is high enough for more.
+    /// In several lines if one is too short and the place is high enough.
     void text(const QRectF& place, const QString& words) {
         const QRectF inside = place.adjusted(space::tight, 0, -space::tight, 0);
         const QFontMetricsF metrics(painter_.font());

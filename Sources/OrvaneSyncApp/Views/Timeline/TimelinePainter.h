@@ -14,36 +14,36 @@ class QPainter;
 
 namespace orvane::views {
 
-/// What is painted of a timeline.
+/// The contents of a timeline to paint.
 struct TimelineScene {
     const TimelineLayout& layout;
     WaveformTiles& tiles;
     PictureStrip& pictures;
     double rulerInterval = 1; ///< seconds
-    double pixelRatio = 1;    ///< pixels of the screen a point
-    QString soundHint{};      ///< in place of a waveform that is not there
+    double pixelRatio = 1;    ///< pixels of the screen for each point
+    QString soundHint{};      ///< shown instead of a waveform that is missing
     std::optional<std::size_t> selectedRange{};
-    /// A range that is being drawn or moved, and of which track.
+    /// A range that is being drawn or moved, with its track.
     std::optional<TimelineSpan> draftSpan{};
     int draftTrack = 0;
-    /// How far a drag has moved the sound, beside the pointer.
+    /// How far a drag has moved the sound; shown beside the pointer.
     QString dragText{};
     double dragTextX = 0;
     std::optional<TimelineSpan> loop{};
 };
 
-/// What was visible and not ready; something simpler was painted in its place.
+/// Parts that were visible and not ready; something simpler was painted instead.
 struct TimelineGaps {
     std::set<WaveformTileKey> tiles;
     std::set<double> pictures; ///< seconds
 };
 
-/// Points of a picture of the strip, side by side.
+/// Width in points of a picture in the strip.
 double pictureSlotWidth(const PictureStrip& pictures);
 /// Its height in points.
 double pictureSlotHeight();
 
-/// Paints what lies within `dirty`, which is in points.
+/// Paints the part within `dirty`, in points.
 TimelineGaps paintTimeline(QPainter& painter, const TimelineScene& scene, const QRectF& dirty);
 
 } // namespace orvane::views

@@ -129,7 +129,7 @@ void TimelineView::follow() {
     TimelineController& timeline = desktop_.controller().timeline();
     following_.push_back(desktop_.controller().onChange([this](const ImportChange& change) {
         if (!shown_) return;
-        // An edit shares the clips that it leaves alone.
+        // An edit shares the clips that it does not change.
         const bool isEdited = change.field == ImportField::syncGroups &&
                               change.clips.find(*shown_) != change.clipsBefore.find(*shown_);
         if (isEdited || change.field == ImportField::smartAudio) changed(true);
@@ -141,7 +141,8 @@ void TimelineView::follow() {
         if (field == VideoEngineField::transport) {
             runWhilePlaying();
             const bool isMissing = review_->engine()->transport().isVideoMissing;
-            if (std::exchange(wasVideoMissing_, isMissing) && !isMissing) showPictures(); // it is back
+            if (std::exchange(wasVideoMissing_, isMissing) && !isMissing)
+                showPictures(); // the file exists again
         }
         if (field != VideoEngineField::loop) return;
         const LoopState& loop = review_->engine()->loop();
@@ -172,7 +173,7 @@ void TimelineView::refresh() {
         showPictures();
     }
     if (areRowsStale_ && rows_ && rows_->groupID == *groupID && review_->isDraggingAudio()) {
-        moveRows(*clip); // the rest when the drag has ended
+        moveRows(*clip); // the rest is updated when the drag has ended
     } else if (std::exchange(areRowsStale_, false) || !rows_) {
         buildRows(*clip);
     }
@@ -196,7 +197,7 @@ void TimelineView::buildRows(const SyncGroup& clip) {
                      desktop_.settings(), controller.work().fileNames()));
     const WaveformState& waveform = *controller.timeline().waveform();
     if (rows->soundSeconds <= 0)
-        rows->soundSeconds = waveform.waveform().clipDuration; // the file did not say
+        rows->soundSeconds = waveform.waveform().clipDuration; // the file does not state it
     rows_ = std::move(rows);
     showSummary();
     canvas_->tiles().setWaveform(waveform.sharedWaveform());

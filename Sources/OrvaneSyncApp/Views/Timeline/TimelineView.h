@@ -24,8 +24,9 @@ namespace orvane::views {
 class TimelineCanvas;
 class TrackHeader;
 
-/// The timeline of the clip in view, and the gestures on it: ruler, pictures, sound, a row a channel, ranges
-/// and blocks, further recordings. It follows the notices of the work, the waveform and the player.
+/// The timeline of the clip in view, and the gestures on it: ruler, pictures, sound, one row for each
+/// channel, ranges and blocks, further recordings. It follows the notices of the work, the waveform and the
+/// player.
 class TimelineView : public QWidget {
   public:
     TimelineView(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent = nullptr);
@@ -37,7 +38,7 @@ class TimelineView : public QWidget {
     QWidget* makeTools();
     QWidget* makeRows();
     void follow();
-    /// What changed is shown soon, once. `rows`: not the zoom alone.
+    /// Schedules one update. `rows`: the rows have changed, not only the zoom.
     void changed(bool rows);
     void refresh();
     void showPictures();
@@ -60,11 +61,11 @@ class TimelineView : public QWidget {
     TimelineCanvas* canvas_;
     QScrollBar* across_;
     QScrollBar* down_;
-    QTimer* playing_; ///< at the screen's pace, while something plays
+    QTimer* playing_; ///< at the rate of the screen, while something plays
     std::shared_ptr<const TimelineRows> rows_;
     std::optional<UUID> shown_;
     bool areRowsStale_ = true;
-    bool wasVideoMissing_ = false; ///< of the clip in view
+    bool wasVideoMissing_ = false; ///< for the clip in view
     AfterPicture later_;
     std::vector<platform::Subscription> following_;
 };

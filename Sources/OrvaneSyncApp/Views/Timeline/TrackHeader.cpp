@@ -28,7 +28,7 @@ constexpr int foldSize = 20;
 constexpr int nameHeight = 22;
 constexpr double swatch = 9;
 
-/// What a channel's switch runs, and with Alt held.
+/// The commands that a channel's switch runs, without and with Alt.
 struct BoxCommands {
     const char* word;
     const char* name;
@@ -43,7 +43,7 @@ constexpr BoxCommands boxCommands[] = {
     {"SOLO", "Play %1 alone", "toggleSoloMonitor", "toggleSoloMonitor",
      "Plays this channel alone, or ends that."}};
 
-/// Shows the rows of the channels.
+/// Shows or hides the rows of the channels.
 class FoldButton : public QAbstractButton {
   public:
     explicit FoldButton(QWidget* parent) : QAbstractButton(parent) {
@@ -79,7 +79,7 @@ QSize TrackBox::sizeHint() const {
 }
 
 bool TrackBox::event(QEvent* event) {
-    // The box that has the focus is pressed, and nothing is played.
+    // A box with the focus is pressed by Space, which then plays nothing.
     if (event->type() == QEvent::ShortcutOverride && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Space) {
         event->accept();
         return true;
@@ -144,7 +144,7 @@ void TrackHeader::placeBoxes() {
         int x = space::small;
         for (const Box box : {algorithm, active, solo}) {
             TrackBox& one = *boxes_[i][box];
-            // Rows that are scrolled away keep their place in the order of the tabulator.
+            // Rows that are scrolled out of view keep their place in the order of Tab.
             one.setVisible(row != nullptr);
             if (row == nullptr) continue;
             const TimelineChannel& channel = rows.channels[i];
@@ -247,7 +247,7 @@ void TrackHeader::paintEvent(QPaintEvent* /*event*/) {
             QString why = translated(channel.kindText());
             if (!channel.why.empty()) {
                 const QString whole = why + QStringLiteral(" · ") + translatedSentence(channel.why);
-                // Half of it says less than the kind alone; the tooltip says all.
+                // A cut text says less than the kind alone; the tooltip has the whole text.
                 if (QFontMetricsF(factsFont()).horizontalAdvance(whole) <= end - left) why = whole;
             }
             if (end - left > swatch * 3) line(left, top, end, factsFont(), all.facts, why, Qt::AlignRight);

@@ -13,7 +13,7 @@
 
 namespace orvane::views {
 
-/// A switch of a channel: a word in a box. It shows what the clip says, and changes only with it.
+/// A switch of a channel: a word in a box. It shows the state of the clip, and changes only with it.
 class TrackBox : public QAbstractButton {
   public:
     explicit TrackBox(QWidget* parent);
@@ -26,13 +26,13 @@ class TrackBox : public QAbstractButton {
     void nextCheckState() override {}
 };
 
-/// What stands in front of the rows: names, what the analysis says of each channel, and its switches.
+/// The header of the rows: names, the result of the analysis for each channel, and its switches.
 class TrackHeader : public QWidget {
   public:
     static constexpr int width = 212;
 
     TrackHeader(Desktop& desktop, std::function<void()> fold, QWidget* parent = nullptr);
-    /// `isExpanded`: a row a channel.
+    /// `isExpanded`: one row for each channel.
     void show(const TimelineLayout& layout, bool isExpanded);
     std::function<void(double)> scrolledBy; ///< points, vertically
 
@@ -53,7 +53,7 @@ class TrackHeader : public QWidget {
     Desktop& desktop_;
     std::optional<TimelineLayout> layout_;
     bool isExpanded_ = false;
-    QWidget* area_; ///< below the ruler, at which what is scrolled away ends
+    QWidget* area_; ///< below the ruler; rows that are scrolled up are cut at its edge
     QAbstractButton* fold_;
     std::vector<Boxes> boxes_; ///< by channel
 };

@@ -12,7 +12,7 @@ namespace orvane::views {
 namespace {
 
 constexpr std::size_t mostTiles = 3000;    ///< 100 kB each at double scale, and most are a tenth of that
-constexpr std::size_t tilesOfAReport = 12; ///< so that the first ones show early
+constexpr std::size_t tilesOfAReport = 12; ///< few, so that the first tiles appear early
 
 QImage imageOf(const Waveform& waveform, float gain, const WaveformTileKey& key) {
     const bool isOne =
@@ -86,7 +86,7 @@ void WaveformTiles::want(const std::set<WaveformTileKey>& missing) {
 }
 
 void WaveformTiles::take(std::uint64_t batch, std::vector<std::pair<WaveformTileKey, QImage>> tiles) {
-    if (batch != batch_) return; // of another waveform, or of what is not seen any more
+    if (batch != batch_) return; // of another waveform, or of tiles that are out of view
     for (auto& [key, image] : tiles) {
         wanted_.erase(key);
         tiles_.insert_or_assign(key, Kept{std::move(image), ++uses_});

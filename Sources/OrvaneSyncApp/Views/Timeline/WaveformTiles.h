@@ -17,7 +17,7 @@
 
 namespace orvane::views {
 
-/// What a tile shows. Equal keys are the same picture.
+/// Identifies the contents of a tile. Equal keys mean equal pictures.
 struct WaveformTileKey {
     int channel = 0;             ///< from 1; 0: all channels
     double columnsPerSecond = 0; ///< pixels of the screen
@@ -28,22 +28,22 @@ struct WaveformTileKey {
     auto operator<=>(const WaveformTileKey&) const = default;
 };
 
-/// The tiles of one waveform, drawn on a thread of their own and kept until the waveform is another.
-/// Interface thread.
+/// The tiles of one waveform, drawn on a thread of its own and kept until another waveform is set. Interface
+/// thread.
 class WaveformTiles {
   public:
-    /// `drawn` is called when tiles are there that were wanted.
+    /// `drawn` is called when requested tiles are ready.
     WaveformTiles(std::shared_ptr<platform::MainThread> mainThread, std::function<void()> drawn);
     ~WaveformTiles();
 
-    /// Forgets the tiles of another one.
+    /// Removes the tiles of another waveform.
     void setWaveform(const std::shared_ptr<const Waveform>& waveform);
     const Waveform* waveform() const { return waveform_.get(); }
-    /// What makes the recording's highest peak fill the height.
+    /// The factor with which the recording's highest peak fills the height.
     float gain() const { return gain_; }
-    /// Null as long as it is not drawn.
+    /// Null while it is not drawn.
     const QImage* find(const WaveformTileKey& key);
-    /// What is visible and not there. What was wanted before and is not any more is not drawn.
+    /// Requests visible tiles that are not drawn. Earlier requests that are not among them are dropped.
     void want(const std::set<WaveformTileKey>& missing);
     bool isDrawing() const { return !wanted_.empty(); }
 
@@ -61,10 +61,11 @@ class WaveformTiles {
     float gain_ = 1;
     std::map<WaveformTileKey, Kept> tiles_;
     std::uint64_t uses_ = 0;
-    std::set<WaveformTileKey> wanted_; ///< under way
+    std::set<WaveformTileKey> wanted_; ///< being drawn
     std::uint64_t batch_ = 0;
     std::stop_source stop_;
-    const std::shared_ptr<WaveformTiles*> self_; ///< for what comes from the other thread
+    const std::shared_ptr<WaveformTiles*>
+        self_; ///< for posts from the other thread; null once this object is destroyed
     const std::unique_ptr<platform::SerialQueue> queue_;
 };
 

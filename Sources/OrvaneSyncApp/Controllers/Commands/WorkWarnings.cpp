@@ -161,6 +161,7 @@ void addUnusedOfProject(const WorkSnapshot& work, std::vector<std::string>& warn
                        ": it was made for recordings that are not here; bring them back and open the "
                        "project again, or choose the tracks again before it is saved");
 }
+
 } // namespace
 
 std::string firstAndMore(const std::vector<std::string>& names) {

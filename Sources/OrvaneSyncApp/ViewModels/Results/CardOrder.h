@@ -5,8 +5,8 @@
 
 namespace orvane {
 
-/// The folders of cards as the fields of a scan take them: the first one with pictures, then the first one
-/// with sound alone, then the others in their order. Lists what lies in them: not on the interface thread.
+/// Sorts the folders of cards for the fields of a scan: the first with pictures, then the first with only
+/// sound, then the others in their order. Lists the folders' files: not on the interface thread.
 std::vector<std::string> cardsByContents(std::vector<std::string> folders);
 
 } // namespace orvane

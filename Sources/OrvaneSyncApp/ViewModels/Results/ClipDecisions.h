@@ -4,16 +4,16 @@
 
 namespace orvane {
 
-/// What the clips of the open work hold that a scan of their folders does not bring back.
+/// The decisions in the clips of the open work that a scan of their folders would not restore.
 struct ClipDecisions {
     int locked = 0;
     int approved = 0;
     int otherwise = 0; ///< clips with decisions that are neither locked nor approved
-    int claps = 0;     ///< clips with a clap point in the sound and nothing of the above
+    int claps = 0;     ///< clips with a clap point in the sound and none of the above
     int described = 0; ///< clips with metadata of a report that is not loaded, or of the metadata service
 
     static ClipDecisions of(const ImportController& controller);
-    /// What of these is not in `later`.
+    /// The decisions that are not in `later`.
     ClipDecisions without(const ClipDecisions& later) const;
     bool any() const { return *this != ClipDecisions(); }
     bool operator==(const ClipDecisions&) const = default;

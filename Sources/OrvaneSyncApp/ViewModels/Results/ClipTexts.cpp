@@ -10,7 +10,7 @@ namespace orvane {
 
 namespace {
 
-/// Seconds of the clip that have sound, where it was moved to.
+/// Seconds of the clip that have sound, at the sound's present position.
 double coveredSeconds(const SyncGroup& group, const Take& take) {
     const double moved = group.manualAudioOffsetSeconds;
     if (take.heardFileCount() == 1 && moved == 0) return group.audioMatches.front().overlapDurationSeconds;
@@ -57,10 +57,10 @@ std::string matchText(const SyncGroup& group, const Take& take) {
     if (group.video.isOffspeed()) text += ", off-speed";
     const auto& length = group.video.durationSeconds;
     if (group.audioMatches.empty() || !length) return text;
-    // Any overlap is a match; one that leaves picture without sound is worth a look.
+    // Any overlap is a match, but picture without sound has to be checked.
     const double covered = coveredSeconds(group, take);
     constexpr double worthSaying = 0.5; // seconds
-    // What is attached without timecode lies at the clip's beginning, and no overlap of it is known.
+    // Sound that was attached without timecode begins at the clip's beginning, and its overlap is not known.
     if (covered == 0 && group.audioMatches.front().syncOffsetSeconds == 0 &&
         group.manualAudioOffsetSeconds == 0)
         return text;
@@ -70,7 +70,7 @@ std::string matchText(const SyncGroup& group, const Take& take) {
 }
 
 bool isMovedSinceLock(const SyncGroup& group) {
-    constexpr double same = 0.0001; // seconds; no document tells less
+    constexpr double same = 0.0001; // seconds; smaller than any difference in a document
     return group.isLocked && group.lockedAtManualOffset &&
            std::abs(*group.lockedAtManualOffset - group.manualAudioOffsetSeconds) > same;
 }

@@ -7,23 +7,24 @@
 
 namespace orvane {
 
-// What a list of clips or recordings says of one, the same in the window and in a terminal. Pure; any thread.
+// What a list shows of a clip or recording, the same in the window and in a terminal. Pure functions; any
+// thread.
 
-/// The start timecode; "-" where there is none.
+/// The start timecode; "-" if there is none.
 std::string startText(const MediaAsset& asset);
-/// Such as "1:05"; "-" where it is not known.
+/// Such as "1:05"; "-" if it is not known.
 std::string lengthText(const MediaAsset& asset);
-/// " (8 ch)"; empty where it is not known.
+/// Such as " (8 ch)"; empty if it is not known.
 std::string channelsText(const MediaAsset& audio);
-/// Files and channels of the take and what else the clip has; "-" without sound.
+/// Files and channels of the take, and what else the clip has; "-" without sound.
 std::string soundText(const SyncGroup& group, const Take& take, const FileNames& names);
-/// Where the sound begins, seen from the first frame of the picture.
+/// The beginning of the sound, relative to the first frame of the picture.
 std::string beginsText(const SyncGroup& group, const Take& take);
-/// The status, and how much of the clip has no sound.
+/// The status, and how much of the clip is without sound.
 std::string matchText(const SyncGroup& group, const Take& take);
-/// Whether the clip is locked and its sound lies elsewhere by now than when it was.
+/// Whether the clip is locked and its sound was moved after the lock.
 bool isMovedSinceLock(const SyncGroup& group);
-/// That in words, in frames of that rate, such as "moved since locked: -3f to -2f".
+/// The same as text, in frames of that rate, such as "moved since locked: -3f to -2f".
 std::string movedSinceLockText(const SyncGroup& group, double frameRate);
 
 } // namespace orvane

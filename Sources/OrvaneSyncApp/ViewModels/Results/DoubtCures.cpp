@@ -25,7 +25,7 @@ JSON setting(std::string_view key, std::string_view value) {
     return arguments;
 }
 
-/// What stands for an option in the text, and what does the same.
+/// The words for an option, and the step that does the same.
 struct Spoken {
     std::string words;
     std::optional<CureStep> step = {};
@@ -75,7 +75,7 @@ Spoken spokenPath(std::string_view what, const CureOption& option) {
     return {std::string(what) + (option.value.empty() ? "FOLDER" : "'" + option.value + "'")};
 }
 
-/// Nothing where a window has no other words for it.
+/// Absent if windows have no words for it.
 std::optional<Spoken> spoken(const CureOption& option) {
     using enum CureOption::Kind;
     const std::string& value = option.value;
@@ -110,7 +110,7 @@ std::optional<Spoken> spoken(const CureOption& option) {
     return std::nullopt;
 }
 
-/// A date and an offset of one cure belong together.
+/// A date and an offset of one cure belong to one step.
 void add(std::vector<CureStep>& steps, CureStep step, bool belongsToLast) {
     if (!belongsToLast || steps.empty()) return steps.push_back(std::move(step));
     CureStep& last = steps.back();
@@ -119,13 +119,13 @@ void add(std::vector<CureStep>& steps, CureStep step, bool belongsToLast) {
         for (const auto& [key, value] : *members) last.arguments.set(key, value);
 }
 
-/// What is said between an option and the one before.
+/// The text between an option and the previous one.
 const char* separator(CureOption::Kind kind) {
     using enum CureOption::Kind;
     return kind == soundOffset ? " and " : kind == audio || kind == withoutFolder ? ", " : " ";
 }
 
-/// `steps`: gets what does the same.
+/// `steps`: the steps that do the same are added to it.
 std::string inWords(const std::vector<CureOption>& options, std::vector<CureStep>* steps) {
     std::string text;
     for (const CureOption& option : options) {
@@ -149,7 +149,7 @@ std::string messageInRow(const SyncDoubt& doubt) {
 
 Cure cureInWords(const DoubtCure& from) {
     Cure cure;
-    bool isForAll = true; // else it needs a scan of some files, which nobody but the user can arrange
+    bool isForAll = true; // otherwise only the user can arrange the necessary scan of some files
     for (const DoubtCure::Part& part : from.parts()) {
         if (const auto* words = std::get_if<DoubtCure::Words>(&part)) {
             cure.text += words->window;

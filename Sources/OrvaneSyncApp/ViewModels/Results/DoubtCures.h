@@ -9,10 +9,10 @@
 
 namespace orvane {
 
-/// What a button does against a doubt: a command of the table, and a scan behind it where the cure changes
-/// what is matched.
+/// What a button does to resolve a doubt: a command of the table, followed by a scan if the cure changes what
+/// is matched.
 struct CureStep {
-    std::string button; ///< what is on it
+    std::string button; ///< its text
     std::string_view command;
     platform::JSON arguments;
     bool scansAgain = false;
@@ -20,17 +20,17 @@ struct CureStep {
     bool operator==(const CureStep&) const = default;
 };
 
-/// A cure as a window says it, which has no options of the command line.
+/// A cure in the words of a window, without options of the command line.
 struct Cure {
     std::string text;
-    std::vector<CureStep> steps; ///< what can be done at once; empty where people have to look first
+    std::vector<CureStep> steps; ///< what can be done at once; empty if the user has to check something first
 };
 
-/// The same of what a doubt says.
+/// The message of a doubt in the words of a window.
 std::string messageInWords(const SyncDoubt& doubt);
-/// What it says in the row of its clip, which has room for the beginning.
+/// The message for the row of its clip, which has room only for its beginning.
 std::string messageInRow(const SyncDoubt& doubt);
-/// Pure; any thread.
+/// Pure function; any thread.
 Cure cureInWords(const DoubtCure& cure);
 
 } // namespace orvane

@@ -6,11 +6,11 @@
 
 namespace orvane {
 
-/// "Listening to the cards: 3 of 18 clips".
+/// Such as "Listening to the cards: 3 of 18 clips".
 std::string listeningText(const WorkDoubts::Listening& progress);
-/// Of an offset that was given with frames, where clips were heard by it; empty else.
+/// About a given offset with frames by which clips were found; otherwise empty.
 std::string roughOffsetText(const WorkDoubts::Listened& listened);
-/// What came of it, a line a sentence. `isInDoubt`: whether anything of the work is.
+/// The result, one sentence on each line. `isInDoubt`: whether the work has doubts.
 std::string heardText(const WorkDoubts::Listened& listened, bool isInDoubt);
 
 } // namespace orvane

@@ -14,18 +14,18 @@
 
 namespace orvane {
 
-/// What is asked before all clips are changed at once.
+/// A question that is asked before all clips are changed at once.
 struct Question {
     std::string title;
     std::string text;
-    std::string no;  ///< what the button says that leaves the editor's work as it is
-    std::string yes; ///< what the other one says
+    std::string no;  ///< text of the button that keeps the editor's work
+    std::string yes; ///< text of the other button
 
     bool operator==(const Question&) const = default;
 };
 
-/// Before all clips are analysed, whatever the answer is: "yes" forces manual tracks to be overwritten.
-/// Absent where nobody has chosen channels; then nothing is lost by force.
+/// Before all clips are analysed, which happens with either answer: "yes" also overwrites manual tracks.
+/// Absent if the editor has chosen no channels, because then nothing would be lost.
 inline std::optional<Question> questionBeforeAnalysis(const SyncGroupList& clips) {
     const auto byHand = std::ranges::count_if(clips, &SyncGroup::hasManualTrackEdits);
     if (byHand == 0) return std::nullopt;
@@ -36,7 +36,7 @@ inline std::optional<Question> questionBeforeAnalysis(const SyncGroupList& clips
                     "Keep my selections", "Overwrite"};
 }
 
-/// By which all clips are analysed on request.
+/// The mode in which all clips are analysed on request.
 inline SmartAudioMode modeOfAnalysis(const platform::SettingsStore& settings) {
     return settings.find(settings::smartAudioMode).value_or(SmartAudioMode::standard);
 }
@@ -51,7 +51,7 @@ inline Question questionBeforeResync() {
         "Cancel", "Re-sync All"};
 }
 
-/// Before all clips are reset, which cannot be taken back.
+/// Before all clips are reset, which cannot be undone.
 inline Question questionBeforeReset() {
     return {
         "Reset all clips?",
@@ -60,7 +60,7 @@ inline Question questionBeforeReset() {
         "Cancel", "Reset All"};
 }
 
-/// Without what a file system of any desktop refuses in a name.
+/// Without the characters that any desktop's file system refuses in a name.
 inline std::string asFileName(std::string_view name) {
     std::string safe(name);
     std::ranges::replace_if(
@@ -73,8 +73,8 @@ inline std::string asFileName(std::string_view name) {
     return std::string(platform::text::trimmed(safe));
 }
 
-/// The name, without its ending, under which a document of the open work is offered to be written: that of
-/// the session, so that no day of a shoot replaces another one's; without a session the event's.
+/// The proposed name, without extension, of a document of the open work: that of the session, so that each
+/// day of a shoot gets its own file; without a session that of the event.
 inline std::string proposedDocumentName(const SessionManager& sessions, std::string_view eventName) {
     const auto& open = sessions.currentSessionId();
     const SessionInfo* session = open ? sessions.session(*open) : nullptr;
@@ -82,7 +82,7 @@ inline std::string proposedDocumentName(const SessionManager& sessions, std::str
     return name.empty() ? asFileName(eventName) : name;
 }
 
-/// The same of a project, which keeps the name of its file.
+/// The same for a project, which keeps the name of its file.
 inline std::string proposedProjectName(const ImportController& controller, const SessionManager& sessions) {
     std::string name;
     if (const auto& open = controller.project().currentURL())

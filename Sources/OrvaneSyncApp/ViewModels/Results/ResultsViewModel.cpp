@@ -18,7 +18,7 @@ namespace {
 
 using Column = ResultsViewModel::Column;
 
-/// Sorted by a number rather than by its text.
+/// Such a column is sorted by its number, not by its text.
 bool isNumber(Column column) {
     return column == Column::length || column == Column::begins || column == Column::loudness;
 }
@@ -169,7 +169,7 @@ std::vector<ResultsViewModel::Candidate> ResultsViewModel::candidates(const UUID
 
 void ResultsViewModel::follow(const ImportChange& change) {
     if (change.field != ImportField::syncGroups) {
-        // Names depend on the report, and doubts are derived some time after what they depend on.
+        // Names depend on the report. Doubts are derived some time after a change.
         if (change.field == ImportField::report || change.field == ImportField::smartAudio ||
             change.field == ImportField::doubts) {
             if (filter_ == Filter::doubtful && change.field == ImportField::doubts) layOut();
@@ -187,13 +187,13 @@ void ResultsViewModel::follow(const ImportChange& change) {
         const auto& clip = change.clips.element(position);
         const auto row = rowByGroup_.find(clip->id);
         if (row == rowByGroup_.end()) continue;
-        // Another recording stands with other clips.
+        // Another recording changes which rows are grouped.
         const MediaAsset* audio = clip->primaryAudio();
         const MediaAsset* before = rows_[row->second].clip->primaryAudio();
         const auto path = [](const MediaAsset* asset) {
             return asset == nullptr ? std::string() : asset->url.path;
         };
-        // And what goes into the document has a part in the names of the other cameras.
+        // The names of the other cameras depend on which clips are in the document.
         const auto placing = [](const SyncGroup& one) {
             return std::pair(one.isExcludedFromMulticam(), one.isExcludedFromExport);
         };
@@ -226,11 +226,11 @@ void ResultsViewModel::layOut() {
     const std::vector<SharedAudioBundle> bundles = sharedAudioBundles(shown);
     std::vector<std::size_t> order;
     if (sortColumn_) {
-        // A bundle stands where its first clip does.
+        // A group is sorted by its first clip.
         using Key = std::pair<double, std::string>;
         std::vector<std::pair<Key, std::size_t>> keys;
         calendar::DayStarts starts;
-        const auto dayOf = [&](const SyncGroup& group) { // clips without a day first
+        const auto dayOf = [&](const SyncGroup& group) { // clips without a day come first
             const auto day = *sortColumn_ == Column::starts ? group.video.shootDay(starts) : std::nullopt;
             return day ? static_cast<double>(day->time_since_epoch().count()) : 0;
         };

@@ -19,7 +19,8 @@ namespace orvane {
 
 namespace {
 
-/// By the letter of its name, else by that of its folder's first clip that has one, else by the folder.
+/// The camera of a clip: the letter in its name; otherwise the letter of the first clip in its folder that
+/// has one; otherwise the folder.
 class CameraOfClip {
   public:
     explicit CameraOfClip(const SyncGroupList& clips) {
@@ -38,7 +39,7 @@ class CameraOfClip {
     std::unordered_map<std::string, std::string> letters_; ///< by folder
 };
 
-/// Takes the clips in the order of their list and lays the row of each when it comes to its first one.
+/// Takes the clips in the order of the list and places each row when its first clip is reached.
 class RowsByShoot {
   public:
     RowsByShoot(const std::vector<ClipsOfRow>& rows, const SyncGroupList& clips)
@@ -46,7 +47,7 @@ class RowsByShoot {
         std::unordered_map<const SyncGroup*, std::size_t> rowOfClip;
         for (std::size_t row = 0; row < rows.size(); ++row)
             for (const SyncGroup* clip : rows[row]) rowOfClip.emplace(clip, row);
-        std::vector<const Clips*> owners(rows.size()); // the camera of its first clip
+        std::vector<const Clips*> owners(rows.size()); // the camera of each row's first clip
         const CameraOfClip cameraOf(clips);
         for (std::size_t i = 0; i < clips.size(); ++i) {
             const std::size_t row = rowOfClip.at(clips.element(i).get());
@@ -77,13 +78,14 @@ class RowsByShoot {
     struct Clip {
         std::size_t position; ///< in the list
         std::size_t row;
-        std::optional<std::size_t> nextShared; ///< of the later rows of this camera: the first of another's
+        std::optional<std::size_t>
+            nextShared; ///< the first later row of this camera that also has a clip of another camera
     };
     using Clips = std::vector<Clip>; ///< of one camera
     using Place = std::list<std::size_t>::iterator;
 
-    /// By day and time, where all that have a start are of known days; those without one stay behind their
-    /// predecessors.
+    /// Sorts by day and time if every clip with a start has a known day; clips without a start stay after
+    /// their predecessors.
     void sortByStart(Clips& camera) {
         std::vector<std::pair<double, std::size_t>> order; // seconds, and the place among these
         double latest = 0;
@@ -110,7 +112,7 @@ class RowsByShoot {
     void lay(const Clips& camera, std::size_t index) {
         const std::size_t row = camera[index].row;
         const auto& next = camera[index].nextShared;
-        const Place limit = next ? places_[*next] : order_.end(); // where it is laid already
+        const Place limit = next ? places_[*next] : order_.end(); // placed already
         Place at = limit;
         if (index > 0) {
             at = std::next(places_[camera[index - 1].row]);
@@ -128,7 +130,7 @@ class RowsByShoot {
         const double seconds = a->range.startSeconds - b->range.startSeconds;
         const auto dayOfA = a->knownDay(), dayOfB = b->knownDay();
         if (dayOfA && dayOfB) return seconds + static_cast<double>(*dayOfA - *dayOfB) * secondsADay > 0;
-        // Of an unknown day: the shorter way around the clock.
+        // With an unknown day, the shorter distance around the clock counts.
         return std::remainder(seconds, secondsADay) > 0;
     }
 
@@ -145,9 +147,9 @@ class RowsByShoot {
     const std::vector<ClipsOfRow>& rows_;
     const SyncGroupList& clips_;
     std::list<std::size_t> order_;
-    std::vector<Place> places_; ///< of each row in the order; its end for one that is not laid yet
+    std::vector<Place> places_; ///< of each row in the order; the end for a row that is not placed yet
     std::map<std::string, Clips> cameras_;
-    std::optional<Places> dates_; ///< made for the first row whose start is asked for
+    std::optional<Places> dates_; ///< made when the first row's start is needed
     std::vector<std::optional<std::optional<FilePlace>>> starts_;
 };
 

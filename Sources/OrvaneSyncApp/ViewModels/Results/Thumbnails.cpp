@@ -24,7 +24,7 @@ std::optional<platform::Picture> Thumbnails::decodeFile(const Request& request, 
                                                         const std::stop_token& stop) {
     const auto reader = platform::FrameReader::open(request.path);
     if (!reader) return std::nullopt;
-    // Any picture near it tells what the clip shows; the quickest one does.
+    // Any picture near the position shows what is in the clip; the fastest to decode is used.
     constexpr double nearEnough = 2; // seconds
     return reader->pictureAt(platform::MediaTime::fromSeconds(request.seconds),
                              platform::MediaTime::fromSeconds(nearEnough), limit, stop);

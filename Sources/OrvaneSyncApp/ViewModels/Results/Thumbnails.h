@@ -17,16 +17,16 @@
 
 namespace orvane {
 
-/// Small pictures of clips for a list, one decoded at a time in the background: those that are in view, in
-/// the order of the rows. What is scrolled away is no longer wanted, and decoding it ends. The last few
-/// hundred stay at hand. Interface thread; held by a shared pointer, as work holds it weakly.
+/// Small pictures of clips for a list, decoded one at a time in the background: those of the rows in view, in
+/// their order. The decoding of a row that is scrolled out of view is stopped. The last few hundred pictures
+/// are kept. Interface thread; held by a shared pointer, because work holds a weak one.
 class Thumbnails : public std::enable_shared_from_this<Thumbnails> {
   public:
     struct Request {
         std::string path;   ///< in the bytes of the file system
         double seconds = 0; ///< of the clip
     };
-    /// On a thread that may wait. Nothing for a file without a picture.
+    /// Called on a thread that may block. Absent for a file without a picture.
     using Decode = std::function<std::optional<platform::Picture>(
         const Request& request, platform::PictureSize limit, const std::stop_token& stop)>;
     static constexpr std::size_t mostKept = 400;
@@ -35,14 +35,14 @@ class Thumbnails : public std::enable_shared_from_this<Thumbnails> {
                                               platform::PictureSize limit, Decode decode = decodeFile);
     ~Thumbnails();
 
-    /// In place of what was wanted before.
+    /// Replaces the earlier requests.
     void want(std::vector<Request> inView);
     /// Null: not decoded, or the file has none.
     const platform::Picture* find(const std::string& path) const;
-    /// One was decoded.
+    /// Called when a picture was decoded.
     platform::Subscription onChange(std::function<void(const std::string& path)> callback);
 
-    /// By the media helper.
+    /// Decodes with the media helper.
     static std::optional<platform::Picture> decodeFile(const Request& request, platform::PictureSize limit,
                                                        const std::stop_token& stop);
 
@@ -53,12 +53,12 @@ class Thumbnails : public std::enable_shared_from_this<Thumbnails> {
 
     struct Kept {
         std::string path;
-        std::optional<platform::Picture> picture; ///< nothing: the file has none
+        std::optional<platform::Picture> picture; ///< absent: the file has none
     };
     const std::shared_ptr<platform::MainThread> mainThread_;
     const platform::PictureSize limit_;
     const Decode decode_;
-    std::vector<Request> wanted_; ///< that are not decoded yet, in order
+    std::vector<Request> wanted_; ///< not decoded yet, in order
     std::optional<std::string> underWay_;
     std::stop_source stop_;
     std::list<Kept> kept_; ///< the newest first

@@ -4,8 +4,8 @@
 
 namespace orvane {
 
-/// How many seconds work goes on that has done this fraction (0 to 1) in so many seconds. Nothing at its
-/// beginning, where it would be a guess.
+/// The remaining seconds of work that has done this fraction (0 to 1) in that many seconds. Absent at its
+/// beginning, when it would be a guess.
 inline std::optional<double> secondsLeft(double fraction, double passedSeconds) {
     constexpr double leastFraction = 0.05, leastSeconds = 3;
     if (fraction <= leastFraction || passedSeconds <= leastSeconds) return std::nullopt;

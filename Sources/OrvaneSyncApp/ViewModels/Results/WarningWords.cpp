@@ -9,8 +9,9 @@ namespace orvane {
 
 namespace {
 
-/// Between what warnings about one file name it: at the end where nothing stands behind it, else before the
-/// last `behind` that is followed by `rest`, as a name may hold anything.
+/// The texts before and after the file's name in a warning. The name ends at the end of the warning if
+/// nothing follows it; otherwise before the last `behind` that is followed by `rest`, because a name may
+/// contain any text.
 struct FileInWarning {
     std::string_view before, behind, rest;
 };
@@ -21,7 +22,7 @@ constexpr std::array<FileInWarning, 5> filesInWarnings{
      {"Skipped (not matched): ", "", ""},
      {"Not in the multicam clip (shorter than a frame of it): ", "", ""}}};
 
-/// Where the name ends; nothing where the warning is put otherwise.
+/// The end of the name; absent if the warning has another form.
 std::size_t endOfFile(const std::string& warning, const FileInWarning& kind) {
     if (kind.behind.empty()) return warning.size();
     const std::size_t rest = warning.rfind(kind.rest);
@@ -32,7 +33,7 @@ std::size_t endOfFile(const std::string& warning, const FileInWarning& kind) {
 
 std::vector<WarningGroup> warningGroups(const std::vector<std::string>& warnings) {
     std::vector<WarningGroup> groups;
-    std::map<std::string, std::size_t> places; // by what is said, without the file
+    std::map<std::string, std::size_t> places; // by the text without the file
     for (const std::string& warning : warnings) {
         const auto kind = std::ranges::find_if(
             filesInWarnings, [&](const FileInWarning& one) { return warning.starts_with(one.before); });

@@ -9,14 +9,14 @@
 
 namespace orvane {
 
-/// Where the cameras of a take lie beside each other. The axis is shared time, seconds of the sound that they
-/// have in common; it reaches from the first camera's start to the last one's end. A plain value.
+/// The positions of the cameras of a take on a common axis. The axis is shared time, in seconds of the sound
+/// that they have in common; it reaches from the earliest start to the latest end. A plain value.
 struct CameraAxis {
     struct Camera {
         UUID id;
         std::string label;
         double startSeconds = 0;
-        double endSeconds = 0; ///< by the player, or by the file as long as it is not loaded
+        double endSeconds = 0; ///< from the player; until it is loaded, from the file
     };
     static CameraAxis of(const ClusterEngineBag& bag, const SyncGroupList& clips);
 
@@ -24,12 +24,12 @@ struct CameraAxis {
     double startSeconds = 0;
     double endSeconds = 0;
 
-    /// From 0 to `width`, in points.
+    /// Position from 0 to `width`, in points.
     double x(double seconds, double width) const;
     double seconds(double x, double width) const;
 };
 
-/// Shared time of the camera that is heard, or of the first that can be played; absent without one.
+/// Shared time of the camera that is heard, otherwise of the first that can be played; absent without one.
 std::optional<double> sharedPlayhead(const ClusterEngineBag& bag);
 
 } // namespace orvane

@@ -62,7 +62,7 @@ bool FullscreenManager::handle(const KeyEvent& event) {
     }
     constexpr std::array transport{Code::space, Code::k, Code::j, Code::l};
     if (!isBare || std::ranges::find(transport, event.keyCode) == transport.end()) return false;
-    if (event.isRepeat) return true; // a key that is held does it once
+    if (event.isRepeat) return true; // a held key acts once
     if (event.keyCode == Code::j)
         engine_->pressJ();
     else if (event.keyCode == Code::l)

@@ -21,19 +21,19 @@ struct Screen {
     double height = 0;
     bool isMain = false;
 };
-/// As menus list it: "Studio Display, 2560×1440 (Main)".
+/// As in menus: "Studio Display, 2560×1440 (Main)".
 std::string screenLabel(const Screen& screen);
 
-/// Sends the picture of a player to a screen of its own; it goes on playing. Interface thread.
+/// Shows the picture of a player on a screen of its own while it continues to play. Interface thread.
 class FullscreenManager {
   public:
-    /// A window without a frame that covers a screen, black around the picture, above all others. Destroying
-    /// it closes it.
+    /// A frameless window that covers a screen, black around the picture, above all other windows. Destroying
+    /// it closes the window.
     class Window {
       public:
         virtual ~Window() = default;
     };
-    /// What opens windows. Without it there are no screens.
+    /// Opens the windows. Without it there are no screens.
     struct Desktop {
         std::function<std::vector<Screen>()> screens;
         std::function<std::unique_ptr<Window>(std::size_t screenIndex)> open;
@@ -48,14 +48,15 @@ class FullscreenManager {
         return changed_.add(std::move(callback));
     }
 
-    /// Needs a loaded clip. Opens on the preferred screen, or the last one that there is.
+    /// Needs a loaded clip. Opens on the preferred screen; if that does not exist, on the last one.
     void toggleFullscreen();
     void hide();
     int preferredScreen() const;
-    /// Moves the window there where one shows.
+    /// Moves the window there if it is open.
     void setPreferredScreen(int index);
 
-    /// A key of the window. Whether the event is used up: those that it does not have are the screen's.
+    /// Handles a key of the window. Returns whether it was handled; other keys are passed to the screen that
+    /// plays.
     bool handle(const KeyEvent& event);
     /// Whether the key press closes the window.
     static bool isLeftBy(const KeyEvent& event);
@@ -63,7 +64,7 @@ class FullscreenManager {
     static constexpr std::string_view hint =
         "ESC or F to exit · Space play/pause · ←/→ one frame · J/K/L shuttle";
     static constexpr double hintPoints = 14, hintInset = 20;
-    /// From 0.6 down to 0, by the seconds since the window opened.
+    /// Falls from 0.6 to 0, by the seconds since the window opened.
     static double hintOpacity(double seconds);
 
   private:

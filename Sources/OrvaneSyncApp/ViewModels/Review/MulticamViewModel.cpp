@@ -52,7 +52,7 @@ platform::Task MulticamViewModel::loaded() { return loaded(weak_from_this()); }
 
 platform::Task MulticamViewModel::loaded(std::weak_ptr<MulticamViewModel> weak) {
     for (auto self = weak.lock(); self && !self->loading_.isDone(); self = weak.lock()) {
-        // A caller that is asked to stop leaves the loading alone.
+        // If a caller is stopped, the loading continues.
         const auto ended =
             std::make_shared<platform::Completion>(self->controller_->work().environment.mainThread);
         self->loading_.whenDone([ended](const std::exception_ptr&) { ended->end(); });
@@ -68,8 +68,8 @@ void MulticamViewModel::close() {
     bag_.cleanup();
 }
 
-/// A member that left the list of clips leaves the cluster, and comes back with its clip; the others follow
-/// their clips.
+/// A member that is removed from the list of clips is removed from the cluster, and returns with its clip;
+/// the others are updated from their clips.
 void MulticamViewModel::follow() {
     std::vector<UUID> there;
     for (const UUID& id : chosen_)
@@ -117,7 +117,7 @@ void MulticamViewModel::handleKeyAction(KeyAction action) {
     case KeyAction::prevGroup:
         if (moveInList) moveInList(action);
         return;
-    case KeyAction::clearLoop: // there is none
+    case KeyAction::clearLoop: // there is no loop
         return;
     default:
         if (refuse) refuse(action);

@@ -13,7 +13,7 @@
 
 namespace orvane {
 
-/// What the multicam screen does: all cameras of a take, one transport. Offsets are not changed here.
+/// The functions of the multicam screen: all cameras of a take, one transport. It changes no offsets.
 /// Interface thread.
 class MulticamViewModel : public std::enable_shared_from_this<MulticamViewModel> {
   public:
@@ -25,22 +25,22 @@ class MulticamViewModel : public std::enable_shared_from_this<MulticamViewModel>
     ClusterEngineBag& bag() { return bag_; }
     bool isOpen() const { return !members_.empty(); }
     const std::vector<UUID>& members() const { return members_; }
-    /// The cameras that are to be opened for the chosen clips: several stand for themselves, one for all
-    /// cameras of its take.
+    /// The cameras to open for the chosen clips: if several are chosen, those; if one is chosen, all cameras
+    /// of its take.
     static std::vector<UUID> camerasFor(const OpenWork& work, const std::vector<UUID>& chosen);
     /// Throws GroupNotFound. The task ends when all are loaded.
     platform::Task load(std::vector<UUID> groupIDs);
-    /// Ends when no camera is being loaded: what all are to do waits for it.
+    /// Ends when no camera is being loaded; commands for all cameras wait for this.
     platform::Task loaded();
     void close();
     void handleKeyAction(KeyAction action);
-    /// Scrolling over a picture. Gives the frames that all were stepped by.
+    /// Scrolling over a picture. Returns the number of frames by which all were moved.
     int scrollFrames(double deltaY, bool hasPreciseDeltas);
-    /// Sends the camera that is heard to a screen of its own, or brings it back.
+    /// Shows the camera that is heard in fullscreen, or ends that.
     std::function<void()> toggleFullscreen;
-    /// To the next take of the list, or the one before.
+    /// Opens the next or previous take of the list.
     std::function<void(KeyAction)> moveInList;
-    /// Told of a key that means something for one camera alone.
+    /// Called for a key that has a meaning only for a single camera.
     std::function<void(KeyAction)> refuse;
 
   private:
@@ -53,8 +53,9 @@ class MulticamViewModel : public std::enable_shared_from_this<MulticamViewModel>
 
     const std::shared_ptr<ImportController> controller_;
     ClusterEngineBag bag_;
-    std::vector<UUID> chosen_;  ///< also those that have left the list of clips: an undo brings them back
-    std::vector<UUID> members_; ///< of these, those that are there
+    std::vector<UUID>
+        chosen_; ///< includes those that were removed from the list of clips: an undo may restore them
+    std::vector<UUID> members_; ///< those of `chosen_` that exist
     platform::Task loading_ = platform::Task::ended();
     FrameAccumulator scrolling_;
     platform::Subscription following_;

@@ -7,8 +7,8 @@
 
 namespace orvane {
 
-/// What the meters keep of the loudest moments: the highest peak stands for a while and then falls, and a
-/// channel that reached full scale is marked until somebody has seen it. A plain value.
+/// The recent peaks of the meters: the highest peak is held for a while and then falls, and a channel that
+/// reached full scale stays marked until the user clears the mark. A plain value.
 class PeakHold {
   public:
     static constexpr double holdSeconds = 1.5;
@@ -17,13 +17,13 @@ class PeakHold {
     struct Channel {
         double peakDB = -200; ///< dBFS
         bool isClipped = false;
-        double since = 0; ///< seconds of the same clock as `now`
+        double since = 0; ///< seconds of the clock of `now`
 
         bool operator==(const Channel&) const = default;
     };
-    /// `now`: seconds of a clock that never goes back.
+    /// `now`: seconds of a monotonic clock.
     void update(std::span<const platform::ChannelPeak> heard, double now);
-    /// Another clip, or somebody has seen the marks.
+    /// To be called for another clip, or when the user clears the marks.
     void clear() { channels_.clear(); }
     const std::vector<Channel>& channels() const { return channels_; }
 

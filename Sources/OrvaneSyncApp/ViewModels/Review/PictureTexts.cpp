@@ -47,7 +47,7 @@ std::optional<PictureNote> pictureNote(const SyncGroup* clip, VideoEngine& engin
 std::optional<std::string> soundNote(VideoEngine& engine) {
     const auto& players = engine.output().system();
     const auto mixer = players ? players->mixer() : nullptr;
-    constexpr std::string_view withoutDevice = "no sound device"; // as an output describes itself
+    constexpr std::string_view withoutDevice = "no sound device"; // the name of an output without a device
     if (!mixer || mixer->output().description() != withoutDevice) return std::nullopt;
     return "Nothing is heard: the machine has no sound device. Connect one, or choose one in the settings of "
            "the "
@@ -56,7 +56,7 @@ std::optional<std::string> soundNote(VideoEngine& engine) {
 
 namespace {
 
-/// Seconds on the wall clock of the recording's first sample.
+/// The first sample of the recording, as seconds on the wall clock.
 std::optional<double> startSeconds(const MediaAsset& audio, TimecodeFrameRate rateOfPicture) {
     if (audio.bextTimeReference && audio.sampleRate && *audio.sampleRate > 0)
         return TimecodeUtils::bextToSeconds(*audio.bextTimeReference, *audio.sampleRate);

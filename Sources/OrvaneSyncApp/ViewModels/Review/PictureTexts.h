@@ -8,24 +8,24 @@
 
 namespace orvane {
 
-/// What stands in the place of a picture: what is the matter, and what to do.
+/// What is shown instead of a picture: the problem, and what to do.
 struct PictureNote {
     std::string title;
     std::string text;
-    bool mayComeBack = false; ///< with the file
+    bool mayComeBack = false; ///< if the file exists again
 
     bool operator==(const PictureNote&) const = default;
 };
 
-/// `clip`: the one in view; null without one. `isHelperMissing`: nothing is decoded, whatever the file.
-/// Nothing where there is a picture, or one is on its way.
+/// `clip`: the one in view; null without one. `isHelperMissing`: no file can be decoded. Absent if there is a
+/// picture, or if one is being decoded.
 std::optional<PictureNote> pictureNote(const SyncGroup* clip, VideoEngine& engine, bool isHelperMissing);
 
-/// Why nothing is heard of what plays, and what to do; nothing where there is a device.
+/// Why nothing is heard of what plays, and what to do; absent if there is a device.
 std::optional<std::string> soundNote(VideoEngine& engine);
 
-/// The recorder's timecode at the playhead; "--:--:--:--" where the clip has no sound there, or the recording
-/// no timecode. At the rate of the picture, so that both can be compared.
+/// The recorder's timecode at the playhead, at the rate of the picture, so that both can be compared;
+/// "--:--:--:--" if the clip has no sound there, or the recording has no timecode.
 std::string soundTimecode(const SyncGroup& clip, const PlayheadState& playhead);
 
 } // namespace orvane

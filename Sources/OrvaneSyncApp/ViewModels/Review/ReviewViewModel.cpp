@@ -14,7 +14,7 @@ namespace orvane {
 
 namespace {
 
-constexpr int clapCheckFrames = 12;          ///< on either side
+constexpr int clapCheckFrames = 12;          ///< before and after the clap
 constexpr double clapCheckWithoutClap = 3.0; ///< seconds
 
 } // namespace
@@ -112,7 +112,7 @@ void ReviewViewModel::follow() {
     if (moved != 0) stayOnClap(moved);
 }
 
-/// Who stands on the clap stays on it where the sound was moved, also by an undo.
+/// If the playhead is on the clap, it stays on it when the sound is moved, also by an undo.
 void ReviewViewModel::stayOnClap(double movedSeconds) {
     const auto anchor = clapInSound();
     if (!anchor || !engine_->transport().isLoaded || engine_->transport().isPlaying || engine_->isSkimming())
@@ -125,7 +125,7 @@ void ReviewViewModel::stayOnClap(double movedSeconds) {
 
 // Keys
 
-/// The clip is as wide as the viewport then, and is what has to be in it.
+/// Fits the clip to the width of the viewport.
 void ReviewViewModel::fitTimeline() {
     TimelineZoomState& zoom = timeline_.zoom();
     zoom.zoomFit();
@@ -222,7 +222,8 @@ void ReviewViewModel::jumpToEdit(bool previous) {
     jump_ = timeline_.loadWaveform();
     jump_.whenDone([weak = weak_from_this(), previous, key = keys_](const std::exception_ptr&) {
         const auto self = weak.lock();
-        if (self && self->keys_ == key) self->jumpToOnset(previous); // else something else is wanted by now
+        if (self && self->keys_ == key)
+            self->jumpToOnset(previous); // otherwise another key was pressed since
     });
 }
 
@@ -260,7 +261,7 @@ std::optional<double> ReviewViewModel::clapSeconds() const {
 std::optional<double> ReviewViewModel::clapInPicture() const {
     const auto clap = clapSeconds();
     if (!clap || *clap < 0) return std::nullopt;
-    const auto& length = group()->video.durationSeconds; // a clap is a clip's
+    const auto& length = group()->video.durationSeconds; // the clap must be within the clip
     if (length && *clap >= *length) return std::nullopt;
     return clap;
 }
@@ -282,7 +283,7 @@ void ReviewViewModel::applyZoom(double scaleDelta) {
     changed_.notify();
 }
 
-// Where the sound lies
+// Position of the sound
 
 void ReviewViewModel::adjustOffset(int byFrames) {
     const SyncGroup* clip = group();

@@ -15,9 +15,9 @@
 
 namespace orvane {
 
-/// What the review screen does with a clip: what its keys, clicks and drags mean to the player, the timeline
-/// and the clip. The player follows the clip, whoever changes it. Interface thread; operations without a clip
-/// in view do nothing.
+/// The functions of the review screen for a clip: what its keys, clicks and drags do to the player, the
+/// timeline and the clip. The player is updated after every change of the clip, wherever the change comes
+/// from. Interface thread; operations without a clip in view do nothing.
 class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
   public:
     static constexpr const char* clapIsLocked =
@@ -30,22 +30,22 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     FullscreenManager& fullscreen() { return fullscreen_; }
     const std::optional<UUID>& groupID() const { return groupID_; } ///< of the clip in view
     bool shows(const UUID& groupID) const { return groupID_ == groupID; }
-    bool isAudioExpanded() const { return isAudioExpanded_; } ///< a row a channel
+    bool isAudioExpanded() const { return isAudioExpanded_; } ///< one row for each channel
     bool isDraggingAudio() const { return isDraggingAudio_; }
-    /// Calls back when the clip in view, the rows of its sound or the zoom are others.
+    /// Calls back when the clip in view, the rows of its sound or the zoom change.
     platform::Subscription onChange(std::function<void()> callback) {
         return changed_.add(std::move(callback));
     }
-    /// To the next clip of the list, or the one before.
+    /// Opens the next or previous clip of the list.
     std::function<void(KeyAction)> moveInList;
-    /// Why a key does nothing with the clip in view: a sentence.
+    /// Shows why a key has no effect on the clip in view: one sentence.
     std::function<void(std::string_view)> sayWhyNot;
-    /// What a key decides about the clip in view without the player: a command.
+    /// Runs the command of a key that decides about the clip in view without the player.
     std::function<void(KeyAction, const UUID& groupID)> decideOfClip;
 
-    /// Opens a clip on its clap, or at its start where that lies outside of the picture, searches for one
-    /// where it has none, and loads its waveform. The task ends when all that is done, or another clip was
-    /// opened. Throws GroupNotFound.
+    /// Opens a clip at its clap, or at its start if the clap is outside the picture; searches for a clap if
+    /// the clip has none; and loads the waveform. The task ends when all this is done, or when another clip
+    /// was opened. Throws GroupNotFound.
     platform::Task loadGroup(const UUID& groupID);
     void close();
 
@@ -53,34 +53,34 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     /// Clip time.
     void jumpToEdit(bool previous);
     void clapCheck();
-    /// Clip time of the clap in view; a clip without sound has only the one of its picture. Of a locked clip
-    /// without one: the clap that was found when it was opened, which the clip does not keep.
+    /// Clip time of the clap in view; for a clip without sound, of the clap in its picture. For a locked clip
+    /// without a clap: the clap that was found when the clip was opened, which is not stored in the clip.
     std::optional<double> clapSeconds() const;
-    /// Whether `clapCheck` does something: a loop runs, or there is something to play around the clap.
+    /// Whether `clapCheck` has an effect: a loop runs, or there is something to play around the clap.
     bool canCheckClap() const;
-    /// Moves the sound; while it plays, under the sound that is heard. Throws OutOfRange, also where the clip
-    /// has none.
+    /// Moves the sound, also while it plays. Throws OutOfRange, also if the clip has no sound.
     void adjustOffset(int byFrames);
-    /// `takeSeconds`: place in the recording. With Command and Option the anchor is put there.
+    /// `takeSeconds`: position in the recording. With Command and Option the anchor is set there.
     void handleWaveformClick(double takeSeconds, ModifierSet modifiers);
     void seekVideoToAnchor();
-    /// Moves the sound by whole frames, so that its clap falls into the frame that is shown: what brings the
-    /// sound of a recorder whose timecode is far off under the picture. Unless locked.
+    /// Moves the sound by whole frames, so that its clap is in the frame that is shown. For a recorder whose
+    /// timecode is wrong by far. Unless locked.
     void putClapOnFrame();
-    /// Clip time that the pointer is at; absent once it has left the timeline.
+    /// Clip time under the pointer; absent once it has left the timeline.
     void handleSkim(std::optional<double> seconds);
-    /// Points since the drag began. The player follows when it has ended. Throws OutOfRange.
+    /// `translation`: points since the drag began. The player is updated when the drag has ended. Throws
+    /// OutOfRange.
     void handleContainerDrag(double translation, DragModifiers modifiers);
     void handleDragEnded();
-    /// Scrolling over the picture. Gives the frames that were stepped.
+    /// Scrolling over the picture. Returns the number of frames by which the playhead was moved.
     int scrollFrames(double deltaY, bool hasPreciseDeltas);
     void applyZoom(double scaleDelta);
     void fitTimeline();
 
-    /// Ends when the last jump to an edit is done: it waits for the waveform.
+    /// Ends when the last jump to an edit is done, which waits for the waveform.
     platform::Task jumpReady() const { return jump_; }
 
-    // The same for any clip; the player goes along where it is the one in view.
+    // The same for any clip; if it is the clip in view, the player is updated.
 
     void setAnchor(const UUID& groupID, double atAudioSeconds);
     void nudgeByFrames(const UUID& groupID, int frames);
@@ -96,9 +96,9 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     void decide(KeyAction action);
     void jumpToOnset(bool previous);
     void step(int frames);
-    std::optional<double> clapInPicture() const; ///< `clapSeconds` where the picture has that moment
-    double clapCheckSeconds() const;             ///< clip time, of the middle
-    /// Of the clap in the sound.
+    std::optional<double> clapInPicture() const; ///< `clapSeconds` if it is within the picture
+    double clapCheckSeconds() const;             ///< clip time of the middle
+    /// The clap in the sound.
     std::optional<double> clapInSound() const;
 
     const std::shared_ptr<ImportController> controller_;
@@ -109,12 +109,12 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     platform::Subscription following_;
     std::optional<UUID> groupID_;
     struct FoundClap {
-        UUID recording;          ///< the match in which it was searched
-        double audioSeconds = 0; ///< of audio time
+        UUID recording;          ///< the match that was searched
+        double audioSeconds = 0; ///< in audio time
     };
     std::optional<FoundClap> clapOfLocked_;
-    std::uint64_t loads_ = 0; ///< the number of the newest
-    std::uint64_t keys_ = 0;  ///< that did something
+    std::uint64_t loads_ = 0; ///< number of the newest load
+    std::uint64_t keys_ = 0;  ///< number of keys that had an effect
     platform::Task jump_ = platform::Task::ended();
     bool isDraggingAudio_ = false;
     bool isAudioExpanded_ = false;

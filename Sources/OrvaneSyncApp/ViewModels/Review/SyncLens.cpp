@@ -18,7 +18,7 @@ std::optional<SyncLensPlan> syncLensPlan(const SyncGroup& clip, std::optional<do
                       .soundOffsetSeconds = sound.offsetSeconds,
                       .clapSeconds = *clapSeconds,
                       .frameLength = playhead.frameLength()};
-    constexpr double rounding = 1e-6; // a clap on the edge of a frame belongs to the frame that begins there
+    constexpr double rounding = 1e-6; // a clap between two frames belongs to the later one
     plan.clapFrame = platform::MediaTime::fromSeconds(*clapSeconds + rounding).wholeUnits(plan.frameLength);
     return plan;
 }
@@ -46,7 +46,7 @@ std::vector<SyncLens::Column> readSound(const SyncLensPlan& plan, std::size_t co
     const double rate = take.audio->sampleRate();
     const auto first = std::llround((plan.startSeconds() - plan.soundOffsetSeconds) * rate);
     const auto frames = std::llround((plan.endSeconds() - plan.startSeconds()) * rate);
-    // What lies before the recording or behind it is silence.
+    // Before and after the recording there is silence.
     const auto skipped = std::clamp<std::int64_t>(-first, 0, frames);
     const auto channels = static_cast<std::size_t>(take.audio->channelCount());
     std::vector<std::vector<float>> samples(channels, std::vector<float>(static_cast<std::size_t>(frames)));
@@ -99,7 +99,7 @@ SyncLens::~SyncLens() {
 
 void SyncLens::show(const SyncLensPlan& plan, platform::PictureSize limit, std::size_t columns) {
     if (plan_ == plan && limit_ == limit && columns_ == columns) return;
-    // What is seen of the same plan in another size stands until the new one is there.
+    // If the plan is the same in another size, the earlier picture stays until the new one is ready.
     if (plan_ != plan) seen_ = {};
     if (task_) task_->requestStop();
     plan_ = plan;

@@ -18,8 +18,8 @@
 
 namespace orvane {
 
-/// What the sync lens looks at: the frame in which the clap is heard, the one before it and the one after,
-/// and the sound of the same time. Clip time.
+/// What the sync lens shows: the frame with the clap, the frames before and after it, and the sound of the
+/// same time. Clip time.
 struct SyncLensPlan {
     static constexpr std::size_t pictureCount = 3;
 
@@ -30,37 +30,37 @@ struct SyncLensPlan {
     platform::MediaTime frameLength;
     std::int64_t clapFrame = 0; ///< from 0
 
-    /// Where what it looks at begins; before 0 where the clap is in the first frame.
+    /// The start of the first frame shown; before 0 if the clap is in the first frame of the clip.
     double startSeconds() const { return (frameLength * (clapFrame - 1)).seconds(); }
     double endSeconds() const { return (frameLength * (clapFrame + 2)).seconds(); }
     bool operator==(const SyncLensPlan&) const = default;
 };
 
-/// `clapSeconds`: clip time. Nothing for a clip without a clap, or with one outside of its picture.
+/// `clapSeconds`: clip time. Absent for a clip without a clap, or with a clap outside its picture.
 std::optional<SyncLensPlan> syncLensPlan(const SyncGroup& clip, std::optional<double> clapSeconds,
                                          const PlayheadState& playhead);
-/// What stands below the picture of that place, from 0.
+/// The caption of the picture at that place, from 0.
 std::string syncLensCaption(std::size_t picture);
-/// Why there is no plan for the clip, and what helps.
+/// Why there is no plan for the clip, and what to do.
 std::string syncLensNote(const SyncGroup& clip, bool hasClap);
 
-/// The pictures and the sound of a plan, read elsewhere; what a newer plan overtakes is never shown.
-/// Interface thread; held by a shared pointer, as loads hold it weakly.
+/// The pictures and the sound of a plan, read on other threads; the result of an earlier plan is never shown
+/// after a newer request. Interface thread; held by a shared pointer, because loads hold a weak one.
 class SyncLens : public std::enable_shared_from_this<SyncLens> {
   public:
-    /// Of a stretch of the sound, full scale at 1, over all channels.
+    /// One column of the sound, full scale at 1, over all channels.
     struct Column {
         float lowest = 0;
         float highest = 0;
     };
     struct Seen {
         std::array<std::optional<platform::Picture>, SyncLensPlan::pictureCount> pictures;
-        std::vector<Column> sound; ///< over the whole time of the plan; empty where none can be read
+        std::vector<Column> sound; ///< over the whole time of the plan; empty if it can't be read
     };
     static std::shared_ptr<SyncLens> create(std::shared_ptr<platform::MainThread> mainThread);
     ~SyncLens();
 
-    /// Reads it, unless it is what was asked for last. `columns`: of the sound.
+    /// Reads the plan, unless it was the last one requested. `columns`: number of columns of the sound.
     void show(const SyncLensPlan& plan, platform::PictureSize limit, std::size_t columns);
     void clear();
 

@@ -11,10 +11,10 @@ namespace orvane {
 
 namespace {
 
-constexpr double reachOfEdge = 5;        ///< points to either side
-constexpr double leastFrameDistance = 6; ///< points, below which frames get no ticks
+constexpr double reachOfEdge = 5;        ///< points to each side
+constexpr double leastFrameDistance = 6; ///< points; frames that are narrower get no ticks
 constexpr double labelEverySeconds = 1;
-constexpr double shareBehindPlayhead = 0.1; ///< of the width, where the view is turned over
+constexpr double shareBehindPlayhead = 0.1; ///< of the width, when the view is moved by a page
 
 bool isWhole(double value) { return std::abs(value - std::round(value)) < 1e-6; }
 
@@ -57,7 +57,7 @@ std::vector<TimelineLayout::Tick> TimelineLayout::ticks(double interval) const {
              ++frame)
             if (!isWhole(frame / rows_->frameRate / interval))
                 result.push_back({x(frame / rows_->frameRate), false, {}});
-    // One to the left of the view, whose label reaches into it.
+    // One tick left of the view, because its label reaches into the view.
     for (double number = std::ceil(seconds(0) / interval) - 1; number * interval <= last; ++number) {
         const double at = number * interval;
         result.push_back(
@@ -134,7 +134,7 @@ std::optional<TimelineLayout::Hit> TimelineLayout::hitOnStrip(const Row& row, do
             const BlockOverride& range = rows_->ranges[i];
             if (range.trackIndex != *found.track) continue;
             const double start = x(range.startSeconds), end = x(range.endSeconds);
-            // Of a narrow range half of it at most is an edge.
+            // In a narrow range each edge takes a third of it at most.
             const double reach = std::min(reachOfEdge, (end - start) / 3);
             found.index = i;
             if (atX >= start - reachOfEdge && atX < start + reach)

@@ -12,7 +12,7 @@
 
 namespace orvane {
 
-/// In points of the view, y downwards.
+/// In points of the view, y axis downwards.
 struct TimelineRect {
     double x = 0, y = 0, width = 0, height = 0;
 
@@ -23,15 +23,15 @@ struct TimelineRect {
     }
 };
 
-/// A stretch of clip time.
+/// A range of clip time.
 struct TimelineSpan {
     double startSeconds = 0, endSeconds = 0;
     bool operator==(const TimelineSpan&) const = default;
 };
 
-/// Where everything of a clip's timeline lies. x is 0 at the left edge of the visible content, y at the top
-/// of the view; the ruler stays at the top while the rows below it scroll. A value; rows are shared and never
-/// change.
+/// The positions of everything in a clip's timeline. x is 0 at the left edge of the visible content, y is 0
+/// at the top of the view; the ruler stays at the top while the rows below it scroll. A value; rows are
+/// shared and never change.
 class TimelineLayout {
   public:
     // Heights in points.
@@ -39,7 +39,7 @@ class TimelineLayout {
                             recordingHeight = 24;
     static constexpr double stripHeight = 14, padding = 3;
 
-    /// `verticalScroll`: how far the rows are scrolled up. `isExpanded`: a row a channel.
+    /// `verticalScroll`: points by which the rows are scrolled up. `isExpanded`: one row for each channel.
     TimelineLayout(std::shared_ptr<const TimelineRows> rows, const TimelineZoomState& zoom, bool isExpanded,
                    double verticalScroll = 0);
 
@@ -49,12 +49,12 @@ class TimelineLayout {
         int index; ///< of the channel or the lane, from 0
         double y, height;
     };
-    /// From the top.
+    /// From top to bottom.
     const std::vector<Row>& rows() const { return placed_; }
     const Row* row(RowKind kind, int index = 0) const;
     const TimelineRows& content() const { return *rows_; }
     const TimelineZoomState& zoom() const { return zoom_; }
-    /// Of the ruler and all rows.
+    /// Of the ruler and all rows together.
     double height() const { return height_; }
     double width() const { return zoom_.viewportWidth; }
     double x(double seconds) const { return zoom_.viewportX(seconds); }
@@ -63,28 +63,28 @@ class TimelineLayout {
 
     struct Tick {
         double x;
-        bool isMajor;      ///< every interval; the others are frames
-        std::string label; ///< of some major ones
+        bool isMajor;      ///< one in every interval; the others are frames
+        std::string label; ///< only of some major ones
     };
     /// The visible ones. `interval`: seconds from one major tick to the next.
     std::vector<Tick> ticks(double interval) const;
 
     struct PictureSlot {
         double x;       ///< of the left edge
-        double seconds; ///< of its middle: a picture up to half a slot before it still lies in the slot
+        double seconds; ///< of its middle: a picture up to half a slot earlier is still within the slot
     };
-    /// Pictures side by side from the clip's first frame on, as far as they are visible.
+    /// Visible pictures side by side; the first slot is at the clip's first frame.
     std::vector<PictureSlot> pictureSlots(double slotWidth) const;
 
     TimelineRect pictureRect() const;
-    /// The part of a row in which the sound lies; empty width where its length is not known.
+    /// The part of a row over the sound; its width is 0 if the sound's length is not known.
     TimelineRect soundRect(const Row& row) const;
     TimelineRect waveformRect(const Row& row) const;
     /// Across the whole width.
     TimelineRect stripRect(const Row& row) const;
     TimelineRect spanRect(const Row& row, double startSeconds, double endSeconds) const;
     TimelineRect recordingRect(const TimelineRecording& recording, const Row& row) const;
-    /// Onsets of the take, in take time, as x; each column once.
+    /// x of the take's onsets, which are given in take time; each column once.
     std::vector<double> onsetPlaces(std::span<const double> onsets) const;
 
     enum class Spot {
@@ -103,17 +103,17 @@ class TimelineLayout {
     };
     struct Hit {
         Spot spot = Spot::nothing;
-        double seconds = 0;                 ///< clip time under the point, also outside of the clip
-        std::optional<int> track{};         ///< of the row; absent: all
+        double seconds = 0;                 ///< clip time at the point, also outside the clip
+        std::optional<int> track{};         ///< track of the row; absent: all
         std::optional<std::size_t> index{}; ///< among the blocks, ranges or recordings
     };
     Hit hit(double x, double y) const;
 
-    /// What a drag along a strip chooses: in order and within the clip. Nothing where it is too short.
+    /// The range that a drag along a strip selects: ascending and within the clip. Absent if it is too short.
     std::optional<TimelineSpan> span(double fromSeconds, double toSeconds) const;
     static constexpr double shortestSpanSeconds = 0.1;
 
-    /// Where the view has to be scrolled to for a playhead that has left it while it plays; else nothing.
+    /// The scroll position to set when the playhead leaves the view while playing; absent otherwise.
     std::optional<double> scrollFollowing(double playheadSeconds) const;
 
   private:
@@ -125,7 +125,7 @@ class TimelineLayout {
     double height_ = 0;
 };
 
-/// The words for what lies under a point; empty where there is nothing to say.
+/// The text about what is at a point; empty if there is none.
 std::string tooltipOf(const TimelineRows& rows, const TimelineLayout::Hit& hit);
 
 } // namespace orvane

@@ -33,7 +33,7 @@ void addLine(std::string& text, const std::string& line) {
     text += line;
 }
 
-/// What of the take's block time is routed to each track, in seconds.
+/// How much of the take's block time is routed to each track, in seconds.
 std::map<int, double> secondsByTrack(const std::vector<BlockDecision>& blocks) {
     std::map<int, double> seconds;
     for (const BlockDecision& block : blocks)
@@ -41,10 +41,10 @@ std::map<int, double> secondsByTrack(const std::vector<BlockDecision>& blocks) {
     return seconds;
 }
 
-/// The files of the take have their channels; what else the clip has lies on lanes.
+/// The files of the take have channel rows; the other recordings of the clip are on lanes.
 void addRecordings(TimelineRows& rows, const SyncGroup& group, const Take& take, const FileNames& names) {
     const std::vector<int> lanes = alternateAudioLanes(group);
-    std::map<int, int> dense; // without the lanes of the take's own files
+    std::map<int, int> dense; // numbers of the lanes without those of the take's own files
     for (const TakeFile& file : take.files)
         if (!isHeard(file.role) && file.matchIndex > 0) dense.emplace(lanes[file.matchIndex - 1], 0);
     for (auto& [lane, row] : dense) row = rows.laneCount++;
@@ -169,7 +169,7 @@ std::vector<TimelineChannel> timelineChannels(const SyncGroup& group, const Smar
         }
     }
     const auto solo = smartAudio.soloMonitorTracks.find(group.id);
-    // As the document has them.
+    // In the form that the document has.
     const auto known = smartAudio.results.find(group.id);
     const std::set<int> active =
         activeTracks(group, known == smartAudio.results.end() ? nullptr : &*known->second);

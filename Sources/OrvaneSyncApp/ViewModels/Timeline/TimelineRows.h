@@ -15,26 +15,26 @@ namespace orvane {
 /// A channel of the clip's take, as its row shows it.
 struct TimelineChannel {
     int track = 1;        ///< running number, from 1
-    std::string name;     ///< the recorder's; "Track 3" where it gave none
+    std::string name;     ///< the recorder's; "Track 3" if it gave none
     bool isNamed = false; ///< by the recorder
     std::optional<ChannelKind> kind{};
     std::string why{}; ///< the classifier's reason; empty without an analysis
     bool isUsedByAlgorithm = true;
     bool isActive = true;              ///< switched on for the export
-    bool isSolo = false;               ///< heard alone in the player
-    std::optional<int> sharePercent{}; ///< of the take's block time that is routed here
-    int rangeCount = 0;                ///< chosen by hand
+    bool isSolo = false;               ///< only this track is heard in the player
+    std::optional<int> sharePercent{}; ///< of the take's block time that is routed to this track
+    int rangeCount = 0;                ///< ranges that the editor chose
 
-    // For people; each is empty where there is nothing to say.
+    // For people; each is empty if there is no text.
     std::string kindText() const;       ///< such as "Boom"
     std::string kindAndWhyText() const; ///< such as "Boom · iXML: Boom"
     std::string shareText() const;
     std::string rangesText() const;
-    /// Name, kind, why, share and ranges, a line each.
+    /// Name, kind, reason, share and ranges, one on each line.
     std::string tooltip() const;
 };
 
-/// A recording of the clip that is no part of its take.
+/// A recording of the clip that is not part of its take.
 struct TimelineRecording {
     UUID matchID;
     std::string name;
@@ -43,20 +43,20 @@ struct TimelineRecording {
     double endSeconds = 0;
 };
 
-/// What the timeline shows of a clip, without where it lies on the screen. All seconds are clip time but
-/// those of `blocks`, which are take time. A plain value.
+/// What the timeline shows of a clip, without positions on the screen. All seconds are clip time except those
+/// of `blocks`, which are take time. A plain value.
 struct TimelineRows {
     UUID groupID;
     std::string pictureName;
     double clipSeconds = 0;
-    double frameRate = 0; ///< of the player
+    double frameRate = 0; ///< at which the player counts
     bool isLocked = false;
     std::optional<double> pictureClapSeconds{};
 
     bool hasSound = false;
     std::string soundName;                 ///< of the take's files
     double soundOffset = 0;                ///< of the take's first sample
-    double soundSeconds = 0;               ///< of the take; 0 where it is not known
+    double soundSeconds = 0;               ///< of the take; 0 if it is not known
     double primaryStart = 0;               ///< of the first recording's first sample, in take time
     std::optional<double> anchorSeconds{}; ///< of the sync anchor
     std::vector<TimelineChannel> channels{};
@@ -64,40 +64,40 @@ struct TimelineRows {
     std::vector<BlockOverride> ranges{}; ///< by start
     std::vector<TimelineRecording> recordings{};
     int laneCount = 0;
-    bool isAnalysed = false; ///< Smart Audio has heard the recording
-    /// Below the timeline's title: what Smart Audio has made of the clip.
+    bool isAnalysed = false; ///< Smart Audio has read the recording
+    /// Below the timeline's title: the result of Smart Audio for the clip.
     std::string summary;
 
-    /// The sound lies elsewhere: all that goes along with it.
+    /// Sets another offset of the sound and moves everything that depends on it.
     void moveSound(double offsetSeconds);
     double soundEnd() const { return soundOffset + soundSeconds; }
     /// Null for a track that the take does not have.
     const TimelineChannel* channel(int track) const;
-    /// Of the sound as it lies, such as "+0.240 s · +6f".
+    /// Of the sound at its present position, such as "+0.240 s · +6f".
     std::string offsetText() const { return shiftText(soundOffset); }
     /// Seconds and frames, signed.
     std::string shiftText(double seconds) const;
-    /// Track and place of a block, its reason, peak and gain.
+    /// Track and position of a block, its reason, peak and gain.
     std::string tooltip(const BlockDecision& block) const;
     std::string tooltip(const BlockOverride& range) const;
     std::string tooltip(const TimelineRecording& recording) const;
 };
 
-/// `frameRate`: of the clip's times (TimelineController::timelineFrameRate). `names`: of the files that are
-/// shown beside it. Interface thread.
+/// `frameRate`: that of the clip's times (TimelineController::timelineFrameRate). `names`: names of the files
+/// that are shown beside it. Interface thread.
 TimelineRows timelineRows(const SyncGroup& group, double frameRate, const SmartAudioState& smartAudio,
                           const platform::SettingsStore& settings, const FileNames& names);
 
 /// The channels of the clip's take, by track.
 std::vector<TimelineChannel> timelineChannels(const SyncGroup& group, const SmartAudioState& smartAudio);
-/// What Smart Audio has made of the clip, or is doing.
+/// The result of Smart Audio for the clip, or its progress.
 std::string smartAudioSummary(const SyncGroup& group, const SmartAudioState& state,
                               const platform::SettingsStore& settings);
 
-/// How strongly a block is drawn on a strip, 0 to 1.
+/// The opacity of a block on a strip, 0 to 1.
 double tileOpacity(const BlockDecision& block);
 
-/// Seconds of clip time as tooltips have them, such as "1:05.20".
+/// Seconds of clip time in the form of tooltips, such as "1:05.20".
 std::string momentText(double seconds);
 
 } // namespace orvane

@@ -7,7 +7,7 @@ namespace orvane {
 
 namespace {
 
-/// How much of the pixel at a distance from the middle a bar of that reach covers, 0 to 1.
+/// The part of a pixel (0 to 1), at a distance from the middle, that a bar with that reach covers.
 float coverage(float reach, int distance) {
     return std::clamp(reach - static_cast<float>(distance), 0.0F, 1.0F);
 }
@@ -45,7 +45,7 @@ std::vector<std::uint32_t> drawn(const WaveformTile& tile, std::uint32_t ground,
     std::vector<std::uint32_t> pixels(width * static_cast<std::size_t>(tile.height), ground);
     const int half = tile.height / 2;
     const auto scale = static_cast<float>(half) * tile.gain;
-    constexpr float line = 0.5F; // silence shows as a thin line
+    constexpr float line = 0.5F; // so that silence is a thin line
     for (int x = 0; x < WaveformTile::width; ++x) {
         const double bin = static_cast<double>(tile.firstColumn + x) * tile.binsPerColumn;
         if (bin < 0 || bin >= static_cast<double>(tile.peaks.size())) continue;

@@ -7,26 +7,26 @@
 
 namespace orvane {
 
-/// A part of a drawn waveform: `width` columns from column `firstColumn` of the recording on.
+/// A part of a drawn waveform: `width` columns, starting at column `firstColumn` of the recording.
 struct WaveformTile {
     static constexpr int width = 256; ///< pixels
 
-    std::span<const float> peaks; ///< linear, one a bin
+    std::span<const float> peaks; ///< linear, one for each bin
     std::span<const float> rms;
     double binsPerColumn = 1;
     std::int64_t firstColumn = 0;
     int height = 0; ///< pixels
-    float gain = 1; ///< that makes full height 1
+    float gain = 1; ///< the factor by which full height becomes 1
 
-    /// Of the columns; 0 behind the end.
+    /// One column; all values are 0 after the end.
     struct Column {
         float peak = 0, rms = 0;
     };
     Column column(int at) const;
 };
 
-/// Bars round the middle: the peaks in one colour, the levels over them in another, on a ground. Colours are
-/// 0xAARRGGBB; gives `height` rows of them. Pure; any thread.
+/// Bars around the middle: the peaks in one colour, the levels over them in another, on a background. Colours
+/// are 0xAARRGGBB; returns `height` rows of them. Pure function; any thread.
 std::vector<std::uint32_t> drawn(const WaveformTile& tile, std::uint32_t ground, std::uint32_t peakColour,
                                  std::uint32_t levelColour);
 

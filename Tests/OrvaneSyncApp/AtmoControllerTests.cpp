@@ -33,7 +33,7 @@ class AtmoControllerTest : public test::ControllerTest {
             samples.push_back(static_cast<float>((i < 5 * hz ? 0.1 : 0.0005) * std::sin(i * 0.7)));
         test::WaveMaker()
             .format({.sampleRate = hz})
-            .bext({.originator = "OrvaneSync", // a rendering of an earlier day
+            .bext({.originator = "OrvaneSync", // rendered on an earlier day
                    .date = "2026-11-20",
                    .timeReference = std::uint64_t{tenOClock + start} * hz})
             .iXML(test::IXMLText{.scene = scene}.text())
@@ -66,7 +66,7 @@ TEST_F(AtmoControllerTest, aSceneHasOneRoomToneInTheDocument) {
     EXPECT_EQ(tracks[1].customName, "12A=Atmo");
     EXPECT_FALSE(controller_->atmo().state().isGenerating);
     ExportSettings settings = controller_->exporting().exportSettings({});
-    settings.set(settings::generateRawMediaEvent, false); // it would name every file once more
+    settings.set(settings::generateRawMediaEvent, false); // the event would contain every file's name again
     const auto document = std::make_shared<ExportResult>();
     finish(controller_->exporting().exportInBackground(std::nullopt, settings, document));
     const std::string& text = document->fcpxmlString;

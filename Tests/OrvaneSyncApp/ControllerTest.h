@@ -9,7 +9,7 @@
 
 namespace orvane::test {
 
-/// A controller on a thread that the test moves, and everything it said.
+/// A controller on a thread that the test runs, and all its notices.
 class ControllerTest : public testing::Test {
   protected:
     ControllerTest() {
@@ -51,7 +51,7 @@ class ControllerTest : public testing::Test {
 
     TemporaryDirectory folder_;
     TemporaryDirectory work_;
-    ScopedEnvironment dataHome_{"XDG_DATA_HOME", work_.path().c_str()}; ///< not that of the user
+    ScopedEnvironment dataHome_{"XDG_DATA_HOME", work_.path().c_str()}; ///< not the user's
     std::shared_ptr<VirtualMainThread> mainThread_ = std::make_shared<VirtualMainThread>();
     std::shared_ptr<platform::MemorySettingsStore> settings_ =
         std::make_shared<platform::MemorySettingsStore>();

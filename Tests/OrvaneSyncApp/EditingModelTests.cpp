@@ -7,7 +7,7 @@
 namespace orvane {
 namespace {
 
-/// The work as it is written: a whole copy.
+/// A full copy of the work in its written form.
 struct Snapshot {
     explicit Snapshot(const OpenWork& work) {
         for (const SyncGroup& group : work.syncGroups()) {
@@ -24,12 +24,12 @@ struct Snapshot {
     bool saysSame(const Snapshot& other) const { return said == other.said && wild == other.wild; }
 
     std::vector<std::pair<UUID, std::string>> clips;
-    std::string said; ///< without the ids of matches, as matching again draws new ones for the same
+    std::string said; ///< without the ids of matches, because matching again makes new ones
     std::set<UUID> used;
     std::map<UUID, std::string> wild; ///< with their names and approvals
 };
 
-/// The steps as the plainest code keeps them.
+/// The undo steps in the simplest possible implementation.
 struct Steps {
     struct Step {
         std::string name;
@@ -49,14 +49,14 @@ struct Steps {
         }
         lastTime = now;
     }
-    /// The work as it has to be then.
+    /// Moves one step and returns the work as it must be after that.
     Snapshot travel(std::vector<Step>& from, std::vector<Step>& to, const Snapshot& present) {
         if (from.empty()) return present;
         Step step = std::move(from.back());
         from.pop_back();
         lastTime = -1e9;
         to.push_back({step.name, present});
-        for (auto& [id, track] : step.work.wild) // names and approvals are no part of a step
+        for (auto& [id, track] : step.work.wild) // names and approvals are not part of a step
             if (const auto own = present.wild.find(id); own != present.wild.end()) track = own->second;
         return step.work;
     }
@@ -68,7 +68,7 @@ struct Steps {
     }
 };
 
-/// What an operation may change.
+/// The elements that an operation may change.
 enum class Reach { clip, unlockedClip, manyClips, wildTrack };
 
 struct Edit {
@@ -77,9 +77,9 @@ struct Edit {
     std::function<void(ImportController&, UUID)> run;
 };
 
-/// Whatever the editor does in whatever order: steps lead back to exactly what was there, no sound gets lost,
-/// no other clip is touched, and what is derived of the clips is that of a controller that has just opened
-/// them. What single operations do is tested by `EditingTest`.
+/// Random sequences of all operations of the editor: undo and redo restore exactly the earlier state, no
+/// sound is lost, no other clip is changed, and what is derived from the clips equals that of a controller
+/// that has just opened them. Single operations are tested by `EditingTest`.
 class EditingModelTest : public test::ControllerTest {
   protected:
     void SetUp() override {
@@ -97,7 +97,7 @@ class EditingModelTest : public test::ControllerTest {
         videos[2].projectFrameRate = 25;
         const auto matched = SyncEngine().match(videos, {sounds_[0], sounds_[1], sounds_[2], sounds_[3]});
         for (const SyncGroup& group : matched) ids_.push_back(group.id);
-        ids_.push_back(UUID::random()); // nobody's
+        ids_.push_back(UUID::random()); // belongs to no clip
         controller_->openStoredWork({{}, {}, matched});
     }
 
@@ -111,10 +111,10 @@ class EditingModelTest : public test::ControllerTest {
     std::vector<MediaAsset> sounds_;
     std::vector<UUID> ids_;
     Steps steps_;
-    platform::Task underWay_ = platform::Task::ended(); ///< of a change that takes a while
+    platform::Task underWay_ = platform::Task::ended(); ///< a change that takes time
 };
 
-/// Each operation with what is drawn for it.
+/// Each operation with its random arguments.
 std::vector<Edit> EditingModelTest::edits() {
     using C = ImportController;
     const int value = draw(7) - 3;
@@ -242,7 +242,7 @@ void EditingModelTest::travel(bool isBack) {
     ASSERT_EQ(now.wild, expected.wild);
 }
 
-/// What is kept although clips change is what another controller makes of them.
+/// What is kept while clips change equals what another controller makes from them.
 void EditingModelTest::expectDerivedAnew() {
     const OpenWork& work = controller_->work();
     const auto& names = work.displayNames();

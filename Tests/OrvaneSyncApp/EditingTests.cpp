@@ -9,7 +9,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// What single operations do. Three clips: one with three recordings, one with another, one without.
+/// Single operations. Three clips: one with three recordings, one with another, one without.
 class EditingTest : public test::ControllerTest {
   protected:
     EditingTest() {
@@ -226,7 +226,7 @@ TEST_F(EditingTest, matchingAnewKeepsTheChosenRecording) {
             recordings.chooseRecording(id(), group().audioMatches[1].id);
             change(0, [](SyncGroup& own) { own.manualActiveTracks = {2, 3}; });
             one.settle();
-            for (int i = 0; i < 2; ++i) // and what is kept is kept again
+            for (int i = 0; i < 2; ++i) // matching once more keeps the same
                 finish(isOfAll ? recordings.resyncAllClips() : recordings.resyncClip(id()));
             EXPECT_EQ(group().audioMatches.front().audio->filename, one.heard);
             EXPECT_EQ(group().matchStatus, one.status);
@@ -295,7 +295,7 @@ TEST_F(EditingTest, whatDoesNotExistIsRefused) {
 }
 
 TEST_F(EditingTest, rangeOverridesMakeRoom) {
-    // `keepsFirst`: a piece that bears the old id
+    // `keepsFirst`: one of the pieces keeps the old id
     const auto check = [&](double start, double end, const char* result, bool keepsFirst) {
         const UUID first = UUID::random();
         change(0, [&](SyncGroup& group) { group.manualBlockOverrides = {{first, 1, 20, 1}}; });
@@ -367,8 +367,8 @@ TEST_F(EditingTest, pickupsRunFromATakeToTheEndOfItsScene) {
         groups.push_back(test::clip(test::video("V.mov"), test::slated(test::audio("T.wav"), scene, take)));
     groups.push_back(test::clip(test::video("V.mov"), test::audio("T.wav")));
     open(groups);
-    controller_->clips().markScenePickupFromHere(id(3)); // no whole number
-    controller_->clips().markScenePickupFromHere(id(6)); // no take
+    controller_->clips().markScenePickupFromHere(id(3)); // its take is no whole number
+    controller_->clips().markScenePickupFromHere(id(6)); // it has no take
     std::string flags;
     const auto read = [&] {
         flags.clear();

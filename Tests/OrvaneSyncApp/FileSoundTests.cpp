@@ -34,14 +34,14 @@ TEST(AudioLevelProvider, showsSmoothedLevelsWhileAttached) {
     EXPECT_EQ(meters->levels().channelCount, 2);
     EXPECT_EQ(meters->levels().timestamp, 3600);
     EXPECT_NEAR(meters->levels().channels[1].peak, 0.5, 1e-5);
-    fake.heard.clear(); // at rest: the meters fall
+    fake.heard.clear(); // paused: the meters fall
     players.thread.advance(AudioLevelProvider::updateInterval);
     EXPECT_NEAR(meters->levels().channels[0].rms, 0.85, 1e-5);
     changes = 0;
     players.thread.advance(std::chrono::seconds(1));
     EXPECT_NEAR(changes, 60, 1);
     EXPECT_LT(meters->levels().channels[0].peak, 0.001);
-    // Another recording has other channels, or there is none.
+    // Another recording has another number of channels, or there is none.
     players.system->usual.soundChannelCount = 1;
     player->setSound(nullptr);
     players.thread.advance(AudioLevelProvider::updateInterval);
@@ -92,14 +92,14 @@ TEST(RawFileAudioPlayer, playsOneFileAtATime) {
     preview->seek(0.95);
     preview->togglePlayback(first);
     players.system->advance(1, {});
-    // Stopped by itself, and back at the start.
+    // It stopped at the end and returned to the start.
     EXPECT_FALSE(preview->isPlaying());
     EXPECT_EQ(preview->currentTime(), 0);
     EXPECT_EQ(fake().currentTime().seconds(), 0);
     preview->togglePlayback(first);
     EXPECT_EQ(fake().rate(), 1);
 
-    // Another file, paused before it is open.
+    // Another file, paused before it is opened.
     preview->togglePlayback(second);
     EXPECT_EQ(preview->currentTime(), 0);
     preview->togglePlayback(second);
@@ -107,7 +107,7 @@ TEST(RawFileAudioPlayer, playsOneFileAtATime) {
     EXPECT_FALSE(preview->isPlaying());
     EXPECT_EQ(fake().rate(), 0);
     EXPECT_EQ(preview->duration(), 10);
-    // One that cannot be opened leaves nothing loaded.
+    // After a file that cannot be opened, nothing is loaded.
     players.system->usual = {};
     preview->togglePlayback(first);
     players.thread.runPosted();

@@ -24,7 +24,7 @@ TEST_F(ImportControllerTest, turnsTwoFoldersIntoClipsAndWildTracks) {
     using enum ScanState;
     EXPECT_EQ(states, (std::vector{discovering, probing, matching, done}));
     EXPECT_EQ(progressText(probing), "Reading metadata...");
-    ASSERT_FALSE(steps.empty()); // as often as it is worth showing, the last always
+    ASSERT_FALSE(steps.empty()); // limited in rate, but always with the last
     EXPECT_EQ(steps.front().phase, "Probing video files");
     EXPECT_EQ(steps.back(), (ScanProgress{"Probing audio files", 6, 6}));
     EXPECT_TRUE(std::ranges::is_sorted(steps, {}, &ScanProgress::current));
@@ -51,7 +51,7 @@ TEST_F(ImportControllerTest, turnsTwoFoldersIntoClipsAndWildTracks) {
 TEST_F(ImportControllerTest, takesWhateverFolderThereIs) {
     test::makeSmallShoot(folder_.path());
     EXPECT_FALSE(controller_->scan().canScan());
-    finish(controller_->scan().startScan()); // nothing to scan: nothing happens
+    finish(controller_->scan().startScan()); // no folders: nothing happens
     EXPECT_EQ(controller_->scan().scanState(), ScanState::idle);
 
     scan(std::nullopt, folder("sound"));
@@ -60,7 +60,7 @@ TEST_F(ImportControllerTest, takesWhateverFolderThereIs) {
 
     scan(folder("camera"), std::nullopt);
     EXPECT_EQ(controller_->work().syncGroups().size(), 4U);
-    EXPECT_EQ(controller_->work().matchedCount(), 1); // the one that says MOS
+    EXPECT_EQ(controller_->work().matchedCount(), 1); // the clip with the mark MOS
     EXPECT_TRUE(controller_->work().wildTracks().empty());
 
     // One folder for both, and one inside the other: each file once.
@@ -68,7 +68,7 @@ TEST_F(ImportControllerTest, takesWhateverFolderThereIs) {
     EXPECT_EQ(controller_->scan().discoveryResult()->totalCount(), 6U);
     EXPECT_EQ(controller_->work().syncGroups().size(), 4U);
     EXPECT_EQ(controller_->work().syncClipCount(), 2);
-    // Neither does a link to the folder bring its files a second time.
+    // A link to the folder does not add its files again.
     const test::TemporaryDirectory elsewhere;
     std::filesystem::create_directory_symlink(folder_.path(), elsewhere.path("link"));
     scan(FileURL{elsewhere.path("link")}, folder(""));
@@ -177,7 +177,7 @@ TEST_F(ImportControllerTest, aScanThatIsOvertakenLeavesNoTrace) {
     const auto abandoned = controller_->scan().startScan();
     const std::weak_ptr<ImportController> watch = controller_;
     controller_.reset();
-    EXPECT_TRUE(watch.expired()); // not kept alive by its scan
+    EXPECT_TRUE(watch.expired()); // the scan does not keep it alive
     finish(abandoned);
 }
 
@@ -221,7 +221,7 @@ TEST_F(ImportControllerTest, mergesAReportBeforeAndAfterAScan) {
     EXPECT_EQ(controller_->reports().aleMatchStatus(), "Report loaded: 1 of 4 clips matched");
 
     finish(controller_->reports().loadALE(other));
-    EXPECT_EQ(controller_->reports().aleMetadataClipCount(), 2); // what an earlier report said stays
+    EXPECT_EQ(controller_->reports().aleMetadataClipCount(), 2); // the metadata of an earlier report is kept
     finish(controller_->reports().loadALE(folder("gone.csv")));
     EXPECT_FALSE(controller_->reports().aleFile());
     EXPECT_FALSE(controller_->reports().aleFileURL());
@@ -244,7 +244,7 @@ TEST_F(ImportControllerTest, mergesAReportBeforeAndAfterAScan) {
     controller_->reports().clearALEMetadataForAllClips();
     EXPECT_EQ(controller_->reports().aleMetadataClipCount(), 0);
     EXPECT_EQ(controller_->work().undoState().undoActionName, "Clear ALE Metadata (All)");
-    finish(controller_->scan().startScan()); // the report is still there
+    finish(controller_->scan().startScan()); // the report is still loaded
     EXPECT_EQ(controller_->reports().aleMetadataClipCount(), 1);
 
     controller_->reset();

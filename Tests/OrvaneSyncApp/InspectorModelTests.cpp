@@ -82,7 +82,7 @@ TEST_F(InspectorModelTest, theOutlineFollowsTheShootAndStepsOverTakes) {
     EXPECT_EQ(labels(outline), Labels{"Hero"}) << "by the name of before";
 }
 
-/// Takes 1 and 3 by two cameras, take 2 by the second alone, and clips without a take, which have no sound.
+/// Takes 1 and 3 by two cameras, take 2 by the second only, and clips without a take, which have no sound.
 TEST_F(InspectorModelTest, theOutlineKeepsTheOrderOfTheShoot) {
     struct Listed {
         const char *camera, *start, *take;
@@ -100,7 +100,7 @@ TEST_F(InspectorModelTest, theOutlineKeepsTheOrderOfTheShoot) {
         std::string rows;
         for (const std::string& label : labels(outline))
             if (label.find("Cam") == std::string::npos) rows += label.substr(0, label.find('_')) + " ";
-        // The list of results goes the same way from clip to clip.
+        // The list of results has the same order of clips.
         ResultsViewModel results(*controller_);
         for (std::size_t i = 0; i < results.rowCount(); ++i)
             EXPECT_EQ(outline.placeInList(results.groupID(i))->number, i + 1);
@@ -185,7 +185,7 @@ TEST_F(InspectorModelTest, syncSaysWhatTheClipHasAndWhatWasLocked) {
     EXPECT_EQ(part.begins, "Sound begins 1.420 s after picture");
     EXPECT_EQ(part.anchorHint, "Unlock sync to move the clap point");
     EXPECT_EQ(part.lockedAt, "");
-    controller_->clips().adjustAudioOffset(a_, 0.04); // a lock does not keep the keys from moving the sound
+    controller_->clips().adjustAudioOffset(a_, 0.04); // in a locked clip the keys still move the sound
     part = SyncPart::of(group(a_), 25);
     EXPECT_EQ(part.lockedAt, "It was locked at -2 frames.");
     const auto isAmber = [&](const auto& list) {
@@ -202,7 +202,7 @@ TEST_F(InspectorModelTest, syncSaysWhatTheClipHasAndWhatWasLocked) {
     controller_->clips().adjustAudioOffset(a_, -0.013);
     EXPECT_EQ(part.noUpdate, part.anchorHint);
     controller_->clips().toggleLocked(a_);
-    controller_->clips().setAudioAnchor(a_, 0.5); // of a sound that begins 1.46 s after the picture
+    controller_->clips().setAudioAnchor(a_, 0.5); // the sound begins 1.46 s after the picture
     part = SyncPart::of(group(a_), 25);
     EXPECT_EQ(part.anchor, "Clap point 0.500 s into the recording");
     EXPECT_EQ(part.noGoTo + part.noUpdate + part.noClear + part.noCheck, "");

@@ -14,7 +14,7 @@ class LockitOAuthTest : public test::LockitTest {
         const auto found = credentials_->items.find("lockit." + name);
         return found == credentials_->items.end() ? "-" : found->second;
     }
-    /// Seconds from now to the stored end of the token.
+    /// Seconds until the stored expiry of the token.
     double keptLifetime() const { return std::stod(item("expiresAt")) - secondsNow(); }
     std::string bearerOf(LockitOAuthService& account) {
         const auto token = std::make_shared<Secret>();
@@ -130,7 +130,7 @@ TEST_F(LockitOAuthTest, refreshesOnceForAllWhoWait) {
     std::vector<platform::Task> tasks;
     for (int i = 0; i < 5; ++i)
         tasks.push_back(account->currentBearerToken(tokens.emplace_back(std::make_shared<Secret>())));
-    tasks.front().requestStop(); // the others get theirs
+    tasks.front().requestStop(); // the other callers still get theirs
     EXPECT_EQ(outcome(tasks.front()), "stopped");
     for (std::size_t i = 1; i < tasks.size(); ++i) {
         EXPECT_EQ(outcome(tasks[i]), "done");
@@ -139,14 +139,14 @@ TEST_F(LockitOAuthTest, refreshesOnceForAllWhoWait) {
     EXPECT_NE(item("accessToken"), first);
     EXPECT_EQ(server_.countOf(tokenPath), 2);
 
-    // An answer without a refresh token leaves the old one; an end that is no number counts as passed.
+    // An answer without a refresh token keeps the old one; an expiry that is no number counts as passed.
     const std::string refresh = item("refreshToken");
     credentials_->items["lockit.expiresAt"] = "abc";
     server_.fail({tokenPath, Fault::body, 200, R"({"access_token":"new"})", 0, 1});
     EXPECT_EQ(bearerOf(*account), "new");
     EXPECT_EQ(item("refreshToken"), refresh);
 
-    // A refresh that fails leaves everything, and without an access token none is tried.
+    // A refresh that fails keeps everything, and without an access token none is tried.
     credentials_->items["lockit.expiresAt"] = "0";
     server_.fail({tokenPath, Fault::status, 503, "", 0, 1});
     EXPECT_EQ(bearerOf(*account), "Lockit token endpoint returned HTTP 503: ");

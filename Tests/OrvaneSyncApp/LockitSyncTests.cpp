@@ -9,7 +9,7 @@ using SyncEnd = LockitController::SyncEnd;
 
 class LockitSyncTest : public test::LockitTest {
   protected:
-    /// Clips "A000C0000.mov" and so on.
+    /// Opens clips named "A000C0000.mov" and so on.
     void open(int clips) {
         SyncGroupList groups;
         for (const auto& [name, clip] : test::numberedClips(0, clips))
@@ -27,7 +27,7 @@ class LockitSyncTest : public test::LockitTest {
         EXPECT_FALSE(controller_->lockit().isSyncingLockit());
         return controller_->lockit().lockitSyncStatus().value_or("");
     }
-    /// The scenes of the clips, "-" where nothing is known.
+    /// The scenes of the clips, "-" for an unknown one.
     std::string scenes() const {
         std::string text;
         for (const SyncGroup& group : controller_->work().syncGroups())
@@ -116,8 +116,8 @@ TEST_F(LockitSyncTest, keepsTheDaysBeforeAFailure) {
     EXPECT_EQ(scenes(), "- - - ");
 }
 
-/// Whatever the editor does between two days stays, also when the sync is taken back, and nothing of the sync
-/// comes back when an edit is.
+/// Edits that are made between two days are kept, also when the sync is undone, and undoing an edit restores
+/// nothing of the sync.
 TEST_F(LockitSyncTest, isOneStepOnTopOfTheEditsMadeMeanwhile) {
     open(3);
     for (int day = 0; day < 3; ++day) addDay(day, day, 1);
@@ -140,10 +140,10 @@ TEST_F(LockitSyncTest, isOneStepOnTopOfTheEditsMadeMeanwhile) {
             lockit.progress().day == seen)
             return;
         seen = lockit.progress().day;
-        if (seen == 1) approve(0); // what the first day said is in the step that this makes
+        if (seen == 1) approve(0); // its step contains the metadata of the first day
         if (seen == 2) {
             controller_->undo();
-            controller_->undo(); // to before all
+            controller_->undo(); // to the state before the sync and the edits
             controller_->redo();
             approve(1);
         }

@@ -12,7 +12,7 @@
 
 namespace orvane::test {
 
-/// Secrets in memory; `isFull`: it says that it keeps them, and does not.
+/// Secrets in memory; `isFull`: it reports success and stores nothing.
 class MemoryCredentials final : public platform::CredentialStore {
   public:
     void save(const std::string& account, const platform::Secret& value) override {
@@ -41,7 +41,7 @@ class MemoryCredentials final : public platform::CredentialStore {
     bool isFull = false, isBroken = false, isLocked = false;
 };
 
-/// A user who does with the page whatever the test says.
+/// A user whose actions on the page the test chooses.
 class ScriptedBrowser final : public platform::BrowserSession {
   public:
     std::string run(const std::string& url, std::stop_token) override { return user(url); }
@@ -51,13 +51,13 @@ class ScriptedBrowser final : public platform::BrowserSession {
     std::function<std::string(const std::string& url)> user;
 };
 
-/// An account on a LockitNetwork of the test's own.
+/// An account on a LockitNetwork service inside the test.
 class LockitTest : public ControllerTest {
   protected:
     LockitTest() {
         browser_->user = [this](const std::string& url) { return server_.callbackFor(url); };
     }
-    ~LockitTest() override { mainThread_->close(); } // a request may be under way
+    ~LockitTest() override { mainThread_->close(); } // a request may be running
 
     std::shared_ptr<LockitOAuthService> makeAccount(bool isConfigured = true) {
         ServiceConfiguration configuration;
@@ -73,7 +73,7 @@ class LockitTest : public ControllerTest {
         finish(account->ready());
         return account;
     }
-    /// With a token that the service takes for an hour.
+    /// With a token that the service accepts for an hour.
     std::shared_ptr<LockitOAuthService> signedInAccount() {
         credentials_->items = {{"lockit.accessToken", server_.validToken()},
                                {"lockit.expiresAt", std::to_string(secondsNow() + 3600)},
@@ -84,7 +84,7 @@ class LockitTest : public ControllerTest {
         return std::chrono::duration<double>(mainThread_->clock()->date().time_since_epoch()).count();
     }
 
-    /// Why a task failed; "done" where it did not.
+    /// Why a task failed; "done" if it succeeded.
     std::string outcome(const platform::Task& task) {
         finish(task);
         std::string text = "done";

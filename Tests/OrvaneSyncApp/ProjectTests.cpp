@@ -21,7 +21,7 @@ class ProjectTest : public test::ControllerTest {
         controller_->clips().toggleLocked(clip().id);
     }
 
-    /// Waits for the end; what went wrong, or nothing.
+    /// Waits for the end of the task; the error, or an empty text.
     std::string ended(const platform::Task& task) {
         EXPECT_TRUE(mainThread_->waitUntil([&] { return task.isDone(); }));
         std::string how;
@@ -60,7 +60,7 @@ TEST_F(ProjectTest, aNewScanGetsTheEditsBack) {
     EXPECT_NE(clip().id, before);
     EXPECT_EQ(controller_->project().currentURL(), file_);
 
-    // What was attached by hand is named, as the scan cannot find it.
+    // An attached recording is listed, because a scan would not match it.
     auto attached = ProjectService().load(file_);
     for (PersistedGroup& entry : attached.groups) {
         entry.matchStatusRaw = MatchStatus::manual().name();
@@ -75,10 +75,10 @@ TEST_F(ProjectTest, aNewScanGetsTheEditsBack) {
     EXPECT_FALSE(silent.empty());
     EXPECT_EQ(controller_->project().clipsWithoutRecording(), silent);
 
-    // A re-scan drops edits; the project's come with the project alone.
+    // A scan drops edits; the project's edits come back only with the project.
     EXPECT_EQ(ended(controller_->scan().startScan()), "");
     EXPECT_EQ(clip().manualClipName, std::nullopt);
-    // Opened while a scan runs, its folders are scanned, and not those of the scan.
+    // If it is opened while a scan runs, its own folders are scanned, not those of the scan.
     controller_->scan().setAudioFolderURL(std::nullopt);
     const auto scanning = controller_->scan().startScan();
     EXPECT_EQ(ended(controller_->project().loadProject(file_)), "");
@@ -120,7 +120,7 @@ TEST_F(ProjectTest, withAFolderGoneTheEditsWaitAndAreKept) {
     fs::rename(folder_.path("sound"), folder_.path("away"));
     const std::size_t clipsBefore = controller_->work().syncGroups().size();
     EXPECT_EQ(ended(controller_->project().loadProject(file_)), "");
-    EXPECT_EQ(controller_->work().syncGroups().size(), clipsBefore); // as they were
+    EXPECT_EQ(controller_->work().syncGroups().size(), clipsBefore); // unchanged
     EXPECT_EQ(controller_->project().currentURL(), file_);
 
     controller_ = make(nullptr);
@@ -128,7 +128,7 @@ TEST_F(ProjectTest, withAFolderGoneTheEditsWaitAndAreKept) {
     EXPECT_TRUE(controller_->work().syncGroups().empty());
     save(file_);
     EXPECT_EQ(ProjectService().load(file_).groups.size(), clipsBefore);
-    // The card comes back.
+    // The card is connected again.
     fs::rename(folder_.path("away"), folder_.path("sound"));
     EXPECT_EQ(ended(controller_->scan().startScan()), "");
     EXPECT_EQ(clip().manualClipName, "Hero");
@@ -179,7 +179,7 @@ TEST_F(ProjectTest, entriesThatMetNoClipStayInTheFileUntilItTurnsUp) {
         EXPECT_NE(entry(file_).find("Changed"), std::string::npos);
         EXPECT_EQ(ProjectService().load(file_).groups.size(), 4U);
     }
-    // Another project, and none at all.
+    // Opening another project, and a file that is no project.
     fs::remove(video);
     EXPECT_EQ(ended(controller_->project().loadProject(file_)), "");
     auto other = ProjectService().load(file_);
@@ -216,7 +216,7 @@ TEST_F(ProjectTest, tracksStayWithTheRecordingsThatTheyWereChosenIn) {
     };
     finish(controller_->tracks().soloTrackActive(clip().id, 3));
     save(file_);
-    fs::copy(own, other); // six more channels of the take, in front
+    fs::copy(own, other); // six more channels in the take, before its own
     EXPECT_EQ(reopen(), std::set<int>{9});
     EXPECT_TRUE(controller_->project().tracksLeftOut().empty());
     save(file_);
@@ -230,7 +230,7 @@ TEST_F(ProjectTest, tracksStayWithTheRecordingsThatTheyWereChosenIn) {
     EXPECT_EQ(controller_->project().tracksLeftOut(), std::vector{clip().video.url});
     EXPECT_EQ(clip().manualClipName, "Hero");
 
-    // A save keeps what could not be laid over the clip, until somebody chooses again.
+    // A save keeps the choice that could not be applied to the clip, until the editor chooses again.
     for (int time = 0; time < 2; ++time) {
         save(file_);
         EXPECT_EQ(reopen(), std::set<int>{});
@@ -283,7 +283,7 @@ TEST_F(ProjectTest, aDocumentGoesByWhatItsClipsWereMatchedBy) {
     EXPECT_EQ(controller_->work().matchRules().soundOffsetSeconds, 2);
     EXPECT_EQ(document(), matched);
 
-    // The days are the project's, until somebody chooses others.
+    // The days are those of the project, until others are chosen.
     settings_->remove(settings::matchingDays.key);
     controller_ = make();
     EXPECT_EQ(ended(controller_->project().loadProject(file_)), "");
@@ -304,7 +304,7 @@ TEST_F(ProjectTest, whatCannotBeOpenedChangesNothing) {
     EXPECT_EQ(clip().manualClipName, "Hero");
     EXPECT_NE(ended(controller_->project().saveProject({folder_.path("no/where")})), "");
     EXPECT_EQ(controller_->project().currentURL(), file_);
-    // No folders at all: open, without a scan.
+    // A project without folders opens without a scan.
     auto project = ProjectService().load(file_);
     project.videoFolderPath.reset();
     project.audioFolderPath.reset();

@@ -9,7 +9,7 @@ namespace {
 TEST(ProjectTracks, AChoiceHoldsWithoutRecordingsThatHaveNoPartInItsNumbers) {
     struct Case {
         const char* name;
-        std::vector<const char*> here, missing; ///< the project names those first
+        std::vector<const char*> here, missing; ///< in the project those that are here come first
         int channels;                           ///< of each file
         std::set<int> chosen;
         bool isKept;
@@ -63,7 +63,7 @@ TEST(ProjectTracks, AChoiceStaysWithTheRecordingThatWasChosen) {
         file.channelCount = 2;
         file.bextOriginator = file.filename;
         known[file.url] = &file;
-        entry.audioPaths.insert(entry.audioPaths.begin(), file.url); // the second one was chosen
+        entry.audioPaths.insert(entry.audioPaths.begin(), file.url); // the second recording was chosen
         group.audioMatches.push_back(SyncEngine::matchByTimecode(group.video, file, {}));
     }
     group.manualActiveTracks = {1, 2};

@@ -14,7 +14,7 @@
 namespace orvane {
 namespace {
 
-/// One clip with a recording of two channels, of which the second speaks.
+/// One clip with a recording of two channels; the second one has speech.
 class RenderedAudioControllerTest : public test::ControllerTest {
   protected:
     RenderedAudioControllerTest() {
@@ -47,7 +47,7 @@ class RenderedAudioControllerTest : public test::ControllerTest {
     RenderedAudioController& rendered() { return controller_->smartAudio().rendered(); }
     const SmartAudioState& state() { return controller_->smartAudio().state(); }
     void analyse() { finish(controller_->smartAudio().runSmartAudioForGroup(id_, false)); }
-    /// The folder and the beginning of the file that plays; empty: the recording.
+    /// The folder and the beginning of the name of the file that plays; empty: the recording.
     std::string plays() {
         const auto url = rendered().playbackAudioURL(id_);
         if (!url) return "";
@@ -81,7 +81,7 @@ TEST_F(RenderedAudioControllerTest, playsWhatWasRenderedLast) {
     EXPECT_EQ(plays(), "solo_ch0");
     finish(rendered().toggleSoloMonitor(id_, 1));
     EXPECT_EQ(plays(), "mixdown");
-    // A second press before the first is done ends it as well.
+    // A second press before the first has finished ends it too.
     const auto first = rendered().toggleSoloMonitor(id_, 2);
     rendered().toggleSoloMonitor(id_, 2);
     finish(first);
@@ -110,7 +110,7 @@ TEST_F(RenderedAudioControllerTest, editsAndUndoTakeAwayWhatTheyMakeStale) {
     EXPECT_EQ(state().mixdownURLs.at(id_), mixdown) << "the same blocks";
     controller_->clips().resetClipToAutoSync(id_);
     EXPECT_EQ(plays(), "");
-    // What was asked to stop leaves nothing.
+    // A rendering that was stopped leaves no file.
     const auto stopped = rendered().toggleSoloMonitor(id_, 2);
     stopped.requestStop();
     finish(stopped);

@@ -16,8 +16,8 @@ namespace {
 
 using platform::MediaTime;
 
-/// A clip of 20 s at 25 frames a second, and 1.5 s into it the start of a recording of 20 s that claps at 3 s
-/// and speaks from 10 s on.
+/// A clip of 20 s at 25 frames a second, with a recording of 20 s that starts 1.5 s into the clip, has a clap
+/// at 3 s and speech from 10 s on.
 class ReviewModelTest : public ControllerTest {
   protected:
     ReviewModelTest() {
@@ -126,7 +126,7 @@ TEST_F(ReviewModelTest, aHeldNudgeIsOneStep) {
     commands::ReviewPlayers players(
         controller_, shortcuts, [this] { return system_; }, true);
     finish(players.loadGroup(id_));
-    /// Of a key: down, so many repeats, up.
+    /// Of a key: the press, the number of repeats, the release.
     struct Press {
         const char* key;
         int repeats;
@@ -188,7 +188,7 @@ TEST_F(ReviewModelTest, keysClicksAndSkimsMoveThePlayhead) {
     load();
     const auto expectAt = [&](double seconds, const char* why) {
         mainThread_->runPosted();
-        EXPECT_NEAR(at(), seconds, 0.003) << why; // an onset is known to a bin
+        EXPECT_NEAR(at(), seconds, 0.003) << why; // an onset is exact to one bin
         EXPECT_FALSE(engine_->transport().isPlaying) << why;
     };
     press(KeyAction::playPause);
@@ -289,7 +289,7 @@ TEST_F(ReviewModelTest, aDragIsHeardWhenItHasEnded) {
     model_->handleContainerDrag(3 * points, {});
     EXPECT_FALSE(model_->isDraggingAudio());
     EXPECT_DOUBLE_EQ(group().manualAudioOffsetSeconds, 1);
-    // Another recording is heard at once, and a clip that is gone is closed.
+    // Another recording is played at once, and a clip that is removed is closed.
     press(KeyAction::lockCurrent);
     controller_->recordings().removeAudioMatch(id_, group().audioMatches.front().id);
     EXPECT_EQ(player().sounds, 1);
@@ -358,7 +358,7 @@ TEST_F(ReviewModelTest, theCamerasOfATakePlayAsOne) {
     controller_->clips().setAudioAnchor(id_, 3);
     finish(cluster->load({id_, other_, broken_}));
     mainThread_->runPosted();
-    // One camera's clap says where the other, whose clap nobody has marked, begins.
+    // The clap of one camera also gives the opening position of the other, which has no clap.
     EXPECT_EQ(cameraAt(id_), 4.5);
     EXPECT_EQ(cameraAt(other_), 1);
     EXPECT_EQ(bag.memberLabels()[1].second, "Cam B");
@@ -389,7 +389,7 @@ TEST_F(ReviewModelTest, theCamerasOfATakePlayAsOne) {
     mainThread_->runPosted();
     bag.playAll();
     EXPECT_EQ(cameraAt(id_), 0) << "from the end it starts anew";
-    // One whose time is not there yet starts at its beginning.
+    // A camera that begins later is shown at its beginning.
     bag.seekAll(1);
     mainThread_->runPosted();
     bag.playAll();
@@ -401,7 +401,7 @@ TEST_F(ReviewModelTest, theCamerasOfATakePlayAsOne) {
     EXPECT_EQ(cluster->scrollFrames(2, false), 2);
     mainThread_->runPosted();
     EXPECT_DOUBLE_EQ(cameraAt(id_), 2.62);
-    // One whose time is over stands at its end, and a press gives all one speed.
+    // A camera that has ended is shown at its end, and a press gives all the same speed.
     bag.engineFor(id_)->moveTo(1);
     bag.setAudioSource(other_);
     bag.engineFor(other_)->moveTo(17);
@@ -431,7 +431,7 @@ TEST_F(ReviewModelTest, theCamerasOfATakePlayAsOne) {
     EXPECT_DOUBLE_EQ(cameraAt(id_), 4.5);
     EXPECT_DOUBLE_EQ(cameraAt(other_), 1.5) << "without a clap of its own, where the other one claps";
     EXPECT_EQ(bag.engines().at(id_)->playhead().timecodeString(), "10:00:04:12");
-    EXPECT_EQ(bag.audioSourceMemberID(), id_); // the choice stays while its camera does
+    EXPECT_EQ(bag.audioSourceMemberID(), id_); // the choice is kept while its camera is there
     controller_->withUndo(undoSteps::removeVideoFromSync,
                           [&] { controller_->recordings().removeVideoFromSync(id_); });
     EXPECT_EQ(cluster->members(), std::vector{other_});

@@ -24,7 +24,7 @@ TEST(SyncLensTest, LooksAtTheFrameInWhichTheClapIsHeard) {
     struct Case {
         const char* name;
         double offset, anchor;
-        std::int64_t frame; ///< -1: nothing to look at
+        std::int64_t frame; ///< -1: no plan
     };
     const Case cases[] = {
         {"within a frame", 0, 1.019, 25}, {"on the edge it is the frame that begins", 0, 0.36, 9},

@@ -28,12 +28,12 @@ namespace {
 constexpr int clips = 12;
 constexpr const char* inProcessOfItsOwn = "ORVANE_TEST_KILLS_WRITERS";
 
-/// What a writer says of itself, in memory that outlives it.
+/// The progress of a writer, in memory that is shared with it and outlives it.
 struct Progress {
     std::atomic<int> begun = 0;              ///< the newest state it may have written
-    std::atomic<int> done = 0;               ///< the newest state that it was told is on the disk
-    std::atomic<int> decided = 0;            ///< the newest name or place that it gave the session
-    std::atomic<useconds_t> saveTook = 1000; ///< microseconds, the last one
+    std::atomic<int> done = 0;               ///< the newest state that it knows to be on the disk
+    std::atomic<int> decided = 0;            ///< the newest name or folder that it gave the session
+    std::atomic<useconds_t> saveTook = 1000; ///< microseconds, of the last save
 };
 
 struct Work {
@@ -51,7 +51,7 @@ struct Work {
     }
 };
 
-/// All clips carry the number of the state, so that a mixture of two shows.
+/// All clips have the number of the state, so that a mixture of two states is detected.
 SyncGroupList state(const std::string& writer, int number) {
     SyncGroupList groups;
     for (int i = 0; i < clips; ++i) {
@@ -62,8 +62,8 @@ SyncGroupList state(const std::string& writer, int number) {
     return groups;
 }
 
-/// Saves, with an autosave in between, and decides the session's name, or, as the second of two, its place.
-/// Never returns: somebody kills it.
+/// Saves, with an autosave in between, and sets the session's name or, as the second of two writers, its
+/// folder. Never returns: the process is killed.
 void writeForEver(const std::string& folder, const UUID& id, const std::string& writer, Progress& progress) {
     const Work work(folder);
     work.finish(work.manager->load(id, work.controller));
@@ -90,7 +90,7 @@ void writeForEver(const std::string& folder, const UUID& id, const std::string& 
     }
 }
 
-/// What one decides the other leaves as it is.
+/// One writer's decisions do not change the other's.
 void expectDecisions(const SessionInfo& info, const Progress* writers, std::size_t count) {
     const auto number = [](const std::string& text) {
         return text.find_first_not_of("0123456789") == std::string::npos && !text.empty() ? std::stoi(text)
@@ -101,7 +101,7 @@ void expectDecisions(const SessionInfo& info, const Progress* writers, std::size
     EXPECT_GE(number(info.folder.value_or("")), writers[1].decided);
 }
 
-/// The state that all clips of the session are of.
+/// The state that all clips of the session have.
 std::string readState(const std::string& folder, const UUID& id) {
     const SessionStore store(folder);
     const auto sessions = store.list();
@@ -141,8 +141,8 @@ void killWriters(const std::vector<std::string>& writers, int times, unsigned se
             ASSERT_GE(children.back(), 0);
             if (children.back() == 0) writeForEver(folder.path(), id, writers[i], progress[i]);
         }
-        // Any moment will do, also one before the first write; most lie within a write, as slow as this
-        // machine may be, and half of them behind a whole one.
+        // Any moment is possible, also one before the first write. Most are within a write, however slow this
+        // machine is, and half of them come after a whole write.
         Progress& watched = progress[random() % writers.size()];
         const int until = watched.begun + static_cast<int>(random() % 4);
         while (watched.begun < until) ::usleep(100);
@@ -165,7 +165,7 @@ void killWriters(const std::vector<std::string>& writers, int times, unsigned se
     int written = 0;
     for (std::size_t i = 0; i < writers.size(); ++i) written += progress[i].done;
     EXPECT_GT(written, times / 2) << "the writers hardly came to write";
-    // Each change of the list of folders is that of one entry, whoever makes it.
+    // Each change of the list of folders concerns one entry, whichever writer makes it.
     const auto folders = SessionStore(folder.path()).readFolderInfos();
     EXPECT_EQ(folders.problem, std::nullopt);
     for (const FolderInfo& info : *folders.record)
@@ -173,7 +173,7 @@ void killWriters(const std::vector<std::string>& writers, int times, unsigned se
     ::munmap(progress, writers.size() * sizeof(Progress));
 }
 
-// In a process of its own, which has no other threads when it makes writers of itself.
+// Runs in its own process, which has no other threads when it forks the writers.
 TEST(SessionCrash, aWriterKilledAtAnyMomentLeavesASessionThatOpens) {
     if (std::getenv(inProcessOfItsOwn) != nullptr) {
         const unsigned seed = test::randomSeed();

@@ -5,7 +5,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
-/// What must never be lost.
+/// Data that must never be lost.
 class SessionKeepingTest : public test::SessionManagerTest {};
 
 TEST_F(SessionKeepingTest, clipsThatCannotBeReadAreNeverOverwritten) {
@@ -37,7 +37,7 @@ TEST_F(SessionKeepingTest, clipsThatCannotBeReadAreNeverOverwritten) {
         EXPECT_TRUE(controller_->work().syncGroups().empty());
         ASSERT_TRUE(manager_->problem());
         EXPECT_NE(manager_->problem()->find("can't be read"), std::string::npos);
-        // Nothing by itself.
+        // Nothing is written without a change.
         mainThread_->advance(30s);
         flush();
         EXPECT_EQ(folder_.read(file(id, "groups.json")), text);
@@ -50,11 +50,11 @@ TEST_F(SessionKeepingTest, clipsThatCannotBeReadAreNeverOverwritten) {
         bringClips(1);
         flush();
         EXPECT_EQ(onDisk(id).groups.size(), 1U);
-        EXPECT_EQ(names(id).size(), 3U + static_cast<std::size_t>(std::min(kept, 5))); // once each
+        EXPECT_EQ(names(id).size(), 3U + static_cast<std::size_t>(std::min(kept, 5))); // each file once
     }
     fs::remove(folder_.path(file(id, "groups.json")));
     finish(manager_->load(id, controller_));
-    EXPECT_EQ(manager_->problem(), std::nullopt); // none is no damage
+    EXPECT_EQ(manager_->problem(), std::nullopt); // no session is no damage
     EXPECT_EQ(manager_->currentSessionId(), id);
 }
 
@@ -64,7 +64,7 @@ TEST_F(SessionKeepingTest, clipsThatNoFileCanHoldLeaveTheOldOnes) {
     finish(manager_->save(*controller_));
     SyncGroupList broken = controller_->work().syncGroups();
     broken.update(broken.front().id, [](SyncGroup& group) {
-        group.measuredLUFS = -std::numeric_limits<double>::infinity(); // absent, when it is read
+        group.measuredLUFS = -std::numeric_limits<double>::infinity(); // reads back as absent
         group.isApproved = true;
     });
     controller_->openStoredWork({{}, {}, broken});
@@ -89,7 +89,7 @@ TEST_F(SessionKeepingTest, aWriteThatFailsShowsAndIsTriedAgain) {
         const char* name;
         std::function<void()> put, take;
     };
-    // Obstacles that stop the superuser too.
+    // Obstacles that also stop the superuser.
     const Obstacle obstacles[] = {
         {"the folder is gone and a file stands there",
          [&] {
@@ -126,11 +126,11 @@ TEST_F(SessionKeepingTest, aWriteThatFailsShowsAndIsTriedAgain) {
         flush();
         ASSERT_TRUE(manager_->lastSaveError());
         EXPECT_NE(manager_->lastSaveError()->find("session.json: "), std::string::npos);
-        // What is on no disk yet is still known.
+        // What is not written yet is still known.
         finish(manager_->loadSessionList());
         ASSERT_NE(manager_->session(id), nullptr);
         EXPECT_EQ(manager_->session(id)->name, obstacle.name);
-        // Another session is no reason to forget it.
+        // Opening another session does not drop it.
         manager_->newSession(*controller_);
         flush();
         EXPECT_TRUE(manager_->lastSaveError());
@@ -141,12 +141,12 @@ TEST_F(SessionKeepingTest, aWriteThatFailsShowsAndIsTriedAgain) {
         finish(manager_->load(id, controller_));
         EXPECT_TRUE(isOnDisk());
     }
-    fs::remove_all(place); // gone altogether: it is made again, with everything
+    fs::remove_all(place); // after the folder was deleted, it is made again with everything
     approveFirst();
     flush();
     EXPECT_EQ(onDisk(id).groups.size(), 2U);
 
-    // What can't be deleted stays as it is, open and kept.
+    // A session that can't be deleted stays unchanged, open and stored.
     const fs::path inTheWay = folder_.path("." + id.text() + ".deleted");
     fs::rename(place, folder_.path("aside"));
     folder_.write(id.text() + ".orvanesync", "");
@@ -182,7 +182,7 @@ TEST_F(SessionKeepingTest, nothingOfAnotherProgramIsUndoneByOneThatOnlyLooksOn) 
         mainThread_->advance(20s);
         flush();
     };
-    // The folders of the media, and the name that comes of them.
+    // The folders of the media, and the name made from them.
     theirController->scan().setVideoFolderURL(FileURL{"/theirs/Day 2"});
     finish(theirs->save(*theirController));
     lookOn();
@@ -199,7 +199,7 @@ TEST_F(SessionKeepingTest, nothingOfAnotherProgramIsUndoneByOneThatOnlyLooksOn) 
     approveFirst();
     lookOn();
     EXPECT_EQ(media(), "/theirs/Day 2 /theirs/Sound Day 2");
-    // What was kept of theirs is told also when nobody has the session open any more.
+    // A file kept from the other process is reported even if the session is no longer open.
     theirController->clips().toggleApproved(theirController->work().syncGroups().front().id);
     finish(theirs->save(*theirController));
     approveFirst();
@@ -208,7 +208,7 @@ TEST_F(SessionKeepingTest, nothingOfAnotherProgramIsUndoneByOneThatOnlyLooksOn) 
     ASSERT_TRUE(manager_->problem());
     EXPECT_NE(manager_->problem()->find(id.text()), std::string::npos);
 
-    // Settings, in a folder made by the other.
+    // Settings, in a folder that the other process made.
     theirs->places().createFolder("Reel");
     theirs->folders().setMetadataPrefix("Reel", "r.");
     theirs->places().setFolder(next, "Reel");
@@ -222,7 +222,7 @@ TEST_F(SessionKeepingTest, nothingOfAnotherProgramIsUndoneByOneThatOnlyLooksOn) 
     ASSERT_TRUE(manager_->problem());
     EXPECT_NE(manager_->problem()->find("list of session folders can't be read"), std::string::npos);
 
-    // A session that they delete comes back with a change alone.
+    // A session that they delete is written again only after a change.
     flush();
     finish(theirs->deleteSession(id));
     lookOn();
@@ -252,12 +252,12 @@ TEST_F(SessionKeepingTest, twoProgramsKeepBothSidesWork) {
     finish(theirs->load(id, theirController));
     theirController->clips().setManualClipName(theirController->work().syncGroups().front().id, "theirs");
     finish(theirs->save(*theirController));
-    // Without edits of our own theirs stand, whatever the timer does.
+    // Without our own edits theirs are kept, whatever the timer does.
     mainThread_->advance(20s);
     flush();
     EXPECT_EQ(onDisk(id).groups.front().manualClipName, "theirs");
     EXPECT_EQ(names(id).size(), 3U);
-    // Nor do we undo what they decided of its name and its place; decisions of both sides stand together.
+    // We do not undo their decisions about its name and folder either; decisions of both sides are combined.
     const auto recordOnDisk = [&] {
         flush();
         const SessionInfo info = SessionStore(folder_.path()).list().front();
@@ -273,7 +273,7 @@ TEST_F(SessionKeepingTest, twoProgramsKeepBothSidesWork) {
     EXPECT_EQ(recordOnDisk(), std::tuple("Their name", "Our folder", false));
     EXPECT_EQ(theirs->session(id)->folder, "Our folder");
     manager_->places().setFolder(id, {});
-    // Whoever writes, what stood there is kept, and nothing that was kept before gives way to it.
+    // Whichever side writes, the earlier file is kept, and no kept file is overwritten.
     std::vector<std::string> kept{"groups.json.other"};
     for (int turn = 2; turn < 5; ++turn) {
         approveFirst();
@@ -289,28 +289,29 @@ TEST_F(SessionKeepingTest, twoProgramsKeepBothSidesWork) {
     }
     EXPECT_EQ(names(id).size(), 3U + 5U);
     EXPECT_FALSE(names(id).contains(kept.front())) << "the oldest goes";
-    // Records that can't be read give way to nothing either.
+    // Records that can't be read are kept too.
     for (const char* record : {"folders.json", "session.json"})
         folder_.write(id.text() + ".orvanesync/" + record, "{");
     approveFirst();
     flush();
-    for (const char* record : {"folders.json", "session.json.unreadable"}) // folders: nobody chose others
+    for (const char* record :
+         {"folders.json", "session.json.unreadable"}) // folders: they were not changed here
         EXPECT_EQ(folder_.read(file(id, record)), "{");
-    // Folders of sessions: changes of one list, whoever makes them.
+    // Folders of sessions: one list with changes by both sides.
     EXPECT_TRUE(manager_->places().createFolder("Ours"));
     EXPECT_TRUE(theirs->places().createFolder("Theirs"));
     finish(theirs->flush());
     manager_->folders().setMetadataPrefix("Ours", "o.");
     flush();
     EXPECT_EQ(manager_->places().folderNames(), (std::vector<std::string>{"Ours", "Theirs"}));
-    // One deletes what the other has open: the next change brings it back whole.
+    // One side deletes a session that the other has open: the next change writes it again in full.
     finish(theirs->deleteSession(id));
     approveFirst();
     flush();
     EXPECT_EQ(onDisk(id).groups.size(), 2U);
     newSession();
     finish(theirs->deleteSession(id));
-    finish(manager_->rename(id, "Nobody's")); // of one that nobody has open nothing is left
+    finish(manager_->rename(id, "Nobody's")); // nothing is left of a session that is open on neither side
     EXPECT_EQ(manager_->session(id), nullptr);
     EXPECT_EQ(manager_->lastSaveError(), std::nullopt);
 }
@@ -320,7 +321,7 @@ TEST_F(SessionKeepingTest, wildTracksKeepTheirNamesWhoeverGaveThem) {
     const UUID id = newSession();
     const auto track = [](const char* name) { return WildTrack(test::audio(name)); };
     const WildTrack birds = track("birds.wav"), wind = track("wind.wav");
-    controller_->openStoredWork({{}, {}, {}, {birds, wind}}); // sound alone
+    controller_->openStoredWork({{}, {}, {}, {birds, wind}}); // only sound
     controller_->recordings().renameWildTrack(birds.id, "Birds");
     flush();
     const auto theirController = makeController();
@@ -340,7 +341,7 @@ TEST_F(SessionKeepingTest, wildTracksKeepTheirNamesWhoeverGaveThem) {
     finish(theirs->load(id, theirController));
     EXPECT_EQ(shown(*theirController), "More birds wind! ");
 
-    // Clips that stand there are not emptied by a card without pictures.
+    // A card without pictures does not remove the clips on the disk.
     bringClips(1);
     flush();
     controller_->openStoredWork({{}, {}, {}, {track("sea.wav")}});
@@ -365,7 +366,7 @@ TEST_F(SessionKeepingTest, aSessionDeletedDuringItsSaveStaysDeleted) {
         const auto saving = manager_->save(*controller_);
         for (int turn = 0; turn < turns; ++turn) mainThread_->runPosted();
         const auto deleting = manager_->deleteSession(id);
-        approveFirst(); // while it goes
+        approveFirst(); // while it is being written
         finish(saving);
         flush();
         EXPECT_TRUE(deleting.isDone());
@@ -378,7 +379,7 @@ TEST_F(SessionKeepingTest, aSessionDeletedDuringItsSaveStaysDeleted) {
     bringClips(1);
     manager_->save(*controller_);
     manager_->deleteSession(id);
-    manager_.reset(); // which writes what is not on the disk
+    manager_.reset(); // writes what is not on the disk yet
     EXPECT_TRUE(SessionStore(folder_.path()).isDeleted(id));
 }
 
@@ -386,7 +387,7 @@ TEST_F(SessionKeepingTest, noDecisionWaitsForTheDiskAndOthersSeeItWithinASecond)
     auto theirs = makeManager();
     theirs->start(makeController());
     const UUID id = newSession();
-    const auto inTheLoop = [&](std::function<void()> work) { // where tests watch what waits
+    const auto inTheLoop = [&](std::function<void()> work) { // the tests check that nothing blocks there
         mainThread_->post(std::move(work));
         mainThread_->runPosted();
     };
@@ -426,7 +427,7 @@ TEST_F(SessionKeepingTest, recordsThatCannotBeReadAreToldOfAndNotReplacedByGuess
         approveFirst();
         flush();
     };
-    // Nobody has chosen folders since: what stands there stays, and so does the name that came of them.
+    // The folders were not changed meanwhile: the file is kept, and so is the name made from it.
     reopen("folders.json", "{\"videoFolder\": ");
     EXPECT_EQ(folder_.read(file(id, "folders.json")), "{\"videoFolder\": ");
     EXPECT_EQ(manager_->session(id)->name, "Day 1");
@@ -443,7 +444,7 @@ TEST_F(SessionKeepingTest, recordsThatCannotBeReadAreToldOfAndNotReplacedByGuess
     EXPECT_EQ(folder_.read(file(id, "session.json.unreadable")), "[]");
     EXPECT_EQ(SessionStore(folder_.path()).list().front().groupCount, 2);
 
-    // Of another platform: held for as long as the path is that of the folder.
+    // Written on another platform: kept while the path is that of the folder.
     reopen("folders.json",
            R"({"videoFolder":"/v","videoBookmark":"AAEC","audioFolder":"/a","audioBookmark":"AwQF"})");
     controller_->scan().setAudioFolderURL(FileURL{"/b"});
@@ -452,7 +453,7 @@ TEST_F(SessionKeepingTest, recordsThatCannotBeReadAreToldOfAndNotReplacedByGuess
     EXPECT_EQ(folders.videoBookmark, std::string("\0\1\2", 3));
     EXPECT_EQ(folders.audioBookmark, std::nullopt);
 
-    // What a later version has added is kept once; what merely looks different is not.
+    // Data that a later version has added is kept once; a file that differs only in its form is not kept.
     fs::remove(folder_.path(file(id, "session.json.unreadable")));
     fs::remove(folder_.path(file(id, "folders.json.unreadable")));
     std::string clips = folder_.read(file(id, "groups.json"));

@@ -10,7 +10,7 @@
 
 namespace orvane::test {
 
-/// A controller with clips and the sessions of a folder of the test's own, on a thread that the test moves.
+/// A controller with clips and the sessions of the test's own folder, on a thread that the test runs.
 class SessionManagerTest : public testing::Test {
   protected:
     SessionManagerTest() { manager_ = makeManager(); }
@@ -41,7 +41,7 @@ class SessionManagerTest : public testing::Test {
         return groups;
     }
 
-    /// Puts clips into the work as a scan does: as a change that listeners hear of.
+    /// Puts clips into the work as a scan does: as a change that notifies listeners.
     void bringClips(int count, const char* video = "/media/Day 1") {
         controller_->openStoredWork({FileURL{video}, FileURL{"/media/Sound"}, clips(count)});
     }

@@ -97,7 +97,7 @@ TEST_F(SessionManagerTest, savingTwiceDiffersInTheTimeOnly) {
     };
     const auto first = texts();
     mainThread_->advance(90s);
-    fs::remove(folder_.path(file(id, "groups.json"))); // or it would not be written again
+    fs::remove(folder_.path(file(id, "groups.json"))); // otherwise it would not be written again
     EXPECT_EQ(texts(), first);
 }
 
@@ -135,7 +135,7 @@ TEST_F(SessionManagerTest, savesAfterChangesByTheTimerAndWhenLeft) {
         act();
         return modified() != before;
     };
-    // No clips: nothing to keep.
+    // Without clips there is nothing to save.
     EXPECT_FALSE(saves([&] { mainThread_->advance(20s); }));
     EXPECT_FALSE(saves([&] { manager_->resignActive(); }));
     EXPECT_FALSE(saves([&] { mainThread_->advance(20s); }));
@@ -151,7 +151,7 @@ TEST_F(SessionManagerTest, savesAfterChangesByTheTimerAndWhenLeft) {
     EXPECT_TRUE(saves([&] { manager_->becomeActive(); }));
     EXPECT_TRUE(saves([&] { mainThread_->advance(5s); }));
     flush();
-    // Work that is left behind does not empty its session; the editor does.
+    // Closing the work does not empty its session; only an edit does.
     EXPECT_FALSE(saves([&] {
         controller_->reset();
         mainThread_->advance(20s);
@@ -175,12 +175,12 @@ TEST_F(SessionManagerTest, savesAfterChangesByTheTimerAndWhenLeft) {
     mainThread_->advance(20s);
     flush();
     EXPECT_EQ(onDisk(id).groups.size(), 1U);
-    // Even who saves that keeps what stood there, and the folders.
+    // An explicit save writes the empty list, and keeps the earlier file beside it and the folders.
     finish(manager_->save(*controller_));
     EXPECT_TRUE(onDisk(id).groups.empty());
     EXPECT_NE(folder_.read(file(id, "groups.json.other")).find("0.mov"), std::string::npos);
     EXPECT_EQ(SessionStore(folder_.path()).readFolders(id).record->videoFolder, FileURL{"/media/Day 1"});
-    // Before the first step lies work that was not there yet, and no decision.
+    // The state before the first step is that of no work, with no decision.
     newSession();
     controller_->withUndo({"Nothing"}, [] {});
     controller_->scan().setVideoFolderURL(FileURL{"/media/Day 1"});
@@ -260,7 +260,7 @@ TEST_F(SessionManagerTest, listsWhatCanBeReadNewestFirst) {
     for (const SessionInfo& info : manager_->sessions()) ids.push_back(info.id.text());
     std::string upper = c;
     std::ranges::transform(upper, upper.begin(), [](char ch) { return static_cast<char>(std::toupper(ch)); });
-    EXPECT_EQ(ids, (std::vector{b, a, upper})); // the folder's name, not the record, is the id
+    EXPECT_EQ(ids, (std::vector{b, a, upper})); // the id is the folder's name, not the one in the record
     EXPECT_TRUE(manager_->sessions().front().nameAutoDerived);
     finish(manager_->load(*UUID::fromText(c), controller_));
     EXPECT_EQ(manager_->currentSessionId(), UUID::fromText(c));
@@ -279,7 +279,7 @@ TEST_F(SessionManagerTest, suggestsTheNextShootingDay) {
     const std::pair<const char*, const char*> siblings[] = {
         {"Dreh DT 002", "003"},
         {"dreh dt_007", "008"},
-        {"DT x DT - _0009 DT 50", "010"}, // the first that matches
+        {"DT x DT - _0009 DT 50", "010"}, // the first match counts
         {"no number DT", "010"},
         {"DT 99999999999999999999", "010"},
         {"DT0", "010"},
@@ -332,7 +332,7 @@ TEST_F(SessionManagerTest, theListOfFoldersSurvivesWhatIsInItsPlace) {
     EXPECT_TRUE(manager->places().createFolder("c"));
     finish(manager->flush());
     EXPECT_NE(folder_.read("folders.json.unreadable").find("%%%"), std::string::npos);
-    // A change that cannot be written is not forgotten.
+    // A change that cannot be written is kept.
     fs::rename(folder_.path("folders.json"), folder_.path("aside"));
     fs::create_directories(folder_.path("folders.json/x"));
     EXPECT_TRUE(manager->places().createFolder("d"));
@@ -360,11 +360,11 @@ TEST_F(SessionManagerTest, settingsFollowTheWorkIntoItsFolder) {
     mainThread_->advance(400ms);
     settings_->set("trimMode", "video");
     mainThread_->advance(400ms);
-    EXPECT_EQ(captured("Two"), std::nullopt); // the last change counts
+    EXPECT_EQ(captured("Two"), std::nullopt); // only the last change counts
     mainThread_->advance(100ms);
     EXPECT_EQ(captured("Two"), R"({"eventName":"two","trimMode":"video"})");
     settings_->set("eventName", "late");
-    finish(manager_->load(first, controller_)); // does not wait for the moment
+    finish(manager_->load(first, controller_)); // does not wait for the half second
     EXPECT_EQ(captured("Two"), R"({"eventName":"late","trimMode":"video"})");
     settings_->set("eventName", "one");
     mainThread_->advance(1s);
@@ -381,7 +381,7 @@ TEST_F(SessionManagerTest, settingsFollowTheWorkIntoItsFolder) {
     EXPECT_TRUE(manager_->places().appliedSettings().empty());
 }
 
-/// The sessions with the commands of the windows and of `serve`.
+/// The sessions through the commands of the windows and of `serve`.
 class SessionCommandTest : public SessionManagerTest {
   protected:
     SessionCommandTest() {
@@ -523,7 +523,7 @@ TEST_F(SessionCommandTest, foldersOfAnotherShootLeaveTheOpenSessionAlone) {
     const UUID second = *manager_->currentSessionId();
     choose("videoFolder", "/");
     EXPECT_EQ(manager_->currentSessionId(), second) << "there is nothing to keep";
-    // Clips that can't be read are kept for who looks at their file; the same folders may be scanned again.
+    // The file of clips that can't be read is kept; the same folders may be scanned again.
     bringClips(1, other.path().c_str());
     flush();
     std::ofstream(folder_.path(file(second, "groups.json")), std::ios::app) << "]";

@@ -41,7 +41,7 @@ TEST_F(SettingsModelTest, everySettingHasOneRowWhoseChoicesItTakes) {
                     EXPECT_EQ(whyUseless(setting, choice.value), std::nullopt);
                     const std::string stored = settingText(choice.value);
                     const bool isWords = stored.empty() ||
-                                         stored.find('.') != std::string::npos || // a role, as it is called
+                                         stored.find('.') != std::string::npos || // a role by its name
                                          !std::islower(static_cast<unsigned char>(stored[0]));
                     EXPECT_TRUE(isWords || choice.text != stored) << "words, not what is stored";
                 }
@@ -66,7 +66,7 @@ TEST_F(SettingsModelTest, aRowSaysWhatHoldsAndWhatIsWrong) {
     EXPECT_EQ(model_.value(trim), settings::trimMode.defaultValue());
     EXPECT_TRUE(model_.isChanged(trim)) << "it can be reset";
 
-    // A value that no row offers stays and is shown.
+    // A value that is not in the list of choices is kept and shown.
     const SettingRow& loudness = rowOf(settings::smartAudioTargetLUFS);
     store_->set(settings::smartAudioTargetLUFS.key, -18.5);
     const auto choices = model_.choices(loudness);
@@ -106,7 +106,7 @@ TEST(PatternDoubts, tellsWhatComesOutOtherThanMeant) {
     struct Case {
         std::string (*doubt)(std::string_view);
         const char* text;
-        const char* says; ///< empty: nothing
+        const char* says; ///< empty: no text
     };
     namespace doubts = patternDoubts;
     const Case cases[] = {

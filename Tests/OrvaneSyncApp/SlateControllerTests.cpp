@@ -6,7 +6,7 @@
 namespace orvane::test {
 namespace {
 
-/// Two clips whose videos show the same slate; the recorder says scene and take of the second.
+/// Two clips whose videos show the same slate; the recorder states scene and take of the second.
 class SlateControllerTest : public ControllerTest {
   protected:
     SlateControllerTest() {
@@ -48,7 +48,7 @@ TEST_F(SlateControllerTest, aSearchWritesNothingAndAnAcceptedSlateIsAStep) {
     EXPECT_EQ(seen.back(), SmartAudioProgress{});
 
     EXPECT_EQ(controller_->slates().proposals().size(), 1U);
-    controller_->slates().acceptSlate(second_); // of another scene: nothing is offered
+    controller_->slates().acceptSlate(second_); // it has another scene: nothing is proposed
     EXPECT_FALSE(controller_->work().undoState().canUndo);
     controller_->slates().acceptSlates();
     EXPECT_EQ(controller_->work().displayNames().at(first_), "12A-3");

@@ -20,7 +20,7 @@ using Tracks = std::set<int>;
 
 constexpr std::uint32_t sampleRate = 8000, tenOClock = 36000, seconds = 12;
 
-/// A shoot of four clips. In every recording somebody speaks on track 2, and on the others nobody.
+/// A shoot of four clips. In every recording there is speech on track 2 only.
 class SmartAudioDriverTest : public test::ControllerTest {
   protected:
     SmartAudioDriverTest() {
@@ -28,9 +28,9 @@ class SmartAudioDriverTest : public test::ControllerTest {
         makeClip("B001", 1);
         makeClip("C_MOS", 600);
         makeClip("D001", 1200);
-        makeRecording("T01.WAV", 0, 6);        // under A001 and B001
-        makeRecording("T02.WAV", 1200, 3);     // the whole of D001
-        makeRecording("T03.WAV", 1200 + 7, 3); // too little of D001 to tell
+        makeRecording("T01.WAV", 0, 6);        // overlaps A001 and B001
+        makeRecording("T02.WAV", 1200, 3);     // covers D001
+        makeRecording("T03.WAV", 1200 + 7, 3); // covers too little of D001 to count
         scan(folder("shoot"), std::nullopt);
     }
 
@@ -47,7 +47,7 @@ class SmartAudioDriverTest : public test::ControllerTest {
         writeRecording(name, std::uint64_t{tenOClock + start} * sampleRate, tracks, 0, seconds * sampleRate);
     }
 
-    /// Some tracks of a recording, from one frame to another.
+    /// A recording with speech on some tracks, from one frame to another.
     void writeRecording(const std::string& name, std::uint64_t start, const std::vector<int>& tracks,
                         std::uint32_t first, std::uint32_t end) {
         const std::vector<std::string> all{"Boom", "Lav Anna", "Lav Ben"};
@@ -79,7 +79,7 @@ class SmartAudioDriverTest : public test::ControllerTest {
     void analyse(const UUID& id, bool force = false) {
         finish(controller_->smartAudio().runSmartAudioForGroup(id, force));
     }
-    /// Until what a change started by itself has ended.
+    /// Waits until the analyses that a change started have ended.
     void settle() {
         ASSERT_TRUE(mainThread_->waitUntil([&] { return !controller_->smartAudio().state().isAnalyzing; }));
     }
@@ -112,17 +112,17 @@ TEST_F(SmartAudioDriverTest, hearsEverySettledClipWithSound) {
     EXPECT_EQ(controller_->smartAudio().state().results.size(), 2U);
     ASSERT_NE(result("A001"), nullptr);
     ASSERT_NE(result("B001"), nullptr);
-    EXPECT_EQ(*result("A001"), *result("B001")); // two cameras, one recording
+    EXPECT_EQ(*result("A001"), *result("B001")); // two cameras with one recording
     EXPECT_EQ(blockTracks("A001"), Tracks{2});
     for (const char* name : {"A001", "B001"}) {
         EXPECT_EQ(active(name), Tracks{2});
         EXPECT_EQ(clip(name)->tracksManuallyEdited, false);
-        EXPECT_FALSE(clip(name)->measuredLUFS); // only where one clip is asked for
+        EXPECT_FALSE(clip(name)->measuredLUFS); // measured only if one clip is requested
     }
     EXPECT_TRUE(active("D001").empty());
     EXPECT_TRUE(wasAnalyzing);
     EXPECT_FALSE(controller_->smartAudio().state().isAnalyzing);
-    ASSERT_GE(steps.size(), 2U); // the first and the last always
+    ASSERT_GE(steps.size(), 2U); // the first and the last are always shown
     EXPECT_EQ(steps.front(), (SmartAudioProgress{"Listening to T01.WAV", 1, 2, 0}));
     EXPECT_EQ(steps.back().current, 2);
     EXPECT_EQ(steps.back().fraction, 1); // the second clip needs no reading
@@ -138,7 +138,7 @@ TEST_F(SmartAudioDriverTest, hearsEverySettledClipWithSound) {
 
     analyseAll(true, SmartAudioMode::off);
     EXPECT_TRUE(controller_->smartAudio().state().results.empty());
-    EXPECT_EQ(active("A001"), Tracks{2}); // what was chosen stays
+    EXPECT_EQ(active("A001"), Tracks{2}); // the choice is kept
 }
 
 TEST_F(SmartAudioDriverTest, aRequestForOneClipAlwaysHearsItAndMeasuresItsLoudness) {
@@ -215,7 +215,8 @@ TEST_F(SmartAudioDriverTest, leavesAClipAloneWhoseChannelsAreAllExcluded) {
     EXPECT_TRUE(smartAudioWarnings(WorkSnapshot(*controller_)).empty());
 }
 
-/// The same sound as one file, and as a file a channel, each in two parts, with a copy and a second recorder.
+/// The same sound as one file, and as one file for each channel, each in two parts, with a copy and a second
+/// recorder.
 TEST_F(SmartAudioDriverTest, hearsATakeInSeveralFilesAsOneRecording) {
     const std::uint64_t start = std::uint64_t{tenOClock + 1800} * sampleRate;
     constexpr std::uint32_t end = seconds * sampleRate, cut = end / 2 - 321;
@@ -236,8 +237,8 @@ TEST_F(SmartAudioDriverTest, hearsATakeInSeveralFilesAsOneRecording) {
     const auto second = std::ranges::find(matches, "other.WAV",
                                           [](const AudioMatch& match) { return match.audio->filename; });
     EXPECT_NE(second, matches.begin()) << "the parts cover as much together";
-    controller_->recordings().removeAudioMatch(id, second->id);  // by the editor
-    EXPECT_EQ(clip("M001")->matchStatus, MatchStatus::manual()); // what is left is one recording
+    controller_->recordings().removeAudioMatch(id, second->id);  // the editor removes one
+    EXPECT_EQ(clip("M001")->matchStatus, MatchStatus::manual()); // one recording is left
     analyse(id);
     analyse(clip("P001")->id);
     ASSERT_NE(result("M001"), nullptr);
@@ -279,7 +280,7 @@ TEST_F(SmartAudioDriverTest, keepsTheEditorsHandUnlessTold) {
     check("the algorithm's own choice follows its result", false, false, true, {1}, false);
     check("a choice by hand stays while the result changes", true, false, true, {1, 3}, true);
     check("and goes when told to", true, true, false, {2}, false);
-    // A recording that can no longer be read has no blocks, and leaves the choice as it is.
+    // A recording that can no longer be read has no blocks, and the choice is kept.
     std::filesystem::remove(folder_.path("shoot/T01.WAV"));
     controller_->tracks().soloTrackActive(clip("A001")->id, 3);
     settle();
@@ -291,9 +292,9 @@ TEST_F(SmartAudioDriverTest, keepsTheEditorsHandUnlessTold) {
 }
 
 TEST_F(SmartAudioDriverTest, togglingStartsFromWhatIsHeard) {
-    controller_->tracks().toggleTrackActive(clip("A001")->id, 2); // no result: every channel was heard
+    controller_->tracks().toggleTrackActive(clip("A001")->id, 2); // without a result: every channel is active
     EXPECT_EQ(active("A001"), (Tracks{1, 3, 4, 5, 6}));
-    EXPECT_EQ(result("A001"), nullptr); // and what was not analysed is not analysed now
+    EXPECT_EQ(result("A001"), nullptr); // a clip that was not analysed is not analysed by this
     controller_->tracks().toggleTrackActive(clip("D001")->id, 9); // both recordings count
     EXPECT_EQ(active("D001"), (Tracks{1, 2, 3, 4, 5, 6, 9}));
     controller_->tracks().toggleTrackActive(clip("C_MOS")->id, 1);
@@ -306,7 +307,7 @@ TEST_F(SmartAudioDriverTest, togglingStartsFromWhatIsHeard) {
     controller_->tracks().soloAlgorithmInclusion(UUID::random(), 1);
 
     analyseAll(true);
-    EXPECT_EQ(active("B001"), Tracks{4}); // alone, though nobody speaks there
+    EXPECT_EQ(active("B001"), Tracks{4}); // alone, although it has no speech
     controller_->tracks().toggleTrackActive(clip("A001")->id, 2);
     settle();
     EXPECT_TRUE(active("A001").empty());
@@ -329,7 +330,7 @@ TEST_F(SmartAudioDriverTest, startsByItselfOnlyWhereTheSettingWasWritten) {
     check("studio", false, 0);
     check("studio", true, 2);
     EXPECT_EQ(result("A001")->tracks.at(1).loudnessAmount, 0.5F);
-    finish(controller_->scan().startScan()); // other clips: the old results go
+    finish(controller_->scan().startScan()); // other clips: the old results are removed
     settle();
     EXPECT_EQ(controller_->smartAudio().state().results.size(), 2U);
     EXPECT_NE(result("A001"), nullptr);
@@ -428,7 +429,7 @@ TEST_F(SmartAudioDriverTest, aRangeByHandKeepsItsPlaceInThePicture) {
     EXPECT_EQ(byHand(), "20-40");
     EXPECT_EQ(clip("A001")->manualBlockOverrides.at(0).startSeconds, 2);
 
-    // A recording that begins a second into the clip.
+    // A recording that begins one second into the clip.
     fs::rename(folder_.path("shoot/T01.WAV"), folder_.path("away.WAV"));
     makeRecording("T09.WAV", 1, 3);
     finish(controller_->scan().startScan());
@@ -464,7 +465,7 @@ TEST_F(SmartAudioDriverTest, oneReadingAnswersAllChangesMadeBeforeIt) {
     }
     EXPECT_EQ(steps.front().fraction, 0);
 
-    // A change of the terms is no part of the reading under way.
+    // A change of the options does not affect the running reading.
     settings_->set("smartAudioMode", "studio");
     controller_->tracks().soloTrackActive(a, 3);
     settings_->set("smartAudioMode", "cinematic");
@@ -472,7 +473,7 @@ TEST_F(SmartAudioDriverTest, oneReadingAnswersAllChangesMadeBeforeIt) {
     settle();
     EXPECT_EQ(result("A001")->tracks.at(1).loudnessAmount, 0.6F);
 
-    // Of two runs the earlier is shown until it ends.
+    // Of two runs the earlier one is shown until it ends.
     steps.clear();
     mainThread_->advance(platform::progressInterval);
     const auto all = controller_->smartAudio().runSmartAudioAnalysis(SmartAudioMode::standard, false);
@@ -560,7 +561,7 @@ TEST_F(SmartAudioDriverTest, blocksAreMeasuredOnTheDialogueOfAModel) {
         controller_->smartAudio().runSmartAudioAnalysis(SmartAudioMode::standard, false);
     ASSERT_TRUE(mainThread_->waitUntil([&] { return analysis.isDone(); }, std::chrono::minutes(1)));
     ASSERT_TRUE(result("A001")->stemMetrics);
-    // The model hears the mean of six channels, of which one speaks.
+    // The model gets the mean of six channels, and only one has speech.
     EXPECT_NEAR(result("A001")->blocks.front().peakDB, before - 20 * std::log10(6.0), 0.5);
     EXPECT_EQ(blockTracks("A001"), Tracks{2});
 }

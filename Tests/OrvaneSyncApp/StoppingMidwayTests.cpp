@@ -29,14 +29,14 @@ class StoppingMidwayTest : public test::ControllerTest {
                                                     .clock = mainThread_->clock()});
         for (int i = 0; i < clips; ++i) {
             const std::string number = std::to_string(1000 + i);
-            // One behind the other.
+            // One after the other.
             const std::string start = TimecodeUtils::secondsToTC(i * 25, TimecodeFrameRate::fps25);
             groups_.push_back(
                 test::clip(test::video("A001C" + number + ".mov", start, 20),
                            test::slated(test::audio("T" + number + ".wav", start, 20), "1", number)));
         }
     }
-    /// The same work each time, of which nothing is derived yet.
+    /// Opens the same work each time, with nothing derived yet.
     void open() {
         for (SyncGroup& group : groups_) group.id = UUID::random();
         controller_->openStoredWork({{}, {}, SyncGroupList(groups_)});
@@ -55,8 +55,8 @@ class StoppingMidwayTest : public test::ControllerTest {
     std::vector<SyncGroup> groups_;
 };
 
-/// What a command may still do is what it does between two questions for the stop, some thousand rows at
-/// most. An export looks for every file of the document behind its making.
+/// After a stop, a command may do only what it does between two checks for the stop: some thousand rows at
+/// most. An export looks for every file of the document after making it.
 TEST_F(StoppingMidwayTest, aLongCommandBeginsNothingMoreWhereverItIsStopped) {
     if (!AllocatedWork::isCounted) GTEST_SKIP() << "a sanitizer has its own allocator";
     const std::string output = folder_.path("output");
@@ -70,7 +70,7 @@ TEST_F(StoppingMidwayTest, aLongCommandBeginsNothingMoreWhereverItIsStopped) {
     for (const auto& [id, arguments] : cases) {
         const JSON given(arguments);
         long whole = std::numeric_limits<long>::max();
-        for (int run = 0; run < 3; ++run) { // the last one finds what those before kept
+        for (int run = 0; run < 3; ++run) { // the last run uses what the earlier ones have stored
             open();
             AllocatedWork::begin(0);
             finish(begin(id, given));

@@ -50,7 +50,7 @@ TEST_F(StoppingTest, aScanThatIsStoppedLeavesAllAsItWas) {
         << "the next one runs to its end";
 }
 
-/// What stops an analysis, a scan and the loading of a report, and that nothing of them is left.
+/// Actions that stop an analysis, a scan and the loading of a report; nothing of these is left.
 TEST_F(StoppingTest, otherWorkStopsWhatRuns) {
     const FileURL report{folder_.write("day.csv", "Name,Scene,Take\nA001C001_261120_R1AB,77,1\n")};
     const auto stops = [&](const char* what, const std::function<void()>& interrupt, bool alsoTheReport) {
@@ -84,7 +84,8 @@ TEST_F(StoppingTest, otherWorkStopsWhatRuns) {
     EXPECT_TRUE(endedByStop(scanning));
 }
 
-/// While the work before it hangs: the command ends without waiting for that, and its own is not begun later.
+/// The queue is blocked by earlier work: the command ends without waiting for it, and its own work is not
+/// begun later.
 TEST_F(StoppingTest, aLongCommandThatIsStoppedWaitsForNothingAndBeginsNothing) {
     using platform::JSON;
     commands::CommandContext context;
@@ -142,7 +143,7 @@ TEST_F(StoppingTest, aReportThatIsStoppedLeavesTheOneBefore) {
     EXPECT_EQ(clip("A001C001")->clipName, "77-1");
 }
 
-/// An edit that is made while a report is laid over the clips stays, and so does the report.
+/// An edit that is made while a report is applied to the clips is kept, and so is the report.
 TEST_F(StoppingTest, aReportTakesInWhatIsEditedMeanwhile) {
     const UUID a = clip("A001C001")->id;
     const platform::Task loading = controller_->reports().loadALE(
@@ -174,7 +175,7 @@ TEST_F(StoppingTest, noticesSayWhichClipsChanged) {
                   {{}, {}, {}, {2}}, {{}, {}, {}, {0, 3}}, {{}, {}, {}, {0, 3}}, {{1}, {}, {}, {}}}));
 }
 
-/// The clock stands still, so that of the files of each kind the first and the last are seen.
+/// The clock does not advance, so only the first and the last file of each kind are shown.
 TEST_F(StoppingTest, progressIsGivenAsOftenAsItIsWorthShowing) {
     for (int i = 0; i < 200; ++i) folder_.write("sound/X" + std::to_string(i) + ".wav", "");
     std::vector<int> steps;

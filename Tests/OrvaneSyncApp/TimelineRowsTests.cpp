@@ -14,7 +14,7 @@ namespace {
 
 using Spot = TimelineLayout::Spot;
 
-/// The clip at 20 points a second from 5 s before it on.
+/// The clip at 20 points a second; the view begins 5 s before it.
 class TimelineRowsTest : public testing::Test {
   protected:
     TimelineRowsTest() { registerStandardDefaults(settings_); }
@@ -42,13 +42,13 @@ TEST_F(TimelineRowsTest, SayWhatTheAnalysisFoundAndWhatWasChosenByHand) {
     EXPECT_TRUE(std::ranges::all_of(rows().channels, &TimelineChannel::isActive));
     EXPECT_EQ(rows().channels[1].tooltip(), "T2 Anna\n1 manual range override(s) on this channel");
 
-    // A session keeps the choice and not the result.
+    // A session stores the choice but not the result.
     group_.manualActiveTracks = {1};
     group_.tracksManuallyEdited = false;
     EXPECT_TRUE(rows().summary.starts_with("An earlier analysis chose")) << rows().summary;
     group_.tracksManuallyEdited = true;
     EXPECT_EQ(rows().summary, "Tracks chosen by hand");
-    smartAudio_.results[group_.id] = SmartAudioResult{}; // its card was gone
+    smartAudio_.results[group_.id] = SmartAudioResult{}; // its card was missing
     EXPECT_TRUE(rows().summary.starts_with("Smart Audio could not hear")) << rows().summary;
     EXPECT_FALSE(rows().isAnalysed);
     group_.manualActiveTracks.clear();
@@ -81,7 +81,7 @@ TEST_F(TimelineRowsTest, SayWhatTheAnalysisFoundAndWhatWasChosenByHand) {
 
     group_.manualActiveTracks = {3};
     EXPECT_TRUE(rows().channels[2].isActive && !rows().channels[1].isActive);
-    // Only what is no part of the take has a lane of its own.
+    // Only a recording that is not part of the take has a lane.
     ASSERT_EQ(known.recordings.size(), 1U);
     EXPECT_EQ(known.recordings[0].name, "ZOOM0001.WAV");
     EXPECT_EQ(known.recordings[0].startSeconds, 10);
@@ -135,7 +135,7 @@ TEST_F(TimelineRowsTest, FindsWhatLiesUnderAPoint) {
         EXPECT_EQ(hit.index ? static_cast<int>(*hit.index) : -1, one.index) << one.name;
         EXPECT_NEAR(hit.seconds, one.seconds, 1e-9) << one.name;
     }
-    // Rows that are scrolled under the ruler are not hit there.
+    // Rows that are scrolled under the ruler cannot be hit there.
     EXPECT_EQ(layout(true, 40).hit(all.x(5), 20).spot, Spot::ruler);
     EXPECT_EQ(layout(false).row(TimelineLayout::RowKind::channel), nullptr);
 }
@@ -162,7 +162,7 @@ TEST_F(TimelineRowsTest, LaysRulerPicturesAndRangesOverTheClip) {
     EXPECT_EQ(all.span(29, 45), (TimelineSpan{29, 30}));
     EXPECT_FALSE(all.span(3, 3.05) || all.span(-5, -1)) << "too short, outside";
 
-    zoom_.zoomScale = 16; // 320 points a second: frames of 12.8
+    zoom_.zoomScale = 16; // 320 points a second: a frame has 12.8
     zoom_.scrollOffset = 320 * 10;
     const TimelineLayout near = layout();
     EXPECT_FALSE(near.scrollFollowing(5.5));

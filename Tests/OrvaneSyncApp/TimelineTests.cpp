@@ -12,7 +12,7 @@
 namespace orvane::test {
 namespace {
 
-/// A clip of 20 s at 25 frames a second whose recording claps at 3 s and speaks from 10 s on.
+/// A clip of 20 s at 25 frames a second whose recording has a clap at 3 s and speech from 10 s on.
 class TimelineTest : public ControllerTest {
   protected:
     /// Mono, at 8000 Hz.
@@ -89,7 +89,7 @@ TEST_F(TimelineTest, theClapOfASplitTakeIsWhereTheClipShowsIt) {
 
 TEST_F(TimelineTest, aClipWithoutARateCountsAsItsDocumentDoes) {
     SyncGroup other = group();
-    other.video.frameRate = 0.4; // no rate to count at
+    other.video.frameRate = 0.4; // too low for counting frames
     SyncGroup voter = test::clip(video("V.mov", "11:00:00:00", 20, 30), audio("V.wav", "11:00:00:00", 20));
     voter.video.projectFrameRate = 30;
     controller_->openStoredWork({{}, {}, SyncGroupList({other, voter})});
@@ -102,7 +102,7 @@ TEST_F(TimelineTest, aClipWithoutARateCountsAsItsDocumentDoes) {
 
 TEST_F(TimelineTest, ANudgeIsAFrameOfWhatIsExported) {
     SyncGroup other = group();
-    other.video.projectFrameRate = 23.976; // by its timecode track; the file's pictures count 25
+    other.video.projectFrameRate = 23.976; // from its timecode track; the pictures have 25
     controller_->openStoredWork({{}, {}, SyncGroupList({other})});
     for (int i = 0; i < 12; ++i) controller_->timeline().nudgeByFrames(id_, 1);
     EXPECT_NEAR(group().manualAudioOffsetSeconds, 12 * 1001.0 / 24000, 1e-9);
@@ -114,8 +114,8 @@ TEST_F(TimelineTest, aDragSnapsTheAnchorToAnOnset) {
     timeline.show(id_);
     const double pointsPerSecond = timeline.zoom().pixelsPerSecond();
     finish(timeline.dragAudio(id_, 0.9 * pointsPerSecond, {.shift = true}));
-    EXPECT_NEAR(group().manualAudioOffsetSeconds, 1, 0.002); // the onset at 10 s, to a bin
-    // The same step by step, and back to where it began: nothing is left over.
+    EXPECT_NEAR(group().manualAudioOffsetSeconds, 1, 0.002); // the onset at 10 s, exact to one bin
+    // The same drag in steps, back to its beginning: no remainder is left.
     for (const double seconds : {0.3, 1.7, -0.4, 0.0})
         timeline.handleContainerDrag(seconds * pointsPerSecond, {});
     EXPECT_NEAR(group().manualAudioOffsetSeconds, 1, 0.002);

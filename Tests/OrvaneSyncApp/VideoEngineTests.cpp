@@ -10,11 +10,11 @@ namespace {
 using platform::MediaTime;
 using Pitch = platform::PitchAlgorithm;
 
-/// Blips that are only written down.
+/// Records the blips instead of playing them.
 struct FakeBlips final : FrameBlips {
     struct Log {
         bool isOpen = false;
-        std::vector<std::pair<double, double>> blips; ///< place and length
+        std::vector<std::pair<double, double>> blips; ///< position and length
     };
     explicit FakeBlips(std::shared_ptr<Log> theLog) : log(std::move(theLog)) {}
     void load(std::optional<TakeSound> sound) override { log->isOpen = sound.has_value(); }
@@ -45,7 +45,7 @@ class VideoEngineTest : public testing::Test {
     FakePlayer& player() { return *system_->players.front(); }
     double at() { return engine_->playhead().seconds(); }
     void run(double seconds) { system_->advance(seconds, nullptr); }
-    /// What keys do: J, K (pause), L, P (play), s and S (slow motion backwards and forwards).
+    /// Presses keys: J, K (pause), L, P (play), s and S (slow motion backwards and forwards).
     void press(std::string_view keys) {
         for (const char key : keys) {
             if (key == 'J') engine_->pressJ();
@@ -99,7 +99,7 @@ TEST_F(VideoEngineTest, eachPressRaisesTheSpeedAndTheOtherDirectionBeginsAtNorma
         EXPECT_EQ(engine_->sound().isDucking, !c.isHeard);
         EXPECT_EQ(engine_->transport().isPlaying, c.rate != 0);
     }
-    // A volume that was set while nothing was heard holds once something is.
+    // A volume that was set during silence applies once there is sound.
     press("K");
     engine_->setVolume(0.25F);
     EXPECT_EQ(player().volume, 0);
@@ -142,7 +142,8 @@ TEST_F(VideoEngineTest, stepsAreExactAndStayWithinTheClip) {
             if (frame + count < 0 || length * (frame + count) > MediaTime{9, 1}) continue;
             frame += count;
             engine_->stepFrames(count, false);
-            if (i % 3 == 0) mainThread_->runPosted(); // others begin before the picture is there
+            if (i % 3 == 0)
+                mainThread_->runPosted(); // sometimes another seek begins before the picture is ready
         }
         mainThread_->runPosted();
         EXPECT_EQ(engine_->playhead().time, length * frame) << rate;
@@ -157,7 +158,7 @@ TEST_F(VideoEngineTest, stepsAreExactAndStayWithinTheClip) {
 TEST_F(VideoEngineTest, aFrameIsHeardBesideThePlayerOrThroughIt) {
     load(2, 4);
     engine_->stepFrames(1, true);
-    EXPECT_TRUE(blips_->blips.empty()); // not before its picture is there
+    EXPECT_TRUE(blips_->blips.empty()); // not before its picture is ready
     mainThread_->runPosted();
     ASSERT_EQ(blips_->blips.size(), 1U);
     EXPECT_NEAR(blips_->blips[0].first, 2.04, 1e-9);
@@ -169,7 +170,7 @@ TEST_F(VideoEngineTest, aFrameIsHeardBesideThePlayerOrThroughIt) {
     run(0.1);
     EXPECT_EQ(player().rate(), 1);
     EXPECT_FALSE(engine_->transport().isPlaying);
-    engine_->stepFrames(1, true); // from the frame, not from where its sound has come to
+    engine_->stepFrames(1, true); // from the frame, not from the position that its sound has reached
     mainThread_->runPosted();
     run(0.5);
     EXPECT_EQ(player().rate(), 0);
@@ -178,10 +179,10 @@ TEST_F(VideoEngineTest, aFrameIsHeardBesideThePlayerOrThroughIt) {
     engine_->stepFrames(1, true);
     mainThread_->runPosted();
     run(0.1);
-    engine_->seek(7.0); // nothing brings the playhead back
+    engine_->seek(7.0); // after this the playhead is not moved back
     run(0.5);
     EXPECT_EQ(at(), 7);
-    // Where nothing would be heard, nothing runs.
+    // If there is no sound to hear, no blip plays.
     for (const bool hasSound : {true, false}) {
         system_->usual.hasSound = hasSound;
         load(0, 4, 25, std::nullopt);
@@ -211,7 +212,7 @@ TEST_F(VideoEngineTest, anotherOffsetIsHeardAtOnceAndMovesNothing) {
         EXPECT_EQ(player().seeks, seeks);
         EXPECT_FALSE(engine_->sound().isDucking);
     }
-    // While the files are opened it is kept.
+    // It is kept while the files are opened.
     engine_->loadClip(FileURL{"/B.mov"}, TakeSound(FileURL{"/T.wav"}), 0, std::nullopt);
     engine_->setSyncOffsetSeconds(3);
     mainThread_->runPosted();
@@ -232,14 +233,14 @@ TEST_F(VideoEngineTest, aLoopGoesRoundUntilItIsCleared) {
     engine_->clearLoop();
     run(1);
     EXPECT_GT(at(), 1);
-    // By the end of the clip too; and who steps out of it while it stands is not brought back.
+    // The same at the end of the clip; and a step out of a paused loop is not moved back into it.
     engine_->setLoopRegion(9.8, 12);
     EXPECT_EQ(engine_->loop().loopEnd, (MediaTime{10, 1}));
     mainThread_->runPosted();
     run(0.8);
     EXPECT_TRUE(engine_->transport().isPlaying);
     EXPECT_NEAR(at(), 9.4, 0.05);
-    // Around a moment behind the end the last frames go round.
+    // Around a position after the end, the last frames are repeated.
     engine_->setLoopRegion(1000, 12);
     EXPECT_EQ(engine_->loop().loopStart, (MediaTime{19, 2}));
     mainThread_->runPosted();
@@ -250,7 +251,7 @@ TEST_F(VideoEngineTest, aLoopGoesRoundUntilItIsCleared) {
     engine_->seek(6);
     mainThread_->runPosted();
     EXPECT_EQ(at(), 6);
-    // A file that ends before the loop begins: once, and then it stands.
+    // A file that ends before the loop begins plays once, and then pauses.
     player().cutOffAt = {5, 1};
     engine_->setLoopRegion(8, 12);
     mainThread_->runPosted();
@@ -281,7 +282,7 @@ TEST_F(VideoEngineTest, onlyTheNewestLoadCounts) {
     mainThread_->runPosted();
     EXPECT_TRUE(first.isDone() && second.isDone());
     EXPECT_FALSE(engine_->transport().isLoaded || engine_->transport().isLoading);
-    press("LPSK"); // nothing to do it with
+    press("LPSK"); // without a clip these do nothing
     engine_->stepFrames(1, true);
     engine_->setLoopRegion(1, 12);
     EXPECT_EQ(engine_->loop().jklLabel, "STOP");

@@ -69,7 +69,8 @@ TEST_F(WorkDoubtsTest, SayWhyAClipHasNoMatch) {
 TEST_F(WorkDoubtsTest, ListeningSaysWhatItFoundWithoutAnyMatch) {
     const test::TemporaryDirectory folder;
     constexpr std::uint32_t rate = 8000;
-    // Noise that changes its level as speech does; the camera hears the take from its sixth second on.
+    // Noise whose level changes as in speech; the camera's microphone hears the take from the sixth second
+    // on.
     std::mt19937 random(1);
     std::uniform_real_distribution<float> level(-50, -10), noise(-1, 1);
     std::vector<float> take(std::size_t{25} * rate);
@@ -204,7 +205,7 @@ TEST_F(WorkDoubtsTest, MenuShowsSoundOfAnotherDayLast) {
     controller_->clips().toggleLocked(menu.id);
     EXPECT_TRUE(results.candidates(menu.id).empty());
 
-    // Two clips show together that their headers count eight hours ahead.
+    // Two clips together show that their headers count eight hours ahead.
     SyncGroup evening(test::video("E.mov", "16:30:00:00"), {}, MatchStatus::unmatched());
     evening.video.headerDate = dateFromISO8601("2024-05-18T00:30:00Z");
     menu.video.startTimecodeString = "15:10:00:00";

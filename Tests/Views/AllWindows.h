@@ -8,7 +8,7 @@
 
 namespace orvane::test {
 
-/// Makes the windows speak a language while it lives.
+/// Shows the windows in a language while this object exists.
 class Spoken {
   public:
     explicit Spoken(const QString& language) { views::installLanguage(application(), language); }
@@ -17,7 +17,7 @@ class Spoken {
     Spoken& operator=(const Spoken&) = delete;
 };
 
-/// The window, every sheet and the settings, in a language and in the narrowest form.
+/// The window, every sheet and the settings, in one language and at their smallest width.
 class AllWindows : Spoken, public ShootWindow {
   public:
     explicit AllWindows(const QString& language) : Spoken(language) {
@@ -45,7 +45,7 @@ class AllWindows : Spoken, public ShootWindow {
     views::SettingsWindow& settingsWindow() { return *settingsWindow_; }
 
   private:
-    views::SettingsWindow* settingsWindow_ = nullptr; ///< of the window
+    views::SettingsWindow* settingsWindow_ = nullptr; ///< belongs to the window
 };
 
 } // namespace orvane::test

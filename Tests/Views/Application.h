@@ -12,14 +12,14 @@
 
 namespace orvane::test {
 
-/// One application for all tests of the program, without a screen.
+/// One application for all tests of the desktop program, without a screen.
 inline QApplication& application() {
     static int count = 1;
     static char name[] = "test";
     static char* arguments[] = {name, nullptr};
     static QApplication* const made = [] {
         qputenv("QT_QPA_PLATFORM", "offscreen");
-        // Nothing of the user's is seen or changed.
+        // Nothing of the user's is read or changed.
         static const TemporaryDirectory homes;
         for (const char* home : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME"})
             qputenv(home, QByteArray::fromStdString(homes.path(home)));
@@ -32,7 +32,7 @@ inline QApplication& application() {
     return *made;
 }
 
-/// Serves the loop until the test holds; a failure after ten seconds.
+/// Runs the event loop until the condition is true; false after ten seconds.
 inline bool waitUntil(const std::function<bool()>& holds) { return QTest::qWaitFor(holds, 10'000); }
 
 } // namespace orvane::test

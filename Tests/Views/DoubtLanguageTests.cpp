@@ -20,7 +20,7 @@ double startOfTake(std::size_t take) {
     return 36000 + 400 * number + 11 * number * number;
 }
 
-/// Takes of 20 s of one camera and of a recorder that is late by that.
+/// Takes of 20 s by one camera, and a recorder whose clock is late by `secondsLate`.
 Shot takes(std::initializer_list<double> secondsLate, const char* filmed = nullptr,
            const char* recorded = nullptr) {
     Shot shot;
@@ -50,7 +50,7 @@ std::vector<Shot> doubtedShoots() {
         takes({0, 0, 0, 0}, "2024-05-17", "2000-01-01"),
         takes({-913, -913, -913, -913, -913}, "2024-05-17", "2000-01-01"),
         takes({0, 0, 0}, "2024-05-17", "2024-05-18"),
-        ofRight([](Shot& shot) { // a second camera, with a clock of its own
+        ofRight([](Shot& shot) { // a second camera, with another clock
             for (std::size_t i = 0; i < 5; ++i)
                 shot.videos.push_back(clipAt("/B/B" + std::to_string(i) + ".mov", startOfTake(i) + 4200, 20));
         }),
@@ -65,7 +65,7 @@ std::vector<Shot> doubtedShoots() {
         }),
         ofRight([](Shot& shot) { shot.audios.push_back(recordingAt("/S/U.wav", startOfTake(0) + 12, 40)); }),
         ofRight([](Shot& shot) { shot.audios.push_back(recordingAt("/R/U.wav", startOfTake(0) - 5, 29)); }),
-        ofRight([](Shot& shot) { // another unit that rolled during the first take
+        ofRight([](Shot& shot) { // another unit, which recorded during the first take
             for (auto* files : {&shot.videos, &shot.audios})
                 for (MediaAsset& file : *files) file.url.path = "/U1" + file.url.path;
             for (std::size_t i = 0; i < 4; ++i) {
@@ -76,7 +76,7 @@ std::vector<Shot> doubtedShoots() {
         }),
         ofRight([](Shot& shot) { shot.audios[0].durationSeconds = 9; }),
         ofRight([](Shot& shot) { shot.audios[0].heldShare = 0.4; }),
-        ofRight([](Shot& shot) { // a recorder that knows no time
+        ofRight([](Shot& shot) { // a recorder without a clock
             for (MediaAsset& audio : shot.audios) audio.bextTimeReference.reset();
         }),
         ofRight([](Shot& shot) { shot.videos[0].startTimecodeString = "10:00:00:27"; }),
@@ -84,14 +84,14 @@ std::vector<Shot> doubtedShoots() {
             shot.audios[0] = recordingAt("/S/T_1.wav", startOfTake(0) - 4, 10);
             shot.audios.push_back(recordingAt("/S/T_2.wav", startOfTake(0) + 8, 20));
         }),
-        ofRight([](Shot& shot) { // counted while the camera runs
+        ofRight([](Shot& shot) { // timecode that counts only while the camera records
             for (std::size_t i = 0; i < shot.videos.size(); ++i) {
                 MediaAsset& video = shot.videos[i];
                 video = clipAt(video.url.path, 36000 + 20.0 * static_cast<double>(i), 20);
                 video.headerDate = *dateFromISO8601("2024-05-17T10:00:00Z") + std::chrono::minutes(7 * i);
             }
         }),
-        ofRight([](Shot& shot) { // takes in three mono files each, but for the first one
+        ofRight([](Shot& shot) { // takes in three mono files each, except the first one
             shot.audios.clear();
             for (std::size_t take = 0; take < shot.videos.size(); ++take)
                 for (const char* channel : {"1", "2", "3"}) {
@@ -111,7 +111,7 @@ std::vector<Shot> doubtedShoots() {
     };
 }
 
-/// The words of English that German has not.
+/// Whether the text has English words that do not exist in German.
 bool hasEnglish(QString text) {
     static const QRegularExpression names(QStringLiteral("'[^']*'"));
     static const QRegularExpression words(
@@ -127,7 +127,7 @@ TEST(DoubtLanguageTest, SaysEveryKindOfDoubtAndItsCureInGerman) {
     std::set<DoubtKind> kinds;
     for (Shot& shot : doubtedShoots()) {
         shot.diagnose();
-        SmartAudioResults results; // speech on a channel that is off
+        SmartAudioResults results; // speech on a channel that is switched off
         std::unordered_map<UUID, HeardLag> heard;
         for (const SyncGroup& group : shot.groups) {
             SmartAudioResult result;

@@ -17,7 +17,7 @@ namespace orvane::views {
 
 namespace {
 
-/// Takes feedback on the loopback interface, or refuses it.
+/// Accepts feedback on the loopback interface, or refuses it.
 class FeedbackServer {
   public:
     FeedbackServer() {
@@ -36,7 +36,7 @@ class FeedbackServer {
         thread_.join();
     }
     std::string address() const { return "http://127.0.0.1:" + std::to_string(port_) + "/feedback"; }
-    /// What came last, by the names of the form's fields.
+    /// The last message received, by the names of the form's fields.
     std::map<std::string, std::string> parts() {
         const std::lock_guard lock(mutex_);
         return parts_;
@@ -53,7 +53,7 @@ class FeedbackServer {
 
 class FeedbackTest : public testing::Test, protected test::ShootWindow {
   protected:
-    /// Opens the sheet with a message, once the report is there.
+    /// Opens the sheet and enters a message, once the report is shown.
     QDialog& write(const QString& message) {
         showFeedback(*desktop_, window_.get());
         type(sheet(), "Your message", message);

@@ -51,7 +51,7 @@ class InspectorTest : public testing::Test {
         inspector_->show();
         inspector_->activateWindow();
     }
-    /// Serves the loop until the test holds; a failure after ten seconds.
+    /// Runs the event loop until the condition is true; false after ten seconds.
     static bool waitUntil(const std::function<bool()>& holds) { return QTest::qWaitFor(holds, 10'000); }
     static void serve() { QCoreApplication::processEvents(); }
 
@@ -122,13 +122,14 @@ TEST_F(InspectorTest, fieldsCommitOnReturnRestoreOnEscapeAndSayWhatIsWrong) {
     EXPECT_TRUE(std::ranges::any_of(labels, [](QLabel* one) {
         return one->text() == "In Final Cut Pro: Hero Cam A";
     })) << "what is exported can be seen before it is decided";
-    named<QLineEdit>("Offset in seconds").setFocus(); // leaving a field commits too
+    named<QLineEdit>("Offset in seconds").setFocus(); // leaving a field also applies it
     EXPECT_EQ(clip("A001C001").manualClipName, "Hero");
     desktop_->run("undo");
     EXPECT_FALSE(clip("A001C001").manualClipName);
     serve();
 
-    // It begins with the present name, without the camera, and left as it is that one stays automatic.
+    // The field begins with the present name, without the camera; if it is left unchanged, the name stays
+    // automatic.
     name.setFocus();
     serve();
     EXPECT_EQ(name.selectedText(), name.placeholderText());
@@ -313,7 +314,7 @@ TEST_F(InspectorTest, aQuestionMarkShowsTheKeysAndAnyKeyClosesThem) {
                 overlay.spoken().contains("Return: Mark Synced"));
 }
 
-/// Pictures for people to look at, where ORVANE_PICTURES names a folder.
+/// Writes pictures for people to look at, if ORVANE_PICTURES names a folder.
 TEST_F(InspectorTest, canBeLookedAt) {
     const QString folder = qEnvironmentVariable("ORVANE_PICTURES");
     if (folder.isEmpty()) GTEST_SKIP() << "nobody wants to look";
@@ -335,7 +336,7 @@ TEST_F(InspectorTest, canBeLookedAt) {
             whole(width);
             grab(*inspector_, QStringLiteral("inspector-%1-%2").arg(file).arg(width));
         }
-    // What an analysis and a choice to make add.
+    // Adds what an analysis and an open choice show.
     std::vector<SyncGroup> groups(desktop_->controller().work().syncGroups().begin(),
                                   desktop_->controller().work().syncGroups().end());
     for (SyncGroup& group : groups)

@@ -23,7 +23,7 @@ namespace orvane::views {
 
 namespace {
 
-/// The English forms of which the German one differs: the fixed ones, and patterns of those with names in
+/// The English texts whose German translation differs: the fixed ones, and patterns for those with names in
 /// them.
 class Catalogue {
   public:
@@ -40,7 +40,7 @@ class Catalogue {
             for (const QString& key : all["sentences"].toObject().keys()) {
                 static const QRegularExpression place(QStringLiteral("\\\\%\\d"));
                 const QString pattern = QRegularExpression::escape(key).replace(place, ".+?");
-                // What is made of little but names fits everything.
+                // A pattern that is almost only names would match everything.
                 if (QString(key).remove(QRegularExpression("%\\d|[^A-Za-z]")).size() > 5)
                     sentences_.append(QRegularExpression(QRegularExpression::anchoredPattern(pattern)));
             }
@@ -66,7 +66,7 @@ void addItems(const QAbstractItemModel& model, const QModelIndex& parent, QStrin
         }
 }
 
-/// Everything that a window says, in view or when it is asked for.
+/// All texts of a window, visible or available on request.
 QStringList textsOf(QWidget& top) {
     QStringList texts{top.windowTitle()};
     for (const QWidget* one : top.findChildren<QWidget*>()) {
@@ -87,7 +87,7 @@ QStringList textsOf(QWidget& top) {
     return texts;
 }
 
-/// Words that only English has, between blanks: they give away a text that is in no catalogue.
+/// Words between blanks that only English has: they show that a text is in no catalogue.
 bool isEnglish(const QString& line) {
     static const QRegularExpression words(QStringLiteral(
         "\\b(the|of|and|or|with|without|for|to|from|is|are|by|what|which|this|that|all|where|not)\\b"));
@@ -104,7 +104,7 @@ TEST(LanguageTest, NoWindowSaysAnythingInEnglishInGerman) {
         windows.settingsWindow().showTab(tab);
         QCoreApplication::processEvents();
     }
-    // What is looked up in the background is said as well.
+    // Texts that are found in the background are included.
     for (auto* checks : windows.window().findChildren<QWidget*>(QStringLiteral("diagnostics")))
         ASSERT_TRUE(test::waitUntil([&] { return checks->findChildren<QLabel*>().size() > 5; }));
     const Catalogue catalogue;

@@ -24,7 +24,7 @@ namespace {
 
 using test::waitUntil;
 
-/// What comes into the window: folders, projects, drops and sessions.
+/// Opening folders, projects, dropped files and sessions in the window.
 class OpeningTest : public testing::Test, protected test::ShootWindow {};
 
 } // namespace
@@ -37,7 +37,7 @@ TEST_F(OpeningTest, ScansNothingWhereAFolderThatIsNamedIsNotThere) {
     EXPECT_TRUE(waitUntil([&] { return work().folders() == ready; })) << "to be scanned";
     QCoreApplication::processEvents();
     EXPECT_FALSE(window_->isScanning());
-    desktop_->run("noSuchCommand"); // from a slot, which nothing may leave by an exception
+    desktop_->run("noSuchCommand"); // from a slot, which must let no exception out
     EXPECT_TRUE(bannerText().contains("noSuchCommand"));
 }
 
@@ -73,7 +73,7 @@ TEST_F(OpeningTest, AFolderThatIsNotThereIsToldOfAtItsField) {
 TEST_F(OpeningTest, ScansTheFoldersThatWereNamedLastAndNoneWhereOneCannotBeRead) {
     const std::string shoot = folder_.path("shoot");
     window_->scanFolders({text(shoot + "/sound")});
-    window_->scanFolders({text(shoot)}); // before it is known whether the other can be read
+    window_->scanFolders({text(shoot)}); // before it is known whether the first folders can be read
     ASSERT_TRUE(waitUntil([&] { return !window_->isScanning(); }));
     const std::vector last{FileURL{shoot}};
     EXPECT_EQ(work().folders(), last);
@@ -102,7 +102,7 @@ TEST_F(OpeningTest, WhatIsDroppedGoesWhereItBelongs) {
         << bannerText().toStdString();
     drop({"shoot/sound"});
     EXPECT_EQ(bannerText(), "");
-    drop({"shoot/camera"}); // does not take the place of the sound
+    drop({"shoot/camera"}); // does not replace the sound folder
     const auto folderOf = [&](const auto& url) { return url ? url->lastPathComponent() : std::string(); };
     EXPECT_TRUE(waitUntil([&] {
         return folderOf(work().videoFolderURL()) == "camera" && folderOf(work().audioFolderURL()) == "sound";
@@ -140,7 +140,7 @@ TEST_F(OpeningTest, ANewScanIsLeftWithoutATraceAndActsOnNoClip) {
     window_->findChild<QAction*>(QStringLiteral("newScan"))->trigger();
     ASSERT_EQ(pages->currentIndex(), 0);
     QTest::keyClick(window_.get(), Qt::Key_Return,
-                    Qt::ControlModifier); // approves what is selected in the list
+                    Qt::ControlModifier); // approves the selection of the list
     ASSERT_NE(qobject_cast<QLineEdit*>(window_->focusWidget()), nullptr) << "a folder can be typed at once";
     QTest::keyClick(window_->focusWidget(), Qt::Key_Escape);
     EXPECT_EQ(pages->currentIndex(), 2);
@@ -164,7 +164,7 @@ TEST_F(OpeningTest, AScanThatTakesDecisionsAwaySaysSoBeforeAndAfter) {
     desktop_->run("undo");
     EXPECT_TRUE(clip("A001C001").isLocked);
 
-    // So does the scan of a cure that is chosen in the review.
+    // The scan of a cure that is chosen in the review does so too.
     table().selectRow(rowOf("A001C001"));
     QTest::keyClick(&table(), Qt::Key_Return);
     ASSERT_TRUE(waitUntil([&] { return desktop_->players().review()->groupID().has_value(); }));
@@ -175,7 +175,7 @@ TEST_F(OpeningTest, AScanThatTakesDecisionsAwaySaysSoBeforeAndAfter) {
     press(*window_->centralWidget(), "Undo");
     EXPECT_TRUE(clip("A001C001").isLocked);
 
-    // A session that is opened takes the place of the page on which a scan was prepared.
+    // A session that is opened replaces the page on which a scan was prepared.
     const UUID first = *desktop_->sessions().currentSessionId();
     desktop_->run("newSession");
     window_->findChild<QAction*>(QStringLiteral("newScan"))->trigger();
@@ -223,8 +223,8 @@ TEST_F(OpeningTest, AnotherShootGetsASessionOfItsOwn) {
     QCoreApplication::sendEvent(*sessions, &asks);
     EXPECT_TRUE(asks.isAccepted()) << "the session is renamed, and no clip";
 
-    // What is open is not read again by a second double click, as that would take the steps back; and rows
-    // stay while the work is saved, so that a double click that has begun finds its row.
+    // A second double click does not read the open session again, because that would clear the undo steps.
+    // The rows stay while the work is saved, so that the second click of a double click finds its row.
     SessionsPanel panel(*desktop_);
     panel.show();
     bool isWanted = false;
@@ -255,7 +255,7 @@ TEST_F(OpeningTest, WhatAProjectDoesNotHoldIsSaidOfOneThatWasSaved) {
             auto* dialog = dynamic_cast<QFileDialog*>(QApplication::activeModalWidget());
             ASSERT_NE(dialog, nullptr);
             dialog->selectFile(text(folder_.path(name)));
-            static_cast<QDialog*>(dialog)->done(QDialog::Accepted); // without its own question
+            static_cast<QDialog*>(dialog)->done(QDialog::Accepted); // without the question that it would ask
         });
         for (QAction* entry : window_->findChildren<QAction*>())
             if (entry->shortcut() == QKeySequence(Qt::CTRL | Qt::Key_S)) entry->trigger();
@@ -285,7 +285,7 @@ TEST_F(OpeningTest, AStartOpensTheNewestSessionOrSaysWhyNot) {
         QCoreApplication::processEvents();
     };
     const auto page = [&] { return window_->findChild<QStackedWidget*>()->currentIndex(); };
-    window_->resize(4000, 3000); // on a larger screen than the next time
+    window_->resize(4000, 3000); // saved on a larger screen than the next one
     window_->results().search()->setText("a001");
     window_->results().select({clip("A001C003").id});
     window_->close();
@@ -306,7 +306,7 @@ TEST_F(OpeningTest, AStartOpensTheNewestSessionOrSaysWhyNot) {
     window_->findChild<QAction*>("introduction")->trigger();
     EXPECT_TRUE(isWelcome());
 
-    // So does opening it again in the same run, also after a clip was only opened.
+    // Opening it again in the same run does so too, also if a clip was only opened.
     window_->openReview(clip("B001C001").id);
     desktop_->run("reset");
     ASSERT_TRUE(waitUntil([&] { return work().syncGroups().empty(); }));

@@ -37,7 +37,7 @@ using test::waitUntil;
 
 constexpr double offset = 0.4; ///< of the first camera's sound
 
-/// Two cameras of one take of two seconds, and a clip alone. The sound claps at 0.8 s.
+/// Two cameras of one take of two seconds, and a single clip. The sound has its clap at 0.8 s.
 class ReviewTest : public testing::Test {
   protected:
     ReviewTest() {
@@ -190,7 +190,7 @@ TEST_F(ReviewTest, TheStepsOfTheLoopAreButtonsWithTheirKeys) {
     EXPECT_EQ(place(), "3 of 3");
     EXPECT_FALSE(button("Next").isEnabled()) << "nothing comes behind the last";
 
-    // From a list that is searched the steps go through what it shows, until all is wanted again.
+    // From a filtered list, the steps go through the clips that it shows, until the search is cleared.
     press(Qt::Key_Escape);
     window_->results().search()->setText("a001");
     open();
@@ -216,7 +216,7 @@ TEST_F(ReviewTest, KeysOfTextAndOfTabbedControlsAreTheirs) {
     EXPECT_TRUE(waitUntil([&] { return !field.hasFocus(); }));
     EXPECT_TRUE(window_->review().isVisible()) << "Escape leaves the field first";
 
-    // The clip that is searched for is opened by keys, and Escape takes the words away before it leaves.
+    // The clip that is found is opened by keys, and Escape clears the search before it leaves the list.
     press(Qt::Key_F, Qt::ControlModifier);
     QLineEdit* search = window_->review().outline().search();
     ASSERT_EQ(QApplication::focusWidget(), search);
@@ -241,7 +241,8 @@ TEST_F(ReviewTest, KeysOfTextAndOfTabbedControlsAreTheirs) {
     }
     EXPECT_EQ(presses, 1) << "by Tab it is meant, by a click it was used";
     EXPECT_TRUE(engine().transport().isPlaying);
-    // One that greys itself under the focus leaves the keys to the review, not to its neighbour.
+    // A control that is disabled while it has the focus gives the keys to the review, not to the next
+    // control.
     QPushButton greyed(&window_->review());
     greyed.show();
     QWidget::setTabOrder(&greyed, &button);
@@ -252,7 +253,7 @@ TEST_F(ReviewTest, KeysOfTextAndOfTabbedControlsAreTheirs) {
     EXPECT_FALSE(engine().transport().isPlaying);
     EXPECT_TRUE(waitUntil([&] { return window_->review().hasFocus(); }));
     press(Qt::Key_Space);
-    // A held key that leaves with the window is up.
+    // A key that is held when the window loses the focus counts as released.
     QTest::keyPress(window_.get(), Qt::Key_K);
     QEvent away(QEvent::WindowDeactivate);
     QCoreApplication::sendEvent(window_.get(), &away);
@@ -281,7 +282,7 @@ TEST_F(ReviewTest, OnlyTextTakesAnInputMethod) {
     field.setFocus();
     QInputMethodEvent composing(QStringLiteral("か"), {});
     QCoreApplication::sendEvent(&field, &composing);
-    press(Qt::Key_K); // that the method does not use
+    press(Qt::Key_K); // a key that the input method does not use
     EXPECT_FALSE(desktop_->players().keyboard().kHeld() || engine().transport().isPlaying);
     QInputMethodEvent composed;
     composed.setCommitString(QStringLiteral("蚊"));
@@ -301,7 +302,7 @@ TEST_F(ReviewTest, LensAndFullscreenShowTheSamePicture) {
             if (qGray(seen.pixel(static_cast<int>(seen.width() * across), y)) > 150) return true;
         return false;
     };
-    // Frame 31 has all bars of the lowest five bits, which are the right half of a picture.
+    // Frame 31 has the bars of all five low bits, which are in the right half of a picture.
     EXPECT_TRUE(isLight(0.98)) << "the frame after the clap";
     press(Qt::Key_S);
     EXPECT_FALSE(lens.isVisible());
@@ -433,7 +434,7 @@ TEST_F(ReviewTest, RecordingsAreChosenAndAttachedByKeys) {
     ASSERT_TRUE(box != nullptr && box->isVisible());
     QTest::keyClick(box, Qt::Key_Return);
     EXPECT_FALSE(box->isVisible() || clip(2).isApproved) << "the key that was meant for the sheet";
-    // Back to before the choice: who locks what is heard settles it.
+    // Back to the state before the choice: locking the clip in view settles it.
     for (int i = 0; i < 2; ++i) desktop_->controller().undo();
     ASSERT_EQ(clip(2).matchStatus.kind, MatchStatus::Kind::ambiguous);
     press(Qt::Key_L, Qt::ControlModifier);
@@ -464,7 +465,7 @@ TEST_F(ReviewTest, ArrowsInTheListOpenTheClipThatTheyMark) {
 TEST_F(ReviewTest, TheMenuBarGivesTheKeyboardBack) {
     window_->openReview(ids_[0]);
     ASSERT_TRUE(window_->review().hasFocus());
-    // As Qt leaves it behind a second menu that Alt has opened.
+    // The state in which Qt leaves it after a second menu was opened with Alt.
     window_->menuBar()->setFocus(Qt::MenuBarFocusReason);
     ASSERT_FALSE(window_->review().hasFocus());
     QTest::keyClick(window_->menuBar(), Qt::Key_Escape);
@@ -502,7 +503,7 @@ TEST_F(ReviewTest, CamerasOfATakePlayTogether) {
     EXPECT_TRUE(bag.engines().empty());
     EXPECT_EQ(window_->results().selectedClips(), std::vector{ids_[0]}) << "as it was selected";
 
-    // The list beside the cameras leads to one of them.
+    // From the list beside the cameras, one of them is opened.
     window_->openMulticam({ids_[0], ids_[1]});
     QListView* shown = nullptr;
     for (auto* outline : window_->findChildren<QWidget*>(QStringLiteral("outline")))
@@ -534,7 +535,7 @@ TEST_F(ReviewTest, EveryActionHasAnEntryThatNamesItsKey) {
     for (const QMenu* menu : window_->menuBar()->findChildren<QMenu*>())
         for (const QAction* action : menu->actions()) entries << action->text();
     for (const ShortcutAction action : allShortcutActions()) {
-        if (!keyAction(action)) continue; // those of the menus are entries by nature
+        if (!keyAction(action)) continue; // those of the menus always have entries
         const QString name = text(label(action));
         const commands::Command* row = commands::commandOf(action);
         const int inMenusOfCommands = row != nullptr && row->entry ? 1 : 0;

@@ -37,7 +37,7 @@ namespace {
 
 using test::waitUntil;
 
-/// The drop itself: an event would be taken for a drag of another program's, which never entered.
+/// Calls the drop directly: Qt would take an event for another program's drag that had never entered.
 struct DroppedOn : QTreeWidget {
     using QTreeWidget::dropEvent;
 };
@@ -59,7 +59,7 @@ class SettingsTest : public testing::Test {
         window_->showTab(page);
         QCoreApplication::processEvents();
     }
-    /// Of the row of a setting, or of another widget of the window.
+    /// The control in the row of a setting, or another widget of the window.
     template <class Control>
     Control* find(std::string_view name) {
         QWidget* row = window_->findChild<QWidget*>(text(name));
@@ -113,7 +113,7 @@ TEST_F(SettingsTest, controlsStoreAtOnceAndFollowOthers) {
     click(buttonOf(*row, "Reset to default"));
     EXPECT_TRUE(waitUntil([&] { return !settings_->storedValue(settings::trimMode.key); }));
 
-    // What another window or program stores, useless values too.
+    // Values that another window or program stores, invalid ones too.
     settings_->set(settings::trimMode.key, "none");
     EXPECT_TRUE(waitUntil([&] { return trim->currentIndex() == 2; }));
     settings_->set(settings::trimMode.key, "banana");
@@ -125,7 +125,7 @@ TEST_F(SettingsTest, controlsStoreAtOnceAndFollowOthers) {
     QTest::keyClick(find<QCheckBox>(settings::splitEventsByScene.key), Qt::Key_Space);
     EXPECT_TRUE(waitUntil([&] { return find<QLineEdit>(settings::eventNamePattern.key)->isEnabled(); }));
 
-    // A mode moves the amounts, and the amounts are the user's again in the mode Custom.
+    // A mode sets the amounts; in the mode Custom the user's amounts are restored.
     open(SettingPage::smartAudio);
     auto* mode = find<QComboBox>(settings::smartAudioMode.key);
     mode->setFocus();
@@ -141,7 +141,7 @@ TEST_F(SettingsTest, controlsStoreAtOnceAndFollowOthers) {
     EXPECT_NEAR(settings_->get(settings::smartAudioVoiceIso), 0.71, 1e-6);
 }
 
-/// However many changes one write takes.
+/// The final order is right although several changes may be written at once.
 TEST_F(SettingsTest, placesAreWrittenInTheirOrder) {
     for (int i = 0; i <= 100; ++i) design::keptState::set(QStringLiteral("place"), i);
     design::keptState::set(QStringLiteral("gone"), 1);
@@ -293,7 +293,7 @@ TEST_F(SettingsTest, patternsRolesAndFieldsAreEdited) {
 TEST_F(SettingsTest, aSignInWaitsCanBeCancelledAndTakesACallback) {
     folder_.write("config/Orvane Tandrel/service.json",
                   R"({"baseURL": "https://lockit.invalid", "clientID": "id", "clientSecret": "secret"})");
-    const auto isPageShown = std::make_shared<std::atomic<bool>>(false); // on the thread that waits
+    const auto isPageShown = std::make_shared<std::atomic<bool>>(false); // set on the thread that waits
     desktop_->context().showPage = [isPageShown](const std::string&) {
         return isPageShown->store(true), true;
     };
@@ -346,7 +346,7 @@ TEST_F(SettingsTest, sessionsAreDraggedAndPresetsFollowTheFolder) {
     (tree->*&DroppedOn::dropEvent)(&drop);
     EXPECT_EQ(sessions.places().folderOfOpenSession(), "Winter");
     ASSERT_TRUE(waitUntil([&] { return tree->topLevelItemCount() == 1; }));
-    tree->topLevelItem(0)->setText(0, "Summer"); // as the editor in place does
+    tree->topLevelItem(0)->setText(0, "Summer"); // as the editor in the tree does
     EXPECT_TRUE(
         waitUntil([&] { return sessions.places().folderNames() == std::vector<std::string>{"Summer"}; }));
 
@@ -374,13 +374,13 @@ TEST_F(SettingsTest, sessionsAreDraggedAndPresetsFollowTheFolder) {
     EXPECT_TRUE(waitUntil([&] { return settings_->get(settings::eventName) == "Kept"; }));
     EXPECT_TRUE(waitUntil([&] { return presets->currentText() == "House-1"; }));
 
-    // Where no folder brings it back, the next start does.
+    // If no folder restores it, the next start does.
     sessions.places().setFolder(*sessions.currentSessionId(), std::nullopt);
     PresetBar next(*desktop_);
     EXPECT_TRUE(waitUntil([&] { return next.findChild<QComboBox*>()->currentText() == "House-1"; }));
     sessions.places().setFolder(*sessions.currentSessionId(), "Summer");
 
-    // What can't be brought back is asked for, and Return leaves it.
+    // A change that can't be undone is confirmed first, and Return declines.
     const auto answer = [&](const char* pressed, const auto& act) {
         QTimer::singleShot(0, &panel, [pressed] {
             auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());

@@ -45,7 +45,7 @@ TEST_F(SheetTest, RenamesAllClipsInOneStepAsThePreviewSays) {
         return clip.manualClipName.has_value();
     })) << "one step for all of them";
 
-    // Of several that are selected these alone.
+    // If several clips are selected, only these are changed.
     const std::vector<UUID> both{clip("A001C001").id, clip("B001C001").id};
     window_->results().select({both.front(), clip("A001C003").id});
     QCoreApplication::processEvents();
@@ -119,7 +119,7 @@ TEST_F(SheetTest, NamesAndApprovesSoundWithoutPicture) {
     ASSERT_TRUE(waitUntil([&] { return work().wildTracks()[0].customName == "Room of scene 12"; }));
     list->topLevelItem(0)->setCheckState(6, Qt::Checked);
     EXPECT_TRUE(waitUntil([&] { return work().wildTracks()[0].isApproved; }));
-    // Its keys mean the recording, and no clip of the list above.
+    // Its keys act on the recording, not on a clip of the list above.
     list->setCurrentItem(list->topLevelItem(0));
     list->setFocus();
     QTest::keyClick(list, Qt::Key_Return, Qt::ControlModifier);

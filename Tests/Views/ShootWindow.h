@@ -20,7 +20,7 @@
 
 namespace orvane::test {
 
-/// The window of the program over a small shoot, with settings and sessions of its own.
+/// The program's window with a small shoot, and with its own settings and sessions.
 class ShootWindow {
   public:
     ShootWindow() {
@@ -30,7 +30,7 @@ class ShootWindow {
         begin();
     }
 
-    /// As a start of the program does, over the same sessions.
+    /// Starts the program's window, with the same sessions.
     void begin() {
         window_.reset();
         views::Desktop::Dependencies dependencies;
@@ -43,7 +43,7 @@ class ShootWindow {
         QCoreApplication::processEvents();
     }
 
-    /// `shoot`: the name of a folder that holds one.
+    /// `shoot`: the name of a folder that contains a shoot.
     void scan(std::string_view shoot = "shoot") {
         const QString place = views::text(folder_.path(std::string(shoot)));
         window_->scanFolders({place + "/camera", place + "/sound"});
@@ -58,14 +58,14 @@ class ShootWindow {
     }
     QTableView& table() { return *window_->results().table(); }
     QString cell(int row, int column) { return table().model()->index(row, column).data().toString(); }
-    /// Of the screen; empty where none is shown.
+    /// The banner of the screen; empty if none is shown.
     QString bannerText() {
         for (const auto* one : window_->centralWidget()->findChildren<QFrame*>())
             if (const auto* banner = dynamic_cast<const design::Banner*>(one); banner && banner->isVisible())
                 return banner->text();
         return {};
     }
-    /// Of the list; below 0 where there is none.
+    /// The row in the list; below 0 if there is none.
     int rowOf(const QString& cameraFile) {
         for (int row = 0; row < table().model()->rowCount(); ++row)
             if (cell(row, 1).startsWith(cameraFile)) return row;

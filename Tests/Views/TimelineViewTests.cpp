@@ -31,7 +31,7 @@ namespace {
 using test::waitUntil;
 using RowKind = TimelineLayout::RowKind;
 
-/// Speech-like bursts, each channel with its own; a clap at 6 s on all.
+/// Bursts like speech, different on each channel; a clap at 6 s on all.
 std::vector<float> spokenSamples(int channels, int rate, int seconds) {
     std::vector<float> samples;
     for (int i = 0; i < rate * seconds; ++i)
@@ -46,7 +46,7 @@ std::vector<float> spokenSamples(int channels, int rate, int seconds) {
     return samples;
 }
 
-/// The timeline with a clip whose sound is read and whose player moves by hand.
+/// The timeline with a clip whose sound is loaded and whose player is moved by the test.
 class TimelineViewTest : public testing::Test {
   protected:
     explicit TimelineViewTest(int channels = 3) {
@@ -94,7 +94,7 @@ class TimelineViewTest : public testing::Test {
         review()->handleKeyAction(KeyAction::toggleAudioExpand);
         settle();
     }
-    /// Scroll bars that come or go lay the rows again, and what is painted then asks for tiles.
+    /// When scroll bars appear or disappear, the rows are placed again, and painting them requests tiles.
     void settle() {
         const auto turn = [] {
             for (int i = 0; i < 4; ++i) QCoreApplication::processEvents();
@@ -139,7 +139,7 @@ class TimelineViewTest : public testing::Test {
     std::unique_ptr<TimelineView> view_;
 };
 
-/// How many points of the canvas were painted in its width at a time.
+/// The greatest width, in points, of a rectangle of the canvas that was painted.
 class PaintWatch : public QObject {
   public:
     explicit PaintWatch(QWidget& watched) { watched.installEventFilter(this); }
@@ -166,7 +166,7 @@ TEST_F(TimelineViewTest, DragsTheSoundUnlessItIsLocked) {
     desktop_->controller().undo();
     EXPECT_EQ(clip().manualAudioOffsetSeconds, 0) << "one step";
 
-    // Escape while the button is held leaves everything as it was.
+    // Escape while the button is held undoes the drag.
     settle();
     QTest::mousePress(&canvas(), Qt::LeftButton, {}, from);
     QMouseEvent move(QEvent::MouseMove, from + QPoint(60, 0), canvas().mapToGlobal(from + QPoint(60, 0)),
@@ -194,7 +194,7 @@ TEST_F(TimelineViewTest, ClicksMoveThePlayheadAndSetTheAnchor) {
                       at(9, RowKind::sound));
     EXPECT_NEAR(clip().audioAnchorOffsetInAudioSeconds.value(), 5, tolerance);
 
-    // Skimming goes back to where the playhead was, unless something was clicked meanwhile.
+    // At the end of skimming the playhead moves back, unless something was clicked meanwhile.
     hover(at(20, RowKind::picture));
     hover(at(21, RowKind::picture));
     EXPECT_NEAR(playhead(), 21, tolerance);
@@ -212,7 +212,7 @@ TEST_F(TimelineViewTest, DrawsMovesAndRemovesRanges) {
     EXPECT_NEAR(clip().manualBlockOverrides[1].endSeconds, 20, tolerance);
     EXPECT_EQ(canvas().selectedRange(), clip().manualBlockOverrides[1].id) << "for Delete";
 
-    // An edge, inwards: what it leaves is free again, and all is one step.
+    // An edge that is moved inwards frees the rest, and all is one undo step.
     drag(at(15, RowKind::channel, 1, true), at(13, RowKind::channel, 1, true));
     EXPECT_NEAR(clip().manualBlockOverrides[0].endSeconds, 13, tolerance);
     desktop_->controller().undo();
@@ -236,7 +236,7 @@ TEST_F(TimelineViewTest, BoxesOfAChannelRunTheirCommands) {
     settle();
     EXPECT_EQ(clip().algorithmExcludedTracks, std::set{2});
     EXPECT_FALSE(box("ALGO-2").isChecked());
-    // The analysis that follows may choose other tracks; what is pressed then stays.
+    // The analysis that follows may choose other tracks; the track that was pressed keeps its state.
     const bool wasOn = box("ON-1").isChecked();
     box("ON-1").setFocus();
     QTest::keyClick(&box("ON-1"), Qt::Key_Space);
@@ -313,7 +313,7 @@ TEST_F(TimelineViewTest, SaysThatASoundIsMissingHoweverSoonThatIsKnown) {
 
 TEST_F(TimelineViewTest, NothingIsLeftUnpainted) {
     openExpanded();
-    view_->hide(); // what it wants itself would be drawn instead
+    view_->hide(); // otherwise it would request tiles itself
     constexpr QRgb nothing = 0xFFFF00FF;
     for (const double ratio : {1.0, 1.5, 2.0})
         for (const int steps : {0, 3, 9})
@@ -326,7 +326,7 @@ TEST_F(TimelineViewTest, NothingIsLeftUnpainted) {
                 const QSize size(static_cast<int>(placed.width()), static_cast<int>(placed.height()) + 20);
                 QImage image(size * ratio, QImage::Format_RGB32);
                 image.setDevicePixelRatio(ratio);
-                // Without its tiles, and once they are there.
+                // First without its tiles, and then with them.
                 for (const bool isReady : {false, true}) {
                     image.fill(nothing);
                     QPainter painter(&image);

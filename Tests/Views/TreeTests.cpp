@@ -15,7 +15,7 @@ namespace orvane::views {
 
 namespace {
 
-/// What every window must keep, looked up in all that is shown of it.
+/// Rules for every window, checked in all that is shown of it.
 class Tree {
   public:
     explicit Tree(QWidget& top) : top_(top), image_(top.grab().toImage()) {
@@ -41,7 +41,7 @@ class Tree {
         if (const auto* button = qobject_cast<const QAbstractButton*>(&widget)) return button->text();
         return {};
     }
-    /// Labels that wrap take the room that they need.
+    /// A label with several lines must have the height that it needs.
     static bool isCut(const QWidget& widget) {
         if (const auto* label = qobject_cast<const QLabel*>(&widget)) {
             if (!label->pixmap().isNull() || label->text().isEmpty()) return false;
@@ -63,7 +63,7 @@ class Tree {
     }
     static bool takesFocusUnnamed(const QWidget& widget) {
         if (qobject_cast<const QAbstractSpinBox*>(widget.parentWidget()) != nullptr)
-            return false; // which has one
+            return false; // the spin box has the name
         if (widget.focusPolicy() == Qt::NoFocus || !widget.accessibleName().isEmpty()) return false;
         if (const auto* button = qobject_cast<const QAbstractButton*>(&widget))
             return button->text().isEmpty();
@@ -72,7 +72,8 @@ class Tree {
                widget.inherits("QPlainTextEdit") || widget.inherits("QAbstractItemView");
     }
     QRect placeOf(const QWidget& widget) const { return {widget.mapTo(&top_, QPoint(0, 0)), widget.size()}; }
-    /// The commonest colour below a text is its ground, and that which differs most from it the text's.
+    /// The most frequent colour below a text is its background, and the colour that differs most from that is
+    /// the text's.
     void expectReadable(const QWidget& widget) const {
         const QString text = textOf(widget);
         if (!widget.isEnabled() || text.trimmed().isEmpty() || widget.height() < 8) return;
@@ -92,7 +93,7 @@ class Tree {
         constexpr double least = 4.5;
         EXPECT_GE(best, least) << ground.name().toStdString();
     }
-    /// Controls in one place of a layout do not lie over each other.
+    /// Controls in one place of a layout do not overlap.
     void expectApart(const QWidget& widget) const {
         if (!qobject_cast<const QAbstractButton*>(&widget) && !qobject_cast<const QLabel*>(&widget)) return;
         for (const QWidget* other : shown_) {
@@ -102,7 +103,7 @@ class Tree {
                 << "over " << textOf(*other).toStdString();
         }
     }
-    /// A colour of a twentieth of the window and more is one of the theme's.
+    /// Every colour on a twentieth of the window or more is one of the theme's.
     void expectThemeAlone() const {
         const design::Colours& all = design::colours();
         const QColor theme[] = {all.window, all.panel, all.raised,   all.hovered,   all.line,

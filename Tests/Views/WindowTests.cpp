@@ -60,7 +60,7 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
     ASSERT_EQ(table().model()->rowCount(), 4);
     EXPECT_EQ(pages->currentIndex(), 2);
 
-    // Two cameras of one recording stand together, and the first folds the other away.
+    // Two cameras with one recording are next to each other, and the first row folds the other away.
     const int first = rowOf("A001C001");
     ASSERT_EQ(rowOf("B001C001"), first + 1);
     EXPECT_TRUE(cell(first, 5).contains("DAY1_T01.WAV"));
@@ -68,7 +68,7 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
         return one->text() == "Matched  3" && one->toolTip().startsWith("2 with sound and 1 MOS");
     }));
     ASSERT_TRUE(waitUntil([&] { return desktop_->controller().derivedDoubts().derive().isDone(); }));
-    QCoreApplication::processEvents(); // what is in doubt stands above the list
+    QCoreApplication::processEvents(); // the doubts are shown above the list
     const QPoint before = table().mapTo(window_.get(), QPoint());
     desktop_->run("noSuchCommand");
     EXPECT_TRUE(bannerText().contains("noSuchCommand"));
@@ -80,7 +80,7 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
     QTest::mouseClick(table().viewport(), Qt::LeftButton, {}, name.topLeft() + QPoint(12, name.height() / 2));
     ASSERT_EQ(table().model()->rowCount(), 4);
 
-    // Several clips at once are one step to take back.
+    // A change of several clips is one undo step.
     table().selectAll();
     table().selectionModel()->setCurrentIndex(table().model()->index(2, 3), QItemSelectionModel::NoUpdate);
     QTest::keyClick(window_.get(), Qt::Key_Return, Qt::ControlModifier);
@@ -90,11 +90,11 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
     EXPECT_TRUE(std::ranges::any_of(window_->statusBar()->findChildren<QLabel*>(), [](const QLabel* label) {
         return label->text().startsWith("4 selected · 4 clips");
     }));
-    QCoreApplication::processEvents(); // menus follow in the next turn of the loop
+    QCoreApplication::processEvents(); // menus are updated in the next turn of the loop
     QTest::keyClick(window_.get(), Qt::Key_Z, Qt::ControlModifier);
     EXPECT_FALSE(clip("A001C001").isApproved || clip("A001C003").isApproved);
 
-    // Home and End go to the first and the last row, with Shift all rows on the way are selected.
+    // Home and End go to the first and the last row; with Shift all rows between are selected.
     for (const auto& [key, modifiers, row, selected] :
          {std::tuple(Qt::Key_End, Qt::NoModifier, 3, 1U), std::tuple(Qt::Key_Home, Qt::NoModifier, 0, 1U),
           std::tuple(Qt::Key_End, Qt::ShiftModifier, 3, 4U)}) {
@@ -103,7 +103,7 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
         EXPECT_EQ(window_->results().selectedClips().size(), selected);
     }
 
-    // Left goes to the row that folds this one away, and folds it; Right unfolds it.
+    // Left selects the row that folds this one away, and then folds it; Right unfolds it.
     table().selectRow(first + 1);
     for (const auto& [key, rows] : {std::pair(Qt::Key_Left, 4), {Qt::Key_Left, 3}, {Qt::Key_Right, 4}}) {
         QTest::keyClick(&table(), key);
@@ -111,7 +111,7 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
         EXPECT_EQ(table().currentIndex().row(), first);
     }
 
-    // Search and filter show what they say; Down leads from the search into the list, and so does Escape.
+    // Search and filter show the matching rows; Down moves from the search into the list, and so does Escape.
     QLineEdit* search = window_->results().search();
     search->setFocus();
     QTest::keyClicks(search, "t01");
@@ -128,7 +128,7 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
     table().sortByColumn(1, Qt::DescendingOrder);
     EXPECT_LT(rowOf("A001C003"), rowOf("A001C001"));
 
-    // A decision takes no selection away, and where it takes the row, the next one is selected.
+    // A decision keeps the selection; if it removes the row, the next row is selected.
     table().selectRow(1);
     const UUID chosen = window_->results().selectedClips().front();
     const QString next = cell(2, 1);
@@ -181,12 +181,12 @@ TEST_F(WindowTest, EntriesOfMenusHaveTheKeysOfTheUser) {
     };
     using enum ShortcutAction;
     const struct {
-        std::optional<ShortcutAction> action; ///< that is given the key
+        std::optional<ShortcutAction> action; ///< the action that gets the key
         const char *key, *lock, *approve, *resync;
     } cases[] = {{{}, "", "Ctrl+L", "Ctrl+Return", "Ctrl+R"},
                  {lockCurrent, "command+k", "Ctrl+K", "Ctrl+Return", "Ctrl+R"},
-                 {lockCurrent, "command+r", "", "Ctrl+Return", "Ctrl+R"}, // an entry has it already
-                 {lockCurrent, "x", "", "Ctrl+Return", "Ctrl+R"},         // for the review alone
+                 {lockCurrent, "command+r", "", "Ctrl+Return", "Ctrl+R"}, // an entry already has it
+                 {lockCurrent, "x", "", "Ctrl+Return", "Ctrl+R"},         // in the review only
                  {lockCurrent, "command+return", "", "Ctrl+Return", "Ctrl+R"},
                  {toggleApproved, "command+shift+m", "Ctrl+Return", "Ctrl+Shift+M", "Ctrl+R"}};
     for (const auto& one : cases) {
@@ -230,7 +230,7 @@ TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {
     EXPECT_TRUE(button(exporting, "Done")->isDefault()) << "Return writes nothing again";
     EXPECT_TRUE(button(exporting, "Done")->hasFocus());
 
-    // The card is pulled out.
+    // The card is removed.
     std::filesystem::rename(folder_.path("shoot"), folder_.path("away"));
     JSON arguments = JSON::object();
     arguments.set("mode", "standard");
@@ -251,7 +251,7 @@ TEST_F(WindowTest, ExportsAndRefusesToReplaceUnasked) {
     };
     EXPECT_TRUE(waitUntil(isFirst)) << warnings().toStdString();
     desktop_->runForClips("toggleExcludedFromExport", {clip("B001C001").id});
-    const ExportSheet later(*desktop_, window_.get()); // says so before anything is written
+    const ExportSheet later(*desktop_, window_.get()); // warns before anything is written
     QString leftOut;
     EXPECT_TRUE(waitUntil([&] {
         for (const auto* one : later.findChildren<QLabel*>())
@@ -277,7 +277,7 @@ TEST_F(WindowTest, ASheetThatIsHigherThanTheScreenScrollsAndCutsNothing) {
         clips.back().matchStatus = MatchStatus::unmatched();
     }
     desktop_->controller().openStoredWork({{}, {}, SyncGroupList(std::move(clips))});
-    // Why clips are left out changes the height once it is known.
+    // The reasons why clips are left out change the height once they are known.
     ASSERT_TRUE(waitUntil([&] { return desktop_->controller().derivedDoubts().derive().isDone(); }));
     ExportSheet exporting(*desktop_, window_.get());
     exporting.show();
@@ -311,7 +311,7 @@ TEST_F(WindowTest, LongWorkIsShownWhileItRunsAndCanBeCancelled) {
     EXPECT_TRUE(isShownRightly);
     EXPECT_TRUE(state.results.empty());
     EXPECT_EQ(bannerText(), "Smart Audio has analyzed 0 of 2 clips with sound.");
-    // By the model: a view toggles where the keys of another test count as held.
+    // Through the model: a view would toggle if it took the keys of another test as held.
     const QTableView* list = window_->results().table();
     list->selectionModel()->select(list->model()->index(0, 0),
                                    QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);

@@ -294,8 +294,7 @@ TEST_F(SessionKeepingTest, twoProgramsKeepBothSidesWork) {
         folder_.write(id.text() + ".orvanesync/" + record, "{");
     approveFirst();
     flush();
-    for (const char* record :
-         {"folders.json", "session.json.unreadable"}) // folders: they were not changed here
+    for (const char* record : {"folders.json", "session.json.unreadable"}) // folders: unchanged here
         EXPECT_EQ(folder_.read(file(id, record)), "{");
     // Folders of sessions: one list with changes by both sides.
     EXPECT_TRUE(manager_->places().createFolder("Ours"));

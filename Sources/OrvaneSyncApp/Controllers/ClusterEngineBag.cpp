@@ -138,7 +138,7 @@ void ClusterEngineBag::playAll() {
     if (!id) return;
     const VideoEngine& leader = *engines_.at(*id);
     const MediaTime end = leader.transport().duration;
-    const bool isAtEnd = end > MediaTime() && leader.position() >= end; // who starts there starts anew
+    const bool isAtEnd = end > MediaTime() && leader.position() >= end; // playing then begins at the start
     const MediaTime shared =
         (isAtEnd ? MediaTime() : leader.position()) - MediaTime::fromSeconds(offsetOf(*id));
     const auto start = leader.player()->hostTime() + lead;

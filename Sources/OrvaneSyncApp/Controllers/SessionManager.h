@@ -123,8 +123,7 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
     const SessionStore store_;
     Repeating autosaveTimer_, lookTimer_;
     bool isStarted_ = false;
-    std::uint64_t openings_ =
-        0; ///< number of the latest opening: an earlier one that is still reading has no effect
+    std::uint64_t openings_ = 0;                ///< number of the latest; an earlier one has no effect
     std::optional<std::string> openingProject_; ///< the name of a project while it is being opened
     /// Declared before its users, so it is destroyed after them, which waits for all posted work.
     const std::unique_ptr<platform::SerialQueue> queue_;

@@ -48,8 +48,8 @@ class SignInStore {
 
     const std::shared_ptr<platform::CredentialStore> store_;
     const std::shared_ptr<platform::MainThread> mainThread_;
-    const std::unique_ptr<platform::SerialQueue>
-        queue_; // last member: it is destroyed first, which waits for its work
+    // Last member: it is destroyed first, which waits for its work.
+    const std::unique_ptr<platform::SerialQueue> queue_;
 };
 
 } // namespace orvane

@@ -175,8 +175,7 @@ struct SmartAudioRuns::Run {
     SmartAudioProgress progress{"", 0, 1, 0}; ///< at the beginning of the present clip
     double effort = 0;                        ///< of all recordings of the run
     std::uint64_t removals = 0;               ///< removals of the present clip's results when its turn came
-    bool isAwaitingResult =
-        false; ///< for a clip that the run has not judged yet; the clip's state then is used
+    bool isAwaitingResult = false;            ///< waits for a clip, whose state at the end counts
     std::optional<platform::Task> task; ///< of a repeated analysis, for all callers whose changes it includes
 
     const SmartAudioResult* heardBefore(const SmartAudioRequest& request) const {

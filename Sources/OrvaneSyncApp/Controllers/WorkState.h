@@ -66,10 +66,8 @@ class WorkState {
 
         static Counts of(const SyncGroupList& groups); ///< any thread
     };
-    int matchedCount() const {
-        return syncClipCount() + mosCount();
-    }                           ///< settled clips, including those without audio
-    int unmatchedCount() const; ///< ambiguous and unmatched ones
+    int matchedCount() const { return syncClipCount() + mosCount(); } ///< settled clips, without audio too
+    int unmatchedCount() const;                                       ///< ambiguous and unmatched ones
     const Counts& counts() const;
     int syncClipCount() const { return counts().withSound; } ///< settled clips with audio
     int mosCount() const { return counts().withoutSound; }   ///< settled clips without audio

@@ -218,8 +218,7 @@ void MainWindow::orderCards() {
     inBackground(
         this, [folders] { return cardsByContents(folders); },
         [this, folders, chosen](const std::vector<std::string>& ordered) {
-            if (chosen() != folders || pages_->currentWidget() != start_)
-                return; // the folders have changed meanwhile, or were scanned
+            if (chosen() != folders || pages_->currentWidget() != start_) return; // others, or scanned
             QStringList paths;
             for (const std::string& folder : ordered) paths << text(folder);
             start_->takeFolders(paths);
@@ -259,8 +258,7 @@ void MainWindow::openProject(const QString& path) {
 }
 
 void MainWindow::showProjectBanner() {
-    if (desktop_.controller().work().syncGroups().empty())
-        return; // the session's folders are not on this machine
+    if (desktop_.controller().work().syncGroups().empty()) return; // its folders are not here
     const QString locks = tr("A project file holds no locks: they are in the session where they were set.");
     QStringList names;
     for (const FileURL& video : desktop_.controller().project().clipsWithoutRecording())

@@ -193,8 +193,7 @@ void MainWindow::observe() {
         if (field == SessionField::currentSessionId) {
             wantsStart_ = false;
             leaveBannerOfOtherSession();
-            if (results_ != nullptr)
-                results_->restoreListing(); // its clips are in the work before it becomes the open session
+            if (results_ != nullptr) results_->restoreListing(); // the work has its clips already
         }
         updateStatus();
     });

@@ -78,8 +78,7 @@ struct Command {
     /// stopped when only such analyses are between it and a call that is `isOtherWork`.
     bool isEndedByOtherWork = false;
     bool isOtherWork = false;
-    Replaces replaces =
-        nullptr; ///< whether a call with `isOtherWork` replaces the open work; null: every call does
+    Replaces replaces = nullptr;    ///< whether a call replaces the open work; null: every call
     std::optional<MenuPlace> entry; ///< absent: it is in no menu
     /// The action that the user can assign a key to.
     std::optional<ShortcutAction> action;

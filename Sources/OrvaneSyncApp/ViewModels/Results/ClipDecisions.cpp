@@ -7,8 +7,7 @@
 namespace orvane {
 
 ClipDecisions ClipDecisions::of(const ImportController& controller) {
-    const bool isReportLoaded =
-        controller.reports().aleFile() != nullptr; // a loaded report is applied to the next clips
+    const bool isReportLoaded = controller.reports().aleFile() != nullptr; // applied to the next clips
     ClipDecisions found;
     for (const SyncGroup& clip : controller.work().syncGroups()) {
         if (clip.isLocked) ++found.locked;

@@ -78,8 +78,8 @@ class RowsByShoot {
     struct Clip {
         std::size_t position; ///< in the list
         std::size_t row;
-        std::optional<std::size_t>
-            nextShared; ///< the first later row of this camera that also has a clip of another camera
+        /// The first later row of this camera that also has a clip of another camera.
+        std::optional<std::size_t> nextShared;
     };
     using Clips = std::vector<Clip>; ///< of one camera
     using Place = std::list<std::size_t>::iterator;

@@ -53,8 +53,8 @@ class MulticamViewModel : public std::enable_shared_from_this<MulticamViewModel>
 
     const std::shared_ptr<ImportController> controller_;
     ClusterEngineBag bag_;
-    std::vector<UUID>
-        chosen_; ///< includes those that were removed from the list of clips: an undo may restore them
+    /// Includes those that were removed from the list of clips: an undo may restore them.
+    std::vector<UUID> chosen_;
     std::vector<UUID> members_; ///< those of `chosen_` that exist
     platform::Task loading_ = platform::Task::ended();
     FrameAccumulator scrolling_;

@@ -222,8 +222,7 @@ void ReviewViewModel::jumpToEdit(bool previous) {
     jump_ = timeline_.loadWaveform();
     jump_.whenDone([weak = weak_from_this(), previous, key = keys_](const std::exception_ptr&) {
         const auto self = weak.lock();
-        if (self && self->keys_ == key)
-            self->jumpToOnset(previous); // otherwise another key was pressed since
+        if (self && self->keys_ == key) self->jumpToOnset(previous); // otherwise a later key counts
     });
 }
 

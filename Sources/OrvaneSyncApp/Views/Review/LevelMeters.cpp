@@ -68,8 +68,7 @@ void LevelMeters::measure() {
     if (!provider_->isActive()) return provider_->detach();
     const platform::Player* player = engine_->player();
     if (player == nullptr) return;
-    if (channels_ != player->facts().soundChannelCount)
-        follow(VideoEngineField::sound); // the recording has changed
+    if (channels_ != player->facts().soundChannelCount) follow(VideoEngineField::sound); // another recording
     constexpr double nanoseconds = 1e9;
     held_.update(player->levels(), static_cast<double>(player->hostTime().count()) / nanoseconds);
     const auto differs = [](const ChannelLevel& a, const ChannelLevel& b) {

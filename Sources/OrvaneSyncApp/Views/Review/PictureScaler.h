@@ -29,9 +29,8 @@ class PictureScaler {
     const std::function<void(QImage)> done_;
     bool isScaling_ = false;
     std::optional<std::pair<QImage, QSize>> next_;
-    const std::shared_ptr<platform::MainThread>
-        mainThread_; ///< destroyed with this: calls that it has posted are dropped
-    const std::unique_ptr<platform::SerialQueue> queue_; ///< destroyed first
+    const std::shared_ptr<platform::MainThread> mainThread_; ///< drops what it has posted
+    const std::unique_ptr<platform::SerialQueue> queue_;     ///< destroyed first
 };
 
 } // namespace orvane::views

@@ -147,8 +147,7 @@ QWidget* PictureView::makeTimecodes() {
     row->addStretch(1);
     row->addWidget(device_ = new Badge(Signal::doubtful, tr("No sound device")));
     device_->hide();
-    line->setMinimumHeight(device_->sizeHint().height() +
-                           space::tight); // so that the picture keeps its size when the badge appears
+    line->setMinimumHeight(device_->sizeHint().height() + space::tight); // the picture keeps its size with it
     row->addWidget(soundTimecode_ = timecodeLabel(tr("Timecode of the sound"), Qt::AlignRight));
     glyph(Glyph::sound);
     return line;

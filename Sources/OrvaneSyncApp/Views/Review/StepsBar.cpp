@@ -25,8 +25,7 @@ StepsBar::StepsBar(Desktop& desktop, ReviewActions& actions, PlaceOf placeOf, QW
     row->addStretch(1);
     row->addWidget(nudge_ = facts(tr("Nudge sound")));
     nudge_->setWordWrap(false);
-    for (QLabel* label : {place_, nudge_})
-        label->setMinimumWidth(1); // if there is no room, these shrink before a button is cut
+    for (QLabel* label : {place_, nudge_}) label->setMinimumWidth(1); // shrink before a button is cut
     row->addWidget(add(KeyAction::nudgeCommaMinus, tr("−1 f")));
     row->addWidget(add(KeyAction::nudgePeriodPlus, tr("+1 f")));
     row->addSpacing(space::small);

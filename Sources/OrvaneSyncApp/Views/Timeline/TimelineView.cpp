@@ -141,8 +141,7 @@ void TimelineView::follow() {
         if (field == VideoEngineField::transport) {
             runWhilePlaying();
             const bool isMissing = review_->engine()->transport().isVideoMissing;
-            if (std::exchange(wasVideoMissing_, isMissing) && !isMissing)
-                showPictures(); // the file exists again
+            if (std::exchange(wasVideoMissing_, isMissing) && !isMissing) showPictures(); // it exists again
         }
         if (field != VideoEngineField::loop) return;
         const LoopState& loop = review_->engine()->loop();

@@ -64,8 +64,7 @@ class WaveformTiles {
     std::set<WaveformTileKey> wanted_; ///< being drawn
     std::uint64_t batch_ = 0;
     std::stop_source stop_;
-    const std::shared_ptr<WaveformTiles*>
-        self_; ///< for posts from the other thread; null once this object is destroyed
+    const std::shared_ptr<WaveformTiles*> self_; ///< null once this object is destroyed
     const std::unique_ptr<platform::SerialQueue> queue_;
 };
 

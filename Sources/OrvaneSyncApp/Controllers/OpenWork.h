@@ -81,7 +81,7 @@ class OpenWork : public WorkState {
     /// Whether the editor may have decided something about the clips since a scan made them.
     bool mayHoldDecisions() const;
     /// For a change that is made in parts while the editor continues to work, and that becomes one step at
-    /// its end, after the steps made meanwhile. The mark of the change's beginning.
+    /// its end, after the steps made meanwhile. Returns a mark of the change's beginning.
     std::uint64_t undoMark() const;
     /// Whether all steps were cleared since then, because other work was opened.
     bool isUndoClearedSince(std::uint64_t mark) const;

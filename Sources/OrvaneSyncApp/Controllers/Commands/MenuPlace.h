@@ -13,8 +13,8 @@ struct MenuPlace {
     /// Entries are sorted by this number; a separator is between entries with different hundreds.
     int order = 0;
     /// Such as "Ctrl+Return"; "New" and "Close" are the desktop's keys for these. A command that names a
-    /// `ShortcutAction` has here only the key that replaces the user's key outside the review, because the
-    /// user's key acts in the review alone. Empty: none.
+    /// `ShortcutAction` has here the key that is used if the user's key works only in the review. Empty:
+    /// none.
     std::string_view key = {};
 };
 

@@ -205,7 +205,7 @@ class Reading {
         if (mayChange(line, group, decision)) decision.other = Shared<MediaAsset>(*pool_[*place]);
     }
 
-    /// If the editor chooses a recording of another day, the dates are not held against it.
+    /// If the chosen recording is itself of another day, none is removed: the dates may be wrong.
     void findOtherDays(const SyncGroup& group, ReviewDecision& decision) {
         const auto clip = places_.of(group.video);
         if (!clip || group.isMOS()) return;

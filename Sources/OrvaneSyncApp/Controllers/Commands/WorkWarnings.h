@@ -12,8 +12,8 @@ namespace orvane {
 
 // Warnings about the open work for people, a line each.
 
-/// Chosen files that the last scan could not find, parts of an opened project that apply to no clip, and
-/// rates that are most likely wrong.
+/// What the last scan could not find or read or has left out, parts of an opened project that apply to no
+/// clip, a report that does not fit the clips, and rates that are most likely wrong.
 std::vector<std::string> scanWarnings(const WorkSnapshot& work);
 /// How many files of the document are missing, with the name of the first; absent if none is. Looks at the
 /// disk.

@@ -117,6 +117,8 @@ std::string stateText(const ImportController& controller, bool bold) {
             ".\n";
     if (const auto proxies = scan->proxies.size(); proxies > 0)
         text += counted(proxies, "proxy", "proxies") + " left out.\n";
+    if (const auto copies = scan->copies.size(); copies > 0)
+        text += counted(copies, "copy of a camera file", "copies of camera files") + " left out.\n";
     if (controller.reports().aleMatchStatus())
         text += platform::text::printable(*controller.reports().aleMatchStatus()) + ".\n";
     return text;

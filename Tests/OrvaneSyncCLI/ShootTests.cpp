@@ -10,6 +10,8 @@
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
+#include <filesystem>
+#include <fstream>
 #include <set>
 
 namespace orvane::cli {
@@ -109,6 +111,13 @@ TEST_F(ShootTest, scanSaysWhatNamesDoNotTell) {
     const test::TemporaryDirectory cards;
     test::makeSmallShoot(cards.path("1"));
     test::makeSmallShoot(cards.path("2"));
+    const std::string clip = "/camera/A001C001_261120_R1AB.mov";
+    std::filesystem::create_directory(cards.path("3"));
+    std::filesystem::copy(cards.path("1") + clip, cards.path("3"));
+    for (const auto& camera : std::filesystem::directory_iterator(cards.path("2/camera"))) // another camera's
+        std::ofstream(camera.path(), std::ios::app | std::ios::binary) << std::string("\0\0\0\x08"
+                                                                                      "free",
+                                                                                      8);
     const auto small = test::MovieMaker()
                            .video({.width = 640, .height = 360, .frames = 200})
                            .timecode({.firstFrame = 36002 * 25});
@@ -119,10 +128,11 @@ TEST_F(ShootTest, scanSaysWhatNamesDoNotTell) {
     const Outcome outcome = runWith(words);
     for (const char* piece :
          {"12A-3 Cam A 1 ", "2/A001C001_261120_R1AB.mov", "1/DAY1_T01.WAV (6 ch) + 1 copy",
-          "2/DAY1_ROOMTONE.WAV", "1 proxy left out.", "8 clips"})
+          "2/DAY1_ROOMTONE.WAV", "1 proxy left out.", "1 copy of a camera file left out.", "8 clips"})
         EXPECT_NE(outcome.out.find(piece), std::string::npos) << piece << " in\n" << outcome.out;
-    for (const char* piece : {"left out as proxies of files that are here: '",
-                              "each has the same row: 'A001C001_261120_R1AB.mov'\n"})
+    for (const char* piece :
+         {"left out as proxies of files that are here: '", "; the first one is a copy of '",
+          "each has the same row: 'A001C001_261120_R1AB.mov'\n"})
         EXPECT_NE(outcome.err.find(piece), std::string::npos) << piece << " in\n" << outcome.err;
     std::vector<std::string> asJSON = words;
     asJSON.emplace_back("--json");
@@ -374,9 +384,10 @@ TEST_F(ShootTest, whatTheScanDoubtsIsALineAndInTheJSON) {
 
 TEST(Reports, sayWhichFilesOfOneNameTheyMixUp) {
     const test::TemporaryDirectory folder;
-    const auto clip = [&](const char* name, std::uint32_t hour) {
+    const auto clip = [&](const char* name, std::uint32_t hour, std::uint32_t frames = 50) {
         folder.write(
-            name, test::MovieMaker().video({.frames = 50}).timecode({.firstFrame = hour * 90'000}).bytes());
+            name,
+            test::MovieMaker().video({.frames = frames}).timecode({.firstFrame = hour * 90'000}).bytes());
     };
     const auto sound = [&](const char* name, std::uint64_t hour) {
         folder.write(name, test::WaveMaker()
@@ -386,7 +397,7 @@ TEST(Reports, sayWhichFilesOfOneNameTheyMixUp) {
                                .bytes());
     };
     clip("1/A001.mov", 10);
-    clip("2/A001.mov", 10);
+    clip("2/A001.mov", 10, 51); // else it is a copy
     clip("2/A002.mov", 11);
     sound("1/T01.WAV", 10);
     sound("2/T01.WAV", 11);

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/ScanController.h"
 
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Ingest/CameraCopies.h"
 #include "OrvaneSyncCore/Services/Matching/ProxyFiles.h"
 #include "OrvaneSyncCore/Services/Matching/TakeStarts.h"
 #include "Platform/Stop.h"
@@ -174,7 +175,10 @@ platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std
                 ScanResult part;
                 const auto notRead = [&](const FileURL& url) { part.unreadFiles.push_back(url); };
                 auto assets = service->probeAll(urls, kind, report, notRead, stop);
-                if (kind == AssetKind::video) part.proxies = ProxyFiles::takeOut(assets);
+                if (kind == AssetKind::video) {
+                    part.proxies = ProxyFiles::takeOut(assets);
+                    part.copies = CameraCopies::takeOut(assets, stop);
+                }
                 if (kind == AssetKind::audio && sharesStarts) TakeStarts::share(assets);
                 if (kind == AssetKind::audio) TakeStarts::continueAtMidnight(assets);
                 (kind == AssetKind::video ? part.videoAssets : part.audioAssets) = std::move(assets);
@@ -185,6 +189,7 @@ platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std
         if (isVideo) {
             result->videoAssets = std::move(part.videoAssets);
             result->proxies = std::move(part.proxies);
+            result->copies = std::move(part.copies);
         } else {
             result->audioAssets = std::move(part.audioAssets);
         }

@@ -48,6 +48,14 @@ JSON toJSON(const ProxyFile& proxy) {
     return json;
 }
 
+JSON toJSON(const CameraCopy& copy) {
+    JSON json;
+    json.set("url", toJSON(copy.url));
+    json.set("originalURL", toJSON(copy.originalURL));
+    json.set("endsEarly", copy.endsEarly);
+    return json;
+}
+
 JSON toJSON(const ScanResult& result) {
     JSON json;
     json.set("videoAssets", toJSONArray(result.videoAssets));
@@ -55,6 +63,7 @@ JSON toJSON(const ScanResult& result) {
     json.set("scanDuration", result.scanDuration);
     json.set("errors", toJSONArray(result.errors));
     json.set("proxies", toJSONArray(result.proxies));
+    json.set("copies", toJSONArray(result.copies));
     return json;
 }
 

@@ -39,6 +39,13 @@ struct ProxyFile {
     FileURL originalURL;
 };
 
+/// A camera file of a card that was offloaded more than once.
+struct CameraCopy {
+    FileURL url;
+    FileURL originalURL; ///< the one that is used
+    bool endsEarly = false;
+};
+
 /// The assets of one scan, in the order of their paths.
 struct ScanResult {
     std::vector<MediaAsset> videoAssets;
@@ -46,6 +53,7 @@ struct ScanResult {
     double scanDuration = 0; ///< seconds
     std::vector<ScanError> errors;
     std::vector<ProxyFile> proxies; ///< found, but not among the assets
+    std::vector<CameraCopy> copies; ///< found, but not among the assets
     /// Files that could not be read to their end, for a warning; not part of the JSON form.
     std::vector<FileURL> unreadFiles;
 
@@ -77,6 +85,7 @@ struct ScanProgress {
 JSON toJSON(const DiscoveryResult& result);
 JSON toJSON(const ScanError& error);
 JSON toJSON(const ProxyFile& proxy);
+JSON toJSON(const CameraCopy& copy);
 JSON toJSON(const ScanResult& result);
 
 } // namespace orvane

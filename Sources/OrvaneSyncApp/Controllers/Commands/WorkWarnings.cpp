@@ -51,7 +51,23 @@ void addProxies(const WorkSnapshot& work, std::vector<std::string>& warnings) {
     warnings.push_back("left out as proxies of files that are here: " + firstAndMore(proxies));
 }
 
-/// Without this, a card with only unknown kinds of files would look like an empty card.
+void addCopies(const WorkSnapshot& work, std::vector<std::string>& warnings) {
+    if (!work.scanResult()) return;
+    Names all, cut;
+    for (const CameraCopy& copy : work.scanResult()->copies) {
+        all.push_back(copy.url.path);
+        if (copy.endsEarly) cut.push_back(copy.url.path);
+    }
+    if (all.empty()) return;
+    const CameraCopy& first = work.scanResult()->copies.front();
+    warnings.push_back("left out as copies of camera files that are here: " + firstAndMore(all) +
+                       "; the first one is a copy of '" + first.originalURL.path + "'");
+    if (!cut.empty())
+        warnings.push_back("these copies end early, and the other ones are used: " + firstAndMore(cut) +
+                           "; copy them from the card again if they are kept");
+}
+
+/// A card of a kind that no scan reads would otherwise look like an empty one.
 void addUnreadKinds(const WorkSnapshot& work, std::vector<std::string>& warnings) {
     if (!work.discoveryResult) return;
     std::map<std::string, int> counts; // by kind
@@ -187,6 +203,7 @@ std::vector<std::string> scanWarnings(const WorkSnapshot& work) {
                                "' fits nothing in the folders; check how it is written");
     addUnreadKinds(work, warnings);
     addProxies(work, warnings);
+    addCopies(work, warnings);
     addFilesThatAReportMixesUp(work, warnings);
     addReportOfAnotherDay(work, warnings);
     if (const auto& scan = work.scanResult(); scan && !scan->unreadFiles.empty()) {

@@ -215,9 +215,12 @@ TEST(Days, OtherDaysAreLeftOutBesideClipsThatConfirmTheirHeaders) {
         bool isSoundKnown; ///< the other day's recordings have a clip of that day
         std::size_t found; ///< recordings of the first clip
         const char* folder = "/CAM/A1";
+        int own = 0; ///< of the confirmed clips, those beside the first clip whatever the folder
     };
     for (const Case& one : {Case{"a day of clips", 3, true, 1},
                             {"clips of another camera tell nothing", 3, true, 2, "/CAM/B1"},
+                            {"a clip and two of the card beside it", 3, true, 1, "/CAM/B1", 1},
+                            {"a clip and two of another tree", 3, true, 2, "/PHONE/B1", 1},
                             {"two clips tell nothing", 2, true, 2},
                             {"a recorder whose date may be wrong", 3, false, 2}}) {
         std::vector<MediaAsset> clips, sound;
@@ -232,7 +235,7 @@ TEST(Days, OtherDaysAreLeftOutBesideClipsThatConfirmTheirHeaders) {
         for (int i = 1; i <= one.confirmed; ++i) {
             const std::string at = "1" + std::to_string(i) + ":00:00";
             add("A" + std::to_string(i) + ".mov", (at + ":00").c_str(), ("2024-05-17T" + at + "Z").c_str(),
-                one.folder);
+                i <= one.own ? "/CAM/A1" : one.folder);
             sound.push_back(in("/S1", test::audio("T" + std::to_string(i) + "_240517.wav", at + ":00", 40)));
         }
         if (one.isSoundKnown) {

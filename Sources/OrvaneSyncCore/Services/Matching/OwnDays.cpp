@@ -48,13 +48,27 @@ void OwnDays::learn(const MediaAsset& video, const FilePlace& place, const std::
     if (!hasOwn && hasOthers) clips.lacksOwn = true;
 }
 
+/// Of that day's clips in the card's folder and in those beside it that met their own day's sound alone. A
+/// card of a few clips may have no three of them.
+int OwnDays::confirmedBeside(const Card& card) const {
+    const auto parent = [](std::string_view folder) { // both end with a slash
+        folder.remove_suffix(1);
+        return folder.substr(0, folder.rfind('/') + 1);
+    };
+    int count = 0;
+    for (const auto& [other, clips] : clips_)
+        if (other.second == card.second && !clips.lacksOwn && parent(other.first) == parent(card.first))
+            count += clips.ofOwnDay;
+    return count;
+}
+
 void OwnDays::leaveOutOthers(const MediaAsset& video, const FilePlace& place,
                              std::vector<Meeting>& meetings) const {
     constexpr int fewest = 3; // two may lie under another day's sound by chance
     if (!isDatedByHeader(place) || !hasOtherDays(meetings)) return;
     const auto clips = clips_.find({folderPath(video), *place.headerDay});
-    if (clips == clips_.end() || clips->second.ofOwnDay < fewest || clips->second.lacksOwn ||
-        !hasAllOfItsDay(place, meetings))
+    if (clips == clips_.end() || clips->second.ofOwnDay == 0 || clips->second.lacksOwn ||
+        !hasAllOfItsDay(place, meetings) || confirmedBeside(clips->first) < fewest)
         return;
     std::erase_if(meetings, [&](const Meeting& meeting) {
         return meeting.isOfOtherDay && soundOfOwnDay_.contains(cardOf(meeting));

@@ -19,9 +19,10 @@ class OwnDays {
 
     /// Adds a clip and what it meets, by `DayLine`. The videos must live as long as this object.
     void learn(const MediaAsset& video, const FilePlace& place, const std::vector<Meeting>& meetings);
-    /// Removes recordings of another day, if sound of the header's day covers all of the clip, three clips of
-    /// its own card and day met sound of that day only, none of them lacks that sound and has another day's,
-    /// and the recording's own card meets clips of its own day.
+    /// Takes off what is of another day under four conditions. Sound of the header's day has all of the clip.
+    /// Three clips of that day, one of them of the clip's own card and the others of cards beside it, met
+    /// that day's sound alone. None of these cards has a clip that lacks this sound beside another day's. The
+    /// recording's own card meets clips of its own day.
     void leaveOutOthers(const MediaAsset& video, const FilePlace& place,
                         std::vector<Meeting>& meetings) const;
 
@@ -31,6 +32,7 @@ class OwnDays {
         int ofOwnDay = 0;
         bool lacksOwn = false;
     };
+    int confirmedBeside(const Card& card) const;
     bool hasAllOfItsDay(const FilePlace& place, const std::vector<Meeting>& meetings) const;
     Card cardOf(const Meeting& meeting) const;
 

@@ -62,6 +62,9 @@ Arguments Arguments::parse(std::span<const std::string> words, std::span<const O
             if (i + 1 == words.size())
                 throw UsageError("the option " + name + " needs a value: " + std::string(option->value));
             part.value = words[++i];
+            if (find(options, part.value) != nullptr)
+                throw UsageError("the option " + name + " needs a value: " + std::string(option->value) +
+                                 ", and '" + part.value + "' is an option");
             part.words.push_back(part.value);
         }
         result.add(std::move(part));

@@ -39,6 +39,12 @@ std::optional<int> channelCount(const Arguments& arguments) {
     return static_cast<int>(*asked);
 }
 
+void checkChannels(std::optional<int> asked, const std::string& path, int channels) {
+    if (asked.value_or(0) > channels)
+        throw UsageError("--channels: '" + path + "' has " + counted(channels, "channel", "channels") +
+                         ", not " + std::to_string(*asked));
+}
+
 /// Parses "1,3" as tracks 1 and 3.
 std::set<int> candidates(const Arguments& arguments) {
     const auto list = arguments.value("--candidates");
@@ -168,6 +174,7 @@ void analyze(Context& context, const Arguments& arguments) {
     const auto askedChannels = channelCount(arguments);
     const std::set<int> askedCandidates = candidates(arguments);
     const auto file = openSound(path);
+    checkChannels(askedChannels, path, file->channelCount());
     auto [request, asset] = fileAnalysis(context, path, *file, asked, askedChannels);
     request.candidateTracks = askedCandidates;
     checkCandidates(context, request);

@@ -88,6 +88,13 @@ DocumentOutput::DocumentOutput(Context& context, const Arguments& arguments, Run
         if (refused.reason() == OutputRefused::Reason::nameOfMedia) throw UsageError(refused.what());
         throw;
     }
+    const std::string ending = FileURL{output_}.lowercasedExtension();
+    if (ending == "tsv" || ending == "csv")
+        throw UsageError("-o takes the document, and '" + output_ +
+                         "' is named as a table; write OUT.fcpxml");
+    if (!ending.empty() && ending != "fcpxml" && ending != "xml")
+        context.warn("the name '" + output_ +
+                     "' does not end with .fcpxml, by which programs know a document");
 }
 
 void DocumentOutput::write(const ImportController& controller, const std::function<void()>& written) const {

@@ -13,6 +13,10 @@ ReviewFile::ReviewFile(const Arguments& arguments)
     : path_(arguments.value("--review")),
       inputs_(inputsOf(arguments)), permission_{.replacesOthers = arguments.has("--force")} {
     if (path_ && (path_->empty() || *path_ == "-")) throw UsageError("--review needs the name of a file");
+    const std::string ending = path_ ? FileURL{*path_}.lowercasedExtension() : "";
+    if (ending == "fcpxml" || ending == "xml")
+        throw UsageError("--review takes a table, and '" + *path_ +
+                         "' is named as a document; write OUT.tsv");
     if (path_) OutputGuard(OutputKind::table, inputs_, permission_).check(*path_);
 }
 

@@ -483,6 +483,8 @@ TEST_F(ShootTest, analyzeTellsMicrophonesApartAndDrawsTheTake) {
         runWith({"analyze", path, "--candidates", "2,9"}).err.find("warning: --candidates: there is no"),
         std::string::npos);
     EXPECT_EQ(runWith({"analyze", path, "--diagnose", "3"}).status, wrongUsage);
+    EXPECT_NE(runWith({"analyze", path, "--channels", "3"}).err.find("has 2 channels, not 3"),
+              std::string::npos);
     const std::string twoReadings = runWith({"analyze", path, "--diagnose", "1"}).out;
     EXPECT_TRUE(twoReadings.starts_with("=== Channel Reading Diagnostic ===\n")) << twoReadings;
     EXPECT_NE(twoReadings.find("Compared: 48 windows · differing: 0\n"), std::string::npos) << twoReadings;

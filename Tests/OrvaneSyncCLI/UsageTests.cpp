@@ -38,6 +38,9 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
     check({"scan"}, 2, "which folder?");
     check({"scan", "--vidoe", "x"}, 2, "did you mean '--video'?");
     check({"scan", "--video"}, 2, "needs a value");
+    check({"scan", "x", "--exclude", "--quiet"}, 2, "'--quiet' is an option");
+    check({"scan", "x", "--review", "b.fcpxml"}, 2, "write OUT.tsv");
+    check({"sync", "x", "-o", "a.tsv"}, 2, "write OUT.fcpxml");
     check({"scan", "--json=1", "x"}, 2, "takes no value");
     check({"scan", folder.path(), "--exclude", ""}, 2, "--exclude needs a pattern");
     check({"scan", folder.path(), "--sound-offset", "1h"}, 2, "[-]HH:MM:SS:FF");

@@ -278,6 +278,9 @@ TEST(HeardClocks, OfSeveralRecordingsTheOneThatTheCameraHeardIsNamed) {
         EXPECT_TRUE(doubt.message.ends_with(one.heard)) << doubt.message;
         EXPECT_EQ(doubt.cure.text().find("--choose first") != std::string::npos, one.mayChooseFirst)
             << doubt.cure.text();
+        const bool isOne = one.isThere[0] != one.isThere[1];
+        EXPECT_EQ(doubt.suggestion ? doubt.suggestion->recordingID : std::nullopt,
+                  isOne ? std::optional(shot.audios[one.isThere[0] ? 0 : 1].id) : std::nullopt);
     }
 }
 

@@ -106,9 +106,10 @@ class ClipDoubts {
         if (heard)
             files += "; the microphone of the camera heard " +
                      of_.shoot.nameOf(*of_.group.audioMatches[*heard].audio);
-        DoubtCure choice = heard && !mayChooseFirst
-                               ? cureWords::choose(of_.shoot.nameOf(*of_.group.audioMatches[*heard].audio))
-                               : cureWords::choose();
+        DoubtCure choice =
+            heard && !mayChooseFirst
+                ? cureWords::chooseHeard(of_.shoot.nameOf(*of_.group.audioMatches[*heard].audio))
+                : cureWords::choose();
         if (!isSettled && !of_.group.isLocked && mayChooseFirst)
             choice += ", or take the first of each with " + DoubtCure(CureOption::Kind::choose, "first");
         of_.add(Kind::ambiguous, about + files,
@@ -119,6 +120,9 @@ class ClipDoubts {
                           choice
                     : choice,
                 files);
+        if (heard && !isSettled)
+            of_.doubts.back().suggestion =
+                SyncDoubt::Suggestion{.recordingID = of_.group.audioMatches[*heard].audio->id};
     }
     void mutedSpeech() {
         const auto found = of_.shoot.input.smartAudioResults.find(of_.group.id);

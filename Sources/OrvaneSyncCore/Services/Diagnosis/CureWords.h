@@ -16,7 +16,12 @@ inline DoubtCure choose(const std::string& recording) {
     return DoubtCure::Words{"choose " + recording + " in the table of 'scan --review'",
                             "choose " + recording + " in the clip's menu"};
 }
-/// For clips whose offsets were heard one by one.
+/// Of several recordings, the one that the clip's camera heard.
+inline DoubtCure chooseHeard(const std::string& recording) {
+    return DoubtCure::Words{"choose " + recording + " in the table of 'diagnose --review', which fills it in",
+                            "choose " + recording + " in the clip's menu"};
+}
+/// What the microphones heard is known clip by clip.
 inline DoubtCure asHeard(const std::string& what, const std::string& columns) {
     return DoubtCure::Words{
         what + ": 'diagnose --review FILE' fills in " + columns + ", and 'sync --apply FILE' takes it", what};

@@ -77,8 +77,9 @@ TEST(SyncDoubts, TwoDaysNeverMixSilently) {
 TEST(SyncDoubts, AMonoFileThatOtherTakesHaveIsMissed) {
     const std::pair<std::vector<const char*>, int> cases[] = {
         {{"123", "123", "13"}, 1},      {{"123", "23", "123"}, 1},
-        {{"123", "12", "1"}, 0},        // fewer channels were armed
-        {{"13", "13", "13", "123"}, 0}, // as in most takes
+        {{"123", "12", "1"}, 0},        // fewer were armed
+        {{"13", "13", "13", "123"}, 0}, // as most
+        {{"123", "1b3", "13"}, 1},      // the empty file was armed
         {{"13", "24", "3"}, 3},
     };
     for (const auto& [takes, doubted] : cases) {
@@ -87,9 +88,14 @@ TEST(SyncDoubts, AMonoFileThatOtherTakesHaveIsMissed) {
             const double start = 36000 + 400 * static_cast<double>(i);
             const std::string name = "T" + std::to_string(i);
             shot.videos.push_back(clipAt("/C/A" + name + ".mov", start + 2, 10));
-            for (const char channel : std::string(takes[i])) {
+            for (const char letter : std::string(takes[i])) {
+                const bool isEmpty = letter >= 'a';
+                const char channel = static_cast<char>(isEmpty ? letter - 'a' + '1' : letter);
                 shot.audios.push_back(recordingAt("/S/" + name + "_" + channel + ".wav", start, 20));
                 shot.audios.back().channelCount = 1;
+                if (!isEmpty) continue;
+                shot.audios.back() = MediaAsset(shot.audios.back().url, AssetKind::audio);
+                shot.audios.back().heldShare = 0;
             }
         }
         shot.diagnose();

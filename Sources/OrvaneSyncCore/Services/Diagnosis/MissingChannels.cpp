@@ -51,8 +51,20 @@ struct NumberedTake {
 /// The takes of a card, by the beginning of their names.
 using NumberedCard = std::map<std::string_view, NumberedTake>;
 
-/// A number that is missing in the take although another take of its card has it. The armed channels change
-/// from take to take, so absent if another take has exactly these numbers.
+/// Numbers of files that lie nowhere, as they ended before their first sound: their channels were armed.
+void addEmptyFiles(const Shoot& shoot, std::map<std::string_view, NumberedCard>& cards) {
+    for (const MediaAsset& file : shoot.input.recordings) {
+        if (!file.endsEarly() || shoot.recordingByID.contains(file.id)) continue;
+        const auto card = cards.find(folderOf(file));
+        const auto name = numberedName(file.filename);
+        if (card == cards.end() || !name) continue;
+        if (const auto take = card->second.find(name->stem); take != card->second.end())
+            take->second.numbers.insert(name->number);
+    }
+}
+
+/// A number that the take passes over, though another one of its card has it. Which channels are armed
+/// changes from take to take: none where another take has these same numbers.
 std::optional<int> missingNumber(const NumberedTake& take, const NumberedCard& card) {
     const auto alike = std::ranges::count_if(
         card, [&](const auto& other) { return other.second.isTake && other.second.numbers == take.numbers; });
@@ -73,6 +85,7 @@ void addMissingChannels(const Shoot& shoot, SyncDoubts& doubts) {
     for (const Recording& recording : shoot.recordings)
         if (const auto name = numberedName(recording.asset->filename))
             cards[folderOf(*recording.asset)][name->stem].add(recording, *name);
+    addEmptyFiles(shoot, cards);
     platform::StopCheck check(shoot.stop);
     for (const Shoot::Clip& clip : shoot.clips) {
         check();

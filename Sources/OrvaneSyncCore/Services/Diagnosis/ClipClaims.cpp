@@ -56,6 +56,12 @@ std::vector<std::size_t> rivalsOf(const SyncGroup& group) {
 
 } // namespace
 
+bool isHeardInPlace(const Shoot& shoot, const Shoot::Clip& clip, const AudioMatch& match) {
+    const HeardClaim* heard = heardClaim(shoot, claimOf(clip, match, 0));
+    return heard != nullptr && heard->offsetSeconds &&
+           std::abs(*heard->offsetSeconds - match.syncOffsetSeconds) < alikeSeconds;
+}
+
 std::optional<std::size_t> heardAmong(const Shoot& shoot, const Shoot::Clip& clip) {
     if (shoot.input.heardClaims == nullptr || !(isAmbiguous(clip) || mayHaveEquals(clip)))
         return std::nullopt;
@@ -64,10 +70,7 @@ std::optional<std::size_t> heardAmong(const Shoot& shoot, const Shoot::Clip& cli
     std::optional<std::size_t> result;
     for (const std::size_t rival : rivals) {
         const AudioMatch& match = clip.group->audioMatches[rival];
-        const HeardClaim* heard = heardClaim(shoot, claimOf(clip, match, 0));
-        if (heard == nullptr || !heard->offsetSeconds ||
-            std::abs(*heard->offsetSeconds - match.syncOffsetSeconds) >= alikeSeconds)
-            continue;
+        if (!isHeardInPlace(shoot, clip, match)) continue;
         if (result) return std::nullopt;
         result = rival;
     }

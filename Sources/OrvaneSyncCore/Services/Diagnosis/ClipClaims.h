@@ -12,8 +12,10 @@ namespace orvane {
 /// camera heard at its place; as the number of its match. Absent if the camera heard none of them, or two
 /// with different places.
 std::optional<std::size_t> heardAmong(const Shoot& shoot, const Shoot::Clip& clip);
-/// For a recording that was attached by hand and has no common timecode with the clip: the clip time at which
-/// the camera heard it begin.
+/// Whether the clip's camera heard that one of the clip's recordings where timecode places it.
+bool isHeardInPlace(const Shoot& shoot, const Shoot::Clip& clip, const AudioMatch& match);
+/// Clip time at which the camera heard the recording begin that was attached by hand without a common
+/// timecode.
 std::optional<double> heardAttached(const Shoot& shoot, const Shoot::Clip& clip);
 /// Adds the claims that `heardAmong` and `heardAttached` need and that were not analysed, for as many clips
 /// as can be analysed in seconds.

@@ -10,6 +10,7 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <set>
 #include <string_view>
@@ -61,19 +62,74 @@ class OtherRecorders {
         return own >= fewest && others == 0;
     }
 
+    /// What leaves out the one or the other of two recorders of one unit, such as a cart and a bag, whatever
+    /// the number of cameras: both ran under all of the clips that have one of them, and each camera heard
+    /// both. Else empty.
+    const std::string& eitherOf(std::string_view folder, std::string_view other) {
+        const auto [known, isNew] = eithers_.try_emplace({folder, other});
+        if (isNew && folder != other)
+            known->second = optionsForEither(std::string(folder) + "/", std::string(other) + "/");
+        return known->second;
+    }
+
   private:
+    /// Whether a file is of the recorder of the folder, which ends with a slash. Its recorder's folder is the
+    /// highest one that the other recorder's does not lie in.
+    static std::function<bool(const MediaAsset&)> recordingsOf(const std::string& folder,
+                                                               const std::string& other) {
+        const auto same = std::ranges::mismatch(folder, other).in1 - folder.begin();
+        const bool holdsOther = other.starts_with(folder);
+        const std::string whole =
+            holdsOther ? folder : folder.substr(0, folder.find('/', static_cast<std::size_t>(same)) + 1);
+        return [folder, holdsOther, whole](const MediaAsset& file) {
+            return file.kind == AssetKind::audio &&
+                   (holdsOther ? folderOf(file) == std::string_view(folder).substr(0, folder.size() - 1)
+                               : file.url.path.starts_with(whole));
+        };
+    }
+    /// A camera's cards are folders beside each other, with names that go on. Where names repeat, they may be
+    /// those of several cameras.
+    static std::string cameraOf(const MediaAsset& video, bool doNamesRepeat) {
+        const std::string_view card = folderOf(video);
+        return doNamesRepeat
+                   ? std::string(card)
+                   : std::string(card.substr(0, card.rfind('/') + 1)) + std::string(namePattern(video));
+    }
+    std::string optionsForEither(const std::string& folder, const std::string& other) const {
+        const auto isOne = recordingsOf(folder, other), isOther = recordingsOf(other, folder);
+        const auto has = [](const Shoot::Clip& clip, const auto& isOf) {
+            return std::ranges::any_of(clip.group->audioMatches,
+                                       [&](const AudioMatch& match) { return isOf(*match.audio); });
+        };
+        std::vector<const Shoot::Clip*> users;
+        std::set<std::string_view> names;
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            if (has(clip, isOne) != has(clip, isOther)) return {};
+            if (!has(clip, isOne)) continue;
+            users.push_back(&clip);
+            names.insert(clip.group->video.filename);
+        }
+        std::map<std::string, bool> cameras; // whether one of its clips has both in place
+        for (const Shoot::Clip* clip : users) {
+            const auto isHeardOf = [&](const auto& isOf) {
+                return std::ranges::any_of(clip->group->audioMatches, [&](const AudioMatch& match) {
+                    return isOf(*match.audio) && isHeardInPlace(shoot_, *clip, match);
+                });
+            };
+            bool& hasHeardBoth = cameras[cameraOf(clip->group->video, names.size() < users.size())];
+            hasHeardBoth = hasHeardBoth || (isHeardOf(isOne) && isHeardOf(isOther));
+        }
+        if (!std::ranges::all_of(cameras, [](const auto& camera) { return camera.second; })) return {};
+        const auto without = leavingOut_.of(isOne), withoutOther = leavingOut_.of(isOther);
+        if (!areOfOneDay(users) || !without || !withoutOther || !without->folders.empty() ||
+            !withoutOther->folders.empty())
+            return {};
+        return DoubtCure(CureWay{without->options()}).text() + " or " +
+               DoubtCure(CureWay{withoutOther->options()}).text();
+    }
     DoubtCure cureOf(const std::string& folder, const std::string& kept, bool isKeptHeard) const {
         if (folder == kept) return {};
-        // Its recorder's folder is the highest one that does not contain the other folder.
-        const auto same = std::ranges::mismatch(folder, kept).in1 - folder.begin();
-        const bool holdsKept = kept.starts_with(folder);
-        const std::string whole =
-            holdsKept ? folder : folder.substr(0, folder.find('/', static_cast<std::size_t>(same)) + 1);
-        const auto isOther = [&](const MediaAsset& file) {
-            return file.kind == AssetKind::audio &&
-                   (holdsKept ? folderOf(file) == std::string_view(folder).substr(0, folder.size() - 1)
-                              : file.url.path.starts_with(whole));
-        };
+        const auto isOther = recordingsOf(folder, kept);
         const auto isOthers = [&](const AudioMatch& match) { return isOther(*match.audio); };
         std::vector<const Shoot::Clip*> users;
         for (const Shoot::Clip& clip : shoot_.clips) {
@@ -124,8 +180,8 @@ class OtherRecorders {
     const Shoot& shoot_;
     const LeavingOut leavingOut_;
     std::map<std::pair<std::string_view, std::string_view>, DoubtCure> cures_;
-    /// The folder is that of the recordings in which the clip was heard.
-    std::vector<std::pair<const SyncGroup*, std::string_view>> heard_;
+    std::map<std::pair<std::string_view, std::string_view>, std::string> eithers_; ///< options, by folders
+    std::vector<std::pair<const SyncGroup*, std::string_view>> heard_; ///< in the recordings of which folder
 };
 
 /// Units that shoot at the same time, by the folders of their sound. Clips near to such a folder have
@@ -295,16 +351,29 @@ class Rivals {
                         (isKnown ? "; the microphones of the cameras heard what lies in '" +
                                        std::string(kept) + "' in its place, and the other not"
                                  : ""),
-                    withoutText(without, isKnown));
+                    without.isEmpty() ? chooseText(others.eitherOf(own, folder))
+                                      : withoutText(without, isKnown));
+            if (const auto heard = heardAmong(of_.shoot, of_.clip))
+                of_.doubts.back().suggestion =
+                    SyncDoubt::Suggestion{.recordingID = of_.group.audioMatches[*heard].audio->id};
             return;
         }
     }
-    /// Of two recordings that no camera heard, the user chooses which one to leave out, so the options are
-    /// only a text.
+    /// Each camera of several may have a recorder of its own, as long as it did not hear both.
+    static DoubtCure chooseText(const std::string& optionsForEither) {
+        DoubtCure choice = cureWords::choose();
+        if (optionsForEither.empty())
+            return choice + " clip by clip, as another clip may need the other recording, or lock the clips" +
+                   DoubtCure::Words{
+                       "; where one recorder was for all cameras, leave the folder of the other one "
+                       "out of the scan",
+                       ""};
+        return choice + ", or lock the clips; " +
+               DoubtCure::Words{optionsForEither + " leaves the other recorder out",
+                                "a scan without one of their folders leaves that recorder out"};
+    }
+    /// Which of two that nobody heard is left out is the user's choice, so the options are no call.
     static DoubtCure withoutText(const DoubtCure& without, bool isKnown) {
-        if (without.isEmpty())
-            return cureWords::choose() +
-                   " clip by clip, as another clip may need the other recording, or lock the clips";
         const DoubtCure choice = cureWords::choose() + ", or lock the clips; ";
         return isKnown ? choice + without + " leaves the other recorder out"
                        : choice +

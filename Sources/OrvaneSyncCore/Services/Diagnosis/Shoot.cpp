@@ -315,13 +315,17 @@ std::string dayText(long sinceEpoch) {
 }
 
 std::string spanText(double seconds) {
-    constexpr double aMinute = 60, anHour = 3600;
+    constexpr double aMinute = 60, anHour = 3600, hoursADay = 24;
     if (seconds < aMinute) return formatted("%.1f s", seconds);
     const double whole = std::round(seconds);
     const std::string rest = formatted(" min %02.0f s", std::fmod(whole, aMinute));
     const double minutes = std::floor(std::fmod(whole, anHour) / aMinute);
     if (whole < anHour) return formatted("%.0f", minutes) + rest;
-    return formatted("%.0f h ", std::floor(whole / anHour)) + formatted("%02.0f", minutes) + rest;
+    const double hours = std::floor(whole / anHour);
+    const bool hasDays = hours >= 2 * hoursADay;
+    return (hasDays ? formatted("%.0f d ", std::floor(hours / hoursADay)) : "") +
+           formatted("%.0f h ", hasDays ? std::fmod(hours, hoursADay) : hours) +
+           formatted("%02.0f", minutes) + rest;
 }
 
 } // namespace orvane

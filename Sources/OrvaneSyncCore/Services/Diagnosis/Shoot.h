@@ -136,7 +136,7 @@ std::string framesText(double seconds, const MediaAsset& video);
 std::string_view folderOf(const MediaAsset& asset);
 /// "2024-05-17".
 std::string dayText(long sinceEpoch);
-/// "12.3 s", "4 min 10 s", "1 h 00 min 02 s".
+/// "12.3 s", "4 min 10 s", "1 h 00 min 02 s", and from two days on "396 d 23 h 59 min 53 s".
 std::string spanText(double seconds);
 
 void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts);

@@ -1,3 +1,4 @@
+#include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
 #include "Shot.h"
 
 namespace orvane::test::doubts {
@@ -150,6 +151,36 @@ TEST(HeardSound, ShortClipsAreHeardWhereTheDatesOfTheOthersLead) {
             });
         EXPECT_EQ(suggested, off == 0 ? 6 : 3);
     }
+}
+
+TEST(HeardSound, ClipsOfOneClockLieByOneOffsetAsItWasHeard) {
+    for (const double ahead : {3600.12, 3600.0, 3599.84}) {
+        HeardShot shot({"/S/T"});
+        for (MediaAsset& file : shot.audios) *file.bextTimeReference += samples(ahead);
+        shot.audios.push_back(recordingAt("/S/U.wav", 0, 35));
+        shot.audios.back()
+            .bextTimeReference.reset(); // so that nothing says that the others count time of day
+        shot.match();
+        const std::array delays{0.02, 0.03, 0.03, 0.06, 0.01, 0.03, 0.02, 0.04};
+        for (std::size_t i = 0; i < shot.groups.size(); ++i)
+            shot.claims[SoundClaim{shot.groups[i].id, shot.audios[i].id, 0, 0}.key()] = {-5 + delays.at(i),
+                                                                                         true};
+        shot.hear();
+        for (const SyncGroup& group : shot.groups) {
+            const auto& told = shot.doubts.byGroup[group.id];
+            const auto own = std::ranges::find_if(told, [](const auto& one) { return !!one.suggestion; });
+            ASSERT_NE(own, told.end());
+            EXPECT_NEAR(own->suggestion->offsetSeconds, -ahead, 0.02) << group.video.filename;
+        }
+        ASSERT_TRUE(shot.card(Kind::constantOffset));
+        const std::string cure = shot.card(Kind::constantOffset)->doubt.cure.text();
+        EXPECT_TRUE(cure.starts_with("--sound-offset " + offsetText(-ahead, TimecodeFrameRate::fps25)))
+            << cure;
+        EXPECT_EQ(cure.find("check a clap") == std::string::npos, ahead == 3600) << cure;
+    }
+    const HeardClock film = heardClock(3603.62, TimecodeFrameRate::fps23_976);
+    EXPECT_NEAR(film.seconds, 3603.6, 1e-6);
+    EXPECT_TRUE(film.isExact);
 }
 
 TEST(HeardSound, OfTwoRecordersTheOneThatWasHeardStays) {

@@ -173,10 +173,7 @@ class CameraClocks {
         const auto heard = common.heardClips == 0 ? claimed.heard(toHear_)
                                                   : ClaimedOffset::Heard{.clips = common.heardClips};
         if (heard.isRefuted && (isGuess || trial.isPart)) return false;
-        if (heard.correctionSeconds &&
-            (isGuess || std::abs(*heard.correctionSeconds) >= leastByHandSeconds) &&
-            addOffset(trial, heard.corrected(common.seconds, rate_)))
-            return true;
+        if (heard.correctionSeconds && addOffset(trial, heard.corrected(common.seconds, rate_))) return true;
         if (!heard.isConfirmed() && rolling.explain(common)) return false;
         tell(trial, common, heard, found, suggested);
         return true;
@@ -207,19 +204,20 @@ class CameraClocks {
                                   : cure_.scanOfClips(scan);
         // If the card has other clips too, a table corrects these and keeps all clips in one document.
         const bool isTable = alone && heard.isConfirmed() && !trial.soundDay && trial.covered.empty();
+        const CommonOffset known = heard.known(common, shoot_);
         DoubtCure cure =
             cure_.of(scan, common.seconds).in(std::move(alone)) +
             (trial.soundDay ? " if a clap shows it, else look for the sound of " + dayText(*card.day) : "") +
-            common.clapAfter(rate_);
+            known.clapAfter(rate_);
         if (heard.isUnasked && common.isOdd()) cure = cureWords::listenFirst;
         if (isTable)
             cure = cureWords::asHeard("attach their recordings and move them by that",
                                       "'choice' and 'offset_frames'") +
-                   common.clapAfter(rate_);
+                   known.clapAfter(rate_);
         const std::vector<const Shoot::Clip*> own = found;
         found.insert(found.end(), trial.covered.begin(), trial.covered.end());
         std::ranges::sort(found); // in the order of the clips
-        addCardDoubt(doubts_, {Kind::constantOffset, text + common.knownTo(rate_), std::move(cure)}, found);
+        addCardDoubt(doubts_, {Kind::constantOffset, text + known.knownTo(rate_), std::move(cure)}, found);
         for (std::size_t i = 0; isTable && i < own.size(); ++i)
             doubts_.byGroup[own[i]->group->id].back().suggestion = suggested[i];
     }

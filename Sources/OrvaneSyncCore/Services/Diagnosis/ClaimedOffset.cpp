@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
 
+#include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
 
@@ -64,9 +65,14 @@ std::vector<const ClaimedOffset::Laid*> ClaimedOffset::audible() const {
 
 bool ClaimedOffset::Heard::isConfirmed() const { return clips >= fewestHeard; }
 
+CommonOffset ClaimedOffset::Heard::known(CommonOffset offset, const Shoot& shoot) const {
+    if (isConfirmed() || shoot.input.heardClaims == nullptr) offset.unheardHourSeconds = 0;
+    return offset;
+}
+
 CommonOffset ClaimedOffset::Heard::corrected(double offsetSeconds, TimecodeFrameRate rate) const {
     const HeardClock clock = heardClock(offsetSeconds + correctionSeconds.value_or(0), rate);
-    return {clock.seconds, 0, clips, clock.isRound};
+    return {clock.seconds, 0, clips, clock.isExact};
 }
 
 ClaimedOffset::Heard ClaimedOffset::heard(std::vector<SoundClaim>* toHear) const {
@@ -83,6 +89,16 @@ ClaimedOffset::Heard ClaimedOffset::heard(std::vector<SoundClaim>* toHear) const
         } else if (heard->couldHear) {
             ++missed;
         }
+    }
+    // What was listened to for its own sake tells the same clock.
+    for (const Laid& one : laid_) {
+        const HeardClaim* heard =
+            heardClaim(shoot_, one.claim) == nullptr
+                ? heardClaim(shoot_, claimByEar(one.claim.clipID, one.claim.recordingID))
+                : nullptr;
+        if (heard == nullptr || !heard->offsetSeconds) continue;
+        const double correction = *heard->offsetSeconds - one.claim.offsetSeconds;
+        if (std::abs(correction) <= reach_ + coverSlackSeconds) corrections.push_back(correction);
     }
     result.clips = static_cast<int>(corrections.size());
     if (const auto agreed = agreementOf(std::move(corrections), fewestHeard, 0)) {

@@ -30,6 +30,9 @@ class ClaimedOffset {
         bool isConfirmed() const;
         /// The claimed offset, corrected by what was heard.
         CommonOffset corrected(double offsetSeconds, TimecodeFrameRate rate) const;
+        /// The offset as far as it is known: hours are rough once somebody listened and heard nothing of
+        /// them.
+        CommonOffset known(CommonOffset offset, const Shoot& shoot) const;
     };
     /// `toHear`, unless null: gets the claims that were not analysed and could decide.
     Heard heard(std::vector<SoundClaim>* toHear) const;

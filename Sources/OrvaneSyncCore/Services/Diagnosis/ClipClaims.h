@@ -20,7 +20,9 @@ std::optional<double> heardAttached(const Shoot& shoot, const Shoot::Clip& clip)
 /// Adds the claims that `heardAmong` and `heardAttached` need and that were not analysed, for as many clips
 /// as can be analysed in seconds.
 void addClipClaims(const Shoot& shoot, std::vector<SoundClaim>& toHear);
-/// Adds the recordings that clips without sound may have although no timecode leads to them, if they are few.
+/// For a clip that no timecode leads to the recording.
+SoundClaim claimByEar(const UUID& clip, const UUID& recording);
+/// Recordings that clips without sound may have, though no timecode says so, where there are few.
 void addClaimsByEar(const Shoot& shoot, std::vector<SoundClaim>& toHear);
 /// Adds long recordings that no clip has, for some of the clips that have other sound.
 void addLoneClaims(const Shoot& shoot, std::vector<SoundClaim>& toHear);

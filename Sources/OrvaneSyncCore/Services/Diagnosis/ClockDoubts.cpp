@@ -252,9 +252,7 @@ class ClockDoubts {
         // of the clips.
         if (heard.isRefuted && (claimed.isSoundOfClipsInPlace() || (!isForAll && common.isGuess(rate_))))
             return false;
-        if (heard.correctionSeconds &&
-            (common.isGuess(rate_) || std::abs(*heard.correctionSeconds) >= leastByHandSeconds) &&
-            addOffset(one, card, heard.corrected(offset, rate_), isForAll))
+        if (heard.correctionSeconds && addOffset(one, card, heard.corrected(offset, rate_), isForAll))
             return true;
         const auto isOfCard = [&](const MediaAsset& recording) { return isOn(card, shoot_, recording); };
         if (!heard.isConfirmed() && rolling.explain(common) && !areHeardOutOfPlace(shoot_, isOfCard))
@@ -277,14 +275,14 @@ class ClockDoubts {
         if (heard.isConfirmed())
             text += "; the microphones of the cameras heard their sound there in " +
                     counted(heard.clips, "clip", "clips");
-        DoubtCure cure =
-            cure_.of(card, offset)
-                .in(lost > 0 ? cure_.scanOfRecordings(card, one.isPart, camerasFor(card, doubted))
+        const CommonOffset known = heard.known(common, shoot_);
+        DoubtCure cure = cure_.of(card, offset)
+                             .in(lost > 0 ? cure_.scanOfRecordings(card, one.isPart, camerasFor(card, doubted))
                              : std::nullopt) +
-            common.clapAfter(rate_) +
-            (lost == 0                 ? ""
-             : isForAll || !one.isPart ? cure_.forOtherSound(one.card)
-                                       : OffsetCure::forOtherRecordings());
+                         known.clapAfter(rate_) +
+                         (lost == 0                 ? ""
+                          : isForAll || !one.isPart ? cure_.forOtherSound(one.card)
+                                                    : OffsetCure::forOtherRecordings());
         const bool mayBeRoomTone = isForAll && common.isGuess(rate_);
         if (mayBeRoomTone && heard.isRefuted)
             text += "; the microphones of the cameras heard nothing of them there";
@@ -298,7 +296,7 @@ class ClockDoubts {
             cure = std::move(cure) + "; in one document, " +
                    cureWords::asHeard("attach the recordings and move them by that",
                                       "'choice' and 'offset_frames'");
-        SyncDoubt doubt{Kind::constantOffset, text + common.knownTo(rate_), std::move(cure)};
+        SyncDoubt doubt{Kind::constantOffset, text + known.knownTo(rate_), std::move(cure)};
         if (isToldLikewise(doubts_, doubt, doubted, one.name(shoot_))) return true;
         addCardDoubt(doubts_, std::move(doubt), doubted);
         if (isTable)

@@ -16,18 +16,21 @@ namespace {
 // sample is enough.
 constexpr std::size_t mostPairsOfFiles = 10'000;
 
-} // namespace
-
-bool CommonOffset::isGuess(TimecodeFrameRate rate) const {
-    return widthSeconds * timecodeRate::frameRateForRealTimeCalculation(rate) > 1;
+bool isMoreThanAFrame(double seconds, TimecodeFrameRate rate) {
+    return seconds * timecodeRate::frameRateForRealTimeCalculation(rate) > 1;
 }
 
+} // namespace
+
+bool CommonOffset::isGuess(TimecodeFrameRate rate) const { return isMoreThanAFrame(widthSeconds, rate); }
+
 std::string CommonOffset::knownTo(TimecodeFrameRate rate) const {
-    return isGuess(rate) ? "; the offset is known to " + spanText(widthSeconds) + " only" : "";
+    const double known = std::max(widthSeconds, unheardHourSeconds);
+    return isMoreThanAFrame(known, rate) ? "; the offset is known to " + spanText(known) + " only" : "";
 }
 
 std::string CommonOffset::clapAfter(TimecodeFrameRate rate) const {
-    return isGuess(rate) || !isRound ? checkAClap : "";
+    return isGuess(rate) || !isExact || isMoreThanAFrame(unheardHourSeconds, rate) ? checkAClap : "";
 }
 
 std::optional<double> secondsApart(const Shoot::Clip& clip, const FilePlace& sound) {
@@ -81,7 +84,9 @@ std::optional<CommonOffset> commonOffset(const std::vector<const Shoot::Clip*>& 
     const auto byChance = chanceOf(windows, depth);
     const double niceShare = isNice ? std::min(1.0, best.widthSeconds / niceOffsetStepSeconds) : 1;
     if (byChance * niceShare > mostChance) return std::nullopt;
-    return CommonOffset{offset, isNice ? 0 : best.likelyWidthSeconds};
+    return CommonOffset{.seconds = offset,
+                        .widthSeconds = isNice ? 0 : best.likelyWidthSeconds,
+                        .unheardHourSeconds = isNice ? best.likelyWidthSeconds : 0};
 }
 
 } // namespace orvane

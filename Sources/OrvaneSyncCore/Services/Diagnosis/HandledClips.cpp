@@ -64,15 +64,17 @@ std::optional<Agreement> agreementOf(std::vector<double> offsets, std::ptrdiff_t
 }
 
 HeardClock heardClock(double seconds, TimecodeFrameRate rate) {
-    constexpr double nearFrames = 2;
-    const double near = nearFrames / timecodeRate::frameRateForRealTimeCalculation(rate);
-    const double whole = std::round(seconds - microphoneDelaySeconds);
-    // Labels of 23.976 count 1000 s in 1001 s, and some clocks are set by such labels.
-    const double labels = std::copysign(labelSeconds(std::abs(whole), rate), seconds);
-    const bool areLabelsNearer = std::abs(labels - seconds) < std::abs(whole - seconds);
-    const double round = areLabelsNearer ? labels : whole;
-    const bool isRound = whole != 0 && std::abs(round - seconds) <= near;
-    return {isRound ? round : seconds - microphoneDelaySeconds, isRound};
+    // A camera's microphone is behind by metres of air and its converter, and hardly ever ahead.
+    constexpr double mostAhead = 0.03, mostBehind = 0.08;
+    const double heard = seconds - microphoneDelaySeconds;
+    const double whole = std::round(heard);
+    // Labels of 23.976 count 1000 s in 1001 s, and clocks are set by them as well.
+    constexpr double manyLabels = 1000;
+    const double secondsALabel = labelSeconds(manyLabels, rate) / manyLabels;
+    const double labels = std::round(heard / secondsALabel) * secondsALabel;
+    const double round = std::abs(labels - heard) < std::abs(whole - heard) ? labels : whole;
+    if (whole == 0 || seconds < round - mostAhead || seconds > round + mostBehind) return {heard, false};
+    return {round, std::abs(heard - round) * timecodeRate::frameRateForRealTimeCalculation(rate) <= 1};
 }
 
 bool haveNoOtherSound(const std::vector<const Shoot::Clip*>& clips, std::string_view folder) {

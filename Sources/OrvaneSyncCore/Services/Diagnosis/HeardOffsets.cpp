@@ -180,11 +180,11 @@ class HeardOffsets {
         SyncDoubt doubt{.kind = Kind::constantOffset, .message = std::move(text), .cure = {}};
         if (!areAgreed && !heard.front().isElsewhere &&
             haveNoOtherSound(unmoved, std::get<1>(*heard.front().key))) {
-            doubt.cure = cureWords::moveAsHeard() + (clock.isRound ? "" : checkAClap) +
+            doubt.cure = cureWords::moveAsHeard() + (clock.isExact ? "" : checkAClap) +
                          "; lock a clip whose sound is right as it is";
             doubt.suggestion = SyncDoubt::Suggestion{.offsetSeconds = offset};
         } else {
-            doubt.cure = forCameras({offsetBy(offset)}, all, clock.isRound);
+            doubt.cure = forCameras({offsetBy(offset)}, all, clock.isExact);
         }
         addCardDoubt(doubts_, std::move(doubt), unmoved);
     }

@@ -135,7 +135,7 @@ void addMovedPart(const Shoot& shoot, const std::map<CameraAndCard, HandledClips
                                          : "' elsewhere than '" + std::string(recorder) + "' has it");
     DoubtCure moved(CureOption::Kind::soundOffset,
                     offsetText(clock.seconds + shoot.input.rules.soundOffsetSeconds, rate));
-    const char* clap = clock.isRound ? "" : checkAClap;
+    const char* clap = clock.isExact ? "" : checkAClap;
     if (!isOfCamera) {
         const auto [first, last] = std::ranges::minmax(sound.files, {}, [&](std::size_t file) {
             return onLine(shoot.recordings[file].place).startSeconds;

@@ -32,7 +32,7 @@ struct PairByEar {
     const MediaAsset* recording;
     double laidSeconds; ///< clip time at which the recording begins once it is attached
 
-    SoundClaim claim() const { return {clip->group->id, recording->id, 0, furthestAttachedSeconds}; }
+    SoundClaim claim() const { return claimByEar(clip->group->id, recording->id); }
 };
 
 /// Folders with a file that counts from zero or has no time. The other files there may continue its count,
@@ -137,7 +137,15 @@ PairsByEar pairsByEar(const Shoot& shoot) {
 /// A clip and the one recording in which it was heard.
 struct HeardPair {
     PairByEar pair;
-    double offsetSeconds; ///< manual offset
+    double offsetSeconds;  ///< manual offset; it includes the delay of the microphone until `layByClocks`
+    bool isBeside = false; ///< other clips gave another offset for its recorder
+
+    std::pair<std::string_view, std::optional<long>> recorder(const Shoot& shoot) const {
+        const auto placed = shoot.recordingByID.find(pair.recording->id);
+        return {folderOf(*pair.recording), placed != shoot.recordingByID.end()
+                                               ? shoot.recordings[placed->second].place.day
+                                               : std::nullopt};
+    }
 };
 
 /// The clips that were heard in exactly one recording.
@@ -151,7 +159,7 @@ std::vector<HeardPair> heardAnywhere(const Shoot& shoot) {
         for (; pair != next; ++pair)
             if (const HeardClaim* heard = heardClaim(shoot, pair->claim());
                 heard != nullptr && heard->offsetSeconds)
-                found.push_back({*pair, *heard->offsetSeconds - microphoneDelaySeconds - pair->laidSeconds});
+                found.push_back({*pair, *heard->offsetSeconds - pair->laidSeconds});
         if (found.size() == 1) result.push_back(found.front()); // several may be sound that repeats
     }
     return result;
@@ -175,7 +183,8 @@ std::vector<ClosePair> closePairs(const Shoot& shoot, const std::vector<HeardPai
     std::set<const Shoot::Clip*> known;
     for (const HeardPair& one : heard) {
         known.insert(one.pair.clip);
-        if (const auto start = heardStart(shoot, *one.pair.clip, one.pair.recording->id, one.offsetSeconds))
+        if (const auto start = heardStart(shoot, *one.pair.clip, one.pair.recording->id,
+                                          one.offsetSeconds - microphoneDelaySeconds))
             starts[folderOf(one.pair.clip->group->video)].push_back(*start);
     }
     std::map<std::string_view, HeardDates> dates;
@@ -203,7 +212,38 @@ std::vector<ClosePair> closePairs(const Shoot& shoot, const std::vector<HeardPai
     return pairs;
 }
 
+/// Each clip is measured to some ten milliseconds, and cuts between cameras would show the difference. If
+/// three clips of one recorder agree, all of them get the offset of its clock. Takes the delay of the
+/// microphone off the others.
+void layByClocks(const Shoot& shoot, std::vector<HeardPair>& all) {
+    std::map<std::pair<std::string_view, std::optional<long>>, std::vector<HeardPair*>> recorders;
+    for (HeardPair& one : all) recorders[one.recorder(shoot)].push_back(&one);
+    const TimecodeFrameRate rate = rateOfLabels(shoot);
+    for (auto& [recorder, found] : recorders) {
+        std::ranges::sort(found, {}, &HeardPair::offsetSeconds);
+        std::vector<HeardPair*> beside;
+        for (auto first = found.begin(); first != found.end();) {
+            const auto last = std::find_if(first, found.end(), [&](const HeardPair* one) {
+                return one->offsetSeconds - (*first)->offsetSeconds > 2 * agreeingByHandSeconds;
+            });
+            std::vector<double> seconds;
+            for (auto one = first; one != last; ++one) seconds.push_back((*one)->offsetSeconds);
+            const auto clock = agreementOf(std::move(seconds), explanation::fewest, 0);
+            for (; first != last; ++first) {
+                double& own = (*first)->offsetSeconds;
+                own = clock ? heardClock(clock->seconds, rate).seconds : own - microphoneDelaySeconds;
+                if (!clock) beside.push_back(*first);
+            }
+        }
+        for (HeardPair* one : beside) one->isBeside = beside.size() < found.size();
+    }
+}
+
 } // namespace
+
+SoundClaim claimByEar(const UUID& clip, const UUID& recording) {
+    return {clip, recording, 0, furthestAttachedSeconds};
+}
 
 void addClaimsByEar(const Shoot& shoot, std::vector<SoundClaim>& toHear) {
     const auto ask = [&](const SoundClaim& claim) {
@@ -232,12 +272,13 @@ void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts) {
     for (const ClosePair& close : closePairs(shoot, all))
         if (const HeardClaim* heard = heardClaim(shoot, close.claim());
             heard != nullptr && heard->offsetSeconds)
-            all.push_back(
-                {close.pair, *heard->offsetSeconds - microphoneDelaySeconds - close.pair.laidSeconds});
-    for (const auto& [pair, offset] : all) {
+            all.push_back({close.pair, *heard->offsetSeconds - close.pair.laidSeconds});
+    layByClocks(shoot, all);
+    for (const auto& [pair, offset, isBeside] : all) {
         const MediaAsset& video = pair.clip->group->video;
         const std::string text = shoot.nameOf(*pair.recording) + " in " + shoot.nameOf(video) +
-                                 " with an offset of " + framesText(offset, video);
+                                 " with an offset of " + framesText(offset, video) +
+                                 (isBeside ? ", unlike other clips with sound of that recorder" : "");
         auto& told = doubts.byGroup[pair.clip->group->id];
         // What the clip's own camera heard is more exact.
         for (SyncDoubt& doubt : told) doubt.suggestion.reset();

@@ -1,3 +1,4 @@
+#include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ClipInDoubt.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
@@ -13,6 +14,7 @@
 #include <functional>
 #include <map>
 #include <set>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -44,8 +46,16 @@ class OtherRecorders {
                 cureOf(std::string(folder) + "/", std::string(kept) + "/", areHeardWith(kept, folder));
         return known->second;
     }
-    /// Whether the cameras of several clips with recordings of both folders heard those of the first folder
-    /// in place, and no camera heard those of the other.
+    /// Where the recorder of the folder was heard, it was out of its place.
+    bool isOutOfPlace(std::string_view folder) {
+        const auto [known, isNew] = isOutOfPlace_.try_emplace(folder);
+        if (isNew)
+            known->second = areHeardOutOfPlace(
+                shoot_, [&](const MediaAsset& recording) { return folderOf(recording) == folder; });
+        return known->second;
+    }
+    /// Whether the cameras of several clips that have both heard those of the first folder in place, and of
+    /// none those of the other.
     bool areHeardWith(std::string_view folder, std::string_view other) const {
         constexpr int fewest = 2; // each found at a clear place
         int own = 0, others = 0;
@@ -95,6 +105,11 @@ class OtherRecorders {
                    ? std::string(card)
                    : std::string(card.substr(0, card.rfind('/') + 1)) + std::string(namePattern(video));
     }
+    static bool haveRepeatedNames(const std::vector<const Shoot::Clip*>& clips) {
+        std::set<std::string_view> names;
+        for (const Shoot::Clip* clip : clips) names.insert(clip->group->video.filename);
+        return names.size() < clips.size();
+    }
     std::string optionsForEither(const std::string& folder, const std::string& other) const {
         const auto isOne = recordingsOf(folder, other), isOther = recordingsOf(other, folder);
         const auto has = [](const Shoot::Clip& clip, const auto& isOf) {
@@ -102,13 +117,12 @@ class OtherRecorders {
                                        [&](const AudioMatch& match) { return isOf(*match.audio); });
         };
         std::vector<const Shoot::Clip*> users;
-        std::set<std::string_view> names;
         for (const Shoot::Clip& clip : shoot_.clips) {
             if (has(clip, isOne) != has(clip, isOther)) return {};
             if (!has(clip, isOne)) continue;
             users.push_back(&clip);
-            names.insert(clip.group->video.filename);
         }
+        const bool doNamesRepeat = haveRepeatedNames(users);
         std::map<std::string, bool> cameras; // whether one of its clips has both in place
         for (const Shoot::Clip* clip : users) {
             const auto isHeardOf = [&](const auto& isOf) {
@@ -116,7 +130,7 @@ class OtherRecorders {
                     return isOf(*match.audio) && isHeardInPlace(shoot_, *clip, match);
                 });
             };
-            bool& hasHeardBoth = cameras[cameraOf(clip->group->video, names.size() < users.size())];
+            bool& hasHeardBoth = cameras[cameraOf(clip->group->video, doNamesRepeat)];
             hasHeardBoth = hasHeardBoth || (isHeardOf(isOne) && isHeardOf(isOther));
         }
         if (!std::ranges::all_of(cameras, [](const auto& camera) { return camera.second; })) return {};
@@ -142,13 +156,27 @@ class OtherRecorders {
                 return {};
             users.push_back(&clip);
         }
-        if (!areOfOneCamera(users) || !areOfOneDay(users)) return {};
+        if (!(areOfOneCamera(users) || (isKeptHeard && haveAllCamerasHeard(users, kept))) ||
+            !areOfOneDay(users))
+            return {};
         const auto options = leavingOut_.of(isOther);
         if (!options) return {};
         return DoubtCure(options->globs.empty() ? "a scan " : "") + CureWay{options->options()};
     }
 
-    /// Each of several cameras may have a recorder of its own.
+    /// Each camera of several may have a recorder of its own, unless the microphone of each found its clips
+    /// in the kept one.
+    bool haveAllCamerasHeard(const std::vector<const Shoot::Clip*>& clips, const std::string& kept) const {
+        const bool doNamesRepeat = haveRepeatedNames(clips);
+        std::set<std::string> cameras;
+        for (const auto& [group, in] : heard_)
+            if ((std::string(in) + "/").starts_with(kept))
+                cameras.insert(cameraOf(group->video, doNamesRepeat));
+        return std::ranges::all_of(clips, [&](const Shoot::Clip* clip) {
+            return cameras.contains(cameraOf(clip->group->video, doNamesRepeat));
+        });
+    }
+    /// Each camera of several may have a recorder of its own.
     static bool areOfOneCamera(const std::vector<const Shoot::Clip*>& clips) {
         std::vector<const Shoot::Clip*> timed;
         for (const Shoot::Clip* clip : clips) {
@@ -181,6 +209,7 @@ class OtherRecorders {
     const LeavingOut leavingOut_;
     std::map<std::pair<std::string_view, std::string_view>, DoubtCure> cures_;
     std::map<std::pair<std::string_view, std::string_view>, std::string> eithers_; ///< options, by folders
+    std::map<std::string_view, bool> isOutOfPlace_;
     std::vector<std::pair<const SyncGroup*, std::string_view>> heard_; ///< in the recordings of which folder
 };
 
@@ -291,6 +320,7 @@ class Rivals {
     std::vector<SyncDoubt> doubts(OtherRecorders& others, const SoundUnits& units,
                                   SoundOfOtherUnits& ofOthers) {
         equalRecordings(others, units);
+        if (of_.doubts.empty()) outOfPlace(others);
         if (of_.doubts.empty()) ownUnit();
         if (of_.doubts.empty()) noOwnSound(units);
         if (of_.doubts.empty()) ofOthers.addTo(of_);
@@ -356,6 +386,21 @@ class Rivals {
             if (const auto heard = heardAmong(of_.shoot, of_.clip))
                 of_.doubts.back().suggestion =
                     SyncDoubt::Suggestion{.recordingID = of_.group.audioMatches[*heard].audio->id};
+            return;
+        }
+    }
+    /// A recording beside the right one that would be heard with an echo once it is switched on.
+    void outOfPlace(OtherRecorders& others) {
+        const std::string_view own = folderOf(*of_.group.audioMatches.front().audio);
+        for (const auto& [folder, matches] : alternates()) {
+            if (!others.areHeardWith(own, folder) || !others.isOutOfPlace(folder)) continue;
+            const DoubtCure& without = others.without(folder, own);
+            const DoubtCure takeOff = "take it off these clips, or lock them";
+            of_.add(Kind::ambiguous,
+                    of_.shoot.nameOf(*matches.front()->audio) + " lies beside the sound of " + of_.name +
+                        ", and the microphones of the cameras heard what is in '" + std::string(folder) +
+                        "' out of its place",
+                    without.isEmpty() ? takeOff : without + " leaves that recorder out; else " + takeOff);
             return;
         }
     }

@@ -202,14 +202,19 @@ class CameraClocks {
                         trial.soundDay ? *card.day - *trial.soundDay : 0};
         auto alone = trial.isPart ? cure_.scanOfClipsBetween(*trial.clips.front(), *trial.clips.back())
                                   : cure_.scanOfClips(scan);
-        // If the card has other clips too, a table corrects these and keeps all clips in one document.
-        const bool isTable = alone && heard.isConfirmed() && !trial.soundDay && trial.covered.empty();
+        // Beside other clips a table keeps all in one document.
+        const bool isOne = heard.spreadSeconds == 0 || !common.isGuess(rate_);
+        const bool isTable =
+            alone && heard.isConfirmed() && isOne && !trial.soundDay && trial.covered.empty();
         const CommonOffset known = heard.known(common, shoot_);
         DoubtCure cure =
             cure_.of(scan, common.seconds).in(std::move(alone)) +
             (trial.soundDay ? " if a clap shows it, else look for the sound of " + dayText(*card.day) : "") +
             known.clapAfter(rate_);
-        if (heard.isUnasked && common.isOdd()) cure = cureWords::listenFirst;
+        if (heard.isUnasked && common.isOdd())
+            cure = cureWords::listenFirst;
+        else if (heard.spreadSeconds > 0 && common.isGuess(rate_))
+            cure = cureWords::byNoOneOffset(spanText(heard.spreadSeconds));
         if (isTable)
             cure = cureWords::asHeard("attach their recordings and move them by that",
                                       "'choice' and 'offset_frames'") +

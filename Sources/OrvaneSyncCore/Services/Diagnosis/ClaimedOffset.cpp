@@ -101,8 +101,13 @@ ClaimedOffset::Heard ClaimedOffset::heard(std::vector<SoundClaim>* toHear) const
         if (std::abs(correction) <= reach_ + coverSlackSeconds) corrections.push_back(correction);
     }
     result.clips = static_cast<int>(corrections.size());
+    if (result.isConfirmed()) {
+        const auto [least, most] = std::ranges::minmax(corrections);
+        result.spreadSeconds = most - least;
+    }
     if (const auto agreed = agreementOf(std::move(corrections), fewestHeard, 0)) {
         result.correctionSeconds = agreed->seconds;
+        result.spreadSeconds = 0;
         result.clips = static_cast<int>(agreed->count);
     }
     result.isRefuted = result.clips == 0 && missed >= explanation::fewest;

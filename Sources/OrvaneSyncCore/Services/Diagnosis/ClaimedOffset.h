@@ -24,8 +24,10 @@ class ClaimedOffset {
         int clips = 0; ///< clips whose camera heard the recording where the offset puts it
         /// A further move on which most of these clips agree; absent if they do not agree.
         std::optional<double> correctionSeconds = {};
-        bool isRefuted = false; ///< several clips were analysed, and none has the recording there
-        bool isUnasked = false; ///< no clip was analysed, and some clips could decide
+        /// By how much what was heard differs, where several were heard and do not agree; else 0.
+        double spreadSeconds = 0;
+        bool isRefuted = false; ///< several were listened to, and none was heard there
+        bool isUnasked = false; ///< nobody has listened, and some might tell
 
         bool isConfirmed() const;
         /// The claimed offset, corrected by what was heard.

@@ -276,18 +276,21 @@ class ClockDoubts {
             text += "; the microphones of the cameras heard their sound there in " +
                     counted(heard.clips, "clip", "clips");
         const CommonOffset known = heard.known(common, shoot_);
-        DoubtCure cure = cure_.of(card, offset)
-                             .in(lost > 0 ? cure_.scanOfRecordings(card, one.isPart, camerasFor(card, doubted))
+        DoubtCure cure =
+            cure_.of(card, offset)
+                .in(lost > 0 ? cure_.scanOfRecordings(card, one.isPart, camerasFor(card, doubted))
                              : std::nullopt) +
-                         known.clapAfter(rate_) +
-                         (lost == 0                 ? ""
-                          : isForAll || !one.isPart ? cure_.forOtherSound(one.card)
-                                                    : OffsetCure::forOtherRecordings());
+            known.clapAfter(rate_) +
+            (lost == 0                 ? ""
+             : isForAll || !one.isPart ? cure_.forOtherSound(one.card)
+                                       : OffsetCure::forOtherRecordings());
         const bool mayBeRoomTone = isForAll && common.isGuess(rate_);
         if (mayBeRoomTone && heard.isRefuted)
             text += "; the microphones of the cameras heard nothing of them there";
         if (heard.isUnasked && common.isOdd())
             cure = cureWords::listenFirst;
+        else if (heard.spreadSeconds > 0 && common.isGuess(rate_))
+            cure = cureWords::byNoOneOffset(spanText(heard.spreadSeconds));
         else if (mayBeRoomTone && (heard.isRefuted || (lost > 0 && !heard.isConfirmed())))
             cure = notToBeMoved();
         // If there is other sound as well, a table keeps all clips in one document.

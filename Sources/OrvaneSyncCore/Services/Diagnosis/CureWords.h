@@ -43,7 +43,16 @@ inline DoubtCure skipToLeaveOut() {
                             "“Toggle Excluded” to leave the clip out"};
 }
 
-/// For an odd offset, about which microphones can say more than timecode.
+/// Of a card whose sound was heard off by other times from clip to clip.
+inline DoubtCure byNoOneOffset(const std::string& spread) {
+    const std::string why = "what was heard differs by " + spread +
+                            " between these clips, so no one offset is right: check a clap of each, and ";
+    return DoubtCure::Words{why + "move them one by one ('choice' and 'offset_frames' in the table of 'scan "
+                                  "--review')",
+                            why + "attach and move their sound by hand"};
+}
+
+/// Of an odd offset that microphones can tell more of than timecode.
 inline constexpr const char* listenFirst =
     "listen before anything is moved ('diagnose' does): room tone and wild tracks that were made after the "
     "takes are right where they are";

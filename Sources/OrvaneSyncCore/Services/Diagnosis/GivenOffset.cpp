@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace orvane {
@@ -21,11 +23,19 @@ bool isOfAWrongHour(double seconds, TimecodeFrameRate rate) {
                                [&](double step) { return std::abs(std::remainder(seconds, step)) < aFrame; });
 }
 
-/// Whether a decision of the user or a microphone confirms the place of the clip's sound.
+/// The distance of the clip's sound from what its camera heard.
+std::optional<double> heardLag(const Shoot& shoot, const Shoot::Clip& clip) {
+    const auto* heard = shoot.input.heardLags;
+    if (heard == nullptr) return std::nullopt;
+    const auto found = heard->find(clip.group->audioMatches.front().id);
+    return found != heard->end() ? std::optional(found->second.seconds) : std::nullopt;
+}
+
+/// Whether people or microphones say that the clip's sound lies right.
 bool isChecked(const Shoot& shoot, const Shoot::Clip& clip) {
     if (clip.isDecided || clip.group->manualAudioOffsetSeconds != 0) return true;
-    const auto* heard = shoot.input.heardLags;
-    return heard != nullptr && heard->contains(clip.group->audioMatches.front().id);
+    const auto lag = heardLag(shoot, clip);
+    return lag && std::abs(*lag) < inPlaceSeconds;
 }
 
 } // namespace
@@ -46,7 +56,8 @@ void addGivenOffset(const Shoot& shoot, SyncDoubts& doubts) {
             continue;
         }
         if (!clip.isCovered) continue;
-        if (doubts.has(clip.group->id, {SyncDoubt::Kind::constantOffset, SyncDoubt::Kind::timecodeRate}))
+        if (doubts.has(clip.group->id, {SyncDoubt::Kind::constantOffset, SyncDoubt::Kind::timecodeRate,
+                                        SyncDoubt::Kind::drift}))
             return;
         if (isAudible(clip)) ++audible;
         const FilePlace& sound = shoot.wholes.places[*clip.primary];
@@ -61,14 +72,24 @@ void addGivenOffset(const Shoot& shoot, SyncDoubts& doubts) {
         return;
     const CommonOffset known{given, deepest(windows, clips.size()).likelyWidthSeconds};
     if (!known.isGuess(rate)) return;
+    const auto elsewhere =
+        std::ranges::count_if(clips, [&](const auto* clip) { return heardLag(shoot, *clip).has_value(); });
+    const std::string heard = elsewhere > 0 ? "; the microphones of the cameras heard that of " +
+                                                  counted(elsewhere, "clip", "clips") + " elsewhere"
+                                            : "";
     addCardDoubt(doubts,
                  {SyncDoubt::Kind::constantOffset,
                   "the sound of " + counted(clips.size(), "clip", "clips") + " lies by an offset of " +
-                      spanText(std::abs(given)) + " that only timecode suggests" + known.knownTo(rate),
+                      spanText(std::abs(given)) + " that only timecode suggests" + known.knownTo(rate) +
+                      heard,
                   DoubtCure::Words{"check a clap, give the offset that it shows as --sound-offset, and lock "
                                    "three clips that are right",
                                    "check a clap, move three clips by hand, and lock those that are right"}},
                  clips);
+    for (const Shoot::Clip* clip : clips)
+        if (const auto lag = heardLag(shoot, *clip))
+            doubts.byGroup[clip->group->id].back().suggestion =
+                SyncDoubt::Suggestion{.offsetSeconds = *lag - microphoneDelaySeconds};
 }
 
 } // namespace orvane

@@ -268,14 +268,32 @@ class HeardOffsets {
         if (card.isConfirmed || card.unmoved.empty() || rateOf(shoot_, card) ||
             doubts_.has(card.unmoved.front()->group->id, {Kind::drift}))
             return false;
+        const auto isOfRecorder = [&](const auto& other) {
+            return std::get<1>(other.first) == std::get<1>(key) &&
+                   std::get<2>(other.first) == std::get<2>(key);
+        };
+        const auto isOfOther = [&](const auto& other) { return other.first != key && isOfRecorder(other); };
+        // What several cards heard on one line of time is the recorder's clock.
+        HandledClips heard;
+        std::size_t cards = 0;
+        for (const auto& other : cards_) {
+            if (!isOfRecorder(other) || other.second.soundings().empty()) continue;
+            ++cards;
+            heard.places.insert(heard.places.end(), other.second.places.begin(), other.second.places.end());
+            heard.elsewhere.insert(heard.elsewhere.end(), other.second.elsewhere.begin(),
+                                   other.second.elsewhere.end());
+        }
+        if (const auto common = clockDriftOf(heard); common && cards > 1 && !card.soundings().empty()) {
+            addClockDrift(shoot_, key, card, *common, doubts_);
+            for (const auto& other : cards_)
+                if (isOfOther(other) && other.second.soundings().empty() && !other.second.isConfirmed)
+                    addClockDriftUnheard(shoot_, key, other.second, *common, doubts_);
+            return true;
+        }
         const auto drift = clockDriftOf(card);
         if (!drift) return false;
         addClockDrift(shoot_, key, card, *drift, doubts_);
-        const auto isOfOther = [&](const auto& other) {
-            return other.first != key && std::get<1>(other.first) == std::get<1>(key) &&
-                   std::get<2>(other.first) == std::get<2>(key);
-        };
-        // If another camera heard the recorder at another distance, the first camera's clock is wrong.
+        // Where another camera heard the recorder otherwise, it is the first camera's clock.
         const bool isContradicted = std::ranges::any_of(cards_, [&](const auto& other) {
             return isOfOther(other) && !other.second.soundings().empty() && !clockDriftOf(other.second);
         });

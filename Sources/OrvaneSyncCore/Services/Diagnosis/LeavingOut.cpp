@@ -171,9 +171,16 @@ std::optional<LeavingOut::Options> LeavingOut::of(const std::function<bool(const
         constexpr std::size_t most = 4;
         const std::size_t before = options.globs.size();
         if (shapes.size() <= most && std::ranges::all_of(shapes, [&](const std::string& shape) {
-                return propose(own + shape, [&](const std::string& file) {
+                const auto isOfShape = [&](const std::string& file) {
                     return isMeant(file) && shapeOf(lastName(file)) == shape;
-                });
+                };
+                if (propose(own + shape, isOfShape)) return true;
+                std::vector<std::string> alike;
+                std::ranges::copy_if(names, std::back_inserter(alike),
+                                     [&](const std::string& name) { return shapeOf(name) == shape; });
+                const std::string begin = commonStem(alike, ending);
+                return !begin.empty() &&
+                       propose(own + escapedInPattern(begin) + "*" + escapedInPattern(ending), isOfShape);
             }))
             continue;
         options.globs.resize(before);

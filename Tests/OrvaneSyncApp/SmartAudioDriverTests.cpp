@@ -545,6 +545,27 @@ TEST_F(SmartAudioDriverTest, takingBackKeepsTheResultsOfWhatIsAskedAsBefore) {
     EXPECT_EQ(active("A001"), Tracks{2}) << "which the clips of before the analysis had not";
 }
 
+TEST_F(SmartAudioDriverTest, resultsComeBackWithTheirClipsAndTellWhatTheyWereMadeWith) {
+    analyseAll();
+    const std::size_t all = controller_->smartAudio().state().results.size();
+    ASSERT_GT(all, 1U);
+    SyncGroupList clips = controller_->work().syncGroups();
+    controller_->openStoredWork({});
+    EXPECT_TRUE(controller_->smartAudio().state().results.empty());
+    const UUID changed = clips.front().id;
+    clips.update(changed,
+                 [](SyncGroup& group) { group.algorithmExcludedTracks = {2}; }); // by another program
+    controller_->openStoredWork({{}, {}, clips});
+    EXPECT_EQ(controller_->smartAudio().state().results.size(), all - 1);
+    EXPECT_FALSE(controller_->smartAudio().state().results.contains(changed));
+
+    EXPECT_EQ(controller_->smartAudio().outdatedCount(), 0U);
+    settings_->set("smartAudio.blockMode", "coarse");
+    EXPECT_EQ(controller_->smartAudio().outdatedCount(), all - 1);
+    analyseAll();
+    EXPECT_EQ(controller_->smartAudio().outdatedCount(), 0U);
+}
+
 TEST_F(SmartAudioDriverTest, blocksAreMeasuredOnTheDialogueOfAModel) {
     const std::string runtime = test::runtimeFolder(folder_.path());
     if (!platform::ModelRuntime::find({&runtime, 1}))

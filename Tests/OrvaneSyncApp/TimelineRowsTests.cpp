@@ -1,3 +1,4 @@
+#include "OrvaneSyncApp/Controllers/SmartAudioCaches.h"
 #include "OrvaneSyncApp/ViewModels/Timeline/TimelineLayout.h"
 #include "OrvaneSyncApp/ViewModels/Timeline/WaveformTile.h"
 #include "OrvaneSyncCore/Models/Settings.h"
@@ -23,7 +24,7 @@ class TimelineRowsTest : public testing::Test {
         FileNames names;
         for (const AudioMatch& match : group_.audioMatches) names.add(*match.audio);
         names.add(group_.video);
-        return timelineRows(group_, 25, smartAudio_, settings_, names);
+        return timelineRows(group_, 25, smartAudio_, settings_, names, &madeWith_);
     }
     TimelineLayout layout(bool isExpanded = true, double verticalScroll = 0) {
         return {std::make_shared<const TimelineRows>(rows()), zoom_, isExpanded, verticalScroll};
@@ -32,6 +33,7 @@ class TimelineRowsTest : public testing::Test {
     platform::MemorySettingsStore settings_;
     SyncGroup group_ = timelineClip();
     SmartAudioState smartAudio_;
+    SmartAudioTerms madeWith_;
     TimelineZoomState zoom_{.viewportWidth = 800, .clipDuration = 30};
 };
 
@@ -59,7 +61,7 @@ TEST_F(TimelineRowsTest, SayWhatTheAnalysisFoundAndWhatWasChosenByHand) {
     smartAudio_.soloMonitorTracks[group_.id] = 3;
     group_.algorithmExcludedTracks = {1};
     const TimelineRows known = rows();
-    EXPECT_EQ(known.summary, "Smart Audio active · Fast Dialog / Comedy");
+    EXPECT_EQ(known.summary, "Smart Audio active · Fast Dialog / Comedy · 1s blocks");
     ASSERT_EQ(known.channels.size(), 3U);
     EXPECT_EQ(known.channels[0].tooltip(),
               "T1 Boom\nBoom · iXML: Boom\nAlgorithm picks this channel for 65% of the take");
@@ -77,7 +79,8 @@ TEST_F(TimelineRowsTest, SayWhatTheAnalysisFoundAndWhatWasChosenByHand) {
     EXPECT_EQ(tileOpacity(known.blocks[1]), 1);
     EXPECT_EQ(tileOpacity(known.blocks[2]), 0.08);
     settings_.set(settings::bestChannelMode.key, "perClip");
-    EXPECT_EQ(rows().summary, "Smart Audio chose Track 1 · Fast Dialog / Comedy");
+    madeWith_.blockSettings.blockMode = BlockMode::coarse;
+    EXPECT_EQ(rows().summary, "Smart Audio chose Track 1 · Coarse · 4s blocks");
 
     group_.manualActiveTracks = {3};
     EXPECT_TRUE(rows().channels[2].isActive && !rows().channels[1].isActive);

@@ -59,6 +59,7 @@ void ImportController::openStoredWork(StoredWork work) {
         for (const AudioMatch& match : group.audioMatches) used.insert(match.audio->id);
     std::erase_if(work.wildTracks, [&](const WildTrack& track) { return used.contains(track.id); });
     work_.notices.together([&] {
+        smartAudio_.caches().leaveClips();
         reset();
         work_.setVideoFolderURL(std::move(work.videoFolderURL));
         work_.setAudioFolderURL(std::move(work.audioFolderURL));
@@ -66,6 +67,7 @@ void ImportController::openStoredWork(StoredWork work) {
         work_.setSourceCorrections(work.sourceCorrections);
         work_.openOtherWork(std::move(work.syncGroups), std::move(work.wildTracks),
                             work.matchedBy.value_or(work.sourceCorrections));
+        smartAudio_.restoreAfterUndo();
     });
 }
 

@@ -253,7 +253,7 @@ platform::Task ScanController::match(std::weak_ptr<ScanController> weak, std::ui
         // An undo may have restored another scan result in the meantime.
         if (self->scanResult_ != outcome->scanResult) self->show(*outcome);
         self->work_.adoptScan(std::move(made.groups), std::move(made.wild), std::move(made.by), outcome, of);
-        self->smartAudio_.caches().removeAll();
+        self->smartAudio_.caches().leaveClips();
         self->reports_.merged(merging, std::move(made.report));
         if (self->whenMatched) self->whenMatched();
     });

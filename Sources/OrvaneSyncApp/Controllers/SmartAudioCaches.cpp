@@ -50,6 +50,37 @@ void SmartAudioCaches::removeAll() {
     invalidateCachesAfterUndo();
 }
 
+void SmartAudioCaches::leaveClips() {
+    constexpr std::size_t mostClips = 20'000;
+    if (left_.results.size() > mostClips) left_ = {};
+    // Of a clip that was left before, the latest.
+    const auto keep = [](auto& latest, auto& kept) {
+        latest.merge(kept);
+        kept = std::exchange(latest, {});
+    };
+    for (const auto& [groupID, file] : state.mixdownURLs) left_.rendered.insert(groupID);
+    keep(state.results, left_.results);
+    keep(routed, left_.routed);
+    keep(state.passedOver, left_.passedOver);
+    removeAll();
+}
+
+void SmartAudioCaches::recall(const SyncGroupList& clips) {
+    if (left_.isEmpty()) return;
+    const auto move = [this](auto& from, auto& to, const UUID& groupID) {
+        auto node = from.extract(groupID);
+        if (!node) return;
+        to.insert(std::move(node));
+        setAside_.clips = {}; // they do not include this one
+    };
+    for (const SyncGroup& clip : clips) {
+        move(left_.results, setAside_.results, clip.id);
+        move(left_.routed, setAside_.routed, clip.id);
+        move(left_.passedOver, setAside_.passedOver, clip.id);
+        move(left_.rendered, setAside_.rendered, clip.id);
+    }
+}
+
 void SmartAudioCaches::setAsideAfterUndo(const SyncGroupList& clipsBefore) {
     if (setAside_.isEmpty()) {
         setAside_ = {.results = std::exchange(state.results, {}),

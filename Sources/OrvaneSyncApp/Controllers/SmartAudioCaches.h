@@ -3,10 +3,14 @@
 #include "OrvaneSyncApp/Controllers/OpenWork.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioState.h"
 
+#include "OrvaneSyncCore/Models/SmartAudioKinds.h"
 #include "OrvaneSyncCore/Services/RenderedAudio/VoiceIsolationChain.h"
+#include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
 #include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
 
 #include <cstdint>
+#include <map>
+#include <optional>
 #include <set>
 #include <unordered_map>
 #include <unordered_set>
@@ -32,13 +36,24 @@ struct AnalysisInput {
     bool operator==(const AnalysisInput&) const = default;
 };
 
-/// The input from which a clip was routed, and the result.
-struct RoutedClip {
-    AnalysisInput input;
-    std::vector<BlockDecision> blocks; ///< in take time, without the ranges that the editor chose
+/// What one analysis asks of every clip.
+struct SmartAudioTerms {
+    SmartAudioMode mode = SmartAudioMode::standard;
+    std::optional<SmartAudioConfig> config;
+    SmartAudioBlockSettings blockSettings;
+
+    bool operator==(const SmartAudioTerms&) const = default;
 };
 
-/// What was removed from the state because a step was undone.
+/// What the result of a clip was made from.
+struct RoutedClip {
+    AnalysisInput input;
+    SmartAudioTerms terms;
+    std::vector<BlockDecision> blocks; ///< in take time, without the ranges that were chosen by hand
+};
+
+/// What was emptied of the state because other clips took the place of these: by a step that was taken back,
+/// a scan or another session.
 struct SmartAudioSetAside {
     SmartAudioResults results;
     std::unordered_map<UUID, RoutedClip> routed;
@@ -72,6 +87,11 @@ class SmartAudioCaches {
     SmartAudioSetAside takeSetAside() { return std::exchange(setAside_, {}); }
     /// Called when the clips are gone.
     void removeAll();
+    /// Other clips take the place of these, which may come back: empties all, and keeps the results by clip.
+    /// Of very many clips only the latest.
+    void leaveClips();
+    /// What was kept of these clips is set aside for `takeSetAside`.
+    void recall(const SyncGroupList& clips);
 
     /// How often the results of the clip were discarded for good: a result from before such a removal is out
     /// of date.
@@ -80,6 +100,7 @@ class SmartAudioCaches {
   private:
     OpenWork& work_;
     SmartAudioSetAside setAside_;
+    SmartAudioSetAside left_; ///< of clips that are not in the work
     std::uint64_t removalsOfAll_ = 0;
     std::unordered_map<UUID, std::uint64_t> removals_;
 };

@@ -2,6 +2,8 @@
 
 #include "OrvaneSyncCore/Models/Settings.h"
 
+#include <algorithm>
+#include <map>
 #include <string_view>
 #include <utility>
 
@@ -86,7 +88,28 @@ void SmartAudioController::emptyAfterUndo(const SyncGroupList& clipsBefore) {
     });
 }
 
-void SmartAudioController::restoreAfterUndo() { runs_.restoreUnchanged(); }
+void SmartAudioController::restoreAfterUndo() {
+    caches_.recall(work_.syncGroups());
+    runs_.restoreUnchanged();
+}
+
+const SmartAudioTerms* SmartAudioController::termsOf(const UUID& groupID) const {
+    const auto routed = caches_.routed.find(groupID);
+    return routed == caches_.routed.end() ? nullptr : &routed->second.terms;
+}
+
+bool SmartAudioController::isOutdated(const UUID& groupID) const {
+    const SmartAudioTerms* made = termsOf(groupID);
+    return made != nullptr && *made != terms(made->mode);
+}
+
+std::size_t SmartAudioController::outdatedCount() const {
+    std::map<SmartAudioMode, SmartAudioTerms> ofNow;
+    return static_cast<std::size_t>(std::ranges::count_if(caches_.routed, [&](const auto& clip) {
+        const SmartAudioMode mode = clip.second.terms.mode;
+        return ofNow.try_emplace(mode, terms(mode)).first->second != clip.second.terms;
+    }));
+}
 
 // Only a stored mode counts: without one, a scan starts no analysis.
 void SmartAudioController::startAnalysisAfterScan() {

@@ -359,7 +359,8 @@ platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, U
         if (group != nullptr && (hasNoCandidates(*group) || analysisInput(*group) != input)) continue;
         run->isAwaitingResult = false;
         if (group == nullptr) break;
-        self->caches_.routed.insert_or_assign(groupID, RoutedClip{std::move(input), result.blocks});
+        self->caches_.routed.insert_or_assign(groupID,
+                                              RoutedClip{std::move(input), run->terms, result.blocks});
         self->adoptResult(groupID, std::move(result), run->forceOverwriteManualTracks);
         break;
     }

@@ -2,7 +2,6 @@
 
 #include "OrvaneSyncApp/Controllers/RenderedAudioController.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioCaches.h"
-#include "OrvaneSyncCore/Models/SmartAudioKinds.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
 #include "Platform/Task.h"
 #include "Platform/Throttle.h"
@@ -18,17 +17,8 @@
 
 namespace orvane {
 
-/// The options of one analysis, the same for every clip.
-struct SmartAudioTerms {
-    SmartAudioMode mode = SmartAudioMode::standard;
-    std::optional<SmartAudioConfig> config;
-    SmartAudioBlockSettings blockSettings;
-
-    bool operator==(const SmartAudioTerms&) const = default;
-};
-
-/// The running analyses. Each reads the first recording of its clips once, writes the results to the caches
-/// and switches on the tracks of their blocks, unless the editor chose tracks. None fails.
+/// The analyses under way. Each reads the first recording of its clips once, leaves the results in the
+/// caches and switches on the tracks of their blocks, unless the editor chose tracks by hand. None fails.
 class SmartAudioRuns {
   public:
     SmartAudioRuns(OpenWork& work, SmartAudioCaches& caches, RenderedAudioController& rendered);

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/ViewModels/Timeline/TimelineRows.h"
 
+#include "OrvaneSyncApp/Controllers/SmartAudioCaches.h"
 #include "OrvaneSyncApp/Controllers/TimelineController.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Review/AlternateAudio.h"
@@ -210,7 +211,8 @@ std::string smartAudioSummary(const SyncGroup& group, const SmartAudioState& sta
 }
 
 TimelineRows timelineRows(const SyncGroup& group, double frameRate, const SmartAudioState& smartAudio,
-                          const platform::SettingsStore& settings, const FileNames& names) {
+                          const platform::SettingsStore& settings, const FileNames& names,
+                          const SmartAudioTerms* madeWith) {
     TimelineRows rows;
     rows.groupID = group.id;
     rows.pictureName = names.of(group.video);
@@ -237,8 +239,9 @@ TimelineRows timelineRows(const SyncGroup& group, double frameRate, const SmartA
     std::ranges::stable_sort(rows.ranges, {}, &BlockOverride::startSeconds);
     addRecordings(rows, group, take, names);
     rows.summary = smartAudioSummary(group, smartAudio, settings);
-    if (result != nullptr && result->detectedCharacter && !smartAudio.isAnalyzing)
-        rows.summary += " · " + std::string(displayName(*result->detectedCharacter));
+    // The length of the stretches is that of the analysis, whatever the settings say by now.
+    if (result != nullptr && !smartAudio.isAnalyzing && madeWith != nullptr)
+        rows.summary += " · " + badgeLabel(madeWith->blockSettings.blockMode, result->detectedCharacter);
     return rows;
 }
 

@@ -12,6 +12,8 @@
 
 namespace orvane {
 
+struct SmartAudioTerms;
+
 /// A channel of the clip's take, as its row shows it.
 struct TimelineChannel {
     int track = 1;        ///< running number, from 1
@@ -83,10 +85,11 @@ struct TimelineRows {
     std::string tooltip(const TimelineRecording& recording) const;
 };
 
-/// `frameRate`: that of the clip's times (TimelineController::timelineFrameRate). `names`: names of the files
-/// that are shown beside it. Interface thread.
+/// `frameRate`: of the clip's times (TimelineController::timelineFrameRate). `names`: of the files that are
+/// shown beside it. `madeWith`: of the clip's analysis; null: not known. Interface thread.
 TimelineRows timelineRows(const SyncGroup& group, double frameRate, const SmartAudioState& smartAudio,
-                          const platform::SettingsStore& settings, const FileNames& names);
+                          const platform::SettingsStore& settings, const FileNames& names,
+                          const SmartAudioTerms* madeWith);
 
 /// The channels of the clip's take, by track.
 std::vector<TimelineChannel> timelineChannels(const SyncGroup& group, const SmartAudioState& smartAudio);

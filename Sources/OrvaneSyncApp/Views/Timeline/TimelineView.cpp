@@ -10,6 +10,7 @@
 
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QPointer>
 #include <QScrollBar>
 #include <QSignalBlocker>
 #include <QStackedLayout>
@@ -134,6 +135,13 @@ void TimelineView::follow() {
                               change.clips.find(*shown_) != change.clipsBefore.find(*shown_);
         if (isEdited || change.field == ImportField::smartAudio) changed(true);
     }));
+    // The analysis in view may have been made with others.
+    following_.push_back(desktop_.settings().onChange(
+        [self = QPointer(this), main = desktop_.mainThread()](const std::string&) {
+            main->post([self] {
+                if (self) self->changed(true);
+            });
+        }));
     following_.push_back(review_->onChange([this] { changed(review_->groupID() != shown_); }));
     following_.push_back(timeline.waveform()->onChange([this] { changed(true); }));
     following_.push_back(review_->engine()->onChange([this](VideoEngineField field) {
@@ -191,12 +199,16 @@ void TimelineView::showPictures() {
 
 void TimelineView::buildRows(const SyncGroup& clip) {
     ImportController& controller = desktop_.controller();
-    auto rows = std::make_shared<TimelineRows>(
-        timelineRows(clip, controller.timeline().timelineFrameRate(clip), controller.smartAudio().state(),
-                     desktop_.settings(), controller.work().fileNames()));
+    auto rows = std::make_shared<TimelineRows>(timelineRows(
+        clip, controller.timeline().timelineFrameRate(clip), controller.smartAudio().state(),
+        desktop_.settings(), controller.work().fileNames(), controller.smartAudio().termsOf(clip.id)));
     const WaveformState& waveform = *controller.timeline().waveform();
     if (rows->soundSeconds <= 0)
-        rows->soundSeconds = waveform.waveform().clipDuration; // the file does not state it
+        rows->soundSeconds = waveform.waveform().clipDuration; // the file did not say
+    if (rows->isAnalysed && controller.smartAudio().isOutdated(clip.id)) {
+        rows->isAnalysed = false;
+        rows->summary += " · made with other settings";
+    }
     rows_ = std::move(rows);
     showSummary();
     canvas_->tiles().setWaveform(waveform.sharedWaveform());

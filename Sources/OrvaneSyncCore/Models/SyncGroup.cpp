@@ -178,6 +178,10 @@ bool holdsDecisionsBesideClap(const SyncGroup& group) {
             return false;
         else if constexpr (std::is_same_v<decltype(field.member), MatchStatus SyncGroup::*>)
             return group.*field.member == MatchStatus::manual();
+        else if constexpr (std::is_same_v<decltype(field.member), SyncMethod SyncGroup::*>)
+            // The matcher itself asks for the clap of an off-speed clip.
+            return isSet(group, field.member) &&
+                   !(group.*field.member == SyncMethod::clap && group.video.isOffspeed());
         else
             return isSet(group, field.member);
     };

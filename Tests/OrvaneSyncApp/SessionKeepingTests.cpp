@@ -79,6 +79,37 @@ TEST_F(SessionKeepingTest, clipsThatNoFileCanHoldLeaveTheOldOnes) {
     EXPECT_TRUE(onDisk(id).groups.front().isApproved);
 }
 
+TEST_F(SessionKeepingTest, whatTheDiskRefusesIsSavedElsewhereAndComesBackFromThere) {
+    manager_->start(controller_);
+    const UUID id = newSession();
+    bringClips(3);
+    flush();
+    EXPECT_TRUE(manager_->unsaved().empty());
+    const fs::path place = folder_.path(id.text() + ".orvanesync");
+    fs::rename(place, folder_.path("aside"));
+    folder_.write(id.text() + ".orvanesync", "");
+    approveFirst();
+    flush();
+    ASSERT_EQ(manager_->unsaved().size(), 1U);
+    EXPECT_EQ(manager_->unsaved().front().clips, 1U) << "of three";
+    EXPECT_FALSE(manager_->unsaved().front().failure.empty());
+    const test::TemporaryDirectory other;
+    finish(manager_->saveCopies(other.path()));
+    manager_.reset();
+    fs::remove(place);
+    fs::rename(folder_.path("aside"), place);
+
+    manager_ = makeManager();
+    controller_ = makeController();
+    EXPECT_THROW(manager_->loadCopy(other.path("notes"), controller_), platform::FileError);
+    finish(manager_->loadCopy(other.path(id.text() + ".orvanesync"), controller_));
+    EXPECT_EQ(manager_->currentSessionId(), id);
+    EXPECT_TRUE(controller_->work().syncGroups().front().isApproved);
+    flush();
+    EXPECT_TRUE(onDisk(id).groups.front().isApproved);
+    EXPECT_TRUE(names(id).contains("groups.json.other")) << "what the copy has replaced";
+}
+
 TEST_F(SessionKeepingTest, aWriteThatFailsShowsAndIsTriedAgain) {
     manager_->start(controller_);
     const UUID id = newSession();

@@ -215,8 +215,18 @@ platform::Task SessionManager::load(UUID sessionId, const std::shared_ptr<Import
     return open(weak_from_this(), sessionId, controller, ++openings_);
 }
 
+platform::Task SessionManager::loadCopy(const std::string& path,
+                                        const std::shared_ptr<ImportController>& controller) {
+    assertOnMainThread();
+    const std::filesystem::path folder(path);
+    const auto id = UUID::fromText(folder.stem().string());
+    if (!id) throw platform::FileError("The folder " + path + " is not one of a session");
+    return open(weak_from_this(), *id, controller, ++openings_, folder.parent_path().string());
+}
+
 platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID sessionId,
-                                    std::weak_ptr<ImportController> controller, std::uint64_t opening) {
+                                    std::weak_ptr<ImportController> controller, std::uint64_t opening,
+                                    std::optional<std::string> elsewhere) {
     auto self = weak.lock();
     self->open_.keptOf.reset(); // files that are kept from here on are reported after the opening
     self->leaveSession();
@@ -229,7 +239,8 @@ platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID ses
         if (!self || self->openings_ != opening) co_return;
     }
     const auto read = std::make_shared<std::optional<StoredSession>>();
-    const platform::Task reading = self->stored_.read(sessionId, read);
+    const platform::Task reading =
+        elsewhere ? self->stored_.readCopy(sessionId, *elsewhere, read) : self->stored_.read(sessionId, read);
     self.reset();
     const std::stop_token stop = co_await platform::OwnStopToken{};
     co_await reading;
@@ -237,12 +248,14 @@ platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID ses
     const auto work = controller.lock();
     if (!self || !work || !*read || self->openings_ != opening || stop.stop_requested()) co_return;
     self->keepDecisionsOf(*work);
-    self->leaveSession(); // edits made meanwhile are saved in the session that they belong to
+    self->leaveSession(); // what was edited meanwhile is saved where it belongs
+    // What the disk says of a session whose copy is opened was not read, so that a save keeps it.
+    self->writes_->opened(sessionId, elsewhere ? SessionStore::Groups() : (*read)->groups);
     self->open(sessionId, std::move(**read), *work);
+    if (elsewhere) self->save(*work);
 }
 
 void SessionManager::open(const UUID& sessionId, StoredSession read, ImportController& controller) {
-    writes_->opened(sessionId, read.groups);
     SessionFolders media = read.folders.record.value_or(SessionFolders{});
     SyncGroupList groups = read.groups.groups;
     std::vector<WildTrack> wildTracks = read.wildTracks.record.value_or(std::vector<WildTrack>());
@@ -404,6 +417,13 @@ std::optional<std::string> SessionManager::saveError(const UUID& sessionId) cons
     const auto& failures = writes_->failures();
     const auto failure = failures.find(sessionId);
     return failure == failures.end() ? std::nullopt : std::optional(failure->second);
+}
+
+std::vector<SessionManager::Unsaved> SessionManager::unsaved() const {
+    std::vector<Unsaved> all;
+    for (const auto& [id, data] : writes_->unwritten())
+        all.push_back({id, data.info.name, writes_->unwrittenClips(id), saveError(id).value_or("")});
+    return all;
 }
 
 void SessionManager::Reports::folderListIsWritten(const std::optional<std::string>& kept) {

@@ -36,6 +36,17 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
 
     /// Why the last writing of the session failed.
     std::optional<std::string> saveError(const UUID& sessionId) const;
+    /// A session of which something is not on the disk.
+    struct Unsaved {
+        UUID id;
+        std::string name;
+        std::size_t clips = 0; ///< with changes that are not there
+        std::string failure;   ///< as `saveError`; empty where its writing has not failed yet
+    };
+    std::vector<Unsaved> unsaved() const;
+    /// Writes a copy of these into another folder, each as its own folder, which `loadCopy` opens. Does not
+    /// wait for the disk that they belong on. The task throws FileError where that fails as well.
+    platform::Task saveCopies(std::string folder) const { return writes_->writeCopies(std::move(folder)); }
     SessionFolderList& folders() { return *folders_; }
     SessionPlaces& places() { return places_; }
 
@@ -68,6 +79,10 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
     /// clips (`problem`), and their file is kept. A later call replaces one that is still reading; a call
     /// that is stopped leaves the work unchanged.
     platform::Task load(UUID sessionId, const std::shared_ptr<ImportController>& controller);
+    /// Opens the folder of a session that lies elsewhere, and saves it as the session of its id: clips that
+    /// this one has stay beside them as `groups.json.other`. Throws FileError where the folder is not named
+    /// as one of a session.
+    platform::Task loadCopy(const std::string& path, const std::shared_ptr<ImportController>& controller);
     platform::Task loadMostRecentSession(std::shared_ptr<ImportController> controller);
     /// Makes empty work under a new id and saves it at once. The task is that of `save`.
     platform::Task newSession(ImportController& controller);
@@ -109,7 +124,8 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
     void beginSessionOfProject(const FileURL& file);
     void projectIsOpen();
     static platform::Task open(std::weak_ptr<SessionManager> weak, UUID sessionId,
-                               std::weak_ptr<ImportController> controller, std::uint64_t opening);
+                               std::weak_ptr<ImportController> controller, std::uint64_t opening,
+                               std::optional<std::string> elsewhere = std::nullopt);
     void open(const UUID& sessionId, StoredSession read, ImportController& controller);
     static platform::Task remove(std::weak_ptr<SessionManager> weak, UUID sessionId,
                                  std::shared_ptr<bool> wasThere);

@@ -18,6 +18,49 @@ const UnwrittenSession* SessionWrites::find(const UUID& id) const {
     return found == unwritten_.end() ? nullptr : &found->second;
 }
 
+std::size_t SessionWrites::unwrittenClips(const UUID& id) const {
+    const UnwrittenSession* waiting = find(id);
+    if (waiting == nullptr || !waiting->work || waiting->work->leavesClipsAlone) return 0;
+    const auto written = onDisk_.find(id);
+    if (written == onDisk_.end()) return waiting->work->groups.size();
+    const SyncGroupChanges changes = waiting->work->groups.changesSince(written->second);
+    return changes.came.size() + changes.changed.size();
+}
+
+platform::Task SessionWrites::writeCopies(std::string folder) const {
+    std::vector<std::pair<UUID, UnwrittenSession>> sessions;
+    for (const auto& [id, data] : unwritten_) {
+        if (!data.work || data.work->leavesClipsAlone) continue;
+        auto work = std::make_shared<SessionWork>(*data.work);
+        SessionFoldersChange& media = work->folders;
+        media.hasVideo = media.hasAudio = media.hasScope = media.hasCorrections = true;
+        work->wildTracks.known.reset();
+        UnwrittenSession copy = data;
+        copy.work = std::move(work);
+        copy.isChanged = true;
+        sessions.emplace_back(id, std::move(copy));
+    }
+    return copying(mainThread_, std::move(folder), std::move(sessions));
+}
+
+platform::Task SessionWrites::copying(std::shared_ptr<platform::MainThread> mainThread, std::string folder,
+                                      std::vector<std::pair<UUID, UnwrittenSession>> sessions) {
+    const auto queue = platform::SerialQueue::create("copies of sessions");
+    auto writing =
+        platform::onQueue(*queue, mainThread, [folder = std::move(folder), sessions = std::move(sessions)] {
+            const SessionStore store(folder);
+            SessionGroupsWriter writer(store);
+            SessionWriteOutcome outcome;
+            for (const auto& [id, data] : sessions) {
+                writeSessionWork(store, writer, id, data, outcome);
+                if (outcome.failures.empty()) writeSessionRecord(store, data, outcome);
+            }
+            if (!outcome.failures.empty())
+                throw platform::FileError(platform::text::joined(outcome.failures, "; "));
+        });
+    co_await writing;
+}
+
 void SessionWrites::change(SessionInfo info, const SessionInfoChange& change,
                            std::shared_ptr<const SessionWork> work, bool isChanged) {
     UnwrittenSession& unwritten = unwritten_[info.id];
@@ -99,6 +142,7 @@ void SessionWrites::finished(const UUID& id, SessionWriteOutcome outcome) {
     } else {
         const auto work = unwritten_.at(id).work;
         unwritten_.erase(id);
+        if (work && !work->leavesClipsAlone) onDisk_.insert_or_assign(id, work->groups);
         owner_.isWritten(id, work);
     }
     if (outcome.info) owner_.adopt(std::move(*outcome.info));
@@ -205,10 +249,12 @@ void SessionWrites::postUnwritten() const {
 }
 
 void SessionWrites::opened(const UUID& id, SessionStore::Groups groups) {
+    if (find(id) == nullptr) onDisk_.insert_or_assign(id, groups.groups);
     queue_.post([writer = groupsWriter_, id, groups = std::move(groups)] { writer->opened(id, groups); });
 }
 
 void SessionWrites::closed(const UUID& id) {
+    onDisk_.erase(id);
     queue_.post([writer = groupsWriter_, id] { writer->closed(id); });
 }
 

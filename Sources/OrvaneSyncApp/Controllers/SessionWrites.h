@@ -9,6 +9,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace orvane {
@@ -41,6 +42,11 @@ class SessionWrites : public std::enable_shared_from_this<SessionWrites> {
     const std::map<UUID, std::string>& failures() const { return failures_; }
     /// Null if nothing waits.
     const UnwrittenSession* find(const UUID& id) const;
+    /// Of the session's clips, those that are not on the disk as they are.
+    std::size_t unwrittenClips(const UUID& id) const;
+    /// Writes the sessions whose clips wait into another folder, beside the queue, which may wait for its
+    /// disk. Throws FileError.
+    platform::Task writeCopies(std::string folder) const;
 
     /// Notes a change; `info` is shown with it. For a save `work` is set.
     void change(SessionInfo info, const SessionInfoChange& change, std::shared_ptr<const SessionWork> work,
@@ -69,6 +75,8 @@ class SessionWrites : public std::enable_shared_from_this<SessionWrites> {
                                    std::shared_ptr<bool> wasThere);
     static platform::Task finishing(std::weak_ptr<SessionWrites> weak);
     bool isNewest(const UUID& id, std::uint64_t token) const;
+    static platform::Task copying(std::shared_ptr<platform::MainThread> mainThread, std::string folder,
+                                  std::vector<std::pair<UUID, UnwrittenSession>> sessions);
     void finished(const UUID& id, SessionWriteOutcome outcome);
     void forget(const UUID& id);
     platform::Task add(platform::Task task);
@@ -83,6 +91,7 @@ class SessionWrites : public std::enable_shared_from_this<SessionWrites> {
     std::map<UUID, std::uint64_t> generation_;
     std::map<UUID, UnwrittenSession> unwritten_;
     std::map<UUID, std::string> failures_;
+    std::map<UUID, SyncGroupList> onDisk_; ///< clips of the sessions that are open or not written yet
     std::set<UUID> removing_;
     std::vector<platform::Task> tasks_;
     int finishing_ = 0; ///< running tasks of `finish`

@@ -44,6 +44,12 @@ platform::Task StoredSessions::read(const UUID& id,
                     [store = store_, id] { return readStoredSession(store, id); });
 }
 
+platform::Task StoredSessions::readCopy(const UUID& id, const std::string& elsewhere,
+                                        std::shared_ptr<std::optional<StoredSession>> session) const {
+    return readInto(queue_, mainThread_, std::move(session),
+                    [elsewhere, id] { return readStoredSession(SessionStore(elsewhere), id); });
+}
+
 platform::Task StoredSessions::find(std::vector<UUID> candidates, const std::vector<FileURL>& folders,
                                     std::shared_ptr<std::optional<UUID>> found) const {
     return readInto(queue_, mainThread_, std::move(found),

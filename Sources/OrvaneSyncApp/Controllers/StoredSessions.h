@@ -24,7 +24,10 @@ class StoredSessions {
     platform::Task readLists(std::shared_ptr<StoredLists> lists) const;
     /// Leaves `session` empty if there is no such session. A stopped call still reads to the end.
     platform::Task read(const UUID& id, std::shared_ptr<std::optional<StoredSession>> session) const;
-    /// Writes the first of the candidates whose media were in exactly these folders; absent if there is none.
+    /// The same for a session whose folder lies in another one, `elsewhere`.
+    platform::Task readCopy(const UUID& id, const std::string& elsewhere,
+                            std::shared_ptr<std::optional<StoredSession>> session) const;
+    /// Leaves the first of the candidates whose media lay in just these folders; absent where none did.
     platform::Task find(std::vector<UUID> candidates, const std::vector<FileURL>& folders,
                         std::shared_ptr<std::optional<UUID>> found) const;
 

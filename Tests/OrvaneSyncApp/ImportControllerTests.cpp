@@ -252,6 +252,21 @@ TEST_F(ImportControllerTest, mergesAReportBeforeAndAfterAScan) {
     EXPECT_FALSE(controller_->reports().aleMatchStatus());
 }
 
+TEST_F(ImportControllerTest, namesTheColumnByWhichMoreRowsFindTheirClips) {
+    test::makeSmallShoot(folder_.path());
+    scan(folder("camera"), folder("sound"));
+    folder_.write("report.csv", "Roll,Clip Name,Scene\nA001,A001C001_261120_R1AB,12\nB001,B001C001,13\n");
+    finish(controller_->reports().loadALE(folder("report.csv")));
+    EXPECT_EQ(controller_->reports().rowsWithoutClip().size(), 2U);
+    const std::string column = controller_->reports().betterColumn();
+    EXPECT_NE(column, "") << "by the roll both rows name clips";
+    settings_->set("ale.matchField", "column");
+    settings_->set("ale.matchColumn", column);
+    finish(controller_->reports().loadALE(folder("report.csv")));
+    EXPECT_TRUE(controller_->reports().rowsWithoutClip().empty());
+    EXPECT_EQ(controller_->reports().betterColumn(), "");
+}
+
 TEST_F(ImportControllerTest, hintsAtAWrongStrategyBelowAQuarter) {
     const auto name = ALEMatchStrategy::name(), tape = ALEMatchStrategy::column("Tape");
     const std::string byName = " — check the match setting (current: file name ⇄ ALE column “Name”)";
@@ -265,6 +280,9 @@ TEST_F(ImportControllerTest, hintsAtAWrongStrategyBelowAQuarter) {
     check({0, 1}, tape,
           "Report loaded: 0 of 1 clips matched — check the match setting (current: column “Tape”)");
     check({0, 0}, tape, "Report loaded: 0 of 0 clips matched");
+    EXPECT_EQ(ReportController::aleMatchStatusMessage({2, 10}, name, false),
+              "Report loaded: 2 of 10 clips matched")
+        << "a report of a few clips";
 }
 
 } // namespace

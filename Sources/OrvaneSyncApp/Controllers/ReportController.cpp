@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Metadata/ImportedMetadataClearing.h"
+#include "Platform/Text.h"
 
 #include <algorithm>
 #include <exception>
@@ -23,7 +24,27 @@ std::function<bool(SyncGroupList&)> inOneGroup(UUID groupID, bool (*clear)(SyncG
     };
 }
 
-/// A report, or why it could not be read.
+/// The column by which the fewest rows are left, if these are fewer than `rowsLeft`; empty: none.
+std::string columnThatNamesMore(const ALEFile& report, const SyncGroupList& groups, std::size_t rowsLeft,
+                                const std::stop_token& stop) {
+    constexpr std::size_t mostRows = 20'000; // a report of that many is not read again for every column
+    std::string best;
+    if (report.clipCount() > mostRows) return best;
+    const std::vector<bool> hasText = report.columnsWithText();
+    std::size_t at = 0;
+    for (const std::string_view column : report.columns()) {
+        if (rowsLeft == 0) break;
+        if (!hasText.at(at++) || platform::text::trimmed(column).empty()) continue;
+        const ALEMatchStrategy strategy = ALEMatchStrategy::column(std::string(column));
+        const std::size_t left = MetadataMerger().rowsWithoutClip(report, groups, strategy, stop).size();
+        if (left >= rowsLeft) continue;
+        rowsLeft = left;
+        best = column;
+    }
+    return best;
+}
+
+/// A report, or why there is none.
 struct Reading {
     std::shared_ptr<const ALEFile> report;
     std::optional<std::string> problem;
@@ -81,6 +102,7 @@ void ReportController::forget() {
     aleImportError_.reset();
     aleMatchStatus_.reset();
     rowsWithoutClip_.clear();
+    betterColumn_.clear();
 }
 
 void ReportController::clear() {
@@ -93,8 +115,13 @@ std::optional<ReportController::Laid> ReportController::Merging::lay(SyncGroupLi
                                                                      const std::stop_token& stop) const {
     if (!report || groups.empty()) return std::nullopt;
     const MetadataMerger merger;
-    return Laid{aleMatchStatusMessage(merger.merge(*report, groups, strategy, stop), strategy),
-                merger.rowsWithoutClip(*report, groups, strategy, stop)};
+    const MetadataMerger::MergeResult result = merger.merge(*report, groups, strategy, stop);
+    Laid laid{.status = {},
+              .rowsWithoutClip = merger.rowsWithoutClip(*report, groups, strategy, stop),
+              .betterColumn = {}};
+    laid.status = aleMatchStatusMessage(result, strategy, !laid.rowsWithoutClip.empty());
+    laid.betterColumn = columnThatNamesMore(*report, groups, laid.rowsWithoutClip.size(), stop);
+    return laid;
 }
 
 ReportController::Merging ReportController::merging() const {
@@ -107,6 +134,7 @@ void ReportController::merged(const Merging& merging, std::optional<Laid> laid) 
     } else if (laid) {
         aleMatchStatus_ = std::move(laid->status);
         rowsWithoutClip_ = std::move(laid->rowsWithoutClip);
+        betterColumn_ = std::move(laid->betterColumn);
         work_.notify(ImportField::report);
     }
 }
@@ -145,10 +173,10 @@ ALEMatchStrategy ReportController::aleMatchStrategyFromDefaults() const {
 }
 
 std::string ReportController::aleMatchStatusMessage(const MetadataMerger::MergeResult& result,
-                                                    const ALEMatchStrategy& strategy) {
+                                                    const ALEMatchStrategy& strategy, bool areRowsLeft) {
     std::string message = "Report loaded: " + std::to_string(result.matched) + " of " +
                           std::to_string(result.total) + " clips matched";
-    if (result.total < 1 || result.matched >= fewClips * result.total) return message;
+    if (!areRowsLeft || result.total < 1 || result.matched >= fewClips * result.total) return message;
     message += " — check the match setting (current: ";
     message += strategy.kind == ALEMatchStrategy::Kind::column ? "column “" + strategy.columnName + "”)"
                                                                : "file name ⇄ ALE column “Name”)";

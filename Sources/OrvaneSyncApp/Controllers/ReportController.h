@@ -27,7 +27,10 @@ class ReportController {
     const std::optional<std::string>& aleImportError() const { return aleImportError_; }
     /// The rows of the loaded report that matched none of the clips when it was last applied.
     const std::vector<std::size_t>& rowsWithoutClip() const { return rowsWithoutClip_; }
-    /// The message of the last merge of a report; absent without a report.
+    /// Of the loaded report, the column by which more of its rows name a clip than by the match setting;
+    /// empty: none.
+    const std::string& betterColumn() const { return betterColumn_; }
+    /// The last message of a report merge; absent without a report.
     const std::optional<std::string>& aleMatchStatus() const { return aleMatchStatus_; }
 
     /// Reads a report and applies it to the clips; if there are none yet, the next scan applies it. A failure
@@ -41,6 +44,7 @@ class ReportController {
     struct Laid {
         std::string status;
         std::vector<std::size_t> rowsWithoutClip;
+        std::string betterColumn;
     };
     /// The loaded report and the way its rows are matched to clips, for another thread.
     struct Merging {
@@ -66,9 +70,10 @@ class ReportController {
     int lockitMetadataClipCount() const;
 
     ALEMatchStrategy aleMatchStrategyFromDefaults() const;
-    /// Says how many clips got a row, with a hint if they are so few that the strategy may be wrong.
+    /// How many clips got a row; with a hint where they are so few that the strategy may be wrong, unless
+    /// each row has named a clip.
     static std::string aleMatchStatusMessage(const MetadataMerger::MergeResult& result,
-                                             const ALEMatchStrategy& strategy);
+                                             const ALEMatchStrategy& strategy, bool areRowsLeft = true);
 
   private:
     enum class UnreadURL : bool { forget, keep };
@@ -84,6 +89,7 @@ class ReportController {
     std::optional<std::string> aleImportError_;
     std::optional<std::string> aleMatchStatus_;
     std::vector<std::size_t> rowsWithoutClip_;
+    std::string betterColumn_;
     std::optional<platform::Task> loading_;
 };
 

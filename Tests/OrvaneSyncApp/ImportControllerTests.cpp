@@ -163,6 +163,33 @@ TEST_F(ImportControllerTest, aScanOverDecisionsCanBeTakenBack) {
     EXPECT_EQ(controller_->work().undoState(), UndoState{});
 }
 
+TEST_F(ImportControllerTest, theClipsOfAnotherScanCanHaveWhatWasDecided) {
+    test::makeSmallShoot(folder_.path());
+    scan(folder("camera"), folder("sound"));
+    const UUID locked = clip("A001C001")->id, named = clip("B001C001")->id;
+    controller_->withUndo(undoSteps::toggleLocked, [&] {
+        controller_->clips().toggleLocked(locked);
+        controller_->clips().setManualClipName(named, "Kitchen");
+    });
+    const SyncGroupList earlier = controller_->work().syncGroups();
+    const auto recordings = clip("A001C001")->audioMatches.size();
+    ASSERT_GT(recordings, 0U);
+    scan(folder("camera"), std::nullopt); // the card with the sound is gone
+    EXPECT_FALSE(clip("A001C001")->isLocked);
+    finish(controller_->recordings().keepDecisions(earlier));
+    EXPECT_TRUE(clip("A001C001")->isLocked);
+    EXPECT_EQ(clip("A001C001")->audioMatches.size(), recordings) << "as it was locked";
+    EXPECT_EQ(clip("B001C001")->manualClipName, "Kitchen");
+    EXPECT_TRUE(clip("B001C001")->isMOS()) << "as the scan says";
+    EXPECT_EQ(controller_->work().undoState().undoActionName, "Keep Decisions");
+    controller_->undo();
+    EXPECT_FALSE(clip("A001C001")->isLocked);
+    controller_->withUndo(undoSteps::toggleApproved,
+                          [&] { controller_->clips().toggleApproved(clip("B001C001")->id); });
+    finish(controller_->recordings().keepDecisions(earlier));
+    EXPECT_FALSE(clip("A001C001")->isLocked) << "what was decided since would be lost";
+}
+
 TEST_F(ImportControllerTest, aScanThatIsOvertakenLeavesNoTrace) {
     test::makeSmallShoot(folder_.path());
     controller_->scan().setVideoFolderURL(folder("camera"));

@@ -230,6 +230,39 @@ platform::Task RecordingEditing::resyncAll(std::weak_ptr<RecordingEditing> weak)
     }
 }
 
+platform::Task RecordingEditing::keepDecisions(SyncGroupList earlier) {
+    work_.notices.assertOnMainThread();
+    return work_.running.add(keep(work_.weak(this), std::move(earlier)));
+}
+
+platform::Task RecordingEditing::keep(std::weak_ptr<RecordingEditing> weak, SyncGroupList earlier) {
+    for (;;) {
+        auto self = weak.lock();
+        if (!self || self->work_.undoState().undoActionName != undoSteps::scanAndMatch.actionName) co_return;
+        const WorkFiles scanned = self->workFiles();
+        auto laying = platform::onQueue(*self->matching_, self->work_.environment.mainThread,
+                                        [earlier, scanned](const std::stop_token& stop) {
+                                            return withDecisionsOf(earlier, scanned, stop);
+                                        });
+        self.reset();
+        WithDecisions made = co_await laying;
+        self = weak.lock();
+        if (!self || self->scan_.scanResult() != scanned.scanned) co_return;
+        // An analysis that follows the scan may have written into clips meanwhile.
+        if (!self->work_.syncGroups().changesSince(scanned.groups).empty() ||
+            self->work_.sharedWildTracks() != scanned.wildTracks)
+            continue;
+        self->work_.notices.together([&] {
+            self->smartAudio_.caches().leaveClips();
+            self->work_.withUndo(undoSteps::keepDecisions, [&] {
+                self->work_.setClips(std::move(made.groups), std::move(made.wildTracks));
+            });
+            self->smartAudio_.restoreAfterUndo();
+        });
+        co_return;
+    }
+}
+
 const MediaAsset* RecordingEditing::audioInPool(const UUID& id) const {
     work_.notices.assertOnMainThread();
     const WorkFiles all = workFiles();

@@ -41,6 +41,11 @@ class RecordingEditing {
     platform::Task resyncClip(UUID groupID);
     platform::Task resyncAllClips();
 
+    /// After a scan that took the place of these clips, before another step: gives what was decided of them
+    /// to the clips that have their camera files (`withDecisionsOf`), as a step. What Smart Audio heard of
+    /// them is back, too.
+    platform::Task keepDecisions(SyncGroupList earlier);
+
     void renameWildTrack(UUID id, std::string_view name);
     void toggleWildTrackApproved(UUID id);
 
@@ -66,6 +71,7 @@ class RecordingEditing {
     WorkFiles workFiles() const { return {work_.syncGroups(), work_.sharedWildTracks(), scan_.scanResult()}; }
     static platform::Task resyncAsked(std::weak_ptr<RecordingEditing> weak);
     static platform::Task resyncAll(std::weak_ptr<RecordingEditing> weak);
+    static platform::Task keep(std::weak_ptr<RecordingEditing> weak, SyncGroupList earlier);
     void resync(const std::vector<SyncGroup>& matched);
 
     OpenWork& work_;

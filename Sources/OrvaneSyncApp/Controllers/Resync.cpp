@@ -71,6 +71,19 @@ void keepChoice(SyncGroup& group, const SyncGroup& before) {
     group.matchStatus = MatchStatus::manual();
 }
 
+SyncGroup withDecisions(const SyncGroup& now, const SyncGroup& was) {
+    SyncGroup own = was;
+    if (now.video.id != was.video.id) own.video = now.video; // the file has changed since
+    const bool isAttached = was.matchStatus == MatchStatus::manual() && !was.isMOS() &&
+                            recordingWith(now, was.audioMatches.front().audio->url).empty();
+    if (!was.isLocked && !isAttached) layMatches(own, now);
+    if (!own.hasALEMetadata() && now.hasALEMetadata()) {
+        own.aleMetadata = now.aleMetadata;
+        own.clipName = now.clipName;
+    }
+    return own;
+}
+
 bool haveSameSound(const SyncGroup& a, const SyncGroup& b) {
     return a.video.url == b.video.url &&
            std::ranges::equal(a.audioMatches, b.audioMatches, {}, &AudioMatch::id, &AudioMatch::id);
@@ -146,6 +159,32 @@ std::optional<Resynced> resynced(const WorkFiles& files, const SourceCorrections
                                     [&](const UUID& audioID) { return used.contains(audioID); });
     made.wildTracks =
         tracks ? std::make_shared<const std::vector<WildTrack>>(std::move(*tracks)) : files.wildTracks;
+    return made;
+}
+
+WithDecisions withDecisionsOf(const SyncGroupList& earlier, const WorkFiles& scanned,
+                              const std::stop_token& stop) {
+    const ByPath before = byPath(earlier);
+    WithDecisions made;
+    std::vector<AudioMatch> released;
+    std::unordered_set<UUID> used;
+    platform::StopCheck check(stop);
+    for (std::size_t i = 0; i < scanned.groups.size(); ++i) {
+        check();
+        const SyncGroup& now = scanned.groups[i];
+        const auto was = before.find(now.video.url.path);
+        if (was == before.end())
+            made.groups.append(scanned.groups.element(i));
+        else
+            made.groups.append(std::make_shared<SyncGroup>(withDecisions(now, *was->second)));
+        released.insert(released.end(), now.audioMatches.begin(), now.audioMatches.end());
+        for (const AudioMatch& match : made.groups[i].audioMatches) used.insert(match.audio->id);
+    }
+    made.groups.makeIndex();
+    auto tracks = settledWildTracks(*scanned.wildTracks, released,
+                                    [&](const UUID& audioID) { return used.contains(audioID); });
+    made.wildTracks =
+        tracks ? std::make_shared<const std::vector<WildTrack>>(std::move(*tracks)) : scanned.wildTracks;
     return made;
 }
 

@@ -34,6 +34,9 @@ using namespace design;
 
 namespace {
 
+/// The clip that each session was left at.
+QString lastClipsKey() { return QStringLiteral("list/lastClips"); }
+
 constexpr int searchWidth = 260;
 constexpr int wildTracksHeight = 170;
 constexpr int scrollRest = 60; ///< milliseconds
@@ -464,8 +467,19 @@ void ResultsView::showFilter(int choice) {
 }
 
 void ResultsView::remember(const UUID& clip) {
-    if (const auto& session = desktop_.sessions().currentSessionId())
-        lastOf_.insert_or_assign(*session, clip);
+    const auto& session = desktop_.sessions().currentSessionId();
+    if (!session) return;
+    if (const auto known = lastOf_.find(*session); known != lastOf_.end() && known->second == clip) return;
+    lastOf_.insert_or_assign(*session, clip);
+    // Of the sessions that were worked on last, the newest first: session, clip.
+    constexpr qsizetype most = 100;
+    QStringList all = keptState::value(lastClipsKey()).toStringList();
+    const QString own = text(session->text());
+    for (qsizetype i = 0; i + 1 < all.size(); i += 2)
+        if (all[i] == own) all.remove(i, 2);
+    all.prepend(text(clip.text()));
+    all.prepend(own);
+    keptState::set(lastClipsKey(), all.mid(0, most * 2));
 }
 
 void ResultsView::saveListing(const std::optional<UUID>& clip) {
@@ -487,6 +501,10 @@ void ResultsView::restoreListing() {
     if (!session) return;
     const auto last = lastOf_.find(*session);
     std::optional<UUID> clip = last != lastOf_.end() ? std::optional(last->second) : std::nullopt;
+    std::optional<UUID> ofEarlierRun;
+    const QStringList all = keptState::value(lastClipsKey()).toStringList();
+    for (qsizetype i = 0; i + 1 < all.size() && !clip; i += 2)
+        if (all[i] == text(session->text())) ofEarlierRun = UUID::fromText(utf8(all[i + 1]));
     const auto kept = [](const char* key) { return keptState::value(QLatin1String("list/") + key); };
     if (!clip && kept("session").toString() == text(session->text())) {
         const auto filter = std::clamp<std::size_t>(kept("filter").toUInt(), 0, filters.size() - 1);
@@ -495,6 +513,7 @@ void ResultsView::restoreListing() {
         search_->setText(kept("search").toString());
         clip = UUID::fromText(utf8(kept("clip").toString()));
     }
+    if (!clip) clip = ofEarlierRun;
     if (!clip) return;
     if (!rows_.rowOf(*clip)) search_->clear(); // the clip may have been renamed since
     select(std::vector{*clip});

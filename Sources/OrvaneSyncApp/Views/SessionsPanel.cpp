@@ -343,7 +343,9 @@ void SessionsPanel::open(QTreeWidgetItem* item) {
     const auto& current = desktop_.sessions().currentSessionId();
     const bool isOpen = current && text(current->text()) == sessionOf(item);
     if (!isOpen)
-        desktop_.run("loadSession", sessionArgument(sessionOf(item)));
+        desktop_.run("loadSession", sessionArgument(sessionOf(item)), [self = QPointer(this)](const JSON&) {
+            if (self && self->whenOpenWorkIsWanted) self->whenOpenWorkIsWanted();
+        });
     else if (whenOpenWorkIsWanted)
         whenOpenWorkIsWanted();
 }

@@ -31,7 +31,8 @@ class SessionsPanel : public QWidget {
   public:
     explicit SessionsPanel(Desktop& desktop, QWidget* parent = nullptr);
 
-    std::function<void()> whenOpenWorkIsWanted; ///< called if the session that is open is opened again
+    std::function<void()>
+        whenOpenWorkIsWanted; ///< a session was opened here, or the open one was asked for again
 
   private:
     class Tree;

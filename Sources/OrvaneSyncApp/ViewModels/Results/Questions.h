@@ -56,7 +56,7 @@ inline Question questionBeforeReset() {
     return {
         "Reset all clips?",
         "Revert every clip in the project: routing override, manual offset, sync anchors, lock, approval. "
-        "Auto TC offsets stay.",
+        "Auto TC offsets stay. This can't be taken back.",
         "Cancel", "Reset All"};
 }
 

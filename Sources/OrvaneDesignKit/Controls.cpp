@@ -225,7 +225,8 @@ void Badge::paintEvent(QPaintEvent*) {
 }
 
 Banner::Banner(QWidget* parent)
-    : QFrame(parent), glyph_(new QLabel), text_(label({})), action_(button({}, Weight::normal)) {
+    : QFrame(parent), glyph_(new QLabel), text_(label({})), action_(button({}, Weight::normal)),
+      other_(button({}, Weight::normal)) {
     setProperty("banner", true);
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(space::medium, space::small, space::small, space::small);
@@ -233,6 +234,7 @@ Banner::Banner(QWidget* parent)
     row->addWidget(glyph_);
     row->addWidget(text_, 1);
     row->addWidget(action_);
+    row->addWidget(other_);
     auto* close = button({}, Glyph::cross, Weight::quiet);
     close->setAccessibleName(QObject::tr("Dismiss"));
     close->setToolTip(QObject::tr("Dismiss"));
@@ -240,13 +242,17 @@ Banner::Banner(QWidget* parent)
     connect(action_, &QPushButton::clicked, this, [this] {
         if (const auto run = run_) run();
     });
+    connect(other_, &QPushButton::clicked, this, [this] {
+        if (const auto run = runOther_) run();
+    });
     connect(close, &QPushButton::clicked, this, [this] { clear(); });
     setVisible(false);
 }
 
-void Banner::show(Signal signal, const QString& text, const QString& buttonText,
-                  std::function<void()> action) {
+void Banner::show(Signal signal, const QString& text, const QString& buttonText, std::function<void()> action,
+                  const QString& otherText, std::function<void()> otherAction) {
     run_ = std::move(action);
+    runOther_ = std::move(otherAction);
     signal_ = signal;
     glyph_->setVisible(signal != Signal::none);
     if (signal != Signal::none)
@@ -255,6 +261,8 @@ void Banner::show(Signal signal, const QString& text, const QString& buttonText,
     text_->setText(text);
     action_->setText(buttonText);
     action_->setVisible(!buttonText.isEmpty());
+    other_->setText(otherText);
+    other_->setVisible(!otherText.isEmpty());
     setAccessibleName(text);
     setVisible(!text.isEmpty());
 }

@@ -85,9 +85,10 @@ class Badge : public QWidget {
 class Banner : public QFrame {
   public:
     explicit Banner(QWidget* parent = nullptr);
-    /// Without a text for the button there is no button.
+    /// Without a text for a button there is no such button.
     void show(Signal signal, const QString& text, const QString& buttonText = {},
-              std::function<void()> action = {});
+              std::function<void()> action = {}, const QString& otherText = {},
+              std::function<void()> otherAction = {});
     void clear();
     /// Moves the keyboard focus to the button, if there is one.
     void focusButton();
@@ -98,8 +99,8 @@ class Banner : public QFrame {
     Signal signal_ = Signal::none;
     QLabel* glyph_;
     QLabel* text_;
-    QPushButton* action_;
-    std::function<void()> run_;
+    QPushButton *action_, *other_;
+    std::function<void()> run_, runOther_;
 };
 
 /// What an empty area shows: what it is for, and what to do next.

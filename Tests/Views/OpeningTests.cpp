@@ -1,4 +1,5 @@
 #include "OrvaneDesignKit/KeptState.h"
+#include "OrvaneSyncApp/Views/Leaving.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
 #include "Views/ShootWindow.h"
@@ -8,6 +9,7 @@
 #include <QFileDialog>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QScreen>
 #include <QStackedWidget>
@@ -134,6 +136,34 @@ TEST_F(OpeningTest, OffersNothingForAllClipsWhileAScanReplacesThem) {
     isOffered(true);
 }
 
+TEST_F(OpeningTest, QuittingAsksWhereWhatWasDecidedIsOnNoDisk) {
+    scan();
+    const auto& sessions = desktop_->sessions();
+    ASSERT_TRUE(
+        waitUntil([&] { return sessions.currentSession() != nullptr && sessions.unsaved().empty(); }));
+    const std::filesystem::path place =
+        folder_.path("sessions/" + sessions.currentSessionId()->text() + ".orvanesync");
+    std::filesystem::rename(place, folder_.path("aside"));
+    folder_.write("sessions/" + place.filename().string(), "");
+    desktop_->controller().clips().toggleApproved(clip("A001C001").id);
+    bool isEnded = false;
+    Leaving leaving(*desktop_, *window_, [&] { isEnded = true; });
+    window_->close();
+    leaving.begin();
+    ASSERT_TRUE(waitUntil([&] { return window_->findChild<QMessageBox*>() != nullptr; }));
+    auto& box = *window_->findChild<QMessageBox*>();
+    EXPECT_TRUE(window_->isVisible());
+    EXPECT_TRUE(box.informativeText().contains("1 clip")) << box.informativeText().toStdString();
+    press(box, "Keep Working");
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(isEnded);
+
+    std::filesystem::remove(place);
+    std::filesystem::rename(folder_.path("aside"), place);
+    leaving.begin();
+    EXPECT_TRUE(waitUntil([&] { return isEnded; }));
+}
+
 TEST_F(OpeningTest, ANewScanIsLeftWithoutATraceAndActsOnNoClip) {
     scan();
     auto* pages = window_->findChild<QStackedWidget*>();
@@ -162,6 +192,11 @@ TEST_F(OpeningTest, AScanThatTakesDecisionsAwaySaysSoBeforeAndAfter) {
     EXPECT_TRUE(clip("A001C003").isApproved) << "the later step is another one's";
     desktop_->run("undo");
     desktop_->run("undo");
+    EXPECT_TRUE(clip("A001C001").isLocked);
+    EXPECT_FALSE(bannerText().contains("1 locked")) << "all is back";
+    scan();
+    press(*window_->centralWidget(), "Keep the Decisions");
+    EXPECT_TRUE(waitUntil([&] { return bannerText().startsWith("All decisions were kept"); }));
     EXPECT_TRUE(clip("A001C001").isLocked);
 
     // The scan of a cure that is chosen in the review does so too.

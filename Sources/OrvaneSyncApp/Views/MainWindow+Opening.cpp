@@ -4,6 +4,7 @@
 #include "OrvaneSyncApp/ViewModels/Sheets/ReportTexts.h"
 #include "OrvaneSyncApp/Views/Background.h"
 #include "OrvaneSyncApp/Views/DropFrame.h"
+#include "OrvaneSyncApp/Views/Leaving.h"
 #include "OrvaneSyncApp/Views/MainWindow.h"
 #include "OrvaneSyncApp/Views/RecentPlaces.h"
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
@@ -11,6 +12,8 @@
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/StartView.h"
 #include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <QDragEnterEvent>
 #include <QFileInfo>
@@ -58,6 +61,14 @@ QString openingKey() { return QStringLiteral("opening"); }
 
 bool isProject(const QStringList& paths) {
     return paths.size() == 1 && paths.first().endsWith(QStringLiteral(".orvanesync"));
+}
+
+/// The tracks that an analysis has chosen are stored with the clips, what it heard is not.
+bool mustListenAgain(const ImportController& controller) {
+    return std::ranges::any_of(controller.work().syncGroups(), [&](const SyncGroup& clip) {
+        return clip.tracksManuallyEdited == false &&
+               !controller.smartAudio().state().results.contains(clip.id);
+    });
 }
 
 bool isReport(const QStringList& paths) {
@@ -119,27 +130,33 @@ void MainWindow::leaveBannerOfOtherSession() {
     // A session that a scan has just begun has no clips yet; the messages about the scan are still right.
     if (session == nullptr || session->groupCount == 0) return;
     banner_->clear();
-    if (const auto& problem = desktop_.sessions().problem())
-        banner_->show(Signal::doubtful, translatedSentence(*problem));
+    showSessionProblem();
+    if (desktop_.sessions().problem()) return;
+    // What the start opens says more of itself.
+    if (!opening_ && mustListenAgain(desktop_.controller()))
+        banner_->show(Signal::none,
+                      tr("Smart Audio has to listen to the clips of “%1” again.").arg(text(session->name)));
 }
 
 void MainWindow::showOpenedBanner(const SessionInfo& session) {
     // A message about what is wrong, or about what came with the session, is more important.
     if (!banner_->text().isEmpty() || desktop_.controller().work().syncGroups().empty()) return;
-    // The tracks that an analysis has chosen are stored, its results are not.
-    const SyncGroupList& clips = desktop_.controller().work().syncGroups();
-    const bool wasAnalysed =
-        std::ranges::any_of(clips, [](const SyncGroup& clip) { return clip.tracksManuallyEdited == false; });
-    const QString sentence =
-        wasAnalysed
-            ? tr("The session “%1” is open with all that was decided, %2. Smart Audio has to listen to "
-                 "its clips again.")
-            : tr("The session “%1” is open as it was left, %2.");
-    banner_->show(Signal::none, sentence.arg(text(session.name), dayText(session.modified)), tr("New Scan…"),
-                  [this] {
-                      banner_->clear();
-                      prepareScan();
-                  });
+    const int unsaved = takeLeftUnsaved(session.id);
+    const QString sentence = unsaved > 0 ? tr("The session “%1” is open as it was last saved, %2. What was "
+                                              "decided of %3 after that could not be "
+                                              "saved when the program was quit.")
+                                               .arg(text(session.name), dayText(session.modified),
+                                                    translatedSentence(counted(unsaved, "clip", "clips")))
+                                         : (mustListenAgain(desktop_.controller())
+                                                ? tr("The session “%1” is open as it was last saved, %2. "
+                                                     "Smart Audio has to listen to its clips "
+                                                     "again.")
+                                                : tr("The session “%1” is open as it was last saved, %2."))
+                                               .arg(text(session.name), dayText(session.modified));
+    banner_->show(unsaved > 0 ? Signal::doubtful : Signal::none, sentence, tr("New Scan…"), [this] {
+        banner_->clear();
+        prepareScan();
+    });
 }
 
 void MainWindow::stopOpening() {
@@ -247,13 +264,50 @@ void MainWindow::showReportBanner() {
     QString said = translatedSentence(*reports.aleMatchStatus());
     if (const std::string rows = reportTexts::rowsWithoutClip(reports); !rows.empty())
         said += QStringLiteral(". ") + translatedSentence(rows) + QStringLiteral(".");
-    banner_->show(Signal::none, said, tr("Report…"), [this] { showReport(desktop_, this); });
+    const std::string column = reports.betterColumn();
+    if (!column.empty())
+        said += QLatin1Char(' ') + tr("More of them name one in the column “%1”.").arg(text(column));
+    banner_->show(
+        column.empty() ? Signal::none : Signal::doubtful, said, tr("Report…"),
+        [this] { showReport(desktop_, this); }, column.empty() ? QString() : tr("Match by This Column"),
+        [this, column] { matchReportBy(column); });
+}
+
+void MainWindow::matchReportBy(const std::string& column) {
+    const auto& report = desktop_.controller().reports().aleFileURL();
+    if (!report) return;
+    const auto set = [this](std::string_view key, JSON value) {
+        JSON arguments = JSON::object();
+        arguments.set("key", key);
+        arguments.set("value", std::move(value));
+        desktop_.run("setSetting", std::move(arguments));
+    };
+    set(settings::reportMatchColumn.key, JSON(column));
+    set(settings::reportMatchField.key, settings::reportMatchField.write(ReportMatchField::column));
+    JSON arguments = JSON::object();
+    arguments.set("path", report->path);
+    desktop_.run("loadALE", std::move(arguments));
 }
 
 void MainWindow::openProject(const QString& path) {
-    RecentPlaces::add({QFileInfo(path).absoluteFilePath()});
+    const QString place = QFileInfo(path).absoluteFilePath();
+    inBackground(
+        this, [place] { return QFileInfo(place).isDir(); },
+        [this, place](bool isSession) { isSession ? openCopyOfSession(place) : openProjectFile(place); });
+}
+
+void MainWindow::openCopyOfSession(const QString& path) {
+    try {
+        desktop_.sessions().loadCopy(utf8(path), desktop_.context().controller);
+    } catch (const platform::FileError& why) {
+        banner_->show(Signal::missing, translatedSentence(why.what()));
+    }
+}
+
+void MainWindow::openProjectFile(const QString& path) {
+    RecentPlaces::add({path});
     JSON arguments = JSON::object();
-    arguments.set("path", utf8(QFileInfo(path).absoluteFilePath()));
+    arguments.set("path", utf8(path));
     desktop_.run("loadProject", std::move(arguments), [this](const JSON&) { showProjectBanner(); });
 }
 

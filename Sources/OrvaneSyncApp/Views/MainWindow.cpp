@@ -3,11 +3,10 @@
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneDesignKit/Sheet.h"
-#include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
-#include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncApp/ViewModels/Results/ListeningTexts.h"
 #include "OrvaneSyncApp/Views/DropFrame.h"
 #include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
+#include "OrvaneSyncApp/Views/Leaving.h"
 #include "OrvaneSyncApp/Views/MainMenus.h"
 #include "OrvaneSyncApp/Views/MatchAgain.h"
 #include "OrvaneSyncApp/Views/RecentPlaces.h"
@@ -80,6 +79,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
         showResults();
         showPage();
         updateActions();
+        takeKeyboard();
     };
     splitter_->addWidget(centre);
     splitter_->setStretchFactor(1, 1);
@@ -168,7 +168,8 @@ void MainWindow::observe() {
         if (field == ImportField::lockit) showLockitBanner();
         if (field == ImportField::report) showReportBanner();
         if (field == ImportField::smartAudio) showAnalysisBanner();
-        // Many fields change together; the window is updated once, after all have changed.
+        if (field == ImportField::undoState) forgetLostDecisions();
+        // Many fields change at once; the window follows when they all stand.
         if (std::exchange(isUpdateScheduled_, true)) return;
         QMetaObject::invokeMethod(
             this,
@@ -181,12 +182,12 @@ void MainWindow::observe() {
             Qt::QueuedConnection);
     });
     sessionObservation_ = desktop_.sessions().onChange([this](SessionField field) {
-        if (field == SessionField::problem && desktop_.sessions().problem())
-            banner_->show(Signal::doubtful, translatedSentence(*desktop_.sessions().problem()));
+        if (field == SessionField::problem) showSessionProblem();
         if (field == SessionField::lastSaveError && desktop_.sessions().lastSaveError())
             banner_->show(Signal::missing,
-                          unsaved_ = tr("The session could not be saved: %1")
-                                         .arg(translatedSentence(*desktop_.sessions().lastSaveError())));
+                          unsaved_ =
+                              tr("The session could not be saved: %1. It is tried again every 5 seconds.")
+                                  .arg(whyNotSaved(*desktop_.sessions().lastSaveError())));
         if (field == SessionField::lastSaveError && !desktop_.sessions().lastSaveError()) forget(unsaved_);
         if (field == SessionField::settingsOfFolder) showFolderSettingsBanner();
         // The user had asked for the start page of another session.
@@ -197,7 +198,14 @@ void MainWindow::observe() {
         }
         updateStatus();
     });
-    // If a clip is removed from the work, its screen is closed.
+    settingsObservation_ = desktop_.settings().onChange(
+        [self = QPointer(this), main = desktop_.mainThread()](const std::string& key) {
+            if (key.starts_with("smartAudio."))
+                main->post([self] {
+                    if (self) self->showOutdatedBanner();
+                });
+        });
+    // A clip that leaves the work leaves its screen.
     reviewObservation_ = desktop_.players().review()->onChange([this] {
         if (isInFront(review_) && !isOpening_ && !review_->clip()) showResults();
     });
@@ -360,24 +368,6 @@ void MainWindow::showLockitBanner() {
                       : translatedSentence(*status));
 }
 
-void MainWindow::showAnalysisBanner() {
-    const SmartAudioState& state = desktop_.controller().smartAudio().state();
-    analysedClips_ = std::max(analysedClips_, state.progress.total);
-    if (!std::exchange(wasAnalysing_, state.isAnalyzing) || state.isAnalyzing) return;
-    // For a single clip the timeline shows the result.
-    if (std::exchange(analysedClips_, 0) < 2) return;
-    if (const auto warning = unheardWarning(WorkSnapshot(desktop_.controller())))
-        return banner_->show(Signal::missing, translatedSentence(*warning));
-    int heard = 0, withSound = 0;
-    for (const SyncGroup& clip : desktop_.controller().work().syncGroups()) {
-        if (clip.isMOS() || !clip.matchStatus.isSettled()) continue;
-        ++withSound;
-        if (state.results.heard(clip.id) != nullptr) ++heard;
-    }
-    banner_->show(Signal::none,
-                  tr("Smart Audio has analyzed %1 of %2 clips with sound.").arg(heard).arg(withSound));
-}
-
 void MainWindow::showPageBanner(Signal signal, const QString& what) {
     banner_->show(signal, pageBanner_ = what);
 }
@@ -431,7 +421,8 @@ void MainWindow::startScan() {
     isLeavingScan_ = false;
     if (isOther) offerKnownSession();
     const ClipDecisions before = ClipDecisions::of(desktop_.controller());
-    scan_->whenDone([this, before](const std::exception_ptr& raised) {
+    const SyncGroupList clipsBefore = desktop_.controller().work().syncGroups();
+    scan_->whenDone([this, before, clipsBefore](const std::exception_ptr& raised) {
         scan_.reset();
         try {
             if (raised) std::rethrow_exception(raised);
@@ -440,7 +431,7 @@ void MainWindow::startScan() {
             for (const FileURL& folder : desktop_.controller().work().folders()) scanned << text(folder.path);
             RecentPlaces::add(scanned);
             if (const auto lost = before.without(ClipDecisions::of(desktop_.controller())); lost.any())
-                showLostBanner(lost);
+                showLostBanner(before, clipsBefore);
         } catch (const std::exception& why) {
             banner_->show(Signal::missing, translatedSentence(why.what()));
         } catch (const platform::Stopped&) {
@@ -452,44 +443,6 @@ void MainWindow::startScan() {
     // Uses the time in which the files are read to make the list.
     QMetaObject::invokeMethod(
         this, [this] { results(); }, Qt::QueuedConnection);
-}
-
-void MainWindow::showLostBanner(const ClipDecisions& lost) {
-    banner_->show(
-        Signal::doubtful,
-        tr("The scan replaced the clips and took away what was decided: %1.").arg(decisionsText(lost)),
-        tr("Undo"), [this] {
-            if (desktop_.controller().work().undoState().undoActionName != undoSteps::scanAndMatch.actionName)
-                return banner_->show(Signal::doubtful,
-                                     tr("Other steps came after the scan: Undo takes these back "
-                                        "first, then the scan."));
-            banner_->clear();
-            desktop_.run("undo");
-        });
-}
-
-void MainWindow::offerKnownSession() {
-    const auto found = std::make_shared<std::optional<UUID>>();
-    desktop_.sessions()
-        .findSession(desktop_.controller().work().folders(), found)
-        .whenDone([self = QPointer(this), found](const std::exception_ptr& raised) {
-            if (!self || raised || !*found) return;
-            const SessionInfo* known = self->desktop_.sessions().session(**found);
-            if (known == nullptr) return;
-            self->banner_->show(
-                Signal::doubtful,
-                tr("These folders are in the session “%1” of %2 already: %3 clips, %4 locked.")
-                    .arg(text(known->name), dayText(known->modified), QString::number(known->groupCount),
-                         QString::number(known->lockedCount)),
-                tr("Open It"), [self, id = known->id] {
-                    self->isLeavingScan_ = true;
-                    self->wantsStart_ = false;
-                    self->banner_->clear();
-                    JSON arguments = JSON::object();
-                    arguments.set("sessionId", id.text());
-                    self->desktop_.run("loadSession", std::move(arguments));
-                });
-        });
 }
 
 void MainWindow::showPage() {

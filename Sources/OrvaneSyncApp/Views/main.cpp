@@ -3,6 +3,7 @@
 #include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneDesignKit/Theme.h"
 #include "OrvaneSyncApp/Views/Gallery.h"
+#include "OrvaneSyncApp/Views/Leaving.h"
 #include "OrvaneSyncApp/Views/MainWindow.h"
 #include "OrvaneSyncApp/Views/Notifier.h"
 #include "OrvaneSyncApp/Views/QtMainThread.h"
@@ -14,21 +15,17 @@
 #include "OrvaneSyncCore/Services/RenderedAudio/RenderedAudioStore.h"
 #include "OrvaneSyncCore/Services/Stems/StemCache.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformCache.h"
-#include "Platform/FileStep.h"
 #include "Platform/InterfaceThread.h"
 #include "Platform/Interrupt.h"
 #include "Platform/KeyRepeat.h"
 #include "Platform/Log.h"
 #include "Platform/MainThread.h"
-#include "Platform/Text.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QFileInfo>
-#include <QTimer>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -46,22 +43,6 @@ void logBlocking(const char* what, const char* work) {
     platform::logError(std::string("The window is held up by ") + what + " in " + work);
 }
 #endif
-
-/// Ends the program when everything is saved. If no write makes progress for 10 s, it ends with an error
-/// message, because without a window the user would not see that it waits.
-void endWhenSaved(SessionManager& sessions) {
-    constexpr int looks = 10; // one each second
-    auto* timer = new QTimer(QCoreApplication::instance());
-    QObject::connect(timer, &QTimer::timeout, timer, [writes = platform::StalledWrites()]() mutable {
-        const std::string path = writes.look(looks);
-        if (path.empty()) return;
-        std::fprintf(stderr, "error: can't save %s: its disk or share does not answer\n",
-                     platform::text::printable(path).c_str());
-        std::_Exit(1);
-    });
-    timer->start(std::chrono::seconds(1));
-    sessions.flush().whenDone([](const std::exception_ptr&) { QCoreApplication::quit(); });
-}
 
 bool isAmongArguments(int argc, char** argv, std::initializer_list<std::string_view> names) {
     return std::any_of(argv + 1, argv + argc,
@@ -144,8 +125,8 @@ views::Desktop::Dependencies dependenciesOf(const Start& start) {
     return dependencies;
 }
 
-/// Saves all decisions before the program ends, so that nothing is lost.
-void keepWork(QGuiApplication& application, views::Desktop& desktop) {
+/// Nothing is lost: what is decided is on the disk before the program ends.
+void keepWork(QGuiApplication& application, views::Desktop& desktop, views::Leaving& leaving) {
     QObject::connect(&application, &QGuiApplication::applicationStateChanged, &application,
                      [&desktop](Qt::ApplicationState state) {
                          if (state == Qt::ApplicationActive) {
@@ -156,10 +137,10 @@ void keepWork(QGuiApplication& application, views::Desktop& desktop) {
                          }
                      });
     QApplication::setQuitOnLastWindowClosed(false);
-    QObject::connect(&application, &QGuiApplication::lastWindowClosed, &application, [&desktop] {
+    QObject::connect(&application, &QGuiApplication::lastWindowClosed, &application, [&desktop, &leaving] {
         // An analysis would change clip after clip, each of them to be saved.
         desktop.controller().work().running.requestStop();
-        endWhenSaved(desktop.sessions());
+        leaving.begin();
     });
 }
 
@@ -195,9 +176,16 @@ int showWindow(QApplication& application, const Start& start) {
     window.show();
     const views::Notifier notifier(desktop, window);
     beginWork(window, only, start);
-    keepWork(application, desktop);
+    bool isUnsaved = false;
+    views::Leaving leaving(desktop, window, [&] {
+        isUnsaved = desktop.sessions().lastSaveError() || !desktop.sessions().unsaved().empty();
+        QCoreApplication::quit();
+    });
+    keepWork(application, desktop, leaving);
     const int status = QApplication::exec();
     design::keptState::finish();
+    // The disk that has not answered would be waited for.
+    if (isUnsaved) std::_Exit(1);
     if (platform::SerialQueue::hasAbandonedWork()) std::_Exit(status);
     return status;
 }

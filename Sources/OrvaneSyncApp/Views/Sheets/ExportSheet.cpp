@@ -1,4 +1,5 @@
 #include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
+#include "OrvaneSyncApp/Views/AnalyseAgain.h"
 
 #include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
@@ -185,6 +186,15 @@ ExportSheet::ExportSheet(Desktop& desktop, QWidget* parent) : QDialog(parent), d
     observation_ = desktop_.controller().onChange([this](ImportField field) {
         if (field == ImportField::doubts) showForecast();
     });
+    if (const std::size_t clips = desktop_.controller().smartAudio().outdatedCount(); clips > 0)
+        outcome_->show(
+            Signal::doubtful,
+            tr("The settings of Smart Audio have changed. Made with other settings: the analysis of %1.")
+                .arg(translatedSentence(counted(static_cast<long long>(clips), "clip", "clips"))),
+            tr("Run Again"), [this] {
+                runSmartAudioAgain(desktop_);
+                reject();
+            });
 }
 
 QWidget* ExportSheet::makeOptions() {

@@ -5,6 +5,9 @@
 #include "Platform/Files.h"
 #include "Support/Test.h"
 
+#include <filesystem>
+#include <fstream>
+
 namespace orvane {
 namespace {
 
@@ -95,6 +98,9 @@ TEST_F(ProjectTest, cardsWithTheSameFileNamesStayApart) {
     };
     test::makeSmallShoot(folder_.path("cards/1"));
     test::makeSmallShoot(folder_.path("cards/2"));
+    for (const auto& camera : std::filesystem::directory_iterator(folder_.path("cards/2/camera")))
+        std::ofstream(camera.path(), std::ios::app) // else it is a copy
+            << std::string("\x00\x00\x00\x08\x66\x72\x65\x65", 8);
     const std::string inOrder = document("cards/1", "cards/2");
     EXPECT_EQ(document("cards/2", "cards/1"), inOrder) << "whatever comes first";
     for (const char* name : {"Cam A 1", "Cam A 2", "Cam B 1", "Cam B 2"})

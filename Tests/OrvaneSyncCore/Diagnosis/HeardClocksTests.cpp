@@ -244,6 +244,29 @@ TEST(HeardClocks, ACameraThatWasAnHourAheadHasItsRecordingsSuggested) {
     }
 }
 
+TEST(HeardClocks, AClockInDoubtPrecedesTheLengthOfItsSound) {
+    Shot shot;
+    for (int i = 0; i < 7; ++i) {
+        const double at = i < 6 ? 36000 + 410 * i + 17 * i * i : 39633; // over the end of the first recording
+        const std::string number = std::to_string(i);
+        shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", at, 8));
+        shot.videos.back().channelCount = 1;
+        shot.audios.push_back(recordingAt("/S/T" + number + ".wav", at - 5 + 3600, 40));
+    }
+    shot.diagnose();
+    const HeardClaims none;
+    const FileNames names;
+    DoubtInput input{shot.groups, shot.audios, {}, TrimMode::noTrim, {}, names};
+    input.heardClaims = &none;
+    shot.doubts = SyncDoubts::of(input);
+    ASSERT_EQ(shot.count(Kind::constantOffset), 7);
+    EXPECT_NE(shot.card(Kind::constantOffset)->doubt.message.find("; 7 clips were not listened to"),
+              std::string::npos);
+    ASSERT_EQ(shot.count(Kind::shortSound), 1);
+    for (const SyncDoubt& doubt : shot.doubts.byGroup[shot.groups[6].id])
+        EXPECT_EQ(doubt.cure.text().find("trimMode"), std::string::npos) << doubt.cure.text();
+}
+
 TEST(HeardClocks, OfSeveralRecordingsTheOneThatTheCameraHeardIsNamed) {
     struct Case {
         const char* heard; ///< the end of the message

@@ -166,8 +166,10 @@ void addUnheardSound(const Shoot& shoot, SyncDoubts& doubts);
 void addLoneRecordings(const Shoot& shoot, SyncDoubts& doubts);
 /// For a given offset that timecode shows only roughly and nothing confirmed. Must run after those above.
 void addGivenOffset(const Shoot& shoot, SyncDoubts& doubts);
-/// Removes the options of cures that would move clips again that were moved by hand. Must run after all
-/// others.
+/// What the doubts about clocks change in others about the same clips, and of clips that were too short to be
+/// listened to: so after those above.
+void addWordsBesideClocks(const Shoot& shoot, SyncDoubts& doubts);
+/// Takes the options off cures that would move clips again which were moved by hand: so after all others.
 void keepMovedClips(const Shoot& shoot, SyncDoubts& doubts);
 /// Recordings that the cameras heard, for clips that no timecode leads to them.
 void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts);

@@ -30,6 +30,7 @@ SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) 
     addHeardOffsets(shoot, doubts);
     addUnheardSound(shoot, doubts);
     addGivenOffset(shoot, doubts);
+    addWordsBesideClocks(shoot, doubts);
     keepMovedClips(shoot, doubts);
     return doubts;
 }

@@ -1,0 +1,76 @@
+#include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+
+#include <algorithm>
+#include <unordered_map>
+#include <utility>
+#include <variant>
+
+namespace orvane {
+
+namespace {
+
+using Kind = SyncDoubt::Kind;
+
+constexpr int fewestToBeHeard = 2; // one may be alike by chance
+
+bool namesTrimMode(const DoubtCure& cure) {
+    return std::ranges::any_of(cure.parts(), [](const DoubtCure::Part& part) {
+        const auto* way = std::get_if<CureWay>(&part);
+        return way != nullptr && std::ranges::any_of(way->options, [](const CureOption& option) {
+                   return option.kind == CureOption::Kind::setting;
+               });
+    });
+}
+
+/// Sound of the wrong take is of no length that a picture may be cut to.
+void settleClocksBeforeTrims(SyncDoubts& doubts) {
+    for (auto& [group, own] : doubts.byGroup) {
+        if (!doubts.has(group, {Kind::constantOffset, Kind::timecodeRate})) continue;
+        for (SyncDoubt& doubt : own)
+            if ((doubt.kind == Kind::shortSound || doubt.kind == Kind::cutByTrim) &&
+                namesTrimMode(doubt.cure))
+                doubt.cure = "settle the doubt about its clock first";
+    }
+}
+
+/// Says of a clock that timecode alone tells why nobody heard it.
+void nameClipsTooShortToHear(const Shoot& shoot, SyncDoubts& doubts) {
+    if (shoot.input.heardClaims == nullptr) return;
+    std::unordered_map<UUID, const Shoot::Clip*> clips;
+    for (const Shoot::Clip& clip : shoot.clips) clips.emplace(clip.group->id, &clip);
+    for (CardDoubt& card : doubts.cards) {
+        if (card.doubt.kind != Kind::constantOffset ||
+            card.doubt.message.find("microphones") != std::string::npos)
+            continue;
+        int audible = 0, tooShort = 0;
+        for (const UUID& id : card.groupIDs) {
+            const Shoot::Clip& clip = *clips.at(id);
+            const MediaAsset& video = clip.group->video;
+            if (isAudible(clip))
+                ++audible;
+            else if (video.channelCount.value_or(0) > 0 &&
+                     video.durationSeconds.value_or(0) < leastClaimedSeconds)
+                ++tooShort;
+        }
+        if (audible >= fewestToBeHeard || tooShort == 0) continue;
+        SyncDoubt told = card.doubt;
+        if (told.windowMessage.empty()) told.windowMessage = told.message;
+        told.message += "; " + counted(tooShort, "clip was", "clips were") +
+                        " not listened to, as what is shorter than 10 s may sound alike by chance";
+        for (const UUID& id : card.groupIDs)
+            if (const auto own = doubts.byGroup.find(id); own != doubts.byGroup.end())
+                std::ranges::replace(own->second, card.doubt, told);
+        card.doubt = std::move(told);
+    }
+}
+
+} // namespace
+
+void addWordsBesideClocks(const Shoot& shoot, SyncDoubts& doubts) {
+    settleClocksBeforeTrims(doubts);
+    nameClipsTooShortToHear(shoot, doubts);
+}
+
+} // namespace orvane

@@ -162,6 +162,10 @@ TEST(HeardSound, ClipsOfOneClockLieByOneOffsetAsItWasHeard) {
     for (const double ahead : {3600.12, 3600.0, 3599.84}) {
         HeardShot shot({"/S/T"});
         for (MediaAsset& file : shot.audios) *file.bextTimeReference += samples(ahead);
+        shot.diagnose();
+        ASSERT_TRUE(shot.card(Kind::constantOffset));
+        EXPECT_NE(shot.card(Kind::constantOffset)->doubt.message.find("is known to"), std::string::npos)
+            << "nobody listened";
         shot.audios.push_back(recordingAt("/S/U.wav", 0, 35));
         shot.audios.back()
             .bextTimeReference.reset(); // so that nothing says that the others count time of day

@@ -66,7 +66,8 @@ std::vector<const ClaimedOffset::Laid*> ClaimedOffset::audible() const {
 bool ClaimedOffset::Heard::isConfirmed() const { return clips >= fewestHeard; }
 
 CommonOffset ClaimedOffset::Heard::known(CommonOffset offset, const Shoot& shoot) const {
-    if (isConfirmed() || shoot.input.heardClaims == nullptr) offset.unheardHourSeconds = 0;
+    const bool mayHear = shoot.input.heardClaims != nullptr || isUnasked;
+    if (isConfirmed() || !mayHear) offset.unheardHourSeconds = 0;
     return offset;
 }
 

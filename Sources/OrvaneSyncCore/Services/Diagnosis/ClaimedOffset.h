@@ -32,8 +32,8 @@ class ClaimedOffset {
         bool isConfirmed() const;
         /// The claimed offset, corrected by what was heard.
         CommonOffset corrected(double offsetSeconds, TimecodeFrameRate rate) const;
-        /// The offset as far as it is known: hours are rough once somebody listened and heard nothing of
-        /// them.
+        /// The offset as far as it is known: hours are rough where cameras may tell more, but were not asked
+        /// or did not.
         CommonOffset known(CommonOffset offset, const Shoot& shoot) const;
     };
     /// `toHear`, unless null: gets the claims that were not analysed and could decide.

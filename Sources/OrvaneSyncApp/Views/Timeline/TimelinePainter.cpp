@@ -4,6 +4,7 @@
 #include "OrvaneDesignKit/Theme.h"
 #include "OrvaneSyncApp/ViewModels/Timeline/WaveformTile.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
+#include "OrvaneSyncApp/Views/Timeline/TrackHeader.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Models/SmartAudioKinds.h"
 #include "Platform/MediaInspector.h"
@@ -322,7 +323,7 @@ class Painting {
             words = translated(multiActiveWarnLabel);
         else if (const TimelineChannel* channel = rows_.channel(track);
                  block.kind != BlockKind::silence && channel)
-            words = translatedSentence(channel->name);
+            words = shownName(*channel);
         if (words.isEmpty()) return;
         painter_.setPen(readableOn(ground));
         painter_.drawText(seen, Qt::AlignVCenter | Qt::AlignLeft,

@@ -68,6 +68,10 @@ class FoldButton : public QAbstractButton {
 
 } // namespace
 
+QString shownName(const TimelineChannel& channel) {
+    return channel.isNamed ? text(channel.name) : translatedSentence(channel.name);
+}
+
 TrackBox::TrackBox(QWidget* parent) : QAbstractButton(parent) {
     setCheckable(true);
     setFocusPolicy(Qt::StrongFocus);
@@ -150,8 +154,7 @@ void TrackHeader::placeBoxes() {
             const TimelineChannel& channel = rows.channels[i];
             const bool isOn[] = {channel.isUsedByAlgorithm, channel.isActive, channel.isSolo};
             one.setChecked(isOn[box]);
-            one.setAccessibleName(
-                QString::fromLatin1(boxCommands[box].name).arg(translatedSentence(channel.name)));
+            one.setAccessibleName(QString::fromLatin1(boxCommands[box].name).arg(shownName(channel)));
             one.move(x, static_cast<int>(row->y - TimelineLayout::rulerHeight) + nameHeight + 2);
             x += one.width() + space::tight;
         }
@@ -240,9 +243,8 @@ void TrackHeader::paintEvent(QPaintEvent* /*event*/) {
         case RowKind::channel: {
             const TimelineChannel& channel = rows.channels[static_cast<std::size_t>(row.index)];
             painter.fillRect(QRectF(0, row.y, 3, row.height - 1), channelColour(row.index));
-            const double name =
-                line(space::small, top, end, textFont(), channel.isActive ? all.text : all.facts,
-                     translatedSentence(channel.name));
+            const double name = line(space::small, top, end, textFont(),
+                                     channel.isActive ? all.text : all.facts, shownName(channel));
             const double left = space::small + name + space::small;
             QString why = translated(channel.kindText());
             if (!channel.why.empty()) {

@@ -13,7 +13,10 @@
 
 namespace orvane::views {
 
-/// A switch of a channel: a word in a box. It shows the state of the clip, and changes only with it.
+/// The name of a channel, which is never translated where the recorder gave it.
+QString shownName(const TimelineChannel& channel);
+
+/// A switch of a channel: a word in a box. It shows what the clip says, and changes only with it.
 class TrackBox : public QAbstractButton {
   public:
     explicit TrackBox(QWidget* parent);

@@ -99,6 +99,10 @@ class ReviewTest : public testing::Test {
         QTest::keyClick(window_->results().table(), Qt::Key_Return);
         ASSERT_TRUE(waitUntil([&] { return isOnScreen(0); }));
     }
+    QString toast() {
+        const auto all = window_->findChildren<QWidget*>(QStringLiteral("toast"), Qt::FindDirectChildrenOnly);
+        return all.isEmpty() ? QString() : all.last()->accessibleName();
+    }
     void press(Qt::Key key, Qt::KeyboardModifiers held = {}) { QTest::keyClick(window_.get(), key, held); }
 
     test::TemporaryDirectory folder_;
@@ -128,6 +132,15 @@ TEST_F(ReviewTest, AClipIsNudgedLockedAndLeftByKeys) {
     press(Qt::Key_BracketLeft);
     press(Qt::Key_BracketLeft);
     EXPECT_TRUE(review().shows(ids_[0])) << "nothing comes before the first";
+    for (const bool isLocked : {true, false}) {
+        if (isLocked) press(Qt::Key_Period);
+        press(Qt::Key_L, Qt::ControlModifier);
+        EXPECT_EQ(clip(0).isLocked, isLocked) << "one that was moved is locked where it lies";
+        EXPECT_EQ(clip(0).lockedAtManualOffset,
+                  isLocked ? std::optional(clip(0).manualAudioOffsetSeconds) : std::nullopt);
+        EXPECT_TRUE(toast().contains(isLocked ? "is locked" : "is unlocked"));
+    }
+    for (int i = 0; i < 3; ++i) press(Qt::Key_Z, Qt::ControlModifier);
 
     ASSERT_TRUE(waitUntil([&] { return isOnScreen(0); }));
     press(Qt::Key_C);

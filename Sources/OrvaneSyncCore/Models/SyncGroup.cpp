@@ -6,6 +6,7 @@
 #include "OrvaneSyncCore/Utilities/EnumTable.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace orvane {
 
@@ -197,6 +198,12 @@ SyncGroup fromJSON<SyncGroup>(const JSON& json) {
 template <>
 SyncGroup fromJSON<SyncGroup>(const JSONView& json) {
     return filledFromJSON(JSONMembers(json), undecidedClip());
+}
+
+bool isMovedSinceLock(const SyncGroup& group) {
+    constexpr double same = 0.0001; // seconds; no document tells less
+    return group.isLocked && group.lockedAtManualOffset &&
+           std::abs(*group.lockedAtManualOffset - group.manualAudioOffsetSeconds) > same;
 }
 
 } // namespace orvane

@@ -18,4 +18,7 @@ bool holdsDecisions(const SyncGroup& group);
 /// The same without the clap point in the sound, which is also found automatically when a clip is opened.
 bool holdsDecisionsBesideClap(const SyncGroup& group);
 
+/// Whether the clip is locked and its sound lies elsewhere by now than when it was.
+bool isMovedSinceLock(const SyncGroup& group);
+
 } // namespace orvane

@@ -6,6 +6,7 @@
 #include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
 #include "OrvaneSyncCore/Models/RawValues.h"
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 #include "OrvaneSyncCore/Services/Naming/BatchRenamer.h"
 #include "OrvaneSyncCore/Services/Shortcuts/ReviewKeys.h"
 #include "Platform/Text.h"
@@ -111,12 +112,24 @@ void settleIfInView(CommandContext& context, const UUID& clip) {
         context.controller->recordings().confirmAmbiguousMatch(clip);
 }
 
+/// A clip that was moved since its lock is locked where it lies while a window shows it: whoever nudges a
+/// clip and presses the key of the lock has corrected it. The window also says when the lock is taken off.
 JSON toggleLock(CommandContext& context, const Call& call) {
     const UUID clip = call.id("groupID");
+    const SyncGroup* group = context.controller->work().syncGroups().find(clip);
+    // Without a window there is nobody to tell, and a locked clip is unlocked.
+    const bool isInWindow =
+        group != nullptr && group->isLocked && context.review().sayWhyNot && context.review().shows(clip);
+    const bool isMoved = isInWindow && isMovedSinceLock(*group);
     context.controller->withUndo(undoSteps::toggleLocked, [&] {
         settleIfInView(context, clip);
-        context.controller->clips().toggleLocked(clip);
+        for (int presses = isMoved ? 2 : 1; presses > 0; --presses)
+            context.controller->clips().toggleLocked(clip);
     });
+    if (isInWindow)
+        context.review().sayWhyNot(
+            isMoved ? "The clip is locked where its sound lies by now. Ctrl+L again unlocks it."
+                    : "The clip is unlocked. Ctrl+L locks it again.");
     return {};
 }
 

@@ -4,6 +4,7 @@
 #include "OrvaneSyncApp/ViewModels/Results/DoubtCures.h"
 #include "OrvaneSyncApp/ViewModels/Results/ShootOrder.h"
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 #include "OrvaneSyncCore/Services/Naming/SidebarOutline.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 

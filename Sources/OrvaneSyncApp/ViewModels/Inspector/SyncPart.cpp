@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/ViewModels/Inspector/SyncPart.h"
 
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
+#include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 #include "OrvaneSyncCore/Services/Takes/ClipSound.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
@@ -112,7 +113,10 @@ SyncPart SyncPart::of(const SyncGroup& group, double frameRate) {
                                     : "⌘⌥ Click on the audio waveform to set the sync anchor";
     addReasons(part, secondsOut);
     part.updateAnchor = part.hasAnchor ? "Update Clap Point" : "Set Clap Point";
-    part.lock = part.isLocked ? "Unlock" : part.hasSound ? "Lock" : "Lock as without sound";
+    part.lock = !part.hasSound            ? part.isLocked ? "Unlock" : "Lock as without sound"
+                : isMovedSinceLock(group) ? "Lock where it lies now"
+                : part.isLocked           ? "Unlock"
+                                          : "Lock";
     if (isMovedSinceLock(group)) {
         const std::string frames = shownFramesText(*group.lockedAtManualOffset, part.frameRate);
         const bool isOne = frames.ends_with("1") && frames.size() <= 2; // the text has a sign

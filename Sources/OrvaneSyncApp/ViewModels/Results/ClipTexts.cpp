@@ -69,12 +69,6 @@ std::string matchText(const SyncGroup& group, const Take& take) {
     return text;
 }
 
-bool isMovedSinceLock(const SyncGroup& group) {
-    constexpr double same = 0.0001; // seconds; smaller than any difference in a document
-    return group.isLocked && group.lockedAtManualOffset &&
-           std::abs(*group.lockedAtManualOffset - group.manualAudioOffsetSeconds) > same;
-}
-
 std::string movedSinceLockText(const SyncGroup& group, double frameRate) {
     return "moved since locked: " + formatOffset(group.lockedAtManualOffset.value_or(0), frameRate) + " to " +
            formatOffset(group.manualAudioOffsetSeconds, frameRate);

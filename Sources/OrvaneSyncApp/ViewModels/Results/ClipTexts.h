@@ -22,9 +22,7 @@ std::string soundText(const SyncGroup& group, const Take& take, const FileNames&
 std::string beginsText(const SyncGroup& group, const Take& take);
 /// The status, and how much of the clip is without sound.
 std::string matchText(const SyncGroup& group, const Take& take);
-/// Whether the clip is locked and its sound was moved after the lock.
-bool isMovedSinceLock(const SyncGroup& group);
-/// The same as text, in frames of that rate, such as "moved since locked: -3f to -2f".
+/// That a locked clip was moved, in words, in frames of that rate, such as "moved since locked: -3f to -2f".
 std::string movedSinceLockText(const SyncGroup& group, double frameRate);
 
 } // namespace orvane

@@ -38,7 +38,7 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     }
     /// Opens the next or previous clip of the list.
     std::function<void(KeyAction)> moveInList;
-    /// Shows why a key has no effect on the clip in view: one sentence.
+    /// Gets a sentence on why a key does nothing with the clip in view, or on what it did there.
     std::function<void(std::string_view)> sayWhyNot;
     /// Runs the command of a key that decides about the clip in view without the player.
     std::function<void(KeyAction, const UUID& groupID)> decideOfClip;

@@ -1,7 +1,9 @@
 #include "OrvaneSyncApp/Views/Timeline/TimelineCanvas.h"
 
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
+#include "OrvaneSyncApp/Views/Timeline/TrackHeader.h"
 #include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 
 #include <QContextMenuEvent>
 #include <QMenu>
@@ -69,10 +71,9 @@ std::unique_ptr<QMenu> TimelineCanvas::menuAt(const TimelineLayout::Hit& hit) {
     QAction* lock = add("toggleLocked", ofClip(),
                         withKey(translated(label(KeyAction::lockCurrent)), KeyAction::lockCurrent));
     lock->setCheckable(true);
-    lock->setChecked(rows.isLocked);
+    lock->setChecked(rows.isLocked && !isMovedSinceLock(*clip()));
     if (hit.track && rows.channel(*hit.track) != nullptr) {
-        menu->addSection(
-            QStringLiteral("T%1 %2").arg(*hit.track).arg(translatedSentence(rows.channel(*hit.track)->name)));
+        menu->addSection(QStringLiteral("T%1 %2").arg(*hit.track).arg(shownName(*rows.channel(*hit.track))));
         for (const std::string_view id : trackCommands) {
             JSON arguments = ofClip();
             arguments.set("trackIndex", *hit.track);

@@ -6,21 +6,9 @@
 
 namespace orvane::views {
 
-namespace {
-
-constexpr const char* clearedByEscape = "clearedByEscape";
-
-} // namespace
-
 SearchKeys::SearchKeys(QLineEdit& field, QAbstractItemView& list)
     : QObject(&field), field_(field), list_(list) {
-    field.setProperty(clearedByEscape, true);
     field.installEventFilter(this);
-}
-
-bool SearchKeys::clears(const QWidget& field) {
-    const auto* line = qobject_cast<const QLineEdit*>(&field);
-    return line != nullptr && line->property(clearedByEscape).toBool() && !line->text().isEmpty();
 }
 
 bool SearchKeys::eventFilter(QObject*, QEvent* event) {

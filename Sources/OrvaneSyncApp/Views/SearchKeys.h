@@ -11,15 +11,14 @@ namespace orvane::views {
 
 /// The keys that move from a search field to the list that it searches. Down and Return go to the list's
 /// first row. Escape clears the field; if it is empty, Escape moves the keyboard to the list without changing
-/// the current row. The list must not be destroyed before the field.
+/// the current row. In the review, Escape also returns the keyboard to the clip in view. The list must not be
+/// destroyed before the field.
 class SearchKeys : public QObject {
   public:
     SearchKeys(QLineEdit& field, QAbstractItemView& list);
 
     /// The row that Down goes to; row 0 if not set.
     std::function<int()> firstRow;
-    /// Whether Escape would clear that field and keep the focus in it.
-    static bool clears(const QWidget& field);
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:

@@ -2,7 +2,6 @@
 
 #include "OrvaneSyncApp/Views/Review/FullscreenWindow.h"
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
-#include "OrvaneSyncApp/Views/SearchKeys.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QAbstractButton>
@@ -162,8 +161,8 @@ bool ReviewKeys::handle(const QKeyEvent& event, bool isFullscreen) {
     if (!isFullscreen && isFocusByTab_ && worksBy(focus, event.key())) return false;
     const bool isEscape = meant->isDown && !meant->isRepeat && meant->keyCode == Shortcut::KeyCode::escape &&
                           meant->modifiers == ModifierSet::none;
-    // Escape leaves a field, after the field itself has handled it.
-    if (isTyped && isEscape && !SearchKeys::clears(*focus)) clearFieldFocus();
+    // Escape leaves a field, after the field has made of it what it means there: a search is cleared by it.
+    if (isTyped && isEscape) clearFieldFocus();
     ReviewViewModel& review = *desktop_.players().review();
     // Escape ends a running loop; without one, it leaves the screen.
     const bool leaves = isEscape && !isFullscreen && !isTyped && !review.engine()->loop().isLooping;

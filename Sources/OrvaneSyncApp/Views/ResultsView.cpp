@@ -1,12 +1,9 @@
 #include "OrvaneSyncApp/Views/ResultsView.h"
 
 #include "OrvaneDesignKit/KeptState.h"
-#include "OrvaneSyncApp/ViewModels/Inspector/ClipParts.h"
 #include "OrvaneSyncApp/Views/DoubtBar.h"
-#include "OrvaneSyncApp/Views/MatchAgain.h"
 #include "OrvaneSyncApp/Views/ResultsModel.h"
 #include "OrvaneSyncApp/Views/SearchKeys.h"
-#include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncApp/Views/WildTracksView.h"
 #include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
@@ -14,7 +11,6 @@
 #include <QAccessible>
 #include <QHBoxLayout>
 #include <QHeaderView>
-#include <QInputDialog>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMouseEvent>
@@ -112,21 +108,13 @@ class Table : public QTableView {
     }
 };
 
-constexpr std::string_view clipCommands[] = {"toggleApproved",
-                                             "toggleLocked",
-                                             "toggleExcludedFromExport",
-                                             "toggleExcludedFromMulticam",
-                                             "togglePickup",
-                                             "confirmAmbiguousMatch",
-                                             "resyncClip",
-                                             "resetClipToAutoSync"};
-
 } // namespace
 
 ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
-    : WorkScreen(parent), desktop_(desktop), rows_(desktop.controller()),
+    : WorkScreen(parent), desktop_(desktop), ofClips_(desktop, this), rows_(desktop.controller()),
       model_(new ResultsModel(rows_, Thumbnails::create(desktop.mainThread(), thumbnailLimit), this)),
       scrolled_(new QTimer(this)) {
+    ofClips_.whenDone = [this](const std::vector<UUID>& clips) { select(clips); };
     scrolled_->setSingleShot(true);
     scrolled_->setInterval(scrollRest);
     connect(scrolled_, &QTimer::timeout, this, [this] { wantThumbnails(); });
@@ -363,90 +351,11 @@ std::optional<ResultsView::Listing> ResultsView::listing() const {
     return Listing{rows_.order(), title.join(QStringLiteral(" · "))};
 }
 
-void ResultsView::runForSelection(std::string_view command) {
-    const std::vector<UUID> clips = selectedClips();
-    if (command == "resyncClip")
-        matchAgain(desktop_, this, clips);
-    else
-        desktop_.runForClips(command, clips);
-    select(clips);
-}
-
-void ResultsView::analyseSelection() {
-    JSON arguments = JSON::object();
-    arguments.set("forceOverwriteManualTracks", false);
-    const std::vector<UUID> clips = selectedClips();
-    desktop_.runForClips("runSmartAudioForGroup", clips, std::move(arguments));
-    select(clips);
-}
-
-void ResultsView::addRecordings(QMenu& menu, const UUID& clip) {
-    const auto candidates = rows_.candidates(clip);
-    if (candidates.empty()) return;
-    menu.addAction(tr("Recording of this clip"))->setEnabled(false); // a heading
-    for (const ResultsViewModel::Candidate& one : candidates) {
-        QAction* action =
-            menu.addAction(translatedSentence(one.text), this, [this, clip, match = one.matchID] {
-                JSON arguments = JSON::object();
-                arguments.set("matchID", match.text());
-                desktop_.runForClips("chooseRecording", {clip}, std::move(arguments));
-                select({clip});
-            });
-        action->setCheckable(true);
-        action->setChecked(one.isFirst);
-    }
-    menu.addSeparator();
-}
-
-void ResultsView::rename(const UUID& clipID) {
-    const std::vector<UUID> clips{clipID};
-    const SyncGroup* clip = desktop_.controller().work().syncGroups().find(clipID);
-    if (clip == nullptr) return;
-    QInputDialog question(this);
-    question.setWindowTitle(tr("Rename clip"));
-    // The name without the parts that the naming rules add to every name, such as the camera.
-    const NamePart part = NamePart::of(desktop_.controller(), *clip);
-    const std::string& automatic = part.automatic;
-    const QString present = text(part.name.empty() ? automatic : part.name);
-    const auto preview = [&](const QString& typed) {
-        const SyncGroup* now = desktop_.controller().work().syncGroups().find(clipID);
-        if (now == nullptr) return;
-        question.setLabelText(tr("Clip name; empty: by the naming rules\nIn Final Cut Pro: %1")
-                                  .arg(text(exportedName(desktop_.controller(), *now,
-                                                         typed == present ? part.name : utf8(typed)))));
-    };
-    connect(&question, &QInputDialog::textValueChanged, &question, preview);
-    question.setTextValue(present); // the dialog selects this text
-    preview(present);
-    if (auto* field = question.findChild<QLineEdit*>()) field->setPlaceholderText(text(automatic));
-    // If the name was not changed, the clip keeps its name by the naming rules.
-    if (question.exec() != QDialog::Accepted || question.textValue() == present) return;
-    JSON arguments = JSON::object();
-    arguments.set("name", utf8(question.textValue()));
-    desktop_.runForClips("setManualClipName", clips, std::move(arguments));
-    select(clips);
-}
-
 void ResultsView::showMenu(const QPoint& position) {
     const std::vector<UUID> clips = selectedClips();
     if (clips.empty()) return;
     QMenu menu(this);
-    menu.setToolTipsVisible(true);
-    if (clips.size() == 1) addRecordings(menu, clips.front());
-    for (const std::string_view id : clipCommands) {
-        QAction* action =
-            menu.addAction(translated(desktop_.command(id).title), this, [this, id] { runForSelection(id); });
-        action->setToolTip(translated(desktop_.command(id).help));
-        action->setEnabled(std::ranges::any_of(clips, [&](const UUID& clip) {
-            const SyncGroup* group = desktop_.controller().work().syncGroups().find(clip);
-            return group != nullptr && desktop_.isEnabled(id, group);
-        }));
-    }
-    menu.addAction(icon(Glyph::waveform), tr("Analyse Sound"), this, [this] { analyseSelection(); });
-    menu.addSeparator();
-    menu.addAction(tr("Rename…"), this, [this, clips] {
-        clips.size() == 1 ? rename(clips.front()) : showBatchRenamer(desktop_, this, clips);
-    });
+    ofClips_.fill(menu, clips);
     menu.addSeparator();
     menu.addAction(tr("Review"), this, [this] { Q_EMIT table_->activated(table_->currentIndex()); });
     menu.addAction(translated(desktop_.command("clusterLoad").title), this, [this] { openMulticam(); });

@@ -2,6 +2,7 @@
 
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
+#include "OrvaneSyncApp/Views/ClipMenu.h"
 #include "OrvaneSyncApp/Views/WorkScreen.h"
 
 #include <QTableView>
@@ -39,10 +40,8 @@ class ResultsView : public WorkScreen {
     };
     /// Absent if the list shows all clips in the order of the shoot.
     std::optional<Listing> listing() const;
-    void runForSelection(std::string_view command);
-    /// Analyses the sound of the selected clips, one after the other.
-    void analyseSelection();
-    void rename(const UUID& clip);
+    void runForSelection(std::string_view command) { ofClips_.run(command, selectedClips()); }
+    void rename(const UUID& clip) { ofClips_.rename(clip); }
     /// Selects those of the clips that have rows; the first one comes into view. If none has a row, the
     /// selection stays.
     void select(const std::vector<UUID>& clips);
@@ -90,10 +89,10 @@ class ResultsView : public WorkScreen {
     bool hasReasons() const;
     void wantThumbnails();
     void remember(const UUID& clip);
-    void addRecordings(QMenu& menu, const UUID& clip);
     void showMenu(const QPoint& position);
 
     Desktop& desktop_;
+    ClipMenu ofClips_;
     ResultsViewModel rows_;
     ResultsModel* model_;
     design::SegmentedChoice* filter_;

@@ -54,7 +54,7 @@ std::vector<Command> smartAudioCommands() {
     namespace steps = undoSteps;
     return {
         Command::later("runSmartAudioAnalysis", "Run Smart Audio Analysis",
-                       "Analyses the sound of all settled clips.",
+                       "Analyzes the sound of all settled clips.",
                        {{.name = "mode", .kind = text, .choices = smartAudioModeTags}, overwriteManualTracks},
                        runAnalysis)
             .alsoBy({"sync"})
@@ -62,7 +62,7 @@ std::vector<Command> smartAudioCommands() {
             .when(hasSoundWhileIdle)
             .inMenu(Menu::audio, 110),
         Command::later("runSmartAudioForGroup", "Run Smart Audio for This Clip",
-                       "Analyses the sound of the clip and measures its loudness.",
+                       "Analyzes the sound of the clip and measures its loudness.",
                        {groupID, overwriteManualTracks},
                        [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
                            return context.controller->smartAudio().runSmartAudioForGroup(

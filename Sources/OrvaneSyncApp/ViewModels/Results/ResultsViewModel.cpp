@@ -155,13 +155,14 @@ std::vector<ResultsViewModel::Doubt> ResultsViewModel::doubts() const {
     return result;
 }
 
-std::vector<ResultsViewModel::Candidate> ResultsViewModel::candidates(const UUID& groupID) const {
-    const SyncGroup* group = controller_.work().syncGroups().find(groupID);
+std::vector<ResultsViewModel::Candidate> ResultsViewModel::candidates(const OpenWork& work,
+                                                                      const UUID& groupID) {
+    const SyncGroup* group = work.syncGroups().find(groupID);
     if (group == nullptr || group->isLocked) return {};
     std::vector<Candidate> found;
     for (const auto& recording : recordingsOf(*group)) {
         const AudioMatch& first = group->audioMatches[recording.front()];
-        std::string text = recordingText(*group, recording, controller_.work().fileNames());
+        std::string text = recordingText(*group, recording, work.fileNames());
         text += formatted(", %.1f s of ", first.overlapDurationSeconds) + lengthText(group->video);
         found.push_back({first.id, std::move(text), found.empty()});
     }

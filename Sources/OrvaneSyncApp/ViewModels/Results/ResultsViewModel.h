@@ -126,7 +126,7 @@ class ResultsViewModel {
         std::string text;
         bool isFirst = false; ///< the one that is heard
     };
-    std::vector<Candidate> candidates(const UUID& groupID) const;
+    static std::vector<Candidate> candidates(const OpenWork& work, const UUID& groupID);
 
   private:
     struct Place {

@@ -2,14 +2,17 @@
 
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneDesignKit/ElidedLabel.h"
+#include "OrvaneSyncApp/Views/ClipMenu.h"
 #include "OrvaneSyncApp/Views/Inspector/OutlineListModel.h"
 #include "OrvaneSyncApp/Views/SearchKeys.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
+#include <QContextMenuEvent>
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QListView>
+#include <QMenu>
 #include <QMouseEvent>
 #include <QVBoxLayout>
 
@@ -31,8 +34,18 @@ class OutlineList : public QListView {
     std::function<void(int row)> open, fold;
     std::function<bool(int row)> isOpen; ///< whether the row's clip is in view
     std::function<void()> play;
+    std::function<void(int row, const QPoint& at)> showMenu; ///< `at`: on the screen
 
   protected:
+    /// A right click leaves the clip in view where it is.
+    void contextMenuEvent(QContextMenuEvent* event) override {
+        const bool isByKey = event->reason() == QContextMenuEvent::Keyboard;
+        const QModelIndex index = isByKey ? currentIndex() : indexAt(event->pos());
+        if (!index.isValid()) return;
+        const QPoint at =
+            isByKey ? viewport()->mapToGlobal(visualRect(index).bottomLeft()) : event->globalPos();
+        showMenu(index.row(), at);
+    }
     void mousePressEvent(QMouseEvent* event) override {
         const QModelIndex index = indexAt(event->pos());
         if (!index.isValid() || event->button() != Qt::LeftButton) return;
@@ -101,6 +114,11 @@ OutlineView::OutlineView(Desktop& desktop, Choose choose, std::function<void()> 
     };
     list->play = [&desktop] { desktop.players().handleKeyAction(KeyAction::playPause); };
     list->fold = [this](int row) { rows_.toggleFolded(static_cast<std::size_t>(row)); };
+    list->showMenu = [this, &desktop](int row, const QPoint& at) {
+        QMenu menu(this);
+        ClipMenu(desktop, this).fill(menu, rows_.clipsOf(static_cast<std::size_t>(row)));
+        menu.exec(at);
+    };
     column->addWidget(list, 1);
     auto* keys = new SearchKeys(*search_, *list);
     keys->firstRow = [this] {

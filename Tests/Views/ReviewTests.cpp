@@ -16,18 +16,24 @@
 #include "Support/Test.h"
 #include "Views/Application.h"
 
+#include <QAction>
 #include <QComboBox>
+#include <QContextMenuEvent>
 #include <QInputMethodEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QListWidget>
+#include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QTableView>
+#include <QTimer>
+
+#include <filesystem>
 
 namespace orvane::views {
 
@@ -237,6 +243,7 @@ TEST_F(ReviewTest, KeysOfTextAndOfTabbedControlsAreTheirs) {
     for (int i = 0; i < 2; ++i) QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
     EXPECT_TRUE(waitUntil([&] { return isOnScreen(2); }));
     press(Qt::Key_F, Qt::ControlModifier);
+    QTest::keyClicks(search, "c001");
     QTest::keyClick(search, Qt::Key_Escape);
     EXPECT_TRUE(waitUntil([&] { return !search->hasFocus(); })) << "the next keys are those of the review";
     EXPECT_TRUE(search->text().isEmpty() && window_->review().isVisible());
@@ -471,6 +478,42 @@ TEST_F(ReviewTest, ArrowsInTheListOpenTheClipThatTheyMark) {
     press(Qt::Key_3, Qt::AltModifier);
     EXPECT_TRUE(window_->results().isVisible());
     EXPECT_LT(window_->results().table()->model()->rowCount(), 3) << "the filter has a key";
+}
+
+TEST_F(ReviewTest, ARightClickInTheListActsOnAClipThatIsNotInView) {
+    open();
+    QListView& list = *window_->review().outline().list();
+    const QModelIndex last = list.model()->index(list.model()->rowCount() - 1, 0);
+    QTimer::singleShot(0, [&] {
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        ASSERT_NE(menu, nullptr);
+        for (QAction* entry : menu->actions())
+            if (entry->text() == text(desktop_->command("toggleExcludedFromExport").title)) entry->trigger();
+        menu->close();
+    });
+    const QPoint at = list.visualRect(last).center();
+    QContextMenuEvent click(QContextMenuEvent::Mouse, at, list.viewport()->mapToGlobal(at));
+    QApplication::sendEvent(list.viewport(), &click);
+    EXPECT_TRUE(clip(2).isExcludedFromExport && isOnScreen(0));
+}
+
+TEST_F(ReviewTest, WhatIsDecidedWithoutThePictureIsSaidInItsPlace) {
+    std::filesystem::rename(folder_.path("A001C001.mov"), folder_.path("away"));
+    window_->results().select({ids_[0]});
+    QTest::keyClick(window_->results().table(), Qt::Key_Return);
+    const auto says = [&](const QString& words) {
+        return waitUntil([&] {
+            for (const auto* one : window_->review().picture().findChildren<QLabel*>())
+                if (one->isVisible() && one->text().contains(words)) return true;
+            return false;
+        });
+    };
+    EXPECT_TRUE(says("+0f, not locked"));
+    press(Qt::Key_Period);
+    press(Qt::Key_L, Qt::ControlModifier);
+    EXPECT_TRUE(says("+1f, locked"));
+    std::filesystem::rename(folder_.path("away"), folder_.path("A001C001.mov"));
+    EXPECT_TRUE(waitUntil([&] { return isOnScreen(0); })) << "it opens by itself";
 }
 
 TEST_F(ReviewTest, TheMenuBarGivesTheKeyboardBack) {

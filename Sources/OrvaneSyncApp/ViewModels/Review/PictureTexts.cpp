@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/ViewModels/Review/PictureTexts.h"
 
+#include "OrvaneSyncCore/Services/Review/SiblingSuggestion.h"
 #include "OrvaneSyncCore/Services/Takes/ClipSound.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/Playback/Mixer.h"
@@ -42,6 +43,12 @@ std::optional<PictureNote> pictureNote(const SyncGroup* clip, VideoEngine& engin
                 " holds no picture that can be decoded. Its sound plays, and the document names "
                 "the file all the same."};
     return std::nullopt;
+}
+
+std::string unseenDecisionsText(const SyncGroup& clip, double frameRate) {
+    return "What you decide holds all the same: sound at " +
+           formatOffset(clip.manualAudioOffsetSeconds, frameRate) +
+           (clip.isLocked ? ", locked." : ", not locked.");
 }
 
 std::optional<std::string> soundNote(VideoEngine& engine) {

@@ -21,7 +21,11 @@ struct PictureNote {
 /// picture, or if one is being decoded.
 std::optional<PictureNote> pictureNote(const SyncGroup* clip, VideoEngine& engine, bool isHelperMissing);
 
-/// Why nothing is heard of what plays, and what to do; absent if there is a device.
+/// What is decided about a clip whose picture cannot be seen, such as "What you decide holds all the same:
+/// sound at +1f, locked." `frameRate`: frames per second of the offset.
+std::string unseenDecisionsText(const SyncGroup& clip, double frameRate);
+
+/// Why nothing is heard of what plays, and what to do; nothing where there is a device.
 std::optional<std::string> soundNote(VideoEngine& engine);
 
 /// The recorder's timecode at the playhead, at the rate of the picture, so that both can be compared;

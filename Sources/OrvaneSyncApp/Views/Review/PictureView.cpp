@@ -2,6 +2,7 @@
 
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/ViewModels/Review/PictureTexts.h"
+#include "OrvaneSyncApp/Views/Background.h"
 #include "OrvaneSyncApp/Views/Review/FullscreenWindow.h"
 #include "OrvaneSyncApp/Views/Review/LevelMeters.h"
 #include "OrvaneSyncApp/Views/Review/PictureCanvas.h"
@@ -20,7 +21,10 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include <chrono>
 #include <cmath>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 namespace orvane::views {
@@ -109,6 +113,9 @@ PictureView::PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> revi
         showPage();
         showTimecodes();
     });
+    ofWork_ = desktop_.controller().onChange([this](ImportField field) {
+        if (field == ImportField::syncGroups && pages_->currentWidget() == note_) showPage();
+    });
     ofFullscreen_ = review_->fullscreen().onChange(
         [this] { canvas_->setAsksForSize(!review_->fullscreen().isShowing()); });
     showPage();
@@ -117,7 +124,8 @@ PictureView::PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> revi
 }
 
 PictureView::~PictureView() {
-    if (deviceTimer_) deviceTimer_->cancel();
+    for (const auto& timer : {deviceTimer_, fileTimer_})
+        if (timer) timer->cancel();
     review_->fullscreen().hide();
     review_->fullscreen().desktop = {};
 }
@@ -225,8 +233,16 @@ void PictureView::follow(VideoEngineField field) {
 
 void PictureView::showPage() {
     const auto note = pictureNote(clip(), *review_->engine(), platform::mediaLibraryWasMissed());
-    if (note) note_->setTexts(translated(note->title), translatedSentence(note->text));
+    if (note) {
+        std::string words = note->text;
+        if (note->mayComeBack)
+            words += "\n" + unseenDecisionsText(*clip(),
+                                                desktop_.controller().timeline().timelineFrameRate(*clip()));
+        note_->setTexts(translated(note->title), translatedSentence(words));
+    }
     tryAgain_->setVisible(note && note->mayComeBack);
+    if (note && note->mayComeBack && review_->engine()->transport().isVideoMissing && !fileTimer_)
+        lookForFile();
     const bool isLens = actions_.lens()->isChecked() && clip() != nullptr;
     pages_->setCurrentWidget(isLens ? static_cast<QWidget*>(lens_)
                              : note ? static_cast<QWidget*>(note_)
@@ -235,6 +251,29 @@ void PictureView::showPage() {
 
 void PictureView::tryAgain() {
     if (clip() != nullptr) desktop_.players().loadGroup(*review_->groupID());
+}
+
+void PictureView::lookForFile() {
+    constexpr std::chrono::seconds pause{1};
+    fileTimer_ = desktop_.mainThread()->after(pause, [this] {
+        const auto ended = std::exchange(fileTimer_, nullptr); // holds this function
+        const SyncGroup* shown = clip();
+        const auto isWanted = [this] {
+            const auto& transport = review_->engine()->transport();
+            return transport.isVideoMissing && !transport.isPlaying && !transport.isLoading;
+        };
+        if (shown == nullptr || !review_->engine()->transport().isVideoMissing) return;
+        inBackground(
+            this,
+            [path = shown->video.url.path] {
+                std::error_code error;
+                return std::filesystem::exists(path, error);
+            },
+            [this, isWanted, id = shown->id](bool isBack) {
+                if (isBack && isWanted() && review_->shows(id)) return tryAgain();
+                if (!fileTimer_) lookForFile();
+            });
+    });
 }
 
 bool PictureView::event(QEvent* event) {

@@ -55,6 +55,8 @@ class PictureView : public QWidget {
     void showPage();
     /// Loads the clip again, whose file was missing or could not be read.
     void tryAgain();
+    /// Opens the clip again as soon as its file is back.
+    void lookForFile();
     void showTransport();
     void showTimecodes();
     void toggleLoop();
@@ -79,9 +81,9 @@ class PictureView : public QWidget {
     QAction* loop_;
     QSlider* volume_;
     std::optional<UUID> shown_;
-    std::shared_ptr<platform::Timer> deviceTimer_;
+    std::shared_ptr<platform::Timer> deviceTimer_, fileTimer_;
     bool wasPlaying_ = false;
-    platform::Subscription ofEngine_, ofReview_, ofFullscreen_;
+    platform::Subscription ofEngine_, ofReview_, ofWork_, ofFullscreen_;
 };
 
 } // namespace orvane::views

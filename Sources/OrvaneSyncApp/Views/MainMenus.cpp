@@ -212,6 +212,8 @@ void MainMenus::takeBack(std::string_view id) {
     const OpenWork& work = desktop_.controller().work();
     const SyncGroupList before = work.syncGroups();
     const QString what = of(id)->text().replace(QStringLiteral("&&"), QStringLiteral("&"));
+    if (std::exchange(isKeyRefused_, false) && id == "undo" && screens_.isPlaying())
+        return showToast(&window_, tr("The last key has changed nothing. Once more for: %1").arg(what));
     desktop_.run(id);
     const SyncGroupList& now = work.syncGroups();
     std::vector<UUID> changed;
@@ -487,6 +489,7 @@ bool MainMenus::applies(std::string_view id, const std::vector<UUID>& clips) con
 }
 
 void MainMenus::update() {
+    isKeyRefused_ = false;
     const std::vector<UUID> clips = screens_.clips();
     for (const auto& [id, action] : ofCommands_)
         action->setEnabled(desktop_.command(id).isOfOneClip() ? applies(id, clips) : desktop_.isEnabled(id));

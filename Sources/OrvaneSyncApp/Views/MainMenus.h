@@ -34,6 +34,8 @@ class MainMenus : public QObject {
 
     /// To be called after the work, the selection or the screen has changed.
     void update();
+    /// A key has changed nothing: an undo that comes next would take back what was done before, and says so.
+    void noteRefusedKey() { isKeyRefused_ = true; }
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -106,6 +108,7 @@ class MainMenus : public QObject {
     QAction* keys_ = nullptr;
     QAction* quit_ = nullptr;
     QAction* listen_ = nullptr;
+    bool isKeyRefused_ = false; ///< and nothing has changed since
     platform::Subscription bindings_;
 };
 

@@ -158,7 +158,10 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
 
 void MainWindow::observe() {
     desktop_.whenRefused = [this](const QString& why) { showPageBanner(Signal::missing, why); };
-    desktop_.tellBriefly = [this](const QString& why) { showToast(this, why); };
+    desktop_.tellBriefly = [this](const QString& why) {
+        showToast(this, why);
+        menus_->noteRefusedKey();
+    };
     desktop_.whenScanWanted = [this] {
         if (desktop_.isEnabled("startScan")) startScan();
     };

@@ -154,8 +154,10 @@ SessionsPanel::SessionsPanel(Desktop& desktop, QWidget* parent)
     empty_->setText(tr("Every scan is kept here and opens again at once, with all that was decided."));
     rows->addWidget(empty_);
     rows->addWidget(tree_, 1);
+    rows->addWidget(howToOpen_ = facts({}));
     rows->addWidget(problem_);
     rows->addWidget(new PresetBar(desktop));
+    connect(tree_, &QTreeWidget::currentItemChanged, this, [this] { showHowToOpen(); });
     connect(tree_, &QTreeWidget::itemActivated, this, [this](QTreeWidgetItem* item) { open(item); });
     connect(tree_, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem* item) { renamed(item); });
     connect(tree_, &QTreeWidget::customContextMenuRequested, this,
@@ -212,6 +214,20 @@ void SessionsPanel::fill() {
     if (!badges_.empty()) tree_->resizeColumnToContents(badgeColumn);
     empty_->setVisible(desktop_.sessions().sessions().empty());
     isFilling_ = false;
+    showHowToOpen();
+}
+
+/// A row that was only selected is not the work on screen, although it is marked more than that one's row.
+void SessionsPanel::showHowToOpen() {
+    const auto& open = desktop_.sessions().currentSessionId();
+    const SessionInfo* shown = open ? desktop_.sessions().session(*open) : nullptr;
+    const QTreeWidgetItem* current = tree_->currentItem();
+    const bool isOther = shown != nullptr && current != nullptr && isSession(current) &&
+                         sessionOf(current) != text(open->text());
+    howToOpen_->setVisible(isOther);
+    if (isOther)
+        howToOpen_->setText(
+            tr("“%1” is open. Double click or Return opens “%2”.").arg(text(shown->name), current->text(0)));
 }
 
 /// Sessions that were added after the first list come before it. A session that is opened or saved keeps its

@@ -38,6 +38,7 @@ class SessionsPanel : public QWidget {
     class Tree;
 
     void fill();
+    void showHowToOpen();
     std::vector<SessionInfo> inOrder();
     void makeRows(const std::vector<SessionInfo>& sessions);
     void showSession(const SessionInfo& session, QTreeWidgetItem& item);
@@ -64,6 +65,7 @@ class SessionsPanel : public QWidget {
 
     Desktop& desktop_;
     Tree* tree_;
+    QLabel* howToOpen_; ///< below the sessions, where another one than the open one is selected
     QLabel* empty_;
     Remark* problem_;
     std::vector<UUID> order_;                    ///< of the sessions

@@ -83,6 +83,9 @@ TEST(TimelineRuler, choosesTicksAndNamesThem) {
     for (const Case& one : {Case{600, 1200, 30}, Case{1200, 60, 60}, Case{300, 60, 300}, Case{70, 800, 10},
                             Case{1, 800, 0.5}, Case{10, 0, 60}})
         EXPECT_EQ(TimelineRuler::rulerInterval(one.duration, one.width), one.interval) << one.duration;
+    for (const Case& one :
+         {Case{60, 600 / 7200.0, 1800}, Case{60, 0.2, 300}, Case{60, 1e-9, 86400}, Case{30, 2, 30}})
+        EXPECT_EQ(TimelineRuler::legibleInterval(one.duration, one.width), one.interval) << one.width;
     EXPECT_EQ(TimelineRuler::formatTime(125.9), "2:05");
     EXPECT_EQ(TimelineRuler::formatTime(-5), "-0:05");
     EXPECT_EQ(TimelineRuler::formatTime(-0.5), "0:00");

@@ -76,8 +76,13 @@ void CameraStrip::paintEvent(QPaintEvent*) {
         painter.setFont(font());
         const QRect axis = axisRect();
         const double length = axis_.endSeconds - axis_.startSeconds;
-        const double step = length > 0 ? std::max(TimelineRuler::rulerInterval(length, axis.width()), 1.0)
-                                       : 0; // labels are whole seconds
+        const double perSecond = length > 0 ? axis.width() / length : 0;
+        const double step = perSecond > 0
+                                ? TimelineRuler::legibleInterval(
+                                      std::max(TimelineRuler::rulerInterval(length, axis.width()), 1.0),
+                                      perSecond)
+                                : 0; // labels are whole seconds
+        double freeFrom = 0;         // behind the label before
         for (double at = step > 0 ? std::ceil(axis_.startSeconds / step) * step : 1;
              step > 0 && at <= axis_.endSeconds; at += step) {
             const double x = axis.left() + axis_.x(at, axis.width());
@@ -88,7 +93,9 @@ void CameraStrip::paintEvent(QPaintEvent*) {
             // The last label is drawn before its tick if there is no room after it.
             const int labelWidth = painter.fontMetrics().horizontalAdvance(label) + space::tight;
             const double labelX = x + labelWidth > width() ? x - labelWidth : x + space::tight;
+            if (labelX < freeFrom) continue;
             painter.drawText(QPointF(labelX, rulerHeight - 7), label);
+            freeFrom = labelX + labelWidth + space::small;
         }
         const auto& heard = multicam_->bag().audioSourceMemberID();
         int y = rulerHeight;

@@ -3,6 +3,7 @@
 #include "OrvaneDesignKit/Theme.h"
 #include "OrvaneSyncApp/Controllers/TrackEditing.h"
 #include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncCore/Services/Timeline/TimelineRuler.h"
 
 #include <QHelpEvent>
 #include <QMouseEvent>
@@ -162,18 +163,20 @@ void TimelineCanvas::renderLayer(const QRectF& part) {
     if (layer_.size() != pixels) layer_ = QImage(pixels, QImage::Format_RGB32);
     layer_.setDevicePixelRatio(ratio);
     QPainter painter(&layer_);
-    const TimelineScene scene{.layout = *layout_,
-                              .tiles = tiles_,
-                              .pictures = pictures_,
-                              .rulerInterval = desktop_.controller().timeline().zoom().rulerInterval(),
-                              .pixelRatio = ratio,
-                              .soundHint = soundHint_,
-                              .selectedRange = selectedIndex(),
-                              .draftSpan = draft_,
-                              .draftTrack = draftTrack_,
-                              .dragText = dragText_,
-                              .dragTextX = dragTextX_,
-                              .loop = loop_};
+    const TimelineZoomState& zoom = desktop_.controller().timeline().zoom();
+    const TimelineScene scene{
+        .layout = *layout_,
+        .tiles = tiles_,
+        .pictures = pictures_,
+        .rulerInterval = TimelineRuler::legibleInterval(zoom.rulerInterval(), zoom.pixelsPerSecond()),
+        .pixelRatio = ratio,
+        .soundHint = soundHint_,
+        .selectedRange = selectedIndex(),
+        .draftSpan = draft_,
+        .draftTrack = draftTrack_,
+        .dragText = dragText_,
+        .dragTextX = dragTextX_,
+        .loop = loop_};
     painter.setClipRect(part);
     const TimelineGaps gaps = paintTimeline(painter, scene, part);
     if (std::exchange(isLayerStale_, false)) tiles_.want(gaps.tiles);

@@ -7,9 +7,13 @@ namespace orvane {
 /// The ruler of the timeline. Pure; any thread.
 namespace TimelineRuler {
 
-/// Seconds between ticks for `duration` seconds over `width` points: ticks are at least 60 points apart, and
-/// at most 5 minutes.
+/// Seconds between ticks for `duration` seconds over `width` points. Up to 5 minutes the ticks are at least
+/// 60 points apart; where these would be too close, the answer is a minute.
 double rulerInterval(double duration, double width);
+
+/// Seconds between the ticks that are drawn: `interval`, or as many minutes, half hours and hours as keep the
+/// labels 60 points apart. `pointsPerSecond` is above 0.
+double legibleInterval(double interval, double pointsPerSecond);
 
 /// Minutes and seconds, such as "2:05"; negative times have a minus sign.
 std::string formatTime(double seconds);

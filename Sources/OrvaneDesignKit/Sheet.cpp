@@ -124,7 +124,16 @@ void showToast(QWidget* window, const QString& text) {
     row->addWidget(new QLabel(text));
     toast->setAccessibleName(text);
     toast->adjustSize();
-    toast->move((window->width() - toast->width()) / 2, window->height() - toast->height() - space::large);
+    QRect place(toast->rect());
+    place.moveCenter({window->width() / 2, 0});
+    place.moveBottom(window->height() - space::large);
+    for (const auto* frame : window->findChildren<QFrame*>()) {
+        const auto* banner = dynamic_cast<const Banner*>(frame);
+        if (banner == nullptr || !banner->isVisible()) continue;
+        const QRect shown(banner->mapTo(window, QPoint()), banner->size());
+        if (shown.intersects(place)) place.moveBottom(shown.top() - space::small);
+    }
+    toast->move(place.topLeft());
     toast->show();
     QTimer::singleShot(shownFor, toast, [toast] { toast->deleteLater(); });
 }

@@ -43,8 +43,8 @@ class FullscreenWindow::Hint : public QWidget {
         if (!name.isEmpty()) words_.prepend(name + QStringLiteral("   ·   "));
         const QFontMetrics metrics(font());
         constexpr int inset = static_cast<int>(FullscreenManager::hintInset);
-        setGeometry(inset, inset, metrics.horizontalAdvance(words_) + metrics.averageCharWidth(),
-                    metrics.height());
+        setGeometry(inset, inset, metrics.horizontalAdvance(words_) + 2 * metrics.averageCharWidth(),
+                    metrics.height() + design::space::small);
         setAccessibleName(words_);
         shown_.start();
         opacity_ = FullscreenManager::hintOpacity(0);
@@ -57,8 +57,12 @@ class FullscreenWindow::Hint : public QWidget {
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
         painter.setOpacity(opacity_);
+        // The picture below may be as bright as the words.
+        QColor ground = design::colours().picture;
+        ground.setAlphaF(groundOpacity);
+        painter.fillRect(rect(), ground);
         painter.setPen(design::colours().onSelected);
-        painter.drawText(rect(), Qt::AlignLeft | Qt::AlignVCenter, words_);
+        painter.drawText(rect(), Qt::AlignCenter, words_);
     }
 
   private:
@@ -66,6 +70,8 @@ class FullscreenWindow::Hint : public QWidget {
         constexpr double milli = 1000;
         return static_cast<double>(shown_.elapsed()) / milli;
     }
+
+    static constexpr float groundOpacity = 0.75F;
 
     QString name_, words_;
     QElapsedTimer shown_;

@@ -34,8 +34,9 @@ namespace {
 QString lastClipsKey() { return QStringLiteral("list/lastClips"); }
 
 constexpr int searchWidth = 260;
-constexpr int wildTracksHeight = 170;
-constexpr int scrollRest = 60; ///< milliseconds
+constexpr int wildTracksHeight = 170, leastWildTracksHeight = 96;
+constexpr int shareOfWildTracks = 5; ///< at most a fifth of the height goes to them
+constexpr int scrollRest = 60;       ///< milliseconds
 constexpr platform::PictureSize thumbnailLimit{128, 72};
 
 struct FilterChoice {
@@ -164,7 +165,9 @@ ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
     workObservation_ = desktop_.controller().onChange([this, splitter](ImportField field) {
         // The clips get the height that the recordings do not need. If the user moved the border, it stays.
         if (field == ImportField::wildTracks) {
-            const int needed = std::min(wildTracksHeight, wildTracks_->neededHeight());
+            const int most =
+                std::clamp(height() / shareOfWildTracks, leastWildTracksHeight, wildTracksHeight);
+            const int needed = std::min(most, wildTracks_->neededHeight());
             if (std::exchange(wildTracksNeed_, needed) != needed)
                 splitter->setSizes({10 * wildTracksHeight, needed});
         }

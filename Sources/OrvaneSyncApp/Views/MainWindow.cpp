@@ -493,6 +493,8 @@ void MainWindow::updateStatus() {
         if (const int excluded = all.excludedWithSound + all.excludedWithoutSound; excluded > 0)
             sentence += tr(", %1 excluded").arg(excluded);
     }
+    if (pages_->currentWidget() == results_ && !sentence.isEmpty())
+        sentence += QStringLiteral(" · ") + tr("Double click or Return opens a clip");
     if (const std::size_t selected = isPlayingScreen() ? 0 : actedOn().size(); selected > 1)
         sentence = tr("%1 selected").arg(selected) + QStringLiteral(" · ") + sentence;
     status_->setText(sentence);

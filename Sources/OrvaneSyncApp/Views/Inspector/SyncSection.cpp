@@ -1,8 +1,10 @@
 #include "OrvaneSyncApp/Views/Inspector/SyncSection.h"
 
 #include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
+#include "OrvaneSyncApp/Views/Background.h"
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
 #include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncCore/Services/Naming/SyncClustering.h"
 
 #include <QGridLayout>
 #include <QLineEdit>
@@ -91,6 +93,7 @@ void SyncSection::makeAnchor() {
     buttons->addWidget(clapCheck_ = button(translated(orvane::label(ShortcutAction::clapCheck))));
     connect(clapCheck_, &QPushButton::clicked, this,
             [this] { review_->handleKeyAction(KeyAction::clapCheck); });
+    ofReview_ = review_->onChange([this] { showClapCheck(); }); // a clap is found
     ofEngine_ = review_->engine()->onChange([this](VideoEngineField field) {
         if (field == VideoEngineField::transport || field == VideoEngineField::loop) showClapCheck();
     });
@@ -101,11 +104,11 @@ void SyncSection::makeAnchor() {
 void SyncSection::makeDecisions() {
     auto* buttons = new FlowLayout;
     buttons->addWidget(lock_ = commandButton("toggleLocked", tr("Lock")));
-    buttons->addWidget(commandButton("lockAllInCluster", {}, [this] {
-        JSON arguments = JSON::object();
-        arguments.set("of", clipID().text());
-        run("lockAllInCluster", std::move(arguments));
-    }));
+    buttons->addWidget(lockAll_ = commandButton("lockAllInCluster", {}, [this] {
+                           JSON arguments = JSON::object();
+                           arguments.set("of", clipID().text());
+                           run("lockAllInCluster", std::move(arguments));
+                       }));
     buttons->addWidget(approve_ = commandButton("toggleApproved"));
     approve_->setCheckable(true);
     approve_->setIcon(icon(Glyph::approve));
@@ -113,11 +116,41 @@ void SyncSection::makeDecisions() {
     add(lockedAt_ = facts({}));
 }
 
+void SyncSection::lookForCameras(const SyncGroup& clip) {
+    std::pair of(clip.id, clip.clipName + clip.manualClipName.value_or(""));
+    if (camerasOf_ == of) return;
+    camerasOf_ = std::move(of);
+    const platform::SettingsStore& store = desktop().settings();
+    // The names of all clips are made for this.
+    inBackground(
+        this,
+        [groups = desktop().controller().work().syncGroups(), id = clip.id,
+         source = store.get(settings::clipNamingSource), pattern = store.get(settings::customNamingPattern)] {
+            const SyncClustering::Index takes(groups, source, pattern);
+            std::optional<std::size_t> own;
+            for (std::size_t i = 0; i < groups.size() && !own; ++i)
+                if (groups[i].id == id) own = i;
+            for (std::size_t i = 0; own && i < groups.size(); ++i)
+                if (i != *own && takes.key(i) == takes.key(*own) && takes.shoot(i) == takes.shoot(*own))
+                    return true;
+            return false;
+        },
+        [this, id = clip.id](bool hasOthers) {
+            if (!camerasOf_ || camerasOf_->first != id) return;
+            lockAll_->setEnabled(hasOthers);
+            lockAll_->setToolTip(hasOthers ? translated(desktop().command("lockAllInCluster").help)
+                                           : tr("This clip is the only camera of its take."));
+        });
+}
+
 void SyncSection::showClapCheck() {
-    const bool can = review_->canCheckClap();
+    const bool isClapKnown = review_->clapSeconds() || review_->engine()->loop().isLooping;
+    const bool can = review_->canCheckClap() && isClapKnown;
     clapCheck_->setEnabled(can);
-    const std::string reason =
-        !shown_ || shown_->noCheck.empty() ? "The clip is not loaded." : shown_->noCheck;
+    const std::string reason = !isClapKnown
+                                   ? "There is no clap point yet; the key of the loop plays around 3 s."
+                               : !shown_ || shown_->noCheck.empty() ? "The clip is not loaded."
+                                                                    : shown_->noCheck;
     clapCheck_->setToolTip(translated(can ? helpText(ShortcutAction::clapCheck) : std::string_view(reason)));
 }
 
@@ -140,6 +173,7 @@ void SyncSection::show(const SyncGroup& clip) {
     const bool isSame = shown_ == part;
     shown_ = part;
     showClapCheck();
+    lookForCameras(clip);
     if (isSame) return;
     setSummary(part.isLocked ? tr("%1 f, locked").arg(text(part.offsetShown))
                              : tr("%1 f").arg(text(part.offsetShown)));

@@ -26,6 +26,8 @@ class SyncSection : public InspectorSection {
     QString moveTo(const TypedNumber& typed);
     void moveBy(double seconds);
     void showClapCheck();
+    /// Whether other cameras would be locked with this one.
+    void lookForCameras(const SyncGroup& clip);
 
     const std::shared_ptr<ReviewViewModel> review_;
     std::optional<SyncPart> shown_;
@@ -33,8 +35,10 @@ class SyncSection : public InspectorSection {
     QLabel *methodText_, *begins_, *anchor_, *anchorHint_, *lockedAt_, *wholeFrames_;
     design::EntryField *frames_, *seconds_;
     QPushButton *goToAnchor_, *putOnFrame_, *clearAnchor_, *updateAnchor_, *searchAnchor_, *clapCheck_,
-        *lock_, *approve_;
-    platform::Subscription ofEngine_;
+        *lock_, *lockAll_, *approve_;
+    std::optional<std::pair<UUID, std::string>>
+        camerasOf_; ///< the clip whose cameras were looked for, with its names
+    platform::Subscription ofEngine_, ofReview_;
 };
 
 /// The frame rate of the sensor, and what is exported in addition for an off-speed clip.

@@ -215,6 +215,9 @@ QWidget* ExportSheet::makeOptions() {
     choices->setVerticalSpacing(space::small);
     choices->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     choices->addRow(translated(trimming.label), length);
+    choices->addRow(QString(),
+                    facts(tr("Common begins with the picture and ends with the shorter of picture and "
+                             "sound; overlap is what both have. The media files stay whole.")));
     section->add(choices);
     version_ = new Choice;
     version_->setAccessibleName(tr("Version of the document"));
@@ -300,7 +303,14 @@ void ExportSheet::showForecast() {
     if (tracks > 0)
         sentence += tr(", %1").arg(
             translatedSentence(counted(tracks, "recording without picture", "recordings without picture")));
-    forecast_->setText(sentence + tr("."));
+    const auto verified = [&work](auto holds) {
+        return std::ranges::count_if(work.syncGroups(), [&](const SyncGroup& clip) {
+            return clip.matchStatus.isSettled() && !clip.isExcludedFromExport && holds(clip);
+        });
+    };
+    forecast_->setText(sentence + tr(". %1 locked, %2 marked as synced.")
+                                      .arg(verified([](const SyncGroup& clip) { return clip.isLocked; }))
+                                      .arg(verified([](const SyncGroup& clip) { return clip.isApproved; })));
     QStringList notes;
     if (!missing_.isEmpty()) notes << missing_;
     const auto coverage = ExportPreview::smartAudioCoverage(work.syncGroups(), now.smartAudioResults);

@@ -15,14 +15,19 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QContextMenuEvent>
 #include <QDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+#include <QMenu>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTest>
+#include <QTimer>
+
+#include <algorithm>
 
 namespace orvane::views {
 namespace {
@@ -91,6 +96,28 @@ class InspectorTest : public testing::Test {
     std::shared_ptr<ReviewViewModel> review_;
     std::unique_ptr<InspectorView> inspector_;
 };
+
+TEST_F(InspectorTest, aRightClickInTheOutlineActsOnAClipWithoutOpeningIt) {
+    bool isOpened = false;
+    OutlineView outline(
+        *desktop_, [&](const UUID&) { isOpened = true; }, [] {});
+    outline.show();
+    QTimer::singleShot(0, [&] {
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        ASSERT_NE(menu, nullptr);
+        for (QAction* entry : menu->actions())
+            if (entry->text() == text(desktop_->command("toggleExcludedFromExport").title)) entry->trigger();
+        menu->close();
+    });
+    QListView& list = *outline.list();
+    const QPoint at = list.visualRect(list.model()->index(list.model()->rowCount() - 1, 0)).center();
+    QContextMenuEvent click(QContextMenuEvent::Mouse, at, list.viewport()->mapToGlobal(at));
+    QApplication::sendEvent(list.viewport(), &click);
+    EXPECT_EQ(
+        std::ranges::count_if(desktop_->controller().work().syncGroups(), &SyncGroup::isExcludedFromExport),
+        1);
+    EXPECT_FALSE(isOpened);
+}
 
 TEST_F(InspectorTest, fieldsCommitOnReturnRestoreOnEscapeAndSayWhatIsWrong) {
     open("A001C001");

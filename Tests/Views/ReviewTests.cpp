@@ -16,22 +16,18 @@
 #include "Support/Test.h"
 #include "Views/Application.h"
 
-#include <QAction>
 #include <QComboBox>
-#include <QContextMenuEvent>
 #include <QInputMethodEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QListWidget>
-#include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QTableView>
-#include <QTimer>
 
 #include <filesystem>
 
@@ -478,23 +474,6 @@ TEST_F(ReviewTest, ArrowsInTheListOpenTheClipThatTheyMark) {
     press(Qt::Key_3, Qt::AltModifier);
     EXPECT_TRUE(window_->results().isVisible());
     EXPECT_LT(window_->results().table()->model()->rowCount(), 3) << "the filter has a key";
-}
-
-TEST_F(ReviewTest, ARightClickInTheListActsOnAClipThatIsNotInView) {
-    open();
-    QListView& list = *window_->review().outline().list();
-    const QModelIndex last = list.model()->index(list.model()->rowCount() - 1, 0);
-    QTimer::singleShot(0, [&] {
-        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-        ASSERT_NE(menu, nullptr);
-        for (QAction* entry : menu->actions())
-            if (entry->text() == text(desktop_->command("toggleExcludedFromExport").title)) entry->trigger();
-        menu->close();
-    });
-    const QPoint at = list.visualRect(last).center();
-    QContextMenuEvent click(QContextMenuEvent::Mouse, at, list.viewport()->mapToGlobal(at));
-    QApplication::sendEvent(list.viewport(), &click);
-    EXPECT_TRUE(clip(2).isExcludedFromExport && isOnScreen(0));
 }
 
 TEST_F(ReviewTest, WhatIsDecidedWithoutThePictureIsSaidInItsPlace) {

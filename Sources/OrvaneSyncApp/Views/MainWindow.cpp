@@ -160,7 +160,8 @@ void MainWindow::observe() {
     desktop_.whenRefused = [this](const QString& why) { showPageBanner(Signal::missing, why); };
     desktop_.tellBriefly = [this](const QString& why) {
         showToast(this, why);
-        menus_->noteRefusedKey();
+        // A message beside a change tells what a key did.
+        if (!isUpdateScheduled_) menus_->noteRefusedKey();
     };
     desktop_.whenScanWanted = [this] {
         if (desktop_.isEnabled("startScan")) startScan();

@@ -215,9 +215,8 @@ QWidget* ExportSheet::makeOptions() {
     choices->setVerticalSpacing(space::small);
     choices->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     choices->addRow(translated(trimming.label), length);
-    choices->addRow(QString(),
-                    facts(tr("Common begins with the picture and ends with the shorter of picture and "
-                             "sound; overlap is what both have. The media files stay whole.")));
+    length->setToolTip(tr("Common begins with the picture and ends with the shorter of picture and sound; "
+                          "overlap is what both have. The media files stay whole."));
     section->add(choices);
     version_ = new Choice;
     version_->setAccessibleName(tr("Version of the document"));

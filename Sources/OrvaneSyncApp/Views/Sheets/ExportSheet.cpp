@@ -307,9 +307,11 @@ void ExportSheet::showForecast() {
             return clip.matchStatus.isSettled() && !clip.isExcludedFromExport && holds(clip);
         });
     };
-    forecast_->setText(sentence + tr(". %1 locked, %2 marked as synced.")
-                                      .arg(verified([](const SyncGroup& clip) { return clip.isLocked; }))
-                                      .arg(verified([](const SyncGroup& clip) { return clip.isApproved; })));
+    const auto locked = verified([](const SyncGroup& clip) { return clip.isLocked; });
+    const auto marked = verified([](const SyncGroup& clip) { return clip.isApproved; });
+    // Short, so that it stays in one line.
+    forecast_->setText(sentence + (marked > 0 ? tr(". %1 locked, %2 marked.").arg(locked).arg(marked)
+                                              : tr(". %1 locked.").arg(locked)));
     QStringList notes;
     if (!missing_.isEmpty()) notes << missing_;
     const auto coverage = ExportPreview::smartAudioCoverage(work.syncGroups(), now.smartAudioResults);

@@ -85,7 +85,7 @@ class Badge : public QWidget {
 class Banner : public QFrame {
   public:
     explicit Banner(QWidget* parent = nullptr);
-    /// Without a text for a button there is no such button.
+    /// A button without a text is not shown.
     void show(Signal signal, const QString& text, const QString& buttonText = {},
               std::function<void()> action = {}, const QString& otherText = {},
               std::function<void()> otherAction = {});

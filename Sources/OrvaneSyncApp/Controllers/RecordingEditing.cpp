@@ -248,7 +248,7 @@ platform::Task RecordingEditing::keep(std::weak_ptr<RecordingEditing> weak, Sync
         WithDecisions made = co_await laying;
         self = weak.lock();
         if (!self || self->scan_.scanResult() != scanned.scanned) co_return;
-        // An analysis that follows the scan may have written into clips meanwhile.
+        // An analysis that started after the scan may have changed clips meanwhile.
         if (!self->work_.syncGroups().changesSince(scanned.groups).empty() ||
             self->work_.sharedWildTracks() != scanned.wildTracks)
             continue;

@@ -41,9 +41,9 @@ class RecordingEditing {
     platform::Task resyncClip(UUID groupID);
     platform::Task resyncAllClips();
 
-    /// After a scan that took the place of these clips, before another step: gives what was decided of them
-    /// to the clips that have their camera files (`withDecisionsOf`), as a step. What Smart Audio heard of
-    /// them is back, too.
+    /// To be called after a scan has replaced the `earlier` clips, and before another step. Gives their
+    /// decisions to the clips with the same camera files (`withDecisionsOf`), as one step. Also restores
+    /// their Smart Audio results.
     platform::Task keepDecisions(SyncGroupList earlier);
 
     void renameWildTrack(UUID id, std::string_view name);

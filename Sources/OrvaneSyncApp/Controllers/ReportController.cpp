@@ -24,10 +24,10 @@ std::function<bool(SyncGroupList&)> inOneGroup(UUID groupID, bool (*clear)(SyncG
     };
 }
 
-/// The column by which the fewest rows are left, if these are fewer than `rowsLeft`; empty: none.
+/// The column by which the fewest rows match no clip, if they are fewer than `rowsLeft`; empty: none.
 std::string columnThatNamesMore(const ALEFile& report, const SyncGroupList& groups, std::size_t rowsLeft,
                                 const std::stop_token& stop) {
-    constexpr std::size_t mostRows = 20'000; // a report of that many is not read again for every column
+    constexpr std::size_t mostRows = 20'000; // a longer report is not matched by every column
     std::string best;
     if (report.clipCount() > mostRows) return best;
     const std::vector<bool> hasText = report.columnsWithText();
@@ -44,7 +44,7 @@ std::string columnThatNamesMore(const ALEFile& report, const SyncGroupList& grou
     return best;
 }
 
-/// A report, or why there is none.
+/// A report, or why it could not be read.
 struct Reading {
     std::shared_ptr<const ALEFile> report;
     std::optional<std::string> problem;

@@ -27,10 +27,10 @@ class ReportController {
     const std::optional<std::string>& aleImportError() const { return aleImportError_; }
     /// The rows of the loaded report that matched none of the clips when it was last applied.
     const std::vector<std::size_t>& rowsWithoutClip() const { return rowsWithoutClip_; }
-    /// Of the loaded report, the column by which more of its rows name a clip than by the match setting;
-    /// empty: none.
+    /// The column by which more rows of the loaded report match a clip than by the match setting; empty:
+    /// none.
     const std::string& betterColumn() const { return betterColumn_; }
-    /// The last message of a report merge; absent without a report.
+    /// The message of the last merge of a report; absent without a report.
     const std::optional<std::string>& aleMatchStatus() const { return aleMatchStatus_; }
 
     /// Reads a report and applies it to the clips; if there are none yet, the next scan applies it. A failure
@@ -70,8 +70,8 @@ class ReportController {
     int lockitMetadataClipCount() const;
 
     ALEMatchStrategy aleMatchStrategyFromDefaults() const;
-    /// How many clips got a row; with a hint where they are so few that the strategy may be wrong, unless
-    /// each row has named a clip.
+    /// Says how many clips got a row, with a hint if they are so few that the strategy may be wrong.
+    /// `areRowsLeft`: some rows matched no clip; if false, there is no hint.
     static std::string aleMatchStatusMessage(const MetadataMerger::MergeResult& result,
                                              const ALEMatchStrategy& strategy, bool areRowsLeft = true);
 

@@ -36,9 +36,9 @@ struct Resynced {
 std::optional<Resynced> resynced(const WorkFiles& files, const SourceCorrections& corrections,
                                  const std::stop_token& stop);
 
-/// The clips of a scan with what was decided of those with the same camera file before it: such a clip is the
-/// earlier one, with the recordings of the scan. A locked one keeps those that it was locked with, and so
-/// does one whose recording was attached by hand and is not found for it.
+/// The clips of a scan, with the decisions of the earlier clips that have the same camera file: such a clip
+/// is the earlier clip, with the recordings of the scan. A locked clip keeps its recordings. A clip also
+/// keeps them if its recording was attached manually and the scan did not match that recording to it.
 struct WithDecisions {
     SyncGroupList groups;
     std::shared_ptr<const std::vector<WildTrack>> wildTracks;
@@ -46,8 +46,8 @@ struct WithDecisions {
 WithDecisions withDecisionsOf(const SyncGroupList& earlier, const WorkFiles& scanned,
                               const std::stop_token& stop);
 
-/// Gives the clip the recordings of `matched`, and its decisions what they stand for in these. Where the
-/// editor chose another recording than `matched` has in front, that one stays chosen if it is still there.
+/// Gives the clip the recordings of `matched`, and adapts its decisions to them. If the editor chose another
+/// recording than the first of `matched`, that one stays chosen if it is still there.
 void layMatches(SyncGroup& group, const SyncGroup& matched);
 
 /// A recording that a clip uses is no wild track; a recording that was removed from clips becomes one when no

@@ -248,8 +248,8 @@ platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID ses
     const auto work = controller.lock();
     if (!self || !work || !*read || self->openings_ != opening || stop.stop_requested()) co_return;
     self->keepDecisionsOf(*work);
-    self->leaveSession(); // what was edited meanwhile is saved where it belongs
-    // What the disk says of a session whose copy is opened was not read, so that a save keeps it.
+    self->leaveSession(); // edits made meanwhile are saved in the session that they belong to
+    // If a copy is opened, the clips that the session has on the disk were not read. A save keeps their file.
     self->writes_->opened(sessionId, elsewhere ? SessionStore::Groups() : (*read)->groups);
     self->open(sessionId, std::move(**read), *work);
     if (elsewhere) self->save(*work);

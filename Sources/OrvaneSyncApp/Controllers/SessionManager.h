@@ -36,16 +36,17 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
 
     /// Why the last writing of the session failed.
     std::optional<std::string> saveError(const UUID& sessionId) const;
-    /// A session of which something is not on the disk.
+    /// A session with changes that are not on the disk.
     struct Unsaved {
         UUID id;
         std::string name;
-        std::size_t clips = 0; ///< with changes that are not there
-        std::string failure;   ///< as `saveError`; empty where its writing has not failed yet
+        std::size_t clips = 0; ///< with changes that are not on the disk
+        std::string failure;   ///< as `saveError`; empty if its writing has not failed yet
     };
     std::vector<Unsaved> unsaved() const;
-    /// Writes a copy of these into another folder, each as its own folder, which `loadCopy` opens. Does not
-    /// wait for the disk that they belong on. The task throws FileError where that fails as well.
+    /// Writes copies of the sessions whose clips are not saved into another folder. `loadCopy` opens the
+    /// folder of such a copy. Does not wait for the disk of the sessions. The task throws FileError if the
+    /// writing fails.
     platform::Task saveCopies(std::string folder) const { return writes_->writeCopies(std::move(folder)); }
     SessionFolderList& folders() { return *folders_; }
     SessionPlaces& places() { return places_; }
@@ -79,9 +80,9 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
     /// clips (`problem`), and their file is kept. A later call replaces one that is still reading; a call
     /// that is stopped leaves the work unchanged.
     platform::Task load(UUID sessionId, const std::shared_ptr<ImportController>& controller);
-    /// Opens the folder of a session that lies elsewhere, and saves it as the session of its id: clips that
-    /// this one has stay beside them as `groups.json.other`. Throws FileError where the folder is not named
-    /// as one of a session.
+    /// Opens the folder of a session that was saved elsewhere, and saves it as the session with its id. If
+    /// that session has clips on the disk, their file is kept as `groups.json.other`. Throws FileError if
+    /// the folder does not have the name of a session folder.
     platform::Task loadCopy(const std::string& path, const std::shared_ptr<ImportController>& controller);
     platform::Task loadMostRecentSession(std::shared_ptr<ImportController> controller);
     /// Makes empty work under a new id and saves it at once. The task is that of `save`.

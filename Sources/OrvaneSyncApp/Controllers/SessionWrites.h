@@ -42,10 +42,10 @@ class SessionWrites : public std::enable_shared_from_this<SessionWrites> {
     const std::map<UUID, std::string>& failures() const { return failures_; }
     /// Null if nothing waits.
     const UnwrittenSession* find(const UUID& id) const;
-    /// Of the session's clips, those that are not on the disk as they are.
+    /// The number of the session's clips that are new or changed since the last successful write.
     std::size_t unwrittenClips(const UUID& id) const;
-    /// Writes the sessions whose clips wait into another folder, beside the queue, which may wait for its
-    /// disk. Throws FileError.
+    /// Writes the sessions whose clips are not written yet into another folder. Does not use the queue of the
+    /// other writes, which may be waiting for its disk. The task throws FileError.
     platform::Task writeCopies(std::string folder) const;
 
     /// Notes a change; `info` is shown with it. For a save `work` is set.
@@ -91,7 +91,7 @@ class SessionWrites : public std::enable_shared_from_this<SessionWrites> {
     std::map<UUID, std::uint64_t> generation_;
     std::map<UUID, UnwrittenSession> unwritten_;
     std::map<UUID, std::string> failures_;
-    std::map<UUID, SyncGroupList> onDisk_; ///< clips of the sessions that are open or not written yet
+    std::map<UUID, SyncGroupList> onDisk_; ///< last written clips of the sessions that are open or waiting
     std::set<UUID> removing_;
     std::vector<platform::Task> tasks_;
     int finishing_ = 0; ///< running tasks of `finish`

@@ -53,7 +53,7 @@ void SmartAudioCaches::removeAll() {
 void SmartAudioCaches::leaveClips() {
     constexpr std::size_t mostClips = 20'000;
     if (left_.results.size() > mostClips) left_ = {};
-    // Of a clip that was left before, the latest.
+    // If a clip has older kept results, the latest ones replace them.
     const auto keep = [](auto& latest, auto& kept) {
         latest.merge(kept);
         kept = std::exchange(latest, {});
@@ -71,7 +71,7 @@ void SmartAudioCaches::recall(const SyncGroupList& clips) {
         auto node = from.extract(groupID);
         if (!node) return;
         to.insert(std::move(node));
-        setAside_.clips = {}; // they do not include this one
+        setAside_.clips = {}; // that list does not include this clip
     };
     for (const SyncGroup& clip : clips) {
         move(left_.results, setAside_.results, clip.id);

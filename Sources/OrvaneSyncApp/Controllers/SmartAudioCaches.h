@@ -36,7 +36,7 @@ struct AnalysisInput {
     bool operator==(const AnalysisInput&) const = default;
 };
 
-/// What one analysis asks of every clip.
+/// The options of one analysis, the same for every clip.
 struct SmartAudioTerms {
     SmartAudioMode mode = SmartAudioMode::standard;
     std::optional<SmartAudioConfig> config;
@@ -45,15 +45,15 @@ struct SmartAudioTerms {
     bool operator==(const SmartAudioTerms&) const = default;
 };
 
-/// What the result of a clip was made from.
+/// The input and the options with which a clip was routed, and the result.
 struct RoutedClip {
     AnalysisInput input;
     SmartAudioTerms terms;
-    std::vector<BlockDecision> blocks; ///< in take time, without the ranges that were chosen by hand
+    std::vector<BlockDecision> blocks; ///< in take time, without the ranges that the editor chose
 };
 
-/// What was emptied of the state because other clips took the place of these: by a step that was taken back,
-/// a scan or another session.
+/// What was removed from the state because a step was undone, or because a scan or another session replaced
+/// the clips.
 struct SmartAudioSetAside {
     SmartAudioResults results;
     std::unordered_map<UUID, RoutedClip> routed;
@@ -87,10 +87,11 @@ class SmartAudioCaches {
     SmartAudioSetAside takeSetAside() { return std::exchange(setAside_, {}); }
     /// Called when the clips are gone.
     void removeAll();
-    /// Other clips take the place of these, which may come back: empties all, and keeps the results by clip.
-    /// Of very many clips only the latest.
+    /// To be called when other clips replace these. Empties everything, but keeps the results by clip,
+    /// because the clips may come back. If the results of very many clips are kept already, these are
+    /// discarded.
     void leaveClips();
-    /// What was kept of these clips is set aside for `takeSetAside`.
+    /// Moves the kept results of these clips to those that `takeSetAside` returns.
     void recall(const SyncGroupList& clips);
 
     /// How often the results of the clip were discarded for good: a result from before such a removal is out
@@ -100,7 +101,7 @@ class SmartAudioCaches {
   private:
     OpenWork& work_;
     SmartAudioSetAside setAside_;
-    SmartAudioSetAside left_; ///< of clips that are not in the work
+    SmartAudioSetAside left_; ///< kept by `leaveClips`
     std::uint64_t removalsOfAll_ = 0;
     std::unordered_map<UUID, std::uint64_t> removals_;
 };

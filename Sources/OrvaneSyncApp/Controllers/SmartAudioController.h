@@ -33,12 +33,14 @@ class SmartAudioController {
     platform::Task reanalyseIfKnown(const UUID& groupID);
     /// The same for all clips that were analysed.
     platform::Task reanalyseAll();
-    /// What the clip's result was made with; null without one.
+    /// The options of the analysis that made the clip's result; null without a result.
     const SmartAudioTerms* termsOf(const UUID& groupID) const;
-    /// Whether the clip's result was made with other settings than those of now, in whichever mode.
+    /// Whether the clip's result was made with other settings than the present ones. Another mode does not
+    /// count.
     bool isOutdated(const UUID& groupID) const;
     std::size_t outdatedCount() const;
-    /// After the sound of a clip was moved: ranges by hand keep their place in the picture.
+    /// To be called after the sound of a clip was moved: the editor's ranges keep their position in the
+    /// picture.
     void reapplyRanges(const UUID& groupID) { runs_.reapplyRanges(groupID); }
 
     /// To be called within an undo or redo: removes what was made from the clips. On the next turn of the

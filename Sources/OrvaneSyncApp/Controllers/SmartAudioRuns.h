@@ -17,8 +17,8 @@
 
 namespace orvane {
 
-/// The analyses under way. Each reads the first recording of its clips once, leaves the results in the
-/// caches and switches on the tracks of their blocks, unless the editor chose tracks by hand. None fails.
+/// The running analyses. Each reads the first recording of its clips once, writes the results to the caches
+/// and switches on the tracks of their blocks, unless the editor chose tracks. None fails.
 class SmartAudioRuns {
   public:
     SmartAudioRuns(OpenWork& work, SmartAudioCaches& caches, RenderedAudioController& rendered);

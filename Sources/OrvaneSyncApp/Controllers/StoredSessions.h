@@ -24,10 +24,10 @@ class StoredSessions {
     platform::Task readLists(std::shared_ptr<StoredLists> lists) const;
     /// Leaves `session` empty if there is no such session. A stopped call still reads to the end.
     platform::Task read(const UUID& id, std::shared_ptr<std::optional<StoredSession>> session) const;
-    /// The same for a session whose folder lies in another one, `elsewhere`.
+    /// The same for a session whose folder is in the folder `elsewhere`.
     platform::Task readCopy(const UUID& id, const std::string& elsewhere,
                             std::shared_ptr<std::optional<StoredSession>> session) const;
-    /// Leaves the first of the candidates whose media lay in just these folders; absent where none did.
+    /// Writes the first of the candidates whose media were in exactly these folders; absent if there is none.
     platform::Task find(std::vector<UUID> candidates, const std::vector<FileURL>& folders,
                         std::shared_ptr<std::optional<UUID>> found) const;
 

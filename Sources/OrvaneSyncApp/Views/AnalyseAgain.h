@@ -4,7 +4,7 @@
 
 namespace orvane::views {
 
-/// Analyses all clips in the mode of the settings; channels that somebody has chosen stay.
+/// Analyses all clips in the mode of the settings. Tracks that the editor chose stay.
 void runSmartAudioAgain(Desktop& desktop);
 
 } // namespace orvane::views

@@ -20,11 +20,11 @@ namespace orvane::views {
 
 namespace {
 
-constexpr int looksOfStall = 10; // one a second
+constexpr int looksOfStall = 10; // one each second
 
 QString leftUnsavedKey(const UUID& session) { return QStringLiteral("unsaved/") + text(session.text()); }
 
-/// The path that a message "groups.json: can't write PATH: why" names.
+/// The path in a message of the form "groups.json: can't write PATH: why".
 std::string pathIn(std::string_view failure) {
     const std::size_t begin = failure.find('/');
     const std::size_t end = begin == std::string_view::npos ? begin : failure.find(": ", begin);
@@ -34,7 +34,7 @@ std::string pathIn(std::string_view failure) {
 } // namespace
 
 QString whyNotSaved(const std::string& failure) {
-    // The folder of all sessions: what lies below it is named by numbers.
+    // Shows only the folder of all sessions, because the folders in it have ids as names.
     std::string place = pathIn(failure);
     if (const std::size_t own = place.find(".orvanesync"); own != std::string::npos)
         place = place.substr(0, place.rfind('/', own));

@@ -12,12 +12,12 @@ class QMessageBox;
 
 namespace orvane::views {
 
-/// The end of the program: once all is on the disk. Where the disk refuses something, or nothing that is
-/// written gets any further for 10 s, the window comes back and asks. What is tried again meanwhile and
-/// succeeds ends the program without an answer.
+/// Ends the program when everything is saved. If a write fails, or if no write makes progress for 10 s, the
+/// window is shown again and asks the user what to do. If a later attempt to save succeeds before the answer,
+/// the program ends without one.
 class Leaving {
   public:
-    /// `end` ends the program. All outlive it.
+    /// `end` ends the program. `desktop` and `window` must outlive this object.
     Leaving(Desktop& desktop, QWidget& window, std::function<void()> end);
     void begin();
 
@@ -31,15 +31,16 @@ class Leaving {
     QTimer look_;
     platform::StalledWrites writes_;
     QPointer<QMessageBox> box_;
-    bool isAsked_ = false; ///< the end, and nobody has decided to go on working
+    bool isAsked_ = false; ///< the user asked for the end, and has not cancelled it
     platform::Subscription observation_;
 };
 
-/// What a session's writing failed at, in the words of who can cure it: "the disk with /home/x/… is full".
+/// The reason why a session could not be written, in words that help the user: "the disk with /home/x/… is
+/// full".
 QString whyNotSaved(const std::string& failure);
 
-/// Of the session that was left with changes that are on no disk, how many clips had some; forgets it. 0: of
-/// none.
+/// The number of the session's clips whose changes were not saved when the program was quit; 0: none. Forgets
+/// the number.
 int takeLeftUnsaved(const UUID& session);
 
 } // namespace orvane::views

@@ -26,7 +26,7 @@ void MainWindow::showAnalysisBanner() {
     if (state.isAnalyzing && !wasAnalysing_ && !clips.empty()) analysed_ = clips.front().id;
     if (!std::exchange(wasAnalysing_, state.isAnalyzing) || state.isAnalyzing) return;
     if (desktop_.controller().smartAudio().outdatedCount() == 0) forget(outdated_);
-    // Of one clip the timeline says it; of other work than the open one there is nothing to say.
+    // For a single clip the timeline shows the result. Results of work that is not open are not reported.
     const bool isOfOpenWork = analysed_ && clips.find(*analysed_) != nullptr;
     if (std::exchange(analysedClips_, 0) < 2 || !isOfOpenWork) return;
     if (const auto warning = unheardWarning(WorkSnapshot(desktop_.controller())))

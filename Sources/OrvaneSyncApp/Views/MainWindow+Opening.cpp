@@ -63,7 +63,7 @@ bool isProject(const QStringList& paths) {
     return paths.size() == 1 && paths.first().endsWith(QStringLiteral(".orvanesync"));
 }
 
-/// The tracks that an analysis has chosen are stored with the clips, what it heard is not.
+/// Sessions store the tracks that an analysis has chosen, but not its results.
 bool mustListenAgain(const ImportController& controller) {
     return std::ranges::any_of(controller.work().syncGroups(), [&](const SyncGroup& clip) {
         return clip.tracksManuallyEdited == false &&
@@ -132,7 +132,7 @@ void MainWindow::leaveBannerOfOtherSession() {
     banner_->clear();
     showSessionProblem();
     if (desktop_.sessions().problem()) return;
-    // What the start opens says more of itself.
+    // At the start, `showOpenedBanner` says this and more.
     if (!opening_ && mustListenAgain(desktop_.controller()))
         banner_->show(Signal::none,
                       tr("Smart Audio has to listen to the clips of “%1” again.").arg(text(session->name)));

@@ -173,7 +173,7 @@ void MainWindow::observe() {
         if (field == ImportField::report) showReportBanner();
         if (field == ImportField::smartAudio) showAnalysisBanner();
         if (field == ImportField::undoState) forgetLostDecisions();
-        // Many fields change at once; the window follows when they all stand.
+        // Many fields change together; the window is updated once, after all have changed.
         if (std::exchange(isUpdateScheduled_, true)) return;
         QMetaObject::invokeMethod(
             this,
@@ -209,7 +209,7 @@ void MainWindow::observe() {
                     if (self) self->showOutdatedBanner();
                 });
         });
-    // A clip that leaves the work leaves its screen.
+    // If a clip is removed from the work, its screen is closed.
     reviewObservation_ = desktop_.players().review()->onChange([this] {
         if (isInFront(review_) && !isOpening_ && !review_->clip()) showResults();
     });

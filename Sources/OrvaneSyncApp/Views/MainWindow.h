@@ -41,7 +41,7 @@ class MainWindow : public QMainWindow {
 
     /// Sets the folders and scans them.
     void scanFolders(const QStringList& paths);
-    /// The file of one, or the folder of a session that was saved elsewhere.
+    /// `path`: a project's file, or the folder of a session that was saved elsewhere.
     void openProject(const QString& path);
     /// Opens it as it was when the program ended. If it cannot be read, or if opening it ended the program
     /// the last time, the start page stays and says so.
@@ -72,17 +72,18 @@ class MainWindow : public QMainWindow {
     void leavePlayers();
     void observe();
     void startScan();
-    /// After a scan that took decisions away, with the way back.
+    /// After a scan that removed decisions; offers to keep them or to undo the scan.
     void showLostBanner(const ClipDecisions& before, const SyncGroupList& clipsBefore);
-    /// The second button of that.
+    /// Gives the decisions of the clips before the scan to the clips of the scan.
     void keepDecisions(const ClipDecisions& before, const SyncGroupList& clipsBefore);
-    /// Once the scan is taken back.
+    /// Removes that message if the scan was undone.
     void forgetLostDecisions();
-    /// Which clips were analysed with other settings than those of now.
+    /// Says how many clips were analysed with other settings than the present ones.
     void showOutdatedBanner();
-    /// What is wrong with the open session, and of clips that were kept beside it how to see them.
+    /// Shows what is wrong with the open session. If other clips were kept beside it, offers to explain how
+    /// to see them.
     void showSessionProblem();
-    /// Where the folders that are scanned are those of a session.
+    /// If the scanned folders are those of a stored session, offers to open it.
     void offerKnownSession();
     /// While a scan runs, shows a message and returns true, because other folders would end the scan.
     bool refusesDuringScan();
@@ -95,7 +96,7 @@ class MainWindow : public QMainWindow {
     void showOpenedBanner(const SessionInfo& session);
     void openProjectFile(const QString& path);
     void openCopyOfSession(const QString& path);
-    /// What a project does not bring.
+    /// Shows which parts of a project were not applied.
     void showProjectBanner();
     /// Folders that are named or dropped replace the session that is opened at the start.
     void stopOpening();
@@ -111,7 +112,7 @@ class MainWindow : public QMainWindow {
     void showFolderSettingsBanner();
     /// Shows how many clips the loaded report has matched, with access to the rows that matched none.
     void showReportBanner();
-    /// Lays it over the clips again.
+    /// Makes this column the match setting, and applies the report to the clips again.
     void matchReportBy(const std::string& column);
     void showPage();
     /// Gives the keyboard to the screen in front; in the list, to its rows.
@@ -163,13 +164,13 @@ class MainWindow : public QMainWindow {
     std::optional<ResultsView::Listing> listed_; ///< shown beside the screens that play
     std::optional<UUID> multicamFrom_;           ///< the clip whose review opened the cameras
     std::vector<UUID> multicamOfSelection_;      ///< the cameras last opened from the list
-    bool isOpening_ = false;                     ///< one screen gives way to another
-    bool areSessionsHidden_ = false;             ///< by a screen that plays
-    std::optional<UUID> sessionOfProject_; ///< that was opened from the project's file, or last saved to it
-    QString pageBanner_;                   ///< as `showPageBanner`
-    QString unsaved_;                      ///< that the session could not be saved
-    QString lost_, outdated_;              ///< as `showLostBanner` and `showOutdatedBanner`
-    std::optional<UUID> analysed_;         ///< a clip of the work that is analysed
+    bool isOpening_ = false;                     ///< one screen is being replaced by another
+    bool areSessionsHidden_ = false;             ///< because a screen plays
+    std::optional<UUID> sessionOfProject_;       ///< opened from the project's file, or last saved to it
+    QString pageBanner_;                         ///< set by `showPageBanner`
+    QString unsaved_;                            ///< the message that the session could not be saved
+    QString lost_, outdated_;                    ///< set by `showLostBanner` and `showOutdatedBanner`
+    std::optional<UUID> analysed_;               ///< first clip of the work when the last analysis began
     std::optional<platform::Task> scan_;
     std::optional<platform::Task> opening_; ///< opens the newest session, at the start
     bool isDropped_ = false;                ///< folders were dropped since the last scan

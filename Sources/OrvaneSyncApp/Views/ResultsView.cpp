@@ -30,7 +30,7 @@ using namespace design;
 
 namespace {
 
-/// The clip that each session was left at.
+/// Where the clip that was last selected in each session is stored.
 QString lastClipsKey() { return QStringLiteral("list/lastClips"); }
 
 constexpr int searchWidth = 260;
@@ -383,7 +383,7 @@ void ResultsView::remember(const UUID& clip) {
     if (!session) return;
     if (const auto known = lastOf_.find(*session); known != lastOf_.end() && known->second == clip) return;
     lastOf_.insert_or_assign(*session, clip);
-    // Of the sessions that were worked on last, the newest first: session, clip.
+    // A list of pairs (session, clip) for the sessions that were used last, newest first.
     constexpr qsizetype most = 100;
     QStringList all = keptState::value(lastClipsKey()).toStringList();
     const QString own = text(session->text());

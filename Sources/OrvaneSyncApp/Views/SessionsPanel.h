@@ -31,8 +31,8 @@ class SessionsPanel : public QWidget {
   public:
     explicit SessionsPanel(Desktop& desktop, QWidget* parent = nullptr);
 
-    std::function<void()>
-        whenOpenWorkIsWanted; ///< a session was opened here, or the open one was asked for again
+    /// Called if a session was opened here, or if the open one was opened again.
+    std::function<void()> whenOpenWorkIsWanted;
 
   private:
     class Tree;

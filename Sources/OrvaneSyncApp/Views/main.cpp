@@ -125,7 +125,7 @@ views::Desktop::Dependencies dependenciesOf(const Start& start) {
     return dependencies;
 }
 
-/// Nothing is lost: what is decided is on the disk before the program ends.
+/// Saves all decisions before the program ends, so that nothing is lost.
 void keepWork(QGuiApplication& application, views::Desktop& desktop, views::Leaving& leaving) {
     QObject::connect(&application, &QGuiApplication::applicationStateChanged, &application,
                      [&desktop](Qt::ApplicationState state) {
@@ -184,7 +184,7 @@ int showWindow(QApplication& application, const Start& start) {
     keepWork(application, desktop, leaving);
     const int status = QApplication::exec();
     design::keptState::finish();
-    // The disk that has not answered would be waited for.
+    // A normal end would wait for the disk that does not answer.
     if (isUnsaved) std::_Exit(1);
     if (platform::SerialQueue::hasAbandonedWork()) std::_Exit(status);
     return status;

@@ -39,10 +39,10 @@ struct ProxyFile {
     FileURL originalURL;
 };
 
-/// A camera file of a card that was offloaded more than once.
+/// Another copy of a camera file, from a card that was offloaded more than once.
 struct CameraCopy {
     FileURL url;
-    FileURL originalURL; ///< the one that is used
+    FileURL originalURL; ///< the file that is used
     bool endsEarly = false;
 };
 

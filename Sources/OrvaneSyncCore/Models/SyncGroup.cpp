@@ -180,7 +180,7 @@ bool holdsDecisionsBesideClap(const SyncGroup& group) {
         else if constexpr (std::is_same_v<decltype(field.member), MatchStatus SyncGroup::*>)
             return group.*field.member == MatchStatus::manual();
         else if constexpr (std::is_same_v<decltype(field.member), SyncMethod SyncGroup::*>)
-            // The matcher itself asks for the clap of an off-speed clip.
+            // For an off-speed clip the matcher sets the clap itself, so this is not a decision.
             return isSet(group, field.member) &&
                    !(group.*field.member == SyncMethod::clap && group.video.isOffspeed());
         else

@@ -67,7 +67,7 @@ void addCopies(const WorkSnapshot& work, std::vector<std::string>& warnings) {
                            "; copy them from the card again if they are kept");
 }
 
-/// A card of a kind that no scan reads would otherwise look like an empty one.
+/// Without this, a card with only unknown kinds of files would look like an empty card.
 void addUnreadKinds(const WorkSnapshot& work, std::vector<std::string>& warnings) {
     if (!work.discoveryResult) return;
     std::map<std::string, int> counts; // by kind

@@ -239,7 +239,7 @@ TimelineRows timelineRows(const SyncGroup& group, double frameRate, const SmartA
     std::ranges::stable_sort(rows.ranges, {}, &BlockOverride::startSeconds);
     addRecordings(rows, group, take, names);
     rows.summary = smartAudioSummary(group, smartAudio, settings);
-    // The length of the stretches is that of the analysis, whatever the settings say by now.
+    // The block mode is that of the analysis, even if the settings have changed since.
     if (result != nullptr && !smartAudio.isAnalyzing && madeWith != nullptr)
         rows.summary += " · " + badgeLabel(madeWith->blockSettings.blockMode, result->detectedCharacter);
     return rows;

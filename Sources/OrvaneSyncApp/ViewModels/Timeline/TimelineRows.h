@@ -85,8 +85,8 @@ struct TimelineRows {
     std::string tooltip(const TimelineRecording& recording) const;
 };
 
-/// `frameRate`: of the clip's times (TimelineController::timelineFrameRate). `names`: of the files that are
-/// shown beside it. `madeWith`: of the clip's analysis; null: not known. Interface thread.
+/// `frameRate`: that of the clip's times (TimelineController::timelineFrameRate). `names`: names of the files
+/// that are shown beside it. `madeWith`: options of the clip's analysis; null: not known. Interface thread.
 TimelineRows timelineRows(const SyncGroup& group, double frameRate, const SmartAudioState& smartAudio,
                           const platform::SettingsStore& settings, const FileNames& names,
                           const SmartAudioTerms* madeWith);

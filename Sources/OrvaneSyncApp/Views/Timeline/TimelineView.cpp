@@ -135,7 +135,7 @@ void TimelineView::follow() {
                               change.clips.find(*shown_) != change.clipsBefore.find(*shown_);
         if (isEdited || change.field == ImportField::smartAudio) changed(true);
     }));
-    // The analysis in view may have been made with others.
+    // The analysis that is shown may have been made with other settings than the new ones.
     following_.push_back(desktop_.settings().onChange(
         [self = QPointer(this), main = desktop_.mainThread()](const std::string&) {
             main->post([self] {
@@ -204,7 +204,7 @@ void TimelineView::buildRows(const SyncGroup& clip) {
         desktop_.settings(), controller.work().fileNames(), controller.smartAudio().termsOf(clip.id)));
     const WaveformState& waveform = *controller.timeline().waveform();
     if (rows->soundSeconds <= 0)
-        rows->soundSeconds = waveform.waveform().clipDuration; // the file did not say
+        rows->soundSeconds = waveform.waveform().clipDuration; // the file does not state it
     if (rows->isAnalysed && controller.smartAudio().isOutdated(clip.id)) {
         rows->isAnalysed = false;
         rows->summary += " · made with other settings";

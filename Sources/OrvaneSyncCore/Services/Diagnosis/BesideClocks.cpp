@@ -13,7 +13,7 @@ namespace {
 
 using Kind = SyncDoubt::Kind;
 
-constexpr int fewestToBeHeard = 2; // one may be alike by chance
+constexpr int fewestToBeHeard = 2; // one clip may sound similar by chance
 
 bool namesTrimMode(const DoubtCure& cure) {
     return std::ranges::any_of(cure.parts(), [](const DoubtCure::Part& part) {
@@ -24,7 +24,7 @@ bool namesTrimMode(const DoubtCure& cure) {
     });
 }
 
-/// Sound of the wrong take is of no length that a picture may be cut to.
+/// With a wrong clock, clips may have the sound of other takes. The picture must not be cut to its length.
 void settleClocksBeforeTrims(SyncDoubts& doubts) {
     for (auto& [group, own] : doubts.byGroup) {
         if (!doubts.has(group, {Kind::constantOffset, Kind::timecodeRate})) continue;
@@ -35,7 +35,8 @@ void settleClocksBeforeTrims(SyncDoubts& doubts) {
     }
 }
 
-/// Says of a clock that timecode alone tells why nobody heard it.
+/// If only timecode shows that a clock is wrong, adds to the message that clips were too short to be
+/// measured.
 void nameClipsTooShortToHear(const Shoot& shoot, SyncDoubts& doubts) {
     if (shoot.input.heardClaims == nullptr) return;
     std::unordered_map<UUID, const Shoot::Clip*> clips;

@@ -202,7 +202,7 @@ class CameraClocks {
                         trial.soundDay ? *card.day - *trial.soundDay : 0};
         auto alone = trial.isPart ? cure_.scanOfClipsBetween(*trial.clips.front(), *trial.clips.back())
                                   : cure_.scanOfClips(scan);
-        // Beside other clips a table keeps all in one document.
+        // If the card has other clips too, a table corrects these and keeps all clips in one document.
         const bool isOne = heard.spreadSeconds == 0 || !common.isGuess(rate_);
         const bool isTable =
             alone && heard.isConfirmed() && isOne && !trial.soundDay && trial.covered.empty();

@@ -91,7 +91,7 @@ ClaimedOffset::Heard ClaimedOffset::heard(std::vector<SoundClaim>* toHear) const
             ++missed;
         }
     }
-    // What was listened to for its own sake tells the same clock.
+    // The search for sound without timecode may have measured the same clock.
     for (const Laid& one : laid_) {
         const HeardClaim* heard =
             heardClaim(shoot_, one.claim) == nullptr

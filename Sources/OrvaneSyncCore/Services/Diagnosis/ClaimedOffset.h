@@ -24,16 +24,16 @@ class ClaimedOffset {
         int clips = 0; ///< clips whose camera heard the recording where the offset puts it
         /// A further move on which most of these clips agree; absent if they do not agree.
         std::optional<double> correctionSeconds = {};
-        /// By how much what was heard differs, where several were heard and do not agree; else 0.
+        /// The range of the measured corrections, if several clips were measured and do not agree; else 0.
         double spreadSeconds = 0;
-        bool isRefuted = false; ///< several were listened to, and none was heard there
-        bool isUnasked = false; ///< nobody has listened, and some might tell
+        bool isRefuted = false; ///< several clips were analysed, and none has the recording there
+        bool isUnasked = false; ///< no clip was analysed, and some clips could decide
 
         bool isConfirmed() const;
         /// The claimed offset, corrected by what was heard.
         CommonOffset corrected(double offsetSeconds, TimecodeFrameRate rate) const;
-        /// The offset as far as it is known: hours are rough where cameras may tell more, but were not asked
-        /// or did not.
+        /// The offset with its accuracy: whole and half hours are only known roughly if the sound of the
+        /// cameras could confirm them, but was not analysed or did not confirm them.
         CommonOffset known(CommonOffset offset, const Shoot& shoot) const;
     };
     /// `toHear`, unless null: gets the claims that were not analysed and could decide.

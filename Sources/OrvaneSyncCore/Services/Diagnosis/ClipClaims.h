@@ -12,17 +12,17 @@ namespace orvane {
 /// camera heard at its place; as the number of its match. Absent if the camera heard none of them, or two
 /// with different places.
 std::optional<std::size_t> heardAmong(const Shoot& shoot, const Shoot::Clip& clip);
-/// Whether the clip's camera heard that one of the clip's recordings where timecode places it.
+/// Whether the clip's camera heard this recording of the clip where timecode places it.
 bool isHeardInPlace(const Shoot& shoot, const Shoot::Clip& clip, const AudioMatch& match);
-/// Clip time at which the camera heard the recording begin that was attached by hand without a common
-/// timecode.
+/// For a recording that was attached manually and has no common timecode with the clip: the clip time at
+/// which the camera heard it begin.
 std::optional<double> heardAttached(const Shoot& shoot, const Shoot::Clip& clip);
 /// Adds the claims that `heardAmong` and `heardAttached` need and that were not analysed, for as many clips
 /// as can be analysed in seconds.
 void addClipClaims(const Shoot& shoot, std::vector<SoundClaim>& toHear);
-/// For a clip that no timecode leads to the recording.
+/// The claim for a clip and a recording that have no common timecode.
 SoundClaim claimByEar(const UUID& clip, const UUID& recording);
-/// Recordings that clips without sound may have, though no timecode says so, where there are few.
+/// Adds the recordings that clips without sound may have although no timecode leads to them, if they are few.
 void addClaimsByEar(const Shoot& shoot, std::vector<SoundClaim>& toHear);
 /// Adds long recordings that no clip has, for some of the clips that have other sound.
 void addLoneClaims(const Shoot& shoot, std::vector<SoundClaim>& toHear);

@@ -17,10 +17,10 @@ namespace orvane {
 
 namespace {
 
-constexpr std::size_t fewestOnALine = 4; // three may lie on one by chance
-constexpr double leastChange = 0.2;      // seconds over the clips that were heard
-constexpr double besideTheLine = 0.08;   // seconds: a clip is heard to 10 ms, and rooms echo
-// 48 kHz that were counted as 48.048 are 1000 parts in a million, and no clock is worse.
+constexpr std::size_t fewestOnALine = 4; // three may be on one line by chance
+constexpr double leastChange = 0.2;      // seconds, over the analysed clips
+constexpr double besideTheLine = 0.08;   // seconds: the place of a clip is measured to 10 ms, and rooms echo
+// A recording of 48 kHz that counts as 48.048 kHz is off by 1000 parts in a million. No clock is worse.
 constexpr double mostPerSecond = 1.1e-3;
 
 struct Heard {

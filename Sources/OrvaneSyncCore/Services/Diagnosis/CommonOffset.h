@@ -14,10 +14,10 @@ namespace orvane {
 /// An offset that puts recordings under clips, and how inaccurate it may be.
 struct CommonOffset {
     double seconds = 0;
-    double widthSeconds = 0; ///< 0 for what people set clocks wrong by
-    int heardClips = 0;      ///< by whose microphones it is known
-    bool isExact = true;     ///< of these: `HeardClock`
-    /// Of hours and half hours that timecode alone tells: by how much it allows others.
+    double widthSeconds = 0; ///< 0 for an offset that people typically set clocks wrong by
+    int heardClips = 0;      ///< clips whose cameras' microphones confirm it
+    bool isExact = true;     ///< for an offset that was measured: as in `HeardClock`
+    /// For whole and half hours that only timecode shows: the width of the range that timecode allows.
     double unheardHourSeconds = 0;
 
     /// It was found by timecode and is not a multiple of half an hour: the reason may be something other than
@@ -25,7 +25,7 @@ struct CommonOffset {
     bool isOdd() const { return widthSeconds > 0; }
     /// Whether it may be wrong by more than a frame.
     bool isGuess(TimecodeFrameRate rate) const;
-    /// Behind the message: how far it is known; empty where that is a frame, or where it was heard.
+    /// Text to add to the message: how exactly the offset is known; empty if it is known to a frame.
     std::string knownTo(TimecodeFrameRate rate) const;
     /// The same as text to add to the cure.
     std::string clapAfter(TimecodeFrameRate rate) const;

@@ -16,12 +16,12 @@ inline DoubtCure choose(const std::string& recording) {
     return DoubtCure::Words{"choose " + recording + " in the table of 'scan --review'",
                             "choose " + recording + " in the clip's menu"};
 }
-/// Of several recordings, the one that the clip's camera heard.
+/// For a clip with several recordings: the one that its camera heard.
 inline DoubtCure chooseHeard(const std::string& recording) {
     return DoubtCure::Words{"choose " + recording + " in the table of 'diagnose --review', which fills it in",
                             "choose " + recording + " in the clip's menu"};
 }
-/// What the microphones heard is known clip by clip.
+/// For clips whose offsets were measured one by one.
 inline DoubtCure asHeard(const std::string& what, const std::string& columns) {
     return DoubtCure::Words{
         what + ": 'diagnose --review FILE' fills in " + columns + ", and 'sync --apply FILE' takes it", what};
@@ -43,7 +43,7 @@ inline DoubtCure skipToLeaveOut() {
                             "“Toggle Excluded” to leave the clip out"};
 }
 
-/// Of a card whose sound was heard off by other times from clip to clip.
+/// For a card whose clips were measured with different offsets.
 inline DoubtCure byNoOneOffset(const std::string& spread) {
     const std::string why = "what was heard differs by " + spread +
                             " between these clips, so no one offset is right: check a clap of each, and ";
@@ -52,7 +52,7 @@ inline DoubtCure byNoOneOffset(const std::string& spread) {
                             why + "attach and move their sound by hand"};
 }
 
-/// Of an odd offset that microphones can tell more of than timecode.
+/// For an odd offset, about which microphones can say more than timecode.
 inline constexpr const char* listenFirst =
     "listen before anything is moved ('diagnose' does): room tone and wild tracks that were made after the "
     "takes are right where they are";

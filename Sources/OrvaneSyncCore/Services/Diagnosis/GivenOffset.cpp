@@ -23,7 +23,7 @@ bool isOfAWrongHour(double seconds, TimecodeFrameRate rate) {
                                [&](double step) { return std::abs(std::remainder(seconds, step)) < aFrame; });
 }
 
-/// The distance of the clip's sound from what its camera heard.
+/// Seconds between the clip's sound and the sound that its camera heard; absent if it was not measured.
 std::optional<double> heardLag(const Shoot& shoot, const Shoot::Clip& clip) {
     const auto* heard = shoot.input.heardLags;
     if (heard == nullptr) return std::nullopt;
@@ -31,7 +31,7 @@ std::optional<double> heardLag(const Shoot& shoot, const Shoot::Clip& clip) {
     return found != heard->end() ? std::optional(found->second.seconds) : std::nullopt;
 }
 
-/// Whether people or microphones say that the clip's sound lies right.
+/// Whether a decision of the user or a microphone confirms the place of the clip's sound.
 bool isChecked(const Shoot& shoot, const Shoot::Clip& clip) {
     if (clip.isDecided || clip.group->manualAudioOffsetSeconds != 0) return true;
     const auto lag = heardLag(shoot, clip);

@@ -64,11 +64,11 @@ std::optional<Agreement> agreementOf(std::vector<double> offsets, std::ptrdiff_t
 }
 
 HeardClock heardClock(double seconds, TimecodeFrameRate rate) {
-    // A camera's microphone is behind by metres of air and its converter, and hardly ever ahead.
+    // Metres of air and the converter delay the sound of a camera's microphone. It is hardly ever early.
     constexpr double mostAhead = 0.03, mostBehind = 0.08;
     const double heard = seconds - microphoneDelaySeconds;
     const double whole = std::round(heard);
-    // Labels of 23.976 count 1000 s in 1001 s, and clocks are set by them as well.
+    // Labels of 23.976 count 1000 s in 1001 s, and some clocks are set by such labels.
     constexpr double manyLabels = 1000;
     const double secondsALabel = labelSeconds(manyLabels, rate) / manyLabels;
     const double labels = std::round(heard / secondsALabel) * secondsALabel;

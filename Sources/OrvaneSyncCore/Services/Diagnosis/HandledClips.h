@@ -57,12 +57,12 @@ std::optional<Agreement> agreementOf(std::vector<double> offsets, std::ptrdiff_t
 
 /// The error of a recorder's clock, from a distance that cameras heard.
 struct HeardClock {
-    double seconds; ///< whole seconds, as people set clocks, where microphones explain the rest
-    bool isExact;   ///< heard within a frame of whole seconds; else the frame may be another one
+    double seconds; ///< whole seconds, as people set clocks, if a microphone's delay explains the rest
+    bool isExact;   ///< measured within a frame of whole seconds; else the frame may be another one
 };
 /// `seconds`: to be added to the recordings.
 HeardClock heardClock(double seconds, TimecodeFrameRate rate);
-/// Behind the cure of a clock that is not exact.
+/// Text after the cure for a clock error that is not exact.
 inline constexpr const char* checkAClap = "; then check a clap and set the frames";
 
 /// Whether the clips only have recordings of that folder, so that moving a clip's sound moves no other

@@ -273,7 +273,7 @@ class HeardOffsets {
                    std::get<2>(other.first) == std::get<2>(key);
         };
         const auto isOfOther = [&](const auto& other) { return other.first != key && isOfRecorder(other); };
-        // What several cards heard on one line of time is the recorder's clock.
+        // If the offsets of several cards fit one drift, it is that of the recorder's clock.
         HandledClips heard;
         std::size_t cards = 0;
         for (const auto& other : cards_) {
@@ -293,7 +293,7 @@ class HeardOffsets {
         const auto drift = clockDriftOf(card);
         if (!drift) return false;
         addClockDrift(shoot_, key, card, *drift, doubts_);
-        // Where another camera heard the recorder otherwise, it is the first camera's clock.
+        // If another camera heard the recorder at another distance, the first camera's clock is wrong.
         const bool isContradicted = std::ranges::any_of(cards_, [&](const auto& other) {
             return isOfOther(other) && !other.second.soundings().empty() && !clockDriftOf(other.second);
         });

@@ -51,7 +51,8 @@ struct NumberedTake {
 /// The takes of a card, by the beginning of their names.
 using NumberedCard = std::map<std::string_view, NumberedTake>;
 
-/// Numbers of files that lie nowhere, as they ended before their first sound: their channels were armed.
+/// Adds the numbers of files that have no place because they end before their first sound: their channels
+/// were armed.
 void addEmptyFiles(const Shoot& shoot, std::map<std::string_view, NumberedCard>& cards) {
     for (const MediaAsset& file : shoot.input.recordings) {
         if (!file.endsEarly() || shoot.recordingByID.contains(file.id)) continue;
@@ -63,8 +64,8 @@ void addEmptyFiles(const Shoot& shoot, std::map<std::string_view, NumberedCard>&
     }
 }
 
-/// A number that the take passes over, though another one of its card has it. Which channels are armed
-/// changes from take to take: none where another take has these same numbers.
+/// A number that is missing in the take although another take of its card has it. The armed channels change
+/// from take to take, so absent if another take has exactly these numbers.
 std::optional<int> missingNumber(const NumberedTake& take, const NumberedCard& card) {
     const auto alike = std::ranges::count_if(
         card, [&](const auto& other) { return other.second.isTake && other.second.numbers == take.numbers; });

@@ -46,7 +46,7 @@ class OtherRecorders {
                 cureOf(std::string(folder) + "/", std::string(kept) + "/", areHeardWith(kept, folder));
         return known->second;
     }
-    /// Where the recorder of the folder was heard, it was out of its place.
+    /// Whether the cameras heard recordings of the folder, and none of them in its place.
     bool isOutOfPlace(std::string_view folder) {
         const auto [known, isNew] = isOutOfPlace_.try_emplace(folder);
         if (isNew)
@@ -54,8 +54,8 @@ class OtherRecorders {
                 shoot_, [&](const MediaAsset& recording) { return folderOf(recording) == folder; });
         return known->second;
     }
-    /// Whether the cameras of several clips that have both heard those of the first folder in place, and of
-    /// none those of the other.
+    /// Whether the cameras of several clips with recordings of both folders heard those of the first folder
+    /// in place, and no camera heard those of the other.
     bool areHeardWith(std::string_view folder, std::string_view other) const {
         constexpr int fewest = 2; // each found at a clear place
         int own = 0, others = 0;
@@ -72,9 +72,9 @@ class OtherRecorders {
         return own >= fewest && others == 0;
     }
 
-    /// What leaves out the one or the other of two recorders of one unit, such as a cart and a bag, whatever
-    /// the number of cameras: both ran under all of the clips that have one of them, and each camera heard
-    /// both. Else empty.
+    /// The options that leave out one or the other of two recorders of one unit, such as a cart and a bag,
+    /// for any number of cameras. Empty unless all clips with sound of one recorder also have sound of the
+    /// other, and each camera heard both.
     const std::string& eitherOf(std::string_view folder, std::string_view other) {
         const auto [known, isNew] = eithers_.try_emplace({folder, other});
         if (isNew && folder != other)
@@ -83,8 +83,8 @@ class OtherRecorders {
     }
 
   private:
-    /// Whether a file is of the recorder of the folder, which ends with a slash. Its recorder's folder is the
-    /// highest one that the other recorder's does not lie in.
+    /// Whether a file is of the recorder of `folder`. The recorder's folder is the highest one that does not
+    /// contain the folder of the other recorder. Both folders end with a slash.
     static std::function<bool(const MediaAsset&)> recordingsOf(const std::string& folder,
                                                                const std::string& other) {
         const auto same = std::ranges::mismatch(folder, other).in1 - folder.begin();
@@ -97,8 +97,8 @@ class OtherRecorders {
                                : file.url.path.starts_with(whole));
         };
     }
-    /// A camera's cards are folders beside each other, with names that go on. Where names repeat, they may be
-    /// those of several cameras.
+    /// A camera's cards are folders beside each other, and the numbers in their file names continue. If file
+    /// names repeat, the folders may be of several cameras, and each counts as one.
     static std::string cameraOf(const MediaAsset& video, bool doNamesRepeat) {
         const std::string_view card = folderOf(video);
         return doNamesRepeat
@@ -123,7 +123,7 @@ class OtherRecorders {
             users.push_back(&clip);
         }
         const bool doNamesRepeat = haveRepeatedNames(users);
-        std::map<std::string, bool> cameras; // whether one of its clips has both in place
+        std::map<std::string, bool> cameras; // whether it heard both in place in one clip
         for (const Shoot::Clip* clip : users) {
             const auto isHeardOf = [&](const auto& isOf) {
                 return std::ranges::any_of(clip->group->audioMatches, [&](const AudioMatch& match) {
@@ -164,8 +164,8 @@ class OtherRecorders {
         return DoubtCure(options->globs.empty() ? "a scan " : "") + CureWay{options->options()};
     }
 
-    /// Each camera of several may have a recorder of its own, unless the microphone of each found its clips
-    /// in the kept one.
+    /// Each of several cameras may have a recorder of its own, unless each camera heard the kept recorder in
+    /// one of its clips.
     bool haveAllCamerasHeard(const std::vector<const Shoot::Clip*>& clips, const std::string& kept) const {
         const bool doNamesRepeat = haveRepeatedNames(clips);
         std::set<std::string> cameras;
@@ -176,7 +176,7 @@ class OtherRecorders {
             return cameras.contains(cameraOf(clip->group->video, doNamesRepeat));
         });
     }
-    /// Each camera of several may have a recorder of its own.
+    /// Each of several cameras may have a recorder of its own.
     static bool areOfOneCamera(const std::vector<const Shoot::Clip*>& clips) {
         std::vector<const Shoot::Clip*> timed;
         for (const Shoot::Clip* clip : clips) {
@@ -208,9 +208,11 @@ class OtherRecorders {
     const Shoot& shoot_;
     const LeavingOut leavingOut_;
     std::map<std::pair<std::string_view, std::string_view>, DoubtCure> cures_;
-    std::map<std::pair<std::string_view, std::string_view>, std::string> eithers_; ///< options, by folders
+    /// Options, by the two folders.
+    std::map<std::pair<std::string_view, std::string_view>, std::string> eithers_;
     std::map<std::string_view, bool> isOutOfPlace_;
-    std::vector<std::pair<const SyncGroup*, std::string_view>> heard_; ///< in the recordings of which folder
+    /// The folder is that of the recordings in which the clip was heard.
+    std::vector<std::pair<const SyncGroup*, std::string_view>> heard_;
 };
 
 /// Units that shoot at the same time, by the folders of their sound. Clips near to such a folder have
@@ -389,7 +391,8 @@ class Rivals {
             return;
         }
     }
-    /// A recording beside the right one that would be heard with an echo once it is switched on.
+    /// Adds a doubt about a recording that is out of its place: its sound would be an echo if it was switched
+    /// on.
     void outOfPlace(OtherRecorders& others) {
         const std::string_view own = folderOf(*of_.group.audioMatches.front().audio);
         for (const auto& [folder, matches] : alternates()) {
@@ -404,7 +407,7 @@ class Rivals {
             return;
         }
     }
-    /// Each camera of several may have a recorder of its own, as long as it did not hear both.
+    /// Each of several cameras may have a recorder of its own, unless it heard both.
     static DoubtCure chooseText(const std::string& optionsForEither) {
         DoubtCure choice = cureWords::choose();
         if (optionsForEither.empty())
@@ -417,7 +420,8 @@ class Rivals {
                DoubtCure::Words{optionsForEither + " leaves the other recorder out",
                                 "a scan without one of their folders leaves that recorder out"};
     }
-    /// Which of two that nobody heard is left out is the user's choice, so the options are no call.
+    /// Of two recordings that no camera heard, the user chooses which one to leave out, so the options are
+    /// only a text.
     static DoubtCure withoutText(const DoubtCure& without, bool isKnown) {
         const DoubtCure choice = cureWords::choose() + ", or lock the clips; ";
         return isKnown ? choice + without + " leaves the other recorder out"

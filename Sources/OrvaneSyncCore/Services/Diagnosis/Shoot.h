@@ -136,7 +136,7 @@ std::string framesText(double seconds, const MediaAsset& video);
 std::string_view folderOf(const MediaAsset& asset);
 /// "2024-05-17".
 std::string dayText(long sinceEpoch);
-/// "12.3 s", "4 min 10 s", "1 h 00 min 02 s", and from two days on "396 d 23 h 59 min 53 s".
+/// "12.3 s", "4 min 10 s", "1 h 00 min 02 s", for two days or more "396 d 23 h 59 min 53 s".
 std::string spanText(double seconds);
 
 void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts);
@@ -166,10 +166,11 @@ void addUnheardSound(const Shoot& shoot, SyncDoubts& doubts);
 void addLoneRecordings(const Shoot& shoot, SyncDoubts& doubts);
 /// For a given offset that timecode shows only roughly and nothing confirmed. Must run after those above.
 void addGivenOffset(const Shoot& shoot, SyncDoubts& doubts);
-/// What the doubts about clocks change in others about the same clips, and of clips that were too short to be
-/// listened to: so after those above.
+/// Adapts other doubts to doubts about the clocks of the same clips, and names clips that were too short to
+/// be measured. Must run after those above.
 void addWordsBesideClocks(const Shoot& shoot, SyncDoubts& doubts);
-/// Takes the options off cures that would move clips again which were moved by hand: so after all others.
+/// Removes the options of cures that would move clips again that were moved manually. Must run after all
+/// others.
 void keepMovedClips(const Shoot& shoot, SyncDoubts& doubts);
 /// Recordings that the cameras heard, for clips that no timecode leads to them.
 void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts);

@@ -137,7 +137,7 @@ PairsByEar pairsByEar(const Shoot& shoot) {
 /// A clip and the one recording in which it was heard.
 struct HeardPair {
     PairByEar pair;
-    double offsetSeconds;  ///< manual offset; it includes the delay of the microphone until `layByClocks`
+    double offsetSeconds;  ///< manual offset; `layByClocks` removes the delay of the microphone
     bool isBeside = false; ///< other clips gave another offset for its recorder
 
     std::pair<std::string_view, std::optional<long>> recorder(const Shoot& shoot) const {
@@ -212,9 +212,9 @@ std::vector<ClosePair> closePairs(const Shoot& shoot, const std::vector<HeardPai
     return pairs;
 }
 
-/// Each clip is measured to some ten milliseconds, and cuts between cameras would show the difference. If
-/// three clips of one recorder agree, all of them get the offset of its clock. Takes the delay of the
-/// microphone off the others.
+/// Each clip is measured to about ten milliseconds, and cuts between cameras would show the difference. If
+/// three clips of one recorder agree, all of them get the offset of its clock. From the other offsets the
+/// delay of the microphone is subtracted.
 void layByClocks(const Shoot& shoot, std::vector<HeardPair>& all) {
     std::map<std::pair<std::string_view, std::optional<long>>, std::vector<HeardPair*>> recorders;
     for (HeardPair& one : all) recorders[one.recorder(shoot)].push_back(&one);

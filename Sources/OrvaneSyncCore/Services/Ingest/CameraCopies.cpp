@@ -18,9 +18,9 @@ namespace {
 
 using platform::RandomAccessFile;
 using Piece = std::array<std::byte, 4096>;
-constexpr std::uint64_t piecesOfFile = 12; // where cameras write their headers, and between
+constexpr std::uint64_t piecesOfFile = 12; // at the start and the end, where headers are, and between
 
-/// Files of one name, as indices of the videos.
+/// The indices of the videos that have the same file name.
 using Namesakes = std::vector<std::size_t>;
 
 std::string_view folderOfVideo(const MediaAsset& video) {
@@ -34,7 +34,7 @@ bool mayBeCopy(const MediaAsset& file, const MediaAsset& original) {
     return size == whole && !original.endsEarly() && file.startTimecodeString == original.startTimecodeString;
 }
 
-/// Absent if it cannot be read completely.
+/// Absent if the piece cannot be read completely.
 std::optional<Piece> pieceAt(const RandomAccessFile& file, std::uint64_t position, std::size_t bytes) {
     Piece piece{};
     if (file.readInto(position, std::span(piece).first(bytes)) != bytes) return std::nullopt;
@@ -56,7 +56,7 @@ bool beginsWith(const MediaAsset& original, const MediaAsset& copy) {
         const auto piece = pieceAt(*own, position, bytes);
         if (!piece) return false;
         if (mayBeReserved && *piece == Piece{}) continue;
-        // The piece in which a copy broke off has bytes of both kinds.
+        // The piece in which the copying stopped has bytes of the file and zeros.
         const bool mayBreakOff = std::exchange(mayBeReserved, false) && i + 1 < piecesOfFile;
         if (piece == pieceAt(*other, position, bytes))
             hasEqualPiece = true;
@@ -93,7 +93,7 @@ std::vector<CameraCopy> takeOut(std::vector<MediaAsset>& videos, const std::stop
                 originals[i] = *original;
         }
     };
-    constexpr std::size_t atOnce = 8; // disks must seek, and servers answer with delay
+    constexpr std::size_t atOnce = 8; // so that slow disks and servers work on several files at once
     platform::concurrently(names.size(), atOnce, compare, stop);
 
     std::vector<CameraCopy> copies;

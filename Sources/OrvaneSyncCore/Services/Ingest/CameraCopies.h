@@ -10,11 +10,11 @@ namespace orvane {
 /// Finds the camera files of a card that was offloaded more than once.
 namespace CameraCopies {
 
-/// Takes the copies out of the videos; the others keep their order. A copy has the name of another file in
-/// another folder, its size and its start, and equals it where both are read: in pieces of 4 KB from the
-/// first to the last byte. A file that ends early is a copy of a longer one that begins with its bytes. Of
-/// equal files the first stays, and a complete one before one that ends early. A file that cannot be read
-/// stays. Reads only files of one name. Any thread that may wait; throws Stopped.
+/// Removes the copies from the videos; the others keep their order. A copy is in another folder than the
+/// original file, has its name, size and start timecode, and equals it in 12 pieces of 4 KB between the first
+/// and the last byte. A file that ends early is a copy of a file that begins with its bytes. A complete file
+/// stays before one that ends early; of equal files the first stays. A file that cannot be read stays. Reads
+/// only files whose name occurs more than once. Any thread that may wait; throws Stopped.
 std::vector<CameraCopy> takeOut(std::vector<MediaAsset>& videos, const std::stop_token& stop = {});
 
 } // namespace CameraCopies

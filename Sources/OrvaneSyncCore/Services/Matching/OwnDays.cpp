@@ -48,8 +48,8 @@ void OwnDays::learn(const MediaAsset& video, const FilePlace& place, const std::
     if (!hasOwn && hasOthers) clips.lacksOwn = true;
 }
 
-/// Of that day's clips in the card's folder and in those beside it that met their own day's sound alone. A
-/// card of a few clips may have no three of them.
+/// The number of clips of the card's day that met sound of that day only, in the card's folder and in the
+/// folders beside it: a small card may have fewer than three of them.
 int OwnDays::confirmedBeside(const Card& card) const {
     const auto parent = [](std::string_view folder) { // both end with a slash
         folder.remove_suffix(1);

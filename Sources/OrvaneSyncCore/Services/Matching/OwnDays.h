@@ -19,10 +19,10 @@ class OwnDays {
 
     /// Adds a clip and what it meets, by `DayLine`. The videos must live as long as this object.
     void learn(const MediaAsset& video, const FilePlace& place, const std::vector<Meeting>& meetings);
-    /// Takes off what is of another day under four conditions. Sound of the header's day has all of the clip.
-    /// Three clips of that day, one of them of the clip's own card and the others of cards beside it, met
-    /// that day's sound alone. None of these cards has a clip that lacks this sound beside another day's. The
-    /// recording's own card meets clips of its own day.
+    /// Removes recordings of another day if all four conditions are met. Sound of the header's day covers all
+    /// of the clip. Three clips of that day met sound of that day only: at least one clip of the same card,
+    /// the others of it or of cards beside it. None of these cards has a clip that lacks this sound and has
+    /// another day's. The recording's own card meets clips of its own day.
     void leaveOutOthers(const MediaAsset& video, const FilePlace& place,
                         std::vector<Meeting>& meetings) const;
 

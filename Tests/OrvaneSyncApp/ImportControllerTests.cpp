@@ -174,7 +174,7 @@ TEST_F(ImportControllerTest, theClipsOfAnotherScanCanHaveWhatWasDecided) {
     const SyncGroupList earlier = controller_->work().syncGroups();
     const auto recordings = clip("A001C001")->audioMatches.size();
     ASSERT_GT(recordings, 0U);
-    scan(folder("camera"), std::nullopt); // the card with the sound is gone
+    scan(folder("camera"), std::nullopt); // without the card that has the sound
     EXPECT_FALSE(clip("A001C001")->isLocked);
     finish(controller_->recordings().keepDecisions(earlier));
     EXPECT_TRUE(clip("A001C001")->isLocked);

@@ -99,7 +99,7 @@ TEST_F(ProjectTest, cardsWithTheSameFileNamesStayApart) {
     test::makeSmallShoot(folder_.path("cards/1"));
     test::makeSmallShoot(folder_.path("cards/2"));
     for (const auto& camera : std::filesystem::directory_iterator(folder_.path("cards/2/camera")))
-        std::ofstream(camera.path(), std::ios::app) // else it is a copy
+        std::ofstream(camera.path(), std::ios::app) // otherwise the scan takes it for a copy
             << std::string("\x00\x00\x00\x08\x66\x72\x65\x65", 8);
     const std::string inOrder = document("cards/1", "cards/2");
     EXPECT_EQ(document("cards/2", "cards/1"), inOrder) << "whatever comes first";

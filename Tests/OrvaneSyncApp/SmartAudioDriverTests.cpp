@@ -553,8 +553,8 @@ TEST_F(SmartAudioDriverTest, resultsComeBackWithTheirClipsAndTellWhatTheyWereMad
     controller_->openStoredWork({});
     EXPECT_TRUE(controller_->smartAudio().state().results.empty());
     const UUID changed = clips.front().id;
-    clips.update(changed,
-                 [](SyncGroup& group) { group.algorithmExcludedTracks = {2}; }); // by another program
+    // As another program would change it.
+    clips.update(changed, [](SyncGroup& group) { group.algorithmExcludedTracks = {2}; });
     controller_->openStoredWork({{}, {}, clips});
     EXPECT_EQ(controller_->smartAudio().state().results.size(), all - 1);
     EXPECT_FALSE(controller_->smartAudio().state().results.contains(changed));

@@ -114,7 +114,8 @@ TEST_F(ShootTest, scanSaysWhatNamesDoNotTell) {
     const std::string clip = "/camera/A001C001_261120_R1AB.mov";
     std::filesystem::create_directory(cards.path("3"));
     std::filesystem::copy(cards.path("1") + clip, cards.path("3"));
-    for (const auto& camera : std::filesystem::directory_iterator(cards.path("2/camera"))) // another camera's
+    // Makes them files of another camera.
+    for (const auto& camera : std::filesystem::directory_iterator(cards.path("2/camera")))
         std::ofstream(camera.path(), std::ios::app | std::ios::binary) << std::string("\0\0\0\x08"
                                                                                       "free",
                                                                                       8);
@@ -397,7 +398,7 @@ TEST(Reports, sayWhichFilesOfOneNameTheyMixUp) {
                                .bytes());
     };
     clip("1/A001.mov", 10);
-    clip("2/A001.mov", 10, 51); // else it is a copy
+    clip("2/A001.mov", 10, 51); // otherwise the scan takes it for a copy
     clip("2/A002.mov", 11);
     sound("1/T01.WAV", 10);
     sound("2/T01.WAV", 11);

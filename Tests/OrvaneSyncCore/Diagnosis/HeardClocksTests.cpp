@@ -247,7 +247,8 @@ TEST(HeardClocks, ACameraThatWasAnHourAheadHasItsRecordingsSuggested) {
 TEST(HeardClocks, AClockInDoubtPrecedesTheLengthOfItsSound) {
     Shot shot;
     for (int i = 0; i < 7; ++i) {
-        const double at = i < 6 ? 36000 + 410 * i + 17 * i * i : 39633; // over the end of the first recording
+        // By timecode the last clip overlaps the end of the first recording.
+        const double at = i < 6 ? 36000 + 410 * i + 17 * i * i : 39633;
         const std::string number = std::to_string(i);
         shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", at, 8));
         shot.videos.back().channelCount = 1;

@@ -40,8 +40,8 @@ TEST(HeardSound, AClockThatRunsFastIsToldWithTheOffsetOfEachClip) {
     struct Case {
         const char* name;
         double perSecond, jitter;
-        int told;                                           ///< all but those within a frame
-        double step = 0;                                    ///< seconds, from the fifth clip on
+        int told;        ///< clips with the doubt: all but those within a frame
+        double step = 0; ///< seconds, from the fifth clip on
         std::optional<std::vector<double>> otherHeard = {}; ///< heard by another camera beside it
     };
     for (const Case& one : {Case{"50 ppm", -5e-5, 0.02, 7},
@@ -168,7 +168,7 @@ TEST(HeardSound, ClipsOfOneClockLieByOneOffsetAsItWasHeard) {
             << "nobody listened";
         shot.audios.push_back(recordingAt("/S/U.wav", 0, 35));
         shot.audios.back()
-            .bextTimeReference.reset(); // so that nothing says that the others count time of day
+            .bextTimeReference.reset(); // so that no file shows that the others count time of day
         shot.match();
         const std::array delays{0.02, 0.03, 0.03, 0.06, 0.01, 0.03, 0.02, 0.04};
         for (std::size_t i = 0; i < shot.groups.size(); ++i)
@@ -215,7 +215,7 @@ TEST(HeardSound, AnOffsetThatTimecodeTellsRoughlyStaysInDoubtWhereCamerasHeardIt
 TEST(HeardSound, OfTwoRecordersTheOneThatWasHeardStays) {
     for (int i = 0; i < 8; ++i) {
         const int heard = i % 4 - 1;    // none, the first, the other, both
-        const bool areTwo = i / 4 == 1; // cameras
+        const bool areTwo = i / 4 == 1; // two cameras
         SCOPED_TRACE(i);
         HeardShot shot({"/S/BAG/B", "/S/CART/T"});
         for (std::size_t clip = 1; areTwo && clip < 8; clip += 2) {

@@ -77,9 +77,9 @@ TEST(SyncDoubts, TwoDaysNeverMixSilently) {
 TEST(SyncDoubts, AMonoFileThatOtherTakesHaveIsMissed) {
     const std::pair<std::vector<const char*>, int> cases[] = {
         {{"123", "123", "13"}, 1},      {{"123", "23", "123"}, 1},
-        {{"123", "12", "1"}, 0},        // fewer were armed
-        {{"13", "13", "13", "123"}, 0}, // as most
-        {{"123", "1b3", "13"}, 1},      // the empty file was armed
+        {{"123", "12", "1"}, 0},        // fewer channels were armed
+        {{"13", "13", "13", "123"}, 0}, // as in most takes
+        {{"123", "1b3", "13"}, 1},      // the channel of the empty file was armed
         {{"13", "24", "3"}, 3},
     };
     for (const auto& [takes, doubted] : cases) {

@@ -17,10 +17,10 @@ TEST(CameraCopies, AreOfOneNameAndOfEqualBytes) {
     otherZeros.replace(60'001, std::string::npos, bytes.size() - 60'001, '\0').replace(0, 1, "x");
     const struct {
         const char* name;
-        const char* path; ///< beside 2/A001C001.MOV
+        const char* path; ///< the second file; the first is 2/A001C001.MOV
         std::string bytes;
         bool endsEarly;
-        const char* leftOut; ///< the folder; null: both are clips
+        const char* leftOut; ///< folder of the file that is left out; null: both files are clips
     } cases[] = {
         {"a second copy", "3/A001C001.MOV", bytes, false, "3"},
         {"the first path stays", "1/a001c001.mov", bytes, false, "2"},

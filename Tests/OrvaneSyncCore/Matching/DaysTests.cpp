@@ -215,7 +215,7 @@ TEST(Days, OtherDaysAreLeftOutBesideClipsThatConfirmTheirHeaders) {
         bool isSoundKnown; ///< the other day's recordings have a clip of that day
         std::size_t found; ///< recordings of the first clip
         const char* folder = "/CAM/A1";
-        int own = 0; ///< of the confirmed clips, those beside the first clip whatever the folder
+        int own = 0; ///< number of confirmed clips in the first clip's folder, even if `folder` is another
     };
     for (const Case& one : {Case{"a day of clips", 3, true, 1},
                             {"clips of another camera tell nothing", 3, true, 2, "/CAM/B1"},

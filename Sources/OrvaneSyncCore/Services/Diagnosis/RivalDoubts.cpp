@@ -46,7 +46,7 @@ class OtherRecorders {
                 cureOf(std::string(folder) + "/", std::string(kept) + "/", areHeardWith(kept, folder));
         return known->second;
     }
-    /// Whether the cameras heard recordings of the folder, and none of them in its place.
+    /// Whether the cameras heard at least three recordings of the folder, and none of them in its place.
     bool isOutOfPlace(std::string_view folder) {
         const auto [known, isNew] = isOutOfPlace_.try_emplace(folder);
         if (isNew)

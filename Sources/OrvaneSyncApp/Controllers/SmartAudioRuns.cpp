@@ -93,6 +93,7 @@ std::optional<std::set<int>> tracksIfUnchanged(SmartAudioSetAside& aside, const 
     if (isPassedOver || group.isMOS() || routed == aside.routed.end() ||
         analysisInput(group) != routed->second.input) {
         aside.results.erase(result);
+        aside.routed.erase(group.id);
         return std::nullopt;
     }
     auto blocks = SmartAudioBlockRouter::applyOverrides(routed->second.blocks,
@@ -421,8 +422,11 @@ void SmartAudioRuns::restoreUnchanged() {
         if (areSameClips && areHeardAlike(*before, now)) continue;
         if (auto active = tracksIfUnchanged(aside, now)) tracks.emplace(now.id, *std::move(active));
     }
-    if (!areSameClips)
-        std::erase_if(aside.results, [&](const auto& one) { return clips.find(one.first) == nullptr; });
+    if (!areSameClips) {
+        const auto isGone = [&](const auto& one) { return clips.find(one.first) == nullptr; };
+        std::erase_if(aside.results, isGone);
+        std::erase_if(aside.routed, isGone);
+    }
     // Results that were made meanwhile are newer.
     for (const auto& [groupID, result] : state.results) aside.results.erase(groupID);
     for (const auto& [groupID, heard] : caches_.routed) aside.routed.erase(groupID);

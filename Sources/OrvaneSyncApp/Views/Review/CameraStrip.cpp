@@ -17,7 +17,7 @@ using namespace design;
 
 namespace {
 
-constexpr int rowHeight = 26, rulerHeight = 22, nameWidth = 120, rowGap = 2;
+constexpr int rowHeight = 26, rulerHeight = 22, cameraNameWidth = 120, rowGap = 2;
 constexpr int screenPace = 16; ///< milliseconds
 
 } // namespace
@@ -58,7 +58,7 @@ void CameraStrip::followPlayhead() {
     shownX_ = x;
 }
 
-QRect CameraStrip::axisRect() const { return rect().adjusted(nameWidth, 0, -space::small, 0); }
+QRect CameraStrip::axisRect() const { return rect().adjusted(cameraNameWidth, 0, -space::small, 0); }
 
 double CameraStrip::playheadX() const {
     const auto at = sharedPlayhead(multicam_->bag());
@@ -103,7 +103,7 @@ void CameraStrip::paintEvent(QPaintEvent*) {
         for (const CameraAxis::Camera& camera : axis_.cameras) {
             const bool isHeard = heard == camera.id;
             painter.setPen(isHeard ? all.text : all.facts);
-            const QRect name(space::small, y, nameWidth - space::medium, rowHeight);
+            const QRect name(space::small, y, cameraNameWidth - space::medium, rowHeight);
             painter.drawText(name, Qt::AlignVCenter | Qt::AlignLeft,
                              elidedFile(painter.fontMetrics(), inPartOrder(translatedSentence(camera.label)),
                                         name.width()));

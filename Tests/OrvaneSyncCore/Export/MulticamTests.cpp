@@ -109,9 +109,9 @@ TEST(MulticamClusters, AreClipsThatRolledAtTheSameMoment) {
         for (int i = 0; i < 4; ++i)
             for (const char* unit : {"a", "b"}) {
                 const double start = 36000 + 100 * i + (*unit == 'b' && i < apart ? 50 : 0);
-                SyncGroup clip = matched(
-                    camera((unit + std::to_string(i)).c_str(), TimecodeUtils::secondsToTC(start, 25.0)).video,
-                    {recording(1, "T1.WAV")});
+                SyncGroup clip =
+                    matched(camera(unit + std::to_string(i), TimecodeUtils::secondsToTC(start, 25.0)).video,
+                            {recording(1, "T1.WAV")});
                 clip.video.url.path = std::string("/") + unit + "/C/" + clip.video.filename;
                 MediaAsset sound = *clip.audioMatches.front().audio;
                 sound.url.path = std::string("/") + unit + "/S/T1.WAV";

@@ -1,6 +1,8 @@
 #include "OrvaneSyncCore/Services/SmartAudio/ChannelClassifier.h"
 #include "Support/Test.h"
 
+#include <cmath>
+
 namespace orvane {
 namespace {
 
@@ -74,7 +76,7 @@ TEST(ChannelClassifier, usesTheSignalWithoutNames) {
             EXPECT_FALSE(one.speakerName);
             EXPECT_FALSE(one.isPreMixed);
             text += std::to_string(one.trackIndex) + " " + std::string(rawValue(one.kind)) + " " +
-                    std::to_string(static_cast<int>(one.confidence * 100 + 0.5F)) + " " + one.source + "\n";
+                    std::to_string(std::lround(one.confidence * 100)) + " " + one.source + "\n";
         }
         return text;
     };

@@ -41,8 +41,8 @@ struct SoundClaim {
 
     /// The offset in the key is rounded to a second: the same clip and recording may have claims for several
     /// offsets.
-    using Key = std::tuple<UUID, UUID, long>;
-    Key key() const { return {clipID, recordingID, std::lround(offsetSeconds)}; }
+    using Key = std::tuple<UUID, UUID, long, bool>;
+    Key key() const { return {clipID, recordingID, std::lround(offsetSeconds), isClose}; }
 };
 struct HeardClaim {
     std::optional<double> offsetSeconds = {}; ///< as in the claim, but where it was heard; absent: not heard

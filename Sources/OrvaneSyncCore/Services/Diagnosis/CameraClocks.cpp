@@ -170,11 +170,12 @@ class CameraClocks {
             matched <= explanation::clearly * static_cast<double>(trial.covered.size()) ||
             (isGuess && static_cast<double>(ofOtherUnits) >= explanation::majority * matched))
             return false;
-        const auto heard = common.heardClips == 0 ? claimed.heard(toHear_)
-                                                  : ClaimedOffset::Heard{.clips = common.heardClips};
+        auto heard = common.heardClips == 0 ? claimed.heard(toHear_)
+                                            : ClaimedOffset::Heard{.clips = common.heardClips};
         if (heard.isRefuted && (isGuess || trial.isPart)) return false;
         if (heard.correctionSeconds && addOffset(trial, heard.corrected(common.seconds, rate_))) return true;
-        if (!heard.isConfirmed() && rolling.explain(common)) return false;
+        heard.refuseCorrection();
+        if (!heard.areSeveral() && rolling.explain(common)) return false;
         tell(trial, common, heard, found, suggested);
         return true;
     }
@@ -203,9 +204,7 @@ class CameraClocks {
         auto alone = trial.isPart ? cure_.scanOfClipsBetween(*trial.clips.front(), *trial.clips.back())
                                   : cure_.scanOfClips(scan);
         // If the card has other clips too, a table corrects these and keeps all clips in one document.
-        const bool isOne = heard.spreadSeconds == 0 || !common.isGuess(rate_);
-        const bool isTable =
-            alone && heard.isConfirmed() && isOne && !trial.soundDay && trial.covered.empty();
+        const bool isTable = alone && heard.isConfirmed() && !trial.soundDay && trial.covered.empty();
         const CommonOffset known = heard.known(common, shoot_);
         DoubtCure cure =
             cure_.of(scan, common.seconds).in(std::move(alone)) +
@@ -213,7 +212,7 @@ class CameraClocks {
             known.clapAfter(rate_);
         if (heard.isUnasked && common.isOdd())
             cure = cureWords::listenFirst;
-        else if (heard.spreadSeconds > 0 && common.isGuess(rate_))
+        else if (heard.spreadSeconds > 0)
             cure = cureWords::byNoOneOffset(spanText(heard.spreadSeconds));
         if (isTable)
             cure = cureWords::asHeard("attach their recordings and move them by that",

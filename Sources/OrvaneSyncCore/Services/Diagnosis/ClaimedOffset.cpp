@@ -63,7 +63,13 @@ std::vector<const ClaimedOffset::Laid*> ClaimedOffset::audible() const {
     return result;
 }
 
-bool ClaimedOffset::Heard::isConfirmed() const { return clips >= fewestHeard; }
+bool ClaimedOffset::Heard::areSeveral() const { return clips >= fewestHeard; }
+bool ClaimedOffset::Heard::isConfirmed() const { return areSeveral() && spreadSeconds == 0; }
+
+void ClaimedOffset::Heard::refuseCorrection() {
+    const double seconds = std::abs(correctionSeconds.value_or(0));
+    if (seconds >= leastByHandSeconds) spreadSeconds = seconds;
+}
 
 CommonOffset ClaimedOffset::Heard::known(CommonOffset offset, const Shoot& shoot) const {
     const bool mayHear = shoot.input.heardClaims != nullptr || isUnasked;
@@ -102,7 +108,7 @@ ClaimedOffset::Heard ClaimedOffset::heard(std::vector<SoundClaim>* toHear) const
         if (std::abs(correction) <= reach_ + coverSlackSeconds) corrections.push_back(correction);
     }
     result.clips = static_cast<int>(corrections.size());
-    if (result.isConfirmed()) {
+    if (result.areSeveral()) {
         const auto [least, most] = std::ranges::minmax(corrections);
         result.spreadSeconds = most - least;
     }

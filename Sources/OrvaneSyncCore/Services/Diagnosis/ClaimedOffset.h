@@ -29,7 +29,11 @@ class ClaimedOffset {
         bool isRefuted = false; ///< several clips were analysed, and none has the recording there
         bool isUnasked = false; ///< no clip was analysed, and some clips could decide
 
+        bool areSeveral() const; ///< clips were measured, whether or not they agree
         bool isConfirmed() const;
+        /// For an offset that stays uncorrected because the corrected one covers fewer clips: then what was
+        /// heard confirms no offset, unless the correction is small.
+        void refuseCorrection();
         /// The claimed offset, corrected by what was heard.
         CommonOffset corrected(double offsetSeconds, TimecodeFrameRate rate) const;
         /// The offset with its accuracy: whole and half hours are only known roughly if the sound of the

@@ -246,16 +246,17 @@ class ClockDoubts {
         if (isForAll &&
             static_cast<double>(used.size()) < explanation::majority * static_cast<double>(recordings))
             return false;
-        const auto heard = common.heardClips == 0 ? claimed.heard(toHear_)
-                                                  : ClaimedOffset::Heard{.clips = common.heardClips};
+        auto heard = common.heardClips == 0 ? claimed.heard(toHear_)
+                                            : ClaimedOffset::Heard{.clips = common.heardClips};
         // Room tone and wild tracks follow takes by about the same time, and microphones find them under none
         // of the clips.
         if (heard.isRefuted && (claimed.isSoundOfClipsInPlace() || (!isForAll && common.isGuess(rate_))))
             return false;
         if (heard.correctionSeconds && addOffset(one, card, heard.corrected(offset, rate_), isForAll))
             return true;
+        heard.refuseCorrection();
         const auto isOfCard = [&](const MediaAsset& recording) { return isOn(card, shoot_, recording); };
-        if (!heard.isConfirmed() && rolling.explain(common) && !areHeardOutOfPlace(shoot_, isOfCard))
+        if (!heard.areSeveral() && rolling.explain(common) && !areHeardOutOfPlace(shoot_, isOfCard))
             return false;
         const int lost = lostBy(one, card, offset);
         std::string text = one.name(shoot_) + " are ";
@@ -289,7 +290,7 @@ class ClockDoubts {
             text += "; the microphones of the cameras heard nothing of them there";
         if (heard.isUnasked && common.isOdd())
             cure = cureWords::listenFirst;
-        else if (heard.spreadSeconds > 0 && common.isGuess(rate_))
+        else if (heard.spreadSeconds > 0)
             cure = cureWords::byNoOneOffset(spanText(heard.spreadSeconds));
         else if (mayBeRoomTone && (heard.isRefuted || (lost > 0 && !heard.isConfirmed())))
             cure = notToBeMoved();

@@ -87,7 +87,8 @@ void addGivenOffset(const Shoot& shoot, SyncDoubts& doubts) {
                                    "check a clap, move three clips by hand, and lock those that are right"}},
                  clips);
     for (const Shoot::Clip* clip : clips)
-        if (const auto lag = heardLag(shoot, *clip))
+        if (const auto lag = heardLag(shoot, *clip);
+            lag && haveNoOtherSound({clip}, folderOf(*clip->group->audioMatches.front().audio)))
             doubts.byGroup[clip->group->id].back().suggestion =
                 SyncDoubt::Suggestion{.offsetSeconds = *lag - microphoneDelaySeconds};
 }

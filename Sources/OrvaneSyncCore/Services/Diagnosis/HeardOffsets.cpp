@@ -283,6 +283,7 @@ class HeardOffsets {
             heard.elsewhere.insert(heard.elsewhere.end(), other.second.elsewhere.begin(),
                                    other.second.elsewhere.end());
         }
+        if (cards > 1 && rateOf(shoot_, heard)) return false;
         if (const auto common = clockDriftOf(heard); common && cards > 1 && !card.soundings().empty()) {
             addClockDrift(shoot_, key, card, *common, doubts_);
             for (const auto& other : cards_)

@@ -143,15 +143,13 @@ class OtherRecorders {
     }
     DoubtCure cureOf(const std::string& folder, const std::string& kept, bool isKeptHeard) const {
         if (folder == kept) return {};
-        const auto isOther = recordingsOf(folder, kept);
+        const auto isOther = recordingsOf(folder, kept), isOfKept = recordingsOf(kept, folder);
         const auto isOthers = [&](const AudioMatch& match) { return isOther(*match.audio); };
         std::vector<const Shoot::Clip*> users;
         for (const Shoot::Clip& clip : shoot_.clips) {
             const auto& matches = clip.group->audioMatches;
             if (std::ranges::none_of(matches, isOthers)) continue;
-            const auto isKept = [&](const AudioMatch& match) {
-                return match.audio->url.path.starts_with(kept);
-            };
+            const auto isKept = [&](const AudioMatch& match) { return isOfKept(*match.audio); };
             if (isOthers(matches.front()) && !(isKeptHeard && std::ranges::any_of(matches, isKept)))
                 return {};
             users.push_back(&clip);

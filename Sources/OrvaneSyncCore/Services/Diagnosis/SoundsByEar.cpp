@@ -217,7 +217,11 @@ std::vector<ClosePair> closePairs(const Shoot& shoot, const std::vector<HeardPai
 /// delay of the microphone is subtracted.
 void layByClocks(const Shoot& shoot, std::vector<HeardPair>& all) {
     std::map<std::pair<std::string_view, std::optional<long>>, std::vector<HeardPair*>> recorders;
-    for (HeardPair& one : all) recorders[one.recorder(shoot)].push_back(&one);
+    for (HeardPair& one : all)
+        if (one.pair.clip->place && shoot.recordingByID.contains(one.pair.recording->id))
+            recorders[one.recorder(shoot)].push_back(&one);
+        else // without timecode, the offset is the delay between two starts, not that of a clock
+            one.offsetSeconds -= microphoneDelaySeconds;
     const TimecodeFrameRate rate = rateOfLabels(shoot);
     for (auto& [recorder, found] : recorders) {
         std::ranges::sort(found, {}, &HeardPair::offsetSeconds);

@@ -45,6 +45,7 @@ void OwnDays::learn(const MediaAsset& video, const FilePlace& place, const std::
     Clips& clips = clips_[{folderPath(video), *day}];
     const bool hasOwn = hasAllOfItsDay(place, meetings), hasOthers = hasOtherDays(meetings);
     if (hasOwn && !hasOthers) ++clips.ofOwnDay;
+    if (hasOwn && hasOthers) ++clips.ofBothDays;
     if (!hasOwn && hasOthers) clips.lacksOwn = true;
 }
 
@@ -68,7 +69,8 @@ void OwnDays::leaveOutOthers(const MediaAsset& video, const FilePlace& place,
     if (!isDatedByHeader(place) || !hasOtherDays(meetings)) return;
     const auto clips = clips_.find({folderPath(video), *place.headerDay});
     if (clips == clips_.end() || clips->second.ofOwnDay == 0 || clips->second.lacksOwn ||
-        !hasAllOfItsDay(place, meetings) || confirmedBeside(clips->first) < fewest)
+        !hasAllOfItsDay(place, meetings) || confirmedBeside(clips->first) < fewest ||
+        clips->second.ofOwnDay < clips->second.ofBothDays)
         return;
     std::erase_if(meetings, [&](const Meeting& meeting) {
         return meeting.isOfOtherDay && soundOfOwnDay_.contains(cardOf(meeting));

@@ -29,7 +29,8 @@ class OwnDays {
   private:
     using Card = std::pair<std::string_view, long>; ///< folder and day
     struct Clips {
-        int ofOwnDay = 0;
+        int ofOwnDay = 0;   ///< clips with sound of that day only
+        int ofBothDays = 0; ///< clips that also have sound of another day
         bool lacksOwn = false;
     };
     int confirmedBeside(const Card& card) const;

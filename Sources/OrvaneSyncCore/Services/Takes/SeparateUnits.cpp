@@ -104,8 +104,9 @@ bool SeparateUnits::areApart(const MediaAsset& a, const MediaAsset& b) const {
 
 bool SeparateUnits::have(const SyncGroup& a, const SyncGroup& b) const {
     const MediaAsset *own = a.primaryAudio(), *other = b.primaryAudio();
-    return own != nullptr && other != nullptr && isNearer(a, *own, *other) && isNearer(b, *other, *own) &&
-           areApart(*own, *other) && !areOfOneSlate(*own, *other);
+    if (own == nullptr || other == nullptr || own->id == other->id) return false;
+    return isNearer(a, *own, *other) && isNearer(b, *other, *own) && areApart(*own, *other) &&
+           !areOfOneSlate(*own, *other);
 }
 
 bool SeparateUnits::isOfOther(const SyncGroup& clip, const MediaAsset& recording) const {

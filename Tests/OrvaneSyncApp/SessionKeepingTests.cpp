@@ -82,13 +82,15 @@ TEST_F(SessionKeepingTest, clipsThatNoFileCanHoldLeaveTheOldOnes) {
 TEST_F(SessionKeepingTest, whatTheDiskRefusesIsSavedElsewhereAndComesBackFromThere) {
     manager_->start(controller_);
     const UUID id = newSession();
-    bringClips(3);
+    const WildTrack birds(test::audio("birds.wav"));
+    controller_->openStoredWork({FileURL{"/media/Day 1"}, FileURL{"/media/Sound"}, clips(3), {birds}});
     flush();
     EXPECT_TRUE(manager_->unsaved().empty());
     const fs::path place = folder_.path(id.text() + ".orvanesync");
     fs::rename(place, folder_.path("aside"));
     folder_.write(id.text() + ".orvanesync", "");
     approveFirst();
+    controller_->recordings().renameWildTrack(birds.id, "Birds");
     flush();
     ASSERT_EQ(manager_->unsaved().size(), 1U);
     EXPECT_EQ(manager_->unsaved().front().clips, 1U) << "of three";
@@ -108,6 +110,10 @@ TEST_F(SessionKeepingTest, whatTheDiskRefusesIsSavedElsewhereAndComesBackFromThe
     flush();
     EXPECT_TRUE(onDisk(id).groups.front().isApproved);
     EXPECT_TRUE(names(id).contains("groups.json.other")) << "what the copy has replaced";
+    EXPECT_EQ(SessionStore(folder_.path()).readWildTracks(id).record->front().customName, "Birds");
+    other.write(file(id, "groups.json"), "[");
+    finish(manager_->loadCopy(other.path(id.text() + ".orvanesync"), controller_));
+    EXPECT_EQ(controller_->work().syncGroups().size(), 3U) << "clips that can't be read replace none";
 }
 
 TEST_F(SessionKeepingTest, aWriteThatFailsShowsAndIsTriedAgain) {

@@ -41,7 +41,7 @@ void OpenSession::isRead(const StoredSession& read) {
         read.wildTracks.record.value_or(std::vector<WildTrack>()));
     areFoldersUnreadable = read.folders.problem.has_value();
     for (const auto& one :
-         {read.infoProblem, read.folders.problem, read.wildTracks.problem, read.groups.problem})
+         {read.info.problem, read.folders.problem, read.wildTracks.problem, read.groups.problem})
         if (one) openingProblem = openingProblem ? *openingProblem + "; " + *one : *one;
 }
 
@@ -49,6 +49,7 @@ void OpenSession::isWritten(const SessionWork& work) {
     folders = work.folders.folders;
     wildTracks = work.wildTracks.tracks;
     areFoldersUnreadable = areFoldersUnreadable && work.folders.isEmpty();
+    isOfCopy = false;
     deletionProblem.reset();
 }
 
@@ -92,6 +93,12 @@ SessionWork OpenSession::workOf(const ImportController& controller) const {
     if (change.hasCorrections) {
         change.folders.corrections = corrections;
         change.folders.matchedBy = matchedBy;
+    }
+    if (isOfCopy) {
+        const SessionFoldersChange chosen = change;
+        work.changesAll();
+        // A copy without readable folders leaves those of the own store.
+        if (folders == SessionFolders{}) work.folders = chosen;
     }
     return work;
 }

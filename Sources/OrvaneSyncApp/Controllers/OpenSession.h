@@ -17,6 +17,7 @@ struct OpenSession {
     SessionFolders folders; ///< of media
     WildTracksChange::Tracks wildTracks;
     bool areFoldersUnreadable = false;
+    bool isOfCopy = false; ///< read from a copy elsewhere, and not written to the own store yet
     // The shown problem is built from these and from the problem of the list of folders.
     std::optional<std::string> openingProblem; ///< what of the session could not be read
     std::optional<std::string> deletionProblem;

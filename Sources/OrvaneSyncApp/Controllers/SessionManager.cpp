@@ -15,6 +15,13 @@ namespace {
 constexpr std::chrono::seconds autosaveInterval{5};
 constexpr std::chrono::seconds lookInterval{1};
 
+/// A copy replaces the clips of a session, which may be good.
+void refuseUnreadableCopy(const std::optional<StoredSession>& read, const std::string& folder) {
+    if (!read || (!read->groups.file && !read->groups.problem))
+        throw platform::FileError("The folder " + folder + " is not one of a session");
+    if (read->groups.problem) throw platform::FileError(*read->groups.problem);
+}
+
 } // namespace
 
 /// Receives the results of the writing.
@@ -246,13 +253,19 @@ platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID ses
     co_await reading;
     self = weak.lock();
     const auto work = controller.lock();
-    if (!self || !work || !*read || self->openings_ != opening || stop.stop_requested()) co_return;
+    if (!self || !work || self->openings_ != opening || stop.stop_requested()) co_return;
+    if (elsewhere) refuseUnreadableCopy(*read, SessionStore(*elsewhere).folderOf(sessionId));
+    if (!*read) co_return;
     self->keepDecisionsOf(*work);
     self->leaveSession(); // edits made meanwhile are saved in the session that they belong to
     // If a copy is opened, the clips that the session has on the disk were not read. A save keeps their file.
     self->writes_->opened(sessionId, elsewhere ? SessionStore::Groups() : (*read)->groups);
+    const auto& info = (*read)->info.record;
+    if (elsewhere && info && self->session(sessionId) == nullptr) self->adopt(*info);
     self->open(sessionId, std::move(**read), *work);
-    if (elsewhere) self->save(*work);
+    if (!elsewhere) co_return;
+    self->open_.isOfCopy = true;
+    self->save(*work);
 }
 
 void SessionManager::open(const UUID& sessionId, StoredSession read, ImportController& controller) {

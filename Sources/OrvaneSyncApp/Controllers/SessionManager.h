@@ -82,7 +82,8 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
     platform::Task load(UUID sessionId, const std::shared_ptr<ImportController>& controller);
     /// Opens the folder of a session that was saved elsewhere, and saves it as the session with its id. If
     /// that session has clips on the disk, their file is kept as `groups.json.other`. Throws FileError if
-    /// the folder does not have the name of a session folder.
+    /// the folder does not have the name of a session folder; the task throws it if the folder has no clips
+    /// that can be read, and the open session stays then.
     platform::Task loadCopy(const std::string& path, const std::shared_ptr<ImportController>& controller);
     platform::Task loadMostRecentSession(std::shared_ptr<ImportController> controller);
     /// Makes empty work under a new id and saves it at once. The task is that of `save`.

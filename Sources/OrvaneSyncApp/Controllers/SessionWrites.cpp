@@ -32,9 +32,7 @@ platform::Task SessionWrites::writeCopies(std::string folder) const {
     for (const auto& [id, data] : unwritten_) {
         if (!data.work || data.work->leavesClipsAlone) continue;
         auto work = std::make_shared<SessionWork>(*data.work);
-        SessionFoldersChange& media = work->folders;
-        media.hasVideo = media.hasAudio = media.hasScope = media.hasCorrections = true;
-        work->wildTracks.known.reset();
+        work->changesAll();
         UnwrittenSession copy = data;
         copy.work = std::move(work);
         copy.isChanged = true;

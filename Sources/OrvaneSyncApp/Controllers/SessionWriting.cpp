@@ -20,10 +20,15 @@ void attempt(std::vector<std::string>& failures, std::string_view file, const Op
 
 } // namespace
 
+void SessionWork::changesAll() {
+    folders.hasVideo = folders.hasAudio = folders.hasScope = folders.hasCorrections = true;
+    wildTracks.known.reset();
+}
+
 std::optional<StoredSession> readStoredSession(const SessionStore& store, const UUID& id) {
     if (!store.exists(id)) return std::nullopt;
     return StoredSession{store.readGroups(id), store.readFolders(id), store.readWildTracks(id),
-                         store.readInfo(id).problem, store.readFolderInfos()};
+                         store.readInfo(id), store.readFolderInfos()};
 }
 
 void writeSessionWork(const SessionStore& store, SessionGroupsWriter& writer, const UUID& id,

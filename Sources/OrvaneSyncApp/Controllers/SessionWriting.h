@@ -18,6 +18,9 @@ struct SessionWork {
     SessionFoldersChange folders;
     WildTracksChange wildTracks;
     bool leavesClipsAlone = false; ///< the clips on the disk are not changed
+
+    /// Marks everything as changed, for a disk that may have none of it, or an older state.
+    void changesAll();
 };
 
 /// The changes of a session that are not written yet.
@@ -45,7 +48,7 @@ struct StoredSession {
     SessionStore::Groups groups;
     SessionStore::Stored<SessionFolders> folders;
     SessionStore::Stored<std::vector<WildTrack>> wildTracks;
-    std::optional<std::string> infoProblem;                       ///< why its record can't be read
+    SessionStore::Stored<SessionInfo> info;
     SessionStore::Stored<std::vector<FolderInfo>> sessionFolders; ///< those of all sessions
 };
 /// Absent if there is no such session.

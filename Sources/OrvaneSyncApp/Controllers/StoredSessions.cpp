@@ -46,8 +46,11 @@ platform::Task StoredSessions::read(const UUID& id,
 
 platform::Task StoredSessions::readCopy(const UUID& id, const std::string& elsewhere,
                                         std::shared_ptr<std::optional<StoredSession>> session) const {
-    return readInto(queue_, mainThread_, std::move(session),
-                    [elsewhere, id] { return readStoredSession(SessionStore(elsewhere), id); });
+    return readInto(queue_, mainThread_, std::move(session), [store = store_, elsewhere, id] {
+        auto copy = readStoredSession(SessionStore(elsewhere), id);
+        if (copy) copy->sessionFolders = store.readFolderInfos();
+        return copy;
+    });
 }
 
 platform::Task StoredSessions::find(std::vector<UUID> candidates, const std::vector<FileURL>& folders,

@@ -24,7 +24,7 @@ class StoredSessions {
     platform::Task readLists(std::shared_ptr<StoredLists> lists) const;
     /// Leaves `session` empty if there is no such session. A stopped call still reads to the end.
     platform::Task read(const UUID& id, std::shared_ptr<std::optional<StoredSession>> session) const;
-    /// The same for a session whose folder is in the folder `elsewhere`.
+    /// The same for a session whose folder is in the folder `elsewhere`; `sessionFolders` are the own ones.
     platform::Task readCopy(const UUID& id, const std::string& elsewhere,
                             std::shared_ptr<std::optional<StoredSession>> session) const;
     /// Writes the first of the candidates whose media were in exactly these folders; absent if there is none.

@@ -297,10 +297,22 @@ void MainWindow::openProject(const QString& path) {
 }
 
 void MainWindow::openCopyOfSession(const QString& path) {
-    try {
-        desktop_.sessions().loadCopy(utf8(path), desktop_.context().controller);
-    } catch (const platform::FileError& why) {
+    const auto showWhy = [this](const std::exception& why) {
         banner_->show(Signal::missing, translatedSentence(why.what()));
+    };
+    try {
+        desktop_.sessions()
+            .loadCopy(utf8(path), desktop_.context().controller)
+            .whenDone([self = QPointer(this), showWhy](const std::exception_ptr& raised) {
+                if (!self || !raised) return;
+                try {
+                    std::rethrow_exception(raised);
+                } catch (const std::exception& why) {
+                    showWhy(why);
+                }
+            });
+    } catch (const platform::FileError& why) {
+        showWhy(why);
     }
 }
 

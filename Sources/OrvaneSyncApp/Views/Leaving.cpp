@@ -117,27 +117,35 @@ void Leaving::ask(const QString& stalled) {
     box_->setEscapeButton(stay);
     QObject::connect(
         box_, &QMessageBox::buttonClicked, &window_,
-        [this, again, elsewhere, quit, unsaved](const QAbstractButton* answer) {
+        [this, again, elsewhere, quit](const QAbstractButton* answer) {
             box_.clear();
             if (answer == again) return begin();
             if (elsewhere != nullptr && answer == elsewhere) return saveElsewhere();
             isAsked_ = false;
             if (answer != quit) return;
-            for (const auto& one : unsaved)
+            for (const auto& one : desktop_.sessions().unsaved()) // what was saved meanwhile is not in it
                 if (one.clips > 0)
                     design::keptState::set(leftUnsavedKey(one.id), static_cast<int>(one.clips));
             design::keptState::finish();
             end_();
         },
         Qt::QueuedConnection);
+    // The window frame closes the box without a button: the user keeps working. `box_` is null if the program
+    // itself closes it.
+    QObject::connect(box_, &QMessageBox::finished, &window_, [this, box = box_.data()] {
+        if (box_ != box || box->clickedButton() != nullptr) return;
+        box_.clear();
+        isAsked_ = false;
+    });
     box_->open();
 }
 
 void Leaving::saveElsewhere() {
+    isAsked_ = false; // a save that succeeds while the folder is chosen must not end the program
     const QString folder =
         QFileDialog::getExistingDirectory(&window_, QObject::tr("Choose a folder on another disk"), QString(),
                                           QFileDialog::ShowDirsOnly | QFileDialog::DontUseNativeDialog);
-    if (folder.isEmpty()) return ask({});
+    if (folder.isEmpty() || desktop_.sessions().unsaved().empty()) return begin();
     desktop_.sessions()
         .saveCopies(utf8(folder))
         .whenDone([this, folder, window = QPointer(&window_)](const std::exception_ptr& raised) {
@@ -146,10 +154,8 @@ void Leaving::saveElsewhere() {
                 if (raised) std::rethrow_exception(raised);
             } catch (const std::exception& why) {
                 tell(&window_, QObject::tr("The session could not be saved there"), whyNotSaved(why.what()));
-                isAsked_ = false;
                 return;
             }
-            isAsked_ = false;
             if (isAgreed(&window_, QObject::tr("The session lies in %1").arg(folder),
                          QObject::tr("Once there is room again, drop its folder (its name ends with "
                                      ".orvanesync) on the window: it is open then as it is now."),

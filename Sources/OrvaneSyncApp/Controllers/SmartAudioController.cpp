@@ -39,6 +39,7 @@ platform::Task SmartAudioController::runSmartAudioAnalysis(SmartAudioMode mode,
     work_.notices.assertOnMainThread();
     if (mode == SmartAudioMode::off) {
         caches_.state.results.clear();
+        caches_.routed.clear();
         caches_.state.passedOver.clear();
         work_.notify(ImportField::smartAudio);
         return platform::Task::ended();

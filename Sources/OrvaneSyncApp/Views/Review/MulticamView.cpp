@@ -150,7 +150,10 @@ MulticamView::MulticamView(Desktop& desktop, ReviewActions& actions, std::functi
     keys_ = new KeyOverlay(this, [this] {
         return multicamKeyOverview(desktop_.context().shortcuts()->bindings(), cells_.size());
     });
-    multicam_->toggleFullscreen = [this] { toggleFullscreen(); };
+    multicam_->toggleFullscreen = [this] {
+        returnsToFullscreen_ = false; // the user decides
+        toggleFullscreen();
+    };
     multicam_->moveInList = [this](KeyAction action) { go(action == KeyAction::nextGroup ? 1 : -1); };
     multicam_->refuse = [this](KeyAction action) {
         desktop_.sayWhyNot(tr("“%1” is for one camera: a double click on its picture opens it alone.")
@@ -206,14 +209,20 @@ void MulticamView::toggleFullscreen() {
 
 bool MulticamView::hear(std::size_t camera) {
     if (camera >= cells_.size()) return false;
-    JSON arguments = JSON::object();
-    arguments.set("groupID", cells_[camera]->id.text());
-    desktop_.run("clusterAudioSource", std::move(arguments));
+    hear(cells_[camera]->id);
     return true;
+}
+
+void MulticamView::hear(const UUID& camera) {
+    returnsToFullscreen_ = false;
+    JSON arguments = JSON::object();
+    arguments.set("groupID", camera.text());
+    desktop_.run("clusterAudioSource", std::move(arguments));
 }
 
 bool MulticamView::handleFullscreen(const KeyEvent& event) {
     if (!fullscreen_ || !FullscreenManager::isLeftBy(event)) return false;
+    returnsToFullscreen_ = false;
     toggleFullscreen();
     return true;
 }
@@ -266,11 +275,7 @@ void MulticamView::layOut() {
     const int across = static_cast<int>(std::ceil(std::sqrt(static_cast<double>(std::max(count, 1)))));
     for (int i = 0; i < std::max(across, grid_->columnCount()); ++i)
         grid_->setColumnStretch(i, i < across ? 1 : 0);
-    const auto hear = [this](const UUID& id) {
-        JSON arguments = JSON::object();
-        arguments.set("groupID", id.text());
-        desktop_.run("clusterAudioSource", std::move(arguments));
-    };
+    const auto hearOne = [this](const UUID& id) { hear(id); };
     for (const auto& [id, label] : multicam_->bag().memberLabels()) {
         const auto& engine = multicam_->bag().engines().at(id);
         const SyncGroup* clip = desktop_.controller().work().syncGroups().find(id);
@@ -280,14 +285,15 @@ void MulticamView::layOut() {
         const auto at = static_cast<int>(cells_.size());
         constexpr int digits = 9;
         auto* cell =
-            new Cell(id, at < digits ? at + 1 : 0, name, desktop_.mainThread(), engine, hear, openClip_);
+            new Cell(id, at < digits ? at + 1 : 0, name, desktop_.mainThread(), engine, hearOne, openClip_);
         grid_->addWidget(cell, at / across, at % across);
         cells_.push_back(cell);
         ofEngines_.push_back(engine->onChange([this, cell](VideoEngineField field) {
             if (field == VideoEngineField::playhead || field == VideoEngineField::transport)
                 cell->showTimecode();
             if (field == VideoEngineField::transport) {
-                if (returnsToFullscreen_ && cell->id == multicam_->bag().audioSourceMemberID()) {
+                if (returnsToFullscreen_ && !fullscreen_ &&
+                    cell->id == multicam_->bag().audioSourceMemberID()) {
                     toggleFullscreen(); // does nothing before the camera has a picture
                     returnsToFullscreen_ = !fullscreen_;
                 }

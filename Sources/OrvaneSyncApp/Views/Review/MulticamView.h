@@ -42,6 +42,7 @@ class MulticamView : public WorkScreen {
 
   private:
     class Cell;
+    void hear(const UUID& camera);
     void follow();
     void go(int step);
     void layOut();
@@ -58,7 +59,8 @@ class MulticamView : public WorkScreen {
     CameraStrip* strip_;
     KeyOverlay* keys_;
     std::unique_ptr<FullscreenManager> fullscreen_; ///< of the camera that was sent there
-    bool returnsToFullscreen_ = false;              ///< once the next take can be seen
+    bool returnsToFullscreen_ =
+        false; ///< once the next take can be seen, unless the user does something else
     std::vector<Cell*> cells_;
     std::vector<UUID> shown_;
     std::vector<platform::Subscription> ofEngines_;

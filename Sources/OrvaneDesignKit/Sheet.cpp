@@ -121,9 +121,14 @@ void showToast(QWidget* window, const QString& text) {
     toast->setProperty("banner", true);
     toast->setAttribute(Qt::WA_TransparentForMouseEvents);
     auto* row = new QHBoxLayout(toast);
-    row->addWidget(new QLabel(text));
+    auto* label = new QLabel(text);
+    row->addWidget(label);
     toast->setAccessibleName(text);
     toast->adjustSize();
+    if (const int widest = window->width() - 2 * space::large; toast->width() > widest) {
+        label->setWordWrap(true);
+        toast->resize(widest, row->heightForWidth(widest));
+    }
     QRect place(toast->rect());
     place.moveCenter({window->width() / 2, 0});
     place.moveBottom(window->height() - space::large);

@@ -19,6 +19,11 @@ namespace orvane::views {
 
 using namespace design;
 
+void MainWindow::showNotice(Signal signal, const QString& what) {
+    const bool isOffered = !lost_.isEmpty() && banner_->text() == lost_;
+    isOffered ? showToast(this, what) : banner_->show(signal, what);
+}
+
 void MainWindow::showAnalysisBanner() {
     const SmartAudioState& state = desktop_.controller().smartAudio().state();
     const SyncGroupList& clips = desktop_.controller().work().syncGroups();
@@ -30,15 +35,15 @@ void MainWindow::showAnalysisBanner() {
     const bool isOfOpenWork = analysed_ && clips.find(*analysed_) != nullptr;
     if (std::exchange(analysedClips_, 0) < 2 || !isOfOpenWork) return;
     if (const auto warning = unheardWarning(WorkSnapshot(desktop_.controller())))
-        return banner_->show(Signal::missing, translatedSentence(*warning));
+        return showNotice(Signal::missing, translatedSentence(*warning));
     int heard = 0, withSound = 0;
     for (const SyncGroup& clip : clips) {
         if (clip.isMOS() || !clip.matchStatus.isSettled()) continue;
         ++withSound;
         if (state.results.heard(clip.id) != nullptr) ++heard;
     }
-    banner_->show(Signal::none,
-                  tr("Smart Audio has analyzed %1 of %2 clips with sound.").arg(heard).arg(withSound));
+    showNotice(Signal::none,
+               tr("Smart Audio has analyzed %1 of %2 clips with sound.").arg(heard).arg(withSound));
 }
 
 void MainWindow::showLostBanner(const ClipDecisions& before, const SyncGroupList& clipsBefore) {

@@ -362,18 +362,18 @@ void MainWindow::showLockitBanner() {
     const SyncEnd end = lockit.lastSyncEnd();
     const bool isWithoutFolder =
         *status == LockitController::noProject && !desktop_.sessions().places().folderOfOpenSession();
-    banner_->show(end == SyncEnd::failed      ? Signal::missing
-                  : end == SyncEnd::noMatches ? Signal::doubtful
-                                              : Signal::none,
-                  isWithoutFolder
-                      ? tr("A LockitNetwork project belongs to a folder of sessions, and this session is in "
-                           "none. Move it into a folder by its menu in the side bar, then choose the "
-                           "project by “Lockit” beside the folder's name.")
-                      : translatedSentence(*status));
+    showNotice(end == SyncEnd::failed      ? Signal::missing
+               : end == SyncEnd::noMatches ? Signal::doubtful
+                                           : Signal::none,
+               isWithoutFolder
+                   ? tr("A LockitNetwork project belongs to a folder of sessions, and this session is in "
+                        "none. Move it into a folder by its menu in the side bar, then choose the "
+                        "project by “Lockit” beside the folder's name.")
+                   : translatedSentence(*status));
 }
 
 void MainWindow::showPageBanner(Signal signal, const QString& what) {
-    banner_->show(signal, pageBanner_ = what);
+    showNotice(signal, pageBanner_ = what);
 }
 
 void MainWindow::forget(QString& told) {

@@ -87,6 +87,9 @@ class MainWindow : public QMainWindow {
     void offerKnownSession();
     /// While a scan runs, shows a message and returns true, because other folders would end the scan.
     bool refusesDuringScan();
+    /// A message without an action. At the foot of the window while the banner offers to keep the decisions,
+    /// which the user cannot call up again.
+    void showNotice(design::Signal signal, const QString& what);
     /// For a message about the page and the clips in front: it is removed when these are left.
     void showPageBanner(design::Signal signal, const QString& what);
     /// Removes the banner if it still shows that text.

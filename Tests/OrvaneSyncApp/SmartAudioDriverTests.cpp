@@ -564,6 +564,9 @@ TEST_F(SmartAudioDriverTest, resultsComeBackWithTheirClipsAndTellWhatTheyWereMad
     EXPECT_EQ(controller_->smartAudio().outdatedCount(), all - 1);
     analyseAll();
     EXPECT_EQ(controller_->smartAudio().outdatedCount(), 0U);
+    settings_->set("smartAudio.blockMode", "fine");
+    analyseAll(false, SmartAudioMode::off);
+    EXPECT_EQ(controller_->smartAudio().outdatedCount(), 0U) << "what has no result";
 }
 
 TEST_F(SmartAudioDriverTest, blocksAreMeasuredOnTheDialogueOfAModel) {

@@ -156,7 +156,7 @@ void Leaving::saveElsewhere() {
                 tell(&window_, QObject::tr("The session could not be saved there"), whyNotSaved(why.what()));
                 return;
             }
-            if (isAgreed(&window_, QObject::tr("The session lies in %1").arg(folder),
+            if (isAgreed(&window_, QObject::tr("The session was saved in %1").arg(folder),
                          QObject::tr("Once there is room again, drop its folder (its name ends with "
                                      ".orvanesync) on the window: it is open then as it is now."),
                          QObject::tr("Quit"), QObject::tr("Keep Working")))

@@ -127,9 +127,9 @@ JSON toggleLock(CommandContext& context, const Call& call) {
             context.controller->clips().toggleLocked(clip);
     });
     if (isInWindow)
-        context.review().sayWhyNot(
-            isMoved ? "The clip is locked where its sound lies by now. Ctrl+L again unlocks it."
-                    : "The clip is unlocked. Ctrl+L locks it again.");
+        context.review().sayWhyNot(isMoved
+                                       ? "The clip is locked at its present offset. Ctrl+L again unlocks it."
+                                       : "The clip is unlocked. Ctrl+L locks it again.");
     return {};
 }
 

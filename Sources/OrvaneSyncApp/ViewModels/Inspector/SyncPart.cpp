@@ -91,6 +91,12 @@ void addReasons(SyncPart& part, double secondsOut) {
 
 } // namespace
 
+std::string SyncPart::lockOf(const SyncGroup& group) {
+    if (!group.isMOS() && isMovedSinceLock(group)) return "Lock at This Offset";
+    if (group.isLocked) return "Unlock";
+    return group.isMOS() ? "Lock as without sound" : "Lock";
+}
+
 SyncPart SyncPart::of(const SyncGroup& group, double frameRate) {
     SyncPart part;
     part.method = group.syncMethod;
@@ -113,10 +119,7 @@ SyncPart SyncPart::of(const SyncGroup& group, double frameRate) {
                                     : "⌘⌥ Click on the audio waveform to set the sync anchor";
     addReasons(part, secondsOut);
     part.updateAnchor = part.hasAnchor ? "Update Clap Point" : "Set Clap Point";
-    part.lock = !part.hasSound            ? part.isLocked ? "Unlock" : "Lock as without sound"
-                : isMovedSinceLock(group) ? "Lock where it lies now"
-                : part.isLocked           ? "Unlock"
-                                          : "Lock";
+    part.lock = lockOf(group);
     if (isMovedSinceLock(group)) {
         const std::string frames = shownFramesText(*group.lockedAtManualOffset, part.frameRate);
         const bool isOne = frames.ends_with("1") && frames.size() <= 2; // the text has a sign

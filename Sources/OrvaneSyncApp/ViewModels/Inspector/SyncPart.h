@@ -35,6 +35,8 @@ struct SyncPart {
 
     /// `frameRate`: frames per second of the clip's times (TimelineController::timelineFrameRate).
     static SyncPart of(const SyncGroup& group, double frameRate);
+    /// `lock` of the clip.
+    static std::string lockOf(const SyncGroup& group);
     bool operator==(const SyncPart&) const = default;
 };
 

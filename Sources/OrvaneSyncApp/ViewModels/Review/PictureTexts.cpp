@@ -46,8 +46,7 @@ std::optional<PictureNote> pictureNote(const SyncGroup* clip, VideoEngine& engin
 }
 
 std::string unseenDecisionsText(const SyncGroup& clip, double frameRate) {
-    return "What you decide holds all the same: sound at " +
-           formatOffset(clip.manualAudioOffsetSeconds, frameRate) +
+    return "Decisions are kept: sound at " + formatOffset(clip.manualAudioOffsetSeconds, frameRate) +
            (clip.isLocked ? ", locked." : ", not locked.");
 }
 

@@ -21,8 +21,8 @@ struct PictureNote {
 /// picture, or if one is being decoded.
 std::optional<PictureNote> pictureNote(const SyncGroup* clip, VideoEngine& engine, bool isHelperMissing);
 
-/// What is decided about a clip whose picture cannot be seen, such as "What you decide holds all the same:
-/// sound at +1f, locked." `frameRate`: frames per second of the offset.
+/// What is decided about a clip whose picture cannot be seen, such as "Decisions are kept: sound at +1f,
+/// locked." `frameRate`: frames per second of the offset.
 std::string unseenDecisionsText(const SyncGroup& clip, double frameRate);
 
 /// Why nothing is heard of what plays, and what to do; nothing where there is a device.

@@ -221,7 +221,7 @@ std::string tooltipOf(const TimelineRows& rows, const TimelineLayout::Hit& hit) 
         return rows.tooltip(rows.ranges[*hit.index]);
     case recording:
         return rows.tooltip(rows.recordings[*hit.index]) +
-               (rows.isLocked ? "" : "\nA double click has this recording heard.");
+               (rows.isLocked ? "" : "\nDouble click: use this recording.");
     case strip:
         return hit.track
                    ? "Drag along the strip to have T" + std::to_string(*hit.track) + " heard in a range."

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Views/Review/StepsBar.h"
 
+#include "OrvaneSyncApp/ViewModels/Inspector/SyncPart.h"
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
 #include "OrvaneSyncApp/Views/Review/ReviewActions.h"
 #include "OrvaneSyncApp/Views/Translation.h"
@@ -64,7 +65,7 @@ QPushButton* StepsBar::add(KeyAction action, const QString& text) {
 void StepsBar::showTexts() {
     const ShortcutBindings& bindings = desktop_.players().shortcuts()->bindings();
     for (Step& step : steps_) {
-        if (step.button == lock_) step.text = lock_->isChecked() ? tr("Unlock") : tr("Lock");
+        if (step.button == lock_) step.text = translated(lockText_);
         const auto found = bindings.find(step.action);
         const QString key = found == bindings.end() ? QString() : shownKey(found->second);
         step.button->setText(key.isEmpty() ? step.text : tr("%1   %2").arg(step.text, key));
@@ -94,10 +95,9 @@ void StepsBar::refresh() {
     for (const Step& step : steps_)
         step.button->setEnabled(clip != nullptr && (step.button == lock_ || !clip->isMOS()));
     const bool isLocked = clip != nullptr && clip->isLocked;
-    if (std::exchange(isShownLocked_, isLocked) != isLocked || lock_->isChecked() != isLocked) {
-        lock_->setChecked(isLocked);
-        showTexts();
-    }
+    lock_->setChecked(isLocked);
+    std::string lockText = clip != nullptr ? SyncPart::lockOf(*clip) : "Lock";
+    if (std::exchange(lockText_, std::move(lockText)) != lockText_) showTexts();
     next_->setEnabled(clip != nullptr && (!place || place->number < place->all));
 }
 

@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <optional>
+#include <string>
 #include <vector>
 
 class QLabel;
@@ -49,7 +50,7 @@ class StepsBar : public QWidget {
     std::vector<Step> steps_;
     QPushButton* lock_ = nullptr;
     QPushButton* next_ = nullptr;
-    bool isShownLocked_ = false;
+    std::string lockText_ = "Lock"; ///< as the inspector shows it
     platform::Subscription bindings_, ofWork_;
 };
 

@@ -63,6 +63,15 @@ bool isProject(const QStringList& paths) {
     return paths.size() == 1 && paths.first().endsWith(QStringLiteral(".orvanesync"));
 }
 
+/// `clips`: those with changes that were not saved when the program was quit.
+QString leftUnsavedText(const SessionInfo& session, int clips) {
+    return QObject::tr(
+               "The session “%1” is open as it was last saved, %2. What was decided of %3 after that could "
+               "not be saved when the program was quit.")
+        .arg(text(session.name), dayText(session.modified),
+             translatedSentence(counted(clips, "clip", "clips")));
+}
+
 /// Sessions store the tracks that an analysis has chosen, but not its results.
 bool mustListenAgain(const ImportController& controller) {
     return std::ranges::any_of(controller.work().syncGroups(), [&](const SyncGroup& clip) {
@@ -132,8 +141,10 @@ void MainWindow::leaveBannerOfOtherSession() {
     banner_->clear();
     showSessionProblem();
     if (desktop_.sessions().problem()) return;
-    // At the start, `showOpenedBanner` says this and more.
-    if (!opening_ && mustListenAgain(desktop_.controller()))
+    if (opening_) return; // at the start, `showOpenedBanner` says this and more
+    if (const int unsaved = takeLeftUnsaved(session->id); unsaved > 0)
+        banner_->show(Signal::doubtful, leftUnsavedText(*session, unsaved));
+    else if (mustListenAgain(desktop_.controller()))
         banner_->show(Signal::none,
                       tr("Smart Audio has to listen to the clips of “%1” again.").arg(text(session->name)));
 }
@@ -142,11 +153,7 @@ void MainWindow::showOpenedBanner(const SessionInfo& session) {
     // A message about what is wrong, or about what came with the session, is more important.
     if (!banner_->text().isEmpty() || desktop_.controller().work().syncGroups().empty()) return;
     const int unsaved = takeLeftUnsaved(session.id);
-    const QString sentence = unsaved > 0 ? tr("The session “%1” is open as it was last saved, %2. What was "
-                                              "decided of %3 after that could not be "
-                                              "saved when the program was quit.")
-                                               .arg(text(session.name), dayText(session.modified),
-                                                    translatedSentence(counted(unsaved, "clip", "clips")))
+    const QString sentence = unsaved > 0 ? leftUnsavedText(session, unsaved)
                                          : (mustListenAgain(desktop_.controller())
                                                 ? tr("The session “%1” is open as it was last saved, %2. "
                                                      "Smart Audio has to listen to its clips "

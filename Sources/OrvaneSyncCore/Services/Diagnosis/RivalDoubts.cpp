@@ -59,9 +59,11 @@ class OtherRecorders {
     bool areHeardWith(std::string_view folder, std::string_view other) const {
         constexpr int fewest = 2; // each found at a clear place
         int own = 0, others = 0;
-        for (const auto& [group, in] : heard_) {
-            const auto isIn = [&](std::string_view one) {
-                return std::ranges::any_of(group->audioMatches, [&](const AudioMatch& match) {
+        for (const auto& heard : heard_) {
+            const SyncGroup& clip = *heard.first;
+            const std::string_view in = heard.second;
+            const auto isIn = [&clip](std::string_view one) {
+                return std::ranges::any_of(clip.audioMatches, [&](const AudioMatch& match) {
                     return folderOf(*match.audio) == one;
                 });
             };

@@ -18,7 +18,7 @@ constexpr std::chrono::seconds lookInterval{1};
 /// A copy replaces the clips of a session, which may be good.
 void refuseUnreadableCopy(const std::optional<StoredSession>& read, const std::string& folder) {
     if (!read || (!read->groups.file && !read->groups.problem))
-        throw platform::FileError("The folder " + folder + " is not one of a session");
+        throw platform::FileError("There is no session in the folder " + folder);
     if (read->groups.problem) throw platform::FileError(*read->groups.problem);
 }
 
@@ -254,7 +254,7 @@ platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID ses
     self = weak.lock();
     const auto work = controller.lock();
     if (!self || !work || self->openings_ != opening || stop.stop_requested()) co_return;
-    if (elsewhere) refuseUnreadableCopy(*read, SessionStore(*elsewhere).folderOf(sessionId));
+    if (elsewhere) refuseUnreadableCopy(*read, *elsewhere);
     if (!*read) co_return;
     self->keepDecisionsOf(*work);
     self->leaveSession(); // edits made meanwhile are saved in the session that they belong to

@@ -43,8 +43,10 @@ class FullscreenWindow::Hint : public QWidget {
         if (!name.isEmpty()) words_.prepend(name + QStringLiteral("   ·   "));
         const QFontMetrics metrics(font());
         constexpr int inset = static_cast<int>(FullscreenManager::hintInset);
-        setGeometry(inset, inset, metrics.horizontalAdvance(words_) + 2 * metrics.averageCharWidth(),
-                    metrics.height() + design::space::small);
+        const int margin = metrics.averageCharWidth();
+        const QRect room(0, 0, parentWidget()->width() - 2 * (inset + margin), parentWidget()->height());
+        const QSize size = metrics.boundingRect(room, Qt::TextWordWrap, words_).size();
+        setGeometry(inset, inset, size.width() + 2 * margin, size.height() + design::space::small);
         setAccessibleName(words_);
         shown_.start();
         opacity_ = FullscreenManager::hintOpacity(0);
@@ -62,7 +64,7 @@ class FullscreenWindow::Hint : public QWidget {
         ground.setAlphaF(groundOpacity);
         painter.fillRect(rect(), ground);
         painter.setPen(design::colours().onSelected);
-        painter.drawText(rect(), Qt::AlignCenter, words_);
+        painter.drawText(rect(), Qt::AlignCenter | Qt::TextWordWrap, words_);
     }
 
   private:

@@ -32,7 +32,7 @@ double processorSeconds() {
 }
 
 /// Loud and quiet, in a different order for each channel.
-std::vector<float> course(int channel, float loudest) {
+std::vector<float> envelope(int channel, float loudest) {
     std::vector<float> levels(WaveformReduction::reviewBins);
     for (std::size_t i = 0; i < levels.size(); ++i)
         levels[i] =
@@ -45,11 +45,11 @@ std::shared_ptr<const Waveform> waveform() {
     auto made = std::make_shared<Waveform>();
     made->binsPerSecond = WaveformReduction::reviewBins / hour;
     made->durationSeconds = made->clipDuration = hour;
-    made->peaks = course(0, 0.9F);
-    made->rms = course(0, 0.3F);
+    made->peaks = envelope(0, 0.9F);
+    made->rms = envelope(0, 0.3F);
     for (int channel = 1; channel <= channels; ++channel) {
-        made->peaksPerChannel.push_back(course(channel, 0.9F));
-        made->rmsPerChannel.push_back(course(channel, 0.3F));
+        made->peaksPerChannel.push_back(envelope(channel, 0.9F));
+        made->rmsPerChannel.push_back(envelope(channel, 0.3F));
     }
     constexpr double onsetSpacing = 0.7;
     for (int i = 0; i * onsetSpacing < hour; ++i) made->onsetMarkers.push_back(i * onsetSpacing);

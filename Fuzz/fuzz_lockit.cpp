@@ -41,7 +41,7 @@ void checkMatches(std::string_view body) {
         }
     const SyncGroupList before = groups;
     LockitLayer layer(before);
-    layer.lay(groups, answer);
+    layer.apply(groups, answer);
     const int known = lockitClipCount(groups);
     layer.reapply(groups);
     demand(lockitClipCount(groups) == known && lockitClipCount(layer.without(groups)) == 0);

@@ -54,8 +54,8 @@ std::vector<ReviewLine> readReview(const std::string& path) {
 }
 
 /// If requested metadata can't be had, that is an error: a document without it would look like one with it.
-void layLockitMetadata(Context& context, ScanRun& run, const std::string& project,
-                       const Arguments& arguments) {
+void applyLockitMetadata(Context& context, ScanRun& run, const std::string& project,
+                         const Arguments& arguments) {
     const OpenWork::Environment& environment = run.controller().work().environment;
     const auto account =
         LockitOAuthService::create({.mainThread = environment.mainThread, .clock = context.clock});
@@ -102,7 +102,7 @@ void sync(Context& context, const Arguments& arguments) {
     checkStartOfOffset(context, run);
     if (controller.work().matchedCount() == 0) failWithoutClips(context, controller, arguments.has("--json"));
     if (const auto project = arguments.value("--lockit"))
-        layLockitMetadata(context, run, *project, arguments);
+        applyLockitMetadata(context, run, *project, arguments);
     if (smartAudio != SmartAudioMode::off)
         run.wait(controller.smartAudio().runSmartAudioAnalysis(smartAudio, false));
     if (arguments.has("--loudness")) run.wait(controller.smartAudio().measureLoudness());

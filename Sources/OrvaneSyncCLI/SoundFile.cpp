@@ -39,10 +39,11 @@ double promisedSecondsOf(const platform::AudioFile& file) { return secondsOf(fil
 
 void checkHeard(const Context& context, const std::string& path, const platform::AudioFile& file,
                 std::int64_t heardFrames) {
-    constexpr double worthSaying = 0.5; // seconds
+    constexpr double leastReportedSeconds = 0.5; // seconds
     checkRead(path, file);
     const double heard = secondsOf(file, heardFrames), promised = promisedSecondsOf(file);
-    if (promised - heard > worthSaying) context.warn(earlyEndWarning("'" + path + "'", heard, promised));
+    if (promised - heard > leastReportedSeconds)
+        context.warn(earlyEndWarning("'" + path + "'", heard, promised));
 }
 
 void checkRead(const std::string& path, const platform::AudioFile& file) {

@@ -200,17 +200,17 @@ TEST_F(InspectorModelTest, syncSaysWhatTheClipHasAndWhatWasLocked) {
     controller_->clips().adjustAudioOffset(a_, 0.013);
     EXPECT_EQ(SyncPart::of(group(a_), 25).wholeFrames, "The document takes whole frames: +0.");
     controller_->clips().adjustAudioOffset(a_, -0.013);
-    EXPECT_EQ(part.noUpdate, part.anchorHint);
+    EXPECT_EQ(part.whyNoUpdate, part.anchorHint);
     controller_->clips().toggleLocked(a_);
     controller_->clips().setAudioAnchor(a_, 0.5); // the sound begins 1.46 s after the picture
     part = SyncPart::of(group(a_), 25);
     EXPECT_EQ(part.anchor, "Clap point 0.500 s into the recording");
-    EXPECT_EQ(part.noGoTo + part.noUpdate + part.noClear + part.noCheck, "");
+    EXPECT_EQ(part.whyNoGoTo + part.whyNoUpdate + part.whyNoClear + part.whyNoCheck, "");
     controller_->clips().adjustAudioOffset(a_, -3);
     part = SyncPart::of(group(a_), 25);
     EXPECT_EQ(part.anchor, "No clap within the picture: the clap point lies 1.040 s before its start");
-    EXPECT_EQ(part.noCheck, part.noGoTo);
-    EXPECT_EQ(SyncPart::of(group(silent_), 25).noUpdate, "The clip has no sound.");
+    EXPECT_EQ(part.whyNoCheck, part.whyNoGoTo);
+    EXPECT_EQ(SyncPart::of(group(silent_), 25).whyNoUpdate, "The clip has no sound.");
     controller_->clips().toggleLocked(silent_);
     EXPECT_TRUE(SyncPart::of(group(silent_), 25).begins.ends_with("unlock it to attach a recording."));
 
@@ -342,9 +342,9 @@ TEST(KeyOverviewTest, laysGroupsIntoColumns) {
     for (const std::size_t rows : {12U, 4U, 6U, 3U, 4U})
         groups.push_back({"", std::vector<KeyGroup::Row>(rows)});
     for (const auto& [most, columns, lines] : {std::tuple(1, 1, 38), {2, 2, 19}, {3, 3, 13}, {9, 3, 13}}) {
-        const KeyColumns laid = keyColumns(groups, most);
-        EXPECT_EQ(laid.columns, columns) << most;
-        EXPECT_EQ(laid.lines, lines) << most;
+        const KeyColumns positioned = keyColumns(groups, most);
+        EXPECT_EQ(positioned.columns, columns) << most;
+        EXPECT_EQ(positioned.lines, lines) << most;
     }
 }
 

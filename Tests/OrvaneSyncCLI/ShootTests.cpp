@@ -337,12 +337,13 @@ TEST_F(ShootTest, aReportThatIsNoneOrOfAnotherDayIsTold) {
     const Outcome none = with("Name\nA\n");
     EXPECT_EQ(none.status, wrongUsage);
     EXPECT_NE(none.err.find("list.csv: No column header found in the file"), std::string::npos) << none.err;
-    for (const auto& [cells, isTold] :
+    for (const auto& [cells, isReported] :
          {std::pair("15:00:00:00,2026-11-20", true), std::pair("10:00:02:00,2026-11-19", false),
           std::pair("10:00:02:00,2026-11-01", true), std::pair("-,today", false)}) {
         const Outcome outcome =
             with(std::string("Name,Start,Shoot Date\na001c001_261120_r1ab,") + cells + "\n");
-        EXPECT_EQ(outcome.err.find("of another day") != std::string::npos, isTold) << cells << outcome.err;
+        EXPECT_EQ(outcome.err.find("of another day") != std::string::npos, isReported)
+            << cells << outcome.err;
     }
 }
 

@@ -438,7 +438,7 @@ TEST_F(ReviewTest, RecordingsAreChosenAndAttachedByKeys) {
     EXPECT_EQ(clip(2).audioMatches.front().audio->filename, "T02.wav");
     EXPECT_EQ(clip(2).matchStatus.kind, MatchStatus::Kind::manual);
     QString refused;
-    desktop_->tellBriefly = [&](const QString& why) { refused = why; };
+    desktop_->showBriefly = [&](const QString& why) { refused = why; };
     press(Qt::Key_L, Qt::ControlModifier);
     press(Qt::Key_1, Qt::ControlModifier);
     EXPECT_EQ(clip(2).audioMatches.front().audio->filename, "T02.wav") << "a locked clip stays";
@@ -552,7 +552,7 @@ TEST_F(ReviewTest, CamerasOfATakePlayTogether) {
     EXPECT_TRUE(window_->review().isVisible() && window_->review().clip() == clip) << "where it came from";
     window_->openMulticam({ids_[0], ids_[1]});
     QString refused;
-    desktop_->tellBriefly = [&](const QString& why) { refused = why; };
+    desktop_->showBriefly = [&](const QString& why) { refused = why; };
     press(Qt::Key_Period);
     EXPECT_TRUE(refused.contains("one camera"));
     press(Qt::Key_BracketRight);

@@ -195,14 +195,14 @@ class Evening:
                 press("bracketright")
                 self.timed(f"] opens {camera_file}", lambda: self.is_open(camera_file))
             else:
-                self.open_anew(camera_file, has_clap)
+                self.open_again(camera_file, has_clap)
             if has_clap:
                 wait(f"{camera_file} opens on its clap", self.shows_clap)
             if recording is None:
                 self.output.expect_silence()
             else:
                 self.listen(camera_file, recording, second)
-                self.open_anew(camera_file, has_clap)
+                self.open_again(camera_file, has_clap)
             for key in keys_for(frames):
                 press(key)
             self.timed(f"{camera_file} is moved", lambda: self.frames_of(self.clips()[camera_file]) == frames)
@@ -218,7 +218,7 @@ class Evening:
         press("Return")
         self.kept("the mark", CLIPS[-1][0], lambda clip: clip["isApproved"])
 
-    def open_anew(self, camera_file, has_clap):
+    def open_again(self, camera_file, has_clap):
         """A clip that is opened again is at its first position: at its clap, if it has one."""
         there, back = ("bracketright", "bracketleft") if camera_file == CLIPS[0][0] else ("bracketleft", "bracketright")
         press(there)
@@ -241,14 +241,14 @@ class Evening:
         camera_file, frames, *_ = CLIPS[-1]
         hold("period", 1.2)
         wait("the held key repeats", lambda: self.frames_of(self.clips()[camera_file]) > frames + 3)
-        self.standing_frames(camera_file)
+        self.frames_of_still_picture(camera_file)
         press("ctrl+z")
         wait("one step takes the held key back", lambda: self.frames_of(self.clips()[camera_file]) < frames + 1)
-        stood = self.standing_frames(camera_file)
+        stood = self.frames_of_still_picture(camera_file)
         if stood != frames:
             raise Failure(f"taking the held key back leaves {stood} frames, not {frames}")
 
-    def standing_frames(self, camera_file):
+    def frames_of_still_picture(self, camera_file):
         """The frames by which the sound is moved, once they have not changed for half a second."""
         while True:
             frames = self.frames_of(self.clips()[camera_file])

@@ -110,12 +110,12 @@ struct LockitController::Sync {
     std::vector<std::string> matchingDays; ///< labels of the days
     int clipsWithMetadata = 0;             ///< after the last day that was applied
     std::size_t clipsWithout = 0;          ///< clips without metadata, after the last day that was applied
-    std::size_t matchesBeingLaid = 0;      ///< of the day that is being applied
+    std::size_t matchesBeingApplied = 0;   ///< of the day that is being applied
     std::size_t sameNames = 0;             ///< clips with the same file name as an earlier clip
 
     /// Whether this many matches could give every clip metadata, so that no other day would be needed.
     bool mayBeLast(std::size_t matches) const {
-        return matchesBeingLaid + matches + sameNames >= clipsWithout;
+        return matchesBeingApplied + matches + sameNames >= clipsWithout;
     }
     /// Every clip has metadata, so no other day is requested.
     bool isComplete = false;
@@ -278,7 +278,7 @@ Task LockitController::askDayByDay(Weak weak, std::shared_ptr<Sync> sync) {
 Task LockitController::matchDays(Weak weak, std::shared_ptr<Sync> sync,
                                  std::shared_ptr<const std::vector<LockitShootingDay>> days) {
     std::unique_ptr<DayRequest> next;
-    Task laying = Task::ended();
+    Task applying = Task::ended();
     for (std::size_t i = 0; i < days->size() && !sync->isComplete; ++i) {
         auto self = weak.lock();
         if (!self) co_return;
@@ -306,52 +306,52 @@ Task LockitController::matchDays(Weak weak, std::shared_ptr<Sync> sync,
         } catch (...) {
             raised = std::current_exception();
         }
-        co_await laying;
+        co_await applying;
         if (raised) std::rethrow_exception(raised);
         if (sync->isComplete) co_return;
         const auto& matches = asked->response()->matches;
         askNext(matches ? matches->size() : 0);
-        laying = applyDay(weak, sync, asked->response(), (*days)[i].label());
-        if (!next || !next->isSent()) co_await laying;
+        applying = applyDay(weak, sync, asked->response(), (*days)[i].label());
+        if (!next || !next->isSent()) co_await applying;
     }
-    co_await laying;
+    co_await applying;
 }
 
 /// If the clips are edited while the matches are looked up, the edit is kept: the day, which the layer has
 /// stored by then, is applied to the edited clips.
 Task LockitController::applyDay(Weak weak, std::shared_ptr<Sync> sync,
                                 std::shared_ptr<ClipMatchResponse> response, std::string label) {
-    sync->matchesBeingLaid = response->matches ? response->matches->size() : 0;
+    sync->matchesBeingApplied = response->matches ? response->matches->size() : 0;
     int updated = 0;
     for (;;) {
         auto self = weak.lock();
         if (!self) co_return;
         const SyncGroupList before = self->work_.syncGroups();
-        struct Laid {
+        struct Applied {
             SyncGroupList groups;
-            LockitLayer::Laid counts;
+            LockitLayer::Applied counts;
         };
-        auto laying = platform::onQueue(
+        auto applying = platform::onQueue(
             *self->work_.documents, self->work_.environment.mainThread,
             [layer = sync->layer, response, groups = before](const std::stop_token& stop) mutable {
-                const auto counts = layer->lay(groups, std::exchange(*response, {}), stop);
-                return Laid{std::move(groups), counts};
+                const auto counts = layer->apply(groups, std::exchange(*response, {}), stop);
+                return Applied{std::move(groups), counts};
             });
         self.reset();
-        Laid laid = co_await laying;
+        Applied applied = co_await applying;
         self = weak.lock();
         if (!self) co_return;
-        updated = std::max(updated, laid.counts.updated); // later rounds have no response to count
+        updated = std::max(updated, applied.counts.updated); // later rounds have no response to count
         if (!self->work_.syncGroups().changesSince(before).empty()) continue;
         const std::size_t count = before.size();
-        const auto known = static_cast<std::size_t>(laid.counts.withMetadata);
-        sync->clipsWithMetadata = laid.counts.withMetadata;
+        const auto known = static_cast<std::size_t>(applied.counts.withMetadata);
+        sync->clipsWithMetadata = applied.counts.withMetadata;
         sync->clipsWithout = count - std::min(known, count);
-        sync->matchesBeingLaid = 0;
+        sync->matchesBeingApplied = 0;
         sync->isComplete = known == count;
         if (updated > 0) sync->matchingDays.push_back(std::move(label));
-        if (!laid.groups.changesSince(before).empty())
-            self->work_.changeClips([&](SyncGroupList& clips) { clips = std::move(laid.groups); });
+        if (!applied.groups.changesSince(before).empty())
+            self->work_.changeClips([&](SyncGroupList& clips) { clips = std::move(applied.groups); });
         co_return;
     }
 }

@@ -49,9 +49,9 @@ void keepUnappliedGroups(const std::vector<PersistedGroup>& leftOut, const SyncG
     for (std::size_t i = 0; i < groups.size() && !entries.empty(); ++i) {
         const SyncGroup& group = groups[i];
         const auto entry = entries.find(group.video.url);
-        const bool isChosenAnew = group.hasManualTrackEdits() || !group.algorithmExcludedTracks.empty() ||
-                                  !group.manualBlockOverrides.empty();
-        if (entry == entries.end() || isChosenAnew) continue;
+        const bool isChosenAgain = group.hasManualTrackEdits() || !group.algorithmExcludedTracks.empty() ||
+                                   !group.manualBlockOverrides.empty();
+        if (entry == entries.end() || isChosenAgain) continue;
         PersistedGroup& own = project.groups[i];
         own.audioPaths = entry->second->audioPaths; // the track numbers count the channels of these
         takeTracks(*entry->second, own.decisions);
@@ -60,9 +60,9 @@ void keepUnappliedGroups(const std::vector<PersistedGroup>& leftOut, const SyncG
 
 /// Applies the project to the clips, and the tracks of the entries that were left out. Returns the videos of
 /// the clips that lost their choice of tracks.
-std::vector<FileURL> lay(const ProjectService& service, const OrvaneSyncProject* project,
-                         const std::vector<PersistedGroup>& leftOut, SyncGroupList& groups,
-                         const std::vector<MediaAsset>& otherAudio, const MatchRules& rules) {
+std::vector<FileURL> applyUnapplied(const ProjectService& service, const OrvaneSyncProject* project,
+                                    const std::vector<PersistedGroup>& leftOut, SyncGroupList& groups,
+                                    const std::vector<MediaAsset>& otherAudio, const MatchRules& rules) {
     const EntriesByVideo entries = byVideo(leftOut);
     groups.updateWhere([&](const SyncGroup& group) { return entries.contains(group.video.url); },
                        [&](SyncGroup& group) { takeTracks(*entries.at(group.video.url), group); });
@@ -190,7 +190,7 @@ platform::Task ProjectController::openWork(std::weak_ptr<ProjectController> weak
         co_await scanning;
         self = weak.lock();
         if (!self || self->scan_.scanNumber() != scanNumber) co_return;
-        self->layEditsOverClipsThatStayed();
+        self->applyEditsToRemainingClips();
     }
     self->setCurrentURL(std::move(url));
 }
@@ -220,7 +220,7 @@ ScanController::EditOfClips ProjectController::edits() {
     if (!held->unapplied && held->leftOut.empty()) return nullptr;
     return [service = projectService_, held = std::move(held), leftOut = tracksLeftOutByScan_](
                SyncGroupList& groups, const std::vector<MediaAsset>& scannedAudio, const MatchRules& rules) {
-        *leftOut = lay(service, held->unapplied.get(), held->leftOut, groups, scannedAudio, rules);
+        *leftOut = applyUnapplied(service, held->unapplied.get(), held->leftOut, groups, scannedAudio, rules);
     };
 }
 
@@ -267,7 +267,7 @@ void ProjectController::takeOverFromScan() {
 
 /// A scan that finds no files keeps the clips of earlier work. The project's edits are applied to them, and
 /// still wait for their media.
-void ProjectController::layEditsOverClipsThatStayed() {
+void ProjectController::applyEditsToRemainingClips() {
     const auto& found = scan_.discoveryResult();
     const auto held = entries();
     if (!held->unapplied || !found || !found->isEmpty() || work_.syncGroups().empty()) return;
@@ -275,8 +275,8 @@ void ProjectController::layEditsOverClipsThatStayed() {
     for (const WildTrack& track : work_.wildTracks()) wild.push_back(track.audio);
     std::vector<FileURL> leftOut;
     work_.changeClips([&](SyncGroupList& groups) {
-        leftOut =
-            lay(projectService_, held->unapplied.get(), held->leftOut, groups, wild, work_.matchRules());
+        leftOut = applyUnapplied(projectService_, held->unapplied.get(), held->leftOut, groups, wild,
+                                 work_.matchRules());
     });
     adoptLeftOut(std::move(leftOut));
 }

@@ -73,7 +73,7 @@ class ProjectController {
     ScanController::EditOfClips edits();
     void takeOverFromScan();
     void adoptLeftOut(std::vector<FileURL> videos);
-    void layEditsOverClipsThatStayed();
+    void applyEditsToRemainingClips();
 
     OpenWork& work_;
     ScanController& scan_;

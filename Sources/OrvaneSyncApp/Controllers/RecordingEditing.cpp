@@ -192,7 +192,7 @@ void RecordingEditing::resync(const std::vector<SyncGroup>& matched) {
     for (const SyncGroup& fresh : matched) {
         const bool isThere = work_.edit(fresh.id, [&](SyncGroup& own) {
             released.insert(released.end(), own.audioMatches.begin(), own.audioMatches.end());
-            layMatches(own, fresh);
+            copyMatches(own, fresh);
         });
         if (isThere) smartAudio_.caches().removeSmartAudioCaches(fresh.id);
     }
@@ -240,12 +240,12 @@ platform::Task RecordingEditing::keep(std::weak_ptr<RecordingEditing> weak, Sync
         auto self = weak.lock();
         if (!self || self->work_.undoState().undoActionName != undoSteps::scanAndMatch.actionName) co_return;
         const WorkFiles scanned = self->workFiles();
-        auto laying = platform::onQueue(*self->matching_, self->work_.environment.mainThread,
-                                        [earlier, scanned](const std::stop_token& stop) {
-                                            return withDecisionsOf(earlier, scanned, stop);
-                                        });
+        auto applying = platform::onQueue(*self->matching_, self->work_.environment.mainThread,
+                                          [earlier, scanned](const std::stop_token& stop) {
+                                              return withDecisionsOf(earlier, scanned, stop);
+                                          });
         self.reset();
-        WithDecisions made = co_await laying;
+        WithDecisions made = co_await applying;
         self = weak.lock();
         if (!self || self->scan_.scanResult() != scanned.scanned) co_return;
         // An analysis that started after the scan may have changed clips meanwhile.

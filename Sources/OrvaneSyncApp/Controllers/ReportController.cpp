@@ -111,30 +111,30 @@ void ReportController::clear() {
     work_.notify(ImportField::report);
 }
 
-std::optional<ReportController::Laid> ReportController::Merging::lay(SyncGroupList& groups,
-                                                                     const std::stop_token& stop) const {
+std::optional<ReportController::Applied> ReportController::Merging::apply(SyncGroupList& groups,
+                                                                          const std::stop_token& stop) const {
     if (!report || groups.empty()) return std::nullopt;
     const MetadataMerger merger;
     const MetadataMerger::MergeResult result = merger.merge(*report, groups, strategy, stop);
-    Laid laid{.status = {},
-              .rowsWithoutClip = merger.rowsWithoutClip(*report, groups, strategy, stop),
-              .betterColumn = {}};
-    laid.status = aleMatchStatusMessage(result, strategy, !laid.rowsWithoutClip.empty());
-    laid.betterColumn = columnThatNamesMore(*report, groups, laid.rowsWithoutClip.size(), stop);
-    return laid;
+    Applied applied{.status = {},
+                    .rowsWithoutClip = merger.rowsWithoutClip(*report, groups, strategy, stop),
+                    .betterColumn = {}};
+    applied.status = aleMatchStatusMessage(result, strategy, !applied.rowsWithoutClip.empty());
+    applied.betterColumn = columnThatNamesMore(*report, groups, applied.rowsWithoutClip.size(), stop);
+    return applied;
 }
 
 ReportController::Merging ReportController::merging() const {
     return {aleFile_, aleMatchStrategyFromDefaults()};
 }
 
-void ReportController::merged(const Merging& merging, std::optional<Laid> laid) {
+void ReportController::merged(const Merging& merging, std::optional<Applied> applied) {
     if (merging.report != aleFile_) {
         work_.running.add(merge(work_.weak(this))); // another report was loaded in the meantime
-    } else if (laid) {
-        aleMatchStatus_ = std::move(laid->status);
-        rowsWithoutClip_ = std::move(laid->rowsWithoutClip);
-        betterColumn_ = std::move(laid->betterColumn);
+    } else if (applied) {
+        aleMatchStatus_ = std::move(applied->status);
+        rowsWithoutClip_ = std::move(applied->rowsWithoutClip);
+        betterColumn_ = std::move(applied->betterColumn);
         work_.notify(ImportField::report);
     }
 }
@@ -147,17 +147,17 @@ platform::Task ReportController::merge(std::weak_ptr<ReportController> weak) {
         if (!self || !self->aleFile_ || self->work_.syncGroups().empty()) co_return;
         const SyncGroupList before = self->work_.syncGroups();
         const Merging merging = self->merging();
-        auto laying = platform::onQueue(*self->work_.documents, self->work_.environment.mainThread,
-                                        [merging, groups = before](const std::stop_token& stop) mutable {
-                                            auto laid = merging.lay(groups, stop);
-                                            return std::pair(std::move(groups), std::move(laid));
-                                        });
+        auto applying = platform::onQueue(*self->work_.documents, self->work_.environment.mainThread,
+                                          [merging, groups = before](const std::stop_token& stop) mutable {
+                                              auto applied = merging.apply(groups, stop);
+                                              return std::pair(std::move(groups), std::move(applied));
+                                          });
         self.reset();
-        auto [groups, laid] = co_await laying;
+        auto [groups, applied] = co_await applying;
         self = weak.lock();
         if (!self || self->aleFile_ != merging.report) co_return;
         if (!self->work_.syncGroups().changesSince(before).empty()) continue;
-        self->work_.notices.together([&, &made = groups, &rows = laid] {
+        self->work_.notices.together([&, &made = groups, &rows = applied] {
             self->work_.changeClips([&](SyncGroupList& clips) { clips = std::move(made); });
             self->merged(merging, std::move(rows));
         });

@@ -41,7 +41,7 @@ class ReportController {
     platform::Task loadALEOfProject(FileURL url);
 
     /// The result of applying a report.
-    struct Laid {
+    struct Applied {
         std::string status;
         std::vector<std::size_t> rowsWithoutClip;
         std::string betterColumn;
@@ -52,11 +52,11 @@ class ReportController {
         ALEMatchStrategy strategy;
 
         /// Changes the clips that have a row; absent without a report. Throws Stopped.
-        std::optional<Laid> lay(SyncGroupList& groups, const std::stop_token& stop) const;
+        std::optional<Applied> apply(SyncGroupList& groups, const std::stop_token& stop) const;
     };
     Merging merging() const;
     /// Called by a scan when its clips are complete, with the result of this.
-    void merged(const Merging& merging, std::optional<Laid> laid);
+    void merged(const Merging& merging, std::optional<Applied> applied);
     /// Discards the report; the metadata that the clips have from it is kept.
     void clear();
 

@@ -55,9 +55,9 @@ ByPath byPath(const SyncGroupList& matched) {
 }
 
 /// The clip with the result of the match; the same object if nothing has changed.
-SyncGroupList::Element laid(const SyncGroupList::Element& before, const ByPath& matched) {
+SyncGroupList::Element withMatches(const SyncGroupList::Element& before, const ByPath& matched) {
     auto own = std::make_shared<SyncGroup>(*before);
-    layMatches(*own, *matched.at(before->video.url.path));
+    copyMatches(*own, *matched.at(before->video.url.path));
     return haveSameContents(*before, *own) ? before : std::move(own);
 }
 
@@ -76,7 +76,7 @@ SyncGroup withDecisions(const SyncGroup& now, const SyncGroup& was) {
     if (now.video.id != was.video.id) own.video = now.video; // the file has changed since
     const bool isAttached = was.matchStatus == MatchStatus::manual() && !was.isMOS() &&
                             recordingWith(now, was.audioMatches.front().audio->url).empty();
-    if (!was.isLocked && !isAttached) layMatches(own, now);
+    if (!was.isLocked && !isAttached) copyMatches(own, now);
     if (!own.hasALEMetadata() && now.hasALEMetadata()) {
         own.aleMetadata = now.aleMetadata;
         own.clipName = now.clipName;
@@ -91,7 +91,7 @@ bool haveSameSound(const SyncGroup& a, const SyncGroup& b) {
 
 } // namespace
 
-void layMatches(SyncGroup& group, const SyncGroup& matched) {
+void copyMatches(SyncGroup& group, const SyncGroup& matched) {
     const SyncGroup before = group;
     group.audioMatches = matched.audioMatches;
     group.matchStatus = matched.matchStatus;
@@ -151,7 +151,7 @@ std::optional<Resynced> resynced(const WorkFiles& files, const SourceCorrections
         check();
         const SyncGroup& before = files.groups[i];
         released.insert(released.end(), before.audioMatches.begin(), before.audioMatches.end());
-        made.groups.append(laid(files.groups.element(i), fresh));
+        made.groups.append(withMatches(files.groups.element(i), fresh));
         for (const AudioMatch& match : made.groups[i].audioMatches) used.insert(match.audio->id);
     }
     made.groups.makeIndex();
@@ -201,7 +201,7 @@ bool Resynced::follow(const WorkFiles& before, const WorkFiles& now) {
     const ByPath fresh = byPath(matched);
     for (const std::size_t row : changes.changed)
         groups.update(now.groups[row].id,
-                      [&](SyncGroup& own) { own = *laid(now.groups.element(row), fresh); });
+                      [&](SyncGroup& own) { own = *withMatches(now.groups.element(row), fresh); });
     return true;
 }
 

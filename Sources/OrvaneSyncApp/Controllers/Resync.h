@@ -48,7 +48,7 @@ WithDecisions withDecisionsOf(const SyncGroupList& earlier, const WorkFiles& sca
 
 /// Gives the clip the recordings of `matched`, and adapts its decisions to them. If the editor chose another
 /// recording than the first of `matched`, that one stays chosen if it is still there.
-void layMatches(SyncGroup& group, const SyncGroup& matched);
+void copyMatches(SyncGroup& group, const SyncGroup& matched);
 
 /// A recording that a clip uses is no wild track; a recording that was removed from clips becomes one when no
 /// clip uses it. Absent if the wild tracks do not change.

@@ -20,7 +20,7 @@ struct Matches {
     SyncGroupList groups;
     std::vector<WildTrack> wild;
     MatchedBy by;
-    std::optional<ReportController::Laid> report;
+    std::optional<ReportController::Applied> report;
 };
 
 std::vector<WildTrack> unclaimed(const std::vector<MediaAsset>& audioAssets, const SyncGroupList& groups) {
@@ -240,7 +240,7 @@ platform::Task ScanController::match(std::weak_ptr<ScanController> weak, std::ui
             made.by = MatchedBy::of(corrections, rateOfMostClips(scanned->videoAssets));
             made.groups = engine.match(scanned->videoAssets, scanned->audioAssets, made.by.rules, stop);
             made.wild = unclaimed(scanned->audioAssets, made.groups);
-            made.report = merging.lay(made.groups, stop);
+            made.report = merging.apply(made.groups, stop);
             if (edit) edit(made.groups, scanned->audioAssets, made.by.rules);
             made.groups.makeIndex();
             return made;

@@ -63,9 +63,9 @@ class Desktop {
     Refused whenRefused;
     /// Gets a sentence on why a key or a drag does nothing at the moment. It disappears by itself and moves
     /// nothing on the screen.
-    Refused tellBriefly;
+    Refused showBriefly;
     void sayWhyNot(const QString& why) const {
-        if (tellBriefly) tellBriefly(why);
+        if (showBriefly) showBriefly(why);
     }
     /// Asks the window to scan the folders of the work, after a correction that changes the match. A scan is
     /// always started with this, so that its progress and what it removes are shown.

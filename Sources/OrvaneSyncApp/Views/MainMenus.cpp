@@ -360,7 +360,7 @@ void MainMenus::exportClip() {
     arguments.set("output", utf8(*path));
     arguments.set("overwrite", true); // the dialog has asked for permission
     desktop_.run("exportSingleClip", std::move(arguments),
-                 [this, place = *path](const JSON&) { tellSaved(place); });
+                 [this, place = *path](const JSON&) { confirmSaved(place); });
 }
 
 void MainMenus::makeReview(ReviewActions& review) {
@@ -561,12 +561,12 @@ void MainMenus::runWithPath(std::string_view id, const QString& path, std::strin
     arguments.set(argument, utf8(path));
     if (overwrites) arguments.set("overwrite", true); // the dialog has asked for permission
     desktop_.run(id, std::move(arguments), [this, overwrites, path, then = std::move(then)](const JSON&) {
-        if (overwrites) tellSaved(path);
+        if (overwrites) confirmSaved(path);
         if (then) then();
     });
 }
 
-void MainMenus::tellSaved(const QString& path) {
+void MainMenus::confirmSaved(const QString& path) {
     showToast(&window_, tr("Saved: %1").arg(QFileInfo(path).fileName()));
 }
 

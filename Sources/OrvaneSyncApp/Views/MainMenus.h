@@ -89,7 +89,7 @@ class MainMenus : public QObject {
     /// `then` is called when the command has succeeded.
     void runWithPath(std::string_view id, const QString& path, std::string_view argument = "path",
                      bool overwrites = false, std::function<void()> then = {});
-    void tellSaved(const QString& path);
+    void confirmSaved(const QString& path);
     bool applies(std::string_view id, const std::vector<UUID>& clips) const;
 
     Desktop& desktop_;

@@ -158,7 +158,7 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
 
 void MainWindow::observe() {
     desktop_.whenRefused = [this](const QString& why) { showPageBanner(Signal::missing, why); };
-    desktop_.tellBriefly = [this](const QString& why) {
+    desktop_.showBriefly = [this](const QString& why) {
         showToast(this, why);
         // A message beside a change tells what a key did.
         if (!isUpdateScheduled_) menus_->noteRefusedKey();
@@ -219,7 +219,7 @@ void MainWindow::observe() {
 }
 
 MainWindow::~MainWindow() {
-    desktop_.whenRefused = desktop_.tellBriefly = nullptr;
+    desktop_.whenRefused = desktop_.showBriefly = nullptr;
     desktop_.whenScanWanted = nullptr;
     front_ = nullptr;
     leavePlayers();

@@ -99,12 +99,12 @@ void fitByShares(std::span<SharingColumn> sharing, int rest) {
         std::rotate(one, one + 1, sharing.end());
         sharing = sharing.first(sharing.size() - 1);
     };
-    const auto needy = [&] {
+    const auto nextTooNarrow = [&] {
         const double sum = sumOfShares(sharing);
         return std::ranges::find_if(
             sharing, [&](const SharingColumn& one) { return rest * one.share < one.least * sum; });
     };
-    for (auto one = needy(); one != sharing.end(); one = needy()) give(one, one->least);
+    for (auto one = nextTooNarrow(); one != sharing.end(); one = nextTooNarrow()) give(one, one->least);
     while (!sharing.empty())
         give(sharing.begin(), static_cast<int>(rest * sharing.front().share / sumOfShares(sharing)));
 }

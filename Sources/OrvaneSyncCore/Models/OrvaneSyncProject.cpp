@@ -82,7 +82,7 @@ struct JSONFields<OrvaneSyncProject> {
         fieldAs<BytesForm>("audioFolderBookmark", &Project::audioFolderBookmark)};
 };
 
-static void layDecisions(const SyncGroup& from, SyncGroup& to) {
+static void applyDecisions(const SyncGroup& from, SyncGroup& to) {
     forEachFieldOfProjects([&](const auto& field) { to.*field.member = from.*field.member; });
 }
 
@@ -90,13 +90,13 @@ PersistedGroup::PersistedGroup(UUID identity, FileURL video)
     : id(identity), videoPath(std::move(video)), decisions(undecidedClip()) {}
 
 PersistedGroup::PersistedGroup(const SyncGroup& group) : PersistedGroup(group.id, group.video.url) {
-    layDecisions(group, decisions);
+    applyDecisions(group, decisions);
     matchStatusRaw = statusText(group.matchStatus);
     for (const AudioMatch& match : group.audioMatches) audioPaths.push_back(match.audio->url);
     if (!group.audioMatches.empty()) syncOffsetSeconds = group.audioMatches.front().syncOffsetSeconds;
 }
 
-void PersistedGroup::applyTo(SyncGroup& group) const { layDecisions(decisions, group); }
+void PersistedGroup::applyTo(SyncGroup& group) const { applyDecisions(decisions, group); }
 
 JSON toJSON(const PersistedGroup& group) { return fieldsToJSON(group); }
 

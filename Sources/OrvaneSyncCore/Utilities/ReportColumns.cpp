@@ -54,7 +54,9 @@ std::string normalised(std::string_view name) {
 
 bool namesFiles(std::string_view name) { return has(fileNames, normalised(name)); }
 
-bool tellsRowsApart(std::string_view name) { return namesFiles(name) || has(sceneNames, normalised(name)); }
+bool distinguishesRows(std::string_view name) {
+    return namesFiles(name) || has(sceneNames, normalised(name));
+}
 
 bool isKnown(std::string_view name) {
     const std::string plain = normalised(name);

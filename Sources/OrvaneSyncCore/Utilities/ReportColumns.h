@@ -15,7 +15,7 @@ std::string normalised(std::string_view name);
 bool isKnown(std::string_view name);
 /// Whether this is a usual column name that distinguishes the rows: it names a file or a scene. Name, date
 /// and roll of a production do not, as they are also in the lines above a table.
-bool tellsRowsApart(std::string_view name);
+bool distinguishesRows(std::string_view name);
 /// Whether the cells of this column name files.
 bool namesFiles(std::string_view name);
 

@@ -196,7 +196,7 @@ bool PictureScaler::convert(const AVFrame& frame, const PictureOrientation& orie
     if (frame.data[0] == nullptr || frame.width <= 0 || frame.height <= 0) return false;
     const auto [format, isFullRange] = plainFormat(frame);
     const bool isTurned = orientation.quarterTurns != 0 || orientation.isMirrored;
-    const PictureSize unturned =
+    const PictureSize unrotated =
         orientation.quarterTurns % 2 != 0 ? PictureSize{size.height, size.width} : size;
     std::array<const std::uint8_t*, 4> planes{frame.data[0], frame.data[1], frame.data[2], frame.data[3]};
     std::array<int, 4> strides{frame.linesize[0], frame.linesize[1], frame.linesize[2], frame.linesize[3]};
@@ -213,14 +213,14 @@ bool PictureScaler::convert(const AVFrame& frame, const PictureOrientation& orie
         }
         lines /= 2;
     }
-    if (!prepare({frame.width, lines, format, unturned, matrixOf(frame), isFullRange})) return false;
+    if (!prepare({frame.width, lines, format, unrotated, matrixOf(frame), isFullRange})) return false;
     const std::size_t pixels = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height);
-    if (isTurned) unturned_.resize(pixels * pixelBytes);
-    std::uint8_t* const rows = isTurned ? unturned_.data() : into;
+    if (isTurned) unrotated_.resize(pixels * pixelBytes);
+    std::uint8_t* const rows = isTurned ? unrotated_.data() : into;
     const std::array<std::uint8_t*, 4> target{rows, nullptr, nullptr, nullptr};
-    const std::array<int, 4> targetStrides{unturned.width * static_cast<int>(pixelBytes), 0, 0, 0};
+    const std::array<int, 4> targetStrides{unrotated.width * static_cast<int>(pixelBytes), 0, 0, 0};
     if (sws_scale(context_.get(), planes.data(), strides.data(), 0, lines, target.data(),
-                  targetStrides.data()) != unturned.height)
+                  targetStrides.data()) != unrotated.height)
         return false;
     if (isTurned) turn(rows, into, size, orientation);
     const AVPixFmtDescriptor* description = av_pix_fmt_desc_get(format);

@@ -56,7 +56,7 @@ class PictureScaler {
 
     Setting setting_;
     std::unique_ptr<SwsContext, Free> context_;
-    std::vector<std::uint8_t> unturned_;
+    std::vector<std::uint8_t> unrotated_;
 };
 
 } // namespace orvane::platform

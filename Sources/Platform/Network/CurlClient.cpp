@@ -245,7 +245,7 @@ class Exchange {
         if (status() == statusPart && resumesAt_ > 0) {
             const std::string goesOn = "bytes " + std::to_string(resumesAt_) + "-";
             if (!header("Content-Range").starts_with(goesOn)) {
-                file_->beginAnew("");
+                file_->beginAgain("");
                 throw HTTPError(Kind::unreachable,
                                 destination_.host + " sent another part of the file than it was asked for");
             }
@@ -254,7 +254,7 @@ class Exchange {
             resumesAt_ = received_ = 0;
             isFile_ = status() == statusOK;
             // A weak tag does not guarantee that the bytes are the same.
-            if (isFile_) file_->beginAnew(tag.starts_with('"') ? tag : "");
+            if (isFile_) file_->beginAgain(tag.starts_with('"') ? tag : "");
         }
     }
 
@@ -338,7 +338,7 @@ class CurlClient final : public HTTPClient {
         PartialFile file(path, request.keepsPart ? Rest::kept : Rest::discarded);
         HTTPResponse response = Exchange(connections_, request, &file, progress).run(stop);
         if (response.status == statusNoSuchPart && file.size() > 0) {
-            file.beginAnew("");
+            file.beginAgain("");
             response = Exchange(connections_, request, &file, progress).run(stop);
         }
         if (response.status == statusPart && file.size() > 0) response.status = statusOK;

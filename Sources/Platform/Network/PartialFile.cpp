@@ -48,7 +48,7 @@ void PartialFile::openKept() {
     size_ = tag_.empty() ? 0 : static_cast<std::uint64_t>(end);
 }
 
-void PartialFile::beginAnew(const std::string& tag) {
+void PartialFile::beginAgain(const std::string& tag) {
     if (rest_ == Rest::discarded) return;
     if (ftruncate(descriptor_, 0) != 0 || lseek(descriptor_, 0, SEEK_SET) != 0) fail("write");
     size_ = 0;

@@ -26,7 +26,7 @@ class PartialFile {
 
     /// Discards the bytes so far; the next bytes are of the version `tag`, which is empty if the server names
     /// none.
-    void beginAnew(const std::string& tag);
+    void beginAgain(const std::string& tag);
     bool write(const char* data, std::size_t size);
     bool hasFailed() const { return error_ != 0; }
     [[noreturn]] void throwError(const char* doing) const;

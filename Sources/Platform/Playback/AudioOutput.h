@@ -47,7 +47,7 @@ class AudioOutput {
     virtual void stop() = 0;
     /// Where no device is open, the machine's are read anew at once, as somebody wants to hear something; not
     /// where the last one swallowed sound without playing it.
-    virtual void lookForDevice() {}
+    virtual void checkDevice() {}
     /// From rendering a frame to hearing it.
     virtual std::chrono::nanoseconds latency() const = 0;
     /// The frame that is heard at this moment, in fractions of a frame; never decreases. Any thread.

@@ -265,7 +265,7 @@ void DeviceOutput::stop() {
 }
 
 // The clock's thread sees it at its next block.
-void DeviceOutput::lookForDevice() { core_->isLookedFor = true; }
+void DeviceOutput::checkDevice() { core_->isLookedFor = true; }
 
 nanoseconds DeviceOutput::latency() const {
     if (core_->mode == Core::Mode::device) return nanoseconds(core_->deviceLatency);

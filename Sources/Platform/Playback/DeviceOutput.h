@@ -37,7 +37,7 @@ class DeviceOutput final : public AudioOutput {
     double sampleRate() const override;
     bool start(AudioRenderer& renderer) override;
     void stop() override;
-    void lookForDevice() override;
+    void checkDevice() override;
     std::chrono::nanoseconds latency() const override;
     double heardFrame() const override;
     std::string description() const override;

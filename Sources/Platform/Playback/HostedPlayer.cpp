@@ -327,7 +327,7 @@ class PlayerCore final : public HostedPlayer, public std::enable_shared_from_thi
             activity_.reset();
         else if (!activity_)
             activity_.emplace();
-        if (motion.rate != 0 && !wasMoving) host_->mixer().output().lookForDevice();
+        if (motion.rate != 0 && !wasMoving) host_->mixer().output().checkDevice();
         updateSound();
         if (picture_) picture_->run(motion.time, motion.rate);
         if (motion.rate == 0 && wasMoving && picture_) {

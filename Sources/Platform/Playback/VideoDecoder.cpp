@@ -136,7 +136,7 @@ VideoDecoder::Result VideoDecoder::ask(helper::PictureQuery& query, PictureSize 
     assertMayBlock("decoding a picture");
     throwIfStopped(stop);
     for (;;) {
-        if (!process_->isRunning() && !openAnew(query)) return {};
+        if (!process_->isRunning() && !openAgain(query)) return {};
         query.handle = handle_;
         query.number = nextQuery();
         query.width = limit.width;
@@ -164,7 +164,7 @@ void VideoDecoder::noteEnd() {
     ends_ += process_->wasTooSlow() ? endsOfOneThatHangs : 1;
 }
 
-bool VideoDecoder::openAnew(helper::PictureQuery& query) {
+bool VideoDecoder::openAgain(helper::PictureQuery& query) {
     if (ends_ >= mostEnds) return false;
     const auto process = Process::borrow(helper::Purpose::pictures);
     if (!process) return false;

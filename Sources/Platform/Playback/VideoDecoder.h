@@ -74,7 +74,7 @@ class VideoDecoder {
                  const helper::VideoStream& stream);
     Result ask(helper::PictureQuery& query, PictureSize limit, const std::stop_token& stop);
     Result resultOf(const helper::PictureAnswer& answer, const std::stop_token& stop);
-    bool openAnew(helper::PictureQuery& query);
+    bool openAgain(helper::PictureQuery& query);
     void noteEnd();
     MediaTime pictureLength() const;
 

@@ -196,20 +196,20 @@ Page pageOf(const Mask& ink) {
     }
     letters = framed;
     if (static_cast<int>(framed.size()) < fewestFormLetters || usedCells.size() < fewestFormCells) {
-        std::vector<std::size_t> inRows, besides;
+        std::vector<std::size_t> inRows, others;
         const std::vector<int> lengths = rowLengths(unframedBoxes);
         const std::vector<bool> completes = completesRow(unframedBoxes, lengths);
         for (std::size_t i = 0; i < unframed.size(); ++i)
             if (lengths[i] >= shortestRow)
                 inRows.push_back(unframed[i]);
             else if (completes[i])
-                besides.push_back(unframed[i]);
+                others.push_back(unframed[i]);
         const bool isTexture =
             unframed.size() > fewestOfTexture &&
             static_cast<double>(inRows.size()) < leastInRows * static_cast<double>(unframed.size());
         if (!isTexture) {
             letters.insert(letters.end(), inRows.begin(), inRows.end());
-            letters.insert(letters.end(), besides.begin(), besides.end());
+            letters.insert(letters.end(), others.begin(), others.end());
         }
     }
     if (letters.empty() || letters.size() > mostLetters) return page;

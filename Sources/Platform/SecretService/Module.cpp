@@ -95,12 +95,12 @@ bool isLocked(SecretItem* item) { return secret_item_get_locked(item) != FALSE; 
 
 /// One session with the store. A call that fails leaves its error here, and the following calls have no
 /// effect.
-class Conversation {
+class ServiceSession {
   public:
-    Conversation() : service_(secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, limit_, fails())) {}
-    Conversation(const Conversation&) = delete;
-    Conversation& operator=(const Conversation&) = delete;
-    ~Conversation() { g_clear_error(&error_); }
+    ServiceSession() : service_(secret_service_get_sync(SECRET_SERVICE_OPEN_SESSION, limit_, fails())) {}
+    ServiceSession(const ServiceSession&) = delete;
+    ServiceSession& operator=(const ServiceSession&) = delete;
+    ~ServiceSession() { g_clear_error(&error_); }
 
     bool hasFailed() const { return error_ != nullptr || !service_; }
     /// A restarted store does not know the session, which the next conversation would share.
@@ -176,7 +176,7 @@ template <class Ask>
 Answer answered(const Ask& ask) {
     if (!hasBus()) return Answer::absent;
     for (bool isAgain = false;; isAgain = true) {
-        Conversation store;
+        ServiceSession store;
         const Answer answer = store.hasFailed() ? Answer::none : ask(store);
         if (!store.hasFailed()) return answer;
         // The bus also reports a store that has ended as unknown.
@@ -186,7 +186,7 @@ Answer answered(const Ask& ask) {
 }
 
 /// Whether the collection for new secrets can be read, after asking the user where that is allowed.
-bool isOpen(Conversation& store, bool mayAsk) {
+bool isOpen(ServiceSession& store, bool mayAsk) {
     const Collection collection = store.standardCollection();
     if (!collection || secret_collection_get_locked(collection.get()) == FALSE) return true;
     GList* one = g_list_prepend(nullptr, collection.get());
@@ -196,7 +196,7 @@ bool isOpen(Conversation& store, bool mayAsk) {
 }
 
 Answer save(const std::string& account, const std::string& value, bool mayAsk) {
-    return answered([&](Conversation& store) {
+    return answered([&](ServiceSession& store) {
         if (!isOpen(store, mayAsk)) return Answer::locked;
         if (!store.standardCollection()) { // the desktop asks for the password of a new one
             if (!mayAsk) return Answer::none;
@@ -210,7 +210,7 @@ Answer save(const std::string& account, const std::string& value, bool mayAsk) {
 
 Found read(bool mayAsk) {
     Found found;
-    found.answer = answered([&](Conversation& store) {
+    found.answer = answered([&](ServiceSession& store) {
         found = {};
         Items items = store.items();
         GList* locked = nullptr;
@@ -243,7 +243,7 @@ Answer remove(const std::vector<std::string>& accounts) {
     const auto isWanted = [&](SecretItem* item) {
         return std::ranges::find(accounts, accountOf(item)) != accounts.end();
     };
-    return answered([&](Conversation& store) {
+    return answered([&](ServiceSession& store) {
         forEach(store.items(), [&](SecretItem* item) {
             if (!isLocked(item) && isWanted(item) && !store.hasFailed()) store.remove(item);
         });
@@ -257,7 +257,8 @@ Answer remove(const std::vector<std::string>& accounts) {
 }
 
 Answer unlock() {
-    return answered([](Conversation& store) { return isOpen(store, true) ? Answer::done : Answer::locked; });
+    return answered(
+        [](ServiceSession& store) { return isOpen(store, true) ? Answer::done : Answer::locked; });
 }
 
 } // namespace

@@ -141,8 +141,9 @@ TEST(TimecodeDoubts, AConvertedFileIsToldWhereItWouldLieByTheRateThatItStates) {
         if (one.told == 0) continue;
         const SyncDoubt& doubt = shot.doubts.byGroup.begin()->second.front();
         EXPECT_EQ(doubt.suggestion.value().recordingID, shot.audios.back().id);
-        const double laid = SyncEngine::matchByTimecode(shot.videos[0], shot.audios[0]).syncOffsetSeconds;
-        EXPECT_NEAR(laid + doubt.suggestion->offsetSeconds, -3, 1e-6);
+        const double positioned =
+            SyncEngine::matchByTimecode(shot.videos[0], shot.audios[0]).syncOffsetSeconds;
+        EXPECT_NEAR(positioned + doubt.suggestion->offsetSeconds, -3, 1e-6);
     }
 }
 
@@ -213,9 +214,9 @@ TEST(TimecodeDoubts, ARecordingDatedMidnightIsNamedWhereAClipLacksIt) {
         EXPECT_EQ(shot.count(Kind::noTimecode), one.isNamed) << one.name;
         EXPECT_EQ(shot.count(Kind::shortSound), 0) << one.name;
         if (!one.isNamed) continue;
-        const auto laid = SyncEngine::matchByTimecode(shot.videos.front(), shot.audios.back(), {});
-        EXPECT_EQ(laid.syncOffsetSeconds, 5) << one.name;
-        EXPECT_EQ(laid.overlapDurationSeconds, 5) << one.name;
+        const auto positioned = SyncEngine::matchByTimecode(shot.videos.front(), shot.audios.back(), {});
+        EXPECT_EQ(positioned.syncOffsetSeconds, 5) << one.name;
+        EXPECT_EQ(positioned.overlapDurationSeconds, 5) << one.name;
     }
 }
 

@@ -275,17 +275,18 @@ TEST(Days, WhatIsAttachedByHandLiesByItsTimeOfDay) {
              {"before midnight", automatic, test::video("A.mov", "00:00:10:00", 30), "23:59:30:00", -40, 20},
              {"no midnight", neighbours, test::video("A.mov", "00:00:10:00", 30), "23:59:30:00", 86360, 0},
          }) {
-        const auto laid = SyncEngine::matchByTimecode(one.clip, test::audio("T_240517.wav", one.start, 60),
-                                                      {.days = one.days});
-        EXPECT_NEAR(laid.syncOffsetSeconds, one.offset, 1e-6) << one.name;
-        EXPECT_NEAR(laid.overlapDurationSeconds, one.overlap, 1e-6) << one.name;
+        const auto positioned = SyncEngine::matchByTimecode(
+            one.clip, test::audio("T_240517.wav", one.start, 60), {.days = one.days});
+        EXPECT_NEAR(positioned.syncOffsetSeconds, one.offset, 1e-6) << one.name;
+        EXPECT_NEAR(positioned.overlapDurationSeconds, one.overlap, 1e-6) << one.name;
     }
     const test::ScopedEnvironment zone("TZ", "UTC");
     MediaAsset withoutStart = created(test::audio("T.wav", "", 60), "2024-05-18T12:00:00Z");
     withoutStart.startTimecodeString.reset();
-    const auto laid =
+    const auto positioned =
         SyncEngine::matchByTimecode(test::video("A_240518.mov", "00:00:10:00", 30), withoutStart, {});
-    EXPECT_EQ(std::pair(laid.syncOffsetSeconds, laid.overlapDurationSeconds), std::pair(-10.0, 30.0))
+    EXPECT_EQ(std::pair(positioned.syncOffsetSeconds, positioned.overlapDurationSeconds),
+              std::pair(-10.0, 30.0))
         << "it counts from midnight";
 }
 

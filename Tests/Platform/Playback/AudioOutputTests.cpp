@@ -104,7 +104,7 @@ TEST_F(PluggedOutput, devicesGoAndComeWhileFramesCountOn) {
     EXPECT_GT(machine.attempts, attempts + 20);
     EXPECT_LT(machine.attempts, attempts + 40);
     const int tries = machine.attempts;
-    output.lookForDevice(); // who wants to hear something does not wait for the next attempt
+    output.checkDevice(); // who wants to hear something does not wait for the next attempt
     output.tick();
     EXPECT_EQ(machine.attempts, tries + 1);
 
@@ -119,7 +119,7 @@ TEST_F(PluggedOutput, devicesGoAndComeWhileFramesCountOn) {
     output.tick();
     EXPECT_EQ(output.description(), "no sound device");
     const int swallowed = machine.attempts;
-    output.lookForDevice(); // each press of play would open it again
+    output.checkDevice(); // each press of play would open it again
     run(output, *clock, 500ms);
     EXPECT_EQ(machine.attempts, swallowed);
     EXPECT_NEAR(static_cast<double>(blocks.blocks.back().end), output.heardFrame(), 48000 * 3);

@@ -55,19 +55,19 @@ bool actsNow(ShortcutAction action, const ReviewSituation& now) {
 }
 
 /// Puts the groups into columns of at most `lines` lines.
-KeyColumns laidOut(const std::vector<KeyGroup>& groups, int lines) {
-    KeyColumns laid{.places = {}, .columns = 1, .lines = lines};
+KeyColumns arranged(const std::vector<KeyGroup>& groups, int lines) {
+    KeyColumns positioned{.places = {}, .columns = 1, .lines = lines};
     int line = 0;
     for (const KeyGroup& group : groups) {
         const int own = static_cast<int>(group.rows.size()) + 1;
         if (line > 0 && line + own > lines) {
-            ++laid.columns;
+            ++positioned.columns;
             line = 0;
         }
-        laid.places.push_back({laid.columns - 1, line});
+        positioned.places.push_back({positioned.columns - 1, line});
         line += own + 1;
     }
-    return laid;
+    return positioned;
 }
 
 /// `isApproveBound`: an action with a key of its own already approves the clip; then the fixed key for it is
@@ -120,8 +120,9 @@ KeyColumns keyColumns(const std::vector<KeyGroup>& groups, int mostColumns) {
         all += own + 1;
     }
     for (int lines = most; lines < all; ++lines)
-        if (KeyColumns laid = laidOut(groups, lines); laid.columns <= mostColumns) return laid;
-    return laidOut(groups, all);
+        if (KeyColumns positioned = arranged(groups, lines); positioned.columns <= mostColumns)
+            return positioned;
+    return arranged(groups, all);
 }
 
 std::vector<KeyGroup> multicamKeyOverview(const ShortcutBindings& bindings, std::size_t cameras) {

@@ -80,13 +80,13 @@ void addReasons(SyncPart& part, double secondsOut) {
     const std::pair silent(!part.hasSound, std::string(withoutSound));
     const std::pair missing(!part.hasAnchor, std::string(withoutClap));
     const std::pair outside(secondsOut != 0, std::string(outOfPicture));
-    part.noGoTo = firstOf({missing, outside});
-    part.noPut = firstOf({missing, {part.isLocked, "Unlock sync to move the sound: Ctrl+L first."}});
-    part.noUpdate = firstOf({silent, locked});
-    part.noClear = firstOf({missing, locked});
-    part.noSearch = firstOf(
+    part.whyNoGoTo = firstOf({missing, outside});
+    part.whyNoPut = firstOf({missing, {part.isLocked, "Unlock sync to move the sound: Ctrl+L first."}});
+    part.whyNoUpdate = firstOf({silent, locked});
+    part.whyNoClear = firstOf({missing, locked});
+    part.whyNoSearch = firstOf(
         {silent, locked, {part.hasAnchor, "There is a clap point; clear it to search for another one."}});
-    part.noCheck = firstOf({outside}); // without a clap point, the loop is at 3 s
+    part.whyNoCheck = firstOf({outside}); // without a clap point, the loop is at 3 s
 }
 
 } // namespace

@@ -27,7 +27,7 @@ struct SyncPart {
     std::string anchor;      ///< where the anchor is; without one, what to do
     bool hasAnchor = false;
     // Why each button does nothing; empty if it works, as far as this depends on the clip.
-    std::string noGoTo, noPut, noUpdate, noClear, noSearch, noCheck;
+    std::string whyNoGoTo, whyNoPut, whyNoUpdate, whyNoClear, whyNoSearch, whyNoCheck;
     std::string anchorHint;
     std::string updateAnchor; ///< the text of the button for the anchor
     std::string lock;         ///< the text of the button for the lock

@@ -59,12 +59,12 @@ std::string matchText(const SyncGroup& group, const Take& take) {
     if (group.audioMatches.empty() || !length) return text;
     // Any overlap is a match, but picture without sound has to be checked.
     const double covered = coveredSeconds(group, take);
-    constexpr double worthSaying = 0.5; // seconds
+    constexpr double leastReportedSeconds = 0.5; // seconds
     // Sound that was attached without timecode begins at the clip's beginning, and its overlap is not known.
     if (covered == 0 && group.audioMatches.front().syncOffsetSeconds == 0 &&
         group.manualAudioOffsetSeconds == 0)
         return text;
-    if (!group.video.isOffspeed() && *length - covered > worthSaying)
+    if (!group.video.isOffspeed() && *length - covered > leastReportedSeconds)
         text += ", covers " + formatted("%.1f", covered) + " of " + formatted("%.1f s", *length);
     return text;
 }

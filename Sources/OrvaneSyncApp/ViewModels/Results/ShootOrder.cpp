@@ -70,7 +70,7 @@ class RowsByShoot {
         for (const auto& [name, camera] : cameras_)
             for (std::size_t i = 0; i < camera.size(); ++i) places[camera[i].position] = {&camera, i};
         for (const auto& [camera, index] : places)
-            if (!isLaid((*camera)[index].row)) lay(*camera, index);
+            if (!isPositioned((*camera)[index].row)) position(*camera, index);
         return order_;
     }
 
@@ -107,9 +107,9 @@ class RowsByShoot {
         camera = std::move(sorted);
     }
 
-    bool isLaid(std::size_t row) { return places_[row] != order_.end(); }
+    bool isPositioned(std::size_t row) { return places_[row] != order_.end(); }
 
-    void lay(const Clips& camera, std::size_t index) {
+    void position(const Clips& camera, std::size_t index) {
         const std::size_t row = camera[index].row;
         const auto& next = camera[index].nextShared;
         const Place limit = next ? places_[*next] : order_.end(); // placed already

@@ -149,8 +149,8 @@ void SyncSection::showClapCheck() {
     clapCheck_->setEnabled(can);
     const std::string reason = !isClapKnown
                                    ? "There is no clap point yet; the key of the loop plays around 3 s."
-                               : !shown_ || shown_->noCheck.empty() ? "The clip is not loaded."
-                                                                    : shown_->noCheck;
+                               : !shown_ || shown_->whyNoCheck.empty() ? "The clip is not loaded."
+                                                                       : shown_->whyNoCheck;
     clapCheck_->setToolTip(translated(can ? helpText(ShortcutAction::clapCheck) : std::string_view(reason)));
 }
 
@@ -193,13 +193,13 @@ void SyncSection::show(const SyncGroup& clip) {
         button->setEnabled(reason.empty());
         button->setToolTip(reason.empty() ? help : translated(reason));
     };
-    showButton(goToAnchor_, part.noGoTo, tr("Moves the playhead to the clap point"));
-    showButton(putOnFrame_, part.noPut,
+    showButton(goToAnchor_, part.whyNoGoTo, tr("Moves the playhead to the clap point"));
+    showButton(putOnFrame_, part.whyNoPut,
                tr("Moves the sound by whole frames, so that its clap falls into the frame that is shown"));
     updateAnchor_->setText(translated(part.updateAnchor));
-    showButton(updateAnchor_, part.noUpdate, translated(helpText(ShortcutAction::updateClapPoint)));
-    showButton(clearAnchor_, part.noClear, translated(desktop().command("setAudioAnchor").help));
-    showButton(searchAnchor_, part.noSearch, translated(desktop().command("autoDetectAudioAnchor").help));
+    showButton(updateAnchor_, part.whyNoUpdate, translated(helpText(ShortcutAction::updateClapPoint)));
+    showButton(clearAnchor_, part.whyNoClear, translated(desktop().command("setAudioAnchor").help));
+    showButton(searchAnchor_, part.whyNoSearch, translated(desktop().command("autoDetectAudioAnchor").help));
     anchorHint_->setText(translated(part.anchorHint));
     lock_->setText(translated(part.lock));
     lock_->setIcon(icon(part.isLocked ? Glyph::unlock : Glyph::lock));

@@ -110,10 +110,11 @@ void KeyOverlay::paintEvent(QPaintEvent*) {
     const int top = space::large + 2 * keyRowHeight;
     const KeyWidths widths(groups_);
     const int columnWidth = widths.name + widths.label;
-    const KeyColumns laid = keyColumns(groups_, std::max(1, (width() - 2 * space::medium) / columnWidth));
-    const int rowHeight = std::clamp((height() - top - space::medium) / std::max(laid.lines, 1),
+    const KeyColumns positioned =
+        keyColumns(groups_, std::max(1, (width() - 2 * space::medium) / columnWidth));
+    const int rowHeight = std::clamp((height() - top - space::medium) / std::max(positioned.lines, 1),
                                      leastKeyRowHeight, keyRowHeight);
-    const int left = std::max<int>((width() - laid.columns * columnWidth) / 2, space::medium);
+    const int left = std::max<int>((width() - positioned.columns * columnWidth) / 2, space::medium);
     painter.setFont(titleFont());
     painter.setPen(all.text);
     painter.drawText(QRect(left, space::medium, width() - 2 * left, 2 * keyRowHeight), Qt::AlignVCenter,
@@ -125,8 +126,8 @@ void KeyOverlay::paintEvent(QPaintEvent*) {
         Qt::AlignVCenter,
         tr("Grey: does nothing at the moment. Any key closes this. Settings > Keyboard changes them."));
     for (std::size_t i = 0; i < groups_.size(); ++i) {
-        QRect line(left + laid.places[i].column * columnWidth, top + laid.places[i].line * rowHeight,
-                   columnWidth, rowHeight);
+        QRect line(left + positioned.places[i].column * columnWidth,
+                   top + positioned.places[i].line * rowHeight, columnWidth, rowHeight);
         painter.setFont(titleFontOfKeys());
         painter.setPen(all.text);
         painter.drawText(line, Qt::AlignVCenter, translated(groups_[i].title));

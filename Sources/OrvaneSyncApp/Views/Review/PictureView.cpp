@@ -287,7 +287,7 @@ bool PictureView::event(QEvent* event) {
 void PictureView::showTransport() {
     const VideoEngine& engine = *review_->engine();
     const bool isPlaying = engine.transport().isPlaying;
-    if (std::exchange(wasPlaying_, isPlaying) != isPlaying) lookForDevice();
+    if (std::exchange(wasPlaying_, isPlaying) != isPlaying) checkDevice();
     QAction* play = actions_.action(KeyAction::playPause);
     play->setIcon(icon(isPlaying ? Glyph::pause : Glyph::play));
     showValue(shuttle_, text(engine.loop().jklLabel));
@@ -308,7 +308,7 @@ void PictureView::showTimecodes() {
     showValue(soundTimecode_, shown == nullptr ? QString() : text(soundTimecode(*shown, playhead)));
 }
 
-void PictureView::lookForDevice() {
+void PictureView::checkDevice() {
     if (deviceTimer_) deviceTimer_->cancel();
     deviceTimer_.reset();
     if (!review_->engine()->transport().isPlaying) return;
@@ -320,7 +320,7 @@ void PictureView::lookForDevice() {
         device_->setToolTip(whole);
         device_->setAccessibleDescription(whole);
         device_->setVisible(note.has_value());
-        if (note) lookForDevice(); // to notice a device that is connected meanwhile
+        if (note) checkDevice(); // to notice a device that is connected meanwhile
     });
 }
 

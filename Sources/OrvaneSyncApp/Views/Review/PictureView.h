@@ -61,7 +61,7 @@ class PictureView : public QWidget {
     void showTimecodes();
     void toggleLoop();
     /// Checks whether there is a device that plays the sound.
-    void lookForDevice();
+    void checkDevice();
     const SyncGroup* clip() const;
 
     Desktop& desktop_;

@@ -156,12 +156,13 @@ class CameraClocks {
                             {0, sound->range.durationSeconds()});
             const std::size_t part = shoot_.wholes.partAt(file, into);
             used.insert(part);
-            const double laid = shoot_.wholes.startsAt[part] - into;
-            claimed.add(*clip, part, laid);
+            const double positioned = shoot_.wholes.startsAt[part] - into;
+            claimed.add(*clip, part, positioned);
             const MediaAsset& recording = *shoot_.recordings[part].asset;
-            suggested.push_back({recording.id, laid - SyncEngine::matchByTimecode(
-                                                          clip->group->video, recording, shoot_.input.rules)
-                                                          .syncOffsetSeconds});
+            suggested.push_back(
+                {recording.id,
+                 positioned - SyncEngine::matchByTimecode(clip->group->video, recording, shoot_.input.rules)
+                                  .syncOffsetSeconds});
             if (isOfOtherUnit(*clip, shoot_.wholes.firstOf[file])) ++ofOtherUnits;
         }
         const auto matched = static_cast<double>(found.size());

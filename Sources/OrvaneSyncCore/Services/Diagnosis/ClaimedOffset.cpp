@@ -44,18 +44,18 @@ InPlace heardOf(const Shoot& shoot, const std::function<bool(const MediaAsset& r
 } // namespace
 
 void ClaimedOffset::add(const Shoot::Clip& clip, std::size_t recording, double offsetSeconds) {
-    laid_.push_back({&clip,
-                     {.clipID = clip.group->id,
-                      .recordingID = shoot_.recordings[recording].asset->id,
-                      .offsetSeconds = offsetSeconds,
-                      .reachSeconds = reach_}});
+    positioned_.push_back({&clip,
+                           {.clipID = clip.group->id,
+                            .recordingID = shoot_.recordings[recording].asset->id,
+                            .offsetSeconds = offsetSeconds,
+                            .reachSeconds = reach_}});
 }
 
-std::vector<const ClaimedOffset::Laid*> ClaimedOffset::audible() const {
-    std::vector<const Laid*> all;
-    for (const Laid& one : laid_)
+std::vector<const ClaimedOffset::Positioned*> ClaimedOffset::audible() const {
+    std::vector<const Positioned*> all;
+    for (const Positioned& one : positioned_)
         if (isAudible(*one.clip)) all.push_back(&one);
-    std::vector<const Laid*> result; // spread over the clips; every second one first
+    std::vector<const Positioned*> result; // spread over the clips; every second one first
     const std::size_t count = std::min(all.size(), mostHeard);
     for (const std::size_t first : {0, 1})
         for (std::size_t i = first; i < count; i += 2)
@@ -87,7 +87,7 @@ ClaimedOffset::Heard ClaimedOffset::heard(std::vector<SoundClaim>* toHear) const
     std::vector<double> corrections;
     int missed = 0;
     std::vector<SoundClaim> unheard;
-    for (const Laid* one : audible()) {
+    for (const Positioned* one : audible()) {
         const HeardClaim* heard = heardClaim(shoot_, one->claim);
         if (heard == nullptr) {
             unheard.push_back(one->claim);
@@ -98,7 +98,7 @@ ClaimedOffset::Heard ClaimedOffset::heard(std::vector<SoundClaim>* toHear) const
         }
     }
     // The search for sound without timecode may have measured the same clock.
-    for (const Laid& one : laid_) {
+    for (const Positioned& one : positioned_) {
         const HeardClaim* heard =
             heardClaim(shoot_, one.claim) == nullptr
                 ? heardClaim(shoot_, claimByEar(one.claim.clipID, one.claim.recordingID))
@@ -129,7 +129,7 @@ ClaimedOffset::Heard ClaimedOffset::heard(std::vector<SoundClaim>* toHear) const
 bool ClaimedOffset::isSoundOfClipsInPlace() const {
     if (shoot_.input.heardLags == nullptr) return false;
     InPlace count;
-    for (const Laid& one : laid_)
+    for (const Positioned& one : positioned_)
         if (one.clip->primary && one.clip->group->manualAudioOffsetSeconds == 0)
             count.add(shoot_, one.clip->group->audioMatches.front());
     return count.isMost();

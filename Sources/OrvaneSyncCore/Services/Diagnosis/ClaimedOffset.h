@@ -46,16 +46,16 @@ class ClaimedOffset {
     bool isSoundOfClipsInPlace() const;
 
   private:
-    struct Laid {
+    struct Positioned {
         const Shoot::Clip* clip;
         SoundClaim claim;
     };
     /// The clips whose cameras may have recorded the sound, those that decide most first.
-    std::vector<const Laid*> audible() const;
+    std::vector<const Positioned*> audible() const;
 
     const Shoot& shoot_;
     double reach_;
-    std::vector<Laid> laid_;
+    std::vector<Positioned> positioned_;
 };
 
 /// Sound that is heard this near to its place counts as in place: the difference is a camera's own delay, or

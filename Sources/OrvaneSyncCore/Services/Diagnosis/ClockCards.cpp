@@ -126,15 +126,15 @@ std::vector<Card> RecordersCards::byRecorder(const std::string& folder, const Fi
             recorders[RecorderMark::of(*shoot_.recordings[file].asset, by).value].push_back(file);
         if (recorders.size() < 2) continue;
         std::vector<Card> result;
-        bool hasFitting = false, hasMisplaced = false;
+        bool hasFitting = false, hasUnfitting = false;
         for (auto& [value, own] : recorders)
             for (Card& card : nights(folder, std::move(own))) {
                 card.recorder = RecorderMark{by, value};
                 if (std::cmp_greater_equal(card.files.size(), explanation::fewest))
-                    (fitsFewClips(card) ? hasMisplaced : hasFitting) = true;
+                    (fitsFewClips(card) ? hasUnfitting : hasFitting) = true;
                 result.push_back(std::move(card));
             }
-        if (hasFitting && hasMisplaced) return result;
+        if (hasFitting && hasUnfitting) return result;
     }
     return {};
 }

@@ -219,12 +219,12 @@ class ClockDoubts {
                     times.range(sound->whole).startSeconds + offset - sound->clip.startSeconds;
                 const std::size_t part = shoot_.wholes.partAt(sound->whole, -start);
                 parts.insert(part);
-                const double laid = start + shoot_.wholes.startsAt[part];
-                claimed.add(*clip, part, laid);
+                const double positioned = start + shoot_.wholes.startsAt[part];
+                claimed.add(*clip, part, positioned);
                 if (std::ranges::all_of(clip->group->audioMatches, [&](const AudioMatch& match) {
                         return isOn(one.card, shoot_, *match.audio);
                     }))
-                    suggested.emplace_back(clip->group->id, suggestionOf(*clip, part, laid));
+                    suggested.emplace_back(clip->group->id, suggestionOf(*clip, part, positioned));
                 if (card.movedByDays == 0) rolling.add(sound->clip, times.range(sound->whole));
                 doubted.push_back(clip);
             } else if (!one.isPart && clip->primary &&
@@ -301,19 +301,19 @@ class ClockDoubts {
                    cureWords::asHeard("attach the recordings and move them by that",
                                       "'choice' and 'offset_frames'");
         SyncDoubt doubt{Kind::constantOffset, text + known.knownTo(rate_), std::move(cure)};
-        if (isToldLikewise(doubts_, doubt, doubted, one.name(shoot_))) return true;
+        if (joinEqualDoubt(doubts_, doubt, doubted, one.name(shoot_))) return true;
         addCardDoubt(doubts_, std::move(doubt), doubted);
         if (isTable)
             for (const auto& [clip, suggestion] : suggested)
                 doubts_.byGroup[clip].back().suggestion = suggestion;
         return true;
     }
-    /// `laidSeconds`: clip time at which the recording begins with the corrected clock.
+    /// `attachedSeconds`: clip time at which the recording begins with the corrected clock.
     SyncDoubt::Suggestion suggestionOf(const Shoot::Clip& clip, std::size_t recording,
-                                       double laidSeconds) const {
+                                       double attachedSeconds) const {
         const MediaAsset& sound = *shoot_.recordings[recording].asset;
-        const auto laid = SyncEngine::matchByTimecode(clip.group->video, sound, shoot_.input.rules);
-        return {sound.id, laidSeconds - laid.syncOffsetSeconds};
+        const auto positioned = SyncEngine::matchByTimecode(clip.group->video, sound, shoot_.input.rules);
+        return {sound.id, attachedSeconds - positioned.syncOffsetSeconds};
     }
     /// The cameras of the card's unit, if the clips in doubt are theirs; empty for all.
     std::set<std::string_view> camerasFor(const Card& card,

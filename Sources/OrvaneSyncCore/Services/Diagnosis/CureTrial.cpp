@@ -46,8 +46,8 @@ bool haveSameFirstSound(const SyncGroup& before, const SyncGroup& after) {
 }
 
 /// Whether the clip has, before and after, a doubt of that kind with the same message.
-bool isToldAgain(const SyncDoubts& before, const UUID& was, SyncDoubt::Kind kind, const SyncDoubts& after,
-                 const UUID& is) {
+bool isReportedAgain(const SyncDoubts& before, const UUID& was, SyncDoubt::Kind kind, const SyncDoubts& after,
+                     const UUID& is) {
     const auto had = before.byGroup.find(was), has = after.byGroup.find(is);
     return had != before.byGroup.end() && has != after.byGroup.end() &&
            std::ranges::any_of(had->second, [&](const SyncDoubt& one) {
@@ -103,7 +103,7 @@ bool CureTrial::helps(const CardDoubt& doubt) const {
     after.timecodeChannel = input_.timecodeChannel;
     const SyncDoubts doubts = SyncDoubts::of(after, stop_);
     return std::ranges::none_of(unchanged, [&](const auto& ids) {
-        return isToldAgain(before_, ids.first, doubt.doubt.kind, doubts, ids.second);
+        return isReportedAgain(before_, ids.first, doubt.doubt.kind, doubts, ids.second);
     });
 }
 

@@ -35,8 +35,8 @@ std::optional<HeardStart> heardStart(const Shoot& shoot, const Shoot::Clip& clip
     const auto found = shoot.recordingByID.find(recording);
     if (found == shoot.recordingByID.end() || !shoot.recordings[found->second].place.day) return std::nullopt;
     const Recording& sound = shoot.recordings[found->second];
-    const auto laid = SyncEngine::matchByTimecode(clip.group->video, *sound.asset, shoot.input.rules);
-    return HeardStart{&clip, onLine(sound.place).startSeconds - laid.syncOffsetSeconds - offsetSeconds};
+    const auto positioned = SyncEngine::matchByTimecode(clip.group->video, *sound.asset, shoot.input.rules);
+    return HeardStart{&clip, onLine(sound.place).startSeconds - positioned.syncOffsetSeconds - offsetSeconds};
 }
 
 Cover datedRecordings(const Shoot& shoot) {

@@ -79,7 +79,7 @@ struct Camera {
     const HandledClips* clips;
     std::optional<Agreement> offset = {}; ///< the error of the card's clock
     bool isElsewhere = false;             ///< heard in other recordings than those under the clips
-    bool isDeaf() const { return clips->heard.empty() && clips->elsewhere.empty(); }
+    bool hasNoSound() const { return clips->heard.empty() && clips->elsewhere.empty(); }
 };
 
 std::string quotedFolder(std::string_view folder) { return "'" + std::string(folder) + "'"; }
@@ -139,7 +139,7 @@ class HeardOffsets {
                 together.push_back({camera});
         }
         const bool areAgreed = together.size() == 1 && std::ranges::all_of(cameras, [](const Camera& camera) {
-                                   return camera.offset || camera.isDeaf();
+                                   return camera.offset || camera.hasNoSound();
                                });
         for (const auto& those : together) addOffset(those, areAgreed ? cameras : those, areAgreed);
     }
@@ -150,14 +150,14 @@ class HeardOffsets {
         const HeardClock clock = heardClock(heard.front().offset->seconds, rate_);
         const double offset = clock.seconds;
         std::ptrdiff_t count = 0;
-        std::vector<std::string> folders, deaf;
+        std::vector<std::string> folders, withoutSound;
         for (const Camera& camera : heard) {
             count += camera.offset->count;
             folders.push_back(quotedFolder(std::get<0>(*camera.key)));
         }
         std::vector<const Shoot::Clip*> unmoved;
         for (const Camera& camera : all) {
-            if (camera.isDeaf()) deaf.push_back(quotedFolder(std::get<0>(*camera.key)));
+            if (camera.hasNoSound()) withoutSound.push_back(quotedFolder(std::get<0>(*camera.key)));
             unmoved.insert(unmoved.end(), camera.clips->unmoved.begin(), camera.clips->unmoved.end());
         }
         std::ranges::sort(unmoved); // in the order of the clips
@@ -174,8 +174,8 @@ class HeardOffsets {
                       recorder +
                       " has it: the clock of that card is wrong by that, though each clip lies within its "
                       "recording";
-        if (!deaf.empty())
-            text += "; that of the clips in " + platform::text::joined(deaf, ", ") +
+        if (!withoutSound.empty())
+            text += "; that of the clips in " + platform::text::joined(withoutSound, ", ") +
                     " comes from the same recorder and could not be heard";
         SyncDoubt doubt{.kind = Kind::constantOffset, .message = std::move(text), .cure = {}};
         if (!areAgreed && !heard.front().isElsewhere &&

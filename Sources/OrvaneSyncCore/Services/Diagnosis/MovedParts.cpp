@@ -41,12 +41,12 @@ std::vector<Run> runsOf(const Shoot& shoot, std::vector<Sounding> soundings) {
     std::ranges::stable_sort(soundings, {}, [&](const Sounding& one) { return startOf(shoot, one.clip); });
     std::vector<Run> all, runs;
     for (const Sounding& one : soundings) append(all, one);
-    const auto isStray = [](const Run& run) {
+    const auto isOutlier = [](const Run& run) {
         return run.size() == 1 && std::abs(run.front().seconds) >= leastByHandSeconds;
     };
-    if (std::ranges::count_if(all, isStray) > 1) return {};
+    if (std::ranges::count_if(all, isOutlier) > 1) return {};
     for (const Run& run : all)
-        if (!isStray(run))
+        if (!isOutlier(run))
             for (const Sounding& one : run) append(runs, one);
     return runs;
 }
@@ -59,9 +59,9 @@ bool isIn(const Shoot& shoot, const MovedPart& part, std::size_t recording) {
 
 /// What the other cameras show about the recordings of a part.
 struct OtherCameras {
-    bool hasOwnTime = false;       ///< one of them heard the recordings at another distance
-    std::vector<std::string> deaf; ///< folders of those that heard nothing, if none heard them
-    std::vector<const Shoot::Clip*> deafClips;
+    bool hasOwnTime = false;               ///< one of them heard the recordings at another distance
+    std::vector<std::string> withoutSound; ///< folders of those that heard nothing, if none heard them
+    std::vector<const Shoot::Clip*> clipsWithoutSound;
 };
 OtherCameras othersOf(const Shoot& shoot, const std::map<CameraAndCard, HandledClips>& cards,
                       const CameraAndCard& key, const MovedPart& part) {
@@ -77,16 +77,16 @@ OtherCameras othersOf(const Shoot& shoot, const std::map<CameraAndCard, HandledC
             (std::abs(one.seconds - part.seconds) <= agreeingByHandSeconds ? areAgreed : others.hasOwnTime) =
                 true;
         }
-        const auto before = others.deafClips.size();
+        const auto before = others.clipsWithoutSound.size();
         if (!isHeard)
-            std::ranges::copy_if(card.unmoved, std::back_inserter(others.deafClips),
+            std::ranges::copy_if(card.unmoved, std::back_inserter(others.clipsWithoutSound),
                                  [&](const Shoot::Clip* clip) { return isIn(shoot, part, *clip->primary); });
-        if (others.deafClips.size() > before)
-            others.deaf.push_back("'" + std::string(std::get<0>(other)) + "'");
+        if (others.clipsWithoutSound.size() > before)
+            others.withoutSound.push_back("'" + std::string(std::get<0>(other)) + "'");
     }
     if (areAgreed) {
-        others.deaf.clear();
-        others.deafClips.clear();
+        others.withoutSound.clear();
+        others.clipsWithoutSound.clear();
     }
     return others;
 }
@@ -125,7 +125,7 @@ void addMovedPart(const Shoot& shoot, const std::map<CameraAndCard, HandledClips
     for (std::size_t i = 0; i < shoot.recordings.size(); ++i)
         if (isOn(sound, shoot, *shoot.recordings[i].asset) && isIn(shoot, part, i)) sound.files.push_back(i);
     const OtherCameras others = othersOf(shoot, cards, key, part);
-    const bool isOfCamera = others.hasOwnTime || !others.deaf.empty();
+    const bool isOfCamera = others.hasOwnTime || !others.withoutSound.empty();
     const HeardClock clock = heardClock(part.seconds, rate);
     const bool isSoundLate = part.seconds < 0;
     std::string text = "the microphones of the cameras heard " +
@@ -171,9 +171,10 @@ void addMovedPart(const Shoot& shoot, const std::map<CameraAndCard, HandledClips
     }
     std::vector<const Shoot::Clip*> doubted = part.clips;
     if (!others.hasOwnTime) {
-        text += ", or these are wrong by that: the clips in " + platform::text::joined(others.deaf, ", ") +
+        text += ", or these are wrong by that: the clips in " +
+                platform::text::joined(others.withoutSound, ", ") +
                 " have the same recordings and could not be heard";
-        doubted.insert(doubted.end(), others.deafClips.begin(), others.deafClips.end());
+        doubted.insert(doubted.end(), others.clipsWithoutSound.begin(), others.clipsWithoutSound.end());
         std::ranges::sort(doubted); // in the order of the clips
     }
     addCardDoubt(doubts,

@@ -50,7 +50,7 @@ class RecorderDates {
             Fit fit = fitOn(card, day);
             if (fit.recordings > best.recordings) best = std::move(fit);
         }
-        if (std::cmp_less(best.files, explanation::fewest) || isTold(best.clips)) return;
+        if (std::cmp_less(best.files, explanation::fewest) || isReported(best.clips)) return;
         const auto count = static_cast<long long>(best.all);
         addCardDoubt(doubts_,
                      {Kind::otherDateFits,
@@ -78,7 +78,7 @@ class RecorderDates {
         Fit fit{card, {}};
         fit.card.movedByDays = day - *card.day;
         fit.card.day = day;
-        const auto laid = [&](std::size_t file) {
+        const auto positioned = [&](std::size_t file) {
             FilePlace place = shoot_.wholes.places[file];
             *place.day += fit.card.movedByDays;
             return onLine(place);
@@ -88,7 +88,7 @@ class RecorderDates {
                                   -std::numeric_limits<double>::infinity()};
         const auto wholes = shoot_.wholes.oneOfEach(card.files);
         for (const std::size_t file : wholes) {
-            const SyncEngine::TCRange range = laid(file);
+            const SyncEngine::TCRange range = positioned(file);
             sound.add(range, file);
             hours.startSeconds = std::min(hours.startSeconds, range.startSeconds);
             hours.endSeconds = std::max(hours.endSeconds, range.endSeconds);
@@ -105,7 +105,7 @@ class RecorderDates {
             if (!found) continue;
             fit.clips.push_back(clip);
             used.insert(*found);
-            const double into = onLine(place).startSeconds - laid(*found).startSeconds;
+            const double into = onLine(place).startSeconds - positioned(*found).startSeconds;
             parts.insert(shoot_.wholes.partAt(*found, into));
         }
         pictures.finish();
@@ -123,7 +123,7 @@ class RecorderDates {
         return fit;
     }
     /// Whether most of the clips already have a doubt about their day or their clock.
-    bool isTold(const std::vector<const Shoot::Clip*>& clips) const {
+    bool isReported(const std::vector<const Shoot::Clip*>& clips) const {
         const auto told = std::ranges::count_if(clips, [&](const Shoot::Clip* clip) {
             return doubts_.has(clip->group->id, {Kind::otherDateFits, Kind::otherDay, Kind::constantOffset,
                                                  Kind::timecodeRate});

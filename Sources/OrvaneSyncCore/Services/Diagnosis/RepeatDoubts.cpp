@@ -28,9 +28,9 @@ class RepeatDoubts {
     }
 
     void add() {
-        const bool isTold = repeatOf(clips_, std::nullopt);
+        const bool isReported = repeatOf(clips_, std::nullopt);
         std::vector<Card> all = cardsOf(shoot_.clips);
-        if (isTold || all.size() < 2) return;
+        if (isReported || all.size() < 2) return;
         for (const Card& card : all) {
             platform::throwIfStopped(shoot_.stop);
             std::vector<const Shoot::Clip*> clips;

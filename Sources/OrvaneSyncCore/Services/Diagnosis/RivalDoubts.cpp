@@ -78,7 +78,7 @@ class OtherRecorders {
     /// for any number of cameras. Empty unless all clips with sound of one recorder also have sound of the
     /// other, and each camera heard both.
     const std::string& eitherOf(std::string_view folder, std::string_view other) {
-        const auto [known, isNew] = eithers_.try_emplace({folder, other});
+        const auto [known, isNew] = pairNames_.try_emplace({folder, other});
         if (isNew && folder != other)
             known->second = optionsForEither(std::string(folder) + "/", std::string(other) + "/");
         return known->second;
@@ -209,7 +209,7 @@ class OtherRecorders {
     const LeavingOut leavingOut_;
     std::map<std::pair<std::string_view, std::string_view>, DoubtCure> cures_;
     /// Options, by the two folders.
-    std::map<std::pair<std::string_view, std::string_view>, std::string> eithers_;
+    std::map<std::pair<std::string_view, std::string_view>, std::string> pairNames_;
     std::map<std::string_view, bool> isOutOfPlace_;
     /// The folder is that of the recordings in which the clip was heard.
     std::vector<std::pair<const SyncGroup*, std::string_view>> heard_;

@@ -222,7 +222,7 @@ void addCardDoubt(SyncDoubts& doubts, SyncDoubt doubt, const std::vector<const S
     doubts.cards.push_back(std::move(card));
 }
 
-bool isToldLikewise(SyncDoubts& doubts, const SyncDoubt& doubt, const std::vector<const Shoot::Clip*>& clips,
+bool joinEqualDoubt(SyncDoubts& doubts, const SyncDoubt& doubt, const std::vector<const Shoot::Clip*>& clips,
                     const std::string& card) {
     const auto told = std::ranges::find_if(doubts.cards, [&](const CardDoubt& other) {
         return other.doubt.kind == doubt.kind && other.doubt.cure == doubt.cure &&

@@ -65,7 +65,7 @@ double heardSeconds(const SyncGroup& group, const Take& take);
 void addCardDoubt(SyncDoubts& doubts, SyncDoubt doubt, const std::vector<const Shoot::Clip*>& clips);
 /// If there is a doubt about the same clips with the same cure, adds to its message that it holds for another
 /// card as well. Returns whether there is one.
-bool isToldLikewise(SyncDoubts& doubts, const SyncDoubt& doubt, const std::vector<const Shoot::Clip*>& clips,
+bool joinEqualDoubt(SyncDoubts& doubts, const SyncDoubt& doubt, const std::vector<const Shoot::Clip*>& clips,
                     const std::string& card);
 
 /// A clip counts as covered if it begins earlier or ends later than its sound by no more than this: that is

@@ -30,7 +30,7 @@ constexpr double mostSecondsByEar = 36000;
 struct PairByEar {
     const Shoot::Clip* clip;
     const MediaAsset* recording;
-    double laidSeconds; ///< clip time at which the recording begins once it is attached
+    double attachedSeconds; ///< clip time at which the recording begins once it is attached
 
     SoundClaim claim() const { return claimByEar(clip->group->id, recording->id); }
 };
@@ -67,7 +67,7 @@ bool isOpen(const Shoot::Clip& clip) {
     return !clip.isDecided && clip.group->matchStatus.kind == MatchStatus::Kind::unmatched;
 }
 /// Clip time at which a recording begins, by timecode, once it is attached.
-double laidAt(const Shoot& shoot, const Shoot::Clip& clip, const MediaAsset& recording) {
+double attachedAt(const Shoot& shoot, const Shoot::Clip& clip, const MediaAsset& recording) {
     return SyncEngine::matchByTimecode(clip.group->video, recording, shoot.input.rules).syncOffsetSeconds;
 }
 
@@ -130,14 +130,14 @@ PairsByEar pairsByEar(const Shoot& shoot) {
     if (areTooMany(pairs.heard) || pairs.count > mostPairsByEar)
         std::erase_if(pairs.heard, [&](const PairByEar& pair) { return !mayBeOfDate(shoot, pair); });
     if (areTooMany(pairs.heard)) pairs.heard.clear();
-    for (PairByEar& pair : pairs.heard) pair.laidSeconds = laidAt(shoot, *pair.clip, *pair.recording);
+    for (PairByEar& pair : pairs.heard) pair.attachedSeconds = attachedAt(shoot, *pair.clip, *pair.recording);
     return pairs;
 }
 
 /// A clip and the one recording in which it was heard.
 struct HeardPair {
     PairByEar pair;
-    double offsetSeconds;  ///< manual offset; `layByClocks` removes the delay of the microphone
+    double offsetSeconds;  ///< manual offset; `placeByClocks` removes the delay of the microphone
     bool isBeside = false; ///< other clips gave another offset for its recorder
 
     std::pair<std::string_view, std::optional<long>> recorder(const Shoot& shoot) const {
@@ -159,7 +159,7 @@ std::vector<HeardPair> heardAnywhere(const Shoot& shoot) {
         for (; pair != next; ++pair)
             if (const HeardClaim* heard = heardClaim(shoot, pair->claim());
                 heard != nullptr && heard->offsetSeconds)
-                found.push_back({*pair, *heard->offsetSeconds - pair->laidSeconds});
+                found.push_back({*pair, *heard->offsetSeconds - pair->attachedSeconds});
         if (found.size() == 1) result.push_back(found.front()); // several may be sound that repeats
     }
     return result;
@@ -206,7 +206,7 @@ std::vector<ClosePair> closePairs(const Shoot& shoot, const std::vector<HeardPai
         const auto found = sounds.of({start, start + length});
         if (!found) continue;
         const Recording& sound = shoot.recordings[*found];
-        pairs.push_back({{&clip, &*sound.asset, laidAt(shoot, clip, *sound.asset)},
+        pairs.push_back({{&clip, &*sound.asset, attachedAt(shoot, clip, *sound.asset)},
                          onLine(sound.place).startSeconds - start});
     }
     return pairs;
@@ -215,7 +215,7 @@ std::vector<ClosePair> closePairs(const Shoot& shoot, const std::vector<HeardPai
 /// Each clip is measured to about ten milliseconds, and cuts between cameras would show the difference. If
 /// three clips of one recorder agree, all of them get the offset of its clock. From the other offsets the
 /// delay of the microphone is subtracted.
-void layByClocks(const Shoot& shoot, std::vector<HeardPair>& all) {
+void placeByClocks(const Shoot& shoot, std::vector<HeardPair>& all) {
     std::map<std::pair<std::string_view, std::optional<long>>, std::vector<HeardPair*>> recorders;
     for (HeardPair& one : all)
         if (one.pair.clip->place && shoot.recordingByID.contains(one.pair.recording->id))
@@ -276,8 +276,8 @@ void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts) {
     for (const ClosePair& close : closePairs(shoot, all))
         if (const HeardClaim* heard = heardClaim(shoot, close.claim());
             heard != nullptr && heard->offsetSeconds)
-            all.push_back({close.pair, *heard->offsetSeconds - close.pair.laidSeconds});
-    layByClocks(shoot, all);
+            all.push_back({close.pair, *heard->offsetSeconds - close.pair.attachedSeconds});
+    placeByClocks(shoot, all);
     for (const auto& [pair, offset, isBeside] : all) {
         const MediaAsset& video = pair.clip->group->video;
         const std::string text = shoot.nameOf(*pair.recording) + " in " + shoot.nameOf(video) +

@@ -51,7 +51,7 @@ class TimecodeDoubts {
         for (auto& [folder, clips] : cards_)
             if (std::ranges::sort(clips, {}, &Written::seconds); countsWhileRunning(clips))
                 addCard(folder, clips);
-        strays();
+        singleOutliers();
         recordingsWithoutTimecode();
     }
 
@@ -108,8 +108,8 @@ class TimecodeDoubts {
         if (!sound) return {};
         const MediaAsset& recording = *shoot_.recordings[*sound].asset;
         const std::string name = shoot_.nameOf(recording);
-        const auto laid = SyncEngine::matchByTimecode(video, recording, shoot_.input.rules);
-        const auto frames = offsetByDate(video, shoot_.recordings[*sound].place, laid, behind);
+        const auto positioned = SyncEngine::matchByTimecode(video, recording, shoot_.input.rules);
+        const auto frames = offsetByDate(video, shoot_.recordings[*sound].place, positioned, behind);
         ByDate found;
         if (behind == 0)
             found.text = ", when " + name + " was recorded";
@@ -149,10 +149,10 @@ class TimecodeDoubts {
         if (!sound) return {};
         const Recording& recording = shoot_.recordings[*sound];
         const std::string name = shoot_.nameOf(*recording.asset);
-        const auto laid = SyncEngine::matchByTimecode(video, *recording.asset, shoot_.input.rules);
-        const double offset = onLine(recording.place).startSeconds - start - laid.syncOffsetSeconds;
-        constexpr double leastTold = 0.5;
-        const bool areRight = std::abs(*dates.correction) < leastTold;
+        const auto positioned = SyncEngine::matchByTimecode(video, *recording.asset, shoot_.input.rules);
+        const double offset = onLine(recording.place).startSeconds - start - positioned.syncOffsetSeconds;
+        constexpr double leastReported = 0.5;
+        const bool areRight = std::abs(*dates.correction) < leastReported;
         return {
             ", and the dates of " + counted(dates.clips, "clip", "clips") +
                 " beside it that were heard are " +
@@ -236,7 +236,7 @@ class TimecodeDoubts {
     /// The offset for a table, in seconds, that puts the recording under the clip by the date of the clip,
     /// which is that of its first picture or of its last; absent if the recording is not under the clip then.
     static std::optional<double> offsetByDate(const MediaAsset& video, const FilePlace& sound,
-                                              const AudioMatch& laid, double secondsBehind = 0) {
+                                              const AudioMatch& positioned, double secondsBehind = 0) {
         auto written = writtenSeconds(video);
         if (written) *written += secondsBehind;
         const double length = video.durationSeconds.value_or(0);
@@ -245,7 +245,7 @@ class TimecodeDoubts {
         const TCRange recorded{day + sound.range.startSeconds, day + sound.range.endSeconds};
         for (const double start : {*written, *written - length}) {
             if (!covers(recorded, {start, start + length})) continue;
-            const double seconds = recorded.startSeconds - start - laid.syncOffsetSeconds;
+            const double seconds = recorded.startSeconds - start - positioned.syncOffsetSeconds;
             if (std::abs(seconds) > secondsADay) return std::nullopt;
             return seconds;
         }
@@ -368,7 +368,7 @@ class TimecodeDoubts {
     }
 
     /// Clips whose date and timecode are unrelated, while those of the other clips agree.
-    void strays() {
+    void singleOutliers() {
         std::map<int, int> counts;
         int files = 0;
         for (const auto& [folder, clips] : cards_)

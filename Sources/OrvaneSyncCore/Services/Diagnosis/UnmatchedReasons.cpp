@@ -11,7 +11,7 @@
 
 namespace orvane {
 
-struct UnmatchedReasons::Laid {
+struct UnmatchedReasons::Positioned {
     /// Files by their time of day, whatever their days.
     class ByTimeOfDay {
       public:
@@ -64,21 +64,21 @@ UnmatchedReasons::UnmatchedReasons(SyncGroupList groups, std::function<std::vect
     : groups_(std::move(groups)), recordings_(std::move(recordings)), rules_(rules) {}
 UnmatchedReasons::~UnmatchedReasons() = default;
 
-UnmatchedReasons::Laid& UnmatchedReasons::laid() {
-    if (laid_) return *laid_;
+UnmatchedReasons::Positioned& UnmatchedReasons::positioned() {
+    if (positioned_) return *positioned_;
     const std::vector<MediaAsset> recordings = recordings_();
-    laid_ = std::make_unique<Laid>(Laid{Places(rules_), !recordings.empty()});
-    for (const Recording& recording : recordingsAmong(recordings, laid_->places, {}))
-        laid_->sounds.add(recording.place);
-    for (const SyncGroup& group : groups_) laid_->places.learn(group.video);
+    positioned_ = std::make_unique<Positioned>(Positioned{Places(rules_), !recordings.empty()});
+    for (const Recording& recording : recordingsAmong(recordings, positioned_->places, {}))
+        positioned_->sounds.add(recording.place);
+    for (const SyncGroup& group : groups_) positioned_->places.learn(group.video);
     for (const SyncGroup& group : groups_)
-        if (auto place = laid_->places.of(group.video)) {
+        if (auto place = positioned_->places.of(group.video)) {
             place->day = place->likelyDay();
-            laid_->clips.add(*place);
+            positioned_->clips.add(*place);
         }
-    laid_->sounds.finish();
-    laid_->clips.finish();
-    return *laid_;
+    positioned_->sounds.finish();
+    positioned_->clips.finish();
+    return *positioned_;
 }
 
 bool nothingIsKnown(const MediaAsset& asset) {
@@ -102,7 +102,7 @@ std::string UnmatchedReasons::ofClip(const SyncGroup& group) {
     if (nothingIsKnown(video)) return unreadText(video);
     if (!video.startTimecodeString) return "no timecode";
     if (!video.durationSeconds) return "no length";
-    Laid& all = laid();
+    Positioned& all = positioned();
     if (!all.hasRecordings) return "no recordings given";
     if (all.sounds.isEmpty()) return "no recording has timecode";
     const auto place = all.places.of(video);
@@ -117,7 +117,7 @@ std::string UnmatchedReasons::ofRecording(const MediaAsset& recording) {
     if (recording.isAtmo()) return "room tone or wild track";
     if (nothingIsKnown(recording)) return unreadText(recording);
     if (!recording.startTimecodeString && !recording.bextTimeReference) return "no timecode";
-    Laid& all = laid();
+    Positioned& all = positioned();
     const auto place = all.places.of(recording);
     const auto clip = place ? all.clips.nearest(*place, place->day) : std::nullopt;
     if (!clip) return "no clip at that time";

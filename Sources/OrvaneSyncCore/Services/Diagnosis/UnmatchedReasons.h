@@ -30,14 +30,14 @@ class UnmatchedReasons {
     std::string ofRecording(const MediaAsset& recording);
 
   private:
-    struct Laid;
+    struct Positioned;
     /// The places of all files; made at the first call.
-    Laid& laid();
+    Positioned& positioned();
 
     const SyncGroupList groups_;
     const std::function<std::vector<MediaAsset>()> recordings_;
     const MatchRules rules_;
-    std::unique_ptr<Laid> laid_;
+    std::unique_ptr<Positioned> positioned_;
 };
 
 } // namespace orvane

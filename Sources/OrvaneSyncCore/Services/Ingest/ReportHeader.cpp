@@ -31,14 +31,14 @@ PackedTexts trimmedFields(std::string_view record, char delimiter) {
 bool areKnownColumns(const PackedTexts& fields) {
     constexpr std::size_t mostLookedAt = 256, longestName = 40; // a field may also be a whole file
     int known = 0;
-    bool tellsRowsApart = false;
+    bool distinguishesRows = false;
     for (std::size_t i = 0; i < std::min(fields.size(), mostLookedAt); ++i) {
         if (fields[i].empty() || fields[i].size() > longestName || !ReportColumns::isKnown(fields[i]))
             continue;
         ++known;
-        tellsRowsApart = tellsRowsApart || ReportColumns::tellsRowsApart(fields[i]);
+        distinguishesRows = distinguishesRows || ReportColumns::distinguishesRows(fields[i]);
     }
-    return known > 1 && tellsRowsApart;
+    return known > 1 && distinguishesRows;
 }
 
 /// Searches the first records, starting with number `from`.

@@ -35,7 +35,7 @@ struct RankedRecording {
     bool endsEarly = false;     ///< one of its files ends before the length that its header states
     UnitNearness nearness = {}; ///< only set for those that cover most of the clip
 
-    std::pair<std::ptrdiff_t, std::ptrdiff_t> farness() const {
+    std::pair<std::ptrdiff_t, std::ptrdiff_t> distances() const {
         return {-static_cast<std::ptrdiff_t>(nearness.commonFolders),
                 -static_cast<std::ptrdiff_t>(nearness.commonNames)};
     }
@@ -164,7 +164,7 @@ void measureNearness(std::vector<RankedRecording>& ranked, const Files& files, c
 
 /// Recordings that cover more of the clip first; of equal ones, those that were met first.
 auto rankOf(const RankedRecording& one) {
-    return std::tuple(-std::llround(one.coveredSeconds / roundingSeconds), one.endsEarly, one.farness(),
+    return std::tuple(-std::llround(one.coveredSeconds / roundingSeconds), one.endsEarly, one.distances(),
                       one.first);
 }
 

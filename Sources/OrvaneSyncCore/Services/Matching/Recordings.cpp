@@ -219,8 +219,8 @@ std::vector<Recording> recordingsAmong(const std::vector<MediaAsset>& audios, Pl
                                        const std::stop_token& stop) {
     std::vector<MediaAsset> takes;
     takes.reserve(audios.size());
-    std::vector<FilePlace> laid;
-    laid.reserve(audios.size());
+    std::vector<FilePlace> positioned;
+    positioned.reserve(audios.size());
     platform::StopCheck check(stop);
     for (const MediaAsset& audio : audios) {
         check();
@@ -232,14 +232,14 @@ std::vector<Recording> recordingsAmong(const std::vector<MediaAsset>& audios, Pl
         const auto place = places.of(audio);
         if (!place) continue;
         takes.push_back(audio);
-        laid.push_back(*place);
+        positioned.push_back(*place);
     }
-    if (const auto given = places.rules().soundDay) giveDay(laid, *given);
+    if (const auto given = places.rules().soundDay) giveDay(positioned, *given);
     std::vector<Recording> recordings;
     recordings.reserve(takes.size());
     for (auto& take : Shared<MediaAsset>::together(std::move(takes))) {
         const AssetPlacement placement(*take, places.rules().timecodeRate);
-        recordings.push_back({std::move(take), laid[recordings.size()], placement});
+        recordings.push_back({std::move(take), positioned[recordings.size()], placement});
     }
     return recordings;
 }

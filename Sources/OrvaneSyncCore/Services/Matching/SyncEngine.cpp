@@ -237,8 +237,8 @@ AudioMatch SyncEngine::matchByTimecode(const MediaAsset& video, const MediaAsset
                             ? std::vector<double>{0}
                             : std::vector<double>{0, secondsADay, -secondsADay};
     for (const double shift : shifts) {
-        const TCRange laid{sound->range.startSeconds + shift, sound->range.endSeconds + shift};
-        const double common = overlapDuration(clip, laid).value_or(0);
+        const TCRange positioned{sound->range.startSeconds + shift, sound->range.endSeconds + shift};
+        const double common = overlapDuration(clip, positioned).value_or(0);
         if (!(common > overlap)) continue;
         overlap = common;
         offset = sound->range.startSeconds - clip.startSeconds + shift;

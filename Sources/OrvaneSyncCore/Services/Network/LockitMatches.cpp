@@ -10,8 +10,8 @@ namespace orvane {
 
 /// The answer for a day concerns few of all clips, and the days are applied one after the other. So what is
 /// known about all clips is kept until the clips are changed elsewhere.
-LockitLayer::Laid LockitLayer::lay(SyncGroupList& groups, ClipMatchResponse answer,
-                                   const std::stop_token& stop) {
+LockitLayer::Applied LockitLayer::apply(SyncGroupList& groups, ClipMatchResponse answer,
+                                        const std::stop_token& stop) {
     platform::StopCheck check(stop);
     if (!isUnchangedSince(groups)) {
         reapply(groups);
@@ -20,7 +20,7 @@ LockitLayer::Laid LockitLayer::lay(SyncGroupList& groups, ClipMatchResponse answ
         withMetadata_ = lockitClipCount(groups);
         left_ = groups;
     }
-    Laid laid;
+    Applied applied;
     std::vector<std::size_t> positions;
     std::vector<LockitFields> fieldsOf;
     int withMetadata = withMetadata_;
@@ -32,7 +32,7 @@ LockitLayer::Laid LockitLayer::lay(SyncGroupList& groups, ClipMatchResponse answ
             const std::size_t before = positions.size();
             for (auto place = first; place != last; ++place) {
                 const SyncGroup& group = groups[place->second];
-                ++laid.updated;
+                ++applied.updated;
                 if (group.lockitMetadata == fields) continue;
                 if (!group.hasLockitMetadata()) ++withMetadata;
                 positions.push_back(place->second);
@@ -45,20 +45,20 @@ LockitLayer::Laid LockitLayer::lay(SyncGroupList& groups, ClipMatchResponse answ
     groups.updateAt(positions,
                     [&](SyncGroup& group, std::size_t i) { group.lockitMetadata = std::move(fieldsOf[i]); });
     for (const std::size_t position : positions)
-        laid_[groups[position].id].push_back(groups.element(position));
+        positioned_[groups[position].id].push_back(groups.element(position));
     left_ = groups;
-    laid.withMetadata = withMetadata_ = withMetadata;
-    return laid;
+    applied.withMetadata = withMetadata_ = withMetadata;
+    return applied;
 }
 
 void LockitLayer::reapply(SyncGroupList& groups) const {
-    if (laid_.empty() || isUnchangedSince(groups)) return;
+    if (positioned_.empty() || isUnchangedSince(groups)) return;
     const SyncGroup* known = nullptr;
     groups.updateWhere(
         [&](const SyncGroup& group) {
-            const auto laid = laid_.find(group.id);
-            if (laid == laid_.end()) return false;
-            known = laid->second.back().get();
+            const auto applied = positioned_.find(group.id);
+            if (applied == positioned_.end()) return false;
+            known = applied->second.back().get();
             return group.lockitMetadata != known->lockitMetadata;
         },
         [&](SyncGroup& group) { group.lockitMetadata = known->lockitMetadata; });
@@ -67,9 +67,9 @@ void LockitLayer::reapply(SyncGroupList& groups) const {
 SyncGroupList LockitLayer::without(SyncGroupList groups) const {
     groups.updateWhere(
         [&](const SyncGroup& group) {
-            const auto laid = laid_.find(group.id);
-            return laid != laid_.end() && group.lockitMetadata &&
-                   std::ranges::any_of(laid->second, [&](const SyncGroupList::Element& given) {
+            const auto applied = positioned_.find(group.id);
+            return applied != positioned_.end() && group.lockitMetadata &&
+                   std::ranges::any_of(applied->second, [&](const SyncGroupList::Element& given) {
                        return given->lockitMetadata == group.lockitMetadata;
                    });
         },
@@ -81,7 +81,7 @@ SyncGroupList LockitLayer::without(SyncGroupList groups) const {
 }
 
 int applyLockitMatches(SyncGroupList& groups, ClipMatchResponse answer) {
-    return LockitLayer(groups).lay(groups, std::move(answer)).updated;
+    return LockitLayer(groups).apply(groups, std::move(answer)).updated;
 }
 
 int lockitClipCount(const SyncGroupList& groups) {

@@ -17,28 +17,28 @@ class LockitLayer {
   public:
     explicit LockitLayer(SyncGroupList before) : before_(std::move(before)) {}
 
-    struct Laid {
+    struct Applied {
         int updated = 0;      ///< clips that the answer contains
         int withMetadata = 0; ///< clips that have metadata of the service afterwards
     };
     /// Replaces the metadata of each clip whose exact file name is in the answer. A clip with an empty answer
     /// is not changed. Clips that have lost metadata that was applied before get it again. Throws Stopped.
-    Laid lay(SyncGroupList& groups, ClipMatchResponse answer, const std::stop_token& stop = {});
+    Applied apply(SyncGroupList& groups, ClipMatchResponse answer, const std::stop_token& stop = {});
     /// Applies the metadata again to clips that have lost it.
     void reapply(SyncGroupList& groups) const;
     /// The clips without the applied metadata. Metadata that was changed by others since then stays.
     SyncGroupList without(SyncGroupList groups) const;
-    /// Whether the clips are still as `lay` left them.
+    /// Whether the clips are still as `apply` left them.
     bool isUnchangedSince(const SyncGroupList& groups) const { return groups.changesSince(left_).empty(); }
     /// Whether nothing was applied.
-    bool isEmpty() const { return laid_.empty(); }
+    bool isEmpty() const { return positioned_.empty(); }
 
   private:
     SyncGroupList before_;
     /// The clips with the metadata applied to them, the newest last; never empty. Shared with a list of clips
     /// as long as that is not edited.
-    std::unordered_map<UUID, std::vector<SyncGroupList::Element>> laid_;
-    SyncGroupList left_;                                       ///< the clips after the last `lay`
+    std::unordered_map<UUID, std::vector<SyncGroupList::Element>> positioned_;
+    SyncGroupList left_;                                       ///< the clips after the last `apply`
     int withMetadata_ = 0;                                     ///< number of those with metadata
     std::unordered_multimap<std::string, std::size_t> places_; ///< index in `left_`, by file name
 };

@@ -90,10 +90,10 @@ void KWeighting::add(std::span<const float* const> channels, std::size_t offset,
                 // The newest delayed value is used last, so that everything else can be computed before it is
                 // available.
                 const Lanes shelf = interleaved_[i] - shelfA[1] * shelf2 - shelfA[0] * shelf1;
-                const Lanes bent = shelfB[0] * shelf + shelfB[1] * shelf1 + shelfB[2] * shelf2;
+                const Lanes shelved = shelfB[0] * shelf + shelfB[1] * shelf1 + shelfB[2] * shelf2;
                 shelf2 = shelf1;
                 shelf1 = shelf;
-                const Lanes passed = bent - highPassA[1] * highPass2 - highPassA[0] * highPass1;
+                const Lanes passed = shelved - highPassA[1] * highPass2 - highPassA[0] * highPass1;
                 const Lanes weighted = passed - 2.0 * highPass1 + highPass2;
                 highPass2 = highPass1;
                 highPass1 = passed;

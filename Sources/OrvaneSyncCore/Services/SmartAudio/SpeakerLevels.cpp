@@ -139,7 +139,7 @@ SpeakerLevels::SpeakerLevels(const std::vector<int>& tracks, std::span<const Per
         all.push_back(measured(track, frames));
         if (hasUsableLevel(all.back())) heard.push_back(all.size() - 1);
     }
-    isAnybodyHeard_ = !heard.empty();
+    hasSpeech_ = !heard.empty();
     std::vector<double> balance(all.size() * all.size());
     for (const std::size_t i : heard)
         for (const std::size_t k : heard)

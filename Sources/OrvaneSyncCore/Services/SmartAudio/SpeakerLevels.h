@@ -26,7 +26,7 @@ class SpeakerLevels {
     int track(std::size_t person) const { return tracks_[person]; }
 
     /// False if no track ever rises above its own noise.
-    bool isAnybodyHeard() const { return isAnybodyHeard_; }
+    bool hasSpeech() const { return hasSpeech_; }
     /// How certain it is that someone speaks in a window, 0 to 1.
     double presence(std::size_t window) const { return presence_[window]; }
     /// Decibels ahead of the nearest other person; negative for all but at most one.
@@ -40,7 +40,7 @@ class SpeakerLevels {
 
   private:
     std::vector<int> tracks_;
-    bool isAnybodyHeard_ = false;
+    bool hasSpeech_ = false;
     std::vector<double> presence_;
     std::vector<double> leads_;
 };

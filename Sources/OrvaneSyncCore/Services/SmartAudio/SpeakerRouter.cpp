@@ -184,7 +184,7 @@ std::vector<BlockDecision> buildBlocksBySpeaker(const std::vector<int>& tracks,
                                                 std::span<const PerWindowFrame> frames, double windowSeconds,
                                                 double minBlockSeconds) {
     const SpeakerLevels levels(tracks, frames);
-    if (!levels.isAnybodyHeard()) return {};
+    if (!levels.hasSpeech()) return {};
     const std::vector<Segment> segments =
         segmentsOf(levels, wholeWindows(minBlockSeconds, windowSeconds, frames.size()));
 

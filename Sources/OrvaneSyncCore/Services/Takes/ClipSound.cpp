@@ -4,11 +4,11 @@ namespace orvane {
 
 ClipSound::ClipSound(const SyncGroup& group) : offsetSeconds(group.manualAudioOffsetSeconds) {
     if (group.isMOS()) return;
-    const Take laid = takeOf(group, assumedChannels);
-    take.emplace(group, laid);
-    offsetSeconds += laid.offsetSeconds;
-    durationSeconds = laid.durationSeconds;
-    primaryStartSeconds = laid.primaryStartSeconds;
+    const Take positioned = takeOf(group, assumedChannels);
+    take.emplace(group, positioned);
+    offsetSeconds += positioned.offsetSeconds;
+    durationSeconds = positioned.durationSeconds;
+    primaryStartSeconds = positioned.primaryStartSeconds;
 }
 
 } // namespace orvane

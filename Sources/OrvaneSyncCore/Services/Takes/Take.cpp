@@ -51,7 +51,7 @@ class Builder {
         for (const std::size_t match : membership.alternates) next_ += add(match, TakeRole::alternate);
         next_ = 0;
         for (const std::size_t match : membership.mirrors) add(match, TakeRole::mirror);
-        layOnAxis();
+        placeOnAxis();
         return std::move(take_);
     }
 
@@ -63,7 +63,7 @@ class Builder {
         return channels;
     }
 
-    void layOnAxis() {
+    void placeOnAxis() {
         double first = std::numeric_limits<double>::infinity();
         double last = -std::numeric_limits<double>::infinity();
         for (const TakeFile& file : take_.files) {

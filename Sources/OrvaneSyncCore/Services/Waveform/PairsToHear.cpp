@@ -34,15 +34,15 @@ bool coversClip(const AudioMatch& match, double clipSeconds) {
            match.syncOffsetSeconds + match.audio->durationSeconds.value_or(0) >= clipSeconds - slackSeconds;
 }
 
-struct Hearable {
+struct AudibleClip {
     const SyncGroup* group;
     const AudioMatch* match;
 };
 /// Key: the folders of camera and recordings; clips are in the order of the list.
-using HearableCards = std::map<std::pair<std::string_view, std::string_view>, std::vector<Hearable>>;
+using AudibleCards = std::map<std::pair<std::string_view, std::string_view>, std::vector<AudibleClip>>;
 
-HearableCards hearableCards(const SyncGroupList& groups) {
-    HearableCards cards;
+AudibleCards audibleCards(const SyncGroupList& groups) {
+    AudibleCards cards;
     for (const SyncGroup& group : groups) {
         if (group.audioMatches.empty() || !group.matchStatus.isSettled() || group.isLocked ||
             group.isExcludedFromExport || group.manualAudioOffsetSeconds != 0 || group.video.isOffspeed() ||
@@ -61,7 +61,7 @@ HearableCards hearableCards(const SyncGroupList& groups) {
         }
     }
     std::erase_if(cards, [](const auto& card) { return card.second.size() < fewestPairs; });
-    const auto isShort = [](const Hearable& one) {
+    const auto isShort = [](const AudibleClip& one) {
         return *one.group->video.durationSeconds < leastForDriftSeconds;
     };
     for (auto& [folders, clips] : cards)
@@ -70,7 +70,7 @@ HearableCards hearableCards(const SyncGroupList& groups) {
     return cards;
 }
 
-Pair pairOf(const Hearable& one) {
+Pair pairOf(const AudibleClip& one) {
     const auto& [group, match] = one;
     const double length = *group->video.durationSeconds;
     if (match != &group->audioMatches.front())
@@ -107,7 +107,7 @@ bool areOfOneCard(const Pair& a, const Pair& b) {
 
 std::vector<Pair> pairsToHear(const SyncGroupList& groups) {
     std::vector<Pair> pairs;
-    const HearableCards cards = hearableCards(groups);
+    const AudibleCards cards = audibleCards(groups);
     if (cards.empty()) return pairs;
     const std::size_t each = std::clamp(mostPairs / cards.size(), fewestPairs, mostPairsOfACard);
     for (const auto& [folders, clips] : cards)
@@ -119,7 +119,7 @@ std::vector<Pair> pairsToHear(const SyncGroupList& groups) {
 std::vector<Pair> pairsBetween(const SyncGroupList& groups, const HeardSound& heard,
                                const std::unordered_set<UUID>& tried) {
     std::vector<Pair> pairs;
-    for (const auto& [folders, clips] : hearableCards(groups)) {
+    for (const auto& [folders, clips] : audibleCards(groups)) {
         struct Sounding {
             std::size_t clip;
             double seconds;

@@ -32,13 +32,13 @@ constexpr double leastLongSeconds = 600, furthestInLongSeconds = 300;
 constexpr double sureInLong = 6;
 // If a camera's sound is not like that of any recorder, each clip costs the reading of whole minutes, so stop
 // after this many.
-constexpr std::size_t mostInVain = 3;
+constexpr std::size_t mostWithoutResult = 3;
 // At this length speech is missed in at most one of ten searches.
 constexpr double leastUnheardSeconds = 14;
 // From here on there is some match: music that repeats matches in many places, none of them clearly.
 constexpr double leastAlike = 0.5;
 // By how much another recording must be more like the camera's sound than the clip's own.
-constexpr double liker = 0.1;
+constexpr double clearlyMoreSimilar = 0.1;
 // A lower likeness close to the expected place may come from a take that is similar to the right one, for
 // example of the same song.
 constexpr double surelyAlike = 0.85;
@@ -85,10 +85,10 @@ std::vector<float> levelsOf(platform::AudioFile* file, double from, double secon
 struct HeardPair {
     std::optional<HeardLag> lag;
     std::optional<HeardElsewhere> elsewhere;
-    double likeness = 0;     ///< of `lag` or `elsewhere`
-    bool isInVain = false;   ///< a wide search found nothing
-    bool isUnheard = false;  ///< as in `HeardSound::unheard`
-    bool isCompared = false; ///< other recordings were searched although its own one was heard
+    double likeness = 0;          ///< of `lag` or `elsewhere`
+    bool isWithoutResult = false; ///< a wide search found nothing
+    bool isUnheard = false;       ///< as in `HeardSound::unheard`
+    bool isCompared = false;      ///< other recordings were searched although its own one was heard
 };
 
 /// The open files of a pair; those under the clip are opened once.
@@ -168,7 +168,7 @@ class Listening {
     void findElsewhere(HeardPair& result, std::span<const float> own, double likeness) const {
         for (const OtherRecording& other : pair_.others) {
             const auto found = placeIn(openTake(other.recording), own, 0, rollsBeforeSeconds);
-            if (!found || !found->isPlain || found->likeness <= likeness + liker) continue;
+            if (!found || !found->isPlain || found->likeness <= likeness + clearlyMoreSimilar) continue;
             result.elsewhere =
                 HeardElsewhere{other.recordingID, found->seconds - other.offsetSeconds, found->score};
             result.likeness = found->likeness;
@@ -187,10 +187,10 @@ class Listening {
             findElsewhere(result, own, inOwn ? inOwn->likeness : 0);
             if (!result.elsewhere && takeSeconds() >= leastLongSeconds) findInLong(result, own);
         }
-        result.isInVain = !result.lag && !result.elsewhere;
+        result.isWithoutResult = !result.lag && !result.elsewhere;
         // A recording that begins late or ends early does not cover the head of the clip.
         const double heardTo = std::min(pair_.lengthSeconds, heardFarSeconds);
-        result.isUnheard = result.isInVain && inOwn && inOwn->likeness < leastAlike &&
+        result.isUnheard = result.isWithoutResult && inOwn && inOwn->likeness < leastAlike &&
                            SoundPlace::isLikeSpeech(own) && pair_.offsetSeconds <= 0 &&
                            heardTo >= leastUnheardSeconds && pair_.offsetSeconds + takeSeconds() >= heardTo;
         return result;
@@ -296,7 +296,7 @@ HeardSound heard(const std::vector<Pair>& pairs, const std::stop_token& stop,
         cards.size(), atOnce,
         [&](std::size_t card) {
             std::vector<double> lags, elsewhere;
-            std::size_t drifts = 0, tried = 0, inVain = 0, comparedInVain = 0;
+            std::size_t drifts = 0, tried = 0, withoutResult = 0, comparedWithoutResult = 0;
             bool isFarFound = false;
             std::vector<std::pair<UUID, double>> likenesses; // likeness of the pairs that were heard in their
                                                              // own recordings
@@ -305,13 +305,13 @@ HeardSound heard(const std::vector<Pair>& pairs, const std::stop_token& stop,
                 const bool isAgreed =
                     lags.empty() ? areAgreed(elsewhere) : elsewhere.empty() && areAgreed(lags);
                 if (isAgreed && (drifts == 0 || drifts >= fewestPairs)) break;
-                const HeardPair found =
-                    Listening(pair, stop)
-                        .hear(isFarFound || inVain < mostInVain, comparedInVain < mostInVain);
+                const HeardPair found = Listening(pair, stop)
+                                            .hear(isFarFound || withoutResult < mostWithoutResult,
+                                                  comparedWithoutResult < mostWithoutResult);
                 ++tried;
                 nowDone(1);
-                inVain += found.isInVain ? 1 : 0;
-                comparedInVain += found.isCompared && !found.elsewhere ? 1 : 0;
+                withoutResult += found.isWithoutResult ? 1 : 0;
+                comparedWithoutResult += found.isCompared && !found.elsewhere ? 1 : 0;
                 const std::lock_guard lock(mutex);
                 if (found.isUnheard) result.unheard.insert(pair.matchID);
                 if (found.lag) {
@@ -331,7 +331,7 @@ HeardSound heard(const std::vector<Pair>& pairs, const std::stop_token& stop,
             // If others of the card are found elsewhere, a pair with a much lower likeness has a take that is
             // only similar to the right one.
             for (const auto& [match, likeness] : likenesses)
-                if (likeness < leastElsewhere - liker) {
+                if (likeness < leastElsewhere - clearlyMoreSimilar) {
                     const std::lock_guard lock(mutex);
                     result.lags.erase(match);
                 }

@@ -202,7 +202,7 @@ void ScanRun::scan(Analysis analysis, const std::vector<ReviewLine>* review) {
 
 void ScanRun::apply(const std::vector<ReviewLine>& review) {
     ReviewReading read = readDecisions(WorkSnapshot(*controller_), review);
-    carryOut(*controller_, read.decisions);
+    carryOut(*controller_, undoSteps::applyReview, read.decisions);
     for (std::string& problem : read.problems) warn(std::move(problem));
     if (!isQuiet_)
         context_.err << "The review changes " << counted(std::ssize(read.decisions), "clip", "clips")

@@ -1,5 +1,6 @@
 #include "ControllerTest.h"
 #include "MediaFactory/WaveMaker.h"
+#include "OrvaneSyncApp/Controllers/Commands/WorkReview.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncApp/ViewModels/Results/ListeningTexts.h"
 #include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
@@ -108,6 +109,23 @@ TEST_F(WorkDoubtsTest, ListeningSaysWhatItFoundWithoutAnyMatch) {
         finish(listening);
         const std::string told = heardText(controller_->derivedDoubts().listened(), false);
         EXPECT_TRUE(told.starts_with(said)) << told;
+        if (videos.size() == 1) continue;
+        finish(controller_->derivedDoubts().derive());
+        const auto doubts = ResultsViewModel(*controller_).doubts();
+        const auto offered = std::ranges::find_if(doubts, [](const ResultsViewModel::Doubt& one) {
+            return !one.cure.steps.empty() && one.cure.steps.front().command == "applySuggestions";
+        });
+        ASSERT_NE(offered, doubts.end());
+        std::vector<UUID> all;
+        for (const SyncGroup& group : controller_->work().syncGroups()) all.push_back(group.id);
+        carryOut(*controller_, undoSteps::applySuggestions,
+                 suggestedDecisions(WorkSnapshot(*controller_), all));
+        const SyncGroup* found = controller_->work().syncGroups().find(offered->groupIDs.front());
+        ASSERT_EQ(found->audioMatches.size(), 1U);
+        EXPECT_EQ(found->video.filename, "A");
+        EXPECT_NEAR(found->audioMatches.front().syncOffsetSeconds + found->manualAudioOffsetSeconds, -6,
+                    0.05);
+        EXPECT_TRUE(suggestedDecisions(WorkSnapshot(*controller_), all).empty()) << "each has a decision";
     }
 }
 

@@ -34,6 +34,7 @@ inline constexpr UndoStep confirmAmbiguousMatch{"Confirm Audio Matches"};
 inline constexpr UndoStep chooseRecording{"Choose Recording"};
 inline constexpr UndoStep setTrimMode{"Change Length of Clips"};
 inline constexpr UndoStep applyReview{"Apply Review"};
+inline constexpr UndoStep applySuggestions{"Apply Suggestions"};
 inline constexpr UndoStep removeVideoFromSync{"Remove Video From Sync"};
 inline constexpr UndoStep resyncClip{"Re-sync Clip"};
 inline constexpr UndoStep resyncAllClips{"Re-sync All Clips"};

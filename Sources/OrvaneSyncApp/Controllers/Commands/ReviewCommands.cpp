@@ -43,7 +43,7 @@ platform::Task applied(std::shared_ptr<ImportController> controller, FileURL fil
             return readDecisions(work, readReviewFile(file.path), stop);
         });
     const ReviewReading read = co_await reading;
-    carryOut(*controller, read.decisions);
+    carryOut(*controller, undoSteps::applyReview, read.decisions);
     JSON::Array problems;
     for (const std::string& problem : read.problems) problems.emplace_back(problem);
     JSON json;
@@ -59,6 +59,24 @@ platform::Task applyReviewFile(CommandContext& context, const Call& call,
         [answer](std::shared_ptr<ImportController> controller, FileURL file) {
             return applied(std::move(controller), std::move(file), answer);
         });
+}
+
+platform::Task applySuggestions(CommandContext& context, Call call, std::shared_ptr<JSON> answer) {
+    const std::shared_ptr<ImportController> controller = context.controller;
+    std::vector<UUID> groupIDs;
+    if (call.has("groupIDs"))
+        groupIDs = call.ids("groupIDs");
+    else
+        for (const SyncGroup& group : controller->work().syncGroups()) groupIDs.push_back(group.id);
+    auto suggesting = platform::onQueue(
+        *controller->work().documents, controller->work().environment.mainThread,
+        [groupIDs = std::move(groupIDs), work = WorkSnapshot(*controller)](const std::stop_token& stop) {
+            return suggestedDecisions(work, groupIDs, stop);
+        });
+    const std::vector<ReviewDecision> decisions = co_await suggesting;
+    carryOut(*controller, undoSteps::applySuggestions, decisions);
+    *answer = JSON::object();
+    answer->set("changedClips", static_cast<int>(decisions.size()));
 }
 
 bool isAmbiguous(const SyncGroup& group) {
@@ -86,6 +104,12 @@ std::vector<Command> reviewCommands() {
             .undoneBy(steps::applyReview)
             .when(hasClipsWhileIdle)
             .inMenu(Menu::file, 320),
+        Command::later("applySuggestions", "Apply Suggestions",
+                       "Gives all clips, or those that are named, the recordings and offsets that their "
+                       "doubts suggest; not those with a lock or an offset of the editor.",
+                       {{.name = "groupIDs", .kind = texts, .isOptional = true}}, applySuggestions)
+            .undoneBy(steps::applySuggestions)
+            .when(hasClipsWhileIdle),
         Command("chooseFirst", "Choose First Recordings",
                 "Settles every ambiguous clip by the recording that it lists first.", {},
                 [](CommandContext& context, const Call&) {

@@ -309,19 +309,41 @@ std::size_t fillInWhatWasHeard(std::vector<ReviewLine>& lines, const WorkSnapsho
     std::size_t count = 0, number = 0;
     for (const SyncGroup& group : work.groups()) {
         ReviewLine& line = lines.at(number++);
-        const auto own = work.doubts().byGroup.find(group.id);
-        if (own == work.doubts().byGroup.end() || group.isLocked || group.manualAudioOffsetSeconds != 0)
-            continue;
-        const auto told = std::ranges::find_if(
-            own->second, [](const SyncDoubt& one) { return one.suggestion.has_value(); });
-        if (told == own->second.end()) continue;
-        const auto& [recording, seconds] = *told->suggestion;
+        const SyncDoubt::Suggestion* suggestion = work.doubts().suggestionFor(group);
+        if (suggestion == nullptr) continue;
+        const auto& [recording, seconds] = *suggestion;
         if (recording) line[choice] = recordings[*recording];
         if (!recording || seconds != 0)
             line[offsetFrames] = reviewFrames(std::round(seconds * rates.of(group.video)));
         ++count;
     }
     return count;
+}
+
+std::vector<ReviewDecision> suggestedDecisions(const WorkSnapshot& work, const std::vector<UUID>& groupIDs,
+                                               const std::stop_token& stop) {
+    std::unordered_map<UUID, const MediaAsset*> recordings;
+    for (const MediaAsset* recording : work.audioPool()) recordings.emplace(recording->id, recording);
+    std::vector<ReviewDecision> decisions;
+    for (const UUID& id : groupIDs) {
+        const SyncGroup* group = work.groups().find(id);
+        const SyncDoubt::Suggestion* suggestion =
+            group != nullptr ? work.doubts(stop).suggestionFor(*group) : nullptr;
+        if (suggestion == nullptr) continue;
+        ReviewDecision decision{.groupID = id, .offsetSeconds = suggestion->offsetSeconds};
+        if (suggestion->recordingID) {
+            const auto match = std::ranges::find(group->audioMatches, *suggestion->recordingID,
+                                                 [](const AudioMatch& one) { return one.audio->id; });
+            if (match != group->audioMatches.end())
+                decision.matchID = match->id;
+            else if (const auto known = recordings.find(*suggestion->recordingID); known != recordings.end())
+                decision.other = Shared<MediaAsset>(*known->second);
+            else
+                continue;
+        }
+        decisions.push_back(std::move(decision));
+    }
+    return decisions;
 }
 
 ReviewReading readDecisions(const WorkSnapshot& work, const std::vector<ReviewLine>& lines,
@@ -334,9 +356,10 @@ ReviewReading readDecisions(const WorkSnapshot& work, const std::vector<ReviewLi
     return std::move(reading.result);
 }
 
-void carryOut(ImportController& controller, const std::vector<ReviewDecision>& decisions) {
+void carryOut(ImportController& controller, const UndoStep& step,
+              const std::vector<ReviewDecision>& decisions) {
     if (!decisions.empty())
-        controller.withUndo(undoSteps::applyReview, [&] {
+        controller.withUndo(step, [&] {
             for (const ReviewDecision& decision : decisions) carryOutOne(controller, decision);
         });
 }

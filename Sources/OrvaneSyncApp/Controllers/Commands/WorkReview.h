@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncApp/Controllers/WorkSnapshot.h"
 #include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
 #include "OrvaneSyncCore/Services/Review/ReviewTable.h"
@@ -41,8 +42,12 @@ struct ReviewReading {
 /// found by its camera file, as tables and messages name it, or by the end of its path. Any thread.
 ReviewReading readDecisions(const WorkSnapshot& work, const std::vector<ReviewLine>& lines,
                             const std::stop_token& stop = {});
+/// The suggestions for those of these clips that have one. Any thread; throws Stopped.
+std::vector<ReviewDecision> suggestedDecisions(const WorkSnapshot& work, const std::vector<UUID>& groupIDs,
+                                               const std::stop_token& stop = {});
 /// Applies them as one undo step. Interface thread.
-void carryOut(ImportController& controller, const std::vector<ReviewDecision>& decisions);
+void carryOut(ImportController& controller, const UndoStep& step,
+              const std::vector<ReviewDecision>& decisions);
 
 /// Writes a table. An existing table is replaced without permission only if no decision and no note in it is
 /// lost. Throws OutputRefused, FileError, and ReviewTableError for a table that cannot be parsed. Any thread

@@ -61,6 +61,7 @@ DoubtsPart DoubtsPart::of(const ImportController& controller, const SyncGroup& g
     if (found == all.end()) return part;
     for (const SyncDoubt& doubt : found->second) {
         Cure cure = cureInWords(doubt.cure);
+        if (doubt.suggestion) offerSuggestions(cure, controller, {group.id});
         Doubt shown{messageInWords(doubt), std::move(cure.text), std::move(cure.steps)};
         addStepsForClip(group, doubt, shown);
         // Without folders nothing can be scanned again.

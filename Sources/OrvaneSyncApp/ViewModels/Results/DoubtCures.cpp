@@ -166,6 +166,24 @@ Cure cureInWords(const DoubtCure& from) {
     return cure;
 }
 
+void offerSuggestions(Cure& cure, const ImportController& controller, const std::vector<UUID>& groupIDs) {
+    if (!cure.steps.empty()) return;
+    JSON::Array suggested;
+    for (const UUID& id : groupIDs) {
+        const SyncGroup* group = controller.work().syncGroups().find(id);
+        if (group != nullptr && controller.doubts().suggestionFor(*group) != nullptr)
+            suggested.emplace_back(id.text());
+    }
+    if (suggested.empty()) return;
+    cure.text = "“Apply Suggestions” gives " +
+                (suggested.size() < groupIDs.size()
+                     ? std::to_string(suggested.size()) + " of these clips"
+                     : std::string(suggested.size() > 1 ? "these clips" : "this clip")) +
+                " the sound that was found for " + (suggested.size() > 1 ? "them" : "it");
+    cure.steps.push_back(
+        {"Apply Suggestions", "applySuggestions", one("groupIDs", JSON(std::move(suggested))), false});
+}
+
 std::map<std::string, std::string> warningsInWords(const std::vector<CardDoubt>& doubts) {
     std::map<std::string, std::string> words;
     for (const CardDoubt& one : doubts)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "OrvaneSyncCore/Models/SyncDoubt.h"
 #include "Platform/JSON.h"
 
@@ -32,5 +33,8 @@ std::string messageInWords(const SyncDoubt& doubt);
 std::string messageInRow(const SyncDoubt& doubt);
 /// Pure function; any thread.
 Cure cureInWords(const DoubtCure& cure);
+/// A cure that nothing but a decision for each of the clips carries out becomes a step that decides for those
+/// that have a suggestion. Interface thread.
+void offerSuggestions(Cure& cure, const ImportController& controller, const std::vector<UUID>& groupIDs);
 
 } // namespace orvane

@@ -150,8 +150,11 @@ ResultsViewModel::Certainty ResultsViewModel::certaintyOf(const SyncGroup& group
 
 std::vector<ResultsViewModel::Doubt> ResultsViewModel::doubts() const {
     std::vector<Doubt> result;
-    for (CardDoubt& one : controller_.doubts().summary(controller_.work().syncGroups()))
-        result.push_back({messageInWords(one.doubt), cureInWords(one.doubt.cure), std::move(one.groupIDs)});
+    for (CardDoubt& one : controller_.doubts().summary(controller_.work().syncGroups())) {
+        Cure cure = cureInWords(one.doubt.cure);
+        offerSuggestions(cure, controller_, one.groupIDs);
+        result.push_back({messageInWords(one.doubt), std::move(cure), std::move(one.groupIDs)});
+    }
     return result;
 }
 

@@ -188,8 +188,8 @@ std::string smartAudioSummary(const SyncGroup& group, const SmartAudioState& sta
                               const platform::SettingsStore& settings) {
     if (state.isAnalyzing && state.progress.total > 0) {
         constexpr double percent = 100;
-        return "Smart Audio listens to " + state.progress.phase + " · " +
-               std::to_string(state.progress.current) + " of " + std::to_string(state.progress.total) +
+        return state.progress.phase + " · " + std::to_string(state.progress.current) + " of " +
+               std::to_string(state.progress.total) +
                formatted(" · %.0f %%", state.progress.fraction * percent);
     }
     const SmartAudioResult* result = state.results.heard(group.id);

@@ -313,6 +313,12 @@ void ExportSheet::showForecast() {
     forecast_->setText(sentence + (marked > 0 ? tr(". %1 locked, %2 marked.").arg(locked).arg(marked)
                                               : tr(". %1 locked.").arg(locked)));
     QStringList notes;
+    if (const auto doubtful = verified([&](const SyncGroup& clip) {
+            return !clip.isLocked && controller.doubts().byGroup.contains(clip.id);
+        });
+        doubtful > 0)
+        notes << translatedSentence(counted(doubtful, "clip", "clips") +
+                                    " of the document in doubt: the list shows why under “Doubtful”");
     if (!missing_.isEmpty()) notes << missing_;
     const auto coverage = ExportPreview::smartAudioCoverage(work.syncGroups(), now.smartAudioResults);
     for (const auto& said : {coverage.text(), coverage.choiceText()})

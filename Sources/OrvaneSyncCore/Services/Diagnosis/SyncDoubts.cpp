@@ -46,6 +46,14 @@ std::vector<SoundClaim> SyncDoubts::claims(const DoubtInput& input, const std::s
     return claims;
 }
 
+const SyncDoubt::Suggestion* SyncDoubts::suggestionFor(const SyncGroup& group) const {
+    const auto own = byGroup.find(group.id);
+    if (own == byGroup.end() || group.isLocked || group.manualAudioOffsetSeconds != 0) return nullptr;
+    const auto one = std::ranges::find_if(
+        own->second, [](const SyncDoubt& doubt) { return doubt.suggestion.has_value(); });
+    return one != own->second.end() ? &*one->suggestion : nullptr;
+}
+
 bool SyncDoubts::has(const UUID& group, std::initializer_list<SyncDoubt::Kind> kinds) const {
     const auto own = byGroup.find(group);
     return own != byGroup.end() && std::ranges::any_of(own->second, [&](const SyncDoubt& doubt) {

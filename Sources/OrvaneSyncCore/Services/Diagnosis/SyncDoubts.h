@@ -57,6 +57,8 @@ struct SyncDoubts {
     /// The claims about offsets from timecode that the cameras' microphones can decide and that were not
     /// analysed, a few clips for each offset. More may follow once these are analysed. Throws Stopped.
     static std::vector<SoundClaim> claims(const DoubtInput& input, const std::stop_token& stop = {});
+    /// The sound that the clip should have. Null for a clip with a lock or an offset of the editor.
+    const SyncDoubt::Suggestion* suggestionFor(const SyncGroup& group) const;
     /// Whether the clip has a doubt of one of these kinds.
     bool has(const UUID& group, std::initializer_list<SyncDoubt::Kind> kinds) const;
     /// Each doubt once: those of cards, then those of single clips in the order of the clips. Clips that

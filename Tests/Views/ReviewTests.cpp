@@ -236,8 +236,10 @@ TEST_F(ReviewTest, KeysOfTextAndOfTabbedControlsAreTheirs) {
     QLineEdit* search = window_->review().outline().search();
     ASSERT_EQ(QApplication::focusWidget(), search);
     QTest::keyClicks(search, "c002");
-    for (int i = 0; i < 2; ++i) QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
-    EXPECT_TRUE(waitUntil([&] { return isOnScreen(2); }));
+    QTest::keyClick(search, Qt::Key_Return);
+    EXPECT_TRUE(waitUntil([&] { return isOnScreen(2); })) << "the marked clip is the one that keys act on";
+    window_->openReview(ids_[0]);
+    EXPECT_TRUE(search->text().isEmpty()) << "it would hide the clip in view";
     press(Qt::Key_F, Qt::ControlModifier);
     QTest::keyClicks(search, "c001");
     QTest::keyClick(search, Qt::Key_Escape);

@@ -40,6 +40,7 @@ void SearchKeys::enterList() {
     if (!field_.text().isEmpty() || !list_.currentIndex().isValid())
         list_.setCurrentIndex(list_.model()->index(firstRow ? firstRow() : 0, 0));
     list_.setFocus(Qt::TabFocusReason); // from here on the keys are those of the list
+    if (whenFound && !field_.text().isEmpty()) whenFound(list_.currentIndex().row());
 }
 
 } // namespace orvane::views

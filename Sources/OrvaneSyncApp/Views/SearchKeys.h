@@ -19,6 +19,8 @@ class SearchKeys : public QObject {
 
     /// The row that Down goes to; row 0 if not set.
     std::function<int()> firstRow;
+    /// Called with the row that a search ends at, for a list whose current row is what the keys act on.
+    std::function<void(int row)> whenFound;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:

@@ -127,11 +127,13 @@ OutlineView::OutlineView(Desktop& desktop, Choose choose, std::function<void()> 
         while (row + 1 < model_->rowCount() && model_->row(row).isTake && !model_->row(row).isFolded) ++row;
         return row;
     };
+    // Otherwise the keys would act on a clip that is no longer listed.
+    keys->whenFound = [this](int row) { open(row); };
     observation_ = rows_.onChange([this](const ResultsViewModel::Change& change) {
         showCounts();
         // A list that was laid out again has lost its marked row.
         if (change.isLayoutChanged && selected_)
-            isTakeSelected_ ? void(selectTake(*selected_)) : select(*selected_);
+            isTakeSelected_ ? void(selectTake(*selected_)) : markRow(rows_.rowOf(*selected_));
         if (change.isLayoutChanged && whenListChanged) whenListChanged();
     });
     showCounts();
@@ -166,6 +168,7 @@ OutlineView::~OutlineView() { observation_ = nullptr; }
 void OutlineView::select(const UUID& groupID) {
     selected_ = groupID;
     isTakeSelected_ = false;
+    if (!rows_.rowOf(groupID)) search_->clear(); // an earlier search that does not find this clip
     markRow(rows_.rowOf(groupID));
 }
 

@@ -53,7 +53,7 @@ class List {
     /// Processor time of the process until the first rows are painted, in milliseconds.
     double open() {
         const double begin = ofProcess();
-        view_ = std::make_unique<views::ResultsView>(*desktop_);
+        view_ = std::make_unique<views::ResultsView>(*desktop_, views::ScreenHost{});
         view_->resize(1440, 800);
         view_->show();
         QCoreApplication::processEvents();

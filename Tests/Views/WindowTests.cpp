@@ -1,6 +1,8 @@
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/ViewModels/Inspector/ClipParts.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
+#include "OrvaneSyncApp/Views/Review/ReviewActions.h"
+#include "OrvaneSyncApp/Views/Review/ReviewView.h"
 #include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/WorkBar.h"
@@ -29,6 +31,24 @@ namespace {
 using test::waitUntil;
 
 class WindowTest : public testing::Test, protected test::ShootWindow {};
+
+/// A screen that shows nothing.
+class EmptyScreen final : public WorkScreen {
+  public:
+    using WorkScreen::WorkScreen;
+    void open(const std::vector<UUID>& clips) override { clips_ = clips; }
+    bool isOpen() const override { return !clips_.empty(); }
+    std::vector<UUID> clips() const override { return clips_; }
+    QLineEdit* search() const override { return nullptr; }
+    void leave() override { clips_.clear(); }
+    void loseClips() {
+        clips_.clear();
+        noteClips();
+    }
+
+  private:
+    std::vector<UUID> clips_;
+};
 
 } // namespace
 
@@ -138,6 +158,39 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
     ASSERT_EQ(window_->results().selectedClips().size(), 1U);
     EXPECT_EQ(table().currentIndex().row(), 1);
     EXPECT_EQ(cell(1, 1), next);
+}
+
+TEST_F(WindowTest, AFurtherScreenIsOpenedByItsClassAlone) {
+    scan();
+    const std::vector one{clip("A001C001").id}, other{clip("A001C003").id}, both{one[0], other[0]};
+    ReviewActions actions(*desktop_);
+    QStackedWidget pages;
+    WorkScreens screens(*desktop_, pages, actions);
+    screens.whenFrontChanged = [&] { pages.setCurrentWidget(&screens.front()); };
+    screens.whenFrontChanged();
+    screens.list().select(one);
+    EXPECT_EQ(screens.clips(), one);
+    screens.open<EmptyScreen>({});
+    EXPECT_FALSE(screens.isPlaying()) << "it has no clip to show";
+
+    screens.open<EmptyScreen>(other);
+    EXPECT_TRUE(screens.isPlaying());
+    EXPECT_EQ(pages.currentWidget(), screens.made<EmptyScreen>());
+    EXPECT_EQ(screens.clips(), other);
+    screens.goBack();
+    EXPECT_FALSE(screens.isPlaying() || screens.get<EmptyScreen>().isOpen());
+    EXPECT_EQ(screens.clips(), other) << "the clip that was in view";
+
+    screens.list().select(both);
+    screens.open<EmptyScreen>(both);
+    screens.get<EmptyScreen>().loseClips();
+    EXPECT_EQ(&screens.front(), &screens.list());
+    EXPECT_EQ(screens.clips(), both);
+    screens.openReview(one[0]);
+    screens.open<EmptyScreen>(other);
+    screens.goBack();
+    EXPECT_EQ(&screens.front(), screens.made<ReviewView>()) << "where it was opened";
+    screens.close();
 }
 
 TEST_F(WindowTest, ColumnsShareTheWidthByWhatTheirTextsNeed) {

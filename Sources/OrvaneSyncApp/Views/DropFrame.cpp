@@ -2,16 +2,48 @@
 
 #include "OrvaneDesignKit/Theme.h"
 
+#include <QDragEnterEvent>
+#include <QMimeData>
 #include <QPainter>
+#include <QUrl>
 
 namespace orvane::views {
 
 using namespace design;
 
+namespace {
+
+QStringList pathsOf(const QDropEvent& event) {
+    QStringList paths;
+    for (const QUrl& url : event.mimeData()->urls())
+        if (url.isLocalFile()) paths << url.toLocalFile();
+    return paths;
+}
+
+} // namespace
+
 DropFrame::DropFrame(QWidget* parent) : QWidget(parent) {
+    parent->setAcceptDrops(true);
+    parent->installEventFilter(this);
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setFocusPolicy(Qt::NoFocus);
     hide();
+}
+
+bool DropFrame::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::DragEnter) {
+        auto& entered = static_cast<QDragEnterEvent&>(*event);
+        if (const QStringList paths = pathsOf(entered); !paths.isEmpty()) {
+            entered.acceptProposedAction();
+            show(describe(paths));
+        }
+        return true;
+    }
+    const bool isDrop = event->type() == QEvent::Drop;
+    if (!isDrop && event->type() != QEvent::DragLeave) return QWidget::eventFilter(watched, event);
+    hide();
+    if (isDrop) drop(pathsOf(static_cast<QDropEvent&>(*event)));
+    return true;
 }
 
 void DropFrame::show(const QString& text) {

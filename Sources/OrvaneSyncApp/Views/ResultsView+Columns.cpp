@@ -193,7 +193,8 @@ bool ResultsView::hasReasons() const {
     return controller.work().unmatchedCount() > 0 || !controller.doubts().byGroup.empty();
 }
 
-void ResultsView::savePlaces() const {
+void ResultsView::savePlaces() {
+    saveListing();
     design::keptState::set(QStringLiteral("columns"), table_->horizontalHeader()->saveState());
     if (!areSharesChosen_) return;
     QVariantList shares;

@@ -23,6 +23,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <utility>
 
 namespace orvane::views {
 
@@ -111,8 +112,8 @@ class Table : public QTableView {
 
 } // namespace
 
-ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
-    : WorkScreen(parent), desktop_(desktop), ofClips_(desktop, this), rows_(desktop.controller()),
+ResultsView::ResultsView(Desktop& desktop, ScreenHost host)
+    : WorkScreen(desktop, std::move(host)), rows_(desktop.controller()),
       model_(new ResultsModel(rows_, Thumbnails::create(desktop.mainThread(), thumbnailLimit), this)),
       scrolled_(new QTimer(this)) {
     ofClips_.whenDone = [this](const std::vector<UUID>& clips) { select(clips); };
@@ -179,6 +180,7 @@ ResultsView::ResultsView(Desktop& desktop, QWidget* parent)
     showCounts();
     showDoubts();
     measureColumns();
+    restorePlaces();
 }
 
 ResultsView::~ResultsView() { rowsObservation_ = nullptr; }
@@ -239,13 +241,21 @@ QWidget* ResultsView::makeTable() {
             chosenRow_ = rows_.rowOf(chosen_.front()).value_or(0);
             remember(chosen_.front());
         }
-        if (whenSelectionChanged) whenSelectionChanged();
+        noteClips();
     });
     connect(table->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this](const QModelIndex& now) {
                 desktop_.controller().endUndoStep();
                 if (now.isValid()) current_ = rows_.groupID(static_cast<std::size_t>(now.row()));
             });
+    // The review takes keys only after the key press that opens a clip has ended, because Return has another
+    // meaning there.
+    connect(
+        table, &QTableView::activated, this,
+        [this] {
+            if (const auto clips = selectedClips(); !clips.empty()) host_.openReview(clips.front());
+        },
+        Qt::QueuedConnection);
     empty_ = new EmptyState(Glyph::search, {}, {});
     auto* pages = new QWidget;
     pages_ = new QStackedLayout(pages);
@@ -299,6 +309,12 @@ void ResultsView::showDoubts() {
     shownDoubts_ = std::move(doubts);
     doubts_->show(shownDoubts_);
     model_->forgetRows();
+}
+
+QString ResultsView::hint() const { return tr("Double click or Return opens a clip"); }
+
+void ResultsView::entered() {
+    if (selectedClips().empty()) table_->selectRow(0); // Return then opens it
 }
 
 void ResultsView::showEvent(QShowEvent* event) {
@@ -361,7 +377,9 @@ void ResultsView::showMenu(const QPoint& position) {
     ofClips_.fill(menu, clips);
     menu.addSeparator();
     menu.addAction(tr("Review"), this, [this] { Q_EMIT table_->activated(table_->currentIndex()); });
-    menu.addAction(translated(desktop_.command("clusterLoad").title), this, [this] { openMulticam(); });
+    menu.addAction(translated(desktop_.command("clusterLoad").title), this, [this, clips] {
+        host_.openMulticam(MulticamViewModel::camerasFor(desktop_.controller().work(), clips));
+    });
     menu.exec(table_->viewport()->mapToGlobal(position));
 }
 

@@ -2,7 +2,6 @@
 
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
-#include "OrvaneSyncApp/Views/ClipMenu.h"
 #include "OrvaneSyncApp/Views/WorkScreen.h"
 
 #include <QTableView>
@@ -28,7 +27,7 @@ class WildTracksView;
 /// doubts with their cures, below it the recordings that no clip uses.
 class ResultsView : public WorkScreen {
   public:
-    explicit ResultsView(Desktop& desktop, QWidget* parent = nullptr);
+    ResultsView(Desktop& desktop, ScreenHost host);
     ~ResultsView() override;
 
     /// In the order of the rows.
@@ -40,23 +39,19 @@ class ResultsView : public WorkScreen {
     };
     /// Absent if the list shows all clips in the order of the shoot.
     std::optional<Listing> listing() const;
-    void runForSelection(std::string_view command) { ofClips_.run(command, selectedClips()); }
-    void rename(const UUID& clip) { ofClips_.rename(clip); }
     /// Selects those of the clips that have rows; the first one comes into view. If none has a row, the
     /// selection stays.
     void select(const std::vector<UUID>& clips);
-    /// Called to open the cameras of the selected clips beside each other.
-    std::function<void()> openMulticam;
-    /// Called after every change of the selection.
-    std::function<void()> whenSelectionChanged;
+    void open(const std::vector<UUID>& clips) override { select(clips); }
     bool isPlaying() const override { return false; }
     std::vector<UUID> clips() const override { return selectedClips(); }
     QLineEdit* search() const override { return search_; }
     QWidget* keyboard() override { return table_; } ///< the table
+    QString hint() const override;
+    void entered() override;
     QTableView* table() const { return table_; }
-    /// Stores the state of the columns for the next start.
-    void savePlaces() const;
-    void restorePlaces();
+    /// Stores the state of the columns, and what `saveListing` stores.
+    void savePlaces() override;
     /// The titles of the list's filters. `showFilter` takes the index of one of them.
     static std::vector<QString> filterTitles();
     void showFilter(int choice);
@@ -72,6 +67,7 @@ class ResultsView : public WorkScreen {
 
   private:
     QWidget* makeTable();
+    void restorePlaces();
     void prepareColumns();
     void showCounts();
     void showDoubts();
@@ -91,8 +87,6 @@ class ResultsView : public WorkScreen {
     void remember(const UUID& clip);
     void showMenu(const QPoint& position);
 
-    Desktop& desktop_;
-    ClipMenu ofClips_;
     ResultsViewModel rows_;
     ResultsModel* model_;
     design::SegmentedChoice* filter_;

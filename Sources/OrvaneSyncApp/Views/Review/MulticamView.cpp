@@ -103,17 +103,13 @@ class MulticamView::Cell : public QFrame {
     QPushButton* heard_;
 };
 
-MulticamView::MulticamView(Desktop& desktop, ReviewActions& actions, std::function<void()> leave,
-                           std::function<void(const UUID&)> openClip, QWidget* parent)
-    : WorkScreen(parent), desktop_(desktop), multicam_(desktop.players().multicam()), actions_(actions),
-      openClip_(std::move(openClip)) {
+MulticamView::MulticamView(Desktop& desktop, ScreenHost host)
+    : WorkScreen(desktop, std::move(host)), multicam_(desktop.players().multicam()) {
     setAccessibleName(tr("Multicam"));
     setFocusPolicy(Qt::StrongFocus);
     auto* columns = new QSplitter;
-    columns->addWidget(outline_ = new OutlineView(desktop, openClip_, std::move(leave)));
-    outline_->openTake = [this](const std::vector<UUID>& cameras) {
-        if (openTake) openTake(cameras);
-    };
+    columns->addWidget(outline_ = new OutlineView(desktop, host_.openReview, host_.showList));
+    outline_->openTake = host_.openMulticam;
     auto* cameras = new QWidget;
     columns->addWidget(cameras);
     columns->setStretchFactor(1, 1);
@@ -143,7 +139,7 @@ MulticamView::MulticamView(Desktop& desktop, ReviewActions& actions, std::functi
     transport->addStretch(1);
     for (const KeyAction key :
          {KeyAction::stepBackward, KeyAction::playPause, KeyAction::stepForward, KeyAction::toggleFullscreen})
-        transport->addWidget(transportButton(actions.action(key)));
+        transport->addWidget(transportButton(host_.actions->action(key)));
     transport->addStretch(1);
     column->addLayout(transport);
     column->addWidget(strip_ = new CameraStrip(desktop_, multicam_));
@@ -159,7 +155,10 @@ MulticamView::MulticamView(Desktop& desktop, ReviewActions& actions, std::functi
         desktop_.sayWhyNot(tr("“%1” is for one camera: a double click on its picture opens it alone.")
                                .arg(translated(label(action))));
     };
-    ofBag_ = multicam_->bag().onChange([this] { follow(); });
+    ofBag_ = multicam_->bag().onChange([this] {
+        follow();
+        if (!isOpen()) noteClips();
+    });
 }
 
 MulticamView::~MulticamView() {
@@ -181,10 +180,10 @@ void MulticamView::go(int step) {
     while (next && std::ranges::find(shown_, *next) != shown_.end()) next = outline_->neighbour(*next, step);
     if (!next) return;
     const auto cameras = MulticamViewModel::camerasFor(desktop_.controller().work(), {*next});
-    if (cameras.size() > 1 && openTake)
-        openTake(cameras);
+    if (cameras.size() > 1)
+        host_.openMulticam(cameras);
     else
-        openClip_(*next);
+        host_.openReview(*next);
 }
 
 void MulticamView::toggleFullscreen() {
@@ -284,8 +283,8 @@ void MulticamView::layOut() {
             name += QStringLiteral("   ") + text(clip->video.filename);
         const auto at = static_cast<int>(cells_.size());
         constexpr int digits = 9;
-        auto* cell =
-            new Cell(id, at < digits ? at + 1 : 0, name, desktop_.mainThread(), engine, hearOne, openClip_);
+        auto* cell = new Cell(id, at < digits ? at + 1 : 0, name, desktop_.mainThread(), engine, hearOne,
+                              host_.openReview);
         grid_->addWidget(cell, at / across, at % across);
         cells_.push_back(cell);
         ofEngines_.push_back(engine->onChange([this, cell](VideoEngineField field) {
@@ -297,7 +296,7 @@ void MulticamView::layOut() {
                     toggleFullscreen(); // does nothing before the camera has a picture
                     returnsToFullscreen_ = !fullscreen_;
                 }
-                actions_.action(KeyAction::playPause)
+                host_.actions->action(KeyAction::playPause)
                     ->setIcon(icon(multicam_->bag().isPlaying() ? Glyph::pause : Glyph::play));
                 strip_->follow();
             }

@@ -2,7 +2,6 @@
 
 #include "OrvaneSyncApp/Views/WorkScreen.h"
 
-#include <functional>
 #include <vector>
 
 class QGridLayout;
@@ -13,27 +12,23 @@ namespace orvane::views {
 class CameraStrip;
 class KeyOverlay;
 class OutlineView;
-class ReviewActions;
 
 /// All cameras of a take at once: their pictures, the sound of one of them, one transport, and their
 /// positions on a common time axis; at the left the list of clips, from which one camera or another take is
 /// opened.
 class MulticamView : public WorkScreen {
   public:
-    /// `leave`: back to the list of results; `openClip`: opens one camera in the review.
-    MulticamView(Desktop& desktop, ReviewActions& actions, std::function<void()> leave,
-                 std::function<void(const UUID&)> openClip, QWidget* parent = nullptr);
+    MulticamView(Desktop& desktop, ScreenHost host);
     ~MulticamView() override;
 
     /// Opens the cameras, each at its clap.
-    void open(const std::vector<UUID>& groupIDs);
-    OutlineView& outline() { return *outline_; }
-    /// The user wants to see all cameras of a take.
-    std::function<void(const std::vector<UUID>& cameras)> openTake;
+    void open(const std::vector<UUID>& groupIDs) override;
+    bool isOpen() const override { return multicam_->isOpen(); }
     /// Empty: no command for a clip acts on several cameras.
     std::vector<UUID> clips() const override { return {}; }
     std::vector<UUID> seen() const override { return multicam_->members(); }
     QLineEdit* search() const override;
+    OutlineView* outlineBeside() const override { return outline_; }
     KeyOverlay* keyOverlay() const override { return keys_; }
     bool hear(std::size_t camera) override; ///< its index in the grid
     /// Escape and F bring the camera back from fullscreen.
@@ -49,10 +44,7 @@ class MulticamView : public WorkScreen {
     void showTake();
     void toggleFullscreen();
 
-    Desktop& desktop_;
     const std::shared_ptr<MulticamViewModel> multicam_;
-    ReviewActions& actions_;
-    const std::function<void(const UUID&)> openClip_;
     OutlineView* outline_;
     QLabel* take_;
     QGridLayout* grid_;

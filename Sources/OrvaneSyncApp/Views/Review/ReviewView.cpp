@@ -27,13 +27,12 @@ constexpr int pictureHeight = 460, timelineHeight = 280;
 
 } // namespace
 
-ReviewView::ReviewView(Desktop& desktop, ReviewActions& actions, std::function<void()> leave, QWidget* parent)
-    : WorkScreen(parent), desktop_(desktop) {
+ReviewView::ReviewView(Desktop& desktop, ScreenHost host) : WorkScreen(desktop, std::move(host)) {
     const auto& review = desktop.players().review();
+    ReviewActions& actions = *host_.actions;
     columns_ = new QSplitter;
     rows_ = new QSplitter(Qt::Vertical);
-    columns_->addWidget(outline_ = new OutlineView(
-                            desktop, [this](const UUID& clip) { open(clip); }, std::move(leave)));
+    columns_->addWidget(outline_ = new OutlineView(desktop, host_.openReview, host_.showList));
     auto* upper = new QWidget;
     auto* pictureColumn = new QVBoxLayout(upper);
     pictureColumn->setContentsMargins(0, 0, 0, 0);
@@ -72,10 +71,11 @@ ReviewView::ReviewView(Desktop& desktop, ReviewActions& actions, std::function<v
     picture_->keys = [this] { return keys_->now(); };
     steps_->showKeys = [this] { keys_->open(); };
     outline_->whenListChanged = [this] { steps_->refresh(); };
-    ofReview_ = review->onChange([this] { steps_->refresh(); });
-    outline_->openTake = [this](const std::vector<UUID>& cameras) {
-        if (openTake) openTake(cameras);
-    };
+    ofReview_ = review->onChange([this] {
+        steps_->refresh();
+        if (!clip()) noteClips();
+    });
+    outline_->openTake = host_.openMulticam;
     review->sayWhyNot = [&desktop](std::string_view why) { desktop.sayWhyNot(translatedSentence(why)); };
     review->moveInList = [this](KeyAction action) { go(action == KeyAction::nextGroup ? 1 : -1); };
 }
@@ -86,11 +86,10 @@ ReviewView::~ReviewView() {
     review.sayWhyNot = nullptr;
 }
 
-void ReviewView::open(const UUID& groupID) {
-    if (desktop_.controller().work().syncGroups().find(groupID) == nullptr) return;
-    outline_->select(groupID);
-    desktop_.players().loadGroup(groupID);
-    if (whenMoved) whenMoved();
+void ReviewView::open(const std::vector<UUID>& clips) {
+    if (clips.empty() || desktop_.controller().work().syncGroups().find(clips.front()) == nullptr) return;
+    outline_->select(clips.front());
+    desktop_.players().loadGroup(clips.front());
 }
 
 void ReviewView::leave() { desktop_.players().review()->close(); }
@@ -105,10 +104,10 @@ bool ReviewView::handleFullscreen(const KeyEvent& event) {
 
 void ReviewView::go(int step) {
     const auto& shown = clip();
-    if (const auto next = shown ? outline_->neighbour(*shown, step) : std::nullopt) open(*next);
+    if (const auto next = shown ? outline_->neighbour(*shown, step) : std::nullopt) host_.openReview(*next);
 }
 
-void ReviewView::savePlaces() const {
+void ReviewView::savePlaces() {
     design::keptState::set(QStringLiteral("review/columns"), columns_->saveState());
     design::keptState::set(QStringLiteral("review/rows"), rows_->saveState());
 }

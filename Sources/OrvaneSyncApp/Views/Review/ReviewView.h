@@ -2,7 +2,6 @@
 
 #include "OrvaneSyncApp/Views/WorkScreen.h"
 
-#include <functional>
 #include <optional>
 #include <vector>
 
@@ -14,7 +13,6 @@ class InspectorView;
 class KeyOverlay;
 class OutlineView;
 class PictureView;
-class ReviewActions;
 class StepsBar;
 class TimelineView;
 
@@ -22,31 +20,27 @@ class TimelineView;
 /// facts and the decisions about it.
 class ReviewView : public WorkScreen {
   public:
-    /// `leave`: back to the list of results.
-    ReviewView(Desktop& desktop, ReviewActions& actions, std::function<void()> leave,
-               QWidget* parent = nullptr);
+    ReviewView(Desktop& desktop, ScreenHost host);
     ~ReviewView() override;
 
-    /// Opens the clip at its clap. Does nothing for a clip that does not exist.
-    void open(const UUID& groupID);
+    /// Opens the first of the clips at its clap. Does nothing for a clip that does not exist.
+    void open(const std::vector<UUID>& clips) override;
     const std::optional<UUID>& clip() const { return desktop_.players().review()->groupID(); }
-    /// Called when another clip is in view.
-    std::function<void()> whenMoved;
-    /// The user wants to see all cameras of a take.
-    std::function<void(const std::vector<UUID>& cameras)> openTake;
+    bool isOpen() const override { return clip().has_value(); }
+    bool isOfOneClip() const override { return true; }
     OutlineView& outline() { return *outline_; }
     std::vector<UUID> clips() const override;
     QLineEdit* search() const override;
+    OutlineView* outlineBeside() const override { return outline_; }
     KeyOverlay* keyOverlay() const override { return keys_; }
     bool handleFullscreen(const KeyEvent& event) override;
     void leave() override;
-    void savePlaces() const;
+    void savePlaces() override;
     PictureView& picture() { return *picture_; }
 
   private:
     void go(int step);
 
-    Desktop& desktop_;
     QSplitter* columns_;
     QSplitter* rows_;
     OutlineView* outline_;

@@ -1,0 +1,303 @@
+#include "OrvaneSyncApp/Views/WorkBanner.h"
+
+#include "OrvaneDesignKit/Sheet.h"
+#include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncApp/ViewModels/Results/ListeningTexts.h"
+#include "OrvaneSyncApp/ViewModels/Sheets/ReportTexts.h"
+#include "OrvaneSyncApp/Views/AnalyseAgain.h"
+#include "OrvaneSyncApp/Views/Asking.h"
+#include "OrvaneSyncApp/Views/Leaving.h"
+#include "OrvaneSyncApp/Views/SessionsPanel.h"
+#include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
+#include "OrvaneSyncApp/Views/Sheets/Sheets.h"
+#include "OrvaneSyncApp/Views/StartView.h"
+#include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
+
+#include <QPointer>
+
+#include <algorithm>
+#include <utility>
+
+namespace orvane::views {
+
+using namespace design;
+
+namespace {
+
+/// `clips`: those with changes that were not saved when the program was quit.
+QString leftUnsavedText(const SessionInfo& session, int clips) {
+    return QObject::tr(
+               "The session “%1” is open as it was last saved, %2. What was decided of %3 after that could "
+               "not be saved when the program was quit.")
+        .arg(text(session.name), dayText(session.modified),
+             translatedSentence(counted(clips, "clip", "clips")));
+}
+
+/// Sessions store the tracks that an analysis has chosen, but not its results.
+bool mustListenAgain(const ImportController& controller) {
+    return std::ranges::any_of(controller.work().syncGroups(), [&](const SyncGroup& clip) {
+        return clip.tracksManuallyEdited == false &&
+               !controller.smartAudio().state().results.contains(clip.id);
+    });
+}
+
+} // namespace
+
+WorkBanner::WorkBanner(Desktop& desktop) : desktop_(desktop) {
+    ofWork_ = desktop_.controller().onChange([this](ImportField field) {
+        if (field == ImportField::lockit) showLockit();
+        if (field == ImportField::report) showReportResult();
+        if (field == ImportField::smartAudio) showAnalysis();
+        if (field == ImportField::undoState) forgetLost();
+    });
+    ofSessions_ = desktop_.sessions().onChange([this](SessionField field) {
+        if (field == SessionField::problem) showProblem();
+        if (field == SessionField::lastSaveError) showSaving();
+        if (field == SessionField::settingsOfFolder) showFolderSettings();
+    });
+    ofSettings_ = desktop_.settings().onChange(
+        [self = QPointer(this), main = desktop_.mainThread()](const std::string& key) {
+            if (key.starts_with("smartAudio."))
+                main->post([self] {
+                    if (self) self->showOutdated();
+                });
+        });
+}
+
+void WorkBanner::showNotice(Signal signal, const QString& what) {
+    const bool isOffered = !lost_.isEmpty() && text() == lost_;
+    isOffered ? showToast(window(), what) : show(signal, what);
+}
+
+void WorkBanner::showOfPage(Signal signal, const QString& what) { showNotice(signal, ofPage_ = what); }
+
+void WorkBanner::forget(QString& message) {
+    if (!message.isEmpty() && text() == message) clear();
+    message.clear();
+}
+
+void WorkBanner::showAnalysis() {
+    const SmartAudioState& state = desktop_.controller().smartAudio().state();
+    const SyncGroupList& clips = desktop_.controller().work().syncGroups();
+    analysedClips_ = std::max(analysedClips_, state.progress.total);
+    if (state.isAnalyzing && !wasAnalysing_ && !clips.empty()) analysed_ = clips.front().id;
+    if (!std::exchange(wasAnalysing_, state.isAnalyzing) || state.isAnalyzing) return;
+    if (desktop_.controller().smartAudio().outdatedCount() == 0) forget(outdated_);
+    // For a single clip the timeline shows the result. Results of work that is not open are not reported.
+    const bool isOfOpenWork = analysed_ && clips.find(*analysed_) != nullptr;
+    if (std::exchange(analysedClips_, 0) < 2 || !isOfOpenWork) return;
+    if (const auto warning = unheardWarning(WorkSnapshot(desktop_.controller())))
+        return showNotice(Signal::missing, translatedSentence(*warning));
+    int heard = 0, withSound = 0;
+    for (const SyncGroup& clip : clips) {
+        if (clip.isMOS() || !clip.matchStatus.isSettled()) continue;
+        ++withSound;
+        if (state.results.heard(clip.id) != nullptr) ++heard;
+    }
+    showNotice(Signal::none,
+               tr("Smart Audio has analyzed %1 of %2 clips with sound.").arg(heard).arg(withSound));
+}
+
+void WorkBanner::showLost(const ClipDecisions& before, const SyncGroupList& clipsBefore) {
+    const ClipDecisions lost = before.without(ClipDecisions::of(desktop_.controller()));
+    const auto isLastStep = [this] {
+        const auto& last = desktop_.controller().work().undoState().undoActionName;
+        if (last == undoSteps::scanAndMatch.actionName) return true;
+        showToast(window(),
+                  tr("Other steps came after the scan: Undo takes these back first, then the scan."));
+        return false;
+    };
+    show(
+        Signal::doubtful,
+        lost_ =
+            tr("The scan replaced the clips and took away what was decided: %1.").arg(decisionsText(lost)),
+        tr("Keep the Decisions"),
+        [this, isLastStep, before, clipsBefore] {
+            if (isLastStep()) keepDecisions(before, clipsBefore);
+        },
+        tr("Undo"),
+        [this, isLastStep] {
+            if (!isLastStep()) return;
+            clear();
+            desktop_.run("undo");
+        });
+}
+
+void WorkBanner::keepDecisions(const ClipDecisions& before, const SyncGroupList& clipsBefore) {
+    forget(lost_);
+    desktop_.controller()
+        .recordings()
+        .keepDecisions(clipsBefore)
+        .whenDone([self = QPointer(this), before](const std::exception_ptr& raised) {
+            if (!self || raised) return;
+            const auto lost = before.without(ClipDecisions::of(self->desktop_.controller()));
+            if (lost.any())
+                return self->show(
+                    Signal::doubtful,
+                    tr("The decisions were kept, but for those of clips whose camera file the scan did not "
+                       "find: %1.")
+                        .arg(decisionsText(lost)));
+            self->show(Signal::none, tr("All decisions were kept, beside the new clips."));
+        });
+}
+
+void WorkBanner::forgetLost() {
+    const UndoState state = desktop_.controller().work().undoState();
+    if (state.redoActionName == undoSteps::scanAndMatch.actionName) forget(lost_);
+}
+
+void WorkBanner::showProblem() {
+    const auto& problem = desktop_.sessions().problem();
+    if (!problem) return;
+    const bool areClipsKept = problem->find("groups.json.other") != std::string::npos;
+    show(Signal::doubtful, translatedSentence(*problem), areClipsKept ? tr("How to See Them") : QString(),
+         [this] {
+             tell(window(), tr("The clips that were kept"),
+                  tr("They are those of the other program, with what was decided there; the open ones are "
+                     "those of this window. To see the others, copy the session's folder to another place, "
+                     "call the kept file groups.json in the copy, and drop the copy on this window. The "
+                     "clips that are open then lie beside it in turn."));
+         });
+}
+
+void WorkBanner::showSaving() {
+    const auto& failure = desktop_.sessions().lastSaveError();
+    if (!failure) return forget(unsaved_);
+    show(Signal::missing,
+         unsaved_ = tr("The session could not be saved: %1. It is tried again every 5 seconds.")
+                        .arg(whyNotSaved(*failure)));
+}
+
+void WorkBanner::showOutdated() {
+    const SmartAudioController& smartAudio = desktop_.controller().smartAudio();
+    const std::size_t clips = smartAudio.state().isAnalyzing ? 0 : smartAudio.outdatedCount();
+    if (clips == 0) return forget(outdated_);
+    show(Signal::doubtful,
+         outdated_ =
+             tr("The settings of Smart Audio have changed. Made with other settings: the analysis of %1.")
+                 .arg(translatedSentence(counted(static_cast<long long>(clips), "clip", "clips"))),
+         tr("Run Again"), [this] {
+             forget(outdated_);
+             runSmartAudioAgain(desktop_);
+         });
+}
+
+void WorkBanner::showKnown(const SessionInfo& session, std::function<void()> open) {
+    show(Signal::doubtful,
+         tr("These folders are in the session “%1” of %2 already: %3 clips, %4 locked.")
+             .arg(views::text(session.name), dayText(session.modified), QString::number(session.groupCount),
+                  QString::number(session.lockedCount)),
+         tr("Open It"), std::move(open));
+}
+
+void WorkBanner::showSession(const SessionInfo& session) {
+    if (const int unsaved = takeLeftUnsaved(session.id); unsaved > 0)
+        show(Signal::doubtful, leftUnsavedText(session, unsaved));
+    else if (mustListenAgain(desktop_.controller()))
+        show(Signal::none,
+             tr("Smart Audio has to listen to the clips of “%1” again.").arg(views::text(session.name)));
+}
+
+void WorkBanner::showSessionOfStart(const SessionInfo& session, std::function<void()> newScan) {
+    // A message about what is wrong, or about what came with the session, is more important.
+    if (!text().isEmpty() || desktop_.controller().work().syncGroups().empty()) return;
+    const int unsaved = takeLeftUnsaved(session.id);
+    const QString sentence = unsaved > 0 ? leftUnsavedText(session, unsaved)
+                                         : (mustListenAgain(desktop_.controller())
+                                                ? tr("The session “%1” is open as it was last saved, %2. "
+                                                     "Smart Audio has to listen to its clips "
+                                                     "again.")
+                                                : tr("The session “%1” is open as it was last saved, %2."))
+                                               .arg(views::text(session.name), dayText(session.modified));
+    show(unsaved > 0 ? Signal::doubtful : Signal::none, sentence, tr("New Scan…"), std::move(newScan));
+}
+
+void WorkBanner::showFolderSettings() {
+    constexpr qsizetype most = 4;
+    const std::vector<std::string>& keys = desktop_.sessions().places().appliedSettings();
+    QStringList names;
+    for (const std::string& label : labelsOfSettings(keys)) names << translated(label);
+    QString list = names.mid(0, most).join(QStringLiteral(", "));
+    if (const qsizetype more = std::ssize(keys) - std::min(most, names.size()); names.isEmpty())
+        list = tr("%1 settings").arg(more);
+    else if (more > 0)
+        list = tr("%1 and %2 more").arg(list).arg(more);
+    show(Signal::none,
+         tr("The folder “%1” has settings of its own, which are in force with its session: %2.")
+             .arg(views::text(desktop_.sessions().places().folderOfOpenSession().value_or("")), list),
+         tr("Settings…"), [this] { SettingsWindow(desktop_, window()).exec(); });
+}
+
+void WorkBanner::showReportResult() {
+    const ReportController& reports = desktop_.controller().reports();
+    if (!reports.aleMatchStatus()) return;
+    QString said = translatedSentence(*reports.aleMatchStatus());
+    if (const std::string rows = reportTexts::rowsWithoutClip(reports); !rows.empty())
+        said += QStringLiteral(". ") + translatedSentence(rows) + QStringLiteral(".");
+    const std::string column = reports.betterColumn();
+    if (!column.empty())
+        said += QLatin1Char(' ') + tr("More of them name one in the column “%1”.").arg(views::text(column));
+    show(
+        column.empty() ? Signal::none : Signal::doubtful, said, tr("Report…"),
+        [this] { showReport(desktop_, window()); }, column.empty() ? QString() : tr("Match by This Column"),
+        [this, column] { matchReportBy(column); });
+}
+
+void WorkBanner::matchReportBy(const std::string& column) {
+    const auto& report = desktop_.controller().reports().aleFileURL();
+    if (!report) return;
+    const auto set = [this](std::string_view key, JSON value) {
+        JSON arguments = JSON::object();
+        arguments.set("key", key);
+        arguments.set("value", std::move(value));
+        desktop_.run("setSetting", std::move(arguments));
+    };
+    set(settings::reportMatchColumn.key, JSON(column));
+    set(settings::reportMatchField.key, settings::reportMatchField.write(ReportMatchField::column));
+    JSON arguments = JSON::object();
+    arguments.set("path", report->path);
+    desktop_.run("loadALE", std::move(arguments));
+}
+
+void WorkBanner::showProject() {
+    if (desktop_.controller().work().syncGroups().empty()) return; // its folders are not here
+    const QString locks = tr("A project file holds no locks: they are in the session where they were set.");
+    QStringList names;
+    for (const FileURL& video : desktop_.controller().project().clipsWithoutRecording())
+        names << views::text(video.lastPathComponent());
+    if (names.isEmpty()) return showOfPage(Signal::none, locks);
+    showOfPage(Signal::doubtful,
+               tr("Recordings that were attached by hand did not come back with the project: %1. Attach them "
+                  "again with Ctrl+T, or open the session in which that was done.")
+                       .arg(names.join(QStringLiteral(", "))) +
+                   QLatin1Char(' ') + locks);
+}
+
+void WorkBanner::showListened() {
+    const ImportController& controller = desktop_.controller();
+    const bool isInDoubt = !controller.doubts().summary(controller.work().syncGroups()).empty();
+    show(Signal::none, translatedSentence(heardText(controller.derivedDoubts().listened(), isInDoubt)));
+}
+
+void WorkBanner::showLockit() {
+    using SyncEnd = LockitController::SyncEnd;
+    const LockitController& lockit = desktop_.controller().lockit();
+    const auto& status = lockit.lockitSyncStatus();
+    if (!status || lockit.isSyncingLockit()) return;
+    const SyncEnd end = lockit.lastSyncEnd();
+    const bool isWithoutFolder =
+        *status == LockitController::noProject && !desktop_.sessions().places().folderOfOpenSession();
+    showNotice(end == SyncEnd::failed      ? Signal::missing
+               : end == SyncEnd::noMatches ? Signal::doubtful
+                                           : Signal::none,
+               isWithoutFolder
+                   ? tr("A LockitNetwork project belongs to a folder of sessions, and this session is in "
+                        "none. Move it into a folder by its menu in the side bar, then choose the "
+                        "project by “Lockit” beside the folder's name.")
+                   : translatedSentence(*status));
+}
+
+} // namespace orvane::views

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/ViewModels/Results/ClipDecisions.h"
+#include "OrvaneSyncApp/Views/Desktop.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace orvane::views {
+
+/// The messages about the open work, at the top of the window, with what can be done about each. It follows
+/// the work, the sessions and the settings, and removes messages that no longer hold.
+class WorkBanner : public design::Banner {
+  public:
+    explicit WorkBanner(Desktop& desktop);
+
+    /// A message without an action. At the foot of the window while the banner offers to keep the decisions,
+    /// which the user cannot call up again.
+    void showNotice(design::Signal signal, const QString& what);
+    /// For a message about the page and the clips in front: `leavePage` removes it.
+    void showOfPage(design::Signal signal, const QString& what);
+    void leavePage() { forget(ofPage_); }
+    /// Removes a message that requires no action.
+    void clearSettled() {
+        if (signal() == design::Signal::none) clear();
+    }
+    /// After a scan that removed decisions; offers to keep them or to undo the scan.
+    void showLost(const ClipDecisions& before, const SyncGroupList& clipsBefore);
+    /// What is wrong with the open session. If other clips were kept beside it, offers to explain how to see
+    /// them.
+    void showProblem();
+    /// What the user has to know about a session that was opened in the window.
+    void showSession(const SessionInfo& session);
+    /// The same of the session that was opened at the start, with its date, and an action `newScan`.
+    void showSessionOfStart(const SessionInfo& session, std::function<void()> newScan);
+    /// Offers to open the stored session of the folders that are scanned.
+    void showKnown(const SessionInfo& session, std::function<void()> open);
+    /// What an opened project did not contain.
+    void showProject();
+    /// The result of listening to the cards.
+    void showListened();
+
+  private:
+    /// Gives the decisions of the clips before the scan to the clips of the scan.
+    void keepDecisions(const ClipDecisions& before, const SyncGroupList& clipsBefore);
+    /// Removes the message of `showLost` if the scan was undone.
+    void forgetLost();
+    /// How many clips were analysed with other settings than the present ones.
+    void showOutdated();
+    /// Whether the session can be saved.
+    void showSaving();
+    /// Which settings the folder of the opened session has changed.
+    void showFolderSettings();
+    /// How many clips the loaded report has matched, with access to the rows that matched none.
+    void showReportResult();
+    /// Makes this column the match setting, and applies the report to the clips again.
+    void matchReportBy(const std::string& column);
+    /// The result of the last sync with the metadata service.
+    void showLockit();
+    /// After an analysis of several clips: what it could not read.
+    void showAnalysis();
+    /// Removes the message if the banner still shows it.
+    void forget(QString& message);
+
+    Desktop& desktop_;
+    QString ofPage_;               ///< set by `showOfPage`
+    QString unsaved_;              ///< the session could not be saved
+    QString lost_, outdated_;      ///< set by `showLost` and `showOutdated`
+    std::optional<UUID> analysed_; ///< first clip of the work when the last analysis began
+    bool wasAnalysing_ = false;
+    int analysedClips_ = 0; ///< of the largest running analysis
+    platform::Subscription ofWork_, ofSessions_, ofSettings_;
+};
+
+} // namespace orvane::views

@@ -1,7 +1,6 @@
 #include "OrvaneSyncApp/Views/MainMenus.h"
 
 #include "OrvaneDesignKit/Controls.h"
-#include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneDesignKit/Sheet.h"
 #include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
 #include "OrvaneSyncApp/ViewModels/Results/Questions.h"
@@ -22,10 +21,6 @@
 #include <QAction>
 #include <QActionGroup>
 #include <QApplication>
-#include <QDir>
-#include <QFileDialog>
-#include <QFileInfo>
-#include <QKeyEvent>
 #include <QKeySequence>
 #include <QMainWindow>
 #include <QMenuBar>
@@ -61,24 +56,6 @@ constexpr std::array<DrawnEntry, 14> drawnEntries{{{"undo", Glyph::undo},
                                                    {"buildAtmo", Glyph::roomTone},
                                                    {"clusterLoad", Glyph::cameras}}};
 
-/// The decisions about clips that a project file does not hold; empty if it holds all.
-QString keptInSessionText(const SyncGroupList& groups) {
-    const auto isAttached = [](const SyncGroup& group) { // a scan would not match it again
-        return std::ranges::any_of(group.audioMatches,
-                                   [](const AudioMatch& match) { return match.overlapDurationSeconds <= 0; });
-    };
-    const auto locked = std::ranges::count_if(groups, &SyncGroup::isLocked);
-    const auto attached = std::ranges::count_if(groups, isAttached);
-    QStringList kept;
-    if (locked > 0) kept << translatedSentence(counted(locked, "locked clip", "locked clips"));
-    if (attached > 0)
-        kept << translatedSentence(counted(attached, "attached recording", "attached recordings"));
-    return kept.empty() ? QString()
-                        : QObject::tr("The project file does not hold everything. Kept in the "
-                                      "session only: %1.")
-                              .arg(kept.join(QStringLiteral(", ")));
-}
-
 QKeySequence keyOfEntry(std::string_view key) {
     if (key == "New") return QKeySequence::New;
     if (key == "Close") return QKeySequence::Close;
@@ -88,7 +65,8 @@ QKeySequence keyOfEntry(std::string_view key) {
 } // namespace
 
 MainMenus::MainMenus(Desktop& desktop, QMainWindow& window, ReviewActions& review, Screens screens)
-    : QObject(&window), desktop_(desktop), window_(window), screens_(std::move(screens)) {
+    : QObject(&window), desktop_(desktop), window_(window), screens_(std::move(screens)),
+      files_(desktop_, window_, screens_) {
     makeCommands();
     makeFile();
     makeEdit();
@@ -98,57 +76,11 @@ MainMenus::MainMenus(Desktop& desktop, QMainWindow& window, ReviewActions& revie
     makeView();
     makeHelp();
     makeTools();
-    for (const QAction* one : window_.menuBar()->actions())
-        connect(
-            one->menu(), &QMenu::aboutToHide, this, [this] { leaveMenuBar(); }, Qt::QueuedConnection);
-    window_.menuBar()->installEventFilter(this);
-    QCoreApplication::instance()->installEventFilter(this);
+    keysOfBar_ = std::make_unique<MenuBarKeys>(window_, *quit_, screens_.takeKeyboard);
     bindings_ = desktop_.players().shortcuts()->onChange([this](ShortcutField field) {
         if (field == ShortcutField::bindings) showKeys();
     });
     showKeys();
-}
-
-/// The keys of a menu are disabled while a sheet is open.
-bool MainMenus::isQuittingOverSheet(const QObject& watched, const QEvent& event) const {
-    if (event.type() != QEvent::KeyPress || !watched.isWidgetType() ||
-        QApplication::activeModalWidget() == nullptr)
-        return false;
-    return QKeySequence(static_cast<const QKeyEvent&>(event).keyCombination()) == quit_->shortcut();
-}
-
-void MainMenus::quit() {
-    // Closes sheets as their close button does, which stops what they run.
-    while (QWidget* sheet = QApplication::activeModalWidget())
-        if (!sheet->close()) return;
-    QMetaObject::invokeMethod(
-        &window_, [this] { window_.close(); }, Qt::QueuedConnection);
-}
-
-bool MainMenus::eventFilter(QObject* watched, QEvent* event) {
-    if (isQuittingOverSheet(*watched, *event)) {
-        quit();
-        return true;
-    }
-    const bool isEscape =
-        event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape;
-    if (isEscape && watched == window_.menuBar()) // Escape leaves the menu entry
-        QMetaObject::invokeMethod(
-            this, [this] { returnKeyboard(); }, Qt::QueuedConnection);
-    return false;
-}
-
-/// After Escape has closed a menu, its title stays marked, and the menu bar would get the next keys.
-void MainMenus::leaveMenuBar() {
-    QMenuBar* bar = window_.menuBar();
-    if (QApplication::activePopupWidget() == nullptr && bar->hasFocus()) bar->setActiveAction(nullptr);
-    returnKeyboard();
-}
-
-void MainMenus::returnKeyboard() {
-    const QMenuBar* bar = window_.menuBar();
-    if (bar->hasFocus() && bar->activeAction() == nullptr && QApplication::activePopupWidget() == nullptr)
-        screens_.takeKeyboard();
 }
 
 void MainMenus::makeCommands() {
@@ -174,14 +106,14 @@ std::map<std::string_view, std::function<void()>> MainMenus::actsOfWindow() {
              desktop_.run("newSession");
              screens_.leaveStart();
          }},
-        {"loadProject", [this] { openProject(); }},
-        {"saveProject", [this] { saveProject(); }},
-        {"loadALE", [this] { loadReport(); }},
+        {"loadProject", [this] { files_.openProject(); }},
+        {"saveProject", [this] { files_.saveProject(); }},
+        {"loadALE", [this] { files_.loadReport(); }},
         {"syncLockitNetwork", [this] { screens_.syncLockitNetwork(); }},
-        {"writeReview", [this] { writeReview(); }},
-        {"applyReview", [this] { applyReview(); }},
+        {"writeReview", [this] { files_.writeReview(); }},
+        {"applyReview", [this] { files_.applyReview(); }},
         {"exportFCPXML", [this] { showExport(desktop_, &window_); }},
-        {"exportSingleClip", [this] { exportClip(); }},
+        {"exportSingleClip", [this] { files_.exportClip(); }},
         {"resyncAllClips",
          [this] {
              if (agrees(questionBeforeResync())) desktop_.run("resyncAllClips");
@@ -258,45 +190,11 @@ bool MainMenus::agrees(const Question& question) {
                     translated(question.yes), translated(question.no));
 }
 
-void MainMenus::openProject() {
-    if (const auto path =
-            chosenFile(tr("Open OrvaneSync Project"), tr("Projects (*.orvanesync);;All files (*)")))
-        screens_.openProject(*path);
-}
-
-void MainMenus::saveProject() {
-    const auto path = placeFor(tr("Save OrvaneSync Project"), tr("Projects (*.orvanesync)"),
-                               text(proposedProjectName(desktop_.controller(), desktop_.sessions())));
-    if (!path) return;
-    // About the clips that were saved; they may have changed before the file is written.
-    runWithPath("saveProject", *path, "path", true,
-                [this, kept = keptInSessionText(desktop_.controller().work().syncGroups())] {
-                    if (!kept.isEmpty()) screens_.tell(kept);
-                });
-}
-
-void MainMenus::loadReport() {
-    if (const auto path =
-            chosenFile(tr("Load report"), tr("Reports (*.ale *.csv *.txt *.tsv);;All files (*)")))
-        runWithPath("loadALE", *path);
-}
-
-void MainMenus::writeReview() {
-    const auto path =
-        placeFor(tr("Write review table"), tr("Review tables (*.csv)"), QStringLiteral("Review.csv"));
-    if (path) runWithPath("writeReview", *path, "output", true);
-}
-
-void MainMenus::applyReview() {
-    if (const auto path = chosenFile(tr("Apply review table"), tr("Review tables (*.csv)")))
-        applyReviewTable(desktop_, *path, &window_);
-}
-
 void MainMenus::makeFile() {
     QMenu* file = addMenu(tr("&File"));
     scan_ = ownEntry(tr("New Scan…"), [this] { screens_.newScan(); });
     scan_->setObjectName(QStringLiteral("newScan"));
-    quit_ = ownEntry(tr("Quit"), [this] { quit(); });
+    quit_ = new QAction(tr("Quit"), this);
     quit_->setShortcut(Qt::CTRL | Qt::Key_Q); // Qt sets a key for this only on the major desktops
     QAction* recent = RecentPlaces::menu(file, screens_.openPaths)->menuAction();
     fill(file, commands::Menu::file, {{110, scan_}, {120, recent}, {520, quit_}});
@@ -347,20 +245,6 @@ void MainMenus::analyse(const JSON& mode) {
     arguments.set("mode", mode);
     arguments.set("forceOverwriteManualTracks", !question || agrees(*question));
     desktop_.run("runSmartAudioAnalysis", std::move(arguments));
-}
-
-void MainMenus::exportClip() {
-    const std::vector<UUID> clips = screens_.clips();
-    if (clips.size() != 1) return;
-    const auto path =
-        placeFor(tr("Export clip"), tr("Final Cut Pro XML (*.fcpxml)"), QStringLiteral("Clip.fcpxml"));
-    if (!path) return;
-    JSON arguments = JSON::object();
-    arguments.set("groupID", clips.front().text());
-    arguments.set("output", utf8(*path));
-    arguments.set("overwrite", true); // the dialog has asked for permission
-    desktop_.run("exportSingleClip", std::move(arguments),
-                 [this, place = *path](const JSON&) { confirmSaved(place); });
 }
 
 void MainMenus::makeReview(ReviewActions& review) {
@@ -527,47 +411,6 @@ void MainMenus::update() {
     };
     name("undo", undo.undoActionName, tr("Undo %1"));
     name("redo", undo.redoActionName, tr("Redo %1"));
-}
-
-namespace {
-
-QString lastFolderSetting() { return QStringLiteral("lastFolder"); }
-
-std::optional<QString> remembered(const QString& chosen) {
-    if (chosen.isEmpty()) return std::nullopt;
-    design::keptState::set(lastFolderSetting(), QFileInfo(chosen).absolutePath());
-    return chosen;
-}
-
-} // namespace
-
-std::optional<QString> MainMenus::chosenFile(const QString& caption, const QString& filter) {
-    return remembered(QFileDialog::getOpenFileName(
-        &window_, caption, design::keptState::value(lastFolderSetting()).toString(), filter));
-}
-
-std::optional<QString> MainMenus::placeFor(const QString& caption, const QString& filter,
-                                           const QString& name) {
-    const QDir folder(design::keptState::value(lastFolderSetting(), QDir::homePath()).toString());
-    auto chosen = remembered(QFileDialog::getSaveFileName(&window_, caption, folder.filePath(name), filter));
-    if (chosen && QFileInfo(*chosen).suffix().isEmpty())
-        *chosen += QLatin1Char('.') + QFileInfo(name).suffix();
-    return chosen;
-}
-
-void MainMenus::runWithPath(std::string_view id, const QString& path, std::string_view argument,
-                            bool overwrites, std::function<void()> then) {
-    JSON arguments = JSON::object();
-    arguments.set(argument, utf8(path));
-    if (overwrites) arguments.set("overwrite", true); // the dialog has asked for permission
-    desktop_.run(id, std::move(arguments), [this, overwrites, path, then = std::move(then)](const JSON&) {
-        if (overwrites) confirmSaved(path);
-        if (then) then();
-    });
-}
-
-void MainMenus::confirmSaved(const QString& path) {
-    showToast(&window_, tr("Saved: %1").arg(QFileInfo(path).fileName()));
 }
 
 } // namespace orvane::views

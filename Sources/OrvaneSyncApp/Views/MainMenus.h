@@ -1,15 +1,15 @@
 #pragma once
 
-#include "OrvaneSyncApp/Views/Desktop.h"
+#include "OrvaneSyncApp/Views/FileActions.h"
+#include "OrvaneSyncApp/Views/MenuBarKeys.h"
 #include "OrvaneSyncApp/Views/MenuScreens.h"
 
 #include <QObject>
 #include <QString>
-#include <QStringList>
 
 #include <functional>
 #include <map>
-#include <optional>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -37,16 +37,8 @@ class MainMenus : public QObject {
     /// A key has changed nothing: an undo that comes next would take back what was done before, and says so.
     void noteRefusedKey() { isKeyRefused_ = true; }
 
-  protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
-
   private:
     void takeBack(std::string_view id);
-    void leaveMenuBar();
-    /// For a menu bar that has the keyboard and shows no menu: Qt leaves it so after a second menu.
-    void returnKeyboard();
-    bool isQuittingOverSheet(const QObject& watched, const QEvent& event) const;
-    void quit();
     /// An entry of a menu that runs no command of the table directly.
     struct OwnEntry {
         int order; ///< place among the entries of the table, on their scale
@@ -75,26 +67,15 @@ class MainMenus : public QObject {
     /// Shows the user's keys in the entries that have one.
     void showKeys();
     void listScreens(QMenu* menu);
-    void openProject();
-    void saveProject();
-    void loadReport();
-    void writeReview();
-    void applyReview();
     bool agrees(const Question& question);
     void analyse(const JSON& mode); ///< in the form of the setting
-    void exportClip();
-    /// An existing file, and a file to be written; absent if the user cancels.
-    std::optional<QString> chosenFile(const QString& caption, const QString& filter);
-    std::optional<QString> placeFor(const QString& caption, const QString& filter, const QString& name);
-    /// `then` is called when the command has succeeded.
-    void runWithPath(std::string_view id, const QString& path, std::string_view argument = "path",
-                     bool overwrites = false, std::function<void()> then = {});
-    void confirmSaved(const QString& path);
     bool applies(std::string_view id, const std::vector<UUID>& clips) const;
 
     Desktop& desktop_;
     QMainWindow& window_;
     const Screens screens_;
+    FileActions files_;
+    std::unique_ptr<MenuBarKeys> keysOfBar_;
     std::map<std::string_view, QAction*> ofCommands_;
     std::vector<QAction*> ofAnalysisModes_;
     std::vector<QAction*> filters_;

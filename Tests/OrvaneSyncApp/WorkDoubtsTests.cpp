@@ -217,9 +217,7 @@ TEST_F(WorkDoubtsTest, MenuShowsSoundOfAnotherDayLast) {
         return text;
     };
     EXPECT_EQ(names(clip.id), "B.wav C_240517.wav A_240518.wav ");
-    const auto choices = [&](const UUID& id) {
-        return ResultsViewModel::candidates(controller_->work(), id).size();
-    };
+    const auto choices = [&](const UUID& id) { return recordingCandidates(controller_->work(), id).size(); };
     EXPECT_EQ(choices(menu.id), 3U);
     EXPECT_EQ(choices(clip.id) + choices(UUID::random()), 0U);
     controller_->clips().toggleLocked(menu.id);

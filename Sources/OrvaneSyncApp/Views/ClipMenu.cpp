@@ -2,7 +2,7 @@
 
 #include "OrvaneDesignKit/Icons.h"
 #include "OrvaneSyncApp/ViewModels/Inspector/ClipParts.h"
-#include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
+#include "OrvaneSyncApp/ViewModels/Results/ClipInLists.h"
 #include "OrvaneSyncApp/Views/MatchAgain.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/Translation.h"
@@ -62,10 +62,10 @@ void ClipMenu::run(std::string_view command, const std::vector<UUID>& clips) con
 }
 
 void ClipMenu::addRecordings(QMenu& menu, const UUID& clip) const {
-    const auto candidates = ResultsViewModel::candidates(desktop_.controller().work(), clip);
+    const auto candidates = recordingCandidates(desktop_.controller().work(), clip);
     if (candidates.empty()) return;
     menu.addAction(QObject::tr("Recording of this clip"))->setEnabled(false); // a heading
-    for (const ResultsViewModel::Candidate& one : candidates) {
+    for (const RecordingCandidate& one : candidates) {
         QAction* action =
             menu.addAction(translatedSentence(one.text), of_, [self = *this, clip, match = one.matchID] {
                 JSON arguments = JSON::object();

@@ -17,7 +17,7 @@ using namespace design;
 namespace {
 
 using Column = ResultsViewModel::Column;
-using Certainty = ResultsViewModel::Certainty;
+using Certainty = ClipCertainty;
 
 constexpr int pictureWidth = 64, pictureHeight = 36;
 constexpr int markSide = 16;

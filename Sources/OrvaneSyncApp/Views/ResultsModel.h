@@ -14,7 +14,7 @@
 namespace orvane::views {
 
 /// The colour and glyph that lists show for a certainty.
-design::Signal signal(ResultsViewModel::Certainty certainty);
+design::Signal signal(ClipCertainty certainty);
 /// The name of a file, cut to `width` points. The extension is removed first. Then the name is cut in its
 /// middle, but not in its beginning, which contains the camera's clip number.
 QString elidedFile(const QFontMetrics& metrics, const QString& name, int width);

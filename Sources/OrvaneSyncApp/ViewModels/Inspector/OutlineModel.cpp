@@ -106,7 +106,7 @@ OutlineModel::Row OutlineModel::row(std::size_t index) const {
     row.isExcluded = all([](const SyncGroup& clip) { return clip.isExcludedFromExport; });
     row.certainty = Certainty::silent;
     for (const auto& clip : place.clips) {
-        const Certainty own = ResultsViewModel::certaintyOf(*clip, doubts.contains(clip->id));
+        const Certainty own = certaintyOf(*clip, doubts.contains(clip->id));
         if (urgencyInOutline(own) > urgencyInOutline(row.certainty)) row.certainty = own;
         row.isMovedSinceLock = row.isMovedSinceLock || isMovedSinceLock(*clip);
     }
@@ -271,8 +271,7 @@ std::optional<std::size_t> OutlineModel::takeRowOf(const UUID& groupID) const {
 
 bool OutlineModel::isFound(const std::string& label, const SyncGroup& group) const {
     if (only_ && !only_->contains(group.id)) return false;
-    return search_.isEmpty() ||
-           search_.areIn(ResultsViewModel::searchedText(group, label, controller_.work()));
+    return search_.isEmpty() || search_.areIn(searchedText(group, label, controller_.work()));
 }
 
 } // namespace orvane

@@ -19,7 +19,7 @@ namespace orvane {
 /// Interface thread.
 class OutlineModel {
   public:
-    using Certainty = ResultsViewModel::Certainty;
+    using Certainty = ClipCertainty;
 
     struct Row {
         std::string label;

@@ -3,8 +3,6 @@
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
 #include "OrvaneSyncApp/ViewModels/Results/ShootOrder.h"
 #include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
-#include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
-#include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/EnumTable.h"
 #include "Platform/Text.h"
@@ -17,6 +15,7 @@ namespace orvane {
 
 namespace {
 
+using Certainty = ClipCertainty;
 using Column = ResultsViewModel::Column;
 
 /// Such a column is sorted by its number, not by its text.
@@ -129,22 +128,8 @@ ResultsViewModel::Row ResultsViewModel::row(std::size_t index) const {
     return row;
 }
 
-ResultsViewModel::Certainty ResultsViewModel::certaintyOf(const SyncGroup& group, bool hasDoubts) {
-    switch (group.matchStatus.kind) {
-    case MatchStatus::Kind::unmatched:
-        return Certainty::missing;
-    case MatchStatus::Kind::ambiguous:
-        return Certainty::doubtful;
-    case MatchStatus::Kind::mos:
-        return Certainty::silent;
-    default:
-        break;
-    }
-    return hasDoubts ? Certainty::doubtful : Certainty::settled;
-}
-
-ResultsViewModel::Certainty ResultsViewModel::certaintyOf(const SyncGroup& group, const SyncDoubts& doubts) {
-    const Certainty certainty = certaintyOf(group, doubts.byGroup.contains(group.id));
+ClipCertainty ResultsViewModel::certaintyOf(const SyncGroup& group, const SyncDoubts& doubts) {
+    const Certainty certainty = orvane::certaintyOf(group, doubts.byGroup.contains(group.id));
     return isMovedSinceLock(group) && certainty != Certainty::missing ? Certainty::doubtful : certainty;
 }
 
@@ -156,20 +141,6 @@ std::vector<ResultsViewModel::Doubt> ResultsViewModel::doubts() const {
         result.push_back({messageInWords(one.doubt), std::move(cure), std::move(one.groupIDs)});
     }
     return result;
-}
-
-std::vector<ResultsViewModel::Candidate> ResultsViewModel::candidates(const OpenWork& work,
-                                                                      const UUID& groupID) {
-    const SyncGroup* group = work.syncGroups().find(groupID);
-    if (group == nullptr || group->isLocked) return {};
-    std::vector<Candidate> found;
-    for (const auto& recording : recordingsOf(*group)) {
-        const AudioMatch& first = group->audioMatches[recording.front()];
-        std::string text = recordingText(*group, recording, work.fileNames());
-        text += formatted(", %.1f s of ", first.overlapDurationSeconds) + lengthText(group->video);
-        found.push_back({first.id, std::move(text), found.empty()});
-    }
-    return found.size() > 1 ? found : std::vector<Candidate>();
 }
 
 void ResultsViewModel::follow(const ImportChange& change) {
@@ -291,22 +262,6 @@ void ResultsViewModel::takeRows(std::vector<Place> rows) {
         for (std::size_t i = 0; i < rows_.size(); ++i) rowByGroup_.emplace(rows_[i].clip->id, i);
     }
     listeners_.notify(change);
-}
-
-std::string ResultsViewModel::searchedText(const SyncGroup& group, const std::string& name,
-                                           const OpenWork& work) {
-    const FileNames& files = work.fileNames();
-    std::string text = name + "\n" + files.of(group.video);
-    if (GroupNaming::manualName(group)) {
-        const NamingRules rules = NamingRules::of(*work.environment.settings);
-        text += "\n" + GroupNaming::baseName(group, rules.source, rules.pattern, rules.separator);
-    }
-    for (const AudioMatch& match : group.audioMatches) {
-        text += "\n" + files.of(*match.audio);
-        if (match.audio->ixmlData && match.audio->ixmlData->scene)
-            text += "\n" + *match.audio->ixmlData->scene;
-    }
-    return text;
 }
 
 bool ResultsViewModel::isFound(const SyncGroup& group, const Names& names) const {

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/DerivedFromClips.h"
 #include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/ViewModels/Results/ClipInLists.h"
 #include "OrvaneSyncApp/ViewModels/Results/DoubtCures.h"
 #include "OrvaneSyncCore/Services/Naming/ResultsList.h"
 #include "OrvaneSyncCore/Utilities/SearchWords.h"
@@ -26,19 +27,6 @@ class ResultsViewModel {
     static constexpr std::size_t columnCount = 8;
     static std::string_view title(Column column);
 
-    /// How certain it is that a clip has the right sound.
-    enum class Certainty : std::uint8_t {
-        settled,  ///< matched, without a doubt
-        doubtful, ///< matched with a doubt, or several recordings to choose from
-        missing,  ///< without sound, and without the decision that there should be none
-        silent    ///< without sound by decision
-    };
-
-    static Certainty certaintyOf(const SyncGroup& group, bool hasDoubts);
-    /// The text that a search looks in: the clip's name, its original name if the editor has renamed it, its
-    /// files as rows show them, and the scenes of its recordings.
-    static std::string searchedText(const SyncGroup& group, const std::string& name, const OpenWork& work);
-
     /// Which clips are listed.
     enum class Filter : std::uint8_t {
         all,
@@ -50,7 +38,7 @@ class ResultsViewModel {
     /// A row as it is shown.
     struct Row {
         std::vector<std::string> texts; ///< by column
-        Certainty certainty = Certainty::missing;
+        ClipCertainty certainty = ClipCertainty::missing;
         std::string doubts; ///< messages and cures, one on each line, then why the clip has no settled match
         std::string reason; ///< the first of these, as shown in the row; empty if there are none
         bool isApproved = false;
@@ -120,14 +108,6 @@ class ResultsViewModel {
     /// Changes whenever `doubts` may have changed.
     std::uint64_t doubtsRevision() const { return controller_.derivedDoubts().revision(); }
 
-    /// The recordings of a clip with several, one of which can be chosen.
-    struct Candidate {
-        UUID matchID; ///< of its first file
-        std::string text;
-        bool isFirst = false; ///< the one that is heard
-    };
-    static std::vector<Candidate> candidates(const OpenWork& work, const UUID& groupID);
-
   private:
     struct Place {
         SyncGroupList::Element clip;
@@ -143,7 +123,7 @@ class ResultsViewModel {
     void follow(const ImportChange& change);
     void layOut();
     SyncGroupList listed() const;
-    static Certainty certaintyOf(const SyncGroup& group, const SyncDoubts& doubts);
+    static ClipCertainty certaintyOf(const SyncGroup& group, const SyncDoubts& doubts);
     /// Reports which rows have changed, or that the layout has, if rows were added, removed or moved.
     void takeRows(std::vector<Place> rows);
     using Names = std::map<UUID, std::string>;

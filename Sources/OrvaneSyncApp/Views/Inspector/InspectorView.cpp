@@ -1,6 +1,6 @@
 #include "OrvaneSyncApp/Views/Inspector/InspectorView.h"
 
-#include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
+#include "OrvaneSyncApp/ViewModels/Results/ClipInLists.h"
 #include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
 #include "OrvaneSyncApp/Views/Inspector/ChannelsSection.h"
 #include "OrvaneSyncApp/Views/Inspector/ClipSections.h"
@@ -125,8 +125,7 @@ void InspectorView::refresh() {
     const SyncGroup* clip = id ? desktop_.controller().work().syncGroups().find(*id) : nullptr;
     pages_->setCurrentIndex(clip == nullptr ? 1 : 0);
     if (clip == nullptr) return;
-    const auto certainty =
-        ResultsViewModel::certaintyOf(*clip, desktop_.controller().doubts().byGroup.contains(clip->id));
+    const auto certainty = certaintyOf(*clip, desktop_.controller().doubts().byGroup.contains(clip->id));
     name_ = text(exportedName(desktop_.controller(), *clip, GroupNaming::manualName(*clip).value_or("")));
     showTitle();
     status_->show(signal(certainty), translatedSentence(clip->matchStatus.label()));

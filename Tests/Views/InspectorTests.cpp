@@ -119,6 +119,24 @@ TEST_F(InspectorTest, aRightClickInTheOutlineActsOnAClipWithoutOpeningIt) {
     EXPECT_FALSE(isOpened);
 }
 
+TEST_F(InspectorTest, lockAllIsOnlyForATakeOfSeveralCamerasAlsoAfterAnotherDecision) {
+    const struct {
+        const char* file;
+        bool isAlone;
+    } cases[] = {{"A001C003", true}, {"A001C001", false}};
+    for (const auto& [file, isAlone] : cases) {
+        SCOPED_TRACE(file);
+        open(file);
+        QPushButton& lockAll = button("Lock All Cams in Cluster");
+        EXPECT_TRUE(waitUntil([&, alone = isAlone] { return lockAll.isEnabled() != alone; }));
+        for (const char* decision : {"toggleApproved", "toggleLocked"}) {
+            desktop_->runForClips(decision, {clip(file).id});
+            serve();
+            EXPECT_NE(lockAll.isEnabled(), isAlone) << decision;
+        }
+    }
+}
+
 TEST_F(InspectorTest, fieldsCommitOnReturnRestoreOnEscapeAndSayWhatIsWrong) {
     open("A001C001");
     auto& frames = named<QLineEdit>("Offset in frames");

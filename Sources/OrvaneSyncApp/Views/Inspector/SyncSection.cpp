@@ -104,11 +104,12 @@ void SyncSection::makeAnchor() {
 void SyncSection::makeDecisions() {
     auto* buttons = new FlowLayout;
     buttons->addWidget(lock_ = commandButton("toggleLocked", tr("Lock")));
-    buttons->addWidget(lockAll_ = commandButton("lockAllInCluster", {}, [this] {
-                           JSON arguments = JSON::object();
-                           arguments.set("of", clipID().text());
-                           run("lockAllInCluster", std::move(arguments));
-                       }));
+    buttons->addWidget(lockAll_ = button(translated(desktop().command("lockAllInCluster").title)));
+    connect(lockAll_, &QPushButton::clicked, this, [this] {
+        JSON arguments = JSON::object();
+        arguments.set("of", clipID().text());
+        run("lockAllInCluster", std::move(arguments));
+    });
     buttons->addWidget(approve_ = commandButton("toggleApproved"));
     approve_->setCheckable(true);
     approve_->setIcon(icon(Glyph::approve));
@@ -119,6 +120,7 @@ void SyncSection::makeDecisions() {
 void SyncSection::lookForCameras(const SyncGroup& clip) {
     std::pair of(clip.id, clip.clipName + clip.manualClipName.value_or(""));
     if (camerasOf_ == of) return;
+    if (!camerasOf_ || camerasOf_->first != clip.id) isAlone_ = false; // not known yet
     camerasOf_ = std::move(of);
     const platform::SettingsStore& store = desktop().settings();
     // The names of all clips are made for this.
@@ -137,10 +139,15 @@ void SyncSection::lookForCameras(const SyncGroup& clip) {
         },
         [this, id = clip.id](bool hasOthers) {
             if (!camerasOf_ || camerasOf_->first != id) return;
-            lockAll_->setEnabled(hasOthers);
-            lockAll_->setToolTip(hasOthers ? translated(desktop().command("lockAllInCluster").help)
-                                           : tr("This clip is the only camera of its take."));
+            isAlone_ = !hasOthers;
+            showLockAll();
         });
+}
+
+void SyncSection::showLockAll() {
+    lockAll_->setEnabled(!isAlone_ && desktop().isEnabled("lockAllInCluster", clip()));
+    lockAll_->setToolTip(isAlone_ ? tr("This clip is the only camera of its take.")
+                                  : translated(desktop().command("lockAllInCluster").help));
 }
 
 void SyncSection::showClapCheck() {
@@ -174,6 +181,7 @@ void SyncSection::show(const SyncGroup& clip) {
     shown_ = part;
     showClapCheck();
     lookForCameras(clip);
+    showLockAll();
     if (isSame) return;
     setSummary(part.isLocked ? tr("%1 f, locked").arg(text(part.offsetShown))
                              : tr("%1 f").arg(text(part.offsetShown)));

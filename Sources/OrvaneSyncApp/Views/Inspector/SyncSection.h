@@ -26,8 +26,9 @@ class SyncSection : public InspectorSection {
     QString moveTo(const TypedNumber& typed);
     void moveBy(double seconds);
     void showClapCheck();
-    /// Whether other cameras would be locked with this one.
+    /// Finds out whether other cameras would be locked with this one.
     void lookForCameras(const SyncGroup& clip);
+    void showLockAll();
 
     const std::shared_ptr<ReviewViewModel> review_;
     std::optional<SyncPart> shown_;
@@ -37,7 +38,8 @@ class SyncSection : public InspectorSection {
     QPushButton *goToAnchor_, *putOnFrame_, *clearAnchor_, *updateAnchor_, *searchAnchor_, *clapCheck_,
         *lock_, *lockAll_, *approve_;
     std::optional<std::pair<UUID, std::string>>
-        camerasOf_; ///< the clip whose cameras were looked for, with its names
+        camerasOf_;        ///< the clip whose cameras were looked for, with its names
+    bool isAlone_ = false; ///< the take of that clip has no other camera
     platform::Subscription ofEngine_, ofReview_;
 };
 

@@ -164,6 +164,45 @@ TEST_F(OpeningTest, QuittingAsksWhereWhatWasDecidedIsOnNoDisk) {
     EXPECT_TRUE(waitUntil([&] { return isEnded; }));
 }
 
+TEST_F(OpeningTest, AStartSaysWhatCouldNotBeSavedBeforeUnlessItWasSavedSince) {
+    scan();
+    for (const bool isSavedSince : {true, false}) {
+        SCOPED_TRACE(isSavedSince);
+        const auto& sessions = desktop_->sessions();
+        ASSERT_TRUE(
+            waitUntil([&] { return sessions.currentSession() != nullptr && sessions.unsaved().empty(); }));
+        const std::filesystem::path place =
+            folder_.path("sessions/" + sessions.currentSessionId()->text() + ".orvanesync");
+        std::filesystem::rename(place, folder_.path("aside"));
+        folder_.write("sessions/" + place.filename().string(), "");
+        const auto makeWritable = [&] {
+            std::filesystem::remove(place);
+            std::filesystem::rename(folder_.path("aside"), place);
+        };
+        desktop_->controller().clips().toggleApproved(clip("A001C001").id);
+        bool isEnded = false;
+        {
+            Leaving leaving(*desktop_, *window_, [&] { isEnded = true; });
+            leaving.begin();
+            ASSERT_TRUE(waitUntil([&] { return window_->findChild<QMessageBox*>() != nullptr; }));
+            press(*window_->findChild<QMessageBox*>(), "Quit Anyway");
+            ASSERT_TRUE(waitUntil([&] { return isEnded; }));
+        }
+        if (isSavedSince) {
+            makeWritable();
+            ASSERT_TRUE(waitUntil([&, saved = desktop_->sessions().flush()] { return saved.isDone(); }));
+        }
+        window_.reset();
+        desktop_.reset();
+        if (!isSavedSince) makeWritable();
+        begin();
+        window_->openNewestSession();
+        ASSERT_TRUE(waitUntil([&] { return !bannerText().isEmpty() && !window_->isOpeningNewest(); }));
+        EXPECT_EQ(bannerText().contains("1 clip after that could not be saved"), !isSavedSince)
+            << bannerText().toStdString();
+    }
+}
+
 TEST_F(OpeningTest, ANewScanIsLeftWithoutATraceAndActsOnNoClip) {
     scan();
     auto* pages = window_->findChild<QStackedWidget*>();

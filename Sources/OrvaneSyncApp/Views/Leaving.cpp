@@ -22,7 +22,11 @@ namespace {
 
 constexpr int looksOfStall = 10; // one each second
 
+/// Holds the number of clips with changes that were not saved, and the time of the last change, in
+/// milliseconds since 1970.
 QString leftUnsavedKey(const UUID& session) { return QStringLiteral("unsaved/") + text(session.text()); }
+
+qlonglong milliseconds(Date date) { return date.time_since_epoch().count(); }
 
 /// The path in a message of the form "groups.json: can't write PATH: why".
 std::string pathIn(std::string_view failure) {
@@ -47,11 +51,13 @@ QString whyNotSaved(const std::string& failure) {
     return translatedSentence(failure);
 }
 
-int takeLeftUnsaved(const UUID& session) {
-    const QString key = leftUnsavedKey(session);
-    const int clips = design::keptState::value(key, 0).toInt();
-    if (clips > 0) design::keptState::remove(key);
-    return clips;
+int takeLeftUnsaved(const SessionInfo& session) {
+    const QString key = leftUnsavedKey(session.id);
+    const QVariantList left = design::keptState::value(key).toList();
+    if (left.size() != 2) return 0;
+    design::keptState::remove(key);
+    const bool isSavedSince = milliseconds(session.modified) >= left[1].toLongLong();
+    return isSavedSince ? 0 : left[0].toInt();
 }
 
 Leaving::Leaving(Desktop& desktop, QWidget& window, std::function<void()> end)
@@ -124,8 +130,11 @@ void Leaving::ask(const QString& stalled) {
             isAsked_ = false;
             if (answer != quit) return;
             for (const auto& one : desktop_.sessions().unsaved()) // what was saved meanwhile is not in it
-                if (one.clips > 0)
-                    design::keptState::set(leftUnsavedKey(one.id), static_cast<int>(one.clips));
+                if (const SessionInfo* session = desktop_.sessions().session(one.id);
+                    session != nullptr && one.clips > 0)
+                    design::keptState::set(
+                        leftUnsavedKey(one.id),
+                        QVariantList{static_cast<int>(one.clips), milliseconds(session->modified)});
             design::keptState::finish();
             end_();
         },

@@ -39,8 +39,8 @@ class Leaving {
 /// full".
 QString whyNotSaved(const std::string& failure);
 
-/// The number of the session's clips whose changes were not saved when the program was quit; 0: none. Forgets
-/// the number.
-int takeLeftUnsaved(const UUID& session);
+/// The number of the session's clips whose changes were not saved when the program was quit; 0: none, or the
+/// session was saved since. Forgets the number.
+int takeLeftUnsaved(const SessionInfo& session);
 
 } // namespace orvane::views

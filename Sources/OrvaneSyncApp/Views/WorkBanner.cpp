@@ -194,7 +194,7 @@ void WorkBanner::showKnown(const SessionInfo& session, std::function<void()> ope
 }
 
 void WorkBanner::showSession(const SessionInfo& session) {
-    if (const int unsaved = takeLeftUnsaved(session.id); unsaved > 0)
+    if (const int unsaved = takeLeftUnsaved(session); unsaved > 0)
         show(Signal::doubtful, leftUnsavedText(session, unsaved));
     else if (mustListenAgain(desktop_.controller()))
         show(Signal::none,
@@ -204,7 +204,7 @@ void WorkBanner::showSession(const SessionInfo& session) {
 void WorkBanner::showSessionOfStart(const SessionInfo& session, std::function<void()> newScan) {
     // A message about what is wrong, or about what came with the session, is more important.
     if (!text().isEmpty() || desktop_.controller().work().syncGroups().empty()) return;
-    const int unsaved = takeLeftUnsaved(session.id);
+    const int unsaved = takeLeftUnsaved(session);
     const QString sentence = unsaved > 0 ? leftUnsavedText(session, unsaved)
                                          : (mustListenAgain(desktop_.controller())
                                                 ? tr("The session “%1” is open as it was last saved, %2. "

@@ -2,7 +2,7 @@
 # a loadable module or a media helper of another build. A build of the same headers gives the same number on every machine; a
 # change of one of them makes CMake run again first.
 file(GLOB_RECURSE headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/Sources/Platform/*.h)
-list(APPEND headers ${PROJECT_SOURCE_DIR}/Sources/Platform/MediaHelper/HelperMessages.cpp)
+list(APPEND headers ${PROJECT_SOURCE_DIR}/Sources/Platform/MediaHelper/HelperSocket.cpp)
 list(SORT headers)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${headers})
 # Other compilers and sanitizers lay out the same types differently.

@@ -9,6 +9,7 @@
 #include "OrvaneSyncCLI/Table.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "Platform/CredentialStore.h"
+#include "Platform/OnQueue.h"
 #include "Platform/Text.h"
 
 #include <algorithm>

@@ -5,6 +5,7 @@
 #include "OrvaneSyncCLI/PendingMessageLimit.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
 #include "Platform/Completion.h"
+#include "Platform/FileSettingsStore.h"
 #include "Platform/Interrupt.h"
 #include "Platform/Playback/Player.h"
 #include "Platform/Text.h"

@@ -6,6 +6,7 @@
 #include "OrvaneSyncCore/Models/SettingValues.h"
 #include "OrvaneSyncCore/Utilities/NearestWord.h"
 #include "Platform/BrowserSession.h"
+#include "Platform/FileSettingsStore.h"
 #include "Platform/Text.h"
 
 #include <algorithm>

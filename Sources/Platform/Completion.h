@@ -1,7 +1,12 @@
 #pragma once
 
+#include "Platform/MainThread.h"
+#include "Platform/Resumption.h"
+#include "Platform/Stop.h"
 #include "Platform/Task.h"
 
+#include <coroutine>
+#include <functional>
 #include <memory>
 #include <stop_token>
 #include <utility>

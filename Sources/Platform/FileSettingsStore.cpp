@@ -1,6 +1,7 @@
+#include "Platform/FileSettingsStore.h"
+
 #include "Platform/FileLock.h"
 #include "Platform/Files.h"
-#include "Platform/SettingsStore.h"
 
 #include <algorithm>
 #include <cerrno>

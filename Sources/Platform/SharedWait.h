@@ -1,5 +1,8 @@
 #pragma once
 
+#include "Platform/MainThread.h"
+#include "Platform/Resumption.h"
+#include "Platform/Stop.h"
 #include "Platform/Task.h"
 
 #include <coroutine>

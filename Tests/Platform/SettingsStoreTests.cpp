@@ -1,3 +1,4 @@
+#include "Platform/FileSettingsStore.h"
 #include "Platform/Files.h"
 #include "Platform/SettingsStore.h"
 

@@ -1,3 +1,4 @@
+#include "Platform/OnQueue.h"
 #include "Platform/Stop.h"
 #include "Platform/Task.h"
 #include "Support/Test.h"

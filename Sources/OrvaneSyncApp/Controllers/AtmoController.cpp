@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Models/Settings/Sound.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
+#include "Platform/OnQueue.h"
 #include "Platform/SHA256.h"
 
 #include <algorithm>

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Takes/ReadFailed.h"
 #include "Platform/Files.h"
+#include "Platform/OnQueue.h"
 #include "Platform/Random.h"
 #include "Platform/Text.h"
 

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Export/ExportCameras.h"
+#include "Platform/OnQueue.h"
 
 #include <algorithm>
 

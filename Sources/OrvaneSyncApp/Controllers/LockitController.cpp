@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Services/Network/LockitMatches.h"
 #include "Platform/Completion.h"
+#include "Platform/OnQueue.h"
 #include "Platform/Stop.h"
 #include "Platform/Text.h"
 

@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
 #include "OrvaneSyncCore/Utilities/Base64.h"
 #include "Platform/InterfaceThread.h"
+#include "Platform/OnQueue.h"
 #include "Platform/Text.h"
 
 #include <algorithm>

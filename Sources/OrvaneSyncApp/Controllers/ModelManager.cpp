@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Services/ModelStorage/ModelDownloader.h"
 #include "OrvaneSyncCore/Services/ModelStorage/ModelStorage.h"
+#include "Platform/OnQueue.h"
 
 #include <algorithm>
 #include <exception>

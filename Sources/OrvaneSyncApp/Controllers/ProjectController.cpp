@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/ProjectTracks.h"
 #include "OrvaneSyncApp/Controllers/WorkInputs.h"
 #include "Platform/Files.h"
+#include "Platform/OnQueue.h"
 
 #include <algorithm>
 #include <exception>

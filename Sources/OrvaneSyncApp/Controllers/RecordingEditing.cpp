@@ -8,6 +8,7 @@
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
+#include "Platform/OnQueue.h"
 #include "Platform/Text.h"
 
 #include <algorithm>

@@ -7,6 +7,7 @@
 #include "OrvaneSyncCore/Services/SmartAudio/MasterGain.h"
 #include "OrvaneSyncCore/Services/Takes/ReadFailed.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
+#include "Platform/OnQueue.h"
 
 #include <exception>
 #include <stop_token>

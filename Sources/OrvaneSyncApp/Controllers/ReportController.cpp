@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Metadata/ImportedMetadataClearing.h"
+#include "Platform/OnQueue.h"
 #include "Platform/Text.h"
 
 #include <algorithm>

@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/Ingest/CameraCopies.h"
 #include "OrvaneSyncCore/Services/Matching/ProxyFiles.h"
 #include "OrvaneSyncCore/Services/Matching/TakeStarts.h"
+#include "Platform/OnQueue.h"
 #include "Platform/Stop.h"
 
 #include <chrono>

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/SessionFolderList.h"
 
+#include "Platform/OnQueue.h"
 #include "Platform/Text.h"
 
 #include <algorithm>

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/SessionWrites.h"
 
+#include "Platform/OnQueue.h"
 #include "Platform/Text.h"
 
 #include <algorithm>

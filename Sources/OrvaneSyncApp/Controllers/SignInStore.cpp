@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/SignInStore.h"
 
 #include "Platform/JSON.h"
+#include "Platform/OnQueue.h"
 #include "Platform/Text.h"
 
 #include <utility>

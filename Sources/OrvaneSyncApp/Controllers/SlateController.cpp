@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "Platform/OnQueue.h"
 
 #include <algorithm>
 #include <exception>

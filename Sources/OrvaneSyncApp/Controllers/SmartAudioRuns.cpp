@@ -8,6 +8,7 @@
 #include "OrvaneSyncCore/Services/Takes/ReadFailed.h"
 #include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformAlongside.h"
+#include "Platform/OnQueue.h"
 
 #include <algorithm>
 #include <exception>

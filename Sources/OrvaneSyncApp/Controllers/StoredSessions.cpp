@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/StoredSessions.h"
 
 #include "OrvaneSyncApp/Controllers/OpenSession.h"
+#include "Platform/OnQueue.h"
 
 #include <set>
 #include <string>

@@ -8,6 +8,7 @@
 #include "OrvaneSyncCore/Services/Stems/BanditStemSeparator.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/CredentialStore.h"
+#include "Platform/FileSettingsStore.h"
 #include "Platform/Files.h"
 #include "Platform/InterfaceThread.h"
 #include "Platform/MediaInspector.h"

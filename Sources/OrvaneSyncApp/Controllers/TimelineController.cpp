@@ -7,6 +7,7 @@
 #include "OrvaneSyncCore/Services/Takes/ReadFailed.h"
 #include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformReduction.h"
+#include "Platform/OnQueue.h"
 
 #include <algorithm>
 #include <cmath>

@@ -6,6 +6,7 @@
 #include "OrvaneSyncCore/Services/Matching/MatchRules.h"
 #include "OrvaneSyncCore/Services/Naming/ResultsList.h"
 #include "Platform/Files.h"
+#include "Platform/OnQueue.h"
 #include "Platform/Stop.h"
 #include "Timecode/TimecodeFrameRate.h"
 

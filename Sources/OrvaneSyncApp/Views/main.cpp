@@ -15,6 +15,7 @@
 #include "OrvaneSyncCore/Services/RenderedAudio/RenderedAudioStore.h"
 #include "OrvaneSyncCore/Services/Stems/StemCache.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformCache.h"
+#include "Platform/FileSettingsStore.h"
 #include "Platform/InterfaceThread.h"
 #include "Platform/Interrupt.h"
 #include "Platform/KeyRepeat.h"

@@ -1,5 +1,7 @@
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
 
+#include "Platform/OnQueue.h"
+
 #include <algorithm>
 #include <exception>
 #include <stdexcept>

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "Platform/MediaHelper/HelperMemory.h"
 #include "Platform/MediaHelper/HelperMessages.h"
+#include "Platform/MediaHelper/HelperSocket.h"
+#include "Platform/MediaHelper/MessageCoding.h"
 
 #include <memory>
 #include <mutex>

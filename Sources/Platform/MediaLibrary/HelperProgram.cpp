@@ -1,5 +1,8 @@
 #include "Platform/InterfaceVersion.h"
+#include "Platform/MediaHelper/HelperMemory.h"
 #include "Platform/MediaHelper/HelperMessages.h"
+#include "Platform/MediaHelper/HelperSocket.h"
+#include "Platform/MediaHelper/MessageCoding.h"
 #include "Platform/MediaLibrary/ClaimedFrames.h"
 #include "Platform/MediaLibrary/FileInput.h"
 #include "Platform/MediaLibrary/LibavFile.h"

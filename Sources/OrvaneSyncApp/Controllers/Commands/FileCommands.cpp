@@ -7,6 +7,7 @@
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncApp/Controllers/WorkInputs.h"
 #include "Platform/Files.h"
+#include "Platform/OnQueue.h"
 #include "Platform/Stop.h"
 
 #include <memory>

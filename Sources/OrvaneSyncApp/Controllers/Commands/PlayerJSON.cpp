@@ -2,6 +2,7 @@
 #include "OrvaneSyncApp/Controllers/WorkInputs.h"
 
 #include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
+#include "Platform/OnQueue.h"
 #include "Platform/Playback/PicturePNG.h"
 
 namespace orvane::commands {

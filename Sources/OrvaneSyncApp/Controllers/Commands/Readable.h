@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 #include "OrvaneSyncCore/Models/FileURL.h"
+#include "Platform/OnQueue.h"
 #include "Platform/Task.h"
 
 #include <memory>

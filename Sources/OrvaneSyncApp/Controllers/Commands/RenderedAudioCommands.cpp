@@ -2,6 +2,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
+#include "Platform/OnQueue.h"
 
 #include <memory>
 #include <optional>

@@ -6,6 +6,7 @@
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncApp/Controllers/WorkInputs.h"
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "Platform/OnQueue.h"
 #include "Platform/Stop.h"
 
 #include <algorithm>

@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/Persistence/PresetManager.h"
 #include "OrvaneSyncCore/Services/Persistence/ScreenSettings.h"
 #include "OrvaneSyncCore/Services/Shortcuts/ShortcutSettings.h"
+#include "Platform/OnQueue.h"
 
 namespace orvane::commands {
 

@@ -2,6 +2,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "Platform/OnQueue.h"
 #include "Platform/TextRecognizer.h"
 
 #include <algorithm>

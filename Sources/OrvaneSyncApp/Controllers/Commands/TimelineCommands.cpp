@@ -7,6 +7,7 @@
 #include "OrvaneSyncCore/Services/Naming/SidebarOutline.h"
 #include "OrvaneSyncCore/Services/Review/AlternateAudio.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformReduction.h"
+#include "Platform/OnQueue.h"
 
 #include <algorithm>
 #include <iterator>

@@ -4,6 +4,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/WorkDiagnosis.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
 #include "OrvaneSyncCore/Services/Matching/MatchRules.h"
+#include "Platform/OnQueue.h"
 
 #include <algorithm>
 

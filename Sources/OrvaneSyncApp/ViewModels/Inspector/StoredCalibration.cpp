@@ -1,5 +1,7 @@
 #include "OrvaneSyncApp/ViewModels/Inspector/StoredCalibration.h"
 
+#include "Platform/OnQueue.h"
+
 #include <utility>
 
 namespace orvane {

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/ViewModels/Review/SyncLens.h"
 
 #include "OrvaneSyncCore/Services/Takes/ClipSound.h"
+#include "Platform/OnQueue.h"
 #include "Platform/Playback/FrameReader.h"
 
 #include <algorithm>

@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Services/Network/LockitNetworkClient.h"
 
+#include "Platform/OnQueue.h"
+
 #include <algorithm>
 #include <string_view>
 #include <utility>

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
+#include "Platform/FileSettingsStore.h"
 #include "Platform/Files.h"
 
 namespace orvane {

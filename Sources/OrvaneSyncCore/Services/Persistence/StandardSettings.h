@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/FileSettingsStore.h"
 #include "Platform/SettingsStore.h"
 
 #include <memory>

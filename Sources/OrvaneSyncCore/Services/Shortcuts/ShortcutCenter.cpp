@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Shortcuts/ShortcutSettings.h"
 #include "Platform/Files.h"
+#include "Platform/OnQueue.h"
 
 #include <cassert>
 #include <utility>

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Waveform/WaveformCache.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformReduction.h"
+#include "Platform/OnQueue.h"
 #include "Platform/Stop.h"
 
 #include <algorithm>

@@ -1,7 +1,8 @@
-#include "Platform/MediaHelper/HelperMessages.h"
+#include "Platform/MediaHelper/HelperSocket.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <sys/socket.h>
 
 namespace orvane::platform::helper {

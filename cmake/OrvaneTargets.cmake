@@ -62,9 +62,17 @@ endfunction()
 
 # orvane_loadable_module(<target> <libraries>...)
 # One folder below Sources/Platform, one library that the program loads at its first use (Platform/Modules.h). It is built
-# with the platform and installed where the program searches for it.
+# with the platform and installed where the program searches for it. A header of the folder has the library's file name.
 function(orvane_loadable_module target)
     file(GLOB sources CONFIGURE_DEPENDS *.cpp *.h)
+    set(names)
+    foreach(source IN LISTS sources)
+        file(STRINGS ${source} found REGEX "fileName = \"lib${target}\\.so\"")
+        list(APPEND names ${found})
+    endforeach()
+    if(NOT names)
+        message(FATAL_ERROR "no header of ${CMAKE_CURRENT_SOURCE_DIR} has fileName = \"lib${target}.so\"")
+    endif()
     add_library(${target} MODULE ${sources})
     set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
     target_link_libraries(${target} PRIVATE orvane_options ${ARGN})

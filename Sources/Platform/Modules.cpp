@@ -28,13 +28,13 @@ void* entryPoint(std::span<const std::string> absolutePaths, const char* functio
     return nullptr;
 }
 
-Found<void> find(std::span<const std::string> folders, const char* fileName, const char* entryPoint) {
+Found<void> find(std::span<const std::string> folders, const char* fileName) {
     std::string problem = std::string(fileName) + " is missing beside the program";
     for (const std::string& folder : folders) {
         const std::string path = folder + "/" + fileName;
         std::error_code error;
         if (!std::filesystem::exists(path, error)) continue;
-        const auto entry = reinterpret_cast<const void* (*)()>(modules::entryPoint({&path, 1}, entryPoint));
+        const auto entry = reinterpret_cast<decltype(&orvaneModule)>(entryPoint({&path, 1}, "orvaneModule"));
         if (entry == nullptr) {
             problem = path + " can't be loaded; install OrvaneSync again, with the libraries that it needs";
             continue;

@@ -8,13 +8,15 @@
 #include <type_traits>
 #include <vector>
 
+/// Defined by each loadable module, and by nothing else: its record of functions.
+extern "C" __attribute__((visibility("default"))) const void* orvaneModule();
+
 namespace orvane::platform {
 
 /// Heavy libraries are linked by modules of our own (shared objects) that are loaded at their first use. Each
-/// exports one function that returns a record of functions:
+/// defines `orvaneModule`, which returns its record of functions:
 ///
 ///     struct NetworkModule {
-///         static constexpr const char* entryPoint = "orvaneNetworkModule";
 ///         static constexpr const char* fileName = "liborvane_network.so";
 ///         std::uint64_t version = interfaceVersion;       // first member
 ///         ...
@@ -40,13 +42,13 @@ struct Found {
 };
 
 /// The record of the first module of this interface in the folders, as `Found`.
-Found<void> find(std::span<const std::string> folders, const char* fileName, const char* entryPoint);
+Found<void> find(std::span<const std::string> folders, const char* fileName);
 
 template <class Module>
 Found<Module> load(std::span<const std::string> folders) {
     static_assert(std::is_standard_layout_v<Module> &&
                   std::is_same_v<decltype(Module::version), std::uint64_t>);
-    const Found<void> found = find(folders, Module::fileName, Module::entryPoint);
+    const Found<void> found = find(folders, Module::fileName);
     return {static_cast<const Module*>(found.module), found.problem};
 }
 

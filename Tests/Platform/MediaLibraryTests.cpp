@@ -1,5 +1,6 @@
 #include "MediaFactory/MediaFactory.h"
 #include "Platform/AudioFile.h"
+#include "Platform/Files.h"
 #include "Platform/MediaHelper/HelperProcess.h"
 #include "Platform/MediaHelper/MediaLibraryClient.h"
 #include "Platform/MediaInspectionText.h"
@@ -51,7 +52,6 @@ std::vector<float> readAll(platform::AudioFile& file, int channel, std::size_t b
 }
 
 struct TestModule {
-    static constexpr const char* entryPoint = "testModule";
     static constexpr const char* fileName = "libtest_module.so";
     std::uint64_t version = platform::interfaceVersion;
 };
@@ -68,6 +68,18 @@ TEST(MediaLibrary, isFoundBesideTheProgramAndMayBeMissing) {
     EXPECT_NE(found.problem.find("can't be loaded"), std::string::npos) << found.problem;
     const std::array names = {std::string("libm.so.6")};
     EXPECT_EQ(platform::modules::entryPoint(names, "cos"), nullptr);
+}
+
+TEST(Modules, ofThisBuildHaveTheirRecords) {
+    std::size_t count = 0;
+    for (const std::string& folder : platform::modules::programFolders())
+        for (const std::string& name :
+             platform::files::childNames(folder).value_or(std::vector<std::string>())) {
+            if (!name.starts_with("liborvane_") || !name.ends_with(".so")) continue;
+            EXPECT_EQ(platform::modules::find({&folder, 1}, name.c_str()).problem, "");
+            ++count;
+        }
+    EXPECT_GT(count, 0U);
 }
 
 TEST(MediaLibrary, reportsWhenItsAnswerIsNotFinal) {

@@ -1,10 +1,11 @@
+#include "Platform/Modules.h"
 #include "Platform/Network/CurlClient.h"
 #include "Platform/Network/Hashing.h"
 #include "Platform/Network/NetworkModule.h"
 
 #include <curl/curl.h>
 
-extern "C" __attribute__((visibility("default"))) const void* orvaneNetworkModule() {
+const void* orvaneModule() {
     using orvane::platform::NetworkModule;
     static const NetworkModule module{
         orvane::platform::interfaceVersion, orvane::platform::curlClient,

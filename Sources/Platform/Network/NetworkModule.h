@@ -12,7 +12,6 @@ namespace orvane::platform {
 
 /// The functions of the loadable module of network libraries.
 struct NetworkModule {
-    static constexpr const char* entryPoint = "orvaneNetworkModule";
     static constexpr const char* fileName = "liborvane_network.so";
 
     std::uint64_t version = interfaceVersion;

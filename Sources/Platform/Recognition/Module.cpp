@@ -1,7 +1,8 @@
+#include "Platform/Modules.h"
 #include "Platform/Recognition/RecognitionModule.h"
 #include "Platform/Recognition/TesseractRecognizer.h"
 
-extern "C" __attribute__((visibility("default"))) const void* orvaneRecognitionModule() {
+const void* orvaneModule() {
     using orvane::platform::RecognitionModule;
     static const RecognitionModule module{orvane::platform::interfaceVersion,
                                           orvane::platform::tesseractRecognizer,

@@ -9,7 +9,6 @@ namespace orvane::platform {
 
 /// The functions of the loadable module of text recognition.
 struct RecognitionModule {
-    static constexpr const char* entryPoint = "orvaneRecognitionModule";
     static constexpr const char* fileName = "liborvane_recognition.so";
 
     std::uint64_t version = interfaceVersion;

@@ -1,3 +1,4 @@
+#include "Platform/Modules.h"
 #include "Platform/SecretService/SecretServiceModule.h"
 
 #include <algorithm>
@@ -265,7 +266,7 @@ Answer unlock() {
 
 } // namespace orvane::platform
 
-extern "C" __attribute__((visibility("default"))) const void* orvaneSecretServiceModule() {
+const void* orvaneModule() {
     using orvane::platform::SecretServiceModule;
     static const SecretServiceModule module{orvane::platform::interfaceVersion, orvane::platform::save,
                                             orvane::platform::read, orvane::platform::remove,

@@ -14,7 +14,6 @@ namespace orvane::platform {
 /// as a person needs to unlock it; `mayAsk`: whether the desktop may ask for that, once. A store that was
 /// restarted is found again. None of the calls throws.
 struct SecretServiceModule {
-    static constexpr const char* entryPoint = "orvaneSecretServiceModule";
     static constexpr const char* fileName = "liborvane_secret_service.so";
 
     enum class Answer {

@@ -1,7 +1,8 @@
+#include "Platform/Modules.h"
 #include "Platform/SoundLibrary/SoundLibraries.h"
 #include "Platform/SoundLibrary/SoundModule.h"
 
-extern "C" __attribute__((visibility("default"))) const void* orvaneSoundModule() {
+const void* orvaneModule() {
     using namespace orvane::platform;
     static const SoundModule module{interfaceVersion, portAudioDevices, soundTouchTempoChange,
                                     [] { return portAudioVersion() + ", " + soundTouchVersion(); }};

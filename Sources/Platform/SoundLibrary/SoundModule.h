@@ -12,7 +12,6 @@ namespace orvane::platform {
 
 /// The functions of the loadable module of sound libraries.
 struct SoundModule {
-    static constexpr const char* entryPoint = "orvaneSoundModule";
     static constexpr const char* fileName = "liborvane_sound.so";
 
     std::uint64_t version = interfaceVersion;

@@ -67,14 +67,15 @@ TEST(AudioPass, endsWhereTheFileDoes) {
 
 /// On one thread and on several; also in a window that is as long as the file.
 TEST(AudioPass, readsNothingMoreAfterAStop) {
-    struct Stopping final : AudioListener {
+    struct Stopping final : SplittableListener {
         explicit Stopping(std::stop_source source) : stop(std::move(source)) {}
         void samples(std::span<const float* const> /*channels*/, std::size_t /*frames*/) override {
             if (++*pieces == 3) stop.request_stop();
         }
-        std::unique_ptr<AudioListener> sibling(std::size_t /*firstFrame*/) const override {
+        std::unique_ptr<SplittableListener> sibling(std::size_t /*firstFrame*/) const override {
             return std::make_unique<Stopping>(*this);
         }
+        void append(SplittableListener& /*behind*/) override {}
         std::stop_source stop;
         std::shared_ptr<std::atomic<int>> pieces = std::make_shared<std::atomic<int>>(0);
     };

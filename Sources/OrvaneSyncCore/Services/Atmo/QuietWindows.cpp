@@ -29,11 +29,11 @@ void QuietWindows::windowEnded() {
     inWindow_ = 0;
 }
 
-std::unique_ptr<AudioListener> QuietWindows::sibling(std::size_t /*firstFrame*/) const {
+std::unique_ptr<SplittableListener> QuietWindows::sibling(std::size_t /*firstFrame*/) const {
     return std::make_unique<QuietWindows>(sums_.size(), windowFrames_);
 }
 
-void QuietWindows::append(AudioListener& behind) {
+void QuietWindows::append(SplittableListener& behind) {
     auto& other = dynamic_cast<QuietWindows&>(behind);
     for (std::size_t channel = 0; channel < rms.size(); ++channel)
         rms[channel].insert(rms[channel].end(), other.rms[channel].begin(), other.rms[channel].end());

@@ -9,7 +9,7 @@ namespace orvane {
 
 /// The level of each channel in consecutive windows, starting again at each window of the pass. An incomplete
 /// window at the end of a window of the pass is dropped.
-class QuietWindows : public AudioListener {
+class QuietWindows : public SplittableListener {
   public:
     QuietWindows(std::size_t channels, std::size_t windowFrames)
         : rms(channels), windowFrames_(windowFrames), sums_(channels, 0.0) {}
@@ -18,8 +18,8 @@ class QuietWindows : public AudioListener {
 
     void samples(std::span<const float* const> channels, std::size_t frames) override;
     void windowEnded() override;
-    std::unique_ptr<AudioListener> sibling(std::size_t firstFrame) const override;
-    void append(AudioListener& behind) override;
+    std::unique_ptr<SplittableListener> sibling(std::size_t firstFrame) const override;
+    void append(SplittableListener& behind) override;
 
   private:
     std::size_t windowFrames_;

@@ -28,8 +28,6 @@ constexpr std::size_t windowsPerShare = 16;
 /// With thousands of channels the separate measurements of the shares would need more memory than the sound.
 constexpr std::size_t mostChannelsInShares = 64;
 
-using Listeners = std::vector<std::unique_ptr<AudioListener>>;
-
 /// Reads for one thread.
 class PieceReader {
   public:
@@ -78,15 +76,16 @@ class PieceReader {
 };
 
 /// Counts the windows that all threads have read.
-class HeardWindows : public AudioListener {
+class HeardWindows : public SplittableListener {
   public:
     HeardWindows(const std::function<void(double)>& progress, std::size_t planned)
         : count_(std::make_shared<Count>(progress, planned)) {}
 
     void windowEnded() override { count_->add(); }
-    std::unique_ptr<AudioListener> sibling(std::size_t /*firstFrame*/) const override {
+    std::unique_ptr<SplittableListener> sibling(std::size_t /*firstFrame*/) const override {
         return std::make_unique<HeardWindows>(*this);
     }
+    void append(SplittableListener& /*behind*/) override {} // siblings have the same count
 
   private:
     class Count {
@@ -117,7 +116,7 @@ class HeardWindows : public AudioListener {
 
 /// The results for the windows that one thread read at a time.
 struct Share {
-    Listeners listeners;
+    std::vector<std::unique_ptr<SplittableListener>> listeners;
     bool isWhole = false;
 };
 
@@ -125,13 +124,14 @@ std::size_t ceilingOf(std::size_t count, std::size_t size) {
     return count / size + (count % size == 0 ? 0 : 1);
 }
 
-Listeners siblings(std::span<AudioListener* const> listeners, std::size_t firstFrame) {
-    Listeners made;
-    for (const AudioListener* listener : listeners) {
-        made.push_back(listener->sibling(firstFrame));
-        if (!made.back()) return {};
+/// Empty if not all of them are splittable.
+std::vector<SplittableListener*> splittable(std::span<AudioListener* const> listeners) {
+    std::vector<SplittableListener*> all;
+    for (AudioListener* listener : listeners) {
+        all.push_back(dynamic_cast<SplittableListener*>(listener));
+        if (all.back() == nullptr) return {};
     }
-    return made;
+    return all;
 }
 
 } // namespace
@@ -188,16 +188,15 @@ void FirstWindows::windowEnded() {
     listener_->windowEnded();
 }
 
-std::unique_ptr<AudioListener> FirstWindows::sibling(std::size_t firstFrame) const {
+std::unique_ptr<SplittableListener> FirstWindows::sibling(std::size_t firstFrame) const {
     auto inner = listener_->sibling(firstFrame);
-    if (!inner) return nullptr;
     const std::size_t before = std::min(firstFrame / windowFrames_, windows_);
     auto made = std::make_unique<FirstWindows>(*inner, windows_ - before, windowFrames_);
     made->own_ = std::move(inner);
     return made;
 }
 
-void FirstWindows::append(AudioListener& behind) {
+void FirstWindows::append(SplittableListener& behind) {
     listener_->append(*dynamic_cast<FirstWindows&>(behind).listener_);
 }
 
@@ -209,8 +208,9 @@ void AudioPass::run(platform::AudioFile& file, std::span<AudioListener* const> l
     std::vector<AudioListener*> all(listeners.begin(), listeners.end());
     if (progress) all.push_back(&heard);
     const bool canShare = concurrency > 1 && planned > windowsPerShare && channels <= mostChannelsInShares;
-    if (canShare && file.another() && !siblings(all, 0).empty())
-        runInShares(file, all, planned);
+    const auto shared = splittable(all);
+    if (canShare && !shared.empty() && file.another())
+        runInShares(file, shared, planned);
     else
         runInOrder(file, all);
 }
@@ -222,15 +222,17 @@ void AudioPass::runInOrder(platform::AudioFile& file, std::span<AudioListener* c
     while (window < windows && reader.readWindow(windowFrames)) ++window;
 }
 
-void AudioPass::runInShares(const platform::AudioFile& file, std::span<AudioListener* const> listeners,
+void AudioPass::runInShares(const platform::AudioFile& file, std::span<SplittableListener* const> listeners,
                             std::size_t planned) const {
     std::vector<Share> heard(ceilingOf(planned, windowsPerShare));
     const auto hearShare = [&](std::size_t i) {
         Share& share = heard[i];
         const std::size_t first = i * windowsPerShare;
-        share.listeners = siblings(listeners, first * windowFrames);
         std::vector<AudioListener*> own;
-        for (const auto& listener : share.listeners) own.push_back(listener.get());
+        for (const SplittableListener* listener : listeners) {
+            share.listeners.push_back(listener->sibling(first * windowFrames));
+            own.push_back(share.listeners.back().get());
+        }
         const auto hand = file.another();
         if (!hand->seek(firstFrame + static_cast<std::int64_t>(first * windowFrames))) return;
         PieceReader reader(*hand, channels, own, stop);

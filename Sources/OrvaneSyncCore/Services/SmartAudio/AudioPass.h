@@ -43,8 +43,8 @@ class AudioPiece {
     mutable std::vector<char> isMeasured_;                ///< one for each channel
 };
 
-/// Measures a recording during a pass over the file. Each piece of samples lies within one window; every
-/// sample is finite.
+/// Measures a recording during a pass over the file, with all samples in order. Each piece of samples lies
+/// within one window; every sample is finite.
 class AudioListener {
   public:
     virtual ~AudioListener() = default;
@@ -53,30 +53,34 @@ class AudioListener {
     /// The next `frames` samples of each channel.
     virtual void samples(std::span<const float* const> /*channels*/, std::size_t /*frames*/) {}
     virtual void windowEnded() {}
+};
 
-    /// Creates a listener of the same kind for windows that another thread reads; the first of them begins at
-    /// `firstFrame` of the pass. Null for a listener that needs all samples in order; then the whole pass
-    /// reads the file in order.
-    virtual std::unique_ptr<AudioListener> sibling(std::size_t /*firstFrame*/) const { return nullptr; }
+/// A listener whose measurements of consecutive windows can be joined. If all listeners of a pass are,
+/// several threads may read the file.
+class SplittableListener : public AudioListener {
+  public:
+    /// Creates a listener of the same class for windows that another thread reads; the first of them begins
+    /// at `firstFrame` of the pass.
+    virtual std::unique_ptr<SplittableListener> sibling(std::size_t firstFrame) const = 0;
     /// Adds the measurements of a sibling for the windows directly after this listener's own.
-    virtual void append(AudioListener& /*behind*/) {}
+    virtual void append(SplittableListener& behind) = 0;
 };
 
 /// Passes only the first windows of a pass to another listener, which must outlive this object and its
 /// siblings.
-class FirstWindows : public AudioListener {
+class FirstWindows : public SplittableListener {
   public:
-    FirstWindows(AudioListener& listener, std::size_t windows, std::size_t windowFrames)
+    FirstWindows(SplittableListener& listener, std::size_t windows, std::size_t windowFrames)
         : listener_(&listener), windows_(windows), windowFrames_(windowFrames) {}
 
     void hear(const AudioPiece& piece) override;
     void windowEnded() override;
-    std::unique_ptr<AudioListener> sibling(std::size_t firstFrame) const override;
-    void append(AudioListener& behind) override;
+    std::unique_ptr<SplittableListener> sibling(std::size_t firstFrame) const override;
+    void append(SplittableListener& behind) override;
 
   private:
-    std::unique_ptr<AudioListener> own_; ///< used by siblings
-    AudioListener* listener_;
+    std::unique_ptr<SplittableListener> own_; ///< used by siblings
+    SplittableListener* listener_;
     std::size_t windows_; ///< number of windows left to pass on
     std::size_t windowFrames_;
 };
@@ -100,7 +104,7 @@ struct AudioPass {
 
   private:
     void runInOrder(platform::AudioFile& file, std::span<AudioListener* const> listeners) const;
-    void runInShares(const platform::AudioFile& file, std::span<AudioListener* const> listeners,
+    void runInShares(const platform::AudioFile& file, std::span<SplittableListener* const> listeners,
                      std::size_t planned) const;
 };
 

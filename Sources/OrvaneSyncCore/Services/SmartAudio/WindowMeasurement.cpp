@@ -34,11 +34,11 @@ void WindowMeasurement::windowEnded() {
     }
 }
 
-std::unique_ptr<AudioListener> WindowMeasurement::sibling(std::size_t /*firstFrame*/) const {
+std::unique_ptr<SplittableListener> WindowMeasurement::sibling(std::size_t /*firstFrame*/) const {
     return std::make_unique<WindowMeasurement>(windows_.size());
 }
 
-void WindowMeasurement::append(AudioListener& behind) {
+void WindowMeasurement::append(SplittableListener& behind) {
     auto& other = dynamic_cast<WindowMeasurement&>(behind);
     for (std::size_t channel = 0; channel < analyses_.size(); ++channel)
         analyses_[channel].append(other.analyses_[channel]);

@@ -10,14 +10,14 @@
 namespace orvane {
 
 /// Measures level, peak and zero crossings of every channel in every window of a pass.
-class WindowMeasurement : public AudioListener {
+class WindowMeasurement : public SplittableListener {
   public:
     explicit WindowMeasurement(std::size_t channels) : windows_(channels), analyses_(channels) {}
 
     void hear(const AudioPiece& piece) override;
     void windowEnded() override;
-    std::unique_ptr<AudioListener> sibling(std::size_t firstFrame) const override;
-    void append(AudioListener& behind) override;
+    std::unique_ptr<SplittableListener> sibling(std::size_t firstFrame) const override;
+    void append(SplittableListener& behind) override;
 
     /// One for each channel of the pass.
     std::vector<TrackAnalysis> take() { return std::move(analyses_); }

@@ -83,8 +83,8 @@ WaveformReduction::Sums WaveformReduction::silence() const {
     return sums;
 }
 
-std::unique_ptr<AudioListener> WaveformReduction::sibling(std::size_t firstFrame) const {
-    return std::unique_ptr<AudioListener>(new WaveformReduction(grid_, firstFrame));
+std::unique_ptr<SplittableListener> WaveformReduction::sibling(std::size_t firstFrame) const {
+    return std::unique_ptr<SplittableListener>(new WaveformReduction(grid_, firstFrame));
 }
 
 void WaveformReduction::hear(const AudioPiece& piece) {
@@ -143,7 +143,7 @@ void WaveformReduction::endBin() {
     bin_.clear();
 }
 
-void WaveformReduction::append(AudioListener& behind) {
+void WaveformReduction::append(SplittableListener& behind) {
     auto& other = dynamic_cast<WaveformReduction&>(behind);
     for (const Sums& window : other.head_) bin_.add(window);
     if (other.isInHead_) return; // the bin continues in the next windows

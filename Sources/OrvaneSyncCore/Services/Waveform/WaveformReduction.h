@@ -18,7 +18,7 @@ class WaveformCache;
 
 /// Reduces a recording to bins during a pass over it, together with other listeners. Needs all channels, from
 /// the recording's first frame to its last.
-class WaveformReduction : public AudioListener {
+class WaveformReduction : public SplittableListener {
   public:
     /// Bins for the review's timeline, which can be zoomed up to 64 times, and for the preview of a file.
     static constexpr std::size_t reviewBins = 16000, previewBins = 800;
@@ -30,8 +30,8 @@ class WaveformReduction : public AudioListener {
 
     void hear(const AudioPiece& piece) override;
     void windowEnded() override;
-    std::unique_ptr<AudioListener> sibling(std::size_t firstFrame) const override;
-    void append(AudioListener& behind) override;
+    std::unique_ptr<SplittableListener> sibling(std::size_t firstFrame) const override;
+    void append(SplittableListener& behind) override;
 
     /// Bins that were not reached are 0. Call once, after the pass.
     WaveformResult take();

@@ -1,53 +1,17 @@
 #pragma once
 
+#include "OrvaneSyncCore/Models/ClipField.h"
+#include "OrvaneSyncCore/Models/ImportedTexts.h"
 #include "OrvaneSyncCore/Models/JSONFields.h"
 #include "OrvaneSyncCore/Models/SyncGroup.h"
 
-#include <cstdint>
-#include <map>
 #include <optional>
-#include <string>
-#include <string_view>
 #include <tuple>
 #include <type_traits>
-#include <utility>
 
 /// The fields of a clip and of its matches: their JSON form, which of them the editor decides, which files
 /// store them, and what depends on them.
 namespace orvane {
-
-/// Texts from a report or the metadata service about a clip; the key is the name of the field.
-using ImportedTexts = std::map<std::string, std::string>;
-
-template <>
-struct JSONForm<std::optional<ImportedTexts>> {
-    static void put(JSON& json, std::string_view key, const std::optional<ImportedTexts>& map) {
-        if (!map) return;
-        JSON members = JSON::object();
-        for (const auto& [name, text] : *map) members.set(name, text);
-        json.set(key, std::move(members));
-    }
-    template <class Json>
-    static std::optional<ImportedTexts> taken(const Json& object, std::string_view key) {
-        const auto value = object.find(key);
-        if (!value || value->isNull()) return std::nullopt;
-        try {
-            return mapFrom(*value);
-        } catch (const DecodingError& error) {
-            throw DecodingError(std::string(key) + ": " + error.what());
-        }
-    }
-
-  private:
-    static ImportedTexts mapFrom(const JSON& json) {
-        const JSON::Object* members = json.members();
-        if (members == nullptr) throw DecodingError("expected an object");
-        ImportedTexts map;
-        for (const auto& [name, text] : *members) map[name] = fromJSON<std::string>(text);
-        return map;
-    }
-    static ImportedTexts mapFrom(const JSONView& json) { return mapFrom(json.value()); }
-};
 
 template <>
 struct JSONFields<AudioMatch> {
@@ -64,41 +28,6 @@ struct JSONFields<BlockOverride> {
                                      JSONField{"endSeconds", &BlockOverride::endSeconds},
                                      JSONField{"trackIndex", &BlockOverride::trackIndex}};
 };
-
-/// Where the value of a field of a clip comes from.
-enum class FieldSource {
-    found,    ///< by a scan, a report or an analysis, which would find it again
-    clap,     ///< the clap point in the sound: set by the editor, or by the search when a clip is opened
-    decision, ///< by the editor alone; any value other than that of a new clip is a decision
-    detail    ///< by the editor; ignored without the decision that it belongs to
-};
-
-/// What is derived again when a field of a clip changes, besides what shows the field itself. A field affects
-/// both unless its line says otherwise.
-enum class Concerns : std::uint8_t {
-    neither = 0,
-    doubts = 1, ///< the doubts about its match
-    names = 2,  ///< the names of the clips, which depend on each other
-    both = doubts | names
-};
-
-/// Which files store a field: sessions alone, or projects as well.
-enum class KeptIn { sessions, projects };
-
-template <FieldSource Source, KeptIn Kept, Concerns Derived, class Value>
-struct ClipField : JSONField<SyncGroup, Value> {
-    static constexpr FieldSource source = Source;
-    static constexpr KeptIn keptIn = Kept;
-    static constexpr bool concerns(Concerns one) {
-        return (static_cast<unsigned>(Derived) & static_cast<unsigned>(one)) != 0;
-    }
-    std::string_view keyInProjects;
-};
-template <FieldSource Source, KeptIn Kept, Concerns Derived = Concerns::both, class Value>
-constexpr ClipField<Source, Kept, Derived, Value> clipField(std::string_view key, Value SyncGroup::*member,
-                                                            std::string_view keyInProjects = {}) {
-    return {{key, member}, keyInProjects.empty() ? key : keyInProjects};
-}
 
 template <>
 struct JSONFields<SyncGroup> {

@@ -5,7 +5,6 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
-#include <array>
 #include <set>
 #include <utility>
 
@@ -40,11 +39,6 @@ struct CureOptions {
     }
 };
 
-/// Options of one value; the others may be repeated.
-constexpr std::array cureOptionsOfOneValue{CureOption::Kind::soundOffset, CureOption::Kind::soundDate,
-                                           CureOption::Kind::timecodeRate, CureOption::Kind::days,
-                                           CureOption::Kind::choose};
-
 /// Escaped for bash and zsh, in characters that every terminal shows.
 std::string shellEscaped(std::string_view word) {
     std::string result = "$'";
@@ -76,8 +70,8 @@ using Parts = std::vector<Arguments::Part>;
 /// repeatable option also its value.
 std::string identityOf(std::string_view option, const std::string& value) {
     std::string identity(option);
-    if (std::ranges::find(cureOptionsOfOneValue, option, nameOf) != cureOptionsOfOneValue.end())
-        return identity;
+    const auto row = std::ranges::find(cureOptions, option, &CureOptionRow::name);
+    if (row != cureOptions.end() && !row->mayRepeat) return identity;
     return identity + " " + (option == "--set" ? value.substr(0, value.find('=')) : value);
 }
 
@@ -85,7 +79,8 @@ std::string identityOf(std::string_view option, const std::string& value) {
 /// the last.
 Parts besideCure(const Parts& call, const CureOptions& cure) {
     std::set<std::string> later;
-    for (const CureOption& option : cure.options) later.insert(identityOf(nameOf(option.kind), option.value));
+    for (const CureOption& option : cure.options)
+        later.insert(identityOf(rowOf(option.kind).name, option.value));
     const auto isReplaced = [&](const Arguments::Part& part) {
         if (!part.option.empty() && !later.insert(identityOf(part.option, part.value)).second) return true;
         const bool isFolder = part.option.empty() || part.option == "--video" || part.option == "--audio";
@@ -113,7 +108,7 @@ std::vector<std::string> wordsOf(std::vector<std::string> words, const Parts& pa
         place.insert(place.end(), part.words.begin(), part.words.end());
     }
     for (const CureOption& option : cure.options)
-        words.insert(words.end(), {std::string(nameOf(option.kind)), option.value});
+        words.insert(words.end(), {std::string(rowOf(option.kind).name), option.value});
     words.insert(words.end(), switches.begin(), switches.end());
     if (!last.empty()) words.emplace_back("--");
     words.insert(words.end(), last.begin(), last.end());
@@ -131,7 +126,7 @@ std::string meaningOf(const Parts& parts, const CureOptions& cure) {
     std::set<std::string> all;
     for (const Arguments::Part& part : parts) all.insert(part.option + " " + part.value);
     for (const CureOption& option : cure.options)
-        all.insert(std::string(nameOf(option.kind)) + " " + option.value);
+        all.insert(std::string(rowOf(option.kind).name) + " " + option.value);
     std::string meaning;
     for (const std::string& one : all) meaning += one + '\0';
     return meaning;

@@ -154,8 +154,8 @@ TEST(DoubtLanguageTest, SaysEveryKindOfDoubtAndItsCureInGerman) {
                                                                    << translatedSentence(text).toStdString();
         }
     }
-    for (std::size_t kind = 0; kind < RawValues<DoubtKind>::texts.size(); ++kind)
-        EXPECT_TRUE(kinds.contains(static_cast<DoubtKind>(kind))) << RawValues<DoubtKind>::texts[kind];
+    for (std::size_t kind = 0; kind < doubtKinds.size(); ++kind)
+        EXPECT_TRUE(kinds.contains(static_cast<DoubtKind>(kind))) << doubtKinds[kind].name;
 }
 
 } // namespace orvane::views

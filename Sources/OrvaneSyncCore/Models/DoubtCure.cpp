@@ -7,14 +7,10 @@ namespace orvane {
 
 namespace {
 
-using OptionKind = CureOption::Kind;
-
-bool isPathOption(OptionKind kind) { return kind >= OptionKind::exclude; }
-
 std::string cureText(const std::vector<CureOption>& options) {
     std::string text;
     for (const CureOption& option : options) {
-        if (!text.empty()) text += option.kind == OptionKind::withoutFolder ? ", " : " ";
+        if (!text.empty()) text += option.kind == CureOption::Kind::withoutFolder ? ", " : " ";
         text += option.text();
     }
     return text;
@@ -40,37 +36,12 @@ std::string shellQuoted(std::string_view text) {
     return result + "'";
 }
 
-std::string_view nameOf(CureOption::Kind kind) {
-    switch (kind) {
-    case OptionKind::soundOffset:
-        return "--sound-offset";
-    case OptionKind::soundDate:
-        return "--sound-date";
-    case OptionKind::timecodeRate:
-        return "--tc-rate";
-    case OptionKind::days:
-        return "--days";
-    case OptionKind::setting:
-        return "--set";
-    case OptionKind::choose:
-        return "--choose";
-    case OptionKind::exclude:
-        return "--exclude";
-    case OptionKind::video:
-        return "--video";
-    case OptionKind::audio:
-        return "--audio";
-    case OptionKind::withoutFolder:
-        break;
-    }
-    return {};
-}
-
 std::string CureOption::text() const {
-    const std::string said = !value.empty()       ? (isPathOption(kind) ? shellQuoted(value) : value)
-                             : isPathOption(kind) ? "FOLDER"
-                                                  : "YYYY-MM-DD";
-    return (kind == Kind::withoutFolder ? "without the folder" : std::string(nameOf(kind))) + " " + said;
+    const CureOptionRow& row = rowOf(kind);
+    const std::string said = value.empty() ? std::string(row.unknown)
+                             : row.isPath  ? shellQuoted(value)
+                                           : value;
+    return std::string(row.name) + " " + said;
 }
 
 DoubtCure::DoubtCure(const std::string& words) {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "OrvaneSyncCore/Utilities/EnumTable.h"
+
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -12,7 +15,7 @@ namespace orvane {
 /// The text in the quotes that a shell needs.
 std::string shellQuoted(std::string_view text);
 
-/// An option of the command line that a cure names.
+/// An option of the command line that a cure names. Properties of a kind: `cureOptions`.
 struct CureOption {
     enum class Kind : std::uint8_t {
         soundOffset,
@@ -33,8 +36,26 @@ struct CureOption {
     std::string text() const;
     bool operator==(const CureOption&) const = default;
 };
-/// With the dashes of an option; empty for `withoutFolder`.
-std::string_view nameOf(CureOption::Kind kind);
+struct CureOptionRow {
+    std::string_view name;    ///< with its dashes
+    std::string_view unknown; ///< in place of a value that only the user knows
+    bool isOfMatching;        ///< it changes which recordings clips get, so `CureTrial` tries it
+    bool mayRepeat;           ///< in one call
+    bool isPath;              ///< the value is quoted in texts
+};
+/// One row for each kind, in the order of the kinds.
+inline constexpr std::array<CureOptionRow, 10> cureOptions{
+    {{"--sound-offset", "HH:MM:SS:FF", true, false, false},
+     {"--sound-date", "YYYY-MM-DD", true, false, false},
+     {"--tc-rate", "RATE", true, false, false},
+     {"--days", "RULE", true, false, false},
+     {"--set", "KEY=VALUE", false, true, false},
+     {"--choose", "first", false, false, false},
+     {"--exclude", "FOLDER", true, true, true},
+     {"--video", "FOLDER", true, true, true},
+     {"--audio", "FOLDER", true, true, true},
+     {"without the folder", "FOLDER", true, true, true}}};
+constexpr const CureOptionRow& rowOf(CureOption::Kind kind) { return rowOf(cureOptions, kind); }
 
 /// A part of the files. The options of a cure may be right only for a scan of that part.
 struct CureScan {

@@ -4,7 +4,7 @@ namespace orvane {
 
 JSON toJSON(const SyncDoubt& doubt) {
     JSON json;
-    json.set("kind", rawValue(doubt.kind));
+    json.set("kind", rowOf(doubt.kind).name);
     json.set("message", doubt.message);
     json.set("cure", doubt.cure.text());
     return json;

@@ -1,8 +1,9 @@
 #pragma once
 
 #include "OrvaneSyncCore/Models/DoubtCure.h"
-#include "OrvaneSyncCore/Models/RawValues.h"
+#include "OrvaneSyncCore/Models/JSONCoding.h"
 #include "OrvaneSyncCore/Models/UUID.h"
+#include "OrvaneSyncCore/Utilities/EnumTable.h"
 
 #include <array>
 #include <cstdint>
@@ -56,20 +57,31 @@ struct SyncDoubt {
 
     bool operator==(const SyncDoubt&) const = default;
 };
-template <>
-struct RawValues<SyncDoubt::Kind> {
-    static constexpr std::array<std::string_view, 15> texts{
-        "otherDay",     "ambiguous",  "otherDateFits", "constantOffset", "timecodeRate",
-        "dropMix",      "shortSound", "mutedSpeech",   "cutByTrim",      "splitGap",
-        "notTimeOfDay", "noTimecode", "cutFile",       "drift",          "missingFile"};
-};
+/// What a kind of doubt is about: whether the right recording is under a clip, or what is heard and seen of
+/// it.
+enum class DoubtTopic : std::uint8_t { matching, clip };
 
-/// The doubts about whether the right recording is under a clip. The others are about what is heard and seen
-/// of it.
-inline constexpr std::array doubtsAboutMatching{
-    SyncDoubt::Kind::otherDay,       SyncDoubt::Kind::ambiguous,    SyncDoubt::Kind::otherDateFits,
-    SyncDoubt::Kind::constantOffset, SyncDoubt::Kind::timecodeRate, SyncDoubt::Kind::dropMix,
-    SyncDoubt::Kind::notTimeOfDay,   SyncDoubt::Kind::noTimecode};
+struct DoubtKindRow {
+    std::string_view name; ///< in JSON
+    DoubtTopic topic;
+};
+/// One row for each kind, in the order of the kinds.
+inline constexpr std::array<DoubtKindRow, 15> doubtKinds{{{"otherDay", DoubtTopic::matching},
+                                                          {"ambiguous", DoubtTopic::matching},
+                                                          {"otherDateFits", DoubtTopic::matching},
+                                                          {"constantOffset", DoubtTopic::matching},
+                                                          {"timecodeRate", DoubtTopic::matching},
+                                                          {"dropMix", DoubtTopic::matching},
+                                                          {"shortSound", DoubtTopic::clip},
+                                                          {"mutedSpeech", DoubtTopic::clip},
+                                                          {"cutByTrim", DoubtTopic::clip},
+                                                          {"splitGap", DoubtTopic::clip},
+                                                          {"notTimeOfDay", DoubtTopic::matching},
+                                                          {"noTimecode", DoubtTopic::matching},
+                                                          {"cutFile", DoubtTopic::clip},
+                                                          {"drift", DoubtTopic::clip},
+                                                          {"missingFile", DoubtTopic::clip}}};
+constexpr const DoubtKindRow& rowOf(SyncDoubt::Kind kind) { return rowOf(doubtKinds, kind); }
 
 /// A doubt about a whole card, with the clips that it affects.
 struct CardDoubt {

@@ -263,8 +263,7 @@ std::vector<std::string> doubtWarnings(const WorkSnapshot& work, Matching matchi
     std::vector<std::string> warnings;
     std::unordered_set<UUID> clips;
     for (const CardDoubt& doubt : work.doubts().summary(work.groups())) {
-        if (matching == Matching::isDone &&
-            std::ranges::find(doubtsAboutMatching, doubt.doubt.kind) != doubtsAboutMatching.end())
+        if (matching == Matching::isDone && rowOf(doubt.doubt.kind).topic == DoubtTopic::matching)
             clips.insert(doubt.groupIDs.begin(), doubt.groupIDs.end());
         else
             warnings.push_back(warningOf(doubt.doubt));

@@ -2,7 +2,7 @@
 
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
 #include "OrvaneSyncApp/ViewModels/Timeline/TimelineRows.h"
-#include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
+#include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"

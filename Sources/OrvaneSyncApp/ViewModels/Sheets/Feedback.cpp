@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
 #include "OrvaneSyncCore/Utilities/Base64.h"
+#include "Platform/OnQueue.h"
 #include "Platform/Random.h"
 
 #include <array>
@@ -77,7 +78,7 @@ std::string feedbackReport(const WorkSnapshot& work, const std::vector<SystemChe
         if (group.manualAudioOffsetSeconds != 0) ++moved;
     }
     for (const auto& [id, list] : work.doubts().byGroup)
-        for (const SyncDoubt& doubt : list) ++doubts[std::string(rawValue(doubt.kind))];
+        for (const SyncDoubt& doubt : list) ++doubts[std::string(rowOf(doubt.kind).name)];
     text += "\nOpen work\n  clips: " + std::to_string(work.groups().size()) + " (" + kindText(statuses) +
             ")\n  recordings without picture: " + std::to_string(work.wildTracks().size()) +
             "\n  locked: " + std::to_string(locked) + ", moved by hand: " + std::to_string(moved) +

@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
+#include "OrvaneSyncCore/Services/Diagnosis/DoubtFinders.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 

@@ -1,5 +1,9 @@
+#include "OrvaneSyncCore/Services/Diagnosis/Cards.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Cover.h"
 #include "OrvaneSyncCore/Services/Diagnosis/DatedSound.h"
+#include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
+#include "OrvaneSyncCore/Services/Diagnosis/WrittenTimes.h"
 #include "OrvaneSyncCore/Services/Matching/MatchRules.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Cover.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
 
 #include <algorithm>

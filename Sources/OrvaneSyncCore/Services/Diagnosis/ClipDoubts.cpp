@@ -1,8 +1,10 @@
+#include "OrvaneSyncCore/Services/Diagnosis/Cards.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ClipInDoubt.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
+#include "OrvaneSyncCore/Services/Diagnosis/DoubtFinders.h"
 #include "Platform/Text.h"
 
 #include <algorithm>

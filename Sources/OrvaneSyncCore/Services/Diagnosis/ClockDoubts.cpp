@@ -1,8 +1,12 @@
 #include "OrvaneSyncCore/Services/Diagnosis/CardTimes.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Cards.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CommonOffset.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Cover.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
+#include "OrvaneSyncCore/Services/Diagnosis/DoubtFinders.h"
+#include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
 #include "OrvaneSyncCore/Services/Diagnosis/LateStartsAndEarlyStops.h"
 #include "OrvaneSyncCore/Services/Diagnosis/MixedDays.h"
@@ -348,9 +352,8 @@ class ClockDoubts {
     bool isDateGivenToSeveralShoots_;
 };
 
-} // namespace
-
-void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts, std::vector<SoundClaim>* toHear) {
+/// `toHear`, unless null: gets the claims that were not analysed.
+void findClockDoubts(const Shoot& shoot, SyncDoubts& doubts, std::vector<SoundClaim>* toHear) {
     const TimedClips clips(shoot);
     ClockDoubts clocks(shoot, clips, doubts, toHear);
     addGivenRateDoubt(shoot, clips, doubts);
@@ -363,6 +366,15 @@ void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts, std::vector<SoundCla
     if (clips.uncovered.empty()) return;
     addRepeatDoubts(shoot, clips, doubts);
     addLongRecordings(shoot, clips, doubts);
+}
+
+} // namespace
+
+void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts) { findClockDoubts(shoot, doubts, nullptr); }
+
+void addClockClaims(const Shoot& shoot, std::vector<SoundClaim>& toHear) {
+    SyncDoubts doubts;
+    findClockDoubts(shoot, doubts, &toHear);
 }
 
 } // namespace orvane

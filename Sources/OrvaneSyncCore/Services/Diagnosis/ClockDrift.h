@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 
 #include <cstddef>
 #include <optional>

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "OrvaneSyncCore/Services/Diagnosis/Cards.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Cover.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 
 #include <cstddef>

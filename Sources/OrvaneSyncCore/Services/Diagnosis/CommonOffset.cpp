@@ -2,6 +2,8 @@
 
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Cover.h"
+#include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 

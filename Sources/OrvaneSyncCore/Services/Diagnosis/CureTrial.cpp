@@ -12,22 +12,33 @@ namespace orvane {
 
 namespace {
 
-using TriedKind = CureOption::Kind;
-
-bool isOptionOfMatching(const CureOption& option) {
-    return option.kind != TriedKind::setting && option.kind != TriedKind::choose;
-}
+bool isOptionOfMatching(const CureOption& option) { return rowOf(option.kind).isOfMatching; }
 
 MatchRules rulesWith(MatchRules rules, const std::vector<CureOption>& options,
                      const std::vector<MediaAsset>& videos) {
+    using enum CureOption::Kind;
     SourceCorrections given;
-    for (const auto& [kind, value] : options) {
-        if (kind == TriedKind::soundOffset) given.soundOffset = value;
-        if (kind == TriedKind::soundDate) given.soundDate = value;
-        if (kind == TriedKind::timecodeRate)
+    for (const auto& [kind, value] : options) switch (kind) {
+        case soundOffset:
+            given.soundOffset = value;
+            break;
+        case soundDate:
+            given.soundDate = value;
+            break;
+        case timecodeRate:
             given.timecodeRate = SourceCorrections::fromTexts({}, {}, value).timecodeRate;
-        if (kind == TriedKind::days) given.days = fromRawValue<MatchingDays>(value);
-    }
+            break;
+        case days:
+            given.days = fromRawValue<MatchingDays>(value);
+            break;
+        case exclude:
+        case video:
+        case audio:
+        case withoutFolder: // these select files (`KeptFiles`)
+        case setting:
+        case choose:
+            break;
+        }
     if (given.timecodeRate) rules.timecodeRate = given.timecodeRate;
     if (given.soundOffset)
         rules.soundOffsetSeconds =

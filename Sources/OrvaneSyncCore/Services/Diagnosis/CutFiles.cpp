@@ -1,3 +1,5 @@
+#include "OrvaneSyncCore/Services/Diagnosis/Cards.h"
+#include "OrvaneSyncCore/Services/Diagnosis/DoubtFinders.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Services/Diagnosis/UnmatchedReasons.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncCore/Services/Diagnosis/Cover.h"
 #include "OrvaneSyncCore/Services/Diagnosis/DayCures.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 

@@ -1,6 +1,8 @@
 #include "OrvaneSyncCore/Services/Diagnosis/DayCures.h"
 
+#include "OrvaneSyncCore/Services/Diagnosis/Cards.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
 #include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 

@@ -1,4 +1,6 @@
+#include "OrvaneSyncCore/Services/Diagnosis/Cards.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/DoubtFinders.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <algorithm>

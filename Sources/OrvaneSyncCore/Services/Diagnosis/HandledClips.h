@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncCore/Services/Diagnosis/Cards.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "Timecode/TimecodeFrameRate.h"
 

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/HeardDates.h"
 
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/WrittenTimes.h"
 
 #include <algorithm>
 

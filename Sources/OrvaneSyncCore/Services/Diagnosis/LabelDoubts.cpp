@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Services/Diagnosis/ClipInDoubt.h"
+#include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Utilities/RateText.h"
 #include "Platform/Text.h"

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/LateStartsAndEarlyStops.h"
 
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Cover.h"
 
 #include <algorithm>
 #include <cmath>

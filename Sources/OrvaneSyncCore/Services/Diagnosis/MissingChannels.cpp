@@ -1,3 +1,4 @@
+#include "OrvaneSyncCore/Services/Diagnosis/DoubtFinders.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "Platform/Stop.h"
 

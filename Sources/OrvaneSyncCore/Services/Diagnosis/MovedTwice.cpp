@@ -1,3 +1,4 @@
+#include "OrvaneSyncCore/Services/Diagnosis/DoubtFinders.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
 #include "OrvaneSyncCore/Services/Diagnosis/KeptFiles.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"

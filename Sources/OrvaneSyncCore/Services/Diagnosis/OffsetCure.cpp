@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 
+#include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
 #include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
 #include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
 #include "OrvaneSyncCore/Utilities/Day.h"

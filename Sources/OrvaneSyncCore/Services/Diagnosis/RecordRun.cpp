@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/RecordRun.h"
 
+#include "OrvaneSyncCore/Services/Diagnosis/WrittenTimes.h"
+
 #include <cstddef>
 
 namespace orvane {

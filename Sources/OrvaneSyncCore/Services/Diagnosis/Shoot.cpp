@@ -1,39 +1,19 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 
-#include "OrvaneSyncCore/Services/Matching/ClipRate.h"
+#include "OrvaneSyncCore/Services/Diagnosis/Cover.h"
+#include "OrvaneSyncCore/Services/Diagnosis/WrittenTimes.h"
 #include "OrvaneSyncCore/Services/Matching/RecordingIndex.h"
 #include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
-#include "OrvaneSyncCore/Utilities/CountText.h"
-#include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Stop.h"
-#include "Timecode/TimecodeFrameRate.h"
 
 #include <algorithm>
-#include <chrono>
-#include <cmath>
 #include <map>
 #include <set>
-#include <utility>
 
 namespace orvane {
 
 namespace {
-
-using TCRange = SyncEngine::TCRange;
-
-template <class Items, class Describe>
-std::vector<Card> cards(const Items& items, const Describe& describe) {
-    std::map<std::pair<std::string_view, std::optional<long>>, std::vector<std::size_t>> byFolder;
-    for (std::size_t i = 0; i < items.size(); ++i)
-        if (const auto key = describe(items[i])) byFolder[*key].push_back(i);
-    std::vector<Card> result;
-    for (auto& [key, files] : byFolder)
-        result.push_back({std::string(key.first), key.second, std::move(files)});
-    return result;
-}
-
-using CardKey = std::optional<std::pair<std::string_view, std::optional<long>>>;
 
 /// Whether the clip is left out, locked with its sound, or settled by one of its recordings: the others were
 /// removed, or it was put before one that matching would list first (`isEarlier`, if both have equal overlap
@@ -84,32 +64,6 @@ const MediaAsset* soundAtMidnight(const Shoot::Clip& clip, const std::vector<con
 
 } // namespace
 
-std::optional<double> writtenSeconds(const MediaAsset& video) {
-    for (const auto& date : {video.localCreatedDate(), video.headerDate})
-        if (date && secondOfDay(*date) != 0)
-            return static_cast<double>(dayNumber(*date)) * secondsADay + secondOfDay(*date);
-    return std::nullopt;
-}
-
-bool isWrittenOn(const MediaAsset& video, const FilePlace& place, long day) {
-    constexpr double closeSeconds = 300; // typical difference between cameras' clocks and timecode
-    const auto written = writtenSeconds(video);
-    if (!written) return false;
-    const double into = *written - static_cast<double>(day) * secondsADay;
-    return std::abs(into - place.range.startSeconds) <= closeSeconds ||
-           std::abs(into - place.range.endSeconds) <= closeSeconds;
-}
-
-bool countsFromZero(const MediaAsset& video) {
-    const auto isOther = [](char c) { return c >= '1' && c <= '9'; };
-    if (video.bextTimeReference.value_or(0) != 0 || !video.startTimecodeString ||
-        std::ranges::any_of(*video.startTimecodeString, isOther))
-        return false;
-    constexpr double nearMidnight = 300;
-    const auto seconds = writtenSeconds(video);
-    return !seconds || std::abs(std::remainder(*seconds, secondsADay)) > nearMidnight;
-}
-
 double heardSeconds(const SyncGroup& group, const Take& take) {
     std::map<int, double> byChannel;
     for (const TakeFile& file : take.files)
@@ -120,39 +74,9 @@ double heardSeconds(const SyncGroup& group, const Take& take) {
     return most;
 }
 
-long long framesOf(double seconds, const MediaAsset& video) {
-    return std::llround(seconds * clipRate(video, rateWithoutAny));
-}
-
-std::string framesText(double seconds, const MediaAsset& video) {
-    return counted(framesOf(seconds, video), "frame", "frames");
-}
-
 std::string_view folderOf(const MediaAsset& asset) {
     const std::string& path = asset.url.path;
     return std::string_view(path).substr(0, path.rfind('/'));
-}
-
-bool isCovered(const Shoot& shoot, const SyncGroup& group, double clipSeconds, double movedBySeconds) {
-    std::vector<TCRange> ranges;
-    for (const AudioMatch& match : group.audioMatches) {
-        const double start = match.syncOffsetSeconds + movedBySeconds;
-        ranges.push_back({start, start + match.audio->durationSeconds.value_or(0)});
-        TCRange whole = ranges.back();
-        if (const auto found = shoot.recordingByID.find(match.audio->id);
-            found != shoot.recordingByID.end()) {
-            whole.startSeconds -= shoot.wholes.startsAt[found->second];
-            whole.endSeconds =
-                whole.startSeconds + shoot.wholes.places[found->second].range.durationSeconds();
-        }
-        if (whole.durationSeconds() > 0 && covers({0, clipSeconds}, whole)) return true;
-    }
-    // All files together: a take may have been cut into several.
-    std::ranges::sort(ranges, {}, &TCRange::startSeconds);
-    double heardTo = 0;
-    for (const TCRange& range : ranges)
-        if (range.startSeconds <= heardTo + coverSlackSeconds) heardTo = std::max(heardTo, range.endSeconds);
-    return heardTo >= clipSeconds - coverSlackSeconds && !ranges.empty();
 }
 
 Shoot::Shoot(const DoubtInput& theInput, const std::stop_token& theStop) : input(theInput), stop(theStop) {
@@ -211,121 +135,6 @@ std::vector<bool> Shoot::usedWholes() const {
             if (const auto found = recordingByID.find(match.audio->id); found != recordingByID.end())
                 isUsed[wholes.firstOf[found->second]] = true;
     return isUsed;
-}
-
-void addCardDoubt(SyncDoubts& doubts, SyncDoubt doubt, const std::vector<const Shoot::Clip*>& clips) {
-    CardDoubt card{std::move(doubt), {}};
-    for (const Shoot::Clip* clip : clips) {
-        card.groupIDs.push_back(clip->group->id);
-        doubts.byGroup[clip->group->id].push_back(card.doubt);
-    }
-    doubts.cards.push_back(std::move(card));
-}
-
-bool joinEqualDoubt(SyncDoubts& doubts, const SyncDoubt& doubt, const std::vector<const Shoot::Clip*>& clips,
-                    const std::string& card) {
-    const auto told = std::ranges::find_if(doubts.cards, [&](const CardDoubt& other) {
-        return other.doubt.kind == doubt.kind && other.doubt.cure == doubt.cure &&
-               std::ranges::equal(other.groupIDs, clips, {}, {},
-                                  [](const Shoot::Clip* clip) { return clip->group->id; });
-    });
-    if (told == doubts.cards.end()) return false;
-    const SyncDoubt before = told->doubt;
-    told->doubt.message += "; likewise " + card;
-    for (const Shoot::Clip* clip : clips)
-        std::ranges::replace(doubts.byGroup[clip->group->id], before, told->doubt);
-    return true;
-}
-
-bool covers(const TCRange& sound, const TCRange& clip) {
-    return sound.startSeconds <= clip.startSeconds + coverSlackSeconds &&
-           sound.endSeconds >= clip.endSeconds - coverSlackSeconds;
-}
-
-void Cover::finish() {
-    std::ranges::sort(ranges_, {}, [](const Range& one) { return one.range.startSeconds; });
-    for (std::size_t i = 0; i < ranges_.size(); ++i) {
-        ranges_[i].longest = i;
-        if (i == 0) continue;
-        const std::size_t before = ranges_[i - 1].longest;
-        if (ranges_[before].range.endSeconds > ranges_[i].range.endSeconds) ranges_[i].longest = before;
-    }
-    for (std::size_t i = ranges_.size(); i-- > 0;) {
-        ranges_[i].soonest = i;
-        if (i + 1 == ranges_.size()) continue;
-        const std::size_t behind = ranges_[i + 1].soonest;
-        if (ranges_[behind].range.endSeconds < ranges_[i].range.endSeconds) ranges_[i].soonest = behind;
-    }
-}
-
-std::optional<std::size_t> Cover::of(const TCRange& clip) const {
-    const auto behind = std::ranges::upper_bound(ranges_, clip.startSeconds + coverSlackSeconds, {},
-                                                 [](const Range& one) { return one.range.startSeconds; });
-    if (behind == ranges_.begin()) return std::nullopt;
-    const Range& longest = ranges_[std::prev(behind)->longest];
-    return covers(longest.range, clip) ? std::optional(longest.item) : std::nullopt;
-}
-
-std::optional<std::size_t> Cover::ofEither(const TCRange& clip) const {
-    if (const auto found = of(clip)) return found;
-    const auto first = std::ranges::lower_bound(ranges_, clip.startSeconds - coverSlackSeconds, {},
-                                                [](const Range& one) { return one.range.startSeconds; });
-    if (first == ranges_.end()) return std::nullopt;
-    const Range& soonest = ranges_[first->soonest];
-    return covers(clip, soonest.range) ? std::optional(soonest.item) : std::nullopt;
-}
-
-double Cover::shareOf(double first, double last) const {
-    double sound = 0, heardTo = first;
-    for (const Range& one : ranges_) {
-        const double from = std::max(one.range.startSeconds, heardTo),
-                     to = std::min(one.range.endSeconds, last);
-        if (to > from) sound += to - from;
-        heardTo = std::max(heardTo, to);
-    }
-    return last > first ? sound / (last - first) : 0;
-}
-
-bool isOn(const Card& card, const Shoot& shoot, const MediaAsset& recording) {
-    const std::string& path = recording.url.path;
-    if (!path.starts_with(card.folder) || path.size() <= card.folder.size() ||
-        path[card.folder.size()] != '/' || (card.recorder && !card.recorder->isOn(recording)))
-        return false;
-    const auto found = shoot.recordingByID.find(recording.id);
-    if (!card.day || found == shoot.recordingByID.end()) return true;
-    const auto day = shoot.recordings[found->second].place.day;
-    return day && card.isOf(*day + card.movedByDays);
-}
-
-std::vector<Card> cardsOf(const std::vector<Recording>& recordings) {
-    return cards(recordings, [](const Recording& recording) {
-        return CardKey({folderOf(*recording.asset), recording.place.day});
-    });
-}
-
-std::vector<Card> cardsOf(const std::vector<Shoot::Clip>& clips) {
-    return cards(clips, [](const Shoot::Clip& clip) {
-        return clip.place ? CardKey({folderOf(clip.group->video), clip.likelyDay()}) : CardKey();
-    });
-}
-
-std::string dayText(long sinceEpoch) {
-    const std::string text = iso8601(std::chrono::sys_days(std::chrono::days(sinceEpoch)));
-    return text.substr(0, text.find('T'));
-}
-
-std::string spanText(double seconds) {
-    constexpr double aMinute = 60, anHour = 3600, hoursADay = 24;
-    if (seconds < aMinute) return formatted("%.1f s", seconds);
-    const double whole = std::round(seconds);
-    const std::string rest = formatted(" min %02.0f s", std::fmod(whole, aMinute));
-    const double minutes = std::floor(std::fmod(whole, anHour) / aMinute);
-    if (whole < anHour) return formatted("%.0f", minutes) + rest;
-    const double hours = std::floor(whole / anHour);
-    const bool hasDays = hours >= 2 * hoursADay;
-    return (hasDays ? formatted("%.0f d ", std::floor(hours / hoursADay)) : "") +
-           formatted("%.0f h ", hasDays ? std::fmod(hours, hoursADay) : hours) +
-           formatted("%02.0f", minutes) + rest;
 }
 
 } // namespace orvane

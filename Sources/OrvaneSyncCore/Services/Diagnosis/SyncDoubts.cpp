@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
 
 #include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
+#include "OrvaneSyncCore/Services/Diagnosis/DoubtFinders.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Text.h"
@@ -13,33 +14,14 @@ namespace orvane {
 SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) {
     const Shoot shoot(input, stop);
     SyncDoubts doubts;
-    addCutFiles(shoot, doubts);
-    addConvertedFiles(shoot, doubts);
-    addClipDoubts(shoot, doubts);
-    addMissingChannels(shoot, doubts);
-    addClockDoubts(shoot, doubts);
-    addDayDoubts(shoot, doubts);
-    addRecorderDates(shoot, doubts);
-    addSoundsByEar(shoot, doubts);
-    addLoneRecordings(shoot, doubts);
-    addTimecodeDoubts(shoot, doubts);
-    addPairsNotHeard(shoot, doubts);
-    addDrift(shoot, doubts);
-    addRivalDoubts(shoot, doubts);
-    addOffsetsByHand(shoot, doubts);
-    addHeardOffsets(shoot, doubts);
-    addUnheardSound(shoot, doubts);
-    addGivenOffset(shoot, doubts);
-    addWordsBesideClocks(shoot, doubts);
-    keepMovedClips(shoot, doubts);
+    for (const auto find : doubtFinders) find(shoot, doubts);
     return doubts;
 }
 
 std::vector<SoundClaim> SyncDoubts::claims(const DoubtInput& input, const std::stop_token& stop) {
     const Shoot shoot(input, stop);
-    SyncDoubts doubts;
     std::vector<SoundClaim> claims;
-    addClockDoubts(shoot, doubts, &claims);
+    addClockClaims(shoot, claims);
     addClipClaims(shoot, claims);
     addClaimsByEar(shoot, claims);
     addLoneClaims(shoot, claims);

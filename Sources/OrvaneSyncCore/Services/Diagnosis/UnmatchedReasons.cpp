@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/UnmatchedReasons.h"
 
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
+#include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
 #include "OrvaneSyncCore/Services/Matching/RangeIndex.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Utilities/Day.h"

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "OrvaneSyncCore/Models/MediaAsset.h"
+
+#include <string>
+
+/// Numbers and times in the texts of doubts.
+namespace orvane {
+
+/// The number as a table has it in `offset_frames`, and the same with its unit, such as "-1 frame".
+long long framesOf(double seconds, const MediaAsset& video);
+std::string framesText(double seconds, const MediaAsset& video);
+
+/// "2024-05-17".
+std::string dayText(long sinceEpoch);
+/// "12.3 s", "4 min 10 s", "1 h 00 min 02 s", for two days or more "396 d 23 h 59 min 53 s".
+std::string spanText(double seconds);
+
+} // namespace orvane

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/DoubtSource.h"
 
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureTrial.h"
 #include "Platform/Files.h"
 
@@ -7,6 +8,12 @@
 #include <utility>
 
 namespace orvane {
+
+DoubtSettings DoubtSettings::of(const platform::SettingsStore& store) {
+    return {store.get(settings::trimMode), store.get(settings::ltcEnabled)
+                                               ? std::optional(store.get(settings::ltcChannelIndex))
+                                               : std::nullopt};
+}
 
 std::vector<FileURL> DoubtSource::realFolders() const {
     std::vector<FileURL> real;
@@ -22,13 +29,13 @@ DoubtInput DoubtSource::input(const std::vector<MediaAsset>& recordings, const F
     return {files.groups,
             recordings,
             rules,
-            trimMode,
+            settings.trimMode,
             smartAudioResults,
             names,
             heard ? &heard->lags : nullptr,
             realFolders(),
             heard ? &heard->elsewhere : nullptr,
-            timecodeChannel,
+            settings.timecodeChannel,
             heard ? &heard->claims : nullptr,
             heard ? &heard->unheard : nullptr};
 }

@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
 #include "OrvaneSyncCore/Services/Diagnosis/UnmatchedReasons.h"
 #include "OrvaneSyncCore/Services/Waveform/SoundLag.h"
+#include "Platform/SettingsStore.h"
 
 #include <cstddef>
 #include <functional>
@@ -15,15 +16,23 @@
 
 namespace orvane {
 
+/// The settings that doubts depend on.
+struct DoubtSettings {
+    TrimMode trimMode;
+    std::optional<int> timecodeChannel; ///< as in `DoubtInput`
+
+    static DoubtSettings of(const platform::SettingsStore& store);
+    bool operator==(const DoubtSettings&) const = default;
+};
+
 /// All data that doubts are derived from, at one moment. Shared with the work; any thread.
 struct DoubtSource {
     WorkFiles files;
     MatchRules rules; ///< the clips were matched by these
-    TrimMode trimMode;
+    DoubtSettings settings;
     SmartAudioResults smartAudioResults;
     std::shared_ptr<const HeardSound> heard; ///< null: nothing was listened to
     std::vector<FileURL> folders;            ///< of the scan
-    std::optional<int> timecodeChannel;      ///< as in `DoubtInput`
 
     /// `names`: the names of these files. Throws Stopped.
     SyncDoubts doubts(const FileNames& names, const std::stop_token& stop = {}) const;

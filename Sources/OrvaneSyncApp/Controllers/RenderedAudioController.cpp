@@ -226,9 +226,15 @@ platform::Task RenderedAudioController::renderSolo(Weak weak, UUID groupID, int 
     self->work_.notify(ImportField::smartAudio);
 }
 
-std::optional<VoiceIsolationInput> RenderedAudioController::previewInput(const SyncGroup& group) const {
+RenderedAudioController::HeardSettings RenderedAudioController::heardSettings() const {
     const platform::SettingsStore& settings = *work_.environment.settings;
-    if (!settings.get(settings::playbackAppliesSmartAudio)) return std::nullopt;
+    return {settings.get(settings::playbackAppliesSmartAudio),
+            MasterGain::Target::fromUserDefaults(settings).preset};
+}
+
+std::optional<VoiceIsolationInput> RenderedAudioController::previewInput(const SyncGroup& group) const {
+    const auto [areEffectsHeard, preset] = heardSettings();
+    if (!areEffectsHeard) return std::nullopt;
     const SmartAudioState& state = caches_.state;
     VoiceIsolationInput input;
     const auto* solo = findIn(state.soloMonitorURLs, group.id);
@@ -241,7 +247,6 @@ std::optional<VoiceIsolationInput> RenderedAudioController::previewInput(const S
         input.sound = soundOf(group);
     else
         return std::nullopt;
-    const SmartAudioPreset preset = MasterGain::Target::fromUserDefaults(settings).preset;
     input.settings = {preset.voiceIsolation / percent, preset.loudness / percent, preset.uniformity / percent,
                       group.masterGainDB};
     return input;
@@ -278,7 +283,7 @@ void RenderedAudioController::rememberPreview(const UUID& groupID, VoiceIsolatio
 }
 
 std::optional<FileURL> RenderedAudioController::playbackAudioURL(const UUID& groupID) const {
-    return audioURL(groupID, work_.environment.settings->get(settings::playbackAppliesSmartAudio));
+    return audioURL(groupID, heardSettings().areEffectsHeard);
 }
 
 std::optional<FileURL> RenderedAudioController::currentAudioURL(const UUID& groupID) const {

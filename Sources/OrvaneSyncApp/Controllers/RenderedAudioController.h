@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/SmartAudioCaches.h"
+#include "OrvaneSyncCore/Models/SmartAudioConfig.h"
 #include "OrvaneSyncCore/Services/RenderedAudio/RenderedAudioStore.h"
 #include "Platform/Task.h"
 #include "Platform/Throttle.h"
@@ -37,6 +38,13 @@ class RenderedAudioController {
     std::optional<FileURL> playbackAudioURL(const UUID& groupID) const;
     /// The same without a preview that was made from another sound or by other settings.
     std::optional<FileURL> currentAudioURL(const UUID& groupID) const;
+    /// The settings that the played sound depends on.
+    struct HeardSettings {
+        bool areEffectsHeard;
+        SmartAudioPreset effects;
+        bool operator==(const HeardSettings&) const = default;
+    };
+    HeardSettings heardSettings() const;
 
   private:
     using Rendering =

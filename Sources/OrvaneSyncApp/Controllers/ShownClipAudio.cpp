@@ -1,23 +1,10 @@
 #include "OrvaneSyncApp/Controllers/ShownClipAudio.h"
 
-#include "OrvaneSyncCore/Models/Settings.h"
-
-#include <algorithm>
-#include <array>
 #include <utility>
 
 namespace orvane {
 
 namespace {
-
-/// Whether the setting affects what is played, so that it must be checked again after a change.
-bool isHeard(const std::string& key) {
-    const std::array<std::string_view, 6> keys{
-        settings::playbackAppliesSmartAudio.key,    settings::smartAudioMode.key,
-        settings::smartAudioVoiceIso.key,           settings::smartAudioLoudness.key,
-        settings::smartAudioLoudnessUniformity.key, settings::smartAudioPreset.key};
-    return std::ranges::find(keys, key) != keys.end();
-}
 
 template <class Map>
 std::optional<typename Map::mapped_type> entry(const Map& map, const UUID& id) {
@@ -36,10 +23,9 @@ ShownClipAudio::ShownClipAudio(std::shared_ptr<ImportController> controller,
           if (field == ImportField::smartAudio) followEntries();
       })),
       // Settings change on any thread.
-      ofSettings_(settings->onChange([weak = std::weak_ptr(self_), mainThread](const std::string& key) {
-          if (!isHeard(key)) return;
+      ofSettings_(settings->onChange([weak = std::weak_ptr(self_), mainThread](const std::string&) {
           mainThread->post([weak] {
-              if (const auto self = weak.lock()) (*self)->refresh();
+              if (const auto self = weak.lock()) (*self)->followSettings();
           });
       })) {}
 
@@ -66,11 +52,16 @@ void ShownClipAudio::followEntries() {
     }
 }
 
+void ShownClipAudio::followSettings() {
+    if (heard_ != std::as_const(*controller_).smartAudio().rendered().heardSettings()) refresh();
+}
+
 void ShownClipAudio::refresh() {
     if (preview_) preview_->requestStop();
     preview_.reset();
     if (!shown_) return;
     RenderedAudioController& rendered = controller_->smartAudio().rendered();
+    heard_ = rendered.heardSettings();
     play_(rendered.currentAudioURL(*shown_));
     if (renders_) preview_ = rendered.runVoiceIsolationForGroup(*shown_);
 }

@@ -37,14 +37,16 @@ class ShownClipAudio {
     Entries entries() const;
     void refresh();
     void followEntries();
+    void followSettings();
 
     std::shared_ptr<ImportController> controller_;
     Play play_;
     std::optional<UUID> shown_;
     bool renders_ = true;
     Entries entries_;
-    std::optional<platform::Task> preview_; ///< the newest rendering
-    std::shared_ptr<ShownClipAudio*> self_; ///< null once this object is destroyed
+    std::optional<RenderedAudioController::HeardSettings> heard_; ///< those of the last refresh
+    std::optional<platform::Task> preview_;                       ///< the newest rendering
+    std::shared_ptr<ShownClipAudio*> self_;                       ///< null once this object is destroyed
     platform::Subscription ofWork_, ofSettings_;
 };
 

@@ -1,6 +1,5 @@
 #include "OrvaneSyncApp/Controllers/WorkDoubts.h"
 
-#include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureTrial.h"
 #include "OrvaneSyncCore/Services/Matching/MatchRules.h"
@@ -49,11 +48,6 @@ std::unordered_map<UUID, std::string> whyUnmatched(const DoubtSource& source, co
     return result;
 }
 
-std::optional<int> timecodeChannelOf(const platform::SettingsStore& store) {
-    return store.get(settings::ltcEnabled) ? std::optional(store.get(settings::ltcChannelIndex))
-                                           : std::nullopt;
-}
-
 } // namespace
 
 WorkDoubts::WorkDoubts(OpenWork& work, const ScanController& scan, const SmartAudioController& smartAudio)
@@ -63,22 +57,14 @@ WorkDoubts::WorkDoubts(OpenWork& work, const ScanController& scan, const SmartAu
 DoubtSource WorkDoubts::source() const {
     return {{work_.syncGroups(), work_.sharedWildTracks(), scan_.scanResult()},
             work_.matchRules(),
-            work_.environment.settings->get(settings::trimMode),
+            DoubtSettings::of(*work_.environment.settings),
             smartAudio_.state().results,
             heard_,
-            work_.folders(),
-            timecodeChannelOf(*work_.environment.settings)};
+            work_.folders()};
 }
 
 WorkDoubts::Basis WorkDoubts::basis() const {
-    const MatchRules& rules = work_.matchRules();
-    return {work_.revisionBesidesClips(),
-            rules.days,
-            rules.soundOffsetSeconds,
-            rules.soundDay,
-            rules.timecodeRate,
-            work_.environment.settings->get(settings::trimMode),
-            timecodeChannelOf(*work_.environment.settings)};
+    return {work_.revisionBesidesClips(), work_.matchRules(), DoubtSettings::of(*work_.environment.settings)};
 }
 
 bool WorkDoubts::isBegun() const {

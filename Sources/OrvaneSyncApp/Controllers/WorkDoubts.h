@@ -11,7 +11,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <tuple>
 #include <unordered_map>
 #include <vector>
 
@@ -68,10 +67,13 @@ class WorkDoubts {
   private:
     /// By group.
     using Reasons = std::unordered_map<UUID, std::string>;
-    /// What the doubts depend on besides the clips: a revision of the work, the rules of its match, the way
-    /// of trimming, the channel of linear timecode.
-    using Basis = std::tuple<std::uint64_t, MatchingDays, double, std::optional<long>,
-                             std::optional<TimecodeFrameRate>, TrimMode, std::optional<int>>;
+    /// What the doubts depend on besides the clips.
+    struct Basis {
+        std::uint64_t revision; ///< of the work
+        MatchRules rules;
+        DoubtSettings settings;
+        bool operator==(const Basis&) const = default;
+    };
 
     Basis basis() const;
     /// Whether the derivation that was begun last is of the present work.

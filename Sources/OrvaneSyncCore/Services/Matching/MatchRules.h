@@ -21,6 +21,7 @@ struct MatchRules {
     /// Throws CorrectionError.
     static MatchRules of(MatchingDays days, const SourceCorrections& corrections,
                          TimecodeFrameRate rateOfClips);
+    bool operator==(const MatchRules&) const = default;
 };
 
 /// The rate at which the labels of a clip count, without corrections.

@@ -3,7 +3,8 @@
 
 Each folder with a CMakeLists.txt is a module; its files may include headers of the modules that its target links (PUBLIC,
 directly or through others). The link step alone does not detect an include of a header that needs no library. Headers
-outside Sources/Platform may include the standard library and this project only, those of the windows also Qt.
+outside Sources/Platform may include the standard library and this project only, those of the windows also Qt. Each module is
+in the list of folders in ARCHITECTURE.md.
 """
 import pathlib
 import re
@@ -63,7 +64,10 @@ def main():
     for target in loaded:
         allowed[target] |= {platform} | loaded
     allowed[platform] = allowed[platform] | loaded
-    wrong = []
+    guide = (ROOT / "ARCHITECTURE.md").read_text()
+    guide = guide[guide.index("## The folders"):guide.index("Dependencies go down only")]
+    wrong = [f"ARCHITECTURE.md: the list of folders lacks {folder}" for folder in folders
+             if not re.search(rf"\b{folder.split('/')[-1]}\b", guide)]
     listed = subprocess.run(
         ["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard", "Sources/*.h", "Sources/*.cpp"],
         cwd=ROOT, check=True, capture_output=True, text=True).stdout

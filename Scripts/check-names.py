@@ -111,7 +111,7 @@ def problems():
     members = {word for file in files if file not in windows for word in WORD.findall(files[file])}
     made = {name: set(GIVES.findall(body)) for file in windows for name, body in MADE.findall(files[file])}
     for file, name in unread_settings(files):
-        why = "has a reader, and stands in UNREAD" if name in UNREAD else "is read nowhere"
+        why = "has a reader, but is listed in UNREAD" if name in UNREAD else "is read nowhere"
         yield file, line(files[file], files[file].find(f" {name}{{")), f"'{name}' {why}"
     for file in windows:
         text = files[file]

@@ -89,11 +89,12 @@ inline const Declared<int> ltcChannelIndex{"ltc.channelIndex",
                                             .label = "Track",
                                             .offered = offers::timecodeChannels}};
 
-inline const Declared<double> atmoDuration{"atmo.duration",
-                                           0.0,
-                                           family::atmo,
-                                           "seconds of a room tone from elsewhere; 0 makes it 180",
-                                           {.range = SettingDescription::Range{0, 86400}}};
+inline const Declared<double> atmoDuration{
+    "atmo.duration",
+    0.0,
+    family::atmo,
+    "seconds of a room tone file given to the export; no command gives one",
+    {.range = SettingDescription::Range{0, 86400}}};
 inline const Declared<std::string> atmoAudioRole{"atmo.audioRole",
                                                  "effects.atmosphere",
                                                  family::atmo,

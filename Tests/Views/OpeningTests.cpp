@@ -2,6 +2,7 @@
 #include "OrvaneSyncApp/Views/Leaving.h"
 #include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
+#include "Platform/FileLock.h"
 #include "Views/ShootWindow.h"
 
 #include <QAction>
@@ -17,8 +18,11 @@
 #include <QTreeWidget>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <memory>
+#include <thread>
 
 namespace orvane::views {
 
@@ -201,6 +205,27 @@ TEST_F(OpeningTest, AStartSaysWhatCouldNotBeSavedBeforeUnlessItWasSavedSince) {
         EXPECT_EQ(bannerText().contains("1 clip after that could not be saved"), !isSavedSince)
             << bannerText().toStdString();
     }
+}
+
+TEST_F(OpeningTest, TheQuestionAboutASaveThatHangsIsAnsweredByTheSave) {
+    scan();
+    const auto& sessions = desktop_->sessions();
+    ASSERT_TRUE(
+        waitUntil([&] { return sessions.currentSession() != nullptr && sessions.unsaved().empty(); }));
+    const std::string place = folder_.path("sessions/" + sessions.currentSessionId()->text() + ".orvanesync");
+    std::unique_ptr<platform::FileLock> lock; // a save waits for it
+    std::thread([&] { lock.reset(new platform::FileLock(platform::FileLock::ofFolder(place))); }).join();
+    desktop_->controller().clips().toggleApproved(clip("A001C001").id);
+    bool isEnded = false;
+    Leaving leaving(
+        *desktop_, *window_, [&] { isEnded = true; }, std::chrono::milliseconds(1));
+    leaving.begin();
+    ASSERT_TRUE(waitUntil([&] { return window_->findChild<QMessageBox*>() != nullptr; }));
+    EXPECT_TRUE(window_->findChild<QMessageBox*>()->informativeText().contains("does not answer"));
+    lock.reset();
+    EXPECT_TRUE(waitUntil([&] { return isEnded; }));
+    EXPECT_TRUE(waitUntil([&] { return window_->findChild<QMessageBox*>() == nullptr; }));
+    EXPECT_TRUE(sessions.unsaved().empty());
 }
 
 TEST_F(OpeningTest, ANewScanIsLeftWithoutATraceAndActsOnNoClip) {

@@ -20,7 +20,7 @@ namespace orvane::views {
 
 namespace {
 
-constexpr int looksOfStall = 10; // one each second
+constexpr int looksOfStall = 10;
 
 /// Holds the number of clips with changes that were not saved, and the time of the last change, in
 /// milliseconds since 1970.
@@ -60,9 +60,10 @@ int takeLeftUnsaved(const SessionInfo& session) {
     return isSavedSince ? 0 : left[0].toInt();
 }
 
-Leaving::Leaving(Desktop& desktop, QWidget& window, std::function<void()> end)
+Leaving::Leaving(Desktop& desktop, QWidget& window, std::function<void()> end,
+                 std::chrono::milliseconds checkInterval)
     : desktop_(desktop), window_(window), end_(std::move(end)) {
-    look_.setInterval(std::chrono::seconds(1));
+    look_.setInterval(checkInterval);
     QObject::connect(&look_, &QTimer::timeout, &window_, [this] {
         const std::string path = writes_.look(looksOfStall);
         if (path.empty()) return;
@@ -71,9 +72,7 @@ Leaving::Leaving(Desktop& desktop, QWidget& window, std::function<void()> end)
     });
     observation_ = desktop_.sessions().onChange([this](SessionField field) {
         if (field != SessionField::lastSaveError || desktop_.sessions().lastSaveError() || !box_) return;
-        QMessageBox* const box = box_;
-        box_.clear();
-        box->close();
+        closeBox();
         begin();
     });
 }
@@ -83,10 +82,21 @@ void Leaving::begin() {
     writes_ = {};
     look_.start();
     desktop_.sessions().flush().whenDone([this, window = QPointer(&window_)](const std::exception_ptr&) {
-        if (!window || !isAsked_ || box_) return;
+        if (!window || !isAsked_) return;
+        const bool isSaved = !desktop_.sessions().lastSaveError();
+        if (box_ && !isSaved) return; // the user is asked already
         look_.stop();
-        desktop_.sessions().lastSaveError() ? ask({}) : end_();
+        if (!isSaved) return ask({});
+        closeBox(); // a write without progress has ended after all
+        isAsked_ = false;
+        end_();
     });
+}
+
+void Leaving::closeBox() {
+    QMessageBox* const box = box_;
+    box_.clear();
+    if (box != nullptr) box->close();
 }
 
 void Leaving::ask(const QString& stalled) {

@@ -6,6 +6,7 @@
 #include <QPointer>
 #include <QTimer>
 
+#include <chrono>
 #include <functional>
 
 class QMessageBox;
@@ -18,10 +19,13 @@ namespace orvane::views {
 class Leaving {
   public:
     /// `end` ends the program. `desktop` and `window` must outlive this object.
-    Leaving(Desktop& desktop, QWidget& window, std::function<void()> end);
+    /// `checkInterval`: the time between two of the ten checks for a write without progress.
+    Leaving(Desktop& desktop, QWidget& window, std::function<void()> end,
+            std::chrono::milliseconds checkInterval = std::chrono::seconds(1));
     void begin();
 
   private:
+    void closeBox();
     void ask(const QString& stalled);
     void saveElsewhere();
 

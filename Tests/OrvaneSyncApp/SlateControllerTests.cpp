@@ -91,5 +91,22 @@ TEST_F(SlateControllerTest, aResultOfOtherFilesIsDropped) {
     EXPECT_TRUE(results().empty());
 }
 
+TEST_F(SlateControllerTest, resultsComeBackWithTheirClips) {
+    finish(controller_->slates().detectSlates());
+    const auto before = results();
+    SyncGroupList clips = controller_->work().syncGroups();
+    controller_->openStoredWork({});
+    EXPECT_TRUE(results().empty());
+    // As another program would change it.
+    clips.update(second_, [](SyncGroup& group) { group.audioMatches.clear(); });
+    controller_->openStoredWork({{}, {}, clips});
+    ASSERT_EQ(results().size(), 1U) << "of the clip with the files that were searched";
+    EXPECT_EQ(results().at(first_), before.at(first_));
+    EXPECT_TRUE(controller_->slates().proposal(first_));
+    controller_->openStoredWork({});
+    controller_->openStoredWork({{}, {}, clips});
+    EXPECT_EQ(results().size(), 1U) << "each time";
+}
+
 } // namespace
 } // namespace orvane::test

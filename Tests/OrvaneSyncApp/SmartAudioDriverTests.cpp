@@ -208,6 +208,9 @@ TEST_F(SmartAudioDriverTest, leavesAClipAloneWhoseChannelsAreAllExcluded) {
     const auto warnings = smartAudioWarnings(WorkSnapshot(*controller_));
     ASSERT_EQ(warnings.size(), 1U);
     EXPECT_TRUE(warnings[0].starts_with("Smart Audio left out A001.mov: ")) << warnings[0];
+    settings_->set("smartAudio.blockMode", "coarse");
+    EXPECT_FALSE(controller_->smartAudio().isOutdated(a)) << "it has no result";
+    EXPECT_EQ(controller_->smartAudio().outdatedCount(), 1U);
 
     finish(controller_->tracks().toggleAlgorithmInclusion(a, 2));
     ASSERT_NE(result("A001"), nullptr) << "heard again once there is a channel";
@@ -567,6 +570,18 @@ TEST_F(SmartAudioDriverTest, resultsComeBackWithTheirClipsAndTellWhatTheyWereMad
     settings_->set("smartAudio.blockMode", "fine");
     analyseAll(false, SmartAudioMode::off);
     EXPECT_EQ(controller_->smartAudio().outdatedCount(), 0U) << "what has no result";
+}
+
+TEST_F(SmartAudioDriverTest, outdatedResultsAreMadeAgainEachInItsMode) {
+    analyseAll();
+    settings_->set("smartAudioMode", "studio");
+    analyse(clip("B001")->id);
+    settings_->set("smartAudio.blockMode", "coarse");
+    ASSERT_EQ(controller_->smartAudio().outdatedCount(), 2U);
+    finish(controller_->smartAudio().reanalyseOutdated());
+    EXPECT_EQ(controller_->smartAudio().outdatedCount(), 0U);
+    EXPECT_EQ(controller_->smartAudio().termsOf(clip("A001")->id)->mode, SmartAudioMode::standard);
+    EXPECT_EQ(controller_->smartAudio().termsOf(clip("B001")->id)->mode, SmartAudioMode::studio);
 }
 
 TEST_F(SmartAudioDriverTest, blocksAreMeasuredOnTheDialogueOfAModel) {

@@ -68,42 +68,40 @@ platform::Task SlateController::searchEach(std::weak_ptr<SlateController> weak, 
         if (!self) co_return;
         const SyncGroup* group = self->work_.syncGroups().find(clips[i]);
         if (group == nullptr) continue;
-        const FileURL video = group->video.url;
-        const auto audio = ClapDetector::Search::of(*group);
+        const SlateInput input = SlateInput::of(*group);
         const SmartAudioProgress begun{"Looking for the slate of " + group->video.filename,
                                        static_cast<int>(i) + 1, static_cast<int>(clips.size()),
                                        static_cast<double>(i) / total};
         self->shown_->post(begun);
-        auto searching =
-            platform::onQueue(*self->queue_, self->work_.environment.mainThread,
-                              [detector = self->detector_, video, audio, begun, total,
-                               shown = std::weak_ptr(self->shown_)](const std::stop_token& stop) {
-                                  const auto report = [&](double share) {
-                                      SmartAudioProgress progress = begun;
-                                      progress.fraction += share / total;
-                                      if (const auto own = shown.lock()) own->post(std::move(progress));
-                                  };
-                                  Searched searched;
-                                  searched.result =
-                                      detector->detect(video, audio, report, stop, &searched.unread);
-                                  return searched;
-                              });
+        auto searching = platform::onQueue(
+            *self->queue_, self->work_.environment.mainThread,
+            [detector = self->detector_, input, begun, total,
+             shown = std::weak_ptr(self->shown_)](const std::stop_token& stop) {
+                const auto report = [&](double share) {
+                    SmartAudioProgress progress = begun;
+                    progress.fraction += share / total;
+                    if (const auto own = shown.lock()) own->post(std::move(progress));
+                };
+                Searched searched;
+                searched.result = detector->detect(input.video, input.audio, report, stop, &searched.unread);
+                return searched;
+            });
         self.reset();
         Searched searched = co_await searching;
         self = weak.lock();
         if (!self) co_return;
         // If the clip has other files in the meantime, the result is not for it.
         group = self->work_.syncGroups().find(clips[i]);
-        if (group == nullptr || group->video.url != video) continue;
-        const auto present = ClapDetector::Search::of(*group);
-        if (present.has_value() != audio.has_value() || (audio && !audio->isOfSameSound(*present))) continue;
+        if (group == nullptr || !input.isOf(*group)) continue;
         auto& state = self->caches_.state;
         if (searched.unread) {
             state.slatesUnread.insert_or_assign(clips[i], *std::move(searched.unread));
             state.slateResults.try_emplace(clips[i], std::move(searched.result));
+            self->caches_.slateInputs.try_emplace(clips[i], input);
         } else {
             state.slatesUnread.erase(clips[i]);
             state.slateResults.insert_or_assign(clips[i], std::move(searched.result));
+            self->caches_.slateInputs.insert_or_assign(clips[i], input);
         }
         self->work_.notify(ImportField::slates);
     }

@@ -2,11 +2,18 @@
 
 namespace orvane {
 
+bool SlateInput::isOf(const SyncGroup& group) const {
+    const SlateInput now = of(group);
+    return now.video == video && now.audio.has_value() == audio.has_value() &&
+           (!audio || audio->isOfSameSound(*now.audio));
+}
+
 void SmartAudioCaches::removeSmartAudioCaches(const UUID& groupID) {
     ++removals_[groupID];
     state.results.erase(groupID);
     routed.erase(groupID);
     setAside_.results.erase(groupID);
+    setAside_.routed.erase(groupID);
     setAside_.passedOver.erase(groupID);
     state.passedOver.erase(groupID);
     state.soloMonitorTracks.erase(groupID);
@@ -44,6 +51,7 @@ void SmartAudioCaches::removeAll() {
     state.viProcessedURLs.clear();
     state.slateResults.clear();
     state.slatesUnread.clear();
+    slateInputs.clear();
     lastVIInput.clear();
     setAside_ = {};
     ++removalsOfAll_;
@@ -53,6 +61,7 @@ void SmartAudioCaches::removeAll() {
 void SmartAudioCaches::leaveClips() {
     constexpr std::size_t mostClips = 20'000;
     if (left_.results.size() > mostClips) left_ = {};
+    if (leftSlates_.inputs.size() > mostClips) leftSlates_ = {};
     // If a clip has older kept results, the latest ones replace them.
     const auto keep = [](auto& latest, auto& kept) {
         latest.merge(kept);
@@ -62,10 +71,31 @@ void SmartAudioCaches::leaveClips() {
     keep(state.results, left_.results);
     keep(routed, left_.routed);
     keep(state.passedOver, left_.passedOver);
+    keep(state.slateResults, leftSlates_.results);
+    keep(state.slatesUnread, leftSlates_.unread);
+    keep(slateInputs, leftSlates_.inputs);
     removeAll();
 }
 
+void SmartAudioCaches::recallSlates(const SyncGroupList& clips) {
+    if (leftSlates_.inputs.empty()) return;
+    for (const SyncGroup& clip : clips) {
+        const auto input = leftSlates_.inputs.find(clip.id);
+        if (input == leftSlates_.inputs.end()) continue;
+        const bool isSame = input->second.isOf(clip);
+        const auto restore = [&](auto& from, auto& to) {
+            auto node = from.extract(clip.id);
+            if (node && isSame) to.insert(std::move(node)); // a newer result stays
+        };
+        restore(leftSlates_.results, state.slateResults);
+        restore(leftSlates_.unread, state.slatesUnread);
+        restore(leftSlates_.inputs, slateInputs);
+    }
+    work_.notify(ImportField::slates);
+}
+
 void SmartAudioCaches::recall(const SyncGroupList& clips) {
+    recallSlates(clips);
     if (left_.isEmpty()) return;
     const auto move = [this](auto& from, auto& to, const UUID& groupID) {
         auto node = from.extract(groupID);

@@ -7,6 +7,7 @@
 #include "OrvaneSyncCore/Services/RenderedAudio/VoiceIsolationChain.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
 #include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
+#include "OrvaneSyncCore/Services/Waveform/ClapDetector.h"
 
 #include <cstdint>
 #include <map>
@@ -52,6 +53,24 @@ struct RoutedClip {
     std::vector<BlockDecision> blocks; ///< in take time, without the ranges that the editor chose
 };
 
+/// The files of a clip when its slate was searched for.
+struct SlateInput {
+    FileURL video;
+    std::optional<ClapDetector::Search> audio; ///< absent: the clip had no sound
+
+    static SlateInput of(const SyncGroup& group) {
+        return {group.video.url, ClapDetector::Search::of(group)};
+    }
+    bool isOf(const SyncGroup& group) const;
+};
+
+/// The results of searches for slates that `leaveClips` has kept.
+struct SlatesSetAside {
+    std::unordered_map<UUID, SlateResult> results;
+    std::unordered_map<UUID, FileURL> unread;
+    std::unordered_map<UUID, SlateInput> inputs;
+};
+
 /// What was removed from the state because a step was undone, or because a scan or another session replaced
 /// the clips.
 struct SmartAudioSetAside {
@@ -70,7 +89,8 @@ class SmartAudioCaches {
     explicit SmartAudioCaches(OpenWork& work) : work_(work) {}
 
     SmartAudioState state;
-    std::unordered_map<UUID, RoutedClip> routed; ///< of the clips with a result
+    std::unordered_map<UUID, RoutedClip> routed;      ///< of the clips with a result
+    std::unordered_map<UUID, SlateInput> slateInputs; ///< of the clips that were searched for a slate
     /// The input of the latest preview of each clip, also of one that could not be made.
     std::unordered_map<UUID, VoiceIsolationInput> lastVIInput;
 
@@ -91,7 +111,8 @@ class SmartAudioCaches {
     /// because the clips may come back. If the results of very many clips are kept already, these are
     /// discarded.
     void leaveClips();
-    /// Moves the kept results of these clips to those that `takeSetAside` returns.
+    /// Moves the kept results of these clips to those that `takeSetAside` returns, and restores those of
+    /// slates where the clip has the files that were searched.
     void recall(const SyncGroupList& clips);
 
     /// How often the results of the clip were discarded for good: a result from before such a removal is out
@@ -99,9 +120,12 @@ class SmartAudioCaches {
     std::uint64_t removals(const UUID& groupID) const;
 
   private:
+    void recallSlates(const SyncGroupList& clips);
+
     OpenWork& work_;
     SmartAudioSetAside setAside_;
     SmartAudioSetAside left_; ///< kept by `leaveClips`
+    SlatesSetAside leftSlates_;
     std::uint64_t removalsOfAll_ = 0;
     std::unordered_map<UUID, std::uint64_t> removals_;
 };

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <map>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 
 namespace orvane {
@@ -12,6 +13,10 @@ namespace orvane {
 namespace {
 
 using Loudness = SmartAudioRuns::Loudness;
+
+platform::Task allOf(std::vector<platform::Task> tasks) {
+    for (const platform::Task& task : tasks) co_await task;
+}
 
 } // namespace
 
@@ -104,12 +109,32 @@ bool SmartAudioController::isOutdated(const UUID& groupID) const {
     return made != nullptr && *made != terms(made->mode);
 }
 
-std::size_t SmartAudioController::outdatedCount() const {
-    std::map<SmartAudioMode, SmartAudioTerms> ofNow;
-    return static_cast<std::size_t>(std::ranges::count_if(caches_.routed, [&](const auto& clip) {
-        const SmartAudioMode mode = clip.second.terms.mode;
-        return ofNow.try_emplace(mode, terms(mode)).first->second != clip.second.terms;
-    }));
+std::vector<UUID> SmartAudioController::outdated() const {
+    std::map<SmartAudioMode, SmartAudioTerms> ofNow; // made once for all clips of a mode
+    std::vector<UUID> found;
+    for (const auto& [groupID, routed] : caches_.routed) {
+        const SmartAudioMode mode = routed.terms.mode;
+        auto now = ofNow.find(mode);
+        if (now == ofNow.end()) now = ofNow.emplace(mode, terms(mode)).first;
+        if (now->second != routed.terms) found.push_back(groupID);
+    }
+    return found;
+}
+
+std::size_t SmartAudioController::outdatedCount() const { return outdated().size(); }
+
+platform::Task SmartAudioController::reanalyseOutdated() {
+    work_.notices.assertOnMainThread();
+    std::map<SmartAudioMode, std::unordered_set<UUID>> byMode;
+    for (const UUID& groupID : outdated()) byMode[caches_.routed.at(groupID).terms.mode].insert(groupID);
+    // All are started at once, so that one analysis is seen to begin and end, not one for each mode.
+    std::vector<platform::Task> runs;
+    for (const auto& [mode, clips] : byMode)
+        runs.push_back(runs_.analyse(work_.syncGroups().filtered([&clips = clips](const SyncGroup& group) {
+            return clips.contains(group.id) && !group.isMOS();
+        }),
+                                     terms(mode), false, Loudness::leave));
+    return work_.running.add(allOf(std::move(runs)));
 }
 
 // Only a stored mode counts: without one, a scan starts no analysis.

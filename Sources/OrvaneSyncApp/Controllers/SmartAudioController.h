@@ -3,7 +3,9 @@
 #include "OrvaneSyncApp/Controllers/RenderedAudioController.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioRuns.h"
 
+#include <cstddef>
 #include <optional>
+#include <vector>
 
 namespace orvane {
 
@@ -33,6 +35,9 @@ class SmartAudioController {
     platform::Task reanalyseIfKnown(const UUID& groupID);
     /// The same for all clips that were analysed.
     platform::Task reanalyseAll();
+    /// Analyses the clips with an outdated result again, each in the mode of its result, and keeps the
+    /// editor's choice of tracks.
+    platform::Task reanalyseOutdated();
     /// The options of the analysis that made the clip's result; null without a result.
     const SmartAudioTerms* termsOf(const UUID& groupID) const;
     /// Whether the clip's result was made with other settings than the present ones. Another mode does not
@@ -62,6 +67,7 @@ class SmartAudioController {
 
   private:
     SmartAudioTerms terms(SmartAudioMode mode) const;
+    std::vector<UUID> outdated() const;
     SmartAudioTerms termsForOneClip() const;
     SyncGroupList settledClipsWithSound() const;
     bool isKnown(const UUID& groupID) const;

@@ -460,6 +460,7 @@ void SmartAudioRuns::reapplyRanges(const UUID& groupID) {
 /// The earlier result came from tracks that the editor has excluded since.
 void SmartAudioRuns::passOver(const UUID& groupID) {
     caches_.state.results.erase(groupID);
+    caches_.routed.erase(groupID);
     caches_.state.passedOver.insert(groupID);
     work_.notify(ImportField::smartAudio);
 }

@@ -236,7 +236,7 @@ TEST_F(InspectorModelTest, recordingsCanBeChosenAndAttached) {
     controller_->clips().toggleLocked(a_);
     part = RecordingsPart::of(*controller_, group(a_));
     EXPECT_FALSE(part.hasChoice());
-    EXPECT_EQ(part.prompt, "Unlock sync to choose: Ctrl+L first.");
+    EXPECT_EQ(part.prompt, "Unlock sync to choose: ⟨lockCurrent⟩ first.");
 
     controller_->recordings().removeAudioMatch(next_, group(next_).audioMatches.front().id);
     const auto offered = attachableTo(*controller_, a_);

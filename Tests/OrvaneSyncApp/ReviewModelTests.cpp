@@ -121,6 +121,32 @@ TEST_F(ReviewModelTest, aClipOpensOnTheClapThatIsFound) {
     EXPECT_FALSE(engine_->loop().isLooping);
 }
 
+TEST_F(ReviewModelTest, aLoopWithoutAClapSaysWhyAndWhatToDo) {
+    load();
+    std::string said;
+    model_->sayWhyNot = [&](std::string_view why) { said = why; };
+    const auto check = [&] {
+        said.clear();
+        press(KeyAction::clapCheck);
+        if (engine_->loop().isLooping) {
+            engine_->clearLoop();
+            said += "\nloop";
+        }
+        return said;
+    };
+    EXPECT_EQ(check(), "\nloop");
+    controller_->clips().setAudioAnchor(id_, 1000);
+    EXPECT_TRUE(check().starts_with("The clap point lies outside of the picture.\n⟨jumpNextEdit⟩")) << said;
+    controller_->clips().setAudioAnchor(id_, std::nullopt);
+    EXPECT_TRUE(check().starts_with("There is no clap point yet: the loop plays around 3 s.\n")) << said;
+    EXPECT_TRUE(said.ends_with("⟨updateClapPoint⟩ sets the clap point there.\nloop")) << said;
+    controller_->clips().toggleLocked(id_);
+    EXPECT_NE(check().find("⟨lockCurrent⟩ unlocks the clip, then ⟨updateClapPoint⟩"), std::string::npos);
+    controller_->clips().toggleLocked(id_);
+    controller_->recordings().removeAudioMatch(id_, group().audioMatches.front().id);
+    EXPECT_NE(check().find("\nCtrl+T attaches a recording."), std::string::npos) << said;
+}
+
 TEST_F(ReviewModelTest, aHeldNudgeIsOneStep) {
     const auto shortcuts = ShortcutCenter::create({mainThread_, settings_});
     commands::ReviewPlayers players(

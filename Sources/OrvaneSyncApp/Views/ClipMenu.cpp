@@ -33,8 +33,8 @@ void ClipMenu::fill(QMenu& menu, const std::vector<UUID>& clips) const {
     if (clips.size() == 1) addRecordings(menu, clips.front());
     const ClipMenu self = *this; // the menu may outlive this
     for (const std::string_view id : clipCommands) {
-        QAction* action = menu.addAction(translated(desktop_.command(id).title), of_,
-                                         [self, id, clips] { self.run(id, clips); });
+        QAction* action =
+            menu.addAction(desktop_.title(id, clips), of_, [self, id, clips] { self.run(id, clips); });
         action->setToolTip(translated(desktop_.command(id).help));
         action->setEnabled(std::ranges::any_of(clips, [&](const UUID& clip) {
             const SyncGroup* group = desktop_.controller().work().syncGroups().find(clip);

@@ -40,6 +40,12 @@ bool Desktop::isEnabled(std::string_view id, const SyncGroup* clip) const {
     return command(id).isEnabled(context_, clip);
 }
 
+QString Desktop::title(std::string_view id, const std::vector<UUID>& clips) const {
+    const SyncGroup* only =
+        clips.size() == 1 ? context_.controller->work().syncGroups().find(clips.front()) : nullptr;
+    return translated(command(id).titleFor(only));
+}
+
 platform::Task Desktop::run(std::string_view id, JSON arguments, Done done, Refused whenThisIsRefused) {
     const auto refused = [this, own = std::move(whenThisIsRefused)](const std::exception& why) {
         QString sentence = translatedSentence(why.what());
@@ -97,10 +103,12 @@ void Desktop::runForClips(std::string_view id, const std::vector<UUID>& groupIDs
                 if (--*waiting == 0 && done) done();
             });
     };
+    context_.isForSeveralClips = groupIDs.size() > 1;
     if (const auto& step = command(id).step; step && groupIDs.size() > 1)
         controller().withUndo(*step, runEach);
     else
         runEach();
+    context_.isForSeveralClips = false;
 }
 
 } // namespace orvane::views

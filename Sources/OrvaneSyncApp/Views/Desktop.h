@@ -49,6 +49,8 @@ class Desktop {
     /// The command must be in the table.
     const commands::Command& command(std::string_view id) const;
     bool isEnabled(std::string_view id, const SyncGroup* clip = nullptr) const;
+    /// The title of the command for these clips.
+    QString title(std::string_view id, const std::vector<UUID>& clips) const;
     using Done = std::function<void(const JSON& answer)>;
     using Refused = std::function<void(const QString& why)>;
     /// The answer of the command is passed to `done`; if it did not run, the reason is passed to `refused`,

@@ -388,6 +388,7 @@ void MainMenus::update() {
             ? resync.text()
             : tr("Re-sync %1").arg(translatedSentence(counted(std::ssize(clips), "clip", "clips"))));
     const SyncGroupList& all = desktop_.controller().work().syncGroups();
+    of("toggleLocked")->setText(desktop_.title("toggleLocked", clips));
     of("toggleLocked")->setChecked(!clips.empty() && std::ranges::all_of(clips, [&](const UUID& id) {
         const SyncGroup* clip = all.find(id);
         return clip != nullptr && clip->isLocked;

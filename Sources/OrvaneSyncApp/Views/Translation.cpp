@@ -129,7 +129,29 @@ class Catalogue : public QTranslator {
 
 std::unique_ptr<Catalogue> installed;
 
-QString keysOfThisSystem(const QString& text) {
+ShortcutBindings& keysInTexts() {
+    static ShortcutBindings bindings = defaultBindings();
+    return bindings;
+}
+
+std::string keyInTexts(ShortcutAction action) {
+    const ShortcutBindings& bindings = keysInTexts();
+    const auto bound = bindings.find(action);
+    const bool isReached = bound != bindings.end() && !bound->second.isUnbound() &&
+                           actionFor(bindings, bound->second.key, bound->second.modifiers) == action;
+    return (isReached ? translatedKey(keyText(bound->second))
+                      : QStringLiteral("“%1”").arg(translated(label(action))))
+        .toStdString();
+}
+
+QString withKeys(const QString& text) {
+    return text.contains(QChar(u'⟨'))
+               ? QString::fromStdString(withKeysOfActions(text.toStdString(), keyInTexts))
+               : text;
+}
+
+QString keysOfThisSystem(const QString& given) {
+    const QString text = withKeys(given);
     constexpr QStringView signs = u"⌘⌃⌥⇧";
     if (std::ranges::none_of(text, [&](QChar one) { return signs.contains(one); }) &&
         !text.contains(QStringLiteral("Cmd+")))
@@ -196,6 +218,8 @@ QString translatedKey(std::string_view english) {
     }
     return named + given.mid(end);
 }
+
+void setKeysInTexts(const ShortcutBindings& bindings) { keysInTexts() = bindings; }
 
 QStringList untranslatedTexts() { return installed ? installed->missing() : QStringList(); }
 

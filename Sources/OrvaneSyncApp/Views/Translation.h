@@ -1,5 +1,7 @@
 #pragma once
 
+#include "OrvaneSyncCore/Services/Shortcuts/ShortcutBindings.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -30,6 +32,10 @@ QString translated(std::string_view english);
 QString translatedSentence(std::string_view english);
 /// A key with the names on keyboards of the language: "Shift+Space" is "Umschalt+Leertaste" in German.
 QString translatedKey(std::string_view english);
+
+/// Texts name actions that have a key by their identifiers in angle brackets, such as "⟨lockCurrent⟩". The
+/// functions above show the user's key instead, or the action's title if the action has no key.
+void setKeysInTexts(const ShortcutBindings& bindings);
 
 /// Texts that were asked for but are not in the catalogue, each once; for tests.
 QStringList untranslatedTexts();

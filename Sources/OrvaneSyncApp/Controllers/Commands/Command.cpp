@@ -40,6 +40,11 @@ Command Command::forClips(Applies appliesToClip) && {
     return std::move(*this);
 }
 
+Command Command::titled(TitleOf titleOfClip) && {
+    titleOf = titleOfClip;
+    return std::move(*this);
+}
+
 Command Command::servedAtOnce() && {
     isServedAtOnce = true;
     return std::move(*this);
@@ -64,6 +69,11 @@ Command Command::inMenu(Menu menu, int order, std::string_view key) && {
 Command Command::alsoBy(std::initializer_list<std::string_view> commands) && {
     counterparts = commands;
     return std::move(*this);
+}
+
+std::string_view Command::titleFor(const SyncGroup* clip) const {
+    const std::string_view own = clip != nullptr && titleOf != nullptr ? titleOf(*clip) : std::string_view();
+    return own.empty() ? title : own;
 }
 
 bool Command::isOfOneClip() const {

@@ -29,6 +29,7 @@ struct Command {
     using Later = std::function<platform::Task(CommandContext&, Call, std::shared_ptr<JSON> result)>;
     using Enabled = std::function<bool(const CommandContext&)>;
     using Applies = bool (*)(const SyncGroup&);
+    using TitleOf = std::string_view (*)(const SyncGroup&);
     using Replaces = bool (*)(const CommandContext&, const Call&);
 
     Command(std::string_view theID, std::string_view theTitle, std::string_view theHelp,
@@ -49,6 +50,7 @@ struct Command {
     Command undoneBy(const UndoStep& itsStep) &&;
     Command when(Enabled isEnabledNow) &&;
     Command forClips(Applies appliesToClip) &&;
+    Command titled(TitleOf titleOfClip) &&;
     Command servedAtOnce() &&;
     Command endedByOtherWork() &&;
     Command otherWork(Replaces replacesTheWork = nullptr) &&;
@@ -59,6 +61,8 @@ struct Command {
     /// Whether it can have an effect on the work as it is: on this clip, or without a clip, on any.
     bool isEnabled(const CommandContext& context, const SyncGroup* clip = nullptr) const;
     bool isOfOneClip() const;
+    /// The title for this clip alone; null: for any clip, or for several.
+    std::string_view titleFor(const SyncGroup* clip) const;
     /// Such as "setFolders {videoFolder?, audioFolder?}".
     std::string signature() const;
 
@@ -71,6 +75,7 @@ struct Command {
     Later whenDone;            ///< answers when its task ends
     Enabled enabled;           ///< null: always
     Applies applies = nullptr; ///< for a command on one clip; null: it applies to every clip
+    TitleOf titleOf = nullptr; ///< for a command that does different things to a single clip; empty: `title`
     /// Controls an operation that other calls wait for: where calls are served in order, this one is served
     /// before them.
     bool isServedAtOnce = false;

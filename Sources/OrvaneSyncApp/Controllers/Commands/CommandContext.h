@@ -40,6 +40,9 @@ class CommandContext {
     /// requests only: there, the sound must not depend on when a rendering is ready.
     bool rendersPreviews = true;
 
+    /// Whether the command that runs now is run for each of several clips, as one change.
+    bool isForSeveralClips = false;
+
     /// Opens a page for signing in, and returns whether it could; called on a thread that may block.
     std::function<bool(const std::string& url)> showPage = platform::BrowserSession::openInDesktop;
 

@@ -112,24 +112,32 @@ void settleIfInView(CommandContext& context, const UUID& clip) {
         context.controller->recordings().confirmAmbiguousMatch(clip);
 }
 
-/// A clip that was moved since its lock is locked where it lies while a window shows it: whoever nudges a
-/// clip and presses the key of the lock has corrected it. The window also says when the lock is taken off.
+/// Whether the lock of this clip was followed by a correction of its offset.
+bool isCorrected(const SyncGroup& group) { return !group.isMOS() && isMovedSinceLock(group); }
+
+std::string_view titleOfLock(const SyncGroup& group) {
+    return isCorrected(group) ? "Lock at This Offset" : std::string_view();
+}
+
+/// A single clip that was moved since its lock is locked at its present offset: whoever moves a locked clip
+/// and presses the key of the lock has corrected it. Of several clips each is unlocked or locked. For the
+/// clip in view, the window also says when the lock is removed.
 JSON toggleLock(CommandContext& context, const Call& call) {
     const UUID clip = call.id("groupID");
     const SyncGroup* group = context.controller->work().syncGroups().find(clip);
-    // Without a window there is nobody to tell, and a locked clip is unlocked.
-    const bool isInWindow =
-        group != nullptr && group->isLocked && context.review().sayWhyNot && context.review().shows(clip);
-    const bool isMoved = isInWindow && isMovedSinceLock(*group);
+    const bool isLocked = group != nullptr && group->isLocked;
+    const bool isLockedAgain = isLocked && isCorrected(*group) && !context.isForSeveralClips;
     context.controller->withUndo(undoSteps::toggleLocked, [&] {
         settleIfInView(context, clip);
-        for (int presses = isMoved ? 2 : 1; presses > 0; --presses)
+        for (int presses = isLockedAgain ? 2 : 1; presses > 0; --presses)
             context.controller->clips().toggleLocked(clip);
     });
-    if (isInWindow)
-        context.review().sayWhyNot(isMoved
-                                       ? "The clip is locked at its present offset. Ctrl+L again unlocks it."
-                                       : "The clip is unlocked. Ctrl+L locks it again.");
+    if (!isLocked) return {};
+    const ReviewViewModel& review = context.review();
+    if (review.sayWhyNot && review.shows(clip))
+        review.sayWhyNot(isLockedAgain
+                             ? "The clip is locked at its present offset. ⟨lockCurrent⟩ again unlocks it."
+                             : "The clip is unlocked. ⟨lockCurrent⟩ locks it again.");
     return {};
 }
 
@@ -194,6 +202,7 @@ std::vector<Command> flagCommands() {
             .inMenu(Menu::clip, 110, reviewKeys::approve),
         Command("toggleLocked", ShortcutAction::lockCurrent, {groupID}, toggleLock)
             .undoneBy(toggleLocked)
+            .titled(titleOfLock)
             .inMenu(Menu::clip, 120),
         onGroup("toggleMOS", "Marks a clip without sound as meant to have none, or takes the mark away.",
                 toggleMOS, &ClipEditing::toggleMOS, isMOS),

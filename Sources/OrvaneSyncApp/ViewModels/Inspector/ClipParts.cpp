@@ -34,9 +34,9 @@ void addStepsForClip(const SyncGroup& group, const SyncDoubt& doubt, DoubtsPart:
         // One click on a recording below decides for this clip. From a single clip, nothing is decided for
         // the whole shoot.
         shown.cure = group.isLocked
-                         ? "locked, it stays out of the document: Ctrl+L first, then Ctrl+1 takes the "
+                         ? "locked, it stays out of the document: ⟨lockCurrent⟩ first, then Ctrl+1 takes the "
                            "first one under Recordings"
-                         : "choose under Recordings: Ctrl+1 takes the first one, and so does Ctrl+L";
+                         : "choose under Recordings: Ctrl+1 takes the first one, and so does ⟨lockCurrent⟩";
         shown.steps.clear();
     }
 }
@@ -105,13 +105,13 @@ std::string exportedName(const ImportController& controller, const SyncGroup& gr
 MetadataPart MetadataPart::of(const ImportController& controller, const SyncGroup& group) {
     const FileNames& names = controller.work().fileNames();
     MetadataPart part;
-    part.files = {{"Camera file", names.of(group.video)},
+    part.files = {{std::string(cameraFile), names.of(group.video)},
                   {"Starts", startText(group.video)},
                   {"Length", lengthText(group.video)},
                   {"Picture", group.video.formatDescription()}};
     addNoteIfSaid(part.files, "Codec", group.video.videoCodecFourCC);
     if (const MediaAsset* audio = group.primaryAudio()) {
-        part.files.emplace_back("Recording", names.of(*audio));
+        part.files.emplace_back(recording, names.of(*audio));
         part.files.emplace_back("Sound", audio->formatDescription());
         addNoteIfSaid(part.files, "Recorder", audio->bextOriginator);
         if (const auto& ixml = audio->ixmlData) {

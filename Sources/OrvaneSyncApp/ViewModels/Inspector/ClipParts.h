@@ -53,6 +53,7 @@ struct MetadataPart {
         std::string_view clearCommand; ///< empty: the source cannot be cleared
         std::vector<MetadataFieldGrouping::Group> groups;
     };
+    static constexpr std::string_view cameraFile = "Camera file", recording = "Recording"; ///< in `files`
     std::vector<std::pair<std::string, std::string>> files; ///< from the picture's file and the recorder
     std::vector<Source> sources;
 

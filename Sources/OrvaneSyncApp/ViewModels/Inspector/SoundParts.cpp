@@ -35,7 +35,7 @@ std::string recordingsPromptOf(const RecordingsPart& part, const SyncGroup& grou
     if (part.recordings.empty())
         return part.isMeantSilent ? "The clip is meant to have no sound."
                                   : "This clip has no recording. Attach one, or mark the clip as MOS.";
-    if (part.isAmbiguous && part.isLocked) return "Unlock sync to choose: Ctrl+L first.";
+    if (part.isAmbiguous && part.isLocked) return "Unlock sync to choose: ⟨lockCurrent⟩ first.";
     if (part.isAmbiguous && part.recordings.size() > 1)
         return counted(part.recordings.size(), "recording", "recordings") +
                " could belong to this clip. Choose one, or confirm them as they are.";

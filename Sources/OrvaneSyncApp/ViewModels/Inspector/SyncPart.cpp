@@ -81,7 +81,8 @@ void addReasons(SyncPart& part, double secondsOut) {
     const std::pair missing(!part.hasAnchor, std::string(withoutClap));
     const std::pair outside(secondsOut != 0, std::string(outOfPicture));
     part.whyNoGoTo = firstOf({missing, outside});
-    part.whyNoPut = firstOf({missing, {part.isLocked, "Unlock sync to move the sound: Ctrl+L first."}});
+    part.whyNoPut =
+        firstOf({missing, {part.isLocked, "Unlock sync to move the sound: ⟨lockCurrent⟩ first."}});
     part.whyNoUpdate = firstOf({silent, locked});
     part.whyNoClear = firstOf({missing, locked});
     part.whyNoSearch = firstOf(

@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncApp/Controllers/WorkErrors.h"
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Shortcuts/KeyText.h"
 #include "OrvaneSyncCore/Services/Timeline/ClipPlaces.h"
 #include "OrvaneSyncCore/Services/Waveform/OnsetDetector.h"
 
@@ -238,7 +239,30 @@ void ReviewViewModel::jumpToOnset(bool previous) {
 
 void ReviewViewModel::clapCheck() {
     if (engine_->loop().isLooping) return engine_->clearLoop();
-    if (canCheckClap()) engine_->setLoopRegion(clapCheckSeconds(), clapCheckFrames);
+    if (group() == nullptr) return;
+    const bool isPlayed = canCheckClap();
+    if (isPlayed) engine_->setLoopRegion(clapCheckSeconds(), clapCheckFrames);
+    if ((!isPlayed || !clapSeconds()) && sayWhyNot) sayWhyNot(whyNoClapLoop(isPlayed));
+}
+
+/// Why the clip in view has no loop around its clap, and on the next line what to do. `isPlayed`: a loop is
+/// played without a clap.
+std::string ReviewViewModel::whyNoClapLoop(bool isPlayed) const {
+    const SyncGroup& clip = *group();
+    if (!engine_->transport().isLoaded) return "The clip is not loaded.";
+    const bool isOutside = clapSeconds().has_value();
+    std::string why = isOutside  ? "The clap point lies outside of the picture."
+                      : isPlayed ? "There is no clap point yet: the loop plays around 3 s."
+                                 : "There is no clap point yet.";
+    why += '\n';
+    if (clip.isMOS())
+        why += clip.isLocked ? "⟨lockCurrent⟩ unlocks the clip, then Ctrl+T attaches a recording."
+                             : "Ctrl+T attaches a recording.";
+    else
+        why += clip.isLocked
+                   ? "⟨lockCurrent⟩ unlocks the clip, then ⟨updateClapPoint⟩ sets its clap point."
+                   : "⟨jumpNextEdit⟩ goes to the next onset, ⟨updateClapPoint⟩ sets the clap point there.";
+    return why;
 }
 
 std::optional<double> ReviewViewModel::clapInSound() const {
@@ -287,11 +311,15 @@ void ReviewViewModel::applyZoom(double scaleDelta) {
 void ReviewViewModel::adjustOffset(int byFrames) {
     const SyncGroup* clip = group();
     if (clip == nullptr) return;
-    if (clip->isMOS())
-        throw OutOfRange(clip->isLocked
-                             ? "The clip has no sound to move. Ctrl+L unlocks it, then Ctrl+T attaches "
-                               "a recording."
-                             : "The clip has no sound to move. Ctrl+T attaches a recording.");
+    if (clip->isMOS()) {
+        const std::string_view why =
+            clip->isLocked
+                ? "The clip has no sound to move. ⟨lockCurrent⟩ unlocks it, then Ctrl+T attaches a "
+                  "recording."
+                : "The clip has no sound to move. Ctrl+T attaches a recording.";
+        if (sayWhyNot) return sayWhyNot(why);
+        throw OutOfRange(withStandardKeys(why));
+    }
     nudgeByFrames(*groupID_, byFrames);
 }
 

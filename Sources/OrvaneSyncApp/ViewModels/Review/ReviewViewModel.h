@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace orvane {
@@ -21,7 +22,7 @@ namespace orvane {
 class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
   public:
     static constexpr const char* clapIsLocked =
-        "The clip is locked: Ctrl+L unlocks it, then its clap point can be set.";
+        "The clip is locked: ⟨lockCurrent⟩ unlocks it, then its clap point can be set.";
 
     static std::shared_ptr<ReviewViewModel> create(std::shared_ptr<ImportController> controller,
                                                    std::shared_ptr<VideoEngine> engine);
@@ -38,7 +39,8 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     }
     /// Opens the next or previous clip of the list.
     std::function<void(KeyAction)> moveInList;
-    /// Gets a sentence on why a key does nothing with the clip in view, or on what it did there.
+    /// Gets a sentence on why a key does nothing with the clip in view, or on what it did there. Names
+    /// actions that have a key as "⟨lockCurrent⟩".
     std::function<void(std::string_view)> sayWhyNot;
     /// Runs the command of a key that decides about the clip in view without the player.
     std::function<void(KeyAction, const UUID& groupID)> decideOfClip;
@@ -52,13 +54,15 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     void handleKeyAction(KeyAction action);
     /// Clip time.
     void jumpToEdit(bool previous);
+    /// Plays a loop around the clap, or ends it. Without a clap, around 3 s; it then says what to do.
     void clapCheck();
     /// Clip time of the clap in view; for a clip without sound, of the clap in its picture. For a locked clip
     /// without a clap: the clap that was found when the clip was opened, which is not stored in the clip.
     std::optional<double> clapSeconds() const;
     /// Whether `clapCheck` has an effect: a loop runs, or there is something to play around the clap.
     bool canCheckClap() const;
-    /// Moves the sound, also while it plays. Throws OutOfRange, also if the clip has no sound.
+    /// Moves the sound, also while it plays. Throws OutOfRange. If the clip has no sound, it says so
+    /// (`sayWhyNot`), and without a listener throws OutOfRange.
     void adjustOffset(int byFrames);
     /// `takeSeconds`: position in the recording. With Command and Option the anchor is set there.
     void handleWaveformClick(double takeSeconds, ModifierSet modifiers);
@@ -98,6 +102,7 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     void step(int frames);
     std::optional<double> clapInPicture() const; ///< `clapSeconds` if it is within the picture
     double clapCheckSeconds() const;             ///< clip time of the middle
+    std::string whyNoClapLoop(bool isPlayed) const;
     /// The clap in the sound.
     std::optional<double> clapInSound() const;
 

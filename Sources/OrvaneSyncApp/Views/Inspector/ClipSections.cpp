@@ -121,7 +121,9 @@ void MetadataSection::show(const SyncGroup& clip) {
     if (shown_ == part) return;
     clear(rows_);
     QGridLayout* files = factsGrid();
-    for (const auto& [name, value] : part.files) addFact(files, name, value);
+    for (const auto& [name, value] : part.files)
+        name == MetadataPart::cameraFile || name == MetadataPart::recording ? addFileFact(files, name, value)
+                                                                            : addFact(files, name, value);
     rows_->addLayout(files);
     for (const MetadataPart::Source& source : part.sources)
         for (const auto& group : source.groups) {

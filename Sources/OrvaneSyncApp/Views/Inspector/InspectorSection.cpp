@@ -78,15 +78,34 @@ QCheckBox* InspectorSection::commandBox(std::string_view id, const QString& text
     return made;
 }
 
-void addFact(QGridLayout* grid, const std::string& name, const std::string& value) {
+namespace {
+
+void addRow(QGridLayout* grid, const std::string& name, const std::string& value,
+            const QString& brokenValue) {
     const int row = grid->rowCount();
     const QString shown = translatedSentence(name);
     QLabel* left = facts(breakable(utf8(shown)));
-    QLabel* right = label(breakable(value));
+    QLabel* right = label(brokenValue);
     right->setAccessibleName(QStringLiteral("%1: %2").arg(shown, text(value)));
     grid->addWidget(left, row, 0, Qt::AlignTop);
     grid->addWidget(right, row, 1, Qt::AlignTop);
     grid->setColumnStretch(1, 1);
+}
+
+} // namespace
+
+void addFact(QGridLayout* grid, const std::string& name, const std::string& value) {
+    addRow(grid, name, value, breakable(value));
+}
+
+void addFileFact(QGridLayout* grid, const std::string& name, const std::string& file) {
+    addRow(grid, name, file, breakableFile(file));
+}
+
+QString breakableFile(std::string_view utf8) {
+    const std::size_t name = utf8.rfind('/') + 1; // 0 without a folder
+    return name == 0 ? breakable(utf8)
+                     : breakable(utf8.substr(0, name)) + QLatin1Char('\n') + breakable(utf8.substr(name));
 }
 
 QString breakable(std::string_view utf8) {

@@ -58,8 +58,13 @@ class InspectorSection : public design::FoldableSection {
 
 /// Adds a row with the name at the left and the value at the right; long words may be broken.
 void addFact(QGridLayout* grid, const std::string& name, const std::string& value);
+/// The same for a file, of which `FileNames` gave the name.
+void addFileFact(QGridLayout* grid, const std::string& name, const std::string& file);
 /// The text with places where lines may break within file names.
 QString breakable(std::string_view utf8);
+/// The same for a file name; a folder in front of it is on its own line, so that the name is broken only
+/// where it is wider than a line.
+QString breakableFile(std::string_view utf8);
 /// Removes everything, so that the layout can be filled again.
 void clear(QLayout* layout);
 

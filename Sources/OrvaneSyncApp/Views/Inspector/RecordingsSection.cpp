@@ -49,7 +49,7 @@ void RecordingsSection::addKeys() {
         if (!shown_) return;
         // A message instead of the sheet, because the keys that choose in the sheet usually follow.
         shown_->isLocked ? tell(window(), tr("The clip is locked"),
-                                tr("Ctrl+L unlocks it, then Ctrl+T attaches a recording."))
+                                translated("⟨lockCurrent⟩ unlocks it, then Ctrl+T attaches a recording."))
                          : chooseFromPool();
     });
     for (int i = 0; i < reviewKeys::mostChosen; ++i)
@@ -60,10 +60,11 @@ void RecordingsSection::addKeys() {
 void RecordingsSection::choose(std::size_t index) {
     if (!shown_) return;
     if (index < shown_->recordings.size() && shown_->hasChoice()) return use(index);
-    const QString why = shown_->isLocked
-                            ? tr("The clip is locked: Ctrl+L unlocks it, then its recording can be chosen.")
-                        : shown_->hasChoice() ? tr("The clip has no recording %1 to choose.").arg(index + 1)
-                                              : tr("The clip has no other recording to choose.");
+    const QString why =
+        shown_->isLocked
+            ? translated("The clip is locked: ⟨lockCurrent⟩ unlocks it, then its recording can be chosen.")
+        : shown_->hasChoice() ? tr("The clip has no recording %1 to choose.").arg(index + 1)
+                              : tr("The clip has no other recording to choose.");
     desktop().sayWhyNot(why);
 }
 
@@ -104,7 +105,7 @@ QWidget* RecordingsSection::recordingRow(const RecordingsPart& part, std::size_t
     for (const RecordingsPart::File& file : recording.files) {
         auto* row = new QHBoxLayout;
         row->setSpacing(space::tight);
-        QLabel* name = label(breakable(file.name));
+        QLabel* name = label(breakableFile(file.name));
         name->setToolTip(text(file.name));
         row->addWidget(name, 1);
         QPushButton* remove = button({}, Glyph::cross, Weight::quiet);

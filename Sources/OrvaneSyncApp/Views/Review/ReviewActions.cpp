@@ -9,6 +9,8 @@
 #include <QMenu>
 
 #include <array>
+#include <utility>
+#include <vector>
 
 namespace orvane::views {
 
@@ -78,26 +80,39 @@ ReviewActions::ReviewActions(Desktop& desktop, QObject* parent) : QObject(parent
     bindings_ = desktop_.players().shortcuts()->onChange([this](ShortcutField field) {
         if (field == ShortcutField::bindings) showKeys();
     });
-    showKeys();
+    showLockTitle();
     const auto& review = desktop_.players().review();
-    ofReview_ = review->onChange([this] { showEnabled(); });
+    ofReview_ = review->onChange([this] {
+        showEnabled();
+        showLockTitle();
+    });
     ofEngine_ = review->engine()->onChange([this](VideoEngineField field) {
         if (field == VideoEngineField::transport || field == VideoEngineField::loop) showEnabled();
     });
     ofWork_ = desktop_.controller().onChange([this](ImportField field) {
-        if (field == ImportField::syncGroups) showEnabled(); // the position of the clap may have changed
+        if (field != ImportField::syncGroups) return;
+        showEnabled(); // the position of the clap may have changed
+        showLockTitle();
     });
 }
 
 void ReviewActions::showKeys() {
     const ShortcutBindings& bindings = desktop_.players().shortcuts()->bindings();
+    setKeysInTexts(bindings);
     for (const auto& [key, action] : actions_) {
-        const QString name = translated(label(key));
+        const QString name = key == KeyAction::lockCurrent ? lockTitle_ : translated(label(key));
         const auto found = bindings.find(key);
         const QString keys = found == bindings.end() ? QString() : shownKey(found->second);
         action->setText(keys.isEmpty() ? name : name + QLatin1Char('\t') + keys);
         action->setToolTip(keys.isEmpty() ? name : tr("%1 (%2)").arg(name, keys));
     }
+}
+
+void ReviewActions::showLockTitle() {
+    std::vector<UUID> shown;
+    if (const auto& clip = desktop_.players().review()->groupID()) shown.push_back(*clip);
+    QString title = desktop_.title("toggleLocked", shown);
+    if (std::exchange(lockTitle_, std::move(title)) != lockTitle_) showKeys();
 }
 
 void ReviewActions::fillPlayback(QMenu& menu) const {

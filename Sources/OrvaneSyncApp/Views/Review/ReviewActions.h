@@ -30,11 +30,13 @@ class ReviewActions : public QObject {
 
   private:
     void showKeys();
+    void showLockTitle();
     void showEnabled();
 
     Desktop& desktop_;
     std::map<KeyAction, QAction*> actions_;
     QAction* lens_;
+    QString lockTitle_; ///< for the clip in view
     bool isInFront_ = false, isReview_ = false;
     platform::Subscription bindings_, ofEngine_, ofReview_, ofWork_;
 };

@@ -281,7 +281,7 @@ void TimelineCanvas::mouseDoubleClickEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton || hit.spot != Spot::recording) return mousePressEvent(event);
     if (layout_->content().isLocked)
         return desktop_.sayWhyNot(
-            tr("The clip is locked: Ctrl+L unlocks it, then its recording can be chosen."));
+            translated("The clip is locked: ⟨lockCurrent⟩ unlocks it, then its recording can be chosen."));
     JSON chosen = ofClip();
     chosen.set("matchID", layout_->content().recordings[*hit.index].matchID.text());
     desktop_.run("chooseRecording", std::move(chosen));

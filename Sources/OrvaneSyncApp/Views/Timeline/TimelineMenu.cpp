@@ -68,8 +68,9 @@ std::unique_ptr<QMenu> TimelineCanvas::menuAt(const TimelineLayout::Hit& hit) {
         analysis.set("forceOverwriteManualTracks", false);
         add("runSmartAudioForGroup", std::move(analysis));
     }
-    QAction* lock = add("toggleLocked", ofClip(),
-                        withKey(translated(label(KeyAction::lockCurrent)), KeyAction::lockCurrent));
+    QAction* lock =
+        add("toggleLocked", ofClip(),
+            withKey(translated(desktop_.command("toggleLocked").titleFor(clip())), KeyAction::lockCurrent));
     lock->setCheckable(true);
     lock->setChecked(rows.isLocked && !isMovedSinceLock(*clip()));
     if (hit.track && rows.channel(*hit.track) != nullptr) {

@@ -1,9 +1,10 @@
 #pragma once
 
-#include "OrvaneSyncCore/Services/Shortcuts/Shortcut.h"
+#include "OrvaneSyncCore/Services/Shortcuts/ShortcutBindings.h"
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -38,6 +39,31 @@ inline std::string keyText(const Shortcut& shortcut) {
     std::string key = shortcut.key;
     if (key.size() == 1 && key[0] >= 'a' && key[0] <= 'z') key[0] = static_cast<char>(key[0] - 'a' + 'A');
     return text + key;
+}
+
+/// Replaces the actions that a text names in angle brackets, such as "⟨lockCurrent⟩", by their keys. `keyOf`:
+/// the key of an action, as text.
+template <class KeyOf>
+std::string withKeysOfActions(std::string_view text, const KeyOf& keyOf) {
+    constexpr std::string_view open = "⟨", close = "⟩";
+    std::string named;
+    for (;;) {
+        const std::size_t begin = text.find(open), end = text.find(close, begin);
+        if (end == std::string_view::npos) return named += text;
+        const std::size_t name = begin + open.size();
+        named += text.substr(0, begin);
+        if (const auto action = fromRawValue<ShortcutAction>(text.substr(name, end - name)))
+            named += keyOf(*action);
+        else
+            named += text.substr(begin, end + close.size() - begin);
+        text.remove_prefix(end + close.size());
+    }
+}
+
+/// The same for a reader without keys of their own, such as that of `serve`.
+inline std::string withStandardKeys(std::string_view text) {
+    return withKeysOfActions(text,
+                             [](ShortcutAction action) { return keyText(defaultBindings().at(action)); });
 }
 
 /// Converts a text with modifiers as signs (⌘⌥) or "Cmd+" to the names of this system's keyboards.

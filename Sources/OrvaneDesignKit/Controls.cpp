@@ -240,34 +240,62 @@ Banner::Banner(QWidget* parent)
     close->setToolTip(QObject::tr("Dismiss"));
     row->addWidget(close);
     connect(action_, &QPushButton::clicked, this, [this] {
-        if (const auto run = run_) run();
+        if (const auto run = shown_.action) run();
     });
     connect(other_, &QPushButton::clicked, this, [this] {
-        if (const auto run = runOther_) run();
+        if (const auto run = shown_.otherAction) run();
     });
-    connect(close, &QPushButton::clicked, this, [this] { clear(); });
+    connect(close, &QPushButton::clicked, this, [this] { showEarlier(); });
     setVisible(false);
 }
 
 void Banner::show(Signal signal, const QString& text, const QString& buttonText, std::function<void()> action,
                   const QString& otherText, std::function<void()> otherAction) {
-    run_ = std::move(action);
-    runOther_ = std::move(otherAction);
-    signal_ = signal;
-    glyph_->setVisible(signal != Signal::none);
-    if (signal != Signal::none)
-        glyph_->setPixmap(
-            glyphPixmap(glyph(signal), glyphSide + space::tight, colour(signal), devicePixelRatioF()));
-    text_->setText(text);
-    action_->setText(buttonText);
-    action_->setVisible(!buttonText.isEmpty());
-    other_->setText(otherText);
-    other_->setVisible(!otherText.isEmpty());
-    setAccessibleName(text);
-    setVisible(!text.isEmpty());
+    if (text.isEmpty()) return clear();
+    std::erase_if(earlier_, [&](const Message& one) { return one.text == text; });
+    if (shown_.isKept && shown_.text != text) earlier_.push_back(shown_);
+    present({signal, text, buttonText, otherText, std::move(action), std::move(otherAction)});
 }
 
-void Banner::clear() { show(Signal::none, {}); }
+void Banner::present(Message message) {
+    shown_ = std::move(message);
+    glyph_->setVisible(shown_.signal != Signal::none);
+    if (shown_.signal != Signal::none)
+        glyph_->setPixmap(glyphPixmap(glyph(shown_.signal), glyphSide + space::tight, colour(shown_.signal),
+                                      devicePixelRatioF()));
+    text_->setText(shown_.text);
+    action_->setText(shown_.actionText);
+    action_->setVisible(!shown_.actionText.isEmpty());
+    other_->setText(shown_.otherText);
+    other_->setVisible(!shown_.otherText.isEmpty());
+    setAccessibleName(shown_.text);
+    setVisible(!shown_.text.isEmpty());
+}
+
+void Banner::showEarlier() {
+    Message next;
+    if (!earlier_.empty()) {
+        next = std::move(earlier_.back());
+        earlier_.pop_back();
+    }
+    present(std::move(next));
+}
+
+void Banner::keep() { shown_.isKept = !shown_.text.isEmpty(); }
+
+void Banner::clear() {
+    if (!shown_.isKept) showEarlier();
+}
+
+void Banner::remove(const QString& text) {
+    std::erase_if(earlier_, [&](const Message& one) { return one.text == text; });
+    if (shown_.text == text) showEarlier();
+}
+
+void Banner::clearAll() {
+    earlier_.clear();
+    present({});
+}
 
 void Banner::focusButton() {
     if (!action_->isHidden()) action_->setFocus(Qt::OtherFocusReason);

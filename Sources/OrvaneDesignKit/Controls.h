@@ -81,7 +81,8 @@ class Badge : public QWidget {
     QString text_;
 };
 
-/// Shows beside a control what happened and what to do, with a button for that. Hidden without a text.
+/// Shows what happened and what to do, with a button for that. Hidden without a message. A new message
+/// replaces the one that is shown, except one that is kept: that one is shown again after the new one.
 class Banner : public QFrame {
   public:
     explicit Banner(QWidget* parent = nullptr);
@@ -89,18 +90,36 @@ class Banner : public QFrame {
     void show(Signal signal, const QString& text, const QString& buttonText = {},
               std::function<void()> action = {}, const QString& otherText = {},
               std::function<void()> otherAction = {});
+    /// Keeps the message that is shown until the user closes it, or `remove` or `clearAll` is called: for a
+    /// message that the user cannot call up again.
+    void keep();
+    /// Removes the message that is shown, unless it is kept.
     void clear();
+    /// Removes the message with this text, also if it is not shown at the moment.
+    void remove(const QString& text);
+    void clearAll();
     /// Moves the keyboard focus to the button, if there is one.
     void focusButton();
+    // Those of the message that is shown.
     QString text() const { return text_->text(); }
-    Signal signal() const { return signal_; } ///< none: requires no action
+    Signal signal() const { return shown_.signal; } ///< none: requires no action
+    bool isKept() const { return shown_.isKept; }
 
   private:
-    Signal signal_ = Signal::none;
+    struct Message {
+        Signal signal = Signal::none;
+        QString text, actionText, otherText;
+        std::function<void()> action, otherAction;
+        bool isKept = false;
+    };
+    void present(Message message);
+    void showEarlier();
+
+    Message shown_;
+    std::vector<Message> earlier_; ///< kept messages below the one that is shown, the newest last
     QLabel* glyph_;
     QLabel* text_;
     QPushButton *action_, *other_;
-    std::function<void()> run_, runOther_;
 };
 
 /// What an empty area shows: what it is for, and what to do next.

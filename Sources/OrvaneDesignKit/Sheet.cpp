@@ -108,6 +108,21 @@ void SliderField::setValue(int value) {
 
 int SliderField::value() const { return field_->value(); }
 
+namespace {
+
+QString toastPlaceName() { return QStringLiteral("toastPlace"); }
+
+/// In coordinates of the window.
+QRect toastPlaceIn(const QWidget& window) {
+    for (const QWidget* part : window.findChildren<QWidget*>(toastPlaceName()))
+        if (part->isVisible()) return {part->mapTo(&window, QPoint()), part->size()};
+    return window.rect();
+}
+
+} // namespace
+
+void setToastPlace(QWidget* part) { part->setObjectName(toastPlaceName()); }
+
 void showToast(QWidget* window, const QString& text) {
     constexpr int shownFor = 3000; // milliseconds
     // One at a time: a new one would cover the others.
@@ -125,13 +140,14 @@ void showToast(QWidget* window, const QString& text) {
     row->addWidget(label);
     toast->setAccessibleName(text);
     toast->adjustSize();
-    if (const int widest = window->width() - 2 * space::large; toast->width() > widest) {
+    const QRect within = toastPlaceIn(*window);
+    if (const int widest = within.width() - 2 * space::large; toast->width() > widest) {
         label->setWordWrap(true);
         toast->resize(widest, row->heightForWidth(widest));
     }
     QRect place(toast->rect());
-    place.moveCenter({window->width() / 2, 0});
-    place.moveBottom(window->height() - space::large);
+    place.moveCenter({within.center().x(), 0});
+    place.moveBottom(within.bottom() - space::large);
     for (const auto* frame : window->findChildren<QFrame*>()) {
         const auto* banner = dynamic_cast<const Banner*>(frame);
         if (banner == nullptr || !banner->isVisible()) continue;

@@ -171,7 +171,7 @@ TEST_F(ImportControllerTest, theClipsOfAnotherScanCanHaveWhatWasDecided) {
         controller_->clips().toggleLocked(locked);
         controller_->clips().setManualClipName(named, "Kitchen");
     });
-    const SyncGroupList earlier = controller_->work().syncGroups();
+    const WorkFiles earlier = controller_->recordings().workFiles();
     const auto recordings = clip("A001C001")->audioMatches.size();
     ASSERT_GT(recordings, 0U);
     scan(folder("camera"), std::nullopt); // without the card that has the sound
@@ -188,6 +188,36 @@ TEST_F(ImportControllerTest, theClipsOfAnotherScanCanHaveWhatWasDecided) {
                           [&] { controller_->clips().toggleApproved(clip("B001C001")->id); });
     finish(controller_->recordings().keepDecisions(earlier));
     EXPECT_FALSE(clip("A001C001")->isLocked) << "what was decided since would be lost";
+}
+
+TEST_F(ImportControllerTest, aClipThatWasRemovedStaysRemovedWithTheOtherDecisions) {
+    test::makeSmallShoot(folder_.path());
+    scan(folder("camera"), folder("sound"));
+    const auto wild = [&] { return controller_->work().wildTracks().size(); };
+    const UUID sound = clip("A001C001")->audioMatches.front().audio->id;
+    controller_->withUndo(undoSteps::removeVideoFromSync, [&] {
+        for (const char* name : {"A001C001", "B001C001"}) // the cameras of the sound
+            controller_->recordings().removeVideoFromSync(clip(name)->id);
+    });
+    const WorkFiles earlier = controller_->recordings().workFiles();
+    EXPECT_EQ(earlier.removedVideos().size(), 2U);
+    const auto wildBefore = wild();
+    const std::size_t clips = controller_->work().syncGroups().size();
+    test::MovieMaker()
+        .video({.frames = 100})
+        .timecode({.firstFrame = 36000 * 25})
+        .writeTo(folder_.path("camera/C001C001.mov"));
+    scan(folder("camera"), folder("sound"));
+    EXPECT_NE(clip("A001C001"), nullptr);
+    finish(controller_->recordings().keepDecisions(earlier));
+    EXPECT_EQ(clip("A001C001"), nullptr);
+    EXPECT_EQ(clip("B001C001"), nullptr);
+    EXPECT_NE(clip("C001C001"), nullptr) << "which is new";
+    EXPECT_EQ(controller_->work().syncGroups().size(), clips + 1);
+    EXPECT_EQ(wild(), wildBefore);
+    EXPECT_EQ(std::ranges::count(controller_->work().wildTracks(), sound, &WildTrack::id), 1);
+    controller_->undo();
+    EXPECT_NE(clip("A001C001"), nullptr);
 }
 
 TEST_F(ImportControllerTest, aScanThatIsOvertakenLeavesNoTrace) {

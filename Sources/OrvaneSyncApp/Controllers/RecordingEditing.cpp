@@ -231,12 +231,12 @@ platform::Task RecordingEditing::resyncAll(std::weak_ptr<RecordingEditing> weak)
     }
 }
 
-platform::Task RecordingEditing::keepDecisions(SyncGroupList earlier) {
+platform::Task RecordingEditing::keepDecisions(WorkFiles earlier) {
     work_.notices.assertOnMainThread();
     return work_.running.add(keep(work_.weak(this), std::move(earlier)));
 }
 
-platform::Task RecordingEditing::keep(std::weak_ptr<RecordingEditing> weak, SyncGroupList earlier) {
+platform::Task RecordingEditing::keep(std::weak_ptr<RecordingEditing> weak, WorkFiles earlier) {
     for (;;) {
         auto self = weak.lock();
         if (!self || self->work_.undoState().undoActionName != undoSteps::scanAndMatch.actionName) co_return;

@@ -41,10 +41,12 @@ class RecordingEditing {
     platform::Task resyncClip(UUID groupID);
     platform::Task resyncAllClips();
 
+    /// The present clips and the scan that made them.
+    WorkFiles workFiles() const { return {work_.syncGroups(), work_.sharedWildTracks(), scan_.scanResult()}; }
     /// To be called after a scan has replaced the `earlier` clips, and before another step. Gives their
     /// decisions to the clips with the same camera files (`withDecisionsOf`), as one step. Also restores
     /// their Smart Audio results.
-    platform::Task keepDecisions(SyncGroupList earlier);
+    platform::Task keepDecisions(WorkFiles earlier);
 
     void renameWildTrack(UUID id, std::string_view name);
     void toggleWildTrackApproved(UUID id);
@@ -68,10 +70,9 @@ class RecordingEditing {
     static platform::Task attachFile(std::weak_ptr<RecordingEditing> weak, UUID groupID, FileURL file);
     void editWildTrack(UUID id, const std::function<void(WildTrack&)>& change);
     void settleWildTracks(const std::vector<AudioMatch>& released);
-    WorkFiles workFiles() const { return {work_.syncGroups(), work_.sharedWildTracks(), scan_.scanResult()}; }
     static platform::Task resyncAsked(std::weak_ptr<RecordingEditing> weak);
     static platform::Task resyncAll(std::weak_ptr<RecordingEditing> weak);
-    static platform::Task keep(std::weak_ptr<RecordingEditing> weak, SyncGroupList earlier);
+    static platform::Task keep(std::weak_ptr<RecordingEditing> weak, WorkFiles earlier);
     void resync(const std::vector<SyncGroup>& matched);
 
     OpenWork& work_;

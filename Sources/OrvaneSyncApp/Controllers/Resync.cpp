@@ -162,9 +162,11 @@ std::optional<Resynced> resynced(const WorkFiles& files, const SourceCorrections
     return made;
 }
 
-WithDecisions withDecisionsOf(const SyncGroupList& earlier, const WorkFiles& scanned,
+WithDecisions withDecisionsOf(const WorkFiles& earlier, const WorkFiles& scanned,
                               const std::stop_token& stop) {
-    const ByPath before = byPath(earlier);
+    const ByPath before = byPath(earlier.groups);
+    std::unordered_set<std::string_view> removed;
+    for (const MediaAsset* video : earlier.removedVideos()) removed.insert(video->url.path);
     WithDecisions made;
     std::vector<AudioMatch> released;
     std::unordered_set<UUID> used;
@@ -172,13 +174,13 @@ WithDecisions withDecisionsOf(const SyncGroupList& earlier, const WorkFiles& sca
     for (std::size_t i = 0; i < scanned.groups.size(); ++i) {
         check();
         const SyncGroup& now = scanned.groups[i];
-        const auto was = before.find(now.video.url.path);
-        if (was == before.end())
-            made.groups.append(scanned.groups.element(i));
-        else
-            made.groups.append(std::make_shared<SyncGroup>(withDecisions(now, *was->second)));
         released.insert(released.end(), now.audioMatches.begin(), now.audioMatches.end());
-        for (const AudioMatch& match : made.groups[i].audioMatches) used.insert(match.audio->id);
+        if (removed.contains(now.video.url.path)) continue;
+        const auto was = before.find(now.video.url.path);
+        auto own = was == before.end() ? scanned.groups.element(i)
+                                       : std::make_shared<SyncGroup>(withDecisions(now, *was->second));
+        for (const AudioMatch& match : own->audioMatches) used.insert(match.audio->id);
+        made.groups.append(std::move(own));
     }
     made.groups.makeIndex();
     auto tracks = settledWildTracks(*scanned.wildTracks, released,

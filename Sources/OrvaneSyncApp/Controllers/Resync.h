@@ -38,12 +38,14 @@ std::optional<Resynced> resynced(const WorkFiles& files, const SourceCorrections
 
 /// The clips of a scan, with the decisions of the earlier clips that have the same camera file: such a clip
 /// is the earlier clip, with the recordings of the scan. A locked clip keeps its recordings. A clip also
-/// keeps them if its recording was attached manually and the scan did not match that recording to it.
+/// keeps them if its recording was attached manually and the scan did not match that recording to it. A clip
+/// whose camera file the earlier scan found, and that was not among the earlier clips, was removed by the
+/// editor and stays removed.
 struct WithDecisions {
     SyncGroupList groups;
     std::shared_ptr<const std::vector<WildTrack>> wildTracks;
 };
-WithDecisions withDecisionsOf(const SyncGroupList& earlier, const WorkFiles& scanned,
+WithDecisions withDecisionsOf(const WorkFiles& earlier, const WorkFiles& scanned,
                               const std::stop_token& stop);
 
 /// Gives the clip the recordings of `matched`, and adapts its decisions to them. If the editor chose another

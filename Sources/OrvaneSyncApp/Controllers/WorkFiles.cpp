@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Naming/ClipNames.h"
 
+#include <string_view>
 #include <unordered_set>
 #include <utility>
 
@@ -44,6 +45,16 @@ std::vector<MediaAsset> WorkFiles::videos() const {
     videos.reserve(groups.size());
     for (const SyncGroup& group : groups) videos.push_back(group.video);
     return videos;
+}
+
+std::vector<const MediaAsset*> WorkFiles::removedVideos() const {
+    std::vector<const MediaAsset*> removed;
+    if (!scanned) return removed;
+    std::unordered_set<std::string_view> left;
+    for (const SyncGroup& group : groups) left.insert(group.video.url.path);
+    for (const MediaAsset& video : scanned->videoAssets)
+        if (!left.contains(video.url.path)) removed.push_back(&video);
+    return removed;
 }
 
 FileNames WorkFiles::fileNames() const {

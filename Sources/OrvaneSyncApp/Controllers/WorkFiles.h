@@ -39,6 +39,8 @@ struct WorkFiles {
     std::vector<const MediaAsset*> audioPool() const;
     std::vector<MediaAsset> copiedAudioPool() const;
     std::vector<MediaAsset> videos() const;
+    /// Those of the scan that no clip has, because the editor removed the clip. Valid as long as this object.
+    std::vector<const MediaAsset*> removedVideos() const;
     FileNames fileNames() const;
     DisplayNames displayNames(const NamingRules& rules) const;
 };

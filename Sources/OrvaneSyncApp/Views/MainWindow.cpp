@@ -67,6 +67,8 @@ void MainWindow::makeParts() {
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(banner_ = new WorkBanner(desktop_));
+    // A long message in a screen that plays must not widen the column of the picture.
+    banner_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     pages_ = new QStackedWidget;
     pages_->addWidget(start_ = new StartView(
                           desktop_, [this] { opening_->startScan(); },
@@ -260,14 +262,22 @@ void MainWindow::showPage() {
     if (screen == nullptr && screens_->isPlaying()) return screens_->showList();
     if (pages_->currentWidget() == page) return;
     banner_->leavePage();
-    // When the banner appears or disappears, neither the rows of the list under the pointer nor the timeline
-    // at the bottom of a review may move.
-    auto* column = static_cast<QBoxLayout*>(banner_->parentWidget()->layout());
-    column->removeWidget(banner_);
-    column->insertWidget(screen != nullptr && !screen->isPlaying() ? 1 : 0, banner_);
+    placeBanner(*page);
     pages_->setCurrentWidget(page);
     takeKeyboard();
     if (screen != nullptr) screen->entered();
+}
+
+/// When the banner appears or disappears, neither the rows of the list under the pointer nor a picture and
+/// its timeline may move.
+void MainWindow::placeBanner(QWidget& page) {
+    const auto* screen = dynamic_cast<const WorkScreen*>(&page);
+    if (QBoxLayout* const overPicture = screen != nullptr ? screen->messages() : nullptr)
+        overPicture->insertWidget(0, banner_);
+    else
+        static_cast<QBoxLayout*>(pages_->parentWidget()->layout())
+            ->insertWidget(screen != nullptr && !screen->isPlaying() ? 1 : 0, banner_);
+    banner_->setVisible(!banner_->text().isEmpty()); // another parent hides it
 }
 
 void MainWindow::takeKeyboard() {

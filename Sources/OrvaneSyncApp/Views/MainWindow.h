@@ -53,6 +53,7 @@ class MainWindow : public QMainWindow {
     void observe();
     /// Shows the page that fits the state of the work.
     void showPage();
+    void placeBanner(QWidget& page);
     void frontChanged();
     /// Shows the open work, if the start page is in front of it.
     void showWork();

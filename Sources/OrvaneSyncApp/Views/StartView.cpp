@@ -34,6 +34,7 @@ QString decisionsText(const ClipDecisions& decisions) {
     add(decisions.approved, QObject::tr("%1 approved"));
     add(decisions.otherwise, QObject::tr("%1 changed by hand"));
     add(decisions.claps, QObject::tr("%1 with only a clap point"));
+    add(decisions.removed, QObject::tr("%1 removed"));
     add(decisions.described, QObject::tr("%1 with metadata"));
     return parts.join(QStringLiteral(", "));
 }

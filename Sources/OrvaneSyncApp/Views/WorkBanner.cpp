@@ -5,7 +5,6 @@
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncApp/ViewModels/Results/ListeningTexts.h"
 #include "OrvaneSyncApp/ViewModels/Sheets/ReportTexts.h"
-#include "OrvaneSyncApp/Views/AnalyseAgain.h"
 #include "OrvaneSyncApp/Views/Asking.h"
 #include "OrvaneSyncApp/Views/Leaving.h"
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
@@ -68,14 +67,13 @@ WorkBanner::WorkBanner(Desktop& desktop) : desktop_(desktop) {
 }
 
 void WorkBanner::showNotice(Signal signal, const QString& what) {
-    const bool isOffered = !lost_.isEmpty() && text() == lost_;
-    isOffered ? showToast(window(), what) : show(signal, what);
+    isKept() ? showToast(window(), what) : show(signal, what);
 }
 
 void WorkBanner::showOfPage(Signal signal, const QString& what) { showNotice(signal, ofPage_ = what); }
 
 void WorkBanner::forget(QString& message) {
-    if (!message.isEmpty() && text() == message) clear();
+    if (!message.isEmpty()) remove(message);
     message.clear();
 }
 
@@ -101,7 +99,7 @@ void WorkBanner::showAnalysis() {
                tr("Smart Audio has analyzed %1 of %2 clips with sound.").arg(heard).arg(withSound));
 }
 
-void WorkBanner::showLost(const ClipDecisions& before, const SyncGroupList& clipsBefore) {
+void WorkBanner::showLost(const ClipDecisions& before, const WorkFiles& workBefore) {
     const ClipDecisions lost = before.without(ClipDecisions::of(desktop_.controller()));
     const auto isLastStep = [this] {
         const auto& last = desktop_.controller().work().undoState().undoActionName;
@@ -115,22 +113,23 @@ void WorkBanner::showLost(const ClipDecisions& before, const SyncGroupList& clip
         lost_ =
             tr("The scan replaced the clips and took away what was decided: %1.").arg(decisionsText(lost)),
         tr("Keep the Decisions"),
-        [this, isLastStep, before, clipsBefore] {
-            if (isLastStep()) keepDecisions(before, clipsBefore);
+        [this, isLastStep, before, workBefore] {
+            if (isLastStep()) keepDecisions(before, workBefore);
         },
         tr("Undo"),
         [this, isLastStep] {
             if (!isLastStep()) return;
-            clear();
+            forget(lost_);
             desktop_.run("undo");
         });
+    keep(); // no menu offers it again
 }
 
-void WorkBanner::keepDecisions(const ClipDecisions& before, const SyncGroupList& clipsBefore) {
+void WorkBanner::keepDecisions(const ClipDecisions& before, const WorkFiles& workBefore) {
     forget(lost_);
     desktop_.controller()
         .recordings()
-        .keepDecisions(clipsBefore)
+        .keepDecisions(workBefore)
         .whenDone([self = QPointer(this), before](const std::exception_ptr& raised) {
             if (!self || raised) return;
             const auto lost = before.without(ClipDecisions::of(self->desktop_.controller()));
@@ -181,7 +180,7 @@ void WorkBanner::showOutdated() {
                  .arg(translatedSentence(counted(static_cast<long long>(clips), "clip", "clips"))),
          tr("Run Again"), [this] {
              forget(outdated_);
-             runSmartAudioAgain(desktop_);
+             desktop_.controller().smartAudio().reanalyseOutdated();
          });
 }
 

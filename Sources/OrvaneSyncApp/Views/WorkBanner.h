@@ -16,8 +16,7 @@ class WorkBanner : public design::Banner {
   public:
     explicit WorkBanner(Desktop& desktop);
 
-    /// A message without an action. At the foot of the window while the banner offers to keep the decisions,
-    /// which the user cannot call up again.
+    /// A message without an action. It disappears by itself while the banner shows a message that is kept.
     void showNotice(design::Signal signal, const QString& what);
     /// For a message about the page and the clips in front: `leavePage` removes it.
     void showOfPage(design::Signal signal, const QString& what);
@@ -27,7 +26,7 @@ class WorkBanner : public design::Banner {
         if (signal() == design::Signal::none) clear();
     }
     /// After a scan that removed decisions; offers to keep them or to undo the scan.
-    void showLost(const ClipDecisions& before, const SyncGroupList& clipsBefore);
+    void showLost(const ClipDecisions& before, const WorkFiles& workBefore);
     /// What is wrong with the open session. If other clips were kept beside it, offers to explain how to see
     /// them.
     void showProblem();
@@ -44,7 +43,7 @@ class WorkBanner : public design::Banner {
 
   private:
     /// Gives the decisions of the clips before the scan to the clips of the scan.
-    void keepDecisions(const ClipDecisions& before, const SyncGroupList& clipsBefore);
+    void keepDecisions(const ClipDecisions& before, const WorkFiles& workBefore);
     /// Removes the message of `showLost` if the scan was undone.
     void forgetLost();
     /// How many clips were analysed with other settings than the present ones.
@@ -61,7 +60,7 @@ class WorkBanner : public design::Banner {
     void showLockit();
     /// After an analysis of several clips: what it could not read.
     void showAnalysis();
-    /// Removes the message if the banner still shows it.
+    /// Removes the message from the banner.
     void forget(QString& message);
 
     Desktop& desktop_;

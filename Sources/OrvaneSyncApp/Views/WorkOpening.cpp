@@ -69,7 +69,7 @@ void WorkOpening::sessionChanged() {
     const SessionInfo* session = desktop_.sessions().currentSession();
     // A session that a scan has just begun has no clips yet; the messages about the scan still hold.
     if (session != nullptr && session->groupCount > 0) {
-        banner_.clear(); // messages about the earlier work
+        banner_.clearAll(); // messages about the earlier work
         banner_.showProblem();
         // At the start, `showSessionOfStart` says this and more.
         if (!desktop_.sessions().problem() && !opening_) banner_.showSession(*session);
@@ -90,7 +90,7 @@ bool WorkOpening::isScanning() const { return scan_ || start_.isAboutToScan(); }
 void WorkOpening::startScan() {
     leaveStart();
     isDropped_ = false;
-    banner_.clear();
+    banner_.clearAll();
     scanning_.begin();
     const bool isOther = desktop_.controller().work().syncGroups().empty();
     JSON arguments = JSON::object();
@@ -102,8 +102,8 @@ void WorkOpening::startScan() {
     if (isOther) offerKnownSession();
     scan_->whenDone(
         [self = QPointer(this), before = ClipDecisions::of(desktop_.controller()),
-         clipsBefore = desktop_.controller().work().syncGroups()](const std::exception_ptr& raised) {
-            if (self) self->scanEnded(raised, before, clipsBefore);
+         workBefore = desktop_.controller().recordings().workFiles()](const std::exception_ptr& raised) {
+            if (self) self->scanEnded(raised, before, workBefore);
         });
     whenPageChanged();
     // Uses the time in which the files are read to make the list.
@@ -112,7 +112,7 @@ void WorkOpening::startScan() {
 }
 
 void WorkOpening::scanEnded(const std::exception_ptr& raised, const ClipDecisions& before,
-                            const SyncGroupList& clipsBefore) {
+                            const WorkFiles& workBefore) {
     scan_.reset();
     try {
         if (raised) std::rethrow_exception(raised);
@@ -121,7 +121,7 @@ void WorkOpening::scanEnded(const std::exception_ptr& raised, const ClipDecision
         for (const FileURL& folder : desktop_.controller().work().folders()) scanned << text(folder.path);
         RecentPlaces::add(scanned);
         if (before.without(ClipDecisions::of(desktop_.controller())).any())
-            banner_.showLost(before, clipsBefore);
+            banner_.showLost(before, workBefore);
     } catch (const std::exception& why) {
         banner_.show(Signal::missing, translatedSentence(why.what()));
     } catch (const platform::Stopped&) {

@@ -58,7 +58,7 @@ class WorkOpening : public QObject {
     /// While a scan runs, shows a message and returns true, because other folders would end the scan.
     bool refusesDuringScan();
     void scanEnded(const std::exception_ptr& raised, const ClipDecisions& before,
-                   const SyncGroupList& clipsBefore);
+                   const WorkFiles& workBefore);
     /// If the scanned folders are those of a stored session, offers to open it.
     void offerKnownSession();
     void openProjectFile(const QString& path);

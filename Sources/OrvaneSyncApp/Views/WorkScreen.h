@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+class QBoxLayout;
 class QLineEdit;
 
 namespace orvane::views {
@@ -54,6 +55,9 @@ class WorkScreen : public QWidget {
     virtual QWidget* keyboard() { return this; }
     /// The overlay that shows what each key does here; null if the screen has none.
     virtual KeyOverlay* keyOverlay() const { return nullptr; }
+    /// The layout over the top of its picture for the window's banner, which moves nothing there. Null: the
+    /// banner is beside the screen.
+    virtual QBoxLayout* messages() const { return nullptr; }
     /// What a click or a key does here, for the status line.
     virtual QString hint() const { return {}; }
     /// Handles a key pressed over its picture in fullscreen. Returns whether it used the key.

@@ -20,13 +20,14 @@ ClipDecisions ClipDecisions::of(const ImportController& controller) {
         }
         if ((clip.hasALEMetadata() && !isReportLoaded) || clip.hasLockitMetadata()) ++found.described;
     }
+    found.removed = static_cast<int>(controller.recordings().workFiles().removedVideos().size());
     return found;
 }
 
 ClipDecisions ClipDecisions::without(const ClipDecisions& later) const {
     const auto rest = [](int before, int after) { return std::max(before - after, 0); };
     return {rest(locked, later.locked), rest(approved, later.approved), rest(otherwise, later.otherwise),
-            rest(claps, later.claps), rest(described, later.described)};
+            rest(claps, later.claps),   rest(removed, later.removed),   rest(described, later.described)};
 }
 
 } // namespace orvane

@@ -10,6 +10,7 @@ struct ClipDecisions {
     int approved = 0;
     int otherwise = 0; ///< clips with decisions that are neither locked nor approved
     int claps = 0;     ///< clips with a clap point in the sound and none of the above
+    int removed = 0;   ///< clips that the editor has removed
     int described = 0; ///< clips with metadata of a report that is not loaded, or of the metadata service
 
     static ClipDecisions of(const ImportController& controller);

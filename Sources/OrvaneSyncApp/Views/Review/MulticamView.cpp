@@ -2,6 +2,7 @@
 
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneDesignKit/ElidedLabel.h"
+#include "OrvaneDesignKit/Sheet.h"
 #include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
 #include "OrvaneSyncApp/Views/Review/CameraStrip.h"
 #include "OrvaneSyncApp/Views/Review/FullscreenWindow.h"
@@ -133,7 +134,11 @@ MulticamView::MulticamView(Desktop& desktop, ScreenHost host)
     grid_ = new QGridLayout(pictures);
     grid_->setContentsMargins(0, 0, 0, 0);
     grid_->setSpacing(space::tight);
-    column->addWidget(pictures, 1);
+    setToastPlace(pictures);
+    auto* place = new QGridLayout;
+    place->addWidget(pictures, 0, 0);
+    place->addLayout(messages_ = new QVBoxLayout, 0, 0, Qt::AlignTop);
+    column->addLayout(place, 1);
     auto* transport = new QHBoxLayout;
     transport->setSpacing(1);
     transport->addStretch(1);

@@ -30,6 +30,7 @@ class MulticamView : public WorkScreen {
     QLineEdit* search() const override;
     OutlineView* outlineBeside() const override { return outline_; }
     KeyOverlay* keyOverlay() const override { return keys_; }
+    QBoxLayout* messages() const override { return messages_; }
     bool hear(std::size_t camera) override; ///< its index in the grid
     /// Escape and F bring the camera back from fullscreen.
     bool handleFullscreen(const KeyEvent& event) override;
@@ -48,6 +49,7 @@ class MulticamView : public WorkScreen {
     OutlineView* outline_;
     QLabel* take_;
     QGridLayout* grid_;
+    QBoxLayout* messages_;
     CameraStrip* strip_;
     KeyOverlay* keys_;
     std::unique_ptr<FullscreenManager> fullscreen_; ///< of the camera that was sent there

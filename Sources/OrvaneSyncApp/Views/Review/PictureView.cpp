@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Review/PictureView.h"
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneDesignKit/Sheet.h"
 #include "OrvaneSyncApp/ViewModels/Review/PictureTexts.h"
 #include "OrvaneSyncApp/Views/Background.h"
 #include "OrvaneSyncApp/Views/Review/FullscreenWindow.h"
@@ -70,6 +71,7 @@ PictureView::PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> revi
                          QWidget* parent)
     : QWidget(parent), desktop_(desktop), review_(std::move(review)), actions_(actions) {
     auto* pages = new QWidget;
+    setToastPlace(pages);
     pages_ = new QStackedLayout(pages);
     pages_->addWidget(canvas_ = new PictureCanvas);
     pages_->addWidget(lens_ = new SyncLensView(desktop_, review_));

@@ -40,10 +40,12 @@ ReviewView::ReviewView(Desktop& desktop, ScreenHost host) : WorkScreen(desktop, 
     pictureColumn->addWidget(steps_ = new StepsBar(desktop, actions, [this](const UUID& clip) {
                                  return outline_->placeInList(clip);
                              }));
-    // An offer lies over the top of the picture: nothing moves when it comes, and it covers no control.
+    // Messages are shown over the top of the picture: nothing moves when one comes, and it covers no control.
     auto* place = new QGridLayout;
     place->addWidget(picture_ = new PictureView(desktop, review, actions), 0, 0);
-    place->addWidget(new SiblingBanner(desktop, review), 0, 0, Qt::AlignTop);
+    place->addLayout(messages_ = new QVBoxLayout, 0, 0, Qt::AlignTop);
+    messages_->setSpacing(0);
+    messages_->addWidget(new SiblingBanner(desktop, review));
     pictureColumn->addLayout(place, 1);
     rows_->addWidget(upper);
     rows_->addWidget(timeline_ = new TimelineView(desktop, review));

@@ -33,6 +33,7 @@ class ReviewView : public WorkScreen {
     QLineEdit* search() const override;
     OutlineView* outlineBeside() const override { return outline_; }
     KeyOverlay* keyOverlay() const override { return keys_; }
+    QBoxLayout* messages() const override { return messages_; }
     bool handleFullscreen(const KeyEvent& event) override;
     void leave() override;
     void savePlaces() override;
@@ -43,6 +44,7 @@ class ReviewView : public WorkScreen {
 
     QSplitter* columns_;
     QSplitter* rows_;
+    QBoxLayout* messages_;
     OutlineView* outline_;
     StepsBar* steps_;
     PictureView* picture_;

@@ -1,5 +1,4 @@
 #include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
-#include "OrvaneSyncApp/Views/AnalyseAgain.h"
 
 #include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
@@ -192,7 +191,7 @@ ExportSheet::ExportSheet(Desktop& desktop, QWidget* parent) : QDialog(parent), d
             tr("The settings of Smart Audio have changed. Made with other settings: the analysis of %1.")
                 .arg(translatedSentence(counted(static_cast<long long>(clips), "clip", "clips"))),
             tr("Run Again"), [this] {
-                runSmartAudioAgain(desktop_);
+                desktop_.controller().smartAudio().reanalyseOutdated();
                 reject();
             });
 }

@@ -111,8 +111,12 @@ void WorkScreens::showList() {
 }
 
 void WorkScreens::goBack() {
-    const bool isFromClip = from_ && desktop_.controller().work().syncGroups().find(*from_) != nullptr;
-    isFromClip ? openReview(*from_) : showList();
+    if (!from_) return showList();
+    // Another take may be in view by now; its clip is then the one that the user worked on last.
+    const std::vector<UUID> shown = front_->clips();
+    const bool isShown = shown.empty() || std::ranges::find(shown, *from_) != shown.end();
+    const UUID clip = isShown ? *from_ : shown.front();
+    desktop_.controller().work().syncGroups().find(clip) != nullptr ? openReview(clip) : showList();
 }
 
 void WorkScreens::close() {

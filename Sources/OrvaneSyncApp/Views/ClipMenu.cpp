@@ -1,11 +1,13 @@
 #include "OrvaneSyncApp/Views/ClipMenu.h"
 
 #include "OrvaneDesignKit/Icons.h"
+#include "OrvaneDesignKit/Sheet.h"
 #include "OrvaneSyncApp/ViewModels/Inspector/ClipParts.h"
 #include "OrvaneSyncApp/ViewModels/Results/ClipInLists.h"
 #include "OrvaneSyncApp/Views/MatchAgain.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <QInputDialog>
 #include <QLineEdit>
@@ -54,10 +56,19 @@ void ClipMenu::fill(QMenu& menu, const std::vector<UUID>& clips) const {
 }
 
 void ClipMenu::run(std::string_view command, const std::vector<UUID>& clips) const {
-    if (command == "resyncClip")
+    if (command == "resyncClip") {
         matchAgain(desktop_, of_, clips);
-    else
+    } else {
+        const SyncGroupList before = desktop_.controller().work().syncGroups();
         desktop_.runForClips(command, clips);
+        // Of one clip the list shows the change.
+        const std::size_t changed =
+            desktop_.controller().work().syncGroups().changesSince(before).changed.size();
+        if (clips.size() > 1 && changed > 0)
+            design::showToast(of_->window(), QObject::tr("%1: %2 changed. Undo takes it back.")
+                                                 .arg(translated(desktop_.command(command).title),
+                                                      translatedSentence(counted(changed, "clip", "clips"))));
+    }
     done(clips);
 }
 

@@ -385,11 +385,11 @@ void StartView::showWayBack() {
 
 void StartView::showWhatIsLost() {
     const QString lost = decisionsText(ClipDecisions::of(desktop_.controller()));
-    lost_->show(Signal::doubtful, lost.isEmpty()
-                                      ? QString()
-                                      : tr("A scan replaces the open clips. It would take away what "
-                                           "was decided: %1. Undo brings it back.")
-                                            .arg(lost));
+    lost_->show(Signal::none, lost.isEmpty()
+                                  ? QString()
+                                  : tr("A scan replaces the open clips. What was decided (%1) can be kept "
+                                       "with “Keep the Decisions” after it.")
+                                        .arg(lost));
 }
 
 void StartView::showEvent(QShowEvent* event) {

@@ -169,7 +169,7 @@ NotesPart NotesPart::of(const ImportController& controller, const SyncGroup& gro
         return part;
     }
     if (slate == nullptr) {
-        part.slate = "The clip was not searched for its slate.";
+        part.slate = "Slate: not searched for yet.";
         return part;
     }
     part.slateProblem = controller.slates().problem(group.id).value_or("");
@@ -178,11 +178,13 @@ NotesPart NotesPart::of(const ImportController& controller, const SyncGroup& gro
     if (slate->ocrTake) found.push_back("take " + *slate->ocrTake);
     if (slate->ocrRoll) found.push_back("roll " + *slate->ocrRoll);
     if (slate->slateFrameTime) found.push_back(formatted("seen at %.1f s", *slate->slateFrameTime));
+    const bool isSlateRead = !found.empty();
     if (slate->clapPointSeconds)
         found.push_back(formatted("clap at %.3f s", *slate->clapPointSeconds) +
                         (slate->clapMethod ? " (" + std::string(rawValue(*slate->clapMethod)) + ")" : ""));
     part.slate = found.empty() ? "No slate and no clap were found."
-                               : "On the slate: " + platform::text::joined(found, ", ");
+                               : (isSlateRead ? "On the slate: " : "No slate was read: ") +
+                                     platform::text::joined(found, ", ");
     if (const auto offered = controller.slates().proposal(group.id)) {
         std::vector<std::string> taken;
         if (offered->scene) taken.push_back("scene " + *offered->scene);

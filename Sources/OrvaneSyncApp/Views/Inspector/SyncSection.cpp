@@ -99,6 +99,9 @@ void SyncSection::makeAnchor() {
     });
     add(buttons);
     add(anchorHint_ = facts({}));
+    // The same height for every hint, so that the buttons below stay where they are when one is clicked.
+    anchorHint_->setMinimumHeight(2 * anchorHint_->fontMetrics().lineSpacing());
+    anchorHint_->setAlignment(Qt::AlignTop | Qt::AlignLeft);
 }
 
 void SyncSection::makeDecisions() {

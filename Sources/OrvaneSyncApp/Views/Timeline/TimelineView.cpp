@@ -242,7 +242,7 @@ void TimelineView::showSound() {
     if (rows_->hasSound && waveform.waveform().binsPerSecond <= 0)
         hint = waveform.isLoading() || !timeline.isWaveformWanted()
                    ? tr("Reading the sound…")
-                   : tr("The sound cannot be read. Look at the file, or attach another recording.");
+                   : tr("The sound cannot be read. Connect its disk, or check the file.");
     canvas_->setSoundHint(hint);
 }
 

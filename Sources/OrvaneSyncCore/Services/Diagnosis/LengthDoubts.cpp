@@ -62,13 +62,16 @@ class LengthDoubts {
                              cureOfCut());
         if (before + after < missingSoundSeconds) return;
         if (before >= of_.length() || after >= of_.length())
-            return of_.addOf(Kind::shortSound,
-                             "lasts " + formatted("%.1f s", of_.length()) + ", and " +
-                                 of_.shoot.nameOf(*of_.group.primaryAudio()) +
-                                 " lies outside of it: no sound is heard",
-                             "take that recording off the clip and attach another one, or, in the window, "
-                             "with the picture "
-                             "of its clap, “Detect Clap” and “Put on the Frame Shown”");
+            return of_.addOf(
+                Kind::shortSound,
+                "lasts " + formatted("%.1f s", of_.length()) + ", and " +
+                    of_.shoot.nameOf(*of_.group.primaryAudio()) + " lies outside of it: no sound is heard",
+                DoubtCure(
+                    {.terminal = "take that recording off the clip and attach another one, or put its "
+                                 "clap on the picture in the window",
+                     .window =
+                         "take that recording off the clip and attach another one, or go "
+                         "to the picture of its clap and click “Detect Clap” and “Put on the Frame Shown”"}));
         std::string where;
         if (before > 0.05) where = formatted("the first %.1f s", before);
         if (after > 0.05) where += (where.empty() ? "" : " and ") + formatted("the last %.1f s", after);

@@ -205,7 +205,7 @@ TEST_F(ImportControllerTest, aClipThatWasRemovedStaysRemovedWithTheOtherDecision
     const std::size_t clips = controller_->work().syncGroups().size();
     test::MovieMaker()
         .video({.frames = 100})
-        .timecode({.firstFrame = 36000 * 25})
+        .timecode({.firstFrame = 37200 * 25}) // no recording is as late
         .writeTo(folder_.path("camera/C001C001.mov"));
     scan(folder("camera"), folder("sound"));
     EXPECT_NE(clip("A001C001"), nullptr);

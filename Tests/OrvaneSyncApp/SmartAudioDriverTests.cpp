@@ -211,6 +211,7 @@ TEST_F(SmartAudioDriverTest, leavesAClipAloneWhoseChannelsAreAllExcluded) {
     settings_->set("smartAudio.blockMode", "coarse");
     EXPECT_FALSE(controller_->smartAudio().isOutdated(a)) << "it has no result";
     EXPECT_EQ(controller_->smartAudio().outdatedCount(), 1U);
+    settings_->remove("smartAudio.blockMode");
 
     finish(controller_->tracks().toggleAlgorithmInclusion(a, 2));
     ASSERT_NE(result("A001"), nullptr) << "heard again once there is a channel";

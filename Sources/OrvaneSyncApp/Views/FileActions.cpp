@@ -5,6 +5,8 @@
 #include "OrvaneSyncApp/ViewModels/Results/Questions.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncApp/Views/WorkBanner.h"
+#include "OrvaneSyncApp/Views/WorkOpening.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <QDir>
@@ -51,7 +53,7 @@ std::optional<QString> remembered(const QString& chosen) {
 void FileActions::openProject() {
     if (const auto path =
             chosenFile(tr("Open OrvaneSync Project"), tr("Projects (*.orvanesync);;All files (*)")))
-        screens_.openProject(*path);
+        parts_.opening.openProject(*path);
 }
 
 void FileActions::saveProject() {
@@ -61,7 +63,7 @@ void FileActions::saveProject() {
     // About the clips that were saved; they may have changed before the file is written.
     runWithPath("saveProject", *path, "path", true,
                 [this, kept = keptInSessionText(desktop_.controller().work().syncGroups())] {
-                    if (!kept.isEmpty()) screens_.tell(kept);
+                    if (!kept.isEmpty()) parts_.banner.showOfPage(Signal::none, kept);
                 });
 }
 
@@ -82,14 +84,12 @@ void FileActions::applyReview() {
         applyReviewTable(desktop_, *path, &window_);
 }
 
-void FileActions::exportClip() {
-    const std::vector<UUID> clips = screens_.clips();
-    if (clips.size() != 1) return;
+void FileActions::exportClip(const UUID& clip) {
     const auto path =
         placeFor(tr("Export clip"), tr("Final Cut Pro XML (*.fcpxml)"), QStringLiteral("Clip.fcpxml"));
     if (!path) return;
     JSON arguments = JSON::object();
-    arguments.set("groupID", clips.front().text());
+    arguments.set("groupID", clip.text());
     arguments.set("output", utf8(*path));
     arguments.set("overwrite", true); // the dialog has asked for permission
     desktop_.run("exportSingleClip", std::move(arguments),

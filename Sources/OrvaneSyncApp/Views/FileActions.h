@@ -1,7 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/Views/Desktop.h"
-#include "OrvaneSyncApp/Views/MenuScreens.h"
+#include "OrvaneSyncApp/Views/MenuParts.h"
 
 #include <QObject>
 
@@ -15,16 +15,15 @@ namespace orvane::views {
 class FileActions : public QObject {
   public:
     /// All arguments outlive this object.
-    FileActions(Desktop& desktop, QWidget& window, const MenuScreens& screens)
-        : desktop_(desktop), window_(window), screens_(screens) {}
+    FileActions(Desktop& desktop, QWidget& window, const MenuParts& parts)
+        : desktop_(desktop), window_(window), parts_(parts) {}
 
     void openProject();
     void saveProject();
     void loadReport();
     void writeReview();
     void applyReview();
-    /// Exports the selected clip; does nothing if several are selected.
-    void exportClip();
+    void exportClip(const UUID& clip);
 
   private:
     /// An existing file, and a file to be written; absent if the user cancels.
@@ -37,7 +36,7 @@ class FileActions : public QObject {
 
     Desktop& desktop_;
     QWidget& window_;
-    const MenuScreens& screens_;
+    const MenuParts& parts_;
 };
 
 } // namespace orvane::views

@@ -7,13 +7,18 @@
 #include "OrvaneSyncApp/ViewModels/Review/FullscreenManager.h"
 #include "OrvaneSyncApp/Views/Asking.h"
 #include "OrvaneSyncApp/Views/RecentPlaces.h"
-#include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
+#include "OrvaneSyncApp/Views/Review/KeyOverlay.h"
 #include "OrvaneSyncApp/Views/Review/ReviewActions.h"
 #include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
 #include "OrvaneSyncApp/Views/Sheets/HelpMenu.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
+#include "OrvaneSyncApp/Views/StartView.h"
 #include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncApp/Views/WorkBanner.h"
+#include "OrvaneSyncApp/Views/WorkBar.h"
+#include "OrvaneSyncApp/Views/WorkOpening.h"
+#include "OrvaneSyncApp/Views/WorkScreens.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
@@ -22,8 +27,10 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QKeySequence>
+#include <QLineEdit>
 #include <QMainWindow>
 #include <QMenuBar>
+#include <QPointer>
 #include <QPushButton>
 
 #include <algorithm>
@@ -64,9 +71,9 @@ QKeySequence keyOfEntry(std::string_view key) {
 
 } // namespace
 
-MainMenus::MainMenus(Desktop& desktop, QMainWindow& window, ReviewActions& review, Screens screens)
-    : QObject(&window), desktop_(desktop), window_(window), screens_(std::move(screens)),
-      files_(desktop_, window_, screens_) {
+MainMenus::MainMenus(Desktop& desktop, QMainWindow& window, ReviewActions& review, MenuParts parts)
+    : QObject(&window), desktop_(desktop), window_(window), parts_(std::move(parts)),
+      files_(desktop_, window_, parts_) {
     makeCommands();
     makeFile();
     makeEdit();
@@ -76,7 +83,7 @@ MainMenus::MainMenus(Desktop& desktop, QMainWindow& window, ReviewActions& revie
     makeView();
     makeHelp();
     makeTools();
-    keysOfBar_ = std::make_unique<MenuBarKeys>(window_, *quit_, screens_.takeKeyboard);
+    keysOfBar_ = std::make_unique<MenuBarKeys>(window_, *quit_, parts_.takeKeyboard);
     bindings_ = desktop_.players().shortcuts()->onChange([this](ShortcutField field) {
         if (field == ShortcutField::bindings) showKeys();
     });
@@ -104,16 +111,21 @@ std::map<std::string_view, std::function<void()>> MainMenus::actsOfWindow() {
         {"newSession",
          [this] {
              desktop_.run("newSession");
-             screens_.leaveStart();
+             parts_.opening.leaveStart();
          }},
         {"loadProject", [this] { files_.openProject(); }},
         {"saveProject", [this] { files_.saveProject(); }},
         {"loadALE", [this] { files_.loadReport(); }},
-        {"syncLockitNetwork", [this] { screens_.syncLockitNetwork(); }},
+        {"syncLockitNetwork",
+         [this] { parts_.work.run("syncLockitNetwork", tr("LockitNetwork is asked about the clips…")); }},
         {"writeReview", [this] { files_.writeReview(); }},
         {"applyReview", [this] { files_.applyReview(); }},
         {"exportFCPXML", [this] { showExport(desktop_, &window_); }},
-        {"exportSingleClip", [this] { files_.exportClip(); }},
+        {"exportSingleClip",
+         [this] {
+             if (const auto clips = parts_.screens.clips(); clips.size() == 1)
+                 files_.exportClip(clips.front());
+         }},
         {"resyncAllClips",
          [this] {
              if (agrees(questionBeforeResync())) desktop_.run("resyncAllClips");
@@ -122,17 +134,17 @@ std::map<std::string_view, std::function<void()>> MainMenus::actsOfWindow() {
          [this] {
              if (agrees(questionBeforeReset())) desktop_.run("resetAllClipsToAutoSync");
          }},
-        {"batchRename", [this] { showBatchRenamer(desktop_, &window_, screens_.clips()); }},
+        {"batchRename", [this] { showBatchRenamer(desktop_, &window_, parts_.screens.clips()); }},
         {"runSmartAudioAnalysis",
          [this] { analyse(settings::smartAudioMode.write(modeOfAnalysis(desktop_.settings()))); }},
         {"buildAtmo", [this] { showAtmoBuilder(desktop_, &window_); }},
-        {"clusterLoad", [this] { screens_.openMulticam(); }},
+        {"clusterLoad", [this] { parts_.screens.openMulticamOfSelected(); }},
     };
 }
 
 void MainMenus::run(const commands::Command& row) {
     if (row.isOfOneClip())
-        screens_.runForClips(row.id);
+        parts_.screens.front().run(row.id);
     else if (row.id == "undo" || row.id == "redo")
         takeBack(row.id);
     else
@@ -144,7 +156,7 @@ void MainMenus::takeBack(std::string_view id) {
     const OpenWork& work = desktop_.controller().work();
     const SyncGroupList before = work.syncGroups();
     const QString what = of(id)->text().replace(QStringLiteral("&&"), QStringLiteral("&"));
-    if (std::exchange(isKeyRefused_, false) && id == "undo" && screens_.isPlaying())
+    if (std::exchange(isKeyRefused_, false) && id == "undo" && parts_.screens.isPlaying())
         return showToast(&window_, tr("The last key has changed nothing. Once more for: %1").arg(what));
     desktop_.run(id);
     const SyncGroupList& now = work.syncGroups();
@@ -192,16 +204,22 @@ bool MainMenus::agrees(const Question& question) {
 
 void MainMenus::makeFile() {
     QMenu* file = addMenu(tr("&File"));
-    scan_ = ownEntry(tr("New Scan…"), [this] { screens_.newScan(); });
+    scan_ = ownEntry(tr("New Scan…"), [this] { parts_.opening.prepareScan(); });
     scan_->setObjectName(QStringLiteral("newScan"));
     quit_ = new QAction(tr("Quit"), this);
     quit_->setShortcut(Qt::CTRL | Qt::Key_Q); // Qt sets a key for this only on the major desktops
-    QAction* recent = RecentPlaces::menu(file, screens_.openPaths)->menuAction();
+    QAction* recent = RecentPlaces::menu(file, [this](const QStringList& paths) {
+                          parts_.opening.openPaths(paths);
+                      })->menuAction();
     fill(file, commands::Menu::file, {{110, scan_}, {120, recent}, {520, quit_}});
 }
 
 void MainMenus::makeEdit() {
-    find_ = ownEntry(tr("Find…"), [this] { screens_.find(); });
+    find_ = ownEntry(tr("Find…"), [this] {
+        QLineEdit* field = parts_.screens.front().search();
+        field->setFocus(Qt::ShortcutFocusReason);
+        field->selectAll();
+    });
     find_->setShortcut(QKeySequence::Find);
     QAction* settings = ownEntry(tr("Settings…"), [this] { SettingsWindow(desktop_, &window_).exec(); });
     settings->setIcon(icon(Glyph::gear));
@@ -210,10 +228,31 @@ void MainMenus::makeEdit() {
 }
 
 void MainMenus::makeClip() {
-    rename_ = ownEntry(tr("Rename…"), [this] { screens_.renameClip(); });
+    rename_ = ownEntry(tr("Rename…"), [this] { renameClips(); });
     rename_->setIcon(icon(Glyph::rename));
     rename_->setShortcut(Qt::Key_F2);
     fill(addMenu(tr("&Clip")), commands::Menu::clip, {{210, rename_}});
+}
+
+void MainMenus::renameClips() {
+    const std::vector<UUID> clips = parts_.screens.clips();
+    if (clips.size() == 1)
+        parts_.screens.front().rename(clips.front());
+    else if (!clips.empty())
+        showBatchRenamer(desktop_, &window_, clips);
+}
+
+void MainMenus::listenToCards() {
+    parts_.banner.clear();
+    parts_.screens.showList();
+    parts_.work.run("diagnose", tr("The cards are listened to…"), [this] {
+        // The results are used in the doubts that are derived after this, which are shown above the list.
+        desktop_.controller().derivedDoubts().derive().whenDone(
+            [banner = QPointer(&parts_.banner)](const std::exception_ptr&) {
+                if (banner) banner->showListened();
+            });
+    });
+    update();
 }
 
 void MainMenus::makeAudio() {
@@ -227,7 +266,7 @@ void MainMenus::makeAudio() {
         entries.push_back({120, mode});
     }
     listen_ = ownEntry(
-        tr("Listen to the Cards"), [this] { screens_.listenToCards(); },
+        tr("Listen to the Cards"), [this] { listenToCards(); },
         tr("Compares some clips of each card with what their cameras heard, to find a clock that is wrong."));
     listen_->setObjectName(QStringLiteral("listen"));
     entries.push_back({210, listen_});
@@ -254,26 +293,30 @@ void MainMenus::makeReview(ReviewActions& review) {
 
 void MainMenus::makeView() {
     QMenu* view = addMenu(tr("&View"));
-    results_ = ownEntry(tr("Results"), [this] { screens_.showResults(); });
+    results_ = ownEntry(tr("Results"), [this] { parts_.screens.showList(); });
     results_->setIcon(icon(Glyph::back));
     review_ = ownEntry(
-        tr("Review Clip"), [this] { screens_.openReview(); },
+        tr("Review Clip"), [this] { parts_.screens.openReviewOfSelected(); },
         tr("Opens the clip on its clap, with its sound. Return does the same in the list."));
     review_->setIcon(icon(Glyph::film));
     QMenu* screens = view->addMenu(icon(Glyph::fullscreen), tr("Fullscreen on"));
     connect(screens, &QMenu::aboutToShow, this, [this, screens] { listScreens(screens); });
     QAction* sessions =
-        ownEntry(tr("Sessions"), [this] { screens_.sessions->setVisible(!screens_.sessions->isVisible()); });
+        ownEntry(tr("Sessions"), [this] { parts_.sessions.setVisible(!parts_.sessions.isVisible()); });
     sessions->setCheckable(true);
     sessions->setShortcut(Qt::CTRL | Qt::Key_0);
     connect(view, &QMenu::aboutToShow, this,
-            [this, sessions] { sessions->setChecked(screens_.sessions->isVisible()); });
+            [this, sessions] { sessions->setChecked(parts_.sessions.isVisible()); });
     std::vector<OwnEntry> entries{
         {110, results_}, {120, review_}, {310, screens->menuAction()}, {410, sessions}};
     for (const QString& title : ResultsView::filterTitles()) {
         const auto choice = static_cast<int>(filters_.size());
         QAction* one = ownEntry(
-            tr("List: %1").arg(title), [this, choice] { screens_.showFilter(choice); },
+            tr("List: %1").arg(title),
+            [this, choice] {
+                parts_.screens.showList();
+                parts_.screens.list().showFilter(choice);
+            },
             tr("Shows the list of clips, with these alone."));
         one->setShortcut(Qt::ALT | static_cast<Qt::Key>(Qt::Key_1 + choice));
         filters_.push_back(one);
@@ -301,11 +344,18 @@ void MainMenus::listScreens(QMenu* menu) {
 void MainMenus::makeHelp() {
     QMenu* help = addMenu(tr("&Help"));
     keys_ = ownEntry(
-        tr("Keys of the Review (?)"), [this] { screens_.showKeys(); },
+        tr("Keys of the Review (?)"),
+        [this] {
+            if (KeyOverlay* keys = parts_.screens.front().keyOverlay()) keys->open();
+        },
         tr("What each key does here and now."));
     help->addAction(keys_);
     introduction_ = ownEntry(
-        tr("Introduction and Demo Shoot"), [this] { screens_.showIntroduction(); },
+        tr("Introduction and Demo Shoot"),
+        [this] {
+            parts_.opening.prepareScan();
+            parts_.start.showWelcome();
+        },
         tr("What the program is for, and a small shooting day to try it with."));
     introduction_->setObjectName(QStringLiteral("introduction"));
     help->addAction(introduction_);
@@ -331,10 +381,10 @@ void MainMenus::makeTools() {
     connect(of("toggleLocked"), &QAction::triggered, this, [this] { update(); }); // a click has checked it
     tools->add(rename_, tr("Rename"), 6);
     resync_ = ownEntry(tr("Re-sync"), [this] {
-        if (screens_.clips().empty())
+        if (parts_.screens.clips().empty())
             of("resyncAllClips")->trigger();
         else
-            screens_.runForClips("resyncClip");
+            parts_.screens.front().run("resyncClip");
     });
     resync_->setObjectName(QStringLiteral("resync"));
     resync_->setIcon(icon(Glyph::refresh));
@@ -374,7 +424,7 @@ bool MainMenus::applies(std::string_view id, const std::vector<UUID>& clips) con
 
 void MainMenus::update() {
     isKeyRefused_ = false;
-    const std::vector<UUID> clips = screens_.clips();
+    const std::vector<UUID> clips = parts_.screens.clips();
     for (const auto& [id, action] : ofCommands_)
         action->setEnabled(desktop_.command(id).isOfOneClip() ? applies(id, clips) : desktop_.isEnabled(id));
     for (QAction* mode : ofAnalysisModes_) mode->setEnabled(of("runSmartAudioAnalysis")->isEnabled());
@@ -398,9 +448,10 @@ void MainMenus::update() {
     introduction_->setEnabled(scan_->isEnabled());
     find_->setEnabled(commands::hasClipsWhileIdle(context));
     for (QAction* filter : filters_) filter->setEnabled(find_->isEnabled());
-    listen_->setEnabled(commands::hasClipsWhileIdle(context) && !screens_.isListening());
+    listen_->setEnabled(commands::hasClipsWhileIdle(context) &&
+                        !desktop_.controller().derivedDoubts().listening());
     rename_->setEnabled(clips.size() == 1 || (!clips.empty() && of("batchRename")->isEnabled()));
-    const bool isPlaying = screens_.isPlaying();
+    const bool isPlaying = parts_.screens.isPlaying();
     results_->setEnabled(isPlaying);
     keys_->setEnabled(isPlaying);
     review_->setEnabled(!isPlaying && !clips.empty());

@@ -2,7 +2,7 @@
 
 #include "OrvaneSyncApp/Views/FileActions.h"
 #include "OrvaneSyncApp/Views/MenuBarKeys.h"
-#include "OrvaneSyncApp/Views/MenuScreens.h"
+#include "OrvaneSyncApp/Views/MenuParts.h"
 
 #include <QObject>
 #include <QString>
@@ -29,8 +29,7 @@ class ReviewActions;
 /// window.
 class MainMenus : public QObject {
   public:
-    using Screens = MenuScreens;
-    MainMenus(Desktop& desktop, QMainWindow& window, ReviewActions& review, Screens screens);
+    MainMenus(Desktop& desktop, QMainWindow& window, ReviewActions& review, MenuParts parts);
 
     /// To be called after the work, the selection or the screen has changed.
     void update();
@@ -66,14 +65,17 @@ class MainMenus : public QObject {
     void run(const commands::Command& row);
     /// Shows the user's keys in the entries that have one.
     void showKeys();
+    /// The screens of the desktop.
     void listScreens(QMenu* menu);
+    void renameClips();
+    void listenToCards();
     bool agrees(const Question& question);
     void analyse(const JSON& mode); ///< in the form of the setting
     bool applies(std::string_view id, const std::vector<UUID>& clips) const;
 
     Desktop& desktop_;
     QMainWindow& window_;
-    const Screens screens_;
+    const MenuParts parts_;
     FileActions files_;
     std::unique_ptr<MenuBarKeys> keysOfBar_;
     std::map<std::string_view, QAction*> ofCommands_;

@@ -11,7 +11,6 @@
 #include "OrvaneSyncApp/Views/Review/ReviewView.h"
 #include "OrvaneSyncApp/Views/ScanningView.h"
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
-#include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/StartView.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncApp/Views/WorkBanner.h"
@@ -21,8 +20,6 @@
 #include <QCloseEvent>
 #include <QFileInfo>
 #include <QGuiApplication>
-#include <QLineEdit>
-#include <QPointer>
 #include <QScreen>
 #include <QSplitter>
 #include <QStatusBar>
@@ -50,7 +47,9 @@ MainWindow::MainWindow(Desktop& desktop) : desktop_(desktop) {
     resize(usualWindow.boundedTo(screen()->availableGeometry().size() - windowFrame).expandedTo(smallest));
     makeParts();
     connectParts();
-    menus_ = new MainMenus(desktop_, *this, *reviewActions_, menuScreens());
+    menus_ = new MainMenus(
+        desktop_, *this, *reviewActions_,
+        {*screens_, *opening_, *banner_, *work_, *start_, *sessions_, [this] { takeKeyboard(); }});
     makeKeys();
     observe();
     reviewActions_->setInFront(false, false);
@@ -113,52 +112,6 @@ void MainWindow::connectParts() {
         showPage();
         updateActions();
     };
-}
-
-MenuScreens MainWindow::menuScreens() {
-    MenuScreens screens;
-    screens.clips = [this] { return screens_->clips(); };
-    screens.runForClips = [this](std::string_view id) { screens_->front().run(id); };
-    screens.renameClip = [this] {
-        const auto clips = screens_->clips();
-        if (clips.size() == 1)
-            screens_->front().rename(clips.front());
-        else if (!clips.empty())
-            showBatchRenamer(desktop_, this, clips);
-    };
-    screens.openReview = [this] { screens_->openReviewOfSelected(); };
-    screens.openMulticam = [this] { screens_->openMulticamOfSelected(); };
-    screens.showResults = [this] { screens_->showList(); };
-    screens.newScan = [this] { opening_->prepareScan(); };
-    screens.showIntroduction = [this] {
-        opening_->prepareScan();
-        start_->showWelcome();
-    };
-    screens.leaveStart = [this] { opening_->leaveStart(); };
-    screens.isListening = [this] { return desktop_.controller().derivedDoubts().listening().has_value(); };
-    screens.find = [this] {
-        QLineEdit* field = screens_->front().search();
-        field->setFocus(Qt::ShortcutFocusReason);
-        field->selectAll();
-    };
-    screens.showFilter = [this](int choice) {
-        screens_->showList();
-        results().showFilter(choice);
-    };
-    screens.isPlaying = [this] { return screens_->isPlaying(); };
-    screens.showKeys = [this] {
-        if (KeyOverlay* keys = screens_->front().keyOverlay()) keys->open();
-    };
-    screens.openProject = [this](const QString& path) { openProject(path); };
-    screens.tell = [this](const QString& what) { banner_->showOfPage(Signal::none, what); };
-    screens.openPaths = [this](const QStringList& paths) { openPaths(paths); };
-    screens.takeKeyboard = [this] { takeKeyboard(); };
-    screens.listenToCards = [this] { listenToCards(); };
-    screens.syncLockitNetwork = [this] {
-        work_->run("syncLockitNetwork", tr("LockitNetwork is asked about the clips…"));
-    };
-    screens.sessions = sessions_;
-    return screens;
 }
 
 void MainWindow::makeKeys() {
@@ -233,19 +186,6 @@ void MainWindow::showWork() {
     showPage();
     updateActions();
     takeKeyboard();
-}
-
-void MainWindow::listenToCards() {
-    banner_->clear();
-    screens_->showList();
-    work_->run("diagnose", tr("The cards are listened to…"), [this] {
-        // The results are used in the doubts that are derived after this, which are shown above the list.
-        desktop_.controller().derivedDoubts().derive().whenDone(
-            [self = QPointer(this)](const std::exception_ptr&) {
-                if (self) self->banner_->showListened();
-            });
-    });
-    updateActions();
 }
 
 void MainWindow::showPage() {

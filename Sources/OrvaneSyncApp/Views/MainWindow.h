@@ -15,7 +15,6 @@ class QSplitter;
 namespace orvane::views {
 
 class MainMenus;
-struct MenuScreens;
 class ReviewKeys;
 class ReviewView;
 class SessionsPanel;
@@ -48,7 +47,6 @@ class MainWindow : public QMainWindow {
   private:
     void makeParts();
     void connectParts();
-    MenuScreens menuScreens();
     void makeKeys();
     void observe();
     /// Shows the page that fits the state of the work.
@@ -59,7 +57,6 @@ class MainWindow : public QMainWindow {
     void showWork();
     /// Gives the keyboard to the screen in front; in the list, to its rows.
     void takeKeyboard();
-    void listenToCards();
     void updateStatus();
     void updateTitle();
     void updateActions();

@@ -1,5 +1,7 @@
 #include "OrvaneSyncApp/Controllers/SessionWriting.h"
 
+#include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
+
 #include <exception>
 #include <string_view>
 #include <utility>
@@ -27,8 +29,10 @@ void SessionWork::changesAll() {
 
 std::optional<StoredSession> readStoredSession(const SessionStore& store, const UUID& id) {
     if (!store.exists(id)) return std::nullopt;
-    return StoredSession{store.readGroups(id), store.readFolders(id), store.readWildTracks(id),
-                         store.readInfo(id), store.readFolderInfos()};
+    StoredSession session{store.readGroups(id), store.readFolders(id), store.readWildTracks(id),
+                          store.readInfo(id), store.readFolderInfos()};
+    session.groups.groups.updateWhere(countsTakesSeparately, countTakesTogether);
+    return session;
 }
 
 void writeSessionWork(const SessionStore& store, SessionGroupsWriter& writer, const UUID& id,

@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Services/Takes/RecordedAtOnce.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
@@ -226,6 +227,31 @@ TEST(Take, decisionsFollowTheirChannels) {
     auto joined = files;
     joined.push_back({"A/T_0.WAV", -0.25, 60});
     EXPECT_EQ(carried(joined), std::tuple(Tracks{3, 4, 6}, 4, 1.0));
+}
+
+TEST(Take, channelsOfTakesThatWereCountedSeparatelyGetTheirNumbers) {
+    using Tracks = std::set<int>;
+    const std::vector<File> takes{{"R01.WAV", -6, 21, 2}, {"R02.WAV", 17, 21, 2}, {"R03.WAV", 40, 21, 2}};
+    struct Case {
+        const char* name;
+        std::vector<File> more;
+        Tracks stored, now;
+        bool isChanged;
+    };
+    for (const Case& one : {Case{"the second take's first channel", {}, {3}, {1}, true},
+                            {"channels of two takes", {}, {2, 5}, {1, 2}, true},
+                            {"as they are counted now", {}, {1, 2}, {1, 2}, false},
+                            {"another recorder's", {{"B/U.WAV", 0, 60, 2}}, {1, 8}, {1, 4}, true},
+                            {"of a recording that is gone", {}, {9}, {9}, false}}) {
+        auto files = takes;
+        files.insert(files.end(), one.more.begin(), one.more.end());
+        SyncGroup clip = clipOf(files);
+        if (!one.more.empty()) putFirst(clip, recordingWith(clip, FileURL{"/media/R01.WAV"}));
+        clip.manualActiveTracks = one.stored;
+        EXPECT_EQ(countsTakesSeparately(clip), one.isChanged) << one.name;
+        countTakesTogether(clip);
+        EXPECT_EQ(clip.manualActiveTracks, one.now) << one.name << ": " << text(clip);
+    }
 }
 
 TEST(Take, aRecordingThatIsChosenIsHeard) {

@@ -65,10 +65,39 @@ class Renumbering {
 
 } // namespace
 
+namespace {
+
+/// The highest number of a channel in the clip's decisions; 0 without any.
+int highestNumber(const SyncGroup& group) {
+    int highest = 0;
+    for (const auto* numbers : {&group.manualActiveTracks, &group.algorithmExcludedTracks})
+        if (!numbers->empty()) highest = std::max(highest, *numbers->rbegin());
+    for (const BlockOverride& range : group.manualBlockOverrides)
+        highest = std::max(highest, range.trackIndex);
+    return highest;
+}
+
+/// The clip with takes that are not parts of one sound: only the length of the picture shows that they are.
+SyncGroup withSeparateTakes(const SyncGroup& group) {
+    SyncGroup separate = group;
+    separate.video.durationSeconds.reset();
+    return separate;
+}
+
+} // namespace
+
+bool countsTakesSeparately(const SyncGroup& group) {
+    const int highest = group.audioMatches.size() > 1 ? highestNumber(group) : 0;
+    return highest > 0 && highest > takeOf(group, assumedChannels).runningChannelCount() &&
+           highest <= takeOf(withSeparateTakes(group), assumedChannels).runningChannelCount();
+}
+
+void countTakesTogether(SyncGroup& group) {
+    if (countsTakesSeparately(group)) carryDecisions(group, withSeparateTakes(group));
+}
+
 void carryDecisions(SyncGroup& group, const SyncGroup& before) {
-    if (group.manualActiveTracks.empty() && group.algorithmExcludedTracks.empty() &&
-        group.manualBlockOverrides.empty())
-        return;
+    if (highestNumber(group) == 0) return;
     const Take was = takeOf(before, assumedChannels), is = takeOf(group, assumedChannels);
     if (was.isEmpty() || is.isEmpty()) return;
     const Renumbering renumbered(before, was, group, is);

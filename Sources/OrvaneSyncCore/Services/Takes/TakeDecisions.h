@@ -12,6 +12,12 @@ namespace orvane {
 /// former recordings. If either clip has none, nothing changes. Pure; any thread.
 void carryDecisions(SyncGroup& group, const SyncGroup& before);
 
+/// Whether decisions about channels count takes that follow each other under one clip separately, as earlier
+/// versions did: a number is higher than the clip has channels now. Pure; any thread.
+bool countsTakesSeparately(const SyncGroup& group);
+/// Changes the numbers of such decisions to those that the channels have now. Pure; any thread.
+void countTakesTogether(SyncGroup& group);
+
 /// Removes values that do not apply to a recording with which the editor replaced another one. All its
 /// channels are used if the choice of channels, made for the former recording, would leave it silent; the
 /// measured loudness and the gain from it are reset. Must be called after `carryDecisions`; with the same

@@ -220,6 +220,42 @@ TEST_F(ImportControllerTest, aClipThatWasRemovedStaysRemovedWithTheOtherDecision
     EXPECT_NE(clip("A001C001"), nullptr);
 }
 
+TEST_F(ImportControllerTest, whatWasDecidedFollowsTheCameraFileThatIsUsed) {
+    test::makeSmallShoot(folder_.path());
+    scan(folder("camera"), folder("sound"));
+    const FileURL copy = clip("A001C001")->video.url;
+    const FileURL used{folder_.path("camera/0/" + copy.lastPathComponent())};
+    SyncGroup named = *clip("A001C001"), locked = named, plain = named;
+    named.manualClipName = "Kitchen";
+    named.video.url = plain.video.url = used;
+    locked.isLocked = true;
+    fs::create_directory(folder_.path("camera/0"));
+    fs::copy(copy.path, used.path);
+    const struct {
+        const char* what;
+        SyncGroupList earlier;
+        std::optional<std::string> name;
+        bool isLocked;
+    } cases[] = {
+        {"only the copy was a clip", {locked}, std::nullopt, true},
+        {"the lock comes first", {named, locked}, std::nullopt, true},
+        {"no decision about the copy", {SyncGroup(*clip("A001C001")), named}, "Kitchen", false},
+        {"decisions about the copy alone", {locked, plain}, std::nullopt, true},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.what);
+        controller_ = make();
+        scan(folder("camera"), folder("sound"));
+        controller_->withUndo(undoSteps::toggleApproved,
+                              [&] { controller_->clips().toggleApproved(clip("B001C001")->id); });
+        scan(folder("camera"), folder("sound"));
+        finish(controller_->recordings().keepDecisions({test.earlier, {}, {}}));
+        EXPECT_EQ(clip("A001C001")->video.url, used);
+        EXPECT_EQ(clip("A001C001")->manualClipName, test.name);
+        EXPECT_EQ(clip("A001C001")->isLocked, test.isLocked);
+    }
+}
+
 TEST_F(ImportControllerTest, aScanThatIsOvertakenLeavesNoTrace) {
     test::makeSmallShoot(folder_.path());
     controller_->scan().setVideoFolderURL(folder("camera"));

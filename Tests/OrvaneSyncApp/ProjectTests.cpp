@@ -213,6 +213,37 @@ TEST_F(ProjectTest, aScanThatFindsNothingLeavesTheClipsAndLaysTheEditsOverThem) 
     EXPECT_EQ(clip().manualClipName, "Hero");
 }
 
+TEST_F(ProjectTest, decisionsFollowTheCameraFileThatIsUsed) {
+    const FileURL copy{clip().video.url};
+    const FileURL used{folder_.path("camera/0/" + copy.lastPathComponent())};
+    save(file_);
+    fs::create_directory(folder_.path("camera/0"));
+    fs::copy(copy.path, used.path); // the first path is used, and the one of the project is left out
+    const auto reopen = [&] {
+        controller_ = make();
+        EXPECT_EQ(ended(controller_->project().loadProject(file_)), "");
+        EXPECT_EQ(clip().video.url, used);
+        EXPECT_EQ(clip().manualAudioOffsetSeconds, 0.5);
+        EXPECT_TRUE(controller_->project().clipsNotFound().empty());
+        return controller_->project().copiesNotApplied();
+    };
+    EXPECT_TRUE(reopen().empty());
+    EXPECT_EQ(clip().manualClipName, "Hero");
+    save(file_);
+    EXPECT_TRUE(reopen().empty()) << "the project has the file that is used";
+
+    OrvaneSyncProject project = ProjectService().load(file_);
+    PersistedGroup other = *std::ranges::find(project.groups, used, &PersistedGroup::videoPath);
+    other.videoPath = copy;
+    project.groups.push_back(other);
+    ProjectService().save(project, file_);
+    EXPECT_TRUE(reopen().empty()) << "both have the same decisions";
+    project.groups.back().decisions.manualClipName = "Other";
+    ProjectService().save(project, file_);
+    EXPECT_EQ(reopen(), std::vector{copy});
+    EXPECT_EQ(clip().manualClipName, "Hero") << "that of the file that is used";
+}
+
 TEST_F(ProjectTest, tracksStayWithTheRecordingsThatTheyWereChosenIn) {
     const std::string own = folder_.path("sound/DAY1_T01.WAV"), other = folder_.path("sound/A.WAV");
     const auto reopen = [&] {

@@ -1,7 +1,9 @@
 #include "OrvaneSyncApp/Controllers/ProjectController.h"
 
+#include "OrvaneSyncApp/Controllers/DecisionsOfCopies.h"
 #include "OrvaneSyncApp/Controllers/ProjectTracks.h"
 #include "OrvaneSyncApp/Controllers/WorkInputs.h"
+#include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
 #include "Platform/Files.h"
 #include "Platform/OnQueue.h"
 
@@ -59,6 +61,20 @@ void keepUnappliedGroups(const std::vector<PersistedGroup>& leftOut, const SyncG
     }
 }
 
+/// The entries about files that the scan left out as copies become entries about the files that are used.
+ProjectEntries forUsedFiles(const ProjectEntries& held, const std::vector<CameraCopy>& copies) {
+    ProjectEntries result = held;
+    result.copiesNotApplied.clear();
+    if (copies.empty()) return result;
+    if (held.unapplied) {
+        auto project = std::make_shared<OrvaneSyncProject>(*held.unapplied);
+        project->groups = entriesOfUsedFiles(std::move(project->groups), copies, result.copiesNotApplied);
+        result.unapplied = std::move(project);
+    }
+    result.leftOut = entriesOfUsedFiles(std::move(result.leftOut), copies, result.copiesNotApplied);
+    return result;
+}
+
 /// Applies the project to the clips, and the tracks of the entries that were left out. Returns the videos of
 /// the clips that lost their choice of tracks.
 std::vector<FileURL> applyUnapplied(const ProjectService& service, const OrvaneSyncProject* project,
@@ -78,7 +94,9 @@ std::vector<FileURL> applyUnapplied(const ProjectService& service, const OrvaneS
     for (const SyncGroup& group : groups)
         for (const AudioMatch& match : group.audioMatches) known[match.audio->url] = &*match.audio;
     for (const MediaAsset& audio : otherAudio) known[audio.url] = &audio;
-    return fitTracksToRecordings(all, groups, known, rules);
+    auto leftOutTracks = fitTracksToRecordings(all, groups, known, rules);
+    groups.updateWhere(countsTakesSeparately, countTakesTogether);
+    return leftOutTracks;
 }
 
 } // namespace
@@ -220,34 +238,38 @@ ScanController::EditOfClips ProjectController::edits() {
     auto held = entries();
     if (!held->unapplied && held->leftOut.empty()) return nullptr;
     return [service = projectService_, held = std::move(held), leftOut = tracksLeftOutByScan_](
-               SyncGroupList& groups, const std::vector<MediaAsset>& scannedAudio, const MatchRules& rules) {
-        *leftOut = applyUnapplied(service, held->unapplied.get(), held->leftOut, groups, scannedAudio, rules);
+               SyncGroupList& groups, const ScanResult& scanned, const MatchRules& rules) {
+        const ProjectEntries ofUsed = forUsedFiles(*held, scanned.copies);
+        *leftOut = applyUnapplied(service, ofUsed.unapplied.get(), ofUsed.leftOut, groups,
+                                  scanned.audioAssets, rules);
     };
 }
 
 /// Replaces the entries left out for clips that exist; those for other clips stay.
-void ProjectController::adoptLeftOut(std::vector<FileURL> videos) {
+void ProjectController::adoptLeftOut(const ProjectEntries& held, std::vector<FileURL> videos) {
     std::unordered_set<FileURL> present;
     for (const SyncGroup& group : work_.syncGroups()) present.insert(group.video.url);
     const std::unordered_set<FileURL> leftOut(videos.begin(), videos.end());
-    const auto held = entries();
     auto adopted = std::make_shared<ProjectEntries>();
+    adopted->copiesNotApplied = held.copiesNotApplied;
     const auto add = [&](const PersistedGroup& entry) {
         if (leftOut.contains(entry.videoPath) || !present.contains(entry.videoPath))
             adopted->leftOut.push_back(entry);
     };
-    std::ranges::for_each(held->leftOut, add);
-    if (held->unapplied)
-        for (const PersistedGroup& entry : held->unapplied->groups)
+    std::ranges::for_each(held.leftOut, add);
+    if (held.unapplied)
+        for (const PersistedGroup& entry : held.unapplied->groups)
             if (present.contains(entry.videoPath)) add(entry);
-    adopted->unapplied = held->unapplied;
+    adopted->unapplied = held.unapplied;
     adopted->tracksLeftOut = std::move(videos);
     work_.setProjectEntries(std::move(adopted));
 }
 
 /// Entries whose clips still do not exist continue to wait.
 void ProjectController::takeOverFromScan() {
-    adoptLeftOut(std::move(*tracksLeftOutByScan_));
+    const auto& scanned = scan_.scanResult();
+    adoptLeftOut(forUsedFiles(*entries(), scanned ? scanned->copies : std::vector<CameraCopy>()),
+                 std::move(*tracksLeftOutByScan_));
     auto held = std::make_shared<ProjectEntries>(*entries());
     if (!held->unapplied) return;
     const EntriesByVideo stored = byVideo(held->unapplied->groups);
@@ -279,7 +301,7 @@ void ProjectController::applyEditsToRemainingClips() {
         leftOut = applyUnapplied(projectService_, held->unapplied.get(), held->leftOut, groups, wild,
                                  work_.matchRules());
     });
-    adoptLeftOut(std::move(leftOut));
+    adoptLeftOut(*held, std::move(leftOut));
 }
 
 } // namespace orvane

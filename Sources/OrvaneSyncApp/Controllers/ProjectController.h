@@ -27,6 +27,9 @@ struct ProjectEntries {
     std::vector<FileURL> tracksLeftOut = {}; ///< the videos of these clips, if found
     /// The videos of clips to which the editor had attached recordings that the scan did not match to them.
     std::vector<FileURL> withoutRecording = {};
+    /// Camera files that the last scan left out as copies, and whose decisions it did not apply because the
+    /// file that is used has others (`entriesOfUsedFiles`).
+    std::vector<FileURL> copiesNotApplied = {};
 };
 
 /// The project file: only the editor's decisions, which are applied to a new scan. Interface thread.
@@ -57,6 +60,7 @@ class ProjectController {
     /// The videos of the clips whose choice of tracks was left out: its numbers count channels of recordings
     /// that the scan has not found.
     const std::vector<FileURL>& tracksLeftOut() const { return entries()->tracksLeftOut; }
+    std::vector<FileURL> copiesNotApplied() const { return entries()->copiesNotApplied; }
     /// Discards the edits that wait for their clips.
     void clear();
 
@@ -72,7 +76,7 @@ class ProjectController {
     std::shared_ptr<const ProjectEntries> entries() const;
     ScanController::EditOfClips edits();
     void takeOverFromScan();
-    void adoptLeftOut(std::vector<FileURL> videos);
+    void adoptLeftOut(const ProjectEntries& held, std::vector<FileURL> videos);
     void applyEditsToRemainingClips();
 
     OpenWork& work_;

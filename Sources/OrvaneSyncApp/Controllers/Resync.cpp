@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Controllers/Resync.h"
 
+#include "OrvaneSyncApp/Controllers/DecisionsOfCopies.h"
 #include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
@@ -164,7 +165,8 @@ std::optional<Resynced> resynced(const WorkFiles& files, const SourceCorrections
 
 WithDecisions withDecisionsOf(const WorkFiles& earlier, const WorkFiles& scanned,
                               const std::stop_token& stop) {
-    const ByPath before = byPath(earlier.groups);
+    const auto copies = scanned.scanned ? scanned.scanned->copies : std::vector<CameraCopy>();
+    const auto before = clipsByUsedFile(earlier.groups, copies);
     std::unordered_set<std::string_view> removed;
     for (const MediaAsset* video : earlier.removedVideos()) removed.insert(video->url.path);
     WithDecisions made;

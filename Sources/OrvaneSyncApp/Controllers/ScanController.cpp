@@ -242,7 +242,7 @@ platform::Task ScanController::match(std::weak_ptr<ScanController> weak, std::ui
             made.groups = engine.match(scanned->videoAssets, scanned->audioAssets, made.by.rules, stop);
             made.wild = unclaimed(scanned->audioAssets, made.groups);
             made.report = merging.apply(made.groups, stop);
-            if (edit) edit(made.groups, scanned->audioAssets, made.by.rules);
+            if (edit) edit(made.groups, *scanned, made.by.rules);
             made.groups.makeIndex();
             return made;
         });

@@ -66,8 +66,8 @@ class ScanController {
     std::uint64_t scanNumber() const { return scanNumber_; }
     /// Called before the clips of a scan are made. Returns the edit to make on another thread before the work
     /// gets the clips; null for none.
-    using EditOfClips = std::function<void(SyncGroupList&, const std::vector<MediaAsset>& scannedAudio,
-                                           const MatchRules& rules)>;
+    using EditOfClips =
+        std::function<void(SyncGroupList&, const ScanResult& scanned, const MatchRules& rules)>;
     std::function<EditOfClips()> editsOfClips;
     /// Called when the work has the clips of a scan, with report and edits applied.
     std::function<void()> whenMatched;

@@ -10,10 +10,11 @@ WorkSnapshot::WorkSnapshot(const ImportController& controller)
       aleImportError(controller.reports().aleImportError()),
       passedOver(controller.smartAudio().state().passedOver),
       clipsNotFound(controller.project().clipsNotFound()),
-      tracksLeftOut(controller.project().tracksLeftOut()), settings_(controller.work().environment.settings),
-      source_(controller.derivedDoubts().source()), namingRules_(NamingRules::of(*settings_)),
-      displayNames_(controller.work().displayNamesIfMade()), doubts_(controller.derivedDoubts().ifCurrent()) {
-}
+      tracksLeftOut(controller.project().tracksLeftOut()),
+      copiesNotApplied(controller.project().copiesNotApplied()),
+      settings_(controller.work().environment.settings), source_(controller.derivedDoubts().source()),
+      namingRules_(NamingRules::of(*settings_)), displayNames_(controller.work().displayNamesIfMade()),
+      doubts_(controller.derivedDoubts().ifCurrent()) {}
 
 const FileNames& WorkSnapshot::fileNames() const {
     if (!fileNames_) fileNames_ = source_.files.fileNames();

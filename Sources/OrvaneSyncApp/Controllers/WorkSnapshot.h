@@ -35,8 +35,8 @@ class WorkSnapshot {
     SourceCorrections sourceCorrections;
     std::shared_ptr<const ALEFile> aleFile;
     std::optional<std::string> aleMatchStatus, aleImportError;
-    std::unordered_set<UUID> passedOver;               ///< as in SmartAudioState
-    std::vector<FileURL> clipsNotFound, tracksLeftOut; ///< as in ProjectController
+    std::unordered_set<UUID> passedOver;                                 ///< as in SmartAudioState
+    std::vector<FileURL> clipsNotFound, tracksLeftOut, copiesNotApplied; ///< as in ProjectController
 
     const FileNames& fileNames() const;
     const DisplayNames& displayNames() const;

@@ -169,6 +169,12 @@ void addUnusedOfProject(const WorkSnapshot& work, std::vector<std::string>& warn
                            " of the project can't be found: " + firstAndMore(clips) +
                            "; the edits are kept for a scan with the files where they were when the "
                            "project was saved");
+    clips.clear();
+    for (const FileURL& copy : work.copiesNotApplied) clips.push_back(copy.path);
+    if (!clips.empty())
+        warnings.push_back("the project has other decisions for copies than for the files that are used, and "
+                           "these are not applied: " +
+                           firstAndMore(clips) + "; check these clips before the project is saved");
     const auto& leftOut = work.tracksLeftOut;
     if (leftOut.empty()) return;
     clips.clear();

@@ -104,11 +104,22 @@ TEST(MulticamClusters, AreClipsThatRolledAtTheSameMoment) {
         other.manualAudioOffsetSeconds = one.movedBy;
         check(one.name, {matched(a.video, {recording(1, "T1.WAV")}), other}, one.clusters);
     }
-    for (const int apart : {0, 3}) {
+    struct Units {
+        const char* name;
+        int takes, shifted; ///< of these, the other unit's clips that begin later
+        double seconds;     ///< later; clips last 10 s
+        const char *clusters, *warned;
+    };
+    for (const Units& one : {Units{"two recorders by folder", 4, 0, 0, "a0 b0 | a1 b1 | a2 b2 | a3 b3", ""},
+                             {"two units that meet once", 4, 3, 50, "", ""},
+                             {"two units that meet for moments", 4, 4, 8, "", ""},
+                             {"units or cameras", 4, 4, 4, "a0 b0 | a1 b1 | a2 b2 | a3 b3",
+                              "a0 has a/T1.WAV, and b0 has b/T1.WAV; likewise in 3 more"},
+                             {"few clips", 2, 2, 7, "a0 b0 | a1 b1", "likewise in 1 more"}}) {
         std::vector<SyncGroup> units;
-        for (int i = 0; i < 4; ++i)
+        for (int i = 0; i < one.takes; ++i)
             for (const char* unit : {"a", "b"}) {
-                const double start = 36000 + 100 * i + (*unit == 'b' && i < apart ? 50 : 0);
+                const double start = 36000 + 100 * i + (*unit == 'b' && i < one.shifted ? one.seconds : 0);
                 SyncGroup clip =
                     matched(camera(unit + std::to_string(i), TimecodeUtils::secondsToTC(start, 25.0)).video,
                             {recording(1, "T1.WAV")});
@@ -118,8 +129,15 @@ TEST(MulticamClusters, AreClipsThatRolledAtTheSameMoment) {
                 clip.audioMatches.front().audio = sound;
                 units.push_back(clip);
             }
-        check("two recorders by folder", SyncGroupList(std::move(units)),
-              apart == 0 ? "a0 b0 | a1 b1 | a2 b2 | a3 b3" : "");
+        const SyncGroupList groups(std::move(units));
+        check(one.name, groups, one.clusters);
+        const auto warnings = FCPXMLExporter::exportDocument(groups, {}, settingsAt(25)).warnings;
+        const auto warned = std::ranges::find_if(
+            warnings, [](const std::string& text) { return text.find("two units") != std::string::npos; });
+        ASSERT_EQ(warned != warnings.end(), *one.warned != '\0') << one.name;
+        if (warned != warnings.end()) {
+            EXPECT_TRUE(warned->ends_with(one.warned)) << *warned;
+        }
     }
     check("the channels of a take, one under each",
           {matched(a.video, {recording(1, "T1_1.WAV")}),

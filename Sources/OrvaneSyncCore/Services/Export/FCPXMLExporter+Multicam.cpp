@@ -272,16 +272,45 @@ class MovedAngles {
     int count_ = 0;
 };
 
+/// Multicam clips whose cameras may be of two units.
+class AnglesOfTwoUnits {
+  public:
+    void add(const SyncGroup& a, const SyncGroup& b) {
+        if (++count_ > 1) return;
+        first_ = &a;
+        other_ = &b;
+    }
+    void warn(ExportRun& run) const {
+        if (count_ == 0) return;
+        FileNames sounds;
+        for (const SyncGroup* angle : {first_, other_}) sounds.add(*angle->primaryAudio());
+        FileNames cameras;
+        for (const SyncGroup* angle : {first_, other_}) cameras.add(angle->video);
+        run.warn(
+            "Multicam angles with sound of different recorders may be of two units; exclude the clips of "
+            "one unit from multicam where they filmed different scenes: ",
+            *first_,
+            " has " + sounds.of(*first_->primaryAudio()) + ", and " + cameras.of(other_->video) + " has " +
+                sounds.of(*other_->primaryAudio()) +
+                (count_ > 1 ? "; likewise in " + std::to_string(count_ - 1) + " more" : ""));
+    }
+
+  private:
+    const SyncGroup *first_ = nullptr, *other_ = nullptr;
+    int count_ = 0;
+};
+
 } // namespace
 
 void addMulticamClips(ExportRun& run) {
     std::vector<const SyncGroup*> groups;
     for (const BuiltClip& built : run.syncClips) groups.push_back(built.group);
     MovedAngles moved;
-    for (const auto& cluster : multicamClusters(groups, run.settings.matchRules)) {
+    AnglesOfTwoUnits ofTwoUnits;
+    for (const MulticamCluster& cluster : multicamClusters(groups, run.settings.matchRules)) {
         platform::throwIfStopped(run.stop);
         std::vector<CameraClip> cameras;
-        for (const std::size_t member : cluster)
+        for (const std::size_t member : cluster.members)
             cameras.push_back({groups[member], run.takeSyncClip(run.syncClips[member])});
         leaveOutUnseen(cameras, run);
         std::vector<const SyncGroup*> angles;
@@ -290,6 +319,8 @@ void addMulticamClips(ExportRun& run) {
                                       run.settings, run.resources);
         if (!multicam) continue;
         moved.add(angles);
+        if (const auto& two = cluster.mayBeOfTwoUnits)
+            ofTwoUnits.add(*groups[two->first], *groups[two->second]);
         run.resources.add(std::move(multicam->media));
         const auto bucket = multicamBucketGroupID(
             angles, run.sceneEventNames, run.settings.get(settings::splitEventsByScene), run.result.warnings);
@@ -299,6 +330,7 @@ void addMulticamClips(ExportRun& run) {
         ++run.result.multicamCount;
     }
     moved.warn(run);
+    ofTwoUnits.warn(run);
 }
 
 } // namespace orvane::FCPXMLExporter

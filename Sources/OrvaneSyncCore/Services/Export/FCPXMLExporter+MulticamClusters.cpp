@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <utility>
 
 namespace orvane::FCPXMLExporter {
 
@@ -42,10 +43,19 @@ std::optional<Date> whenShot(const MediaAsset& video, const FilePlace& place, ca
            std::chrono::seconds(std::lround(place.range.startSeconds));
 }
 
+std::optional<std::pair<std::size_t, std::size_t>> pairOfTwoUnits(const std::vector<std::size_t>& members,
+                                                                  const std::vector<const SyncGroup*>& groups,
+                                                                  const SeparateUnits& units) {
+    for (auto a = members.begin(); a != members.end(); ++a)
+        for (auto b = a + 1; b != members.end(); ++b)
+            if (units.mayHave(*groups[*a], *groups[*b])) return std::pair(*a, *b);
+    return std::nullopt;
+}
+
 } // namespace
 
-std::vector<std::vector<std::size_t>> multicamClusters(const std::vector<const SyncGroup*>& groups,
-                                                       const MatchRules& rules) {
+std::vector<MulticamCluster> multicamClusters(const std::vector<const SyncGroup*>& groups,
+                                              const MatchRules& rules) {
     Places places(rules);
     for (const SyncGroup* group : groups) places.learn(group->video);
     calendar::DayStarts starts;
@@ -63,7 +73,7 @@ std::vector<std::vector<std::size_t>> multicamClusters(const std::vector<const S
     index.finish();
     const SeparateUnits units(std::move(clips));
 
-    std::vector<std::vector<std::size_t>> clusters;
+    std::vector<MulticamCluster> clusters;
     std::vector<RangeIndex::Hit> hits;
     for (std::size_t anchor = 0; anchor < groups.size(); ++anchor) {
         if (!candidates[anchor].place || candidates[anchor].isClaimed) continue;
@@ -82,7 +92,8 @@ std::vector<std::vector<std::size_t>> multicamClusters(const std::vector<const S
         if (cluster.size() < fewestCameras) continue;
         std::ranges::sort(cluster);
         for (const std::size_t member : cluster) candidates[member].isClaimed = true;
-        clusters.push_back(std::move(cluster));
+        const auto doubtful = pairOfTwoUnits(cluster, groups, units);
+        clusters.push_back({std::move(cluster), doubtful});
     }
     return clusters;
 }
@@ -92,9 +103,9 @@ std::vector<std::vector<UUID>> findMulticamGroups(const SyncGroupList& groups, c
     pointers.reserve(groups.size());
     for (const SyncGroup& group : groups) pointers.push_back(&group);
     std::vector<std::vector<UUID>> result;
-    for (const auto& cluster : multicamClusters(pointers, rules)) {
+    for (const MulticamCluster& cluster : multicamClusters(pointers, rules)) {
         auto& ids = result.emplace_back();
-        for (const std::size_t member : cluster) ids.push_back(groups[member].id);
+        for (const std::size_t member : cluster.members) ids.push_back(groups[member].id);
     }
     return result;
 }

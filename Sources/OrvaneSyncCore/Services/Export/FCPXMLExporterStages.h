@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 // The stages of one export. For the exporter's own files only.
@@ -60,11 +61,16 @@ fcpxml::AssetClip rawAudioAssetClip(const MediaAsset& audio,
 
 /// The least number of cameras of a multicam clip.
 inline constexpr std::size_t fewestCameras = 2;
-/// The clips that become the angles of each multicam clip, as ascending positions in the list; each clip is
-/// in at most one cluster. All members overlap the first one; they need not overlap each other. Their places
-/// are those of matching by the rules.
-std::vector<std::vector<std::size_t>> multicamClusters(const std::vector<const SyncGroup*>& groups,
-                                                       const MatchRules& rules);
+/// The clips that become the angles of a multicam clip. All members overlap the first one; they need not
+/// overlap each other.
+struct MulticamCluster {
+    std::vector<std::size_t> members; ///< ascending positions in the list
+    /// The first two that may be of two units that film different scenes (`SeparateUnits::mayHave`).
+    std::optional<std::pair<std::size_t, std::size_t>> mayBeOfTwoUnits = {};
+};
+/// Each clip is in at most one cluster. The clips' places are those of matching by the rules.
+std::vector<MulticamCluster> multicamClusters(const std::vector<const SyncGroup*>& groups,
+                                              const MatchRules& rules);
 
 /// Divides the items by scene: an item with a key is put into the event of that name, all others into the
 /// fallback event. Events are in the order of their names, the fallback event last. Returns at least one

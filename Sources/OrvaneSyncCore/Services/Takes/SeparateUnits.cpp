@@ -23,10 +23,21 @@ class RollingTimes {
             else
                 stretches_.push_back(range);
     }
-    bool overlap(const SyncEngine::TCRange& range) const {
-        const auto behind =
-            std::ranges::upper_bound(stretches_, range.startSeconds, {}, &SyncEngine::TCRange::endSeconds);
-        return behind != stretches_.end() && behind->startSeconds < range.endSeconds;
+    double totalSeconds() const {
+        double seconds = 0;
+        for (const SyncEngine::TCRange& stretch : stretches_) seconds += stretch.durationSeconds();
+        return seconds;
+    }
+    double secondsTogether(const RollingTimes& other) const {
+        double seconds = 0;
+        auto theirs = other.stretches_.begin();
+        for (const SyncEngine::TCRange& own : stretches_) {
+            while (theirs != other.stretches_.end() && theirs->endSeconds <= own.startSeconds) ++theirs;
+            for (auto one = theirs; one != other.stretches_.end() && one->startSeconds < own.endSeconds;
+                 ++one)
+                seconds += SyncEngine::overlapDuration(own, *one).value_or(0);
+        }
+        return seconds;
     }
 
   private:
@@ -44,12 +55,10 @@ std::vector<SyncEngine::TCRange> rangesOf(const std::vector<const SeparateUnits:
     return ranges;
 }
 
-/// Whether at least half of the clips roll together with the others.
-bool rollTogether(const std::vector<SyncEngine::TCRange>& clips,
-                  const std::vector<SyncEngine::TCRange>& others) {
-    const RollingTimes times(others);
-    return 2 * std::ranges::count_if(clips, [&](const auto& range) { return times.overlap(range); }) >=
-           std::ssize(clips);
+/// The share of the time of one of the two, whichever is larger, for which the other one rolls as well.
+double shareTogether(const RollingTimes& a, const RollingTimes& b) {
+    const double shorter = std::min(a.totalSeconds(), b.totalSeconds());
+    return shorter > 0 ? a.secondsTogether(b) / shorter : 0;
 }
 
 bool isNearer(const SyncGroup& clip, const MediaAsset& sound, const MediaAsset& other) {
@@ -84,35 +93,49 @@ std::vector<const SeparateUnits::Clip*> SeparateUnits::clipsOf(std::string_view 
     return clips;
 }
 
-bool SeparateUnits::areApart(const MediaAsset& a, const MediaAsset& b) const {
+SeparateUnits::Relation SeparateUnits::relation(const MediaAsset& a, const MediaAsset& b) const {
+    constexpr double mostOfUnits = 0.5, leastOfOneScene = 0.8;
     std::string own = folderApart(a, b), other = folderApart(b, a);
-    if (own.empty() || other.empty()) return false;
+    if (own.empty() || other.empty()) return Relation::oneScene;
     if (other < own) std::swap(own, other);
-    const auto [known, isNew] = known_.try_emplace({own, other}, false);
+    const auto [known, isNew] = known_.try_emplace({own, other}, Relation::oneScene);
     if (isNew) {
         const auto clips = clipsOf(own), others = clipsOf(other);
         const auto areDated = [](const auto& all) {
             return std::ranges::all_of(all, [](const Clip* clip) { return clip->day.has_value(); });
         };
         const bool byDay = areDated(clips) && areDated(others);
-        const auto ranges = rangesOf(clips, byDay), othersRanges = rangesOf(others, byDay);
-        known->second = std::min(clips.size(), others.size()) >= fewestClips &&
-                        !rollTogether(ranges, othersRanges) && !rollTogether(othersRanges, ranges);
+        const double share =
+            shareTogether(RollingTimes(rangesOf(clips, byDay)), RollingTimes(rangesOf(others, byDay)));
+        const bool areEnough = std::min(clips.size(), others.size()) >= fewestClips;
+        if (share < mostOfUnits && areEnough)
+            known->second = Relation::twoUnits;
+        else if (share < leastOfOneScene)
+            known->second = Relation::unclear;
     }
     return known->second;
 }
 
-bool SeparateUnits::have(const SyncGroup& a, const SyncGroup& b) const {
+SeparateUnits::Relation SeparateUnits::relation(const SyncGroup& a, const SyncGroup& b) const {
     const MediaAsset *own = a.primaryAudio(), *other = b.primaryAudio();
-    if (own == nullptr || other == nullptr || own->id == other->id) return false;
-    return isNearer(a, *own, *other) && isNearer(b, *other, *own) && areApart(*own, *other) &&
-           !areOfOneSlate(*own, *other);
+    if (own == nullptr || other == nullptr || own->id == other->id || !isNearer(a, *own, *other) ||
+        !isNearer(b, *other, *own) || areOfOneSlate(*own, *other))
+        return Relation::oneScene;
+    return relation(*own, *other);
+}
+
+bool SeparateUnits::have(const SyncGroup& a, const SyncGroup& b) const {
+    return relation(a, b) == Relation::twoUnits;
+}
+
+bool SeparateUnits::mayHave(const SyncGroup& a, const SyncGroup& b) const {
+    return relation(a, b) == Relation::unclear;
 }
 
 bool SeparateUnits::isOfOther(const SyncGroup& clip, const MediaAsset& recording) const {
     const MediaAsset* own = clip.primaryAudio();
-    return own != nullptr && isNearer(clip, *own, recording) && areApart(*own, recording) &&
-           !areOfOneSlate(*own, recording);
+    return own != nullptr && isNearer(clip, *own, recording) &&
+           relation(*own, recording) == Relation::twoUnits && !areOfOneSlate(*own, recording);
 }
 
 } // namespace orvane

@@ -6,6 +6,7 @@
 #include "OrvaneSyncCLI/RunUntilDone.h"
 #include "OrvaneSyncCore/Models/SettingValues.h"
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Files.h"
 #include "Platform/Text.h"
@@ -193,11 +194,30 @@ void ScanRun::scan(Analysis analysis, const std::vector<ReviewLine>* review) {
     }
     warnOfTheScan();
     if (review != nullptr) apply(*review);
-    if (choosesFirst_) controller_->recordings().confirmAllAmbiguousMatches();
+    if (choosesFirst_) chooseFirst();
     if (analysis == Analysis::none) return;
     smartAudio.setAnalysesAfterScan(true);
     smartAudio.startAnalysisAfterScan();
     wait(smartAudio.waitForAnalysisAfterScan());
+}
+
+void ScanRun::chooseFirst() {
+    const OpenWork& work = controller_->work();
+    const SyncGroupList before = work.syncGroups();
+    controller_->recordings().confirmAllAmbiguousMatches();
+    const auto described = [&](const AudioMatch& match) {
+        return "'" + work.fileNames().of(*match.audio) + "' " +
+               platform::text::formatted("%.1f s", match.overlapDurationSeconds);
+    };
+    const SyncGroupChanges changes = work.syncGroups().changesSince(before);
+    for (const std::size_t row : changes.changed) {
+        const SyncGroup& group = work.syncGroups()[row];
+        std::vector<std::string> others;
+        for (const auto& recording : recordingsOf(group))
+            if (recording.front() != 0) others.push_back(described(group.audioMatches[recording.front()]));
+        warn("chosen first: '" + work.fileNames().of(group.video) + "' has " +
+             described(group.audioMatches.front()) + ", and not " + platform::text::joined(others, ", "));
+    }
 }
 
 void ScanRun::apply(const std::vector<ReviewLine>& review) {

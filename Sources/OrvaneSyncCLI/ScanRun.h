@@ -51,6 +51,8 @@ class ScanRun {
     void readOptions(const Arguments& arguments);
     void loadReport(const std::string& path);
     void apply(const std::vector<ReviewLine>& review);
+    /// Settles ambiguous clips with their first recordings, with a warning for each.
+    void chooseFirst();
     void warnOfTheScan();
 
     Context& context_;

@@ -249,7 +249,8 @@ TEST_F(ImportControllerTest, whatWasDecidedFollowsTheCameraFileThatIsUsed) {
         controller_->withUndo(undoSteps::toggleApproved,
                               [&] { controller_->clips().toggleApproved(clip("B001C001")->id); });
         scan(folder("camera"), folder("sound"));
-        finish(controller_->recordings().keepDecisions({test.earlier, {}, {}}));
+        finish(controller_->recordings().keepDecisions(
+            {test.earlier, controller_->work().sharedWildTracks(), {}}));
         EXPECT_EQ(clip("A001C001")->video.url, used);
         EXPECT_EQ(clip("A001C001")->manualClipName, test.name);
         EXPECT_EQ(clip("A001C001")->isLocked, test.isLocked);

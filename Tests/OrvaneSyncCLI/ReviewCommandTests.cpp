@@ -114,6 +114,13 @@ TEST_F(CardsTest, aReviewComesBackFromASpreadsheet) {
 
     const Outcome first = runWith({"scan", folder_.path(), "--choose", "first", "--json"});
     EXPECT_EQ(first.json().find("counts")->find("syncClips")->integer(), 2);
+    for (const char* chosen : {"'A001C001_261120_R1AB.mov' has 'DAY1_T01.WAV' 8.0 s, and not 'ISO.WAV'",
+                               "'cardB/B001C001_261120_R1CD.mov' has 'DAY1_T01.WAV' 8.0 s"})
+        EXPECT_NE(first.err.find(std::string("warning: chosen first: ") + chosen), std::string::npos)
+            << first.err;
+    const Outcome doubted = runWith({"diagnose", folder_.path(), "--choose", "first"});
+    EXPECT_NE(doubted.out.find("the first of 2 recordings was chosen for 'A001C001"), std::string::npos)
+        << doubted.out;
     // A table without decisions is replaced, one with decisions is not.
     EXPECT_EQ(runWith({"scan", folder_.path(), "--review", table}).status, done);
     lines[1][note] = "ask the boom operator";

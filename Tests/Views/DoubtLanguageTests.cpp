@@ -5,6 +5,7 @@
 #include <QRegularExpression>
 
 #include <set>
+#include <utility>
 
 namespace orvane::views {
 
@@ -119,7 +120,42 @@ bool hasEnglish(QString text) {
     return words.match(text.remove(names)).hasMatch();
 }
 
+void expectGerman(const std::vector<CardDoubt>& told) {
+    for (const CardDoubt& one : told)
+        for (const std::string& text : {messageInWords(one.doubt), cureInWords(one.doubt.cure).text})
+            EXPECT_FALSE(hasEnglish(translatedSentence(text))) << text << "\n"
+                                                               << translatedSentence(text).toStdString();
+}
+
 } // namespace
+
+TEST(DoubtLanguageTest, SaysWhatSpeaksForAGivenHour) {
+    const test::Spoken german(QStringLiteral("de"));
+    Shot shot = takes({0, 0, 0});
+    for (MediaAsset& video : shot.videos) video.channelCount = 2;
+    shot.audios = {recordingAt("/S/LAV.wav", 28800, 20000)};
+    const MatchRules rules{.soundOffsetSeconds = 3600};
+    shot.diagnose(rules);
+    const FileNames names;
+    DoubtInput input{shot.groups, shot.audios, rules, TrimMode::noTrim, {}, names};
+    const std::unordered_map<UUID, HeardLag> nothing;
+    HeardClaims atStated;
+    for (const SyncGroup& group : shot.groups) {
+        const double place = group.audioMatches.front().syncOffsetSeconds - 3600;
+        atStated[SoundClaim{group.id, shot.audios.front().id, place, 0}.key()] = {place, true};
+    }
+    for (const bool isMeasured : {false, true})
+        for (const HeardClaims* claims :
+             {static_cast<const HeardClaims*>(nullptr), &std::as_const(atStated)}) {
+            input.heardLags = isMeasured ? &nothing : nullptr;
+            input.heardClaims = claims;
+            const auto told = SyncDoubts::of(input).summary(shot.groups);
+            EXPECT_EQ(std::ranges::count(told, DoubtKind::constantOffset,
+                                         [](const CardDoubt& one) { return one.doubt.kind; }),
+                      1);
+            expectGerman(told);
+        }
+}
 
 TEST(DoubtLanguageTest, SaysEveryKindOfDoubtAndItsCureInGerman) {
     const test::ScopedEnvironment zone("TZ", "UTC");
@@ -147,12 +183,8 @@ TEST(DoubtLanguageTest, SaysEveryKindOfDoubtAndItsCureInGerman) {
         shot.groups.update(shot.groups.front().id,
                            [](SyncGroup& group) { group.manualAudioOffsetSeconds = 1; });
         std::ranges::copy(SyncDoubts::of(input).summary(shot.groups), std::back_inserter(told));
-        for (const CardDoubt& one : told) {
-            kinds.insert(one.doubt.kind);
-            for (const std::string& text : {messageInWords(one.doubt), cureInWords(one.doubt.cure).text})
-                EXPECT_FALSE(hasEnglish(translatedSentence(text))) << text << "\n"
-                                                                   << translatedSentence(text).toStdString();
-        }
+        expectGerman(told);
+        for (const CardDoubt& one : told) kinds.insert(one.doubt.kind);
     }
     for (std::size_t kind = 0; kind < doubtKinds.size(); ++kind)
         EXPECT_TRUE(kinds.contains(static_cast<DoubtKind>(kind))) << doubtKinds[kind].name;

@@ -449,6 +449,74 @@ TEST(ClockDoubts, AnOffsetThatTimecodeTellsRoughlyStaysInDoubtUntilItIsChecked) 
     }
 }
 
+/// Cameras whose headers are a day ahead, beside a recorder that is an hour late.
+TEST(ClockDoubts, AreToldOnceForClipsWithOtherSoundAndForClipsWithAWrongDate) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    constexpr int takes = 14;
+    const auto place = [](const char* day, MediaAsset& video, double at) {
+        video.headerDate = *dateFromISO8601(std::string(day) + "T00:00:00Z") +
+                           std::chrono::seconds(std::lround(at + *video.durationSeconds));
+    };
+    Shot units, cameras;
+    for (int i = 0; i < takes; ++i) {
+        const std::string number = std::to_string(i);
+        const double at = 36000 + 300 * i + 7 * i * i, other = at + (i % 2 == 0 ? 2 : 110);
+        units.videos.push_back(clipAt("/U1/CAM/A" + number + ".mov", at, 20));
+        place("2024-05-17", units.videos.back(), at);
+        units.audios.push_back(recordingAt("/U1/SND/T" + number + ".wav", at - 4, 32));
+        units.videos.push_back(clipAt("/U2/CAM/C" + number + ".mov", other, i % 4 == 0 ? 29 : 20));
+        place("2024-05-18", units.videos.back(), other);
+        units.audios.push_back(recordingAt("/U2/SND/W" + number + ".wav", other - 4 - 3600, 37));
+
+        for (const char* name : {"/A/A", "/B/B"}) {
+            cameras.videos.push_back(clipAt(name + number + ".mov", at + (name[1] == 'B' ? 1 : 0), 20));
+            place(name[1] == 'B' ? "2024-05-18" : "2024-05-17", cameras.videos.back(), at);
+        }
+        cameras.audios.push_back(recordingAt((i < takes / 2 ? "/SND1/T" : "/SND2/T") + number + ".wav",
+                                             at - 4 + (i < takes / 2 ? 0 : 3600), 32));
+    }
+    for (Shot* shot : {&units, &cameras}) {
+        shot->date(shot->audios, "2024-05-17");
+        shot->diagnose();
+        const auto card = shot->card(Kind::constantOffset);
+        ASSERT_TRUE(card);
+        EXPECT_EQ(std::ssize(card->groupIDs), takes) << card->doubt.message;
+        for (const UUID& id : card->groupIDs) {
+            const auto& own = shot->doubts.byGroup.at(id);
+            EXPECT_EQ(own.size(), 1U) << shot->groups.find(id)->video.filename << ": " << own.back().message;
+        }
+    }
+}
+
+TEST(ClockDoubts, AGivenHourThatTimecodeDoesNotShowIsDoubtedUntilItIsChecked) {
+    constexpr double hour = 3600;
+    struct Case {
+        const char* name;
+        double first, seconds; ///< of the recording that runs all day, from 10:00 on
+        double given;
+        int doubted;
+    };
+    for (const Case& one : {Case{"it lies under all clips in any case", -2 * hour, 5 * hour, hour, 5},
+                            {"the same, half an hour", -2 * hour, 5 * hour, -hour / 2, 5},
+                            {"only the offset puts it under them", -hour - 10, hour / 2, hour, 0}}) {
+        Shot shot;
+        for (int i = 0; i < 5; ++i)
+            shot.videos.push_back(clipAt("/CAM/A" + std::to_string(i) + ".mov", 10 * hour + 300 * i, 20));
+        shot.audios.push_back(recordingAt("/S/LAV.wav", 10 * hour + one.first, one.seconds));
+        const MatchRules rules{.soundOffsetSeconds = one.given};
+        shot.diagnose(rules);
+        EXPECT_EQ(shot.count(Kind::constantOffset), one.doubted) << one.name;
+        if (const auto card = shot.card(Kind::constantOffset)) {
+            EXPECT_NE(card->doubt.message.find("without it under 5"), std::string::npos)
+                << card->doubt.message;
+            EXPECT_TRUE(card->doubt.cure.text().starts_with("check a clap")) << card->doubt.cure.text();
+        }
+        shot.locksWhatIsHeard = true;
+        shot.diagnose(rules);
+        EXPECT_EQ(shot.count(Kind::constantOffset), 0) << one.name;
+    }
+}
+
 /// A camera whose clock was set in the middle of its card, beside a camera that is right.
 TEST(ClockDoubts, TellsOfTheClipsFromWhichOnACamerasClockIsWrong) {
     for (const double ahead : {3600.0, -50.0, 0.0}) {

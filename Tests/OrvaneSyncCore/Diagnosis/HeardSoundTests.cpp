@@ -212,6 +212,57 @@ TEST(HeardSound, AnOffsetThatTimecodeTellsRoughlyStaysInDoubtWhereCamerasHeardIt
     }
 }
 
+TEST(HeardSound, AGivenOffsetIsRefutedByCamerasThatHeardTheSoundWhereItsFilesPlaceIt) {
+    struct Case {
+        const char* name;
+        std::size_t heardAtStated, inPlace; ///< clips
+        double atStated;                    ///< seconds from there
+        const char* cure;                   ///< null: no doubt
+    };
+    for (const Case& one : {Case{"where the file says", 3, 0, 0.04, "--sound-offset 00:00:00:00"},
+                            {"two seconds from there", 3, 0, 2.0, "--sound-offset 00:00:02:00"},
+                            {"with the offset", 0, 3, 0, nullptr},
+                            {"nowhere", 0, 0, 0, "check a clap"}}) {
+        HeardShot shot({});
+        shot.audios = {recordingAt("/S/LAV.wav", 18000, 60000)};
+        const MatchRules rules{.soundOffsetSeconds = 3600};
+        const SmartAudioResults results{};
+        const FileNames names;
+        const auto diagnosed = [&] {
+            return DoubtInput{.groups = shot.groups,
+                              .recordings = shot.audios,
+                              .rules = rules,
+                              .trimMode = TrimMode::noTrim,
+                              .smartAudioResults = results,
+                              .names = names,
+                              .heardLags = &shot.lags,
+                              .heardClaims = &shot.claims,
+                              .unheard = &shot.unheard};
+        };
+        shot.groups = SyncEngine().match(shot.videos, shot.audios, rules);
+        for (std::size_t i = 0; i < one.inPlace; ++i) shot.lags[shot.match(i)] = {0.03};
+        const auto claims = SyncDoubts::claims(diagnosed());
+        EXPECT_EQ(claims.size(), one.inPlace == 0 ? 3U : 0U) << one.name;
+        for (std::size_t i = 0; i < claims.size(); ++i) {
+            EXPECT_NEAR(claims[i].offsetSeconds,
+                        18000 - SyncEngine::tcRange(shot.groups.find(claims[i].clipID)->video)->startSeconds,
+                        1e-6);
+            shot.claims[claims[i].key()] = {
+                i < one.heardAtStated ? std::optional(claims[i].offsetSeconds + one.atStated) : std::nullopt,
+                true};
+        }
+        for (std::size_t i = 0; i < shot.groups.size() && one.inPlace == 0; ++i)
+            shot.unheard.insert(shot.match(i));
+        shot.doubts = SyncDoubts::of(diagnosed());
+        const auto card = shot.card(Kind::constantOffset);
+        ASSERT_EQ(card.has_value(), one.cure != nullptr) << one.name;
+        if (card) {
+            EXPECT_TRUE(card->doubt.cure.text().starts_with(one.cure)) << card->doubt.cure.text();
+        }
+        EXPECT_EQ(shot.count(Kind::otherDay), 0) << one.name;
+    }
+}
+
 TEST(HeardSound, OfTwoRecordersTheOneThatWasHeardStays) {
     for (int i = 0; i < 8; ++i) {
         const int heard = i % 4 - 1;    // none, the first, the other, both

@@ -25,15 +25,15 @@ bool namesTrimMode(const DoubtCure& cure) {
     });
 }
 
-/// With a wrong clock, clips may have the sound of other takes. The picture must not be cut to its length.
-void settleClocksBeforeTrims(SyncDoubts& doubts) {
-    for (auto& [group, own] : doubts.byGroup) {
-        if (!doubts.has(group, {Kind::constantOffset, Kind::timecodeRate})) continue;
-        for (SyncDoubt& doubt : own)
-            if ((doubt.kind == Kind::shortSound || doubt.kind == Kind::cutByTrim) &&
-                namesTrimMode(doubt.cure))
-                doubt.cure = "settle the doubt about its clock first";
-    }
+/// With a wrong clock, clips may have the sound of other takes. Its length says nothing then, and the picture
+/// must not be cut to it.
+void removeLengthsByWrongClocks(SyncDoubts& doubts) {
+    for (auto& [group, own] : doubts.byGroup)
+        if (doubts.has(group, {Kind::constantOffset, Kind::timecodeRate}))
+            std::erase_if(own, [](const SyncDoubt& doubt) {
+                return (doubt.kind == Kind::shortSound || doubt.kind == Kind::cutByTrim) &&
+                       namesTrimMode(doubt.cure);
+            });
 }
 
 /// If only timecode shows that a clock is wrong, adds to the message that clips were too short to be
@@ -71,7 +71,7 @@ void nameClipsTooShortToHear(const Shoot& shoot, SyncDoubts& doubts) {
 } // namespace
 
 void addWordsBesideClocks(const Shoot& shoot, SyncDoubts& doubts) {
-    settleClocksBeforeTrims(doubts);
+    removeLengthsByWrongClocks(doubts);
     nameClipsTooShortToHear(shoot, doubts);
 }
 

@@ -194,7 +194,7 @@ class CameraClocks {
             "are ";
         if (trial.soundDay)
             text += "dated " + dayText(*card.day) + " instead of " + dayText(*trial.soundDay) + " and ";
-        text += spanText(std::abs(common.seconds)) + (common.seconds > 0 ? " late" : " early") +
+        text += offsetSpanText(std::abs(common.seconds), rate_) + (common.seconds > 0 ? " late" : " early") +
                 " against recordings that fit other clips: with these moved by that, " +
                 std::to_string(found.size()) + " of " + counted(trial.clips.size(), "clip", "clips") +
                 " without all of their sound would match";

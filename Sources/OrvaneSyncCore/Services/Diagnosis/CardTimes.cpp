@@ -45,9 +45,9 @@ Cover CardTimes::coverAt(double offsetSeconds) const {
 
 /// Whether `accept` accepts one of the possible ranges of the clip on the axis of `range`. If only the time
 /// of day is known, midnight may be between the two.
-bool CardTimes::anyPlace(const Shoot::Clip& clip, const Accept& accept) const {
+bool CardTimes::anyPlace(const Shoot::Clip& clip, const std::optional<long>& day,
+                         const Accept& accept) const {
     const SyncEngine::TCRange& own = clip.place->range;
-    const auto day = clip.likelyDay();
     if (card_.day && day) return accept(moved(own, static_cast<double>(*day) * secondsADay));
     const double near = static_cast<double>(card_.day.value_or(0)) * secondsADay;
     return accept(moved(own, near)) || accept(moved(own, near - secondsADay)) ||
@@ -55,14 +55,24 @@ bool CardTimes::anyPlace(const Shoot::Clip& clip, const Accept& accept) const {
 }
 
 bool CardTimes::isWithin(const SyncEngine::TCRange& hours, const Shoot::Clip& clip) const {
-    return anyPlace(clip, [&](const SyncEngine::TCRange& own) {
+    return anyPlace(clip, clip.likelyDay(), [&](const SyncEngine::TCRange& own) {
         return SyncEngine::overlapDuration(hours, own).has_value();
     });
 }
 
 std::optional<CardTimes::Covered> CardTimes::covered(const Cover& sound, const Shoot::Clip& clip) const {
+    return coveredOn(clip.likelyDay(), sound, clip);
+}
+
+std::optional<CardTimes::Covered> CardTimes::coveredByHours(const Cover& sound,
+                                                            const Shoot::Clip& clip) const {
+    return coveredOn(std::nullopt, sound, clip);
+}
+
+std::optional<CardTimes::Covered> CardTimes::coveredOn(const std::optional<long>& day, const Cover& sound,
+                                                       const Shoot::Clip& clip) const {
     std::optional<Covered> found;
-    anyPlace(clip, [&](const SyncEngine::TCRange& own) {
+    anyPlace(clip, day, [&](const SyncEngine::TCRange& own) {
         if (const auto whole = sound.ofEither(own)) found = Covered{*whole, own};
         return found.has_value();
     });

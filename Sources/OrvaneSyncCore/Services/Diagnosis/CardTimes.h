@@ -37,10 +37,15 @@ class CardTimes {
     };
     /// The recording that covers the clip, or that the clip covers.
     std::optional<Covered> covered(const Cover& sound, const Shoot::Clip& clip) const;
+    /// The same by the time of day alone, as if the clip were of the card's day.
+    std::optional<Covered> coveredByHours(const Cover& sound, const Shoot::Clip& clip) const;
 
   private:
     using Accept = std::function<bool(const SyncEngine::TCRange& range)>;
-    bool anyPlace(const Shoot::Clip& clip, const Accept& accept) const;
+    bool anyPlace(const Shoot::Clip& clip, const std::optional<long>& day, const Accept& accept) const;
+
+    std::optional<Covered> coveredOn(const std::optional<long>& day, const Cover& sound,
+                                     const Shoot::Clip& clip) const;
 
     const Shoot& shoot_;
     const Card& card_;

@@ -20,8 +20,11 @@ std::optional<double> heardAttached(const Shoot& shoot, const Shoot::Clip& clip)
 /// Adds the claims that `heardAmong` and `heardAttached` need and that were not analysed, for as many clips
 /// as can be analysed in seconds.
 void addClipClaims(const Shoot& shoot, std::vector<SoundClaim>& toHear);
-/// Adds the claims about clocks that the cameras' microphones can decide and that were not analysed.
-void addClockClaims(const Shoot& shoot, std::vector<SoundClaim>& toHear);
+/// Adds the claims about clocks that the cameras' microphones can decide and that were not analysed, and the
+/// doubts about clocks.
+void addClockClaims(const Shoot& shoot, SyncDoubts& doubts, std::vector<SoundClaim>& toHear);
+/// The same for a given offset, of clips without a doubt in `doubts`, which has those about clocks.
+void addStatedPlaceClaims(const Shoot& shoot, SyncDoubts& doubts, std::vector<SoundClaim>& toHear);
 /// The claim for a clip and a recording that have no common timecode.
 SoundClaim claimByEar(const UUID& clip, const UUID& recording);
 /// Adds the recordings that clips without sound may have although no timecode leads to them, if they are few.

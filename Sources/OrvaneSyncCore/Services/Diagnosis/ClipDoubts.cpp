@@ -77,17 +77,24 @@ class ClipDoubts {
     }
 
   private:
-    /// The microphones of clips that were settled all together were not analysed. If a date is missing, their
-    /// first recording may be of another day.
+    /// Whether the clip was settled by its first recording, as `--choose first` does with all clips. Nobody
+    /// may have heard that it is the right one.
     bool wasAmbiguous() const {
-        if (of_.group.matchStatus.kind != MatchStatus::Kind::manual || !of_.clip.place || !of_.clip.primary)
+        if (of_.group.matchStatus.kind != MatchStatus::Kind::manual || !of_.clip.place || !of_.clip.primary ||
+            isFirstHeard())
             return false;
-        if (of_.clip.place->day && of_.shoot.recordings[*of_.clip.primary].place.day) return false;
         const double least = heardSeconds(of_.group, of_.take) * ambiguityShare;
         return std::ranges::any_of(of_.take.files, [&](const TakeFile& file) {
             return file.role == TakeRole::alternate &&
                    of_.group.audioMatches[file.matchIndex].overlapDurationSeconds < least;
         });
+    }
+    /// Whether the camera heard the first recording at its place.
+    bool isFirstHeard() const {
+        const auto* heard = of_.shoot.input.heardLags;
+        if (heard == nullptr) return false;
+        const auto lag = heard->find(of_.group.audioMatches.front().id);
+        return lag != heard->end() && std::abs(lag->second.seconds) <= inPlaceSeconds;
     }
     /// `mayChooseFirst`: no camera of the shoot heard another recording than its clip's first.
     void ambiguous(bool mayChooseFirst) {
@@ -101,9 +108,12 @@ class ClipDoubts {
             files += (i > 0 ? ", " : "") + of_.shoot.nameOf(*match.audio) + " " +
                      formatted("%.1f s", match.overlapDurationSeconds);
         }
-        const std::string about = std::to_string(of_.group.audioMatches.size()) + " recordings overlap " +
-                                  of_.name + " of " + formatted("%.1f s", of_.length()) +
-                                  " and none is clearly best: ";
+        const std::string count = std::to_string(of_.group.audioMatches.size());
+        const std::string clip = of_.name + " of " + formatted("%.1f s", of_.length());
+        const std::string about = isSettled
+                                      ? "the first of " + count + " recordings was chosen for " + clip +
+                                            ", and none is clearly best: "
+                                      : count + " recordings overlap " + clip + " and none is clearly best: ";
         const auto heard = heardAmong(of_.shoot, of_.clip);
         if (heard)
             files += "; the microphone of the camera heard " +
@@ -121,7 +131,7 @@ class ClipDoubts {
                                 "it, then ") +
                           choice
                     : choice,
-                files);
+                isSettled ? "the first was chosen: " + files : files);
         if (heard && !isSettled)
             of_.doubts.back().suggestion =
                 SyncDoubt::Suggestion{.recordingID = of_.group.audioMatches[*heard].audio->id};

@@ -12,6 +12,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/MixedDays.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Services/Diagnosis/SuspectedCards.h"
+#include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Stop.h"
@@ -19,6 +20,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <map>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -232,10 +234,19 @@ class ClockDoubts {
                 if (card.movedByDays == 0) rolling.add(sound->clip, times.range(sound->whole));
                 doubted.push_back(clip);
             } else if (!one.isPart && clip->primary &&
-                       isOn(card, shoot_, *shoot_.recordings[*clip->primary].asset)) {
+                       (isOn(card, shoot_, *shoot_.recordings[*clip->primary].asset) ||
+                        (sound && hidesSoundOf(*clip, sound->whole)))) {
                 doubted.push_back(clip);
             }
         }
+        for (const auto& [clip, sound] : ofOtherHeaders(one, card, offset)) {
+            const double start = times.range(sound.whole).startSeconds + offset - sound.clip.startSeconds;
+            const std::size_t part = shoot_.wholes.partAt(sound.whole, -start);
+            suggested.emplace_back(clip->group->id,
+                                   suggestionOf(*clip, part, start + shoot_.wholes.startsAt[part]));
+            doubted.push_back(clip);
+        }
+        std::ranges::sort(doubted); // in the order of the clips
         // A locked clip is not in doubt, but it is evidence for the clock.
         for (const Shoot::Clip& clip : shoot_.clips) {
             if (!clip.isDecided || !clip.place || clip.group->isExcludedFromExport || !times.mayOverlap(clip))
@@ -267,7 +278,7 @@ class ClockDoubts {
         if (card.movedByDays != 0)
             text += "dated " + dayText(*card.day - card.movedByDays) + " instead of " + dayText(*card.day) +
                     " and ";
-        text += spanText(std::abs(offset)) + (offset < 0 ? " late" : " early") +
+        text += offsetSpanText(std::abs(offset), rate_) + (offset < 0 ? " late" : " early") +
                 " against the clips: moved by that, ";
         if (isForAll)
             text += std::to_string(used.size()) + " of " + counted(recordings, "recording", "recordings") +
@@ -311,6 +322,38 @@ class ClockDoubts {
             for (const auto& [clip, suggestion] : suggested)
                 doubts_.byGroup[clip].back().suggestion = suggestion;
         return true;
+    }
+    /// Whether the clip's sound is another unit's and of another day, and the recording is of its own unit.
+    bool hidesSoundOf(const Shoot::Clip& clip, std::size_t recording) const {
+        const auto recorded = shoot_.recordings[*clip.primary].place.day, filmed = clip.likelyDay();
+        return recorded && filmed && *recorded != *filmed &&
+               UnitNearness::of(clip.group->video, *shoot_.recordings[recording].asset) >
+                   UnitNearness::of(clip.group->video, *shoot_.recordings[*clip.primary].asset);
+    }
+    /// Clips without sound whose header has another day than the card, and which fit it by the time of day.
+    /// Only if most of those of their folder do.
+    std::vector<std::pair<const Shoot::Clip*, CardTimes::Covered>>
+    ofOtherHeaders(const SuspectedCard& one, const Card& card, double offset) const {
+        std::vector<std::pair<const Shoot::Clip*, CardTimes::Covered>> found;
+        if (one.isPart || !card.day || card.movedByDays != 0) return found;
+        const CardTimes times(shoot_, card);
+        const Cover sound = times.coverAt(offset);
+        std::map<std::string_view, std::vector<const Shoot::Clip*>> folders;
+        for (const Shoot::Clip* clip : uncovered_)
+            if (clip->group->isMOS() && !clip->place->day && clip->likelyDay() &&
+                !card.isOf(*clip->likelyDay()) && !times.covered(sound, *clip))
+                folders[folderOf(clip->group->video)].push_back(clip);
+        for (const auto& [folder, clips] : folders) {
+            const std::size_t before = found.size();
+            for (const Shoot::Clip* clip : clips)
+                if (const auto covered = times.coveredByHours(sound, *clip))
+                    found.emplace_back(clip, *covered);
+            const std::size_t fitting = found.size() - before;
+            if (std::cmp_less(fitting, explanation::fewest) ||
+                static_cast<double>(fitting) < explanation::majority * static_cast<double>(clips.size()))
+                found.erase(found.begin() + static_cast<std::ptrdiff_t>(before), found.end());
+        }
+        return found;
     }
     /// `attachedSeconds`: clip time at which the recording begins with the corrected clock.
     SyncDoubt::Suggestion suggestionOf(const Shoot::Clip& clip, std::size_t recording,
@@ -372,8 +415,7 @@ void findClockDoubts(const Shoot& shoot, SyncDoubts& doubts, std::vector<SoundCl
 
 void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts) { findClockDoubts(shoot, doubts, nullptr); }
 
-void addClockClaims(const Shoot& shoot, std::vector<SoundClaim>& toHear) {
-    SyncDoubts doubts;
+void addClockClaims(const Shoot& shoot, SyncDoubts& doubts, std::vector<SoundClaim>& toHear) {
     findClockDoubts(shoot, doubts, &toHear);
 }
 

@@ -6,6 +6,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
 #include "OrvaneSyncCore/Services/Diagnosis/MixedDays.h"
 #include "OrvaneSyncCore/Services/Diagnosis/WrittenTimes.h"
+#include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
@@ -15,7 +16,9 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <map>
 #include <set>
+#include <string_view>
 #include <utility>
 
 namespace orvane {
@@ -28,7 +31,13 @@ using Kind = SyncDoubt::Kind;
 class DayDoubts {
   public:
     DayDoubts(const Shoot& shoot, SyncDoubts& doubts)
-        : shoot_(shoot), doubts_(doubts), cures_(shoot), sound_(shoot) {}
+        : shoot_(shoot), doubts_(doubts), cures_(shoot), sound_(shoot) {
+        const std::vector<bool> isUsed = shoot.usedWholes();
+        for (std::size_t i = 0; i < isUsed.size(); ++i)
+            if (!isUsed[shoot.wholes.firstOf[i]])
+                unusedByFolder_.try_emplace(folderOf(*shoot.recordings[i].asset),
+                                            &*shoot.recordings[i].asset);
+    }
 
     void add() {
         fewOfItsDate_ = addCardDates(shoot_, sound_, cures_, doubts_);
@@ -162,6 +171,8 @@ class DayDoubts {
         const std::string message = namesOf(pair) + " is of " + dayText(*recorded) + ", and the clip is of " +
                                     dayText(*filmed) + "; they fit only by the time of day";
         if (pair.isFirst() && sound_.isInPlaceOn(clips, *filmed, *recorded)) return false;
+        // The doubt about the clock of its own unit's recorder says that this is not its sound.
+        if (hasClockDoubt(clip) && isOfAnotherUnit(clip, *sound.asset)) return true;
         const bool isUnheard = sound_.isUnheardOn(clips, *filmed, *recorded);
         const bool isOthers =
             isUnheard ||
@@ -276,6 +287,13 @@ class DayDoubts {
         return {folderOf(*sound.asset), sound.place.statedDay, sound_.isHeard(clip, sound)};
     }
 
+    /// Whether a recording that no clip has is nearer to the clip by its folders.
+    bool isOfAnotherUnit(const Shoot::Clip& clip, const MediaAsset& sound) const {
+        const auto nearness = UnitNearness::of(clip.group->video, sound);
+        return std::ranges::any_of(unusedByFolder_, [&](const auto& one) {
+            return UnitNearness::of(clip.group->video, *one.second) > nearness;
+        });
+    }
     bool hasClockDoubt(const Shoot::Clip& clip) const {
         return doubts_.has(clip.group->id, {Kind::constantOffset, Kind::timecodeRate});
     }
@@ -284,7 +302,8 @@ class DayDoubts {
     SyncDoubts& doubts_;
     DayCures cures_;
     const DatedSound sound_;
-    std::set<std::size_t> fewOfItsDate_; ///< numbers of clips
+    std::set<std::size_t> fewOfItsDate_;                           ///< numbers of clips
+    std::map<std::string_view, const MediaAsset*> unusedByFolder_; ///< one of the recordings that no clip has
 };
 
 } // namespace

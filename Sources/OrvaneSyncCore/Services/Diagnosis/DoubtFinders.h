@@ -17,6 +17,8 @@ void addClipDoubts(const Shoot& shoot, SyncDoubts& doubts);
 void addMissingChannels(const Shoot& shoot, SyncDoubts& doubts);
 /// Clocks that are off, and rates at which timecode was counted.
 void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts);
+/// For a given offset, if the cameras heard the recordings at the places that the files state.
+void addStatedPlaces(const Shoot& shoot, SyncDoubts& doubts);
 /// Dates that are wrong or missing.
 void addDayDoubts(const Shoot& shoot, SyncDoubts& doubts);
 /// For recorders without doubts so far, because their clips have other sound.
@@ -37,10 +39,11 @@ void addRivalDoubts(const Shoot& shoot, SyncDoubts& doubts);
 void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts);
 /// The same by sound that was heard in some clips, if none was moved by hand.
 void addHeardOffsets(const Shoot& shoot, SyncDoubts& doubts);
-/// For cards of which all analysed clips have other sound than the recordings under them.
-void addUnheardSound(const Shoot& shoot, SyncDoubts& doubts);
-/// For a given offset that timecode shows only roughly and nothing confirmed.
+/// For a given offset that timecode shows only roughly, or not at all, and nothing confirmed.
 void addGivenOffset(const Shoot& shoot, SyncDoubts& doubts);
+/// For cards of which all analysed clips have other sound than the recordings under them, if nothing else
+/// shows why.
+void addUnheardSound(const Shoot& shoot, SyncDoubts& doubts);
 /// Adapts other doubts to doubts about the clocks of the same clips, and names clips that were too short to
 /// be measured.
 void addWordsBesideClocks(const Shoot& shoot, SyncDoubts& doubts);
@@ -49,9 +52,9 @@ void keepMovedClips(const Shoot& shoot, SyncDoubts& doubts);
 
 /// In the order in which they run. Each one may use the doubts of those before it.
 inline constexpr std::array doubtFinders{
-    addCutFiles,      addConvertedFiles, addClipDoubts,        addMissingChannels, addClockDoubts,
-    addDayDoubts,     addRecorderDates,  addSoundsByEar,       addLoneRecordings,  addTimecodeDoubts,
-    addPairsNotHeard, addDrift,          addRivalDoubts,       addOffsetsByHand,   addHeardOffsets,
-    addUnheardSound,  addGivenOffset,    addWordsBesideClocks, keepMovedClips};
+    addCutFiles,       addConvertedFiles, addClipDoubts,    addMissingChannels,   addClockDoubts,
+    addStatedPlaces,   addDayDoubts,      addRecorderDates, addSoundsByEar,       addLoneRecordings,
+    addTimecodeDoubts, addPairsNotHeard,  addDrift,         addRivalDoubts,       addOffsetsByHand,
+    addHeardOffsets,   addGivenOffset,    addUnheardSound,  addWordsBesideClocks, keepMovedClips};
 
 } // namespace orvane

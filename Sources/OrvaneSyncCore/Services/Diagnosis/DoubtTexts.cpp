@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
 
 #include "OrvaneSyncCore/Models/Date.h"
+#include "OrvaneSyncCore/Models/SourceCorrections.h"
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
@@ -34,6 +35,16 @@ std::string spanText(double seconds) {
     return (hasDays ? formatted("%.0f d ", std::floor(hours / hoursADay)) : "") +
            formatted("%.0f h ", hasDays ? std::fmod(hours, hoursADay) : hours) +
            formatted("%02.0f", minutes) + rest;
+}
+
+std::string offsetSpanText(double seconds, TimecodeFrameRate rate) {
+    constexpr double aMinute = 60, aDay = 86400;
+    const std::string span = spanText(seconds);
+    if (seconds < aMinute || seconds >= aDay) return span;
+    const std::string labels = offsetText(seconds, rate);
+    // Timecode of 25 frames states whole seconds as they are.
+    return labels == offsetText(std::round(seconds), TimecodeFrameRate::fps25) ? span
+                                                                               : span + " (" + labels + ")";
 }
 
 } // namespace orvane

@@ -167,7 +167,8 @@ class HeardOffsets {
         const std::string in =
             counted(count, "clip", "clips") + " in " + platform::text::joined(folders, ", ");
         const std::string recorder = quotedFolder(std::get<1>(*heard.front().key));
-        const std::string span = spanText(std::abs(offset)) + (offset < 0 ? " earlier" : " later");
+        const std::string span =
+            offsetSpanText(std::abs(offset), rate_) + (offset < 0 ? " earlier" : " later");
         std::string text =
             heard.front().isElsewhere
                 ? "the microphones of the cameras heard other sound in " + in + " than " + recorder +
@@ -207,8 +208,8 @@ class HeardOffsets {
                           quotedFolder(std::get<0>(*camera.key)) + formatted(" %.1f s", least) +
                           formatted(" to %.1f s", most) + " away from where " +
                           quotedFolder(std::get<1>(*camera.key)) + " has it; with timecode that counts " +
-                          text + " frames a second, they all are " + spanText(std::abs(total)) +
-                          (total < 0 ? " late" : " early"),
+                          text + " frames a second, they all are " +
+                          offsetSpanText(std::abs(total), heardRate->rate) + (total < 0 ? " late" : " early"),
                       forCameras({{CureOption::Kind::timecodeRate, text},
                                   {CureOption::Kind::soundOffset, offsetText(total, heardRate->rate)}},
                                  {camera})},

@@ -9,6 +9,7 @@
 #include <map>
 #include <numeric>
 #include <set>
+#include <string_view>
 #include <tuple>
 #include <utility>
 
@@ -104,9 +105,16 @@ LeftOver LeftOver::of(const SyncGroupList& groups, const std::vector<const Media
             sounds.add(*recording, *place);
     LeftOver result{std::move(clips).all(), std::move(sounds).all(), {}};
     const auto recorded = daysRecorded(groups, recordings, places);
+    // If clips of a folder have sound of another day, the date of the others may be wrong, too.
+    std::set<std::pair<std::string_view, std::optional<long>>> withSound;
+    for (const SyncGroup& group : groups)
+        if (const auto place = group.isMOS() ? std::nullopt : places.of(group.video))
+            withSound.emplace(folderOf(group.video), place->likelyDay());
     std::map<long, int> silent;
     std::erase_if(result.clips, [&](const Files& files) {
-        if (!recorded || !files.day || recorded->contains(*files.day)) return false;
+        if (!recorded || !files.day || recorded->contains(*files.day) ||
+            withSound.contains({files.folder, files.day}))
+            return false;
         silent[*files.day] += files.count;
         return true;
     });

@@ -89,7 +89,7 @@ class LongRecordings {
         addCardDoubt(doubts_,
                      {SyncDoubt::Kind::constantOffset,
                       nameOfCard(card, shoot_) + " lie under no clip: moved by " +
-                          spanText(std::abs(offset)) + (offset < 0 ? " earlier" : " later") +
+                          offsetSpanText(std::abs(offset), rate_) + (offset < 0 ? " earlier" : " later") +
                           ", and by no other " + (step > niceOffsetStepSeconds ? "whole hour" : "half hour") +
                           ", they would lie under all " + counted(clips.size(), "clip", "clips"),
                       cure.of(card, offset) + " if a clap shows it"},

@@ -144,7 +144,8 @@ void addMovedPart(const Shoot& shoot, const std::map<CameraAndCard, HandledClips
         });
         const auto nameOf = [&](std::size_t file) { return shoot.nameOf(*shoot.recordings[file].asset); };
         text += ": its recordings " + nameOf(first) + " to " + nameOf(last) + " are " +
-                spanText(std::abs(clock.seconds)) + (isSoundLate ? " late" : " early") + " against the clips";
+                offsetSpanText(std::abs(clock.seconds), rate) + (isSoundLate ? " late" : " early") +
+                " against the clips";
         const auto scan = cure.scanOfRecordings(sound, true);
         addCardDoubt(doubts,
                      {SyncDoubt::Kind::constantOffset, std::move(text),
@@ -153,8 +154,9 @@ void addMovedPart(const Shoot& shoot, const std::map<CameraAndCard, HandledClips
         return;
     }
     text += ": the clips " + shoot.nameOf(part.clips.front()->group->video) + " to " +
-            shoot.nameOf(part.clips.back()->group->video) + " are " + spanText(std::abs(clock.seconds)) +
-            (isSoundLate ? " early" : " late") + " against the recordings";
+            shoot.nameOf(part.clips.back()->group->video) + " are " +
+            offsetSpanText(std::abs(clock.seconds), rate) + (isSoundLate ? " early" : " late") +
+            " against the recordings";
     if (others.hasOwnTime && !part.isElsewhere && haveNoOtherSound(part.clips, recorder)) {
         addCardDoubt(doubts,
                      {.kind = SyncDoubt::Kind::constantOffset,

@@ -147,7 +147,7 @@ class RateDoubts {
         DoubtCure offsetCure;
         if (first <= last) {
             const double offset = std::round((first + last) / 2);
-            offsetFits = "; with the recordings moved by about " + spanText(std::abs(offset)) +
+            offsetFits = "; with the recordings moved by about " + offsetSpanText(std::abs(offset), rate_) +
                          (offset < 0 ? " earlier" : " later") + " they would as well";
             offsetCure = ", then check a clap early and one late on the card; where both are off, and not "
                          "alike, " +
@@ -264,7 +264,7 @@ void addGivenRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& 
              rateText(*rules.timecodeRate) +
              " frames a second, and would have it as well by what the files "
              "state, with the recordings moved by about " +
-             spanText(std::abs(offset)) + (offset < 0 ? " earlier" : " later"),
+             offsetSpanText(std::abs(offset), stated) + (offset < 0 ? " earlier" : " later"),
          "check a clap early and one late on the card, and lock the clips where both are right; where they "
          "are off, and not alike, " +
              instead},

@@ -98,7 +98,7 @@ class RepeatDoubts {
         const Card card{folder.value_or(""), std::nullopt, {}};
         addCardDoubt(doubts_,
                      {Kind::constantOffset,
-                      "takes repeat: with the recordings " + spanText(std::abs(best)) +
+                      "takes repeat: with the recordings " + offsetSpanText(std::abs(best), rate_) +
                           (best < 0 ? " earlier, " : " later, ") + std::to_string(most.clips) + " of " + all +
                           (folder ? " in '" + *folder + "'" : std::string()) + " have sound, and " +
                           std::to_string(now.clips) + " as they are; a clock may be wrong by that",

@@ -21,7 +21,9 @@ SyncDoubts SyncDoubts::of(const DoubtInput& input, const std::stop_token& stop) 
 std::vector<SoundClaim> SyncDoubts::claims(const DoubtInput& input, const std::stop_token& stop) {
     const Shoot shoot(input, stop);
     std::vector<SoundClaim> claims;
-    addClockClaims(shoot, claims);
+    SyncDoubts doubts;
+    addClockClaims(shoot, doubts, claims);
+    addStatedPlaceClaims(shoot, doubts, claims);
     addClipClaims(shoot, claims);
     addClaimsByEar(shoot, claims);
     addLoneClaims(shoot, claims);

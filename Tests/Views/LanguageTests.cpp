@@ -135,6 +135,10 @@ TEST(LanguageTest, KnowsTextsAndSentencesButNoNames) {
            u"Mikrofone sagen den angegebenen Tonversatz nur auf ein bis zwei Bilder genau: eine Klappe "
            u"prüfen.\n"
            u"Die Zweifel stehen über der Liste."},
+          {"left out as copies of camera files that are here: '/2/A.mov' and 3 more; the first one is a copy "
+           "of '/1/A.mov'",
+           u"als Kopien von vorhandenen Kameradateien weggelassen: „/2/A.mov“ und 3 weitere; die erste ist "
+           u"eine Kopie von '/1/A.mov'"},
           {LockitController::noProject,
            u"Kein Lockit-Projekt ist zugewiesen. Zuerst dem Ordner (der Produktion) eines zuweisen, mit "
            u"„Lockit“ neben seinem Namen."},

@@ -288,6 +288,25 @@ TEST_F(OpeningTest, AScanThatTakesDecisionsAwaySaysSoBeforeAndAfter) {
     EXPECT_TRUE(waitUntil([&] { return pages->currentIndex() == 0; })) << "its clips would be kept nowhere";
 }
 
+TEST_F(OpeningTest, AScanSaysWhatItLeftOut) {
+    namespace fs = std::filesystem;
+    const fs::path camera = folder_.path("shoot/camera");
+    fs::create_directory(camera / "0");
+    for (const auto& file : fs::directory_iterator(camera))
+        if (file.is_regular_file()) fs::copy(file.path(), camera / "0");
+    scan();
+    ASSERT_TRUE(waitUntil([&] { return bannerText().startsWith("Left out as copies of camera files"); }));
+    EXPECT_TRUE(bannerText().contains("A001C001")) << bannerText().toStdString();
+    std::ofstream(camera / "A002C001.R3D") << "RED2";
+    scan();
+    ASSERT_TRUE(
+        waitUntil([&] { return bannerText().startsWith("Files of kinds that can't be read: 1 R3D"); }));
+    press(*window_->centralWidget(), "All 2 Warnings");
+    const auto* all = window_->findChild<QMessageBox*>();
+    ASSERT_NE(all, nullptr);
+    EXPECT_TRUE(all->informativeText().contains("Left out as copies"));
+}
+
 TEST_F(OpeningTest, AnotherShootGetsASessionOfItsOwn) {
     scan();
     table().selectAll();

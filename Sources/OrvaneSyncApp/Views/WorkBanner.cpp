@@ -6,6 +6,7 @@
 #include "OrvaneSyncApp/ViewModels/Results/ListeningTexts.h"
 #include "OrvaneSyncApp/ViewModels/Sheets/ReportTexts.h"
 #include "OrvaneSyncApp/Views/Asking.h"
+#include "OrvaneSyncApp/Views/Background.h"
 #include "OrvaneSyncApp/Views/Leaving.h"
 #include "OrvaneSyncApp/Views/SessionsPanel.h"
 #include "OrvaneSyncApp/Views/Settings/SettingsWindow.h"
@@ -18,6 +19,7 @@
 #include <QPointer>
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 namespace orvane::views {
@@ -137,7 +139,7 @@ void WorkBanner::keepDecisions(const ClipDecisions& before, const WorkFiles& wor
                 return self->show(
                     Signal::doubtful,
                     tr("The decisions were kept, but for those of clips whose camera file the scan did not "
-                       "find: %1.")
+                       "find or left out as a copy: %1.")
                         .arg(decisionsText(lost)));
             self->show(Signal::none, tr("All decisions were kept, beside the new clips."));
         });
@@ -267,12 +269,38 @@ void WorkBanner::showProject() {
     QStringList names;
     for (const FileURL& video : desktop_.controller().project().clipsWithoutRecording())
         names << views::text(video.lastPathComponent());
-    if (names.isEmpty()) return showOfPage(Signal::none, locks);
-    showOfPage(Signal::doubtful,
-               tr("Recordings that were attached by hand did not come back with the project: %1. Attach them "
-                  "again with Ctrl+T, or open the session in which that was done.")
-                       .arg(names.join(QStringLiteral(", "))) +
-                   QLatin1Char(' ') + locks);
+    if (names.isEmpty()) return showScanWarnings(Signal::none, locks);
+    showScanWarnings(
+        Signal::doubtful,
+        tr("Recordings that were attached by hand did not come back with the project: %1. Attach them "
+           "again with Ctrl+T, or open the session in which that was done.")
+                .arg(names.join(QStringLiteral(", "))) +
+            QLatin1Char(' ') + locks);
+}
+
+void WorkBanner::showScanWarnings(Signal signal, const QString& notice) {
+    inBackground(
+        this,
+        [work = std::make_shared<const WorkSnapshot>(desktop_.controller())] { return scanWarnings(*work); },
+        [this, signal, notice,
+         scanned = desktop_.controller().scan().scanResult()](const std::vector<std::string>& warnings) {
+            if (desktop_.controller().scan().scanResult() != scanned) return;
+            QStringList all;
+            for (const std::string& warning : warnings) {
+                const QString line = translatedSentence(warning);
+                all << line.left(1).toUpper() + line.mid(1) + QLatin1Char('.');
+            }
+            QStringList shown;
+            if (!notice.isEmpty()) shown << notice;
+            shown << all.mid(0, 1);
+            if (shown.isEmpty()) return;
+            ofPage_ = shown.join(QLatin1Char('\n'));
+            if (!text().isEmpty()) return showToast(window(), ofPage_);
+            show(all.isEmpty() ? signal : Signal::doubtful, ofPage_,
+                 all.size() > 1 ? tr("All %1 Warnings").arg(all.size()) : QString(), [this, all] {
+                     tell(window(), tr("Warnings of the scan"), all.join(QStringLiteral("\n\n")));
+                 });
+        });
 }
 
 void WorkBanner::showListened() {

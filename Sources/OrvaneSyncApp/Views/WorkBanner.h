@@ -38,6 +38,9 @@ class WorkBanner : public design::Banner {
     void showKnown(const SessionInfo& session, std::function<void()> open);
     /// What an opened project did not contain.
     void showProject();
+    /// Shows the notice, if any, and the warnings of the last scan (`scanWarnings`); with several warnings,
+    /// the first one and a button for all. It disappears by itself if another message is shown.
+    void showScanWarnings(design::Signal signal = {}, const QString& notice = {});
     /// The result of listening to the cards.
     void showListened();
 

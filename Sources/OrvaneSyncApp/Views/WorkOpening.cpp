@@ -122,6 +122,7 @@ void WorkOpening::scanEnded(const std::exception_ptr& raised, const ClipDecision
         RecentPlaces::add(scanned);
         if (before.without(ClipDecisions::of(desktop_.controller())).any())
             banner_.showLost(before, workBefore);
+        banner_.showScanWarnings();
     } catch (const std::exception& why) {
         banner_.show(Signal::missing, translatedSentence(why.what()));
     } catch (const platform::Stopped&) {

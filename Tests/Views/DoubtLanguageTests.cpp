@@ -77,6 +77,10 @@ std::vector<Shot> doubtedShoots() {
         }),
         ofRight([](Shot& shot) { shot.audios[0].durationSeconds = 9; }),
         ofRight([](Shot& shot) { shot.audios[0].heldShare = 0.4; }),
+        ofRight([](Shot& shot) { // a copy that broke off
+            shot.audios.push_back(recordingAt("/S2/T0.wav", startOfTake(0) - 4, 12));
+            shot.audios.back().heldShare = 0.4;
+        }),
         ofRight([](Shot& shot) { // a recorder without a clock
             for (MediaAsset& audio : shot.audios) audio.bextTimeReference.reset();
         }),

@@ -180,7 +180,7 @@ TEST(CardDoubts, RecordingsThatCountAlikeMayBeOfTwoDays) {
     };
     const std::vector<Case> cases{{sound, 1, 0, TakeRole::mirror},
                                   {std::string(100'000, 'y'), 1, 1, TakeRole::alternate},
-                                  {broken, 0.6, 0, TakeRole::alternate}};
+                                  {broken, 0.6, 0, TakeRole::mirror}};
     for (const Case& one : cases) {
         Shot shot{{clipAt("/C/A.mov", 36000, 10)}, {}, {}};
         for (const char* day : {"1", "2"}) {
@@ -196,6 +196,13 @@ TEST(CardDoubts, RecordingsThatCountAlikeMayBeOfTwoDays) {
         EXPECT_EQ(shot.count(Kind::otherDay), one.doubts);
         const Take take = takeOf(shot.groups.front(), 1);
         EXPECT_EQ(take.files.at(1).role, one.role);
+        if (one.heldShare < 1) {
+            const auto cut = shot.card(Kind::cutFile);
+            ASSERT_TRUE(cut);
+            EXPECT_TRUE(cut->doubt.message.ends_with("; whole copies are here and used: '2/T.wav'") &&
+                        cut->groupIDs.empty())
+                << cut->doubt.message;
+        }
         for (MediaAsset& audio : shot.audios) {
             audio.contentMark.reset();
             audio.contentCreatedDate = dateFromISO8601("2024-05-17T10:00:00Z");

@@ -310,6 +310,7 @@ TEST(ClockDoubts, OffsetsByHandTellOfTheOtherClips) {
         {"a clock that is 2.4 s late", {-2.4, -2.38, -2.42}, -1, 3},
         {"two are no sign", {-2.5, -2.5}, -1, 0},
         {"each by another offset", {-2.5, 1, -0.8, 0.4}, -1, 0},
+        {"part of a card that was an hour off", {-3600, -3600, -3600}, -1, 0},
         {"nudges to the frame", {-0.04, -0.04, -0.04}, -1, 0},
         {"one is right where it is", {-2.5, -2.5, -2.5}, 5, 0},
         {"heard by the cameras, 2.4 s late", {}, -1, 6, {-2.4, -2.41, -2.4, -2.38, 1}},
@@ -351,6 +352,49 @@ TEST(ClockDoubts, OffsetsByHandTellOfTheOtherClips) {
 
 /// A recorder that was set back at the end of summer time: its later takes are at the same times as earlier
 /// ones.
+TEST(ClockDoubts, ARecorderWhoseClipsWereMovedOneByOneLeavesTheOthersTheirSound) {
+    Shot shot; // a cart that stopped after the ninth take, and a bag recorder that is an hour late
+    for (int i = 0; i < 13; ++i) {
+        const double at = 36000 + 410 * i + 17 * i * i;
+        const std::string number = std::to_string(i);
+        shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", at, 20));
+        if (i < 9) shot.audios.push_back(recordingAt("/CART/T" + number + ".wav", at - 4, 30));
+        shot.audios.push_back(recordingAt("/BAG/B" + number + ".wav", at + 3600 - 5, 32));
+    }
+    shot.diagnose();
+    EXPECT_EQ(shot.count(Kind::constantOffset), 4);
+    for (SyncGroup group : shot.groups) {
+        const std::string number = group.video.filename.substr(1, group.video.filename.find('.') - 1);
+        if (std::stoi(number) < 9) continue;
+        const auto sound = std::ranges::find(shot.audios, "B" + number + ".wav", &MediaAsset::filename);
+        group.audioMatches = {SyncEngine::matchByTimecode(group.video, *sound, {})};
+        group.manualAudioOffsetSeconds = -3600;
+        group.matchStatus = MatchStatus::manual();
+        shot.groups.update(group.id, [&](SyncGroup& own) { own = group; });
+    }
+    shot.derive();
+    EXPECT_EQ(shot.count(Kind::constantOffset), 0);
+}
+
+/// A recorder a day ahead and 50 minutes late, one of whose takes lies under another clip by the time of day.
+TEST(ClockDoubts, TheDateOfATakeThatLiesThereByChanceGivesNoCallOfItsOwn) {
+    Shot shot;
+    for (const double at : {0, 431, 897, 1290, 1811, 2203, 2690, 3003, 3555, 4040}) {
+        const std::string number = std::to_string(shot.videos.size());
+        shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", 36000 + at, 10));
+        shot.audios.push_back(recordingAt("/S/T" + number + ".wav", 36000 + at - 3000 - 5, 20));
+    }
+    shot.date(shot.videos, "2024-05-17");
+    shot.date(shot.audios, "2024-05-18");
+    shot.diagnose();
+    const auto& own = shot.doubts.byGroup.at(shot.groups.front().id);
+    const auto date = std::ranges::find(own, Kind::otherDay, &SyncDoubt::kind);
+    ASSERT_NE(date, own.end());
+    EXPECT_EQ(date->cure.text(), "settle the doubt about its clock first");
+    ASSERT_TRUE(shot.card(Kind::constantOffset));
+    EXPECT_NE(shot.card(Kind::constantOffset)->doubt.cure.firstWay(), nullptr);
+}
+
 TEST(ClockDoubts, TakesOfTheHourThatComesTwiceAreFoundBesideOthers) {
     // Seconds by which the takes after the change are later in the hour than those before it.
     for (const int later : {0, 3}) {

@@ -84,6 +84,71 @@ TEST(HeardClocks, WhatWasHeardIsCuredInAScanOfItsRecorderAlone) {
     }
 }
 
+TEST(HeardClocks, ACameraThatIsOffByAFewFramesIsFoundByComparingIt) {
+    using Lags = std::vector<double>;
+    const Lags right(6, 0.005), late{-0.12, -0.125, -0.12, -0.115, -0.12, -0.12};
+    struct Case {
+        const char* name;
+        Lags a, b, c; ///< of the three cameras, in the order of their clips
+        int doubted;  ///< clips, all of the second camera
+        double offset;
+        const char* cure;
+        TimecodeFrameRate rate = TimecodeFrameRate::fps25; ///< of the second camera
+    };
+    for (const Case& one :
+         {Case{"one of three", right, late, right, 6, -0.12, "--sound-offset -00:00:00:03 in a scan of this"},
+          {"counted at its own rate", right, late, right, 6, -0.12, "--sound-offset -00:00:00:06 in a scan",
+           TimecodeFrameRate::fps50},
+          {"beside one that is right",
+           Lags(3, 0.01),
+           Lags(5, 0.13),
+           {},
+           6,
+           0.12,
+           "--sound-offset 00:00:00:03"},
+          {"all alike", late, late, late, 0, 0, ""},
+          {"nothing to compare with", {}, late, {}, 0, 0, ""},
+          {"rough", right, {-0.12, -0.08, -0.16, -0.1, -0.15, -0.09}, right, 0, 0, ""},
+          {"few clips", right, Lags(4, -0.12), right, 0, 0, ""},
+          {"less than a frame", right, Lags(6, -0.025), right, 0, 0, ""}}) {
+        Shot shot;
+        for (int i = 0; i < 6; ++i) {
+            const double at = 36000 + 300 * i;
+            for (const char* camera : {"/A/A", "/B/B", "/C/C"})
+                shot.videos.push_back(clipAt(camera + std::to_string(i) + ".mov", at, 10,
+                                             *(camera + 1) == 'B' ? one.rate : TimecodeFrameRate::fps25));
+            shot.audios.push_back(recordingAt("/S/T" + std::to_string(i) + ".wav", at - 3, 20));
+        }
+        for (MediaAsset& video : shot.videos) video.channelCount = 2;
+        shot.diagnose();
+        HeardSound heard;
+        std::map<char, std::vector<UUID>> matches;
+        for (const SyncGroup& group : shot.groups) {
+            const char camera = group.video.filename[0];
+            const Lags& lags = camera == 'A' ? one.a : camera == 'B' ? one.b : one.c;
+            matches[camera].push_back(group.audioMatches.front().id);
+            if (matches[camera].size() <= lags.size())
+                heard.lags[matches[camera].back()] = {lags[matches[camera].size() - 1]};
+        }
+        shot.doubts =
+            SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard.lags});
+        EXPECT_EQ(shot.count(Kind::constantOffset), one.doubted) << one.name;
+        // More clips are listened to only where they decide.
+        const auto more = SoundLag::pairsToConfirm(shot.groups, heard, {});
+        EXPECT_EQ(more.size(), std::string(one.name) == "few clips" ? 1U : 0U) << one.name;
+        const auto card = shot.card(Kind::constantOffset);
+        if (!card) continue;
+        EXPECT_NE(card->doubt.cure.text().find(one.cure), std::string::npos) << card->doubt.cure.text();
+        EXPECT_EQ(card->doubt.message.find("its microphone was 41 m further away") != std::string::npos,
+                  one.offset > 0)
+            << card->doubt.message;
+        for (const UUID& id : card->groupIDs) {
+            EXPECT_EQ(shot.groups.find(id)->video.filename[0], 'B');
+            EXPECT_NEAR(shot.doubts.byGroup[id].back().suggestion->offsetSeconds, one.offset, 1e-6);
+        }
+    }
+}
+
 /// Takes in a regular rhythm: timecode puts each recording under the clip of the next take.
 TEST(HeardClocks, WhatCamerasHeardInOtherRecordingsTellsTheClock) {
     struct Case {
@@ -234,6 +299,18 @@ TEST(HeardClocks, ACameraThatWasAnHourAheadHasItsRecordingsSuggested) {
     shot.doubts = SyncDoubts::of(input);
     EXPECT_EQ(shot.count(Kind::constantOffset), 6);
     EXPECT_EQ(shot.doubts.summary(shot.groups).size(), 1U);
+    for (const bool isAround : {true, false}) { // what was heard lies around the hour, or beside it
+        std::vector<double> beside =
+            isAround ? std::vector{-0.005, 0.09, 0.1} : std::vector{0.16, 0.17, 0.18};
+        ASSERT_EQ(heard.size(), beside.size());
+        for (auto& [key, claim] : heard) {
+            claim.offsetSeconds = static_cast<double>(std::get<2>(key)) + beside.back();
+            beside.pop_back();
+        }
+        shot.doubts = SyncDoubts::of(input);
+        const std::string cure = shot.card(Kind::constantOffset)->doubt.cure.text();
+        EXPECT_EQ(cure.find("check a clap") == std::string::npos, isAround) << cure;
+    }
     for (const SyncGroup& group : shot.groups) {
         if (group.video.filename[0] == 'A') continue;
         const auto& suggestion = shot.doubts.byGroup[group.id].front().suggestion;

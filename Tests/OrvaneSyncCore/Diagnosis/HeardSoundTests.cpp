@@ -86,14 +86,18 @@ TEST(HeardSound, OtherSoundThanWhatLiesUnderTheClipsIsToldUnlessACameraHeardIt) 
         const char *clipDay, *soundDay;
         int unheard, heard;
         int otherDay, otherDate;
+        bool areCopied = false; ///< the recordings are there twice
     };
     for (const Case& one : {Case{nullptr, nullptr, 3, 0, 8, 0},
                             {nullptr, nullptr, 2, 0, 0, 0},
                             {nullptr, nullptr, 3, 1, 0, 0},
                             {"2024-05-17", "2024-05-18", 3, 0, 8, 8},
                             {"2024-05-17", "2024-05-18", 0, 0, 8, 8},
-                            {"2024-05-17", "2024-05-18", 0, 4, 0, 0}}) {
-        HeardShot shot({"/S/T"});
+                            {"2024-05-17", "2024-05-18", 0, 4, 0, 0},
+                            {"2024-05-17", "2024-05-18", 0, 0, 8, 8, true},
+                            {"2024-05-17", "2024-05-18", 0, 4, 0, 0, true}}) {
+        HeardShot shot(one.areCopied ? std::vector<std::string>{"/S/T", "/S2/T"}
+                                     : std::vector<std::string>{"/S/T"});
         if (one.clipDay != nullptr) shot.date(shot.videos, one.clipDay);
         if (one.soundDay != nullptr) shot.date(shot.audios, one.soundDay);
         shot.match();

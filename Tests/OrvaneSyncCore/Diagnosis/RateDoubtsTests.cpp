@@ -139,5 +139,60 @@ TEST(RateDoubts, FindsARateAndADate) {
     EXPECT_EQ(clean.count(Kind::otherDateFits), 0);
 }
 
+/// A camera that counts 24, jammed together with a recorder and another camera of 23.976: read as 23.976, its
+/// clips find their sound as well.
+TEST(RateDoubts, WhatARateAndAnOffsetExplainIsDecidedByEar) {
+    enum class Heard { nobodyListened, atOneOffset, driftingApart, noMicrophones };
+    struct Case {
+        Heard heard;
+        const char *rate, *offset; ///< beginnings of the cures; null: no such doubt
+    };
+    for (const Case& one : {Case{Heard::noMicrophones, "--tc-rate 23.976, then check a clap", nullptr},
+                            {Heard::nobodyListened, "run 'diagnose'", nullptr},
+                            {Heard::atOneOffset, nullptr, "attach their recordings and move them"},
+                            {Heard::driftingApart, "--tc-rate 23.976", nullptr}}) {
+        Shot shot;
+        for (int i = 0; i < 14; ++i) {
+            const double at = 32600 + 380 * i + 3 * i * i;
+            const std::string number = std::to_string(i);
+            shot.videos.push_back(clipAt("/A/A" + number + ".mov", at, 12, TimecodeFrameRate::fps23_976));
+            shot.videos.push_back(clipAt("/B/B" + number + ".mov", at - 32.4, 12, TimecodeFrameRate::fps24));
+            for (auto camera = shot.videos.end() - 2; camera != shot.videos.end(); ++camera)
+                if (one.heard != Heard::noMicrophones) camera->channelCount = 2;
+            shot.audios.push_back(recordingAt("/S/T" + number + ".wav", at - 6, 26));
+        }
+        shot.diagnose();
+        FileNames names;
+        HeardClaims heard;
+        DoubtInput input{shot.groups, shot.audios, {}, TrimMode::noTrim, {}, names};
+        if (one.heard == Heard::atOneOffset || one.heard == Heard::driftingApart) {
+            input.heardClaims = &heard;
+            for (int round = 0; round < 2; ++round)
+                for (const SoundClaim& claim : SyncDoubts::claims(input)) {
+                    const auto number = std::stoi(shot.groups.find(claim.clipID)->video.filename.substr(1));
+                    heard[claim.key()] = {-6 + (one.heard == Heard::driftingApart ? number * 0.38 : 0.0),
+                                          true};
+                }
+            EXPECT_FALSE(heard.empty());
+        }
+        shot.doubts = SyncDoubts::of(input);
+        const auto check = [&](Kind kind, const char* cure) {
+            const auto card = shot.card(kind);
+            EXPECT_EQ(card.has_value(), cure != nullptr) << static_cast<int>(one.heard);
+            if (!card || cure == nullptr) return;
+            EXPECT_TRUE(card->doubt.cure.text().starts_with(cure)) << card->doubt.cure.text();
+            EXPECT_EQ(card->groupIDs.size(), 14U);
+        };
+        check(Kind::timecodeRate, one.rate);
+        check(Kind::constantOffset, one.offset);
+        if (one.offset == nullptr) continue;
+        for (const UUID& id : shot.card(Kind::constantOffset)->groupIDs) {
+            const auto& suggestion = shot.doubts.byGroup[id].back().suggestion;
+            ASSERT_TRUE(suggestion);
+            EXPECT_NEAR(suggestion->offsetSeconds, -32.4, 0.05);
+        }
+    }
+}
+
 } // namespace
 } // namespace orvane::test::doubts

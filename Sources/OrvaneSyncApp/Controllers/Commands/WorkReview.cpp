@@ -5,8 +5,10 @@
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
+#include "OrvaneSyncCore/Services/Matching/RecorderMark.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
+#include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Files.h"
 #include "Platform/Stop.h"
@@ -247,6 +249,46 @@ class Reading {
     std::vector<std::string> poolNames_;  ///< as tables write them
 };
 
+/// Chooses one of the clip's recordings and removes those that its recorder cannot have made at the same
+/// time: they are there by chance, and would be heard as well.
+void chooseAmong(ImportController& controller, const UUID& groupID, const UUID& matchID) {
+    controller.recordings().chooseRecording(groupID, matchID);
+    const SyncGroup* group = controller.work().syncGroups().find(groupID);
+    if (group == nullptr || group->audioMatches.empty()) return;
+    const auto rangeOf = [](const AudioMatch& match) {
+        return SyncEngine::TCRange{match.syncOffsetSeconds,
+                                   match.syncOffsetSeconds + match.audio->durationSeconds.value_or(0)};
+    };
+    const AudioMatch& chosen = group->audioMatches.front();
+    std::vector<UUID> others;
+    for (const TakeFile& file : takeOf(*group, assumedChannels).files) {
+        const AudioMatch& other = group->audioMatches[file.matchIndex];
+        constexpr double keptFromBefore = 0.5; // of a take, by a recorder that buffers
+        if (file.role == TakeRole::alternate && areOfOneRecorder(*chosen.audio, *other.audio) &&
+            SyncEngine::overlapDuration(rangeOf(chosen), rangeOf(other)).value_or(0) > keptFromBefore)
+            others.push_back(other.id);
+    }
+    for (const UUID& other : others) controller.recordings().removeAudioMatch(groupID, other);
+}
+
+/// Attaches the recording and removes the clip's others, which are not of its take: the clip's offset moves
+/// all of its recordings, and the chosen one alone is to be moved by it.
+void replaceRecordings(ImportController& controller, const UUID& groupID, const MediaAsset& recording) {
+    controller.recordings().attachAudioToGroup(groupID, recording);
+    const auto groupOf = [&] { return controller.work().syncGroups().find(groupID); };
+    std::optional<UUID> attached;
+    if (const SyncGroup* group = groupOf())
+        for (const AudioMatch& match : group->audioMatches)
+            if (match.audio->id == recording.id) attached = match.id;
+    if (!attached) return;
+    controller.recordings().chooseRecording(groupID, *attached);
+    std::vector<UUID> others;
+    const SyncGroup& group = *groupOf();
+    for (const TakeFile& file : takeOf(group, assumedChannels).files)
+        if (file.role == TakeRole::alternate) others.push_back(group.audioMatches[file.matchIndex].id);
+    for (const UUID& other : others) controller.recordings().removeAudioMatch(groupID, other);
+}
+
 void carryOutOne(ImportController& controller, const ReviewDecision& decision) {
     const auto setLock = [&](bool isLocked) {
         const SyncGroup* group = controller.work().syncGroups().find(decision.groupID);
@@ -254,15 +296,8 @@ void carryOutOne(ImportController& controller, const ReviewDecision& decision) {
             controller.clips().toggleLocked(decision.groupID);
     };
     if (decision.isLocked == false) setLock(false);
-    auto matchID = decision.matchID;
-    if (decision.other) {
-        controller.recordings().attachAudioToGroup(decision.groupID, **decision.other);
-        const SyncGroup* group = controller.work().syncGroups().find(decision.groupID);
-        if (group != nullptr)
-            for (const AudioMatch& match : group->audioMatches)
-                if (match.audio->id == (*decision.other)->id) matchID = match.id;
-    }
-    if (matchID) controller.recordings().chooseRecording(decision.groupID, *matchID);
+    if (decision.other) replaceRecordings(controller, decision.groupID, **decision.other);
+    if (decision.matchID) chooseAmong(controller, decision.groupID, *decision.matchID);
     for (const UUID& other : decision.otherDays)
         controller.recordings().removeAudioMatch(decision.groupID, other);
     if (decision.offsetSeconds) {

@@ -25,15 +25,28 @@ bool namesTrimMode(const DoubtCure& cure) {
     });
 }
 
-/// With a wrong clock, clips may have the sound of other takes. Its length says nothing then, and the picture
-/// must not be cut to it.
-void removeLengthsByWrongClocks(SyncDoubts& doubts) {
-    for (auto& [group, own] : doubts.byGroup)
-        if (doubts.has(group, {Kind::constantOffset, Kind::timecodeRate}))
-            std::erase_if(own, [](const SyncDoubt& doubt) {
-                return (doubt.kind == Kind::shortSound || doubt.kind == Kind::cutByTrim) &&
-                       namesTrimMode(doubt.cure);
-            });
+bool isSolvedByOptions(const SyncDoubt& doubt) {
+    return doubt.kind == Kind::constantOffset && doubt.cure.firstWay() != nullptr;
+}
+
+/// With a wrong clock, clips may have the sound of other takes. Its length says nothing then, the picture
+/// must not be cut to it, and the date of a take that lies there by chance says nothing either.
+void settleClocksFirst(SyncDoubts& doubts) {
+    for (auto& [group, own] : doubts.byGroup) {
+        if (!doubts.has(group, {Kind::constantOffset, Kind::timecodeRate})) continue;
+        std::erase_if(own, [](const SyncDoubt& doubt) {
+            return (doubt.kind == Kind::shortSound || doubt.kind == Kind::cutByTrim) &&
+                   namesTrimMode(doubt.cure);
+        });
+        const bool isSolved = std::ranges::any_of(own, isSolvedByOptions);
+        const auto isOfACard = [&](const SyncDoubt& doubt) {
+            return std::ranges::any_of(doubts.cards,
+                                       [&](const CardDoubt& card) { return card.doubt == doubt; });
+        };
+        for (SyncDoubt& doubt : own)
+            if (isSolved && doubt.kind == Kind::otherDay && !isOfACard(doubt))
+                doubt.cure = "settle the doubt about its clock first";
+    }
 }
 
 /// If only timecode shows that a clock is wrong, adds to the message that clips were too short to be
@@ -71,7 +84,7 @@ void nameClipsTooShortToHear(const Shoot& shoot, SyncDoubts& doubts) {
 } // namespace
 
 void addWordsBesideClocks(const Shoot& shoot, SyncDoubts& doubts) {
-    removeLengthsByWrongClocks(doubts);
+    settleClocksFirst(doubts);
     nameClipsTooShortToHear(shoot, doubts);
 }
 

@@ -79,6 +79,7 @@ CommonOffset ClaimedOffset::Heard::known(CommonOffset offset, const Shoot& shoot
 }
 
 CommonOffset ClaimedOffset::Heard::corrected(double offsetSeconds, TimecodeFrameRate rate) const {
+    if (isOffsetWithin && isOfAWrongHour(offsetSeconds, rate)) return {offsetSeconds, 0, clips};
     const HeardClock clock = heardClock(offsetSeconds + correctionSeconds.value_or(0), rate);
     return {clock.seconds, 0, clips, clock.isExact};
 }
@@ -112,11 +113,14 @@ ClaimedOffset::Heard ClaimedOffset::heard(std::vector<SoundClaim>* toHear) const
     if (result.areSeveral()) {
         const auto [least, most] = std::ranges::minmax(corrections);
         result.spreadSeconds = most - least;
+        result.isOffsetWithin = least <= 0 && most >= 0;
     }
     if (const auto agreed = agreementOf(std::move(corrections), fewestHeard, 0)) {
         result.correctionSeconds = agreed->seconds;
         result.spreadSeconds = 0;
         result.clips = static_cast<int>(agreed->count);
+        result.isOffsetWithin =
+            result.isOffsetWithin && std::abs(agreed->seconds) <= agreeingByHandSeconds; // no single clip
     }
     result.isRefuted = result.clips == 0 && missed >= explanation::fewest;
     result.isUnasked = shoot_.input.heardClaims == nullptr && !unheard.empty();

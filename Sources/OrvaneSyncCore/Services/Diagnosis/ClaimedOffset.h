@@ -26,6 +26,9 @@ class ClaimedOffset {
         std::optional<double> correctionSeconds = {};
         /// The range of the measured corrections, if several clips were measured and do not agree; else 0.
         double spreadSeconds = 0;
+        /// Whether some clips were measured earlier than the offset puts them and others later: then whole
+        /// and half hours, which people typically set clocks wrong by, are what was heard.
+        bool isOffsetWithin = false;
         bool isRefuted = false; ///< several clips were analysed, and none has the recording there
         bool isUnasked = false; ///< no clip was analysed, and some clips could decide
 

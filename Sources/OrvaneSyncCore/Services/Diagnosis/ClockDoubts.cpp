@@ -163,6 +163,17 @@ class ClockDoubts {
             return isOn(one.card, shoot_, *match.audio);
         });
     }
+    /// Whether clips that need the card's sound were moved by that offset one by one. The other clips have
+    /// sound of their own, which the offset would take from them.
+    bool isMovedByHand(const SuspectedCard& one, const CommonOffset& common) const {
+        const double reach =
+            std::max({leastByHandSeconds, common.widthSeconds / 2, common.unheardHourSeconds / 2});
+        return std::ranges::count_if(shoot_.clips, [&](const Shoot::Clip& clip) {
+                   return clip.primary && clip.group->manualAudioOffsetSeconds != 0 &&
+                          std::abs(clip.group->manualAudioOffsetSeconds - common.seconds) <= reach &&
+                          isOn(one.card, shoot_, *clip.group->primaryAudio());
+               }) >= explanation::fewest;
+    }
     /// `isForAll`: for all clips, not only for those that lack sound. Returns whether there is a doubt.
     bool offsetAmong(const SuspectedCard& one, const Card& card, bool isForAll,
                      double mostChance = chance::smallest) {
@@ -184,7 +195,9 @@ class ClockDoubts {
                     looked, [&](const Shoot::Clip* clip) { return times.isWithin(hours, *clip); });
             },
             mostChance, rate_);
-        if (!common || (card.movedByDays != 0 && std::abs(common->seconds) >= secondsADay)) return false;
+        if (!common || (card.movedByDays != 0 && std::abs(common->seconds) >= secondsADay) ||
+            (isForAll && isMovedByHand(one, *common)))
+            return false;
         return addOffset(one, card, *common, isForAll);
     }
 
@@ -401,7 +414,7 @@ void findClockDoubts(const Shoot& shoot, SyncDoubts& doubts, std::vector<SoundCl
     ClockDoubts clocks(shoot, clips, doubts, toHear);
     addGivenRateDoubt(shoot, clips, doubts);
     if (std::cmp_greater_equal(clips.uncovered.size(), explanation::fewest) &&
-        addRateDoubt(shoot, clips, doubts))
+        addRateDoubt(shoot, clips, doubts, toHear))
         return;
     clocks.add(false);
     addCameraClockDoubts(shoot, clips, clocks.suspected(), doubts, toHear);

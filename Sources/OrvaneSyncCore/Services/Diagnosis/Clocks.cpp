@@ -4,6 +4,8 @@
 #include "Timecode/Timecode.h"
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 
@@ -72,6 +74,12 @@ std::vector<TimecodeFrameRate> ratesCountingAs(TimecodeFrameRate rate) {
         return timecodeRate::maxFrames(other) != timecodeRate::maxFrames(rate);
     });
     return rates;
+}
+
+bool isOfAWrongHour(double seconds, TimecodeFrameRate rate) {
+    const double aFrame = 1 / timecodeRate::frameRateForRealTimeCalculation(rate);
+    return std::ranges::any_of(std::array{niceOffsetStepSeconds, labelSeconds(niceOffsetStepSeconds, rate)},
+                               [&](double step) { return std::abs(std::remainder(seconds, step)) < aFrame; });
 }
 
 double labelSeconds(double seconds, TimecodeFrameRate rate) {

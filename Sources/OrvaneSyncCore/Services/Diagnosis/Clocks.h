@@ -100,6 +100,8 @@ inline constexpr double longestPauseOfANight = 21600;
 
 /// Clocks that people set wrong are mostly wrong by multiples of this.
 inline constexpr double niceOffsetStepSeconds = 1800;
+/// Whether these are whole or half hours, to a frame, also as labels count them.
+bool isOfAWrongHour(double seconds, TimecodeFrameRate rate);
 /// The rate of the labels of most clips, unless the work sets the rate at which timecode is read.
 TimecodeFrameRate rateOfLabels(const Shoot& shoot);
 /// The rates that count as many labels per second as the given one, itself included.
@@ -108,8 +110,10 @@ std::vector<TimecodeFrameRate> ratesCountingAs(TimecodeFrameRate rate);
 double labelSeconds(double seconds, TimecodeFrameRate rate);
 
 /// Adds the rate at which clips and recordings would match, if their labels, which count equally, were read
-/// at another rate. Returns whether there is one.
-bool addRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts);
+/// at another rate, unless cameras heard that one offset explains it. Returns whether there is one. `toHear`
+/// as in `addClockDoubts`.
+bool addRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts,
+                  std::vector<SoundClaim>* toHear);
 /// For work with a given rate: adds a doubt if, at the rates that the files state, one offset would put the
 /// same recordings under the same clips. Timecode supports both equally, and no microphone decided.
 void addGivenRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts);

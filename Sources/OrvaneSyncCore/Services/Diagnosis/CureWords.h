@@ -57,4 +57,13 @@ inline constexpr const char* listenFirst =
     "listen before anything is moved ('diagnose' does): room tone and wild tracks that were made after the "
     "takes are right where they are";
 
+/// For clips that would match at another rate, and by one offset as well.
+inline constexpr const char* oneOffsetFitsToo =
+    "; with the recordings moved by one offset they would as well";
+inline DoubtCure listenForTheRate() {
+    return DoubtCure::Words{
+        "run 'diagnose' with the same folders and options: it compares both with what the cameras heard",
+        "“Listen to the Cards” in the menu Audio compares both with what the cameras heard"};
+}
+
 } // namespace orvane::cureWords

@@ -2,11 +2,14 @@
 #include "OrvaneSyncCore/Services/Diagnosis/DoubtFinders.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Services/Diagnosis/UnmatchedReasons.h"
+#include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <set>
+#include <tuple>
 #include <utility>
 
 namespace orvane {
@@ -57,6 +60,29 @@ std::string cureOf(Known known, bool isOne) {
            (isOne ? "it" : "them");
 }
 
+/// The whole copies, which the clips use, of recordings that end early; by the recordings that do.
+std::map<UUID, const MediaAsset*> wholeCopies(const Shoot& shoot) {
+    std::map<UUID, const MediaAsset*> copies;
+    for (const Shoot::Clip& clip : shoot.clips) {
+        const auto& matches = clip.group->audioMatches;
+        if (matches.size() < 2 ||
+            std::ranges::none_of(matches, [](const AudioMatch& match) { return match.audio->endsEarly(); }))
+            continue;
+        const Take take = takeOf(*clip.group, assumedChannels);
+        for (const TakeFile& file : take.files) {
+            const MediaAsset& cut = *matches[file.matchIndex].audio;
+            if (file.role != TakeRole::mirror || !cut.endsEarly()) continue;
+            for (const TakeFile& other : take.files) {
+                const MediaAsset& whole = *matches[other.matchIndex].audio;
+                if (other.role != TakeRole::mirror && !whole.endsEarly() &&
+                    whole.normalizedName() == cut.normalizedName())
+                    copies.emplace(cut.id, &whole);
+            }
+        }
+    }
+    return copies;
+}
+
 } // namespace
 
 void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
@@ -64,9 +90,11 @@ void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
         std::vector<const MediaAsset*> files;
         std::set<std::size_t> clips; ///< clips that have these files, as numbers in `shoot.clips`
     };
-    std::map<std::pair<std::string_view, Known>, Folder> folders;
+    const auto copies = wholeCopies(shoot);
+    std::map<std::tuple<std::string_view, Known, bool>, Folder>
+        folders; ///< true: their whole copies are used
     const auto folderOfFile = [&](const MediaAsset& file) -> Folder& {
-        return folders[{folderOf(file), knownOf(file)}];
+        return folders[{folderOf(file), knownOf(file), copies.contains(file.id)}];
     };
     for (std::size_t i = 0; i < shoot.clips.size(); ++i) {
         const SyncGroup& group = *shoot.clips[i].group;
@@ -77,12 +105,14 @@ void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
             folder.clips.insert(i);
         }
         for (const AudioMatch& match : group.audioMatches)
-            if (match.audio->endsEarly()) folderOfFile(*match.audio).clips.insert(i);
+            if (match.audio->endsEarly() && !copies.contains(match.audio->id))
+                folderOfFile(*match.audio).clips.insert(i);
     }
     for (const MediaAsset& recording : shoot.input.recordings)
         if (recording.endsEarly() || nothingIsKnown(recording))
             folderOfFile(recording).files.push_back(&recording);
     for (auto& [key, folder] : folders) {
+        const auto& [path, known, isCopied] = key;
         if (folder.files.empty()) continue;
         const MediaAsset& first = *folder.files.front();
         const auto more = static_cast<long long>(folder.files.size()) - 1;
@@ -90,16 +120,20 @@ void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
         for (const std::size_t clip : folder.clips) clips.push_back(&shoot.clips[clip]);
         const std::string lengths = lengthsOf(first);
         const bool isOfItsClip = more == 0 && clips.size() == 1 && &clips.front()->group->video == &first;
-        addCardDoubt(doubts,
-                     {SyncDoubt::Kind::cutFile,
-                      shoot.nameOf(first) + lengths +
-                          (more > 0 ? "; likewise " + counted(more, "more file", "more files") + " in '" +
-                                          std::string(key.first) + "'"
-                                    : ""),
-                      cureOf(key.second, more == 0),
-                      {},
-                      isOfItsClip ? lengths.substr(1) : std::string()},
-                     clips);
+        addCardDoubt(
+            doubts,
+            {SyncDoubt::Kind::cutFile,
+             shoot.nameOf(first) + lengths +
+                 (more > 0 ? "; likewise " + counted(more, "more file", "more files") + " in '" +
+                                 std::string(path) + "'"
+                           : "") +
+                 (isCopied ? "; whole copies are here and used: " + shoot.nameOf(*copies.at(first.id)) : ""),
+             isCopied ? (more == 0 ? "copy it again from the card if it is kept"
+                                   : "copy them again from the card if they are kept")
+                      : cureOf(known, more == 0),
+             {},
+             isOfItsClip ? lengths.substr(1) : std::string()},
+            clips);
     }
 }
 

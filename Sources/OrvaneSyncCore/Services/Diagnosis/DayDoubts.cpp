@@ -95,10 +95,18 @@ class DayDoubts {
             const auto found = shoot_.recordingByID.find(match.audio->id);
             if (found == shoot_.recordingByID.end()) return false;
             const Pair pair{clip, match, shoot_.recordings[found->second]};
-            const bool isOther = otherDay(pair);
+            const bool isOther = !isCopy(pair) && otherDay(pair);
             if (isOther && !pair.isFirst()) keepOffWhatLiesBeside(clip);
             if (isOther) nameHeard(pair);
             return isOther;
+        });
+    }
+    /// Whether the recording is a copy of another one of the clip: it is not in the document.
+    static bool isCopy(const Pair& pair) {
+        if (pair.isFirst()) return false;
+        const auto& group = *pair.clip.group;
+        return std::ranges::any_of(takeOf(group, assumedChannels).files, [&](const TakeFile& file) {
+            return file.role == TakeRole::mirror && &group.audioMatches[file.matchIndex] == &pair.match;
         });
     }
     /// If several recordings fit by time of day, names the one that was heard in the doubt about one of them.

@@ -13,7 +13,6 @@
 #include "Platform/Stop.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <optional>
 #include <string>
@@ -22,13 +21,6 @@
 namespace orvane {
 
 namespace {
-
-/// Hours and half hours, also as labels count them, are typical clock errors and therefore no guess.
-bool isOfAWrongHour(double seconds, TimecodeFrameRate rate) {
-    const double aFrame = 1 / timecodeRate::frameRateForRealTimeCalculation(rate);
-    return std::ranges::any_of(std::array{niceOffsetStepSeconds, labelSeconds(niceOffsetStepSeconds, rate)},
-                               [&](double step) { return std::abs(std::remainder(seconds, step)) < aFrame; });
-}
 
 /// Seconds between the clip's sound and the sound that its camera heard; absent if it was not measured.
 std::optional<double> heardLag(const Shoot& shoot, const Shoot::Clip& clip) {

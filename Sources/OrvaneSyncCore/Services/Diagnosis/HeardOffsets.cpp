@@ -1,4 +1,6 @@
+#include "OrvaneSyncCore/Models/AgreedLag.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Cards.h"
+#include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ClockDrift.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
@@ -8,6 +10,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/MovedParts.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Services/Matching/AssetPlacement.h"
+#include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 #include "OrvaneSyncCore/Utilities/RateText.h"
@@ -121,6 +124,21 @@ class HeardOffsets {
         return camera;
     }
 
+    double leastFrame(const Camera& camera) const {
+        constexpr double nearlyAFrame = 0.9;
+        const double fps = clipRate(camera.clips->all.front()->group->video,
+                                    timecodeRate::frameRateForRealTimeCalculation(rate_));
+        return std::max(agreedLag::leastSeconds, nearlyAFrame / fps);
+    }
+    /// Whether each of the two agrees closely on a lag of its own: two cameras with clocks of their own.
+    bool areFramesApart(const Camera& one, const Camera& two) const {
+        const auto lagOf = [](const Camera& camera) {
+            return agreedLag::of(camera.clips->heard, agreedLag::fewestComparedClips);
+        };
+        const auto first = lagOf(one), second = lagOf(two);
+        return first && second && std::abs(*first - *second) >= leastFrame(two);
+    }
+
     /// For all cameras with sound of one card: cameras that heard it at one distance share a doubt. Cameras
     /// that could not hear it are included if no other camera contradicts.
     void addOffsets(const std::vector<Camera>& cameras) {
@@ -129,12 +147,14 @@ class HeardOffsets {
             if (!camera.offset) {
                 addRate(camera);
                 addEachElsewhere(*camera.clips);
+                addSmallOffset(camera);
                 continue;
             }
             const auto same = std::ranges::find_if(together, [&](const auto& others) {
                 return others.front().isElsewhere == camera.isElsewhere &&
                        std::abs(others.front().offset->seconds - camera.offset->seconds) <=
-                           agreeingByHandSeconds;
+                           agreeingByHandSeconds &&
+                       !areFramesApart(others.front(), camera);
             });
             if (same != together.end())
                 same->push_back(camera);
@@ -188,9 +208,76 @@ class HeardOffsets {
                          "; lock a clip whose sound is right as it is";
             doubt.suggestion = SyncDoubt::Suggestion{.offsetSeconds = offset};
         } else {
-            doubt.cure = forCameras({offsetBy(offset)}, all, clock.isExact);
+            doubt.cure = forCameras({offsetBy(offset, all)}, all, clock.isExact);
         }
         addCardDoubt(doubts_, std::move(doubt), unmoved);
+    }
+    /// The lag of the cameras that a lag of this camera can be compared with: those heard in place, else all
+    /// others if several agree. Adds their folders. Microphones are late by a delay of their own, which this
+    /// includes.
+    std::optional<double> lagOfOthers(const CameraAndCard& key, double least,
+                                      std::vector<std::string>& folders) const {
+        std::vector<std::pair<double, std::string>> others, inPlace;
+        for (const auto& [other, card] : cards_) {
+            if (other == key || std::get<1>(other) != std::get<1>(key) ||
+                std::get<2>(other) != std::get<2>(key) || !card.elsewhere.empty())
+                continue;
+            const auto lag = agreedLag::of(card.heard, agreedLag::fewestComparedClips);
+            if (!lag) continue;
+            others.emplace_back(*lag, quotedFolder(std::get<0>(other)));
+            if (std::abs(*lag) < least) inPlace.push_back(others.back());
+        }
+        auto& compared = inPlace.empty() ? others : inPlace;
+        if (compared.empty() || (inPlace.empty() && compared.size() < 2)) return std::nullopt;
+        std::ranges::sort(compared);
+        if (compared.back().first - compared.front().first >= least) return std::nullopt;
+        for (const auto& [lag, folder] : compared) folders.push_back(folder);
+        return compared[compared.size() / 2].first;
+    }
+    /// For a camera whose clips are in place for everything else, but off by the same few frames, which other
+    /// cameras with sound of the same card are not.
+    void addSmallOffset(const Camera& camera) {
+        const HandledClips& card = *camera.clips;
+        const MediaAsset& video = card.unmoved.front()->group->video;
+        if (!card.elsewhere.empty() || doubts_.has(card.unmoved.front()->group->id, {Kind::drift})) return;
+        const auto own = agreedLag::of(card.heard, agreedLag::fewestClips);
+        const double fps = clipRate(video, timecodeRate::frameRateForRealTimeCalculation(rate_));
+        const double least = leastFrame(camera);
+        if (!own || std::abs(*own) < least || std::abs(*own) >= inPlaceSeconds) return;
+        std::vector<std::string> folders;
+        const auto reference = lagOfOthers(*camera.key, least, folders);
+        if (!reference || std::abs(*own - *reference) < least || std::abs(*own) < std::abs(*reference))
+            return;
+        // Clocks are set by whole frames, so a measurement near one means that one.
+        constexpr double nearFrames = 0.3;
+        double offset = *own - *reference;
+        if (const double whole = std::round(offset * fps); std::abs(offset * fps - whole) <= nearFrames)
+            offset = whole / fps;
+        std::vector<const Shoot::Clip*> clips;
+        std::ranges::copy_if(card.unmoved, std::back_inserter(clips), [](const Shoot::Clip* clip) {
+            return clip->group->manualAudioOffsetSeconds == 0;
+        });
+        constexpr double soundMetresASecond = 343;
+        const std::string folder = quotedFolder(std::get<0>(*camera.key));
+        SyncDoubt doubt{
+            .kind = Kind::constantOffset,
+            .message = "the microphones of the cameras heard the sound of " +
+                       counted(std::ssize(card.heard), "clip", "clips") + " in " + folder +
+                       (offset < 0 ? " earlier by " : " later by ") + framesText(std::abs(offset), video) +
+                       " against " + quotedFolder(std::get<1>(*camera.key)) + " than that of the clips in " +
+                       platform::text::joined(folders, ", ") + ": the clock of this camera is wrong by that" +
+                       (offset > 0 ? formatted(", or its microphone was %.0f m further away",
+                                               offset * soundMetresASecond)
+                                   : ""),
+            .cure = "check a clap; if it shows the same, "};
+        const DoubtCure alone = forCameras({offsetBy(offset, {camera})}, {camera});
+        if (haveNoOtherSound(clips, std::get<1>(*camera.key))) {
+            doubt.cure += cureWords::moveAsHeard() + ", or " + alone;
+            doubt.suggestion = SyncDoubt::Suggestion{.offsetSeconds = offset};
+        } else {
+            doubt.cure += alone;
+        }
+        addCardDoubt(doubts_, std::move(doubt), clips);
     }
     /// Distances that grow with the time of day show a wrong rate.
     void addRate(const Camera& camera) {
@@ -224,9 +311,27 @@ class HeardOffsets {
                 folders.insert(folder);
         }
     }
-    CureOption offsetBy(double seconds) const {
+    /// The folders of clips for a scan of these cameras' clips alone: other clips would lose their own sound,
+    /// or get this one. Empty if there are no other cameras.
+    std::set<std::string_view> foldersOf(const std::vector<Camera>& cameras) const {
+        std::set<std::string_view> folders;
+        for (const Camera& one : cameras) folders.insert(std::get<0>(*one.key));
+        if (std::ranges::all_of(
+                cards_, [&](const auto& other) { return folders.contains(std::get<0>(other.first)); }))
+            return {};
+        addCamerasWithoutSound(folders);
+        return folders;
+    }
+    /// For a scan of these cameras' clips: their rate may be another one than that of most clips.
+    CureOption offsetBy(double seconds, const std::vector<Camera>& cameras) const {
+        const auto folders = foldersOf(cameras);
+        std::vector<MediaAsset> videos;
+        for (const Shoot::Clip& clip : shoot_.clips)
+            if (folders.contains(folderOf(clip.group->video))) videos.push_back(clip.group->video);
+        const TimecodeFrameRate rate =
+            videos.empty() ? rate_ : shoot_.input.rules.timecodeRate.value_or(rateOfMostClips(videos));
         return {CureOption::Kind::soundOffset,
-                offsetText(seconds + shoot_.input.rules.soundOffsetSeconds, rate_)};
+                offsetText(seconds + shoot_.input.rules.soundOffsetSeconds, rate)};
     }
     /// The options in a scan that moves the card's sound only under the clips of these cameras.
     DoubtCure forCameras(std::vector<CureOption> options, const std::vector<Camera>& cameras,
@@ -234,19 +339,11 @@ class HeardOffsets {
         const auto& [camera, recorder, day] = *cameras.front().key;
         Card sound{std::string(recorder), day, {}};
         std::vector<const Shoot::Clip*> clips;
-        std::set<std::string_view> folders;
-        for (const Camera& one : cameras) {
+        for (const Camera& one : cameras)
             clips.insert(clips.end(), one.clips->all.begin(), one.clips->all.end());
-            folders.insert(std::get<0>(*one.key));
-        }
-        // Other clips would lose their own sound, or get this one.
-        const bool areAll = std::ranges::none_of(
-            cards_, [&](const auto& other) { return !folders.contains(std::get<0>(other.first)); });
-        if (!areAll) addCamerasWithoutSound(folders);
         const bool isPart = !findRecorder(sound, clips);
         return DoubtCure(CureWay{std::move(options)})
-                   .in(cure_.scanOfRecordings(sound, isPart,
-                                              areAll ? std::set<std::string_view>() : folders)) +
+                   .in(cure_.scanOfRecordings(sound, isPart, foldersOf(cameras))) +
                (isExact ? "" : checkAClap) + "; lock a clip whose sound is right as it is" +
                (isPart ? std::string() : cure_.forOtherSound(sound));
     }

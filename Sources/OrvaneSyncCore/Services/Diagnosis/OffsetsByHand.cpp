@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <string>
 
 namespace orvane {
@@ -25,6 +26,22 @@ std::string namesOf(const Shoot& shoot, const std::vector<const Shoot::Clip*>& c
            (clips.size() > most ? " and " + counted(clips.size() - most, "more clip", "more clips") : "");
 }
 
+/// Clips that could still have their sound if it was moved by so much. A part of a camera's card may be an
+/// hour off and the rest right: then the offset would take the sound from the rest.
+std::vector<const Shoot::Clip*> thatKeepTheirSound(const std::vector<const Shoot::Clip*>& clips,
+                                                   double seconds) {
+    std::vector<const Shoot::Clip*> kept;
+    std::ranges::copy_if(clips, std::back_inserter(kept), [&](const Shoot::Clip* clip) {
+        const SyncGroup& group = *clip->group;
+        return std::ranges::any_of(group.audioMatches, [&](const AudioMatch& match) {
+            const double start = match.syncOffsetSeconds + group.manualAudioOffsetSeconds + seconds;
+            return start < group.video.durationSeconds.value_or(0) &&
+                   start + match.audio->durationSeconds.value_or(0) > 0;
+        });
+    });
+    return kept;
+}
+
 } // namespace
 
 void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
@@ -34,9 +51,10 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
         const HandledClips& card = entry.second;
         platform::throwIfStopped(shoot.stop);
         const auto moved = agreementOf(card.offsets, explanation::fewest);
-        if (!moved || card.isConfirmed || card.unmoved.empty()) continue;
-        const std::string frames =
-            std::to_string(framesOf(moved->seconds, card.unmoved.front()->group->video));
+        if (!moved || card.isConfirmed) continue;
+        const auto unmoved = thatKeepTheirSound(card.unmoved, moved->seconds);
+        if (unmoved.empty()) continue;
+        const std::string frames = std::to_string(framesOf(moved->seconds, unmoved.front()->group->video));
         const std::string those = "the sound of " + counted(moved->count, "clip", "clips") + " in '" +
                                   std::string(std::get<0>(key)) + "' was moved " +
                                   spanText(std::abs(moved->seconds)) +
@@ -45,12 +63,12 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
         // No option: it would move again what was moved by hand.
         addCardDoubt(doubts,
                      {.kind = SyncDoubt::Kind::constantOffset,
-                      .message = those + namesOf(shoot, card.unmoved) + why,
+                      .message = those + namesOf(shoot, unmoved) + why,
                       .cure = "move the others by as much" +
                               cureWords::inTable(frames + " under 'offset_frames'") +
                               ", or lock a clip whose sound is right as it is",
                       .windowMessage = those + "the others" + why},
-                     card.unmoved);
+                     unmoved);
     }
 }
 

@@ -1,7 +1,9 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Cards.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
+#include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Cover.h"
+#include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
@@ -32,10 +34,14 @@ class RateDoubts {
     RateDoubts(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts)
         : shoot_(shoot), doubts_(doubts), clips_(clips), rate_(rateOfLabels(shoot)) {}
 
-    bool add() {
+    bool add(std::vector<SoundClaim>* toHear) {
         const auto rate = otherRate();
-        if (rate) addRate(*rate);
-        return rate.has_value();
+        if (!rate) return false;
+        const auto heard = heardAtOneOffset(rate->found, toHear);
+        // The doubts about clocks then report that offset.
+        if (heard.isConfirmed()) return false;
+        addRate(*rate, heard);
+        return true;
     }
 
   private:
@@ -44,6 +50,11 @@ class RateDoubts {
         /// empty if the end is before the start.
         SyncEngine::TCRange offsets{-std::numeric_limits<double>::infinity(),
                                     std::numeric_limits<double>::infinity()};
+        /// The clips, and their recordings as in `WholeRecordings`.
+        std::vector<std::pair<const Shoot::Clip*, std::size_t>> pairs = {};
+
+        bool fitsOneOffset() const { return offsets.startSeconds <= offsets.endSeconds; }
+        double offset() const { return std::round((offsets.startSeconds + offsets.endSeconds) / 2); }
     };
     struct Rate {
         TimecodeFrameRate rate;
@@ -92,6 +103,19 @@ class RateDoubts {
         }
         return agreementOf(asRead, explanation::fewest, 0) && !agreementOf(atRate, explanation::fewest, 0);
     }
+    /// Whether the cameras heard the recordings at one distance from their places at the current rates. At
+    /// another rate the distance would grow with the time of day.
+    ClaimedOffset::Heard heardAtOneOffset(const Explained& found, std::vector<SoundClaim>* toHear) const {
+        if (!found.fitsOneOffset()) return {};
+        ClaimedOffset claimed(shoot_, (found.offsets.endSeconds - found.offsets.startSeconds) / 2);
+        for (const auto& [clip, whole] : found.pairs) {
+            const double start = shoot_.wholes.places[whole].range.startSeconds + found.offset() -
+                                 clip->place->range.startSeconds;
+            const std::size_t part = shoot_.wholes.partAt(whole, -start);
+            claimed.add(*clip, part, start + shoot_.wholes.startsAt[part]);
+        }
+        return claimed.heard(toHear);
+    }
     static bool areApart(const FilePlace& a, const FilePlace& b) {
         constexpr double aFrame = 0.01; // shorter than a frame at any rate
         return std::abs(a.range.startSeconds - b.range.startSeconds) > aFrame;
@@ -126,6 +150,7 @@ class RateDoubts {
             // keeps them from matching.
             if (clip->isCovered || !(isMoved[*sound] || areApart(*place, *clip->place))) continue;
             ++without.clips;
+            without.pairs.emplace_back(clip, *sound);
             used.insert(shoot_.wholes.partAt(
                 *sound, std::remainder(place->range.startSeconds - starts[*sound], secondsADay)));
             const SyncEngine::TCRange &stays = shoot_.wholes.places[*sound].range,
@@ -138,23 +163,26 @@ class RateDoubts {
         without.recordings = static_cast<int>(used.size());
         return {all, without};
     }
-    void addRate(const Rate& rate) {
+    void addRate(const Rate& rate, const ClaimedOffset::Heard& heard) {
         const std::string text = rateText(rate.rate);
         const auto concerned = concernedBy(rate.rate);
-        // Timecode that was set once and runs at the rate that it states is as likely.
-        const auto& [first, last] = rate.found.offsets;
+        // Timecode that was set once and runs at the rate that it states is as likely, unless the cameras
+        // heard several distances.
         std::string offsetFits;
-        DoubtCure offsetCure;
-        if (first <= last) {
-            const double offset = std::round((first + last) / 2);
+        DoubtCure cure(CureOption::Kind::timecodeRate, text);
+        if (heard.isUnasked) {
+            offsetFits = cureWords::oneOffsetFitsToo;
+            cure = cureWords::listenForTheRate();
+        } else if (rate.found.fitsOneOffset() && heard.spreadSeconds == 0) {
+            const double offset = rate.found.offset();
             offsetFits = "; with the recordings moved by about " + offsetSpanText(std::abs(offset), rate_) +
                          (offset < 0 ? " earlier" : " later") + " they would as well";
-            offsetCure = ", then check a clap early and one late on the card; where both are off, and not "
-                         "alike, " +
-                         DoubtCure(CureOption::Kind::soundOffset,
-                                   offsetText(offset + shoot_.input.rules.soundOffsetSeconds, rate_))
-                             .in(aloneIn(concerned)) +
-                         " instead";
+            cure += ", then check a clap early and one late on the card; where both are off, and not "
+                    "alike, " +
+                    DoubtCure(CureOption::Kind::soundOffset,
+                              offsetText(offset + shoot_.input.rules.soundOffsetSeconds, rate_))
+                        .in(aloneIn(concerned)) +
+                    " instead";
         }
         addCardDoubt(doubts_,
                      {SyncDoubt::Kind::timecodeRate,
@@ -162,7 +190,7 @@ class RateDoubts {
                           text + " frames a second, " + std::to_string(rate.found.clips) + " of " +
                           counted(clips_.uncovered.size(), "clip", "clips") +
                           " without all of their sound would match" + offsetFits,
-                      DoubtCure(CureOption::Kind::timecodeRate, text) + offsetCure},
+                      std::move(cure)},
                      concerned);
     }
     /// The scan for an offset that would also move the sound of the other clips; absent if there are none.
@@ -201,8 +229,9 @@ class RateDoubts {
 
 } // namespace
 
-bool addRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts) {
-    return RateDoubts(shoot, clips, doubts).add();
+bool addRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts,
+                  std::vector<SoundClaim>* toHear) {
+    return RateDoubts(shoot, clips, doubts).add(toHear);
 }
 
 void addGivenRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts) {
@@ -213,7 +242,7 @@ void addGivenRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& 
     std::set<std::string_view> folders, staying;
     std::set<std::size_t> used;
     double first = -std::numeric_limits<double>::infinity(), last = -first;
-    int heard = 0;
+    int heard = 0, audible = 0;
     platform::StopCheck check(shoot.stop);
     for (const Shoot::Clip* clip : clips.all) {
         check();
@@ -230,6 +259,7 @@ void addGivenRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& 
             continue;
         }
         moved.push_back(clip);
+        if (isAudible(*clip)) ++audible;
         folders.insert(folder);
         used.insert(*clip->primary);
         first = std::max(first,
@@ -257,17 +287,23 @@ void addGivenRateDoubt(const Shoot& shoot, const TimedClips& clips, SyncDoubts& 
                 OffsetCure(shoot, stated).scanOfClips({std::string(*folders.begin()), std::nullopt, {}});
         instead = std::move(way);
     }
+    // Microphones measure the offset, which timecode shows only roughly.
+    const bool isUnasked = shoot.input.heardLags == nullptr && audible >= explanation::fewest;
+    const std::string by = isUnasked ? "one offset"
+                                     : "about " + offsetSpanText(std::abs(offset), stated) +
+                                           (offset < 0 ? " earlier" : " later");
     addCardDoubt(
         doubts,
         {SyncDoubt::Kind::timecodeRate,
          counted(moved.size(), "clip has its sound", "clips have their sound") + " by timecode that counts " +
              rateText(*rules.timecodeRate) +
              " frames a second, and would have it as well by what the files "
-             "state, with the recordings moved by about " +
-             offsetSpanText(std::abs(offset), stated) + (offset < 0 ? " earlier" : " later"),
-         "check a clap early and one late on the card, and lock the clips where both are right; where they "
-         "are off, and not alike, " +
-             instead},
+             "state, with the recordings moved by " +
+             by,
+         isUnasked ? cureWords::listenForTheRate()
+                   : "check a clap early and one late on the card, and lock the clips where both are right; "
+                     "where they are off, and not alike, " +
+                         instead},
         moved);
 }
 

@@ -79,11 +79,15 @@ bool isOfOneTake(const MediaAsset& a, const MediaAsset& b) {
     return bothSayAll || ChannelName(a).differsOnlyInChannel(ChannelName(b));
 }
 
+/// For files of one name that start together.
 bool isCopy(const Candidate& one, const Candidate& two) {
     const MediaAsset &a = *one.audio, &b = *two.audio;
     if (folderPath(a) == folderPath(b) || differ(a.channelCount, b.channelCount) ||
-        differ(a.contentMark, b.contentMark) || a.heldShare != b.heldShare || !mayBeOfOneRecorder(one, two))
+        !mayBeOfOneRecorder(one, two))
         return false;
+    // Damaged on the way: its size and content differ, and only one of the two may be heard.
+    if (a.endsEarly() || b.endsEarly()) return true;
+    if (differ(a.contentMark, b.contentMark)) return false;
     if (a.fileSizeBytes && b.fileSizeBytes) return *a.fileSizeBytes == *b.fileSizeBytes;
     const auto samples = [](const MediaAsset& file) {
         return file.durationSeconds.value_or(0) * file.sampleRate.value_or(1);
@@ -144,8 +148,8 @@ class Finder {
         std::ranges::stable_sort(files, {}, [&](std::size_t i) -> const std::string& { return keys[i]; });
     }
 
-    /// Marks copies. Of equal files the primary one is kept, else the one in its folder, else the first by
-    /// path.
+    /// Marks copies. The primary file is kept, else a whole one before one that ends early, else the one in
+    /// the primary's folder, else the first by path.
     std::vector<bool> copies() const {
         std::vector<bool> isCopyOfOther(files_.size(), false);
         for (auto run = byStart_.begin(); run != byStart_.end();) {
@@ -163,7 +167,7 @@ class Finder {
             if (same.size() < 2) continue;
             sortByPath(same);
             std::ranges::stable_sort(same, {}, [this](std::size_t i) {
-                return std::pair(i != 0, folderPath(asset(i)) != folderPath(asset(0)));
+                return std::tuple(i != 0, asset(i).endsEarly(), folderPath(asset(i)) != folderPath(asset(0)));
             });
             Indices kept;
             for (const std::size_t i : same) {

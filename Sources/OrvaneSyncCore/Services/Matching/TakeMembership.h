@@ -20,7 +20,8 @@ namespace orvane {
 /// picture is known, a later or earlier take of that recorder also follows, if it begins within a minute and
 /// covers at least half as much of the picture as the first candidate: the camera rolled on. In all cases
 /// nothing known may show different recorders, sound rolls, sample rates or days. A copy is a file of the
-/// same name, size and start in another folder; if a size is not known, of as many samples and channels.
+/// same name, size and start in another folder; if a size is not known, of as many samples and channels; of
+/// any size if one of the two ends before the length that its header states.
 struct TakeMembership {
     struct Candidate {
         const MediaAsset* audio = nullptr;

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Waveform/PairsToHear.h"
 
+#include "OrvaneSyncCore/Models/AgreedLag.h"
 #include "OrvaneSyncCore/Services/Takes/ClipSound.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Stop.h"
@@ -41,7 +42,8 @@ struct AudibleClip {
 /// Key: the folders of camera and recordings; clips are in the order of the list.
 using AudibleCards = std::map<std::pair<std::string_view, std::string_view>, std::vector<AudibleClip>>;
 
-AudibleCards audibleCards(const SyncGroupList& groups) {
+/// `areLongEnough`: without clips that are too short to show a drift, if enough others are left.
+AudibleCards audibleCards(const SyncGroupList& groups, bool areLongEnough = true) {
     AudibleCards cards;
     for (const SyncGroup& group : groups) {
         if (group.audioMatches.empty() || !group.matchStatus.isSettled() || group.isLocked ||
@@ -65,7 +67,8 @@ AudibleCards audibleCards(const SyncGroupList& groups) {
         return *one.group->video.durationSeconds < leastForDriftSeconds;
     };
     for (auto& [folders, clips] : cards)
-        if (std::cmp_greater_equal(std::ranges::count_if(clips, std::not_fn(isShort)), fewestPairs))
+        if (areLongEnough &&
+            std::cmp_greater_equal(std::ranges::count_if(clips, std::not_fn(isShort)), fewestPairs))
             std::erase_if(clips, isShort);
     return cards;
 }
@@ -149,6 +152,46 @@ std::vector<Pair> pairsBetween(const SyncGroupList& groups, const HeardSound& he
             for (std::size_t k = soundings[i - 1].clip + 1; k < soundings[i].clip; ++k)
                 if (!tried.contains(clips[k].match->id)) untried.push_back(k);
             if (!untried.empty()) pairs.push_back(pairOf(clips[untried[untried.size() / 2]]));
+        }
+    }
+    return pairs;
+}
+
+std::vector<Pair> pairsToConfirm(const SyncGroupList& groups, const HeardSound& heard,
+                                 const std::unordered_set<UUID>& tried) {
+    struct Camera {
+        std::string_view soundFolder;
+        const std::vector<AudibleClip>* clips;
+        double lag;
+        std::size_t heard;
+    };
+    const AudibleCards cards = audibleCards(groups, false);
+    std::vector<Camera> cameras;
+    for (const auto& [folders, clips] : cards) {
+        std::vector<double> lags;
+        for (const AudibleClip& one : clips)
+            if (const auto lag = heard.lags.find(one.match->id); lag != heard.lags.end())
+                lags.push_back(lag->second.seconds);
+        if (const auto agreed = agreedLag::of(lags, agreedLag::fewestComparedClips))
+            cameras.push_back({folders.second, &clips, *agreed, lags.size()});
+    }
+    const auto isOff = [&](const Camera& own) {
+        return std::abs(own.lag) >= agreedLag::leastSeconds &&
+               std::ranges::any_of(cameras, [&](const Camera& other) {
+                   return other.soundFolder == own.soundFolder &&
+                          std::abs(other.lag - own.lag) >= agreedLag::leastSeconds;
+               });
+    };
+    std::vector<Pair> pairs;
+    for (const Camera& camera : cameras) {
+        if (camera.heard >= agreedLag::fewestClips || !isOff(camera)) continue;
+        std::size_t missing = agreedLag::fewestClips - camera.heard;
+        for (const std::size_t i : spread(camera.clips->size(), camera.clips->size())) {
+            const AudibleClip& clip = (*camera.clips)[i];
+            if (missing == 0) break;
+            if (tried.contains(clip.match->id)) continue;
+            pairs.push_back(pairOf(clip));
+            --missing;
         }
     }
     return pairs;

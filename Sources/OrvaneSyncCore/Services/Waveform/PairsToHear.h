@@ -52,6 +52,12 @@ std::vector<Pair> pairsToHear(const SyncGroupList& groups);
 std::vector<Pair> pairsBetween(const SyncGroupList& groups, const HeardSound& heard,
                                const std::unordered_set<UUID>& tried);
 
+/// If the heard clips of a camera agree on a small lag that another camera with sound of the same folder does
+/// not have, further clips, so that enough of them agree or not (`agreedLag::fewestClips`). `tried` as above.
+/// Pure; any thread.
+std::vector<Pair> pairsToConfirm(const SyncGroupList& groups, const HeardSound& heard,
+                                 const std::unordered_set<UUID>& tried);
+
 /// Recordings that are neighbours in time on their card. Any thread.
 class RecordingNeighbours {
   public:

@@ -350,6 +350,7 @@ HeardSound heardWithNeighbours(const SyncGroupList& groups, std::vector<Pair> pa
     for (int round = 0; round < mostRounds; ++round) {
         for (const Pair& pair : pairs) tried.insert(pair.matchID);
         pairs = pairsBetween(groups, result, tried);
+        if (pairs.empty()) pairs = pairsToConfirm(groups, result, tried);
         if (pairs.empty()) break;
         neighbours.addTo(pairs);
         HeardSound more = heard(pairs, stop);

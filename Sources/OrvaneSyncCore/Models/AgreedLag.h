@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+// A camera whose clock is off by a few frames: its clips are in place for everything else, so only a close
+// agreement of several clips, compared with other cameras, shows it.
+namespace orvane::agreedLag {
+
+/// Clips of a camera that must agree before its clock counts as off by less than what counts as in place.
+inline constexpr std::size_t fewestClips = 5;
+/// Clips that must agree before a camera counts as one to compare with.
+inline constexpr std::size_t fewestComparedClips = 3;
+/// The smallest difference between two cameras that counts, unless a frame is longer. The microphones of two
+/// cameras that are 10 m apart differ by as much.
+inline constexpr double leastSeconds = 0.03;
+
+/// The mean of the lags that agree to the accuracy of the measurement, which is 10 ms for one clip; absent if
+/// these are fewer than `fewest` or than four in five.
+std::optional<double> of(std::vector<double> lags, std::size_t fewest);
+
+} // namespace orvane::agreedLag

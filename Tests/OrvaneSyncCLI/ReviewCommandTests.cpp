@@ -160,6 +160,45 @@ TEST_F(CardsTest, aChoiceMayNameAnyRecording) {
     }
 }
 
+/// Mono files, and parts that meet in the middle of the clip, of a recorder that is an hour ahead.
+TEST_F(CardsTest, aChoiceOfOneFileAttachesItsWholeTake) {
+    struct File {
+        const char* name;
+        int start, seconds;
+    };
+    struct Case {
+        const char* choice;
+        std::vector<File> files;
+        const char* shown;
+    };
+    constexpr std::uint64_t sampleRate = 8000;
+    for (const Case& one :
+         {Case{"S7T3_1.WAV",
+               {{"S7T3_1.WAV", -2, 14}, {"S7T3_2.WAV", -2, 14}, {"S7T4_1.WAV", 20, 14}},
+               "S7T3_1.WAV + 1 file (2 ch)"},
+          {"T3-002.WAV",
+           {{"T3-001.WAV", -4, 5}, {"T3-002.WAV", 1, 5}, {"T3-003.WAV", 6, 60}, {"T3-004.WAV", 66, 60}},
+           "T3-001.WAV + 1 file (1 ch)"}}) {
+        std::filesystem::remove_all(at("bag"));
+        std::filesystem::create_directory(at("bag"));
+        for (const File& file : one.files) {
+            const auto start = static_cast<std::uint64_t>(36900 + 3600 + file.start);
+            test::WaveMaker()
+                .format({.channels = 1, .sampleRate = sampleRate})
+                .bext({.originator = "Bag", .date = "2026-11-20", .timeReference = start * sampleRate})
+                .silence(sampleRate * static_cast<std::size_t>(file.seconds))
+                .writeTo(folder_.path(std::string("bag/") + file.name));
+        }
+        const std::string table = folder_.write("in.tsv", std::string("camera_file\tchoice\toffset_frames\n"
+                                                                      "A001C003_261120_R1AB.mov\t") +
+                                                              one.choice + "\t-90000\n");
+        const Outcome sync = runWith({"sync", folder_.path(), "-o", at("out.fcpxml"), "--force", "--apply",
+                                      table, "--no-smart-audio"});
+        ASSERT_EQ(sync.status, done) << sync.err;
+        EXPECT_NE(sync.out.find(one.shown), std::string::npos) << sync.out;
+    }
+}
+
 TEST_F(CardsTest, aLockBesideAChoiceTakesOffWhatIsOfAnotherDay) {
     const auto hasOther = [&](const char* date, const std::string& cells) {
         addSecondRecorder(date);

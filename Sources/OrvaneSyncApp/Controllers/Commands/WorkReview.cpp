@@ -7,6 +7,8 @@
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Services/Matching/RecorderMark.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
+#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
@@ -83,9 +85,11 @@ class Reading {
         ReviewDecision decision{.groupID = group->id};
         decision.isLocked = changedSwitch(line, lock, "lock", group->isLocked);
         readChoice(line, *group, decision);
-        if (decision.isLocked == true && !decision.other && line[choice] && !trimmed(*line[choice]).empty())
+        if (decision.isLocked == true && decision.others.empty() && line[choice] &&
+            !trimmed(*line[choice]).empty())
             findOtherDays(*group, decision);
         readOffset(line, present, *group, decision);
+        if (!decision.others.empty()) addRestOfTake(*group, decision);
         if (line[name] && trimmed(*line[name]) != trimmed(*present[name]) &&
             trimmed(*line[name]) != asRead(name, *present[name]))
             decision.name = line[name];
@@ -204,7 +208,39 @@ class Reading {
                     decision.matchID = group.audioMatches[match].id;
                 return;
             }
-        if (mayChange(line, group, decision)) decision.other = Shared<MediaAsset>(*pool_[*place]);
+        if (mayChange(line, group, decision)) decision.others.emplace_back(*pool_[*place]);
+    }
+
+    /// Adds the other files of the chosen recording's take that meet the clip, once its sound is moved as the
+    /// line says; all of them if no file of the take meets it. Files without timecode have no known order.
+    void addRestOfTake(const SyncGroup& group, ReviewDecision& decision) {
+        const MediaAsset& chosen = *decision.others.front();
+        if (!places_.of(chosen)) return;
+        std::vector<TakeMembership::Candidate> files{placed(chosen)};
+        if (placed_.empty())
+            for (const MediaAsset* recording : pool_)
+                if (!recording->isAtmo() && places_.of(*recording)) placed_.push_back(placed(*recording));
+        std::ranges::copy_if(placed_, std::back_inserter(files),
+                             [&](const auto& file) { return file.audio->id != chosen.id; });
+        std::vector<const MediaAsset*> take, meeting;
+        const double moved = decision.offsetSeconds.value_or(group.manualAudioOffsetSeconds);
+        const SyncEngine::TCRange picture{0, group.video.durationSeconds.value_or(0)};
+        for (const TakeMembership::Member& member : TakeMembership::of(files).members) {
+            const MediaAsset& file = *files[member.candidate].audio;
+            const double start =
+                moved + SyncEngine::matchByTimecode(group.video, file, places_.rules()).syncOffsetSeconds;
+            take.push_back(&file);
+            if (SyncEngine::overlapDuration(picture, {start, start + file.durationSeconds.value_or(0)}))
+                meeting.push_back(&file);
+        }
+        for (const MediaAsset* file : meeting.empty() ? take : meeting)
+            if (file->id != chosen.id) decision.others.emplace_back(*file);
+    }
+    /// On the axis of days and times.
+    TakeMembership::Candidate placed(const MediaAsset& recording) {
+        const FilePlace place = *places_.of(recording);
+        const double day = static_cast<double>(place.day.value_or(0)) * secondsADay;
+        return {&recording, {day + place.range.startSeconds, day + place.range.endSeconds}};
     }
 
     /// If the chosen recording is itself of another day, none is removed: the dates may be wrong.
@@ -245,8 +281,9 @@ class Reading {
     Places places_;
     std::unordered_map<std::string, std::vector<const SyncGroup*>> shown_, byFilename_;
     std::unordered_set<UUID> seen_;
-    std::vector<const MediaAsset*> pool_; ///< all recordings; filled when the first one is named
-    std::vector<std::string> poolNames_;  ///< as tables write them
+    std::vector<const MediaAsset*> pool_;           ///< all recordings; filled when the first one is named
+    std::vector<std::string> poolNames_;            ///< as tables write them
+    std::vector<TakeMembership::Candidate> placed_; ///< those of `pool_` with a place in time
 };
 
 /// Chooses one of the clip's recordings and removes those that its recorder cannot have made at the same
@@ -271,15 +308,16 @@ void chooseAmong(ImportController& controller, const UUID& groupID, const UUID& 
     for (const UUID& other : others) controller.recordings().removeAudioMatch(groupID, other);
 }
 
-/// Attaches the recording and removes the clip's others, which are not of its take: the clip's offset moves
-/// all of its recordings, and the chosen one alone is to be moved by it.
-void replaceRecordings(ImportController& controller, const UUID& groupID, const MediaAsset& recording) {
-    controller.recordings().attachAudioToGroup(groupID, recording);
+/// Attaches the files of a take, chooses the first one, and removes the clip's other recordings: the clip's
+/// offset moves all of its recordings, and the chosen take alone is to be moved by it.
+void replaceRecordings(ImportController& controller, const UUID& groupID,
+                       const std::vector<Shared<MediaAsset>>& files) {
+    for (const Shared<MediaAsset>& file : files) controller.recordings().attachAudioToGroup(groupID, *file);
     const auto groupOf = [&] { return controller.work().syncGroups().find(groupID); };
     std::optional<UUID> attached;
     if (const SyncGroup* group = groupOf())
         for (const AudioMatch& match : group->audioMatches)
-            if (match.audio->id == recording.id) attached = match.id;
+            if (match.audio->id == files.front()->id) attached = match.id;
     if (!attached) return;
     controller.recordings().chooseRecording(groupID, *attached);
     std::vector<UUID> others;
@@ -296,7 +334,7 @@ void carryOutOne(ImportController& controller, const ReviewDecision& decision) {
             controller.clips().toggleLocked(decision.groupID);
     };
     if (decision.isLocked == false) setLock(false);
-    if (decision.other) replaceRecordings(controller, decision.groupID, **decision.other);
+    if (!decision.others.empty()) replaceRecordings(controller, decision.groupID, decision.others);
     if (decision.matchID) chooseAmong(controller, decision.groupID, *decision.matchID);
     for (const UUID& other : decision.otherDays)
         controller.recordings().removeAudioMatch(decision.groupID, other);
@@ -357,28 +395,14 @@ std::size_t fillInWhatWasHeard(std::vector<ReviewLine>& lines, const WorkSnapsho
 
 std::vector<ReviewDecision> suggestedDecisions(const WorkSnapshot& work, const std::vector<UUID>& groupIDs,
                                                const std::stop_token& stop) {
-    std::unordered_map<UUID, const MediaAsset*> recordings;
-    for (const MediaAsset* recording : work.audioPool()) recordings.emplace(recording->id, recording);
-    std::vector<ReviewDecision> decisions;
-    for (const UUID& id : groupIDs) {
-        const SyncGroup* group = work.groups().find(id);
-        const SyncDoubt::Suggestion* suggestion =
-            group != nullptr ? work.doubts(stop).suggestionFor(*group) : nullptr;
-        if (suggestion == nullptr) continue;
-        ReviewDecision decision{.groupID = id, .offsetSeconds = suggestion->offsetSeconds};
-        if (suggestion->recordingID) {
-            const auto match = std::ranges::find(group->audioMatches, *suggestion->recordingID,
-                                                 [](const AudioMatch& one) { return one.audio->id; });
-            if (match != group->audioMatches.end())
-                decision.matchID = match->id;
-            else if (const auto known = recordings.find(*suggestion->recordingID); known != recordings.end())
-                decision.other = Shared<MediaAsset>(*known->second);
-            else
-                continue;
-        }
-        decisions.push_back(std::move(decision));
-    }
-    return decisions;
+    std::vector<ReviewLine> lines = reviewLines(work, stop), suggested;
+    if (fillInWhatWasHeard(lines, work) == 0) return {};
+    const std::unordered_set<UUID> wanted(groupIDs.begin(), groupIDs.end());
+    for (std::size_t i = 0; i < lines.size(); ++i)
+        if (const SyncGroup& group = work.groups()[i];
+            wanted.contains(group.id) && work.doubts(stop).suggestionFor(group) != nullptr)
+            suggested.push_back(std::move(lines[i]));
+    return readDecisions(work, suggested, stop).decisions;
 }
 
 ReviewReading readDecisions(const WorkSnapshot& work, const std::vector<ReviewLine>& lines,

@@ -22,8 +22,9 @@ std::size_t fillInWhatWasHeard(std::vector<ReviewLine>& lines, const WorkSnapsho
 /// The changes that a line asks for.
 struct ReviewDecision {
     UUID groupID;
-    std::optional<UUID> matchID{};             ///< the recording to choose
-    std::optional<Shared<MediaAsset>> other{}; ///< a recording of the scan, to attach and choose
+    std::optional<UUID> matchID{}; ///< the recording to choose
+    /// Files of the scan to attach: that of the recording to choose, then the others of its take.
+    std::vector<Shared<MediaAsset>> others{};
     std::optional<double> offsetSeconds{};
     std::optional<std::string> name{};
     std::optional<bool> isSkipped{}, isLocked{};
@@ -31,7 +32,9 @@ struct ReviewDecision {
     /// locks the clip.
     std::vector<UUID> otherDays{};
 
-    bool isEmpty() const { return !matchID && !other && !offsetSeconds && !name && !isSkipped && !isLocked; }
+    bool isEmpty() const {
+        return !matchID && others.empty() && !offsetSeconds && !name && !isSkipped && !isLocked;
+    }
 };
 struct ReviewReading {
     std::vector<ReviewDecision> decisions;

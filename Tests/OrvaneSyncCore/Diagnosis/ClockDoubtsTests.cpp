@@ -313,6 +313,8 @@ TEST(ClockDoubts, OffsetsByHandTellOfTheOtherClips) {
         {"part of a card that was an hour off", {-3600, -3600, -3600}, -1, 0},
         {"nudges to the frame", {-0.04, -0.04, -0.04}, -1, 0},
         {"one is right where it is", {-2.5, -2.5, -2.5}, 5, 0},
+        {"the others would have no sound an hour later", {3600, 3600, 3600}, -1, 0},
+        {"the others were heard where they are", {-2.4, -2.4, -2.4}, -1, 0, {0, 0, 0, 0.02, 0, 0.01}},
         {"heard by the cameras, 2.4 s late", {}, -1, 6, {-2.4, -2.41, -2.4, -2.38, 1}},
         {"heard, and one is right where it is", {}, 5, 0, {-2.4, -2.41, -2.4}},
         {"two that were heard", {}, -1, 0, {-2.4, -2.4}},

@@ -4,14 +4,16 @@
 #include "OrvaneSyncCore/Services/Diagnosis/DoubtFinders.h"
 #include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
+#include "OrvaneSyncCore/Services/Matching/MeetingOrder.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Stop.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace orvane {
 
@@ -26,20 +28,30 @@ std::string namesOf(const Shoot& shoot, const std::vector<const Shoot::Clip*>& c
            (clips.size() > most ? " and " + counted(clips.size() - most, "more clip", "more clips") : "");
 }
 
-/// Clips that could still have their sound if it was moved by so much. A part of a camera's card may be an
-/// hour off and the rest right: then the offset would take the sound from the rest.
-std::vector<const Shoot::Clip*> thatKeepTheirSound(const std::vector<const Shoot::Clip*>& clips,
-                                                   double seconds) {
-    std::vector<const Shoot::Clip*> kept;
-    std::ranges::copy_if(clips, std::back_inserter(kept), [&](const Shoot::Clip* clip) {
-        const SyncGroup& group = *clip->group;
-        return std::ranges::any_of(group.audioMatches, [&](const AudioMatch& match) {
-            const double start = match.syncOffsetSeconds + group.manualAudioOffsetSeconds + seconds;
-            return start < group.video.durationSeconds.value_or(0) &&
-                   start + match.audio->durationSeconds.value_or(0) > 0;
-        });
-    });
-    return kept;
+/// How much of the clip its sound meets, in seconds, once it is moved.
+double metSeconds(const SyncGroup& group, double movedBySeconds) {
+    std::vector<SyncEngine::TCRange> ranges;
+    for (const AudioMatch& match : group.audioMatches) {
+        const double start = match.syncOffsetSeconds + movedBySeconds;
+        ranges.push_back({start, start + match.audio->durationSeconds.value_or(0)});
+    }
+    return coveredSeconds({0, group.video.durationSeconds.value_or(0)}, std::move(ranges));
+}
+
+/// The clips of the card that a move by that offset may put right. Those that would lose most of their sound
+/// by it are where they belong: the others were moved because they had none there.
+std::vector<const Shoot::Clip*> mayBeMoved(const HandledClips& card, double seconds) {
+    constexpr double share = 0.5;
+    std::vector<const Shoot::Clip*> clips;
+    for (const Shoot::Clip* clip : card.unmoved)
+        if (metSeconds(*clip->group, seconds) >= share * metSeconds(*clip->group, 0)) clips.push_back(clip);
+    return clips;
+}
+
+/// Whether the cameras heard the sound of clips that were not moved, and did not hear it at that offset.
+bool isRefuted(const HandledClips& card, double seconds) {
+    const auto heard = agreementOf(card.heard, explanation::fewest, 0);
+    return heard && std::abs(heard->seconds - seconds) > agreeingByHandSeconds;
 }
 
 } // namespace
@@ -51,10 +63,10 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
         const HandledClips& card = entry.second;
         platform::throwIfStopped(shoot.stop);
         const auto moved = agreementOf(card.offsets, explanation::fewest);
-        if (!moved || card.isConfirmed) continue;
-        const auto unmoved = thatKeepTheirSound(card.unmoved, moved->seconds);
-        if (unmoved.empty()) continue;
-        const std::string frames = std::to_string(framesOf(moved->seconds, unmoved.front()->group->video));
+        if (!moved || card.isConfirmed || isRefuted(card, moved->seconds)) continue;
+        const std::vector<const Shoot::Clip*> others = mayBeMoved(card, moved->seconds);
+        if (others.empty()) continue;
+        const std::string frames = std::to_string(framesOf(moved->seconds, others.front()->group->video));
         const std::string those = "the sound of " + counted(moved->count, "clip", "clips") + " in '" +
                                   std::string(std::get<0>(key)) + "' was moved " +
                                   spanText(std::abs(moved->seconds)) +
@@ -63,12 +75,12 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
         // No option: it would move again what was moved by hand.
         addCardDoubt(doubts,
                      {.kind = SyncDoubt::Kind::constantOffset,
-                      .message = those + namesOf(shoot, unmoved) + why,
+                      .message = those + namesOf(shoot, others) + why,
                       .cure = "move the others by as much" +
                               cureWords::inTable(frames + " under 'offset_frames'") +
                               ", or lock a clip whose sound is right as it is",
                       .windowMessage = those + "the others" + why},
-                     unmoved);
+                     others);
     }
 }
 

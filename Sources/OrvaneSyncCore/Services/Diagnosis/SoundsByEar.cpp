@@ -8,18 +8,22 @@
 #include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HeardDates.h"
+#include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
 #include "OrvaneSyncCore/Services/Diagnosis/RecordRun.h"
 #include "OrvaneSyncCore/Services/Diagnosis/WrittenTimes.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/Stop.h"
+#include "Platform/Text.h"
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <map>
 #include <set>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -78,9 +82,10 @@ double attachedAt(const Shoot& shoot, const Shoot::Clip& clip, const MediaAsset&
 
 /// The pairs that may belong together, and which of them are analysed.
 struct PairsByEar {
-    std::vector<PairByEar> heard;
+    std::vector<PairByEar> heard;               ///< clip by clip
     std::size_t count = 0;                      ///< of all pairs that may belong together
     std::vector<const Shoot::Clip*> clips = {}; ///< clips that have a pair
+    bool areLikeliest = false;                  ///< `heard` was limited by the order of names alone
 };
 
 bool areTooMany(const std::vector<PairByEar>& pairs) {
@@ -104,37 +109,110 @@ bool mayBeOfDate(const Shoot& shoot, const PairByEar& pair) {
     return std::abs(std::remainder(*written - middle, hour)) <= reach;
 }
 
+/// The places of files in the order of the names in their folder, from 0 to 1. Cameras and recorders number
+/// their files in the order in which they make them.
+class NameOrder {
+  public:
+    void add(const MediaAsset& file) { folders_[folderOf(file)].push_back(&file); }
+    void finish() {
+        for (const auto& [folder, files] : folders_) {
+            std::vector<std::pair<std::string, const MediaAsset*>> named;
+            for (const MediaAsset* file : files)
+                named.emplace_back(platform::text::localizedStandardSortKey(file->filename), file);
+            std::ranges::stable_sort(
+                named, {}, [](const auto& one) -> const auto& { return one.first; });
+            constexpr double middle = 0.5;
+            for (std::size_t i = 0; i < named.size(); ++i)
+                places_[named[i].second] =
+                    (static_cast<double>(i) + middle) / static_cast<double>(named.size());
+        }
+    }
+    double distance(const MediaAsset& clip, const MediaAsset& recording) const {
+        return std::abs(places_.at(&clip) - places_.at(&recording));
+    }
+
+  private:
+    std::map<std::string_view, std::vector<const MediaAsset*>> folders_;
+    std::unordered_map<const MediaAsset*, double> places_;
+};
+
+/// Of pairs in the order of the clips, as many as may be analysed: first the likeliest one of each clip by
+/// the order of names, then the second one, and so on.
+std::vector<PairByEar> likeliestOf(const std::vector<PairByEar>& pairs, const NameOrder& order) {
+    struct Ranked {
+        std::size_t rank;
+        const PairByEar* pair;
+    };
+    std::vector<Ranked> ranked;
+    for (const PairByEar& pair : pairs) ranked.push_back({0, &pair});
+    for (auto first = ranked.begin(); first != ranked.end();) {
+        const auto last = std::find_if(
+            first, ranked.end(), [&](const Ranked& one) { return one.pair->clip != first->pair->clip; });
+        std::ranges::stable_sort(first, last, {}, [&](const Ranked& one) {
+            return order.distance(one.pair->clip->group->video, *one.pair->recording);
+        });
+        for (std::size_t rank = 0; first != last; ++first) first->rank = rank++;
+    }
+    std::ranges::stable_sort(ranked, {}, &Ranked::rank);
+    std::vector<PairByEar> result;
+    double seconds = 0;
+    for (const Ranked& one : ranked) {
+        seconds += one.pair->recording->durationSeconds.value_or(0);
+        if (result.size() == mostPairsByEar || seconds > mostSecondsByEar) break;
+        result.push_back(*one.pair);
+    }
+    std::ranges::stable_sort(result, {}, &PairByEar::clip);
+    return result;
+}
+
 /// For clips whose timecode is no time of day, all recordings; for the other clips, the recordings for which
-/// that is true. If these pairs are too many, only those that ran at about the time of the clip's date; none
-/// if these are still too many.
+/// that is true. If these pairs are too many, only those that ran at about the time of the clip's date; the
+/// likeliest ones if there are none, or still too many.
 PairsByEar pairsByEar(const Shoot& shoot) {
     PairsByEar pairs;
     const CountingFolders counting(shoot);
     const std::vector<bool> isUsed = shoot.usedWholes();
-    const auto hasTime = [&](const MediaAsset& recording) {
+    const auto isUsedRecording = [&](const MediaAsset& recording) {
         const auto placed = shoot.recordingByID.find(recording.id);
-        return placed != shoot.recordingByID.end() &&
-               (!counting.hold(recording) || isUsed[shoot.wholes.firstOf[placed->second]]);
+        return placed != shoot.recordingByID.end() && isUsed[shoot.wholes.firstOf[placed->second]];
     };
+    const auto hasTime = [&](const MediaAsset& recording) {
+        return shoot.recordingByID.contains(recording.id) &&
+               (!counting.hold(recording) || isUsedRecording(recording));
+    };
+    NameOrder order;
+    for (const MediaAsset& recording : shoot.input.recordings) order.add(recording);
+    for (const Shoot::Clip& clip : shoot.clips) order.add(clip.group->video);
+    order.finish();
+    std::vector<PairByEar> all, ofDate;
     platform::StopCheck check(shoot.stop);
     for (const Shoot::Clip& clip : shoot.clips) {
         check();
         if (!isOpen(clip) || !isAudible(clip)) continue;
         const bool isWithout = isWithoutTime(clip, counting);
+        std::vector<PairByEar> own;
         for (const MediaAsset& recording : shoot.input.recordings) {
             const double length = recording.durationSeconds.value_or(0);
             if (recording.isAtmo() || !(length > leastClaimedSeconds) || length > furthestAttachedSeconds ||
                 (!isWithout && hasTime(recording)))
                 continue;
-            ++pairs.count;
-            if (pairs.clips.empty() || pairs.clips.back() != &clip) pairs.clips.push_back(&clip);
-            const PairByEar pair{&clip, &recording, 0};
-            if (pairs.count <= mostPairsByEar || mayBeOfDate(shoot, pair)) pairs.heard.push_back(pair);
+            own.push_back({&clip, &recording, 0});
+            if (mayBeOfDate(shoot, own.back())) ofDate.push_back(own.back());
         }
+        if (own.empty()) continue;
+        pairs.count += own.size();
+        pairs.clips.push_back(&clip);
+        if (own.size() > mostPairsByEar) own = likeliestOf(own, order);
+        all.insert(all.end(), own.begin(), own.end());
     }
-    if (areTooMany(pairs.heard) || pairs.count > mostPairsByEar)
-        std::erase_if(pairs.heard, [&](const PairByEar& pair) { return !mayBeOfDate(shoot, pair); });
-    if (areTooMany(pairs.heard)) pairs.heard.clear();
+    if (pairs.count <= mostPairsByEar && !areTooMany(all)) {
+        pairs.heard = std::move(all);
+    } else if (!ofDate.empty() && !areTooMany(ofDate)) {
+        pairs.heard = std::move(ofDate);
+    } else {
+        pairs.areLikeliest = true;
+        pairs.heard = likeliestOf(ofDate.empty() ? all : ofDate, order);
+    }
     for (PairByEar& pair : pairs.heard) pair.attachedSeconds = attachedAt(shoot, *pair.clip, *pair.recording);
     return pairs;
 }
@@ -248,6 +326,26 @@ void placeByClocks(const Shoot& shoot, std::vector<HeardPair>& all) {
     }
 }
 
+/// Options that keep the first of these clips and the recordings in which no clip was found, as many as can
+/// all be compared; empty if options do not separate them from the others.
+DoubtCure scanOfTheRest(const Shoot& shoot, const std::vector<const Shoot::Clip*>& clips,
+                        const std::set<UUID>& foundSound) {
+    const std::size_t recordings =
+        std::max<std::size_t>(shoot.input.recordings.size() - foundSound.size(), 1);
+    const std::size_t most = std::max<std::size_t>(mostPairsByEar / recordings, 1);
+    std::set<UUID> kept;
+    for (const Shoot::Clip* clip : clips)
+        if (kept.size() < most) kept.insert(clip->group->video.id);
+    const auto options = LeavingOut(shoot).of(
+        [&](const MediaAsset& file) {
+            return file.kind == AssetKind::audio ? foundSound.contains(file.id) : !kept.contains(file.id);
+        },
+        true);
+    if (!options || options->count() == 0) return {};
+    return "listen again" + DoubtCure(CureWay{{}, CureScan{"some of these clips", options->options()}}) +
+           ", or ";
+}
+
 } // namespace
 
 SoundClaim claimByEar(const UUID& clip, const UUID& recording) {
@@ -265,14 +363,30 @@ void addClaimsByEar(const Shoot& shoot, std::vector<SoundClaim>& toHear) {
 void addPairsNotHeard(const Shoot& shoot, SyncDoubts& doubts) {
     if (shoot.input.heardClaims == nullptr) return;
     const PairsByEar pairs = pairsByEar(shoot);
-    if (pairs.count == 0 || !pairs.heard.empty()) return;
-    addCardDoubt(
-        doubts,
-        {SyncDoubt::Kind::noTimecode,
-         counted(pairs.count, "pair", "pairs") +
-             " of clips and recordings that no timecode brings together are too many to be listened to",
-         "diagnose one camera with the sound of its day alone, and leave out the rest with --exclude"},
-        pairs.clips);
+    if (!pairs.areLikeliest) return;
+    std::set<const Shoot::Clip*> found;
+    std::set<UUID> foundSound;
+    for (const HeardPair& one : heardAnywhere(shoot)) {
+        found.insert(one.pair.clip);
+        foundSound.insert(one.pair.recording->id);
+    }
+    std::vector<const Shoot::Clip*> others;
+    std::ranges::copy_if(pairs.clips, std::back_inserter(others),
+                         [&](const Shoot::Clip* clip) { return !found.contains(clip); });
+    if (others.empty()) return;
+    constexpr double secondsAnHour = 3600;
+    const std::string message =
+        counted(pairs.count, "pair", "pairs") +
+        " of clips and recordings that no timecode brings together are more than a run listens to (" +
+        std::to_string(mostPairsByEar) + " pairs and " +
+        platform::text::formatted("%.0f", mostSecondsByEar / secondsAnHour) + " hours of recordings): the " +
+        std::to_string(pairs.heard.size()) +
+        " likeliest by dates and the order of names were compared, and the sound of " +
+        counted(others.size(), "clip", "clips") + " was found in none of them";
+    addCardDoubt(doubts,
+                 {SyncDoubt::Kind::noTimecode, message,
+                  scanOfTheRest(shoot, others, foundSound) + "attach their recordings by hand"},
+                 others);
 }
 
 void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts) {

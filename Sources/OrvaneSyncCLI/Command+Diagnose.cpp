@@ -83,8 +83,7 @@ void diagnose(Context& context, const Arguments& arguments) {
         context.out << cardsText(work, context.mayColour) << issuesText(controller, context.mayColour)
                     << countsText(controller) << heardText(controller) << findingsText(work, context.call());
     if (review && !arguments.has("--json"))
-        context.out << review.text() << counted(filledIn, "line is", "lines are")
-                    << " filled in with what was heard.\n";
+        context.out << review.text() << counted(filledIn, "line is", "lines are") << " filled in.\n";
 }
 
 } // namespace

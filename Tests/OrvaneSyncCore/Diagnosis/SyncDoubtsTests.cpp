@@ -137,6 +137,34 @@ TEST(SyncDoubts, ANightOfAnotherDateNeedsNoScanOfItsOwnUnderClipsOfOneDay) {
     }
 }
 
+/// One date for the recordings of both days would leave one of the days without sound.
+TEST(SyncDoubts, RecordingsOfALostDateAreSuggestedByTheirTimeOfDay) {
+    for (const char* date : {"2000-01-0", "2024-05-0"}) {
+        Shot shot;
+        for (int i = 0; i < 12; ++i) {
+            const bool isSecond = i >= 6;
+            const double at = 36000 + 410 * i + 17 * i * i - (isSecond ? 2900 : 0);
+            const std::string number = std::to_string(100 + i);
+            shot.videos.push_back(clipAt("/C/A" + number + ".mov", at, 20));
+            shot.audios.push_back(recordingAt("/S/T" + number + ".wav", at - 5, 40));
+        }
+        shot.date(shot.videos, "2024-05-17");
+        shot.date(shot.videos, "2024-05-18", 6);
+        shot.date(shot.audios, (std::string(date) + "1").c_str());
+        shot.date(shot.audios, (std::string(date) + "2").c_str(), 6);
+        shot.diagnose();
+        ASSERT_EQ(shot.count(Kind::otherDateFits), 12);
+        for (std::size_t i = 0; i < 12; ++i) {
+            const SyncDoubt& doubt = shot.doubts.byGroup[shot.groups[i].id].front();
+            const bool isLost = date[0] == '2' && date[3] == '0';
+            ASSERT_EQ(doubt.suggestion.has_value(), isLost) << "a day of the same month may be the right one";
+            if (!isLost) continue;
+            EXPECT_EQ(doubt.suggestion->recordingID, shot.audios[i].id);
+            EXPECT_EQ(doubt.suggestion->offsetSeconds, 0);
+        }
+    }
+}
+
 TEST(SyncDoubts, WhatGoesOnBehindMidnightNeedsAnotherRuleOfDays) {
     Shot shot;
     shot.videos.push_back(clipAt("/C/A.mov", 86385, 30));

@@ -15,8 +15,8 @@ namespace orvane {
 
 /// The lines of the review table, one for each clip, in the order of the list.
 std::vector<ReviewLine> reviewLines(const WorkSnapshot& work, const std::stop_token& stop = {});
-/// Fills in what the cameras' microphones heard, for clips without a decision. Returns the number of these
-/// clips.
+/// Fills in what the doubts suggest, mostly by what the cameras' microphones heard, for clips without a
+/// decision. Returns the number of these clips.
 std::size_t fillInWhatWasHeard(std::vector<ReviewLine>& lines, const WorkSnapshot& work);
 
 /// The changes that a line asks for.

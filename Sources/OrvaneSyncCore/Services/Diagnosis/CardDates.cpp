@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Cards.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Chance.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Cover.h"
+#include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/DatedSound.h"
 #include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
 #include "OrvaneSyncCore/Services/Diagnosis/WrittenTimes.h"
@@ -143,29 +144,58 @@ class CardDates {
             return clip->isCovered && clip->primary && primaryOf(*clip).place.day == own.day &&
                    !candidates(other.day).of(clip->place->range);
         });
-        addCardDoubt(
-            doubts_,
-            {Kind::otherDateFits,
-             "the clips in '" + card.folder + "' are dated " + dayText(own.day) + ", and " +
-                 std::to_string(other.clips) + " of " + counted(count, "clip", "clips") +
-                 " fit recordings of " + dayText(other.day) + ", " + std::to_string(own.clips) +
-                 " those of their own day" +
-                 (isOthers    ? "; those recordings overlap clips of their day already"
-                  : isUnheard ? "; the cameras' microphones heard nothing of those"
-                              : ""),
-             isUnheard
-                 ? DoubtCure(DayCures::lookForSoundOf(own.day) + ", or lock the clips whose sound is right")
-             : isOthers
-                 ? DoubtCure(DayCures::lookForSoundOf(own.day) +
-                             ", and where the cameras' date is wrong, attach the recordings by hand, or "
-                             "lock the clips that have them")
-                 : cures_.dateOf(own.day, card.folder, sound) +
-                       (std::abs(other.day - own.day) == 1 && !cures_.hasClipsOf(other.day) && silent > 0 &&
-                                shoot_.input.rules.days != MatchingDays::neighbours
-                            ? ", or " + DayCures::neighbouringDays()
-                            : DoubtCure()) +
-                       "; one of the two dates is wrong"},
-            clips);
+        const bool isDated = !isUnheard && !isOthers; // a date is the cure
+        DoubtCure cure =
+            isUnheard
+                ? DoubtCure(DayCures::lookForSoundOf(own.day) + ", or lock the clips whose sound is right")
+            : isOthers
+                ? DoubtCure(DayCures::lookForSoundOf(own.day) +
+                            ", and where the cameras' date is wrong, attach the recordings by hand, or "
+                            "lock the clips that have them")
+                : cures_.dateOf(own.day, card.folder, sound) +
+                      (std::abs(other.day - own.day) == 1 && !cures_.hasClipsOf(other.day) && silent > 0 &&
+                               shoot_.input.rules.days != MatchingDays::neighbours
+                           ? ", or " + DayCures::neighbouringDays()
+                           : DoubtCure()) +
+                      "; one of the two dates is wrong";
+        std::vector<std::pair<UUID, UUID>> suggested;
+        if (isDated && own.clips == 0 && cures_.isFarFromClips(other.day) && cureWords::isForSome(cure))
+            suggested = recordingsOf(other.day, clips);
+        if (!suggested.empty())
+            cure += "; in one document, " + cureWords::asHeard("attach the recordings", "'choice'");
+        addCardDoubt(doubts_,
+                     {Kind::otherDateFits,
+                      "the clips in '" + card.folder + "' are dated " + dayText(own.day) + ", and " +
+                          std::to_string(other.clips) + " of " + counted(count, "clip", "clips") +
+                          " fit recordings of " + dayText(other.day) + ", " + std::to_string(own.clips) +
+                          " those of their own day" +
+                          (isOthers    ? "; those recordings overlap clips of their day already"
+                           : isUnheard ? "; the cameras' microphones heard nothing of those"
+                                       : ""),
+                      std::move(cure)},
+                     clips);
+        for (const auto& [clip, recording] : suggested)
+            doubts_.byGroup[clip].back().suggestion = SyncDoubt::Suggestion{recording};
+    }
+
+    /// For clips without any sound: the only recording of that day that covers the clip by the time of day.
+    std::vector<std::pair<UUID, UUID>> recordingsOf(long day,
+                                                    const std::vector<const Shoot::Clip*>& clips) const {
+        std::vector<std::pair<UUID, UUID>> result;
+        for (const Shoot::Clip* clip : clips) {
+            if (!clip->group->isMOS()) continue;
+            const auto& range = clip->place->range;
+            std::vector<std::size_t> found;
+            for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
+                if (shoot_.wholes.isFirst(i) && shoot_.wholes.places[i].day == day &&
+                    covers(shoot_.wholes.places[i].range, range))
+                    found.push_back(i);
+            if (found.size() != 1) continue;
+            const double into = range.startSeconds - shoot_.wholes.places[found.front()].range.startSeconds;
+            const std::size_t part = shoot_.wholes.partAt(found.front(), into);
+            result.emplace_back(clip->group->id, shoot_.recordings[part].asset->id);
+        }
+        return result;
     }
 
     /// Folders of the recordings of that day that lie under some of the clips by time of day.

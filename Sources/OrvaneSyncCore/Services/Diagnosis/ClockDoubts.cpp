@@ -85,12 +85,11 @@ class ClockDoubts {
     }
     /// The first of January, with which clocks begin that lost their date; weeks from every clip.
     bool isDateOfAReset(long day) const {
-        constexpr long weeks = 30;
         const std::chrono::year_month_day date{std::chrono::sys_days(std::chrono::days(day))};
         return date.month() == std::chrono::January && date.day() == std::chrono::day(1) &&
                std::ranges::none_of(clips_, [&](const Shoot::Clip* clip) {
                    const auto filmed = clip->likelyDay();
-                   return filmed && std::abs(*filmed - day) < weeks;
+                   return filmed && std::abs(*filmed - day) < daysOfALostDate;
                });
     }
     /// Whether the card, at its own hours, lies under clips of another day that lack sound. Takes in a

@@ -98,6 +98,9 @@ double soundShare(const Shoot& shoot, const std::vector<const Shoot::Clip*>& cli
 /// The longest pause within a night of shooting, such as a meal. The next day begins after a longer one.
 inline constexpr double longestPauseOfANight = 21600;
 
+/// Recordings that are dated at least as many days from all clips are of a clock that lost its date.
+inline constexpr long daysOfALostDate = 30;
+
 /// Clocks that people set wrong are mostly wrong by multiples of this.
 inline constexpr double niceOffsetStepSeconds = 1800;
 /// Whether these are whole or half hours, to a frame, also as labels count them.

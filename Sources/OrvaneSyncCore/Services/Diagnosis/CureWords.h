@@ -2,7 +2,9 @@
 
 #include "OrvaneSyncCore/Models/DoubtCure.h"
 
+#include <algorithm>
 #include <string>
+#include <variant>
 
 /// Texts for decisions of the editor: a user of the terminal makes them in a table, a user of the window in a
 /// menu.
@@ -25,6 +27,14 @@ inline DoubtCure chooseHeard(const std::string& recording) {
 inline DoubtCure asHeard(const std::string& what, const std::string& columns) {
     return DoubtCure::Words{
         what + ": 'diagnose --review FILE' fills in " + columns + ", and 'sync --apply FILE' takes it", what};
+}
+/// Whether options of the cure are for some of the files only: the other clips then need another document,
+/// and a table can serve all clips in one.
+inline bool isForSome(const DoubtCure& cure) {
+    return std::ranges::any_of(cure.parts(), [](const DoubtCure::Part& part) {
+        const auto* way = std::get_if<CureWay>(&part);
+        return way != nullptr && !way->isForAll();
+    });
 }
 /// If only some of the clips with a card's sound have it elsewhere, a table moves the sound of these clips in
 /// one document.

@@ -7,6 +7,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <vector>
 
 namespace orvane {
@@ -142,6 +143,14 @@ const DoubtCure& DayCures::dateOfCard(long day, const Recording& sound) {
 
 bool DayCures::hasClipsOf(long day) const {
     return std::ranges::any_of(clipDays_, [&](const auto& entry) { return entry.second.contains(day); });
+}
+
+bool DayCures::isFarFromClips(long day) const {
+    return std::ranges::all_of(clipDays_, [&](const auto& entry) {
+        return std::ranges::all_of(entry.second, [&](const std::optional<long>& filmed) {
+            return filmed && std::abs(*filmed - day) >= daysOfALostDate;
+        });
+    });
 }
 
 DoubtCure DayCures::sameDayOnly() {

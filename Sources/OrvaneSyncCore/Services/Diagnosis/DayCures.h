@@ -33,6 +33,8 @@ class DayCures {
     const DoubtCure& dateOfCard(long day, const Recording& sound);
     /// Whether there are clips of that day: they would also overlap the sound of the days before and after.
     bool hasClipsOf(long day) const;
+    /// Whether all clips are of known days, weeks from that one: a clock with it lost its date.
+    bool isFarFromClips(long day) const;
 
     static DoubtCure sameDayOnly();
     static DoubtCure neighbouringDays();

@@ -278,6 +278,36 @@ TEST(HeardClocks, ACameraThatWasSetAnewCostsNoOtherItsSound) {
     }
 }
 
+/// The other recordings are those of a clock that began again, in the same folder.
+TEST(HeardClocks, ALagOfAPartOfAFolderIsSuggestedForItsClips) {
+    for (const bool isPart : {true, false}) {
+        Shot shot;
+        for (int i = 0; i < (isPart ? 8 : 4); ++i) {
+            const std::string number = std::to_string(i);
+            const double at = 36000 + 410 * i + 17 * i * i;
+            shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", at, 10));
+            shot.audios.push_back(recordingAt("/S/T" + number + ".wav", at - 4, 20));
+        }
+        shot.date(shot.videos, "2026-11-20");
+        shot.date(shot.audios, "2026-11-20");
+        shot.date(shot.audios, "2000-01-01", 4);
+        shot.diagnose();
+        std::unordered_map<UUID, HeardLag> heard;
+        for (std::size_t i = 0; i < 3; ++i) heard[shot.groups[i].audioMatches.front().id] = {-0.24};
+        shot.doubts =
+            SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard});
+        const auto card = shot.card(Kind::constantOffset);
+        ASSERT_TRUE(card);
+        EXPECT_EQ(card->groupIDs.size(), 4U) << card->doubt.message;
+        const auto& suggestion = card->doubt.suggestion;
+        ASSERT_EQ(suggestion.has_value(), isPart) << "one call is right for all: " << card->doubt.cure.text();
+        EXPECT_EQ(card->doubt.cure.text().find("in one document") != std::string::npos, isPart);
+        if (isPart) {
+            EXPECT_NEAR(suggestion->offsetSeconds, -0.25, 0.02);
+        }
+    }
+}
+
 TEST(HeardClocks, ACameraThatWasAnHourAheadHasItsRecordingsSuggested) {
     Shot shot;
     for (int i = 0; i < 6; ++i) {
@@ -504,6 +534,27 @@ TEST(HeardClocks, LagsThatGrowWithTheTimeOfDayTellTheRate) {
                     ->doubt.cure.text()
                     .starts_with("--tc-rate 29.97NDF --sound-offset 00:00:35:29;"))
         << shot.card(Kind::timecodeRate)->doubt.cure.text();
+    // Beside another camera the offset of each clip is filled in.
+    Shot beside = shot;
+    for (int i = 0; i < 4; ++i)
+        beside.videos.push_back(clipAt("/CAMB/B" + std::to_string(i) + ".mov", 36301 + 400 * i, 10,
+                                       TimecodeFrameRate::fps29_97d));
+    beside.diagnose(rules);
+    heard.clear();
+    for (const SyncGroup& group : beside.groups)
+        if (group.video.filename[0] == 'A')
+            heard[group.audioMatches.front().id] = {-3 - group.audioMatches.front().syncOffsetSeconds};
+        else
+            heard[group.audioMatches.front().id] = {0};
+    beside.doubts =
+        SyncDoubts::of({beside.groups, beside.audios, rules, TrimMode::noTrim, {}, FileNames(), &heard});
+    for (const SyncGroup& group : beside.groups) {
+        const auto& own = beside.doubts.byGroup[group.id];
+        ASSERT_EQ(own.empty(), group.video.filename[0] == 'B');
+        if (own.empty()) continue;
+        ASSERT_TRUE(own.front().suggestion) << own.front().cure.text();
+        EXPECT_NEAR(own.front().suggestion->offsetSeconds, heard[group.audioMatches.front().id].seconds, 0.1);
+    }
     // The given rate differs from that of the clips, and no label of the sound is read.
     const MatchRules film{.timecodeRate = TimecodeFrameRate::fps23_976};
     two.videos.erase(two.videos.begin(), two.videos.begin() + 4);

@@ -11,6 +11,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Services/Matching/AssetPlacement.h"
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
+#include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 #include "OrvaneSyncCore/Utilities/RateText.h"
@@ -53,6 +54,12 @@ std::vector<TimecodeFrameRate> ratesToTry(const Shoot& shoot, const HandledClips
     std::erase(rates, shoot.input.rules.timecodeRate);
     return rates;
 }
+/// Clip time at which the first recording begins if labels are read at that rate.
+std::optional<double> startAt(const SyncGroup& group, TimecodeFrameRate rate) {
+    const auto sound = AssetPlacement(*group.primaryAudio(), rate).range();
+    const auto picture = AssetPlacement(group.video, rate).range();
+    return sound && picture ? std::optional(sound->startSeconds - picture->startSeconds) : std::nullopt;
+}
 /// The rate at which the offsets agree best; absent if they agree at the current rate.
 std::optional<HeardRate> rateOf(const Shoot& shoot, const HandledClips& card) {
     std::optional<HeardRate> best;
@@ -63,11 +70,8 @@ std::optional<HeardRate> rateOf(const Shoot& shoot, const HandledClips& card) {
     for (const TimecodeFrameRate rate : ratesToTry(shoot, card)) {
         std::vector<double> offsets;
         for (const auto& [clip, place] : card.places) {
-            const auto sound = AssetPlacement(*clip->group->primaryAudio(), rate).range();
-            const auto picture = AssetPlacement(clip->group->video, rate).range();
-            if (sound && picture)
-                offsets.push_back(
-                    std::remainder(place - (sound->startSeconds - picture->startSeconds), secondsADay));
+            if (const auto start = startAt(*clip->group, rate))
+                offsets.push_back(std::remainder(place - *start, secondsADay));
         }
         const auto offset = agreementOf(offsets, explanation::fewest, 0);
         if (!offset) continue;
@@ -87,6 +91,12 @@ struct Camera {
     bool isElsewhere = false;             ///< heard in other recordings than those under the clips
     bool hasNoSound() const { return clips->heard.empty() && clips->elsewhere.empty(); }
 };
+
+/// Whether a move of a clip's sound moves one recording only.
+bool haveOneRecording(const std::vector<const Shoot::Clip*>& clips) {
+    return std::ranges::all_of(
+        clips, [](const Shoot::Clip* clip) { return recordingsOf(*clip->group).size() == 1; });
+}
 
 std::string quotedFolder(std::string_view folder) { return "'" + std::string(folder) + "'"; }
 
@@ -202,13 +212,19 @@ class HeardOffsets {
             text += "; that of the clips in " + platform::text::joined(withoutSound, ", ") +
                     " comes from the same recorder and could not be heard";
         SyncDoubt doubt{.kind = Kind::constantOffset, .message = std::move(text), .cure = {}};
-        if (!areAgreed && !heard.front().isElsewhere &&
-            haveNoOtherSound(unmoved, std::get<1>(*heard.front().key))) {
+        const bool isTable =
+            !heard.front().isElsewhere && haveNoOtherSound(unmoved, std::get<1>(*heard.front().key));
+        if (!areAgreed && isTable) {
             doubt.cure = cureWords::moveAsHeard() + (clock.isExact ? "" : checkAClap) +
                          "; lock a clip whose sound is right as it is";
             doubt.suggestion = SyncDoubt::Suggestion{.offsetSeconds = offset};
         } else {
             doubt.cure = forCameras({offsetBy(offset, all)}, all, clock.isExact);
+            // Options that are for some of the files leave the other clips to a second document.
+            if (isTable && cureWords::isForSome(doubt.cure) && haveOneRecording(unmoved)) {
+                doubt.cure += "; in one document, " + cureWords::moveAsHeard();
+                doubt.suggestion = SyncDoubt::Suggestion{.offsetSeconds = offset};
+            }
         }
         addCardDoubt(doubts_, std::move(doubt), unmoved);
     }
@@ -288,6 +304,14 @@ class HeardOffsets {
         const auto [least, most] = std::ranges::minmax(card.heard);
         const double total = heardRate->offset.seconds;
         const std::string text = rateText(heardRate->rate);
+        DoubtCure cure = forCameras({{CureOption::Kind::timecodeRate, text},
+                                     {CureOption::Kind::soundOffset, offsetText(total, heardRate->rate)}},
+                                    {camera});
+        const bool isTable = cureWords::isForSome(cure) && haveOneRecording(card.unmoved) &&
+                             haveNoOtherSound(card.unmoved, std::get<1>(*camera.key));
+        if (isTable)
+            cure += "; in one document, " +
+                    cureWords::asHeard("move the sound of each clip by its own distance", "'offset_frames'");
         addCardDoubt(doubts_,
                      {Kind::timecodeRate,
                       "the microphones of the cameras heard the sound of " +
@@ -297,10 +321,15 @@ class HeardOffsets {
                           quotedFolder(std::get<1>(*camera.key)) + " has it; with timecode that counts " +
                           text + " frames a second, they all are " +
                           offsetSpanText(std::abs(total), heardRate->rate) + (total < 0 ? " late" : " early"),
-                      forCameras({{CureOption::Kind::timecodeRate, text},
-                                  {CureOption::Kind::soundOffset, offsetText(total, heardRate->rate)}},
-                                 {camera})},
+                      std::move(cure)},
                      card.unmoved);
+        for (const Shoot::Clip* clip : card.unmoved)
+            if (const auto start = startAt(*clip->group, heardRate->rate); isTable && start) {
+                const double present = clip->group->audioMatches.front().syncOffsetSeconds;
+                doubts_.byGroup[clip->group->id].back().suggestion = SyncDoubt::Suggestion{
+                    .offsetSeconds =
+                        std::remainder(*start + total - present, secondsADay) - microphoneDelaySeconds};
+            }
     }
     /// Adds the folders of cameras without sound: their clips may belong to the card.
     void addCamerasWithoutSound(std::set<std::string_view>& folders) const {

@@ -118,7 +118,7 @@ def places(text, name):
     brackets = partners(code)
     found = [Place(match.start(), match.end(), shown, compiled, replaces=True)
              for pattern, shown, compiled in REPLACED for match in re.finditer(pattern, code)]
-    found += [Place(match.start(), match.end(), f"{match.group()} + 1", "(", " + orvane_mutant(@))")
+    found += [Place(match.start(), match.end(), f"({match.group()} + 1)", "(", " + orvane_mutant(@))")
               for match in NUMBER.finditer(code)]
     for match in re.finditer(r"\bif \(", code):
         start, end = match.end(), brackets.get(match.end() - 1, 0)

@@ -66,6 +66,8 @@ TEST(SplitRecordingDetector, mayContinue) {
              {"a part behind the take", named("T01.wav"), named("T01_2.wav"), true},
              {"takes", named("T05.wav"), named("T06.wav"), false},
              {"takes of three digits", named("A_001.wav"), named("A_002.wav"), false},
+             {"parts of three digits behind a take's number", named("T01_001.wav"), named("T01_002.wav"),
+              true},
          })
         EXPECT_EQ(SplitRecordingDetector::mayContinue(one.previous, one.current), one.mayContinue)
             << one.name;

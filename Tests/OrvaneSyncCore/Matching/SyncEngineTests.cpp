@@ -418,6 +418,7 @@ TEST(UnitNearness, isGreaterWithinTheFoldersOfAUnit) {
         };
         EXPECT_GT(nearness(own), nearness(other)) << clip;
         EXPECT_EQ(nearness("/S/SND/X"), nearness("/S/SND/Y")) << clip;
+        EXPECT_EQ(nearness("/S/X/Cam"), nearness("/S/X/Y")) << clip << ": every unit has cameras";
     }
 }
 

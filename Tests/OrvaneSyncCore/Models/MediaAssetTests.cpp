@@ -128,7 +128,7 @@ TEST(MediaAsset, datesInFileNames) {
         {"",
          {"A001C002240517.mov", "2405171.mov", "24051.mov", "x 240517 y", "\u066240517.mov",
           "991332_240517_.mov", // the separator belongs to the first number
-          "240017.mov", "240532.mov", "240500.mov", "", "_"}}};
+          "240017.mov", "240532.mov", "240500.mov", "24011A.mov", "", "_"}}};
     for (const auto& [date, names] : cases)
         for (const char* name : names) {
             const auto found = MediaAsset::shootDateFromFilename(name);

@@ -268,7 +268,8 @@ TEST(UUID, texts) {
     EXPECT_EQ(UUID::fromText("0123456f-89ab-4def-8123-456789abcdef")->text(),
               "0123456F-89AB-4DEF-8123-456789ABCDEF");
     for (const char* bad : {"", "0123456F-89AB-4DEF-8123-456789ABCDE", "0123456F-89AB-4DEF-8123-456789ABCDEG",
-                            "0123456F089AB-4DEF-8123-456789ABCDEF", "{123456F-89AB-4DEF-8123-456789ABCDE}"})
+                            "0123456F089AB-4DEF-8123-456789ABCDEF", "P123456F-89AB-4DEF-8123-456789ABCDEF",
+                            "{123456F-89AB-4DEF-8123-456789ABCDE}"})
         EXPECT_EQ(UUID::fromText(bad), std::nullopt) << bad;
 }
 

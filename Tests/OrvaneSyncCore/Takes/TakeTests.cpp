@@ -171,6 +171,19 @@ TEST(Take, rolesAndRunningNumbers) {
     }
 }
 
+TEST(Take, aCopyHasTheContentOfTheOther) {
+    const auto roleOf = [](std::optional<std::uint64_t> mark) {
+        MediaAsset one = asset({"A/T.WAV", 0, 60}), other = asset({"B/T.WAV", 0, 60});
+        one.contentMark = 1;
+        other.contentMark = mark;
+        const SyncGroup clip = SyncEngine().match({test::video("V.mov")}, {one, other}).front();
+        return takeOf(clip, 2).files.back().role;
+    };
+    EXPECT_EQ(roleOf(1), TakeRole::mirror);
+    EXPECT_EQ(roleOf({}), TakeRole::mirror) << "unknown";
+    EXPECT_EQ(roleOf(2), TakeRole::alternate);
+}
+
 TEST(Take, axisAndLength) {
     const Take chain =
         takeOf(clipOf({{"T-1.WAV", -50, 55, 2}, {"T-2.WAV", 5.2, 55, 4}, {"U.WAV", -70, 99}}), 2);
@@ -191,6 +204,7 @@ TEST(Take, filesOfOneRecorderThatOverlapAreOfDifferentTimes) {
     for (const Case& row :
          {Case{"another day", {"A/T_2.WAV", 30, 50, 1, "", "", 48000, 0, 2}, true},
           {"a take right behind it", {"A/T_2.WAV", 39.5, 20, 1, "", "", 48000, 0, 1}, false},
+          {"another day, later", {"A/T_2.WAV", 45, 20, 1, "", "", 48000, 0, 2}, false},
           {"another folder", {"B/U.WAV", 30, 50, 1, "", "", 48000, 0, 2}, false},
           {"another recorder", {"A/U.WAV", 30, 50, 1, "b", "", 48000, 0, 2}, false}}) {
         const SyncGroup clip = clipOf({{"A/T_1.WAV", 0, 40, 1, "", "", 48000, 0, 1}, row.other});
@@ -201,6 +215,10 @@ TEST(Take, filesOfOneRecorderThatOverlapAreOfDifferentTimes) {
         EXPECT_FALSE(areOfOtherMoments(clip, clip, 0)) << row.name;
     }
     EXPECT_FALSE(areOfOtherMoments(clipOf({}), clipOf({}), 0)) << "no recording at all";
+    const SyncGroup alone = clipOf({{"A/T_1.WAV", -10, 50}});
+    for (const auto& [start, areOther] : {std::pair(5.0, true), {20.0, false}})
+        EXPECT_EQ(areOfOtherMoments(alone, clipOf({{"A/T_2.WAV", start, 50}}), 0), areOther)
+            << "two takes, more than half of one within the other: " << start;
 }
 
 TEST(Take, decisionsFollowTheirChannels) {
@@ -276,7 +294,7 @@ TEST(Take, aRecordingThatIsChosenIsHeard) {
 
 TEST(Take, anAnchorKeepsItsPlaceUnderAnotherFirstRecording) {
     const std::vector<File> files{{"A/T.WAV", -7, 90, 1, "A"}, {"B/U.WAV", -5, 30, 1, "B"}};
-    const auto carried = [&](const std::vector<File>& now, double anchor) {
+    const auto carried = [&](const std::vector<File>& now, std::optional<double> anchor) {
         const SyncGroup before = clipOf(files);
         SyncGroup clip = clipOf(now);
         clip.audioAnchorOffsetInAudioSeconds = anchor;
@@ -288,6 +306,7 @@ TEST(Take, anAnchorKeepsItsPlaceUnderAnotherFirstRecording) {
     EXPECT_EQ(carried({files[1]}, 1), std::nullopt) << "before its first sample";
     EXPECT_EQ(carried({files[1]}, 33), std::nullopt) << "behind its last";
     EXPECT_EQ(carried({}, 10), std::nullopt);
+    EXPECT_EQ(carried({{"B/U.WAV", -9, 90, 1, "B"}}, {}), std::nullopt) << "no anchor before";
     const Take chain = takeOf(clipOf({{"T-1.WAV", -50, 55, 2}, {"T-2.WAV", 5.2, 55, 4}}), 2);
     for (const auto& [asked, anchor] : {std::pair(-40.0, -40.0), {-60.0, -55.2}, {54.0, 54.0}, {60.0, 55.0}})
         EXPECT_NEAR(withinTake(chain, asked), anchor, 1e-9) << "seconds of its second file";

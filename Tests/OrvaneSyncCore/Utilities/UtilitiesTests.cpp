@@ -164,6 +164,7 @@ TEST(PathGlob, matchesAsShellsDo) {
         {"[!A-C]0*", "B001.mov", false},
         {"[]x]a", "]a", true},
         {"[a", "[a", true},
+        {"xa]", "xa]", true},
         {"*a*b*c", "xaxxbxbxc", true},
         {"*a*b*c", "xaxxcxb", false},
         {"", "a.mov", false},

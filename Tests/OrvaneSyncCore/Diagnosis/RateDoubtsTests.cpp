@@ -186,7 +186,9 @@ TEST(RateDoubts, WhatARateAndAnOffsetExplainIsDecidedByEar) {
         check(Kind::timecodeRate, one.rate);
         check(Kind::constantOffset, one.offset);
         if (one.offset == nullptr) continue;
-        for (const UUID& id : shot.card(Kind::constantOffset)->groupIDs) {
+        const auto card = shot.card(Kind::constantOffset);
+        ASSERT_TRUE(card);
+        for (const UUID& id : card->groupIDs) {
             const auto& suggestion = shot.doubts.byGroup[id].back().suggestion;
             ASSERT_TRUE(suggestion);
             EXPECT_NEAR(suggestion->offsetSeconds, -32.4, 0.05);

@@ -134,19 +134,12 @@ class HeardOffsets {
         return camera;
     }
 
+    /// The smallest difference that counts, in seconds.
     double leastFrame(const Camera& camera) const {
         constexpr double nearlyAFrame = 0.9;
         const double fps = clipRate(camera.clips->all.front()->group->video,
                                     timecodeRate::frameRateForRealTimeCalculation(rate_));
         return std::max(agreedLag::leastSeconds, nearlyAFrame / fps);
-    }
-    /// Whether each of the two agrees closely on a lag of its own: two cameras with clocks of their own.
-    bool areFramesApart(const Camera& one, const Camera& two) const {
-        const auto lagOf = [](const Camera& camera) {
-            return agreedLag::of(camera.clips->heard, agreedLag::fewestComparedClips);
-        };
-        const auto first = lagOf(one), second = lagOf(two);
-        return first && second && std::abs(*first - *second) >= leastFrame(two);
     }
 
     /// For all cameras with sound of one card: cameras that heard it at one distance share a doubt. Cameras
@@ -163,8 +156,7 @@ class HeardOffsets {
             const auto same = std::ranges::find_if(together, [&](const auto& others) {
                 return others.front().isElsewhere == camera.isElsewhere &&
                        std::abs(others.front().offset->seconds - camera.offset->seconds) <=
-                           agreeingByHandSeconds &&
-                       !areFramesApart(others.front(), camera);
+                           agreeingByHandSeconds;
             });
             if (same != together.end())
                 same->push_back(camera);

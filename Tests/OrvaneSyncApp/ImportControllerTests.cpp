@@ -194,7 +194,7 @@ TEST_F(ImportControllerTest, aClipThatWasRemovedStaysRemovedWithTheOtherDecision
     test::makeSmallShoot(folder_.path());
     scan(folder("camera"), folder("sound"));
     const auto wild = [&] { return controller_->work().wildTracks().size(); };
-    const UUID sound = clip("A001C001")->audioMatches.front().audio->id;
+    const FileURL sound = clip("A001C001")->audioMatches.front().audio->url;
     controller_->withUndo(undoSteps::removeVideoFromSync, [&] {
         for (const char* name : {"A001C001", "B001C001"}) // the cameras of the sound
             controller_->recordings().removeVideoFromSync(clip(name)->id);
@@ -215,7 +215,9 @@ TEST_F(ImportControllerTest, aClipThatWasRemovedStaysRemovedWithTheOtherDecision
     EXPECT_NE(clip("C001C001"), nullptr) << "which is new";
     EXPECT_EQ(controller_->work().syncGroups().size(), clips + 1);
     EXPECT_EQ(wild(), wildBefore);
-    EXPECT_EQ(std::ranges::count(controller_->work().wildTracks(), sound, &WildTrack::id), 1);
+    EXPECT_EQ(std::ranges::count(controller_->work().wildTracks(), sound,
+                                 [](const WildTrack& track) { return track.audio.url; }),
+              1);
     controller_->undo();
     EXPECT_NE(clip("A001C001"), nullptr);
 }

@@ -62,6 +62,7 @@ TEST(MulticamClusters, AreClipsThatRolledAtTheSameMoment) {
     check("alone", {a}, "");
     check("at once", {a, at("10:00:00:00")}, "a b");
     check("clips that only touch", {a, at("10:00:10:00")}, "");
+    check("less than a frame in common", {camera("a.mov", "10:00:00:00", 10.03), at("10:00:10:00")}, "");
     check("one frame in common", {a, at("10:00:09:24")}, "a b");
     check("the first clip decides",
           {camera("a.mov", "10:00:00:00", 30), camera("b.mov", "10:00:00:00", 5),

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Export/ExportCameras.h"
 #include "OrvaneSyncCore/Services/Export/FCPXMLExporterStages.h"
+#include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Services/Matching/RangeIndex.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Takes/RecordedAtOnce.h"
@@ -52,6 +53,12 @@ std::optional<std::pair<std::size_t, std::size_t>> pairOfTwoUnits(const std::vec
     return std::nullopt;
 }
 
+/// Clips with less than a frame in common only touch: starts in frames and lengths in seconds are rounded.
+bool onlyTouch(const MediaAsset& video, double overlapSeconds) {
+    constexpr double wholeFrame = 0.99;
+    return overlapSeconds * clipRate(video, rateWithoutAny) < wholeFrame;
+}
+
 } // namespace
 
 std::vector<MulticamCluster> multicamClusters(const std::vector<const SyncGroup*>& groups,
@@ -82,7 +89,8 @@ std::vector<MulticamCluster> multicamClusters(const std::vector<const SyncGroup*
         std::vector<std::size_t> cluster{anchor};
         const auto startOf = [&](std::size_t item) { return candidates[item].place->range.startSeconds; };
         for (const RangeIndex::Hit& hit : hits)
-            if (hit.item > anchor && candidates[hit.item].maySharePlaceWith(candidates[anchor]) &&
+            if (hit.item > anchor && !onlyTouch(groups[anchor]->video, hit.overlapSeconds) &&
+                candidates[hit.item].maySharePlaceWith(candidates[anchor]) &&
                 std::ranges::none_of(cluster, [&](std::size_t member) {
                     return units.have(*groups[member], *groups[hit.item]) ||
                            areOfOtherMoments(*groups[member], *groups[hit.item],

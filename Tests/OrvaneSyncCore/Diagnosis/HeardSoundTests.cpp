@@ -1,3 +1,4 @@
+#include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
 #include "Shot.h"
 
@@ -302,6 +303,21 @@ TEST(HeardSound, OfTwoRecordersTheOneThatWasHeardStays) {
                   areTwo && heard == 2)
             << doubt.cure.text();
     }
+}
+
+TEST(HeardSound, NumbersAreThoseOfTheFramesThatTheFixMoves) {
+    for (const auto& [seconds, text] : std::vector<std::pair<double, const char*>>{
+             {0.255, "0.24 s"}, {2, "2.0 s"}, {65, "1 min 05 s"}, {3600.28, "1 h 00 min 00 s (01:00:00:07)"}})
+        EXPECT_EQ(offsetSpanText(seconds, TimecodeFrameRate::fps25), text);
+    HeardShot shot({"/S/T"});
+    shot.match();
+    for (std::size_t clip = 0; clip < 4; ++clip) shot.lags[shot.match(clip)] = {-0.345};
+    shot.hear();
+    const auto card = shot.card(Kind::constantOffset);
+    ASSERT_TRUE(card);
+    EXPECT_NE(card->doubt.message.find(" 0.36 s earlier than "), std::string::npos) << card->doubt.message;
+    EXPECT_TRUE(card->doubt.cure.text().starts_with("--sound-offset -00:00:00:09"))
+        << card->doubt.cure.text();
 }
 
 TEST(HeardSound, ALongRecordingThatLiesNowhereIsToldByTheClipsThatHeardIt) {

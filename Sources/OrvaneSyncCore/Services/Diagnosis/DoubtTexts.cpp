@@ -38,9 +38,15 @@ std::string spanText(double seconds) {
 }
 
 std::string offsetSpanText(double seconds, TimecodeFrameRate rate) {
-    constexpr double aMinute = 60, aDay = 86400;
-    const std::string span = spanText(seconds);
-    if (seconds < aMinute || seconds >= aDay) return span;
+    constexpr double aMinute = 60, aDay = 86400, tenths = 10, hundredths = 100, smallest = 0.001;
+    const double fps = timecodeRate::frameRateForRealTimeCalculation(rate);
+    const double framed = std::round(std::round(seconds * fps) / fps * hundredths) / hundredths;
+    const std::string span = spanText(framed);
+    if (framed < aMinute) {
+        const bool isTenth = std::abs(framed * tenths - std::round(framed * tenths)) < smallest;
+        return isTenth ? span : formatted("%.2f s", framed);
+    }
+    if (seconds >= aDay) return span;
     const std::string labels = offsetText(seconds, rate);
     // Timecode of 25 frames states whole seconds as they are.
     return labels == offsetText(std::round(seconds), TimecodeFrameRate::fps25) ? span

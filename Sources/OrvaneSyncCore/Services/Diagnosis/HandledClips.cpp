@@ -2,12 +2,15 @@
 
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
+#include "Platform/Text.h"
 
 #include <algorithm>
 #include <cmath>
 #include <unordered_map>
 
 namespace orvane {
+
+using platform::text::formatted;
 
 std::map<CameraAndCard, HandledClips> handledClips(const Shoot& shoot) {
     const auto foundIn = [](const auto* heard, const UUID& match) {

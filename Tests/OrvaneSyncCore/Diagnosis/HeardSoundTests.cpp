@@ -320,6 +320,44 @@ TEST(HeardSound, NumbersAreThoseOfTheFramesThatTheFixMoves) {
         << card->doubt.cure.text();
 }
 
+TEST(HeardSound, FoldersOfUnitsThatAllMicrophonesContradictAreExchanged) {
+    for (const int heardNearer : {0, 1}) {
+        // Each clip is as much in the recording of the other unit, which its microphone heard.
+        HeardShot shot({"/S/X"});
+        shot.audios.clear();
+        for (std::size_t i = 0; i < shot.videos.size(); ++i) {
+            const double at = 25200 + 5400 * static_cast<double>(i);
+            const std::string number = std::to_string(i);
+            shot.videos[i] = clipAt("/U1/CAM/A" + number + ".mov", at, 15);
+            shot.videos[i].channelCount = 2;
+            shot.audios.push_back(recordingAt("/U1/SOUND/T" + number + ".wav", at - 5, 35));
+            shot.audios.push_back(recordingAt("/U2/SOUND/T" + number + ".wav", at - 9, 35));
+        }
+        shot.match();
+        for (std::size_t i = 0; i < 4; ++i)
+            for (const AudioMatch& match : shot.groups[i].audioMatches) {
+                const bool isNearer = match.audio->url.path.starts_with("/U1/");
+                shot.claims[SoundClaim{shot.groups[i].id, match.audio->id, match.syncOffsetSeconds, 0}
+                                .key()] = {isNearer == (static_cast<int>(i) < heardNearer)
+                                               ? std::optional(match.syncOffsetSeconds)
+                                               : std::nullopt,
+                                           true};
+            }
+        shot.hear();
+        const auto card = shot.card(Kind::ambiguous);
+        ASSERT_EQ(card.has_value(), heardNearer == 0);
+        if (!card) continue;
+        EXPECT_EQ(card->groupIDs.size(), 8U) << "those that were not heard as well";
+        for (const SyncGroup& group : shot.groups) {
+            const SyncDoubt& doubt = shot.doubts.byGroup[group.id].front();
+            ASSERT_TRUE(doubt.suggestion);
+            for (const AudioMatch& match : group.audioMatches)
+                EXPECT_EQ(doubt.suggestion->recordingID == match.audio->id,
+                          match.audio->url.path.starts_with("/U2/"));
+        }
+    }
+}
+
 TEST(HeardSound, ALongRecordingThatLiesNowhereIsToldByTheClipsThatHeardIt) {
     for (const int heard : {2, 3, 4}) {
         HeardShot shot({"/S/T"});

@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/DoubtFinders.h"
+#include "OrvaneSyncCore/Services/Diagnosis/ExchangedFolders.h"
 #include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
 #include "OrvaneSyncCore/Services/Matching/MeetingOrder.h"
 #include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
@@ -279,7 +280,9 @@ class SoundOfOtherUnits {
         const MediaAsset& own = *of.group.audioMatches.front().audio;
         for (const TakeFile& file : of.take.files) {
             const MediaAsset& other = of.fileOf(file);
-            if (isHeard(file.role) || !units_.isOfOther(of.group, other)) continue;
+            if (isHeard(file.role) || !units_.isOfOther(of.group, other) ||
+                isHeardInPlace(of.shoot, of.clip, of.group.audioMatches[file.matchIndex]))
+                continue;
             const std::string beside =
                 shoot_.nameOf(other) + " of another unit, which ran at the same time, beside its own sound";
             of.add(Kind::ambiguous, of.name + " has " + beside + " " + shoot_.nameOf(own),
@@ -474,11 +477,12 @@ void addRivalDoubts(const Shoot& shoot, SyncDoubts& doubts) {
     OtherRecorders others(shoot);
     const SoundUnits units(shoot);
     SoundOfOtherUnits ofOthers(shoot);
+    const auto ofKnownUnit = addExchangedFolders(shoot, doubts);
     addFromEachClip(doubts, shoot, [&](const Shoot::Clip& clip) -> std::vector<SyncDoubt> {
         const SyncGroup& group = *clip.group;
         // If the recording itself is in doubt, one of its rivals may be right.
-        if (group.audioMatches.empty() || clip.isDecided || !group.matchStatus.isSettled() ||
-            group.matchStatus.kind == MatchStatus::Kind::manual ||
+        if (group.audioMatches.empty() || clip.isDecided || ofKnownUnit.contains(group.id) ||
+            !group.matchStatus.isSettled() || group.matchStatus.kind == MatchStatus::Kind::manual ||
             doubts.has(group.id,
                        {otherDay, otherDateFits, constantOffset, timecodeRate, notTimeOfDay, ambiguous}))
             return {};

@@ -36,7 +36,7 @@ TEST(CardDoubts, FilesThatEndEarlyAreToldOnceAFolder) {
         "'A4.mov' has no index by which it could be read: the recording was cut off before "
         "it was closed, or not copied to its end | 1";
     const std::string shorter = "'T1.wav' ends early: 0:18 of the 1:00 that its header states are there; "
-                                "likewise 1 more file in '/S' | 1";
+                                "likewise 'T9.wav' | 1";
     const std::string unclosed =
         "'T7.wav' was never closed by its recorder: its header does not have the true "
         "length, 0:05 can be used, and its end may be missing | 0";
@@ -47,9 +47,54 @@ TEST(CardDoubts, FilesThatEndEarlyAreToldOnceAFolder) {
     const auto& own = shot.doubts.byGroup.at(shot.groups.front().id);
     const auto shortSound = std::ranges::find(own, Kind::shortSound, &SyncDoubt::kind);
     ASSERT_NE(shortSound, own.end());
-    EXPECT_TRUE(shortSound->cure.text().starts_with("copy 'T1.wav' again from the card"))
-        << shortSound->cure.text();
+    EXPECT_EQ(shortSound->cure.text(), "copy 'T1.wav' again from the card, as it ends early");
+    EXPECT_EQ(std::ranges::find(own, Kind::cutByTrim, &SyncDoubt::kind), own.end());
     EXPECT_EQ(shortSound->message, "'A1.mov' " + shortSound->reason);
+}
+
+TEST(CardDoubts, APartThatIsMissingByTheNumbersOfARecordingIsReported) {
+    struct Case {
+        const char* name;
+        double pause; ///< between files whose numbers follow each other
+        std::vector<std::string> missing;
+        std::vector<std::string> reported;
+    };
+    for (const Case& one : {
+             Case{"whole", 0, {}, {}},
+             {"a part", 0, {"T2-002"}, {"'T2-001.wav' and 'T2-003.wav' | 1 part between them, 25.0 s | 1"}},
+             {"two parts",
+              0,
+              {"T1-002", "T1-003"},
+              {"'T1-001.wav' and 'T1-004.wav' | 2 parts between them, 50.0 s | 1"}},
+             {"the end", 0, {"T2-004"}, {}},
+             {"numbers that count takes", 40, {"T2-002"}, {}},
+         }) {
+        Shot shot;
+        for (int take = 1; take <= 3; ++take) {
+            const double at = 36000 + 600 * take;
+            const std::string number = std::to_string(take);
+            // Only over the second part.
+            shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", at + 28 + one.pause, 10));
+            for (int part = 0; part < 4; ++part)
+                if (const std::string name = "T" + number + "-00" + std::to_string(part + 1);
+                    std::ranges::find(one.missing, name) == one.missing.end())
+                    shot.audios.push_back(
+                        recordingAt("/S/" + name + ".wav", at + part * (25 + one.pause), 25));
+        }
+        shot.diagnose();
+        std::vector<std::string> reported;
+        for (const CardDoubt& card : shot.doubts.cards) {
+            if (card.doubt.kind != Kind::splitGap) continue;
+            std::string text = card.doubt.message;
+            const std::string middle = " are parts of one recording, and by their numbers ";
+            const auto at = text.find(middle), end = text.find(" of sound, ");
+            ASSERT_TRUE(at != std::string::npos && end != std::string::npos) << text;
+            reported.push_back(text.substr(0, at) + " | " +
+                               text.substr(at + middle.size(), end - at - middle.size()) + " | " +
+                               std::to_string(card.groupIDs.size()));
+        }
+        EXPECT_EQ(reported, one.reported) << one.name;
+    }
 }
 
 TEST(CardDoubts, SoundThatRunsAtAnotherSpeed) {

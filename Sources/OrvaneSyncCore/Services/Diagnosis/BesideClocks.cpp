@@ -33,7 +33,7 @@ bool isSolvedByOptions(const SyncDoubt& doubt) {
 /// must not be cut to it, and the date of a take that lies there by chance says nothing either.
 void settleClocksFirst(SyncDoubts& doubts) {
     for (auto& [group, own] : doubts.byGroup) {
-        if (!doubts.has(group, {Kind::constantOffset, Kind::timecodeRate})) continue;
+        if (!doubts.has(group, {Kind::constantOffset, Kind::timecodeRate, Kind::notTimeOfDay})) continue;
         std::erase_if(own, [](const SyncDoubt& doubt) {
             return (doubt.kind == Kind::shortSound || doubt.kind == Kind::cutByTrim) &&
                    namesTrimMode(doubt.cure);

@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/UnmatchedReasons.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
+#include "Platform/Text.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -83,6 +84,19 @@ std::map<UUID, const MediaAsset*> wholeCopies(const Shoot& shoot) {
     return copies;
 }
 
+/// Each file has to be copied again, so all are named, except where a whole folder is damaged.
+std::string likewise(const Shoot& shoot, const std::vector<const MediaAsset*>& files) {
+    constexpr std::size_t most = 20;
+    std::vector<std::string> names;
+    for (std::size_t i = 1; i < std::min(files.size(), most); ++i) names.push_back(shoot.nameOf(*files[i]));
+    if (names.empty()) return {};
+    const std::size_t unnamed = files.size() - 1 - names.size();
+    return "; likewise " + platform::text::joined(names, ", ") +
+           (unnamed > 0 ? " and " + counted(unnamed, "more file", "more files") + " in '" +
+                              std::string(folderOf(*files.front())) + "'"
+                        : "");
+}
+
 } // namespace
 
 void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
@@ -123,10 +137,7 @@ void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
         addCardDoubt(
             doubts,
             {SyncDoubt::Kind::cutFile,
-             shoot.nameOf(first) + lengths +
-                 (more > 0 ? "; likewise " + counted(more, "more file", "more files") + " in '" +
-                                 std::string(path) + "'"
-                           : "") +
+             shoot.nameOf(first) + lengths + likewise(shoot, folder.files) +
                  (isCopied ? "; whole copies are here and used: " + shoot.nameOf(*copies.at(first.id)) : ""),
              isCopied ? (more == 0 ? "copy it again from the card if it is kept"
                                    : "copy them again from the card if they are kept")

@@ -44,6 +44,8 @@ void addGivenOffset(const Shoot& shoot, SyncDoubts& doubts);
 /// For cards of which all analysed clips have other sound than the recordings under them, if nothing else
 /// shows why.
 void addUnheardSound(const Shoot& shoot, SyncDoubts& doubts);
+/// For recordings in parts whose numbers skip one.
+void addLostParts(const Shoot& shoot, SyncDoubts& doubts);
 /// Adapts other doubts to doubts about the clocks of the same clips, and names clips that were too short to
 /// be measured.
 void addWordsBesideClocks(const Shoot& shoot, SyncDoubts& doubts);
@@ -52,9 +54,10 @@ void keepMovedClips(const Shoot& shoot, SyncDoubts& doubts);
 
 /// In the order in which they run. Each one may use the doubts of those before it.
 inline constexpr std::array doubtFinders{
-    addCutFiles,       addConvertedFiles, addClipDoubts,    addMissingChannels,   addClockDoubts,
-    addStatedPlaces,   addDayDoubts,      addRecorderDates, addSoundsByEar,       addLoneRecordings,
-    addTimecodeDoubts, addPairsNotHeard,  addDrift,         addRivalDoubts,       addOffsetsByHand,
-    addHeardOffsets,   addGivenOffset,    addUnheardSound,  addWordsBesideClocks, keepMovedClips};
+    addCutFiles,       addConvertedFiles, addClipDoubts,    addMissingChannels, addClockDoubts,
+    addStatedPlaces,   addDayDoubts,      addRecorderDates, addSoundsByEar,     addLoneRecordings,
+    addTimecodeDoubts, addPairsNotHeard,  addDrift,         addRivalDoubts,     addOffsetsByHand,
+    addHeardOffsets,   addGivenOffset,    addUnheardSound,  addLostParts,       addWordsBesideClocks,
+    keepMovedClips};
 
 } // namespace orvane

@@ -75,20 +75,22 @@ class LengthDoubts {
         std::string where;
         if (before > 0.05) where = formatted("the first %.1f s", before);
         if (after > 0.05) where += (where.empty() ? "" : " and ") + formatted("the last %.1f s", after);
+        of_.addOf(
+            Kind::shortSound,
+            "lasts " + formatted("%.1f s", of_.length()) + ", and " + where + " have no sound of " +
+                of_.shoot.nameOf(*of_.group.primaryAudio()),
+            isPartedAtMidnight() ? acrossMidnight()
+            : damaged() != nullptr
+                ? DoubtCure("copy " + of_.shoot.nameOf(*damaged()) + " again from the card, as it ends early")
+                : "look for a recording that is missing on the cards, or cut to the sound with " +
+                      trimOption(TrimMode::overlap) + (isHeard_ ? "" : listenToOne));
+    }
+    /// A file of the sound whose end is missing; null if there is none. No picture should be cut to it.
+    const MediaAsset* damaged() const {
         const auto cut = std::ranges::find_if(of_.take.files, [&](const TakeFile& file) {
             return isHeard(file.role) && of_.fileOf(file).heldShare;
         });
-        of_.addOf(Kind::shortSound,
-                  "lasts " + formatted("%.1f s", of_.length()) + ", and " + where + " have no sound of " +
-                      of_.shoot.nameOf(*of_.group.primaryAudio()),
-                  isPartedAtMidnight()
-                      ? acrossMidnight()
-                      : DoubtCure(cut != of_.take.files.end()
-                                      ? "copy " + of_.shoot.nameOf(of_.fileOf(*cut)) +
-                                            " again from the card, as it ends early"
-                                      : "look for a recording that is missing on the cards") +
-                            ", or cut to the sound with " + trimOption(TrimMode::overlap) +
-                            (isHeard_ ? "" : listenToOne));
+        return cut != of_.take.files.end() ? &of_.fileOf(*cut) : nullptr;
     }
 
     /// The end of the picture that the document cuts off; absent if it is too short to report.
@@ -113,7 +115,8 @@ class LengthDoubts {
     }
     void cutByTrim() {
         const auto cut = cutOff();
-        if (!cut || isSoundCutOff() || of_.clip.atMidnight != nullptr) return; // those doubts report both
+        // Those doubts, and the one about a damaged file, report both.
+        if (!cut || isSoundCutOff() || of_.clip.atMidnight != nullptr || damaged() != nullptr) return;
         const double picture = of_.group.video.durationSeconds.value_or(0);
         of_.addOf(Kind::cutByTrim,
                   "is cut from " + formatted("%.1f s", picture) + formatted(" to %.1f s,", picture - *cut) +

@@ -159,6 +159,14 @@ TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
     for (std::size_t i = 0; i < reset.audios.size(); ++i) setBack(reset.audios[i], i < 8 ? 0 : 37554);
     reset.date(reset.audios, "2000-01-01", 8);
     EXPECT_EQ(cureOf(reset).find("--sound-date 2024-05-17 --sound-offset 10:25:5"), 0U) << cureOf(reset);
+    Shot camera; // the camera's clock restarted in the middle of its card
+    takes(camera, "2024-05-17", 9, "A", 0);
+    for (std::size_t i = 5; i < camera.videos.size(); ++i) {
+        auto& start = camera.videos[i].startTimecodeString;
+        start = TimecodeUtils::secondsToTC(TimecodeUtils::tcToSeconds(*start, 25) - 35000, 25);
+    }
+    camera.date(camera.videos, "2021-01-01", 5);
+    EXPECT_EQ(cureOf(camera).find("--sound-date 2021-01-01 --sound-offset -09:43:"), 0U) << cureOf(camera);
     Shot afternoon; // a second recorder, right until its clock was set
     takes(afternoon, "2024-05-17", 9, "A", 0);
     for (int i = 0; i < 12; ++i) {
@@ -279,6 +287,19 @@ TEST(ClockDoubts, OneRecordingThroughAllClipsIsToldByTheOnlyHourThatFits) {
     }
 }
 
+TEST(ClockDoubts, DamagedFilesExplainWhatIsLeftOver) {
+    for (const bool isDamaged : {false, true}) {
+        Shot shot;
+        shot.videos = {clipAt("/CAM/A1.mov", 36000, 20), clipAt("/CAM/A2.mov", 36300, 20)};
+        shot.audios = {recordingAt("/S/T2.wav", 36295, 30), recordingAt("/S/T3.wav", 36595, 30),
+                       recordingAt("/S/T4.wav", 50000, 1)};
+        if (isDamaged) shot.audios.back().heldShare = 0.02;
+        shot.diagnose();
+        const auto left = LeftOver::of(shot.groups, {&shot.audios[1], &shot.audios[2]}, {}, shot.doubts);
+        EXPECT_EQ(left.isEmpty(), isDamaged) << left.text();
+    }
+}
+
 TEST(ClockDoubts, TellsOfADayWithoutAnyRecording) {
     for (const char* recorded : {"2024-05-17", "2024-05-18", ""}) {
         Shot shot;
@@ -291,10 +312,10 @@ TEST(ClockDoubts, TellsOfADayWithoutAnyRecording) {
         shot.audios.back().contentCreatedDate = dateFromISO8601(std::string(recorded) + "T00:00:00Z");
         shot.diagnose();
         const std::string text = LeftOver::of(shot.groups, {&shot.audios.back()}, {}, shot.doubts).text();
-        EXPECT_EQ(
-            text.starts_with("No recording of 2024-05-18 is on these cards, and 2 clips of that day have "
-                             "no sound"),
-            recorded == std::string("2024-05-17"))
+        EXPECT_EQ(text.starts_with(
+                      "No recording of 2024-05-18 is on these cards, and 2 clips of that day have "
+                      "no sound: unless a date is wrong and the recordings below belong to them, look"),
+                  recorded == std::string("2024-05-17"))
             << text;
     }
 }

@@ -57,13 +57,12 @@ class ClockDoubts {
         platform::throwIfStopped(shoot_.stop);
         if (one.fitsFewClips && !one.isPart && isDateAloneWrong(one.card)) return;
         if (offsetAmong(one, one.card, false)) return;
-        if (one.isPart) {
-            offsetAmong(one, one.card, true);
-            return;
-        }
-        if (!one.fitsFewClips) return;
+        if (!one.isPart && (!one.fitsFewClips || isDateGivenToSeveralShoots_)) return;
+        if (!offsetAmong(one, one.card, true)) dateAndOffsetOf(one);
+    }
+    void dateAndOffsetOf(const SuspectedCard& one) {
         // Recordings with the given date of another shoot are at meaningless places.
-        if (isDateGivenToSeveralShoots_ || offsetAmong(one, one.card, true) || !one.card.day) return;
+        if (isDateGivenToSeveralShoots_ || !one.card.day) return;
         const auto isOutOfReach = [&](const Shoot::Clip& clip) {
             return !CardTimes(shoot_, one.card).mayOverlap(clip);
         };
@@ -71,26 +70,40 @@ class ClockDoubts {
         if (std::ranges::any_of(onOtherDays(one.card, clips_, isOutOfReach),
                                 [&](const Card& card) { return fitsAsItIs(card); }))
             return;
-        // A clock with a wrong date and wrong hours is rare, except one that started again from its first
-        // date.
-        const double rarer = isDateOfAReset(*one.card.day) ? 1 : chance::smallest;
         for (const bool isForAll : {false, true}) {
+            // Other recordings of a part's card are right, so only the clock of a camera that began again
+            // may separate the part from clips without sound.
+            if (isForAll && one.isPart) return;
             const std::vector<Card> tried =
                 onOtherDays(one.card, isForAll ? clips_ : uncovered_, isOutOfReach);
-            const double mostChance =
-                chance::smallest * rarer / static_cast<double>(std::max<std::size_t>(tried.size(), 1));
-            for (const Card& card : tried)
-                if (offsetAmong(one, card, isForAll, mostChance)) return;
+            for (const Card& card : tried) {
+                if (one.isPart && !isCameraReset(*card.day)) continue;
+                // A clock with a wrong date and wrong hours is rare, except one that started again from its
+                // first date.
+                const double rarer =
+                    isRecorderReset(*one.card.day) || isCameraReset(*card.day) ? 1 : chance::smallest;
+                if (offsetAmong(one, card, isForAll,
+                                chance::smallest * rarer / static_cast<double>(tried.size())))
+                    return;
+            }
         }
     }
-    /// The first of January, with which clocks begin that lost their date; weeks from every clip.
-    bool isDateOfAReset(long day) const {
+    /// The first of January, with which clocks begin that lost their date; weeks from every other file.
+    template <class Files, class DayOf>
+    static bool isDateOfAReset(long day, const Files& others, const DayOf& dayOf) {
         const std::chrono::year_month_day date{std::chrono::sys_days(std::chrono::days(day))};
         return date.month() == std::chrono::January && date.day() == std::chrono::day(1) &&
-               std::ranges::none_of(clips_, [&](const Shoot::Clip* clip) {
-                   const auto filmed = clip->likelyDay();
-                   return filmed && std::abs(*filmed - day) < daysOfALostDate;
+               std::ranges::none_of(others, [&](const auto& other) {
+                   const std::optional<long> made = dayOf(other);
+                   return made && std::abs(*made - day) < daysOfALostDate;
                });
+    }
+    bool isRecorderReset(long day) const {
+        return isDateOfAReset(day, clips_, [](const Shoot::Clip* clip) { return clip->likelyDay(); });
+    }
+    bool isCameraReset(long day) const {
+        return isDateOfAReset(day, shoot_.recordings,
+                              [](const Recording& recording) { return recording.place.day; });
     }
     /// Whether the card, at its own hours, lies under clips of another day that lack sound. Takes in a
     /// regular rhythm also lie under those of other days at about their hours; moving them there would mix
@@ -287,9 +300,12 @@ class ClockDoubts {
             return false;
         const int lost = lostBy(one, card, offset);
         std::string text = one.name(shoot_) + " are ";
-        if (card.movedByDays != 0)
-            text += "dated " + dayText(*card.day - card.movedByDays) + " instead of " + dayText(*card.day) +
-                    " and ";
+        if (card.movedByDays != 0) {
+            const std::string dated = "dated " + dayText(*card.day - card.movedByDays);
+            text += isCameraReset(*card.day) ? dated + " and the clips " + dayText(*card.day) +
+                                                   ", as if the camera's clock began again, and are "
+                                             : dated + " instead of " + dayText(*card.day) + " and ";
+        }
         text += offsetSpanText(std::abs(offset), rate_) + (offset < 0 ? " late" : " early") +
                 " against the clips: moved by that, ";
         if (isForAll)

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/ExchangedFolders.h"
 
+#include "OrvaneSyncCore/Services/Diagnosis/Cards.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
+#include "OrvaneSyncCore/Services/Diagnosis/UnmatchedReasons.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 
@@ -69,6 +70,11 @@ JSON::Array toJSON(const std::vector<LeftOver::Files>& all) {
     return list;
 }
 
+/// What is reported by a doubt of its own.
+bool isDamagedFile(const MediaAsset& file) {
+    return file.endsEarly() || file.fileSizeBytes == 0 || nothingIsKnown(file);
+}
+
 /// The days of the recordings; absent if there is no recording, or one without a day.
 std::optional<std::set<long>>
 daysRecorded(const SyncGroupList& groups, const std::vector<const MediaAsset*>& withoutClip, Places& places) {
@@ -101,7 +107,8 @@ LeftOver LeftOver::of(const SyncGroupList& groups, const std::vector<const Media
             !doubts.byGroup.contains(group.id))
             if (const auto place = places.of(group.video)) clips.add(group.video, *place);
     for (const MediaAsset* recording : recordings)
-        if (const auto place = recording->isAtmo() ? std::nullopt : places.of(*recording))
+        if (const auto place =
+                recording->isAtmo() || isDamagedFile(*recording) ? std::nullopt : places.of(*recording))
             sounds.add(*recording, *place);
     LeftOver result{std::move(clips).all(), std::move(sounds).all(), {}};
     const auto recorded = daysRecorded(groups, recordings, places);
@@ -116,10 +123,15 @@ LeftOver LeftOver::of(const SyncGroupList& groups, const std::vector<const Media
             withSound.contains({files.folder, files.day}))
             return false;
         silent[*files.day] += files.count;
-        return true;
+        return result.recordings.empty();
     });
     for (const auto& [day, count] : silent) result.silentDays.push_back({day, count});
-    if (result.clips.empty() || result.recordings.empty()) {
+    const auto damagedClips = std::ranges::count_if(groups, [](const SyncGroup& group) {
+        return group.audioMatches.empty() && isDamagedFile(group.video);
+    });
+    const auto damagedRecordings = std::ranges::count_if(
+        recordings, [](const MediaAsset* recording) { return isDamagedFile(*recording); });
+    if (countOf(result.clips) <= damagedRecordings || countOf(result.recordings) <= damagedClips) {
         result.clips.clear();
         result.recordings.clear();
     }
@@ -131,7 +143,11 @@ std::string LeftOver::text() const {
     for (const auto& [day, count] : silentDays)
         text += "No recording of " + dayText(day) + " is on these cards, and " +
                 counted(count, "clip", "clips") + " of that day " + (count == 1 ? "has" : "have") +
-                " no sound: look for the card of the recorder.\n";
+                " no sound: " +
+                (recordings.empty() ? ""
+                                    : "unless a date is wrong and the recordings below "
+                                      "belong to them, ") +
+                "look for the card of the recorder.\n";
     if (clips.empty()) return text;
     return text + counted(countOf(clips), "clip has", "clips have") + " no sound, and " +
            counted(countOf(recordings), "recording has", "recordings have") + " no picture:\n" +

@@ -11,7 +11,8 @@
 namespace orvane {
 
 /// Clips without a match that no doubt explains, if there are also recordings that no clip has. They may
-/// belong together, with a clock error that nothing shows. Pure; any thread.
+/// belong together, with a clock error that nothing shows. Damaged files that may be the counterparts of all
+/// clips, or of all recordings, explain them as well. Pure; any thread.
 struct LeftOver {
     /// The files of one folder and one day.
     struct Files {
@@ -26,7 +27,7 @@ struct LeftOver {
         long day = 0;
         int count = 0;
     };
-    /// By folder and day; both lists are empty or none is; without silent days.
+    /// By folder and day; both lists are empty or none is. Clips of silent days are included.
     std::vector<Files> clips, recordings;
     std::vector<SilentDay> silentDays;
 

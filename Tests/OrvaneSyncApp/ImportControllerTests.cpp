@@ -231,8 +231,8 @@ TEST_F(ImportControllerTest, whatWasDecidedFollowsTheCameraFileThatIsUsed) {
     named.manualClipName = "Kitchen";
     named.video.url = plain.video.url = used;
     locked.isLocked = true;
-    fs::create_directory(folder_.path("camera/0"));
-    fs::copy(copy.path, used.path);
+    std::filesystem::create_directory(folder_.path("camera/0"));
+    std::filesystem::copy(copy.path, used.path);
     const struct {
         const char* what;
         SyncGroupList earlier;

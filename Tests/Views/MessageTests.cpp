@@ -71,8 +71,7 @@ TEST_F(MessageTest, MessagesMoveNoPictureAndCoverNoTimeline) {
     expectMessagesOverThePictures("review");
     EXPECT_EQ(places<TimelineCanvas>(), timeline);
     window_->openMulticam({clip("A001C001").id, clip("B001C001").id});
-    QCoreApplication::processEvents();
-    ASSERT_EQ(places<CameraStrip>().size(), 1U);
+    ASSERT_TRUE(waitUntil([&] { return places<CameraStrip>().size() == 1; }));
     expectMessagesOverThePictures("multicam");
     desktop_->sayWhyNot(QStringLiteral("a long reason ").repeated(40));
     EXPECT_FALSE(places<CameraStrip>().front().intersects(placeOf(*toast())));

@@ -145,7 +145,6 @@ void Leaving::ask(const QString& stalled) {
                     design::keptState::set(
                         leftUnsavedKey(one.id),
                         QVariantList{static_cast<int>(one.clips), milliseconds(session->modified)});
-            design::keptState::finish();
             end_();
         },
         Qt::QueuedConnection);

@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace orvane::views {
@@ -151,9 +152,9 @@ QString withKeys(const QString& text) {
 }
 
 QString keysOfThisSystem(const QString& given) {
-    const QString text = withKeys(given);
+    QString text = withKeys(given);
     constexpr QStringView signs = u"⌘⌃⌥⇧";
-    if (std::ranges::none_of(text, [&](QChar one) { return signs.contains(one); }) &&
+    if (std::ranges::none_of(std::as_const(text), [&](QChar one) { return signs.contains(one); }) &&
         !text.contains(QStringLiteral("Cmd+")))
         return text;
     QString named = QString::fromStdString(withKeysOfThisSystem(text.toStdString()));

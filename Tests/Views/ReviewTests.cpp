@@ -240,6 +240,7 @@ TEST_F(ReviewTest, KeysOfTextAndOfTabbedControlsAreTheirs) {
     EXPECT_TRUE(waitUntil([&] { return isOnScreen(2); })) << "the marked clip is the one that keys act on";
     window_->openReview(ids_[0]);
     EXPECT_TRUE(search->text().isEmpty()) << "it would hide the clip in view";
+    EXPECT_TRUE(waitUntil([&] { return isOnScreen(0); }));
     press(Qt::Key_F, Qt::ControlModifier);
     QTest::keyClicks(search, "c001");
     QTest::keyClick(search, Qt::Key_Escape);

@@ -41,7 +41,7 @@ std::string offsetSpanText(double seconds, TimecodeFrameRate rate) {
     constexpr double aMinute = 60, aDay = 86400, tenths = 10, hundredths = 100, smallest = 0.001;
     const double fps = timecodeRate::frameRateForRealTimeCalculation(rate);
     const double framed = std::round(std::round(seconds * fps) / fps * hundredths) / hundredths;
-    const std::string span = spanText(framed);
+    std::string span = spanText(framed);
     if (framed < aMinute) {
         const bool isTenth = std::abs(framed * tenths - std::round(framed * tenths)) < smallest;
         return isTenth ? span : formatted("%.2f s", framed);

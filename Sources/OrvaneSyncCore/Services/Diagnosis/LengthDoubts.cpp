@@ -66,12 +66,12 @@ class LengthDoubts {
                 Kind::shortSound,
                 "lasts " + formatted("%.1f s", of_.length()) + ", and " +
                     of_.shoot.nameOf(*of_.group.primaryAudio()) + " lies outside of it: no sound is heard",
-                DoubtCure(
-                    {.terminal = "take that recording off the clip and attach another one, or put its "
-                                 "clap on the picture in the window",
-                     .window =
-                         "take that recording off the clip and attach another one, or go "
-                         "to the picture of its clap and click “Detect Clap” and “Put on the Frame Shown”"}));
+                DoubtCure(DoubtCure::Words{
+                    .terminal = "take that recording off the clip and attach another one, or put its "
+                                "clap on the picture in the window",
+                    .window =
+                        "take that recording off the clip and attach another one, or go "
+                        "to the picture of its clap and click “Detect Clap” and “Put on the Frame Shown”"}));
         std::string where;
         if (before > 0.05) where = formatted("the first %.1f s", before);
         if (after > 0.05) where += (where.empty() ? "" : " and ") + formatted("the last %.1f s", after);

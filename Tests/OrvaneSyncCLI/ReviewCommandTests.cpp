@@ -182,7 +182,7 @@ TEST_F(CardsTest, aChoiceOfOneFileAttachesItsWholeTake) {
         std::filesystem::remove_all(at("bag"));
         std::filesystem::create_directory(at("bag"));
         for (const File& file : one.files) {
-            const auto start = static_cast<std::uint64_t>(36900 + 3600 + file.start);
+            const auto start = std::uint64_t{40500} + static_cast<std::uint64_t>(file.start);
             test::WaveMaker()
                 .format({.channels = 1, .sampleRate = sampleRate})
                 .bext({.originator = "Bag", .date = "2026-11-20", .timeReference = start * sampleRate})

@@ -1,5 +1,4 @@
 #include "OrvaneSyncApp/Views/Inspector/InspectorSection.h"
-#include "OrvaneSyncApp/Views/Review/CameraStrip.h"
 #include "OrvaneSyncApp/Views/Timeline/TimelineCanvas.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "Views/ShootWindow.h"
@@ -56,8 +55,8 @@ class MessageTest : public testing::Test, protected test::ShootWindow {
         desktop_->sayWhyNot(QStringLiteral("why"));
         ASSERT_NE(toast(), nullptr) << screen;
         EXPECT_TRUE(area.contains(placeOf(*toast()))) << screen;
-        for (const auto& controls : {places<CameraStrip>(), places<TimelineCanvas>()})
-            for (const QRect& one : controls) EXPECT_FALSE(one.intersects(placeOf(*toast()))) << screen;
+        for (const QRect& one : places<TimelineCanvas>())
+            EXPECT_FALSE(one.intersects(placeOf(*toast()))) << screen;
     }
 };
 
@@ -70,12 +69,6 @@ TEST_F(MessageTest, MessagesMoveNoPictureAndCoverNoTimeline) {
     const auto timeline = places<TimelineCanvas>();
     expectMessagesOverThePictures("review");
     EXPECT_EQ(places<TimelineCanvas>(), timeline);
-    window_->openMulticam({clip("A001C001").id, clip("B001C001").id});
-    ASSERT_TRUE(waitUntil([&] { return places<CameraStrip>().size() == 1; }));
-    expectMessagesOverThePictures("multicam");
-    desktop_->sayWhyNot(QStringLiteral("a long reason ").repeated(40));
-    EXPECT_FALSE(places<CameraStrip>().front().intersects(placeOf(*toast())));
-    QTest::keyClick(window_.get(), Qt::Key_Escape);
     QTest::keyClick(window_.get(), Qt::Key_Escape);
     QCoreApplication::processEvents();
     desktop_->run("noSuchCommand");

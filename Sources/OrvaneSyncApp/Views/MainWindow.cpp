@@ -168,7 +168,10 @@ ReviewView& MainWindow::review() { return screens_->get<ReviewView>(); }
 
 void MainWindow::frontChanged() {
     banner_->clearSettled(); // a message about the earlier screen, so that this one has its room
-    if (screens_->isPlaying()) opening_->leaveStart(); // a clip was opened while the start page was shown
+    if (screens_->isPlaying()) {
+        opening_->leaveStart(); // a clip was opened while the start page was shown
+        banner_->forgetKnown(); // the user works with the clips of the scan
+    }
     // A screen that plays needs the room; the list shows the sessions again.
     if (screens_->isPlaying() && sessions_->isVisible()) {
         areSessionsHidden_ = true;

@@ -188,9 +188,9 @@ void WorkBanner::showOutdated() {
 
 void WorkBanner::showKnown(const SessionInfo& session, std::function<void()> open) {
     show(Signal::doubtful,
-         tr("These folders are in the session “%1” of %2 already: %3 clips, %4 locked.")
-             .arg(views::text(session.name), dayText(session.modified), QString::number(session.groupCount),
-                  QString::number(session.lockedCount)),
+         known_ = tr("These folders are in the session “%1” of %2 already: %3 clips, %4 locked.")
+                      .arg(views::text(session.name), dayText(session.modified),
+                           QString::number(session.groupCount), QString::number(session.lockedCount)),
          tr("Open It"), std::move(open));
 }
 

@@ -36,6 +36,8 @@ class WorkBanner : public design::Banner {
     void showSessionOfStart(const SessionInfo& session, std::function<void()> newScan);
     /// Offers to open the stored session of the folders that are scanned.
     void showKnown(const SessionInfo& session, std::function<void()> open);
+    /// Removes that offer.
+    void forgetKnown() { forget(known_); }
     /// What an opened project did not contain.
     void showProject();
     /// Shows the notice, if any, and the warnings of the last scan (`scanWarnings`); with several warnings,
@@ -69,6 +71,7 @@ class WorkBanner : public design::Banner {
     Desktop& desktop_;
     QString ofPage_;               ///< set by `showOfPage`
     QString unsaved_;              ///< the session could not be saved
+    QString known_;                ///< set by `showKnown`
     QString lost_, outdated_;      ///< set by `showLost` and `showOutdated`
     std::optional<UUID> analysed_; ///< first clip of the work when the last analysis began
     bool wasAnalysing_ = false;

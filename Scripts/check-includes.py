@@ -2,9 +2,9 @@
 """Checks that includes under Sources follow the layers.
 
 Each folder with a CMakeLists.txt is a module; its files may include headers of the modules that its target links (PUBLIC,
-directly or through others). The link step alone does not detect an include of a header that needs no library. Headers
-outside Sources/Platform may include the standard library and this project only, those of the windows also Qt. Each module is
-in the list of folders in ARCHITECTURE.md.
+directly or through others). The link step alone does not detect an include of a header that needs no library. Sources
+outside Sources/Platform may include the standard library and this project only, those of the windows also Qt, and a .cpp
+file a few headers of the system. Each module is in the list of folders in ARCHITECTURE.md.
 """
 import pathlib
 import re
@@ -14,7 +14,10 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 SOURCES = ROOT / "Sources"
 STANDARD = re.compile(r"^[a-z_]+$")  # <vector>, <cmath>; other libraries' headers have a folder or an extension
-QT = re.compile(r"^Q[A-Za-z]+$")
+SYSTEM = re.compile(r"^(?:sys/\w+|unistd|fcntl)\.h$")
+GENERATED = ("BuiltInService.h",)  # by CMake
+INCLUDE = re.compile(r"\s*#\s*include\b\s*(.*)")
+QT = re.compile(r"^Qt?[A-Z][A-Za-z]*(?:/\w+)?$")
 WINDOWS = ("OrvaneDesignKit/", "OrvaneSyncApp/Views/")  # Qt's types stay in these
 
 
@@ -77,17 +80,23 @@ def main():
             continue
         own = module_of(path, folders)
         for number, line in enumerate((SOURCES / path).read_text().splitlines(), 1):
-            ours = re.match(r'\s*#\s*include\s+"([^"]+)"', line)
-            other = re.match(r"\s*#\s*include\s+<([^>]+)>", line)
-            if ours:
-                theirs = module_of(pathlib.PurePosixPath(ours.group(1)), folders)
+            if not (include := INCLUDE.match(line)):
+                continue
+            named = re.match(r'"([^"]+)"|<([^>]+)>', include[1])
+            header = named and (named[1] or named[2])
+            if not named:
+                wrong.append(f"{name}:{number}: an include without the name of a header")
+            elif named[1] or (SOURCES / header.split("/")[0]).is_dir():
+                theirs = module_of(pathlib.PurePosixPath(header), folders)
                 if theirs is None or theirs not in allowed.get(own, set()):
-                    wrong.append(f"{name}:{number}: {own} does not link {theirs or 'any module'} ({ours.group(1)})")
-            elif other and QT.match(other.group(1)):
-                if not path.as_posix().startswith(WINDOWS):
-                    wrong.append(f"{name}:{number}: <{other.group(1)}> outside the windows")
-            elif other and path.suffix == ".h" and path.parts[0] != "Platform" and not STANDARD.match(other.group(1)):
-                wrong.append(f"{name}:{number}: <{other.group(1)}> in a header outside Platform")
+                    wrong.append(f"{name}:{number}: {own} does not link {theirs or 'any module'} ({header})")
+            elif path.parts[0] == "Platform" or STANDARD.match(header) or header in GENERATED:
+                continue
+            elif path.as_posix().startswith(WINDOWS) and QT.match(header):
+                continue
+            elif path.suffix == ".h" or not SYSTEM.match(header):
+                wrong.append(f"{name}:{number}: <{header}> outside Platform"
+                             + (" and the windows" if QT.match(header) else ""))
     print("\n".join(wrong) or f"includes: {len(allowed)} modules in order")
     return 1 if wrong else 0
 

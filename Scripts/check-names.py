@@ -23,6 +23,8 @@ WINDOWS = [SOURCES / "OrvaneSyncApp/Views", SOURCES / "OrvaneSyncApp/ViewModels"
 RUNS = re.compile(
     r"\b(?:run|runFromField|runForClips|runForTrack|runWithPath|of|isEnabled|applies|command|commandButton|commandBox)"
     r'\(\s*(?:[\w.()]+,\s*)?"([^"]*)"')
+# Other places of an identifier: what a row's is compared with, and tables with an icon or an act for a command.
+NAMED = re.compile(r'\bid [!=]= "([^"]*)"|\{"([^"]*)",\s*(?:Glyph::|\[(?:this|&|=)?\])')
 GIVES = re.compile(r'\.set\(\s*"([^"]*)"')
 # A command with the arguments that the same call passes to it.
 CALL = re.compile(r'\brun(?:FromField)?\(\s*"([^"]*)",\s*')
@@ -119,9 +121,9 @@ def problems():
             for name in sorted(given - table.get(command, given)):
                 yield file, line(text, place), f"'{command}' takes no argument '{name}'"
         own = [range(*found.span()) for found in OWN_WORD.finditer(text)]
-        for found in RUNS.finditer(text):
-            if found[1] not in table:
-                yield file, line(text, found.start()), f"no command is called '{found[1]}'"
+        for found in [*RUNS.finditer(text), *NAMED.finditer(text)]:
+            if (name := next(filter(None, found.groups()), "")) not in table:
+                yield file, line(text, found.start()), f"no command is called '{name}'"
         for found in GIVES.finditer(text):
             if found[1] not in arguments:
                 yield file, line(text, found.start()), f"no command takes an argument '{found[1]}'"

@@ -54,11 +54,15 @@ if [ -n "$sudo" ]; then
 fi
 export DEBIAN_FRONTEND=noninteractive
 # Another package manager may be running: wait for it. apt's own time limit covers only its lock for installing.
-until message=$($sudo apt-get update -qq 2>&1); do
+waited=0
+until message=$($sudo env LC_ALL=C apt-get update -qq 2>&1); do
     case "$message" in
-        *"Could not get lock"*) sleep 3 ;;
+        *"Could not get lock"*) ;;
         *) echo "$message" >&2; exit 1 ;;
     esac
+    [ $waited -gt 0 ] || echo "Waiting for another package manager, at most 10 minutes: ${message%%$'\n'*}"
+    [ $((waited += 3)) -le 600 ] || { echo "error: another package manager still runs; end it, and try again" >&2; exit 1; }
+    sleep 3
 done
 $sudo env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=600 install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 if [ -n "$wants_models" ]; then install_models; fi

@@ -449,7 +449,7 @@ TEST_F(SessionKeepingTest, noDecisionWaitsForTheDiskAndOthersSeeItWithinASecond)
     EXPECT_TRUE(mainThread_->waitUntil([&] { return theirs->session(id) == nullptr; }));
 }
 
-TEST_F(SessionKeepingTest, recordsThatCannotBeReadAreToldOfAndNotReplacedByGuesses) {
+TEST_F(SessionKeepingTest, recordsThatCannotBeReadAreReportedAndNotReplacedByGuesses) {
     manager_->start(controller_);
     const UUID id = newSession();
     bringClips(2);

@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <regex>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -539,11 +541,20 @@ TEST_F(ServeTest, bindsKeys) {
 TEST_F(ServeTest, listsItsCommandsAsTheGuideDoes) {
     std::ostringstream guide;
     guide << std::ifstream(std::filesystem::path(ORVANE_SOURCE_DIR) / "docs/automation.md").rdbuf();
+    const std::string text = guide.str();
+    std::set<std::string> described, known;
+    const std::size_t table = text.find("| group | methods |");
+    ASSERT_NE(table, std::string::npos);
+    const std::string rows = text.substr(table, text.find("\n\n", table) - table);
+    const std::regex method("`([^`]+)`");
+    for (std::sregex_iterator found(rows.begin(), rows.end(), method); found != std::sregex_iterator();
+         ++found)
+        described.insert((*found)[1]);
     for (const commands::Command& command : commands::allCommands()) {
-        EXPECT_NE(guide.str().find("`" + command.signature() + "`"), std::string::npos)
-            << command.signature();
+        known.insert(std::string(command.signature()));
         EXPECT_TRUE(!command.title.empty() && command.help.ends_with('.')) << command.id;
     }
+    EXPECT_EQ(described, known);
     const auto isEnabled = [&](const std::string& id, const std::string& params = "{}") {
         const JSON listed = call("commands", params);
         for (const JSON& command : *listed.find("commands")->elements())

@@ -31,7 +31,27 @@ namespace {
 using test::waitUntil;
 
 /// Opening folders, projects, dropped files and sessions in the window.
-class OpeningTest : public testing::Test, protected test::ShootWindow {};
+class OpeningTest : public testing::Test, protected test::ShootWindow {
+  protected:
+    bool isSaved() const {
+        const auto& sessions = desktop_->sessions();
+        return waitUntil([&] { return sessions.currentSession() != nullptr && sessions.unsaved().empty(); });
+    }
+    std::filesystem::path placeOfSession() const {
+        return folder_.path("sessions/" + desktop_->sessions().currentSessionId()->text() + ".orvanesync");
+    }
+    /// A file where the folder of the session was; returns its place.
+    std::filesystem::path makeUnwritable() const {
+        std::filesystem::path place = placeOfSession();
+        std::filesystem::rename(place, folder_.path("aside"));
+        folder_.write("sessions/" + place.filename().string(), "");
+        return place;
+    }
+    void makeWritable(const std::filesystem::path& place) const {
+        std::filesystem::remove(place);
+        std::filesystem::rename(folder_.path("aside"), place);
+    }
+};
 
 } // namespace
 
@@ -47,7 +67,7 @@ TEST_F(OpeningTest, ScansNothingWhereAFolderThatIsNamedIsNotThere) {
     EXPECT_TRUE(bannerText().contains("noSuchCommand"));
 }
 
-TEST_F(OpeningTest, AFolderThatIsNotThereIsToldOfAtItsField) {
+TEST_F(OpeningTest, AFolderThatIsNotThereIsNamedAtItsField) {
     const auto* refused = window_->findChild<QWidget*>(QStringLiteral("refused"));
     const auto typeInto = [&](const char* name, const QString& words) -> QLineEdit& {
         for (auto* one : window_->findChildren<QLineEdit*>())
@@ -142,13 +162,8 @@ TEST_F(OpeningTest, OffersNothingForAllClipsWhileAScanReplacesThem) {
 
 TEST_F(OpeningTest, QuittingAsksWhereWhatWasDecidedIsOnNoDisk) {
     scan();
-    const auto& sessions = desktop_->sessions();
-    ASSERT_TRUE(
-        waitUntil([&] { return sessions.currentSession() != nullptr && sessions.unsaved().empty(); }));
-    const std::filesystem::path place =
-        folder_.path("sessions/" + sessions.currentSessionId()->text() + ".orvanesync");
-    std::filesystem::rename(place, folder_.path("aside"));
-    folder_.write("sessions/" + place.filename().string(), "");
+    ASSERT_TRUE(isSaved());
+    const auto place = makeUnwritable();
     desktop_->controller().clips().toggleApproved(clip("A001C001").id);
     bool isEnded = false;
     Leaving leaving(*desktop_, *window_, [&] { isEnded = true; });
@@ -162,8 +177,7 @@ TEST_F(OpeningTest, QuittingAsksWhereWhatWasDecidedIsOnNoDisk) {
     QCoreApplication::processEvents();
     EXPECT_FALSE(isEnded);
 
-    std::filesystem::remove(place);
-    std::filesystem::rename(folder_.path("aside"), place);
+    makeWritable(place);
     leaving.begin();
     EXPECT_TRUE(waitUntil([&] { return isEnded; }));
 }
@@ -172,17 +186,8 @@ TEST_F(OpeningTest, AStartSaysWhatCouldNotBeSavedBeforeUnlessItWasSavedSince) {
     scan();
     for (const bool isSavedSince : {true, false}) {
         SCOPED_TRACE(isSavedSince);
-        const auto& sessions = desktop_->sessions();
-        ASSERT_TRUE(
-            waitUntil([&] { return sessions.currentSession() != nullptr && sessions.unsaved().empty(); }));
-        const std::filesystem::path place =
-            folder_.path("sessions/" + sessions.currentSessionId()->text() + ".orvanesync");
-        std::filesystem::rename(place, folder_.path("aside"));
-        folder_.write("sessions/" + place.filename().string(), "");
-        const auto makeWritable = [&] {
-            std::filesystem::remove(place);
-            std::filesystem::rename(folder_.path("aside"), place);
-        };
+        ASSERT_TRUE(isSaved());
+        const auto place = makeUnwritable();
         desktop_->controller().clips().toggleApproved(clip("A001C001").id);
         bool isEnded = false;
         {
@@ -193,12 +198,12 @@ TEST_F(OpeningTest, AStartSaysWhatCouldNotBeSavedBeforeUnlessItWasSavedSince) {
             ASSERT_TRUE(waitUntil([&] { return isEnded; }));
         }
         if (isSavedSince) {
-            makeWritable();
+            makeWritable(place);
             ASSERT_TRUE(waitUntil([&, saved = desktop_->sessions().flush()] { return saved.isDone(); }));
         }
         window_.reset();
         desktop_.reset();
-        if (!isSavedSince) makeWritable();
+        if (!isSavedSince) makeWritable(place);
         begin();
         window_->openNewestSession();
         ASSERT_TRUE(waitUntil([&] { return !bannerText().isEmpty() && !window_->isOpeningNewest(); }));
@@ -209,10 +214,9 @@ TEST_F(OpeningTest, AStartSaysWhatCouldNotBeSavedBeforeUnlessItWasSavedSince) {
 
 TEST_F(OpeningTest, TheQuestionAboutASaveThatHangsIsAnsweredByTheSave) {
     scan();
+    ASSERT_TRUE(isSaved());
     const auto& sessions = desktop_->sessions();
-    ASSERT_TRUE(
-        waitUntil([&] { return sessions.currentSession() != nullptr && sessions.unsaved().empty(); }));
-    const std::string place = folder_.path("sessions/" + sessions.currentSessionId()->text() + ".orvanesync");
+    const std::string place = placeOfSession();
     std::unique_ptr<platform::FileLock> lock; // a save waits for it
     std::thread([&] { lock.reset(new platform::FileLock(platform::FileLock::ofFolder(place))); }).join();
     desktop_->controller().clips().toggleApproved(clip("A001C001").id);

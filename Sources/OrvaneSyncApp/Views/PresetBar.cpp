@@ -52,7 +52,7 @@ PresetBar::PresetBar(Desktop& desktop, QWidget* parent)
     rows->addLayout(heading);
     presets_->setAccessibleName(tr("Preset of settings"));
     presets_->setToolTip(
-        tr("Puts the settings of a preset in place, and keeps them with the session's folder"));
+        tr("Makes the settings of a preset the current ones, and stores them with the session's folder"));
     presets_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     rows->addWidget(presets_);
     nameRow_ = new QWidget;
@@ -68,7 +68,7 @@ PresetBar::PresetBar(Desktop& desktop, QWidget* parent)
     connect(rename_, &QPushButton::clicked, this, [this] { askForName(true); });
     connect(delete_, &QPushButton::clicked, this, [this] {
         if (!isAgreed(this, tr("Delete preset?"),
-                      tr("“%1” can't be brought back. The settings in force stay as they are.").arg(chosen()),
+                      tr("“%1” can't be brought back. The current settings do not change.").arg(chosen()),
                       tr("Delete"), tr("Cancel")))
             return;
         run("deletePreset", named("name", utf8(chosen())), [self = QPointer(this)](const JSON&) {

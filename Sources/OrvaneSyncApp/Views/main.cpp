@@ -41,7 +41,7 @@ using namespace orvane;
 
 #ifndef NDEBUG
 void logBlocking(const char* what, const char* work) {
-    platform::logError(std::string("The window is held up by ") + what + " in " + work);
+    platform::logError(std::string("The window waits for ") + what + " in " + work);
 }
 #endif
 

@@ -195,7 +195,7 @@ platform::Task overrideRange(Controller& controller, const Call& call) {
 std::vector<Command> flagCommands() {
     using namespace undoSteps;
     return {
-        onGroup("resetAudioOffset", "Puts the sound back to where the timecode lays it.", resetAudioOffset,
+        onGroup("resetAudioOffset", "Puts the sound back to its place by timecode.", resetAudioOffset,
                 &ClipEditing::resetAudioOffset, hasOffset),
         onGroup("toggleApproved", ShortcutAction::toggleApproved, toggleApproved,
                 &ClipEditing::toggleApproved)
@@ -285,25 +285,26 @@ std::vector<Command> nameCommands() {
              [](Controller& controller, const Call& call) {
                  controller.clips().setManualClipName(call.id("groupID"), call.text("name"));
              }),
-        Command("batchRename", "Rename Clips…",
-                "Gives all clips, or those that are named, but not those that bear their camera's file name, "
-                "another name: replaces a text, pads numbers with zeros, adds a prefix and a suffix.",
-                {{.name = "find", .kind = text, .isOptional = true},
-                 {.name = "replace", .kind = text, .isOptional = true},
-                 {.name = "padDigits",
-                  .kind = integer,
-                  .isOptional = true,
-                  .lowest = 0,
-                  .highest = BatchRenamer::mostPadDigits},
-                 {.name = "prefix", .kind = text, .isOptional = true},
-                 {.name = "suffix", .kind = text, .isOptional = true},
-                 {.name = "groupIDs", .kind = texts, .isOptional = true}},
-                batchRename)
+        Command(
+            "batchRename", "Rename Clips…",
+            "Renames all clips, or the given ones, but not those that have the name of their camera file: "
+            "replaces a text, pads numbers with zeros, adds a prefix and a suffix.",
+            {{.name = "find", .kind = text, .isOptional = true},
+             {.name = "replace", .kind = text, .isOptional = true},
+             {.name = "padDigits",
+              .kind = integer,
+              .isOptional = true,
+              .lowest = 0,
+              .highest = BatchRenamer::mostPadDigits},
+             {.name = "prefix", .kind = text, .isOptional = true},
+             {.name = "suffix", .kind = text, .isOptional = true},
+             {.name = "groupIDs", .kind = texts, .isOptional = true}},
+            batchRename)
             .undoneBy(setManualClipName)
             .when(hasClipsWhileIdle)
             .inMenu(Menu::clip, 510),
         Command("clearAllManualNames", "Clear All Manual Names",
-                "Takes every name back that was given by hand; the naming rules name the clips again.", {},
+                "Removes all names that were entered by hand; the naming rules name the clips again.", {},
                 [](CommandContext& context, const Call&) {
                     context.controller->clips().clearAllManualNames();
                     return JSON();
@@ -444,7 +445,8 @@ std::vector<Command> undoCommands() {
                 return isScanIdle(context) && context.controller->work().undoState().canRedo;
             })
             .inMenu(Menu::edit, 120),
-        Command("undoState", "What Can Be Undone", "Says what can be taken back and made again.", {},
+        Command("undoState", "What Can Be Undone",
+                "Gives the names of the steps that “undo” and “redo” would take.", {},
                 [](CommandContext& context, const Call&) {
                     return undoStateJSON(context.controller->work().undoState());
                 }),

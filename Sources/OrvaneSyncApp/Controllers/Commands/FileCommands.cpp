@@ -70,16 +70,16 @@ platform::Task exportedDocument(CommandContext& context, Call call, std::shared_
     const platform::Task making =
         controller->exporting().exportInBackground(clip, exportSettings(context, call), result);
     co_await making;
-    auto telling = platform::onQueue(queue, mainThread,
-                                     [output, result, work = std::move(work)](const std::stop_token& stop) {
-                                         addOwnWarnings(work, *result, Matching::canChange, stop);
-                                         return exportJSON(work, *result, output);
-                                     });
-    JSON told = co_await telling;
+    auto describing = platform::onQueue(
+        queue, mainThread, [output, result, work = std::move(work)](const std::stop_token& stop) {
+            addOwnWarnings(work, *result, Matching::canChange, stop);
+            return exportJSON(work, *result, output);
+        });
+    JSON description = co_await describing;
     auto writing = platform::onQueue(
         queue, mainThread, [guard, output, result] { (*guard)->write(output, result->fcpxmlString); });
     co_await writing;
-    *answer = std::move(told);
+    *answer = std::move(description);
 }
 
 platform::Task saveProject(CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
@@ -140,11 +140,11 @@ std::vector<Command> reportCommands() {
             .alsoBy({"report"})
             .when(isScanIdle)
             .inMenu(Menu::file, 230),
-        onGroup("clearALEMetadata", "Removes what reports said of the clip.", steps::clearALEMetadata,
+        onGroup("clearALEMetadata", "Removes the report data of the clip.", steps::clearALEMetadata,
                 &ReportController::clearALEMetadata, hasALEMetadata),
         onGroup("clearLockitMetadata", "Removes what LockitNetwork said of the clip.",
                 steps::clearLockitMetadata, &ReportController::clearLockitMetadata, hasLockitMetadata),
-        onAll("clearALEMetadataForAllClips", "Removes what reports said of all clips.",
+        onAll("clearALEMetadataForAllClips", "Removes the report data of all clips.",
               steps::clearALEMetadataForAllClips, &ReportController::clearALEMetadataForAllClips,
               &ReportController::aleMetadataClipCount)
             .inMenu(Menu::file, 240),

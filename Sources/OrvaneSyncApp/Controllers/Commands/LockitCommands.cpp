@@ -98,7 +98,7 @@ JSON groupedMetadata(CommandContext& context, const Call& call) {
 std::vector<Command> lockitCommands() {
     return {
         Command::later("lockitStatus", "State of LockitNetwork",
-                       "Gives who is signed in, and what came of the last sync.", {}, status)
+                       "Gives who is signed in, and the result of the last sync.", {}, status)
             .alsoBy({"lockit"}),
         Command::later(
             "signIn", "Sign In with LockitNetwork",
@@ -107,7 +107,7 @@ std::vector<Command> lockitCommands() {
             {}, signIn)
             .alsoBy({"lockit"}),
         Command("completeSignIn", "Paste the Callback",
-                "Hands the address that the page has led to to the sign-in that waits; is not held up by it.",
+                "Gives the waiting sign-in the address that its page ended at; answers at once.",
                 {{"callbackURL", text}}, completeSignIn)
             .alsoBy({"lockit"})
             .servedAtOnce(),

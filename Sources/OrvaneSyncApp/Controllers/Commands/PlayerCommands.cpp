@@ -162,7 +162,7 @@ std::vector<Command> transportCommands() {
 std::vector<Command> handCommands() {
     return {
         Command::later(
-            "playerKey", "Press a Key", "Hands a key to the screen in front.",
+            "playerKey", "Press a Key", "Sends a key to the screen in front.",
             {{"key", text}, {"modifiers", texts, true}, {"isDown", boolean}, {"isRepeat", boolean, true}},
             pressKey)
             .alsoBy({"play"}),

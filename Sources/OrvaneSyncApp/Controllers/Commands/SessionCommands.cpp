@@ -186,7 +186,7 @@ std::vector<Command> openingCommands() {
                 context.sessions->beginSessionOfOpenWork(*context.controller);
                 return saved(context, context.sessions->save(*context.controller, std::move(name)));
             }),
-        Command::later("loadSession", "Open Session", "Opens a session in place of the work that is open.",
+        Command::later("loadSession", "Open Session", "Opens a session instead of the open work.",
                        {sessionId}, loadSession)
             .alsoBy({"session"})
             .otherWork(isOtherSession)

@@ -97,7 +97,8 @@ std::vector<Command> shortcutCommands() {
             "saveShortcutProfile", "Save Shortcut Profile", "Keeps the present keys under a name.", {profile},
             [](ShortcutCenter& center, const Call& call) { return center.saveProfile(call.text("name")); }),
         row<profilesListing>(
-            "loadShortcutProfile", "Load Shortcut Profile", "Puts the keys of a profile in place.", {profile},
+            "loadShortcutProfile", "Load Shortcut Profile", "Makes the keys of a profile the current ones.",
+            {profile},
             [](ShortcutCenter& center, const Call& call) { return center.loadProfile(call.text("name")); }),
         row<profilesListing>(
             "deleteShortcutProfile", "Delete Shortcut Profile",

@@ -67,7 +67,7 @@ QWidget* KeyboardPage::makeProfiles() {
     auto* load = new QHBoxLayout;
     profiles_ = new Choice;
     profiles_->setAccessibleName(tr("Profile of keys"));
-    profiles_->setToolTip(tr("Puts the keys of a profile in place"));
+    profiles_->setToolTip(tr("Makes the keys of a profile the current ones"));
     profiles_->setMinimumWidth(profileWidth);
     deleteProfile_ = button(tr("Delete"));
     deleteProfile_->setToolTip(tr("Deletes the profile; the present keys stay"));

@@ -198,10 +198,10 @@ std::optional<LeavingOut::Options> LeavingOut::of(const std::function<bool(const
         for (const std::string& file : kept)
             if (isMeant(file)) others.emplace_back(lastName(file));
         const auto ranges = numberRanges(names, others);
-        if (ranges.empty() || !std::ranges::all_of(ranges, [&](const NumberRange& range) {
+        const bool areFew = !ranges.empty() && options.count() + ranges.size() <= mostOptions;
+        if (!areFew || !std::ranges::all_of(ranges, [&](const NumberRange& range) {
                 return propose(own + range.pattern, [&](const std::string& file) {
-                    return isMeant(file) &&
-                           std::ranges::find(range.names, lastName(file)) != range.names.end();
+                    return isMeant(file) && std::ranges::binary_search(range.names, lastName(file));
                 });
             }))
             return std::nullopt;

@@ -32,6 +32,8 @@ std::string escapedInPattern(std::string_view path);
 /// the paths of all files with the rules of a scan.
 class LeavingOut {
   public:
+    static constexpr std::size_t mostOptions = 6; ///< more are too many to type or to check by eye
+
     explicit LeavingOut(const Shoot& shoot);
 
     struct Options {
@@ -42,7 +44,8 @@ class LeavingOut {
         std::vector<CureOption> options() const;
     };
     /// Absent if no options separate the files to leave out from the others. `byNumber`: files of one card
-    /// may also be separated by their numbers, those before a moment from those after it.
+    /// may also be separated by their numbers, those before a moment from those after it, if at most
+    /// `mostOptions` do that.
     std::optional<Options> of(const std::function<bool(const MediaAsset&)>& isLeftOut,
                               bool byNumber = false) const;
 

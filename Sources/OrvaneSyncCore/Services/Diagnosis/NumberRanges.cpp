@@ -90,6 +90,7 @@ std::vector<NumberRange> rangesBy(const Alike& names, std::size_t place) {
                 range.names.push_back(std::move(name));
             }
             if (range.names.empty()) continue;
+            std::ranges::sort(range.names);
             for (std::size_t i = 0; i < names.own.front().size(); ++i) {
                 const std::string& piece = names.own.front()[i];
                 range.pattern += i == place   ? pattern

@@ -5,7 +5,7 @@
 
 namespace orvane {
 
-/// A pattern for `--exclude`, and the names that it fits.
+/// A pattern for `--exclude`, and the names that it fits, sorted by bytes.
 struct NumberRange {
     std::string pattern;
     std::vector<std::string> names;

@@ -15,8 +15,7 @@ namespace orvane {
 namespace {
 
 std::optional<CureScan> scanWithout(const std::optional<LeavingOut::Options>& others, const char* files) {
-    constexpr std::size_t most = 6;
-    if (!others || others->count() > most)
+    if (!others || others->count() > LeavingOut::mostOptions)
         return CureScan{files, {}, "put links to them into a folder of their own"};
     if (others->count() == 0) return std::nullopt; // the scan has no others
     return CureScan{"this card", others->options()};

@@ -129,6 +129,43 @@ TEST_F(WorkDoubtsTest, ListeningSaysWhatItFoundWithoutAnyMatch) {
     }
 }
 
+/// Two units whose sound folders were exchanged. Each clip has its own recording, that of a bag recorder of
+/// the same unit and the end of the other unit's.
+TEST_F(WorkDoubtsTest, ANamedRecordingIsChosenWithoutThoseOfAnotherUnit) {
+    std::vector<MediaAsset> clips, recordings;
+    const auto time = [](int second) {
+        const std::string seconds = std::to_string(second % 60);
+        return "10:0" + std::to_string(second / 60) + ":" + (seconds.size() < 2 ? "0" : "") + seconds + ":00";
+    };
+    for (int i = 0; i < 4; ++i)
+        for (const bool isOfA : {true, false}) {
+            const std::string number = (isOfA ? "A" : "B") + std::to_string(i);
+            const int start = 10 + 60 * i + (isOfA ? 0 : 14);
+            clips.push_back(
+                test::video(std::string(isOfA ? "U1" : "U2") + "/CAM/" + number + ".mov", time(start), 12));
+            for (const char* recorder : {"/SOUND/T", "/SOUND_BAG/L"})
+                recordings.push_back(test::audio(
+                    (isOfA ? "U2" : "U1") + std::string(recorder) + number + ".wav", time(start - 5), 30));
+        }
+    controller_->openStoredWork({{}, {}, SyncEngine().match(clips, recordings, MatchRules())});
+    std::vector<ReviewLine> lines = reviewLines(WorkSnapshot(*controller_));
+    for (ReviewLine& line : lines) {
+        const std::string clip = *line[ReviewColumn::cameraFile];
+        line[ReviewColumn::choice] = "T" + clip.substr(clip.find('.') - 2, 2) + ".wav";
+    }
+    const auto chosen = readDecisions(WorkSnapshot(*controller_), lines).decisions;
+    EXPECT_EQ(chosen.size(), 8U) << "also those of which it is the first one";
+    carryOut(*controller_, undoSteps::applyReview, chosen);
+    for (const SyncGroup& group : controller_->work().syncGroups()) {
+        EXPECT_EQ(group.matchStatus, MatchStatus::manual());
+        ASSERT_EQ(group.audioMatches.size(), 2U) << group.video.filename;
+        const std::string clip = group.video.filename.substr(0, 2);
+        EXPECT_EQ(group.primaryAudio()->filename, "T" + clip + ".wav");
+        EXPECT_EQ(group.audioMatches[1].audio->filename, "L" + clip + ".wav");
+    }
+    EXPECT_TRUE(readDecisions(WorkSnapshot(*controller_), lines).decisions.empty()) << "each has it";
+}
+
 TEST_F(WorkDoubtsTest, AreKeptByAMarkOnAClipWithoutARecording) {
     controller_->openStoredWork({{},
                                  {},

@@ -355,6 +355,21 @@ TEST(HeardSound, FoldersOfUnitsThatAllMicrophonesContradictAreExchanged) {
                 EXPECT_EQ(doubt.suggestion->recordingID == match.audio->id,
                           match.audio->url.path.starts_with("/U2/"));
         }
+        // The chosen recordings show the same. Beside one of them, the other unit's stays audible.
+        for (SyncGroup group : shot.groups) {
+            if (!group.primaryAudio()->url.path.starts_with("/U2/"))
+                std::swap(group.audioMatches[0], group.audioMatches[1]);
+            if (group.id != shot.groups[5].id) group.audioMatches.pop_back();
+            group.matchStatus = MatchStatus::manual();
+            shot.groups.update(group.id, [&](SyncGroup& own) { own = group; });
+        }
+        shot.claims.clear();
+        shot.hear();
+        ASSERT_EQ(shot.doubts.byGroup.size(), 1U);
+        const auto& [clip, own] = *shot.doubts.byGroup.begin();
+        EXPECT_EQ(clip, shot.groups[5].id);
+        ASSERT_TRUE(own.front().suggestion);
+        EXPECT_EQ(own.front().suggestion->recordingID, shot.groups[5].primaryAudio()->id);
     }
 }
 

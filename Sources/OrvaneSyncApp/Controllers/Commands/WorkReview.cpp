@@ -5,11 +5,12 @@
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Ingest/ALEParser.h"
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
-#include "OrvaneSyncCore/Services/Matching/RecorderMark.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
+#include "OrvaneSyncCore/Services/Takes/RecordedAtOnce.h"
+#include "OrvaneSyncCore/Services/Takes/SeparateUnits.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Files.h"
@@ -62,6 +63,31 @@ std::string doubtText(const SyncGroup& group, const SyncDoubts& doubts, Unmatche
     for (const SyncDoubt& one : own->second)
         texts.push_back(one.cure.isEmpty() ? one.message : one.message + " (" + one.cure.text() + ")");
     return platform::text::joined(texts, "; ");
+}
+
+SeparateUnits unitsOf(const SyncGroupList& groups, Places& places) {
+    std::vector<SeparateUnits::Clip> clips;
+    for (const SyncGroup& group : groups)
+        if (const auto place = places.of(group.video))
+            clips.push_back({&group, place->range, place->knownDay()});
+    return SeparateUnits(std::move(clips));
+}
+
+/// The recordings beside the clip's first one that a choice of the first one removes, as they would be heard
+/// as well: those of another unit, and those that the recorder of the first one cannot have made at the same
+/// time.
+std::vector<UUID> notBesideFirst(const SyncGroup& group, const SeparateUnits& units) {
+    std::vector<UUID> others;
+    if (group.audioMatches.size() < 2) return others;
+    const MediaAsset& first = *group.primaryAudio();
+    for (const std::size_t match : ofOtherMoments(group)) others.push_back(group.audioMatches[match].id);
+    for (const TakeFile& file : takeOf(group, assumedChannels).files) {
+        const AudioMatch& match = group.audioMatches[file.matchIndex];
+        if (file.role == TakeRole::alternate && units.areOfTwo(first, *match.audio) &&
+            std::ranges::find(others, match.id) == others.end())
+            others.push_back(match.id);
+    }
+    return others;
 }
 
 class Reading {
@@ -204,11 +230,20 @@ class Reading {
         for (std::size_t position = 0; position < recordings.size(); ++position)
             for (const std::size_t match : recordings[position]) {
                 if (group.audioMatches[match].audio->id != id) continue;
-                if ((position != 0 || !isChosen(group)) && mayChange(line, group, decision))
+                if ((position != 0 || !isChosenAlone(group)) && mayChange(line, group, decision))
                     decision.matchID = group.audioMatches[match].id;
                 return;
             }
         if (mayChange(line, group, decision)) decision.others.emplace_back(*pool_[*place]);
+    }
+
+    /// Whether naming the clip's first recording would change nothing. The number 1 is also in the table of a
+    /// clip that nobody decided, the name only where it was chosen.
+    bool isChosenAlone(const SyncGroup& group) {
+        if (group.isLocked) return isChosen(group);
+        if (group.matchStatus.kind != MatchStatus::Kind::manual) return false;
+        if (!units_) units_ = unitsOf(work_.groups(), places_);
+        return notBesideFirst(group, *units_).empty();
     }
 
     /// Adds the other files of the chosen recording's take that meet the clip, once its sound is moved as the
@@ -279,6 +314,7 @@ class Reading {
     const FileNames& names_;
     const ClipRates rates_;
     Places places_;
+    std::optional<SeparateUnits> units_; ///< made when it is needed
     std::unordered_map<std::string, std::vector<const SyncGroup*>> shown_, byFilename_;
     std::unordered_set<UUID> seen_;
     std::vector<const MediaAsset*> pool_;           ///< all recordings; filled when the first one is named
@@ -286,26 +322,21 @@ class Reading {
     std::vector<TakeMembership::Candidate> placed_; ///< those of `pool_` with a place in time
 };
 
-/// Chooses one of the clip's recordings and removes those that its recorder cannot have made at the same
-/// time: they are there by chance, and would be heard as well.
-void chooseAmong(ImportController& controller, const UUID& groupID, const UUID& matchID) {
-    controller.recordings().chooseRecording(groupID, matchID);
-    const SyncGroup* group = controller.work().syncGroups().find(groupID);
-    if (group == nullptr || group->audioMatches.empty()) return;
-    const auto rangeOf = [](const AudioMatch& match) {
-        return SyncEngine::TCRange{match.syncOffsetSeconds,
-                                   match.syncOffsetSeconds + match.audio->durationSeconds.value_or(0)};
-    };
-    const AudioMatch& chosen = group->audioMatches.front();
-    std::vector<UUID> others;
-    for (const TakeFile& file : takeOf(*group, assumedChannels).files) {
-        const AudioMatch& other = group->audioMatches[file.matchIndex];
-        constexpr double keptFromBefore = 0.5; // of a take, by a recorder that buffers
-        if (file.role == TakeRole::alternate && areOfOneRecorder(*chosen.audio, *other.audio) &&
-            SyncEngine::overlapDuration(rangeOf(chosen), rangeOf(other)).value_or(0) > keptFromBefore)
-            others.push_back(other.id);
+/// Removes what lies beside the chosen recordings by chance. To be called when all clips have theirs, because
+/// these show the units.
+void removeBesideChosen(ImportController& controller, const std::vector<ReviewDecision>& decisions) {
+    const SyncGroupList groups = controller.work().syncGroups();
+    Places places(controller.work().matchRules());
+    for (const SyncGroup& group : groups) places.learn(group.video);
+    const SeparateUnits units = unitsOf(groups, places);
+    for (const ReviewDecision& decision : decisions) {
+        const SyncGroup* group = decision.matchID ? groups.find(decision.groupID) : nullptr;
+        if (group == nullptr || group->isMOS()) continue;
+        const auto others = notBesideFirst(*group, units);
+        for (const UUID& other : others) controller.recordings().removeAudioMatch(group->id, other);
+        // A removal leaves the choice among the rest open.
+        if (!others.empty()) controller.recordings().chooseRecording(group->id, *decision.matchID);
     }
-    for (const UUID& other : others) controller.recordings().removeAudioMatch(groupID, other);
 }
 
 /// Attaches the files of a take, chooses the first one, and removes the clip's other recordings: the clip's
@@ -327,17 +358,20 @@ void replaceRecordings(ImportController& controller, const UUID& groupID,
     for (const UUID& other : others) controller.recordings().removeAudioMatch(groupID, other);
 }
 
-void carryOutOne(ImportController& controller, const ReviewDecision& decision) {
-    const auto setLock = [&](bool isLocked) {
-        const SyncGroup* group = controller.work().syncGroups().find(decision.groupID);
-        if (group != nullptr && group->isLocked != isLocked)
-            controller.clips().toggleLocked(decision.groupID);
-    };
-    if (decision.isLocked == false) setLock(false);
+void setLock(ImportController& controller, const UUID& groupID, bool isLocked) {
+    const SyncGroup* group = controller.work().syncGroups().find(groupID);
+    if (group != nullptr && group->isLocked != isLocked) controller.clips().toggleLocked(groupID);
+}
+
+void chooseRecordings(ImportController& controller, const ReviewDecision& decision) {
+    if (decision.isLocked == false) setLock(controller, decision.groupID, false);
     if (!decision.others.empty()) replaceRecordings(controller, decision.groupID, decision.others);
-    if (decision.matchID) chooseAmong(controller, decision.groupID, *decision.matchID);
+    if (decision.matchID) controller.recordings().chooseRecording(decision.groupID, *decision.matchID);
     for (const UUID& other : decision.otherDays)
         controller.recordings().removeAudioMatch(decision.groupID, other);
+}
+
+void carryOutTheRest(ImportController& controller, const ReviewDecision& decision) {
     if (decision.offsetSeconds) {
         controller.clips().resetAudioOffset(
             decision.groupID); // so that the sum is exactly the requested offset
@@ -348,7 +382,7 @@ void carryOutOne(ImportController& controller, const ReviewDecision& decision) {
     if (group != nullptr &&
         decision.isSkipped.value_or(group->isExcludedFromExport) != group->isExcludedFromExport)
         controller.clips().toggleExcludedFromExport(decision.groupID);
-    if (decision.isLocked == true) setLock(true);
+    if (decision.isLocked == true) setLock(controller, decision.groupID, true);
 }
 
 } // namespace
@@ -419,7 +453,9 @@ void carryOut(ImportController& controller, const UndoStep& step,
               const std::vector<ReviewDecision>& decisions) {
     if (!decisions.empty())
         controller.withUndo(step, [&] {
-            for (const ReviewDecision& decision : decisions) carryOutOne(controller, decision);
+            for (const ReviewDecision& decision : decisions) chooseRecordings(controller, decision);
+            removeBesideChosen(controller, decisions);
+            for (const ReviewDecision& decision : decisions) carryOutTheRest(controller, decision);
         });
 }
 

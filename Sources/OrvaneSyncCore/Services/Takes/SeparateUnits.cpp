@@ -132,10 +132,13 @@ bool SeparateUnits::mayHave(const SyncGroup& a, const SyncGroup& b) const {
     return relation(a, b) == Relation::unclear;
 }
 
+bool SeparateUnits::areOfTwo(const MediaAsset& one, const MediaAsset& other) const {
+    return relation(one, other) == Relation::twoUnits && !areOfOneSlate(one, other);
+}
+
 bool SeparateUnits::isOfOther(const SyncGroup& clip, const MediaAsset& recording) const {
     const MediaAsset* own = clip.primaryAudio();
-    return own != nullptr && isNearer(clip, *own, recording) &&
-           relation(*own, recording) == Relation::twoUnits && !areOfOneSlate(*own, recording);
+    return own != nullptr && isNearer(clip, *own, recording) && areOfTwo(*own, recording);
 }
 
 } // namespace orvane

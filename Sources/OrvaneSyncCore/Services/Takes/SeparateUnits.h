@@ -32,7 +32,10 @@ class SeparateUnits {
     /// The same, if it is not clear: there are few clips, or they roll together for more of the time than two
     /// units mostly do, and for less of it than cameras of one scene mostly do.
     bool mayHave(const SyncGroup& a, const SyncGroup& b) const;
-    /// Whether a recording is of another unit than the clip's first recording.
+    /// Whether two recordings are of two units by the clips that have each of them first, wherever their
+    /// folders are, and do not state one scene and take.
+    bool areOfTwo(const MediaAsset& one, const MediaAsset& other) const;
+    /// Whether a recording is of another unit than the clip's first recording, which is nearer to the clip.
     bool isOfOther(const SyncGroup& clip, const MediaAsset& recording) const;
     /// The highest folder that contains one file and not the other, with a slash at the end; empty for files
     /// of one folder.

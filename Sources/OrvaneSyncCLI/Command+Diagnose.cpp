@@ -38,21 +38,23 @@ std::string countsText(const ImportController& controller) {
 /// What the cameras' microphones could not decide, and where they do not confirm the timecode.
 std::string heardText(const ImportController& controller) {
     const WorkDoubts::Listened& listened = controller.derivedDoubts().listened();
-    std::string offset = roughOffsetText(listened) + (listened.isOffsetRough ? "\n" : "");
-    if (listened.unheard == 0) return offset;
-    return offset + "The cameras' microphones heard the sound of " + std::to_string(listened.heard) + " of " +
-           counted(listened.heard + listened.unheard, "clip", "clips") + " that were listened to, and in " +
-           std::to_string(listened.unheard) + " nothing of it.\n";
+    std::string text = roughOffsetText(listened) + (listened.isOffsetRough ? "\n" : "");
+    if (listened.unheard > 0)
+        text += "The cameras' microphones heard the sound of " + std::to_string(listened.heard) + " of " +
+                counted(listened.heard + listened.unheard, "clip", "clips") +
+                " that were listened to, and in " + std::to_string(listened.unheard) + " nothing of it.\n";
+    return text + (listened.notCompared.isEmpty() ? "" : listened.notCompared.text() + "\n");
 }
 
 /// Where nothing is in doubt of what was read, whoever looks at the last line alone takes all for right.
 std::string nothingInDoubt(const WorkSnapshot& work) {
+    const std::string nothing =
+        work.notCompared().isEmpty() ? "Nothing is in doubt" : "Nothing is in doubt by timecode";
     const auto& found = work.discoveryResult;
-    if (!found || found->unreadMedia.empty()) return "Nothing is in doubt.\n";
+    if (!found || found->unreadMedia.empty()) return nothing + ".\n";
     const auto count = found->unreadMedia.size();
-    return "Nothing is in doubt of what was read; " + counted(count, "file", "files") +
-           " can't be read: convert " + (count == 1 ? "it" : "them") +
-           " to QuickTime, MP4, MXF, WAVE or AIFF first.\n";
+    return nothing + " of what was read; " + counted(count, "file", "files") + " can't be read: convert " +
+           (count == 1 ? "it" : "them") + " to QuickTime, MP4, MXF, WAVE or AIFF first.\n";
 }
 
 std::string findingsText(const WorkSnapshot& work, std::span<const std::string> call) {

@@ -5,6 +5,7 @@
 #include "OrvaneSyncApp/Controllers/OpenWork.h"
 #include "OrvaneSyncApp/Controllers/ScanController.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioController.h"
+#include "OrvaneSyncCore/Services/Diagnosis/NotCompared.h"
 #include "Platform/Task.h"
 
 #include <cstdint>
@@ -60,6 +61,7 @@ class WorkDoubts {
         /// offset is then only approximate: a clock is usually set to whole seconds, and a camera's
         /// microphone may be behind by frames.
         bool isOffsetRough = false;
+        NotCompared notCompared = {};
         bool operator==(const Listened&) const = default;
     };
     const Listened& listened() const { return listened_; }

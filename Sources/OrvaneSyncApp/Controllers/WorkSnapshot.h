@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncCore/Services/Diagnosis/NotCompared.h"
 #include "OrvaneSyncCore/Services/Diagnosis/UnmatchedReasons.h"
 
 #include <memory>
@@ -45,6 +46,8 @@ class WorkSnapshot {
     /// Whether the first option of the doubt's cure helps; see `CureTrial::helps`. Matches the clips; throws
     /// Stopped.
     bool helps(const CardDoubt& doubt, const std::stop_token& stop = {}) const;
+    /// As the last listening left it.
+    NotCompared notCompared() const { return NotCompared::of(groups(), source_.heard.get()); }
     OpenWork::Counts counts() const { return OpenWork::Counts::of(groups()); }
     /// Why clips have no sound and recordings no clip.
     UnmatchedReasons unmatchedReasons() const;

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
+#include "OrvaneSyncCore/Services/Diagnosis/NotCompared.h"
 #include "Shot.h"
 
 namespace orvane::test::doubts {
@@ -303,6 +304,32 @@ TEST(HeardSound, OfTwoRecordersTheOneThatWasHeardStays) {
                   areTwo && heard == 2)
             << doubt.cure.text();
     }
+}
+
+TEST(HeardSound, CamerasThatCouldNotBeComparedAreCounted) {
+    HeardShot shot({"/S/T"});
+    for (std::size_t i = 0; i < 3; ++i)
+        shot.videos.push_back(clipAt("/B/B" + std::to_string(i) + ".mov", 25200 + 5400 * double(i), 15));
+    shot.match();
+    const auto foldersOf = [&](const HeardSound* heard) {
+        std::string text;
+        for (const auto& camera : NotCompared::of(shot.groups, heard).cameras)
+            text += camera.folder + " " + std::to_string(camera.clips) + (camera.hasSound ? " sound " : " ");
+        return text;
+    };
+    EXPECT_EQ(foldersOf(nullptr), "/B 3 /CAM 8 sound ");
+    HeardSound heard;
+    const auto clip =
+        std::ranges::find(shot.groups, "A0.mov", [](const auto& one) { return one.video.filename; });
+    heard.lags[clip->audioMatches.front().id] = {0.01};
+    EXPECT_EQ(foldersOf(&heard), "/B 3 ");
+    for (const SyncGroup& group : shot.groups) // the editor looked at two
+        if (group.video.filename == "B0.mov" || group.video.filename == "B1.mov")
+            shot.groups.update(group.id, [&](SyncGroup& own) {
+                own.isLocked = group.video.filename == "B0.mov";
+                own.manualAudioOffsetSeconds = own.isLocked ? 0 : 0.04;
+            });
+    EXPECT_EQ(foldersOf(&heard), "/B 1 ");
 }
 
 TEST(HeardSound, NumbersAreThoseOfTheFramesThatTheFixMoves) {

@@ -74,6 +74,8 @@ JSON diagnosisJSON(const WorkSnapshot& work) {
     json.set("counts", countsJSON(work));
     json.set("doubts", std::move(doubts));
     if (const LeftOver left = leftOver(work); !left.isEmpty()) json.set("leftOver", toJSON(left));
+    if (const NotCompared others = work.notCompared(); !others.isEmpty())
+        json.set("notCompared", toJSON(others));
     return json;
 }
 

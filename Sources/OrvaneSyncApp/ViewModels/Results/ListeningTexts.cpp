@@ -43,7 +43,8 @@ std::string heardText(const WorkDoubts::Listened& listened, bool isInDoubt) {
     if (isInDoubt)
         say("The doubts are shown above the list.");
     else if (listened.heard > 0)
-        say("Nothing is in doubt.");
+        say(listened.notCompared.isEmpty() ? "Nothing is in doubt." : "Nothing is in doubt by timecode.");
+    if (!listened.notCompared.isEmpty()) say(listened.notCompared.text());
     return said;
 }
 

@@ -227,12 +227,16 @@ TEST_F(CardsTest, aTableOfOneCardIsGoodForTheWholeShoot) {
         << sync.err;
 }
 
-TEST(HeardReview, WhatTheCamerasHeardIsFilledInAndTakenBack) {
-    constexpr int rate = 8000, takeSeconds = 25, clipSeconds = 12, from = 6;
-    const test::TemporaryDirectory folder;
-    std::filesystem::create_directory(folder.path("shoot"));
-    const auto at = [&](const std::string& name) { return folder.path("shoot/" + name); };
-    for (const unsigned take : {1, 2}) {
+/// Clips with microphones, five minutes apart, and the recordings that they heard from the sixth second on.
+class HeardReview : public testing::Test {
+  protected:
+    static constexpr int rate = 8000, takeSeconds = 25, clipSeconds = 12, from = 6;
+
+    HeardReview() { std::filesystem::create_directory(folder_.path("shoot")); }
+
+    std::string at(const std::string& name) const { return folder_.path("shoot/" + name); }
+    /// `date`: of the recording, which then states its time; null: it states neither.
+    void film(unsigned take, const char* date = nullptr) const {
         const std::string number = std::to_string(take);
         std::mt19937 random(take);
         std::uniform_real_distribution<float> level(-50, -10), noise(-1, 1);
@@ -255,23 +259,53 @@ TEST(HeardReview, WhatTheCamerasHeardIsFilledInAndTakenBack) {
                     .samples = clipSeconds * rate,
                     .sound = heard})
             .timecode({.firstFrame = 25 * (36000 + 300 * take)})
-            .writeTo(at("A" + number + ".mov"));
-        test::WaveMaker()
-            .format({.channels = 1, .sampleRate = rate})
-            .samples(samples)
-            .writeTo(at("T" + number + ".WAV"));
+            .writeTo(at("A001C00" + number + "_261120_R1AB.mov"));
+        test::WaveMaker recording;
+        recording.format({.channels = 1, .sampleRate = rate});
+        if (date != nullptr)
+            recording.bext({.originator = "Cart",
+                            .date = date,
+                            .timeReference = static_cast<std::uint64_t>(rate) * (36000 + 300 * take - from)});
+        recording.samples(samples).writeTo(at("T" + number + ".WAV"));
     }
-    const std::string table = folder.path("heard.tsv");
-    const Outcome told = runWith({"diagnose", folder.path("shoot"), "--review", table, "--no-cache"});
+
+    const test::TemporaryDirectory folder_;
+};
+
+/// The recorder's date is one day behind. Where nobody listens, only the time of day joins them.
+TEST_F(HeardReview, WhatOnlyTheCamerasSettledIsNotDoubtedWithTheirTable) {
+    for (const unsigned take : {1, 2, 3, 4}) film(take, "2026-11-19");
+    const std::string table = folder_.path("heard.tsv");
+    const auto sync = [&](const std::vector<std::string>& more) {
+        std::vector<std::string> call{
+            "sync",    folder_.path("shoot"), "-o",        folder_.path("out.fcpxml"),
+            "--force", "--no-smart-audio",    "--no-cache"};
+        call.insert(call.end(), more.begin(), more.end());
+        return runWith(call).err;
+    };
+    const std::string doubt = "fit recordings of 2026-11-19";
+    EXPECT_NE(sync({}).find(doubt), std::string::npos);
+    const Outcome told = runWith({"diagnose", folder_.path("shoot"), "--review", table, "--no-cache"});
+    EXPECT_NE(told.out.find("Nothing is in doubt.\n"), std::string::npos) << told.out;
+    EXPECT_NE(told.out.find("4 lines are filled in"), std::string::npos) << told.out;
+    const std::string after = sync({"--apply", table});
+    EXPECT_TRUE(after.starts_with("The review changes 4 clips.\n")) << after;
+    EXPECT_EQ(after.find("2026-11-19"), std::string::npos) << after;
+}
+
+TEST_F(HeardReview, WhatTheCamerasHeardIsFilledInAndTakenBack) {
+    for (const unsigned take : {1, 2}) film(take);
+    const std::string table = folder_.path("heard.tsv");
+    const Outcome told = runWith({"diagnose", folder_.path("shoot"), "--review", table, "--no-cache"});
     ASSERT_EQ(told.status, done) << told.err;
     EXPECT_NE(told.out.find("2 lines are filled in"), std::string::npos) << told.out;
-    const auto lines = readReviewTable(folder.read("heard.tsv"));
+    const auto lines = readReviewTable(folder_.read("heard.tsv"));
     ASSERT_EQ(lines.size(), 2U);
     for (const std::size_t i : {0, 1}) {
         EXPECT_EQ(lines[i][ReviewColumn::choice], "T" + std::to_string(i + 1) + ".WAV");
         EXPECT_EQ(lines[i][ReviewColumn::offsetFrames], "-150");
     }
-    const Outcome sync = runWith({"sync", folder.path("shoot"), "-o", folder.path("out.fcpxml"), "--apply",
+    const Outcome sync = runWith({"sync", folder_.path("shoot"), "-o", folder_.path("out.fcpxml"), "--apply",
                                   table, "--json", "--no-smart-audio", "--no-cache"});
     ASSERT_EQ(sync.status, done) << sync.err;
     EXPECT_EQ(sync.json().find("counts")->find("syncClips")->integer(), 2);

@@ -32,6 +32,12 @@ const SyncDoubts& WorkSnapshot::doubts(const std::stop_token& stop) const {
     return *doubts_;
 }
 
+SyncDoubts WorkSnapshot::doubtsByTimecode(const std::stop_token& stop) const {
+    DoubtSource unheard = source_;
+    unheard.heard = nullptr;
+    return unheard.doubts(fileNames(), stop);
+}
+
 bool WorkSnapshot::helps(const CardDoubt& doubt, const std::stop_token& stop) const {
     return source_.helps(doubt, doubts(stop), fileNames(), stop);
 }

@@ -43,6 +43,10 @@ class WorkSnapshot {
     const DisplayNames& displayNames() const;
     /// Throws Stopped.
     const SyncDoubts& doubts(const std::stop_token& stop = {}) const;
+    /// The doubts of the same work if nothing had been listened to, as a program has them that does not
+    /// listen. Throws Stopped.
+    SyncDoubts doubtsByTimecode(const std::stop_token& stop = {}) const;
+    bool wasListenedTo() const { return source_.heard != nullptr; }
     /// Whether the first option of the doubt's cure helps; see `CureTrial::helps`. Matches the clips; throws
     /// Stopped.
     bool helps(const CardDoubt& doubt, const std::stop_token& stop = {}) const;

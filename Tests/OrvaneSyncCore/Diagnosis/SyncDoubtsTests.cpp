@@ -477,6 +477,15 @@ TEST(SyncDoubts, LooksAtEachClip) {
             }
         EXPECT_EQ(kinds, one.kinds) << one.name;
     }
+    Shot moved{{dropped}, {with(sound(35990, 90), rate(TimecodeFrameRate::fps29_97, "30000/1001 NDF"))}, {}};
+    moved.diagnose();
+    EXPECT_EQ(moved.count(dropMix), 1);
+    moved.groups.update(moved.groups.front().id, [](SyncGroup& own) {
+        own.matchStatus = MatchStatus::manual();
+        own.manualAudioOffsetSeconds = -36;
+    });
+    moved.derive();
+    EXPECT_EQ(moved.count(dropMix), 0) << "the editor attached and moved it";
 }
 
 TEST(SyncDoubts, AnHourThatComesTwiceNeverMixesSilently) {

@@ -385,6 +385,50 @@ void carryOutTheRest(ImportController& controller, const ReviewDecision& decisio
     if (decision.isLocked == true) setLock(controller, decision.groupID, true);
 }
 
+/// Fills in what the doubts suggest. Returns the number of lines.
+std::size_t fillInSuggestions(std::vector<ReviewLine>& lines, const WorkSnapshot& work) {
+    const ClipRates rates = ratesOf(work);
+    std::unordered_map<UUID, std::string> recordings;
+    for (const MediaAsset* recording : work.audioPool())
+        recordings.emplace(recording->id, work.fileNames().of(*recording));
+    std::size_t count = 0, number = 0;
+    for (const SyncGroup& group : work.groups()) {
+        ReviewLine& line = lines.at(number++);
+        const SyncDoubt::Suggestion* suggestion = work.doubts().suggestionFor(group);
+        if (suggestion == nullptr) continue;
+        const auto& [recording, seconds] = *suggestion;
+        if (recording) line[choice] = recordings[*recording];
+        if (!recording || seconds != 0)
+            line[offsetFrames] = reviewFrames(std::round(seconds * rates.of(group.video)));
+        ++count;
+    }
+    return count;
+}
+
+bool isMatchingInDoubt(const SyncDoubts& doubts, const UUID& groupID) {
+    const auto own = doubts.byGroup.find(groupID);
+    return own != doubts.byGroup.end() && std::ranges::any_of(own->second, [](const SyncDoubt& doubt) {
+               return rowOf(doubt.kind).topic == DoubtTopic::matching;
+           });
+}
+
+/// Names the recording of each clip that would be in doubt if nothing had been listened to: a program that
+/// applies the table without listening then has no doubt about it. Returns the number of lines.
+std::size_t fillInSettledByEar(std::vector<ReviewLine>& lines, const WorkSnapshot& work) {
+    if (!work.wasListenedTo()) return 0;
+    const SyncDoubts unheard = work.doubtsByTimecode();
+    std::size_t count = 0, number = 0;
+    for (const SyncGroup& group : work.groups()) {
+        ReviewLine& line = lines.at(number++);
+        if (!isChosen(group) || group.isLocked || !isMatchingInDoubt(unheard, group.id) ||
+            isMatchingInDoubt(work.doubts(), group.id))
+            continue;
+        line[choice] = work.fileNames().of(*group.primaryAudio());
+        ++count;
+    }
+    return count;
+}
+
 } // namespace
 
 std::vector<ReviewLine> reviewLines(const WorkSnapshot& work, const std::stop_token& stop) {
@@ -409,28 +453,13 @@ std::vector<ReviewLine> reviewLines(const WorkSnapshot& work, const std::stop_to
 }
 
 std::size_t fillInWhatWasHeard(std::vector<ReviewLine>& lines, const WorkSnapshot& work) {
-    const ClipRates rates = ratesOf(work);
-    std::unordered_map<UUID, std::string> recordings;
-    for (const MediaAsset* recording : work.audioPool())
-        recordings.emplace(recording->id, work.fileNames().of(*recording));
-    std::size_t count = 0, number = 0;
-    for (const SyncGroup& group : work.groups()) {
-        ReviewLine& line = lines.at(number++);
-        const SyncDoubt::Suggestion* suggestion = work.doubts().suggestionFor(group);
-        if (suggestion == nullptr) continue;
-        const auto& [recording, seconds] = *suggestion;
-        if (recording) line[choice] = recordings[*recording];
-        if (!recording || seconds != 0)
-            line[offsetFrames] = reviewFrames(std::round(seconds * rates.of(group.video)));
-        ++count;
-    }
-    return count;
+    return fillInSuggestions(lines, work) + fillInSettledByEar(lines, work);
 }
 
 std::vector<ReviewDecision> suggestedDecisions(const WorkSnapshot& work, const std::vector<UUID>& groupIDs,
                                                const std::stop_token& stop) {
     std::vector<ReviewLine> lines = reviewLines(work, stop), suggested;
-    if (fillInWhatWasHeard(lines, work) == 0) return {};
+    if (fillInSuggestions(lines, work) == 0) return {};
     const std::unordered_set<UUID> wanted(groupIDs.begin(), groupIDs.end());
     for (std::size_t i = 0; i < lines.size(); ++i)
         if (const SyncGroup& group = work.groups()[i];

@@ -14,9 +14,14 @@ constexpr std::ptrdiff_t mostEqualToHear = 12; // a sample of all
 constexpr double equalShare = 0.9;             // of the overlap of the first one
 constexpr double alikeSeconds = 0.2;           // a camera's own delay; the files of one take
 
-bool isAmbiguous(const Shoot::Clip& clip) {
-    return clip.group->matchStatus.kind == MatchStatus::Kind::ambiguous && !clip.isDecided;
+/// Whether any of the clip's recordings may be the right one: it has several to choose from, or it was
+/// settled by the one listed first.
+bool isAmbiguous(const SyncGroup& group) {
+    using enum MatchStatus::Kind;
+    return group.matchStatus.kind == ambiguous ||
+           (group.matchStatus.kind == manual && group.audioMatches.size() > 1);
 }
+bool isAmbiguous(const Shoot::Clip& clip) { return isAmbiguous(*clip.group) && !clip.isDecided; }
 
 /// Whether the order of the paths may have decided which recording is the clip's first.
 bool mayHaveEquals(const Shoot::Clip& clip) {
@@ -34,11 +39,11 @@ SoundClaim attachedClaim(const Shoot::Clip& clip) {
     return claimOf(clip, match, std::min(match.audio->durationSeconds.value_or(0), furthestAttachedSeconds));
 }
 
-/// The matches whose recordings have different places, by number of the match. Of a settled clip, only those
-/// that overlap it as much as the first.
+/// The matches whose recordings have different places, by number of the match. Of a clip that is not
+/// ambiguous, only those that overlap it as much as the first.
 std::vector<std::size_t> rivalsOf(const SyncGroup& group) {
     std::vector<std::size_t> rivals;
-    const double least = group.matchStatus.isSettled() && !group.audioMatches.empty()
+    const double least = !isAmbiguous(group) && !group.audioMatches.empty()
                              ? equalShare * group.audioMatches.front().overlapDurationSeconds
                              : 0;
     for (std::size_t i = 0; i < group.audioMatches.size() && rivals.size() < mostRivals; ++i) {

@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/DoubtFinders.h"
+#include "OrvaneSyncCore/Services/Takes/RecordedAtOnce.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -77,11 +78,9 @@ class ClipDoubts {
     }
 
   private:
-    /// Whether the clip was settled by its first recording, as `--choose first` does with all clips. Nobody
-    /// may have heard that it is the right one.
+    /// Whether the clip was settled by its first recording, as `--choose first` does with all clips.
     bool wasAmbiguous() const {
-        if (of_.group.matchStatus.kind != MatchStatus::Kind::manual || !of_.clip.place || !of_.clip.primary ||
-            isFirstHeard())
+        if (of_.group.matchStatus.kind != MatchStatus::Kind::manual || !of_.clip.place || !of_.clip.primary)
             return false;
         const double least = heardSeconds(of_.group, of_.take) * ambiguityShare;
         return std::ranges::any_of(of_.take.files, [&](const TakeFile& file) {
@@ -101,6 +100,10 @@ class ClipDoubts {
         if (of_.clip.isDecided) return;
         const bool isSettled = wasAmbiguous();
         if (of_.group.matchStatus.kind != MatchStatus::Kind::ambiguous && !isSettled) return;
+        auto heard = heardAmong(of_.shoot, of_.clip);
+        if (isSettled && !heard && isFirstHeard()) heard = 0;
+        // Of two recordings of one recorder that overlap, the one that was not heard is of another moment.
+        if (isSettled && heard == 0 && ofOtherMoments(of_.group).empty()) return;
         std::string files;
         constexpr std::size_t most = 3;
         for (std::size_t i = 0; i < std::min(most, of_.group.audioMatches.size()); ++i) {
@@ -114,7 +117,6 @@ class ClipDoubts {
                                       ? "the first of " + count + " recordings was chosen for " + clip +
                                             ", and none is clearly best: "
                                       : count + " recordings overlap " + clip + " and none is clearly best: ";
-        const auto heard = heardAmong(of_.shoot, of_.clip);
         if (heard)
             files += "; the microphone of the camera heard " +
                      of_.shoot.nameOf(*of_.group.audioMatches[*heard].audio);
@@ -125,16 +127,20 @@ class ClipDoubts {
         if (!isSettled && !of_.group.isLocked && mayChooseFirst)
             choice += ", or take the first of each with " + DoubtCure(CureOption::Kind::choose, "first");
         of_.add(Kind::ambiguous, about + files,
-                isSettled ? DoubtCure("take off what does not belong to it, or lock the clip")
+                isSettled ? removal(heard.has_value()) + ", or lock the clip"
                 : of_.group.isLocked
                     ? DoubtCure("the clip is locked without a recording and left out of the document: unlock "
                                 "it, then ") +
                           choice
                     : choice,
                 isSettled ? "the first was chosen: " + files : files);
-        if (heard && !isSettled)
+        if (heard)
             of_.doubts.back().suggestion =
                 SyncDoubt::Suggestion{.recordingID = of_.group.audioMatches[*heard].audio->id};
+    }
+    static DoubtCure removal(bool isHeard) {
+        const std::string what = "take off what does not belong to it";
+        return isHeard ? cureWords::asHeard(what, "'choice'") : DoubtCure(what);
     }
     void mutedSpeech() {
         const auto found = of_.shoot.input.smartAudioResults.find(of_.group.id);

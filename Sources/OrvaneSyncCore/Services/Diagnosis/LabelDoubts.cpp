@@ -37,6 +37,7 @@ class OtherCounts {
     explicit OtherCounts(ClipInDoubt& of) : of_(of) {}
 
     void add() {
+        if (of_.clip.isDecided) return; // its place is known
         dropMix();
         otherRate();
     }
@@ -63,7 +64,7 @@ class OtherCounts {
     /// Labels of one family that were counted at two rates drift apart from midnight on. A start in samples
     /// was computed from such a label at the recorder's rate.
     void otherRate() {
-        if (of_.shoot.input.rules.timecodeRate || !of_.clip.place || of_.clip.isDecided) return;
+        if (of_.shoot.input.rules.timecodeRate || !of_.clip.place) return;
         const auto& own = of_.group.video.timecodeFrameRate;
         const MediaAsset& sound = *of_.group.primaryAudio();
         if (!own || !sound.timecodeFrameRate || !sound.ixmlData || !sound.ixmlData->timecodeRate) return;

@@ -21,8 +21,12 @@ TEST(CardDoubts, FilesThatEndEarlyAreToldOnceAFolder) {
                    recordingAt("/S/T9.wav", 50000, 3)};
     shot.audios.emplace_back(FileURL{"/S/T8.wav"}, AssetKind::audio);
     shot.audios.back().fileSizeBytes = 1000;
-    for (const auto& [name, share] : std::map<std::string, double>{
-             {"T1.wav", 0.3}, {"T9.wav", 0.5}, {"A3.mov", 0.2}, {"A4.mov", 0}, {"A5.mov", 0}})
+    for (const auto& [name, share] : std::map<std::string, double>{{"T1.wav", 0.3},
+                                                                   {"T2.wav", 0.9},
+                                                                   {"T9.wav", 0.5},
+                                                                   {"A3.mov", 0.2},
+                                                                   {"A4.mov", 0},
+                                                                   {"A5.mov", 0}})
         for (auto* files : {&shot.videos, &shot.audios})
             for (MediaAsset& file : *files)
                 if (file.filename == name) file.heldShare = share;
@@ -36,7 +40,7 @@ TEST(CardDoubts, FilesThatEndEarlyAreToldOnceAFolder) {
         "'A4.mov' has no index by which it could be read: the recording was cut off before "
         "it was closed, or not copied to its end | 1";
     const std::string shorter = "'T1.wav' ends early: 0:18 of the 1:00 that its header states are there; "
-                                "likewise 'T9.wav' | 1";
+                                "likewise 'T2.wav', 'T9.wav' | 2";
     const std::string unclosed =
         "'T7.wav' was never closed by its recorder: its header does not have the true "
         "length, 0:05 can be used, and its end may be missing | 0";
@@ -50,6 +54,9 @@ TEST(CardDoubts, FilesThatEndEarlyAreToldOnceAFolder) {
     EXPECT_EQ(shortSound->cure.text(), "copy 'T1.wav' again from the card, as it ends early");
     EXPECT_EQ(std::ranges::find(own, Kind::cutByTrim, &SyncDoubt::kind), own.end());
     EXPECT_EQ(shortSound->message, "'A1.mov' " + shortSound->reason);
+    const SyncDoubt& second = shot.doubts.byGroup.at(shot.groups[1].id).front();
+    EXPECT_EQ(second.reason, "'T2.wav' ends early: 0:40 of the 0:44 that its header states are there");
+    EXPECT_TRUE(shot.doubts.isOfCard(second));
 }
 
 TEST(CardDoubts, APartThatIsMissingByTheNumbersOfARecordingIsReported) {

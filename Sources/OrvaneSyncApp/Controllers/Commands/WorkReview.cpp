@@ -60,8 +60,11 @@ std::string doubtText(const SyncGroup& group, const SyncDoubts& doubts, Unmatche
     if (own == doubts.byGroup.end() || own->second.empty())
         return group.matchStatus.isSettled() ? "" : reasons.ofClip(group);
     std::vector<std::string> texts;
-    for (const SyncDoubt& one : own->second)
-        texts.push_back(one.cure.isEmpty() ? one.message : one.message + " (" + one.cure.text() + ")");
+    for (const SyncDoubt& one : own->second) {
+        // The message about a card may name a file of another clip.
+        const std::string& text = one.reason.empty() || !doubts.isOfCard(one) ? one.message : one.reason;
+        texts.push_back(one.cure.isEmpty() ? text : text + " (" + one.cure.text() + ")");
+    }
     return platform::text::joined(texts, "; ");
 }
 

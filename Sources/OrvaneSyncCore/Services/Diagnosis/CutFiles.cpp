@@ -97,6 +97,20 @@ std::string likewise(const Shoot& shoot, const std::vector<const MediaAsset*>& f
                         : "");
 }
 
+/// What the clip's own files of those in a folder lack: the doubt about the folder begins with another one.
+std::string reasonOf(const Shoot& shoot, const SyncGroup& group,
+                     const std::vector<const MediaAsset*>& files) {
+    std::vector<std::string> reasons;
+    for (const MediaAsset* file : files) {
+        if (file == &group.video)
+            reasons.push_back(lengthsOf(*file).substr(1)); // the row has its name
+        else if (std::ranges::any_of(group.audioMatches,
+                                     [&](const AudioMatch& match) { return match.audio->id == file->id; }))
+            reasons.push_back(shoot.nameOf(*file) + lengthsOf(*file));
+    }
+    return platform::text::joined(reasons, "; ");
+}
+
 } // namespace
 
 void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
@@ -132,19 +146,17 @@ void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
         const auto more = static_cast<long long>(folder.files.size()) - 1;
         std::vector<const Shoot::Clip*> clips;
         for (const std::size_t clip : folder.clips) clips.push_back(&shoot.clips[clip]);
-        const std::string lengths = lengthsOf(first);
-        const bool isOfItsClip = more == 0 && clips.size() == 1 && &clips.front()->group->video == &first;
         addCardDoubt(
             doubts,
             {SyncDoubt::Kind::cutFile,
-             shoot.nameOf(first) + lengths + likewise(shoot, folder.files) +
+             shoot.nameOf(first) + lengthsOf(first) + likewise(shoot, folder.files) +
                  (isCopied ? "; whole copies are here and used: " + shoot.nameOf(*copies.at(first.id)) : ""),
              isCopied ? (more == 0 ? "copy it again from the card if it is kept"
                                    : "copy them again from the card if they are kept")
-                      : cureOf(known, more == 0),
-             {},
-             isOfItsClip ? lengths.substr(1) : std::string()},
+                      : cureOf(known, more == 0)},
             clips);
+        for (const Shoot::Clip* clip : clips)
+            doubts.byGroup[clip->group->id].back().reason = reasonOf(shoot, *clip->group, folder.files);
     }
 }
 

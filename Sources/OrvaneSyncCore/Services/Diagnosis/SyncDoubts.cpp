@@ -45,14 +45,15 @@ bool SyncDoubts::has(const UUID& group, std::initializer_list<SyncDoubt::Kind> k
            });
 }
 
+bool SyncDoubts::isOfCard(const SyncDoubt& doubt) const {
+    return std::ranges::any_of(cards, [&](const CardDoubt& card) {
+        return card.doubt.kind == doubt.kind && card.doubt.message == doubt.message &&
+               card.doubt.cure == doubt.cure;
+    });
+}
+
 std::vector<CardDoubt> SyncDoubts::summary(const SyncGroupList& groups) const {
     std::vector<CardDoubt> all = cards;
-    const auto isOfCard = [&](const SyncDoubt& doubt) {
-        return std::ranges::any_of(cards, [&](const CardDoubt& card) {
-            return card.doubt.kind == doubt.kind && card.doubt.message == doubt.message &&
-                   card.doubt.cure == doubt.cure;
-        });
-    };
     std::map<std::pair<SyncDoubt::Kind, std::string>, std::size_t> places;
     std::map<std::size_t, std::vector<std::string>> owns; // of the clips after the first
     for (const SyncGroup& group : groups) {

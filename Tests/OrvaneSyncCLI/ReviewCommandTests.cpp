@@ -135,6 +135,18 @@ TEST_F(CardsTest, aReviewComesBackFromASpreadsheet) {
     EXPECT_EQ(runWith({"sync", folder_.path(), "-o", table, "--apply", table, "--force"}).status, failed);
 }
 
+TEST_F(CardsTest, aLineOfACopyIsThatOfTheFileThatIsUsed) {
+    std::filesystem::copy(at("cardB"), at("offload2"));
+    const std::string table = folder_.write(
+        "in.tsv", "camera_file\tskip\noffload2/B001C001_261120_R1CD.mov\tx\noffload2/B001C002.mov\tx\n");
+    const Outcome sync = runWith(
+        {"sync", folder_.path(), "-o", at("out.fcpxml"), "--apply", table, "--no-smart-audio", "--no-cache"});
+    ASSERT_EQ(sync.status, done) << sync.err;
+    EXPECT_NE(sync.err.find("The review changes 1 clip."), std::string::npos) << sync.err;
+    EXPECT_EQ(sync.err.find("line 2"), std::string::npos) << sync.err;
+    EXPECT_NE(sync.err.find("line 3: there is no clip of the camera file"), std::string::npos) << sync.err;
+}
+
 /// A clip without sound gets a recording of another time, as from a phone.
 TEST_F(CardsTest, aChoiceMayNameAnyRecording) {
     addSecondRecorder();

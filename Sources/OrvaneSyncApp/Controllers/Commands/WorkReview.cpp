@@ -172,6 +172,8 @@ class Reading {
         std::vector<const SyncGroup*> found;
         if (const auto exact = shown_.find(file); exact != shown_.end())
             found = exact->second;
+        else if (const SyncGroup* original = clipOfCopy(file); original != nullptr)
+            found.push_back(original);
         else if (const auto others = byFilename_.find(file.substr(file.rfind('/') + 1));
                  others != byFilename_.end() && !file.empty())
             std::ranges::copy_if(others->second, std::back_inserter(found), [&](const SyncGroup* group) {
@@ -184,6 +186,23 @@ class Reading {
                                            : "several clips have the camera file '") +
                           file + "'; nothing of the line is used");
         return nullptr;
+    }
+
+    /// The clip of a camera file that the scan left out as a copy of another one; null if there is none, or
+    /// several.
+    const SyncGroup* clipOfCopy(const std::string& file) const {
+        if (!work_.scanResult() || file.empty()) return nullptr;
+        const FileURL* original = nullptr;
+        for (const CameraCopy& copy : work_.scanResult()->copies) {
+            const std::string path = platform::text::validUTF8(copy.url.path);
+            if (path != file && !path.ends_with("/" + file)) continue;
+            if (original != nullptr && *original != copy.originalURL) return nullptr;
+            original = &copy.originalURL;
+        }
+        if (original == nullptr) return nullptr;
+        const auto group = std::ranges::find(
+            work_.groups(), *original, [](const SyncGroup& one) -> const FileURL& { return one.video.url; });
+        return group != work_.groups().end() ? &*group : nullptr;
     }
 
     void readChoice(const ReviewLine& line, const SyncGroup& group, ReviewDecision& decision) {

@@ -166,7 +166,32 @@ class HeardOffsets {
         const bool areAgreed = together.size() == 1 && std::ranges::all_of(cameras, [](const Camera& camera) {
                                    return camera.offset || camera.hasNoSound();
                                });
-        for (const auto& those : together) addOffset(those, areAgreed ? cameras : those, areAgreed);
+        for (const auto& those : together) {
+            if (areAgreed)
+                addOffset(those, cameras, true);
+            else
+                for (const auto& part : ownClocks(those)) addOffset(part, part, false);
+        }
+    }
+    /// Cameras whose clocks differ by a frame and more, each agreeing closely on a lag of its own, apart:
+    /// where another camera shows that the recorder's clock is right, each of them has its own error.
+    std::vector<std::vector<Camera>> ownClocks(const std::vector<Camera>& cameras) const {
+        std::vector<std::vector<Camera>> parts;
+        const auto lagOf = [](const Camera& camera) {
+            return agreedLag::of(camera.clips->heard, agreedLag::fewestComparedClips);
+        };
+        for (const Camera& camera : cameras) {
+            const auto own = lagOf(camera);
+            const auto same = std::ranges::find_if(parts, [&](const std::vector<Camera>& others) {
+                const auto other = lagOf(others.front());
+                return !own || !other || std::abs(*own - *other) < leastFrame(camera);
+            });
+            if (same != parts.end())
+                same->push_back(camera);
+            else
+                parts.push_back({camera});
+        }
+        return parts;
     }
 
     /// `heard`: the cameras that agree on it. `all`: the cameras that the doubt is about. `areAgreed`: no

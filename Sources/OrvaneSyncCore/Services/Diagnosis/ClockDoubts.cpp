@@ -343,6 +343,8 @@ class ClockDoubts {
             cure = std::move(cure) + "; in one document, " +
                    cureWords::asHeard("attach the recordings and move them by that",
                                       "'choice' and 'offset_frames'");
+        for (const std::size_t file : card.files)
+            doubts_.recordings.insert(shoot_.recordings[file].asset->id);
         SyncDoubt doubt{Kind::constantOffset, text + known.knownTo(rate_), std::move(cure)};
         if (joinEqualDoubt(doubts_, doubt, doubted, one.name(shoot_))) return true;
         addCardDoubt(doubts_, std::move(doubt), doubted);

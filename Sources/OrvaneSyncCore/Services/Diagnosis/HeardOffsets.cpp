@@ -243,6 +243,10 @@ class HeardOffsets {
                 doubt.suggestion = SyncDoubt::Suggestion{.offsetSeconds = offset};
             }
         }
+        for (const Recording& recording : shoot_.recordings)
+            if (folderOf(*recording.asset) == std::get<1>(*heard.front().key) &&
+                recording.place.day == std::get<2>(*heard.front().key))
+                doubts_.recordings.insert(recording.asset->id);
         addCardDoubt(doubts_, std::move(doubt), unmoved);
     }
     /// The lag of the cameras that a lag of this camera can be compared with: those heard in place, else all

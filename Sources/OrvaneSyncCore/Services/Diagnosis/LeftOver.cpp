@@ -12,6 +12,7 @@
 #include <set>
 #include <string_view>
 #include <tuple>
+#include <unordered_set>
 #include <utility>
 
 namespace orvane {
@@ -75,6 +76,15 @@ bool isDamagedFile(const MediaAsset& file) {
     return file.endsEarly() || file.fileSizeBytes == 0 || nothingIsKnown(file);
 }
 
+std::unordered_set<UUID> recordingsInDoubt(const SyncDoubts& doubts) {
+    std::unordered_set<UUID> recordings = doubts.recordings;
+    for (const auto& [clip, own] : doubts.byGroup)
+        for (const SyncDoubt& doubt : own)
+            if (doubt.suggestion && doubt.suggestion->recordingID)
+                recordings.insert(*doubt.suggestion->recordingID);
+    return recordings;
+}
+
 /// The days of the recordings; absent if there is no recording, or one without a day.
 std::optional<std::set<long>>
 daysRecorded(const SyncGroupList& groups, const std::vector<const MediaAsset*>& withoutClip, Places& places) {
@@ -106,9 +116,12 @@ LeftOver LeftOver::of(const SyncGroupList& groups, const std::vector<const Media
         if (group.matchStatus.kind == MatchStatus::Kind::unmatched && !group.isExcludedFromExport &&
             !doubts.byGroup.contains(group.id))
             if (const auto place = places.of(group.video)) clips.add(group.video, *place);
+    const auto explained = recordingsInDoubt(doubts);
     for (const MediaAsset* recording : recordings)
         if (const auto place =
-                recording->isAtmo() || isDamagedFile(*recording) ? std::nullopt : places.of(*recording))
+                recording->isAtmo() || isDamagedFile(*recording) || explained.contains(recording->id)
+                    ? std::nullopt
+                    : places.of(*recording))
             sounds.add(*recording, *place);
     LeftOver result{std::move(clips).all(), std::move(sounds).all(), {}};
     const auto recorded = daysRecorded(groups, recordings, places);

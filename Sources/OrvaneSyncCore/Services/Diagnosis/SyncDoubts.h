@@ -48,6 +48,8 @@ struct SyncDoubts {
     std::map<UUID, std::vector<SyncDoubt>> byGroup;
     /// Doubts about a whole card, in the order of the cards' folders; without clips if they concern none.
     std::vector<CardDoubt> cards;
+    /// Recordings that doubts about clocks and dates are about. Those under no clip are explained by that.
+    std::unordered_set<UUID> recordings;
 
     bool isEmpty() const { return byGroup.empty() && cards.empty(); }
 

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
 
 #include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
+#include "OrvaneSyncCore/Services/Diagnosis/DoubtFinders.h"
 
 #include <algorithm>
 #include <cmath>
@@ -85,6 +86,25 @@ std::optional<std::size_t> heardAmong(const Shoot& shoot, const Shoot::Clip& cli
 std::optional<double> heardAttached(const Shoot& shoot, const Shoot::Clip& clip) {
     const HeardClaim* heard = clip.isUnplaced ? heardClaim(shoot, attachedClaim(clip)) : nullptr;
     return heard != nullptr ? heard->offsetSeconds : std::nullopt;
+}
+
+void addDayClaims(const Shoot& shoot, SyncDoubts& doubts, std::vector<SoundClaim>& toHear) {
+    addDayDoubts(shoot, doubts);
+    std::vector<const Shoot::Clip*> clips;
+    for (const Shoot::Clip& clip : shoot.clips)
+        if (isAudible(clip) && clip.place &&
+            !(clip.likelyDay() && clip.primary && shoot.recordings[*clip.primary].place.day) &&
+            doubts.has(clip.group->id, {SyncDoubt::Kind::otherDay}))
+            clips.push_back(&clip);
+    const std::size_t count = std::min(mostClipsToHear, clips.size());
+    for (std::size_t i = 0; i < count; ++i) {
+        const Shoot::Clip& clip = *clips[i * clips.size() / count];
+        std::size_t rivals = 0;
+        for (const AudioMatch& match : clip.group->audioMatches)
+            if (const SoundClaim claim = claimOf(clip, match, 0);
+                rivals++ < mostRivals && heardClaim(shoot, claim) == nullptr)
+                toHear.push_back(claim);
+    }
 }
 
 void addClipClaims(const Shoot& shoot, std::vector<SoundClaim>& toHear) {

@@ -20,6 +20,8 @@ std::optional<double> heardAttached(const Shoot& shoot, const Shoot::Clip& clip)
 /// Adds the claims that `heardAmong` and `heardAttached` need and that were not analysed, for as many clips
 /// as can be analysed in seconds.
 void addClipClaims(const Shoot& shoot, std::vector<SoundClaim>& toHear);
+/// The same for the recordings of clips whose day is in doubt, as files of several days are mixed.
+void addDayClaims(const Shoot& shoot, SyncDoubts& doubts, std::vector<SoundClaim>& toHear);
 /// Adds the claims about clocks that the cameras' microphones can decide and that were not analysed, and the
 /// doubts about clocks.
 void addClockClaims(const Shoot& shoot, SyncDoubts& doubts, std::vector<SoundClaim>& toHear);

@@ -41,7 +41,7 @@ DatedSound::DatedSound(const Shoot& shoot) : shoot_(shoot) {
     for (auto& [day, cover] : byDay) cover.finish();
     for (auto& [day, cover] : unused) cover.finish();
     areDaysMixed = daysShareHours(shoot_) || clipsShareHours(shoot_);
-    mayDaysBeMixed = areDaysMixed || undatedFilesCollide(shoot_);
+    mayDaysBeMixed = areDaysMixed || undatedFilesCollide(shoot_) || datedFilesCollide(shoot_);
     isDateGivenToSeveralShoots = givesDateToSeveralShoots(shoot_);
     if (mayDaysBeMixed) findSuspected();
     findFree();

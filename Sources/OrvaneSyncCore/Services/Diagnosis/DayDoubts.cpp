@@ -1,3 +1,4 @@
+#include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/DatedSound.h"
@@ -7,6 +8,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/MixedDays.h"
 #include "OrvaneSyncCore/Services/Diagnosis/WrittenTimes.h"
 #include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
+#include "OrvaneSyncCore/Services/Takes/RecordedAtOnce.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
@@ -91,6 +93,7 @@ class DayDoubts {
     /// Checks the first recording, else the first one beside it whose day is not reliable, as those are in
     /// the document as well. Returns whether there is a doubt.
     bool otherDay(const Shoot::Clip& clip) {
+        if (isFirstHeardWithoutDate(clip)) return ofOtherMoment(clip);
         return std::ranges::any_of(clip.group->audioMatches, [&](const AudioMatch& match) {
             const auto found = shoot_.recordingByID.find(match.audio->id);
             if (found == shoot_.recordingByID.end()) return false;
@@ -100,6 +103,36 @@ class DayDoubts {
             if (isOther) nameHeard(pair);
             return isOther;
         });
+    }
+    std::size_t countOf(const Shoot::Clip& clip) const {
+        const auto own = doubts_.byGroup.find(clip.group->id);
+        return own == doubts_.byGroup.end() ? 0 : own->second.size();
+    }
+    /// Whether the camera heard the first recording in place, and no dates say anything about its day.
+    bool isFirstHeardWithoutDate(const Shoot::Clip& clip) const {
+        if (clip.likelyDay() && primaryOf(clip).place.day) return false;
+        const AudioMatch& first = clip.group->audioMatches.front();
+        if (isHeardInPlace(shoot_, clip, first)) return true;
+        const auto* heard = shoot_.input.heardLags;
+        const auto lag = heard != nullptr ? heard->find(first.id) : decltype(heard->end()){};
+        return heard != nullptr && lag != heard->end() && std::abs(lag->second.seconds) < inPlaceSeconds;
+    }
+    /// For a clip whose camera heard its first recording: what its recorder cannot have made at the same time
+    /// is of another day. Returns whether there is a doubt.
+    bool ofOtherMoment(const Shoot::Clip& clip) {
+        const auto others = ofOtherMoments(*clip.group);
+        if (others.empty()) return false;
+        if (doubts_.has(clip.group->id, {Kind::ambiguous})) return true; // which suggests the same
+        const AudioMatch& first = clip.group->audioMatches.front();
+        const std::string beside = shoot_.nameOf(*clip.group->audioMatches[others.front()].audio) +
+                                   " beside " + shoot_.nameOf(*first.audio) +
+                                   ", which the microphone of the camera heard, and one recorder can't have "
+                                   "made both at one time";
+        doubt(clip, Kind::otherDay, shoot_.nameOf(clip.group->video) + " has " + beside,
+              cureWords::asHeard("take off what is of another day", "'choice'") + ", or lock the clip",
+              "has " + beside);
+        doubts_.byGroup[clip.group->id].back().suggestion = SyncDoubt::Suggestion{first.audio->id};
+        return true;
     }
     /// Whether the recording is a copy of another one of the clip: it is not in the document.
     static bool isCopy(const Pair& pair) {

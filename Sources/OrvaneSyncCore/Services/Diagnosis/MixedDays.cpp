@@ -3,13 +3,16 @@
 #include "OrvaneSyncCore/Services/Matching/RecorderMark.h"
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
 #include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
+#include "Platform/Text.h"
 
 #include <algorithm>
 #include <cmath>
 #include <map>
 #include <set>
 #include <string>
+#include <string_view>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace orvane {
@@ -138,7 +141,37 @@ bool beginsWhileTheOtherRuns(const TakeMembership::Candidate& a, const TakeMembe
            commonSeconds >= togetherShare * std::min(a.range.durationSeconds(), b.range.durationSeconds());
 }
 
+/// Whether one recorder would have made two of these recordings at one time.
+bool collide(std::vector<TakeMembership::Candidate> recordings) {
+    constexpr double tolerance = SplitRecordingDetector::contiguityToleranceSeconds;
+    const auto start = [](const TakeMembership::Candidate& one) { return one.range.startSeconds; };
+    std::ranges::sort(recordings, {}, start);
+    for (std::size_t i = 0; i < recordings.size(); ++i)
+        for (std::size_t k = i + 1; k < recordings.size(); ++k) {
+            const TakeMembership::Candidate &before = recordings[i], &after = recordings[k];
+            if (start(after) > before.range.endSeconds - tolerance) break;
+            const auto common = SyncEngine::overlapDuration(before.range, after.range);
+            if (start(after) - start(before) <= tolerance || !common || *common <= tolerance ||
+                !mayBeOneRecorder(*before.audio, *after.audio) || TakeMembership::isCutShort(before, after) ||
+                TakeMembership::isCutShort(after, before))
+                continue;
+            if (beginsWhileTheOtherRuns(before, after, *common) ||
+                platform::text::compareLocalizedStandard(before.audio->filename, after.audio->filename) > 0)
+                return true;
+        }
+    return false;
+}
+
 } // namespace
+
+bool datedFilesCollide(const Shoot& shoot) {
+    std::map<std::pair<std::string_view, long>, std::vector<TakeMembership::Candidate>> cards;
+    for (const Recording& recording : shoot.recordings)
+        if (recording.place.day)
+            cards[{folderOf(*recording.asset), *recording.place.day}].push_back(
+                {&*recording.asset, recording.place.range});
+    return std::ranges::any_of(cards, [](const auto& card) { return collide(card.second); });
+}
 
 const AudioMatch* collision(const Shoot::Clip& clip, bool areDated) {
     return besideFirst(clip, [&](const auto& a, const auto& b, double common) {

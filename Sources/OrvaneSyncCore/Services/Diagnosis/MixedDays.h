@@ -18,6 +18,9 @@ bool clipsShareHours(const Shoot& shoot);
 bool givesDateToSeveralShoots(const Shoot& shoot);
 /// True if one recorder would have made two recordings at one time: such files are of several days.
 bool undatedFilesCollide(const Shoot& shoot);
+/// The same for recordings of one folder and date, whatever clips have them. A take may begin with sound that
+/// the recorder kept from before its start, but then it follows the one that it overlaps.
+bool datedFilesCollide(const Shoot& shoot);
 /// A recording of the clip that the recorder of its first recording cannot have made at the same time. Both
 /// have dates, or not both (`areDated`). Recorders that roll together start and stop together, or have
 /// folders of their own; if both files have dates, only the folders count.

@@ -26,6 +26,7 @@ std::vector<SoundClaim> SyncDoubts::claims(const DoubtInput& input, const std::s
     addStatedPlaceClaims(shoot, doubts, claims);
     addClipClaims(shoot, claims);
     addClaimsByEar(shoot, claims);
+    addDayClaims(shoot, doubts, claims);
     addLoneClaims(shoot, claims);
     return claims;
 }

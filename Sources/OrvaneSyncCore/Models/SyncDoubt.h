@@ -47,7 +47,8 @@ struct SyncDoubt {
     std::string own{};
     /// The message for a window, if it differs, as windows have no options; empty: `message`.
     std::string windowMessage{};
-    /// The recording that the clip should have, according to the sound of its camera.
+    /// The recording that the clip should have, according to the sound of its camera, or to the time of day
+    /// if the recorder lost its date.
     struct Suggestion {
         std::optional<UUID> recordingID{}; ///< absent: the clip's present recording
         double offsetSeconds = 0;          ///< the manual offset

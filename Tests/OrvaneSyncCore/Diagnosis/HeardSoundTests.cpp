@@ -93,10 +93,10 @@ TEST(HeardSound, OtherSoundThanWhatLiesUnderTheClipsIsToldUnlessACameraHeardIt) 
     for (const Case& one : {Case{nullptr, nullptr, 3, 0, 8, 0},
                             {nullptr, nullptr, 2, 0, 0, 0},
                             {nullptr, nullptr, 3, 1, 0, 0},
-                            {"2024-05-17", "2024-05-18", 3, 0, 8, 8},
-                            {"2024-05-17", "2024-05-18", 0, 0, 8, 8},
+                            {"2024-05-17", "2024-05-18", 3, 0, 0, 8},
+                            {"2024-05-17", "2024-05-18", 0, 0, 0, 8},
                             {"2024-05-17", "2024-05-18", 0, 4, 0, 0},
-                            {"2024-05-17", "2024-05-18", 0, 0, 8, 8, true},
+                            {"2024-05-17", "2024-05-18", 0, 0, 0, 8, true},
                             {"2024-05-17", "2024-05-18", 0, 4, 0, 0, true}}) {
         HeardShot shot(one.areCopied ? std::vector<std::string>{"/S/T", "/S2/T"}
                                      : std::vector<std::string>{"/S/T"});

@@ -24,14 +24,13 @@ class CardDates {
     CardDates(const Shoot& shoot, const DatedSound& sound, DayCures& cures, SyncDoubts& doubts)
         : shoot_(shoot), sound_(sound), cures_(cures), doubts_(doubts) {}
 
-    std::set<std::size_t> add() {
-        std::set<std::size_t> fewOfItsDate;
+    CardDatesFound add() {
         for (const Card& card : cardsOfManyClips()) {
             wrongDateOf(card);
             if (std::cmp_less(card.files.size(), fewestOfADate))
-                fewOfItsDate.insert(card.files.begin(), card.files.end());
+                found_.fewOfItsDate.insert(card.files.begin(), card.files.end());
         }
-        return fewOfItsDate;
+        return std::move(found_);
     }
 
   private:
@@ -158,6 +157,13 @@ class CardDates {
                            ? ", or " + DayCures::neighbouringDays()
                            : DoubtCure()) +
                       "; one of the two dates is wrong";
+        for (const Recording& recording : shoot_.recordings)
+            if (recording.place.day == other.day && folders.contains(folderOf(*recording.asset)))
+                doubts_.recordings.insert(recording.asset->id);
+        if (!isUnheard && std::ranges::any_of(clips, [&](const Shoot::Clip* clip) {
+                return clip->primary && primaryOf(*clip).place.day == other.day;
+            }))
+            cure += "; " + DayCures::sameDayOnly() + " leaves such sound out";
         std::vector<std::pair<UUID, UUID>> suggested;
         if (isDated && own.clips == 0 && cures_.isFarFromClips(other.day) && cureWords::isForSome(cure))
             suggested = recordingsOf(other.day, clips);
@@ -174,6 +180,8 @@ class CardDates {
                                        : ""),
                       std::move(cure)},
                      clips);
+        for (const Shoot::Clip* clip : clips)
+            found_.fittingDays[static_cast<std::size_t>(clip - shoot_.clips.data())] = other.day;
         for (const auto& [clip, recording] : suggested)
             doubts_.byGroup[clip].back().suggestion = SyncDoubt::Suggestion{recording};
     }
@@ -223,12 +231,13 @@ class CardDates {
     const DatedSound& sound_;
     DayCures& cures_;
     SyncDoubts& doubts_;
+    CardDatesFound found_ = {};
 };
 
 } // namespace
 
-std::set<std::size_t> addCardDates(const Shoot& shoot, const DatedSound& sound, DayCures& cures,
-                                   SyncDoubts& doubts) {
+CardDatesFound addCardDates(const Shoot& shoot, const DatedSound& sound, DayCures& cures,
+                            SyncDoubts& doubts) {
     return CardDates(shoot, sound, cures, doubts).add();
 }
 

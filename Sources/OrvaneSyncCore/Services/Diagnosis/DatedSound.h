@@ -82,9 +82,13 @@ class DatedSound {
     std::map<std::tuple<std::string_view, long, long>, HeardCount> heard_;
 };
 
+struct CardDatesFound {
+    std::set<std::size_t> fewOfItsDate; ///< clips, by number, of days with too few clips for a decision
+    /// The day of the recordings that the card of a clip in doubt fits, by the clip's number.
+    std::map<std::size_t, long> fittingDays;
+};
 /// Adds a doubt for each card whose clips fit the recordings of another day clearly better than those of
-/// their own day. Returns the clips, by number, of days with too few clips for a decision.
-std::set<std::size_t> addCardDates(const Shoot& shoot, const DatedSound& sound, DayCures& cures,
-                                   SyncDoubts& doubts);
+/// their own day.
+CardDatesFound addCardDates(const Shoot& shoot, const DatedSound& sound, DayCures& cures, SyncDoubts& doubts);
 
 } // namespace orvane

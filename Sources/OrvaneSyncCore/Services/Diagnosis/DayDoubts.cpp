@@ -42,7 +42,7 @@ class DayDoubts {
     }
 
     void add() {
-        fewOfItsDate_ = addCardDates(shoot_, sound_, cures_, doubts_);
+        cardDates_ = addCardDates(shoot_, sound_, cures_, doubts_);
         const auto atOnce = filmedAtOnce(shoot_);
         platform::StopCheck check(shoot_.stop);
         for (const Shoot::Clip& clip : shoot_.clips) {
@@ -98,9 +98,10 @@ class DayDoubts {
             const auto found = shoot_.recordingByID.find(match.audio->id);
             if (found == shoot_.recordingByID.end()) return false;
             const Pair pair{clip, match, shoot_.recordings[found->second]};
+            const std::size_t before = countOf(clip);
             const bool isOther = !isCopy(pair) && otherDay(pair);
             if (isOther && !pair.isFirst()) keepOffWhatLiesBeside(clip);
-            if (isOther) nameHeard(pair);
+            if (isOther && countOf(clip) > before) nameHeard(pair);
             return isOther;
         });
     }
@@ -212,6 +213,7 @@ class DayDoubts {
         const std::string message = namesOf(pair) + " is of " + dayText(*recorded) + ", and the clip is of " +
                                     dayText(*filmed) + "; they fit only by the time of day";
         if (pair.isFirst() && sound_.isInPlaceOn(clips, *filmed, *recorded)) return false;
+        if (pair.isFirst() && isDoubtedWithItsCard(clip, *recorded)) return true;
         // The doubt about the clock of its own unit's recorder says that this is not its sound.
         if (hasClockDoubt(clip) && isOfAnotherUnit(clip, *sound.asset)) return true;
         const bool isUnheard = sound_.isUnheardOn(clips, *filmed, *recorded);
@@ -239,6 +241,11 @@ class DayDoubts {
                                                       : cureWords::skipToLeaveOut()));
     }
 
+    bool isDoubtedWithItsCard(const Shoot::Clip& clip, long recorded) const {
+        const auto day = cardDates_.fittingDays.find(static_cast<std::size_t>(&clip - shoot_.clips.data()));
+        return day != cardDates_.fittingDays.end() && day->second == recorded;
+    }
+
     /// A clip whose header agrees with its timecode and that has no recording of the header's day. That day
     /// has so few clips that no card shows which of the dates is wrong. A header that agrees in another time
     /// zone may only have changed its day at another time than the recorder.
@@ -247,7 +254,7 @@ class DayDoubts {
         const auto day = place.isHeaderOfAZone ? place.headerDay : place.knownDay();
         const long farthest = place.isHeaderOfAZone ? 1 : std::numeric_limits<long>::max();
         const auto number = static_cast<std::size_t>(&clip - shoot_.clips.data());
-        return day && !shoot_.input.rules.soundDay && fewOfItsDate_.contains(number) &&
+        return day && !shoot_.input.rules.soundDay && cardDates_.fewOfItsDate.contains(number) &&
                std::ranges::none_of(clip.group->audioMatches, [&](const AudioMatch& match) {
                    const auto found = shoot_.recordingByID.find(match.audio->id);
                    if (found == shoot_.recordingByID.end()) return true;
@@ -343,7 +350,7 @@ class DayDoubts {
     SyncDoubts& doubts_;
     DayCures cures_;
     const DatedSound sound_;
-    std::set<std::size_t> fewOfItsDate_;                           ///< numbers of clips
+    CardDatesFound cardDates_ = {};
     std::map<std::string_view, const MediaAsset*> unusedByFolder_; ///< one of the recordings that no clip has
 };
 

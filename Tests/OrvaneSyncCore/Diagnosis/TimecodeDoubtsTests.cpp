@@ -1,3 +1,5 @@
+#include "OrvaneSyncCore/Services/Diagnosis/CureTrial.h"
+#include "OrvaneSyncCore/Services/Diagnosis/KeptFiles.h"
 #include "Shot.h"
 
 namespace orvane::test::doubts {
@@ -163,7 +165,14 @@ TEST(TimecodeDoubts, OfTooManyPairsThoseWithEqualPlacesInTheOrderOfNamesAreListe
     EXPECT_EQ(rest->groupIDs.size(), 1U) << "the clip that was found nowhere";
     const CureWay* way = rest->doubt.cure.firstWay();
     ASSERT_NE(way, nullptr) << rest->doubt.cure.text();
-    EXPECT_TRUE(way->scan && !way->scan->options.empty()) << rest->doubt.cure.text();
+    // The call keeps the clip, its recording, and as many others as a run listens to.
+    const KeptFiles kept(input.folders, *way);
+    const auto keptOf = [&](const std::vector<MediaAsset>& files) {
+        return std::ranges::count_if(files, [&](const MediaAsset& file) { return kept.has(file); });
+    };
+    EXPECT_TRUE(kept.has(shot.videos.back()) && kept.has(shot.audios.back())) << rest->doubt.cure.text();
+    EXPECT_LE(keptOf(shot.videos) * keptOf(shot.audios), 200) << rest->doubt.cure.text();
+    EXPECT_TRUE(CureTrial(input, doubts, {}).helps(*rest)) << "else it is not printed";
 }
 
 TEST(TimecodeDoubts, AConvertedFileIsToldWhereItWouldLieByTheRateThatItStates) {

@@ -113,6 +113,7 @@ commands::CommandContext openWork(Context& context, const Arguments& arguments,
     if (!arguments.has("--no-cache")) {
         work.probeCache = context.openProbeCache();
         work.waveformCache = context.openWaveformCache();
+        work.analyses = context.openAnalysisCache();
     }
     SessionManager::Dependencies keeping;
     keeping.mainThread = loop;

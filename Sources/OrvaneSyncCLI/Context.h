@@ -3,6 +3,7 @@
 #include "OrvaneSyncCLI/Arguments.h"
 #include "OrvaneSyncCore/Services/Ingest/ProbeCache.h"
 #include "OrvaneSyncCore/Services/RenderedAudio/RenderedAudioStore.h"
+#include "OrvaneSyncCore/Services/SmartAudio/AnalysisCache.h"
 #include "OrvaneSyncCore/Services/Stems/StemCache.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformCache.h"
 #include "Platform/MainThread.h"
@@ -43,6 +44,7 @@ struct Context {
     /// Opens the results of earlier probes. Called once, by a command that needs them.
     std::function<std::shared_ptr<ProbeCache>()> openProbeCache = ProbeCache::shared;
     std::function<std::shared_ptr<WaveformCache>()> openWaveformCache = WaveformCache::shared;
+    std::function<std::shared_ptr<AnalysisCache>()> openAnalysisCache = AnalysisCache::shared;
     std::function<std::shared_ptr<const RenderedAudioStore>(std::shared_ptr<const platform::SettingsStore>)>
         openRenderedAudio = RenderedAudioStore::shared;
     /// The cache of recordings' stems, by the settings.

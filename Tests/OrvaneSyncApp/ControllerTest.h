@@ -18,13 +18,15 @@ class ControllerTest : public testing::Test {
     }
 
     std::shared_ptr<ImportController> make(std::shared_ptr<ProbeCache> cache = nullptr,
-                                           std::shared_ptr<StemCache> stems = nullptr) {
+                                           std::shared_ptr<StemCache> stems = nullptr,
+                                           std::shared_ptr<AnalysisCache> analyses = nullptr) {
         ImportController::Dependencies dependencies;
         dependencies.mainThread = mainThread_;
         dependencies.settings = settings_;
         dependencies.probeCache = std::move(cache);
         dependencies.clock = mainThread_->clock();
         dependencies.stems = std::move(stems);
+        dependencies.analyses = std::move(analyses);
         return ImportController::create(std::move(dependencies));
     }
 

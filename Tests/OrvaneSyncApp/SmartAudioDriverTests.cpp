@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/ControllerTest.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncCore/Services/SmartAudio/AnalysisCache.h"
 #include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
 #include "OrvaneSyncCore/Services/Stems/BanditStemSeparator.h"
 #include "OrvaneSyncCore/Services/Stems/StemCache.h"
@@ -571,6 +572,65 @@ TEST_F(SmartAudioDriverTest, resultsComeBackWithTheirClipsAndTellWhatTheyWereMad
     settings_->set("smartAudio.blockMode", "fine");
     analyseAll(false, SmartAudioMode::off);
     EXPECT_EQ(controller_->smartAudio().outdatedCount(), 0U) << "what has no result";
+}
+
+TEST_F(SmartAudioDriverTest, storedResultsComeBackAfterAStart) {
+    const auto stores = std::make_shared<AnalysisCache>(work_.path("analyses"));
+    const auto restart = [&](SyncGroupList clips) {
+        controller_ = make(nullptr, nullptr, stores);
+        controller_->openStoredWork({folder("shoot"), {}, std::move(clips)});
+        finish(controller_->smartAudio().recalled());
+    };
+    restart(controller_->work().syncGroups());
+    EXPECT_TRUE(controller_->smartAudio().state().results.empty()) << "nothing was analysed";
+    analyseAll();
+    const UUID a = clip("A001")->id, b = clip("B001")->id;
+    controller_->tracks().addBlockOverride(a, 2, 4, 3);
+    settle();
+    const SmartAudioResult before = *result("A001");
+    const SyncGroupList clips = controller_->work().syncGroups();
+
+    restart(clips);
+    ASSERT_NE(result("A001"), nullptr);
+    EXPECT_EQ(*result("A001"), before) << "with the editor's range";
+    EXPECT_NE(result("B001"), nullptr);
+    EXPECT_EQ(controller_->smartAudio().outdatedCount(), 0U);
+    EXPECT_TRUE(controller_->work().syncGroups().changesSince(clips).empty()) << "no clip is changed";
+
+    const struct {
+        const char* what;
+        std::function<void(SyncGroup&)> change;
+    } others[] = {
+        {"was never analysed", [](SyncGroup& own) { own.tracksManuallyEdited.reset(); }},
+        {"other tracks were chosen", [](SyncGroup& own) { own.manualActiveTracks = {1}; }},
+        {"other tracks may be chosen", [](SyncGroup& own) { own.algorithmExcludedTracks = {3}; }},
+    };
+    for (const auto& test : others) {
+        SyncGroupList changed = clips;
+        changed.update(b, test.change);
+        restart(changed);
+        EXPECT_EQ(result("B001"), nullptr) << test.what;
+        EXPECT_NE(result("A001"), nullptr) << test.what;
+    }
+
+    // A recording that has changed since is analysed again.
+    writeRecording("T01.WAV", std::uint64_t{tenOClock} * sampleRate, {1, 2, 3, 4, 5, 6}, 0,
+                   (seconds + 1) * sampleRate);
+    restart(clips);
+    EXPECT_EQ(result("A001"), nullptr);
+}
+
+TEST_F(SmartAudioDriverTest, aScanAfterWhichTheDecisionsAreKeptKeepsTheResults) {
+    analyseAll();
+    controller_->withUndo(undoSteps::toggleLocked,
+                          [&] { controller_->clips().toggleLocked(clip("B001")->id); });
+    const WorkFiles earlier = controller_->recordings().workFiles();
+    scan(folder("shoot"), std::nullopt);
+    EXPECT_EQ(result("A001"), nullptr);
+    finish(controller_->recordings().keepDecisions(earlier));
+    EXPECT_NE(result("A001"), nullptr);
+    EXPECT_NE(result("B001"), nullptr);
+    EXPECT_EQ(active("A001"), Tracks{2});
 }
 
 TEST_F(SmartAudioDriverTest, outdatedResultsAreMadeAgainEachInItsMode) {

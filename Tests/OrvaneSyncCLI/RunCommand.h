@@ -36,6 +36,7 @@ inline Outcome runWith(std::vector<std::string> words, bool onTerminal = false,
         return std::make_shared<ProbeCache>(cacheFile.empty() ? folder.path("cache.json") : cacheFile);
     };
     context.openWaveformCache = [&] { return std::make_shared<WaveformCache>(folder.path("waveforms")); };
+    context.openAnalysisCache = [&] { return std::make_shared<AnalysisCache>(folder.path("analyses")); };
     context.openRenderedAudio = [&](auto store) {
         return std::make_shared<const RenderedAudioStore>(folder.path("rendered"), std::move(store));
     };

@@ -14,7 +14,8 @@ std::shared_ptr<ImportController> ImportController::create(Dependencies dependen
 ImportController::ImportController(Dependencies dependencies)
     : work_({std::move(dependencies.mainThread), std::move(dependencies.settings),
              std::move(dependencies.clock), std::move(dependencies.waveformCache),
-             std::move(dependencies.renderedAudio), std::move(dependencies.stems)}),
+             std::move(dependencies.renderedAudio), std::move(dependencies.stems),
+             std::move(dependencies.analyses)}),
       smartAudio_(work_), reports_(work_), lockit_(work_),
       scan_(work_, smartAudio_, reports_, std::move(dependencies.probeCache)),
       project_(work_, scan_, reports_), clips_(work_, smartAudio_), recordings_(work_, scan_, smartAudio_),
@@ -69,6 +70,7 @@ void ImportController::openStoredWork(StoredWork work) {
                             work.matchedBy.value_or(work.sourceCorrections));
         smartAudio_.restoreAfterUndo();
     });
+    smartAudio_.recallStored();
 }
 
 } // namespace orvane

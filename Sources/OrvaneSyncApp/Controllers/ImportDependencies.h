@@ -7,6 +7,7 @@
 
 namespace orvane {
 
+class AnalysisCache;
 class ProbeCache;
 class RenderedAudioStore;
 class SlateDetector;
@@ -28,6 +29,8 @@ struct ImportDependencies {
     std::shared_ptr<const RenderedAudioStore> renderedAudio = nullptr;
     /// Null: recordings are analysed without stems.
     std::shared_ptr<StemCache> stems = nullptr;
+    /// Null: results of analyses are neither looked up nor stored.
+    std::shared_ptr<AnalysisCache> analyses = nullptr;
 };
 
 } // namespace orvane

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
 
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
+#include "Platform/Stop.h"
 #include "Platform/Text.h"
 
 #include <chrono>
@@ -252,7 +253,7 @@ platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID ses
     const std::stop_token stop = co_await platform::OwnStopToken{};
     co_await reading;
     self = weak.lock();
-    const auto work = controller.lock();
+    auto work = controller.lock();
     if (!self || !work || self->openings_ != opening || stop.stop_requested()) co_return;
     if (elsewhere) refuseUnreadableCopy(*read, *elsewhere);
     if (!*read) co_return;
@@ -263,9 +264,17 @@ platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID ses
     const auto& info = (*read)->info.record;
     if (elsewhere && info && self->session(sessionId) == nullptr) self->adopt(*info);
     self->open(sessionId, std::move(**read), *work);
-    if (!elsewhere) co_return;
-    self->open_.isOfCopy = true;
-    self->save(*work);
+    if (elsewhere) {
+        self->open_.isOfCopy = true;
+        self->save(*work);
+    }
+    const platform::Task recalling = work->smartAudio().recalled();
+    self.reset();
+    work.reset();
+    try {
+        co_await recalling;
+    } catch (const platform::Stopped&) { // the session is open all the same
+    }
 }
 
 void SessionManager::open(const UUID& sessionId, StoredSession read, ImportController& controller) {

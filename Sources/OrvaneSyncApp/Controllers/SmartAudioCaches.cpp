@@ -111,6 +111,12 @@ void SmartAudioCaches::recall(const SyncGroupList& clips) {
     }
 }
 
+void SmartAudioCaches::offer(SmartAudioSetAside stored) {
+    setAside_.results.merge(stored.results);
+    setAside_.routed.merge(stored.routed);
+    setAside_.clips = {}; // that list says nothing about these clips
+}
+
 void SmartAudioCaches::setAsideAfterUndo(const SyncGroupList& clipsBefore) {
     if (setAside_.isEmpty()) {
         setAside_ = {.results = std::exchange(state.results, {}),

@@ -6,6 +6,7 @@
 #include "OrvaneSyncCore/Models/SmartAudioKinds.h"
 #include "OrvaneSyncCore/Services/RenderedAudio/VoiceIsolationChain.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioRouter.h"
+#include "OrvaneSyncCore/Services/SmartAudio/SmartAudioTerms.h"
 #include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
 #include "OrvaneSyncCore/Services/Waveform/ClapDetector.h"
 
@@ -35,15 +36,6 @@ struct AnalysisInput {
     std::set<int> candidateTracks; ///< those that the editor allows in the analysis; empty: all
 
     bool operator==(const AnalysisInput&) const = default;
-};
-
-/// The options of one analysis, the same for every clip.
-struct SmartAudioTerms {
-    SmartAudioMode mode = SmartAudioMode::standard;
-    std::optional<SmartAudioConfig> config;
-    SmartAudioBlockSettings blockSettings;
-
-    bool operator==(const SmartAudioTerms&) const = default;
 };
 
 /// The input and the options with which a clip was routed, and the result.
@@ -111,6 +103,8 @@ class SmartAudioCaches {
     /// because the clips may come back. If the results of very many clips are kept already, these are
     /// discarded.
     void leaveClips();
+    /// Adds results that were stored earlier to those that `takeSetAside` returns.
+    void offer(SmartAudioSetAside stored);
     /// Moves the kept results of these clips to those that `takeSetAside` returns, and restores those of
     /// slates where the clip has the files that were searched.
     void recall(const SyncGroupList& clips);

@@ -56,6 +56,11 @@ class SmartAudioController {
     /// `serve`.
     void restoreAfterUndo();
 
+    /// To be called after stored clips were opened: restores the results of earlier runs of the program.
+    void recallStored() { recalled_ = runs_.recallStored(); }
+    /// Ends when they are restored.
+    const platform::Task& recalled() const { return recalled_; }
+
     /// Whether a scan starts an analysis if the setting `smartAudioMode` was written. True by default; false
     /// for a front end that starts analyses itself.
     void setAnalysesAfterScan(bool doesSo) { analysesAfterScan_ = doesSo; }
@@ -78,6 +83,7 @@ class SmartAudioController {
     SmartAudioRuns runs_;
     bool analysesAfterScan_ = true;
     std::optional<platform::Task> analysisAfterScan_;
+    platform::Task recalled_ = platform::Task::ended();
 };
 
 } // namespace orvane

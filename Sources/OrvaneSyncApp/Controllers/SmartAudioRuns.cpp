@@ -1,6 +1,8 @@
 #include "OrvaneSyncApp/Controllers/SmartAudioRuns.h"
 
+#include "OrvaneSyncApp/Controllers/ClipAnalysis.h"
 #include "OrvaneSyncCore/Models/FilePaths.h"
+#include "OrvaneSyncCore/Services/SmartAudio/AnalysisCache.h"
 #include "OrvaneSyncCore/Services/SmartAudio/LUFSMeter.h"
 #include "OrvaneSyncCore/Services/SmartAudio/ManualOverrides.h"
 #include "OrvaneSyncCore/Services/SmartAudio/MasterGain.h"
@@ -29,15 +31,6 @@ double effortOf(const Take& take) {
 
 TakeSound soundOf(const SyncGroup& group) { return {group, takeOf(group, assumedChannels)}; }
 
-/// Tracks that the analysis may use; empty: all.
-std::set<int> candidateTracks(const SyncGroup& group, int channelCount) {
-    std::set<int> candidates;
-    if (group.algorithmExcludedTracks.empty()) return candidates;
-    for (int track = 1; track <= channelCount; ++track)
-        if (!group.algorithmExcludedTracks.contains(track)) candidates.insert(track);
-    return candidates;
-}
-
 /// Absent without a separator and if it fails: the analysis then continues without stems.
 std::optional<SeparatedStems> stemsOf(const TakeSound& recording, const std::shared_ptr<StemCache>& cache,
                                       const std::stop_token& stop) {
@@ -46,26 +39,6 @@ std::optional<SeparatedStems> stemsOf(const TakeSound& recording, const std::sha
     } catch (const std::exception&) {
         return std::nullopt;
     }
-}
-
-AnalysisInput analysisInput(const SyncGroup& group) {
-    const Take take = takeOf(group, assumedChannels);
-    return {{group, take}, take.channelCount, candidateTracks(group, take.channelCount)};
-}
-
-/// The tracks that the blocks use; absent if they are on already or the editor chose tracks.
-std::optional<std::set<int>> tracksToSwitchOn(const SyncGroup& group,
-                                              const std::vector<BlockDecision>& blocks,
-                                              bool forceOverwriteManualTracks) {
-    if (!forceOverwriteManualTracks && group.hasManualTrackEdits()) return std::nullopt;
-    std::vector<int> tracks; // few tracks for many blocks
-    for (const BlockDecision& block : blocks)
-        if (block.activeTrack > 0 && std::ranges::find(tracks, block.activeTrack) == tracks.end())
-            tracks.push_back(block.activeTrack);
-    std::set<int> active(tracks.begin(), tracks.end());
-    if (active.empty() || (group.manualActiveTracks == active && group.tracksManuallyEdited == false))
-        return std::nullopt;
-    return active;
 }
 
 /// Whether two states of a clip are the same in all that a result, or the choice of tracks to switch on,
@@ -121,18 +94,34 @@ struct Heard {
     std::optional<Measured> loudness = {};
 };
 
-/// Runs on the router's queue. A recording that cannot be read gives the empty result.
-Heard listen(const SmartAudioRouter::Options& options, SmartAudioRequest request, bool measuresLoudness,
-             const std::shared_ptr<WaveformCache>& waveforms, const std::shared_ptr<StemCache>& stems,
+/// What a reading uses and makes beside the result; each may be null.
+struct Stores {
+    std::shared_ptr<WaveformCache> waveforms;
+    std::shared_ptr<StemCache> stems;
+    std::shared_ptr<AnalysisCache> analyses;
+};
+
+/// Runs on the router's queue. A recording that cannot be read gives the empty result. One that was analysed
+/// with these terms before is not read again.
+Heard listen(const SmartAudioRouter::Options& options, SmartAudioRequest request,
+             const SmartAudioTerms& terms, bool measuresLoudness, const Stores& stores,
              const std::stop_token& stop) {
     try {
-        request.stems = stemsOf(request.sound, stems, stop);
+        const auto key = stores.analyses ? AnalysisCache::keyOf(request) : std::nullopt;
+        request.stems = stemsOf(request.sound, stores.stems, stop);
+        if (auto known = key ? stores.analyses->find(*key) : std::nullopt;
+            known && known->terms == terms &&
+            known->result.stemMetrics.has_value() == request.stems.has_value()) {
+            Heard heard{.result = std::move(known->result)};
+            if (measuresLoudness && known->lufs) heard.loudness = measured(known->lufs);
+            return heard;
+        }
         if (request.stems) {
             const auto metrics =
                 computeStemMetrics(*request.stems, smartAudioWindowSeconds, musicSourceLevel, stop);
             request.blockSettings = request.blockSettings->consideringMusic(metrics.musicProbability);
         }
-        WaveformAlongside waveform(request.sound, waveforms);
+        WaveformAlongside waveform(request.sound, stores.waveforms);
         std::optional<LUFSListener> meter;
         request.alongside = [&](const platform::AudioFile& file, std::size_t channels) {
             auto listeners = waveform.listeners(file, channels);
@@ -142,7 +131,9 @@ Heard listen(const SmartAudioRouter::Options& options, SmartAudioRequest request
         };
         Heard heard{.result = SmartAudioRouter::analyze(request, options, stop)};
         if (heard.result.incompleteFiles.empty()) waveform.keep();
-        if (meter) heard.loudness = measured(meter->integratedLUFS());
+        const auto lufs = meter ? meter->integratedLUFS() : std::nullopt;
+        if (meter) heard.loudness = measured(lufs);
+        if (key) stores.analyses->store(*key, request, {terms, heard.result, lufs});
         return heard;
     } catch (const ReadFailed& failure) {
         Heard heard;
@@ -291,19 +282,6 @@ void SmartAudioRuns::nextClip(const RunPointer& run, const SyncGroup& group, std
     show(run, run->progress);
 }
 
-SmartAudioRequest SmartAudioRuns::request(const SyncGroup& group, const Run& run) const {
-    const Take take = takeOf(group, assumedChannels);
-    SmartAudioRequest request;
-    request.sound = {group, take};
-    request.channelCount = take.channelCount;
-    request.mode = run.terms.mode;
-    request.config = run.terms.config;
-    request.ixmlTracks = namedChannels(group, take);
-    request.blockSettings = run.terms.blockSettings;
-    request.candidateTracks = candidateTracks(group, request.channelCount);
-    return request;
-}
-
 std::function<void(double)> SmartAudioRuns::report(const RunPointer& run, double effort) {
     return [shown = std::weak_ptr(shown_), run = std::weak_ptr(run), before = run->progress,
             share = effort / run->effort](double heard) {
@@ -323,7 +301,7 @@ platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, U
             self->passOver(groupID);
             break;
         }
-        SmartAudioRequest request = self->request(*group, *run);
+        SmartAudioRequest request = analysisRequest(*group, run->terms);
         AnalysisInput input = analysisInput(*group);
         const double effort = effortOf(takeOf(*group, assumedChannels));
         request.progress = self->report(run, effort);
@@ -340,13 +318,13 @@ platform::Task SmartAudioRuns::analyseClip(std::weak_ptr<SmartAudioRuns> weak, U
             if (!self) break;
         } else {
             const bool measures = loudness == Loudness::measure && !run->loudness.contains(request.sound);
-            auto listening =
-                platform::onQueue(self->router_->queue(), self->work_.environment.mainThread,
-                                  [options = self->router_->options(), request, measures,
-                                   waveforms = self->work_.environment.waveformCache,
-                                   stems = self->work_.environment.stems](const std::stop_token& stop) {
-                                      return listen(options, request, measures, waveforms, stems, stop);
-                                  });
+            auto listening = platform::onQueue(
+                self->router_->queue(), self->work_.environment.mainThread,
+                [options = self->router_->options(), request, terms = run->terms, measures,
+                 stores = Stores{self->work_.environment.waveformCache, self->work_.environment.stems,
+                                 self->work_.environment.analyses}](const std::stop_token& stop) {
+                    return listen(options, request, terms, measures, stores, stop);
+                });
             self.reset();
             Heard heard = co_await listening;
             result = std::move(heard.result);
@@ -445,6 +423,37 @@ void SmartAudioRuns::restoreUnchanged() {
     });
 }
 
+platform::Task SmartAudioRuns::recallStored() {
+    const SyncGroupList clips = work_.syncGroups().filtered([this](const SyncGroup& clip) {
+        return clip.tracksManuallyEdited && !caches_.state.results.contains(clip.id);
+    });
+    if (clips.empty() || !work_.environment.analyses) return platform::Task::ended();
+    return work_.running.add(running_.add(recall(work_.weak(this), clips)));
+}
+
+platform::Task SmartAudioRuns::recall(std::weak_ptr<SmartAudioRuns> weak, SyncGroupList clips) {
+    auto self = weak.lock();
+    if (!self) co_return;
+    std::vector<std::uint64_t> removals; // of each clip
+    for (const SyncGroup& clip : clips) removals.push_back(self->caches_.removals(clip.id));
+    auto reading =
+        platform::onQueue(self->router_->queue(), self->work_.environment.mainThread,
+                          [clips, cache = self->work_.environment.analyses](const std::stop_token& stop) {
+                              return storedAnalyses(clips, *cache, stop);
+                          });
+    self.reset();
+    SmartAudioSetAside stored = co_await reading;
+    self = weak.lock();
+    if (!self) co_return;
+    for (std::size_t i = 0; i < clips.size(); ++i) {
+        if (self->caches_.removals(clips[i].id) == removals[i]) continue;
+        stored.results.erase(clips[i].id);
+        stored.routed.erase(clips[i].id);
+    }
+    self->caches_.offer(std::move(stored));
+    self->restoreUnchanged();
+}
+
 void SmartAudioRuns::reapplyRanges(const UUID& groupID) {
     const SyncGroup* group = work_.syncGroups().find(groupID);
     const auto known = caches_.state.results.find(groupID);
@@ -499,12 +508,6 @@ platform::Task SmartAudioRuns::measureClip(std::weak_ptr<SmartAudioRuns> weak, U
         if (loudness == Loudness::only)
             run->progress.fraction = std::min(run->progress.fraction + effort / run->effort, 1.0);
     }
-}
-
-bool hasNoCandidates(const SyncGroup& group) {
-    if (group.algorithmExcludedTracks.empty()) return false;
-    const int channels = takeOf(group, assumedChannels).channelCount;
-    return channels > 0 && candidateTracks(group, channels).empty();
 }
 
 double automaticMasterGainDB(double measuredLUFS, const platform::SettingsStore& settings) {

@@ -42,6 +42,9 @@ class SmartAudioRuns {
     /// restores those whose clips have the same input as before. The editor's present ranges are applied to
     /// them.
     void restoreUnchanged();
+    /// To be called after stored clips were opened: restores the results that earlier runs of the program
+    /// have stored for them (`storedAnalyses`).
+    platform::Task recallStored();
     /// Stops all analyses.
     void stop() { running_.requestStop(); }
 
@@ -59,9 +62,10 @@ class SmartAudioRuns {
     static platform::Task measureClip(std::weak_ptr<SmartAudioRuns> weak, UUID groupID, RunPointer run,
                                       Loudness loudness);
 
+    static platform::Task recall(std::weak_ptr<SmartAudioRuns> weak, SyncGroupList clips);
+
     void nextClip(const RunPointer& run, const SyncGroup& group, std::string_view verb);
     void passOver(const UUID& groupID);
-    SmartAudioRequest request(const SyncGroup& group, const Run& run) const;
     std::function<void(double)> report(const RunPointer& run, double effort);
     const SyncGroup* stillAsked(const UUID& groupID, const Run& run) const;
     void adoptResult(const UUID& groupID, SmartAudioResult result, bool forceOverwriteManualTracks);
@@ -83,9 +87,6 @@ class SmartAudioRuns {
     const std::unique_ptr<SmartAudioRouter> router_;
     const std::unique_ptr<platform::SerialQueue> loudnessQueue_;
 };
-
-/// Whether the editor excludes every track of the clip's take from the analysis.
-bool hasNoCandidates(const SyncGroup& group);
 
 /// dB; from the settings and the calibration.
 double automaticMasterGainDB(double measuredLUFS, const platform::SettingsStore& settings);

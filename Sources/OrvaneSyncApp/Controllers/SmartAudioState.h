@@ -21,7 +21,7 @@ struct SmartAudioProgress {
     bool operator==(const SmartAudioProgress&) const = default;
 };
 
-/// The results of Smart Audio for the clips, by group. In memory only.
+/// The results of Smart Audio for the clips, by group. Sessions and projects do not hold them.
 struct SmartAudioState {
     /// The latest analysis of each clip, with the editor's ranges applied to its blocks.
     SmartAudioResults results;

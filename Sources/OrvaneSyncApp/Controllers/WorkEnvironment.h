@@ -7,6 +7,7 @@
 
 namespace orvane {
 
+class AnalysisCache;
 class WaveformCache;
 class RenderedAudioStore;
 class StemCache;
@@ -19,7 +20,8 @@ struct WorkEnvironment {
     std::shared_ptr<WaveformCache> waveformCache = nullptr; ///< null: none are kept
     /// Null: nothing is rendered.
     std::shared_ptr<const RenderedAudioStore> renderedAudio = nullptr;
-    std::shared_ptr<StemCache> stems = nullptr; ///< null: analyses go without stems
+    std::shared_ptr<StemCache> stems = nullptr;        ///< null: analyses go without stems
+    std::shared_ptr<AnalysisCache> analyses = nullptr; ///< null: analyses are not stored
 };
 
 } // namespace orvane

@@ -22,6 +22,7 @@ Desktop::Desktop(Dependencies dependencies) : mainThread_(dependencies.mainThrea
     work.waveformCache = std::move(dependencies.waveformCache);
     work.renderedAudio = std::move(dependencies.renderedAudio);
     work.stems = std::move(dependencies.stems);
+    work.analyses = std::move(dependencies.analyses);
     SessionManager::Dependencies keeping;
     keeping.mainThread = mainThread_;
     keeping.settings = dependencies.settings;

@@ -28,7 +28,8 @@ class Desktop {
         std::shared_ptr<WaveformCache> waveformCache;
         /// Null: no sound is rendered for the player.
         std::shared_ptr<const RenderedAudioStore> renderedAudio = nullptr;
-        std::shared_ptr<StemCache> stems = nullptr; ///< null: recordings are analysed without stems
+        std::shared_ptr<StemCache> stems = nullptr;        ///< null: recordings are analysed without stems
+        std::shared_ptr<AnalysisCache> analyses = nullptr; ///< null: analyses are not stored
         std::shared_ptr<const platform::Clock> clock = platform::systemClock();
         std::string sessionsDir{}; ///< empty: the folder of the user account
         /// Opens the players of picture and sound; null: nothing can be played.
@@ -72,6 +73,8 @@ class Desktop {
     /// Asks the window to scan the folders of the work, after a correction that changes the match. A scan is
     /// always started with this, so that its progress and what it removes are shown.
     std::function<void()> whenScanWanted;
+    /// Asks the window to show the page on which the folders of a scan are chosen.
+    std::function<void()> whenFoldersWanted;
 
   private:
     const std::shared_ptr<platform::MainThread> mainThread_;

@@ -13,6 +13,7 @@
 #include "OrvaneSyncApp/Views/WatchedApplication.h"
 #include "OrvaneSyncCore/Services/Persistence/StandardSettings.h"
 #include "OrvaneSyncCore/Services/RenderedAudio/RenderedAudioStore.h"
+#include "OrvaneSyncCore/Services/SmartAudio/AnalysisCache.h"
 #include "OrvaneSyncCore/Services/Stems/StemCache.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformCache.h"
 #include "Platform/FileSettingsStore.h"
@@ -115,8 +116,11 @@ views::Desktop::Dependencies dependenciesOf(const Start& start) {
     std::shared_ptr<platform::FileSettingsStore> settings = openStandardSettings();
     settings->followOthers();
     dependencies.settings = settings;
-    // If a scan is pictured, it must read its files, so there is no probe cache.
-    if (!start.pictures) dependencies.probeCache = ProbeCache::shared();
+    // If a scan and an analysis are pictured, they must read their files.
+    if (!start.pictures) {
+        dependencies.probeCache = ProbeCache::shared();
+        dependencies.analyses = AnalysisCache::shared();
+    }
     dependencies.waveformCache = WaveformCache::shared();
     dependencies.renderedAudio = RenderedAudioStore::shared(settings);
     dependencies.stems = StemCache::bySettings(*settings, dependencies.renderedAudio);

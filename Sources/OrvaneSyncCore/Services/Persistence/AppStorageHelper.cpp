@@ -69,6 +69,8 @@ std::string stemCacheDirectory() { return below(cachesDirectory(), stemsFolderNa
 
 std::string waveformCacheDirectory() { return below(cachesDirectory(), "WaveformCache"); }
 
+std::string analysisCacheDirectory() { return below(cachesDirectory(), "AnalysisCache"); }
+
 std::string voiceIsolationCacheDirectory() { return below(cachesDirectory(), voiceIsolationFolderName); }
 
 std::int64_t cacheSizeBytes() {

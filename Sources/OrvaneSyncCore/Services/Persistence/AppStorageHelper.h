@@ -38,6 +38,7 @@ std::string credentialFile();
 std::string probeCacheDirectory();
 std::string stemCacheDirectory();
 std::string waveformCacheDirectory();
+std::string analysisCacheDirectory();
 std::string voiceIsolationCacheDirectory();
 
 /// The size in bytes of all files below `cachesDirectory`, including hidden ones.

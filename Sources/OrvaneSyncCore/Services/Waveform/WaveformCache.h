@@ -1,25 +1,23 @@
 #pragma once
 
+#include "OrvaneSyncCore/Services/Persistence/CachedFiles.h"
 #include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
 #include "OrvaneSyncCore/Services/Waveform/WaveformResult.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 
 namespace orvane {
 
-/// Waveforms of earlier reductions, each in a file of one folder. A waveform is used as long as the files of
-/// its take have the same size and date. Only for speed: after any failure a recording is just read again.
-/// Any thread that may wait.
+/// Waveforms of earlier reductions. A waveform is used as long as the files of its take have the same size
+/// and date. Only for speed: after any failure a recording is just read again. Any thread that may wait.
 class WaveformCache {
   public:
     static constexpr std::uint64_t usualMostBytes = std::uint64_t{512} << 20U;
 
-    /// If the folder has more than `mostBytes`, the files that were written first are removed.
     explicit WaveformCache(std::string folder, std::uint64_t mostBytes = usualMostBytes);
     /// The cache of the user's account, below the caches directory.
     static std::shared_ptr<WaveformCache> shared();
@@ -32,20 +30,14 @@ class WaveformCache {
     static std::optional<Place> placeOf(const TakeSound& sound, std::size_t totalBins);
 
     /// Whether there is a file, which may be damaged.
-    bool contains(const Place& place) const;
+    bool contains(const Place& place) const { return files_.contains(place.key); }
     std::optional<WaveformResult> find(const Place& place) const;
     /// Does nothing if the files have changed since.
     void store(const Place& place, const TakeSound& sound, std::size_t totalBins,
                const WaveformResult& waveform);
 
   private:
-    std::string path(const Place& place) const;
-    void makeRoom(std::uint64_t added);
-
-    const std::string folder_;
-    const std::uint64_t mostBytes_;
-    std::mutex mutex_;
-    std::optional<std::uint64_t> bytes_; ///< size of the folder, as far as this process knows
+    CachedFiles files_;
 };
 
 } // namespace orvane

@@ -107,7 +107,8 @@ TEST_F(WorkDoubtsTest, ListeningSaysWhatItFoundWithoutAnyMatch) {
         EXPECT_EQ(listening.isDone(), !controller_->derivedDoubts().listening())
             << "it can be seen and stopped";
         finish(listening);
-        const std::string told = heardText(controller_->derivedDoubts().listened(), false);
+        const std::string told =
+            heardText(controller_->derivedDoubts().listened(), DoubtsAfterListening::none);
         EXPECT_TRUE(told.starts_with(said)) << told;
         if (videos.size() == 1) continue;
         finish(controller_->derivedDoubts().derive());

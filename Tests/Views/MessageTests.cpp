@@ -81,6 +81,7 @@ TEST_F(MessageTest, AnOfferThatNoMenuHasComesBackAfterLaterMessages) {
     JSON removed = JSON::object();
     removed.set("groupID", clip("A001C003").id.text());
     desktop_->run("removeVideoFromSync", std::move(removed));
+    desktop_->controller().scan().setCorrections({.soundOffset = "00:00:02:00"});
     scan();
     const QString offer = bannerText();
     ASSERT_TRUE(offer.contains("1 locked") && offer.contains("1 removed")) << offer.toStdString();

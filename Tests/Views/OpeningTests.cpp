@@ -206,7 +206,7 @@ TEST_F(OpeningTest, AStartSaysWhatCouldNotBeSavedBeforeUnlessItWasSavedSince) {
         if (!isSavedSince) makeWritable(place);
         begin();
         window_->openNewestSession();
-        ASSERT_TRUE(waitUntil([&] { return !bannerText().isEmpty() && !window_->isOpeningNewest(); }));
+        ASSERT_TRUE(waitUntil([&] { return !work().syncGroups().empty() && !window_->isOpeningNewest(); }));
         EXPECT_EQ(bannerText().contains("1 clip after that could not be saved"), !isSavedSince)
             << bannerText().toStdString();
     }
@@ -246,9 +246,37 @@ TEST_F(OpeningTest, ANewScanIsLeftWithoutATraceAndActsOnNoClip) {
     EXPECT_TRUE(std::ranges::none_of(work().syncGroups(), &SyncGroup::isApproved));
 }
 
+TEST_F(OpeningTest, AScanKeepsTheDecisionsWhereItMatchesAsBefore) {
+    scan();
+    desktop_->runForClips("toggleLocked", {clip("A001C001").id});
+    const auto* warned = window_->findChild<QWidget*>(QStringLiteral("lost"));
+    window_->findChild<QAction*>(QStringLiteral("newScan"))->trigger();
+    EXPECT_TRUE(warned->isVisible() && warned->accessibleName().contains("(1 locked) is kept"))
+        << warned->accessibleName().toStdString();
+    namespace fs = std::filesystem;
+    const std::string card = folder_.path("card/");
+    fs::create_directories(card);
+    fs::rename(folder_.path("shoot/camera/") + clip("B001C001").video.filename, card + "B001C001.mov");
+    scan();
+    ASSERT_TRUE(waitUntil([&] { return bannerText() == "All decisions were kept, beside 0 new clips."; }))
+        << bannerText().toStdString();
+    EXPECT_TRUE(clip("A001C001").isLocked);
+    desktop_->run("undo");
+    EXPECT_FALSE(clip("A001C001").isLocked);
+    press(*window_->centralWidget(), "Keep the Decisions");
+    EXPECT_TRUE(clip("A001C001").isLocked);
+
+    window_->addCard(text(card));
+    ASSERT_TRUE(waitUntil([&] { return bannerText() == "All decisions were kept, beside 1 new clip."; }))
+        << bannerText().toStdString();
+    EXPECT_TRUE(clip("A001C001").isLocked);
+    EXPECT_EQ(clip("B001C001").video.url.path, card + "B001C001.mov");
+}
+
 TEST_F(OpeningTest, AScanThatTakesDecisionsAwaySaysSoBeforeAndAfter) {
     scan();
     desktop_->runForClips("toggleLocked", {clip("A001C001").id});
+    desktop_->controller().scan().setCorrections({.soundOffset = "00:00:02:00"});
     window_->findChild<QAction*>(QStringLiteral("newScan"))->trigger();
     const auto* warned = window_->findChild<QWidget*>(QStringLiteral("lost"));
     EXPECT_TRUE(warned->isVisible() && warned->accessibleName().contains("1 locked"));
@@ -262,7 +290,8 @@ TEST_F(OpeningTest, AScanThatTakesDecisionsAwaySaysSoBeforeAndAfter) {
     desktop_->run("undo");
     EXPECT_TRUE(clip("A001C001").isLocked);
     EXPECT_FALSE(bannerText().contains("1 locked")) << "all is back";
-    scan();
+    desktop_->run("redo");
+    EXPECT_TRUE(bannerText().contains("1 locked")) << "the redone scan has taken them away again";
     press(*window_->centralWidget(), "Keep the Decisions");
     EXPECT_TRUE(waitUntil([&] { return bannerText().startsWith("All decisions were kept"); }));
     EXPECT_TRUE(clip("A001C001").isLocked);
@@ -271,6 +300,7 @@ TEST_F(OpeningTest, AScanThatTakesDecisionsAwaySaysSoBeforeAndAfter) {
     table().selectRow(rowOf("A001C001"));
     QTest::keyClick(&table(), Qt::Key_Return);
     ASSERT_TRUE(waitUntil([&] { return desktop_->players().review()->groupID().has_value(); }));
+    desktop_->controller().scan().setCorrections({});
     desktop_->whenScanWanted();
     ASSERT_TRUE(waitUntil([&] { return !window_->isScanning() && !clip("A001C001").isLocked; }));
     EXPECT_TRUE(bannerText().contains("1 locked")) << bannerText().toStdString();
@@ -403,7 +433,10 @@ TEST_F(OpeningTest, AStartOpensTheNewestSessionOrSaysWhyNot) {
         begin();
         window_->openNewestSession();
         if (atOnce) atOnce();
-        ASSERT_TRUE(waitUntil([&] { return !bannerText().isEmpty() && !window_->isOpeningNewest(); }));
+        ASSERT_TRUE(waitUntil([&] {
+            const bool isShown = !work().syncGroups().empty() || !bannerText().isEmpty();
+            return isShown && !window_->isOpeningNewest();
+        }));
         QCoreApplication::processEvents();
     };
     const auto page = [&] { return window_->findChild<QStackedWidget*>()->currentIndex(); };
@@ -417,7 +450,7 @@ TEST_F(OpeningTest, AStartOpensTheNewestSessionOrSaysWhyNot) {
     EXPECT_LE(window_->height(), window_->screen()->availableGeometry().height());
     EXPECT_TRUE(clip("A001C001").isLocked);
     EXPECT_EQ(page(), 2);
-    press(*window_->centralWidget(), "New Scan…");
+    window_->findChild<QAction*>("newScan")->trigger();
     EXPECT_EQ(page(), 0);
     const auto isWelcome = [&] {
         return std::ranges::any_of(window_->findChildren<QLabel*>(), [](const QLabel* one) {

@@ -4,6 +4,7 @@
 #include "OrvaneDesignKit/Sheet.h"
 #include "OrvaneSyncApp/ViewModels/Results/Questions.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
+#include "OrvaneSyncApp/Views/StartView.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncApp/Views/WorkBanner.h"
 #include "OrvaneSyncApp/Views/WorkOpening.h"
@@ -49,6 +50,14 @@ std::optional<QString> remembered(const QString& chosen) {
 }
 
 } // namespace
+
+void FileActions::addCard() {
+    const QString from = keptState::value(lastCardSetting(), QDir::homePath()).toString();
+    const QString chosen = QFileDialog::getExistingDirectory(&window_, tr("Add a Card"), from);
+    if (chosen.isEmpty()) return;
+    keptState::set(lastCardSetting(), chosen);
+    parts_.opening.addCard(chosen);
+}
 
 void FileActions::openProject() {
     if (const auto path =

@@ -18,6 +18,8 @@ class FileActions : public QObject {
     FileActions(Desktop& desktop, QWidget& window, const MenuParts& parts)
         : desktop_(desktop), window_(window), parts_(parts) {}
 
+    /// Asks for a folder and scans it with those of the work.
+    void addCard();
     void openProject();
     void saveProject();
     void loadReport();

@@ -110,6 +110,7 @@ std::map<std::string_view, std::function<void()>> MainMenus::actsOfWindow() {
     return {
         {"newSession",
          [this] {
+             parts_.banner.clearAll(); // messages about the work that is closed
              desktop_.run("newSession");
              parts_.opening.leaveStart();
          }},
@@ -206,12 +207,23 @@ void MainMenus::makeFile() {
     QMenu* file = addMenu(tr("&File"));
     scan_ = ownEntry(tr("New Scan…"), [this] { parts_.opening.prepareScan(); });
     scan_->setObjectName(QStringLiteral("newScan"));
+    scanAgain_ = ownEntry(
+        tr("Scan Again"),
+        [this] {
+            if (!parts_.opening.refusesDuringScan()) parts_.opening.startScan();
+        },
+        tr("Scans the folders of the open clips again, for files that were added to them. Decisions are "
+           "kept."));
+    addCard_ = ownEntry(
+        tr("Add Card…"), [this] { files_.addCard(); },
+        tr("Scans a further folder together with those of the open clips. Decisions are kept."));
     quit_ = new QAction(tr("Quit"), this);
     quit_->setShortcut(Qt::CTRL | Qt::Key_Q); // Qt sets a key for this only on the major desktops
     QAction* recent = RecentPlaces::menu(file, [this](const QStringList& paths) {
                           parts_.opening.openPaths(paths);
                       })->menuAction();
-    fill(file, commands::Menu::file, {{110, scan_}, {120, recent}, {520, quit_}});
+    fill(file, commands::Menu::file,
+         {{110, scan_}, {112, scanAgain_}, {114, addCard_}, {120, recent}, {520, quit_}});
 }
 
 void MainMenus::makeEdit() {
@@ -245,13 +257,16 @@ void MainMenus::renameClips() {
 void MainMenus::listenToCards() {
     parts_.banner.clear();
     parts_.screens.showList();
-    parts_.work.run("diagnose", tr("The cards are listened to…"), [this] {
-        // The results are used in the doubts that are derived after this, which are shown above the list.
-        desktop_.controller().derivedDoubts().derive().whenDone(
-            [banner = QPointer(&parts_.banner)](const std::exception_ptr&) {
-                if (banner) banner->showListened();
-            });
-    });
+    const ImportController& controller = desktop_.controller();
+    parts_.work.run("diagnose", tr("The cards are listened to…"),
+                    [this, before = controller.doubts().summary(controller.work().syncGroups())] {
+                        // The results are used in the doubts that are derived after this, which are shown
+                        // above the list.
+                        desktop_.controller().derivedDoubts().derive().whenDone(
+                            [banner = QPointer(&parts_.banner), before](const std::exception_ptr&) {
+                                if (banner) banner->showListened(before);
+                            });
+                    });
     update();
 }
 
@@ -300,6 +315,7 @@ void MainMenus::makeView() {
         tr("Opens the clip on its clap, with its sound. Return does the same in the list."));
     review_->setIcon(icon(Glyph::film));
     QMenu* screens = view->addMenu(icon(Glyph::fullscreen), tr("Fullscreen on"));
+    fullscreen_ = screens->menuAction();
     connect(screens, &QMenu::aboutToShow, this, [this, screens] { listScreens(screens); });
     QAction* sessions =
         ownEntry(tr("Sessions"), [this] { parts_.sessions.setVisible(!parts_.sessions.isVisible()); });
@@ -446,7 +462,10 @@ void MainMenus::update() {
     const commands::CommandContext& context = desktop_.context();
     scan_->setEnabled(commands::isScanIdle(context));
     introduction_->setEnabled(scan_->isEnabled());
+    scanAgain_->setEnabled(commands::hasClipsWhileIdle(context) && desktop_.isEnabled("startScan"));
+    addCard_->setEnabled(scanAgain_->isEnabled());
     find_->setEnabled(commands::hasClipsWhileIdle(context));
+    fullscreen_->setEnabled(find_->isEnabled());
     for (QAction* filter : filters_) filter->setEnabled(find_->isEnabled());
     listen_->setEnabled(commands::hasClipsWhileIdle(context) &&
                         !desktop_.controller().derivedDoubts().listening());

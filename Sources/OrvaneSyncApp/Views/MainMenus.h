@@ -82,7 +82,10 @@ class MainMenus : public QObject {
     std::vector<QAction*> ofAnalysisModes_;
     std::vector<QAction*> filters_;
     QAction* scan_ = nullptr;
+    QAction* scanAgain_ = nullptr;
+    QAction* addCard_ = nullptr;
     QAction* find_ = nullptr;
+    QAction* fullscreen_ = nullptr; ///< the menu of the screens
     QAction* rename_ = nullptr;
     QAction* resync_ = nullptr; ///< in the tools: the selected clips, or all if none is selected
     QAction* review_ = nullptr;

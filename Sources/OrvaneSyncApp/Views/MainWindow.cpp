@@ -140,6 +140,7 @@ void MainWindow::observe() {
     desktop_.whenScanWanted = [this] {
         if (desktop_.isEnabled("startScan")) opening_->startScan();
     };
+    desktop_.whenFoldersWanted = [this] { opening_->prepareScan(); };
     ofWork_ = desktop_.controller().onChange([this](ImportField field) {
         if (field == ImportField::progress) return;
         if (field == ImportField::project) sessionOfProject_ = desktop_.sessions().currentSessionId();
@@ -160,7 +161,7 @@ void MainWindow::observe() {
 
 MainWindow::~MainWindow() {
     desktop_.whenRefused = desktop_.showBriefly = nullptr;
-    desktop_.whenScanWanted = nullptr;
+    desktop_.whenScanWanted = desktop_.whenFoldersWanted = nullptr;
     screens_->close();
 }
 

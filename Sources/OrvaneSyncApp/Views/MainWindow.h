@@ -31,6 +31,7 @@ class MainWindow : public QMainWindow {
 
     Desktop& desktop() { return desktop_; }
     void scanFolders(const QStringList& paths) { opening_->scanFolders(paths); }
+    void addCard(const QString& path) { opening_->addCard(path); }
     void openProject(const QString& path) { opening_->openProject(path); }
     void openNewestSession() { opening_->openNewestSession(); }
     void openPaths(const QStringList& paths) { opening_->openPaths(paths); }

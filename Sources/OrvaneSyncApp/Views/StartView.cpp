@@ -39,6 +39,8 @@ QString decisionsText(const ClipDecisions& decisions) {
     return parts.join(QStringLiteral(", "));
 }
 
+QString lastCardSetting() { return QStringLiteral("lastCard"); }
+
 StartView::StartView(Desktop& desktop, std::function<void()> scan, std::function<void()> back,
                      QWidget* parent)
     : QWidget(parent), desktop_(desktop), scan_(std::move(scan)), back_(std::move(back)) {
@@ -238,7 +240,7 @@ QWidget* StartView::folderRow(QLineEdit* field, const QString& caption) {
 }
 
 void StartView::chooseInto(QLineEdit* field, const QString& caption) {
-    const QString key = QStringLiteral("lastCard");
+    const QString key = lastCardSetting();
     const QString from =
         field->text().isEmpty() ? design::keptState::value(key, QDir::homePath()).toString() : field->text();
     const QString chosen = QFileDialog::getExistingDirectory(this, caption, from);
@@ -385,11 +387,13 @@ void StartView::showWayBack() {
 
 void StartView::showWhatIsLost() {
     const QString lost = decisionsText(ClipDecisions::of(desktop_.controller()));
-    lost_->show(Signal::none, lost.isEmpty()
-                                  ? QString()
-                                  : tr("A scan replaces the open clips. What was decided (%1) can be kept "
-                                       "with “Keep the Decisions” after it.")
-                                        .arg(lost));
+    const QString said =
+        desktop_.controller().work().keptMatchedBy()
+            ? tr("A scan replaces the open clips. What was decided (%1) can be kept with “Keep the "
+                 "Decisions” after it.")
+            : tr("A scan replaces the open clips. What was decided (%1) is kept for each clip whose camera "
+                 "file the scan finds again.");
+    lost_->show(Signal::none, lost.isEmpty() ? QString() : said.arg(lost));
 }
 
 void StartView::showEvent(QShowEvent* event) {

@@ -16,6 +16,9 @@ class Remark;
 /// A text such as "1 locked, 2 approved"; empty if there are no decisions.
 QString decisionsText(const ClipDecisions& decisions);
 
+/// Where the folder that was chosen last for a scan is stored.
+QString lastCardSetting();
+
 /// The folders of the next scan: two fields, or one for both, that are typed, chosen or dropped. Beside them
 /// are the newest sessions; if there are none, what the program does and a demo shoot to try it with.
 class StartView : public QWidget {

@@ -4,6 +4,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncApp/ViewModels/Results/ListeningTexts.h"
+#include "OrvaneSyncApp/ViewModels/Results/Questions.h"
 #include "OrvaneSyncApp/ViewModels/Sheets/ReportTexts.h"
 #include "OrvaneSyncApp/Views/Asking.h"
 #include "OrvaneSyncApp/Views/Background.h"
@@ -20,6 +21,8 @@
 
 #include <algorithm>
 #include <memory>
+#include <string_view>
+#include <unordered_set>
 #include <utility>
 
 namespace orvane::views {
@@ -37,12 +40,20 @@ QString leftUnsavedText(const SessionInfo& session, int clips) {
              translatedSentence(counted(clips, "clip", "clips")));
 }
 
-/// Sessions store the tracks that an analysis has chosen, but not its results.
-bool mustListenAgain(const ImportController& controller) {
-    return std::ranges::any_of(controller.work().syncGroups(), [&](const SyncGroup& clip) {
+/// Clips whose tracks an analysis has chosen, but whose results were not found in the cache.
+std::ptrdiff_t unanalysedClips(const ImportController& controller) {
+    return std::ranges::count_if(controller.work().syncGroups(), [&](const SyncGroup& clip) {
         return clip.tracksManuallyEdited == false &&
                !controller.smartAudio().state().results.contains(clip.id);
     });
+}
+
+/// The clips whose camera file was not in the work before.
+QString newClipsText(const SyncGroupList& clips, const SyncGroupList& before) {
+    std::unordered_set<std::string_view> known;
+    for (const SyncGroup& clip : before) known.insert(clip.video.url.path);
+    const auto isNew = [&](const SyncGroup& clip) { return !known.contains(clip.video.url.path); };
+    return translatedSentence(counted(std::ranges::count_if(clips, isNew), "new clip", "new clips"));
 }
 
 } // namespace
@@ -52,7 +63,7 @@ WorkBanner::WorkBanner(Desktop& desktop) : desktop_(desktop) {
         if (field == ImportField::lockit) showLockit();
         if (field == ImportField::report) showReportResult();
         if (field == ImportField::smartAudio) showAnalysis();
-        if (field == ImportField::undoState) forgetLost();
+        if (field == ImportField::undoState) followUndo();
     });
     ofSessions_ = desktop_.sessions().onChange([this](SessionField field) {
         if (field == SessionField::problem) showProblem();
@@ -84,6 +95,7 @@ void WorkBanner::showAnalysis() {
     const SyncGroupList& clips = desktop_.controller().work().syncGroups();
     analysedClips_ = std::max(analysedClips_, state.progress.total);
     if (state.isAnalyzing && !wasAnalysing_ && !clips.empty()) analysed_ = clips.front().id;
+    if (state.isAnalyzing) forget(unanalysed_);
     if (!std::exchange(wasAnalysing_, state.isAnalyzing) || state.isAnalyzing) return;
     if (desktop_.controller().smartAudio().outdatedCount() == 0) forget(outdated_);
     // For a single clip the timeline shows the result. Results of work that is not open are not reported.
@@ -101,8 +113,14 @@ void WorkBanner::showAnalysis() {
                tr("Smart Audio has analyzed %1 of %2 clips with sound.").arg(heard).arg(withSound));
 }
 
+void WorkBanner::beginScan() {
+    clearAll();
+    showLostAgain_ = nullptr;
+}
+
 void WorkBanner::showLost(const ClipDecisions& before, const WorkFiles& workBefore) {
     const ClipDecisions lost = before.without(ClipDecisions::of(desktop_.controller()));
+    showLostAgain_ = [this, before, workBefore] { showLost(before, workBefore); };
     const auto isLastStep = [this] {
         const auto& last = desktop_.controller().work().undoState().undoActionName;
         if (last == undoSteps::scanAndMatch.actionName) return true;
@@ -129,25 +147,44 @@ void WorkBanner::showLost(const ClipDecisions& before, const WorkFiles& workBefo
 
 void WorkBanner::keepDecisions(const ClipDecisions& before, const WorkFiles& workBefore) {
     forget(lost_);
+    showLostAgain_ = nullptr;
     desktop_.controller()
         .recordings()
         .keepDecisions(workBefore)
-        .whenDone([self = QPointer(this), before](const std::exception_ptr& raised) {
+        .whenDone([self = QPointer(this), before,
+                   clips = workBefore.groups](const std::exception_ptr& raised) {
             if (!self || raised) return;
             const auto lost = before.without(ClipDecisions::of(self->desktop_.controller()));
             if (lost.any())
-                return self->show(
+                return self->showScanWarnings(
                     Signal::doubtful,
-                    tr("The decisions were kept, but for those of clips whose camera file the scan did not "
-                       "find or left out as a copy: %1.")
+                    tr("The decisions were kept, but for those of clips whose camera file the scan did "
+                       "not find or left out as a copy: %1.")
                         .arg(decisionsText(lost)));
-            self->show(Signal::none, tr("All decisions were kept, beside the new clips."));
+            self->showScanWarnings(
+                Signal::none, tr("All decisions were kept, beside %1.")
+                                  .arg(newClipsText(self->desktop_.controller().work().syncGroups(), clips)));
         });
 }
 
-void WorkBanner::forgetLost() {
+void WorkBanner::followUndo() {
     const UndoState state = desktop_.controller().work().undoState();
-    if (state.redoActionName == undoSteps::scanAndMatch.actionName) forget(lost_);
+    const auto isNext = [](const std::optional<std::string>& step, const UndoStep& which) {
+        return step == which.actionName;
+    };
+    const bool canRedoScan = isNext(state.redoActionName, undoSteps::scanAndMatch);
+    const bool isScanLast = isNext(state.undoActionName, undoSteps::scanAndMatch);
+    if (canRedoScan) {
+        forget(lost_);
+    } else if (isScanLast && lost_.isEmpty() && showLostAgain_) {
+        const auto again = showLostAgain_; // a copy: the call sets it
+        again();
+    }
+    if (!isScanLast || !isNext(state.redoActionName, undoSteps::keepDecisions))
+        return forget(withoutDecisions_);
+    show(Signal::doubtful,
+         withoutDecisions_ = tr("These are the clips of the scan, without what was decided before it."),
+         tr("Keep the Decisions"), [this] { desktop_.run("redo"); });
 }
 
 void WorkBanner::showProblem() {
@@ -196,24 +233,36 @@ void WorkBanner::showKnown(const SessionInfo& session, std::function<void()> ope
 
 void WorkBanner::showSession(const SessionInfo& session) {
     if (const int unsaved = takeLeftUnsaved(session); unsaved > 0)
-        show(Signal::doubtful, leftUnsavedText(session, unsaved));
-    else if (mustListenAgain(desktop_.controller()))
-        show(Signal::none,
-             tr("Smart Audio has to listen to the clips of “%1” again.").arg(views::text(session.name)));
+        return show(Signal::doubtful, leftUnsavedText(session, unsaved));
+    desktop_.controller().smartAudio().recalled().whenDone(
+        [self = QPointer(this), id = session.id](const std::exception_ptr& raised) {
+            if (self && !raised && self->desktop_.sessions().currentSessionId() == id) self->showUnanalysed();
+        });
 }
 
-void WorkBanner::showSessionOfStart(const SessionInfo& session, std::function<void()> newScan) {
+void WorkBanner::showSessionOfStart(const SessionInfo& session) {
     // A message about what is wrong, or about what came with the session, is more important.
     if (!text().isEmpty() || desktop_.controller().work().syncGroups().empty()) return;
-    const int unsaved = takeLeftUnsaved(session);
-    const QString sentence = unsaved > 0 ? leftUnsavedText(session, unsaved)
-                                         : (mustListenAgain(desktop_.controller())
-                                                ? tr("The session “%1” is open as it was last saved, %2. "
-                                                     "Smart Audio has to listen to its clips "
-                                                     "again.")
-                                                : tr("The session “%1” is open as it was last saved, %2."))
-                                               .arg(views::text(session.name), dayText(session.modified));
-    show(unsaved > 0 ? Signal::doubtful : Signal::none, sentence, tr("New Scan…"), std::move(newScan));
+    if (const int unsaved = takeLeftUnsaved(session); unsaved > 0)
+        show(Signal::doubtful, leftUnsavedText(session, unsaved));
+    else if (!showUnanalysed())
+        showToast(window(), tr("The session “%1” is open as it was last saved, %2.")
+                                .arg(views::text(session.name), dayText(session.modified)));
+}
+
+bool WorkBanner::showUnanalysed() {
+    const auto clips = unanalysedClips(desktop_.controller());
+    if (clips == 0) return false;
+    show(Signal::none,
+         unanalysed_ = tr("Smart Audio has chosen the channels, but its results are not stored any more for "
+                          "%1: they have to be listened to again.")
+                           .arg(translatedSentence(counted(clips, "clip", "clips"))),
+         tr("Run Smart Audio"), [this] {
+             JSON arguments = JSON::object();
+             arguments.set("mode", settings::smartAudioMode.write(modeOfAnalysis(desktop_.settings())));
+             desktop_.run("runSmartAudioAnalysis", std::move(arguments));
+         });
+    return true;
 }
 
 void WorkBanner::showFolderSettings() {
@@ -303,10 +352,15 @@ void WorkBanner::showScanWarnings(Signal signal, const QString& notice) {
         });
 }
 
-void WorkBanner::showListened() {
+void WorkBanner::showListened(const std::vector<CardDoubt>& before) {
     const ImportController& controller = desktop_.controller();
-    const bool isInDoubt = !controller.doubts().summary(controller.work().syncGroups()).empty();
-    show(Signal::none, translatedSentence(heardText(controller.derivedDoubts().listened(), isInDoubt)));
+    const auto now = controller.doubts().summary(controller.work().syncGroups());
+    const bool isNew = std::ranges::any_of(
+        now, [&](const CardDoubt& one) { return std::ranges::find(before, one) == before.end(); });
+    const auto doubts = now.empty() ? DoubtsAfterListening::none
+                        : isNew     ? DoubtsAfterListening::found
+                                    : DoubtsAfterListening::known;
+    show(Signal::none, translatedSentence(heardText(controller.derivedDoubts().listened(), doubts)));
 }
 
 void WorkBanner::showLockit() {

@@ -25,15 +25,20 @@ class WorkBanner : public design::Banner {
     void clearSettled() {
         if (signal() == design::Signal::none) clear();
     }
+    /// Removes all messages: a scan replaces the work that they are about.
+    void beginScan();
     /// After a scan that removed decisions; offers to keep them or to undo the scan.
     void showLost(const ClipDecisions& before, const WorkFiles& workBefore);
+    /// Gives the decisions of the clips before the scan to the clips of the scan, and says so, with the
+    /// warnings of the scan.
+    void keepDecisions(const ClipDecisions& before, const WorkFiles& workBefore);
     /// What is wrong with the open session. If other clips were kept beside it, offers to explain how to see
     /// them.
     void showProblem();
     /// What the user has to know about a session that was opened in the window.
     void showSession(const SessionInfo& session);
-    /// The same of the session that was opened at the start, with its date, and an action `newScan`.
-    void showSessionOfStart(const SessionInfo& session, std::function<void()> newScan);
+    /// The same of the session that was opened at the start, with its date.
+    void showSessionOfStart(const SessionInfo& session);
     /// Offers to open the stored session of the folders that are scanned.
     void showKnown(const SessionInfo& session, std::function<void()> open);
     /// Removes that offer.
@@ -43,14 +48,14 @@ class WorkBanner : public design::Banner {
     /// Shows the notice, if any, and the warnings of the last scan (`scanWarnings`); with several warnings,
     /// the first one and a button for all. It disappears by itself if another message is shown.
     void showScanWarnings(design::Signal signal = {}, const QString& notice = {});
-    /// The result of listening to the cards.
-    void showListened();
+    /// The result of listening to the cards. `before`: the doubts until then.
+    void showListened(const std::vector<CardDoubt>& before);
 
   private:
-    /// Gives the decisions of the clips before the scan to the clips of the scan.
-    void keepDecisions(const ClipDecisions& before, const WorkFiles& workBefore);
-    /// Removes the message of `showLost` if the scan was undone.
-    void forgetLost();
+    /// Removes the message of `showLost` if the scan was undone, and shows it again if the scan was redone.
+    void followUndo();
+    /// How many clips have to be analysed again, because their results are not stored. False: none.
+    bool showUnanalysed();
     /// How many clips were analysed with other settings than the present ones.
     void showOutdated();
     /// Whether the session can be saved.
@@ -69,10 +74,14 @@ class WorkBanner : public design::Banner {
     void forget(QString& message);
 
     Desktop& desktop_;
-    QString ofPage_;               ///< set by `showOfPage`
-    QString unsaved_;              ///< the session could not be saved
-    QString known_;                ///< set by `showKnown`
-    QString lost_, outdated_;      ///< set by `showLost` and `showOutdated`
+    QString ofPage_;           ///< set by `showOfPage`
+    QString unsaved_;          ///< the session could not be saved
+    QString known_;            ///< set by `showKnown`
+    QString lost_, outdated_;  ///< set by `showLost` and `showOutdated`
+    QString unanalysed_;       ///< set by `showUnanalysed`
+    QString withoutDecisions_; ///< the decisions that a scan kept were undone
+    /// Shows the message of `showLost` again; empty if no such scan can be redone.
+    std::function<void()> showLostAgain_;
     std::optional<UUID> analysed_; ///< first clip of the work when the last analysis began
     bool wasAnalysing_ = false;
     int analysedClips_ = 0; ///< of the largest running analysis

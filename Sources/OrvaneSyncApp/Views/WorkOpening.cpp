@@ -10,6 +10,7 @@
 #include "OrvaneSyncApp/Views/WorkBanner.h"
 #include "OrvaneSyncApp/Views/WorkScreens.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QPointer>
 #include <QTimer>
@@ -90,7 +91,7 @@ bool WorkOpening::isScanning() const { return scan_ || start_.isAboutToScan(); }
 void WorkOpening::startScan() {
     leaveStart();
     isDropped_ = false;
-    banner_.clearAll();
+    banner_.beginScan();
     scanning_.begin();
     const bool isOther = desktop_.controller().work().syncGroups().empty();
     JSON arguments = JSON::object();
@@ -100,10 +101,12 @@ void WorkOpening::startScan() {
     scan_ = desktop_.controller().scan().lastScan();
     isLeavingScan_ = false;
     if (isOther) offerKnownSession();
+    const ImportController& controller = desktop_.controller();
     scan_->whenDone(
-        [self = QPointer(this), before = ClipDecisions::of(desktop_.controller()),
-         workBefore = desktop_.controller().recordings().workFiles()](const std::exception_ptr& raised) {
-            if (self) self->scanEnded(raised, before, workBefore);
+        [self = QPointer(this),
+         before = BeforeScan{ClipDecisions::of(controller), controller.recordings().workFiles(),
+                             !controller.work().keptMatchedBy()}](const std::exception_ptr& raised) {
+            if (self) self->scanEnded(raised, before);
         });
     whenPageChanged();
     // Uses the time in which the files are read to make the list.
@@ -111,8 +114,20 @@ void WorkOpening::startScan() {
         this, [this] { screens_.list(); }, Qt::QueuedConnection);
 }
 
-void WorkOpening::scanEnded(const std::exception_ptr& raised, const ClipDecisions& before,
-                            const WorkFiles& workBefore) {
+void WorkOpening::addCard(const QString& path) {
+    JSON::Array more;
+    for (const FileURL& folder : desktop_.controller().work().scanScope().moreFolders)
+        more.emplace_back(folder.path);
+    more.emplace_back(utf8(QDir::cleanPath(path)));
+    JSON arguments = JSON::object();
+    arguments.set("moreFolders", JSON(std::move(more)));
+    desktop_.run("setFolders", std::move(arguments), [self = QPointer(this)](const JSON&) {
+        if (self && !self->refusesDuringScan()) self->startScan();
+    });
+}
+
+/// Other corrections change the matches, which the user has to see before earlier decisions apply to them.
+void WorkOpening::scanEnded(const std::exception_ptr& raised, const BeforeScan& before) {
     scan_.reset();
     try {
         if (raised) std::rethrow_exception(raised);
@@ -120,9 +135,13 @@ void WorkOpening::scanEnded(const std::exception_ptr& raised, const ClipDecision
         QStringList scanned;
         for (const FileURL& folder : desktop_.controller().work().folders()) scanned << text(folder.path);
         RecentPlaces::add(scanned);
-        if (before.without(ClipDecisions::of(desktop_.controller())).any())
-            banner_.showLost(before, workBefore);
-        banner_.showScanWarnings();
+        const bool areLost = before.decisions.without(ClipDecisions::of(desktop_.controller())).any();
+        if (areLost && before.isMatchedAlike) {
+            banner_.keepDecisions(before.decisions, before.work);
+        } else {
+            if (areLost) banner_.showLost(before.decisions, before.work);
+            banner_.showScanWarnings();
+        }
     } catch (const std::exception& why) {
         banner_.show(Signal::missing, translatedSentence(why.what()));
     } catch (const platform::Stopped&) {
@@ -201,10 +220,7 @@ void WorkOpening::openNewestSession() {
             self->prepareScan();
         if (raised || self->desktop_.sessions().currentSessionId() != newest.id) return;
         self->screens_.list().restoreListing();
-        self->banner_.showSessionOfStart(newest, [self] {
-            self->banner_.clear();
-            self->prepareScan();
-        });
+        self->banner_.showSessionOfStart(newest);
     });
 }
 

@@ -44,6 +44,10 @@ class WorkOpening : public QObject {
     void stop();
     /// Scans the folders of the work.
     void startScan();
+    /// Scans the folders of the work and this one.
+    void addCard(const QString& path);
+    /// While a scan runs, shows a message and returns true, because other folders would end the scan.
+    bool refusesDuringScan();
     /// Shows the start page while work is open.
     void prepareScan();
     void leaveStart() { isStartWanted_ = false; }
@@ -55,10 +59,13 @@ class WorkOpening : public QObject {
 
   private:
     void sessionChanged();
-    /// While a scan runs, shows a message and returns true, because other folders would end the scan.
-    bool refusesDuringScan();
-    void scanEnded(const std::exception_ptr& raised, const ClipDecisions& before,
-                   const WorkFiles& workBefore);
+    /// The clips, and what was decided about them, when a scan began.
+    struct BeforeScan {
+        ClipDecisions decisions;
+        WorkFiles work;
+        bool isMatchedAlike = false; ///< the scan matches by the same corrections
+    };
+    void scanEnded(const std::exception_ptr& raised, const BeforeScan& before);
     /// If the scanned folders are those of a stored session, offers to open it.
     void offerKnownSession();
     void openProjectFile(const QString& path);

@@ -18,7 +18,7 @@ std::string roughOffsetText(const WorkDoubts::Listened& listened) {
                : "";
 }
 
-std::string heardText(const WorkDoubts::Listened& listened, bool isInDoubt) {
+std::string heardText(const WorkDoubts::Listened& listened, DoubtsAfterListening doubts) {
     const auto clips = [](std::size_t count) {
         return counted(static_cast<long long>(count), "clip", "clips");
     };
@@ -32,7 +32,7 @@ std::string heardText(const WorkDoubts::Listened& listened, bool isInDoubt) {
             "sound, or recordings that may belong to clips without sound.");
     if (listened.matched > 0)
         say(listened.heard > 0
-                ? "The sound of " + clips(listened.heard) + " was compared."
+                ? "The sound of " + clips(listened.heard) + ", some of each card, was compared."
                 : "Of " + clips(listened.matched) +
                       " none sounds plainly like its recording, so that the clocks stay as they are.");
     if (listened.suggested > 0)
@@ -40,8 +40,10 @@ std::string heardText(const WorkDoubts::Listened& listened, bool isInDoubt) {
             " the camera's sound was looked for in recordings that may belong to it, and found " +
             (listened.found > 0 ? "for " + clips(listened.found) : "nowhere") + ".");
     if (listened.isOffsetRough) say(roughOffsetText(listened));
-    if (isInDoubt)
+    if (doubts == DoubtsAfterListening::found)
         say("The doubts are shown above the list.");
+    else if (doubts == DoubtsAfterListening::known)
+        say("No new doubt was found; the earlier ones are shown above the list.");
     else if (listened.heard > 0)
         say(listened.notCompared.isEmpty() ? "Nothing is in doubt." : "Nothing is in doubt by timecode.");
     if (!listened.notCompared.isEmpty()) say(listened.notCompared.text());

@@ -10,7 +10,9 @@ namespace orvane {
 std::string listeningText(const WorkDoubts::Listening& progress);
 /// About a given offset with frames by which clips were found; otherwise empty.
 std::string roughOffsetText(const WorkDoubts::Listened& listened);
-/// The result, one sentence on each line. `isInDoubt`: whether the work has doubts.
-std::string heardText(const WorkDoubts::Listened& listened, bool isInDoubt);
+/// `known`: the work has doubts, all of which it had before the listening. `found`: at least one is new.
+enum class DoubtsAfterListening { none, known, found };
+/// The result, one sentence on each line.
+std::string heardText(const WorkDoubts::Listened& listened, DoubtsAfterListening doubts);
 
 } // namespace orvane

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Sheets/ExportSheet.h"
 
 #include "OrvaneDesignKit/KeptState.h"
+#include "OrvaneDesignKit/Sheet.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncApp/ViewModels/Results/Questions.h"
 #include "OrvaneSyncApp/ViewModels/Results/WarningWords.h"
@@ -13,11 +14,13 @@
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <QCheckBox>
+#include <QClipboard>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QFormLayout>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QPointer>
 #include <QResizeEvent>
@@ -59,10 +62,10 @@ const Declared<bool>* const switches[] = {&settings::generateRawMediaEvent, &set
 const QString versionKey = QStringLiteral("exportVersion");
 const QString placeKey = QStringLiteral("exportFolder");
 
-/// The texts of all warnings. A warning about several files is shown once, with the files' names below it.
-/// `inWords`: texts that replace some warnings.
-QString grouped(const std::vector<std::string>& warnings, const std::map<std::string, std::string>& inWords) {
-    constexpr std::size_t mostNames = 500; // in one paragraph, because all of it is laid out at once
+/// The texts of all warnings. A warning about several files is shown once, with the files' names below it, at
+/// most `mostNames` of them. `inWords`: texts that replace some warnings.
+QString grouped(const std::vector<std::string>& warnings, const std::map<std::string, std::string>& inWords,
+                std::size_t mostNames) {
     QStringList lines;
     for (const WarningGroup& group : warningGroups(warnings)) {
         const auto words = inWords.find(group.text);
@@ -152,6 +155,13 @@ ExportSheet::ExportSheet(Desktop& desktop, QWidget* parent) : QDialog(parent), d
     sections->addWidget(makeOptions());
     sections->addWidget(warnings_ = facts({}));
     warnings_->hide();
+    sections->addWidget(copy_ = button(tr("Copy All Warnings"), Weight::quiet), 0, Qt::AlignLeft);
+    copy_->setToolTip(tr("Copies the warnings with the names of all files"));
+    copy_->hide();
+    connect(copy_, &QPushButton::clicked, this, [this] {
+        QGuiApplication::clipboard()->setText(allWarnings_);
+        showToast(this, tr("The warnings were copied."));
+    });
     rows->addWidget(sections_ = new Scrolled(contents), 1);
     rows->addWidget(makeDestination()); // always in view, whatever the height
     rows->addWidget(outcome_ = new Banner);
@@ -333,11 +343,21 @@ void ExportSheet::showForecast() {
 }
 
 void ExportSheet::fitHeight() {
-    constexpr int frame = 60;    // points, for the frame of the window and a margin
-    constexpr int highest = 800; // points: the sheet is no higher, so that the window below stays visible
+    constexpr int frame = 60; // points, for the frame of the window and a margin
     sections_->updateGeometry();
     const int needed = layout()->totalHeightForWidth(width());
-    setMinimumHeight(std::min({needed, highest, screen()->availableGeometry().height() - frame}));
+    const int ofScreen = screen()->availableGeometry().height() - frame;
+    // Not below the lower edge of the window behind it.
+    const int ofWindow = parentWidget() == nullptr ? ofScreen : parentWidget()->window()->height();
+    setMinimumHeight(std::min({needed, ofScreen, ofWindow}));
+}
+
+/// A sheet that has grown moves up until all of it is over the window behind it.
+void ExportSheet::moveIntoWindow() {
+    if (parentWidget() == nullptr || !isVisible()) return;
+    const QRect behind = parentWidget()->window()->frameGeometry();
+    const int below = frameGeometry().bottom() - behind.bottom();
+    if (below > 0) move(x(), std::max(y() - below, screen()->availableGeometry().top()));
 }
 
 void ExportSheet::refuse(Signal signal, const QString& why, const QString& answer,
@@ -350,6 +370,7 @@ void ExportSheet::refuse(Signal signal, const QString& why, const QString& answe
 void ExportSheet::resizeEvent(QResizeEvent* event) {
     QDialog::resizeEvent(event);
     if (event->oldSize().width() != width()) fitHeight();
+    if (event->oldSize().height() < height()) moveIntoWindow();
 }
 
 void ExportSheet::showEvent(QShowEvent* event) {
@@ -458,9 +479,15 @@ void ExportSheet::written(const JSON& answer) {
         [place] { QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(place).absolutePath())); });
     const ImportController& controller = desktop_.controller();
     const auto inWords = warningsInWords(controller.doubts().summary(controller.work().syncGroups()));
-    warnings_->setText(tr("Export finished with warnings") + QLatin1Char('\n') + grouped(lines, inWords));
+    const auto withTitle = [&](std::size_t mostNames) {
+        return tr("Export finished with warnings") + QLatin1Char('\n') + grouped(lines, inWords, mostNames);
+    };
+    constexpr std::size_t mostNames = 4;
+    warnings_->setText(withTitle(mostNames));
+    allWarnings_ = withTitle(lines.size());
     design::keptState::set(placeKey, QFileInfo(place).absolutePath());
     warnings_->setVisible(!lines.empty());
+    copy_->setVisible(!lines.empty());
     fitHeight();
     if (!lines.empty()) // scrolled to after the sheet has got its new height
         QMetaObject::invokeMethod(

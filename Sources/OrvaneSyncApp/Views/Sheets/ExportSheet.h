@@ -29,6 +29,7 @@ class ExportSheet : public QDialog {
   private:
     /// Sets the height to what the texts need, which depends on how they wrap; limited by the screen.
     void fitHeight();
+    void moveIntoWindow();
     /// Shows why nothing was written; `answer` is the text of a button that calls `action`.
     void refuse(design::Signal signal, const QString& why, const QString& answer = {},
                 std::function<void()> action = {});
@@ -60,7 +61,9 @@ class ExportSheet : public QDialog {
     design::Banner* outcome_;
     QScrollArea* sections_;
     QLabel* warnings_;
-    QString missing_; ///< media of the document that do not exist; empty until they were checked
+    QPushButton* copy_;
+    QString allWarnings_; ///< with the names of all files
+    QString missing_;     ///< media of the document that do not exist; empty until they were checked
     std::optional<platform::Task> writing_;
     bool isPlaceGiven_ = false; ///< by the user
     bool mayReplace_ = false;   ///< the user has agreed to replace this file

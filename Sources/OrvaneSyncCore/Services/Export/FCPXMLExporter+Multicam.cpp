@@ -258,12 +258,12 @@ class MovedAngles {
     }
     void warn(ExportRun& run) const {
         if (count_ == 0) return;
-        run.warn(
-            "Multicam angles lie by timecode: where their sound was moved by hand, the picture is away from "
-            "that of the other cameras by as much, and is to be moved in the editing program: ",
-            *first_,
-            platform::text::formatted(" by %.1f s", firstApart_) +
-                (count_ > 1 ? " and " + std::to_string(count_ - 1) + " more" : ""));
+        run.warn("A multicam clip places its cameras by timecode. The picture of a camera whose sound was "
+                 "moved by "
+                 "hand does not fit the other cameras; move it there in the editing program: ",
+                 *first_,
+                 platform::text::formatted(" by %.1f s", firstApart_) +
+                     (count_ > 1 ? " and " + std::to_string(count_ - 1) + " more" : ""));
     }
 
   private:

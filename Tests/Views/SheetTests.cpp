@@ -6,6 +6,7 @@
 
 #include <QAction>
 #include <QClipboard>
+#include <QLayout>
 #include <QPlainTextEdit>
 #include <QTreeWidget>
 
@@ -97,6 +98,21 @@ TEST_F(SheetTest, WhatOnlyShowsStandsWhereItStoodUnderTheNextDoubt) {
     EXPECT_EQ(button(bar, "Show Clips")->pos(), place);
     desktop_->run("undo");
     EXPECT_EQ(settings_->get(settings::trimMode), TrimMode::commonDuration);
+
+    std::string words;
+    for (int i = 0; i < 100; ++i) words += "the clips of this card ";
+    bar.resize(700, 100);
+    bar.show({{words, {}, clips}});
+    QCoreApplication::processEvents();
+    const int folded = bar.layout()->totalHeightForWidth(bar.width());
+    press(bar, "More");
+    QCoreApplication::processEvents();
+    EXPECT_GT(bar.layout()->totalHeightForWidth(bar.width()), 2 * folded);
+    press(bar, "Less");
+    QCoreApplication::processEvents();
+    EXPECT_EQ(bar.layout()->totalHeightForWidth(bar.width()), folded);
+    bar.show({{"few words", {}, clips}});
+    EXPECT_EQ(button(bar, "More"), nullptr);
 }
 
 TEST_F(SheetTest, TellsWhatThisMachineHasAndCopiesIt) {

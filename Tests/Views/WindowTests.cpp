@@ -160,6 +160,33 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
     EXPECT_EQ(cell(1, 1), next);
 }
 
+TEST_F(WindowTest, ASearchOpensWhatItFoundAndAClipThatLeftTheFilterIsNamed) {
+    scan();
+    const auto inReview = [&] { return desktop_->players().review()->groupID(); };
+    QLineEdit* search = window_->results().search();
+    search->setFocus();
+    QTest::keyClicks(search, "b001");
+    QTest::keyClick(search, Qt::Key_Return);
+    ASSERT_TRUE(waitUntil([&] { return inReview() == clip("B001C001").id; }));
+    QTest::keyClick(window_.get(), Qt::Key_Escape);
+    ASSERT_TRUE(waitUntil([&] { return table().isVisible(); }));
+    search->clear();
+
+    press(window_->results(), "Issues  1");
+    const UUID unmatched = clip("A001C003").id;
+    window_->openReview(unmatched);
+    desktop_->controller().recordings().attachAudioToGroup(unmatched, *clip("A001C001").primaryAudio());
+    QTest::keyClick(window_.get(), Qt::Key_Escape);
+    QString said;
+    EXPECT_TRUE(waitUntil([&] {
+        const auto* toast = window_->findChild<QFrame*>(QStringLiteral("toast"));
+        if (toast != nullptr) said = toast->accessibleName();
+        return said.contains("is not under “Issues” now");
+    })) << said.toStdString();
+    press(window_->results(), "Show All Clips");
+    EXPECT_EQ(window_->results().selectedClips(), std::vector{unmatched});
+}
+
 TEST_F(WindowTest, AFurtherScreenIsOpenedByItsClassAlone) {
     scan();
     const std::vector one{clip("A001C001").id}, other{clip("A001C003").id}, both{one[0], other[0]};

@@ -13,6 +13,12 @@ namespace orvane::views {
 
 using namespace design;
 
+namespace {
+
+constexpr int mostLines = 2; ///< so that a low window keeps its height for the list
+
+} // namespace
+
 DoubtBar::DoubtBar(Desktop& desktop, QWidget* parent) : QFrame(parent), desktop_(desktop) {
     setProperty("banner", true);
     setObjectName(QStringLiteral("doubts"));
@@ -21,10 +27,12 @@ DoubtBar::DoubtBar(Desktop& desktop, QWidget* parent) : QFrame(parent), desktop_
     rows->setSpacing(space::small);
     auto* top = new QHBoxLayout;
     top->addWidget(new Badge(Signal::doubtful, {}), 0, Qt::AlignTop);
-    top->addWidget(text_ = label(QString()), 1);
+    top->addWidget(text_ = new FoldedText(mostLines), 1);
     // At the top beside the text, so that they stay at the same place for any number of lines and cures.
     auto* steps = new QHBoxLayout;
     steps->setSpacing(0);
+    steps->addWidget(text_->more());
+    steps->addSpacing(space::small);
     steps->addWidget(clips_ = button(tr("Show Clips")));
     clips_->setToolTip(tr("Selects the clips that this is about"));
     steps->addSpacing(space::small);
@@ -71,7 +79,7 @@ void DoubtBar::showOne() {
     QString message = translatedSentence(doubt.message);
     message = message.left(1).toUpper() + message.mid(1);
     if (!doubt.cure.text.empty()) message += QStringLiteral("\n→ ") + translatedSentence(doubt.cure.text);
-    text_->setText(message);
+    text_->show(message);
     setAccessibleName(message);
     position_->setText(tr("%1 of %2").arg(shown_ + 1).arg(doubts_.size()));
     position_->setVisible(doubts_.size() > 1);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneDesignKit/FoldedText.h"
 #include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
 
@@ -28,7 +29,7 @@ class DoubtBar : public QFrame {
     Desktop& desktop_;
     std::vector<ResultsViewModel::Doubt> doubts_;
     std::size_t shown_ = 0;
-    QLabel* text_;
+    design::FoldedText* text_;
     QLabel* position_;
     QPushButton* clips_;
     QPushButton* previous_;

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/ResultsView.h"
 
 #include "OrvaneDesignKit/KeptState.h"
+#include "OrvaneDesignKit/Sheet.h"
 #include "OrvaneSyncApp/Views/DoubtBar.h"
 #include "OrvaneSyncApp/Views/ResultsModel.h"
 #include "OrvaneSyncApp/Views/SearchKeys.h"
@@ -138,9 +139,7 @@ ResultsView::ResultsView(Desktop& desktop, ScreenHost host)
     column->addLayout(top);
     column->addWidget(doubts_ = new DoubtBar(desktop));
     doubts_->whenClipsWanted = [this](const std::vector<UUID>& clips) {
-        filter_->choose(0);
-        rows_.setFilter(ListFilter::all);
-        search_->clear();
+        showAll();
         select(clips);
     };
     doubts_->whenCured = [this] { showDoubts(); };
@@ -148,7 +147,8 @@ ResultsView::ResultsView(Desktop& desktop, ScreenHost host)
     auto* splitter = new QSplitter(Qt::Vertical);
     splitter->setChildrenCollapsible(false);
     splitter->addWidget(makeTable());
-    new SearchKeys(*search_, *table_);
+    auto* keys = new SearchKeys(*search_, *table_);
+    keys->whenAccepted = [this] { Q_EMIT table_->activated(table_->currentIndex()); };
     splitter->addWidget(wildTracks_ = new WildTracksView(desktop));
     splitter->setStretchFactor(0, 1);
     splitter->setSizes({10 * wildTracksHeight, wildTracksHeight});
@@ -257,6 +257,17 @@ QWidget* ResultsView::makeTable() {
         },
         Qt::QueuedConnection);
     empty_ = new EmptyState(Glyph::search, {}, {});
+    empty_->add(showAll_ = button(tr("Show All Clips")));
+    connect(showAll_, &QPushButton::clicked, this, [this] {
+        const std::vector<UUID> clips = chosen_; // the next line changes the selection
+        showAll();
+        select(clips);
+        table_->setFocus();
+    });
+    empty_->add(folders_ = button(tr("Choose Folders…"), Glyph::folder));
+    connect(folders_, &QPushButton::clicked, this, [this] {
+        if (desktop_.whenFoldersWanted) desktop_.whenFoldersWanted();
+    });
     auto* pages = new QWidget;
     pages_ = new QStackedLayout(pages);
     pages_->addWidget(table);
@@ -283,10 +294,10 @@ void ResultsView::showCounts() {
     const bool isEmpty = rows_.rowCount() == 0;
     pages_->setCurrentIndex(isEmpty ? 1 : 0);
     if (!isEmpty) return;
+    showAll_->setVisible(counts.all > 0);
+    folders_->setVisible(counts.all == 0);
     if (counts.all == 0)
-        empty_->setTexts(
-            tr("No clips"),
-            tr("The folders hold no picture that can be read. Choose others with File > New Scan."));
+        empty_->setTexts(tr("No clips"), tr("The folders hold no picture that can be read."));
     else if (rows_.filter() == ListFilter::doubtful && search_->text().isEmpty())
         empty_->setTexts(tr("No match is in doubt"), tr("What waits for a decision is under Issues."));
     else if (rows_.filter() == ListFilter::issues && search_->text().isEmpty())
@@ -333,6 +344,26 @@ void ResultsView::keepSelection(bool areAllNew) {
 
 void ResultsView::select(const std::vector<UUID>& clips) {
     setSelected(clips, QAbstractItemView::PositionAtCenter);
+    if (clips.empty() ||
+        std::ranges::any_of(clips, [this](const UUID& id) { return rows_.rowOf(id).has_value(); }))
+        return;
+    const OpenWork& work = desktop_.controller().work();
+    const SyncGroup* clip = work.syncGroups().find(clips.front());
+    if (clip == nullptr) return;
+    chosen_ = clips; // "Show All Clips" selects them
+    const bool isOfFilter = rows_.filter() != ListFilter::all && search_->text().isEmpty();
+    const QString name = text(work.displayNames().at(clip->id));
+    showToast(window(),
+              isOfFilter ? tr("“%1” is not under “%2” now: %3.")
+                               .arg(name, tr(filters.at(static_cast<std::size_t>(filter_->chosen())).title),
+                                    translatedSentence(clip->matchStatus.label()))
+                         : tr("“%1” is not in this list. Change the search or the filter above.").arg(name));
+}
+
+void ResultsView::showAll() {
+    filter_->choose(0);
+    rows_.setFilter(ListFilter::all);
+    search_->clear();
 }
 
 void ResultsView::setSelected(const std::vector<UUID>& clips, QAbstractItemView::ScrollHint hint) {

@@ -14,6 +14,7 @@
 
 class QMenu;
 class QStackedLayout;
+class QPushButton;
 class QTimer;
 
 namespace orvane::views {
@@ -70,6 +71,8 @@ class ResultsView : public WorkScreen {
     void restorePlaces();
     void prepareColumns();
     void showCounts();
+    /// Removes filter and search.
+    void showAll();
     void showDoubts();
     /// After rows were added, removed or moved: selects the same clips again, or the row at their place.
     void keepSelection(bool areAllNew);
@@ -108,6 +111,7 @@ class ResultsView : public WorkScreen {
     std::map<UUID, UUID> lastOf_;        ///< the clip that was used last, by session
     QStackedLayout* pages_;
     design::EmptyState* empty_;
+    QPushButton *showAll_, *folders_; ///< below the text of `empty_`
     WildTracksView* wildTracks_;
     int wildTracksNeed_ = 0; ///< height in points
     QTimer* scrolled_;       ///< asks for thumbnails when scrolling has stopped

@@ -22,9 +22,12 @@ bool SearchKeys::eventFilter(QObject*, QEvent* event) {
     }
     switch (key->key()) {
     case Qt::Key_Down:
+        enterList();
+        return true;
     case Qt::Key_Return:
     case Qt::Key_Enter:
         enterList();
+        if (whenAccepted && !field_.text().isEmpty() && list_.currentIndex().isValid()) whenAccepted();
         return true;
     case Qt::Key_Escape:
         field_.text().isEmpty() ? list_.setFocus() : field_.clear();

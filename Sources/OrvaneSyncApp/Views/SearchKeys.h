@@ -21,6 +21,8 @@ class SearchKeys : public QObject {
     std::function<int()> firstRow;
     /// Called with the row that a search ends at, for a list whose current row is what the keys act on.
     std::function<void(int row)> whenFound;
+    /// Called after Return has gone to a row of a list that was searched.
+    std::function<void()> whenAccepted;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:

@@ -129,7 +129,8 @@ void WildTracksView::fill() {
     list_->doItemsLayout();
     list_->verticalScrollBar()->setValue(scrolled);
     title_->setText(
-        tr("Sound without picture: %1, %2 approved for the document").arg(tracks.size()).arg(approved));
+        tr("Sound without picture: %1, %2 approved for the document").arg(tracks.size()).arg(approved) +
+        QStringLiteral("  ·  ") + tr("Space plays, Ctrl+Return approves, F2 names a recording"));
     setVisible(!tracks.empty());
     showPlaying();
 }

@@ -107,8 +107,7 @@ class BatchRenameSheet : public Sheet {
         preview->header()->setSectionResizeMode(QHeaderView::Stretch);
         add(preview, 1);
         if (selected_.size() < 2)
-            add(facts(tr("All clips of the work are renamed. To rename some of them, select these in the "
-                         "list before.")));
+            add(facts(tr("All clips are renamed. To rename only some, select them in the list first.")));
         add(facts(tr("A clip that still has its camera's file name keeps it.")));
 
         clear_ = button(tr("Clear all manual names"), Weight::quiet);

@@ -163,7 +163,7 @@ std::vector<Command> fileCommands() {
         Command::later("loadProject", ShortcutAction::openProject, {{"path", path}}, loadProject)
             .alsoBy({"project"})
             .inMenu(Menu::file, 210),
-        Command::later("exportFCPXML", "Export FCPXML…", "Writes all settled clips as one document.",
+        Command::later("exportFCPXML", "Export FCPXML…", "Writes all matched clips as one document.",
                        {{"output", path}, {"eventName", text, true}, version, overwrite}, exportedDocument)
             .alsoBy({"sync", "session", "project"})
             .when(hasClipsWhileIdle)

@@ -54,7 +54,7 @@ std::vector<Command> smartAudioCommands() {
     namespace steps = undoSteps;
     return {
         Command::later("runSmartAudioAnalysis", "Run Smart Audio Analysis",
-                       "Analyzes the sound of all settled clips.",
+                       "Analyzes the sound of all matched clips.",
                        {{.name = "mode", .kind = text, .choices = smartAudioModeTags}, overwriteManualTracks},
                        runAnalysis)
             .alsoBy({"sync"})
@@ -73,7 +73,7 @@ std::vector<Command> smartAudioCommands() {
             .forClips(hasSound),
         Command::later(
             "measureLoudness", "Measure Loudness",
-            "Measures the loudness of all settled clips and sets the master gain of those that have "
+            "Measures the loudness of all matched clips and sets the master gain of those that have "
             "none set by hand.",
             {},
             [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {

@@ -17,9 +17,11 @@ void addConflict(ShortcutRow& row, const SharedShortcut& shared) {
             names.push_back("“" + std::string(label(other)) + "”");
         }
     const ShortcutAction winner = shared.actions.front();
-    row.conflict =
-        platform::text::joined(names, " and ") + (names.size() == 1 ? " has" : " have") + " this key too; " +
-        (winner == row.action ? "this action" : "“" + std::string(label(winner)) + "”") + " gets it.";
+    row.conflict = platform::text::joined(names, " and ") + (names.size() == 1 ? " has" : " have") +
+                   " this key too" +
+                   (winner == row.action ? "; this action gets it."
+                    : names.size() == 1  ? " and gets it."
+                                         : "; “" + std::string(label(winner)) + "” gets it.");
 }
 
 } // namespace

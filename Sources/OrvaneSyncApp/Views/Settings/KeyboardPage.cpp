@@ -31,6 +31,15 @@ JSON bindingOf(ShortcutAction action, const std::string& key) {
     return arguments;
 }
 
+/// What the action does. The help text begins with the standard key, but the user may have chosen another.
+QString withoutKey(const QString& help) {
+    const QString dash = QStringLiteral(" — ");
+    const qsizetype at = help.indexOf(dash);
+    if (at < 0) return help;
+    const QString what = help.mid(at + dash.size());
+    return what.left(1).toUpper() + what.mid(1);
+}
+
 QPushButton* tool(Glyph glyph, const QString& name) {
     QPushButton* made = button({}, glyph, Weight::quiet);
     made->setToolTip(name);
@@ -160,7 +169,7 @@ QWidget* KeyboardPage::makeLine(const ShortcutRow& row) {
               tool(Glyph::cross, tr("Take the key from “%1”").arg(name)),
               tool(Glyph::undo, tr("Reset the key of “%1” to default").arg(name)),
               new Remark,
-              button(tr("Only This Action"))};
+              button(tr("Take the Key"))};
     line.key->setObjectName(text(rawValue(row.action)));
     line.key->setFixedWidth(keyWidth);
     line.key->setToolTip(tr("Press, then press the new key"));
@@ -168,12 +177,12 @@ QWidget* KeyboardPage::makeLine(const ShortcutRow& row) {
     line.settle->setObjectName(QStringLiteral("settle ") + text(rawValue(row.action)));
     line.settle->setToolTip(tr("Takes the key from the other action"));
     QLabel* what = label(name);
-    what->setToolTip(translatedSentence(row.help));
+    what->setToolTip(withoutKey(translatedSentence(row.help)));
     grid->addWidget(what, 0, 0);
     grid->addWidget(line.key, 0, 1, 2, 1, Qt::AlignVCenter);
     grid->addWidget(line.clear, 0, 2, 2, 1, Qt::AlignVCenter);
     grid->addWidget(line.reset, 0, 3, 2, 1, Qt::AlignVCenter);
-    grid->addWidget(facts(translatedSentence(row.help)), 1, 0);
+    grid->addWidget(facts(withoutKey(translatedSentence(row.help))), 1, 0);
     auto* conflict = new QHBoxLayout;
     conflict->addWidget(line.conflict, 1);
     conflict->addWidget(line.settle);

@@ -479,6 +479,37 @@ TEST_F(ReviewTest, ArrowsInTheListOpenTheClipThatTheyMark) {
     EXPECT_LT(window_->results().table()->model()->rowCount(), 3) << "the filter has a key";
 }
 
+TEST_F(ReviewTest, AClickInTheListAndASearchLeaveTheKeysToTheClipInView) {
+    open();
+    QListView& list = *window_->review().outline().list();
+    QLineEdit& search = *window_->review().outline().search();
+    const auto key = [](Qt::Key pressed) { QTest::keyClick(QApplication::focusWidget(), pressed); };
+    const auto openOther = [&](const char* how) {
+        window_->openReview(ids_[1]);
+        const QModelIndex row = list.currentIndex();
+        window_->openReview(ids_[0]);
+        if (how == std::string_view("a click from the list")) list.setFocus(Qt::TabFocusReason);
+        if (how != std::string_view("a search"))
+            return QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, list.visualRect(row).center());
+        press(Qt::Key_F, Qt::ControlModifier);
+        QTest::keyClicks(&search, "b001");
+        key(Qt::Key_Enter);
+        key(Qt::Key_Enter); // the second press of a double press
+    };
+    bool isApproved = false;
+    for (const char* how : {"a click", "a click from the list", "a search"}) {
+        openOther(how);
+        EXPECT_TRUE(review().shows(ids_[1])) << how;
+        for (const Qt::Key each : {Qt::Key_Return, Qt::Key_Down, Qt::Key_Up, Qt::Key_Left}) key(each);
+        isApproved = !isApproved;
+        EXPECT_EQ(clip(1).isApproved, isApproved) << how;
+        EXPECT_TRUE(review().shows(ids_[1])) << how;
+    }
+    press(Qt::Key_F, Qt::ControlModifier);
+    key(Qt::Key_Down);
+    EXPECT_TRUE(list.hasFocus()) << "to move in the list by keys";
+}
+
 TEST_F(ReviewTest, WhatIsDecidedWithoutThePictureIsSaidInItsPlace) {
     std::filesystem::rename(folder_.path("A001C001.mov"), folder_.path("away"));
     window_->results().select({ids_[0]});

@@ -22,28 +22,32 @@ bool SearchKeys::eventFilter(QObject*, QEvent* event) {
     }
     switch (key->key()) {
     case Qt::Key_Down:
-        enterList();
+        goToFound(false);
         return true;
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        enterList();
+        goToFound(true);
         if (whenAccepted && !field_.text().isEmpty() && list_.currentIndex().isValid()) whenAccepted();
         return true;
     case Qt::Key_Escape:
-        field_.text().isEmpty() ? list_.setFocus() : field_.clear();
+        field_.text().isEmpty() ? giveToList(Qt::OtherFocusReason, true) : field_.clear();
         return true;
     default:
         return false;
     }
 }
 
-void SearchKeys::enterList() {
+void SearchKeys::goToFound(bool isLeft) {
     if (list_.model()->rowCount() == 0) return;
     // Without a search text the list has not changed, so its current row is kept.
     if (!field_.text().isEmpty() || !list_.currentIndex().isValid())
         list_.setCurrentIndex(list_.model()->index(firstRow ? firstRow() : 0, 0));
-    list_.setFocus(Qt::TabFocusReason); // from here on the keys are those of the list
+    giveToList(Qt::TabFocusReason, isLeft); // first, because another screen may open; the list's keys apply
     if (whenFound && !field_.text().isEmpty()) whenFound(list_.currentIndex().row());
+}
+
+void SearchKeys::giveToList(Qt::FocusReason reason, bool isLeft) {
+    isLeft&& leave ? leave() : list_.setFocus(reason);
 }
 
 } // namespace orvane::views

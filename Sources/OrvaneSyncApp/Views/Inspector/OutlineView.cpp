@@ -27,13 +27,16 @@ namespace {
 
 constexpr int narrowestOutline = 180;
 
-/// A click or Return opens a row. An arrow key that moves to a clip opens it as well, so that the marked row
-/// is always the clip that the keys change. A click on the triangle, Left and Right fold a take. Space plays.
+/// A click opens a row, and the keys stay those of the clip in view: only Tab, or Down in the search field,
+/// gives the list the keyboard. Then Return opens a row, and an arrow key that moves to a clip opens it as
+/// well, so that the marked row is always the clip that the keys change; Left and Right fold a take, as a
+/// click on its triangle does. Space plays.
 class OutlineList : public QListView {
   public:
     std::function<void(int row)> open, fold;
     std::function<bool(int row)> isOpen; ///< whether the row's clip is in view
     std::function<void()> play;
+    std::function<void()> leave;                             ///< gives the keyboard to the clip in view
     std::function<void(int row, const QPoint& at)> showMenu; ///< `at`: on the screen
 
   protected:
@@ -47,9 +50,10 @@ class OutlineList : public QListView {
         showMenu(index.row(), at);
     }
     void mousePressEvent(QMouseEvent* event) override {
+        if (event->button() != Qt::LeftButton) return;
+        leave(); // first, because another screen may open
         const QModelIndex index = indexAt(event->pos());
-        if (!index.isValid() || event->button() != Qt::LeftButton) return;
-        setFocus(Qt::MouseFocusReason);
+        if (!index.isValid()) return;
         const bool isTake = static_cast<const OutlineListModel*>(model())->row(index.row()).isTake;
         if (isTake && OutlineDelegate::isFold(visualRect(index), event->pos())) return fold(index.row());
         setCurrentIndex(index);
@@ -100,6 +104,7 @@ OutlineView::OutlineView(Desktop& desktop, Choose choose, std::function<void()> 
     auto* list = new OutlineList;
     list_ = list;
     list->setAccessibleName(tr("Clips"));
+    list->setFocusPolicy(Qt::TabFocus);
     list->setModel(model_);
     list->setItemDelegate(new OutlineDelegate(list));
     list->setUniformItemSizes(true);
@@ -113,6 +118,9 @@ OutlineView::OutlineView(Desktop& desktop, Choose choose, std::function<void()> 
         return selected_ && !isTakeSelected_ && rows_.groupID(static_cast<std::size_t>(row)) == selected_;
     };
     list->play = [&desktop] { desktop.players().handleKeyAction(KeyAction::playPause); };
+    list->leave = [this] {
+        if (takeKeyboard) takeKeyboard();
+    };
     list->fold = [this](int row) { rows_.toggleFolded(static_cast<std::size_t>(row)); };
     list->showMenu = [this, &desktop](int row, const QPoint& at) {
         QMenu menu(this);
@@ -127,6 +135,7 @@ OutlineView::OutlineView(Desktop& desktop, Choose choose, std::function<void()> 
         while (row + 1 < model_->rowCount() && model_->row(row).isTake && !model_->row(row).isFolded) ++row;
         return row;
     };
+    keys->leave = list->leave;
     // Otherwise the keys would act on a clip that is no longer listed.
     keys->whenFound = [this](int row) { open(row); };
     observation_ = rows_.onChange([this](const ResultsViewModel::Change& change) {

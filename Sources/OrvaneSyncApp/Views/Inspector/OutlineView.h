@@ -41,6 +41,8 @@ class OutlineView : public QWidget {
     }
     /// Called when the listed clips or their order change.
     std::function<void()> whenListChanged;
+    /// Gives the keyboard to the clip or the cameras in view.
+    std::function<void()> takeKeyboard;
     /// Called when the user wants to see all cameras of a take.
     std::function<void(std::vector<UUID>)> openTake;
 

@@ -111,6 +111,7 @@ MulticamView::MulticamView(Desktop& desktop, ScreenHost host)
     auto* columns = new QSplitter;
     columns->addWidget(outline_ = new OutlineView(desktop, host_.openReview, host_.showList));
     outline_->openTake = host_.openMulticam;
+    outline_->takeKeyboard = [this] { keyboard()->setFocus(); };
     auto* cameras = new QWidget;
     columns->addWidget(cameras);
     columns->setStretchFactor(1, 1);

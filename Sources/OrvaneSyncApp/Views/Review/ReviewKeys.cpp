@@ -158,6 +158,8 @@ bool ReviewKeys::handle(const QKeyEvent& event, bool isFullscreen) {
     if (!meant || isOtherK(*meant)) return false;
     const QWidget* focus = QApplication::focusWidget();
     const bool isTyped = !isFullscreen && isTextEdited(focus);
+    // Return leaves the search field; the second press of a double press must not mark the clip.
+    if (isTyped && (event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter)) noteElsewhere(event);
     if (!isFullscreen && isFocusByTab_ && worksBy(focus, event.key())) return false;
     const bool isEscape = meant->isDown && !meant->isRepeat && meant->keyCode == Shortcut::KeyCode::escape &&
                           meant->modifiers == ModifierSet::none;

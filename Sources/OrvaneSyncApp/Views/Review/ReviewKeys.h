@@ -44,8 +44,8 @@ class ReviewKeys : public QObject {
     /// control.
     void followFocus(const QObject& watched, const QFocusEvent& event);
     void noteElsewhere(const QKeyEvent& event);
-    /// Whether the press belongs to an earlier screen: the key has been held since then, or this is the
-    /// second press of a double press whose first one opened the review.
+    /// Whether the press belongs to an earlier screen or to a field: the key has been held since then, or
+    /// this is the second press of a double press whose first one opened the clip.
     bool isOfAnotherScreen(const QKeyEvent& event) const;
 
     Desktop& desktop_;
@@ -57,7 +57,7 @@ class ReviewKeys : public QObject {
         int key = 0;
         std::uint64_t at = 0; ///< milliseconds of the window system; 0: not given
         bool isDown = false;
-    } elsewhere_; ///< the last key that went down while another screen was in front
+    } elsewhere_; ///< the last key that went down while another screen was in front, or Return in a field
 };
 
 } // namespace orvane::views

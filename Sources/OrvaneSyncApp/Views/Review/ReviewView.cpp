@@ -78,6 +78,7 @@ ReviewView::ReviewView(Desktop& desktop, ScreenHost host) : WorkScreen(desktop, 
         if (!clip()) noteClips();
     });
     outline_->openTake = host_.openMulticam;
+    outline_->takeKeyboard = [this] { keyboard()->setFocus(); };
     review->sayWhyNot = [&desktop](std::string_view why) { desktop.sayWhyNot(translatedSentence(why)); };
     review->moveInList = [this](KeyAction action) { go(action == KeyAction::nextGroup ? 1 : -1); };
 }

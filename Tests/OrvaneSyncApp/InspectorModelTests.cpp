@@ -311,6 +311,14 @@ TEST_F(InspectorModelTest, namesMetadataAndDoubtsReadAsInTheWindow) {
     }
 }
 
+TEST(DoubtsPartTest, twoDoubtsWithTheSameStepHaveOneButton) {
+    const CureStep trim{"Trim", "setSetting", {}, true}, move{"Move", "setSetting", {}, true};
+    std::vector<DoubtsPart::Doubt> doubts{{"gap", "", {trim, move}}, {"end", "", {trim}}, {"other", "", {}}};
+    DoubtsPart::keepLastSteps(doubts);
+    EXPECT_EQ(doubts[0].steps, std::vector{move});
+    EXPECT_EQ(doubts[1].steps, std::vector{trim});
+}
+
 TEST(KeyOverviewTest, greysWhatDoesNothing) {
     using enum ShortcutAction;
     const auto row = [](const ReviewSituation& now, ShortcutAction action,

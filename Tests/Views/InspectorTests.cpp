@@ -230,6 +230,32 @@ TEST_F(InspectorTest, whatWasUsedStaysInItsPlaceWhereSectionsAboveItGrow) {
     EXPECT_EQ(at(), before);
 }
 
+TEST_F(InspectorTest, theControlsOfTheSyncKeepTheirPlaces) {
+    inspector_->resize(320, 900);
+    const auto places = [&] {
+        serve();
+        std::vector<QPoint> all{named<QLineEdit>("Offset in frames").mapTo(inspector_.get(), QPoint())};
+        for (const char* text : {"Go To", "Clear", "Mark Synced", "Lock All Cams in Cluster"})
+            all.push_back(button(text).mapTo(inspector_.get(), QPoint()));
+        return all;
+    };
+    open("A001C001");
+    const std::vector<QPoint> usual = places();
+    for (const char* file : {"A001C001", "A001C002", "A001C003"}) {
+        open(file);
+        EXPECT_EQ(places(), usual) << file;
+        const UUID id = clip(file).id;
+        desktop_->runForClips("toggleLocked", {id});
+        EXPECT_EQ(places(), usual) << file << " locked";
+        desktop_->controller().clips().adjustAudioOffset(id, 0.05);
+        EXPECT_EQ(places(), usual) << file << " moved since, by a part of a frame";
+        if (!clip(file).isMOS()) {
+            EXPECT_TRUE(button("Lock at This Offset").isVisible());
+            EXPECT_TRUE(inspector_->findChild<QPushButton*>("reason")->toolTip().contains("moved since"));
+        }
+    }
+}
+
 TEST_F(InspectorTest, nothingIsCutAtAnyWidthAndEveryControlHasAName) {
     const auto faults = [&] {
         QStringList all;

@@ -41,6 +41,18 @@ void addStepsForClip(const SyncGroup& group, const SyncDoubt& doubt, DoubtsPart:
     }
 }
 
+DoubtsPart::Doubt shownDoubt(const ImportController& controller, const SyncGroup& group,
+                             const SyncDoubt& doubt) {
+    Cure cure = cureInWords(doubt.cure);
+    if (doubt.suggestion) offerSuggestions(cure, controller, {group.id});
+    DoubtsPart::Doubt shown{messageInWords(doubt), std::move(cure.text), std::move(cure.steps)};
+    addStepsForClip(group, doubt, shown);
+    // Without folders nothing can be scanned again.
+    if (!controller.scan().canScan())
+        std::erase_if(shown.steps, [](const CureStep& step) { return step.scansAgain; });
+    return shown;
+}
+
 std::string fieldOrEmpty(const std::optional<ImportedFields>& fields, std::string_view key) {
     if (!fields) return {};
     const auto found = fields->find(std::string(key));
@@ -54,21 +66,24 @@ void addNoteIfSaid(std::vector<std::pair<std::string, std::string>>& rows, std::
 
 } // namespace
 
+void DoubtsPart::keepLastSteps(std::vector<Doubt>& doubts) {
+    for (auto doubt = doubts.begin(); doubt != doubts.end(); ++doubt)
+        std::erase_if(doubt->steps, [&](const CureStep& step) {
+            return std::any_of(doubt + 1, doubts.end(), [&](const Doubt& later) {
+                return std::ranges::find(later.steps, step) != later.steps.end();
+            });
+        });
+}
+
 DoubtsPart DoubtsPart::of(const ImportController& controller, const SyncGroup& group) {
     DoubtsPart part;
     const auto& all = controller.doubts().byGroup;
-    const auto found = all.find(group.id);
-    if (found == all.end()) return part;
-    for (const SyncDoubt& doubt : found->second) {
-        Cure cure = cureInWords(doubt.cure);
-        if (doubt.suggestion) offerSuggestions(cure, controller, {group.id});
-        Doubt shown{messageInWords(doubt), std::move(cure.text), std::move(cure.steps)};
-        addStepsForClip(group, doubt, shown);
-        // Without folders nothing can be scanned again.
-        if (!controller.scan().canScan())
-            std::erase_if(shown.steps, [](const CureStep& step) { return step.scansAgain; });
-        part.doubts.push_back(std::move(shown));
-    }
+    if (const auto found = all.find(group.id); found != all.end())
+        for (const SyncDoubt& doubt : found->second)
+            part.doubts.push_back(shownDoubt(controller, group, doubt));
+    keepLastSteps(part.doubts);
+    // If there are several recordings, the doubts say more.
+    if (group.isMOS()) part.whyUnmatched = controller.derivedDoubts().whyUnmatched(group.id);
     return part;
 }
 

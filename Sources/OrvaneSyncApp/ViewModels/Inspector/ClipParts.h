@@ -13,7 +13,8 @@ namespace orvane {
 
 // What the inspector shows about a clip, except its sound. Interface thread.
 
-/// The doubts about a clip, each with the steps that can be taken at once.
+/// The doubts about a clip, each with the steps that can be taken at once. A step that several doubts have
+/// is given with the last of them.
 struct DoubtsPart {
     struct Doubt {
         std::string message;
@@ -23,7 +24,10 @@ struct DoubtsPart {
         bool operator==(const Doubt&) const = default;
     };
     std::vector<Doubt> doubts;
+    std::string whyUnmatched; ///< why the clip has no recording; empty if it has one
 
+    /// Keeps each step with the last doubt that has it.
+    static void keepLastSteps(std::vector<Doubt>& doubts);
     static DoubtsPart of(const ImportController& controller, const SyncGroup& group);
     bool operator==(const DoubtsPart&) const = default;
 };

@@ -5,6 +5,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace orvane {
@@ -12,6 +13,11 @@ namespace orvane {
 // What the inspector shows about a clip's sync. Pure functions of the clip; interface thread.
 
 struct SyncPart {
+    /// The texts that `lock` and `updateAnchor` can have.
+    static constexpr std::array<std::string_view, 4> lockTexts{"Lock", "Unlock", "Lock at This Offset",
+                                                               "Lock as without sound"};
+    static constexpr std::array<std::string_view, 2> anchorTexts{"Set Clap Point", "Update Clap Point"};
+
     SyncMethod method = SyncMethod::timecode;
     bool hasSound = false;
     bool isLocked = false;

@@ -40,6 +40,10 @@ void DoubtsSection::show(const SyncGroup& clip) {
     DoubtsPart part = DoubtsPart::of(desktop().controller(), clip);
     if (shown_ == part) return;
     clear(rows_);
+    if (!part.whyUnmatched.empty()) {
+        rows_->addWidget(new Badge(Signal::missing, tr("No Match")));
+        rows_->addWidget(label(breakable(utf8(translatedSentence(part.whyUnmatched)))));
+    }
     for (const DoubtsPart::Doubt& doubt : part.doubts) {
         rows_->addWidget(new Badge(Signal::doubtful, tr("Doubtful")));
         rows_->addWidget(label(breakable(utf8(translatedSentence(doubt.message)))));
@@ -57,8 +61,9 @@ void DoubtsSection::show(const SyncGroup& clip) {
         }
         rows_->addLayout(buttons);
     }
-    setSummary(QString::number(part.doubts.size()));
-    setVisible(!part.doubts.empty());
+    const std::size_t count = part.doubts.size() + (part.whyUnmatched.empty() ? 0 : 1);
+    setSummary(QString::number(count));
+    setVisible(count > 0);
     shown_ = std::move(part);
 }
 
@@ -141,12 +146,13 @@ NotesSection::NotesSection(Desktop& desktop)
     rows_ = new QVBoxLayout;
     rows_->setSpacing(space::tight);
     add(rows_);
+    auto* buttons = new FlowLayout;
+    // Above the texts that a search changes, and the one that comes and goes behind the other.
+    buttons->addWidget(detect_ = commandButton("detectSlate"));
+    buttons->addWidget(accept_ = commandButton("acceptSlate"));
+    add(buttons);
     add(slate_ = label(QString()));
     add(proposal_ = facts({}));
-    auto* buttons = new FlowLayout;
-    buttons->addWidget(accept_ = commandButton("acceptSlate"));
-    buttons->addWidget(detect_ = commandButton("detectSlate"));
-    add(buttons);
 }
 
 void NotesSection::show(const SyncGroup& clip) {

@@ -10,7 +10,8 @@ class QVBoxLayout;
 
 namespace orvane::views {
 
-/// Why the clip may have the wrong sound, with buttons for the cures. Hidden if there is no doubt.
+/// Why the clip has no sound or may have the wrong sound, with buttons for the cures. Hidden if there is no
+/// doubt.
 class DoubtsSection : public InspectorSection {
   public:
     explicit DoubtsSection(Desktop& desktop);

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Inspector/InspectorView.h"
 
 #include "OrvaneSyncApp/ViewModels/Results/ClipInLists.h"
+#include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
 #include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
 #include "OrvaneSyncApp/Views/Inspector/ChannelsSection.h"
 #include "OrvaneSyncApp/Views/Inspector/ClipSections.h"
@@ -8,6 +9,7 @@
 #include "OrvaneSyncApp/Views/Inspector/SyncSection.h"
 #include "OrvaneSyncApp/Views/ResultsModel.h"
 #include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 
 #include <QApplication>
 #include <QEvent>
@@ -44,9 +46,21 @@ bool concernsAClip(ImportField field) {
     }
 }
 
+/// Shows the controls that were added to the layout. Qt does this in a later turn of the event loop, and
+/// until then their height would not count.
+void showAdded(QLayout& layout) {
+    for (int i = 0; i < layout.count(); ++i) {
+        QLayoutItem& item = *layout.itemAt(i);
+        QWidget* const added = item.widget();
+        if (added != nullptr && !added->testAttribute(Qt::WA_WState_ExplicitShowHide)) added->show();
+        if (item.layout() != nullptr) showAdded(*item.layout());
+    }
+}
+
 /// If the number of lines of a wrapped text changes, each level of layouts adapts in a turn of the event loop
 /// of its own, which would be visible. Activated from the innermost layout outwards, all adapt in one step.
 void settleLayouts(const QWidget& widget) {
+    if (widget.layout() != nullptr) showAdded(*widget.layout());
     for (const QObject* child : widget.children())
         if (child->isWidgetType()) settleLayouts(*static_cast<const QWidget*>(child));
     if (widget.layout() != nullptr) widget.layout()->activate();
@@ -70,14 +84,23 @@ InspectorView::InspectorView(Desktop& desktop, std::shared_ptr<ReviewViewModel> 
     head->addWidget(title_ = title({}));
     title_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // elided instead of widening the view
     head->addWidget(status_ = new Badge);
-    head->addWidget(why_ = facts({}));
-    why_->setObjectName(QStringLiteral("whyUnmatched"));
-    why_->setWordWrap(true);
+    head->addWidget(reason_ = button({}, Weight::quiet));
+    reason_->setObjectName(QStringLiteral("reason"));
+    reason_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    QSizePolicy policy = reason_->sizePolicy();
+    policy.setRetainSizeWhenHidden(true); // the controls below it keep their places
+    reason_->setSizePolicy(policy);
+    connect(reason_, &QPushButton::clicked, this, [this] {
+        doubts_->setFolded(false);
+        settleLayouts(*content_);
+        scroll_->ensureWidgetVisible(doubts_);
+    });
     column->addLayout(head);
-    sections_ = {
-        new DoubtsSection(desktop),   new SyncSection(desktop, review_), new RecordingsSection(desktop),
-        new ChannelsSection(desktop), new LoudnessSection(desktop),      new NameSection(desktop),
-        new SensorSection(desktop),   new NotesSection(desktop),         new MetadataSection(desktop)};
+    sections_ = {new SyncSection(desktop, review_),    new RecordingsSection(desktop),
+                 doubts_ = new DoubtsSection(desktop), new ChannelsSection(desktop),
+                 new LoudnessSection(desktop),         new NameSection(desktop),
+                 new SensorSection(desktop),           new NotesSection(desktop),
+                 new MetadataSection(desktop)};
     for (InspectorSection* section : sections_) column->addWidget(section);
     column->addStretch(1);
     auto* scroll = scroll_ = new QScrollArea;
@@ -125,13 +148,9 @@ void InspectorView::refresh() {
     const SyncGroup* clip = id ? desktop_.controller().work().syncGroups().find(*id) : nullptr;
     pages_->setCurrentIndex(clip == nullptr ? 1 : 0);
     if (clip == nullptr) return;
-    const auto certainty = certaintyOf(*clip, desktop_.controller().doubts().byGroup.contains(clip->id));
     name_ = text(exportedName(desktop_.controller(), *clip, GroupNaming::manualName(*clip).value_or("")));
     showTitle();
-    status_->show(signal(certainty), translatedSentence(clip->matchStatus.label()));
-    const std::string& why = desktop_.controller().derivedDoubts().whyUnmatched(clip->id);
-    why_->setText(translatedSentence(why));
-    why_->setVisible(!why.empty() && clip->isMOS()); // if there are several recordings, the doubts say more
+    showReason(*clip);
     const QPointer held(lookedAt());
     const int heldAt = held ? topOf(*held).y() : 0;
     for (InspectorSection* section : sections_) section->showClip(*clip);
@@ -150,6 +169,29 @@ void InspectorView::refresh() {
         scrolled.setValue(scrolled.value() + topOf(*held).y() - heldAt);
 }
 
+void InspectorView::showReason(const SyncGroup& clip) {
+    const DoubtsPart doubts = DoubtsPart::of(desktop_.controller(), clip);
+    auto certainty = certaintyOf(clip, !doubts.doubts.empty());
+    if (isMovedSinceLock(clip) && certainty != ClipCertainty::missing) certainty = ClipCertainty::doubtful;
+    status_->show(signal(certainty), translatedSentence(clip.matchStatus.label()));
+    std::vector<std::string> reasons;
+    if (isMovedSinceLock(clip) && !clip.isMOS())
+        reasons.push_back(movedSinceLockText(clip, desktop_.controller().timeline().timelineFrameRate(clip)));
+    if (!doubts.whyUnmatched.empty()) reasons.push_back(doubts.whyUnmatched);
+    for (const DoubtsPart::Doubt& doubt : doubts.doubts) reasons.push_back(doubt.message);
+    reasonText_ = reasons.empty() ? QString() : translatedSentence(reasons.front());
+    if (reasons.size() > 1) reasonText_ = tr("1 of %1: %2").arg(reasons.size()).arg(reasonText_);
+    reason_->setVisible(!reasonText_.isEmpty());
+    reason_->setToolTip(reasonText_);
+    reason_->setAccessibleName(reasonText_);
+    showReasonText();
+}
+
+void InspectorView::showReasonText() {
+    const int room = reason_->width() - 2 * space::medium;
+    reason_->setText(reason_->fontMetrics().elidedText(reasonText_, Qt::ElideRight, room));
+}
+
 void InspectorView::showTitle() {
     const int room = width() - 3 * space::medium;
     title_->setText(title_->fontMetrics().elidedText(name_, Qt::ElideMiddle, room));
@@ -160,6 +202,7 @@ void InspectorView::showTitle() {
 void InspectorView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     showTitle();
+    showReasonText();
 }
 
 void InspectorView::showEvent(QShowEvent* event) {

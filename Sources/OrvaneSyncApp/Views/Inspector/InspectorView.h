@@ -9,6 +9,7 @@
 #include <memory>
 #include <vector>
 
+class QPushButton;
 class QScrollArea;
 class QStackedLayout;
 
@@ -16,7 +17,9 @@ namespace orvane::views {
 
 class InspectorSection;
 
-/// Shows what is known about the clip in view, and changes it: foldable sections, each about one subject.
+/// Shows what is known about the clip in view, and changes it: foldable sections, each about one subject. The
+/// controls of the sync are at the same place for every clip: what has a different height for each clip is
+/// below them.
 /// Updated at most once in each turn of the event loop, and only while it is visible.
 class InspectorView : public QWidget {
   public:
@@ -31,6 +34,9 @@ class InspectorView : public QWidget {
     void scheduleRefresh();
     void refresh();
     void showTitle();
+    /// The most important reason to look at the clip, in one line.
+    void showReason(const SyncGroup& clip);
+    void showReasonText();
     QWidget* lookedAt() const;
     QPoint topOf(const QWidget& inside) const; ///< in the coordinates of `content_`
 
@@ -43,7 +49,9 @@ class InspectorView : public QWidget {
     QLabel* title_;
     QString name_; ///< the name in the export
     design::Badge* status_;
-    QLabel* why_; ///< why it has no settled match
+    QPushButton* reason_;
+    QString reasonText_; ///< not shortened
+    InspectorSection* doubts_;
     std::vector<InspectorSection*> sections_;
     AfterPicture later_;
     std::vector<platform::Subscription> observations_;

@@ -9,6 +9,9 @@
 #include <QGridLayout>
 #include <QLineEdit>
 
+#include <algorithm>
+#include <span>
+
 namespace orvane::views {
 
 using namespace design;
@@ -19,11 +22,34 @@ constexpr double offsetStepSeconds = 0.01;
 
 QString syncMethodText(SyncMethod method) { return translated(label(method)); }
 
+// The controls below a text, and beside a button, keep their places whatever is shown in it: the same key is
+// pressed for one clip after the other, and a second click must meet the same control.
+
+/// Reserves the height of that many lines.
+void reserveLines(QLabel& label, int lines) {
+    label.setText(QStringList(lines, QStringLiteral("x")).join(QLatin1Char('\n')));
+    label.setMinimumHeight(label.heightForWidth(QWIDGETSIZE_MAX));
+    label.setAlignment(Qt::AlignTop | Qt::AlignLeft);
+    label.clear();
+}
+
+/// Reserves the width of the longest of the texts.
+void reserveWidth(QPushButton& button, std::span<const std::string_view> texts) {
+    button.ensurePolished(); // its size depends on the window's style sheet
+    int widest = 0;
+    for (const std::string_view text : texts) {
+        button.setText(translated(text));
+        widest = std::max(widest, button.sizeHint().width());
+    }
+    button.setMinimumWidth(widest);
+}
+
 } // namespace
 
 SyncSection::SyncSection(Desktop& desktop, std::shared_ptr<ReviewViewModel> review)
     : InspectorSection(desktop, QStringLiteral("sync"), tr("Sync")), review_(std::move(review)) {
     add(begins_ = label(QString()));
+    reserveLines(*begins_, 2);
     add(facts(tr("Sync Method")));
     add(method_ = new Choice);
     method_->setAccessibleName(tr("Sync Method"));
@@ -38,6 +64,7 @@ SyncSection::SyncSection(Desktop& desktop, std::shared_ptr<ReviewViewModel> revi
         run("setSyncMethod", std::move(arguments));
     });
     add(methodText_ = facts({}));
+    reserveLines(*methodText_, 2);
     makeOffset();
     makeAnchor();
     makeDecisions();
@@ -70,6 +97,7 @@ void SyncSection::makeOffset() {
     add(facts(tr("Offset by hand, on top of the match")));
     add(grid);
     add(wholeFrames_ = facts({}));
+    reserveLines(*wholeFrames_, 1);
     auto* reset = new FlowLayout;
     reset->addWidget(commandButton("resetAudioOffset"));
     add(reset);
@@ -77,6 +105,7 @@ void SyncSection::makeOffset() {
 
 void SyncSection::makeAnchor() {
     add(anchor_ = label(QString()));
+    reserveLines(*anchor_, 2);
     auto* buttons = new FlowLayout;
     buttons->addWidget(goToAnchor_ = button(tr("Go To")));
     goToAnchor_->setAccessibleName(tr("Go to the clap point"));
@@ -99,25 +128,24 @@ void SyncSection::makeAnchor() {
     });
     add(buttons);
     add(anchorHint_ = facts({}));
-    // The same height for every hint, so that the buttons below stay where they are when one is clicked.
-    anchorHint_->setMinimumHeight(2 * anchorHint_->fontMetrics().lineSpacing());
-    anchorHint_->setAlignment(Qt::AlignTop | Qt::AlignLeft);
+    reserveLines(*anchorHint_, 2);
 }
 
 void SyncSection::makeDecisions() {
     auto* buttons = new FlowLayout;
     buttons->addWidget(lock_ = commandButton("toggleLocked", tr("Lock")));
+    buttons->addWidget(approve_ = commandButton("toggleApproved"));
+    approve_->setCheckable(true);
+    approve_->setIcon(icon(Glyph::approve));
     buttons->addWidget(lockAll_ = button(translated(desktop().command("lockAllInCluster").title)));
     connect(lockAll_, &QPushButton::clicked, this, [this] {
         JSON arguments = JSON::object();
         arguments.set("of", clipID().text());
         run("lockAllInCluster", std::move(arguments));
     });
-    buttons->addWidget(approve_ = commandButton("toggleApproved"));
-    approve_->setCheckable(true);
-    approve_->setIcon(icon(Glyph::approve));
     add(buttons);
     add(lockedAt_ = facts({}));
+    reserveLines(*lockedAt_, 1);
 }
 
 void SyncSection::lookForCameras(const SyncGroup& clip) {
@@ -181,6 +209,11 @@ void SyncSection::show(const SyncGroup& clip) {
     const SyncPart part = SyncPart::of(clip, desktop().controller().timeline().timelineFrameRate(clip));
     approve_->setChecked(part.isApproved); // the click has already changed the box
     const bool isSame = shown_ == part;
+    if (!shown_) {
+        lock_->setIcon(icon(Glyph::lock));
+        reserveWidth(*lock_, SyncPart::lockTexts);
+        reserveWidth(*updateAnchor_, SyncPart::anchorTexts);
+    }
     shown_ = part;
     showClapCheck();
     lookForCameras(clip);
@@ -197,7 +230,6 @@ void SyncSection::show(const SyncGroup& clip) {
     seconds.chop(2);
     seconds_->show(seconds);
     wholeFrames_->setText(translatedSentence(part.wholeFrames));
-    wholeFrames_->setVisible(!part.wholeFrames.empty());
     for (EntryField* field : {frames_, seconds_}) field->setEnabled(part.hasSound);
     anchor_->setText(translatedSentence(part.anchor));
     const auto showButton = [](QPushButton* button, const std::string& reason, const QString& help) {
@@ -215,7 +247,6 @@ void SyncSection::show(const SyncGroup& clip) {
     lock_->setText(translated(part.lock));
     lock_->setIcon(icon(part.isLocked ? Glyph::unlock : Glyph::lock));
     lockedAt_->setText(translatedSentence(part.lockedAt));
-    lockedAt_->setVisible(!part.lockedAt.empty());
 }
 
 SensorSection::SensorSection(Desktop& desktop)

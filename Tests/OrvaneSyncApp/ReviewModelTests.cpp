@@ -436,6 +436,10 @@ TEST_F(ReviewModelTest, theCamerasOfATakePlayAsOne) {
     EXPECT_EQ(bag.engines().at(id_)->playhead().seconds(), 20);
     run(0.5);
     EXPECT_FALSE(bag.engines().at(id_)->transport().isPlaying);
+    const auto sharedOfOther = [&] { return bag.engines().at(other_)->playhead().seconds() + 2; };
+    bag.setAudioSource(id_);
+    EXPECT_DOUBLE_EQ(*sharedPlayhead(bag), sharedOfOther()) << "the camera that is heard waits at its end";
+    bag.setAudioSource(other_);
     bag.pressL();
     EXPECT_EQ(bag.engines().at(id_)->rate(), 2);
     EXPECT_EQ(bag.engines().at(other_)->rate(), 2);

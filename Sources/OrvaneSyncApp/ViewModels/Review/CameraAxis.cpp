@@ -32,7 +32,23 @@ double CameraAxis::seconds(double x, double width) const {
 std::optional<double> sharedPlayhead(const ClusterEngineBag& bag) {
     const auto leader = bag.leaderID();
     if (!leader) return std::nullopt;
-    return bag.engines().at(*leader)->playhead().seconds() - bag.memberSyncOffsets().at(*leader);
+    std::optional<double> within, latestEnd, earliestStart;
+    for (const auto& [id, label] : bag.memberLabels()) {
+        const VideoEngine& engine = *bag.engines().at(id);
+        if (!engine.transport().isLoaded) continue;
+        const PlayheadState& playhead = engine.playhead();
+        const double at = playhead.seconds() - bag.memberSyncOffsets().at(id);
+        if (playhead.seconds() >= playhead.clipDuration)
+            latestEnd = std::max(latestEnd.value_or(at), at);
+        else if (playhead.seconds() <= 0)
+            earliestStart = std::min(earliestStart.value_or(at), at);
+        else if (!within || id == *leader)
+            within = at;
+    }
+    if (within) return within;
+    const double ofLeader =
+        bag.engines().at(*leader)->playhead().seconds() - bag.memberSyncOffsets().at(*leader);
+    return latestEnd ? latestEnd : earliestStart ? earliestStart : ofLeader;
 }
 
 } // namespace orvane

@@ -29,7 +29,9 @@ struct CameraAxis {
     double seconds(double x, double width) const;
 };
 
-/// Shared time of the camera that is heard, otherwise of the first that can be played; absent without one.
+/// Shared time of the camera that is heard, otherwise of the first that can be played; absent without one. A
+/// camera that waits at its start or its end does not say the time if another one is within its clip; if all
+/// wait, the time is that of the latest end, or of the earliest start.
 std::optional<double> sharedPlayhead(const ClusterEngineBag& bag);
 
 } // namespace orvane

@@ -121,6 +121,15 @@ TEST_F(MessageTest, ASingleClipThatWasMovedSinceItsLockIsLockedAgain) {
     desktop_->controller().clips().adjustAudioOffset(a, 0.04);
     desktop_->runForClips("toggleLocked", {a, b});
     EXPECT_FALSE(isLocked(a) || isLocked(b)) << "several clips";
+    QAction* mark = nullptr;
+    for (auto* one : window_->findChildren<QAction*>())
+        if (one->isCheckable() && one->text() == "Mark Synced") mark = one;
+    ASSERT_NE(mark, nullptr);
+    for (const bool isMarked : {true, false}) {
+        mark->trigger();
+        EXPECT_TRUE(waitUntil([&] { return mark->isChecked() == isMarked; }));
+        EXPECT_EQ(work().syncGroups().find(a)->isApproved, isMarked);
+    }
 }
 
 TEST_F(MessageTest, TextsNameTheKeysOfTheUser) {

@@ -393,8 +393,10 @@ void MainMenus::makeTools() {
             tr("A mark for people, in the lists and in the notes of the document. Lock is what keeps "
                "the sync as it is."));
     tools->add(of("toggleLocked"), tr("Lock"), 7);
-    of("toggleLocked")->setCheckable(true);
-    connect(of("toggleLocked"), &QAction::triggered, this, [this] { update(); }); // a click has checked it
+    for (const char* decision : {"toggleApproved", "toggleLocked"}) {
+        of(decision)->setCheckable(true);
+        connect(of(decision), &QAction::triggered, this, [this] { update(); }); // a click has checked it
+    }
     tools->add(rename_, tr("Rename"), 6);
     resync_ = ownEntry(tr("Re-sync"), [this] {
         if (parts_.screens.clips().empty())
@@ -455,10 +457,12 @@ void MainMenus::update() {
             : tr("Re-sync %1").arg(translatedSentence(counted(std::ssize(clips), "clip", "clips"))));
     const SyncGroupList& all = desktop_.controller().work().syncGroups();
     of("toggleLocked")->setText(desktop_.title("toggleLocked", clips));
-    of("toggleLocked")->setChecked(!clips.empty() && std::ranges::all_of(clips, [&](const UUID& id) {
-        const SyncGroup* clip = all.find(id);
-        return clip != nullptr && clip->isLocked;
-    }));
+    for (const auto& [id, decided] : {std::pair("toggleApproved", &SyncGroup::isApproved),
+                                      std::pair("toggleLocked", &SyncGroup::isLocked)})
+        of(id)->setChecked(!clips.empty() && std::ranges::all_of(clips, [&, is = decided](const UUID& clip) {
+            const SyncGroup* group = all.find(clip);
+            return group != nullptr && group->*is;
+        }));
     const commands::CommandContext& context = desktop_.context();
     scan_->setEnabled(commands::isScanIdle(context));
     introduction_->setEnabled(scan_->isEnabled());

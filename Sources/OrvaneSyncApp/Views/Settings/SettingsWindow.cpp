@@ -7,6 +7,7 @@
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QListWidget>
+#include <QScreen>
 #include <QShortcut>
 #include <QStackedWidget>
 #include <QVBoxLayout>
@@ -21,6 +22,7 @@ using namespace design;
 namespace {
 
 constexpr QSize usual{1020, 720};
+constexpr QSize windowFrame{0, 40}; ///< of the window manager's frame
 constexpr int tabsWidth = 210;
 const QString lastTab = QStringLiteral("settingsTab");
 
@@ -31,7 +33,7 @@ SettingsWindow::SettingsWindow(Desktop& desktop, QWidget* parent)
           return commonestMaterial(desktop.controller().smartAudio().state().results);
       }) {
     setWindowTitle(tr("Settings"));
-    resize(usual);
+    resize(usual.boundedTo(screen()->availableGeometry().size() - windowFrame));
     auto* side = new QVBoxLayout;
     side->addWidget(search_ = searchField(tr("Search the settings"), tr("Search")));
     tabs_ = new QListWidget;

@@ -38,7 +38,24 @@ TEST(SyncLensTest, LooksAtTheFrameInWhichTheClapIsHeard) {
         if (!plan) continue;
         EXPECT_NEAR(plan->endSeconds() - plan->startSeconds(), 3 / 25.0, 1e-9) << each.name;
     }
+    SyncGroup clip = clipWithSound(0);
+    clip.audioAnchorOffsetInAudioSeconds = 1;
+    const auto moved = syncLensPlan(clip, 1, playheadAt(3), true);
+    EXPECT_EQ(moved->middleFrame, 75) << "at the playhead";
+    EXPECT_EQ(syncLensCaption(*moved, 0), "49 frames after");
+    const auto near = syncLensPlan(clip, 1, playheadAt(0.96), true);
+    EXPECT_EQ(syncLensCaption(*near, 1), "1 frame before");
+    EXPECT_EQ(syncLensCaption(*near, 2), "The clap");
     EXPECT_FALSE(syncLensPlan(clipWithSound(0), std::nullopt, playheadAt(0))) << "no clap";
+}
+
+TEST(PictureTextsTest, AfterTheEndTheTimecodeIsThatOfTheLastFrame) {
+    for (const auto& [seconds, shown] : {std::pair(20.0, "00:00:19:24"),
+                                         {19.96, "00:00:19:24"},
+                                         {19.92, "00:00:19:23"},
+                                         {0.0, "00:00:00:00"}})
+        EXPECT_EQ(pictureTimecode(playheadAt(seconds)), shown) << seconds;
+    EXPECT_EQ(soundTimecode(clipWithSound(15), playheadAt(20)), "10:00:02:24");
 }
 
 TEST(PictureTextsTest, TimecodeOfTheSoundIsTheRecorders) {

@@ -75,6 +75,28 @@ TEST_F(MessageTest, MessagesMoveNoPictureAndCoverNoTimeline) {
     ASSERT_NE(banner(), nullptr) << "on the list";
 }
 
+TEST_F(MessageTest, OfTwoMessagesOneIsOverThePicture) {
+    scan();
+    window_->openReview(clip("B001C001").id);
+    desktop_->controller().clips().adjustAudioOffset(clip("A001C001").id, 0.12);
+    const auto* sibling = window_->findChild<QFrame*>(QStringLiteral("siblingBanner"));
+    ASSERT_TRUE(waitUntil([&] { return sibling->isVisible(); }));
+    EXPECT_EQ(button(*window_, "1 of 1"), nullptr);
+    desktop_->run("noSuchCommand");
+    for (const bool isSibling : {false, true}) {
+        QCoreApplication::processEvents();
+        EXPECT_EQ(sibling->isVisible(), isSibling);
+        EXPECT_EQ(banner() == nullptr, isSibling);
+        press(*window_, isSibling ? "2 of 2" : "1 of 2");
+    }
+    ASSERT_FALSE(sibling->isVisible());
+    QTest::keyClick(window_.get(), Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_NEAR(clip("B001C001").manualAudioOffsetSeconds, 0.12, 1e-9)
+        << "its key works behind the other one";
+    EXPECT_TRUE(waitUntil([&] { return sibling->isHidden() && button(*window_, "1 of 2") == nullptr; }));
+    EXPECT_NE(banner(), nullptr);
+}
+
 TEST_F(MessageTest, AnOfferThatNoMenuHasComesBackAfterLaterMessages) {
     scan();
     desktop_->runForClips("toggleLocked", {clip("A001C001").id});

@@ -313,14 +313,20 @@ TEST_F(ReviewTest, LensAndFullscreenShowTheSamePicture) {
     SyncLensView& lens = window_->review().picture().lens();
     ASSERT_TRUE(lens.isVisible());
     ASSERT_TRUE(waitUntil([&] { return !lens.isLoading(); }));
-    const QImage seen = lens.grab().toImage();
     const auto isLight = [&](double across) {
+        const QImage seen = lens.grab().toImage();
         for (int y = 0; y < seen.height() / 2; ++y)
             if (qGray(seen.pixel(static_cast<int>(seen.width() * across), y)) > 150) return true;
         return false;
     };
     // Frame 31 has the bars of all five low bits, which are in the right half of a picture.
     EXPECT_TRUE(isLight(0.98)) << "the frame after the clap";
+    constexpr double endOfMiddle = 1 / 3.0 + 0.98 / 3 - 0.015;
+    EXPECT_FALSE(isLight(endOfMiddle));
+    press(Qt::Key_Right);
+    EXPECT_TRUE(waitUntil([&] { return isLight(endOfMiddle); })) << "the arrow keys move the pictures";
+    press(Qt::Key_Left);
+    EXPECT_TRUE(waitUntil([&] { return !isLight(endOfMiddle) && isLight(0.98); }));
     press(Qt::Key_S);
     EXPECT_FALSE(lens.isVisible());
 
@@ -508,6 +514,37 @@ TEST_F(ReviewTest, AClickInTheListAndASearchLeaveTheKeysToTheClipInView) {
     press(Qt::Key_F, Qt::ControlModifier);
     key(Qt::Key_Down);
     EXPECT_TRUE(list.hasFocus()) << "to move in the list by keys";
+}
+
+TEST_F(ReviewTest, HomeAndEndGoToTheFirstAndLastFrameAndTheClapIsPutOnOne) {
+    open();
+    const auto* timecode = window_->review().picture().findChild<QLabel*>(QStringLiteral("pictureTimecode"));
+    press(Qt::Key_End);
+    EXPECT_NEAR(engine().playhead().seconds(), 49 / 25.0, 1e-9);
+    engine().seek(2);
+    EXPECT_EQ(timecode->text(), "10:00:01:24") << "the picture that is shown after the end";
+    press(Qt::Key_Home);
+    EXPECT_EQ(engine().playhead().seconds(), 0);
+    for (int i = 0; i < 5; ++i) press(Qt::Key_Right);
+    press(Qt::Key_P);
+    EXPECT_NEAR(clip(0).manualAudioOffsetSeconds, (5 - 30) / 25.0, 1e-9);
+    press(Qt::Key_L, Qt::ControlModifier);
+    press(Qt::Key_Right);
+    press(Qt::Key_P);
+    EXPECT_TRUE(toast().startsWith("Unlock sync")) << toast().toStdString();
+}
+
+TEST_F(ReviewTest, UnfoldedRowsOfChannelsComeBackAtTheNextStart) {
+    open();
+    for (const bool isUnfolded : {true, false}) {
+        press(Qt::Key_A);
+        window_.reset();
+        if (isUnfolded) review().handleKeyAction(KeyAction::toggleAudioExpand); // folded, as at a start
+        window_ = std::make_unique<MainWindow>(*desktop_);
+        window_->show();
+        window_->openReview(ids_[0]);
+        EXPECT_EQ(review().isAudioExpanded(), isUnfolded);
+    }
 }
 
 TEST_F(ReviewTest, WhatIsDecidedWithoutThePictureIsSaidInItsPlace) {

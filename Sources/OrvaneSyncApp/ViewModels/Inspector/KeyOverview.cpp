@@ -79,6 +79,9 @@ KeyGroup keysOfTheWindow(const ReviewSituation& now, bool isApproveBound) {
         group.rows.push_back({{}, key, std::string(label), acts});
     };
     add(keys::lens, "Sync Lens", now.hasClip);
+    add(keys::putOnFrame, "Put on the Frame Shown", now.hasSound && now.isLoaded && !now.isLocked);
+    add(keys::firstFrame, "To the First Frame", now.isLoaded);
+    add(keys::lastFrame, "To the Last Frame", now.isLoaded);
     add(keys::attach, "Attach a recording", now.hasClip && !now.isLocked);
     add("Ctrl+1–9", "Use This Recording", now.hasChoice);
     add(keys::applySuggestion, "Move as the other camera", now.hasSuggestion);

@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/Playback/Mixer.h"
 
+#include <algorithm>
 #include <filesystem>
 
 namespace orvane {
@@ -72,9 +73,32 @@ std::optional<double> startSeconds(const MediaAsset& audio, TimecodeFrameRate ra
     return start ? std::optional(start->realTimeValue()) : std::nullopt;
 }
 
+std::int64_t frameAt(double seconds, const PlayheadState& playhead) {
+    return platform::MediaTime::fromSeconds(seconds).wholeUnits(playhead.frameLength());
+}
+
+constexpr double rounding = 1e-6; ///< seconds
+
+/// The playhead, after the end on the last frame.
+PlayheadState atShownFrame(PlayheadState playhead) {
+    const std::int64_t shown = shownFrame(playhead);
+    if (shown < frameAt(playhead.seconds() + rounding, playhead))
+        playhead.time = playhead.frameLength() * shown;
+    return playhead;
+}
+
 } // namespace
 
-std::string soundTimecode(const SyncGroup& clip, const PlayheadState& playhead) {
+std::int64_t shownFrame(const PlayheadState& playhead) {
+    const std::int64_t frame = frameAt(playhead.seconds() + rounding, playhead);
+    return playhead.clipDuration > 0 ? std::min(frame, frameAt(playhead.clipDuration - rounding, playhead))
+                                     : frame;
+}
+
+std::string pictureTimecode(const PlayheadState& playhead) { return atShownFrame(playhead).timecodeString(); }
+
+std::string soundTimecode(const SyncGroup& clip, const PlayheadState& at) {
+    const PlayheadState playhead = atShownFrame(at);
     constexpr const char* none = "--:--:--:--";
     const MediaAsset* audio = clip.primaryAudio();
     if (audio == nullptr) return none;

@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/VideoEngine.h"
 #include "OrvaneSyncCore/Models/SyncGroup.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -27,6 +28,11 @@ std::string unseenDecisionsText(const SyncGroup& clip, double frameRate);
 
 /// Why nothing is heard of what plays, and what to do; nothing where there is a device.
 std::optional<std::string> soundNote(VideoEngine& engine);
+
+/// The number of the frame that is shown, from 0; after the end it is the last one.
+std::int64_t shownFrame(const PlayheadState& playhead);
+/// The timecode of that frame.
+std::string pictureTimecode(const PlayheadState& playhead);
 
 /// The recorder's timecode at the playhead, at the rate of the picture, so that both can be compared;
 /// "--:--:--:--" if the clip has no sound there, or the recording has no timecode.

@@ -6,6 +6,7 @@
 #include "OrvaneSyncCore/Services/Shortcuts/KeyText.h"
 #include "OrvaneSyncCore/Services/Timeline/ClipPlaces.h"
 #include "OrvaneSyncCore/Services/Waveform/OnsetDetector.h"
+#include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 
 #include <algorithm>
 #include <cmath>
@@ -64,6 +65,10 @@ platform::Task ReviewViewModel::load(std::weak_ptr<ReviewViewModel> weak, UUID g
     const platform::Task opening =
         self->engine_->loadClip(video.url, sound.take, sound.offsetSeconds, self->clapInPicture(),
                                 {video.durationSeconds.value_or(0), video.frameRate.value_or(0)});
+    // Before the file is open, its timecode is shown at the rate that the scan has found.
+    if (const auto rate = video.frameRate)
+        self->engine_->setStartTimecode(video.startTimecodeString,
+                                        video.timecodeFrameRate.value_or(TimecodeUtils::frameRate(*rate)));
     self.reset();
     co_await opening;
     group = clipStillInView();
@@ -356,8 +361,14 @@ void ReviewViewModel::seekVideoToAnchor() {
 }
 
 void ReviewViewModel::putClapOnFrame() {
+    if (group() == nullptr) return;
     const auto clap = clapInSound();
-    if (!clap || group()->isLocked) return;
+    if (!clap || group()->isLocked) {
+        if (sayWhyNot)
+            sayWhyNot(clap ? "Unlock sync to move the sound: ⟨lockCurrent⟩ first."
+                           : "There is no clap point to put on the frame.");
+        return;
+    }
     constexpr double rounding = 0.001; // of a frame
     const double rate = timeline_.timelineFrameRate(*group());
     const double frames =

@@ -68,7 +68,7 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     void handleWaveformClick(double takeSeconds, ModifierSet modifiers);
     void seekVideoToAnchor();
     /// Moves the sound by whole frames, so that its clap is in the frame that is shown. For a recorder whose
-    /// timecode is wrong by far. Unless locked.
+    /// timecode is wrong by far. For a locked clip, or without a clap, says why not.
     void putClapOnFrame();
     /// Clip time under the pointer; absent once it has left the timeline.
     void handleSkim(std::optional<double> seconds);

@@ -1,17 +1,20 @@
 #include "OrvaneSyncApp/ViewModels/Review/SyncLens.h"
 
+#include "OrvaneSyncApp/ViewModels/Review/PictureTexts.h"
 #include "OrvaneSyncCore/Services/Takes/ClipSound.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
 #include "Platform/OnQueue.h"
 #include "Platform/Playback/FrameReader.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <utility>
 
 namespace orvane {
 
 std::optional<SyncLensPlan> syncLensPlan(const SyncGroup& clip, std::optional<double> clapSeconds,
-                                         const PlayheadState& playhead) {
+                                         const PlayheadState& playhead, bool isAtPlayhead) {
     if (!clapSeconds || *clapSeconds < 0 || !(*clapSeconds <= playhead.clipDuration)) return std::nullopt;
     ClipSound sound(clip);
     SyncLensPlan plan{.video = clip.video.url,
@@ -21,13 +24,14 @@ std::optional<SyncLensPlan> syncLensPlan(const SyncGroup& clip, std::optional<do
                       .frameLength = playhead.frameLength()};
     constexpr double rounding = 1e-6; // a clap between two frames belongs to the later one
     plan.clapFrame = platform::MediaTime::fromSeconds(*clapSeconds + rounding).wholeUnits(plan.frameLength);
+    plan.middleFrame = isAtPlayhead ? shownFrame(playhead) : plan.clapFrame;
     return plan;
 }
 
-std::string syncLensCaption(std::size_t picture) {
-    constexpr std::array<const char*, SyncLensPlan::pictureCount> captions{"1 frame before", "The clap",
-                                                                           "1 frame after"};
-    return captions.at(picture);
+std::string syncLensCaption(const SyncLensPlan& plan, std::size_t picture) {
+    const std::int64_t away = plan.middleFrame - 1 + static_cast<std::int64_t>(picture) - plan.clapFrame;
+    if (away == 0) return "The clap";
+    return counted(std::abs(away), "frame", "frames") + (away < 0 ? " before" : " after");
 }
 
 std::string syncLensNote(const SyncGroup& clip, bool hasClap) {
@@ -77,7 +81,7 @@ SyncLens::Seen look(const SyncLensPlan& plan, platform::PictureSize limit, std::
     if (!reader) return seen;
     for (std::size_t i = 0; i < seen.pictures.size(); ++i) {
         platform::throwIfStopped(stop);
-        const std::int64_t frame = plan.clapFrame - 1 + static_cast<std::int64_t>(i);
+        const std::int64_t frame = plan.middleFrame - 1 + static_cast<std::int64_t>(i);
         const double middle = (static_cast<double>(frame) + 0.5) * plan.frameLength.seconds();
         if (frame < 0 || middle > reader->facts().duration.seconds()) continue;
         seen.pictures.at(i) = reader->pictureAt(platform::MediaTime::fromSeconds(middle), {}, limit, stop);
@@ -100,8 +104,11 @@ SyncLens::~SyncLens() {
 
 void SyncLens::show(const SyncLensPlan& plan, platform::PictureSize limit, std::size_t columns) {
     if (plan_ == plan && limit_ == limit && columns_ == columns) return;
-    // If the plan is the same in another size, the earlier picture stays until the new one is ready.
-    if (plan_ != plan) seen_ = {};
+    // The earlier pictures stay until the new ones are ready, so that nothing flickers with each frame.
+    if (seenPlan_ && seenPlan_->video != plan.video) {
+        seenPlan_.reset();
+        seen_ = {};
+    }
     if (task_) task_->requestStop();
     plan_ = plan;
     limit_ = limit;
@@ -115,6 +122,7 @@ void SyncLens::clear() {
     if (!plan_) return;
     if (task_) task_->requestStop();
     plan_.reset();
+    seenPlan_.reset();
     seen_ = {};
     isLoading_ = false;
     changed_.notify();
@@ -131,6 +139,7 @@ platform::Task SyncLens::load(std::weak_ptr<SyncLens> weak, SyncLensPlan plan, p
     self = weak.lock();
     if (!self || self->plan_ != plan || self->limit_ != limit) co_return;
     self->seen_ = std::move(seen);
+    self->seenPlan_ = std::move(plan);
     self->isLoading_ = false;
     self->changed_.notify();
 }

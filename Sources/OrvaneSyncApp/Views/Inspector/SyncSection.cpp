@@ -5,6 +5,7 @@
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Services/Naming/SyncClustering.h"
+#include "OrvaneSyncCore/Services/Shortcuts/ReviewKeys.h"
 
 #include <QGridLayout>
 #include <QLineEdit>
@@ -238,7 +239,9 @@ void SyncSection::show(const SyncGroup& clip) {
     };
     showButton(goToAnchor_, part.whyNoGoTo, tr("Moves the playhead to the clap point"));
     showButton(putOnFrame_, part.whyNoPut,
-               tr("Moves the sound by whole frames, so that its clap falls into the frame that is shown"));
+               tr("%1 (%2)").arg(tr("Moves the sound by whole frames, so that its clap falls into the frame "
+                                    "that is shown"),
+                                 translatedKey(reviewKeys::putOnFrame)));
     updateAnchor_->setText(translated(part.updateAnchor));
     showButton(updateAnchor_, part.whyNoUpdate, translated(helpText(ShortcutAction::updateClapPoint)));
     showButton(clearAnchor_, part.whyNoClear, translated(desktop().command("setAudioAnchor").help));

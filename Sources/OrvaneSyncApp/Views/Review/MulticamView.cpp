@@ -3,6 +3,7 @@
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneDesignKit/ElidedLabel.h"
 #include "OrvaneDesignKit/Sheet.h"
+#include "OrvaneSyncApp/ViewModels/Review/PictureTexts.h"
 #include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
 #include "OrvaneSyncApp/Views/Review/CameraStrip.h"
 #include "OrvaneSyncApp/Views/Review/FullscreenWindow.h"
@@ -92,7 +93,7 @@ class MulticamView::Cell : public QFrame {
         heard_->setChecked(isHeard);
         heard_->setText(isHeard ? tr("Heard") : tr("Hear"));
     }
-    void showTimecode() { timecode_->setText(text(engine_->playhead().timecodeString())); }
+    void showTimecode() { timecode_->setText(text(pictureTimecode(engine_->playhead()))); }
     void setAsksForSize(bool asks) { canvas_->setAsksForSize(asks); }
     const UUID id;
     const QString name;

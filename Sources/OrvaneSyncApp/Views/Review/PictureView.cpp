@@ -149,6 +149,7 @@ QWidget* PictureView::makeTimecodes() {
     };
     glyph(Glyph::film);
     row->addWidget(pictureTimecode_ = timecodeLabel(tr("Timecode of the picture"), Qt::AlignLeft));
+    pictureTimecode_->setObjectName(QStringLiteral("pictureTimecode"));
     row->addStretch(1);
     row->addWidget(shuttle_ = new QLabel);
     shuttle_->setFont(timecodeFont());
@@ -164,13 +165,6 @@ QWidget* PictureView::makeTimecodes() {
 }
 
 QWidget* PictureView::makeBar(ReviewActions& actions) {
-    toStart_ = new QAction(icon(Glyph::toStart), tr("To the Start"), this);
-    toStart_->setToolTip(tr("To the Start of the Clip"));
-    connect(toStart_, &QAction::triggered, this, [this] {
-        JSON arguments = JSON::object();
-        arguments.set("seconds", 0.0);
-        desktop_.run("playerSeek", std::move(arguments));
-    });
     loop_ = new QAction(icon(Glyph::loop), tr("Loop"), this);
     loop_->setCheckable(true);
     connect(loop_, &QAction::triggered, this, [this] { toggleLoop(); });
@@ -181,7 +175,7 @@ QWidget* PictureView::makeBar(ReviewActions& actions) {
     row->setSpacing(1);
     row->addStretch(1);
     for (QAction* action :
-         {toStart_, actions.action(KeyAction::stepBackward), actions.action(KeyAction::playPause),
+         {actions.toStart(), actions.action(KeyAction::stepBackward), actions.action(KeyAction::playPause),
           actions.action(KeyAction::stepForward), actions.action(KeyAction::slowMoForward), loop_,
           actions.action(KeyAction::clapCheck), actions.lens(), actions.action(KeyAction::toggleFullscreen)})
         row->addWidget(transportButton(action));
@@ -297,8 +291,8 @@ void PictureView::showTransport() {
     loop_->setToolTip(engine.loop().isLooping
                           ? tr("End the Loop")
                           : tr("Loop %1 Frames Either Side of the Playhead").arg(loopFrames));
-    toStart_->setEnabled(engine.transport().isLoaded);
-    loop_->setEnabled(engine.transport().isLoaded);
+    // Not greyed out for the moment in which the next clip is opened.
+    loop_->setEnabled(engine.transport().isLoaded || engine.transport().isLoading);
     const QSignalBlocker quiet(volume_);
     volume_->setValue(static_cast<int>(std::lround(engine.sound().volume * wholeVolume)));
 }
@@ -306,7 +300,7 @@ void PictureView::showTransport() {
 void PictureView::showTimecodes() {
     const SyncGroup* shown = clip();
     const PlayheadState& playhead = review_->engine()->playhead();
-    showValue(pictureTimecode_, shown == nullptr ? QString() : text(playhead.timecodeString()));
+    showValue(pictureTimecode_, shown == nullptr ? QString() : text(pictureTimecode(playhead)));
     showValue(soundTimecode_, shown == nullptr ? QString() : text(soundTimecode(*shown, playhead)));
 }
 

@@ -77,7 +77,6 @@ class PictureView : public QWidget {
     QLabel* pictureTimecode_;
     QLabel* shuttle_;
     QLabel* soundTimecode_;
-    QAction* toStart_;
     QAction* loop_;
     QSlider* volume_;
     std::optional<UUID> shown_;

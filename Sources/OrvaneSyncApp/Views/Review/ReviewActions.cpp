@@ -1,8 +1,10 @@
 #include "OrvaneSyncApp/Views/Review/ReviewActions.h"
 
 #include "OrvaneDesignKit/Icons.h"
+#include "OrvaneSyncApp/ViewModels/Review/PictureTexts.h"
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
 #include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncCore/Services/Shortcuts/ReviewKeys.h"
 
 #include <QAction>
 #include <QKeySequence>
@@ -71,12 +73,7 @@ ReviewActions::ReviewActions(Desktop& desktop, QObject* parent) : QObject(parent
         actions_.emplace(*key, action);
     }
     for (const auto& [key, glyph] : glyphs) actions_.at(key)->setIcon(icon(glyph));
-    lens_ = new QAction(icon(Glyph::lens), tr("Sync Lens"), this);
-    lens_->setCheckable(true);
-    lens_->setShortcut(QKeySequence(Qt::Key_S));
-    lens_->setToolTip(tr("Sync Lens (S): the frames around the clap beside the sound"));
-    lens_->setStatusTip(
-        tr("Shows the frames before, at and after the clap beside the sound of that moment."));
+    makeFixed();
     bindings_ = desktop_.players().shortcuts()->onChange([this](ShortcutField field) {
         if (field == ShortcutField::bindings) showKeys();
     });
@@ -94,6 +91,47 @@ ReviewActions::ReviewActions(Desktop& desktop, QObject* parent) : QObject(parent
         showEnabled(); // the position of the clap may have changed
         showLockTitle();
     });
+}
+
+QAction* ReviewActions::fixed(const char* key, const QString& name, const QString& help) {
+    auto* action = new QAction(name, this);
+    action->setShortcut(QKeySequence(QLatin1String(key)));
+    action->setToolTip(tr("%1 (%2)").arg(name, translatedKey(key)));
+    action->setStatusTip(help);
+    return action;
+}
+
+void ReviewActions::makeFixed() {
+    lens_ = fixed(reviewKeys::lens, tr("Sync Lens"),
+                  tr("Shows the frames before, at and after the clap beside the sound of that moment."));
+    lens_->setIcon(icon(Glyph::lens));
+    lens_->setCheckable(true);
+    lens_->setToolTip(tr("Sync Lens (S): the frames around the clap beside the sound"));
+    putOnFrame_ =
+        fixed(reviewKeys::putOnFrame, tr("Put on the Frame Shown"),
+              tr("Moves the sound by whole frames, so that its clap falls into the frame that is shown"));
+    connect(putOnFrame_, &QAction::triggered, this, [this] {
+        try {
+            desktop_.players().review()->putClapOnFrame();
+        } catch (const std::exception& why) {
+            desktop_.sayWhyNot(translatedSentence(why.what()));
+        }
+    });
+    toStart_ = fixed(reviewKeys::firstFrame, tr("To the First Frame"), {});
+    toStart_->setIcon(icon(Glyph::toStart));
+    connect(toStart_, &QAction::triggered, this, [this] { goTo(0); });
+    toEnd_ = fixed(reviewKeys::lastFrame, tr("To the Last Frame"), {});
+    connect(toEnd_, &QAction::triggered, this, [this] {
+        PlayheadState end = desktop_.players().review()->engine()->playhead();
+        end.time = platform::MediaTime::fromSeconds(end.clipDuration);
+        goTo((end.frameLength() * shownFrame(end)).seconds());
+    });
+}
+
+void ReviewActions::goTo(double seconds) {
+    JSON arguments = JSON::object();
+    arguments.set("seconds", seconds);
+    desktop_.run("playerSeek", std::move(arguments));
 }
 
 void ReviewActions::showKeys() {
@@ -123,12 +161,14 @@ void ReviewActions::fillPlayback(QMenu& menu) const {
         last = category(key);
         menu.addAction(action);
     }
+    menu.addSeparator();
+    for (QAction* action : {toStart_, toEnd_}) menu.addAction(action);
 }
 
 void ReviewActions::fillSync(QMenu& menu) const {
     for (const auto& [key, action] : actions_)
         if (isOfSync(key) && category(key) != ShortcutCategory::audioOffset) menu.addAction(action);
-    menu.addAction(lens_);
+    for (QAction* action : {putOnFrame_, lens_}) menu.addAction(action);
     menu.addSeparator();
     for (const bool hasKey : {true, false}) // actions with a key first
         for (const auto& [key, action] : actions_)
@@ -155,7 +195,8 @@ void ReviewActions::showEnabled() {
         return key != KeyAction::clapCheck || review.canCheckClap();
     };
     for (const auto& [key, action] : actions_) action->setEnabled(isInFront_ && acts(key));
-    lens_->setEnabled(isInFront_ && isReview_);
+    for (QAction* action : {lens_, putOnFrame_, toStart_, toEnd_})
+        action->setEnabled(isInFront_ && isReview_);
 }
 
 } // namespace orvane::views

@@ -22,6 +22,8 @@ class ReviewActions : public QObject {
     QAction* action(KeyAction action) const { return actions_.at(action); }
     /// Shows and hides the sync lens.
     QAction* lens() const { return lens_; }
+    /// Moves the playhead to the first frame of the clip.
+    QAction* toStart() const { return toStart_; }
     /// Everything except nudges and decisions about the sync, which are in the sync menu.
     void fillPlayback(QMenu& menu) const;
     void fillSync(QMenu& menu) const;
@@ -29,13 +31,17 @@ class ReviewActions : public QObject {
     void setInFront(bool isInFront, bool isReview);
 
   private:
+    /// An action with a fixed key.
+    QAction* fixed(const char* key, const QString& name, const QString& help);
+    void makeFixed();
+    void goTo(double seconds);
     void showKeys();
     void showLockTitle();
     void showEnabled();
 
     Desktop& desktop_;
     std::map<KeyAction, QAction*> actions_;
-    QAction* lens_;
+    QAction *lens_, *putOnFrame_, *toStart_, *toEnd_;
     QString lockTitle_; ///< for the clip in view
     bool isInFront_ = false, isReview_ = false;
     platform::Subscription bindings_, ofEngine_, ofReview_, ofWork_;

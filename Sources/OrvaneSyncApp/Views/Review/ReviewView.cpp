@@ -5,14 +5,18 @@
 #include "OrvaneSyncApp/Views/Inspector/InspectorView.h"
 #include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
 #include "OrvaneSyncApp/Views/Review/KeyOverlay.h"
+#include "OrvaneSyncApp/Views/Review/PictureMessages.h"
 #include "OrvaneSyncApp/Views/Review/PictureView.h"
 #include "OrvaneSyncApp/Views/Review/SiblingBanner.h"
 #include "OrvaneSyncApp/Views/Review/StepsBar.h"
+#include "OrvaneSyncApp/Views/Review/SyncLensView.h"
 #include "OrvaneSyncApp/Views/Timeline/TimelineView.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QKeySequence>
+#include <QShortcut>
 #include <QSplitter>
 #include <QVBoxLayout>
 
@@ -24,6 +28,7 @@ namespace {
 
 constexpr int outlineWidth = 220, inspectorWidth = 320, middleWidth = 900;
 constexpr int pictureHeight = 460, timelineHeight = 280;
+const QString rowsAreUnfolded = QStringLiteral("review/channelRows");
 
 } // namespace
 
@@ -43,9 +48,13 @@ ReviewView::ReviewView(Desktop& desktop, ScreenHost host) : WorkScreen(desktop, 
     // Messages are shown over the top of the picture: nothing moves when one comes, and it covers no control.
     auto* place = new QGridLayout;
     place->addWidget(picture_ = new PictureView(desktop, review, actions), 0, 0);
-    place->addLayout(messages_ = new QVBoxLayout, 0, 0, Qt::AlignTop);
-    messages_->setSpacing(0);
-    messages_->addWidget(new SiblingBanner(desktop, review));
+    place->addWidget(messages_ = new PictureMessages(2), 0, 0, Qt::AlignTop);
+    messages_->whenHeightChanged = [this](int height) { picture_->lens().setFreeTop(height); };
+    auto* sibling = new SiblingBanner(desktop, review);
+    messages_->place(1)->addWidget(sibling);
+    // A key of the screen: the offer may be behind another message.
+    auto* apply = new QShortcut(QKeySequence(QLatin1String(reviewKeys::applySuggestion)), this);
+    connect(apply, &QShortcut::activated, sibling, &SiblingBanner::apply);
     pictureColumn->addLayout(place, 1);
     rows_->addWidget(upper);
     rows_->addWidget(timeline_ = new TimelineView(desktop, review));
@@ -73,7 +82,12 @@ ReviewView::ReviewView(Desktop& desktop, ScreenHost host) : WorkScreen(desktop, 
     picture_->keys = [this] { return keys_->now(); };
     steps_->showKeys = [this] { keys_->open(); };
     outline_->whenListChanged = [this] { steps_->refresh(); };
-    ofReview_ = review->onChange([this] {
+    const auto areRowsFolded = [model = review.get()] { return !model->isAudioExpanded(); };
+    if (design::keptState::value(rowsAreUnfolded, false).toBool() && areRowsFolded())
+        review->handleKeyAction(KeyAction::toggleAudioExpand);
+    ofReview_ = review->onChange([this, areRowsFolded, wereFolded = areRowsFolded()]() mutable {
+        if (std::exchange(wereFolded, areRowsFolded()) != wereFolded)
+            design::keptState::set(rowsAreUnfolded, !wereFolded);
         steps_->refresh();
         if (!clip()) noteClips();
     });
@@ -98,6 +112,8 @@ void ReviewView::open(const std::vector<UUID>& clips) {
 void ReviewView::leave() { desktop_.players().review()->close(); }
 
 std::vector<UUID> ReviewView::clips() const { return clip() ? std::vector{*clip()} : std::vector<UUID>(); }
+
+QBoxLayout* ReviewView::messages() const { return messages_->place(0); }
 
 QLineEdit* ReviewView::search() const { return outline_->search(); }
 

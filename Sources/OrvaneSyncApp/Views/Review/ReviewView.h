@@ -12,6 +12,7 @@ namespace orvane::views {
 class InspectorView;
 class KeyOverlay;
 class OutlineView;
+class PictureMessages;
 class PictureView;
 class StepsBar;
 class TimelineView;
@@ -33,7 +34,7 @@ class ReviewView : public WorkScreen {
     QLineEdit* search() const override;
     OutlineView* outlineBeside() const override { return outline_; }
     KeyOverlay* keyOverlay() const override { return keys_; }
-    QBoxLayout* messages() const override { return messages_; }
+    QBoxLayout* messages() const override;
     bool handleFullscreen(const KeyEvent& event) override;
     void leave() override;
     void savePlaces() override;
@@ -44,7 +45,7 @@ class ReviewView : public WorkScreen {
 
     QSplitter* columns_;
     QSplitter* rows_;
-    QBoxLayout* messages_;
+    PictureMessages* messages_;
     OutlineView* outline_;
     StepsBar* steps_;
     PictureView* picture_;

@@ -5,8 +5,6 @@
 #include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QHBoxLayout>
-#include <QKeySequence>
-#include <QShortcut>
 
 #include <utility>
 
@@ -24,15 +22,12 @@ SiblingBanner::SiblingBanner(Desktop& desktop, std::shared_ptr<ReviewViewModel> 
     row->setSpacing(space::small);
     row->addWidget(text_, 1);
     const commands::Command& apply = desktop.command("applySiblingSuggestion");
-    const QKeySequence applyKey{QLatin1String(reviewKeys::applySuggestion)};
     const QString keyName = translatedKey(reviewKeys::applySuggestion);
     QPushButton* yes =
         add("applySiblingSuggestion", button(tr("%1   %2").arg(translated(apply.title), keyName)));
     yes->setToolTip(QStringLiteral("%1 (%2)").arg(translated(apply.help), keyName));
     row->addWidget(yes);
     row->addWidget(add("dismissSiblingSuggestion", button({}, Glyph::cross, Weight::quiet)), 0, Qt::AlignTop);
-    auto* key = new QShortcut(applyKey, this);
-    connect(key, &QShortcut::activated, this, [this] { run("applySiblingSuggestion"); });
     observations_.push_back(desktop.controller().onChange([this](ImportField field) {
         if (field == ImportField::syncGroups) later_.schedule();
     }));
@@ -59,6 +54,10 @@ void SiblingBanner::refresh() {
             translatedSentence(suggestion->text(desktop_.controller().timeline().timelineFrameRate(*clip))));
     setAccessibleName(suggestion ? text_->text() : QString());
     setVisible(suggestion.has_value());
+}
+
+void SiblingBanner::apply() {
+    if (!isHidden()) run("applySiblingSuggestion");
 }
 
 void SiblingBanner::run(std::string_view id) {

@@ -16,6 +16,8 @@ class SiblingBanner : public QFrame {
     SiblingBanner(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent = nullptr);
 
     QString text() const { return text_->text(); }
+    /// Applies the offer, if there is one; also while another message is shown in its place.
+    void apply();
 
   private:
     /// Adds a button that runs the command, and returns it.

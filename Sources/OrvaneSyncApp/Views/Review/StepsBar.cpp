@@ -24,7 +24,7 @@ StepsBar::StepsBar(Desktop& desktop, ReviewActions& actions, PlaceOf placeOf, QW
     place_->setWordWrap(false);
     place_->setToolTip(tr("The clip's place in the list at the left"));
     row->addStretch(1);
-    row->addWidget(nudge_ = facts(tr("Nudge sound")));
+    row->addWidget(nudge_ = facts(tr("Nudge Clip")));
     nudge_->setWordWrap(false);
     for (QLabel* label : {place_, nudge_}) label->setMinimumWidth(1); // shrink before a button is cut
     row->addWidget(add(KeyAction::nudgeCommaMinus, tr("−1 f")));

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Review/SyncLensView.h"
 
 #include "OrvaneDesignKit/Theme.h"
+#include "OrvaneSyncApp/ViewModels/Review/PictureTexts.h"
 #include "OrvaneSyncApp/Views/Review/PictureCanvas.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
@@ -8,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace orvane::views {
 
@@ -36,7 +38,25 @@ SyncLensView::SyncLensView(Desktop& desktop, std::shared_ptr<ReviewViewModel> re
     });
     ofEngine_ = review_->engine()->onChange([this](VideoEngineField field) {
         if (field == VideoEngineField::transport) look();
+        if (field != VideoEngineField::playhead || review_->engine()->isSkimming()) return;
+        // While it plays, the lens stays on the clap, and after that until the next move.
+        review_->engine()->transport().isPlaying ? rest_.reset() : look();
     });
+}
+
+void SyncLensView::setFreeTop(int points) {
+    if (std::exchange(freeTop_, points) == points) return;
+    look();
+    update();
+}
+
+bool SyncLensView::isPlayheadMoved() {
+    const VideoEngine& engine = *review_->engine();
+    const Rest now{*review_->groupID(), review_->clapSeconds().value_or(0), shownFrame(engine.playhead())};
+    if (!rest_ || rest_->clip != now.clip || rest_->clapSeconds != now.clapSeconds ||
+        engine.transport().isPlaying)
+        rest_ = now;
+    return rest_->frame != now.frame;
 }
 
 void SyncLensView::look() {
@@ -45,9 +65,10 @@ void SyncLensView::look() {
     const SyncGroup* clip = id ? desktop_.controller().work().syncGroups().find(*id) : nullptr;
     const VideoEngine& engine = *review_->engine();
     const auto plan = clip != nullptr && engine.transport().isLoaded
-                          ? syncLensPlan(*clip, review_->clapSeconds(), engine.playhead())
+                          ? syncLensPlan(*clip, review_->clapSeconds(), engine.playhead(), isPlayheadMoved())
                           : std::nullopt;
     if (!plan) {
+        rest_.reset();
         note_ =
             clip == nullptr ? QString() : translated(syncLensNote(*clip, review_->clapSeconds().has_value()));
         lens_->clear();
@@ -63,17 +84,20 @@ void SyncLensView::look() {
 
 void SyncLensView::resizeEvent(QResizeEvent*) { look(); }
 void SyncLensView::showEvent(QShowEvent*) { look(); }
-void SyncLensView::hideEvent(QHideEvent*) { lens_->clear(); }
+void SyncLensView::hideEvent(QHideEvent*) {
+    rest_.reset();
+    lens_->clear();
+}
 
 QRect SyncLensView::soundRect() const {
-    const int height = static_cast<int>(this->height() * soundShare);
+    const int height = static_cast<int>((this->height() - freeTop_) * soundShare);
     return {0, this->height() - height, width(), height};
 }
 
 QRect SyncLensView::pictureRect(int index) const {
     const int left = width() * index / pictures, right = width() * (index + 1) / pictures;
-    return {left, 0, right - left - (index + 1 < pictures ? gap : 0),
-            soundRect().top() - clapHeight - captionHeight};
+    return {left, freeTop_, right - left - (index + 1 < pictures ? gap : 0),
+            soundRect().top() - clapHeight - captionHeight - freeTop_};
 }
 
 void SyncLensView::paintEvent(QPaintEvent*) {
@@ -88,6 +112,7 @@ void SyncLensView::paintEvent(QPaintEvent*) {
         return;
     }
     const SyncLens::Seen& seen = lens_->seen();
+    const SyncLensPlan& plan = lens_->seenPlan() ? *lens_->seenPlan() : *lens_->plan();
     for (int i = 0; i < pictures; ++i) {
         const QRect place = pictureRect(i);
         const auto& picture = seen.pictures.at(static_cast<std::size_t>(i));
@@ -98,19 +123,20 @@ void SyncLensView::paintEvent(QPaintEvent*) {
             painter.drawText(place, Qt::AlignCenter,
                              lens_->isLoading() ? tr("Reading…") : tr("No picture here"));
         }
-        const bool isClap = i == 1;
+        const bool isMiddle = i == 1;
         const QRect caption(place.left(), place.bottom() + 1, place.width(), captionHeight);
-        painter.fillRect(caption, isClap ? all.selected : all.panel);
-        painter.setPen(isClap ? all.onSelected : all.facts);
-        painter.drawText(caption, Qt::AlignCenter, translated(syncLensCaption(static_cast<std::size_t>(i))));
+        painter.fillRect(caption, isMiddle ? all.selected : all.panel);
+        painter.setPen(isMiddle ? all.onSelected : all.facts);
+        painter.drawText(caption, Qt::AlignCenter,
+                         translatedSentence(syncLensCaption(plan, static_cast<std::size_t>(i))));
     }
     paintSound(painter);
+    paintClap(painter, plan);
 }
 
 void SyncLensView::paintSound(QPainter& painter) const {
     const Colours& all = colours();
     const SyncLens::Seen& seen = lens_->seen();
-    const SyncLensPlan& plan = *lens_->plan();
     const QRect place = soundRect();
     painter.fillRect(place, all.window);
     painter.setPen(all.line);
@@ -140,13 +166,21 @@ void SyncLensView::paintSound(QPainter& painter) const {
                              colour);
         }
     }
+}
+
+void SyncLensView::paintClap(QPainter& painter, const SyncLensPlan& plan) const {
+    const Colours& all = colours();
+    const QRect place = soundRect();
     const double length = plan.endSeconds() - plan.startSeconds();
     const double x = place.left() + place.width() * (plan.clapSeconds - plan.startSeconds()) / length;
     // The word is above the sound, so that it hides no sound.
     const QRect above(place.left(), place.top() - clapHeight, place.width(), clapHeight);
     painter.fillRect(above, all.panel);
-    painter.fillRect(QRectF(x - 0.75, above.top(), 1.5, place.bottom() + 1 - above.top()), all.text);
     painter.setPen(all.text);
+    const QRect words = above.adjusted(space::tight, 0, -space::tight, 0);
+    if (x < place.left()) return painter.drawText(words, Qt::AlignVCenter | Qt::AlignLeft, tr("← Clap"));
+    if (x > place.right()) return painter.drawText(words, Qt::AlignVCenter | Qt::AlignRight, tr("Clap →"));
+    painter.fillRect(QRectF(x - 0.75, above.top(), 1.5, place.bottom() + 1 - above.top()), all.text);
     painter.drawText(QRectF(x + space::tight, above.top(), above.right() - x, above.height()),
                      Qt::AlignVCenter | Qt::AlignLeft, tr("Clap"));
 }

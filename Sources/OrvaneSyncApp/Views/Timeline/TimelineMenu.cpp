@@ -61,8 +61,7 @@ std::unique_ptr<QMenu> TimelineCanvas::menuAt(const TimelineLayout::Hit& hit) {
             connect(menu->addAction(tr("Go to Sync Anchor")), &QAction::triggered, this,
                     [this] { review_->seekVideoToAnchor(); });
         if (rows.anchorSeconds)
-            menu->addAction(tr("Put the Clap on the Frame Shown"), this,
-                            [this] { review_->putClapOnFrame(); })
+            menu->addAction(tr("Put on the Frame Shown"), this, [this] { review_->putClapOnFrame(); })
                 ->setEnabled(!rows.isLocked);
         JSON analysis = ofClip();
         analysis.set("forceOverwriteManualTracks", false);

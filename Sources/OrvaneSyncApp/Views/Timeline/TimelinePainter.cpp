@@ -201,6 +201,11 @@ class Painting {
             strip.intersected(QRectF(layout_.x(0), strip.top(), layout_.x(rows_.clipSeconds) - layout_.x(0),
                                      strip.height())),
             colours().raised);
+        // A drag above the strip moves the sound, so the strip must be known before the pointer is on it.
+        const bool isEmpty = rows_.blocks.empty() && !scene_.draftSpan &&
+                             std::ranges::count(rows_.ranges, channel.track, &BlockOverride::trackIndex) == 0;
+        if (isEmpty)
+            text(strip.intersected(visible()), QObject::tr("Drag here to choose this channel for a range"));
         paintTiles(row, channel.track);
         paintRanges(row, channel.track);
         if (rows_.anchorSeconds) {

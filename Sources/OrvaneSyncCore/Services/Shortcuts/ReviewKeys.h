@@ -3,7 +3,8 @@
 /// Fixed keys of the review window, which the user cannot change, as text for the system's keyboards.
 namespace orvane::reviewKeys {
 
-inline constexpr const char *lens = "S", *rename = "F2", *attach = "Ctrl+T", *choose = "Ctrl+%1",
+inline constexpr const char *lens = "S", *putOnFrame = "P", *firstFrame = "Home", *lastFrame = "End",
+                            *rename = "F2", *attach = "Ctrl+T", *choose = "Ctrl+%1",
                             *applySuggestion = "Ctrl+Shift+A", *multicam = "Ctrl+M", *leave = "Esc",
                             *overview = "?";
 /// Shown in menus; the user's own key for this action works in the review only.

@@ -79,7 +79,7 @@ Routed routedClip(const Context& context, const std::string& sessionWords, const
     SmartAudioController& smartAudio = session.controller().smartAudio();
     const auto subscription = session.controller().onChange([&](ImportField field) {
         const SmartAudioProgress& heard = smartAudio.state().progress;
-        if (field == ImportField::smartAudio && heard.total > 0)
+        if (field == ImportField::smartAudioProgress && heard.total > 0)
             progress.show({heard.phase, heard.current, heard.total}, heard.fraction);
     });
     Routed routed{{group, takeOf(group, assumedChannels)}, {}};

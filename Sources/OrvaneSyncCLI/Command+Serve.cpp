@@ -84,13 +84,13 @@ std::optional<JSON> progressJSON(const ImportController& controller, ImportField
         return progressJSON("LockitNetwork", asked.day, asked.days,
                             static_cast<double>(asked.day) / asked.days);
     const SmartAudioProgress& hearing = controller.smartAudio().state().progress;
-    if (field == ImportField::smartAudio && hearing.total > 0)
+    if (field == ImportField::smartAudioProgress && hearing.total > 0)
         return progressJSON(hearing.phase, hearing.current, hearing.total, hearing.fraction);
     const SmartAudioProgress& looking = controller.slates().progress();
     if (field == ImportField::slates && looking.total > 0)
         return progressJSON(looking.phase, looking.current, looking.total, looking.fraction);
     const SmartAudioProgress& rendering = controller.smartAudio().state().rendering;
-    if (field == ImportField::smartAudio && rendering.total > 0)
+    if (field == ImportField::smartAudioProgress && rendering.total > 0)
         return progressJSON(rendering.phase, rendering.current, rendering.total, rendering.fraction);
     const SmartAudioProgress& seeking = controller.atmo().state().progress;
     if (field == ImportField::atmo && seeking.total > 0)

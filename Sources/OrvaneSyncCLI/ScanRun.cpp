@@ -148,7 +148,7 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
         if (field == ImportField::lockit && controller_->lockit().isSyncingLockit() && asked.days > 0)
             progress_.show({"LockitNetwork", asked.day, asked.days});
         const SmartAudioProgress& heard = controller_->smartAudio().state().progress;
-        if (field == ImportField::smartAudio && heard.total > 0)
+        if (field == ImportField::smartAudioProgress && heard.total > 0)
             progress_.show({heard.phase, heard.current, heard.total}, heard.fraction);
         const SmartAudioProgress& sought = controller_->atmo().state().progress;
         if (field == ImportField::atmo && sought.total > 0)

@@ -4,6 +4,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
 
 #include <semaphore>
 
@@ -173,6 +174,36 @@ TEST_F(StoppingTest, noticesSayWhichClipsChanged) {
     EXPECT_EQ(changes,
               (std::vector<SyncGroupChanges>{
                   {{}, {}, {}, {2}}, {{}, {}, {}, {0, 3}}, {{}, {}, {}, {0, 3}}, {{1}, {}, {}, {}}}));
+}
+
+TEST_F(StoppingTest, aListRepaintsOnlyTheClipThatHasAResult) {
+    ResultsViewModel list(*controller_);
+    std::size_t mostRows = 0;
+    const auto ofList = list.onChange([&](const ResultsViewModel::Change& change) {
+        EXPECT_FALSE(change.isLayoutChanged);
+        mostRows = std::max(mostRows, change.rows.size());
+    });
+    int progress = 0;
+    const auto subscription = controller_->onChange([&](const ImportChange& change) {
+        if (change.field == ImportField::smartAudioProgress) ++progress;
+        if (change.field != ImportField::smartAudio) return;
+        EXPECT_TRUE(change.smartAudioClips);
+    });
+    finish(controller_->smartAudio().runSmartAudioAnalysis(SmartAudioMode::standard, true));
+    EXPECT_GT(controller_->smartAudio().state().results.size(), 1U);
+    EXPECT_GT(progress, 0);
+    EXPECT_EQ(mostRows, 1U);
+}
+
+TEST_F(StoppingTest, doubtsAreNotDerivedAgainForWhatTheyDoNotUse) {
+    const auto isCurrent = [&] { return controller_->derivedDoubts().ifCurrent() != nullptr; };
+    finish(controller_->derivedDoubts().derive());
+    finish(controller_->models().rebuildCatalog());
+    finish(controller_->slates().detectSlates());
+    finish(controller_->atmo().scanAtmoCandidates());
+    EXPECT_TRUE(isCurrent());
+    finish(controller_->smartAudio().runSmartAudioAnalysis(SmartAudioMode::standard, true));
+    EXPECT_FALSE(isCurrent());
 }
 
 /// The clock does not advance, so only the first and the last file of each kind are shown.

@@ -18,6 +18,16 @@ platform::Subscription Notices::onChange(std::function<void(const ImportChange&)
 }
 
 void Notices::notify(ImportField field) {
+    if (field == ImportField::smartAudio) smartAudioClips_.reset();
+    give(field);
+}
+
+void Notices::notifySmartAudio(const std::vector<UUID>& clips) {
+    if (smartAudioClips_) smartAudioClips_->insert(smartAudioClips_->end(), clips.begin(), clips.end());
+    give(ImportField::smartAudio);
+}
+
+void Notices::give(ImportField field) {
     assertOnMainThread();
     if (changesUnderWay_ == 0) return callListeners(field);
     if (std::ranges::find(heldBack_, field) == heldBack_.end()) heldBack_.push_back(field);
@@ -29,6 +39,8 @@ void Notices::callListeners(ImportField field) {
         change.clips = clips_;
         change.clipsBefore = std::exchange(clipsNoticed_, clips_);
     }
+    if (field == ImportField::smartAudio)
+        change.smartAudioClips = std::exchange(smartAudioClips_, std::vector<UUID>());
     listeners_.notify(change);
 }
 
@@ -42,7 +54,7 @@ void Notices::together(const std::function<void()>& change) {
         raised = std::current_exception();
     }
     if (--changesUnderWay_ == 0)
-        for (const ImportField field : std::exchange(heldBack_, {})) notify(field);
+        for (const ImportField field : std::exchange(heldBack_, {})) give(field);
     if (raised) std::rethrow_exception(raised);
 }
 

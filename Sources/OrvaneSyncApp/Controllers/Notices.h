@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace orvane {
@@ -26,6 +27,7 @@ enum class ImportField : std::uint8_t {
     doubts, ///< other doubts were derived
     report,
     smartAudio,
+    smartAudioProgress, ///< of an analysis or a rendering
     slates,
     atmo,
     calibration,
@@ -42,6 +44,8 @@ struct ImportChange {
     /// changed.
     SyncGroupList clipsBefore = {};
     SyncGroupList clips = {};
+    /// For `smartAudio`: the clips whose results or rendered sound changed; absent: those of any clip.
+    std::optional<std::vector<UUID>> smartAudioClips = {};
 
     operator ImportField() const { return field; }
     /// Which rows of a list of clips have to be painted again. Computed by this call.
@@ -57,6 +61,8 @@ class Notices {
 
     platform::Subscription onChange(std::function<void(const ImportChange&)> callback);
     void notify(ImportField field);
+    /// Notifies `smartAudio` for these clips only. No clips: whether an analysis runs has changed.
+    void notifySmartAudio(const std::vector<UUID>& clips);
     /// Runs a change of several fields. Its notices are held back until it ends, with or without an
     /// exception; then each field's notice is given once.
     void together(const std::function<void()>& change);
@@ -64,6 +70,7 @@ class Notices {
     void assertOnMainThread() const;
 
   private:
+    void give(ImportField field);
     void callListeners(ImportField field);
 
     const std::shared_ptr<platform::MainThread> mainThread_;
@@ -72,6 +79,8 @@ class Notices {
     platform::Listeners<const ImportChange&> listeners_;
     int changesUnderWay_ = 0;
     std::vector<ImportField> heldBack_; ///< the fields changed so far
+    /// As in the next notice of `smartAudio`.
+    std::optional<std::vector<UUID>> smartAudioClips_ = std::vector<UUID>();
 };
 
 } // namespace orvane

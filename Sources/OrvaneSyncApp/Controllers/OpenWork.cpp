@@ -6,6 +6,7 @@
 #include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 
 #include <algorithm>
+#include <array>
 #include <unordered_set>
 #include <utility>
 
@@ -33,12 +34,17 @@ OpenWork::OpenWork(Environment theEnvironment)
 OpenWork::~OpenWork() = default;
 
 void OpenWork::notify(ImportField field) {
-    if (field == ImportField::syncGroups)
-        forgetClipPlaces();
-    else if (field != ImportField::progress && field != ImportField::undoState &&
-             field != ImportField::doubts)
-        ++revisionBesidesClips_;
+    using enum ImportField;
+    constexpr std::array doubtInputs{videoFolderURL, audioFolderURL, scanScope,
+                                     scanResult,     wildTracks,     smartAudio};
+    if (field == syncGroups) forgetClipPlaces();
+    if (std::ranges::find(doubtInputs, field) != doubtInputs.end()) ++doubtInputsRevision_;
     notices.notify(field);
+}
+
+void OpenWork::notifySmartAudio(const std::vector<UUID>& clips) {
+    if (!clips.empty()) ++doubtInputsRevision_;
+    notices.notifySmartAudio(clips);
 }
 
 void OpenWork::setVideoFolderURL(std::optional<FileURL> folder) {

@@ -30,6 +30,8 @@ class OpenWork : public WorkState {
     const std::unique_ptr<platform::SerialQueue> documents;
 
     void notify(ImportField field);
+    /// See `Notices::notifySmartAudio`.
+    void notifySmartAudio(const std::vector<UUID>& clips);
     void setVideoFolderURL(std::optional<FileURL> folder);
     void setAudioFolderURL(std::optional<FileURL> folder);
     void setScanScope(ScanScope scope);

@@ -44,7 +44,7 @@ RenderedAudioController::RenderedAudioController(OpenWork& work, SmartAudioCache
           [this](const SmartAudioProgress& latest) {
               if (underWay_ == 0) return;
               caches_.state.rendering = latest;
-              work_.notify(ImportField::smartAudio);
+              work_.notify(ImportField::smartAudioProgress);
           })),
       mixdowns_(platform::SerialQueue::create("mixdown")),
       previews_(platform::SerialQueue::create("voice isolation")) {}
@@ -140,7 +140,7 @@ platform::Task RenderedAudioController::renderLatest(Weak weak, UUID groupID, Ki
             urls.erase(groupID);
         if (kind.isMade != nullptr) ((*self).*kind.isMade)(groupID, std::move(input));
         if (result) *result = *rendered;
-        self->work_.notify(ImportField::smartAudio);
+        self->work_.notifySmartAudio({groupID});
         if (failed) std::rethrow_exception(failed);
         co_return;
     }
@@ -185,7 +185,7 @@ platform::Task RenderedAudioController::toggleSoloMonitor(const UUID& groupID, i
         soloWanted_.erase(groupID);
         caches_.state.soloMonitorTracks.erase(groupID);
         caches_.state.soloMonitorURLs.erase(groupID);
-        work_.notify(ImportField::smartAudio);
+        work_.notifySmartAudio({groupID});
         return platform::Task::ended();
     }
     const SyncGroup* group = work_.syncGroups().find(groupID);
@@ -223,7 +223,7 @@ platform::Task RenderedAudioController::renderSolo(Weak weak, UUID groupID, int 
     if (group == nullptr || !*rendered || soundOf(*group) != sound) co_return;
     self->caches_.state.soloMonitorTracks.insert_or_assign(groupID, trackIndex);
     self->caches_.state.soloMonitorURLs.insert_or_assign(groupID, (*rendered)->url);
-    self->work_.notify(ImportField::smartAudio);
+    self->work_.notifySmartAudio({groupID});
 }
 
 RenderedAudioController::HeardSettings RenderedAudioController::heardSettings() const {
@@ -259,7 +259,7 @@ platform::Task RenderedAudioController::runVoiceIsolationForGroup(const UUID& gr
     SmartAudioState& state = caches_.state;
     if (!input) {
         caches_.lastVIInput.erase(groupID);
-        if (state.viProcessedURLs.erase(groupID) > 0) work_.notify(ImportField::smartAudio);
+        if (state.viProcessedURLs.erase(groupID) > 0) work_.notifySmartAudio({groupID});
         return platform::Task::ended();
     }
     const auto* last = findIn(caches_.lastVIInput, groupID);

@@ -25,7 +25,7 @@ void SmartAudioCaches::removeRenderedAudio(const UUID& groupID) {
     state.mixdownURLs.erase(groupID);
     state.viProcessedURLs.erase(groupID);
     lastVIInput.erase(groupID);
-    work_.notify(ImportField::smartAudio);
+    work_.notifySmartAudio({groupID});
 }
 
 void SmartAudioCaches::removeAllRenderedAudio() {

@@ -199,7 +199,7 @@ SmartAudioRuns::SmartAudioRuns(OpenWork& work, SmartAudioCaches& caches, Rendere
                                                    if (!run || underWay_.empty() || underWay_.front() != run)
                                                        return;
                                                    caches_.state.progress = latest.second;
-                                                   work_.notify(ImportField::smartAudio);
+                                                   work_.notify(ImportField::smartAudioProgress);
                                                })),
       router_(std::make_unique<SmartAudioRouter>()),
       loudnessQueue_(platform::SerialQueue::create("loudness")) {}
@@ -372,7 +372,7 @@ void SmartAudioRuns::adoptResult(const UUID& groupID, SmartAudioResult result,
         const std::vector<BlockDecision> blocks = result.blocks;
         caches_.state.results.insert_or_assign(groupID, std::move(result));
         caches_.state.passedOver.erase(groupID);
-        work_.notify(ImportField::smartAudio);
+        work_.notifySmartAudio({groupID});
         if (auto active = tracksToSwitchOn(*group, blocks, forceOverwriteManualTracks))
             switchTracksOn({{groupID, *std::move(active)}});
     });
@@ -471,7 +471,7 @@ void SmartAudioRuns::passOver(const UUID& groupID) {
     caches_.state.results.erase(groupID);
     caches_.routed.erase(groupID);
     caches_.state.passedOver.insert(groupID);
-    work_.notify(ImportField::smartAudio);
+    work_.notifySmartAudio({groupID});
 }
 
 platform::Task SmartAudioRuns::measureClip(std::weak_ptr<SmartAudioRuns> weak, UUID groupID, RunPointer run,
@@ -530,10 +530,9 @@ platform::Task SmartAudioRuns::analyseAgain(const UUID& groupID, const SmartAudi
     return *run->task;
 }
 
-/// The notice comes with the run's first clip.
 void SmartAudioRuns::began(const RunPointer& run) {
     underWay_.push_back(run);
-    caches_.state.isAnalyzing = true;
+    if (!std::exchange(caches_.state.isAnalyzing, true)) work_.notifySmartAudio({});
 }
 
 void SmartAudioRuns::ended(const RunPointer& run) {
@@ -541,7 +540,7 @@ void SmartAudioRuns::ended(const RunPointer& run) {
     std::erase(underWay_, run);
     caches_.state.isAnalyzing = !underWay_.empty();
     caches_.state.progress = underWay_.empty() ? SmartAudioProgress{} : underWay_.front()->progress;
-    work_.notify(ImportField::smartAudio);
+    work_.notifySmartAudio({});
 }
 
 void SmartAudioRuns::show(const RunPointer& run, SmartAudioProgress progress) {

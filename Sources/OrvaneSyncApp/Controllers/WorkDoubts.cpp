@@ -64,7 +64,7 @@ DoubtSource WorkDoubts::source() const {
 }
 
 WorkDoubts::Basis WorkDoubts::basis() const {
-    return {work_.revisionBesidesClips(), work_.matchRules(), DoubtSettings::of(*work_.environment.settings)};
+    return {work_.doubtInputsRevision(), work_.matchRules(), DoubtSettings::of(*work_.environment.settings)};
 }
 
 bool WorkDoubts::isBegun() const {

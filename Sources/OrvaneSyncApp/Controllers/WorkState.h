@@ -55,9 +55,9 @@ class WorkState {
     const std::shared_ptr<const std::vector<WildTrack>>& sharedWildTracks() const { return wildTracks_; }
     /// There are no clips because the editor removed the last one, not because nothing is open or was found.
     bool isEmptiedByEdit() const { return isEmptiedByEdit_; }
-    /// Changes with every change except those of the clips, of what is derived from them, of the undo steps,
-    /// and of a progress.
-    std::uint64_t revisionBesidesClips() const { return revisionBesidesClips_; }
+    /// Changes with the folders, the result of the scan, the wild tracks and the results of Smart Audio: what
+    /// doubts are derived from besides the clips, the rules and the settings.
+    std::uint64_t doubtInputsRevision() const { return doubtInputsRevision_; }
 
     /// Of the clips that are settled.
     struct Counts {
@@ -95,7 +95,7 @@ class WorkState {
     MatchingDays daysOfSetting_ = MatchingDays::automatic; ///< when the corrections were taken
     MatchedBy matchedBy_;
     std::shared_ptr<const ProjectEntries> projectEntries_;
-    std::uint64_t revisionBesidesClips_ = 0;
+    std::uint64_t doubtInputsRevision_ = 0;
     SyncGroupList syncGroups_;
     WildTracks wildTracks_ = std::make_shared<const std::vector<WildTrack>>();
     bool isEmptiedByEdit_ = false;

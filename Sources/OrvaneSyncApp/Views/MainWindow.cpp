@@ -142,7 +142,7 @@ void MainWindow::observe() {
     };
     desktop_.whenFoldersWanted = [this] { opening_->prepareScan(); };
     ofWork_ = desktop_.controller().onChange([this](ImportField field) {
-        if (field == ImportField::progress) return;
+        if (field == ImportField::progress || field == ImportField::smartAudioProgress) return;
         if (field == ImportField::project) sessionOfProject_ = desktop_.sessions().currentSessionId();
         // Many fields change together; the window is updated once, after all have changed.
         if (std::exchange(isUpdateScheduled_, true)) return;

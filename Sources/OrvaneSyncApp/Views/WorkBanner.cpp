@@ -62,7 +62,7 @@ WorkBanner::WorkBanner(Desktop& desktop) : desktop_(desktop) {
     ofWork_ = desktop_.controller().onChange([this](ImportField field) {
         if (field == ImportField::lockit) showLockit();
         if (field == ImportField::report) showReportResult();
-        if (field == ImportField::smartAudio) showAnalysis();
+        if (field == ImportField::smartAudio || field == ImportField::smartAudioProgress) showAnalysis();
         if (field == ImportField::undoState) followUndo();
     });
     ofSessions_ = desktop_.sessions().onChange([this](SessionField field) {

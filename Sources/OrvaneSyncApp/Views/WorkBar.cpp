@@ -49,7 +49,9 @@ WorkBar::WorkBar(Desktop& desktop, std::chrono::milliseconds shownAfter)
         follow();
     });
     observation_ = desktop_.controller().onChange([this](ImportField field) {
-        if (field == ImportField::smartAudio || (field == ImportField::progress && isShown_)) follow();
+        if (field == ImportField::smartAudio || field == ImportField::smartAudioProgress ||
+            (field == ImportField::progress && isShown_))
+            follow();
     });
     hide();
 }

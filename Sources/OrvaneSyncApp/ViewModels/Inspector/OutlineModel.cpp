@@ -188,6 +188,13 @@ OutlineModel::Counts OutlineModel::counts() const {
 void OutlineModel::follow(const ImportChange& change) {
     ResultsViewModel::Change changed;
     if (change.field == ImportField::report) return layOut(); // the names depend on the report
+    if (change.field == ImportField::smartAudio && change.smartAudioClips) {
+        for (const UUID& clip : *change.smartAudioClips)
+            if (const auto row = rowByGroup_.find(clip); row != rowByGroup_.end())
+                changed.rows.push_back(row->second);
+        if (!changed.rows.empty()) listeners_.notify(changed);
+        return;
+    }
     if (change.field == ImportField::smartAudio || change.field == ImportField::doubts) {
         for (std::size_t i = 0; i < rows_.size(); ++i) changed.rows.push_back(i);
         return listeners_.notify(changed);

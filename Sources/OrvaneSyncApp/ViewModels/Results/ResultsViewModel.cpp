@@ -144,6 +144,14 @@ std::vector<ResultsViewModel::Doubt> ResultsViewModel::doubts() const {
 }
 
 void ResultsViewModel::follow(const ImportChange& change) {
+    if (change.field == ImportField::smartAudio && change.smartAudioClips) {
+        Change analysed;
+        for (const UUID& clip : *change.smartAudioClips)
+            if (const auto row = rowByGroup_.find(clip); row != rowByGroup_.end())
+                analysed.rows.push_back(row->second);
+        if (!analysed.rows.empty()) listeners_.notify(analysed);
+        return;
+    }
     if (change.field != ImportField::syncGroups) {
         // Names depend on the report. Doubts are derived some time after a change.
         if (change.field == ImportField::report || change.field == ImportField::smartAudio ||

@@ -133,7 +133,9 @@ void TimelineView::follow() {
         // An edit shares the clips that it does not change.
         const bool isEdited = change.field == ImportField::syncGroups &&
                               change.clips.find(*shown_) != change.clipsBefore.find(*shown_);
-        if (isEdited || change.field == ImportField::smartAudio) changed(true);
+        if (isEdited || change.field == ImportField::smartAudio ||
+            change.field == ImportField::smartAudioProgress)
+            changed(true);
     }));
     // The analysis that is shown may have been made with other settings than the new ones.
     following_.push_back(desktop_.settings().onChange(

@@ -1,6 +1,8 @@
 #include "OrvaneSyncApp/ControllerTest.h"
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncCore/Services/Matching/ProxyFiles.h"
+#include "OrvaneSyncCore/Services/Matching/TakeStarts.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Support/AllocatedWork.h"
 #include "Support/Assets.h"
@@ -101,6 +103,19 @@ TEST_F(StoppingMidwayTest, aLongCommandBeginsNothingMoreWhereverItIsStopped) {
             EXPECT_FALSE(std::filesystem::exists(output));
         }
     }
+}
+
+TEST(StoppingAScan, WhatFollowsTheReadingOfTheFilesLooksAtTheStop) {
+    std::vector<MediaAsset> videos, recordings;
+    for (int i = 0; i < 1100; ++i) {
+        videos.push_back(test::video("A" + std::to_string(i) + ".mov"));
+        recordings.push_back(test::audio("T" + std::to_string(i) + ".wav"));
+    }
+    std::stop_source source;
+    source.request_stop();
+    EXPECT_THROW(ProxyFiles::takeOut(videos, source.get_token()), platform::Stopped);
+    EXPECT_THROW(TakeStarts::share(recordings, source.get_token()), platform::Stopped);
+    EXPECT_THROW(TakeStarts::continueAtMidnight(recordings, source.get_token()), platform::Stopped);
 }
 
 } // namespace

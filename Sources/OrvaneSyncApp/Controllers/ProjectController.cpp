@@ -6,6 +6,7 @@
 #include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
 #include "Platform/Files.h"
 #include "Platform/OnQueue.h"
+#include "Platform/Stop.h"
 
 #include <algorithm>
 #include <exception>
@@ -79,21 +80,26 @@ ProjectEntries forUsedFiles(const ProjectEntries& held, const std::vector<Camera
 /// the clips that lost their choice of tracks.
 std::vector<FileURL> applyUnapplied(const ProjectService& service, const OrvaneSyncProject* project,
                                     const std::vector<PersistedGroup>& leftOut, SyncGroupList& groups,
-                                    const std::vector<MediaAsset>& otherAudio, const MatchRules& rules) {
+                                    const std::vector<MediaAsset>& otherAudio, const MatchRules& rules,
+                                    const std::stop_token& stop) {
     const EntriesByVideo entries = byVideo(leftOut);
     groups.updateWhere([&](const SyncGroup& group) { return entries.contains(group.video.url); },
                        [&](SyncGroup& group) { takeTracks(*entries.at(group.video.url), group); });
     OrvaneSyncProject all;
     all.groups = leftOut;
     if (project != nullptr) {
+        platform::throwIfStopped(stop);
         service.applyEdits(*project, groups);
+        platform::throwIfStopped(stop);
         settleAsStored(*project, groups);
         all.groups.insert(all.groups.end(), project->groups.begin(), project->groups.end());
     }
+    platform::throwIfStopped(stop);
     AudioByURL known;
     for (const SyncGroup& group : groups)
         for (const AudioMatch& match : group.audioMatches) known[match.audio->url] = &*match.audio;
     for (const MediaAsset& audio : otherAudio) known[audio.url] = &audio;
+    platform::throwIfStopped(stop);
     auto leftOutTracks = fitTracksToRecordings(all, groups, known, rules);
     groups.updateWhere(countsTakesSeparately, countTakesTogether);
     return leftOutTracks;
@@ -107,8 +113,8 @@ struct ProjectController::Opened {
     bool hasFolders = false;
 };
 
-ProjectController::Opened ProjectController::read(const FileURL& url) {
-    const auto project = std::make_shared<const OrvaneSyncProject>(ProjectService().load(url));
+ProjectController::Opened ProjectController::read(const FileURL& url, const std::stop_token& stop) {
+    const auto project = std::make_shared<const OrvaneSyncProject>(ProjectService().load(url, stop));
     return {project, isThere(project->videoFolderPath) && isThere(project->audioFolderPath) &&
                          std::ranges::all_of(project->scanScope.moreFolders, isThere)};
 }
@@ -163,7 +169,7 @@ platform::Task ProjectController::loadProject(FileURL url) {
 platform::Task ProjectController::open(std::weak_ptr<ProjectController> weak, FileURL url) {
     auto self = weak.lock();
     auto reading = platform::onQueue(*self->work_.documents, self->work_.environment.mainThread,
-                                     [url](const std::stop_token& /*stop*/) { return read(url); });
+                                     [url](const std::stop_token& stop) { return read(url, stop); });
     self.reset();
     Opened opened = co_await reading; // after a failure nothing has changed
     self = weak.lock();
@@ -237,11 +243,12 @@ ScanController::EditOfClips ProjectController::edits() {
     tracksLeftOutByScan_ = std::make_shared<std::vector<FileURL>>();
     auto held = entries();
     if (!held->unapplied && held->leftOut.empty()) return nullptr;
-    return [service = projectService_, held = std::move(held), leftOut = tracksLeftOutByScan_](
-               SyncGroupList& groups, const ScanResult& scanned, const MatchRules& rules) {
+    return [service = projectService_, held = std::move(held),
+            leftOut = tracksLeftOutByScan_](SyncGroupList& groups, const ScanResult& scanned,
+                                            const MatchRules& rules, const std::stop_token& stop) {
         const ProjectEntries ofUsed = forUsedFiles(*held, scanned.copies);
         *leftOut = applyUnapplied(service, ofUsed.unapplied.get(), ofUsed.leftOut, groups,
-                                  scanned.audioAssets, rules);
+                                  scanned.audioAssets, rules, stop);
     };
 }
 
@@ -299,7 +306,7 @@ void ProjectController::applyEditsToRemainingClips() {
     std::vector<FileURL> leftOut;
     work_.changeClips([&](SyncGroupList& groups) {
         leftOut = applyUnapplied(projectService_, held->unapplied.get(), held->leftOut, groups, wild,
-                                 work_.matchRules());
+                                 work_.matchRules(), {});
     });
     adoptLeftOut(*held, std::move(leftOut));
 }

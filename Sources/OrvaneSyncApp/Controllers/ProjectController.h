@@ -66,7 +66,7 @@ class ProjectController {
 
   private:
     struct Opened;
-    static Opened read(const FileURL& url);
+    static Opened read(const FileURL& url, const std::stop_token& stop);
     static platform::Task open(std::weak_ptr<ProjectController> weak, FileURL url);
     static platform::Task openWork(std::weak_ptr<ProjectController> weak, Opened opened, FileURL url);
     static platform::Task save(std::weak_ptr<ProjectController> weak, FileURL url,

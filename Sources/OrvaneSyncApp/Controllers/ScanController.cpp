@@ -177,11 +177,11 @@ platform::Task ScanController::scanSteps(std::weak_ptr<ScanController> weak, std
                 const auto notRead = [&](const FileURL& url) { part.unreadFiles.push_back(url); };
                 auto assets = service->probeAll(urls, kind, report, notRead, stop);
                 if (kind == AssetKind::video) {
-                    part.proxies = ProxyFiles::takeOut(assets);
+                    part.proxies = ProxyFiles::takeOut(assets, stop);
                     part.copies = CameraCopies::takeOut(assets, stop);
                 }
-                if (kind == AssetKind::audio && sharesStarts) TakeStarts::share(assets);
-                if (kind == AssetKind::audio) TakeStarts::continueAtMidnight(assets);
+                if (kind == AssetKind::audio && sharesStarts) TakeStarts::share(assets, stop);
+                if (kind == AssetKind::audio) TakeStarts::continueAtMidnight(assets, stop);
                 (kind == AssetKind::video ? part.videoAssets : part.audioAssets) = std::move(assets);
                 return part;
             });
@@ -242,7 +242,7 @@ platform::Task ScanController::match(std::weak_ptr<ScanController> weak, std::ui
             made.groups = engine.match(scanned->videoAssets, scanned->audioAssets, made.by.rules, stop);
             made.wild = unclaimed(scanned->audioAssets, made.groups);
             made.report = merging.apply(made.groups, stop);
-            if (edit) edit(made.groups, *scanned, made.by.rules);
+            if (edit) edit(made.groups, *scanned, made.by.rules, stop);
             made.groups.makeIndex();
             return made;
         });

@@ -15,6 +15,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <utility>
 #include <vector>
@@ -66,8 +67,8 @@ class ScanController {
     std::uint64_t scanNumber() const { return scanNumber_; }
     /// Called before the clips of a scan are made. Returns the edit to make on another thread before the work
     /// gets the clips; null for none.
-    using EditOfClips =
-        std::function<void(SyncGroupList&, const ScanResult& scanned, const MatchRules& rules)>;
+    using EditOfClips = std::function<void(SyncGroupList&, const ScanResult& scanned, const MatchRules& rules,
+                                           const std::stop_token& stop)>;
     std::function<EditOfClips()> editsOfClips;
     /// Called when the work has the clips of a scan, with report and edits applied.
     std::function<void()> whenMatched;

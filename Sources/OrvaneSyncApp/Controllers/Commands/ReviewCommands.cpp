@@ -41,7 +41,7 @@ platform::Task applied(std::shared_ptr<ImportController> controller, FileURL fil
     auto reading = platform::onQueue(
         *controller->work().documents, controller->work().environment.mainThread,
         [file = std::move(file), work = WorkSnapshot(*controller)](const std::stop_token& stop) {
-            return readDecisions(work, readReviewFile(file.path), stop);
+            return readDecisions(work, readReviewFile(file.path, stop), stop);
         });
     const ReviewReading read = co_await reading;
     carryOut(*controller, undoSteps::applyReview, read.decisions);

@@ -527,10 +527,14 @@ void writeReviewFile(const std::string& path, const std::vector<ReviewLine>& lin
     guard.write(path, writtenReviewTable(lines));
 }
 
-std::vector<ReviewLine> readReviewFile(const std::string& path) {
+std::vector<ReviewLine> readReviewFile(const std::string& path, const std::stop_token& stop) {
     const std::string where = "can't read the review '" + path + "': ";
     try {
-        return readReviewTable(ALEParser::decodeText(platform::files::readText(path)));
+        constexpr std::uint64_t mostBytes = std::uint64_t{1} << 30U;
+        const std::string text =
+            ALEParser::decodeText(platform::files::readText(path, mostBytes, stop), stop);
+        platform::throwIfStopped(stop);
+        return readReviewTable(text);
     } catch (const ReviewTableError& error) {
         throw ReviewTableError(where + error.what());
     } catch (const ALEParserError& error) {

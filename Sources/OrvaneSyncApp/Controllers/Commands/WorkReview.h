@@ -58,8 +58,8 @@ void carryOut(ImportController& controller, const UndoStep& step,
 void writeReviewFile(const std::string& path, const std::vector<ReviewLine>& lines, RunInputs inputs,
                      const OutputPermission& permission);
 
-/// Reads a table from the disk. Throws FileError and ReviewTableError, which name the file. Any thread except
-/// the interface thread.
-std::vector<ReviewLine> readReviewFile(const std::string& path);
+/// Reads a table from the disk. Throws FileError and ReviewTableError, which name the file, and Stopped. Any
+/// thread except the interface thread.
+std::vector<ReviewLine> readReviewFile(const std::string& path, const std::stop_token& stop = {});
 
 } // namespace orvane

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Models/FilePaths.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "Platform/Stop.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -88,9 +89,11 @@ bool isProxyOf(const Video& file, const Video& original) {
 /// The videos by their names without extension, lower case.
 class Originals {
   public:
-    explicit Originals(const std::vector<MediaAsset>& videos) {
-        for (const MediaAsset& video : videos)
+    Originals(const std::vector<MediaAsset>& videos, platform::StopCheck& check) {
+        for (const MediaAsset& video : videos) {
+            check();
             if (auto own = videoOf(video)) byName_[video.normalizedName()].push_back(*own);
+        }
     }
 
     const MediaAsset* originalOf(const MediaAsset& file) const {
@@ -119,11 +122,13 @@ bool isProxyFolder(std::string_view name) {
                                [&](std::string_view word) { return lower.find(word) != std::string::npos; });
 }
 
-std::vector<ProxyFile> takeOut(std::vector<MediaAsset>& videos) {
+std::vector<ProxyFile> takeOut(std::vector<MediaAsset>& videos, const std::stop_token& stop) {
+    platform::StopCheck check(stop);
     // Most cards have no such folder, and then nothing is compared.
     std::vector<const MediaAsset*> suspects;
     std::unordered_map<std::string_view, bool> folders;
     for (const MediaAsset& video : videos) {
+        check();
         const std::string_view path = video.url.path;
         const auto [folder, isNew] = folders.try_emplace(path.substr(0, path.rfind('/') + 1));
         if (isNew) folder->second = isInProxyFolder(video.url);
@@ -131,14 +136,16 @@ std::vector<ProxyFile> takeOut(std::vector<MediaAsset>& videos) {
     }
     if (suspects.empty()) return {};
 
-    const Originals originals(videos);
+    const Originals originals(videos, check);
     std::vector<ProxyFile> proxies;
     std::unordered_set<UUID> ids;
-    for (const MediaAsset* suspect : suspects)
+    for (const MediaAsset* suspect : suspects) {
+        check();
         if (const MediaAsset* original = originals.originalOf(*suspect)) {
             proxies.push_back({suspect->url, original->url});
             ids.insert(suspect->id);
         }
+    }
     std::erase_if(videos, [&](const MediaAsset& video) { return ids.contains(video.id); });
     return proxies;
 }

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Models/ScanModels.h"
 
+#include <stop_token>
 #include <string_view>
 #include <vector>
 
@@ -18,7 +19,7 @@ bool isProxyFolder(std::string_view name);
 /// does not contain its original. It has the original's name (except what a camera adds to the name of a
 /// proxy), its start and its length, both within a frame, and fewer pixels. All other files stay: a file
 /// without its original, one of another take, one whose size is not known.
-std::vector<ProxyFile> takeOut(std::vector<MediaAsset>& videos);
+std::vector<ProxyFile> takeOut(std::vector<MediaAsset>& videos, const std::stop_token& stop = {});
 
 } // namespace ProxyFiles
 } // namespace orvane

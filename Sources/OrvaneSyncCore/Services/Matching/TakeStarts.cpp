@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
+#include "Platform/Stop.h"
 
 #include <algorithm>
 #include <cmath>
@@ -37,13 +38,15 @@ std::optional<Form> formOf(const MediaAsset& recording) {
 
 } // namespace
 
-void share(std::vector<MediaAsset>& recordings) {
+void share(std::vector<MediaAsset>& recordings, const std::stop_token& stop) {
+    platform::StopCheck check(stop);
     struct Side {
         std::vector<const MediaAsset*> started;
         std::vector<MediaAsset*> others;
     };
     std::map<Form, Side> sides;
     for (MediaAsset& recording : recordings) {
+        check();
         const auto form = formOf(recording);
         if (!form) continue;
         Side& side = sides[*form];
@@ -55,7 +58,8 @@ void share(std::vector<MediaAsset>& recordings) {
     for (auto& [form, side] : sides)
         for (MediaAsset* const recording : side.others) {
             const ChannelName name(*recording);
-            const auto found = std::ranges::find_if(side.started, [&name](const MediaAsset* started) {
+            const auto found = std::ranges::find_if(side.started, [&](const MediaAsset* started) {
+                check();
                 return name.differsOnlyInChannelWord(ChannelName(*started));
             });
             if (found == side.started.end()) continue;
@@ -65,12 +69,15 @@ void share(std::vector<MediaAsset>& recordings) {
         }
 }
 
-void continueAtMidnight(std::vector<MediaAsset>& recordings) {
+void continueAtMidnight(std::vector<MediaAsset>& recordings, const std::stop_token& stop) {
+    platform::StopCheck check(stop);
     std::vector<const MediaAsset*> before; // recordings that end at midnight
-    for (const MediaAsset& recording : recordings)
+    for (const MediaAsset& recording : recordings) {
+        check();
         if (const auto range = SyncEngine::tcRange(recording);
             range && SplitRecordingDetector::follows(*range, {secondsADay, secondsADay}))
             before.push_back(&recording);
+    }
     if (before.empty()) return;
     const auto dayOf = [](const MediaAsset& recording) -> std::optional<long> {
         const auto date = recording.localCreatedDate();
@@ -80,6 +87,7 @@ void continueAtMidnight(std::vector<MediaAsset>& recordings) {
         const auto day = dayOf(recording);
         if (hasStart(recording) || !day) continue;
         const auto part = std::ranges::find_if(before, [&](const MediaAsset* one) {
+            check();
             const auto dayBefore = dayOf(*one);
             return dayBefore && *dayBefore + 1 == *day && folderPath(*one) == folderPath(recording) &&
                    SplitRecordingDetector::mayContinue(*one, recording);

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Persistence/ProjectService.h"
 
 #include "Platform/Files.h"
+#include "Platform/Stop.h"
 
 #include <unordered_map>
 #include <utility>
@@ -38,9 +39,10 @@ std::string ProjectService::encoded(const OrvaneSyncProject& project) {
     return toJSON(project).dump(JSON::Layout::pretty) + "\n";
 }
 
-OrvaneSyncProject ProjectService::decoded(std::string_view text) {
+OrvaneSyncProject ProjectService::decoded(std::string_view text, const std::stop_token& stop) {
     try {
         const JSON json = JSON::parse(text);
+        platform::throwIfStopped(stop);
         // The version is checked first: a file of another version may have other keys, and its number
         // explains more.
         const JSON* version = json.find("version");
@@ -63,8 +65,9 @@ void ProjectService::save(const OrvaneSyncProject& project, const FileURL& url,
     guard.write(url.path, text);
 }
 
-OrvaneSyncProject ProjectService::load(const FileURL& url) const {
-    return decoded(files::readText(url.path));
+OrvaneSyncProject ProjectService::load(const FileURL& url, const std::stop_token& stop) const {
+    constexpr std::uint64_t mostBytes = std::uint64_t{1} << 30U;
+    return decoded(files::readText(url.path, mostBytes, stop), stop);
 }
 
 void ProjectService::applyEdits(const OrvaneSyncProject& project, SyncGroupList& groups) const {

@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Services/Persistence/OutputGuard.h"
 
 #include <stdexcept>
+#include <stop_token>
 #include <string>
 #include <string_view>
 
@@ -37,15 +38,15 @@ struct ProjectService {
     /// a number that JSON cannot store; then the old file is unchanged.
     void save(const OrvaneSyncProject& project, const FileURL& url,
               const OutputGuard& guard = OutputGuard(OutputKind::project)) const;
-    /// Throws FileError or ProjectError.
-    OrvaneSyncProject load(const FileURL& url) const;
+    /// Throws FileError, ProjectError or Stopped.
+    OrvaneSyncProject load(const FileURL& url, const std::stop_token& stop = {}) const;
     /// Finds each clip's entry by the path of its video; if several entries have the path, the last one
     /// counts. Clips without an entry are not changed.
     void applyEdits(const OrvaneSyncProject& project, SyncGroupList& groups) const;
 
     /// The text that `save` writes and `load` reads.
     static std::string encoded(const OrvaneSyncProject& project);
-    static OrvaneSyncProject decoded(std::string_view text);
+    static OrvaneSyncProject decoded(std::string_view text, const std::stop_token& stop = {});
 };
 
 } // namespace orvane

@@ -51,18 +51,24 @@ TEST_F(StoppingTest, aScanThatIsStoppedLeavesAllAsItWas) {
         << "the next one runs to its end";
 }
 
-/// Actions that stop an analysis, a scan and the loading of a report; nothing of these is left.
+/// Actions that stop what works on the clips, a scan and the loading of a report; nothing of these is left.
 TEST_F(StoppingTest, otherWorkStopsWhatRuns) {
     const FileURL report{folder_.write("day.csv", "Name,Scene,Take\nA001C001_261120_R1AB,77,1\n")};
     const auto stops = [&](const char* what, const std::function<void()>& interrupt, bool alsoTheReport) {
         const platform::Task analysing =
             controller_->smartAudio().runSmartAudioAnalysis(SmartAudioMode::standard, true);
+        const platform::Task searches[] = {controller_->slates().detectSlates(),
+                                           controller_->atmo().scanAtmoCandidates()};
         const platform::Task loading = controller_->reports().loadALE(report);
         EXPECT_TRUE(controller_->smartAudio().state().isAnalyzing) << what;
         interrupt();
         finish(analysing);
         finish(loading);
         EXPECT_TRUE(endedByStop(analysing)) << what;
+        for (const platform::Task& search : searches) {
+            finish(search);
+            EXPECT_TRUE(endedByStop(search)) << what;
+        }
         EXPECT_EQ(endedByStop(loading), alsoTheReport) << what;
         if (!controller_) return;
         EXPECT_FALSE(controller_->smartAudio().state().isAnalyzing) << what;

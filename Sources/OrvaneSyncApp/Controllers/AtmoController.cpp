@@ -53,7 +53,7 @@ platform::Task AtmoController::scanAtmoCandidates() {
     }
     std::map<std::string, std::vector<FileURL>> files;
     for (const auto& [scene, urls] : found) files[scene].assign(urls.begin(), urls.end());
-    return work_.running.add(scan(work_.weak(this), std::move(files)));
+    return work_.runOnClips(scan(work_.weak(this), std::move(files)));
 }
 
 platform::Task AtmoController::scan(Weak weak, std::map<std::string, std::vector<FileURL>> files) {
@@ -96,7 +96,7 @@ platform::Task AtmoController::scan(Weak weak, std::map<std::string, std::vector
 
 platform::Task AtmoController::buildAtmo(Order order, std::shared_ptr<AtmoResult> result) {
     work_.notices.assertOnMainThread();
-    return work_.running.add(build(work_.weak(this), std::move(order), std::move(result)));
+    return work_.runOnClips(build(work_.weak(this), std::move(order), std::move(result)));
 }
 
 platform::Task AtmoController::build(Weak weak, Order order, std::shared_ptr<AtmoResult> result) {

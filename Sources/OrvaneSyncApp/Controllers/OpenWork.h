@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace orvane {
@@ -26,6 +27,12 @@ class OpenWork : public WorkState {
     Notices notices;
     /// Running operations on the work; they are stopped when the work is closed.
     platform::RunningTasks running;
+    /// Runs an operation whose result is only of use to the present clips: it also stops when a scan begins
+    /// that replaces them.
+    platform::Task runOnClips(platform::Task operation) {
+        return running.add(runningOnClips_.add(std::move(operation)));
+    }
+    void stopOnClips() const { runningOnClips_.requestStop(); }
     /// For reports, projects and exports, one at a time.
     const std::unique_ptr<platform::SerialQueue> documents;
 
@@ -116,6 +123,7 @@ class OpenWork : public WorkState {
     void applyStep(bool isUndo);
     WildTracks wildTracksOf(const Step& target, const SyncGroupList& clipsBefore) const;
 
+    platform::RunningTasks runningOnClips_;
     std::shared_ptr<const ScanOutcome> scan_; ///< the scan that made the clips; null: none
     const std::unique_ptr<Steps> steps_;
     /// Clips were edited since they were made, or come from a file in which they may have been.

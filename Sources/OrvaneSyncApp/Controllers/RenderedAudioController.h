@@ -53,7 +53,7 @@ class RenderedAudioController {
     std::optional<VoiceIsolationInput> previewInput(const SyncGroup& group) const;
     std::optional<FileURL> audioURL(const UUID& groupID, bool withPreview) const;
     RenderProgress report(std::string phase);
-    platform::Task start(platform::Task task) { return work_.running.add(std::move(task)); }
+    platform::Task start(platform::Task task) { return work_.runOnClips(std::move(task)); }
     using Weak = std::weak_ptr<RenderedAudioController>;
     static platform::Task render(Weak weak, platform::SerialQueue* queue, std::string phase,
                                  Rendering rendering, Rendered result);

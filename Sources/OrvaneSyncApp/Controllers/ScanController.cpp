@@ -87,7 +87,7 @@ platform::Task ScanController::probeAudio(FileURL file,
 platform::Task ScanController::startScan(ScanOf of) {
     work_.notices.assertOnMainThread();
     if (runningScan_ && !runningScan_->isDone()) return *runningScan_;
-    if (canScan()) smartAudio_.stop();
+    if (canScan()) work_.stopOnClips();
     runningScan_ = work_.running.add(scan(work_.weak(this), ++scanNumber_, of));
     return *runningScan_;
 }

@@ -44,11 +44,11 @@ class ScanController {
     void setCorrections(SourceCorrections corrections);
     /// Whether at least one folder is set.
     bool canScan() const;
-    /// Replaces all clips, and stops the analyses of the earlier ones. Files that cannot be read stay in the
-    /// work with what is known about them. Ends when the clips are made; Smart Audio starts after that. Fails
-    /// with a CorrectionError, and changes nothing, if the work's sound offset has a frame number that does
-    /// not exist at the rate of the clips. A second call while a scan runs waits for that scan. A scan that
-    /// is stopped changes nothing.
+    /// Replaces all clips, and stops what works on the earlier ones (`OpenWork::runOnClips`). Files that
+    /// cannot be read stay in the work with what is known about them. Ends when the clips are made; Smart
+    /// Audio starts after that. Fails with a CorrectionError, and changes nothing, if the work's sound offset
+    /// has a frame number that does not exist at the rate of the clips. A second call while a scan runs waits
+    /// for that scan. A scan that is stopped changes nothing.
     ///
     /// If the work holds decisions, the scan is an undo step: undoing it restores the earlier clips and the
     /// earlier result. `of`: whether the folders are those of the open work, or of other work that replaces

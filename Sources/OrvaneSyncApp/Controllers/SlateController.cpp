@@ -33,7 +33,7 @@ platform::Task SlateController::detectSlates() {
 
 platform::Task SlateController::start(std::vector<UUID> clips) {
     work_.notices.assertOnMainThread();
-    return work_.running.add(search(work_.weak(this), std::move(clips)));
+    return work_.runOnClips(search(work_.weak(this), std::move(clips)));
 }
 
 platform::Task SlateController::search(std::weak_ptr<SlateController> weak, std::vector<UUID> clips) {

@@ -134,7 +134,7 @@ platform::Task SmartAudioController::reanalyseOutdated() {
             return clips.contains(group.id) && !group.isMOS();
         }),
                                      terms(mode), false, Loudness::leave));
-    return work_.running.add(allOf(std::move(runs)));
+    return work_.runOnClips(allOf(std::move(runs)));
 }
 
 // Only a stored mode counts: without one, a scan starts no analysis.

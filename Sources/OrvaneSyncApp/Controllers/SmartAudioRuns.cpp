@@ -230,7 +230,7 @@ platform::Task SmartAudioRuns::measureLoudness(SyncGroupList groups) {
 }
 
 platform::Task SmartAudioRuns::start(SyncGroupList groups, const RunPointer& run, Loudness loudness) {
-    return work_.running.add(running_.add(analyseEach(work_.weak(this), std::move(groups), run, loudness)));
+    return work_.runOnClips(running_.add(analyseEach(work_.weak(this), std::move(groups), run, loudness)));
 }
 
 platform::Task SmartAudioRuns::analyseEach(std::weak_ptr<SmartAudioRuns> weak, SyncGroupList groups,

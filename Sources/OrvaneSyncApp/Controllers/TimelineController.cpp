@@ -122,7 +122,7 @@ const SyncGroup* TimelineController::mayGetAnchor(const UUID& groupID) const {
 platform::Task TimelineController::autoDetectAudioAnchorIfMissing(const UUID& groupID) {
     const SyncGroup* group = mayGetAnchor(groupID);
     if (group == nullptr) return platform::Task::ended();
-    return work_.running.add(detectAnchor(work_.weak(this), groupID, *ClapDetector::Search::of(*group)));
+    return work_.runOnClips(detectAnchor(work_.weak(this), groupID, *ClapDetector::Search::of(*group)));
 }
 
 platform::Task TimelineController::locateClapOfLocked(UUID groupID,

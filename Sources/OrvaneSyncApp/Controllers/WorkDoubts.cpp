@@ -172,7 +172,7 @@ platform::Task WorkDoubts::listen() {
     }
     if (!listeningQueue_) listeningQueue_ = platform::SerialQueue::create("doubts");
     show(Listening{0, clipsOf(pairs)});
-    return work_.running.add(listenToPairs(work_.weak(this), std::move(pairs), ++listeningNumber_));
+    return work_.runOnClips(listenToPairs(work_.weak(this), std::move(pairs), ++listeningNumber_));
 }
 
 void WorkDoubts::show(std::optional<Listening> progress) {

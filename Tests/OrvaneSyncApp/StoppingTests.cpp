@@ -98,11 +98,20 @@ TEST_F(StoppingTest, aLongCommandThatIsStoppedWaitsForNothingAndBeginsNothing) {
     commands::CommandContext context;
     context.controller = controller_;
     context.settings = settings_;
+    context.sessions = SessionManager::create({.mainThread = mainThread_,
+                                               .settings = settings_,
+                                               .sessionsDir = folder_.path("sessions"),
+                                               .clock = mainThread_->clock()});
+    context.sessions->beginSessionOfOpenWork(*controller_);
+    finish(context.sessions->save(*controller_));
+    const JSON::Object session{{"sessionId", context.sessions->currentSessionId()->text()}};
     const std::string output = folder_.path("output");
     const JSON::Object to{{"output", output}};
     const JSON::Object report{{"path", folder_.write("day.csv", "Name,Scene\nA001C001_261120_R1AB,77\n")}};
     const std::pair<const char*, JSON::Object> cases[] = {
         {"startScan", {}},
+        {"loadSession", session},
+        {"loadMostRecentSession", {}},
         {"exportFCPXML", to},
         {"writeReview", to},
         {"applyReview", report},

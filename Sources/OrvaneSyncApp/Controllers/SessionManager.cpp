@@ -235,6 +235,7 @@ platform::Task SessionManager::loadCopy(const std::string& path,
 platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID sessionId,
                                     std::weak_ptr<ImportController> controller, std::uint64_t opening,
                                     std::optional<std::string> elsewhere) {
+    const std::stop_token stop = co_await platform::OwnStopToken{};
     auto self = weak.lock();
     self->open_.keptOf.reset(); // files that are kept from here on are reported after the opening
     self->leaveSession();
@@ -243,6 +244,7 @@ platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID ses
         const platform::Task writing = self->writes_->start(sessionId);
         self.reset();
         co_await writing;
+        platform::throwIfStopped(stop);
         self = weak.lock();
         if (!self || self->openings_ != opening) co_return;
     }
@@ -250,11 +252,11 @@ platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID ses
     const platform::Task reading =
         elsewhere ? self->stored_.readCopy(sessionId, *elsewhere, read) : self->stored_.read(sessionId, read);
     self.reset();
-    const std::stop_token stop = co_await platform::OwnStopToken{};
     co_await reading;
+    platform::throwIfStopped(stop);
     self = weak.lock();
     auto work = controller.lock();
-    if (!self || !work || self->openings_ != opening || stop.stop_requested()) co_return;
+    if (!self || !work || self->openings_ != opening) co_return;
     if (elsewhere) refuseUnreadableCopy(*read, *elsewhere);
     if (!*read) co_return;
     self->keepDecisionsOf(*work);
@@ -300,7 +302,9 @@ void SessionManager::open(const UUID& sessionId, StoredSession read, ImportContr
 
 platform::Task SessionManager::loadMostRecentSession(std::shared_ptr<ImportController> controller) {
     const std::weak_ptr<SessionManager> weak = weak_from_this();
+    const std::stop_token stop = co_await platform::OwnStopToken{};
     co_await loadSessionList();
+    platform::throwIfStopped(stop);
     const auto self = weak.lock();
     if (!self || self->sessions().empty()) co_return;
     co_await self->load(self->sessions().front().id, controller);

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Controllers/SessionWriting.h"
 
 #include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
+#include "Platform/Stop.h"
 
 #include <exception>
 #include <string_view>
@@ -27,10 +28,12 @@ void SessionWork::changesAll() {
     wildTracks.known.reset();
 }
 
-std::optional<StoredSession> readStoredSession(const SessionStore& store, const UUID& id) {
+std::optional<StoredSession> readStoredSession(const SessionStore& store, const UUID& id,
+                                               const std::stop_token& stop) {
     if (!store.exists(id)) return std::nullopt;
-    StoredSession session{store.readGroups(id), store.readFolders(id), store.readWildTracks(id),
+    StoredSession session{store.readGroups(id, stop), store.readFolders(id), store.readWildTracks(id),
                           store.readInfo(id), store.readFolderInfos()};
+    platform::throwIfStopped(stop);
     session.groups.groups.updateWhere(countsTakesSeparately, countTakesTogether);
     return session;
 }

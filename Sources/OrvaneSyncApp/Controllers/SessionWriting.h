@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -51,8 +52,9 @@ struct StoredSession {
     SessionStore::Stored<SessionInfo> info;
     SessionStore::Stored<std::vector<FolderInfo>> sessionFolders; ///< those of all sessions
 };
-/// Absent if there is no such session.
-std::optional<StoredSession> readStoredSession(const SessionStore& store, const UUID& id);
+/// Absent if there is no such session. Throws Stopped.
+std::optional<StoredSession> readStoredSession(const SessionStore& store, const UUID& id,
+                                               const std::stop_token& stop);
 
 /// A failure of one file does not prevent writing the others, and none throws. The record, by which the
 /// session is listed, is written last, so it is never older than the clips written with it.

@@ -41,17 +41,19 @@ platform::Task StoredSessions::readLists(std::shared_ptr<StoredLists> lists) con
 
 platform::Task StoredSessions::read(const UUID& id,
                                     std::shared_ptr<std::optional<StoredSession>> session) const {
-    return readInto(queue_, mainThread_, std::move(session),
-                    [store = store_, id] { return readStoredSession(store, id); });
+    return readInto(
+        queue_, mainThread_, std::move(session),
+        [store = store_, id](const std::stop_token& stop) { return readStoredSession(store, id, stop); });
 }
 
 platform::Task StoredSessions::readCopy(const UUID& id, const std::string& elsewhere,
                                         std::shared_ptr<std::optional<StoredSession>> session) const {
-    return readInto(queue_, mainThread_, std::move(session), [store = store_, elsewhere, id] {
-        auto copy = readStoredSession(SessionStore(elsewhere), id);
-        if (copy) copy->sessionFolders = store.readFolderInfos();
-        return copy;
-    });
+    return readInto(queue_, mainThread_, std::move(session),
+                    [store = store_, elsewhere, id](const std::stop_token& stop) {
+                        auto copy = readStoredSession(SessionStore(elsewhere), id, stop);
+                        if (copy) copy->sessionFolders = store.readFolderInfos();
+                        return copy;
+                    });
 }
 
 platform::Task StoredSessions::find(std::vector<UUID> candidates, const std::vector<FileURL>& folders,

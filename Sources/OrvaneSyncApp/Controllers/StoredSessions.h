@@ -22,7 +22,7 @@ class StoredSessions {
                    std::shared_ptr<platform::MainThread> mainThread);
 
     platform::Task readLists(std::shared_ptr<StoredLists> lists) const;
-    /// Leaves `session` empty if there is no such session. A stopped call still reads to the end.
+    /// Leaves `session` empty if there is no such session.
     platform::Task read(const UUID& id, std::shared_ptr<std::optional<StoredSession>> session) const;
     /// The same for a session whose folder is in the folder `elsewhere`; `sessionFolders` are the own ones.
     platform::Task readCopy(const UUID& id, const std::string& elsewhere,

@@ -15,14 +15,15 @@ namespace {
 
 constexpr std::size_t clipsAPiece = 64; // for one thread at a time
 
-/// Calls `work(i)` for every i below `count`, on several threads if there are many.
+/// Calls `work(i)` for every i below `count`, on several threads if there are many. Throws Stopped.
 template <class Work>
-void forEachIndex(std::size_t count, const Work& work) {
+void forEachIndex(std::size_t count, const Work& work, const std::stop_token& stop = {}) {
     const std::size_t pieces = (count + clipsAPiece - 1) / clipsAPiece;
-    platform::concurrently(pieces, std::thread::hardware_concurrency(), [&](std::size_t piece) {
+    const auto workOnPiece = [&](std::size_t piece) {
         const std::size_t end = std::min(count, (piece + 1) * clipsAPiece);
         for (std::size_t i = piece * clipsAPiece; i < end; ++i) work(i);
-    });
+    };
+    platform::concurrently(pieces, std::thread::hardware_concurrency(), workOnPiece, stop);
 }
 
 bool holdsOnlyNumbers(const JSON& json) {
@@ -86,18 +87,19 @@ std::string GroupsEncoder::encode(const SyncGroupList& groups) {
     return text;
 }
 
-SyncGroupList groupsFromText(const std::string& text) {
+SyncGroupList groupsFromText(const std::string& text, const std::stop_token& stop) {
     platform::JSONParser parser;
     const auto records = parser.parse(text).elements();
     if (!records) throw DecodingError("expected a list of clips");
     std::vector<std::shared_ptr<SyncGroup>> groups(records->size());
-    forEachIndex(records->size(), [&](std::size_t i) {
+    const auto decode = [&](std::size_t i) {
         try {
             groups[i] = std::make_shared<SyncGroup>(fromJSON<SyncGroup>((*records)[i]));
         } catch (const DecodingError& error) {
             throw DecodingError("clip " + std::to_string(i + 1) + ": " + error.what());
         }
-    });
+    };
+    forEachIndex(records->size(), decode, stop);
     SyncGroupList list;
     std::unordered_set<UUID> ids;
     for (auto& group : groups) {

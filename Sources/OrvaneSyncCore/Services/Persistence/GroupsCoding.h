@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <stdexcept>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -33,7 +34,7 @@ class GroupsEncoder {
 };
 
 /// Decodes such a text. If the id of a clip has occurred before, the clip gets a new id, so that each can be
-/// found. Throws JSONError, or DecodingError with the number of the clip and the key.
-SyncGroupList groupsFromText(const std::string& text);
+/// found. Throws JSONError, DecodingError with the number of the clip and the key, or Stopped.
+SyncGroupList groupsFromText(const std::string& text, const std::stop_token& stop = {});
 
 } // namespace orvane

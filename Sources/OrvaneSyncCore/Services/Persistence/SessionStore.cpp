@@ -18,8 +18,9 @@ namespace {
 
 constexpr std::string_view sessionExtension = ".orvanesync";
 constexpr std::string_view deletedExtension = ".deleted";
-constexpr std::uint64_t largestRecord = std::uint64_t{256}
-                                        << 20U; // bytes; wild tracks contain their metadata
+// Bytes.
+constexpr std::uint64_t largestRecord = std::uint64_t{256} << 20U; // wild tracks contain their metadata
+constexpr std::uint64_t largestGroups = std::uint64_t{1} << 30U;
 
 /// Only a file that does not exist is missing: one that cannot be accessed may contain work.
 bool isMissing(const std::string& path) { return !files::attributes(path) && errno == ENOENT; }
@@ -189,13 +190,13 @@ SessionStore::Changed<SessionInfo> SessionStore::changeInfo(const SessionInfo& k
     });
 }
 
-SessionStore::Groups SessionStore::readGroups(const UUID& id) const {
+SessionStore::Groups SessionStore::readGroups(const UUID& id, const std::stop_token& stop) const {
     const std::string path = groupsPath(id);
     Groups result;
     if (isMissing(path)) return result;
     result.file = files::attributes(path);
     try {
-        result.groups = groupsFromText(files::readText(path));
+        result.groups = groupsFromText(files::readText(path, largestGroups, stop), stop);
     } catch (const std::exception& error) { // also too little memory for a file that claims to be large
         result.problem = "The clips of this session can't be read (" + path + ": " + error.what() + ")";
     }

@@ -64,7 +64,8 @@ class SessionStore {
         /// Why existing clips cannot be read, for display; then `groups` is empty.
         std::optional<std::string> problem;
     };
-    Groups readGroups(const UUID& id) const;
+    /// Throws Stopped.
+    Groups readGroups(const UUID& id, const std::stop_token& stop = {}) const;
 
     Stored<SessionFolders> readFolders(const UUID& id) const;
     /// The same for the folders; all of `change.folders` if the disk has none that can be read. Throws

@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Services/Diagnosis/CureTrial.h"
+#include "OrvaneSyncCore/Services/Diagnosis/LeftOver.h"
 #include "OrvaneSyncCore/Services/Diagnosis/UnmatchedReasons.h"
 #include "OrvaneSyncCore/Services/Ingest/ContentMarks.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
@@ -298,6 +299,65 @@ TEST(CardDoubts, ACopyThatBrokeOffAtItsFullSizeIsNotTheSound) {
     ASSERT_TRUE(shot.card(Kind::cutFile)) << "it may be kept as a copy";
     EXPECT_TRUE(shot.doubts.byGroup.empty()) << "the clips have whole ones";
     EXPECT_TRUE(ContentMarks::brokenOffIn(shot.audios, {}).empty()) << "it says so by itself";
+}
+
+/// A recorder that kept one date for two days, and a camera without dates: each of its clips has one
+/// recording, except for the third one.
+TEST(CardDoubts, RecordingsOfOneDateThatOverlapAreOfTwoDays) {
+    struct Case {
+        const char* other; ///< beside the third clip, from the 8th second on
+        int doubted;       ///< clips before anything was heard
+    };
+    for (const Case& one : {Case{"/S/T0.wav", 6}, Case{"/S/T4.wav", 0}}) {
+        Shot shot;
+        for (int i = 0; i < 6; ++i) {
+            const double at = 3600 + 200 * i;
+            shot.videos.push_back(clipAt("/C/C" + std::to_string(i) + ".mov", at, 12));
+            shot.videos.back().channelCount = 1;
+            shot.audios.push_back(
+                recordingAt("/S/T" + std::to_string(i < 3 ? i + 1 : i + 2) + ".wav", at - 3, 20));
+        }
+        shot.audios.push_back(recordingAt(one.other, 3600 + 400 + 8, 25));
+        shot.date(shot.audios, "2024-05-17");
+        shot.diagnose();
+        FileNames names;
+        DoubtInput input{shot.groups, shot.audios, {}, TrimMode::noTrim, {}, names};
+        EXPECT_EQ(shot.count(Kind::otherDay), one.doubted);
+        if (one.doubted == 0) continue;
+        HeardClaims heard;
+        for (const SoundClaim& claim : SyncDoubts::claims(input)) {
+            const SyncGroup& group = *shot.groups.find(claim.clipID);
+            const bool isFirst = claim.recordingID == group.primaryAudio()->id;
+            heard[claim.key()] = {isFirst ? std::optional(claim.offsetSeconds) : std::nullopt, true};
+        }
+        input.heardClaims = &heard;
+        const SyncDoubts doubts = SyncDoubts::of(input);
+        ASSERT_EQ(doubts.byGroup.size(), 1U) << "the one with a second recording";
+        const auto& [clip, own] = *doubts.byGroup.begin();
+        ASSERT_TRUE(own.front().suggestion);
+        EXPECT_EQ(own.front().suggestion->recordingID, shot.groups.find(clip)->primaryAudio()->id);
+    }
+}
+
+TEST(CardDoubts, RecordingsThatADoubtIsAboutAreNotLeftOver) {
+    for (const int hour : {0, 3600}) {
+        Shot shot;
+        for (int i = 0; i < 6; ++i) {
+            const std::string number = std::to_string(i);
+            shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", 36000 + 700 * i + 40 * (i % 3), 20));
+            const double start = 36000 + 700 * i + 40 * (i % 3) + hour - 5;
+            shot.audios.push_back(recordingAt("/S/T" + number + ".wav", start, 30));
+        }
+        shot.videos.push_back(clipAt("/CAM/A6.mov", 70000, 20));
+        if (hour == 0) shot.audios.push_back(recordingAt("/S/T6.wav", 80000, 30));
+        shot.diagnose();
+        std::vector<const MediaAsset*> withoutClip;
+        for (const MediaAsset& audio : shot.audios)
+            if (hour > 0 || &audio == &shot.audios.back()) withoutClip.push_back(&audio);
+        EXPECT_EQ(shot.count(Kind::constantOffset), hour == 0 ? 0 : 6);
+        const auto left = LeftOver::of(shot.groups, withoutClip, {}, shot.doubts);
+        EXPECT_EQ(left.isEmpty(), hour > 0) << left.text();
+    }
 }
 
 TEST(ClockDoubts, CountANightAsOneCard) {

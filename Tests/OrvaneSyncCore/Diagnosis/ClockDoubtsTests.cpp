@@ -300,27 +300,6 @@ TEST(ClockDoubts, DamagedFilesExplainWhatIsLeftOver) {
     }
 }
 
-TEST(ClockDoubts, RecordingsThatADoubtIsAboutAreNotLeftOver) {
-    for (const int hour : {0, 3600}) {
-        Shot shot;
-        for (int i = 0; i < 6; ++i) {
-            const std::string number = std::to_string(i);
-            shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", 36000 + 700 * i + 40 * (i % 3), 20));
-            const double start = 36000 + 700 * i + 40 * (i % 3) + hour - 5;
-            shot.audios.push_back(recordingAt("/S/T" + number + ".wav", start, 30));
-        }
-        shot.videos.push_back(clipAt("/CAM/A6.mov", 70000, 20));
-        if (hour == 0) shot.audios.push_back(recordingAt("/S/T6.wav", 80000, 30));
-        shot.diagnose();
-        std::vector<const MediaAsset*> withoutClip;
-        for (const MediaAsset& audio : shot.audios)
-            if (hour > 0 || &audio == &shot.audios.back()) withoutClip.push_back(&audio);
-        EXPECT_EQ(shot.count(Kind::constantOffset), hour == 0 ? 0 : 6);
-        const auto left = LeftOver::of(shot.groups, withoutClip, {}, shot.doubts);
-        EXPECT_EQ(left.isEmpty(), hour > 0) << left.text();
-    }
-}
-
 TEST(ClockDoubts, TellsOfADayWithoutAnyRecording) {
     for (const char* recorded : {"2024-05-17", "2024-05-18", ""}) {
         Shot shot;

@@ -332,6 +332,34 @@ TEST(HeardSound, CamerasThatCouldNotBeComparedAreCounted) {
     EXPECT_EQ(foldersOf(&heard), "/B 1 ");
 }
 
+TEST(HeardSound, CamerasThatAreFramesApartHaveClocksOfTheirOwn) {
+    // 5 and 6 frames. Only beside a camera that is right, the clock of the recorder is right.
+    for (const bool isOneRight : {true, false}) {
+        Shot shot;
+        for (int i = 0; i < 3; ++i) {
+            const double at = 36000 + 300 * i;
+            for (const char* camera : {"/A/A", "/B/B", "/C/C"})
+                shot.videos.push_back(clipAt(camera + std::to_string(i) + ".mov", at, 10));
+            shot.audios.push_back(recordingAt("/S/T" + std::to_string(i) + ".wav", at - 3, 20));
+        }
+        for (MediaAsset& video : shot.videos) video.channelCount = 2;
+        shot.diagnose();
+        std::unordered_map<UUID, HeardLag> lags;
+        for (const SyncGroup& group : shot.groups) {
+            const char camera = group.video.filename[0];
+            if (camera == 'A' && !isOneRight) continue;
+            lags[group.audioMatches.front().id] = {camera == 'A' ? 0.01 : camera == 'B' ? -0.205 : -0.245};
+        }
+        shot.doubts =
+            SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &lags});
+        std::set<double> offsets;
+        for (const auto& [id, own] : shot.doubts.byGroup)
+            if (own.back().suggestion) offsets.insert(std::round(own.back().suggestion->offsetSeconds * 100));
+        EXPECT_EQ(offsets, isOneRight ? (std::set<double>{-26, -22}) : std::set<double>{});
+        EXPECT_EQ(shot.count(Kind::constantOffset), isOneRight ? 6 : 9);
+    }
+}
+
 TEST(HeardSound, NumbersAreThoseOfTheFramesThatTheFixMoves) {
     for (const auto& [seconds, text] : std::vector<std::pair<double, const char*>>{
              {0.255, "0.24 s"}, {2, "2.0 s"}, {65, "1 min 05 s"}, {3600.28, "1 h 00 min 00 s (01:00:00:07)"}})

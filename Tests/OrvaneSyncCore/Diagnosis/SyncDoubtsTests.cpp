@@ -201,44 +201,6 @@ TEST(SyncDoubts, TakesOfTwoDaysUnderOneClipAreNoClockSetBack) {
     EXPECT_TRUE(shot.doubts.isEmpty());
 }
 
-/// A recorder that kept one date for two days, and a camera without dates: each of its clips has one
-/// recording, except for the third one.
-TEST(SyncDoubts, RecordingsOfOneDateThatOverlapAreOfTwoDays) {
-    struct Case {
-        const char* other; ///< beside the third clip, from the 8th second on
-        int doubted;       ///< clips before anything was heard
-    };
-    for (const Case& one : {Case{"/S/T0.wav", 6}, Case{"/S/T4.wav", 0}}) {
-        Shot shot;
-        for (int i = 0; i < 6; ++i) {
-            const double at = 3600 + 200 * i;
-            shot.videos.push_back(clipAt("/C/C" + std::to_string(i) + ".mov", at, 12));
-            shot.videos.back().channelCount = 1;
-            shot.audios.push_back(
-                recordingAt("/S/T" + std::to_string(i < 3 ? i + 1 : i + 2) + ".wav", at - 3, 20));
-        }
-        shot.audios.push_back(recordingAt(one.other, 3600 + 400 + 8, 25));
-        shot.date(shot.audios, "2024-05-17");
-        shot.diagnose();
-        FileNames names;
-        DoubtInput input{shot.groups, shot.audios, {}, TrimMode::noTrim, {}, names};
-        EXPECT_EQ(shot.count(Kind::otherDay), one.doubted);
-        if (one.doubted == 0) continue;
-        HeardClaims heard;
-        for (const SoundClaim& claim : SyncDoubts::claims(input)) {
-            const SyncGroup& group = *shot.groups.find(claim.clipID);
-            const bool isFirst = claim.recordingID == group.primaryAudio()->id;
-            heard[claim.key()] = {isFirst ? std::optional(claim.offsetSeconds) : std::nullopt, true};
-        }
-        input.heardClaims = &heard;
-        const SyncDoubts doubts = SyncDoubts::of(input);
-        ASSERT_EQ(doubts.byGroup.size(), 1U) << "the one with a second recording";
-        const auto& [clip, own] = *doubts.byGroup.begin();
-        ASSERT_TRUE(own.front().suggestion);
-        EXPECT_EQ(own.front().suggestion->recordingID, shot.groups.find(clip)->primaryAudio()->id);
-    }
-}
-
 TEST(SyncDoubts, FewClipsAreDoubtedByTheirHeadersOneByOne) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     struct Case {

@@ -93,7 +93,7 @@ struct WindowedBestSegment {
 // The length of the windows of every analysis.
 inline constexpr double smartAudioWindowSeconds = 0.25;
 
-/// The result for one recording. Kept in memory only; the editor's choices are stored in the SyncGroup.
+/// The result for one recording. Sessions hold only the editor's choices, in the SyncGroup.
 struct SmartAudioResult {
     std::vector<TrackAdjustment> tracks; ///< one for each analysed track, in track order
     std::optional<int> bestTrackIndex;   ///< absent without tracks

@@ -121,11 +121,6 @@ SyncPart SyncPart::of(const SyncGroup& group, double frameRate) {
     addReasons(part, secondsOut);
     part.updateAnchor = part.hasAnchor ? "Update Clap Point" : "Set Clap Point";
     part.lock = lockOf(group);
-    if (isMovedSinceLock(group)) {
-        const std::string frames = shownFramesText(*group.lockedAtManualOffset, part.frameRate);
-        const bool isOne = frames.ends_with("1") && frames.size() <= 2; // the text has a sign
-        part.lockedAt = "It was locked at " + frames + (isOne ? " frame." : " frames.");
-    }
     part.wholeFrames = wholeFramesSentence(part.offsetSeconds, part.frameRate);
     return part;
 }

@@ -37,7 +37,6 @@ struct SyncPart {
     std::string anchorHint;
     std::string updateAnchor; ///< the text of the button for the anchor
     std::string lock;         ///< the text of the button for the lock
-    std::string lockedAt;     ///< the offset at the time of the lock, if it has changed since; else empty
 
     /// `frameRate`: frames per second of the clip's times (TimelineController::timelineFrameRate).
     static SyncPart of(const SyncGroup& group, double frameRate);

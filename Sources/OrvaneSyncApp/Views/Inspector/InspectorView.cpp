@@ -91,6 +91,7 @@ InspectorView::InspectorView(Desktop& desktop, std::shared_ptr<ReviewViewModel> 
     policy.setRetainSizeWhenHidden(true); // the controls below it keep their places
     reason_->setSizePolicy(policy);
     connect(reason_, &QPushButton::clicked, this, [this] {
+        if (doubts_->isHidden()) return; // the line says everything
         doubts_->setFolded(false);
         settleLayouts(*content_);
         scroll_->ensureWidgetVisible(doubts_);

@@ -51,6 +51,7 @@ SyncSection::SyncSection(Desktop& desktop, std::shared_ptr<ReviewViewModel> revi
     : InspectorSection(desktop, QStringLiteral("sync"), tr("Sync")), review_(std::move(review)) {
     add(begins_ = label(QString()));
     reserveLines(*begins_, 2);
+    makeDecisions(); // first, so that they are in view on a low screen
     add(facts(tr("Sync Method")));
     add(method_ = new Choice);
     method_->setAccessibleName(tr("Sync Method"));
@@ -68,7 +69,6 @@ SyncSection::SyncSection(Desktop& desktop, std::shared_ptr<ReviewViewModel> revi
     reserveLines(*methodText_, 2);
     makeOffset();
     makeAnchor();
-    makeDecisions();
 }
 
 void SyncSection::makeOffset() {
@@ -145,8 +145,6 @@ void SyncSection::makeDecisions() {
         run("lockAllInCluster", std::move(arguments));
     });
     add(buttons);
-    add(lockedAt_ = facts({}));
-    reserveLines(*lockedAt_, 1);
 }
 
 void SyncSection::lookForCameras(const SyncGroup& clip) {
@@ -249,7 +247,6 @@ void SyncSection::show(const SyncGroup& clip) {
     anchorHint_->setText(translated(part.anchorHint));
     lock_->setText(translated(part.lock));
     lock_->setIcon(icon(part.isLocked ? Glyph::unlock : Glyph::lock));
-    lockedAt_->setText(translatedSentence(part.lockedAt));
 }
 
 SensorSection::SensorSection(Desktop& desktop)

@@ -33,7 +33,7 @@ class SyncSection : public InspectorSection {
     const std::shared_ptr<ReviewViewModel> review_;
     std::optional<SyncPart> shown_;
     design::Choice* method_;
-    QLabel *methodText_, *begins_, *anchor_, *anchorHint_, *lockedAt_, *wholeFrames_;
+    QLabel *methodText_, *begins_, *anchor_, *anchorHint_, *wholeFrames_;
     design::EntryField *frames_, *seconds_;
     QPushButton *goToAnchor_, *putOnFrame_, *clearAnchor_, *updateAnchor_, *searchAnchor_, *clapCheck_,
         *lock_, *lockAll_, *approve_;

@@ -196,16 +196,13 @@ class Painting {
         const TimelineChannel& channel = rows_.channels[static_cast<std::size_t>(row.index)];
         container(row);
         paintWaveform(row, channel.track, channelColour(row.index), channel.isActive);
-        const QRectF strip = rect(layout_.stripRect(row));
-        painter_.fillRect(
-            strip.intersected(QRectF(layout_.x(0), strip.top(), layout_.x(rows_.clipSeconds) - layout_.x(0),
-                                     strip.height())),
-            colours().raised);
+        const TimelineRect own = layout_.stripRect(row);
+        const QRectF strip = rect(own).intersected(ofClip(own.y, own.height));
+        painter_.fillRect(strip, colours().raised);
         // A drag above the strip moves the sound, so the strip must be known before the pointer is on it.
         const bool isEmpty = rows_.blocks.empty() && !scene_.draftSpan &&
                              std::ranges::count(rows_.ranges, channel.track, &BlockOverride::trackIndex) == 0;
-        if (isEmpty)
-            text(strip.intersected(visible()), QObject::tr("Drag here to choose this channel for a range"));
+        if (isEmpty) text(strip.intersected(visible()), QObject::tr("Drag here for a range"));
         paintTiles(row, channel.track);
         paintRanges(row, channel.track);
         if (rows_.anchorSeconds) {

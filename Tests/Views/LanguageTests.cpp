@@ -136,6 +136,13 @@ TEST(LanguageTest, KnowsTextsAndSentencesButNoNames) {
            u"Mikrofone sagen den angegebenen Tonversatz nur auf ein bis zwei Bilder genau: eine Klappe "
            u"prüfen.\n"
            u"Die Zweifel stehen über der Liste."},
+          {heardText({.matched = 3, .heard = 2, .notCompared = {{{"/A", 2, true}, {"/B", 3}, {"/C", 1}}}},
+                     DoubtsAfterListening::none),
+           u"Der Ton von 2 Clips, einigen je Karte, wurde verglichen.\n"
+           u"Nach dem Timecode ist nichts zweifelhaft.\n"
+           u"4 Clips in '/B', '/C' haben keinen Ton zum Vergleichen: von jeder Kamera eine Klappe prüfen.\n"
+           u"2 Clips in '/A' wurden nicht verglichen, da der Ton der Kamera zu kurz, von zu wenigen Clips "
+           u"oder den Aufnahmen unähnlich ist: von jeder Kamera eine Klappe prüfen."},
           {"left out as copies of camera files that are here: '/2/A.mov' and 3 more; the first one is a copy "
            "of '/1/A.mov'",
            u"als Kopien von vorhandenen Kameradateien weggelassen: „/2/A.mov“ und 3 weitere; die erste ist "

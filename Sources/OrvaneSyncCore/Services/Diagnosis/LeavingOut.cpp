@@ -93,7 +93,7 @@ LeavingOut::LeavingOut(const Shoot& shoot) : shoot_(shoot) {
 }
 
 std::optional<LeavingOut::Options> LeavingOut::of(const std::function<bool(const MediaAsset&)>& isLeftOut,
-                                                  bool byNumber) const {
+                                                  std::size_t mostByNumber) const {
     std::vector<std::string> left, kept;
     const auto take = [&](const MediaAsset& file) {
         (isLeftOut(file) ? left : kept).push_back(file.url.path);
@@ -192,13 +192,13 @@ std::optional<LeavingOut::Options> LeavingOut::of(const std::function<bool(const
                 });
             }))
             continue;
-        if (!byNumber) return std::nullopt;
+        if (mostByNumber == 0) return std::nullopt;
         options.globs.resize(before);
         std::vector<std::string> others;
         for (const std::string& file : kept)
             if (isMeant(file)) others.emplace_back(lastName(file));
         const auto ranges = numberRanges(names, others);
-        const bool areFew = !ranges.empty() && options.count() + ranges.size() <= mostOptions;
+        const bool areFew = !ranges.empty() && options.count() + ranges.size() <= mostByNumber;
         if (!areFew || !std::ranges::all_of(ranges, [&](const NumberRange& range) {
                 return propose(own + range.pattern, [&](const std::string& file) {
                     return isMeant(file) && std::ranges::binary_search(range.names, lastName(file));

@@ -43,11 +43,11 @@ class LeavingOut {
         std::size_t count() const { return globs.size() + folders.size(); }
         std::vector<CureOption> options() const;
     };
-    /// Absent if no options separate the files to leave out from the others. `byNumber`: files of one card
-    /// may also be separated by their numbers, those before a moment from those after it, if at most
-    /// `mostOptions` do that.
+    /// Absent if no options separate the files to leave out from the others. Files of one card
+    /// may also be separated by their numbers, those before a moment from those after it, if there are at
+    /// most `mostByNumber` options then.
     std::optional<Options> of(const std::function<bool(const MediaAsset&)>& isLeftOut,
-                              bool byNumber = false) const;
+                              std::size_t mostByNumber = 0) const;
 
   private:
     const Shoot& shoot_;

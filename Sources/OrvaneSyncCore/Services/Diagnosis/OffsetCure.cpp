@@ -50,7 +50,8 @@ std::optional<CureScan> OffsetCure::scanOfRecordings(const Card& card, bool isPa
         const auto isOther = [&](const MediaAsset& file) {
             return file.kind == AssetKind::audio && !own.contains(file.id);
         };
-        return scanWithout(own.empty() ? std::nullopt : LeavingOut(shoot_).of(isOther, true),
+        return scanWithout(own.empty() ? std::nullopt
+                                       : LeavingOut(shoot_).of(isOther, LeavingOut::mostOptions),
                            "these recordings");
     }
     return scanWithout(LeavingOut(shoot_).of([&](const MediaAsset& file) {
@@ -120,7 +121,7 @@ std::optional<CureScan> OffsetCure::scanOfClipsBetween(const Shoot::Clip& first,
         return file.kind == AssetKind::video ? !own.contains(file.id)
                                              : sound != nullptr && !isOn(*sound, shoot_, file);
     };
-    return scanWithout(LeavingOut(shoot_).of(isOther, true), "these clips");
+    return scanWithout(LeavingOut(shoot_).of(isOther, LeavingOut::mostOptions), "these clips");
 }
 
 } // namespace orvane

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Utilities/PathGlob.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <utility>
@@ -101,6 +102,7 @@ PathGlob::PathGlob(std::string_view pattern) {
     isForWholePath_ = pattern.find('/') != none;
     for (std::string_view name = takeName(pattern); !name.empty(); name = takeName(pattern))
         names_.emplace_back(name);
+    hasAnyFolders_ = std::ranges::find(names_, anyFolders) != names_.end();
 }
 
 bool PathGlob::matches(std::string_view path) const { return matches(path, false); }
@@ -113,6 +115,13 @@ bool PathGlob::matches(std::string_view path, bool orFolderAbove) const {
         for (std::string_view name = takeName(path); !name.empty(); name = takeName(path))
             if (matchesName(names_.front(), name)) return true;
         return false;
+    }
+    if (!hasAnyFolders_) {
+        for (const std::string& wanted : names_) {
+            const std::string_view name = takeName(path);
+            if (name.empty() || !matchesName(wanted, name)) return false;
+        }
+        return orFolderAbove || takeName(path).empty();
     }
     // reached[i]: the names so far are matched by the first i names of the pattern.
     std::vector<bool> reached(names_.size() + 1);

@@ -25,6 +25,7 @@ class PathGlob {
 
     std::vector<std::string> names_;
     bool isForWholePath_ = false;
+    bool hasAnyFolders_ = false; ///< has a `**`
 };
 
 } // namespace orvane

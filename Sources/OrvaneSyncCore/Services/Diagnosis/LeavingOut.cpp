@@ -5,14 +5,17 @@
 
 #include <algorithm>
 #include <iterator>
-#include <set>
+#include <map>
+#include <utility>
 
 namespace orvane {
 
 namespace {
 
+using Paths = std::vector<std::string_view>;
+
 /// Whether one of the paths, sorted by bytes, is in the folder. The folder ends with a slash.
-bool hasIn(const std::vector<std::string>& paths, std::string_view folder) {
+bool hasIn(const Paths& paths, std::string_view folder) {
     const auto first = std::ranges::lower_bound(paths, folder);
     return first != paths.end() && first->starts_with(folder);
 }
@@ -27,11 +30,13 @@ bool isDirectlyIn(std::string_view folder, std::string_view path) {
     return path.starts_with(folder) && path.find('/', folder.size()) == std::string_view::npos;
 }
 
-/// The longest common beginning of the names.
-std::string commonStem(const std::vector<std::string>& names, std::string_view ending) {
-    std::string stem = names.front().substr(0, names.front().size() - ending.size());
-    for (const std::string& name : names)
-        stem.resize(static_cast<std::size_t>(std::ranges::mismatch(stem, name).in1 - stem.begin()));
+/// The longest common beginning of the files' names, without their ending.
+std::string_view commonStem(const Paths& files, std::string_view ending) {
+    std::string_view stem = lastName(files.front());
+    stem.remove_suffix(ending.size());
+    for (const std::string_view file : files)
+        stem = stem.substr(
+            0, static_cast<std::size_t>(std::ranges::mismatch(stem, lastName(file)).in1 - stem.begin()));
     return stem;
 }
 
@@ -40,6 +45,24 @@ std::string shapeOf(std::string_view name) {
     std::string shape;
     for (const char c : name) shape += c >= '0' && c <= '9' ? "[0-9]" : escapedInPattern({&c, 1});
     return shape;
+}
+
+/// Names that differ only in their digits have one shape.
+std::map<std::string, Paths> byShape(const Paths& files) {
+    std::map<std::string, Paths> sameDigits; // by the names with zeros for all digits
+    std::string form;
+    for (const std::string_view file : files) {
+        form = lastName(file);
+        for (char& c : form)
+            if (c >= '0' && c <= '9') c = '0';
+        sameDigits[form].push_back(file);
+    }
+    std::map<std::string, Paths> shapes;
+    for (const auto& [name, alike] : sameDigits) {
+        Paths& all = shapes[shapeOf(name)];
+        all.insert(all.end(), alike.begin(), alike.end());
+    }
+    return shapes;
 }
 
 } // namespace
@@ -56,12 +79,12 @@ std::string escapedInPattern(std::string_view path) {
     return pattern;
 }
 
-bool PassedOver::leavesOut(const std::string& path) const {
+bool PassedOver::leavesOut(std::string_view path) const {
     bool isFound = false;
     for (const std::string& root : roots_) {
         if (!path.starts_with(root)) continue;
         isFound = true;
-        if (!glob_.matchesOrHolds(std::string_view(path).substr(root.size()))) return false;
+        if (!glob_.matchesOrHolds(path.substr(root.size()))) return false;
     }
     return isFound;
 }
@@ -79,130 +102,132 @@ LeavingOut::LeavingOut(const Shoot& shoot) : shoot_(shoot) {
     if (!roots_.empty()) return;
     // For work that no scan made: the folder that all its files have in common.
     std::string common;
-    const auto take = [&](const MediaAsset& file) {
-        const std::string& path = file.url.path;
+    for (const std::string_view folder : shoot.folders) {
         const std::size_t same =
             common.empty()
-                ? path.size()
-                : static_cast<std::size_t>(std::ranges::mismatch(common, path).in1 - common.begin());
-        common = path.substr(0, path.substr(0, same).rfind('/') + 1);
-    };
-    for (const Shoot::Clip& clip : shoot.clips) take(clip.group->video);
-    for (const MediaAsset& recording : shoot.input.recordings) take(recording);
+                ? folder.size()
+                : static_cast<std::size_t>(std::ranges::mismatch(common, folder).in1 - common.begin());
+        common = folder.substr(0, folder.substr(0, same).rfind('/') + 1);
+    }
     roots_.push_back(common);
 }
 
 std::optional<LeavingOut::Options> LeavingOut::of(const std::function<bool(const MediaAsset&)>& isLeftOut,
                                                   std::size_t mostByNumber) const {
-    std::vector<std::string> left, kept;
-    const auto take = [&](const MediaAsset& file) {
-        (isLeftOut(file) ? left : kept).push_back(file.url.path);
-    };
-    for (const Shoot::Clip& clip : shoot_.clips) take(clip.group->video);
-    for (const MediaAsset& recording : shoot_.input.recordings) take(recording);
-    std::ranges::sort(kept);
-    std::set<std::string> folders; // the highest folders that contain nothing else
-    std::set<std::pair<std::string, std::string>>
-        endings; // for other files: their folder, and the end of their name
-    for (const std::string& path : left) {
-        std::string_view folder = std::string_view(path).substr(0, path.rfind('/') + 1);
-        if (hasIn(kept, folder)) {
+    platform::throwIfStopped(shoot_.stop);
+    std::vector<const Shoot::File*> left;
+    Paths kept;
+    std::vector<bool> hasKept(shoot_.folders.size()); // directly in the folder
+    for (const Shoot::File& file : shoot_.files) {
+        if (isLeftOut(*file.asset)) {
+            left.push_back(&file);
+            continue;
+        }
+        kept.push_back(file.asset->url.path);
+        hasKept[file.folder] = true;
+    }
+    Paths keptFolders; // sorted by bytes
+    for (std::size_t i = 0; i < hasKept.size(); ++i)
+        if (hasKept[i]) keptFolders.push_back(shoot_.folders[i]);
+    std::vector<bool> holdsKept; // anywhere below the folder
+    for (const std::string_view folder : shoot_.folders) holdsKept.push_back(hasIn(keptFolders, folder));
+    std::map<std::string_view, Paths> whole; // by the highest folder that contains nothing else
+    std::map<std::pair<std::size_t, std::string_view>, Paths>
+        mixed; // in other folders: by the folder and the end of the name
+    std::vector<std::string_view> highest(shoot_.folders.size());
+    for (const Shoot::File* file : left) {
+        const std::string_view path = file->asset->url.path;
+        if (holdsKept[file->folder]) {
             const std::string_view name = lastName(path);
             const std::size_t point = name.rfind('.');
             if (point == std::string_view::npos) return std::nullopt;
-            endings.emplace(folder, name.substr(point));
+            mixed[{file->folder, name.substr(point)}].push_back(path);
             continue;
         }
-        while (std::ranges::find(roots_, folder) == roots_.end() && folder.size() > 1 &&
-               !hasIn(kept, parent(folder)))
-            folder = parent(folder);
-        folders.emplace(folder);
+        std::string_view& folder = highest[file->folder];
+        if (folder.empty()) {
+            folder = shoot_.folders[file->folder];
+            while (std::ranges::find(roots_, folder) == roots_.end() && folder.size() > 1 &&
+                   !hasIn(keptFolders, parent(folder)))
+                folder = parent(folder);
+        }
+        whole[folder].push_back(path);
     }
     Options options;
-    const auto propose = [&](const std::string& pattern, const auto& isMeant) {
+    const auto propose = [&](const std::string& pattern, const Paths& meant) {
         platform::throwIfStopped(shoot_.stop);
         const PassedOver trial(roots_, pattern);
-        const auto isPassedOver = [&](const std::string& path) { return trial.leavesOut(path); };
-        if (std::ranges::any_of(kept, isPassedOver)) return false;
-        if (!std::ranges::all_of(
-                left, [&](const std::string& path) { return !isMeant(path) || isPassedOver(path); }))
+        const auto isPassedOver = [&](std::string_view path) { return trial.leavesOut(path); };
+        if (const auto wrong = std::ranges::find_if(kept, isPassedOver); wrong != kept.end()) {
+            std::swap(*wrong, kept.front()); // it often refutes the next pattern as well
             return false;
+        }
+        if (!std::ranges::all_of(meant, isPassedOver)) return false;
         options.globs.push_back(pattern);
         return true;
     };
-    const auto below = [&](const std::string& folder) -> std::optional<std::string> {
+    const auto below = [&](std::string_view folder) -> std::optional<std::string> {
         for (const std::string& root : roots_)
-            if (folder.starts_with(root))
-                return escapedInPattern(std::string_view(folder).substr(root.size()));
+            if (folder.starts_with(root)) return escapedInPattern(folder.substr(root.size()));
         return std::nullopt;
     };
-    for (const std::string& folder : folders) {
+    for (const auto& [folder, files] : whole) {
         const auto holdsIt = [&](const std::string& root) { return folder.starts_with(root); };
         const bool isNamed = std::ranges::find(roots_, folder) != roots_.end();
         if (isNamed && folder.size() > 1 && std::ranges::count_if(roots_, holdsIt) == 1) {
-            options.folders.push_back(folder.substr(0, folder.size() - 1));
+            options.folders.emplace_back(folder.substr(0, folder.size() - 1));
             continue;
         }
         const auto path = below(folder);
         if (!path || path->empty()) return std::nullopt;
-        const std::string whole = path->substr(0, path->size() - 1);
-        const auto isIn = [&](const std::string& file) { return file.starts_with(folder); };
+        const std::string pattern = path->substr(0, path->size() - 1);
         // A pattern of a name alone works below every folder of the scan.
-        if (!propose(std::string(lastName(whole)), isIn) &&
-            !propose(whole.find('/') == std::string::npos ? "./" + whole : whole, isIn))
+        if (!propose(std::string(lastName(pattern)), files) &&
+            !propose(pattern.find('/') == std::string::npos ? "./" + pattern : pattern, files))
             return std::nullopt;
     }
-    for (const auto& [folder, ending] : endings) {
-        const auto path = below(folder);
+    for (const auto& [place, files] : mixed) {
+        const auto& [folder, ending] = place;
+        const auto path = below(shoot_.folders[folder]);
         if (!path) return std::nullopt;
         const std::string own = path->empty() ? "./" : *path;
-        std::vector<std::string> names;
-        for (const std::string& file : left)
-            if (isDirectlyIn(folder, file) && file.ends_with(ending)) names.emplace_back(lastName(file));
-        const auto isMeant = [&](const std::string& file) {
-            return isDirectlyIn(folder, file) && file.ends_with(ending);
+        if (propose(own + "*" + escapedInPattern(ending), files)) continue;
+        const auto proposeBeginning = [&](const Paths& alike) {
+            const std::string_view stem = commonStem(alike, ending);
+            return !stem.empty() &&
+                   propose(own + escapedInPattern(stem) + "*" + escapedInPattern(ending), alike);
         };
-        if (propose(own + "*" + escapedInPattern(ending), isMeant)) continue;
-        const std::string stem = commonStem(names, ending);
-        if (!stem.empty() && propose(own + escapedInPattern(stem) + "*" + escapedInPattern(ending), isMeant))
-            continue;
-        std::set<std::string> shapes;
-        for (const std::string& name : names) shapes.insert(shapeOf(name));
+        if (proposeBeginning(files)) continue;
         constexpr std::size_t most = 4;
         const std::size_t before = options.globs.size();
-        if (shapes.size() <= most && std::ranges::all_of(shapes, [&](const std::string& shape) {
-                const auto isOfShape = [&](const std::string& file) {
-                    return isMeant(file) && shapeOf(lastName(file)) == shape;
-                };
-                if (propose(own + shape, isOfShape)) return true;
-                std::vector<std::string> alike;
-                std::ranges::copy_if(names, std::back_inserter(alike),
-                                     [&](const std::string& name) { return shapeOf(name) == shape; });
-                const std::string begin = commonStem(alike, ending);
-                return !begin.empty() &&
-                       propose(own + escapedInPattern(begin) + "*" + escapedInPattern(ending), isOfShape);
+        const auto shapes = byShape(files);
+        if (shapes.size() <= most && std::ranges::all_of(shapes, [&](const auto& entry) {
+                const auto& [shape, alike] = entry;
+                return propose(own + shape, alike) || proposeBeginning(alike);
             }))
             continue;
         options.globs.resize(before);
         // Neighbours by number: a few are named, more are left out as those before or after the others.
         constexpr std::size_t mostNames = 4;
-        if (names.size() <= mostNames && std::ranges::all_of(names, [&](const std::string& name) {
-                return propose(own + escapedInPattern(name), [&](const std::string& file) {
-                    return isMeant(file) && lastName(file) == name;
-                });
+        if (files.size() <= mostNames && std::ranges::all_of(files, [&](std::string_view file) {
+                return propose(own + escapedInPattern(lastName(file)), {file});
             }))
             continue;
         if (mostByNumber == 0) return std::nullopt;
         options.globs.resize(before);
-        std::vector<std::string> others;
-        for (const std::string& file : kept)
-            if (isMeant(file)) others.emplace_back(lastName(file));
+        std::vector<std::string> names, others;
+        for (const std::string_view file : files) names.emplace_back(lastName(file));
+        for (const std::string_view file : kept)
+            if (isDirectlyIn(shoot_.folders[folder], file) && file.ends_with(ending))
+                others.emplace_back(lastName(file));
         const auto ranges = numberRanges(names, others);
         const bool areFew = !ranges.empty() && options.count() + ranges.size() <= mostByNumber;
         if (!areFew || !std::ranges::all_of(ranges, [&](const NumberRange& range) {
-                return propose(own + range.pattern, [&](const std::string& file) {
-                    return isMeant(file) && std::ranges::binary_search(range.names, lastName(file));
+                Paths meant;
+                std::ranges::copy_if(files, std::back_inserter(meant), [&](std::string_view file) {
+                    return std::ranges::binary_search(range.names, lastName(file));
                 });
+                return propose(own + range.pattern, meant);
             }))
             return std::nullopt;
     }

@@ -18,7 +18,7 @@ class PassedOver {
     /// `roots`: the named folders, with a slash at the end.
     PassedOver(const std::vector<std::string>& roots, const std::string& pattern)
         : roots_(roots), glob_(pattern) {}
-    bool leavesOut(const std::string& path) const;
+    bool leavesOut(std::string_view path) const;
 
   private:
     const std::vector<std::string>& roots_;

@@ -126,6 +126,24 @@ Shoot::Shoot(const DoubtInput& theInput, const std::stop_token& theStop) : input
             clip.atMidnight = soundAtMidnight(clip, dated, places);
         clips.push_back(clip);
     }
+    listFiles();
+}
+
+void Shoot::listFiles() {
+    files.reserve(clips.size() + input.recordings.size());
+    for (const Clip& clip : clips) files.push_back({&clip.group->video, 0});
+    for (const MediaAsset& recording : input.recordings) files.push_back({&recording, 0});
+    const auto folderWithSlash = [](const File& file) {
+        const std::string& path = file.asset->url.path;
+        return std::string_view(path).substr(0, path.rfind('/') + 1);
+    };
+    std::map<std::string_view, std::size_t> numbers;
+    for (const File& file : files) numbers.try_emplace(folderWithSlash(file));
+    for (auto& [folder, number] : numbers) {
+        number = folders.size();
+        folders.push_back(folder);
+    }
+    for (File& file : files) file.folder = numbers.at(folderWithSlash(file));
 }
 
 std::vector<bool> Shoot::usedWholes() const {

@@ -55,7 +55,18 @@ struct Shoot {
     /// By the first file of each whole recording: whether a clip has a part of it.
     std::vector<bool> usedWholes() const;
 
+    struct File {
+        const MediaAsset* asset;
+        std::size_t folder; ///< index in `folders`
+    };
+    std::vector<File> files;               ///< the clips', then the recordings
+    std::vector<std::string_view> folders; ///< that have files directly in them; sorted by bytes, with a
+                                           ///< slash at the end
+
     std::string nameOf(const MediaAsset& asset) const { return "'" + input.names.of(asset) + "'"; }
+
+  private:
+    void listFiles();
 };
 
 /// The longest overlap that one channel of the take has with the clip, all parts of the channel together.

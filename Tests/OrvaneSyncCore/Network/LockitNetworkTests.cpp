@@ -1,6 +1,7 @@
 #include "LockitServer/LockitServer.h"
 #include "OrvaneSyncCore/Services/Network/LockitMatches.h"
 #include "OrvaneSyncCore/Services/Network/LockitNetworkClient.h"
+#include "Platform/Stop.h"
 #include "Support/Assets.h"
 #include "Support/Test.h"
 #include "Support/VirtualMainThread.h"
@@ -61,6 +62,11 @@ TEST(LockitRecords, aFieldOfAnotherKindSpoilsTheWholeAnswer) {
           R"({"matches":{"a":{"take":{"isPickup":1}}}})", R"({"unmatched":[{"preformatted":{"tags":[1]}}]})",
           R"({"matches":{"a":{"scene":{"sets":{}}}}})", R"({"matches":{"a":{"scene":"12A"}}})"})
         EXPECT_EQ(matches(body), "undecodable") << body;
+
+    std::stop_source stopped;
+    stopped.request_stop();
+    for (const char* body : {R"({"matches":{"a.mov":null}})", R"({"unmatched":[{}]})"})
+        EXPECT_THROW(decodedMatches(body, 1, stopped.get_token()), platform::Stopped) << body;
 }
 
 TEST(LockitMatches, takesFieldsFromTheFirstPlaceThatHasThem) {

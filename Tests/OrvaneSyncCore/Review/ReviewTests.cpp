@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Review/AlternateAudio.h"
 #include "OrvaneSyncCore/Services/Review/ReviewTable.h"
 #include "OrvaneSyncCore/Services/Review/SiblingSuggestion.h"
+#include "Platform/Stop.h"
 #include "Support/Assets.h"
 #include "Support/Test.h"
 
@@ -135,6 +136,9 @@ TEST(ReviewTable, isReadBackFromEverySpreadsheet) {
     }
     for (const char* none : {"", "clip\tname\n", "a.mov\tx\n"})
         EXPECT_THROW(readReviewTable(none), ReviewTableError) << none;
+    std::stop_source stopped;
+    stopped.request_stop();
+    EXPECT_THROW(readReviewTable("camera_file\na.mov", stopped.get_token()), platform::Stopped);
 }
 
 TEST(ReviewTable, readsNumbersAndMarksInOtherForms) {

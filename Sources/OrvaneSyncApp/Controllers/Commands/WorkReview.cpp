@@ -533,8 +533,7 @@ std::vector<ReviewLine> readReviewFile(const std::string& path, const std::stop_
         constexpr std::uint64_t mostBytes = std::uint64_t{1} << 30U;
         const std::string text =
             ALEParser::decodeText(platform::files::readText(path, mostBytes, stop), stop);
-        platform::throwIfStopped(stop);
-        return readReviewTable(text);
+        return readReviewTable(text, stop);
     } catch (const ReviewTableError& error) {
         throw ReviewTableError(where + error.what());
     } catch (const ALEParserError& error) {

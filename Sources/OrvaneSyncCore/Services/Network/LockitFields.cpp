@@ -66,12 +66,12 @@ LockitFields lockitFields(const LockitClip& clip) {
     return fields;
 }
 
-ClipMatchResponse decodedMatches(std::string_view body, std::size_t names) {
+ClipMatchResponse decodedMatches(std::string_view body, std::size_t names, const std::stop_token& stop) {
     std::unordered_map<std::string, LockitFields> matches;
     const auto add = [&](std::string_view filename, const LockitClip& clip) {
         matches.insert_or_assign(std::string(filename), lockitFields(clip));
     };
-    if (!decodeMatches(body, names, add)) return {};
+    if (!decodeMatches(body, names, add, stop)) return {};
     return {std::move(matches)};
 }
 

@@ -28,6 +28,6 @@ struct ClipMatchResponse {
 };
 
 /// Errors are those of `decodeMatches`.
-ClipMatchResponse decodedMatches(std::string_view body, std::size_t names);
+ClipMatchResponse decodedMatches(std::string_view body, std::size_t names, const std::stop_token& stop = {});
 
 } // namespace orvane

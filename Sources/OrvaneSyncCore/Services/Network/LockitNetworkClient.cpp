@@ -92,22 +92,23 @@ platform::Task LockitNetworkClient::request(std::shared_ptr<const Connection> co
     if (steps.received) steps.received(most);
     auto reading = platform::onQueue(
         *connection->decoding, with.mainThread,
-        [decode = std::move(decode), answer = std::move(answer)](const std::stop_token&) mutable {
+        [decode = std::move(decode), answer = std::move(answer)](const std::stop_token& stop) mutable {
             const std::string text = std::exchange(answer, {});
-            understand([&] { decode(text); });
+            understand([&] { decode(text, stop); });
         });
     co_await reading;
 }
 
 platform::Task LockitNetworkClient::currentUser(std::shared_ptr<LockitUser> user) const {
-    return request(connection_, "/user", nullptr, [user = std::move(user)](const std::string& body) {
-        *user = decodedAnswer<LockitUser>(body);
-    });
+    return request(connection_, "/user", nullptr,
+                   [user = std::move(user)](const std::string& body, const std::stop_token&) {
+                       *user = decodedAnswer<LockitUser>(body);
+                   });
 }
 
 platform::Task LockitNetworkClient::listProjects(std::shared_ptr<std::vector<LockitProject>> projects) const {
     return request(connection_, "/projects", nullptr,
-                   [projects = std::move(projects)](const std::string& body) {
+                   [projects = std::move(projects)](const std::string& body, const std::stop_token&) {
                        *projects = decodedList<LockitProject>(body);
                    });
 }
@@ -115,9 +116,10 @@ platform::Task LockitNetworkClient::listProjects(std::shared_ptr<std::vector<Loc
 platform::Task
 LockitNetworkClient::listShootingDays(const std::string& projectID,
                                       std::shared_ptr<std::vector<LockitShootingDay>> days) const {
-    return request(
-        connection_, "/projects/" + projectID + "/projectdays", nullptr,
-        [days = std::move(days)](const std::string& body) { *days = decodedList<LockitShootingDay>(body); });
+    return request(connection_, "/projects/" + projectID + "/projectdays", nullptr,
+                   [days = std::move(days)](const std::string& body, const std::stop_token&) {
+                       *days = decodedList<LockitShootingDay>(body);
+                   });
 }
 
 platform::Task LockitNetworkClient::matchClips(const std::string& projectID, const std::string& shootingDayID,
@@ -127,8 +129,8 @@ platform::Task LockitNetworkClient::matchClips(const std::string& projectID, con
     return request(
         connection_, "/projects/" + projectID + "/projectdays/" + shootingDayID + "/matchClips",
         [names] { return names->body; },
-        [names, response = std::move(response)](const std::string& body) {
-            *response = decodedMatches(body, names->filenames.size());
+        [names, response = std::move(response)](const std::string& body, const std::stop_token& stop) {
+            *response = decodedMatches(body, names->filenames.size(), stop);
         },
         std::move(steps));
 }

@@ -69,7 +69,7 @@ class LockitNetworkClient {
     struct Connection;
     /// Called on the queue.
     using Body = std::function<std::string()>;
-    using Decode = std::function<void(const std::string& body)>;
+    using Decode = std::function<void(const std::string& body, const std::stop_token& stop)>;
     static platform::Task request(std::shared_ptr<const Connection> connection, std::string path, Body body,
                                   Decode decode, Steps steps = Steps());
 

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Models/JSONFields.h"
 #include "Platform/JSONView.h"
+#include "Platform/Stop.h"
 
 #include <algorithm>
 #include <tuple>
@@ -184,14 +185,18 @@ void understand(const std::function<void()>& decode) {
 
 /// Most of the answer is names with the value null.
 bool decodeMatches(std::string_view body, std::size_t names,
-                   const std::function<void(std::string_view filename, const LockitClip& clip)>& match) {
+                   const std::function<void(std::string_view filename, const LockitClip& clip)>& match,
+                   const std::stop_token& stop) {
     platform::JSONParser parser;
     const platform::JSONMembers members(parser.parse(body));
     if (!members.isObject()) throw DecodingError("expected an object");
     if (const auto unmatched = members.find("unmatched"); unmatched && !unmatched->isNull()) {
         const auto clips = unmatched->elements();
         if (!clips) throw DecodingError("unmatched: expected a list");
-        for (const auto& clip : *clips) static_cast<void>(named<LockitClip>(clip, "unmatched"));
+        for (const auto& clip : *clips) {
+            platform::throwIfStopped(stop);
+            static_cast<void>(named<LockitClip>(clip, "unmatched"));
+        }
     }
     const auto matches = members.find("matches");
     if (!matches || matches->isNull()) return false;
@@ -200,8 +205,10 @@ bool decodeMatches(std::string_view body, std::size_t names,
     const auto isMatch = [](const auto& member) { return !member.second.isNull(); };
     if (std::cmp_greater(std::ranges::count_if(clips.all(), isMatch), names))
         throw DecodingError("matches: more clips than were asked for");
-    for (const auto& [filename, clip] : clips.all())
+    for (const auto& [filename, clip] : clips.all()) {
+        platform::throwIfStopped(stop);
         if (!clip.isNull()) match(filename, named<LockitClip>(clip, "matches"));
+    }
     return true;
 }
 

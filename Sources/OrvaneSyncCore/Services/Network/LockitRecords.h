@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -131,7 +132,8 @@ std::vector<LockitShootingDay> decodedList<LockitShootingDay>(std::string_view b
 /// is matched at most once: an answer with more matches is rejected before the first call. The day's clips
 /// without a match are checked but not used. Returns false if there is no list of matches.
 bool decodeMatches(std::string_view body, std::size_t names,
-                   const std::function<void(std::string_view filename, const LockitClip& clip)>& match);
+                   const std::function<void(std::string_view filename, const LockitClip& clip)>& match,
+                   const std::stop_token& stop);
 
 JSON toJSON(const LockitProject& project);
 /// Also has the label.

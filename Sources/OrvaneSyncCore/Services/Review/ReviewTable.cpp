@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Services/Ingest/ReportRecords.h"
 #include "OrvaneSyncCore/Services/Persistence/OutputMarks.h"
+#include "Platform/Stop.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -177,7 +178,7 @@ std::string writtenReviewTable(const std::vector<ReviewLine>& lines) {
     return table;
 }
 
-std::vector<ReviewLine> readReviewTable(std::string_view content) {
+std::vector<ReviewLine> readReviewTable(std::string_view content, const std::stop_token& stop) {
     const auto found = delimiterOf(content);
     if (!found) throw ReviewTableError("it is no review table: its first line names no column 'camera_file'");
     const char delimiter = *found;
@@ -185,6 +186,7 @@ std::vector<ReviewLine> readReviewTable(std::string_view content) {
     const auto columns = columnsOf(cellsOf(*records.next(), delimiter));
     std::vector<ReviewLine> lines;
     for (std::size_t number = 2; const auto record = records.next(); ++number) {
+        platform::throwIfStopped(stop);
         if (text::trimmed(*record).empty()) continue;
         ReviewLine line{.number = number};
         std::vector<std::string> cells = cellsOf(*record, delimiter);

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <stdexcept>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -56,7 +57,7 @@ std::string writtenReviewTable(const std::vector<ReviewLine>& lines);
 /// Reads a table that a spreadsheet saved: columns in any order, columns missing or added, cells quoted,
 /// separated by tabs, commas or semicolons. `text`: UTF-8 without a byte order mark. Ignores empty lines.
 /// Throws ReviewTableError if the first line has no column `camera_file`.
-std::vector<ReviewLine> readReviewTable(std::string_view text);
+std::vector<ReviewLine> readReviewTable(std::string_view text, const std::stop_token& stop = {});
 
 /// The number in a cell, in any of the usual notations: "-3", "1.0", "1,5" or with the minus sign U+2212.
 /// Absent for "1,000", which may be one or a thousand.

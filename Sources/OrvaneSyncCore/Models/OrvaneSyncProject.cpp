@@ -2,6 +2,8 @@
 
 #include "OrvaneSyncCore/Models/StoredForms.h"
 #include "OrvaneSyncCore/Models/SyncGroupFields.h"
+#include "Platform/JSONView.h"
+#include "Platform/Stop.h"
 
 #include <optional>
 #include <string_view>
@@ -66,6 +68,8 @@ struct JSONFields<PersistedGroup> {
                                      JSONField{"syncOffsetSeconds", &PersistedGroup::syncOffsetSeconds}};
 };
 
+static constexpr const char* groupsKey = "groups";
+
 template <>
 struct JSONFields<OrvaneSyncProject> {
     using Project = OrvaneSyncProject;
@@ -77,7 +81,7 @@ struct JSONFields<OrvaneSyncProject> {
         fieldAs<OwnKeysForm>("", &Project::scanScope),
         fieldAs<OwnKeysForm>("", &Project::sourceCorrections),
         fieldAs<PathForm>("aleFilePath", &Project::aleFilePath),
-        JSONField{"groups", &Project::groups},
+        JSONField{groupsKey, &Project::groups},
         fieldAs<BytesForm>("videoFolderBookmark", &Project::videoFolderBookmark),
         fieldAs<BytesForm>("audioFolderBookmark", &Project::audioFolderBookmark)};
 };
@@ -123,6 +127,26 @@ JSON toJSON(const OrvaneSyncProject& project) { return fieldsToJSON(project); }
 template <>
 OrvaneSyncProject fromJSON<OrvaneSyncProject>(const JSON& json) {
     return filledFromJSON(json, OrvaneSyncProject());
+}
+
+OrvaneSyncProject projectFromJSON(const platform::JSONView& view, const std::stop_token& stop) {
+    const platform::JSONMembers members(view);
+    if (!members.isObject()) return fromJSON<OrvaneSyncProject>(view.value());
+    JSON others = JSON::object();
+    std::optional<std::vector<platform::JSONView>> groups;
+    for (const auto& [key, value] : members.all()) {
+        const bool areGroups = key == groupsKey;
+        if (areGroups) groups = value.elements();
+        others.set(key, areGroups && groups ? JSON(JSON::Array()) : value.value());
+    }
+    auto project = fromJSON<OrvaneSyncProject>(others);
+    if (!groups) return project;
+    project.groups.reserve(groups->size());
+    for (const platform::JSONView& group : *groups) {
+        platform::throwIfStopped(stop);
+        project.groups.push_back(decodedMember<PersistedGroup>(group.value(), groupsKey));
+    }
+    return project;
 }
 
 } // namespace orvane

@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Models/SyncGroup.h"
 
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -50,6 +51,8 @@ template <>
 PersistedGroup fromJSON<PersistedGroup>(const JSON& json);
 template <>
 OrvaneSyncProject fromJSON<OrvaneSyncProject>(const JSON& json);
+/// The same, checking the stop at each clip.
+OrvaneSyncProject projectFromJSON(const platform::JSONView& view, const std::stop_token& stop);
 
 /// Bytes that a record stores as base64 text.
 std::optional<std::string> optionalBytes(const JSON& object, std::string_view key);

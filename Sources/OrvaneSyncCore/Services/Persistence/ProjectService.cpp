@@ -1,7 +1,7 @@
 #include "OrvaneSyncCore/Services/Persistence/ProjectService.h"
 
 #include "Platform/Files.h"
-#include "Platform/Stop.h"
+#include "Platform/JSONView.h"
 
 #include <unordered_map>
 #include <utility>
@@ -41,15 +41,15 @@ std::string ProjectService::encoded(const OrvaneSyncProject& project) {
 
 OrvaneSyncProject ProjectService::decoded(std::string_view text, const std::stop_token& stop) {
     try {
-        const JSON json = JSON::parse(text);
-        platform::throwIfStopped(stop);
+        platform::JSONParser parser;
+        const platform::JSONView json = parser.parse(text);
         // The version is checked first: a file of another version may have other keys, and its number
         // explains more.
-        const JSON* version = json.find("version");
-        const auto number = version != nullptr ? version->integer() : std::nullopt;
+        const auto version = json.find("version");
+        const auto number = version ? version->integer() : std::nullopt;
         if (number && *number != OrvaneSyncProject::currentVersion)
             throw ProjectError::unsupportedVersion(*number);
-        return fromJSON<OrvaneSyncProject>(json);
+        return projectFromJSON(json, stop);
     } catch (const platform::JSONError& error) {
         throw ProjectError::invalidFile(error.what());
     } catch (const DecodingError& error) {

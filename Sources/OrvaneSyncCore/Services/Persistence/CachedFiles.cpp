@@ -13,6 +13,19 @@ namespace orvane {
 
 namespace files = platform::files;
 
+std::uint64_t removeOldest(std::vector<CacheEntry> entries, std::uint64_t total, std::uint64_t most) {
+    std::ranges::sort(entries, {}, &CacheEntry::time);
+    for (const CacheEntry& entry : entries) {
+        if (total <= most) break;
+        try {
+            files::removeTree(entry.path);
+            total -= entry.bytes;
+        } catch (const platform::FileError&) { // the others are removed all the same
+        }
+    }
+    return total;
+}
+
 CachedFiles::CachedFiles(std::string folder, std::string suffix, std::uint64_t mostBytes)
     : folder_(std::move(folder)), suffix_(std::move(suffix)), mostBytes_(mostBytes) {}
 
@@ -49,30 +62,17 @@ void CachedFiles::makeRoom(std::uint64_t added) {
         *bytes_ += added;
         return;
     }
-    struct File {
-        double written = 0;
-        std::uint64_t size = 0;
-        std::string path;
-    };
-    std::vector<File> kept;
+    std::vector<CacheEntry> entries;
     std::uint64_t total = 0;
     for (const std::string& child : files::childNames(folder_).value_or(std::vector<std::string>())) {
         const std::string file = folder_ + "/" + child;
         const auto attributes = child.ends_with(suffix_) ? files::attributes(file) : std::nullopt;
         if (!attributes) continue;
-        kept.push_back(
+        entries.push_back(
             {attributes->modificationSinceReference, static_cast<std::uint64_t>(attributes->size), file});
-        total += kept.back().size;
+        total += entries.back().bytes;
     }
-    if (total > mostBytes_) {
-        std::ranges::sort(kept, {}, &File::written);
-        for (const File& file : kept) {
-            if (total <= mostBytes_ / 4 * 3) break;
-            files::remove(file.path);
-            total -= file.size;
-        }
-    }
-    bytes_ = total;
+    bytes_ = total > mostBytes_ ? removeOldest(std::move(entries), total, mostBytes_ / 4 * 3) : total;
 }
 
 } // namespace orvane

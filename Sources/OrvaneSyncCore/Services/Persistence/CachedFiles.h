@@ -5,8 +5,19 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orvane {
+
+/// A file or a folder of a cache. What is older is needed less: a time of writing, or of last use.
+struct CacheEntry {
+    double time = 0;
+    std::uint64_t bytes = 0;
+    std::string path;
+};
+/// Removes the oldest entries until no more than `most` of `total` bytes are left. Entries that cannot be
+/// removed stay. Returns how many bytes are left.
+std::uint64_t removeOldest(std::vector<CacheEntry> entries, std::uint64_t total, std::uint64_t most);
 
 /// The files of a cache in one folder: one for each key, and together not above a limit. If a file cannot be
 /// read or written, the cache does without it. Any thread that may wait.

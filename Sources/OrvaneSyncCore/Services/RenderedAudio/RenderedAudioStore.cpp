@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Persistence/AppStorageHelper.h"
+#include "OrvaneSyncCore/Services/Persistence/CachedFiles.h"
 #include "OrvaneSyncCore/Services/Persistence/OutputMarks.h"
 #include "Platform/AudioFile.h"
 #include "Platform/FileUse.h"
@@ -111,12 +112,7 @@ std::uint64_t RenderedAudioStore::limitBytes() const {
 }
 
 void RenderedAudioStore::makeRoom(const std::string& used) const {
-    struct Entry {
-        double lastUsed = 0;
-        std::uint64_t bytes = 0;
-        std::string path;
-    };
-    std::vector<Entry> entries;
+    std::vector<CacheEntry> entries;
     std::uint64_t total = 0;
     for (const Folder folder : renderedFolders) {
         const std::string path = cachesDirectory_ + "/" + std::string(nameOf(folder));
@@ -129,17 +125,7 @@ void RenderedAudioStore::makeRoom(const std::string& used) const {
             if (entry != used) entries.push_back({files::lastUsed(entry), bytes, std::move(entry)});
         }
     }
-    const std::uint64_t limit = limitBytes();
-    std::ranges::sort(entries, {}, &Entry::lastUsed);
-    for (const Entry& entry : entries) {
-        if (total <= limit) break;
-        try {
-            files::removeTree(entry.path);
-            total -= entry.bytes;
-        } catch (const platform::FileError&) { // if one cannot be removed, the others are removed all the
-                                               // same
-        }
-    }
+    removeOldest(std::move(entries), total, limitBytes());
 }
 
 CacheReport cacheReport(const platform::SettingsStore& settings) {

@@ -91,22 +91,29 @@ AssetClip rawAudioAssetClip(const MediaAsset& audio, const std::unordered_map<UU
 
 void addRawMedia(ExportRun& run) {
     const auto reusable = rawMediaReusableAudioAssetIDs(run.groups, run.audioAssetIDsByGroup);
+    std::unordered_set<UUID> seen;
+    std::vector<const MediaAsset*> sounds; // each once
+    const auto addOnce = [&](const MediaAsset& audio) {
+        if (seen.insert(audio.id).second) sounds.push_back(&audio);
+    };
+    for (const SyncGroup& group : run.groups) {
+        platform::throwIfStopped(run.stop);
+        for (const std::size_t match : writtenMatches(group, run.settings))
+            addOnce(group.audioMatches[match].audio);
+    }
+    for (const WildTrack& track : run.wildTracks) addOnce(track.audio);
+
+    // The last growth of this list would move all its items in one step, in which no stop is checked.
+    run.rawItems.reserve(run.groups.size() + sounds.size());
     for (const SyncGroup& group : run.groups) {
         platform::throwIfStopped(run.stop);
         run.rawItems.emplace_back(
             rawVideoAssetClip(group, run.videoAssetIDByGroup, run.resources, run.settings));
     }
-
-    std::unordered_set<UUID> seen;
-    const auto addOnce = [&](const MediaAsset& audio) {
+    for (const MediaAsset* sound : sounds) {
         platform::throwIfStopped(run.stop);
-        if (seen.insert(audio.id).second)
-            run.rawItems.emplace_back(rawAudioAssetClip(audio, reusable, run.resources, run.settings));
-    };
-    for (const SyncGroup& group : run.groups)
-        for (const std::size_t match : writtenMatches(group, run.settings))
-            addOnce(group.audioMatches[match].audio);
-    for (const WildTrack& track : run.wildTracks) addOnce(track.audio);
+        run.rawItems.emplace_back(rawAudioAssetClip(*sound, reusable, run.resources, run.settings));
+    }
     run.result.sourceMediaCount = static_cast<int>(run.rawItems.size());
 }
 

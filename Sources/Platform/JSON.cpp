@@ -94,10 +94,9 @@ bool JSON::operator==(const JSON& other) const {
                                   [](const auto* a, const auto* b) { return *a == *b; });
     }
     if (value_.index() == other.value_.index()) return value_ == other.value_;
-    const auto a = number(), b = other.number();
-    if (!a || !b || *a != *b) return false;
-    // Equal as doubles; integers beyond 2^53 may still differ.
-    return integer() == other.integer() && unsignedInteger() == other.unsignedInteger();
+    // Numbers of two kinds, of which one is an integer. Integers beyond 2^53 may be equal as doubles only.
+    return number() && other.number() && integer() == other.integer() &&
+           unsignedInteger() == other.unsignedInteger();
 }
 
 } // namespace orvane::platform

@@ -29,12 +29,9 @@ bool isMark(std::string_view text) {
 
 bool isOwnWave(RandomAccessFile& file) {
     constexpr std::size_t originatorAt = 256, originatorBytes = 32;
-    constexpr std::array forms{"RIFF"sv, "RF64"sv};
-    const ByteCursor form = file.peek(0, platform::WaveChunks::formBytes);
-    if (form.size() < platform::WaveChunks::formBytes || form.text().substr(8) != "WAVE" ||
-        std::ranges::find(forms, form.text().substr(0, 4)) == forms.end())
-        return false;
-    platform::WaveChunks chunks(file);
+    using platform::WaveChunks;
+    if (WaveChunks::formOf(file) != WaveChunks::Form::wave) return false;
+    WaveChunks chunks(file);
     while (const auto chunk = chunks.next())
         if (chunk->is("bext"))
             return chunk->size >= originatorAt + originatorBytes &&

@@ -113,6 +113,9 @@ TEST_F(ModelStorageTest, aFailureLeavesNothingAndIsReported) {
     client_->length = 0;
     client_->body = *base64::decoded(leavingPackage);
     EXPECT_EQ(download(), Kind::writeFailed);
+    client_->body = *base64::decoded(package);
+    client_->body[client_->body.find("PK\x01\x02") + 8] = 1;
+    EXPECT_EQ(download(), Kind::writeFailed) << "an encrypted entry";
     client_->body = base64::decoded(package)->substr(0, 120) + std::string(200, 'x');
     EXPECT_EQ(download(), Kind::writeFailed) << "a damaged archive";
     std::stop_source stop;

@@ -148,7 +148,10 @@ TEST_F(Persistence, foldersAreMadeAndFailuresIgnored) {
 }
 
 TEST_F(Persistence, theAccountsSettings) {
+    std::filesystem::create_directories(home.path("data/Orvane Tandrel"));
     EXPECT_FALSE(openStandardSettings()->problem().has_value());
+    EXPECT_EQ(std::filesystem::status(home.path("data/Orvane Tandrel")).permissions(),
+              std::filesystem::perms::owner_all);
     EXPECT_TRUE(openStandardSettings()->get(settings::offspeedAutoKeyword));
     openStandardSettings()->set("offspeed.autoKeyword", false);
     EXPECT_FALSE(openStandardSettings()->get(settings::offspeedAutoKeyword));

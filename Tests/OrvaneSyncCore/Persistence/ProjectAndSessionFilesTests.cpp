@@ -227,6 +227,7 @@ TEST(SessionFiles, recordsComeBackAndSayWhatIsMissing) {
     for (int kind = 0; kind < 3; ++kind) {
         const JSON json = JSON::parse(texts[kind]);
         EXPECT_TRUE(rewritten(kind, json) == json) << texts[kind];
+        EXPECT_THROW(rewritten(kind, JSON::array()), DecodingError);
         for (const auto& [key, value] : *json.members()) {
             JSON without = json;
             without.remove(key);
@@ -241,6 +242,19 @@ TEST(SessionFiles, recordsComeBackAndSayWhatIsMissing) {
             EXPECT_THROW(rewritten(kind, wrong), DecodingError) << key;
         }
     }
+}
+
+TEST(SessionFiles, aRemovalThatWasInterruptedEndsWithTheNext) {
+    const test::TemporaryDirectory folder;
+    const SessionStore store(folder.path());
+    const UUID id = UUID::random();
+    const std::string interrupted = "." + UUID::random().text() + ".deleted", foreign = ".notes.deleted";
+    for (const std::string& name : {interrupted, foreign, id.text() + ".orvanesync"})
+        folder.write(name + "/groups.json", "[]");
+    store.remove(id);
+    EXPECT_EQ(platform::files::childNames(folder.path()), std::vector{foreign});
+    folder.write("folders.json", R"([{"name":"b"},{"name":"a"}])");
+    EXPECT_EQ(store.readFolderInfos().record.value().front().name, "a");
 }
 
 TEST(ScanScopes, areStoredInProjectsAndSessionsOnlyWhereChosen) {

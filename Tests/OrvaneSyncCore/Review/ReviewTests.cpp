@@ -127,6 +127,7 @@ TEST(ReviewTable, isReadBackFromEverySpreadsheet) {
          "camera_file\tname\na.mov\t1; 2; 3; 4\nb.mov\t;;;\n",
          {"1; 2; 3; 4", ";;;"}},
         {"a line end in a cell", "camera_file,name\na.mov,\"two\nlines\"\n", {"two\nlines"}},
+        {"the delimiter in a cell", "name,camera_file\n\"one, two\",a.mov\n", {"one, two"}},
     };
     for (const Case& one : cases) {
         std::vector<std::string> names;
@@ -178,13 +179,21 @@ TEST(ReviewTable, reportsWhatANewTableWouldLose) {
         {"one that was taken over", "ambiguous\t2\t0\t\t\t", "manual\t1\t0\t\t\t\t1: B.WAV; 2: A.WAV", false},
         {"a file of the scan", "unmatched\tSND/B.WAV\t0\t\t\t", "unmatched\t\t0\t\t\t", true},
         {"one that is attached", "unmatched\tSND/B.WAV\t0\t\t\t", "manual\t1\t0\t\t\t\t1: B.WAV", false},
+        {"one with more of its folders", "unmatched\tB.WAV\t0\t\t\t", "manual\t1\t0\t\t\t\t1: SND/B.WAV",
+         false},
         {"an offset", "matched\t1\t-3\t\t\t", matched, true},
         {"a name, taken over", "matched\t1\t0\tX\tX\t", "matched\t1\t0\tX\tx\t", false},
+        {"a number as a name", "matched\t1\t0\t0\t\t", matched, true},
     };
     for (const auto& one : cases)
         EXPECT_EQ(firstLostDecision(lines(one.old), lines(one.fresh)) != nullptr, one.isLost) << one.what;
     EXPECT_FALSE(firstLostDecision(lines(matched), {})) << "a clip that is gone";
     EXPECT_TRUE(firstLostDecision(lines("matched\t1\t0\t\tx\t"), {}));
+    const auto locked = [](const std::string& cell) {
+        return readReviewTable("camera_file\tlock\na.mov\t" + cell);
+    };
+    EXPECT_FALSE(firstLostDecision(locked("yes"), locked("x")));
+    EXPECT_TRUE(firstLostDecision(locked("yes"), locked("no")));
 }
 
 } // namespace

@@ -80,6 +80,7 @@ TEST(MXF, sizesAndLength) {
         EXPECT_EQ(test::inspectionText(test::inspectBytes(mxfHeader(spec))), expected);
     };
     check({}, "10 s, AVdn 1920x1080 25 fps");
+    check({.soundDuration = 250}, "10 s, AVdn 1920x1080 25 fps, 48000 Hz 2 ch");
     check({.height = 540, .frameLayout = 1}, "10 s, AVdn 1920x1080 25 fps");
     check({.rateNumerator = 24000, .rateDenominator = 1001, .duration = 24},
           "1.001 s, AVdn 1920x1080 23.97602 fps");

@@ -99,10 +99,17 @@ std::string package(const MXFSpec& spec, std::size_t index) {
 std::string sets(const MXFSpec& spec) {
     std::string all;
     for (std::size_t i = 0; i < spec.packages.size(); ++i) all += package(spec, i);
-    return all + set(0x28, 10,
-                     property(0x3001, be32(spec.rateNumerator) + be32(spec.rateDenominator)) +
-                         property(0x3203, be32(spec.width)) + property(0x3202, be32(spec.height)) +
-                         property(0x320C, one(spec.frameLayout)) + property(0x3201, label(spec.coding)));
+    const std::string rate = property(0x3001, be32(spec.rateNumerator) + be32(spec.rateDenominator));
+    const bool hasSound = spec.soundDuration > 0;
+    all += set(0x28, hasSound ? 11 : 10,
+               rate + property(0x3203, be32(spec.width)) + property(0x3202, be32(spec.height)) +
+                   property(0x320C, one(spec.frameLayout)) + property(0x3201, label(spec.coding)));
+    // A multiple descriptor, for picture, sound and ancillary data.
+    if (hasSound)
+        all += set(0x44, 10, rate + property(0x3F01, references({11, 12, 13}))) +
+               set(0x42, 12, rate + property(0x3D03, be32(48000) + be32(1)) + property(0x3D07, be32(2))) +
+               set(0x43, 13, rate);
+    return all;
 }
 
 } // namespace

@@ -157,7 +157,10 @@ struct Constant final : MixerSource {
     explicit Constant(float added) : value(added) {}
     void addTo(const AudioBlock& block) noexcept override {
         if (!isIn && misplaced != nullptr) ++*misplaced;
-        for (std::size_t i = 0; i < block.frames; ++i) block.left[i] += value;
+        for (std::size_t i = 0; i < block.frames; ++i) {
+            block.left[i] += value;
+            block.right[i] -= value;
+        }
     }
 };
 
@@ -169,6 +172,7 @@ TEST(Mixer, addsItsSourcesAndStopsWhenThereAreNone) {
     std::array<float, 64> left{}, right{};
     const auto heard = [&] {
         output.pull(left.data(), right.data(), left.size());
+        EXPECT_EQ(right[63], -left[63]);
         return left[63];
     };
     std::vector<std::shared_ptr<Constant>> sources;

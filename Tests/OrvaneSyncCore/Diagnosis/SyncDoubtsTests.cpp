@@ -367,6 +367,7 @@ TEST(SyncDoubts, LooksAtEachClip) {
         {"half a second at either end", ten, {sound(36000.4, 59.6)}, {}},
         {"a card that was pulled early", ten, {sound(35990, 40)}, {shortSound, cutByTrim}},
         {"sound behind all that is kept", ten, {sound(36014, 9)}, {shortSound}},
+        {"sound of less than a frame", ten, {sound(36000, 0.03)}, {shortSound}},
         {"sound that begins late", ten, {sound(36004, 90)}, {shortSound}},
         {"a gap between two parts",
          ten,

@@ -356,6 +356,13 @@ TEST(TimecodeDoubts, TimecodeIsHeldAgainstTheDatesOfTheFiles) {
          {{"A", 36300, 72000}, {"A", 36000, 72900}, {"A", 37200, 73800}, {"A", 36700, 74700}},
          notTimeOfDay,
          0},
+        {"most of them by the clock",
+         {{"A", 36000, 36001}, {"A", 36300, 36301}, {"A", 36308, 37000}, {"A", 36700, 37392}},
+         notTimeOfDay,
+         0},
+        {"two that were counted while the camera ran, among others",
+         with({{"C", 36400, 36401}, {"C", 36500, 36501}, {"B", 36000, 51500}, {"B", 36008, 52008}}),
+         notTimeOfDay, 2},
         {"one among others", with({{"B", 36900, 51500}}), notTimeOfDay, 1},
         {"another camera with its header in UTC", with({{"B", 36900, 29700}}), notTimeOfDay, 0},
         {"a phone", with({{"P", -1, 36310}}), noTimecode, 1},
@@ -377,6 +384,7 @@ TEST(TimecodeDoubts, TimecodeIsHeldAgainstTheDatesOfTheFiles) {
         shot.diagnose();
         EXPECT_EQ(shot.count(one.kind), one.doubted) << one.name;
         EXPECT_EQ(std::ssize(shot.doubts.byGroup), one.doubted) << one.name;
+        for (const auto& [id, own] : shot.doubts.byGroup) EXPECT_EQ(own.size(), 1U) << one.name;
         if (one.kind == noTimecode && one.doubted > 0) {
             EXPECT_NE(shot.doubts.summary(shot.groups).front().doubt.message.find("'T.wav' was recorded"),
                       std::string::npos);

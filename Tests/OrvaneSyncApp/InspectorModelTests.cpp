@@ -231,6 +231,7 @@ TEST_F(InspectorModelTest, recordingsCanBeChosenAndAttached) {
     ASSERT_EQ(part.recordings.size(), 2U);
     EXPECT_TRUE(part.isAmbiguous && part.hasChoice());
     EXPECT_EQ(part.recordings[1].files.front().name, "OTHER.wav");
+    EXPECT_TRUE(part.prompt.starts_with("2 recordings could belong to this clip.")) << part.prompt;
     controller_->clips().toggleLocked(a_);
     part = RecordingsPart::of(*controller_, group(a_));
     EXPECT_FALSE(part.hasChoice());
@@ -283,6 +284,7 @@ TEST_F(InspectorModelTest, channelsAndLoudnessSayWhatIsHeard) {
 TEST_F(InspectorModelTest, namesMetadataAndDoubtsReadAsInTheWindow) {
     EXPECT_EQ(exportedName(*controller_, group(b_), "Hero"), "Hero Cam B");
     EXPECT_EQ(exportedName(*controller_, group(b_), " "), "12-3 Cam B");
+    const MetadataPart before = MetadataPart::of(*controller_, group(next_));
     change(next_, [](SyncGroup& own) {
         own.aleMetadata = {{"Lens", "32mm"}, {"Comments", "boom in frame"}};
         own.audioMatches.front().audio.edit().ixmlData->note = "plane";
@@ -290,6 +292,9 @@ TEST_F(InspectorModelTest, namesMetadataAndDoubtsReadAsInTheWindow) {
     const MetadataPart metadata = MetadataPart::of(*controller_, group(next_));
     ASSERT_EQ(metadata.sources.size(), 1U);
     EXPECT_EQ(metadata.sources[0].clearCommand, "clearALEMetadata");
+    EXPECT_FALSE(metadata == before);
+    EXPECT_EQ(std::ranges::count(metadata.files, std::pair<std::string, std::string>("Recording", "T4.wav")),
+              1);
     const NotesPart notes = NotesPart::of(*controller_, group(next_));
     using Notes = std::vector<std::pair<std::string, std::string>>;
     EXPECT_EQ(notes.notes, (Notes{{"Sound recordist", "plane"}, {"Report, Comments", "boom in frame"}}));

@@ -238,6 +238,9 @@ TEST_F(ProjectTest, decisionsFollowTheCameraFileThatIsUsed) {
     project.groups.push_back(other);
     ProjectService().save(project, file_);
     EXPECT_TRUE(reopen().empty()) << "both have the same decisions";
+    project.groups.back().matchStatusRaw = "manual";
+    ProjectService().save(project, file_);
+    EXPECT_EQ(reopen(), std::vector{copy}) << "its sound was chosen by hand";
     project.groups.back().decisions.manualClipName = "Other";
     ProjectService().save(project, file_);
     EXPECT_EQ(reopen(), std::vector{copy});

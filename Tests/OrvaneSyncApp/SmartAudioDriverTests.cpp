@@ -454,6 +454,7 @@ TEST_F(SmartAudioDriverTest, oneReadingAnswersAllChangesMadeBeforeIt) {
             steps.push_back(controller_->smartAudio().state().progress);
         if (field == ImportField::syncGroups && countsGroups) ++measurements;
     });
+    mainThread_->advance(platform::progressInterval); // so that the beginning is shown
     for (int track = 3; track <= 6; ++track) controller_->tracks().toggleTrackActive(a, track);
     controller_->tracks().toggleAlgorithmInclusion(a, 2);
     countsGroups = true;
@@ -468,6 +469,7 @@ TEST_F(SmartAudioDriverTest, oneReadingAnswersAllChangesMadeBeforeIt) {
         EXPECT_EQ(step.current, 1);
         EXPECT_EQ(step.total, 1);
     }
+    EXPECT_EQ(steps.front().fraction, 0);
 
     // A change of the options does not affect the running reading.
     settings_->set("smartAudioMode", "studio");

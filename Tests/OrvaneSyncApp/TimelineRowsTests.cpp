@@ -104,6 +104,8 @@ TEST_F(TimelineRowsTest, FindsWhatLiesUnderAPoint) {
         return all.stripRect(*all.row(TimelineLayout::RowKind::channel, channel)).y + 5;
     };
     const double sound = middle(TimelineLayout::RowKind::sound);
+    const auto& row = *all.row(TimelineLayout::RowKind::sound);
+    EXPECT_NEAR(all.waveformRect(row).y + all.waveformRect(row).height, all.stripRect(row).y, 1e-9);
     const struct {
         const char* name;
         double seconds, y;

@@ -210,6 +210,8 @@ TEST_F(WorkDoubtsTest, FindTheirClipsInTheListAndLeaveThemWithTheDoubt) {
     results.setSorting(ResultsViewModel::Column::starts, true);
     EXPECT_EQ(listed(Filter::all), "AB") << "by day first";
     EXPECT_EQ(listed(Filter::issues), "B");
+    EXPECT_NE(results.row(0).doubts, "") << "why it has no sound";
+    EXPECT_FALSE(results.row(0).isAnalysed);
     EXPECT_EQ(listed(Filter::doubtful), "A");
     EXPECT_EQ(results.counts(), (ResultsViewModel::Counts{2, 1, 1, 1}));
     controller_->changeSetting(undoSteps::setTrimMode, settings::trimMode.key, "overlap");

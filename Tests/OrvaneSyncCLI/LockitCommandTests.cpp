@@ -165,6 +165,7 @@ TEST_F(LockitCommandTest, saysThatNoServiceIsConfigured) {
         EXPECT_NE((outcome.out + outcome.err).find("No metadata service is configured"), std::string::npos)
             << verb;
     }
+    EXPECT_NE(runWith({"lockit", "status", "--json"}).json().find("configurationProblem"), nullptr);
     const std::pair<const char*, const char*> files[] = {
         {R"({"baseURL":"http://example.com","clientID":"c"})", "http is allowed to this machine alone"},
         {R"({"baseURL":"ftp://example.com","clientID":"c"})", "begins with https://"},

@@ -112,7 +112,12 @@ TEST_F(RenderedSoundCommand, calibrationAndCachesAnswer) {
     EXPECT_EQ(*built.json().find("clips")->integer(), 27);
     std::filesystem::create_directories(folder_.path("bounced"));
     std::filesystem::copy_file(recording(), folder_.path("bounced/Calib_VI50_L25_U10.wav"));
-    ASSERT_EQ(runs({"calibrate", "measure", folder_.path("bounced")}).status, 0);
+    EXPECT_EQ(runs({"calibrate", "measure", folder_.path("bounced")})
+                  .json()
+                  .find("measurements")
+                  ->elements()
+                  ->size(),
+              1U);
     EXPECT_EQ(runs({"calibrate", "show"}).json().find("measurements")->elements()->size(), 1U);
 
     home_.write("cache/Orvane Tandrel/mixdowns/mixdown_0.wav", "0123456789");

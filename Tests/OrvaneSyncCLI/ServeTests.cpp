@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -18,6 +19,8 @@ namespace orvane::cli::rpc {
 namespace {
 
 TEST_F(ServeTest, scansEditsTakesBackAndExports) {
+    call("setCorrections", R"({"soundOffset":"00:00:00:59"})"); // without clips, no rate refuses it
+    call("setCorrections", R"({"soundOffset":null})");
     scan();
     struct Case {
         std::string method, more; ///< arguments in addition to the clip's identifier
@@ -42,8 +45,16 @@ TEST_F(ServeTest, scansEditsTakesBackAndExports) {
          "Toggle Algo Inclusion"},
         {"toggleLocked", "", "isLocked", "true", "Toggle Lock"},
     };
+    const auto& rows = commands::allCommands();
+    const auto row = [&](const char* id) { return std::ranges::find(rows, id, &commands::Command::id); };
+    const auto reset = row("resetAudioOffset"), detect = row("autoDetectAudioAnchor");
     for (const Case& test : cases) {
         EXPECT_TRUE(call(test.method, onFirst(test.more)).isNull()) << test.method;
+        EXPECT_EQ(reset->isEnabled(context_), first("manualAudioOffsetSeconds").number() != 0);
+        if (test.field == "audioAnchorOffsetInAudioSeconds") {
+            EXPECT_EQ(detect->isEnabled(context_, &context_.group(*UUID::fromText(groupID_))),
+                      test.value == "null");
+        }
         EXPECT_EQ(first(test.field).dump(), test.value) << test.method;
         EXPECT_EQ(*call("undoState").find("undoActionName")->string(), test.action);
     }

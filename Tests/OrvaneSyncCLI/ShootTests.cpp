@@ -53,7 +53,15 @@ TEST_F(ShootTest, scanShowsTheWholeState) {
     EXPECT_EQ(*groups.front().find("video")->find("filename")->string(), "A001C001_261120_R1AB.mov");
     const std::string id = *groups.front().find("id")->string();
     EXPECT_EQ(*state.find("displayNames")->find(id)->string(), "12A-3 Cam A");
+    const JSON& file = state.find("takes")->find(id)->elements()->front();
+    EXPECT_EQ(*file.find("url"),
+              *groups.front().find("audioMatches")->elements()->front().find("audio")->find("url"));
+    EXPECT_EQ(file.find("channelCount")->integer(), 6);
     EXPECT_EQ(state.find("aleMatchStatus"), nullptr);
+    const JSON diagnosis = runWith({"diagnose", folder_.path(), "--json", "--no-cache"}).json();
+    const JSON& card = diagnosis.find("cards")->elements()->front();
+    EXPECT_EQ(*card.find("path")->string(), folder_.path("camera"));
+    EXPECT_EQ(card.find("files")->integer(), 4);
 }
 
 TEST_F(ShootTest, scanShowsATableToPeople) {
@@ -469,7 +477,9 @@ TEST_F(ShootTest, analyzeTellsMicrophonesApartAndDrawsTheTake) {
         .writeTo(path);
     const Outcome text = runWith({"analyze", path});
     ASSERT_EQ(text.status, done) << text.err;
-    for (const char* piece : {"* 1", "Lav Anna", "iXML: Boom", "\xE2\x96\x88\xE2\x96\x88", "0:12\n"})
+    EXPECT_EQ(text.err, "");
+    for (const char* piece : {"* 1", "Lav Anna", "iXML: Boom", "-17.1 dBFS", "Loudness 30 %",
+                              "\xE2\x96\x88\xE2\x96\x88", "0:12\n"})
         EXPECT_NE(text.out.find(piece), std::string::npos) << piece << " in\n" << text.out;
     const JSON result = runWith({"analyze", path, "--json"}).json();
     EXPECT_EQ(result.find("bestTrackIndex")->integer(), 1);

@@ -37,6 +37,9 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
     check({"--json", "scan", "x"}, 2, "the command comes first, and '--json' behind it");
     check({"scan"}, 2, "which folder?");
     check({"scan", "--vidoe", "x"}, 2, "did you mean '--video'?");
+    check({"scan", "-zFILE", "x"}, 2, "-zFILE");
+    check({"timecode", "from-frames", "9223372036854775807", "--rate", "fps25"}, 2,
+          "than a timecode can hold");
     check({"scan", "--video"}, 2, "needs a value");
     check({"scan", "x", "--exclude", "--quiet"}, 2, "'--quiet' is an option");
     check({"scan", "x", "--review", "b.fcpxml"}, 2, "write OUT.tsv");
@@ -78,6 +81,8 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
     check({"sync", folder.path(), "-o", "x", "--smart-audio", "studio", "--no-smart-audio"}, 2, "contradict");
     check({"scan", folder.path(), "--set", "trimmode=video"}, 2, "did you mean 'trimMode'?");
     check({"scan", folder.path(), "--set", "colour=7"}, 2, "no setting is called 'colour'");
+    check({"frame", "x.mov", "--at", "1"}, 2, "-o needs the name of a file");
+    check({"play", "--clip", "x"}, 2, "--session and --clip go together");
     check({"probe"}, 2, "which file?");
     check({"probe", folder.path("gone.wav")}, 1, "gone.wav': No such file or directory");
     check({"ltc", folder.path("gone.wav")}, 1, "No such file or directory");
@@ -94,6 +99,7 @@ TEST(CommandLine, tellsWrongUsageFromFailure) {
     check({"loudness", folder.path("take.wav"), "--json"}, 1, "holds no sound");
     check({"loudness", folder.path("gone.wav")}, 1, "No such file");
     check({"ltc", folder.path("take.wav"), "--channel", "two"}, 2, "takes a whole number");
+    EXPECT_EQ(runWith({"scan", folder.path("empty")}).out, "No video or audio files found.\n");
     check({"timecode"}, 2, "which conversion?");
     check({"timecode", "from-frames", "1.5", "--fps", "25"}, 2, "no whole number");
     check({"timecode", "from-seconds", "1"}, 2, "--fps or --rate is missing");

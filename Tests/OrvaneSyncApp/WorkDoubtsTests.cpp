@@ -1,5 +1,7 @@
 #include "ControllerTest.h"
 #include "MediaFactory/WaveMaker.h"
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkReview.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncApp/ViewModels/Results/ListeningTexts.h"
@@ -28,6 +30,30 @@ class WorkDoubtsTest : public test::ControllerTest {
             for (const SyncDoubt& doubt : own) result.push_back(doubt.kind);
         return result;
     }
+
+    static constexpr std::uint32_t rate = 8000;
+    /// Noise of 25 s whose level changes as in speech.
+    static std::vector<float> soundOf(unsigned seed) {
+        std::mt19937 random(seed);
+        std::uniform_real_distribution<float> level(-50, -10), noise(-1, 1);
+        std::vector<float> samples(std::size_t{25} * rate);
+        float gain = 0;
+        for (std::size_t i = 0; i < samples.size(); ++i) {
+            if (i % (rate * 3 / 10) == 0) gain = std::pow(10.0F, level(random) / 20);
+            samples[i] = gain * noise(random);
+        }
+        return samples;
+    }
+    MediaAsset write(MediaAsset asset, const std::vector<float>& samples) const {
+        asset.url = FileURL{media_.path(asset.filename + ".wav")};
+        asset.channelCount = 1;
+        test::WaveMaker()
+            .format({.channels = 1, .sampleRate = rate})
+            .samples(samples)
+            .writeTo(asset.url.path);
+        return asset;
+    }
+    const test::TemporaryDirectory media_;
 };
 
 TEST_F(WorkDoubtsTest, FollowTheWorkAndItsSettings) {
@@ -67,29 +93,77 @@ TEST_F(WorkDoubtsTest, SayWhyAClipHasNoMatch) {
     EXPECT_EQ(reason(), "no sound at that time");
 }
 
-TEST_F(WorkDoubtsTest, ListeningSaysWhatItFoundWithoutAnyMatch) {
-    const test::TemporaryDirectory folder;
-    constexpr std::uint32_t rate = 8000;
-    // Noise whose level changes as in speech; the camera's microphone hears the take from the sixth second
-    // on.
-    std::mt19937 random(1);
-    std::uniform_real_distribution<float> level(-50, -10), noise(-1, 1);
-    std::vector<float> take(std::size_t{25} * rate);
-    float gain = 0;
-    for (std::size_t i = 0; i < take.size(); ++i) {
-        if (i % (rate * 3 / 10) == 0) gain = std::pow(10.0F, level(random) / 20);
-        take[i] = gain * noise(random);
-    }
-    const auto begin = take.begin() + 6 * rate;
-    const auto write = [&](MediaAsset asset, const std::vector<float>& samples) {
-        asset.url = FileURL{folder.path(asset.filename + ".wav")};
-        asset.channelCount = 1;
-        test::WaveMaker()
-            .format({.channels = 1, .sampleRate = rate})
-            .samples(samples)
-            .writeTo(asset.url.path);
-        return asset;
+TEST_F(WorkDoubtsTest, ComparesEachClipWithItsCamera) {
+    struct Case {
+        double late; ///< by which the recording has the sound too late, beside the delay of the microphone
+        double byHand = 0;
+        std::optional<long> off = {}; ///< frames by which the sound has to be moved
+        unsigned heard = 0;           ///< another sound than the recording's
     };
+    constexpr double frame = 1.0 / 25, delay = 0.05, startsAt = 6;
+    const std::vector<Case> cases{
+        {0},         {0},           {0}, {0}, {4 * frame, 0, -4}, {-2 * frame, 0, 2}, {4 * frame, -4 * frame},
+        {0, 1, -25}, {0, 0, {}, 99}};
+    std::vector<MediaAsset> videos, recordings;
+    for (unsigned i = 0; i < cases.size(); ++i) {
+        const std::string number = std::to_string(i);
+        const auto take = soundOf(i + 1), heard = cases[i].heard > 0 ? soundOf(cases[i].heard) : take;
+        const auto from = heard.begin() + std::lround((startsAt + cases[i].late - delay) * rate);
+        videos.push_back(write(test::video("A" + number + ".mov", "10:0" + number + ":06:00", 12),
+                               {from, from + 12 * rate}));
+        recordings.push_back(write(test::audio("T" + number + ".wav", "10:0" + number + ":00:00", 25), take));
+    }
+    videos.push_back(test::video("silent.mov", "10:00:06:00", 12));
+    videos.push_back(test::video("alone.mov", "12:00:00:00", 12));
+    controller_->openStoredWork({{}, {}, SyncEngine().match(videos, recordings, MatchRules())});
+    const SyncGroupList groups = controller_->work().syncGroups();
+    std::vector<UUID> clips;
+    std::vector<std::pair<UUID, long>> wanted, found;
+    for (const SyncGroup& group : groups) {
+        clips.push_back(group.id);
+        const auto i = static_cast<std::size_t>(group.video.filename[1] - '0');
+        if (i >= cases.size()) continue;
+        if (cases[i].byHand != 0) controller_->clips().adjustAudioOffset(group.id, cases[i].byHand);
+        if (cases[i].off) wanted.emplace_back(group.id, *cases[i].off);
+    }
+    const auto result = std::make_shared<ComparedSound>();
+    finish(controller_->soundComparison().compare(clips, result));
+    for (const ComparedSound::Off& one : result->off) found.emplace_back(one.groupID, one.frames);
+    EXPECT_EQ(found, wanted);
+    EXPECT_EQ(
+        comparedText(*result),
+        "8 clips compared with the sound of the camera: 5 right, 3 off; to be right, move their sound by "
+        "-25 to +2 frames.\nNot compared: 1 without recording, 1 without sound of the camera, 1 too short "
+        "or unlike the recording.");
+    EXPECT_FALSE(controller_->soundComparison().progress());
+
+    commands::CommandContext context;
+    context.controller = controller_;
+    const commands::Command& move = commands::command("moveAsCompared");
+    const auto moved = [&] {
+        const JSON none = JSON::object();
+        return move.now(context, commands::Call(move, &none)).find("changedClips")->integer();
+    };
+    controller_->clips().toggleLocked(wanted.front().first);
+    EXPECT_EQ(moved(), 2) << "not the locked clip";
+    EXPECT_EQ(moved(), 0) << "each only once";
+    finish(controller_->soundComparison().compare(clips, result));
+    ASSERT_EQ(result->off.size(), 1U);
+    EXPECT_EQ(result->off.front().groupID, wanted.front().first);
+    controller_->undo();
+    EXPECT_EQ(moved(), 0) << "they were right when they were compared";
+
+    const platform::Task stopped = controller_->soundComparison().compare({clips.front()}, result);
+    stopped.requestStop();
+    finish(stopped);
+    EXPECT_FALSE(controller_->soundComparison().progress());
+    EXPECT_EQ(controller_->soundComparison().latest().compared(), 8U) << "that of the last one that ended";
+}
+
+TEST_F(WorkDoubtsTest, ListeningSaysWhatItFoundWithoutAnyMatch) {
+    // The camera's microphone hears the take from the sixth second on.
+    const auto take = soundOf(1);
+    const auto begin = take.begin() + 6 * rate;
     const MediaAsset recording = write(test::audio("T", "", 25), take);
     const auto clip = write(test::video("A", "", 12), {begin, begin + 12 * rate});
     const auto silent = write(test::video("B", "", 12), std::vector<float>(12 * rate));

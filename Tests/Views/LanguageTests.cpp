@@ -146,6 +146,13 @@ TEST(LanguageTest, KnowsTextsAndSentencesButNoNames) {
           {"left out as copies of camera files that are here: '/2/A.mov' and 3 more; the first one is a copy "
            "of '/1/A.mov'",
            u"als Kopien von vorhandenen Kameradateien weggelassen: „/2/A.mov“ und 3 weitere; die erste ist "
+          {comparedText({.right = 380, .off = {{{}, 0.12, 3}, {{}, 0.16, 4}}, .unlike = 2}),
+           u"382 Clips mit dem Ton der Kamera verglichen: 380 richtig, 2 daneben; dort den Ton um +3 bis +4 "
+           u"Bilder verschieben.\nNicht verglichen: 0 ohne Aufnahme, 0 ohne Ton der Kamera, 2 zu kurz oder "
+           u"der Aufnahme unähnlich."},
+          {comparedText({.off = {{{}, 0.04, 1}}}),
+           u"1 Clip mit dem Ton der Kamera verglichen: 0 richtig, 1 daneben; dort den Ton um +1 Bild "
+           u"verschieben."},
            u"eine Kopie von '/1/A.mov'"},
           {LockitController::noProject,
            u"Kein Lockit-Projekt ist zugewiesen. Zuerst dem Ordner (der Produktion) eines zuweisen, mit "

@@ -425,6 +425,22 @@ TEST(ThemeTest, TextIsReadableOnEveryGround) {
         for (const QColor& text : {all.text, all.facts, all.matched, all.doubtful, all.missing})
             EXPECT_GE(design::contrast(text, ground), least)
                 << text.name().toStdString() << ground.name().toStdString();
+TEST_F(WindowTest, ComparesTheSoundOfAllOrOfTheSelectedClips) {
+    auto* compare = window_->findChild<QAction*>("compare");
+    ASSERT_NE(compare, nullptr);
+    EXPECT_FALSE(compare->isEnabled()) << "there is no clip";
+    scan();
+    table().selectionModel()->clear();
+    EXPECT_EQ(compare->text(), "Compare Sound of All Clips");
+    table().selectAll();
+    EXPECT_EQ(compare->text(), "Compare Sound of 4 clips");
+    compare->trigger();
+    EXPECT_FALSE(compare->isEnabled()) << "one at a time";
+    ASSERT_TRUE(waitUntil([&] { return !bannerText().isEmpty(); }));
+    EXPECT_TRUE(bannerText().contains("compared")) << bannerText().toStdString();
+    EXPECT_TRUE(waitUntil([&] { return compare->isEnabled(); }));
+}
+
     EXPECT_GE(design::contrast(all.onSelected, all.selected), least);
 }
 

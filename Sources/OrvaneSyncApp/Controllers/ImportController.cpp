@@ -21,7 +21,7 @@ ImportController::ImportController(Dependencies dependencies)
       project_(work_, scan_, reports_), clips_(work_, smartAudio_), recordings_(work_, scan_, smartAudio_),
       tracks_(work_, smartAudio_), atmo_(work_), calibration_(work_), models_(work_),
       timeline_(work_, clips_), slates_(work_, smartAudio_.caches(), std::move(dependencies.slateDetector)),
-      export_(work_, smartAudio_), doubts_(work_, scan_, smartAudio_) {
+      export_(work_, smartAudio_), doubts_(work_, scan_, smartAudio_), comparison_(work_) {
     work_.whenTakenBack = [this](const SyncGroupList& before) { smartAudio_.emptyAfterUndo(before); };
 }
 

@@ -14,6 +14,7 @@
 #include "OrvaneSyncApp/Controllers/ScanController.h"
 #include "OrvaneSyncApp/Controllers/SlateController.h"
 #include "OrvaneSyncApp/Controllers/SmartAudioController.h"
+#include "OrvaneSyncApp/Controllers/SoundComparison.h"
 #include "OrvaneSyncApp/Controllers/StoredWork.h"
 #include "OrvaneSyncApp/Controllers/TimelineController.h"
 #include "OrvaneSyncApp/Controllers/TrackEditing.h"
@@ -73,6 +74,8 @@ class ImportController {
     const WorkDoubts& derivedDoubts() const { return doubts_; }
     /// See `WorkDoubts::listen`.
     platform::Task listenForDoubts() { return doubts_.listen(); }
+    SoundComparison& soundComparison() { return comparison_; }
+    const SoundComparison& soundComparison() const { return comparison_; }
 
     /// Runs a change of clips that the user can undo as one step. A step holds the clips, and which
     /// recordings are wild tracks; undoing it keeps the names and approvals of the wild tracks. A change that
@@ -116,6 +119,7 @@ class ImportController {
     SlateController slates_;
     ExportController export_;
     WorkDoubts doubts_;
+    SoundComparison comparison_;
 };
 
 } // namespace orvane

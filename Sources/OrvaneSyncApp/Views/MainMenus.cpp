@@ -270,6 +270,29 @@ void MainMenus::listenToCards() {
     update();
 }
 
+std::vector<UUID> MainMenus::clipsToCompare() const {
+    std::vector<UUID> clips = parts_.screens.clips();
+    if (clips.size() < 2) clips.clear();
+    return clips;
+}
+
+void MainMenus::compareSound() {
+    JSON arguments = JSON::object();
+    JSON::Array clips;
+    for (const UUID& clip : clipsToCompare()) clips.emplace_back(clip.text());
+    if (!clips.empty()) arguments.set("groupIDs", std::move(clips));
+    parts_.work.run(
+        "compareSound", tr("The sound is compared…"),
+        [this] {
+            parts_.banner.showCompared([this](const std::vector<UUID>& off) {
+                parts_.screens.showList();
+                parts_.screens.list().showClips(off);
+            });
+        },
+        std::move(arguments));
+    update();
+}
+
 void MainMenus::makeAudio() {
     std::vector<OwnEntry> entries;
     for (std::size_t i = 0; i < RawValues<SmartAudioMode>::texts.size(); ++i) {
@@ -285,6 +308,12 @@ void MainMenus::makeAudio() {
         tr("Compares some clips of each card with what their cameras heard, to find a clock that is wrong."));
     listen_->setObjectName(QStringLiteral("listen"));
     entries.push_back({210, listen_});
+    compare_ = ownEntry(
+        {}, [this] { compareSound(); },
+        tr("Compares the sound of each clip with what its camera recorded, and says which "
+           "clips are off. Of all clips, if less than two are selected."));
+    compare_->setObjectName(QStringLiteral("compare"));
+    entries.push_back({220, compare_});
     entries.push_back({320, ownEntry(tr("Calibration…"), [this] {
                            SettingsWindow settings(desktop_, &window_);
                            settings.showTab(SettingPage::calibration);
@@ -473,6 +502,12 @@ void MainMenus::update() {
     for (QAction* filter : filters_) filter->setEnabled(find_->isEnabled());
     listen_->setEnabled(commands::hasClipsWhileIdle(context) &&
                         !desktop_.controller().derivedDoubts().listening());
+    compare_->setEnabled(desktop_.isEnabled("compareSound") &&
+                         !desktop_.controller().soundComparison().progress());
+    const auto compared = std::ssize(clipsToCompare());
+    compare_->setText(
+        compared > 0 ? tr("Compare Sound of %1").arg(translatedSentence(counted(compared, "clip", "clips")))
+                     : tr("Compare Sound of All Clips"));
     rename_->setEnabled(clips.size() == 1 || (!clips.empty() && of("batchRename")->isEnabled()));
     const bool isPlaying = parts_.screens.isPlaying();
     results_->setEnabled(isPlaying);

@@ -69,6 +69,9 @@ class MainMenus : public QObject {
     void listScreens(QMenu* menu);
     void renameClips();
     void listenToCards();
+    void compareSound();
+    /// The selected clips, if these are several; none means all clips.
+    std::vector<UUID> clipsToCompare() const;
     bool agrees(const Question& question);
     void analyse(const JSON& mode); ///< in the form of the setting
     bool applies(std::string_view id, const std::vector<UUID>& clips) const;
@@ -94,6 +97,7 @@ class MainMenus : public QObject {
     QAction* keys_ = nullptr;
     QAction* quit_ = nullptr;
     QAction* listen_ = nullptr;
+    QAction* compare_ = nullptr;
     bool isKeyRefused_ = false; ///< and nothing has changed since
     platform::Subscription bindings_;
 };

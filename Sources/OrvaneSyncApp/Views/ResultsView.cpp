@@ -138,10 +138,7 @@ ResultsView::ResultsView(Desktop& desktop, ScreenHost host)
     top->addWidget(search_);
     column->addLayout(top);
     column->addWidget(doubts_ = new DoubtBar(desktop));
-    doubts_->whenClipsWanted = [this](const std::vector<UUID>& clips) {
-        showAll();
-        select(clips);
-    };
+    doubts_->whenClipsWanted = [this](const std::vector<UUID>& clips) { showClips(clips); };
     doubts_->whenCured = [this] { showDoubts(); };
 
     auto* splitter = new QSplitter(Qt::Vertical);
@@ -373,6 +370,11 @@ void ResultsView::setSelected(const std::vector<UUID>& clips, QAbstractItemView:
         const auto row = rows_.rowOf(id);
         if (!row) continue;
         const QModelIndex index = model_->index(static_cast<int>(*row), 0);
+void ResultsView::showClips(const std::vector<UUID>& clips) {
+    showAll();
+    select(clips);
+}
+
         selection.select(index, model_->index(static_cast<int>(*row), ResultsModel::marksColumn));
         if (!current.isValid() || id == current_) current = index;
     }

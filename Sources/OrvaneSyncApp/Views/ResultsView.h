@@ -45,6 +45,8 @@ class ResultsView : public WorkScreen {
     void select(const std::vector<UUID>& clips);
     void open(const std::vector<UUID>& clips) override { select(clips); }
     bool isPlaying() const override { return false; }
+    /// The same without the filter and the search.
+    void showClips(const std::vector<UUID>& clips);
     std::vector<UUID> clips() const override { return selectedClips(); }
     QLineEdit* search() const override { return search_; }
     QWidget* keyboard() override { return table_; } ///< the table

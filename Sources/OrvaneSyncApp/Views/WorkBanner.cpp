@@ -368,6 +368,27 @@ void WorkBanner::showLockit() {
     const LockitController& lockit = desktop_.controller().lockit();
     const auto& status = lockit.lockitSyncStatus();
     if (!status || lockit.isSyncingLockit()) return;
+void WorkBanner::showCompared(std::function<void(const std::vector<UUID>&)> showClips) {
+    const ComparedSound& compared = desktop_.controller().soundComparison().latest();
+    const QString said = translatedSentence(comparedText(compared));
+    if (compared.off.empty()) return showNotice(Signal::none, said);
+    std::vector<UUID> off;
+    for (const ComparedSound::Off& one : compared.off) off.push_back(one.groupID);
+    compared_ = said;
+    show(
+        Signal::doubtful, said, tr("Show Clips"),
+        [showClips = std::move(showClips), off = std::move(off)] { showClips(off); }, tr("Move Their Sound"),
+        [this] {
+            desktop_.run("moveAsCompared", {}, [self = QPointer(this)](const JSON& answer) {
+                if (!self) return;
+                self->forget(self->compared_);
+                const auto moved = answer.find("changedClips")->integer().value_or(0);
+                showToast(self->window(), tr("Sound moved: %1. Undo takes it back.")
+                                              .arg(translatedSentence(counted(moved, "clip", "clips"))));
+            });
+        });
+}
+
     const SyncEnd end = lockit.lastSyncEnd();
     const bool isWithoutFolder =
         *status == LockitController::noProject && !desktop_.sessions().places().folderOfOpenSession();

@@ -50,6 +50,8 @@ class WorkBanner : public design::Banner {
     void showScanWarnings(design::Signal signal = {}, const QString& notice = {});
     /// The result of listening to the cards. `before`: the doubts until then.
     void showListened(const std::vector<CardDoubt>& before);
+    /// The result of comparing the sound of clips. `show` selects clips in the list.
+    void showCompared(std::function<void(const std::vector<UUID>&)> show);
 
   private:
     /// Removes the message of `showLost` if the scan was undone, and shows it again if the scan was redone.
@@ -78,6 +80,7 @@ class WorkBanner : public design::Banner {
     QString unsaved_;          ///< the session could not be saved
     QString known_;            ///< set by `showKnown`
     QString lost_, outdated_;  ///< set by `showLost` and `showOutdated`
+    QString compared_;         ///< set by `showCompared`
     QString unanalysed_;       ///< set by `showUnanalysed`
     QString withoutDecisions_; ///< the decisions that a scan kept were undone
     /// Shows the message of `showLost` again; empty if no such scan can be redone.

@@ -58,11 +58,13 @@ WorkBar::WorkBar(Desktop& desktop, std::chrono::milliseconds shownAfter)
 
 bool WorkBar::isAnalysing() const { return desktop_.controller().smartAudio().state().isAnalyzing; }
 
-void WorkBar::run(std::string_view command, const QString& title, std::function<void()> done) {
+void WorkBar::run(std::string_view command, const QString& title, std::function<void()> done,
+                  JSON arguments) {
     const QPointer self(this);
-    const platform::Task task = desktop_.run(command, {}, [self, done = std::move(done)](const JSON&) {
-        if (self && done) done();
-    });
+    const platform::Task task =
+        desktop_.run(command, std::move(arguments), [self, done = std::move(done)](const JSON&) {
+            if (self && done) done();
+        });
     if (task.isDone()) return;
     const auto place = running_.insert(running_.end(), {title, task});
     follow();
@@ -112,6 +114,11 @@ void WorkBar::showWork() {
             sentence = translatedSentence(listeningText(*heard));
             bar_->setRange(0, static_cast<int>(heard->total));
             bar_->setValue(static_cast<int>(heard->done));
+        } else if (const auto& compared = desktop_.controller().soundComparison().progress();
+                   compared && compared->total > 0) {
+            sentence = translatedSentence(comparingText(*compared));
+            bar_->setRange(0, static_cast<int>(compared->total));
+            bar_->setValue(static_cast<int>(compared->done));
         }
     }
     text_->setText(text_->fontMetrics().elidedText(sentence, Qt::ElideMiddle, workTextWidth));

@@ -23,9 +23,10 @@ class WorkBar : public QWidget {
   public:
     explicit WorkBar(Desktop& desktop, std::chrono::milliseconds shownAfter = std::chrono::milliseconds(400));
 
-    /// Runs a long command without arguments, and shows it until it ends. If it cannot run, the reason is
-    /// passed to the desktop's `whenRefused`. If it is cancelled, nothing is called.
-    void run(std::string_view command, const QString& title, std::function<void()> done = {});
+    /// Runs a long command, and shows it until it ends. If it cannot run, the reason is passed to the
+    /// desktop's `whenRefused`. If it is cancelled, nothing is called.
+    void run(std::string_view command, const QString& title, std::function<void()> done = {},
+             JSON arguments = {});
     std::function<void()> whenChanged; ///< called when work that `run` began has ended
 
   private:

@@ -1,8 +1,10 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
 #include "OrvaneSyncApp/Controllers/Commands/Readable.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkDiagnosis.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Services/Matching/MatchRules.h"
 #include "Platform/OnQueue.h"
 
@@ -167,6 +169,37 @@ platform::Task diagnose(CommandContext& context, Call, std::shared_ptr<JSON> ans
     *answer = co_await making;
 }
 
+platform::Task compareSound(CommandContext& context, Call call, std::shared_ptr<JSON> answer) {
+    const auto controller = context.controller;
+    std::vector<UUID> clips;
+    if (call.has("groupIDs"))
+        clips = call.ids("groupIDs");
+    else
+        for (const SyncGroup& group : controller->work().syncGroups()) clips.push_back(group.id);
+    const auto compared = std::make_shared<ComparedSound>();
+    co_await controller->soundComparison().compare(clips, compared);
+    *answer = toJSON(*compared);
+}
+
+/// Only clips that are as they were when they were compared.
+JSON moveAsCompared(CommandContext& context, const Call&) {
+    const auto& controller = context.controller;
+    int moved = 0;
+    controller->withUndo(undoSteps::adjustAudioOffset, [&] {
+        for (const ComparedSound::Off& off : controller->soundComparison().latest().off) {
+            const SyncGroup* clip = controller->work().syncGroups().find(off.groupID);
+            if (clip == nullptr || !hasUnlockedSound(*clip) || clip->manualAudioOffsetSeconds != off.byHand)
+                continue;
+            const double rate = controller->timeline().timelineFrameRate(*clip);
+            controller->clips().adjustAudioOffset(off.groupID, static_cast<double>(off.frames) / rate);
+            ++moved;
+        }
+    });
+    JSON answer = JSON::object();
+    answer.set("changedClips", moved);
+    return answer;
+}
+
 /// A whole number is written without a decimal point.
 std::optional<JSON> limitJSON(const std::optional<double>& limit) {
     if (!limit) return std::nullopt;
@@ -268,6 +301,20 @@ std::vector<Command> workCommands() {
             "card.",
             {}, diagnose)
             .alsoBy({"diagnose"}),
+        Command::later("compareSound", "Compare Sound with Cameras",
+                       "Compares the sound of each clip, or of those that are named, with what its camera "
+                       "recorded; gives those whose sound is off, and by how much.",
+                       {{.name = "groupIDs", .kind = texts, .isOptional = true}}, compareSound)
+            .when(hasSoundWhileIdle),
+        Command(
+            "moveAsCompared", "Move Sound as Compared",
+            "Moves the sound of the clips that the last comparison found off, by the frames that it gave; "
+            "not of those that are locked or were moved since.",
+            {}, moveAsCompared)
+            .undoneBy(undoSteps::adjustAudioOffset)
+            .when([](const CommandContext& context) {
+                return !context.controller->soundComparison().latest().off.empty() && isScanIdle(context);
+            }),
         Command::later("group", "One Clip", "Gives one clip, with the doubts about it.", {{"groupID", id}},
                        oneGroup),
         Command("commands", "Commands",

@@ -2,13 +2,55 @@
 
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
 #include <utility>
 
 namespace orvane {
 
+namespace {
+
+std::string progressText(std::string_view what, std::size_t done, std::size_t total) {
+    return std::string(what) + ": " + std::to_string(done) + " of " + std::to_string(total) + " clips";
+}
+
+/// Such as "+3 frames", or "-1 to +4 frames".
+std::string movesText(const std::vector<ComparedSound::Off>& off) {
+    const auto signedText = [](long frames) { return (frames > 0 ? "+" : "") + std::to_string(frames); };
+    const auto [least, most] = std::ranges::minmax(off, {}, &ComparedSound::Off::frames);
+    if (least.frames != most.frames)
+        return signedText(least.frames) + " to " + signedText(most.frames) + " frames";
+    return signedText(least.frames) + (std::abs(least.frames) == 1 ? " frame" : " frames");
+}
+
+} // namespace
+
+std::string comparingText(const SoundComparison::Progress& progress) {
+    return progressText("Comparing the sound", progress.done, progress.total);
+}
+
+std::string comparedText(const ComparedSound& compared) {
+    const auto count = [](std::size_t clips) { return std::to_string(clips); };
+    const std::string clips = counted(compared.compared(), "clip", "clips");
+    std::string said;
+    if (compared.compared() == 0)
+        said = "No clip could be compared with the sound of its camera.";
+    else if (compared.off.empty())
+        said = clips + " compared with the sound of the camera: all are right.";
+    else
+        said = clips + " compared with the sound of the camera: " + count(compared.right) + " right, " +
+               count(compared.off.size()) + " off; to be right, move their sound by " +
+               movesText(compared.off) + ".";
+    if (compared.notCompared() > 0)
+        said += "\nNot compared: " + count(compared.withoutRecording) + " without recording, " +
+                count(compared.withoutCameraSound) + " without sound of the camera, " +
+                count(compared.unlike) + " too short or unlike the recording.";
+    return said;
+}
+
 std::string listeningText(const WorkDoubts::Listening& progress) {
-    return "Listening to the cards: " + std::to_string(progress.done) + " of " +
-           std::to_string(progress.total) + " clips";
+    return progressText("Listening to the cards", progress.done, progress.total);
 }
 
 std::string roughOffsetText(const WorkDoubts::Listened& listened) {

@@ -67,8 +67,6 @@ std::optional<Agreement> agreementOf(std::vector<double> offsets, std::ptrdiff_t
 }
 
 HeardClock heardClock(double seconds, TimecodeFrameRate rate) {
-    // Metres of air and the converter delay the sound of a camera's microphone. It is hardly ever early.
-    constexpr double mostAhead = 0.03, mostBehind = 0.08;
     const double heard = seconds - microphoneDelaySeconds;
     const double whole = std::round(heard);
     // Labels of 23.976 count 1000 s in 1001 s, and some clocks are set by such labels.
@@ -76,7 +74,8 @@ HeardClock heardClock(double seconds, TimecodeFrameRate rate) {
     const double secondsALabel = labelSeconds(manyLabels, rate) / manyLabels;
     const double labels = std::round(heard / secondsALabel) * secondsALabel;
     const double round = std::abs(labels - heard) < std::abs(whole - heard) ? labels : whole;
-    if (whole == 0 || seconds < round - mostAhead || seconds > round + mostBehind) return {heard, false};
+    if (whole == 0 || seconds < round - mostAheadSeconds || seconds > round + mostBehindSeconds)
+        return {heard, false};
     return {round, std::abs(heard - round) * timecodeRate::frameRateForRealTimeCalculation(rate) <= 1};
 }
 

@@ -21,6 +21,8 @@ inline constexpr double agreeingByHandSeconds = 0.1; ///< around the median: cla
 /// How much later a camera's microphone has the sound than the recorder: some metres of air, and its
 /// converter.
 inline constexpr double microphoneDelaySeconds = 0.015;
+/// The limits of that delay. The camera's sound is hardly ever early.
+inline constexpr double mostAheadSeconds = 0.03, mostBehindSeconds = 0.08;
 
 /// Clips of one camera folder with sound of one card. Offsets are in seconds, to be added to the recordings.
 struct HandledClips {

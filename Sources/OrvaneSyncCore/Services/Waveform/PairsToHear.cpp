@@ -39,6 +39,12 @@ struct AudibleClip {
     const SyncGroup* group;
     const AudioMatch* match;
 };
+/// Whether the sound of the clip's camera can be compared with its recordings.
+bool isAudible(const SyncGroup& group) {
+    return !group.audioMatches.empty() && group.matchStatus.isSettled() && !group.video.isOffspeed() &&
+           group.video.channelCount.value_or(0) > 0 &&
+           group.video.durationSeconds.value_or(0) >= leastHeardSeconds;
+}
 /// Key: the folders of camera and recordings; clips are in the order of the list.
 using AudibleCards = std::map<std::pair<std::string_view, std::string_view>, std::vector<AudibleClip>>;
 
@@ -46,10 +52,8 @@ using AudibleCards = std::map<std::pair<std::string_view, std::string_view>, std
 AudibleCards audibleCards(const SyncGroupList& groups, bool areLongEnough = true) {
     AudibleCards cards;
     for (const SyncGroup& group : groups) {
-        if (group.audioMatches.empty() || !group.matchStatus.isSettled() || group.isLocked ||
-            group.isExcludedFromExport || group.manualAudioOffsetSeconds != 0 || group.video.isOffspeed() ||
-            group.video.channelCount.value_or(0) <= 0 ||
-            group.video.durationSeconds.value_or(0) < leastHeardSeconds)
+        if (!isAudible(group) || group.isLocked || group.isExcludedFromExport ||
+            group.manualAudioOffsetSeconds != 0)
             continue;
         const std::string_view camera = pathOfFolder(group.video.url);
         cards[{camera, pathOfFolder(group.primaryAudio()->url)}].push_back(
@@ -116,6 +120,13 @@ std::vector<Pair> pairsToHear(const SyncGroupList& groups) {
     for (const auto& [folders, clips] : cards)
         for (const std::size_t i : spread(clips.size(), std::min(each, clips.size())))
             pairs.push_back(pairOf(clips[i]));
+    return pairs;
+}
+
+std::vector<Pair> pairsOf(const SyncGroupList& clips) {
+    std::vector<Pair> pairs;
+    for (const SyncGroup& clip : clips)
+        if (isAudible(clip)) pairs.push_back(pairOf({&clip, &clip.audioMatches.front()}));
     return pairs;
 }
 

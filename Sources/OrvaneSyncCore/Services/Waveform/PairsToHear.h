@@ -46,6 +46,10 @@ bool areOfOneCard(const Pair& a, const Pair& b);
 /// or its clock is wrong. Pairs of one card are next to each other. Pure; any thread.
 std::vector<Pair> pairsToHear(const SyncGroupList& groups);
 
+/// For each of the clips that can be compared its first recording, where it is now, also if it was moved by
+/// hand. Pure; any thread.
+std::vector<Pair> pairsOf(const SyncGroupList& clips);
+
 /// If two clips of a card have different distances from their sound, a clip halfway between them that was not
 /// tried yet: this finds the take from which on a clock is wrong. `tried`: matches that were listened to.
 /// Pure; any thread.

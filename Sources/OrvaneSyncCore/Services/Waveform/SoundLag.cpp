@@ -42,6 +42,7 @@ constexpr double clearlyMoreSimilar = 0.1;
 // A lower likeness close to the expected place may come from a take that is similar to the right one, for
 // example of the same song.
 constexpr double surelyAlike = 0.85;
+constexpr std::size_t listenersAtOnce = 4;
 constexpr int mostRounds = 12; // enough to find the take from which on a clock is wrong among some thousands
 
 /// The level of all channels together, for each window.
@@ -291,9 +292,8 @@ HeardSound heard(const std::vector<Pair>& pairs, const std::stop_token& stop,
         cards.emplace_back(first, last);
         first = last;
     }
-    constexpr std::size_t atOnce = 4;
     platform::concurrently(
-        cards.size(), atOnce,
+        cards.size(), listenersAtOnce,
         [&](std::size_t card) {
             std::vector<double> lags, elsewhere;
             std::size_t drifts = 0, tried = 0, withoutResult = 0, comparedWithoutResult = 0;
@@ -341,6 +341,23 @@ HeardSound heard(const std::vector<Pair>& pairs, const std::stop_token& stop,
     return result;
 }
 
+HeardSound heardEach(const std::vector<Pair>& pairs, const std::stop_token& stop,
+                     const std::function<void(std::size_t done)>& progress) {
+    HeardSound result;
+    std::size_t done = 0;
+    std::mutex mutex;
+    platform::concurrently(
+        pairs.size(), listenersAtOnce,
+        [&](std::size_t i) {
+            const HeardPair found = Listening(pairs[i], stop).hear(true, false);
+            const std::lock_guard lock(mutex);
+            if (found.lag) result.lags.emplace(pairs[i].matchID, *found.lag);
+            if (progress) progress(++done);
+        },
+        stop);
+    return result;
+}
+
 HeardSound heardWithNeighbours(const SyncGroupList& groups, std::vector<Pair> pairs,
                                const RecordingNeighbours& neighbours, const std::stop_token& stop,
                                const std::function<void(std::size_t done)>& progress) {
@@ -368,9 +385,8 @@ HeardClaims heardClaims(const SyncGroupList& groups, const std::vector<MediaAsse
     for (const MediaAsset& recording : recordings) assets.emplace(recording.id, &recording);
     HeardClaims result;
     std::mutex mutex;
-    constexpr std::size_t atOnce = 4;
     platform::concurrently(
-        claims.size(), atOnce,
+        claims.size(), listenersAtOnce,
         [&](std::size_t i) {
             const SoundClaim& claim = claims[i];
             const auto video = assets.find(claim.clipID), recording = assets.find(claim.recordingID);

@@ -23,8 +23,12 @@ inline constexpr double furthestSeconds = 30;
 HeardSound heard(const std::vector<Pair>& pairs, const std::stop_token& stop = {},
                  const std::function<void(std::size_t done)>& progress = {});
 
-/// The same including each pair's neighbours and, if a clock is wrong for a part of a card, some more of its
-/// clips. `pairs`: the first pairs; `progress` counts only these.
+/// The lag of each pair alone, none skipped. The arguments are as above. Throws Stopped.
+HeardSound heardEach(const std::vector<Pair>& pairs, const std::stop_token& stop = {},
+                     const std::function<void(std::size_t done)>& progress = {});
+
+/// As `heard`, including each pair's neighbours and, if a clock is wrong for a part of a card, some more of
+/// its clips. `pairs`: the first pairs; `progress` counts only these.
 HeardSound heardWithNeighbours(const SyncGroupList& groups, std::vector<Pair> pairs,
                                const RecordingNeighbours& neighbours, const std::stop_token& stop = {},
                                const std::function<void(std::size_t done)>& progress = {});

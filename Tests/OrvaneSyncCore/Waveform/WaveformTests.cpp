@@ -150,7 +150,9 @@ TEST_F(WaveformFiles, theNewestLoadIsShown) {
     const auto mainThread = std::make_shared<test::VirtualMainThread>();
     const auto state = WaveformState::create(mainThread, nullptr);
     int changes = 0;
+    std::vector<double> shares;
     const auto subscription = state->onChange([&] { ++changes; });
+    const auto progress = state->onProgress([&] { shares.push_back(state->readShare()); });
     const auto finish = [&](const platform::Task& task) {
         ASSERT_TRUE(mainThread->waitUntil([&] { return task.isDone(); }));
         mainThread->runPosted();
@@ -168,6 +170,8 @@ TEST_F(WaveformFiles, theNewestLoadIsShown) {
     EXPECT_EQ(waveform.cachedImagesPerChannel.size(), 2U);
     EXPECT_FALSE(state->isLoading());
     EXPECT_EQ(changes, 3); // two loads began, one ended
+    EXPECT_TRUE(!shares.empty() && std::ranges::is_sorted(shares) && shares.back() == 1)
+        << "only those of the newest load";
     const platform::Task forgotten = state->load(loud, 100, false);
     state->reset();
     finish(forgotten);

@@ -31,6 +31,13 @@ constexpr int framePause = 16; ///< milliseconds
 constexpr int scrollStep = 40; ///< points
 constexpr QSize smallest{200, 150};
 
+/// With the progress for a recording that takes a while; each change of it repaints the timeline.
+QString readingText(double seconds, double share) {
+    constexpr double longSeconds = 600;
+    if (seconds < longSeconds) return QObject::tr("Reading the sound…");
+    return QObject::tr("Reading the sound… %1 %").arg(std::floor(share * 100));
+}
+
 QString skimSetting() { return QStringLiteral("timeline/skims"); }
 
 } // namespace
@@ -146,6 +153,9 @@ void TimelineView::follow() {
         }));
     following_.push_back(review_->onChange([this] { changed(review_->groupID() != shown_); }));
     following_.push_back(timeline.waveform()->onChange([this] { changed(true); }));
+    following_.push_back(timeline.waveform()->onProgress([this] {
+        if (rows_) showSound();
+    }));
     following_.push_back(review_->engine()->onChange([this](VideoEngineField field) {
         if (field == VideoEngineField::playhead && !playing_->isActive()) showPosition();
         if (field == VideoEngineField::transport) {
@@ -243,7 +253,7 @@ void TimelineView::showSound() {
     QString hint;
     if (rows_->hasSound && waveform.waveform().binsPerSecond <= 0)
         hint = waveform.isLoading() || !timeline.isWaveformWanted()
-                   ? tr("Reading the sound…")
+                   ? readingText(rows_->soundSeconds, waveform.readShare())
                    : tr("The sound cannot be read. Connect its disk, or check the file.");
     canvas_->setSoundHint(hint);
 }

@@ -184,14 +184,15 @@ HeardWaveform heardWaveform(platform::AudioFile& file, std::size_t totalBins, st
 }
 
 WaveformResult reducedWaveform(const TakeSound& sound, std::size_t totalBins, WaveformCache* cache,
-                               std::size_t concurrency, const std::stop_token& stop) {
+                               std::size_t concurrency, const std::stop_token& stop,
+                               const std::function<void(double share)>& progress) {
     const auto place = cache == nullptr ? std::nullopt : WaveformCache::placeOf(sound, totalBins);
     if (place)
         if (auto known = cache->find(*place)) return *std::move(known);
     const OpenTake take = openTake(sound);
     if (!take) return {};
     WaveformReduction reduction(*take.audio, totalBins);
-    hear(*take.audio, reduction, concurrency, {}, stop);
+    hear(*take.audio, reduction, concurrency, progress, stop);
     take.throwIfReadFailed();
     const bool isWhole = reduction.isWhole() && take.incompleteFiles().empty();
     WaveformResult result = reduction.take();

@@ -82,9 +82,11 @@ class WaveformReduction : public SplittableListener {
 };
 
 /// The waveform of a take, from the cache (null: none) or by reading it once. Empty if no file can be opened.
-/// Any thread that may wait. Throws Stopped, and ReadFailed if the take can be read only in part.
+/// Any thread that may wait. Throws Stopped, and ReadFailed if the take can be read only in part. `progress`
+/// as in `AudioPass`; not called for a waveform from the cache.
 WaveformResult reducedWaveform(const TakeSound& sound, std::size_t totalBins, WaveformCache* cache,
-                               std::size_t concurrency, const std::stop_token& stop = {});
+                               std::size_t concurrency, const std::stop_token& stop = {},
+                               const std::function<void(double share)>& progress = {});
 
 struct HeardWaveform {
     WaveformResult waveform;

@@ -17,11 +17,12 @@ namespace {
 /// Runs on the queue. A recording that cannot be read gives an empty waveform.
 std::shared_ptr<const Waveform> loaded(const TakeSound& sound, std::size_t totalBins,
                                        bool includePerChannelImages, WaveformCache* cache,
+                                       const std::function<void(double share)>& progress,
                                        const std::stop_token& stop) {
     auto waveform = std::make_shared<Waveform>();
     WaveformResult& result = *waveform;
-    result =
-        reducedWaveform(sound, totalBins, cache, std::max(std::thread::hardware_concurrency(), 1U), stop);
+    result = reducedWaveform(sound, totalBins, cache, std::max(std::thread::hardware_concurrency(), 1U), stop,
+                             progress);
     waveform->clipDuration = result.durationSeconds;
     waveform->onsetMarkers = onsetMarkersOf(result);
     const float gain = displayGain(result);
@@ -54,6 +55,7 @@ WaveformState::~WaveformState() {
 platform::Task WaveformState::load(TakeSound sound, std::size_t totalBins, bool includePerChannelImages) {
     if (task_) task_->requestStop();
     isLoading_ = true;
+    readShare_ = 0;
     task_ = run(weak_from_this(), std::move(sound), totalBins, includePerChannelImages, ++loads_);
     const platform::Task own = *task_;
     changed_.notify();
@@ -63,12 +65,20 @@ platform::Task WaveformState::load(TakeSound sound, std::size_t totalBins, bool 
 platform::Task WaveformState::run(std::weak_ptr<WaveformState> weak, TakeSound sound, std::size_t totalBins,
                                   bool includePerChannelImages, std::uint64_t load) {
     auto self = weak.lock();
-    auto loading =
-        platform::onQueue(*self->queue_, self->mainThread_,
-                          [sound = std::move(sound), totalBins, includePerChannelImages,
-                           cache = self->cache_](const std::stop_token& stop) {
-                              return loaded(sound, totalBins, includePerChannelImages, cache.get(), stop);
-                          });
+    const auto progress = [weak, load, mainThread = self->mainThread_](double share) {
+        mainThread->post([weak, load, share] {
+            const auto state = weak.lock();
+            if (!state || load != state->loads_) return;
+            state->readShare_ = share;
+            state->progressed_.notify();
+        });
+    };
+    auto loading = platform::onQueue(*self->queue_, self->mainThread_,
+                                     [sound = std::move(sound), totalBins, includePerChannelImages, progress,
+                                      cache = self->cache_](const std::stop_token& stop) {
+                                         return loaded(sound, totalBins, includePerChannelImages, cache.get(),
+                                                       progress, stop);
+                                     });
     self.reset();
     std::shared_ptr<const Waveform> waveform;
     try {

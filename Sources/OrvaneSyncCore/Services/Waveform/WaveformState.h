@@ -46,6 +46,12 @@ class WaveformState : public std::enable_shared_from_this<WaveformState> {
     /// one.
     const std::shared_ptr<const Waveform>& sharedWaveform() const { return waveform_; }
     bool isLoading() const { return isLoading_; }
+    /// The share of the recording that the running load has read, from 0 to 1.
+    double readShare() const { return readShare_; }
+    /// Calls back when it has grown, at most a hundred times for each load.
+    platform::Subscription onProgress(std::function<void()> callback) {
+        return progressed_.add(std::move(callback));
+    }
     /// Calls back when one of these has changed.
     platform::Subscription onChange(std::function<void()> callback) {
         return changed_.add(std::move(callback));
@@ -61,9 +67,10 @@ class WaveformState : public std::enable_shared_from_this<WaveformState> {
     const std::unique_ptr<platform::SerialQueue> queue_;
     std::shared_ptr<const Waveform> waveform_;
     bool isLoading_ = false;
+    double readShare_ = 0;
     std::uint64_t loads_ = 0; ///< counts loads and resets; identifies the newest load
     std::optional<platform::Task> task_;
-    platform::Listeners<> changed_;
+    platform::Listeners<> changed_, progressed_;
 };
 
 } // namespace orvane

@@ -249,6 +249,7 @@ TEST_F(OpeningTest, ANewScanIsLeftWithoutATraceAndActsOnNoClip) {
 TEST_F(OpeningTest, AScanKeepsTheDecisionsWhereItMatchesAsBefore) {
     scan();
     desktop_->runForClips("toggleLocked", {clip("A001C001").id});
+    table().selectRow(rowOf("A001C003"));
     const auto* warned = window_->findChild<QWidget*>(QStringLiteral("lost"));
     window_->findChild<QAction*>(QStringLiteral("newScan"))->trigger();
     EXPECT_TRUE(warned->isVisible() && warned->accessibleName().contains("(1 locked) is kept"))
@@ -261,6 +262,8 @@ TEST_F(OpeningTest, AScanKeepsTheDecisionsWhereItMatchesAsBefore) {
     ASSERT_TRUE(waitUntil([&] { return bannerText() == "All decisions were kept, beside 0 new clips."; }))
         << bannerText().toStdString();
     EXPECT_TRUE(clip("A001C001").isLocked);
+    EXPECT_EQ(table().selectionModel()->selectedRows().value(0).row(), rowOf("A001C003"))
+        << "the selected clip is a new one of the same file";
     desktop_->run("undo");
     EXPECT_FALSE(clip("A001C001").isLocked);
     press(*window_->centralWidget(), "Keep the Decisions");

@@ -240,6 +240,10 @@ QWidget* ResultsView::makeTable() {
         }
         noteClips();
     });
+            chosenFiles_.clear();
+            for (const UUID& id : chosen_)
+                if (const SyncGroup* clip = desktop_.controller().work().syncGroups().find(id))
+                    chosenFiles_.insert(clip->video.url.path);
     connect(table->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this](const QModelIndex& now) {
                 desktop_.controller().endUndoStep();
@@ -331,7 +335,11 @@ void ResultsView::showEvent(QShowEvent* event) {
 }
 
 void ResultsView::keepSelection(bool areAllNew) {
-    if (areAllNew) chosen_.clear();
+    if (areAllNew) {
+        chosen_.clear();
+        for (const SyncGroup& clip : desktop_.controller().work().syncGroups())
+            if (chosenFiles_.contains(clip.video.url.path)) chosen_.push_back(clip.id);
+    }
     if (chosen_.empty() || rows_.rowCount() == 0) return;
     std::vector<UUID> kept = chosen_;
     std::erase_if(kept, [this](const UUID& id) { return !rows_.rowOf(id); });

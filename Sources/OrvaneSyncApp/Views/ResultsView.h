@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <string>
+#include <unordered_set>
 #include <vector>
 
 class QMenu;
@@ -43,10 +45,10 @@ class ResultsView : public WorkScreen {
     /// Selects those of the clips that have rows; the first one comes into view. If none has a row, the
     /// selection stays.
     void select(const std::vector<UUID>& clips);
-    void open(const std::vector<UUID>& clips) override { select(clips); }
-    bool isPlaying() const override { return false; }
     /// The same without the filter and the search.
     void showClips(const std::vector<UUID>& clips);
+    void open(const std::vector<UUID>& clips) override { select(clips); }
+    bool isPlaying() const override { return false; }
     std::vector<UUID> clips() const override { return selectedClips(); }
     QLineEdit* search() const override { return search_; }
     QWidget* keyboard() override { return table_; } ///< the table
@@ -108,9 +110,11 @@ class ResultsView : public WorkScreen {
     bool isMeasuredWithReasons_ = false; ///< the column of the status has room for reasons
     bool isFittedWithLoudness_ = false;  ///< the loudness of some clip was known when the columns were fitted
     std::vector<UUID> chosen_;           ///< the clips that were selected last
-    std::optional<UUID> current_;        ///< the clip of the row that was current last
-    std::size_t chosenRow_ = 0;          ///< the row of the first of `chosen_`
-    std::map<UUID, UUID> lastOf_;        ///< the clip that was used last, by session
+    /// The camera files of the clips that were selected last: a scan makes other clips of them.
+    std::unordered_set<std::string> chosenFiles_;
+    std::optional<UUID> current_; ///< the clip of the row that was current last
+    std::size_t chosenRow_ = 0;   ///< the row of the first of `chosen_`
+    std::map<UUID, UUID> lastOf_; ///< the clip that was used last, by session
     QStackedLayout* pages_;
     design::EmptyState* empty_;
     QPushButton *showAll_, *folders_; ///< below the text of `empty_`

@@ -194,6 +194,7 @@ TEST_F(InspectorModelTest, syncSaysWhatTheClipHasAndWhatWasLocked) {
     };
     EXPECT_TRUE(isAmber(OutlineModel(*controller_)) && isAmber(ResultsViewModel(*controller_)));
     EXPECT_EQ(movedSinceLockText(group(a_), 25), "moved since locked: -2f to -1f");
+    EXPECT_EQ(movedText(group(a_), 25), "moved to -1f");
     EXPECT_EQ(part.wholeFrames, "");
     controller_->clips().adjustAudioOffset(a_, 0.013);
     EXPECT_EQ(SyncPart::of(group(a_), 25).wholeFrames, "The document takes whole frames: +0.");

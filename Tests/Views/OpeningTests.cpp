@@ -259,7 +259,7 @@ TEST_F(OpeningTest, AScanKeepsTheDecisionsWhereItMatchesAsBefore) {
     fs::create_directories(card);
     fs::rename(folder_.path("shoot/camera/") + clip("B001C001").video.filename, card + "B001C001.mov");
     scan();
-    ASSERT_TRUE(waitUntil([&] { return bannerText() == "All decisions were kept, beside 0 new clips."; }))
+    ASSERT_TRUE(waitUntil([&] { return bannerText() == "All decisions were kept."; }))
         << bannerText().toStdString();
     EXPECT_TRUE(clip("A001C001").isLocked);
     EXPECT_EQ(table().selectionModel()->selectedRows().value(0).row(), rowOf("A001C003"))
@@ -270,8 +270,9 @@ TEST_F(OpeningTest, AScanKeepsTheDecisionsWhereItMatchesAsBefore) {
     EXPECT_TRUE(clip("A001C001").isLocked);
 
     window_->addCard(text(card));
-    ASSERT_TRUE(waitUntil([&] { return bannerText() == "All decisions were kept, beside 1 new clip."; }))
-        << bannerText().toStdString();
+    ASSERT_TRUE(waitUntil([&] {
+        return bannerText() == "All decisions were kept; the scan found 1 new clip.";
+    })) << bannerText().toStdString();
     EXPECT_TRUE(clip("A001C001").isLocked);
     EXPECT_EQ(clip("B001C001").video.url.path, card + "B001C001.mov");
 }

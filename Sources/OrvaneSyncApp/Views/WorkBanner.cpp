@@ -49,11 +49,17 @@ std::ptrdiff_t unanalysedClips(const ImportController& controller) {
 }
 
 /// The clips whose camera file was not in the work before.
-QString newClipsText(const SyncGroupList& clips, const SyncGroupList& before) {
+std::ptrdiff_t newClips(const SyncGroupList& clips, const SyncGroupList& before) {
     std::unordered_set<std::string_view> known;
     for (const SyncGroup& clip : before) known.insert(clip.video.url.path);
-    const auto isNew = [&](const SyncGroup& clip) { return !known.contains(clip.video.url.path); };
-    return translatedSentence(counted(std::ranges::count_if(clips, isNew), "new clip", "new clips"));
+    return std::ranges::count_if(clips,
+                                 [&](const SyncGroup& clip) { return !known.contains(clip.video.url.path); });
+}
+
+QString keptText(std::ptrdiff_t newOnes) {
+    return newOnes == 0 ? QObject::tr("All decisions were kept.")
+                        : QObject::tr("All decisions were kept; the scan found %1.")
+                              .arg(translatedSentence(counted(newOnes, "new clip", "new clips")));
 }
 
 } // namespace
@@ -151,20 +157,19 @@ void WorkBanner::keepDecisions(const ClipDecisions& before, const WorkFiles& wor
     desktop_.controller()
         .recordings()
         .keepDecisions(workBefore)
-        .whenDone([self = QPointer(this), before,
-                   clips = workBefore.groups](const std::exception_ptr& raised) {
-            if (!self || raised) return;
-            const auto lost = before.without(ClipDecisions::of(self->desktop_.controller()));
-            if (lost.any())
-                return self->showScanWarnings(
-                    Signal::doubtful,
-                    tr("The decisions were kept, but for those of clips whose camera file the scan did "
-                       "not find or left out as a copy: %1.")
-                        .arg(decisionsText(lost)));
-            self->showScanWarnings(
-                Signal::none, tr("All decisions were kept, beside %1.")
-                                  .arg(newClipsText(self->desktop_.controller().work().syncGroups(), clips)));
-        });
+        .whenDone(
+            [self = QPointer(this), before, clips = workBefore.groups](const std::exception_ptr& raised) {
+                if (!self || raised) return;
+                const auto lost = before.without(ClipDecisions::of(self->desktop_.controller()));
+                if (lost.any())
+                    return self->showScanWarnings(
+                        Signal::doubtful,
+                        tr("The decisions were kept, but for those of clips whose camera file the scan did "
+                           "not find or left out as a copy: %1.")
+                            .arg(decisionsText(lost)));
+                self->showScanWarnings(
+                    Signal::none, keptText(newClips(self->desktop_.controller().work().syncGroups(), clips)));
+            });
 }
 
 void WorkBanner::followUndo() {
@@ -363,11 +368,6 @@ void WorkBanner::showListened(const std::vector<CardDoubt>& before) {
     show(Signal::none, translatedSentence(heardText(controller.derivedDoubts().listened(), doubts)));
 }
 
-void WorkBanner::showLockit() {
-    using SyncEnd = LockitController::SyncEnd;
-    const LockitController& lockit = desktop_.controller().lockit();
-    const auto& status = lockit.lockitSyncStatus();
-    if (!status || lockit.isSyncingLockit()) return;
 void WorkBanner::showCompared(std::function<void(const std::vector<UUID>&)> showClips) {
     const ComparedSound& compared = desktop_.controller().soundComparison().latest();
     const QString said = translatedSentence(comparedText(compared));
@@ -389,6 +389,11 @@ void WorkBanner::showCompared(std::function<void(const std::vector<UUID>&)> show
         });
 }
 
+void WorkBanner::showLockit() {
+    using SyncEnd = LockitController::SyncEnd;
+    const LockitController& lockit = desktop_.controller().lockit();
+    const auto& status = lockit.lockitSyncStatus();
+    if (!status || lockit.isSyncingLockit()) return;
     const SyncEnd end = lockit.lastSyncEnd();
     const bool isWithoutFolder =
         *status == LockitController::noProject && !desktop_.sessions().places().folderOfOpenSession();

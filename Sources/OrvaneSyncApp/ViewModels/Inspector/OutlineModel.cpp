@@ -121,10 +121,12 @@ OutlineModel::Row OutlineModel::row(std::size_t index) const {
     // If the clip is named after its file, the file name is not shown a second time.
     const std::string& why = controller_.derivedDoubts().whyUnmatched(clip.id);
     row.facts = !file.starts_with(place.label) ? file : why.empty() ? clip.matchStatus.label() : why;
-    if (row.isMovedSinceLock)
-        row.facts = movedSinceLockText(clip, controller_.timeline().timelineFrameRate(clip));
     row.status = file;
-    if (row.isMovedSinceLock) addStatusLine(row.status, row.facts);
+    if (row.isMovedSinceLock) {
+        const double rate = controller_.timeline().timelineFrameRate(clip);
+        row.facts = movedText(clip, rate);
+        addStatusLine(row.status, movedSinceLockText(clip, rate));
+    }
     addStatusLine(row.status, matchText(clip, takeOf(clip, assumedChannels)));
     if (!why.empty()) addStatusLine(row.status, why);
     if (const auto found = doubts.find(clip.id); found != doubts.end())

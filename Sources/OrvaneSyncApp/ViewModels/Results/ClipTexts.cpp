@@ -74,4 +74,8 @@ std::string movedSinceLockText(const SyncGroup& group, double frameRate) {
            formatOffset(group.manualAudioOffsetSeconds, frameRate);
 }
 
+std::string movedText(const SyncGroup& group, double frameRate) {
+    return "moved to " + formatOffset(group.manualAudioOffsetSeconds, frameRate);
+}
+
 } // namespace orvane

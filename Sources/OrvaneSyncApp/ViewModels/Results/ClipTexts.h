@@ -24,5 +24,7 @@ std::string beginsText(const SyncGroup& group, const Take& take);
 std::string matchText(const SyncGroup& group, const Take& take);
 /// That a locked clip was moved, in words, in frames of that rate, such as "moved since locked: -3f to -2f".
 std::string movedSinceLockText(const SyncGroup& group, double frameRate);
+/// The same for narrow columns, such as "moved to -2f".
+std::string movedText(const SyncGroup& group, double frameRate);
 
 } // namespace orvane

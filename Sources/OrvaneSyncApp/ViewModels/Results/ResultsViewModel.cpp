@@ -116,9 +116,9 @@ ResultsViewModel::Row ResultsViewModel::row(std::size_t index) const {
     row.isLocked = group.isLocked;
     if (isMovedSinceLock(group)) {
         row.isMovedSinceLock = true;
-        const std::string moved = movedSinceLockText(group, controller_.timeline().timelineFrameRate(group));
-        row.doubts = moved + (row.doubts.empty() ? "" : "\n" + row.doubts);
-        row.reason = moved;
+        const double rate = controller_.timeline().timelineFrameRate(group);
+        row.doubts = movedSinceLockText(group, rate) + (row.doubts.empty() ? "" : "\n" + row.doubts);
+        row.reason = movedText(group, rate);
     }
     row.isExcluded = group.isExcludedFromExport;
     row.isAnalysed = controller_.smartAudio().state().results.heard(group.id) != nullptr;

@@ -1,5 +1,8 @@
 #include "OrvaneSyncApp/ViewModels/Results/ListeningTexts.h"
 #include "OrvaneSyncApp/Views/Review/ReviewView.h"
+#include "OrvaneSyncCore/Services/Export/ExportCameras.h"
+#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "Support/Assets.h"
 #include "Views/AllWindows.h"
 
 #include <QAbstractItemView>
@@ -143,9 +146,6 @@ TEST(LanguageTest, KnowsTextsAndSentencesButNoNames) {
            u"4 Clips in '/B', '/C' haben keinen Ton zum Vergleichen: von jeder Kamera eine Klappe prüfen.\n"
            u"2 Clips in '/A' wurden nicht verglichen, da der Ton der Kamera zu kurz, von zu wenigen Clips "
            u"oder den Aufnahmen unähnlich ist: von jeder Kamera eine Klappe prüfen."},
-          {"left out as copies of camera files that are here: '/2/A.mov' and 3 more; the first one is a copy "
-           "of '/1/A.mov'",
-           u"als Kopien von vorhandenen Kameradateien weggelassen: „/2/A.mov“ und 3 weitere; die erste ist "
           {comparedText({.right = 380, .off = {{{}, 0.12, 3}, {{}, 0.16, 4}}, .unlike = 2}),
            u"382 Clips mit dem Ton der Kamera verglichen: 380 richtig, 2 daneben; dort den Ton um +3 bis +4 "
            u"Bilder verschieben.\nNicht verglichen: 0 ohne Aufnahme, 0 ohne Ton der Kamera, 2 zu kurz oder "
@@ -153,6 +153,9 @@ TEST(LanguageTest, KnowsTextsAndSentencesButNoNames) {
           {comparedText({.off = {{{}, 0.04, 1}}}),
            u"1 Clip mit dem Ton der Kamera verglichen: 0 richtig, 1 daneben; dort den Ton um +1 Bild "
            u"verschieben."},
+          {"left out as copies of camera files that are here: '/2/A.mov' and 3 more; the first one is a copy "
+           "of '/1/A.mov'",
+           u"als Kopien von vorhandenen Kameradateien weggelassen: „/2/A.mov“ und 3 weitere; die erste ist "
            u"eine Kopie von '/1/A.mov'"},
           {LockitController::noProject,
            u"Kein Lockit-Projekt ist zugewiesen. Zuerst dem Ordner (der Produktion) eines zuweisen, mit "
@@ -166,6 +169,48 @@ TEST(LanguageTest, KnowsTextsAndSentencesButNoNames) {
         EXPECT_EQ(translatedSentence(english), german);
     for (const char* name : {"A001.mov", "T1.5 s.WAV", "libsndfile-1.2.0", "Boom", "T2 Lav", "iXML: Boom"})
         EXPECT_EQ(translatedSentence(name), QLatin1String(name));
+}
+
+TEST(LanguageTest, SaysTheWarningsOfAnExportInGerman) {
+    const test::Spoken german(QStringLiteral("de"));
+    const SyncGroupList groups =
+        SyncEngine().match({test::video("A.mov"), test::video("B.mov", "12:00:00:00"),
+                            test::video("C.mov", "14:00:00:00", 60, 24)},
+                           {test::audio("T.wav"), test::audio("U.wav", "14:00:00:00")}, MatchRules());
+    SyncGroupList all = groups;
+    for (const SyncGroup& group : groups)
+        all.update(group.id, [](SyncGroup& own) {
+            own.video.projectFrameRate = own.video.frameRate;
+            if (own.video.filename == "A.mov") own.matchStatus = MatchStatus::unmatched();
+        });
+    ExportSettings settings;
+    settings.frameRate = settings.projectFrameRate = 25;
+    for (const auto* one : {&settings::volumeKeyframes, &settings::generateSyncClips})
+        settings.set(*one, true);
+    settings.set(settings::wrapMOSInSyncClip, false);
+    std::vector<std::string> warnings = FCPXMLExporter::exportDocument(all, {}, settings).warnings;
+    EXPECT_EQ(warnings.size(), 4U) << "rate, skipped, MOS, curves";
+    const std::vector<const SyncGroup*> angles{&groups[0], &groups[1]};
+    FCPXMLExporter::multicamBucketGroupID(angles, {{groups[0].id, "1A"}, {groups[1].id, "2B"}}, true,
+                                          warnings);
+    for (const char* fixed :
+         {"Not in the multicam clip (shorter than a frame of it): A.mov",
+          "the document holds no clip; look at the settings export.a and export.b",
+          "3 clips may have the wrong sound; 'orvanesync diagnose' of the folders says why, and what 'scan' "
+          "and 'sync' do about it",
+          "Smart Audio can't read the sound of T.wav; only its channel 1 stays switched on",
+          "Smart Audio heard only the first 4:00:00 of the 5:00:00 of T.wav",
+          "Smart Audio left out A.mov: all its channels are excluded from the analysis; include one to have "
+          "it "
+          "analyzed",
+          "T.wav ends early: 0:10 of the 1:00 that its header states could be read",
+          "no loudness could be measured for 'A.mov' and 2 more: the sound is silent or can't be read; the "
+          "master gain stays as it is"})
+        warnings.emplace_back(fixed);
+    for (const std::string& warning : warnings) {
+        const QString said = translatedSentence(warning);
+        EXPECT_TRUE(said != text(warning) && !isEnglish(said)) << said.toStdString();
+    }
 }
 
 TEST(LanguageTest, NamesKeysAsTheKeyboardsOfTheLanguageDo) {

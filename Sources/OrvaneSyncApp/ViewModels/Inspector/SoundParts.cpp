@@ -20,9 +20,10 @@ constexpr double inPercent = 100;
 std::string recordingPlaceText(const AudioMatch& match, const SyncGroup& group) {
     const double offset = match.syncOffsetSeconds + group.manualAudioOffsetSeconds;
     constexpr double atOnce = 0.0005;
-    std::string text = std::abs(offset) < atOnce ? "begins with the picture"
-                                                 : "begins " + formatted("%.3f s", std::abs(offset)) +
-                                                       (offset > 0 ? " after it" : " before it");
+    std::string text = std::abs(offset) < atOnce
+                           ? "begins with the picture"
+                           : "begins " + formatted("%.3f s", std::abs(offset)) +
+                                 (offset > 0 ? " after the picture" : " before the picture");
     const bool isPlaced = match.overlapDurationSeconds > 0 || match.syncOffsetSeconds != 0;
     if (group.video.durationSeconds && isPlaced)
         text += ", covers " + formatted("%.1f", match.overlapDurationSeconds) +

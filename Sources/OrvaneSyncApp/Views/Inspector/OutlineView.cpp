@@ -156,13 +156,21 @@ QWidget* OutlineView::makeOnly() {
     row->addWidget(onlyTitle_ = new ElidedLabel(Qt::ElideRight), 1);
     QPushButton* all = button(tr("Show All"), Weight::quiet);
     all->setToolTip(tr("Lists all clips again, in the order of the shoot"));
-    connect(all, &QPushButton::clicked, this, [this] {
-        showOnly(std::nullopt, {});
-        if (whenAllWanted) whenAllWanted();
-    });
+    connect(all, &QPushButton::clicked, this, [this] { showAll(); });
     row->addWidget(all);
     made->hide();
     return made;
+}
+
+bool OutlineView::isPart() const {
+    const OutlineModel::Counts counts = rows_.counts();
+    return counts.shown < counts.all;
+}
+
+void OutlineView::showAll() {
+    search_->clear();
+    showOnly(std::nullopt, {});
+    if (whenAllWanted) whenAllWanted();
 }
 
 void OutlineView::showOnly(const std::optional<std::vector<UUID>>& clips, const QString& title) {

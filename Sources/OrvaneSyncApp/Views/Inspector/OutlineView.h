@@ -39,6 +39,10 @@ class OutlineView : public QWidget {
     std::optional<OutlineModel::PlaceInList> placeInList(const UUID& groupID) const {
         return rows_.placeInList(groupID);
     }
+    /// Whether clips of the work are left out of the list, by `showOnly` or the search.
+    bool isPart() const;
+    /// Lists all clips, in the order of the shoot.
+    void showAll();
     /// Called when the listed clips or their order change.
     std::function<void()> whenListChanged;
     /// Gives the keyboard to the clip or the cameras in view.

@@ -81,6 +81,11 @@ ReviewView::ReviewView(Desktop& desktop, ScreenHost host) : WorkScreen(desktop, 
     });
     picture_->keys = [this] { return keys_->now(); };
     steps_->showKeys = [this] { keys_->open(); };
+    steps_->isListPart = [this] { return outline_->isPart(); };
+    steps_->showAll = [this] {
+        outline_->showAll();
+        keyboard()->setFocus();
+    };
     outline_->whenListChanged = [this] { steps_->refresh(); };
     const auto areRowsFolded = [model = review.get()] { return !model->isAudioExpanded(); };
     if (design::keptState::value(rowsAreUnfolded, false).toBool() && areRowsFolded())
@@ -123,7 +128,11 @@ bool ReviewView::handleFullscreen(const KeyEvent& event) {
 
 void ReviewView::go(int step) {
     const auto& shown = clip();
-    if (const auto next = shown ? outline_->neighbour(*shown, step) : std::nullopt) host_.openReview(*next);
+    if (const auto next = shown ? outline_->neighbour(*shown, step) : std::nullopt)
+        host_.openReview(*next);
+    else if (shown && outline_->isPart())
+        desktop_.sayWhyNot(step > 0 ? tr("This is the last clip of the filter or the search.")
+                                    : tr("This is the first clip of the filter or the search."));
 }
 
 void ReviewView::savePlaces() {

@@ -23,6 +23,11 @@ StepsBar::StepsBar(Desktop& desktop, ReviewActions& actions, PlaceOf placeOf, QW
     row->addWidget(place_ = facts({}));
     place_->setWordWrap(false);
     place_->setToolTip(tr("The clip's place in the list at the left"));
+    row->addWidget(all_ = button(tr("Show All Clips"), Weight::quiet));
+    all_->setFocusPolicy(Qt::TabFocus);
+    all_->setToolTip(tr("This is the last clip of the filter or the search. Lists all clips again."));
+    all_->hide();
+    connect(all_, &QPushButton::clicked, this, [this] { showAll(); });
     row->addStretch(1);
     row->addWidget(nudge_ = facts(tr("Nudge Clip")));
     nudge_->setWordWrap(false);
@@ -83,7 +88,9 @@ void StepsBar::resizeEvent(QResizeEvent* event) {
 
 void StepsBar::fit() {
     for (QLabel* label : {place_, nudge_}) label->setVisible(true);
-    for (QLabel* label : {nudge_, place_}) label->setVisible(layout()->sizeHint().width() <= width());
+    all_->setVisible(isEndOfPart_);
+    for (QWidget* one : std::initializer_list<QWidget*>{nudge_, place_, all_})
+        if (!one->isHidden()) one->setVisible(layout()->sizeHint().width() <= width());
 }
 
 void StepsBar::refresh() {
@@ -91,6 +98,7 @@ void StepsBar::refresh() {
     const SyncGroup* clip = id ? desktop_.controller().work().syncGroups().find(*id) : nullptr;
     const auto place = clip == nullptr ? std::nullopt : placeOf_(*id);
     place_->setText(place ? tr("%1 of %2").arg(place->number).arg(place->all) : QString());
+    isEndOfPart_ = place && place->number == place->all && isListPart && isListPart();
     fit();
     for (const Step& step : steps_)
         step.button->setEnabled(clip != nullptr && (step.button == lock_ || !clip->isMOS()));

@@ -26,6 +26,9 @@ class StepsBar : public QWidget {
     /// To be called when the clip, or its neighbours in the list, have changed.
     void refresh();
     std::function<void()> showKeys;
+    /// Whether the list leaves clips out, and what lists all. The bar offers that at the end of the list.
+    std::function<bool()> isListPart;
+    std::function<void()> showAll;
 
   protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -33,7 +36,7 @@ class StepsBar : public QWidget {
   private:
     QPushButton* add(KeyAction action, const QString& text);
     void showTexts();
-    /// Shows the labels for which there is room.
+    /// Shows the labels, and the offer at the end of a part of the list, for which there is room.
     void fit();
 
     struct Step {
@@ -50,6 +53,8 @@ class StepsBar : public QWidget {
     std::vector<Step> steps_;
     QPushButton* lock_ = nullptr;
     QPushButton* next_ = nullptr;
+    QPushButton* all_;
+    bool isEndOfPart_ = false;
     std::string lockText_ = "Lock"; ///< as the inspector shows it
     platform::Subscription bindings_, ofWork_;
 };

@@ -128,13 +128,18 @@ ResultsView::ResultsView(Desktop& desktop, ScreenHost host)
     auto* top = new QHBoxLayout;
     filter_ = new SegmentedChoice(tr("Which clips"), filterTitles(), [this](int chosen) {
         rows_.setFilter(filters[static_cast<std::size_t>(chosen)].mode);
+        if (selectedClips().empty()) table_->selectRow(0); // so that Return opens it
     });
+    // A click leaves the keyboard with the list.
+    for (auto* one : filter_->findChildren<QPushButton*>()) one->setFocusPolicy(Qt::TabFocus);
     top->addWidget(filter_);
     top->addStretch(1);
     search_ = searchField(tr("Search clips"), tr("Name, file or scene"));
     search_->setFixedWidth(searchWidth);
-    connect(search_, &QLineEdit::textChanged, this,
-            [this](const QString& words) { rows_.setSearch(utf8(words)); });
+    connect(search_, &QLineEdit::textChanged, this, [this](const QString& words) {
+        rows_.setSearch(utf8(words));
+        if (!words.trimmed().isEmpty()) table_->selectRow(0); // which Return opens
+    });
     top->addWidget(search_);
     column->addLayout(top);
     column->addWidget(doubts_ = new DoubtBar(desktop));
@@ -235,15 +240,15 @@ QWidget* ResultsView::makeTable() {
     connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
         chosen_ = selectedClips();
         if (!chosen_.empty()) {
+            chosenFiles_.clear();
+            for (const UUID& id : chosen_)
+                if (const SyncGroup* clip = desktop_.controller().work().syncGroups().find(id))
+                    chosenFiles_.insert(clip->video.url.path);
             chosenRow_ = rows_.rowOf(chosen_.front()).value_or(0);
             remember(chosen_.front());
         }
         noteClips();
     });
-            chosenFiles_.clear();
-            for (const UUID& id : chosen_)
-                if (const SyncGroup* clip = desktop_.controller().work().syncGroups().find(id))
-                    chosenFiles_.insert(clip->video.url.path);
     connect(table->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             [this](const QModelIndex& now) {
                 desktop_.controller().endUndoStep();
@@ -365,6 +370,11 @@ void ResultsView::select(const std::vector<UUID>& clips) {
                          : tr("“%1” is not in this list. Change the search or the filter above.").arg(name));
 }
 
+void ResultsView::showClips(const std::vector<UUID>& clips) {
+    showAll();
+    select(clips);
+}
+
 void ResultsView::showAll() {
     filter_->choose(0);
     rows_.setFilter(ListFilter::all);
@@ -378,11 +388,6 @@ void ResultsView::setSelected(const std::vector<UUID>& clips, QAbstractItemView:
         const auto row = rows_.rowOf(id);
         if (!row) continue;
         const QModelIndex index = model_->index(static_cast<int>(*row), 0);
-void ResultsView::showClips(const std::vector<UUID>& clips) {
-    showAll();
-    select(clips);
-}
-
         selection.select(index, model_->index(static_cast<int>(*row), ResultsModel::marksColumn));
         if (!current.isValid() || id == current_) current = index;
     }

@@ -6,7 +6,8 @@
 
 namespace orvane::design {
 
-/// A wrapped text of which at most some lines are shown, until its button is pressed.
+/// A wrapped text of which at most some lines are shown, until its button is pressed. An ellipsis is at the
+/// end of the last line if more follow.
 class FoldedText : public QLabel {
   public:
     explicit FoldedText(int mostLines, QWidget* parent = nullptr);
@@ -23,6 +24,7 @@ class FoldedText : public QLabel {
     void fold();
 
     const int mostLines_;
+    QString whole_;
     QPushButton* more_;
     bool isWhole_ = false;
 };

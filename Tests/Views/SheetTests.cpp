@@ -105,6 +105,9 @@ TEST_F(SheetTest, WhatOnlyShowsStandsWhereItStoodUnderTheNextDoubt) {
     bar.show({{words, {}, clips}});
     QCoreApplication::processEvents();
     const int folded = bar.layout()->totalHeightForWidth(bar.width());
+    const auto* shown = bar.findChild<design::FoldedText*>();
+    EXPECT_TRUE(shown->text().endsWith("…") && shown->height() >= shown->heightForWidth(shown->width()))
+        << "no line is cut";
     press(bar, "More");
     QCoreApplication::processEvents();
     EXPECT_GT(bar.layout()->totalHeightForWidth(bar.width()), 2 * folded);

@@ -417,7 +417,7 @@ TEST_F(EditingTest, switchesGoOnAndOff) {
         controller_->clips().setGenerateNativeMOS(id(), on);
         controller_->clips().setGenerateProjectRateClip(id(), !on);
         EXPECT_EQ(group().generateNativeMOSClip, on);
-        EXPECT_EQ(group().generateProjectRateClipFlag, !on);
+        EXPECT_EQ(group().shouldGenerateProjectRateClip(), !on);
     }
 }
 

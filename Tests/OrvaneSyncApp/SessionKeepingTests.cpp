@@ -449,6 +449,34 @@ TEST_F(SessionKeepingTest, noDecisionWaitsForTheDiskAndOthersSeeItWithinASecond)
     EXPECT_TRUE(mainThread_->waitUntil([&] { return theirs->session(id) == nullptr; }));
 }
 
+TEST_F(SessionKeepingTest, foldersThatWereRefusedAreWrittenOnceTheDiskTakesThem) {
+    manager_->start(controller_);
+    newSession();
+    fs::create_directory(folder_.path("folders.json")); // in the way
+    manager_->places().createFolder("Old");
+    flush();
+    manager_->places().renameFolder("Old", "New");
+    flush();
+    fs::remove(folder_.path("folders.json"));
+    flush();
+    const auto stored = SessionStore(folder_.path()).readFolderInfos();
+    ASSERT_EQ(stored.record.value().size(), 1U);
+    EXPECT_EQ(stored.record->front().name, "New");
+}
+
+TEST_F(SessionKeepingTest, aScanOfOtherWorkLeavesTheSession) {
+    manager_->start(controller_);
+    const UUID id = newSession();
+    bringClips(2);
+    approveFirst();
+    manager_->leaveForOtherWork(*controller_);
+    EXPECT_FALSE(manager_->currentSessionId());
+    bringClips(1);
+    flush();
+    EXPECT_EQ(onDisk(id).groups.size(), 2U);
+    EXPECT_TRUE(onDisk(id).groups.front().isApproved);
+}
+
 TEST_F(SessionKeepingTest, recordsThatCannotBeReadAreReportedAndNotReplacedByGuesses) {
     manager_->start(controller_);
     const UUID id = newSession();

@@ -158,7 +158,9 @@ void ClipEditing::setGenerateNativeMOS(UUID groupID, bool enabled) {
 }
 
 void ClipEditing::setGenerateProjectRateClip(UUID groupID, bool enabled) {
-    work_.edit(groupID, [&](SyncGroup& group) { group.generateProjectRateClipFlag = enabled; });
+    const SyncGroup* group = work_.syncGroups().find(groupID);
+    if (group == nullptr || group->shouldGenerateProjectRateClip() == enabled) return; // absent is false
+    work_.edit(groupID, [&](SyncGroup& own) { own.generateProjectRateClipFlag = enabled; });
 }
 
 void ClipEditing::resetClipToAutoSync(UUID groupID) {

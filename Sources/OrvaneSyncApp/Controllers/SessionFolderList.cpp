@@ -51,7 +51,8 @@ const FolderInfo* SessionFolderList::find(std::string_view name) const {
 }
 
 void SessionFolderList::adopt(SessionStore::Stored<std::vector<FolderInfo>> stored) {
-    std::vector<FolderInfo> folders = stored.problem ? folders_ : std::move(*stored.record);
+    if (!stored.problem) stored_ = std::move(*stored.record);
+    std::vector<FolderInfo> folders = stored_;
     applyAll(unwritten_, folders);
     sortByName(folders);
     readProblem_ = std::move(stored.problem);
@@ -121,7 +122,7 @@ platform::Task SessionFolderList::write() {
 void SessionFolderList::postUnwritten() const {
     if (unwritten_.empty()) return;
     queue_.post(
-        [store = store_, known = folders_, changes = unwritten_] { writeFolderList(store, known, changes); });
+        [store = store_, known = stored_, changes = unwritten_] { writeFolderList(store, known, changes); });
 }
 
 /// One write at a time. The changes that it wrote are the first of those that wait when it ends.
@@ -132,7 +133,7 @@ platform::Task SessionFolderList::writeAll(std::weak_ptr<SessionFolderList> weak
         const auto count = static_cast<std::ptrdiff_t>(self->unwritten_.size());
         auto writing =
             platform::onQueue(self->queue_, self->mainThread_,
-                              [store = self->store_, known = self->folders_, changes = self->unwritten_] {
+                              [store = self->store_, known = self->stored_, changes = self->unwritten_] {
                                   return writeFolderList(store, known, changes);
                               });
         self.reset();

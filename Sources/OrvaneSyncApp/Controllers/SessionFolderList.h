@@ -62,7 +62,8 @@ class SessionFolderList : public std::enable_shared_from_this<SessionFolderList>
     const SessionStore store_;
     platform::SerialQueue& queue_;
     const std::shared_ptr<platform::MainThread> mainThread_;
-    std::vector<FolderInfo> folders_;
+    std::vector<FolderInfo> stored_;  ///< as last read or written, without the unwritten changes
+    std::vector<FolderInfo> folders_; ///< with them
     std::vector<SessionStore::FolderChange> unwritten_;
     platform::Task writing_ = platform::Task::ended();
     std::optional<std::string> readProblem_, writeFailure_;

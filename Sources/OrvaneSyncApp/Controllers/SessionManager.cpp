@@ -340,6 +340,14 @@ void SessionManager::close(ImportController& controller) {
     controller.reset();
 }
 
+void SessionManager::leaveForOtherWork(const ImportController& controller) {
+    assertOnMainThread();
+    ++openings_;
+    keepDecisionsOf(controller);
+    leaveSession();
+    setCurrentSession(std::nullopt);
+}
+
 /// Makes the pending saves of the open session now.
 void SessionManager::leaveSession() {
     autosave_->saveScheduled();

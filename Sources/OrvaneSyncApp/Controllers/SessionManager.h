@@ -91,6 +91,9 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
     /// Closes the work and leaves empty work without a session. Decisions made so far are saved in the closed
     /// session; later ones are not.
     void close(ImportController& controller);
+    /// Before a scan of other work: saves the decisions made so far as `close` does, and leaves the open work
+    /// without a session, which the new clips would replace.
+    void leaveForOtherWork(const ImportController& controller);
     /// Ends when the lists of sessions and folders match the disk plus the unwritten changes.
     platform::Task loadSessionList();
     /// Writes to `found` the session with clips, other than the open one, whose media were in exactly these

@@ -127,6 +127,8 @@ std::vector<Command> reviewCommands() {
                 "Changes the length of the clips of the document, as the setting trimMode does.",
                 {{.name = "mode", .kind = text, .choices = RawValues<TrimMode>::texts}},
                 [](CommandContext& context, const Call& call) {
+                    const auto& store = *context.controller->work().environment.settings;
+                    if (rawValue(store.get(settings::trimMode)) == call.text("mode")) return JSON();
                     context.controller->changeSetting(steps::setTrimMode, settings::trimMode.key,
                                                       JSON(call.text("mode")));
                     return JSON();

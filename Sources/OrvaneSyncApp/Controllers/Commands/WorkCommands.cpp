@@ -131,6 +131,7 @@ platform::Task startScan(CommandContext& context, Call call, std::shared_ptr<JSO
     // Weak, so that the end of the program destroys the controller, which stops the scan.
     const std::weak_ptr<ImportController> weak = context.controller;
     const bool isOfOtherWork = call.has("ofOtherWork") && call.boolean("ofOtherWork");
+    if (isOfOtherWork && context.sessions) context.sessions->leaveForOtherWork(*context.controller);
     const platform::Task scanning = context.controller->scan().startScan(
         isOfOtherWork ? OpenWork::ScanOf::otherWork : OpenWork::ScanOf::sameWork);
     co_await scanning;
@@ -267,8 +268,8 @@ std::vector<Command> workCommands() {
                 setCorrections)
             .alsoBy({"sync", "scan"}),
         Command::later("startScan", "Scan & Match",
-                       "Reads the folders and matches what is in them; of other work than the open one "
-                       "there is nothing to take back.",
+                       "Reads the folders and matches what is in them. Where they are other work "
+                       "(`ofOtherWork`), the open session is saved and left first.",
                        {{"ofOtherWork", boolean, true}}, startScan)
             .alsoBy({"sync", "scan"})
             .otherWork()

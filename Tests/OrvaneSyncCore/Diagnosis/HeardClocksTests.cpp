@@ -106,10 +106,13 @@ TEST(HeardClocks, ACameraThatIsOffByAFewFramesIsFoundByComparingIt) {
            6,
            0.12,
            "--sound-offset 00:00:00:03"},
-          {"all alike", late, late, late, 0, 0, ""},
-          {"nothing to compare with", {}, late, {}, 0, 0, ""},
+          {"all alike, by little", Lags(6, -0.08), Lags(6, -0.08), Lags(6, -0.08), 0, 0, ""},
+          {"nothing to compare with", {}, Lags(6, -0.145), {}, 6, -0.16, "--sound-offset -00:00:00:04"},
+          {"far away in all clips", {}, Lags(6, 0.135), {}, 6, 0.12, "--sound-offset 00:00:00:03"},
+          {"nothing to compare two frames with", {}, Lags(6, -0.08), {}, 0, 0, ""},
           {"rough", right, {-0.12, -0.08, -0.16, -0.1, -0.15, -0.09}, right, 0, 0, ""},
-          {"few clips", right, Lags(4, -0.12), right, 0, 0, ""},
+          {"few clips", right, Lags(4, -0.08), right, 0, 0, ""},
+          {"few clips, nothing to compare with", {}, Lags(4, -0.145), {}, 0, 0, ""},
           {"less than a frame", right, Lags(6, -0.025), right, 0, 0, ""}}) {
         Shot shot;
         for (int i = 0; i < 6; ++i) {
@@ -135,12 +138,11 @@ TEST(HeardClocks, ACameraThatIsOffByAFewFramesIsFoundByComparingIt) {
         EXPECT_EQ(shot.count(Kind::constantOffset), one.doubted) << one.name;
         // More clips are listened to only where they decide.
         const auto more = SoundLag::pairsToConfirm(shot.groups, heard, {});
-        EXPECT_EQ(more.size(), std::string(one.name) == "few clips" ? 1U : 0U) << one.name;
+        EXPECT_EQ(more.size(), std::string(one.name).starts_with("few clips") ? 1U : 0U) << one.name;
         const auto card = shot.card(Kind::constantOffset);
         if (!card) continue;
         EXPECT_NE(card->doubt.cure.text().find(one.cure), std::string::npos) << card->doubt.cure.text();
-        EXPECT_EQ(card->doubt.message.find("its microphone was 41 m further away") != std::string::npos,
-                  one.offset > 0)
+        EXPECT_EQ(card->doubt.message.find(" microphone was 41 m ") != std::string::npos, one.offset > 0)
             << card->doubt.message;
         for (const UUID& id : card->groupIDs) {
             EXPECT_EQ(shot.groups.find(id)->video.filename[0], 'B');

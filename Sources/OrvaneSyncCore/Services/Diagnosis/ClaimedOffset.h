@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncCore/Models/AgreedLag.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CommonOffset.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 
@@ -61,9 +62,6 @@ class ClaimedOffset {
     std::vector<Positioned> positioned_;
 };
 
-/// Sound that is heard this near to its place counts as in place: the difference is a camera's own delay, or
-/// a nudge.
-inline constexpr double inPlaceSeconds = 0.2;
 /// Whether the match's clip was analysed and its camera heard other sound than the recording.
 bool isUnheard(const Shoot& shoot, const UUID& match);
 

@@ -272,7 +272,7 @@ class HeardOffsets {
         return compared[compared.size() / 2].first;
     }
     /// For a camera whose clips are in place for everything else, but off by the same few frames, which other
-    /// cameras with sound of the same card are not.
+    /// cameras with sound of the same card are not. Without such a camera, the lag alone has to be larger.
     void addSmallOffset(const Camera& camera) {
         const HandledClips& card = *camera.clips;
         const MediaAsset& video = card.unmoved.front()->group->video;
@@ -282,12 +282,13 @@ class HeardOffsets {
         const double least = leastFrame(camera);
         if (!own || std::abs(*own) < least || std::abs(*own) >= inPlaceSeconds) return;
         std::vector<std::string> folders;
-        const auto reference = lagOfOthers(*camera.key, least, folders);
-        if (!reference || std::abs(*own - *reference) < least || std::abs(*own) < std::abs(*reference))
-            return;
+        auto reference = lagOfOthers(*camera.key, least, folders);
+        if (reference && (std::abs(*own - *reference) < least || std::abs(*own) < std::abs(*reference)))
+            reference.reset();
+        if (!reference && std::abs(*own) < agreedLag::leastAloneSeconds) return;
         // Clocks are set by whole frames, so a measurement near one means that one.
         constexpr double nearFrames = 0.3;
-        double offset = *own - *reference;
+        double offset = *own - reference.value_or(microphoneDelaySeconds);
         if (const double whole = std::round(offset * fps); std::abs(offset * fps - whole) <= nearFrames)
             offset = whole / fps;
         std::vector<const Shoot::Clip*> clips;
@@ -296,16 +297,25 @@ class HeardOffsets {
         });
         constexpr double soundMetresASecond = 343;
         const std::string folder = quotedFolder(std::get<0>(*camera.key));
+        const std::string recorder = quotedFolder(std::get<1>(*camera.key));
+        const std::string those = "the microphones of the cameras heard the sound of " +
+                                  counted(std::ssize(card.heard), "clip", "clips") + " in " + folder;
+        const std::string by =
+            (offset < 0 ? " earlier by " : " later by ") + framesText(std::abs(offset), video);
+        const bool isLate = offset > 0;
+        const std::string metres = formatted("%.0f m", offset * soundMetresASecond);
         SyncDoubt doubt{
             .kind = Kind::constantOffset,
-            .message = "the microphones of the cameras heard the sound of " +
-                       counted(std::ssize(card.heard), "clip", "clips") + " in " + folder +
-                       (offset < 0 ? " earlier by " : " later by ") + framesText(std::abs(offset), video) +
-                       " against " + quotedFolder(std::get<1>(*camera.key)) + " than that of the clips in " +
-                       platform::text::joined(folders, ", ") + ": the clock of this camera is wrong by that" +
-                       (offset > 0 ? formatted(", or its microphone was %.0f m further away",
-                                               offset * soundMetresASecond)
-                                   : ""),
+            .message =
+                reference
+                    ? those + by + " against " + recorder + " than that of the clips in " +
+                          platform::text::joined(folders, ", ") +
+                          ": the clock of this camera is wrong by that" +
+                          (isLate ? ", or its microphone was " + metres + " further away" : "")
+                    : those + by + " than " + recorder +
+                          " has it, in each of them, and no other camera shows which clock is wrong: that of "
+                          "this camera or that of the recordings" +
+                          (isLate ? ", or none, if the microphone was " + metres + " away" : ""),
             .cure = "check a clap; if it shows the same, "};
         const DoubtCure alone = forCameras({offsetBy(offset, {camera})}, {camera});
         if (haveNoOtherSound(clips, std::get<1>(*camera.key))) {

@@ -187,11 +187,12 @@ std::vector<Pair> pairsToConfirm(const SyncGroupList& groups, const HeardSound& 
             cameras.push_back({folders.second, &clips, *agreed, lags.size()});
     }
     const auto isOff = [&](const Camera& own) {
-        return std::abs(own.lag) >= agreedLag::leastSeconds &&
-               std::ranges::any_of(cameras, [&](const Camera& other) {
-                   return other.soundFolder == own.soundFolder &&
-                          std::abs(other.lag - own.lag) >= agreedLag::leastSeconds;
-               });
+        const double lag = std::abs(own.lag);
+        return (lag >= agreedLag::leastAloneSeconds && lag < inPlaceSeconds) ||
+               (lag >= agreedLag::leastSeconds && std::ranges::any_of(cameras, [&](const Camera& other) {
+                    return other.soundFolder == own.soundFolder &&
+                           std::abs(other.lag - own.lag) >= agreedLag::leastSeconds;
+                }));
     };
     std::vector<Pair> pairs;
     for (const Camera& camera : cameras) {

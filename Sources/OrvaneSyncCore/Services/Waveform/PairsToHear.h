@@ -57,7 +57,8 @@ std::vector<Pair> pairsBetween(const SyncGroupList& groups, const HeardSound& he
                                const std::unordered_set<UUID>& tried);
 
 /// If the heard clips of a camera agree on a small lag that another camera with sound of the same folder does
-/// not have, further clips, so that enough of them agree or not (`agreedLag::fewestClips`). `tried` as above.
+/// not have, or that counts alone, further clips, so that enough of them agree or not
+/// (`agreedLag::fewestClips`). `tried` as above.
 /// Pure; any thread.
 std::vector<Pair> pairsToConfirm(const SyncGroupList& groups, const HeardSound& heard,
                                  const std::unordered_set<UUID>& tried);

@@ -89,6 +89,7 @@ TEST(HeardSound, OtherSoundThanWhatLiesUnderTheClipsIsToldUnlessACameraHeardIt) 
         int unheard, heard;
         int otherDay, otherDate;
         bool areCopied = false; ///< the recordings are there twice
+        double thirdDay = 0;    ///< seconds of the day of a recording of a third day
     };
     for (const Case& one : {Case{nullptr, nullptr, 3, 0, 8, 0},
                             {nullptr, nullptr, 2, 0, 0, 0},
@@ -97,11 +98,18 @@ TEST(HeardSound, OtherSoundThanWhatLiesUnderTheClipsIsToldUnlessACameraHeardIt) 
                             {"2024-05-17", "2024-05-18", 0, 0, 0, 8},
                             {"2024-05-17", "2024-05-18", 0, 4, 0, 0},
                             {"2024-05-17", "2024-05-18", 0, 0, 0, 8, true},
-                            {"2024-05-17", "2024-05-18", 0, 4, 0, 0, true}}) {
+                            {"2024-05-17", "2024-05-18", 0, 4, 0, 0, true},
+                            {"2024-05-17", "2024-05-18", 0, 4, 0, 0, false, 3000},
+                            {"2024-05-17", "2024-05-18", 0, 4, 0, 8, false, 25195}}) {
         HeardShot shot(one.areCopied ? std::vector<std::string>{"/S/T", "/S2/T"}
                                      : std::vector<std::string>{"/S/T"});
         if (one.clipDay != nullptr) shot.date(shot.videos, one.clipDay);
         if (one.soundDay != nullptr) shot.date(shot.audios, one.soundDay);
+        if (one.thirdDay > 0) {
+            std::vector<MediaAsset> third{recordingAt("/S3/X.wav", one.thirdDay, 35)};
+            shot.date(third, "2024-05-25");
+            shot.audios.push_back(third.front());
+        }
         shot.match();
         int number = 0;
         for (; number < one.unheard; ++number)

@@ -159,6 +159,19 @@ void DatedSound::findHeard() {
             ++count.unheard;
         }
     }
+    for (const Shoot::Clip& clip : shoot_.clips) {
+        if (!clip.place || !clip.likelyDay()) continue;
+        const std::string_view folder = folderOf(clip.group->video);
+        const long filmed = *clip.likelyDay();
+        for (auto one = heard_.lower_bound({folder, filmed, std::numeric_limits<long>::min()});
+             one != heard_.end() && std::get<0>(one->first) == folder && std::get<1>(one->first) == filmed;
+             ++one)
+            one->second.fitsOtherDays =
+                one->second.fitsOtherDays || std::ranges::any_of(byDay, [&](const auto& day) {
+                    return day.first != std::get<2>(one->first) &&
+                           soundOf(day.first).of(clip.place->range).has_value();
+                });
+    }
 }
 
 bool DatedSound::isHeardOn(std::string_view clips, long filmed, long recorded) const {
@@ -174,7 +187,8 @@ bool DatedSound::isUnheardOn(std::string_view clips, long filmed, long recorded)
 bool DatedSound::isInPlaceOn(std::string_view clips, long filmed, long recorded) const {
     const auto found = heard_.find({clips, filmed, recorded});
     return found != heard_.end() && found->second.inPlace >= explanation::fewest &&
-           found->second.inPlace == found->second.heard && found->second.unheard == 0 && byDay.size() == 1;
+           found->second.inPlace == found->second.heard && found->second.unheard == 0 &&
+           !found->second.fitsOtherDays;
 }
 
 bool DatedSound::isHeard(const Shoot::Clip& clip, const Recording& sound) const {

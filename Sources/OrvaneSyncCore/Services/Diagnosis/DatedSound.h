@@ -57,8 +57,8 @@ class DatedSound {
     bool isHeard(const Shoot::Clip& clip, const Recording& sound) const;
     /// Whether several of these clips were analysed, and all have other sound than those recordings.
     bool isUnheardOn(std::string_view clips, long filmed, long recorded) const;
-    /// Whether all of these clips that were analysed have their sound at its place, and there are no
-    /// recordings of another day to which the other clips could belong.
+    /// Whether all of these clips that were analysed have their sound at its place, and no recordings of a
+    /// third day fit any clip of that folder and day.
     bool isInPlaceOn(std::string_view clips, long filmed, long recorded) const;
     /// The name pattern of these recordings; empty if the folder has no other names of that day.
     std::string patternOf(const SoundKind& kind) const;
@@ -77,6 +77,7 @@ class DatedSound {
     std::map<long, Cover> free_;
     struct HeardCount {
         int heard = 0, inPlace = 0, unheard = 0;
+        bool fitsOtherDays = false; ///< recordings of a third day fit a clip of the folder and day
     };
     /// By folder and day of the clips, and day of the recordings, which is another one.
     std::map<std::tuple<std::string_view, long, long>, HeardCount> heard_;

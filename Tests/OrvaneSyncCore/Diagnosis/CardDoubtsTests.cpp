@@ -275,6 +275,23 @@ TEST(CardDoubts, ARecordingThatWasNeverClosedComesBehindAWholeOne) {
     }
 }
 
+TEST(CardDoubts, ALockOfAllItsClipsKeepsWhatIsThereOfADamagedRecording) {
+    Shot shot{{clipAt("/C/A.mov", 36000, 5), clipAt("/C/B.mov", 36006, 5)},
+              {recordingAt("/S/T.wav", 35999, 20)},
+              {}};
+    shot.audios.front().heldShare = 0.9;
+    shot.diagnose();
+    std::vector<UUID> clips;
+    for (const SyncGroup& group : shot.groups) clips.push_back(group.id);
+    for (std::size_t locked = 0; locked <= clips.size(); ++locked) {
+        if (locked > 0)
+            shot.groups.update(clips[locked - 1], [](SyncGroup& group) { group.isLocked = true; });
+        shot.doubts = SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames()});
+        EXPECT_EQ(shot.count(Kind::cutFile), static_cast<int>(clips.size() - locked));
+        EXPECT_EQ(shot.card(Kind::cutFile).has_value(), locked < clips.size());
+    }
+}
+
 TEST(CardDoubts, ACopyThatBrokeOffAtItsFullSizeIsNotTheSound) {
     const test::TemporaryDirectory folder;
     Shot shot{{clipAt("/C/A.mov", 36000, 10), clipAt("/C/B.mov", 36012, 5)}, {}, {}};

@@ -157,13 +157,14 @@ class CardDates {
                            ? ", or " + DayCures::neighbouringDays()
                            : DoubtCure()) +
                       "; one of the two dates is wrong";
+        const bool isSoundThere = std::ranges::any_of(clips, [&](const Shoot::Clip* clip) {
+            return clip->primary && primaryOf(*clip).place.day == other.day;
+        });
         for (const Recording& recording : shoot_.recordings)
             if (recording.place.day == other.day && folders.contains(folderOf(*recording.asset)))
                 doubts_.recordings.insert(recording.asset->id);
-        if (!isUnheard && std::ranges::any_of(clips, [&](const Shoot::Clip* clip) {
-                return clip->primary && primaryOf(*clip).place.day == other.day;
-            }))
-            cure += "; " + DayCures::sameDayOnly() + " leaves such sound out";
+        if (!isUnheard && isSoundThere) cure += "; " + DayCures::sameDayOnly() + " leaves such sound out";
+        if (isDated && isSoundThere) cure += cureWords::lock("; lock the clips whose sound is right");
         std::vector<std::pair<UUID, UUID>> suggested;
         if (isDated && own.clips == 0 && cures_.isFarFromClips(other.day) && cureWords::isForSome(cure))
             suggested = recordingsOf(other.day, clips);

@@ -53,6 +53,11 @@ inline DoubtCure skipToLeaveOut() {
                             "“Toggle Excluded” to leave the clip out"};
 }
 
+/// For clips whose sound may be right: after that they raise no doubt. `what`: "lock ...".
+inline DoubtCure lock(const std::string& what) {
+    return DoubtCure::Words{what + " (an x under 'lock' in the table of 'scan --review')", what};
+}
+
 /// For a card whose clips were measured with different offsets.
 inline DoubtCure byNoOneOffset(const std::string& spread) {
     const std::string why = "what was heard differs by " + spread +

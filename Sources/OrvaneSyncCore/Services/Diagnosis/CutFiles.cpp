@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Cards.h"
+#include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/DoubtFinders.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Services/Diagnosis/UnmatchedReasons.h"
@@ -124,9 +125,13 @@ void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
     const auto folderOfFile = [&](const MediaAsset& file) -> Folder& {
         return folders[{folderOf(file), knownOf(file), copies.contains(file.id)}];
     };
+    std::set<UUID> ofLocked, ofOthers; // recordings; a lock keeps what is there of one
     for (std::size_t i = 0; i < shoot.clips.size(); ++i) {
         const SyncGroup& group = *shoot.clips[i].group;
         if (group.isExcludedFromExport) continue;
+        for (const AudioMatch& match : group.audioMatches)
+            (group.isLocked ? ofLocked : ofOthers).insert(match.audio->id);
+        if (group.isLocked) continue;
         if (group.video.heldShare) {
             Folder& folder = folderOfFile(group.video);
             folder.files.push_back(&group.video);
@@ -137,7 +142,8 @@ void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
                 folderOfFile(*match.audio).clips.insert(i);
     }
     for (const MediaAsset& recording : shoot.input.recordings)
-        if (recording.endsEarly() || nothingIsKnown(recording))
+        if ((recording.endsEarly() || nothingIsKnown(recording)) &&
+            (!ofLocked.contains(recording.id) || ofOthers.contains(recording.id)))
             folderOfFile(recording).files.push_back(&recording);
     for (auto& [key, folder] : folders) {
         const auto& [path, known, isCopied] = key;
@@ -151,9 +157,12 @@ void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
             {SyncDoubt::Kind::cutFile,
              shoot.nameOf(first) + lengthsOf(first) + likewise(shoot, folder.files) +
                  (isCopied ? "; whole copies are here and used: " + shoot.nameOf(*copies.at(first.id)) : ""),
-             isCopied ? (more == 0 ? "copy it again from the card if it is kept"
-                                   : "copy them again from the card if they are kept")
-                      : cureOf(known, more == 0)},
+             isCopied
+                 ? (more == 0 ? "copy it again from the card if it is kept"
+                              : "copy them again from the card if they are kept")
+                 : DoubtCure(cureOf(known, more == 0)) +
+                       (clips.empty() ? DoubtCure()
+                                      : cureWords::lock("; where no whole copy is left, lock the clips"))},
             clips);
         for (const Shoot::Clip* clip : clips)
             doubts.byGroup[clip->group->id].back().reason = reasonOf(shoot, *clip->group, folder.files);

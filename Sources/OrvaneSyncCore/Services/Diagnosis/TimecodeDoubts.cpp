@@ -401,8 +401,12 @@ class TimecodeDoubts {
     }
 
     static DoubtCure leaveOut() {
-        return "attach the right recordings by hand, or leave the clips out with " + cureWords::skip() +
-               "; lock those whose sound is right";
+        return DoubtCure::Words{
+                   "no option helps: name the right recording of each clip in the table of 'scan "
+                   "--review' ('choice', and 'offset_frames' for its place), or leave the clips "
+                   "out with ",
+                   "attach the right recordings by hand, or leave the clips out with "} +
+               cureWords::skip() + cureWords::lock("; lock those whose sound is right");
     }
 
     const Shoot& shoot_;

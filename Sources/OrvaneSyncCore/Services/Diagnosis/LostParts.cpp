@@ -1,7 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Cards.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CommonOffset.h"
-#include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/DoubtFinders.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Services/Matching/ChannelNames.h"
@@ -82,8 +81,7 @@ void addGap(const Shoot& shoot, const PartPair& parts, SyncDoubts& doubts) {
             !doubts.has(clip.group->id, {Kind::constantOffset, Kind::timecodeRate, Kind::notTimeOfDay}))
             clips.push_back(&clip);
     }
-    DoubtCure cure = "copy the card again, or look for a part of the recording that is missing";
-    if (!clips.empty()) cure += cureWords::lock("; if it is lost, lock the clips");
+    const DoubtCure cure = "copy the card again, or look for a part of the recording that is missing";
     for (const Shoot::Clip* clip : clips)
         if (const auto own = doubts.byGroup.find(clip->group->id); own != doubts.byGroup.end())
             for (SyncDoubt& doubt : own->second)

@@ -69,8 +69,11 @@ TEST(DoubtCures, SayForTheWindowWhatTheTerminalHasOptionsFor) {
          "or match sound of the same day only",
          {}},
         {onDay({{exclude, "B"}, {withoutFolder, "/m"}}),
-         "date the recordings 2026-11-21 in a scan of this day alone (--exclude 'B', without the folder "
+         "date the recordings 2026-11-21 in a scan of this day alone (without 'B', without the folder "
          "'/m')",
+         {}},
+        {DoubtCure(CureWay{{{exclude, "B"}, {exclude, "C*"}}}) + " leaves that recorder out",
+         "a scan without 'B', without 'C*' leaves that recorder out",
          {}},
         {"listen to A --audio B.wav", "listen to A --audio B.wav", {}},
         {DoubtCure(setting, "trimMode=overlap"),

@@ -104,6 +104,7 @@ std::optional<Spoken> spoken(const CureOption& option) {
     case audio:
         return spokenPath("sound: ", option);
     case exclude:
+        return spokenPath("without ", option);
     case withoutFolder:
         break;
     }
@@ -122,15 +123,18 @@ void add(std::vector<CureStep>& steps, CureStep step, bool belongsToLast) {
 /// The text between an option and the previous one.
 const char* separator(CureOption::Kind kind) {
     using enum CureOption::Kind;
-    return kind == soundOffset ? " and " : kind == audio || kind == withoutFolder ? ", " : " ";
+    return kind == soundOffset                                         ? " and "
+           : kind == audio || kind == exclude || kind == withoutFolder ? ", "
+                                                                       : " ";
 }
 
-/// `steps`: the steps that do the same are added to it.
+/// `steps`: the steps that do the same are added to it; null for the options that select the files of a scan.
 std::string inWords(const std::vector<CureOption>& options, std::vector<CureStep>* steps) {
     std::string text;
     for (const CureOption& option : options) {
         auto said = spoken(option);
         const bool isFirst = text.empty();
+        if (isFirst && option.kind == CureOption::Kind::exclude && steps != nullptr) text = "a scan ";
         text += (isFirst ? "" : separator(option.kind)) + (said ? said->words : option.text());
         if (said && said->step && steps != nullptr) add(*steps, std::move(*said->step), !isFirst);
     }

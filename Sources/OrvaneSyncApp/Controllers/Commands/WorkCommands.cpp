@@ -131,7 +131,8 @@ platform::Task startScan(CommandContext& context, Call call, std::shared_ptr<JSO
     // Weak, so that the end of the program destroys the controller, which stops the scan.
     const std::weak_ptr<ImportController> weak = context.controller;
     const bool isOfOtherWork = call.has("ofOtherWork") && call.boolean("ofOtherWork");
-    if (isOfOtherWork && context.sessions) context.sessions->leaveForOtherWork(*context.controller);
+    if (isOfOtherWork && context.sessions && !context.controller->work().syncGroups().empty())
+        context.sessions->leaveForOtherWork(*context.controller);
     const platform::Task scanning = context.controller->scan().startScan(
         isOfOtherWork ? OpenWork::ScanOf::otherWork : OpenWork::ScanOf::sameWork);
     co_await scanning;

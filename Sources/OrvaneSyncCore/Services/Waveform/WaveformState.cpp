@@ -65,8 +65,11 @@ platform::Task WaveformState::load(TakeSound sound, std::size_t totalBins, bool 
 platform::Task WaveformState::run(std::weak_ptr<WaveformState> weak, TakeSound sound, std::size_t totalBins,
                                   bool includePerChannelImages, std::uint64_t load) {
     auto self = weak.lock();
-    const auto progress = [weak, load, mainThread = self->mainThread_](double share) {
-        mainThread->post([weak, load, share] {
+    // Weak, because the main thread may hold this operation, and the operation holds what it captures.
+    const auto progress = [weak, load, mainThread = std::weak_ptr(self->mainThread_)](double share) {
+        const auto posting = mainThread.lock();
+        if (!posting) return;
+        posting->post([weak, load, share] {
             const auto state = weak.lock();
             if (!state || load != state->loads_) return;
             state->readShare_ = share;

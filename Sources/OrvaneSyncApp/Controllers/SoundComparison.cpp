@@ -8,6 +8,14 @@
 
 namespace orvane {
 
+SoundComparison::SoundComparison(OpenWork& work)
+    : work_(work),
+      shown_(platform::Throttle<Progress>::create(work.environment.mainThread, work.environment.clock,
+                                                  platform::progressInterval,
+                                                  [this](Progress latest) { show(latest); })) {}
+
+SoundComparison::~SoundComparison() { shown_->close(); }
+
 platform::Task SoundComparison::compare(const std::vector<UUID>& clips,
                                         std::shared_ptr<ComparedSound> result) {
     work_.notices.assertOnMainThread();
@@ -27,17 +35,18 @@ void SoundComparison::show(std::optional<Progress> progress) {
 platform::Task SoundComparison::run(std::weak_ptr<SoundComparison> weak, SyncGroupList clips,
                                     std::shared_ptr<ComparedSound> result, std::uint64_t number) {
     auto self = weak.lock();
-    const auto show = [weak, number](std::optional<Progress> progress) {
+    const auto end = [weak, number] {
         const auto own = weak.lock();
-        if (own && own->number_ == number) own->show(progress);
+        if (!own || own->number_ != number) return;
+        own->shown_->drop();
+        own->show(std::nullopt);
     };
     auto comparing = platform::onQueue(
         *self->queue_, self->work_.environment.mainThread,
-        [clips = std::move(clips), show,
-         mainThread = self->work_.environment.mainThread](const std::stop_token& stop) {
+        [clips = std::move(clips), shown = std::weak_ptr(self->shown_)](const std::stop_token& stop) {
             const auto pairs = SoundLag::pairsOf(clips);
             const HeardSound heard = SoundLag::heardEach(pairs, stop, [&](std::size_t done) {
-                mainThread->post([show, done, total = pairs.size()] { show(Progress{done, total}); });
+                if (const auto own = shown.lock()) own->post({done, pairs.size()});
             });
             return ComparedSound::of(clips, heard);
         });
@@ -45,11 +54,11 @@ platform::Task SoundComparison::run(std::weak_ptr<SoundComparison> weak, SyncGro
     try {
         *result = co_await comparing;
     } catch (...) {
-        show(std::nullopt);
+        end();
         throw;
     }
     if (self = weak.lock(); self) self->latest_ = *result;
-    show(std::nullopt);
+    end();
 }
 
 } // namespace orvane

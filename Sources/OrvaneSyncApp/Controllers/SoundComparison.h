@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/OpenWork.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ComparedSound.h"
 #include "Platform/Task.h"
+#include "Platform/Throttle.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -16,7 +17,8 @@ namespace orvane {
 /// with some clips of each card. Changes no clip. Interface thread.
 class SoundComparison {
   public:
-    explicit SoundComparison(OpenWork& work) : work_(work) {}
+    explicit SoundComparison(OpenWork& work);
+    ~SoundComparison();
 
     /// The result is that of the clips as they are at the call; it is set when the task ends. Clips that do
     /// not exist are left out.
@@ -37,6 +39,7 @@ class SoundComparison {
     void show(std::optional<Progress> progress);
 
     OpenWork& work_;
+    const std::shared_ptr<platform::Throttle<Progress>> shown_;
     std::unique_ptr<platform::SerialQueue> queue_;
     std::optional<Progress> progress_;
     ComparedSound latest_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/MainThread.h"
+#include "Support/LongestWait.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -45,8 +46,7 @@ class VirtualMainThread final : public platform::MainThread {
     /// timer.
     void advance(std::chrono::nanoseconds by);
     /// Runs work from real background threads until the condition holds; false after `realTime`.
-    bool waitUntil(const std::function<bool()>& condition,
-                   std::chrono::milliseconds realTime = std::chrono::seconds(10));
+    bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds realTime = longestWait);
     /// Drops waiting work and all later work: operations that still run when a test ends own this thread, and
     /// their posted work would be owned by it.
     void close();

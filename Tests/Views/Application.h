@@ -2,6 +2,7 @@
 
 #include "OrvaneDesignKit/Theme.h"
 #include "OrvaneSyncApp/Views/WatchedApplication.h"
+#include "Support/LongestWait.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <QApplication>
@@ -32,7 +33,9 @@ inline QApplication& application() {
     return *made;
 }
 
-/// Runs the event loop until the condition is true; false after ten seconds.
-inline bool waitUntil(const std::function<bool()>& holds) { return QTest::qWaitFor(holds, 10'000); }
+/// Runs the event loop until the condition is true; false after `longestWait`.
+inline bool waitUntil(const std::function<bool()>& holds) {
+    return QTest::qWaitFor(holds, static_cast<int>(longestWait.count()));
+}
 
 } // namespace orvane::test

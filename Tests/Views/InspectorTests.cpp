@@ -32,6 +32,8 @@
 namespace orvane::views {
 namespace {
 
+using test::waitUntil;
+
 constexpr int narrowest = 260;
 
 class InspectorTest : public testing::Test {
@@ -56,8 +58,6 @@ class InspectorTest : public testing::Test {
         inspector_->show();
         inspector_->activateWindow();
     }
-    /// Runs the event loop until the condition is true; false after ten seconds.
-    static bool waitUntil(const std::function<bool()>& holds) { return QTest::qWaitFor(holds, 10'000); }
     static void serve() { QCoreApplication::processEvents(); }
 
     const SyncGroup& clip(std::string_view file) {

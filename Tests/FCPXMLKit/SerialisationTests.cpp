@@ -11,7 +11,8 @@ template <class R>
 std::string printed(R record, FCPXMLVersion version = latestFCPXMLVersion) {
     XMLDocument document;
     XMLElement& root = document.makeRoot(R::elementName);
-    SlotWriter::write(record, root, version);
+    SlotWriter::Shared shared(document.arena());
+    SlotWriter::write(record, root, version, shared);
     const std::string text = document.text();
     return text.substr(text.find('\n', text.find("<!DOCTYPE")) + 1);
 }
@@ -136,6 +137,23 @@ TEST(Serialisation, TheDocumentHasDeclarationTypeAndVersion) {
     EXPECT_EQ(text(FCPXMLVersion::v1_9), expected("1.9"));
     EXPECT_EQ(text(FCPXMLVersion::v1_9, FCPXMLVersion::v1_10), expected("1.10"));
     EXPECT_EQ(XMLDocument().text(), "");
+}
+
+TEST(Serialisation, ElementsThatWereMadeBeforeFollowTheRecords) {
+    const auto clip = [](const char* asset) {
+        AssetClip made;
+        made.ref = {asset};
+        return made;
+    };
+    XMLDocument document;
+    ElementMaker maker(document, FCPXMLVersion::v1_9);
+    FCPXML whole;
+    whole.items = {Library{{Event{"both", {clip("r1")}, {maker.make(clip("r3")), maker.make(clip("r2"))}}}}};
+    std::move(whole).writeInto(document, FCPXMLVersion::v1_9);
+    std::vector<std::string_view> assets;
+    for (const XMLElement* element : findElements(*document.root(), "asset-clip"))
+        assets.push_back(*element->attribute("ref"));
+    EXPECT_EQ(assets, (std::vector<std::string_view>{"r1", "r3", "r2"}));
 }
 
 TEST(Serialisation, AnyNameGivesWellFormedXML) {

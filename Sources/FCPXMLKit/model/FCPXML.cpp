@@ -4,12 +4,17 @@
 
 namespace orvane::fcpxml {
 
-XMLDocument FCPXML::toXMLDocument(std::optional<FCPXMLVersion> wanted, std::stop_token stop) && {
-    const FCPXMLVersion documentVersion = wanted.value_or(version);
-    XMLDocument document(std::move(stop));
+void FCPXML::writeInto(XMLDocument& document, FCPXMLVersion documentVersion) && {
     XMLElement& root = document.makeRoot(elementName);
-    SlotWriter::write(*this, root, documentVersion);
+    SlotWriter::Shared shared(document.arena());
+    SlotWriter::write(*this, root, documentVersion, shared);
     root.setAttribute("version", attributeText(documentVersion));
+}
+
+XMLDocument FCPXML::toXMLDocument(std::optional<FCPXMLVersion> wanted, std::stop_token stop) && {
+    XMLDocument document(std::move(stop));
+    const FCPXMLVersion documentVersion = wanted.value_or(version);
+    std::move(*this).writeInto(document, documentVersion);
     return document;
 }
 

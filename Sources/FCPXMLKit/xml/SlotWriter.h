@@ -29,11 +29,27 @@ namespace orvane::fcpxml {
 /// A slot that the document's version does not have is left out silently.
 class SlotWriter {
   public:
+    /// What the writers of all elements of a document share.
+    class Shared {
+      public:
+        explicit Shared(XMLArena& arena) {
+            times_.fill({Time::zero(), arena.copy(attributeText(Time::zero()))});
+        }
+
+      private:
+        friend SlotWriter;
+        struct KnownTime {
+            Time time;
+            std::string_view text;
+        };
+        std::vector<XMLAttribute> pending_; ///< of unfinished elements; an element's come after its parent's
+        std::array<KnownTime, 4> times_;    ///< the times that were written last
+        std::size_t oldestTime_ = 0;
+    };
+
     /// Writes the whole record into an element that is still empty.
     template <class R>
-    static void write(R& record, XMLElement& element, FCPXMLVersion version) {
-        Shared shared;
-        shared.times.fill({Time::zero(), element.arena().copy(attributeText(Time::zero()))});
+    static void write(R& record, XMLElement& element, FCPXMLVersion version, Shared& shared) {
         SlotWriter writer(element, version, shared);
         record.slots(writer);
         writer.finish();
@@ -87,6 +103,10 @@ class SlotWriter {
         }
         records = {};
     }
+    /// Elements that an `ElementMaker` of this document made.
+    void made(const std::vector<XMLElement*>& elements) {
+        for (XMLElement* element : elements) element_.adoptChild(*element);
+    }
     /// Writes the slots of a group record at this place into this element.
     template <class R>
     void embedded(const R& record) {
@@ -94,26 +114,15 @@ class SlotWriter {
     }
 
   private:
-    /// What the writers of all elements of a document share.
-    struct Shared {
-        struct KnownTime {
-            Time time;
-            std::string_view text;
-        };
-        std::vector<XMLAttribute> pending; ///< of unfinished elements; an element's come after its parent's
-        std::array<KnownTime, 4> times;    ///< the times that were written last
-        std::size_t oldestTime = 0;
-    };
-
     SlotWriter(XMLElement& element, FCPXMLVersion version, Shared& shared)
-        : element_(element), version_(version), shared_(shared), firstPending_(shared.pending.size()) {}
+        : element_(element), version_(version), shared_(shared), firstPending_(shared.pending_.size()) {}
 
     void finish() {
-        element_.setAttributes(std::span(shared_.pending).subspan(firstPending_));
-        shared_.pending.resize(firstPending_);
+        element_.setAttributes(std::span(shared_.pending_).subspan(firstPending_));
+        shared_.pending_.resize(firstPending_);
     }
     void add(std::string_view name, std::string_view text) {
-        shared_.pending.push_back({name, element_.arena().copy(text)});
+        shared_.pending_.push_back({name, element_.arena().copy(text)});
     }
     template <class T>
     void add(std::string_view name, const T& value) {
@@ -121,13 +130,13 @@ class SlotWriter {
     }
     /// The elements of a clip repeat the same few times.
     void add(std::string_view name, const Time& value) {
-        auto known = std::ranges::find(shared_.times, value, &Shared::KnownTime::time);
-        if (known == shared_.times.end()) {
-            known = shared_.times.begin() + static_cast<std::ptrdiff_t>(shared_.oldestTime);
-            shared_.oldestTime = (shared_.oldestTime + 1) % shared_.times.size();
+        auto known = std::ranges::find(shared_.times_, value, &Shared::KnownTime::time);
+        if (known == shared_.times_.end()) {
+            known = shared_.times_.begin() + static_cast<std::ptrdiff_t>(shared_.oldestTime_);
+            shared_.oldestTime_ = (shared_.oldestTime_ + 1) % shared_.times_.size();
             *known = {value, element_.arena().copy(attributeText(value))};
         }
-        shared_.pending.push_back({name, known->text});
+        shared_.pending_.push_back({name, known->text});
     }
     template <class T>
     void add(std::string_view name, const std::vector<T>& values) {
@@ -145,16 +154,37 @@ class SlotWriter {
     }
     template <class R>
     requires requires { R::elementName; }
-    void append(R& record) {
-        SlotWriter writer(element_.appendChild(R::elementName), version_, shared_);
-        record.slots(writer);
-        writer.finish();
-    }
+    void append(R& record) { write(record, element_.appendChild(R::elementName), version_, shared_); }
 
     XMLElement& element_;
     FCPXMLVersion version_;
     Shared& shared_;
     std::size_t firstPending_; ///< in the shared list: this element's attributes begin here
+};
+
+/// Makes the elements of a document's parts one by one, so that the records of a large document are never in
+/// memory together.
+class ElementMaker {
+  public:
+    ElementMaker(XMLDocument& document, FCPXMLVersion version)
+        : document_(document), version_(version), shared_(document.arena()) {}
+
+    /// The record's element, for the `made` of the record that contains it.
+    template <class R>
+    XMLElement* make(const R& record) {
+        XMLElement& element = document_.makeElement(R::elementName);
+        SlotWriter::write(record, element, version_, shared_);
+        return &element;
+    }
+    template <class... R>
+    XMLElement* make(const std::variant<R...>& record) {
+        return std::visit([this](const auto& one) { return make(one); }, record);
+    }
+
+  private:
+    XMLDocument& document_;
+    const FCPXMLVersion version_;
+    SlotWriter::Shared shared_;
 };
 
 } // namespace orvane::fcpxml

@@ -198,9 +198,13 @@ void XMLElement::setAttributes(std::span<const XMLAttribute> attributes) {
 
 XMLElement& XMLElement::appendChild(std::string_view childName) {
     auto* child = std::construct_at(arena_->allocate<XMLElement>(1), *arena_, childName);
-    (lastChild_ == nullptr ? firstChild_ : lastChild_->nextSibling_) = child;
-    lastChild_ = child;
+    adoptChild(*child);
     return *child;
+}
+
+void XMLElement::adoptChild(XMLElement& child) {
+    (lastChild_ == nullptr ? firstChild_ : lastChild_->nextSibling_) = &child;
+    lastChild_ = &child;
 }
 
 void XMLElement::reorderChildren(std::span<XMLElement* const> order) {
@@ -219,8 +223,12 @@ std::vector<XMLElement*> findElements(XMLElement& in, std::string_view named) {
 }
 
 XMLElement& XMLDocument::makeRoot(std::string_view name) {
-    root_ = std::construct_at(arena_->allocate<XMLElement>(1), *arena_, name);
+    root_ = &makeElement(name);
     return *root_;
+}
+
+XMLElement& XMLDocument::makeElement(std::string_view name) {
+    return *std::construct_at(arena_->allocate<XMLElement>(1), *arena_, name);
 }
 
 std::string XMLDocument::text() const {

@@ -86,6 +86,8 @@ class XMLElement {
     };
     Children children() const { return {firstChild_}; }
     XMLElement& appendChild(std::string_view childName);
+    /// The same with an element of this document that is nobody's child yet.
+    void adoptChild(XMLElement& child);
     /// Replaces the children by the same ones in another order.
     void reorderChildren(std::span<XMLElement* const> order);
 
@@ -115,9 +117,12 @@ class XMLDocument {
     /// Building and printing the document throws platform::Stopped.
     explicit XMLDocument(std::stop_token stop = {}) : arena_(std::make_unique<XMLArena>(std::move(stop))) {}
 
+    XMLArena& arena() { return *arena_; }
     /// Null if the document is empty.
     XMLElement* root() const { return root_; }
     XMLElement& makeRoot(std::string_view name);
+    /// An element that is nobody's child yet.
+    XMLElement& makeElement(std::string_view name);
 
     /// UTF-8 with declaration and document type, one element a line, four spaces for each level. Always
     /// well-formed: attributes hold what `readBack` returns. Empty without a root.

@@ -7,6 +7,7 @@
 
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 /// The elements of one clip: picture, sound and metadata. Pure; any thread.
@@ -21,6 +22,8 @@ struct ClipResources {
     std::string nativeFormatID; ///< the clip's own
     std::string audioFormatID;
 };
+
+using ResourcesByGroup = std::unordered_map<UUID, ClipResources>;
 
 /// Absent for a group without audio.
 std::optional<fcpxml::SyncClip> buildSyncClip(const SyncGroup& group, const ClipResources& resources,

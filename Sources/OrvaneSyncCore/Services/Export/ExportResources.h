@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FCPXMLKit/model/Model.h"
+#include "FCPXMLKit/xml/SlotWriter.h"
 #include "OrvaneSyncCore/Models/MediaAsset.h"
 #include "OrvaneSyncCore/Services/Export/ExportSettings.h"
 
@@ -15,16 +16,20 @@ namespace orvane::FCPXMLExporter {
 /// The resources of a document that is being made, and the only source of their identifiers.
 class ResourceList {
   public:
+    explicit ResourceList(fcpxml::ElementMaker& maker) : maker_(maker) {}
+
     /// "r1", "r2" and so on.
     std::string nextID();
-    void reserve(std::size_t count) { items_.reserve(count); }
-    void add(fcpxml::ResourceItem item) { items_.push_back(std::move(item)); }
-    const std::vector<fcpxml::ResourceItem>& items() const { return items_; }
-    std::vector<fcpxml::ResourceItem> take() { return std::move(items_); }
+    template <class R>
+    void add(const R& resource) {
+        elements_.push_back(maker_.make(resource));
+    }
+    std::vector<fcpxml::XMLElement*> take() { return std::move(elements_); }
 
   private:
+    fcpxml::ElementMaker& maker_;
     int counter_ = 0;
-    std::vector<fcpxml::ResourceItem> items_;
+    std::vector<fcpxml::XMLElement*> elements_;
 };
 
 /// Sets the file of an asset, in the form that the document's version requires.

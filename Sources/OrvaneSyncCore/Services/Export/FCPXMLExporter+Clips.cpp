@@ -216,7 +216,7 @@ std::optional<SyncClip> buildMOSSyncClipWrapper(const SyncGroup& group, Resource
     resources.add(nativeFormat(group.video, formatID, settings));
     Asset asset = videoAsset(group.video, assetID, formatID, settings);
     asset.start = picture.start;
-    resources.add(std::move(asset));
+    resources.add(asset);
 
     const MappedItems mapped = lockitMappedItems(group, settings);
     SyncClip clip = container(group, picture, pictureClip(group, picture, assetID, formatID, settings),

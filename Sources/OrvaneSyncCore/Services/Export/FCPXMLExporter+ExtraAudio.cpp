@@ -41,8 +41,8 @@ void addRoomTone(ExportRun& run) {
 
     AssetClip clip = soundClip(asset, soundLength(asset.duration, usableRate(settings.frameRate)), settings);
     clip.lane = roomToneLane;
-    run.resources.add(std::move(asset));
-    run.place(std::move(clip), nullptr);
+    run.resources.add(asset);
+    run.place(clip, nullptr);
 }
 
 void addWildTracks(ExportRun& run) {
@@ -55,8 +55,8 @@ void addWildTracks(ExportRun& run) {
             soundDuration(track.audio.durationSeconds, audioRate(track.audio)).value_or(Time::zero());
         AssetClip clip =
             soundClip(asset, soundLength(asset.duration, usableRate(run.settings.frameRate)), run.settings);
-        run.resources.add(std::move(asset));
-        run.place(std::move(clip), nullptr);
+        run.resources.add(asset);
+        run.place(clip, nullptr);
     }
 }
 

@@ -303,15 +303,16 @@ class AnglesOfTwoUnits {
 } // namespace
 
 void addMulticamClips(ExportRun& run) {
-    std::vector<const SyncGroup*> groups;
-    for (const BuiltClip& built : run.syncClips) groups.push_back(built.group);
+    const std::vector<const SyncGroup*>& groups = run.syncClips;
     MovedAngles moved;
     AnglesOfTwoUnits ofTwoUnits;
     for (const MulticamCluster& cluster : multicamClusters(groups, run.settings.matchRules)) {
         platform::throwIfStopped(run.stop);
         std::vector<CameraClip> cameras;
+        // Made again: to keep the records of all clips for those of a few is more.
         for (const std::size_t member : cluster.members)
-            cameras.push_back({groups[member], run.takeSyncClip(run.syncClips[member])});
+            if (auto clip = run.syncClip(*groups[member]))
+                cameras.push_back({groups[member], std::move(*clip)});
         leaveOutUnseen(cameras, run);
         std::vector<const SyncGroup*> angles;
         for (const CameraClip& camera : cameras) angles.push_back(camera.group);
@@ -321,12 +322,12 @@ void addMulticamClips(ExportRun& run) {
         moved.add(angles);
         if (const auto& two = cluster.mayBeOfTwoUnits)
             ofTwoUnits.add(*groups[two->first], *groups[two->second]);
-        run.resources.add(std::move(multicam->media));
+        run.resources.add(multicam->media);
         const auto bucket = multicamBucketGroupID(
             angles, run.sceneEventNames, run.settings.get(settings::splitEventsByScene), run.result.warnings);
         const auto scene = std::ranges::find_if(
             angles, [&](const SyncGroup* angle) { return bucket && angle->id == *bucket; });
-        run.place(std::move(multicam->clip), scene == angles.end() ? nullptr : *scene);
+        run.place(multicam->clip, scene == angles.end() ? nullptr : *scene);
         ++run.result.multicamCount;
     }
     moved.warn(run);

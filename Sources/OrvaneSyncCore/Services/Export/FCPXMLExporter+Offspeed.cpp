@@ -61,12 +61,12 @@ SyncClip wrapped(AssetClip clip) {
 }
 
 /// If events are split by scene, a variant without an event of its own is put into the event of its scene.
-void placeVariant(ExportRun& run, EventItem item, const SyncGroup& group, bool separateEvent,
-                  std::vector<EventItem>& ownItems) {
+void placeVariant(ExportRun& run, XMLElement* item, const SyncGroup& group, bool separateEvent,
+                  std::vector<XMLElement*>& ownItems) {
     if (run.settings.get(settings::splitEventsByScene) && !separateEvent)
-        run.place(std::move(item), &group);
+        run.placeElement(item, &group);
     else
-        ownItems.push_back(std::move(item));
+        ownItems.push_back(item);
 }
 
 /// The length in whole sensor frames, limited to what the clip's asset holds. The asset's length is counted
@@ -147,14 +147,14 @@ void addNativeMOSClips(ExportRun& run) {
         platform::throwIfStopped(run.stop);
         if (!group.video.isOffspeed()) continue;
         if (!group.generateNativeMOSClip && !settings.get(settings::generateNativeMOS)) continue;
-        const auto asset = run.videoAssetIDByGroup.find(group.id);
-        if (asset == run.videoAssetIDByGroup.end()) continue;
-        AssetClip clip = buildNativeMOSClip(group, asset->second, nameWithoutTag(run, group), settings);
-        EventItem item = std::move(clip);
-        if (settings.get(settings::wrapNativeMOSInSyncClip))
-            item = wrapped(std::get<AssetClip>(std::move(item)));
-        placeVariant(run, std::move(item), group, settings.get(settings::nativeMOSSeparateEvent),
-                     run.nativeMOSItems);
+        const auto resources = run.resourcesByGroup.find(group.id);
+        if (resources == run.resourcesByGroup.end()) continue;
+        AssetClip clip =
+            buildNativeMOSClip(group, resources->second.videoAssetID, nameWithoutTag(run, group), settings);
+        XMLElement* const item = settings.get(settings::wrapNativeMOSInSyncClip)
+                                     ? run.maker.make(wrapped(std::move(clip)))
+                                     : run.maker.make(clip);
+        placeVariant(run, item, group, settings.get(settings::nativeMOSSeparateEvent), run.nativeMOSItems);
         ++run.result.nativeRateCount;
     }
 }
@@ -165,20 +165,12 @@ void addProjectRateClips(ExportRun& run) {
         platform::throwIfStopped(run.stop);
         if (!group.video.isOffspeed()) continue;
         if (!group.shouldGenerateProjectRateClip() && !settings.get(settings::generateProjectRate)) continue;
-        const auto video = run.videoAssetIDByGroup.find(group.id);
-        const auto format = run.formatIDByGroup.find(group.id);
-        const auto audio = run.audioAssetIDsByGroup.find(group.id);
-        if (video == run.videoAssetIDByGroup.end() || format == run.formatIDByGroup.end() ||
-            audio == run.audioAssetIDsByGroup.end())
-            continue;
-        const ClipResources resources{.videoAssetID = video->second,
-                                      .audioAssetIDs = audio->second,
-                                      .altFormatID = std::string(altFormatID),
-                                      .nativeFormatID = format->second,
-                                      .audioFormatID = std::string(audioFormatID)};
-        auto clip = buildProjectRateSyncClip(group, resources, nameWithoutTag(run, group), settings);
+        const auto resources = run.resourcesByGroup.find(group.id);
+        if (resources == run.resourcesByGroup.end()) continue;
+        const auto clip =
+            buildProjectRateSyncClip(group, resources->second, nameWithoutTag(run, group), settings);
         if (!clip) continue;
-        placeVariant(run, std::move(*clip), group, settings.get(settings::projectRateSeparateEvent),
+        placeVariant(run, run.maker.make(*clip), group, settings.get(settings::projectRateSeparateEvent),
                      run.projectRateItems);
         ++run.result.projectRateCount;
     }

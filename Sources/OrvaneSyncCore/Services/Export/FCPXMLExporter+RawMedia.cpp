@@ -36,31 +36,29 @@ std::vector<std::size_t> writtenMatches(const SyncGroup& group, const ExportSett
     return matches;
 }
 
-std::unordered_map<UUID, std::string> rawMediaReusableAudioAssetIDs(
-    const SyncGroupList& groups,
-    const std::unordered_map<UUID, std::vector<std::string>>& audioAssetIDsByGroup) {
+std::unordered_map<UUID, std::string>
+rawMediaReusableAudioAssetIDs(const SyncGroupList& groups, const ResourcesByGroup& resourcesByGroup) {
     std::unordered_map<UUID, std::string> reusable;
     for (const SyncGroup& group : groups) {
-        const auto ids = audioAssetIDsByGroup.find(group.id);
-        if (ids == audioAssetIDsByGroup.end()) continue;
-        const std::size_t files = std::min(group.audioMatches.size(), ids->second.size());
+        const auto resources = resourcesByGroup.find(group.id);
+        if (resources == resourcesByGroup.end()) continue;
+        const std::vector<std::string>& ids = resources->second.audioAssetIDs;
+        const std::size_t files = std::min(group.audioMatches.size(), ids.size());
         for (std::size_t i = 0; i < files; ++i)
-            if (!ids->second[i].empty())
-                reusable.try_emplace(group.audioMatches[i].audio->id, ids->second[i]);
+            if (!ids[i].empty()) reusable.try_emplace(group.audioMatches[i].audio->id, ids[i]);
     }
     return reusable;
 }
 
-AssetClip rawVideoAssetClip(const SyncGroup& group,
-                            const std::unordered_map<UUID, std::string>& videoAssetIDByGroup,
+AssetClip rawVideoAssetClip(const SyncGroup& group, const ResourcesByGroup& resourcesByGroup,
                             ResourceList& resources, const ExportSettings& settings) {
     const MediaAsset& video = group.video;
     const double fps = clipRate(video, settings);
     const Time start = pictureStartTime(video, fps).value_or(Time::zero());
     const Time duration = pictureDuration(video, fps).value_or(fallbackDuration(fps));
     std::string assetID;
-    if (const auto known = videoAssetIDByGroup.find(group.id); known != videoAssetIDByGroup.end()) {
-        assetID = known->second;
+    if (const auto known = resourcesByGroup.find(group.id); known != resourcesByGroup.end()) {
+        assetID = known->second.videoAssetID;
     } else {
         const std::string formatID = resources.nextID();
         assetID = resources.nextID();
@@ -68,7 +66,7 @@ AssetClip rawVideoAssetClip(const SyncGroup& group,
         Asset asset = videoAsset(video, assetID, formatID, settings);
         asset.start = start;
         asset.duration = duration;
-        resources.add(std::move(asset));
+        resources.add(asset);
     }
     AssetClip clip = wholeFile(video, std::move(assetID), start, duration);
     clip.tcFormat = tcFormat(video, fps);
@@ -90,7 +88,7 @@ AssetClip rawAudioAssetClip(const MediaAsset& audio, const std::unordered_map<UU
 }
 
 void addRawMedia(ExportRun& run) {
-    const auto reusable = rawMediaReusableAudioAssetIDs(run.groups, run.audioAssetIDsByGroup);
+    const auto reusable = rawMediaReusableAudioAssetIDs(run.groups, run.resourcesByGroup);
     std::unordered_set<UUID> seen;
     std::vector<const MediaAsset*> sounds; // each once
     const auto addOnce = [&](const MediaAsset& audio) {
@@ -103,16 +101,15 @@ void addRawMedia(ExportRun& run) {
     }
     for (const WildTrack& track : run.wildTracks) addOnce(track.audio);
 
-    // The last growth of this list would move all its items in one step, in which no stop is checked.
-    run.rawItems.reserve(run.groups.size() + sounds.size());
     for (const SyncGroup& group : run.groups) {
         platform::throwIfStopped(run.stop);
-        run.rawItems.emplace_back(
-            rawVideoAssetClip(group, run.videoAssetIDByGroup, run.resources, run.settings));
+        run.rawItems.push_back(
+            run.maker.make(rawVideoAssetClip(group, run.resourcesByGroup, run.resources, run.settings)));
     }
     for (const MediaAsset* sound : sounds) {
         platform::throwIfStopped(run.stop);
-        run.rawItems.emplace_back(rawAudioAssetClip(*sound, reusable, run.resources, run.settings));
+        run.rawItems.push_back(
+            run.maker.make(rawAudioAssetClip(*sound, reusable, run.resources, run.settings)));
     }
     run.result.sourceMediaCount = static_cast<int>(run.rawItems.size());
 }

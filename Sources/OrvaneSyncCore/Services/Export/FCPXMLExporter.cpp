@@ -30,12 +30,12 @@ void addMainFormats(ExportRun& run) {
     main.width = alternate ? settings.alternateWidth : settings.outputWidth;
     main.height = alternate ? settings.alternateHeight : settings.outputHeight;
     main.colorSpace = VideoColorSpace::rec709();
-    run.resources.add(std::move(main));
+    run.resources.add(main);
 
     Format audio;
     audio.id = {run.resources.nextID()};
     audio.name = std::string(VideoFormat::FFVideoFormatRateUndefined);
-    run.resources.add(std::move(audio));
+    run.resources.add(audio);
 }
 
 void warnOfOtherRate(ExportRun& run, const SyncGroup& group) {
@@ -57,7 +57,7 @@ void addClipWithoutAudio(ExportRun& run, const SyncGroup& group) {
         auto clip = buildMOSSyncClipWrapper(group, run.resources, std::string(altFormatID),
                                             eventClipName(run, group), run.settings);
         if (clip) {
-            run.place(std::move(*clip), &group);
+            run.place(*clip, &group);
             ++run.result.syncClipCount;
             return;
         }
@@ -66,7 +66,7 @@ void addClipWithoutAudio(ExportRun& run, const SyncGroup& group) {
 }
 
 /// The format and asset of the picture, and an asset for each of its recordings. Clips share no resources.
-ClipResources addClipResources(ExportRun& run, const SyncGroup& group) {
+const ClipResources& addClipResources(ExportRun& run, const SyncGroup& group) {
     const ExportSettings& settings = run.settings;
     ClipResources ids;
     ids.videoAssetID = run.resources.nextID();
@@ -82,23 +82,16 @@ ClipResources addClipResources(ExportRun& run, const SyncGroup& group) {
         run.resources.add(
             recordingAsset(group.audioMatches[match].audio, ids.audioAssetIDs[match], settings));
     }
-    run.videoAssetIDByGroup[group.id] = ids.videoAssetID;
-    run.formatIDByGroup[group.id] = ids.nativeFormatID;
-    run.audioAssetIDsByGroup[group.id] = ids.audioAssetIDs;
-    return ids;
+    return run.resourcesByGroup[group.id] = std::move(ids);
 }
 
 void addClip(ExportRun& run, const SyncGroup& group) {
-    const ClipResources resources = addClipResources(run, group);
-    auto clip = buildSyncClip(group, resources, eventClipName(run, group), run.settings);
+    addClipResources(run, group);
+    const auto clip = run.syncClip(group);
     if (!clip) return;
-    const bool inEvent = run.settings.get(settings::generateSyncClips);
-    if (run.settings.get(settings::generateMulticam)) {
-        run.syncClips.push_back({&group, inEvent ? run.eventItems.size() : run.clipsWithoutEvent.size()});
-        if (!inEvent) run.clipsWithoutEvent.push_back(std::move(*clip));
-    }
-    if (!inEvent) return;
-    run.place(std::move(*clip), &group);
+    if (run.settings.get(settings::generateMulticam)) run.syncClips.push_back(&group);
+    if (!run.settings.get(settings::generateSyncClips)) return;
+    run.place(*clip, &group);
     ++run.result.syncClipCount;
 }
 
@@ -126,12 +119,11 @@ void warnOfMissingCurves(ExportRun& run) {
 
 std::string documentText(ExportRun& run) {
     FCPXML document;
-    document.version = run.settings.fcpxmlVersion;
     document.items.push_back({assembleEvents(run)});
-    document.resources.items = run.resources.take();
-    XMLDocument tree = std::move(document).toXMLDocument(std::nullopt, run.stop);
-    FCPXMLDTDFixer::fix(tree);
-    return tree.text();
+    document.resources.made = run.resources.take();
+    std::move(document).writeInto(run.document, run.settings.fcpxmlVersion);
+    FCPXMLDTDFixer::fix(run.document);
+    return run.document.text();
 }
 
 } // namespace
@@ -168,16 +160,15 @@ void ExportRun::warn(std::string_view before, const SyncGroup& group, std::strin
     result.warnings.push_back(std::string(before) + fileNames->of(group.video) + std::string(behind));
 }
 
-void ExportRun::place(EventItem item, const SyncGroup* group) {
-    eventItems.push_back(std::move(item));
+void ExportRun::placeElement(XMLElement* item, const SyncGroup* group) {
+    eventItems.push_back(item);
     if (!settings.get(settings::splitEventsByScene)) return;
     const auto name = group == nullptr ? sceneEventNames.end() : sceneEventNames.find(group->id);
     bucketKeys.push_back(name == sceneEventNames.end() ? std::nullopt : std::optional(name->second));
 }
 
-SyncClip ExportRun::takeSyncClip(const BuiltClip& built) {
-    if (settings.get(settings::generateSyncClips)) return std::get<SyncClip>(eventItems.at(built.index));
-    return std::move(clipsWithoutEvent.at(built.index));
+std::optional<SyncClip> ExportRun::syncClip(const SyncGroup& group) const {
+    return buildSyncClip(group, resourcesByGroup.at(group.id), eventClipName(*this, group), settings);
 }
 
 ClipKind clipKind(const SyncGroup& group, const ExportSettings& settings) {
@@ -201,12 +192,7 @@ ExportResult exportDocument(const SyncGroupList& allGroups, const std::vector<Wi
                                            settings.get(settings::eventName)))
                 run.sceneEventNames[group.id] = std::move(*name);
 
-    constexpr std::size_t usualResources = 3; // a format, the picture, one recording
-    run.resources.reserve(groups.size() * usualResources + 2);
-    run.eventItems.reserve(groups.size());
-    run.videoAssetIDByGroup.reserve(groups.size());
-    run.formatIDByGroup.reserve(groups.size());
-    run.audioAssetIDsByGroup.reserve(groups.size());
+    run.resourcesByGroup.reserve(groups.size());
     addMainFormats(run);
     for (const SyncGroup& group : groups) addGroup(run, group);
     warnOfMissingCurves(run);

@@ -47,13 +47,11 @@ std::optional<fcpxml::SyncClip> buildProjectRateSyncClip(const SyncGroup& group,
 std::vector<std::size_t> writtenMatches(const SyncGroup& group, const ExportSettings& settings);
 
 /// The asset of each recording, by the id of its file: that of the first of its clips that has one.
-std::unordered_map<UUID, std::string>
-rawMediaReusableAudioAssetIDs(const SyncGroupList& groups,
-                              const std::unordered_map<UUID, std::vector<std::string>>& audioAssetIDsByGroup);
+std::unordered_map<UUID, std::string> rawMediaReusableAudioAssetIDs(const SyncGroupList& groups,
+                                                                    const ResourcesByGroup& resourcesByGroup);
 /// A whole file on its own timecode, at the beginning of the bin's axis. Adds the resources that are missing
 /// in the document.
-fcpxml::AssetClip rawVideoAssetClip(const SyncGroup& group,
-                                    const std::unordered_map<UUID, std::string>& videoAssetIDByGroup,
+fcpxml::AssetClip rawVideoAssetClip(const SyncGroup& group, const ResourcesByGroup& resourcesByGroup,
                                     ResourceList& resources, const ExportSettings& settings);
 fcpxml::AssetClip rawAudioAssetClip(const MediaAsset& audio,
                                     const std::unordered_map<UUID, std::string>& reusableIDs,
@@ -76,7 +74,7 @@ std::vector<MulticamCluster> multicamClusters(const std::vector<const SyncGroup*
 /// fallback event. Events are in the order of their names, the fallback event last. Returns at least one
 /// event.
 std::vector<fcpxml::Event>
-assembleSceneEvents(std::vector<fcpxml::EventItem> items,
+assembleSceneEvents(const std::vector<fcpxml::XMLElement*>& items,
                     const std::vector<std::optional<std::string>>& bucketKeyByIndex,
                     const std::string& fallbackEventName);
 

@@ -239,6 +239,19 @@ TEST_F(WorkDoubtsTest, ANamedRecordingIsChosenWithoutThoseOfAnotherUnit) {
         EXPECT_EQ(group.audioMatches[1].audio->filename, "L" + clip + ".wav");
     }
     EXPECT_TRUE(readDecisions(WorkSnapshot(*controller_), lines).decisions.empty()) << "each has it";
+
+    lines = reviewLines(WorkSnapshot(*controller_));
+    for (std::size_t i = 0; i < lines.size(); ++i)
+        lines[i][ReviewColumn::choice] = i < 4 ? "only 2" : "Only 1";
+    carryOut(*controller_, undoSteps::applyReview,
+             readDecisions(WorkSnapshot(*controller_), lines).decisions);
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const SyncGroup& group = controller_->work().syncGroups()[i];
+        EXPECT_EQ(group.matchStatus, MatchStatus::manual());
+        EXPECT_EQ(group.audioMatches.size(), 1U);
+        EXPECT_EQ(group.primaryAudio()->filename.front(), i < 4 ? 'L' : 'T');
+    }
+    EXPECT_TRUE(readDecisions(WorkSnapshot(*controller_), lines).decisions.empty());
 }
 
 TEST_F(WorkDoubtsTest, AreKeptByAMarkOnAClipWithoutARecording) {

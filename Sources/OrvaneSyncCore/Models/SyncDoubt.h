@@ -52,6 +52,9 @@ struct SyncDoubt {
     struct Suggestion {
         std::optional<UUID> recordingID{}; ///< absent: the clip's present recording
         double offsetSeconds = 0;          ///< the manual offset
+        /// The clip's other recordings are to be removed: beside `recordingID` they would be heard out of
+        /// their place.
+        bool isAlone = false;
         bool operator==(const Suggestion&) const = default;
     };
     std::optional<Suggestion> suggestion{};

@@ -314,6 +314,38 @@ TEST(HeardSound, OfTwoRecordersTheOneThatWasHeardStays) {
     }
 }
 
+/// The bag recorder is 2.3 s behind, and ran alone for the last three clips.
+TEST(HeardSound, OfTwoRecordersTheOneThatIsBehindIsTakenOffOrMoved) {
+    for (const bool wasCartSetAgain : {false, true}) {
+        HeardShot shot({"/S/BAG/B", "/S/CART/T"});
+        std::erase_if(shot.audios, [](const MediaAsset& file) { return file.url.path >= "/S/CART/T5"; });
+        shot.date(shot.videos, "2024-05-17");
+        shot.date(shot.audios, "2024-05-17");
+        shot.match();
+        for (const std::size_t clip : {0, 3, 7}) shot.lags[shot.match(clip)] = {2.315};
+        for (const std::size_t clip : {0, 2, 4}) // the others are not measured
+            for (const AudioMatch& match : shot.groups[clip].audioMatches) {
+                const bool isCart = match.audio->filename.front() == 'T';
+                const double off = isCart ? (wasCartSetAgain && clip == 4 ? 4 : 0) : 2.315;
+                shot.claims[SoundClaim{shot.groups[clip].id, match.audio->id, match.syncOffsetSeconds}
+                                .key()] = {match.syncOffsetSeconds + off, true};
+            }
+        shot.hear();
+        for (std::size_t clip = 0; clip < 8; ++clip) {
+            SCOPED_TRACE(clip);
+            const SyncGroup& group = shot.groups[clip];
+            const SyncDoubt::Suggestion* suggestion = shot.doubts.suggestionFor(group);
+            ASSERT_EQ(suggestion == nullptr, wasCartSetAgain && (clip == 3 || clip == 4));
+            if (suggestion == nullptr) continue;
+            EXPECT_EQ(suggestion->isAlone, clip < 5);
+            EXPECT_NEAR(suggestion->offsetSeconds, clip < 5 ? 0 : 2.3, 0.001);
+            if (clip < 5) {
+                EXPECT_EQ(suggestion->recordingID, group.audioMatches[1].audio->id);
+            }
+        }
+    }
+}
+
 TEST(HeardSound, CamerasThatCouldNotBeComparedAreCounted) {
     HeardShot shot({"/S/T"});
     for (std::size_t i = 0; i < 3; ++i)

@@ -177,6 +177,8 @@ TEST(ReviewTable, reportsWhatANewTableWouldLose) {
         {"a note", "matched\t1\t0\t\t\task", matched, true},
         {"a choice", "ambiguous\t2\t0\t\t\t", open, true},
         {"one that was taken over", "ambiguous\t2\t0\t\t\t", "manual\t1\t0\t\t\t\t1: B.WAV; 2: A.WAV", false},
+        {"a single one", "ambiguous\tonly 2\t0\t\t\t", open, true},
+        {"a single one, taken over", "ambiguous\tonly B.WAV\t0\t\t\t", "manual\t1\t0\t\t\t\t1: B.WAV", false},
         {"a file of the scan", "unmatched\tSND/B.WAV\t0\t\t\t", "unmatched\t\t0\t\t\t", true},
         {"one that is attached", "unmatched\tSND/B.WAV\t0\t\t\t", "manual\t1\t0\t\t\t\t1: B.WAV", false},
         {"one with more of its folders", "unmatched\tB.WAV\t0\t\t\t", "manual\t1\t0\t\t\t\t1: SND/B.WAV",

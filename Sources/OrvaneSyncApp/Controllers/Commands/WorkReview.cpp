@@ -207,7 +207,8 @@ class Reading {
 
     void readChoice(const ReviewLine& line, const SyncGroup& group, ReviewDecision& decision) {
         if (!line[choice] || trimmed(*line[choice]).empty()) return;
-        const auto number = reviewNumber(*line[choice]);
+        const auto only = onlyChoice(*line[choice]);
+        const auto number = reviewNumber(only.value_or(*line[choice]));
         const auto recordings = recordingsOf(group);
         const bool isWhole = number && *number == std::floor(*number) && *number >= 1 &&
                              *number <= static_cast<double>(std::numeric_limits<int>::max());
@@ -229,19 +230,23 @@ class Reading {
         }
         if (position >= recordings.size())
             return problem(line, "there is no recording number '" + *line[choice] + "'");
-        if ((position == 0 && isChosen(group)) || !mayChange(line, group, decision)) return;
+        const bool isDone = position == 0 && isChosen(group) && (!only || recordings.size() == 1);
+        if (isDone || !mayChange(line, group, decision)) return;
         decision.matchID = group.audioMatches[recordings[position].front()].id;
+        decision.isAlone = only.has_value();
     }
 
     /// Finds the recording by the name of one of its files, first among the clip's recordings, then among
     /// all: recordings of phones and recorders without timecode are matched to no clip.
     void readNamedChoice(const ReviewLine& line, const SyncGroup& group, ReviewDecision& decision) {
-        const std::string wanted = asRead(choice, trimmedText(*line[choice]));
+        std::string wanted = asRead(choice, trimmedText(*line[choice]));
         if (pool_.empty()) pool_ = work_.audioPool();
         if (poolNames_.empty())
             for (const MediaAsset* recording : pool_)
                 poolNames_.push_back(asRead(choice, names_.of(*recording)));
-        const auto place = placeOf(wanted, poolNames_);
+        auto place = placeOf(wanted, poolNames_);
+        const auto only = place ? std::nullopt : onlyChoice(wanted); // which a name may begin with as well
+        if (only) place = placeOf(wanted = *only, poolNames_);
         if (!place)
             return problem(line, "choice must be the number of one of the clip's recordings or the name of a "
                                  "file among all recordings, with its folder where several have that name; "
@@ -252,8 +257,11 @@ class Reading {
         for (std::size_t position = 0; position < recordings.size(); ++position)
             for (const std::size_t match : recordings[position]) {
                 if (group.audioMatches[match].audio->id != id) continue;
-                if ((position != 0 || !isChosenAlone(group)) && mayChange(line, group, decision))
-                    decision.matchID = group.audioMatches[match].id;
+                const bool isDone = position == 0 &&
+                                    (only ? isChosen(group) && recordings.size() == 1 : isChosenAlone(group));
+                if (isDone || !mayChange(line, group, decision)) return;
+                decision.matchID = group.audioMatches[match].id;
+                decision.isAlone = only.has_value();
                 return;
             }
         if (mayChange(line, group, decision)) decision.others.emplace_back(*pool_[*place]);
@@ -361,23 +369,28 @@ void removeBesideChosen(ImportController& controller, const std::vector<ReviewDe
     }
 }
 
+/// Removes what is no part of the clip's first take and no copy of it.
+void removeAlternates(ImportController& controller, const UUID& groupID) {
+    const SyncGroup* group = controller.work().syncGroups().find(groupID);
+    if (group == nullptr || group->isMOS()) return;
+    std::vector<UUID> others;
+    for (const TakeFile& file : takeOf(*group, assumedChannels).files)
+        if (file.role == TakeRole::alternate) others.push_back(group->audioMatches[file.matchIndex].id);
+    for (const UUID& other : others) controller.recordings().removeAudioMatch(groupID, other);
+}
+
 /// Attaches the files of a take, chooses the first one, and removes the clip's other recordings: the clip's
 /// offset moves all of its recordings, and the chosen take alone is to be moved by it.
 void replaceRecordings(ImportController& controller, const UUID& groupID,
                        const std::vector<Shared<MediaAsset>>& files) {
     for (const Shared<MediaAsset>& file : files) controller.recordings().attachAudioToGroup(groupID, *file);
-    const auto groupOf = [&] { return controller.work().syncGroups().find(groupID); };
     std::optional<UUID> attached;
-    if (const SyncGroup* group = groupOf())
+    if (const SyncGroup* group = controller.work().syncGroups().find(groupID))
         for (const AudioMatch& match : group->audioMatches)
             if (match.audio->id == files.front()->id) attached = match.id;
     if (!attached) return;
     controller.recordings().chooseRecording(groupID, *attached);
-    std::vector<UUID> others;
-    const SyncGroup& group = *groupOf();
-    for (const TakeFile& file : takeOf(group, assumedChannels).files)
-        if (file.role == TakeRole::alternate) others.push_back(group.audioMatches[file.matchIndex].id);
-    for (const UUID& other : others) controller.recordings().removeAudioMatch(groupID, other);
+    removeAlternates(controller, groupID);
 }
 
 void setLock(ImportController& controller, const UUID& groupID, bool isLocked) {
@@ -389,6 +402,11 @@ void chooseRecordings(ImportController& controller, const ReviewDecision& decisi
     if (decision.isLocked == false) setLock(controller, decision.groupID, false);
     if (!decision.others.empty()) replaceRecordings(controller, decision.groupID, decision.others);
     if (decision.matchID) controller.recordings().chooseRecording(decision.groupID, *decision.matchID);
+    if (decision.isAlone) {
+        removeAlternates(controller, decision.groupID);
+        // A removal leaves the choice among the rest open.
+        controller.recordings().chooseRecording(decision.groupID, *decision.matchID);
+    }
     for (const UUID& other : decision.otherDays)
         controller.recordings().removeAudioMatch(decision.groupID, other);
 }
@@ -418,8 +436,8 @@ std::size_t fillInSuggestions(std::vector<ReviewLine>& lines, const WorkSnapshot
         ReviewLine& line = lines.at(number++);
         const SyncDoubt::Suggestion* suggestion = work.doubts().suggestionFor(group);
         if (suggestion == nullptr) continue;
-        const auto& [recording, seconds] = *suggestion;
-        if (recording) line[choice] = recordings[*recording];
+        const auto& [recording, seconds, isAlone] = *suggestion;
+        if (recording) line[choice] = (isAlone ? "only " : "") + recordings[*recording];
         if (!recording || seconds != 0)
             line[offsetFrames] = reviewFrames(std::round(seconds * rates.of(group.video)));
         ++count;

@@ -23,6 +23,7 @@ std::size_t fillInWhatWasHeard(std::vector<ReviewLine>& lines, const WorkSnapsho
 struct ReviewDecision {
     UUID groupID;
     std::optional<UUID> matchID{}; ///< the recording to choose
+    bool isAlone = false;          ///< the clip's other recordings are to be removed
     /// Files of the scan to attach: that of the recording to choose, then the others of its take.
     std::vector<Shared<MediaAsset>> others{};
     std::optional<double> offsetSeconds{};

@@ -83,6 +83,26 @@ std::optional<std::size_t> heardAmong(const Shoot& shoot, const Shoot::Clip& cli
     return result;
 }
 
+SyncDoubt::Suggestion suggestionToChoose(const Shoot& shoot, const Shoot::Clip& clip, std::size_t match) {
+    const SyncGroup& group = *clip.group;
+    const auto isOutOfPlace = [&](const AudioMatch& other) {
+        if (isHeardInPlace(shoot, clip, other)) return false;
+        const auto isOfFolder = [&](const MediaAsset& recording) {
+            return folderOf(recording) == folderOf(*other.audio);
+        };
+        if (areHeardOutOfPlace(shoot, isOfFolder)) return true;
+        const HeardClaim* heard = heardClaim(shoot, claimOf(clip, other, 0));
+        if (heard == nullptr || !heard->couldHear) return false;
+        return heard->offsetSeconds || std::ranges::none_of(shoot.clips, [&](const Shoot::Clip& one) {
+                   return std::ranges::any_of(one.group->audioMatches, [&](const AudioMatch& own) {
+                       return isOfFolder(*own.audio) && isHeardInPlace(shoot, one, own);
+                   });
+               });
+    };
+    return {.recordingID = group.audioMatches[match].audio->id,
+            .isAlone = std::ranges::any_of(group.audioMatches, isOutOfPlace)};
+}
+
 std::optional<double> heardAttached(const Shoot& shoot, const Shoot::Clip& clip) {
     const HeardClaim* heard = clip.isUnplaced ? heardClaim(shoot, attachedClaim(clip)) : nullptr;
     return heard != nullptr ? heard->offsetSeconds : std::nullopt;

@@ -134,9 +134,7 @@ class ClipDoubts {
                           choice
                     : choice,
                 isSettled ? "the first was chosen: " + files : files);
-        if (heard)
-            of_.doubts.back().suggestion =
-                SyncDoubt::Suggestion{.recordingID = of_.group.audioMatches[*heard].audio->id};
+        if (heard) of_.doubts.back().suggestion = suggestionToChoose(of_.shoot, of_.clip, *heard);
     }
     static DoubtCure removal(bool isHeard) {
         const std::string what = "take off what does not belong to it";

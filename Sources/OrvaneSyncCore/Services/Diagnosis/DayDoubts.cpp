@@ -154,7 +154,7 @@ class DayDoubts {
         last.own = shoot_.nameOf(clip.group->video) + " with " + name;
         if (heard == 0) return; // the heard one is already first
         last.cure = cureWords::asHeard("choose what was heard", "'choice'") + ", " + last.cure;
-        last.suggestion = SyncDoubt::Suggestion{clip.group->audioMatches[*heard].audio->id};
+        last.suggestion = suggestionToChoose(shoot_, clip, *heard);
     }
     void sharesItsSound(const Shoot::Clip& clip, const Shoot::Clip& other, const AudioMatch* beside) {
         const MediaAsset& sound = *clip.group->primaryAudio();

@@ -229,8 +229,9 @@ class HeardOffsets {
             text += "; that of the clips in " + platform::text::joined(withoutSound, ", ") +
                     " comes from the same recorder and could not be heard";
         SyncDoubt doubt{.kind = Kind::constantOffset, .message = std::move(text), .cure = {}};
-        const bool isTable =
-            !heard.front().isElsewhere && haveNoOtherSound(unmoved, std::get<1>(*heard.front().key));
+        const std::string_view folder = std::get<1>(*heard.front().key);
+        const bool isTable = !heard.front().isElsewhere && haveNoOtherSound(unmoved, folder);
+        std::vector<const Shoot::Clip*> alone; // that have one recording, beside clips that have others
         if (!areAgreed && isTable) {
             doubt.cure = cureWords::moveAsHeard() + (clock.isExact ? "" : checkAClap) +
                          "; lock a clip whose sound is right as it is";
@@ -241,13 +242,24 @@ class HeardOffsets {
             if (isTable && cureWords::isForSome(doubt.cure) && haveOneRecording(unmoved)) {
                 doubt.cure += "; in one document, " + cureWords::moveAsHeard();
                 doubt.suggestion = SyncDoubt::Suggestion{.offsetSeconds = offset};
+            } else if (!heard.front().isElsewhere && !isTable && cureWords::isForSome(doubt.cure)) {
+                std::ranges::copy_if(unmoved, std::back_inserter(alone), [&](const Shoot::Clip* clip) {
+                    return haveNoOtherSound({clip}, folder) && haveOneRecording({clip});
+                });
+                if (!alone.empty())
+                    doubt.cure += "; in one document, " +
+                                  cureWords::asHeard("move their sound by that where there is no other",
+                                                     "'choice' and 'offset_frames'");
             }
         }
         for (const Recording& recording : shoot_.recordings)
-            if (folderOf(*recording.asset) == std::get<1>(*heard.front().key) &&
+            if (folderOf(*recording.asset) == folder &&
                 recording.place.day == std::get<2>(*heard.front().key))
                 doubts_.recordings.insert(recording.asset->id);
         addCardDoubt(doubts_, std::move(doubt), unmoved);
+        for (const Shoot::Clip* clip : alone)
+            doubts_.byGroup[clip->group->id].back().suggestion =
+                SyncDoubt::Suggestion{.offsetSeconds = offset};
     }
     /// The lag of the cameras that a lag of this camera can be compared with: those heard in place, else all
     /// others if several agree. Adds their folders. Microphones are late by a delay of their own, which this

@@ -15,7 +15,10 @@
 #include <algorithm>
 #include <functional>
 #include <map>
+#include <optional>
+#include <ranges>
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -74,6 +77,33 @@ class OtherRecorders {
             others += in == other ? 1 : 0;
         }
         return own >= fewest && others == 0;
+    }
+
+    /// Whether the clip's camera has sound of both folders, that of `folder` in place, as the clips of the
+    /// same camera before and after this one show that were measured. At most one was measured in between,
+    /// this one included, and found in neither recording.
+    bool isOfClock(const Shoot::Clip& clip, std::string_view folder, std::string_view other) const {
+        const auto isAsMeasured = [&](const auto& clips) {
+            int missed = 0;
+            for (const Shoot::Clip& one : clips) {
+                if (folderOf(one.group->video) != folderOf(clip.group->video)) continue;
+                const auto isIn = [](std::string_view in) {
+                    return [in](const AudioMatch& match) { return folderOf(*match.audio) == in; };
+                };
+                const auto& matches = one.group->audioMatches;
+                const auto own = std::ranges::find_if(matches, isIn(folder));
+                if (own == matches.end() || std::ranges::none_of(matches, isIn(other))) continue;
+                if (isHeardInPlace(shoot_, one, *own)) return true;
+                const HeardClaim* heard =
+                    heardClaim(shoot_, {one.group->id, own->audio->id, own->syncOffsetSeconds, 0});
+                if (heard == nullptr || !heard->couldHear) continue;
+                if (heard->offsetSeconds || ++missed > 1) return false;
+            }
+            return true;
+        };
+        const std::span<const Shoot::Clip> all(shoot_.clips);
+        const auto at = static_cast<std::size_t>(&clip - all.data());
+        return isAsMeasured(all.subspan(at)) && isAsMeasured(all.first(at + 1) | std::views::reverse);
     }
 
     /// The options that leave out one or the other of two recorders of one unit, such as a cart and a bag,
@@ -389,11 +419,26 @@ class Rivals {
                                  : ""),
                     without.isEmpty() ? chooseText(others.eitherOf(own, folder))
                                       : withoutText(without, isKnown));
-            if (const auto heard = heardAmong(of_.shoot, of_.clip))
-                of_.doubts.back().suggestion =
-                    SyncDoubt::Suggestion{.recordingID = of_.group.audioMatches[*heard].audio->id};
+            of_.doubts.back().suggestion = suggestionFor(kept, isOtherHeard ? own : folder, others);
             return;
         }
+    }
+    /// The recording that was measured in place; of a clip that was not measured, that of the recorder that
+    /// was, if the other one is out of place.
+    std::optional<SyncDoubt::Suggestion> suggestionFor(std::string_view kept, std::string_view dropped,
+                                                       OtherRecorders& others) const {
+        if (const auto heard = heardAmong(of_.shoot, of_.clip))
+            return suggestionToChoose(of_.shoot, of_.clip, *heard);
+        const auto& matches = of_.group.audioMatches;
+        const auto own = std::ranges::find_if(
+            matches, [&](const AudioMatch& match) { return folderOf(*match.audio) == kept; });
+        const bool isOtherInPlace = std::ranges::any_of(matches, [&](const AudioMatch& match) {
+            return folderOf(*match.audio) == dropped && isHeardInPlace(of_.shoot, of_.clip, match);
+        });
+        if (own == matches.end() || isOtherInPlace || !others.areHeardWith(kept, dropped) ||
+            !others.isOutOfPlace(dropped) || !others.isOfClock(of_.clip, kept, dropped))
+            return std::nullopt;
+        return SyncDoubt::Suggestion{.recordingID = own->audio->id, .isAlone = true};
     }
     /// Adds a doubt about a recording that is out of its place: its sound would be an echo if it was switched
     /// on.
@@ -408,6 +453,7 @@ class Rivals {
                         ", and the microphones of the cameras heard what is in '" + std::string(folder) +
                         "' out of its place",
                     without.isEmpty() ? takeOff : without + " leaves that recorder out; else " + takeOff);
+            of_.doubts.back().suggestion = suggestionFor(own, folder, others);
             return;
         }
     }

@@ -132,6 +132,7 @@ std::string decisionIn(const ReviewLine& line, ReviewColumn column) {
     std::string cell = cellOf(line, column);
     if (column == choice) {
         if (isChoiceOfTable(line)) return "";
+        cell = onlyChoice(cell).value_or(cell);
         const auto number = reviewNumber(cell);
         const bool isPlace = number && *number >= 1 && *number <= std::numeric_limits<int>::max();
         const auto named =
@@ -200,6 +201,13 @@ std::vector<ReviewLine> readReviewTable(std::string_view content, const std::sto
 
 std::optional<double> reviewNumber(std::string_view cell) {
     return mayHoldThousands(numberText(cell)) ? std::nullopt : reviewNumberByDecimalComma(cell);
+}
+
+std::optional<std::string> onlyChoice(std::string_view cell) {
+    constexpr std::string_view only = "only ";
+    cell = text::trimmed(cell);
+    if (!text::lowercased(cell.substr(0, only.size())).starts_with(only)) return std::nullopt;
+    return std::string(text::trimmed(cell.substr(only.size())));
 }
 
 bool isChoiceOfTable(const ReviewLine& line) {

@@ -22,7 +22,8 @@ enum class ReviewColumn : std::uint8_t {
     sound,        ///< its recordings, numbered from 1
     status,       ///< of the match, as it is stored
     doubt,        ///< a text for the user
-    choice,       ///< number of the recording that the clip is to have, or the file name of any recording
+    choice,       ///< number of the recording that the clip is to have, or the file name of any recording;
+                  ///< "only" before it removes the clip's other recordings
     offsetFrames, ///< the manual offset of the sound, in frames of the picture; positive is later
     name,         ///< the clip's name, if given by hand
     skip,         ///< "x": not in the document
@@ -64,6 +65,8 @@ std::vector<ReviewLine> readReviewTable(std::string_view text, const std::stop_t
 std::optional<double> reviewNumber(std::string_view cell);
 /// The same for an ambiguous cell: reads its comma as a decimal point.
 std::optional<double> reviewNumberByDecimalComma(std::string_view cell);
+/// What follows "only" in a cell of the column `choice`; absent if it does not begin with that word.
+std::optional<std::string> onlyChoice(std::string_view cell);
 /// The value of a cell of the column `skip` or `lock`; absent if it is neither on nor off.
 std::optional<bool> reviewSwitch(std::string_view cell);
 /// Whether the line's choice is the one that the table states without a decision: the first recording of a

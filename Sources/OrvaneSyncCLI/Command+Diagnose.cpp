@@ -36,14 +36,13 @@ std::string countsText(const ImportController& controller) {
 }
 
 /// What the cameras' microphones could not decide, and where they do not confirm the timecode.
-std::string heardText(const ImportController& controller) {
-    const WorkDoubts::Listened& listened = controller.derivedDoubts().listened();
+std::string heardText(const WorkDoubts::Listened& listened, const NotCompared& notCompared) {
     std::string text = roughOffsetText(listened) + (listened.isOffsetRough ? "\n" : "");
     if (listened.unheard > 0)
         text += "The cameras' microphones heard the sound of " + std::to_string(listened.heard) + " of " +
                 counted(listened.heard + listened.unheard, "clip", "clips") +
                 " that were listened to, and in " + std::to_string(listened.unheard) + " nothing of it.\n";
-    return text + (listened.notCompared.isEmpty() ? "" : listened.notCompared.text() + "\n");
+    return text + (notCompared.isEmpty() ? "" : notCompared.text() + "\n");
 }
 
 /// Where nothing is in doubt of what was read, whoever looks at the last line alone takes all for right.
@@ -83,7 +82,9 @@ void diagnose(Context& context, const Arguments& arguments) {
         context.out << diagnosisJSON(work).dump(JSON::Layout::pretty) << "\n";
     else
         context.out << cardsText(work, context.mayColour) << issuesText(controller, context.mayColour)
-                    << countsText(controller) << heardText(controller) << findingsText(work, context.call());
+                    << countsText(controller)
+                    << heardText(controller.derivedDoubts().listened(), work.notCompared())
+                    << findingsText(work, context.call());
     if (review && !arguments.has("--json"))
         context.out << review.text() << counted(filledIn, "line is", "lines are") << " filled in.\n";
 }

@@ -182,7 +182,7 @@ TEST_F(WorkDoubtsTest, ListeningSaysWhatItFoundWithoutAnyMatch) {
             << "it can be seen and stopped";
         finish(listening);
         const std::string told =
-            heardText(controller_->derivedDoubts().listened(), DoubtsAfterListening::none);
+            heardText(controller_->derivedDoubts().listened(), {}, DoubtsAfterListening::none);
         EXPECT_TRUE(told.starts_with(said)) << told;
         if (videos.size() == 1) continue;
         finish(controller_->derivedDoubts().derive());

@@ -131,7 +131,7 @@ TEST(LanguageTest, KnowsTextsAndSentencesButNoNames) {
          {std::pair<std::string, QStringView>("3.000 s after", u"3,000 s danach"),
           {"Scenes 1A-99X", u"Szenen 1A-99X"},
           {"sound at that time is of 2026-11-24", u"der Ton zu dieser Zeit ist vom 2026-11-24"},
-          {heardText({.matched = 3, .heard = 2, .suggested = 1, .isOffsetRough = true},
+          {heardText({.matched = 3, .heard = 2, .suggested = 1, .isOffsetRough = true}, {},
                      DoubtsAfterListening::found),
            u"Der Ton von 2 Clips, einigen je Karte, wurde verglichen.\n"
            u"Für 1 Clip wurde der Ton der Kamera in Aufnahmen gesucht, die "
@@ -139,7 +139,7 @@ TEST(LanguageTest, KnowsTextsAndSentencesButNoNames) {
            u"Mikrofone sagen den angegebenen Tonversatz nur auf ein bis zwei Bilder genau: eine Klappe "
            u"prüfen.\n"
            u"Die Zweifel stehen über der Liste."},
-          {heardText({.matched = 3, .heard = 2, .notCompared = {{{"/A", 2, true}, {"/B", 3}, {"/C", 1}}}},
+          {heardText({.matched = 3, .heard = 2}, {{{"/A", 2, true}, {"/B", 3}, {"/C", 1}}},
                      DoubtsAfterListening::none),
            u"Der Ton von 2 Clips, einigen je Karte, wurde verglichen.\n"
            u"Nach dem Timecode ist nichts zweifelhaft.\n"

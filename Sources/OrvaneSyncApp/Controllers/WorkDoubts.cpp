@@ -152,8 +152,7 @@ WorkDoubts::Listened WorkDoubts::cameOf(const HeardSound& heard, std::size_t mat
             clipsWith(work_.syncGroups(), isUnheard),
             suggested.size(),
             found.size(),
-            count > 0 && hasFrames(work_.matchRules().soundOffsetSeconds, work_.syncGroups()),
-            NotCompared::of(work_.syncGroups(), &heard)};
+            count > 0 && hasFrames(work_.matchRules().soundOffsetSeconds, work_.syncGroups())};
 }
 
 std::size_t WorkDoubts::clipsOf(const std::vector<SoundLag::Pair>& pairs) const {
@@ -167,7 +166,7 @@ platform::Task WorkDoubts::listen() {
     // With a camera's microphone, offsets suggested by timecode can be checked even if no clip has a
     // recording.
     if (pairs.empty() && !haveMicrophones(work_.syncGroups())) {
-        listened_ = {.notCompared = NotCompared::of(work_.syncGroups(), nullptr)};
+        listened_ = {};
         return platform::Task::ended();
     }
     if (!listeningQueue_) listeningQueue_ = platform::SerialQueue::create("doubts");

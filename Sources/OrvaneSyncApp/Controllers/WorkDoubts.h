@@ -61,10 +61,11 @@ class WorkDoubts {
         /// offset is then only approximate: a clock is usually set to whole seconds, and a camera's
         /// microphone may be behind by frames.
         bool isOffsetRough = false;
-        NotCompared notCompared = {};
         bool operator==(const Listened&) const = default;
     };
     const Listened& listened() const { return listened_; }
+    /// As the last listening and the doubts of `latest` leave it.
+    NotCompared notCompared() const { return NotCompared::of(work_.syncGroups(), heard_.get(), latest()); }
 
   private:
     /// By group.

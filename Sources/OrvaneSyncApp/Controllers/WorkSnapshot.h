@@ -51,7 +51,7 @@ class WorkSnapshot {
     /// Stopped.
     bool helps(const CardDoubt& doubt, const std::stop_token& stop = {}) const;
     /// As the last listening left it.
-    NotCompared notCompared() const { return NotCompared::of(groups(), source_.heard.get()); }
+    NotCompared notCompared() const { return NotCompared::of(groups(), source_.heard.get(), doubts()); }
     OpenWork::Counts counts() const { return OpenWork::Counts::of(groups()); }
     /// Why clips have no sound and recordings no clip.
     UnmatchedReasons unmatchedReasons() const;

@@ -365,7 +365,8 @@ void WorkBanner::showListened(const std::vector<CardDoubt>& before) {
     const auto doubts = now.empty() ? DoubtsAfterListening::none
                         : isNew     ? DoubtsAfterListening::found
                                     : DoubtsAfterListening::known;
-    show(Signal::none, translatedSentence(heardText(controller.derivedDoubts().listened(), doubts)));
+    show(Signal::none, translatedSentence(heardText(controller.derivedDoubts().listened(),
+                                                    controller.derivedDoubts().notCompared(), doubts)));
 }
 
 void WorkBanner::showCompared(std::function<void(const std::vector<UUID>&)> showClips) {

@@ -351,9 +351,10 @@ TEST(HeardSound, CamerasThatCouldNotBeComparedAreCounted) {
     for (std::size_t i = 0; i < 3; ++i)
         shot.videos.push_back(clipAt("/B/B" + std::to_string(i) + ".mov", 25200 + 5400 * double(i), 15));
     shot.match();
+    SyncDoubts doubts;
     const auto foldersOf = [&](const HeardSound* heard) {
         std::string text;
-        for (const auto& camera : NotCompared::of(shot.groups, heard).cameras)
+        for (const auto& camera : NotCompared::of(shot.groups, heard, doubts).cameras)
             text += camera.folder + " " + std::to_string(camera.clips) + (camera.hasSound ? " sound " : " ");
         return text;
     };
@@ -363,6 +364,11 @@ TEST(HeardSound, CamerasThatCouldNotBeComparedAreCounted) {
         std::ranges::find(shot.groups, "A0.mov", [](const auto& one) { return one.video.filename; });
     heard.lags[clip->audioMatches.front().id] = {0.01};
     EXPECT_EQ(foldersOf(&heard), "/B 3 ");
+    for (const SyncGroup& group : shot.groups) // clips in doubt are counted there
+        if (group.video.filename == "B2.mov" || group.video.filename == "A1.mov")
+            doubts.byGroup[group.id] = {{Kind::shortSound, "", {}}};
+    EXPECT_EQ(foldersOf(&heard), "/B 2 ");
+    doubts = {};
     for (const SyncGroup& group : shot.groups) // the editor looked at two
         if (group.video.filename == "B0.mov" || group.video.filename == "B1.mov")
             shot.groups.update(group.id, [&](SyncGroup& own) {

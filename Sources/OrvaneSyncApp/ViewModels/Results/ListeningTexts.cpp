@@ -60,7 +60,8 @@ std::string roughOffsetText(const WorkDoubts::Listened& listened) {
                : "";
 }
 
-std::string heardText(const WorkDoubts::Listened& listened, DoubtsAfterListening doubts) {
+std::string heardText(const WorkDoubts::Listened& listened, const NotCompared& notCompared,
+                      DoubtsAfterListening doubts) {
     const auto clips = [](std::size_t count) {
         return counted(static_cast<long long>(count), "clip", "clips");
     };
@@ -87,8 +88,8 @@ std::string heardText(const WorkDoubts::Listened& listened, DoubtsAfterListening
     else if (doubts == DoubtsAfterListening::known)
         say("No new doubt was found; the earlier ones are shown above the list.");
     else if (listened.heard > 0)
-        say(listened.notCompared.isEmpty() ? "Nothing is in doubt." : "Nothing is in doubt by timecode.");
-    if (!listened.notCompared.isEmpty()) say(listened.notCompared.text());
+        say(notCompared.isEmpty() ? "Nothing is in doubt." : "Nothing is in doubt by timecode.");
+    if (!notCompared.isEmpty()) say(notCompared.text());
     return said;
 }
 

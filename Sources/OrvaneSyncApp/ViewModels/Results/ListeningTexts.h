@@ -18,6 +18,7 @@ std::string roughOffsetText(const WorkDoubts::Listened& listened);
 /// `known`: the work has doubts, all of which it had before the listening. `found`: at least one is new.
 enum class DoubtsAfterListening { none, known, found };
 /// The result, one sentence on each line.
-std::string heardText(const WorkDoubts::Listened& listened, DoubtsAfterListening doubts);
+std::string heardText(const WorkDoubts::Listened& listened, const NotCompared& notCompared,
+                      DoubtsAfterListening doubts);
 
 } // namespace orvane

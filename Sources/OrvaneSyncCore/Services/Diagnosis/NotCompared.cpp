@@ -37,7 +37,7 @@ bool isByTimecode(const SyncGroup& group) {
 
 } // namespace
 
-NotCompared NotCompared::of(const SyncGroupList& groups, const HeardSound* heard) {
+NotCompared NotCompared::of(const SyncGroupList& groups, const HeardSound* heard, const SyncDoubts& doubts) {
     struct Clips {
         int count = 0;
         bool hasSound = false, isCompared = false;
@@ -49,7 +49,7 @@ NotCompared NotCompared::of(const SyncGroupList& groups, const HeardSound* heard
         clips.isCompared =
             clips.isCompared ||
             (heard != nullptr && (ofClaims.contains(group.id) || orvane::isCompared(group, *heard)));
-        if (!isByTimecode(group)) continue;
+        if (!isByTimecode(group) || doubts.byGroup.contains(group.id)) continue;
         ++clips.count;
         clips.hasSound = clips.hasSound || group.video.channelCount.value_or(0) > 0;
     }

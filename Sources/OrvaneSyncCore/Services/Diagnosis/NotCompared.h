@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Models/HeardLag.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
+#include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
 
 #include <string>
 #include <vector>
@@ -23,9 +24,9 @@ struct NotCompared {
 
     bool isEmpty() const { return cameras.empty(); }
     bool operator==(const NotCompared&) const = default;
-    /// `heard`: the result of the comparison; null: none was made. Clips that the editor locked, moved or
-    /// left out are not counted.
-    static NotCompared of(const SyncGroupList& groups, const HeardSound* heard);
+    /// `heard`: the result of the comparison; null: none was made. Clips that are in doubt, and those that
+    /// the editor locked, moved or left out, are not counted.
+    static NotCompared of(const SyncGroupList& groups, const HeardSound* heard, const SyncDoubts& doubts);
     /// Sentences on lines of their own; empty if there are none.
     std::string text() const;
 };

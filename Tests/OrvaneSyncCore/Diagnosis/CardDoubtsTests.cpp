@@ -52,7 +52,7 @@ TEST(CardDoubts, FilesThatEndEarlyAreToldOnceAFolder) {
     const auto& own = shot.doubts.byGroup.at(shot.groups.front().id);
     const auto shortSound = std::ranges::find(own, Kind::shortSound, &SyncDoubt::kind);
     ASSERT_NE(shortSound, own.end());
-    EXPECT_EQ(shortSound->cure.text(), "copy 'T1.wav' again from the card, as it ends early");
+    EXPECT_TRUE(shortSound->cure.text().starts_with("copy 'T1.wav' again from the card, as it ends early"));
     EXPECT_EQ(std::ranges::find(own, Kind::cutByTrim, &SyncDoubt::kind), own.end());
     EXPECT_EQ(shortSound->message, "'A1.mov' " + shortSound->reason);
     const SyncDoubt& second = shot.doubts.byGroup.at(shot.groups[1].id).front();
@@ -102,6 +102,11 @@ TEST(CardDoubts, APartThatIsMissingByTheNumbersOfARecordingIsReported) {
                                std::to_string(card.groupIDs.size()));
         }
         EXPECT_EQ(reported, one.reported) << one.name;
+        if (one.missing.empty()) continue;
+        shot.locks = std::string("A") + one.missing.front()[1] + ".mov";
+        shot.diagnose();
+        EXPECT_EQ(shot.count(Kind::splitGap), 0) << "lost for good";
+        EXPECT_FALSE(shot.card(Kind::splitGap));
     }
 }
 

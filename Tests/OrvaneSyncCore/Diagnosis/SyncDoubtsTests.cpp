@@ -494,6 +494,14 @@ TEST(SyncDoubts, LooksAtEachClip) {
     });
     moved.derive();
     EXPECT_EQ(moved.count(dropMix), 0) << "the editor attached and moved it";
+    for (const auto& sounds :
+         {std::vector{sound(36004, 90)},
+          std::vector{sound(35990, 40, "/S/T_1.wav"), sound(36030.3, 40, "/S/T_2.wav")}}) {
+        Shot locked{{ten}, sounds, {}};
+        locked.locks = "A.mov";
+        locked.diagnose();
+        EXPECT_TRUE(locked.doubts.isEmpty());
+    }
 }
 
 TEST(SyncDoubts, AnHourThatComesTwiceNeverMixesSilently) {

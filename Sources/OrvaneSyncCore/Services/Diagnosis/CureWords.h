@@ -58,6 +58,12 @@ inline DoubtCure lock(const std::string& what) {
     return DoubtCure::Words{what + " (an x under 'lock' in the table of 'scan --review')", what};
 }
 
+/// For a gap between the parts of a recording.
+inline DoubtCure lookForPart() {
+    return DoubtCure("copy the card again, or look for a part of the recording that is missing") +
+           lock("; if it is lost, lock the clips");
+}
+
 /// For a card whose clips were measured with different offsets.
 inline DoubtCure byNoOneOffset(const std::string& spread) {
     const std::string why = "what was heard differs by " + spread +

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ClipInDoubt.h"
+#include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Matching/ClipRate.h"
 #include "OrvaneSyncCore/Services/Matching/SplitRecordingDetector.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
@@ -38,9 +39,10 @@ class LengthDoubts {
     LengthDoubts(ClipInDoubt& of, bool isHeard) : of_(of), isHeard_(isHeard) {}
 
     void add() {
-        shortSound();
+        // A lock says that no more sound is to be looked for.
+        if (!of_.group.isLocked || isSoundCutOff()) shortSound();
         cutByTrim();
-        splitGap();
+        if (!of_.group.isLocked) splitGap();
     }
 
   private:
@@ -75,15 +77,16 @@ class LengthDoubts {
         std::string where;
         if (before > 0.05) where = formatted("the first %.1f s", before);
         if (after > 0.05) where += (where.empty() ? "" : " and ") + formatted("the last %.1f s", after);
-        of_.addOf(
-            Kind::shortSound,
-            "lasts " + formatted("%.1f s", of_.length()) + ", and " + where + " have no sound of " +
-                of_.shoot.nameOf(*of_.group.primaryAudio()),
-            isPartedAtMidnight() ? acrossMidnight()
-            : damaged() != nullptr
-                ? DoubtCure("copy " + of_.shoot.nameOf(*damaged()) + " again from the card, as it ends early")
-                : "look for a recording that is missing on the cards, or cut to the sound with " +
-                      trimOption(TrimMode::overlap) + (isHeard_ ? "" : listenToOne));
+        of_.addOf(Kind::shortSound,
+                  "lasts " + formatted("%.1f s", of_.length()) + ", and " + where + " have no sound of " +
+                      of_.shoot.nameOf(*of_.group.primaryAudio()),
+                  isPartedAtMidnight() ? acrossMidnight()
+                  : damaged() != nullptr
+                      ? DoubtCure("copy " + of_.shoot.nameOf(*damaged()) +
+                                  " again from the card, as it ends early") +
+                            cureWords::lock("; where no whole copy is left, lock the clips")
+                      : "look for a recording that is missing on the cards, or cut to the sound with " +
+                            trimOption(TrimMode::overlap) + (isHeard_ ? "" : listenToOne));
     }
     /// A file of the sound whose end is missing; null if there is none. No picture should be cut to it.
     const MediaAsset* damaged() const {
@@ -186,7 +189,7 @@ class LengthDoubts {
                     formatted(", %.1f s into ", at - seconds) + of_.name,
                 isPause ? "look for a take between them on the cards, or lock the clip if the recorder was "
                           "stopped there"
-                        : "copy the card again, or look for a part of the recording that is missing");
+                        : cureWords::lookForPart());
         return true;
     }
 

@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/Cards.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CommonOffset.h"
+#include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/DoubtFinders.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 #include "OrvaneSyncCore/Services/Matching/ChannelNames.h"
@@ -74,14 +75,17 @@ void addGap(const Shoot& shoot, const PartPair& parts, SyncDoubts& doubts) {
     FilePlace gap = parts.before->place;
     gap.range = {gap.range.endSeconds, gap.range.endSeconds + parts.gapSeconds()};
     std::vector<const Shoot::Clip*> clips;
+    bool isSettled = false; // a clip there was, which means no more of it is to be looked for
     for (const Shoot::Clip& clip : shoot.clips) {
         if (!isUnder(clip, gap)) continue;
         if (doubts.has(clip.group->id, {Kind::splitGap})) return; // reports this gap
-        if (!clip.isDecided && !clip.group->isExcludedFromExport &&
-            !doubts.has(clip.group->id, {Kind::constantOffset, Kind::timecodeRate, Kind::notTimeOfDay}))
+        if (clip.isDecided || clip.group->isLocked || clip.group->isExcludedFromExport)
+            isSettled = true;
+        else if (!doubts.has(clip.group->id, {Kind::constantOffset, Kind::timecodeRate, Kind::notTimeOfDay}))
             clips.push_back(&clip);
     }
-    const DoubtCure cure = "copy the card again, or look for a part of the recording that is missing";
+    if (clips.empty() && isSettled) return;
+    const DoubtCure cure = cureWords::lookForPart();
     for (const Shoot::Clip* clip : clips)
         if (const auto own = doubts.byGroup.find(clip->group->id); own != doubts.byGroup.end())
             for (SyncDoubt& doubt : own->second)

@@ -56,14 +56,16 @@ bool haveSameFirstSound(const SyncGroup& before, const SyncGroup& after) {
     return was.audio->id == is.audio->id && std::abs(was.syncOffsetSeconds - is.syncOffsetSeconds) < same;
 }
 
-/// Whether the clip has, before and after, a doubt of that kind with the same message.
-bool isReportedAgain(const SyncDoubts& before, const UUID& was, SyncDoubt::Kind kind, const SyncDoubts& after,
-                     const UUID& is) {
+/// Whether the clip has, before and after, a doubt of that kind with the same message. Before, it has that
+/// cure: doubts of one kind may have several.
+bool isReportedAgain(const SyncDoubts& before, const UUID& was, const SyncDoubt& doubt,
+                     const SyncDoubts& after, const UUID& is) {
     const auto had = before.byGroup.find(was), has = after.byGroup.find(is);
     return had != before.byGroup.end() && has != after.byGroup.end() &&
            std::ranges::any_of(had->second, [&](const SyncDoubt& one) {
-               return one.kind == kind && std::ranges::any_of(has->second, [&](const SyncDoubt& other) {
-                          return other.kind == kind && other.message == one.message;
+               return one.kind == doubt.kind && one.cure == doubt.cure &&
+                      std::ranges::any_of(has->second, [&](const SyncDoubt& other) {
+                          return other.kind == one.kind && other.message == one.message;
                       });
            });
 }
@@ -114,7 +116,7 @@ bool CureTrial::helps(const CardDoubt& doubt) const {
     after.timecodeChannel = input_.timecodeChannel;
     const SyncDoubts doubts = SyncDoubts::of(after, stop_);
     return std::ranges::none_of(unchanged, [&](const auto& ids) {
-        return isReportedAgain(before_, ids.first, doubt.doubt.kind, doubts, ids.second);
+        return isReportedAgain(before_, ids.first, doubt.doubt, doubts, ids.second);
     });
 }
 

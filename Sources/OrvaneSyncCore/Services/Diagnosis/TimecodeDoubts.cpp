@@ -138,13 +138,9 @@ class TimecodeDoubts {
         return known->second = HeardDates::of(heard);
     }
     std::optional<HeardStart> startHeardOf(const Shoot::Clip& clip) const {
-        const auto own = doubts_.byGroup.find(clip.group->id);
-        if (own == doubts_.byGroup.end()) return std::nullopt;
-        const auto heard = std::ranges::find_if(own->second, [](const SyncDoubt& doubt) {
-            return doubt.kind == Kind::noTimecode && doubt.suggestion && doubt.suggestion->recordingID;
-        });
-        if (heard == own->second.end()) return std::nullopt;
-        return heardStart(shoot_, clip, *heard->suggestion->recordingID, heard->suggestion->offsetSeconds);
+        const SyncDoubt::Suggestion* heard = heardIn(clip);
+        if (heard == nullptr) return std::nullopt;
+        return heardStart(shoot_, clip, *heard->recordingID, heard->offsetSeconds);
     }
     ByDate byDatesHeard(const MediaAsset& video, double seconds, const HeardDates& dates) {
         const double length = video.durationSeconds.value_or(0);
@@ -256,35 +252,34 @@ class TimecodeDoubts {
         }
         return std::nullopt;
     }
-    /// For folders in which no recording has a start: no clip can find them.
+    /// For folders in which no recording has a start: no clip can find them. Clips whose cameras heard one of
+    /// them have a doubt about that instead.
     void recordingsWithoutTimecode() {
         std::vector<const Shoot::Clip*> silent;
-        for (const Shoot::Clip& clip : shoot_.clips)
-            if (!clip.isDecided && clip.group->matchStatus.kind == MatchStatus::Kind::unmatched)
+        std::set<UUID> found = used(); // as well as those that cameras heard
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            if (clip.isDecided || clip.group->matchStatus.kind != MatchStatus::Kind::unmatched) continue;
+            if (const auto* heard = heardIn(clip))
+                found.insert(*heard->recordingID);
+            else
                 silent.push_back(&clip);
+        }
         if (silent.empty()) return;
-        // If a camera heard one of them, its channels hold sound.
-        const auto isHeardIn = [&](const std::vector<const MediaAsset*>& recordings) {
-            return std::ranges::any_of(silent, [&](const Shoot::Clip* clip) {
-                const auto own = doubts_.byGroup.find(clip->group->id);
-                return own != doubts_.byGroup.end() &&
-                       std::ranges::any_of(own->second, [&](const SyncDoubt& doubt) {
-                           return doubt.suggestion &&
-                                  std::ranges::find(recordings, doubt.suggestion->recordingID,
-                                                    &MediaAsset::id) != recordings.end();
-                       });
-            });
-        };
         std::map<std::string_view, std::vector<const MediaAsset*>> folders;
         for (const MediaAsset& recording : shoot_.input.recordings)
             if (!recording.isAtmo() && !FilenameUtils::isMadeRoomTone(recording.filename) &&
                 recording.durationSeconds.value_or(0) > 0)
                 folders[folderOf(recording)].push_back(&recording);
-        for (const auto& [folder, recordings] : folders) {
+        for (auto& [folder, recordings] : folders) {
             if (std::ranges::any_of(recordings, [&](const MediaAsset* recording) {
                     return shoot_.recordingByID.contains(recording->id);
                 }))
                 continue;
+            // If a clip has one of them, the channels hold sound.
+            const bool mayHoldTimecode = std::erase_if(recordings, [&](const MediaAsset* recording) {
+                                             return found.contains(recording->id);
+                                         }) == 0;
+            if (recordings.empty()) continue;
             const auto count = static_cast<long long>(recordings.size());
             addCardDoubt(
                 doubts_,
@@ -294,9 +289,25 @@ class TimecodeDoubts {
                      (count == 1 ? ", has no timecode and no time reference: no clip can find it, and "
                                  : ", have no timecode and no time reference: no clip can find them, and ") +
                      counted(silent.size(), "clip has", "clips have") + " no sound",
-                 byHand("the recordings", !isHeardIn(recordings))},
+                 byHand("the recordings", mayHoldTimecode)},
                 silent);
         }
+    }
+    /// The recording that the clip's camera heard although no timecode leads to it; null if there is none.
+    const SyncDoubt::Suggestion* heardIn(const Shoot::Clip& clip) const {
+        const auto own = doubts_.byGroup.find(clip.group->id);
+        if (own == doubts_.byGroup.end()) return nullptr;
+        const auto heard = std::ranges::find_if(own->second, [](const SyncDoubt& doubt) {
+            return doubt.kind == Kind::noTimecode && doubt.suggestion && doubt.suggestion->recordingID;
+        });
+        return heard != own->second.end() ? &*heard->suggestion : nullptr;
+    }
+    /// The recordings that a clip has.
+    const std::set<UUID>& used() {
+        if (used_.empty())
+            for (const Shoot::Clip& one : shoot_.clips)
+                for (const AudioMatch& match : one.group->audioMatches) used_.insert(match.audio->id);
+        return used_;
     }
     /// `mayHoldTimecode`: a channel of sound may hold timecode.
     DoubtCure byHand(const char* what, bool mayHoldTimecode) const {
@@ -332,14 +343,11 @@ class TimecodeDoubts {
         const auto other = timecodeRate::from(timecodeRate::rate(own), !isDrop);
         const auto range = other ? AssetPlacement(video, other).range() : std::nullopt;
         if (!range) return;
-        if (used_.empty())
-            for (const Shoot::Clip& one : shoot_.clips)
-                for (const AudioMatch& match : one.group->audioMatches) used_.insert(match.audio->id);
         for (const Recording& recording : shoot_.recordings) {
             const auto filmed = clip.place->knownDay(), recorded = recording.place.day;
             const auto& rate = recording.asset->timecodeFrameRate;
             if (!rate || timecodeRate::maxFrames(*rate) != timecodeRate::maxFrames(own) ||
-                (filmed && recorded && *filmed != *recorded) || used_.contains(recording.asset->id) ||
+                (filmed && recorded && *filmed != *recorded) || used().contains(recording.asset->id) ||
                 !covers(recording.place.range, *range))
                 continue;
             return doubt(clip, Kind::dropMix,
@@ -415,7 +423,7 @@ class TimecodeDoubts {
     std::set<const Shoot::Clip*> reported_;
     std::map<std::string_view, double> behind_;         ///< as in `secondsBehind`, by folder
     std::map<std::string_view, HeardDates> heardDates_; ///< by folder
-    std::set<UUID> used_;                               ///< recordings that a clip has
+    std::set<UUID> used_;                               ///< as `used` returns them
     Cover cover_;                                       ///< of the dated recordings, seconds since 1970
 };
 

@@ -346,6 +346,32 @@ TEST(HeardSound, OfTwoRecordersTheOneThatIsBehindIsTakenOffOrMoved) {
     }
 }
 
+/// Two clips of two days, at one time of day, of which one microphone heard its recording.
+TEST(HeardSound, TheRecordingThatNoOtherClipHasIsSuggested) {
+    for (const bool isHeard : {true, false}) {
+        HeardShot shot({"/S/T"});
+        shot.videos.push_back(clipAt("/CAM/A8.mov", 25202, 15));
+        shot.videos.back().channelCount = 2;
+        shot.audios.push_back(recordingAt("/S/T8.wav", 25199, 35));
+        shot.match();
+        for (const SyncGroup& group : shot.groups)
+            for (const AudioMatch& match : group.audioMatches) {
+                const bool isOwn =
+                    isHeard && group.video.filename == "A0.mov" && match.audio->filename == "T0.wav";
+                shot.claims[SoundClaim{group.id, match.audio->id, match.syncOffsetSeconds}.key()] = {
+                    isOwn ? std::optional(match.syncOffsetSeconds) : std::nullopt, true};
+            }
+        shot.hear();
+        const auto other =
+            std::ranges::find(shot.groups, "A8.mov", [](const auto& one) { return one.video.filename; });
+        const SyncDoubt::Suggestion* suggestion = shot.doubts.suggestionFor(*other);
+        ASSERT_EQ(suggestion != nullptr, isHeard);
+        if (isHeard) {
+            EXPECT_EQ(suggestion->recordingID, shot.audios.back().id);
+        }
+    }
+}
+
 TEST(HeardSound, CamerasThatCouldNotBeComparedAreCounted) {
     HeardShot shot({"/S/T"});
     for (std::size_t i = 0; i < 3; ++i)

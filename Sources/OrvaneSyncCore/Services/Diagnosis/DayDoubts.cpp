@@ -7,6 +7,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
 #include "OrvaneSyncCore/Services/Diagnosis/MixedDays.h"
 #include "OrvaneSyncCore/Services/Diagnosis/WrittenTimes.h"
+#include "OrvaneSyncCore/Services/Matching/RecorderMark.h"
 #include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
 #include "OrvaneSyncCore/Services/Takes/RecordedAtOnce.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
@@ -112,11 +113,28 @@ class DayDoubts {
     /// Whether the camera heard the first recording in place, and no dates say anything about its day.
     bool isFirstHeardWithoutDate(const Shoot::Clip& clip) const {
         if (clip.likelyDay() && primaryOf(clip).place.day) return false;
-        const AudioMatch& first = clip.group->audioMatches.front();
-        if (isHeardInPlace(shoot_, clip, first)) return true;
+        return isHeard(clip, clip.group->audioMatches.front());
+    }
+    bool isHeard(const Shoot::Clip& clip, const AudioMatch& match) const {
+        if (isHeardInPlace(shoot_, clip, match)) return true;
         const auto* heard = shoot_.input.heardLags;
-        const auto lag = heard != nullptr ? heard->find(first.id) : decltype(heard->end()){};
+        const auto lag = heard != nullptr ? heard->find(match.id) : decltype(heard->end()){};
         return heard != nullptr && lag != heard->end() && std::abs(lag->second.seconds) < inPlaceSeconds;
+    }
+    /// A clip of the same camera, filmed at another moment although at the same time of day, whose microphone
+    /// heard the recording in place; null if there is none.
+    const Shoot::Clip* otherWith(const Shoot::Clip& clip, const MediaAsset& recording) const {
+        const MediaAsset& video = clip.group->video;
+        const auto other = std::ranges::find_if(shoot_.clips, [&](const Shoot::Clip& one) {
+            return &one != &clip && one.place && folderOf(one.group->video) == folderOf(video) &&
+                   SyncEngine::overlapDuration(one.place->range, clip.place->range) &&
+                   std::ranges::any_of(one.group->audioMatches,
+                                       [&](const AudioMatch& match) {
+                                           return match.audio->id == recording.id && isHeard(one, match);
+                                       }) &&
+                   namePattern(one.group->video) == namePattern(video);
+        });
+        return other != shoot_.clips.end() ? &*other : nullptr;
     }
     /// For a clip whose camera heard its first recording: what its recorder cannot have made at the same time
     /// is of another day. Returns whether there is a doubt.
@@ -147,7 +165,8 @@ class DayDoubts {
     void nameHeard(const Pair& pair) {
         const Shoot::Clip& clip = pair.clip;
         const auto heard = heardAmong(shoot_, clip);
-        if (!heard || (heard == 0 && !pair.isFirst())) return;
+        if (!heard) return nameLeft(clip);
+        if (heard == 0 && !pair.isFirst()) return;
         SyncDoubt& last = doubts_.byGroup[clip.group->id].back();
         const std::string name = shoot_.nameOf(*clip.group->audioMatches[*heard].audio);
         last.message += "; the microphone of the camera heard " + name;
@@ -155,6 +174,24 @@ class DayDoubts {
         if (heard == 0) return; // the heard one is already first
         last.cure = cureWords::asHeard("choose what was heard", "'choice'") + ", " + last.cure;
         last.suggestion = suggestionToChoose(shoot_, clip, *heard);
+    }
+    /// Of two recordings, if one was heard in another clip, names the other one.
+    void nameLeft(const Shoot::Clip& clip) {
+        const auto& matches = clip.group->audioMatches;
+        constexpr std::size_t two = 2;
+        if (matches.size() != two || shoot_.input.heardClaims == nullptr) return;
+        const auto* ofFirst = otherWith(clip, *matches.front().audio);
+        const auto* ofSecond = otherWith(clip, *matches.back().audio);
+        if ((ofFirst == nullptr) == (ofSecond == nullptr)) return;
+        const MediaAsset& heard = *(ofFirst != nullptr ? matches.front() : matches.back()).audio;
+        const MediaAsset& left = *(ofFirst != nullptr ? matches.back() : matches.front()).audio;
+        SyncDoubt& last = doubts_.byGroup[clip.group->id].back();
+        last.message += "; the microphone of the camera heard " + shoot_.nameOf(heard) + " in " +
+                        shoot_.nameOf((ofFirst != nullptr ? ofFirst : ofSecond)->group->video) +
+                        ", which one camera can't have filmed at the same time";
+        last.own = shoot_.nameOf(clip.group->video) + " with " + shoot_.nameOf(left);
+        last.cure = cureWords::asHeard("choose the other recording", "'choice'") + ", " + last.cure;
+        last.suggestion = SyncDoubt::Suggestion{.recordingID = left.id, .isAlone = true};
     }
     void sharesItsSound(const Shoot::Clip& clip, const Shoot::Clip& other, const AudioMatch* beside) {
         const MediaAsset& sound = *clip.group->primaryAudio();

@@ -147,6 +147,21 @@ TEST_F(CardsTest, aLineOfACopyIsThatOfTheFileThatIsUsed) {
     EXPECT_NE(sync.err.find("line 3: there is no clip of the camera file"), std::string::npos) << sync.err;
 }
 
+/// `sync` does not measure, and does not know what `diagnose` found.
+TEST_F(CardsTest, aDoubtOfTheTableThatNothingSettlesIsReported) {
+    for (const char* lock : {"", "x"}) {
+        const std::string table =
+            folder_.write("in.tsv", std::string("camera_file\tdoubt\tchoice\tlock\n"
+                                                "A001C001_261120_R1AB.mov\tthe clock is wrong\t1\t") +
+                                        lock + "\n");
+        const std::string said = runWith({"sync", folder_.path(), "-o", at("out.fcpxml"), "--apply", table,
+                                          "--no-smart-audio", "--no-cache", "--force"})
+                                     .err;
+        EXPECT_EQ(said.find("line 2: nothing in the line settles its doubt") != std::string::npos, *lock == 0)
+            << said;
+    }
+}
+
 /// A clip without sound gets a recording of another time, as from a phone.
 TEST_F(CardsTest, aChoiceMayNameAnyRecording) {
     addSecondRecorder();

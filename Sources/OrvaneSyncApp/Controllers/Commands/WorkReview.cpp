@@ -12,6 +12,7 @@
 #include "OrvaneSyncCore/Services/Takes/RecordedAtOnce.h"
 #include "OrvaneSyncCore/Services/Takes/SeparateUnits.h"
 #include "OrvaneSyncCore/Services/Takes/Take.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Files.h"
 #include "Platform/Stop.h"
@@ -123,10 +124,35 @@ class Reading {
             trimmed(*line[name]) != asRead(name, *present[name]))
             decision.name = line[name];
         decision.isSkipped = changedSwitch(line, skip, "skip", group->isExcludedFromExport);
+        if (isDoubtOpen(line, *group, decision)) {
+            if (openDoubts_ == 0) openDoubt_ = line;
+            ++openDoubts_;
+        }
         if (!decision.isEmpty()) result.decisions.push_back(std::move(decision));
     }
 
+    /// Reports doubts that `diagnose` wrote into the lines and that nobody knows without measuring: the clips
+    /// would be in the document as if they were right.
+    void reportOpenDoubts() {
+        if (openDoubts_ == 1)
+            problem(openDoubt_,
+                    "nothing in the line settles its doubt: decide, or lock the clip if its sound is right");
+        else if (openDoubts_ > 1)
+            problem(openDoubt_, "nothing in this line and " +
+                                    counted(openDoubts_ - 1, "more line", "more lines") +
+                                    " settles their doubts: decide, or lock the clips whose sound is right");
+    }
+
   private:
+    bool isDoubtOpen(const ReviewLine& line, const SyncGroup& group, const ReviewDecision& decision) const {
+        if (!line[doubt] || trimmed(*line[doubt]).empty() || !isChosen(group) ||
+            group.matchStatus.kind == MatchStatus::Kind::manual || group.isLocked ||
+            group.isExcludedFromExport || group.manualAudioOffsetSeconds != 0 || decision.matchID ||
+            !decision.others.empty() || decision.offsetSeconds || decision.isSkipped == true ||
+            decision.isLocked == true)
+            return false;
+        return !work_.doubts().byGroup.contains(group.id);
+    }
     static std::string trimmedText(std::string_view text) { return std::string(trimmed(text)); }
     /// The cell as it is after being written to a table and read back.
     static std::string asRead(ReviewColumn column, const std::string& cell) {
@@ -347,6 +373,8 @@ class Reading {
     std::optional<SeparateUnits> units_; ///< made when it is needed
     std::unordered_map<std::string, std::vector<const SyncGroup*>> shown_, byFilename_;
     std::unordered_set<UUID> seen_;
+    long long openDoubts_ = 0;                      ///< lines
+    ReviewLine openDoubt_;                          ///< the first of them
     std::vector<const MediaAsset*> pool_;           ///< all recordings; filled when the first one is named
     std::vector<std::string> poolNames_;            ///< as tables write them
     std::vector<TakeMembership::Candidate> placed_; ///< those of `pool_` with a place in time
@@ -515,6 +543,7 @@ ReviewReading readDecisions(const WorkSnapshot& work, const std::vector<ReviewLi
         platform::throwIfStopped(stop);
         reading.read(line);
     }
+    reading.reportOpenDoubts();
     return std::move(reading.result);
 }
 

@@ -9,6 +9,8 @@
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
+#include <span>
+
 namespace orvane::test::doubts {
 
 using Kind = SyncDoubt::Kind;
@@ -71,7 +73,7 @@ struct Shot {
     bool settlesAll = false;                 ///< settles ambiguous clips by their first recording
     std::string locks = {};                  ///< the clip of this name
     bool locksWhatIsHeard = false;
-    void date(std::vector<MediaAsset>& files, const char* day, std::size_t from = 0) {
+    void date(std::span<MediaAsset> files, const char* day, std::size_t from = 0) {
         for (std::size_t i = from; i < files.size(); ++i)
             files[i].contentCreatedDate = dateFromISO8601(std::string(day) + "T00:00:00Z");
     }

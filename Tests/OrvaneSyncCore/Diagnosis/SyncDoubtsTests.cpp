@@ -338,6 +338,36 @@ TEST(SyncDoubts, ADateThatFitsTheClipMayBeWrong) {
     }
 }
 
+/// Two days at the same hours, in mono files; one take of the second day was not recorded.
+TEST(SyncDoubts, ARecorderThatLostItsDateGetsItsDaysInOrder) {
+    for (const char* second : {"2000-01-02", "2000-01-01"}) { // or it began again each morning
+        const bool isCountedOn = std::string_view(second).ends_with("2");
+        Shot shot;
+        for (int i = 0; i < 12; ++i) {
+            const std::string number = std::to_string(10 + i);
+            const double at = 32400 + 400 * (i % 6) + (i < 6 ? 0 : 3);
+            shot.videos.push_back(clipAt("/K/P" + number + ".mov", at, 12));
+            for (const char* channel : {"_1.wav", "_2.wav"}) {
+                if (i == 8) continue;
+                shot.audios.push_back(recordingAt("/T/M" + number + channel, at - 4, 22));
+                shot.date({&shot.audios.back(), 1}, i < 6 ? "2000-01-01" : second);
+            }
+        }
+        shot.date(shot.videos, "2027-02-27");
+        shot.date(shot.videos, "2027-02-28", 6);
+        shot.diagnose();
+        int suggested = 0;
+        for (const SyncGroup& group : shot.groups) {
+            const auto* suggestion = shot.doubts.suggestionFor(group);
+            if (suggestion == nullptr) continue;
+            ++suggested;
+            const auto own = std::ranges::find(shot.audios, suggestion->recordingID, &MediaAsset::id);
+            EXPECT_EQ(own->filename.substr(1, 2), group.video.filename.substr(1, 2));
+        }
+        EXPECT_EQ(suggested, isCountedOn ? 11 : 0);
+    }
+}
+
 TEST(SyncDoubts, LooksAtEachClip) {
     const auto with = [](MediaAsset asset, const auto& change) {
         change(asset);

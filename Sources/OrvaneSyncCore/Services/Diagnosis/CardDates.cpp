@@ -9,9 +9,13 @@
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <map>
+#include <optional>
+#include <set>
 #include <utility>
+#include <vector>
 
 namespace orvane {
 
@@ -25,11 +29,14 @@ class CardDates {
         : shoot_(shoot), sound_(sound), cures_(cures), doubts_(doubts) {}
 
     CardDatesFound add() {
-        for (const Card& card : cardsOfManyClips()) {
+        const std::vector<Card> cards = cardsOfManyClips();
+        findShift(cards);
+        for (const Card& card : cards) {
             wrongDateOf(card);
             if (std::cmp_less(card.files.size(), fewestOfADate))
                 found_.fewOfItsDate.insert(card.files.begin(), card.files.end());
         }
+        suggest();
         return std::move(found_);
     }
 
@@ -61,16 +68,9 @@ class CardDates {
     }
     const Recording& primaryOf(const Shoot::Clip& clip) const { return shoot_.recordings[*clip.primary]; }
 
-    /// If the clips of a card fit the recordings of another day clearly better than those of their own day,
-    /// one of the dates is wrong, whatever single clips have found.
-    void wrongDateOf(const Card& card) {
-        if (!card.day || sound_.byDay.empty()) return;
-        struct Fit {
-            int clips = 0;
-            long day = 0;
-        };
+    /// The clips of a card whose sound may be of another date.
+    std::vector<const Shoot::Clip*> clipsOf(const Card& card) const {
         std::vector<const Shoot::Clip*> clips;
-        double first = std::numeric_limits<double>::infinity(), last = -first;
         for (const std::size_t file : card.files) {
             const Shoot::Clip& clip = shoot_.clips[file];
             if (clip.isDecided || clip.group->matchStatus.kind == MatchStatus::Kind::mos) continue;
@@ -82,8 +82,50 @@ class CardDates {
             if (recorded && recorded != card.day && isWrittenOn(clip.group->video, *clip.place, *recorded))
                 continue; // whatever its name states
             clips.push_back(&clip);
-            first = std::min(first, clip.place->range.startSeconds);
-            last = std::max(last, clip.place->range.endSeconds);
+        }
+        return clips;
+    }
+    /// A clock that lost its date counts on from there: the days of its recordings are one number of days
+    /// from those of the clips. Known if it explains clips of several days, and more of them than any other.
+    void findShift(const std::vector<Card>& cards) {
+        struct Shift {
+            int clips = 0;
+            std::set<long> days; ///< of the clips
+        };
+        std::map<long, Shift> shifts;
+        for (const auto& [day, cover] : sound_.byDay) {
+            if (!cures_.isFarFromClips(day)) continue;
+            for (const Card& card : cards) {
+                if (!card.day) continue;
+                const auto clips = clipsOf(card);
+                const auto fitting = std::ranges::count_if(
+                    clips, [&](const Shoot::Clip* clip) { return cover.of(clip->place->range).has_value(); });
+                if (std::cmp_less(fitting, fewestOfADate)) continue;
+                Shift& shift = shifts[day - *card.day];
+                shift.clips += static_cast<int>(fitting);
+                shift.days.insert(*card.day);
+            }
+        }
+        int most = 0;
+        for (const auto& [days, shift] : shifts) {
+            if (shift.clips >= most) shift_.reset();
+            if (shift.clips > most && shift.days.size() > 1) shift_ = days;
+            most = std::max(most, shift.clips);
+        }
+    }
+    /// If the clips of a card fit the recordings of another day clearly better than those of their own day,
+    /// one of the dates is wrong, whatever single clips have found.
+    void wrongDateOf(const Card& card) {
+        if (!card.day || sound_.byDay.empty()) return;
+        struct Fit {
+            int clips = 0;
+            long day = 0;
+        };
+        std::vector<const Shoot::Clip*> clips = clipsOf(card);
+        double first = std::numeric_limits<double>::infinity(), last = -first;
+        for (const Shoot::Clip* clip : clips) {
+            first = std::min(first, clip->place->range.startSeconds);
+            last = std::max(last, clip->place->range.endSeconds);
         }
         const auto fitOf = [&](long day, const Cover& cover) {
             Fit fit{0, day};
@@ -105,7 +147,10 @@ class CardDates {
                 own = fitOf(day, cover);
                 continue;
             }
-            if (std::abs(day - *card.day) > farthest && sound_.byDay.size() > mostDays) continue;
+            const bool isShifted = shift_ == day - *card.day;
+            if (shift_ && !isShifted && cures_.isFarFromClips(day)) continue;
+            if (!isShifted && std::abs(day - *card.day) > farthest && sound_.byDay.size() > mostDays)
+                continue;
             const Fit fit = fitOf(day, candidates(day));
             if (fit.clips > other.clips) other = fit;
         }
@@ -183,8 +228,18 @@ class CardDates {
                      clips);
         for (const Shoot::Clip* clip : clips)
             found_.fittingDays[static_cast<std::size_t>(clip - shoot_.clips.data())] = other.day;
-        for (const auto& [clip, recording] : suggested)
-            doubts_.byGroup[clip].back().suggestion = SyncDoubt::Suggestion{recording};
+        for (const auto& [clip, recording] : suggested) suggested_[recording].emplace_back(clip, own.day);
+    }
+    /// A recording that fits clips of several days is suggested for none of them.
+    void suggest() {
+        for (const auto& [recording, clips] : suggested_) {
+            if (std::ranges::any_of(clips,
+                                    [&](const auto& clip) { return clip.second != clips.front().second; }))
+                continue;
+            for (const auto& clip : clips)
+                std::ranges::find(doubts_.byGroup[clip.first], Kind::otherDateFits, &SyncDoubt::kind)
+                    ->suggestion = SyncDoubt::Suggestion{recording};
+        }
     }
 
     /// For clips without any sound: the only recording of that day that covers the clip by the time of day.
@@ -199,12 +254,23 @@ class CardDates {
                 if (shoot_.wholes.isFirst(i) && shoot_.wholes.places[i].day == day &&
                     covers(shoot_.wholes.places[i].range, range))
                     found.push_back(i);
-            if (found.size() != 1) continue;
+            // The channels of a take in mono files count once.
+            if (found.empty() ||
+                !std::ranges::all_of(found, [&](std::size_t i) { return areChannels(found.front(), i); }))
+                continue;
             const double into = range.startSeconds - shoot_.wholes.places[found.front()].range.startSeconds;
             const std::size_t part = shoot_.wholes.partAt(found.front(), into);
             result.emplace_back(clip->group->id, shoot_.recordings[part].asset->id);
         }
         return result;
+    }
+
+    bool areChannels(std::size_t one, std::size_t other) const {
+        constexpr double rounding = 0.01;
+        const auto &a = shoot_.wholes.places[one].range, &b = shoot_.wholes.places[other].range;
+        return std::abs(a.startSeconds - b.startSeconds) < rounding &&
+               std::abs(a.endSeconds - b.endSeconds) < rounding &&
+               folderOf(*shoot_.recordings[one].asset) == folderOf(*shoot_.recordings[other].asset);
     }
 
     /// Folders of the recordings of that day that lie under some of the clips by time of day.
@@ -233,6 +299,9 @@ class CardDates {
     DayCures& cures_;
     SyncDoubts& doubts_;
     CardDatesFound found_ = {};
+    std::optional<long> shift_; ///< days of recordings with a lost date, less those of the clips
+    /// By recording: the clips that it fits, and their days.
+    std::map<UUID, std::vector<std::pair<UUID, long>>> suggested_;
 };
 
 } // namespace

@@ -368,6 +368,41 @@ TEST(SyncDoubts, ARecorderThatLostItsDateGetsItsDaysInOrder) {
     }
 }
 
+/// Nights at the same hours.
+TEST(SyncDoubts, ARecorderThatKeepsTheDateOfTheEveningIsReported) {
+    for (const auto& [nights, isStuck] :
+         {std::pair<std::size_t, bool>{2, true}, {1, true}, {2, false}, {1, false}}) {
+        SCOPED_TRACE(nights);
+        constexpr std::size_t evening = 4, takes = 10;
+        Shot shot;
+        const char* const days[] = {"2027-02-27", "2027-02-28", "2027-03-01"};
+        for (std::size_t i = 0; i < nights * takes; ++i) {
+            const std::size_t night = i / takes, take = i % takes;
+            const bool isMorning = take >= evening;
+            const std::string number = std::to_string(10 + i);
+            const double at = (isMorning ? 1200 + 600 * double(take - evening) : 79200 + 600 * double(take)) +
+                              3 * double(night);
+            shot.videos.push_back(clipAt("/K/N" + number + ".mov", at, 12));
+            shot.audios.push_back(recordingAt("/T/T" + number + ".wav", at - 4, 22));
+            shot.date({&shot.videos.back(), 1}, days[night + (isMorning ? 1 : 0)]);
+            shot.date({&shot.audios.back(), 1}, days[night + (isMorning && !isStuck ? 1 : 0)]);
+        }
+        shot.diagnose();
+        if (!isStuck) {
+            EXPECT_TRUE(shot.doubts.isEmpty());
+            continue;
+        }
+        EXPECT_EQ(shot.doubts.byGroup.size(), nights * (takes - evening)) << "those after midnight";
+        for (const SyncGroup& group : shot.groups) {
+            const auto* suggestion = shot.doubts.suggestionFor(group);
+            ASSERT_EQ(suggestion != nullptr, shot.doubts.byGroup.contains(group.id));
+            if (suggestion == nullptr) continue;
+            const auto own = std::ranges::find(shot.audios, suggestion->recordingID, &MediaAsset::id);
+            EXPECT_EQ(own->filename.substr(1, 2), group.video.filename.substr(1, 2));
+        }
+    }
+}
+
 TEST(SyncDoubts, LooksAtEachClip) {
     const auto with = [](MediaAsset asset, const auto& change) {
         change(asset);

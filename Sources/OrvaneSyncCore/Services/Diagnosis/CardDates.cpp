@@ -73,7 +73,9 @@ class CardDates {
         std::vector<const Shoot::Clip*> clips;
         for (const std::size_t file : card.files) {
             const Shoot::Clip& clip = shoot_.clips[file];
-            if (clip.isDecided || clip.group->matchStatus.kind == MatchStatus::Kind::mos) continue;
+            if (clip.isDecided || clip.group->matchStatus.kind == MatchStatus::Kind::mos ||
+                doubts_.has(clip.group->id, {Kind::otherDateFits}))
+                continue;
             // A program that writes files again dates their headers by its own clock.
             if (!clip.place->knownDay()) continue;
             // A given date has helped the clips that have sound of it.

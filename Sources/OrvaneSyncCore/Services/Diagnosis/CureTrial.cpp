@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Diagnosis/CureTrial.h"
 
+#include "OrvaneSyncCore/Models/AgreedLag.h"
 #include "OrvaneSyncCore/Services/Diagnosis/KeptFiles.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 
@@ -70,6 +71,27 @@ bool isReportedAgain(const SyncDoubts& before, const UUID& was, const SyncDoubt&
            });
 }
 
+/// Whether the clip's camera heard the recording at its place.
+bool isHeard(const DoubtInput& input, const SyncGroup& group, const AudioMatch& match) {
+    if (input.heardLags != nullptr)
+        if (const auto lag = input.heardLags->find(match.id); lag != input.heardLags->end())
+            return std::abs(lag->second.seconds) < inPlaceSeconds;
+    if (input.heardClaims == nullptr) return false;
+    const auto claim =
+        input.heardClaims->find(SoundClaim{group.id, match.audio->id, match.syncOffsetSeconds}.key());
+    return claim != input.heardClaims->end() && claim->second.offsetSeconds &&
+           std::abs(*claim->second.offsetSeconds - match.syncOffsetSeconds) < inPlaceSeconds;
+}
+/// Whether the clip loses a recording that its camera heard at its place.
+bool losesHeard(const DoubtInput& input, const SyncGroup& before, const SyncGroup& after) {
+    return std::ranges::any_of(before.audioMatches, [&](const AudioMatch& match) {
+        return isHeard(input, before, match) &&
+               std::ranges::none_of(after.audioMatches, [&](const AudioMatch& other) {
+                   return other.audio->id == match.audio->id;
+               });
+    });
+}
+
 /// What a way of the cure changes for the clips of its scan.
 struct Outcome {
     int helped = 0; ///< clips in doubt that get other sound
@@ -101,6 +123,7 @@ bool CureTrial::helps(const CardDoubt& doubt) const {
         if (found == byVideo.end() || before.isLocked) continue;
         const SyncGroup& now = *found->second;
         const bool hasSound = !now.audioMatches.empty();
+        if (!way->scan && losesHeard(input_, before, now)) return false;
         if (!doubted.contains(before.id))
             outcome.lost +=
                 before.matchStatus.isSettled() && !before.audioMatches.empty() && !hasSound ? 1 : 0;

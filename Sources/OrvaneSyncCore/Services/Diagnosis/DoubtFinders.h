@@ -19,7 +19,9 @@ void addMissingChannels(const Shoot& shoot, SyncDoubts& doubts);
 void addClockDoubts(const Shoot& shoot, SyncDoubts& doubts);
 /// For a given offset, if the cameras heard the recordings at the places that the files state.
 void addStatedPlaces(const Shoot& shoot, SyncDoubts& doubts);
-/// Dates that are wrong or missing.
+/// Recordings with a wrong date in one half of the day.
+void addHalfDayDates(const Shoot& shoot, SyncDoubts& doubts);
+/// Dates that are wrong or missing, of clips without a doubt about their half of the day.
 void addDayDoubts(const Shoot& shoot, SyncDoubts& doubts);
 /// For recorders without doubts so far, because their clips have other sound.
 void addRecorderDates(const Shoot& shoot, SyncDoubts& doubts);
@@ -54,10 +56,10 @@ void keepMovedClips(const Shoot& shoot, SyncDoubts& doubts);
 
 /// In the order in which they run. Each one may use the doubts of those before it.
 inline constexpr std::array doubtFinders{
-    addCutFiles,       addConvertedFiles, addClipDoubts,    addMissingChannels, addClockDoubts,
-    addStatedPlaces,   addDayDoubts,      addRecorderDates, addSoundsByEar,     addLoneRecordings,
-    addTimecodeDoubts, addPairsNotHeard,  addDrift,         addRivalDoubts,     addOffsetsByHand,
-    addHeardOffsets,   addGivenOffset,    addUnheardSound,  addLostParts,       addWordsBesideClocks,
-    keepMovedClips};
+    addCutFiles,          addConvertedFiles, addClipDoubts,    addMissingChannels, addClockDoubts,
+    addStatedPlaces,      addHalfDayDates,   addDayDoubts,     addRecorderDates,   addSoundsByEar,
+    addLoneRecordings,    addTimecodeDoubts, addPairsNotHeard, addDrift,           addRivalDoubts,
+    addOffsetsByHand,     addHeardOffsets,   addGivenOffset,   addUnheardSound,    addLostParts,
+    addWordsBesideClocks, keepMovedClips};
 
 } // namespace orvane

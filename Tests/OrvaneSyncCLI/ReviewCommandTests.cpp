@@ -162,6 +162,21 @@ TEST_F(CardsTest, aDoubtOfTheTableThatNothingSettlesIsReported) {
     }
 }
 
+/// A table of one recorder's scan is applied to a scan with another one.
+TEST_F(CardsTest, anOffsetIsUsedOnlyForTheRecordingsOfItsLine) {
+    for (const char* sound : {"1: OTHER.WAV", "1: OTHER.WAV; 2: DAY1_T01.WAV", ""}) {
+        const std::string table = folder_.write(
+            "in.tsv",
+            std::string("camera_file\tsound\toffset_frames\nA001C001_261120_R1AB.mov\t") + sound + "\t-13\n");
+        const std::string said = runWith({"sync", folder_.path(), "-o", at("out.fcpxml"), "--apply", table,
+                                          "--no-smart-audio", "--no-cache", "--force"})
+                                     .err;
+        const bool isUsed = !std::string_view(sound).ends_with("OTHER.WAV");
+        EXPECT_EQ(said.find("line 2: the offset is not used") == std::string::npos, isUsed) << said;
+        EXPECT_NE(said.find(isUsed ? "changes 1 clip." : "changes 0 clips."), std::string::npos) << said;
+    }
+}
+
 /// A clip without sound gets a recording of another time, as from a phone.
 TEST_F(CardsTest, aChoiceMayNameAnyRecording) {
     addSecondRecorder();

@@ -363,7 +363,26 @@ class Reading {
         const double seconds = *frames / rates_.of(group.video);
         if (std::abs(seconds) > secondsADay)
             return problem(line, "an offset of " + std::string(cell) + " frames is more than a day");
-        if (reviewFrames(*frames) != *present[offsetFrames]) decision.offsetSeconds = seconds;
+        if (reviewFrames(*frames) == *present[offsetFrames]) return;
+        if (*frames != 0 && !isOfSound(line, group, decision))
+            return problem(line, "the offset is not used: the clip has none of the recordings in the line");
+        decision.offsetSeconds = seconds;
+    }
+    /// Whether the line names the clip's recording under `sound`, or another one under `choice`: an offset is
+    /// that of one recorder's clock. True for a line without recordings.
+    bool isOfSound(const ReviewLine& line, const SyncGroup& group, const ReviewDecision& decision) const {
+        const std::string cell = trimmedText(line[choice].value_or(""));
+        const bool isNamed = !cell.empty() && !reviewNumber(cell);
+        if (isNamed || decision.matchID || group.isMOS() || trimmed(line[sound].value_or("")).empty())
+            return true;
+        // Another scan may have other files of the take.
+        const auto firstFile = [](const std::string& text) { return text.substr(0, text.find(" + ")); };
+        const std::vector<std::string> own{firstFile(recordingTexts(group, names_).front())};
+        for (int number = 1;; ++number) {
+            const auto named = recordingOfNumber(*line[sound], number);
+            if (!named) return number == 1;
+            if (placeOf(firstFile(*named), own)) return true;
+        }
     }
 
     const WorkSnapshot& work_;

@@ -3,6 +3,22 @@
 namespace orvane::test::doubts {
 namespace {
 
+/// Read as drop frame, the clips would lie up to three frames off.
+TEST(RateDoubts, OfTwoRatesThatKeepToOneClockTheStatedOneIsNamed) {
+    Shot shot;
+    for (int i = 0; i < 7; ++i) {
+        const double at = 46800 + 613 * i;
+        shot.videos.push_back(clipAt("/C/A" + std::to_string(i) + ".mov", at, 12, TimecodeFrameRate::fps30));
+        shot.videos.back().timecodeFrameRate = TimecodeFrameRate::fps29_97;
+        shot.audios.push_back(recordingAt("/S/T" + std::to_string(i) + ".wav", at - 4, 20));
+        shot.audios.back().timecodeFrameRate = TimecodeFrameRate::fps30;
+    }
+    shot.diagnose();
+    ASSERT_TRUE(shot.card(Kind::timecodeRate));
+    EXPECT_TRUE(shot.card(Kind::timecodeRate)->doubt.cure.text().starts_with("--tc-rate 30,"))
+        << shot.card(Kind::timecodeRate)->doubt.cure.text();
+}
+
 TEST(RateDoubts, FindsARateAndADate) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     Random random(7);

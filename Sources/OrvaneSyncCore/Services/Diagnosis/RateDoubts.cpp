@@ -73,7 +73,10 @@ class RateDoubts {
             if (candidate == shoot_.input.rules.timecodeRate || isRefutedByEar(candidate)) continue;
             platform::throwIfStopped(shoot_.stop);
             const auto [all, without] = foundAt(candidate);
-            if (without.clips <= most || without.recordings < explanation::fewest) continue;
+            // Drop frame and 30 keep to one clock but for some frames: the one that a file states is right.
+            const bool isRather =
+                best && without.clips == most && isStated(candidate) && !isStated(best->rate);
+            if ((without.clips <= most && !isRather) || without.recordings < explanation::fewest) continue;
             if (without.clips < explanation::majority * static_cast<double>(clips_.uncovered.size()) ||
                 all.clips <= explanation::clearly * now ||
                 chance::atLeast(without.clips, static_cast<int>(clips_.uncovered.size()), share) >
@@ -83,6 +86,13 @@ class RateDoubts {
             best = Rate{candidate, without};
         }
         return best;
+    }
+    bool isStated(TimecodeFrameRate rate) const {
+        const auto states = [rate](const MediaAsset& file) { return file.timecodeFrameRate == rate; };
+        return std::ranges::any_of(shoot_.clips,
+                                   [&](const Shoot::Clip& clip) { return states(clip.group->video); }) ||
+               std::ranges::any_of(shoot_.recordings,
+                                   [&](const Recording& recording) { return states(*recording.asset); });
     }
     /// Whether sound was heard at one distance from its place at the current rates, which shows no drift, and
     /// at several distances from its place at this rate.

@@ -454,6 +454,18 @@ TEST_F(ServeTest, keepsSessionsAndSettings) {
     EXPECT_EQ(call("presets").dump(), "[\"One\"]");
 }
 
+TEST_F(ServeTest, aScanThatKeepsTheDecisionsIsOneStepWithThem) {
+    scan();
+    call("toggleApproved", onFirst());
+    call("startScan", R"({"keepDecisions":true})");
+    EXPECT_EQ(first("isApproved").dump(), "true");
+    const auto last = [this] { return call("undoState").find("undoActionName")->dump(); };
+    EXPECT_EQ(last(), "\"Scan & Match\"");
+    call("undo");
+    EXPECT_EQ(last(), "\"Toggle Approved\"");
+    EXPECT_EQ(first("isApproved").dump(), "true");
+}
+
 TEST_F(ServeTest, whatTheDiskRefusesIsAnError) {
     call("newSession");
     const std::string id = *call("sessions").elements()->front().find("id")->string();

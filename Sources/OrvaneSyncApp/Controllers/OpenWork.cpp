@@ -226,10 +226,22 @@ void OpenWork::withUndo(const UndoStep& step, const std::function<void()>& mutat
             forgetClipPlaces();
             return;
         }
-        isEdited_ = true;
-        if (!before.groups.empty()) isEmptiedByEdit_ = syncGroups_.empty();
+        noteEdit(before.groups);
         addStep(step, std::move(before));
     });
+}
+
+void OpenWork::withinLastStep(const std::function<void()>& mutation) {
+    notices.together([&] {
+        const SyncGroupList before = syncGroups_;
+        mutation();
+        noteEdit(before);
+    });
+}
+
+void OpenWork::noteEdit(const SyncGroupList& before) {
+    isEdited_ = true;
+    if (!before.empty()) isEmptiedByEdit_ = syncGroups_.empty();
 }
 
 void OpenWork::addStep(const UndoStep& step, Step before) {

@@ -80,6 +80,8 @@ class OpenWork : public WorkState {
     /// Stores the value of a setting that every clip of the document depends on, as an undo step. Does
     /// nothing if the setting has that value.
     void changeSetting(const UndoStep& step, std::string_view key, platform::JSON value);
+    /// Runs a change of clips that belongs to the last step: undo and redo do both at once.
+    void withinLastStep(const std::function<void()>& mutation);
     void continueUndo(const UndoStep& step);
     /// The user selected another clip: the next change is a step of its own.
     void endUndoStep();
@@ -119,6 +121,7 @@ class OpenWork : public WorkState {
 
     Step present() const;
     bool differsFrom(const Step& before) const;
+    void noteEdit(const SyncGroupList& before);
     void addStep(const UndoStep& step, Step before);
     void applyStep(bool isUndo);
     WildTracks wildTracksOf(const Step& target, const SyncGroupList& clipsBefore) const;

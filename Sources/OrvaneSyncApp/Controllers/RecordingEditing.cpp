@@ -255,9 +255,8 @@ platform::Task RecordingEditing::keep(std::weak_ptr<RecordingEditing> weak, Work
             continue;
         self->work_.notices.together([&] {
             self->smartAudio_.caches().leaveClips();
-            self->work_.withUndo(undoSteps::keepDecisions, [&] {
-                self->work_.setClips(std::move(made.groups), std::move(made.wildTracks));
-            });
+            self->work_.withinLastStep(
+                [&] { self->work_.setClips(std::move(made.groups), std::move(made.wildTracks)); });
             self->smartAudio_.restoreAfterUndo();
         });
         co_return;

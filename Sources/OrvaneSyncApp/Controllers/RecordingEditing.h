@@ -44,8 +44,8 @@ class RecordingEditing {
     /// The present clips and the scan that made them.
     WorkFiles workFiles() const { return {work_.syncGroups(), work_.sharedWildTracks(), scan_.scanResult()}; }
     /// To be called after a scan has replaced the `earlier` clips, and before another step. Gives their
-    /// decisions to the clips with the same camera files (`withDecisionsOf`), as one step. Also restores
-    /// their Smart Audio results.
+    /// decisions to the clips with the same camera files (`withDecisionsOf`), within the step of the scan.
+    /// Also restores their Smart Audio results.
     platform::Task keepDecisions(WorkFiles earlier);
 
     void renameWildTrack(UUID id, std::string_view name);

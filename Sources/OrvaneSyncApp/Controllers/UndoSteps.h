@@ -53,7 +53,6 @@ inline constexpr UndoStep toggleWildTrackApproved{"Toggle Wild Track Approved"};
 
 // Opened by the operations themselves, because there is no step if there is nothing to undo.
 inline constexpr UndoStep scanAndMatch{"Scan & Match"};
-inline constexpr UndoStep keepDecisions{"Keep Decisions"};
 inline constexpr UndoStep syncLockitNetwork{"Sync LockitNetwork"};
 inline constexpr UndoStep clearALEMetadata{"Clear ALE Metadata"};
 inline constexpr UndoStep clearLockitMetadata{"Clear Lockit Metadata"};

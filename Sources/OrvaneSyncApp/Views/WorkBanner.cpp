@@ -185,11 +185,6 @@ void WorkBanner::followUndo() {
         const auto again = showLostAgain_; // a copy: the call sets it
         again();
     }
-    if (!isScanLast || !isNext(state.redoActionName, undoSteps::keepDecisions))
-        return forget(withoutDecisions_);
-    show(Signal::doubtful,
-         withoutDecisions_ = tr("These are the clips of the scan, without what was decided before it."),
-         tr("Keep the Decisions"), [this] { desktop_.run("redo"); });
 }
 
 void WorkBanner::showProblem() {

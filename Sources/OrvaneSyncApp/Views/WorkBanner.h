@@ -76,13 +76,12 @@ class WorkBanner : public design::Banner {
     void forget(QString& message);
 
     Desktop& desktop_;
-    QString ofPage_;           ///< set by `showOfPage`
-    QString unsaved_;          ///< the session could not be saved
-    QString known_;            ///< set by `showKnown`
-    QString lost_, outdated_;  ///< set by `showLost` and `showOutdated`
-    QString compared_;         ///< set by `showCompared`
-    QString unanalysed_;       ///< set by `showUnanalysed`
-    QString withoutDecisions_; ///< the decisions that a scan kept were undone
+    QString ofPage_;          ///< set by `showOfPage`
+    QString unsaved_;         ///< the session could not be saved
+    QString known_;           ///< set by `showKnown`
+    QString lost_, outdated_; ///< set by `showLost` and `showOutdated`
+    QString compared_;        ///< set by `showCompared`
+    QString unanalysed_;      ///< set by `showUnanalysed`
     /// Shows the message of `showLost` again; empty if no such scan can be redone.
     std::function<void()> showLostAgain_;
     std::optional<UUID> analysed_; ///< first clip of the work when the last analysis began

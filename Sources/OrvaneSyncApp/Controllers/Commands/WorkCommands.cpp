@@ -133,11 +133,21 @@ platform::Task startScan(CommandContext& context, Call call, std::shared_ptr<JSO
     const bool isOfOtherWork = call.has("ofOtherWork") && call.boolean("ofOtherWork");
     if (isOfOtherWork && context.sessions && !context.controller->work().syncGroups().empty())
         context.sessions->leaveForOtherWork(*context.controller);
+    std::optional<WorkFiles> earlier;
+    if (!isOfOtherWork && call.has("keepDecisions") && call.boolean("keepDecisions"))
+        earlier = context.controller->recordings().workFiles();
     const platform::Task scanning = context.controller->scan().startScan(
         isOfOtherWork ? OpenWork::ScanOf::otherWork : OpenWork::ScanOf::sameWork);
     co_await scanning;
     auto controller = weak.lock();
     if (!controller) co_return;
+    if (earlier) {
+        const platform::Task keeping = controller->recordings().keepDecisions(std::move(*earlier));
+        controller.reset();
+        co_await keeping;
+        controller = weak.lock();
+        if (!controller) co_return;
+    }
     const platform::Task analysing = controller->smartAudio().waitForAnalysisAfterScan();
     controller.reset();
     co_await analysing;
@@ -270,8 +280,9 @@ std::vector<Command> workCommands() {
             .alsoBy({"sync", "scan"}),
         Command::later("startScan", "Scan & Match",
                        "Reads the folders and matches what is in them. Where they are other work "
-                       "(`ofOtherWork`), the open session is saved and left first.",
-                       {{"ofOtherWork", boolean, true}}, startScan)
+                       "(`ofOtherWork`), the open session is saved and left first; otherwise the decisions "
+                       "about the clips can be kept (`keepDecisions`).",
+                       {{"ofOtherWork", boolean, true}, {"keepDecisions", boolean, true}}, startScan)
             .alsoBy({"sync", "scan"})
             .otherWork()
             .when([](const CommandContext& context) { return context.controller->scan().canScan(); }),

@@ -502,6 +502,41 @@ TEST_F(ServeTest, whatTheDiskRefusesIsAnError) {
     EXPECT_EQ(kept.folder, "New");
 }
 
+TEST_F(ServeTest, workWhoseLastChangeTheDiskRefusesStaysOpen) {
+    call("newSession");
+    const std::string other = call("sessionState").find("currentSessionId")->dump();
+    call("newSession");
+    const JSON id = *call("sessionState").find("currentSessionId");
+    scan();
+    const std::string project = R"("path":")" + folder_.path("day.orvanesync") + "\"";
+    call("saveProject", "{" + project + "}");
+    call("saveSession");
+    const std::filesystem::path place = work_.path("Orvane Tandrel/Sessions/" + *id.string() + ".orvanesync");
+    std::filesystem::rename(place, work_.path("aside"));
+    std::ofstream(place) << "in the way";
+    call("toggleApproved", onFirst());
+    const std::pair<const char*, std::string> calls[] = {
+        {"loadSession", R"("sessionId":)" + other},
+        {"loadProject", project},
+        {"newSession", ""},
+        {"startScan", R"("ofOtherWork":true)"},
+        {"setFolders", R"("videoFolder":")" + work_.path() + R"(","audioFolder":null)"},
+        {"reset", ""},
+    };
+    for (const auto& [method, arguments] : calls) {
+        const std::string refused = failure(method, "{" + arguments + "}");
+        EXPECT_NE(refused.find("stays open"), std::string::npos) << method << ": " << refused;
+        EXPECT_TRUE(*call("sessionState").find("currentSessionId") == id) << method;
+        EXPECT_EQ(first("isApproved").dump(), "true") << method;
+    }
+    EXPECT_TRUE(call("reset", R"({"leaveUnsaved":true})").isNull());
+    EXPECT_EQ(call("sessionState").find("currentSessionId"), nullptr);
+    std::filesystem::remove(place);
+    std::filesystem::rename(work_.path("aside"), place);
+    call("loadSession", R"({"sessionId":)" + id.dump() + "}");
+    EXPECT_EQ(first("isApproved").dump(), "true") << "the change was kept";
+}
+
 TEST_F(ServeTest, aProjectIsOpenedInASessionOfItsOwn) {
     call("newSession");
     const std::string project = R"({"path":")" + folder_.path("day.orvanesync") + "\"}";

@@ -182,6 +182,25 @@ TEST_F(OpeningTest, QuittingAsksWhereWhatWasDecidedIsOnNoDisk) {
     EXPECT_TRUE(waitUntil([&] { return isEnded; }));
 }
 
+TEST_F(OpeningTest, ClosingAsksWhereTheLastChangeIsOnNoDisk) {
+    scan();
+    ASSERT_TRUE(isSaved());
+    const auto place = makeUnwritable();
+    desktop_->controller().clips().toggleApproved(clip("A001C001").id);
+    for (const bool leaves : {false, true}) {
+        QTimer answering;
+        QObject::connect(&answering, &QTimer::timeout, [&] {
+            if (auto* box = window_->findChild<QMessageBox*>())
+                press(*box, leaves ? "Leave It" : "Keep Working");
+        });
+        answering.start(std::chrono::milliseconds(10));
+        const platform::Task closing = desktop_->run("reset");
+        ASSERT_TRUE(waitUntil([&] { return closing.isDone(); }));
+        EXPECT_EQ(work().syncGroups().empty(), leaves);
+    }
+    makeWritable(place);
+}
+
 TEST_F(OpeningTest, AStartSaysWhatCouldNotBeSavedBeforeUnlessItWasSavedSince) {
     scan();
     for (const bool isSavedSince : {true, false}) {

@@ -66,7 +66,10 @@ platform::Task Desktop::run(std::string_view id, JSON arguments, Done done, Refu
             return platform::Task::ended();
         }
         const auto result = std::make_shared<JSON>();
-        platform::Task task = row.whenDone(context_, call, result);
+        const bool mayLeave =
+            std::ranges::count(row.parameters, commands::leaveUnsaved.name, &commands::Parameter::name) > 0;
+        platform::Task task =
+            mayLeave ? askToLeave(row, std::move(arguments), result) : row.whenDone(context_, call, result);
         task.whenDone([refused, result, done = std::move(done)](const std::exception_ptr& raised) {
             if (!raised) {
                 if (done) done(*result);
@@ -85,6 +88,23 @@ platform::Task Desktop::run(std::string_view id, JSON arguments, Done done, Refu
         refused(why);
         return platform::Task::ended();
     }
+}
+
+platform::Task Desktop::askToLeave(const commands::Command& row, JSON arguments,
+                                   std::shared_ptr<JSON> result) {
+    try {
+        const platform::Task task =
+            row.whenDone(context_, commands::Call(row, arguments.isNull() ? nullptr : &arguments), result);
+        co_await task;
+        co_return;
+    } catch (const commands::UnsavedWork& unsaved) {
+        if (!agreesToLeave) throw;
+        if (!agreesToLeave(unsaved)) throw platform::Stopped();
+    }
+    if (arguments.isNull()) arguments = JSON::object();
+    arguments.set(commands::leaveUnsaved.name, true);
+    const platform::Task task = row.whenDone(context_, commands::Call(row, &arguments), result);
+    co_await task;
 }
 
 void Desktop::runForClips(std::string_view id, const std::vector<UUID>& groupIDs, JSON arguments,

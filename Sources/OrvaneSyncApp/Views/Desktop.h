@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/Commands/ReviewPlayers.h"
+#include "OrvaneSyncApp/Controllers/Commands/UnsavedWork.h"
 #include "Platform/MainThread.h"
 
 #include <QString>
@@ -64,6 +65,9 @@ class Desktop {
                      const std::function<void()>& done = {});
     /// Gets a sentence for the user.
     Refused whenRefused;
+    /// Asks the user whether to leave work that can't be saved. A command that would leave it then runs, or
+    /// counts as stopped. Null: it is refused.
+    std::function<bool(const commands::UnsavedWork&)> agreesToLeave;
     /// Gets a sentence on why a key or a drag does nothing at the moment. It disappears by itself and moves
     /// nothing on the screen.
     Refused showBriefly;
@@ -77,6 +81,8 @@ class Desktop {
     std::function<void()> whenFoldersWanted;
 
   private:
+    platform::Task askToLeave(const commands::Command& row, JSON arguments, std::shared_ptr<JSON> result);
+
     const std::shared_ptr<platform::MainThread> mainThread_;
     commands::CommandContext context_;
 };

@@ -3,7 +3,9 @@
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneDesignKit/Sheet.h"
+#include "OrvaneSyncApp/Views/Asking.h"
 #include "OrvaneSyncApp/Views/DropFrame.h"
+#include "OrvaneSyncApp/Views/Leaving.h"
 #include "OrvaneSyncApp/Views/MainMenus.h"
 #include "OrvaneSyncApp/Views/Review/KeyOverlay.h"
 #include "OrvaneSyncApp/Views/Review/ReviewActions.h"
@@ -132,6 +134,13 @@ void MainWindow::makeKeys() {
 
 void MainWindow::observe() {
     desktop_.whenRefused = [this](const QString& why) { banner_->showOfPage(Signal::missing, why); };
+    desktop_.agreesToLeave = [this](const commands::UnsavedWork& unsaved) {
+        return isAgreed(this, tr("The session “%1” could not be saved").arg(text(unsaved.session())),
+                        tr("Its last change is not on the disk: %1. If you leave the session, the change is "
+                           "kept until you quit, and saving is tried again every 5 seconds.")
+                            .arg(whyNotSaved(unsaved.failure())),
+                        tr("Leave It"), tr("Keep Working"));
+    };
     desktop_.showBriefly = [this](const QString& why) {
         showToast(this, why);
         // A message beside a change tells what a key did.
@@ -161,6 +170,7 @@ void MainWindow::observe() {
 
 MainWindow::~MainWindow() {
     desktop_.whenRefused = desktop_.showBriefly = nullptr;
+    desktop_.agreesToLeave = nullptr;
     desktop_.whenScanWanted = desktop_.whenFoldersWanted = nullptr;
     screens_->close();
 }

@@ -2,6 +2,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
 #include "OrvaneSyncApp/Controllers/Commands/Readable.h"
+#include "OrvaneSyncApp/Controllers/Commands/UnsavedWork.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
@@ -94,11 +95,17 @@ platform::Task saveProject(CommandContext& context, const Call& call, const std:
         });
 }
 
+platform::Task openProject(CommandContext& context, Call call, FileURL file) {
+    co_await saveBeforeLeaving(context, call);
+    const platform::Task loading = context.controller->project().loadProject(std::move(file));
+    co_await loading;
+}
+
 platform::Task loadProject(CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
     return lookUp(
         context.controller, [path = call.text("path")] { return readableFile(path); },
-        [](const std::shared_ptr<ImportController>& controller, FileURL file) {
-            return controller->project().loadProject(std::move(file));
+        [&context, call](const std::shared_ptr<ImportController>&, FileURL file) {
+            return openProject(context, call, std::move(file));
         });
 }
 
@@ -160,7 +167,8 @@ std::vector<Command> fileCommands() {
         Command::later("saveProject", ShortcutAction::saveProject, {{"path", path}, overwrite}, saveProject)
             .when(hasClipsWhileIdle)
             .inMenu(Menu::file, 220),
-        Command::later("loadProject", ShortcutAction::openProject, {{"path", path}}, loadProject)
+        Command::later("loadProject", ShortcutAction::openProject, {{"path", path}, leaveUnsaved},
+                       loadProject)
             .alsoBy({"project"})
             .inMenu(Menu::file, 210),
         Command::later("exportFCPXML", "Export FCPXML…", "Writes all matched clips as one document.",

@@ -1,5 +1,5 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
-#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "OrvaneSyncApp/Controllers/Commands/UnsavedWork.h"
 #include "Platform/Text.h"
 
 namespace orvane::commands {
@@ -30,9 +30,16 @@ Command onSession(std::string_view id, std::string_view title, std::string_view 
 /// Also opens a stored session that is not in the list.
 platform::Task loadSession(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
     const UUID session = call.id("sessionId");
+    if (context.sessions->currentSessionId() != session) co_await saveBeforeLeaving(context, call);
     const platform::Task loading = context.sessions->load(session, context.controller);
     co_await loading;
     if (context.sessions->currentSessionId() != session) throw sessionNotFound();
+}
+
+platform::Task loadMostRecentSession(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
+    co_await saveBeforeLeaving(context, call);
+    const platform::Task loading = context.sessions->loadMostRecentSession(context.controller);
+    co_await loading;
 }
 
 /// What is not in the list may not be on the disk either, and then the open work stays.
@@ -57,6 +64,15 @@ platform::Task saved(CommandContext& context, platform::Task saving) {
     co_await context.sessions->flush(); // an edit's own save may have replaced this one
     if (!session) co_return;
     if (const auto problem = context.sessions->saveError(*session)) throw Error(Refusal::failed, *problem);
+}
+
+platform::Task newSession(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
+    co_await saveBeforeLeaving(context, call);
+    const platform::Task saving = context.sessions->newSession(*context.controller);
+    if (leavesUnsaved(call))
+        co_await saving;
+    else
+        co_await saved(context, saving);
 }
 
 /// For a change that is in force in the program but could not be written; writing is tried again every few
@@ -170,10 +186,8 @@ std::vector<Command> openingCommands() {
             .alsoBy({"session"}),
         Command("sessionState", "State of the Session", "Says which session is open and whether it is saved.",
                 {}, sessionState),
-        Command::later("newSession", "New Session", "Opens empty work in a session of its own.", {},
-                       [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
-                           return saved(context, context.sessions->newSession(*context.controller));
-                       })
+        Command::later("newSession", "New Session", "Opens empty work in a session of its own.",
+                       {leaveUnsaved}, newSession)
             .otherWork()
             .inMenu(Menu::file, 130, "New"),
         Command::later(
@@ -187,15 +201,12 @@ std::vector<Command> openingCommands() {
                 return saved(context, context.sessions->save(*context.controller, std::move(name)));
             }),
         Command::later("loadSession", "Open Session", "Opens a session instead of the open work.",
-                       {sessionId}, loadSession)
+                       {sessionId, leaveUnsaved}, loadSession)
             .alsoBy({"session"})
             .otherWork(isOtherSession)
             .when(hasSessions),
         Command::later("loadMostRecentSession", "Open Most Recent Session",
-                       "Opens the session that was changed last.", {},
-                       [](CommandContext& context, const Call&, const std::shared_ptr<JSON>&) {
-                           return context.sessions->loadMostRecentSession(context.controller);
-                       })
+                       "Opens the session that was changed last.", {leaveUnsaved}, loadMostRecentSession)
             .when(hasSessions),
         deciding("renameSession", "Rename Session", "Names a session.", {"name", text},
                  [](CommandContext& context, const UUID& session, const Call& call) {

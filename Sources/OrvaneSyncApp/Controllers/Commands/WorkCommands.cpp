@@ -2,6 +2,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
 #include "OrvaneSyncApp/Controllers/Commands/Readable.h"
+#include "OrvaneSyncApp/Controllers/Commands/UnsavedWork.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkDiagnosis.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
@@ -52,36 +53,37 @@ bool holdsFilesOf(const OpenWork& work, const std::vector<FileURL>& folders) {
                                [&](const WildTrack& track) { return isInside(track.audio); });
 }
 
-/// A scan replaces all clips. If the folders are of another shoot, the work gets a session of its own before
-/// it gets the folders, so that the open session is not changed. The session's clips may be missing from the
-/// work: they could not be read, or its card was empty.
-void leaveOtherShoot(ImportController& controller, const std::shared_ptr<SessionManager>& sessions,
-                     const std::optional<FileURL>& video, const std::optional<FileURL>& audio,
-                     const ScanScope& scope) {
-    const OpenWork& work = controller.work();
+/// Whether the folders are of another shoot than the open session. The session's clips may be missing from
+/// the work: they could not be read, or its card was empty.
+bool areOfOtherShoot(const CommandContext& context, const std::optional<FileURL>& video,
+                     const std::optional<FileURL>& audio, const ScanScope& scope) {
+    const OpenWork& work = context.controller->work();
     std::vector<FileURL> folders = scope.moreFolders;
     for (const auto& folder : {video, audio})
         if (folder) folders.push_back(*folder);
-    if (folders.empty() || !sessions || !sessions->currentSessionId()) return;
+    if (folders.empty() || !context.sessions || !context.sessions->currentSessionId()) return false;
     const bool hasClips = !work.syncGroups().empty() || !work.wildTracks().empty();
-    if (hasClips ? !holdsFilesOf(work, folders) : sessions->keepsClipsFromElsewhere(folders))
-        sessions->newSession(controller);
+    return hasClips ? !holdsFilesOf(work, folders) : context.sessions->keepsClipsFromElsewhere(folders);
 }
 
 /// Folders that the call does not name are kept; a null removes one. An offset is counted at the rate of the
-/// clips, if there are any.
-void takeFolders(ImportController& controller, const std::shared_ptr<SessionManager>& sessions,
-                 const Call& call, NamedFolders named) {
-    const OpenWork& work = controller.work();
+/// clips, if there are any. A scan replaces all clips, so for the folders of another shoot the work gets a
+/// session of its own first, and the open session is not changed.
+platform::Task takeFolders(CommandContext& context, Call call, NamedFolders named) {
+    const OpenWork& work = context.controller->work();
     const auto video = call.mentions("videoFolder") ? named.video : work.videoFolderURL();
     const auto audio = call.mentions("audioFolder") ? named.audio : work.audioFolderURL();
     ScanScope scope = work.scanScope();
     if (call.mentions("moreFolders")) scope.moreFolders = std::move(named.more);
     if (call.mentions("exclude"))
         scope.exclusions = call.has("exclude") ? call.texts("exclude") : std::vector<std::string>{};
-    if (video == work.videoFolderURL() && audio == work.audioFolderURL() && scope == work.scanScope()) return;
-    leaveOtherShoot(controller, sessions, video, audio, scope);
-    ScanController& scan = controller.scan();
+    if (video == work.videoFolderURL() && audio == work.audioFolderURL() && scope == work.scanScope())
+        co_return;
+    if (areOfOtherShoot(context, video, audio, scope)) {
+        co_await saveBeforeLeaving(context, call);
+        context.sessions->newSession(*context.controller);
+    }
+    ScanController& scan = context.controller->scan();
     scan.setVideoFolderURL(video);
     scan.setAudioFolderURL(audio);
     if (scope != work.scanScope()) scan.setScope(std::move(scope));
@@ -94,12 +96,11 @@ platform::Task setFolders(CommandContext& context, const Call& call, const std::
     const OpenWork& work = context.controller->work();
     return lookUp(
         context.controller, [call] { return namedFolders(call); },
-        [call, sessions = context.sessions, folders = work.folders(),
+        [&context, call, folders = work.folders(),
          scope = work.scanScope()](const std::shared_ptr<ImportController>& controller, NamedFolders named) {
             const OpenWork& present = controller->work();
             if (present.folders() != folders || present.scanScope() != scope) throw platform::Stopped();
-            takeFolders(*controller, sessions, call, std::move(named));
-            return platform::Task::ended();
+            return takeFolders(context, call, std::move(named));
         });
 }
 
@@ -131,8 +132,10 @@ platform::Task startScan(CommandContext& context, Call call, std::shared_ptr<JSO
     // Weak, so that the end of the program destroys the controller, which stops the scan.
     const std::weak_ptr<ImportController> weak = context.controller;
     const bool isOfOtherWork = call.has("ofOtherWork") && call.boolean("ofOtherWork");
-    if (isOfOtherWork && context.sessions && !context.controller->work().syncGroups().empty())
+    if (isOfOtherWork && context.sessions && !context.controller->work().syncGroups().empty()) {
+        co_await saveBeforeLeaving(context, call);
         context.sessions->leaveForOtherWork(*context.controller);
+    }
     std::optional<WorkFiles> earlier;
     if (!isOfOtherWork && call.has("keepDecisions") && call.boolean("keepDecisions"))
         earlier = context.controller->recordings().workFiles();
@@ -151,6 +154,14 @@ platform::Task startScan(CommandContext& context, Call call, std::shared_ptr<JSO
     const platform::Task analysing = controller->smartAudio().waitForAnalysisAfterScan();
     controller.reset();
     co_await analysing;
+}
+
+platform::Task reset(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
+    co_await saveBeforeLeaving(context, call);
+    if (context.sessions)
+        context.sessions->close(*context.controller);
+    else
+        context.controller->reset();
 }
 
 /// A statement about all of the work, made on a queue.
@@ -269,7 +280,8 @@ std::vector<Command> workCommands() {
             {{"videoFolder", path, true},
              {"audioFolder", path, true},
              {"moreFolders", paths, true},
-             {"exclude", texts, true}},
+             {"exclude", texts, true},
+             leaveUnsaved},
             setFolders)
             .alsoBy({"sync", "scan"}),
         Command("setCorrections", "Correct the Sources",
@@ -282,7 +294,8 @@ std::vector<Command> workCommands() {
                        "Reads the folders and matches what is in them. Where they are other work "
                        "(`ofOtherWork`), the open session is saved and left first; otherwise the decisions "
                        "about the clips can be kept (`keepDecisions`).",
-                       {{"ofOtherWork", boolean, true}, {"keepDecisions", boolean, true}}, startScan)
+                       {{"ofOtherWork", boolean, true}, {"keepDecisions", boolean, true}, leaveUnsaved},
+                       startScan)
             .alsoBy({"sync", "scan"})
             .otherWork()
             .when([](const CommandContext& context) { return context.controller->scan().canScan(); }),
@@ -296,14 +309,7 @@ std::vector<Command> workCommands() {
                 return state != ScanState::idle && state != ScanState::done;
             })
             .servedAtOnce(),
-        Command("reset", "Close", "Closes the open work; its session is kept.", {},
-                [](CommandContext& context, const Call&) {
-                    if (context.sessions)
-                        context.sessions->close(*context.controller);
-                    else
-                        context.controller->reset();
-                    return JSON();
-                })
+        Command::later("reset", "Close", "Closes the open work; its session is kept.", {leaveUnsaved}, reset)
             .otherWork()
             .inMenu(Menu::file, 510, "Close"),
         Command::later("state", "State of the Work", "Gives the open work.", {}, state)

@@ -93,6 +93,10 @@ void show(Context& context, const std::string& file, bool asJSON) {
         clips.add({group.decisions.clipName, files.of(group.videoPath), group.matchStatusRaw,
                    editsText(group.decisions)});
     if (!clips.empty()) context.out << clips.text(context.mayColour) << "\n";
+    Table tracks({{"WILD TRACK"}, {"FILE"}, {"APPROVED"}});
+    for (const PersistedWildTrack& track : project.wildTracks)
+        tracks.add({track.customName, track.audioPath.lastPathComponent(), track.isApproved ? "yes" : "no"});
+    if (!tracks.empty()) context.out << tracks.text(context.mayColour) << "\n";
     context.out << counted(project.groups.size(), "clip", "clips") << ".\n";
 }
 

@@ -142,6 +142,36 @@ TEST_F(ProjectTest, withAFolderGoneTheEditsWaitAndAreKept) {
     EXPECT_EQ(ProjectService().load(file_).groups.size(), clipsBefore);
 }
 
+TEST_F(ProjectTest, wildTracksGetTheirNamesAndApprovalsBack) {
+    save(file_);
+    EXPECT_EQ(folder_.read("day.orvanesync").find("wildTracks"), std::string::npos) << "nothing was decided";
+    const auto tracks = [&] { return controller_->work().wildTracks(); };
+    const WildTrack track = tracks().front();
+    controller_->recordings().renameWildTrack(track.id, "Kitchen tone");
+    controller_->recordings().toggleWildTrackApproved(track.id);
+    save(file_);
+    const std::string aside = folder_.path("aside.wav");
+    for (const bool isThere : {true, false}) {
+        SCOPED_TRACE(isThere);
+        if (!isThere) fs::rename(track.audio.url.path, aside);
+        controller_ = make(nullptr);
+        EXPECT_EQ(ended(controller_->project().loadProject(file_)), "");
+        EXPECT_EQ(tracks().empty(), !isThere);
+        save(file_);
+        if (!isThere) {
+            fs::rename(aside, track.audio.url.path);
+            EXPECT_EQ(ended(controller_->scan().startScan()), "");
+        }
+        ASSERT_FALSE(tracks().empty());
+        EXPECT_EQ(tracks().front().customName, "Kitchen tone");
+        EXPECT_TRUE(tracks().front().isApproved);
+    }
+    controller_->recordings().toggleWildTrackApproved(tracks().front().id);
+    controller_->recordings().renameWildTrack(tracks().front().id, track.customName);
+    save(file_);
+    EXPECT_TRUE(ProjectService().load(file_).wildTracks.empty()) << "as found";
+}
+
 TEST_F(ProjectTest, entriesThatMetNoClipStayInTheFileUntilItTurnsUp) {
     save(file_);
     const std::string saved = folder_.read("day.orvanesync"), video = clip().video.url.path;

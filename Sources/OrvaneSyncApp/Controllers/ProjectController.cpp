@@ -29,6 +29,10 @@ void keepUnapplied(const OrvaneSyncProject& unapplied, OrvaneSyncProject& projec
     for (const PersistedGroup& entry : project.groups) present.insert(entry.videoPath);
     for (const PersistedGroup& entry : unapplied.groups)
         if (!present.contains(entry.videoPath)) project.groups.push_back(entry);
+    std::unordered_set<FileURL> tracks;
+    for (const PersistedWildTrack& entry : project.wildTracks) tracks.insert(entry.audioPath);
+    for (const PersistedWildTrack& entry : unapplied.wildTracks)
+        if (!tracks.contains(entry.audioPath)) project.wildTracks.push_back(entry);
 }
 
 using EntriesByVideo = std::unordered_map<FileURL, const PersistedGroup*>;
@@ -141,11 +145,12 @@ platform::Task ProjectController::save(std::weak_ptr<ProjectController> weak, Fi
         [url, permission = std::move(permission), inputs = inputsOfScan(work, self->reports_, self->scan_),
          service = self->projectService_, video = work.videoFolderURL(), audio = work.audioFolderURL(),
          report = self->reports_.aleFileURL(), groups = work.syncGroups(), scope = work.scanScope(),
-         corrections = work.keptCorrections(), date = work.environment.clock->date(),
-         entries = self->entries()] {
+         wildTracks = work.sharedWildTracks(), corrections = work.keptCorrections(),
+         date = work.environment.clock->date(), entries = self->entries()] {
             const OutputGuard guard(OutputKind::project, inputs(), permission);
             OrvaneSyncProject project = service.snapshot(video, audio, report, groups, date, scope);
             project.sourceCorrections = corrections;
+            project.wildTracks = decidedWildTracks(*wildTracks);
             keepUnappliedGroups(entries->leftOut, groups, project);
             if (entries->unapplied) keepUnapplied(*entries->unapplied, project);
             service.save(project, url, guard);
@@ -289,10 +294,30 @@ void ProjectController::takeOverFromScan() {
             held->withoutRecording.push_back(group.video.url);
     }
     auto waiting = std::make_shared<OrvaneSyncProject>(*held->unapplied);
+    applyToWildTracks(waiting->wildTracks);
+    std::erase_if(waiting->wildTracks, [&](const PersistedWildTrack& entry) {
+        return std::ranges::any_of(
+            work_.wildTracks(), [&](const WildTrack& track) { return track.audio.url == entry.audioPath; });
+    });
     std::erase_if(waiting->groups,
                   [&](const PersistedGroup& entry) { return found.contains(entry.videoPath); });
-    held->unapplied = waiting->groups.empty() ? nullptr : std::move(waiting);
+    const bool isAllApplied = waiting->groups.empty() && waiting->wildTracks.empty();
+    held->unapplied = isAllApplied ? nullptr : std::move(waiting);
     work_.setProjectEntries(std::move(held));
+}
+
+void ProjectController::applyToWildTracks(const std::vector<PersistedWildTrack>& entries) {
+    if (entries.empty()) return;
+    std::unordered_map<FileURL, const PersistedWildTrack*> byAudio;
+    for (const PersistedWildTrack& entry : entries) byAudio[entry.audioPath] = &entry;
+    work_.changeWildTracks([&](std::vector<WildTrack>& tracks) {
+        for (WildTrack& track : tracks) {
+            const auto entry = byAudio.find(track.audio.url);
+            if (entry == byAudio.end()) continue;
+            if (!entry->second->customName.empty()) track.customName = entry->second->customName;
+            track.isApproved = entry->second->isApproved;
+        }
+    });
 }
 
 /// A scan that finds no files keeps the clips of earlier work. The project's edits are applied to them, and
@@ -308,6 +333,7 @@ void ProjectController::applyEditsToRemainingClips() {
         leftOut = applyUnapplied(projectService_, held->unapplied.get(), held->leftOut, groups, wild,
                                  work_.matchRules(), {});
     });
+    applyToWildTracks(held->unapplied->wildTracks);
     adoptLeftOut(*held, std::move(leftOut));
 }
 

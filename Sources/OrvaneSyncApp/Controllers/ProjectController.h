@@ -77,6 +77,7 @@ class ProjectController {
     ScanController::EditOfClips edits();
     void takeOverFromScan();
     void adoptLeftOut(const ProjectEntries& held, std::vector<FileURL> videos);
+    void applyToWildTracks(const std::vector<PersistedWildTrack>& entries);
     void applyEditsToRemainingClips();
 
     OpenWork& work_;

@@ -20,6 +20,14 @@ std::string statusText(const MatchStatus& status) {
     return status.hasCount() ? text + ":" + std::to_string(status.count) : text;
 }
 
+/// A list that is not stored if it is empty.
+template <class T>
+struct UnlessEmptyForm : JSONForm<T> {
+    static void put(JSON& json, std::string_view key, const T& list) {
+        if (!list.empty()) JSONForm<T>::put(json, key, list);
+    }
+};
+
 /// In projects a switch of a clip is stored as on or off.
 template <class T>
 struct ProjectForm : JSONForm<T> {};
@@ -68,6 +76,20 @@ struct JSONFields<PersistedGroup> {
                                      JSONField{"syncOffsetSeconds", &PersistedGroup::syncOffsetSeconds}};
 };
 
+template <>
+struct JSONFields<PersistedWildTrack> {
+    static constexpr std::tuple list{fieldAs<PathForm>("audioPath", &PersistedWildTrack::audioPath),
+                                     JSONField{"customName", &PersistedWildTrack::customName},
+                                     JSONField{"isApproved", &PersistedWildTrack::isApproved}};
+};
+
+JSON toJSON(const PersistedWildTrack& track) { return fieldsToJSON(track); }
+
+template <>
+PersistedWildTrack fromJSON<PersistedWildTrack>(const JSON& json) {
+    return filledFromJSON(json, PersistedWildTrack());
+}
+
 static constexpr const char* groupsKey = "groups";
 
 template <>
@@ -82,6 +104,7 @@ struct JSONFields<OrvaneSyncProject> {
         fieldAs<OwnKeysForm>("", &Project::sourceCorrections),
         fieldAs<PathForm>("aleFilePath", &Project::aleFilePath),
         JSONField{groupsKey, &Project::groups},
+        addedLater(fieldAs<UnlessEmptyForm>("wildTracks", &Project::wildTracks)),
         fieldAs<BytesForm>("videoFolderBookmark", &Project::videoFolderBookmark),
         fieldAs<BytesForm>("audioFolderBookmark", &Project::audioFolderBookmark)};
 };
@@ -101,6 +124,14 @@ PersistedGroup::PersistedGroup(const SyncGroup& group) : PersistedGroup(group.id
 }
 
 void PersistedGroup::applyTo(SyncGroup& group) const { applyDecisions(decisions, group); }
+
+std::vector<PersistedWildTrack> decidedWildTracks(const std::vector<WildTrack>& tracks) {
+    std::vector<PersistedWildTrack> decided;
+    for (const WildTrack& track : tracks)
+        if (track.isApproved || track.customName != track.audio.filenameStem())
+            decided.push_back({track.audio.url, track.customName, track.isApproved});
+    return decided;
+}
 
 JSON toJSON(const PersistedGroup& group) { return fieldsToJSON(group); }
 

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Models/ScanScope.h"
 #include "OrvaneSyncCore/Models/SourceCorrections.h"
 #include "OrvaneSyncCore/Models/SyncGroup.h"
+#include "OrvaneSyncCore/Models/WildTrack.h"
 
 #include <optional>
 #include <stop_token>
@@ -28,6 +29,15 @@ struct PersistedGroup {
     void applyTo(SyncGroup& group) const;
 };
 
+/// What a project file stores of a wild track that the editor named or approved.
+struct PersistedWildTrack {
+    FileURL audioPath; ///< the key by which a later scan finds the track
+    std::string customName;
+    bool isApproved = false;
+};
+/// The entries of the tracks that were named or approved.
+std::vector<PersistedWildTrack> decidedWildTracks(const std::vector<WildTrack>& tracks);
+
 /// A project file: the folders and the editor's decisions, but nothing that a scan finds again.
 struct OrvaneSyncProject {
     static constexpr int currentVersion = 1;
@@ -40,15 +50,19 @@ struct OrvaneSyncProject {
     SourceCorrections sourceCorrections;
     std::optional<FileURL> aleFilePath;
     std::vector<PersistedGroup> groups; ///< one for each clip, in the order of the list
+    std::vector<PersistedWildTrack> wildTracks;
     /// Bytes with which another platform finds a folder again; never written here.
     std::optional<std::string> videoFolderBookmark;
     std::optional<std::string> audioFolderBookmark;
 };
 
 JSON toJSON(const PersistedGroup& group);
+JSON toJSON(const PersistedWildTrack& track);
 JSON toJSON(const OrvaneSyncProject& project);
 template <>
 PersistedGroup fromJSON<PersistedGroup>(const JSON& json);
+template <>
+PersistedWildTrack fromJSON<PersistedWildTrack>(const JSON& json);
 template <>
 OrvaneSyncProject fromJSON<OrvaneSyncProject>(const JSON& json);
 /// The same, checking the stop at each clip.

@@ -5,6 +5,9 @@
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
+#include <filesystem>
+#include <fstream>
+
 namespace orvane {
 namespace {
 
@@ -225,6 +228,37 @@ TEST_F(ImportControllerTest, aClipThatWasRemovedStaysRemovedWithTheOtherDecision
     controller_->undo();
     EXPECT_EQ(controller_->work().syncGroups().size(), clips);
     EXPECT_EQ(clip("A001C001"), nullptr);
+}
+
+TEST_F(ImportControllerTest, whatWasDecidedFollowsACameraFileToAnotherPath) {
+    namespace fs = std::filesystem;
+    test::makeSmallShoot(folder_.path());
+    scan(folder("camera"), folder("sound"));
+    const std::string file = "/" + clip("A001C001")->video.filename;
+    std::ofstream(folder_.path("camera") + file, std::ios::app) << std::string("\0\0\0\11free1", 9);
+    scan(folder("camera"), folder("sound"));
+    const UUID named = clip("A001C001")->id;
+    controller_->withUndo(undoSteps::setManualClipName, [&] {
+        controller_->clips().setManualClipName(named, "Kitchen");
+        controller_->recordings().removeVideoFromSync(clip("B001C001")->id);
+    });
+    const WorkFiles earlier = controller_->recordings().workFiles();
+    fs::rename(folder_.path("camera"), folder_.path("card"));
+    for (const bool isOfOneFile : {true, false}) {
+        SCOPED_TRACE(isOfOneFile);
+        if (!isOfOneFile) { // another file has the name, size, length and start
+            fs::create_directory(folder_.path("card/2"));
+            fs::copy(folder_.path("card") + file, folder_.path("card/2") + file);
+            std::fstream(folder_.path("card/2") + file).seekp(-1, std::ios::end).put('2');
+        }
+        controller_->scan().setCorrections({.soundOffset = isOfOneFile ? "00:00:01:00" : "00:00:02:00"});
+        scan(folder("card"), folder("sound"));
+        finish(controller_->recordings().keepDecisions(earlier));
+        EXPECT_EQ(clip("A001C001")->manualClipName == "Kitchen", isOfOneFile);
+        EXPECT_EQ(clip("A001C001")->id == named, isOfOneFile);
+        EXPECT_TRUE(clip("A001C001")->video.url.path.starts_with(folder_.path("card")));
+        EXPECT_EQ(clip("B001C001"), nullptr) << "it was removed";
+    }
 }
 
 TEST_F(ImportControllerTest, whatWasDecidedFollowsTheCameraFileThatIsUsed) {

@@ -7,9 +7,11 @@
 #include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
 #include "Platform/Stop.h"
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <utility>
 
 namespace orvane {
@@ -74,7 +76,8 @@ void keepChoice(SyncGroup& group, const SyncGroup& before) {
 
 SyncGroup withDecisions(const SyncGroup& now, const SyncGroup& was) {
     SyncGroup own = was;
-    if (now.video.id != was.video.id) own.video = now.video; // the file has changed since
+    // The file has changed since, or has another path.
+    if (now.video.id != was.video.id || now.video.url != was.video.url) own.video = now.video;
     const bool isAttached = was.matchStatus == MatchStatus::manual() && !was.isMOS() &&
                             recordingWith(now, was.audioMatches.front().audio->url).empty();
     if (!was.isLocked && !isAttached) copyMatches(own, now);
@@ -84,6 +87,51 @@ SyncGroup withDecisions(const SyncGroup& now, const SyncGroup& was) {
     }
     return own;
 }
+
+/// Camera files that a scan found at another path than the earlier scan, because their folder was renamed or
+/// a card was mounted under another name. A file is the same if its name, size, length and start are, and if
+/// no other file that came or went has these.
+class MovedFiles {
+  public:
+    MovedFiles(const WorkFiles& earlier, const WorkFiles& scanned) {
+        std::unordered_set<std::string_view> present, known;
+        for (const SyncGroup& clip : scanned.groups) present.insert(clip.video.url.path);
+        if (scanned.scanned)
+            for (const CameraCopy& copy : scanned.scanned->copies) present.insert(copy.url.path);
+        const auto went = [&](const MediaAsset& video) {
+            known.insert(video.url.path);
+            if (!present.contains(video.url.path)) add(video, &Pair::before);
+        };
+        for (const SyncGroup& clip : earlier.groups) went(clip.video);
+        for (const MediaAsset* video : earlier.removedVideos()) went(*video);
+        for (const SyncGroup& clip : scanned.groups)
+            if (!known.contains(clip.video.url.path)) add(clip.video, &Pair::now);
+    }
+    /// The path where the earlier scan found the file. Valid as long as the arguments.
+    std::string_view pathBefore(const MediaAsset& video) const {
+        const auto pair = pairs_.find(traits(video));
+        const bool isMoved = pair != pairs_.end() && pair->second.before.size() == 1 &&
+                             pair->second.now == Paths{video.url.path};
+        return isMoved ? pair->second.before.front() : std::string_view(video.url.path);
+    }
+
+  private:
+    using Traits = std::tuple<std::string_view, std::optional<std::uint64_t>, std::optional<double>,
+                              std::optional<std::string>>;
+    using Paths = std::vector<std::string_view>;
+    struct Pair {
+        Paths before, now;
+    };
+
+    static Traits traits(const MediaAsset& video) {
+        return {video.filename, video.fileSizeBytes, video.durationSeconds, video.startTimecodeString};
+    }
+    void add(const MediaAsset& video, Paths Pair::*side) {
+        if (video.fileSizeBytes) (pairs_[traits(video)].*side).push_back(video.url.path);
+    }
+
+    std::map<Traits, Pair> pairs_;
+};
 
 bool haveSameSound(const SyncGroup& a, const SyncGroup& b) {
     return a.video.url == b.video.url &&
@@ -169,6 +217,7 @@ WithDecisions withDecisionsOf(const WorkFiles& earlier, const WorkFiles& scanned
     const auto before = clipsByUsedFile(earlier.groups, copies);
     std::unordered_set<std::string_view> removed;
     for (const MediaAsset* video : earlier.removedVideos()) removed.insert(video->url.path);
+    const MovedFiles moved(earlier, scanned);
     WithDecisions made;
     std::vector<AudioMatch> released;
     std::unordered_set<UUID> used;
@@ -177,8 +226,9 @@ WithDecisions withDecisionsOf(const WorkFiles& earlier, const WorkFiles& scanned
         check();
         const SyncGroup& now = scanned.groups[i];
         released.insert(released.end(), now.audioMatches.begin(), now.audioMatches.end());
-        if (removed.contains(now.video.url.path)) continue;
-        const auto was = before.find(now.video.url.path);
+        const std::string_view path = moved.pathBefore(now.video);
+        if (removed.contains(path)) continue;
+        const auto was = before.find(path);
         auto own = was == before.end() ? scanned.groups.element(i)
                                        : std::make_shared<SyncGroup>(withDecisions(now, *was->second));
         for (const AudioMatch& match : own->audioMatches) used.insert(match.audio->id);

@@ -36,11 +36,11 @@ struct Resynced {
 std::optional<Resynced> resynced(const WorkFiles& files, const SourceCorrections& corrections,
                                  const std::stop_token& stop);
 
-/// The clips of a scan, with the decisions of the earlier clips that have the same camera file, or one that
-/// the scan left out as its copy: such a clip is the earlier clip, with the recordings of the scan. A locked
-/// clip keeps its recordings. A clip also keeps them if its recording was attached manually and the scan did
-/// not match that recording to it. A clip whose camera file the earlier scan found, and that was not among
-/// the earlier clips, was removed by the editor and stays removed.
+/// The clips of a scan, with the decisions of the earlier clips that have the same camera file, also if it
+/// has another path now, or a file that the scan left out as its copy: such a clip is the earlier clip, with
+/// the recordings of the scan. A locked clip keeps its recordings. A clip also keeps them if its recording
+/// was attached manually and the scan did not match that recording to it. A clip whose camera file the
+/// earlier scan found, and that was not among the earlier clips, was removed by the editor and stays removed.
 struct WithDecisions {
     SyncGroupList groups;
     std::shared_ptr<const std::vector<WildTrack>> wildTracks;

@@ -116,6 +116,29 @@ TEST_F(SessionKeepingTest, whatTheDiskRefusesIsSavedElsewhereAndComesBackFromThe
     EXPECT_EQ(controller_->work().syncGroups().size(), 3U) << "clips that can't be read replace none";
 }
 
+TEST_F(SessionKeepingTest, aSessionWhoseRecordIsDamagedIsNamedAndCanBeOpened) {
+    manager_->start(controller_);
+    const UUID id = newSession();
+    bringClips(2);
+    flush();
+    folder_.write(file(id, "session.json"), "{\"name\":");
+    manager_ = makeManager();
+    controller_ = makeController();
+    manager_->start(controller_);
+    finish(manager_->loadSessionList());
+    EXPECT_TRUE(manager_->sessions().empty());
+    ASSERT_TRUE(manager_->problem());
+    EXPECT_NE(manager_->problem()->find(id.text()), std::string::npos) << *manager_->problem();
+    finish(manager_->load(id, controller_));
+    approveFirst();
+    flush();
+    EXPECT_EQ(onDisk(id).groups.size(), 2U);
+    finish(manager_->loadSessionList());
+    EXPECT_EQ(manager_->sessions().size(), 1U);
+    manager_->close(*controller_);
+    EXPECT_EQ(manager_->problem(), std::nullopt);
+}
+
 TEST_F(SessionKeepingTest, aWriteThatFailsShowsAndIsTriedAgain) {
     manager_->start(controller_);
     const UUID id = newSession();

@@ -53,9 +53,9 @@ void OpenSession::isWritten(const SessionWork& work) {
     deletionProblem.reset();
 }
 
-std::optional<std::string> OpenSession::problem(const std::optional<std::string>& ofFolderList) const {
+std::optional<std::string> OpenSession::problem(const std::optional<std::string>& ofLists) const {
     std::vector<std::string> parts;
-    for (const auto& part : {ofFolderList, openingProblem, deletionProblem, keptProblem})
+    for (const auto& part : {ofLists, openingProblem, deletionProblem, keptProblem})
         if (part) parts.push_back(*part);
     return parts.empty() ? std::nullopt : std::optional(platform::text::joined(parts, "; "));
 }

@@ -18,7 +18,7 @@ struct OpenSession {
     WildTracksChange::Tracks wildTracks;
     bool areFoldersUnreadable = false;
     bool isOfCopy = false; ///< read from a copy elsewhere, and not written to the own store yet
-    // The shown problem is built from these and from the problem of the list of folders.
+    // The shown problem is built from these and from the problems of the lists.
     std::optional<std::string> openingProblem; ///< what of the session could not be read
     std::optional<std::string> deletionProblem;
     std::optional<std::string> keptProblem; ///< the files that were kept most recently
@@ -29,7 +29,7 @@ struct OpenSession {
     void become(std::optional<UUID> session);
     void isRead(const StoredSession& read);
     void isWritten(const SessionWork& work);
-    std::optional<std::string> problem(const std::optional<std::string>& ofFolderList) const;
+    std::optional<std::string> problem(const std::optional<std::string>& ofLists) const;
 
     SessionWork workOf(const ImportController& controller) const;
     /// `name`: a name that the user gives; blank: none.

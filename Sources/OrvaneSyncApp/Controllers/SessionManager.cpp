@@ -212,6 +212,7 @@ void SessionManager::adopt(StoredLists onDisk) {
     const SessionInfo* current = open_.id ? session(*open_.id) : nullptr;
     if (current != nullptr && list.find(*open_.id) == nullptr) list.place(*current);
     folders_->adopt(std::move(onDisk.folders));
+    unreadable_ = std::move(onDisk.unreadable);
     reportProblem();
     if (list.all() == list_.all()) return;
     list_ = std::move(list);
@@ -483,6 +484,15 @@ void SessionManager::Reports::reportKeptFiles(const UUID& id, const std::vector<
     manager_.reportProblem();
 }
 
-void SessionManager::reportProblem() { setProblem(open_.problem(folders_->readProblem())); }
+/// The open session reports its record itself.
+void SessionManager::reportProblem() {
+    std::vector<std::string> ofLists;
+    if (const auto& problem = folders_->readProblem()) ofLists.push_back(*problem);
+    for (const std::string& problem : unreadable_)
+        if (!open_.id || problem.find(open_.id->text()) == std::string::npos)
+            ofLists.push_back(problem + "; the session is not listed, but can be opened from its folder");
+    setProblem(
+        open_.problem(ofLists.empty() ? std::nullopt : std::optional(platform::text::joined(ofLists, "; "))));
+}
 
 } // namespace orvane

@@ -146,6 +146,7 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
     bool isStarted_ = false;
     std::uint64_t openings_ = 0;                ///< number of the latest; an earlier one has no effect
     std::optional<std::string> openingProject_; ///< the name of a project while it is being opened
+    std::vector<std::string> unreadable_;       ///< see `StoredLists`
     /// Declared before its users, so it is destroyed after them, which waits for all posted work.
     const std::unique_ptr<platform::SerialQueue> queue_;
     const std::shared_ptr<FolderSettings> folderSettings_;

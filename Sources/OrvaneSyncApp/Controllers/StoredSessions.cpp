@@ -35,7 +35,11 @@ StoredSessions::StoredSessions(SessionStore store, platform::SerialQueue& queue,
 
 platform::Task StoredSessions::readLists(std::shared_ptr<StoredLists> lists) const {
     return readInto(queue_, mainThread_, std::move(lists), [store = store_, known = knownRecords_] {
-        return StoredLists{store.list({}, known.get()), store.readFolderInfos()};
+        StoredLists read;
+        read.sessions =
+            store.list([&](const std::string& problem) { read.unreadable.push_back(problem); }, known.get());
+        read.folders = store.readFolderInfos();
+        return read;
     });
 }
 

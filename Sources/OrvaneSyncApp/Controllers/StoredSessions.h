@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace orvane {
@@ -12,6 +13,7 @@ namespace orvane {
 /// The lists of all sessions as they are on the disk.
 struct StoredLists {
     std::vector<SessionInfo> sessions;
+    std::vector<std::string> unreadable{}; ///< a message for each session that is missing in `sessions`
     SessionStore::Stored<std::vector<FolderInfo>> folders;
 };
 

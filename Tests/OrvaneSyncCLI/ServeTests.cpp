@@ -466,6 +466,26 @@ TEST_F(ServeTest, aScanThatKeepsTheDecisionsIsOneStepWithThem) {
     EXPECT_EQ(first("isApproved").dump(), "true");
 }
 
+TEST_F(ServeTest, aShootWhoseFoldersWereRenamedKeepsItsDecisions) {
+    call("newSession");
+    scan();
+    const std::string session = call("sessionState").dump();
+    call("toggleLocked", onFirst());
+    const std::string wild = call("state").find("wildTracks")->elements()->front().find("id")->dump();
+    call("renameWildTrack", R"({"to":"Kitchen tone","id":)" + wild + "}");
+    const std::string place = work_.path("renamed");
+    std::filesystem::create_directory(place);
+    for (const char* part : {"/camera", "/sound"})
+        std::filesystem::rename(folder_.path() + part, place + part);
+    call("setFolders", R"({"videoFolder":")" + place + R"(/camera","audioFolder":")" + place + "/sound\"}");
+    EXPECT_EQ(call("sessionState").dump(), session);
+    call("startScan", R"({"keepDecisions":true})");
+    EXPECT_EQ(first("isLocked").dump(), "true");
+    EXPECT_EQ(first("audioMatches").dump().find(folder_.path()), std::string::npos) << "they are gone";
+    EXPECT_NE(first("video").dump().find(place), std::string::npos);
+    EXPECT_NE(call("state").find("wildTracks")->dump().find("Kitchen tone"), std::string::npos);
+}
+
 TEST_F(ServeTest, whatTheDiskRefusesIsAnError) {
     call("newSession");
     const std::string id = *call("sessions").elements()->front().find("id")->string();

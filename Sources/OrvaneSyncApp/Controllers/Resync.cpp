@@ -1,17 +1,16 @@
 #include "OrvaneSyncApp/Controllers/Resync.h"
 
 #include "OrvaneSyncApp/Controllers/DecisionsOfCopies.h"
+#include "OrvaneSyncCore/Models/MovedFiles.h"
 #include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
 #include "Platform/Stop.h"
 
-#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
-#include <tuple>
 #include <utility>
 
 namespace orvane {
@@ -74,12 +73,14 @@ void keepChoice(SyncGroup& group, const SyncGroup& before) {
     group.matchStatus = MatchStatus::manual();
 }
 
-SyncGroup withDecisions(const SyncGroup& now, const SyncGroup& was) {
+SyncGroup withDecisions(const SyncGroup& now, const SyncGroup& was, const MovedFiles& movedSound) {
     SyncGroup own = was;
+    for (AudioMatch& match : own.audioMatches)
+        if (const MediaAsset* moved = movedSound.now(*match.audio)) match.audio = *moved;
     // The file has changed since, or has another path.
     if (now.video.id != was.video.id || now.video.url != was.video.url) own.video = now.video;
     const bool isAttached = was.matchStatus == MatchStatus::manual() && !was.isMOS() &&
-                            recordingWith(now, was.audioMatches.front().audio->url).empty();
+                            recordingWith(now, own.audioMatches.front().audio->url).empty();
     if (!was.isLocked && !isAttached) copyMatches(own, now);
     if (!own.hasALEMetadata() && now.hasALEMetadata()) {
         own.aleMetadata = now.aleMetadata;
@@ -88,50 +89,16 @@ SyncGroup withDecisions(const SyncGroup& now, const SyncGroup& was) {
     return own;
 }
 
-/// Camera files that a scan found at another path than the earlier scan, because their folder was renamed or
-/// a card was mounted under another name. A file is the same if its name, size, length and start are, and if
-/// no other file that came or went has these.
-class MovedFiles {
-  public:
-    MovedFiles(const WorkFiles& earlier, const WorkFiles& scanned) {
-        std::unordered_set<std::string_view> present, known;
-        for (const SyncGroup& clip : scanned.groups) present.insert(clip.video.url.path);
-        if (scanned.scanned)
-            for (const CameraCopy& copy : scanned.scanned->copies) present.insert(copy.url.path);
-        const auto went = [&](const MediaAsset& video) {
-            known.insert(video.url.path);
-            if (!present.contains(video.url.path)) add(video, &Pair::before);
-        };
-        for (const SyncGroup& clip : earlier.groups) went(clip.video);
-        for (const MediaAsset* video : earlier.removedVideos()) went(*video);
-        for (const SyncGroup& clip : scanned.groups)
-            if (!known.contains(clip.video.url.path)) add(clip.video, &Pair::now);
-    }
-    /// The path where the earlier scan found the file. Valid as long as the arguments.
-    std::string_view pathBefore(const MediaAsset& video) const {
-        const auto pair = pairs_.find(traits(video));
-        const bool isMoved = pair != pairs_.end() && pair->second.before.size() == 1 &&
-                             pair->second.now == Paths{video.url.path};
-        return isMoved ? pair->second.before.front() : std::string_view(video.url.path);
-    }
-
-  private:
-    using Traits = std::tuple<std::string_view, std::optional<std::uint64_t>, std::optional<double>,
-                              std::optional<std::string>>;
-    using Paths = std::vector<std::string_view>;
-    struct Pair {
-        Paths before, now;
-    };
-
-    static Traits traits(const MediaAsset& video) {
-        return {video.filename, video.fileSizeBytes, video.durationSeconds, video.startTimecodeString};
-    }
-    void add(const MediaAsset& video, Paths Pair::*side) {
-        if (video.fileSizeBytes) (pairs_[traits(video)].*side).push_back(video.url.path);
-    }
-
-    std::map<Traits, Pair> pairs_;
-};
+MovedFiles movedVideos(const WorkFiles& earlier, const WorkFiles& scanned) {
+    std::unordered_set<std::string_view> copies; // the camera files that the scan left out
+    if (scanned.scanned)
+        for (const CameraCopy& copy : scanned.scanned->copies) copies.insert(copy.url.path);
+    MovedFiles::Files before = earlier.removedVideos(), now;
+    for (const SyncGroup& clip : earlier.groups)
+        if (!copies.contains(clip.video.url.path)) before.push_back(&clip.video);
+    for (const SyncGroup& clip : scanned.groups) now.push_back(&clip.video);
+    return {before, now};
+}
 
 bool haveSameSound(const SyncGroup& a, const SyncGroup& b) {
     return a.video.url == b.video.url &&
@@ -217,7 +184,8 @@ WithDecisions withDecisionsOf(const WorkFiles& earlier, const WorkFiles& scanned
     const auto before = clipsByUsedFile(earlier.groups, copies);
     std::unordered_set<std::string_view> removed;
     for (const MediaAsset* video : earlier.removedVideos()) removed.insert(video->url.path);
-    const MovedFiles moved(earlier, scanned);
+    const MovedFiles moved = movedVideos(earlier, scanned);
+    const MovedFiles movedSound(earlier.audioPool(), scanned.audioPool());
     WithDecisions made;
     std::vector<AudioMatch> released;
     std::unordered_set<UUID> used;
@@ -226,11 +194,13 @@ WithDecisions withDecisionsOf(const WorkFiles& earlier, const WorkFiles& scanned
         check();
         const SyncGroup& now = scanned.groups[i];
         released.insert(released.end(), now.audioMatches.begin(), now.audioMatches.end());
-        const std::string_view path = moved.pathBefore(now.video);
+        const MediaAsset* known = moved.before(now.video);
+        const std::string_view path = (known != nullptr ? *known : now.video).url.path;
         if (removed.contains(path)) continue;
         const auto was = before.find(path);
-        auto own = was == before.end() ? scanned.groups.element(i)
-                                       : std::make_shared<SyncGroup>(withDecisions(now, *was->second));
+        auto own = was == before.end()
+                       ? scanned.groups.element(i)
+                       : std::make_shared<SyncGroup>(withDecisions(now, *was->second, movedSound));
         for (const AudioMatch& match : own->audioMatches) used.insert(match.audio->id);
         made.groups.append(std::move(own));
     }

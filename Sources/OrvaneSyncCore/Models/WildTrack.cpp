@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Models/WildTrack.h"
 
 #include "OrvaneSyncCore/Models/JSONFields.h"
+#include "OrvaneSyncCore/Models/MovedFiles.h"
 
 #include <unordered_map>
 
@@ -17,12 +18,18 @@ void carryNamesAndApprovals(std::vector<WildTrack>& tracks, const std::vector<Wi
         byID.emplace(track.id, &track);
         byFile.emplace(track.audio.url, &track);
     }
+    MovedFiles::Files before, now;
+    for (const WildTrack& track : decided) before.push_back(&track.audio);
+    for (const WildTrack& track : tracks) now.push_back(&track.audio);
+    const MovedFiles moved(before, now);
     for (WildTrack& track : tracks) {
         const WildTrack* known = nullptr;
         if (const auto same = byID.find(track.id); same != byID.end())
             known = same->second;
         else if (const auto file = byFile.find(track.audio.url); file != byFile.end())
             known = file->second;
+        else if (const MediaAsset* elsewhere = moved.before(track.audio))
+            known = byFile.at(elsewhere->url);
         if (known == nullptr) continue;
         track.customName = known->customName;
         track.isApproved = known->isApproved;

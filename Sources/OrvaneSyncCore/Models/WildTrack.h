@@ -18,7 +18,7 @@ struct WildTrack {
 };
 
 /// Copies names and approvals from `decided` to the tracks of the same audio: of the same id, or else of the
-/// same file, as a file that is probed again may get another id.
+/// same file, as a file that is probed again may get another id, or else of the file that was moved.
 void carryNamesAndApprovals(std::vector<WildTrack>& tracks, const std::vector<WildTrack>& decided);
 
 JSON toJSON(const WildTrack& track);

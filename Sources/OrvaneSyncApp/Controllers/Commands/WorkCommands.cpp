@@ -7,6 +7,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Services/Matching/MatchRules.h"
+#include "Platform/Files.h"
 #include "Platform/OnQueue.h"
 
 #include <algorithm>
@@ -21,7 +22,43 @@ using enum Parameter::Kind;
 struct NamedFolders {
     std::optional<FileURL> video, audio;
     std::vector<FileURL> more;
+    bool areRenamed = false; ///< see `areRenamed`
+
+    std::vector<FileURL> all() const {
+        std::vector<FileURL> folders = more;
+        for (const auto& folder : {video, audio})
+            if (folder) folders.push_back(*folder);
+        return folders;
+    }
 };
+
+bool isIn(const FileURL& folder, const MediaAsset& file) {
+    return file.url.path.starts_with(folder.path.ends_with('/') ? folder.path : folder.path + "/");
+}
+
+/// Whether files of the work are gone, and one of them is below a named folder at the place that it had below
+/// a folder of the work: the folders are those of the work under another name.
+bool areRenamed(const NamedFolders& named, const std::vector<FileURL>& folders, const WorkFiles& work) {
+    constexpr std::size_t enough = 50; // also a slow share answers for as many
+    std::vector<const MediaAsset*> files;
+    for (std::size_t i = 0; i < std::min(enough, work.groups.size()); ++i)
+        files.push_back(&work.groups[i].video);
+    for (std::size_t i = 0; i < std::min(enough, work.wildTracks->size()); ++i)
+        files.push_back(&(*work.wildTracks)[i].audio);
+    const auto isBelow = [&](const MediaAsset& file, const std::string& place) {
+        return std::ranges::any_of(named.all(), [&](const FileURL& folder) {
+            const auto there = platform::files::attributes(folder.path + "/" + place);
+            return there && there->isRegularFile &&
+                   static_cast<std::uint64_t>(there->size) == *file.fileSizeBytes;
+        });
+    };
+    return std::ranges::any_of(files, [&](const MediaAsset* file) {
+        return file->fileSizeBytes && !platform::files::exists(file->url.path) &&
+               std::ranges::any_of(folders, [&](const FileURL& folder) {
+                   return isIn(folder, *file) && isBelow(*file, file->url.path.substr(folder.path.size()));
+               });
+    });
+}
 
 /// Throws for the first folder that cannot be read.
 NamedFolders namedFolders(const Call& call) {
@@ -37,9 +74,7 @@ NamedFolders namedFolders(const Call& call) {
 /// Whether one of the folders contains a file of the open work.
 bool holdsFilesOf(const OpenWork& work, const std::vector<FileURL>& folders) {
     const auto isInside = [&](const MediaAsset& asset) {
-        return std::ranges::any_of(folders, [&](const FileURL& folder) {
-            return asset.url.path.starts_with(folder.path.ends_with('/') ? folder.path : folder.path + "/");
-        });
+        return std::ranges::any_of(folders, [&](const FileURL& folder) { return isIn(folder, asset); });
     };
     return std::ranges::any_of(work.syncGroups(),
                                [&](const SyncGroup& group) {
@@ -79,7 +114,7 @@ platform::Task takeFolders(CommandContext& context, Call call, NamedFolders name
         scope.exclusions = call.has("exclude") ? call.texts("exclude") : std::vector<std::string>{};
     if (video == work.videoFolderURL() && audio == work.audioFolderURL() && scope == work.scanScope())
         co_return;
-    if (areOfOtherShoot(context, video, audio, scope)) {
+    if (!named.areRenamed && areOfOtherShoot(context, video, audio, scope)) {
         co_await saveBeforeLeaving(context, call);
         context.sessions->newSession(*context.controller);
     }
@@ -95,7 +130,12 @@ platform::Task setFolders(CommandContext& context, const Call& call, const std::
         throw Error(Refusal::invalidArguments, "setFolders: exclude holds an empty pattern");
     const OpenWork& work = context.controller->work();
     return lookUp(
-        context.controller, [call] { return namedFolders(call); },
+        context.controller,
+        [call, folders = work.folders(), files = context.controller->recordings().workFiles()] {
+            NamedFolders named = namedFolders(call);
+            named.areRenamed = areRenamed(named, folders, files);
+            return named;
+        },
         [&context, call, folders = work.folders(),
          scope = work.scanScope()](const std::shared_ptr<ImportController>& controller, NamedFolders named) {
             const OpenWork& present = controller->work();

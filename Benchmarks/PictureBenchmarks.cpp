@@ -259,10 +259,16 @@ void printHalfHour(const std::string& folder) {
 
 } // namespace
 
+std::string groupVideo(const std::string& folder) {
+    const std::string path = folder + "/group.mov";
+    const bool isMade =
+        makeVideo(path, "-c:v libx264 -preset veryfast -g 25 -bf 2 -b:v 12M -pix_fmt yuv420p");
+    return isMade ? path : std::string();
+}
+
 void printPictureRows(const std::string& folder, const std::string& only) {
-    const std::string group = folder + "/group.mov", intra = folder + "/intra.mov";
-    if (!makeVideo(group, "-c:v libx264 -preset veryfast -g 25 -bf 2 -b:v 12M -pix_fmt yuv420p") ||
-        !makeVideo(intra, "-c:v prores_ks -profile:v 2"))
+    const std::string group = groupVideo(folder), intra = folder + "/intra.mov";
+    if (group.empty() || !makeVideo(intra, "-c:v prores_ks -profile:v 2"))
         return printFailure("pictures and the player", "no media tool");
     Bench bench;
     const std::vector<std::pair<std::string, std::function<void()>>> parts{

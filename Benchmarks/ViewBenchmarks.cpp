@@ -8,6 +8,7 @@
 #include "OrvaneSyncApp/Views/Review/PictureView.h"
 #include "OrvaneSyncApp/Views/Review/ReviewView.h"
 #include "OrvaneSyncCore/Models/SettingsCatalogue.h"
+#include "PictureBenchmarks.h"
 #include "Platform/InterfaceThread.h"
 #include "Process.h"
 #include "Table.h"
@@ -399,7 +400,9 @@ void printViewRows(const std::string& folder) {
     auto& application = *new WatchedApplication(count, arguments.data());
     QCoreApplication::setOrganizationName(QStringLiteral("OrvaneSyncBench"));
     design::applyTheme(application);
-    printTimelineRows(folder + "/group.mov");
+    const std::string video = groupVideo(folder);
+    if (video.empty()) return printFailure("the window", "no media tool");
+    printTimelineRows(video);
     Evening evening(folder);
     if (!evening.makeMedia()) return printFailure("the review", "no media tool");
     printPicture(evening);

@@ -25,7 +25,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
-#include <limits>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -109,7 +108,7 @@ void printMatchingRow(const Medians& results, const std::string& work, const std
                results.coreMilliseconds.at(name + "/1000"), other.c_str(), 12);
 }
 
-/// Runs after the rows of the player, whose videos they show. The built programs are beside this one.
+/// The built programs are beside this one.
 void printRowsOfWindows([[maybe_unused]] const std::string& self,
                         [[maybe_unused]] const std::string& folder) {
 #ifdef ORVANE_APP
@@ -163,64 +162,74 @@ void printExportOnce(bool allVariants) {
     std::printf("%zu %.0f\n", bytes, ownPeakBytes());
 }
 
-void printRenderedRows(const std::string& self, const Words& words) {
-    const std::string& folder = words[1];
+void printRenderedRows(const std::string& self, const std::string& program, const std::string& folder) {
     const std::string halfHour = folder + "/30-minutes.wav";
     makeRecording(halfHour, 30, 48000);
-    printRenderedAudioRows(self, words[0], halfHour, folder);
+    printRenderedAudioRows(self, program, halfHour, folder);
 }
 
-/// A part that can be run alone.
+/// What a part is run with.
+struct Places {
+    std::string self, program, folder;
+};
+
+/// Rows that can be printed alone.
 struct Part {
     std::string_view option;
-    std::string_view takes; ///< for people; empty: only the program itself calls it
-    std::size_t fewest, most;
-    void (*print)(const std::string& self, const Words& words);
+    std::string_view takes; ///< the name of its optional word
+    void (*print)(const Places& places, const std::string& word);
 };
 
 constexpr std::array parts{
-    Part{"--pictures", "FOLDER [ROW]", 1, 2,
-         [](const std::string&, const Words& words) {
-             printPictureRows(words[0], words.size() > 1 ? words[1] : "");
-         }},
-    Part{"--views", "FOLDER", 1, 1,
-         [](const std::string& self, const Words& words) { printRowsOfWindows(self, words[0]); }},
-    Part{"--rendered", "PROGRAM FOLDER", 2, 2, printRenderedRows},
-    Part{"--interface", "FOLDER", 1, 1,
-         [](const std::string&, const Words& words) { printInterfaceRows(words[0]); }},
-    Part{exportOption, "", 0, 0, [](const std::string&, const Words&) { printExportOnce(false); }},
-    Part{exportAllOption, "", 0, 0, [](const std::string&, const Words&) { printExportOnce(true); }},
-    Part{peakOption, "", 1, std::numeric_limits<std::size_t>::max(),
-         [](const std::string&, const Words& words) { printPeakOf(words); }},
+    Part{"--pictures", "ROW",
+         [](const Places& at, const std::string& row) { printPictureRows(at.folder, row); }},
+    Part{"--views", "", [](const Places& at, const std::string&) { printRowsOfWindows(at.self, at.folder); }},
+    Part{"--rendered", "",
+         [](const Places& at, const std::string&) { printRenderedRows(at.self, at.program, at.folder); }},
+    Part{"--interface", "", [](const Places& at, const std::string&) { printInterfaceRows(at.folder); }},
 };
-
-const Part* partOf(std::string_view option) {
-    const auto* const found = std::ranges::find(parts, option, &Part::option);
-    return found == parts.end() ? nullptr : found;
-}
 
 int usage() {
     std::cerr << "usage: orvane_bench PROGRAM FOLDER [benchmark options]\n";
     for (const Part& part : parts)
-        if (!part.takes.empty())
-            std::cerr << "       orvane_bench " << part.option << " " << part.takes << "\n";
+        std::cerr << "       orvane_bench PROGRAM FOLDER " << part.option
+                  << (part.takes.empty() ? "" : " [" + std::string(part.takes) + "]") << "\n";
     return 2;
 }
 
-int run(const Part& part, const std::string& self, const Words& words) {
-    if (words.size() < part.fewest || words.size() > part.most) return usage();
-    if (!part.takes.empty()) printHeading();
-    part.print(self, words);
-    return 0;
+/// What this program calls itself for, in a process of its own. False: nothing of that name.
+bool printOfOwnProcess(const std::string& option, const Words& words) {
+    if (option == peakOption)
+        printPeakOf(words);
+    else if (option == exportOption || option == exportAllOption)
+        printExportOnce(option == exportAllOption);
+    else
+        return false;
+    return true;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc > 1)
-        if (const Part* part = partOf(argv[1])) return run(*part, argv[0], {argv + 2, argv + argc});
+    if (argc > 1 && printOfOwnProcess(argv[1], {argv + 2, argv + argc})) return 0;
     if (argc < 3) return usage();
     const std::string self = argv[0], program = argv[1], folder = argv[2];
+    std::filesystem::create_directories(folder);
+    if (argc > 3)
+        if (const auto* part = std::ranges::find(parts, argv[3], &Part::option); part != parts.end()) {
+            if (argc > (part->takes.empty() ? 4 : 5)) return usage();
+            printHeading();
+            part->print({self, program, folder}, argc > 4 ? argv[4] : "");
+            return 0;
+        }
+    std::vector<char*> options{argv[0]};
+    std::string repetitions = "--benchmark_repetitions=5", quiet = "--benchmark_report_aggregates_only=true",
+                interleave = "--benchmark_enable_random_interleaving=true";
+    for (std::string* option : {&repetitions, &quiet, &interleave}) options.push_back(option->data());
+    for (int i = 3; i < argc; ++i) options.push_back(argv[i]);
+    int count = static_cast<int>(options.size());
+    benchmark::Initialize(&count, options.data());
+    if (count > 1) return usage(); // before the files are made, which takes minutes
     std::cout << "Making files in " << folder << " ...\n" << std::flush;
     const MediaCorpus corpus = mediaCorpus(folder + "/media");
     const MediaCorpus cards = twoCards(folder + "/cards");
@@ -235,13 +244,6 @@ int main(int argc, char** argv) {
     registerStopBenchmarks(corpus, folder);
     registerLockitBenchmarks();
 
-    std::vector<char*> options{argv[0]};
-    std::string repetitions = "--benchmark_repetitions=5", quiet = "--benchmark_report_aggregates_only=true",
-                interleave = "--benchmark_enable_random_interleaving=true";
-    for (std::string* option : {&repetitions, &quiet, &interleave}) options.push_back(option->data());
-    for (int i = 3; i < argc; ++i) options.push_back(argv[i]);
-    int count = static_cast<int>(options.size());
-    benchmark::Initialize(&count, options.data());
     Medians results;
     benchmark::RunSpecifiedBenchmarks(&results);
 

@@ -2,6 +2,7 @@
 #include "OrvaneSyncApp/Views/Notifier.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/SingleInstance.h"
+#include "Support/Assets.h"
 #include "Views/ShootWindow.h"
 
 #include <QAction>
@@ -146,6 +147,29 @@ TEST_F(SheetTest, NamesAndApprovesSoundWithoutPicture) {
     QTest::keyClick(list, Qt::Key_L, Qt::ControlModifier);
     EXPECT_TRUE(std::ranges::none_of(work().syncGroups(),
                                      [](const SyncGroup& clip) { return clip.isApproved || clip.isLocked; }));
+}
+
+TEST_F(SheetTest, SoundWithoutPictureIsReachedByKeysAndKeepsItsHeight) {
+    window_->resize(1280, 690);
+    std::vector<WildTrack> tracks;
+    for (const char* name : {"R1.WAV", "R2.WAV", "R3.WAV", "R4.WAV", "R5.WAV", "R6.WAV", "R7.WAV"})
+        tracks.emplace_back(test::audio(name));
+    desktop_->controller().openStoredWork({{}, {}, work().syncGroups(), tracks});
+    QCoreApplication::processEvents();
+    auto* list = window_->findChild<QTreeWidget*>(QStringLiteral("wildTracks"));
+    const int height = list->height();
+    EXPECT_GE(list->viewport()->height(), 3 * list->visualItemRect(list->topLevelItem(0)).height());
+    table().setFocus();
+    for (int i = 0; i < 20 && !list->hasFocus(); ++i)
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    ASSERT_TRUE(list->hasFocus());
+    EXPECT_TRUE(list->topLevelItem(0)->isSelected());
+    QTest::keyClick(list, Qt::Key_Down);
+    EXPECT_TRUE(list->topLevelItem(1)->isSelected());
+    QTest::keyClick(list, Qt::Key_Return, Qt::ControlModifier);
+    EXPECT_TRUE(waitUntil([&] { return work().wildTracks()[1].isApproved; }));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(list->height(), height);
 }
 
 TEST_F(SheetTest, TellsTheDesktopWhatEndedUnseen) {

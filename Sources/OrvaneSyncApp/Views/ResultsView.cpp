@@ -36,9 +36,9 @@ namespace {
 QString lastClipsKey() { return QStringLiteral("list/lastClips"); }
 
 constexpr int searchWidth = 260;
-constexpr int wildTracksHeight = 170, leastWildTracksHeight = 96;
-constexpr int shareOfWildTracks = 5; ///< at most a fifth of the height goes to them
-constexpr int scrollRest = 60;       ///< milliseconds
+constexpr int shareOfWildTracks = 5;                   ///< at most a fifth of the height goes to them
+constexpr int leastWildTracks = 3, mostWildTracks = 5; ///< rows in view, if there are as many
+constexpr int scrollRest = 60;                         ///< milliseconds
 constexpr platform::PictureSize thumbnailLimit{128, 72};
 
 struct FilterChoice {
@@ -146,15 +146,15 @@ ResultsView::ResultsView(Desktop& desktop, ScreenHost host)
     doubts_->whenClipsWanted = [this](const std::vector<UUID>& clips) { showClips(clips); };
     doubts_->whenCured = [this] { showDoubts(); };
 
-    auto* splitter = new QSplitter(Qt::Vertical);
-    splitter->setChildrenCollapsible(false);
-    splitter->addWidget(makeTable());
+    lists_ = new QSplitter(Qt::Vertical);
+    lists_->setChildrenCollapsible(false);
+    lists_->addWidget(makeTable());
     auto* keys = new SearchKeys(*search_, *table_);
     keys->whenAccepted = [this] { Q_EMIT table_->activated(table_->currentIndex()); };
-    splitter->addWidget(wildTracks_ = new WildTracksView(desktop));
-    splitter->setStretchFactor(0, 1);
-    splitter->setSizes({10 * wildTracksHeight, wildTracksHeight});
-    column->addWidget(splitter, 1);
+    lists_->addWidget(wildTracks_ = new WildTracksView(desktop));
+    lists_->setStretchFactor(0, 1);
+    connect(lists_, &QSplitter::splitterMoved, this, [this] { isBorderChosen_ = true; });
+    column->addWidget(lists_, 1);
 
     rowsObservation_ = rows_.onChange([this](const ResultsViewModel::Change& change) {
         showCounts();
@@ -165,15 +165,8 @@ ResultsView::ResultsView(Desktop& desktop, ScreenHost host)
         if (isFittedWithLoudness_ != rows_.isLoudnessKnown()) fitColumns();
         scrolled_->start();
     });
-    workObservation_ = desktop_.controller().onChange([this, splitter](ImportField field) {
-        // The clips get the height that the recordings do not need. If the user moved the border, it stays.
-        if (field == ImportField::wildTracks) {
-            const int most =
-                std::clamp(height() / shareOfWildTracks, leastWildTracksHeight, wildTracksHeight);
-            const int needed = std::min(most, wildTracks_->neededHeight());
-            if (std::exchange(wildTracksNeed_, needed) != needed)
-                splitter->setSizes({10 * wildTracksHeight, needed});
-        }
+    workObservation_ = desktop_.controller().onChange([this](ImportField field) {
+        if (field == ImportField::wildTracks) fitWildTracks();
         if (field == ImportField::syncGroups || field == ImportField::smartAudio ||
             field == ImportField::doubts)
             showDoubts();
@@ -328,6 +321,13 @@ void ResultsView::showDoubts() {
     model_->forgetRows();
 }
 
+void ResultsView::fitWildTracks() {
+    if (isBorderChosen_) return;
+    const int most = std::clamp(height() / shareOfWildTracks, wildTracks_->heightOfRows(leastWildTracks),
+                                wildTracks_->heightOfRows(mostWildTracks));
+    lists_->setSizes({std::max(0, lists_->height() - lists_->handleWidth() - most), most});
+}
+
 QString ResultsView::hint() const { return tr("Double click or Return opens a clip"); }
 
 void ResultsView::entered() {
@@ -337,6 +337,11 @@ void ResultsView::entered() {
 void ResultsView::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     showDoubts();
+}
+
+void ResultsView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    fitWildTracks();
 }
 
 void ResultsView::keepSelection(bool areAllNew) {

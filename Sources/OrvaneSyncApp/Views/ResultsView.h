@@ -15,6 +15,7 @@
 #include <vector>
 
 class QMenu;
+class QSplitter;
 class QStackedLayout;
 class QPushButton;
 class QTimer;
@@ -69,6 +70,7 @@ class ResultsView : public WorkScreen {
 
   protected:
     void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
   private:
     QWidget* makeTable();
@@ -90,6 +92,9 @@ class ResultsView : public WorkScreen {
     void measureColumns();
     /// Whether any row has a reason for being doubtful or not matched.
     bool hasReasons() const;
+    /// Gives the recordings that no clip uses the height that they need, within limits, unless the user moved
+    /// the border.
+    void fitWildTracks();
     void wantThumbnails();
     void remember(const UUID& clip);
     void showMenu(const QPoint& position);
@@ -119,8 +124,9 @@ class ResultsView : public WorkScreen {
     design::EmptyState* empty_;
     QPushButton *showAll_, *folders_; ///< below the text of `empty_`
     WildTracksView* wildTracks_;
-    int wildTracksNeed_ = 0; ///< height in points
-    QTimer* scrolled_;       ///< asks for thumbnails when scrolling has stopped
+    QSplitter* lists_;            ///< the clips above the recordings that no clip uses
+    bool isBorderChosen_ = false; ///< the user moved the border between them
+    QTimer* scrolled_;            ///< asks for thumbnails when scrolling has stopped
     platform::Subscription rowsObservation_;
     platform::Subscription workObservation_;
 };

@@ -66,6 +66,9 @@ WildTracksView::WildTracksView(Desktop& desktop, QWidget* parent) : QWidget(pare
 }
 
 bool WildTracksView::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == list_ && event->type() == QEvent::FocusIn && list_->selectedItems().isEmpty() &&
+        static_cast<const QFocusEvent*>(event)->reason() != Qt::MouseFocusReason)
+        list_->setCurrentItem(list_->topLevelItem(0), nameColumn);
     const bool isAsked = event->type() == QEvent::ShortcutOverride;
     if (watched != list_ || (!isAsked && event->type() != QEvent::KeyPress))
         return QWidget::eventFilter(watched, event);
@@ -135,12 +138,12 @@ void WildTracksView::fill() {
     showPlaying();
 }
 
-int WildTracksView::neededHeight() const {
+int WildTracksView::heightOfRows(int most) const {
     const QMargins around = layout()->contentsMargins();
     return around.top() + title_->sizeHint().height() + layout()->spacing() +
            list_->header()->sizeHint().height() +
-           list_->topLevelItemCount() * std::max(0, list_->sizeHintForRow(0)) + 2 * list_->frameWidth() +
-           around.bottom();
+           std::min(most, list_->topLevelItemCount()) * std::max(0, list_->sizeHintForRow(0)) +
+           2 * list_->frameWidth() + around.bottom();
 }
 
 void WildTracksView::changed(const QTreeWidgetItem& row, int column) {

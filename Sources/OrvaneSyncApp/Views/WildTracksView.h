@@ -17,8 +17,8 @@ class WildTracksView : public QWidget {
   public:
     explicit WildTracksView(Desktop& desktop, QWidget* parent = nullptr);
     QTreeWidget* list() const { return list_; }
-    /// The height in points that shows all recordings without scrolling.
-    int neededHeight() const;
+    /// The height in points that shows that many recordings, or all of them if there are fewer.
+    int heightOfRows(int most) const;
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

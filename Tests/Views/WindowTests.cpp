@@ -194,6 +194,13 @@ TEST_F(WindowTest, ASearchOpensWhatItFoundAndAClipThatLeftTheFilterIsNamed) {
     EXPECT_EQ(window_->results().selectedClips(), std::vector{unmatched});
 }
 
+TEST_F(WindowTest, TheCurrentClipStaysInViewWhenTheListGetsLower) {
+    scan();
+    table().selectRow(3);
+    table().resize(table().width(), 100);
+    EXPECT_LT(table().visualRect(table().currentIndex()).bottom(), table().viewport()->height());
+}
+
 TEST_F(WindowTest, AFurtherScreenIsOpenedByItsClassAlone) {
     scan();
     const std::vector one{clip("A001C001").id}, other{clip("A001C003").id}, both{one[0], other[0]};

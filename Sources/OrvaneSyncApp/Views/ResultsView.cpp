@@ -87,9 +87,13 @@ class Table : public QTableView {
         if (index.isValid() && fold(index, event->pos())) return;
         QTableView::mousePressEvent(event);
     }
+    /// A row that is current and in view stays in view, also when a text above the table is unfolded.
     void resizeEvent(QResizeEvent* event) override {
+        const QRect row = visualRect(currentIndex());
+        const bool isInView = row.isValid() && row.top() >= 0 && row.bottom() < event->oldSize().height();
         QTableView::resizeEvent(event);
         resized();
+        if (isInView) scrollTo(currentIndex());
     }
     void mouseDoubleClickEvent(QMouseEvent* event) override {
         const QModelIndex index = indexAt(event->pos());

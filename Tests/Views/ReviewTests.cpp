@@ -322,6 +322,12 @@ TEST_F(ReviewTest, LensAndFullscreenShowTheSamePicture) {
             if (qGray(seen.pixel(static_cast<int>(seen.width() * across), y)) > 150) return true;
         return false;
     };
+    constexpr int message = 40;
+    const auto below = [&] { return lens.grab(QRect(0, message, lens.width(), lens.height())).toImage(); };
+    const QImage before = below();
+    lens.setFreeTop(message);
+    EXPECT_EQ(below(), before) << "a message over the top moves nothing";
+    lens.setFreeTop(0);
     // Frame 31 has the bars of all five low bits, which are in the right half of a picture.
     EXPECT_TRUE(isLight(0.98)) << "the frame after the clap";
     constexpr double endOfMiddle = 1 / 3.0 + 0.98 / 3 - 0.015;

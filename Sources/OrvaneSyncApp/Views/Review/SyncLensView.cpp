@@ -45,9 +45,7 @@ SyncLensView::SyncLensView(Desktop& desktop, std::shared_ptr<ReviewViewModel> re
 }
 
 void SyncLensView::setFreeTop(int points) {
-    if (std::exchange(freeTop_, points) == points) return;
-    look();
-    update();
+    if (std::exchange(freeTop_, points) != points) update();
 }
 
 bool SyncLensView::isPlayheadMoved() {
@@ -78,7 +76,7 @@ void SyncLensView::look() {
     const QRect first = pictureRect(0);
     lens_->show(*plan,
                 {static_cast<int>(std::lround(first.width() * ratio)),
-                 static_cast<int>(std::lround(first.height() * ratio))},
+                 static_cast<int>(std::lround((first.height() + freeTop_) * ratio))},
                 static_cast<std::size_t>(std::max(soundRect().width(), 1)));
 }
 
@@ -90,7 +88,7 @@ void SyncLensView::hideEvent(QHideEvent*) {
 }
 
 QRect SyncLensView::soundRect() const {
-    const int height = static_cast<int>((this->height() - freeTop_) * soundShare);
+    const int height = static_cast<int>(this->height() * soundShare);
     return {0, this->height() - height, width(), height};
 }
 
@@ -116,9 +114,12 @@ void SyncLensView::paintEvent(QPaintEvent*) {
     for (int i = 0; i < pictures; ++i) {
         const QRect place = pictureRect(i);
         const auto& picture = seen.pictures.at(static_cast<std::size_t>(i));
-        if (picture)
-            paintFitted(painter, place, imageOf(*picture));
-        else {
+        if (picture) {
+            // Above its caption: it moves for a message over the top only if it is as high as its place.
+            const QImage image = imageOf(*picture);
+            const int height = std::min(place.height(), place.width() * image.height() / image.width());
+            paintFitted(painter, place.adjusted(0, place.height() - height, 0, 0), image);
+        } else {
             painter.setPen(all.facts);
             painter.drawText(place, Qt::AlignCenter,
                              lens_->isLoading() ? tr("Reading…") : tr("No picture here"));

@@ -218,8 +218,7 @@ void SyncSection::show(const SyncGroup& clip) {
     lookForCameras(clip);
     showLockAll();
     if (isSame) return;
-    setSummary(part.isLocked ? tr("%1 f, locked").arg(text(part.offsetShown))
-                             : tr("%1 f").arg(text(part.offsetShown)));
+    setSummary(translatedSentence(part.offsetShown + (part.isLocked ? " f, locked" : " f")));
     begins_->setText(translatedSentence(part.begins));
     method_->setCurrentIndex(static_cast<int>(part.method));
     methodText_->setText(translated(description(part.method)));

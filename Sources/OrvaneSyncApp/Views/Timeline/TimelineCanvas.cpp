@@ -349,7 +349,7 @@ void TimelineCanvas::dragSound(double x, Qt::KeyboardModifiers held) {
         desktop_.sayWhyNot(translatedSentence(refused.what()));
     }
     if (const auto moved = desktop_.controller().timeline().liveDragSeconds())
-        dragText_ = text(layout_->content().shiftText(*moved));
+        dragText_ = translatedSentence(layout_->content().shiftText(*moved));
     dragTextX_ = x;
     invalidate();
 }

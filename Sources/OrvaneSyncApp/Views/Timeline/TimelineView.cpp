@@ -234,10 +234,12 @@ void TimelineView::moveRows(const SyncGroup& clip) {
 }
 
 void TimelineView::showSummary() {
-    summary_->setText(translatedSentence(rows_->summary));
-    summary_->setToolTip(translatedSentence(rows_->summary));
     const SmartAudioState& state = desktop_.controller().smartAudio().state();
     analyse_->setVisible(rows_->hasSound && !state.isAnalyzing && !rows_->isAnalysed);
+    // The button beside it says what to do, so that the state is not cut in a narrow window.
+    constexpr std::string_view advice = " — run Smart Audio";
+    summary_->setText(translatedSentence(rows_->summary.substr(0, rows_->summary.find(advice))));
+    summary_->setToolTip(translatedSentence(rows_->summary));
 }
 
 void TimelineView::runSmartAudio() {

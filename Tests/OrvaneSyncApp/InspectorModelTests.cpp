@@ -76,6 +76,7 @@ TEST_F(InspectorModelTest, theOutlineFollowsTheShootAndStepsOverTakes) {
     outline.showOnly(std::nullopt);
     outline.setSearch("a001c00 12");
     EXPECT_EQ(labels(outline), (Labels{"12-3", "12-4"})) << "the take of which one camera is found";
+    EXPECT_EQ(outline.row(0).facts, "1 of 2 cameras");
     EXPECT_EQ(outline.neighbour(silent_, 1), a_) << "from a clip that is not shown to the first that is";
     controller_->clips().setManualClipName(next_, "Hero");
     outline.setSearch("12-4");
@@ -343,7 +344,8 @@ TEST(KeyOverviewTest, greysWhatDoesNothing) {
     std::size_t count = 0;
     for (const KeyGroup& group : multicamKeyOverview(defaultBindings(), 2))
         for (const KeyGroup::Row& one : group.rows) count += one.acts ? 1U : 1000U;
-    EXPECT_EQ(count, 14U) << "nine that play, two to other takes, the camera, the way back, this list";
+    EXPECT_EQ(count, 16U)
+        << "nine that play, two to other takes, two decisions, the camera, the way back, this list";
     auto bindings = defaultBindings();
     bindings[zoomFit] = bindings[playPause];
     EXPECT_FALSE(row(now, zoomFit, bindings).acts) << "another action has its key";

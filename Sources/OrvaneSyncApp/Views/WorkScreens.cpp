@@ -4,6 +4,8 @@
 #include "OrvaneSyncApp/Views/Review/MulticamView.h"
 #include "OrvaneSyncApp/Views/Review/ReviewView.h"
 
+#include <QLineEdit>
+
 #include <algorithm>
 #include <utility>
 
@@ -91,6 +93,9 @@ void WorkScreens::showListed(OutlineView& outline, const std::vector<UUID>& clip
     }
     outline.showOnly(listed_ ? std::optional(listed_->clips) : std::nullopt,
                      listed_ ? listed_->title : QString());
+    // A search goes from one screen that plays to the next, and ends with the way back to the list.
+    const OutlineView* before = isPlaying() ? front_->outlineBeside() : nullptr;
+    outline.search()->setText(before != nullptr ? before->search()->text() : QString());
 }
 
 void WorkScreens::bringToFront(WorkScreen& screen) {

@@ -24,9 +24,8 @@ void CommandContext::decideOfClip(ShortcutAction key, const UUID& clip) {
 ReviewPlayers& CommandContext::players() {
     if (!players_) {
         players_ = std::make_shared<ReviewPlayers>(controller, shortcuts(), openPlayers, rendersPreviews);
-        players_->review()->decideOfClip = [this](KeyAction key, const UUID& clip) {
-            decideOfClip(key, clip);
-        };
+        players_->review()->decideOfClip = players_->multicam()->decideOfClip =
+            [this](KeyAction key, const UUID& clip) { decideOfClip(key, clip); };
     }
     return *players_;
 }

@@ -130,15 +130,15 @@ KeyColumns keyColumns(const std::vector<KeyGroup>& groups, int mostColumns) {
 
 std::vector<KeyGroup> multicamKeyOverview(const ShortcutBindings& bindings, std::size_t cameras) {
     using enum ShortcutAction;
-    constexpr std::array played{playPause,        shuttleForward, shuttleReverse, shuttleStop,
-                                stepForward,      stepBackward,   slowMoForward,  slowMoReverse,
-                                toggleFullscreen, nextGroup,      prevGroup};
+    constexpr std::array used{playPause,    shuttleForward, shuttleReverse, shuttleStop,      stepForward,
+                              stepBackward, slowMoForward,  slowMoReverse,  toggleFullscreen, nextGroup,
+                              prevGroup,    toggleApproved, lockCurrent};
     ReviewSituation now;
-    now.isLoaded = now.hasNext = now.hasPrevious = cameras > 0;
+    now.isLoaded = now.hasClip = now.hasNext = now.hasPrevious = cameras > 0;
     std::vector<KeyGroup> groups = keyOverview(bindings, now);
     for (KeyGroup& group : groups)
         std::erase_if(group.rows, [&](const KeyGroup::Row& row) {
-            return row.action ? std::ranges::find(played, *row.action) == played.end()
+            return row.action ? std::ranges::find(used, *row.action) == used.end()
                               : row.key != reviewKeys::leave && row.key != reviewKeys::overview;
         });
     constexpr std::size_t digits = 9;

@@ -112,7 +112,9 @@ OutlineModel::Row OutlineModel::row(std::size_t index) const {
     }
     if (row.isMovedSinceLock && row.certainty != Certainty::missing) row.certainty = Certainty::doubtful;
     if (place.isTake) {
-        row.facts = counted(place.clips.size(), "camera", "cameras");
+        row.facts = counted(place.cameras, "camera", "cameras");
+        if (place.clips.size() < place.cameras)
+            row.facts = std::to_string(place.clips.size()) + " of " + row.facts;
         row.status = "Open these cameras as multicam";
         return row;
     }
@@ -255,6 +257,7 @@ void OutlineModel::layOut() {
             if (isFound(names.at(node.group->id), *node.group)) add(node, false, false);
             continue;
         }
+        const std::size_t cameras = node.children.size();
         std::erase_if(node.children, [&](const SidebarNode& child) {
             return !isFound(node.label + " " + names.at(child.group->id), *child.group);
         });
@@ -264,7 +267,8 @@ void OutlineModel::layOut() {
                                          naming_.separator),
                    {},
                    true,
-                   false};
+                   false,
+                   cameras};
         for (const SidebarNode& child : node.children) take.clips.push_back(child.group);
         rows_.push_back(std::move(take));
         for (const SidebarNode& child : node.children) add(child, true, folded_.contains(node.id));

@@ -89,6 +89,7 @@ class OutlineModel {
         std::vector<SyncGroupList::Element> clips; ///< one clip, or the clips of the take
         bool isTake = false;
         bool isInTake = false;
+        std::size_t cameras = 0; ///< of a take, also those that are not shown
     };
     void follow(const ImportChange& change);
     void layOut();

@@ -117,6 +117,11 @@ void MulticamViewModel::handleKeyAction(KeyAction action) {
     case KeyAction::prevGroup:
         if (moveInList) moveInList(action);
         return;
+    case KeyAction::lockCurrent:
+    case KeyAction::toggleApproved:
+        if (const auto heard = bag_.audioSourceMemberID(); heard && decideOfClip)
+            decideOfClip(action, *heard);
+        return;
     case KeyAction::clearLoop: // there is no loop
         return;
     default:

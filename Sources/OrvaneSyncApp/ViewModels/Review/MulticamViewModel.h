@@ -40,7 +40,9 @@ class MulticamViewModel : public std::enable_shared_from_this<MulticamViewModel>
     std::function<void()> toggleFullscreen;
     /// Opens the next or previous take of the list.
     std::function<void(KeyAction)> moveInList;
-    /// Called for a key that has a meaning only for a single camera.
+    /// Called for a key that decides about one clip, with the camera that is heard.
+    std::function<void(KeyAction, const UUID& groupID)> decideOfClip;
+    /// Called for another key that has a meaning only for a single camera.
     std::function<void(KeyAction)> refuse;
 
   private:

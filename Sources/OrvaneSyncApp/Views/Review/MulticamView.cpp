@@ -18,6 +18,8 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLineEdit>
+#include <QPixmap>
 #include <QSplitter>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -34,13 +36,14 @@ namespace {
 
 constexpr int multicamOutlineWidth = 220, camerasWidth = 1220;
 constexpr int widestMeters = 48; // of a camera among several
+constexpr int colourWidth = 6, colourHeight = 14;
 
 } // namespace
 
 /// One camera: its picture, its levels if it is heard, and its name.
 class MulticamView::Cell : public QFrame {
   public:
-    /// `number`: the key that selects its sound; 0: none.
+    /// `number`: from 1. The first nine are the keys that select its sound.
     Cell(const UUID& camera, int number, const QString& label,
          const std::shared_ptr<platform::MainThread>& mainThread, const std::shared_ptr<VideoEngine>& player,
          const std::function<void(const UUID&)>& hear, const std::function<void(const UUID&)>& openClip)
@@ -64,7 +67,13 @@ class MulticamView::Cell : public QFrame {
         column->addLayout(picture, 1);
         auto* row = new QHBoxLayout;
         row->setContentsMargins(space::tight, 0, 0, 0);
-        if (number > 0) {
+        auto* colour = new QLabel; // of its bar on the axis below
+        QPixmap filled(colourWidth, colourHeight);
+        filled.fill(channelColour(number - 1));
+        colour->setPixmap(filled);
+        row->addWidget(colour);
+        row->addSpacing(space::tight);
+        if (number < 10) {
             auto* key = facts(QString::number(number));
             key->setToolTip(tr("The key %1 hears this camera").arg(number));
             key->setWordWrap(false);
@@ -81,8 +90,8 @@ class MulticamView::Cell : public QFrame {
         timecode_->setWordWrap(false);
         timecode_->setAccessibleName(tr("Timecode of %1").arg(name));
         row->addWidget(timecode_);
-        heard_ = button(tr("Hear"), Glyph::sound, Weight::quiet);
-        heard_->setCheckable(true);
+        heard_ = button(tr("Hear"), Glyph::sound);
+        heard_->setCheckable(true); // the colour of a choice, because the two words look alike
         heard_->setFocusPolicy(Qt::TabFocus);
         heard_->setAccessibleName(tr("Hear %1").arg(name));
         connect(heard_, &QPushButton::clicked, this, [this, hear] { hear(id); });
@@ -256,16 +265,35 @@ void MulticamView::follow() {
     }
     const auto& heard = multicam_->bag().audioSourceMemberID();
     for (Cell* cell : cells_) cell->showHeard(heard == cell->id);
+    if (std::exchange(heard_, heard) != heard && !shown_.empty()) {
+        mark();
+        noteClips();
+    }
     strip_->follow();
     strip_->followPlayhead();
 }
 
 void MulticamView::showTake() {
-    // Cameras of several takes have no common name.
-    const bool isOneTake =
-        MulticamViewModel::camerasFor(desktop_.controller().work(), {shown_.front()}) == shown_;
-    const QString name = isOneTake ? outline_->selectTake(shown_.front()) : QString();
+    const auto isListed = [this](const UUID& id) { return outline_->placeInList(id).has_value(); };
+    if (std::ranges::none_of(shown_, isListed)) outline_->search()->clear(); // it finds none of them
+    const QString name = mark();
     take_->setText(name.isEmpty() ? tr("Multicam") : name);
+}
+
+QString MulticamView::mark() {
+    const auto listed = std::ranges::find_if(
+        shown_, [this](const UUID& id) { return outline_->placeInList(id).has_value(); });
+    if (listed == shown_.end()) return {};
+    // Cameras of several takes have no common name.
+    if (MulticamViewModel::camerasFor(desktop_.controller().work(), {*listed}) == shown_)
+        return outline_->selectTake(*listed);
+    if (heard_ && outline_->placeInList(*heard_)) outline_->select(*heard_);
+    return {};
+}
+
+std::vector<UUID> MulticamView::clips() const {
+    const auto& heard = multicam_->bag().audioSourceMemberID();
+    return isOpen() && heard ? std::vector{*heard} : std::vector<UUID>();
 }
 
 void MulticamView::layOut() {
@@ -289,9 +317,7 @@ void MulticamView::layOut() {
         if (clip != nullptr && label != clip->video.filename)
             name += QStringLiteral("   ") + text(clip->video.filename);
         const auto at = static_cast<int>(cells_.size());
-        constexpr int digits = 9;
-        auto* cell = new Cell(id, at < digits ? at + 1 : 0, name, desktop_.mainThread(), engine, hearOne,
-                              host_.openReview);
+        auto* cell = new Cell(id, at + 1, name, desktop_.mainThread(), engine, hearOne, host_.openReview);
         grid_->addWidget(cell, at / across, at % across);
         cells_.push_back(cell);
         ofEngines_.push_back(engine->onChange([this, cell](VideoEngineField field) {

@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncApp/Views/WorkScreen.h"
 
+#include <optional>
 #include <vector>
 
 class QGridLayout;
@@ -24,8 +25,8 @@ class MulticamView : public WorkScreen {
     /// Opens the cameras, each at its clap.
     void open(const std::vector<UUID>& groupIDs) override;
     bool isOpen() const override { return multicam_->isOpen(); }
-    /// Empty: no command for a clip acts on several cameras.
-    std::vector<UUID> clips() const override { return {}; }
+    /// The camera that is heard.
+    std::vector<UUID> clips() const override;
     std::vector<UUID> seen() const override { return multicam_->members(); }
     QLineEdit* search() const override;
     OutlineView* outlineBeside() const override { return outline_; }
@@ -43,6 +44,8 @@ class MulticamView : public WorkScreen {
     void go(int step);
     void layOut();
     void showTake();
+    /// Marks the take in the list beside the cameras; of cameras of several takes, the one that is heard.
+    QString mark();
     void toggleFullscreen();
 
     const std::shared_ptr<MulticamViewModel> multicam_;
@@ -57,6 +60,7 @@ class MulticamView : public WorkScreen {
         false; ///< once the next take can be seen, unless the user does something else
     std::vector<Cell*> cells_;
     std::vector<UUID> shown_;
+    std::optional<UUID> heard_;
     std::vector<platform::Subscription> ofEngines_;
     platform::Subscription ofBag_;
 };

@@ -46,9 +46,10 @@ bool hasUsualKey(KeyAction action) {
     return found != usual.end() && !found->second.isUnbound();
 }
 
-/// Actions that apply to all cameras of a take together.
+/// Actions that apply to all cameras of a take together, or to the camera that is heard.
 bool isForCameras(KeyAction action) {
-    return action == KeyAction::toggleFullscreen || action == KeyAction::nextGroup ||
+    return action == KeyAction::lockCurrent || action == KeyAction::toggleApproved ||
+           action == KeyAction::toggleFullscreen || action == KeyAction::nextGroup ||
            action == KeyAction::prevGroup ||
            (category(action) == ShortcutCategory::playback && action != KeyAction::jumpNextEdit &&
             action != KeyAction::jumpPrevEdit);

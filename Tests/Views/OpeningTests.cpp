@@ -146,6 +146,17 @@ TEST_F(OpeningTest, WhatIsDroppedGoesWhereItBelongs) {
         << bannerText().toStdString();
 }
 
+TEST_F(OpeningTest, AReportThatIsReadBeforeTheClipsSaysWhatItIsFor) {
+    folder_.write("report.csv", "Name,Scene\nA001C001,12\n");
+    JSON report = JSON::object();
+    report.set("path", folder_.path("report.csv"));
+    desktop_->run("loadALE", std::move(report));
+    EXPECT_TRUE(waitUntil([&] { return bannerText().contains("the next scan"); }));
+    scan();
+    EXPECT_TRUE(waitUntil([&] { return bannerText().startsWith("Report loaded: "); }))
+        << bannerText().toStdString();
+}
+
 TEST_F(OpeningTest, OffersNothingForAllClipsWhileAScanReplacesThem) {
     scan();
     const auto scanning = desktop_->controller().scan().startScan();

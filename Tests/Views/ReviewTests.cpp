@@ -575,6 +575,19 @@ TEST_F(ReviewTest, WhatIsDecidedWithoutThePictureIsSaidInItsPlace) {
     EXPECT_TRUE(waitUntil([&] { return isOnScreen(0); })) << "it opens by itself";
 }
 
+TEST_F(ReviewTest, NoClapIsSearchedInSoundThatCannotBeRead) {
+    desktop_->controller().clips().setAudioAnchor(ids_[0], std::nullopt);
+    std::filesystem::remove(folder_.path("T01.wav"));
+    open();
+    const auto search = [&]() -> QPushButton& {
+        for (auto* one : window_->review().findChildren<QPushButton*>())
+            if (one->text() == "Detect Clap") return *one;
+        throw std::logic_error("no button");
+    };
+    EXPECT_TRUE(waitUntil([&] { return search().toolTip().startsWith("The sound cannot be read"); }));
+    EXPECT_FALSE(search().isEnabled());
+}
+
 TEST_F(ReviewTest, TheMenuBarGivesTheKeyboardBack) {
     window_->openReview(ids_[0]);
     ASSERT_TRUE(window_->review().hasFocus());

@@ -283,7 +283,12 @@ void WorkBanner::showFolderSettings() {
 
 void WorkBanner::showReportResult() {
     const ReportController& reports = desktop_.controller().reports();
-    if (!reports.aleMatchStatus()) return;
+    if (!reports.aleMatchStatus()) {
+        if (reports.aleFileURL() && desktop_.controller().work().syncGroups().empty())
+            show(Signal::none, tr("“%1” is read. Its rows go to the clips of the next scan.")
+                                   .arg(views::text(reports.aleFileURL()->lastPathComponent())));
+        return;
+    }
     QString said = translatedSentence(*reports.aleMatchStatus());
     if (const std::string rows = reportTexts::rowsWithoutClip(reports); !rows.empty())
         said += QStringLiteral(". ") + translatedSentence(rows) + QStringLiteral(".");

@@ -259,4 +259,9 @@ std::string momentText(double seconds) {
            formatted("%05.2f", rounded - minutes * perMinute);
 }
 
+bool isSoundUnreadable(const TimelineController& timeline) {
+    const WaveformState& waveform = *timeline.waveform();
+    return timeline.isWaveformWanted() && !waveform.isLoading() && waveform.waveform().binsPerSecond <= 0;
+}
+
 } // namespace orvane

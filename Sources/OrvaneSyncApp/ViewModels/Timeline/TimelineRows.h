@@ -12,6 +12,7 @@
 
 namespace orvane {
 
+class TimelineController;
 struct SmartAudioTerms;
 
 /// A channel of the clip's take, as its row shows it.
@@ -102,5 +103,11 @@ double tileOpacity(const BlockDecision& block);
 
 /// Seconds of clip time in the form of tooltips, such as "1:05.20".
 std::string momentText(double seconds);
+
+/// Whether the sound of the clip in view was requested, but is missing or cannot be decoded. Interface
+/// thread.
+bool isSoundUnreadable(const TimelineController& timeline);
+inline constexpr const char* unreadableSound =
+    "The sound cannot be read. Connect its disk, or check the file.";
 
 } // namespace orvane

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Inspector/SyncSection.h"
 
 #include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
+#include "OrvaneSyncApp/ViewModels/Timeline/TimelineRows.h"
 #include "OrvaneSyncApp/Views/Background.h"
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
 #include "OrvaneSyncApp/Views/Translation.h"
@@ -43,6 +44,12 @@ void reserveWidth(QPushButton& button, std::span<const std::string_view> texts) 
         widest = std::max(widest, button.sizeHint().width());
     }
     button.setMinimumWidth(widest);
+}
+
+/// `reason`: why the button does nothing; empty if it works.
+void showButton(QPushButton* button, const std::string& reason, const QString& help) {
+    button->setEnabled(reason.empty());
+    button->setToolTip(reason.empty() ? help : translated(reason));
 }
 
 } // namespace
@@ -124,6 +131,7 @@ void SyncSection::makeAnchor() {
     connect(clapCheck_, &QPushButton::clicked, this,
             [this] { review_->handleKeyAction(KeyAction::clapCheck); });
     ofReview_ = review_->onChange([this] { showClapCheck(); }); // a clap is found
+    ofSound_ = desktop().controller().timeline().waveform()->onChange([this] { showSearch(); });
     ofEngine_ = review_->engine()->onChange([this](VideoEngineField field) {
         if (field == VideoEngineField::transport || field == VideoEngineField::loop) showClapCheck();
     });
@@ -180,6 +188,15 @@ void SyncSection::showLockAll() {
                                   : translated(desktop().command("lockAllInCluster").help));
 }
 
+void SyncSection::showSearch() {
+    if (!shown_) return;
+    const TimelineController& timeline = desktop().controller().timeline();
+    const bool isUnreadable = timeline.shownGroupID() == clipID() && isSoundUnreadable(timeline);
+    showButton(searchAnchor_,
+               shown_->whyNoSearch.empty() && isUnreadable ? unreadableSound : shown_->whyNoSearch,
+               translated(desktop().command("autoDetectAudioAnchor").help));
+}
+
 void SyncSection::showClapCheck() {
     const bool isClapKnown = review_->clapSeconds() || review_->engine()->loop().isLooping;
     const bool can = review_->canCheckClap() && isClapKnown;
@@ -215,6 +232,7 @@ void SyncSection::show(const SyncGroup& clip) {
     }
     shown_ = part;
     showClapCheck();
+    showSearch();
     lookForCameras(clip);
     showLockAll();
     if (isSame) return;
@@ -230,10 +248,6 @@ void SyncSection::show(const SyncGroup& clip) {
     wholeFrames_->setText(translatedSentence(part.wholeFrames));
     for (EntryField* field : {frames_, seconds_}) field->setEnabled(part.hasSound);
     anchor_->setText(translatedSentence(part.anchor));
-    const auto showButton = [](QPushButton* button, const std::string& reason, const QString& help) {
-        button->setEnabled(reason.empty());
-        button->setToolTip(reason.empty() ? help : translated(reason));
-    };
     showButton(goToAnchor_, part.whyNoGoTo, tr("Moves the playhead to the clap point"));
     showButton(putOnFrame_, part.whyNoPut,
                tr("%1 (%2)").arg(tr("Moves the sound by whole frames, so that its clap falls into the frame "
@@ -242,7 +256,6 @@ void SyncSection::show(const SyncGroup& clip) {
     updateAnchor_->setText(translated(part.updateAnchor));
     showButton(updateAnchor_, part.whyNoUpdate, translated(helpText(ShortcutAction::updateClapPoint)));
     showButton(clearAnchor_, part.whyNoClear, translated(desktop().command("setAudioAnchor").help));
-    showButton(searchAnchor_, part.whyNoSearch, translated(desktop().command("autoDetectAudioAnchor").help));
     anchorHint_->setText(translated(part.anchorHint));
     lock_->setText(translated(part.lock));
     lock_->setIcon(icon(part.isLocked ? Glyph::unlock : Glyph::lock));

@@ -26,6 +26,7 @@ class SyncSection : public InspectorSection {
     QString moveTo(const TypedNumber& typed);
     void moveBy(double seconds);
     void showClapCheck();
+    void showSearch();
     /// Finds out whether other cameras would be locked with this one.
     void lookForCameras(const SyncGroup& clip);
     void showLockAll();
@@ -40,7 +41,7 @@ class SyncSection : public InspectorSection {
     std::optional<std::pair<UUID, std::string>>
         camerasOf_;        ///< the clip whose cameras were looked for, with its names
     bool isAlone_ = false; ///< the take of that clip has no other camera
-    platform::Subscription ofEngine_, ofReview_;
+    platform::Subscription ofEngine_, ofReview_, ofSound_;
 };
 
 /// The frame rate of the sensor, and what is exported in addition for an off-speed clip.

@@ -254,9 +254,8 @@ void TimelineView::showSound() {
     const WaveformState& waveform = *timeline.waveform();
     QString hint;
     if (rows_->hasSound && waveform.waveform().binsPerSecond <= 0)
-        hint = waveform.isLoading() || !timeline.isWaveformWanted()
-                   ? readingText(rows_->soundSeconds, waveform.readShare())
-                   : tr("The sound cannot be read. Connect its disk, or check the file.");
+        hint = isSoundUnreadable(timeline) ? translated(unreadableSound)
+                                           : readingText(rows_->soundSeconds, waveform.readShare());
     canvas_->setSoundHint(hint);
 }
 

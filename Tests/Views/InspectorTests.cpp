@@ -230,6 +230,20 @@ TEST_F(InspectorTest, whatWasUsedStaysInItsPlaceWhereSectionsAboveItGrow) {
     EXPECT_EQ(at(), before);
 }
 
+TEST_F(InspectorTest, aButtonThatAClickDisablesScrollsNothing) {
+    open("A001C001");
+    desktop_->controller().clips().setAudioAnchor(clip("A001C001").id, 0.5);
+    inspector_->resize(320, 400);
+    serve();
+    auto* scroll = inspector_->findChild<QScrollArea*>();
+    QPushButton& clear = button("Clear");
+    scroll->ensureWidgetVisible(&clear);
+    const int before = scroll->verticalScrollBar()->value();
+    QTest::mouseClick(&clear, Qt::LeftButton);
+    EXPECT_TRUE(waitUntil([&] { return !clear.isEnabled(); }));
+    EXPECT_EQ(scroll->verticalScrollBar()->value(), before);
+}
+
 TEST_F(InspectorTest, theControlsOfTheSyncKeepTheirPlaces) {
     inspector_->resize(320, 900);
     const auto places = [&] {

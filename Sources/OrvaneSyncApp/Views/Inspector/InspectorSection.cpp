@@ -65,6 +65,7 @@ QPushButton* InspectorSection::commandButton(std::string_view id, const QString&
     const commands::Command& row = desktop_.command(id);
     QPushButton* made = button(text.isEmpty() ? translated(row.title) : text);
     made->setToolTip(translated(row.help));
+    made->setFocusPolicy(Qt::TabFocus); // see `SyncSection::makeAnchor`
     connect(made, &QPushButton::clicked, this, [this, id, act = std::move(act)] { act ? act() : run(id); });
     controls_.emplace_back(made, id);
     return made;

@@ -130,6 +130,9 @@ void SyncSection::makeAnchor() {
     buttons->addWidget(clapCheck_ = button(translated(orvane::label(ShortcutAction::clapCheck))));
     connect(clapCheck_, &QPushButton::clicked, this,
             [this] { review_->handleKeyAction(KeyAction::clapCheck); });
+    // A button that a click disables would hand its focus on, and the next control would be scrolled to.
+    for (QPushButton* one : {goToAnchor_, putOnFrame_, updateAnchor_, clearAnchor_, clapCheck_})
+        one->setFocusPolicy(Qt::TabFocus);
     ofReview_ = review_->onChange([this] { showClapCheck(); }); // a clap is found
     ofSound_ = desktop().controller().timeline().waveform()->onChange([this] { showSearch(); });
     ofEngine_ = review_->engine()->onChange([this](VideoEngineField field) {

@@ -349,6 +349,17 @@ TEST_F(InspectorTest, theOutlineChoosesMarksAndGoesBack) {
     arguments.set("groupID", clip("A001C003").id.text());
     desktop_->run("toggleApproved", arguments);
     EXPECT_EQ(painted, 1) << "only the row of the clip";
+
+    // A name that moves the clip into the take above does not change what comes next.
+    ASSERT_EQ(outline.neighbour(clip("B001C001").id, 1), clip("A001C002").id);
+    outline.select(clip("A001C002").id);
+    const auto next = outline.neighbour(clip("A001C002").id, 1);
+    ASSERT_TRUE(next);
+    desktop_->controller().clips().setManualClipName(clip("A001C002").id, "12A-3");
+    EXPECT_LT(outline.list()->currentIndex().row(), 4);
+    EXPECT_EQ(outline.neighbour(clip("A001C002").id, 1), next);
+    outline.search()->setText("12A");
+    EXPECT_NE(outline.neighbour(clip("A001C002").id, 1), next) << "of the clips that are listed now";
     button("‹  Results", &outline).click();
     EXPECT_TRUE(isLeft);
 }

@@ -97,8 +97,10 @@ OutlineView::OutlineView(Desktop& desktop, Choose choose, std::function<void()> 
     connect(back, &QPushButton::clicked, this, [leave = std::move(leave)] { leave(); });
     column->addWidget(back);
     column->addWidget(search_ = searchField(tr("Search clips in the list"), tr("Name or file")));
-    connect(search_, &QLineEdit::textChanged, this,
-            [this](const QString& words) { rows_.setSearch(utf8(words)); });
+    connect(search_, &QLineEdit::textChanged, this, [this](const QString& words) {
+        rows_.setSearch(utf8(words));
+        noteNeighbours();
+    });
     column->addWidget(only_ = makeOnly());
     column->addWidget(counts_ = facts({}));
     auto* list = new OutlineList;
@@ -178,6 +180,7 @@ void OutlineView::showOnly(const std::optional<std::vector<UUID>>& clips, const 
     onlyTitle_->setToolTip(tr("As in the list that the clip was opened from: %1").arg(title));
     only_->setVisible(clips.has_value());
     rows_.showOnly(clips);
+    noteNeighbours();
 }
 
 OutlineView::~OutlineView() { observation_ = nullptr; }
@@ -187,6 +190,19 @@ void OutlineView::select(const UUID& groupID) {
     isTakeSelected_ = false;
     if (!rows_.rowOf(groupID)) search_->clear(); // an earlier search that does not find this clip
     markRow(rows_.rowOf(groupID));
+    noteNeighbours();
+}
+
+void OutlineView::noteNeighbours() {
+    if (!selected_) return;
+    before_ = rows_.neighbour(*selected_, -1);
+    after_ = rows_.neighbour(*selected_, 1);
+}
+
+std::optional<UUID> OutlineView::neighbour(const UUID& of, int step) const {
+    if (of == selected_ && (step == 1 || step == -1))
+        if (const auto& kept = step > 0 ? after_ : before_; kept && rows_.placeInList(*kept)) return kept;
+    return rows_.neighbour(of, step);
 }
 
 QString OutlineView::selectTake(const UUID& groupID) {

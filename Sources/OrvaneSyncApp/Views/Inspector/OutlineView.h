@@ -34,8 +34,9 @@ class OutlineView : public QWidget {
     /// Marks the take of a clip without calling `openTake`, and returns its name; empty for a clip without a
     /// take.
     QString selectTake(const UUID& groupID);
-    /// As `OutlineModel::neighbour`; for the keys that go to the next or previous clip.
-    std::optional<UUID> neighbour(const UUID& of, int step) const { return rows_.neighbour(of, step); }
+    /// As `OutlineModel::neighbour`; for the keys that go to the next or previous clip. A decision may move
+    /// the marked clip to another place of the list: the keys still go on from the place where it was marked.
+    std::optional<UUID> neighbour(const UUID& of, int step) const;
     std::optional<OutlineModel::PlaceInList> placeInList(const UUID& groupID) const {
         return rows_.placeInList(groupID);
     }
@@ -60,6 +61,8 @@ class OutlineView : public QWidget {
     QWidget* makeOnly();
     void showCounts();
     void markRow(const std::optional<std::size_t>& row);
+    /// Keeps the clips before and after the marked one.
+    void noteNeighbours();
     void open(int row);
 
     OutlineModel rows_;
@@ -71,7 +74,8 @@ class OutlineView : public QWidget {
     QLabel* counts_;
     QListView* list_;
     std::optional<UUID> selected_;
-    bool isTakeSelected_ = false; ///< the take of `selected_` is marked, not the clip
+    bool isTakeSelected_ = false;        ///< the take of `selected_` is marked, not the clip
+    std::optional<UUID> before_, after_; ///< the neighbours of `selected_` when it was marked
     platform::Subscription observation_;
 };
 

@@ -660,6 +660,21 @@ TEST_F(ReviewTest, CamerasOfATakePlayTogether) {
     EXPECT_EQ(bag.engines().size(), 1U);
 }
 
+TEST_F(ReviewTest, AStepBeyondASearchSaysThatItEnds) {
+    QTest::keyClicks(window_->results().search(), "C001");
+    open();
+    press(Qt::Key_BracketRight);
+    ASSERT_TRUE(review().shows(ids_[1]));
+    EXPECT_EQ(toast(), "");
+    for (const auto& [key, clip, words] : {std::tuple(Qt::Key_BracketRight, 1U, "This is the last clip"),
+                                           std::tuple(Qt::Key_BracketLeft, 0U, "This is the first clip")}) {
+        if (!review().shows(ids_[clip])) press(key);
+        press(key);
+        EXPECT_TRUE(review().shows(ids_[clip]));
+        EXPECT_TRUE(toast().startsWith(words)) << toast().toStdString();
+    }
+}
+
 TEST_F(ReviewTest, EveryActionHasAnEntryThatNamesItsKey) {
     desktop_->players().shortcuts()->setBinding({"x", ModifierSet::command}, ShortcutAction::clapCheck);
     QStringList entries;

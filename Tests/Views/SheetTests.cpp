@@ -172,6 +172,15 @@ TEST_F(SheetTest, SoundWithoutPictureIsReachedByKeysAndKeepsItsHeight) {
     EXPECT_EQ(list->height(), height);
 }
 
+TEST_F(SheetTest, TheExportCountsWhatWasLockedAsWithoutSound) {
+    desktop_->runForClips("toggleLocked", {clip("A001C001").id, clip("A001C003").id});
+    showExport(*desktop_, window_.get());
+    const auto all = sheet().findChildren<QLabel*>();
+    EXPECT_TRUE(std::ranges::any_of(all, [](const QLabel* one) {
+        return one->text().contains("1 clip locked as without sound: not in the document");
+    }));
+}
+
 TEST_F(SheetTest, TellsTheDesktopWhatEndedUnseen) {
     QStringList told;
     QWidget unseen;

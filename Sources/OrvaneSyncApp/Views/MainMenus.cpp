@@ -418,9 +418,7 @@ void MainMenus::makeTools() {
     tools->add(of("runSmartAudioAnalysis"), tr("Smart Audio"), 5);
     tools->add(of("toggleApproved"), of("toggleApproved")->text(), 8);
     of("toggleApproved")
-        ->setToolTip(
-            tr("A mark for people, in the lists and in the notes of the document. Lock is what keeps "
-               "the sync as it is."));
+        ->setToolTip(tr("A mark for people, in the lists. Lock is what keeps the sync as it is."));
     tools->add(of("toggleLocked"), tr("Lock"), 7);
     for (const char* decision : {"toggleApproved", "toggleLocked"}) {
         of(decision)->setCheckable(true);

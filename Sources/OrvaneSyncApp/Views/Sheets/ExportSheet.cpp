@@ -328,6 +328,12 @@ void ExportSheet::showForecast() {
         doubtful > 0)
         notes << translatedSentence(counted(doubtful, "clip", "clips") +
                                     " of the document in doubt: the list shows why under “Doubtful”");
+    const auto silent = std::ranges::count_if(work.syncGroups(), [](const SyncGroup& clip) {
+        return clip.isLocked && !clip.matchStatus.isSettled() && !clip.isExcludedFromExport;
+    });
+    if (silent > 0)
+        notes << translatedSentence(counted(silent, "clip", "clips") +
+                                    " locked as without sound: not in the document");
     if (!missing_.isEmpty()) notes << missing_;
     const auto coverage = ExportPreview::smartAudioCoverage(work.syncGroups(), now.smartAudioResults);
     for (const auto& said : {coverage.text(), coverage.choiceText()})

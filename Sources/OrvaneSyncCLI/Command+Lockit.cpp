@@ -3,6 +3,7 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/LockitMapping.h"
 #include "OrvaneSyncCLI/OpenSession.h"
+#include "OrvaneSyncCLI/OperationProgress.h"
 #include "OrvaneSyncCLI/ProgressLine.h"
 #include "OrvaneSyncCLI/RunUntilDone.h"
 #include "OrvaneSyncCLI/SignInHint.h"
@@ -42,12 +43,8 @@ class LockitRun {
         work_.sessions =
             SessionManager::create({.mainThread = loop_, .settings = work_.settings, .clock = context.clock});
         work_.showPage = [&context](const std::string& url) { return showPage(context, url); };
-        subscription_ = work_.controller->onChange([this](ImportField field) {
-            const LockitController::Progress& asked = work_.controller->lockit().progress();
-            if (field == ImportField::lockit && asked.days > 0 &&
-                work_.controller->lockit().isSyncingLockit())
-                progress_.show({"LockitNetwork", asked.day, asked.days});
-        });
+        subscription_ = work_.controller->onChange(
+            [this](ImportField field) { showProgress(progress_, *work_.controller, field); });
         wait(account().ready());
     }
 

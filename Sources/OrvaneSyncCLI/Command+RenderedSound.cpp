@@ -3,6 +3,7 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/FileAnalysis.h"
 #include "OrvaneSyncCLI/OpenSession.h"
+#include "OrvaneSyncCLI/OperationProgress.h"
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ProgressLine.h"
 #include "OrvaneSyncCLI/RenderedOutput.h"
@@ -77,11 +78,8 @@ Routed routedClip(const Context& context, const std::string& sessionWords, const
     const SyncGroup& group = session.clipNamed(clip);
     if (group.isMOS()) throw CommandError("the clip '" + clip + "' has no sound");
     SmartAudioController& smartAudio = session.controller().smartAudio();
-    const auto subscription = session.controller().onChange([&](ImportField field) {
-        const SmartAudioProgress& heard = smartAudio.state().progress;
-        if (field == ImportField::smartAudioProgress && heard.total > 0)
-            progress.show({heard.phase, heard.current, heard.total}, heard.fraction);
-    });
+    const auto subscription = session.controller().onChange(
+        [&](ImportField field) { showProgress(progress, session.controller(), field); });
     Routed routed{{group, takeOf(group, assumedChannels)}, {}};
     const UUID id = group.id;
     session.wait(smartAudio.runSmartAudioForGroup(id, false));

@@ -2,6 +2,7 @@
 #include "OrvaneSyncCLI/Command.h"
 #include "OrvaneSyncCLI/LineReader.h"
 #include "OrvaneSyncCLI/LineWriter.h"
+#include "OrvaneSyncCLI/OperationProgress.h"
 #include "OrvaneSyncCLI/PendingMessageLimit.h"
 #include "OrvaneSyncCLI/Serve/RPCServer.h"
 #include "Platform/Completion.h"
@@ -14,7 +15,6 @@
 #include <exception>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <semaphore>
 #include <thread>
 
@@ -65,41 +65,13 @@ class MessageReader {
     std::thread thread_;
 };
 
-JSON progressJSON(std::string_view phase, int current, int total, double fraction) {
+JSON progressJSON(const SmartAudioProgress& progress) {
     JSON json;
-    json.set("phase", phase);
-    json.set("current", current);
-    json.set("total", total);
-    json.set("fraction", fraction);
+    json.set("phase", progress.phase);
+    json.set("current", progress.current);
+    json.set("total", progress.total);
+    json.set("fraction", progress.fraction);
     return json;
-}
-
-/// The progress of the current operation; nothing when another field changed.
-std::optional<JSON> progressJSON(const ImportController& controller, ImportField field) {
-    const ScanProgress& scan = controller.scan().progress();
-    if (field == ImportField::progress && scan.isActive())
-        return progressJSON(scan.phase, scan.current, scan.total, scan.fraction());
-    const LockitController::Progress& asked = controller.lockit().progress();
-    if (field == ImportField::lockit && controller.lockit().isSyncingLockit() && asked.days > 0)
-        return progressJSON("LockitNetwork", asked.day, asked.days,
-                            static_cast<double>(asked.day) / asked.days);
-    const SmartAudioProgress& hearing = controller.smartAudio().state().progress;
-    if (field == ImportField::smartAudioProgress && hearing.total > 0)
-        return progressJSON(hearing.phase, hearing.current, hearing.total, hearing.fraction);
-    const SmartAudioProgress& looking = controller.slates().progress();
-    if (field == ImportField::slates && looking.total > 0)
-        return progressJSON(looking.phase, looking.current, looking.total, looking.fraction);
-    const SmartAudioProgress& rendering = controller.smartAudio().state().rendering;
-    if (field == ImportField::smartAudioProgress && rendering.total > 0)
-        return progressJSON(rendering.phase, rendering.current, rendering.total, rendering.fraction);
-    const SmartAudioProgress& seeking = controller.atmo().state().progress;
-    if (field == ImportField::atmo && seeking.total > 0)
-        return progressJSON(seeking.phase, seeking.current, seeking.total, seeking.fraction);
-    if (field == ImportField::models)
-        for (const ModelInfo& model : controller.models().models())
-            if (model.status.kind == ModelStatus::Kind::downloading)
-                return progressJSON("Downloading " + model.name, 0, 1, model.status.progress);
-    return std::nullopt;
 }
 
 commands::CommandContext openWork(Context& context, const Arguments& arguments,
@@ -162,7 +134,8 @@ void serve(Context& context, const Arguments& arguments) {
     const auto progressing = work.controller->onChange([&](ImportField field) {
         if (!server.isWaitedFor()) return; // an analysis in the background
         if (answers.isFull()) return;      // they are not being read
-        if (auto progress = progressJSON(*work.controller, field)) server.notify("progress", *progress);
+        if (const auto progress = operationProgress(*work.controller, field))
+            server.notify("progress", progressJSON(*progress));
     });
     const auto keeping = work.sessions->onChange([&](SessionField field) {
         if (field == SessionField::problem && work.sessions->problem())

@@ -149,7 +149,7 @@ bool numberFile(Parts& parts, std::string_view option, int number) {
 
 CureCommands::CureCommands(std::span<const std::string> call) : start_(call.begin(), call.begin() + 2) {
     const auto command = std::ranges::find(allCommands(), call[1], &Command::name);
-    if (command != allCommands().end()) parts_ = argumentsOf(**command, call.subspan(2)).parts();
+    parts_ = argumentsOf(**command, call.subspan(2)).parts();
     const CureOptions none{CureWay()};
     given_.insert(meaningOf(besideCure(parts_, none), none)); // a call equal to the present one does not help
 }

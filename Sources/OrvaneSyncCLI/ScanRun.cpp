@@ -1,6 +1,7 @@
 #include "OrvaneSyncCLI/ScanRun.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
 
+#include "OrvaneSyncCLI/OperationProgress.h"
 #include "OrvaneSyncCLI/Printers.h"
 #include "OrvaneSyncCLI/ReportDoubt.h"
 #include "OrvaneSyncCLI/RunUntilDone.h"
@@ -29,43 +30,16 @@ FileURL folder(const std::string& path) {
     return {platform::files::standardized(path)};
 }
 
-using Folders = std::vector<FileURL>;
-
-Folders foldersNamed(const Arguments& arguments, std::string_view option) {
-    Folders folders;
-    for (const std::string& path : arguments.values(option)) folders.push_back(folder(path));
-    return folders;
-}
-
-std::optional<FileURL> takeFirst(Folders& folders) {
-    if (folders.empty()) return std::nullopt;
-    FileURL first = std::move(folders.front());
-    folders.erase(folders.begin());
-    return first;
-}
-
 void chooseFolders(ImportController& controller, const Arguments& arguments) {
-    Folders named = foldersNamed(arguments, "--video"), sounding = foldersNamed(arguments, "--audio");
-    Folders others;
-    for (const std::string& path : arguments.positionals()) others.push_back(folder(path));
-    std::optional<FileURL> video = takeFirst(named), audio = takeFirst(sounding);
-    // A folder without a kind may be either: the first two are used for the kinds that no option names.
-    if (!video && !others.empty()) {
-        video = others.front();
-        if (audio || others.size() > 1) others.erase(others.begin());
-    }
-    if (!audio) audio = takeFirst(others);
-    if (!video && !audio) throw UsageError("which folder? Name those that hold the clips and the recordings");
     ScanScope scope{.exclusions = arguments.values("--exclude")};
-    for (const Folders* more : {&named, &sounding, &others})
-        for (const FileURL& one : *more)
-            if (one != video && one != audio &&
-                std::ranges::find(scope.moreFolders, one) == scope.moreFolders.end())
-                scope.moreFolders.push_back(one);
+    // A scan searches each folder for both kinds of files.
+    for (const auto& paths :
+         {arguments.values("--video"), arguments.values("--audio"), arguments.positionals()})
+        for (const std::string& path : paths) scope.moreFolders.push_back(folder(path));
+    if (scope.moreFolders.empty())
+        throw UsageError("which folder? Name those that hold the clips and the recordings");
     if (std::ranges::find(scope.exclusions, std::string()) != scope.exclusions.end())
         throw UsageError("--exclude needs a pattern, such as '*_proxy*'");
-    controller.scan().setVideoFolderURL(std::move(video));
-    controller.scan().setAudioFolderURL(std::move(audio));
     controller.scan().setScope(std::move(scope));
     for (const char* option : {"--sound-offset", "--sound-date", "--tc-rate", "--days"}) {
         const std::vector<std::string> given = arguments.values(option);
@@ -142,17 +116,7 @@ ScanRun::ScanRun(Context& context, const Arguments& arguments, Folders folders)
     subscription_ = controller_->onChange([this](ImportField field) {
         if (field == ImportField::scanState && controller_->scan().scanState() != ScanState::done)
             show(progressText(controller_->scan().scanState()));
-        if (field == ImportField::progress && controller_->scan().progress().isActive())
-            progress_.show(controller_->scan().progress());
-        const LockitController::Progress& asked = controller_->lockit().progress();
-        if (field == ImportField::lockit && controller_->lockit().isSyncingLockit() && asked.days > 0)
-            progress_.show({"LockitNetwork", asked.day, asked.days});
-        const SmartAudioProgress& heard = controller_->smartAudio().state().progress;
-        if (field == ImportField::smartAudioProgress && heard.total > 0)
-            progress_.show({heard.phase, heard.current, heard.total}, heard.fraction);
-        const SmartAudioProgress& sought = controller_->atmo().state().progress;
-        if (field == ImportField::atmo && sought.total > 0)
-            progress_.show({sought.phase, sought.current, sought.total}, sought.fraction);
+        showProgress(progress_, *controller_, field);
     });
 }
 

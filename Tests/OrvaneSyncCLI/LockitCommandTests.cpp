@@ -52,7 +52,7 @@ class UserAtTerminal {
             const auto end = [&] { return user_.said_.find("\n\nOnce you"); };
             user_.changed_.wait(lock, [&] { return end() != std::string::npos; });
             const std::size_t start = user_.said_.find("http");
-            typed_ = "nonsense\n" + server_.callbackFor(user_.said_.substr(start, end() - start)) + "\n";
+            typed_ = "\nnonsense\n" + server_.callbackFor(user_.said_.substr(start, end() - start)) + "\n";
             setg(typed_.data(), typed_.data(), typed_.data() + typed_.size());
             return traits_type::to_int_type(typed_.front());
         }
@@ -131,7 +131,9 @@ TEST_F(LockitCommandTest, signsInListsAndWritesADocumentWithWhatTheServiceSays) 
     EXPECT_EQ(signedIn.status, 0) << signedIn.err;
     EXPECT_EQ(signedIn.json().find("isSignedIn")->boolean(), true);
     EXPECT_EQ(*signedIn.json().find("accountEmail")->string(), "script@example.com");
-    EXPECT_NE(signedIn.err.find("begins with orvane-tandrel://"), std::string::npos);
+    const std::size_t refused = signedIn.err.find("begins with orvane-tandrel://");
+    EXPECT_NE(refused, std::string::npos);
+    EXPECT_EQ(refused, signedIn.err.rfind("begins with orvane-tandrel://")) << "not for the empty line";
     EXPECT_NE(signedIn.err.find("not encrypted"), std::string::npos);
     EXPECT_NE(runWith({"lockit"}).out.find("Signed in to LockitNetwork as script@example.com."),
               std::string::npos);
@@ -258,8 +260,9 @@ TEST_F(LockitCommandTest, servesASessionFromTheSignInToTheExport) {
     // The command line opens the same session.
     call("undo");
     call("saveSession");
-    const Outcome synced = runWith({"lockit", "sync", "--session", id});
+    const Outcome synced = runWith({"lockit", "sync", "--session", id}, true);
     EXPECT_NE(synced.out.find("✓ Matched"), std::string::npos) << synced.err;
+    EXPECT_NE(synced.err.find("LockitNetwork 1/1"), std::string::npos) << synced.err;
     const auto groups =
         SessionStore(folder_.path("data/Orvane Tandrel/Sessions")).readGroups(*UUID::fromText(id));
     EXPECT_TRUE(groups.groups.front().hasLockitMetadata());

@@ -46,6 +46,13 @@ TEST(ExportPreviewText, SaysWhatHelps) {
           "settings won’t be applied in this export.\n");
 }
 
+TEST(AssetText, HasNoRowsForAbsentFacts) {
+    MediaAsset asset = test::audio("T.wav");
+    asset.bextOriginator = "";
+    const std::string text = assetText(asset, false);
+    for (const char* absent : {"recorder", "off-speed"}) EXPECT_EQ(text.find(absent), std::string::npos);
+}
+
 TEST(MatchText, SaysWhatIsCoveredWhereTheSoundWasMovedTo) {
     const struct {
         double offset, overlap, moved; ///< seconds

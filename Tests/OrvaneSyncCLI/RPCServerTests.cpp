@@ -136,8 +136,10 @@ TEST_F(RPCServer, servesOneMessageAtATimeInOrder) {
     server.whenIdle([&] { isIdle = true; });
     EXPECT_TRUE(said.empty());
     EXPECT_FALSE(isIdle);
+    EXPECT_TRUE(server.isWaitedFor());
     release();
     EXPECT_TRUE(isIdle);
+    EXPECT_FALSE(server.isWaitedFor());
     ASSERT_EQ(said.size(), 1001U);
     EXPECT_EQ(said.front(), R"({"id":1,"jsonrpc":"2.0","result":"waited"})");
     EXPECT_EQ(said.back(), R"({"id":2,"jsonrpc":"2.0","result":1000})");

@@ -139,10 +139,13 @@ TEST_F(CardsTest, aLineOfACopyIsThatOfTheFileThatIsUsed) {
     std::filesystem::copy(at("cardB"), at("offload2"));
     const std::string table = folder_.write(
         "in.tsv", "camera_file\tskip\noffload2/B001C001_261120_R1CD.mov\tx\noffload2/B001C002.mov\tx\n");
-    const Outcome sync = runWith(
-        {"sync", folder_.path(), "-o", at("out.fcpxml"), "--apply", table, "--no-smart-audio", "--no-cache"});
+    std::vector<std::string> words{"sync", folder_.path(),     "-o",        at("out.fcpxml"), "--apply",
+                                   table,  "--no-smart-audio", "--no-cache"};
+    const Outcome sync = runWith(words);
     ASSERT_EQ(sync.status, done) << sync.err;
     EXPECT_NE(sync.err.find("The review changes 1 clip."), std::string::npos) << sync.err;
+    words.emplace_back("--quiet");
+    EXPECT_EQ(runWith(words).err.find("The review changes"), std::string::npos);
     EXPECT_EQ(sync.err.find("line 2"), std::string::npos) << sync.err;
     EXPECT_NE(sync.err.find("line 3: there is no clip of the camera file"), std::string::npos) << sync.err;
 }

@@ -81,6 +81,8 @@ TEST_F(ShootTest, scanShowsATableToPeople) {
 }
 
 TEST_F(ShootTest, eachScanTellsOfFilesThatEndEarly) {
+    std::filesystem::remove(
+        folder_.path("camera/B001C001_261120_R1CD.mov")); // leaves one clip of the recording
     const std::string sound = folder_.path("sound/DAY1_T01.WAV");
     std::filesystem::resize_file(sound, std::filesystem::file_size(sound) / 2);
     const std::string cacheFile = folder_.path("cache/probe-cache.bin");
@@ -89,6 +91,7 @@ TEST_F(ShootTest, eachScanTellsOfFilesThatEndEarly) {
         const std::string told = runWith({command, folder_.path()}, false, cacheFile).out;
         for (const char* piece : {"DAY1_T01.WAV' ends early: ", "copy it again from the card"})
             EXPECT_NE(told.find(piece), std::string::npos) << command << ":\n" << told;
+        EXPECT_EQ(told.find("(1 clip)"), std::string::npos) << command;
         const JSON probed = runWith({"scan", folder_.path(), "--json"}, false, cacheFile).json();
         const auto& last = probed.find("scanResult")->find("audioAssets")->elements()->back();
         EXPECT_TRUE(id.empty() || id == *last.find("id")->string()) << "it is the same recording";
@@ -490,6 +493,14 @@ TEST_F(ShootTest, analyzeTellsMicrophonesApartAndDrawsTheTake) {
     ASSERT_TRUE(loudness.has_value());
     EXPECT_NEAR(*loudness, -0.7 + 10 * std::log10(0.6 * 0.3 * 0.3 / 2),
                 0.6); // a tone for three fifths of the time
+    std::vector<float> hum;
+    for (std::size_t i = 0; i < 2 * sampleRate; ++i)
+        hum.push_back(0.1F *
+                      std::sin(2 * std::numbers::pi_v<float> * 60 * static_cast<float>(i) / sampleRate));
+    test::WaveMaker().format({}).samples(hum).writeTo(folder_.path("hum.wav"));
+    const Outcome custom =
+        runWith({"analyze", folder_.path("hum.wav"), "--mode", "custom", "--set", "smartAudio.humFreq=60"});
+    EXPECT_NE(custom.out.find("Hum 60 Hz"), std::string::npos) << custom.out;
     EXPECT_EQ(runWith({"analyze", path, "--candidates", "3,9"}).status, wrongUsage);
     EXPECT_NE(
         runWith({"analyze", path, "--candidates", "2,9"}).err.find("warning: --candidates: there is no"),

@@ -64,6 +64,7 @@ TEST_F(ShortcutsCommand, decodesAndSaysWhatIsWrong) {
           "shift+, (⇧,)\n");
     check({"decode", "--code=8", "--text=c", "--plain=c", "--modifiers=Command,shift", "--json"}, 0,
           "{\n  \"key\": \"c\",\n  \"modifiers\": 3\n}\n");
+    check({"decode", "--code=0", "--text=a", "--plain=a"}, 0, "a (A)\n");
     check({"decode", "--code", "96", "--text", "5", "--json"}, 0, "null\n");
     check({"decode", "--code", "65536"}, 2, "0 to 65535");
     check({"decode", "--code", "8", "--modifiers", "shift,hyper"}, 2, "not 'hyper'");

@@ -49,7 +49,7 @@ TEST(LineWriter, neverHoldsUpWhoWritesAndKeepsTheOrder) {
     {
         cli::LineWriter lines(out);
         lines.write("first");
-        lines.write(std::string(cli::LineWriter::fullBytes, 'x'));
+        lines.write(std::string(cli::LineWriter::fullBytes - std::size("first\n"), 'x'));
         EXPECT_TRUE(lines.isFull());
         std::binary_semaphore hasRoom{0};
         lines.whenWritable([&] { hasRoom.release(); });

@@ -15,7 +15,7 @@ TEST(RateDoubts, OfTwoRatesThatKeepToOneClockTheStatedOneIsNamed) {
     }
     shot.diagnose();
     ASSERT_TRUE(shot.card(Kind::timecodeRate));
-    EXPECT_TRUE(shot.card(Kind::timecodeRate)->doubt.cure.text().starts_with("--tc-rate 30,"))
+    EXPECT_TRUE(shot.card(Kind::timecodeRate)->doubt.cure.text().starts_with("--tc-rate 30"))
         << shot.card(Kind::timecodeRate)->doubt.cure.text();
 }
 

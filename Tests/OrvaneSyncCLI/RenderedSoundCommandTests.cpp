@@ -2,6 +2,7 @@
 #include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncCLI/RunCommand.h"
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Calibration/SmartAudioCalibration.h"
 #include "Platform/AudioFile.h"
 #include "Support/Test.h"
 

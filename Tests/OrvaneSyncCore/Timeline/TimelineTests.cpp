@@ -90,6 +90,9 @@ TEST(TimelineRuler, choosesTicksAndNamesThem) {
     EXPECT_EQ(TimelineRuler::formatTime(-5), "-0:05");
     EXPECT_EQ(TimelineRuler::formatTime(-0.5), "0:00");
     EXPECT_EQ(TimelineRuler::formatTime(6000), "100:00");
+    for (const auto& [seconds, label] :
+         {std::pair(3599.9, "59:59"), {5400.6, "1:30:00"}, {-3600.0, "-1:00:00"}})
+        EXPECT_EQ(TimelineRuler::labelText(seconds), label);
 }
 
 TEST(Scrolling, givesWholeStepsAndKeepsTheRest) {

@@ -61,7 +61,7 @@ std::vector<TimelineLayout::Tick> TimelineLayout::ticks(double interval) const {
     for (double number = std::ceil(seconds(0) / interval) - 1; number * interval <= last; ++number) {
         const double at = number * interval;
         result.push_back(
-            {x(at), true, isWhole(at / labelEverySeconds) ? TimelineRuler::formatTime(std::round(at)) : ""});
+            {x(at), true, isWhole(at / labelEverySeconds) ? TimelineRuler::labelText(std::round(at)) : ""});
     }
     return result;
 }

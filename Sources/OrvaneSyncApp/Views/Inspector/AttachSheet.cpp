@@ -220,7 +220,7 @@ void AttachSheet::showPlaying() {
     const bool plays = player_->isPlaying();
     listen_->setText(plays ? tr("Pause") : tr("Listen"));
     listen_->setIcon(icon(plays ? Glyph::pause : Glyph::play));
-    const auto moment = [](double seconds) { return text(TimelineRuler::formatTime(std::floor(seconds))); };
+    const auto moment = [](double seconds) { return text(TimelineRuler::labelText(std::floor(seconds))); };
     if (isAsked_ && !player_->currentAssetID())
         return place_->setText(tr("This file cannot be read as sound."));
     place_->setText(player_->duration() > 0

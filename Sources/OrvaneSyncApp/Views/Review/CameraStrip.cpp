@@ -89,7 +89,7 @@ void CameraStrip::paintEvent(QPaintEvent*) {
             painter.setPen(all.line);
             painter.drawLine(QPointF(x, rulerHeight - 5), QPointF(x, height()));
             painter.setPen(all.facts);
-            const QString label = text(TimelineRuler::formatTime(at));
+            const QString label = text(TimelineRuler::labelText(at));
             // The last label is drawn before its tick if there is no room after it.
             const int labelWidth = painter.fontMetrics().horizontalAdvance(label) + space::tight;
             const double labelX = x + labelWidth > width() ? x - labelWidth : x + space::tight;

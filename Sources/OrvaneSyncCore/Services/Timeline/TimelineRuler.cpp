@@ -1,5 +1,7 @@
 #include "OrvaneSyncCore/Services/Timeline/TimelineRuler.h"
 
+#include "OrvaneSyncCore/Utilities/CountText.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -38,6 +40,12 @@ std::string TimelineRuler::formatTime(double seconds) {
     const std::string rest = std::to_string(magnitude % perMinute);
     return (whole < 0 ? "-" : "") + std::to_string(magnitude / perMinute) + ":" +
            (rest.size() < 2 ? "0" : "") + rest;
+}
+
+std::string TimelineRuler::labelText(double seconds) {
+    constexpr double anHour = 3600;
+    if (!(std::abs(seconds) >= anHour)) return formatTime(seconds);
+    return (seconds < 0 ? "-" : "") + clockText(std::trunc(std::abs(seconds)));
 }
 
 } // namespace orvane

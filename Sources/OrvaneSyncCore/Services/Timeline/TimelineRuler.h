@@ -18,5 +18,8 @@ double legibleInterval(double interval, double pointsPerSecond);
 /// Minutes and seconds, such as "2:05"; negative times have a minus sign.
 std::string formatTime(double seconds);
 
+/// The label of a moment: as `formatTime`, from one hour on with hours, such as "1:30:00".
+std::string labelText(double seconds);
+
 } // namespace TimelineRuler
 } // namespace orvane

@@ -60,8 +60,7 @@ void build(Context& context, const Arguments& arguments, CalibrationRun& run) {
     if (const auto source = arguments.value("--source")) {
         if (const std::string why = whyUnreadable(*source, false); !why.empty())
             throw CommandError("can't read '" + *source + "': " + why);
-        context.settings->setOverride(std::string(settings::calibInputAudio.key),
-                                      JSON(platform::files::standardized(*source)));
+        context.settings->setOverride(settings::calibInputAudio, platform::files::standardized(*source));
     }
     run.wait(run.calibration().buildMatrix(matrix), "Building the calibration...");
     const FileURL document = SmartAudioCalibration::documentFile();

@@ -87,7 +87,7 @@ void useFolder(Context& context, const Arguments& arguments, const SessionStore&
         const auto isOfThisKey = [option = key + "="](const std::string& text) {
             return text.starts_with(option);
         };
-        if (std::ranges::none_of(given, isOfThisKey)) context.settings->setOverride(key, std::move(value));
+        if (std::ranges::none_of(given, isOfThisKey)) context.settings->overrideByName(key, std::move(value));
     }
 }
 

@@ -11,7 +11,7 @@ namespace orvane::cli {
 namespace {
 
 JSON presentValue(const Context& context, const SettingDescription& setting) {
-    return context.settings->value(setting.key).value_or(defaultInUse(setting));
+    return context.settings->value(setting).value_or(defaultInUse(setting));
 }
 
 JSON describedJSON(const Context& context, const SettingDescription& setting) {
@@ -21,7 +21,7 @@ JSON describedJSON(const Context& context, const SettingDescription& setting) {
     json.set("type", std::string(name(setting.kind)));
     if (const JSON standard = defaultInUse(setting); !standard.isNull()) json.set("default", standard);
     if (const JSON value = presentValue(context, setting); !value.isNull()) json.set("value", value);
-    json.set("stored", context.settings->storedValue(setting.key).has_value());
+    json.set("stored", context.settings->storedValue(setting).has_value());
     if (const auto words = setting.choices; !words.empty()) {
         JSON::Array list;
         for (const std::string_view word : words) list.emplace_back(std::string(word));
@@ -71,7 +71,7 @@ void get(Context& context, const SettingDescription& setting, bool asJSON) {
 void store(Context& context, const SettingDescription& setting, const std::string& typed) {
     JSON value = settingValue(setting, typed);
     if (const auto problem = whyUseless(setting, value)) throw UsageError(*problem);
-    context.settings->set(setting.key, std::move(value)).wait();
+    context.settings->setByName(setting.key, std::move(value)).wait();
 }
 
 /// State that the program stores by itself can also be read and reset.
@@ -96,7 +96,7 @@ void settings(Context& context, const Arguments& arguments) {
                          "' is noted by the program itself; 'orvanesync shortcuts' changes keys");
     const SettingDescription& setting = readableSetting(words[1]);
     if (verb == "set") store(context, setting, words[2]);
-    if (verb == "unset") context.settings->remove(setting.key).wait();
+    if (verb == "unset") context.settings->remove(setting).wait();
     if (verb == "get" || asJSON) get(context, setting, asJSON);
 }
 

@@ -83,7 +83,7 @@ void checkStartOfOffset(const Context& context, ScanRun& run) {
     if (!start || start->components().frames < frames) return;
     const std::string problem = std::string(setting.key) + "=" + *text + ": of most clips, frames go to " +
                                 std::to_string(frames - 1);
-    if (context.settings->storedValue(setting.key) != context.settings->value(setting.key))
+    if (context.settings->storedValue(setting) != context.settings->value(setting))
         throw UsageError("--set: " + problem);
     run.warn("stored settings: " + problem);
 }

@@ -115,7 +115,7 @@ void applyOverrides(const Context& context, const Arguments& arguments) {
         const std::string key = assignment.substr(0, equals), text = assignment.substr(equals + 1);
         const SettingDescription& setting = knownSetting(key);
         const platform::JSON value = settingValue(setting, text);
-        context.settings->setOverride(key, value);
+        context.settings->overrideByName(key, value);
         if (const auto problem = whyUseless(setting, value)) throw UsageError("--set: " + *problem);
     }
 }

@@ -60,9 +60,9 @@ void chooseFolders(ImportController& controller, const Arguments& arguments) {
 void chooseDays(Context& context, const Arguments& arguments) {
     const auto days = arguments.value("--days");
     if (!days) return;
-    const SettingDescription& setting = settings::matchingDays;
-    if (const auto problem = whyUseless(setting, *days)) throw UsageError("--days: " + *problem);
-    context.settings->setOverride(setting.key, *days);
+    if (const auto problem = whyUseless(settings::matchingDays, *days))
+        throw UsageError("--days: " + *problem);
+    context.settings->overrideByName(settings::matchingDays.key, *days);
 }
 
 } // namespace

@@ -4,26 +4,21 @@
 
 namespace orvane::platform {
 
-std::optional<JSON> SettingsStore::value(std::string_view key) const {
+std::optional<JSON> SettingsStore::valueByName(std::string_view key) const {
     const std::lock_guard lock(mutex_);
     for (const Values* values : {&overrides_, &stored_, &registered_})
         if (const auto found = values->find(key); found != values->end()) return found->second;
     return std::nullopt;
 }
 
-std::optional<JSON> SettingsStore::storedValue(std::string_view key) const {
+std::optional<JSON> SettingsStore::storedByName(std::string_view key) const {
     const std::lock_guard lock(mutex_);
     const auto found = stored_.find(key);
     return found == stored_.end() ? std::nullopt : std::optional(found->second);
 }
 
-SettingsWrite SettingsStore::set(std::string_view key, JSON value) {
-    if (value.isNull()) return remove(key);
-    return change({{std::string(key), std::move(value)}});
-}
-
-SettingsWrite SettingsStore::remove(std::string_view key) {
-    return change({{std::string(key), std::nullopt}});
+SettingsWrite SettingsStore::setByName(std::string_view key, JSON value) {
+    return setAll({{std::string(key), std::move(value)}});
 }
 
 SettingsWrite SettingsStore::setAll(const Values& values) {
@@ -38,7 +33,7 @@ void SettingsStore::registerDefaults(Values defaults) {
     for (auto& [key, value] : defaults) registered_.insert_or_assign(key, std::move(value));
 }
 
-void SettingsStore::setOverride(std::string_view key, JSON value) {
+void SettingsStore::overrideByName(std::string_view key, JSON value) {
     {
         const std::lock_guard lock(mutex_);
         const auto [held, isNew] = overrides_.try_emplace(std::string(key), value);

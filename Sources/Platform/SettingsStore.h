@@ -12,6 +12,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace orvane::platform {
@@ -25,10 +27,6 @@ class SettingsStore {
 
     virtual ~SettingsStore() = default;
 
-    std::optional<JSON> value(std::string_view key) const;
-    /// The stored value alone, without this run's overrides and registered defaults.
-    std::optional<JSON> storedValue(std::string_view key) const;
-
     /// The value of a setting; its default if the key is absent or its value is not accepted.
     template <class T>
     T get(const Setting<T>& setting) const {
@@ -38,21 +36,40 @@ class SettingsStore {
     /// As above, without the default.
     template <class T>
     std::optional<T> find(const Setting<T>& setting) const {
-        const auto held = value(setting.key);
+        const auto held = value(setting);
         return held ? setting.read(*held) : std::nullopt;
+    }
+    /// The value as it is, accepted or not.
+    std::optional<JSON> value(const SettingDescription& setting) const { return valueByName(setting.key); }
+    /// The stored value alone, without this run's overrides and registered defaults.
+    std::optional<JSON> storedValue(const SettingDescription& setting) const {
+        return storedByName(setting.key);
     }
 
     /// Every reader sees the value at once; it is written afterwards, in the order of the changes. If writing
-    /// fails, the value is taken back. A null value removes the key.
-    SettingsWrite set(std::string_view key, JSON value);
-    SettingsWrite remove(std::string_view key);
-    /// Several values in one write: all or none.
+    /// fails, the value is taken back.
+    template <class T>
+    SettingsWrite set(const Setting<T>& setting, const std::type_identity_t<T>& value) {
+        return setByName(setting.key, setting.write(value));
+    }
+    SettingsWrite remove(const SettingDescription& setting) { return setByName(setting.key, nullptr); }
+    /// A value for this process alone, before the stored one. Never written to the store.
+    template <class T>
+    void setOverride(const Setting<T>& setting, const std::type_identity_t<T>& value) {
+        overrideByName(setting.key, setting.write(value));
+    }
+
+    // For keys and values that come from a user or a file: the text of a key is not checked.
+    std::optional<JSON> valueByName(std::string_view key) const;
+    std::optional<JSON> storedByName(std::string_view key) const;
+    /// A null value removes the key.
+    SettingsWrite setByName(std::string_view key, JSON value);
+    void overrideByName(std::string_view key, JSON value);
+    /// Several values in one write, all or none; a null value removes its key.
     SettingsWrite setAll(const Values& values);
 
     /// Values that apply when nothing is stored. Never written to the store.
     void registerDefaults(Values defaults);
-    /// Values for this process alone, before the stored ones. Never written to the store.
-    void setOverride(std::string_view key, JSON value);
 
     /// Calls back after every change, outside the store's lock: on the thread that made the change, or on the
     /// store's own if another process made it or a write failed. Setting a key to its present value is no

@@ -73,7 +73,7 @@ TEST_F(AtmoControllerTest, aSceneHasOneRoomToneInTheDocument) {
     EXPECT_EQ(text.find("/12A=Atmo.wav"), text.rfind("/12A=Atmo.wav"));
     EXPECT_NE(text.find("/12A=Atmo.wav"), std::string::npos);
 
-    settings_->setOverride(settings::atmoIncludeInExport.key, false);
+    settings_->setOverride(settings::atmoIncludeInExport, false);
     build("12A");
     EXPECT_FALSE(controller_->work().wildTracks().back().isApproved);
 }

@@ -120,7 +120,7 @@ TEST_F(EditingTest, whatMakesNoDifferenceIsNoStep) {
     controller_->recordings().removeAudioMatch(id(1), group(1).audioMatches[0].id);
     ASSERT_FALSE(controller_->work().wildTracks().empty());
     const UUID match = group().audioMatches.front().id, wild = controller_->work().wildTracks()[0].id;
-    settings_->set(settings::trimMode.key, "overlap");
+    settings_->set(settings::trimMode, TrimMode::overlap);
     nudge();
     controller_->undo();
     const UndoState before = controller_->work().undoState();
@@ -134,7 +134,7 @@ TEST_F(EditingTest, whatMakesNoDifferenceIsNoStep) {
          }},
         {"the same wild track", [&] { controller_->recordings().renameWildTrack(wild, ""); }},
         {"the setting that it has",
-         [&] { controller_->changeSetting(undoSteps::setTrimMode, settings::trimMode.key, "overlap"); }},
+         [&] { controller_->changeSetting(undoSteps::setTrimMode, settings::trimMode, TrimMode::overlap); }},
     };
     for (const auto& [name, edit] : edits) {
         controller_->withUndo({"Nothing"}, edit);
@@ -384,8 +384,8 @@ TEST_F(EditingTest, masterGainGoesBackToTheMeasurement) {
     change(0, [](SyncGroup& group) { group.measuredLUFS = -30; });
     controller_->tracks().setMasterGain(id(), 6, false);
     EXPECT_EQ(group().masterGainDB, 6);
-    settings_->set("smartAudio.targetLUFS", -20.0);
-    settings_->set("smartAudio.preset", "Documentary");
+    settings_->setByName("smartAudio.targetLUFS", -20.0);
+    settings_->setByName("smartAudio.preset", "Documentary");
     controller_->tracks().resetMasterGain(id());
     EXPECT_DOUBLE_EQ(group().masterGainDB, 10);
     EXPECT_TRUE(group().masterGainAuto);
@@ -481,7 +481,7 @@ TEST_F(EditingTest, batchRenamingIsOneStepAndOneNotice) {
     const auto subscription = controller_->onChange([&](ImportField field) {
         if (field == ImportField::syncGroups) ++notices;
     });
-    settings_->set("clipNamingSource", "audio");
+    settings_->setByName("clipNamingSource", "audio");
     controller_->clips().applyBatchRename(renamer);
     EXPECT_EQ(notices, 1);
     controller_->clips().applyBatchRename(renamer, std::vector<UUID>());

@@ -47,7 +47,7 @@ TEST_F(ImportControllerTest, turnsTwoFoldersIntoClipsAndWildTracks) {
     EXPECT_EQ(controller_->work().syncClipCount(), 2);
     EXPECT_EQ(controller_->work().mosCount(), 1);
     EXPECT_EQ(controller_->work().displayNames().at(clip("A001C001")->id), "12A-3 Cam A");
-    settings_->set("clipNamingSource", "video");
+    settings_->setByName("clipNamingSource", "video");
     EXPECT_EQ(controller_->work().displayNames().at(clip("A001C001")->id), "A001C001_261120_R1AB");
 }
 
@@ -320,7 +320,7 @@ TEST_F(ImportControllerTest, exportsSettledClipsWithTheSettingsOfTheSheet) {
     EXPECT_EQ(controller_->exporting().exportSettings({}).outputWidth, 1920) << "without clips";
     test::makeSmallShoot(folder_.path());
     scan(folder("camera"), folder("sound"));
-    settings_->set("eventName", "Stored");
+    settings_->setByName("eventName", "Stored");
     EXPECT_EQ(controller_->exporting().exportSettings({}).get(settings::eventName), "Stored");
     ExportController::Options options;
     options.eventName = "Day 1";
@@ -395,8 +395,8 @@ TEST_F(ImportControllerTest, namesTheColumnByWhichMoreRowsFindTheirClips) {
     EXPECT_EQ(controller_->reports().rowsWithoutClip().size(), 2U);
     const std::string column = controller_->reports().betterColumn();
     EXPECT_NE(column, "") << "by the roll both rows name clips";
-    settings_->set("ale.matchField", "column");
-    settings_->set("ale.matchColumn", column);
+    settings_->setByName("ale.matchField", "column");
+    settings_->setByName("ale.matchColumn", column);
     finish(controller_->reports().loadALE(folder("report.csv")));
     EXPECT_TRUE(controller_->reports().rowsWithoutClip().empty());
     EXPECT_EQ(controller_->reports().betterColumn(), "");

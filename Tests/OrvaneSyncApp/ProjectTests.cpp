@@ -340,7 +340,7 @@ TEST_F(ProjectTest, aDocumentGoesByWhatItsClipsWereMatchedBy) {
             .fcpxmlString;
     };
     controller_->scan().setCorrections({.soundOffset = "00:00:02:00"});
-    settings_->set(settings::matchingDays.key, "neighbours");
+    settings_->set(settings::matchingDays, MatchingDays::neighbours);
     EXPECT_EQ(ended(controller_->scan().startScan()), "");
     controller_->withUndo({"Edit"}, [&] { controller_->clips().togglePickup(clip().id); });
     const std::string matched = document();
@@ -354,11 +354,11 @@ TEST_F(ProjectTest, aDocumentGoesByWhatItsClipsWereMatchedBy) {
     EXPECT_EQ(document(), matched);
 
     // The days are those of the project, until others are chosen.
-    settings_->remove(settings::matchingDays.key);
+    settings_->remove(settings::matchingDays);
     controller_ = make();
     EXPECT_EQ(ended(controller_->project().loadProject(file_)), "");
     EXPECT_EQ(controller_->work().matchRules().days, MatchingDays::neighbours);
-    settings_->set(settings::matchingDays.key, "same");
+    settings_->set(settings::matchingDays, MatchingDays::same);
     EXPECT_EQ(ended(controller_->scan().startScan()), "");
     EXPECT_EQ(controller_->work().matchRules().days, MatchingDays::same);
 }

@@ -69,7 +69,7 @@ TEST_F(RenderedAudioControllerTest, playsWhatWasRenderedLast) {
     finish(rendered().runVoiceIsolationForGroup(id_));
     EXPECT_NE(state().viProcessedURLs.at(id_), ofRecording);
 
-    settings_->set(settings::playbackAppliesSmartAudio.key, platform::JSON(false));
+    settings_->set(settings::playbackAppliesSmartAudio, false);
     EXPECT_EQ(plays(), "mixdown");
     finish(rendered().runVoiceIsolationForGroup(id_));
     EXPECT_FALSE(state().viProcessedURLs.contains(id_));
@@ -132,7 +132,7 @@ TEST_F(RenderedAudioControllerTest, theClipOnScreenIsKeptUpToDate) {
     settle();
     EXPECT_EQ(played, (std::vector<std::string>{"", "vi"}));
     const FileURL before = state().viProcessedURLs.at(id_);
-    settings_->set(settings::smartAudioPreset.key, platform::JSON("Documentary"));
+    settings_->set(settings::smartAudioPreset, SmartAudioLook::documentary);
     ASSERT_TRUE(mainThread_->waitUntil([&] { return state().viProcessedURLs.at(id_) != before; }));
     shown.show(std::nullopt);
     played.clear();
@@ -153,7 +153,7 @@ TEST_F(RenderedAudioControllerTest, theReviewHearsWhatIsRenderedAndNothingStale)
     const int seeks = player.seeks;
     const int sounds = player.sounds;
     EXPECT_GE(sounds, 2) << "the preview of the recording, then that of the blocks";
-    settings_->set(settings::smartAudioPreset.key, platform::JSON("Documentary"));
+    settings_->set(settings::smartAudioPreset, SmartAudioLook::documentary);
     EXPECT_EQ(rendered().currentAudioURL(id_), state().mixdownURLs.at(id_))
         << "until the preview is made anew";
     ASSERT_TRUE(mainThread_->waitUntil([&] { return player.sounds == sounds + 2; }));

@@ -356,17 +356,17 @@ TEST_F(SessionManagerTest, settingsFollowTheWorkIntoItsFolder) {
         const FolderInfo* info = manager_->folders().find(folder);
         return info == nullptr ? std::nullopt : info->activeSettingsSnapshot;
     };
-    settings_->set("eventName", "two");
+    settings_->setByName("eventName", "two");
     mainThread_->advance(400ms);
-    settings_->set("trimMode", "video");
+    settings_->setByName("trimMode", "video");
     mainThread_->advance(400ms);
     EXPECT_EQ(captured("Two"), std::nullopt); // only the last change counts
     mainThread_->advance(100ms);
     EXPECT_EQ(captured("Two"), R"({"eventName":"two","trimMode":"video"})");
-    settings_->set("eventName", "late");
+    settings_->setByName("eventName", "late");
     finish(manager_->load(first, controller_)); // does not wait for the half second
     EXPECT_EQ(captured("Two"), R"({"eventName":"late","trimMode":"video"})");
-    settings_->set("eventName", "one");
+    settings_->setByName("eventName", "one");
     mainThread_->advance(1s);
     finish(manager_->load(second, controller_));
     EXPECT_EQ(settings_->get(settings::eventName), "late");

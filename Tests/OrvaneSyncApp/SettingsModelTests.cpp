@@ -58,7 +58,7 @@ TEST_F(SettingsModelTest, everySettingHasOneRowWhoseChoicesItTakes) {
 TEST_F(SettingsModelTest, aRowSaysWhatHoldsAndWhatIsWrong) {
     const SettingRow& trim = rowOf(settings::trimMode);
     EXPECT_FALSE(model_.isChanged(trim));
-    store_->set(settings::trimMode.key, "banana");
+    store_->setByName(settings::trimMode.key, "banana");
     SettingRemark remark = model_.remark(trim);
     EXPECT_EQ(remark.kind, SettingRemark::Kind::mistake);
     EXPECT_NE(remark.text.find("banana"), std::string::npos);
@@ -68,25 +68,25 @@ TEST_F(SettingsModelTest, aRowSaysWhatHoldsAndWhatIsWrong) {
 
     // A value that is not in the list of choices is kept and shown.
     const SettingRow& loudness = rowOf(settings::smartAudioTargetLUFS);
-    store_->set(settings::smartAudioTargetLUFS.key, -18.5);
+    store_->set(settings::smartAudioTargetLUFS, -18.5);
     const auto choices = model_.choices(loudness);
     EXPECT_EQ(choices.size(), loudness.choices.size() + 1);
     EXPECT_EQ(model_.chosen(loudness, choices), choices.size() - 1);
-    store_->set(settings::smartAudioMode.key, " STUDIO");
+    store_->setByName(settings::smartAudioMode.key, " STUDIO");
     EXPECT_EQ(model_.choices(rowOf(settings::smartAudioMode)).size(), 5U);
     EXPECT_NE(model_.remark(rowOf(settings::smartAudioMode)).text.find("-23 LUFS"), std::string::npos);
     EXPECT_FALSE(model_.isEnabled(rowOf(settings::smartAudioVoiceIso))) << "the mode sets it";
 
     const SettingRow& width = rowOf(settings::alternateWidth);
-    store_->set(settings::videoResolution.key, "alternate");
+    store_->set(settings::videoResolution, VideoResolutionMode::useAlternateFrameSize);
     EXPECT_FALSE(model_.isEnabled(width));
-    store_->set(settings::aspectRatio.key, "custom");
+    store_->set(settings::aspectRatio, "custom");
     EXPECT_TRUE(model_.isEnabled(width));
 
     const SettingRow& pattern = rowOf(settings::customNamingPattern);
-    store_->set(settings::customNamingPattern.key, "{scene:3}");
+    store_->set(settings::customNamingPattern, "{scene:3}");
     EXPECT_EQ(model_.remark(pattern).kind, SettingRemark::Kind::none) << "the pattern does not count yet";
-    store_->set(settings::clipNamingSource.key, "custom");
+    store_->set(settings::clipNamingSource, ClipNamingSource::custom);
     EXPECT_EQ(model_.remark(pattern).kind, SettingRemark::Kind::doubt);
 }
 
@@ -172,7 +172,7 @@ TEST_F(SettingsModelTest, tablesSayWhatMeetsInOnePlace) {
     EXPECT_EQ(store_->get(settings::defaultSubroles[0]), "Boom");
     EXPECT_EQ(store_->get(settings::defaultSubroles[2]), "Mix");
     EXPECT_TRUE(roles.sharedRoles().empty());
-    store_->set(settings::defaultSubroles[7].key, "Mix");
+    store_->set(settings::defaultSubroles[7], "Mix");
     EXPECT_NE(RoleList(*store_).sharedRoles().find("tracks 3 and 8 share “Mix”"), std::string::npos);
 
     const std::vector<LockitProject> projects{{"p1", "Winter", {}, {}, {}}};

@@ -143,15 +143,15 @@ TEST_F(SmartAudioDriverTest, hearsEverySettledClipWithSound) {
 }
 
 TEST_F(SmartAudioDriverTest, aRequestForOneClipAlwaysHearsItAndMeasuresItsLoudness) {
-    settings_->set("smartAudioMode", "off");
+    settings_->setByName("smartAudioMode", "off");
     analyse(clip("D001")->id);
     ASSERT_NE(result("D001"), nullptr);
     EXPECT_EQ(result("D001")->tracks.at(1).loudnessAmount, 0.3F); // as in the mode Standard
     EXPECT_EQ(active("D001"), Tracks{2});
 
-    settings_->set("smartAudioMode", " Cinematic ");
-    settings_->set("smartAudio.targetLUFS", -23);
-    settings_->set("smartAudio.preset", "Cinematic");
+    settings_->setByName("smartAudioMode", " Cinematic ");
+    settings_->setByName("smartAudio.targetLUFS", -23);
+    settings_->setByName("smartAudio.preset", "Cinematic");
     analyse(clip("A001")->id);
     EXPECT_EQ(result("A001")->tracks.at(1).loudnessAmount, 0.6F);
     const auto measured = LUFSMeter::measureIntegratedLUFS(clip("A001")->audioMatches.at(0).audio->url);
@@ -209,10 +209,10 @@ TEST_F(SmartAudioDriverTest, leavesAClipAloneWhoseChannelsAreAllExcluded) {
     const auto warnings = smartAudioWarnings(WorkSnapshot(*controller_));
     ASSERT_EQ(warnings.size(), 1U);
     EXPECT_TRUE(warnings[0].starts_with("Smart Audio left out A001.mov: ")) << warnings[0];
-    settings_->set("smartAudio.blockMode", "coarse");
+    settings_->setByName("smartAudio.blockMode", "coarse");
     EXPECT_FALSE(controller_->smartAudio().isOutdated(a)) << "it has no result";
     EXPECT_EQ(controller_->smartAudio().outdatedCount(), 1U);
-    settings_->remove("smartAudio.blockMode");
+    settings_->setByName("smartAudio.blockMode", nullptr);
 
     finish(controller_->tracks().toggleAlgorithmInclusion(a, 2));
     ASSERT_NE(result("A001"), nullptr) << "heard again once there is a channel";
@@ -323,7 +323,7 @@ TEST_F(SmartAudioDriverTest, togglingStartsFromWhatIsHeard) {
 
 TEST_F(SmartAudioDriverTest, startsByItselfOnlyWhereTheSettingWasWritten) {
     const auto check = [&](const char* stored, bool isOn, std::size_t results) {
-        if (stored != nullptr) settings_->set("smartAudioMode", stored);
+        if (stored != nullptr) settings_->setByName("smartAudioMode", stored);
         controller_->smartAudio().setAnalysesAfterScan(isOn);
         finish(controller_->scan().startScan());
         finish(controller_->smartAudio().waitForAnalysisAfterScan());
@@ -370,7 +370,7 @@ TEST_F(SmartAudioDriverTest, aResultAnswersWhatTheClipIsWhenItComes) {
             if (wasKnown) analyse(id);
             controller_->withUndo(undoSteps::toggleTrackActive,
                                   [&] { controller_->clips().toggleApproved(id); });
-            if (!wasKnown) settings_->set("smartAudioMode", "standard");
+            if (!wasKnown) settings_->setByName("smartAudioMode", "standard");
             const auto listening = controller_->smartAudio().runSmartAudioForGroup(id, false);
             meanwhile(id);
             finish(listening);
@@ -379,7 +379,7 @@ TEST_F(SmartAudioDriverTest, aResultAnswersWhatTheClipIsWhenItComes) {
             const bool isUntouched = !wasKnown && !isHeard;
             EXPECT_EQ(active("A001"), isUntouched ? Tracks{} : expectedActive);
             EXPECT_EQ(clip("A001")->measuredLUFS.has_value(), isHeard || wasKnown);
-            settings_->remove("smartAudioMode");
+            settings_->setByName("smartAudioMode", nullptr);
         }
     };
     check("nothing", [](const UUID&) {}, true, {2});
@@ -472,9 +472,9 @@ TEST_F(SmartAudioDriverTest, oneReadingAnswersAllChangesMadeBeforeIt) {
     EXPECT_EQ(steps.front().fraction, 0);
 
     // A change of the options does not affect the running reading.
-    settings_->set("smartAudioMode", "studio");
+    settings_->setByName("smartAudioMode", "studio");
     controller_->tracks().soloTrackActive(a, 3);
-    settings_->set("smartAudioMode", "cinematic");
+    settings_->setByName("smartAudioMode", "cinematic");
     controller_->tracks().soloTrackActive(a, 4);
     settle();
     EXPECT_EQ(result("A001")->tracks.at(1).loudnessAmount, 0.6F);
@@ -567,11 +567,11 @@ TEST_F(SmartAudioDriverTest, resultsComeBackWithTheirClipsAndTellWhatTheyWereMad
     EXPECT_FALSE(controller_->smartAudio().state().results.contains(changed));
 
     EXPECT_EQ(controller_->smartAudio().outdatedCount(), 0U);
-    settings_->set("smartAudio.blockMode", "coarse");
+    settings_->setByName("smartAudio.blockMode", "coarse");
     EXPECT_EQ(controller_->smartAudio().outdatedCount(), all - 1);
     analyseAll();
     EXPECT_EQ(controller_->smartAudio().outdatedCount(), 0U);
-    settings_->set("smartAudio.blockMode", "fine");
+    settings_->setByName("smartAudio.blockMode", "fine");
     analyseAll(false, SmartAudioMode::off);
     EXPECT_EQ(controller_->smartAudio().outdatedCount(), 0U) << "what has no result";
 }
@@ -637,9 +637,9 @@ TEST_F(SmartAudioDriverTest, aScanAfterWhichTheDecisionsAreKeptKeepsTheResults) 
 
 TEST_F(SmartAudioDriverTest, outdatedResultsAreMadeAgainEachInItsMode) {
     analyseAll();
-    settings_->set("smartAudioMode", "studio");
+    settings_->setByName("smartAudioMode", "studio");
     analyse(clip("B001")->id);
-    settings_->set("smartAudio.blockMode", "coarse");
+    settings_->setByName("smartAudio.blockMode", "coarse");
     ASSERT_EQ(controller_->smartAudio().outdatedCount(), 2U);
     finish(controller_->smartAudio().reanalyseOutdated());
     EXPECT_EQ(controller_->smartAudio().outdatedCount(), 0U);

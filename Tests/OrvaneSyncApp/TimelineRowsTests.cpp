@@ -78,7 +78,7 @@ TEST_F(TimelineRowsTest, SayWhatTheAnalysisFoundAndWhatWasChosenByHand) {
     EXPECT_EQ(tileOpacity(known.blocks[0]), 0.55);
     EXPECT_EQ(tileOpacity(known.blocks[1]), 1);
     EXPECT_EQ(tileOpacity(known.blocks[2]), 0.08);
-    settings_.set(settings::bestChannelMode.key, "perClip");
+    settings_.set(settings::bestChannelMode, BestChannelMode::perClip);
     madeWith_.blockSettings.blockMode = BlockMode::coarse;
     EXPECT_EQ(rows().summary, "Smart Audio chose Track 1 · Coarse · 4s blocks");
 

@@ -96,7 +96,7 @@ TEST_F(TimelineTest, aClipWithoutARateCountsAsItsDocumentDoes) {
     controller_->timeline().nudgeByFrames(id_, 3);
     EXPECT_NEAR(group().manualAudioOffsetSeconds, 0.1, 1e-12);
     EXPECT_EQ(reviewLines(WorkSnapshot(*controller_)).front()[ReviewColumn::offsetFrames], "3");
-    settings_->set(settings::targetFrameRate.key, 50.0);
+    settings_->set(settings::targetFrameRate, 50.0);
     EXPECT_EQ(controller_->timeline().timelineFrameRate(group()), 50);
 }
 

@@ -61,11 +61,11 @@ TEST_F(WorkDoubtsTest, FollowTheWorkAndItsSettings) {
     EXPECT_EQ(kinds(), Kinds{});
     open(test::video("A.mov", "10:00:00:00", 60), test::audio("T.wav", "09:59:50:00", 50));
     EXPECT_EQ(kinds(), (Kinds{Kind::shortSound, Kind::cutByTrim}));
-    controller_->changeSetting(undoSteps::setTrimMode, settings::trimMode.key, "overlap");
+    controller_->changeSetting(undoSteps::setTrimMode, settings::trimMode, TrimMode::overlap);
     EXPECT_EQ(kinds(), Kinds{}) << "cut to the sound";
     controller_->undo();
     EXPECT_EQ(kinds().size(), 2U);
-    EXPECT_EQ(settings_->value(settings::trimMode.key), std::nullopt) << "the default, as it was";
+    EXPECT_EQ(settings_->value(settings::trimMode), std::nullopt) << "the default, as it was";
     controller_->redo();
     EXPECT_EQ(kinds(), Kinds{});
     const UUID clip = controller_->work().syncGroups().front().id;
@@ -301,7 +301,7 @@ TEST_F(WorkDoubtsTest, FindTheirClipsInTheListAndLeaveThemWithTheDoubt) {
     EXPECT_FALSE(results.row(0).isAnalysed);
     EXPECT_EQ(listed(Filter::doubtful), "A");
     EXPECT_EQ(results.counts(), (ResultsViewModel::Counts{2, 1, 1, 1}));
-    controller_->changeSetting(undoSteps::setTrimMode, settings::trimMode.key, "overlap");
+    controller_->changeSetting(undoSteps::setTrimMode, settings::trimMode, TrimMode::overlap);
     finish(controller_->derivedDoubts().derive());
     EXPECT_EQ(files(), "") << "a list of doubts follows them";
 }

@@ -39,9 +39,9 @@ class KeptWork : public testing::Test {
         manager->save(*controller);
         finish(manager->flush());
         manager->folders().setMetadataPrefix("Dreh", "x.");
-        settings_->set("eventName", "Of the folder");
+        settings_->setByName("eventName", "Of the folder");
         manager->places().captureSettings();
-        settings_->remove("eventName");
+        settings_->setByName("eventName", nullptr);
         session_ = manager->currentSessionId()->text();
         finish(controller->project().saveProject({project_}));
     }

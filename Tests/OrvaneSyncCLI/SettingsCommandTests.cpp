@@ -52,8 +52,8 @@ TEST_F(SettingsCommand, keepsWhatItWasToldAndRefusesWhatNobodyReads) {
     check({"set", "trimMode"}, 2, "takes a key and a value");
     check({"get", "trimMode", "x"}, 2, "takes one key");
     check({"forget", "trimMode"}, 2, "get, set or unset");
-    EXPECT_TRUE(store->storedValue("eventName").has_value());
-    EXPECT_FALSE(store->storedValue("trimMode").has_value());
+    EXPECT_TRUE(store->storedByName("eventName").has_value());
+    EXPECT_FALSE(store->storedByName("trimMode").has_value());
 }
 
 } // namespace

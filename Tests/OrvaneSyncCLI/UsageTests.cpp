@@ -159,7 +159,7 @@ TEST(Settings, aValueThatNobodyTakesIsAnErrorAndAWarningWhereItIsStored) {
         const auto store = std::make_shared<platform::MemorySettingsStore>();
         const std::size_t equals = assignment.find('=');
         const std::string key = assignment.substr(0, equals), value = assignment.substr(equals + 1);
-        store->set(key, value == "7" ? JSON(7) : value == "-0.1" ? JSON(-0.1) : JSON(value));
+        store->setByName(key, value == "7" ? JSON(7) : value == "-0.1" ? JSON(-0.1) : JSON(value));
         const Outcome stored = runWith({"timecode", "rate-of", "25"}, false, {}, store);
         EXPECT_EQ(stored.status, done);
         EXPECT_NE(stored.err.find("warning: stored settings: "), std::string::npos);

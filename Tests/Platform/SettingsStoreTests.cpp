@@ -26,18 +26,25 @@ using test::TemporaryDirectory;
 
 constexpr Setting<int> a{"a"}, b{"b"}, k{"k", 9};
 
+/// A key that code writes is a declaration, so that a mistyped one does not compile.
+template <class Key>
+concept CanBeSet = requires(SettingsStore& store, const Key& key) {
+    store.set(key, 1);
+};
+static_assert(CanBeSet<Setting<int>> && !CanBeSet<std::string_view>);
+
 TEST(SettingsStore, overridesThenStoredThenRegistered) {
     MemorySettingsStore store;
     store.registerDefaults({{"k", 1}});
     EXPECT_EQ(store.get(k), 1);
-    EXPECT_EQ(store.storedValue("k"), std::nullopt);
-    store.set("k", 2);
+    EXPECT_EQ(store.storedValue(k), std::nullopt);
+    store.set(k, 2);
     EXPECT_EQ(store.get(k), 2);
-    store.setOverride("k", 3);
+    store.setOverride(k, 3);
     EXPECT_EQ(store.get(k), 3);
-    EXPECT_EQ(store.storedValue("k"), JSON(2));
-    store.set("k", nullptr);
-    EXPECT_EQ(store.storedValue("k"), std::nullopt);
+    EXPECT_EQ(store.storedValue(k), JSON(2));
+    store.remove(k);
+    EXPECT_EQ(store.storedValue(k), std::nullopt);
 }
 
 TEST(SettingsStore, readsConvertibleTypes) {
@@ -66,8 +73,8 @@ TEST(SettingsStore, readsConvertibleTypes) {
     EXPECT_EQ(store.find(size), std::nullopt) << "case and blanks count";
     size.details.choicesInAnyCase = true;
     EXPECT_EQ(store.get(size), Size::large);
-    store.set(size.key, size.write(Size::small));
-    EXPECT_EQ(store.storedValue("size"), JSON("small"));
+    store.set(size, Size::small);
+    EXPECT_EQ(store.storedByName("size"), JSON("small"));
 }
 
 TEST(SettingsStore, reportsChangesOutsideTheLock) {
@@ -76,13 +83,13 @@ TEST(SettingsStore, reportsChangesOutsideTheLock) {
     auto subscription = store.onChange([&](const std::string& key) {
         heard.push_back(key + "=" + std::to_string(store.get(Setting<int>(key, -1))));
     });
-    store.set("a", 1);
-    store.set("a", 1);
-    store.setOverride("b", 2);
-    store.remove("a");
-    store.remove("never there");
+    store.set(a, 1);
+    store.set(a, 1);
+    store.setOverride(b, 2);
+    store.remove(a);
+    store.setByName("never there", nullptr);
     subscription.reset();
-    store.set("c", 3);
+    store.set(k, 3);
     EXPECT_EQ(heard, (std::vector<std::string>{"a=1", "b=2", "a=-1"}));
 }
 
@@ -91,17 +98,17 @@ TEST(FileSettingsStore, isStoredAndSeesOtherWriters) {
     const std::string path = folder.path("new/folder/settings.json");
     FileSettingsStore first(path), second(path);
     EXPECT_FALSE(files::exists(folder.path("new"))) << "reading makes nothing";
-    first.set("a", 1.5).wait();
+    first.setByName("a", 1.5).wait();
     std::vector<std::string> heard;
     const auto subscription = second.onChange([&](const std::string& key) { heard.push_back(key); });
-    second.set("b", "text").wait();
+    second.setByName("b", "text").wait();
     EXPECT_EQ(heard, (std::vector<std::string>{"b", "a"}));
-    EXPECT_EQ(second.storedValue("a"), JSON(1.5));
+    EXPECT_EQ(second.storedValue(a), JSON(1.5));
     EXPECT_EQ(folder.read("new/folder/settings.json"), "{\n  \"a\": 1.5,\n  \"b\": \"text\"\n}\n");
     struct stat status {};
     ASSERT_EQ(::stat(folder.path("new/folder").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0700U);
-    EXPECT_EQ(FileSettingsStore(path).storedValue("b"), JSON("text"));
+    EXPECT_EQ(FileSettingsStore(path).storedValue(b), JSON("text"));
 }
 
 TEST(FileSettingsStore, processesAndThreadsLoseNothing) {
@@ -110,7 +117,7 @@ TEST(FileSettingsStore, processesAndThreadsLoseNothing) {
     constexpr int writes = 20;
     const auto write = [&path](const std::string& prefix) {
         FileSettingsStore store(path);
-        for (int i = 0; i < writes; ++i) store.set(prefix + std::to_string(i), i);
+        for (int i = 0; i < writes; ++i) store.setByName(prefix + std::to_string(i), i);
     };
     const pid_t child = ::fork();
     if (child == 0) {
@@ -134,7 +141,7 @@ TEST(FileSettingsStore, keepsAFileThatItCannotUnderstand) {
         FileSettingsStore store(path);
         EXPECT_TRUE(store.problem().has_value());
         EXPECT_EQ(folder.read("settings.json"), contents) << "reading changes nothing";
-        store.set("b", 2).wait();
+        store.set(b, 2).wait();
         EXPECT_EQ(folder.read("settings.json.unreadable"), "an older one");
         EXPECT_EQ(folder.read("settings.json.unreadable-2"), contents);
         EXPECT_NE(store.problem()->find("settings.json.unreadable-2"), std::string::npos);
@@ -146,16 +153,16 @@ TEST(FileSettingsStore, throwsWhereItCannotWrite) {
     const TemporaryDirectory folder;
     folder.write("file", "");
     FileSettingsStore store(folder.path("file/settings.json"));
-    EXPECT_THROW(store.set("a", 1).wait(), FileError);
-    EXPECT_EQ(store.storedValue("a"), std::nullopt);
+    EXPECT_THROW(store.set(a, 1).wait(), FileError);
+    EXPECT_EQ(store.storedValue(a), std::nullopt);
     FileSettingsStore onFolder(folder.path());
     EXPECT_TRUE(onFolder.problem().has_value());
-    EXPECT_THROW(onFolder.set("a", 1).wait(), FileError);
+    EXPECT_THROW(onFolder.set(a, 1).wait(), FileError);
     if (::geteuid() == 0) return; // root writes everywhere
     const std::string path = folder.write("locked/settings.json", "{\"a\":1}");
     ASSERT_EQ(::chmod(folder.path("locked").c_str(), 0500), 0);
     FileSettingsStore locked(path);
-    EXPECT_THROW(locked.set("a", 2).wait(), FileError);
+    EXPECT_THROW(locked.set(a, 2).wait(), FileError);
     EXPECT_EQ(locked.get(a), 1);
 }
 
@@ -205,7 +212,7 @@ struct QueuedSettings : testing::Test {
 };
 
 TEST_F(QueuedSettings, readersSeeAChangeBeforeTheDiskDoes) {
-    const SettingsWrite first = store.set("a", 1), second = store.set("a", 2);
+    const SettingsWrite first = store.set(a, 1), second = store.set(a, 2);
     EXPECT_EQ(store.get(a), 2);
     EXPECT_FALSE(files::exists(path) || first.isDone());
     queue->run();
@@ -215,11 +222,11 @@ TEST_F(QueuedSettings, readersSeeAChangeBeforeTheDiskDoes) {
 }
 
 TEST_F(QueuedSettings, aFailedWriteIsTakenBack) {
-    store.set("a", 1);
+    store.set(a, 1);
     queue->run();
     ASSERT_TRUE(std::filesystem::remove(path) && std::filesystem::create_directory(path));
     std::exception_ptr raised;
-    const SettingsWrite refused = store.set("a", 2);
+    const SettingsWrite refused = store.set(a, 2);
     refused.whenDone([&](const std::exception_ptr& why) { raised = why; });
     EXPECT_EQ(store.get(a), 2);
     queue->run();
@@ -228,7 +235,7 @@ TEST_F(QueuedSettings, aFailedWriteIsTakenBack) {
     EXPECT_EQ(store.get(a), 1);
     EXPECT_EQ(heard, (std::vector<std::string>{"a=1", "a=2", "a=1"}));
     std::filesystem::remove(path);
-    store.set("a", 3);
+    store.set(a, 3);
     queue->run();
     EXPECT_EQ(store.problem(), std::nullopt);
 }
@@ -244,7 +251,7 @@ TEST_F(QueuedSettings, followsWhatOthersWrite) {
     queue->advance(FileSettingsStore::lookInterval);
     EXPECT_EQ(store.get(a), 1) << "a file that somebody is still writing";
     folder.write("settings.json", "{\"a\": 5, \"b\": 5}");
-    const SettingsWrite own = store.set("b", 7);
+    const SettingsWrite own = store.set(b, 7);
     queue->advance(FileSettingsStore::lookInterval);
     EXPECT_EQ(store.get(a), 5);
     EXPECT_EQ(store.get(b), 7) << "a change of our own that is still to be written";

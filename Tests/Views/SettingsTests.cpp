@@ -111,12 +111,12 @@ TEST_F(SettingsTest, controlsStoreAtOnceAndFollowOthers) {
     QWidget* row = window_->findChild<QWidget*>(text(settings::trimMode.key));
     ASSERT_TRUE(waitUntil([&] { return row->findChild<QPushButton*>()->isVisible(); }));
     click(buttonOf(*row, "Reset to default"));
-    EXPECT_TRUE(waitUntil([&] { return !settings_->storedValue(settings::trimMode.key); }));
+    EXPECT_TRUE(waitUntil([&] { return !settings_->storedValue(settings::trimMode); }));
 
     // Values that another window or program stores, invalid ones too.
-    settings_->set(settings::trimMode.key, "none");
+    settings_->set(settings::trimMode, TrimMode::noTrim);
     EXPECT_TRUE(waitUntil([&] { return trim->currentIndex() == 2; }));
-    settings_->set(settings::trimMode.key, "banana");
+    settings_->setByName(settings::trimMode.key, "banana");
     EXPECT_TRUE(waitUntil([&] { return remarkOf(*row).find("banana") != std::string::npos; }));
 
     type(*find<QLineEdit>(settings::eventName.key), "Day 1");
@@ -163,12 +163,12 @@ TEST_F(SettingsTest, aNumberIsShownAsItIsStored) {
                 const auto [lowest, highest] = *setting.details.range;
                 const bool isWhole = setting.kind == SettingDescription::Kind::integer;
                 for (const double stored : {lowest, highest, isWhole ? lowest + 1 : lowest + 0.125}) {
-                    settings_->set(setting.key, stored);
+                    settings_->setByName(setting.key, stored);
                     EXPECT_TRUE(waitUntil([&] {
                         return find<QDoubleSpinBox>(setting.key)->value() == stored;
                     })) << setting.key
                         << " " << stored;
-                    EXPECT_EQ(settings_->value(setting.key)->number(), stored) << "showing stores nothing";
+                    EXPECT_EQ(settings_->value(setting)->number(), stored) << "showing stores nothing";
                 }
             }
     }
@@ -258,7 +258,7 @@ TEST_F(SettingsTest, aKeyIsRecordedAndAConflictSettled) {
 }
 
 TEST_F(SettingsTest, patternsRolesAndFieldsAreEdited) {
-    settings_->set(settings::clipNamingSource.key, "custom");
+    settings_->set(settings::clipNamingSource, ClipNamingSource::custom);
     open(SettingPage::naming);
     auto* pattern = find<QLineEdit>(settings::customNamingPattern.key);
     pattern->setCursorPosition(0);
@@ -350,7 +350,7 @@ TEST_F(SettingsTest, sessionsAreDraggedAndPresetsFollowTheFolder) {
     EXPECT_TRUE(
         waitUntil([&] { return sessions.places().folderNames() == std::vector<std::string>{"Summer"}; }));
 
-    settings_->set(settings::eventName.key, "Kept");
+    settings_->set(settings::eventName, "Kept");
     click(buttonOf(panel, "Save the present settings as a preset"));
     type(
         *[&] {
@@ -361,7 +361,7 @@ TEST_F(SettingsTest, sessionsAreDraggedAndPresetsFollowTheFolder) {
         "House/1");
     const auto active = [&] { return sessions.folders().find("Summer")->activePresetName.value_or(""); };
     ASSERT_TRUE(waitUntil([&] { return active() == "House/1"; }));
-    settings_->set(settings::eventName.key, "Changed");
+    settings_->set(settings::eventName, "Changed");
     auto* presets = panel.findChild<QComboBox*>();
     EXPECT_TRUE(waitUntil([&] { return presets->currentText() == "House-1 (changed)"; }))
         << presets->currentText().toStdString();

@@ -37,7 +37,7 @@ std::vector<std::string> FolderSettings::apply(const std::string& snapshot) cons
     std::vector<std::string> changed;
     try {
         for (const auto& [key, value] : presets_.values(snapshot))
-            if (settings_->value(key) != value) changed.push_back(key);
+            if (settings_->valueByName(key) != value) changed.push_back(key);
         presets_.applySnapshot(snapshot, *settings_);
     } catch (const std::runtime_error&) {
         return {}; // the settings stay as they are, and the session opens anyway

@@ -82,8 +82,10 @@ class ImportController {
     /// makes no difference is no step.
     void withUndo(const UndoStep& step, const std::function<void()>& mutation);
     /// See `OpenWork::changeSetting`.
-    void changeSetting(const UndoStep& step, std::string_view key, platform::JSON value) {
-        work_.changeSetting(step, key, std::move(value));
+    template <class T>
+    void changeSetting(const UndoStep& step, const platform::Setting<T>& setting,
+                       const std::type_identity_t<T>& value) {
+        work_.changeSetting(step, setting, value);
     }
     /// For a change that continues, such as by a held key: the next change belongs to the same step.
     void continueUndo(const UndoStep& step) { work_.continueUndo(step); }

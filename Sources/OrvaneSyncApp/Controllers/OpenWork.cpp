@@ -14,7 +14,7 @@ namespace orvane {
 
 struct OpenWork::Step {
     struct Setting {
-        std::string key;
+        const platform::SettingDescription* declaration;
         std::optional<platform::JSON> value; ///< absent: the default
     };
     SyncGroupList groups;
@@ -248,12 +248,13 @@ void OpenWork::addStep(const UndoStep& step, Step before) {
     if (steps_->add(step, std::move(before), environment.clock->now())) notify(ImportField::undoState);
 }
 
-void OpenWork::changeSetting(const UndoStep& step, std::string_view key, platform::JSON value) {
+void OpenWork::changeSettingTo(const UndoStep& step, const platform::SettingDescription& setting,
+                               platform::JSON value) {
     notices.together([&] {
         Step before = present();
-        before.setting = {std::string(key), environment.settings->value(key)};
+        before.setting = {&setting, environment.settings->value(setting)};
         if (before.setting->value == value) return;
-        environment.settings->set(key, std::move(value));
+        environment.settings->setByName(setting.key, std::move(value));
         addStep(step, std::move(before));
     });
 }
@@ -280,11 +281,11 @@ void OpenWork::applyStep(bool isUndo) {
         if (ahead == nullptr) return;
         Step target = present();
         if (const auto& setting = ahead->setting)
-            target.setting = {setting->key, environment.settings->value(setting->key)};
+            target.setting = {setting->declaration, environment.settings->value(*setting->declaration)};
         isUndo ? steps_->undo(target) : steps_->redo(target);
         if (const auto& setting = target.setting)
-            setting->value ? environment.settings->set(setting->key, *setting->value)
-                           : environment.settings->remove(setting->key);
+            environment.settings->setByName(setting->declaration->key,
+                                            setting->value.value_or(platform::JSON()));
         const bool wasEmpty = syncGroups_.empty();
         // An empty list counts as the editor's only if the redone step removed the clips. The empty list
         // before the first step is that of work that did not exist yet.

@@ -4,12 +4,14 @@
 #include "OrvaneSyncApp/Controllers/UndoStep.h"
 #include "OrvaneSyncApp/Controllers/WorkErrors.h"
 #include "OrvaneSyncApp/Controllers/WorkState.h"
+#include "Platform/Setting.h"
 #include "Platform/Task.h"
 
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -79,7 +81,11 @@ class OpenWork : public WorkState {
     void withUndo(const UndoStep& step, const std::function<void()>& mutation);
     /// Stores the value of a setting that every clip of the document depends on, as an undo step. Does
     /// nothing if the setting has that value.
-    void changeSetting(const UndoStep& step, std::string_view key, platform::JSON value);
+    template <class T>
+    void changeSetting(const UndoStep& step, const platform::Setting<T>& setting,
+                       const std::type_identity_t<T>& value) {
+        changeSettingTo(step, setting, setting.write(value));
+    }
     /// Runs a change of clips that belongs to the last step: undo and redo do both at once.
     void withinLastStep(const std::function<void()>& mutation);
     void continueUndo(const UndoStep& step);
@@ -123,6 +129,8 @@ class OpenWork : public WorkState {
     bool differsFrom(const Step& before) const;
     void noteEdit(const SyncGroupList& before);
     void addStep(const UndoStep& step, Step before);
+    void changeSettingTo(const UndoStep& step, const platform::SettingDescription& setting,
+                         platform::JSON value);
     void applyStep(bool isUndo);
     WildTracks wildTracksOf(const Step& target, const SyncGroupList& clipsBefore) const;
 

@@ -44,8 +44,8 @@ std::optional<std::string> whyUseless(const SettingDescription& setting, const p
 std::vector<std::string> uselessStoredValues(const platform::SettingsStore& store) {
     std::vector<std::string> problems;
     for (const SettingDescription& setting : SettingsCatalogue::all()) {
-        const auto stored = store.storedValue(setting.key);
-        if (!stored || store.value(setting.key) != stored) continue;
+        const auto stored = store.storedValue(setting);
+        if (!stored || store.value(setting) != stored) continue;
         const auto problem = whyUseless(setting, *stored);
         if (!problem) continue;
         const std::string standard = settingText(defaultInUse(setting));

@@ -16,7 +16,7 @@ class SettingsSnapshot {
     SettingsSnapshot() = default;
     explicit SettingsSnapshot(const platform::SettingsStore& store) {
         for (const SettingDescription& setting : SettingsCatalogue::all())
-            if (auto value = store.value(setting.key)) values_.insert_or_assign(&setting, *std::move(value));
+            if (auto value = store.value(setting)) values_.insert_or_assign(&setting, *std::move(value));
     }
 
     /// As in the store: an invalid value reads as the default.

@@ -37,7 +37,7 @@ TEST(ExportSettings, InvalidValuesAreReadAsTheDefault) {
                            const std::function<bool(const ExportSettings&)>& isRight) {
         platform::MemorySettingsStore store;
         registerStandardDefaults(store);
-        store.set(key, value);
+        store.setByName(key, value);
         EXPECT_TRUE(isRight(ExportSettings::fromUserDefaults(store, {}))) << key << value.dump();
     };
     check("videoResolution", "banana", [](const auto& s) {
@@ -130,7 +130,7 @@ TEST(ExportSettings, EachKeyChangesTheDocument) {
     const auto documentOf = [&](const Settings& values) {
         platform::MemorySettingsStore store;
         registerStandardDefaults(store);
-        for (const auto& [key, value] : values) store.setOverride(key, value);
+        for (const auto& [key, value] : values) store.overrideByName(key, value);
         return FCPXMLExporter::exportDocument(request.groups, {},
                                               ExportSettings::fromUserDefaults(store, request))
             .fcpxmlString;
@@ -211,8 +211,8 @@ TEST(ExportSettings, EachKeyChangesTheDocument) {
 
 TEST(ExportSettings, ArgumentsOverrideTheStore) {
     platform::MemorySettingsStore store;
-    store.set("atmo.audioRole", "effects.air");
-    store.set("atmo.duration", 60);
+    store.setByName("atmo.audioRole", "effects.air");
+    store.setByName("atmo.duration", 60);
     ExportSettings::Request request;
     request.eventName = "Day 3";
     request.generateMulticam = false;
@@ -241,9 +241,9 @@ TEST(ExportSettings, FrameSizesFollowTheVideoTheAnchorAndTheShape) {
                            const char* shape, int storedWidth, int storedHeight, int outputWidth,
                            int outputHeight, int width, int height) {
         platform::MemorySettingsStore store;
-        store.set("container.aspectRatio", shape);
-        store.set("alternateWidth", storedWidth);
-        store.set("alternateHeight", storedHeight);
+        store.setByName("container.aspectRatio", shape);
+        store.setByName("alternateWidth", storedWidth);
+        store.setByName("alternateHeight", storedHeight);
         ExportSettings::Request request;
         request.sourceVideo = source;
         request.aspectAnchorWidth = anchor;
@@ -268,10 +268,10 @@ TEST(ExportSettings, TheGlobalOffsetStartsWhereTheModeSays) {
     const auto check = [&](const char* mode, bool stored, const std::optional<std::string>& filename,
                            const std::optional<std::string>& timecode) {
         platform::MemorySettingsStore store;
-        store.set("globalAudioOffset.startMode", mode);
+        store.setByName("globalAudioOffset.startMode", mode);
         if (stored) {
-            store.set("globalAudioOffset.startFromFilename", "A002C010");
-            store.set("globalAudioOffset.startFromTC", "10:00:00:00");
+            store.setByName("globalAudioOffset.startFromFilename", "A002C010");
+            store.setByName("globalAudioOffset.startFromTC", "10:00:00:00");
         }
         const ExportSettings s = ExportSettings::fromUserDefaults(store, {});
         EXPECT_EQ(s.globalAudioOffsetStartingFromFilename, filename) << mode;

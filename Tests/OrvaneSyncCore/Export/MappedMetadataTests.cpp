@@ -86,8 +86,8 @@ TEST(LockitFieldMapping, writesEachFieldWhereItIsMapped) {
     for (const Case& one : cases) {
         SCOPED_TRACE(one.rule);
         platform::MemorySettingsStore store;
-        store.set("lockit.fieldMapping.v1", one.targets);
-        store.set("lockit.fieldMapping.customKeys.v1", one.customKeys);
+        store.setByName("lockit.fieldMapping.v1", one.targets);
+        store.setByName("lockit.fieldMapping.customKeys.v1", one.customKeys);
         ExportSettings settings = test::settingsAt(25);
         settings.lockitFieldMapping = LockitFieldMapping::current(store);
         settings.metadataPrefix = one.prefix;
@@ -116,16 +116,16 @@ TEST(LockitFieldMapping, writesEachFieldWhereItIsMapped) {
 
 TEST(LockitFieldMapping, changesOneEntryAndKeepsTheOthers) {
     platform::MemorySettingsStore store;
-    store.set("lockit.fieldMapping.v1", "no map");
-    store.setOverride("lockit.fieldMapping.v1", JSON::Object{{"episode", "notes"}}); // for this run only
+    store.setByName("lockit.fieldMapping.v1", "no map");
+    store.overrideByName("lockit.fieldMapping.v1", JSON::Object{{"episode", "notes"}}); // for this run only
     LockitFieldMapping::set(store, FCPMetaTarget::keyword, LockitField::tags);
     LockitFieldMapping::set(store, FCPMetaTarget::custom, "k", LockitField::scene);
-    EXPECT_EQ(store.storedValue("lockit.fieldMapping.v1"),
+    EXPECT_EQ(store.storedByName("lockit.fieldMapping.v1"),
               JSON(JSON::Object{{"tags", "keyword"}, {"scene", "custom"}}));
-    EXPECT_EQ(store.storedValue("lockit.fieldMapping.customKeys.v1"), JSON(JSON::Object{{"scene", "k"}}));
+    EXPECT_EQ(store.storedByName("lockit.fieldMapping.customKeys.v1"), JSON(JSON::Object{{"scene", "k"}}));
     LockitFieldMapping::resetToDefaults(store);
-    EXPECT_FALSE(store.storedValue("lockit.fieldMapping.v1"));
-    EXPECT_FALSE(store.storedValue("lockit.fieldMapping.customKeys.v1"));
+    EXPECT_FALSE(store.storedByName("lockit.fieldMapping.v1"));
+    EXPECT_FALSE(store.storedByName("lockit.fieldMapping.customKeys.v1"));
 }
 
 TEST(MetadataFieldGrouping, sortsByTheFirstGroupThatKnowsAPartOfTheKey) {

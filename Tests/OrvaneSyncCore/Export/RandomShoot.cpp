@@ -69,10 +69,10 @@ class Maker {
     void choose(platform::SettingsStore& store) {
         for (const SettingDescription& setting : SettingsCatalogue::all())
             if (setting.kind == SettingDescription::Kind::boolean)
-                store.set(setting.key, chance(65));
+                store.setByName(setting.key, chance(65));
             else if (!setting.choices.empty())
-                store.set(setting.key, setting.choices[static_cast<std::size_t>(
-                                           below(static_cast<int>(setting.choices.size())))]);
+                store.setByName(setting.key, setting.choices[static_cast<std::size_t>(
+                                                 below(static_cast<int>(setting.choices.size())))]);
     }
 
     void chooseSettings(ExportSettings& s) {

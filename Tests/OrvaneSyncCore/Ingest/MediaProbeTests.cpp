@@ -204,19 +204,19 @@ TEST_F(Probe, linearTimecodeIsTheLastResort) {
             .startTimecodeString;
     };
     EXPECT_FALSE(start(0).has_value()) << "off unless it is wanted";
-    settings->set("ltc.enabled", true);
+    settings->setByName("ltc.enabled", true);
     EXPECT_EQ(start(0), "10:00:00:00") << "on whichever channel it is";
-    settings->set("ltc.channelIndex", std::int64_t{0});
+    settings->setByName("ltc.channelIndex", std::int64_t{0});
     EXPECT_FALSE(start(0).has_value()) << "on the chosen one alone";
     for (const std::int64_t channel : {1, 7, 1023}) {
-        settings->set("ltc.channelIndex", channel);
+        settings->setByName("ltc.channelIndex", channel);
         EXPECT_EQ(start(0), "10:00:00:00") << channel;
     }
     EXPECT_EQ(start(48000), "00:00:01:00");
 }
 
 TEST_F(Probe, linearTimecodeGivesTheStartOfTheFile) {
-    settings->set("ltc.enabled", true);
+    settings->setByName("ltc.enabled", true);
     constexpr double start = 24 * 36000 + 5.4;
     const auto sound = test::LTCSignal{.rate = TimecodeFrameRate::fps24}.samples(start, 1.5);
     const MediaAsset recording = probed(WaveMaker().format({}).samples(sound), "a.wav");
@@ -282,7 +282,7 @@ TEST_F(Probe, anyFileGivesAnAsset) {
     folder.write("text.wav", "this is no sound");
     std::filesystem::create_symlink("loop.mov", folder.path("loop.mov"));
     ASSERT_EQ(::mkfifo(folder.path("pipe.wav").c_str(), 0600), 0);
-    settings->set("ltc.enabled", true);
+    settings->setByName("ltc.enabled", true);
     const auto cache = newCache();
     MediaProbeService service(settings, cache);
     for (const char* name : {"empty.mov", "noise.mov", "cut.mov", "folder.mov", "text.wav", "loop.mov",
@@ -348,11 +348,11 @@ TEST_F(Probe, aCachedAssetHasTheRequestedKindAndIsComplete) {
     const MediaAsset first = service.probe(url, AssetKind::audio);
     EXPECT_EQ(service.probe(url, AssetKind::audio).id, first.id);
     EXPECT_FALSE(first.startTimecodeString.has_value());
-    settings->set("ltc.enabled", true);
+    settings->setByName("ltc.enabled", true);
     const MediaAsset heard = service.probe(url, AssetKind::audio);
     EXPECT_EQ(heard.startTimecodeString, "10:00:00:00") << "its sound was not listened to before";
     EXPECT_EQ(heard.id, first.id) << "the file is the same";
-    settings->set("ltc.enabled", false);
+    settings->setByName("ltc.enabled", false);
     const MediaAsset unheard = service.probe(url, AssetKind::audio);
     EXPECT_FALSE(unheard.startTimecodeString || unheard.bextTimeReference)
         << "the settings decide, not the cache";

@@ -39,7 +39,7 @@ TEST(ReadErrors, areNeverRemembered) {
     folder.write("sound.aif", aiff());
     std::shared_ptr<platform::MemorySettingsStore> settings =
         std::make_shared<platform::MemorySettingsStore>();
-    settings->set("ltc.enabled", true);
+    settings->setByName("ltc.enabled", true);
     for (const char* name : {"movie.mov", "cut.mov", "take.wav", "ltc.wav", "sound.aif"}) {
         const std::vector<FileURL> urls{{folder.path(name)}, {folder.path("neighbour.mov")}};
         const JSON whole = withoutID(MediaProbeService(settings, nullptr).probe(urls[0], AssetKind::video));

@@ -125,15 +125,15 @@ TEST(SmartAudioConfig, PresetsAndSliders) {
 
     SmartAudioConfig::moveSliders(store, SmartAudioMode::custom);
     EXPECT_EQ(SmartAudioConfig::fromUserDefaults(store), expected) << "custom moves nothing";
-    store.set("smartAudio.loudnessTargetDB", 0);
+    store.setByName("smartAudio.loudnessTargetDB", 0);
     SmartAudioConfig::moveSliders(store, SmartAudioMode::cinematic);
     EXPECT_EQ(SmartAudioConfig::fromUserDefaults(store), SmartAudioConfig::cinematic);
-    EXPECT_EQ(store.storedValue("smartAudio.voiceIso"), JSON(0.7)) << "as people write it";
+    EXPECT_EQ(store.storedByName("smartAudio.voiceIso"), JSON(0.7)) << "as people write it";
 
-    store.set("smartAudio.voiceIso", 0);
-    store.set("smartAudio.loudness", -1e300);
-    store.set("smartAudio.autoHum", false);
-    store.set("smartAudio.humFreq", 60);
+    store.setByName("smartAudio.voiceIso", 0);
+    store.setByName("smartAudio.loudness", -1e300);
+    store.setByName("smartAudio.autoHum", false);
+    store.setByName("smartAudio.humFreq", 60);
     const SmartAudioConfig stored = SmartAudioConfig::fromUserDefaults(store);
     EXPECT_EQ(stored.voiceIsolationAmount, 0.0F) << "a stored 0 counts";
     EXPECT_EQ(stored.loudnessAmount, expected.loudnessAmount) << "out of range, it counts as not stored";
@@ -144,11 +144,11 @@ TEST(SmartAudioConfig, PresetsAndSliders) {
 TEST(SmartAudioConfig, BlockSettingsReadFourKeys) {
     platform::MemorySettingsStore store;
     EXPECT_EQ(SmartAudioBlockSettings::fromUserDefaults(store), SmartAudioBlockSettings{});
-    store.set("smartAudio.aggressiveness", "wild");
-    store.set("smartAudio.blockMode", "coarse");
-    store.set("smartAudio.loudnessTargetDB", -12.5);
-    store.set("smartAudio.maxBoostDB", 30);
-    store.set("smartAudio.routing", "speaker");
+    store.setByName("smartAudio.aggressiveness", "wild");
+    store.setByName("smartAudio.blockMode", "coarse");
+    store.setByName("smartAudio.loudnessTargetDB", -12.5);
+    store.setByName("smartAudio.maxBoostDB", 30);
+    store.setByName("smartAudio.routing", "speaker");
     SmartAudioBlockSettings expected;
     expected.routing = SmartAudioRouting::speaker;
     expected.blockMode = BlockMode::coarse;

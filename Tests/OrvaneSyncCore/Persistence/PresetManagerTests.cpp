@@ -52,10 +52,10 @@ TEST_F(Persistence, presetsHoldEverySettingButThoseOfTheMachine) {
 
 TEST_F(Persistence, aSnapshotHoldsStoredManagedValuesAlone) {
     registerStandardDefaults(store);
-    store.setOverride("eventName", "this run");
-    store.set("developerMode", true);
+    store.overrideByName("eventName", "this run");
+    store.setByName("developerMode", true);
     EXPECT_EQ(presets.snapshotData(store), "{}");
-    store.set("trimMode", "video");
+    store.setByName("trimMode", "video");
     EXPECT_EQ(presets.snapshotData(store), R"({"trimMode":"video"})");
 }
 
@@ -64,11 +64,11 @@ TEST_F(Persistence, aPresetNeverClearsASetting) {
     presets.applySnapshot(R"({"trimMode":"video","someone.elses":[1]})", store);
     EXPECT_EQ(store.get(settings::eventName), "kept");
     EXPECT_EQ(store.get(settings::trimMode), TrimMode::videoDuration);
-    EXPECT_EQ(store.value("someone.elses"), JSON(JSON::Array{1}));
+    EXPECT_EQ(store.valueByName("someone.elses"), JSON(JSON::Array{1}));
 }
 
 TEST_F(Persistence, aBrokenSnapshotChangesNothing) {
-    store.set("trimMode", "none");
+    store.setByName("trimMode", "none");
     for (const char* data : {"", "[]", "{\"trimMode\":", R"({"eventName":"x","trimMode":null})",
                              R"({"eventName":"x","trimMode":{"a":[1,null]}})"}) {
         EXPECT_ANY_THROW(presets.applySnapshot(data, store)) << data;
@@ -91,11 +91,11 @@ TEST_F(Persistence, kindsSurviveARoundTrip) {
 }
 
 TEST_F(Persistence, presetFilesHaveSafeNames) {
-    store.set("trimMode", "video");
+    store.setByName("trimMode", "video");
     presets.save("24:00/A", store);
     EXPECT_EQ(home.read("data/Orvane Tandrel/Presets/24-00-A.json"), R"({"trimMode":"video"})");
     EXPECT_TRUE(presets.exists("24:00/A"));
-    store.set("trimMode", "none");
+    store.setByName("trimMode", "none");
     presets.load("24:00/A", store);
     EXPECT_EQ(store.get(settings::trimMode), TrimMode::videoDuration);
 
@@ -153,7 +153,7 @@ TEST_F(Persistence, theAccountsSettings) {
     EXPECT_EQ(std::filesystem::status(home.path("data/Orvane Tandrel")).permissions(),
               std::filesystem::perms::owner_all);
     EXPECT_TRUE(openStandardSettings()->get(settings::offspeedAutoKeyword));
-    openStandardSettings()->set("offspeed.autoKeyword", false);
+    openStandardSettings()->setByName("offspeed.autoKeyword", false);
     EXPECT_FALSE(openStandardSettings()->get(settings::offspeedAutoKeyword));
     EXPECT_TRUE(platform::files::exists(home.path("config/Orvane Tandrel/settings.json")));
 }

@@ -221,7 +221,7 @@ TEST_F(RenderedAudio, aPreviewHasTheFramesOfItsInputWhateverItHolds) {
 TEST_F(RenderedAudio, theLeastRecentlyUsedFileIsRemovedFirst) {
     const FileURL source = recording("T01.WAV", 3, 8000);
     const auto ofChannel = [&](int channel) { return renderer_.renderSolo(source, channel); };
-    settings_->set(settings::cachesLimitGB.key, platform::JSON(150'000 / 1e9)); // two files of 64,000 bytes
+    settings_->set(settings::cachesLimitGB, 150'000 / 1e9); // two files of 64,000 bytes
     const auto first = ofChannel(0), second = ofChannel(1);
     ASSERT_TRUE(first && second);
     fs::last_write_time(first->url.path, fs::file_time_type::clock::now() - std::chrono::hours(3));
@@ -230,7 +230,7 @@ TEST_F(RenderedAudio, theLeastRecentlyUsedFileIsRemovedFirst) {
     ASSERT_TRUE(ofChannel(2));
     EXPECT_TRUE(fs::exists(first->url.path));
     EXPECT_FALSE(fs::exists(second->url.path));
-    settings_->set(settings::cachesLimitGB.key, platform::JSON(0));
+    settings_->set(settings::cachesLimitGB, 0);
     EXPECT_TRUE(fs::exists(ofChannel(1)->url.path)) << "what was just made stays";
     EXPECT_EQ(filesIn("mixdowns"), 1U);
 }

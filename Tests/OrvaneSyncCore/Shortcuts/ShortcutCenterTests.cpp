@@ -37,7 +37,7 @@ struct Centers : testing::Test {
     ShortcutBindings onDisk(const std::string& name = bindingsName) const {
         return ShortcutFiles::read(folder.path(name));
     }
-    void adoptSchema() { settings->set(shortcutSettings::defaultsSchemaVersion.key, 1); }
+    void adoptSchema() { settings->set(shortcutSettings::defaultsSchemaVersion, 1); }
 
     test::TemporaryDirectory folder;
     std::shared_ptr<test::VirtualMainThread> loop = std::make_shared<test::VirtualMainThread>();
@@ -69,7 +69,7 @@ TEST_F(Centers, startFromTheStoredFile) {
         SCOPED_TRACE(name);
         const auto old = platform::files::childNames(folder.path());
         for (const std::string& each : old.value()) platform::files::remove(folder.path(each));
-        settings->set(shortcutSettings::defaultsSchemaVersion.key, isOfThisSchema ? 1 : 0);
+        settings->set(shortcutSettings::defaultsSchemaVersion, isOfThisSchema ? 1 : 0);
         if (there != nullptr) folder.write(bindingsName, there);
         auto started = center();
         EXPECT_EQ(started->bindings() == defaultBindings(), !isTaken);
@@ -168,7 +168,7 @@ TEST_F(Centers, keepProfiles) {
     EXPECT_TRUE(platform::files::exists(own->bindingsFile()));
     EXPECT_EQ(failure(own->deleteProfile("Night shift")), "");
     EXPECT_EQ(own->currentProfileName(), std::nullopt);
-    EXPECT_FALSE(settings->storedValue(shortcutSettings::currentProfile.key).has_value());
+    EXPECT_FALSE(settings->storedValue(shortcutSettings::currentProfile).has_value());
     EXPECT_EQ(own->bindings(), before) << "the keys stay";
     EXPECT_EQ(own->availableProfiles(), (std::vector<std::string>{"A", "B", "Bad"}));
     EXPECT_NE(failure(own->deleteProfile("Night shift")), "") << "it is gone";

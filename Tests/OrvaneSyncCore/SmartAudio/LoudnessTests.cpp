@@ -328,8 +328,8 @@ TEST(MasterGain, followsTheProjectsSettings) {
     const auto check = [&](const std::optional<JSON>& preset, const std::optional<JSON>& storedTarget,
                            const std::string& label, double lufs, double gainDB) {
         platform::MemorySettingsStore store;
-        if (preset) store.set("smartAudio.preset", *preset);
-        if (storedTarget) store.set("smartAudio.targetLUFS", *storedTarget);
+        if (preset) store.setByName("smartAudio.preset", *preset);
+        if (storedTarget) store.setByName("smartAudio.targetLUFS", *storedTarget);
         const auto target = MasterGain::Target::fromUserDefaults(store);
         EXPECT_EQ(target.preset.label, label);
         EXPECT_EQ(target.targetLUFS, lufs);

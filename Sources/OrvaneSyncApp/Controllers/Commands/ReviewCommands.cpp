@@ -127,10 +127,10 @@ std::vector<Command> reviewCommands() {
                 "Changes the length of the clips of the document, as the setting trimMode does.",
                 {{.name = "mode", .kind = text, .choices = RawValues<TrimMode>::texts}},
                 [](CommandContext& context, const Call& call) {
+                    const TrimMode mode = fromRawValue<TrimMode>(call.text("mode")).value();
                     const auto& store = *context.controller->work().environment.settings;
-                    if (rawValue(store.get(settings::trimMode)) == call.text("mode")) return JSON();
-                    context.controller->changeSetting(steps::setTrimMode, settings::trimMode.key,
-                                                      JSON(call.text("mode")));
+                    if (store.get(settings::trimMode) != mode)
+                        context.controller->changeSetting(steps::setTrimMode, settings::trimMode, mode);
                     return JSON();
                 })
             .undoneBy(steps::setTrimMode),

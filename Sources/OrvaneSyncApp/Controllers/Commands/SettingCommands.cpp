@@ -24,7 +24,7 @@ const SettingDescription& settingNamed(const Call& call) {
 /// The value that readers of the setting get: the stored value, otherwise the default.
 JSON setting(CommandContext& context, const Call& call) {
     const SettingDescription& known = settingNamed(call);
-    if (auto value = context.settings->value(known.key)) return std::move(*value);
+    if (auto value = context.settings->value(known)) return std::move(*value);
     return defaultInUse(known);
 }
 
@@ -35,7 +35,7 @@ platform::Task setSetting(CommandContext& context, Call call, std::shared_ptr<JS
     if (!value.isNull())
         if (const auto problem = whyUseless(known, value)) throw Error(Refusal::invalidArguments, *problem);
     const auto mainThread = context.controller->work().environment.mainThread;
-    co_await platform::written(context.settings->set(known.key, value), *mainThread);
+    co_await platform::written(context.settings->setByName(known.key, value), *mainThread);
 }
 
 /// Runs work on the files of presets on a queue, so that the interface thread does not wait for them. Work

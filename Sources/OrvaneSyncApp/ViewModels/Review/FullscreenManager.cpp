@@ -20,7 +20,7 @@ FullscreenManager::FullscreenManager(std::shared_ptr<VideoEngine> engine,
 int FullscreenManager::preferredScreen() const { return settings_->get(screenSettings::preferredScreen); }
 
 void FullscreenManager::setPreferredScreen(int index) {
-    settings_->set(screenSettings::preferredScreen.key, index);
+    settings_->set(screenSettings::preferredScreen, index);
     if (isShowing()) show();
 }
 

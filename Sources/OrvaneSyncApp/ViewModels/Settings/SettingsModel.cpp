@@ -36,7 +36,7 @@ JSON canonical(const SettingDescription& setting, const JSON& value) {
 
 JSON SettingsModel::value(const SettingRow& row) const {
     const SettingDescription& setting = row.setting;
-    if (const auto held = store_->value(setting.key); held && !whyUseless(setting, *held))
+    if (const auto held = store_->value(setting); held && !whyUseless(setting, *held))
         return canonical(setting, *held);
     return setting.defaultValue();
 }
@@ -58,7 +58,7 @@ std::size_t SettingsModel::chosen(const SettingRow& row, const std::vector<Setti
 }
 
 bool SettingsModel::isChanged(const SettingRow& row) const {
-    const auto stored = store_->storedValue(row.setting.get().key);
+    const auto stored = store_->storedValue(row.setting);
     return stored && *stored != row.setting.get().defaultValue();
 }
 
@@ -70,7 +70,7 @@ SettingRemark SettingsModel::remark(const SettingRow& row) const {
     using enum SettingRemark::Kind;
     const SettingDescription& setting = row.setting;
     const JSON now = value(row);
-    if (const auto held = store_->value(setting.key); held && whyUseless(setting, *held))
+    if (const auto held = store_->value(setting); held && whyUseless(setting, *held))
         return {mistake, inQuotes(settingText(*held)) + " is stored, and the setting takes " + outOf(row) +
                              "; " + inQuotes(shown(row, now)) + " is used instead."};
     if (row.doubt != nullptr && isEnabled(row)) {

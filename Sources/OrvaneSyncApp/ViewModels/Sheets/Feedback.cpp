@@ -66,7 +66,7 @@ std::string systemText(const std::vector<SystemCheck>& checks) {
 std::string feedbackReport(const WorkSnapshot& work, const std::vector<SystemCheck>& checks) {
     std::string text = systemText(checks) + "\nSettings that differ from their defaults\n";
     for (const SettingDescription& setting : SettingsCatalogue::all()) {
-        const auto stored = work.settings().storedValue(setting.key);
+        const auto stored = work.settings().storedValue(setting);
         if (!stored || *stored == setting.defaultValue()) continue;
         text += "  " + std::string(setting.key) + " = " + stored->dump() + "\n";
     }

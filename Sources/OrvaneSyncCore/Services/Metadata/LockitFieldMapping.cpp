@@ -27,8 +27,9 @@ Texts textsOf(const std::optional<JSON>& value) {
 
 /// The stored map with one entry changed. Values given for this run only are not used, as they must not be
 /// stored.
-JSON withEntry(const SettingsStore& store, std::string_view key, LockitField field, std::string_view value) {
-    Texts texts = textsOf(store.storedValue(key));
+JSON withEntry(const SettingsStore& store, const platform::Setting<JSON>& setting, LockitField field,
+               std::string_view value) {
+    Texts texts = textsOf(store.storedValue(setting));
     texts[std::string(rawValue(field))] = value;
     JSON json = JSON::object();
     for (auto& [name, text] : texts) json.set(name, std::move(text));
@@ -51,12 +52,12 @@ LockitFieldMapping::LockitFieldMapping() {
 
 LockitFieldMapping LockitFieldMapping::current(const SettingsStore& store) {
     LockitFieldMapping mapping;
-    for (const auto& [name, text] : textsOf(store.value(settings::lockitFieldMapping.key))) {
+    for (const auto& [name, text] : textsOf(store.value(settings::lockitFieldMapping))) {
         const auto field = fromRawValue<LockitField>(name);
         const auto target = fromRawValue<FCPMetaTarget>(text);
         if (field && target) mapping.targets_.at(static_cast<std::size_t>(*field)) = *target;
     }
-    mapping.customKeys_ = textsOf(store.value(settings::lockitCustomKeys.key));
+    mapping.customKeys_ = textsOf(store.value(settings::lockitCustomKeys));
     return mapping;
 }
 
@@ -73,22 +74,22 @@ std::optional<std::string> LockitFieldMapping::metadataKey(LockitField field) co
 }
 
 SettingsWrite LockitFieldMapping::set(SettingsStore& store, FCPMetaTarget target, LockitField field) {
-    const auto& key = settings::lockitFieldMapping.key;
-    return store.set(key, withEntry(store, key, field, rawValue(target)));
+    const auto& targets = settings::lockitFieldMapping;
+    return store.set(targets, withEntry(store, targets, field, rawValue(target)));
 }
 
 SettingsWrite LockitFieldMapping::setCustomKey(SettingsStore& store, std::string_view customKey,
                                                LockitField field) {
-    const auto& key = settings::lockitCustomKeys.key;
-    return store.set(key, withEntry(store, key, field, customKey));
+    const auto& customKeys = settings::lockitCustomKeys;
+    return store.set(customKeys, withEntry(store, customKeys, field, customKey));
 }
 
 SettingsWrite LockitFieldMapping::set(SettingsStore& store, FCPMetaTarget target, std::string_view customKey,
                                       LockitField field) {
-    const auto& targets = settings::lockitFieldMapping.key;
-    const auto& customKeys = settings::lockitCustomKeys.key;
-    return store.setAll({{std::string(targets), withEntry(store, targets, field, rawValue(target))},
-                         {std::string(customKeys), withEntry(store, customKeys, field, customKey)}});
+    const auto& targets = settings::lockitFieldMapping;
+    const auto& customKeys = settings::lockitCustomKeys;
+    return store.setAll({{std::string(targets.key), withEntry(store, targets, field, rawValue(target))},
+                         {std::string(customKeys.key), withEntry(store, customKeys, field, customKey)}});
 }
 
 SettingsWrite LockitFieldMapping::resetToDefaults(SettingsStore& store) {

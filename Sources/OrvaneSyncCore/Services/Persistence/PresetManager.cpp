@@ -51,7 +51,7 @@ const std::vector<std::string>& PresetManager::managedKeys() {
 std::string PresetManager::snapshotData(const platform::SettingsStore& defaults) const {
     JSON snapshot = JSON::object();
     for (const std::string& key : managedKeys())
-        if (auto value = defaults.storedValue(key)) snapshot.set(key, toJSON(AnyCodable{std::move(*value)}));
+        if (auto value = defaults.storedByName(key)) snapshot.set(key, toJSON(AnyCodable{std::move(*value)}));
     return snapshot.dump();
 }
 

@@ -60,7 +60,7 @@ platform::Task ShortcutCenter::start(Weak weak) {
     if (kept.file.problem)
         self->problem_ =
             "the key bindings could not be read and the defaults are used: " + *kept.file.problem;
-    if (!isOfThisSchema) self->settings_->set(shortcutSettings::defaultsSchemaVersion.key, schemaVersion);
+    if (!isOfThisSchema) self->settings_->set(shortcutSettings::defaultsSchemaVersion, schemaVersion);
     self->readState_ = std::move(kept.state);
     if (kept.file.bindings)
         self->setBindings(std::move(*kept.file.bindings));
@@ -331,8 +331,8 @@ platform::SettingsWrite ShortcutCenter::setCurrentProfile(std::optional<std::str
         currentProfileName_ = name;
         listeners_.notify(ShortcutField::currentProfileName);
     }
-    const std::string_view key = shortcutSettings::currentProfile.key;
-    return name ? settings_->set(key, std::move(*name)) : settings_->remove(key);
+    const auto& setting = shortcutSettings::currentProfile;
+    return name ? settings_->set(setting, *name) : settings_->remove(setting);
 }
 
 JSON profilesListing(const ShortcutCenter& center) {

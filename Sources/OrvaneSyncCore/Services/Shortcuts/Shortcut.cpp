@@ -1,11 +1,29 @@
 #include "OrvaneSyncCore/Services/Shortcuts/Shortcut.h"
 
+#include "OrvaneSyncCore/Models/JSONFields.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
 #include <array>
 
 namespace orvane {
+
+/// The bits as a number.
+template <>
+struct JSONForm<ModifierSet> {
+    static void put(JSON& json, std::string_view key, ModifierSet modifiers) {
+        json.set(key, modifiers.rawValue);
+    }
+    static ModifierSet taken(const JSON& json, std::string_view key) {
+        return {required<std::int64_t>(json, key)};
+    }
+};
+
+template <>
+struct JSONFields<Shortcut> {
+    static constexpr std::tuple list{JSONField{"key", &Shortcut::key},
+                                     JSONField{"modifiers", &Shortcut::modifiers}};
+};
 
 namespace text = platform::text;
 
@@ -166,16 +184,11 @@ Shortcut Shortcut::fromText(std::string_view text) {
     return shortcut;
 }
 
-JSON toJSON(const Shortcut& shortcut) {
-    JSON json;
-    json.set("key", shortcut.key);
-    json.set("modifiers", shortcut.modifiers.rawValue);
-    return json;
-}
+JSON toJSON(const Shortcut& shortcut) { return fieldsToJSON(shortcut); }
 
 template <>
 Shortcut fromJSON<Shortcut>(const JSON& json) {
-    return {required<std::string>(json, "key"), {required<std::int64_t>(json, "modifiers")}};
+    return madeFromJSON<Shortcut>(json);
 }
 
 } // namespace orvane

@@ -9,6 +9,8 @@
 #include <QFileInfo>
 #include <QProcess>
 
+#include <utility>
+
 namespace orvane::views::DemoShoot {
 
 namespace {
@@ -23,7 +25,11 @@ QString maker() {
 
 } // namespace
 
-bool isAvailable() { return !maker().isEmpty(); }
+void whenAvailable(QObject* context, std::function<void()> then) {
+    inBackground(context, maker, [then = std::move(then)](const QString& program) {
+        if (!program.isEmpty()) then();
+    });
+}
 
 namespace {
 

@@ -150,11 +150,11 @@ QWidget* StartView::makeWelcome() {
            "Every clip gets its recording by timecode; nothing is changed on the cards.\n"
            "Look at what is in doubt, correct it, and export one document for Final Cut Pro.")));
     auto* row = new QHBoxLayout;
-    if (DemoShoot::isAvailable()) {
-        row->addWidget(demo_ = button(tr("Try It with a Demo Shoot"), Glyph::film));
-        demo_->setToolTip(tr("Makes two cameras and a recorder of a small shooting day, and scans them"));
-        connect(demo_, &QPushButton::clicked, this, [this] { makeDemo(); });
-    }
+    row->addWidget(demo_ = button(tr("Try It with a Demo Shoot"), Glyph::film));
+    demo_->setToolTip(tr("Makes two cameras and a recorder of a small shooting day, and scans them"));
+    connect(demo_, &QPushButton::clicked, this, [this] { makeDemo(); });
+    demo_->hide();
+    DemoShoot::whenAvailable(this, [this] { demo_->show(); });
     row->addWidget(demoState_ = facts({}), 1);
     rows->addLayout(row);
     return part;
@@ -163,7 +163,7 @@ QWidget* StartView::makeWelcome() {
 void StartView::showWelcome() {
     isWelcomeWanted_ = true;
     welcome_->show();
-    if (demo_ != nullptr) demo_->setFocus();
+    demo_->setFocus();
 }
 
 void StartView::makeDemo() {

@@ -88,7 +88,7 @@ class StartView : public QWidget {
     Remark* lost_;         ///< what a scan would remove from the open clips
     QWidget* welcome_;
     bool isWelcomeWanted_ = false; ///< even if there are sessions
-    QPushButton* demo_ = nullptr;  ///< null if the program that makes the demo shoot is missing
+    QPushButton* demo_;            ///< shown once the program that makes the demo shoot was found
     QLabel* demoState_;
     design::Section* recent_;
     QWidget* recentRows_ = nullptr;

@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Views/Timeline/TimelineCanvas.h"
 #include "OrvaneSyncApp/Views/Timeline/TimelineView.h"
 #include "OrvaneSyncApp/Views/Timeline/TrackHeader.h"
+#include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncApp/Views/WildTracksView.h"
 
 #include "MediaFactory/WaveMaker.h"
@@ -11,7 +12,7 @@
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 #include "Support/TimelineClip.h"
-#include "Views/Application.h"
+#include "Views/AllWindows.h"
 
 #include <QMenu>
 #include <QPaintEvent>
@@ -231,7 +232,7 @@ TEST_F(TimelineViewTest, BoxesOfAChannelRunTheirCommands) {
     QTest::mouseClick(view_->findChild<QAbstractButton*>("foldChannels"), Qt::LeftButton);
     settle();
     ASSERT_TRUE(box("ALGO-2").isVisible() && box("ALGO-2").isChecked());
-    EXPECT_EQ(box("ON-3").accessibleName(), "Export Track 3");
+    EXPECT_EQ(box("ON-3").accessibleName(), "Track 3: Toggle Audio Track");
     QTest::mouseClick(&box("ALGO-2"), Qt::LeftButton);
     settle();
     EXPECT_EQ(clip().algorithmExcludedTracks, std::set{2});
@@ -253,12 +254,23 @@ TEST_F(TimelineViewTest, BoxesOfAChannelRunTheirCommands) {
         << titles.join(", ").toStdString();
 }
 
+TEST_F(TimelineViewTest, InGermanItsBoxesAndMenusAreGerman) {
+    const test::Spoken spoken(QStringLiteral("de"));
+    openExpanded();
+    for (const QPoint place :
+         {at(11, RowKind::recordings), at(13.5, RowKind::channel, 1, true), at(13.5, RowKind::sound)})
+        canvas().menuAt(layout().hit(place.x(), place.y()));
+    EXPECT_FALSE(box("ON-1").toolTip().contains("With Alt"));
+    const QStringList missing = untranslatedTexts();
+    EXPECT_TRUE(missing.isEmpty()) << missing.join(QLatin1Char('\n')).toStdString();
+}
+
 TEST_F(TimelineViewTest, ARecordingOnALaneIsTakenByItsMenuOrADoubleClick) {
     open(id_);
     const auto menu = canvas().menuAt(layout().hit(layout().x(11), at(11, RowKind::recordings).y()));
     desktop_->controller().tracks().soloTrackActive(id_, 1);
     for (QAction* action : menu->actions())
-        if (action->text() == "Use This Recording") action->trigger();
+        if (action->text() == "Choose Recording") action->trigger();
     EXPECT_EQ(clip().audioMatches.front().audio->filename, "ZOOM0001.WAV");
     EXPECT_EQ(clip().manualActiveTracks, (std::set{1, 2})) << "it is heard, and the other one is not";
     settle();

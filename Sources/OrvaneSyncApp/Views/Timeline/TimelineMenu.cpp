@@ -46,13 +46,13 @@ std::unique_ptr<QMenu> TimelineCanvas::menuAt(const TimelineLayout::Hit& hit) {
         menu->addSection(views::text(recording.name));
         JSON chosen = ofClip();
         chosen.set("matchID", recording.matchID.text());
-        add("chooseRecording", std::move(chosen), tr("Use This Recording"));
+        add("chooseRecording", std::move(chosen));
         menu->addSeparator();
     }
     if (rows.hasSound && (hit.spot == Spot::waveform || hit.spot == Spot::anchor)) {
         JSON here = ofClip();
         here.set("secondsInAudio", hit.seconds - rows.soundOffset - rows.primaryStart);
-        add("setAnchor", std::move(here), tr("Set Sync Anchor Here"));
+        add("setAnchor", std::move(here));
         if (rows.anchorSeconds) add("setAudioAnchor", ofClip(), tr("Clear Sync Anchor"));
     }
     if (rows.hasSound) {

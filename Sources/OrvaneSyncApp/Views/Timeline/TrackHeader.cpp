@@ -31,17 +31,11 @@ constexpr double swatch = 9;
 /// The commands that a channel's switch runs, without and with Alt.
 struct BoxCommands {
     const char* word;
-    const char* name;
     std::string_view one, alone;
-    const char* tip;
 };
-constexpr BoxCommands boxCommands[] = {
-    {"ALGO", "Let the analysis use %1", "toggleAlgorithmInclusion", "soloAlgorithmInclusion",
-     "Lets the analysis use this channel. With Alt: this channel alone."},
-    {"ON", "Export %1", "toggleTrackActive", "soloTrackActive",
-     "Switches the channel on for the export. With Alt: this channel alone."},
-    {"SOLO", "Play %1 alone", "toggleSoloMonitor", "toggleSoloMonitor",
-     "Plays this channel alone, or ends that."}};
+constexpr BoxCommands boxCommands[] = {{"ALGO", "toggleAlgorithmInclusion", "soloAlgorithmInclusion"},
+                                       {"ON", "toggleTrackActive", "soloTrackActive"},
+                                       {"SOLO", "toggleSoloMonitor", "toggleSoloMonitor"}};
 
 /// Shows or hides the rows of the channels.
 class FoldButton : public QAbstractButton {
@@ -128,7 +122,10 @@ TrackHeader::Boxes TrackHeader::makeBoxes(int track) {
         auto* made = new TrackBox(area_);
         made->setObjectName(QStringLiteral("%1-%2").arg(QLatin1String(boxCommands[box].word)).arg(track));
         made->setText(QLatin1String(boxCommands[box].word));
-        made->setToolTip(QLatin1String(boxCommands[box].tip));
+        const BoxCommands& commands = boxCommands[box];
+        const QString help = translated(desktop_.command(commands.one).help);
+        made->setToolTip(commands.one == commands.alone ? help
+                                                        : tr("%1 With Alt: only this track.").arg(help));
         made->resize(made->sizeHint());
         connect(made, &QAbstractButton::clicked, this, [this, track, box] {
             run(track, box, QGuiApplication::keyboardModifiers().testFlag(Qt::AltModifier));
@@ -154,7 +151,8 @@ void TrackHeader::placeBoxes() {
             const TimelineChannel& channel = rows.channels[i];
             const bool isOn[] = {channel.isUsedByAlgorithm, channel.isActive, channel.isSolo};
             one.setChecked(isOn[box]);
-            one.setAccessibleName(QString::fromLatin1(boxCommands[box].name).arg(shownName(channel)));
+            one.setAccessibleName(QStringLiteral("%1: %2").arg(
+                shownName(channel), translated(desktop_.command(boxCommands[box].one).title)));
             one.move(x, static_cast<int>(row->y - TimelineLayout::rulerHeight) + nameHeight + 2);
             x += one.width() + space::tight;
         }

@@ -2,9 +2,10 @@
 """Checks that includes under Sources follow the layers.
 
 Each folder with a CMakeLists.txt is a module; its files may include headers of the modules that its target links (PUBLIC,
-directly or through others). The link step alone does not detect an include of a header that needs no library. Sources
-outside Sources/Platform may include the standard library and this project only, those of the windows also Qt, and a .cpp
-file a few headers of the system. Each module is in the list of folders in ARCHITECTURE.md.
+directly or through others), and no module links itself through others. The link step alone does not detect an include of
+a header that needs no library. Sources outside Sources/Platform may include the standard library and this project only,
+those of the windows also Qt, and a .cpp file a few headers of the system. Each module is in the list of folders in
+ARCHITECTURE.md.
 """
 import pathlib
 import re
@@ -60,6 +61,8 @@ def module_of(path, folders):
 def main():
     folders, links = modules()
     allowed = {target: reachable(target, links) for target in set(folders.values())}
+    wrong = [f"{target} links itself through other modules" for target in allowed
+             if any(target in reachable(linked, links) for linked in links.get(target, []))]
     # Loadable modules implement headers of the platform and of its other parts; these include the records that the modules
     # fill.
     platform = folders["Platform"]
@@ -69,8 +72,8 @@ def main():
     allowed[platform] = allowed[platform] | loaded
     guide = (ROOT / "ARCHITECTURE.md").read_text()
     guide = guide[guide.index("## The folders"):guide.index("Dependencies go down only")]
-    wrong = [f"ARCHITECTURE.md: the list of folders lacks {folder}" for folder in folders
-             if not re.search(rf"\b{folder.split('/')[-1]}\b", guide)]
+    wrong += [f"ARCHITECTURE.md: the list of folders lacks {folder}" for folder in folders
+              if not re.search(rf"\b{folder.split('/')[-1]}\b", guide)]
     listed = subprocess.run(
         ["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard", "Sources/*.h", "Sources/*.cpp"],
         cwd=ROOT, check=True, capture_output=True, text=True).stdout

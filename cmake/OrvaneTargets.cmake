@@ -39,11 +39,23 @@ if(ORVANE_FUZZ_COVERAGE)
     target_compile_options(orvane_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
+# orvane_add_folders(<pattern>): adds each folder of that pattern that has a CMakeLists.txt. Their order does not matter:
+# links are resolved when all targets are known, and Scripts/check-includes.py finds a circle of modules.
+function(orvane_add_folders pattern)
+    file(GLOB lists CONFIGURE_DEPENDS ${pattern}/CMakeLists.txt)
+    foreach(list IN LISTS lists)
+        get_filename_component(folder ${list} DIRECTORY)
+        add_subdirectory(${folder})
+    endforeach()
+endfunction()
+
 # orvane_layer_module(<target> [PUBLIC <targets>...] [PRIVATE <libraries>...])
 # One folder, one static library with every .cpp of the folder and of its subfolders that have no CMakeLists.txt of their
 # own. PUBLIC names the modules whose headers it may include, PRIVATE the libraries that it uses.
 function(orvane_layer_module target)
     cmake_parse_arguments(ARG "" "" "PUBLIC;PRIVATE" ${ARGN})
+    file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR}/Sources ${CMAKE_CURRENT_SOURCE_DIR})
+    set_property(GLOBAL PROPERTY orvane_module_of_${folder} ${target}) # for its tests
     file(GLOB_RECURSE sources CONFIGURE_DEPENDS *.cpp *.h)
     file(GLOB_RECURSE nested */CMakeLists.txt)
     foreach(list IN LISTS nested)

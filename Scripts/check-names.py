@@ -2,7 +2,7 @@
 """Checks the texts in the sources that name something declared elsewhere.
 
 - Commands: a command that the windows run must be in the table of commands. An argument must belong to the command of
-  the same call, or, if the call does not name one, to any command. The table is read from docs/automation.md, which a
+  the same call, or, if the call does not name one, to any command; so must one that the code of a command reads. The table is read from docs/automation.md, which a
   test compares with the program's.
 - Settings: a key is written only in its declaration; all other code uses the declaration. Each declaration is used
   outside the declarations and the settings window; this finds settings that no code reads.
@@ -18,6 +18,7 @@ SETTINGS_WINDOW = [SOURCES / "OrvaneSyncApp/ViewModels/Settings", SOURCES / "Orv
 # Settings without a reader, and why.
 UNREAD = {"overrideAnamorphic": "reserved, as its meaning says"}
 DECLARATIONS = SOURCES / "OrvaneSyncCore/Models/Settings"
+COMMANDS = SOURCES / "OrvaneSyncApp/Controllers/Commands"
 WINDOWS = [SOURCES / "OrvaneSyncApp/Views", SOURCES / "OrvaneSyncApp/ViewModels"]
 # Functions of the windows that take the identifier of a command, some of them after another argument.
 RUNS = re.compile(
@@ -26,6 +27,8 @@ RUNS = re.compile(
 # Other places of an identifier: what a row's is compared with, and tables with an icon or an act for a command.
 NAMED = re.compile(r'\bid [!=]= "([^"]*)"|\{"([^"]*)",\s*(?:Glyph::|\[(?:this|&|=)?\])')
 GIVES = re.compile(r'\.set\(\s*"([^"]*)"')
+# An argument that the code of a command reads.
+READS = re.compile(r'\bcall\.\w+\(\s*"([^"]*)"')
 # A command with the arguments that the same call passes to it.
 CALL = re.compile(r'\brun(?:FromField)?\(\s*"([^"]*)",\s*')
 MOVED = re.compile(r"(?:std::move\()?(\w+)\)?$")
@@ -109,6 +112,10 @@ def problems():
     arguments = set().union(*table.values())
     files = {file: text_of(file) for file in sources(SOURCES)}
     windows = [file for file in files if any(folder in file.parents for folder in WINDOWS)]
+    for file in sources(COMMANDS):
+        for found in READS.finditer(files[file]):
+            if found[1] not in arguments:
+                yield file, line(files[file], found.start()), f"no command takes an argument '{found[1]}'"
     # The members of answers are written in the code of the commands.
     members = {word for file in files if file not in windows for word in WORD.findall(files[file])}
     made = {name: set(GIVES.findall(body)) for file in windows for name, body in MADE.findall(files[file])}

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <fstream>
 #include <map>
+#include <stdexcept>
 
 namespace orvane {
 namespace {
@@ -379,6 +380,13 @@ TEST_F(SessionManagerTest, settingsFollowTheWorkIntoItsFolder) {
         << "the other one has the same";
     finish(manager_->load(first, controller_));
     EXPECT_TRUE(manager_->places().appliedSettings().empty());
+}
+
+TEST(Call, ANameThatTheRowOfTheCommandDoesNotHaveIsAMistakeOfTheCode) {
+    const platform::JSON given = platform::JSON::object();
+    const commands::Call call(commands::command("undo"), &given);
+    EXPECT_THROW((void)call.has("groupId"), std::logic_error);
+    EXPECT_THROW((void)call.textIfPresent("output"), std::logic_error);
 }
 
 /// The sessions through the commands of the windows and of `serve`.

@@ -137,8 +137,14 @@ Call::Call(const Command& command, const JSON* params) : command_(&command) {
             throw Error(Refusal::invalidArguments, said + "takes no '" + name + "'");
 }
 
+const JSON* Call::memberNamed(std::string_view name) const {
+    if (std::ranges::find(command_->parameters, name, &Parameter::name) == command_->parameters.end())
+        throw std::logic_error(std::string(command_->id) + " has no parameter " + std::string(name));
+    return params_.find(name);
+}
+
 const JSON* Call::find(std::string_view name) const {
-    const JSON* value = params_.find(name);
+    const JSON* value = memberNamed(name);
     return value == nullptr || value->isNull() ? nullptr : value;
 }
 

@@ -56,7 +56,7 @@ class Call {
 
     bool has(std::string_view name) const { return find(name) != nullptr; }
     /// True also if its value is null.
-    bool mentions(std::string_view name) const { return params_.find(name) != nullptr; }
+    bool mentions(std::string_view name) const { return memberNamed(name) != nullptr; }
     /// Whether it is a parameter of the kind `id` and is present.
     bool names(std::string_view name) const;
     // Each takes the name of a parameter of that kind, which must be present.
@@ -76,6 +76,8 @@ class Call {
 
   private:
     const JSON* find(std::string_view name) const;
+    /// Throws std::logic_error for a name that the command's row does not have.
+    const JSON* memberNamed(std::string_view name) const;
 
     const Command* command_;
     JSON params_;

@@ -67,7 +67,7 @@ platform::Task exportedDocument(CommandContext& context, Call call, std::shared_
     co_await checking;
     const auto result = std::make_shared<ExportResult>();
     WorkSnapshot work(*controller);
-    const auto clip = call.has(groupID.name) ? std::optional(call.id(groupID.name)) : std::nullopt;
+    const auto clip = call.names(groupID.name) ? std::optional(call.id(groupID.name)) : std::nullopt;
     const platform::Task making =
         controller->exporting().exportInBackground(clip, exportSettings(context, call), result);
     co_await making;

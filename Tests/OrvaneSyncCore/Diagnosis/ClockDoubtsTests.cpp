@@ -603,6 +603,14 @@ TEST(ClockDoubts, TellsOfTheClipsFromWhichOnACamerasClockIsWrong) {
         const std::string cure = card->doubt.cure.text();
         EXPECT_NE(cure.find("--exclude 'CAM_A' --exclude 'CAM_B/B0.mov'"), std::string::npos) << cure;
         EXPECT_EQ(cure.starts_with("--sound-offset 01:00:00:00"), ahead == 3600) << cure;
+        // Locks on the clips that are right change nothing about the others.
+        shot.locksWhatIsHeard = true;
+        shot.diagnose();
+        const auto locked = shot.card(Kind::constantOffset);
+        ASSERT_TRUE(locked) << ahead;
+        EXPECT_EQ(locked->doubt.message, card->doubt.message);
+        EXPECT_EQ(locked->doubt.cure.text(), cure);
+        EXPECT_EQ(locked->groupIDs.size(), 4U);
     }
 }
 

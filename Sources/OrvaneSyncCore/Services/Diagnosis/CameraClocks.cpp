@@ -42,7 +42,7 @@ class CameraClocks {
   public:
     CameraClocks(const Shoot& shoot, const TimedClips& clips, const SuspectedCards& suspected,
                  SyncDoubts& doubts, std::vector<SoundClaim>* toHear)
-        : shoot_(shoot), clips_(clips.all), suspected_(suspected), doubts_(doubts), toHear_(toHear),
+        : shoot_(shoot), evidence_(clips.evidence), suspected_(suspected), doubts_(doubts), toHear_(toHear),
           rate_(rateOfLabels(shoot)), cure_(shoot, rate_) {}
 
     void add() {
@@ -57,7 +57,7 @@ class CameraClocks {
         CameraTrial whole{card};
         for (const std::size_t file : card.files) {
             const Shoot::Clip& clip = shoot_.clips[file];
-            if (clip.isDecided || clip.group->matchStatus.kind == MatchStatus::Kind::mos) continue;
+            if (!std::ranges::binary_search(evidence_, &clip)) continue; // both in the order of the clips
             if (doubts_.has(clip.group->id, {Kind::constantOffset})) return;
             (clip.isCovered ? whole.covered : whole.clips).push_back(&clip);
         }
@@ -90,7 +90,7 @@ class CameraClocks {
         return part;
     }
     bool isFilmedIn(const std::string& folder, long day) const {
-        return std::ranges::any_of(clips_, [&](const Shoot::Clip* clip) {
+        return std::ranges::any_of(evidence_, [&](const Shoot::Clip* clip) {
             return clip->likelyDay() == day && folderOf(clip->group->video) == folder;
         });
     }
@@ -99,7 +99,7 @@ class CameraClocks {
         // camera filmed a take twice.
         std::vector<bool> isTried(shoot_.recordings.size(), !trial.isPart);
         if (trial.isPart) {
-            for (const Shoot::Clip* clip : clips_)
+            for (const Shoot::Clip* clip : evidence_)
                 if (clip->isCovered && clip->primary) isTried[shoot_.wholes.firstOf[*clip->primary]] = true;
             for (const std::size_t file : trial.card.files)
                 if (const auto& own = shoot_.clips[file].primary)
@@ -133,7 +133,7 @@ class CameraClocks {
     bool isOfOtherUnit(const Shoot::Clip& clip, std::size_t whole) const {
         const MediaAsset& sound = *shoot_.recordings[whole].asset;
         const auto own = UnitNearness::of(clip.group->video, sound);
-        return std::ranges::any_of(clips_, [&](const Shoot::Clip* other) {
+        return std::ranges::any_of(evidence_, [&](const Shoot::Clip* other) {
             return other->isCovered && other->primary && shoot_.wholes.firstOf[*other->primary] == whole &&
                    UnitNearness::of(other->group->video, sound) > own;
         });
@@ -223,7 +223,8 @@ class CameraClocks {
                                       "'choice' and 'offset_frames'") +
                    known.clapAfter(rate_);
         const std::vector<const Shoot::Clip*> own = found;
-        found.insert(found.end(), trial.covered.begin(), trial.covered.end());
+        std::ranges::copy_if(trial.covered, std::back_inserter(found),
+                             [](const Shoot::Clip* clip) { return !clip->isDecided; });
         std::ranges::sort(found); // in the order of the clips
         addCardDoubt(doubts_, {Kind::constantOffset, text + known.knownTo(rate_), std::move(cure)}, found);
         for (std::size_t i = 0; isTable && i < own.size(); ++i)
@@ -231,7 +232,7 @@ class CameraClocks {
     }
 
     const Shoot& shoot_;
-    const std::vector<const Shoot::Clip*>& clips_;
+    const std::vector<const Shoot::Clip*>& evidence_;
     const SuspectedCards& suspected_;
     SyncDoubts& doubts_;
     std::vector<SoundClaim>* toHear_;

@@ -40,7 +40,7 @@ class ClockDoubts {
     ClockDoubts(const Shoot& shoot, const TimedClips& clips, SyncDoubts& doubts,
                 std::vector<SoundClaim>* toHear)
         : shoot_(shoot), doubts_(doubts), toHear_(toHear), rate_(rateOfLabels(shoot)), cure_(shoot, rate_),
-          clips_(clips.all), uncovered_(clips.uncovered), suspected_(shoot, clips),
+          clips_(clips.all), uncovered_(clips.uncovered), evidence_(clips.evidence), suspected_(shoot, clips),
           isDateGivenToSeveralShoots_(givesDateToSeveralShoots(shoot)) {}
 
     const SuspectedCards& suspected() const { return suspected_; }
@@ -99,7 +99,7 @@ class ClockDoubts {
                });
     }
     bool isRecorderReset(long day) const {
-        return isDateOfAReset(day, clips_, [](const Shoot::Clip* clip) { return clip->likelyDay(); });
+        return isDateOfAReset(day, evidence_, [](const Shoot::Clip* clip) { return clip->likelyDay(); });
     }
     bool isCameraReset(long day) const {
         return isDateOfAReset(day, shoot_.recordings,
@@ -155,7 +155,7 @@ class ClockDoubts {
         const Cover sound = times.coverAt(0);
         const auto wholes = shoot_.wholes.oneOfEach(card.files);
         std::set<std::size_t> used;
-        for (const Shoot::Clip* clip : clips_)
+        for (const Shoot::Clip* clip : evidence_)
             if (const auto found = times.mayOverlap(*clip) ? times.covered(sound, *clip) : std::nullopt)
                 used.insert(found->whole);
         return static_cast<double>(used.size()) >= explanation::majority * static_cast<double>(wholes.size());
@@ -421,6 +421,7 @@ class ClockDoubts {
     OffsetCure cure_;
     const std::vector<const Shoot::Clip*>& clips_;
     const std::vector<const Shoot::Clip*>& uncovered_;
+    const std::vector<const Shoot::Clip*>& evidence_;
     const SuspectedCards suspected_;
     bool isDateGivenToSeveralShoots_;
 };

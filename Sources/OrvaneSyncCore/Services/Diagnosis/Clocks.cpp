@@ -43,8 +43,10 @@ std::optional<std::size_t> Covers::of(const FilePlace& clip) const {
 
 TimedClips::TimedClips(const Shoot& shoot) {
     for (const Shoot::Clip& clip : shoot.clips) {
-        if (!clip.place || clip.isDecided) continue;
-        if (clip.group->matchStatus.kind == MatchStatus::Kind::mos) continue;
+        if (!clip.place || clip.group->matchStatus.kind == MatchStatus::Kind::mos) continue;
+        if (!clip.isDecided || (clip.isCovered && !clip.group->isExcludedFromExport))
+            evidence.push_back(&clip);
+        if (clip.isDecided) continue;
         all.push_back(&clip);
         if (!clip.isCovered) uncovered.push_back(&clip);
     }

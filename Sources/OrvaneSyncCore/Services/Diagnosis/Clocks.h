@@ -90,6 +90,9 @@ class Covers {
 struct TimedClips {
     explicit TimedClips(const Shoot& shoot);
     std::vector<const Shoot::Clip*> all, uncovered;
+    /// `all`, and the clips that were settled by hand with the sound that timecode gives them. These are not
+    /// in doubt, but show which clocks are right.
+    std::vector<const Shoot::Clip*> evidence;
 };
 
 /// The share of the clips' hours during which there is sound.

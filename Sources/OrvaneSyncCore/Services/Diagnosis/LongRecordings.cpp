@@ -42,7 +42,7 @@ class LongRecordings {
         for (const std::size_t file : wholes) sound.add(shoot_.wholes.places[file], file);
         sound.finish();
         std::vector<const Shoot::Clip*> clips;
-        for (const Shoot::Clip* clip : clips_.all)
+        for (const Shoot::Clip* clip : clips_.evidence)
             if (std::ranges::any_of(wholes, [&](std::size_t file) { return mayOverlap(file, *clip); }))
                 clips.push_back(clip);
         // If some clips have sound, the others may have been shot without.

@@ -64,9 +64,9 @@ class RateDoubts {
     /// The rate at which most clips without sound find it, if labels that count equally were read at another
     /// rate: 23.976 as 24, drop frame as non-drop.
     std::optional<Rate> otherRate() const {
-        const double now = static_cast<double>(clips_.all.size() - clips_.uncovered.size());
-        if (static_cast<double>(clips_.all.size()) <= explanation::clearly * now) return std::nullopt;
-        const double share = soundShare(shoot_, clips_.all);
+        const double now = static_cast<double>(clips_.evidence.size() - clips_.uncovered.size());
+        if (static_cast<double>(clips_.evidence.size()) <= explanation::clearly * now) return std::nullopt;
+        const double share = soundShare(shoot_, clips_.evidence);
         std::optional<Rate> best;
         int most = explanation::fewest - 1;
         for (const auto candidate : ratesCountingAs(rate_)) {
@@ -150,7 +150,7 @@ class RateDoubts {
         covers.finish();
         std::set<std::size_t> used;
         Explained all, without;
-        for (const Shoot::Clip* clip : clips_.all) {
+        for (const Shoot::Clip* clip : clips_.evidence) {
             auto place = places.of(clip->group->video);
             if (place) place->day = clip->place->day;
             const auto sound = place ? covers.of(*place) : std::nullopt;

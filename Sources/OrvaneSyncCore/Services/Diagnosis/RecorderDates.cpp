@@ -32,7 +32,7 @@ class RecorderDates {
 
     void add() {
         if (days_.empty()) return;
-        const RecordersCards recorders(shoot_, clips_.all);
+        const RecordersCards recorders(shoot_, clips_.evidence);
         for (const Card& card : recorders.cards) {
             platform::throwIfStopped(shoot_.stop);
             if (card.day && recorders.fitsFewClips(card)) dateOf(card);

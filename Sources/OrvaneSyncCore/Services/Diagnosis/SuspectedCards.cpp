@@ -37,7 +37,7 @@ std::string SuspectedCard::name(const Shoot& shoot) const {
 
 SuspectedCards::SuspectedCards(const Shoot& shoot, const TimedClips& clips)
     : isSuspected(shoot.recordings.size()) {
-    const RecordersCards recorders(shoot, clips.all);
+    const RecordersCards recorders(shoot, clips.evidence);
     const std::vector<std::size_t> beside = besideTheirOwnRecorders(shoot);
     for (std::size_t i = 0; i < shoot.recordings.size(); ++i)
         if (const auto day = shoot.recordings[i].place.day; day && recorders.isRight[i])

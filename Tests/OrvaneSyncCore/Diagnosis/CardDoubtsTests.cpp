@@ -53,7 +53,10 @@ TEST(CardDoubts, FilesThatEndEarlyAreToldOnceAFolder) {
     const auto shortSound = std::ranges::find(own, Kind::shortSound, &SyncDoubt::kind);
     ASSERT_NE(shortSound, own.end());
     EXPECT_TRUE(shortSound->cure.text().starts_with("copy 'T1.wav' again from the card, as it ends early"));
-    EXPECT_EQ(std::ranges::find(own, Kind::cutByTrim, &SyncDoubt::kind), own.end());
+    const auto cut = std::ranges::find(own, Kind::cutByTrim, &SyncDoubt::kind);
+    ASSERT_NE(cut, own.end());
+    EXPECT_NE(cut->message.find("is cut from 30.0 s to 18.0 s"), std::string::npos) << cut->message;
+    EXPECT_TRUE(cut->cure.text().starts_with("--set trimMode=video keeps")) << cut->cure.text();
     EXPECT_EQ(shortSound->message, "'A1.mov' " + shortSound->reason);
     const SyncDoubt& second = shot.doubts.byGroup.at(shot.groups[1].id).front();
     EXPECT_EQ(second.reason, "'T2.wav' ends early: 0:40 of the 0:44 that its header states are there");

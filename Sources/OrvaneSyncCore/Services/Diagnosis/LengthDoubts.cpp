@@ -118,13 +118,17 @@ class LengthDoubts {
     }
     void cutByTrim() {
         const auto cut = cutOff();
-        // Those doubts, and the one about a damaged file, report both.
-        if (!cut || isSoundCutOff() || of_.clip.atMidnight != nullptr || damaged() != nullptr) return;
+        // Those doubts report both.
+        if (!cut || isSoundCutOff() || of_.clip.atMidnight != nullptr) return;
         const double picture = of_.group.video.durationSeconds.value_or(0);
         of_.addOf(Kind::cutByTrim,
                   "is cut from " + formatted("%.1f s", picture) + formatted(" to %.1f s,", picture - *cut) +
                       " the length of its sound, counted from the picture's start",
-                  isPartedAtMidnight() ? acrossMidnight() : cureOfCut());
+                  isPartedAtMidnight() ? acrossMidnight()
+                  : damaged() != nullptr
+                      ? trimOption(TrimMode::videoDuration) + " keeps all of the picture, until " +
+                            of_.shoot.nameOf(*damaged()) + " is copied again"
+                      : cureOfCut());
     }
     /// With the rule of neighbouring days only times of day are compared: a recording that continues after
     /// midnight is not found.

@@ -47,7 +47,7 @@ TEST(TimecodeDocument, whatADocumentStates) {
     check("the document's rate where the file has none", ltcTable("tcFps='24'", "22410317"), {},
           "17:03:41:22 fps23_976");
     check("a label", ltcTable("tcFps='25'", "10:11:12:13"), 25.0, "10:11:12:13 fps25");
-    check("a frame beyond the base", ltcTable("tcFps='25'", "25000001"), 25.0, "none");
+    check("a frame beyond the base", ltcTable("tcFps='25'", "25000001"), 25.0, "01:00:00:25 fps25");
     check("no digits", ltcTable("tcFps='25'", "1A000001"), 25.0, "none");
     check("a start of 0 of a camera", ltcTable("tcFps='25'", "00000000"), 25.0, "00:00:00:00 fps25");
 
@@ -154,6 +154,8 @@ TEST_F(Starts, filesBesideAClip) {
     folder.write("C002.MOV.xmp", xmp(xmpTimecode("startTimecode", "25Timecode", "03:00:00:00")));
     folder.write("D001.ale", log);
     folder.write("E001.xml", "<broken");
+    folder.write("F001.ale", "Heading\nFIELD_DELIM\tTABS\nFPS\t25\n\nColumn\nName\tStart\n\nData\n"
+                             "F001\t09:05:00:27\n");
     folder.write("A001R2EC_AVID.ALE",
                  "Heading\nFIELD_DELIM\tTABS\nFPS\t24\n\nColumn\nName\tSource File\tStart\n\n"
                  "Data\nA001C001_110101_R2EC\t\t06:00:00:00\n"
@@ -165,6 +167,7 @@ TEST_F(Starts, filesBesideAClip) {
          {Case{"c001.MP4", "02:00:00:00 fps25", "C001M01.XML"},
           Case{"C002.mov", "03:00:00:00 fps25", "C002.MOV.xmp"},
           Case{"D001.mov", "04:00:00:00 fps25", "D001.ale"}, Case{"E001.mov", "none", ""},
+          Case{"F001.mov", "09:05:00:27 fps25", "F001.ale"},
           Case{"A001C001_110101_R2EC.mov", "06:00:00:00 fps24", "A001R2EC_AVID.ALE"},
           Case{"A001C002_110101_R2EC.mov", "07:00:00:23 fps24", "A001R2EC_AVID.ALE"},
           Case{"A001C003_110101_R2EC.mov", "none", ""}, Case{"C001X.mov", "none", ""}}) {

@@ -22,7 +22,7 @@ class ProbeCache {
     /// The version of everything that a probe reads. Increase it whenever a probe reads more or reads
     /// something differently, or ProbeRecord stores assets differently: then files are probed again and keep
     /// their ids.
-    static constexpr std::uint32_t currentReaderVersion = 9;
+    static constexpr std::uint32_t currentReaderVersion = 10;
 
     explicit ProbeCache(std::string path);
     /// With a queue of the caller: all state and the file are used on it, and its clock delays the writes.

@@ -33,7 +33,7 @@ std::string_view nameOf(std::string_view path) { return path.substr(path.rfind('
 std::string folderOf(const std::string& path) { return path.substr(0, path.size() - nameOf(path).size()); }
 std::string_view stemOf(std::string_view name) { return name.substr(0, name.rfind('.')); }
 
-std::optional<StartTimecode> startOf(const StatedTimecode::Label& label, std::optional<double> fps) {
+StartTimecode startOf(const StatedTimecode::Label& label, std::optional<double> fps) {
     constexpr double highestRate = 120;
     if (!fps || !(*fps >= 1) || *fps > highestRate) return StatedTimecode::start(label, std::nullopt);
     const int base = static_cast<int>(std::lround(*fps));
@@ -54,11 +54,10 @@ ClipLog ClipLog::read(std::string_view text) {
             std::string_view fps = clip.cell("FPS").value_or("");
             if (fps.empty() && whole != log.heading().end()) fps = whole->second;
             const auto start = startOf(*label, platform::text::decimalNumber(platform::text::trimmed(fps)));
-            if (!start) continue;
             if (log.clipCount() == 1) result.only_ = start;
             for (const std::string_view column : {"Name", "Source File"})
                 if (const auto name = platform::text::trimmed(clip.cell(column).value_or("")); !name.empty())
-                    result.byName_.emplace(lowercase(stemOf(nameOf(name))), *start);
+                    result.byName_.emplace(lowercase(stemOf(nameOf(name))), start);
         }
     } catch (const ALEParserError&) {
         // The text is not a log.

@@ -50,11 +50,10 @@ std::optional<TimecodeFrameRate> rateOf(int base, bool isDrop, std::optional<dou
     return exact ? exact : timecodeRate::from(rate, false);
 }
 
-std::optional<StartTimecode> start(const Label& label, std::optional<TimecodeFrameRate> rate) {
-    if (rate && label.frames >= timecodeRate::maxFrames(*rate)) return std::nullopt;
+StartTimecode start(const Label& label, std::optional<TimecodeFrameRate> rate) {
     const Timecode::Components components{0, label.hours, label.minutes, label.seconds, label.frames, 0};
     std::string text = Timecode(components, rate.value_or(TimecodeFrameRate::fps24)).stringValue();
-    return StartTimecode{std::move(text), rate};
+    return {std::move(text), rate};
 }
 
 } // namespace orvane::StatedTimecode

@@ -33,8 +33,9 @@ std::optional<Label> labelIn(std::string_view text);
 /// decides between the two, and without it whether it is drop frame.
 std::optional<TimecodeFrameRate> rateOf(int base, bool isDrop, std::optional<double> pictureRate);
 
-/// Absent if the rate has no such frame.
-std::optional<StartTimecode> start(const Label& label, std::optional<TimecodeFrameRate> rate);
+/// The frame may be one that the rate does not have: a doubt reports it, and the file would have no start
+/// without it.
+StartTimecode start(const Label& label, std::optional<TimecodeFrameRate> rate);
 
 } // namespace StatedTimecode
 } // namespace orvane

@@ -1,4 +1,6 @@
 #include "MediaFactory/WaveMaker.h"
+#include "OrvaneSyncApp/ViewModels/Results/DoubtCures.h"
+#include "OrvaneSyncCore/Models/Settings.h"
 #include "Platform/Files.h"
 #include "ServeTest.h"
 #include "Support/Assets.h"
@@ -201,6 +203,28 @@ TEST_F(ServeTest, anotherFileIsReplacedOnRequestAlone) {
         call(method, arguments + R"(,"overwrite":true})");
         EXPECT_NE(folder_.read("notes.txt"), "mine") << method;
     }
+}
+
+TEST_F(ServeTest, theDaysOfACureHoldForTheWorkUntilItsScanIsUndone) {
+    scan();
+    const auto daysOfNextScan = [&] {
+        call("startScan");
+        return context_.controller->work().matchRules().days;
+    };
+    const CureStep cure = cureInWords(DoubtCure(CureOption::Kind::days, "same")).steps.front();
+    call(cure.command, cure.arguments.text());
+    EXPECT_EQ(daysOfNextScan(), MatchingDays::same);
+    EXPECT_EQ(context_.settings->value(settings::matchingDays.key), std::nullopt);
+    call("undo");
+    call("redo");
+    EXPECT_EQ(daysOfNextScan(), MatchingDays::same);
+    call("undo");
+    call("undo");
+    EXPECT_EQ(daysOfNextScan(), MatchingDays::automatic);
+    call(cure.command, cure.arguments.text());
+    call("setCorrections", R"({"days":null})");
+    EXPECT_EQ(daysOfNextScan(), MatchingDays::automatic);
+    EXPECT_NE(failure("setCorrections", R"({"days":"monday"})"), "");
 }
 
 TEST_F(ServeTest, aFolderIsNamedLeftOrTakenAway) {

@@ -295,6 +295,9 @@ void OpenWork::applyStep(bool isUndo) {
         isEdited_ = true;
         WildTracks wildTracks = wildTracksOf(target, clipsBefore);
         const bool isOfOtherScan = std::exchange(scan_, target.scan) != target.scan;
+        // Otherwise the next scan would give the result again that was taken back.
+        if (target.matchedBy.corrections != matchedBy_.corrections)
+            setSourceCorrections(withoutStandardDays(target.matchedBy.corrections));
         matchedBy_ = std::move(target.matchedBy);
         projectEntries_ = std::move(target.projectEntries);
         setClips(std::move(target.groups), std::move(wildTracks));

@@ -56,6 +56,16 @@ std::ptrdiff_t newClips(const SyncGroupList& clips, const SyncGroupList& before)
                                  [&](const SyncGroup& clip) { return !known.contains(clip.video.url.path); });
 }
 
+/// Which days the clips were matched with, if that is not the default; else empty.
+QString daysText(const WorkState& work) {
+    const MatchingDays days = work.matchRules().days;
+    if (days == settings::matchingDays.standard()) return {};
+    const QString name = translatedSentence(displayText(days));
+    return days == work.environment.settings->get(settings::matchingDays)
+               ? QObject::tr("Days whose sound a clip meets, by the settings: %1.").arg(name)
+               : QObject::tr("Days whose sound a clip meets, for this work only: %1.").arg(name);
+}
+
 QString keptText(std::ptrdiff_t newOnes) {
     return newOnes == 0 ? QObject::tr("All decisions were kept.")
                         : QObject::tr("All decisions were kept; the scan found %1.")
@@ -346,6 +356,7 @@ void WorkBanner::showScanWarnings(Signal signal, const QString& notice) {
             }
             QStringList shown;
             if (!notice.isEmpty()) shown << notice;
+            if (const QString days = daysText(desktop_.controller().work()); !days.isEmpty()) shown << days;
             shown << all.mid(0, 1);
             if (shown.isEmpty()) return;
             ofPage_ = shown.join(QLatin1Char('\n'));

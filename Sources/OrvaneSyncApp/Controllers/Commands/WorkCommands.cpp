@@ -159,7 +159,10 @@ JSON setCorrections(CommandContext& context, const Call& call) {
                                          text("soundDate", present.soundDate), text("timecodeRate", rate));
         const SyncGroupList& groups = context.controller->work().syncGroups();
         if (!groups.empty()) corrections.soundOffsetSeconds(rateOfMostClips(groups));
-        corrections.days = context.controller->work().keptCorrections().days;
+        const auto days = call.textIfPresent("days");
+        corrections.days = days                    ? fromRawValue<MatchingDays>(*days)
+                           : call.mentions("days") ? std::nullopt
+                                                   : context.controller->work().keptCorrections().days;
         context.controller->scan().setCorrections(std::move(corrections));
     } catch (const CorrectionError& error) {
         throw Error(Refusal::invalidArguments, std::string("setCorrections: ") + error.what());
@@ -324,11 +327,15 @@ std::vector<Command> workCommands() {
              leaveUnsaved},
             setFolders)
             .alsoBy({"sync", "scan"}),
-        Command("setCorrections", "Correct the Sources",
-                "Says what the files say wrongly, for the next scan: how much later the sound lies, its day, "
-                "and the rate at which timecode counts.",
-                {{"soundOffset", text, true}, {"soundDate", text, true}, {"timecodeRate", text, true}},
-                setCorrections)
+        Command(
+            "setCorrections", "Correct the Sources",
+            "Says what the files say wrongly, for the next scan: how much later the sound lies, its day, "
+            "the rate at which timecode counts, and which days are matched in this work.",
+            {{"soundOffset", text, true},
+             {"soundDate", text, true},
+             {"timecodeRate", text, true},
+             {.name = "days", .kind = text, .isOptional = true, .choices = RawValues<MatchingDays>::texts}},
+            setCorrections)
             .alsoBy({"sync", "scan"}),
         Command::later("startScan", "Scan & Match",
                        "Reads the folders and matches what is in them. Where they are other work "

@@ -19,12 +19,6 @@ JSON one(std::string_view key, JSON value) {
     return arguments;
 }
 
-JSON setting(std::string_view key, std::string_view value) {
-    JSON arguments = one("key", JSON(std::string(key)));
-    arguments.set("value", JSON(std::string(value)));
-    return arguments;
-}
-
 /// The words for an option, and the step that does the same.
 struct Spoken {
     std::string words;
@@ -35,8 +29,7 @@ std::optional<Spoken> spokenDays(const std::string& value) {
     const auto rule = fromRawValue<MatchingDays>(value);
     if (!rule) return std::nullopt;
     const auto spoken = [&](const char* words, const char* button) {
-        return Spoken{words,
-                      CureStep{button, "setSetting", setting(settings::matchingDays.key, value), true}};
+        return Spoken{words, CureStep{button, "setCorrections", one("days", JSON(value)), true}};
     };
     switch (*rule) {
     case MatchingDays::same:

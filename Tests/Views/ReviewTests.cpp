@@ -648,11 +648,12 @@ TEST_F(ReviewTest, CamerasOfATakePlayTogether) {
     desktop_->showBriefly = [&](const QString& why) { refused = why; };
     press(Qt::Key_Period);
     EXPECT_TRUE(refused.contains("one camera"));
+    const auto group = [this](std::size_t index) -> const SyncGroup& { return this->clip(index); };
     press(Qt::Key_2);
     press(Qt::Key_L, Qt::ControlModifier);
-    EXPECT_TRUE(clip(1).isLocked && !clip(0).isLocked) << "the camera that is heard";
+    EXPECT_TRUE(group(1).isLocked && !group(0).isLocked) << "the camera that is heard";
     press(Qt::Key_Return, Qt::ControlModifier);
-    EXPECT_TRUE(clip(1).isApproved && !clip(0).isApproved);
+    EXPECT_TRUE(group(1).isApproved && !group(0).isApproved);
     press(Qt::Key_BracketRight);
     EXPECT_TRUE(window_->review().isVisible() && window_->review().clip() == ids_[2]) << "it has one camera";
     window_->openMulticam({ids_[0], ids_[1]});

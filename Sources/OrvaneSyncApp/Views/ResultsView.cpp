@@ -327,9 +327,10 @@ void ResultsView::showDoubts() {
 
 void ResultsView::fitWildTracks() {
     if (isBorderChosen_) return;
-    const int most = std::clamp(height() / shareOfWildTracks, wildTracks_->heightOfRows(leastWildTracks),
-                                wildTracks_->heightOfRows(mostWildTracks));
-    lists_->setSizes({std::max(0, lists_->height() - lists_->handleWidth() - most), most});
+    int rows = mostWildTracks;
+    while (rows > leastWildTracks && wildTracks_->heightOfRows(rows) > height() / shareOfWildTracks) --rows;
+    const int needed = wildTracks_->heightOfRows(rows);
+    lists_->setSizes({std::max(0, lists_->height() - lists_->handleWidth() - needed), needed});
 }
 
 QString ResultsView::hint() const { return tr("Double click or Return opens a clip"); }

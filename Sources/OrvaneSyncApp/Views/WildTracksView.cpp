@@ -140,7 +140,7 @@ void WildTracksView::fill() {
 
 int WildTracksView::heightOfRows(int most) const {
     const QMargins around = layout()->contentsMargins();
-    return around.top() + title_->sizeHint().height() + layout()->spacing() +
+    return around.top() + title_->heightForWidth(width()) + layout()->spacing() +
            list_->header()->sizeHint().height() +
            std::min(most, list_->topLevelItemCount()) * std::max(0, list_->sizeHintForRow(0)) +
            2 * list_->frameWidth() + around.bottom();

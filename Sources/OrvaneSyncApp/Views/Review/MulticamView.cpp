@@ -90,6 +90,7 @@ class MulticamView::Cell : public QFrame {
         timecode_->setWordWrap(false);
         timecode_->setAccessibleName(tr("Timecode of %1").arg(name));
         row->addWidget(timecode_);
+        row->addSpacing(space::small);
         heard_ = button(tr("Hear"), Glyph::sound);
         heard_->setCheckable(true); // the colour of a choice, because the two words look alike
         heard_->setFocusPolicy(Qt::TabFocus);

@@ -19,8 +19,8 @@ namespace {
 
 constexpr int gap = 2;
 constexpr int captionHeight = 20;
-constexpr int clapHeight = 18;     ///< of the line above the sound with the word for the clap
-constexpr double soundShare = 0.3; ///< of the height
+constexpr int clapHeight = 18;      ///< of the line above the sound with the word for the clap
+constexpr double soundShare = 0.25; ///< of the height
 constexpr int pictures = static_cast<int>(SyncLensPlan::pictureCount);
 
 } // namespace

@@ -250,6 +250,10 @@ TEST_F(InspectorModelTest, recordingsCanBeChosenAndAttached) {
     EXPECT_EQ(nearest.front().audio.filename, "OTHER.wav") << "before the wild track, which is far away";
     EXPECT_EQ(nearest.front().fromClip, 0);
 
+    EXPECT_FALSE(RecordingsPart::of(*controller_, group(b_)).isOutside);
+    controller_->clips().adjustAudioOffset(b_, -3600);
+    EXPECT_TRUE(RecordingsPart::of(*controller_, group(b_)).prompt.ends_with("P moves the sound there."));
+    controller_->clips().resetAudioOffset(b_);
     change(b_,
            [&](SyncGroup& own) { own.audioMatches.emplace_back(slated(audio("T1.wav"), "12", "3"), 0, 60); });
     part = RecordingsPart::of(*controller_, group(b_));
@@ -336,7 +340,15 @@ TEST(KeyOverviewTest, greysWhatDoesNothing) {
     ReviewSituation now{.hasClip = true, .isLoaded = true, .hasSound = true, .isLocked = true};
     EXPECT_TRUE(row(now, nudgePeriodPlus).acts) << "a lock leaves the nudges";
     EXPECT_FALSE(row(now, updateClapPoint).acts);
-    EXPECT_FALSE(row(now, clearLoop).acts || row(now, nextGroup).acts);
+    EXPECT_FALSE(row(now, nextGroup).acts);
+    for (const bool isLooping : {false, true}) {
+        now.isLooping = isLooping;
+        std::vector<std::string> escapes;
+        for (const KeyGroup& group : keyOverview(defaultBindings(), now))
+            for (const KeyGroup::Row& one : group.rows)
+                if (one.key == "Esc") escapes.push_back(one.label);
+        EXPECT_EQ(escapes, std::vector<std::string>{isLooping ? "Clear Loop" : "Back to the Results"});
+    }
     EXPECT_THROW(row(now, audioOffsetPlus), std::logic_error) << "no key leads there";
     EXPECT_EQ(row(now, nudgePeriodPlus10).key, "Shift+.");
     EXPECT_EQ(row(now, slowMoForward).key, "K held, L");

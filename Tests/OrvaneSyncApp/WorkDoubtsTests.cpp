@@ -301,6 +301,11 @@ TEST_F(WorkDoubtsTest, FindTheirClipsInTheListAndLeaveThemWithTheDoubt) {
     EXPECT_FALSE(results.row(0).isAnalysed);
     EXPECT_EQ(listed(Filter::doubtful), "A");
     EXPECT_EQ(results.counts(), (ResultsViewModel::Counts{2, 1, 1, 1}));
+    for (const SyncGroup& group : SyncGroupList(controller_->work().syncGroups()))
+        if (group.isMOS()) controller_->clips().toggleLocked(group.id);
+    EXPECT_EQ(listed(Filter::issues), "") << "locked as without sound, which is a decision";
+    EXPECT_EQ(results.counts().issues, 0U);
+    EXPECT_EQ(listed(Filter::doubtful), "A");
     controller_->changeSetting(undoSteps::setTrimMode, settings::trimMode, TrimMode::overlap);
     finish(controller_->derivedDoubts().derive());
     EXPECT_EQ(files(), "") << "a list of doubts follows them";

@@ -102,6 +102,15 @@ TEST(DoubtCures, SayForTheWindowWhatTheTerminalHasOptionsFor) {
               "'b' counts wrong; count timecode at 25 frames a second");
 }
 
+TEST(DoubtCures, NameAFolderInARowWithoutItsPath) {
+    for (const auto& [message, row] :
+         {std::pair("the clips in '/shoot/day 1/A003' are an hour late",
+                    "the clips in 'A003' are an hour late"),
+          {"'a.mov' and '/s/B/' or '/' of 'x/y'", "'a.mov' and 'B/' or '/' of 'x/y'"},
+          {"'/unclosed", "'/unclosed"}})
+        EXPECT_EQ(messageInRow({.message = message, .cure = {}}), row);
+}
+
 TEST(Warnings, SayTheSameOfSeveralFilesOnce) {
     const std::vector<std::string> warnings{
         "not in the document: A (1).mov (no sound)",

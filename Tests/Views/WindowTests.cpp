@@ -168,10 +168,21 @@ TEST_F(WindowTest, ASearchOpensWhatItFoundAndAClipThatLeftTheFilterIsNamed) {
     table().selectRow(rowOf("A001C003"));
     QTest::keyClicks(search, "a001");
     EXPECT_EQ(window_->results().selectedClips(), std::vector{clip("A001C001").id}) << "which Return opens";
+    EXPECT_TRUE(std::ranges::any_of(window_->results().findChildren<QLabel*>(),
+                                    [](const QLabel* one) { return one->text() == "2 found"; }));
     search->clear();
     QTest::keyClicks(search, "b001");
     QTest::keyClick(search, Qt::Key_Return);
     ASSERT_TRUE(waitUntil([&] { return inReview() == clip("B001C001").id; }));
+    QTest::keyClick(window_.get(), Qt::Key_Escape);
+    ASSERT_TRUE(waitUntil([&] { return table().isVisible(); }));
+    search->clear();
+    search->setFocus();
+    QTest::keyClicks(search, "t01"); // both cameras, of which the second was opened last
+    const std::vector<UUID> marked = window_->results().selectedClips();
+    QTest::keyClick(search, Qt::Key_Return);
+    EXPECT_TRUE(waitUntil([&] { return inReview().has_value(); }));
+    EXPECT_EQ(marked, std::vector{inReview().value_or(UUID())}) << "the marked row is opened";
     QTest::keyClick(window_.get(), Qt::Key_Escape);
     ASSERT_TRUE(waitUntil([&] { return table().isVisible(); }));
     search->clear();
@@ -199,6 +210,27 @@ TEST_F(WindowTest, TheCurrentClipStaysInViewWhenTheListGetsLower) {
     table().selectRow(3);
     table().resize(table().width(), 100);
     EXPECT_LT(table().visualRect(table().currentIndex()).bottom(), table().viewport()->height());
+}
+
+TEST_F(WindowTest, TheLockOfManyClipsLeavesThoseThatNobodyHasLookedAt) {
+    scan();
+    const auto press = [&] {
+        QTest::keyClick(window_.get(), Qt::Key_L, Qt::ControlModifier);
+        QCoreApplication::processEvents(); // menus and toast
+        return std::pair(window_->findChild<QFrame*>(QStringLiteral("toast"))->accessibleName(),
+                         *work().undoState().undoActionName);
+    };
+    const auto locked = [&] { return std::ranges::count_if(work().syncGroups(), &SyncGroup::isLocked); };
+    table().selectAll();
+    const auto [said, step] = press();
+    EXPECT_TRUE(said.startsWith("3 clips locked; 1 in doubt or without sound left")) << said.toStdString();
+    EXPECT_EQ(step, "Lock");
+    EXPECT_FALSE(clip("A001C003").isLocked);
+    EXPECT_EQ(press(), std::pair(QString("3 clips unlocked. Undo takes it back."), std::string("Unlock")));
+    EXPECT_EQ(locked(), 0);
+    table().selectRow(rowOf("A001C003"));
+    QTest::keyClick(window_.get(), Qt::Key_L, Qt::ControlModifier);
+    EXPECT_TRUE(clip("A001C003").isLocked) << "alone";
 }
 
 TEST_F(WindowTest, AFurtherScreenIsOpenedByItsClassAlone) {

@@ -15,6 +15,7 @@ inline constexpr UndoStep setAudioAnchor{"Set Audio Anchor", nudging};
 inline constexpr UndoStep resetAudioOffset{"Reset Audio Offset"};
 inline constexpr UndoStep toggleApproved{"Toggle Approved"};
 inline constexpr UndoStep toggleLocked{"Toggle Lock"};
+inline constexpr UndoStep lock{"Lock"}, unlock{"Unlock"}; ///< `toggleLocked` in the window
 inline constexpr UndoStep lockAllInCluster{"Lock Cluster"};
 inline constexpr UndoStep toggleMOS{"Toggle MOS"};
 inline constexpr UndoStep togglePickup{"Toggle Pickup"};

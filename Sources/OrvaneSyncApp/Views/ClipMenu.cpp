@@ -2,8 +2,10 @@
 
 #include "OrvaneDesignKit/Icons.h"
 #include "OrvaneDesignKit/Sheet.h"
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncApp/ViewModels/Inspector/ClipParts.h"
 #include "OrvaneSyncApp/ViewModels/Results/ClipInLists.h"
+#include "OrvaneSyncApp/ViewModels/Results/LockOfClips.h"
 #include "OrvaneSyncApp/Views/MatchAgain.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/Translation.h"
@@ -58,6 +60,8 @@ void ClipMenu::fill(QMenu& menu, const std::vector<UUID>& clips) const {
 void ClipMenu::run(std::string_view command, const std::vector<UUID>& clips) const {
     if (command == "resyncClip") {
         matchAgain(desktop_, of_, clips);
+    } else if (command == "toggleLocked" && clips.size() > 1) {
+        lock(clips);
     } else {
         const SyncGroupList before = desktop_.controller().work().syncGroups();
         desktop_.runForClips(command, clips);
@@ -70,6 +74,14 @@ void ClipMenu::run(std::string_view command, const std::vector<UUID>& clips) con
                                                       translatedSentence(counted(changed, "clip", "clips"))));
     }
     done(clips);
+}
+
+void ClipMenu::lock(const std::vector<UUID>& clips) const {
+    const LockOfClips lock = LockOfClips::of(desktop_.controller(), clips);
+    desktop_.controller().withUndo(lock.isLocking ? undoSteps::lock : undoSteps::unlock,
+                                   [&] { desktop_.runForClips("toggleLocked", lock.clips); });
+    design::showToast(of_->window(),
+                      QObject::tr("%1. Undo takes it back.").arg(translatedSentence(lock.text())));
 }
 
 void ClipMenu::addRecordings(QMenu& menu, const UUID& clip) const {

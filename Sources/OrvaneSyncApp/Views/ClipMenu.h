@@ -26,6 +26,8 @@ class ClipMenu {
     void rename(const UUID& clip) const;
 
   private:
+    /// Locks or unlocks several clips, and says which.
+    void lock(const std::vector<UUID>& clips) const;
     void addRecordings(QMenu& menu, const UUID& clip) const;
     void done(const std::vector<UUID>& clips) const {
         if (whenDone) whenDone(clips);

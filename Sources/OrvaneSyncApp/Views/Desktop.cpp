@@ -31,6 +31,7 @@ Desktop::Desktop(Dependencies dependencies) : mainThread_(dependencies.mainThrea
     context_.controller = ImportController::create(std::move(work));
     context_.sessions = SessionManager::create(std::move(keeping));
     context_.settings = dependencies.settings;
+    context_.isWindow = true;
     context_.openPlayers = std::move(dependencies.openPlayers);
     context_.sessions->start(context_.controller);
 }
@@ -44,6 +45,7 @@ bool Desktop::isEnabled(std::string_view id, const SyncGroup* clip) const {
 QString Desktop::title(std::string_view id, const std::vector<UUID>& clips) const {
     const SyncGroup* only =
         clips.size() == 1 ? context_.controller->work().syncGroups().find(clips.front()) : nullptr;
+    if (clips.size() > 1 && id == "toggleLocked") return QObject::tr("Lock or Unlock Clips");
     return translated(command(id).titleFor(only));
 }
 

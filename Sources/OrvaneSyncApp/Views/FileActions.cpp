@@ -52,7 +52,10 @@ std::optional<QString> remembered(const QString& chosen) {
 } // namespace
 
 void FileActions::addCard() {
-    const QString from = keptState::value(lastCardSetting(), QDir::homePath()).toString();
+    // At first beside the folders of the open work.
+    const auto& folder = desktop_.controller().work().videoFolderURL();
+    const QString beside = folder ? QFileInfo(text(folder->path)).path() : QDir::homePath();
+    const QString from = keptState::value(lastCardSetting(), beside).toString();
     const QString chosen = QFileDialog::getExistingDirectory(&window_, tr("Add a Card"), from);
     if (chosen.isEmpty()) return;
     keptState::set(lastCardSetting(), chosen);

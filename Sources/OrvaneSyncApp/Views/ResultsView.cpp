@@ -138,6 +138,8 @@ ResultsView::ResultsView(Desktop& desktop, ScreenHost host)
     for (auto* one : filter_->findChildren<QPushButton*>()) one->setFocusPolicy(Qt::TabFocus);
     top->addWidget(filter_);
     top->addStretch(1);
+    top->addWidget(found_ = facts({}));
+    found_->setWordWrap(false);
     search_ = searchField(tr("Search clips"), tr("Name, file or scene"));
     search_->setFixedWidth(searchWidth);
     connect(search_, &QLineEdit::textChanged, this, [this](const QString& words) {
@@ -294,6 +296,8 @@ void ResultsView::showCounts() {
     const OpenWork& work = desktop_.controller().work();
     filter_->setHint(
         1, tr("%1 with sound and %2 MOS, which need none").arg(work.syncClipCount()).arg(work.mosCount()));
+    found_->setText(search_->text().trimmed().isEmpty() ? QString()
+                                                        : tr("%1 found").arg(rows_.order().size()));
     const bool isEmpty = rows_.rowCount() == 0;
     pages_->setCurrentIndex(isEmpty ? 1 : 0);
     if (!isEmpty) return;
@@ -479,10 +483,10 @@ void ResultsView::saveListing(const std::optional<UUID>& clip) {
     if (shown) remember(*shown);
     keep("clip", shown ? text(shown->text()) : QString());
     keep("filter", filter_->chosen());
-    keep("search", search_->text());
 }
 
 void ResultsView::restoreListing() {
+    search_->clear(); // a search from before hides clips that the user expects to see
     const auto& session = desktop_.sessions().currentSessionId();
     if (!session) return;
     const auto last = lastOf_.find(*session);
@@ -496,12 +500,10 @@ void ResultsView::restoreListing() {
         const auto filter = std::clamp<std::size_t>(kept("filter").toUInt(), 0, filters.size() - 1);
         filter_->choose(static_cast<int>(filter));
         rows_.setFilter(filters.at(filter).mode);
-        search_->setText(kept("search").toString());
         clip = UUID::fromText(utf8(kept("clip").toString()));
     }
     if (!clip) clip = ofEarlierRun;
     if (!clip) return;
-    if (!rows_.rowOf(*clip)) search_->clear(); // the clip may have been renamed since
     select(std::vector{*clip});
 }
 

@@ -14,6 +14,7 @@
 #include <unordered_set>
 #include <vector>
 
+class QLabel;
 class QMenu;
 class QSplitter;
 class QStackedLayout;
@@ -102,6 +103,7 @@ class ResultsView : public WorkScreen {
     ResultsViewModel rows_;
     ResultsModel* model_;
     design::SegmentedChoice* filter_;
+    QLabel* found_; ///< how many clips the search finds
     QLineEdit* search_;
     DoubtBar* doubts_;
     std::vector<ResultsViewModel::Doubt> shownDoubts_;

@@ -63,10 +63,13 @@ void WorkScreens::openMulticamOfSelected() {
 void WorkScreens::open(WorkScreen& screen, const std::vector<UUID>& clips) {
     const bool isInFront = &screen == front_, isFromList = !isPlaying();
     const bool isFromClip = !isFromList && front_->isOfOneClip() && !front_->clips().empty();
-    const std::optional<UUID> from = screen.isOfOneClip() ? std::nullopt
-                                     : isFromClip         ? std::optional(front_->clips().front())
-                                     : isInFront          ? from_
-                                                          : std::nullopt;
+    std::optional<UUID> from = screen.isOfOneClip() ? std::nullopt
+                               : isFromClip         ? std::optional(front_->clips().front())
+                               : isInFront          ? from_
+                                                    : std::nullopt;
+    // From another take, Escape leads to a clip of that take.
+    if (from && isInFront && !clips.empty() && std::ranges::find(clips, *from) == clips.end())
+        from = clips.front();
     if (OutlineView* outline = screen.outlineBeside(); outline != nullptr && !isInFront)
         showListed(*outline, clips);
     const std::vector<UUID> before = screen.seen();
@@ -117,10 +120,7 @@ void WorkScreens::showList() {
 
 void WorkScreens::goBack() {
     if (!from_) return showList();
-    // Another take may be in view by now; its clip is then the one that the user worked on last.
-    const std::vector<UUID> shown = front_->clips();
-    const bool isShown = shown.empty() || std::ranges::find(shown, *from_) != shown.end();
-    const UUID clip = isShown ? *from_ : shown.front();
+    const UUID clip = *from_;
     desktop_.controller().work().syncGroups().find(clip) != nullptr ? openReview(clip) : showList();
 }
 

@@ -82,7 +82,7 @@ class WorkScreens {
     std::vector<WorkScreen*> screens_;           ///< in the order in which they were made
     WorkScreen* front_ = nullptr;                ///< null: nothing was shown yet
     bool isOpening_ = false;                     ///< one screen is being replaced by another
-    std::optional<UUID> from_;                   ///< the clip whose review opened the screen in front
+    std::optional<UUID> from_;                   ///< the clip that Escape opens from the screen in front
     std::vector<UUID> ofSelection_;              ///< the clips that were last opened from the list
     std::optional<ResultsView::Listing> listed_; ///< shown beside the screens that play
 };

@@ -40,6 +40,10 @@ class CommandContext {
     /// requests only: there, the sound must not depend on when a rendering is ready.
     bool rendersPreviews = true;
 
+    /// Whether people read the names of undo steps. They then say what was done ("Lock"), where programs
+    /// expect the name of the operation ("Toggle Lock").
+    bool isWindow = false;
+
     /// Whether the command that runs now is run for each of several clips, as one change.
     bool isForSeveralClips = false;
 

@@ -127,7 +127,10 @@ JSON toggleLock(CommandContext& context, const Call& call) {
     const SyncGroup* group = context.controller->work().syncGroups().find(clip);
     const bool isLocked = group != nullptr && group->isLocked;
     const bool isLockedAgain = isLocked && isCorrected(*group) && !context.isForSeveralClips;
-    context.controller->withUndo(undoSteps::toggleLocked, [&] {
+    const UndoStep& step = !context.isWindow            ? undoSteps::toggleLocked
+                           : isLocked && !isLockedAgain ? undoSteps::unlock
+                                                        : undoSteps::lock;
+    context.controller->withUndo(step, [&] {
         settleIfInView(context, clip);
         for (int presses = isLockedAgain ? 2 : 1; presses > 0; --presses)
             context.controller->clips().toggleLocked(clip);

@@ -175,7 +175,8 @@ std::vector<Command> moveCommands() {
                 return context.controller->timeline().autoDetectAudioAnchorIfMissing(call.id("groupID"));
             })
             .alsoBy({"clap"})
-            .forClips(lacksAnchor),
+            .forClips(lacksAnchor)
+            .inMenu(Menu::clip, 250, "Ctrl+D"),
         Command::later(
             "nudgeByFrames", "Nudge Audio",
             "Moves the sound of the clip by frames of its video; answers when the picture that this leads to "

@@ -45,7 +45,8 @@ DoubtsPart::Doubt shownDoubt(const ImportController& controller, const SyncGroup
                              const SyncDoubt& doubt) {
     Cure cure = cureInWords(doubt.cure);
     if (doubt.suggestion) offerSuggestions(cure, controller, {group.id});
-    DoubtsPart::Doubt shown{messageInWords(doubt), std::move(cure.text), std::move(cure.steps)};
+    DoubtsPart::Doubt shown{messageInWords(doubt), std::move(cure.text), std::move(cure.steps),
+                            messageInRow(doubt)};
     addStepsForClip(group, doubt, shown);
     // Without folders nothing can be scanned again.
     if (!controller.scan().canScan())

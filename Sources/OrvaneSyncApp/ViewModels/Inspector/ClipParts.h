@@ -20,6 +20,7 @@ struct DoubtsPart {
         std::string message;
         std::string cure;
         std::vector<CureStep> steps;
+        std::string reason{}; ///< the message for a short line about the clip
 
         bool operator==(const Doubt&) const = default;
     };

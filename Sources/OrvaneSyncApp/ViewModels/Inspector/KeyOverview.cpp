@@ -70,9 +70,13 @@ KeyColumns arranged(const std::vector<KeyGroup>& groups, int lines) {
     return positioned;
 }
 
-/// `isApproveBound`: an action with a key of its own already approves the clip; then the fixed key for it is
-/// not listed.
-KeyGroup keysOfTheWindow(const ReviewSituation& now, bool isApproveBound) {
+/// Keys that the user has given to actions, so that the fixed keys of the window are not listed for them.
+struct TakenKeys {
+    bool approves = false; ///< an action with a key of its own already approves the clip
+    bool endsLoop = false; ///< Escape ends a loop
+};
+
+KeyGroup keysOfTheWindow(const ReviewSituation& now, const TakenKeys& taken) {
     namespace keys = reviewKeys;
     KeyGroup group{"Window", {}};
     const auto add = [&](const char* key, std::string_view label, bool acts) {
@@ -82,35 +86,45 @@ KeyGroup keysOfTheWindow(const ReviewSituation& now, bool isApproveBound) {
     add(keys::putOnFrame, "Put on the Frame Shown", now.hasSound && now.isLoaded && !now.isLocked);
     add(keys::firstFrame, "To the First Frame", now.isLoaded);
     add(keys::lastFrame, "To the Last Frame", now.isLoaded);
-    add(keys::attach, "Attach a recording", now.hasClip && !now.isLocked);
+    add(keys::attach, "Attach a Recording", now.hasClip && !now.isLocked);
     add("Ctrl+1–9", "Use This Recording", now.hasChoice);
-    add(keys::applySuggestion, "Move as the other camera", now.hasSuggestion);
+    add(keys::applySuggestion, "Move as the Other Camera", now.hasSuggestion);
     add(keys::rename, "Rename Clip", now.hasClip);
-    if (!isApproveBound) add(keys::approve, label(ShortcutAction::toggleApproved), now.hasClip);
+    if (!taken.approves) add(keys::approve, label(ShortcutAction::toggleApproved), now.hasClip);
     add(keys::multicam, "Open as Multicam", now.hasClip);
-    add(keys::leave, "Back to the results", !now.isLooping);
-    add(keys::overview, "All keys", true);
+    if (!taken.endsLoop) add(keys::leave, "Back to the Results", !now.isLooping);
+    add(keys::overview, "All Keys", true);
     return group;
 }
 
 } // namespace
 
+ShortcutCategory shownCategory(ShortcutAction action) {
+    return action == ShortcutAction::toggleApproved ? ShortcutCategory::sync : category(action);
+}
+
 std::vector<KeyGroup> keyOverview(const ShortcutBindings& bindings, const ReviewSituation& situation) {
     std::vector<KeyGroup> groups;
     for (std::size_t i = 0; i < RawValues<ShortcutCategory>::texts.size(); ++i)
         groups.push_back({std::string(label(static_cast<ShortcutCategory>(i))), {}});
-    bool isApproveBound = false;
+    TakenKeys taken;
     for (const ShortcutAction action : allShortcutActions()) {
         const auto bound = bindings.find(action);
         if (bound == bindings.end() || bound->second.isUnbound()) continue;
         const Shortcut shortcut = bound->second;
         // If two actions have the same key, the first one gets it.
         const bool isReached = actionFor(bindings, shortcut.key, shortcut.modifiers) == action;
-        isApproveBound |= action == ShortcutAction::toggleApproved && isReached;
-        groups[static_cast<std::size_t>(category(action))].rows.push_back(
-            {action, keyText(shortcut), std::string(label(action)), isReached && actsNow(action, situation)});
+        std::string key = keyText(shortcut);
+        taken.approves |= action == ShortcutAction::toggleApproved && isReached;
+        // Escape is listed once, with what it does now.
+        if (action == ShortcutAction::clearLoop && isReached && key == reviewKeys::leave) {
+            taken.endsLoop = situation.isLooping;
+            if (!situation.isLooping) continue;
+        }
+        groups[static_cast<std::size_t>(shownCategory(action))].rows.push_back(
+            {action, std::move(key), std::string(label(action)), isReached && actsNow(action, situation)});
     }
-    groups.push_back(keysOfTheWindow(situation, isApproveBound));
+    groups.push_back(keysOfTheWindow(situation, taken));
     std::erase_if(groups, [](const KeyGroup& group) { return group.rows.empty(); });
     return groups;
 }
@@ -145,7 +159,7 @@ std::vector<KeyGroup> multicamKeyOverview(const ShortcutBindings& bindings, std:
     const std::size_t last = std::min(cameras, digits);
     if (last > 1)
         groups.back().rows.insert(groups.back().rows.begin(),
-                                  {{}, "1–" + std::to_string(last), "Hear the camera of this number", true});
+                                  {{}, "1–" + std::to_string(last), "Hear the Camera of This Number", true});
     for (KeyGroup::Row& row : groups.back().rows)
         if (row.key == reviewKeys::leave) row = {{}, row.key, "Back", true};
     std::erase_if(groups, [](const KeyGroup& group) { return group.rows.empty(); });

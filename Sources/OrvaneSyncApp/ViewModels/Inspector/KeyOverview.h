@@ -28,6 +28,10 @@ struct ReviewSituation {
     bool operator==(const ReviewSituation&) const = default;
 };
 
+/// The group of the action in menus and in the key overview: the mark is with the lock, although the settings
+/// list it under navigation.
+ShortcutCategory shownCategory(ShortcutAction action);
+
 /// Keys grouped by subject, without actions that have no key. Pure; any thread.
 struct KeyGroup {
     struct Row {

@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
+#include "OrvaneSyncCore/Services/Takes/ClipSound.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <algorithm>
@@ -32,6 +33,13 @@ std::string recordingPlaceText(const AudioMatch& match, const SyncGroup& group) 
     return text;
 }
 
+bool isOutsideOfPicture(const SyncGroup& group) {
+    const ClipSound sound(group);
+    const auto& length = group.video.durationSeconds;
+    return sound.durationSeconds > 0 && length &&
+           (sound.offsetSeconds + sound.durationSeconds <= 0 || sound.offsetSeconds >= *length);
+}
+
 std::string recordingsPromptOf(const RecordingsPart& part, const SyncGroup& group) {
     if (part.recordings.empty())
         return part.isMeantSilent ? "The clip is meant to have no sound."
@@ -42,6 +50,8 @@ std::string recordingsPromptOf(const RecordingsPart& part, const SyncGroup& grou
                " could belong to this clip. Choose one, or confirm them as they are.";
     if (part.isAmbiguous)
         return group.matchStatus.label() + ". Confirm these recordings, or remove the wrong ones.";
+    if (part.isOutside && !part.isLocked)
+        return "The sound is outside of the picture. Go to the frame of its clap: P moves the sound there.";
     return "";
 }
 
@@ -70,6 +80,7 @@ RecordingsPart RecordingsPart::of(const ImportController& controller, const Sync
         }
         part.recordings.push_back(std::move(recording));
     }
+    part.isOutside = isOutsideOfPicture(group);
     part.prompt = recordingsPromptOf(part, group);
     return part;
 }

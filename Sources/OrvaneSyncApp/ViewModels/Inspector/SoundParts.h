@@ -37,6 +37,7 @@ struct RecordingsPart {
     bool isAmbiguous = false;
     bool isLocked = false;
     bool isMeantSilent = false;
+    bool isOutside = false; ///< the sound ends before the picture or begins after it
 
     /// Whether there are several recordings, of which one click chooses one.
     bool hasChoice() const { return recordings.size() > 1 && !isLocked; }

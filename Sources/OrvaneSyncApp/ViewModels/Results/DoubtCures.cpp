@@ -4,6 +4,7 @@
 
 #include "OrvaneSyncCore/Models/Settings.h"
 
+#include <cstddef>
 #include <optional>
 #include <utility>
 
@@ -141,7 +142,17 @@ std::string messageInWords(const SyncDoubt& doubt) {
 }
 
 std::string messageInRow(const SyncDoubt& doubt) {
-    return doubt.reason.empty() ? messageInWords(doubt) : doubt.reason;
+    return withFolderNames(doubt.reason.empty() ? messageInWords(doubt) : doubt.reason);
+}
+
+std::string withFolderNames(std::string message) {
+    for (std::size_t begin = 0; (begin = message.find("'/", begin)) != std::string::npos; ++begin) {
+        const std::size_t end = message.find('\'', begin + 1);
+        if (end == std::string::npos) break;
+        const std::size_t name = message.rfind('/', end - 2) + 1; // before a slash at the end
+        if (name > begin + 1) message.erase(begin + 1, name - begin - 1);
+    }
+    return message;
 }
 
 Cure cureInWords(const DoubtCure& from) {

@@ -29,8 +29,10 @@ struct Cure {
 
 /// The message of a doubt in the words of a window.
 std::string messageInWords(const SyncDoubt& doubt);
-/// The message for the row of its clip, which has room only for its beginning.
+/// The message for the row of its clip, which has room only for its beginning; folders without their paths.
 std::string messageInRow(const SyncDoubt& doubt);
+/// Names each folder that is given by its path in quotation marks by its last part only.
+std::string withFolderNames(std::string message);
 /// Pure function; any thread.
 Cure cureInWords(const DoubtCure& cure);
 /// A cure that nothing but a decision for each of the clips carries out becomes a step that decides for those

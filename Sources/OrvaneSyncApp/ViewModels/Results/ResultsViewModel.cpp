@@ -23,6 +23,11 @@ bool isNumber(Column column) {
     return column == Column::length || column == Column::begins || column == Column::loudness;
 }
 
+/// The editor has decided that the clip stays without sound, so that it needs no decision.
+bool isLockedWithoutSound(const SyncGroup& group) {
+    return group.isLocked && group.matchStatus.kind == MatchStatus::Kind::unmatched;
+}
+
 std::string loudnessText(const SyncGroup& group) {
     return group.measuredLUFS ? formatted("%.1f LUFS", *group.measuredLUFS) : "-";
 }
@@ -79,8 +84,9 @@ ResultsViewModel::Counts ResultsViewModel::counts() const {
         work.syncGroups(),
         [&](const SyncGroup& before, const SyncGroup& now) { return isDoubtful(before) == isDoubtful(now); },
         [&] { return static_cast<std::size_t>(std::ranges::count_if(work.syncGroups(), isDoubtful)); });
+    const auto decided = std::ranges::count_if(work.syncGroups(), isLockedWithoutSound);
     return {work.syncGroups().size(), static_cast<std::size_t>(work.matchedCount()),
-            static_cast<std::size_t>(work.unmatchedCount()), doubtful};
+            static_cast<std::size_t>(work.unmatchedCount() - decided), doubtful};
 }
 
 std::optional<std::size_t> ResultsViewModel::rowOf(const UUID& groupID) const {
@@ -193,10 +199,12 @@ void ResultsViewModel::follow(const ImportChange& change) {
 
 SyncGroupList ResultsViewModel::listed() const {
     const SyncGroupList& all = controller_.work().syncGroups();
-    if (filter_ != Filter::doubtful)
-        return filtered(all, filter_ == Filter::all       ? FilterMode::all
-                             : filter_ == Filter::matched ? FilterMode::matched
-                                                          : FilterMode::issues);
+    if (filter_ == Filter::all) return all;
+    if (filter_ == Filter::matched) return filtered(all, FilterMode::matched);
+    if (filter_ == Filter::issues)
+        return filtered(all, FilterMode::issues).filtered([](const SyncGroup& group) {
+            return !isLockedWithoutSound(group);
+        });
     const SyncDoubts& doubts = controller_.doubts();
     return all.filtered(
         [&](const SyncGroup& group) { return certaintyOf(group, doubts) == Certainty::doubtful; });

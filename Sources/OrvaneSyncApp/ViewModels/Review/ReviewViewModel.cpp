@@ -48,6 +48,7 @@ platform::Task ReviewViewModel::loadGroup(const UUID& groupID) {
     groupID_ = groupID;
     clapOfLocked_.reset();
     isDraggingAudio_ = false;
+    isSearchingClap_ = true;
     changed_.notify();
     return load(weak_from_this(), groupID, ++loads_);
 }
@@ -85,10 +86,9 @@ platform::Task ReviewViewModel::load(std::weak_ptr<ReviewViewModel> weak, UUID g
     co_await locating;
     group = clipStillInView();
     if (group == nullptr) co_return;
-    if (*clapOfLocked && searched) {
-        self->clapOfLocked_ = {*searched, **clapOfLocked};
-        self->changed_.notify();
-    }
+    if (*clapOfLocked && searched) self->clapOfLocked_ = {*searched, **clapOfLocked};
+    self->isSearchingClap_ = false;
+    self->changed_.notify();
     if (const auto clap = self->clapInPicture()) self->engine_->correctInitialSeek(*clap);
     const platform::Task showing = self->engine_->shown();
     self.reset();
@@ -100,7 +100,7 @@ void ReviewViewModel::close() {
     if (!groupID_) return;
     ++loads_;
     groupID_.reset();
-    isDraggingAudio_ = false;
+    isDraggingAudio_ = isSearchingClap_ = false;
     fullscreen_.hide();
     engine_->cleanup();
     changed_.notify();
@@ -366,7 +366,7 @@ void ReviewViewModel::putClapOnFrame() {
     if (!clap || group()->isLocked) {
         if (sayWhyNot)
             sayWhyNot(clap ? "Unlock sync to move the sound: ⟨lockCurrent⟩ first."
-                           : "There is no clap point to put on the frame.");
+                           : "There is no clap point to put on the frame. Ctrl+D searches for one.");
         return;
     }
     constexpr double rounding = 0.001; // of a frame

@@ -59,6 +59,8 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     /// Clip time of the clap in view; for a clip without sound, of the clap in its picture. For a locked clip
     /// without a clap: the clap that was found when the clip was opened, which is not stored in the clip.
     std::optional<double> clapSeconds() const;
+    /// Whether the clip is being opened, so that a clap may still be found.
+    bool isSearchingClap() const { return isSearchingClap_; }
     /// Whether `clapCheck` has an effect: a loop runs, or there is something to play around the clap.
     bool canCheckClap() const;
     /// Moves the sound, also while it plays. Throws OutOfRange. If the clip has no sound, it says so
@@ -121,6 +123,7 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     std::uint64_t loads_ = 0; ///< number of the newest load
     std::uint64_t keys_ = 0;  ///< number of keys that had an effect
     platform::Task jump_ = platform::Task::ended();
+    bool isSearchingClap_ = false;
     bool isDraggingAudio_ = false;
     bool isAudioExpanded_ = false;
 };

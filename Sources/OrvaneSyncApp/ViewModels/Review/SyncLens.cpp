@@ -36,11 +36,14 @@ std::string syncLensCaption(const SyncLensPlan& plan, std::size_t picture) {
 
 std::string syncLensNote(const SyncGroup& clip, bool hasClap) {
     if (clip.isMOS()) return "This clip has no sound, so no clap is heard.";
-    if (hasClap) return "The clap is heard outside of the picture of this clip.";
+    if (hasClap)
+        return clip.isLocked
+                   ? "The clap is heard outside of the picture of this clip."
+                   : "The clap is heard outside of the picture of this clip. Go to the frame of the clap: P "
+                     "moves the sound there.";
     if (clip.isLocked)
         return "No clap is heard in the recording of this clip. To set it by eye, unlock the clip first.";
-    return "This clip has no clap yet. Put the playhead on the clap, by ear or by eye, and choose Sync > "
-           "Update Clap Point.";
+    return "This clip has no clap yet. Go to the clap, by ear or by eye: ⟨updateClapPoint⟩ sets it there.";
 }
 
 namespace {

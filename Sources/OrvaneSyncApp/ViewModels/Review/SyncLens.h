@@ -43,7 +43,7 @@ std::optional<SyncLensPlan> syncLensPlan(const SyncGroup& clip, std::optional<do
                                          const PlayheadState& playhead, bool isAtPlayhead = false);
 /// The caption of the picture at that place, from 0: how many frames it is away from the clap.
 std::string syncLensCaption(const SyncLensPlan& plan, std::size_t picture);
-/// Why there is no plan for the clip, and what to do.
+/// Why there is no plan for the clip, and what to do. Names keys as "⟨updateClapPoint⟩".
 std::string syncLensNote(const SyncGroup& clip, bool hasClap);
 
 /// The pictures and the sound of a plan, read on other threads. Until they are read, those of the plan before

@@ -74,7 +74,7 @@ class ColumnsDelegate : public QStyledItemDelegate {
 
 AttachSheet::AttachSheet(Desktop& desktop, const std::vector<Attachable>& recordings, QWidget* parent)
     : QDialog(parent), desktop_(desktop) {
-    setWindowTitle(tr("Attach a recording"));
+    setWindowTitle(tr("Attach a Recording"));
     resize(800, 440);
     auto* column = new QVBoxLayout(this);
     column->addWidget(label(translated(RecordingsPart::choosePrompt)));

@@ -18,6 +18,7 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QStackedLayout>
+#include <QTextLayout>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -179,18 +180,30 @@ void InspectorView::showReason(const SyncGroup& clip) {
     if (isMovedSinceLock(clip) && !clip.isMOS())
         reasons.push_back(movedSinceLockText(clip, desktop_.controller().timeline().timelineFrameRate(clip)));
     if (!doubts.whyUnmatched.empty()) reasons.push_back(doubts.whyUnmatched);
-    for (const DoubtsPart::Doubt& doubt : doubts.doubts) reasons.push_back(doubt.message);
+    std::string whole = reasons.empty() ? "" : reasons.front(); // with the paths of folders
+    for (const DoubtsPart::Doubt& doubt : doubts.doubts) {
+        if (reasons.empty()) whole = doubt.message;
+        reasons.push_back(doubt.reason);
+    }
     reasonText_ = reasons.empty() ? QString() : translatedSentence(reasons.front());
     if (reasons.size() > 1) reasonText_ = tr("1 of %1: %2").arg(reasons.size()).arg(reasonText_);
     reason_->setVisible(!reasonText_.isEmpty());
-    reason_->setToolTip(reasonText_);
+    reason_->setToolTip(translatedSentence(whole));
     reason_->setAccessibleName(reasonText_);
     showReasonText();
 }
 
 void InspectorView::showReasonText() {
+    // Always two lines, so that the controls below keep their places.
+    QTextLayout layout(reasonText_, reason_->font());
+    layout.beginLayout();
+    QTextLine first = layout.createLine();
     const int room = reason_->width() - 2 * space::medium;
-    reason_->setText(reason_->fontMetrics().elidedText(reasonText_, Qt::ElideRight, room));
+    if (first.isValid()) first.setLineWidth(room);
+    layout.endLayout();
+    const int end = first.isValid() ? first.textLength() : 0;
+    reason_->setText(reasonText_.left(end).trimmed() + QLatin1Char('\n') +
+                     reason_->fontMetrics().elidedText(reasonText_.mid(end).trimmed(), Qt::ElideRight, room));
 }
 
 void InspectorView::showTitle() {

@@ -92,7 +92,7 @@ OutlineView::OutlineView(Desktop& desktop, Choose choose, std::function<void()> 
     column->setContentsMargins(space::small, space::small, space::tight, 0);
     column->setSpacing(space::small);
     QPushButton* back = button(tr("‹  Results"), Weight::quiet);
-    back->setAccessibleName(tr("Back to the results"));
+    back->setAccessibleName(tr("Back to the Results"));
     back->setToolTip(tr("Back to the list of all clips"));
     connect(back, &QPushButton::clicked, this, [leave = std::move(leave)] { leave(); });
     column->addWidget(back);

@@ -9,6 +9,7 @@
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QKeySequence>
+#include <QPointer>
 #include <QShortcut>
 #include <QVBoxLayout>
 
@@ -138,13 +139,25 @@ QWidget* RecordingsSection::recordingRow(const RecordingsPart& part, std::size_t
     return panel;
 }
 
+Desktop::Done RecordingsSection::whenAttached() {
+    return [alive = QPointer(this), id = clipID()](const JSON&) {
+        if (!alive) return;
+        Desktop& desktop = alive->desktop();
+        desktop.runForClips("autoDetectAudioAnchor", {id});
+        const SyncGroup* clip = desktop.controller().work().syncGroups().find(id);
+        if (clip == nullptr) return;
+        const RecordingsPart part = RecordingsPart::of(desktop.controller(), *clip);
+        if (part.isOutside) desktop.sayWhyNot(translatedSentence(part.prompt));
+    };
+}
+
 void RecordingsSection::chooseFromPool() {
     auto* sheet = new AttachSheet(desktop(), attachableTo(desktop().controller(), clipID()), this);
     sheet->setAttribute(Qt::WA_DeleteOnClose);
     sheet->whenChosen = [this, arguments = forClip()](const UUID& audio) {
         JSON call = arguments;
         call.set("audio", audio.text());
-        run("attachAudioToGroup", std::move(call));
+        run("attachAudioToGroup", std::move(call), whenAttached());
     };
     sheet->whenFileWanted = [this] { chooseFile(); };
     sheet->open();
@@ -160,7 +173,7 @@ void RecordingsSection::chooseFile() {
     connect(dialog, &QFileDialog::fileSelected, this, [this, arguments = forClip()](const QString& path) {
         JSON call = arguments;
         call.set("path", utf8(path));
-        run("chooseAndAttachAudio", std::move(call));
+        run("chooseAndAttachAudio", std::move(call), whenAttached());
     });
     dialog->open();
 }

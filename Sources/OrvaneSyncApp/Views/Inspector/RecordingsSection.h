@@ -24,6 +24,8 @@ class RecordingsSection : public InspectorSection {
     /// Decides the clip's match for the recording at that index.
     void use(std::size_t index);
     void choose(std::size_t index); ///< by its key; says why if it does nothing
+    /// Searches the clap of what was attached to the clip. If that is not under the picture, says what to do.
+    Desktop::Done whenAttached();
     void chooseFromPool();
     void chooseFile();
 

@@ -14,6 +14,7 @@
 
 #include <QAction>
 #include <QEvent>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QSignalBlocker>
@@ -99,7 +100,12 @@ PictureView::PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> revi
 
     auto* picture = new QHBoxLayout;
     picture->setSpacing(1);
-    picture->addWidget(pages, 1);
+    auto* place = new QGridLayout;
+    place->addWidget(pages, 0, 0);
+    place->addWidget(whyNoLens_ = label(QString()), 0, 0, Qt::AlignBottom);
+    whyNoLens_->setProperty("banner", true);
+    whyNoLens_->setMargin(space::small);
+    picture->addLayout(place, 1);
     picture->addWidget(meters_ = new LevelMeters(desktop_.mainThread(), review_->engine()));
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -116,7 +122,8 @@ PictureView::PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> revi
         showTimecodes();
     });
     ofWork_ = desktop_.controller().onChange([this](ImportField field) {
-        if (field == ImportField::syncGroups && pages_->currentWidget() == note_) showPage();
+        if (field != ImportField::syncGroups) return;
+        if (pages_->currentWidget() == note_ || actions_.lens()->isChecked()) showPage();
     });
     ofFullscreen_ = review_->fullscreen().onChange(
         [this] { canvas_->setAsksForSize(!review_->fullscreen().isShowing()); });
@@ -239,7 +246,17 @@ void PictureView::showPage() {
     tryAgain_->setVisible(note && note->mayComeBack);
     if (note && note->mayComeBack && review_->engine()->transport().isVideoMissing && !fileTimer_)
         lookForFile();
-    const bool isLens = actions_.lens()->isChecked() && clip() != nullptr;
+    // Without a clap the picture is shown, in which it can be searched for. While a clip is opened, the page
+    // of the clip before stays.
+    const SyncGroup* shown = actions_.lens()->isChecked() ? clip() : nullptr;
+    const auto& transport = review_->engine()->transport();
+    const bool isOpening = transport.isLoading || review_->isSearchingClap();
+    const bool isLens =
+        shown != nullptr && (lens_->canShow() || (isOpening && pages_->currentWidget() == lens_));
+    const bool isWithoutClap = shown != nullptr && !isLens && !isOpening && transport.isLoaded;
+    whyNoLens_->setVisible(isWithoutClap);
+    if (isWithoutClap)
+        whyNoLens_->setText(translated(syncLensNote(*shown, review_->clapSeconds().has_value())));
     pages_->setCurrentWidget(isLens ? static_cast<QWidget*>(lens_)
                              : note ? static_cast<QWidget*>(note_)
                                     : canvas_);

@@ -71,6 +71,7 @@ class PictureView : public QWidget {
     SyncLensView* lens_;
     design::EmptyState* note_;
     QPushButton* tryAgain_; ///< below the note
+    QLabel* whyNoLens_;     ///< over the picture, if the lens has nothing to show
     design::Badge* device_; ///< beside the timecode of the sound, if nothing can be heard
     QStackedLayout* pages_;
     LevelMeters* meters_;

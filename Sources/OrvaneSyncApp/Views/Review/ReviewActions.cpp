@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/Views/Review/ReviewActions.h"
 
 #include "OrvaneDesignKit/Icons.h"
+#include "OrvaneSyncApp/ViewModels/Inspector/KeyOverview.h"
 #include "OrvaneSyncApp/ViewModels/Review/PictureTexts.h"
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
 #include "OrvaneSyncApp/Views/Translation.h"
@@ -35,9 +36,19 @@ constexpr std::array<Drawn, 9> glyphs{{{KeyAction::playPause, Glyph::play},
                                        {KeyAction::toggleAudioExpand, Glyph::waveform}}};
 
 bool isOfSync(KeyAction action) {
-    const ShortcutCategory category = orvane::category(action);
-    return category == ShortcutCategory::audioOffset || category == ShortcutCategory::sync ||
-           action == KeyAction::toggleApproved;
+    const ShortcutCategory category = shownCategory(action);
+    return category == ShortcutCategory::audioOffset || category == ShortcutCategory::sync;
+}
+
+/// The menus have an entry of its command.
+bool isInOtherMenu(KeyAction action) {
+    const commands::Command* row = commands::commandOf(action);
+    return row != nullptr && row->entry;
+}
+
+/// They do what "Nudge Clip" does, by the same frames.
+bool isSecondNudge(KeyAction action) {
+    return action == KeyAction::audioOffsetPlus || action == KeyAction::audioOffsetMinus;
 }
 
 bool hasUsualKey(KeyAction action) {
@@ -144,6 +155,7 @@ void ReviewActions::showKeys() {
         const QString keys = found == bindings.end() ? QString() : shownKey(found->second);
         action->setText(keys.isEmpty() ? name : name + QLatin1Char('\t') + keys);
         action->setToolTip(keys.isEmpty() ? name : tr("%1 (%2)").arg(name, keys));
+        if (isSecondNudge(key)) action->setVisible(!keys.isEmpty());
     }
 }
 
@@ -168,7 +180,8 @@ void ReviewActions::fillPlayback(QMenu& menu) const {
 
 void ReviewActions::fillSync(QMenu& menu) const {
     for (const auto& [key, action] : actions_)
-        if (isOfSync(key) && category(key) != ShortcutCategory::audioOffset) menu.addAction(action);
+        if (isOfSync(key) && category(key) != ShortcutCategory::audioOffset && !isInOtherMenu(key))
+            menu.addAction(action);
     for (QAction* action : {putOnFrame_, lens_}) menu.addAction(action);
     menu.addSeparator();
     for (const bool hasKey : {true, false}) // actions with a key first

@@ -40,7 +40,7 @@ StepsBar::StepsBar(Desktop& desktop, ReviewActions& actions, PlaceOf placeOf, QW
     lock_->setCheckable(true);
     row->addWidget(next_ = add(KeyAction::nextGroup, tr("Next")));
     QPushButton* all = button(QStringLiteral("?"), Weight::quiet);
-    all->setAccessibleName(tr("All keys"));
+    all->setAccessibleName(tr("All Keys"));
     all->setToolTip(tr("What each key does here and now."));
     all->setFocusPolicy(Qt::TabFocus);
     connect(all, &QPushButton::clicked, this, [this] { showKeys(); });

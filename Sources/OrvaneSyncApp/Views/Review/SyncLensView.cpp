@@ -48,6 +48,14 @@ void SyncLensView::setFreeTop(int points) {
     if (std::exchange(freeTop_, points) != points) update();
 }
 
+bool SyncLensView::canShow() const {
+    const auto& id = review_->groupID();
+    const SyncGroup* clip = id ? desktop_.controller().work().syncGroups().find(*id) : nullptr;
+    const VideoEngine& engine = *review_->engine();
+    return clip != nullptr && engine.transport().isLoaded &&
+           syncLensPlan(*clip, review_->clapSeconds(), engine.playhead());
+}
+
 bool SyncLensView::isPlayheadMoved() {
     const VideoEngine& engine = *review_->engine();
     const Rest now{*review_->groupID(), review_->clapSeconds().value_or(0), shownFrame(engine.playhead())};
@@ -67,8 +75,6 @@ void SyncLensView::look() {
                           : std::nullopt;
     if (!plan) {
         rest_.reset();
-        note_ =
-            clip == nullptr ? QString() : translated(syncLensNote(*clip, review_->clapSeconds().has_value()));
         lens_->clear();
         return update();
     }
@@ -102,13 +108,7 @@ void SyncLensView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     const Colours& all = colours();
     painter.fillRect(rect(), all.picture);
-    if (!lens_->plan()) {
-        painter.setPen(all.text);
-        painter.setFont(textFont());
-        painter.drawText(rect().adjusted(space::large, 0, -space::large, 0),
-                         Qt::AlignCenter | Qt::TextWordWrap, note_);
-        return;
-    }
+    if (!lens_->plan()) return;
     const SyncLens::Seen& seen = lens_->seen();
     const SyncLensPlan& plan = lens_->seenPlan() ? *lens_->seenPlan() : *lens_->plan();
     for (int i = 0; i < pictures; ++i) {

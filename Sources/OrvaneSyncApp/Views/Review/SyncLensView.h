@@ -18,6 +18,8 @@ class SyncLensView : public QWidget {
   public:
     SyncLensView(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent = nullptr);
     bool isLoading() const { return lens_->isLoading(); }
+    /// Whether the clip in view is loaded and has a clap in its picture.
+    bool canShow() const;
     /// Leaves that much free at the top, for messages over the picture.
     void setFreeTop(int points);
 
@@ -38,7 +40,6 @@ class SyncLensView : public QWidget {
     Desktop& desktop_;
     const std::shared_ptr<ReviewViewModel> review_;
     const std::shared_ptr<SyncLens> lens_;
-    QString note_; ///< why nothing is shown
     int freeTop_ = 0;
     /// The frame on which the playhead was when the lens began to show a clap.
     struct Rest {

@@ -214,7 +214,7 @@ TEST_F(ServeTest, theDaysOfACureHoldForTheWorkUntilItsScanIsUndone) {
     const CureStep cure = cureInWords(DoubtCure(CureOption::Kind::days, "same")).steps.front();
     call(cure.command, cure.arguments.text());
     EXPECT_EQ(daysOfNextScan(), MatchingDays::same);
-    EXPECT_EQ(context_.settings->value(settings::matchingDays.key), std::nullopt);
+    EXPECT_EQ(context_.settings->value(settings::matchingDays), std::nullopt);
     call("undo");
     call("redo");
     EXPECT_EQ(daysOfNextScan(), MatchingDays::same);

@@ -48,7 +48,7 @@ class HalfDayDates {
   private:
     using Recordings = std::vector<std::size_t>;
     struct Fit {
-        int clips = 0;
+        std::set<const Shoot::Clip*> clips = {};
         std::set<std::pair<long, long>> recordings = {}; ///< day and start: channels count once
     };
 
@@ -75,7 +75,7 @@ class HalfDayDates {
             const auto cover = covers.find(*clip->likelyDay());
             const auto found = cover != covers.end() ? cover->second.of(clip->place->range) : std::nullopt;
             if (!found) continue;
-            ++fit.clips;
+            fit.clips.insert(clip);
             fit.recordings.emplace(*placeOf(*found).day, std::lround(placeOf(*found).range.startSeconds));
         }
         return fit;
@@ -110,8 +110,9 @@ class HalfDayDates {
     bool isInPlace(std::string_view folder, bool isMorning, const Recordings& recordings) const {
         const auto clips = clipsOf(folder, isMorning);
         const Fit now = fitOf(clips, recordings, 0);
-        return now.clips >= fewestOfADate &&
-               static_cast<double>(now.clips) >= explanation::majority * static_cast<double>(clips.size());
+        return now.clips.size() >= fewestOfADate &&
+               static_cast<double>(now.clips.size()) >=
+                   explanation::majority * static_cast<double>(clips.size());
     }
 
     /// `others`: the recordings of the other half. If no clip of this half has sound, they show that not all
@@ -122,29 +123,32 @@ class HalfDayDates {
         const Fit now = fitOf(clips, recordings, 0);
         long days = 1;
         Fit moved = fitOf(clips, recordings, days);
-        if (Fit other = fitOf(clips, recordings, -1); other.clips > moved.clips) {
+        if (Fit other = fitOf(clips, recordings, -1); other.clips.size() > moved.clips.size()) {
             moved = std::move(other);
             days = -1;
         }
-        // Most clips of days at the same hours fit whatever day is tried, by the same recordings.
+        // Most clips of days at the same hours fit whatever day is tried, by the same recordings. A day that
+        // is right loses no sound.
         constexpr double clearly = 1.5;
         const auto isClearly = [](std::size_t more, std::size_t less) {
             return static_cast<double>(more) >= clearly * static_cast<double>(less);
         };
-        const auto clipsMoved = static_cast<std::size_t>(moved.clips);
-        if (clipsMoved < 2 * fewestOfADate || !isClearly(clipsMoved, static_cast<std::size_t>(now.clips)) ||
+        if (moved.clips.size() < 2 * fewestOfADate || !isClearly(moved.clips.size(), now.clips.size()) ||
+            !std::ranges::includes(moved.clips, now.clips) ||
             !isClearly(moved.recordings.size(), now.recordings.size()) ||
-            static_cast<double>(moved.clips) < explanation::majority * static_cast<double>(clips.size()) ||
-            (now.clips == 0 && !isInPlace(folder, !isMorning, others)) ||
+            static_cast<double>(moved.clips.size()) <
+                explanation::majority * static_cast<double>(clips.size()) ||
+            (now.clips.empty() && !isInPlace(folder, !isMorning, others)) ||
             std::ranges::any_of(clips, [&](const Shoot::Clip* clip) { return isHeardNow(*clip); }))
             return;
         addCardDoubt(doubts_,
                      {Kind::otherDateFits,
                       "the recordings in '" + std::string(folder) + "' from " +
                           (isMorning ? "before noon" : "after noon") + " are dated a day too " +
-                          (days > 0 ? "early" : "late") + ": dated right, " + std::to_string(moved.clips) +
-                          " of " + counted(clips.size(), "clip", "clips") +
-                          " of these hours have sound, and " + std::to_string(now.clips) + " as they are",
+                          (days > 0 ? "early" : "late") + ": dated right, " +
+                          std::to_string(moved.clips.size()) + " of " +
+                          counted(clips.size(), "clip", "clips") + " of these hours have sound, and " +
+                          std::to_string(now.clips.size()) + " as they are",
                       cureWords::asHeard("choose the recordings of that day", "'choice'") +
                           cureWords::lock("; lock the clips whose sound is right")},
                      clips);

@@ -305,6 +305,10 @@ TEST_F(WorkDoubtsTest, FindTheirClipsInTheListAndLeaveThemWithTheDoubt) {
         if (group.isMOS()) controller_->clips().toggleLocked(group.id);
     EXPECT_EQ(listed(Filter::issues), "") << "locked as without sound, which is a decision";
     EXPECT_EQ(results.counts().issues, 0U);
+    results.setSorting(ResultsViewModel::Column::marks, true);
+    EXPECT_EQ(listed(Filter::all), "AB") << "what is not locked first";
+    results.setSorting(ResultsViewModel::Column::marks, false);
+    EXPECT_EQ(files(), "BA");
     EXPECT_EQ(listed(Filter::doubtful), "A");
     controller_->changeSetting(undoSteps::setTrimMode, settings::trimMode, TrimMode::overlap);
     finish(controller_->derivedDoubts().derive());

@@ -139,7 +139,6 @@ QVariant ResultsModel::headerData(int section, Qt::Orientation orientation, int 
         return static_cast<int>(Qt::AlignVCenter |
                                 (isRightAligned(section) ? Qt::AlignRight : Qt::AlignLeft));
     if (role != Qt::DisplayRole) return {};
-    if (section == marksColumn) return tr("Marks");
     return translated(ResultsViewModel::title(static_cast<Column>(section)));
 }
 
@@ -183,7 +182,6 @@ void ResultsModel::wantThumbnails(int first, int last) {
 }
 
 void ResultsModel::sort(int column, Qt::SortOrder order) {
-    if (column >= marksColumn) return;
     rows_.setSorting(column < 0 ? std::nullopt : std::optional(static_cast<Column>(column)),
                      order == Qt::AscendingOrder);
 }

@@ -20,7 +20,7 @@ using Column = ResultsViewModel::Column;
 
 /// Such a column is sorted by its number, not by its text.
 bool isNumber(Column column) {
-    return column == Column::length || column == Column::begins || column == Column::loudness;
+    return column == Column::length || column == Column::begins || column >= Column::loudness;
 }
 
 /// The editor has decided that the clip stays without sound, so that it needs no decision.
@@ -35,8 +35,8 @@ std::string loudnessText(const SyncGroup& group) {
 } // namespace
 
 std::string_view ResultsViewModel::title(Column column) {
-    static constexpr std::array<std::string_view, columnCount> titles{
-        "Clip", "Camera file", "Starts", "Length", "Match", "Sound", "Sound begins", "Loudness"};
+    static constexpr std::array<std::string_view, columnCount + 1> titles{
+        "Clip", "Camera file", "Starts", "Length", "Match", "Sound", "Sound begins", "Loudness", "Marks"};
     return orvane::rowOf(titles, column);
 }
 
@@ -218,7 +218,7 @@ void ResultsViewModel::layOut() {
     const std::vector<SharedAudioBundle> bundles = sharedAudioBundles(shown);
     std::vector<std::size_t> order;
     if (sortColumn_) {
-        // A group is sorted by its first clip.
+        // A group is sorted by its first clip, by marks by all of them.
         using Key = std::pair<double, std::string>;
         std::vector<std::pair<Key, std::size_t>> keys;
         calendar::DayStarts starts;
@@ -228,7 +228,7 @@ void ResultsViewModel::layOut() {
         };
         for (std::size_t i = 0; i < bundles.size(); ++i) {
             const SyncGroup& first = bundles[i].cams.front();
-            keys.emplace_back(isNumber(*sortColumn_) ? Key(sortKeyNumber(first), "")
+            keys.emplace_back(isNumber(*sortColumn_) ? Key(sortKeyNumber(bundles[i].cams), "")
                                                      : Key(dayOf(first), sortKeyText(first, names)),
                               i);
         }
@@ -299,8 +299,14 @@ std::string ResultsViewModel::sortKeyText(const SyncGroup& group, const Names& n
     }
 }
 
-double ResultsViewModel::sortKeyNumber(const SyncGroup& group) const {
+double ResultsViewModel::sortKeyNumber(const SyncGroupList& bundle) const {
+    const SyncGroup& group = bundle.front();
+    const auto shareOf = [&](bool SyncGroup::*flag) {
+        return static_cast<double>(std::ranges::count_if(bundle, flag)) / static_cast<double>(bundle.size());
+    };
     switch (*sortColumn_) {
+    case Column::marks:
+        return 2 * shareOf(&SyncGroup::isLocked) + shareOf(&SyncGroup::isApproved); // a lock counts more
     case Column::length:
         return group.video.durationSeconds.value_or(0);
     case Column::loudness:

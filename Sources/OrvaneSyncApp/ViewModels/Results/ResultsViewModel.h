@@ -23,8 +23,20 @@ namespace orvane {
 /// other; the first of them can fold the others away. Interface thread.
 class ResultsViewModel {
   public:
-    enum class Column : std::uint8_t { name, cameraFile, starts, length, match, sound, begins, loudness };
-    static constexpr std::size_t columnCount = 8;
+    /// `marks` has no text of its own: it shows the flags of the row. Sorted by it, clips that are not locked
+    /// come first.
+    enum class Column : std::uint8_t {
+        name,
+        cameraFile,
+        starts,
+        length,
+        match,
+        sound,
+        begins,
+        loudness,
+        marks
+    };
+    static constexpr std::size_t columnCount = 8; ///< those with texts
     static std::string_view title(Column column);
 
     /// Which clips are listed.
@@ -129,7 +141,7 @@ class ResultsViewModel {
     using Names = std::map<UUID, std::string>;
     bool isFound(const SyncGroup& group, const Names& names) const;
     std::string sortKeyText(const SyncGroup& group, const Names& names) const;
-    double sortKeyNumber(const SyncGroup& group) const;
+    double sortKeyNumber(const SyncGroupList& bundle) const;
 
     ImportController& controller_;
     platform::Listeners<const Change&> listeners_;

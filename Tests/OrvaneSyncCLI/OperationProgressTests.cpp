@@ -20,7 +20,7 @@ TEST_F(ServeTest, eachLongOperationHasItsProgress) {
     call("scanAtmoCandidates");
     call("detectSlate", onFirst());
     call("runSmartAudioForGroup", onFirst(R"(,"forceOverwriteManualTracks":false)"));
-    EXPECT_EQ(phases, (std::set<std::string>{"Probing", "Listening", "Looking", "Rendering"}));
+    EXPECT_EQ(phases, (std::set<std::string>{"Probing", "Listening", "Looking"}));
 }
 
 } // namespace

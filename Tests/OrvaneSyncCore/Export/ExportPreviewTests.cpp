@@ -99,9 +99,15 @@ TEST(ExportPreview, ReportsHowManyClipsWereNotAnalysed) {
     EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).choiceText(), std::nullopt);
     SyncGroup chosen = inScene("3");
     chosen.manualActiveTracks = {2};
+    EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).rangesText(), std::nullopt);
+    chosen.manualBlockOverrides.emplace_back();
     groups.append(chosen);
     EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).choiceText(),
               "The channels that were chosen before, in 1 clip, are in the document as they are chosen.");
+    EXPECT_EQ(
+        ExportPreview::smartAudioCoverage(groups, results).rangesText(),
+        "Ranges set by hand are not in the document, in 1 clip that Smart Audio has not heard; analyze and "
+        "export again.");
 }
 
 } // namespace

@@ -336,7 +336,7 @@ void ExportSheet::showForecast() {
                                     " locked as without sound: not in the document");
     if (!missing_.isEmpty()) notes << missing_;
     const auto coverage = ExportPreview::smartAudioCoverage(work.syncGroups(), now.smartAudioResults);
-    for (const auto& said : {coverage.text(), coverage.choiceText()})
+    for (const auto& said : {coverage.text(), coverage.choiceText(), coverage.rangesText()})
         if (said) notes << translatedSentence(*said);
     if (const QString leftOut = leftOutNote(controller); !leftOut.isEmpty()) notes << leftOut;
     leftOut_->setText(notes.join(QLatin1Char('\n')));

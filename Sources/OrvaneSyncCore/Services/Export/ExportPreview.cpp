@@ -78,6 +78,7 @@ SmartAudioCoverage smartAudioCoverage(const SyncGroupList& groups,
             smartAudioResults.heard(group.id) == nullptr) {
             ++coverage.unanalyzed;
             if (!group.manualActiveTracks.empty()) ++coverage.chosenBefore;
+            if (!group.manualBlockOverrides.empty()) ++coverage.withRanges;
         }
     return coverage;
 }
@@ -92,6 +93,12 @@ std::optional<std::string> SmartAudioCoverage::choiceText() const {
     if (chosenBefore == 0) return std::nullopt;
     return "The channels that were chosen before, in " + counted(chosenBefore, "clip", "clips") +
            ", are in the document as they are chosen.";
+}
+
+std::optional<std::string> SmartAudioCoverage::rangesText() const {
+    if (withRanges == 0) return std::nullopt;
+    return "Ranges set by hand are not in the document, in " + counted(withRanges, "clip", "clips") +
+           " that Smart Audio has not heard; analyze and export again.";
 }
 
 } // namespace orvane::ExportPreview

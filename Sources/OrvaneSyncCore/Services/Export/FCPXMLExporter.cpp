@@ -109,8 +109,9 @@ void addGroup(ExportRun& run, const SyncGroup& group) {
 /// The results of Smart Audio are kept in memory only.
 void warnOfMissingCurves(ExportRun& run) {
     if (!run.settings.get(settings::volumeKeyframes)) return;
-    const int clips =
-        ExportPreview::smartAudioCoverage(run.groups, run.settings.smartAudioResults).unanalyzed;
+    const auto coverage = ExportPreview::smartAudioCoverage(run.groups, run.settings.smartAudioResults);
+    if (const auto ranges = coverage.rangesText()) run.result.warnings.push_back(*ranges);
+    const int clips = coverage.unanalyzed;
     if (clips > 0)
         run.result.warnings.push_back("Volume curves are missing: Smart Audio has not heard " +
                                       std::to_string(clips) + (clips == 1 ? " clip" : " clips") +

@@ -460,7 +460,9 @@ TEST(CureTrial, RefusesWhatLeavesTheDoubtOrTakesOtherClipsTheirSound) {
         CardDoubt doubt = all.front();
         doubt.doubt.cure = CureWay{one.options};
         if (!one.scan.empty()) doubt.doubt.cure = std::move(doubt.doubt.cure).in(CureScan{"it", one.scan});
-        EXPECT_EQ(CureTrial(input, shot.doubts, {}).helps(doubt), one.helps) << doubt.doubt.cure.text();
+        SyncDoubts doubts = shot.doubts; // with that cure
+        for (SyncDoubt& own : doubts.byGroup[doubt.groupIDs.front()]) own.cure = doubt.doubt.cure;
+        EXPECT_EQ(CureTrial(input, doubts, {}).helps(doubt), one.helps) << doubt.doubt.cure.text();
     }
 }
 

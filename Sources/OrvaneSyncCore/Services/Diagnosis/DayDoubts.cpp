@@ -45,10 +45,7 @@ class DayDoubts {
     void add() {
         std::set<const Shoot::Clip*> reported;
         for (const Shoot::Clip& clip : shoot_.clips)
-            if (doubts_.has(clip.group->id, {Kind::otherDateFits})) {
-                reported.insert(&clip);
-                if (const auto day = clip.likelyDay()) reportedDays_.insert(*day);
-            }
+            if (doubts_.has(clip.group->id, {Kind::otherDateFits})) reported.insert(&clip);
         cardDates_ = addCardDates(shoot_, sound_, cures_, doubts_);
         const auto atOnce = filmedAtOnce(shoot_);
         platform::StopCheck check(shoot_.stop);
@@ -333,8 +330,7 @@ class DayDoubts {
         if (const AudioMatch* other = pair.isFirst() ? collision(clip, true) : nullptr)
             return collides(clip, *other);
         const auto suspected = sound_.suspected.find(kindOf(sound));
-        if (suspected == sound_.suspected.end() || reportedDays_.contains(suspected->second.day))
-            return false;
+        if (suspected == sound_.suspected.end()) return false;
         const DateSuspicion& why = suspected->second;
         return doubt(clip, Kind::otherDay,
                      namesOf(pair) + " is of the same date, but the recordings in '" +
@@ -395,7 +391,6 @@ class DayDoubts {
     DayCures cures_;
     const DatedSound sound_;
     CardDatesFound cardDates_ = {};
-    std::set<long> reportedDays_; ///< of clips with a doubt about their half of the day
     std::map<std::string_view, const MediaAsset*> unusedByFolder_; ///< one of the recordings that no clip has
 };
 

@@ -346,6 +346,7 @@ TEST_F(OpeningTest, AScanThatTakesDecisionsAwaySaysSoBeforeAndAfter) {
     // A session that is opened replaces the page on which a scan was prepared.
     const UUID first = *desktop_->sessions().currentSessionId();
     desktop_->run("newSession");
+    ASSERT_TRUE(waitUntil([&] { return work().syncGroups().empty(); })) << "once the last change is saved";
     window_->findChild<QAction*>(QStringLiteral("newScan"))->trigger();
     JSON arguments = JSON::object();
     arguments.set("sessionId", first.text());
@@ -393,7 +394,7 @@ TEST_F(OpeningTest, AnotherShootGetsASessionOfItsOwn) {
     EXPECT_NE(desktop_->sessions().currentSessionId(), first);
     EXPECT_FALSE(window_->windowTitle().contains("one")) << window_->windowTitle().toStdString();
     desktop_->run("newSession");
-    QCoreApplication::processEvents();
+    ASSERT_TRUE(waitUntil([&] { return work().syncGroups().empty(); })) << "once the last change is saved";
     scan();
     ASSERT_TRUE(waitUntil([&] { return bannerText().startsWith("These folders are in the session"); }));
     press(*window_->centralWidget(), "Open It");

@@ -2,16 +2,32 @@
 
 #include "OrvaneDesignKit/Theme.h"
 #include "OrvaneSyncApp/Views/WatchedApplication.h"
+#include "Platform/MainThread.h"
 #include "Support/LongestWait.h"
 #include "Support/TemporaryDirectory.h"
 
 #include <QApplication>
 #include <QStandardPaths>
 #include <QTest>
+#include <QThreadPool>
 
+#include <gtest/gtest.h>
+
+#include <chrono>
 #include <functional>
+#include <thread>
 
 namespace orvane::test {
+
+/// The application is never destroyed, and what a closed window leaves to other threads may use libraries
+/// that end with the process.
+class WaitForOtherThreads : public testing::EmptyTestEventListener {
+    void OnTestProgramEnd(const testing::UnitTest& /*program*/) override {
+        QThreadPool::globalInstance()->waitForDone();
+        while (platform::SerialQueue::hasAbandonedWork())
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+};
 
 /// One application for all tests of the desktop program, without a screen.
 inline QApplication& application() {
@@ -27,6 +43,7 @@ inline QApplication& application() {
         QStandardPaths::setTestModeEnabled(true);
         auto* one = new views::WatchedApplication(count, arguments);
         QCoreApplication::setOrganizationName(QStringLiteral("OrvaneSyncTests"));
+        testing::UnitTest::GetInstance()->listeners().Append(new WaitForOtherThreads);
         design::applyTheme(*one);
         return one;
     }();

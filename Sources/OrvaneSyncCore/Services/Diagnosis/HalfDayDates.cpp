@@ -155,7 +155,7 @@ class HalfDayDates {
         for (const Shoot::Clip* clip : clips)
             if (const auto recording = recordingOf(*clip, recordings, days))
                 doubts_.byGroup[clip->group->id].back().suggestion =
-                    SyncDoubt::Suggestion{.recordingID = *recording, .isAlone = true};
+                    SyncDoubt::Suggestion{.recordingID = recording, .isAlone = true};
     }
 
     const Shoot& shoot_;

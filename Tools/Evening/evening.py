@@ -277,7 +277,7 @@ class Evening:
         click(self.window.box("13-1", "list item"))
         wait("a click in the outline opens the clip", lambda: self.is_open(camera_file))
         press("a")
-        _, row, _, size = self.window.box(f"Export {CHANNEL_OF_RANGE}")
+        _, row, _, size = self.window.box(f"{CHANNEL_OF_RANGE}: Toggle Audio Track")
         x, _, width, _ = self.window.box("Timeline", "filler")
         at = row + size // 2  # the strip is beside the switches
         drag((x + width * 2 // 5, at), (x + width * 3 // 5, at))

@@ -68,6 +68,13 @@ bool isHeardInPlace(const Shoot& shoot, const Shoot::Clip& clip, const AudioMatc
            std::abs(*heard->offsetSeconds - match.syncOffsetSeconds) < alikeSeconds;
 }
 
+bool isRecordingHeard(const Shoot& shoot, const Shoot::Clip& clip, const AudioMatch& match) {
+    if (isHeardInPlace(shoot, clip, match)) return true;
+    if (shoot.input.heardLags == nullptr) return false;
+    const auto lag = shoot.input.heardLags->find(match.id);
+    return lag != shoot.input.heardLags->end() && std::abs(lag->second.seconds) < inPlaceSeconds;
+}
+
 std::optional<std::size_t> heardAmong(const Shoot& shoot, const Shoot::Clip& clip) {
     if (shoot.input.heardClaims == nullptr || !(isAmbiguous(clip) || mayHaveEquals(clip)))
         return std::nullopt;

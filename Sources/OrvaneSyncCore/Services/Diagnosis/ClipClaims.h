@@ -14,6 +14,8 @@ namespace orvane {
 std::optional<std::size_t> heardAmong(const Shoot& shoot, const Shoot::Clip& clip);
 /// Whether the clip's camera heard this recording of the clip where timecode places it.
 bool isHeardInPlace(const Shoot& shoot, const Shoot::Clip& clip, const AudioMatch& match);
+/// The same, or as the clip's own sound, within `inPlaceSeconds`.
+bool isRecordingHeard(const Shoot& shoot, const Shoot::Clip& clip, const AudioMatch& match);
 /// The suggestion to choose the recording of that match, by number. The others stay beside it, unless a
 /// microphone found one of them elsewhere than in its place, or did not find it and found none of its folder
 /// in place.

@@ -116,13 +116,7 @@ class DayDoubts {
     /// Whether the camera heard the first recording in place, and no dates say anything about its day.
     bool isFirstHeardWithoutDate(const Shoot::Clip& clip) const {
         if (clip.likelyDay() && primaryOf(clip).place.day) return false;
-        return isHeard(clip, clip.group->audioMatches.front());
-    }
-    bool isHeard(const Shoot::Clip& clip, const AudioMatch& match) const {
-        if (isHeardInPlace(shoot_, clip, match)) return true;
-        const auto* heard = shoot_.input.heardLags;
-        const auto lag = heard != nullptr ? heard->find(match.id) : decltype(heard->end()){};
-        return heard != nullptr && lag != heard->end() && std::abs(lag->second.seconds) < inPlaceSeconds;
+        return isRecordingHeard(shoot_, clip, clip.group->audioMatches.front());
     }
     /// A clip of the same camera, filmed at another moment although at the same time of day, whose microphone
     /// heard the recording in place; null if there is none.
@@ -133,7 +127,8 @@ class DayDoubts {
                    SyncEngine::overlapDuration(one.place->range, clip.place->range) &&
                    std::ranges::any_of(one.group->audioMatches,
                                        [&](const AudioMatch& match) {
-                                           return match.audio->id == recording.id && isHeard(one, match);
+                                           return match.audio->id == recording.id &&
+                                                  isRecordingHeard(shoot_, one, match);
                                        }) &&
                    namePattern(one.group->video) == namePattern(video);
         });

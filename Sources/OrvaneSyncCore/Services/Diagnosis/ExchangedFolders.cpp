@@ -36,13 +36,6 @@ struct CameraUnit {
     }
 };
 
-bool isRecordingHeard(const Shoot& shoot, const Shoot::Clip& clip, const AudioMatch& match) {
-    if (isHeardInPlace(shoot, clip, match)) return true;
-    if (shoot.input.heardLags == nullptr) return false;
-    const auto lag = shoot.input.heardLags->find(match.id);
-    return lag != shoot.input.heardLags->end() && std::abs(lag->second.seconds) < inPlaceSeconds;
-}
-
 /// Whether the document has a recording of that folder in the clip beside the first one.
 bool hasBeside(const SyncGroup& group, std::string_view folder) {
     if (group.audioMatches.size() < 2) return false;

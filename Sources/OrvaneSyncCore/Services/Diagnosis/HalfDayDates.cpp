@@ -82,12 +82,8 @@ class HalfDayDates {
     }
     bool isHeardNow(const Shoot::Clip& clip) const {
         if (!clip.primary) return false;
-        const AudioMatch& first = clip.group->audioMatches.front();
-        if (shoot_.recordings[*clip.primary].place.day != clip.likelyDay()) return false;
-        const auto* heard = shoot_.input.heardLags;
-        const auto lag = heard != nullptr ? heard->find(first.id) : decltype(heard->end()){};
-        return isHeardInPlace(shoot_, clip, first) ||
-               (heard != nullptr && lag != heard->end() && std::abs(lag->second.seconds) < inPlaceSeconds);
+        return shoot_.recordings[*clip.primary].place.day == clip.likelyDay() &&
+               isRecordingHeard(shoot_, clip, clip.group->audioMatches.front());
     }
     /// The only recording that covers the clip with its date moved.
     std::optional<UUID> recordingOf(const Shoot::Clip& clip, const Recordings& recordings, long days) const {

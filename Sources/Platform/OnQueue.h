@@ -22,6 +22,9 @@ namespace orvane::platform {
 /// Work that takes a std::stop_token gets that of the operation and can be stopped: the operation then
 /// continues at once, with Stopped, and the result of the work is discarded. Such work owns all that it uses,
 /// as the queue may abandon it. Work without a token always runs to its end.
+///
+/// The waiting operation must not own the main thread, in a parameter or a variable: work that waits on that
+/// thread owns the operation, and neither would ever be destroyed.
 template <class Work>
 auto onQueue(SerialQueue& queue, const std::shared_ptr<MainThread>& mainThread, Work work,
              const char* caller = __builtin_FUNCTION()) { // both compilers have this builtin

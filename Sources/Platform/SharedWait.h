@@ -16,10 +16,10 @@ namespace orvane::platform {
 
 /// `co_await shared(task, mainThread)` waits for an operation that others also wait for: stopping the waiting
 /// operation ends only the wait, and the shared operation continues. Its exception passes through.
-inline auto shared(Task task, std::shared_ptr<MainThread> mainThread) {
+inline auto shared(Task task, const std::shared_ptr<MainThread>& mainThread) {
     struct Awaiter {
         Task task;
-        std::shared_ptr<MainThread> mainThread;
+        std::weak_ptr<MainThread> mainThread;
         std::stop_token token = {};
         std::shared_ptr<std::exception_ptr> raised = std::make_shared<std::exception_ptr>();
         std::shared_ptr<std::stop_callback<std::function<void()>>> whenStopped = nullptr;
@@ -29,8 +29,10 @@ inline auto shared(Task task, std::shared_ptr<MainThread> mainThread) {
             token = waiting.promise().stopToken();
             const auto way = std::make_shared<ReturnWay>(waiting);
             const auto goOn = [way, main = mainThread] {
-                if (auto resumption = way->take())
-                    ReturnWay::post(*main, std::move(resumption), "shared wait");
+                auto resumption = way->take();
+                const auto thread = main.lock();
+                if (!resumption || !thread) return;
+                ReturnWay::post(*thread, std::move(resumption), "shared wait");
             };
             whenStopped = std::make_shared<std::stop_callback<std::function<void()>>>(token, goOn);
             task.whenDone([goOn, kept = raised](std::exception_ptr how) {
@@ -44,7 +46,7 @@ inline auto shared(Task task, std::shared_ptr<MainThread> mainThread) {
             if (*raised) std::rethrow_exception(*raised);
         }
     };
-    return Awaiter{std::move(task), std::move(mainThread)};
+    return Awaiter{std::move(task), mainThread};
 }
 
 } // namespace orvane::platform

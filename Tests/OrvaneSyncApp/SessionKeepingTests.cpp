@@ -219,6 +219,8 @@ TEST_F(SessionKeepingTest, aWriteThatFailsShowsAndIsTriedAgain) {
     EXPECT_EQ(manager_->currentSessionId(), id);
     fs::remove(place);
     fs::rename(folder_.path("aside"), place);
+    flush(); // ends the write that the refused deletion began, which may have failed before the folder was
+             // back
     flush();
     EXPECT_EQ(manager_->saveError(id), std::nullopt);
     EXPECT_EQ(onDisk(id).groups.front().isApproved, controller_->work().syncGroups().front().isApproved);

@@ -3,6 +3,7 @@
 #include "MediaFactory/SmallShoot.h"
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
+#include "Platform/MainThread.h"
 
 #include <algorithm>
 #include <fstream>
@@ -542,6 +543,20 @@ TEST_F(SessionCommandTest, foldersOfAnotherShootLeaveTheOpenSessionAlone) {
     EXPECT_EQ(manager_->currentSessionId(), second);
     choose("videoFolder", elsewhere.path());
     EXPECT_NE(manager_->currentSessionId(), second);
+}
+
+TEST(SessionManager, isDestroyedWithWhatItHasNotFinished) {
+    const test::TemporaryDirectory folder;
+    auto loop = platform::RunLoop::create();
+    SessionManager::Dependencies dependencies;
+    dependencies.mainThread = loop;
+    dependencies.settings = std::make_shared<platform::MemorySettingsStore>();
+    dependencies.sessionsDir = folder.path();
+    auto manager = SessionManager::create(std::move(dependencies));
+    manager->loadSessionList();
+    manager.reset(); // ends its queue, so that the list now waits for the loop
+    const std::weak_ptr<platform::RunLoop> destroyed = std::exchange(loop, nullptr);
+    EXPECT_TRUE(destroyed.expired());
 }
 
 } // namespace

@@ -42,11 +42,11 @@ platform::Task SessionWrites::writeCopies(std::string folder) const {
     return copying(mainThread_, std::move(folder), std::move(sessions));
 }
 
-platform::Task SessionWrites::copying(std::shared_ptr<platform::MainThread> mainThread, std::string folder,
+platform::Task SessionWrites::copying(std::weak_ptr<platform::MainThread> mainThread, std::string folder,
                                       std::vector<std::pair<UUID, UnwrittenSession>> sessions) {
     const auto queue = platform::SerialQueue::create("copies of sessions");
-    auto writing =
-        platform::onQueue(*queue, mainThread, [folder = std::move(folder), sessions = std::move(sessions)] {
+    auto writing = platform::onQueue(
+        *queue, mainThread.lock(), [folder = std::move(folder), sessions = std::move(sessions)] {
             const SessionStore store(folder);
             SessionGroupsWriter writer(store);
             SessionWriteOutcome outcome;

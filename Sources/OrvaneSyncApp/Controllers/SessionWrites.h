@@ -75,7 +75,7 @@ class SessionWrites : public std::enable_shared_from_this<SessionWrites> {
                                    std::shared_ptr<bool> wasThere);
     static platform::Task finishing(std::weak_ptr<SessionWrites> weak);
     bool isNewest(const UUID& id, std::uint64_t token) const;
-    static platform::Task copying(std::shared_ptr<platform::MainThread> mainThread, std::string folder,
+    static platform::Task copying(std::weak_ptr<platform::MainThread> mainThread, std::string folder,
                                   std::vector<std::pair<UUID, UnwrittenSession>> sessions);
     void finished(const UUID& id, SessionWriteOutcome outcome);
     void forget(const UUID& id);

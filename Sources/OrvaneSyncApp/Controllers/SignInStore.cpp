@@ -30,9 +30,8 @@ void saveIfPossible(CredentialStore& store, const char* item, const Secret& valu
 
 /// A separate coroutine, because the store may be destroyed while it waits; the queue runs the work to its
 /// end before.
-Task runOn(platform::SerialQueue& queue, std::shared_ptr<platform::MainThread> mainThread,
-           std::function<void()> work) {
-    auto running = platform::onQueue(queue, mainThread, std::move(work));
+template <class Running>
+Task endOf(Running running) {
     co_await running;
 }
 
@@ -50,7 +49,8 @@ SignInStore::SignInStore(std::shared_ptr<CredentialStore> store,
       queue_(platform::SerialQueue::create("key store")) {}
 
 Task SignInStore::run(std::function<void(CredentialStore&)> work) const {
-    return runOn(*queue_, mainThread_, [store = store_, work = std::move(work)] { work(*store); });
+    return endOf(
+        platform::onQueue(*queue_, mainThread_, [store = store_, work = std::move(work)] { work(*store); }));
 }
 
 Task SignInStore::read(std::shared_ptr<StoredSignIn> signIn, CredentialStore::Asking asking) const {

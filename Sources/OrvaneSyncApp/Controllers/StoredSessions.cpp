@@ -19,10 +19,8 @@ std::set<std::string> textsOfFolders(const std::vector<FileURL>& urls) {
 }
 
 /// A separate coroutine, because its owner may be destroyed while it waits.
-template <class Result, class Work>
-platform::Task readInto(platform::SerialQueue& queue, std::shared_ptr<platform::MainThread> mainThread,
-                        std::shared_ptr<Result> result, Work work) {
-    auto reading = platform::onQueue(queue, mainThread, std::move(work));
+template <class Result, class Reading>
+platform::Task readInto(std::shared_ptr<Result> result, Reading reading) {
     *result = co_await reading;
 }
 
@@ -34,45 +32,51 @@ StoredSessions::StoredSessions(SessionStore store, platform::SerialQueue& queue,
       knownRecords_(std::make_shared<SessionStore::KnownRecords>()) {}
 
 platform::Task StoredSessions::readLists(std::shared_ptr<StoredLists> lists) const {
-    return readInto(queue_, mainThread_, std::move(lists), [store = store_, known = knownRecords_] {
-        StoredLists read;
-        read.sessions =
-            store.list([&](const std::string& problem) { read.unreadable.push_back(problem); }, known.get());
-        read.folders = store.readFolderInfos();
-        return read;
-    });
+    return readInto(
+        std::move(lists), platform::onQueue(queue_, mainThread_, [store = store_, known = knownRecords_] {
+            StoredLists read;
+            read.sessions = store.list(
+                [&](const std::string& problem) { read.unreadable.push_back(problem); }, known.get());
+            read.folders = store.readFolderInfos();
+            return read;
+        }));
 }
 
 platform::Task StoredSessions::read(const UUID& id,
                                     std::shared_ptr<std::optional<StoredSession>> session) const {
-    return readInto(
-        queue_, mainThread_, std::move(session),
-        [store = store_, id](const std::stop_token& stop) { return readStoredSession(store, id, stop); });
+    return readInto(std::move(session),
+                    platform::onQueue(queue_, mainThread_, [store = store_, id](const std::stop_token& stop) {
+                        return readStoredSession(store, id, stop);
+                    }));
 }
 
 platform::Task StoredSessions::readCopy(const UUID& id, const std::string& elsewhere,
                                         std::shared_ptr<std::optional<StoredSession>> session) const {
-    return readInto(queue_, mainThread_, std::move(session),
-                    [store = store_, elsewhere, id](const std::stop_token& stop) {
-                        auto copy = readStoredSession(SessionStore(elsewhere), id, stop);
-                        if (copy) copy->sessionFolders = store.readFolderInfos();
-                        return copy;
-                    });
+    return readInto(
+        std::move(session),
+        platform::onQueue(queue_, mainThread_, [store = store_, elsewhere, id](const std::stop_token& stop) {
+            auto copy = readStoredSession(SessionStore(elsewhere), id, stop);
+            if (copy) copy->sessionFolders = store.readFolderInfos();
+            return copy;
+        }));
 }
 
 platform::Task StoredSessions::find(std::vector<UUID> candidates, const std::vector<FileURL>& folders,
                                     std::shared_ptr<std::optional<UUID>> found) const {
-    return readInto(queue_, mainThread_, std::move(found),
-                    [store = store_, candidates = std::move(candidates),
-                     wanted = textsOfFolders(folders)](const std::stop_token& stop) -> std::optional<UUID> {
-                        for (const UUID& id : candidates) {
-                            platform::throwIfStopped(stop);
-                            const auto record = store.readFolders(id).record;
-                            if (!record) continue;
-                            if (!wanted.empty() && textsOfFolders(allFolders(*record)) == wanted) return id;
-                        }
-                        return std::nullopt;
-                    });
+    return readInto(
+        std::move(found),
+        platform::onQueue(
+            queue_, mainThread_,
+            [store = store_, candidates = std::move(candidates),
+             wanted = textsOfFolders(folders)](const std::stop_token& stop) -> std::optional<UUID> {
+                for (const UUID& id : candidates) {
+                    platform::throwIfStopped(stop);
+                    const auto record = store.readFolders(id).record;
+                    if (!record) continue;
+                    if (!wanted.empty() && textsOfFolders(allFolders(*record)) == wanted) return id;
+                }
+                return std::nullopt;
+            }));
 }
 
 } // namespace orvane

@@ -9,6 +9,7 @@
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <algorithm>
+#include <set>
 #include <tuple>
 #include <utility>
 
@@ -210,12 +211,12 @@ void OutlineModel::follow(const ImportChange& change) {
         if (!haveSamePlaceAndName(change.clips[position], change.clipsBefore[position])) return layOut();
     for (const std::size_t position : changes.changed) {
         const auto& clip = change.clips.element(position);
-        for (std::size_t i = 0; i < rows_.size(); ++i)
-            for (auto& own : rows_[i].clips)
-                if (own->id == clip->id) {
-                    own = clip;
-                    changed.rows.push_back(i);
-                }
+        const auto row = rowOf(clip->id);
+        if (!row) continue;
+        for (const std::size_t i : std::set{*row, takeRowOf(clip->id).value_or(*row)}) {
+            *std::ranges::find(rows_[i].clips, clip->id, [](const auto& own) { return own->id; }) = clip;
+            changed.rows.push_back(i);
+        }
     }
     if (!changes.changed.empty()) listeners_.notify(changed);
 }

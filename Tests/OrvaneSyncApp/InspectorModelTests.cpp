@@ -214,6 +214,13 @@ TEST_F(InspectorModelTest, syncSaysWhatTheClipHasAndWhatWasLocked) {
     controller_->clips().toggleLocked(silent_);
     EXPECT_TRUE(SyncPart::of(group(silent_), 25).begins.ends_with("unlock it to attach a recording."));
 
+    controller_->recordings().attachAudioToGroup(next_, audio("Other.wav", "11:00:00:00"));
+    controller_->clips().toggleLocked(next_);
+    EXPECT_TRUE(SyncPart::of(group(next_), 25).begins.ends_with("\n2 recordings, all in the document"));
+    OutlineModel outline(*controller_);
+    EXPECT_EQ(outline.row(*outline.rowOf(next_)).facts, "2 recordings") << "also once it is locked";
+    EXPECT_EQ(outline.row(*outline.rowOf(b_)).facts, "B001C001_x.mov");
+
     MediaAsset slow = video("S.mov");
     slow.sensorFrameRate = 47.952;
     slow.projectFrameRate = 23.976;

@@ -125,6 +125,10 @@ OutlineModel::Row OutlineModel::row(std::size_t index) const {
     const std::string& why = controller_.derivedDoubts().whyUnmatched(clip.id);
     row.facts = !file.starts_with(place.label) ? file : why.empty() ? clip.matchStatus.label() : why;
     row.status = file;
+    if (const std::string several = recordingCountText(clip); !several.empty()) {
+        row.facts = several;
+        addStatusLine(row.status, several);
+    }
     if (row.isMovedSinceLock) {
         const double rate = controller_.timeline().timelineFrameRate(clip);
         row.facts = movedText(clip, rate);

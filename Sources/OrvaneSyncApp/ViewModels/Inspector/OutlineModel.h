@@ -23,9 +23,10 @@ class OutlineModel {
 
     struct Row {
         std::string label;
-        std::string facts;  ///< of a clip: its camera file, or its status if it is named after the file; of a
-                            ///< take: its cameras
-        std::string status; ///< the status and the doubts in words, one line each
+        /// Of a clip: how many recordings it has if several, else its camera file, or its status if it is
+        /// named after the file. Of a take: its cameras.
+        std::string facts;
+        std::string status;                       ///< the status and the doubts in words, one line each
         Certainty certainty = Certainty::settled; ///< of a take: that of its worst clip
         bool isApproved = false; ///< of a take: every clip is approved; the next two are the same
         bool isLocked = false;

@@ -44,7 +44,8 @@ std::string soundBeginsSentence(const SyncGroup& group) {
                               : "No sound. Ctrl+T attaches a recording.";
     std::string begins = beginsText(group, takeOf(group, assumedChannels));
     if (!begins.ends_with("picture")) begins += " picture";
-    return "Sound begins " + begins;
+    const std::string several = recordingCountText(group);
+    return "Sound begins " + begins + (several.empty() ? "" : "\n" + several + ", all in the document");
 }
 
 constexpr const char* withoutSound = "The clip has no sound.";

@@ -29,8 +29,8 @@ struct SyncPart {
     std::string offsetInSeconds;
     std::string wholeFrames; ///< the offset that the document gets if this one is not a whole number of
                              ///< frames; else empty
-    std::string begins;      ///< where the sound begins, relative to the picture
-    std::string anchor;      ///< where the anchor is; without one, what to do
+    std::string begins; ///< where the sound begins, relative to the picture; how many recordings there are
+    std::string anchor; ///< where the anchor is; without one, what to do
     bool hasAnchor = false;
     // Why each button does nothing; empty if it works, as far as this depends on the clip.
     std::string whyNoGoTo, whyNoPut, whyNoUpdate, whyNoClear, whyNoSearch, whyNoCheck;

@@ -1,6 +1,7 @@
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
 
 #include "OrvaneSyncCore/Services/Review/SiblingSuggestion.h"
+#include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <algorithm>
@@ -67,6 +68,11 @@ std::string matchText(const SyncGroup& group, const Take& take) {
     if (!group.video.isOffspeed() && *length - covered > leastReportedSeconds)
         text += ", covers " + formatted("%.1f", covered) + " of " + formatted("%.1f s", *length);
     return text;
+}
+
+std::string recordingCountText(const SyncGroup& group) {
+    const std::size_t count = group.audioMatches.size() > 1 ? recordingsOf(group).size() : 0;
+    return count > 1 ? std::to_string(count) + " recordings" : "";
 }
 
 std::string movedSinceLockText(const SyncGroup& group, double frameRate) {

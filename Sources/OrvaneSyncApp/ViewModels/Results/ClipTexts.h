@@ -22,6 +22,8 @@ std::string soundText(const SyncGroup& group, const Take& take, const FileNames&
 std::string beginsText(const SyncGroup& group, const Take& take);
 /// The status, and how much of the clip is without sound.
 std::string matchText(const SyncGroup& group, const Take& take);
+/// Such as "2 recordings"; empty for a clip with fewer. The document has all of them.
+std::string recordingCountText(const SyncGroup& group);
 /// That a locked clip was moved, in words, in frames of that rate, such as "moved since locked: -3f to -2f".
 std::string movedSinceLockText(const SyncGroup& group, double frameRate);
 /// The same for narrow columns, such as "moved to -2f".

@@ -3,6 +3,7 @@
 #include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneDesignKit/Sheet.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkWarnings.h"
+#include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
 #include "OrvaneSyncApp/ViewModels/Results/Questions.h"
 #include "OrvaneSyncApp/ViewModels/Results/WarningWords.h"
 #include "OrvaneSyncApp/ViewModels/Settings/SettingRows.h"
@@ -328,6 +329,11 @@ void ExportSheet::showForecast() {
         doubtful > 0)
         notes << translatedSentence(counted(doubtful, "clip", "clips") +
                                     " of the document in doubt: the list shows why under “Doubtful”");
+    if (const auto several =
+            verified([](const SyncGroup& clip) { return !recordingCountText(clip).empty(); });
+        several > 0)
+        notes << translatedSentence(counted(several, "clip", "clips") +
+                                    " with several recordings: all of them are in the document");
     const auto silent = std::ranges::count_if(work.syncGroups(), [](const SyncGroup& clip) {
         return clip.isLocked && !clip.matchStatus.isSettled() && !clip.isExcludedFromExport;
     });

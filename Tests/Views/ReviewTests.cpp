@@ -8,6 +8,7 @@
 #include "OrvaneSyncApp/Views/Review/PictureCanvas.h"
 #include "OrvaneSyncApp/Views/Review/PictureView.h"
 #include "OrvaneSyncApp/Views/Review/ReviewView.h"
+#include "OrvaneSyncApp/Views/Review/SiblingBanner.h"
 #include "OrvaneSyncApp/Views/Review/SyncLensView.h"
 #include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "Support/Assets.h"
@@ -510,6 +511,41 @@ TEST_F(ReviewTest, ARecordingOfAnotherTimeIsPutUnderThePictureByItsClap) {
     const ClipSound sound(clip(2));
     EXPECT_NEAR(sound.primaryOffsetSeconds() + *clip(2).audioAnchorOffsetInAudioSeconds,
                 engine().playhead().seconds(), 0.04);
+}
+
+TEST_F(ReviewTest, AClipWithoutSoundTakesTheOffsetThatWasFoundForItsCard) {
+    SyncGroup moved = clip(0), silent = clip(2);
+    MediaAsset sound = *moved.primaryAudio();
+    sound.startTimecodeString = "11:00:00:00";
+    moved.audioMatches = {AudioMatch(sound, 3600, 0)};
+    moved.manualAudioOffsetSeconds = -3600;
+    silent.audioMatches.clear();
+    silent.audioAnchorOffsetInAudioSeconds.reset();
+    silent.matchStatus = MatchStatus::unmatched();
+    SyncGroup next(silent.video, {}, MatchStatus::unmatched());
+    next.video.url.path = folder_.path("A001C003.mov");
+    desktop_->controller().openStoredWork({{}, {}, SyncGroupList({moved, silent, next})});
+    window_->openReview(ids_[2]);
+    ASSERT_TRUE(waitUntil([&] { return isOnScreen(2); }));
+    auto& banner = static_cast<SiblingBanner&>(*window_->findChild<QFrame*>(QStringLiteral("siblingBanner")));
+    ASSERT_TRUE(waitUntil([&] { return banner.isVisible(); }));
+    EXPECT_TRUE(banner.text().contains("A001C001.mov was shifted -90000f")) << banner.text().toStdString();
+    press(Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier);
+    ASSERT_EQ(clip(2).audioMatches.size(), 1U);
+    EXPECT_NEAR(clip(2).manualAudioOffsetSeconds, -3600, 1e-9);
+    EXPECT_TRUE(waitUntil([&] { return clip(2).audioAnchorOffsetInAudioSeconds.has_value(); }))
+        << "its clap is searched for";
+    const auto& work = desktop_->controller().work();
+    const auto isSilent = [&](const UUID& id) { return work.syncGroups().find(id)->isMOS(); };
+    EXPECT_TRUE(isSilent(next.id)) << "one clip at a time";
+    desktop_->run("undo");
+    EXPECT_TRUE(isSilent(ids_[2]));
+    ASSERT_TRUE(waitUntil([&] { return banner.isVisible(); }));
+    for (auto* one : banner.findChildren<QPushButton*>())
+        if (one->text() == "Apply to 2 clips of the Card") QTest::mouseClick(one, Qt::LeftButton);
+    EXPECT_FALSE(isSilent(ids_[2]) || isSilent(next.id));
+    desktop_->run("undo");
+    EXPECT_TRUE(isSilent(ids_[2]) && isSilent(next.id)) << "in one step";
 }
 
 TEST_F(ReviewTest, ArrowsInTheListOpenTheClipThatTheyMark) {

@@ -1,4 +1,5 @@
 #include "OrvaneSyncCore/Services/Review/AlternateAudio.h"
+#include "OrvaneSyncCore/Services/Review/CardSuggestion.h"
 #include "OrvaneSyncCore/Services/Review/ReviewTable.h"
 #include "OrvaneSyncCore/Services/Review/SiblingSuggestion.h"
 #include "Platform/Stop.h"
@@ -65,6 +66,49 @@ TEST(SiblingSuggestion, isDismissedUntilTheSiblingMovesAgain) {
     EXPECT_EQ(card->text(rate), "Cam A 2 was shifted +25f — apply the same to this cam?");
     EXPECT_EQ((SiblingSuggestion{cameras.element(2), 2, ""}.text(rate)),
               "C.mov was shifted +50f — apply the same to this cam?");
+}
+
+/// Clips of a card whose clock is an hour behind; the sound of the first was moved there by hand.
+TEST(CardSuggestion, givesTheClipsOfTheCardTheirRecordingsWithTheSameOffset) {
+    const auto picture = [](const char* name, const char* start) {
+        return SyncGroup(test::video(name, start), {}, MatchStatus::unmatched());
+    };
+    const std::vector<MediaAsset> sounds{
+        test::audio("S/T1.wav", "11:00:00:00"), test::audio("S/T2.wav", "11:10:01:00"),
+        test::audio("S/T3.wav", "11:20:00:00"), test::audio("R/T2.wav", "11:10:00:00")};
+    std::vector<const MediaAsset*> audios;
+    for (const MediaAsset& sound : sounds) audios.push_back(&sound);
+    SyncGroup moved = test::clip(test::video("B4/B001C001.mov", "10:00:00:00"), sounds[0]);
+    moved.audioMatches.front().syncOffsetSeconds = 3600;
+    moved.manualAudioOffsetSeconds = -3600;
+    SyncGroup locked = picture("B4/B001C003.mov", "10:20:00:00");
+    locked.isLocked = true;
+    SyncGroupList groups{moved,
+                         picture("B4/B001C002.mov", "10:10:00:00"),
+                         locked,
+                         picture("B4/B001C004.mov", "10:20:10:00"),
+                         picture("B4/C001C005.mov", "10:20:00:00"),
+                         picture("B5/B001C006.mov", "10:20:00:00"),
+                         picture("B4/B001C007.mov", "10:30:00:00")};
+    const auto suggested = [&](std::size_t clip, const std::set<std::string>& dismissed = {}) {
+        return activeCardSuggestion(groups[clip], groups, audios, {}, dismissed);
+    };
+    const auto found = suggested(3);
+    ASSERT_TRUE(found && found->clips.size() == 2);
+    EXPECT_EQ(found->clips[0].groupID, groups[3].id) << "the one in view is the first";
+    EXPECT_EQ(found->clips[1].groupID, groups[1].id);
+    EXPECT_EQ(found->clips[1].files.front()->url.path, "/media/S/T2.wav") << "of the same recorder only";
+    EXPECT_NEAR(found->clips[1].startSeconds, 1, 1e-6);
+    EXPECT_FALSE(suggested(3, {found->dismissKey}));
+    for (const std::size_t other : {0, 2, 4, 5, 6}) EXPECT_FALSE(suggested(other)) << other;
+    groups.update(moved.id, [](SyncGroup& own) { own.manualAudioOffsetSeconds += 0.04; });
+    EXPECT_TRUE(suggested(3, {found->dismissKey}));
+    FileNames names;
+    names.add(moved.video);
+    names.add(sounds[2]);
+    EXPECT_EQ(
+        found->text(rate, names),
+        "The sound of B001C001.mov was shifted -90000f by hand. Shifted as much, T3.wav fits this clip.");
 }
 
 TEST(SiblingSuggestion, formatsOffsetsInFrames) {

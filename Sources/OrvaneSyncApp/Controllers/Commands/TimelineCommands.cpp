@@ -1,4 +1,5 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/CardOffsets.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
 #include "OrvaneSyncApp/Controllers/Commands/ReviewPlayers.h"
@@ -81,6 +82,21 @@ JSON suggestionJSON(CommandContext& context, const Call& call) {
     json.set("offset", suggestion->offsetSeconds);
     json.set("text", suggestion->text(context.controller->timeline().timelineFrameRate(group)));
     json.set("key", suggestion->dismissKey);
+    return json;
+}
+
+JSON cardSuggestionJSON(CommandContext& context, const Call& call) {
+    const SyncGroup& group = context.group(call.id("groupID"));
+    const auto suggestion = cardSuggestion(*context.controller, group.id);
+    if (!suggestion) return {};
+    JSON json;
+    json.set("groupID", suggestion->moved->id.text());
+    json.set("offset", suggestion->offsetSeconds);
+    json.set("text", suggestion->text(context.controller->timeline().timelineFrameRate(group),
+                                      context.controller->work().fileNames()));
+    JSON::Array clips;
+    for (const CardSuggestion::Clip& clip : suggestion->clips) clips.emplace_back(clip.groupID.text());
+    json.set("clips", std::move(clips));
     return json;
 }
 
@@ -219,6 +235,24 @@ std::vector<Command> suggestionCommands() {
                     context.controller->timeline().dismissSiblingSuggestion(call.id("groupID"));
                     return JSON();
                 }),
+        Command("cardSuggestion", "Card Suggestion",
+                "Gives the clips of a card that would have sound with the offset of one that was moved by "
+                "hand, for a clip without sound.",
+                {groupID}, cardSuggestionJSON),
+        Command("applyCardSuggestion", "Apply",
+                "Gives the clip the recordings that it has with the offset of another clip of its card, and "
+                "that offset; with isForAllClips the other clips of the suggestion as well.",
+                {groupID, {.name = "isForAllClips", .kind = boolean, .isOptional = true}},
+                [](CommandContext& context, const Call& call) {
+                    const auto suggestion = cardSuggestion(*context.controller, call.id("groupID"));
+                    checked("applyCardSuggestion", [&] {
+                        if (suggestion)
+                            applyCardSuggestion(*context.controller, *suggestion,
+                                                call.has("isForAllClips") && call.boolean("isForAllClips"));
+                    });
+                    return JSON();
+                })
+            .undoneBy(undoSteps::applySuggestions),
     };
 }
 

@@ -88,7 +88,7 @@ KeyGroup keysOfTheWindow(const ReviewSituation& now, const TakenKeys& taken) {
     add(keys::lastFrame, "To the Last Frame", now.isLoaded);
     add(keys::attach, "Attach a Recording", now.hasClip && !now.isLocked);
     add("Ctrl+1–9", "Use This Recording", now.hasChoice);
-    add(keys::applySuggestion, "Move as the Other Camera", now.hasSuggestion);
+    add(keys::applySuggestion, "Apply the Suggested Offset", now.hasSuggestion);
     add(keys::rename, "Rename Clip", now.hasClip);
     if (!taken.approves) add(keys::approve, label(ShortcutAction::toggleApproved), now.hasClip);
     add(keys::multicam, "Open as Multicam", now.hasClip);

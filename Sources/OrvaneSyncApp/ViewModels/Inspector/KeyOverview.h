@@ -20,7 +20,7 @@ struct ReviewSituation {
     bool isLooping = false;
     bool canCheckClap = false;
     bool hasChoice = false;     ///< the clip has several recordings to choose from
-    bool hasSuggestion = false; ///< another camera of the take was moved
+    bool hasSuggestion = false; ///< another camera of the take, or a clip of the card, was moved
     bool hasNext = false, hasPrevious = false;
     bool canUndo = false, canRedo = false;
     bool hasWork = false;

@@ -1,8 +1,10 @@
 #include "OrvaneSyncApp/Views/Review/SiblingBanner.h"
 
+#include "OrvaneSyncApp/Controllers/Commands/CardOffsets.h"
 #include "OrvaneSyncApp/ViewModels/Inspector/KeyOverview.h"
 #include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
 #include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <QHBoxLayout>
 
@@ -21,13 +23,21 @@ SiblingBanner::SiblingBanner(Desktop& desktop, std::shared_ptr<ReviewViewModel> 
     row->setContentsMargins(space::medium, space::tight, space::tight, space::tight);
     row->setSpacing(space::small);
     row->addWidget(text_, 1);
+    row->addLayout(buttons_ = new QBoxLayout(QBoxLayout::LeftToRight));
+    buttons_->setSpacing(space::tight);
     const commands::Command& apply = desktop.command("applySiblingSuggestion");
     const QString keyName = translatedKey(reviewKeys::applySuggestion);
     QPushButton* yes =
-        add("applySiblingSuggestion", button(tr("%1   %2").arg(translated(apply.title), keyName)));
+        add(button(tr("%1   %2").arg(translated(apply.title), keyName)), &SiblingBanner::apply);
+    yes->setAccessibleName(translated(apply.title));
     yes->setToolTip(QStringLiteral("%1 (%2)").arg(translated(apply.help), keyName));
-    row->addWidget(yes);
-    row->addWidget(add("dismissSiblingSuggestion", button({}, Glyph::cross, Weight::quiet)), 0, Qt::AlignTop);
+    applyToCard_ = add(button(QString()), &SiblingBanner::applyToCard);
+    applyToCard_->setToolTip(translated(desktop.command("applyCardSuggestion").help));
+    QPushButton* no = add(button({}, Glyph::cross, Weight::quiet), &SiblingBanner::dismiss);
+    const QString dismissName = translated(desktop.command("dismissSiblingSuggestion").title);
+    no->setAccessibleName(dismissName);
+    no->setToolTip(dismissName);
+    row->addWidget(no, 0, Qt::AlignTop);
     observations_.push_back(desktop.controller().onChange([this](ImportField field) {
         if (field == ImportField::syncGroups) later_.schedule();
     }));
@@ -35,39 +45,70 @@ SiblingBanner::SiblingBanner(Desktop& desktop, std::shared_ptr<ReviewViewModel> 
     refresh();
 }
 
-QPushButton* SiblingBanner::add(std::string_view id, QPushButton* one) {
-    const QString name = translated(desktop_.command(id).title);
-    one->setAccessibleName(name);
-    one->setToolTip(name);
-    connect(one, &QPushButton::clicked, this, [this, id] { run(id); });
+QPushButton* SiblingBanner::add(QPushButton* one, void (SiblingBanner::*pressed)()) {
+    buttons_->addWidget(one);
+    connect(one, &QPushButton::clicked, this, pressed);
     return one;
 }
 
 void SiblingBanner::refresh() {
+    ImportController& controller = desktop_.controller();
     const auto& id = review_->groupID();
-    const SyncGroup* clip = id ? desktop_.controller().work().syncGroups().find(*id) : nullptr;
-    const auto suggestion = clip == nullptr || clip->isLocked
-                                ? std::nullopt
-                                : desktop_.controller().timeline().siblingSuggestion(*id);
-    if (suggestion)
-        text_->setText(
-            translatedSentence(suggestion->text(desktop_.controller().timeline().timelineFrameRate(*clip))));
-    setAccessibleName(suggestion ? text_->text() : QString());
-    setVisible(suggestion.has_value());
+    const SyncGroup* clip = id ? controller.work().syncGroups().find(*id) : nullptr;
+    if (clip != nullptr && clip->isLocked) clip = nullptr;
+    QString offer;
+    cardKey_.clear();
+    if (const auto take = clip == nullptr ? std::nullopt : controller.timeline().siblingSuggestion(*id)) {
+        offer = translatedSentence(take->text(controller.timeline().timelineFrameRate(*clip)));
+    } else if (const auto card = clip == nullptr
+                                     ? std::nullopt
+                                     : commands::cardSuggestion(controller, *id, dismissedCards_)) {
+        cardKey_ = card->dismissKey;
+        offer = translatedSentence(
+            card->text(controller.timeline().timelineFrameRate(*clip), controller.work().fileNames()));
+        applyToCard_->setText(tr("Apply to %1 of the Card")
+                                  .arg(translatedSentence(counted(card->clips.size(), "clip", "clips"))));
+        applyToCard_->setVisible(card->clips.size() > 1);
+    }
+    if (cardKey_.empty()) applyToCard_->hide();
+    text_->setText(offer);
+    setAccessibleName(offer);
+    setVisible(!offer.isEmpty());
+}
+
+void SiblingBanner::resizeEvent(QResizeEvent*) {
+    constexpr int leastBeside = 720; // points; narrower, the text would be broken into many lines
+    buttons_->setDirection(width() < leastBeside ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
 }
 
 void SiblingBanner::apply() {
-    if (!isHidden()) run("applySiblingSuggestion");
+    if (isHidden()) return;
+    if (!cardKey_.empty()) return applyOfCard(false);
+    run("applySiblingSuggestion", {}, [this](const JSON&) {
+        // As after a nudge, the clap's picture is shown.
+        if (!review_->engine()->transport().isPlaying) review_->seekVideoToAnchor();
+    });
 }
 
-void SiblingBanner::run(std::string_view id) {
-    if (!review_->groupID()) return;
+void SiblingBanner::applyOfCard(bool isForAllClips) {
     JSON arguments = JSON::object();
-    arguments.set("groupID", review_->groupID()->text());
-    desktop_.run(id, std::move(arguments), [this, isMove = id == "applySiblingSuggestion"](const JSON&) {
-        // As after a nudge, the clap's picture is shown.
-        if (isMove && !review_->engine()->transport().isPlaying) review_->seekVideoToAnchor();
+    arguments.set("isForAllClips", isForAllClips);
+    run("applyCardSuggestion", std::move(arguments), [this](const JSON&) {
+        if (review_->groupID()) desktop_.runForClips("autoDetectAudioAnchor", {*review_->groupID()});
     });
+}
+
+void SiblingBanner::dismiss() {
+    if (cardKey_.empty()) return run("dismissSiblingSuggestion", {});
+    dismissedCards_.insert(cardKey_);
+    refresh();
+}
+
+void SiblingBanner::run(std::string_view id, JSON arguments, const Desktop::Done& done) {
+    if (!review_->groupID()) return;
+    if (arguments.isNull()) arguments = JSON::object();
+    arguments.set("groupID", review_->groupID()->text());
+    desktop_.run(id, std::move(arguments), done);
     refresh(); // dismissing changes no clip, so no notice comes
 }
 

@@ -4,13 +4,18 @@
 #include "OrvaneSyncApp/Views/Desktop.h"
 #include "OrvaneSyncApp/Views/Review/AfterPicture.h"
 
+#include <QBoxLayout>
+
 #include <memory>
+#include <set>
+#include <string>
 #include <vector>
 
 namespace orvane::views {
 
-/// Offers to move the sound of the clip in view as that of another camera of its take was moved. Hidden
-/// without such an offer; its place is chosen so that nothing moves when it appears.
+/// Offers to move the sound of the clip in view as that of another camera of its take was moved; for a clip
+/// without sound, to give it and its card sound with the offset of another clip of the card. Hidden without
+/// such an offer; its place is chosen so that nothing moves when it appears.
 class SiblingBanner : public QFrame {
   public:
     SiblingBanner(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent = nullptr);
@@ -19,15 +24,25 @@ class SiblingBanner : public QFrame {
     /// Applies the offer, if there is one; also while another message is shown in its place.
     void apply();
 
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+
   private:
-    /// Adds a button that runs the command, and returns it.
-    QPushButton* add(std::string_view id, QPushButton* one);
+    /// Adds a button that calls the member.
+    QPushButton* add(QPushButton* one, void (SiblingBanner::*pressed)());
     void refresh();
-    void run(std::string_view id);
+    void dismiss();
+    void applyToCard() { applyOfCard(true); }
+    void applyOfCard(bool isForAllClips);
+    void run(std::string_view id, JSON arguments, const Desktop::Done& done = {});
 
     Desktop& desktop_;
     const std::shared_ptr<ReviewViewModel> review_;
     QLabel* text_;
+    QBoxLayout* buttons_;
+    QPushButton* applyToCard_; ///< the number of clips is in its text
+    std::string cardKey_;      ///< of the offer, if it is that of another clip of the card
+    std::set<std::string> dismissedCards_;
     AfterPicture later_;
     std::vector<platform::Subscription> observations_;
 };

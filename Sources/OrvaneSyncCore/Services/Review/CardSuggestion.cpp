@@ -1,0 +1,96 @@
+#include "OrvaneSyncCore/Services/Review/CardSuggestion.h"
+
+#include "OrvaneSyncCore/Services/Matching/Recordings.h"
+#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
+#include "OrvaneSyncCore/Services/Naming/GroupNaming.h"
+#include "OrvaneSyncCore/Services/Review/SiblingSuggestion.h"
+#include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace orvane {
+
+namespace {
+
+constexpr double leastSeconds = 0.2; // a smaller move is a nudge, or a camera's own delay
+
+bool areOfOneCard(const MediaAsset& a, const MediaAsset& b) {
+    return folderPath(a) == folderPath(b) && GroupNaming::cameraLetter(a) == GroupNaming::cameraLetter(b);
+}
+
+const FileURL& urlOfVideo(const SyncGroup* group) { return group->video.url; }
+
+bool lacksSound(const SyncGroup& group) {
+    return group.matchStatus.kind == MatchStatus::Kind::unmatched && group.isMOS() && !group.isLocked &&
+           !group.isExcludedFromExport;
+}
+
+/// The clip of the card that was moved by hand and is nearest to that one. A place that no timecode gives
+/// shows nothing about the clock.
+SyncGroupList::Element nearestMoved(const SyncGroup& group, const SyncGroupList& groups) {
+    const auto own = SyncEngine::tcRange(group.video);
+    if (!own) return nullptr;
+    SyncGroupList::Element nearest;
+    double least = 0;
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+        const SyncGroup& other = groups[i];
+        if (std::abs(other.manualAudioOffsetSeconds) < leastSeconds || other.isMOS() ||
+            !areOfOneCard(other.video, group.video))
+            continue;
+        const auto range = SyncEngine::tcRange(other.video);
+        if (!range || !SyncEngine::tcRange(*other.primaryAudio())) continue;
+        const double away = std::abs(range->startSeconds - own->startSeconds);
+        if (nearest && away >= least) continue;
+        nearest = groups.element(i);
+        least = away;
+    }
+    return nearest;
+}
+
+} // namespace
+
+std::optional<CardSuggestion> activeCardSuggestion(const SyncGroup& group, const SyncGroupList& groups,
+                                                   const std::vector<const MediaAsset*>& audios,
+                                                   MatchRules rules,
+                                                   const std::set<std::string>& dismissedKeys) {
+    using Clip = CardSuggestion::Clip;
+    CardSuggestion suggestion;
+    if (!lacksSound(group) || !(suggestion.moved = nearestMoved(group, groups))) return std::nullopt;
+    const double offset = suggestion.offsetSeconds = suggestion.moved->manualAudioOffsetSeconds;
+    constexpr double milliseconds = 1000;
+    suggestion.dismissKey = "card:" + std::string(folderPath(group.video)) + ":" +
+                            GroupNaming::cameraLetter(group.video).value_or("") + ":" +
+                            std::to_string(std::lround(offset * milliseconds));
+    if (dismissedKeys.contains(suggestion.dismissKey)) return std::nullopt;
+
+    std::vector<const SyncGroup*> card;
+    std::vector<MediaAsset> videos, sounds;
+    for (const SyncGroup& other : groups)
+        if (lacksSound(other) && areOfOneCard(other.video, group.video)) card.push_back(&other);
+    for (const SyncGroup* clip : card) videos.push_back(clip->video);
+    for (const MediaAsset* audio : audios)
+        if (folderPath(*audio) == folderPath(*suggestion.moved->primaryAudio())) sounds.push_back(*audio);
+    rules.soundOffsetSeconds += offset;
+    for (const SyncGroup& matched : SyncEngine().match(videos, sounds, rules, {}, &groups)) {
+        if (matched.isMOS()) continue;
+        auto& own = suggestion.clips.emplace_back();
+        own.groupID = (*std::ranges::find(card, matched.video.url, urlOfVideo))->id;
+        const auto files = inTakeOrder(matched, recordingsOf(matched).front());
+        for (const std::size_t file : files) own.files.push_back(matched.audioMatches[file].audio);
+        own.startSeconds = matched.audioMatches[files.front()].syncOffsetSeconds;
+    }
+    const auto inView = std::ranges::find(suggestion.clips, group.id, &Clip::groupID);
+    if (inView == suggestion.clips.end()) return std::nullopt;
+    std::rotate(suggestion.clips.begin(), inView, inView + 1);
+    return suggestion;
+}
+
+std::string CardSuggestion::text(double frameRate, const FileNames& names) const {
+    return "The sound of " + names.of(moved->video) + " was shifted " +
+           formatOffset(offsetSeconds, frameRate) + " by hand. Shifted as much, " +
+           names.of(*clips.front().files.front()) + " fits this clip.";
+}
+
+} // namespace orvane

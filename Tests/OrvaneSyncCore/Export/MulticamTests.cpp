@@ -410,5 +410,22 @@ TEST(MulticamClips, AnAngleWhoseSoundWasMovedIsNamed) {
     }
 }
 
+TEST(MulticamClips, ACameraThatOnlyItsMovedSoundBringsToAnotherIsNamed) {
+    for (const double moved : {-3600.0, -3540.0, 0.0}) {
+        SyncGroup late = camera("B001C001.mov", "09:00:00:00");
+        late.audioMatches.front().syncOffsetSeconds = 3600;
+        late.manualAudioOffsetSeconds = moved;
+        const auto result =
+            FCPXMLExporter::exportDocument({camera("A001C001.mov"), late}, {}, settingsAt(25));
+        EXPECT_EQ(result.multicamCount, 0);
+        EXPECT_EQ(std::ranges::any_of(result.warnings,
+                                      [](const std::string& line) {
+                                          return line.ends_with("program: B001C001.mov with A001C001.mov");
+                                      }),
+                  moved == -3600)
+            << moved;
+    }
+}
+
 } // namespace
 } // namespace orvane

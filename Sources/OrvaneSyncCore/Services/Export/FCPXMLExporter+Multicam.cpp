@@ -10,6 +10,9 @@
 #include <array>
 #include <cmath>
 #include <iterator>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 
 namespace orvane::FCPXMLExporter {
 
@@ -272,6 +275,58 @@ class MovedAngles {
     int count_ = 0;
 };
 
+/// Cameras that rolled together by their sound, moved by hand, and not by their timecode: they are in no
+/// multicam clip.
+class ApartByTimecode {
+  public:
+    explicit ApartByTimecode(const std::vector<const SyncGroup*>& groups) {
+        for (const SyncGroup* group : groups)
+            if (group->primaryAudio() != nullptr && group->video.durationSeconds &&
+                !group->isExcludedFromMulticam())
+                bySound_[group->primaryAudio()->url.path].push_back(group);
+    }
+    void add(const SyncGroup& group) {
+        if (std::abs(group.manualAudioOffsetSeconds) < leastSecondsApart || group.primaryAudio() == nullptr)
+            return;
+        const auto known = bySound_.find(group.primaryAudio()->url.path);
+        if (known == bySound_.end()) return;
+        const auto other = std::ranges::find_if(known->second, [&](const SyncGroup* one) {
+            return one != &group && secondsTogether(*one, group) >= leastSecondsTogether;
+        });
+        if (other == known->second.end() || std::ranges::find(known->second, &group) == known->second.end() ||
+            ++count_ > 1)
+            return;
+        first_ = &group;
+        other_ = *other;
+    }
+    void warn(ExportRun& run) const {
+        if (count_ == 0) return;
+        FileNames names;
+        for (const SyncGroup* one : {first_, other_}) names.add(one->video);
+        run.warn(
+            "A camera whose sound was moved by hand to the moment of another camera is not in a multicam "
+            "clip with it, because multicam clips go by timecode; make that one in the editing program: ",
+            *first_,
+            " with " + names.of(other_->video) +
+                (count_ > 1 ? " and " + std::to_string(count_ - 1) + " more" : ""));
+    }
+
+  private:
+    /// Consecutive clips of one camera may overlap by less, if one was moved by hand.
+    static constexpr double leastSecondsTogether = 1;
+    /// By the place of the common recording under each.
+    static double secondsTogether(const SyncGroup& a, const SyncGroup& b) {
+        const auto start = [](const SyncGroup& one) {
+            return -one.audioMatches.front().syncOffsetSeconds - one.manualAudioOffsetSeconds;
+        };
+        return std::min(start(a) + *a.video.durationSeconds, start(b) + *b.video.durationSeconds) -
+               std::max(start(a), start(b));
+    }
+    std::unordered_map<std::string_view, std::vector<const SyncGroup*>> bySound_;
+    const SyncGroup *first_ = nullptr, *other_ = nullptr;
+    int count_ = 0;
+};
+
 /// Multicam clips whose cameras may be of two units.
 class AnglesOfTwoUnits {
   public:
@@ -306,10 +361,12 @@ void addMulticamClips(ExportRun& run) {
     const std::vector<const SyncGroup*>& groups = run.syncClips;
     MovedAngles moved;
     AnglesOfTwoUnits ofTwoUnits;
+    std::unordered_set<const SyncGroup*> inClusters;
     for (const MulticamCluster& cluster : multicamClusters(groups, run.settings.matchRules)) {
         platform::throwIfStopped(run.stop);
         std::vector<CameraClip> cameras;
         // Made again: to keep the records of all clips for those of a few is more.
+        for (const std::size_t member : cluster.members) inClusters.insert(groups[member]);
         for (const std::size_t member : cluster.members)
             if (auto clip = run.syncClip(*groups[member]))
                 cameras.push_back({groups[member], std::move(*clip)});
@@ -330,7 +387,11 @@ void addMulticamClips(ExportRun& run) {
         run.place(multicam->clip, scene == angles.end() ? nullptr : *scene);
         ++run.result.multicamCount;
     }
+    ApartByTimecode apart(groups);
+    for (const SyncGroup* group : groups)
+        if (!inClusters.contains(group)) apart.add(*group);
     moved.warn(run);
+    apart.warn(run);
     ofTwoUnits.warn(run);
 }
 

@@ -7,6 +7,7 @@
 #include "OrvaneSyncApp/ViewModels/Inspector/SoundParts.h"
 #include "OrvaneSyncApp/ViewModels/Inspector/SyncPart.h"
 #include "OrvaneSyncApp/ViewModels/Inspector/TypedValues.h"
+#include "OrvaneSyncApp/ViewModels/Results/ClipDecisions.h"
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
 #include "OrvaneSyncApp/ViewModels/Results/Questions.h"
 #include "Support/Assets.h"
@@ -175,6 +176,18 @@ TEST(TypedValuesTest, takesWhatPeopleTypeAndSaysWhatIsWrong) {
     EXPECT_NEAR(*offsetFromFrames("24", 23.976, 86400).value, 1.001, 1e-9) << "24000/1001, not 23.976";
     EXPECT_EQ(gainFromText("-3,5 dB", -60, 40).value, -3.5);
     EXPECT_FALSE(gainFromText("41", -60, 40).value);
+}
+
+TEST_F(InspectorModelTest, aScanThatRenamesLockedClipsNamesThem) {
+    controller_->clips().toggleLocked(a_);
+    const WorkFiles before = controller_->recordings().workFiles();
+    WorkFiles now = before;
+    SyncGroup sameName(video("other/A001C001_x.mov"), group(a_).audioMatches, MatchStatus::matched());
+    now.groups.append(sameName);
+    const NamingRules rules = NamingRules::of(*settings_);
+    EXPECT_EQ(RenamedClips::of(before, now, rules).text(),
+              "The name of a locked clip changed from “12-3 Cam A” to “12-3 Cam A media”.");
+    EXPECT_EQ(RenamedClips::of(before, before, rules).text(), "");
 }
 
 TEST_F(InspectorModelTest, syncSaysWhatTheClipHasAndWhatWasLocked) {

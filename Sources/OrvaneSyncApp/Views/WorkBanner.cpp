@@ -167,19 +167,32 @@ void WorkBanner::keepDecisions(const ClipDecisions& before, const WorkFiles& wor
     desktop_.controller()
         .recordings()
         .keepDecisions(workBefore)
-        .whenDone(
-            [self = QPointer(this), before, clips = workBefore.groups](const std::exception_ptr& raised) {
-                if (!self || raised) return;
-                const auto lost = before.without(ClipDecisions::of(self->desktop_.controller()));
-                if (lost.any())
-                    return self->showScanWarnings(
-                        Signal::doubtful,
-                        tr("The decisions were kept, but for those of clips whose camera file the scan did "
-                           "not find or left out as a copy: %1.")
-                            .arg(decisionsText(lost)));
-                self->showScanWarnings(
-                    Signal::none, keptText(newClips(self->desktop_.controller().work().syncGroups(), clips)));
-            });
+        .whenDone([self = QPointer(this), before, workBefore](const std::exception_ptr& raised) {
+            if (!self || raised) return;
+            const auto lost = before.without(ClipDecisions::of(self->desktop_.controller()));
+            if (lost.any())
+                return self->showScanWarnings(
+                    Signal::doubtful,
+                    tr("The decisions were kept, but for those of clips whose camera file the scan did "
+                       "not find or left out as a copy: %1.")
+                        .arg(decisionsText(lost)));
+            self->showKept(workBefore);
+        });
+}
+
+void WorkBanner::showKept(const WorkFiles& before) {
+    const WorkFiles now = desktop_.controller().recordings().workFiles();
+    inBackground(
+        this,
+        [before, now, rules = NamingRules::of(desktop_.settings())] {
+            return RenamedClips::of(before, now, rules);
+        },
+        [this, clips = newClips(now.groups, before.groups), now](const RenamedClips& renamed) {
+            if (desktop_.controller().recordings().workFiles().scanned != now.scanned) return;
+            showScanWarnings(Signal::none, keptText(clips) +
+                                               (renamed.count > 0 ? QStringLiteral(" ") : QString()) +
+                                               translatedSentence(renamed.text()));
+        });
 }
 
 void WorkBanner::followUndo() {

@@ -54,6 +54,8 @@ class WorkBanner : public design::Banner {
     void showCompared(std::function<void(const std::vector<UUID>&)> show);
 
   private:
+    /// Says that the decisions were kept, how many clips are new and how many have another name.
+    void showKept(const WorkFiles& before);
     /// Removes the message of `showLost` if the scan was undone, and shows it again if the scan was redone.
     void followUndo();
     /// How many clips have to be analysed again, because their results are not stored. False: none.

@@ -2,6 +2,9 @@
 
 #include "OrvaneSyncApp/Controllers/ImportController.h"
 
+#include <cstddef>
+#include <string>
+
 namespace orvane {
 
 /// The decisions in the clips of the open work that a scan of their folders would not restore.
@@ -18,6 +21,16 @@ struct ClipDecisions {
     ClipDecisions without(const ClipDecisions& later) const;
     bool any() const { return *this != ClipDecisions(); }
     bool operator==(const ClipDecisions&) const = default;
+};
+
+/// The locked clips that a scan gave other names, because clips with equal names came or went.
+struct RenamedClips {
+    std::size_t count = 0;
+    std::string before, now; ///< of the first
+
+    static RenamedClips of(const WorkFiles& before, const WorkFiles& now, const NamingRules& rules);
+    /// Empty if there are none.
+    std::string text() const;
 };
 
 } // namespace orvane

@@ -40,6 +40,7 @@ namespace orvane::views {
 
 namespace {
 
+constexpr QSize sizeOfSettings{1020, 720};
 constexpr QSize sizes[] = {{1024, 700}, {1440, 800}, {2560, 1300}};
 constexpr int settled = 150;    ///< milliseconds in which a window lays itself out
 constexpr int mostRounds = 200; ///< the maximum number of rounds to wait for something
@@ -121,6 +122,7 @@ class Walk : public QTimer {
         then([this] { grabSheets(); });
         then([this] {
             settings_ = std::make_unique<SettingsWindow>(window_.desktop(), &window_);
+            settings_->resize(sizeOfSettings); // without a display, the screen is smaller than any real one
             settings_->show();
             tab_ = 0;
         });

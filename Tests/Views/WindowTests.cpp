@@ -107,6 +107,7 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
     EXPECT_EQ(table().currentIndex(), table().model()->index(2, 0)) << "keys go on from the row they were on";
     EXPECT_TRUE(clip("A001C001").isApproved && clip("A001C003").isApproved);
     EXPECT_EQ(window_->results().selectedClips().size(), 4U) << "the selection stays";
+    EXPECT_EQ(table().selectionModel()->selection().size(), 1) << "each range costs time at each question";
     EXPECT_TRUE(std::ranges::any_of(window_->statusBar()->findChildren<QLabel*>(), [](const QLabel* label) {
         return label->text().startsWith("4 selected · 4 clips");
     }));
@@ -122,6 +123,11 @@ TEST_F(WindowTest, ShowsScansAndDecidesByKeys) {
         EXPECT_EQ(table().currentIndex().row(), row);
         EXPECT_EQ(window_->results().selectedClips().size(), selected);
     }
+
+    window_->statusBar()->setFocus();
+    window_->results().showClips({clip("A001C003").id, clip("A001C001").id});
+    EXPECT_EQ(window_->results().selectedClips().size(), 2U);
+    EXPECT_EQ(window_->focusWidget(), &table()) << "the next keys are for these clips";
 
     // Left selects the row that folds this one away, and then folds it; Right unfolds it.
     table().selectRow(first + 1);

@@ -24,6 +24,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <set>
 #include <utility>
 
 namespace orvane::views {
@@ -387,6 +388,7 @@ void ResultsView::select(const std::vector<UUID>& clips) {
 void ResultsView::showClips(const std::vector<UUID>& clips) {
     showAll();
     select(clips);
+    table_->setFocus(Qt::OtherFocusReason); // the next keys are for the clips, not for the button pressed
 }
 
 void ResultsView::showAll() {
@@ -396,25 +398,35 @@ void ResultsView::showAll() {
 }
 
 void ResultsView::setSelected(const std::vector<UUID>& clips, QAbstractItemView::ScrollHint hint) {
-    QItemSelection selection;
+    std::vector<int> selected;
     QModelIndex current; // the row from which the arrow keys continue
     for (const UUID& id : clips) {
         const auto row = rows_.rowOf(id);
         if (!row) continue;
-        const QModelIndex index = model_->index(static_cast<int>(*row), 0);
-        selection.select(index, model_->index(static_cast<int>(*row), ResultsModel::marksColumn));
-        if (!current.isValid() || id == current_) current = index;
+        selected.push_back(static_cast<int>(*row));
+        if (!current.isValid() || id == current_) current = model_->index(selected.back(), 0);
     }
     if (!current.isValid()) return;
+    std::ranges::sort(selected);
+    // One range for adjacent rows: each later question about the selection looks at all ranges.
+    QItemSelection selection;
+    for (auto first = selected.begin(); first != selected.end();) {
+        const auto last = std::ranges::adjacent_find(first, selected.end(),
+                                                     [](int row, int next) { return next > row + 1; });
+        const int bottom = last == selected.end() ? selected.back() : *last;
+        selection.select(model_->index(*first, 0), model_->index(bottom, ResultsModel::marksColumn));
+        first = last == selected.end() ? last : last + 1;
+    }
     table_->scrollTo(current, hint);
     table_->selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
     table_->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
 }
 
 std::vector<UUID> ResultsView::selectedClips() const {
-    std::vector<int> selected;
-    for (const QModelIndex& index : table_->selectionModel()->selectedRows()) selected.push_back(index.row());
-    std::ranges::sort(selected);
+    // By ranges: `selectedRows` looks for each row through all ranges.
+    std::set<int> selected;
+    for (const QItemSelectionRange& range : table_->selectionModel()->selection())
+        for (int row = range.top(); row <= range.bottom(); ++row) selected.insert(row);
     std::vector<UUID> clips;
     for (const int row : selected) clips.push_back(rows_.groupID(static_cast<std::size_t>(row)));
     return clips;

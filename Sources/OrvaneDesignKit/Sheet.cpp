@@ -112,11 +112,12 @@ namespace {
 
 QString toastPlaceName() { return QStringLiteral("toastPlace"); }
 
-/// In coordinates of the window.
+/// In coordinates of the window. A part within another one comes after it.
 QRect toastPlaceIn(const QWidget& window) {
+    QRect place = window.rect();
     for (const QWidget* part : window.findChildren<QWidget*>(toastPlaceName()))
-        if (part->isVisible()) return {part->mapTo(&window, QPoint()), part->size()};
-    return window.rect();
+        if (part->isVisible()) place = {part->mapTo(&window, QPoint()), part->size()};
+    return place;
 }
 
 } // namespace
@@ -131,6 +132,7 @@ void showToast(QWidget* window, const QString& text) {
         shown->hide();
         shown->deleteLater();
     }
+    if (text.isEmpty()) return;
     auto* toast = new QFrame(window);
     toast->setObjectName(name);
     toast->setProperty("banner", true);

@@ -1,4 +1,5 @@
 #include "MediaFactory/WaveMaker.h"
+#include "OrvaneDesignKit/Sheet.h"
 #include "OrvaneSyncApp/Views/Inspector/AttachSheet.h"
 #include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
 #include "OrvaneSyncApp/Views/MainWindow.h"
@@ -30,6 +31,7 @@
 #include <QRegularExpression>
 #include <QTableView>
 
+#include <algorithm>
 #include <filesystem>
 
 namespace orvane::views {
@@ -104,7 +106,8 @@ class ReviewTest : public testing::Test {
     }
     QString toast() {
         const auto all = window_->findChildren<QWidget*>(QStringLiteral("toast"), Qt::FindDirectChildrenOnly);
-        return all.isEmpty() ? QString() : all.last()->accessibleName();
+        const auto shown = std::ranges::find_if(all, [](const QWidget* one) { return !one->isHidden(); });
+        return shown == all.end() ? QString() : (*shown)->accessibleName();
     }
     void press(Qt::Key key, Qt::KeyboardModifiers held = {}) { QTest::keyClick(window_.get(), key, held); }
 
@@ -143,7 +146,9 @@ TEST_F(ReviewTest, AClipIsNudgedLockedAndLeftByKeys) {
                   isLocked ? std::optional(clip(0).manualAudioOffsetSeconds) : std::nullopt);
         EXPECT_TRUE(toast().contains(isLocked ? "is locked" : "is unlocked"));
     }
-    for (int i = 0; i < 3; ++i) press(Qt::Key_Z, Qt::ControlModifier);
+    press(Qt::Key_L, Qt::ControlModifier);
+    EXPECT_EQ(toast(), "") << "it is not true any more";
+    for (int i = 0; i < 4; ++i) press(Qt::Key_Z, Qt::ControlModifier);
 
     ASSERT_TRUE(waitUntil([&] { return isOnScreen(0); }));
     press(Qt::Key_C);
@@ -329,6 +334,10 @@ TEST_F(ReviewTest, LensAndFullscreenShowTheSamePicture) {
     lens.setFreeTop(message);
     EXPECT_EQ(below(), before) << "a message over the top moves nothing";
     lens.setFreeTop(0);
+    design::showToast(window_.get(), QStringLiteral("unlocked"));
+    EXPECT_LT(window_->findChild<QWidget*>(QStringLiteral("toast"))->geometry().bottom(),
+              lens.mapTo(window_.get(), QPoint(0, lens.height() * 3 / 4)).y())
+        << "brief texts do not hide the sound";
     // Frame 31 has the bars of all five low bits, which are in the right half of a picture.
     EXPECT_TRUE(isLight(0.98)) << "the frame after the clap";
     constexpr double endOfMiddle = 1 / 3.0 + 0.98 / 3 - 0.015;

@@ -143,6 +143,7 @@ void MainWindow::observe() {
     };
     desktop_.showBriefly = [this](const QString& why) {
         showToast(this, why);
+        if (why.isEmpty()) return; // only the text before was to be removed
         // A message beside a change tells what a key did.
         if (!isUpdateScheduled_) menus_->noteRefusedKey();
     };

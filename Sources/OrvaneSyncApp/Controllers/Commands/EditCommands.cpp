@@ -121,7 +121,7 @@ std::string_view titleOfLock(const SyncGroup& group) {
 
 /// A single clip that was moved since its lock is locked at its present offset: whoever moves a locked clip
 /// and presses the key of the lock has corrected it. Of several clips each is unlocked or locked. For the
-/// clip in view, the window also says when the lock is removed.
+/// clip in view, the window also says when the lock is removed, until it is locked again.
 JSON toggleLock(CommandContext& context, const Call& call) {
     const UUID clip = call.id("groupID");
     const SyncGroup* group = context.controller->work().syncGroups().find(clip);
@@ -135,10 +135,10 @@ JSON toggleLock(CommandContext& context, const Call& call) {
         for (int presses = isLockedAgain ? 2 : 1; presses > 0; --presses)
             context.controller->clips().toggleLocked(clip);
     });
-    if (!isLocked) return {};
     const ReviewViewModel& review = context.review();
     if (review.sayWhyNot && review.shows(clip))
-        review.sayWhyNot(isLockedAgain
+        review.sayWhyNot(!isLocked ? ""
+                         : isLockedAgain
                              ? "The clip is locked at its present offset. ⟨lockCurrent⟩ again unlocks it."
                              : "The clip is unlocked. ⟨lockCurrent⟩ locks it again.");
     return {};

@@ -40,7 +40,7 @@ class ReviewViewModel : public std::enable_shared_from_this<ReviewViewModel> {
     /// Opens the next or previous clip of the list.
     std::function<void(KeyAction)> moveInList;
     /// Gets a sentence on why a key does nothing with the clip in view, or on what it did there. Names
-    /// actions that have a key as "⟨lockCurrent⟩".
+    /// actions that have a key as "⟨lockCurrent⟩". An empty text removes the one before.
     std::function<void(std::string_view)> sayWhyNot;
     /// Runs the command of a key that decides about the clip in view without the player.
     std::function<void(KeyAction, const UUID& groupID)> decideOfClip;

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Views/Review/SyncLensView.h"
 
+#include "OrvaneDesignKit/Sheet.h"
 #include "OrvaneDesignKit/Theme.h"
 #include "OrvaneSyncApp/ViewModels/Review/PictureTexts.h"
 #include "OrvaneSyncApp/Views/Review/PictureCanvas.h"
@@ -27,10 +28,12 @@ constexpr int pictures = static_cast<int>(SyncLensPlan::pictureCount);
 
 SyncLensView::SyncLensView(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent)
     : QWidget(parent), desktop_(desktop), review_(std::move(review)),
-      lens_(SyncLens::create(desktop.mainThread())) {
+      lens_(SyncLens::create(desktop.mainThread())), pictures_(new QWidget(this)) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAccessibleName(tr("Sync lens"));
     setFont(factsFont());
+    setToastPlace(pictures_); // a message over the sound would hide the clap
+    pictures_->setAttribute(Qt::WA_TransparentForMouseEvents);
     ofLens_ = lens_->onChange([this] { update(); });
     ofReview_ = review_->onChange([this] { look(); });
     ofWork_ = desktop_.controller().onChange([this](ImportField field) {
@@ -45,7 +48,13 @@ SyncLensView::SyncLensView(Desktop& desktop, std::shared_ptr<ReviewViewModel> re
 }
 
 void SyncLensView::setFreeTop(int points) {
-    if (std::exchange(freeTop_, points) != points) update();
+    if (std::exchange(freeTop_, points) == points) return;
+    placePictures();
+    update();
+}
+
+void SyncLensView::placePictures() {
+    pictures_->setGeometry(pictureRect(0).united(pictureRect(pictures - 1)));
 }
 
 bool SyncLensView::canShow() const {
@@ -86,7 +95,10 @@ void SyncLensView::look() {
                 static_cast<std::size_t>(std::max(soundRect().width(), 1)));
 }
 
-void SyncLensView::resizeEvent(QResizeEvent*) { look(); }
+void SyncLensView::resizeEvent(QResizeEvent*) {
+    placePictures();
+    look();
+}
 void SyncLensView::showEvent(QShowEvent*) { look(); }
 void SyncLensView::hideEvent(QHideEvent*) {
     rest_.reset();

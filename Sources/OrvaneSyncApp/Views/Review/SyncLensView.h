@@ -35,11 +35,13 @@ class SyncLensView : public QWidget {
     QRect pictureRect(int index) const;
     QRect soundRect() const;
     void paintSound(QPainter& painter) const;
+    void placePictures();
     void paintClap(QPainter& painter, const SyncLensPlan& plan) const;
 
     Desktop& desktop_;
     const std::shared_ptr<ReviewViewModel> review_;
     const std::shared_ptr<SyncLens> lens_;
+    QWidget* const pictures_; ///< covers the three pictures; shows nothing itself
     int freeTop_ = 0;
     /// The frame on which the playhead was when the lens began to show a clap.
     struct Rest {

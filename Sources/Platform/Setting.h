@@ -134,8 +134,24 @@ struct Setting : SettingDescription {
             return read;
         }
     }
-    /// The default, or an empty value where there is none.
-    T standard() const { return read(defaultValue()).value_or(T{}); }
+    /// The default, or an empty value where there is none. Allocates only for a long text, because readers of
+    /// many clips ask each time.
+    T standard() const {
+        if constexpr (std::is_same_v<T, JSON>) {
+            return {};
+        } else {
+            using Held =
+                std::conditional_t<std::is_same_v<T, int>, std::int64_t,
+                                   std::conditional_t<std::is_same_v<T, bool> || std::is_same_v<T, double>, T,
+                                                      std::string_view>>;
+            const auto* held = std::get_if<Held>(&readerDefault);
+            if (held == nullptr) return {};
+            if constexpr (std::is_enum_v<T>)
+                return static_cast<T>(std::ranges::find(choices, *held) - choices.begin());
+            else
+                return T(*held);
+        }
+    }
     JSON write(const T& value) const {
         if constexpr (std::is_enum_v<T>)
             return choices[static_cast<std::size_t>(value)];

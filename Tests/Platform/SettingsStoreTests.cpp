@@ -1,7 +1,9 @@
 #include "Platform/FileSettingsStore.h"
 #include "Platform/Files.h"
+#include "Platform/Realtime/RealtimeScope.h"
 #include "Platform/SettingsStore.h"
 
+#include "Support/RealtimeWatch.h"
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 
@@ -75,6 +77,27 @@ TEST(SettingsStore, readsConvertibleTypes) {
     EXPECT_EQ(store.get(size), Size::large);
     store.set(size, Size::small);
     EXPECT_EQ(store.storedByName("size"), JSON("small"));
+}
+
+/// An export reads settings for each channel of each clip.
+TEST(SettingsStore, aDefaultIsReadWithoutAllocation) {
+    enum class Size { small, large };
+    static constexpr std::array<std::string_view, 2> sizes{"small", "large"};
+    const Setting<Size> size("size", Size::large, sizes);
+    const Setting<std::string> role("role", "dialogue"), none("none");
+    const Setting<bool> flag("flag", true);
+    const Setting<double> rate("rate", 2.5);
+    test::RealtimeWatch::reset();
+    bool areRight = false;
+    {
+        const RealtimeScope scope;
+        areRight = size.standard() == Size::large && role.standard() == "dialogue" &&
+                   none.standard().empty() && k.standard() == 9 && a.standard() == 0 && flag.standard() &&
+                   rate.standard() == 2.5;
+    }
+    EXPECT_TRUE(areRight);
+    EXPECT_EQ(test::RealtimeWatch::firstViolation(), "");
+    EXPECT_TRUE(Setting<JSON>("map").standard().isNull());
 }
 
 TEST(SettingsStore, reportsChangesOutsideTheLock) {

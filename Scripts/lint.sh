@@ -12,7 +12,7 @@ Scripts/check-names.py
 options=$(grep -hPo '\{"\K--[a-z-]+(?=")' Sources/OrvaneSyncCLI/*.cpp | sort -u)
 if grep -nPo '(has|values?|number|integer)\("\K--[a-z-]+(?=")' Sources/OrvaneSyncCLI/*.cpp |
     grep -vE -- ":($(paste -sd'|' <<<"$options"))$"; then
-    echo "the options above stand in no table of options" >&2
+    echo "the options above are in no table of options" >&2
     exit 1
 fi
 clang-format --dry-run --Werror "${sources[@]}"

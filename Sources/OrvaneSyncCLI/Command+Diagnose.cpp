@@ -40,8 +40,8 @@ std::string heardText(const WorkDoubts::Listened& listened, const NotCompared& n
     std::string text = roughOffsetText(listened) + (listened.isOffsetRough ? "\n" : "");
     if (listened.unheard > 0)
         text += "The cameras' microphones heard the sound of " + std::to_string(listened.heard) + " of " +
-                counted(listened.heard + listened.unheard, "clip", "clips") +
-                " that were listened to, and in " + std::to_string(listened.unheard) + " nothing of it.\n";
+                counted(listened.heard + listened.unheard, "clip", "clips") + " that were compared, and in " +
+                std::to_string(listened.unheard) + " nothing of it.\n";
     return text + (notCompared.isEmpty() ? "" : notCompared.text() + "\n");
 }
 
@@ -99,8 +99,8 @@ const Command& diagnoseCommand() {
         "orvanesync diagnose demo/shoot",
         ReviewFile::withOptions(scanOptions()),
         diagnose,
-        "  Also listens to some clips of each card: a clock that is wrong by some seconds, or by the\n"
-        "  distance of two takes, shows in the sound of the cameras alone. Changes nothing.\n"};
+        "  Also compares some clips of each card with the sound of their cameras: only that shows\n"
+        "  a clock that is wrong by some seconds or by the distance of two takes. Changes nothing.\n"};
     return command;
 }
 

@@ -35,7 +35,7 @@ void doctor(Context& context, const Arguments& arguments) {
 const Command& doctorCommand() {
     static const Command command{"doctor",
                                  "[options]",
-                                 "Show what this machine has for the program, and where its files lie.",
+                                 "Show which libraries and devices are available, and where the files are.",
                                  "orvanesync doctor",
                                  {},
                                  doctor};

@@ -132,7 +132,7 @@ void signIn(Context& context, LockitRun& run, const Arguments&) {
     run.wait(run.account().accountEmailRefreshed());
     const auto kept = platform::CredentialStore::create(AppStorageHelper::credentialFile())->describe();
     if (!kept.isEncrypted)
-        context.warn((kept.isLocked ? "the key store is locked" : "there is no key store that answers") +
+        context.warn((kept.isLocked ? "the key store is locked" : "no key store is available") +
                      std::string(": who is signed in is kept in ") + kept.where +
                      ", which you alone can read and which is not encrypted");
     run.sayStatus(signedInText(run.account()));
@@ -270,7 +270,7 @@ const Command& lockitCommand() {
         "lockit",
         "[status | sign-in | sign-out | projects | days PROJECT | assign FOLDER [PROJECT] | "
         "sync [--session ID] | mapping ...] [options]",
-        "Sign in to LockitNetwork, and take what it says of the clips into a session.",
+        "Sign in to LockitNetwork, and copy its metadata to the clips of a session.",
         "orvanesync lockit status",
         {{"--session", "ID", "sync: the session, by its id or name (the one that was changed last)"}},
         lockit,

@@ -63,7 +63,7 @@ PlayRange askedFor(const Context& context, const Arguments& arguments) {
     if (asked.rate == 0 || std::abs(asked.rate) > fastestRate)
         throw UsageError("--rate must be -32 to 32 and not 0");
     if (asked.from < 0) throw UsageError("--from is a second of the clip, 0 or later");
-    if (asked.to && !(*asked.to > asked.from)) throw UsageError("--to has to lie behind --from");
+    if (asked.to && !(*asked.to > asked.from)) throw UsageError("--to must be after --from");
     return asked;
 }
 

@@ -127,7 +127,7 @@ void report(Context& context, const Arguments& arguments) {
 const Command& reportCommand() {
     static const Command command{"report",
                                  "FILE [options]",
-                                 "Show what a camera or sound report (ALE, CSV, TSV) says of each clip.",
+                                 "Show what a camera or sound report (ALE, CSV, TSV) holds for each clip.",
                                  "orvanesync report demo/shoot/DAY1.csv",
                                  {},
                                  report};

@@ -75,7 +75,7 @@ const Command& slateCommand() {
                                  "VIDEO [--audio FILE] [options]",
                                  "Find the clapper board of a clip, and read scene and take on it.",
                                  "orvanesync slate demo/shoot/camera/A001C001_261120_R1AB.mov",
-                                 {{"--audio", "FILE", "listen for the clap in this recording"}},
+                                 {{"--audio", "FILE", "search this recording for the clap"}},
                                  slate};
     return command;
 }

@@ -157,7 +157,7 @@ std::string smartAudioText(const ImportController& controller) {
                        std::to_string(counts.chosen) + " of " +
                        counted(counts.channels, "channel", "channels") + " chosen";
     if (counts.unheardRecordings > 0)
-        text += "; " + counted(counts.unheardRecordings, "recording", "recordings") + " can't be heard";
+        text += "; " + counted(counts.unheardRecordings, "recording", "recordings") + " can't be read";
     return text + ".\n" + loudness;
 }
 
@@ -182,9 +182,8 @@ std::string notComparedText(const SyncGroupList& groups) {
                group.video.channelCount.value_or(0) > 0;
     };
     if (std::ranges::count_if(groups, hasBoth) < fewest) return "";
-    return "All sound lies by timecode alone; 'orvanesync diagnose' of the same folders compares it with "
-           "what "
-           "the cameras heard.\n";
+    return "All sound is placed by timecode only; 'orvanesync diagnose' of the same folders compares it "
+           "with what the cameras recorded.\n";
 }
 
 } // namespace orvane::cli

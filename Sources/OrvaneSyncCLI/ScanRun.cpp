@@ -75,7 +75,7 @@ const std::vector<Option>& scanOptions() {
          "pass over files and folders of this name, or, with a slash, of this path below a FOLDER; may be "
          "repeated"},
         {"--sound-offset", "[-]HH:MM:SS:FF",
-         "lay all recordings later than they say; -01:00:00:00 is an hour earlier"},
+         "move the start of all recordings later; -01:00:00:00 is an hour earlier"},
         {"--sound-date", "YYYY-MM-DD",
          "the day on which the earliest recording of each shoot began; the others keep their distance"},
         {"--tc-rate", "R",

@@ -136,7 +136,7 @@ TEST_F(ReviewModelTest, aLoopWithoutAClapSaysWhyAndWhatToDo) {
     };
     EXPECT_EQ(check(), "\nloop");
     controller_->clips().setAudioAnchor(id_, 1000);
-    EXPECT_TRUE(check().starts_with("The clap point lies outside of the picture.\n⟨jumpNextEdit⟩")) << said;
+    EXPECT_TRUE(check().starts_with("The clap point is outside of the picture.\n⟨jumpNextEdit⟩")) << said;
     controller_->clips().setAudioAnchor(id_, std::nullopt);
     EXPECT_TRUE(check().starts_with("There is no clap point yet: the loop plays around 3 s.\n")) << said;
     EXPECT_TRUE(said.ends_with("⟨updateClapPoint⟩ sets the clap point there.\nloop")) << said;

@@ -51,7 +51,7 @@ TEST_F(TimelineRowsTest, SayWhatTheAnalysisFoundAndWhatWasChosenByHand) {
     group_.tracksManuallyEdited = true;
     EXPECT_EQ(rows().summary, "Tracks chosen by hand");
     smartAudio_.results[group_.id] = SmartAudioResult{}; // its card was missing
-    EXPECT_TRUE(rows().summary.starts_with("Smart Audio could not hear")) << rows().summary;
+    EXPECT_TRUE(rows().summary.starts_with("Smart Audio could not read")) << rows().summary;
     EXPECT_FALSE(rows().isAnalysed);
     group_.manualActiveTracks.clear();
     group_.tracksManuallyEdited.reset();

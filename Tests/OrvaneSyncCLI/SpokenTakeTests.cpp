@@ -236,7 +236,7 @@ TEST_F(SpokenTakeTest, saysWhatSmartAudioDidNotHear) {
         "a format that nothing decodes", {{"Boom", -18, -18, -62}, {"Lav", -40, -40, -66}},
         [](std::string& wave) { wave.replace(wave.find("fmt ") + 8, 2, "\x00\x20", 2); },
         "Smart Audio can't read the sound of T01.WAV; only its channel 1 stays switched on",
-        "0 clips heard, 0 of 0 channels chosen; 1 recording can't be heard");
+        "0 clips heard, 0 of 0 channels chosen; 1 recording can't be read");
 }
 
 TEST_F(SpokenTakeTest, saysWhereARecordingIsTooLongToBeHeardWhole) {
@@ -250,7 +250,7 @@ TEST_F(SpokenTakeTest, saysWhereARecordingIsTooLongToBeHeardWhole) {
             .writeTo(folder_.path("shoot/T01.WAV"));
         const Outcome outcome =
             runWith({"sync", folder_.path("shoot"), "-o", folder_.path("out.fcpxml"), "--no-cache"});
-        const std::string warning = "heard only the first 41:40 of the 41:42 of T01.WAV";
+        const std::string warning = "analyzed only the first 41:40 of the 41:42 of T01.WAV";
         EXPECT_EQ(outcome.err.find(warning) == std::string::npos, isWhole) << outcome.err << outcome.out;
     }
 }

@@ -199,7 +199,7 @@ TEST(LanguageTest, SaysTheWarningsOfAnExportInGerman) {
           "3 clips may have the wrong sound; 'orvanesync diagnose' of the folders says why, and what 'scan' "
           "and 'sync' do about it",
           "Smart Audio can't read the sound of T.wav; only its channel 1 stays switched on",
-          "Smart Audio heard only the first 4:00:00 of the 5:00:00 of T.wav",
+          "Smart Audio analyzed only the first 4:00:00 of the 5:00:00 of T.wav",
           "Smart Audio left out A.mov: all its channels are excluded from the analysis; include one to have "
           "it "
           "analyzed",

@@ -142,7 +142,7 @@ Check keyStoreCheck() {
                 "the desktop's key store is locked, so that a sign-in in it can't be used; unlock it in the "
                 "desktop"};
     return {"key store", "problem",
-            "no key store of the desktop answers; secrets are kept in " + kept.where +
+            "no key store of the desktop is available; secrets are kept in " + kept.where +
                 ", which you alone can read and which is not encrypted"};
 }
 

@@ -36,7 +36,7 @@ void expectRange(const SyncGroup& group, double low, double high, int trackIndex
         throw OutOfRange("trackIndex: the clip's take has tracks 1 to " + std::to_string(channels));
     const auto& duration = group.video.durationSeconds;
     if (low < 0 || (duration && high > *duration + sameMomentSeconds))
-        throw OutOfRange("the range must lie within the clip" +
+        throw OutOfRange("the range must be within the clip" +
                          (duration ? platform::text::formatted(", which lasts %.3f s", *duration) : ""));
 }
 

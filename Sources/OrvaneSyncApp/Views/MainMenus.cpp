@@ -118,7 +118,7 @@ std::map<std::string_view, std::function<void()>> MainMenus::actsOfWindow() {
         {"saveProject", [this] { files_.saveProject(); }},
         {"loadALE", [this] { files_.loadReport(); }},
         {"syncLockitNetwork",
-         [this] { parts_.work.run("syncLockitNetwork", tr("LockitNetwork is asked about the clips…")); }},
+         [this] { parts_.work.run("syncLockitNetwork", tr("The metadata of the clips is requested…")); }},
         {"writeReview", [this] { files_.writeReview(); }},
         {"applyReview", [this] { files_.applyReview(); }},
         {"exportFCPXML", [this] { showExport(desktop_, &window_); }},
@@ -258,7 +258,7 @@ void MainMenus::listenToCards() {
     parts_.banner.clear();
     parts_.screens.showList();
     const ImportController& controller = desktop_.controller();
-    parts_.work.run("diagnose", tr("The cards are listened to…"),
+    parts_.work.run("diagnose", tr("The sound of the cards is compared…"),
                     [this, before = controller.doubts().summary(controller.work().syncGroups())] {
                         // The results are used in the doubts that are derived after this, which are shown
                         // above the list.
@@ -305,7 +305,8 @@ void MainMenus::makeAudio() {
     }
     listen_ = ownEntry(
         tr("Listen to the Cards"), [this] { listenToCards(); },
-        tr("Compares some clips of each card with what their cameras heard, to find a clock that is wrong."));
+        tr("Compares some clips of each card with what their cameras recorded, to find a clock that is "
+           "wrong."));
     listen_->setObjectName(QStringLiteral("listen"));
     entries.push_back({210, listen_});
     compare_ = ownEntry(

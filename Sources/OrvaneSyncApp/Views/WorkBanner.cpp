@@ -62,8 +62,8 @@ QString daysText(const WorkState& work) {
     if (days == settings::matchingDays.standard()) return {};
     const QString name = translatedSentence(displayText(days));
     return days == work.environment.settings->get(settings::matchingDays)
-               ? QObject::tr("Days whose sound a clip meets, by the settings: %1.").arg(name)
-               : QObject::tr("Days whose sound a clip meets, for this work only: %1.").arg(name);
+               ? QObject::tr("Days whose recordings a clip may get, by the settings: %1.").arg(name)
+               : QObject::tr("Days whose recordings a clip may get, for this work only: %1.").arg(name);
 }
 
 QString keptText(std::ptrdiff_t newOnes) {
@@ -146,8 +146,7 @@ void WorkBanner::showLost(const ClipDecisions& before, const WorkFiles& workBefo
     };
     show(
         Signal::doubtful,
-        lost_ =
-            tr("The scan replaced the clips and took away what was decided: %1.").arg(decisionsText(lost)),
+        lost_ = tr("The scan replaced the clips and removed these decisions: %1.").arg(decisionsText(lost)),
         tr("Keep the Decisions"),
         [this, isLastStep, before, workBefore] {
             if (isLastStep()) keepDecisions(before, workBefore);
@@ -220,7 +219,7 @@ void WorkBanner::showProblem() {
                   tr("They are those of the other program, with what was decided there; the open ones are "
                      "those of this window. To see the others, copy the session's folder to another place, "
                      "call the kept file groups.json in the copy, and drop the copy on this window. The "
-                     "clips that are open then lie beside it in turn."));
+                     "clips that are open are then kept beside it."));
          });
 }
 
@@ -278,7 +277,7 @@ bool WorkBanner::showUnanalysed() {
     if (clips == 0) return false;
     show(Signal::none,
          unanalysed_ = tr("Smart Audio has chosen the channels, but its results are not stored any more for "
-                          "%1: they have to be listened to again.")
+                          "%1: they must be analyzed again.")
                            .arg(translatedSentence(counted(clips, "clip", "clips"))),
          tr("Run Smart Audio"), [this] {
              JSON arguments = JSON::object();

@@ -69,7 +69,7 @@ std::chrono::sys_days dayOf(const std::string& text) {
                                               std::chrono::month(static_cast<unsigned>(number(5, 2))),
                                               std::chrono::day(static_cast<unsigned>(number(8, 2)))};
         if (day.ok() && (day.year() < earliestSoundYear || day.year() > latestSoundYear))
-            throw CorrectionError("the sound date '" + text + "' lies outside of the years 1970 to 2199");
+            throw CorrectionError("the sound date '" + text + "' is outside of the years 1970 to 2199");
         if (day.ok()) return day;
     }
     throw CorrectionError("the sound date '" + text + "' is no day YYYY-MM-DD of the calendar");

@@ -104,10 +104,10 @@ TEST(ExportPreview, ReportsHowManyClipsWereNotAnalysed) {
     groups.append(chosen);
     EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).choiceText(),
               "The channels that were chosen before, in 1 clip, are in the document as they are chosen.");
-    EXPECT_EQ(
-        ExportPreview::smartAudioCoverage(groups, results).rangesText(),
-        "Ranges set by hand are not in the document, in 1 clip that Smart Audio has not heard; analyze and "
-        "export again.");
+    EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).rangesText(),
+              "Ranges set by hand are not in the document, in 1 clip that Smart Audio has not analyzed; "
+              "analyze and "
+              "export again.");
 }
 
 } // namespace

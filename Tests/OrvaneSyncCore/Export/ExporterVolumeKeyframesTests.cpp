@@ -105,8 +105,8 @@ TEST(VolumeCurves, BelongToTheChannelsOfTheirOwnRecording) {
         EXPECT_EQ(curvesOf(readDocument(document())), curves) << name;
         const std::string missing = result.isHeard() ? "1 clip" : "2 clips";
         EXPECT_EQ(FCPXMLExporter::exportDocument({first, second}, {}, settings).warnings,
-                  std::vector<std::string>{"Volume curves are missing: Smart Audio has not heard " + missing +
-                                           "; analyze and export again"})
+                  std::vector<std::string>{"Volume curves are missing: Smart Audio has not analyzed " +
+                                           missing + "; analyze and export again"})
             << name << ": the second clip at least";
     };
     check("two blocks", blocks({{10, 1}, {40, 2}}, 0.5),

@@ -85,7 +85,7 @@ std::vector<Command> calibrationCommands() {
         Command::later("calibrationSave", "Save Calibration",
                        "Makes what was measured the calibration that forecasts use.", {}, save)
             .alsoBy({"calibrate"}),
-        Command::later("calibration", "Calibration", "Says what of a calibration is on the disk.", {}, show)
+        Command::later("calibration", "Calibration", "Gives the calibration that is stored.", {}, show)
             .alsoBy({"calibrate"}),
     };
 }

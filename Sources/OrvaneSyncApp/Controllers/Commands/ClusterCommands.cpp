@@ -57,8 +57,9 @@ std::vector<Command> clusterCommands() {
                        "Opens all cameras of a take, or the clips that are chosen, each on its clap.",
                        {{"groupIDs", texts}}, load)
             .inMenu(Menu::view, 130, reviewKeys::multicam),
-        row("clusterPlay", "Play All", "Starts all cameras at one instant, by the place of the one heard.",
-            {}, [](ClusterEngineBag& bag, const Call&) { bag.playAll(); }),
+        row("clusterPlay", "Play All",
+            "Starts all cameras at once, at the position of the one that is heard.", {},
+            [](ClusterEngineBag& bag, const Call&) { bag.playAll(); }),
         row("clusterPause", "Pause All", "Stops all cameras.", {},
             [](ClusterEngineBag& bag, const Call&) { bag.pauseAll(); }),
         row("clusterToggle", "Play or Pause All", "Stops all cameras if one plays, else starts them.", {},

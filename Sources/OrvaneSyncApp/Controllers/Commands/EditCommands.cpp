@@ -320,7 +320,7 @@ std::vector<Command> nameCommands() {
 std::vector<Command> valueCommands() {
     using namespace undoSteps;
     return {
-        Command("setSyncMethod", undoSteps::setSyncMethod.actionName, "Says by what the clip is in sync.",
+        Command("setSyncMethod", undoSteps::setSyncMethod.actionName, "Sets how the clip was synchronized.",
                 {groupID, {.name = "method", .kind = text, .choices = syncMethodNames}}, chooseSyncMethod)
             .undoneBy(setSyncMethod),
         edit(
@@ -334,7 +334,7 @@ std::vector<Command> valueCommands() {
             .forClips(isUnlocked),
         editAndListen("addBlockOverride",
                       "Chooses the track that is heard in a range of the clip, in seconds from its start; "
-                      "in the place of a range that is there, where one is named.",
+                      "replaces the range that `overrideID` names, if it is given.",
                       addBlockOverride,
                       {groupID,
                        {.name = "startSeconds", .kind = number, .lowest = 0},

@@ -149,13 +149,13 @@ std::vector<Command> reportCommands() {
             .inMenu(Menu::file, 230),
         onGroup("clearALEMetadata", "Removes the report data of the clip.", steps::clearALEMetadata,
                 &ReportController::clearALEMetadata, hasALEMetadata),
-        onGroup("clearLockitMetadata", "Removes what LockitNetwork said of the clip.",
+        onGroup("clearLockitMetadata", "Removes the metadata of LockitNetwork from the clip.",
                 steps::clearLockitMetadata, &ReportController::clearLockitMetadata, hasLockitMetadata),
         onAll("clearALEMetadataForAllClips", "Removes the report data of all clips.",
               steps::clearALEMetadataForAllClips, &ReportController::clearALEMetadataForAllClips,
               &ReportController::aleMetadataClipCount)
             .inMenu(Menu::file, 240),
-        onAll("clearLockitMetadataForAllClips", "Removes what LockitNetwork said of all clips.",
+        onAll("clearLockitMetadataForAllClips", "Removes the metadata of LockitNetwork from all clips.",
               steps::clearLockitMetadataForAllClips, &ReportController::clearLockitMetadataForAllClips,
               &ReportController::lockitMetadataClipCount)
             .inMenu(Menu::file, 260),

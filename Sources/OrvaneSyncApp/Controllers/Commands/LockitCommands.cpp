@@ -102,12 +102,12 @@ std::vector<Command> lockitCommands() {
             .alsoBy({"lockit"}),
         Command::later(
             "signIn", "Sign In with LockitNetwork",
-            "Signs in: says openURL with the page to show, and answers when the user has come back "
+            "Signs in: sends openURL with the page to show, and answers when the user has come back "
             "from it.",
             {}, signIn)
             .alsoBy({"lockit"}),
         Command("completeSignIn", "Paste the Callback",
-                "Gives the waiting sign-in the address that its page ended at; answers at once.",
+                "Passes the last address of the sign-in page to the waiting sign-in; answers at once.",
                 {{"callbackURL", text}}, completeSignIn)
             .alsoBy({"lockit"})
             .servedAtOnce(),
@@ -125,12 +125,12 @@ std::vector<Command> lockitCommands() {
             .undoneBy(undoSteps::syncLockitNetwork)
             .when(hasClipsWhileIdle)
             .inMenu(Menu::file, 250),
-        Command("fieldMapping", "Field Mapping", "Gives where each field of LockitNetwork goes.", {},
+        Command("fieldMapping", "Field Mapping", "Gives the target of each field of LockitNetwork.", {},
                 [](CommandContext& context, const Call&) {
                     return toJSON(LockitFieldMapping::current(*context.settings));
                 })
             .alsoBy({"lockit"}),
-        Command::later("setFieldMapping", "Map a Field", "Says where a field of LockitNetwork goes.",
+        Command::later("setFieldMapping", "Map a Field", "Sets the target of a field of LockitNetwork.",
                        {{.name = "field", .choices = RawValues<LockitField>::texts},
                         {.name = "target", .choices = RawValues<FCPMetaTarget>::texts},
                         {"customKey", text, true}},

@@ -51,7 +51,8 @@ JSON cancelDownload(CommandContext& context, const Call& call) {
 
 std::vector<Command> modelCommands() {
     return {
-        Command::later("models", "Models", "Lists the optional models and says which are there.", {}, list)
+        Command::later("models", "Models", "Lists the optional models and which of them are installed.", {},
+                       list)
             .alsoBy({"models"}),
         Command::later("downloadModel", "Download Model", "Downloads a model and tests it.", {{"id", text}},
                        download)

@@ -105,7 +105,7 @@ std::vector<Command> loadingCommands() {
                        })
             .alsoBy({"frame", "play"}),
         Command::later("advanceClock", "Advance Clock",
-                       "Moves the players' clock; answers when all that happens by then has happened.",
+                       "Moves the players' clock; answers when everything due by then is done.",
                        {{.name = "seconds", .kind = number, .lowest = 0, .highest = 3600}}, advanceClock)
             .alsoBy({"play"}),
     };
@@ -115,7 +115,7 @@ std::vector<Command> transportCommands() {
     return {
         row("playerPlay", "Play", "Plays at normal speed.", {},
             [](VideoEngine& engine, const Call&) { engine.play(); }),
-        shownRow("playerPause", "Pause", "Stops, and is silent.", {},
+        shownRow("playerPause", "Pause", "Pauses playback.", {},
                  [](VideoEngine& engine, const Call&) { engine.pause(true); }),
         shownRow("playerSeek", "Go to", "Goes to a second of the clip; answers when its picture is shown.",
                  {{.name = "seconds", .kind = number, .lowest = -longestSeconds, .highest = longestSeconds}},

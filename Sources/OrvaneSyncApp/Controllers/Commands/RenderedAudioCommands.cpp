@@ -74,8 +74,7 @@ std::vector<Command> renderedAudioCommands() {
                 })
             .alsoBy({"mixdown", "solo", "preview"})
             .forClips(hasSound),
-        Command::later("caches", "Caches", "Says what the caches hold, and how much they may.", {},
-                       showCaches)
+        Command::later("caches", "Caches", "Gives the sizes of the caches and their limits.", {}, showCaches)
             .alsoBy({"caches"}),
         Command::later("clearCaches", "Clear Caches", "Removes all that can be made again.", {}, clearCaches)
             .alsoBy({"caches"}),

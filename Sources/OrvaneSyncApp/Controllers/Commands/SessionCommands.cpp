@@ -184,8 +184,8 @@ std::vector<Command> openingCommands() {
             "sessions", "Sessions", "Lists the sessions, most recently changed first.", {},
             [](CommandContext& context, const Call&) { return toJSONArray(context.sessions->sessions()); })
             .alsoBy({"session"}),
-        Command("sessionState", "State of the Session", "Says which session is open and whether it is saved.",
-                {}, sessionState),
+        Command("sessionState", "State of the Session", "Gives the open session and whether it is saved.", {},
+                sessionState),
         Command::later("newSession", "New Session", "Opens empty work in a session of its own.",
                        {leaveUnsaved}, newSession)
             .otherWork()

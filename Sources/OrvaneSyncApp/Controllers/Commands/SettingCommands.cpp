@@ -106,7 +106,7 @@ std::vector<Command> settingCommands() {
         Command::later("loadPreset", "Load Preset", "Makes the settings of a preset the current ones.",
                        {{"name", text}}, loadPreset),
         Command::later("presetInForce", "Current Preset",
-                       "Says whether the present settings are just those of a preset.", {{"name", text}},
+                       "Gives whether the present settings equal those of a preset.", {{"name", text}},
                        presetInForce),
         Command::later("renamePreset", "Rename Preset", "Gives a preset another name.",
                        {{"from", text}, {"to", text}}, renamePreset),

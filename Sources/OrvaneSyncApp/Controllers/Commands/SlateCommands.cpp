@@ -92,7 +92,7 @@ std::vector<Command> slateCommands() {
                 })
             .alsoBy({"slate"}),
         Command("acceptSlate", undoSteps::acceptSlate.actionName,
-                "Takes scene and take of the slate where neither recorder nor report says them.", {groupID},
+                "Takes scene and take of the slate where neither recorder nor report has them.", {groupID},
                 [](CommandContext& context, const Call& call) {
                     context.controller->slates().acceptSlate(call.id("groupID"));
                     return JSON();

@@ -70,7 +70,7 @@ Warnings lengthWarnings(const AnalysedClip& analysed) {
     if (SmartAudioRouter::endsEarly(result))
         return {earlyEndWarning(files, result.heardSeconds, result.promisedSeconds)};
     if (result.promisedSeconds < most + smartAudioWindowSeconds) return {};
-    return {"Smart Audio heard only the first " + clockText(most) + " of the " +
+    return {"Smart Audio analyzed only the first " + clockText(most) + " of the " +
             clockText(result.promisedSeconds) + " of " + files};
 }
 

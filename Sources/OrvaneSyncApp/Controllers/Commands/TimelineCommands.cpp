@@ -133,8 +133,8 @@ std::vector<Command> viewCommands() {
     return {
         Command(
             "timeline", "Show in the Timeline",
-            "Says how the seconds of the clip lie on the timeline, which shows it unless another is open in "
-            "the review.",
+            "Gives the scale of the timeline for the clip, which it shows unless another is open in the "
+            "review.",
             {groupID,
              {.name = "viewportWidth", .kind = number, .isOptional = true, .lowest = 1, .highest = 100'000}},
             timelineJSON),
@@ -149,7 +149,7 @@ std::vector<Command> viewCommands() {
             .alsoBy({"onsets", "waveform"})
             .forClips(hasSound),
         Command::later("scrollFrames", "Scroll over the Picture",
-                       "Scrolls over the picture and says how many frames that stepped; answers when the "
+                       "Scrolls over the picture and gives the number of frames stepped; answers when the "
                        "picture is shown.",
                        {{.name = "deltaY", .kind = number, .lowest = -mostPoints, .highest = mostPoints},
                         {"isPrecise", boolean}},

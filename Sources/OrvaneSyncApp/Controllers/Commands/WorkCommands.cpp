@@ -329,8 +329,8 @@ std::vector<Command> workCommands() {
             .alsoBy({"sync", "scan"}),
         Command(
             "setCorrections", "Correct the Sources",
-            "Says what the files say wrongly, for the next scan: how much later the sound lies, its day, "
-            "the rate at which timecode counts, and which days are matched in this work.",
+            "Sets corrections of the files' data for the next scan: an offset of the sound, its day, the "
+            "rate of the timecode, and the days that are matched.",
             {{"soundOffset", text, true},
              {"soundDate", text, true},
              {"timecodeRate", text, true},
@@ -361,11 +361,10 @@ std::vector<Command> workCommands() {
             .inMenu(Menu::file, 510, "Close"),
         Command::later("state", "State of the Work", "Gives the open work.", {}, state)
             .alsoBy({"scan", "session"}),
-        Command::later(
-            "diagnose", "Diagnosis",
-            "Gives what is on the cards, and each doubt and how to fix it; listens to some clips of each "
-            "card.",
-            {}, diagnose)
+        Command::later("diagnose", "Diagnosis",
+                       "Gives what is on the cards, and each doubt and how to fix it; compares the sound of "
+                       "some clips of each card with that of their cameras.",
+                       {}, diagnose)
             .alsoBy({"diagnose"}),
         Command::later("compareSound", "Compare Sound with Cameras",
                        "Compares the sound of each clip, or of those that are named, with what its camera "

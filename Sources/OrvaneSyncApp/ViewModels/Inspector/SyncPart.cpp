@@ -50,7 +50,7 @@ std::string soundBeginsSentence(const SyncGroup& group) {
 
 constexpr const char* withoutSound = "The clip has no sound.";
 constexpr const char* withoutClap = "There is no clap point yet.";
-constexpr const char* outOfPicture = "The clap point lies outside of the picture.";
+constexpr const char* outOfPicture = "The clap point is outside of the picture.";
 
 /// Seconds from the picture to a clap point outside of it: negative before the picture, positive after its
 /// end, 0 within it.
@@ -64,9 +64,8 @@ double secondsOutOfPicture(const SyncGroup& group) {
 std::string anchorSentence(const SyncGroup& group, double secondsOut) {
     if (!group.audioAnchorOffsetInAudioSeconds || group.isMOS()) return "No clap point yet";
     if (secondsOut != 0 && !group.pictureClapAnchorSeconds)
-        return "No clap within the picture: the clap point lies " +
-               formatted("%.3f s", std::abs(secondsOut)) +
-               (secondsOut < 0 ? " before its start" : " behind its end");
+        return "No clap within the picture: the clap point is " + formatted("%.3f s", std::abs(secondsOut)) +
+               (secondsOut < 0 ? " before its start" : " after its end");
     return formatted("Clap point %.3f s into the recording",
                      *group.audioAnchorOffsetInAudioSeconds + ClipSound(group).primaryStartSeconds);
 }

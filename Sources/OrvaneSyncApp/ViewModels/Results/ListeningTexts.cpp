@@ -55,7 +55,7 @@ std::string listeningText(const WorkDoubts::Listening& progress) {
 
 std::string roughOffsetText(const WorkDoubts::Listened& listened) {
     return listened.isOffsetRough
-               ? "Microphones tell the sound offset that was given to a frame or two only: "
+               ? "By microphone, the given sound offset can only be checked to one or two frames: "
                  "check a clap."
                : "";
 }

@@ -256,7 +256,7 @@ std::string ReviewViewModel::whyNoClapLoop(bool isPlayed) const {
     const SyncGroup& clip = *group();
     if (!engine_->transport().isLoaded) return "The clip is not loaded.";
     const bool isOutside = clapSeconds().has_value();
-    std::string why = isOutside  ? "The clap point lies outside of the picture."
+    std::string why = isOutside  ? "The clap point is outside of the picture."
                       : isPlayed ? "There is no clap point yet: the loop plays around 3 s."
                                  : "There is no clap point yet.";
     why += '\n';

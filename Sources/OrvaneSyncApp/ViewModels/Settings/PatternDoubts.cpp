@@ -28,7 +28,7 @@ std::string firstUnknown(std::string_view pattern, IsToken isToken, std::string_
         const std::size_t end = pattern.find('}', at);
         const std::size_t next = pattern.find('{', at + 1);
         if (pattern[at] == '}' || end == std::string_view::npos || next < end)
-            return "A brace has no partner and stays in the name as it is.";
+            return "A brace is not paired and stays in the name as it is.";
         const std::string_view token = pattern.substr(at, end - at + 1);
         if (!isToken(token))
             return inQuotes(token) + " is no token here and stays in the name as it is. " +

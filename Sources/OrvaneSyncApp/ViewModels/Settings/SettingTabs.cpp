@@ -151,7 +151,7 @@ SettingTab offspeed() {
     using namespace settings;
     return {SettingPage::offspeed,
             "Off-speed",
-            {{"Silent clips at the sensor's rate",
+            {{"Clips without sound at the sensor's rate",
               {Row(generateNativeMOS),
                Row(nativeMOSSuffix).when(isOn<generateNativeMOS>).doubting(patternDoubts::rateSuffix),
                Row(wrapNativeMOSInSyncClip).when(isOn<generateNativeMOS>),

@@ -132,16 +132,16 @@ FeedbackDelivery::FeedbackDelivery(std::shared_ptr<platform::MainThread> mainThr
 
 platform::Task FeedbackDelivery::send(std::string url, Feedback feedback) {
     // Copies, because this object may be destroyed before the answer arrives.
-    auto sending = platform::onQueue(
-        *queue_, mainThread_,
-        [client = client_, url = std::move(url),
-         feedback = std::move(feedback)](const std::stop_token& stop) {
-            const auto answer = client->send(feedbackRequest(url, feedback), stop);
-            constexpr int firstOfSuccess = 200, firstBehind = 300;
-            if (answer.status < firstOfSuccess || answer.status >= firstBehind)
-                throw std::runtime_error("The service did not take the message: it answers with status " +
-                                         std::to_string(answer.status));
-        });
+    auto sending =
+        platform::onQueue(*queue_, mainThread_,
+                          [client = client_, url = std::move(url),
+                           feedback = std::move(feedback)](const std::stop_token& stop) {
+                              const auto answer = client->send(feedbackRequest(url, feedback), stop);
+                              constexpr int firstOfSuccess = 200, firstBehind = 300;
+                              if (answer.status < firstOfSuccess || answer.status >= firstBehind)
+                                  throw std::runtime_error("The service rejected the message with status " +
+                                                           std::to_string(answer.status));
+                          });
     co_await sending;
 }
 

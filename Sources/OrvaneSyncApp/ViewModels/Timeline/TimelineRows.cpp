@@ -195,7 +195,7 @@ std::string smartAudioSummary(const SyncGroup& group, const SmartAudioState& sta
     const SmartAudioResult* result = state.results.heard(group.id);
     if (result == nullptr) {
         if (state.results.contains(group.id))
-            return "Smart Audio could not hear the recording — check that its card is connected, and run it "
+            return "Smart Audio could not read the recording — check that its card is connected, and run it "
                    "again";
         const auto ofTake = static_cast<std::size_t>(takeOf(group, assumedChannels).channelCount);
         const bool areAllOn = group.manualActiveTracks.empty() ||

@@ -99,7 +99,7 @@ AttachSheet::AttachSheet(Desktop& desktop, const std::vector<Attachable>& record
     }
     if (recordings.empty())
         column->addWidget(
-            facts(tr("All recordings of this shoot lie under the clip. Attach a file instead.")));
+            facts(tr("All recordings of this shoot are attached to the clip. Attach a file instead.")));
     column->addLayout(makeListening());
     auto* buttons = new QHBoxLayout;
     QPushButton* file = button(tr("From File…"));

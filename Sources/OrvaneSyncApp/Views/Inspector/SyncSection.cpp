@@ -102,7 +102,7 @@ void SyncSection::makeOffset() {
         grid->addWidget(field, row, 1);
     }
     grid->setColumnStretch(1, 1);
-    add(facts(tr("Offset by hand, on top of the match")));
+    add(facts(tr("Manual offset, added to the match")));
     add(grid);
     add(wholeFrames_ = facts({}));
     reserveLines(*wholeFrames_, 1);

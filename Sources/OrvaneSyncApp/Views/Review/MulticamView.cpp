@@ -75,7 +75,7 @@ class MulticamView::Cell : public QFrame {
         row->addSpacing(space::tight);
         if (number < 10) {
             auto* key = facts(QString::number(number));
-            key->setToolTip(tr("The key %1 hears this camera").arg(number));
+            key->setToolTip(tr("The key %1 plays the sound of this camera").arg(number));
             key->setWordWrap(false);
             row->addWidget(key);
             row->addSpacing(space::small);

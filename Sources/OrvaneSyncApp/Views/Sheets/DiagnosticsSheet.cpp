@@ -22,7 +22,7 @@ class DiagnosticsSheet : public Sheet {
         scroll->setWidgetResizable(true);
         scroll->setFrameShape(QFrame::NoFrame);
         scroll->setAccessibleName(tr("State of each subsystem"));
-        add(facts(tr("What this machine has for the program, and where its files lie.")));
+        add(facts(tr("Which libraries and devices are available, and where the program keeps its files.")));
         add(scroll, 1);
         addAside(checks->copyButton());
         addAside(checks->againButton());

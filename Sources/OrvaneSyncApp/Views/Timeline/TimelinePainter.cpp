@@ -155,7 +155,7 @@ class Painting {
     void paintSound(const TimelineLayout::Row& row) {
         if (!rows_.hasSound)
             return text(QRectF(0, row.y, layout_.width(), row.height).adjusted(space::small, 0, 0, 0),
-                        QObject::tr("No sound lies under this clip. Attach a recording in the inspector."));
+                        QObject::tr("This clip has no sound. Attach a recording in the inspector."));
         container(row);
         paintWaveform(row, 0, colours().facts, true);
         const QRectF top = rect(layout_.waveformRect(row));

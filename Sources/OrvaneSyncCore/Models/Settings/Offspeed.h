@@ -12,7 +12,7 @@ inline const Declared<bool> generateNativeMOS{
     "offspeed.generateNativeMOS",
     false,
     family::offspeed,
-    "also a silent clip at the sensor's rate for off-speed material",
+    "also a clip without sound at the sensor's rate for off-speed material",
     {.label = "Also make one of each off-speed clip", .changed = {mostChanged::offspeed, 1}}};
 inline const Declared<std::string> nativeMOSSuffix{"offspeed.suffix",
                                                    "[{fps} FPS]",
@@ -59,7 +59,7 @@ inline const Declared<std::string> projectRateEventName{"offspeed.projectRateEve
 inline const Declared<bool> wrapNativeMOSInSyncClip{"offspeed.wrapNativeMOSInSyncClip",
                                                     false,
                                                     family::offspeed,
-                                                    "the silent clips become synchronized clips too",
+                                                    "the clips without sound become synchronized clips too",
                                                     {.label = "As a synchronized clip"}};
 inline const Declared<bool> offspeedAutoKeyword{"offspeed.autoKeyword",
                                                 true,

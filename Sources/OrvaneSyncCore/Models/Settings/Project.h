@@ -68,8 +68,8 @@ inline const Declared<MatchingDays> matchingDays{
     "matching.days",
     MatchingDays::automatic,
     family::matching,
-    "days whose sound a clip meets; auto: its own day, and clocks that are a day off",
-    {.label = "Days whose sound a clip meets"}};
+    "days whose recordings a clip may get; auto: its own day, and clocks that are a day off",
+    {.label = "Days whose recordings a clip may get"}};
 
 inline const Declared<VideoResolutionMode> videoResolution{
     "videoResolution",

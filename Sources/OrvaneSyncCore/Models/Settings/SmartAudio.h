@@ -36,7 +36,7 @@ inline const Declared<BestChannelMode> bestChannelMode{
     family::smartAudio,
     "kept for other programs; no choice depends on it",
     {.label = "Activation of tracks",
-     .hint = "What the timeline says of a clip that was analysed, and what presets hold for other programs.",
+     .hint = "Shown in the timeline for an analyzed clip, and kept in presets for other programs.",
      .choiceName = described<BestChannelMode>}};
 inline const Declared<double> smartAudioVoiceIso{"smartAudio.voiceIso",
                                                  0.5,

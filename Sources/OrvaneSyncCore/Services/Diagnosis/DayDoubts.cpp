@@ -355,7 +355,7 @@ class DayDoubts {
         if (!best) return;
         const Recording& sound = shoot_.recordings[*best];
         const std::string fits = shoot_.nameOf(*sound.asset) + " of " + dayText(*sound.place.day) +
-                                 " lies under all of it by the time of day";
+                                 " covers all of it by the time of day";
         doubt(clip, Kind::otherDateFits,
               shoot_.nameOf(clip.group->video) + " of " + dayText(*clip.place->day) + " has no sound, and " +
                   fits,

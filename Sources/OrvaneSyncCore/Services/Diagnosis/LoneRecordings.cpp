@@ -96,7 +96,7 @@ class LoneDoubts {
         const std::string name = shoot_.nameOf(recording);
         addCardDoubt(doubts_,
                      {SyncDoubt::Kind::constantOffset,
-                      name + " lies under no clip, and the microphones of the cameras heard it in " +
+                      name + " is matched to no clip, and the microphones of the cameras heard it in " +
                           counted(count, "clip", "clips") + ": by these it began at " + timeOfDayText(start) +
                           whyElsewhere(recording, start),
                       cure(recording, start)},

@@ -88,10 +88,10 @@ class LongRecordings {
         const OffsetCure cure(shoot_, rate_);
         addCardDoubt(doubts_,
                      {SyncDoubt::Kind::constantOffset,
-                      nameOfCard(card, shoot_) + " lie under no clip: moved by " +
+                      nameOfCard(card, shoot_) + " are matched to no clip: moved by " +
                           offsetSpanText(std::abs(offset), rate_) + (offset < 0 ? " earlier" : " later") +
                           ", and by no other " + (step > niceOffsetStepSeconds ? "whole hour" : "half hour") +
-                          ", they would lie under all " + counted(clips.size(), "clip", "clips"),
+                          ", they would cover all " + counted(clips.size(), "clip", "clips"),
                       cure.of(card, offset) + " if a clap shows it"},
                      clips);
     }

@@ -320,7 +320,7 @@ class TimecodeDoubts {
                                                std::to_string(settings::everyTimecodeChannel)
                                          : std::string(settings::ltcEnabled.key) + "=true";
         return cure + "; where timecode was recorded on a sound channel, " +
-               DoubtCure(CureOption::Kind::setting, option) + " listens for it";
+               DoubtCure(CureOption::Kind::setting, option) + " finds it";
     }
     /// The recording under a clip of that length that begins or ends at that time.
     std::optional<std::size_t> soundAt(double seconds, double length) {
@@ -353,7 +353,7 @@ class TimecodeDoubts {
             return doubt(clip, Kind::dropMix,
                          std::string("counts ") + (isDrop ? "drop frame" : "non-drop") +
                              " and has no sound; counted as " + (isDrop ? "non-drop" : "drop frame") + ", " +
-                             shoot_.nameOf(*recording.asset) + " lies under all of it",
+                             shoot_.nameOf(*recording.asset) + " covers all of it",
                          DoubtCure(CureWay{.options = {{CureOption::Kind::timecodeRate, rateText(*other)}},
                                            .isForSome = true}) +
                              ", in a scan of such clips alone where others count otherwise");

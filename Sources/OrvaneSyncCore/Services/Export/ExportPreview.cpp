@@ -98,7 +98,7 @@ std::optional<std::string> SmartAudioCoverage::choiceText() const {
 std::optional<std::string> SmartAudioCoverage::rangesText() const {
     if (withRanges == 0) return std::nullopt;
     return "Ranges set by hand are not in the document, in " + counted(withRanges, "clip", "clips") +
-           " that Smart Audio has not heard; analyze and export again.";
+           " that Smart Audio has not analyzed; analyze and export again.";
 }
 
 } // namespace orvane::ExportPreview

@@ -113,7 +113,7 @@ void warnOfMissingCurves(ExportRun& run) {
     if (const auto ranges = coverage.rangesText()) run.result.warnings.push_back(*ranges);
     const int clips = coverage.unanalyzed;
     if (clips > 0)
-        run.result.warnings.push_back("Volume curves are missing: Smart Audio has not heard " +
+        run.result.warnings.push_back("Volume curves are missing: Smart Audio has not analyzed " +
                                       std::to_string(clips) + (clips == 1 ? " clip" : " clips") +
                                       "; analyze and export again");
 }

@@ -135,7 +135,7 @@ OutputGuard::There OutputGuard::look(const std::string& path) const {
     const bool isScanned = std::ranges::any_of(
         inputs_.folders, [&](const std::string& folder) { return liesInFolder(target, folder); });
     if (isScanned && isSideFileName(target))
-        refuse(place, path, "it lies among the camera's own files" + std::string(otherName));
+        refuse(place, path, "it is among the camera's own files" + std::string(otherName));
     if (!permission_.replacesOthers)
         refuse(place, path,
                "a file is there that is no " + kind + " of OrvaneSync; give the output another name, or " +

@@ -14,12 +14,12 @@ class PendingMessageLimit {
     /// A single message may be larger. Parsing a message takes several times as much memory.
     static constexpr std::size_t mostBytes = std::size_t{64} << 20U;
 
-    /// Waits until there is room.
+    /// Waits until the limit allows another message.
     void acquire(std::size_t bytes) {
         std::unique_lock lock(mutex_);
         freed_.wait(lock, [&] { return acquireIfFree(bytes); });
     }
-    /// False, without taking room, while there is none.
+    /// False, and counts nothing, while the limit allows no further message.
     bool tryAcquire(std::size_t bytes) {
         const std::lock_guard lock(mutex_);
         return acquireIfFree(bytes);

@@ -6,9 +6,9 @@
 namespace orvane::platform {
 
 // The rule of the interface thread: one piece of work in its loop does not open, read, write or decode a
-// file, does not wait for another thread, and uses at most 10 ms of processor time. A function that does one
-// of these calls `assertMayBlock`, and tests that watch fail. A program that calls services outside any loop
-// blocks no interface and may block.
+// file, does not wait for another thread, and uses at most 10 ms of processor time. Functions that open, list
+// or replace files or wait call `assertMayBlock`, and tests that watch fail; reads and writes of an open file
+// are not checked. A program that calls services outside any loop blocks no interface and may block.
 
 /// Runs a piece of work as one of the interface thread. For run loops; a nested piece counts separately.
 void runAsInterfaceWork(const std::function<void()>& work);

@@ -21,7 +21,7 @@ namespace orvane::commands {
 
 class CommandContext;
 
-/// One command of the program. Menus, keys, the JSON-RPC methods and their documentation all use it.
+/// One command of the program. Menus, keys, the help and the JSON-RPC methods all use it.
 /// Interface thread; what it throws is the answer to the caller.
 struct Command {
     using Now = std::function<JSON(CommandContext&, const Call&)>;

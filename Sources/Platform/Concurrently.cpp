@@ -48,6 +48,7 @@ class Pool {
     }
 
     [[noreturn]] void serve() {
+        nameThisThread("concurrently");
         for (;;) {
             std::unique_lock lock(mutex_);
             ++idle_;

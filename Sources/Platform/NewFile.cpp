@@ -195,6 +195,7 @@ NewFile::NewFile(NewFile&&) noexcept = default;
 NewFile& NewFile::operator=(NewFile&&) noexcept = default;
 
 void NewFile::append(std::string_view bytes) {
+    assertMayBlock("writing a file");
     while (!bytes.empty()) {
         const FileStep step(state_->path);
         const ssize_t count = ::write(state_->file.get(), bytes.data(), std::min(bytes.size(), bytesAtOnce));
@@ -205,6 +206,7 @@ void NewFile::append(std::string_view bytes) {
 }
 
 void NewFile::overwrite(std::uint64_t position, std::string_view bytes) {
+    assertMayBlock("writing a file");
     while (!bytes.empty()) {
         const FileStep step(state_->path);
         const ssize_t count =
@@ -218,6 +220,7 @@ void NewFile::overwrite(std::uint64_t position, std::string_view bytes) {
 }
 
 void NewFile::takePlace(const Decide& decide) {
+    assertMayBlock("writing a file");
     const std::string& path = state_->path;
     if (!state_->temporary) {
         if (!state_->file.close()) files::fail("can't write", path, errno);

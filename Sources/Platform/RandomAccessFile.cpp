@@ -18,6 +18,7 @@ namespace {
 /// Reads up to the requested bytes; fewer at the end of the file or on an error. A header walk treats both
 /// alike; a caller that must distinguish them keeps a ReadErrorWatch.
 std::size_t readAt(int descriptor, std::uint64_t position, std::span<std::byte> into) {
+    assertMayBlock("reading a file");
     std::size_t done = 0;
     while (done < into.size()) {
         const ssize_t count =

@@ -89,15 +89,15 @@ TEST(Realtime, aProcessorIsKeptFreeForPlayback) {
 
 TEST(Realtime, threadsHaveTheirNamesAndPriorities) {
     std::string name;
-    bool isBackground = false;
-    startThread("orvane-background-reader", ThreadPriority::background, [&](const std::stop_token&) {
+    bool isNormal = false;
+    startThread("orvane-reader-of-pictures", ThreadPriority::normal, [&](const std::stop_token&) {
         std::array<char, 32> text{};
         pthread_getname_np(pthread_self(), text.data(), text.size());
         name = text.data();
-        isBackground = setThisThreadPriority(ThreadPriority::background);
+        isNormal = setThisThreadPriority(ThreadPriority::normal);
     }).join();
-    EXPECT_EQ(name, "orvane-backgrou");
-    EXPECT_TRUE(isBackground);
+    EXPECT_EQ(name, "orvane-reader-o");
+    EXPECT_TRUE(isNormal);
 }
 
 } // namespace

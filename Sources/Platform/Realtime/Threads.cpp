@@ -4,15 +4,12 @@
 #include <pthread.h>
 #include <sched.h>
 #include <string>
-#include <sys/resource.h>
-#include <unistd.h>
 
 namespace orvane::platform {
 
 namespace {
 
 constexpr std::size_t longestThreadName = 15;
-constexpr int backgroundNiceness = 10;
 // Above the scheduler's ordinary threads, below the system's own real-time ones.
 constexpr int realtimePriority = 10;
 
@@ -28,11 +25,7 @@ bool setThisThreadPriority(ThreadPriority priority) {
     sched_param parameters{};
     parameters.sched_priority = priority == ThreadPriority::realtime ? realtimePriority : 0;
     const int policy = priority == ThreadPriority::realtime ? SCHED_FIFO : SCHED_OTHER;
-    if (pthread_setschedparam(pthread_self(), policy, &parameters) != 0) return false;
-    if (priority == ThreadPriority::realtime) return true;
-    // On Linux the niceness belongs to the thread.
-    const int niceness = priority == ThreadPriority::background ? backgroundNiceness : 0;
-    return setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), niceness) == 0;
+    return pthread_setschedparam(pthread_self(), policy, &parameters) == 0;
 }
 
 std::jthread startThread(std::string_view name, ThreadPriority priority,

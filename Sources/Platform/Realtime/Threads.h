@@ -7,7 +7,6 @@
 namespace orvane::platform {
 
 enum class ThreadPriority {
-    background, ///< work that no caller waits for; yields to everything else
     normal,
     realtime ///< feeds an audio device; before all other threads, if the system allows it
 };

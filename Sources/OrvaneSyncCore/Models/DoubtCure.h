@@ -44,17 +44,18 @@ struct CureOptionRow {
     bool isPath;              ///< the value is quoted in texts
 };
 /// One row for each kind, in the order of the kinds.
-inline constexpr std::array<CureOptionRow, 10> cureOptions{
-    {{"--sound-offset", "HH:MM:SS:FF", true, false, false},
-     {"--sound-date", "YYYY-MM-DD", true, false, false},
-     {"--tc-rate", "RATE", true, false, false},
-     {"--days", "RULE", true, false, false},
-     {"--set", "KEY=VALUE", false, true, false},
-     {"--choose", "first", false, false, false},
-     {"--exclude", "FOLDER", true, true, true},
-     {"--video", "FOLDER", true, true, true},
-     {"--audio", "FOLDER", true, true, true},
-     {"without the folder", "FOLDER", true, true, true}}};
+inline constexpr auto cureOptions = std::to_array<CureOptionRow>({
+    {"--sound-offset", "HH:MM:SS:FF", true, false, false},
+    {"--sound-date", "YYYY-MM-DD", true, false, false},
+    {"--tc-rate", "RATE", true, false, false},
+    {"--days", "RULE", true, false, false},
+    {"--set", "KEY=VALUE", false, true, false},
+    {"--choose", "first", false, false, false},
+    {"--exclude", "FOLDER", true, true, true},
+    {"--video", "FOLDER", true, true, true},
+    {"--audio", "FOLDER", true, true, true},
+    {"without the folder", "FOLDER", true, true, true},
+});
 constexpr const CureOptionRow& rowOf(CureOption::Kind kind) { return rowOf(cureOptions, kind); }
 
 /// A part of the files. The options of a cure may be right only for a scan of that part.

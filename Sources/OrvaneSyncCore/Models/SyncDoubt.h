@@ -70,21 +70,23 @@ struct DoubtKindRow {
     DoubtTopic topic;
 };
 /// One row for each kind, in the order of the kinds.
-inline constexpr std::array<DoubtKindRow, 15> doubtKinds{{{"otherDay", DoubtTopic::matching},
-                                                          {"ambiguous", DoubtTopic::matching},
-                                                          {"otherDateFits", DoubtTopic::matching},
-                                                          {"constantOffset", DoubtTopic::matching},
-                                                          {"timecodeRate", DoubtTopic::matching},
-                                                          {"dropMix", DoubtTopic::matching},
-                                                          {"shortSound", DoubtTopic::clip},
-                                                          {"mutedSpeech", DoubtTopic::clip},
-                                                          {"cutByTrim", DoubtTopic::clip},
-                                                          {"splitGap", DoubtTopic::clip},
-                                                          {"notTimeOfDay", DoubtTopic::matching},
-                                                          {"noTimecode", DoubtTopic::matching},
-                                                          {"cutFile", DoubtTopic::clip},
-                                                          {"drift", DoubtTopic::clip},
-                                                          {"missingFile", DoubtTopic::clip}}};
+inline constexpr auto doubtKinds = std::to_array<DoubtKindRow>({
+    {"otherDay", DoubtTopic::matching},
+    {"ambiguous", DoubtTopic::matching},
+    {"otherDateFits", DoubtTopic::matching},
+    {"constantOffset", DoubtTopic::matching},
+    {"timecodeRate", DoubtTopic::matching},
+    {"dropMix", DoubtTopic::matching},
+    {"shortSound", DoubtTopic::clip},
+    {"mutedSpeech", DoubtTopic::clip},
+    {"cutByTrim", DoubtTopic::clip},
+    {"splitGap", DoubtTopic::clip},
+    {"notTimeOfDay", DoubtTopic::matching},
+    {"noTimecode", DoubtTopic::matching},
+    {"cutFile", DoubtTopic::clip},
+    {"drift", DoubtTopic::clip},
+    {"missingFile", DoubtTopic::clip},
+});
 constexpr const DoubtKindRow& rowOf(SyncDoubt::Kind kind) { return rowOf(doubtKinds, kind); }
 
 /// A doubt about a whole card, with the clips that it affects.

@@ -75,18 +75,25 @@ void ResultsViewModel::toggleFolded(std::size_t row) {
 ResultsViewModel::Counts ResultsViewModel::counts() const {
     const OpenWork& work = controller_.work();
     const SyncDoubts& doubts = controller_.doubts();
-    if (doubtsRevision() != doubtfulRevision_) doubtfulCount_.reset();
-    doubtfulRevision_ = doubtsRevision();
-    const auto isDoubtful = [&](const SyncGroup& group) {
-        return certaintyOf(group, doubts) == Certainty::doubtful;
+    if (doubtsRevision() != countedRevision_) countedAs_.reset();
+    countedRevision_ = doubtsRevision();
+    const auto countedAs = [&](const SyncGroup& group) {
+        return CountedAs{certaintyOf(group, doubts) == Certainty::doubtful, isLockedWithoutSound(group)};
     };
-    const std::size_t doubtful = doubtfulCount_.of(
+    const CountedAs& all = countedAs_.of(
         work.syncGroups(),
-        [&](const SyncGroup& before, const SyncGroup& now) { return isDoubtful(before) == isDoubtful(now); },
-        [&] { return static_cast<std::size_t>(std::ranges::count_if(work.syncGroups(), isDoubtful)); });
-    const auto decided = std::ranges::count_if(work.syncGroups(), isLockedWithoutSound);
+        [&](const SyncGroup& before, const SyncGroup& now) { return countedAs(before) == countedAs(now); },
+        [&] {
+            CountedAs sum;
+            for (const SyncGroup& group : work.syncGroups()) {
+                const CountedAs one = countedAs(group);
+                sum.doubtful += one.doubtful;
+                sum.decided += one.decided;
+            }
+            return sum;
+        });
     return {work.syncGroups().size(), static_cast<std::size_t>(work.matchedCount()),
-            static_cast<std::size_t>(work.unmatchedCount() - decided), doubtful};
+            static_cast<std::size_t>(work.unmatchedCount()) - all.decided, all.doubtful};
 }
 
 std::optional<std::size_t> ResultsViewModel::rowOf(const UUID& groupID) const {

@@ -154,8 +154,13 @@ class ResultsViewModel {
     std::vector<UUID> order_;
     std::map<UUID, std::size_t> rowByGroup_;
     std::ptrdiff_t loudnessCount_ = 0; ///< rows with known loudness
-    mutable DerivedFromClips<std::size_t> doubtfulCount_;
-    mutable std::uint64_t doubtfulRevision_ = 0; ///< of the doubts when these were counted
+    struct CountedAs {                 ///< of one clip 0 or 1, of all their sums
+        std::size_t doubtful = 0;
+        std::size_t decided = 0; ///< locked as without sound
+        bool operator==(const CountedAs&) const = default;
+    };
+    mutable DerivedFromClips<CountedAs> countedAs_;
+    mutable std::uint64_t countedRevision_ = 0; ///< of the doubts when these were counted
     platform::Subscription observation_;
 };
 

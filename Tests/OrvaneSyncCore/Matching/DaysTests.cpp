@@ -249,6 +249,45 @@ TEST(Days, OtherDaysAreLeftOutBesideClipsThatConfirmTheirHeaders) {
     }
 }
 
+TEST(Days, OtherDaysAreLeftOutWhereACameraHasTheDaysOfTheRecordings) {
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    enum class Fault { none, cameraADayAhead, wildTrackOfAThirdDay, dateKeptAfterMidnight, otherCamera };
+    struct Case {
+        Fault fault;
+        std::size_t withoutOwn, withOwn; ///< recordings of a clip without own sound, and of one with it
+    };
+    for (const Case& one : {Case{Fault::none, 0, 1},
+                            {Fault::cameraADayAhead, 1, 2},
+                            {Fault::wildTrackOfAThirdDay, 1, 2},
+                            {Fault::dateKeptAfterMidnight, 1, 2},
+                            {Fault::otherCamera, 2, 1}}) {
+        std::vector<MediaAsset> clips, sound;
+        const auto film = [&](std::string name, int day, int hour) {
+            const std::string at = (hour < 10 ? "0" : "") + std::to_string(hour) + ":00:00";
+            clips.push_back(in("/CAM", test::video((name + ".mov").c_str(), at + ":00", 30)));
+            clips.back().headerDate = dateFromISO8601("2024-05-" + std::to_string(day) + "T" + at + "Z");
+        };
+        const auto record = [&](int day, int hour) {
+            const std::string at = (hour < 10 ? "0" : "") + std::to_string(hour) + ":00:00:00";
+            const std::string name =
+                "T" + std::to_string(sound.size()) + "_2405" + std::to_string(day) + ".wav";
+            sound.push_back(in("/SND", test::audio(name, at, 60)));
+        };
+        for (int day = 17; day < 19; ++day)
+            for (int i = 0; i < 5; ++i) {
+                film("C" + std::to_string(clips.size()), day + (one.fault == Fault::cameraADayAhead), 13 + i);
+                if (i > 0 || day > 17) record(day, 13 + i);
+            }
+        if (one.fault == Fault::wildTrackOfAThirdDay) record(19, 20);
+        for (int hour = 1; hour < 4 && one.fault == Fault::dateKeptAfterMidnight; ++hour)
+            film("C9" + std::to_string(hour), 18, hour), record(17, hour);
+        if (one.fault == Fault::otherCamera) film("A0", 18, 14);
+        const auto groups = SyncEngine().match(clips, sound, {});
+        EXPECT_EQ(groups[0].audioMatches.size(), one.withoutOwn) << static_cast<int>(one.fault);
+        EXPECT_EQ(groups[2].audioMatches.size(), one.withOwn) << static_cast<int>(one.fault);
+    }
+}
+
 TEST(Days, PartsOfARecordingPassMidnight) {
     const test::ScopedEnvironment zone("TZ", "UTC");
     const auto groups = SyncEngine().match(

@@ -1,6 +1,8 @@
 #include "OrvaneSyncCore/Services/Matching/OwnDays.h"
 
 #include "OrvaneSyncCore/Services/Matching/MeetingOrder.h"
+#include "OrvaneSyncCore/Services/Matching/RecorderMark.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
 
 #include <algorithm>
 #include <string_view>
@@ -9,6 +11,8 @@ namespace orvane {
 
 namespace {
 
+constexpr int fewest = 3; // two may be under another day's sound by chance
+
 bool isDatedByHeader(const FilePlace& place) { return !place.day && place.isHeaderClose; }
 
 bool hasOtherDays(const std::vector<Meeting>& meetings) {
@@ -16,6 +20,12 @@ bool hasOtherDays(const std::vector<Meeting>& meetings) {
 }
 
 } // namespace
+
+OwnDays::OwnDays(const std::vector<Recording>& recordings)
+    : recordings_(recordings), hasOwnClip_(recordings.size()) {
+    for (const Recording& recording : recordings)
+        if (recording.place.day) soundDays_[folderPath(*recording.asset)].insert(*recording.place.day);
+}
 
 OwnDays::Card OwnDays::cardOf(const Meeting& meeting) const {
     const Recording& recording = recordings_[meeting.recording];
@@ -37,16 +47,50 @@ bool OwnDays::hasAllOfItsDay(const FilePlace& place, const std::vector<Meeting>&
 
 void OwnDays::learn(const MediaAsset& video, const FilePlace& place, const std::vector<Meeting>& meetings) {
     const auto day = place.knownDay();
+    learnCamera(video, place, meetings);
     if (!day || meetings.empty()) return;
     for (const Meeting& meeting : meetings)
-        if (!meeting.isOfOtherDay && recordings_[meeting.recording].place.day == day)
+        if (!meeting.isOfOtherDay && recordings_[meeting.recording].place.day == day) {
             soundOfOwnDay_.insert(cardOf(meeting));
+            hasOwnClip_[meeting.recording] = true;
+        }
     if (!isDatedByHeader(place)) return;
     Clips& clips = clips_[{folderPath(video), *day}];
     const bool hasOwn = hasAllOfItsDay(place, meetings), hasOthers = hasOtherDays(meetings);
     if (hasOwn && !hasOthers) ++clips.ofOwnDay;
     if (hasOwn && hasOthers) ++clips.ofBothDays;
     if (!hasOwn && hasOthers) clips.lacksOwn = true;
+}
+
+void OwnDays::learnCamera(const MediaAsset& video, const FilePlace& place,
+                          const std::vector<Meeting>& meetings) {
+    if (place.day) return; // such a clip has no sound of another day that it could lose
+    Camera& camera = cameras_[{folderPath(video), namePattern(video)}];
+    const auto day = place.knownDay();
+    if (!day) {
+        camera.hasUndated = true;
+        return;
+    }
+    camera.days.insert(*day);
+    if (meetings.empty()) return;
+    HalfDay& half = camera.halves[{*day, place.range.startSeconds < secondsADay / 2}];
+    ++half.clips;
+    half.ofOwnDay += hasAllOfItsDay(place, meetings) ? 1 : 0;
+}
+
+/// Whether the camera's date and those of the recordings are right. If one of them is a day off, the camera
+/// has clips of a day without recordings, or of none of a day with recordings. A recorder that keeps the date
+/// of the evening after midnight, or whose clock is 12 hours off, is wrong in one half of the day.
+bool OwnDays::isRightAbout(const Camera& camera, long day, std::string_view soundFolder) const {
+    constexpr double mostly = 0.6;
+    const auto recorded = soundDays_.find(soundFolder);
+    if (camera.hasUndated || recorded == soundDays_.end() || recorded->second != camera.days) return false;
+    int ofDay = 0;
+    for (const auto& [when, half] : camera.halves) {
+        if (half.clips >= fewest && half.ofOwnDay < mostly * half.clips) return false;
+        ofDay += when.first == day ? half.ofOwnDay : 0;
+    }
+    return ofDay >= fewest;
 }
 
 /// The number of clips of the card's day that met sound of that day only, in the card's folder and in the
@@ -65,15 +109,19 @@ int OwnDays::confirmedBeside(const Card& card) const {
 
 void OwnDays::leaveOutOthers(const MediaAsset& video, const FilePlace& place,
                              std::vector<Meeting>& meetings) const {
-    constexpr int fewest = 3; // two may lie under another day's sound by chance
     if (!isDatedByHeader(place) || !hasOtherDays(meetings)) return;
     const auto clips = clips_.find({folderPath(video), *place.headerDay});
-    if (clips == clips_.end() || clips->second.ofOwnDay == 0 || clips->second.lacksOwn ||
-        !hasAllOfItsDay(place, meetings) || confirmedBeside(clips->first) < fewest ||
-        clips->second.ofOwnDay < clips->second.ofBothDays)
-        return;
+    const bool isCardConfirmed = clips != clips_.end() && clips->second.ofOwnDay > 0 &&
+                                 !clips->second.lacksOwn && hasAllOfItsDay(place, meetings) &&
+                                 confirmedBeside(clips->first) >= fewest &&
+                                 clips->second.ofOwnDay >= clips->second.ofBothDays;
+    const auto camera = cameras_.find({folderPath(video), namePattern(video)});
     std::erase_if(meetings, [&](const Meeting& meeting) {
-        return meeting.isOfOtherDay && soundOfOwnDay_.contains(cardOf(meeting));
+        if (!meeting.isOfOtherDay) return false;
+        const Card card = cardOf(meeting);
+        return (isCardConfirmed && soundOfOwnDay_.contains(card)) ||
+               (hasOwnClip_[meeting.recording] && camera != cameras_.end() &&
+                isRightAbout(camera->second, *place.headerDay, card.first));
     });
 }
 

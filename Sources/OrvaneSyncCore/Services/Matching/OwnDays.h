@@ -4,6 +4,7 @@
 
 #include <map>
 #include <set>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -15,14 +16,19 @@ namespace orvane {
 /// made from.
 class OwnDays {
   public:
-    explicit OwnDays(const std::vector<Recording>& recordings) : recordings_(recordings) {}
+    explicit OwnDays(const std::vector<Recording>& recordings);
 
     /// Adds a clip and what it meets, by `DayLine`. The videos must live as long as this object.
     void learn(const MediaAsset& video, const FilePlace& place, const std::vector<Meeting>& meetings);
-    /// Removes recordings of another day if all four conditions are met. Sound of the header's day covers all
-    /// of the clip. Three clips of that day met sound of that day only: at least one clip of the same card,
-    /// the others of it or of cards beside it. None of these cards has a clip that lacks this sound and has
-    /// another day's. The recording's own card meets clips of its own day.
+    /// Removes recordings of another day in two cases.
+    ///
+    /// In the first one, four conditions are met. Sound of the header's day covers all of the clip. Three
+    /// clips of that day met sound of that day only: at least one clip of the same card, the others of it or
+    /// of cards beside it. None of these cards has a clip that lacks this sound and has another day's. The
+    /// recording's own card meets clips of its own day.
+    ///
+    /// In the second one, the camera has clips of exactly the days of the recording's folder, most of them
+    /// have sound of their own day in each half of each day, and the recording has a clip of its own day.
     void leaveOutOthers(const MediaAsset& video, const FilePlace& place,
                         std::vector<Meeting>& meetings) const;
 
@@ -33,6 +39,19 @@ class OwnDays {
         int ofBothDays = 0; ///< clips that also have sound of another day
         bool lacksOwn = false;
     };
+    /// The clips of one folder whose names differ in their numbers only.
+    using CameraName = std::pair<std::string_view, std::string>;
+    struct HalfDay {
+        int clips = 0;    ///< that met any sound
+        int ofOwnDay = 0; ///< those that sound of their own day covers
+    };
+    struct Camera {
+        std::map<std::pair<long, bool>, HalfDay> halves; ///< by day, and whether the clips begin before noon
+        std::set<long> days;
+        bool hasUndated = false; ///< clips whose day is not known
+    };
+    void learnCamera(const MediaAsset& video, const FilePlace& place, const std::vector<Meeting>& meetings);
+    bool isRightAbout(const Camera& camera, long day, std::string_view soundFolder) const;
     int confirmedBeside(const Card& card) const;
     bool hasAllOfItsDay(const FilePlace& place, const std::vector<Meeting>& meetings) const;
     Card cardOf(const Meeting& meeting) const;
@@ -40,6 +59,9 @@ class OwnDays {
     const std::vector<Recording>& recordings_;
     std::map<Card, Clips> clips_;
     std::set<Card> soundOfOwnDay_;
+    std::map<CameraName, Camera> cameras_;
+    std::map<std::string_view, std::set<long>> soundDays_; ///< by folder
+    std::vector<bool> hasOwnClip_;                         ///< by recording: a clip of its day meets it
 };
 
 } // namespace orvane

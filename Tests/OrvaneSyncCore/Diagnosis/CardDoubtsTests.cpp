@@ -444,10 +444,12 @@ TEST(CureTrial, RefusesWhatLeavesTheDoubtOrTakesOtherClipsTheirSound) {
     const struct {
         std::vector<CureOption> options, scan;
         bool helps;
+        bool isOfferedForAll = false; // other clips have doubts with the same options
     } cases[] = {{{{soundDate, "2024-05-17"}}, {}, true},
                  {{{soundDate, "2024-05-17"}}, alone, false}, // T2 stays, and two clips lose their sound
                  {{{soundOffset, "00:06:40:00"}}, {{exclude, "R"}}, true}, // the clip in doubt gets T1
                  {{{soundOffset, "00:06:40:00"}}, {}, false},
+                 {{{soundOffset, "00:06:40:00"}}, {}, true, true},
                  {{{soundOffset, "01:00:00:00"}}, {}, false},
                  {{{days, "same"}}, {}, true},
                  {{{timecodeRate, "25"}}, {}, false}, // nothing changes
@@ -462,6 +464,9 @@ TEST(CureTrial, RefusesWhatLeavesTheDoubtOrTakesOtherClipsTheirSound) {
         if (!one.scan.empty()) doubt.doubt.cure = std::move(doubt.doubt.cure).in(CureScan{"it", one.scan});
         SyncDoubts doubts = shot.doubts; // with that cure
         for (SyncDoubt& own : doubts.byGroup[doubt.groupIDs.front()]) own.cure = doubt.doubt.cure;
+        for (const SyncGroup& group : shot.groups)
+            if (one.isOfferedForAll && group.id != doubt.groupIDs.front())
+                doubts.byGroup[group.id].push_back({Kind::otherDay, "", doubt.doubt.cure});
         EXPECT_EQ(CureTrial(input, doubts, {}).helps(doubt), one.helps) << doubt.doubt.cure.text();
     }
 }

@@ -71,6 +71,17 @@ bool isReportedAgain(const SyncDoubts& before, const UUID& was, const SyncDoubt&
            });
 }
 
+/// Whether a doubt of the clip names these options too, so that losing its sound is no surprise.
+bool isOfferedFor(const SyncDoubts& doubts, const UUID& clip, const CureWay& way) {
+    const auto own = doubts.byGroup.find(clip);
+    return own != doubts.byGroup.end() && std::ranges::any_of(own->second, [&](const SyncDoubt& doubt) {
+               return std::ranges::any_of(doubt.cure.parts(), [&](const DoubtCure::Part& part) {
+                   const auto* other = std::get_if<CureWay>(&part);
+                   return other != nullptr && *other == way;
+               });
+           });
+}
+
 /// Whether the clip's camera heard the recording at its place.
 bool isHeard(const DoubtInput& input, const SyncGroup& group, const AudioMatch& match) {
     if (input.heardLags != nullptr)
@@ -125,8 +136,10 @@ bool CureTrial::helps(const CardDoubt& doubt) const {
         const bool hasSound = !now.audioMatches.empty();
         if (!way->scan && losesHeard(input_, before, now)) return false;
         if (!doubted.contains(before.id))
-            outcome.lost +=
-                before.matchStatus.isSettled() && !before.audioMatches.empty() && !hasSound ? 1 : 0;
+            outcome.lost += before.matchStatus.isSettled() && !before.audioMatches.empty() && !hasSound &&
+                                    !isOfferedFor(before_, before.id, *way)
+                                ? 1
+                                : 0;
         else if (haveSameFirstSound(before, now))
             unchanged.emplace_back(before.id, now.id);
         else

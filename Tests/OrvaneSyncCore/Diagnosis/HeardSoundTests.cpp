@@ -172,6 +172,38 @@ TEST(HeardSound, ShortClipsAreHeardWhereTheDatesOfTheOthersLead) {
     }
 }
 
+TEST(HeardSound, SoundThatIsUnderAClipByChanceIsReplacedByWhatWasHeard) {
+    HeardShot shot({});
+    shot.videos.clear();
+    for (int i = 0; i < 6; ++i) {
+        const std::string number = std::to_string(i);
+        const double at = 3010 + 600 * i; // the second recording is under the first clips by timecode
+        shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", 3600 + 15 * i, 15));
+        shot.videos.back().channelCount = 2;
+        shot.videos.back().contentCreatedDate =
+            *dateFromISO8601("2024-05-17T00:00:00Z") + std::chrono::seconds(std::lround(at));
+        shot.audios.push_back(recordingAt("/S/T" + number + ".wav", at - 5, 35));
+    }
+    shot.date(shot.audios, "2024-05-17");
+    shot.match();
+    ASSERT_EQ(shot.groups[1].primaryAudio()->filename, "T1.wav");
+    DoubtInput input{shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames()};
+    input.heardClaims = &shot.claims;
+    for (const SoundClaim& claim : SyncDoubts::claims(input)) {
+        const auto video = shot.groups.find(claim.clipID)->video.filename;
+        const bool isOwn = claim.recordingID == shot.audios[static_cast<std::size_t>(video[1] - '0')].id;
+        shot.claims[claim.key()] = {isOwn ? std::optional(-4.985) : std::nullopt, true};
+    }
+    shot.hear();
+    for (const SyncGroup& group : shot.groups) {
+        const auto* suggestion = shot.doubts.suggestionFor(group);
+        ASSERT_NE(suggestion, nullptr) << group.video.filename;
+        const auto own = std::ranges::find(shot.audios, suggestion->recordingID, &MediaAsset::id);
+        EXPECT_EQ(own->filename[1], group.video.filename[1]);
+        EXPECT_EQ(suggestion->isAlone, group.video.filename == "A1.mov") << "it has it, elsewhere";
+    }
+}
+
 TEST(HeardSound, ClipsOfOneClockLieByOneOffsetAsItWasHeard) {
     for (const double ahead : {3600.12, 3600.0, 3599.84}) {
         HeardShot shot({"/S/T"});

@@ -57,16 +57,20 @@ class CountingFolders {
             if (const auto written = writtenOf(clip)) dated[folder].push_back(*written);
         }
         for (auto& [folder, clips] : dated)
-            if (std::ranges::sort(clips, {}, &WrittenClip::seconds); countsWhileRunning(clips))
+            if (std::ranges::sort(clips, {}, &WrittenClip::seconds); countsWhileRunning(clips)) {
                 folders_.insert(folder);
+                running_.insert(folder);
+            }
         // A time reference of 0 gives no start.
         for (const MediaAsset& recording : shoot.input.recordings)
             if (!shoot.recordingByID.contains(recording.id)) folders_.insert(folderOf(recording));
     }
     bool hold(const MediaAsset& file) const { return folders_.contains(folderOf(file)); }
+    /// Whether the dates of the folder's clips show it: recordings at that timecode are there by chance.
+    bool isShownByDates(const MediaAsset& file) const { return running_.contains(folderOf(file)); }
 
   private:
-    std::set<std::string_view> folders_;
+    std::set<std::string_view> folders_, running_;
 };
 
 bool isWithoutTime(const Shoot::Clip& clip, const CountingFolders& counting) {
@@ -74,6 +78,12 @@ bool isWithoutTime(const Shoot::Clip& clip, const CountingFolders& counting) {
 }
 bool isOpen(const Shoot::Clip& clip) {
     return !clip.isDecided && clip.group->matchStatus.kind == MatchStatus::Kind::unmatched;
+}
+/// Whether the clip has sound by chance, which its camera did not hear.
+bool hasSoundByChance(const Shoot& shoot, const Shoot::Clip& clip, const CountingFolders& counting) {
+    return !clip.isDecided && clip.primary && clip.group->matchStatus.isSettled() &&
+           counting.isShownByDates(clip.group->video) &&
+           !isRecordingHeard(shoot, clip, clip.group->audioMatches.front());
 }
 /// Clip time at which a recording begins, by timecode, once it is attached.
 double attachedAt(const Shoot& shoot, const Shoot::Clip& clip, const MediaAsset& recording) {
@@ -167,7 +177,8 @@ std::vector<PairByEar> likeliestOf(const std::vector<PairByEar>& pairs, const Na
 
 /// For clips whose timecode is no time of day, all recordings; for the other clips, the recordings for which
 /// that is true. If these pairs are too many, only those that ran at about the time of the clip's date; the
-/// likeliest ones if there are none, or still too many.
+/// likeliest ones if there are none, or still too many. For clips with sound by chance, the recordings that
+/// ran at about the time of their dates, unless all together are too many.
 PairsByEar pairsByEar(const Shoot& shoot) {
     PairsByEar pairs;
     const CountingFolders counting(shoot);
@@ -184,11 +195,12 @@ PairsByEar pairsByEar(const Shoot& shoot) {
     for (const MediaAsset& recording : shoot.input.recordings) order.add(recording);
     for (const Shoot::Clip& clip : shoot.clips) order.add(clip.group->video);
     order.finish();
-    std::vector<PairByEar> all, ofDate;
+    std::vector<PairByEar> all, ofDate, byChance;
     platform::StopCheck check(shoot.stop);
     for (const Shoot::Clip& clip : shoot.clips) {
         check();
-        if (!isOpen(clip) || !isAudible(clip)) continue;
+        const bool isReplaced = hasSoundByChance(shoot, clip, counting);
+        if (!(isOpen(clip) || isReplaced) || !isAudible(clip)) continue;
         const bool isWithout = isWithoutTime(clip, counting);
         std::vector<PairByEar> own;
         for (const MediaAsset& recording : shoot.input.recordings) {
@@ -196,8 +208,10 @@ PairsByEar pairsByEar(const Shoot& shoot) {
             if (recording.isAtmo() || !(length > leastClaimedSeconds) || length > furthestAttachedSeconds ||
                 (!isWithout && hasTime(recording)))
                 continue;
-            own.push_back({&clip, &recording, 0});
-            if (mayBeOfDate(shoot, own.back())) ofDate.push_back(own.back());
+            const PairByEar pair{&clip, &recording, 0};
+            const bool isOfDate = mayBeOfDate(shoot, pair);
+            if (isOfDate) (isReplaced ? byChance : ofDate).push_back(pair);
+            if (!isReplaced) own.push_back(pair);
         }
         if (own.empty()) continue;
         pairs.count += own.size();
@@ -213,6 +227,9 @@ PairsByEar pairsByEar(const Shoot& shoot) {
         pairs.areLikeliest = true;
         pairs.heard = likeliestOf(ofDate.empty() ? all : ofDate, order);
     }
+    std::vector<PairByEar> together = pairs.heard;
+    together.insert(together.end(), byChance.begin(), byChance.end());
+    if (!areTooMany(together)) pairs.heard = std::move(together);
     for (PairByEar& pair : pairs.heard) pair.attachedSeconds = attachedAt(shoot, *pair.clip, *pair.recording);
     return pairs;
 }
@@ -282,8 +299,9 @@ std::vector<ClosePair> closePairs(const Shoot& shoot, const std::vector<HeardPai
         const auto own = dates.find(folderOf(video));
         const auto written = writtenSeconds(video);
         const double length = video.durationSeconds.value_or(0);
-        if (own == dates.end() || !written || known.contains(&clip) || !isOpen(clip) ||
-            !mayHaveHeard(clip, leastSeconds) || !isWithoutTime(clip, counting))
+        if (own == dates.end() || !written || known.contains(&clip) ||
+            !(isOpen(clip) || hasSoundByChance(shoot, clip, counting)) || !mayHaveHeard(clip, leastSeconds) ||
+            !isWithoutTime(clip, counting))
             continue;
         const double start = own->second.startOf(video, *written);
         const auto found = sounds.of({start, start + length});
@@ -406,12 +424,15 @@ void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts) {
         auto& told = doubts.byGroup[pair.clip->group->id];
         // What the clip's own camera heard is more exact.
         for (SyncDoubt& doubt : told) doubt.suggestion.reset();
+        const bool isOwn = std::ranges::any_of(pair.clip->group->audioMatches, [&](const AudioMatch& match) {
+            return match.audio->id == pair.recording->id;
+        });
         told.push_back(
             {.kind = SyncDoubt::Kind::noTimecode,
              .message = "what no timecode brings together, the microphones of the cameras heard: " + text,
              .cure = cureWords::asHeard("attach them by hand", "'choice' and 'offset_frames'"),
              .own = text,
-             .suggestion = SyncDoubt::Suggestion{pair.recording->id, offset}});
+             .suggestion = SyncDoubt::Suggestion{pair.recording->id, offset, isOwn}});
     }
 }
 

@@ -184,21 +184,40 @@ TEST(SyncDoubts, TakesOfTwoDaysUnderOneClipAreNoClockSetBack) {
         const int day = i / 5;
         const double at = 36000 + 600 * (i % 5) + 11 * day;
         const std::string number = std::to_string(i);
-        shot.videos.push_back(clipAt("/C/A" + number + ".mov", at, 15));
+        shot.videos.push_back(clipAt("/C/A" + number + ".mov", at, i < 9 ? 15 : 40));
         shot.videos.back().headerDate =
             *dateFromISO8601("2024-05-17T00:00:00Z") + std::chrono::seconds(86400 * day + std::lround(at));
         shot.audios.push_back(
             recordingAt("/S/" + std::to_string(240517 + day) + "-" + number + ".wav", at - 5, 35));
     }
+    shot.audios.push_back(recordingAt("/S/240519-W.wav", 60000, 35)); // of a day without clips
     shot.diagnose();
     EXPECT_EQ(shot.count(Kind::otherDay), 10);
+    EXPECT_EQ(shot.count(Kind::shortSound), 0) << "the day precedes the length";
     for (const auto& [id, own] : shot.doubts.byGroup)
         for (const SyncDoubt& doubt : own) {
             EXPECT_EQ(doubt.message.find("clock was set back"), std::string::npos) << doubt.message;
             EXPECT_TRUE(doubt.cure.text().ends_with("--days same")) << doubt.cure.text();
         }
+    std::unordered_map<UUID, HeardLag> lags;
+    for (const auto& [heard, suggested] : {std::pair{2, 5}, {5, 10}}) {
+        for (const int clip : {0, 1, heard})
+            lags[shot.groups[static_cast<std::size_t>(clip)].audioMatches.front().id] = {.seconds = 0.02};
+        const FileNames names;
+        DoubtInput input{shot.groups, shot.audios, {}, TrimMode::noTrim, {}, names};
+        input.heardLags = &lags;
+        const SyncDoubts doubts = SyncDoubts::of(input);
+        int found = 0;
+        for (const SyncGroup& group : shot.groups)
+            if (const auto* own = doubts.suggestionFor(group)) {
+                ++found;
+                EXPECT_TRUE(own->isAlone && own->recordingID == group.primaryAudio()->id);
+            }
+        EXPECT_EQ(found, suggested);
+    }
     shot.diagnose({.days = MatchingDays::same});
-    EXPECT_TRUE(shot.doubts.isEmpty());
+    EXPECT_EQ(shot.doubts.byGroup.size(), 1U);
+    EXPECT_EQ(shot.count(Kind::shortSound), 1);
 }
 
 TEST(SyncDoubts, FewClipsAreDoubtedByTheirHeadersOneByOne) {
@@ -340,8 +359,12 @@ TEST(SyncDoubts, ADateThatFitsTheClipMayBeWrong) {
 
 /// Two days at the same hours, in mono files; one take of the second day was not recorded.
 TEST(SyncDoubts, ARecorderThatLostItsDateGetsItsDaysInOrder) {
-    for (const char* second : {"2000-01-02", "2000-01-01"}) { // or it began again each morning
-        const bool isCountedOn = std::string_view(second).ends_with("2");
+    const test::ScopedEnvironment zone("TZ", "UTC");
+    for (const auto& [second, isByHeader, suggestions] :
+         {std::tuple{"2000-01-02", false, 11},
+          {"2000-01-01", false, 0}, // it began again each morning
+          {"2000-01-02", true, 10}, // the clips have recordings of both days, but for two
+          {"2000-01-01", true, 0}}) {
         Shot shot;
         for (int i = 0; i < 12; ++i) {
             const std::string number = std::to_string(10 + i);
@@ -355,16 +378,23 @@ TEST(SyncDoubts, ARecorderThatLostItsDateGetsItsDaysInOrder) {
         }
         shot.date(shot.videos, "2027-02-27");
         shot.date(shot.videos, "2027-02-28", 6);
+        for (MediaAsset& video : shot.videos)
+            if (isByHeader) {
+                const auto at = TimecodeUtils::tcToSeconds(*video.startTimecodeString, 25);
+                video.headerDate = *video.contentCreatedDate + std::chrono::seconds(std::lround(at));
+                video.contentCreatedDate.reset();
+            }
         shot.diagnose();
         int suggested = 0;
         for (const SyncGroup& group : shot.groups) {
             const auto* suggestion = shot.doubts.suggestionFor(group);
             if (suggestion == nullptr) continue;
             ++suggested;
+            EXPECT_EQ(suggestion->isAlone, isByHeader);
             const auto own = std::ranges::find(shot.audios, suggestion->recordingID, &MediaAsset::id);
             EXPECT_EQ(own->filename.substr(1, 2), group.video.filename.substr(1, 2));
         }
-        EXPECT_EQ(suggested, isCountedOn ? 11 : 0);
+        EXPECT_EQ(suggested, suggestions);
     }
 }
 

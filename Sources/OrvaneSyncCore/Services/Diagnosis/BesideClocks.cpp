@@ -29,15 +29,30 @@ bool isSolvedByOptions(const SyncDoubt& doubt) {
     return doubt.kind == Kind::constantOffset && doubt.cure.firstWay() != nullptr;
 }
 
-/// With a wrong clock, clips may have the sound of other takes. Its length says nothing then, the picture
-/// must not be cut to it, and the date of a take that lies there by chance says nothing either.
-void settleClocksFirst(SyncDoubts& doubts) {
-    for (auto& [group, own] : doubts.byGroup) {
-        if (!doubts.has(group, {Kind::constantOffset, Kind::timecodeRate, Kind::notTimeOfDay})) continue;
+bool isOfAnotherRecording(const SyncDoubt& doubt, const SyncGroup& group) {
+    const MediaAsset* own = group.primaryAudio();
+    return doubt.suggestion && doubt.suggestion->recordingID && own != nullptr &&
+           own->id != *doubt.suggestion->recordingID;
+}
+
+/// With a wrong clock or date, clips may have the sound of other takes. Its length says nothing then, the
+/// picture must not be cut to it, and the date of a take that lies there by chance says nothing either.
+void settleClocksFirst(const Shoot& shoot, SyncDoubts& doubts) {
+    for (const Shoot::Clip& clip : shoot.clips) {
+        const auto found = doubts.byGroup.find(clip.group->id);
+        if (found == doubts.byGroup.end()) continue;
+        std::vector<SyncDoubt>& own = found->second;
+        const bool isClockInDoubt =
+            doubts.has(clip.group->id, {Kind::constantOffset, Kind::timecodeRate, Kind::notTimeOfDay});
+        if (!isClockInDoubt && !doubts.has(clip.group->id, {Kind::otherDay}) &&
+            std::ranges::none_of(own,
+                                 [&](const auto& doubt) { return isOfAnotherRecording(doubt, *clip.group); }))
+            continue;
         std::erase_if(own, [](const SyncDoubt& doubt) {
             return (doubt.kind == Kind::shortSound || doubt.kind == Kind::cutByTrim) &&
                    namesTrimMode(doubt.cure);
         });
+        if (!isClockInDoubt) continue;
         const bool isSolved = std::ranges::any_of(own, isSolvedByOptions);
         const auto isOfACard = [&](const SyncDoubt& doubt) {
             return std::ranges::any_of(doubts.cards,
@@ -84,7 +99,7 @@ void nameClipsTooShortToHear(const Shoot& shoot, SyncDoubts& doubts) {
 } // namespace
 
 void addWordsBesideClocks(const Shoot& shoot, SyncDoubts& doubts) {
-    settleClocksFirst(doubts);
+    settleClocksFirst(shoot, doubts);
     nameClipsTooShortToHear(shoot, doubts);
 }
 

@@ -212,7 +212,7 @@ class CardDates {
                 doubts_.recordings.insert(recording.asset->id);
         if (!isUnheard && isSoundThere) cure += "; " + DayCures::sameDayOnly() + " leaves such sound out";
         if (isDated && isSoundThere) cure += cureWords::lock("; lock the clips whose sound is right");
-        std::vector<std::pair<UUID, UUID>> suggested;
+        std::vector<std::pair<const Shoot::Clip*, UUID>> suggested;
         if (isDated && own.clips == 0 && cures_.isFarFromClips(other.day) && cureWords::isForSome(cure))
             suggested = recordingsOf(other.day, clips);
         if (!suggested.empty())
@@ -239,17 +239,31 @@ class CardDates {
                                     [&](const auto& clip) { return clip.second != clips.front().second; }))
                 continue;
             for (const auto& clip : clips)
-                std::ranges::find(doubts_.byGroup[clip.first], Kind::otherDateFits, &SyncDoubt::kind)
-                    ->suggestion = SyncDoubt::Suggestion{recording};
+                std::ranges::find(doubts_.byGroup[clip.first->group->id], Kind::otherDateFits,
+                                  &SyncDoubt::kind)
+                    ->suggestion =
+                    SyncDoubt::Suggestion{.recordingID = recording, .isAlone = !clip.first->group->isMOS()};
         }
     }
 
-    /// For clips without any sound: the only recording of that day that covers the clip by the time of day.
-    std::vector<std::pair<UUID, UUID>> recordingsOf(long day,
-                                                    const std::vector<const Shoot::Clip*>& clips) const {
-        std::vector<std::pair<UUID, UUID>> result;
+    /// Whether the clip has sound of several days, of which the order of the paths decided the first.
+    bool hasSoundOfSeveralDays(const Shoot::Clip& clip, long day) const {
+        const auto isOfDay = [&](const AudioMatch& match) {
+            const auto found = shoot_.recordingByID.find(match.audio->id);
+            return found != shoot_.recordingByID.end() && shoot_.recordings[found->second].place.day == day;
+        };
+        const auto& matches = clip.group->audioMatches;
+        return std::ranges::any_of(matches, isOfDay) && !std::ranges::all_of(matches, isOfDay);
+    }
+    /// For clips without any sound, and if the recorder counted on, for those with sound of several days: the
+    /// only recording of that day that covers the clip by the time of day.
+    std::vector<std::pair<const Shoot::Clip*, UUID>>
+    recordingsOf(long day, const std::vector<const Shoot::Clip*>& clips) const {
+        std::vector<std::pair<const Shoot::Clip*, UUID>> result;
         for (const Shoot::Clip* clip : clips) {
-            if (!clip->group->isMOS()) continue;
+            if (!clip->group->isMOS() &&
+                !(shift_ == day - *clip->place->knownDay() && hasSoundOfSeveralDays(*clip, day)))
+                continue;
             const auto& range = clip->place->range;
             std::vector<std::size_t> found;
             for (std::size_t i = 0; i < shoot_.recordings.size(); ++i)
@@ -262,7 +276,7 @@ class CardDates {
                 continue;
             const double into = range.startSeconds - shoot_.wholes.places[found.front()].range.startSeconds;
             const std::size_t part = shoot_.wholes.partAt(found.front(), into);
-            result.emplace_back(clip->group->id, shoot_.recordings[part].asset->id);
+            result.emplace_back(clip, shoot_.recordings[part].asset->id);
         }
         return result;
     }
@@ -303,7 +317,7 @@ class CardDates {
     CardDatesFound found_ = {};
     std::optional<long> shift_; ///< days of recordings with a lost date, less those of the clips
     /// By recording: the clips that it fits, and their days.
-    std::map<UUID, std::vector<std::pair<UUID, long>>> suggested_;
+    std::map<UUID, std::vector<std::pair<const Shoot::Clip*, long>>> suggested_;
 };
 
 } // namespace

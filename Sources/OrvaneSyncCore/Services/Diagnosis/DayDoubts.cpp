@@ -22,6 +22,7 @@
 #include <map>
 #include <set>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 namespace orvane {
@@ -40,6 +41,7 @@ class DayDoubts {
             if (!isUsed[shoot.wholes.firstOf[i]])
                 unusedByFolder_.try_emplace(folderOf(*shoot.recordings[i].asset),
                                             &*shoot.recordings[i].asset);
+        findHeardDays();
     }
 
     void add() {
@@ -163,15 +165,67 @@ class DayDoubts {
     void nameHeard(const Pair& pair) {
         const Shoot::Clip& clip = pair.clip;
         const auto heard = heardAmong(shoot_, clip);
-        if (!heard) return nameLeft(clip);
+        if (!heard) {
+            nameLeft(clip);
+            if (isOwnDayHeard(pair)) keepOwnDay(pair);
+            return;
+        }
         if (heard == 0 && !pair.isFirst()) return;
         SyncDoubt& last = doubts_.byGroup[clip.group->id].back();
         const std::string name = shoot_.nameOf(*clip.group->audioMatches[*heard].audio);
         last.message += "; the microphone of the camera heard " + name;
         last.own = shoot_.nameOf(clip.group->video) + " with " + name;
-        if (heard == 0) return; // the heard one is already first
+        if (heard == 0) return keepOwnDay(pair);
         last.cure = cureWords::asHeard("choose what was heard", "'choice'") + ", " + last.cure;
         last.suggestion = suggestionToChoose(shoot_, clip, *heard);
+    }
+    /// Suggests the first recording alone, if it is of the clip's day and another day's is beside it.
+    void keepOwnDay(const Pair& pair) {
+        const AudioMatch* other = pair.isFirst() ? collision(pair.clip, true) : nullptr;
+        SyncDoubt& last = doubts_.byGroup[pair.clip.group->id].back();
+        if (other == nullptr || last.suggestion || pair.sound.place.day != pair.clip.likelyDay() ||
+            dayOf(*other->audio) == pair.sound.place.day)
+            return;
+        last.cure = cureWords::asHeard("take off what is of another day", "'choice'") + daysApart();
+        last.suggestion = SyncDoubt::Suggestion{.recordingID = pair.sound.asset->id, .isAlone = true};
+    }
+    static DoubtCure daysApart() { return ", scan each day by itself, or " + DayCures::sameDayOnly(); }
+
+    /// What microphones heard in place, in clips of a folder in one half of the day, of recordings of a
+    /// folder. A clock whose date is wrong after midnight may be right before it.
+    struct HeardDays {
+        std::map<long, int> own; ///< recordings of the clip's own day, by day
+        int others = 0;          ///< those of another day
+    };
+    using HeardKey = std::tuple<std::string_view, bool, std::string_view>;
+    static HeardKey heardKeyOf(const Shoot::Clip& clip, const Recording& sound) {
+        return {folderOf(clip.group->video), clip.place->range.startSeconds < secondsADay / 2,
+                folderOf(*sound.asset)};
+    }
+    void findHeardDays() {
+        if (shoot_.input.heardLags == nullptr && shoot_.input.heardClaims == nullptr) return;
+        for (const Shoot::Clip& clip : shoot_.clips) {
+            if (!clip.place || !clip.likelyDay()) continue;
+            for (const AudioMatch& match : clip.group->audioMatches) {
+                const auto found = shoot_.recordingByID.find(match.audio->id);
+                if (found == shoot_.recordingByID.end() || !isRecordingHeard(shoot_, clip, match)) continue;
+                const Recording& sound = shoot_.recordings[found->second];
+                HeardDays& days = heardDays_[heardKeyOf(clip, sound)];
+                if (areOfOtherDays(clip.likelyPlace(), sound.place))
+                    ++days.others;
+                else
+                    ++days.own[*clip.likelyDay()];
+            }
+        }
+    }
+    /// Whether the microphones of three clips heard sound of their own day, one of them on the clip's day,
+    /// and none heard other sound.
+    bool isOwnDayHeard(const Pair& pair) const {
+        const auto found = heardDays_.find(heardKeyOf(pair.clip, pair.sound));
+        if (found == heardDays_.end() || found->second.others > 0) return false;
+        int own = 0;
+        for (const auto& [day, clips] : found->second.own) own += clips;
+        return own >= fewestOfADate && found->second.own.contains(*pair.clip.likelyDay());
     }
     /// Of two recordings, if one was heard in another clip, names the other one.
     void nameLeft(const Shoot::Clip& clip) {
@@ -263,9 +317,7 @@ class DayDoubts {
                               ? DoubtCure()
                               : cures_.dateOfCard(*filmed, sound) + " if the recorder's date is wrong, or ") +
                              "take off what is of another day" +
-                             (clip.place->knownDay()
-                                  ? ", scan each day by itself, or " + DayCures::sameDayOnly()
-                                  : DoubtCure()));
+                             (clip.place->knownDay() ? daysApart() : DoubtCure()));
         return doubt(
             clip, Kind::otherDay, message,
             (isOthers
@@ -307,8 +359,7 @@ class DayDoubts {
                          shoot_.nameOf(own) + " under " + shoot_.nameOf(clip.group->video) + " is of " +
                              dayText(*ownDay) + ", and " + shoot_.nameOf(*other.audio) +
                              ", which fits as well by the time of day, of " + dayText(*otherDay),
-                         "take off what is of another day, scan each day by itself, or " +
-                             DayCures::sameDayOnly());
+                         "take off what is of another day" + daysApart());
         return doubt(
             clip, Kind::otherDay,
             shoot_.nameOf(*clip.group->primaryAudio()) + " under " + shoot_.nameOf(clip.group->video) +
@@ -386,6 +437,7 @@ class DayDoubts {
     DayCures cures_;
     const DatedSound sound_;
     CardDatesFound cardDates_ = {};
+    std::map<HeardKey, HeardDays> heardDays_;
     std::map<std::string_view, const MediaAsset*> unusedByFolder_; ///< one of the recordings that no clip has
 };
 

@@ -15,7 +15,6 @@ namespace orvane::platform {
 namespace {
 
 constexpr std::size_t depthLimit = 512;
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 namespace ondemand = simdjson::ondemand;
 
@@ -137,14 +136,6 @@ std::size_t countValues(std::string_view text) {
     return count;
 }
 
-void refuseTinyValues(std::string_view text) {
-    if (text.size() <= JSON::fewValues) return;
-    const std::size_t most = std::max(JSON::fewValues, text.size() / JSON::densestText);
-    // Almost every text passes by the number of these characters, in strings too: a loop without branches.
-    if (text.size() / 2 > most && mostValues(text) > most && countValues(text) > most)
-        throw JSONError("the text holds too many values for its size");
-}
-
 template <class Number>
 void writeNumber(std::string& out, Number value) {
     std::array<char, 40> digits;
@@ -259,6 +250,14 @@ JSON tree(simdjson::dom::element element) {
         break;
     }
     return {};
+}
+
+void refuseTinyValues(std::string_view text) {
+    if (text.size() <= JSON::fewValues) return;
+    const std::size_t most = std::max(JSON::fewValues, text.size() / JSON::densestText);
+    // Almost every text passes by the number of these characters, in strings too: a loop without branches.
+    if (text.size() / 2 > most && mostValues(text) > most && countValues(text) > most)
+        throw JSONError("the text holds too many values for its size");
 }
 
 simdjson::dom::element parsed(simdjson::dom::parser& parser, std::string_view text) {

@@ -1,6 +1,8 @@
 #include "Platform/JSON.h"
 
+#include "Platform/JSONParts.h"
 #include "Platform/JSONView.h"
+#include "Platform/Stop.h"
 #include "Support/Test.h"
 
 #include <malloc.h>
@@ -160,6 +162,37 @@ TEST(JSONRecords, areVisitedAsTheyAreWritten) {
          {"", " ", "null", "[]", "{", "{}{}", "{\"a\":1}", "{\"a\":{}", "{\"a\":{},}", "{\"a\":{}x}",
           "{\"a\" {}}", "{a:{}}", "{\"a\":{\"b\":\"}}", "{\"\\x\":{}}", "{\"a\":{\"b\":\"\xFF\"}}"})
         EXPECT_THROW(forEachRecord(broken, [](auto, auto) {}), JSONError) << broken;
+}
+
+TEST(JSONParts, areTheTextsOfElementsAndMembers) {
+    using Texts = std::vector<std::string_view>;
+    const std::string list =
+        "\xEF\xBB\xBF [ {\"a\" : [1,{\"y\":\"}\\\\\\\"]\"}]} ,1.5\n,\"[\\\\\", null,[ ]] ";
+    EXPECT_EQ(listParts(list), (Texts{R"({"a" : [1,{"y":"}\\\"]"}]})", "1.5", R"("[\\")", "null", "[ ]"}));
+    EXPECT_EQ(listParts("[ ]"), Texts());
+    EXPECT_EQ(listParts("{}"), std::nullopt);
+    EXPECT_EQ(memberParts(R"( {"a":{"x":1}, "b\"\u00e9" : [2] ,"a":3} )"),
+              (JSONMemberParts{{"a", R"({"x":1})"}, {"b\"\xC3\xA9", "[2]"}, {"a", "3"}}));
+    EXPECT_EQ(memberParts("[]"), std::nullopt);
+    for (const char* broken :
+         {"[", "[1", "[1,]", "[,1]", "[1 2]", "[1]]", "[1}", "[\"a]", "[{]", "[{\"a\":\"\\\"}]"})
+        EXPECT_THROW(listParts(broken), JSONError) << broken;
+    for (const char* broken : {"{", "{\"a\"}", "{\"a\":}", "{a:1}", "{1:2}", "{\"a\":1,}", "{}{}"})
+        EXPECT_THROW(memberParts(broken), JSONError) << broken;
+    std::string dense = "[";
+    for (std::size_t i = 0; i < 2 * JSON::fewValues; ++i) dense += "1,";
+    EXPECT_THROW(listParts(dense + "1]"), JSONError) << "the list of parts would be larger than the text";
+}
+
+TEST(JSONParts, aStopEndsTheDivision) {
+    std::string records; // 4,000 brackets and texts
+    for (int i = 0; i < 1000; ++i) records += R"({"key":["text"]},)";
+    std::stop_source source;
+    const auto divide = [&] { listParts("[" + records + "]", source.get_token()); };
+    EXPECT_THROW(divide(), JSONError) << "nothing is after the last comma";
+    source.request_stop();
+    EXPECT_THROW(divide(), Stopped);
+    EXPECT_THROW(memberParts("{\"list\":[" + records + "}", source.get_token()), Stopped);
 }
 
 } // namespace

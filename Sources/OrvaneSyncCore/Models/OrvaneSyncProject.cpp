@@ -160,22 +160,22 @@ OrvaneSyncProject fromJSON<OrvaneSyncProject>(const JSON& json) {
     return filledFromJSON(json, OrvaneSyncProject());
 }
 
-OrvaneSyncProject projectFromJSON(const platform::JSONView& view, const std::stop_token& stop) {
-    const platform::JSONMembers members(view);
-    if (!members.isObject()) return fromJSON<OrvaneSyncProject>(view.value());
+OrvaneSyncProject projectFromParts(const platform::JSONMemberParts& members, const std::stop_token& stop) {
+    platform::JSONParser parser;
     JSON others = JSON::object();
-    std::optional<std::vector<platform::JSONView>> groups;
-    for (const auto& [key, value] : members.all()) {
+    std::optional<std::vector<std::string_view>> groups;
+    for (const auto& [key, text] : members) {
+        platform::throwIfStopped(stop);
         const bool areGroups = key == groupsKey;
-        if (areGroups) groups = value.elements();
-        others.set(key, areGroups && groups ? JSON(JSON::Array()) : value.value());
+        if (areGroups) groups = platform::listParts(text, stop);
+        others.set(key, areGroups && groups ? JSON(JSON::Array()) : parser.parse(text).value());
     }
     auto project = fromJSON<OrvaneSyncProject>(others);
     if (!groups) return project;
     project.groups.reserve(groups->size());
-    for (const platform::JSONView& group : *groups) {
+    for (const std::string_view group : *groups) {
         platform::throwIfStopped(stop);
-        project.groups.push_back(decodedMember<PersistedGroup>(group.value(), groupsKey));
+        project.groups.push_back(decodedMember<PersistedGroup>(parser.parse(group).value(), groupsKey));
     }
     return project;
 }

@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Models/SourceCorrections.h"
 #include "OrvaneSyncCore/Models/SyncGroup.h"
 #include "OrvaneSyncCore/Models/WildTrack.h"
+#include "Platform/JSONParts.h"
 
 #include <optional>
 #include <stop_token>
@@ -65,8 +66,8 @@ template <>
 PersistedWildTrack fromJSON<PersistedWildTrack>(const JSON& json);
 template <>
 OrvaneSyncProject fromJSON<OrvaneSyncProject>(const JSON& json);
-/// The same, checking the stop at each clip.
-OrvaneSyncProject projectFromJSON(const platform::JSONView& view, const std::stop_token& stop);
+/// The same from the members of the text of a project. Throws JSONError and Stopped too.
+OrvaneSyncProject projectFromParts(const platform::JSONMemberParts& members, const std::stop_token& stop);
 
 /// Bytes that a record stores as base64 text.
 std::optional<std::string> optionalBytes(const JSON& object, std::string_view key);

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Persistence/GroupsCoding.h"
 
+#include "Platform/JSONParts.h"
 #include "Platform/JSONView.h"
 #include "Platform/MainThread.h"
 
@@ -88,13 +89,13 @@ std::string GroupsEncoder::encode(const SyncGroupList& groups) {
 }
 
 SyncGroupList groupsFromText(const std::string& text, const std::stop_token& stop) {
-    platform::JSONParser parser;
-    const auto records = parser.parse(text).elements();
+    const auto records = platform::listParts(text, stop);
     if (!records) throw DecodingError("expected a list of clips");
     std::vector<std::shared_ptr<SyncGroup>> groups(records->size());
     const auto decode = [&](std::size_t i) {
+        platform::JSONParser parser;
         try {
-            groups[i] = std::make_shared<SyncGroup>(fromJSON<SyncGroup>((*records)[i]));
+            groups[i] = std::make_shared<SyncGroup>(fromJSON<SyncGroup>(parser.parse((*records)[i])));
         } catch (const DecodingError& error) {
             throw DecodingError("clip " + std::to_string(i + 1) + ": " + error.what());
         }

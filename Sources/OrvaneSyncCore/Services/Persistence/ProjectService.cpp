@@ -1,8 +1,9 @@
 #include "OrvaneSyncCore/Services/Persistence/ProjectService.h"
 
 #include "Platform/Files.h"
-#include "Platform/JSONView.h"
+#include "Platform/JSONParts.h"
 
+#include <algorithm>
 #include <unordered_map>
 #include <utility>
 
@@ -41,15 +42,16 @@ std::string ProjectService::encoded(const OrvaneSyncProject& project) {
 
 OrvaneSyncProject ProjectService::decoded(std::string_view text, const std::stop_token& stop) {
     try {
-        platform::JSONParser parser;
-        const platform::JSONView json = parser.parse(text);
+        const auto members = platform::memberParts(text, stop);
+        if (!members) throw ProjectError::invalidFile("expected an object");
         // The version is checked first: a file of another version may have other keys, and its number
         // explains more.
-        const auto version = json.find("version");
-        const auto number = version ? version->integer() : std::nullopt;
+        const auto version =
+            std::ranges::find(*members, "version", &platform::JSONMemberParts::value_type::first);
+        const auto number = version != members->end() ? JSON::parse(version->second).integer() : std::nullopt;
         if (number && *number != OrvaneSyncProject::currentVersion)
             throw ProjectError::unsupportedVersion(*number);
-        return projectFromJSON(json, stop);
+        return projectFromParts(*members, stop);
     } catch (const platform::JSONError& error) {
         throw ProjectError::invalidFile(error.what());
     } catch (const DecodingError& error) {

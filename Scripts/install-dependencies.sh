@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the packages that the build needs on Debian 12 and that are missing. Asks no questions; a second run does nothing.
-#   Scripts/install-dependencies.sh [build|bench|lint|tidy|sanitize|models|evening]...     build is always included
+#   Scripts/install-dependencies.sh [build|bench|lint|tidy|sanitize|models|window]...     build is always included
 # models: ONNX Runtime into /usr/local/lib, for the tests that run a model; the program finds it there too.
 set -euo pipefail
 
@@ -18,10 +18,10 @@ for group in "$@"; do
         lint) packages+=(clang-format) ;;
         tidy) packages+=(clang-19 clang-tidy-19) ;;
         models) packages+=(npm); wants_models=yes ;;
-        evening) packages+=(xvfb xdotool openbox imagemagick dbus-daemon at-spi2-core gir1.2-atspi-2.0 python3-gi
+        window) packages+=(xvfb xdotool openbox imagemagick dbus-daemon at-spi2-core gir1.2-atspi-2.0 python3-gi
             pulseaudio pulseaudio-utils libasound2-plugins) ;;
         sanitize) packages+=(clang-19 libclang-rt-19-dev lld-19) ;;
-        *) echo "error: unknown package group '$group' (build, bench, lint, tidy, sanitize, models, evening)" >&2; exit 2 ;;
+        *) echo "error: unknown package group '$group' (build, bench, lint, tidy, sanitize, models, window)" >&2; exit 2 ;;
     esac
 done
 

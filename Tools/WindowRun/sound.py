@@ -61,14 +61,14 @@ class Output:
         self.signs = {os.path.basename(path): add_room(path) for path in recordings}
         with open(os.path.join(self.environment["HOME"], ".asoundrc"), "w", encoding="utf-8") as file:
             file.write("pcm.!default { type pulse }\nctl.!default { type pulse }\n")
-        sink = f"module-null-sink sink_name=evening format=float32le rate={RATE} channels=2"
+        sink = f"module-null-sink sink_name=window_run format=float32le rate={RATE} channels=2"
         server = ["pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--disable-shm=yes", "--use-pid-file=no",
                   "-L", "module-native-protocol-unix", "-L", sink]
         self.processes.append(self.start(server))
         wait("the sound server answers", lambda: self.start(["pactl", "info"]).wait() == 0)
         with open(self.record, "wb") as file:
             form = ["--format=float32le", f"--rate={RATE}", "--channels=2", "--latency-msec=20"]
-            self.processes.append(self.start(["parec", "-d", "evening.monitor", *form], file))
+            self.processes.append(self.start(["parec", "-d", "window_run.monitor", *form], file))
         wait("the sink is recorded", self.length)
 
     def start(self, command, output=None):

@@ -1,11 +1,11 @@
 #!/usr/bin/python3
-"""An editor's evening at the window: a shoot is scanned, every clip is viewed, listened to, moved, locked or named, and
+"""An editor's work in the window: a shoot is scanned, every clip is viewed, listened to, moved, locked or named, and
 exported, by keys and clicks from outside. The document must equal that of the program without a window after the same
 decisions.
 
-    evening.py PROGRAMS SHOOT SCRATCH      the folder of the programs, the demo's shoot, and a folder for the files made
+    window_run.py PROGRAMS SHOOT SCRATCH      the folder of the programs, the demo's shoot, and a folder for the files made
 
-Needs a window manager and a session bus; Scripts/evening.sh starts both.
+Needs a window manager and a session bus; Scripts/window-run.sh starts both.
 """
 
 import glob
@@ -19,7 +19,7 @@ from desktop import Failure, Window, click, drag, fills_screen, hold, picture_of
 from service import Service
 from sound import Output
 
-EVENT = "Evening"
+EVENT = "Window Run"
 FRAME = 1 / 25
 SOUND_OF_TAKE_2 = "DAY1_T02.WAV"
 CHANNEL_OF_RANGE = "Boom"
@@ -52,7 +52,7 @@ def keys_for(frames):
             yield KEYS[step]
 
 
-class Evening:
+class WindowRun:
     def __init__(self, programs, shoot, scratch):
         self.programs, self.shoot, self.scratch = programs, shoot, scratch
         self.environment = dict(os.environ)
@@ -131,7 +131,7 @@ class Evening:
         if took > self.slowest[0]:
             self.slowest = (took, what)
 
-    # The evening
+    # The run
 
     def run(self):
         self.output.begin(glob.glob(f"{self.shoot}/sound/*.WAV"))
@@ -371,18 +371,18 @@ class Evening:
 
 def main():
     programs, shoot, scratch = map(os.path.abspath, sys.argv[1:4])
-    evening = Evening(programs, shoot, scratch)
+    run = WindowRun(programs, shoot, scratch)
     try:
-        evening.run()
+        run.run()
     except (Failure, subprocess.CalledProcessError, RuntimeError) as why:
         picture = os.path.join(scratch, "failed.png")
         save_screen(picture)
         print(f"error: {why}\nThe screen at that moment: {picture}", file=sys.stderr)
         return 1
     finally:
-        if evening.window is not None and evening.window.process.poll() is None:
-            evening.window.process.kill()
-        evening.output.close()
+        if run.window is not None and run.window.process.poll() is None:
+            run.window.process.kill()
+        run.output.close()
     print("the window and the service have written the same document")
     return 0
 

@@ -2,19 +2,19 @@
 # Uses the window as an editor does, with keys and clicks from outside. Detects from the played sound from which second of
 # which recording each clip is played, and compares the resulting document with that of `orvanesync serve` after the same
 # decisions. Installs what is missing; needs no screen and no sound card.
-#   Scripts/evening.sh [FOLDER]     the folder of the programs; without it a release is built
-# If a step fails, it saves a picture of the screen as build/evening/failed.png.
+#   Scripts/window-run.sh [FOLDER]     the folder of the programs; without it a release is built
+# If a step fails, it saves a picture of the screen as build/window-run/failed.png.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-Scripts/install-dependencies.sh build evening
+Scripts/install-dependencies.sh build window
 programs=${1:-}
 if [ -z "$programs" ]; then
     cmake --preset release >/dev/null
     cmake --build --preset release
     programs=build/release/bin
 fi
-scratch=$PWD/build/evening
+scratch=$PWD/build/window-run
 rm -rf "$scratch"
 mkdir -p "$scratch"
 "$programs/orvane_make_shoot" "$scratch/shoot" >/dev/null
@@ -36,6 +36,6 @@ dbus-run-session -- bash -c '
     openbox >"$3/openbox.log" 2>&1 &
     /usr/libexec/at-spi-bus-launcher --launch-immediately >"$3/bus.log" 2>&1 &
     status=0
-    /usr/bin/python3 Tools/Evening/evening.py "$@" || status=$?
+    /usr/bin/python3 Tools/WindowRun/window_run.py "$@" || status=$?
     kill $(jobs -p) 2>/dev/null
-    exit $status' evening "$programs" "$scratch/shoot" "$scratch"
+    exit $status' window-run "$programs" "$scratch/shoot" "$scratch"

@@ -118,11 +118,11 @@ void serve(Context& context, const Arguments& arguments) {
     rpc::Server server(work, commands::allCommands(), [&](const std::string& line) { answers.write(line); });
     server.whenWritable([&answers, loop] {
         if (!answers.isFull()) return platform::Task::ended();
-        auto room = std::make_shared<platform::Completion>(loop);
-        const platform::Task task = room->task();
+        auto writable = std::make_shared<platform::Completion>(loop);
+        const platform::Task task = writable->task();
         // Moved as a whole, so that it is destroyed on the interface thread.
-        answers.whenWritable([loop, room = std::move(room)]() mutable {
-            loop->post([room = std::move(room)] { room->end(); });
+        answers.whenWritable([loop, writable = std::move(writable)]() mutable {
+            loop->post([writable = std::move(writable)] { writable->end(); });
         });
         return task;
     });

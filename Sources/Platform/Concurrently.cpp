@@ -127,10 +127,10 @@ void concurrently(std::size_t count, std::size_t concurrency, const std::functio
     assertMayBlock("waiting for other threads");
     // The caller works too, so that a nested call makes progress even when no thread of the pool is free.
     const auto task = std::make_shared<Share>(count, work, stop);
-    std::size_t hands = std::min({count, concurrency, Pool::shared().limit()});
+    std::size_t threads = std::min({count, concurrency, Pool::shared().limit()});
     if (PlaybackActivity::isUnderWay())
-        hands = std::min(hands, std::max<std::size_t>(std::thread::hardware_concurrency(), 2) - 1);
-    for (std::size_t i = 1; i < hands; ++i) Pool::shared().post([task] { task->help(); });
+        threads = std::min(threads, std::max<std::size_t>(std::thread::hardware_concurrency(), 2) - 1);
+    for (std::size_t i = 1; i < threads; ++i) Pool::shared().post([task] { task->help(); });
     task->takeIndices();
     task->close();
 }

@@ -402,15 +402,15 @@ TEST_F(InspectorTest, aQuestionMarkShowsTheKeysAndAnyKeyClosesThem) {
     line->clearFocus();
     QTest::keyClick(&screen, Qt::Key_Question, Qt::ShiftModifier);
     ASSERT_TRUE(overlay.isVisible());
-    EXPECT_FALSE(overlay.spoken().contains("Lock Current Clip")) << "there is no clip";
+    EXPECT_FALSE(overlay.accessibleText().contains("Lock Current Clip")) << "there is no clip";
     open("A001C001");
     line->setFocus();
     QTest::keyClicks(line, "x");
     EXPECT_FALSE(overlay.isVisible());
     EXPECT_EQ(line->text(), "?") << "the key that closes does nothing else";
     overlay.open();
-    EXPECT_TRUE(overlay.spoken().contains("Lock Current Clip") &&
-                overlay.spoken().contains("Return: Mark Synced"));
+    EXPECT_TRUE(overlay.accessibleText().contains("Lock Current Clip") &&
+                overlay.accessibleText().contains("Return: Mark Synced"));
 }
 
 /// Writes pictures for people to look at, if ORVANE_PICTURES names a folder.

@@ -189,15 +189,15 @@ TEST_F(SheetTest, TellsTheDesktopWhatEndedUnseen) {
     EXPECT_EQ(told.filter("The scan is done").size(), 1) << told.join(", ").toStdString();
 }
 
-TEST(SingleInstanceTest, HandsItsWordsToTheFirstAndFindsNobodyOtherwise) {
+TEST(SingleInstanceTest, SendsItsArgumentsToTheFirstProgramIfThereIsOne) {
     test::application();
     const QString name = QStringLiteral("orvanesync-test-%1").arg(QCoreApplication::applicationPid());
-    EXPECT_FALSE(SingleInstance(name).handOver({"alone"}));
+    EXPECT_FALSE(SingleInstance(name).sendToFirst({"alone"}));
     QStringList taken;
     SingleInstance first(name);
     ASSERT_TRUE(first.listen([&](const QStringList& words) { taken = words; }));
     std::atomic<int> answer = -1;
-    std::thread later([&] { answer = SingleInstance(name).handOver({"/a card", "/b"}) ? 1 : 0; });
+    std::thread later([&] { answer = SingleInstance(name).sendToFirst({"/a card", "/b"}) ? 1 : 0; });
     EXPECT_TRUE(waitUntil([&] { return answer >= 0; }));
     later.join();
     EXPECT_EQ(answer, 1);

@@ -25,7 +25,7 @@ void Notifier::follow(ImportField field) {
             std::exchange(isScanning_, state != ScanState::idle && state != ScanState::done);
         if (wasScanning && state == ScanState::done) {
             const OpenWork& work = desktop_.controller().work();
-            tell(QObject::tr("The scan is done: %1, %2 of them with sound")
+            show(QObject::tr("The scan is done: %1, %2 of them with sound")
                      .arg(translatedSentence(counted(work.syncGroups().size(), "clip", "clips")))
                      .arg(work.syncClipCount()));
         }
@@ -33,11 +33,11 @@ void Notifier::follow(ImportField field) {
     if (field == ImportField::smartAudio) {
         const bool isAnalysing = desktop_.controller().smartAudio().state().isAnalyzing;
         if (std::exchange(isAnalysing_, isAnalysing) && !isAnalysing)
-            tell(QObject::tr("The analysis of the sound has ended"));
+            show(QObject::tr("The analysis of the sound has ended"));
     }
 }
 
-void Notifier::tell(const QString& text) {
+void Notifier::show(const QString& text) {
     if (!window_.isActiveWindow()) send_(QStringLiteral("OrvaneSync"), text);
 }
 

@@ -21,7 +21,7 @@ class Notifier {
 
   private:
     void follow(ImportField field);
-    void tell(const QString& text);
+    void show(const QString& text);
 
     Desktop& desktop_;
     QWidget& window_;

@@ -38,17 +38,17 @@ class RowsModel : public Base {
         if (change.rows.size() > few) return forget();
         for (const std::size_t changed : change.rows) {
             const int at = static_cast<int>(changed);
-            if (shown_.erase(at) > 0) tell(at, at); // a row that was not made was not shown
+            if (shown_.erase(at) > 0) notifyViews(at, at); // a row that was not made was not shown
         }
     }
     void forget() {
         shown_.clear();
-        if (this->rowCount() > 0) tell(0, this->rowCount() - 1);
+        if (this->rowCount() > 0) notifyViews(0, this->rowCount() - 1);
     }
     const std::unordered_map<int, Row>& shown() const { return shown_; }
 
   private:
-    void tell(int first, int last) {
+    void notifyViews(int first, int last) {
         const QAbstractItemModel& all = *this; // the list model hides its number of columns
         Q_EMIT this->dataChanged(this->index(first, 0), this->index(last, all.columnCount({}) - 1));
     }

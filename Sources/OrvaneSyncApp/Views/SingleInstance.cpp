@@ -21,7 +21,7 @@ namespace orvane::views {
 
 namespace {
 
-constexpr timeval handOverTimeLimit{0, 500000};
+constexpr timeval sendTimeLimit{0, 500000};
 constexpr qint64 mostBytes = qint64{1} << 20; // of the message of a later program
 
 /// A stream socket; -1 if the system could not make one.
@@ -76,35 +76,35 @@ class LocalAddress {
 /// The connection of a later program, until its message is complete.
 class Caller : public QObject {
   public:
-    Caller(LocalSocket socket, std::function<void(const QStringList&)> taken, QObject* parent)
-        : QObject(parent), socket_(std::move(socket)), taken_(std::move(taken)),
+    Caller(LocalSocket socket, std::function<void(const QStringList&)> whenReceived, QObject* parent)
+        : QObject(parent), socket_(std::move(socket)), whenReceived_(std::move(whenReceived)),
           ready_(socket_.get(), QSocketNotifier::Read) {
-        connect(&ready_, &QSocketNotifier::activated, this, [this] { hear(); });
+        connect(&ready_, &QSocketNotifier::activated, this, [this] { read(); });
     }
 
   private:
-    void hear() {
+    void read() {
         std::array<char, 4096> part{};
         const auto size = ::recv(socket_.get(), part.data(), part.size(), MSG_DONTWAIT);
         if (size < 0 && (errno == EAGAIN || errno == EINTR)) return;
-        if (size > 0) said_.append(part.data(), size);
-        QDataStream stream(said_);
+        if (size > 0) received_.append(part.data(), size);
+        QDataStream stream(received_);
         stream.startTransaction();
-        QStringList words;
-        stream >> words;
+        QStringList arguments;
+        stream >> arguments;
         const bool isAll = size > 0 && stream.commitTransaction();
-        if (!isAll && size > 0 && said_.size() <= mostBytes) return; // the rest has not arrived yet
+        if (!isAll && size > 0 && received_.size() <= mostBytes) return; // the rest has not arrived yet
         ready_.setEnabled(false);
         deleteLater();
         if (!isAll) return;
         socket_.send("1");
-        taken_(words);
+        whenReceived_(arguments);
     }
 
     const LocalSocket socket_;
-    const std::function<void(const QStringList&)> taken_;
+    const std::function<void(const QStringList&)> whenReceived_;
     QSocketNotifier ready_;
-    QByteArray said_;
+    QByteArray received_;
 };
 
 } // namespace
@@ -119,21 +119,21 @@ QString SingleInstance::ownName() {
                QCryptographicHash::hash(where.toUtf8(), QCryptographicHash::Sha256).toHex().left(16));
 }
 
-bool SingleInstance::handOver(const QStringList& words) {
+bool SingleInstance::sendToFirst(const QStringList& arguments) {
     const LocalSocket socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     for (const int direction : {SO_SNDTIMEO, SO_RCVTIMEO}) // the time limit also applies to connecting
-        ::setsockopt(socket.get(), SOL_SOCKET, direction, &handOverTimeLimit, sizeof handOverTimeLimit);
+        ::setsockopt(socket.get(), SOL_SOCKET, direction, &sendTimeLimit, sizeof sendTimeLimit);
     const LocalAddress address(name_);
     if (::connect(socket.get(), address.get(), address.size()) != 0 || !socket.isOfThisUser()) return false;
     QByteArray message;
     QDataStream stream(&message, QIODevice::WriteOnly);
-    stream << words;
+    stream << arguments;
     // The first program answers after it has received the message, because it may hang.
     char answer = 0;
     return socket.send(message) && ::recv(socket.get(), &answer, 1, 0) == 1;
 }
 
-bool SingleInstance::listen(std::function<void(const QStringList& words)> taken) {
+bool SingleInstance::listen(std::function<void(const QStringList& arguments)> whenReceived) {
     LocalSocket socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     const LocalAddress address(name_);
     constexpr int mostWaiting = 8;
@@ -142,10 +142,10 @@ bool SingleInstance::listen(std::function<void(const QStringList& words)> taken)
     callers_ = std::make_unique<QSocketNotifier>(socket.get(), QSocketNotifier::Read);
     const auto kept = std::make_shared<LocalSocket>(std::move(socket)); // kept as long as the notifier
     QObject::connect(callers_.get(), &QSocketNotifier::activated, callers_.get(),
-                     [kept, taken = std::move(taken), parent = callers_.get()] {
+                     [kept, whenReceived = std::move(whenReceived), parent = callers_.get()] {
                          LocalSocket caller(::accept4(kept->get(), nullptr, nullptr, SOCK_CLOEXEC));
                          if (caller.get() >= 0 && caller.isOfThisUser())
-                             new Caller(std::move(caller), taken, parent);
+                             new Caller(std::move(caller), whenReceived, parent);
                      });
     return true;
 }

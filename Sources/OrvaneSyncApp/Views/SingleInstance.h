@@ -18,9 +18,9 @@ class SingleInstance {
 
     /// Sends the arguments to another program. True if it accepted them; then this program has nothing more
     /// to do. Waits for at most half a second; called before there is a window.
-    bool handOver(const QStringList& words);
+    bool sendToFirst(const QStringList& arguments);
     /// Receives what later programs send. False if they cannot reach this program.
-    bool listen(std::function<void(const QStringList& words)> taken);
+    bool listen(std::function<void(const QStringList& arguments)> whenReceived);
 
     /// Derived from the folder of the settings, which two programs must not both use.
     static QString ownName();

@@ -174,7 +174,7 @@ int showGallery() {
 int showWindow(QApplication& application, const Start& start) {
     // Two windows must not use the same sessions. Pictures can be made while another window is open.
     views::SingleInstance only;
-    if (!start.pictures && only.handOver(start.named)) return 0;
+    if (!start.pictures && only.sendToFirst(start.named)) return 0;
     views::Desktop desktop(dependenciesOf(start));
     views::MainWindow window(desktop);
     if (start.isMeasured) new design::FirstPaint(window, [] { QCoreApplication::quit(); });

@@ -198,7 +198,7 @@ void Server::whenIdle(std::function<void()> callback) {
 platform::Task Server::serveAll() {
     isServing_ = true;
     while (!waiting_.empty()) {
-        if (room_) co_await room_();
+        if (writable_) co_await writable_();
         const auto next = std::move(waiting_.front());
         waiting_.pop_front();
         co_await serve(next);

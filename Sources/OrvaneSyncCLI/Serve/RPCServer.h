@@ -45,7 +45,7 @@ class Server {
     void notify(std::string_view method, JSON params);
     /// Called and waited for before each message is served, because the queue of answers may be full. Null:
     /// no wait.
-    void whenWritable(std::function<platform::Task()> room) { room_ = std::move(room); }
+    void whenWritable(std::function<platform::Task()> writable) { writable_ = std::move(writable); }
     /// A caller waits for a running long operation.
     bool isWaitedFor() const { return isWaitedFor_; }
     /// Calls back as soon as all received messages have been answered.
@@ -83,7 +83,7 @@ class Server {
     CommandContext& context_;
     const std::map<std::string_view, Command> commands_; ///< by the name of the method
     const Write write_;
-    std::function<platform::Task()> room_;
+    std::function<platform::Task()> writable_;
     const LongIdentifiers identifiers_;
     std::deque<std::shared_ptr<Waiting>> waiting_;
     bool isServing_ = false;

@@ -21,84 +21,84 @@ JSON one(std::string_view key, JSON value) {
 }
 
 /// The words for an option, and the step that does the same.
-struct Spoken {
+struct InWords {
     std::string words;
     std::optional<CureStep> step = {};
 };
 
-std::optional<Spoken> spokenDays(const std::string& value) {
+std::optional<InWords> daysInWords(const std::string& value) {
     const auto rule = fromRawValue<MatchingDays>(value);
     if (!rule) return std::nullopt;
-    const auto spoken = [&](const char* words, const char* button) {
-        return Spoken{words, CureStep{button, "setCorrections", one("days", JSON(value)), true}};
+    const auto inWords = [&](const char* words, const char* button) {
+        return InWords{words, CureStep{button, "setCorrections", one("days", JSON(value)), true}};
     };
     switch (*rule) {
     case MatchingDays::same:
-        return spoken("match sound of the same day only", "Same Day Only");
+        return inWords("match sound of the same day only", "Same Day Only");
     case MatchingDays::neighbours:
-        return spoken("also match sound of the day before and after", "Neighbouring Days");
+        return inWords("also match sound of the day before and after", "Neighbouring Days");
     default:
-        return spoken("match sound of the shoot day", "Shoot Day");
+        return inWords("match sound of the shoot day", "Shoot Day");
     }
 }
 
-std::optional<Spoken> spokenSetting(const std::string& assignment) {
+std::optional<InWords> settingInWords(const std::string& assignment) {
     const std::size_t equals = assignment.find('=');
     const std::string key = assignment.substr(0, equals);
     const std::string value = assignment.substr(equals + 1);
     if (key == settings::ltcEnabled.key) {
         JSON arguments = one("key", JSON(key));
         arguments.set("value", JSON(true));
-        return Spoken{"“Read Timecode from the Sound”",
-                      CureStep{"Read Timecode from the Sound", "setSetting", std::move(arguments), true}};
+        return InWords{"“Read Timecode from the Sound”",
+                       CureStep{"Read Timecode from the Sound", "setSetting", std::move(arguments), true}};
     }
     if (key == settings::ltcChannelIndex.key) {
         JSON arguments = one("key", JSON(key));
         arguments.set("value", JSON(settings::everyTimecodeChannel));
-        return Spoken{"“Read Timecode from Every Track”",
-                      CureStep{"Read Timecode from Every Track", "setSetting", std::move(arguments), true}};
+        return InWords{"“Read Timecode from Every Track”",
+                       CureStep{"Read Timecode from Every Track", "setSetting", std::move(arguments), true}};
     }
     const auto mode = fromRawValue<TrimMode>(value);
     if (key != settings::trimMode.key || !mode) return std::nullopt;
     const std::string name(displayText(*mode));
-    return Spoken{"“Length of the clips: " + name + "”",
-                  CureStep{"Trim to " + name, "setTrimMode", one("mode", JSON(value)), false}};
+    return InWords{"“Length of the clips: " + name + "”",
+                   CureStep{"Trim to " + name, "setTrimMode", one("mode", JSON(value)), false}};
 }
 
-Spoken spokenPath(std::string_view what, const CureOption& option) {
+InWords pathInWords(std::string_view what, const CureOption& option) {
     return {std::string(what) + (option.value.empty() ? "FOLDER" : "'" + option.value + "'")};
 }
 
 /// Absent if windows have no words for it.
-std::optional<Spoken> spoken(const CureOption& option) {
+std::optional<InWords> inWords(const CureOption& option) {
     using enum CureOption::Kind;
     const std::string& value = option.value;
     const auto correction = [&](std::string words, std::string button, std::string_view name) {
-        return Spoken{std::move(words),
-                      CureStep{std::move(button), "setCorrections", one(name, JSON(value)), true}};
+        return InWords{std::move(words),
+                       CureStep{std::move(button), "setCorrections", one(name, JSON(value)), true}};
     };
     switch (option.kind) {
     case timecodeRate:
         return correction("count timecode at " + value + " frames a second", "Count at " + value,
                           "timecodeRate");
     case soundDate:
-        return value.empty() ? Spoken{"give the recordings the right date"}
+        return value.empty() ? InWords{"give the recordings the right date"}
                              : correction("date the recordings " + value, "Date Sound " + value, "soundDate");
     case soundOffset:
         return correction("move all sound by " + value, "Move Sound " + value, "soundOffset");
     case days:
-        return spokenDays(value);
+        return daysInWords(value);
     case CureOption::Kind::setting:
-        return spokenSetting(value);
+        return settingInWords(value);
     case choose:
-        return Spoken{"“Choose First Recordings”",
-                      CureStep{"Choose First Recordings", "chooseFirst", JSON::object(), false}};
+        return InWords{"“Choose First Recordings”",
+                       CureStep{"Choose First Recordings", "chooseFirst", JSON::object(), false}};
     case video:
-        return spokenPath("picture: ", option);
+        return pathInWords("picture: ", option);
     case audio:
-        return spokenPath("sound: ", option);
+        return pathInWords("sound: ", option);
     case exclude:
-        return spokenPath("without ", option);
+        return pathInWords("without ", option);
     case withoutFolder:
         break;
     }
@@ -126,7 +126,7 @@ const char* separator(CureOption::Kind kind) {
 std::string inWords(const std::vector<CureOption>& options, std::vector<CureStep>* steps) {
     std::string text;
     for (const CureOption& option : options) {
-        auto said = spoken(option);
+        auto said = inWords(option);
         const bool isFirst = text.empty();
         if (isFirst && option.kind == CureOption::Kind::exclude && steps != nullptr) text = "a scan ";
         text += (isFirst ? "" : separator(option.kind)) + (said ? said->words : option.text());

@@ -66,12 +66,12 @@ void KeyOverlay::open() {
     groups_ = keys_();
     setGeometry(over_->rect());
     setAccessibleName(tr("Keys"));
-    setAccessibleDescription(spoken());
+    setAccessibleDescription(accessibleText());
     raise();
     show();
 }
 
-QString KeyOverlay::spoken() const {
+QString KeyOverlay::accessibleText() const {
     QStringList lines;
     for (const KeyGroup& group : groups_)
         for (const KeyGroup::Row& row : group.rows)

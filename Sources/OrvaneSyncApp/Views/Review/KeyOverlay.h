@@ -22,7 +22,7 @@ class KeyOverlay : public QWidget {
     void open();
     std::vector<KeyGroup> now() const { return keys_(); }
     /// Its contents, for a screen reader.
-    QString spoken() const;
+    QString accessibleText() const;
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

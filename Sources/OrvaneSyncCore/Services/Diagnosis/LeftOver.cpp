@@ -138,7 +138,7 @@ LeftOver LeftOver::of(const SyncGroupList& groups, const std::vector<const Media
         silent[*files.day] += files.count;
         return result.recordings.empty();
     });
-    for (const auto& [day, count] : silent) result.silentDays.push_back({day, count});
+    for (const auto& [day, count] : silent) result.daysWithoutRecordings.push_back({day, count});
     const auto damagedClips = std::ranges::count_if(groups, [](const SyncGroup& group) {
         return group.audioMatches.empty() && isDamagedFile(group.video);
     });
@@ -153,7 +153,7 @@ LeftOver LeftOver::of(const SyncGroupList& groups, const std::vector<const Media
 
 std::string LeftOver::text() const {
     std::string text;
-    for (const auto& [day, count] : silentDays)
+    for (const auto& [day, count] : daysWithoutRecordings)
         text += "No recording of " + dayText(day) + " is on these cards, and " +
                 counted(count, "clip", "clips") + " of that day " + (count == 1 ? "has" : "have") +
                 " no sound: " +
@@ -176,7 +176,7 @@ JSON toJSON(const LeftOver& leftOver) {
     json.set("clips", toJSON(leftOver.clips));
     json.set("recordings", toJSON(leftOver.recordings));
     JSON::Array days;
-    for (const auto& [day, count] : leftOver.silentDays) {
+    for (const auto& [day, count] : leftOver.daysWithoutRecordings) {
         JSON silent;
         silent.set("day", dayText(day));
         silent.set("count", count);

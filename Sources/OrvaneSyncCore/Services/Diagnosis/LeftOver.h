@@ -23,15 +23,15 @@ struct LeftOver {
         int count = 0;
     };
     /// Clips of a day that has no recording, if the days of all recordings are known.
-    struct SilentDay {
+    struct DayWithoutRecordings {
         long day = 0;
         int count = 0;
     };
-    /// By folder and day; both lists are empty or none is. Clips of silent days are included.
+    /// By folder and day; both lists are empty or none is. Clips of days without recordings are included.
     std::vector<Files> clips, recordings;
-    std::vector<SilentDay> silentDays;
+    std::vector<DayWithoutRecordings> daysWithoutRecordings;
 
-    bool isEmpty() const { return clips.empty() && silentDays.empty(); }
+    bool isEmpty() const { return clips.empty() && daysWithoutRecordings.empty(); }
     /// `recordings`: those without a clip. `rules`: the rules by which the clips were matched.
     static LeftOver of(const SyncGroupList& groups, const std::vector<const MediaAsset*>& recordings,
                        const MatchRules& rules, const SyncDoubts& doubts);

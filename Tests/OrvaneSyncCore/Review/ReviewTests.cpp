@@ -89,7 +89,8 @@ TEST(CardSuggestion, givesTheClipsOfTheCardTheirRecordingsWithTheSameOffset) {
                          picture("B4/B001C004.mov", "10:20:10:00"),
                          picture("B4/C001C005.mov", "10:20:00:00"),
                          picture("B5/B001C006.mov", "10:20:00:00"),
-                         picture("B4/B001C007.mov", "10:30:00:00")};
+                         picture("B4/B001C007.mov", "10:30:00:00"),
+                         picture("B4/B001C008.mov", "10:10:40:00")};
     const auto suggested = [&](std::size_t clip, const std::set<std::string>& dismissed = {}) {
         return activeCardSuggestion(groups[clip], groups, audios, {}, dismissed);
     };
@@ -100,7 +101,7 @@ TEST(CardSuggestion, givesTheClipsOfTheCardTheirRecordingsWithTheSameOffset) {
     EXPECT_EQ(found->clips[1].files.front()->url.path, "/media/S/T2.wav") << "of the same recorder only";
     EXPECT_NEAR(found->clips[1].startSeconds, 1, 1e-6);
     EXPECT_FALSE(suggested(3, {found->dismissKey}));
-    for (const std::size_t other : {0, 2, 4, 5, 6}) EXPECT_FALSE(suggested(other)) << other;
+    for (const std::size_t other : {0, 2, 4, 5, 6, 7}) EXPECT_FALSE(suggested(other)) << other;
     groups.update(moved.id, [](SyncGroup& own) { own.manualAudioOffsetSeconds += 0.04; });
     EXPECT_TRUE(suggested(3, {found->dismissKey}));
     FileNames names;

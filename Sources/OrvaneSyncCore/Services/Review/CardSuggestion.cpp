@@ -16,6 +16,9 @@ namespace {
 
 constexpr double leastSeconds = 0.2; // a smaller move is a nudge, or a camera's own delay
 
+/// Of the clip. A recording that meets less of it may be that of another clip.
+constexpr double leastShare = 0.5;
+
 bool areOfOneCard(const MediaAsset& a, const MediaAsset& b) {
     return folderPath(a) == folderPath(b) && GroupNaming::cameraLetter(a) == GroupNaming::cameraLetter(b);
 }
@@ -25,6 +28,13 @@ const FileURL& urlOfVideo(const SyncGroup* group) { return group->video.url; }
 bool lacksSound(const SyncGroup& group) {
     return group.matchStatus.kind == MatchStatus::Kind::unmatched && group.isMOS() && !group.isLocked &&
            !group.isExcludedFromExport;
+}
+
+double coveredShare(const SyncGroup& matched) {
+    const Take take = takeOf(matched, assumedChannels);
+    const double length = *matched.video.durationSeconds;
+    const double end = std::min(take.offsetSeconds + take.durationSeconds, length);
+    return (end - std::max(take.offsetSeconds, 0.0)) / length;
 }
 
 /// The clip of the card that was moved by hand and is nearest to that one. A place that no timecode gives
@@ -74,7 +84,7 @@ std::optional<CardSuggestion> activeCardSuggestion(const SyncGroup& group, const
         if (folderPath(*audio) == folderPath(*suggestion.moved->primaryAudio())) sounds.push_back(*audio);
     rules.soundOffsetSeconds += offset;
     for (const SyncGroup& matched : SyncEngine().match(videos, sounds, rules, {}, &groups)) {
-        if (matched.isMOS()) continue;
+        if (matched.isMOS() || coveredShare(matched) < leastShare) continue;
         auto& own = suggestion.clips.emplace_back();
         own.groupID = (*std::ranges::find(card, matched.video.url, urlOfVideo))->id;
         const auto files = inTakeOrder(matched, recordingsOf(matched).front());

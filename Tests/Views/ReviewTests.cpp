@@ -548,6 +548,7 @@ TEST_F(ReviewTest, AClipWithoutSoundTakesTheOffsetThatWasFoundForItsCard) {
     const auto& work = desktop_->controller().work();
     const auto isSilent = [&](const UUID& id) { return work.syncGroups().find(id)->isMOS(); };
     EXPECT_TRUE(isSilent(next.id)) << "one clip at a time";
+    EXPECT_EQ(work.undoState().undoActionName, "Apply Suggestions");
     desktop_->run("undo");
     EXPECT_TRUE(isSilent(ids_[2]));
     ASSERT_TRUE(waitUntil([&] { return banner.isVisible(); }));

@@ -1,5 +1,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/CardOffsets.h"
 
+#include "OrvaneSyncApp/Controllers/UndoSteps.h"
+
 namespace orvane::commands {
 
 std::optional<CardSuggestion> cardSuggestion(const ImportController& controller, const UUID& groupID,
@@ -11,15 +13,24 @@ std::optional<CardSuggestion> cardSuggestion(const ImportController& controller,
                                 dismissedKeys);
 }
 
+namespace {
+
+void apply(ImportController& controller, const CardSuggestion::Clip& clip) {
+    for (const auto& file : clip.files) controller.recordings().attachAudioToGroup(clip.groupID, *file);
+    const SyncGroup& group = *controller.work().syncGroups().find(clip.groupID);
+    controller.clips().adjustAudioOffset(clip.groupID, clip.startSeconds - group.manualAudioOffsetSeconds -
+                                                           group.audioMatches.front().syncOffsetSeconds);
+}
+
+} // namespace
+
 void applyCardSuggestion(ImportController& controller, const CardSuggestion& suggestion, bool isForAllClips) {
-    for (const CardSuggestion::Clip& clip : suggestion.clips) {
-        for (const auto& file : clip.files) controller.recordings().attachAudioToGroup(clip.groupID, *file);
-        const SyncGroup* group = controller.work().syncGroups().find(clip.groupID);
-        controller.clips().adjustAudioOffset(clip.groupID, clip.startSeconds -
-                                                               group->manualAudioOffsetSeconds -
-                                                               group->audioMatches.front().syncOffsetSeconds);
-        if (!isForAllClips) return;
-    }
+    controller.withUndo(undoSteps::applySuggestions, [&] {
+        for (const CardSuggestion::Clip& clip : suggestion.clips) {
+            apply(controller, clip);
+            if (!isForAllClips) return;
+        }
+    });
 }
 
 } // namespace orvane::commands

@@ -13,7 +13,7 @@ namespace orvane::commands {
 std::optional<CardSuggestion> cardSuggestion(const ImportController& controller, const UUID& groupID,
                                              const std::set<std::string>& dismissedKeys = {});
 /// Attaches the recordings to the clip in view, or to all clips of the suggestion, and moves them there.
-/// Within an undo step of the caller.
+/// Opens an undo step.
 void applyCardSuggestion(ImportController& controller, const CardSuggestion& suggestion, bool isForAllClips);
 
 } // namespace orvane::commands

@@ -213,16 +213,15 @@ std::optional<LeavingOut::Options> LeavingOut::of(const std::function<bool(const
                 return propose(own + escapedInPattern(lastName(file)), {file});
             }))
             continue;
-        if (mostByNumber == 0) return std::nullopt;
         options.globs.resize(before);
-        std::vector<std::string> names, others;
-        for (const std::string_view file : files) names.emplace_back(lastName(file));
+        if (options.count() >= mostByNumber) return std::nullopt;
+        Paths names, others;
+        for (const std::string_view file : files) names.push_back(lastName(file));
         for (const std::string_view file : kept)
             if (isDirectlyIn(shoot_.folders[folder], file) && file.ends_with(ending))
-                others.emplace_back(lastName(file));
-        const auto ranges = numberRanges(names, others);
-        const bool areFew = !ranges.empty() && options.count() + ranges.size() <= mostByNumber;
-        if (!areFew || !std::ranges::all_of(ranges, [&](const NumberRange& range) {
+                others.push_back(lastName(file));
+        const auto ranges = numberRanges(names, others, mostByNumber - options.count());
+        if (ranges.empty() || !std::ranges::all_of(ranges, [&](const NumberRange& range) {
                 Paths meant;
                 std::ranges::copy_if(files, std::back_inserter(meant), [&](std::string_view file) {
                     return std::ranges::binary_search(range.names, lastName(file));

@@ -1,12 +1,11 @@
 #include "OrvaneSyncCore/Services/Diagnosis/NumberRanges.h"
 
 #include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
-#include "OrvaneSyncCore/Utilities/PathGlob.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <optional>
-#include <set>
 #include <utility>
 
 namespace orvane {
@@ -18,86 +17,115 @@ constexpr char zero = '0', nine = '9';
 
 bool isDigit(char c) { return c >= zero && c <= nine; }
 
-/// The runs of digits and the texts between them, in turn, beginning with a text that may be empty.
-std::vector<std::string> piecesOf(const std::string& name) {
-    std::vector<std::string> pieces(1);
-    bool isNumber = false;
-    for (const char c : name) {
-        if (isDigit(c) != isNumber) {
-            pieces.emplace_back();
-            isNumber = !isNumber;
-        }
-        pieces.back() += c;
-    }
-    return pieces;
-}
-
 std::string times(std::size_t count, const char* text) {
     std::string result;
     for (std::size_t i = 0; i < count; ++i) result += text;
     return result;
 }
 
-/// Adds patterns of all numbers from `low` to `high`, which have the same number of digits.
-void addRange(std::vector<std::string>& patterns, const std::string& before, const std::string& low,
-              const std::string& high) {
+/// A pattern, and the least and the greatest of the numbers that it fits. All numbers have the same number of
+/// digits, so that their order as texts is that of their values.
+struct Numbers {
+    std::string pattern, least, greatest;
+};
+
+/// Adds patterns of all numbers from `low` to `high`, which begin with the digits `before`.
+void addNumbers(std::vector<Numbers>& patterns, const std::string& before, const std::string& low,
+                const std::string& high) {
     if (low.empty()) {
-        patterns.push_back(before);
+        patterns.push_back({before, before, before});
         return;
     }
     const std::string lowRest = low.substr(1), highRest = high.substr(1);
     const std::string zeros(lowRest.size(), zero), nines(highRest.size(), nine);
     char first = low.front(), last = high.front();
-    if (first == last) return addRange(patterns, before + first, lowRest, highRest);
-    if (lowRest != zeros) addRange(patterns, before + first++, lowRest, nines);
+    if (first == last) return addNumbers(patterns, before + first, lowRest, highRest);
+    if (lowRest != zeros) addNumbers(patterns, before + first++, lowRest, nines);
     const bool isHighCut = highRest != nines;
     if (isHighCut) --last;
     if (first <= last)
-        patterns.push_back(before +
-                           (first == last ? std::string{first} : std::string{'[', first, '-', last, ']'}) +
-                           times(lowRest.size(), anyDigit));
-    if (isHighCut) addRange(patterns, before + high.front(), zeros, highRest);
+        patterns.push_back(
+            {before + (first == last ? std::string{first} : std::string{'[', first, '-', last, ']'}) +
+                 times(lowRest.size(), anyDigit),
+             before + first + zeros, before + last + nines});
+    if (isHighCut) addNumbers(patterns, before + high.front(), zeros, highRest);
 }
 
 /// Names that differ only in their digits.
 struct Alike {
-    std::vector<std::vector<std::string>> own, others; ///< in pieces
+    std::vector<std::string_view> own, others;
 };
 
-/// Patterns by the number in that place; empty if it does not separate the names.
-std::vector<NumberRange> rangesBy(const Alike& names, std::size_t place) {
-    std::set<std::string> numbers, kept; // of one width, so that their order is that of their values
-    for (const auto& pieces : names.own) numbers.insert(pieces[place]);
-    for (const auto& pieces : names.others) kept.insert(pieces[place]);
-    if (std::ranges::any_of(numbers, [&](const std::string& number) { return kept.contains(number); }))
+/// The place of a number, the same in all names that are alike.
+struct Place {
+    std::size_t begin = 0, size = 0;
+};
+
+/// The name with zeros for all digits.
+std::string formOf(std::string_view name) {
+    std::string form(name);
+    std::ranges::replace_if(form, isDigit, zero);
+    return form;
+}
+
+std::vector<Place> numbersIn(std::string_view name) {
+    std::vector<Place> places;
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        if (!isDigit(name[i])) continue;
+        if (places.empty() || places.back().begin + places.back().size != i) places.push_back({i, 0});
+        ++places.back().size;
+    }
+    return places;
+}
+
+/// For the names with the pattern at that place, and any other numbers.
+std::string patternAt(std::size_t chosen, const std::string& pattern, std::string_view name,
+                      const std::vector<Place>& places) {
+    std::string whole;
+    std::size_t at = 0;
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        whole += escapedInPattern(name.substr(at, places[i].begin - at));
+        whole += i == chosen ? pattern : times(places[i].size, anyDigit);
+        at = places[i].begin + places[i].size;
+    }
+    return whole + escapedInPattern(name.substr(at));
+}
+
+/// Patterns by the number at that place; empty if it does not separate the names, or not with so few
+/// patterns.
+std::vector<NumberRange> rangesBy(const Alike& names, std::size_t chosen, const std::vector<Place>& places,
+                                  std::size_t most) {
+    const Place place = places[chosen];
+    const auto numberOf = [&](std::string_view name) { return name.substr(place.begin, place.size); };
+    std::vector<std::string_view> kept; // numbers, each once
+    for (const std::string_view name : names.others)
+        if (kept.empty() || kept.back() != numberOf(name)) kept.push_back(numberOf(name));
+    std::ranges::sort(kept);
+    std::vector<std::string_view> own = names.own;
+    // Usually they are in this order.
+    if (!std::ranges::is_sorted(own, {}, numberOf)) std::ranges::sort(own, {}, numberOf);
+    if (std::ranges::any_of(kept, [&](std::string_view number) {
+            return std::ranges::binary_search(own, number, {}, numberOf);
+        }))
         return {};
     std::vector<NumberRange> result;
-    for (auto first = numbers.begin(); first != numbers.end();) {
-        const auto next = kept.upper_bound(*first);
-        const auto last = next == kept.end() ? numbers.end() : numbers.lower_bound(*next);
+    for (auto first = own.begin(); first != own.end();) {
+        const auto next = std::ranges::upper_bound(kept, numberOf(*first));
+        const auto last = next == kept.end() ? own.end() : std::ranges::lower_bound(own, *next, {}, numberOf);
         // If no number to keep is before or after the range, it extends to all zeros or all nines.
-        const std::string low = next == kept.begin() ? std::string(first->size(), zero) : *first;
-        const std::string high = next == kept.end() ? std::string(first->size(), nine) : *std::prev(last);
-        std::vector<std::string> patterns;
-        addRange(patterns, "", low, high);
-        for (const std::string& pattern : patterns) {
-            NumberRange range;
-            const PathGlob glob(pattern);
-            for (const auto& pieces : names.own) {
-                if (!glob.matches(pieces[place])) continue;
-                std::string name;
-                for (const std::string& piece : pieces) name += piece;
-                range.names.push_back(std::move(name));
-            }
-            if (range.names.empty()) continue;
-            std::ranges::sort(range.names);
-            for (std::size_t i = 0; i < names.own.front().size(); ++i) {
-                const std::string& piece = names.own.front()[i];
-                range.pattern += i == place   ? pattern
-                                 : i % 2 == 1 ? times(piece.size(), anyDigit)
-                                              : escapedInPattern(piece);
-            }
-            result.push_back(std::move(range));
+        const std::string low =
+            next == kept.begin() ? std::string(place.size, zero) : std::string(numberOf(*first));
+        const std::string high =
+            next == kept.end() ? std::string(place.size, nine) : std::string(numberOf(*std::prev(last)));
+        std::vector<Numbers> patterns;
+        addNumbers(patterns, "", low, high);
+        for (const auto& [pattern, least, greatest] : patterns) {
+            std::vector<std::string_view> fitting(std::ranges::lower_bound(own, least, {}, numberOf),
+                                                  std::ranges::upper_bound(own, greatest, {}, numberOf));
+            if (fitting.empty()) continue;
+            if (result.size() == most) return {};
+            std::ranges::sort(fitting);
+            result.push_back({patternAt(chosen, pattern, own.front(), places), std::move(fitting)});
         }
         first = last;
     }
@@ -106,29 +134,19 @@ std::vector<NumberRange> rangesBy(const Alike& names, std::size_t place) {
 
 } // namespace
 
-std::vector<NumberRange> numberRanges(const std::vector<std::string>& names,
-                                      const std::vector<std::string>& others) {
-    const auto shapeOf = [](const std::vector<std::string>& pieces) {
-        std::string shape;
-        for (std::size_t i = 0; i < pieces.size(); ++i)
-            shape += i % 2 == 1 ? times(pieces[i].size(), anyDigit) : pieces[i];
-        return shape;
-    };
-    std::map<std::string, Alike> shapes;
-    for (const std::string& name : names) {
-        auto pieces = piecesOf(name);
-        shapes[shapeOf(pieces)].own.push_back(std::move(pieces));
-    }
-    for (const std::string& name : others) {
-        auto pieces = piecesOf(name);
-        if (const auto known = shapes.find(shapeOf(pieces)); known != shapes.end())
-            known->second.others.push_back(std::move(pieces));
-    }
+std::vector<NumberRange> numberRanges(const std::vector<std::string_view>& names,
+                                      const std::vector<std::string_view>& others, std::size_t most) {
+    std::map<std::string, Alike> forms;
+    for (const std::string_view name : names) forms[formOf(name)].own.push_back(name);
+    for (const std::string_view name : others)
+        if (const auto known = forms.find(formOf(name)); known != forms.end())
+            known->second.others.push_back(name);
     std::vector<NumberRange> result;
-    for (const auto& [shape, alike] : shapes) {
+    for (const auto& [form, alike] : forms) {
+        const std::vector<Place> places = numbersIn(form);
         std::optional<std::vector<NumberRange>> best;
-        for (std::size_t place = 1; place < alike.own.front().size(); place += 2)
-            if (auto ranges = rangesBy(alike, place);
+        for (std::size_t place = 0; place < places.size(); ++place)
+            if (auto ranges = rangesBy(alike, place, places, most - result.size());
                 !ranges.empty() && (!best || ranges.size() < best->size()))
                 best = std::move(ranges);
         if (!best) return {};

@@ -84,7 +84,7 @@ bool follows(const SyncEngine::TCRange& previous, const SyncEngine::TCRange& cur
 
 // A blank value counts as unknown.
 bool areKnownToDiffer(const std::optional<std::string>& a, const std::optional<std::string>& b) {
-    if (!a || !b) return false;
+    if (!a || !b || *a == *b) return false; // most are equal, which needs no conversion
     const std::string x = platform::text::lowercased(platform::text::trimmed(*a));
     const std::string y = platform::text::lowercased(platform::text::trimmed(*b));
     return !x.empty() && !y.empty() && x != y;

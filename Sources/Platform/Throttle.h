@@ -35,7 +35,7 @@ class Throttle : public std::enable_shared_from_this<Throttle<Value>> {
             return flush();
         }
         isUnderWay_ = true;
-        auto handOn = [weak = this->weak_from_this()] {
+        auto deliver = [weak = this->weak_from_this()] {
             const auto self = weak.lock();
             if (!self) return;
             {
@@ -45,9 +45,9 @@ class Throttle : public std::enable_shared_from_this<Throttle<Value>> {
             self->flush();
         };
         if (rest > std::chrono::nanoseconds(0))
-            mainThread_->after(rest, std::move(handOn));
+            mainThread_->after(rest, std::move(deliver));
         else
-            mainThread_->post(std::move(handOn));
+            mainThread_->post(std::move(deliver));
     }
 
     /// Passes on the waiting value at once, before something that must come after it. Interface thread.

@@ -24,7 +24,7 @@ class ClipsMark {
         if (changes.empty()) return true;
         // Above this number of changed clips, comparing them costs more than making the value again.
         constexpr std::size_t few = 64;
-        if (!changes.went.empty() || !changes.came.empty() || !changes.moved.empty() ||
+        if (!changes.removed.empty() || !changes.inserted.empty() || !changes.moved.empty() ||
             changes.changed.size() > few)
             return false;
         const bool areSame = std::ranges::all_of(

@@ -201,7 +201,7 @@ bool OpenWork::differsFrom(const Step& before) const {
         return true;
     if (before.groups.size() != syncGroups_.size()) return true;
     const SyncGroupChanges changes = syncGroups_.changesSince(before.groups);
-    if (!changes.came.empty() || !changes.moved.empty()) return true;
+    if (!changes.inserted.empty() || !changes.moved.empty()) return true;
     return std::ranges::any_of(changes.changed, [&](std::size_t row) {
         return !haveSameContents(before.groups[row], syncGroups_[row]);
     });

@@ -216,7 +216,7 @@ bool Resynced::follow(const WorkFiles& before, const WorkFiles& now) {
     constexpr std::size_t few = 64; // as many as the caller's thread has time for
     if (now.wildTracks != before.wildTracks) return false;
     const SyncGroupChanges changes = now.groups.changesSince(before.groups);
-    if (!changes.came.empty() || !changes.went.empty() || !changes.moved.empty() ||
+    if (!changes.inserted.empty() || !changes.removed.empty() || !changes.moved.empty() ||
         changes.changed.size() > few)
         return false;
     for (const std::size_t row : changes.changed)

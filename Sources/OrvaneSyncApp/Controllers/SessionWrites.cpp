@@ -25,7 +25,7 @@ std::size_t SessionWrites::unwrittenClips(const UUID& id) const {
     const auto written = onDisk_.find(id);
     if (written == onDisk_.end()) return waiting->work->groups.size();
     const SyncGroupChanges changes = waiting->work->groups.changesSince(written->second);
-    return changes.came.size() + changes.changed.size();
+    return changes.inserted.size() + changes.changed.size();
 }
 
 platform::Task SessionWrites::writeCopies(std::string folder) const {

@@ -6,7 +6,7 @@
 namespace orvane {
 
 /// The differences between two lists of clips, for a list on screen that repaints only these. Apply them in
-/// this order: remove the rows `went`, move the rows `moved`, insert the rows `came`, repaint the rows
+/// this order: remove the rows `removed`, move the rows `moved`, insert the rows `inserted`, repaint the rows
 /// `changed`.
 struct SyncGroupChanges {
     struct Move {
@@ -15,12 +15,12 @@ struct SyncGroupChanges {
 
         bool operator==(const Move&) const = default;
     };
-    std::vector<std::size_t> went;    ///< rows of the earlier list, ascending
-    std::vector<std::size_t> came;    ///< rows of the later list, ascending
-    std::vector<Move> moved;          ///< the fewest moves that give the new order, by `to`
-    std::vector<std::size_t> changed; ///< rows of the later list, ascending; they may have moved as well
+    std::vector<std::size_t> removed;  ///< rows of the earlier list, ascending
+    std::vector<std::size_t> inserted; ///< rows of the later list, ascending
+    std::vector<Move> moved;           ///< the fewest moves that give the new order, by `to`
+    std::vector<std::size_t> changed;  ///< rows of the later list, ascending; they may have moved as well
 
-    bool empty() const { return went.empty() && came.empty() && moved.empty() && changed.empty(); }
+    bool empty() const { return removed.empty() && inserted.empty() && moved.empty() && changed.empty(); }
     bool operator==(const SyncGroupChanges&) const = default;
 };
 

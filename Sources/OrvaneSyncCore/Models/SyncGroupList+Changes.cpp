@@ -76,7 +76,7 @@ SyncGroupChanges SyncGroupList::changesSince(const SyncGroupList& before) const 
     for (std::size_t row = first; row < end; ++row) {
         const auto found = rows.find((*this)[row].id);
         if (found == rows.end() || isKept[found->second - first]) {
-            changes.came.push_back(row);
+            changes.inserted.push_back(row);
             continue;
         }
         isKept[found->second - first] = true;
@@ -84,7 +84,7 @@ SyncGroupChanges SyncGroupList::changesSince(const SyncGroupList& before) const 
         if (element(row) != before.element(found->second)) changes.changed.push_back(row);
     }
     for (std::size_t row = first; row < endBefore; ++row)
-        if (!isKept[row - first]) changes.went.push_back(row);
+        if (!isKept[row - first]) changes.removed.push_back(row);
     changes.moved = moves(kept);
     return changes;
 }

@@ -19,7 +19,7 @@ void expectThatItLeadsTo(const SyncGroupList& later, const SyncGroupList& earlie
     const auto isAmong = [](const auto& list, std::size_t row) { return std::ranges::count(list, row) > 0; };
     for (std::size_t row = 0; row < earlier.size(); ++row) {
         const bool moves = std::ranges::count(changes.moved, row, &SyncGroupChanges::Move::from) > 0;
-        if (!moves && !isAmong(changes.went, row)) rows.push_back(earlier.element(row));
+        if (!moves && !isAmong(changes.removed, row)) rows.push_back(earlier.element(row));
     }
     const auto place = [&](std::size_t row, SyncGroupList::Element element) {
         ASSERT_LE(row, rows.size());
@@ -28,7 +28,7 @@ void expectThatItLeadsTo(const SyncGroupList& later, const SyncGroupList& earlie
     for (std::size_t row = 0; row < later.size(); ++row) {
         const auto move = std::ranges::find(changes.moved, row, &SyncGroupChanges::Move::to);
         if (move != changes.moved.end()) place(row, earlier.element(move->from));
-        if (isAmong(changes.came, row)) place(row, later.element(row));
+        if (isAmong(changes.inserted, row)) place(row, later.element(row));
     }
     for (const std::size_t row : changes.changed) rows.at(row) = later.element(row);
     ASSERT_EQ(rows.size(), later.size());

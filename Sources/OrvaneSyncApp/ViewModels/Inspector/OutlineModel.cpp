@@ -210,7 +210,7 @@ void OutlineModel::follow(const ImportChange& change) {
     }
     if (change.field != ImportField::syncGroups) return;
     const SyncGroupChanges changes = change.clipChanges();
-    if (!changes.went.empty() || !changes.came.empty() || !changes.moved.empty()) return layOut();
+    if (!changes.removed.empty() || !changes.inserted.empty() || !changes.moved.empty()) return layOut();
     for (const std::size_t position : changes.changed)
         if (!haveSamePlaceAndName(change.clips[position], change.clipsBefore[position])) return layOut();
     for (const std::size_t position : changes.changed) {

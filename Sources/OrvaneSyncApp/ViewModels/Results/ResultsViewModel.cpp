@@ -178,7 +178,8 @@ void ResultsViewModel::follow(const ImportChange& change) {
     }
     const SyncGroupChanges changes = change.clipChanges();
     const bool mayMove = filter_ != Filter::all || !search_.isEmpty() || sortColumn_;
-    if (!changes.went.empty() || !changes.came.empty() || !changes.moved.empty() || mayMove) return layOut();
+    if (!changes.removed.empty() || !changes.inserted.empty() || !changes.moved.empty() || mayMove)
+        return layOut();
     Change changed;
     for (const std::size_t position : changes.changed) {
         const auto& clip = change.clips.element(position);

@@ -256,6 +256,9 @@ TEST(BatchRenamer, keepsCameraNames) {
     ASSERT_EQ(names.size(), 7U);
     EXPECT_EQ(names[0], (std::pair{day[1].id, std::string("X Hero")}));
     EXPECT_TRUE(BatchRenamer{}.newNames(groups, settings).empty()) << "nothing to do names nobody";
+    EXPECT_EQ((BatchRenamer{"Hero", "Star", 0, "", ""}.newNames(groups, settings)),
+              (std::vector{std::pair{day[1].id, std::string("Star")}}))
+        << "other names stay derived";
     EXPECT_EQ(BatchRenamer::manuallyNamed(groups), (std::vector<UUID>{day[0].id, day[1].id}));
 }
 

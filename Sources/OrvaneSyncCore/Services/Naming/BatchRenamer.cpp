@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
 namespace orvane {
 
@@ -74,9 +75,12 @@ std::vector<std::pair<UUID, std::string>> BatchRenamer::newNames(const SyncGroup
                                                                  const Settings& settings) const {
     std::vector<std::pair<UUID, std::string>> names;
     if (!hasOperation()) return names;
-    for (const SyncGroup& group : groups)
-        if (const std::string name = currentName(group, settings); !hasCameraName(group, name))
-            names.emplace_back(group.id, transform(name));
+    for (const SyncGroup& group : groups) {
+        const std::string name = currentName(group, settings);
+        if (hasCameraName(group, name)) continue;
+        if (std::string given = transform(name); given != name)
+            names.emplace_back(group.id, std::move(given));
+    }
     return names;
 }
 

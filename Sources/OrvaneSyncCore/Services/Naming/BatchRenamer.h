@@ -39,7 +39,7 @@ struct BatchRenamer {
     std::vector<PreviewRow> preview(const SyncGroupList& groups, const std::vector<UUID>& clips,
                                     const Settings& settings) const;
     /// The new manual name of every clip that would get one, in the order of the clips. A clip that still has
-    /// its camera's file name is left unchanged.
+    /// its camera's file name, or whose name would stay the same, is left unchanged.
     std::vector<std::pair<UUID, std::string>> newNames(const SyncGroupList& groups,
                                                        const Settings& settings) const;
 

@@ -62,6 +62,10 @@ TEST_F(ShootTest, scanShowsTheWholeState) {
     const JSON& card = diagnosis.find("cards")->elements()->front();
     EXPECT_EQ(*card.find("path")->string(), folder_.path("camera"));
     EXPECT_EQ(card.find("files")->integer(), 4);
+    const test::TemporaryDirectory links;
+    std::filesystem::create_directory_symlink(folder_.path(), links.path("link"));
+    const JSON linked = runWith({"diagnose", links.path("link"), "--json", "--no-cache"}).json();
+    EXPECT_EQ(*linked.find("cards")->elements()->front().find("path")->string(), links.path("link/camera"));
 }
 
 TEST_F(ShootTest, scanShowsATableToPeople) {

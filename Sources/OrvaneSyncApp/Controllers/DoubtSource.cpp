@@ -15,13 +15,15 @@ DoubtSettings DoubtSettings::of(const platform::SettingsStore& store) {
                                                : std::nullopt};
 }
 
+FileURL realFolder(const FileURL& folder) {
+    // A link that is the last component stays, so the way to something in it is asked for.
+    const std::string inside = platform::files::standardized(folder.path + "/x");
+    return {inside.substr(0, inside.size() - 2)};
+}
+
 std::vector<FileURL> DoubtSource::realFolders() const {
     std::vector<FileURL> real;
-    for (const FileURL& folder : folders) {
-        // A link that is the last component stays, so the way to something in it is asked for.
-        const std::string inside = platform::files::standardized(folder.path + "/x");
-        real.push_back({inside.substr(0, inside.size() - 2)});
-    }
+    for (const FileURL& folder : folders) real.push_back(realFolder(folder));
     return real;
 }
 

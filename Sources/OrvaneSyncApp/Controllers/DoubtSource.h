@@ -16,6 +16,9 @@
 
 namespace orvane {
 
+/// The path of a folder with all links followed, as files found in it have it.
+FileURL realFolder(const FileURL& folder);
+
 /// The settings that doubts depend on.
 struct DoubtSettings {
     TrimMode trimMode;

@@ -1,28 +1,35 @@
 #include "OrvaneSyncApp/Controllers/Commands/WorkDiagnosis.h"
 
 #include "OrvaneSyncApp/Controllers/Commands/WorkJSON.h"
+#include "OrvaneSyncApp/Controllers/DoubtSource.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
-#include <string_view>
 
 namespace orvane {
 
 namespace {
 
+/// A chosen folder by its path as it was given, and by the path that files found in it have; without a slash
+/// at the end.
+struct ChosenFolder {
+    std::string given, real;
+};
+
 /// The chosen folder that contains the file (the longest, if one contains another), with the name of the
 /// folder directly below it, unless the file is directly in the chosen folder.
-std::string cardOf(const std::vector<FileURL>& folders, const std::string& file) {
-    std::string_view chosen;
-    for (const FileURL& folder : folders) {
-        const std::string_view path = folder.path;
-        const bool holds =
-            file.starts_with(path) && (path.ends_with('/') || file.substr(path.size()).starts_with('/'));
-        if (holds && path.size() > chosen.size()) chosen = path;
+std::string cardOf(const std::vector<ChosenFolder>& folders, const std::string& file) {
+    const ChosenFolder* chosen = nullptr;
+    for (const ChosenFolder& folder : folders) {
+        const std::string& path = folder.real;
+        const bool holds = file.starts_with(path) && file.substr(path.size()).starts_with('/');
+        if (holds && (chosen == nullptr || path.size() > chosen->real.size())) chosen = &folder;
     }
-    const std::size_t inside = chosen.size() + (chosen.ends_with('/') ? 0 : 1);
-    const std::size_t slash = file.find('/', inside);
-    return std::string(slash == std::string::npos ? chosen : std::string_view(file).substr(0, slash));
+    if (chosen == nullptr) return file.substr(0, file.rfind('/')); // a link in the folder leads elsewhere
+    const std::size_t slash = file.find('/', chosen->real.size() + 1);
+    return slash == std::string::npos
+               ? chosen->given
+               : chosen->given + file.substr(chosen->real.size(), slash - chosen->real.size());
 }
 
 } // namespace
@@ -30,7 +37,11 @@ std::string cardOf(const std::vector<FileURL>& folders, const std::string& file)
 std::vector<CardContents> cardContents(const WorkSnapshot& work) {
     const auto& found = work.discoveryResult;
     if (!found) return {};
-    const std::vector<FileURL> folders = work.folders;
+    std::vector<ChosenFolder> folders;
+    for (const FileURL& folder : work.folders) {
+        folders.push_back({folder.path, realFolder(folder).path});
+        if (folders.back().given.ends_with('/')) folders.back().given.pop_back();
+    }
     std::map<std::string, CardContents> cards;
     const auto card = [&](const FileURL& file) -> CardContents& {
         std::string path = cardOf(folders, file.path);
@@ -42,10 +53,10 @@ std::vector<CardContents> cardContents(const WorkSnapshot& work) {
         for (const FileURL& file : *list) ++card(file).files;
     for (const FileURL& file : found->unreadMedia)
         ++card(file).unread[platform::text::uppercased(file.lowercasedExtension())];
-    for (const FileURL& folder : folders)
+    for (const ChosenFolder& folder : folders)
         if (std::ranges::none_of(cards,
-                                 [&](const auto& entry) { return entry.first.starts_with(folder.path); }))
-            cards[folder.path].path = folder.path;
+                                 [&](const auto& entry) { return entry.first.starts_with(folder.given); }))
+            cards[folder.given].path = folder.given;
     std::vector<CardContents> result;
     for (auto& [path, contents] : cards) result.push_back(std::move(contents));
     return result;

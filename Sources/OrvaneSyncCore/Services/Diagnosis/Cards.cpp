@@ -27,7 +27,8 @@ using CardKey = std::optional<std::pair<std::string_view, std::optional<long>>>;
 bool isOn(const Card& card, const Shoot& shoot, const MediaAsset& recording) {
     const std::string& path = recording.url.path;
     if (!path.starts_with(card.folder) || path.size() <= card.folder.size() ||
-        path[card.folder.size()] != '/' || (card.recorder && !card.recorder->isOn(recording)))
+        path[card.folder.size()] != '/' || (card.recorder && !card.recorder->isOn(recording)) ||
+        (shoot.recorderFolders.isJoined(card.folder) && shoot.recorderOf(recording) != card.folder))
         return false;
     const auto found = shoot.recordingByID.find(recording.id);
     if (!card.day || found == shoot.recordingByID.end()) return true;
@@ -35,9 +36,9 @@ bool isOn(const Card& card, const Shoot& shoot, const MediaAsset& recording) {
     return day && card.isOf(*day + card.movedByDays);
 }
 
-std::vector<Card> cardsOf(const std::vector<Recording>& recordings) {
-    return cards(recordings, [](const Recording& recording) {
-        return CardKey({folderOf(*recording.asset), recording.place.day});
+std::vector<Card> cardsOfRecorders(const Shoot& shoot) {
+    return cards(shoot.recordings, [&](const Recording& recording) {
+        return CardKey({shoot.recorderOf(*recording.asset), recording.place.day});
     });
 }
 

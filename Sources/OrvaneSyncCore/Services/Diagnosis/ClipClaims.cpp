@@ -95,7 +95,7 @@ SyncDoubt::Suggestion suggestionToChoose(const Shoot& shoot, const Shoot::Clip& 
     const auto isOutOfPlace = [&](const AudioMatch& other) {
         if (isHeardInPlace(shoot, clip, other)) return false;
         const auto isOfFolder = [&](const MediaAsset& recording) {
-            return folderOf(recording) == folderOf(*other.audio);
+            return shoot.recorderOf(recording) == shoot.recorderOf(*other.audio);
         };
         if (areHeardOutOfPlace(shoot, isOfFolder)) return true;
         const HeardClaim* heard = heardClaim(shoot, claimOf(clip, other, 0));

@@ -62,7 +62,7 @@ RecordersCards::RecordersCards(const Shoot& shoot, const std::vector<const Shoot
         for (std::size_t i = 0; i < those->size(); ++i) (*those)[i] = (*those)[shoot.wholes.firstOf[i]];
     std::map<std::string, Files> folders, joined;
     for (std::size_t i = 0; i < shoot.recordings.size(); ++i)
-        folders[std::string(folderOf(*shoot.recordings[i].asset))].push_back(i);
+        folders[std::string(shoot.recorderOf(*shoot.recordings[i].asset))].push_back(i);
     for (const auto& [folder, files] : folders) {
         std::vector<Card> own = byRecorder(folder, files);
         if (own.empty()) own = nights(folder, files);

@@ -17,7 +17,7 @@ constexpr double pulled = 0.001;
 constexpr double driftSlack = 0.0004; // both ends of 40 s are heard to 10 ms
 constexpr double driftMajority = 0.8;
 
-/// Clips of one camera folder with sound of one other folder.
+/// Clips of one camera folder with sound of one recorder.
 struct HeardClips {
     std::vector<double> drifts;
     std::vector<const Shoot::Clip*> clips;
@@ -30,7 +30,8 @@ void addDrift(const Shoot& shoot, SyncDoubts& doubts) {
     std::map<std::pair<std::string_view, std::string_view>, HeardClips> cards;
     for (const Shoot::Clip& clip : shoot.clips) {
         if (!clip.primary || clip.group->isExcludedFromExport) continue;
-        HeardClips& card = cards[{folderOf(clip.group->video), folderOf(*clip.group->primaryAudio())}];
+        HeardClips& card =
+            cards[{folderOf(clip.group->video), shoot.recorderOf(*clip.group->primaryAudio())}];
         card.clips.push_back(&clip);
         const auto lag = shoot.input.heardLags->find(clip.group->audioMatches.front().id);
         if (lag != shoot.input.heardLags->end() && lag->second.drift)

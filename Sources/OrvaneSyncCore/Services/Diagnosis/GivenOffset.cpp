@@ -108,7 +108,7 @@ class StatedPlaces {
     template <class Use>
     void forEachCard(const Use& use) {
         if (given_ == 0) return;
-        const std::vector<Card> cards = cardsOf(shoot_.recordings);
+        const std::vector<Card> cards = cardsOfRecorders(shoot_);
         for (const Card& card : cards) {
             platform::throwIfStopped(shoot_.stop);
             Clips clips;
@@ -216,7 +216,8 @@ void addGivenOffset(const Shoot& shoot, SyncDoubts& doubts) {
                  clips);
     for (const Shoot::Clip* clip : clips)
         if (const auto lag = heardLag(shoot, *clip);
-            lag && haveNoOtherSound({clip}, folderOf(*clip->group->audioMatches.front().audio)))
+            lag &&
+            haveNoOtherSound(shoot, {clip}, shoot.recorderOf(*clip->group->audioMatches.front().audio)))
             doubts.byGroup[clip->group->id].back().suggestion =
                 SyncDoubt::Suggestion{.offsetSeconds = *lag - microphoneDelaySeconds};
 }

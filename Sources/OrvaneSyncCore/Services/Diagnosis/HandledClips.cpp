@@ -21,7 +21,8 @@ std::map<CameraAndCard, HandledClips> handledClips(const Shoot& shoot) {
     for (const Shoot::Clip& clip : shoot.clips) {
         if (!clip.primary || clip.group->isExcludedFromExport) continue;
         const Recording& sound = shoot.recordings[*clip.primary];
-        HandledClips& card = cards[{folderOf(clip.group->video), folderOf(*sound.asset), sound.place.day}];
+        HandledClips& card =
+            cards[{folderOf(clip.group->video), shoot.recorderOf(*sound.asset), sound.place.day}];
         card.all.push_back(&clip);
         const double byHand = clip.group->manualAudioOffsetSeconds;
         if (std::abs(byHand) >= leastByHandSeconds)
@@ -79,20 +80,22 @@ HeardClock heardClock(double seconds, TimecodeFrameRate rate) {
     return {round, std::abs(heard - round) * timecodeRate::frameRateForRealTimeCalculation(rate) <= 1};
 }
 
-bool haveNoOtherSound(const std::vector<const Shoot::Clip*>& clips, std::string_view folder) {
+bool haveNoOtherSound(const Shoot& shoot, const std::vector<const Shoot::Clip*>& clips,
+                      std::string_view recorder) {
     return std::ranges::all_of(clips, [&](const Shoot::Clip* clip) {
-        return std::ranges::all_of(clip->group->audioMatches,
-                                   [&](const AudioMatch& match) { return folderOf(*match.audio) == folder; });
+        return std::ranges::all_of(clip->group->audioMatches, [&](const AudioMatch& match) {
+            return shoot.recorderOf(*match.audio) == recorder;
+        });
     });
 }
 
-bool findRecorder(Card& sound, const std::vector<const Shoot::Clip*>& clips) {
+bool findRecorder(const Shoot& shoot, Card& sound, const std::vector<const Shoot::Clip*>& clips) {
     std::vector<const MediaAsset*> own, others;
     for (const Shoot::Clip* clip : clips) {
         own.push_back(clip->group->primaryAudio());
         for (const TakeFile& file : takeOf(*clip->group, assumedChannels).files)
             if (const MediaAsset& other = *clip->group->audioMatches[file.matchIndex].audio;
-                file.role == TakeRole::alternate && folderOf(other) == sound.folder)
+                file.role == TakeRole::alternate && shoot.recorderOf(other) == sound.folder)
                 others.push_back(&other);
     }
     if (others.empty()) return true;

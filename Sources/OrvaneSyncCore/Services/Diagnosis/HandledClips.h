@@ -24,7 +24,8 @@ inline constexpr double microphoneDelaySeconds = 0.015;
 /// The limits of that delay. The camera's sound is hardly ever early.
 inline constexpr double mostAheadSeconds = 0.03, mostBehindSeconds = 0.08;
 
-/// Clips of one camera folder with sound of one card. Offsets are in seconds, to be added to the recordings.
+/// Clips of one camera folder with sound of one recorder and day. Offsets are in seconds, to be added to the
+/// recordings.
 struct HandledClips {
     std::vector<double> offsets; ///< of the clips that were moved by hand
     std::vector<double> heard;   ///< of the other clips, by the cameras' microphones
@@ -45,8 +46,8 @@ struct HandledClips {
     /// Heard in the clip's own sound or in other recordings, in the order of `all`.
     std::vector<Sounding> soundings() const;
 };
-using CameraAndCard =
-    std::tuple<std::string_view, std::string_view, std::optional<long>>; ///< folder of clips, of sound, day
+using CameraAndCard = std::tuple<std::string_view, std::string_view,
+                                 std::optional<long>>; ///< folder of the clips, of the recorder, day
 std::map<CameraAndCard, HandledClips> handledClips(const Shoot& shoot);
 
 /// The offset on which most agree, and how many agree.
@@ -68,13 +69,14 @@ HeardClock heardClock(double seconds, TimecodeFrameRate rate);
 /// Text after the cure for a clock error that is not exact.
 inline constexpr const char* checkAClap = "; then check a clap and set the frames";
 
-/// Whether the clips only have recordings of that folder, so that moving a clip's sound moves no other
-/// recorder's sound.
-bool haveNoOtherSound(const std::vector<const Shoot::Clip*>& clips, std::string_view folder);
+/// Whether the clips only have recordings of that recorder's folder, so that moving a clip's sound moves no
+/// other recorder's sound.
+bool haveNoOtherSound(const Shoot& shoot, const std::vector<const Shoot::Clip*>& clips,
+                      std::string_view recorder);
 
 /// Gives `sound` the mark that all first recordings of the clips have and no other recorder's recordings
 /// beside them. Returns true if these clips have no other files of the folder, or if such a mark separates
 /// them.
-bool findRecorder(Card& sound, const std::vector<const Shoot::Clip*>& clips);
+bool findRecorder(const Shoot& shoot, Card& sound, const std::vector<const Shoot::Clip*>& clips);
 
 } // namespace orvane

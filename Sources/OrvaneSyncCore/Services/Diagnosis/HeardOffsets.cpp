@@ -230,7 +230,7 @@ class HeardOffsets {
                     " comes from the same recorder and could not be heard";
         SyncDoubt doubt{.kind = Kind::constantOffset, .message = std::move(text), .cure = {}};
         const std::string_view folder = std::get<1>(*heard.front().key);
-        const bool isTable = !heard.front().isElsewhere && haveNoOtherSound(unmoved, folder);
+        const bool isTable = !heard.front().isElsewhere && haveNoOtherSound(shoot_, unmoved, folder);
         std::vector<const Shoot::Clip*> alone; // that have one recording, beside clips that have others
         if (!areAgreed && isTable) {
             doubt.cure = cureWords::moveAsHeard() + (clock.isExact ? "" : checkAClap) +
@@ -244,7 +244,7 @@ class HeardOffsets {
                 doubt.suggestion = SyncDoubt::Suggestion{.offsetSeconds = offset};
             } else if (!heard.front().isElsewhere && !isTable && cureWords::isForSome(doubt.cure)) {
                 std::ranges::copy_if(unmoved, std::back_inserter(alone), [&](const Shoot::Clip* clip) {
-                    return haveNoOtherSound({clip}, folder) && haveOneRecording({clip});
+                    return haveNoOtherSound(shoot_, {clip}, folder) && haveOneRecording({clip});
                 });
                 if (!alone.empty())
                     doubt.cure += "; in one document, " +
@@ -253,7 +253,7 @@ class HeardOffsets {
             }
         }
         for (const Recording& recording : shoot_.recordings)
-            if (folderOf(*recording.asset) == folder &&
+            if (shoot_.recorderOf(*recording.asset) == folder &&
                 recording.place.day == std::get<2>(*heard.front().key))
                 doubts_.recordings.insert(recording.asset->id);
         addCardDoubt(doubts_, std::move(doubt), unmoved);
@@ -330,7 +330,7 @@ class HeardOffsets {
                           (isLate ? ", or none, if the microphone was " + metres + " away" : ""),
             .cure = "check a clap; if it shows the same, "};
         const DoubtCure alone = forCameras({offsetBy(offset, {camera})}, {camera});
-        if (haveNoOtherSound(clips, std::get<1>(*camera.key))) {
+        if (haveNoOtherSound(shoot_, clips, std::get<1>(*camera.key))) {
             doubt.cure += cureWords::moveAsHeard() + ", or " + alone;
             doubt.suggestion = SyncDoubt::Suggestion{.offsetSeconds = offset};
         } else {
@@ -351,7 +351,7 @@ class HeardOffsets {
                                      {CureOption::Kind::soundOffset, offsetText(total, heardRate->rate)}},
                                     {camera});
         const bool isTable = cureWords::isForSome(cure) && haveOneRecording(card.unmoved) &&
-                             haveNoOtherSound(card.unmoved, std::get<1>(*camera.key));
+                             haveNoOtherSound(shoot_, card.unmoved, std::get<1>(*camera.key));
         if (isTable)
             cure += "; in one document, " +
                     cureWords::asHeard("move the sound of each clip by its own distance", "'offset_frames'");
@@ -413,7 +413,7 @@ class HeardOffsets {
         std::vector<const Shoot::Clip*> clips;
         for (const Camera& one : cameras)
             clips.insert(clips.end(), one.clips->all.begin(), one.clips->all.end());
-        const bool isPart = !findRecorder(sound, clips);
+        const bool isPart = !findRecorder(shoot_, sound, clips);
         return DoubtCure(CureWay{std::move(options)})
                    .in(cure_.scanOfRecordings(sound, isPart, foldersOf(cameras))) +
                (isExact ? "" : checkAClap) + "; lock a clip whose sound is right as it is" +

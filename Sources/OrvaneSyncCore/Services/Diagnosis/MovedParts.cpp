@@ -123,7 +123,7 @@ void addMovedPart(const Shoot& shoot, const std::map<CameraAndCard, HandledClips
     const TimecodeFrameRate rate = rateOfLabels(shoot);
     const OffsetCure cure(shoot, rate);
     Card sound{std::string(recorder), day, {}};
-    findRecorder(sound, part.clips);
+    findRecorder(shoot, sound, part.clips);
     for (std::size_t i = 0; i < shoot.recordings.size(); ++i)
         if (isOn(sound, shoot, *shoot.recordings[i].asset) && isIn(shoot, part, i)) sound.files.push_back(i);
     const OtherCameras others = othersOf(shoot, cards, key, part);
@@ -157,7 +157,7 @@ void addMovedPart(const Shoot& shoot, const std::map<CameraAndCard, HandledClips
             shoot.nameOf(part.clips.back()->group->video) + " are " +
             offsetSpanText(std::abs(clock.seconds), rate) + (isSoundLate ? " early" : " late") +
             " against the recordings";
-    if (others.hasOwnTime && !part.isElsewhere && haveNoOtherSound(part.clips, recorder)) {
+    if (others.hasOwnTime && !part.isElsewhere && haveNoOtherSound(shoot, part.clips, recorder)) {
         addCardDoubt(doubts,
                      {.kind = SyncDoubt::Kind::constantOffset,
                       .message = std::move(text),

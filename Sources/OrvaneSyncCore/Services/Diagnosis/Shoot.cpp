@@ -79,7 +79,8 @@ std::string_view folderOf(const MediaAsset& asset) {
     return std::string_view(path).substr(0, path.rfind('/'));
 }
 
-Shoot::Shoot(const DoubtInput& theInput, const std::stop_token& theStop) : input(theInput), stop(theStop) {
+Shoot::Shoot(const DoubtInput& theInput, const std::stop_token& theStop)
+    : input(theInput), stop(theStop), recorderFolders(theInput.recordings) {
     Places places(input.rules);
     recordings = recordingsAmong(input.recordings, places, stop);
     wholes = WholeRecordings::of(recordings, input.rules.days, coverSlackSeconds, stop);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
+#include "OrvaneSyncCore/Services/Matching/RecorderFolders.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Matching/WholeRecordings.h"
 
@@ -50,6 +51,9 @@ struct Shoot {
     std::vector<Clip> clips; ///< in the order of the groups
     std::vector<Recording> recordings;
     std::unordered_map<UUID, std::size_t> recordingByID; ///< index in `recordings`
+    /// Known for all recordings, also for those without a place in time.
+    RecorderFolders recorderFolders;
+    std::string_view recorderOf(const MediaAsset& recording) const { return recorderFolders.of(recording); }
     /// What is searched for under a clip: a take that was cut into several files counts as one.
     WholeRecordings wholes;
     /// By the first file of each whole recording: whether a clip has a part of it.

@@ -242,9 +242,9 @@ struct HeardPair {
 
     std::pair<std::string_view, std::optional<long>> recorder(const Shoot& shoot) const {
         const auto placed = shoot.recordingByID.find(pair.recording->id);
-        return {folderOf(*pair.recording), placed != shoot.recordingByID.end()
-                                               ? shoot.recordings[placed->second].place.day
-                                               : std::nullopt};
+        return {shoot.recorderOf(*pair.recording), placed != shoot.recordingByID.end()
+                                                       ? shoot.recordings[placed->second].place.day
+                                                       : std::nullopt};
     }
 };
 

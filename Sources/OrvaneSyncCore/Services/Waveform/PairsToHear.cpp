@@ -38,6 +38,7 @@ bool coversClip(const AudioMatch& match, double clipSeconds) {
 struct AudibleClip {
     const SyncGroup* group;
     const AudioMatch* match;
+    std::string_view recorder = {};
 };
 /// Whether the sound of the clip's camera can be compared with its recordings.
 bool isAudible(const SyncGroup& group) {
@@ -45,25 +46,27 @@ bool isAudible(const SyncGroup& group) {
            group.video.channelCount.value_or(0) > 0 &&
            group.video.durationSeconds.value_or(0) >= leastHeardSeconds;
 }
-/// Key: the folders of camera and recordings; clips are in the order of the list.
+/// Key: the folders of camera and recorder; clips are in the order of the list.
 using AudibleCards = std::map<std::pair<std::string_view, std::string_view>, std::vector<AudibleClip>>;
 
 /// `areLongEnough`: without clips that are too short to show a drift, if enough others are left.
 AudibleCards audibleCards(const SyncGroupList& groups, bool areLongEnough = true) {
     AudibleCards cards;
+    const RecorderFolders recorders(groups);
     for (const SyncGroup& group : groups) {
         if (!isAudible(group) || group.isLocked || group.isExcludedFromExport ||
             group.manualAudioOffsetSeconds != 0)
             continue;
         const std::string_view camera = pathOfFolder(group.video.url);
-        cards[{camera, pathOfFolder(group.primaryAudio()->url)}].push_back(
-            {&group, &group.audioMatches.front()});
+        const std::string_view recorder = recorders.of(*group.primaryAudio());
+        cards[{camera, recorder}].push_back({&group, &group.audioMatches.front(), recorder});
         if (group.audioMatches.size() < 2) continue;
         for (const TakeFile& file : takeOf(group, assumedChannels).files) {
             const AudioMatch& match = group.audioMatches[file.matchIndex];
             if (file.role != TakeRole::alternate || coversClip(match, *group.video.durationSeconds)) continue;
-            auto& card = cards[{camera, pathOfFolder(match.audio->url)}];
-            if (card.empty() || card.back().group != &group) card.push_back({&group, &match});
+            const std::string_view other = recorders.of(*match.audio);
+            auto& card = cards[{camera, other}];
+            if (card.empty() || card.back().group != &group) card.push_back({&group, &match, other});
         }
     }
     std::erase_if(cards, [](const auto& card) { return card.second.size() < fewestPairs; });
@@ -78,12 +81,13 @@ AudibleCards audibleCards(const SyncGroupList& groups, bool areLongEnough = true
 }
 
 Pair pairOf(const AudibleClip& one) {
-    const auto& [group, match] = one;
+    const auto& [group, match, recorder] = one;
     const double length = *group->video.durationSeconds;
     if (match != &group->audioMatches.front())
-        return {match->id, group->video.url, match->audio->url, match->syncOffsetSeconds, length};
+        return {match->id, group->video.url,     match->audio->url, match->syncOffsetSeconds,
+                length,    std::string(recorder)};
     const ClipSound sound(*group);
-    return {match->id, group->video.url, *sound.take, sound.offsetSeconds, length};
+    return {match->id, group->video.url, *sound.take, sound.offsetSeconds, length, std::string(recorder)};
 }
 
 /// `count` numbers from 0 to `size` - 1: the first, the last, the one halfway between, and so on.
@@ -99,17 +103,10 @@ std::vector<std::size_t> spread(std::size_t size, std::size_t count) {
     return numbers;
 }
 
-/// If a recorder makes a folder for each take, the folder above it.
-std::string cardOf(const std::map<std::string_view, std::size_t>& filesIn, const FileURL& file) {
-    const std::string_view folder = pathOfFolder(file);
-    return std::string(filesIn.at(folder) >= fewestPairs ? folder : folder.substr(0, folder.rfind('/')));
-}
-
 } // namespace
 
 bool areOfOneCard(const Pair& a, const Pair& b) {
-    return pathOfFolder(a.camera) == pathOfFolder(b.camera) &&
-           pathOfFolder(a.recording.files.front().url) == pathOfFolder(b.recording.files.front().url);
+    return pathOfFolder(a.camera) == pathOfFolder(b.camera) && a.recorder == b.recorder;
 }
 
 std::vector<Pair> pairsToHear(const SyncGroupList& groups) {
@@ -215,10 +212,10 @@ RecordingNeighbours::RecordingNeighbours(const SyncGroupList& groups,
     : groups_(groups) {
     Places places(rules);
     const std::vector<Recording> all = recordingsAmong(recordings, places, stop);
-    std::map<std::string_view, std::size_t> filesIn;
-    for (const Recording& one : all) ++filesIn[pathOfFolder(one.asset->url)];
+    const RecorderFolders recorders(recordings);
     for (const Recording& one : all)
-        recordings_.push_back({one.asset->id, one.asset->url, cardOf(filesIn, one.asset->url), one.place});
+        recordings_.push_back(
+            {one.asset->id, one.asset->url, std::string(recorders.of(*one.asset)), one.place});
     std::ranges::stable_sort(recordings_, {}, [](const Placed& one) {
         return std::tuple(std::string_view(one.card), one.place.day, one.place.range.startSeconds);
     });

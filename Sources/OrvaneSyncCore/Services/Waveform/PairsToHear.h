@@ -2,6 +2,7 @@
 
 #include "OrvaneSyncCore/Models/HeardLag.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
+#include "OrvaneSyncCore/Services/Matching/RecorderFolders.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Takes/TakeAudio.h"
 
@@ -25,8 +26,9 @@ struct Pair {
     UUID matchID; ///< the clip's match with the recording
     FileURL camera;
     TakeSound recording;
-    double offsetSeconds = 0; ///< clip time of the recording's first sample
-    double lengthSeconds = 0; ///< of the clip
+    double offsetSeconds = 0;  ///< clip time of the recording's first sample
+    double lengthSeconds = 0;  ///< of the clip
+    std::string recorder = {}; ///< its folder (`RecorderFolders`)
     /// Recordings that may have the camera's sound if the recording under the clip does not.
     std::vector<OtherRecording> others = {};
 };
@@ -36,10 +38,10 @@ inline constexpr double leastHeardSeconds = 3;     ///< shortest clip
 inline constexpr double agreeingSeconds = 0.1;     ///< largest difference of distances that count as equal
 inline constexpr std::size_t fewestPairs = 3;      ///< for each card; fewer prove nothing
 
-/// Whether both pairs have the same camera folder and the same recordings folder.
+/// Whether both pairs have the same camera folder and the same recorder.
 bool areOfOneCard(const Pair& a, const Pair& b);
 
-/// For each camera folder and each folder of recordings a few clips, spread over all of them, beginning with
+/// For each camera folder and each recorder a few clips, spread over all of them, beginning with
 /// the first and the last. Only clips that have their sound by timecode alone are used; if enough of them are
 /// long enough to show a drift, only these. None if fewer than three clips can be compared. Also for
 /// recordings beside the take of a clip that begin or end within the clip: such a recorder was started late,
@@ -56,8 +58,8 @@ std::vector<Pair> pairsOf(const SyncGroupList& clips);
 std::vector<Pair> pairsBetween(const SyncGroupList& groups, const HeardSound& heard,
                                const std::unordered_set<UUID>& tried);
 
-/// If the heard clips of a camera agree on a small lag that another camera with sound of the same folder does
-/// not have, or that counts alone, further clips, so that enough of them agree or not
+/// If the heard clips of a camera agree on a small lag that another camera with sound of the same recorder
+/// does not have, or that counts alone, further clips, so that enough of them agree or not
 /// (`agreedLag::fewestClips`). `tried` as above.
 /// Pure; any thread.
 std::vector<Pair> pairsToConfirm(const SyncGroupList& groups, const HeardSound& heard,

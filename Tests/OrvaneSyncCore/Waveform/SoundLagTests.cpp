@@ -1,4 +1,5 @@
 #include "../Diagnosis/Shot.h"
+#include "MediaFactory/LTCSignal.h"
 #include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncCore/Services/Waveform/SoundLag.h"
 #include "OrvaneSyncCore/Services/Waveform/SoundPlace.h"
@@ -109,6 +110,23 @@ TEST(SoundLag, IsFoundByTheCamerasOwnMicrophone) {
         for (SoundLag::Pair& pair : pairs) pair.matchID = UUID::random();
         EXPECT_EQ(SoundLag::heard(pairs).lags.size(), 3U) << "the others would say the same";
     }
+}
+
+TEST(SoundLag, TimecodeOnOneChannelDoesNotHideTheMicrophoneOnAnother) {
+    const TemporaryDirectory folder;
+    const auto take = soundOf(1, 25);
+    const auto timecode = LTCSignal{.sampleRate = rate}.samples(900000, 25);
+    const auto make = [&](const std::string& name, std::size_t from, std::size_t seconds, float gain) {
+        std::vector<float> both;
+        for (std::size_t i = 0; i < seconds * rate; ++i)
+            both.insert(both.end(), {timecode[i], gain * take[i + from * rate]});
+        WaveMaker().format({.channels = 2, .sampleRate = rate}).samples(both).writeTo(folder.path(name));
+        return FileURL{folder.path(name)};
+    };
+    const SoundLag::Pair pair{UUID(), make("camera.wav", 6, 12, 0.1F), make("take.wav", 0, 25, 1), -3.6};
+    const auto lags = SoundLag::heard({pair}).lags;
+    ASSERT_EQ(lags.size(), 1U);
+    EXPECT_NEAR(lags.begin()->second.seconds, -2.4, 0.011);
 }
 
 /// Takes at equal intervals; a wrong clock puts each take under the clip of the next one.

@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Services/Waveform/SoundLag.h"
 
+#include "OrvaneSyncCore/Services/Ingest/LTCWordReader.h"
 #include "OrvaneSyncCore/Services/SmartAudio/AudioPass.h"
 #include "OrvaneSyncCore/Services/Waveform/SoundPlace.h"
 #include "Platform/MainThread.h"
@@ -45,41 +46,75 @@ constexpr double surelyAlike = 0.85;
 constexpr std::size_t listenersAtOnce = 4;
 constexpr int mostRounds = 12; // enough to find the take from which on a clock is wrong among some thousands
 
-/// The level of all channels together, for each window.
+/// The level of all channels together, for each window, without channels of linear timecode: its level is
+/// constant and hides that of the microphones.
 class Levels : public AudioListener {
   public:
+    Levels(std::size_t channels, double sampleRate)
+        : energies_(channels), means_(channels), timecode_(channels, LTCWordReader(sampleRate)),
+          timecodeFrames_(wholeSamples(timecodeSeconds, sampleRate)) {}
+
     void samples(std::span<const float* const> channels, std::size_t frames) override {
-        for (const float* channel : channels)
-            for (std::size_t i = 0; i < frames; ++i) energy_ += double{channel[i]} * double{channel[i]};
-        count_ += frames * channels.size();
+        const std::size_t read = std::min(timecodeFrames_, frames);
+        for (std::size_t channel = 0; channel < channels.size(); ++channel) {
+            timecode_[channel].hear({channels[channel], read});
+            for (std::size_t i = 0; i < frames; ++i)
+                energies_[channel] += double{channels[channel][i]} * double{channels[channel][i]};
+        }
+        timecodeFrames_ -= read;
+        count_ += frames;
     }
     void windowEnded() override {
-        constexpr double silence = 1e-12;
-        const double mean = count_ > 0 ? energy_ / static_cast<double>(count_) : 0;
-        dB.push_back(static_cast<float>(10 * std::log10(mean + silence)));
-        energy_ = 0;
+        for (std::size_t channel = 0; channel < means_.size(); ++channel) {
+            means_[channel].push_back(count_ > 0 ? energies_[channel] / static_cast<double>(count_) : 0);
+            energies_[channel] = 0;
+        }
         count_ = 0;
     }
 
-    std::vector<float> dB;
+    std::vector<float> dB() {
+        std::vector<double> sums;
+        std::size_t channels = 0;
+        for (std::size_t channel = 0; channel < means_.size(); ++channel) {
+            timecode_[channel].finish();
+            sums.resize(means_[channel].size());
+            if (timecode_[channel].words().size() >= fewestWords) continue;
+            ++channels;
+            for (std::size_t i = 0; i < sums.size(); ++i) sums[i] += means_[channel][i];
+        }
+        constexpr double silence = 1e-12;
+        std::vector<float> levels;
+        levels.reserve(sums.size());
+        for (const double sum : sums)
+            levels.push_back(static_cast<float>(
+                10 * std::log10(sum / static_cast<double>(std::max<std::size_t>(channels, 1)) + silence)));
+        return levels;
+    }
 
   private:
-    double energy_ = 0;
+    static constexpr double timecodeSeconds = 1; // the beginning is enough: timecode does not pause
+    static constexpr std::size_t fewestWords = 5;
+
+    std::vector<double> energies_;           ///< of the present window, by channel
+    std::vector<std::vector<double>> means_; ///< by channel, then by window
+    std::vector<LTCWordReader> timecode_;
+    std::size_t timecodeFrames_; ///< that are still to be searched for timecode
     std::size_t count_ = 0;
 };
 
 std::vector<float> levelsOf(platform::AudioFile* file, double from, double seconds,
                             const std::stop_token& stop) {
-    Levels levels;
     if (file == nullptr || !(file->sampleRate() > 0) || file->channelCount() < 1) return {};
+    const auto channels = static_cast<std::size_t>(std::min(file->channelCount(), mostChannels));
+    Levels levels(channels, file->sampleRate());
     std::array<AudioListener*, 1> listeners{&levels};
     AudioPass{.firstFrame = static_cast<std::int64_t>(std::llround(from * file->sampleRate())),
-              .channels = static_cast<std::size_t>(std::min(file->channelCount(), mostChannels)),
+              .channels = channels,
               .windowFrames = wholeSamples(1 / SoundPlace::binsPerSecond, file->sampleRate()),
               .windows = static_cast<std::size_t>(seconds * SoundPlace::binsPerSecond),
               .stop = stop}
         .run(*file, listeners);
-    return std::move(levels.dB);
+    return levels.dB();
 }
 
 /// The result for one pair.

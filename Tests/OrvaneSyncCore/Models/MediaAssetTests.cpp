@@ -142,6 +142,8 @@ TEST(MediaAsset, shootDayIsThatOfTheName) {
     MediaAsset asset = test::video("A_240517.mov");
     asset.contentCreatedDate = dateFromISO8601("2023-12-31T23:30:00Z");
     EXPECT_EQ(iso8601(*asset.shootDay()), "2024-05-16T22:00:00Z");
+    asset.filename = "000501.mov";
+    EXPECT_EQ(iso8601(*asset.shootDay()), "2023-12-31T23:00:00Z") << "a running number";
     asset.filename = "A.mov";
     EXPECT_EQ(iso8601(*asset.shootDay()), "2023-12-31T23:00:00Z") << "already next year in Berlin";
     asset.contentCreatedDate.reset();

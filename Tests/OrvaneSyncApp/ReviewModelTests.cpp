@@ -472,5 +472,33 @@ TEST_F(ReviewModelTest, theCamerasOfATakePlayAsOne) {
     EXPECT_EQ(bag.engines().size(), 1U);
 }
 
+TEST_F(ReviewModelTest, theCamerasOfATakeGoToTheClapThatIsFound) {
+    const auto cluster = MulticamViewModel::create(controller_, [this] { return makeEngine(); });
+    ClusterEngineBag& bag = cluster->bag();
+    const auto cameraAt = [&](const UUID& id) { return bag.engines().at(id)->position().seconds(); };
+    controller_->clips().toggleLocked(other_);
+    finish(cluster->load({id_, other_}));
+    EXPECT_EQ(cameraAt(id_), 0);
+    EXPECT_EQ(cameraRun(bag, other_, *sharedPlayhead(bag)), CameraRun::notYet);
+    finish(cluster->findClaps());
+    mainThread_->runPosted();
+    EXPECT_EQ(cameraAt(id_), 4.5);
+    EXPECT_EQ(cameraAt(other_), 1);
+    EXPECT_FALSE(controller_->work().syncGroups().find(other_)->audioAnchorOffsetInAudioSeconds) << "locked";
+    EXPECT_EQ(cameraRun(bag, other_, *sharedPlayhead(bag)), CameraRun::running);
+    bag.seekAll(18.5);
+    mainThread_->runPosted();
+    EXPECT_EQ(cameraRun(bag, id_, *sharedPlayhead(bag)), CameraRun::running) << "on its last frame";
+    bag.seekAll(20);
+    mainThread_->runPosted();
+    EXPECT_EQ(cameraRun(bag, id_, *sharedPlayhead(bag)), CameraRun::ended);
+
+    finish(cluster->load({other_, id_}));
+    cluster->handleKeyAction(KeyAction::stepForward);
+    const double moved = cameraAt(id_);
+    finish(cluster->findClaps());
+    EXPECT_EQ(cameraAt(id_), moved) << "the user was faster";
+}
+
 } // namespace
 } // namespace orvane::test

@@ -67,6 +67,11 @@ platform::Task ClusterEngineBag::load(const std::vector<SyncGroup>& members) {
     return allOf(std::move(loading));
 }
 
+void ClusterEngineBag::goToClaps(const std::vector<SyncGroup>& members) {
+    for (const SyncGroup& member : members)
+        if (const auto clap = openingOf(member, members)) engineFor(member.id)->correctInitialSeek(*clap);
+}
+
 void ClusterEngineBag::leave(const std::function<bool(const UUID&)>& isLeaving) {
     std::vector<std::shared_ptr<VideoEngine>> leaving;
     std::erase_if(engines_, [&](const auto& entry) {

@@ -41,6 +41,8 @@ class ClusterEngineBag {
 
     /// Loads each member at its clap. The task ends when all are loaded.
     platform::Task load(const std::vector<SyncGroup>& members);
+    /// Moves the members that were loaded and not moved by the user to their claps.
+    void goToClaps(const std::vector<SyncGroup>& members);
     /// To be called when a member's sound or the sound's position may have changed; its waveform moves with
     /// it.
     void follow(const SyncGroup& member);

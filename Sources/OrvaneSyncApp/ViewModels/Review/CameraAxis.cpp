@@ -51,4 +51,16 @@ std::optional<double> sharedPlayhead(const ClusterEngineBag& bag) {
     return latestEnd ? latestEnd : earliestStart ? earliestStart : ofLeader;
 }
 
+CameraRun cameraRun(const ClusterEngineBag& bag, const UUID& camera, double sharedSeconds) {
+    const auto engine = bag.engines().find(camera);
+    const auto offset = bag.memberSyncOffsets().find(camera);
+    if (engine == bag.engines().end() || offset == bag.memberSyncOffsets().end() ||
+        !engine->second->transport().isLoaded)
+        return CameraRun::running;
+    const PlayheadState& playhead = engine->second->playhead();
+    const double at = sharedSeconds + offset->second, rounding = playhead.frameLength().seconds() / 2;
+    if (at < -rounding) return CameraRun::notYet;
+    return at > playhead.clipDuration + rounding ? CameraRun::ended : CameraRun::running;
+}
+
 } // namespace orvane

@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/Controllers/ClusterEngineBag.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -33,5 +34,10 @@ struct CameraAxis {
 /// camera that waits at its start or its end does not say the time if another one is within its clip; if all
 /// wait, the time is that of the latest end, or of the earliest start.
 std::optional<double> sharedPlayhead(const ClusterEngineBag& bag);
+
+/// Whether a camera was recording at a moment. Outside of its clip its player shows the first or last frame.
+enum class CameraRun : std::uint8_t { notYet, running, ended };
+/// `sharedSeconds`: shared time. A camera that is not there or not loaded counts as running.
+CameraRun cameraRun(const ClusterEngineBag& bag, const UUID& camera, double sharedSeconds);
 
 } // namespace orvane

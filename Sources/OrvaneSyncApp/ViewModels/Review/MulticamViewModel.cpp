@@ -62,6 +62,33 @@ platform::Task MulticamViewModel::loaded(std::weak_ptr<MulticamViewModel> weak) 
     }
 }
 
+platform::Task MulticamViewModel::findClaps() { return findClaps(weak_from_this()); }
+
+platform::Task MulticamViewModel::findClaps(std::weak_ptr<MulticamViewModel> weak) {
+    auto self = weak.lock();
+    const std::vector<UUID> members = self->members_;
+    using OfLocked = std::shared_ptr<std::optional<double>>; // a locked clip is not changed
+    std::vector<OfLocked> ofLocked;
+    std::vector<platform::Task> searches;
+    for (const UUID& id : members) {
+        searches.push_back(self->controller_->timeline().autoDetectAudioAnchorIfMissing(id));
+        ofLocked.push_back(std::make_shared<std::optional<double>>());
+        searches.push_back(self->controller_->timeline().locateClapOfLocked(id, ofLocked.back()));
+    }
+    self.reset();
+    for (const platform::Task& search : searches) co_await search;
+    const platform::Task loading = loaded(weak);
+    co_await loading;
+    self = weak.lock();
+    if (!self || self->members_ != members) co_return;
+    std::vector<SyncGroup> clips;
+    for (std::size_t i = 0; i < members.size(); ++i) {
+        clips.push_back(*self->controller_->work().syncGroups().find(members[i]));
+        if (*ofLocked[i]) clips.back().audioAnchorOffsetInAudioSeconds = *ofLocked[i];
+    }
+    self->bag_.goToClaps(clips);
+}
+
 void MulticamViewModel::close() {
     chosen_.clear();
     members_.clear();

@@ -30,6 +30,9 @@ class MulticamViewModel : public std::enable_shared_from_this<MulticamViewModel>
     static std::vector<UUID> camerasFor(const OpenWork& work, const std::vector<UUID>& chosen);
     /// Throws GroupNotFound. The task ends when all are loaded.
     platform::Task load(std::vector<UUID> groupIDs);
+    /// Searches for the claps of the cameras that are open and have none, and moves all to their claps,
+    /// unless the user has moved them meanwhile.
+    platform::Task findClaps();
     /// Ends when no camera is being loaded; commands for all cameras wait for this.
     platform::Task loaded();
     void close();
@@ -49,6 +52,7 @@ class MulticamViewModel : public std::enable_shared_from_this<MulticamViewModel>
     MulticamViewModel(std::shared_ptr<ImportController> controller, ClusterEngineBag::MakeEngine makeEngine)
         : controller_(std::move(controller)), bag_(std::move(makeEngine)) {}
     static platform::Task loaded(std::weak_ptr<MulticamViewModel> weak);
+    static platform::Task findClaps(std::weak_ptr<MulticamViewModel> weak);
     platform::Task open(std::vector<UUID> members);
     void follow();
     void step(int frames);

@@ -3,6 +3,7 @@
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneDesignKit/ElidedLabel.h"
 #include "OrvaneDesignKit/Sheet.h"
+#include "OrvaneSyncApp/ViewModels/Review/CameraAxis.h"
 #include "OrvaneSyncApp/ViewModels/Review/PictureTexts.h"
 #include "OrvaneSyncApp/Views/Inspector/OutlineView.h"
 #include "OrvaneSyncApp/Views/Review/CameraStrip.h"
@@ -55,6 +56,13 @@ class MulticamView::Cell : public QFrame {
         canvas_ = new PictureCanvas;
         canvas_->setEngine(engine_);
         canvas_->setToolTip(tr("Click: listen to this camera. Double-click: open only this one."));
+        auto* over = new QGridLayout(canvas_);
+        over->setContentsMargins(0, 0, 0, 0);
+        over->addWidget(notRunning_ = new QLabel);
+        notRunning_->setAlignment(Qt::AlignCenter);
+        notRunning_->setAttribute(Qt::WA_TransparentForMouseEvents);
+        notRunning_->setStyleSheet(QStringLiteral("background: %1;").arg(colours().picture.name()));
+        notRunning_->hide();
         canvas_->whenClicked = [this, hear] { hear(id); };
         canvas_->whenDoubleClicked = [this, openClip] { openClip(id); };
         auto* picture = new QHBoxLayout;
@@ -104,6 +112,10 @@ class MulticamView::Cell : public QFrame {
         heard_->setText(isHeard ? tr("Heard") : tr("Hear"));
     }
     void showTimecode() { timecode_->setText(text(pictureTimecode(engine_->playhead()))); }
+    void showRun(CameraRun run) {
+        notRunning_->setVisible(run != CameraRun::running);
+        notRunning_->setText(run == CameraRun::notYet ? tr("Not running yet") : tr("No longer running"));
+    }
     void setAsksForSize(bool asks) { canvas_->setAsksForSize(asks); }
     const UUID id;
     const QString name;
@@ -112,6 +124,7 @@ class MulticamView::Cell : public QFrame {
     const std::shared_ptr<VideoEngine> engine_;
     QLabel* timecode_;
     PictureCanvas* canvas_;
+    QLabel* notRunning_; ///< covers the picture that the player shows outside of the clip
     QPushButton* heard_;
 };
 
@@ -248,7 +261,8 @@ void MulticamView::open(const std::vector<UUID>& groupIDs) {
     for (const UUID& id : groupIDs) ids.emplace_back(id.text());
     JSON arguments = JSON::object();
     arguments.set("groupIDs", std::move(ids));
-    desktop_.run("clusterLoad", std::move(arguments));
+    desktop_.run("clusterLoad", std::move(arguments),
+                 [model = multicam_](const JSON&) { void(model->findClaps()); });
 }
 
 void MulticamView::leave() { multicam_->close(); }
@@ -271,7 +285,14 @@ void MulticamView::follow() {
         noteClips();
     }
     strip_->follow();
+    followPlayhead();
+}
+
+void MulticamView::followPlayhead() {
     strip_->followPlayhead();
+    const auto shared = sharedPlayhead(multicam_->bag());
+    for (Cell* cell : cells_)
+        cell->showRun(shared ? cameraRun(multicam_->bag(), cell->id, *shared) : CameraRun::running);
 }
 
 void MulticamView::showTake() {
@@ -334,8 +355,7 @@ void MulticamView::layOut() {
                     ->setIcon(icon(multicam_->bag().isPlaying() ? Glyph::pause : Glyph::play));
                 strip_->follow();
             }
-            if (field == VideoEngineField::playhead || field == VideoEngineField::transport)
-                strip_->followPlayhead();
+            if (field == VideoEngineField::playhead || field == VideoEngineField::transport) followPlayhead();
         }));
     }
 }

@@ -41,6 +41,7 @@ class MulticamView : public WorkScreen {
     class Cell;
     void hear(const UUID& camera);
     void follow();
+    void followPlayhead();
     void go(int step);
     void layOut();
     void showTake();

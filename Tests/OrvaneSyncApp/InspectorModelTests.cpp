@@ -269,6 +269,11 @@ TEST_F(InspectorModelTest, recordingsCanBeChosenAndAttached) {
     ASSERT_EQ(nearest.size(), 2U);
     EXPECT_EQ(nearest.front().audio.filename, "OTHER.wav") << "before the wild track, which is far away";
     EXPECT_EQ(nearest.front().fromClip, 0);
+    SyncDoubt anHourOff;
+    anHourOff.cure = DoubtCure(CureOption::Kind::soundOffset, "-01:00:00:00");
+    const auto suggested = attachableTo(*controller_, b_, {anHourOff});
+    EXPECT_EQ(suggested.front().audio.filename, "T4.wav") << "under the clip once the offset is taken off";
+    EXPECT_FALSE(suggested.back().isSuggested);
 
     EXPECT_FALSE(RecordingsPart::of(*controller_, group(b_)).isOutside);
     controller_->clips().adjustAudioOffset(b_, -3600);

@@ -3,6 +3,7 @@
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
 #include "OrvaneSyncApp/ViewModels/Timeline/TimelineRows.h"
 #include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
+#include "OrvaneSyncCore/Services/Matching/MatchRules.h"
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
 #include "OrvaneSyncCore/Services/Takes/ClipSound.h"
@@ -64,6 +65,22 @@ double secondsFrom(const FilePlace& clip, const FilePlace& sound) {
     return after > 0 ? after : std::min(sound.range.endSeconds + shift - clip.range.startSeconds, 0.0);
 }
 
+/// By how many seconds the cures of the doubts would move the recordings.
+std::vector<double> movesOf(const std::vector<SyncDoubt>& doubts, const WorkState& work) {
+    const MatchRules& rules = work.matchRules();
+    const TimecodeFrameRate rate = rules.timecodeRate.value_or(rateOfMostClips(work.syncGroups()));
+    std::vector<double> moves;
+    for (const SyncDoubt& doubt : doubts)
+        for (const DoubtCure::Part& part : doubt.cure.parts())
+            if (const auto* way = std::get_if<CureWay>(&part))
+                for (const CureOption& option : way->options)
+                    if (option.kind == CureOption::Kind::soundOffset && !option.value.empty())
+                        moves.push_back(
+                            SourceCorrections{.soundOffset = option.value}.soundOffsetSeconds(rate) -
+                            rules.soundOffsetSeconds);
+    return moves;
+}
+
 } // namespace
 
 RecordingsPart RecordingsPart::of(const ImportController& controller, const SyncGroup& group) {
@@ -85,7 +102,8 @@ RecordingsPart RecordingsPart::of(const ImportController& controller, const Sync
     return part;
 }
 
-std::vector<Attachable> attachableTo(const ImportController& controller, const UUID& groupID) {
+std::vector<Attachable> attachableTo(const ImportController& controller, const UUID& groupID,
+                                     const std::vector<SyncDoubt>& doubts) {
     std::vector<Attachable> all;
     for (const WildTrack& track : controller.work().wildTracks())
         all.push_back({track.audio, controller.work().fileNames().of(track.audio) + "  ·  on no clip"});
@@ -95,7 +113,11 @@ std::vector<Attachable> attachableTo(const ImportController& controller, const U
     Places places(controller.work().matchRules());
     const SyncGroup* group = controller.work().syncGroups().find(groupID);
     const auto clip = group != nullptr ? places.of(group->video) : std::nullopt;
+    const std::vector<double> moves = movesOf(doubts, controller.work());
     for (Attachable& one : all) {
+        one.isSuggested = std::ranges::any_of(doubts, [&](const SyncDoubt& doubt) {
+            return doubt.suggestion && doubt.suggestion->recordingID == one.audio.id;
+        });
         one.start = one.audio.startTimecodeString.value_or("");
         const auto place = clip ? places.of(one.audio) : std::nullopt;
         if (!place) continue;
@@ -105,9 +127,15 @@ std::vector<Attachable> attachableTo(const ImportController& controller, const U
             if (!clip->knownDay()) continue; // the distance depends on the day
         }
         one.fromClip = secondsFrom(*clip, *place);
+        for (const double seconds : moves) {
+            FilePlace moved = *place;
+            moved.range.startSeconds += seconds;
+            moved.range.endSeconds += seconds;
+            if (secondsFrom(*clip, moved) == 0) one.isSuggested = true;
+        }
     }
     std::ranges::stable_sort(all, {}, [&](const Attachable& one) {
-        return std::tuple(ofOtherDays.contains(one.audio.id), !one.fromClip,
+        return std::tuple(!one.isSuggested, ofOtherDays.contains(one.audio.id), !one.fromClip,
                           std::abs(one.fromClip.value_or(0)));
     });
     return all;

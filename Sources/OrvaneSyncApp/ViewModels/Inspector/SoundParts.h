@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncCore/Models/SyncDoubt.h"
 #include "OrvaneSyncCore/Services/SmartAudio/MasterGain.h"
 #include "OrvaneSyncCore/Services/SmartAudio/SmartAudioPredictor.h"
 
@@ -46,17 +47,21 @@ struct RecordingsPart {
     bool operator==(const RecordingsPart&) const = default;
 };
 
-/// A recording that could be attached to a clip. Sorted by distance from the clip; at the same distance, wild
-/// tracks come before recordings of other clips. Then come recordings without a time, and last those of
-/// another day.
+/// A recording that could be attached to a clip. First come those that the clip's doubts suggest. Sorted by
+/// distance from the clip; at the same distance, wild tracks come before recordings of other clips. Then come
+/// recordings without a time, and last those of another day.
 struct Attachable {
     MediaAsset audio;
     std::string label;
     std::string day = {};                ///< set if it differs from the day of the clip
     std::string start = {};              ///< timecode; empty if unknown
     std::optional<double> fromClip = {}; ///< seconds; negative: the recording ends before the clip begins
+    /// A doubt names it, or names an offset that moves it under the clip.
+    bool isSuggested = false;
 };
-std::vector<Attachable> attachableTo(const ImportController& controller, const UUID& groupID);
+/// `doubts`: those of the clip.
+std::vector<Attachable> attachableTo(const ImportController& controller, const UUID& groupID,
+                                     const std::vector<SyncDoubt>& doubts = {});
 
 /// The channels of the clip's recording.
 struct ChannelsPart {

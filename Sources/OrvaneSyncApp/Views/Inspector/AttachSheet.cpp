@@ -119,6 +119,7 @@ AttachSheet::AttachSheet(Desktop& desktop, const std::vector<Attachable>& record
         whenFileWanted();
     });
     connect(list_, &QListWidget::itemSelectionChanged, this, [this] { followSelection(); });
+    selectFirst(); // so that Return attaches it
     followSelection();
     search_->setFocus();
 }
@@ -132,6 +133,7 @@ QStringList AttachSheet::partsOf(const Attachable& one) {
                 : *one.fromClip < 0 ? tr("%1 before the clip").arg(clock)
                                     : tr("%1 after the clip").arg(clock);
     }
+    if (one.isSuggested) apart = apart.isEmpty() ? tr("suggested") : tr("%1, suggested").arg(apart);
     return {label.section(betweenParts, 0, 0), label.section(betweenParts, 1), text(one.day), text(one.start),
             apart};
 }

@@ -177,14 +177,17 @@ void InspectorView::showReason(const SyncGroup& clip) {
     if (isMovedSinceLock(clip) && certainty != ClipCertainty::missing) certainty = ClipCertainty::doubtful;
     status_->show(signal(certainty), translatedSentence(clip.matchStatus.label()));
     std::vector<std::string> reasons;
+    std::string whole; // the first one, with the paths of folders
+    const auto add = [&](const std::string& reason, const std::string& message) {
+        if (reasons.empty()) whole = message;
+        reasons.push_back(reason);
+    };
     if (isMovedSinceLock(clip) && !clip.isMOS())
-        reasons.push_back(movedSinceLockText(clip, desktop_.controller().timeline().timelineFrameRate(clip)));
-    if (!doubts.whyUnmatched.empty()) reasons.push_back(doubts.whyUnmatched);
-    std::string whole = reasons.empty() ? "" : reasons.front(); // with the paths of folders
-    for (const DoubtsPart::Doubt& doubt : doubts.doubts) {
-        if (reasons.empty()) whole = doubt.message;
-        reasons.push_back(doubt.reason);
-    }
+        reasons.push_back(
+            whole = movedSinceLockText(clip, desktop_.controller().timeline().timelineFrameRate(clip)));
+    // A doubt says what to do; that no sound is there does not.
+    for (const DoubtsPart::Doubt& doubt : doubts.doubts) add(doubt.reason, doubt.message);
+    if (!doubts.whyUnmatched.empty()) add(doubts.whyUnmatched, doubts.whyUnmatched);
     reasonText_ = reasons.empty() ? QString() : translatedSentence(reasons.front());
     if (reasons.size() > 1) reasonText_ = tr("1 of %1: %2").arg(reasons.size()).arg(reasonText_);
     reason_->setVisible(!reasonText_.isEmpty());

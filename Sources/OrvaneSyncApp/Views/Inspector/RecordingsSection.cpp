@@ -152,7 +152,12 @@ Desktop::Done RecordingsSection::whenAttached() {
 }
 
 void RecordingsSection::chooseFromPool() {
-    auto* sheet = new AttachSheet(desktop(), attachableTo(desktop().controller(), clipID()), this);
+    const auto& doubts = desktop().controller().doubts().byGroup;
+    const auto own = doubts.find(clipID());
+    auto* sheet = new AttachSheet(desktop(),
+                                  attachableTo(desktop().controller(), clipID(),
+                                               own == doubts.end() ? std::vector<SyncDoubt>() : own->second),
+                                  this);
     sheet->setAttribute(Qt::WA_DeleteOnClose);
     sheet->whenChosen = [this, arguments = forClip()](const UUID& audio) {
         JSON call = arguments;

@@ -46,11 +46,6 @@ bool isInOtherMenu(KeyAction action) {
     return row != nullptr && row->entry;
 }
 
-/// They do what "Nudge Clip" does, by the same frames.
-bool isSecondNudge(KeyAction action) {
-    return action == KeyAction::audioOffsetPlus || action == KeyAction::audioOffsetMinus;
-}
-
 bool hasUsualKey(KeyAction action) {
     static const ShortcutBindings usual = defaultBindings();
     const auto found = usual.find(action);
@@ -155,7 +150,6 @@ void ReviewActions::showKeys() {
         const QString keys = found == bindings.end() ? QString() : shownKey(found->second);
         action->setText(keys.isEmpty() ? name : name + QLatin1Char('\t') + keys);
         action->setToolTip(keys.isEmpty() ? name : tr("%1 (%2)").arg(name, keys));
-        if (isSecondNudge(key)) action->setVisible(!keys.isEmpty());
     }
 }
 

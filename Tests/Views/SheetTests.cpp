@@ -8,6 +8,7 @@
 #include <QAction>
 #include <QClipboard>
 #include <QLayout>
+#include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QTreeWidget>
 
@@ -135,6 +136,14 @@ TEST_F(SheetTest, NamesAndApprovesSoundWithoutPicture) {
     auto* list = window_->findChild<QTreeWidget*>(QStringLiteral("wildTracks"));
     ASSERT_EQ(work().wildTracks().size(), 1U);
     ASSERT_FALSE(work().wildTracks()[0].isApproved);
+    for (const int column : {2, 1}) { // only the name can be edited
+        const QModelIndex cell = list->model()->index(0, column);
+        const QPoint at = list->visualRect(cell).center();
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, at);
+        QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, at);
+        EXPECT_EQ(list->viewport()->findChild<QLineEdit*>() != nullptr, column == 1);
+    }
+    QTest::keyClick(list->viewport()->findChild<QLineEdit*>(), Qt::Key_Escape);
     list->topLevelItem(0)->setText(1, "Room of scene 12");
     ASSERT_TRUE(waitUntil([&] { return work().wildTracks()[0].customName == "Room of scene 12"; }));
     list->topLevelItem(0)->setCheckState(6, Qt::Checked);

@@ -37,8 +37,8 @@ WildTracksView::WildTracksView(Desktop& desktop, QWidget* parent) : QWidget(pare
     list_->setRootIsDecorated(false);
     list_->setProperty("columns", true);
     list_->setUniformRowHeights(true);
-    list_->setTextElideMode(Qt::ElideMiddle); // the ends of recordings' names matter
-    list_->setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::DoubleClicked);
+    list_->setTextElideMode(Qt::ElideMiddle);                  // the ends of recordings' names matter
+    list_->setEditTriggers(QAbstractItemView::NoEditTriggers); // only the name can be edited
     QHeaderView* header = list_->header();
     header->setStretchLastSection(false);
     header->setFont(factsFont());
@@ -57,6 +57,9 @@ WildTracksView::WildTracksView(Desktop& desktop, QWidget* parent) : QWidget(pare
     });
     connect(list_, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem* row, int column) {
         if (column == playColumn) play(*row);
+    });
+    connect(list_, &QTreeWidget::itemDoubleClicked, this, [this](QTreeWidgetItem* row, int column) {
+        if (column == nameColumn) list_->editItem(row, nameColumn);
     });
     list_->installEventFilter(this);
     observation_ = desktop_.controller().onChange([this](ImportField field) {
@@ -154,10 +157,7 @@ void WildTracksView::changed(const QTreeWidgetItem& row, int column) {
         QMetaObject::invokeMethod(
             this, [this, arguments] { desktop_.run("toggleWildTrackApproved", arguments); },
             Qt::QueuedConnection);
-    if (column != nameColumn) {
-        if (column != approveColumn) fill();
-        return;
-    }
+    if (column != nameColumn) return;
     arguments.set("to", utf8(row.text(nameColumn).trimmed()));
     QMetaObject::invokeMethod(
         this, [this, arguments] { desktop_.run("renameWildTrack", arguments); }, Qt::QueuedConnection);

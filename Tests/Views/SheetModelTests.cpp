@@ -68,6 +68,11 @@ TEST(DoubtCures, SayForTheWindowWhatTheTerminalHasOptionsFor) {
          "card'), "
          "or match sound of the same day only",
          {}},
+        {DoubtCure(soundOffset, "-01:00:00:00").in(CureScan{"these clips", {}, "put them apart"}),
+         "move all sound by -01:00:00:00 for these clips alone: Ctrl+T on a clip lists the recordings of "
+         "that "
+         "time first",
+         {}},
         {onDay({{exclude, "B"}, {withoutFolder, "/m"}}),
          "date the recordings 2026-11-21 in a scan of this day alone (without 'B', without the folder "
          "'/m')",

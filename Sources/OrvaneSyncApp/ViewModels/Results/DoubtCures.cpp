@@ -166,7 +166,13 @@ Cure cureInWords(const DoubtCure& from) {
         const auto& way = std::get<CureWay>(part);
         isForAll = isForAll && way.isForAll();
         cure.text += inWords(way.options, &cure.steps);
-        if (way.scan)
+        // Files that nothing but a folder of their own selects are attached in the window instead.
+        const bool isByHand = way.scan && way.scan->options.empty() && way.options.size() == 1 &&
+                              way.options.front().kind == CureOption::Kind::soundOffset;
+        if (isByHand)
+            cure.text += " for " + way.scan->files +
+                         " alone: Ctrl+T on a clip lists the recordings of that time first";
+        else if (way.scan)
             cure.text += " in a scan of " + way.scan->files + " alone (" +
                          inWords(way.scan->options, nullptr) + way.scan->rest + ")";
     }

@@ -110,6 +110,7 @@ int SliderField::value() const { return field_->value(); }
 
 namespace {
 
+QString toastName() { return QStringLiteral("toast"); }
 QString toastPlaceName() { return QStringLiteral("toastPlace"); }
 
 /// In coordinates of the window. A part within another one comes after it.
@@ -124,17 +125,22 @@ QRect toastPlaceIn(const QWidget& window) {
 
 void setToastPlace(QWidget* part) { part->setObjectName(toastPlaceName()); }
 
-void showToast(QWidget* window, const QString& text) {
-    constexpr int shownFor = 3000; // milliseconds
-    // One at a time: a new one would cover the others.
-    const QString name = QStringLiteral("toast");
-    for (QWidget* shown : window->findChildren<QWidget*>(name, Qt::FindDirectChildrenOnly)) {
+void hideToast(QWidget* window, const QString& text) {
+    for (QWidget* shown : window->findChildren<QWidget*>(toastName(), Qt::FindDirectChildrenOnly)) {
+        if (shown->accessibleName() != text) continue;
         shown->hide();
         shown->deleteLater();
     }
+}
+
+void showToast(QWidget* window, const QString& text) {
+    constexpr int shownFor = 3000; // milliseconds
+    // One at a time: a new one would cover the others.
+    for (const QWidget* shown : window->findChildren<QWidget*>(toastName(), Qt::FindDirectChildrenOnly))
+        hideToast(window, shown->accessibleName());
     if (text.isEmpty()) return;
     auto* toast = new QFrame(window);
-    toast->setObjectName(name);
+    toast->setObjectName(toastName());
     toast->setProperty("banner", true);
     toast->setAttribute(Qt::WA_TransparentForMouseEvents);
     auto* row = new QHBoxLayout(toast);

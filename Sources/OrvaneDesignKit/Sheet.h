@@ -55,6 +55,8 @@ class SliderField : public QWidget {
 /// Shows for three seconds what was just done; it replaces an earlier text. An empty text only removes it.
 /// The text is at the bottom of the window, or of the visible part of it that `setToastPlace` has named.
 void showToast(QWidget* window, const QString& text);
+/// Hides the toast before its time if it shows this text.
+void hideToast(QWidget* window, const QString& text);
 /// Names a part of a window that brief texts may cover, such as a picture, so that they cover no control.
 void setToastPlace(QWidget* part);
 

@@ -106,6 +106,7 @@ void MainWindow::connectParts() {
     screens_->whenFrontChanged = [this] { frontChanged(); };
     screens_->whenClipsChanged = [this] {
         banner_->leavePage();
+        hideBriefIfPast();
         updateActions();
         updateStatus();
     };
@@ -142,7 +143,8 @@ void MainWindow::observe() {
                         tr("Leave It"), tr("Keep Working"));
     };
     desktop_.showBriefly = [this](const QString& why) {
-        showToast(this, why);
+        showToast(this, brief_ = why);
+        briefState_ = briefState();
         if (why.isEmpty()) return; // only the text before was to be removed
         // A message beside a change tells what a key did.
         if (!isUpdateScheduled_) menus_->noteRefusedKey();
@@ -154,6 +156,7 @@ void MainWindow::observe() {
     ofWork_ = desktop_.controller().onChange([this](ImportField field) {
         if (field == ImportField::progress || field == ImportField::smartAudioProgress) return;
         if (field == ImportField::project) sessionOfProject_ = desktop_.sessions().currentSessionId();
+        if (field == ImportField::syncGroups) hideBriefIfPast();
         // Many fields change together; the window is updated once, after all have changed.
         if (std::exchange(isUpdateScheduled_, true)) return;
         QMetaObject::invokeMethod(
@@ -177,6 +180,18 @@ MainWindow::~MainWindow() {
 }
 
 ReviewView& MainWindow::review() { return screens_->get<ReviewView>(); }
+
+MainWindow::BriefState MainWindow::briefState() const {
+    BriefState state;
+    for (const UUID& id : screens_->clips())
+        if (const SyncGroup* clip = desktop_.controller().work().syncGroups().find(id))
+            state.emplace_back(id, clip->isLocked, !clip->isMOS());
+    return state;
+}
+
+void MainWindow::hideBriefIfPast() {
+    if (!brief_.isEmpty() && briefState() != briefState_) hideToast(this, std::exchange(brief_, {}));
+}
 
 void MainWindow::frontChanged() {
     banner_->clearSettled(); // a message about the earlier screen, so that this one has its room

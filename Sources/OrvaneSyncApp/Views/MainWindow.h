@@ -4,9 +4,11 @@
 #include "OrvaneSyncApp/Views/WorkScreens.h"
 
 #include <QMainWindow>
+#include <QString>
 
 #include <memory>
 #include <optional>
+#include <tuple>
 #include <vector>
 
 class QLabel;
@@ -59,6 +61,11 @@ class MainWindow : public QMainWindow {
     /// Gives the keyboard to the screen in front; in the list, to its rows.
     void takeKeyboard();
     void updateStatus();
+    /// What a brief message may describe: the clips in front, and whether each is locked and has sound.
+    using BriefState = std::vector<std::tuple<UUID, bool, bool>>;
+    BriefState briefState() const;
+    /// Hides a brief message about a state that has changed.
+    void hideBriefIfPast();
     void updateTitle();
     void updateActions();
     void restorePlaces();
@@ -78,6 +85,8 @@ class MainWindow : public QMainWindow {
     std::unique_ptr<WorkScreens> screens_;
     std::unique_ptr<WorkOpening> opening_;
     std::unique_ptr<ReviewKeys> keys_;
+    QString brief_;                        ///< the last brief message
+    BriefState briefState_;                ///< when it was shown
     bool areSessionsHidden_ = false;       ///< because a screen plays
     bool isUpdateScheduled_ = false;       ///< the update after changes of the work
     std::optional<UUID> sessionOfProject_; ///< opened from the project's file, or last saved to it

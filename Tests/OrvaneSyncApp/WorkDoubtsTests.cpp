@@ -135,6 +135,8 @@ TEST_F(WorkDoubtsTest, ComparesEachClipWithItsCamera) {
         "8 clips compared with the sound of the camera: 5 right, 3 off; to be right, move their sound by "
         "-25 to +2 frames.\nNot compared: 1 without recording, 1 without sound of the camera, 1 too short "
         "or unlike the recording.");
+    ASSERT_EQ(result->unlike.size(), 1U);
+    EXPECT_NE(groups.find(result->unlike.front()), nullptr);
     EXPECT_FALSE(controller_->soundComparison().progress());
 
     commands::CommandContext context;

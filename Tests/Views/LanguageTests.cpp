@@ -146,7 +146,8 @@ TEST(LanguageTest, KnowsTextsAndSentencesButNoNames) {
            u"4 Clips in '/B', '/C' haben keinen Ton zum Vergleichen: von jeder Kamera eine Klappe prüfen.\n"
            u"2 Clips in '/A' wurden nicht verglichen, da der Ton der Kamera zu kurz, von zu wenigen Clips "
            u"oder den Aufnahmen unähnlich ist: von jeder Kamera eine Klappe prüfen."},
-          {comparedText({.right = 380, .off = {{{}, 0.12, 3}, {{}, 0.16, 4}}, .unlike = 2}),
+          {comparedText(
+               {.right = 380, .off = {{{}, 0.12, 3}, {{}, 0.16, 4}}, .unlike = std::vector<UUID>(2)}),
            u"382 Clips mit dem Ton der Kamera verglichen: 380 richtig, 2 daneben; dort den Ton um +3 bis +4 "
            u"Bilder verschieben.\nNicht verglichen: 0 ohne Aufnahme, 0 ohne Ton der Kamera, 2 zu kurz oder "
            u"der Aufnahme unähnlich."},

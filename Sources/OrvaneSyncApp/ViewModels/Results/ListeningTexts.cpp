@@ -45,7 +45,7 @@ std::string comparedText(const ComparedSound& compared) {
     if (compared.notCompared() > 0)
         said += "\nNot compared: " + count(compared.withoutRecording) + " without recording, " +
                 count(compared.withoutCameraSound) + " without sound of the camera, " +
-                count(compared.unlike) + " too short or unlike the recording.";
+                count(compared.unlike.size()) + " too short or unlike the recording.";
     return said;
 }
 

@@ -35,7 +35,7 @@ ComparedSound ComparedSound::of(const SyncGroupList& clips, const HeardSound& he
         else if (clip.video.channelCount.value_or(0) <= 0)
             ++result.withoutCameraSound;
         else if (const auto lag = heard.lags.find(clip.audioMatches.front().id); lag == heard.lags.end())
-            ++result.unlike;
+            result.unlike.push_back(clip.id);
         else
             cameras[folderOf(clip.video)].emplace_back(&clip, lag->second.seconds);
     }
@@ -70,7 +70,10 @@ JSON toJSON(const ComparedSound& compared) {
     json.set("off", std::move(off));
     json.set("withoutRecording", static_cast<int>(compared.withoutRecording));
     json.set("withoutCameraSound", static_cast<int>(compared.withoutCameraSound));
-    json.set("unlike", static_cast<int>(compared.unlike));
+    json.set("unlike", static_cast<int>(compared.unlike.size()));
+    JSON::Array unlike;
+    for (const UUID& clip : compared.unlike) unlike.emplace_back(clip.text());
+    json.set("unlikeGroupIDs", std::move(unlike));
     return json;
 }
 

@@ -23,10 +23,11 @@ struct ComparedSound {
     // Clips that could not be compared.
     std::size_t withoutRecording = 0;
     std::size_t withoutCameraSound = 0;
-    std::size_t unlike = 0; ///< also those that are too short, or not played at the speed of recording
+    /// In the order of the clips; also those that are too short, or not played at the speed of recording.
+    std::vector<UUID> unlike = {};
 
     std::size_t compared() const { return right + off.size(); }
-    std::size_t notCompared() const { return withoutRecording + withoutCameraSound + unlike; }
+    std::size_t notCompared() const { return withoutRecording + withoutCameraSound + unlike.size(); }
 
     /// `heard`: the result for `SoundLag::pairsOf(clips)`. Pure; any thread.
     static ComparedSound of(const SyncGroupList& clips, const HeardSound& heard);

@@ -68,7 +68,7 @@ inline const Declared<MatchingDays> matchingDays{
     "matching.days",
     MatchingDays::automatic,
     family::matching,
-    "days whose recordings a clip may get; auto: its own day, and clocks that are a day off",
+    "days whose recordings a clip may get; auto: its own, and of clocks a day off",
     {.label = "Days whose recordings a clip may get"}};
 
 inline const Declared<VideoResolutionMode> videoResolution{

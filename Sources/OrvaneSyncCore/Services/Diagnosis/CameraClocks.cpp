@@ -215,7 +215,7 @@ class CameraClocks {
             (trial.soundDay ? " if a clap shows it, else look for the sound of " + dayText(*card.day) : "") +
             known.clapAfter(rate_);
         if (heard.isUnasked && common.isOdd())
-            cure = cureWords::listenFirst;
+            cure = cureWords::listenFirst();
         else if (heard.spreadSeconds > 0)
             cure = cureWords::byNoOneOffset(spanText(heard.spreadSeconds));
         if (isTable)

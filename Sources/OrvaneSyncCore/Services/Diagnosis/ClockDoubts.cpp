@@ -332,7 +332,7 @@ class ClockDoubts {
         if (mayBeRoomTone && heard.isRefuted)
             text += "; the microphones of the cameras heard nothing of them there";
         if (heard.isUnasked && common.isOdd())
-            cure = cureWords::listenFirst;
+            cure = cureWords::listenFirst();
         else if (heard.spreadSeconds > 0)
             cure = cureWords::byNoOneOffset(spanText(heard.spreadSeconds));
         else if (mayBeRoomTone && (heard.isRefuted || (lost > 0 && !heard.isConfirmed())))

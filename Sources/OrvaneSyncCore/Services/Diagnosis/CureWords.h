@@ -74,9 +74,12 @@ inline DoubtCure byNoOneOffset(const std::string& spread) {
 }
 
 /// For an odd offset, about which microphones can say more than timecode.
-inline constexpr const char* listenFirst =
-    "listen before anything is moved ('diagnose' does): room tone and wild tracks that were made after the "
-    "takes are right where they are";
+inline DoubtCure listenFirst() {
+    const std::string why =
+        ": room tone and wild tracks that were made after the takes are right where they are";
+    return DoubtCure::Words{"listen before anything is moved ('diagnose' does)" + why,
+                            "before anything is moved, “Listen to the Cards” in the menu Audio" + why};
+}
 
 /// For clips that would match at another rate, and by one offset as well.
 inline constexpr const char* oneOffsetFitsToo =

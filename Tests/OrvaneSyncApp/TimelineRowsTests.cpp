@@ -70,6 +70,7 @@ TEST_F(TimelineRowsTest, SayWhatTheAnalysisFoundAndWhatWasChosenByHand) {
     EXPECT_FALSE(known.channels[0].isUsedByAlgorithm);
     EXPECT_TRUE(known.channels[1].isActive && !known.channels[2].isActive) << "no block plays the third";
     EXPECT_TRUE(known.channels[2].isSolo && !known.channels[0].isSolo);
+    EXPECT_TRUE(known.channels[2].isHeard() && !known.channels[1].isHeard()) << "the third plays alone";
     EXPECT_EQ(known.anchorSeconds, 10);
     EXPECT_EQ(known.offsetText(), "+4.000 s · +100f");
     EXPECT_EQ(known.tooltip(known.blocks[3]),

@@ -177,7 +177,9 @@ std::vector<TimelineChannel> timelineChannels(const SyncGroup& group, const Smar
     for (TimelineChannel& channel : channels) {
         channel.isUsedByAlgorithm = !group.algorithmExcludedTracks.contains(channel.track);
         channel.isActive = active.contains(channel.track);
-        channel.isSolo = solo != smartAudio.soloMonitorTracks.end() && solo->second == channel.track;
+        const bool isSoloSet = solo != smartAudio.soloMonitorTracks.end();
+        channel.isSolo = isSoloSet && solo->second == channel.track;
+        channel.isMuted = isSoloSet && !channel.isSolo;
         channel.rangeCount = static_cast<int>(
             std::ranges::count(group.manualBlockOverrides, channel.track, &BlockOverride::trackIndex));
     }

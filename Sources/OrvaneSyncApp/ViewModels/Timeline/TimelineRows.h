@@ -25,8 +25,11 @@ struct TimelineChannel {
     bool isUsedByAlgorithm = true;
     bool isActive = true;              ///< switched on for the export
     bool isSolo = false;               ///< only this track is heard in the player
+    bool isMuted = false;              ///< the player plays another track alone
     std::optional<int> sharePercent{}; ///< of the take's block time that is routed to this track
     int rangeCount = 0;                ///< ranges that the editor chose
+
+    bool isHeard() const { return isSolo || (isActive && !isMuted); } ///< in the player
 
     // For people; each is empty if there is no text.
     std::string kindText() const;       ///< such as "Boom"

@@ -195,7 +195,7 @@ class Painting {
     void paintChannel(const TimelineLayout::Row& row) {
         const TimelineChannel& channel = rows_.channels[static_cast<std::size_t>(row.index)];
         container(row);
-        paintWaveform(row, channel.track, channelColour(row.index), channel.isActive);
+        paintWaveform(row, channel.track, channelColour(row.index), channel.isHeard());
         const TimelineRect own = layout_.stripRect(row);
         const QRectF strip = rect(own).intersected(ofClip(own.y, own.height));
         painter_.fillRect(strip, colours().raised);
@@ -237,10 +237,10 @@ class Painting {
     }
 
     /// `channel`: from 1, or 0 for all of them.
-    void paintWaveform(const TimelineLayout::Row& row, int channel, const QColor& colour, bool isActive) {
+    void paintWaveform(const TimelineLayout::Row& row, int channel, const QColor& colour, bool isHeard) {
         const QRectF place = rect(layout_.waveformRect(row));
         if (!hasWaveform() || place.isEmpty()) return;
-        const double strength = isActive ? 1 : 0.35;
+        const double strength = isHeard ? 1 : 0.35;
         const double ratio = scene_.pixelRatio;
         WaveformTileKey key = tileKey(row);
         key.channel = channel;

@@ -242,7 +242,7 @@ void TrackHeader::paintEvent(QPaintEvent* /*event*/) {
             const TimelineChannel& channel = rows.channels[static_cast<std::size_t>(row.index)];
             painter.fillRect(QRectF(0, row.y, 3, row.height - 1), channelColour(row.index));
             const double name = line(space::small, top, end, textFont(),
-                                     channel.isActive ? all.text : all.facts, shownName(channel));
+                                     channel.isHeard() ? all.text : all.facts, shownName(channel));
             const double left = space::small + name + space::small;
             QString why = translated(channel.kindText());
             if (!channel.why.empty()) {

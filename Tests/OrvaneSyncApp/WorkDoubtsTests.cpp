@@ -334,6 +334,13 @@ TEST_F(WorkDoubtsTest, TheFirstCameraOfARecordingFoldsTheOthersAway) {
         results.onChange([&](const ResultsViewModel::Change& change) { painted = change.rows; });
     controller_->clips().toggleApproved(results.groupID(1));
     EXPECT_EQ(painted, (std::vector<std::size_t>{1}));
+    controller_->clips().toggleExcludedFromExport(results.groupID(1));
+    EXPECT_EQ(painted, (std::vector<std::size_t>{0, 1, 2})) << "the cameras that remain have other names";
+    results.setSorting(ResultsViewModel::Column::starts, true);
+    controller_->clips().toggleApproved(results.groupID(1));
+    EXPECT_EQ(painted, (std::vector<std::size_t>{1})) << "sorted";
+    controller_->clips().toggleExcludedFromExport(results.groupID(1));
+    EXPECT_EQ(painted.size(), 3U);
     results.toggleFolded(0);
     EXPECT_EQ(foldable(), (std::vector<std::size_t>{2}));
     EXPECT_EQ(results.order().size(), 3U);

@@ -170,16 +170,19 @@ void ResultsViewModel::follow(const ImportChange& change) {
         if (change.field == ImportField::report || change.field == ImportField::smartAudio ||
             change.field == ImportField::doubts) {
             if (filter_ == Filter::doubtful && change.field == ImportField::doubts) layOut();
-            Change all;
-            for (std::size_t i = 0; i < rows_.size(); ++i) all.rows.push_back(i);
-            listeners_.notify(all);
+            repaintAll();
         }
         return;
     }
     const SyncGroupChanges changes = change.clipChanges();
+    const bool areSame = changes.removed.empty() && changes.inserted.empty() && changes.moved.empty();
+    // The name of a clip also depends on other clips, such as those of the other cameras.
+    const bool areNamesKept =
+        areSame && std::ranges::all_of(changes.changed, [&](std::size_t position) {
+            return haveSameNameInputs(change.clips[position], change.clipsBefore[position]);
+        });
     const bool mayMove = filter_ != Filter::all || !search_.isEmpty() || sortColumn_;
-    if (!changes.removed.empty() || !changes.inserted.empty() || !changes.moved.empty() || mayMove)
-        return layOut();
+    if (!areSame || mayMove) return layOut(areNamesKept);
     Change changed;
     for (const std::size_t position : changes.changed) {
         const auto& clip = change.clips.element(position);
@@ -191,18 +194,22 @@ void ResultsViewModel::follow(const ImportChange& change) {
         const auto path = [](const MediaAsset* asset) {
             return asset == nullptr ? std::string() : asset->url.path;
         };
-        // The names of the other cameras depend on which clips are in the document.
-        const auto placing = [](const SyncGroup& one) {
-            return std::pair(one.isExcludedFromMulticam(), one.isExcludedFromExport);
-        };
-        if (path(audio) != path(before) || placing(*clip) != placing(*rows_[row->second].clip))
-            return layOut();
+        if (path(audio) != path(before) ||
+            clip->isExcludedFromMulticam() != rows_[row->second].clip->isExcludedFromMulticam())
+            return layOut(areNamesKept);
         const auto isLoudnessKnown = [](const SyncGroup& one) { return one.measuredLUFS ? 1 : 0; };
         loudnessCount_ += isLoudnessKnown(*clip) - isLoudnessKnown(*rows_[row->second].clip);
         rows_[row->second].clip = clip;
         changed.rows.push_back(row->second);
     }
+    if (!areNamesKept) return repaintAll();
     if (!changes.changed.empty()) listeners_.notify(changed);
+}
+
+void ResultsViewModel::repaintAll() {
+    Change all;
+    for (std::size_t i = 0; i < rows_.size(); ++i) all.rows.push_back(i);
+    listeners_.notify(all);
 }
 
 SyncGroupList ResultsViewModel::listed() const {
@@ -218,7 +225,7 @@ SyncGroupList ResultsViewModel::listed() const {
         [&](const SyncGroup& group) { return certaintyOf(group, doubts) == Certainty::doubtful; });
 }
 
-void ResultsViewModel::layOut() {
+void ResultsViewModel::layOut(bool areNamesKept) {
     const Names& names = controller_.work().displayNames();
     SyncGroupList shown = listed();
     if (!search_.isEmpty())
@@ -265,17 +272,17 @@ void ResultsViewModel::layOut() {
         for (std::size_t i = 0; i < (isFolded ? 1 : bundle.cams.size()); ++i)
             rows.push_back({bundle.cams.element(i), i > 0, i == 0 ? others : 0, bundle.id});
     }
-    takeRows(std::move(rows));
+    takeRows(std::move(rows), areNamesKept);
 }
 
-void ResultsViewModel::takeRows(std::vector<Place> rows) {
+void ResultsViewModel::takeRows(std::vector<Place> rows, bool areNamesKept) {
     Change change{.isLayoutChanged =
                       !std::ranges::equal(rows, rows_, [](const Place& one, const Place& before) {
                           return one.isSamePlace(before);
                       })};
     if (!change.isLayoutChanged)
         for (std::size_t i = 0; i < rows.size(); ++i)
-            if (rows[i].clip != rows_[i].clip) change.rows.push_back(i);
+            if (!areNamesKept || rows[i].clip != rows_[i].clip) change.rows.push_back(i);
     change.areAllNew = std::ranges::none_of(
         rows, [this](const Place& place) { return rowByGroup_.contains(place.clip->id); });
     rows_ = std::move(rows);

@@ -133,11 +133,13 @@ class ResultsViewModel {
         }
     };
     void follow(const ImportChange& change);
-    void layOut();
+    /// `areNamesKept`: no clip has another name than before.
+    void layOut(bool areNamesKept = true);
     SyncGroupList listed() const;
     static ClipCertainty certaintyOf(const SyncGroup& group, const SyncDoubts& doubts);
     /// Reports which rows have changed, or that the layout has, if rows were added, removed or moved.
-    void takeRows(std::vector<Place> rows);
+    void takeRows(std::vector<Place> rows, bool areNamesKept);
+    void repaintAll();
     using Names = std::map<UUID, std::string>;
     bool isFound(const SyncGroup& group, const Names& names) const;
     std::string sortKeyText(const SyncGroup& group, const Names& names) const;

@@ -140,8 +140,7 @@ void Leaving::ask(const QString& stalled) {
             isAsked_ = false;
             if (answer != quit) return;
             for (const auto& one : desktop_.sessions().unsaved()) // what was saved meanwhile is not in it
-                if (const SessionInfo* session = desktop_.sessions().session(one.id);
-                    session != nullptr && one.clips > 0)
+                if (const SessionInfo* session = desktop_.sessions().session(one.id))
                     design::keptState::set(
                         leftUnsavedKey(one.id),
                         QVariantList{static_cast<int>(one.clips), milliseconds(session->modified)});

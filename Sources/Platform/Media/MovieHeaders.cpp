@@ -94,15 +94,14 @@ std::uint64_t sumTimes(RandomAccessFile& file, const Atom& stts) {
 std::uint64_t countSamples(RandomAccessFile& file, const Atom& sizes) {
     constexpr std::size_t fieldsBytes = 12;
     const ByteCursor body = peekBody(file, sizes, fieldsBytes);
-    const auto uniform = body.u32be(4), count = body.u32be(8);
-    if (!uniform || !count) return 0;
+    const std::uint32_t uniform = body.u32be(4).value_or(0), count = body.u32be(8).value_or(0);
     const std::uint64_t room = (sizes.bodySize() - fieldsBytes) * 8;
     std::uint64_t bits = 0;
     if (sizes.type == fourCC("stz2"))
-        bits = *uniform & 0xFFU;
-    else if (*uniform == 0)
+        bits = uniform & 0xFFU;
+    else if (uniform == 0)
         bits = 32;
-    return bits == 0 ? *count : std::min<std::uint64_t>(*count, room / bits);
+    return bits == 0 ? count : std::min<std::uint64_t>(count, room / bits);
 }
 
 class MovieReader {

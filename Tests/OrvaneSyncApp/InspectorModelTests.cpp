@@ -223,6 +223,8 @@ TEST_F(InspectorModelTest, syncSaysWhatTheClipHasAndWhatWasLocked) {
     part = SyncPart::of(group(a_), 25);
     EXPECT_EQ(part.anchor, "No clap within the picture: the clap point lies 1.040 s before its start");
     EXPECT_EQ(part.whyNoCheck, part.whyNoGoTo);
+    change(silent_, [](SyncGroup& own) { own.audioAnchorOffsetInAudioSeconds = 1; });
+    EXPECT_EQ(SyncPart::of(group(silent_), 25).updateAnchor, "Set Clap Point") << "its recording was removed";
     EXPECT_EQ(SyncPart::of(group(silent_), 25).whyNoUpdate, "The clip has no sound.");
     controller_->clips().toggleLocked(silent_);
     EXPECT_TRUE(SyncPart::of(group(silent_), 25).begins.ends_with("unlock it to attach a recording."));

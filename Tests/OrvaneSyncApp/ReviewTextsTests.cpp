@@ -1,8 +1,12 @@
+#include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncApp/ViewModels/Review/PeakHold.h"
 #include "OrvaneSyncApp/ViewModels/Review/PictureTexts.h"
 #include "OrvaneSyncApp/ViewModels/Review/SyncLens.h"
 #include "Support/Assets.h"
+#include "Support/NumberedClip.h"
+#include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
+#include "Support/VirtualMainThread.h"
 
 namespace orvane {
 namespace {
@@ -47,6 +51,30 @@ TEST(SyncLensTest, LooksAtTheFrameInWhichTheClapIsHeard) {
     EXPECT_EQ(syncLensCaption(*near, 1), "1 frame before");
     EXPECT_EQ(syncLensCaption(*near, 2), "The clap");
     EXPECT_FALSE(syncLensPlan(clipWithSound(0), std::nullopt, playheadAt(0))) << "no clap";
+}
+
+TEST(SyncLensTest, ShowsNothingBehindTheClipAndEachSampleOnce) {
+    const test::TemporaryDirectory folder;
+    const std::string video = folder.path("A.mov"), sound = folder.path("T.wav");
+    if (!test::NumberedClip{.pictures = 3, .encoding = "-c:v mjpeg"}.make(video))
+        GTEST_SKIP() << "no encoder";
+    constexpr std::size_t samplesOfFrame = 8000 / 25;
+    std::vector<float> samples(8000);
+    samples[2 * samplesOfFrame] = 0.5F; // the first one of frame 2
+    test::WaveMaker().format({.sampleRate = 8000}).samples(samples).writeTo(sound);
+    const auto mainThread = std::make_shared<test::VirtualMainThread>();
+    const auto lens = SyncLens::create(mainThread);
+    lens->show({.video = {video},
+                .sound = TakeSound(FileURL{sound}),
+                .frameLength = playheadAt(0).frameLength(),
+                .middleFrame = 2},
+               {64, 64}, 3);
+    ASSERT_TRUE(mainThread->waitUntil([&] { return !lens->isLoading(); }));
+    EXPECT_TRUE(lens->seen().pictures[1]);
+    EXPECT_FALSE(lens->seen().pictures[2]) << "frame 2 is the last one";
+    ASSERT_EQ(lens->seen().sound.size(), 3U);
+    EXPECT_EQ(lens->seen().sound[0].highest, 0);
+    EXPECT_NEAR(lens->seen().sound[1].highest, 0.5, 1e-4);
 }
 
 TEST(PictureTextsTest, AfterTheEndTheTimecodeIsThatOfTheLastFrame) {

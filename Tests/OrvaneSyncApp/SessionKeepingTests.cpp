@@ -100,6 +100,7 @@ TEST_F(SessionKeepingTest, whatTheDiskRefusesIsSavedElsewhereAndComesBackFromThe
     manager_.reset();
     fs::remove(place);
     fs::rename(folder_.path("aside"), place);
+    other.write(file(id, "folders.json"), "[");
 
     manager_ = makeManager();
     controller_ = makeController();
@@ -109,6 +110,9 @@ TEST_F(SessionKeepingTest, whatTheDiskRefusesIsSavedElsewhereAndComesBackFromThe
     EXPECT_TRUE(controller_->work().syncGroups().front().isApproved);
     flush();
     EXPECT_TRUE(onDisk(id).groups.front().isApproved);
+    EXPECT_EQ(SessionStore(folder_.path()).readFolders(id).record.value().videoFolder,
+              FileURL{"/media/Day 1"})
+        << "those of the copy can't be read";
     EXPECT_TRUE(names(id).contains("groups.json.other")) << "what the copy has replaced";
     EXPECT_EQ(SessionStore(folder_.path()).readWildTracks(id).record->front().customName, "Birds");
     other.write(file(id, "groups.json"), "[");

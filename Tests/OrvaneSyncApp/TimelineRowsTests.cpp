@@ -183,17 +183,20 @@ TEST_F(TimelineRowsTest, LaysRulerPicturesAndRangesOverTheClip) {
 
 TEST(WaveformTileTest, ShowsTheShortestPeakAtAnyZoomAndNothingBehindTheEnd) {
     std::vector<float> peaks(16'000, 0.1F), levels(16'000, 0.05F);
-    peaks[5000] = 0.8F;
-    for (const double binsPerColumn : {0.25, 1.0, 11.3, 40.0}) {
+    peaks[0] = peaks[5000] = 0.8F;
+    for (const auto& [bin, binsPerColumn] :
+         {std::pair(0, 1.0), {5000, 0.25}, {5000, 1.0}, {5000, 11.3}, {5000, 40.0}}) {
         WaveformTile tile{
             .peaks = peaks, .rms = levels, .binsPerColumn = binsPerColumn, .height = 40, .gain = 1 / 0.8F};
-        const double column = 5000 / binsPerColumn;
+        const double column = bin / binsPerColumn;
         tile.firstColumn = static_cast<std::int64_t>(column / WaveformTile::width) * WaveformTile::width;
         const auto pixels = drawn(tile, 0, 0xFF204060, 0xFF80A0C0);
         const auto x = static_cast<std::size_t>(column) - static_cast<std::size_t>(tile.firstColumn);
         EXPECT_EQ(pixels[x], 0xFF204060) << binsPerColumn << ": the top row";
         EXPECT_EQ(pixels[20 * WaveformTile::width + x], 0xFF80A0C0) << "the level in the middle";
         EXPECT_EQ(pixels[(x + 20) % WaveformTile::width], 0U) << "quiet columns do not reach it";
+        tile.firstColumn = static_cast<std::int64_t>(column) - WaveformTile::width;
+        EXPECT_EQ(drawn(tile, 0, ~0U, ~0U)[WaveformTile::width], 0U) << "the column of the next tile";
     }
     WaveformTile behind{
         .peaks = peaks, .rms = levels, .binsPerColumn = 100, .firstColumn = 160, .height = 4, .gain = 1};

@@ -486,6 +486,7 @@ TEST_F(ServeTest, listsItsCommandsAsTheGuideDoes) {
         EXPECT_TRUE(!command.title.empty() && command.help.ends_with('.')) << command.id;
     }
     EXPECT_EQ(described, known) << "ORVANE_UPDATE_GOLDEN=1 writes the table again";
+    EXPECT_EQ(call("commands").dump().find(R"("choices":[])"), std::string::npos);
     const auto isEnabled = [&](const std::string& id, const std::string& params = "{}") {
         const JSON listed = call("commands", params);
         for (const JSON& command : *listed.find("commands")->elements())

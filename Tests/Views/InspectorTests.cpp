@@ -151,18 +151,31 @@ TEST_F(InspectorTest, fieldsCommitOnReturnRestoreOnEscapeAndSayWhatIsWrong) {
     QTest::mouseClick(&named<QPushButton>("Offset in frames: 1 frame less"), Qt::LeftButton);
     EXPECT_NEAR(clip("A001C001").manualAudioOffsetSeconds, 0.08, 1e-9);
     serve();
+    QTest::keyClick(&frames, Qt::Key_Down);
+    QTest::keyClick(&frames, Qt::Key_Up);
+    QTest::keyClick(&frames, Qt::Key_Up);
+    EXPECT_NEAR(clip("A001C001").manualAudioOffsetSeconds, 0.12, 1e-9);
+    QTest::keyClick(&frames, Qt::Key_Down);
+    serve();
 
     auto* field = static_cast<design::EntryField*>(frames.parentWidget());
     type(frames, "half");
     QTest::keyClick(&frames, Qt::Key_Return);
-    EXPECT_FALSE(field->problem().isEmpty());
+    EXPECT_TRUE(std::ranges::any_of(field->findChildren<QLabel*>(), [&](const QLabel* one) {
+        return one->isVisibleTo(field) && !one->text().isEmpty() && one->text() == field->problem();
+    }));
     EXPECT_NEAR(clip("A001C001").manualAudioOffsetSeconds, 0.08, 1e-9);
+    QKeyEvent escape(QEvent::ShortcutOverride, Qt::Key_Escape, Qt::NoModifier);
+    escape.ignore();
+    QCoreApplication::sendEvent(&frames, &escape);
+    EXPECT_TRUE(escape.isAccepted()) << "the field needs the key, so it does not leave the clip";
     QTest::keyClick(&frames, Qt::Key_Escape);
     EXPECT_TRUE(field->problem().isEmpty());
     EXPECT_EQ(frames.text(), "+2");
 
     auto& name = named<QLineEdit>("Clip name");
     type(name, "Hero");
+    QTest::keyClick(&name, Qt::Key_Up); // there is nothing to step
     const auto labels = inspector_->findChildren<QLabel*>();
     EXPECT_TRUE(std::ranges::any_of(labels, [](QLabel* one) {
         return one->text() == "In Final Cut Pro: Hero Cam A";
@@ -205,6 +218,9 @@ TEST_F(InspectorTest, boxesAndChoicesAreCommandsAndSectionsFoldForGood) {
     export2->click();
     EXPECT_TRUE(clip("A001C001").hasManualTrackEdits());
     EXPECT_EQ(undoName(), "Toggle Audio Track");
+    serve();
+    button("Re-analyse this clip").click();
+    EXPECT_FALSE(button("Keep my selection").parentWidget()->isHidden()) << "asked before it is replaced";
 
     auto* section = inspector_->findChild<QFrame*>("inspector-notes");
     auto* folding = static_cast<design::FoldableSection*>(section);
@@ -239,8 +255,10 @@ TEST_F(InspectorTest, aButtonThatAClickDisablesScrollsNothing) {
     QPushButton& clear = button("Clear");
     scroll->ensureWidgetVisible(&clear);
     const int before = scroll->verticalScrollBar()->value();
+    const QPushButton& set = button("Update Clap Point");
     QTest::mouseClick(&clear, Qt::LeftButton);
     EXPECT_TRUE(waitUntil([&] { return !clear.isEnabled(); }));
+    EXPECT_EQ(set.text(), "Set Clap Point");
     EXPECT_EQ(scroll->verticalScrollBar()->value(), before);
 }
 

@@ -75,6 +75,11 @@ class SettingsTest : public testing::Test {
                 return one;
         throw std::logic_error("no button " + name.toStdString());
     }
+    QLineEdit& lineOf(QWidget& place, const QString& name) {
+        for (auto* one : place.findChildren<QLineEdit*>())
+            if (one->accessibleName() == name) return *one;
+        throw std::logic_error("no field " + name.toStdString());
+    }
     void click(QPushButton* button) { QTest::mouseClick(button, Qt::LeftButton); }
     void type(QLineEdit& line, const QString& what) {
         line.setFocus();
@@ -272,6 +277,8 @@ TEST_F(SettingsTest, patternsRolesAndFieldsAreEdited) {
     click(buttonOf(*window_, "Move the role of track 1 down"));
     EXPECT_EQ(settings_->get(settings::defaultSubroles[0]), "Boom");
     EXPECT_EQ(settings_->get(settings::defaultSubroles[1]), "Mix");
+    type(lineOf(*window_, "Subrole of track 3"), "Lavalier");
+    EXPECT_EQ(settings_->get(settings::defaultSubroles[2]), "Lavalier");
 
     open(SettingPage::metadata);
     auto* target = find<QComboBox>(rawValue(LockitField::tags));
@@ -311,9 +318,8 @@ TEST_F(SettingsTest, aSignInWaitsCanBeCancelledAndTakesACallback) {
     click(buttonOf(*window_, "Sign In with LockitNetwork"));
     ASSERT_TRUE(says("Opening browser…"));
     ASSERT_TRUE(waitUntil([&] { return isPageShown->load(); }));
-    for (auto* one : window_->findChildren<QLineEdit*>())
-        if (one->accessibleName() == "Address that the browser ends at")
-            type(*one, "orvane-tandrel://oauth/callback?code=x&state=forged");
+    type(lineOf(*window_, "Address that the browser ends at"),
+         "orvane-tandrel://oauth/callback?code=x&state=forged");
     ASSERT_TRUE(says("Not signed in"));
     EXPECT_NE(remarkOf(*window_).find("state mismatch"), std::string::npos) << remarkOf(*window_);
 }
@@ -352,13 +358,7 @@ TEST_F(SettingsTest, sessionsAreDraggedAndPresetsFollowTheFolder) {
 
     settings_->set(settings::eventName, "Kept");
     click(buttonOf(panel, "Save the present settings as a preset"));
-    type(
-        *[&] {
-            for (auto* one : panel.findChildren<QLineEdit*>())
-                if (one->accessibleName() == "Name of the preset") return one;
-            throw std::logic_error("no field");
-        }(),
-        "House/1");
+    type(lineOf(panel, "Name of the preset"), "House/1");
     const auto active = [&] { return sessions.folders().find("Summer")->activePresetName.value_or(""); };
     ASSERT_TRUE(waitUntil([&] { return active() == "House/1"; }));
     settings_->set(settings::eventName, "Changed");

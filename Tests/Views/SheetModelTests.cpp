@@ -37,6 +37,8 @@ TEST(ReportTexts, NameRowsAndTheColumnsThatGoOn) {
                           "1,2,,,10:01:00:00\n");
     EXPECT_EQ(reportTexts::lineOfRow(marked, 0), "B.mov  ·  A001  ·  10:00:00:00");
     EXPECT_EQ(reportTexts::lineOfRow(marked, 1), "1-2  ·  10:01:00:00");
+    EXPECT_EQ(reportTexts::columnsOf(ALEParser().parse("Name,Lens,Lens\nA,1,2\n")).shownOnly,
+              (std::vector<std::string>{"Name", "Lens"}));
     const reportTexts::Columns columns = reportTexts::columnsOf(report);
     EXPECT_EQ(columns.inDocument, (std::vector<std::string>{"Scene", "Take", "sensor_fps"}));
     EXPECT_EQ(columns.shownOnly, (std::vector<std::string>{"File Name", "Comments"}));

@@ -153,6 +153,8 @@ TEST_F(SheetTest, NamesAndApprovesSoundWithoutPicture) {
     list->setFocus();
     QTest::keyClick(list, Qt::Key_Return, Qt::ControlModifier);
     EXPECT_TRUE(waitUntil([&] { return !work().wildTracks()[0].isApproved; }));
+    QTest::keyClick(list, Qt::Key_Return, Qt::ControlModifier);
+    EXPECT_TRUE(waitUntil([&] { return list->topLevelItem(0)->checkState(6) == Qt::Checked; }));
     QTest::keyClick(list, Qt::Key_L, Qt::ControlModifier);
     EXPECT_TRUE(std::ranges::none_of(work().syncGroups(),
                                      [](const SyncGroup& clip) { return clip.isApproved || clip.isLocked; }));

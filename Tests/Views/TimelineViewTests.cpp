@@ -233,6 +233,12 @@ TEST_F(TimelineViewTest, BoxesOfAChannelRunTheirCommands) {
     settle();
     ASSERT_TRUE(box("ALGO-2").isVisible() && box("ALGO-2").isChecked());
     EXPECT_EQ(box("ON-3").accessibleName(), "Track 3: Toggle Audio Track");
+    const auto heightInView = [this](const QWidget& in, int y) {
+        return in.mapTo(view_.get(), QPoint(0, y)).y();
+    };
+    const auto* row = layout().row(RowKind::channel, 1);
+    const int top = heightInView(canvas(), static_cast<int>(row->y)), of2 = heightInView(box("ALGO-2"), 0);
+    EXPECT_TRUE(of2 >= top && of2 + box("ALGO-2").height() <= top + row->height) << of2 << " below " << top;
     QTest::mouseClick(&box("ALGO-2"), Qt::LeftButton);
     settle();
     EXPECT_EQ(clip().algorithmExcludedTracks, std::set{2});
@@ -245,13 +251,15 @@ TEST_F(TimelineViewTest, BoxesOfAChannelRunTheirCommands) {
     EXPECT_EQ(clip().manualActiveTracks.contains(1), !wasOn);
     EXPECT_EQ(box("ON-1").isChecked(), !wasOn);
 
-    const auto menu =
-        canvas().menuAt(layout().hit(layout().x(13.5), at(13.5, RowKind::channel, 1, true).y()));
-    QStringList titles;
-    for (const QAction* action : menu->actions())
-        if (action->isEnabled()) titles << action->text();
-    EXPECT_TRUE(titles.contains("Solo Audio Track") && titles.contains("Remove Range Override"))
-        << titles.join(", ").toStdString();
+    for (const double seconds : {13.5, 15.0}) { // in the range, and at its end
+        const auto menu =
+            canvas().menuAt(layout().hit(layout().x(seconds), at(seconds, RowKind::channel, 1, true).y()));
+        QStringList titles;
+        for (const QAction* action : menu->actions())
+            if (action->isEnabled()) titles << action->text();
+        EXPECT_TRUE(titles.contains("Solo Audio Track") && titles.contains("Remove Range Override"))
+            << seconds << ": " << titles.join(", ").toStdString();
+    }
 }
 
 TEST_F(TimelineViewTest, InGermanItsBoxesAndMenusAreGerman) {
@@ -290,14 +298,19 @@ TEST_F(TimelineViewTest, ZoomsAtThePointerAndRepaintsLittleWhilePlaying) {
     open(id_);
     const QPoint place = at(20, RowKind::sound);
     const double under = layout().seconds(place.x());
-    for (int i = 0; i < 5; ++i) {
-        QWheelEvent wheel(place, canvas().mapToGlobal(place), {}, {0, 120}, Qt::NoButton, Qt::ControlModifier,
+    const auto turnWheel = [&](int angle, Qt::KeyboardModifier held) {
+        QWheelEvent wheel(place, canvas().mapToGlobal(place), {}, {0, angle}, Qt::NoButton, held,
                           Qt::NoScrollPhase, false);
         QCoreApplication::sendEvent(&canvas(), &wheel);
-    }
+    };
+    for (int i = 0; i < 5; ++i) turnWheel(120, Qt::ControlModifier);
     settle();
     EXPECT_NEAR(layout().zoom().zoomScale, std::pow(1.25, 5), 1e-9);
     EXPECT_NEAR(layout().seconds(place.x()), under, 1e-6);
+    const double start = layout().x(0);
+    turnWheel(-120, Qt::ShiftModifier);
+    settle();
+    EXPECT_LT(layout().x(0), start - 10) << "scrolled towards the end";
     review()->handleKeyAction(KeyAction::zoomFit);
     settle();
     EXPECT_NEAR(layout().x(0), 0, 1) << "a key is followed too";

@@ -487,6 +487,22 @@ TEST_F(WindowTest, ComparesTheSoundOfAllOrOfTheSelectedClips) {
     EXPECT_TRUE(waitUntil([&] { return compare->isEnabled(); }));
 }
 
+TEST_F(WindowTest, NudgesOnTwoVisitsToAClipAreTwoSteps) {
+    scan();
+    const auto nudgeOnAVisit = [&] {
+        table().selectRow(rowOf("A001C003"));
+        table().selectRow(rowOf("A001C001"));
+        JSON call = JSON::object();
+        call.set("groupID", clip("A001C001").id.text());
+        call.set("frames", 1);
+        desktop_->run("nudgeByFrames", std::move(call));
+    };
+    nudgeOnAVisit();
+    nudgeOnAVisit();
+    desktop_->run("undo");
+    EXPECT_NEAR(clip("A001C001").manualAudioOffsetSeconds, 0.04, 1e-9);
+}
+
 TEST(ThemeTest, TextIsReadableOnEveryGround) {
     const design::Colours& all = design::colours();
     constexpr double least = 4.5;

@@ -334,16 +334,20 @@ TEST(SyncDoubts, ADateThatFitsTheClipMayBeWrong) {
         EXPECT_FALSE(copied.doubts.has(group.id, {Kind::mutedSpeech})) << "it would be switched on";
     }
 
-    Shot evening; // the recorder changes its date four hours early
-    for (int i = 0; i < 6; ++i) {
-        const double at = 68400 + 900 * i + 13 * i * i;
-        evening.videos.push_back(clipAt("/CAM/A" + std::to_string(i) + ".mov", at, 10));
-        evening.audios.push_back(recordingAt("/S/T" + std::to_string(i) + ".wav", at - 3, 20));
-        evening.date(evening.audios, i < 2 ? "2024-05-17" : "2024-05-18", evening.audios.size() - 1);
+    for (const bool areLong : {false, true}) {
+        Shot evening; // the recorder changes its date four hours early
+        for (int i = 0; i < 6; ++i) {
+            const double at = 68400 + 900 * i + 13 * i * i;
+            evening.videos.push_back(clipAt("/CAM/A" + std::to_string(i) + ".mov", at, 10));
+            evening.audios.push_back(
+                recordingAt("/S/T" + std::to_string(i) + ".wav", at - 3, areLong ? 890 : 20));
+            evening.date(evening.audios, i < 2 ? "2024-05-17" : "2024-05-18", evening.audios.size() - 1);
+        }
+        evening.date(evening.videos, "2024-05-17");
+        evening.diagnose();
+        EXPECT_EQ(evening.count(Kind::otherDateFits), areLong ? 0 : 4)
+            << "two have the sound of their day, and long recordings lie under any clips";
     }
-    evening.date(evening.videos, "2024-05-17");
-    evening.diagnose();
-    EXPECT_EQ(evening.count(Kind::otherDateFits), 4) << "two have the sound of their day";
 
     Shot night; // dated with the evening before, beside the night before that
     night.videos.push_back(clipAt("/CAM/A.mov", 1803, 8));

@@ -148,12 +148,14 @@ TEST(TimecodeDoubts, OfTooManyPairsThoseWithEqualPlacesInTheOrderOfNamesAreListe
     const auto asked = SyncDoubts::claims(input);
     EXPECT_EQ(asked.size(), 200U);
     int found = 0;
-    const UUID notHeard = shot.videos.back().id;
+    constexpr int firstLost = 22; // later clips are heard nowhere
+    std::set<UUID> lost;
+    for (std::size_t i = firstLost; i < takes; ++i) lost.insert(shot.videos[i].id);
     for (const SoundClaim& claim : asked) {
         const UUID& video = shot.groups.find(claim.clipID)->video.id;
         const bool isRight = std::ranges::find(right, std::pair(video, claim.recordingID)) != right.end();
         found += isRight ? 1 : 0;
-        heard[claim.key()] = {isRight && video != notHeard ? std::optional(-4.175) : std::nullopt, true};
+        heard[claim.key()] = {isRight && !lost.contains(video) ? std::optional(-4.175) : std::nullopt, true};
     }
     EXPECT_EQ(found, takes) << "the recording of each clip is among them";
     input.heardClaims = &heard;
@@ -162,15 +164,16 @@ TEST(TimecodeDoubts, OfTooManyPairsThoseWithEqualPlacesInTheOrderOfNamesAreListe
         return card.doubt.message.find("900 pairs") != std::string::npos;
     });
     ASSERT_NE(rest, doubts.cards.end());
-    EXPECT_EQ(rest->groupIDs.size(), 1U) << "the clip that was found nowhere";
+    EXPECT_EQ(rest->groupIDs.size(), lost.size()) << "the clips that were found nowhere";
     const CureWay* way = rest->doubt.cure.firstWay();
     ASSERT_NE(way, nullptr) << rest->doubt.cure.text();
-    // The call keeps the clip, its recording, and as many others as a run listens to.
+    // The call keeps the clips, their recordings, and as many others as a run listens to.
     const KeptFiles kept(input.folders, *way);
     const auto keptOf = [&](const std::vector<MediaAsset>& files) {
         return std::ranges::count_if(files, [&](const MediaAsset& file) { return kept.has(file); });
     };
-    EXPECT_TRUE(kept.has(shot.videos.back()) && kept.has(shot.audios.back())) << rest->doubt.cure.text();
+    for (std::size_t i = firstLost; i < takes; ++i)
+        EXPECT_TRUE(kept.has(shot.videos[i]) && kept.has(shot.audios[i])) << rest->doubt.cure.text();
     EXPECT_LE(keptOf(shot.videos) * keptOf(shot.audios), 200) << rest->doubt.cure.text();
     EXPECT_TRUE(CureTrial(input, doubts, {}).helps(*rest)) << "else it is not printed";
 }
@@ -284,7 +287,7 @@ TEST(TimecodeDoubts, LinearTimecodeIsProposedWhereItWasNotListenedFor) {
             Shot shot;
             shot.videos.push_back(clipAt("/C/A.mov", 0, 10));
             shot.videos.front().startTimecodeString.reset();
-            shot.videos.front().channelCount = isMute ? 0 : 2;
+            shot.videos.front().channelCount = isMute ? 0 : 1;
             shot.audios.push_back(recordingAt("/S/T.wav", 36000, 20));
             shot.timecodeChannel = channel;
             shot.diagnose();

@@ -221,7 +221,7 @@ TEST_F(InspectorModelTest, syncSaysWhatTheClipHasAndWhatWasLocked) {
     EXPECT_EQ(part.whyNoGoTo + part.whyNoUpdate + part.whyNoClear + part.whyNoCheck, "");
     controller_->clips().adjustAudioOffset(a_, -3);
     part = SyncPart::of(group(a_), 25);
-    EXPECT_EQ(part.anchor, "No clap within the picture: the clap point lies 1.040 s before its start");
+    EXPECT_EQ(part.anchor, "No clap within the picture: the clap point is 1.040 s before its start");
     EXPECT_EQ(part.whyNoCheck, part.whyNoGoTo);
     change(silent_, [](SyncGroup& own) { own.audioAnchorOffsetInAudioSeconds = 1; });
     EXPECT_EQ(SyncPart::of(group(silent_), 25).updateAnchor, "Set Clap Point") << "its recording was removed";

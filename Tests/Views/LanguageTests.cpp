@@ -136,8 +136,8 @@ TEST(LanguageTest, KnowsTextsAndSentencesButNoNames) {
            u"Der Ton von 2 Clips, einigen je Karte, wurde verglichen.\n"
            u"Für 1 Clip wurde der Ton der Kamera in Aufnahmen gesucht, die "
            u"dazugehören können, und nirgends gefunden.\n"
-           u"Mikrofone sagen den angegebenen Tonversatz nur auf ein bis zwei Bilder genau: eine Klappe "
-           u"prüfen.\n"
+           u"Mit Mikrofonen lässt sich der angegebene Tonversatz nur auf ein bis zwei Bilder genau prüfen: "
+           u"eine Klappe prüfen.\n"
            u"Die Zweifel stehen über der Liste."},
           {heardText({.matched = 3, .heard = 2}, {{{"/A", 2, true}, {"/B", 3}, {"/C", 1}}},
                      DoubtsAfterListening::none),

@@ -217,6 +217,40 @@ TEST_F(OpeningTest, ClosingAsksWhereTheLastChangeIsOnNoDisk) {
     makeWritable(place);
 }
 
+TEST_F(OpeningTest, ASessionFromElsewhereAndAScanWithoutACardAskFirst) {
+    scan();
+    ASSERT_TRUE(isSaved());
+    const auto place = placeOfSession();
+    const std::filesystem::path copy = folder_.path("copy") / place.filename();
+    std::filesystem::create_directory(copy.parent_path());
+    std::filesystem::copy(place, copy, std::filesystem::copy_options::recursive);
+    makeUnwritable();
+    desktop_->controller().clips().toggleApproved(clip("A001C001").id);
+    QString answer = "Keep Working";
+    int asked = 0;
+    QTimer answering;
+    QObject::connect(&answering, &QTimer::timeout, [&] {
+        auto* box = window_->findChild<QMessageBox*>();
+        if (box == nullptr || button(*box, answer) == nullptr) return;
+        ++asked;
+        press(*box, answer);
+    });
+    answering.start(std::chrono::milliseconds(10));
+    window_->openPaths({text(copy.string())});
+    ASSERT_TRUE(waitUntil([&] { return asked == 1; }));
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(clip("A001C001").isApproved);
+    makeWritable(place);
+
+    std::filesystem::rename(folder_.path("shoot/sound"), folder_.path("unplugged"));
+    for (const bool scans : {false, true}) {
+        answer = scans ? "Scan Without It" : "Don't Scan";
+        desktop_->whenScanWanted();
+        ASSERT_TRUE(waitUntil([&] { return asked == (scans ? 3 : 2) && !window_->isScanning(); }));
+        EXPECT_EQ(clip("A001C001").audioMatches.empty(), scans);
+    }
+}
+
 TEST_F(OpeningTest, AStartSaysWhatCouldNotBeSavedBeforeUnlessItWasSavedSince) {
     scan();
     for (const bool isSavedSince : {true, false}) {

@@ -109,6 +109,18 @@ platform::Task Desktop::askToLeave(const commands::Command& row, JSON arguments,
     co_await task;
 }
 
+platform::Task Desktop::leaveFor(std::function<platform::Task()> open) {
+    try {
+        const platform::Task saving = commands::saveBeforeLeaving(context_);
+        co_await saving;
+    } catch (const commands::UnsavedWork& unsaved) {
+        if (!agreesToLeave) throw;
+        if (!agreesToLeave(unsaved)) throw platform::Stopped();
+    }
+    const platform::Task opening = open();
+    co_await opening;
+}
+
 void Desktop::runForClips(std::string_view id, const std::vector<UUID>& groupIDs, JSON arguments,
                           const std::function<void()>& done) {
     if (groupIDs.empty()) return;

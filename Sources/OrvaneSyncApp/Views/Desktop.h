@@ -59,6 +59,9 @@ class Desktop {
     /// or to `whenRefused` if that is empty. Neither is called for a command that was stopped. Returns the
     /// task of a long command; for a command that answered at once or was refused, a task that has ended.
     platform::Task run(std::string_view id, JSON arguments = {}, Done done = {}, Refused refused = {});
+    /// Runs an operation that replaces the open work, once its changes are saved or the user agrees to leave
+    /// them; else it counts as stopped.
+    platform::Task leaveFor(std::function<platform::Task()> open);
     /// Runs the command for each of the clips for which it is enabled, as one undo step if it has an undo
     /// step. `done` is called once, after all have answered; it is not called if one was refused or stopped.
     void runForClips(std::string_view id, const std::vector<UUID>& groupIDs, JSON arguments = {},

@@ -395,6 +395,9 @@ void WorkBanner::showListened(const std::vector<CardDoubt>& before) {
 void WorkBanner::showCompared(std::function<void(const std::vector<UUID>&)> showClips) {
     const ComparedSound& compared = desktop_.controller().soundComparison().latest();
     const QString said = translatedSentence(comparedText(compared));
+    if (compared.off.empty() && !compared.unlike.empty())
+        return show(Signal::none, said, tr("Show Clips Not Compared"),
+                    [showClips = std::move(showClips), clips = compared.unlike] { showClips(clips); });
     if (compared.off.empty()) return showNotice(Signal::none, said);
     std::vector<UUID> off;
     for (const ComparedSound::Off& one : compared.off) off.push_back(one.groupID);

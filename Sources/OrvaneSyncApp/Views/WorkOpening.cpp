@@ -2,6 +2,7 @@
 
 #include "OrvaneDesignKit/KeptState.h"
 #include "OrvaneSyncApp/ViewModels/Results/CardOrder.h"
+#include "OrvaneSyncApp/Views/Asking.h"
 #include "OrvaneSyncApp/Views/Background.h"
 #include "OrvaneSyncApp/Views/RecentPlaces.h"
 #include "OrvaneSyncApp/Views/ScanningView.h"
@@ -86,9 +87,30 @@ void WorkOpening::scanFolders(const QStringList& paths) {
     start_.takeFolders(absolute, [this] { startScan(); });
 }
 
-bool WorkOpening::isScanning() const { return scan_ || start_.isAboutToScan(); }
+bool WorkOpening::isScanning() const { return scan_ || isCheckingCards_ || start_.isAboutToScan(); }
 
 void WorkOpening::startScan() {
+    const OpenWork& work = desktop_.controller().work();
+    if (work.syncGroups().empty()) return beginScan();
+    QStringList folders;
+    for (const FileURL& folder : work.folders()) folders << text(folder.path);
+    isCheckingCards_ = true;
+    sortOutFolders(this, folders, [this, folders](const QStringList& there) {
+        isCheckingCards_ = false;
+        if (!desktop_.isEnabled("startScan")) return;
+        QStringList missing;
+        for (const QString& folder : folders)
+            if (!there.contains(folder)) missing << QStringLiteral("“%1”").arg(folder);
+        if (missing.isEmpty() ||
+            isAgreed(banner_.window(), tr("Not there: %1").arg(missing.join(QStringLiteral(", "))),
+                     tr("Is the card connected? A scan without it takes its clips out of the work, with what "
+                        "was decided about them, until it is undone."),
+                     tr("Scan Without It"), tr("Don't Scan")))
+            beginScan();
+    });
+}
+
+void WorkOpening::beginScan() {
     leaveStart();
     isDropped_ = false;
     banner_.beginScan();
@@ -241,20 +263,20 @@ void WorkOpening::openCopyOfSession(const QString& path) {
     const auto showWhy = [this](const std::exception& why) {
         banner_.show(Signal::missing, translatedSentence(why.what()));
     };
-    try {
-        desktop_.sessions()
-            .loadCopy(utf8(path), desktop_.context().controller)
-            .whenDone([self = QPointer(this), showWhy](const std::exception_ptr& raised) {
-                if (!self || !raised) return;
-                try {
-                    std::rethrow_exception(raised);
-                } catch (const std::exception& why) {
-                    showWhy(why);
-                }
-            });
-    } catch (const platform::FileError& why) {
-        showWhy(why);
-    }
+    desktop_
+        .leaveFor([this, folder = utf8(path)] {
+            return desktop_.sessions().loadCopy(folder, desktop_.context().controller);
+        })
+        .whenDone([self = QPointer(this), showWhy](const std::exception_ptr& raised) {
+            if (!self || !raised) return;
+            try {
+                std::rethrow_exception(raised);
+            } catch (const platform::Stopped&) {
+                return;
+            } catch (const std::exception& why) {
+                showWhy(why);
+            }
+        });
 }
 
 void WorkOpening::openProjectFile(const QString& path) {

@@ -42,7 +42,8 @@ class WorkOpening : public QObject {
     void openNewestSession();
     /// Stops the opening of the newest session. Folders that are named or dropped replace it.
     void stop();
-    /// Scans the folders of the work.
+    /// Scans the folders of the work. If one of them is not there, asks first, because its clips would leave
+    /// the work.
     void startScan();
     /// Scans the folders of the work and this one.
     void addCard(const QString& path);
@@ -59,6 +60,7 @@ class WorkOpening : public QObject {
 
   private:
     void sessionChanged();
+    void beginScan();
     /// The clips, and what was decided about them, when a scan began.
     struct BeforeScan {
         ClipDecisions decisions;
@@ -86,6 +88,7 @@ class WorkOpening : public QObject {
     ScanningView& scanning_;
     std::optional<platform::Task> scan_;
     std::optional<platform::Task> opening_; ///< opens the newest session, at the start
+    bool isCheckingCards_ = false;          ///< before a scan of open work
     bool isStartWanted_ = false;
     bool isDropped_ = false;     ///< folders were dropped since the last scan
     bool isLeavingScan_ = false; ///< because a session is opened instead

@@ -29,8 +29,11 @@ bool leavesUnsaved(const Call& call) {
 }
 
 platform::Task saveBeforeLeaving(CommandContext& context, const Call& call) {
-    if (!context.sessions || !context.sessions->currentSessionId() || leavesUnsaved(call))
-        return platform::Task::ended();
+    return leavesUnsaved(call) ? platform::Task::ended() : saveBeforeLeaving(context);
+}
+
+platform::Task saveBeforeLeaving(CommandContext& context) {
+    if (!context.sessions || !context.sessions->currentSessionId()) return platform::Task::ended();
     const UUID session = *context.sessions->currentSessionId();
     platform::Task writing = context.sessions->flush();
     // Without unwritten changes the caller goes on at once.

@@ -25,5 +25,7 @@ bool leavesUnsaved(const Call& call);
 /// To be awaited before the open work is replaced or closed: writes the changes of its session. Throws
 /// UnsavedWork if that fails, unless the call has `leaveUnsaved`.
 platform::Task saveBeforeLeaving(CommandContext& context, const Call& call);
+/// The same without a call.
+platform::Task saveBeforeLeaving(CommandContext& context);
 
 } // namespace orvane::commands

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/SessionManager.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "Platform/Files.h"
@@ -7,6 +9,10 @@
 #include "Support/TemporaryDirectory.h"
 #include "Support/Test.h"
 #include "Support/VirtualMainThread.h"
+
+#include <algorithm>
+#include <map>
+#include <string_view>
 
 namespace orvane::test {
 
@@ -73,6 +79,32 @@ class SessionManagerTest : public testing::Test {
         std::make_shared<platform::MemorySettingsStore>();
     std::shared_ptr<ImportController> controller_ = makeController();
     std::shared_ptr<SessionManager> manager_;
+};
+
+/// The sessions through the commands of the windows and of `serve`.
+class SessionCommandTest : public SessionManagerTest {
+  protected:
+    SessionCommandTest() {
+        manager_->start(controller_);
+        context_.controller = controller_;
+        context_.sessions = manager_;
+        context_.settings = settings_;
+    }
+
+    platform::Task begin(std::string_view id, std::map<std::string, std::string> arguments = {}) {
+        const auto row = std::ranges::find(commands::allCommands(), id, &commands::Command::id);
+        platform::JSON json = platform::JSON::object();
+        for (auto& [name, value] : arguments) json.set(name, std::move(value));
+        const commands::Call call(*row, &json);
+        if (row->whenDone) return row->whenDone(context_, call, std::make_shared<platform::JSON>());
+        row->now(context_, call);
+        return platform::Task::ended();
+    }
+    void run(std::string_view id, std::map<std::string, std::string> arguments = {}) {
+        finish(begin(id, std::move(arguments)));
+    }
+
+    commands::CommandContext context_;
 };
 
 } // namespace orvane::test

@@ -15,6 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
+using test::SessionCommandTest;
 using test::SessionManagerTest;
 
 TEST_F(SessionManagerTest, reopensAllThatTheEditorDecided) {
@@ -389,32 +390,6 @@ TEST(Call, ANameThatTheRowOfTheCommandDoesNotHaveIsAMistakeOfTheCode) {
     EXPECT_THROW((void)call.has("groupId"), std::logic_error);
     EXPECT_THROW((void)call.textIfPresent("output"), std::logic_error);
 }
-
-/// The sessions through the commands of the windows and of `serve`.
-class SessionCommandTest : public SessionManagerTest {
-  protected:
-    SessionCommandTest() {
-        manager_->start(controller_);
-        context_.controller = controller_;
-        context_.sessions = manager_;
-        context_.settings = settings_;
-    }
-
-    platform::Task begin(std::string_view id, std::map<std::string, std::string> arguments = {}) {
-        const auto row = std::ranges::find(commands::allCommands(), id, &commands::Command::id);
-        platform::JSON json = platform::JSON::object();
-        for (auto& [name, value] : arguments) json.set(name, std::move(value));
-        const commands::Call call(*row, &json);
-        if (row->whenDone) return row->whenDone(context_, call, std::make_shared<platform::JSON>());
-        row->now(context_, call);
-        return platform::Task::ended();
-    }
-    void run(std::string_view id, std::map<std::string, std::string> arguments = {}) {
-        finish(begin(id, std::move(arguments)));
-    }
-
-    commands::CommandContext context_;
-};
 
 TEST_F(SessionCommandTest, whateverTakesThePlaceOfWorkItsSessionKeepsIt) {
     const test::TemporaryDirectory shoot;

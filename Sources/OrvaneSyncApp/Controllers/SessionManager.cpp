@@ -247,7 +247,8 @@ platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID ses
         co_await writing;
         platform::throwIfStopped(stop);
         self = weak.lock();
-        if (!self || self->openings_ != opening) co_return;
+        if (!self) co_return;
+        self->throwIfReplaced(opening);
     }
     const auto read = std::make_shared<std::optional<StoredSession>>();
     const platform::Task reading =
@@ -257,7 +258,8 @@ platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID ses
     platform::throwIfStopped(stop);
     self = weak.lock();
     auto work = controller.lock();
-    if (!self || !work || self->openings_ != opening) co_return;
+    if (!self || !work) co_return;
+    self->throwIfReplaced(opening);
     if (elsewhere) refuseUnreadableCopy(*read, *elsewhere);
     if (!*read) co_return;
     self->keepDecisionsOf(*work);
@@ -278,6 +280,12 @@ platform::Task SessionManager::open(std::weak_ptr<SessionManager> weak, UUID ses
         co_await recalling;
     } catch (const platform::Stopped&) { // the session is open all the same
     }
+    self = weak.lock();
+    if (self) self->throwIfReplaced(opening);
+}
+
+void SessionManager::throwIfReplaced(std::uint64_t opening) const {
+    if (openings_ != opening) throw platform::Stopped();
 }
 
 void SessionManager::open(const UUID& sessionId, StoredSession read, ImportController& controller) {
@@ -414,8 +422,7 @@ platform::Task SessionManager::remove(std::weak_ptr<SessionManager> weak, UUID s
     co_await removing;
     const auto self = weak.lock();
     if (!self) co_return;
-    if (self->open_.has(sessionId)) {
-        ++self->openings_;
+    if (self->open_.has(sessionId)) { // an opening that is still reading is of another session
         self->setCurrentSession(std::nullopt);
         // If the clips stayed, changes of them would not be saved.
         if (const auto controller = self->autosave_->controller()) controller->reset();

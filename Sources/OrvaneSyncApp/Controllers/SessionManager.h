@@ -77,8 +77,8 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
 
     /// Reads the session's clips and replaces the controller's work by them; the task ends when the work has
     /// them. Does nothing if there is no such session. A session whose clips can't be read opens without
-    /// clips (`problem`), and their file is kept. A later call replaces one that is still reading. A call
-    /// that is stopped throws Stopped and leaves the work unchanged.
+    /// clips (`problem`), and their file is kept. A call that is stopped, or that another opening, new work
+    /// or closing replaces, throws Stopped; if it was still reading, it leaves the work unchanged.
     platform::Task load(UUID sessionId, const std::shared_ptr<ImportController>& controller);
     /// Opens the folder of a session that was saved elsewhere, and saves it as the session with its id. If
     /// that session has clips on the disk, their file is kept as `groups.json.other`. Throws FileError if
@@ -131,6 +131,7 @@ class SessionManager : public SessionStatus, public std::enable_shared_from_this
     static platform::Task open(std::weak_ptr<SessionManager> weak, UUID sessionId,
                                std::weak_ptr<ImportController> controller, std::uint64_t opening,
                                std::optional<std::string> elsewhere = std::nullopt);
+    void throwIfReplaced(std::uint64_t opening) const;
     void open(const UUID& sessionId, StoredSession read, ImportController& controller);
     static platform::Task remove(std::weak_ptr<SessionManager> weak, UUID sessionId,
                                  std::shared_ptr<bool> wasThere);

@@ -36,5 +36,47 @@ TEST(HeardRecorders, FoldersOfOneTakeEachAreOneRecorder) {
     }
 }
 
+TEST(HeardRecorders, AClockThatWasSetOnACardWithoutSoundIsHeardInTheRecordingsOfAnotherCamera) {
+    Shot shot;
+    constexpr int clips = 12;
+    const auto errorOf = [](int clip) { return clip < 7 ? 242.0 : -55.0; };
+    for (int i = 0; i < clips; ++i) {
+        const double at = 36000 + 320 * i + 11 * (i % 3);
+        const std::string number = std::to_string(i + 10);
+        shot.videos.push_back(clipAt("/A/A" + number + ".mov", at, 12));
+        shot.videos.push_back(clipAt("/B/B" + number + ".mov", at + errorOf(i), 12));
+        shot.videos.back().channelCount = 2;
+        shot.audios.push_back(recordingAt("/S/T" + number + ".wav", at - 3, 20));
+    }
+    shot.diagnose();
+    const std::unordered_map<UUID, HeardLag> lags;
+    const FileNames names;
+    for (const int heard : {clips, 2}) {
+        HeardClaims claims;
+        DoubtInput input{shot.groups, shot.audios, {}, TrimMode::noTrim, {}, names, &lags};
+        input.heardClaims = &claims;
+        const auto numberOf = [](const auto& files, const UUID& id) {
+            const auto file =
+                std::ranges::find_if(files, [&](const MediaAsset& one) { return one.id == id; });
+            return std::stoi(file->filename.substr(1)) - 10;
+        };
+        std::map<UUID, UUID> videoOf;
+        for (const SyncGroup& group : shot.groups) videoOf[group.id] = group.video.id;
+        for (const SoundClaim& claim : SyncDoubts::claims(input)) {
+            const int clip = numberOf(shot.videos, videoOf.at(claim.clipID));
+            const bool isHeard = clip < heard && clip == numberOf(shot.audios, claim.recordingID);
+            claims[claim.key()] = {isHeard ? std::optional(-2.985) : std::nullopt, true};
+        }
+        shot.doubts = SyncDoubts::of(input);
+        for (const SyncGroup& group : shot.groups) {
+            const auto* suggestion = shot.doubts.suggestionFor(group);
+            const bool isExpected = group.video.filename[0] == 'B' && heard == clips;
+            ASSERT_EQ(suggestion != nullptr, isExpected) << group.video.filename << " of " << heard;
+            if (!isExpected) continue;
+            EXPECT_EQ(suggestion->offsetSeconds, errorOf(numberOf(shot.videos, group.video.id)));
+        }
+    }
+}
+
 } // namespace
 } // namespace orvane::test::doubts

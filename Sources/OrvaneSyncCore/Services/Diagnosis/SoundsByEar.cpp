@@ -13,6 +13,7 @@
 #include "OrvaneSyncCore/Services/Diagnosis/WrittenTimes.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
+#include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/Stop.h"
 #include "Platform/Text.h"
 
@@ -234,11 +235,58 @@ PairsByEar pairsByEar(const Shoot& shoot) {
     return pairs;
 }
 
+/// For cameras whose timecode gives several clips no sound, although recordings that other clips may have are
+/// within minutes: the clock of such a camera may have been wrong, or set in the middle of its card.
+std::vector<PairByEar> pairsWithinMinutes(const Shoot& shoot) {
+    constexpr double nearSeconds = 300;
+    const CountingFolders counting(shoot);
+    std::map<std::string_view, std::vector<const Shoot::Clip*>> cameras;
+    for (const Shoot::Clip& clip : shoot.clips)
+        if (isOpen(clip) && isAudible(clip) && !isWithoutTime(clip, counting))
+            cameras[folderOf(clip.group->video)].push_back(&clip);
+    const auto timeOfDay = [](double seconds) {
+        return seconds - secondsADay * std::floor(seconds / secondsADay);
+    };
+    // By their time of day: there may be thousands of clips and recordings.
+    std::vector<std::pair<double, const Recording*>> recordings;
+    for (std::size_t i = 0; i < shoot.recordings.size(); ++i) {
+        const Recording& recording = shoot.recordings[i];
+        const double length = recording.place.range.durationSeconds();
+        if (shoot.wholes.isFirst(i) && length > leastClaimedSeconds && length <= furthestAttachedSeconds &&
+            !counting.hold(*recording.asset))
+            recordings.emplace_back(timeOfDay(recording.place.range.startSeconds), &recording);
+    }
+    std::ranges::sort(recordings);
+    std::vector<PairByEar> pairs;
+    platform::StopCheck check(shoot.stop);
+    for (const auto& [folder, clips] : cameras) {
+        if (std::cmp_less(clips.size(), explanation::fewest)) continue;
+        for (const Shoot::Clip* clip : clips)
+            for (const double days : {-secondsADay, 0.0, secondsADay}) { // across midnight
+                const double start = timeOfDay(clip->place->range.startSeconds) + days;
+                for (auto near = std::ranges::lower_bound(recordings, start - nearSeconds, {},
+                                                          &std::pair<double, const Recording*>::first);
+                     near != recordings.end() && near->first <= start + nearSeconds; ++near) {
+                    check();
+                    const Recording& recording = *near->second;
+                    if (areOfOtherDays(*clip->place, recording.place)) continue;
+                    pairs.push_back({clip, &*recording.asset, attachedAt(shoot, *clip, *recording.asset)});
+                    if (areTooMany(pairs)) {
+                        pairs.pop_back();
+                        return pairs;
+                    }
+                }
+            }
+    }
+    return pairs;
+}
+
 /// A clip and the one recording in which it was heard.
 struct HeardPair {
     PairByEar pair;
-    double offsetSeconds;  ///< manual offset; `placeByClocks` removes the delay of the microphone
-    bool isBeside = false; ///< other clips gave another offset for its recorder
+    double offsetSeconds;   ///< manual offset; `placeByClocks` removes the delay of the microphone
+    bool isBeside = false;  ///< other clips gave another offset for its recorder
+    bool isOfClock = false; ///< several clips gave this offset for its recorder
 
     std::pair<std::string_view, std::optional<long>> recorder(const Shoot& shoot) const {
         const auto placed = shoot.recordingByID.find(pair.recording->id);
@@ -249,9 +297,8 @@ struct HeardPair {
 };
 
 /// The clips that were heard in exactly one recording.
-std::vector<HeardPair> heardAnywhere(const Shoot& shoot) {
+std::vector<HeardPair> heardIn(const Shoot& shoot, const std::vector<PairByEar>& pairs) {
     std::vector<HeardPair> result;
-    const auto pairs = pairsByEar(shoot).heard;
     for (auto pair = pairs.begin(); pair != pairs.end();) {
         const auto next =
             std::find_if(pair, pairs.end(), [&](const PairByEar& other) { return other.clip != pair->clip; });
@@ -264,6 +311,7 @@ std::vector<HeardPair> heardAnywhere(const Shoot& shoot) {
     }
     return result;
 }
+std::vector<HeardPair> heardAnywhere(const Shoot& shoot) { return heardIn(shoot, pairsByEar(shoot).heard); }
 
 /// A clip that is too short for a search everywhere, and its place by its date, once other clips of its
 /// folder showed the error of the dates.
@@ -337,6 +385,7 @@ void placeByClocks(const Shoot& shoot, std::vector<HeardPair>& all) {
             for (; first != last; ++first) {
                 double& own = (*first)->offsetSeconds;
                 own = clock ? heardClock(clock->seconds, rate).seconds : own - microphoneDelaySeconds;
+                (*first)->isOfClock = clock.has_value();
                 if (!clock) beside.push_back(*first);
             }
         }
@@ -376,6 +425,7 @@ void addClaimsByEar(const Shoot& shoot, std::vector<SoundClaim>& toHear) {
         if (heardClaim(shoot, claim) == nullptr) toHear.push_back(claim);
     };
     for (const PairByEar& pair : pairsByEar(shoot).heard) ask(pair.claim());
+    for (const PairByEar& pair : pairsWithinMinutes(shoot)) ask(pair.claim());
     for (const ClosePair& close : closePairs(shoot, heardAnywhere(shoot))) ask(close.claim());
 }
 
@@ -416,7 +466,16 @@ void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts) {
             heard != nullptr && heard->offsetSeconds)
             all.push_back({close.pair, *heard->offsetSeconds - close.pair.attachedSeconds});
     placeByClocks(shoot, all);
-    for (const auto& [pair, offset, isBeside] : all) {
+    std::set<const Shoot::Clip*> known;
+    for (const HeardPair& one : all) known.insert(one.pair.clip);
+    std::vector<HeardPair> near = heardIn(shoot, pairsWithinMinutes(shoot));
+    placeByClocks(shoot, near);
+    for (const HeardPair& one : near)
+        if (one.isOfClock && !known.contains(one.pair.clip) &&
+            !doubts.has(one.pair.clip->group->id,
+                        {SyncDoubt::Kind::constantOffset, SyncDoubt::Kind::timecodeRate}))
+            all.push_back(one);
+    for (const auto& [pair, offset, isBeside, isOfClock] : all) {
         const MediaAsset& video = pair.clip->group->video;
         const std::string text = shoot.nameOf(*pair.recording) + " in " + shoot.nameOf(video) +
                                  " with an offset of " + framesText(offset, video) +

@@ -16,8 +16,11 @@ TEST(HeardRecorders, FoldersOfOneTakeEachAreOneRecorder) {
             for (const char* channel : {"_Tr1.wav", "_Tr2.wav"})
                 shot.audios.push_back(recordingAt(take + number + channel, at - 4, 20));
         }
-        for (int i = 0; i < 4; ++i) // another recorder
-            shot.audios.push_back(recordingAt("/SD/BAG/B" + std::to_string(i) + ".wav", 50000 + 300 * i, 20));
+        for (int i = 0; i < 4; ++i) { // another recorder, under clips of its own
+            const double at = 50000 + 300 * i;
+            shot.videos.push_back(clipAt("/CAM2/B" + std::to_string(i) + ".mov", at, 10));
+            shot.audios.push_back(recordingAt("/SD/BAG/B" + std::to_string(i) + ".wav", at - 4, 20));
+        }
         shot.diagnose();
         std::unordered_map<UUID, HeardLag> heard;
         const auto pairs = SoundLag::pairsToHear(shot.groups);
@@ -30,8 +33,8 @@ TEST(HeardRecorders, FoldersOfOneTakeEachAreOneRecorder) {
             SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &heard});
         ASSERT_EQ(shot.count(Kind::constantOffset), 6) << hasFolders;
         const std::string cure = shot.card(Kind::constantOffset)->doubt.cure.text();
-        EXPECT_TRUE(cure.starts_with("--sound-offset 00:00:02:10 in a scan of this card alone (--exclude "
-                                     "'BAG')"))
+        EXPECT_TRUE(cure.starts_with("--sound-offset 00:00:02:10 in a scan of this card alone "
+                                     "(--exclude 'CAM2' --exclude 'BAG')"))
             << cure;
     }
 }

@@ -17,8 +17,6 @@ class AtmoControllerTest : public test::ControllerTest {
         make("A002", "T02", "2A", 600);
         make("A003", "T03", "", 1200);
         std::filesystem::remove(folder_.path("shoot/T03.WAV")); // a clip without sound
-        make("A004", "T04", "4", 1800);
-        make("A004", "T05", "5", 1800); // it is not decided which recording is that of the clip
         scan(folder("shoot"), std::nullopt);
         finish(controller_->atmo().scanAtmoCandidates());
     }

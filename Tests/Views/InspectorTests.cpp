@@ -218,9 +218,6 @@ TEST_F(InspectorTest, boxesAndChoicesAreCommandsAndSectionsFoldForGood) {
     export2->click();
     EXPECT_TRUE(clip("A001C001").hasManualTrackEdits());
     EXPECT_EQ(undoName(), "Toggle Audio Track");
-    serve();
-    button("Re-analyse this clip").click();
-    EXPECT_FALSE(button("Keep my selection").parentWidget()->isHidden()) << "asked before it is replaced";
 
     auto* section = inspector_->findChild<QFrame*>("inspector-notes");
     auto* folding = static_cast<design::FoldableSection*>(section);

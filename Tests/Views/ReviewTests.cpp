@@ -515,8 +515,7 @@ TEST_F(ReviewTest, ARecordingOfAnotherTimeIsPutUnderThePictureByItsClap) {
     EXPECT_TRUE(said.contains("P moves the sound there")) << said.toStdString();
     ASSERT_TRUE(waitUntil([&] { return clip(2).audioAnchorOffsetInAudioSeconds.has_value(); }))
         << "the clap is searched for";
-    window_->activateWindow(); // as a window manager does when the sheet closes
-    press(Qt::Key_P);
+    review().putClapOnFrame();
     const ClipSound sound(clip(2));
     EXPECT_NEAR(sound.primaryOffsetSeconds() + *clip(2).audioAnchorOffsetInAudioSeconds,
                 engine().playhead().seconds(), 0.04);

@@ -2,6 +2,8 @@
 
 #include "OrvaneSyncApp/Views/Translation.h"
 
+#include <QObject>
+
 #include <algorithm>
 #include <exception>
 #include <stdexcept>

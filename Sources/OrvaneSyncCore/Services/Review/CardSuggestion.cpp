@@ -67,7 +67,9 @@ std::optional<CardSuggestion> activeCardSuggestion(const SyncGroup& group, const
                                                    const std::set<std::string>& dismissedKeys) {
     using Clip = CardSuggestion::Clip;
     CardSuggestion suggestion;
-    if (!lacksSound(group) || !(suggestion.moved = nearestMoved(group, groups))) return std::nullopt;
+    if (!lacksSound(group)) return std::nullopt;
+    suggestion.moved = nearestMoved(group, groups);
+    if (!suggestion.moved) return std::nullopt;
     const double offset = suggestion.offsetSeconds = suggestion.moved->manualAudioOffsetSeconds;
     constexpr double milliseconds = 1000;
     suggestion.dismissKey = "card:" + std::string(folderPath(group.video)) + ":" +

@@ -262,9 +262,9 @@ TEST(Days, OtherDaysAreLeftOutWhereACameraHasTheDaysOfTheRecordings) {
                             {Fault::dateKeptAfterMidnight, 1, 2},
                             {Fault::otherCamera, 2, 1}}) {
         std::vector<MediaAsset> clips, sound;
-        const auto film = [&](std::string name, int day, int hour) {
+        const auto film = [&](const std::string& name, int day, int hour) {
             const std::string at = (hour < 10 ? "0" : "") + std::to_string(hour) + ":00:00";
-            clips.push_back(in("/CAM", test::video((name + ".mov").c_str(), at + ":00", 30)));
+            clips.push_back(in("/CAM", test::video(name + ".mov", at + ":00", 30)));
             clips.back().headerDate = dateFromISO8601("2024-05-" + std::to_string(day) + "T" + at + "Z");
         };
         const auto record = [&](int day, int hour) {

@@ -123,14 +123,14 @@ std::optional<Date> MediaAsset::shootDay() const {
 }
 
 std::optional<Date> MediaAsset::shootDay(calendar::DayStarts& starts) const {
-    const auto date = localCreatedDate();
     if (const auto day = dayInName(filename)) {
         // A running number of six digits may look like a date of long ago. A clock that lost its date is
-        // behind, so an earlier date in the file does not refute the name.
+        // behind, so an earlier date in the file does not refute the name. Its zone makes no difference.
         constexpr std::chrono::days longAgo{2 * 365};
         const auto named = starts.of(*day);
-        if (!named || !date || *date - *named < longAgo) return named;
+        if (!named || !contentCreatedDate || *contentCreatedDate - *named < longAgo) return named;
     }
+    const auto date = localCreatedDate();
     return date ? std::optional(starts.of(*date)) : std::nullopt;
 }
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace orvane {
 
@@ -65,17 +66,26 @@ void OwnDays::learn(const MediaAsset& video, const FilePlace& place, const std::
 void OwnDays::learnCamera(const MediaAsset& video, const FilePlace& place,
                           const std::vector<Meeting>& meetings) {
     if (place.day) return; // such a clip has no sound of another day that it could lose
-    Camera& camera = cameras_[{folderPath(video), namePattern(video)}];
     const auto day = place.knownDay();
-    if (!day) {
-        camera.hasUndated = true;
-        return;
+    const bool hasSound = day && !meetings.empty();
+    filmed_.push_back({&video, day, place.range.startSeconds < secondsADay / 2, hasSound,
+                       hasSound && hasAllOfItsDay(place, meetings)});
+}
+
+const std::map<OwnDays::CameraName, OwnDays::Camera>& OwnDays::cameras() const {
+    for (const Filmed& clip : std::exchange(filmed_, {})) {
+        Camera& camera = cameras_[{folderPath(*clip.video), namePattern(*clip.video)}];
+        if (!clip.day) {
+            camera.hasUndated = true;
+            continue;
+        }
+        camera.days.insert(*clip.day);
+        if (!clip.hasSound) continue;
+        HalfDay& half = camera.halves[{*clip.day, clip.isBeforeNoon}];
+        ++half.clips;
+        half.ofOwnDay += clip.hasOwnSound ? 1 : 0;
     }
-    camera.days.insert(*day);
-    if (meetings.empty()) return;
-    HalfDay& half = camera.halves[{*day, place.range.startSeconds < secondsADay / 2}];
-    ++half.clips;
-    half.ofOwnDay += hasAllOfItsDay(place, meetings) ? 1 : 0;
+    return cameras_;
 }
 
 /// Whether the camera's date and those of the recordings are right. If one of them is a day off, the camera
@@ -115,12 +125,13 @@ void OwnDays::leaveOutOthers(const MediaAsset& video, const FilePlace& place,
                                  !clips->second.lacksOwn && hasAllOfItsDay(place, meetings) &&
                                  confirmedBeside(clips->first) >= fewest &&
                                  clips->second.ofOwnDay >= clips->second.ofBothDays;
-    const auto camera = cameras_.find({folderPath(video), namePattern(video)});
+    const auto& known = cameras();
+    const auto camera = known.find({folderPath(video), namePattern(video)});
     std::erase_if(meetings, [&](const Meeting& meeting) {
         if (!meeting.isOfOtherDay) return false;
         const Card card = cardOf(meeting);
         return (isCardConfirmed && soundOfOwnDay_.contains(card)) ||
-               (hasOwnClip_[meeting.recording] && camera != cameras_.end() &&
+               (hasOwnClip_[meeting.recording] && camera != known.end() &&
                 isRightAbout(camera->second, *place.headerDay, card.first));
     });
 }

@@ -3,6 +3,7 @@
 #include "OrvaneSyncCore/Services/Matching/RecordingIndex.h"
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -50,7 +51,15 @@ class OwnDays {
         std::set<long> days;
         bool hasUndated = false; ///< clips whose day is not known
     };
+    struct Filmed {
+        const MediaAsset* video;
+        std::optional<long> day;
+        bool isBeforeNoon;
+        bool hasSound, hasOwnSound; ///< as those of HalfDay
+    };
     void learnCamera(const MediaAsset& video, const FilePlace& place, const std::vector<Meeting>& meetings);
+    /// Made when the first clip needs them, as the patterns of names take most of the time of matching.
+    const std::map<CameraName, Camera>& cameras() const;
     bool isRightAbout(const Camera& camera, long day, std::string_view soundFolder) const;
     int confirmedBeside(const Card& card) const;
     bool hasAllOfItsDay(const FilePlace& place, const std::vector<Meeting>& meetings) const;
@@ -59,7 +68,8 @@ class OwnDays {
     const std::vector<Recording>& recordings_;
     std::map<Card, Clips> clips_;
     std::set<Card> soundOfOwnDay_;
-    std::map<CameraName, Camera> cameras_;
+    mutable std::vector<Filmed> filmed_; ///< that `cameras_` does not contain yet
+    mutable std::map<CameraName, Camera> cameras_;
     std::map<std::string_view, std::set<long>> soundDays_; ///< by folder
     std::vector<bool> hasOwnClip_;                         ///< by recording: a clip of its day meets it
 };

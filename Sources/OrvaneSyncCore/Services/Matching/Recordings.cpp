@@ -150,8 +150,9 @@ std::optional<long> Places::dayOf(const MediaAsset& asset, const SyncEngine::TCR
     if (!lastDay_ || lastDay_->first != *shootDay) lastDay_ = {*shootDay, dayNumber(*shootDay)};
     const long day = lastDay_->second;
     const auto date = asset.localCreatedDate();
+    if (!date || starts_.of(*date) != *shootDay) return day;
     const auto named = MediaAsset::shootDateFromFilename(asset.filename);
-    if (!date || starts_.of(*date) != *shootDay || (named && starts_.of(*named) == *shootDay)) return day;
+    if (named && starts_.of(*named) == *shootDay) return day;
     const double second = secondOfDay(*date);
     return day - daysBefore(sourceOf(asset), asset, second, range).value_or(0);
 }

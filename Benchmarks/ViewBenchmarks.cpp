@@ -42,7 +42,7 @@ constexpr double ms = 1000;
 constexpr int clipSeconds = 8;
 constexpr double clapSeconds = 2;
 constexpr std::size_t clipCount = 500;
-constexpr int eveningClips = 150;
+constexpr int eveningClips = 150, changes = 1000;
 
 double secondsNow() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
@@ -360,10 +360,9 @@ Slope slopeOf(const std::vector<double>& values) {
 /// number of decoded pictures in a player varies by more than a leak adds in hours.
 void printMemory(Evening& evening) {
     constexpr double mega = 1e6, mostInUse = 1, most = 5;
-    // Each change takes a tenth of a second or more, so only a part of the named changes is made.
-    constexpr int changes = 1000, made = 480, there = 60, filling = 2 * there, step = 24;
+    constexpr int there = 200, filling = 2 * there, step = 50;
     std::vector<double> inUse, inMemory;
-    for (int i = 0; i <= filling + made; ++i) {
+    for (int i = 0; i <= filling + changes; ++i) {
         if (i >= filling && i % step == 0) {
             evening.atRest([&] {
                 inUse.push_back(bytesInUse());

@@ -24,8 +24,7 @@ struct Card {
     bool isOf(long other) const { return day && other >= *day && other <= *day + moreDays; }
 };
 /// Whether a recording is in the folder of the card, or below it if this is no folder of a recorder, and of
-/// its recorder and day. A recording
-/// without a place in time counts as of any day.
+/// its recorder and day. A recording without a place in time counts as of any day.
 bool isOn(const Card& card, const Shoot& shoot, const MediaAsset& recording);
 /// The recordings of each recorder and day.
 std::vector<Card> cardsOfRecorders(const Shoot& shoot);

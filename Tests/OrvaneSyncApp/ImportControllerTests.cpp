@@ -1,5 +1,6 @@
 #include "MediaFactory/MovieMaker.h"
 #include "MediaFactory/SmallShoot.h"
+#include "MediaFactory/WaveMaker.h"
 #include "OrvaneSyncApp/ControllerTest.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "Support/TemporaryDirectory.h"
@@ -228,6 +229,50 @@ TEST_F(ImportControllerTest, aClipThatWasRemovedStaysRemovedWithTheOtherDecision
     controller_->undo();
     EXPECT_EQ(controller_->work().syncGroups().size(), clips);
     EXPECT_EQ(clip("A001C001"), nullptr);
+}
+
+TEST_F(ImportControllerTest, recordingsAttachedOrRemovedByHandStaySoAfterAScan) {
+    test::makeSmallShoot(folder_.path());
+    scan(folder("camera"), folder("sound"));
+    ASSERT_FALSE(controller_->work().wildTracks().empty());
+    const MediaAsset wild = controller_->work().wildTracks().front().audio;
+    const auto files = [&](std::string_view name) {
+        std::vector<std::string> names;
+        for (const AudioMatch& match : clip(name)->audioMatches) names.push_back(match.audio->filename);
+        return names;
+    };
+    const auto matched = files("A001C001");
+    ASSERT_EQ(files("B001C001"), matched);
+    controller_->recordings().attachAudioToGroup(clip("A001C001")->id, wild);
+    controller_->recordings().removeAudioMatch(clip("B001C001")->id,
+                                               clip("B001C001")->audioMatches.front().id);
+    const auto withWild = files("A001C001"), withoutFirst = files("B001C001");
+    ASSERT_EQ(withWild.size(), matched.size() + 1);
+    const MatchStatus statusOfB = clip("B001C001")->matchStatus;
+    for (const std::size_t others : {0, 1}) { // with the second card comes another recording of that time
+        SCOPED_TRACE(others);
+        const WorkFiles earlier = controller_->recordings().workFiles();
+        if (others > 0)
+            test::WaveMaker()
+                .format({.sampleRate = 8000})
+                .bext({.date = "2026-11-20", .timeReference = std::uint64_t{36000} * 8000})
+                .silence(std::uint64_t{20} * 8000)
+                .writeTo(folder_.path("sound/SECOND.WAV"));
+        scan(folder("camera"), folder("sound"));
+        finish(controller_->recordings().keepDecisions(earlier));
+        EXPECT_EQ(files("A001C001").size(), withWild.size() + others);
+        EXPECT_EQ(files("A001C001").back(), wild.filename);
+        EXPECT_EQ(clip("A001C001")->matchStatus, MatchStatus::manual());
+        EXPECT_EQ(files("B001C001").size(), withoutFirst.size() + others);
+        EXPECT_EQ(std::ranges::count(files("B001C001"), matched.front()), 0);
+        if (others == 0) {
+            EXPECT_EQ(clip("B001C001")->matchStatus, statusOfB);
+        }
+        EXPECT_EQ(std::ranges::count(controller_->work().wildTracks(), wild.url,
+                                     [](const WildTrack& track) { return track.audio.url; }),
+                  0)
+            << "a clip has it";
+    }
 }
 
 TEST_F(ImportControllerTest, whatWasDecidedFollowsACameraFileToAnotherPath) {

@@ -5,7 +5,6 @@
 #include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "OrvaneSyncCore/Services/Takes/ClipRecordings.h"
-#include "OrvaneSyncCore/Services/Takes/Take.h"
 #include "OrvaneSyncCore/Services/Takes/TakeDecisions.h"
 #include "OrvaneSyncCore/Utilities/Day.h"
 #include "Platform/OnQueue.h"
@@ -20,15 +19,6 @@
 namespace orvane {
 
 namespace {
-
-/// If only files of one take are left, there is nothing to choose, however many they are.
-MatchStatus statusAfterRemoval(const SyncGroup& group) {
-    if (group.isMOS()) return MatchStatus::unmatched();
-    const Take take = takeOf(group, assumedChannels);
-    if (std::ranges::find(take.files, TakeRole::alternate, &TakeFile::role) == take.files.end())
-        return MatchStatus::manual();
-    return MatchStatus::ambiguous(static_cast<int>(group.audioMatches.size()));
-}
 
 bool uses(const SyncGroup& group, const UUID& audioID) {
     return std::ranges::any_of(group.audioMatches,

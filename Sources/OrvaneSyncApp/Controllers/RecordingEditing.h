@@ -42,7 +42,9 @@ class RecordingEditing {
     platform::Task resyncAllClips();
 
     /// The present clips and the scan that made them.
-    WorkFiles workFiles() const { return {work_.syncGroups(), work_.sharedWildTracks(), scan_.scanResult()}; }
+    WorkFiles workFiles() const {
+        return {work_.syncGroups(), work_.sharedWildTracks(), scan_.scanResult(), work_.matchRules()};
+    }
     /// To be called after a scan has replaced the `earlier` clips, and before another step. Gives their
     /// decisions to the clips with the same camera files (`withDecisionsOf`), within the step of the scan.
     /// Also restores their Smart Audio results.

@@ -73,15 +73,73 @@ void keepChoice(SyncGroup& group, const SyncGroup& before) {
     group.matchStatus = MatchStatus::manual();
 }
 
-SyncGroup withDecisions(const SyncGroup& now, const SyncGroup& was, const MovedFiles& movedSound) {
+/// The recordings of a scan, for the files of an earlier one.
+class ScannedSound {
+  public:
+    ScannedSound(const WorkFiles& earlier, const WorkFiles& scanned)
+        : moved_(earlier.audioPool(), scanned.audioPool()) {
+        for (const MediaAsset* file : scanned.audioPool()) byPath_.emplace(file->url.path, file);
+    }
+    /// The same file in the scan, which has it under another identifier if it was read again; as it was if
+    /// the scan did not find it.
+    const MediaAsset& now(const MediaAsset& before) const {
+        if (const MediaAsset* moved = moved_.now(before)) return *moved;
+        const auto same = byPath_.find(before.url.path);
+        return same == byPath_.end() ? before : *same->second;
+    }
+
+  private:
+    MovedFiles moved_;
+    std::unordered_map<std::string_view, const MediaAsset*> byPath_;
+};
+
+bool hasFile(const std::vector<AudioMatch>& matches, const FileURL& file) {
+    return std::ranges::any_of(matches, [&](const AudioMatch& match) { return match.audio->url == file; });
+}
+
+/// The clip of the scan, with the recordings that the editor attached to the earlier clip, and without those
+/// that the editor removed from it. `byMatching`: the earlier clip as matching gave it; both it and `was`
+/// have the files of the scan.
+SyncGroup withRecordingsByHand(const SyncGroup& now, const SyncGroup& was, const SyncGroup& byMatching) {
+    using enum MatchStatus::Kind;
+    SyncGroup own = now;
+    const bool mayLackSome = was.matchStatus.kind == manual || was.matchStatus.kind == ambiguous ||
+                             was.matchStatus.kind == unmatched;
+    if (mayLackSome && std::erase_if(own.audioMatches, [&](const AudioMatch& match) {
+                           return hasFile(byMatching.audioMatches, match.audio->url) &&
+                                  !hasFile(was.audioMatches, match.audio->url);
+                       }) > 0)
+        own.matchStatus = statusAfterRemoval(own);
+    if (was.matchStatus.kind != manual) return own;
+    for (const AudioMatch& match : was.audioMatches)
+        if (!hasFile(byMatching.audioMatches, match.audio->url) &&
+            !hasFile(now.audioMatches, match.audio->url)) {
+            own.audioMatches.push_back(match);
+            own.matchStatus = MatchStatus::manual();
+        }
+    return own;
+}
+
+void takeFilesOf(const ScannedSound& sound, SyncGroup& group) {
+    for (AudioMatch& match : group.audioMatches)
+        if (const MediaAsset& now = sound.now(*match.audio);
+            now.id != match.audio->id || now.url != match.audio->url)
+            match.audio = now;
+}
+
+SyncGroup withDecisions(const SyncGroup& now, const SyncGroup& was, const SyncGroup& matched,
+                        const ScannedSound& sound) {
     SyncGroup own = was;
-    for (AudioMatch& match : own.audioMatches)
-        if (const MediaAsset* moved = movedSound.now(*match.audio)) match.audio = *moved;
+    takeFilesOf(sound, own);
     // The file has changed since, or has another path.
     if (now.video.id != was.video.id || now.video.url != was.video.url) own.video = now.video;
     const bool isAttached = was.matchStatus == MatchStatus::manual() && !was.isMOS() &&
                             recordingWith(now, own.audioMatches.front().audio->url).empty();
-    if (!was.isLocked && !isAttached) copyMatches(own, now);
+    if (!was.isLocked && !isAttached) {
+        SyncGroup before = matched;
+        takeFilesOf(sound, before);
+        copyMatches(own, withRecordingsByHand(now, own, before));
+    }
     if (!own.hasALEMetadata() && now.hasALEMetadata()) {
         own.aleMetadata = now.aleMetadata;
         own.clipName = now.clipName;
@@ -185,7 +243,13 @@ WithDecisions withDecisionsOf(const WorkFiles& earlier, const WorkFiles& scanned
     std::unordered_set<std::string_view> removed;
     for (const MediaAsset* video : earlier.removedVideos()) removed.insert(video->url.path);
     const MovedFiles moved = movedVideos(earlier, scanned);
-    const MovedFiles movedSound(earlier.audioPool(), scanned.audioPool());
+    const ScannedSound sound(earlier, scanned);
+    // What matching gave before shows which recordings the editor attached or removed.
+    std::vector<MediaAsset> videos = earlier.videos();
+    for (const MediaAsset* video : earlier.removedVideos()) videos.push_back(*video);
+    const Pool pool(earlier);
+    const SyncGroupList matched = SyncEngine().match(videos, pool.all(), earlier.rules, stop);
+    const ByPath matchedBefore = byPath(matched);
     WithDecisions made;
     std::vector<AudioMatch> released;
     std::unordered_set<UUID> used;
@@ -198,9 +262,10 @@ WithDecisions withDecisionsOf(const WorkFiles& earlier, const WorkFiles& scanned
         const std::string_view path = (known != nullptr ? *known : now.video).url.path;
         if (removed.contains(path)) continue;
         const auto was = before.find(path);
-        auto own = was == before.end()
-                       ? scanned.groups.element(i)
-                       : std::make_shared<SyncGroup>(withDecisions(now, *was->second, movedSound));
+        auto own = scanned.groups.element(i);
+        if (was != before.end())
+            own = std::make_shared<SyncGroup>(
+                withDecisions(now, *was->second, *matchedBefore.at(was->second->video.url.path), sound));
         for (const AudioMatch& match : own->audioMatches) used.insert(match.audio->id);
         made.groups.append(std::move(own));
     }

@@ -38,9 +38,10 @@ std::optional<Resynced> resynced(const WorkFiles& files, const SourceCorrections
 
 /// The clips of a scan, with the decisions of the earlier clips that have the same camera file, also if it
 /// has another path now, or a file that the scan left out as its copy: such a clip is the earlier clip, with
-/// the recordings of the scan. A locked clip keeps its recordings. A clip also keeps them if its recording
-/// was attached manually and the scan did not match that recording to it. A clip whose camera file the
-/// earlier scan found, and that was not among the earlier clips, was removed by the editor and stays removed.
+/// the recordings of the scan. A locked clip keeps its recordings. So does a clip whose first recording was
+/// attached manually and is not matched by the scan. Other recordings that were attached manually stay beside
+/// those of the scan, and those that were removed manually stay removed. A clip whose camera file the earlier
+/// scan found, and that was not among the earlier clips, was removed by the editor and stays removed.
 struct WithDecisions {
     SyncGroupList groups;
     std::shared_ptr<const std::vector<WildTrack>> wildTracks;

@@ -5,6 +5,7 @@
 #include "OrvaneSyncCore/Models/ScanModels.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Models/WildTrack.h"
+#include "OrvaneSyncCore/Services/Matching/MatchRules.h"
 #include "Platform/SettingsStore.h"
 
 #include <map>
@@ -31,6 +32,7 @@ struct WorkFiles {
     SyncGroupList groups;
     std::shared_ptr<const std::vector<WildTrack>> wildTracks; ///< never null
     std::shared_ptr<const ScanResult> scanned;                ///< null: there was no scan
+    MatchRules rules = {};                                    ///< by which the clips were matched
 
     /// The audio of the scan; null if it read none.
     const std::vector<MediaAsset>* scannedAudio() const;

@@ -47,6 +47,14 @@ void putFirst(SyncGroup& group, const std::vector<std::size_t>& recording) {
     group.audioMatches = std::move(ordered);
 }
 
+MatchStatus statusAfterRemoval(const SyncGroup& group) {
+    if (group.isMOS()) return MatchStatus::unmatched();
+    const Take take = takeOf(group, assumedChannels);
+    if (std::ranges::find(take.files, TakeRole::alternate, &TakeFile::role) == take.files.end())
+        return MatchStatus::manual();
+    return MatchStatus::ambiguous(static_cast<int>(group.audioMatches.size()));
+}
+
 std::vector<std::size_t> inTakeOrder(const SyncGroup& group, const std::vector<std::size_t>& recording) {
     const Take take = takeOf(withOnly(group, recording), assumedChannels);
     std::vector<std::size_t> ordered;

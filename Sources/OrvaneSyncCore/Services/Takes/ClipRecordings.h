@@ -18,6 +18,10 @@ std::vector<std::size_t> recordingWith(const SyncGroup& group, const FileURL& fi
 /// Moves the files of one of the clip's recordings before the others.
 void putFirst(SyncGroup& group, const std::vector<std::size_t>& recording);
 
+/// The status of a clip from which a recording was removed by hand. If only files of one take are left, there
+/// is nothing to choose, however many they are.
+MatchStatus statusAfterRemoval(const SyncGroup& group);
+
 /// The positions of a recording's files in the order of its take; the first file gives the recording its
 /// name.
 std::vector<std::size_t> inTakeOrder(const SyncGroup& group, const std::vector<std::size_t>& recording);

@@ -23,6 +23,16 @@ std::string cameraText(const SyncGroup& group) {
     return letter ? "Cam " + *letter : group.video.filename;
 }
 
+/// Whether the clip's sound, moved by hand by that much, lies under a part of the picture; also if the length
+/// of a file is not known.
+bool hasSoundAt(const SyncGroup& group, double offsetSeconds) {
+    if (group.isMOS()) return true;
+    const AudioMatch& match = group.audioMatches.front();
+    const double start = match.syncOffsetSeconds + offsetSeconds;
+    const auto &sound = match.audio->durationSeconds, &picture = group.video.durationSeconds;
+    return !sound || !picture || (start < *picture && start + *sound > 0);
+}
+
 } // namespace
 
 std::optional<SiblingSuggestion> activeSiblingSuggestion(const SyncGroup& group, const SyncGroupList& groups,
@@ -40,6 +50,8 @@ std::optional<SiblingSuggestion> activeSiblingSuggestion(const SyncGroup& group,
         if (siblings[i].id == group.id || !isFrame(offset) ||
             !isFrame(offset - group.manualAudioOffsetSeconds))
             continue;
+        // Such an offset corrects the clock of the sibling's card, which this clip's card does not share.
+        if (!hasSoundAt(group, offset) && hasSoundAt(group, group.manualAudioOffsetSeconds)) continue;
         constexpr double milliseconds = 1000;
         std::string key = siblings[i].id.text() + ":" + std::to_string(whole(offset * milliseconds));
         if (dismissedKeys.contains(key)) continue;

@@ -21,8 +21,8 @@ struct SiblingSuggestion {
 };
 
 /// Uses the first sibling that was moved by a frame or more and whose offset differs from this clip's by a
-/// frame or more. `frameRate` is the player's, frames per second; absent if it is not above 0. Pure; any
-/// thread.
+/// frame or more, unless this clip would lose its sound by that offset. `frameRate` is the player's, frames
+/// per second; absent if it is not above 0. Pure; any thread.
 std::optional<SiblingSuggestion> activeSiblingSuggestion(const SyncGroup& group, const SyncGroupList& groups,
                                                          GroupNaming::Source source,
                                                          const std::optional<std::string>& customPattern,

@@ -99,15 +99,22 @@ TEST(ExportPreview, ReportsHowManyClipsWereNotAnalysed) {
     EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).choiceText(), std::nullopt);
     SyncGroup chosen = inScene("3");
     chosen.manualActiveTracks = {2};
-    EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).rangesText(), std::nullopt);
+    EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).rangesText(true), std::nullopt);
     chosen.manualBlockOverrides.emplace_back();
     groups.append(chosen);
     EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).choiceText(),
               "The channels that were chosen before, in 1 clip, are in the document as they are chosen.");
-    EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).rangesText(),
+    EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).rangesText(true),
               "Ranges set by hand are not in the document, in 1 clip that Smart Audio has not analyzed; "
               "analyze and "
               "export again.");
+    for (const bool isAnalysed : {false, true}) {
+        if (isAnalysed) results[chosen.id].blocks.emplace_back();
+        EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).rangesText(false),
+                  "The times of ranges set by hand are not in the document, in 1 clip; the option “Volume "
+                  "keyframes” writes them.");
+    }
+    EXPECT_EQ(ExportPreview::smartAudioCoverage(groups, results).rangesText(true), std::nullopt);
 }
 
 } // namespace

@@ -342,7 +342,8 @@ void ExportSheet::showForecast() {
                                     " locked as without sound: not in the document");
     if (!missing_.isEmpty()) notes << missing_;
     const auto coverage = ExportPreview::smartAudioCoverage(work.syncGroups(), now.smartAudioResults);
-    for (const auto& said : {coverage.text(), coverage.choiceText(), coverage.rangesText()})
+    for (const auto& said :
+         {coverage.text(), coverage.choiceText(), coverage.rangesText(now.get(settings::volumeKeyframes))})
         if (said) notes << translatedSentence(*said);
     if (const QString leftOut = leftOutNote(controller); !leftOut.isEmpty()) notes << leftOut;
     leftOut_->setText(notes.join(QLatin1Char('\n')));

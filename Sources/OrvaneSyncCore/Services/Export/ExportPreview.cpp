@@ -73,13 +73,17 @@ Forecast forecast(const SyncGroupList& groups, const ExportSettings& settings) {
 SmartAudioCoverage smartAudioCoverage(const SyncGroupList& groups,
                                       const SmartAudioResults& smartAudioResults) {
     SmartAudioCoverage coverage;
-    for (const SyncGroup& group : groups)
-        if (group.matchStatus.isSettled() && !group.isExcludedFromExport && !group.isMOS() &&
-            smartAudioResults.heard(group.id) == nullptr) {
-            ++coverage.unanalyzed;
-            if (!group.manualActiveTracks.empty()) ++coverage.chosenBefore;
-            if (!group.manualBlockOverrides.empty()) ++coverage.withRanges;
+    for (const SyncGroup& group : groups) {
+        if (!group.matchStatus.isSettled() || group.isExcludedFromExport || group.isMOS()) continue;
+        const bool hasRanges = !group.manualBlockOverrides.empty();
+        if (smartAudioResults.heard(group.id) != nullptr) {
+            if (hasRanges) ++coverage.analyzedRanges;
+            continue;
         }
+        ++coverage.unanalyzed;
+        if (!group.manualActiveTracks.empty()) ++coverage.chosenBefore;
+        if (hasRanges) ++coverage.withRanges;
+    }
     return coverage;
 }
 
@@ -95,7 +99,11 @@ std::optional<std::string> SmartAudioCoverage::choiceText() const {
            ", are in the document as they are chosen.";
 }
 
-std::optional<std::string> SmartAudioCoverage::rangesText() const {
+std::optional<std::string> SmartAudioCoverage::rangesText(bool hasVolumeKeyframes) const {
+    if (!hasVolumeKeyframes && withRanges + analyzedRanges > 0)
+        return "The times of ranges set by hand are not in the document, in " +
+               counted(withRanges + analyzedRanges, "clip", "clips") +
+               "; the option “Volume keyframes” writes them.";
     if (withRanges == 0) return std::nullopt;
     return "Ranges set by hand are not in the document, in " + counted(withRanges, "clip", "clips") +
            " that Smart Audio has not analyzed; analyze and export again.";

@@ -25,15 +25,17 @@ struct Forecast {
 Forecast forecast(const SyncGroupList& groups, const ExportSettings& settings);
 
 struct SmartAudioCoverage {
-    int unanalyzed = 0;   ///< clips with sound for which no analysis has a result
-    int chosenBefore = 0; ///< those of them whose channels were chosen nevertheless
-    int withRanges = 0;   ///< those of them that have ranges set by hand
+    int unanalyzed = 0;     ///< clips with sound for which no analysis has a result
+    int chosenBefore = 0;   ///< those of them whose channels were chosen nevertheless
+    int withRanges = 0;     ///< those of them that have ranges set by hand
+    int analyzedRanges = 0; ///< analysed clips that have ranges set by hand
     /// Absent if all clips are analysed.
     std::optional<std::string> text() const;
     /// What the document gets for clips with chosen channels but without analysis; absent if there are none.
     std::optional<std::string> choiceText() const;
-    /// That the document is without ranges that were set by hand; absent if there are none.
-    std::optional<std::string> rangesText() const;
+    /// That the document is without ranges that were set by hand; absent if there are none. Only volume
+    /// keyframes have their times.
+    std::optional<std::string> rangesText(bool hasVolumeKeyframes) const;
 };
 SmartAudioCoverage smartAudioCoverage(const SyncGroupList& groups,
                                       const SmartAudioResults& smartAudioResults);

@@ -108,9 +108,10 @@ void addGroup(ExportRun& run, const SyncGroup& group) {
 
 /// The results of Smart Audio are kept in memory only.
 void warnOfMissingCurves(ExportRun& run) {
-    if (!run.settings.get(settings::volumeKeyframes)) return;
+    const bool hasKeyframes = run.settings.get(settings::volumeKeyframes);
     const auto coverage = ExportPreview::smartAudioCoverage(run.groups, run.settings.smartAudioResults);
-    if (const auto ranges = coverage.rangesText()) run.result.warnings.push_back(*ranges);
+    if (const auto ranges = coverage.rangesText(hasKeyframes)) run.result.warnings.push_back(*ranges);
+    if (!hasKeyframes) return;
     const int clips = coverage.unanalyzed;
     if (clips > 0)
         run.result.warnings.push_back("Volume curves are missing: Smart Audio has not analyzed " +

@@ -254,6 +254,18 @@ TEST_F(WorkDoubtsTest, ANamedRecordingIsChosenWithoutThoseOfAnotherUnit) {
         EXPECT_EQ(group.primaryAudio()->filename.front(), i < 4 ? 'L' : 'T');
     }
     EXPECT_TRUE(readDecisions(WorkSnapshot(*controller_), lines).decisions.empty());
+
+    controller_->openStoredWork(
+        {{}, {}, SyncEngine().match({clips.front()}, {recordings.front()}, MatchRules())});
+    lines = reviewLines(WorkSnapshot(*controller_));
+    const auto decided = [&](const char* choice) {
+        lines.front()[ReviewColumn::choice] = choice;
+        return readDecisions(WorkSnapshot(*controller_), lines).decisions;
+    };
+    EXPECT_TRUE(decided("1").empty()) << "as matching gave it";
+    carryOut(*controller_, undoSteps::applyReview, decided("only 1"));
+    EXPECT_EQ(controller_->work().syncGroups().front().matchStatus, MatchStatus::manual());
+    EXPECT_TRUE(decided("only 1").empty());
 }
 
 TEST_F(WorkDoubtsTest, AreKeptByAMarkOnAClipWithoutARecording) {

@@ -38,6 +38,13 @@ ClipRates ratesOf(const WorkSnapshot& work) {
 
 bool isChosen(const SyncGroup& group) { return group.matchStatus.isSettled() && !group.isMOS(); }
 
+/// Whether "only" and the clip's first recording would change nothing. It is a decision, also about a clip
+/// that matching gave that recording alone: it settles the clip's doubts.
+bool isOnlyChoice(const SyncGroup& group) {
+    return isChosen(group) && recordingsOf(group).size() == 1 &&
+           (group.isLocked || group.matchStatus.kind == MatchStatus::Kind::manual);
+}
+
 std::vector<std::string> recordingTexts(const SyncGroup& group, const FileNames& names) {
     std::vector<std::string> texts;
     for (const auto& recording : recordingsOf(group)) texts.push_back(recordingText(group, recording, names));
@@ -254,7 +261,7 @@ class Reading {
         }
         if (position >= recordings.size())
             return problem(line, "there is no recording number '" + *line[choice] + "'");
-        const bool isDone = position == 0 && isChosen(group) && (!only || recordings.size() == 1);
+        const bool isDone = position == 0 && (only ? isOnlyChoice(group) : isChosen(group));
         if (isDone || !mayChange(line, group, decision)) return;
         decision.matchID = group.audioMatches[recordings[position].front()].id;
         decision.isAlone = only.has_value();
@@ -281,8 +288,7 @@ class Reading {
         for (std::size_t position = 0; position < recordings.size(); ++position)
             for (const std::size_t match : recordings[position]) {
                 if (group.audioMatches[match].audio->id != id) continue;
-                const bool isDone = position == 0 &&
-                                    (only ? isChosen(group) && recordings.size() == 1 : isChosenAlone(group));
+                const bool isDone = position == 0 && (only ? isOnlyChoice(group) : isChosenAlone(group));
                 if (isDone || !mayChange(line, group, decision)) return;
                 decision.matchID = group.audioMatches[match].id;
                 decision.isAlone = only.has_value();

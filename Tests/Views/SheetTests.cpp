@@ -118,6 +118,19 @@ TEST_F(SheetTest, WhatOnlyShowsStandsWhereItStoodUnderTheNextDoubt) {
     EXPECT_EQ(bar.layout()->totalHeightForWidth(bar.width()), folded);
     bar.show({{"few words", {}, clips}});
     EXPECT_EQ(button(bar, "More"), nullptr);
+
+    int lost = 0;
+    bar.whenFocusLost = [&] { ++lost; };
+    bar.show();
+    bar.activateWindow();
+    for (const bool isLast : {false, true}) {
+        bar.show({{"a", {"b", {{"Trim to Overlap", "setTrimMode", mode, false}}}, clips}});
+        button(bar, "Trim to Overlap")->setFocus();
+        ASSERT_TRUE(waitUntil([&] { return bar.isAncestorOf(QApplication::focusWidget()); }));
+        bar.show(isLast ? std::vector<ResultsViewModel::Doubt>()
+                        : std::vector{ResultsViewModel::Doubt{"c", {}, clips}});
+        EXPECT_EQ(lost, isLast ? 2 : 1);
+    }
 }
 
 TEST_F(SheetTest, TellsWhatThisMachineHasAndCopiesIt) {

@@ -5,9 +5,12 @@
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
+#include <QApplication>
 #include <QHBoxLayout>
 #include <QPointer>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace orvane::views {
 
@@ -69,6 +72,11 @@ DoubtBar::DoubtBar(Desktop& desktop, QWidget* parent) : QFrame(parent), desktop_
 
 void DoubtBar::show(std::vector<ResultsViewModel::Doubt> doubts) {
     doubts_ = std::move(doubts);
+    // Else Qt gives the focus to the next widget, wherever that is.
+    const QWidget* focused = QApplication::focusWidget();
+    const bool losesFocus = focused != nullptr && (doubts_.empty() ? isAncestorOf(focused)
+                                                                   : std::ranges::count(steps_, focused) > 0);
+    if (losesFocus && whenFocusLost) whenFocusLost();
     setVisible(!doubts_.empty());
     if (!doubts_.empty()) showOne();
 }

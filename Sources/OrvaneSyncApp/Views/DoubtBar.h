@@ -19,6 +19,8 @@ class DoubtBar : public QFrame {
     void show(std::vector<ResultsViewModel::Doubt> doubts);
 
     std::function<void(const std::vector<UUID>&)> whenClipsWanted;
+    /// Called when the button that had the focus is removed.
+    std::function<void()> whenFocusLost;
     /// Called when a cure is complete.
     std::function<void()> whenCured;
 

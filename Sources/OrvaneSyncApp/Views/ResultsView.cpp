@@ -151,6 +151,7 @@ ResultsView::ResultsView(Desktop& desktop, ScreenHost host)
     column->addLayout(top);
     column->addWidget(doubts_ = new DoubtBar(desktop));
     doubts_->whenClipsWanted = [this](const std::vector<UUID>& clips) { showClips(clips); };
+    doubts_->whenFocusLost = [this] { table_->setFocus(Qt::OtherFocusReason); };
     doubts_->whenCured = [this] { showDoubts(); };
 
     lists_ = new QSplitter(Qt::Vertical);

@@ -46,9 +46,15 @@ std::string heardText(const WorkDoubts::Listened& listened, const NotCompared& n
 }
 
 /// Where nothing is in doubt of what was read, whoever looks at the last line alone takes all for right.
-std::string nothingInDoubt(const WorkSnapshot& work) {
+/// `byEar`: the clips that are in no doubt because their microphones heard the recording.
+std::string nothingInDoubt(const WorkSnapshot& work, std::size_t byEar) {
     const std::string nothing =
-        work.notCompared().isEmpty() ? "Nothing is in doubt" : "Nothing is in doubt by timecode";
+        byEar > 0
+            ? "Microphones heard the recordings of " + counted(byEar, "clip", "clips") +
+                  " in their places. By timecode alone, as 'sync' has it without the table of --review, "
+                  "these clips are in doubt. Nothing else is in doubt"
+        : work.notCompared().isEmpty() ? "Nothing is in doubt"
+                                       : "Nothing is in doubt by timecode";
     const auto& found = work.discoveryResult;
     if (!found || found->unreadMedia.empty()) return nothing + ".\n";
     const auto count = found->unreadMedia.size();
@@ -56,11 +62,11 @@ std::string nothingInDoubt(const WorkSnapshot& work) {
            (count == 1 ? "it" : "them") + " to QuickTime, MP4, MXF, WAVE or AIFF first.\n";
 }
 
-std::string findingsText(const WorkSnapshot& work, std::span<const std::string> call) {
+std::string findingsText(const WorkSnapshot& work, std::size_t byEar, std::span<const std::string> call) {
     if (work.scanResult()->totalFiles() == 0) return "No video or audio files found.\n";
     const std::string left = leftOver(work).text();
     if (!work.doubts().isEmpty()) return doubtsText(work, call) + left;
-    return left.empty() ? nothingInDoubt(work) : left;
+    return left.empty() ? nothingInDoubt(work, byEar) : left;
 }
 
 void diagnose(Context& context, const Arguments& arguments) {
@@ -71,20 +77,16 @@ void diagnose(Context& context, const Arguments& arguments) {
     run.wait(run.controller().listenForDoubts());
     const ImportController& controller = run.controller();
     const WorkSnapshot work(controller);
-    std::vector<ReviewLine> lines;
-    std::size_t filledIn = 0;
-    if (review) {
-        lines = reviewLines(work);
-        filledIn = fillInWhatWasHeard(lines, work);
-        review.write(lines, controller);
-    }
+    std::vector<ReviewLine> lines = reviewLines(work);
+    const std::size_t filledIn = fillInWhatWasHeard(lines, work);
+    if (review) review.write(lines, controller);
     if (arguments.has("--json"))
         context.out << diagnosisJSON(work).dump(JSON::Layout::pretty) << "\n";
     else
         context.out << cardsText(work, context.mayColour) << issuesText(controller, context.mayColour)
                     << countsText(controller)
                     << heardText(controller.derivedDoubts().listened(), work.notCompared())
-                    << findingsText(work, context.call());
+                    << findingsText(work, filledIn, context.call());
     if (review && !arguments.has("--json"))
         context.out << review.text() << counted(filledIn, "line is", "lines are") << " filled in.\n";
 }

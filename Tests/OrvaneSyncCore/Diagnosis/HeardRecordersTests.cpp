@@ -39,45 +39,95 @@ TEST(HeardRecorders, FoldersOfOneTakeEachAreOneRecorder) {
     }
 }
 
-TEST(HeardRecorders, AClockThatWasSetOnACardWithoutSoundIsHeardInTheRecordingsOfAnotherCamera) {
-    Shot shot;
-    constexpr int clips = 12;
-    const auto errorOf = [](int clip) { return clip < 7 ? 242.0 : -55.0; };
-    for (int i = 0; i < clips; ++i) {
-        const double at = 36000 + 320 * i + 11 * (i % 3);
-        const std::string number = std::to_string(i + 10);
-        shot.videos.push_back(clipAt("/A/A" + number + ".mov", at, 12));
-        shot.videos.push_back(clipAt("/B/B" + number + ".mov", at + errorOf(i), 12));
-        shot.videos.back().channelCount = 2;
-        shot.audios.push_back(recordingAt("/S/T" + number + ".wav", at - 3, 20));
-    }
-    shot.diagnose();
+/// Clip and recording of one take have the same number, in their names from the second character on.
+int numberOf(const auto& files, const UUID& id) {
+    const auto file = std::ranges::find_if(files, [&](const MediaAsset& one) { return one.id == id; });
+    return std::stoi(file->filename.substr(1));
+}
+
+/// Compares until there is nothing left to compare. `isHeard`: whether a clip's camera hears the recording,
+/// by their numbers. Recordings begin 3 s before their clips.
+void compare(Shot& shot, const auto& isHeard) {
     const std::unordered_map<UUID, HeardLag> lags;
     const FileNames names;
-    for (const int heard : {clips, 2}) {
-        HeardClaims claims;
-        DoubtInput input{shot.groups, shot.audios, {}, TrimMode::noTrim, {}, names, &lags};
-        input.heardClaims = &claims;
-        const auto numberOf = [](const auto& files, const UUID& id) {
-            const auto file =
-                std::ranges::find_if(files, [&](const MediaAsset& one) { return one.id == id; });
-            return std::stoi(file->filename.substr(1)) - 10;
-        };
-        std::map<UUID, UUID> videoOf;
-        for (const SyncGroup& group : shot.groups) videoOf[group.id] = group.video.id;
+    HeardClaims claims;
+    DoubtInput input{shot.groups, shot.audios, {}, TrimMode::noTrim, {}, names, &lags};
+    input.heardClaims = &claims;
+    std::map<UUID, UUID> videoOf;
+    for (const SyncGroup& group : shot.groups) videoOf[group.id] = group.video.id;
+    for (std::size_t before = 1; before != claims.size();) {
+        before = claims.size();
         for (const SoundClaim& claim : SyncDoubts::claims(input)) {
-            const int clip = numberOf(shot.videos, videoOf.at(claim.clipID));
-            const bool isHeard = clip < heard && clip == numberOf(shot.audios, claim.recordingID);
-            claims[claim.key()] = {isHeard ? std::optional(-2.985) : std::nullopt, true};
+            const bool isFound = isHeard(numberOf(shot.videos, videoOf.at(claim.clipID)),
+                                         numberOf(shot.audios, claim.recordingID));
+            claims[claim.key()] = {isFound ? std::optional(-2.985) : std::nullopt, true};
+            const auto file = std::ranges::find(shot.audios, claim.recordingID, &MediaAsset::id);
+            EXPECT_FALSE(file->filename.ends_with("_2.wav")) << "is compared with the other file of its take";
         }
-        shot.doubts = SyncDoubts::of(input);
+    }
+    shot.doubts = SyncDoubts::of(input);
+}
+
+TEST(HeardRecorders, AClockThatWasSetOnACardWithoutSoundIsHeardInTheRecordingsOfAnotherCamera) {
+    struct Case {
+        int heard;                  ///< clips whose cameras hear their takes
+        bool areMono = false;       ///< each take is two files
+        double shortSeconds = 12;   ///< length of every second clip
+        bool isChanceHeard = false; ///< the clip with another take's sound hears this one as well
+    };
+    constexpr int clips = 12, byChance = 3;
+    for (const Case& given :
+         {Case{clips}, Case{clips, true}, Case{clips, true, 8}, Case{2}, Case{clips, false, 8, true}}) {
+        Shot shot;
+        const auto errorOf = [](int clip) { return clip < 7 ? 242.0 : -55.0; };
+        double at = 36000;
+        for (int i = 0; i < clips; ++i) {
+            const double seconds = i % 2 == 1 ? given.shortSeconds : 12;
+            const std::string number = std::to_string(i);
+            shot.videos.push_back(clipAt("/A/A" + number + ".mov", at, seconds));
+            shot.videos.push_back(clipAt("/B/B" + number + ".mov", at + errorOf(i), seconds));
+            shot.videos.back().channelCount = 2;
+            shot.audios.push_back(recordingAt("/S/T" + number + "_1.wav", at - 3, 20));
+            if (given.areMono) shot.audios.push_back(recordingAt("/S/T" + number + "_2.wav", at - 3, 20));
+            at += i == byChance ? errorOf(i) + 1 : 320 + 11 * (i % 3);
+        }
+        shot.diagnose();
+        compare(shot, [&](int clip, int recording) {
+            return clip < given.heard && (clip == recording || (given.isChanceHeard && clip == byChance &&
+                                                                recording == byChance + 1));
+        });
         for (const SyncGroup& group : shot.groups) {
+            const int number = numberOf(shot.videos, group.video.id);
             const auto* suggestion = shot.doubts.suggestionFor(group);
-            const bool isExpected = group.video.filename[0] == 'B' && heard == clips;
-            ASSERT_EQ(suggestion != nullptr, isExpected) << group.video.filename << " of " << heard;
+            const bool isExpected = group.video.filename[0] == 'B' && given.heard == clips &&
+                                    !(given.isChanceHeard && number == byChance);
+            ASSERT_EQ(suggestion != nullptr, isExpected) << group.video.filename << " of " << given.heard;
             if (!isExpected) continue;
-            EXPECT_EQ(suggestion->offsetSeconds, errorOf(numberOf(shot.videos, group.video.id)));
+            EXPECT_EQ(suggestion->offsetSeconds, errorOf(number));
+            EXPECT_EQ(numberOf(shot.audios, *suggestion->recordingID), number);
         }
+    }
+}
+
+TEST(HeardRecorders, OfTwoTakesOfOneTimeInOneFolderTheOneThatWasHeardIsSuggested) {
+    Shot shot;
+    constexpr int clips = 4;
+    for (int unit = 0; unit < 2; ++unit)
+        for (int i = 0; i < clips; ++i) {
+            const double at = 36000 + 700 * i + 1.5 * unit;
+            const std::string number = std::to_string(10 * (unit + 1) + i);
+            shot.videos.push_back(clipAt("/CAMS/M" + number + ".mov", at, i % 2 == 0 ? 12 : 8));
+            shot.videos.back().channelCount = 2;
+            shot.audios.push_back(recordingAt("/SOUNDS/0" + number + ".wav", at - 3, 20));
+        }
+    for (auto* files : {&shot.videos, &shot.audios}) shot.date(*files, "2024-05-17");
+    shot.diagnose();
+    compare(shot, [](int clip, int recording) { return clip == recording; });
+    for (const SyncGroup& group : shot.groups) {
+        ASSERT_EQ(group.audioMatches.size(), 2U);
+        const auto* suggestion = shot.doubts.suggestionFor(group);
+        ASSERT_NE(suggestion, nullptr) << group.video.filename;
+        EXPECT_EQ(numberOf(shot.audios, *suggestion->recordingID), numberOf(shot.videos, group.video.id));
     }
 }
 

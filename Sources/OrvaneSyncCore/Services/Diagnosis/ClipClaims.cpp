@@ -31,13 +31,10 @@ bool mayHaveEquals(const Shoot::Clip& clip) {
            !clip.isDecided && group.audioMatches.size() > 1;
 }
 
-SoundClaim claimOf(const Shoot::Clip& clip, const AudioMatch& match, double reachSeconds) {
-    return {clip.group->id, match.audio->id, match.syncOffsetSeconds, reachSeconds};
-}
-
 SoundClaim attachedClaim(const Shoot::Clip& clip) {
     const AudioMatch& match = clip.group->audioMatches.front();
-    return claimOf(clip, match, std::min(match.audio->durationSeconds.value_or(0), furthestAttachedSeconds));
+    return {clip.group->id, match.audio->id, match.syncOffsetSeconds,
+            std::min(match.audio->durationSeconds.value_or(0), furthestAttachedSeconds)};
 }
 
 /// The matches whose recordings have different places, by number of the match. Of a clip that is not
@@ -62,8 +59,14 @@ std::vector<std::size_t> rivalsOf(const SyncGroup& group) {
 
 } // namespace
 
+SoundClaim claimInPlace(const Shoot::Clip& clip, const AudioMatch& match) {
+    const bool isClose = !isAudible(clip);
+    return {clip.group->id, match.audio->id, match.syncOffsetSeconds, isClose ? closeReachSeconds : 0,
+            isClose};
+}
+
 bool isHeardInPlace(const Shoot& shoot, const Shoot::Clip& clip, const AudioMatch& match) {
-    const HeardClaim* heard = heardClaim(shoot, claimOf(clip, match, 0));
+    const HeardClaim* heard = heardClaim(shoot, claimInPlace(clip, match));
     return heard != nullptr && heard->offsetSeconds &&
            std::abs(*heard->offsetSeconds - match.syncOffsetSeconds) < alikeSeconds;
 }
@@ -98,7 +101,7 @@ SyncDoubt::Suggestion suggestionToChoose(const Shoot& shoot, const Shoot::Clip& 
             return shoot.recorderOf(recording) == shoot.recorderOf(*other.audio);
         };
         if (areHeardOutOfPlace(shoot, isOfFolder)) return true;
-        const HeardClaim* heard = heardClaim(shoot, claimOf(clip, other, 0));
+        const HeardClaim* heard = heardClaim(shoot, claimInPlace(clip, other));
         if (heard == nullptr || !heard->couldHear) return false;
         return heard->offsetSeconds || std::ranges::none_of(shoot.clips, [&](const Shoot::Clip& one) {
                    return std::ranges::any_of(one.group->audioMatches, [&](const AudioMatch& own) {
@@ -119,7 +122,7 @@ void addDayClaims(const Shoot& shoot, SyncDoubts& doubts, std::vector<SoundClaim
     addDayDoubts(shoot, doubts);
     std::vector<const Shoot::Clip*> clips;
     for (const Shoot::Clip& clip : shoot.clips)
-        if (isAudible(clip) && clip.place &&
+        if (mayHaveHeard(clip, leastCloseSeconds) && clip.place &&
             !(clip.likelyDay() && clip.primary && shoot.recordings[*clip.primary].place.day) &&
             doubts.has(clip.group->id, {SyncDoubt::Kind::otherDay}))
             clips.push_back(&clip);
@@ -128,7 +131,7 @@ void addDayClaims(const Shoot& shoot, SyncDoubts& doubts, std::vector<SoundClaim
         const Shoot::Clip& clip = *clips[i * clips.size() / count];
         std::size_t rivals = 0;
         for (const AudioMatch& match : clip.group->audioMatches)
-            if (const SoundClaim claim = claimOf(clip, match, 0);
+            if (const SoundClaim claim = claimInPlace(clip, match);
                 rivals++ < mostRivals && heardClaim(shoot, claim) == nullptr)
                 toHear.push_back(claim);
     }
@@ -141,18 +144,18 @@ void addClipClaims(const Shoot& shoot, std::vector<SoundClaim>& toHear) {
     };
     std::vector<const Shoot::Clip*> equal;
     for (const Shoot::Clip& clip : shoot.clips) {
-        if (!isAudible(clip)) continue;
+        if (!mayHaveHeard(clip, leastCloseSeconds)) continue;
         if (mayHaveEquals(clip) && rivalsOf(*clip.group).size() > 1) equal.push_back(&clip);
         if (isAmbiguous(clip) && ++ambiguous <= mostClipsToHear)
             for (const std::size_t rival : rivalsOf(*clip.group))
-                ask(claimOf(clip, clip.group->audioMatches[rival], 0));
+                ask(claimInPlace(clip, clip.group->audioMatches[rival]));
         if (clip.isUnplaced && ++attached <= mostClipsToHear) ask(attachedClaim(clip));
     }
     const std::ptrdiff_t count = std::min(mostEqualToHear, std::ssize(equal));
     for (std::ptrdiff_t i = 0; i < count; ++i) {
         const Shoot::Clip& clip = *equal[static_cast<std::size_t>(i * std::ssize(equal) / count)];
         for (const std::size_t rival : rivalsOf(*clip.group))
-            ask(claimOf(clip, clip.group->audioMatches[rival], 0));
+            ask(claimInPlace(clip, clip.group->audioMatches[rival]));
     }
 }
 

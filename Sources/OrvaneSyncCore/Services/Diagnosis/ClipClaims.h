@@ -12,6 +12,9 @@ namespace orvane {
 /// camera heard at its place; as the number of its match. Absent if the camera heard none of them, or two
 /// with different places.
 std::optional<std::size_t> heardAmong(const Shoot& shoot, const Shoot::Clip& clip);
+/// A recording of the clip, where timecode places it. A clip that is too short for a search is compared at
+/// that place alone.
+SoundClaim claimInPlace(const Shoot::Clip& clip, const AudioMatch& match);
 /// Whether the clip's camera heard this recording of the clip where timecode places it.
 bool isHeardInPlace(const Shoot& shoot, const Shoot::Clip& clip, const AudioMatch& match);
 /// The same, or as the clip's own sound, within `inPlaceSeconds`.
@@ -39,6 +42,9 @@ SoundClaim claimByEar(const UUID& clip, const UUID& recording);
 void addClaimsByEar(const Shoot& shoot, std::vector<SoundClaim>& toHear);
 /// Adds long recordings that no clip has, for some of the clips that have other sound.
 void addLoneClaims(const Shoot& shoot, std::vector<SoundClaim>& toHear);
+
+/// Seconds. The shortest sound of a camera that is compared near a known place, and how far from there.
+inline constexpr double leastCloseSeconds = 4, closeReachSeconds = 2;
 
 /// How far from its place sound without a common timecode is searched for, seconds. In a longer range, other
 /// sound is similar by chance.

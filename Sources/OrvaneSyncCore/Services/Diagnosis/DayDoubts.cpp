@@ -175,7 +175,8 @@ class DayDoubts {
         const std::string name = shoot_.nameOf(*clip.group->audioMatches[*heard].audio);
         last.message += "; the microphone of the camera heard " + name;
         last.own = shoot_.nameOf(clip.group->video) + " with " + name;
-        if (heard == 0) return keepOwnDay(pair);
+        if (heard == 0) keepOwnDay(pair);
+        if (last.suggestion || (heard == 0 && collision(clip, true) == nullptr)) return;
         last.cure = cureWords::asHeard("choose what was heard", "'choice'") + ", " + last.cure;
         last.suggestion = suggestionToChoose(shoot_, clip, *heard);
     }

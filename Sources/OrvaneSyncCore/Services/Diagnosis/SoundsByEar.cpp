@@ -9,22 +9,19 @@
 #include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
 #include "OrvaneSyncCore/Services/Diagnosis/HeardDates.h"
 #include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
-#include "OrvaneSyncCore/Services/Diagnosis/RecordRun.h"
+#include "OrvaneSyncCore/Services/Diagnosis/PairsByEar.h"
 #include "OrvaneSyncCore/Services/Diagnosis/WrittenTimes.h"
-#include "OrvaneSyncCore/Services/Matching/SyncEngine.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
-#include "OrvaneSyncCore/Utilities/Day.h"
-#include "Platform/Stop.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
-#include <cmath>
+#include <functional>
 #include <iterator>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -32,254 +29,7 @@ namespace orvane {
 
 namespace {
 
-// With more pairs, too many would be similar by chance, and all of them must be read.
-constexpr std::size_t mostPairsByEar = 200;
-constexpr double mostSecondsByEar = 36000;
-
-/// A clip that no timecode leads to its sound, and a recording that may contain that sound.
-struct PairByEar {
-    const Shoot::Clip* clip;
-    const MediaAsset* recording;
-    double attachedSeconds; ///< clip time at which the recording begins once it is attached
-
-    SoundClaim claim() const { return claimByEar(clip->group->id, recording->id); }
-};
-
-/// Folders with a file that counts from zero or has no time. The other files there may continue its count,
-/// which runs only during recording. The count may begin at another number; then the dates of the clips
-/// decide.
-class CountingFolders {
-  public:
-    explicit CountingFolders(const Shoot& shoot) {
-        std::map<std::string_view, std::vector<WrittenClip>> dated;
-        for (const Shoot::Clip& clip : shoot.clips) {
-            const std::string_view folder = folderOf(clip.group->video);
-            if (countsFromZero(clip.group->video)) folders_.insert(folder);
-            if (const auto written = writtenOf(clip)) dated[folder].push_back(*written);
-        }
-        for (auto& [folder, clips] : dated)
-            if (std::ranges::sort(clips, {}, &WrittenClip::seconds); countsWhileRunning(clips)) {
-                folders_.insert(folder);
-                running_.insert(folder);
-            }
-        // A time reference of 0 gives no start.
-        for (const MediaAsset& recording : shoot.input.recordings)
-            if (!shoot.recordingByID.contains(recording.id)) folders_.insert(folderOf(recording));
-    }
-    bool hold(const MediaAsset& file) const { return folders_.contains(folderOf(file)); }
-    /// Whether the dates of the folder's clips show it: recordings at that timecode are there by chance.
-    bool isShownByDates(const MediaAsset& file) const { return running_.contains(folderOf(file)); }
-
-  private:
-    std::set<std::string_view> folders_, running_;
-};
-
-bool isWithoutTime(const Shoot::Clip& clip, const CountingFolders& counting) {
-    return !clip.place || counting.hold(clip.group->video);
-}
-bool isOpen(const Shoot::Clip& clip) {
-    return !clip.isDecided && clip.group->matchStatus.kind == MatchStatus::Kind::unmatched;
-}
-/// Whether the clip has sound by chance, which its camera did not hear.
-bool hasSoundByChance(const Shoot& shoot, const Shoot::Clip& clip, const CountingFolders& counting) {
-    return !clip.isDecided && clip.primary && clip.group->matchStatus.isSettled() &&
-           counting.isShownByDates(clip.group->video) &&
-           !isRecordingHeard(shoot, clip, clip.group->audioMatches.front());
-}
-/// Clip time at which a recording begins, by timecode, once it is attached.
-double attachedAt(const Shoot& shoot, const Shoot::Clip& clip, const MediaAsset& recording) {
-    return SyncEngine::matchByTimecode(clip.group->video, recording, shoot.input.rules).syncOffsetSeconds;
-}
-
-/// The pairs that may belong together, and which of them are analysed.
-struct PairsByEar {
-    std::vector<PairByEar> heard;               ///< clip by clip
-    std::size_t count = 0;                      ///< of all pairs that may belong together
-    std::vector<const Shoot::Clip*> clips = {}; ///< clips that have a pair
-    bool areLikeliest = false;                  ///< `heard` was limited by the order of names alone
-};
-
-bool areTooMany(const std::vector<PairByEar>& pairs) {
-    double seconds = 0;
-    for (const PairByEar& pair : pairs) seconds += pair.recording->durationSeconds.value_or(0);
-    return pairs.size() > mostPairsByEar || seconds > mostSecondsByEar;
-}
-
-/// Whether the recording ran at about the time of the clip's date, in any time zone. The date may be that of
-/// the first picture or of the last.
-bool mayBeOfDate(const Shoot& shoot, const PairByEar& pair) {
-    constexpr double hour = 3600, besideSeconds = 60; // an error of clocks that is not noticed
-    const MediaAsset& video = pair.clip->group->video;
-    const auto written = writtenSeconds(video);
-    const auto placed = shoot.recordingByID.find(pair.recording->id);
-    if (!written || placed == shoot.recordingByID.end()) return false;
-    const double length = video.durationSeconds.value_or(0);
-    const SyncEngine::TCRange& sound = shoot.recordings[placed->second].place.range;
-    const double reach = length + besideSeconds + sound.durationSeconds() / 2;
-    const double middle = (sound.startSeconds + sound.endSeconds) / 2;
-    return std::abs(std::remainder(*written - middle, hour)) <= reach;
-}
-
-/// The places of files in the order of the names in their folder, from 0 to 1. Cameras and recorders number
-/// their files in the order in which they make them.
-class NameOrder {
-  public:
-    void add(const MediaAsset& file) { folders_[folderOf(file)].push_back(&file); }
-    void finish() {
-        for (const auto& [folder, files] : folders_) {
-            std::vector<std::pair<std::string, const MediaAsset*>> named;
-            for (const MediaAsset* file : files)
-                named.emplace_back(platform::text::localizedStandardSortKey(file->filename), file);
-            std::ranges::stable_sort(
-                named, {}, [](const auto& one) -> const auto& { return one.first; });
-            constexpr double middle = 0.5;
-            for (std::size_t i = 0; i < named.size(); ++i)
-                places_[named[i].second] =
-                    (static_cast<double>(i) + middle) / static_cast<double>(named.size());
-        }
-    }
-    double distance(const MediaAsset& clip, const MediaAsset& recording) const {
-        return std::abs(places_.at(&clip) - places_.at(&recording));
-    }
-
-  private:
-    std::map<std::string_view, std::vector<const MediaAsset*>> folders_;
-    std::unordered_map<const MediaAsset*, double> places_;
-};
-
-/// Of pairs in the order of the clips, as many as may be analysed: first the likeliest one of each clip by
-/// the order of names, then the second one, and so on.
-std::vector<PairByEar> likeliestOf(const std::vector<PairByEar>& pairs, const NameOrder& order) {
-    struct Ranked {
-        std::size_t rank;
-        const PairByEar* pair;
-    };
-    std::vector<Ranked> ranked;
-    for (const PairByEar& pair : pairs) ranked.push_back({0, &pair});
-    for (auto first = ranked.begin(); first != ranked.end();) {
-        const auto last = std::find_if(
-            first, ranked.end(), [&](const Ranked& one) { return one.pair->clip != first->pair->clip; });
-        std::ranges::stable_sort(first, last, {}, [&](const Ranked& one) {
-            return order.distance(one.pair->clip->group->video, *one.pair->recording);
-        });
-        for (std::size_t rank = 0; first != last; ++first) first->rank = rank++;
-    }
-    std::ranges::stable_sort(ranked, {}, &Ranked::rank);
-    std::vector<PairByEar> result;
-    double seconds = 0;
-    for (const Ranked& one : ranked) {
-        seconds += one.pair->recording->durationSeconds.value_or(0);
-        if (result.size() == mostPairsByEar || seconds > mostSecondsByEar) break;
-        result.push_back(*one.pair);
-    }
-    std::ranges::stable_sort(result, {}, &PairByEar::clip);
-    return result;
-}
-
-/// For clips whose timecode is no time of day, all recordings; for the other clips, the recordings for which
-/// that is true. If these pairs are too many, only those that ran at about the time of the clip's date; the
-/// likeliest ones if there are none, or still too many. For clips with sound by chance, the recordings that
-/// ran at about the time of their dates, unless all together are too many.
-PairsByEar pairsByEar(const Shoot& shoot) {
-    PairsByEar pairs;
-    const CountingFolders counting(shoot);
-    const std::vector<bool> isUsed = shoot.usedWholes();
-    const auto isUsedRecording = [&](const MediaAsset& recording) {
-        const auto placed = shoot.recordingByID.find(recording.id);
-        return placed != shoot.recordingByID.end() && isUsed[shoot.wholes.firstOf[placed->second]];
-    };
-    const auto hasTime = [&](const MediaAsset& recording) {
-        return shoot.recordingByID.contains(recording.id) &&
-               (!counting.hold(recording) || isUsedRecording(recording));
-    };
-    NameOrder order;
-    for (const MediaAsset& recording : shoot.input.recordings) order.add(recording);
-    for (const Shoot::Clip& clip : shoot.clips) order.add(clip.group->video);
-    order.finish();
-    std::vector<PairByEar> all, ofDate, byChance;
-    platform::StopCheck check(shoot.stop);
-    for (const Shoot::Clip& clip : shoot.clips) {
-        check();
-        const bool isReplaced = hasSoundByChance(shoot, clip, counting);
-        if (!(isOpen(clip) || isReplaced) || !isAudible(clip)) continue;
-        const bool isWithout = isWithoutTime(clip, counting);
-        std::vector<PairByEar> own;
-        for (const MediaAsset& recording : shoot.input.recordings) {
-            const double length = recording.durationSeconds.value_or(0);
-            if (recording.isAtmo() || !(length > leastClaimedSeconds) || length > furthestAttachedSeconds ||
-                (!isWithout && hasTime(recording)))
-                continue;
-            const PairByEar pair{&clip, &recording, 0};
-            const bool isOfDate = mayBeOfDate(shoot, pair);
-            if (isOfDate) (isReplaced ? byChance : ofDate).push_back(pair);
-            if (!isReplaced) own.push_back(pair);
-        }
-        if (own.empty()) continue;
-        pairs.count += own.size();
-        pairs.clips.push_back(&clip);
-        if (own.size() > mostPairsByEar) own = likeliestOf(own, order);
-        all.insert(all.end(), own.begin(), own.end());
-    }
-    if (pairs.count <= mostPairsByEar && !areTooMany(all)) {
-        pairs.heard = std::move(all);
-    } else if (!ofDate.empty() && !areTooMany(ofDate)) {
-        pairs.heard = std::move(ofDate);
-    } else {
-        pairs.areLikeliest = true;
-        pairs.heard = likeliestOf(ofDate.empty() ? all : ofDate, order);
-    }
-    std::vector<PairByEar> together = pairs.heard;
-    together.insert(together.end(), byChance.begin(), byChance.end());
-    if (!areTooMany(together)) pairs.heard = std::move(together);
-    for (PairByEar& pair : pairs.heard) pair.attachedSeconds = attachedAt(shoot, *pair.clip, *pair.recording);
-    return pairs;
-}
-
-/// For cameras whose timecode gives several clips no sound, although recordings that other clips may have are
-/// within minutes: the clock of such a camera may have been wrong, or set in the middle of its card.
-std::vector<PairByEar> pairsWithinMinutes(const Shoot& shoot) {
-    constexpr double nearSeconds = 300;
-    const CountingFolders counting(shoot);
-    std::map<std::string_view, std::vector<const Shoot::Clip*>> cameras;
-    for (const Shoot::Clip& clip : shoot.clips)
-        if (isOpen(clip) && isAudible(clip) && !isWithoutTime(clip, counting))
-            cameras[folderOf(clip.group->video)].push_back(&clip);
-    const auto timeOfDay = [](double seconds) {
-        return seconds - secondsADay * std::floor(seconds / secondsADay);
-    };
-    // By their time of day: there may be thousands of clips and recordings.
-    std::vector<std::pair<double, const Recording*>> recordings;
-    for (std::size_t i = 0; i < shoot.recordings.size(); ++i) {
-        const Recording& recording = shoot.recordings[i];
-        const double length = recording.place.range.durationSeconds();
-        if (shoot.wholes.isFirst(i) && length > leastClaimedSeconds && length <= furthestAttachedSeconds &&
-            !counting.hold(*recording.asset))
-            recordings.emplace_back(timeOfDay(recording.place.range.startSeconds), &recording);
-    }
-    std::ranges::sort(recordings);
-    std::vector<PairByEar> pairs;
-    platform::StopCheck check(shoot.stop);
-    for (const auto& [folder, clips] : cameras) {
-        if (std::cmp_less(clips.size(), explanation::fewest)) continue;
-        for (const Shoot::Clip* clip : clips)
-            for (const double days : {-secondsADay, 0.0, secondsADay}) { // across midnight
-                const double start = timeOfDay(clip->place->range.startSeconds) + days;
-                for (auto near = std::ranges::lower_bound(recordings, start - nearSeconds, {},
-                                                          &std::pair<double, const Recording*>::first);
-                     near != recordings.end() && near->first <= start + nearSeconds; ++near) {
-                    check();
-                    const Recording& recording = *near->second;
-                    if (areOfOtherDays(*clip->place, recording.place)) continue;
-                    pairs.push_back({clip, &*recording.asset, attachedAt(shoot, *clip, *recording.asset)});
-                    if (areTooMany(pairs)) {
-                        pairs.pop_back();
-                        return pairs;
-                    }
-                }
-            }
-    }
-    return pairs;
-}
+using RecorderOfDay = std::pair<std::string_view, std::optional<long>>;
 
 /// A clip and the one recording in which it was heard.
 struct HeardPair {
@@ -288,7 +38,7 @@ struct HeardPair {
     bool isBeside = false;  ///< other clips gave another offset for its recorder
     bool isOfClock = false; ///< several clips gave this offset for its recorder
 
-    std::pair<std::string_view, std::optional<long>> recorder(const Shoot& shoot) const {
+    RecorderOfDay recorder(const Shoot& shoot) const {
         const auto placed = shoot.recordingByID.find(pair.recording->id);
         return {shoot.recorderOf(*pair.recording), placed != shoot.recordingByID.end()
                                                        ? shoot.recordings[placed->second].place.day
@@ -313,20 +63,23 @@ std::vector<HeardPair> heardIn(const Shoot& shoot, const std::vector<PairByEar>&
 }
 std::vector<HeardPair> heardAnywhere(const Shoot& shoot) { return heardIn(shoot, pairsByEar(shoot).heard); }
 
-/// A clip that is too short for a search everywhere, and its place by its date, once other clips of its
-/// folder showed the error of the dates.
+/// A clip, and its place as other clips of its folder show it: by its date, or by the error of their clock.
 struct ClosePair {
     PairByEar pair;
-    double startSeconds; ///< clip time at which the recording begins, by the date
+    double startSeconds; ///< clip time at which the recording begins
 
     SoundClaim claim() const {
-        constexpr double reachSeconds = 2; // dates are in whole seconds
-        return {pair.clip->group->id, pair.recording->id, startSeconds, reachSeconds, true};
+        return {pair.clip->group->id, pair.recording->id, startSeconds, closeReachSeconds, true};
+    }
+    std::optional<HeardPair> heard(const Shoot& shoot) const {
+        const HeardClaim* heard = heardClaim(shoot, claim());
+        if (heard == nullptr || !heard->offsetSeconds) return std::nullopt;
+        return HeardPair{pair, *heard->offsetSeconds - pair.attachedSeconds};
     }
 };
 
+/// For short clips of cameras whose dates are off by one time.
 std::vector<ClosePair> closePairs(const Shoot& shoot, const std::vector<HeardPair>& heard) {
-    constexpr double leastSeconds = 4; // shortest camera sound for a search near its place
     std::map<std::string_view, std::vector<HeardStart>> starts;
     std::set<const Shoot::Clip*> known;
     for (const HeardPair& one : heard) {
@@ -348,8 +101,8 @@ std::vector<ClosePair> closePairs(const Shoot& shoot, const std::vector<HeardPai
         const auto written = writtenSeconds(video);
         const double length = video.durationSeconds.value_or(0);
         if (own == dates.end() || !written || known.contains(&clip) ||
-            !(isOpen(clip) || hasSoundByChance(shoot, clip, counting)) || !mayHaveHeard(clip, leastSeconds) ||
-            !isWithoutTime(clip, counting))
+            !(isOpen(clip) || hasSoundByChance(shoot, clip, counting)) ||
+            !mayHaveHeard(clip, leastCloseSeconds) || !isWithoutTime(clip, counting))
             continue;
         const double start = own->second.startOf(video, *written);
         const auto found = sounds.of({start, start + length});
@@ -361,11 +114,93 @@ std::vector<ClosePair> closePairs(const Shoot& shoot, const std::vector<HeardPai
     return pairs;
 }
 
+/// The offsets of a recorder's sound that single clips of a camera show, those that most clips share first.
+std::vector<double> clockOffsets(std::vector<double> heard) {
+    constexpr std::size_t mostClocks = 3; // the clock was set twice
+    std::ranges::sort(heard);
+    std::vector<std::vector<double>> parts;
+    for (const double one : heard) {
+        if (parts.empty() || one - parts.back().front() > 2 * agreeingByHandSeconds) parts.emplace_back();
+        parts.back().push_back(one);
+    }
+    std::ranges::stable_sort(parts, std::ranges::greater(), [](const auto& part) { return part.size(); });
+    parts.resize(std::min(parts.size(), mostClocks));
+    std::vector<double> offsets;
+    for (const auto& part : parts) offsets.push_back(part[part.size() / 2]);
+    return offsets;
+}
+
+/// For cameras some of whose clips were heard within minutes of their timecode: the other clips, where the
+/// same error of the clock puts them. Among these are clips that have other sound by chance, and short ones.
+std::vector<ClosePair> pairsByClocks(const Shoot& shoot, const std::vector<HeardPair>& heard) {
+    std::map<std::string_view, std::map<RecorderOfDay, std::vector<double>>> cameras;
+    std::set<const Shoot::Clip*> known;
+    for (const HeardPair& one : heard) {
+        known.insert(one.pair.clip);
+        cameras[folderOf(one.pair.clip->group->video)][one.recorder(shoot)].push_back(one.offsetSeconds);
+    }
+    std::vector<ClosePair> pairs;
+    if (cameras.empty()) return pairs;
+    const CountingFolders counting(shoot);
+    const TakeFiles takes(shoot);
+    std::map<std::string_view, std::vector<const Shoot::Clip*>> others;
+    for (const Shoot::Clip& clip : shoot.clips) {
+        const SyncGroup& group = *clip.group;
+        const bool isDoubtful = group.manualAudioOffsetSeconds == 0 && hasUnheardSound(shoot, clip);
+        if ((isOpen(clip) || isDoubtful) && mayHaveHeard(clip, leastCloseSeconds) &&
+            !isWithoutTime(clip, counting) && !known.contains(&clip))
+            others[folderOf(group.video)].push_back(&clip);
+    }
+    for (const auto& [camera, recorders] : cameras)
+        for (const auto& [recorder, offsets] : recorders)
+            for (const double offset : clockOffsets(offsets)) {
+                Covers sounds(shoot.input.rules.days);
+                for (std::size_t i = 0; i < shoot.recordings.size(); ++i) {
+                    const Recording& recording = shoot.recordings[i];
+                    FilePlace place = shoot.wholes.places[i];
+                    if (!shoot.wholes.isFirst(i) || !takes.isFirst(*recording.asset) ||
+                        recording.asset->isAtmo() ||
+                        RecorderOfDay{shoot.recorderOf(*recording.asset), place.day} != recorder)
+                        continue;
+                    place.range = moved(place.range, offset);
+                    sounds.add(place, i);
+                }
+                sounds.finish();
+                for (const Shoot::Clip* clip : others[camera]) {
+                    const auto found = sounds.of(clip->likelyPlace());
+                    if (!found) continue;
+                    const double start = likelyRange(*clip).startSeconds - offset -
+                                         onLine(shoot.wholes.places[*found]).startSeconds;
+                    const MediaAsset& sound = *shoot.recordings[shoot.wholes.partAt(*found, start)].asset;
+                    const double attached = attachedAt(shoot, *clip, sound);
+                    pairs.push_back({{clip, &sound, attached}, attached + offset});
+                }
+            }
+    return pairs;
+}
+
+/// The clips of `pairsByClocks` that were heard there, and whose sound was not heard in its place.
+std::vector<HeardPair> heardByClocks(const Shoot& shoot, const std::vector<HeardPair>& heard) {
+    std::map<const Shoot::Clip*, std::vector<HeardPair>> found;
+    for (const ClosePair& close : pairsByClocks(shoot, heard))
+        if (const auto one = close.heard(shoot)) found[close.pair.clip].push_back(*one);
+    std::vector<HeardPair> result;
+    for (const auto& [clip, places] : found) {
+        if (places.size() > 1) continue; // several may be sound that repeats
+        if (clip->primary) {
+            const HeardClaim* own = heardClaim(shoot, claimInPlace(*clip, clip->group->audioMatches.front()));
+            if (own == nullptr || own->offsetSeconds) continue;
+        }
+        result.push_back(places.front());
+    }
+    return result;
+}
+
 /// Each clip is measured to about ten milliseconds, and cuts between cameras would show the difference. If
 /// three clips of one recorder agree, all of them get the offset of its clock. From the other offsets the
 /// delay of the microphone is subtracted.
 void placeByClocks(const Shoot& shoot, std::vector<HeardPair>& all) {
-    std::map<std::pair<std::string_view, std::optional<long>>, std::vector<HeardPair*>> recorders;
+    std::map<RecorderOfDay, std::vector<HeardPair*>> recorders;
     for (HeardPair& one : all)
         if (one.pair.clip->place && shoot.recordingByID.contains(one.pair.recording->id))
             recorders[one.recorder(shoot)].push_back(&one);
@@ -403,10 +238,12 @@ DoubtCure scanOfTheRest(const Shoot& shoot, const std::vector<const Shoot::Clip*
     std::set<UUID> kept;
     for (const Shoot::Clip* clip : clips)
         if (kept.size() < most) kept.insert(clip->group->video.id);
+    const TakeFiles takes(shoot);
     constexpr std::size_t mostByNumber = 40; // every second file of a card; the call is copied, not typed
     const auto options = LeavingOut(shoot).of(
         [&](const MediaAsset& file) {
-            return file.kind == AssetKind::audio ? foundSound.contains(file.id) : !kept.contains(file.id);
+            return file.kind == AssetKind::audio ? foundSound.contains(takes.firstOf(file))
+                                                 : !kept.contains(file.id);
         },
         mostByNumber);
     if (!options || options->count() == 0) return {};
@@ -427,6 +264,11 @@ void addClaimsByEar(const Shoot& shoot, std::vector<SoundClaim>& toHear) {
     for (const PairByEar& pair : pairsByEar(shoot).heard) ask(pair.claim());
     for (const PairByEar& pair : pairsWithinMinutes(shoot)) ask(pair.claim());
     for (const ClosePair& close : closePairs(shoot, heardAnywhere(shoot))) ask(close.claim());
+    for (const ClosePair& close : pairsByClocks(shoot, heardIn(shoot, pairsWithinMinutes(shoot)))) {
+        ask(close.claim());
+        if (const Shoot::Clip& clip = *close.pair.clip; clip.primary && close.heard(shoot))
+            ask(claimInPlace(clip, clip.group->audioMatches.front()));
+    }
 }
 
 void addPairsNotHeard(const Shoot& shoot, SyncDoubts& doubts) {
@@ -462,13 +304,12 @@ void addSoundsByEar(const Shoot& shoot, SyncDoubts& doubts) {
     if (shoot.input.heardClaims == nullptr) return;
     std::vector<HeardPair> all = heardAnywhere(shoot);
     for (const ClosePair& close : closePairs(shoot, all))
-        if (const HeardClaim* heard = heardClaim(shoot, close.claim());
-            heard != nullptr && heard->offsetSeconds)
-            all.push_back({close.pair, *heard->offsetSeconds - close.pair.attachedSeconds});
+        if (const auto heard = close.heard(shoot)) all.push_back(*heard);
     placeByClocks(shoot, all);
     std::set<const Shoot::Clip*> known;
     for (const HeardPair& one : all) known.insert(one.pair.clip);
     std::vector<HeardPair> near = heardIn(shoot, pairsWithinMinutes(shoot));
+    std::ranges::copy(heardByClocks(shoot, near), std::back_inserter(near));
     placeByClocks(shoot, near);
     for (const HeardPair& one : near)
         if (one.isOfClock && !known.contains(one.pair.clip) &&

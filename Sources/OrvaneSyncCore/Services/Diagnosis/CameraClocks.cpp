@@ -180,6 +180,10 @@ class CameraClocks {
         if (heard.correctionSeconds && addOffset(trial, heard.corrected(common.seconds, rate_))) return true;
         heard.refuseCorrection();
         if (!heard.areSeveral() && rolling.explain(common)) return false;
+        if (heard.drift)
+            for (std::size_t i = 0; i < found.size(); ++i)
+                suggested[i].offsetSeconds +=
+                    heard.drift->offsetAt(likelyRange(*found[i]).startSeconds) - microphoneDelaySeconds;
         tell(trial, common, heard, found, suggested);
         return true;
     }
@@ -208,7 +212,9 @@ class CameraClocks {
         auto alone = trial.isPart ? cure_.scanOfClipsBetween(*trial.clips.front(), *trial.clips.back())
                                   : cure_.scanOfClips(scan);
         // If the card has other clips too, a table corrects these and keeps all clips in one document.
-        const bool isTable = alone && heard.isConfirmed() && !trial.soundDay && trial.covered.empty();
+        const bool isDrift = heard.drift && trial.covered.empty();
+        const bool isTable =
+            isDrift || (alone && heard.isConfirmed() && !trial.soundDay && trial.covered.empty());
         const CommonOffset known = heard.known(common, shoot_);
         DoubtCure cure =
             cure_.of(scan, common.seconds).in(std::move(alone)) +
@@ -218,7 +224,10 @@ class CameraClocks {
             cure = cureWords::listenFirst();
         else if (heard.spreadSeconds > 0)
             cure = cureWords::byNoOneOffset(spanText(heard.spreadSeconds));
-        if (isTable)
+        if (isDrift) {
+            text += runApartText(*heard.drift);
+            cure = cureWords::attachEachAsHeard();
+        } else if (isTable)
             cure = cureWords::asHeard("attach their recordings and move them by that",
                                       "'choice' and 'offset_frames'") +
                    known.clapAfter(rate_);
@@ -226,7 +235,9 @@ class CameraClocks {
         std::ranges::copy_if(trial.covered, std::back_inserter(found),
                              [](const Shoot::Clip* clip) { return !clip->isDecided; });
         std::ranges::sort(found); // in the order of the clips
-        addCardDoubt(doubts_, {Kind::constantOffset, text + known.knownTo(rate_), std::move(cure)}, found);
+        addCardDoubt(doubts_,
+                     {Kind::constantOffset, text + (isDrift ? "" : known.knownTo(rate_)), std::move(cure)},
+                     found);
         for (std::size_t i = 0; isTable && i < own.size(); ++i)
             doubts_.byGroup[own[i]->group->id].back().suggestion = suggested[i];
     }

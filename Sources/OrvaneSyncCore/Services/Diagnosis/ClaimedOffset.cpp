@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace orvane {
 
@@ -87,6 +88,11 @@ CommonOffset ClaimedOffset::Heard::corrected(double offsetSeconds, TimecodeFrame
 ClaimedOffset::Heard ClaimedOffset::heard(std::vector<SoundClaim>* toHear) const {
     Heard result;
     std::vector<double> corrections;
+    std::vector<MeasuredOffset> measured;
+    const auto add = [&](const Positioned& one, double correction) {
+        corrections.push_back(correction);
+        if (one.clip->place) measured.push_back({likelyRange(*one.clip).startSeconds, correction});
+    };
     int missed = 0;
     std::vector<SoundClaim> unheard;
     for (const Positioned* one : audible()) {
@@ -94,7 +100,7 @@ ClaimedOffset::Heard ClaimedOffset::heard(std::vector<SoundClaim>* toHear) const
         if (heard == nullptr) {
             unheard.push_back(one->claim);
         } else if (heard->offsetSeconds) {
-            corrections.push_back(*heard->offsetSeconds - one->claim.offsetSeconds);
+            add(*one, *heard->offsetSeconds - one->claim.offsetSeconds);
         } else if (heard->couldHear) {
             ++missed;
         }
@@ -107,7 +113,7 @@ ClaimedOffset::Heard ClaimedOffset::heard(std::vector<SoundClaim>* toHear) const
                 : nullptr;
         if (heard == nullptr || !heard->offsetSeconds) continue;
         const double correction = *heard->offsetSeconds - one.claim.offsetSeconds;
-        if (std::abs(correction) <= reach_ + coverSlackSeconds) corrections.push_back(correction);
+        if (std::abs(correction) <= reach_ + coverSlackSeconds) add(one, correction);
     }
     result.clips = static_cast<int>(corrections.size());
     if (result.areSeveral()) {
@@ -122,6 +128,7 @@ ClaimedOffset::Heard ClaimedOffset::heard(std::vector<SoundClaim>* toHear) const
         result.isOffsetWithin =
             result.isOffsetWithin && std::abs(agreed->seconds) <= agreeingByHandSeconds; // no single clip
     }
+    if (result.spreadSeconds > 0) result.drift = clockDriftOf(std::move(measured));
     result.isRefuted = result.clips == 0 && missed >= explanation::fewest;
     result.isUnasked = shoot_.input.heardClaims == nullptr && !unheard.empty();
     if (toHear != nullptr && !result.isConfirmed() && !result.isRefuted) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrvaneSyncCore/Models/AgreedLag.h"
+#include "OrvaneSyncCore/Services/Diagnosis/ClockDrift.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CommonOffset.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Shoot.h"
 
@@ -27,6 +28,8 @@ class ClaimedOffset {
         std::optional<double> correctionSeconds = {};
         /// The range of the measured corrections, if several clips were measured and do not agree; else 0.
         double spreadSeconds = 0;
+        /// If the corrections change with the time of day: the clocks run apart. To be added to the offset.
+        std::optional<ClockDrift> drift = {};
         /// Whether some clips were measured earlier than the offset puts them and others later: then whole
         /// and half hours, which people typically set clocks wrong by, are what was heard.
         bool isOffsetWithin = false;

@@ -233,7 +233,8 @@ class ClockDoubts {
         std::vector<const Shoot::Clip*> doubted; // includes those that have sound of the card by chance
         ClaimedOffset claimed(shoot_, common.widthSeconds / 2);
         LateStartsAndEarlyStops rolling;
-        std::vector<std::pair<UUID, SyncDoubt::Suggestion>> suggested; // only clips without other sound
+        std::vector<std::pair<const Shoot::Clip*, SyncDoubt::Suggestion>>
+            suggested; // only clips without other sound
         for (const Shoot::Clip* clip : clips_) {
             const bool mayMatch = times.mayOverlap(*clip), isLooked = isSought(one, *clip, isForAll);
             if (const auto sound = mayMatch ? times.covered(inPlace, *clip) : std::nullopt) {
@@ -255,7 +256,7 @@ class ClockDoubts {
                 if (std::ranges::all_of(clip->group->audioMatches, [&](const AudioMatch& match) {
                         return isOn(one.card, shoot_, *match.audio);
                     }))
-                    suggested.emplace_back(clip->group->id, suggestionOf(*clip, part, positioned));
+                    suggested.emplace_back(clip, suggestionOf(*clip, part, positioned));
                 if (card.movedByDays == 0) rolling.add(sound->clip, times.range(sound->whole));
                 doubted.push_back(clip);
             } else if (!one.isPart && clip->primary &&
@@ -267,8 +268,7 @@ class ClockDoubts {
         for (const auto& [clip, sound] : ofOtherHeaders(one, card, offset)) {
             const double start = times.range(sound.whole).startSeconds + offset - sound.clip.startSeconds;
             const std::size_t part = shoot_.wholes.partAt(sound.whole, -start);
-            suggested.emplace_back(clip->group->id,
-                                   suggestionOf(*clip, part, start + shoot_.wholes.startsAt[part]));
+            suggested.emplace_back(clip, suggestionOf(*clip, part, start + shoot_.wholes.startsAt[part]));
             doubted.push_back(clip);
         }
         std::ranges::sort(doubted); // in the order of the clips
@@ -331,7 +331,14 @@ class ClockDoubts {
         const bool mayBeRoomTone = isForAll && common.isGuess(rate_);
         if (mayBeRoomTone && heard.isRefuted)
             text += "; the microphones of the cameras heard nothing of them there";
-        if (heard.isUnasked && common.isOdd())
+        const bool isDrift = heard.drift && !suggested.empty();
+        if (isDrift) {
+            text += runApartText(*heard.drift);
+            cure = cureWords::attachEachAsHeard();
+            for (auto& [clip, suggestion] : suggested)
+                suggestion.offsetSeconds +=
+                    heard.drift->offsetAt(likelyRange(*clip).startSeconds) - microphoneDelaySeconds;
+        } else if (heard.isUnasked && common.isOdd())
             cure = cureWords::listenFirst();
         else if (heard.spreadSeconds > 0)
             cure = cureWords::byNoOneOffset(spanText(heard.spreadSeconds));
@@ -345,12 +352,12 @@ class ClockDoubts {
                                       "'choice' and 'offset_frames'");
         for (const std::size_t file : card.files)
             doubts_.recordings.insert(shoot_.recordings[file].asset->id);
-        SyncDoubt doubt{Kind::constantOffset, text + known.knownTo(rate_), std::move(cure)};
+        SyncDoubt doubt{Kind::constantOffset, text + (isDrift ? "" : known.knownTo(rate_)), std::move(cure)};
         if (joinEqualDoubt(doubts_, doubt, doubted, one.name(shoot_))) return true;
         addCardDoubt(doubts_, std::move(doubt), doubted);
-        if (isTable)
+        if (isTable || isDrift)
             for (const auto& [clip, suggestion] : suggested)
-                doubts_.byGroup[clip].back().suggestion = suggestion;
+                doubts_.byGroup[clip->group->id].back().suggestion = suggestion;
         return true;
     }
     /// Whether the clip's sound is another unit's and of another day, and the recording is of its own unit.

@@ -12,6 +12,7 @@
 #include <optional>
 #include <ranges>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace orvane {
@@ -24,41 +25,37 @@ constexpr double besideTheLine = 0.08;   // seconds: the place of a clip is meas
 // A recording of 48 kHz that counts as 48.048 kHz is off by 1000 parts in a million. No clock is worse.
 constexpr double mostPerSecond = 1.1e-3;
 
-struct Heard {
-    double at, seconds;
-};
-
-ClockDrift lineThrough(const std::vector<Heard>& heard) {
+ClockDrift lineThrough(const std::vector<MeasuredOffset>& heard) {
     const auto count = static_cast<double>(heard.size());
     ClockDrift line{.count = heard.size()};
-    for (const Heard& one : heard) {
+    for (const MeasuredOffset& one : heard) {
         line.originSeconds += one.at / count;
         line.atOrigin += one.seconds / count;
     }
     double squares = 0, products = 0;
-    for (const Heard& one : heard) {
+    for (const MeasuredOffset& one : heard) {
         squares += (one.at - line.originSeconds) * (one.at - line.originSeconds);
         products += (one.at - line.originSeconds) * (one.seconds - line.atOrigin);
     }
     line.perSecond = squares > 0 ? products / squares : 0;
-    const auto [first, last] = std::ranges::minmax(heard, {}, &Heard::at);
+    const auto [first, last] = std::ranges::minmax(heard, {}, &MeasuredOffset::at);
     line.firstSeconds = first.at;
     line.lastSeconds = last.at;
     return line;
 }
 
-double distanceFrom(const ClockDrift& line, const Heard& one) {
+double distanceFrom(const ClockDrift& line, const MeasuredOffset& one) {
     return std::abs(one.seconds - line.offsetAt(one.at));
 }
 
 /// Whether the distance is constant up to a moment and has another constant value after it, within the
 /// accuracy of the measurement. Two such values always lie on a line, but they are two clocks, or the takes
 /// of two days.
-bool isStep(std::vector<Heard> heard) {
-    std::ranges::sort(heard, {}, &Heard::at);
+bool isStep(std::vector<MeasuredOffset> heard) {
+    std::ranges::sort(heard, {}, &MeasuredOffset::at);
     const auto isOneDistance = [](auto first, auto last) {
         const auto [least, most] =
-            std::ranges::minmax(std::ranges::subrange(first, last), {}, &Heard::seconds);
+            std::ranges::minmax(std::ranges::subrange(first, last), {}, &MeasuredOffset::seconds);
         return most.seconds - least.seconds <= besideTheLine;
     };
     for (auto from = heard.begin() + 1; from != heard.end(); ++from)
@@ -80,16 +77,13 @@ std::string momentText(double seconds, bool isDated) {
 
 } // namespace
 
-std::optional<ClockDrift> clockDriftOf(const HandledClips& card) {
-    std::vector<Heard> heard;
-    for (const auto& [clip, seconds, isElsewhere] : card.soundings())
-        if (clip->place) heard.push_back({likelyRange(*clip).startSeconds, seconds});
+std::optional<ClockDrift> clockDriftOf(std::vector<MeasuredOffset> heard) {
     // One clip may have been measured wrongly, if enough others remain.
     for (bool isFirst = true;; isFirst = false) {
         if (heard.size() < fewestOnALine) return std::nullopt;
         const ClockDrift line = lineThrough(heard);
-        const auto worst =
-            std::ranges::max_element(heard, {}, [&](const Heard& one) { return distanceFrom(line, one); });
+        const auto worst = std::ranges::max_element(
+            heard, {}, [&](const MeasuredOffset& one) { return distanceFrom(line, one); });
         if (distanceFrom(line, *worst) <= besideTheLine) {
             const double change = line.perSecond * (line.lastSeconds - line.firstSeconds);
             const bool isDrift = std::abs(change) >= leastChange && std::abs(line.perSecond) <= mostPerSecond;
@@ -100,13 +94,32 @@ std::optional<ClockDrift> clockDriftOf(const HandledClips& card) {
     }
 }
 
+std::optional<ClockDrift> clockDriftOf(const HandledClips& card) {
+    std::vector<MeasuredOffset> heard;
+    for (const auto& [clip, seconds, isElsewhere] : card.soundings())
+        if (clip->place) heard.push_back({likelyRange(*clip).startSeconds, seconds});
+    return clockDriftOf(std::move(heard));
+}
+
 namespace {
 
-std::string clocksText(const CameraAndCard& key, const ClockDrift& drift) {
+std::string partsText(const ClockDrift& drift) {
     constexpr double million = 1e6;
+    return platform::text::formatted("%.0f parts in a million", std::abs(drift.perSecond) * million);
+}
+
+std::string changeText(const ClockDrift& drift) {
+    const bool isDated =
+        std::floor(drift.firstSeconds / secondsADay) != std::floor(drift.lastSeconds / secondsADay);
+    return "the sound of " + counted(drift.count, "clip", "clips") + " goes from " +
+           distanceText(drift.offsetAt(drift.firstSeconds)) + " at " +
+           momentText(drift.firstSeconds, isDated) + " to " +
+           distanceText(drift.offsetAt(drift.lastSeconds)) + " at " + momentText(drift.lastSeconds, isDated);
+}
+
+std::string clocksText(const CameraAndCard& key, const ClockDrift& drift) {
     return "by the microphones of the cameras, the clocks of '" + std::string(std::get<0>(key)) + "' and '" +
-           std::string(std::get<1>(key)) + "' run apart by " +
-           platform::text::formatted("%.0f", std::abs(drift.perSecond) * million) + " parts in a million";
+           std::string(std::get<1>(key)) + "' run apart by " + partsText(drift);
 }
 
 struct OwnMove {
@@ -125,15 +138,17 @@ std::optional<OwnMove> ownMove(const Shoot& shoot, const Shoot::Clip& clip, cons
 
 } // namespace
 
+std::string runApartText(const ClockDrift& drift) {
+    constexpr double ofRates = 1.0 / 1001, nearly = 3e-5;
+    return "; the clocks run apart by " + partsText(drift) + ": moved by that, " + changeText(drift) +
+           (std::abs(std::abs(drift.perSecond) - ofRates) < nearly
+                ? ", as if one counted 24 frames a second and the other 23.976"
+                : "");
+}
+
 void addClockDrift(const Shoot& shoot, const CameraAndCard& key, const HandledClips& card,
                    const ClockDrift& drift, SyncDoubts& doubts) {
-    const bool isDated =
-        std::floor(drift.firstSeconds / secondsADay) != std::floor(drift.lastSeconds / secondsADay);
-    const std::string about =
-        clocksText(key, drift) + ": the sound of " + counted(drift.count, "clip", "clips") + " goes from " +
-        distanceText(drift.offsetAt(drift.firstSeconds)) + " at " + momentText(drift.firstSeconds, isDated) +
-        " to " + distanceText(drift.offsetAt(drift.lastSeconds)) + " at " +
-        momentText(drift.lastSeconds, isDated);
+    const std::string about = clocksText(key, drift) + ": " + changeText(drift);
     for (const Shoot::Clip* clip : card.unmoved) {
         const auto own = ownMove(shoot, *clip, drift);
         if (!own) continue;

@@ -5,6 +5,8 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace orvane {
 
@@ -19,8 +21,15 @@ struct ClockDrift {
     /// The offset to add to the recordings under a clip that begins at this time.
     double offsetAt(double seconds) const { return atOrigin + perSecond * (seconds - originSeconds); }
 };
-/// Absent if the distances are not on a line, or if they change too little to be measured.
+/// The time of a measured clip, and the offset to add to its recording.
+struct MeasuredOffset {
+    double at, seconds;
+};
+/// Absent if the offsets are not on a line, or if they change too little to be measured.
+std::optional<ClockDrift> clockDriftOf(std::vector<MeasuredOffset> heard);
 std::optional<ClockDrift> clockDriftOf(const HandledClips& card);
+/// Text after the offset of a clock, from which the measured clips differ: "; the clocks run apart by ...".
+std::string runApartText(const ClockDrift& drift);
 
 /// Adds a doubt for every clip of the card that was not moved by hand, each with its own offset.
 void addClockDrift(const Shoot& shoot, const CameraAndCard& key, const HandledClips& card,

@@ -39,6 +39,10 @@ inline bool isForSome(const DoubtCure& cure) {
 /// If only some of the clips with a card's sound have it elsewhere, a table moves the sound of these clips in
 /// one document.
 inline DoubtCure moveAsHeard() { return asHeard("move their sound by that", "'offset_frames'"); }
+/// For clocks that run apart.
+inline DoubtCure attachEachAsHeard() {
+    return asHeard("attach the recordings and move each by its own distance", "'choice' and 'offset_frames'");
+}
 /// Text after an instruction: the columns of the table to edit. A window shows its fields, so it needs no
 /// such text.
 inline DoubtCure inTable(const std::string& columns) {

@@ -224,25 +224,37 @@ TEST(HeardClocks, AClockThatChangedWithinACardIsToldForThatPartAlone) {
           {"lost and set right", {0, 0, 4, none, none, none, 4, 0, none, none, none, 0}, 2, 7, ""},
           {"one alone", {0, none, none, none, -9, 0, none, none, none, none, none, 0}, 0, 0, ""},
           {"another speed", {0, none, 1, none, 2, none, 3, 3.1, none, 4, none, 5}, 0, 0, ""}}) {
-        Shot shot;
-        for (int i = 0; i < 12; ++i) {
-            const double at = 36000 + 410 * i + 17 * i * i;
-            shot.videos.push_back(clipAt("/CAM/A" + std::to_string(100 + i) + ".mov", at, 10));
-            shot.audios.push_back(recordingAt("/S/T" + std::to_string(100 + i) + ".wav", at - 20, 60));
+        for (const bool areTwoRecorders : {false, true}) {
+            Shot shot;
+            for (int i = 0; i < 12; ++i) {
+                const double at = 36000 + 410 * i + 17 * i * i;
+                shot.videos.push_back(clipAt("/CAM/A" + std::to_string(100 + i) + ".mov", at, 10));
+                shot.audios.push_back(recordingAt("/S/T" + std::to_string(100 + i) + ".wav", at - 20, 60));
+                shot.audios.back().bextOriginator =
+                    areTwoRecorders && i >= one.first && i < one.behind ? "Rental" : "Cart";
+            }
+            shot.diagnose();
+            std::unordered_map<UUID, HeardLag> lags;
+            for (std::size_t i = 0; i < 12; ++i)
+                if (one.heard[i] != none) lags[shot.groups[i].audioMatches.front().id] = {one.heard[i]};
+            shot.doubts =
+                SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &lags});
+            for (int i = 0; i < 12; ++i) {
+                const SyncGroup& group = shot.groups[static_cast<std::size_t>(i)];
+                const bool isIn = i >= one.first && i < one.behind;
+                EXPECT_EQ(shot.doubts.has(group.id, {Kind::constantOffset}), isIn)
+                    << one.name << ", clip " << i;
+                const auto* suggestion = shot.doubts.suggestionFor(group);
+                ASSERT_EQ(suggestion != nullptr, isIn && areTwoRecorders) << one.name << ", clip " << i;
+                const double part = one.heard[static_cast<std::size_t>(one.first == 0 ? 0 : one.behind - 2)];
+                if (suggestion != nullptr && part != none) {
+                    EXPECT_NEAR(suggestion->offsetSeconds, part, 0.03) << one.name;
+                }
+            }
+            const auto card = shot.card(Kind::constantOffset);
+            EXPECT_TRUE(!card || card->doubt.cure.text().find(one.leftOut) != std::string::npos)
+                << card->doubt.cure.text();
         }
-        shot.diagnose();
-        std::unordered_map<UUID, HeardLag> lags;
-        for (std::size_t i = 0; i < 12; ++i)
-            if (one.heard[i] != none) lags[shot.groups[i].audioMatches.front().id] = {one.heard[i]};
-        shot.doubts =
-            SyncDoubts::of({shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames(), &lags});
-        for (int i = 0; i < 12; ++i)
-            EXPECT_EQ(shot.doubts.has(shot.groups[static_cast<std::size_t>(i)].id, {Kind::constantOffset}),
-                      i >= one.first && i < one.behind)
-                << one.name << ", clip " << i;
-        const auto card = shot.card(Kind::constantOffset);
-        EXPECT_TRUE(!card || card->doubt.cure.text().find(one.leftOut) != std::string::npos)
-            << card->doubt.cure.text();
     }
 }
 

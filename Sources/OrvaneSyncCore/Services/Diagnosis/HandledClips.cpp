@@ -89,6 +89,15 @@ bool haveNoOtherSound(const Shoot& shoot, const std::vector<const Shoot::Clip*>&
     });
 }
 
+bool areOfTwoRecorders(const std::vector<const Shoot::Clip*>& clips,
+                       const std::vector<const Shoot::Clip*>& others) {
+    return !clips.empty() && std::ranges::any_of(RecorderMark::all, [&](RecorderMark::By by) {
+        const RecorderMark mark = RecorderMark::of(*clips.front()->group->primaryAudio(), by);
+        const auto isOn = [&](const Shoot::Clip* clip) { return mark.isOn(*clip->group->primaryAudio()); };
+        return !mark.value.empty() && std::ranges::all_of(clips, isOn) && std::ranges::none_of(others, isOn);
+    });
+}
+
 bool findRecorder(const Shoot& shoot, Card& sound, const std::vector<const Shoot::Clip*>& clips) {
     std::vector<const MediaAsset*> own, others;
     for (const Shoot::Clip* clip : clips) {

@@ -74,6 +74,11 @@ inline constexpr const char* checkAClap = "; then check a clap and set the frame
 bool haveNoOtherSound(const Shoot& shoot, const std::vector<const Shoot::Clip*>& clips,
                       std::string_view recorder);
 
+/// Whether what the files state, or their names, distinguishes the recorder of the first recordings of these
+/// clips from that of all others'.
+bool areOfTwoRecorders(const std::vector<const Shoot::Clip*>& clips,
+                       const std::vector<const Shoot::Clip*>& others);
+
 /// Gives `sound` the mark that all first recordings of the clips have and no other recorder's recordings
 /// beside them. Returns true if these clips have no other files of the folder, or if such a mark separates
 /// them.

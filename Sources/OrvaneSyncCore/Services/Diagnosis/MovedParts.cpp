@@ -147,10 +147,20 @@ void addMovedPart(const Shoot& shoot, const std::map<CameraAndCard, HandledClips
                 offsetSpanText(std::abs(clock.seconds), rate) + (isSoundLate ? " late" : " early") +
                 " against the clips";
         const auto scan = cure.scanOfRecordings(sound, true);
-        addCardDoubt(doubts,
-                     {SyncDoubt::Kind::constantOffset, std::move(text),
-                      std::move(moved).in(scan) + clap + (scan ? OffsetCure::forOtherRecordings() : "")},
-                     part.clips);
+        SyncDoubt doubt{SyncDoubt::Kind::constantOffset, std::move(text),
+                        std::move(moved).in(scan) + clap + (scan ? OffsetCure::forOtherRecordings() : "")};
+        // A table keeps all clips in one document. Of one recorder's clips, those that the table does not
+        // move would be in doubt after it.
+        std::vector<const Shoot::Clip*> rest;
+        std::ranges::copy_if(cards.at(key).unmoved, std::back_inserter(rest), [&](const Shoot::Clip* clip) {
+            return std::ranges::find(part.clips, clip) == part.clips.end();
+        });
+        if (!part.isElsewhere && scan && haveNoOtherSound(shoot, part.clips, recorder) &&
+            areOfTwoRecorders(part.clips, rest)) {
+            doubt.cure += "; in one document, " + cureWords::moveAsHeard();
+            doubt.suggestion = SyncDoubt::Suggestion{.offsetSeconds = clock.seconds};
+        }
+        addCardDoubt(doubts, std::move(doubt), part.clips);
         return;
     }
     text += ": the clips " + shoot.nameOf(part.clips.front()->group->video) + " to " +

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -54,6 +55,15 @@ bool isRefuted(const HandledClips& card, double seconds) {
     return heard && std::abs(heard->seconds - seconds) > agreeingByHandSeconds;
 }
 
+/// Whether the recordings under the moved clips are of another recorder than all others.
+bool areOfOtherRecorder(const HandledClips& card, double seconds) {
+    std::vector<const Shoot::Clip*> moved;
+    std::ranges::copy_if(card.all, std::back_inserter(moved), [&](const Shoot::Clip* clip) {
+        return std::abs(clip->group->manualAudioOffsetSeconds - seconds) <= agreeingByHandSeconds;
+    });
+    return areOfTwoRecorders(moved, card.unmoved);
+}
+
 } // namespace
 
 void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
@@ -65,7 +75,7 @@ void addOffsetsByHand(const Shoot& shoot, SyncDoubts& doubts) {
         const auto moved = agreementOf(card.offsets, explanation::fewest);
         if (!moved || card.isConfirmed || isRefuted(card, moved->seconds)) continue;
         const std::vector<const Shoot::Clip*> others = mayBeMoved(card, moved->seconds);
-        if (others.empty()) continue;
+        if (others.empty() || areOfOtherRecorder(card, moved->seconds)) continue;
         const std::string frames = std::to_string(framesOf(moved->seconds, others.front()->group->video));
         const std::string those = "the sound of " + counted(moved->count, "clip", "clips") + " in '" +
                                   std::string(std::get<0>(key)) + "' was moved " +

@@ -204,6 +204,45 @@ TEST(HeardSound, SoundThatIsUnderAClipByChanceIsReplacedByWhatWasHeard) {
     }
 }
 
+/// The camera is 34 s behind the recorder at ten o'clock, and counts 23.976 where the recorder counts 24.
+TEST(HeardSound, ClocksThatRunApartBesideTheClipsHaveTheOffsetOfEachClip) {
+    const auto startOf = [](int clip) { return 36000.0 + 500 * clip + 23 * clip * clip; };
+    const auto aheadAt = [](double at) { return 34 + (at - 36000) / 1001; };
+    for (const bool isOfCamera : {false, true}) { // another camera has the recordings in place
+        HeardShot shot({});
+        shot.videos.clear();
+        for (int i = 0; i < 8; ++i) {
+            const std::string number = std::to_string(i);
+            const double at = startOf(i), recorded = at + aheadAt(at);
+            shot.videos.push_back(clipAt("/CAM/A" + number + ".mov", at, i == 5 ? 8 : 12));
+            shot.videos.back().channelCount = 2;
+            if (isOfCamera) shot.videos.push_back(clipAt("/B/B" + number + ".mov", recorded, 12));
+            shot.audios.push_back(recordingAt("/S/T" + number + ".wav", recorded - 6, 30));
+        }
+        shot.match();
+        const auto soundOf = [&](const SyncGroup& group) -> const MediaAsset& {
+            return shot.audios[static_cast<std::size_t>(group.video.filename[1] - '0')];
+        };
+        DoubtInput input{shot.groups, shot.audios, {}, TrimMode::noTrim, {}, FileNames()};
+        input.heardClaims = &shot.claims;
+        for (std::size_t before = 1; before != shot.claims.size();) {
+            before = shot.claims.size();
+            for (const SoundClaim& claim : SyncDoubts::claims(input)) {
+                const bool isOwn = claim.recordingID == soundOf(*shot.groups.find(claim.clipID)).id;
+                shot.claims[claim.key()] = {isOwn ? std::optional(-5.985) : std::nullopt, true};
+            }
+        }
+        shot.hear();
+        for (const SyncGroup& group : shot.groups) {
+            const auto* suggestion = shot.doubts.suggestionFor(group);
+            ASSERT_EQ(suggestion != nullptr, group.video.filename[0] == 'A') << group.video.filename;
+            if (suggestion == nullptr) continue;
+            EXPECT_EQ(suggestion->recordingID, soundOf(group).id);
+            EXPECT_NEAR(suggestion->offsetSeconds, -aheadAt(startOf(group.video.filename[1] - '0')), 0.02);
+        }
+    }
+}
+
 TEST(HeardSound, ClipsOfOneClockLieByOneOffsetAsItWasHeard) {
     for (const double ahead : {3600.12, 3600.0, 3599.84}) {
         HeardShot shot({"/S/T"});
@@ -310,6 +349,7 @@ TEST(HeardSound, AGivenOffsetIsRefutedByCamerasThatHeardTheSoundWhereItsFilesPla
 }
 
 TEST(HeardSound, OfTwoRecordersTheOneThatWasHeardStays) {
+    constexpr double late = 1.44; // by which the second recorder is heard later if the first is in place
     for (int i = 0; i < 8; ++i) {
         const int heard = i % 4 - 1;    // none, the first, the other, both
         const bool areTwo = i / 4 == 1; // two cameras
@@ -328,7 +368,10 @@ TEST(HeardSound, OfTwoRecordersTheOneThatWasHeardStays) {
                 const auto& [id, audio, offset, overlap] = group.audioMatches[match];
                 const bool isHeard = std::cmp_equal(heard, match) || heard == 2;
                 shot.claims[SoundClaim{group.id, audio->id, offset, 0}.key()] = {
-                    isHeard ? std::optional(offset) : std::nullopt, true};
+                    isHeard      ? std::optional(offset)
+                    : heard == 0 ? std::optional(offset + late)
+                                 : std::nullopt,
+                    true};
             }
         shot.hear();
         EXPECT_EQ(shot.count(Kind::ambiguous), 8);
@@ -340,6 +383,9 @@ TEST(HeardSound, OfTwoRecordersTheOneThatWasHeardStays) {
             EXPECT_EQ(way->options.front().value, heard == 0 ? "CART" : "BAG");
         }
         EXPECT_EQ(doubt.suggestion.has_value(), isOneHeard);
+        EXPECT_EQ(doubt.message.ends_with("and the other 1.44 s later"), heard == 0) << doubt.message;
+        EXPECT_EQ(doubt.cure.text().find("--sound-offset 00:00:01:11") != std::string::npos, heard == 0)
+            << doubt.cure.text();
         EXPECT_EQ(doubt.cure.text().find("--exclude 'BAG' or --exclude 'CART'") != std::string::npos,
                   areTwo && heard == 2)
             << doubt.cure.text();

@@ -1,11 +1,15 @@
+#include "OrvaneSyncCore/Services/Diagnosis/Cards.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ClaimedOffset.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ClipClaims.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ClipInDoubt.h"
 #include "OrvaneSyncCore/Services/Diagnosis/Clocks.h"
 #include "OrvaneSyncCore/Services/Diagnosis/CureWords.h"
 #include "OrvaneSyncCore/Services/Diagnosis/DoubtFinders.h"
+#include "OrvaneSyncCore/Services/Diagnosis/DoubtTexts.h"
 #include "OrvaneSyncCore/Services/Diagnosis/ExchangedFolders.h"
+#include "OrvaneSyncCore/Services/Diagnosis/HandledClips.h"
 #include "OrvaneSyncCore/Services/Diagnosis/LeavingOut.h"
+#include "OrvaneSyncCore/Services/Diagnosis/OffsetCure.h"
 #include "OrvaneSyncCore/Services/Matching/MeetingOrder.h"
 #include "OrvaneSyncCore/Services/Matching/TakeMembership.h"
 #include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
@@ -13,6 +17,7 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <map>
 #include <optional>
@@ -22,6 +27,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace orvane {
 
@@ -94,8 +100,7 @@ class OtherRecorders {
                 const auto own = std::ranges::find_if(matches, isIn(folder));
                 if (own == matches.end() || std::ranges::none_of(matches, isIn(other))) continue;
                 if (isHeardInPlace(shoot_, one, *own)) return true;
-                const HeardClaim* heard =
-                    heardClaim(shoot_, {one.group->id, own->audio->id, own->syncOffsetSeconds, 0});
+                const HeardClaim* heard = heardClaim(shoot_, claimInPlace(one, *own));
                 if (heard == nullptr || !heard->couldHear) continue;
                 if (heard->offsetSeconds || ++missed > 1) return false;
             }
@@ -104,6 +109,19 @@ class OtherRecorders {
         const std::span<const Shoot::Clip> all(shoot_.clips);
         const auto at = static_cast<std::size_t>(&clip - all.data());
         return isAsMeasured(all.subspan(at)) && isAsMeasured(all.first(at + 1) | std::views::reverse);
+    }
+
+    /// A recorder that the cameras of several clips heard elsewhere than in its place, by one offset.
+    struct OwnClock {
+        std::string offset;  ///< "1.44 s later"
+        DoubtCure documents; ///< text after a cure: how a document gets its sound in place
+    };
+    /// Of the folder of a recording, all of whose clips are of one day; null if they did not agree.
+    const OwnClock* clockOf(const MediaAsset& recording) {
+        const std::string_view folder = folderOf(recording);
+        const auto [known, isNew] = clocks_.try_emplace(folder);
+        if (isNew) known->second = findClock(recording, folder);
+        return known->second ? &*known->second : nullptr;
     }
 
     /// The options that leave out one or the other of two recorders of one unit, such as a cart and a bag,
@@ -117,6 +135,28 @@ class OtherRecorders {
     }
 
   private:
+    std::optional<OwnClock> findClock(const MediaAsset& recording, std::string_view folder) const {
+        std::vector<double> offsets;
+        for (const Shoot::Clip& clip : shoot_.clips)
+            for (const AudioMatch& match : clip.group->audioMatches) {
+                if (folderOf(*match.audio) != folder) continue;
+                const HeardClaim* heard = heardClaim(shoot_, claimInPlace(clip, match));
+                if (heard != nullptr && heard->offsetSeconds)
+                    offsets.push_back(*heard->offsetSeconds - match.syncOffsetSeconds);
+            }
+        const auto agreed = agreementOf(std::move(offsets), explanation::fewest);
+        const auto placed = shoot_.recordingByID.find(recording.id);
+        if (!agreed || placed == shoot_.recordingByID.end()) return std::nullopt;
+        const TimecodeFrameRate rate = rateOfLabels(shoot_);
+        const HeardClock clock = heardClock(agreed->seconds, rate);
+        const Card card{std::string(folder), shoot_.recordings[placed->second].place.day, {}};
+        const OffsetCure cure(shoot_, rate);
+        return OwnClock{offsetSpanText(std::abs(clock.seconds), rate) +
+                            (clock.seconds < 0 ? " earlier" : " later"),
+                        "; for a document with its sound, " +
+                            cure.of(card, clock.seconds).in(cure.scanOfRecordings(card, false)) +
+                            (clock.isExact ? "" : checkAClap)};
+    }
     /// Whether a file is of the recorder of `folder`. The recorder's folder is the highest one that does not
     /// contain the folder of the other recorder. Both folders end with a slash.
     static std::function<bool(const MediaAsset&)> recordingsOf(const std::string& folder,
@@ -243,6 +283,7 @@ class OtherRecorders {
     /// Options, by the two folders.
     std::map<std::pair<std::string_view, std::string_view>, std::string> pairNames_;
     std::map<std::string_view, bool> isOutOfPlace_;
+    std::map<std::string_view, std::optional<OwnClock>> clocks_;
     /// The folder is that of the recordings in which the clip was heard.
     std::vector<std::pair<const SyncGroup*, std::string_view>> heard_;
 };
@@ -410,15 +451,19 @@ class Rivals {
             const std::string_view kept = isOtherHeard ? folder : own;
             const DoubtCure& without = others.without(isOtherHeard ? own : folder, kept);
             const bool isKnown = isOtherHeard || others.areHeardWith(own, folder);
+            const MediaAsset& left = *(isOtherHeard ? first : *matches.front()).audio;
+            const auto* clock = isKnown && !without.isEmpty() ? others.clockOf(left) : nullptr;
             of_.add(Kind::ambiguous,
                     of_.shoot.nameOf(*first.audio) + " and " + of_.shoot.nameOf(*matches.front()->audio) +
                         " overlap as much of " + of_.name +
                         ", neither is clearly best, and the first one is heard" +
                         (isKnown ? "; the microphones of the cameras heard what lies in '" +
-                                       std::string(kept) + "' in its place, and the other not"
+                                       std::string(kept) + "' in its place, and the other " +
+                                       (clock != nullptr ? clock->offset : "not")
                                  : ""),
                     without.isEmpty() ? chooseText(others.eitherOf(own, folder))
-                                      : withoutText(without, isKnown));
+                                      : withoutText(without, isKnown) +
+                                            (clock != nullptr ? clock->documents : DoubtCure()));
             of_.doubts.back().suggestion = suggestionFor(kept, isOtherHeard ? own : folder, others);
             return;
         }
@@ -510,7 +555,7 @@ class Rivals {
         of_.addOf(Kind::ambiguous,
                   "has no sound of its own unit, and " + of_.shoot.nameOf(first) + " of another one is heard",
                   "look for a recording that is missing on the cards, or " + cureWords::choose() +
-                      ", or lock the clips");
+                      ", or lock the clips; if it was shot without sound, " + cureWords::skipToLeaveOut());
     }
 
     ClipInDoubt of_;

@@ -102,6 +102,7 @@ TEST_F(CardsTest, aReviewComesBackFromASpreadsheet) {
                                 "line 6: a line before this one", "line 7: there is no recording number '7'",
                                 "line 7: offset_frames must be a number", "line 7: skip must be x"})
         EXPECT_NE(sync.err.find(problem), std::string::npos) << problem << "\n" << sync.err;
+    EXPECT_EQ(sync.err.find("has no line"), std::string::npos) << sync.err;
     EXPECT_EQ(sync.json().find("counts")->find("syncClips")->integer(), 2);
     const std::string document = folder_.read("out.fcpxml");
     EXPECT_NE(document.find("name=\"=Take &quot;A&quot;\""), std::string::npos);
@@ -268,8 +269,11 @@ TEST_F(CardsTest, aTableOfOneCardIsGoodForTheWholeShoot) {
     std::filesystem::copy(at("sound/DAY1_T01.WAV"), at("day2/DAY1_T01.WAV"));
     const Outcome sync = runWith({"sync", folder_.path(), "-o", at("out.fcpxml"), "--apply", table,
                                   "--exclude", "day2/*", "--no-smart-audio"});
-    EXPECT_TRUE(sync.err.starts_with("The review changes 0 clips.\nwarning: not in the document: "))
+    EXPECT_TRUE(sync.err.starts_with(
+        "warning: review: the table has no line for 3 of 4 clips, the first is 'A001C001_261120_R1AB.mov': "))
         << sync.err;
+    EXPECT_NE(sync.err.find("The review changes 0 clips.\nwarning: not in the document: "),
+              std::string::npos);
 }
 
 /// Clips with microphones, five minutes apart, and the recordings that they heard from the sixth second on.

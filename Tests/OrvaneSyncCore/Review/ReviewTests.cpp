@@ -193,15 +193,20 @@ TEST(ReviewTable, isReadBackFromEverySpreadsheet) {
 
 TEST(ReviewTable, readsNumbersAndMarksInOtherForms) {
     const std::pair<const char*, std::optional<double>> numbers[] = {
-        {"1.0", 1},         {" 2 ", 2},    {"-0,5", -0.5},  {"\u22123", -3},   {"'-4", -4},
-        {"+5", 5},          {"", {}},      {"1.2.3", {}},   {"1,234,567", {}}, {"5 frames", {}},
-        {"01.02.2026", {}}, {"1,000", {}}, {"-12,500", {}}, {"0,125", 0.125},  {"1,25", 1.25}};
+        {"1.0", 1},         {" 2 ", 2},       {"-0,5", -0.5},     {"\u22123", -3},   {"'-4", -4},
+        {"+5", 5},          {"", {}},         {"1.2.3", {}},      {"1,234,567", {}}, {"5 frames", {}},
+        {"01.02.2026", {}}, {"1,000", {}},    {"-12,500", {}},    {"0,125", 0.125},  {"1,25", 1.25},
+        {"-4.497", {}},     {"0.125", 0.125}, {"-4.4970", -4.497}};
     for (const auto& [cell, number] : numbers) EXPECT_EQ(reviewNumber(cell), number) << cell;
     const std::pair<const char*, std::optional<bool>> marks[] = {
         {"x", true}, {" X ", true}, {"TRUE", true}, {"1,0", true}, {"", false}, {"0", false}, {"maybe", {}}};
     for (const auto& [cell, isSet] : marks) EXPECT_EQ(reviewSwitch(cell), isSet) << cell;
-    for (const auto& [frames, cell] :
-         {std::pair{3.0, "3"}, {-2.5, "-2.5"}, {1e-9, "0"}, {-1e-9, "0"}, {100.0, "100"}})
+    for (const auto& [frames, cell] : {std::pair{3.0, "3"},
+                                       {-2.5, "-2.5"},
+                                       {1e-9, "0"},
+                                       {-1e-9, "0"},
+                                       {100.0, "100"},
+                                       {-4.497, "-4.4970"}})
         EXPECT_EQ(reviewFrames(frames), cell);
     const std::string cell = numberedRecordings({"a; 3: b.wav", "c.wav + 3 files", "d.wav"});
     EXPECT_EQ(recordingOfNumber(cell, 1), "a; 3: b.wav");

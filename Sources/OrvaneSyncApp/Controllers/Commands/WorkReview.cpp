@@ -148,6 +148,26 @@ class Reading {
                                     " settles their doubts: decide, or lock the clips whose sound is right");
     }
 
+    /// A copy of a table may have been cut off, with what was filled in for the clips of the last lines.
+    void reportClipsWithoutLine() {
+        const SyncGroup* first = nullptr;
+        long long count = 0;
+        for (const SyncGroup& group : work_.groups()) {
+            if (seen_.contains(group.id)) continue;
+            if (first == nullptr) first = &group;
+            ++count;
+        }
+        if (first == nullptr) return;
+        const std::string of = " of " + counted(work_.groups().size(), "clip", "clips");
+        const std::string name = "'" + names_.of(first->video) + "'";
+        result.problems.push_back(
+            count == 1
+                ? "review: the table has no line for 1" + of + ", " + name +
+                      ": it stays as it is, and a doubt about its sound is not settled"
+                : "review: the table has no line for " + std::to_string(count) + of + ", the first is " +
+                      name + ": they stay as they are, and doubts about their sound are not settled");
+    }
+
   private:
     bool isDoubtOpen(const ReviewLine& line, const SyncGroup& group, const ReviewDecision& decision) const {
         if (!line[doubt] || trimmed(*line[doubt]).empty() || !isChosen(group) ||
@@ -357,13 +377,13 @@ class Reading {
         if (!line[offsetFrames]) return;
         const std::string_view cell = trimmed(*line[offsetFrames]);
         const auto frames = cell.empty() ? std::optional(0.0) : reviewNumber(cell);
-        const auto byComma = reviewNumberByDecimalComma(cell);
-        if (!frames && byComma && reviewFrames(*byComma) == *present[offsetFrames]) return;
+        const auto byDecimals = reviewNumberByDecimals(cell);
+        if (!frames && byDecimals && reviewFrames(*byDecimals) == *present[offsetFrames]) return;
         if (!frames)
             return problem(line, "offset_frames must be a number of frames, not '" + std::string(cell) + "'" +
-                                     (byComma ? ", which may be a thousand times as many; write it without "
-                                                "a comma"
-                                              : ""));
+                                     (byDecimals ? ", which may be a thousand times as many; write it "
+                                                   "without a comma or point"
+                                                 : ""));
         const double seconds = *frames / rates_.of(group.video);
         if (std::abs(seconds) > secondsADay)
             return problem(line, "an offset of " + std::string(cell) + " frames is more than a day");
@@ -567,6 +587,7 @@ ReviewReading readDecisions(const WorkSnapshot& work, const std::vector<ReviewLi
         reading.read(line);
     }
     reading.reportOpenDoubts();
+    reading.reportClipsWithoutLine();
     return std::move(reading.result);
 }
 

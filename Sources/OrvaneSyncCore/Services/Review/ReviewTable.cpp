@@ -111,15 +111,15 @@ std::string numberText(std::string_view cell) {
     return number;
 }
 
-/// Whether a comma may separate thousands: three digits follow it, and the digits before it do not begin with
-/// 0.
+/// Whether a comma or point may separate thousands: three digits follow it, and the digits before it do not
+/// begin with 0.
 bool mayHoldThousands(std::string_view number) {
     number.remove_prefix(std::min(number.find_first_not_of("+-"), number.size()));
-    const std::size_t comma = number.find(',');
+    const std::size_t mark = number.find_first_of(",.");
     constexpr std::size_t group = 3;
-    return comma != std::string_view::npos && comma > 0 && number.front() != '0' &&
-           number.size() == comma + 1 + group &&
-           number.find_first_not_of("0123456789", comma + 1) == std::string_view::npos;
+    return mark != std::string_view::npos && mark > 0 && number.front() != '0' &&
+           number.size() == mark + 1 + group &&
+           number.find_first_not_of("0123456789", mark + 1) == std::string_view::npos;
 }
 
 std::string cellOf(const ReviewLine& line, ReviewColumn column) {
@@ -200,7 +200,7 @@ std::vector<ReviewLine> readReviewTable(std::string_view content, const std::sto
 }
 
 std::optional<double> reviewNumber(std::string_view cell) {
-    return mayHoldThousands(numberText(cell)) ? std::nullopt : reviewNumberByDecimalComma(cell);
+    return mayHoldThousands(numberText(cell)) ? std::nullopt : reviewNumberByDecimals(cell);
 }
 
 std::optional<std::string> onlyChoice(std::string_view cell) {
@@ -229,7 +229,7 @@ const ReviewLine* firstLostDecision(const std::vector<ReviewLine>& old,
     return nullptr;
 }
 
-std::optional<double> reviewNumberByDecimalComma(std::string_view cell) {
+std::optional<double> reviewNumberByDecimals(std::string_view cell) {
     std::string number = numberText(cell);
     if (const std::size_t comma = number.find(','); comma != std::string::npos) number[comma] = '.';
     return text::decimalNumber(number);
@@ -249,6 +249,7 @@ std::string reviewFrames(double frames) {
     std::string number = text::formatted("%.6f", frames);
     number.erase(number.find_last_not_of('0') + 1);
     if (number.ends_with('.')) number.pop_back();
+    if (mayHoldThousands(number)) number += '0';
     return number == "-0" ? "0" : number;
 }
 

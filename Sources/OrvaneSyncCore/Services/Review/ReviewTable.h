@@ -61,10 +61,10 @@ std::string writtenReviewTable(const std::vector<ReviewLine>& lines);
 std::vector<ReviewLine> readReviewTable(std::string_view text, const std::stop_token& stop = {});
 
 /// The number in a cell, in any of the usual notations: "-3", "1.0", "1,5" or with the minus sign U+2212.
-/// Absent for "1,000", which may be one or a thousand.
+/// Absent for "1,000" and "1.000", which may be one or a thousand.
 std::optional<double> reviewNumber(std::string_view cell);
-/// The same for an ambiguous cell: reads its comma as a decimal point.
-std::optional<double> reviewNumberByDecimalComma(std::string_view cell);
+/// The same for an ambiguous cell: reads what follows its comma or point as decimals.
+std::optional<double> reviewNumberByDecimals(std::string_view cell);
 /// What follows "only" in a cell of the column `choice`; absent if it does not begin with that word.
 std::optional<std::string> onlyChoice(std::string_view cell);
 /// The value of a cell of the column `skip` or `lock`; absent if it is neither on nor off.
@@ -75,7 +75,7 @@ bool isChoiceOfTable(const ReviewLine& line);
 /// The first line of an existing table with a decision or a note that the new table, which would replace it,
 /// does not have; null: nothing would be lost.
 const ReviewLine* firstLostDecision(const std::vector<ReviewLine>& old, const std::vector<ReviewLine>& fresh);
-/// Frames as text for a cell, to a millionth.
+/// Frames as text for a cell, to a millionth; never with three decimals, which could be thousands.
 std::string reviewFrames(double frames);
 
 /// A cell of the column `sound`: "1: A.wav; 2: B.wav".

@@ -59,8 +59,12 @@ TEST_F(CardsTest, anyNumberOfFoldersIsRead) {
     check({"--video", at("cardB"), "--video", at("cardB") + "/../camera"}, 4, 0);
     check({at("cardB"), at("cardB"), folder_.path()}, 4, 2);
     check({folder_.path(), "--exclude", "cardB", "--exclude", "sound/*ROOMTONE*"}, 3, 1);
-    const Outcome typo = runWith({"scan", folder_.path(), "--exclude", "CardB"});
-    EXPECT_NE(typo.err.find("warning: the exclusion 'CardB' fits nothing"), std::string::npos) << typo.err;
+    const Outcome typo =
+        runWith({"scan", folder_.path(), "--exclude", "CardB", "--exclude", folder_.path() + "/cardB"});
+    for (const std::string& text : {std::string("'CardB' fits nothing in the folders; check"),
+                                    folder_.path() + "/cardB' fits nothing in the folders; it is compared "
+                                                     "with names below them: try 'cardB'"})
+        EXPECT_NE(typo.err.find(text), std::string::npos) << typo.err;
     const std::string empty = runWith({"diagnose", folder_.path(), "--exclude", "*"}).out;
     EXPECT_NE(empty.find("No video or audio files found."), std::string::npos) << empty;
     EXPECT_EQ(empty.find("Nothing is in doubt"), std::string::npos);

@@ -7,6 +7,7 @@
 #include "OrvaneSyncCore/Services/Naming/ResultsList.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/FilenameUtils.h"
+#include "OrvaneSyncCore/Utilities/PathGlob.h"
 #include "OrvaneSyncCore/Utilities/TimecodeUtils.h"
 #include "Platform/Files.h"
 #include "Platform/Stop.h"
@@ -18,6 +19,7 @@
 #include <chrono>
 #include <cmath>
 #include <map>
+#include <optional>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -42,6 +44,37 @@ std::optional<double> otherRateOfTimecode(const MediaAsset& video) {
 bool isUsualSensorRate(double framesPerSecond) {
     constexpr double slowest = 0.1, fastest = 10'000;
     return framesPerSecond >= slowest && framesPerSecond <= fastest;
+}
+
+/// The end of an exclusion that also names the folder of the scan, and would match without it.
+std::optional<std::string> exclusionBelow(const std::string& glob, const WorkSnapshot& work) {
+    const auto isFound = [&](const std::string& folder, const std::string& end) {
+        const PathGlob below(end);
+        const auto matches = [&](const FileURL& file) {
+            return file.path.starts_with(folder) && below.matchesOrHolds(file.path.substr(folder.size()));
+        };
+        return std::ranges::any_of(work.discoveryResult->videoURLs, matches) ||
+               std::ranges::any_of(work.discoveryResult->audioURLs, matches);
+    };
+    for (const FileURL& one : work.folders) {
+        const std::string folder = one.path + (one.path.ends_with('/') ? "" : "/");
+        for (std::size_t slash = glob.find('/'); slash != std::string::npos;
+             slash = glob.find('/', slash + 1)) {
+            const std::string begin = glob.substr(0, slash + 1), end = glob.substr(slash + 1);
+            if (folder.ends_with((begin.starts_with('/') ? "" : "/") + begin) && isFound(folder, end))
+                return end;
+        }
+    }
+    return std::nullopt;
+}
+
+void addUnusedExclusions(const WorkSnapshot& work, std::vector<std::string>& warnings) {
+    for (const std::string& glob : work.discoveryResult->unusedExclusions) {
+        const auto end = exclusionBelow(glob, work);
+        warnings.push_back(
+            "the exclusion '" + glob + "' fits nothing in the folders; " +
+            (end ? "it is compared with names below them: try '" + *end + "'" : "check how it is written"));
+    }
 }
 
 void addProxies(const WorkSnapshot& work, std::vector<std::string>& warnings) {
@@ -203,10 +236,7 @@ std::vector<std::string> scanWarnings(const WorkSnapshot& work) {
             warnings.push_back("links that lead nowhere: " + firstAndMore(links) +
                                "; what they lead to is missing here");
     }
-    if (const auto& found = work.discoveryResult)
-        for (const std::string& glob : found->unusedExclusions)
-            warnings.push_back("the exclusion '" + glob +
-                               "' fits nothing in the folders; check how it is written");
+    if (work.discoveryResult) addUnusedExclusions(work, warnings);
     addUnreadKinds(work, warnings);
     addProxies(work, warnings);
     addCopies(work, warnings);

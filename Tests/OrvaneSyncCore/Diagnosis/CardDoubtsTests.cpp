@@ -20,6 +20,7 @@ TEST(CardDoubts, FilesThatEndEarlyAreToldOnceAFolder) {
     shot.videos.back().fileSizeBytes = 0;
     shot.audios = {recordingAt("/S/T1.wav", 35999, 18), recordingAt("/S/T2.wav", 36299, 40),
                    recordingAt("/S/T9.wav", 50000, 3)};
+    shot.audios.emplace_back(FileURL{"/S/removed.wav"}, AssetKind::audio);
     shot.audios.emplace_back(FileURL{"/S/T8.wav"}, AssetKind::audio);
     shot.audios.back().fileSizeBytes = 1000;
     for (const auto& [name, share] : std::map<std::string, double>{{"T1.wav", 0.3},

@@ -141,8 +141,9 @@ void addCutFiles(const Shoot& shoot, SyncDoubts& doubts) {
             if (match.audio->endsEarly() && !copies.contains(match.audio->id))
                 folderOfFile(*match.audio).clips.insert(i);
     }
+    // A file without a size could not be opened: it was removed during the scan, which reports it.
     for (const MediaAsset& recording : shoot.input.recordings)
-        if ((recording.endsEarly() || nothingIsKnown(recording)) &&
+        if ((recording.endsEarly() || (recording.fileSizeBytes && nothingIsKnown(recording))) &&
             (!ofLocked.contains(recording.id) || ofOthers.contains(recording.id)))
             folderOfFile(recording).files.push_back(&recording);
     for (auto& [key, folder] : folders) {

@@ -123,6 +123,42 @@ TEST(TimecodeDoubts, WhatNoTimecodeBringsTogetherIsFoundByTheMicrophone) {
     }
 }
 
+TEST(TimecodeDoubts, ClipsThatCountWhileTheCameraRunsAreNotToBeNamedWhereTheirSoundWasHeard) {
+    for (const auto& [heardClips, cure] :
+         {std::pair(0U, "no option helps: name the right recording of each clip in"),
+          std::pair(2U, "heard in 2 clips; name the right recording of each other clip in"),
+          std::pair(4U, "heard in 4 clips; or leave the clips out")}) {
+        Shot shot;
+        for (const auto& [timecode, date] :
+             {std::pair(36000, 36001), {36012, 36301}, {36024, 36700}, {36036, 37100}}) {
+            const std::string number = std::to_string(shot.videos.size());
+            shot.audios.push_back(recordingAt("/S/T" + number + ".wav", date + 14000, 20));
+            shot.videos.push_back(clipAt("/C/C" + number + ".mov", timecode, 12));
+            shot.videos.back().channelCount = 1;
+            shot.videos.back().headerDate =
+                *dateFromISO8601("2024-05-17T00:00:00Z") + std::chrono::seconds(date);
+        }
+        shot.date(shot.audios, "2024-05-17");
+        shot.diagnose();
+        HeardClaims heard;
+        const FileNames names;
+        DoubtInput input{shot.groups, shot.audios, {}, TrimMode::noTrim, {}, names};
+        for (const SoundClaim& claim : SyncDoubts::claims(input))
+            for (std::size_t i = 0; i < shot.videos.size(); ++i)
+                if (shot.groups.find(claim.clipID)->video.id == shot.videos[i].id)
+                    heard[claim.key()] = {i < heardClips && claim.recordingID == shot.audios[i].id
+                                              ? std::optional(-4.175)
+                                              : std::nullopt,
+                                          true};
+        input.heardClaims = &heard;
+        const auto cards = SyncDoubts::of(input).cards;
+        const auto card =
+            std::ranges::find(cards, Kind::notTimeOfDay, [](const CardDoubt& one) { return one.doubt.kind; });
+        ASSERT_NE(card, cards.end());
+        EXPECT_NE(card->doubt.cure.text().find(cure), std::string::npos) << card->doubt.cure.text();
+    }
+}
+
 /// A recorder and a phone that recorded every third take, all without timecode.
 TEST(TimecodeDoubts, OfTooManyPairsThoseWithEqualPlacesInTheOrderOfNamesAreListenedTo) {
     constexpr int takes = 30;

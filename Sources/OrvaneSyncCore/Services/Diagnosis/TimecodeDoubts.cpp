@@ -376,7 +376,7 @@ class TimecodeDoubts {
                           shoot_.nameOf(clips.back().clip->group->video) + " it counts " +
                           spanText(std::abs(labels)) + ", and their dates are " + spanText(written) +
                           " apart; what lies under them by timecode is sound of another moment",
-                      leaveOut()},
+                      nameOrLeaveOut(all)},
                      all);
     }
 
@@ -404,16 +404,23 @@ class TimecodeDoubts {
                       "is dated " + momentText(one.seconds) + ", and its timecode is " +
                           one.clip->group->video.startTimecodeString.value_or("another") + "; of the other " +
                           counted(usual->second, "clip", "clips") + " date and timecode agree",
-                      leaveOut());
+                      nameOrLeaveOut({one.clip}));
             }
     }
 
-    static DoubtCure leaveOut() {
-        return DoubtCure::Words{
-                   "no option helps: name the right recording of each clip in the table of 'scan "
-                   "--review' ('choice', and 'offset_frames' for its place), or leave the clips "
-                   "out with ",
-                   "attach the right recordings by hand, or leave the clips out with "} +
+    DoubtCure nameOrLeaveOut(const std::vector<const Shoot::Clip*>& clips) const {
+        const auto heard =
+            std::ranges::count_if(clips, [&](const Shoot::Clip* clip) { return heardIn(*clip) != nullptr; });
+        std::string name = "no option helps: ";
+        if (heard > 0)
+            name += "'diagnose --review FILE' fills in what the microphones of the cameras heard in " +
+                    counted(heard, "clip", "clips") + "; ";
+        name += heard < std::ssize(clips)
+                    ? "name the right recording of each" + std::string(heard > 0 ? " other" : "") +
+                          " clip in the table of 'scan --review' ('choice', and "
+                          "'offset_frames' for its place), or leave the clips out with "
+                    : "or leave the clips out with ";
+        return DoubtCure::Words{name, "attach the right recordings by hand, or leave the clips out with "} +
                cureWords::skip() + cureWords::lock("; lock those whose sound is right");
     }
 

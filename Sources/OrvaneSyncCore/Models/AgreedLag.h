@@ -9,6 +9,10 @@ namespace orvane {
 /// Sound that is heard this near to its place counts as in place: the difference is a camera's own delay, or
 /// a nudge.
 inline constexpr double inPlaceSeconds = 0.2;
+/// The shortest clip whose sound is compared with a recording.
+inline constexpr double leastHeardSeconds = 3;
+/// Clips of a camera with one recorder that are compared at least; fewer prove nothing.
+inline constexpr std::size_t fewestPairs = 3;
 
 } // namespace orvane
 

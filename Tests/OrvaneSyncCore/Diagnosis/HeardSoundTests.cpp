@@ -3,6 +3,8 @@
 #include "OrvaneSyncCore/Services/Diagnosis/NotCompared.h"
 #include "Shot.h"
 
+#include <functional>
+
 namespace orvane::test::doubts {
 namespace {
 
@@ -459,7 +461,8 @@ TEST(HeardSound, CamerasThatCouldNotBeComparedAreCounted) {
     const auto foldersOf = [&](const HeardSound* heard) {
         std::string text;
         for (const auto& camera : NotCompared::of(shot.groups, heard, doubts).cameras)
-            text += camera.folder + " " + std::to_string(camera.clips) + (camera.hasSound ? " sound " : " ");
+            text += camera.folder + " " + std::to_string(camera.clips) +
+                    (camera.reason == NotCompared::Reason::noSound ? " " : " sound ");
         return text;
     };
     EXPECT_EQ(foldersOf(nullptr), "/B 3 /CAM 8 sound ");
@@ -480,6 +483,25 @@ TEST(HeardSound, CamerasThatCouldNotBeComparedAreCounted) {
                 own.manualAudioOffsetSeconds = own.isLocked ? 0 : 0.04;
             });
     EXPECT_EQ(foldersOf(&heard), "/B 1 ");
+    struct Case {
+        const char* why;
+        std::function<void(MediaAsset& video)> change;
+    };
+    for (const Case& one :
+         {Case{"8 clips in '/CAM' have no sound", [](MediaAsset& video) { video.channelCount = 0; }},
+          Case{"as it takes clips of 3 s:", [](MediaAsset& video) { video.durationSeconds = 2.9; }},
+          Case{"as the pictures were taken at another rate",
+               [](MediaAsset& video) { video.sensorFrameRate = 100, video.projectFrameRate = 25; }},
+          Case{"as it takes three clips with sound",
+               [](MediaAsset& video) { video.channelCount = video.filename < "A2" ? 2 : 0; }},
+          Case{"as nothing in the sound of the camera is like", [](MediaAsset&) {}}}) {
+        HeardShot own({"/S/T"});
+        for (MediaAsset& video : own.videos) one.change(video);
+        own.match();
+        const std::string text = NotCompared::of(own.groups, &heard, {}).text();
+        EXPECT_NE(text.find(one.why), std::string::npos) << one.why << " | " << text;
+        EXPECT_EQ(text.find('\n'), std::string::npos) << text;
+    }
 }
 
 TEST(HeardSound, CamerasThatAreFramesApartHaveClocksOfTheirOwn) {

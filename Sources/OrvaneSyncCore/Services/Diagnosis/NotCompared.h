@@ -4,6 +4,7 @@
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Services/Diagnosis/SyncDoubts.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -12,12 +13,18 @@ namespace orvane {
 /// Cameras whose clips have recordings by timecode alone: none of them could be compared with its sound. Only
 /// timecode says that nothing is in doubt about these clips. Pure; any thread.
 struct NotCompared {
+    enum class Reason : std::uint8_t {
+        noSound,  ///< of the camera
+        offSpeed, ///< sound of another speed than the recordings
+        tooShort,
+        tooFew, ///< clips with sound of one recorder
+        unlike  ///< nothing in it is like the recordings
+    };
     /// The clips of one folder.
     struct Camera {
         std::string folder;
         int clips = 0;
-        /// They have sound of the camera. It is too short, in too few clips, or unlike the recordings.
-        bool hasSound = false;
+        Reason reason = Reason::noSound;
         bool operator==(const Camera&) const = default;
     };
     std::vector<Camera> cameras; ///< in the order of their folders

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrvaneSyncCore/Models/AgreedLag.h"
 #include "OrvaneSyncCore/Models/HeardLag.h"
 #include "OrvaneSyncCore/Models/SyncGroupList.h"
 #include "OrvaneSyncCore/Services/Matching/RecorderFolders.h"
@@ -34,9 +35,7 @@ struct Pair {
 };
 
 inline constexpr double leastForDriftSeconds = 50; ///< a drift of 0.1 % is then 40 ms from head to tail
-inline constexpr double leastHeardSeconds = 3;     ///< shortest clip
 inline constexpr double agreeingSeconds = 0.1;     ///< largest difference of distances that count as equal
-inline constexpr std::size_t fewestPairs = 3;      ///< for each card; fewer prove nothing
 
 /// Whether both pairs have the same camera folder and the same recorder.
 bool areOfOneCard(const Pair& a, const Pair& b);

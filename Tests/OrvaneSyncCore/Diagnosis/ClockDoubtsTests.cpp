@@ -186,6 +186,11 @@ TEST(ClockDoubts, FindsTheClockOfOneCardAmongOthers) {
     }
     EXPECT_EQ(cureOf(film, {.timecodeRate = TimecodeFrameRate::fps23_976}), "--sound-offset -00:59:56:10")
         << "counted as the option is read";
+    const std::string rate =
+        "; the given rate, 23.976, may be the cause: by their files, most of these clips "
+        "count 25";
+    EXPECT_TRUE(film.card(Kind::constantOffset)->doubt.message.ends_with(rate))
+        << film.card(Kind::constantOffset)->doubt.message;
 }
 
 /// A recorder that keeps the first of three dates; each day is some seconds later than the one before.

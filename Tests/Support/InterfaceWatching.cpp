@@ -13,7 +13,7 @@ namespace {
 /// Unoptimised code and sanitizers are many times slower than a release, and a program's first dialog also
 /// reads fonts and styles.
 #if defined(ORVANE_SANITIZED)
-constexpr int slowdown = 100;
+constexpr int slowdown = 60;
 #elif defined(NDEBUG)
 constexpr int slowdown = 1;
 #else

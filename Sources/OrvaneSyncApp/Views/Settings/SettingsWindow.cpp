@@ -46,14 +46,10 @@ SettingsWindow::SettingsWindow(Desktop& desktop, QWidget* parent)
     pages_ = new QStackedWidget;
     for (const SettingTab& tab : settingTabs()) {
         if (!hasPage(tab)) continue;
-        pageOrder_.push_back(tab.page);
+        settingTabs_.push_back({&tab});
         auto* item = new QListWidgetItem(translated(tab.title), tabs_);
         item->setSizeHint({0, 2 * space::medium});
-        SettingsPage* page = makeSettingsPage(desktop, model_, tab);
-        settingsPages_.push_back(page);
-        pages_->addWidget(page);
     }
-    isOpened_.resize(settingsPages_.size());
     nothing_ = new EmptyState(Glyph::search, tr("No setting found"), tr("Try another word, or fewer."));
     pages_->addWidget(nothing_);
 
@@ -68,10 +64,9 @@ SettingsWindow::SettingsWindow(Desktop& desktop, QWidget* parent)
     connect(search_, &QLineEdit::textChanged, this, [this] { showMatching(); });
     connect(tabs_, &QListWidget::currentRowChanged, this, [this](int row) {
         if (row < 0) return;
-        pages_->setCurrentIndex(row);
-        const auto at = static_cast<std::size_t>(row);
-        if (!isOpened_[at]) settingsPages_[at]->open();
-        isOpened_[at] = true;
+        Tab& tab = settingTabs_[static_cast<std::size_t>(row)];
+        pages_->setCurrentWidget(&pageOf(tab));
+        if (!std::exchange(tab.isOpened, true)) tab.page->open();
     });
     // With Shift, the window system may report Tab as another key.
     for (const auto& [key, step] :
@@ -81,13 +76,31 @@ SettingsWindow::SettingsWindow(Desktop& desktop, QWidget* parent)
                 [this, by = step] { goToTab(by); });
     listen();
     tabs_->setCurrentRow(std::clamp(design::keptState::value(lastTab, 0).toInt(), 0, tabCount() - 1));
+    makePagesLater();
 }
 
 SettingsWindow::~SettingsWindow() {
     if (tabs_->currentRow() >= 0) design::keptState::set(lastTab, tabs_->currentRow());
 }
 
-int SettingsWindow::tabCount() const { return static_cast<int>(settingsPages_.size()); }
+int SettingsWindow::tabCount() const { return static_cast<int>(settingTabs_.size()); }
+
+SettingsPage& SettingsWindow::pageOf(Tab& tab) {
+    if (tab.page == nullptr) pages_->addWidget(tab.page = makeSettingsPage(desktop_, model_, *tab.described));
+    return *tab.page;
+}
+
+void SettingsWindow::makePagesLater() {
+    // A timer and not posted work, which would be done before the events that wait.
+    desktop_.mainThread()->after({}, [this, alive = std::weak_ptr(isRefreshScheduled_)] {
+        if (alive.expired()) return;
+        const auto missing = std::ranges::find(settingTabs_, nullptr, &Tab::page);
+        if (missing == settingTabs_.end()) return;
+        pageOf(*missing);
+        if (!search_->text().isEmpty()) showMatching();
+        makePagesLater();
+    });
+}
 
 void SettingsWindow::goToTab(int step) {
     const int count = tabCount();
@@ -101,7 +114,9 @@ void SettingsWindow::goToTab(int step) {
 void SettingsWindow::showTab(int index) { tabs_->setCurrentRow(index); }
 
 void SettingsWindow::showTab(SettingPage page) {
-    showTab(static_cast<int>(std::ranges::find(pageOrder_, page) - pageOrder_.begin()));
+    showTab(static_cast<int>(
+        std::ranges::find(settingTabs_, page, [](const Tab& tab) { return tab.described->page; }) -
+        settingTabs_.begin()));
 }
 
 void SettingsWindow::listen() {
@@ -125,7 +140,8 @@ void SettingsWindow::refreshSoon() {
         const auto scheduled = alive.lock();
         if (!scheduled) return;
         *scheduled = false;
-        for (SettingsPage* page : settingsPages_) page->refresh();
+        for (const Tab& tab : settingTabs_)
+            if (tab.page != nullptr) tab.page->refresh();
     });
 }
 
@@ -139,17 +155,19 @@ void SettingsWindow::showMatching() {
     bool isCurrentLeft = false;
     const int current = tabs_->currentRow();
     for (int row = 0; row < tabCount(); ++row) {
-        const bool isLeft = settingsPages_[static_cast<std::size_t>(row)]->showMatching(search_->text());
+        SettingsPage* page = settingTabs_[static_cast<std::size_t>(row)].page;
+        const bool isLeft = page == nullptr ? search_->text().isEmpty() : page->showMatching(search_->text());
         tabs_->item(row)->setHidden(!isLeft);
         if (isLeft && first < 0) first = row;
         isCurrentLeft = isCurrentLeft || (isLeft && row == current);
     }
+    const bool isAnyMissing = std::ranges::find(settingTabs_, nullptr, &Tab::page) != settingTabs_.end();
     if (first < 0) {
-        pages_->setCurrentWidget(nothing_);
+        if (!isAnyMissing) pages_->setCurrentWidget(nothing_);
         return;
     }
     if (!isCurrentLeft) tabs_->setCurrentRow(first);
-    pages_->setCurrentIndex(tabs_->currentRow());
+    pages_->setCurrentWidget(settingTabs_[static_cast<std::size_t>(tabs_->currentRow())].page);
 }
 
 } // namespace orvane::views

@@ -17,7 +17,8 @@ namespace orvane::views {
 class SettingsPage;
 
 /// All settings in tabs. A change has effect at once, without a button to confirm. Changes by other windows
-/// and programs are shown, and a search finds rows in all tabs.
+/// and programs are shown, and a search finds rows in all tabs. Each page is made in a piece of work of its
+/// own: the first one when the window is made, the others after it, or when they are shown.
 class SettingsWindow : public QDialog {
   public:
     explicit SettingsWindow(Desktop& desktop, QWidget* parent = nullptr);
@@ -33,6 +34,14 @@ class SettingsWindow : public QDialog {
     void keyPressEvent(QKeyEvent* event) override;
 
   private:
+    struct Tab {
+        const SettingTab* described;
+        SettingsPage* page = nullptr; ///< null until it is made
+        bool isOpened = false;
+    };
+    SettingsPage& pageOf(Tab& tab);
+    /// Makes the pages that are still missing, one after the other.
+    void makePagesLater();
     void listen();
     void refreshSoon();
     void showMatching();
@@ -45,9 +54,7 @@ class SettingsWindow : public QDialog {
     QListWidget* tabs_;
     QStackedWidget* pages_;
     design::EmptyState* nothing_;
-    std::vector<SettingsPage*> settingsPages_;
-    std::vector<SettingPage> pageOrder_;
-    std::vector<bool> isOpened_;
+    std::vector<Tab> settingTabs_; ///< by row of the list
     /// Work posted by another thread holds it weakly, to find out whether the window still exists.
     std::shared_ptr<bool> isRefreshScheduled_ = std::make_shared<bool>(false);
     platform::Subscription observation_;

@@ -4,6 +4,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/Commands/WorkReview.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
+#include "OrvaneSyncApp/ViewModels/Inspector/ClipParts.h"
 #include "OrvaneSyncApp/ViewModels/Results/ListeningTexts.h"
 #include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
 #include "OrvaneSyncCore/Models/Settings.h"
@@ -204,6 +205,61 @@ TEST_F(WorkDoubtsTest, ListeningSaysWhatItFoundWithoutAnyMatch) {
                     0.05);
         EXPECT_TRUE(suggestedDecisions(WorkSnapshot(*controller_), all).empty()) << "each has a decision";
     }
+}
+
+/// The clock of the second camera is an hour ahead; its last clip has no recording.
+TEST_F(WorkDoubtsTest, TheClipsOfOneCardGetTheSoundOfItsOffsetInOneStep) {
+    std::vector<MediaAsset> clips, recordings;
+    const auto two = [](int value) { return (value < 10 ? "0" : "") + std::to_string(value); };
+    const auto at = [&](int seconds) {
+        return two(10 + seconds / 3600) + ":" + two(seconds / 60 % 60) + ":" + two(seconds % 60) + ":00";
+    };
+    int number = 0;
+    for (const int start : {15, 137, 301, 433, 610, 900}) {
+        const std::string name = std::to_string(++number);
+        clips.push_back(test::video("B/B00" + name + ".mov", at(3600 + start + 3), 40));
+        if (start == 900) continue;
+        clips.push_back(test::video("A/A00" + name + ".mov", at(start), 40));
+        recordings.push_back(test::audio("S/T" + name + ".wav", at(start - 10), 70));
+    }
+    controller_->openStoredWork({{}, {}, SyncEngine().match(clips, recordings, MatchRules())});
+    finish(controller_->derivedDoubts().derive());
+    const auto doubts = ResultsViewModel(*controller_).doubts();
+    const auto offered = std::ranges::find_if(
+        doubts, [](const ResultsViewModel::Doubt& one) { return !one.cure.steps.empty(); });
+    ASSERT_NE(offered, doubts.end());
+    const CureStep step = offered->cure.steps.front();
+    EXPECT_EQ(step.button, "Move Sound 01:00:00:00 for 5 clips");
+    EXPECT_EQ(offered->cure.text, "move all sound by 01:00:00:00 for these clips alone");
+    const SyncGroupList before = controller_->work().syncGroups();
+    const UUID locked = offered->groupIDs.front();
+    EXPECT_EQ(DoubtsPart::of(*controller_, *before.find(locked)).doubts.front().steps, std::vector{step});
+
+    controller_->clips().toggleLocked(locked);
+    commands::CommandContext context;
+    context.controller = controller_;
+    const commands::Command& command = commands::command(step.command);
+    JSON arguments = step.arguments;
+    for (const SyncGroup& group : before)
+        if (group.video.filename == "B006.mov") {
+            JSON::Array ids = *arguments.find("groupIDs")->elements();
+            if (std::ranges::find(ids, JSON(group.id.text())) == ids.end()) ids.emplace_back(group.id.text());
+            arguments.set("groupIDs", JSON(std::move(ids)));
+        }
+    const auto answer = std::make_shared<JSON>();
+    finish(command.whenDone(context, commands::Call(command, &arguments), answer));
+    EXPECT_EQ(answer->find("changedClips")->integer(), 4);
+    EXPECT_EQ(answer->find("withoutSound")->elements()->size(), 1U);
+    for (const SyncGroup& group : controller_->work().syncGroups()) {
+        if (group.video.filename.front() == 'A') continue;
+        const bool isLeft = group.id == locked || group.video.filename == "B006.mov";
+        ASSERT_EQ(group.isMOS(), isLeft) << group.video.filename;
+        if (isLeft) continue;
+        EXPECT_EQ(group.primaryAudio()->filename.substr(1, 1), group.video.filename.substr(3, 1));
+        EXPECT_NEAR(group.audioMatches.front().syncOffsetSeconds + group.manualAudioOffsetSeconds, -13, 0.01);
+    }
+    controller_->undo();
+    EXPECT_EQ(controller_->work().unmatchedCount(), 6) << "in one step";
 }
 
 /// Two units whose sound folders were exchanged. Each clip has its own recording, that of a bag recorder of

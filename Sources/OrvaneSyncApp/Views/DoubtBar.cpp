@@ -20,7 +20,39 @@ namespace {
 
 constexpr int mostLines = 2; ///< so that a low window keeps its height for the list
 
+/// The clips that the step left without sound, by their files.
+QString leftWithoutSound(Desktop& desktop, const JSON& answer) {
+    const auto* left = answer.find("withoutSound");
+    if (left == nullptr || left->elements()->empty()) return {};
+    constexpr std::size_t most = 4;
+    const WorkState& work = desktop.controller().work();
+    QStringList names;
+    for (const JSON& id : *left->elements()) {
+        const auto clip = UUID::fromText((id.string() != nullptr ? *id.string() : std::string()));
+        const SyncGroup* group = clip ? work.syncGroups().find(*clip) : nullptr;
+        if (group != nullptr && std::cmp_less(names.size(), most))
+            names << text(work.fileNames().of(group->video));
+    }
+    if (const std::size_t more = left->elements()->size() - names.size(); more > 0)
+        return QObject::tr("Still without sound: %1 and %2 more.")
+            .arg(names.join(QStringLiteral(", ")))
+            .arg(more);
+    return QObject::tr("Still without sound: %1.").arg(names.join(QStringLiteral(", ")));
+}
+
 } // namespace
+
+QString doneText(Desktop& desktop, const CureStep& step, const SyncGroupList& before, const JSON& answer) {
+    const SyncGroupList& now = desktop.controller().work().syncGroups();
+    const std::size_t changed = now.changesSince(before).changed.size();
+    const QString left = leftWithoutSound(desktop, answer);
+    if (changed == 0 && !left.isEmpty()) return left;
+    const QString clips = translatedSentence(counted(changed > 0 ? changed : now.size(), "clip", "clips"));
+    const QString done = (changed > 0 ? QObject::tr("%1: %2 changed. Undo takes it back.")
+                                      : QObject::tr("%1: holds for all %2. Undo takes it back."))
+                             .arg(translatedSentence(step.button), clips);
+    return left.isEmpty() ? done : QStringLiteral("%1 %2").arg(done, left);
+}
 
 DoubtBar::DoubtBar(Desktop& desktop, QWidget* parent) : QFrame(parent), desktop_(desktop) {
     setProperty("banner", true);
@@ -107,18 +139,12 @@ void DoubtBar::showOne() {
 
 void DoubtBar::cure(const CureStep& step) {
     const SyncGroupList before = desktop_.controller().work().syncGroups();
-    desktop_.run(step.command, step.arguments, [self = QPointer(this), step, before](const JSON&) {
+    desktop_.run(step.command, step.arguments, [self = QPointer(this), step, before](const JSON& answer) {
         if (!self) return;
         if (step.scansAgain) {
             if (self->desktop_.whenScanWanted) self->desktop_.whenScanWanted();
         } else {
-            const SyncGroupList& now = self->desktop_.controller().work().syncGroups();
-            const std::size_t changed = now.changesSince(before).changed.size();
-            const QString clips =
-                translatedSentence(counted(changed > 0 ? changed : now.size(), "clip", "clips"));
-            showToast(self->window(), (changed > 0 ? tr("%1: %2 changed. Undo takes it back.")
-                                                   : tr("%1: holds for all %2. Undo takes it back."))
-                                          .arg(translatedSentence(step.button), clips));
+            showToast(self->window(), doneText(self->desktop_, step, before, answer));
         }
         if (self->whenCured) self->whenCured();
     });

@@ -12,6 +12,10 @@ class QPushButton;
 
 namespace orvane::views {
 
+/// What a cure that needs no scan has done: how many clips it changed, and which it left without sound.
+/// `before`: the clips before it; `answer`: that of its command.
+QString doneText(Desktop& desktop, const CureStep& step, const SyncGroupList& before, const JSON& answer);
+
 /// The doubts about the work, one at a time, with buttons for their cures. Hidden if there is no doubt.
 class DoubtBar : public QFrame {
   public:

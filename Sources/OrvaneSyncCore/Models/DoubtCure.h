@@ -63,6 +63,9 @@ struct CureScan {
     std::string files;               ///< "this card"
     std::vector<CureOption> options; ///< that select the files
     std::string rest = {};           ///< what selects the files beyond options; empty: nothing
+    /// All clips in doubt, and no recording is left out: the options can be applied to these clips without a
+    /// scan.
+    bool isOfClips = false;
 
     bool operator==(const CureScan&) const = default;
 };

@@ -61,7 +61,7 @@ TEST(CardDoubts, FilesThatEndEarlyAreToldOnceAFolder) {
     EXPECT_EQ(shortSound->message, "'A1.mov' " + shortSound->reason);
     const SyncDoubt& second = shot.doubts.byGroup.at(shot.groups[1].id).front();
     EXPECT_EQ(second.reason, "'T2.wav' ends early: 0:40 of the 0:44 that its header states are there");
-    EXPECT_TRUE(shot.doubts.isOfCard(second));
+    EXPECT_NE(shot.doubts.ofCard(second), nullptr);
 }
 
 TEST(CardDoubts, APartThatIsMissingByTheNumbersOfARecordingIsReported) {

@@ -15,22 +15,27 @@ std::optional<CardSuggestion> cardSuggestion(const ImportController& controller,
 
 namespace {
 
-void apply(ImportController& controller, const CardSuggestion::Clip& clip) {
+void attach(ImportController& controller, const CardSuggestion::Clip& clip) {
+    const SyncGroupList& groups = controller.work().syncGroups();
+    const SyncGroup* group = groups.find(clip.groupID);
+    if (group == nullptr || !lacksSound(*group)) return;
     for (const auto& file : clip.files) controller.recordings().attachAudioToGroup(clip.groupID, *file);
-    const SyncGroup& group = *controller.work().syncGroups().find(clip.groupID);
-    controller.clips().adjustAudioOffset(clip.groupID, clip.startSeconds - group.manualAudioOffsetSeconds -
-                                                           group.audioMatches.front().syncOffsetSeconds);
+    group = groups.find(clip.groupID);
+    controller.clips().adjustAudioOffset(clip.groupID, clip.startSeconds - group->manualAudioOffsetSeconds -
+                                                           group->audioMatches.front().syncOffsetSeconds);
 }
 
 } // namespace
 
-void applyCardSuggestion(ImportController& controller, const CardSuggestion& suggestion, bool isForAllClips) {
+void giveSound(ImportController& controller, const std::vector<CardSuggestion::Clip>& clips) {
+    if (clips.empty()) return;
     controller.withUndo(undoSteps::applySuggestions, [&] {
-        for (const CardSuggestion::Clip& clip : suggestion.clips) {
-            apply(controller, clip);
-            if (!isForAllClips) return;
-        }
+        for (const CardSuggestion::Clip& clip : clips) attach(controller, clip);
     });
+}
+
+void applyCardSuggestion(ImportController& controller, const CardSuggestion& suggestion, bool isForAllClips) {
+    giveSound(controller, isForAllClips ? suggestion.clips : std::vector{suggestion.clips.front()});
 }
 
 } // namespace orvane::commands

@@ -1,4 +1,5 @@
 #include "OrvaneSyncApp/Controllers/Commands/AllCommands.h"
+#include "OrvaneSyncApp/Controllers/Commands/CardOffsets.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
 #include "OrvaneSyncApp/Controllers/Commands/Readable.h"
@@ -80,6 +81,42 @@ platform::Task applySuggestions(CommandContext& context, Call call, std::shared_
     answer->set("changedClips", static_cast<int>(decisions.size()));
 }
 
+platform::Task applySoundOffset(CommandContext& context, Call call, std::shared_ptr<JSON> answer) {
+    const std::shared_ptr<ImportController> controller = context.controller;
+    SourceCorrections corrections = controller->work().sourceCorrections();
+    MatchRules rules = controller->work().matchRules();
+    try {
+        corrections.soundOffset = call.text("soundOffset");
+        corrections.check();
+        rules.soundOffsetSeconds =
+            corrections.soundOffsetSeconds(rateOfMostClips(controller->work().syncGroups()));
+    } catch (const CorrectionError& error) {
+        throw Error(Refusal::invalidArguments, std::string("applySoundOffset: ") + error.what());
+    }
+    const std::vector<UUID> groupIDs = call.ids("groupIDs");
+    auto matching = platform::onQueue(
+        *controller->work().documents, controller->work().environment.mainThread,
+        [groupIDs, rules, files = controller->recordings().workFiles()](const std::stop_token& stop) {
+            platform::throwIfStopped(stop);
+            std::vector<const SyncGroup*> clips;
+            for (const UUID& id : groupIDs)
+                if (const SyncGroup* clip = files.groups.find(id); clip != nullptr && lacksSound(*clip))
+                    clips.push_back(clip);
+            return clipsMatchedAlone(clips, files.copiedAudioPool(), rules, files.groups);
+        });
+    const std::vector<CardSuggestion::Clip> found = co_await matching;
+    const SyncGroupList before = controller->work().syncGroups();
+    giveSound(*controller, found);
+    const SyncGroupList& now = controller->work().syncGroups();
+    JSON::Array without;
+    for (const UUID& id : groupIDs)
+        if (const SyncGroup* clip = now.find(id); clip != nullptr && lacksSound(*clip))
+            without.emplace_back(id.text());
+    *answer = JSON::object();
+    answer->set("changedClips", static_cast<int>(now.changesSince(before).changed.size()));
+    answer->set("withoutSound", std::move(without));
+}
+
 bool isAmbiguous(const SyncGroup& group) {
     return group.matchStatus.kind == MatchStatus::Kind::ambiguous && !group.isLocked;
 }
@@ -109,6 +146,12 @@ std::vector<Command> reviewCommands() {
                        "Gives all clips, or those that are named, the recordings and offsets that their "
                        "doubts suggest; not those with a lock or an offset of the editor.",
                        {{.name = "groupIDs", .kind = texts, .isOptional = true}}, applySuggestions)
+            .undoneBy(steps::applySuggestions)
+            .when(hasClipsWhileIdle),
+        Command::later("applySoundOffset", "Move Sound for These Clips",
+                       "Gives those of the clips that have no sound the recordings that meet them with this "
+                       "sound offset, and moves these recordings there; names the clips that stay without.",
+                       {{.name = "groupIDs", .kind = texts}, {"soundOffset", text}}, applySoundOffset)
             .undoneBy(steps::applySuggestions)
             .when(hasClipsWhileIdle),
         Command("chooseFirst", "Choose First Recordings",

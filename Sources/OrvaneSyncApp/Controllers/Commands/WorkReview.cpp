@@ -68,7 +68,8 @@ std::string doubtText(const SyncGroup& group, const SyncDoubts& doubts, Unmatche
     std::vector<std::string> texts;
     for (const SyncDoubt& one : own->second) {
         // The message about a card may name a file of another clip.
-        const std::string& text = one.reason.empty() || !doubts.isOfCard(one) ? one.message : one.reason;
+        const std::string& text =
+            one.reason.empty() || doubts.ofCard(one) == nullptr ? one.message : one.reason;
         texts.push_back(one.cure.isEmpty() ? text : text + " (" + one.cure.text() + ")");
     }
     return platform::text::joined(texts, "; ");

@@ -43,7 +43,10 @@ void addStepsForClip(const SyncGroup& group, const SyncDoubt& doubt, DoubtsPart:
 
 DoubtsPart::Doubt shownDoubt(const ImportController& controller, const SyncGroup& group,
                              const SyncDoubt& doubt) {
-    Cure cure = cureInWords(doubt.cure);
+    const CardDoubt* card = controller.doubts().ofCard(doubt);
+    Cure cure = cureInWords(doubt.cure, card == nullptr
+                                            ? std::vector<UUID>()
+                                            : clipsForOffset(controller.work().syncGroups(), card->groupIDs));
     if (doubt.suggestion) offerSuggestions(cure, controller, {group.id});
     DoubtsPart::Doubt shown{messageInWords(doubt), std::move(cure.text), std::move(cure.steps),
                             messageInRow(doubt)};

@@ -3,6 +3,8 @@
 #include "OrvaneSyncApp/ViewModels/Results/WarningWords.h"
 
 #include "OrvaneSyncCore/Models/Settings.h"
+#include "OrvaneSyncCore/Services/Review/CardSuggestion.h"
+#include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <cstddef>
 #include <optional>
@@ -135,6 +137,15 @@ std::string inWords(const std::vector<CureOption>& options, std::vector<CureStep
     return text;
 }
 
+CureStep stepForClips(const std::string& offset, const std::vector<UUID>& clips) {
+    JSON::Array ids;
+    for (const UUID& id : clips) ids.emplace_back(id.text());
+    JSON arguments = one("groupIDs", JSON(std::move(ids)));
+    arguments.set("soundOffset", JSON(offset));
+    return {"Move Sound " + offset + " for " + counted(static_cast<long long>(clips.size()), "clip", "clips"),
+            "applySoundOffset", std::move(arguments), false};
+}
+
 } // namespace
 
 std::string messageInWords(const SyncDoubt& doubt) {
@@ -155,8 +166,9 @@ std::string withFolderNames(std::string message) {
     return message;
 }
 
-Cure cureInWords(const DoubtCure& from) {
+Cure cureInWords(const DoubtCure& from, const std::vector<UUID>& withoutSound) {
     Cure cure;
+    std::optional<CureStep> forClips;
     bool isForAll = true; // otherwise only the user can arrange the necessary scan of some files
     for (const DoubtCure::Part& part : from.parts()) {
         if (const auto* words = std::get_if<DoubtCure::Words>(&part)) {
@@ -166,10 +178,13 @@ Cure cureInWords(const DoubtCure& from) {
         const auto& way = std::get<CureWay>(part);
         isForAll = isForAll && way.isForAll();
         cure.text += inWords(way.options, &cure.steps);
-        // Files that nothing but a folder of their own selects are attached in the window instead.
-        const bool isByHand = way.scan && way.scan->options.empty() && way.options.size() == 1 &&
-                              way.options.front().kind == CureOption::Kind::soundOffset;
-        if (isByHand)
+        const bool isOffset =
+            way.scan && way.options.size() == 1 && way.options.front().kind == CureOption::Kind::soundOffset;
+        if (isOffset && way.scan->isOfClips && !withoutSound.empty()) {
+            cure.text += " for these clips alone";
+            forClips = stepForClips(way.options.front().value, withoutSound);
+        } else if (isOffset && way.scan->options.empty())
+            // Files that nothing but a folder of their own selects are attached in the window instead.
             cure.text += " for " + way.scan->files +
                          " alone: Ctrl+T on a clip lists the recordings of that time first";
         else if (way.scan)
@@ -177,7 +192,17 @@ Cure cureInWords(const DoubtCure& from) {
                          inWords(way.scan->options, nullptr) + way.scan->rest + ")";
     }
     if (!isForAll) cure.steps.clear();
+    if (forClips) cure.steps.push_back(std::move(*forClips));
     return cure;
+}
+
+std::vector<UUID> clipsForOffset(const SyncGroupList& groups, const std::vector<UUID>& inDoubt) {
+    std::vector<UUID> silent;
+    for (const UUID& id : inDoubt)
+        if (const SyncGroup* group = groups.find(id); group != nullptr && lacksSound(*group))
+            silent.push_back(id);
+    if (2 * silent.size() <= inDoubt.size()) silent.clear();
+    return silent;
 }
 
 void offerSuggestions(Cure& cure, const ImportController& controller, const std::vector<UUID>& groupIDs) {

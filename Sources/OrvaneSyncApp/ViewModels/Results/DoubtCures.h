@@ -33,8 +33,11 @@ std::string messageInWords(const SyncDoubt& doubt);
 std::string messageInRow(const SyncDoubt& doubt);
 /// Names each folder that is given by its path in quotation marks by its last part only.
 std::string withFolderNames(std::string message);
-/// Pure function; any thread.
-Cure cureInWords(const DoubtCure& cure);
+/// `withoutSound`: the clips that a step gives the sound of an offset that is right for the clips in doubt
+/// only; empty: there is no such step. Pure function; any thread.
+Cure cureInWords(const DoubtCure& cure, const std::vector<UUID>& withoutSound = {});
+/// Those of the clips in doubt that such a step changes; empty unless they are most of them.
+std::vector<UUID> clipsForOffset(const SyncGroupList& groups, const std::vector<UUID>& inDoubt);
 /// A cure that nothing but a decision for each of the clips carries out becomes a step that decides for those
 /// that have a suggestion. Interface thread.
 void offerSuggestions(Cure& cure, const ImportController& controller, const std::vector<UUID>& groupIDs);

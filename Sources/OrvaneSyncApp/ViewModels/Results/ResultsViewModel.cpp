@@ -149,7 +149,8 @@ ClipCertainty ResultsViewModel::certaintyOf(const SyncGroup& group, const SyncDo
 std::vector<ResultsViewModel::Doubt> ResultsViewModel::doubts() const {
     std::vector<Doubt> result;
     for (CardDoubt& one : controller_.doubts().summary(controller_.work().syncGroups())) {
-        Cure cure = cureInWords(one.doubt.cure);
+        Cure cure =
+            cureInWords(one.doubt.cure, clipsForOffset(controller_.work().syncGroups(), one.groupIDs));
         offerSuggestions(cure, controller_, one.groupIDs);
         result.push_back({messageInWords(one.doubt), std::move(cure), std::move(one.groupIDs)});
     }

@@ -1,4 +1,6 @@
 #include "OrvaneSyncApp/Views/Inspector/ClipSections.h"
+#include "OrvaneDesignKit/Sheet.h"
+#include "OrvaneSyncApp/Views/DoubtBar.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QGridLayout>
@@ -30,8 +32,12 @@ DoubtsSection::DoubtsSection(Desktop& desktop)
 
 void DoubtsSection::take(const CureStep& step) {
     run(step.command, step.arguments,
-        [alive = QPointer<DoubtsSection>(this), scans = step.scansAgain](const JSON&) {
-            if (scans && alive != nullptr && alive->desktop().whenScanWanted)
+        [alive = QPointer<DoubtsSection>(this), step,
+         before = desktop().controller().work().syncGroups()](const JSON& answer) {
+            if (alive == nullptr) return;
+            if (!step.scansAgain)
+                showToast(alive->window(), doneText(alive->desktop(), step, before, answer));
+            else if (alive->desktop().whenScanWanted)
                 alive->desktop().whenScanWanted();
         });
 }

@@ -21,6 +21,11 @@ std::optional<CureScan> scanWithout(const std::optional<LeavingOut::Options>& ot
     return CureScan{"this card", others->options()};
 }
 
+std::optional<CureScan> ofClips(std::optional<CureScan> scan) {
+    if (scan) scan->isOfClips = true;
+    return scan;
+}
+
 } // namespace
 
 DoubtCure OffsetCure::of(const Card& card, double offset) const {
@@ -101,13 +106,14 @@ std::string OffsetCure::forOtherRecordings() {
 }
 
 std::optional<CureScan> OffsetCure::scanOfClips(const Card& card) const {
-    return scanWithout(LeavingOut(shoot_).of([&](const MediaAsset& file) {
+    auto scan = scanWithout(LeavingOut(shoot_).of([&](const MediaAsset& file) {
         if (file.kind == AssetKind::video) return !file.url.path.starts_with(card.folder + "/");
         const auto recording = shoot_.recordingByID.find(file.id);
         return card.day && recording != shoot_.recordingByID.end() &&
                shoot_.recordings[recording->second].place.day != *card.day - card.movedByDays;
     }),
-                       "these clips");
+                            "these clips");
+    return card.day ? scan : ofClips(std::move(scan));
 }
 
 std::optional<CureScan> OffsetCure::scanOfClipsBetween(const Shoot::Clip& first, const Shoot::Clip& last,
@@ -121,7 +127,8 @@ std::optional<CureScan> OffsetCure::scanOfClipsBetween(const Shoot::Clip& first,
         return file.kind == AssetKind::video ? !own.contains(file.id)
                                              : sound != nullptr && !isOn(*sound, shoot_, file);
     };
-    return scanWithout(LeavingOut(shoot_).of(isOther, LeavingOut::mostOptions), "these clips");
+    auto scan = scanWithout(LeavingOut(shoot_).of(isOther, LeavingOut::mostOptions), "these clips");
+    return sound == nullptr ? ofClips(std::move(scan)) : scan;
 }
 
 } // namespace orvane

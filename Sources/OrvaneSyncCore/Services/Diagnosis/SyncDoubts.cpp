@@ -46,11 +46,12 @@ bool SyncDoubts::has(const UUID& group, std::initializer_list<SyncDoubt::Kind> k
            });
 }
 
-bool SyncDoubts::isOfCard(const SyncDoubt& doubt) const {
-    return std::ranges::any_of(cards, [&](const CardDoubt& card) {
-        return card.doubt.kind == doubt.kind && card.doubt.message == doubt.message &&
-               card.doubt.cure == doubt.cure;
+const CardDoubt* SyncDoubts::ofCard(const SyncDoubt& doubt) const {
+    const auto card = std::ranges::find_if(cards, [&](const CardDoubt& one) {
+        return one.doubt.kind == doubt.kind && one.doubt.message == doubt.message &&
+               one.doubt.cure == doubt.cure;
     });
+    return card == cards.end() ? nullptr : &*card;
 }
 
 std::vector<CardDoubt> SyncDoubts::summary(const SyncGroupList& groups) const {
@@ -61,7 +62,7 @@ std::vector<CardDoubt> SyncDoubts::summary(const SyncGroupList& groups) const {
         const auto own = byGroup.find(group.id);
         if (own == byGroup.end()) continue;
         for (const SyncDoubt& doubt : own->second) {
-            if (isOfCard(doubt)) continue;
+            if (ofCard(doubt) != nullptr) continue;
             const auto [place, isNew] = places.try_emplace({doubt.kind, doubt.cure.text()}, all.size());
             if (isNew)
                 all.push_back({doubt, {}});

@@ -61,8 +61,8 @@ struct SyncDoubts {
     static std::vector<SoundClaim> claims(const DoubtInput& input, const std::stop_token& stop = {});
     /// The sound that the clip should have. Null for a clip with a lock or an offset of the editor.
     const SyncDoubt::Suggestion* suggestionFor(const SyncGroup& group) const;
-    /// Whether the doubt of a clip is one about its card.
-    bool isOfCard(const SyncDoubt& doubt) const;
+    /// The doubt about a card that the doubt of a clip is; null if it is none.
+    const CardDoubt* ofCard(const SyncDoubt& doubt) const;
     /// Whether the clip has a doubt of one of these kinds.
     bool has(const UUID& group, std::initializer_list<SyncDoubt::Kind> kinds) const;
     /// Each doubt once: those of cards, then those of single clips in the order of the clips. Clips that

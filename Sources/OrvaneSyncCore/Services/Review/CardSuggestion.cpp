@@ -25,11 +25,6 @@ bool areOfOneCard(const MediaAsset& a, const MediaAsset& b) {
 
 const FileURL& urlOfVideo(const SyncGroup* group) { return group->video.url; }
 
-bool lacksSound(const SyncGroup& group) {
-    return group.matchStatus.kind == MatchStatus::Kind::unmatched && group.isMOS() && !group.isLocked &&
-           !group.isExcludedFromExport;
-}
-
 double coveredShare(const SyncGroup& matched) {
     const Take take = takeOf(matched, assumedChannels);
     const double length = *matched.video.durationSeconds;
@@ -61,6 +56,28 @@ SyncGroupList::Element nearestMoved(const SyncGroup& group, const SyncGroupList&
 
 } // namespace
 
+bool lacksSound(const SyncGroup& group) {
+    return group.matchStatus.kind == MatchStatus::Kind::unmatched && group.isMOS() && !group.isLocked &&
+           !group.isExcludedFromExport;
+}
+
+std::vector<CardSuggestion::Clip> clipsMatchedAlone(const std::vector<const SyncGroup*>& clips,
+                                                    const std::vector<MediaAsset>& sounds,
+                                                    const MatchRules& rules, const SyncGroupList& groups) {
+    std::vector<MediaAsset> videos;
+    for (const SyncGroup* clip : clips) videos.push_back(clip->video);
+    std::vector<CardSuggestion::Clip> found;
+    for (const SyncGroup& matched : SyncEngine().match(videos, sounds, rules, {}, &groups)) {
+        if (matched.isMOS() || coveredShare(matched) < leastShare) continue;
+        auto& own = found.emplace_back();
+        own.groupID = (*std::ranges::find(clips, matched.video.url, urlOfVideo))->id;
+        const auto files = inTakeOrder(matched, recordingsOf(matched).front());
+        for (const std::size_t file : files) own.files.push_back(matched.audioMatches[file].audio);
+        own.startSeconds = matched.audioMatches[files.front()].syncOffsetSeconds;
+    }
+    return found;
+}
+
 std::optional<CardSuggestion> activeCardSuggestion(const SyncGroup& group, const SyncGroupList& groups,
                                                    const std::vector<const MediaAsset*>& audios,
                                                    MatchRules rules,
@@ -78,21 +95,13 @@ std::optional<CardSuggestion> activeCardSuggestion(const SyncGroup& group, const
     if (dismissedKeys.contains(suggestion.dismissKey)) return std::nullopt;
 
     std::vector<const SyncGroup*> card;
-    std::vector<MediaAsset> videos, sounds;
+    std::vector<MediaAsset> sounds;
     for (const SyncGroup& other : groups)
         if (lacksSound(other) && areOfOneCard(other.video, group.video)) card.push_back(&other);
-    for (const SyncGroup* clip : card) videos.push_back(clip->video);
     for (const MediaAsset* audio : audios)
         if (folderPath(*audio) == folderPath(*suggestion.moved->primaryAudio())) sounds.push_back(*audio);
     rules.soundOffsetSeconds += offset;
-    for (const SyncGroup& matched : SyncEngine().match(videos, sounds, rules, {}, &groups)) {
-        if (matched.isMOS() || coveredShare(matched) < leastShare) continue;
-        auto& own = suggestion.clips.emplace_back();
-        own.groupID = (*std::ranges::find(card, matched.video.url, urlOfVideo))->id;
-        const auto files = inTakeOrder(matched, recordingsOf(matched).front());
-        for (const std::size_t file : files) own.files.push_back(matched.audioMatches[file].audio);
-        own.startSeconds = matched.audioMatches[files.front()].syncOffsetSeconds;
-    }
+    suggestion.clips = clipsMatchedAlone(card, sounds, rules, groups);
     const auto inView = std::ranges::find(suggestion.clips, group.id, &Clip::groupID);
     if (inView == suggestion.clips.end()) return std::nullopt;
     std::rotate(suggestion.clips.begin(), inView, inView + 1);

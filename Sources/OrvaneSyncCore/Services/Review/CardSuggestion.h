@@ -28,6 +28,13 @@ struct CardSuggestion {
     std::string text(double frameRate, const FileNames& names) const;
 };
 
+/// Whether an offset of its card may give the clip a recording: it has none, and no decision.
+bool lacksSound(const SyncGroup& group);
+/// The recordings that these clips get if they are matched by these rules, with the first one that meets at
+/// least half of the clip. Clips without one are left out. Pure; any thread.
+std::vector<CardSuggestion::Clip> clipsMatchedAlone(const std::vector<const SyncGroup*>& clips,
+                                                    const std::vector<MediaAsset>& sounds,
+                                                    const MatchRules& rules, const SyncGroupList& groups);
 /// Uses the moved clip that is nearest in time. Only recordings of the folder of its recording are matched.
 /// Absent for a clip that is locked, has sound or would get none. Pure; any thread.
 std::optional<CardSuggestion> activeCardSuggestion(const SyncGroup& group, const SyncGroupList& groups,

@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Views/DoubtBar.h"
 #include "OrvaneSyncApp/Views/Notifier.h"
+#include "OrvaneSyncApp/Views/ResultsView.h"
 #include "OrvaneSyncApp/Views/Sheets/Sheets.h"
 #include "OrvaneSyncApp/Views/SingleInstance.h"
 #include "Support/Assets.h"
@@ -9,6 +10,7 @@
 #include <QClipboard>
 #include <QLayout>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPlainTextEdit>
 #include <QTreeWidget>
 
@@ -171,6 +173,26 @@ TEST_F(SheetTest, NamesAndApprovesSoundWithoutPicture) {
     QTest::keyClick(list, Qt::Key_L, Qt::ControlModifier);
     EXPECT_TRUE(std::ranges::none_of(work().syncGroups(),
                                      [](const SyncGroup& clip) { return clip.isApproved || clip.isLocked; }));
+
+    const auto entry = [&](const QString& title) {
+        for (auto* menu : list->findChildren<QMenu*>()) menu->close();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        Q_EMIT list->customContextMenuRequested(list->visualItemRect(list->topLevelItem(0)).center());
+        for (QAction* action : list->findChild<QMenu*>()->actions())
+            if (action->text() == title) return action;
+        return static_cast<QAction*>(nullptr);
+    };
+    table().clearSelection();
+    EXPECT_FALSE(entry("Attach to the Selected Clip")->isEnabled());
+    entry("Approve for export")->trigger();
+    EXPECT_TRUE(waitUntil([&] { return !work().wildTracks()[0].isApproved; }));
+    table().selectRow(0);
+    const UUID chosen = window_->results().selectedClips().front();
+    const UUID recording = work().wildTracks()[0].id;
+    entry(QString::fromStdString("Attach to “" + work().syncGroups().find(chosen)->video.filename + "”"))
+        ->trigger();
+    EXPECT_EQ(work().syncGroups().find(chosen)->audioMatches.back().audio->id, recording);
+    EXPECT_TRUE(work().wildTracks().empty());
 }
 
 TEST_F(SheetTest, SoundWithoutPictureIsReachedByKeysAndKeepsItsHeight) {

@@ -160,6 +160,7 @@ ResultsView::ResultsView(Desktop& desktop, ScreenHost host)
     auto* keys = new SearchKeys(*search_, *table_);
     keys->whenAccepted = [this] { Q_EMIT table_->activated(table_->currentIndex()); };
     lists_->addWidget(wildTracks_ = new WildTracksView(desktop));
+    wildTracks_->selectedClips = [this] { return selectedClips(); };
     lists_->setStretchFactor(0, 1);
     connect(lists_, &QSplitter::splitterMoved, this, [this] { isBorderChosen_ = true; });
     column->addWidget(lists_, 1);

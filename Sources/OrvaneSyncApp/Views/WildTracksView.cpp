@@ -1,11 +1,13 @@
 #include "OrvaneSyncApp/Views/WildTracksView.h"
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneDesignKit/Sheet.h"
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
 #include "OrvaneSyncApp/Views/FilePlayer.h"
 
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QScrollBar>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -44,8 +46,9 @@ WildTracksView::WildTracksView(Desktop& desktop, QWidget* parent) : QWidget(pare
     header->setFont(factsFont());
     header->setSectionResizeMode(nameColumn, QHeaderView::Stretch);
     header->setSectionResizeMode(fileColumn, QHeaderView::Stretch);
-    for (const int column : {lengthColumn, channelsColumn})
-        list_->headerItem()->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
+    list_->headerItem()->setTextAlignment(lengthColumn, Qt::AlignRight | Qt::AlignVCenter);
+    // Not at the right, where the box of the next column begins.
+    list_->headerItem()->setTextAlignment(channelsColumn, Qt::AlignCenter);
     for (const auto& [column, width] :
          {std::pair(playColumn, playWidth), std::pair(startsColumn, startsWidth),
           std::pair(lengthColumn, lengthWidth), std::pair(channelsColumn, channelsWidth),
@@ -59,8 +62,13 @@ WildTracksView::WildTracksView(Desktop& desktop, QWidget* parent) : QWidget(pare
         if (column == playColumn) play(*row);
     });
     connect(list_, &QTreeWidget::itemDoubleClicked, this, [this](QTreeWidgetItem* row, int column) {
-        if (column == nameColumn) list_->editItem(row, nameColumn);
+        if (column == nameColumn)
+            list_->editItem(row, nameColumn);
+        else if (column != playColumn && column != approveColumn)
+            play(*row);
     });
+    list_->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(list_, &QWidget::customContextMenuRequested, this, [this](const QPoint& at) { showMenu(at); });
     list_->installEventFilter(this);
     observation_ = desktop_.controller().onChange([this](ImportField field) {
         if (field == ImportField::wildTracks) fill();
@@ -91,8 +99,7 @@ bool WildTracksView::eventFilter(QObject* watched, QEvent* event) {
     if (key->key() == Qt::Key_F2)
         list_->editItem(row, nameColumn);
     else if (isControl && isReturn)
-        row->setCheckState(approveColumn,
-                           row->checkState(approveColumn) == Qt::Checked ? Qt::Unchecked : Qt::Checked);
+        toggleApproved(*row);
     else if (key->key() == Qt::Key_Space && list_->currentColumn() != approveColumn)
         play(*row);
     else
@@ -107,7 +114,6 @@ void WildTracksView::fill() {
     const int column = std::max(list_->currentColumn(), 0), scrolled = list_->verticalScrollBar()->value();
     isFilling_ = true;
     list_->clear();
-    std::size_t approved = 0;
     for (const WildTrack& track : tracks) {
         auto* row =
             new QTreeWidgetItem(list_, {QString(), text(track.customName),
@@ -122,21 +128,17 @@ void WildTracksView::fill() {
         row->setCheckState(approveColumn, track.isApproved ? Qt::Checked : Qt::Unchecked);
         row->setFont(startsColumn, timecodeFont());
         row->setTextAlignment(lengthColumn, Qt::AlignRight | Qt::AlignVCenter);
-        row->setTextAlignment(channelsColumn, Qt::AlignRight | Qt::AlignVCenter);
+        row->setTextAlignment(channelsColumn, Qt::AlignCenter);
         row->setToolTip(playColumn, tr("Play or pause (Space)"));
         row->setToolTip(nameColumn, tr("Double click or F2 names the recording"));
         row->setToolTip(fileColumn, text(track.audio.url.pathText()));
         row->setToolTip(approveColumn, tr("Ticked recordings go into the document (Ctrl+Return)."));
         row->setData(playColumn, Qt::AccessibleTextRole, tr("Play or pause (Space)"));
         if (text(track.id.text()) == current) list_->setCurrentItem(row, column);
-        if (track.isApproved) ++approved;
     }
     isFilling_ = false;
     list_->doItemsLayout();
     list_->verticalScrollBar()->setValue(scrolled);
-    title_->setText(
-        tr("Sound without picture: %1, %2 approved for the document").arg(tracks.size()).arg(approved) +
-        QStringLiteral("  ·  ") + tr("Space plays, Ctrl+Return approves, F2 names a recording"));
     setVisible(!tracks.empty());
     showPlaying();
 }
@@ -163,11 +165,65 @@ void WildTracksView::changed(const QTreeWidgetItem& row, int column) {
         this, [this, arguments] { desktop_.run("renameWildTrack", arguments); }, Qt::QueuedConnection);
 }
 
-void WildTracksView::play(const QTreeWidgetItem& row) {
+void WildTracksView::toggleApproved(QTreeWidgetItem& row) {
+    row.setCheckState(approveColumn,
+                      row.checkState(approveColumn) == Qt::Checked ? Qt::Unchecked : Qt::Checked);
+}
+
+void WildTracksView::showMenu(const QPoint& at) {
+    QTreeWidgetItem* row = list_->itemAt(at);
+    const WildTrack* track = row == nullptr ? nullptr : trackOf(*row);
+    if (track == nullptr) return;
+    list_->setCurrentItem(row, std::max(list_->currentColumn(), 0));
+    // The list may be filled again while the menu is open, so the entries use the current row.
+    const auto add = [&](QMenu& menu, const QString& title, void (*act)(WildTracksView&, QTreeWidgetItem&)) {
+        return menu.addAction(title, this, [this, act] {
+            if (QTreeWidgetItem* now = list_->currentItem()) act(*this, *now);
+        });
+    };
+    auto* menu = new QMenu(list_);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    const bool plays = player_ && player_->isPlaying() && player_->currentAssetID() == track->audio.id;
+    add(*menu, plays ? tr("Pause") : tr("Play"),
+        [](WildTracksView& view, QTreeWidgetItem& one) { view.play(one); });
+    const std::vector<UUID> clips = selectedClips ? selectedClips() : std::vector<UUID>();
+    const SyncGroup* clip =
+        clips.size() == 1 ? desktop_.controller().work().syncGroups().find(clips.front()) : nullptr;
+    QAction* attaching = menu->addAction(
+        clip == nullptr
+            ? tr("Attach to the Selected Clip")
+            : tr("Attach to “%1”").arg(text(desktop_.controller().work().fileNames().of(clip->video))),
+        this, [this, track = *track, clips] { attach(track, clips.front()); });
+    attaching->setEnabled(clip != nullptr && desktop_.isEnabled("attachAudioToGroup", clip));
+    menu->addSeparator();
+    add(*menu, tr("Rename…"),
+        [](WildTracksView& view, QTreeWidgetItem& one) { view.list_->editItem(&one, nameColumn); });
+    QAction* approve = add(*menu, tr("Approve for export"),
+                           [](WildTracksView& view, QTreeWidgetItem& one) { view.toggleApproved(one); });
+    approve->setCheckable(true);
+    approve->setChecked(track->isApproved);
+    menu->popup(list_->viewport()->mapToGlobal(at));
+}
+
+void WildTracksView::attach(const WildTrack& track, const UUID& clip) {
+    JSON arguments = JSON::object();
+    arguments.set("groupID", clip.text());
+    arguments.set("audio", track.audio.id.text());
+    desktop_.run("attachAudioToGroup", std::move(arguments), [this](const JSON&) {
+        showToast(window(), tr("The recording is attached. Undo takes it back."));
+    });
+}
+
+const WildTrack* WildTracksView::trackOf(const QTreeWidgetItem& row) const {
     const auto id = UUID::fromText(utf8(row.data(0, wildTrackRole).toString()));
     const auto& tracks = desktop_.controller().work().wildTracks();
     const auto found = std::ranges::find(tracks, id, &WildTrack::id);
-    if (found == tracks.end()) return;
+    return found == tracks.end() ? nullptr : &*found;
+}
+
+void WildTracksView::play(const QTreeWidgetItem& row) {
+    const WildTrack* found = trackOf(row);
+    if (found == nullptr) return;
     if (!player_) {
         player_ = makeFilePlayer(desktop_);
         if (!player_) return;
@@ -190,6 +246,23 @@ void WildTracksView::showPlaying() {
         list_->topLevelItem(i)->setIcon(playColumn, icon(plays ? Glyph::pause : Glyph::play));
         isFilling_ = false;
     }
+    showTitle();
+}
+
+void WildTracksView::showTitle() {
+    const auto& tracks = desktop_.controller().work().wildTracks();
+    const auto approved = std::ranges::count_if(tracks, &WildTrack::isApproved);
+    const QString place = player_ ? placeText(*player_) : QString();
+    const auto loaded = std::ranges::find_if(tracks, [&](const WildTrack& track) {
+        return player_ && player_->currentAssetID() == track.audio.id;
+    });
+    title_->setText(
+        tr("Sound without picture: %1, %2 approved for the document").arg(tracks.size()).arg(approved) +
+        QStringLiteral("  ·  ") +
+        (place.isEmpty() || loaded == tracks.end()
+             ? tr("Space plays, Ctrl+Return approves, F2 names a recording")
+             : QStringLiteral("%1  %2").arg(text(desktop_.controller().work().fileNames().of(loaded->audio)),
+                                            place)));
 }
 
 } // namespace orvane::views

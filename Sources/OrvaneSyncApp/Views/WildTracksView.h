@@ -5,6 +5,9 @@
 
 #include <QWidget>
 
+#include <functional>
+#include <vector>
+
 class QLabel;
 class QTreeWidget;
 class QTreeWidgetItem;
@@ -17,6 +20,9 @@ class WildTracksView : public QWidget {
   public:
     explicit WildTracksView(Desktop& desktop, QWidget* parent = nullptr);
     QTreeWidget* list() const { return list_; }
+    /// The clips that are selected on the screen: the menu of a recording offers to attach it to a single
+    /// one.
+    std::function<std::vector<UUID>()> selectedClips;
     /// The height in points that shows that many recordings, or all of them if there are fewer.
     int heightOfRows(int most) const;
 
@@ -27,7 +33,13 @@ class WildTracksView : public QWidget {
   private:
     void fill();
     void changed(const QTreeWidgetItem& row, int column);
+    void toggleApproved(QTreeWidgetItem& row);
+    void showMenu(const QPoint& at);
+    void attach(const WildTrack& track, const UUID& clip);
+    /// Null if it is none any more.
+    const WildTrack* trackOf(const QTreeWidgetItem& row) const;
     void play(const QTreeWidgetItem& row);
+    void showTitle();
     void showPlaying();
 
     Desktop& desktop_;

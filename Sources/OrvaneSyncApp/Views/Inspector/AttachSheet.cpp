@@ -3,7 +3,6 @@
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
 #include "OrvaneSyncApp/Views/Translation.h"
-#include "OrvaneSyncCore/Services/Timeline/TimelineRuler.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
 #include <QCoreApplication>
@@ -222,12 +221,9 @@ void AttachSheet::showPlaying() {
     const bool plays = player_->isPlaying();
     listen_->setText(plays ? tr("Pause") : tr("Listen"));
     listen_->setIcon(icon(plays ? Glyph::pause : Glyph::play));
-    const auto moment = [](double seconds) { return text(TimelineRuler::labelText(std::floor(seconds))); };
     if (isAsked_ && !player_->currentAssetID())
         return place_->setText(tr("This file cannot be read as sound."));
-    place_->setText(player_->duration() > 0
-                        ? tr("%1 of %2").arg(moment(player_->currentTime()), moment(player_->duration()))
-                        : QString());
+    place_->setText(placeText(*player_));
 }
 
 void AttachSheet::filter(const QString& words) {

@@ -1,9 +1,11 @@
 #include "OrvaneSyncApp/Controllers/SmartAudioCaches.h"
+#include "OrvaneSyncApp/ViewModels/Timeline/RecordedLevels.h"
 #include "OrvaneSyncApp/ViewModels/Timeline/TimelineLayout.h"
 #include "OrvaneSyncApp/ViewModels/Timeline/WaveformTile.h"
 #include "OrvaneSyncCore/Models/Settings.h"
 #include "OrvaneSyncCore/Models/SettingsCatalogue.h"
 #include "OrvaneSyncCore/Services/SmartAudio/ActiveTracks.h"
+#include "OrvaneSyncCore/Services/Takes/ClipSound.h"
 #include "Support/Test.h"
 #include "Support/TimelineClip.h"
 
@@ -38,6 +40,31 @@ class TimelineRowsTest : public testing::Test {
 };
 
 } // namespace
+
+TEST_F(TimelineRowsTest, MetersShowTheChannelsOfTheRecordingThatAreHeard) {
+    const std::size_t channels = rows().channels.size();
+    const double starts = ClipSound(group_).offsetSeconds;
+    WaveformResult waveform{.binsPerSecond = 10};
+    for (std::size_t i = 0; i < channels; ++i) {
+        waveform.peaksPerChannel.emplace_back(20, 0.1F * static_cast<float>(i + 1));
+        waveform.rmsPerChannel.emplace_back(20, 0.05F);
+    }
+    const auto peaks = [&](double takeSeconds) {
+        std::vector<float> found;
+        for (const auto& one : recordedLevels(group_, smartAudio_, waveform, starts + takeSeconds))
+            found.push_back(one.peak);
+        return found;
+    };
+    ASSERT_GE(channels, 2U);
+    EXPECT_FLOAT_EQ(peaks(1)[1], 0.2F);
+    EXPECT_EQ(peaks(-0.5), std::vector<float>(channels)) << "before the recording";
+    EXPECT_EQ(peaks(2.5), std::vector<float>(channels)) << "after it";
+    smartAudio_.soloMonitorTracks[group_.id] = 1;
+    EXPECT_FLOAT_EQ(peaks(1)[0], 0.1F);
+    EXPECT_EQ(peaks(1)[1], 0) << "another channel plays alone";
+    waveform = {};
+    EXPECT_EQ(peaks(1), std::vector<float>(channels)) << "not loaded";
+}
 
 TEST_F(TimelineRowsTest, SayWhatTheAnalysisFoundAndWhatWasChosenByHand) {
     EXPECT_EQ(rows().summary, "All tracks active — run Smart Audio for recommendation");

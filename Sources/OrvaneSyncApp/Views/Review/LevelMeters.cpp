@@ -22,6 +22,12 @@ constexpr int mostWidth = 132;
 constexpr double lowestDB = -60;      // the range ends at full scale
 constexpr int updatesAfterRest = 180; // three seconds, until bars and peaks have fallen
 
+constexpr double scale[] = {0, -12, -24, -36, -48};
+
+QString scaleText(double decibels) {
+    return QString::number(decibels).replace(QLatin1Char('-'), QChar(u'−'));
+}
+
 double share(double decibels) { return std::clamp(1 - decibels / lowestDB, 0.0, 1.0); }
 
 } // namespace
@@ -39,7 +45,7 @@ LevelMeters::LevelMeters(const std::shared_ptr<platform::MainThread>& mainThread
 
 QSize LevelMeters::sizeHint() const {
     const int channels = std::max(widest_, 2);
-    return {std::min(channels * (widestBar + barGap) + 2 * space::tight, mostWidth), 120};
+    return {scaleWidth() + std::min(channels * (widestBar + barGap) + 2 * space::tight, mostWidth), 120};
 }
 
 void LevelMeters::follow(VideoEngineField field) {
@@ -51,7 +57,7 @@ void LevelMeters::follow(VideoEngineField field) {
         return;
     }
     if (field == VideoEngineField::transport || field == VideoEngineField::sound) {
-        channels_ = player->facts().soundChannelCount;
+        channels_ = channelsOf(*player);
         if (!engine_->transport().isLoading) {
             widest_ = std::exchange(isNewClip_, false) ? channels_ : std::max(widest_, channels_);
             updateGeometry();
@@ -68,14 +74,15 @@ void LevelMeters::measure() {
     if (!provider_->isActive()) return provider_->detach();
     const platform::Player* player = engine_->player();
     if (player == nullptr) return;
-    if (channels_ != player->facts().soundChannelCount) follow(VideoEngineField::sound); // another recording
+    const std::vector<platform::ChannelPeak> now = measured(*player);
+    if (channels_ != channelsOf(*player)) follow(VideoEngineField::sound); // another recording
     constexpr double nanoseconds = 1e9;
-    held_.update(player->levels(), static_cast<double>(player->hostTime().count()) / nanoseconds);
+    held_.update(now, static_cast<double>(player->hostTime().count()) / nanoseconds);
     const auto differs = [](const ChannelLevel& a, const ChannelLevel& b) {
         constexpr float visible = 0.004F; // of the bar
         return std::abs(a.peak - b.peak) > visible || std::abs(a.rms - b.rms) > visible;
     };
-    const auto& levels = provider_->levels().channels;
+    const auto& levels = ofRecording_.empty() ? provider_->levels().channels : ofRecording_;
     if (!std::ranges::equal(levels, levels_, [&](const auto& a, const auto& b) { return !differs(a, b); }) ||
         held_.channels() != painted_) {
         levels_ = levels;
@@ -86,8 +93,27 @@ void LevelMeters::measure() {
     provider_->detach();
 }
 
+int LevelMeters::channelsOf(const platform::Player& player) const {
+    const std::size_t recorded = levelsOfRecording ? levelsOfRecording().size() : 0;
+    return std::max(player.facts().soundChannelCount, static_cast<int>(recorded));
+}
+
+std::vector<platform::ChannelPeak> LevelMeters::measured(const platform::Player& player) {
+    std::vector<platform::ChannelPeak> levels = player.levels();
+    auto recorded = levelsOfRecording ? levelsOfRecording() : std::vector<platform::ChannelPeak>();
+    if (std::cmp_less_equal(recorded.size(), player.facts().soundChannelCount)) {
+        ofRecording_.clear();
+        return levels;
+    }
+    if (std::ranges::none_of(levels, [](const auto& one) { return one.peak > 0; }))
+        std::ranges::fill(recorded, platform::ChannelPeak());
+    smooth(ofRecording_, recorded, AudioLevelProvider::smoothing);
+    return recorded;
+}
+
 void LevelMeters::clear() {
     held_.clear();
+    ofRecording_.clear();
     painted_.clear();
     levels_.clear();
     isNewClip_ = true;
@@ -125,19 +151,30 @@ void LevelMeters::paintEvent(QPaintEvent*) {
         painter.setPen(all.window);
         if (bar >= widestBar) painter.drawText(mark, Qt::AlignCenter, QStringLiteral("!"));
     }
-    painter.setPen(all.line);
-    for (const double decibels : {-12.0, -24.0, -48.0}) {
+    for (const double decibels : scale) {
         const double y = bottom - share(decibels) * (bottom - top);
-        painter.drawLine(QPointF(0, y), QPointF(space::tight - 1, y));
+        painter.setPen(all.line);
+        painter.drawLine(QPointF(scaleWidth() - space::tight, y), QPointF(scaleWidth() - 1, y));
         painter.drawLine(QPointF(width() - space::tight + 1, y), QPointF(width(), y));
+        painter.setPen(all.facts);
+        const int line = fontMetrics().height();
+        painter.drawText(QRectF(0, y - line / 2.0, scaleWidth() - space::tight - 1, line),
+                         Qt::AlignRight | Qt::AlignVCenter, scaleText(decibels));
     }
 }
 
 double LevelMeters::pitch() const {
-    return std::min((width() - 2.0 * space::tight) / std::max(channels_, 1), 1.0 * widestBar + barGap);
+    return std::min((width() - scaleWidth() - 2.0 * space::tight) / std::max(channels_, 1),
+                    1.0 * widestBar + barGap);
 }
 
-double LevelMeters::firstBar() const { return (width() - channels_ * pitch() + barGap) / 2; }
+double LevelMeters::firstBar() const {
+    return scaleWidth() + (width() - scaleWidth() - channels_ * pitch() + barGap) / 2;
+}
+
+int LevelMeters::scaleWidth() const {
+    return fontMetrics().horizontalAdvance(scaleText(std::end(scale)[-1])) + 2 * space::tight;
+}
 
 int LevelMeters::channelAt(int x) const {
     return std::clamp(static_cast<int>((x - firstBar()) / pitch()), 0, std::max(channels_ - 1, 0));
@@ -151,6 +188,7 @@ bool LevelMeters::event(QEvent* event) {
     const auto at = static_cast<std::size_t>(channel);
     if (at < painted_.size()) {
         words += tr(": peak %1 dBFS").arg(std::max(painted_[at].peakDB, lowestDB), 0, 'f', 1);
+        if (!ofRecording_.empty()) words += tr("\nOf the recording. A mix of its channels is played.");
         if (painted_[at].isClipped) words += tr("\nReached full scale. A click takes the mark away.");
     }
     QToolTip::showText(help->globalPos(), words, this);

@@ -3,6 +3,7 @@
 #include "OrvaneDesignKit/Controls.h"
 #include "OrvaneDesignKit/Sheet.h"
 #include "OrvaneSyncApp/ViewModels/Review/PictureTexts.h"
+#include "OrvaneSyncApp/ViewModels/Timeline/RecordedLevels.h"
 #include "OrvaneSyncApp/Views/Background.h"
 #include "OrvaneSyncApp/Views/Review/FullscreenWindow.h"
 #include "OrvaneSyncApp/Views/Review/LevelMeters.h"
@@ -107,6 +108,15 @@ PictureView::PictureView(Desktop& desktop, std::shared_ptr<ReviewViewModel> revi
     whyNoLens_->setMargin(space::small);
     picture->addLayout(place, 1);
     picture->addWidget(meters_ = new LevelMeters(desktop_.mainThread(), review_->engine()));
+    meters_->levelsOfRecording = [this] {
+        const auto& id = review_->groupID();
+        const SyncGroup* clip = id ? desktop_.controller().work().syncGroups().find(*id) : nullptr;
+        if (clip == nullptr) return std::vector<platform::ChannelPeak>();
+        ImportController& controller = desktop_.controller();
+        return recordedLevels(*clip, controller.smartAudio().state(),
+                              controller.timeline().waveform()->waveform(),
+                              review_->engine()->playhead().seconds());
+    };
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);

@@ -218,7 +218,8 @@ TEST(LanguageTest, NamesKeysAsTheKeyboardsOfTheLanguageDo) {
     const test::Spoken german(QStringLiteral("de"));
     for (const auto& [english, wanted] :
          {std::pair("Ctrl+Shift+L", "Strg+Umschalt+L"), std::pair("Space", "Leertaste"),
-          std::pair("K held, J", "K gehalten, J"), std::pair("Ctrl++", "Strg++"), std::pair("F2", "F2")})
+          std::pair("K held, J", "K gehalten, J"), std::pair("Ctrl++", "Strg++"), std::pair("F2", "F2"),
+          std::pair(",", "Komma"), std::pair("Shift+.", "Umschalt+Punkt")})
         EXPECT_EQ(translatedKey(english), QString::fromUtf8(wanted));
     const QKeySequence menu(QStringLiteral("Ctrl+Shift+Z"));
     EXPECT_EQ(menu.toString(QKeySequence::NativeText), QStringLiteral("Strg+Umschalt+Z"));

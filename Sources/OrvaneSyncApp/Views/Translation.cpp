@@ -208,7 +208,11 @@ QString translatedSentence(std::string_view english) {
 
 QString translatedKey(std::string_view english) {
     static const QRegularExpression name(QStringLiteral("[A-Za-z]{2,}"));
-    const QString given = QString::fromUtf8(english.data(), static_cast<qsizetype>(english.size()));
+    QString given = QString::fromUtf8(english.data(), static_cast<qsizetype>(english.size()));
+    // At the size of a label these signs are two or three pixels high.
+    for (const auto& [sign, word] : {std::pair(',', "Comma"), std::pair('.', "Period")})
+        if (given == QLatin1Char(sign) || given.endsWith(QStringLiteral("+") + QLatin1Char(sign)))
+            given.replace(given.size() - 1, 1, QLatin1String(word));
     QString named;
     qsizetype end = 0;
     for (auto names = name.globalMatch(given); names.hasNext();) {

@@ -30,7 +30,8 @@ QString translated(std::string_view english);
 /// Translates a text with names and numbers in it, for which the catalogue has %1, %2. Lines and sentences
 /// are translated one by one; those that are not in the catalogue stay as they are.
 QString translatedSentence(std::string_view english);
-/// A key with the names on keyboards of the language: "Shift+Space" is "Umschalt+Leertaste" in German.
+/// A key with the names on keyboards of the language: "Shift+Space" is "Umschalt+Leertaste" in German. Comma
+/// and period have names as well.
 QString translatedKey(std::string_view english);
 
 /// Texts name actions that have a key by their identifiers in angle brackets, such as "⟨lockCurrent⟩". The

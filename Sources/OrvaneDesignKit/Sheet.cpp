@@ -13,6 +13,7 @@
 #include <QVBoxLayout>
 
 #include <cmath>
+#include <vector>
 
 namespace orvane::design {
 
@@ -121,6 +122,60 @@ QRect toastPlaceIn(const QWidget& window) {
     return place;
 }
 
+/// Shows a text until it is replaced or its time is over. It stays above the bars of its window, also above
+/// those that appear later.
+class Toast : public QFrame {
+  public:
+    Toast(QWidget* window, const QString& text) : QFrame(window), label_(new QLabel(text)) {
+        setObjectName(toastName());
+        setProperty(barProperty, true);
+        setAttribute(Qt::WA_TransparentForMouseEvents);
+        setAccessibleName(text);
+        auto* row = new QHBoxLayout(this);
+        row->addWidget(label_);
+        for (auto* bar : bars()) bar->installEventFilter(this);
+        place();
+    }
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        const auto type = event->type();
+        if (type == QEvent::Show || type == QEvent::Move || type == QEvent::Resize)
+            QMetaObject::invokeMethod(
+                this, [this] { place(); }, Qt::QueuedConnection); // after the layout
+        return QFrame::eventFilter(watched, event);
+    }
+
+  private:
+    static constexpr const char* barProperty = "banner";
+
+    std::vector<QFrame*> bars() const {
+        std::vector<QFrame*> found;
+        for (auto* frame : parentWidget()->findChildren<QFrame*>())
+            if (frame != this && frame->property(barProperty).toBool()) found.push_back(frame);
+        return found;
+    }
+    void place() {
+        adjustSize();
+        const QRect within = toastPlaceIn(*parentWidget());
+        if (const int widest = within.width() - 2 * space::large; width() > widest) {
+            label_->setWordWrap(true);
+            resize(widest, layout()->heightForWidth(widest));
+        }
+        QRect place(rect());
+        place.moveCenter({within.center().x(), 0});
+        place.moveBottom(within.bottom() - space::large);
+        for (const auto* bar : bars()) {
+            if (!bar->isVisible()) continue;
+            const QRect shown(bar->mapTo(parentWidget(), QPoint()), bar->size());
+            if (shown.intersects(place)) place.moveBottom(shown.top() - space::small);
+        }
+        move(place.topLeft());
+    }
+
+    QLabel* label_;
+};
+
 } // namespace
 
 void setToastPlace(QWidget* part) { part->setObjectName(toastPlaceName()); }
@@ -139,30 +194,7 @@ void showToast(QWidget* window, const QString& text) {
     for (const QWidget* shown : window->findChildren<QWidget*>(toastName(), Qt::FindDirectChildrenOnly))
         hideToast(window, shown->accessibleName());
     if (text.isEmpty()) return;
-    auto* toast = new QFrame(window);
-    toast->setObjectName(toastName());
-    toast->setProperty("banner", true);
-    toast->setAttribute(Qt::WA_TransparentForMouseEvents);
-    auto* row = new QHBoxLayout(toast);
-    auto* label = new QLabel(text);
-    row->addWidget(label);
-    toast->setAccessibleName(text);
-    toast->adjustSize();
-    const QRect within = toastPlaceIn(*window);
-    if (const int widest = within.width() - 2 * space::large; toast->width() > widest) {
-        label->setWordWrap(true);
-        toast->resize(widest, row->heightForWidth(widest));
-    }
-    QRect place(toast->rect());
-    place.moveCenter({within.center().x(), 0});
-    place.moveBottom(within.bottom() - space::large);
-    for (const auto* frame : window->findChildren<QFrame*>()) {
-        const auto* banner = dynamic_cast<const Banner*>(frame);
-        if (banner == nullptr || !banner->isVisible()) continue;
-        const QRect shown(banner->mapTo(window, QPoint()), banner->size());
-        if (shown.intersects(place)) place.moveBottom(shown.top() - space::small);
-    }
-    toast->move(place.topLeft());
+    auto* toast = new Toast(window, text);
     toast->show();
     QTimer::singleShot(shownFor, toast, [toast] { toast->deleteLater(); });
 }

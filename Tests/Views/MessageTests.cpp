@@ -1,3 +1,4 @@
+#include "OrvaneDesignKit/Sheet.h"
 #include "OrvaneSyncApp/Views/Inspector/InspectorSection.h"
 #include "OrvaneSyncApp/Views/Timeline/TimelineCanvas.h"
 #include "OrvaneSyncApp/Views/Translation.h"
@@ -71,8 +72,11 @@ TEST_F(MessageTest, MessagesMoveNoPictureAndCoverNoTimeline) {
     EXPECT_EQ(places<TimelineCanvas>(), timeline);
     QTest::keyClick(window_.get(), Qt::Key_Escape);
     QCoreApplication::processEvents();
+    design::showToast(window_.get(), QStringLiteral("saved"));
     desktop_->run("noSuchCommand");
     ASSERT_NE(banner(), nullptr) << "on the list";
+    EXPECT_TRUE(waitUntil([&] { return placeOf(*toast()).bottom() < placeOf(*banner()).top(); }))
+        << "also above a banner that appears later";
 }
 
 TEST_F(MessageTest, OfTwoMessagesOneIsOverThePicture) {

@@ -43,7 +43,7 @@ using namespace design;
 
 namespace {
 
-constexpr int exportWidth = 640;
+constexpr int exportWidth = 760; // the line of counts fits
 
 /// The versions of the document, the newest first, and the programs that read each of them.
 struct Reader {
@@ -231,16 +231,12 @@ QWidget* ExportSheet::makeOptions() {
     version_ = new Choice;
     version_->setAccessibleName(tr("Version of the document"));
     for (const Reader& one : readers)
-        version_->addItem(QStringLiteral("FCPXML ") + QLatin1String(one.version));
+        version_->addItem(QStringLiteral("FCPXML %1: %2").arg(QLatin1String(one.version), tr(one.who)));
     version_->setCurrentIndex(std::clamp(design::keptState::value(versionKey, 0).toInt(), 0,
                                          static_cast<int>(std::size(readers)) - 1));
-    connect(version_, &QComboBox::activated, this, [this](int chosen) {
-        design::keptState::set(versionKey, chosen);
-        showVersion();
-    });
+    connect(version_, &QComboBox::activated, this,
+            [](int chosen) { design::keptState::set(versionKey, chosen); });
     choices->addRow(tr("Version"), version_);
-    choices->addRow(QString(), versionNote_ = facts({}));
-    showVersion();
     for (const Declared<bool>* setting : switches) {
         const SettingRow& row = settingRow(setting->key);
         auto* box = new QCheckBox(translated(row.label));
@@ -390,8 +386,6 @@ void ExportSheet::showEvent(QShowEvent* event) {
     QDialog::showEvent(event);
     fitHeight(); // from here on the controls have the theme's sizes
 }
-
-void ExportSheet::showVersion() { versionNote_->setText(tr(readers[version_->currentIndex()].who)); }
 
 void ExportSheet::choosePlace() {
     const QString caption = openWhenDone_->isChecked()

@@ -36,7 +36,6 @@ class ExportSheet : public QDialog {
     QWidget* makeOptions();
     QWidget* makeDestination();
     void showForecast();
-    void showVersion();
     void choosePlace();
     void write();
     void writeTo(const QString& place);
@@ -55,7 +54,6 @@ class ExportSheet : public QDialog {
     QLineEdit* place_;
     QCheckBox* openWhenDone_;
     QComboBox* version_;
-    QLabel* versionNote_;
     QPushButton* write_;
     QPushButton* close_;
     design::Banner* outcome_;

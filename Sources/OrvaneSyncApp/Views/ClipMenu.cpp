@@ -45,7 +45,7 @@ void ClipMenu::fill(QMenu& menu, const std::vector<UUID>& clips) const {
             return group != nullptr && desktop_.isEnabled(id, group);
         }));
     }
-    menu.addAction(design::icon(design::Glyph::waveform), QObject::tr("Analyze Sound"), of_, [self, clips] {
+    menu.addAction(design::icon(design::Glyph::waveform), QObject::tr("Run Smart Audio"), of_, [self, clips] {
         JSON arguments = JSON::object();
         arguments.set("forceOverwriteManualTracks", false);
         self.desktop_.runForClips("runSmartAudioForGroup", clips, std::move(arguments));

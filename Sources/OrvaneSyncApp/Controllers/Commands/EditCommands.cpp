@@ -223,8 +223,10 @@ std::vector<Command> flagCommands() {
         onGroup("confirmAmbiguousMatch", "Takes the recordings of an ambiguous clip as they are.",
                 confirmAmbiguousMatch, &RecordingEditing::confirmAmbiguousMatch, isAmbiguousAndUnlocked)
             .inMenu(Menu::clip, 220),
-        onGroup("removeVideoFromSync", "Takes the clip out of the list.", removeVideoFromSync,
-                &RecordingEditing::removeVideoFromSync, isUnlocked),
+        onGroup(
+            "removeVideoFromSync",
+            "Takes the clip out of the list and the document; its file stays, and a new scan finds it again.",
+            removeVideoFromSync, &RecordingEditing::removeVideoFromSync, isUnlocked),
         Command::later("resyncClip", resyncClip.actionName, "Matches the clip again; manual decisions stay.",
                        {groupID},
                        [](CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {

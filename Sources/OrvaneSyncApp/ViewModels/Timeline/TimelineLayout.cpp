@@ -234,7 +234,7 @@ std::string tooltipOf(const TimelineRows& rows, const TimelineLayout::Hit& hit) 
                     : "\nDrag moves it by frames; with Shift its anchor snaps to an onset, with Ctrl it "
                       "moves freely.\nCtrl and Alt with a click put the anchor there.");
     case anchor:
-        return "Sync anchor at " + momentText(*rows.anchorSeconds) + " of the clip";
+        return "Clap point at " + momentText(*rows.anchorSeconds) + " of the clip";
     case clap:
         return "Clap in the picture at " + momentText(*rows.pictureClapSeconds);
     case picture:

@@ -96,8 +96,8 @@ ChannelsSection::Row ChannelsSection::makeRow(int track) {
             facts({}),
             facts({}),
             new QCheckBox(tr("ALGO")),
-            new QCheckBox(tr("Export")),
-            button(tr("Solo"))};
+            new QCheckBox(tr("ON")),
+            button(tr("SOLO"))};
     auto* controls = new FlowLayout;
     controls->setSpacing(space::small);
     for (QWidget* one : std::initializer_list<QWidget*>{row.isActive, row.isAllowed, row.solo})
@@ -163,7 +163,7 @@ void ChannelsSection::show(const SyncGroup& clip) {
     summary_->setText(part.channels.empty() ? tr("The clip has no sound.")
                                             : translatedSentence(part.summary));
     showUnlessEmpty(music_, translatedSentence(part.music));
-    analyse_->setText(part.isAnalysed ? tr("Re-analyse this clip") : tr("Analyse this clip"));
+    analyse_->setText(part.isAnalysed ? tr("Re-analyse this clip") : tr("Run Smart Audio"));
     analyse_->setEnabled(!part.channels.empty());
     const auto active = std::ranges::count(part.channels, true, &ChannelsPart::Channel::isActive);
     setSummary(part.channels.empty() ? tr("none") : tr("%1 of %2 on").arg(active).arg(part.channels.size()));

@@ -52,13 +52,13 @@ std::unique_ptr<QMenu> TimelineCanvas::menuAt(const TimelineLayout::Hit& hit) {
     if (rows.hasSound && (hit.spot == Spot::waveform || hit.spot == Spot::anchor)) {
         JSON here = ofClip();
         here.set("secondsInAudio", hit.seconds - rows.soundOffset - rows.primaryStart);
-        add("setAnchor", std::move(here));
-        if (rows.anchorSeconds) add("setAudioAnchor", ofClip(), tr("Clear Sync Anchor"));
+        add("setAnchor", std::move(here), tr("Set Clap Point Here"));
+        if (rows.anchorSeconds) add("setAudioAnchor", ofClip(), tr("Clear Clap Point"));
     }
     if (rows.hasSound) {
         if (!rows.anchorSeconds) add("autoDetectAudioAnchor", ofClip());
         if (rows.anchorSeconds)
-            connect(menu->addAction(tr("Go to Sync Anchor")), &QAction::triggered, this,
+            connect(menu->addAction(tr("Go to Clap Point")), &QAction::triggered, this,
                     [this] { review_->seekVideoToAnchor(); });
         if (rows.anchorSeconds)
             menu->addAction(tr("Put on the Frame Shown"), this, [this] { review_->putClapOnFrame(); })

@@ -121,7 +121,7 @@ TrackHeader::Boxes TrackHeader::makeBoxes(int track) {
     for (const Box box : {algorithm, active, solo}) {
         auto* made = new TrackBox(area_);
         made->setObjectName(QStringLiteral("%1-%2").arg(QLatin1String(boxCommands[box].word)).arg(track));
-        made->setText(QLatin1String(boxCommands[box].word));
+        made->setText(translated(boxCommands[box].word));
         const BoxCommands& commands = boxCommands[box];
         const QString help = translated(desktop_.command(commands.one).help);
         made->setToolTip(commands.one == commands.alone ? help

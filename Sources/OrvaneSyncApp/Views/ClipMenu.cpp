@@ -115,9 +115,12 @@ void ClipMenu::rename(const UUID& clipID) const {
     const auto preview = [&](const QString& typed) {
         const SyncGroup* now = desktop_.controller().work().syncGroups().find(clipID);
         if (now == nullptr) return;
+        const auto change =
+            NameChange::of(desktop_.controller(), *now, typed == present ? part.name : utf8(typed));
+        const QString others = translatedSentence(change.othersText());
         question.setLabelText(QObject::tr("Clip name; empty: by the naming rules\nIn Final Cut Pro: %1")
-                                  .arg(text(exportedName(desktop_.controller(), *now,
-                                                         typed == present ? part.name : utf8(typed)))));
+                                  .arg(text(change.exported)) +
+                              (others.isEmpty() ? QString() : QLatin1Char('\n') + others));
     };
     QObject::connect(&question, &QInputDialog::textValueChanged, &question, preview);
     question.setTextValue(present); // the dialog selects this text

@@ -108,17 +108,41 @@ NamePart NamePart::of(const ImportController& controller, const SyncGroup& group
 }
 
 std::string exportedName(const ImportController& controller, const SyncGroup& group, std::string_view name) {
-    if (GroupNaming::manualName(group).value_or("") == name)
-        return controller.work().displayNames().at(group.id);
+    return NameChange::of(controller, group, name).exported;
+}
+
+NameChange NameChange::of(const ImportController& controller, const SyncGroup& group, std::string_view name) {
+    const DisplayNames& present = controller.work().displayNames();
+    NameChange change;
+    if (GroupNaming::manualName(group).value_or("") == name) {
+        change.exported = present.at(group.id);
+        return change;
+    }
     const platform::SettingsStore& store = *controller.work().environment.settings;
     SyncGroupList groups = controller.work().syncGroups();
     groups.update(group.id, [&](SyncGroup& own) { own.manualClipName = std::string(name); });
     const std::vector<std::string> names =
         ClipNames::inDocument(groups, store.get(settings::clipNamingSource),
                               store.get(settings::customNamingPattern), store.get(settings::namingSeparator));
-    for (std::size_t i = 0; i < groups.size(); ++i)
-        if (groups[i].id == group.id) return GroupNaming::appendingOffspeedTag(names[i], groups[i]);
-    return {};
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+        std::string exported = GroupNaming::appendingOffspeedTag(names[i], groups[i]);
+        if (groups[i].id == group.id) {
+            change.exported = std::move(exported);
+        } else if (const std::string& before = present.at(groups[i].id);
+                   before != exported && ++change.others == 1) {
+            change.before = before;
+            change.now = std::move(exported);
+        }
+    }
+    return change;
+}
+
+std::string NameChange::othersText() const {
+    if (others == 0) return "";
+    const std::string names = "“" + before + "” to “" + now + "”";
+    return others == 1
+               ? "The name of another clip changes from " + names + "."
+               : "The names of " + std::to_string(others) + " other clips change, such as " + names + ".";
 }
 
 MetadataPart MetadataPart::of(const ImportController& controller, const SyncGroup& group) {

@@ -50,6 +50,16 @@ struct NamePart {
 /// The name that the clip would have in Final Cut Pro if the editor named it `name`; empty: if the editor
 /// gave it no name.
 std::string exportedName(const ImportController& controller, const SyncGroup& group, std::string_view name);
+/// The same, with the names of other clips that change because no two clips have the same one.
+struct NameChange {
+    std::string exported;
+    std::size_t others = 0;
+    std::string before, now; ///< of the first of them
+
+    static NameChange of(const ImportController& controller, const SyncGroup& group, std::string_view name);
+    /// Empty if there are no others.
+    std::string othersText() const;
+};
 
 /// What the files and the imported lists say about the clip, grouped by subject.
 struct MetadataPart {

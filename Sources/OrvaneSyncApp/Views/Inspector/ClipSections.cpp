@@ -96,8 +96,10 @@ NameSection::NameSection(Desktop& desktop)
 void NameSection::preview(const QString& name) {
     const SyncGroup* now = clip();
     if (now == nullptr) return;
-    exported_->setText(
-        tr("In Final Cut Pro: %1").arg(breakable(exportedName(desktop().controller(), *now, utf8(name)))));
+    const auto change = NameChange::of(desktop().controller(), *now, utf8(name));
+    const QString others = breakable(utf8(translatedSentence(change.othersText())));
+    exported_->setText(tr("In Final Cut Pro: %1").arg(breakable(change.exported)) +
+                       (others.isEmpty() ? QString() : QLatin1Char('\n') + others));
 }
 
 void NameSection::show(const SyncGroup& clip) {

@@ -43,6 +43,14 @@ int FlowLayout::place(const QRect& within, bool isMeant) const {
     int x = within.x(), y = within.y(), lineHeight = 0;
     std::vector<std::pair<QLayoutItem*, QRect>> line;
     const auto endLine = [&] {
+        const int spare = within.x() + within.width() - (x - spacing());
+        int passed = 0;
+        for (std::size_t i = 0; fillsLines_ && i < line.size(); ++i) {
+            const int wider = (spare - passed) / static_cast<int>(line.size() - i);
+            line[i].second.translate(passed, 0);
+            line[i].second.setWidth(line[i].second.width() + wider);
+            passed += wider;
+        }
         for (auto& [item, rect] : line) {
             rect.moveTop(y + (lineHeight - rect.height()) / 2);
             if (isMeant) item->setGeometry(rect);

@@ -10,6 +10,8 @@ class FlowLayout : public QLayout {
   public:
     explicit FlowLayout(QWidget* parent = nullptr);
     ~FlowLayout() override;
+    /// The controls of each line share its spare width, so that all lines end at the same place.
+    void fillLines() { fillsLines_ = true; }
 
     void addItem(QLayoutItem* item) override;
     int count() const override;
@@ -27,6 +29,7 @@ class FlowLayout : public QLayout {
     int place(const QRect& within, bool isMeant) const;
 
     QList<QLayoutItem*> items_;
+    bool fillsLines_ = false;
 };
 
 } // namespace orvane::design

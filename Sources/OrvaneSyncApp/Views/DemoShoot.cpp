@@ -33,11 +33,15 @@ void whenAvailable(QObject* context, std::function<void()> then) {
 
 namespace {
 
+const QString toolName = QStringLiteral("demoShoot");
+constexpr const char* isCancelled = "isCancelled";
+
 using Progress = std::function<void(const QString& step)>;
 using Done = std::function<void(const QString& folder, const QString& failure)>;
 
 void start(QObject* context, const QString& program, const QString& folder, Progress progress, Done done) {
     auto* tool = new QProcess(context);
+    tool->setObjectName(toolName);
     QObject::connect(tool, &QProcess::readyReadStandardOutput, context,
                      [tool, progress = std::move(progress)] {
                          const QStringList lines =
@@ -46,13 +50,15 @@ void start(QObject* context, const QString& program, const QString& folder, Prog
                      });
     const auto end = [tool, folder, done = std::move(done)](const QString& failure) {
         tool->deleteLater();
-        done(failure.isEmpty() ? folder : QString(), failure);
+        const bool isMade = failure.isEmpty() && !tool->property(isCancelled).toBool();
+        done(isMade ? folder : QString(), failure);
     };
     QObject::connect(tool, &QProcess::finished, context, [tool, end](int status, QProcess::ExitStatus how) {
         const bool isMade = how == QProcess::NormalExit && status == 0;
-        end(isMade ? QString()
-                   : QObject::tr("The demo shoot could not be made: %1")
-                         .arg(QString::fromUtf8(tool->readAllStandardError()).trimmed()));
+        end(isMade || tool->property(isCancelled).toBool()
+                ? QString()
+                : QObject::tr("The demo shoot could not be made: %1")
+                      .arg(QString::fromUtf8(tool->readAllStandardError()).trimmed()));
     });
     QObject::connect(tool, &QProcess::errorOccurred, context, [tool, end](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart)
@@ -62,6 +68,13 @@ void start(QObject* context, const QString& program, const QString& folder, Prog
 }
 
 } // namespace
+
+void cancel(QObject* context) {
+    auto* tool = context->findChild<QProcess*>(toolName, Qt::FindDirectChildrenOnly);
+    if (tool == nullptr) return;
+    tool->setProperty(isCancelled, true);
+    tool->kill();
+}
 
 void make(QObject* context, Progress progress, Done done) {
     struct Place {

@@ -15,5 +15,7 @@ void whenAvailable(QObject* context, std::function<void()> then);
 /// or why there is none. If `context` is destroyed, nothing is called and the program is stopped.
 void make(QObject* context, std::function<void(const QString& step)> progress,
           std::function<void(const QString& folder, const QString& failure)> done);
+/// Stops the program that `make` started for `context`; `done` then gets two empty texts.
+void cancel(QObject* context);
 
 } // namespace orvane::views::DemoShoot

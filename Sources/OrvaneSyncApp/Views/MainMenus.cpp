@@ -300,6 +300,7 @@ void MainMenus::makeAudio() {
             tr("Smart Audio: %1").arg(translated(RawValues<SmartAudioMode>::texts.at(i))),
             [this, i] { analyse(settings::smartAudioMode.write(static_cast<SmartAudioMode>(i))); },
             of("runSmartAudioAnalysis")->statusTip());
+        mode->setCheckable(true);
         ofAnalysisModes_.push_back(mode);
         entries.push_back({120, mode});
     }
@@ -329,6 +330,7 @@ void MainMenus::analyse(const JSON& mode) {
     arguments.set("mode", mode);
     arguments.set("forceOverwriteManualTracks", !question || agrees(*question));
     desktop_.run("runSmartAudioAnalysis", std::move(arguments));
+    update(); // the click has ticked the entry
 }
 
 void MainMenus::makeReview(ReviewActions& review) {
@@ -473,7 +475,11 @@ void MainMenus::update() {
     const std::vector<UUID> clips = parts_.screens.clips();
     for (const auto& [id, action] : ofCommands_)
         action->setEnabled(desktop_.command(id).isOfOneClip() ? applies(id, clips) : desktop_.isEnabled(id));
-    for (QAction* mode : ofAnalysisModes_) mode->setEnabled(of("runSmartAudioAnalysis")->isEnabled());
+    const auto used = static_cast<std::size_t>(modeOfAnalysis(desktop_.settings()));
+    for (std::size_t i = 0; i < ofAnalysisModes_.size(); ++i) {
+        ofAnalysisModes_[i]->setEnabled(of("runSmartAudioAnalysis")->isEnabled());
+        ofAnalysisModes_[i]->setChecked(i == used);
+    }
     if (clips.size() != 1) of("exportSingleClip")->setEnabled(false);
     of("clusterLoad")->setEnabled(!clips.empty());
     const QAction& resync = *of(clips.empty() ? "resyncAllClips" : "resyncClip");

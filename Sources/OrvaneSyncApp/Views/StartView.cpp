@@ -155,6 +155,9 @@ QWidget* StartView::makeWelcome() {
     connect(demo_, &QPushButton::clicked, this, [this] { makeDemo(); });
     demo_->hide();
     DemoShoot::whenAvailable(this, [this] { demo_->show(); });
+    row->addWidget(cancelDemo_ = button(tr("Cancel")));
+    cancelDemo_->hide();
+    connect(cancelDemo_, &QPushButton::clicked, this, [this] { DemoShoot::cancel(this); });
     row->addWidget(demoState_ = facts({}), 1);
     rows->addLayout(row);
     return part;
@@ -168,11 +171,13 @@ void StartView::showWelcome() {
 
 void StartView::makeDemo() {
     demo_->setEnabled(false);
+    cancelDemo_->show();
     demoState_->setText(tr("Making the demo shoot…"));
     DemoShoot::make(
         this, [this](const QString& step) { demoState_->setText(tr("Making the demo shoot: %1").arg(step)); },
         [this](const QString& folder, const QString& failure) {
             demo_->setEnabled(true);
+            cancelDemo_->hide();
             demoState_->setText(failure);
             if (folder.isEmpty()) return;
             takeFolders({folder}, scan_);

@@ -89,6 +89,7 @@ class StartView : public QWidget {
     QWidget* welcome_;
     bool isWelcomeWanted_ = false; ///< even if there are sessions
     QPushButton* demo_;            ///< shown once the program that makes the demo shoot was found
+    QPushButton* cancelDemo_;      ///< shown while it is made
     QLabel* demoState_;
     design::Section* recent_;
     QWidget* recentRows_ = nullptr;

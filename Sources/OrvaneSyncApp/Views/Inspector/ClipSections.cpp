@@ -156,11 +156,24 @@ NotesSection::NotesSection(Desktop& desktop)
     add(rows_);
     auto* buttons = new FlowLayout;
     // Above the texts that a search changes, and the one that comes and goes behind the other.
-    buttons->addWidget(detect_ = commandButton("detectSlate"));
+    buttons->addWidget(detect_ = commandButton("detectSlate", {}, [this] { searchOrStop(); }));
     buttons->addWidget(accept_ = commandButton("acceptSlate"));
     add(buttons);
     add(slate_ = label(QString()));
     add(proposal_ = facts({}));
+}
+
+void NotesSection::searchOrStop() {
+    if (isSearching()) return search_->requestStop();
+    search_ = run("detectSlate", forClip());
+    showSearch();
+    search_->whenDone([alive = QPointer(this)](const std::exception_ptr&) {
+        if (alive != nullptr) alive->showSearch();
+    });
+}
+
+void NotesSection::showSearch() {
+    detect_->setText(isSearching() ? tr("Cancel") : translated(desktop().command("detectSlate").title));
 }
 
 void NotesSection::show(const SyncGroup& clip) {

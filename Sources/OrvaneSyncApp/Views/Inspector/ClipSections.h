@@ -66,10 +66,16 @@ class NotesSection : public InspectorSection {
     void show(const SyncGroup& clip) override;
 
   private:
+    bool isSearching() const { return search_ && !search_->isDone(); }
+    /// Searches for the slate of the clip; while a search runs, stops it.
+    void searchOrStop();
+    void showSearch();
+
     std::optional<NotesPart> shown_;
     QVBoxLayout* rows_;
     QLabel *slate_, *proposal_;
     QPushButton *detect_, *accept_;
+    std::optional<platform::Task> search_; ///< for a slate; the newest one of this section
 };
 
 } // namespace orvane::views

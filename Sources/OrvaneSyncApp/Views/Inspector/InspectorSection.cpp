@@ -41,16 +41,16 @@ JSON InspectorSection::forClip() const {
     return arguments;
 }
 
-void InspectorSection::run(std::string_view id, JSON arguments, Desktop::Done done) {
+platform::Task InspectorSection::run(std::string_view id, JSON arguments, Desktop::Done done) {
     problem_->setVisible(false);
-    desktop_.run(id, std::move(arguments), std::move(done),
-                 [this, alive = QPointer<QWidget>(this), of = clipID_](const QString& why) {
-                     if (alive == nullptr || of != clipID_) return;
-                     problem_->setText(why);
-                     problem_->setVisible(true);
-                     // The click has already changed its box.
-                     if (const SyncGroup* now = clip()) showClip(*now);
-                 });
+    return desktop_.run(id, std::move(arguments), std::move(done),
+                        [this, alive = QPointer<QWidget>(this), of = clipID_](const QString& why) {
+                            if (alive == nullptr || of != clipID_) return;
+                            problem_->setText(why);
+                            problem_->setVisible(true);
+                            // The click has already changed its box.
+                            if (const SyncGroup* now = clip()) showClip(*now);
+                        });
 }
 
 QString InspectorSection::runFromField(std::string_view id, JSON arguments) {

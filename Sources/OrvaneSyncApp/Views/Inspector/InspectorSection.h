@@ -37,7 +37,7 @@ class InspectorSection : public design::FoldableSection {
     /// The arguments of a command for the clip.
     JSON forClip() const;
     void run(std::string_view id) { run(id, forClip()); }
-    void run(std::string_view id, JSON arguments, Desktop::Done done = {});
+    platform::Task run(std::string_view id, JSON arguments, Desktop::Done done = {});
     /// The same for a field. Returns why the command was refused, so that the field can show it; empty: it
     /// ran.
     QString runFromField(std::string_view id, JSON arguments);

@@ -115,6 +115,7 @@ void SyncSection::makeAnchor() {
     add(anchor_ = label(QString()));
     reserveLines(*anchor_, 2);
     auto* buttons = new FlowLayout;
+    buttons->fillLines();
     buttons->addWidget(goToAnchor_ = button(tr("Go To")));
     goToAnchor_->setAccessibleName(tr("Go to the clap point"));
     connect(goToAnchor_, &QPushButton::clicked, this, [this] { review_->seekVideoToAnchor(); });
@@ -145,6 +146,7 @@ void SyncSection::makeAnchor() {
 
 void SyncSection::makeDecisions() {
     auto* buttons = new FlowLayout;
+    buttons->fillLines();
     buttons->addWidget(lock_ = commandButton("toggleLocked", tr("Lock")));
     buttons->addWidget(approve_ = commandButton("toggleApproved"));
     approve_->setCheckable(true);

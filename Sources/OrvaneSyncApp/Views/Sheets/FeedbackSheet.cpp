@@ -48,7 +48,7 @@ class FeedbackSheet : public Sheet {
         auto* along = new QHBoxLayout;
         along->setSpacing(space::medium);
         auto* left = new QVBoxLayout;
-        sendsPicture_ = new QCheckBox(tr("Send this picture of the window"));
+        sendsPicture_ = new QCheckBox(tr("Attach this picture of the window"));
         sendsPicture_->setChecked(true);
         left->addWidget(sendsPicture_);
         auto* picture = new QLabel;
@@ -69,7 +69,7 @@ class FeedbackSheet : public Sheet {
         add(along);
         add(where_ = facts({}));
         close_ = addClose(tr("Cancel"));
-        send_ = addButton(tr("Save…"), Weight::primary);
+        send_ = addButton(tr("Save as File…"), Weight::primary);
         send_->setEnabled(false);
         connect(send_, &QPushButton::clicked, this, [this] { url_.empty() ? save() : send(); });
         const auto changed = [this] {
@@ -96,7 +96,7 @@ class FeedbackSheet : public Sheet {
 
   private:
     void showState() {
-        send_->setText(url_.empty() ? tr("Save…") : tr("Send"));
+        send_->setText(url_.empty() ? tr("Save as File…") : tr("Send"));
         send_->setEnabled(isReady_ && !isUnderWay_ && !isDelivered_ &&
                           !message_->toPlainText().trimmed().isEmpty());
         if (!isReady_) return;

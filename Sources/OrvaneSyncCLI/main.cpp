@@ -27,6 +27,7 @@ bool coloursAreOff() {
 int withOutputWritten(int status) {
     std::cout.flush();
     if (std::cout) return status;
+    if (const auto ended = orvane::platform::statusWithoutReader(standardOutput)) return *ended;
     std::cerr << "error: can't write to standard output\n";
     return orvane::cli::failed;
 }

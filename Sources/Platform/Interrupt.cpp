@@ -15,6 +15,7 @@
 #include <memory>
 #include <mutex>
 #include <new>
+#include <poll.h>
 #include <semaphore>
 #include <string_view>
 #include <system_error>
@@ -27,6 +28,9 @@
 namespace orvane::platform {
 
 namespace {
+
+/// The status of a process that a signal ended is this number plus that of the signal.
+constexpr int endedBySignal = 128;
 
 struct Termination {
     std::function<void(const EndProcess&)> callback;
@@ -64,7 +68,6 @@ void discardAnsweringTemporaries() {
 }
 
 [[noreturn]] void endBySignal(int signal, const std::string& exitMessage) {
-    constexpr int endedBySignal = 128;
     endWithStatus(endedBySignal + signal, exitMessage);
 }
 
@@ -123,6 +126,12 @@ void failRefusedWrites() {
     ::signal(SIGXFSZ, SIG_IGN);
 }
 
+std::optional<int> statusWithoutReader(int descriptor) {
+    pollfd output{descriptor, POLLOUT, 0};
+    if (::poll(&output, 1, 0) != 1 || (output.revents & POLLERR) == 0) return std::nullopt;
+    return endedBySignal + SIGPIPE;
+}
+
 void exitOnInterrupt(std::string exitMessage) {
     sigset_t signals;
     sigemptyset(&signals);
@@ -137,7 +146,8 @@ void exitOnInterrupt(std::string exitMessage) {
     std::thread([signals, exitMessage = std::move(exitMessage)] {
         int signal = 0;
         if (::sigwait(&signals, &signal) != 0) return;
-        const Termination termination = signal == SIGINT ? Termination() : takeTermination();
+        if (signal == SIGINT) endBySignal(signal, exitMessage + "interrupted\n");
+        const Termination termination = takeTermination();
         if (!termination.callback) endBySignal(signal, exitMessage);
         termination.callback(
             [signal, exitMessage](const std::string& more) { endBySignal(signal, exitMessage + more); });

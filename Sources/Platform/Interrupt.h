@@ -2,14 +2,15 @@
 
 #include <chrono>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace orvane::platform {
 
 /// Ends the process at once on SIGINT, SIGTERM and SIGHUP, with status 128 plus the signal's number and
 /// without a half-written file. Call it once, before any other thread is started. `exitMessage` is printed to
-/// standard error. A signal that was ignored when the process started stays ignored. If a disk does not
-/// answer, the process still ends and half-written files remain.
+/// standard error, on SIGINT followed by a line that says so. A signal that was ignored when the process
+/// started stays ignored. If a disk does not answer, the process still ends and half-written files remain.
 void exitOnInterrupt(std::string exitMessage);
 
 /// Sets the callback that saves what is unsaved when the process is asked to end. It is called on a thread of
@@ -29,5 +30,9 @@ void endWithoutMemory();
 /// From now on, writing to a pipe without a reader, or past the user's limit of a file's size, is an error of
 /// the write and does not end the process.
 void failRefusedWrites();
+
+/// The status of a process that a write to a pipe without a reader ended, if the descriptor is such a pipe:
+/// it is the reader that wanted no more, so nothing failed.
+std::optional<int> statusWithoutReader(int descriptor);
 
 } // namespace orvane::platform

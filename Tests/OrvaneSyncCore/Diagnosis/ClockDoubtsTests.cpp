@@ -255,6 +255,18 @@ TEST(ClockDoubts, TakesThatRepeatEachHourHideAWrongClock) {
     }
 }
 
+/// A take each half hour, and a clip on each; two were shot without sound, and sound went on after the last.
+TEST(ClockDoubts, TwoSilentClipsAmongManyWithSoundShowNoWrongClock) {
+    constexpr int clips = 30, silent = 2;
+    Shot shot;
+    for (int i = 0; i < clips; ++i)
+        shot.videos.push_back(clipAt("/B/B" + std::to_string(100 + i) + ".mov", 3600 + 1800 * i, 60));
+    for (int i = silent; i < clips + silent; ++i)
+        shot.audios.push_back(recordingAt("/S/T" + std::to_string(100 + i) + ".wav", 3590 + 1800 * i, 80));
+    shot.diagnose();
+    EXPECT_EQ(shot.count(Kind::constantOffset), 0);
+}
+
 TEST(ClockDoubts, OneRecordingThroughAllClipsIsToldByTheOnlyHourThatFits) {
     struct Case {
         const char* name;

@@ -90,7 +90,10 @@ class RepeatDoubts {
                     most = *fit;
                     best = offset;
                 }
+        // A few clips that were shot without sound among many with sound say nothing about the clock.
+        constexpr double leastGain = 0.1;
         if (best == 0 || most.clips < explanation::fewest || now.clips == 0 ||
+            most.clips - now.clips < leastGain * now.clips ||
             tries * chance::atLeast(most.clips, static_cast<int>(clips.size()), soundShare(shoot_, clips)) >
                 chance::smallest)
             return false;

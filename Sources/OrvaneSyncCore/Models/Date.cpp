@@ -1,5 +1,6 @@
 #include "OrvaneSyncCore/Models/Date.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <ctime>
@@ -168,7 +169,11 @@ Date calendar::DayStarts::of(Date date) {
     if (after != lasts_.begin())
         if (const auto& [start, last] = *std::prev(after); date <= last) return start;
     const Date start = startOfDay(date);
-    return lasts_.insert_or_assign(start, date).first->first;
+    // Absent or of another day where the clock jumps over midnight.
+    const Fields day = fields(date);
+    const auto evening = calendar::date({day.year, day.month, day.day, 23, 59, 59});
+    const bool isOfDay = evening && fields(*evening).day == day.day;
+    return lasts_.insert_or_assign(start, isOfDay ? std::max(date, *evening) : date).first->first;
 }
 
 std::optional<Date> calendar::DayStarts::of(const Day& day) {

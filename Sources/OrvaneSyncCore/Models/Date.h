@@ -45,7 +45,7 @@ class DayStarts {
     std::optional<Date> of(const Day& day);
 
   private:
-    std::map<Date, Date> lasts_; ///< key: start of a day; value: the latest moment that was asked for on it
+    std::map<Date, Date> lasts_; ///< by start of a day: its last second, or the latest that was asked for
     std::map<Day, std::optional<Date>> named_;
 };
 

@@ -10,7 +10,7 @@ namespace orvane::FilenameUtils {
 
 namespace {
 
-constexpr std::string_view separators = "_- .";
+constexpr bool isSeparator(char c) { return c == '_' || c == '-' || c == ' ' || c == '.'; }
 
 /// Whether the test holds for any word of the name. The test gets the word and the word before it, which is
 /// empty for the first.
@@ -18,9 +18,9 @@ template <class Test>
 bool anyPiece(std::string_view name, const Test& test) {
     std::string_view previous;
     while (!name.empty()) {
-        const std::size_t end = std::min(name.find_first_of(separators), name.size());
-        const std::string_view piece = name.substr(0, end);
-        name.remove_prefix(std::min(end + 1, name.size()));
+        const auto end = std::ranges::find_if(name, isSeparator);
+        const std::string_view piece(name.begin(), end);
+        name = std::string_view(end == name.end() ? end : end + 1, name.end());
         if (piece.empty()) continue;
         if (test(previous, piece)) return true;
         previous = piece;

@@ -23,10 +23,7 @@ bool hasOtherDays(const std::vector<Meeting>& meetings) {
 } // namespace
 
 OwnDays::OwnDays(const std::vector<Recording>& recordings)
-    : recordings_(recordings), hasOwnClip_(recordings.size()) {
-    for (const Recording& recording : recordings)
-        if (recording.place.day) soundDays_[folderPath(*recording.asset)].insert(*recording.place.day);
-}
+    : recordings_(recordings), hasOwnClip_(recordings.size()) {}
 
 OwnDays::Card OwnDays::cardOf(const Meeting& meeting) const {
     const Recording& recording = recordings_[meeting.recording];
@@ -51,7 +48,8 @@ void OwnDays::learn(const MediaAsset& video, const FilePlace& place, const std::
     learnCamera(video, place, meetings);
     if (!day || meetings.empty()) return;
     for (const Meeting& meeting : meetings)
-        if (!meeting.isOfOtherDay && recordings_[meeting.recording].place.day == day) {
+        if (!meeting.isOfOtherDay && !hasOwnClip_[meeting.recording] &&
+            recordings_[meeting.recording].place.day == day) {
             soundOfOwnDay_.insert(cardOf(meeting));
             hasOwnClip_[meeting.recording] = true;
         }
@@ -73,6 +71,9 @@ void OwnDays::learnCamera(const MediaAsset& video, const FilePlace& place,
 }
 
 const std::map<OwnDays::CameraName, OwnDays::Camera>& OwnDays::cameras() const {
+    if (soundDays_.empty())
+        for (const Recording& recording : recordings_)
+            if (recording.place.day) soundDays_[folderPath(*recording.asset)].insert(*recording.place.day);
     for (const Filmed& clip : std::exchange(filmed_, {})) {
         Camera& camera = cameras_[{folderPath(*clip.video), namePattern(*clip.video)}];
         if (!clip.day) {

@@ -58,7 +58,8 @@ class OwnDays {
         bool hasSound, hasOwnSound; ///< as those of HalfDay
     };
     void learnCamera(const MediaAsset& video, const FilePlace& place, const std::vector<Meeting>& meetings);
-    /// Made when the first clip needs them, as the patterns of names take most of the time of matching.
+    /// Made when the first clip needs them, as the patterns of names take most of the time of matching; then
+    /// `soundDays_` is made too.
     const std::map<CameraName, Camera>& cameras() const;
     bool isRightAbout(const Camera& camera, long day, std::string_view soundFolder) const;
     int confirmedBeside(const Card& card) const;
@@ -70,8 +71,8 @@ class OwnDays {
     std::set<Card> soundOfOwnDay_;
     mutable std::vector<Filmed> filmed_; ///< that `cameras_` does not contain yet
     mutable std::map<CameraName, Camera> cameras_;
-    std::map<std::string_view, std::set<long>> soundDays_; ///< by folder
-    std::vector<bool> hasOwnClip_;                         ///< by recording: a clip of its day meets it
+    mutable std::map<std::string_view, std::set<long>> soundDays_; ///< by folder
+    std::vector<bool> hasOwnClip_; ///< by recording: a clip of its day meets it
 };
 
 } // namespace orvane

@@ -84,8 +84,8 @@ void TimeOfDayIndex::append(const TCRange& clip, const std::vector<Recording>& r
 NeighbouringDays::NeighbouringDays(const std::vector<Recording>& recordings, const MatchRules& rules)
     : recordings_(recordings) {
     for (std::size_t i = 0; i < recordings.size(); ++i) {
-        const auto day = rules.soundDay ? starts_.of(calendarDay(*recordings[i].place.day))
-                                        : recordings[i].asset->shootDay(starts_);
+        const auto day =
+            rules.soundDay ? starts_.of(calendarDay(*recordings[i].place.day)) : recordings[i].place.shootDay;
         (day ? days_[*day] : undated_).add(recordings[i].place.range, i);
         all_.add(recordings[i].place.range, i);
         dayOf_.push_back(day);
@@ -97,7 +97,7 @@ NeighbouringDays::NeighbouringDays(const std::vector<Recording>& recordings, con
 
 std::vector<Meeting> NeighbouringDays::of(const MediaAsset& video, const FilePlace& place) {
     std::vector<Meeting> meetings;
-    const auto day = video.shootDay(starts_);
+    const auto& day = place.shootDay;
     if (!day) {
         all_.append(place.range, recordings_, false, meetings);
         if (video.headerDate) {
@@ -185,18 +185,21 @@ int DayLine::distance(std::size_t recording, long headerDay) const {
 
 WrongClocks::WrongClocks(const std::vector<Recording>& recordings, const std::vector<bool>& isMet)
     : recordings_(recordings) {
-    // By folder and day: whether a recording of the card is met.
-    std::unordered_map<std::string_view, std::map<long, bool>> cards;
+    struct Card {
+        bool isOneMet = false;
+        std::vector<std::size_t> recordings;
+    };
+    std::unordered_map<std::string_view, std::map<long, Card>> cards; // by folder and day
     for (std::size_t i = 0; i < recordings.size(); ++i)
         if (const auto day = recordings[i].place.day) {
-            bool& isOneMet = cards[folderPath(*recordings[i].asset)][*day];
-            isOneMet = isOneMet || isMet[i];
+            Card& card = cards[folderPath(*recordings[i].asset)][*day];
+            card.isOneMet = card.isOneMet || isMet[i];
+            card.recordings.push_back(i);
         }
-    for (std::size_t i = 0; i < recordings.size(); ++i) {
-        const auto day = recordings[i].place.day;
-        if (day && !cards[folderPath(*recordings[i].asset)][*day])
-            days_[*day].add(recordings[i].place.range, i);
-    }
+    for (const auto& [folder, days] : cards)
+        for (const auto& [day, card] : days)
+            if (!card.isOneMet)
+                for (const std::size_t i : card.recordings) days_[day].add(recordings[i].place.range, i);
     for (auto& [day, index] : days_) index.finish();
 }
 

@@ -144,22 +144,25 @@ std::optional<long> Places::daysBefore(Source source, const MediaAsset& asset, d
     return std::lround((range.startSeconds + *zone * zoneStepSeconds - secondOfDay) / secondsADay);
 }
 
-std::optional<long> Places::dayOf(const MediaAsset& asset, const SyncEngine::TCRange& range) {
-    const auto shootDay = asset.shootDay(starts_);
-    if (!shootDay) return std::nullopt;
-    if (!lastDay_ || lastDay_->first != *shootDay) lastDay_ = {*shootDay, dayNumber(*shootDay)};
-    const long day = lastDay_->second;
-    const auto date = asset.localCreatedDate();
-    if (!date || starts_.of(*date) != *shootDay) return day;
-    const auto named = MediaAsset::shootDateFromFilename(asset.filename);
-    if (named && starts_.of(*named) == *shootDay) return day;
-    const double second = secondOfDay(*date);
-    return day - daysBefore(sourceOf(asset), asset, second, range).value_or(0);
+long Places::numberOf(Date startOfDay) {
+    if (!lastDay_ || lastDay_->first != startOfDay) lastDay_ = {startOfDay, dayNumber(startOfDay)};
+    return lastDay_->second;
 }
 
-void Places::learn(const MediaAsset& asset) {
+void Places::findDay(const MediaAsset& asset, FilePlace& place) {
+    place.shootDay = asset.shootDay(starts_);
+    if (!place.shootDay) return;
+    place.statedDay = numberOf(*place.shootDay);
+    const auto date = asset.localCreatedDate();
+    if (!date || starts_.of(*date) != *place.shootDay) return;
+    const auto named = MediaAsset::shootDateFromFilename(asset.filename);
+    if (named && starts_.of(*named) == *place.shootDay) return;
+    *place.statedDay -= daysBefore(sourceOf(asset), asset, secondOfDay(*date), place.range).value_or(0);
+}
+
+void Places::learn(const MediaAsset& asset, const AssetPlacement& placement) {
     if (!asset.contentCreatedDate && !asset.headerDate) return;
-    const auto range = AssetPlacement(asset, rules_.timecodeRate).range();
+    const auto range = placement.range();
     if (!range) return;
     if (const auto date = asset.localCreatedDate()) learn(sourceOf(asset), asset, secondOfDay(*date), *range);
     if (asset.headerDate) learn(Source::header, asset, secondOfDay(*asset.headerDate), *range);
@@ -195,11 +198,11 @@ std::optional<long> Places::daysBeforeByZone(const MediaAsset& asset, double sec
     return std::nullopt;
 }
 
-std::optional<FilePlace> Places::of(const MediaAsset& asset) {
-    auto range = AssetPlacement(asset, rules_.timecodeRate).range();
+std::optional<FilePlace> Places::of(const MediaAsset& asset, const AssetPlacement& placement) {
+    const auto range = placement.range();
     if (!range) return std::nullopt;
-    FilePlace place;
-    place.statedDay = dayOf(asset, *range);
+    FilePlace place{.range = *range};
+    findDay(asset, place);
     place.day = asset.kind == AssetKind::audio && rules_.soundDay ? rules_.soundDay : place.statedDay;
     if (!place.day && asset.headerDate) {
         const auto before = daysBefore(Source::header, asset, secondOfDay(*asset.headerDate), *range);
@@ -209,10 +212,9 @@ std::optional<FilePlace> Places::of(const MediaAsset& asset) {
         place.isHeaderOfAZone = !before && byZone;
     }
     if (asset.kind == AssetKind::audio) {
-        range->startSeconds += rules_.soundOffsetSeconds;
-        range->endSeconds += rules_.soundOffsetSeconds;
+        place.range.startSeconds += rules_.soundOffsetSeconds;
+        place.range.endSeconds += rules_.soundOffsetSeconds;
     }
-    place.range = *range;
     return place;
 }
 
@@ -222,25 +224,29 @@ std::vector<Recording> recordingsAmong(const std::vector<MediaAsset>& audios, Pl
     takes.reserve(audios.size());
     std::vector<FilePlace> positioned;
     positioned.reserve(audios.size());
+    std::vector<AssetPlacement> placements;
+    placements.reserve(audios.size());
     platform::StopCheck check(stop);
     for (const MediaAsset& audio : audios) {
         check();
-        places.learn(audio);
+        places.learn(audio, placements.emplace_back(places.placementOf(audio)));
     }
-    for (const MediaAsset& audio : audios) {
+    std::size_t kept = 0; // of `placements`
+    for (std::size_t i = 0; i < audios.size(); ++i) {
         check();
-        if (audio.isAtmo()) continue;
-        const auto place = places.of(audio);
+        if (audios[i].isAtmo()) continue;
+        const auto place = places.of(audios[i], placements[i]);
         if (!place) continue;
-        takes.push_back(audio);
+        takes.push_back(audios[i]);
         positioned.push_back(*place);
+        placements[kept++] = placements[i];
     }
     if (const auto given = places.rules().soundDay) giveDay(positioned, *given);
     std::vector<Recording> recordings;
     recordings.reserve(takes.size());
     for (auto& take : Shared<MediaAsset>::together(std::move(takes))) {
-        const AssetPlacement placement(*take, places.rules().timecodeRate);
-        recordings.push_back({std::move(take), positioned[recordings.size()], placement});
+        const std::size_t i = recordings.size();
+        recordings.push_back({std::move(take), positioned[i], placements[i]});
     }
     return recordings;
 }

@@ -32,6 +32,7 @@ struct FilePlace {
     /// clock of another time zone. `headerDay` is then the day on which the two are nearest.
     bool isHeaderOfAZone = false;
     std::optional<long> statedDay = {}; ///< as `day`, but as the file states it, without corrections
+    std::optional<Date> shootDay = {};  ///< `MediaAsset::shootDay`
 
     /// The day of the file, else of a header that agrees with the timecode.
     std::optional<long> knownDay() const { return day || !isHeaderClose ? day : headerDay; }
@@ -51,8 +52,14 @@ class Places {
 
     /// Collects the dates of a card's files, which together show whether they count another time zone than
     /// the timecode. Must be called for all files before the first `of`.
-    void learn(const MediaAsset& asset);
-    std::optional<FilePlace> of(const MediaAsset& asset);
+    void learn(const MediaAsset& asset) { learn(asset, placementOf(asset)); }
+    std::optional<FilePlace> of(const MediaAsset& asset) { return of(asset, placementOf(asset)); }
+    /// The same, for a caller that keeps the placement, which is `placementOf` of the asset.
+    void learn(const MediaAsset& asset, const AssetPlacement& placement);
+    std::optional<FilePlace> of(const MediaAsset& asset, const AssetPlacement& placement);
+    AssetPlacement placementOf(const MediaAsset& asset) const {
+        return AssetPlacement(asset, rules_.timecodeRate);
+    }
     /// For a recording without a start: the clip time of the midnight at which the recording's day begins,
     /// seconds from the first picture. The count of a recording that began at that midnight looks like that
     /// of a recorder that does not know the time. Absent if the two would not overlap, if a day is not known,
@@ -79,7 +86,9 @@ class Places {
 
     static Source sourceOf(const MediaAsset& asset);
     void learn(Source source, const MediaAsset& asset, double secondOfDay, const SyncEngine::TCRange& range);
-    std::optional<long> dayOf(const MediaAsset& asset, const SyncEngine::TCRange& range);
+    /// Sets the days of the place, whose range is known.
+    void findDay(const MediaAsset& asset, FilePlace& place);
+    long numberOf(Date startOfDay);
     /// How many days before the day of that date the file began, by the date's time of day: in the timecode's
     /// time zone, else in that of the card. Absent if date and timecode are unrelated.
     std::optional<long> daysBefore(Source source, const MediaAsset& asset, double secondOfDay,

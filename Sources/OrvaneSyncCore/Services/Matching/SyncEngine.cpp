@@ -156,13 +156,16 @@ SyncGroupList SyncEngine::match(const std::vector<MediaAsset>& videos, const std
                                 const SyncGroupList* shoot) const {
     Places places(rules);
     const auto recordings = recordingsAmong(audios, places, stop);
-    std::vector<std::optional<FilePlace>> placed;
-    placed.reserve(videos.size());
+    std::vector<AssetPlacement> placements;
+    placements.reserve(videos.size());
+    for (const MediaAsset& video : videos) placements.push_back(places.placementOf(video));
     if (shoot != nullptr)
         for (const SyncGroup& group : *shoot) places.learn(group.video);
     else
-        for (const MediaAsset& video : videos) places.learn(video);
-    for (const MediaAsset& video : videos) placed.push_back(places.of(video));
+        for (std::size_t i = 0; i < videos.size(); ++i) places.learn(videos[i], placements[i]);
+    std::vector<std::optional<FilePlace>> placed;
+    placed.reserve(videos.size());
+    for (std::size_t i = 0; i < videos.size(); ++i) placed.push_back(places.of(videos[i], placements[i]));
     std::vector<const MediaAsset*> others; // videos that are already matched
     if (shoot != nullptr) {
         std::unordered_set<UUID> own;

@@ -149,6 +149,12 @@ std::optional<UChar32> firstCodePoint(std::string_view text) {
     return first < 0 ? std::nullopt : std::optional(first);
 }
 
+/// Whether an ASCII character is white space; absent for a byte of another character.
+std::optional<bool> isASCIIBlank(char c) {
+    if (static_cast<unsigned char>(c) >= 0x80U) return std::nullopt;
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
 template <class Number>
 std::optional<Number> decimal(std::string_view text) {
     if (text.starts_with('+')) {
@@ -324,11 +330,21 @@ std::optional<std::string> strictlyDecoded(std::string_view bytes, Encoding enco
 
 std::string_view trimmed(std::string_view text) {
     while (!text.empty()) {
+        if (const auto isBlank = isASCIIBlank(text.front())) {
+            if (!*isBlank) break;
+            text.remove_prefix(1);
+            continue;
+        }
         std::size_t next = 0;
         if (!u_isUWhiteSpace(nextCharacter(text, next))) break;
         text.remove_prefix(next);
     }
     while (!text.empty()) {
+        if (const auto isBlank = isASCIIBlank(text.back())) {
+            if (!*isBlank) break;
+            text.remove_suffix(1);
+            continue;
+        }
         // A character has four bytes at most: the decoder need not get more, and counts in 32 bits.
         const std::string_view tail = text.substr(text.size() - std::min<std::size_t>(text.size(), 4));
         auto end = static_cast<std::int32_t>(tail.size());

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <string>
 #include <utility>
 
@@ -17,16 +18,23 @@ using Files = std::vector<std::size_t>;
 /// of their starts, of the day on which a card began or follow it with pauses of hours. `placeOf` returns the
 /// place of a file.
 template <class PlaceOf>
-std::vector<Card> nightsOf(const std::string& folder, Files files, const PlaceOf& placeOf) {
-    const auto rangeOf = [&](std::size_t file) { return onLine(placeOf(file)); };
-    std::ranges::stable_sort(files, {}, [&](std::size_t file) {
-        return std::pair(placeOf(file).day.has_value(), rangeOf(file).startSeconds);
-    });
+std::vector<Card> nightsOf(const std::string& folder, const Files& files, const PlaceOf& placeOf) {
+    struct Placed {
+        std::size_t file;
+        std::optional<long> day;
+        SyncEngine::TCRange range;
+    };
+    std::vector<Placed> placed;
+    placed.reserve(files.size());
+    for (const std::size_t file : files) {
+        const FilePlace place = placeOf(file);
+        placed.push_back({file, place.day, onLine(place)});
+    }
+    std::ranges::stable_sort(
+        placed, {}, [](const Placed& one) { return std::pair(one.day.has_value(), one.range.startSeconds); });
     std::vector<Card> cards;
     double endsAt = 0; // of the last card
-    for (const std::size_t file : files) {
-        const auto day = placeOf(file).day;
-        const SyncEngine::TCRange range = rangeOf(file);
+    for (const auto& [file, day, range] : placed) {
         const bool isOfLast =
             !cards.empty() && cards.back().day.has_value() == day.has_value() &&
             (cards.back().day == day || range.startSeconds - endsAt <= longestPauseOfANight);
@@ -94,21 +102,25 @@ FilePlace RecordersCards::placeOf(std::size_t file) const {
     return place;
 }
 
-std::vector<Card> RecordersCards::nights(const std::string& folder, Files files) const {
-    std::vector<Card> result =
-        nightsOf(folder, std::move(files), [&](std::size_t file) { return placeOf(file); });
+std::vector<Card> RecordersCards::nights(const std::string& folder, const Files& files) const {
+    std::vector<Card> result = nightsOf(folder, files, [&](std::size_t file) { return placeOf(file); });
     for (Card& card : result) keepOneOfATake(card.files);
     return result;
 }
 
 void RecordersCards::keepOneOfATake(Files& files) const {
-    const auto rangeOf = [&](std::size_t file) {
+    using Rounded = std::pair<std::pair<double, double>, std::size_t>; // seconds, and the file
+    std::vector<Rounded> placed;
+    placed.reserve(files.size());
+    for (const std::size_t file : files) {
         const SyncEngine::TCRange range = onLine(placeOf(file));
-        return std::pair(std::round(range.startSeconds), std::round(range.endSeconds));
-    };
-    std::ranges::stable_sort(files, {}, rangeOf);
-    const auto copies = std::ranges::unique(files, {}, rangeOf);
-    files.erase(copies.begin(), copies.end());
+        placed.push_back({{std::round(range.startSeconds), std::round(range.endSeconds)}, file});
+    }
+    std::ranges::stable_sort(placed, {}, &Rounded::first);
+    const auto copies = std::ranges::unique(placed, {}, &Rounded::first);
+    placed.erase(copies.begin(), copies.end());
+    files.clear();
+    std::ranges::transform(placed, std::back_inserter(files), &Rounded::second);
 }
 
 int RecordersCards::countOf(const Files& files, const std::vector<bool>& those) const {
@@ -122,15 +134,21 @@ bool RecordersCards::fitsFewClips(const Card& card) const {
 /// Divides the files by the first mark that separates those that fit clips from those that do not; empty if
 /// no mark does.
 std::vector<Card> RecordersCards::byRecorder(const std::string& folder, const Files& files) const {
+    const auto assetOf = [&](std::size_t file) -> const MediaAsset& {
+        return *shoot_.recordings[file].asset;
+    };
     for (const RecorderMark::By by : RecorderMark::all) {
+        if (std::ranges::all_of(files, [&](std::size_t file) {
+                return RecorderMark::areEqual(assetOf(files.front()), assetOf(file), by);
+            }))
+            continue;
         std::map<std::string, Files> recorders;
         for (const std::size_t file : files)
-            recorders[RecorderMark::of(*shoot_.recordings[file].asset, by).value].push_back(file);
-        if (recorders.size() < 2) continue;
+            recorders[RecorderMark::of(assetOf(file), by).value].push_back(file);
         std::vector<Card> result;
         bool hasFitting = false, hasUnfitting = false;
-        for (auto& [value, own] : recorders)
-            for (Card& card : nights(folder, std::move(own))) {
+        for (const auto& [value, own] : recorders)
+            for (Card& card : nights(folder, own)) {
                 card.recorder = RecorderMark{by, value};
                 if (std::cmp_greater_equal(card.files.size(), explanation::fewest))
                     (fitsFewClips(card) ? hasUnfitting : hasFitting) = true;
@@ -153,8 +171,8 @@ std::vector<Card> camerasCards(const Shoot& shoot) {
     for (std::size_t i = 0; i < shoot.clips.size(); ++i)
         if (shoot.clips[i].place) folders[std::string(folderOf(shoot.clips[i].group->video))].push_back(i);
     std::vector<Card> result;
-    for (auto& [folder, files] : folders)
-        for (Card& card : nightsOf(folder, std::move(files), placeOf)) {
+    for (const auto& [folder, files] : folders)
+        for (Card& card : nightsOf(folder, files, placeOf)) {
             std::ranges::sort(card.files);
             result.push_back(std::move(card));
         }

@@ -48,7 +48,7 @@ class RecordersCards {
 
   private:
     using Files = std::vector<std::size_t>;
-    std::vector<Card> nights(const std::string& folder, Files files) const;
+    std::vector<Card> nights(const std::string& folder, const Files& files) const;
     void keepOneOfATake(Files& files) const;
     std::vector<Card> byRecorder(const std::string& folder, const Files& files) const;
     FilePlace placeOf(std::size_t file) const;

@@ -137,7 +137,8 @@ void DatedSound::findOfOwnDay() {
     for (const Shoot::Clip& clip : shoot_.clips) {
         if (!clip.place || !clip.primary || !clip.isCovered) continue;
         const Recording& sound = shoot_.recordings[*clip.primary];
-        if (!sound.place.day || sound.place.day != clip.likelyDay() || suspected.contains(kindOf(sound)))
+        if (!sound.place.day || sound.place.day != clip.likelyDay() ||
+            (!suspected.empty() && suspected.contains(kindOf(sound))))
             continue;
         isOfOwnDay[shoot_.wholes.firstOf[*clip.primary]] = true;
         cardsOfOwnDay_.emplace(folderOf(*sound.asset), *sound.place.day);

@@ -75,19 +75,14 @@ const AudioMatch* shownBy(const Shoot& shoot, const Shoot::Clip& clip) {
 
 std::map<std::string_view, CameraUnit> cameraUnitsOf(const Shoot& shoot) {
     std::map<std::string_view, CameraUnit> cameras;
-    std::map<std::pair<std::string_view, std::string_view>, UnitNearness> known; // of two folders
-    const auto nearnessOf = [&](const MediaAsset& clip, const MediaAsset& recording) {
-        const auto [place, isNew] = known.try_emplace({folderOf(clip), folderOf(recording)});
-        if (isNew) place->second = UnitNearness::of(clip, recording);
-        return place->second;
-    };
+    NearnessOfFolders folders;
     for (const Shoot::Clip& clip : shoot.clips) {
         const SyncGroup& group = *clip.group;
         if (group.audioMatches.empty() || group.isExcludedFromExport) continue;
         CameraUnit& camera = cameras[folderOf(group.video)];
         camera.clips.push_back(&clip);
         for (const AudioMatch& match : group.audioMatches) {
-            const auto nearness = nearnessOf(group.video, *match.audio);
+            const auto nearness = folders.of(group.video, *match.audio);
             if (!camera.nearest.empty() && nearness <= camera.nearness) continue;
             camera.nearest = folderOf(*match.audio);
             camera.nearness = nearness;
@@ -97,7 +92,7 @@ std::map<std::string_view, CameraUnit> cameraUnitsOf(const Shoot& shoot) {
         for (const Shoot::Clip* clip : camera.clips) {
             const SyncGroup& group = *clip->group;
             const auto nearness = [&](const AudioMatch& match) {
-                return nearnessOf(group.video, *match.audio);
+                return folders.of(group.video, *match.audio);
             };
             const auto [furthest, nearest] = std::ranges::minmax(group.audioMatches, {}, nearness);
             // A clip without a choice between the folders shows something only if the editor made it.

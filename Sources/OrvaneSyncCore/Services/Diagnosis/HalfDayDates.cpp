@@ -15,6 +15,7 @@
 #include <map>
 #include <set>
 #include <utility>
+#include <vector>
 
 namespace orvane {
 
@@ -48,7 +49,7 @@ class HalfDayDates {
   private:
     using Recordings = std::vector<std::size_t>;
     struct Fit {
-        std::set<const Shoot::Clip*> clips = {};
+        std::vector<const Shoot::Clip*> clips = {};      ///< in their order
         std::set<std::pair<long, long>> recordings = {}; ///< day and start: channels count once
     };
 
@@ -75,7 +76,7 @@ class HalfDayDates {
             const auto cover = covers.find(*clip->likelyDay());
             const auto found = cover != covers.end() ? cover->second.of(clip->place->range) : std::nullopt;
             if (!found) continue;
-            fit.clips.insert(clip);
+            fit.clips.push_back(clip);
             fit.recordings.emplace(*placeOf(*found).day, std::lround(placeOf(*found).range.startSeconds));
         }
         return fit;
@@ -117,6 +118,11 @@ class HalfDayDates {
                  const Recordings& others) {
         const auto clips = clipsOf(folder, isMorning);
         const Fit now = fitOf(clips, recordings, 0);
+        constexpr double clearly = 1.5;
+        const auto isClearly = [](std::size_t more, std::size_t less) {
+            return static_cast<double>(more) >= clearly * static_cast<double>(less);
+        };
+        if (!isClearly(clips.size(), now.clips.size())) return; // no other day fits clearly more clips
         long days = 1;
         Fit moved = fitOf(clips, recordings, days);
         if (Fit other = fitOf(clips, recordings, -1); other.clips.size() > moved.clips.size()) {
@@ -125,10 +131,6 @@ class HalfDayDates {
         }
         // Most clips of days at the same hours fit whatever day is tried, by the same recordings. A day that
         // is right loses no sound.
-        constexpr double clearly = 1.5;
-        const auto isClearly = [](std::size_t more, std::size_t less) {
-            return static_cast<double>(more) >= clearly * static_cast<double>(less);
-        };
         if (moved.clips.size() < 2 * fewestOfADate || !isClearly(moved.clips.size(), now.clips.size()) ||
             !std::ranges::includes(moved.clips, now.clips) ||
             !isClearly(moved.recordings.size(), now.recordings.size()) ||

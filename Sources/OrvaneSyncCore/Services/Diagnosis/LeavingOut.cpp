@@ -50,12 +50,16 @@ std::string shapeOf(std::string_view name) {
 /// Names that differ only in their digits have one shape.
 std::map<std::string, Paths> byShape(const Paths& files) {
     std::map<std::string, Paths> sameDigits; // by the names with zeros for all digits
-    std::string form;
+    Paths* last = nullptr;                   // most names have the form of the one before
     for (const std::string_view file : files) {
-        form = lastName(file);
-        for (char& c : form)
-            if (c >= '0' && c <= '9') c = '0';
-        sameDigits[form].push_back(file);
+        const std::string_view name = lastName(file);
+        if (last == nullptr || !haveOneForm(lastName(last->back()), name)) {
+            std::string form(name);
+            for (char& c : form)
+                if (c >= '0' && c <= '9') c = '0';
+            last = &sameDigits[form];
+        }
+        last->push_back(file);
     }
     std::map<std::string, Paths> shapes;
     for (const auto& [name, alike] : sameDigits) {
@@ -135,13 +139,16 @@ std::optional<LeavingOut::Options> LeavingOut::of(const std::function<bool(const
     std::map<std::pair<std::size_t, std::string_view>, Paths>
         mixed; // in other folders: by the folder and the end of the name
     std::vector<std::string_view> highest(shoot_.folders.size());
+    auto latest = mixed.end(); // where the file before is; most are of its folder and have its ending
     for (const Shoot::File* file : left) {
         const std::string_view path = file->asset->url.path;
         if (holdsKept[file->folder]) {
             const std::string_view name = lastName(path);
             const std::size_t point = name.rfind('.');
             if (point == std::string_view::npos) return std::nullopt;
-            mixed[{file->folder, name.substr(point)}].push_back(path);
+            const std::pair place(file->folder, name.substr(point));
+            if (latest == mixed.end() || latest->first != place) latest = mixed.try_emplace(place).first;
+            latest->second.push_back(path);
             continue;
         }
         std::string_view& folder = highest[file->folder];
@@ -154,12 +161,13 @@ std::optional<LeavingOut::Options> LeavingOut::of(const std::function<bool(const
         whole[folder].push_back(path);
     }
     Options options;
-    const auto propose = [&](const std::string& pattern, const Paths& meant) {
+    // `reachable`: those of the files to keep that the pattern may fit.
+    const auto propose = [&](Paths& reachable, const std::string& pattern, const Paths& meant) {
         platform::throwIfStopped(shoot_.stop);
         const PassedOver trial(roots_, pattern);
         const auto isPassedOver = [&](std::string_view path) { return trial.leavesOut(path); };
-        if (const auto wrong = std::ranges::find_if(kept, isPassedOver); wrong != kept.end()) {
-            std::swap(*wrong, kept.front()); // it often refutes the next pattern as well
+        if (const auto wrong = std::ranges::find_if(reachable, isPassedOver); wrong != reachable.end()) {
+            std::swap(*wrong, reachable.front()); // it often refutes the next pattern as well
             return false;
         }
         if (!std::ranges::all_of(meant, isPassedOver)) return false;
@@ -182,8 +190,8 @@ std::optional<LeavingOut::Options> LeavingOut::of(const std::function<bool(const
         if (!path || path->empty()) return std::nullopt;
         const std::string pattern = path->substr(0, path->size() - 1);
         // A pattern of a name alone works below every folder of the scan.
-        if (!propose(std::string(lastName(pattern)), files) &&
-            !propose(pattern.find('/') == std::string::npos ? "./" + pattern : pattern, files))
+        if (!propose(kept, std::string(lastName(pattern)), files) &&
+            !propose(kept, pattern.find('/') == std::string::npos ? "./" + pattern : pattern, files))
             return std::nullopt;
     }
     for (const auto& [place, files] : mixed) {
@@ -191,11 +199,19 @@ std::optional<LeavingOut::Options> LeavingOut::of(const std::function<bool(const
         const auto path = below(shoot_.folders[folder]);
         if (!path) return std::nullopt;
         const std::string own = path->empty() ? "./" : *path;
-        if (propose(own + "*" + escapedInPattern(ending), files)) continue;
+        // Below one root, a pattern that begins with a folder's name fits files in this folder only.
+        const std::string_view in = shoot_.folders[folder];
+        Paths reachable = kept;
+        if (roots_.size() == 1 && *path == in.substr(roots_.front().size()))
+            std::erase_if(reachable, [&](std::string_view file) { return !file.starts_with(in); });
+        const auto proposeHere = [&](const std::string& pattern, const Paths& meant) {
+            return propose(reachable, pattern, meant);
+        };
+        if (proposeHere(own + "*" + escapedInPattern(ending), files)) continue;
         const auto proposeBeginning = [&](const Paths& alike) {
             const std::string_view stem = commonStem(alike, ending);
             return !stem.empty() &&
-                   propose(own + escapedInPattern(stem) + "*" + escapedInPattern(ending), alike);
+                   proposeHere(own + escapedInPattern(stem) + "*" + escapedInPattern(ending), alike);
         };
         if (proposeBeginning(files)) continue;
         constexpr std::size_t most = 4;
@@ -203,30 +219,30 @@ std::optional<LeavingOut::Options> LeavingOut::of(const std::function<bool(const
         const auto shapes = byShape(files);
         if (shapes.size() <= most && std::ranges::all_of(shapes, [&](const auto& entry) {
                 const auto& [shape, alike] = entry;
-                return propose(own + shape, alike) || proposeBeginning(alike);
+                return proposeHere(own + shape, alike) || proposeBeginning(alike);
             }))
             continue;
         options.globs.resize(before);
         // Neighbours by number: a few are named, more are left out as those before or after the others.
         constexpr std::size_t mostNames = 4;
         if (files.size() <= mostNames && std::ranges::all_of(files, [&](std::string_view file) {
-                return propose(own + escapedInPattern(lastName(file)), {file});
+                return proposeHere(own + escapedInPattern(lastName(file)), {file});
             }))
             continue;
         options.globs.resize(before);
         if (options.count() >= mostByNumber) return std::nullopt;
+        Paths sorted = files;
+        if (!std::ranges::is_sorted(sorted)) std::ranges::sort(sorted);
+        const auto nameOf = [&](std::string_view file) { return file.substr(in.size()); };
         Paths names, others;
-        for (const std::string_view file : files) names.push_back(lastName(file));
-        for (const std::string_view file : kept)
-            if (isDirectlyIn(shoot_.folders[folder], file) && file.ends_with(ending))
-                others.push_back(lastName(file));
+        for (const std::string_view file : sorted) names.push_back(nameOf(file));
+        for (const std::string_view file : reachable)
+            if (isDirectlyIn(in, file) && file.ends_with(ending)) others.push_back(nameOf(file));
         const auto ranges = numberRanges(names, others, mostByNumber - options.count());
         if (ranges.empty() || !std::ranges::all_of(ranges, [&](const NumberRange& range) {
                 Paths meant;
-                std::ranges::copy_if(files, std::back_inserter(meant), [&](std::string_view file) {
-                    return std::ranges::binary_search(range.names, lastName(file));
-                });
-                return propose(own + range.pattern, meant);
+                std::ranges::set_intersection(sorted, range.names, std::back_inserter(meant), {}, nameOf);
+                return proposeHere(own + range.pattern, meant);
             }))
             return std::nullopt;
     }

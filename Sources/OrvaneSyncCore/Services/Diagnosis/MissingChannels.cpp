@@ -68,6 +68,8 @@ void addEmptyFiles(const Shoot& shoot, std::map<std::string_view, NumberedCard>&
 /// A number that is missing in the take although another take of its card has it. The armed channels change
 /// from take to take, so absent if another take has exactly these numbers.
 std::optional<int> missingNumber(const NumberedTake& take, const NumberedCard& card) {
+    const std::size_t countedFromOne = take.numbers.size() - take.numbers.count(0);
+    if (std::cmp_equal(countedFromOne, *take.numbers.rbegin())) return std::nullopt; // none is missing
     const auto alike = std::ranges::count_if(
         card, [&](const auto& other) { return other.second.isTake && other.second.numbers == take.numbers; });
     if (alike > 1) return std::nullopt;

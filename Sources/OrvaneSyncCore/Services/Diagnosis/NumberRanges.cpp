@@ -15,7 +15,7 @@ namespace {
 constexpr const char* anyDigit = "[0-9]";
 constexpr char zero = '0', nine = '9';
 
-bool isDigit(char c) { return c >= zero && c <= nine; }
+constexpr bool isDigit(char c) { return c >= zero && c <= nine; }
 
 std::string times(std::size_t count, const char* text) {
     std::string result;
@@ -124,7 +124,7 @@ std::vector<NumberRange> rangesBy(const Alike& names, std::size_t chosen, const 
                                                   std::ranges::upper_bound(own, greatest, {}, numberOf));
             if (fitting.empty()) continue;
             if (result.size() == most) return {};
-            std::ranges::sort(fitting);
+            if (!std::ranges::is_sorted(fitting)) std::ranges::sort(fitting);
             result.push_back({patternAt(chosen, pattern, own.front(), places), std::move(fitting)});
         }
         first = last;
@@ -134,13 +134,26 @@ std::vector<NumberRange> rangesBy(const Alike& names, std::size_t chosen, const 
 
 } // namespace
 
+bool haveOneForm(std::string_view a, std::string_view b) {
+    return std::ranges::equal(a, b, [](char x, char y) { return x == y || (isDigit(x) && isDigit(y)); });
+}
+
 std::vector<NumberRange> numberRanges(const std::vector<std::string_view>& names,
                                       const std::vector<std::string_view>& others, std::size_t most) {
     std::map<std::string, Alike> forms;
-    for (const std::string_view name : names) forms[formOf(name)].own.push_back(name);
-    for (const std::string_view name : others)
-        if (const auto known = forms.find(formOf(name)); known != forms.end())
-            known->second.others.push_back(name);
+    Alike* last = nullptr; // most names have the form of the one before
+    for (const std::string_view name : names) {
+        if (last == nullptr || !haveOneForm(last->own.back(), name)) last = &forms[formOf(name)];
+        last->own.push_back(name);
+    }
+    for (const std::string_view name : others) {
+        if (last == nullptr || !haveOneForm(last->own.back(), name)) {
+            const auto known = forms.find(formOf(name));
+            if (known == forms.end()) continue;
+            last = &known->second;
+        }
+        last->others.push_back(name);
+    }
     std::vector<NumberRange> result;
     for (const auto& [form, alike] : forms) {
         const std::vector<Place> places = numbersIn(form);

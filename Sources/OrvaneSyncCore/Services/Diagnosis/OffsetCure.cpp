@@ -7,8 +7,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
 #include <set>
+#include <unordered_set>
+#include <vector>
 
 namespace orvane {
 
@@ -50,7 +51,7 @@ std::optional<CureScan> OffsetCure::scanOfRecordings(const Card& card, bool isPa
                                                      const std::set<std::string_view>& cameras) const {
     // Only their order distinguishes such recordings from those that are right.
     if (isPart) {
-        std::set<UUID> own;
+        std::unordered_set<UUID> own;
         for (const std::size_t file : card.files) own.insert(shoot_.recordings[file].asset->id);
         const auto isOther = [&](const MediaAsset& file) {
             return file.kind == AssetKind::audio && !own.contains(file.id);
@@ -67,21 +68,28 @@ std::optional<CureScan> OffsetCure::scanOfRecordings(const Card& card, bool isPa
 }
 
 std::set<std::string_view> OffsetCure::camerasOfUnit(const Card& card) const {
-    std::map<std::string_view, const MediaAsset*> own, other; // of sound, one file for each folder
-    for (const Recording& recording : shoot_.recordings)
-        (isOn(card, shoot_, *recording.asset) ? own : other)
-            .try_emplace(folderOf(*recording.asset), &*recording.asset);
-    const auto nearest = [](const MediaAsset& clip, const auto& folders) {
+    // One file of each folder that has such files.
+    std::vector<const MediaAsset*> own(shoot_.folders.size()), other(own);
+    for (std::size_t i = 0; i < shoot_.recordings.size(); ++i) {
+        const std::size_t folder = shoot_.recordingFolders[i];
+        if (own[folder] != nullptr && other[folder] != nullptr) continue;
+        const MediaAsset& recording = *shoot_.recordings[i].asset;
+        (isOn(card, shoot_, recording) ? own : other)[folder] = &recording;
+    }
+    const auto nearest = [](const MediaAsset& clip, const std::vector<const MediaAsset*>& sounds) {
         UnitNearness best;
-        for (const auto& [folder, file] : folders) best = std::max(best, UnitNearness::of(clip, *file));
+        for (const MediaAsset* sound : sounds)
+            if (sound != nullptr) best = std::max(best, UnitNearness::of(clip, *sound));
         return best;
     };
     std::set<std::string_view> kept;
     bool hasCameras = false, hasOtherUnit = false;
-    for (const Shoot::Clip& clip : shoot_.clips) {
-        const MediaAsset& video = clip.group->video;
+    std::vector<bool> isKnown(shoot_.folders.size());
+    for (std::size_t i = 0; i < shoot_.clips.size(); ++i) {
+        if (isKnown[shoot_.files[i].folder]) continue;
+        isKnown[shoot_.files[i].folder] = true;
+        const MediaAsset& video = shoot_.clips[i].group->video;
         const std::string_view folder = folderOf(video);
-        if (kept.contains(folder)) continue;
         const auto toOwn = nearest(video, own), toOther = nearest(video, other);
         hasCameras = hasCameras || toOwn > toOther;
         if (toOwn < toOther)
@@ -119,7 +127,7 @@ std::optional<CureScan> OffsetCure::scanOfClips(const Card& card) const {
 std::optional<CureScan> OffsetCure::scanOfClipsBetween(const Shoot::Clip& first, const Shoot::Clip& last,
                                                        const Card* sound) const {
     const std::string_view folder = folderOf(first.group->video);
-    std::set<UUID> own;
+    std::unordered_set<UUID> own;
     for (const Shoot::Clip& clip : shoot_.clips)
         if (&clip >= &first && &clip <= &last && folderOf(clip.group->video) == folder)
             own.insert(clip.group->video.id);

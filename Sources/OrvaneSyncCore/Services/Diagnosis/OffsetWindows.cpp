@@ -9,6 +9,7 @@
 #include <optional>
 #include <set>
 #include <utility>
+#include <vector>
 
 namespace orvane {
 
@@ -78,10 +79,16 @@ NicestOffset nicest(const std::vector<OffsetWindow>& windows, std::size_t clipCo
     std::optional<double> nice;
     OffsetFit most{static_cast<int>(std::ceil(nearlyAll * best.depth)), 0};
     constexpr int days = 2, hours = 24;
-    for (const double step : {anHour, hourOfLabels, anHour / 2, hourOfLabels / 2})
+    const double first = std::ranges::min(windows, {}, &OffsetWindow::first).first,
+                 last = std::ranges::max(windows, {}, &OffsetWindow::last).last;
+    std::vector<std::pair<double, int>> steps{{anHour, 1}, {hourOfLabels, 1}, {anHour, 2}, {hourOfLabels, 2}};
+    if (hourOfLabels == anHour) steps = {{anHour, 1}, {anHour, 2}};
+    for (const auto& [hour, parts] : steps)
         for (int count = -days * hours; count <= days * hours; ++count) {
-            const double offset = count * step;
-            if (count == 0) continue;
+            const double offset = count * (hour / parts);
+            // An even number of half hours was tried as whole hours.
+            const bool isKnown = parts == 2 ? count % 2 == 0 : count == 0;
+            if (isKnown || offset < first || offset > last) continue;
             const OffsetFit fit = fitAt(windows, clipCount, offset);
             const bool isNear = std::abs(offset - best.seconds) <= best.widthSeconds / 2 + nearSeconds;
             if (fit.depth < most.depth || (fit.depth < best.depth && !isNear)) continue;

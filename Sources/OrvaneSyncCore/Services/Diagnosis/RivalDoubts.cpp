@@ -296,7 +296,7 @@ class SoundUnits {
         for (const Shoot::Clip& clip : shoot.clips) {
             if (!clip.primary || !clip.place) continue;
             const MediaAsset& sound = *shoot.recordings[*clip.primary].asset;
-            const auto nearness = UnitNearness::of(clip.group->video, sound);
+            const auto nearness = folders_.of(clip.group->video, sound);
             cameras_[folderOf(clip.group->video)].push_back(nearness);
             const SyncEngine::TCRange range = likelyRange(clip);
             const auto [known, isNew] = units_.try_emplace(folderOf(sound), Unit{nearness, range});
@@ -312,7 +312,7 @@ class SoundUnits {
     bool isOfOthers(const MediaAsset& recording, const Shoot::Clip& clip) const {
         const auto unit = units_.find(folderOf(recording));
         return unit != units_.end() && clip.place &&
-               unit->second.nearest > UnitNearness::of(clip.group->video, recording) &&
+               unit->second.nearest > folders_.of(clip.group->video, recording) &&
                SyncEngine::overlapDuration(unit->second.hours, likelyRange(clip));
     }
     /// Whether most clips of that camera have sound that is nearer to them.
@@ -329,6 +329,7 @@ class SoundUnits {
         SyncEngine::TCRange hours; ///< of the clips at this nearness
     };
 
+    mutable NearnessOfFolders folders_;
     std::map<std::string_view, Unit> units_; ///< by folder of the sound
     /// Nearness of each clip's sound, by folder of the clips.
     std::map<std::string_view, std::vector<UnitNearness>> cameras_;

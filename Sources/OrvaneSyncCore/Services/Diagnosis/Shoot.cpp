@@ -144,7 +144,13 @@ void Shoot::listFiles() {
         number = folders.size();
         folders.push_back(folder);
     }
-    for (File& file : files) file.folder = numbers.at(folderWithSlash(file));
+    recordingFolders.reserve(recordings.size());
+    for (File& file : files) {
+        file.folder = numbers.at(folderWithSlash(file));
+        const std::size_t next = recordingFolders.size(); // both lists have one order
+        if (next < recordings.size() && recordings[next].asset->id == file.asset->id)
+            recordingFolders.push_back(file.folder);
+    }
 }
 
 std::vector<bool> Shoot::usedWholes() const {

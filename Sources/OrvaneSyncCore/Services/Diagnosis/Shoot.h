@@ -63,9 +63,10 @@ struct Shoot {
         const MediaAsset* asset;
         std::size_t folder; ///< index in `folders`
     };
-    std::vector<File> files;               ///< the clips', then the recordings
-    std::vector<std::string_view> folders; ///< that have files directly in them; sorted by bytes, with a
-                                           ///< slash at the end
+    std::vector<File> files;                   ///< the clips', then the recordings
+    std::vector<std::string_view> folders;     ///< that have files directly in them; sorted by bytes, with a
+                                               ///< slash at the end
+    std::vector<std::size_t> recordingFolders; ///< by number of a recording: index in `folders`
 
     std::string nameOf(const MediaAsset& asset) const { return "'" + input.names.of(asset) + "'"; }
 

@@ -22,21 +22,27 @@ RecorderMark RecorderMark::of(const MediaAsset& recording, By by) {
     return {by, namePattern(recording)};
 }
 
+bool RecorderMark::areEqual(const MediaAsset& a, const MediaAsset& b, By by) {
+    // Most are equal, which needs no texts.
+    if (by == By::originator && a.bextOriginator == b.bextOriginator) return true;
+    if (by == By::layout && a.channelCount == b.channelCount && a.sampleRate == b.sampleRate) return true;
+    return of(a, by).isOn(b);
+}
+
 bool areOfOneRecorder(const MediaAsset& a, const MediaAsset& b) {
     return folderPath(a) == folderPath(b) && std::ranges::all_of(RecorderMark::all, [&](RecorderMark::By by) {
-               return RecorderMark::of(a, by).isOn(b);
+               return RecorderMark::areEqual(a, b, by);
            });
 }
 
 std::string namePattern(const MediaAsset& file) {
-    std::string pattern;
-    for (const char c : file.normalizedName()) {
+    std::string pattern = file.normalizedName();
+    std::size_t size = 0; // of the beginning that is done, never ahead of the character that is read
+    for (const char c : pattern) {
         const bool isDigit = c >= '0' && c <= '9';
-        if (!isDigit)
-            pattern += c;
-        else if (pattern.empty() || pattern.back() != '#')
-            pattern += '#';
+        if (!isDigit || size == 0 || pattern[size - 1] != '#') pattern[size++] = isDigit ? '#' : c;
     }
+    pattern.resize(size);
     return pattern;
 }
 

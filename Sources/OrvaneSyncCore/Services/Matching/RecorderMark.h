@@ -19,6 +19,7 @@ struct RecorderMark {
 
     static RecorderMark of(const MediaAsset& recording, By by);
     bool isOn(const MediaAsset& recording) const { return of(recording, by) == *this; }
+    static bool areEqual(const MediaAsset& a, const MediaAsset& b, By by);
     bool operator==(const RecorderMark&) const = default;
 };
 

@@ -22,6 +22,13 @@ bool continues(const Candidate& previous, const Candidate& current) {
            !areKnownToDiffer(previous.tape, current.tape);
 }
 
+bool equalIgnoringCase(std::string_view a, std::string_view b) {
+    if (!platform::text::isASCII(a) || !platform::text::isASCII(b))
+        return platform::text::lowercased(a) == platform::text::lowercased(b);
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+    return std::ranges::equal(a, b, {}, lower, lower);
+}
+
 bool hasDigit(std::string_view text) { return text.find_first_of(digits) != std::string_view::npos; }
 
 /// The number at the end of a piece of a name, and the text before it.
@@ -85,9 +92,8 @@ bool follows(const SyncEngine::TCRange& previous, const SyncEngine::TCRange& cur
 // A blank value counts as unknown.
 bool areKnownToDiffer(const std::optional<std::string>& a, const std::optional<std::string>& b) {
     if (!a || !b || *a == *b) return false; // most are equal, which needs no conversion
-    const std::string x = platform::text::lowercased(platform::text::trimmed(*a));
-    const std::string y = platform::text::lowercased(platform::text::trimmed(*b));
-    return !x.empty() && !y.empty() && x != y;
+    const auto x = platform::text::trimmed(*a), y = platform::text::trimmed(*b);
+    return !x.empty() && !y.empty() && !equalIgnoringCase(x, y);
 }
 
 bool isContinuousChain(std::vector<Candidate> candidates) {

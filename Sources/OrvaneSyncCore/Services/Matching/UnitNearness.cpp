@@ -1,6 +1,7 @@
 #include "OrvaneSyncCore/Services/Matching/UnitNearness.h"
 
 #include "OrvaneSyncCore/Models/FilePaths.h"
+#include "OrvaneSyncCore/Services/Matching/Recordings.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -37,9 +38,18 @@ UnitNearness UnitNearness::of(const MediaAsset& clip, const MediaAsset& recordin
     const auto own = folderNames(clip.url), other = folderNames(recording.url);
     const auto [a, b] = std::ranges::mismatch(own, other);
     const auto common = static_cast<std::size_t>(a - own.begin());
-    const auto names = piecesOfFolders(a, own.end()), others = piecesOfFolders(b, other.end());
+    if (a == own.end() || b == other.end()) return {common, 0};
+    const auto names = piecesOfFolders(a, own.end());
+    if (names.empty()) return {common, 0};
+    const auto others = piecesOfFolders(b, other.end());
     return {common, static_cast<std::size_t>(std::ranges::count_if(
                         others, [&](const std::string& piece) { return names.contains(piece); }))};
+}
+
+UnitNearness NearnessOfFolders::of(const MediaAsset& clip, const MediaAsset& recording) {
+    const auto [place, isNew] = known_.try_emplace({folderPath(clip), folderPath(recording)});
+    if (isNew) place->second = UnitNearness::of(clip, recording);
+    return place->second;
 }
 
 } // namespace orvane

@@ -4,6 +4,9 @@
 
 #include <compare>
 #include <cstddef>
+#include <map>
+#include <string_view>
+#include <utility>
 
 namespace orvane {
 
@@ -16,6 +19,16 @@ struct UnitNearness {
 
     static UnitNearness of(const MediaAsset& clip, const MediaAsset& recording);
     auto operator<=>(const UnitNearness&) const = default;
+};
+
+/// The same, computed once for each pair of folders. The files must live as long as this object. One thread
+/// at a time.
+class NearnessOfFolders {
+  public:
+    UnitNearness of(const MediaAsset& clip, const MediaAsset& recording);
+
+  private:
+    std::map<std::pair<std::string_view, std::string_view>, UnitNearness> known_;
 };
 
 } // namespace orvane

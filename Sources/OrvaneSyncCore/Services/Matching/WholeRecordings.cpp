@@ -9,7 +9,6 @@
 #include <iterator>
 #include <map>
 #include <numeric>
-#include <unordered_set>
 
 namespace orvane {
 
@@ -153,9 +152,12 @@ std::size_t WholeRecordings::partAt(std::size_t file, double seconds) const {
 
 std::vector<std::size_t> WholeRecordings::oneOfEach(const std::vector<std::size_t>& files) const {
     std::vector<std::size_t> result;
-    std::unordered_set<std::size_t> known;
-    for (const std::size_t file : files)
-        if (known.insert(firstOf[file]).second) result.push_back(file);
+    std::vector<bool> isKnown(firstOf.size());
+    for (const std::size_t file : files) {
+        if (isKnown[firstOf[file]]) continue;
+        isKnown[firstOf[file]] = true;
+        result.push_back(file);
+    }
     return result;
 }
 

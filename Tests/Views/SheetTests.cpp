@@ -227,6 +227,26 @@ TEST_F(SheetTest, TheExportCountsWhatWasLockedAsWithoutSound) {
     }));
 }
 
+TEST_F(SheetTest, AddressesAreOpenedByAnotherThread) {
+    const auto window = std::this_thread::get_id();
+    std::string opened;
+    QString why;
+    const auto refused = [&](const QString& reason) { why = reason; };
+    const QUrl folder = QUrl::fromLocalFile(QStringLiteral("/no/Day 1"));
+    for (const bool isThere : {true, false}) {
+        desktop_->openAddress = [&, isThere](const std::string& address) {
+            opened = std::this_thread::get_id() == window ? "on the interface thread" : address;
+            return isThere;
+        };
+        desktop_->openOutside(window_.get(), folder, refused);
+        EXPECT_TRUE(waitUntil([&] { return why.isEmpty() == isThere; }));
+        QThreadPool::globalInstance()->waitForDone();
+        QCoreApplication::processEvents();
+        EXPECT_EQ(opened, "file:///no/Day%201");
+    }
+    EXPECT_EQ(why, "No program opens /no/Day 1 here.");
+}
+
 TEST_F(SheetTest, TellsTheDesktopWhatEndedUnseen) {
     QStringList told;
     QWidget unseen;

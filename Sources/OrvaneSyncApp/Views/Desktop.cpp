@@ -1,5 +1,6 @@
 #include "OrvaneSyncApp/Views/Desktop.h"
 
+#include "OrvaneSyncApp/Views/Background.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QObject>
@@ -146,6 +147,17 @@ void Desktop::runForClips(std::string_view id, const std::vector<UUID>& groupIDs
     else
         runEach();
     context_.isForSeveralClips = false;
+}
+
+void Desktop::openOutside(QObject* context, const QUrl& address, Refused refused) {
+    inBackground(
+        context, [open = openAddress, encoded = address.toEncoded().toStdString()] { return open(encoded); },
+        [this, address, refused = std::move(refused)](bool isOpened) {
+            if (isOpened) return;
+            const QString why =
+                QObject::tr("No program opens %1 here.").arg(address.toDisplayString(QUrl::PreferLocalFile));
+            if (const Refused& show = refused ? refused : whenRefused) show(why);
+        });
 }
 
 } // namespace orvane::views

@@ -4,12 +4,15 @@
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/Commands/ReviewPlayers.h"
 #include "OrvaneSyncApp/Controllers/Commands/UnsavedWork.h"
+#include "Platform/BrowserSession.h"
 #include "Platform/MainThread.h"
 
 #include <QString>
+#include <QUrl>
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -68,6 +71,13 @@ class Desktop {
                      const std::function<void()>& done = {});
     /// Gets a sentence for the user.
     Refused whenRefused;
+    /// Opens a page, a file or a folder in the program that the desktop has for it, from another thread. If
+    /// there is none, the reason is passed to `refused`, or to `whenRefused` if that is empty; to neither if
+    /// `context` was destroyed before.
+    void openOutside(QObject* context, const QUrl& address, Refused refused = {});
+    /// Opens an address in a program of the desktop, and returns whether it could; called on a thread that
+    /// may block.
+    std::function<bool(const std::string& address)> openAddress = platform::BrowserSession::openInDesktop;
     /// Asks the user whether to leave work that can't be saved. A command that would leave it then runs, or
     /// counts as stopped. Null: it is refused.
     std::function<bool(const commands::UnsavedWork&)> agreesToLeave;

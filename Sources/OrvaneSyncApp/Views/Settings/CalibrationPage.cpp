@@ -3,7 +3,6 @@
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Services/Calibration/SmartAudioCalibration.h"
 
-#include <QDesktopServices>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHBoxLayout>
@@ -201,7 +200,8 @@ void CalibrationPage::measure() {
 
 void CalibrationPage::reveal() {
     const QFileInfo document(text(SmartAudioCalibration::documentFile().path));
-    QDesktopServices::openUrl(QUrl::fromLocalFile(document.absolutePath()));
+    desktop().openOutside(this, QUrl::fromLocalFile(document.absolutePath()),
+                          [this](const QString& why) { problem_->show(Signal::doubtful, why); });
 }
 
 void CalibrationPage::run(std::string_view id, JSON arguments, Desktop::Done done) {

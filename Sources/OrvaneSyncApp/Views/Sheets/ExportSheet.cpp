@@ -16,7 +16,6 @@
 
 #include <QCheckBox>
 #include <QClipboard>
-#include <QDesktopServices>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -482,8 +481,10 @@ void ExportSheet::written(const JSON& answer) {
             .arg(translatedSentence(counted(count("syncClipCount"), "clip", "clips")),
                  translatedSentence(counted(count("multicamCount"), "multicam clip", "multicam clips")))
             .arg(place, QTime::currentTime().toString(QStringLiteral("HH:mm:ss"))),
-        tr("Show Folder"),
-        [place] { QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(place).absolutePath())); });
+        tr("Show Folder"), [this, place] {
+            desktop_.openOutside(this, QUrl::fromLocalFile(QFileInfo(place).absolutePath()),
+                                 [this](const QString& why) { showToast(this, why); });
+        });
     const ImportController& controller = desktop_.controller();
     const auto inWords = warningsInWords(controller.doubts().summary(controller.work().syncGroups()));
     const auto withTitle = [&](std::size_t mostNames) {
@@ -508,9 +509,11 @@ void ExportSheet::written(const JSON& answer) {
     answerWith(close_);
     close_->setFocus();
     mayReplace_ = true; // the file was just written by this sheet
-    if (openWhenDone_->isChecked() && !QDesktopServices::openUrl(QUrl::fromLocalFile(place)))
-        outcome_->show(Signal::doubtful,
-                       tr("Written, but no program opens such documents here: %1").arg(place));
+    if (openWhenDone_->isChecked())
+        desktop_.openOutside(this, QUrl::fromLocalFile(place), [this, place](const QString&) {
+            outcome_->show(Signal::doubtful,
+                           tr("Written, but no program opens such documents here: %1").arg(place));
+        });
 }
 
 void showExport(Desktop& desktop, QWidget* parent) {

@@ -4,7 +4,6 @@
 #include "OrvaneSyncApp/Views/Translation.h"
 
 #include <QAction>
-#include <QDesktopServices>
 #include <QMenu>
 #include <QUrl>
 
@@ -19,8 +18,9 @@ void addHelpEntries(Desktop& desktop, QWidget* window, QMenu* help) {
     help->addAction(QObject::tr("About OrvaneSync"), window, [window] { showAbout(window); });
     auto* updates = new QAction(QObject::tr("Check for Updates…"), help);
     updates->setVisible(false);
-    QObject::connect(updates, &QAction::triggered, help,
-                     [updates] { QDesktopServices::openUrl(QUrl(updates->data().toString())); });
+    QObject::connect(updates, &QAction::triggered, help, [&desktop, window, updates] {
+        desktop.openOutside(window, QUrl(updates->data().toString()));
+    });
     help->insertAction(about, updates);
     // The address may be configured, or removed, while the window is open.
     const auto look = [window, updates] {

@@ -71,6 +71,7 @@ TEST_F(MessageTest, MessagesMoveNoPictureAndCoverNoTimeline) {
     expectMessagesOverThePictures("review");
     EXPECT_EQ(places<TimelineCanvas>(), timeline);
     QTest::keyClick(window_.get(), Qt::Key_Escape);
+    EXPECT_TRUE(toast()->isHidden()) << "it was about the other screen";
     QCoreApplication::processEvents();
     design::showToast(window_.get(), QStringLiteral("saved"));
     desktop_->run("noSuchCommand");

@@ -194,7 +194,9 @@ void MainWindow::hideBriefIfPast() {
 }
 
 void MainWindow::frontChanged() {
-    banner_->clearSettled(); // a message about the earlier screen, so that this one has its room
+    // Messages about the earlier screen, so that this one has its room.
+    banner_->clearSettled();
+    showToast(this, brief_ = QString());
     if (screens_->isPlaying()) {
         opening_->leaveStart(); // a clip was opened while the start page was shown
         banner_->forgetKnown(); // the user works with the clips of the scan

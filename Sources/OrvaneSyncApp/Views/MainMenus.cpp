@@ -462,19 +462,30 @@ void MainMenus::showKeys() {
         if (entryWithKey(window_, key) == nullptr) action->setShortcut(key);
 }
 
-bool MainMenus::applies(std::string_view id, const std::vector<UUID>& clips) const {
+void MainMenus::enableForClips(const std::vector<UUID>& clips) {
     const SyncGroupList& groups = desktop_.controller().work().syncGroups();
-    return std::ranges::any_of(clips, [&](const UUID& clip) {
+    std::map<std::string_view, QAction*> left; // those that none of the clips seen so far enables
+    for (const auto& [id, action] : ofCommands_)
+        if (desktop_.command(id).isOfOneClip()) left.emplace(id, action);
+    for (const UUID& clip : clips) {
+        if (left.empty()) break;
         const SyncGroup* group = groups.find(clip);
-        return group != nullptr && desktop_.isEnabled(id, group);
-    });
+        if (group == nullptr) continue;
+        std::erase_if(left, [&](const auto& entry) {
+            const bool applies = desktop_.isEnabled(entry.first, group);
+            if (applies) entry.second->setEnabled(true);
+            return applies;
+        });
+    }
+    for (const auto& [id, action] : left) action->setEnabled(false);
 }
 
 void MainMenus::update() {
     isKeyRefused_ = false;
     const std::vector<UUID> clips = parts_.screens.clips();
     for (const auto& [id, action] : ofCommands_)
-        action->setEnabled(desktop_.command(id).isOfOneClip() ? applies(id, clips) : desktop_.isEnabled(id));
+        if (!desktop_.command(id).isOfOneClip()) action->setEnabled(desktop_.isEnabled(id));
+    enableForClips(clips);
     const auto used = static_cast<std::size_t>(modeOfAnalysis(desktop_.settings()));
     for (std::size_t i = 0; i < ofAnalysisModes_.size(); ++i) {
         ofAnalysisModes_[i]->setEnabled(of("runSmartAudioAnalysis")->isEnabled());

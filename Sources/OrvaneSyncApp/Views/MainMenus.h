@@ -74,7 +74,8 @@ class MainMenus : public QObject {
     std::vector<UUID> clipsToCompare() const;
     bool agrees(const Question& question);
     void analyse(const JSON& mode); ///< in the form of the setting
-    bool applies(std::string_view id, const std::vector<UUID>& clips) const;
+    /// Enables the entries of those commands of one clip that apply to at least one of these clips.
+    void enableForClips(const std::vector<UUID>& clips);
 
     Desktop& desktop_;
     QMainWindow& window_;

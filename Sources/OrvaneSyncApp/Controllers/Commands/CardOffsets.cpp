@@ -2,15 +2,18 @@
 
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 
+#include <memory>
+
 namespace orvane::commands {
 
-std::optional<CardSuggestion> cardSuggestion(const ImportController& controller, const UUID& groupID,
-                                             const std::set<std::string>& dismissedKeys) {
+std::optional<CardQuestion> CardQuestion::of(const ImportController& controller, const UUID& groupID) {
     const SyncGroup* group = controller.work().syncGroups().find(groupID);
     if (group == nullptr || !group->isMOS()) return std::nullopt;
-    const WorkFiles files = controller.recordings().workFiles();
-    return activeCardSuggestion(*group, files.groups, files.audioPool(), controller.work().matchRules(),
-                                dismissedKeys);
+    return CardQuestion(std::make_shared<const SyncGroup>(*group), controller.recordings().workFiles());
+}
+
+std::optional<CardSuggestion> CardQuestion::answer(const std::set<std::string>& dismissedKeys) const {
+    return activeCardSuggestion(*clip_, files_.groups, files_.audioPool(), files_.rules, dismissedKeys);
 }
 
 namespace {
@@ -18,7 +21,7 @@ namespace {
 void attach(ImportController& controller, const CardSuggestion::Clip& clip) {
     const SyncGroupList& groups = controller.work().syncGroups();
     const SyncGroup* group = groups.find(clip.groupID);
-    if (group == nullptr || !lacksSound(*group)) return;
+    if (group == nullptr || group->isLocked || !lacksSound(*group)) return;
     for (const auto& file : clip.files) controller.recordings().attachAudioToGroup(clip.groupID, *file);
     group = groups.find(clip.groupID);
     controller.clips().adjustAudioOffset(clip.groupID, clip.startSeconds - group->manualAudioOffsetSeconds -

@@ -2,6 +2,7 @@
 #include "OrvaneSyncApp/Controllers/Commands/CardOffsets.h"
 #include "OrvaneSyncApp/Controllers/Commands/CommandContext.h"
 #include "OrvaneSyncApp/Controllers/Commands/Conditions.h"
+#include "OrvaneSyncApp/Controllers/Commands/Readable.h"
 #include "OrvaneSyncApp/Controllers/Commands/ReviewPlayers.h"
 #include "OrvaneSyncApp/Controllers/UndoSteps.h"
 #include "OrvaneSyncCore/Models/Settings.h"
@@ -85,19 +86,45 @@ JSON suggestionJSON(CommandContext& context, const Call& call) {
     return json;
 }
 
-JSON cardSuggestionJSON(CommandContext& context, const Call& call) {
-    const SyncGroup& group = context.group(call.id("groupID"));
-    const auto suggestion = cardSuggestion(*context.controller, group.id);
-    if (!suggestion) return {};
-    JSON json;
-    json.set("groupID", suggestion->moved->id.text());
-    json.set("offset", suggestion->offsetSeconds);
-    json.set("text", suggestion->text(context.controller->timeline().timelineFrameRate(group),
-                                      context.controller->work().fileNames()));
-    JSON::Array clips;
-    for (const CardSuggestion::Clip& clip : suggestion->clips) clips.emplace_back(clip.groupID.text());
-    json.set("clips", std::move(clips));
-    return json;
+/// Finds the suggestion for the clip and then calls `use` with it, if there is one and the clip still exists.
+template <class Use>
+platform::Task withCardSuggestion(const CommandContext& context, const UUID& groupID, Use use) {
+    return lookUp(
+        context.controller,
+        [question = CardQuestion::of(*context.controller, groupID)] {
+            return question ? question->answer() : std::nullopt;
+        },
+        [groupID, use = std::move(use)](const std::shared_ptr<ImportController>& controller,
+                                        const std::optional<CardSuggestion>& suggestion) {
+            const SyncGroup* group = controller->work().syncGroups().find(groupID);
+            if (suggestion && group != nullptr) use(*controller, *group, *suggestion);
+            return platform::Task::ended();
+        });
+}
+
+platform::Task cardSuggestionJSON(CommandContext& context, const Call& call,
+                                  const std::shared_ptr<JSON>& result) {
+    return withCardSuggestion(
+        context, call.id("groupID"),
+        [result](ImportController& controller, const SyncGroup& group, const CardSuggestion& suggestion) {
+            result->set("groupID", suggestion.moved->id.text());
+            result->set("offset", suggestion.offsetSeconds);
+            result->set("text", suggestion.text(controller.timeline().timelineFrameRate(group),
+                                                controller.work().fileNames()));
+            JSON::Array clips;
+            for (const CardSuggestion::Clip& clip : suggestion.clips) clips.emplace_back(clip.groupID.text());
+            result->set("clips", std::move(clips));
+        });
+}
+
+platform::Task useCardSuggestion(CommandContext& context, const Call& call, const std::shared_ptr<JSON>&) {
+    const bool isForAllClips = call.has("isForAllClips") && call.boolean("isForAllClips");
+    return withCardSuggestion(
+        context, call.id("groupID"),
+        [isForAllClips](ImportController& controller, const SyncGroup&, const CardSuggestion& suggestion) {
+            checked("applyCardSuggestion",
+                    [&] { applyCardSuggestion(controller, suggestion, isForAllClips); });
+        });
 }
 
 JSON outlineJSON(const std::vector<SidebarNode>& nodes) {
@@ -235,23 +262,16 @@ std::vector<Command> suggestionCommands() {
                     context.controller->timeline().dismissSiblingSuggestion(call.id("groupID"));
                     return JSON();
                 }),
-        Command("cardSuggestion", "Card Suggestion",
-                "Gives the clips of a card that would have sound with the offset of one that was moved by "
-                "hand, for a clip without sound.",
-                {groupID}, cardSuggestionJSON),
-        Command("applyCardSuggestion", "Apply",
-                "Gives the clip the recordings that it has with the offset of another clip of its card, and "
-                "that offset; with isForAllClips the other clips of the suggestion as well.",
-                {groupID, {.name = "isForAllClips", .kind = boolean, .isOptional = true}},
-                [](CommandContext& context, const Call& call) {
-                    const auto suggestion = cardSuggestion(*context.controller, call.id("groupID"));
-                    checked("applyCardSuggestion", [&] {
-                        if (suggestion)
-                            applyCardSuggestion(*context.controller, *suggestion,
-                                                call.has("isForAllClips") && call.boolean("isForAllClips"));
-                    });
-                    return JSON();
-                })
+        Command::later(
+            "cardSuggestion", "Card Suggestion",
+            "Gives the clips of a card that would have sound with the offset of one that was moved "
+            "by hand, for a clip without sound.",
+            {groupID}, cardSuggestionJSON),
+        Command::later(
+            "applyCardSuggestion", "Apply",
+            "Gives the clip the recordings that it has with the offset of another clip of its card, and "
+            "that offset; with isForAllClips the other clips of the suggestion as well.",
+            {groupID, {.name = "isForAllClips", .kind = boolean, .isOptional = true}}, useCardSuggestion)
             .undoneBy(undoSteps::applySuggestions),
     };
 }

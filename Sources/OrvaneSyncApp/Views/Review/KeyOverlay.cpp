@@ -1,7 +1,6 @@
 #include "OrvaneSyncApp/Views/Review/KeyOverlay.h"
 
 #include "OrvaneDesignKit/Theme.h"
-#include "OrvaneSyncApp/Controllers/Commands/CardOffsets.h"
 #include "OrvaneSyncApp/ViewModels/Inspector/SoundParts.h"
 #include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
 #include "OrvaneSyncApp/Views/Translation.h"
@@ -157,9 +156,6 @@ ReviewSituation situationOf(Desktop& desktop, ReviewViewModel& review,
     now.isLooping = review.engine()->loop().isLooping;
     now.canCheckClap = review.canCheckClap();
     now.hasChoice = clip != nullptr && RecordingsPart::of(desktop.controller(), *clip).hasChoice();
-    now.hasSuggestion =
-        clip != nullptr && (desktop.controller().timeline().siblingSuggestion(*id).has_value() ||
-                            commands::cardSuggestion(desktop.controller(), *id).has_value());
     now.hasNext = has(1);
     now.hasPrevious = has(-1);
     now.canUndo = work.undoState().canUndo;

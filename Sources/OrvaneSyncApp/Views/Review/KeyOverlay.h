@@ -37,6 +37,7 @@ class KeyOverlay : public QWidget {
 
 /// The state of the clip in view on which it depends which keys of the review do something. `neighbour`: the
 /// clip at that distance in the list, to check whether there is one; null: there always is.
+/// `hasSuggestion` is not set: the banner of the screen knows.
 ReviewSituation
 situationOf(Desktop& desktop, ReviewViewModel& review,
             const std::function<std::optional<UUID>(const UUID& of, int step)>& neighbour = nullptr);

@@ -73,11 +73,12 @@ ReviewView::ReviewView(Desktop& desktop, ScreenHost host) : WorkScreen(desktop, 
     // The screen itself takes the keys, so the user need not click anything first.
     setFocusPolicy(Qt::StrongFocus);
     setAccessibleName(tr("Review"));
-    keys_ = new KeyOverlay(this, [this] {
-        return keyOverview(
-            desktop_.context().shortcuts()->bindings(),
+    keys_ = new KeyOverlay(this, [this, sibling] {
+        ReviewSituation now =
             situationOf(desktop_, *desktop_.players().review(),
-                        [this](const UUID& of, int step) { return outline_->neighbour(of, step); }));
+                        [this](const UUID& of, int step) { return outline_->neighbour(of, step); });
+        now.hasSuggestion = sibling->hasOffer();
+        return keyOverview(desktop_.context().shortcuts()->bindings(), now);
     });
     picture_->keys = [this] { return keys_->now(); };
     steps_->showKeys = [this] { keys_->open(); };

@@ -1,8 +1,8 @@
 #include "OrvaneSyncApp/Views/Review/SiblingBanner.h"
 
-#include "OrvaneSyncApp/Controllers/Commands/CardOffsets.h"
 #include "OrvaneSyncApp/ViewModels/Inspector/KeyOverview.h"
 #include "OrvaneSyncApp/ViewModels/Review/ReviewViewModel.h"
+#include "OrvaneSyncApp/Views/Background.h"
 #include "OrvaneSyncApp/Views/Translation.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 
@@ -56,21 +56,42 @@ void SiblingBanner::refresh() {
     const auto& id = review_->groupID();
     const SyncGroup* clip = id ? controller.work().syncGroups().find(*id) : nullptr;
     if (clip != nullptr && clip->isLocked) clip = nullptr;
-    QString offer;
-    cardKey_.clear();
-    if (const auto take = clip == nullptr ? std::nullopt : controller.timeline().siblingSuggestion(*id)) {
-        offer = translatedSentence(take->text(controller.timeline().timelineFrameRate(*clip)));
-    } else if (const auto card = clip == nullptr
-                                     ? std::nullopt
-                                     : commands::cardSuggestion(controller, *id, dismissedCards_)) {
-        cardKey_ = card->dismissKey;
-        offer = translatedSentence(
-            card->text(controller.timeline().timelineFrameRate(*clip), controller.work().fileNames()));
+    isAnswerOutdated_ = true;
+    if (clip == nullptr || id != shown_) showOffer({});
+    shown_ = id;
+    if (clip == nullptr) return;
+    if (const auto take = controller.timeline().siblingSuggestion(*id))
+        return showOffer(translatedSentence(take->text(controller.timeline().timelineFrameRate(*clip))));
+    clip->isMOS() ? askCard(*id) : showOffer({});
+}
+
+void SiblingBanner::askCard(const UUID& id) {
+    if (isAsking_) return;
+    auto question = commands::CardQuestion::of(desktop_.controller(), id);
+    if (!question) return showOffer({});
+    isAsking_ = true;
+    isAnswerOutdated_ = false;
+    inBackground(
+        this,
+        [question = *std::move(question), dismissed = dismissedCards_] { return question.answer(dismissed); },
+        [this, id](const std::optional<CardSuggestion>& card) {
+            isAsking_ = false;
+            if (isAnswerOutdated_) return refresh();
+            ImportController& controller = desktop_.controller();
+            const SyncGroup* clip = controller.work().syncGroups().find(id);
+            if (!card || clip == nullptr) return showOffer({});
+            showOffer(translatedSentence(card->text(controller.timeline().timelineFrameRate(*clip),
+                                                    controller.work().fileNames())),
+                      &*card);
+        });
+}
+
+void SiblingBanner::showOffer(const QString& offer, const CardSuggestion* card) {
+    cardKey_ = card == nullptr ? std::string() : card->dismissKey;
+    if (card != nullptr)
         applyToCard_->setText(tr("Apply to %1 of the Card")
                                   .arg(translatedSentence(counted(card->clips.size(), "clip", "clips"))));
-        applyToCard_->setVisible(card->clips.size() > 1);
-    }
-    if (cardKey_.empty()) applyToCard_->hide();
+    applyToCard_->setVisible(card != nullptr && card->clips.size() > 1);
     text_->setText(offer);
     setAccessibleName(offer);
     setVisible(!offer.isEmpty());
@@ -93,14 +114,15 @@ void SiblingBanner::apply() {
 void SiblingBanner::applyOfCard(bool isForAllClips) {
     JSON arguments = JSON::object();
     arguments.set("isForAllClips", isForAllClips);
-    run("applyCardSuggestion", std::move(arguments), [this](const JSON&) {
-        if (review_->groupID()) desktop_.runForClips("autoDetectAudioAnchor", {*review_->groupID()});
+    run("applyCardSuggestion", std::move(arguments), [this, id = review_->groupID()](const JSON&) {
+        if (id) desktop_.runForClips("autoDetectAudioAnchor", {*id});
     });
 }
 
 void SiblingBanner::dismiss() {
     if (cardKey_.empty()) return run("dismissSiblingSuggestion", {});
     dismissedCards_.insert(cardKey_);
+    showOffer({});
     refresh();
 }
 

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "OrvaneDesignKit/Controls.h"
+#include "OrvaneSyncApp/Controllers/Commands/CardOffsets.h"
 #include "OrvaneSyncApp/Views/Desktop.h"
 #include "OrvaneSyncApp/Views/Review/AfterPicture.h"
 
 #include <QBoxLayout>
 
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -21,6 +23,7 @@ class SiblingBanner : public QFrame {
     SiblingBanner(Desktop& desktop, std::shared_ptr<ReviewViewModel> review, QWidget* parent = nullptr);
 
     QString text() const { return text_->text(); }
+    bool hasOffer() const { return !isHidden(); }
     /// Applies the offer, if there is one; also while another message is shown in its place.
     void apply();
 
@@ -31,6 +34,9 @@ class SiblingBanner : public QFrame {
     /// Adds a button that calls the member.
     QPushButton* add(QPushButton* one, void (SiblingBanner::*pressed)());
     void refresh();
+    /// Shows the offer of the clip's card, which is found in the background.
+    void askCard(const UUID& id);
+    void showOffer(const QString& offer, const CardSuggestion* card = nullptr);
     void dismiss();
     void applyToCard() { applyOfCard(true); }
     void applyOfCard(bool isForAllClips);
@@ -43,6 +49,9 @@ class SiblingBanner : public QFrame {
     QPushButton* applyToCard_; ///< the number of clips is in its text
     std::string cardKey_;      ///< of the offer, if it is that of another clip of the card
     std::set<std::string> dismissedCards_;
+    std::optional<UUID> shown_; ///< the clip of the offer
+    bool isAsking_ = false;
+    bool isAnswerOutdated_ = false; ///< of the running search; then it is repeated
     AfterPicture later_;
     std::vector<platform::Subscription> observations_;
 };

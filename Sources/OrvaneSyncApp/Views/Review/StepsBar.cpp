@@ -4,6 +4,7 @@
 #include "OrvaneSyncApp/Views/Review/KeyEvents.h"
 #include "OrvaneSyncApp/Views/Review/ReviewActions.h"
 #include "OrvaneSyncApp/Views/Translation.h"
+#include "OrvaneSyncCore/Services/Shortcuts/KeyText.h"
 
 #include <QAction>
 #include <QHBoxLayout>
@@ -72,13 +73,20 @@ void StepsBar::showTexts() {
     for (Step& step : steps_) {
         if (step.button == lock_) step.text = translated(lockText_);
         const auto found = bindings.find(step.action);
-        const QString key = found == bindings.end() ? QString() : shownKey(found->second);
-        step.button->setText(key.isEmpty() ? step.text : tr("%1   %2").arg(step.text, key));
+        step.key = found == bindings.end() ? Shortcut() : found->second;
         step.button->setToolTip(translated(helpText(step.action)));
         step.button->ensurePolished(); // its size depends on the window's style sheet
-        step.button->setMinimumWidth(step.button->sizeHint().width());
     }
     fit();
+}
+
+void StepsBar::nameKeys(bool asWords) {
+    for (const Step& step : steps_) {
+        const QString sign = text(step.key.isUnbound() ? std::string() : keyText(step.key));
+        const QString key = asWords || sign.size() > 1 ? shownKey(step.key) : sign;
+        step.button->setText(key.isEmpty() ? step.text : tr("%1   %2").arg(step.text, key));
+        step.button->setMinimumWidth(step.button->sizeHint().width());
+    }
 }
 
 void StepsBar::resizeEvent(QResizeEvent* event) {
@@ -87,10 +95,13 @@ void StepsBar::resizeEvent(QResizeEvent* event) {
 }
 
 void StepsBar::fit() {
+    nameKeys(true);
     for (QLabel* label : {place_, nudge_}) label->setVisible(true);
     all_->setVisible(isEndOfPart_);
-    for (QWidget* one : std::initializer_list<QWidget*>{nudge_, place_, all_})
-        if (!one->isHidden()) one->setVisible(layout()->sizeHint().width() <= width());
+    const auto fits = [this] { return layout()->sizeHint().width() <= width(); };
+    for (QLabel* label : {nudge_, place_}) label->setVisible(fits());
+    if (!fits()) nameKeys(false);
+    if (isEndOfPart_) all_->setVisible(fits());
 }
 
 void StepsBar::refresh() {

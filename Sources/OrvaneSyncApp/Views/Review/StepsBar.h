@@ -36,6 +36,8 @@ class StepsBar : public QWidget {
   private:
     QPushButton* add(KeyAction action, const QString& text);
     void showTexts();
+    /// `asWords`: comma and period by their names, which are easier to read than the signs, but wider.
+    void nameKeys(bool asWords);
     /// Shows the labels, and the offer at the end of a part of the list, for which there is room.
     void fit();
 
@@ -43,6 +45,7 @@ class StepsBar : public QWidget {
         KeyAction action;
         QPushButton* button;
         QString text;
+        Shortcut key{};
     };
 
     Desktop& desktop_;

@@ -229,6 +229,7 @@ QWidget* ExportSheet::makeOptions() {
     section->add(choices);
     version_ = new Choice;
     version_->setAccessibleName(tr("Version of the document"));
+    version_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon); // texts may be cut
     for (const Reader& one : readers)
         version_->addItem(QStringLiteral("FCPXML %1: %2").arg(QLatin1String(one.version), tr(one.who)));
     version_->setCurrentIndex(std::clamp(design::keptState::value(versionKey, 0).toInt(), 0,

@@ -21,7 +21,7 @@ namespace {
 void attach(ImportController& controller, const CardSuggestion::Clip& clip) {
     const SyncGroupList& groups = controller.work().syncGroups();
     const SyncGroup* group = groups.find(clip.groupID);
-    if (group == nullptr || group->isLocked || !lacksSound(*group)) return;
+    if (group == nullptr || !lacksSound(*group)) return;
     for (const auto& file : clip.files) controller.recordings().attachAudioToGroup(clip.groupID, *file);
     group = groups.find(clip.groupID);
     controller.clips().adjustAudioOffset(clip.groupID, clip.startSeconds - group->manualAudioOffsetSeconds -

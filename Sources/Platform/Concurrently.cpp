@@ -70,34 +70,18 @@ class Pool {
 };
 
 /// One call of `concurrently`: the caller and its helpers take indices from it until none is left.
-class Share {
+class Share : public std::enable_shared_from_this<Share> {
   public:
     Share(std::size_t count, const std::function<void(std::size_t)>& work, std::stop_token stop)
         : count_(count), work_(&work), stop_(std::move(stop)) {}
 
-    /// Does nothing if the caller has closed the task already.
-    void help() {
-        {
-            const std::lock_guard lock(mutex_);
-            if (closed_) return;
-            ++helping_;
-        }
-        takeIndices();
-        const std::lock_guard lock(mutex_);
-        --helping_;
-        changed_.notify_one();
+    void postHelpers(std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i)
+            Pool::shared().post([self = shared_from_this()] { self->help(); });
     }
 
-    void takeIndices() {
-        for (std::size_t i = next_++; i < count_; i = next_++) {
-            try {
-                throwIfStopped(stop_);
-                (*work_)(i);
-            } catch (...) {
-                next_ = count_;
-                const std::lock_guard lock(mutex_);
-                if (!raised_) raised_ = std::current_exception();
-            }
+    void work() {
+        while (takeIndex()) {
         }
     }
 
@@ -109,6 +93,49 @@ class Share {
     }
 
   private:
+    /// Does nothing if the caller has closed the task already.
+    void help() {
+        {
+            const std::lock_guard lock(mutex_);
+            if (closed_) return;
+            ++helping_;
+        }
+        do {
+            if (leaveForPlayback()) return;
+        } while (takeIndex());
+        const std::lock_guard lock(mutex_);
+        --helping_;
+        changed_.notify_one();
+    }
+
+    /// Ends the calling helper if something plays and its processor is needed for that.
+    bool leaveForPlayback() {
+        if (!PlaybackActivity::isUnderWay()) return false;
+        const std::size_t most = std::max<std::size_t>(std::thread::hardware_concurrency(), 2) - 1;
+        const std::lock_guard lock(mutex_);
+        if (helping_ < most) return false; // the caller works too
+        --helping_;
+        ++away_;
+        changed_.notify_one();
+        return true;
+    }
+
+    /// False if none is left.
+    bool takeIndex() {
+        const std::size_t i = next_++;
+        if (i >= count_) return false;
+        try {
+            throwIfStopped(stop_);
+            if (away_ != 0 && !PlaybackActivity::isUnderWay()) postHelpers(away_.exchange(0));
+            (*work_)(i);
+        } catch (...) {
+            next_ = count_;
+            const std::lock_guard lock(mutex_);
+            if (!raised_) raised_ = std::current_exception();
+        }
+        return true;
+    }
+
     const std::size_t count_;
     const std::function<void(std::size_t)>* const work_;
     const std::stop_token stop_;
@@ -116,6 +143,7 @@ class Share {
     std::mutex mutex_;
     std::condition_variable changed_;
     std::size_t helping_ = 0;
+    std::atomic<std::size_t> away_ = 0; ///< helpers that left for playback; they return when it has ended
     bool closed_ = false;
     std::exception_ptr raised_;
 };
@@ -127,11 +155,9 @@ void concurrently(std::size_t count, std::size_t concurrency, const std::functio
     assertMayBlock("waiting for other threads");
     // The caller works too, so that a nested call makes progress even when no thread of the pool is free.
     const auto task = std::make_shared<Share>(count, work, stop);
-    std::size_t threads = std::min({count, concurrency, Pool::shared().limit()});
-    if (PlaybackActivity::isUnderWay())
-        threads = std::min(threads, std::max<std::size_t>(std::thread::hardware_concurrency(), 2) - 1);
-    for (std::size_t i = 1; i < threads; ++i) Pool::shared().post([task] { task->help(); });
-    task->takeIndices();
+    const std::size_t threads = std::min({count, concurrency, Pool::shared().limit()});
+    if (threads > 1) task->postHelpers(threads - 1);
+    task->work();
     task->close();
 }
 

@@ -7,7 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <atomic>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 namespace orvane::platform {
@@ -85,6 +87,52 @@ TEST(Realtime, aProcessorIsKeptFreeForPlayback) {
         --running;
     });
     EXPECT_LE(highest, most);
+}
+
+TEST(Realtime, aProcessorIsGivenUpWhenPlaybackBeginsAndUsedAgainWhenItEnds) {
+    const auto all = std::max<std::size_t>(std::thread::hardware_concurrency(), 2);
+    std::atomic<std::size_t> running = 0, runningOfPlayback = 0, highestOfPlayback = 0;
+    std::atomic<bool> isFull = false, isFullAgain = false;
+    std::optional<PlaybackActivity> playing;
+    enum class Stage { before, during, after };
+    std::atomic<Stage> stage = Stage::before;
+    // Holds the thread until all threads work, which shows that there are as many.
+    const auto waitUntilFull = [&](std::atomic<bool>& isReached) {
+        constexpr int most = 1'000'000; // then the test fails instead of waiting forever
+        for (int i = 0; i < most && !isReached; ++i) {
+            if (running == all) isReached = true;
+            std::this_thread::yield();
+        }
+    };
+    const std::size_t begin = all - 1, end = begin + 200, count = end + 2 * all;
+    concurrently(count, all, [&](std::size_t index) {
+        const Stage atStart = stage;
+        ++running;
+        if (index <= begin) waitUntilFull(isFull);
+        // All threads are at work when playback begins.
+        while (index < begin && isFull && stage == Stage::before) std::this_thread::yield();
+        if (index == begin) {
+            playing.emplace();
+            stage = Stage::during;
+        }
+        if (atStart == Stage::during) {
+            const std::size_t now = ++runningOfPlayback;
+            std::size_t seen = highestOfPlayback;
+            while (seen < now && !highestOfPlayback.compare_exchange_weak(seen, now)) {
+            }
+            for (int i = 0; i < 20; ++i) std::this_thread::yield();
+            --runningOfPlayback;
+        }
+        if (index == end) {
+            playing.reset();
+            stage = Stage::after;
+        }
+        if (atStart == Stage::after) waitUntilFull(isFullAgain);
+        --running;
+    });
+    EXPECT_TRUE(isFull);
+    EXPECT_LE(highestOfPlayback, all - 1);
+    EXPECT_TRUE(isFullAgain);
 }
 
 TEST(Realtime, threadsHaveTheirNamesAndPriorities) {

@@ -1,9 +1,11 @@
 #include "OrvaneSyncApp/SessionManagerTest.h"
 
 #include <exception>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
+#include <thread>
 
 namespace orvane {
 namespace {
@@ -64,9 +66,12 @@ TEST_F(SessionOrderTest, theSecondOfTwoCommandsFindsADefinedState) {
         {{"loadSession", other}, {"loadSession", other}, other},
         {{"loadSession", other}, {"deleteSession", edited}, other},
         {{"loadSession", edited}, {"loadSession", other}, other},
+        {{"loadSession", edited}, {"loadSession", edited}, edited},
+        {{"loadSession", other}, {"loadSession", edited}, edited},
         {{"loadSession", other}, {"reset"}, none},
         {{"deleteSession", edited}, {"newSession"}, fresh},
         {{"deleteSession", edited}, {"loadSession", other}, other},
+        {{"deleteSession", edited}, {"deleteSession", edited}, none},
     };
     other_ = newSession();
     bringClips(1);
@@ -101,6 +106,36 @@ TEST_F(SessionOrderTest, theSecondOfTwoCommandsFindsADefinedState) {
             if (!store.exists(edited_)) continue;
             EXPECT_EQ(onDisk(edited_).groups[0].isApproved, isEdited);
         }
+}
+
+TEST_F(SessionOrderTest, aDeletionIsNotUndoneByAnEarlierOneThatWasRefused) {
+    namespace fs = std::filesystem;
+    edited_ = newSession();
+    bringClips(2);
+    flush();
+    const fs::path place = folder_.path(edited_.text() + ".orvanesync"), aside = folder_.path("aside");
+    fs::rename(place, aside);
+    folder_.write(edited_.text() + ".orvanesync", ""); // no session can be deleted there
+    edit(0);
+    manager_->save(*controller_);
+    const Step deletion{"deleteSession", Session::edited};
+    const auto first = beginStep(deletion);
+    manager_->places().createFolder("Reel"); // written once the first deletion was tried
+    const auto list = folder_.path("folders.json");
+    for (int i = 0; i < 1'000'000 && !fs::exists(list); ++i) std::this_thread::yield();
+    ASSERT_TRUE(fs::exists(list));
+    fs::remove(place);
+    fs::rename(aside, place);
+    const auto second = beginStep(deletion);
+    std::exception_ptr raised;
+    const platform::Task saves = manager_->flush();
+    saves.whenDone([&](const std::exception_ptr& error) { raised = error; });
+    finish(saves);
+    EXPECT_FALSE(raised);
+    EXPECT_FALSE(first->empty());
+    EXPECT_EQ(*second, "");
+    EXPECT_EQ(static_cast<int>(open()), static_cast<int>(Session::none));
+    EXPECT_TRUE(SessionStore(folder_.path()).isDeleted(edited_));
 }
 
 } // namespace

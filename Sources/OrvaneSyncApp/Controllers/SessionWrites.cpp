@@ -187,9 +187,9 @@ platform::Task SessionWrites::removing(std::weak_ptr<SessionWrites> weak, UUID i
     const Outcome outcome = co_await deleting;
     self = weak.lock();
     if (!self) co_return;
-    self->removing_.erase(id);
+    self->removing_.erase(self->removing_.find(id));
     if (outcome.refused) {
-        if (self->find(id) != nullptr) self->start(id);
+        if (self->find(id) != nullptr) self->start(id); // waits if another deletion is under way
         std::rethrow_exception(outcome.refused);
     }
     *wasThere = outcome.wasThere;

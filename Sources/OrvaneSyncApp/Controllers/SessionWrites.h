@@ -92,7 +92,7 @@ class SessionWrites : public std::enable_shared_from_this<SessionWrites> {
     std::map<UUID, UnwrittenSession> unwritten_;
     std::map<UUID, std::string> failures_;
     std::map<UUID, SyncGroupList> onDisk_; ///< last written clips of the sessions that are open or waiting
-    std::set<UUID> removing_;
+    std::multiset<UUID> removing_;         ///< once for each deletion under way
     std::vector<platform::Task> tasks_;
     int finishing_ = 0; ///< running tasks of `finish`
 };

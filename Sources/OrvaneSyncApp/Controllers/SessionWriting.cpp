@@ -31,7 +31,7 @@ void SessionWork::changesAll() {
 std::optional<StoredSession> readStoredSession(const SessionStore& store, const UUID& id,
                                                const std::stop_token& stop) {
     if (!store.exists(id)) return std::nullopt;
-    StoredSession session{store.readGroups(id, stop), store.readFolders(id), store.readWildTracks(id),
+    StoredSession session{store.readGroups(id, stop), store.readFolders(id), store.readWildTracks(id, stop),
                           store.readInfo(id), store.readFolderInfos()};
     platform::throwIfStopped(stop);
     session.groups.groups.updateWhere(countsTakesSeparately, countTakesTogether);

@@ -6,6 +6,7 @@
 #include "OrvaneSyncCore/Services/Persistence/SessionStore.h"
 #include "OrvaneSyncCore/Utilities/Base64.h"
 #include "Platform/Files.h"
+#include "Platform/Stop.h"
 #include "Support/Assets.h"
 #include "Support/TemporaryDirectory.h"
 
@@ -13,6 +14,7 @@
 
 #include <limits>
 #include <set>
+#include <stop_token>
 #include <string>
 #include <utility>
 #include <vector>
@@ -209,6 +211,13 @@ TEST(SessionFiles, wildTracksAreThoseOfTheProcessWhoseClipsAreStored) {
     EXPECT_EQ(written("a.wav", true), "a.wav") << "the disk has none";
     EXPECT_EQ(written("b.wav", true), "a.wav") << "those of the other process";
     EXPECT_EQ(written("c.wav", false), "c.wav") << "as after a new scan here";
+    std::stop_source source;
+    source.request_stop();
+    EXPECT_THROW(store.readWildTracks(id, source.get_token()), platform::Stopped);
+    for (const char* text : {"{}", "[1", "[{}]"}) {
+        folder.write(id.text() + ".orvanesync/wild_tracks.json", text);
+        EXPECT_TRUE(store.readWildTracks(id).problem) << text;
+    }
 }
 
 TEST(SessionFiles, recordsComeBackAndSayWhatIsMissing) {

@@ -3,6 +3,8 @@
 #include "OrvaneSyncCore/Services/Persistence/GroupsCoding.h"
 #include "OrvaneSyncCore/Services/Persistence/Rewriting.h"
 #include "Platform/FileLock.h"
+#include "Platform/JSONParts.h"
+#include "Platform/Stop.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -27,16 +29,24 @@ bool isMissing(const std::string& path) { return !files::attributes(path) && err
 
 template <class Record>
 struct RecordCoding {
-    static Record decode(const JSON& json) { return fromJSON<Record>(json); }
+    static Record decode(const std::string& text, const std::stop_token& /*stop*/) {
+        return fromJSON<Record>(JSON::parse(text));
+    }
     static JSON encode(const Record& record) { return toJSON(record); }
 };
 
 template <class Record>
 struct RecordCoding<std::vector<Record>> {
-    static std::vector<Record> decode(const JSON& json) {
-        JSON object;
-        object.set("list", json);
-        return requiredArray<Record>(object, "list");
+    static std::vector<Record> decode(const std::string& text, const std::stop_token& stop) {
+        const auto parts = platform::listParts(text, stop);
+        if (!parts) throw DecodingError("expected a list");
+        std::vector<Record> records;
+        records.reserve(parts->size());
+        for (const std::string_view part : *parts) {
+            platform::throwIfStopped(stop);
+            records.push_back(fromJSON<Record>(JSON::parse(part)));
+        }
+        return records;
     }
     static JSON encode(const std::vector<Record>& records) { return toJSONArray(records); }
 };
@@ -47,12 +57,12 @@ struct RecordFile : SessionStore::Stored<Record> {
 };
 
 template <class Record>
-RecordFile<Record> readRecord(const std::string& path) {
+RecordFile<Record> readRecord(const std::string& path, const std::stop_token& stop = {}) {
     RecordFile<Record> file;
     if (isMissing(path)) return file;
     try {
-        file.text = files::readText(path, largestRecord);
-        file.record = RecordCoding<Record>::decode(JSON::parse(file.text));
+        file.text = files::readText(path, largestRecord, stop);
+        file.record = RecordCoding<Record>::decode(file.text, stop);
     } catch (const std::exception& error) { // also too little memory for a file that claims to be large
         file.problem = path + ": " + error.what();
     }
@@ -220,8 +230,9 @@ SessionStore::Changed<SessionFolders> SessionStore::changeFolders(const UUID& id
     });
 }
 
-SessionStore::Stored<std::vector<WildTrack>> SessionStore::readWildTracks(const UUID& id) const {
-    auto tracks = readRecord<std::vector<WildTrack>>(wildTracksPath(id));
+SessionStore::Stored<std::vector<WildTrack>> SessionStore::readWildTracks(const UUID& id,
+                                                                          const std::stop_token& stop) const {
+    auto tracks = readRecord<std::vector<WildTrack>>(wildTracksPath(id), stop);
     if (tracks.problem)
         tracks.problem = "The wild tracks of this session can't be read (" + *tracks.problem + ")";
     return tracks;

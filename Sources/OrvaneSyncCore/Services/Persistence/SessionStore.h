@@ -73,7 +73,8 @@ class SessionStore {
     Changed<SessionFolders> changeFolders(const UUID& id, const SessionFoldersChange& change) const;
 
     bool hasWildTracks(const UUID& id) const { return platform::files::exists(wildTracksPath(id)); }
-    Stored<std::vector<WildTrack>> readWildTracks(const UUID& id) const;
+    /// Throws Stopped.
+    Stored<std::vector<WildTrack>> readWildTracks(const UUID& id, const std::stop_token& stop = {}) const;
     /// The same for the wild tracks; no file is created if there are none. Throws FileError.
     Changed<std::vector<WildTrack>> changeWildTracks(const UUID& id, const WildTracksChange& change,
                                                      bool areOtherClipsOnDisk) const;

@@ -5,8 +5,8 @@
 
 namespace orvane::test {
 
-/// Counts the allocations of all threads but the test's: a measure of their work that depends neither on the
-/// machine nor on its load. Not counted with sanitizers, which have their own allocators (`isCounted`).
+/// Counts the allocations of all threads but one: a measure of their work that depends neither on the machine
+/// nor on its load. Not counted with sanitizers, which have their own allocators (`isCounted`).
 struct AllocatedWork {
 #ifdef ORVANE_SANITIZED
     static constexpr bool isCounted = false;
@@ -15,8 +15,8 @@ struct AllocatedWork {
 #endif
 
     /// Counts from 0 on. The thread that makes the allocation of number `holdAt` waits there; 0: none waits.
-    static void begin(long holdAt) {
-        ofTest_ = std::this_thread::get_id();
+    static void begin(long holdAt, std::thread::id uncounted = std::this_thread::get_id()) {
+        uncounted_ = uncounted;
         count_ = 0;
         holdAt_ = holdAt;
         isHeld_ = false;
@@ -35,7 +35,7 @@ struct AllocatedWork {
     }
     /// Called for each allocation of the process.
     static void add() {
-        if (!isCounting_ || std::this_thread::get_id() == ofTest_ || ++count_ != holdAt_) return;
+        if (!isCounting_ || std::this_thread::get_id() == uncounted_ || ++count_ != holdAt_) return;
         isHeld_ = true;
         isHeld_.wait(true);
     }
@@ -45,7 +45,7 @@ struct AllocatedWork {
     static inline std::atomic<long> count_ = 0;
     static inline std::atomic<long> holdAt_ = 0;
     static inline std::atomic<bool> isHeld_ = false;
-    static inline std::thread::id ofTest_;
+    static inline std::thread::id uncounted_;
 };
 
 } // namespace orvane::test

@@ -1,7 +1,6 @@
 #include "OrvaneSyncApp/ViewModels/Results/ResultsViewModel.h"
 
 #include "OrvaneSyncApp/ViewModels/Results/ClipTexts.h"
-#include "OrvaneSyncApp/ViewModels/Results/ShootOrder.h"
 #include "OrvaneSyncCore/Models/SyncGroupDecisions.h"
 #include "OrvaneSyncCore/Utilities/CountText.h"
 #include "OrvaneSyncCore/Utilities/EnumTable.h"
@@ -67,7 +66,7 @@ void ResultsViewModel::setSorting(std::optional<Column> column, bool isAscending
 }
 
 void ResultsViewModel::toggleFolded(std::size_t row) {
-    const std::string id = rows_.at(row).bundleID;
+    const std::string id = rows_.at(row).bundle->id;
     if (folded_.erase(id) == 0) folded_.insert(id);
     layOut();
 }
@@ -107,7 +106,7 @@ ResultsViewModel::Row ResultsViewModel::row(std::size_t index) const {
     const FileNames& files = controller_.work().fileNames();
     const Take take = takeOf(group, assumedChannels);
     Row row;
-    const Names& names = controller_.work().displayNames();
+    const DisplayNames& names = controller_.work().displayNames();
     row.texts = {names.at(group.id),      files.of(group.video),  startText(group.video),
                  lengthText(group.video), matchText(group, take), soundText(group, take, files),
                  beginsText(group, take), loudnessText(group)};
@@ -137,7 +136,7 @@ ResultsViewModel::Row ResultsViewModel::row(std::size_t index) const {
     row.isAnalysed = controller_.smartAudio().state().results.heard(group.id) != nullptr;
     row.isBelowAnother = place.isBelowAnother;
     row.foldable = place.foldable;
-    row.isFolded = folded_.contains(place.bundleID);
+    row.isFolded = folded_.contains(place.bundle->id);
     return row;
 }
 
@@ -182,22 +181,21 @@ void ResultsViewModel::follow(const ImportChange& change) {
         areSame && std::ranges::all_of(changes.changed, [&](std::size_t position) {
             return haveSameNameInputs(change.clips[position], change.clipsBefore[position]);
         });
-    const bool mayMove = filter_ != Filter::all || !search_.isEmpty() || sortColumn_;
-    if (!areSame || mayMove) return layOut(areNamesKept);
+    if (!areSame || (usesNames() && names_ != controller_.work().displayNamesIfMade()))
+        return layOut(areNamesKept);
+    switch (order_.follow(change.clips, changes.changed)) {
+    case BundleOrder::Followed::unknown:
+        return layOut(areNamesKept);
+    case BundleOrder::Followed::moved:
+        return takeRows(places(), areNamesKept);
+    case BundleOrder::Followed::samePlaces:
+        break;
+    }
     Change changed;
     for (const std::size_t position : changes.changed) {
         const auto& clip = change.clips.element(position);
         const auto row = rowByGroup_.find(clip->id);
         if (row == rowByGroup_.end()) continue;
-        // Another recording changes which rows are grouped.
-        const MediaAsset* audio = clip->primaryAudio();
-        const MediaAsset* before = rows_[row->second].clip->primaryAudio();
-        const auto path = [](const MediaAsset* asset) {
-            return asset == nullptr ? std::string() : asset->url.path;
-        };
-        if (path(audio) != path(before) ||
-            clip->isExcludedFromMulticam() != rows_[row->second].clip->isExcludedFromMulticam())
-            return layOut(areNamesKept);
         const auto isLoudnessKnown = [](const SyncGroup& one) { return one.measuredLUFS ? 1 : 0; };
         loudnessCount_ += isLoudnessKnown(*clip) - isLoudnessKnown(*rows_[row->second].clip);
         rows_[row->second].clip = clip;
@@ -213,67 +211,56 @@ void ResultsViewModel::repaintAll() {
     listeners_.notify(all);
 }
 
-SyncGroupList ResultsViewModel::listed() const {
-    const SyncGroupList& all = controller_.work().syncGroups();
-    if (filter_ == Filter::all) return all;
-    if (filter_ == Filter::matched) return filtered(all, FilterMode::matched);
-    if (filter_ == Filter::issues)
-        return filtered(all, FilterMode::issues).filtered([](const SyncGroup& group) {
-            return !isLockedWithoutSound(group);
-        });
-    const SyncDoubts& doubts = controller_.doubts();
-    return all.filtered(
-        [&](const SyncGroup& group) { return certaintyOf(group, doubts) == Certainty::doubtful; });
+bool ResultsViewModel::isListed(const SyncGroup& group) const {
+    switch (filter_) {
+    case Filter::matched:
+        if (!group.matchStatus.isSettled()) return false;
+        break;
+    case Filter::issues:
+        if (group.matchStatus.isSettled() || isLockedWithoutSound(group)) return false;
+        break;
+    case Filter::doubtful:
+        if (certaintyOf(group, controller_.doubts()) != Certainty::doubtful) return false;
+        break;
+    case Filter::all:
+        break;
+    }
+    return search_.isEmpty() || isFound(group);
 }
 
 void ResultsViewModel::layOut(bool areNamesKept) {
-    const Names& names = controller_.work().displayNames();
-    SyncGroupList shown = listed();
-    if (!search_.isEmpty())
-        shown = shown.filtered([&](const SyncGroup& group) { return isFound(group, names); });
-    const std::vector<SharedAudioBundle> bundles = sharedAudioBundles(shown);
-    std::vector<std::size_t> order;
-    if (sortColumn_) {
-        // A group is sorted by its first clip, by marks by all of them.
-        using Key = std::pair<double, std::string>;
-        std::vector<std::pair<Key, std::size_t>> keys;
-        calendar::DayStarts starts;
-        const auto dayOf = [&](const SyncGroup& group) { // clips without a day come first
-            const auto day = *sortColumn_ == Column::starts ? group.video.shootDay(starts) : std::nullopt;
-            return day ? static_cast<double>(day->time_since_epoch().count()) : 0;
+    const OpenWork& work = controller_.work();
+    names_.reset();
+    if (usesNames()) {
+        work.displayNames();
+        names_ = work.displayNamesIfMade();
+    }
+    BundleOrder::Rules rules{[this](const SyncGroup& group) { return isListed(group); }, {}, isAscending_};
+    if (sortColumn_)
+        rules.keyOf = [this, starts = calendar::DayStarts()](const BundleOrder::Clips& bundle) mutable {
+            return sortKey(bundle, starts);
         };
-        for (std::size_t i = 0; i < bundles.size(); ++i) {
-            const SyncGroup& first = bundles[i].cams.front();
-            keys.emplace_back(isNumber(*sortColumn_) ? Key(sortKeyNumber(bundles[i].cams), "")
-                                                     : Key(dayOf(first), sortKeyText(first, names)),
-                              i);
-        }
-        std::ranges::stable_sort(keys, [this](const auto& a, const auto& b) {
-            const auto& [first, second] =
-                isAscending_ ? std::tie(a.first, b.first) : std::tie(b.first, a.first);
-            if (first.first != second.first) return first.first < second.first;
-            return platform::text::compareLocalizedStandard(first.second, second.second) < 0;
-        });
-        order.reserve(keys.size());
-        for (const auto& key : keys) order.push_back(key.second);
-    } else {
-        std::vector<ClipsOfRow> clips(bundles.size());
-        for (std::size_t i = 0; i < bundles.size(); ++i)
-            for (const SyncGroup& clip : bundles[i].cams) clips[i].push_back(&clip);
-        order = shootOrder(clips, shown);
-    }
+    order_.layOut(work.syncGroups(), std::move(rules));
+    takeRows(places(), areNamesKept);
+}
+
+std::vector<ResultsViewModel::Place> ResultsViewModel::places() const {
     std::vector<Place> rows;
-    rows.reserve(shown.size());
-    order_.clear();
-    for (const std::size_t place : order) {
-        const SharedAudioBundle& bundle = bundles[place];
-        const std::size_t others = bundle.cams.size() - 1;
-        const bool isFolded = others > 0 && folded_.contains(bundle.id);
-        for (const SyncGroup& clip : bundle.cams) order_.push_back(clip.id);
-        for (std::size_t i = 0; i < (isFolded ? 1 : bundle.cams.size()); ++i)
-            rows.push_back({bundle.cams.element(i), i > 0, i == 0 ? others : 0, bundle.id});
+    rows.reserve(order_.listed().size());
+    for (const auto& bundle : order_.listed()) {
+        const std::size_t others = bundle->clips.size() - 1;
+        const bool isFolded = others > 0 && folded_.contains(bundle->id);
+        for (std::size_t i = 0; i < (isFolded ? 1 : bundle->clips.size()); ++i)
+            rows.push_back({bundle->clips[i], i > 0, i == 0 ? others : 0, bundle});
     }
-    takeRows(std::move(rows), areNamesKept);
+    return rows;
+}
+
+std::vector<UUID> ResultsViewModel::order() const {
+    std::vector<UUID> order;
+    for (const auto& bundle : order_.listed())
+        for (const auto& clip : bundle->clips) order.push_back(clip->id);
+    return order;
 }
 
 void ResultsViewModel::takeRows(std::vector<Place> rows, bool areNamesKept) {
@@ -290,20 +277,32 @@ void ResultsViewModel::takeRows(std::vector<Place> rows, bool areNamesKept) {
     loudnessCount_ =
         std::ranges::count_if(rows_, [](const Place& place) { return place.clip->measuredLUFS.has_value(); });
     if (change.isLayoutChanged) {
-        rowByGroup_.clear();
-        for (std::size_t i = 0; i < rows_.size(); ++i) rowByGroup_.emplace(rows_[i].clip->id, i);
+        for (std::size_t i = 0; i < rows_.size(); ++i) rowByGroup_[rows_[i].clip->id] = i;
+        std::erase_if(rowByGroup_, [this](const auto& one) {
+            return one.second >= rows_.size() || rows_[one.second].clip->id != one.first;
+        });
     }
     listeners_.notify(change);
 }
 
-bool ResultsViewModel::isFound(const SyncGroup& group, const Names& names) const {
-    return search_.areIn(searchedText(group, names.at(group.id), controller_.work()));
+bool ResultsViewModel::isFound(const SyncGroup& group) const {
+    return search_.areIn(searchedText(group, names_->at(group.id), controller_.work()));
 }
 
-std::string ResultsViewModel::sortKeyText(const SyncGroup& group, const Names& names) const {
+/// A bundle is sorted by its first clip, by marks by all of them.
+BundleOrder::Key ResultsViewModel::sortKey(const BundleOrder::Clips& bundle,
+                                           calendar::DayStarts& starts) const {
+    if (isNumber(*sortColumn_)) return {sortKeyNumber(bundle)};
+    const SyncGroup& first = *bundle.front();
+    const auto day = *sortColumn_ == Column::starts ? first.video.shootDay(starts) : std::nullopt;
+    return {day ? static_cast<double>(day->time_since_epoch().count()) : 0, // without a day: first
+            platform::text::localizedStandardSortKey(sortKeyText(first))};
+}
+
+std::string ResultsViewModel::sortKeyText(const SyncGroup& group) const {
     switch (*sortColumn_) {
     case Column::name:
-        return names.at(group.id);
+        return names_->at(group.id);
     case Column::starts:
         return startText(group.video);
     case Column::match:
@@ -315,10 +314,11 @@ std::string ResultsViewModel::sortKeyText(const SyncGroup& group, const Names& n
     }
 }
 
-double ResultsViewModel::sortKeyNumber(const SyncGroupList& bundle) const {
-    const SyncGroup& group = bundle.front();
+double ResultsViewModel::sortKeyNumber(const BundleOrder::Clips& bundle) const {
+    const SyncGroup& group = *bundle.front();
     const auto shareOf = [&](bool SyncGroup::*flag) {
-        return static_cast<double>(std::ranges::count_if(bundle, flag)) / static_cast<double>(bundle.size());
+        const auto count = std::ranges::count_if(bundle, [=](const auto& clip) { return (*clip).*flag; });
+        return static_cast<double>(count) / static_cast<double>(bundle.size());
     };
     switch (*sortColumn_) {
     case Column::marks:

@@ -2,19 +2,19 @@
 
 #include "OrvaneSyncApp/Controllers/DerivedFromClips.h"
 #include "OrvaneSyncApp/Controllers/ImportController.h"
+#include "OrvaneSyncApp/ViewModels/Results/BundleOrder.h"
 #include "OrvaneSyncApp/ViewModels/Results/ClipInLists.h"
 #include "OrvaneSyncApp/ViewModels/Results/DoubtCures.h"
-#include "OrvaneSyncCore/Services/Naming/ResultsList.h"
 #include "OrvaneSyncCore/Utilities/SearchWords.h"
 #include "Platform/Listeners.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace orvane {
@@ -91,7 +91,7 @@ class ResultsViewModel {
     void setSorting(std::optional<Column> column, bool isAscending);
     bool isAscending() const { return isAscending_; }
     /// The clips shown, in the order of the rows, including those that are folded away.
-    const std::vector<UUID>& order() const { return order_; }
+    std::vector<UUID> order() const;
     bool isSorted() const { return sortColumn_.has_value(); }
     void toggleFolded(std::size_t row);
 
@@ -125,25 +125,28 @@ class ResultsViewModel {
         SyncGroupList::Element clip;
         bool isBelowAnother = false;
         std::size_t foldable = 0;
-        std::string bundleID;
+        std::shared_ptr<const BundleOrder::Bundle> bundle;
 
         bool isSamePlace(const Place& other) const {
             return clip->id == other.clip->id && isBelowAnother == other.isBelowAnother &&
-                   foldable == other.foldable && bundleID == other.bundleID;
+                   foldable == other.foldable && bundle->id == other.bundle->id;
         }
     };
     void follow(const ImportChange& change);
     /// `areNamesKept`: no clip has another name than before.
     void layOut(bool areNamesKept = true);
-    SyncGroupList listed() const;
+    std::vector<Place> places() const;
+    bool isListed(const SyncGroup& group) const;
+    BundleOrder::Key sortKey(const BundleOrder::Clips& bundle, calendar::DayStarts& starts) const;
+    /// Whether the names of clips decide which rows there are, or their order.
+    bool usesNames() const { return !search_.isEmpty() || sortColumn_ == Column::name; }
     static ClipCertainty certaintyOf(const SyncGroup& group, const SyncDoubts& doubts);
     /// Reports which rows have changed, or that the layout has, if rows were added, removed or moved.
     void takeRows(std::vector<Place> rows, bool areNamesKept);
     void repaintAll();
-    using Names = std::map<UUID, std::string>;
-    bool isFound(const SyncGroup& group, const Names& names) const;
-    std::string sortKeyText(const SyncGroup& group, const Names& names) const;
-    double sortKeyNumber(const SyncGroupList& bundle) const;
+    bool isFound(const SyncGroup& group) const;
+    std::string sortKeyText(const SyncGroup& group) const;
+    double sortKeyNumber(const BundleOrder::Clips& bundle) const;
 
     ImportController& controller_;
     platform::Listeners<const Change&> listeners_;
@@ -152,9 +155,10 @@ class ResultsViewModel {
     std::optional<Column> sortColumn_;
     bool isAscending_ = true;
     std::set<std::string> folded_; ///< groups
+    BundleOrder order_;
+    std::shared_ptr<const DisplayNames> names_; ///< those of the present layout; null if it uses none
     std::vector<Place> rows_;
-    std::vector<UUID> order_;
-    std::map<UUID, std::size_t> rowByGroup_;
+    std::unordered_map<UUID, std::size_t> rowByGroup_;
     std::ptrdiff_t loudnessCount_ = 0; ///< rows with known loudness
     struct CountedAs {                 ///< of one clip 0 or 1, of all their sums
         std::size_t doubtful = 0;

@@ -5,16 +5,6 @@
 
 namespace orvane {
 
-namespace {
-
-std::string bundleKey(const SyncGroup& group) {
-    if (group.isExcludedFromMulticam()) return "excluded:" + group.id.text();
-    if (const MediaAsset* audio = group.primaryAudio()) return audio->url.path;
-    return "mos:" + group.id.text();
-}
-
-} // namespace
-
 SyncGroupList filtered(const SyncGroupList& groups, FilterMode mode) {
     if (mode == FilterMode::all) return groups;
     return groups.filtered([mode](const SyncGroup& group) {
@@ -22,11 +12,17 @@ SyncGroupList filtered(const SyncGroupList& groups, FilterMode mode) {
     });
 }
 
+std::string sharedAudioBundleID(const SyncGroup& group) {
+    if (group.isExcludedFromMulticam()) return "excluded:" + group.id.text();
+    if (const MediaAsset* audio = group.primaryAudio()) return audio->url.path;
+    return "mos:" + group.id.text();
+}
+
 std::vector<SharedAudioBundle> sharedAudioBundles(const SyncGroupList& groups) {
     std::vector<SharedAudioBundle> bundles;
     std::unordered_map<std::string, std::size_t> places;
     for (std::size_t i = 0; i < groups.size(); ++i) {
-        std::string key = bundleKey(groups[i]);
+        std::string key = sharedAudioBundleID(groups[i]);
         const auto [place, isNew] = places.try_emplace(key, bundles.size());
         if (isNew) bundles.push_back({std::move(key), {}});
         bundles[place->second].cams.append(groups.element(i));

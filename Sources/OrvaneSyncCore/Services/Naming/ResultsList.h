@@ -21,6 +21,9 @@ struct SharedAudioBundle {
     SyncGroupList cams;
 };
 
+/// Identifies the bundle of a clip.
+std::string sharedAudioBundleID(const SyncGroup& group);
+
 /// Bundles in the order of their first clip, the clips of each in the order of the list. A clip without sound
 /// or excluded from multicam has a bundle of its own.
 std::vector<SharedAudioBundle> sharedAudioBundles(const SyncGroupList& groups);

@@ -104,7 +104,7 @@ TEST(Realtime, aProcessorIsGivenUpWhenPlaybackBeginsAndUsedAgainWhenItEnds) {
             std::this_thread::yield();
         }
     };
-    const std::size_t begin = all - 1, end = begin + 200, count = end + 2 * all;
+    const std::size_t begin = all - 1, end = begin + 40, count = end + 2 * all;
     concurrently(count, all, [&](std::size_t index) {
         const Stage atStart = stage;
         ++running;
@@ -120,7 +120,7 @@ TEST(Realtime, aProcessorIsGivenUpWhenPlaybackBeginsAndUsedAgainWhenItEnds) {
             std::size_t seen = highestOfPlayback;
             while (seen < now && !highestOfPlayback.compare_exchange_weak(seen, now)) {
             }
-            for (int i = 0; i < 20; ++i) std::this_thread::yield();
+            for (int i = 0; i < 5; ++i) std::this_thread::yield();
             --runningOfPlayback;
         }
         if (index == end) {

@@ -37,5 +37,28 @@ TEST(Interrupt, endsThoughWhatIsSavedDoesNotGetOn) {
     EXPECT_EXIT(saveWhereNobodyReads(pipe), testing::ExitedWithCode(1), "error: can't save .*/pipe: ");
 }
 
+[[noreturn]] void interrupt() {
+    exitOnInterrupt("");
+    ::kill(::getpid(), SIGINT);
+    for (;;) ::pause();
+}
+
+TEST(Interrupt, endsByTheKeyboardWithALine) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(interrupt(), testing::ExitedWithCode(130), "^interrupted\n$");
+}
+
+TEST(Interrupt, knowsAPipeWithoutAReader) {
+    int ends[2];
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    EXPECT_FALSE(statusWithoutReader(ends[1]));
+    ::close(ends[0]);
+    EXPECT_EQ(statusWithoutReader(ends[1]), 141);
+    ::close(ends[1]);
+    const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
+    EXPECT_FALSE(statusWithoutReader(full)) << "a disk that refuses is an error";
+    ::close(full);
+}
+
 } // namespace
 } // namespace orvane::platform

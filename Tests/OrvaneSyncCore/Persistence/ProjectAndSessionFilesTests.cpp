@@ -278,7 +278,12 @@ TEST(ScanScopes, areStoredInProjectsAndSessionsOnlyWhereChosen) {
     EXPECT_EQ(ProjectService::encoded(without).find("orrections"), std::string::npos);
     EXPECT_EQ(ProjectService::encoded(without).find("more"), std::string::npos);
     EXPECT_EQ(ProjectService::encoded(without).find("exclude"), std::string::npos);
+    const OrvaneSyncProject old = ProjectService::decoded(ProjectService::encoded(without));
+    EXPECT_TRUE(old.scanScope.isEmpty() && old.sourceCorrections.isEmpty());
     SessionFolders folders;
+    folders.videoFolder = FileURL{"/old"};
+    EXPECT_EQ(fromJSON<SessionFolders>(toJSON(folders)), folders) << "without any of the optional keys";
+    folders.videoFolder.reset();
     folders.scope = scope;
     folders.corrections = corrections;
     EXPECT_EQ(defaultName(folders, Date{}), "b");

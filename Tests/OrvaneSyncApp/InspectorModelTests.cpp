@@ -318,10 +318,10 @@ TEST_F(InspectorModelTest, namesMetadataAndDoubtsReadAsInTheWindow) {
     EXPECT_EQ(exportedName(*controller_, group(b_), "Hero"), "Hero Cam B");
     EXPECT_EQ(exportedName(*controller_, group(b_), " "), "12-3 Cam B");
     EXPECT_EQ(NameChange::of(*controller_, group(b_), "Hero").othersText(), "");
-    const NameChange change = NameChange::of(*controller_, group(next_), "12-3 Cam A");
-    EXPECT_EQ(change.others, 1U);
-    EXPECT_TRUE(change.othersText().starts_with("The name of another clip changes from “12-3 Cam A” to “"))
-        << change.othersText() << change.exported;
+    const NameChange renamed = NameChange::of(*controller_, group(next_), "12-3 Cam A");
+    EXPECT_EQ(renamed.others, 1U);
+    EXPECT_TRUE(renamed.othersText().starts_with("The name of another clip changes from “12-3 Cam A” to “"))
+        << renamed.othersText() << renamed.exported;
     const MetadataPart before = MetadataPart::of(*controller_, group(next_));
     change(next_, [](SyncGroup& own) {
         own.aleMetadata = {{"Lens", "32mm"}, {"Comments", "boom in frame"}};

@@ -139,13 +139,14 @@ TEST(LanguageTest, KnowsTextsAndSentencesButNoNames) {
            u"Mit Mikrofonen lässt sich der angegebene Tonversatz nur auf ein bis zwei Bilder genau prüfen: "
            u"eine Klappe prüfen.\n"
            u"Die Zweifel stehen über der Liste."},
-          {heardText({.matched = 3, .heard = 2}, {{{"/A", 2, true}, {"/B", 3}, {"/C", 1}}},
+          {heardText({.matched = 3, .heard = 2},
+                     {{{"/A", 2, NotCompared::Reason::unlike}, {"/B", 3}, {"/C", 1}}},
                      DoubtsAfterListening::none),
            u"Der Ton von 2 Clips, einigen je Karte, wurde verglichen.\n"
            u"Nach dem Timecode ist nichts zweifelhaft.\n"
            u"4 Clips in '/B', '/C' haben keinen Ton zum Vergleichen: von jeder Kamera eine Klappe prüfen.\n"
-           u"2 Clips in '/A' wurden nicht verglichen, da der Ton der Kamera zu kurz, von zu wenigen Clips "
-           u"oder den Aufnahmen unähnlich ist: von jeder Kamera eine Klappe prüfen."},
+           u"2 Clips in '/A' wurden nicht verglichen, da nichts im Ton der Kamera den Aufnahmen ähnlich ist: "
+           u"von jeder Kamera eine Klappe prüfen."},
           {comparedText(
                {.right = 380, .off = {{{}, 0.12, 3}, {{}, 0.16, 4}}, .unlike = std::vector<UUID>(2)}),
            u"382 Clips mit dem Ton der Kamera verglichen: 380 richtig, 2 daneben; dort den Ton um +3 bis +4 "

@@ -123,7 +123,7 @@ TEST_F(SheetTest, WhatOnlyShowsStandsWhereItStoodUnderTheNextDoubt) {
 
     int lost = 0;
     bar.whenFocusLost = [&] { ++lost; };
-    bar.show();
+    bar.setVisible(true);
     bar.activateWindow();
     for (const bool isLast : {false, true}) {
         bar.show({{"a", {"b", {{"Trim to Overlap", "setTrimMode", mode, false}}}, clips}});

@@ -318,10 +318,16 @@ TEST_F(InspectorModelTest, namesMetadataAndDoubtsReadAsInTheWindow) {
     EXPECT_EQ(exportedName(*controller_, group(b_), "Hero"), "Hero Cam B");
     EXPECT_EQ(exportedName(*controller_, group(b_), " "), "12-3 Cam B");
     EXPECT_EQ(NameChange::of(*controller_, group(b_), "Hero").othersText(), "");
+    const auto takeFile = [&](const char* path, const char* name) {
+        change(next_, [&](SyncGroup& own) { own.video.url.path = path, own.video.filename = name; });
+    };
+    const std::string path = group(next_).video.url.path;
+    takeFile("/CARD_2/A001C001_x.mov", "A001C001_x.mov"); // two cameras, by their folders
     const NameChange renamed = NameChange::of(*controller_, group(next_), "12-3 Cam A");
     EXPECT_EQ(renamed.others, 1U);
     EXPECT_TRUE(renamed.othersText().starts_with("The name of another clip changes from “12-3 Cam A” to “"))
         << renamed.othersText() << renamed.exported;
+    takeFile(path.c_str(), "A001C002_x.mov");
     const MetadataPart before = MetadataPart::of(*controller_, group(next_));
     change(next_, [](SyncGroup& own) {
         own.aleMetadata = {{"Lens", "32mm"}, {"Comments", "boom in frame"}};

@@ -269,13 +269,14 @@ TEST_F(ServeTest, aReviewIsOneStep) {
     folder_.write("review.tsv", "camera_file\toffset_frames\tname\tskip\tlock\n"
                                 "camera/A001C001_261120_R1AB.mov\t12.5\tOne\tx\tx\n"
                                 "B001C001_261120_R1CD.mov\t-1\n");
-    EXPECT_EQ(call("applyReview", apply).dump(), R"({"changedClips":2,"warnings":[]})");
+    const std::string two = call("applyReview", apply).dump();
+    EXPECT_TRUE(two.starts_with(R"({"changedClips":2,"warnings":["review: the table has no line for 2 of 4)"))
+        << two;
     const auto first = [&]() -> const SyncGroup& { return context_.controller->work().syncGroups().front(); };
     EXPECT_EQ(first().manualAudioOffsetSeconds, 0.5);
     EXPECT_EQ(first().manualClipName, "One");
     EXPECT_TRUE(first().isExcludedFromExport && first().isLocked);
-    EXPECT_EQ(call("applyReview", apply).dump(), R"({"changedClips":0,"warnings":[]})")
-        << "it is done already";
+    EXPECT_EQ(call("applyReview", apply).find("changedClips")->integer(), 0) << "it is done already";
     EXPECT_EQ(context_.controller->work().undoState().undoActionName, "Apply Review");
     const auto choosing = [&](const std::string& lock) {
         folder_.write("review.tsv",
@@ -284,7 +285,7 @@ TEST_F(ServeTest, aReviewIsOneStep) {
         return call("applyReview", apply).dump();
     };
     EXPECT_NE(choosing("x").find("the clip is locked"), std::string::npos);
-    EXPECT_EQ(choosing(""), R"({"changedClips":1,"warnings":[]})");
+    EXPECT_TRUE(choosing("").starts_with(R"({"changedClips":1,"warnings":["review: the table has no line)"));
     EXPECT_FALSE(first().isLocked);
     EXPECT_EQ(first().primaryAudio()->filename, "DAY1_ROOMTONE.WAV") << "no recording of the clip before";
     EXPECT_EQ(first().audioMatches.size(), 1U) << "it replaces what the clip had";

@@ -161,6 +161,8 @@ Date calendar::startOfDay(Date date) {
     // instant before or after the jump.
     constexpr std::int64_t halfHour = 1800;
     while (localTime(start).tm_mday != day && start < given) start += halfHour;
+    // If midnight comes twice, mktime returns either of the two, depending on its earlier calls.
+    while (localTime(start - halfHour).tm_mday == day) start -= halfHour;
     return Date{seconds{start}};
 }
 

@@ -30,7 +30,10 @@ Command onSession(std::string_view id, std::string_view title, std::string_view 
 /// Also opens a stored session that is not in the list.
 platform::Task loadSession(CommandContext& context, Call call, std::shared_ptr<JSON> /*result*/) {
     const UUID session = call.id("sessionId");
-    if (context.sessions->currentSessionId() != session) co_await saveBeforeLeaving(context, call);
+    if (context.sessions->currentSessionId() != session)
+        co_await saveBeforeLeaving(context, call);
+    else if (!leavesUnsaved(call))
+        co_await context.sessions->flush(); // else it would overtake an earlier command that still saves
     const platform::Task loading = context.sessions->load(session, context.controller);
     co_await loading;
     if (context.sessions->currentSessionId() != session) throw sessionNotFound();

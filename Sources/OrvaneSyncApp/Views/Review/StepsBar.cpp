@@ -82,10 +82,15 @@ void StepsBar::showTexts() {
 
 void StepsBar::nameKeys(bool asWords) {
     for (const Step& step : steps_) {
+        const QString word = shownKey(step.key);
         const QString sign = text(step.key.isUnbound() ? std::string() : keyText(step.key));
-        const QString key = asWords || sign.size() > 1 ? shownKey(step.key) : sign;
-        step.button->setText(key.isEmpty() ? step.text : tr("%1   %2").arg(step.text, key));
+        const auto show = [&](const QString& key) {
+            step.button->setText(key.isEmpty() ? step.text : tr("%1   %2").arg(step.text, key));
+        };
+        show(sign.size() > 1 ? word : sign);
+        // Also under a word: the bar must not take the room for it from the panels beside it.
         step.button->setMinimumWidth(step.button->sizeHint().width());
+        if (asWords) show(word);
     }
 }
 

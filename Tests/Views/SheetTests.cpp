@@ -128,6 +128,7 @@ TEST_F(SheetTest, WhatOnlyShowsStandsWhereItStoodUnderTheNextDoubt) {
     for (const bool isLast : {false, true}) {
         bar.show({{"a", {"b", {{"Trim to Overlap", "setTrimMode", mode, false}}}, clips}});
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // earlier buttons of that name
+        QCoreApplication::processEvents();
         button(bar, "Trim to Overlap")->setFocus();
         ASSERT_TRUE(waitUntil([&] { return bar.isAncestorOf(QApplication::focusWidget()); }));
         bar.show(isLast ? std::vector<ResultsViewModel::Doubt>()

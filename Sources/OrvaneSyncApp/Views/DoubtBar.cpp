@@ -45,7 +45,7 @@ QString leftWithoutSound(Desktop& desktop, const JSON& answer) {
 QString doneText(Desktop& desktop, const CureStep& step, const SyncGroupList& before, const JSON& answer) {
     const SyncGroupList& now = desktop.controller().work().syncGroups();
     const std::size_t changed = now.changesSince(before).changed.size();
-    const QString left = leftWithoutSound(desktop, answer);
+    QString left = leftWithoutSound(desktop, answer);
     if (changed == 0 && !left.isEmpty()) return left;
     const QString clips = translatedSentence(counted(changed > 0 ? changed : now.size(), "clip", "clips"));
     const QString done = (changed > 0 ? QObject::tr("%1: %2 changed. Undo takes it back.")

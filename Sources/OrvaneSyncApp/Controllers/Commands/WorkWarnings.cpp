@@ -60,7 +60,8 @@ std::optional<std::string> exclusionBelow(const std::string& glob, const WorkSna
         const std::string folder = one.path + (one.path.ends_with('/') ? "" : "/");
         for (std::size_t slash = glob.find('/'); slash != std::string::npos;
              slash = glob.find('/', slash + 1)) {
-            const std::string begin = glob.substr(0, slash + 1), end = glob.substr(slash + 1);
+            const std::string begin = glob.substr(0, slash + 1);
+            std::string end = glob.substr(slash + 1);
             if (folder.ends_with((begin.starts_with('/') ? "" : "/") + begin) && isFound(folder, end))
                 return end;
         }

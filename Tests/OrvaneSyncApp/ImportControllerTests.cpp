@@ -243,6 +243,13 @@ TEST_F(ImportControllerTest, recordingsAttachedOrRemovedByHandStaySoAfterAScan) 
     };
     const auto matched = files("A001C001");
     ASSERT_EQ(files("B001C001"), matched);
+    controller_->recordings().chooseRecording(clip("A001C001")->id,
+                                              clip("A001C001")->audioMatches.front().id);
+    const WorkFiles chosen = controller_->recordings().workFiles();
+    scan(folder("camera"), folder("sound"));
+    finish(controller_->recordings().keepDecisions(chosen));
+    EXPECT_EQ(clip("A001C001")->matchStatus, MatchStatus::manual())
+        << "it is the first one without it as well";
     controller_->recordings().attachAudioToGroup(clip("A001C001")->id, wild);
     controller_->recordings().removeAudioMatch(clip("B001C001")->id,
                                                clip("B001C001")->audioMatches.front().id);

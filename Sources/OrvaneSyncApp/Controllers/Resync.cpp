@@ -138,7 +138,11 @@ SyncGroup withDecisions(const SyncGroup& now, const SyncGroup& was, const SyncGr
     if (!was.isLocked && !isAttached) {
         SyncGroup before = matched;
         takeFilesOf(sound, before);
+        const FileURL chosen = own.isMOS() ? FileURL() : own.primaryAudio()->url;
         copyMatches(own, withRecordingsByHand(now, own, before));
+        // Also if it is the one that matching puts first, where the status does not show the choice.
+        if (was.matchStatus == MatchStatus::manual() && !own.isMOS() && own.primaryAudio()->url == chosen)
+            own.matchStatus = MatchStatus::manual();
     }
     if (!own.hasALEMetadata() && now.hasALEMetadata()) {
         own.aleMetadata = now.aleMetadata;

@@ -77,17 +77,21 @@ void diagnose(Context& context, const Arguments& arguments) {
     run.wait(run.controller().listenForDoubts());
     const ImportController& controller = run.controller();
     const WorkSnapshot work(controller);
-    std::vector<ReviewLine> lines = reviewLines(work);
-    const std::size_t filledIn = fillInWhatWasHeard(lines, work);
-    if (review) review.write(lines, controller);
-    if (arguments.has("--json"))
+    const bool isJSON = arguments.has("--json");
+    std::size_t filledIn = 0;
+    if (review || !isJSON) {
+        std::vector<ReviewLine> lines = reviewLines(work);
+        filledIn = fillInWhatWasHeard(lines, work);
+        if (review) review.write(lines, controller);
+    }
+    if (isJSON)
         context.out << diagnosisJSON(work).dump(JSON::Layout::pretty) << "\n";
     else
         context.out << cardsText(work, context.mayColour) << issuesText(controller, context.mayColour)
                     << countsText(controller)
                     << heardText(controller.derivedDoubts().listened(), work.notCompared())
                     << findingsText(work, filledIn, context.call());
-    if (review && !arguments.has("--json"))
+    if (review && !isJSON)
         context.out << review.text() << counted(filledIn, "line is", "lines are") << " filled in.\n";
 }
 

@@ -75,7 +75,9 @@ void LevelMeters::measure() {
     const platform::Player* player = engine_->player();
     if (player == nullptr) return;
     const std::vector<platform::ChannelPeak> now = measured(*player);
-    if (channels_ != channelsOf(*player)) follow(VideoEngineField::sound); // another recording
+    const int recorded = static_cast<int>(ofRecording_.size()); // none unless these are shown
+    if (channels_ != std::max(player->facts().soundChannelCount, recorded))
+        follow(VideoEngineField::sound); // another recording
     constexpr double nanoseconds = 1e9;
     held_.update(now, static_cast<double>(player->hostTime().count()) / nanoseconds);
     const auto differs = [](const ChannelLevel& a, const ChannelLevel& b) {

@@ -109,6 +109,7 @@ std::vector<platform::ChannelPeak> LevelMeters::measured(const platform::Player&
     }
     if (std::ranges::none_of(levels, [](const auto& one) { return one.peak > 0; }))
         std::ranges::fill(recorded, platform::ChannelPeak());
+    if (ofRecording_.size() > recorded.size()) ofRecording_.clear(); // of another recording
     smooth(ofRecording_, recorded, AudioLevelProvider::smoothing);
     return recorded;
 }
